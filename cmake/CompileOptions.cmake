@@ -1,0 +1,43 @@
+# The options of every target of this tree, carried by one interface target.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}")
+
+# How characters are compiled: 16 bits on both targets. Apart from the warnings, because
+# third-party code that is built here (GoogleTest) needs this and not those.
+add_library(qx_text_model INTERFACE)
+target_compile_definitions(qx_text_model INTERFACE UNICODE _UNICODE GTEST_HAS_STD_WSTRING=0)
+if(WIN32)
+    target_compile_definitions(qx_text_model INTERFACE _WIN32_WINNT=0x0A00 WINVER=0x0A00 NOMINMAX)
+else()
+    target_compile_options(qx_text_model INTERFACE -fshort-wchar)
+endif()
+
+add_library(qx_options INTERFACE)
+target_link_libraries(qx_options INTERFACE qx_text_model)
+target_compile_options(qx_options INTERFACE
+    -Wall -Wextra -Wshadow -Wconversion
+    # Members that the system's own records leave to zero are meant to be zero.
+    -Wno-missing-field-initializers
+    $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
+if(WIN32)
+    target_link_options(qx_options INTERFACE -static)
+    target_compile_options(qx_options INTERFACE
+        -gdwarf-4                # the newest form that Wine's debug help reads
+        -Wno-cast-function-type) # GetProcAddress gives one function type for all
+endif()
+
+set(QXUT_SANITIZE "" CACHE STRING "Sanitizers for the whole tree, as in -fsanitize=")
+if(QXUT_SANITIZE)
+    add_compile_options(-fsanitize=${QXUT_SANITIZE} -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${QXUT_SANITIZE})
+endif()

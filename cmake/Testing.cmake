@@ -1,0 +1,32 @@
+# GoogleTest is built here from Debian's source, because its wide assertions must have the 16-bit
+# character of this tree.
+
+include(GoogleTest)
+
+set(BUILD_GMOCK ON)
+set(INSTALL_GTEST OFF)
+add_subdirectory(/usr/src/googletest "${CMAKE_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL SYSTEM)
+foreach(library gtest gtest_main gmock gmock_main)
+    target_link_libraries(${library} PUBLIC qx_text_model)
+    target_compile_options(${library} PRIVATE -w)
+    if(WIN32)
+        target_link_options(${library} INTERFACE -static)
+    else()
+        target_link_libraries(${library} PUBLIC qxcrt)
+    endif()
+endforeach()
+
+# qx_add_test(NAME program SOURCES ... [LINKS ...] [DEPENDS ...]): a GoogleTest program whose cases are ctest's tests.
+# QXUT_TEST_DATA names tests/data; QXUT_BINARY_DIR names the folder of the built programs.
+function(qx_add_test)
+    cmake_parse_arguments(ARG "" "NAME" "SOURCES;LINKS;DEPENDS" ${ARGN})
+    add_executable(${ARG_NAME} ${ARG_SOURCES})
+    target_include_directories(${ARG_NAME} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
+    target_compile_definitions(${ARG_NAME} PRIVATE
+        QXUT_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data" QXUT_BINARY_DIR="${CMAKE_BINARY_DIR}")
+    target_link_libraries(${ARG_NAME} PRIVATE qx_options ${ARG_LINKS} gmock gtest_main)
+    if(ARG_DEPENDS)
+        add_dependencies(${ARG_NAME} ${ARG_DEPENDS})
+    endif()
+    gtest_discover_tests(${ARG_NAME} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 240)
+endfunction()

@@ -1,0 +1,19 @@
+# 64-bit Windows by mingw-w64 with the posix thread model; the built programs run under Wine.
+
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+
+set(QXUT_TRIPLE x86_64-w64-mingw32)
+set(CMAKE_C_COMPILER ${QXUT_TRIPLE}-gcc-posix)
+set(CMAKE_CXX_COMPILER ${QXUT_TRIPLE}-g++-posix)
+set(CMAKE_RC_COMPILER ${QXUT_TRIPLE}-windres)
+set(CMAKE_AR ${QXUT_TRIPLE}-gcc-ar-posix)
+set(CMAKE_RANLIB ${QXUT_TRIPLE}-gcc-ranlib-posix)
+
+set(CMAKE_FIND_ROOT_PATH /usr/${QXUT_TRIPLE})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/../scripts/wine-run")

@@ -1,0 +1,36 @@
+/* Types that all headers of the library share. C11 and C++17; nothing else is pulled in. */
+#ifndef QXUT23_BASE_H
+#define QXUT23_BASE_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+#define QXUT_EXTERN_C_BEGIN extern "C" {
+#define QXUT_EXTERN_C_END }
+#else
+#define QXUT_EXTERN_C_BEGIN
+#define QXUT_EXTERN_C_END
+#endif
+
+#if defined(_WIN32)
+#define QXUT_API
+#else
+#define QXUT_API __attribute__((visibility("default")))
+#endif
+
+QXUT_EXTERN_C_BEGIN
+
+/* A character of wide text: one UTF-16 code unit, 16 bits on every system. Callers whose wchar_t has 16 bits pass
+   L"..." texts; C++ callers elsewhere pass u"..." texts; C callers elsewhere pass arrays of uint16_t. */
+#if defined(_WIN32) || (defined(__SIZEOF_WCHAR_T__) && __SIZEOF_WCHAR_T__ == 2)
+typedef wchar_t QXWCHAR; /* in C from <stddef.h> */
+#elif defined(__cplusplus)
+typedef char16_t QXWCHAR;
+#else
+typedef uint16_t QXWCHAR;
+#endif
+
+QXUT_EXTERN_C_END
+
+#endif

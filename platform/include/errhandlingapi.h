@@ -1,0 +1,7 @@
+// Last error, error mode, debugger break.
+#pragma once
+
+#include <minwindef.h>
+
+EXTERN_C_START
+EXTERN_C_END

@@ -1,0 +1,7 @@
+// Files: opening, reading, writing, attributes, finds, locks.
+#pragma once
+
+#include <minwindef.h>
+
+EXTERN_C_START
+EXTERN_C_END

@@ -1,0 +1,7 @@
+// Handles: closing and duplicating.
+#pragma once
+
+#include <minwindef.h>
+
+EXTERN_C_START
+EXTERN_C_END

@@ -1,0 +1,7 @@
+// Critical sections, waits, sleep; interlocked operations.
+#pragma once
+
+#include <minwindef.h>
+
+EXTERN_C_START
+EXTERN_C_END

@@ -1,0 +1,7 @@
+// Ticks, system time, version and processors.
+#pragma once
+
+#include <minwindef.h>
+
+EXTERN_C_START
+EXTERN_C_END

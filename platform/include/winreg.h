@@ -1,0 +1,7 @@
+// The registry.
+#pragma once
+
+#include <minwindef.h>
+
+EXTERN_C_START
+EXTERN_C_END

@@ -1,0 +1,7 @@
+// Windows, messages, casing of texts, string resources.
+#pragma once
+
+#include <minwindef.h>
+
+EXTERN_C_START
+EXTERN_C_END
