@@ -4,6 +4,7 @@
 #include <wchar.h>
 
 #include <minwindef.h>
+#include <guiddef.h>
 #include <winnt.h>
 #include <winerror.h>
 #include <errhandlingapi.h>

@@ -1,0 +1,57 @@
+// Identifiers of 128 bits: references to them, comparison, definition.
+#pragma once
+
+#include <string.h>
+
+#include <minwindef.h>
+
+typedef GUID* LPGUID;
+typedef const GUID* LPCGUID;
+typedef IID* LPIID;
+typedef CLSID* LPCLSID;
+typedef GUID FMTID;
+typedef FMTID* LPFMTID;
+
+#ifdef __cplusplus
+#define REFGUID const GUID&
+#define REFIID const IID&
+#define REFCLSID const CLSID&
+#define REFFMTID const FMTID&
+#else
+#define REFGUID const GUID* const
+#define REFIID const IID* const
+#define REFCLSID const CLSID* const
+#define REFFMTID const FMTID* const
+#endif
+
+// With INITGUID the identifier is defined where the macro stands, in as many units as like; else it is declared.
+#ifdef INITGUID
+#define DEFINE_GUID(name, l, w1, w2, b1, b2, b3, b4, b5, b6, b7, b8)                                                   \
+    EXTERN_C const GUID __attribute__((weak)) name;                                                                    \
+    EXTERN_C const GUID __attribute__((weak)) name = {l, w1, w2, {b1, b2, b3, b4, b5, b6, b7, b8}}
+#else
+#define DEFINE_GUID(name, l, w1, w2, b1, b2, b3, b4, b5, b6, b7, b8) EXTERN_C const GUID name
+#endif
+
+EXTERN_C QXPLATFORM_API const GUID GUID_NULL;
+#define IID_NULL GUID_NULL
+#define CLSID_NULL GUID_NULL
+
+#ifdef __cplusplus
+inline int IsEqualGUID(REFGUID left, REFGUID right)
+{
+    return memcmp(&left, &right, sizeof(GUID)) == 0;
+}
+inline bool operator==(REFGUID left, REFGUID right)
+{
+    return IsEqualGUID(left, right) != 0;
+}
+inline bool operator!=(REFGUID left, REFGUID right)
+{
+    return !(left == right);
+}
+#else
+#define IsEqualGUID(left, right) (memcmp((left), (right), sizeof(GUID)) == 0)
+#endif
+#define IsEqualIID(left, right) IsEqualGUID(left, right)
+#define IsEqualCLSID(left, right) IsEqualGUID(left, right)

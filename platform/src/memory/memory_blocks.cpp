@@ -1,0 +1,301 @@
+#include "memory/memory_blocks.h"
+
+#include <windows.h>
+
+#include <cstdlib>
+#include <cstring>
+
+namespace qxplatform
+{
+
+namespace
+{
+
+// The low bits of a movable block's handle. Addresses of blocks are multiples of 16, so that they never look like one.
+constexpr uintptr_t kMovableTag = 0xA;
+constexpr uintptr_t kTagMask = 0xF;
+constexpr unsigned kIndexShift = 4;
+constexpr unsigned kGenerationShift = 32;
+constexpr size_t kMaxEntries = size_t{1} << (kGenerationShift - kIndexShift);
+
+void* AllocateBytes(size_t size, bool zero)
+{
+    if (size > PTRDIFF_MAX)
+        return nullptr;
+    const size_t least = size != 0 ? size : 1;
+    // calloc takes large blocks from the system, which has zeroed them already.
+    return zero ? std::calloc(least, 1) : std::malloc(least);
+}
+
+} // namespace
+
+MemoryBlocks& MemoryBlocks::Instance()
+{
+    // Never destroyed: blocks may be freed by whatever is destroyed after the layer's own static objects.
+    static MemoryBlocks& instance = *new MemoryBlocks;
+    return instance;
+}
+
+HGLOBAL MemoryBlocks::Allocate(UINT flags, SIZE_T size)
+{
+    const bool movable = (flags & GMEM_MOVEABLE) != 0;
+    const bool discarded = movable && size == 0;
+    void* data = nullptr;
+    if (!discarded)
+    {
+        data = AllocateBytes(size, (flags & GMEM_ZEROINIT) != 0);
+        if (data == nullptr)
+        {
+            SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+            return nullptr;
+        }
+    }
+    std::lock_guard lock(_mutex);
+    if (_freeEntries.empty() && _blocks.size() == kMaxEntries)
+    {
+        std::free(data);
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return nullptr;
+    }
+    Block& block = TakeEntry();
+    block.data = data;
+    block.size = block.capacity = size;
+    block.movable = movable;
+    block.discardable = (flags & GMEM_DISCARDABLE) != 0;
+    if (data != nullptr)
+        _entryOfAddress[data] = static_cast<uint32_t>(&block - _blocks.data());
+    return HandleFor(block);
+}
+
+HGLOBAL MemoryBlocks::Reallocate(HGLOBAL handle, SIZE_T size, UINT flags)
+{
+    std::lock_guard lock(_mutex);
+    Block* block = Find(handle);
+    if (block == nullptr)
+    {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return nullptr;
+    }
+    const bool mayMove = (flags & GMEM_MOVEABLE) != 0 || (block->movable && block->lockCount == 0);
+    if ((flags & GMEM_MODIFY) != 0)
+    {
+        // Only the attributes change. A fixed block that becomes movable keeps its address and gets a handle.
+        block->movable = block->movable || (flags & GMEM_MOVEABLE) != 0;
+        block->discardable = (flags & GMEM_DISCARDABLE) != 0;
+        return HandleFor(*block);
+    }
+    if (size == 0 && block->movable && (flags & GMEM_MOVEABLE) != 0)
+        return Discard(*block) ? handle : nullptr;
+    if (!Resize(*block, size, (flags & GMEM_ZEROINIT) != 0, mayMove))
+    {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return nullptr;
+    }
+    return HandleFor(*block);
+}
+
+HGLOBAL MemoryBlocks::Free(HGLOBAL handle)
+{
+    if (handle == nullptr)
+        return nullptr;
+    void* data = nullptr;
+    {
+        std::lock_guard lock(_mutex);
+        Block* block = Find(handle);
+        if (block == nullptr)
+        {
+            SetLastError(ERROR_INVALID_HANDLE);
+            return handle;
+        }
+        // A locked block is freed too, as documented.
+        data = block->data;
+        ReleaseEntry(*block);
+    }
+    std::free(data);
+    return nullptr;
+}
+
+void* MemoryBlocks::Lock(HGLOBAL handle)
+{
+    std::lock_guard lock(_mutex);
+    Block* block = Find(handle);
+    if (block == nullptr)
+    {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return nullptr;
+    }
+    if (block->data == nullptr)
+    {
+        SetLastError(ERROR_DISCARDED);
+        return nullptr;
+    }
+    if (block->movable)
+        ++block->lockCount;
+    return block->data;
+}
+
+BOOL MemoryBlocks::Unlock(HGLOBAL handle)
+{
+    std::lock_guard lock(_mutex);
+    Block* block = Find(handle);
+    if (block == nullptr)
+    {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return FALSE;
+    }
+    if (!block->movable)
+        return TRUE; // a fixed block counts no locks
+    if (block->lockCount == 0)
+    {
+        SetLastError(ERROR_NOT_LOCKED);
+        return FALSE;
+    }
+    if (--block->lockCount != 0)
+        return TRUE;
+    SetLastError(NO_ERROR);
+    return FALSE;
+}
+
+SIZE_T MemoryBlocks::Size(HGLOBAL handle)
+{
+    std::lock_guard lock(_mutex);
+    const Block* block = Find(handle);
+    if (block == nullptr)
+    {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return 0;
+    }
+    return block->size;
+}
+
+UINT MemoryBlocks::Flags(HGLOBAL handle)
+{
+    std::lock_guard lock(_mutex);
+    const Block* block = Find(handle);
+    if (block == nullptr)
+    {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return GMEM_INVALID_HANDLE;
+    }
+    UINT flags = block->lockCount < GMEM_LOCKCOUNT ? block->lockCount : GMEM_LOCKCOUNT;
+    if (block->discardable)
+        flags |= GMEM_DISCARDABLE;
+    if (block->data == nullptr)
+        flags |= GMEM_DISCARDED;
+    return flags;
+}
+
+HGLOBAL MemoryBlocks::HandleOf(const void* address)
+{
+    std::lock_guard lock(_mutex);
+    const auto found = _entryOfAddress.find(address);
+    if (found == _entryOfAddress.end())
+    {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return nullptr;
+    }
+    return HandleFor(_blocks[found->second]);
+}
+
+MemoryBlocks::Block* MemoryBlocks::Find(HGLOBAL handle)
+{
+    const uintptr_t value = reinterpret_cast<uintptr_t>(handle);
+    if ((value & kTagMask) != kMovableTag)
+    {
+        const auto found = _entryOfAddress.find(handle);
+        if (found == _entryOfAddress.end() || _blocks[found->second].movable)
+            return nullptr;
+        return &_blocks[found->second];
+    }
+    const size_t index = (value & UINT32_MAX) >> kIndexShift;
+    if (index >= _blocks.size())
+        return nullptr;
+    Block& block = _blocks[index];
+    return block.inUse && block.movable && block.generation == value >> kGenerationShift ? &block : nullptr;
+}
+
+HGLOBAL MemoryBlocks::HandleFor(const Block& block) const
+{
+    if (!block.movable)
+        return block.data;
+    const uintptr_t index = static_cast<uintptr_t>(&block - _blocks.data());
+    const uintptr_t generation = block.generation;
+    return reinterpret_cast<HGLOBAL>((generation << kGenerationShift) | (index << kIndexShift) | kMovableTag);
+}
+
+MemoryBlocks::Block& MemoryBlocks::TakeEntry()
+{
+    if (_freeEntries.empty())
+    {
+        _blocks.emplace_back();
+        _blocks.back().inUse = true;
+        return _blocks.back();
+    }
+    Block& block = _blocks[_freeEntries.back()];
+    _freeEntries.pop_back();
+    block.inUse = true;
+    return block;
+}
+
+void MemoryBlocks::ReleaseEntry(Block& block)
+{
+    if (block.data != nullptr)
+        _entryOfAddress.erase(block.data);
+    const uint32_t next = block.generation == UINT32_MAX ? 1 : block.generation + 1;
+    block = Block{};
+    block.generation = next;
+    _freeEntries.push_back(static_cast<uint32_t>(&block - _blocks.data()));
+}
+
+bool MemoryBlocks::Resize(Block& block, size_t size, bool zero, bool mayMove)
+{
+    const size_t oldSize = block.size;
+    const bool tooLarge = size > block.capacity;
+    const bool wasteful = mayMove && size < block.capacity / 2;
+    if (block.data == nullptr || tooLarge || wasteful)
+    {
+        if (!mayMove || size > PTRDIFF_MAX)
+            return false;
+        // The second growth of a block is taken for the first of many; its reserve isn't touched and costs no memory.
+        size_t capacity = size != 0 ? size : 1;
+        if (tooLarge && oldSize != 0 && capacity < block.capacity + block.capacity / 2)
+            capacity = block.capacity + block.capacity / 2;
+        const auto oldData = block.data;
+        void* data = std::realloc(oldData, capacity);
+        if (data == nullptr && capacity != size)
+        {
+            capacity = size;
+            data = std::realloc(oldData, capacity);
+        }
+        if (data == nullptr)
+            return false;
+        if (data != oldData)
+        {
+            _entryOfAddress.erase(oldData);
+            _entryOfAddress[data] = static_cast<uint32_t>(&block - _blocks.data());
+        }
+        block.data = data;
+        block.capacity = capacity;
+    }
+    block.size = size;
+    if (zero && size > oldSize)
+        std::memset(static_cast<char*>(block.data) + oldSize, 0, size - oldSize);
+    return true;
+}
+
+bool MemoryBlocks::Discard(Block& block)
+{
+    if (block.lockCount != 0)
+    {
+        SetLastError(ERROR_LOCKED);
+        return false;
+    }
+    if (block.data != nullptr)
+        _entryOfAddress.erase(block.data);
+    std::free(block.data);
+    block.data = nullptr;
+    block.size = block.capacity = 0;
+    return true;
+}
+
+} // namespace qxplatform
