@@ -1,0 +1,378 @@
+#pragma once
+
+#include "containers/heap.h"
+
+#include <concepts>
+#include <cstddef>
+#include <initializer_list>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+namespace qx
+{
+
+template <class T, class Memory>
+class WCValSList;
+
+template <class T>
+struct WCSListNode
+{
+    WCSListNode* next;
+    T value;
+};
+
+// Walks a list from its first element to its last. Behind the last element, and on an empty list, it is false and equal
+// to end(). Elements that are appended during the walk are visited; removing the element it stands on invalidates it.
+//
+//     for (WCValSListIter it(list); it; ++it)        for (auto& element : list)
+template <class T>
+class WCValSListIter
+{
+    using Element = std::remove_const_t<T>;
+    using Node = WCSListNode<Element>;
+
+public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = Element;
+    using difference_type = std::ptrdiff_t;
+    using pointer = T*;
+    using reference = T&;
+
+    WCValSListIter() = default;
+
+    template <class Memory>
+    explicit WCValSListIter(WCValSList<Element, Memory>& list) : WCValSListIter(list.begin())
+    {
+    }
+
+    template <class Memory>
+    requires std::is_const_v<T>
+    explicit WCValSListIter(const WCValSList<Element, Memory>& list) : WCValSListIter(list.begin()) {}
+
+    WCValSListIter(const WCValSListIter<Element>& other) requires std::is_const_v<T> : _last(other._last),
+                                                                                       _node(other._node)
+    {
+    }
+
+    explicit operator bool() const { return _node != nullptr; }
+    T& operator*() const { return _node->value; }
+    T* operator->() const { return std::addressof(_node->value); }
+
+    WCValSListIter& operator++()
+    {
+        _node = _node == *_last ? nullptr : _node->next;
+        return *this;
+    }
+
+    WCValSListIter operator++(int)
+    {
+        WCValSListIter before = *this;
+        ++*this;
+        return before;
+    }
+
+    friend bool operator==(const WCValSListIter& a, const WCValSListIter& b) { return a._node == b._node; }
+
+private:
+    template <class, class>
+    friend class WCValSList;
+    template <class>
+    friend class WCValSListIter;
+
+    WCValSListIter(Node* const* last, Node* node) : _last(last), _node(node) {}
+
+    Node* const* _last = nullptr;
+    Node* _node = nullptr;
+};
+
+template <class T, class Memory>
+WCValSListIter(WCValSList<T, Memory>&) -> WCValSListIter<T>;
+template <class T, class Memory>
+WCValSListIter(const WCValSList<T, Memory>&) -> WCValSListIter<const T>;
+
+template <class T>
+using WCValConstSListIter = WCValSListIter<const T>;
+
+// Singly linked ring, addressed by its last element: tail and head are both one step away. Keeps the order of
+// insertion; duplicates are allowed. An index is clipped to the elements that there are, so only an empty list has
+// nothing to give.
+template <class T, class Memory = WCHeap>
+class WCValSList
+{
+public:
+    using Node = WCSListNode<T>;
+    using value_type = T;
+    using iterator = WCValSListIter<T>;
+    using const_iterator = WCValConstSListIter<T>;
+
+    WCValSList() = default;
+
+    WCValSList(std::initializer_list<T> values) : WCValSList()
+    {
+        for (const T& value : values)
+            Append(value);
+    }
+
+    WCValSList(const WCValSList& other) : WCValSList()
+    {
+        for (const T& value : other)
+            Append(value);
+    }
+
+    WCValSList(WCValSList&& other) noexcept { TakeRing(other); }
+
+    WCValSList& operator=(const WCValSList& other)
+    {
+        if (this != &other)
+        {
+            WCValSList copy(other);
+            Clear();
+            TakeRing(copy);
+        }
+        return *this;
+    }
+
+    WCValSList& operator=(WCValSList&& other) noexcept
+    {
+        if (this != &other)
+        {
+            Clear();
+            TakeRing(other);
+        }
+        return *this;
+    }
+
+    // Slot order of the virtual operations: destructor, ReleaseNode, AreEqual. A class that overrides ReleaseNode calls
+    // Clear in its own destructor: here its override is gone already.
+    virtual ~WCValSList() { Clear(); }
+
+    std::size_t Count() const { return _count; }
+    bool IsEmpty() const { return _count == 0; }
+
+    T& Append(const T& value) { return Emplace(value); }
+    T& Append(T&& value) { return Emplace(std::move(value)); }
+
+    // Appends an element that is made in place.
+    template <class... Arguments>
+    T& Emplace(Arguments&&... arguments)
+    {
+        Node* node = MakeNode(std::forward<Arguments>(arguments)...);
+        LinkBehindLast(node);
+        _last = node;
+        return node->value;
+    }
+
+    T& InsertHead(const T& value) { return LinkBehindLast(MakeNode(value))->value; }
+    T& InsertHead(T&& value) { return LinkBehindLast(MakeNode(std::move(value)))->value; }
+
+    // The element at an index, or null if the list is empty.
+    T* At(std::ptrdiff_t index) { return const_cast<T*>(std::as_const(*this).At(index)); }
+    const T* At(std::ptrdiff_t index) const
+    {
+        if (!_last)
+            return nullptr;
+        if (ClippedIndex(index) == _count - 1)
+            return std::addressof(_last->value);
+        return std::addressof(NodeBefore(ClippedIndex(index))->next->value);
+    }
+
+    T* First() { return At(0); }
+    const T* First() const { return At(0); }
+    T* Last() { return _last ? std::addressof(_last->value) : nullptr; }
+    const T* Last() const { return _last ? std::addressof(_last->value) : nullptr; }
+
+    // Removes the element at an index and gives it; ReleaseNode isn't asked. Nothing if the list is empty.
+    std::optional<T> TakeAt(std::ptrdiff_t index)
+    {
+        if (!_last)
+            return std::nullopt;
+        Node* before = NodeBefore(ClippedIndex(index));
+        std::optional<T> value(std::move(before->next->value));
+        DeleteNode(Unlink(before));
+        return value;
+    }
+
+    // The index of the first element that is equal, or -1.
+    std::ptrdiff_t IndexOf(const T& value) const
+    {
+        std::ptrdiff_t index = 0;
+        for (const T& element : *this)
+        {
+            if (AreEqual(element, value))
+                return index;
+            ++index;
+        }
+        return -1;
+    }
+
+    bool Contains(const T& value) const { return IndexOf(value) >= 0; }
+
+    // Removes the first element that is equal; whether there was one.
+    bool Remove(const T& value)
+    {
+        return RemoveWhere([&](const T& element) { return AreEqual(element, value); }, 1) != 0;
+    }
+
+    // Removes all elements that the predicate names; how many.
+    template <class Predicate>
+    std::size_t RemoveIf(Predicate predicate)
+    {
+        return RemoveWhere(predicate, _count);
+    }
+
+    // Releases all nodes. The list is empty before the first of them goes, so a release may use the list.
+    void Clear() noexcept
+    {
+        Node* last = std::exchange(_last, nullptr);
+        _count = 0;
+        if (!last)
+            return;
+        Node* node = std::exchange(last->next, nullptr);
+        while (node)
+        {
+            Node* next = node->next;
+            ReleaseNode(node);
+            node = next;
+        }
+    }
+
+    // Calls visitor(element) for each element in order.
+    template <class Visitor>
+    void ForEach(Visitor visitor)
+    {
+        for (T& element : *this)
+            visitor(element);
+    }
+
+    template <class Visitor>
+    void ForEach(Visitor visitor) const
+    {
+        for (const T& element : *this)
+            visitor(element);
+    }
+
+    iterator begin() { return iterator(&_last, Head()); }
+    iterator end() { return iterator(&_last, nullptr); }
+    const_iterator begin() const { return const_iterator(&_last, Head()); }
+    const_iterator end() const { return const_iterator(&_last, nullptr); }
+
+protected:
+    // Gives up a node whose element leaves with it (Clear, Remove, RemoveIf, destruction). An override does what the
+    // element needs and passes the node on to this one.
+    virtual void ReleaseNode(Node* node) noexcept { DeleteNode(node); }
+
+    // Elements without operator== are equal to themselves only.
+    virtual bool AreEqual(const T& a, const T& b) const
+    {
+        if constexpr (std::equality_comparable<T>)
+            return a == b;
+        else
+            return std::addressof(a) == std::addressof(b);
+    }
+
+private:
+    template <class... Arguments>
+    static Node* MakeNode(Arguments&&... arguments)
+    {
+        static_assert(alignof(Node) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
+        struct Block
+        {
+            ~Block() { Memory::Release(memory); }
+            void* memory = Memory::Allocate(sizeof(Node));
+        } block;
+        Node* node = ::new (block.memory) Node{nullptr, T(std::forward<Arguments>(arguments)...)};
+        block.memory = nullptr;
+        return node;
+    }
+
+    static void DeleteNode(Node* node) noexcept
+    {
+        node->~Node();
+        Memory::Release(node);
+    }
+
+    Node* Head() const { return _last ? _last->next : nullptr; }
+
+    std::size_t ClippedIndex(std::ptrdiff_t index) const
+    {
+        if (index <= 0)
+            return 0;
+        const auto wanted = static_cast<std::size_t>(index);
+        return wanted < _count ? wanted : _count - 1;
+    }
+
+    Node* NodeBefore(std::size_t index) const
+    {
+        Node* node = _last;
+        while (index-- > 0)
+            node = node->next;
+        return node;
+    }
+
+    // Puts a node between the last and the first element: the new head, unless the caller makes it the last.
+    Node* LinkBehindLast(Node* node) noexcept
+    {
+        if (_last)
+        {
+            node->next = _last->next;
+            _last->next = node;
+        }
+        else
+        {
+            node->next = node;
+            _last = node;
+        }
+        ++_count;
+        return node;
+    }
+
+    // Takes the node behind `before` out of the ring.
+    Node* Unlink(Node* before) noexcept
+    {
+        Node* node = before->next;
+        before->next = node->next;
+        if (node == _last)
+            _last = node == before ? nullptr : before;
+        --_count;
+        return node;
+    }
+
+    template <class Predicate>
+    std::size_t RemoveWhere(Predicate predicate, std::size_t limit)
+    {
+        std::size_t removed = 0;
+        Node* before = _last;
+        for (std::size_t left = _count; left > 0 && removed < limit; --left)
+        {
+            if (predicate(std::as_const(before->next->value)))
+            {
+                ReleaseNode(Unlink(before));
+                ++removed;
+            }
+            else
+            {
+                before = before->next;
+            }
+        }
+        return removed;
+    }
+
+    void TakeRing(WCValSList& other) noexcept
+    {
+        _last = std::exchange(other._last, nullptr);
+        _count = std::exchange(other._count, 0);
+    }
+
+    Node* _last = nullptr;
+    std::size_t _count = 0;
+};
+
+// The same over pointers. It doesn't own what they point at, and two elements are equal if they are the same pointer.
+template <class T, class Memory = WCHeap>
+using WCPtrSList = WCValSList<T*, Memory>;
+
+} // namespace qx
