@@ -1,0 +1,15 @@
+// The C library's header with the names that the Microsoft runtime adds.
+#pragma once
+
+#include_next <string.h>
+
+#include <wchar.h>
+
+QXCRT_BEGIN
+
+// These fold A to Z and nothing else.
+int _stricmp(const char* a, const char* b) __THROW QXCRT(_stricmp);
+int _strnicmp(const char* a, const char* b, size_t count) __THROW QXCRT(_strnicmp);
+char* _strdup(const char* text) __THROW QXCRT(_strdup); // to be given back by free()
+
+QXCRT_END

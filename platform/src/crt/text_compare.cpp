@@ -1,0 +1,91 @@
+#include "text_block.h"
+
+#include <wchar.h>
+
+#include <limits>
+
+using namespace qxplatform;
+
+namespace
+{
+
+constexpr size_t NoLimit = std::numeric_limits<size_t>::max();
+
+struct Exact
+{
+    static wchar_t Of(wchar_t c) { return c; }
+    static TextBlock Of(TextBlock block) { return block; }
+};
+
+struct WithoutCase
+{
+    static wchar_t Of(wchar_t c) { return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c; }
+    static TextBlock Of(TextBlock block) { return block.Folded(); }
+};
+
+// The order of two terminated texts by their characters as `Form` gives them, in at most `limit` characters.
+template <class Form>
+int Compare(const wchar_t* a, const wchar_t* b, size_t limit)
+{
+    while (limit != 0)
+    {
+        if (ReadsWholeBlocks && limit >= BlockLength && TextBlock::FitsInPage(a) && TextBlock::FitsInPage(b))
+        {
+            const TextBlock blockA(a), blockB(b);
+            const BlockMask same = Form::Of(blockA).WhereSame(Form::Of(blockB));
+            const BlockMask stop = (same ^ AllOfBlock) | blockA.Where(0);
+            if (stop == 0)
+            {
+                a += BlockLength;
+                b += BlockLength;
+                limit -= BlockLength;
+                continue;
+            }
+            const size_t index = FirstCharacter(stop);
+            return Form::Of(a[index]) - Form::Of(b[index]);
+        }
+        const int difference = Form::Of(*a) - Form::Of(*b);
+        if (difference != 0 || *a == 0)
+            return difference;
+        ++a;
+        ++b;
+        --limit;
+    }
+    return 0;
+}
+
+} // namespace
+
+int wcscmp(const wchar_t* a, const wchar_t* b) noexcept
+{
+    return Compare<Exact>(a, b, NoLimit);
+}
+
+int wcsncmp(const wchar_t* a, const wchar_t* b, size_t count) noexcept
+{
+    return Compare<Exact>(a, b, count);
+}
+
+int _wcsicmp(const wchar_t* a, const wchar_t* b) noexcept
+{
+    return Compare<WithoutCase>(a, b, NoLimit);
+}
+
+int _wcsnicmp(const wchar_t* a, const wchar_t* b, size_t count) noexcept
+{
+    return Compare<WithoutCase>(a, b, count);
+}
+
+int wmemcmp(const wchar_t* a, const wchar_t* b, size_t count) noexcept
+{
+    for (; count >= BlockLength; a += BlockLength, b += BlockLength, count -= BlockLength)
+        if (const BlockMask different = TextBlock(a).WhereSame(TextBlock(b)) ^ AllOfBlock)
+        {
+            const size_t index = FirstCharacter(different);
+            return a[index] - b[index];
+        }
+    for (; count != 0; ++a, ++b, --count)
+        if (*a != *b)
+            return *a - *b;
+    return 0;
+}

@@ -1,0 +1,212 @@
+#include "platform/page_end.h"
+
+#include <gtest/gtest-spi.h>
+#include <gtest/gtest.h>
+
+#include <string.h>
+#include <wchar.h>
+#include <wctype.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+#include <vector>
+
+namespace
+{
+
+constexpr size_t Huge = 0x7FFFFFFE;
+
+int Sign(int value)
+{
+    return (value > 0) - (value < 0);
+}
+
+// A text of `length` characters with its terminator, no character twice.
+std::vector<wchar_t> Distinct(size_t length)
+{
+    std::vector<wchar_t> text(length + 1);
+    for (size_t i = 0; i < length; ++i)
+        text[i] = static_cast<wchar_t>(0xFF01 + i);
+    return text;
+}
+
+TEST(CrtText, FindsAtEveryAlignmentWithoutReadingBehindTheEnd)
+{
+    PageEnd page;
+    for (size_t length = 0; length < 40; ++length)
+    {
+        const std::vector<wchar_t> source = Distinct(length);
+        wchar_t* text = page.Place({source.data(), source.size()});
+        SCOPED_TRACE(length);
+
+        EXPECT_EQ(wcslen(text), length);
+        EXPECT_EQ(wcsnlen(text, Huge), length);
+        EXPECT_EQ(wcschr(text, 0), text + length);
+        EXPECT_EQ(wcsrchr(text, 0), text + length);
+        EXPECT_EQ(wcschr(text, L'x'), nullptr);
+        EXPECT_EQ(wcsrchr(text, L'x'), nullptr);
+        EXPECT_EQ(wmemchr(text, L'x', length + 1), nullptr);
+        for (size_t i = 0; i < length; ++i)
+        {
+            EXPECT_EQ(wcsnlen(text, i), i);
+            EXPECT_EQ(wcschr(text, text[i]), text + i);
+            EXPECT_EQ(wcsrchr(text, text[i]), text + i);
+            EXPECT_EQ(wmemchr(text, text[i], length), text + i);
+            EXPECT_EQ(wmemchr(text, text[i], i), nullptr);
+            EXPECT_EQ(wcsstr(text, text + i), text + i);
+            EXPECT_EQ(wcslen(text + i), length - i);
+        }
+    }
+}
+
+TEST(CrtText, ComparesAtEveryAlignmentByUnsignedUnits)
+{
+    PageEnd pageA, pageB;
+    for (size_t length = 1; length < 40; ++length)
+        for (size_t at = 0; at < length; ++at)
+        {
+            std::vector<wchar_t> source = Distinct(length);
+            const wchar_t* a = pageA.Place({source.data(), source.size()});
+            const wchar_t* b = pageB.Place({source.data(), source.size()});
+            ASSERT_EQ(wcscmp(a, b), 0);
+            ASSERT_EQ(wcsncmp(a, b, Huge), 0);
+            ASSERT_EQ(_wcsicmp(a, b), 0);
+
+            source[at] = L'B'; // less than any other unit there is
+            b = pageB.Place({source.data(), source.size()});
+            ASSERT_GT(wcscmp(a, b), 0) << length << " " << at;
+            ASSERT_LT(wcsncmp(b, a, Huge), 0);
+            ASSERT_EQ(wcsncmp(a, b, at), 0);
+            ASSERT_GT(wcsncmp(a, b, at + 1), 0);
+            ASSERT_GT(wmemcmp(a, b, length), 0);
+            ASSERT_EQ(wmemcmp(a, b, at), 0);
+
+            source[at] = L'b';
+            a = pageA.Place({source.data(), source.size()});
+            ASSERT_GT(wcscmp(a, b), 0);
+            ASSERT_EQ(_wcsicmp(a, b), 0);
+            ASSERT_EQ(_wcsnicmp(a, b, Huge), 0);
+
+            source[at] = 0; // the shorter one is less
+            a = pageA.Place({source.data(), source.size()});
+            ASSERT_LT(wcscmp(a, b), 0);
+            ASSERT_GT(_wcsnicmp(b, a, Huge), 0);
+            ASSERT_LT(wmemcmp(a, b, length), 0);
+        }
+}
+
+TEST(CrtText, FoldsNothingButAToZ)
+{
+    struct Case
+    {
+        const wchar_t* a;
+        const wchar_t* b;
+        int order;
+    };
+    constexpr Case cases[] = {
+        {L"profile NAME", L"Profile name", 0},
+        {L"azAZ", L"AZaz", 0},
+        {L"@[`{", L"@[`{", 0},
+        {L"[", L"{", -1},
+        {L"@", L"`", -1},
+        {L"_", L"a", -1}, // compared as lower case, so `_` comes before the letters
+        {L"\u00c4", L"\u00e4", -1},
+        {L"\u212a", L"k", 1}, // the Kelvin sign
+        {L"\uff21", L"\uff41", -1},
+        {L"0123456789", L"0123456789A", -1},
+        {L"abcdefghijklmnopqrstuvwxyz\u8000", L"ABCDEFGHIJKLMNOPQRSTUVWXYZ\u7fff", 1},
+    };
+    for (const Case& c : cases)
+    {
+        EXPECT_EQ(Sign(_wcsicmp(c.a, c.b)), c.order) << c.a;
+        EXPECT_EQ(Sign(_wcsicmp(c.b, c.a)), -c.order) << c.a;
+        EXPECT_EQ(Sign(_wcsnicmp(c.a, c.b, 100)), c.order) << c.a;
+    }
+    EXPECT_EQ(_wcsnicmp(L"NAME=1", L"name=2", 5), 0);
+    EXPECT_EQ(_wcsnicmp(L"a", L"b", 0), 0);
+    EXPECT_EQ(Sign(_stricmp("Name[", "nAME{")), -1);
+    EXPECT_EQ(_strnicmp("\xc4x", "\xe4x", 1) < 0, true);
+    EXPECT_EQ(_strnicmp("TEXT/a", "text/B", 5), 0);
+
+    for (unsigned c = 0; c < 0x10000; ++c)
+    {
+        const auto unit = static_cast<wint_t>(c);
+        ASSERT_EQ(towlower(unit), c >= 'A' && c <= 'Z' ? unit + 32 : unit);
+        ASSERT_EQ(towupper(unit), c >= 'a' && c <= 'z' ? unit - 32 : unit);
+    }
+}
+
+TEST(CrtText, KnowsTheBlanksOfAllScripts)
+{
+    std::vector<unsigned> blanks;
+    for (unsigned c = 0; c < 0x10000; ++c)
+        if (iswspace(static_cast<wint_t>(c)))
+            blanks.push_back(c);
+    const std::vector<unsigned> expected = {9, 10, 11, 12, 13, 0x20, 0xa0, 0x1680, 0x2000, 0x2001, 0x2002, 0x2003,
+        0x2004, 0x2005, 0x2006, 0x2007, 0x2008, 0x2009, 0x200a, 0x2028, 0x2029, 0x202f, 0x205f, 0x3000};
+    EXPECT_EQ(blanks, expected);
+}
+
+TEST(CrtText, FindsParts)
+{
+    const wchar_t text[] = L"a/b/a/bc;d";
+    EXPECT_EQ(wcsstr(text, L""), text);
+    EXPECT_EQ(wcsstr(text, L"a/bc"), text + 4);
+    EXPECT_EQ(wcsstr(text, L"d"), text + 9);
+    EXPECT_EQ(wcsstr(text, L"d;"), nullptr);
+    EXPECT_EQ(wcsstr(L"", L"a"), nullptr);
+    EXPECT_EQ(wcsspn(text, L"/ab"), 7u);
+    EXPECT_EQ(wcsspn(text, L""), 0u);
+    EXPECT_EQ(wcscspn(text, L";c"), 7u);
+    EXPECT_EQ(wcscspn(text, L""), 10u);
+    EXPECT_EQ(wcspbrk(text, L";c"), text + 7);
+    EXPECT_EQ(wcspbrk(text, L"x"), nullptr);
+}
+
+TEST(CrtText, Copies)
+{
+    wchar_t buffer[16];
+    wmemset(buffer, L'#', 16);
+    EXPECT_EQ(wcsncpy(buffer, L"abc", 6), buffer);
+    EXPECT_EQ(std::wstring_view(buffer, 7), std::wstring_view(L"abc\0\0\0#", 7)); // filled up with zeros
+    EXPECT_EQ(wcsncpy(buffer, L"wxyz", 3), buffer);
+    EXPECT_EQ(std::wstring_view(buffer, 4), std::wstring_view(L"wxy\0", 4)); // and cut without a terminator
+    EXPECT_EQ(wcscat(buffer, L"-1"), buffer);
+    EXPECT_EQ(wcsncat(buffer, L"2345", 2), buffer);
+    EXPECT_EQ(wcsncat(buffer, L"6", 9), buffer);
+    EXPECT_STREQ(buffer, L"wxy-1236");
+    EXPECT_EQ(wcscpy(buffer, L"New"), buffer);
+    EXPECT_STREQ(_wcsupr(buffer), L"NEW");
+    EXPECT_STREQ(_wcslwr(buffer), L"new");
+    wmemmove(buffer + 1, buffer, 3);
+    EXPECT_EQ(std::wstring_view(buffer, 4), L"nnew");
+
+    wchar_t* copy = _wcsdup(L"\u20ac 5");
+    EXPECT_STREQ(copy, L"\u20ac 5");
+    std::free(copy);
+}
+
+TEST(CrtText, CarriesTheStandardsViews)
+{
+    const wchar_t* volatile hidden = L"key=\u00fcber;key=2"; // nothing is to be known when this is compiled
+    const std::wstring_view text = hidden;
+    EXPECT_EQ(text.size(), 14u);
+    EXPECT_EQ(text.find(L'='), 3u);
+    EXPECT_EQ(text.find(L"key", 1), 9u);
+    EXPECT_EQ(text.rfind(L"key"), 9u);
+    EXPECT_EQ(text.find_first_of(L";="), 3u);
+    EXPECT_LT(text, std::wstring_view(L"key=\u8000"));
+    EXPECT_EQ(text.substr(9), L"key=2");
+}
+
+TEST(CrtText, CarriesTheWideAssertions)
+{
+    const wchar_t* volatile hidden = L"Stra\u00dfe";
+    EXPECT_STREQ(L"Stra\u00dfe", hidden);
+    EXPECT_STRNE(L"Strasse", hidden);
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, L"a\u00df", hidden);
+    EXPECT_NONFATAL_FAILURE(EXPECT_STREQ(hidden, L"a\u20ac\U0001f600"), R"(L"a\x20AC\xD83D\xDE00")");
+}
+
+} // namespace
