@@ -161,8 +161,7 @@ public:
     T& Emplace(Arguments&&... arguments)
     {
         Node* node = MakeNode(std::forward<Arguments>(arguments)...);
-        LinkBehindLast(node);
-        _last = node;
+        AppendNode(node);
         return node->value;
     }
 
@@ -261,6 +260,20 @@ public:
     const_iterator end() const { return const_iterator(&_last, nullptr); }
 
 protected:
+    // For a derived class whose elements bring their own nodes: it links them in here and overrides ReleaseNode.
+    void AppendNode(Node* node) noexcept
+    {
+        LinkBehindLast(node);
+        _last = node;
+    }
+
+    // Leaves the ring to whoever else owns it, by its last node.
+    Node* AbandonNodes() noexcept
+    {
+        _count = 0;
+        return std::exchange(_last, nullptr);
+    }
+
     // Gives up a node whose element leaves with it (Clear, Remove, RemoveIf, destruction). An override does what the
     // element needs and passes the node on to this one.
     virtual void ReleaseNode(Node* node) noexcept { DeleteNode(node); }
