@@ -6,8 +6,6 @@
 
 #include <windows.h>
 
-#include <oleauto.h>
-
 #include <compare>
 #include <concepts>
 #include <cstdarg>
