@@ -38,6 +38,14 @@ endif()
 
 set(QXUT_SANITIZE "" CACHE STRING "Sanitizers for the whole tree, as in -fsanitize=")
 if(QXUT_SANITIZE)
-    add_compile_options(-fsanitize=${QXUT_SANITIZE} -fno-omit-frame-pointer)
+    # Without recovery, so that a finding fails the test in which it happens.
+    add_compile_options(-fsanitize=${QXUT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${QXUT_SANITIZE})
+endif()
+if(QXUT_BUILD_FUZZERS)
+    # clang leaves the sanitizers' own functions to the program, so its libraries have undefined names.
+    add_compile_options(-fsanitize=fuzzer-no-link)
+    set(QX_NO_UNDEFINED "")
+else()
+    set(QX_NO_UNDEFINED LINKER:--no-undefined)
 endif()

@@ -5,6 +5,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+/* clang-format off */
 #ifdef __cplusplus
 #define QXUT_EXTERN_C_BEGIN extern "C" {
 #define QXUT_EXTERN_C_END }
@@ -12,6 +13,7 @@
 #define QXUT_EXTERN_C_BEGIN
 #define QXUT_EXTERN_C_END
 #endif
+/* clang-format on */
 
 #if defined(_WIN32)
 #define QXUT_API

@@ -6,7 +6,9 @@
 
 #ifdef __cplusplus
 #define EXTERN_C extern "C"
-#define EXTERN_C_START extern "C" {
+#define EXTERN_C_START                                                                                                 \
+    extern "C"                                                                                                         \
+    {
 #define EXTERN_C_END }
 #else
 #define EXTERN_C extern
@@ -77,11 +79,11 @@ typedef LONG_PTR LPARAM;
 typedef LONG_PTR LRESULT;
 
 typedef void *HANDLE, **PHANDLE;
-#define DECLARE_HANDLE(name) \
-    struct name##__          \
-    {                        \
-        int unused;          \
-    };                       \
+#define DECLARE_HANDLE(name)                                                                                           \
+    struct name##__                                                                                                    \
+    {                                                                                                                  \
+        int unused;                                                                                                    \
+    };                                                                                                                 \
     typedef struct name##__* name
 DECLARE_HANDLE(HINSTANCE);
 typedef HINSTANCE HMODULE;
@@ -158,12 +160,12 @@ typedef struct _GUID
     BYTE Data4[8];
 } GUID, IID, CLSID;
 
-#define LOWORD(l) ((WORD)((DWORD_PTR)(l) & 0xffff))
+#define LOWORD(l) ((WORD)((DWORD_PTR)(l)&0xffff))
 #define HIWORD(l) ((WORD)(((DWORD_PTR)(l) >> 16) & 0xffff))
-#define LOBYTE(w) ((BYTE)((DWORD_PTR)(w) & 0xff))
+#define LOBYTE(w) ((BYTE)((DWORD_PTR)(w)&0xff))
 #define HIBYTE(w) ((BYTE)(((DWORD_PTR)(w) >> 8) & 0xff))
-#define MAKELONG(a, b) ((LONG)(((WORD)((DWORD_PTR)(a) & 0xffff)) | ((DWORD)((WORD)((DWORD_PTR)(b) & 0xffff))) << 16))
-#define MAKEWORD(a, b) ((WORD)(((BYTE)((DWORD_PTR)(a) & 0xff)) | ((WORD)((BYTE)((DWORD_PTR)(b) & 0xff))) << 8))
+#define MAKELONG(a, b) ((LONG)(((WORD)((DWORD_PTR)(a)&0xffff)) | ((DWORD)((WORD)((DWORD_PTR)(b)&0xffff))) << 16))
+#define MAKEWORD(a, b) ((WORD)(((BYTE)((DWORD_PTR)(a)&0xff)) | ((WORD)((BYTE)((DWORD_PTR)(b)&0xff))) << 8))
 
 #ifdef __cplusplus
 static_assert(sizeof(wchar_t) == 2, "the layer needs -fshort-wchar");

@@ -3,22 +3,22 @@
 
 #include <wchar.h>
 
-#include <minwindef.h>
-#include <guiddef.h>
-#include <winnt.h>
-#include <winerror.h>
 #include <errhandlingapi.h>
-#include <handleapi.h>
 #include <fileapi.h>
-#include <synchapi.h>
+#include <guiddef.h>
+#include <handleapi.h>
+#include <libloaderapi.h>
+#include <minwindef.h>
 #include <processenv.h>
 #include <processthreadsapi.h>
+#include <stringapiset.h>
+#include <synchapi.h>
 #include <sysinfoapi.h>
 #include <timeapi.h>
-#include <libloaderapi.h>
 #include <winbase.h>
+#include <winerror.h>
 #include <winnls.h>
-#include <stringapiset.h>
+#include <winnt.h>
 #include <winreg.h>
 #include <winuser.h>
 #include <winver.h>

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string_view>
 
-#if defined(_WIN32)
+#if defined(_WIN32) // each system has its own call to protect a page
 #include <windows.h>
 #else
 #include <sys/mman.h>
@@ -33,7 +33,7 @@ private:
 };
 
 // The layer has no function for single pages, since nothing but this test needs one.
-#if defined(_WIN32)
+#if defined(_WIN32) // each system has its own call to protect a page
 inline PageEnd::PageEnd()
     : _memory(static_cast<char*>(VirtualAlloc(nullptr, 2 * PageSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE)))
 {

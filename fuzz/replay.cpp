@@ -1,0 +1,48 @@
+// Replays a seed corpus through a fuzz target: every file of the folder, whole and cut short at many places. The target
+// shows a fault by ending the process.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace
+{
+
+// A block of its exact size, so that a sanitizer sees the first byte that is read behind it.
+void Feed(const std::vector<char>& bytes, std::size_t size)
+{
+    const std::vector<std::uint8_t> block(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size));
+    LLVMFuzzerTestOneInput(block.data(), block.size());
+}
+
+void Replay(const std::filesystem::path& file)
+{
+    constexpr std::size_t cuts = 32;
+    std::ifstream stream(file, std::ios::binary);
+    const std::vector<char> bytes{std::istreambuf_iterator<char>(stream), {}};
+    Feed(bytes, bytes.size());
+    for (std::size_t i = 0; i < cuts && i < bytes.size(); ++i)
+        Feed(bytes, i * bytes.size() / cuts);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    std::size_t count = 0;
+    for (int i = 1; i < argc; ++i)
+        for (const auto& entry : std::filesystem::directory_iterator(argv[i]))
+            if (entry.is_regular_file())
+            {
+                Replay(entry.path());
+                ++count;
+            }
+    std::printf("%zu inputs replayed\n", count);
+    return count > 0 ? 0 : 1;
+}

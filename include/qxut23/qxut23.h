@@ -1,0 +1,7 @@
+/* The whole interface of the library: the headers of all families. C11 and C++17. */
+#ifndef QXUT23_QXUT23_H
+#define QXUT23_QXUT23_H
+
+#include <qxut23/base.h>
+
+#endif

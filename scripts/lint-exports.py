@@ -1,0 +1,39 @@
+"""Compares the export list with the public headers and with the names that the interface has. Called by scripts/lint."""
+
+import glob
+import re
+
+DECLARATION = re.compile(r"\bQXUT_API\b[^;{]*?\b(\w+)\s*\(", re.S)
+COMMENT = re.compile(r"/\*.*?\*/|//[^\n]*|^[ \t]*#[^\n]*", re.S | re.M)
+
+
+def read(path):
+    with open(path, encoding="utf-8") as file:
+        return file.read()
+
+
+def definition_file_names(path):
+    lines = [line.split(";")[0].strip() for line in read(path).split("EXPORTS", 1)[1].splitlines()]
+    return [line for line in lines if line]
+
+
+listed = definition_file_names("src/exports/qxUT23.def")
+interface = [line for line in read("src/exports/interface.txt").splitlines() if line and not line.startswith("#")]
+declared = {}
+umbrella = read("include/qxut23/qxut23.h")
+for header in sorted(glob.glob("include/qxut23/*.h")):
+    for name in DECLARATION.findall(COMMENT.sub(" ", read(header))):
+        if name in declared:
+            print(f"{name}: declared in {declared[name]} and {header}")
+        declared[name] = header
+    if not header.endswith("/qxut23.h") and f"<{header.removeprefix('include/')}>" not in umbrella:
+        print(f"{header}: not included by qxut23.h")
+
+if listed != sorted(set(listed)):
+    print("qxUT23.def: not in the order of the alphabet, or a name stands twice")
+for name in sorted(set(listed) - set(declared)):
+    print(f"{name}: in qxUT23.def, but in no public header")
+for name in sorted(set(declared) - set(listed)):
+    print(f"{name}: declared in {declared[name]}, but not in qxUT23.def")
+for name in sorted(set(listed) - set(interface)):
+    print(f"{name}: not a name of the interface (interface.txt)")

@@ -1,0 +1,95 @@
+"""Prints every include that goes against the layers, and every circle of headers. Called by scripts/lint."""
+
+import os
+import re
+
+# A folder of src/ may include its own headers and those of lower ranks. Folders of one rank stand beside each other:
+# they may use each other, as long as no circle of folders comes of it.
+RANKS = {
+    "containers": 0, "core": 1, "files": 2,
+    "prof": 3, "zip": 3, "locale": 3, "markup": 3, "threads": 3, "diag": 3, "accounts": 3,
+    "docinfo": 4, "desktop": 4, "exports": 5,
+}
+INCLUDE = re.compile(r'^\s*#\s*include\s+(["<])([^">]+)[">]', re.M)
+
+
+def sources(*folders):
+    for folder in folders:
+        for where, _, names in os.walk(folder):
+            for name in sorted(names):
+                if name.endswith((".h", ".cpp", ".c")):
+                    yield os.path.join(where, name)
+
+
+def includes(path):
+    with open(path, encoding="utf-8") as file:
+        return INCLUDE.findall(file.read())
+
+
+def check_library(edges):
+    for path in sources("src"):
+        folder = path.split(os.sep)[1]
+        for form, name in includes(path):
+            target = name.split("/")[0]
+            if form == '"' and target not in RANKS:
+                print(f"{path}: \"{name}\" is not named from src/")
+            elif form == '"' and folder in RANKS:
+                if RANKS[target] > RANKS[folder]:
+                    print(f"{path}: {folder} stands below {name}")
+                elif target != folder:
+                    edges.setdefault(folder, {}).setdefault(target, path)
+
+
+def check_clients():
+    """The public headers stand alone; the program sees nothing but them; the layer knows nothing of the library."""
+    for path in sources("include"):
+        for form, name in includes(path):
+            if not name.startswith("qxut23/") and name not in ("stddef.h", "stdint.h"):
+                print(f"{path}: {name} is not part of the public interface")
+    for path in sources("tools", "platform"):
+        for form, name in includes(path):
+            if name.split("/")[0] in RANKS and not os.path.exists(os.path.join(os.path.dirname(path), name)) \
+                    and not os.path.exists(os.path.join("platform/src", name)):
+                print(f"{path}: {name} is the library's own")
+            if path.startswith("platform") and name.startswith("qxut23/"):
+                print(f"{path}: the layer knows nothing of the library above it")
+
+
+def check_circles(edges, what):
+    """Depth first; a circle is told once, from the node at which it was entered."""
+    state = {}
+
+    def visit(node, trail):
+        state[node] = "open"
+        for target in edges.get(node, {}):
+            if state.get(target) == "open":
+                print(f"circle of {what}: " + " -> ".join(trail[trail.index(target):] + [target]))
+            elif target not in state:
+                visit(target, trail + [target])
+        state[node] = "done"
+
+    for node in list(edges):
+        if node not in state:
+            visit(node, [node])
+
+
+def header_edges():
+    edges = {}
+    for path in sources("src", "include", "platform"):
+        if not path.endswith(".h"):
+            continue
+        for form, name in includes(path):
+            roots = ("src", "include", "platform/include", "platform/src", os.path.dirname(path))
+            for root in roots:
+                candidate = os.path.normpath(os.path.join(root, name))
+                if os.path.exists(candidate):
+                    edges.setdefault(path, {})[candidate] = path
+                    break
+    return edges
+
+
+folders = {}
+check_library(folders)
+check_clients()
+check_circles(folders, "folders")
+check_circles(header_edges(), "headers")
