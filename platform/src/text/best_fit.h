@@ -1,0 +1,25 @@
+// Which character stands for one that a code page lacks.
+#pragma once
+
+#include <vector>
+
+namespace qxplatform
+{
+
+enum class BestFit
+{
+    AsConverter, // only what ICU's tables of the page tell
+    Common,
+    Latin
+};
+
+struct Similar
+{
+    wchar_t unit;
+    wchar_t similar;
+};
+
+// In the order of preference: a later row of the same unit is for pages that lack the earlier one's character.
+std::vector<Similar> SimilarCharacters(BestFit bestFit);
+
+} // namespace qxplatform

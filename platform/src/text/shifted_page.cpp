@@ -1,0 +1,198 @@
+#include "text/shifted_page.h"
+
+#include <unicode/unorm2.h>
+
+#include <algorithm>
+#include <functional>
+#include <vector>
+
+namespace qxplatform
+{
+
+constexpr ShiftSequence JIS_ASCII = {"\x1b(B", CharacterSet::Ascii};
+constexpr ShiftSequence JIS_ROMAN = {"\x1b(J", CharacterSet::Ascii};
+constexpr ShiftSequence JIS_1978 = {"\x1b$@", CharacterSet::DoubleByte};
+constexpr ShiftSequence JIS_1983 = {"\x1b$B", CharacterSet::DoubleByte};
+constexpr ShiftSequence JIS_KATAKANA = {"\x1b(I", CharacterSet::Katakana};
+constexpr ShiftSequence OUT_KATAKANA = {"\x0e", CharacterSet::Katakana};
+constexpr ShiftSequence OUT_DOUBLE_BYTE = {"\x0e", CharacterSet::DoubleByte};
+constexpr ShiftSequence IN_ASCII = {"\x0f", CharacterSet::Ascii};
+constexpr ShiftSequence KOREAN_HEADER = {"\x1b$)C", CharacterSet::Ascii};
+constexpr ShiftSequence HZ_DOUBLE_BYTE = {"~{", CharacterSet::DoubleByte};
+constexpr ShiftSequence HZ_ASCII = {"~}", CharacterSet::Ascii};
+
+constexpr std::array<ShiftSequence, 8> JAPANESE = {
+    JIS_ASCII, JIS_ROMAN, JIS_1978, JIS_1983, JIS_KATAKANA, OUT_KATAKANA, IN_ASCII};
+
+constinit const ShiftRules ISO_2022_JP = {JAPANESE, JIS_ASCII.bytes, JIS_1983.bytes, "", ""};
+constinit const ShiftRules ISO_2022_JP_KATAKANA = {JAPANESE, JIS_ASCII.bytes, JIS_1983.bytes, JIS_KATAKANA.bytes, ""};
+constinit const ShiftRules ISO_2022_JP_SHIFT_OUT = {JAPANESE, JIS_ASCII.bytes, JIS_1983.bytes, OUT_KATAKANA.bytes, ""};
+constinit const ShiftRules ISO_2022_KR = {
+    {KOREAN_HEADER, OUT_DOUBLE_BYTE, IN_ASCII}, IN_ASCII.bytes, OUT_DOUBLE_BYTE.bytes, "", KOREAN_HEADER.bytes};
+constinit const ShiftRules HZ = {{HZ_DOUBLE_BYTE, HZ_ASCII}, HZ_ASCII.bytes, HZ_DOUBLE_BYTE.bytes, "", "", true};
+
+namespace
+{
+
+constexpr std::uint16_t KATAKANA_LEAD = 0x8e00;
+
+CharacterSet SetOf(std::uint16_t code)
+{
+    if (code < 0x80)
+        return CharacterSet::Ascii;
+    return (code & 0xff00) == KATAKANA_LEAD ? CharacterSet::Katakana : CharacterSet::DoubleByte;
+}
+
+bool IsHalfWidthKatakana(wchar_t unit)
+{
+    return unit >= 0xff61 && unit <= 0xff9f;
+}
+
+// Half-width katakana as full-width ones; a sound mark joins the letter before it.
+std::vector<wchar_t> WidenKatakana(std::wstring_view text)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    const UNormalizer2* const composition = unorm2_getNFKCInstance(&status);
+    std::vector<wchar_t> widened;
+    for (std::size_t i = 0; i < text.size();)
+    {
+        std::size_t end = i;
+        while (end < text.size() && IsHalfWidthKatakana(text[end]))
+            ++end;
+        if (end == i)
+        {
+            widened.push_back(text[i++]);
+            continue;
+        }
+        // Composition only joins units, so the run never grows by it.
+        const std::size_t start = widened.size();
+        widened.resize(start + (end - i) * 2);
+        const int32_t length = unorm2_normalize(composition, reinterpret_cast<const UChar*>(text.data() + i),
+            static_cast<int32_t>(end - i), reinterpret_cast<UChar*>(widened.data() + start),
+            static_cast<int32_t>(widened.size() - start), &status);
+        widened.resize(start + static_cast<std::size_t>(length));
+        i = end;
+    }
+    return widened;
+}
+
+} // namespace
+
+ShiftedPage::ShiftedPage(const ShiftRules& rules, PageTables plane)
+    : _rules(rules),
+      _plane(std::move(plane)),
+      _eightBitSet(_plane.lead[KATAKANA_LEAD >> 8] ? CharacterSet::Katakana : CharacterSet::DoubleByte)
+{
+}
+
+const ShiftSequence* ShiftedPage::FindShift(std::string_view bytes) const
+{
+    for (const ShiftSequence& shift : _rules.readable)
+        if (!shift.bytes.empty() && bytes.starts_with(shift.bytes))
+            return &shift;
+    return nullptr;
+}
+
+std::string_view ShiftedPage::ShiftTo(CharacterSet set) const
+{
+    switch (set)
+    {
+    case CharacterSet::DoubleByte:
+        return _rules.toDoubleByte;
+    case CharacterSet::Katakana:
+        return _rules.toKatakana;
+    default:
+        return _rules.toAscii;
+    }
+}
+
+wchar_t ShiftedPage::Pair(unsigned lead, unsigned trail) const
+{
+    const wchar_t unit = _plane.pairs[((lead & 0x7f) << 8) | (trail | 0x80)];
+    return unit == PageTables::UNDEFINED ? _plane.undefinedCharacter : unit;
+}
+
+bool ShiftedPage::Decode(std::string_view bytes, OnInvalid, WideOutput& out) const
+{
+    CharacterSet set = CharacterSet::Ascii;
+    for (std::size_t i = 0; i < bytes.size();)
+    {
+        const std::string_view rest = bytes.substr(i);
+        if (const ShiftSequence* const shift = FindShift(rest))
+        {
+            set = shift->set;
+            i += shift->bytes.size();
+            continue;
+        }
+        if (_rules.tildeEscapes && set == CharacterSet::Ascii && (rest.starts_with("~~") || rest.starts_with("~\n")))
+        {
+            if (rest[1] == '~')
+                out.Put(L'~');
+            i += 2;
+            continue;
+        }
+        const auto byte = static_cast<unsigned char>(bytes[i++]);
+        const bool isGraphic = (byte & 0x7f) > 0x20 && byte != 0x7f;
+        const CharacterSet current = set == CharacterSet::Ascii && byte >= 0x80 ? _eightBitSet : set;
+        if (!isGraphic || current == CharacterSet::Ascii)
+        {
+            // A line's end also ends what was shifted to: senders forget the escape.
+            if (byte == '\n')
+                set = CharacterSet::Ascii;
+            out.Put(byte < 0x80 ? static_cast<wchar_t>(byte) : _plane.undefinedCharacter);
+        }
+        else if (current == CharacterSet::Katakana)
+        {
+            out.Put(Pair(KATAKANA_LEAD >> 8, byte));
+        }
+        else
+        {
+            const bool hasTrail = i < bytes.size() && (bytes[i] & 0x7f) > 0x20;
+            out.Put(hasTrail ? Pair(byte, static_cast<unsigned char>(bytes[i])) : _plane.undefinedCharacter);
+            i += hasTrail;
+        }
+    }
+    return true;
+}
+
+EncodeResult ShiftedPage::Encode(std::wstring_view text, const Encoding& encoding, ByteOutput& out) const
+{
+    const auto put = [&out](std::string_view bytes)
+    {
+        out.PutAll(bytes.data(), bytes.size(), std::identity());
+    };
+    std::vector<wchar_t> widened;
+    if (_rules.toKatakana.empty() && std::any_of(text.begin(), text.end(), IsHalfWidthKatakana))
+    {
+        widened = WidenKatakana(text);
+        text = {widened.data(), widened.size()};
+    }
+    EncodeResult result;
+    CharacterSet set = CharacterSet::Ascii;
+    put(_rules.header);
+    for (const wchar_t unit : text)
+    {
+        const std::uint16_t code = _plane.fitted[unit];
+        const bool missing = code == 0 && unit != 0;
+        if (const CharacterSet wanted = SetOf(code); wanted != set)
+        {
+            put(ShiftTo(wanted));
+            set = wanted;
+        }
+        const char pair[] = {static_cast<char>(code >> 8 & 0x7f), static_cast<char>(code & 0x7f)};
+        if (missing)
+            put(encoding.replacement);
+        else if (_rules.tildeEscapes && code == '~')
+            put("~~");
+        else if (set == CharacterSet::DoubleByte)
+            put({pair, 2});
+        else
+            out.Put(pair[1]);
+        result.replaced |= missing;
+    }
+    if (set != CharacterSet::Ascii)
+        put(_rules.toAscii);
+    return result;
+}
+
+} // namespace qxplatform
