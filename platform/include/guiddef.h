@@ -24,11 +24,11 @@ typedef FMTID* LPFMTID;
 #define REFFMTID const FMTID* const
 #endif
 
-// With INITGUID the identifier is defined where the macro stands, in as many units as like; else it is declared.
+// With INITGUID the identifier is defined where the macro stands, in as many units as want it; else it is declared.
 #ifdef INITGUID
 #define DEFINE_GUID(name, l, w1, w2, b1, b2, b3, b4, b5, b6, b7, b8)                                                   \
-    EXTERN_C const GUID __attribute__((weak)) name;                                                                    \
-    EXTERN_C const GUID __attribute__((weak)) name = {l, w1, w2, {b1, b2, b3, b4, b5, b6, b7, b8}}
+    EXTERN_C const GUID name __attribute__((weak));                                                                    \
+    const GUID name = {l, w1, w2, {b1, b2, b3, b4, b5, b6, b7, b8}}
 #else
 #define DEFINE_GUID(name, l, w1, w2, b1, b2, b3, b4, b5, b6, b7, b8) EXTERN_C const GUID name
 #endif

@@ -1,0 +1,4 @@
+// Types of automation. Variants and safe arrays get their place here.
+#pragma once
+
+#include <objidl.h>

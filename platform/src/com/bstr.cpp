@@ -1,0 +1,104 @@
+// Texts with their length in front.
+#include <oleauto.h>
+
+#include <wchar.h>
+
+#include <cstdlib>
+#include <cstring>
+
+namespace
+{
+
+// The length takes the last 4 bytes in front of the text; 8 keep the text aligned as on the system.
+constexpr size_t kHeaderSize = 8;
+constexpr size_t kLengthSize = sizeof(UINT);
+constexpr size_t kMaxBytes = UINT32_MAX - kHeaderSize - sizeof(wchar_t) - 1;
+
+char* BytesOf(BSTR bstr)
+{
+    return reinterpret_cast<char*>(bstr);
+}
+
+BSTR Allocate(const void* source, size_t size)
+{
+    if (size > kMaxBytes)
+        return nullptr;
+    // A terminating zero character follows the bytes, also where their number is odd.
+    const auto block = static_cast<char*>(std::malloc(kHeaderSize + size + sizeof(wchar_t)));
+    if (block == nullptr)
+        return nullptr;
+    const UINT length = static_cast<UINT>(size);
+    std::memcpy(block + kHeaderSize - kLengthSize, &length, kLengthSize);
+    if (source != nullptr)
+        std::memcpy(block + kHeaderSize, source, size);
+    std::memset(block + kHeaderSize + size, 0, sizeof(wchar_t));
+    return reinterpret_cast<BSTR>(block + kHeaderSize);
+}
+
+} // namespace
+
+BSTR WINAPI SysAllocString(const OLECHAR* text)
+{
+    return text != nullptr ? Allocate(text, wcslen(text) * sizeof(OLECHAR)) : nullptr;
+}
+
+BSTR WINAPI SysAllocStringLen(const OLECHAR* text, UINT length)
+{
+    return Allocate(text, size_t{length} * sizeof(OLECHAR));
+}
+
+BSTR WINAPI SysAllocStringByteLen(LPCSTR bytes, UINT length)
+{
+    return Allocate(bytes, length);
+}
+
+INT WINAPI SysReAllocString(BSTR* bstr, const OLECHAR* text)
+{
+    if (bstr == nullptr)
+        return FALSE;
+    // The text may lie in the old one, which is therefore freed last.
+    const BSTR fresh = SysAllocString(text);
+    if (fresh == nullptr && text != nullptr)
+        return FALSE;
+    SysFreeString(*bstr);
+    *bstr = fresh;
+    return TRUE;
+}
+
+INT WINAPI SysReAllocStringLen(BSTR* bstr, const OLECHAR* text, UINT length)
+{
+    if (bstr == nullptr)
+        return FALSE;
+    const BSTR fresh = SysAllocStringLen(text, length);
+    if (fresh == nullptr)
+        return FALSE;
+    if (text == nullptr && *bstr != nullptr)
+    {
+        // Without a text only the length changes.
+        const UINT oldLength = SysStringLen(*bstr);
+        std::memcpy(fresh, *bstr, (oldLength < length ? oldLength : length) * sizeof(OLECHAR));
+    }
+    SysFreeString(*bstr);
+    *bstr = fresh;
+    return TRUE;
+}
+
+void WINAPI SysFreeString(BSTR bstr)
+{
+    if (bstr != nullptr)
+        std::free(BytesOf(bstr) - kHeaderSize);
+}
+
+UINT WINAPI SysStringLen(BSTR bstr)
+{
+    return SysStringByteLen(bstr) / static_cast<UINT>(sizeof(OLECHAR));
+}
+
+UINT WINAPI SysStringByteLen(BSTR bstr)
+{
+    if (bstr == nullptr)
+        return 0;
+    UINT length;
+    std::memcpy(&length, BytesOf(bstr) - kLengthSize, kLengthSize);
+    return length;
+}

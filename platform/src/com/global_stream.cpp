@@ -1,0 +1,335 @@
+// Streams on a block of global memory.
+#include "com/reference_count.h"
+
+#include <windows.h>
+
+#include <combaseapi.h>
+
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <new>
+
+namespace qxplatform
+{
+
+namespace
+{
+
+// By this the layer knows its own streams among all that callers pass.
+constexpr IID kGlobalStreamId = {0x0B8E6E3D, 0x7A51, 0x4C0C, {0x9D, 0x5B, 0x5E, 0x1F, 0x63, 0xC8, 0x20, 0x77}};
+
+// What the bytes hold that a growth brings.
+enum class Fill
+{
+    None,
+    Zero
+};
+
+// The block with the size that its streams give it. The size is the block's own as well, so that a caller who takes
+// the memory over finds in GlobalSize what was written.
+class SharedBlock
+{
+public:
+    SharedBlock(HGLOBAL memory, bool freeIt) : _memory(memory), _size(GlobalSize(memory)), _freeIt(freeIt) {}
+    ~SharedBlock()
+    {
+        if (_freeIt)
+            GlobalFree(_memory);
+    }
+    SharedBlock(const SharedBlock&) = delete;
+    SharedBlock& operator=(const SharedBlock&) = delete;
+
+    // Held by a stream for the span of each operation: streams on one block may be used by several threads.
+    std::mutex& Mutex() { return _mutex; }
+
+    HGLOBAL Memory() const { return _memory; }
+    uint64_t Size() const { return _size; }
+
+    // The block is the caller's too and may have been made smaller behind our back.
+    size_t Read(uint64_t position, void* buffer, size_t count) const
+    {
+        const uint64_t size = SizeInMemory();
+        if (position >= size || count == 0)
+            return 0;
+        const size_t available = static_cast<size_t>(size - position);
+        const size_t copied = count < available ? count : available;
+        const auto data = static_cast<const char*>(GlobalLock(_memory));
+        if (data == nullptr)
+            return 0;
+        std::memcpy(buffer, data + position, copied);
+        GlobalUnlock(_memory);
+        return copied;
+    }
+
+    bool Write(uint64_t position, const void* buffer, size_t count)
+    {
+        if (count > std::numeric_limits<uint64_t>::max() - position)
+            return false;
+        const uint64_t end = position + count;
+        const uint64_t size = SizeInMemory();
+        const Fill fill = position > size ? Fill::Zero : Fill::None; // a gap, or all of it comes from the buffer
+        if (end > size && !Resize(end > _size ? end : _size, fill))
+            return false;
+        const auto data = static_cast<char*>(GlobalLock(_memory));
+        if (data == nullptr)
+            return false;
+        std::memcpy(data + position, buffer, count);
+        GlobalUnlock(_memory);
+        return true;
+    }
+
+    bool Resize(uint64_t size, Fill fill)
+    {
+        // To nothing without GMEM_MOVEABLE, which would discard the block.
+        const UINT flags = (size != 0 ? GMEM_MOVEABLE : 0u) | (fill == Fill::Zero ? GMEM_ZEROINIT : 0u);
+        const HGLOBAL memory = GlobalReAlloc(_memory, size, flags);
+        if (memory == nullptr)
+            return false;
+        _memory = memory;
+        _size = size;
+        return true;
+    }
+
+private:
+    uint64_t SizeInMemory() const
+    {
+        const uint64_t inMemory = GlobalSize(_memory);
+        return inMemory < _size ? inMemory : _size;
+    }
+
+    std::mutex _mutex;
+    HGLOBAL _memory;
+    uint64_t _size;
+    bool _freeIt;
+};
+
+class GlobalStream final : public IStream
+{
+public:
+    GlobalStream(std::shared_ptr<SharedBlock> block, uint64_t position) : _block(std::move(block)), _position(position)
+    {
+    }
+
+    SharedBlock& Block() { return *_block; }
+
+    HRESULT QueryInterface(REFIID riid, void** object) override
+    {
+        if (object == nullptr)
+            return E_POINTER;
+        if (riid == IID_IUnknown || riid == IID_ISequentialStream || riid == IID_IStream)
+            *object = static_cast<IStream*>(this);
+        else if (riid == kGlobalStreamId)
+            *object = this;
+        else
+        {
+            *object = nullptr;
+            return E_NOINTERFACE;
+        }
+        AddRef();
+        return S_OK;
+    }
+
+    ULONG AddRef() override { return _references.Add(); }
+
+    ULONG Release() override
+    {
+        const ULONG references = _references.Drop();
+        if (references == 0)
+            delete this;
+        return references;
+    }
+
+    HRESULT Read(void* buffer, ULONG count, ULONG* read) override
+    {
+        if (read != nullptr)
+            *read = 0;
+        if (buffer == nullptr)
+            return STG_E_INVALIDPOINTER;
+        std::lock_guard lock(_block->Mutex());
+        const size_t done = _block->Read(_position, buffer, count);
+        _position += done;
+        if (read != nullptr)
+            *read = static_cast<ULONG>(done);
+        return S_OK; // also with fewer bytes, and with none at the end
+    }
+
+    HRESULT Write(const void* buffer, ULONG count, ULONG* written) override
+    {
+        if (written != nullptr)
+            *written = 0;
+        if (buffer == nullptr)
+            return STG_E_INVALIDPOINTER;
+        if (count == 0)
+            return S_OK;
+        std::lock_guard lock(_block->Mutex());
+        if (!_block->Write(_position, buffer, count))
+            return STG_E_MEDIUMFULL;
+        _position += count;
+        if (written != nullptr)
+            *written = count;
+        return S_OK;
+    }
+
+    HRESULT Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* position) override
+    {
+        std::lock_guard lock(_block->Mutex());
+        HRESULT result = S_OK;
+        uint64_t target = 0;
+        if (origin > STREAM_SEEK_END)
+            result = STG_E_SEEKERROR;
+        else
+        {
+            const uint64_t start = origin == STREAM_SEEK_SET   ? 0
+                                   : origin == STREAM_SEEK_CUR ? _position
+                                                               : _block->Size();
+            // No position before the start, and none that a caller couldn't reach again with a signed number.
+            if (__builtin_add_overflow(start, move.QuadPart, &target) || target > INT64_MAX)
+                result = STG_E_SEEKERROR;
+            else
+                _position = target;
+        }
+        if (position != nullptr)
+            position->QuadPart = _position;
+        return result;
+    }
+
+    HRESULT SetSize(ULARGE_INTEGER size) override
+    {
+        std::lock_guard lock(_block->Mutex());
+        return _block->Resize(size.QuadPart, Fill::Zero) ? S_OK : STG_E_MEDIUMFULL;
+    }
+
+    HRESULT CopyTo(IStream* target, ULARGE_INTEGER count, ULARGE_INTEGER* read, ULARGE_INTEGER* written) override
+    {
+        uint64_t totalRead = 0, totalWritten = 0;
+        const HRESULT result =
+            target != nullptr ? Copy(*target, count.QuadPart, totalRead, totalWritten) : STG_E_INVALIDPOINTER;
+        if (read != nullptr)
+            read->QuadPart = totalRead;
+        if (written != nullptr)
+            written->QuadPart = totalWritten;
+        return result;
+    }
+
+    // All is in memory at once: nothing is kept back, and nothing can be taken back.
+    HRESULT Commit(DWORD) override { return S_OK; }
+    HRESULT Revert() override { return S_OK; }
+
+    HRESULT LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return STG_E_INVALIDFUNCTION; }
+    HRESULT UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return STG_E_INVALIDFUNCTION; }
+
+    HRESULT Stat(STATSTG* status, DWORD) override
+    {
+        if (status == nullptr)
+            return STG_E_INVALIDPOINTER;
+        std::lock_guard lock(_block->Mutex());
+        *status = {}; // no name
+        status->type = STGTY_STREAM;
+        status->cbSize.QuadPart = _block->Size();
+        return S_OK;
+    }
+
+    HRESULT Clone(IStream** clone) override
+    {
+        if (clone == nullptr)
+            return STG_E_INVALIDPOINTER;
+        std::lock_guard lock(_block->Mutex());
+        *clone = new (std::nothrow) GlobalStream(_block, _position);
+        return *clone != nullptr ? S_OK : E_OUTOFMEMORY;
+    }
+
+private:
+    ~GlobalStream() = default;
+
+    HRESULT Copy(IStream& target, uint64_t count, uint64_t& totalRead, uint64_t& totalWritten)
+    {
+        constexpr ULONG kChunk = 0x10000;
+        const std::unique_ptr<char[]> chunk(new (std::nothrow) char[kChunk]);
+        if (chunk == nullptr)
+            return E_OUTOFMEMORY;
+        // What the target appends isn't copied again if it stands on the same block.
+        uint64_t remaining = RemainingBytes();
+        remaining = count < remaining ? count : remaining;
+        while (remaining != 0)
+        {
+            ULONG read = 0;
+            Read(chunk.get(), remaining < kChunk ? static_cast<ULONG>(remaining) : kChunk, &read);
+            if (read == 0)
+                break;
+            totalRead += read;
+            remaining -= read;
+            // Called without the lock: the target may stand on the same block.
+            ULONG written = 0;
+            const HRESULT result = target.Write(chunk.get(), read, &written);
+            totalWritten += written;
+            if (FAILED(result))
+                return result;
+            if (written != read)
+                return STG_E_MEDIUMFULL;
+        }
+        return S_OK;
+    }
+
+    uint64_t RemainingBytes()
+    {
+        std::lock_guard lock(_block->Mutex());
+        return _block->Size() > _position ? _block->Size() - _position : 0;
+    }
+
+    ReferenceCount _references;
+    std::shared_ptr<SharedBlock> _block;
+    uint64_t _position;
+};
+
+HRESULT CreateStream(HGLOBAL memory, bool freeIt, IStream** stream)
+try
+{
+    *stream = new GlobalStream(std::make_shared<SharedBlock>(memory, freeIt), 0);
+    return S_OK;
+}
+catch (const std::bad_alloc&)
+{
+    return E_OUTOFMEMORY;
+}
+
+} // namespace
+
+} // namespace qxplatform
+
+HRESULT WINAPI CreateStreamOnHGlobal(HGLOBAL memory, BOOL deleteOnRelease, LPSTREAM* stream)
+{
+    if (stream == nullptr)
+        return E_INVALIDARG;
+    *stream = nullptr;
+    if (memory != nullptr)
+    {
+        if (GlobalFlags(memory) == GMEM_INVALID_HANDLE)
+            return E_INVALIDARG;
+        return qxplatform::CreateStream(memory, deleteOnRelease != FALSE, stream);
+    }
+    const HGLOBAL fresh = GlobalAlloc(GMEM_MOVEABLE | GMEM_NODISCARD, 0);
+    if (fresh == nullptr)
+        return E_OUTOFMEMORY;
+    const HRESULT result = qxplatform::CreateStream(fresh, deleteOnRelease != FALSE, stream);
+    if (FAILED(result))
+        GlobalFree(fresh);
+    return result;
+}
+
+HRESULT WINAPI GetHGlobalFromStream(LPSTREAM stream, HGLOBAL* memory)
+{
+    if (stream == nullptr || memory == nullptr)
+        return E_INVALIDARG;
+    void* object = nullptr;
+    if (FAILED(stream->QueryInterface(qxplatform::kGlobalStreamId, &object)) || object == nullptr)
+        return E_INVALIDARG;
+    const auto own = static_cast<qxplatform::GlobalStream*>(object);
+    {
+        std::lock_guard lock(own->Block().Mutex());
+        *memory = own->Block().Memory();
+    }
+    own->Release();
+    return S_OK;
+}
