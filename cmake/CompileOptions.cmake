@@ -11,6 +11,8 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}")
+# Installed programs and libraries find each other wherever the tree is put.
+set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 
 # How characters are compiled: 16 bits on both targets. Apart from the warnings, because
 # third-party code that is built here (GoogleTest) needs this and not those.

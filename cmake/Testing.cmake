@@ -28,5 +28,8 @@ function(qx_add_test)
     if(ARG_DEPENDS)
         add_dependencies(${ARG_NAME} ${ARG_DEPENDS})
     endif()
-    gtest_discover_tests(${ARG_NAME} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 240)
+    gtest_discover_tests(${ARG_NAME} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120 PROPERTIES
+        TIMEOUT 240
+        # No test touches the settings of the one who runs it; those that change settings choose a folder of their own.
+        ENVIRONMENT "QXPLATFORM_HOME=${CMAKE_BINARY_DIR}/test-home")
 endfunction()

@@ -1,0 +1,28 @@
+# What cmake --install lays down: the library with its public headers, the program, a CMake package and a pkg-config
+# file; on linux also the layer, with its headers in a folder of their own, for callers who want streams and variants.
+
+include(CMakePackageConfigHelpers)
+
+install(TARGETS qxUT23 EXPORT qxUT23Targets)
+install(TARGETS qxut)
+install(DIRECTORY include/qxut23 DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
+
+# The way from the pkg-config files up to the prefix, so that an installed tree can be moved.
+file(RELATIVE_PATH QXUT_PREFIX_FROM_PC "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+set(packages qxut23)
+
+if(NOT WIN32)
+    install(TARGETS qxplatform qxcrt EXPORT qxUT23Targets)
+    install(DIRECTORY platform/include/ DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/qxplatform" FILES_MATCHING PATTERN "*.h")
+    list(APPEND packages qxplatform)
+endif()
+
+foreach(package IN LISTS packages)
+    configure_file("cmake/${package}.pc.in" "${CMAKE_BINARY_DIR}/${package}.pc" @ONLY)
+    install(FILES "${CMAKE_BINARY_DIR}/${package}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+endforeach()
+
+set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/qxUT23")
+install(EXPORT qxUT23Targets NAMESPACE qxUT23:: DESTINATION "${package_folder}" FILE qxUT23Config.cmake)
+write_basic_package_version_file("${CMAKE_BINARY_DIR}/qxUT23ConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
+install(FILES "${CMAKE_BINARY_DIR}/qxUT23ConfigVersion.cmake" DESTINATION "${package_folder}")
