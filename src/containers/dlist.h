@@ -51,9 +51,9 @@ public:
 
     WCValDListIter() = default;
 
-    WCValDListIter(const WCValDListIter<std::remove_const_t<T>>& other) requires std::is_const_v<T> : _link(other._link)
-    {
-    }
+    // From the form that may change the elements; a template, so that it takes nothing from the copy constructor.
+    template <std::same_as<std::remove_const_t<T>> Other>
+    requires std::is_const_v<T> WCValDListIter(const WCValDListIter<Other>& other) : _link(other._link) {}
 
     T& operator*() const { return static_cast<Node*>(_link)->value; }
     T* operator->() const { return std::addressof(**this); }

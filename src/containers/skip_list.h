@@ -53,7 +53,8 @@ class WCSkipListBase
 
         Iterator() = default;
         explicit Iterator(Node* node) : _node(node) {}
-        Iterator(const Iterator<Entry>& other) requires std::is_const_v<E> : _node(other._node) {}
+        template <std::same_as<Entry> Other>
+        requires std::is_const_v<E> Iterator(const Iterator<Other>& other) : _node(other._node) {}
 
         explicit operator bool() const { return _node != nullptr; }
         E& operator*() const { return _node->entry; }

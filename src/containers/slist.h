@@ -53,8 +53,11 @@ public:
     requires std::is_const_v<T>
     explicit WCValSListIter(const WCValSList<Element, Memory>& list) : WCValSListIter(list.begin()) {}
 
-    WCValSListIter(const WCValSListIter<Element>& other) requires std::is_const_v<T> : _last(other._last),
-                                                                                       _node(other._node)
+    // From the form that may change the elements; a template, so that it takes nothing from the copy constructor.
+    template <std::same_as<Element> Other>
+    requires std::is_const_v<T> WCValSListIter(const WCValSListIter<Other>& other)
+        : _last(other._last),
+          _node(other._node)
     {
     }
 
