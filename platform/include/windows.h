@@ -16,6 +16,7 @@
 #include <sysinfoapi.h>
 #include <timeapi.h>
 #include <winbase.h>
+#include <wingdi.h>
 #include <winerror.h>
 #include <winnls.h>
 #include <winnt.h>

@@ -1,0 +1,13 @@
+// Character sets of fonts.
+#pragma once
+
+#define ANSI_CHARSET 0
+#define SHIFTJIS_CHARSET 128
+#define HANGUL_CHARSET 129
+#define GB2312_CHARSET 134
+#define CHINESEBIG5_CHARSET 136
+#define GREEK_CHARSET 161
+#define HEBREW_CHARSET 177
+#define ARABIC_CHARSET 178
+#define RUSSIAN_CHARSET 204
+#define THAI_CHARSET 222
