@@ -1,0 +1,335 @@
+#include "files/file.h"
+
+#include "core/debug_line.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <new>
+
+namespace qx
+{
+
+namespace
+{
+
+constexpr uint32_t kLargestCall = std::numeric_limits<uint32_t>::max();
+
+} // namespace
+
+clsFile::clsFile(const String& name, FileAccess access, FileDisposition disposition, FileShare share, uint32_t flags)
+{
+    Open(name, access, disposition, share, flags);
+}
+
+clsFile::clsFile(IStream* stream)
+{
+    AttachStream(stream);
+}
+
+clsFile::clsFile(HANDLE handle) : _handle(handle, true), _ownsHandle(true) {}
+
+clsFile::~clsFile()
+{
+    if (IsOpen() && !_locks.IsEmpty())
+    {
+        DebugLine(L"portions of the file '%s' are still locked. they will be unlocked automatically...", LogName());
+        while (const scFileLock* lock = _locks.First())
+        {
+            Unlock(lock);
+        }
+    }
+    Close();
+}
+
+int clsFile::AttachStream(IStream* stream)
+{
+    const clsAutoRelease<IStream*> held(stream); // the same stream may be open now
+    Close();
+    _name.Empty();
+    _stream = held;
+    _flags = 0;
+    _errorKind = FileError::None;
+    if (!_stream)
+    {
+        return -1;
+    }
+    Seek(0);
+    return 0;
+}
+
+void clsFile::Close()
+{
+    const bool deleteIt = (_flags & kFileDeleteOnClose) != 0 && !_name.IsEmpty();
+    if (_handle.IsValid())
+    {
+        if (_ownsHandle)
+        {
+            _handle.Release();
+        }
+        else
+        {
+            _handle.Detach();
+        }
+        if (deleteIt)
+        {
+            DeleteFileW(_name.Text());
+        }
+    }
+    _stream.Release();
+    if (_storage)
+    {
+        if (deleteIt)
+        {
+            _storage->DestroyElement(_name.Text());
+        }
+        _storage.Release();
+    }
+    _ownsHandle = false;
+}
+
+bool clsFile::IsOpen() const
+{
+    return _handle.IsValid() || _storage || _stream;
+}
+
+const wchar_t* clsFile::LogName() const
+{
+    return _stream ? L"(Stream)" : _name.Text();
+}
+
+int64_t clsFile::GetSize()
+{
+    if (_handle.IsValid())
+    {
+        LARGE_INTEGER size = {};
+        return GetFileSizeEx(_handle.Get(), &size) ? size.QuadPart : -1;
+    }
+    if (_stream)
+    {
+        STATSTG record = {};
+        return SUCCEEDED(_stream->Stat(&record, STATFLAG_NONAME)) ? static_cast<int64_t>(record.cbSize.QuadPart) : -1;
+    }
+    return -1;
+}
+
+int64_t clsFile::Seek(int64_t position)
+{
+    LARGE_INTEGER distance = {};
+    distance.QuadPart = position;
+    if (_handle.IsValid())
+    {
+        LARGE_INTEGER reached = {};
+        return SetFilePointerEx(_handle.Get(), distance, &reached, FILE_BEGIN) ? reached.QuadPart : 0;
+    }
+    if (_stream)
+    {
+        ULARGE_INTEGER reached = {};
+        const HRESULT result = _stream->Seek(distance, STREAM_SEEK_SET, &reached);
+        return SUCCEEDED(result) ? static_cast<int32_t>(reached.LowPart) : -1;
+    }
+    return -1;
+}
+
+int64_t clsFile::Tell()
+{
+    if (_handle.IsValid())
+    {
+        SetLastError(NO_ERROR);
+        const DWORD position = SetFilePointer(_handle.Get(), 0, nullptr, FILE_CURRENT);
+        return position == INVALID_SET_FILE_POINTER && GetLastError() != NO_ERROR ? -1 : int64_t{position};
+    }
+    return Position();
+}
+
+int64_t clsFile::HandlePosition() const
+{
+    LARGE_INTEGER position = {};
+    return SetFilePointerEx(_handle.Get(), LARGE_INTEGER{}, &position, FILE_CURRENT) ? position.QuadPart : -1;
+}
+
+int64_t clsFile::Position()
+{
+    if (_handle.IsValid())
+    {
+        return HandlePosition();
+    }
+    ULARGE_INTEGER position = {};
+    if (_stream && SUCCEEDED(_stream->Seek(LARGE_INTEGER{}, STREAM_SEEK_CUR, &position)))
+    {
+        return static_cast<int64_t>(position.QuadPart);
+    }
+    return -1;
+}
+
+bool clsFile::MoveHandle(int64_t distance, DWORD origin)
+{
+    LARGE_INTEGER move = {};
+    move.QuadPart = distance;
+    return SetFilePointerEx(_handle.Get(), move, nullptr, origin) != FALSE;
+}
+
+uint32_t clsFile::Read(void* buffer, uint32_t count)
+{
+    if (_handle.IsValid())
+    {
+        DWORD read = 0;
+        return ReadFile(_handle.Get(), buffer, count, &read, nullptr) ? read : 0;
+    }
+    if (_stream)
+    {
+        ULONG read = 0;
+        return SUCCEEDED(_stream->Read(buffer, count, &read)) ? read : 0;
+    }
+    return 0;
+}
+
+int64_t clsFile::Write(const void* buffer, uint64_t count, int64_t position)
+{
+    if (!_handle.IsValid() && !_stream)
+    {
+        return -1;
+    }
+    if (position != kCurrentPosition)
+    {
+        Seek(position);
+    }
+
+    const auto* bytes = static_cast<const uint8_t*>(buffer);
+    uint64_t total = 0;
+    while (total < count)
+    {
+        const auto part = static_cast<uint32_t>(std::min<uint64_t>(count - total, kLargestCall));
+        if (!(_handle.IsValid() ? WriteToHandle(bytes, part) : WriteToStream(bytes, part)))
+        {
+            break;
+        }
+        bytes += part;
+        total += part;
+    }
+    return static_cast<int64_t>(total);
+}
+
+bool clsFile::WriteToHandle(const uint8_t* bytes, uint32_t count)
+{
+    DWORD written = 0;
+    SetLastError(NO_ERROR);
+    WriteFile(_handle.Get(), bytes, count, &written, nullptr);
+    if (written == count)
+    {
+        return true;
+    }
+    LogWriteFailure(written, count, GetLastError());
+    return false;
+}
+
+bool clsFile::WriteToStream(const uint8_t* bytes, uint32_t count)
+{
+    ULONG written = 0;
+    const HRESULT result = _stream->Write(bytes, count, &written);
+    if (SUCCEEDED(result) && written == count)
+    {
+        return true;
+    }
+    LogWriteFailure(written, count, static_cast<DWORD>(result));
+    return false;
+}
+
+void clsFile::LogWriteFailure(uint32_t written, uint32_t wanted, DWORD error)
+{
+    DebugLine(L"clsFile(%s)::Write(): write failure... %d/%d (%s)", LogName(), written, wanted,
+        String::SystemErrorText(error).Text());
+}
+
+int64_t clsFile::WriteBytes(const char* text, size_t length)
+{
+    return Write(text, length == kToTerminator ? strlen(text) : length);
+}
+
+int64_t clsFile::WriteChars(const wchar_t* text, size_t length)
+{
+    const size_t characters = length == kToTerminator ? wcslen(text) : length;
+    const int64_t written = Write(text, uint64_t{characters} * sizeof(wchar_t));
+    return written > 0 ? written / static_cast<int64_t>(sizeof(wchar_t)) : written;
+}
+
+void clsFile::SetEOF()
+{
+    if (_handle.IsValid())
+    {
+        if (!SetEndOfFile(_handle.Get()))
+        {
+            DebugLine(L"ERR: SetEOF() failed!");
+        }
+    }
+    else if (_stream)
+    {
+        const int64_t position = Position();
+        ULARGE_INTEGER size = {};
+        size.QuadPart = static_cast<ULONGLONG>(position);
+        if (position < 0 || FAILED(_stream->SetSize(size)))
+        {
+            DebugLine(L"ERR: Stream->SetEOF(%I64d) failed!", position);
+        }
+    }
+}
+
+UTFType clsFile::GetUTFType()
+{
+    const int64_t size = GetSize();
+    if (size < 2)
+    {
+        return UTFType::Unknown;
+    }
+    if (Tell() != 0)
+    {
+        DebugLine(L"clsFile::GetUTFType(): file not at BOF!");
+    }
+    else
+    {
+        uint8_t head[3] = {};
+        const uint32_t count = Read(head, size == 2 ? 2 : 3);
+        const scByteOrderMark mark = FindByteOrderMark(head, count);
+        Seek(mark.length);
+        if (mark.type != UTFType::Unknown)
+        {
+            return mark.type;
+        }
+        if (const UTFType guess = GuessByZeroByte(head, count); guess != UTFType::Unknown)
+        {
+            return guess;
+        }
+    }
+    return GuessUTFType(static_cast<uint32_t>(size));
+}
+
+// Short texts tell too little to guess from. `count` has the low 32 bits of the size, which is what one read takes.
+UTFType clsFile::GuessUTFType(uint32_t count)
+{
+    constexpr uint32_t kShortest = 201;
+    if (count < kShortest)
+    {
+        return UTFType::Unknown;
+    }
+    const std::unique_ptr<uint8_t[]> bytes(new (std::nothrow) uint8_t[size_t{count} + 1]);
+    if (bytes == nullptr || Read(bytes.get(), count) != count)
+    {
+        return UTFType::Unknown;
+    }
+    bytes[count] = 0;
+    const UTFType type = GuessByContent(bytes.get(), count);
+    Seek(0);
+    return type;
+}
+
+clsFileRWTempStream::clsFileRWTempStream(IStream* stream)
+{
+    AttachStream(stream);
+    if (stream != nullptr)
+    {
+        stream->Release();
+    }
+}
+
+} // namespace qx

@@ -1,0 +1,114 @@
+#include "files/file.h"
+
+#include "core/debug_line.h"
+#include "files/global_lock.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace qx
+{
+
+namespace
+{
+
+constexpr int64_t kLargestBuffer = 0x6400000;
+
+// The largest buffer that can be had, from `size` on down by halves; none if not even a byte can be had.
+std::unique_ptr<clsGlobalLock> AllocateBuffer(int64_t& size)
+{
+    for (; size > 0; size /= 2)
+    {
+        auto buffer = std::make_unique<clsGlobalLock>(GMEM_MOVEABLE | GMEM_ZEROINIT, static_cast<size_t>(size));
+        if (buffer->IsLocked())
+        {
+            return buffer;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+void clsFile::Reserve(int64_t count)
+{
+    const int64_t position = Position();
+    if (position < 0)
+    {
+        return;
+    }
+    if (_handle.IsValid())
+    {
+        if (MoveHandle(count, FILE_CURRENT))
+        {
+            SetEOF();
+        }
+    }
+    else
+    {
+        ULARGE_INTEGER size = {};
+        size.QuadPart = static_cast<ULONGLONG>(position + count);
+        if (FAILED(_stream->SetSize(size)))
+        {
+            DebugLine(L"ERR: Stream->SetSize(%I64d+%I64d) failed!", position, count);
+        }
+        if (Position() == position)
+        {
+            return;
+        }
+        DebugLine(L"WRN: need to correct Outlook stream implementation error, cross your fingers to proceed");
+    }
+    Seek(position);
+}
+
+// Nothing is written before there is a buffer, so a copy that gets no memory leaves this object as it was.
+bool clsFile::CopyFrom(clsFile& source)
+{
+    const int64_t size = source.GetSize();
+    if (!source.IsOpen() || size == 0)
+    {
+        SetEOF();
+        return true;
+    }
+    const int64_t position = source.Position();
+    if (size < 0 || position < 0)
+    {
+        return false;
+    }
+    const int64_t remaining = std::max<int64_t>(size - position, 0);
+    if (remaining == 0)
+    {
+        Reserve(0);
+        return true;
+    }
+
+    int64_t bufferSize = std::min(remaining, kLargestBuffer);
+    const std::unique_ptr<clsGlobalLock> buffer = AllocateBuffer(bufferSize);
+    if (buffer == nullptr)
+    {
+        return false;
+    }
+    Reserve(remaining);
+    if (!CopyBytes(source, buffer->Get(), bufferSize, remaining))
+    {
+        return false;
+    }
+    SetEOF();
+    return true;
+}
+
+bool clsFile::CopyBytes(clsFile& source, void* buffer, int64_t bufferSize, int64_t count)
+{
+    while (count > 0)
+    {
+        const auto part = static_cast<uint32_t>(std::min(bufferSize, count));
+        if (source.Read(buffer, part) != part || Write(buffer, part) != part)
+        {
+            return false;
+        }
+        count -= part;
+    }
+    return true;
+}
+
+} // namespace qx

@@ -1,0 +1,60 @@
+// The frame of a stream operation in the debug output.
+#pragma once
+
+#include "core/debug_line.h"
+#include "core/developer_run.h"
+#include "core/string.h"
+
+#include <windows.h>
+
+namespace qx
+{
+
+// Writes a line as the operation begins, and one with its result as it ends: in developers' runs, and as long as
+// someone listens. Costs two tests otherwise.
+class clsTraceFrame
+{
+public:
+    template <class... Arguments>
+    explicit clsTraceFrame(const wchar_t* format, Arguments... arguments)
+        : _active(IsDebugLineActive() && UtilIsDeveloperRun())
+    {
+        if (_active)
+        {
+            String text;
+            text.Format(format, arguments...);
+            DebugLineIndent(1, L">%s", text.Text());
+        }
+    }
+    clsTraceFrame(const clsTraceFrame&) = delete;
+    clsTraceFrame& operator=(const clsTraceFrame&) = delete;
+    ~clsTraceFrame()
+    {
+        if (_active)
+            WriteEnd();
+    }
+
+    // Both give the result back, for the return statement.
+    HRESULT End(HRESULT result)
+    {
+        _result = result;
+        return result;
+    }
+
+    template <class... Arguments>
+    HRESULT End(HRESULT result, const wchar_t* noteFormat, Arguments... arguments)
+    {
+        if (_active)
+            _note.Format(noteFormat, arguments...);
+        return End(result);
+    }
+
+private:
+    void WriteEnd();
+
+    bool _active;
+    HRESULT _result = S_OK;
+    String _note;
+};
+
+} // namespace qx
