@@ -399,6 +399,8 @@ std::vector<Similar> SimilarCharacters(BestFit bestFit)
         return similar;
     AddRows(COMMON, similar);
     AddBases(COMMON_BASES, similar);
+    if (bestFit == BestFit::LatinOne)
+        std::erase_if(similar, [](const Similar& row) { return row.unit > 0xff; });
     if (bestFit == BestFit::Latin)
     {
         AddRows(LATIN, similar);

@@ -9,6 +9,7 @@ namespace qxplatform
 enum class BestFit
 {
     AsConverter, // only what ICU's tables of the page tell
+    LatinOne,    // the part of Common below U+0100
     Common,
     Latin
 };

@@ -37,7 +37,7 @@ constexpr TablePageSource TABLE_PAGES[] = {
     {865, "ibm-865_P100-1995", BestFit::Latin},
     {866, "ibm-866_P100-1995", BestFit::Common},
     {874, "windows-874-2000", BestFit::AsConverter, 0xf8c1},
-    {932, "ibm-943_P15A-2003", BestFit::AsConverter, 0xf8f0},
+    {932, "ibm-943_P15A-2003", BestFit::LatinOne, 0xf8f0},
     {936, "windows-936-2000", BestFit::AsConverter, 0xf8f5},
     {949, "windows-949-2000", BestFit::AsConverter, 0xf8f7},
     {950, "windows-950-2000", BestFit::AsConverter, 0xf8f8},
