@@ -75,6 +75,20 @@ static inline __attribute__((always_inline)) wchar_t* wmemmove(
     return (wchar_t*)__builtin_memmove(target, source, count * sizeof(wchar_t));
 }
 
+// The formatter of wide text in the Microsoft dialect: `%s` and `%c` are wide, `%hs`, `%S`, `%C` narrow; `l` means 32
+// bits, `ll` and `I64` 64. A text that is longer than `size` is cut and gives -1; a terminator is only written where
+// there is room.
+int _vsnwprintf(wchar_t* target, size_t size, const wchar_t* format, va_list arguments) QXCRT(_vsnwprintf);
+int _snwprintf(wchar_t* target, size_t size, const wchar_t* format, ...) QXCRT(_snwprintf);
+// These always terminate. A text longer than `count`, or with _TRUNCATE longer than `size` - 1, is cut and gives -1;
+// one that is longer than `size` - 1 but not than `count` gives the empty text, -1 and the error ERANGE.
+int _vsnwprintf_s(wchar_t* target, size_t size, size_t count, const wchar_t* format, va_list arguments)
+    QXCRT(_vsnwprintf_s);
+int _snwprintf_s(wchar_t* target, size_t size, size_t count, const wchar_t* format, ...) QXCRT(_snwprintf_s);
+// The length that the text would have.
+int _vscwprintf(const wchar_t* format, va_list arguments) QXCRT(_vscwprintf);
+int _scwprintf(const wchar_t* format, ...) QXCRT(_scwprintf);
+
 QXCRT_END
 
 // In C++ the result is as constant as the text that was searched; the standard library's headers ask for it by this

@@ -1,0 +1,62 @@
+// The target of the formatter: takes what fits and counts all of it.
+#pragma once
+
+#include <wchar.h>
+
+#include <cstddef>
+#include <string_view>
+
+namespace qxplatform
+{
+
+class BoundedText
+{
+public:
+    BoundedText(wchar_t* target, size_t capacity) : _target(target), _capacity(capacity) {}
+
+    // The length that the whole text has, whether it fitted or not.
+    size_t Length() const { return _length; }
+    bool Fits() const { return _length <= _capacity; }
+
+    void Append(wchar_t c)
+    {
+        if (_length < _capacity)
+            _target[_length] = c;
+        ++_length;
+    }
+
+    void Append(std::wstring_view text)
+    {
+        wmemcpy(_target + Position(), text.data(), Room(text.size()));
+        _length += text.size();
+    }
+
+    // Each byte as the character of the same value, as in the "C" locale.
+    void Append(std::string_view bytes)
+    {
+        wchar_t* position = _target + Position();
+        for (const char byte : bytes.substr(0, Room(bytes.size())))
+            *position++ = static_cast<unsigned char>(byte);
+        _length += bytes.size();
+    }
+
+    void Fill(wchar_t c, size_t count)
+    {
+        wmemset(_target + Position(), c, Room(count));
+        _length += count;
+    }
+
+private:
+    size_t Position() const { return Fits() ? _length : _capacity; }
+    size_t Room(size_t wanted) const
+    {
+        const size_t left = _capacity - Position();
+        return wanted < left ? wanted : left;
+    }
+
+    wchar_t* _target;
+    size_t _capacity;
+    size_t _length = 0;
+};
+
+} // namespace qxplatform

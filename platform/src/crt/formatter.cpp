@@ -1,0 +1,141 @@
+#include "formatter.h"
+
+#include "number_text.h"
+
+#include <cstring>
+#include <limits>
+#include <string_view>
+
+namespace qxplatform
+{
+
+namespace
+{
+
+int64_t NextSigned(Arguments& arguments, ArgumentSize size)
+{
+    if (size == ArgumentSize::Bits64)
+        return arguments.Next<long long>();
+    const int value = arguments.Next<int>();
+    return size == ArgumentSize::Short ? static_cast<short>(value) : value;
+}
+
+uint64_t NextUnsigned(Arguments& arguments, ArgumentSize size)
+{
+    if (size == ArgumentSize::Bits64)
+        return arguments.Next<unsigned long long>();
+    const unsigned value = arguments.Next<unsigned>();
+    return size == ArgumentSize::Short ? static_cast<unsigned short>(value) : value;
+}
+
+// Text is wide unless the conversion or its size says otherwise; the letter in upper case turns what is the default.
+bool IsNarrow(const Conversion& conversion)
+{
+    if (conversion.size == ArgumentSize::Short)
+        return true;
+    const bool otherWidth = conversion.letter == L'S' || conversion.letter == L'C';
+    return otherWidth && conversion.size == ArgumentSize::Default;
+}
+
+template <class View>
+void AppendText(BoundedText& target, const Conversion& conversion, View text)
+{
+    const size_t fill = conversion.width > text.size() ? conversion.width - text.size() : 0;
+    if (!conversion.left)
+        target.Fill(conversion.zero ? L'0' : L' ', fill);
+    target.Append(text);
+    if (conversion.left)
+        target.Fill(L' ', fill);
+}
+
+void AppendString(BoundedText& target, const Conversion& conversion, Arguments& arguments)
+{
+    // A text with a precision need not be terminated.
+    const size_t limit = conversion.precision.value_or(std::numeric_limits<int>::max());
+    if (IsNarrow(conversion))
+    {
+        const char* text = arguments.Next<const char*>();
+        text = text ? text : "(null)";
+        AppendText(target, conversion, std::string_view(text, strnlen(text, limit)));
+    }
+    else
+    {
+        const wchar_t* text = arguments.Next<const wchar_t*>();
+        text = text ? text : L"(null)";
+        AppendText(target, conversion, std::wstring_view(text, wcsnlen(text, limit)));
+    }
+}
+
+void AppendCharacter(BoundedText& target, const Conversion& conversion, Arguments& arguments)
+{
+    const int argument = arguments.Next<int>();
+    const wchar_t c = IsNarrow(conversion) ? static_cast<unsigned char>(argument) : static_cast<wchar_t>(argument);
+    const size_t length = conversion.precision && *conversion.precision == 0 ? 0 : 1;
+    AppendText(target, conversion, std::wstring_view(&c, length));
+}
+
+void StoreCount(const BoundedText& target, const Conversion& conversion, Arguments& arguments)
+{
+    if (conversion.size == ArgumentSize::Short)
+        *arguments.Next<short*>() = static_cast<short>(target.Length());
+    else if (conversion.size == ArgumentSize::Bits64)
+        *arguments.Next<long long*>() = static_cast<long long>(target.Length());
+    else
+        *arguments.Next<int*>() = static_cast<int>(target.Length());
+}
+
+void AppendConversion(BoundedText& target, const Conversion& conversion, Arguments& arguments)
+{
+    switch (conversion.letter)
+    {
+    case L'd':
+    case L'i':
+        return AppendSigned(target, conversion, NextSigned(arguments, conversion.size));
+    case L'o':
+    case L'u':
+    case L'x':
+    case L'X':
+        return AppendUnsigned(target, conversion, NextUnsigned(arguments, conversion.size));
+    case L'p':
+        return AppendPointer(target, conversion, arguments.Next<const void*>());
+    case L's':
+    case L'S':
+        return AppendString(target, conversion, arguments);
+    case L'c':
+    case L'C':
+        return AppendCharacter(target, conversion, arguments);
+    case L'a':
+    case L'A':
+    case L'e':
+    case L'E':
+    case L'f':
+    case L'g':
+    case L'G':
+        return AppendFloat(target, conversion, arguments.Next<double>());
+    case L'n':
+        return StoreCount(target, conversion, arguments);
+    case 0:
+        return;
+    default:
+        target.Append(conversion.letter);
+    }
+}
+
+} // namespace
+
+void Format(BoundedText& target, const wchar_t* format, Arguments& arguments)
+{
+    for (;;)
+    {
+        const wchar_t* literal = format;
+        while (*format != 0 && *format != L'%')
+            ++format;
+        target.Append(std::wstring_view(literal, static_cast<size_t>(format - literal)));
+        if (*format == 0)
+            return;
+        ++format;
+        AppendConversion(target, ReadConversion(format, arguments), arguments);
+    }
+}
+
+} // namespace qxplatform

@@ -1,0 +1,34 @@
+// Numbers as the formatter writes them.
+#pragma once
+
+#include "bounded_text.h"
+#include "conversion.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace qxplatform
+{
+
+// A number's characters in the order in which they are written. A field is filled with blanks around them, or with
+// zeros behind the prefix.
+struct NumberText
+{
+    std::string_view prefix; // sign and base
+    size_t leadingZeros = 0;
+    std::string_view digits;
+    size_t trailingZeros = 0;
+    std::string_view suffix; // exponent
+};
+
+void AppendNumber(BoundedText& target, const Conversion& conversion, const NumberText& number);
+
+void AppendSigned(BoundedText& target, const Conversion& conversion, int64_t value);
+void AppendUnsigned(BoundedText& target, const Conversion& conversion, uint64_t value);
+void AppendPointer(BoundedText& target, const Conversion& conversion, const void* pointer);
+void AppendFloat(BoundedText& target, const Conversion& conversion, double value);
+
+// The sign of a signed number as the flags ask for it, or nothing.
+std::string_view SignText(const Conversion& conversion, bool negative);
+
+} // namespace qxplatform
