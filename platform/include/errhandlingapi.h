@@ -1,11 +1,18 @@
-// Last error, error mode, debugger break.
+// Last error, error mode.
 #pragma once
 
 #include <minwindef.h>
 
 EXTERN_C_START
 
+#define SEM_FAILCRITICALERRORS 0x0001
+#define SEM_NOGPFAULTERRORBOX 0x0002
+#define SEM_NOALIGNMENTFAULTEXCEPT 0x0004
+#define SEM_NOOPENFILEERRORBOX 0x8000
+
 QXPLATFORM_API DWORD WINAPI GetLastError(void);
 QXPLATFORM_API void WINAPI SetLastError(DWORD dwErrCode);
+QXPLATFORM_API UINT WINAPI GetErrorMode(void);
+QXPLATFORM_API UINT WINAPI SetErrorMode(UINT uMode);
 
 EXTERN_C_END

@@ -1,7 +1,24 @@
-// Critical sections, waits, sleep; interlocked operations.
+// Critical sections, waits, sleep.
 #pragma once
 
 #include <minwindef.h>
+#include <winnt.h>
 
 EXTERN_C_START
+
+#define INFINITE 0xFFFFFFFF
+
+typedef RTL_CRITICAL_SECTION CRITICAL_SECTION, *PCRITICAL_SECTION, *LPCRITICAL_SECTION;
+
+QXPLATFORM_API void WINAPI InitializeCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
+QXPLATFORM_API BOOL WINAPI InitializeCriticalSectionAndSpinCount(
+    LPCRITICAL_SECTION lpCriticalSection, DWORD dwSpinCount);
+QXPLATFORM_API void WINAPI EnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
+QXPLATFORM_API BOOL WINAPI TryEnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
+QXPLATFORM_API void WINAPI LeaveCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
+QXPLATFORM_API void WINAPI DeleteCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
+
+QXPLATFORM_API void WINAPI Sleep(DWORD dwMilliseconds);
+QXPLATFORM_API DWORD WINAPI SleepEx(DWORD dwMilliseconds, BOOL bAlertable);
+
 EXTERN_C_END

@@ -3,6 +3,7 @@
 
 #include <wchar.h>
 
+#include <debugapi.h>
 #include <errhandlingapi.h>
 #include <fileapi.h>
 #include <guiddef.h>
@@ -11,13 +12,15 @@
 #include <minwindef.h>
 #include <processenv.h>
 #include <processthreadsapi.h>
+#include <profileapi.h>
 #include <stringapiset.h>
 #include <synchapi.h>
 #include <sysinfoapi.h>
 #include <timeapi.h>
+#include <timezoneapi.h>
 #include <winbase.h>
-#include <wingdi.h>
 #include <winerror.h>
+#include <wingdi.h>
 #include <winnls.h>
 #include <winnt.h>
 #include <winreg.h>

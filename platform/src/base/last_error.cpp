@@ -1,6 +1,14 @@
 #include <errhandlingapi.h>
 
-static thread_local DWORD lastError = 0;
+#include <atomic>
+
+namespace
+{
+
+thread_local DWORD lastError = 0;
+std::atomic<UINT> errorMode = 0;
+
+} // namespace
 
 DWORD WINAPI GetLastError(void)
 {
@@ -10,4 +18,15 @@ DWORD WINAPI GetLastError(void)
 void WINAPI SetLastError(DWORD dwErrCode)
 {
     lastError = dwErrCode;
+}
+
+// The layer shows no boxes of its own, so the mode is only kept for the callers that put it back.
+UINT WINAPI GetErrorMode(void)
+{
+    return errorMode;
+}
+
+UINT WINAPI SetErrorMode(UINT uMode)
+{
+    return errorMode.exchange(uMode);
 }

@@ -1,0 +1,130 @@
+#include "base/environment.h"
+
+#include <processenv.h>
+
+#include "base/fail.h"
+#include "base/text.h"
+
+#include <cstdlib>
+#include <mutex>
+#include <optional>
+#include <shared_mutex>
+
+extern "C" char** environ;
+
+namespace qxplatform
+{
+namespace
+{
+
+// The variables are those of the C library, so that other libraries of the process see the same ones. The lock keeps
+// the layer's own calls apart; a setenv elsewhere at the same time is as wrong as it always is.
+std::shared_mutex& Lock()
+{
+    static std::shared_mutex* const lock = new std::shared_mutex;
+    return *lock;
+}
+
+struct Variable
+{
+    std::string_view name;
+    std::string_view value;
+};
+
+Variable Split(std::string_view entry)
+{
+    const size_t equals = entry.find('=', 1);
+    if (equals == entry.npos)
+        return {entry, {}};
+    return {entry.substr(0, equals), entry.substr(equals + 1)};
+}
+
+// Names are compared without case, but the one with the same case goes first: Linux knows http_proxy beside HTTP_PROXY.
+std::optional<Variable> Find(std::u16string_view name)
+{
+    const std::string exact = ToBytes(name);
+    std::optional<Variable> found;
+    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry)
+    {
+        const Variable variable = Split(*entry);
+        if (variable.name == exact)
+            return variable;
+        if (!found && variable.name.size() == exact.size() && EqualWithoutCase(ToWide(variable.name), name))
+            found = variable;
+    }
+    return found;
+}
+
+std::optional<std::u16string> ValueOf(std::u16string_view name)
+{
+    const std::shared_lock guard(Lock());
+    const std::optional<Variable> variable = Find(name);
+    if (!variable)
+        return std::nullopt;
+    return ToWide(variable->value);
+}
+
+// Replaces each %name% of a known variable; the percent signs of other text stay.
+std::u16string Expand(std::u16string_view text)
+{
+    std::u16string result;
+    while (!text.empty())
+    {
+        const size_t end = text[0] == u'%' ? text.find(u'%', 1) : text.npos;
+        const std::optional<std::u16string> value = end == text.npos ? std::nullopt : ValueOf(text.substr(1, end - 1));
+        // What was no variable may still end with the percent sign that begins the next one.
+        const size_t taken = value ? end + 1 : std::min(end, text.find(u'%', 1));
+        result += value ? *value : text.substr(0, taken);
+        text.remove_prefix(std::min(taken, text.size()));
+    }
+    return result;
+}
+
+} // namespace
+
+std::string EnvironmentValue(std::string_view name)
+{
+    const std::shared_lock guard(Lock());
+    const char* const value = std::getenv(std::string(name).c_str());
+    return value == nullptr ? std::string() : value;
+}
+
+} // namespace qxplatform
+
+using namespace qxplatform;
+
+DWORD WINAPI GetEnvironmentVariableW(LPCWSTR lpName, LPWSTR lpBuffer, DWORD nSize)
+{
+    if (lpName == nullptr)
+        return Fail(ERROR_ENVVAR_NOT_FOUND);
+    const std::optional<std::u16string> value = ValueOf(View(lpName));
+    if (!value)
+        return Fail(ERROR_ENVVAR_NOT_FOUND);
+    // An empty value gives 0 too: this tells it from a missing one.
+    SetLastError(ERROR_SUCCESS);
+    return CopyOut(*value, lpBuffer, nSize);
+}
+
+BOOL WINAPI SetEnvironmentVariableW(LPCWSTR lpName, LPCWSTR lpValue)
+{
+    if (lpName == nullptr || *lpName == 0 || View(lpName).find(u'=') != std::u16string_view::npos)
+        return Fail(ERROR_INVALID_PARAMETER);
+    const std::unique_lock guard(Lock());
+    const std::optional<Variable> present = Find(View(lpName));
+    const std::string name = present ? std::string(present->name) : ToBytes(View(lpName));
+    if (lpValue == nullptr)
+    {
+        unsetenv(name.c_str());
+        return present ? TRUE : Fail(ERROR_ENVVAR_NOT_FOUND);
+    }
+    return setenv(name.c_str(), ToBytes(View(lpValue)).c_str(), 1) == 0 || FailErrno();
+}
+
+DWORD WINAPI ExpandEnvironmentStringsW(LPCWSTR lpSrc, LPWSTR lpDst, DWORD nSize)
+{
+    const std::u16string text = Expand(View(lpSrc));
+    const DWORD needed = static_cast<DWORD>(text.size()) + 1;
+    if (lpDst != nullptr && nSize >= needed)
+        CopyOut(text, lpDst, nSize);
+    return needed;
+}

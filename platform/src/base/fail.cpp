@@ -1,0 +1,86 @@
+#include "base/fail.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+
+namespace qxplatform
+{
+namespace
+{
+
+struct Pair
+{
+    int code;
+    DWORD error;
+};
+
+constexpr Pair pairs[] = {
+    {0, ERROR_SUCCESS},
+    {EPERM, ERROR_ACCESS_DENIED},
+    {ENOENT, ERROR_FILE_NOT_FOUND},
+    {ESRCH, ERROR_INVALID_PARAMETER},
+    {EINTR, ERROR_OPERATION_ABORTED},
+    {EIO, ERROR_IO_DEVICE},
+    {ENXIO, ERROR_FILE_NOT_FOUND},
+    {E2BIG, ERROR_FILENAME_EXCED_RANGE},
+    {ENOEXEC, ERROR_BAD_EXE_FORMAT},
+    {EBADF, ERROR_INVALID_HANDLE},
+    {ECHILD, ERROR_WAIT_NO_CHILDREN},
+    {EAGAIN, ERROR_NO_SYSTEM_RESOURCES},
+    {ENOMEM, ERROR_NOT_ENOUGH_MEMORY},
+    {EACCES, ERROR_ACCESS_DENIED},
+    {EFAULT, ERROR_NOACCESS},
+    {EBUSY, ERROR_BUSY},
+    {EEXIST, ERROR_ALREADY_EXISTS},
+    {EXDEV, ERROR_NOT_SAME_DEVICE},
+    {ENODEV, ERROR_DEV_NOT_EXIST},
+    {ENOTDIR, ERROR_PATH_NOT_FOUND},
+    {EISDIR, ERROR_ACCESS_DENIED},
+    {EINVAL, ERROR_INVALID_PARAMETER},
+    {ENFILE, ERROR_TOO_MANY_OPEN_FILES},
+    {EMFILE, ERROR_TOO_MANY_OPEN_FILES},
+    // A program that runs can't be written.
+    {ETXTBSY, ERROR_SHARING_VIOLATION},
+    {EFBIG, ERROR_FILE_TOO_LARGE},
+    {ENOSPC, ERROR_DISK_FULL},
+    {EDQUOT, ERROR_DISK_FULL},
+    {ESPIPE, ERROR_SEEK_ON_DEVICE},
+    {EROFS, ERROR_WRITE_PROTECT},
+    {EMLINK, ERROR_TOO_MANY_LINKS},
+    {EPIPE, ERROR_NO_DATA},
+    {EDEADLK, ERROR_POSSIBLE_DEADLOCK},
+    {ENAMETOOLONG, ERROR_FILENAME_EXCED_RANGE},
+    {ENOLCK, ERROR_NO_SYSTEM_RESOURCES},
+    {ENOSYS, ERROR_CALL_NOT_IMPLEMENTED},
+    {ENOTEMPTY, ERROR_DIR_NOT_EMPTY},
+    {ELOOP, ERROR_CANT_RESOLVE_FILENAME},
+    {EOVERFLOW, ERROR_ARITHMETIC_OVERFLOW},
+    {EILSEQ, ERROR_NO_UNICODE_TRANSLATION},
+    {EOPNOTSUPP, ERROR_NOT_SUPPORTED},
+    {ETIMEDOUT, ERROR_SEM_TIMEOUT},
+    // A mounted share whose server doesn't answer.
+    {EHOSTDOWN, ERROR_BAD_NETPATH},
+    {EHOSTUNREACH, ERROR_BAD_NETPATH},
+    {ENETUNREACH, ERROR_BAD_NETPATH},
+    {ENETDOWN, ERROR_BAD_NETPATH},
+    {ECONNREFUSED, ERROR_CONNECTION_REFUSED},
+    {ESTALE, ERROR_FILE_INVALID},
+    {ECANCELED, ERROR_OPERATION_ABORTED},
+};
+
+} // namespace
+
+DWORD ErrorFromErrno(int code)
+{
+    const Pair* const found =
+        std::find_if(std::begin(pairs), std::end(pairs), [code](const Pair& pair) { return pair.code == code; });
+    return found == std::end(pairs) ? DWORD{ERROR_GEN_FAILURE} : found->error;
+}
+
+BOOL FailErrno()
+{
+    return Fail(ErrorFromErrno(errno));
+}
+
+} // namespace qxplatform

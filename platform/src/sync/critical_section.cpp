@@ -1,0 +1,126 @@
+#include <processthreadsapi.h>
+#include <synchapi.h>
+
+#include "sync/futex.h"
+
+#include <atomic>
+
+using namespace qxplatform;
+
+namespace
+{
+
+constexpr LONG isFree = 0;
+constexpr LONG isHeld = 1;
+constexpr LONG hasWaiters = 2;
+
+std::atomic_ref<LONG> LockWord(LPCRITICAL_SECTION section)
+{
+    return std::atomic_ref<LONG>(section->LockCount);
+}
+
+HANDLE ThisThread()
+{
+    return reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(GetCurrentThreadId()));
+}
+
+std::atomic_ref<HANDLE> Owner(LPCRITICAL_SECTION section)
+{
+    return std::atomic_ref<HANDLE>(section->OwningThread);
+}
+
+bool TakeFree(LPCRITICAL_SECTION section)
+{
+    LONG expected = isFree;
+    return LockWord(section).compare_exchange_strong(
+        expected, isHeld, std::memory_order_acquire, std::memory_order_relaxed);
+}
+
+void PauseProcessor()
+{
+#if defined(__x86_64__)
+    __builtin_ia32_pause();
+#endif
+}
+
+bool SpinForFree(LPCRITICAL_SECTION section)
+{
+    for (ULONG_PTR round = 0; round < section->SpinCount; ++round)
+    {
+        if (LockWord(section).load(std::memory_order_relaxed) == isFree && TakeFree(section))
+            return true;
+        PauseProcessor();
+    }
+    return false;
+}
+
+// Whoever takes the section here marks it as waited for, since it can't know of others that wait beside it.
+void WaitForFree(LPCRITICAL_SECTION section)
+{
+    while (LockWord(section).exchange(hasWaiters, std::memory_order_acquire) != isFree)
+        FutexWait(&section->LockCount, hasWaiters);
+}
+
+bool EnterAgain(LPCRITICAL_SECTION section)
+{
+    if (Owner(section).load(std::memory_order_relaxed) != ThisThread())
+        return false;
+    ++section->RecursionCount;
+    return true;
+}
+
+void BecomeOwner(LPCRITICAL_SECTION section)
+{
+    Owner(section).store(ThisThread(), std::memory_order_relaxed);
+    section->RecursionCount = 1;
+}
+
+} // namespace
+
+void WINAPI InitializeCriticalSection(LPCRITICAL_SECTION lpCriticalSection)
+{
+    *lpCriticalSection = CRITICAL_SECTION{};
+}
+
+BOOL WINAPI InitializeCriticalSectionAndSpinCount(LPCRITICAL_SECTION lpCriticalSection, DWORD dwSpinCount)
+{
+    *lpCriticalSection = CRITICAL_SECTION{};
+    // The high byte holds flags.
+    lpCriticalSection->SpinCount = dwSpinCount & 0x00FFFFFF;
+    return TRUE;
+}
+
+void WINAPI EnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection)
+{
+    if (EnterAgain(lpCriticalSection))
+        return;
+    if (!TakeFree(lpCriticalSection) && !SpinForFree(lpCriticalSection))
+        WaitForFree(lpCriticalSection);
+    BecomeOwner(lpCriticalSection);
+}
+
+BOOL WINAPI TryEnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection)
+{
+    if (EnterAgain(lpCriticalSection))
+        return TRUE;
+    if (!TakeFree(lpCriticalSection))
+        return FALSE;
+    BecomeOwner(lpCriticalSection);
+    return TRUE;
+}
+
+void WINAPI LeaveCriticalSection(LPCRITICAL_SECTION lpCriticalSection)
+{
+    if (--lpCriticalSection->RecursionCount > 0)
+        return;
+    Owner(lpCriticalSection).store(nullptr, std::memory_order_relaxed);
+    LONG* const word = &lpCriticalSection->LockCount;
+    // From here on the section may be gone: another thread may have entered, left and deleted it.
+    if (std::atomic_ref<LONG>(*word).exchange(isFree, std::memory_order_release) == hasWaiters)
+        FutexWakeOne(word);
+}
+
+void WINAPI DeleteCriticalSection(LPCRITICAL_SECTION lpCriticalSection)
+{
+    *lpCriticalSection = CRITICAL_SECTION{};
+}

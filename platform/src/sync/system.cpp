@@ -1,0 +1,90 @@
+#include <debugapi.h>
+#include <sysinfoapi.h>
+
+#include "base/environment.h"
+#include "base/fail.h"
+#include "base/text.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <string>
+
+#include <unistd.h>
+
+using namespace qxplatform;
+
+namespace
+{
+
+// The layer behaves as Windows 10, 22H2, and says so.
+constexpr DWORD majorVersion = 10;
+constexpr DWORD minorVersion = 0;
+constexpr DWORD buildNumber = 19045;
+
+} // namespace
+
+DWORD WINAPI GetVersion(void)
+{
+    return buildNumber << 16 | minorVersion << 8 | majorVersion;
+}
+
+BOOL WINAPI GetVersionExW(LPOSVERSIONINFOW lpVersionInformation)
+{
+    const DWORD size = lpVersionInformation->dwOSVersionInfoSize;
+    if (size != sizeof(OSVERSIONINFOW) && size != sizeof(OSVERSIONINFOEXW))
+        return Fail(ERROR_INSUFFICIENT_BUFFER);
+    OSVERSIONINFOEXW info{};
+    info.dwOSVersionInfoSize = size;
+    info.dwMajorVersion = majorVersion;
+    info.dwMinorVersion = minorVersion;
+    info.dwBuildNumber = buildNumber;
+    info.dwPlatformId = VER_PLATFORM_WIN32_NT;
+    info.wProductType = VER_NT_WORKSTATION;
+    std::memcpy(lpVersionInformation, &info, size);
+    return TRUE;
+}
+
+void WINAPI GetSystemInfo(LPSYSTEM_INFO lpSystemInfo)
+{
+    const long processors = sysconf(_SC_NPROCESSORS_ONLN);
+    SYSTEM_INFO info{};
+#if defined(__aarch64__)
+    info.wProcessorArchitecture = PROCESSOR_ARCHITECTURE_ARM64;
+#else
+    info.wProcessorArchitecture = PROCESSOR_ARCHITECTURE_AMD64;
+#endif
+    info.dwPageSize = static_cast<DWORD>(sysconf(_SC_PAGESIZE));
+    info.lpMinimumApplicationAddress = reinterpret_cast<LPVOID>(0x10000);
+    info.lpMaximumApplicationAddress = reinterpret_cast<LPVOID>(0x7FFFFFFEFFFF);
+    info.dwNumberOfProcessors = processors < 1 ? 1 : static_cast<DWORD>(processors);
+    info.dwActiveProcessorMask =
+        info.dwNumberOfProcessors >= 64 ? ~DWORD_PTR{0} : (DWORD_PTR{1} << info.dwNumberOfProcessors) - 1;
+    info.dwAllocationGranularity = 0x10000;
+    *lpSystemInfo = info;
+}
+
+BOOL WINAPI IsDebuggerPresent(void)
+{
+    constexpr std::string_view label = "TracerPid:";
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.compare(0, label.size(), label) == 0)
+            return line.find_first_of("123456789", label.size()) != line.npos;
+    return FALSE;
+}
+
+void WINAPI DebugBreak(void)
+{
+    raise(SIGTRAP);
+}
+
+// A debugger on Linux doesn't listen for these texts; they go to the standard error output of a process that asks for
+// them with QXPLATFORM_DEBUGSTRINGS.
+void WINAPI OutputDebugStringW(LPCWSTR lpOutputString)
+{
+    static const bool isWanted = !EnvironmentValue("QXPLATFORM_DEBUGSTRINGS").empty();
+    if (isWanted && lpOutputString != nullptr)
+        std::fputs(ToBytes(View(lpOutputString)).c_str(), stderr);
+}

@@ -1,0 +1,90 @@
+#include <profileapi.h>
+#include <synchapi.h>
+#include <sysinfoapi.h>
+#include <timeapi.h>
+
+#include <cerrno>
+#include <ctime>
+
+#include <sched.h>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr LONGLONG counterFrequency = 10'000'000; // as on the system
+constexpr long nanosecondsPerTick = 1'000'000'000 / counterFrequency;
+
+timespec Now(clockid_t clock)
+{
+    timespec time{};
+    clock_gettime(clock, &time);
+    return time;
+}
+
+} // namespace
+
+// Counts the time that the machine slept too.
+ULONGLONG WINAPI GetTickCount64(void)
+{
+    const timespec time = Now(CLOCK_BOOTTIME);
+    return static_cast<ULONGLONG>(time.tv_sec) * 1000 + static_cast<ULONGLONG>(time.tv_nsec / 1'000'000);
+}
+
+DWORD WINAPI GetTickCount(void)
+{
+    return static_cast<DWORD>(GetTickCount64());
+}
+
+BOOL WINAPI QueryPerformanceCounter(LARGE_INTEGER* lpPerformanceCount)
+{
+    const timespec time = Now(CLOCK_MONOTONIC);
+    lpPerformanceCount->QuadPart = time.tv_sec * counterFrequency + time.tv_nsec / nanosecondsPerTick;
+    return TRUE;
+}
+
+BOOL WINAPI QueryPerformanceFrequency(LARGE_INTEGER* lpFrequency)
+{
+    lpFrequency->QuadPart = counterFrequency;
+    return TRUE;
+}
+
+void WINAPI Sleep(DWORD dwMilliseconds)
+{
+    if (dwMilliseconds == 0)
+    {
+        sched_yield();
+        return;
+    }
+    while (dwMilliseconds == INFINITE)
+        pause();
+    timespec end = Now(CLOCK_MONOTONIC);
+    end.tv_sec += dwMilliseconds / 1000;
+    end.tv_nsec += static_cast<long>(dwMilliseconds % 1000) * 1'000'000;
+    if (end.tv_nsec >= 1'000'000'000)
+    {
+        end.tv_nsec -= 1'000'000'000;
+        ++end.tv_sec;
+    }
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr) == EINTR)
+    {
+    }
+}
+
+// Nothing queues calls to a thread here, so that an alertable sleep is never cut short.
+DWORD WINAPI SleepEx(DWORD dwMilliseconds, BOOL)
+{
+    Sleep(dwMilliseconds);
+    return 0;
+}
+
+// Sleeps are as exact as asked here, whatever the period.
+MMRESULT WINAPI timeBeginPeriod(UINT uPeriod)
+{
+    return uPeriod == 0 ? TIMERR_NOCANDO : TIMERR_NOERROR;
+}
+
+MMRESULT WINAPI timeEndPeriod(UINT uPeriod)
+{
+    return uPeriod == 0 ? TIMERR_NOCANDO : TIMERR_NOERROR;
+}
