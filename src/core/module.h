@@ -22,6 +22,9 @@ inline unsigned DefaultCodePage()
 // The system's version: major number in the high byte, minor in the low one.
 unsigned short SystemVersion();
 
+// The language of the user interface, by which texts are compared and resources chosen. Asked for until it isn't 0.
+unsigned short InterfaceLanguage();
+
 // The module handle of the library, for its resources; null in a program that links the classes and has not said
 // otherwise.
 HMODULE LibraryHandle();

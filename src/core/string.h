@@ -11,6 +11,8 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <string_view>
 #include <utility>
 
 namespace qx
@@ -41,10 +43,13 @@ public:
         if (_record)
             _record->AddUser();
     }
-    String(String&& other) noexcept : _codePage(other._codePage) { TakeFields(other); }
+    String(String&& other) noexcept { TakeFields(other); }
 
     // At most `count` characters of a zero-terminated text, from `start` on. Null is the empty text.
     String(const wchar_t* text, std::size_t start = 0, std::size_t count = all);
+
+    // Exactly these characters.
+    explicit String(std::wstring_view characters);
 
     // Concatenation; the code page is that of `a`.
     String(const String& a, const wchar_t* b);
@@ -87,6 +92,7 @@ public:
     bool IsEmpty() const noexcept { return _length == 0; }
     const wchar_t* Text() const noexcept { return _record ? _record->text : emptyText; }
     operator const wchar_t*() const noexcept { return Text(); }
+    std::wstring_view View() const noexcept { return {Text(), _length}; }
 
     // The character at a position, or 0 out of bounds.
     wchar_t CharAt(std::size_t i) const noexcept { return i < _length ? _record->text[i] : L'\0'; }
@@ -148,12 +154,12 @@ public:
 
     virtual bool IsCaseSensitive() const noexcept;
 
-    // -1, 0 or 1; at most `maxChars` characters count, all if it is negative, none if it is 0. The left string says
-    // whether case counts.
+    // Below 0, 0 or above 0 (-1 and 1 for whole texts with case). At most `maxChars` characters count: all if it is
+    // negative, none if it is 0. The left string says whether case counts, and null is the empty text.
     virtual int Compare(const String& other, int maxChars = -1) const;
     virtual int Compare(const wchar_t* other, int maxChars = -1) const;
 
-    // The same by the rules of the user interface language. -2 if the system can't compare.
+    // By the rules of the user interface language: -1, 0 or 1, or -2 if the system can't compare.
     virtual int CompareLocale(const String& other, int maxChars = -1) const;
 
     // Called before each change of the text.
@@ -163,8 +169,6 @@ public:
     {
         if (_record)
             StringRecord::Release(_record);
-        if (_narrow)
-            DropNarrow();
         if (guard != 0)
             ReportGuard();
     }
@@ -251,12 +255,11 @@ private:
     friend struct StringTestAccess;
 
     void AssignCharacters(const wchar_t* text, std::size_t count);
-    void SetRecord(StringRecord* record, std::size_t length) noexcept;
+    void ReplaceRecord(StringRecord* record) noexcept;
     void SetLength(std::size_t length) noexcept;
-    void GrowForAppend(std::size_t length);
     wchar_t& WritableChar(std::size_t i);
     void TakeFields(String& other) noexcept;
-    void DropNarrow() const noexcept;
+    void Changing() noexcept;
     static void ReportGuard() noexcept;
 
     static constexpr wchar_t emptyText[1] = {};
@@ -265,8 +268,8 @@ private:
     std::size_t _length = 0;
     StringRecord* _record = nullptr; // null: empty, and never held text
     std::int32_t _searchPosition = -1;
-    std::uint32_t _codePage;
-    mutable char* _narrow = nullptr;
+    std::uint32_t _codePage = 0;
+    mutable std::unique_ptr<char[]> _narrow;
 };
 
 // The same string compared without case (A to Z only): the usual key of the dictionaries.

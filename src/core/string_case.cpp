@@ -1,0 +1,104 @@
+#include "core/string.h"
+
+#include "core/debug_line.h"
+
+#include <windows.h>
+
+#include <wchar.h>
+
+#include <climits>
+#include <memory>
+
+namespace qx
+{
+
+namespace
+{
+
+constexpr std::size_t stackCharacters = 200;
+
+bool RegistryEnablesMapStringEx()
+{
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"software\\trelmo\\", 0, KEY_READ, &key) != ERROR_SUCCESS)
+        return false;
+    wchar_t value[16] = {};
+    DWORD bytes = sizeof(value) - sizeof(wchar_t);
+    // A longer value can't be read with ERROR_SUCCESS, and then isn't the switch that it should be.
+    const LSTATUS status =
+        RegQueryValueExW(key, L"EnableMapStringEx", nullptr, nullptr, reinterpret_cast<BYTE*>(value), &bytes);
+    RegCloseKey(key);
+    return status == ERROR_SUCCESS && value[0] == L'T';
+}
+
+bool DecideForMapStringEx()
+{
+    return SystemVersion() >= 0x0601 || RegistryEnablesMapStringEx();
+}
+
+// The invariant locale has a function of its own on newer systems, which maps by the invariant rules instead of by
+// those of a language.
+int MapString(
+    unsigned locale, unsigned flags, const wchar_t* source, int sourceLength, wchar_t* target, int targetLength)
+{
+    if (locale == LOCALE_INVARIANT && SystemVersion() >= 0x0600)
+    {
+        static const bool useEx = DecideForMapStringEx();
+        if (useEx)
+            return LCMapStringEx(L"", flags, source, sourceLength, target, targetLength, nullptr, nullptr, 0);
+    }
+    return LCMapStringW(locale, flags, source, sourceLength, target, targetLength);
+}
+
+} // namespace
+
+void String::LCMapString(unsigned flags, unsigned locale)
+{
+    if (IsEmpty())
+        return;
+    const int sourceLength = _length < INT_MAX ? static_cast<int>(_length) + 1 : 0; // the terminator is mapped too
+    int result = MapString(locale, flags, Text(), sourceLength, nullptr, 0);
+    if (result > 0)
+    {
+        const auto size = static_cast<std::size_t>(result);
+        wchar_t stack[stackCharacters];
+        std::unique_ptr<wchar_t[]> heap;
+        wchar_t* target = stack;
+        if (size > stackCharacters)
+        {
+            heap = std::make_unique_for_overwrite<wchar_t[]>(size);
+            target = heap.get();
+        }
+        result = MapString(locale, flags, Text(), sourceLength, target, result);
+        if (result > 0)
+        {
+            AssignCharacters(target, wcsnlen(target, size));
+            return;
+        }
+    }
+    const unsigned error = GetLastError();
+    DebugLine(
+        L"ERR: String::LCMapString[Ex](0x%x) failed: %d/%d/%d : %s! (Even if SUCCEEDED is returned, the result is "
+        L"garbage)",
+        locale, result, sourceLength, static_cast<int>(wcslen(Text())),
+        SystemErrorText(error, LANG_USER_DEFAULT).Text());
+}
+
+void String::MakeUpper()
+{
+    LCMapString(LCMAP_LINGUISTIC_CASING | LCMAP_UPPERCASE, LOCALE_USER_DEFAULT);
+}
+
+void String::MakeLower()
+{
+    LCMapString(LCMAP_LINGUISTIC_CASING | LCMAP_LOWERCASE, LOCALE_USER_DEFAULT);
+}
+
+String String::Upper() const
+{
+    String upper(*this);
+    upper.MakeUpper();
+    return upper;
+}
+
+} // namespace qx

@@ -1,0 +1,19 @@
+#pragma once
+
+namespace qx
+{
+
+// By code unit, unsigned: -1, 0 or 1. The texts are zero-terminated.
+int CompareUnits(const wchar_t* a, const wchar_t* b);
+
+enum class CompareOrder
+{
+    ordinal,
+    byLocale // of the user interface language
+};
+
+// The comparison of String. Null and empty are the same and come before everything else. At most `maxChars` characters
+// count: all if it is negative, none if it is 0.
+int CompareText(const wchar_t* a, const wchar_t* b, int maxChars, CompareOrder order, bool caseSensitive);
+
+} // namespace qx

@@ -1,0 +1,320 @@
+#include "containers/dlist.h"
+#include "containers/slist.h"
+#include "containers/stack.h"
+#include "containers/vector.h"
+
+#include "counted.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <iterator>
+#include <memory>
+#include <random>
+#include <vector>
+
+using namespace qx;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+static_assert(std::forward_iterator<WCValSList<int>::iterator>);
+static_assert(std::forward_iterator<WCValSList<int>::const_iterator>);
+static_assert(std::bidirectional_iterator<WCValDList<int>::iterator>);
+
+namespace
+{
+
+template <class List>
+std::vector<int> Values(const List& list)
+{
+    std::vector<int> values;
+    list.ForEach([&](const Counted& element) { values.push_back(element.Value()); });
+    EXPECT_EQ(values.size(), list.Count());
+    return values;
+}
+
+// What both lists promise alike.
+template <class List>
+class ListTest : public testing::Test
+{
+protected:
+    ~ListTest() override { EXPECT_EQ(Counted::living, 0); }
+};
+
+using Lists = testing::Types<WCValSList<Counted>, WCValDList<Counted>>;
+TYPED_TEST_SUITE(ListTest, Lists);
+
+TYPED_TEST(ListTest, KeepsOrderAndDuplicates)
+{
+    TypeParam list;
+    EXPECT_THAT(Values(list), IsEmpty());
+    list.Append(2);
+    list.InsertHead(1);
+    list.Append(2);
+    EXPECT_THAT(Values(list), ElementsAre(1, 2, 2));
+    EXPECT_EQ(list.First()->Value(), 1);
+    EXPECT_EQ(list.Last()->Value(), 2);
+    EXPECT_EQ(list.IndexOf(2), 1);
+    EXPECT_EQ(list.IndexOf(3), -1);
+    EXPECT_TRUE(list.Contains(1));
+}
+
+TYPED_TEST(ListTest, IndexesAreClipped)
+{
+    struct Case
+    {
+        std::ptrdiff_t index;
+        int taken;
+        std::vector<int> left;
+    };
+    const Case cases[] = {
+        {-5, 0, {1, 2, 3, 4}},
+        {0, 0, {1, 2, 3, 4}},
+        {1, 1, {0, 2, 3, 4}},
+        {3, 3, {0, 1, 2, 4}},
+        {4, 4, {0, 1, 2, 3}},
+        {99, 4, {0, 1, 2, 3}},
+    };
+    for (const Case& c : cases)
+    {
+        TypeParam list{0, 1, 2, 3, 4};
+        EXPECT_EQ(list.At(c.index)->Value(), c.taken);
+        EXPECT_EQ(list.TakeAt(c.index)->Value(), c.taken) << c.index;
+        EXPECT_EQ(Values(list), c.left) << c.index;
+        list.Append(9); // the new last element must be in its place
+        EXPECT_EQ(list.Last()->Value(), 9);
+    }
+    TypeParam empty;
+    EXPECT_EQ(empty.At(0), nullptr);
+    EXPECT_FALSE(empty.TakeAt(0).has_value());
+}
+
+TYPED_TEST(ListTest, RemovesFirstEqualOrAllThatAPredicateNames)
+{
+    TypeParam list{1, 2, 3, 2, 1};
+    EXPECT_TRUE(list.Remove(2));
+    EXPECT_THAT(Values(list), ElementsAre(1, 3, 2, 1));
+    EXPECT_FALSE(list.Remove(7));
+    EXPECT_EQ(list.RemoveIf([](const Counted& c) { return c.Value() == 1; }), 2u);
+    EXPECT_THAT(Values(list), ElementsAre(3, 2));
+    list.Append(4);
+    EXPECT_TRUE(list.Remove(*list.Last())); // by a reference into the list itself
+    EXPECT_EQ(list.RemoveIf([](const Counted&) { return true; }), 2u);
+    EXPECT_TRUE(list.IsEmpty());
+    list.Append(5);
+    EXPECT_THAT(Values(list), ElementsAre(5));
+}
+
+TYPED_TEST(ListTest, CopiesAreDeepAndMovesLeaveNothing)
+{
+    TypeParam source{1, 2, 3};
+    TypeParam copy(source);
+    *copy.First() = 9;
+    EXPECT_THAT(Values(source), ElementsAre(1, 2, 3));
+    TypeParam moved(std::move(source));
+    EXPECT_TRUE(source.IsEmpty());
+    source.Append(4); // a list that was moved from is a list like any other
+    EXPECT_THAT(Values(source), ElementsAre(4));
+    copy = std::move(moved);
+    EXPECT_THAT(Values(copy), ElementsAre(1, 2, 3));
+    copy.Append(4);
+    source = copy;
+    EXPECT_THAT(Values(source), ElementsAre(1, 2, 3, 4));
+    TypeParam& self = source;
+    source = self;
+    EXPECT_THAT(Values(source), ElementsAre(1, 2, 3, 4));
+    copy = TypeParam();
+    EXPECT_TRUE(copy.IsEmpty());
+}
+
+TYPED_TEST(ListTest, FailedCopyLosesNothing)
+{
+    TypeParam source{1, 2, 3};
+    TypeParam target{7};
+    {
+        FailingCopies failing(2);
+        EXPECT_THROW(target = source, std::runtime_error);
+    }
+    EXPECT_THAT(Values(target), ElementsAre(7));
+    {
+        FailingCopies failing(0);
+        EXPECT_THROW(target.Append(Counted(1)), std::runtime_error);
+        EXPECT_THROW(target.TakeAt(0), std::runtime_error);
+    }
+    EXPECT_THAT(Values(target), ElementsAre(7));
+}
+
+TYPED_TEST(ListTest, MatchesAVectorUnderRandomOperations)
+{
+    std::mt19937 random(23);
+    TypeParam list;
+    std::vector<int> model;
+    for (int step = 0; step < 5000; ++step)
+    {
+        const int value = static_cast<int>(random() % 8);
+        const auto index = static_cast<std::ptrdiff_t>(random() % (model.size() + 1));
+        switch (random() % 5)
+        {
+        case 0:
+            list.InsertHead(value);
+            model.insert(model.begin(), value);
+            break;
+        case 1:
+        case 2:
+            list.Append(value);
+            model.push_back(value);
+            break;
+        case 3:
+            if (const auto taken = list.TakeAt(index))
+            {
+                const auto at = model.begin() + std::min(index, std::ssize(model) - 1);
+                ASSERT_EQ(taken->Value(), *at);
+                model.erase(at);
+            }
+            break;
+        default:
+            ASSERT_EQ(list.RemoveIf([&](const Counted& c) { return c.Value() == value; }), std::erase(model, value));
+        }
+        ASSERT_EQ(Values(list), model);
+    }
+}
+
+TEST(SListIteratorTest, VisitsWhatIsAppendedDuringTheWalk)
+{
+    WCValSList<int> list{1, 2};
+    std::vector<int> visited;
+    for (WCValSListIter it(list); it; ++it)
+    {
+        visited.push_back(*it);
+        if (*it < 3)
+            list.Append(*it + 2);
+    }
+    EXPECT_THAT(visited, ElementsAre(1, 2, 3, 4));
+
+    const WCValSList<int>& constant = list;
+    WCValConstSListIter<int> it(constant);
+    EXPECT_EQ(*it++, 1);
+    EXPECT_EQ(*it, 2);
+    EXPECT_FALSE(WCValSListIter(WCValSList<int>() = {}));
+}
+
+TEST(DListIteratorTest, WalksBackwards)
+{
+    WCValDList<int> list{1, 2, 3};
+    std::vector<int> backwards;
+    for (auto it = list.end(); it != list.begin();)
+        backwards.push_back(*--it);
+    EXPECT_THAT(backwards, ElementsAre(3, 2, 1));
+}
+
+// A list that owns what its pointers point at and compares by what these hold.
+class OwningList : public WCPtrSList<Counted>
+{
+public:
+    ~OwningList() override { Clear(); }
+
+protected:
+    void ReleaseNode(Node* node) noexcept override
+    {
+        delete node->value;
+        WCPtrSList<Counted>::ReleaseNode(node);
+    }
+    bool AreEqual(Counted* const& a, Counted* const& b) const override { return *a == *b; }
+};
+
+TEST(SListHookTest, DerivedListReleasesItsElementsAndDecidesEquality)
+{
+    {
+        OwningList list;
+        for (int i = 0; i < 5; ++i)
+            list.Append(new Counted(i));
+        Counted three(3);
+        EXPECT_EQ(list.IndexOf(&three), 3);
+        EXPECT_TRUE(list.Remove(&three));
+        EXPECT_EQ(list.RemoveIf([](const Counted* c) { return c->Value() == 0; }), 1u);
+        const std::unique_ptr<Counted> taken(*list.TakeAt(0)); // belongs to the taker
+        EXPECT_EQ(taken->Value(), 1);
+        EXPECT_EQ(Counted::living, 4);
+    }
+    EXPECT_EQ(Counted::living, 0);
+
+    WCPtrSList<Counted> plain;
+    Counted one(1);
+    Counted other(1);
+    plain.Append(&one);
+    EXPECT_EQ(plain.IndexOf(&other), -1);
+}
+
+struct CountingMemory
+{
+    static inline int blocks = 0;
+    static void* Allocate(std::size_t bytes)
+    {
+        ++blocks;
+        return WCHeap::Allocate(bytes);
+    }
+    static void Release(void* block) noexcept
+    {
+        blocks -= block != nullptr;
+        WCHeap::Release(block);
+    }
+};
+
+TEST(SListHookTest, NodesComeFromTheListsOwnMemory)
+{
+    {
+        WCValSList<Counted, CountingMemory> list{1, 2};
+        EXPECT_EQ(CountingMemory::blocks, 2);
+        FailingCopies failing(0);
+        EXPECT_THROW(list.Append(Counted(3)), std::runtime_error);
+        EXPECT_EQ(CountingMemory::blocks, 2);
+    }
+    EXPECT_EQ(CountingMemory::blocks, 0);
+}
+
+TEST(StackTest, GivesTheNewestFirst)
+{
+    WCStack<int, WCValSList<int>> stack;
+    EXPECT_EQ(stack.Top(), nullptr);
+    EXPECT_FALSE(stack.Pop().has_value());
+    for (int i = 1; i <= 3; ++i)
+        stack.Push(i);
+    EXPECT_THAT(std::vector<int>(stack.begin(), stack.end()), ElementsAre(3, 2, 1));
+    EXPECT_EQ(*stack.Top(), 3);
+    EXPECT_EQ(stack.Pop(), 3);
+    EXPECT_EQ(stack.Count(), 2u);
+}
+
+TEST(VectorTest, ResizeKeepsTheFirstAndMakesTheRest)
+{
+    {
+        WCValVector<Counted> vector;
+        vector[2] = 5; // grows
+        EXPECT_EQ(vector.Count(), 3u);
+        EXPECT_EQ(Counted::living, 3);
+        EXPECT_EQ(vector[0].Value(), 0);
+        const Counted* before = vector.begin();
+        vector.Resize(4);
+        EXPECT_NE(vector.begin(), before);
+        EXPECT_EQ(vector[2].Value(), 5);
+        EXPECT_EQ(vector[3].Value(), 0);
+        vector.Resize(1);
+        EXPECT_EQ(Counted::living, 1);
+        EXPECT_EQ(vector.At(1), nullptr);
+        vector[0] = 8;
+        {
+            FailingCopies failing(0);
+            EXPECT_THROW(vector.Resize(10), std::runtime_error);
+        }
+        EXPECT_EQ(vector.Count(), 1u);
+        EXPECT_EQ(vector[0].Value(), 8);
+        WCValVector<Counted> moved(std::move(vector));
+        EXPECT_TRUE(vector.IsEmpty());
+        EXPECT_EQ(moved[0].Value(), 8);
+    }
+    EXPECT_EQ(Counted::living, 0);
+    WCValVector<int> numbers;
+    EXPECT_EQ(numbers[3], 0);
+}
+
+} // namespace
