@@ -89,6 +89,19 @@ int _snwprintf_s(wchar_t* target, size_t size, size_t count, const wchar_t* form
 int _vscwprintf(const wchar_t* format, va_list arguments) QXCRT(_vscwprintf);
 int _scwprintf(const wchar_t* format, ...) QXCRT(_scwprintf);
 
+// Numbers from text. `*end` is set behind the number, or to `text` if there is none.
+// The range of wcstol and wcstoul is that of 32 bits, as everywhere with the Microsoft runtime, though `long` has 64
+// here: what is greater gives 0x7fffffff or 0xffffffff and the error ERANGE, and -1 as unsigned is 0xffffffff.
+long wcstol(const wchar_t* text, wchar_t** end, int base) __THROW QXCRT(wcstol);
+unsigned long wcstoul(const wchar_t* text, wchar_t** end, int base) __THROW QXCRT(wcstoul);
+long long _wcstoi64(const wchar_t* text, wchar_t** end, int base) __THROW QXCRT(_wcstoi64);
+unsigned long long _wcstoui64(const wchar_t* text, wchar_t** end, int base) __THROW QXCRT(_wcstoui64);
+long long wcstoll(const wchar_t* text, wchar_t** end, int base) __THROW QXCRT(_wcstoi64);
+unsigned long long wcstoull(const wchar_t* text, wchar_t** end, int base) __THROW QXCRT(_wcstoui64);
+double wcstod(const wchar_t* text, wchar_t** end) __THROW QXCRT(wcstod);
+int _wtoi(const wchar_t* text) __THROW QXCRT(_wtoi);
+long long _wtoi64(const wchar_t* text) __THROW QXCRT(_wtoi64);
+
 QXCRT_END
 
 // In C++ the result is as constant as the text that was searched; the standard library's headers ask for it by this
@@ -152,11 +165,6 @@ int vswscanf(const wchar_t* text, const wchar_t* format, va_list arguments) QXCR
 int wcscoll(const wchar_t* a, const wchar_t* b) QXCRT_NO_CALLER;
 size_t wcsxfrm(wchar_t* target, const wchar_t* source, size_t size) QXCRT_NO_CALLER;
 size_t wcsftime(wchar_t* target, size_t size, const wchar_t* format, const struct tm* time) QXCRT_NO_CALLER;
-double wcstod(const wchar_t* text, wchar_t** end) QXCRT_NO_CALLER;
 float wcstof(const wchar_t* text, wchar_t** end) QXCRT_NO_CALLER;
 long double wcstold(const wchar_t* text, wchar_t** end) QXCRT_NO_CALLER;
-long wcstol(const wchar_t* text, wchar_t** end, int base) QXCRT_NO_CALLER;
-unsigned long wcstoul(const wchar_t* text, wchar_t** end, int base) QXCRT_NO_CALLER;
-long long wcstoll(const wchar_t* text, wchar_t** end, int base) QXCRT_NO_CALLER;
-unsigned long long wcstoull(const wchar_t* text, wchar_t** end, int base) QXCRT_NO_CALLER;
 QXCRT_END

@@ -1,0 +1,145 @@
+#include <errno.h>
+#include <stdlib.h>
+#include <wchar.h>
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+namespace
+{
+
+// What the layer puts between names; it reads both.
+constexpr wchar_t Separator = L'/';
+
+bool IsSeparator(wchar_t c)
+{
+    return c == L'/' || c == L'\\';
+}
+
+struct PathParts
+{
+    std::wstring_view drive, directory, name, extension;
+};
+
+PathParts Split(std::wstring_view path)
+{
+    PathParts parts;
+    if (path.size() >= 2 && path[1] == L':' && !IsSeparator(path[0]))
+    {
+        parts.drive = path.substr(0, 2);
+        path.remove_prefix(2);
+    }
+    const size_t separator = path.find_last_of(L"/\\");
+    const size_t nameStart = separator == path.npos ? 0 : separator + 1;
+    parts.directory = path.substr(0, nameStart);
+    path.remove_prefix(nameStart);
+    const size_t nameLength = std::min(path.rfind(L'.'), path.size());
+    parts.name = path.substr(0, nameLength);
+    parts.extension = path.substr(nameLength);
+    return parts;
+}
+
+// Where a part goes, if the caller wants it.
+struct PartTarget
+{
+    wchar_t* buffer;
+    size_t size;
+
+    bool IsValid() const { return (buffer == nullptr) == (size == 0); }
+    bool HasRoom(std::wstring_view part) const { return !buffer || part.size() < size; }
+    void Take(std::wstring_view part) const
+    {
+        if (buffer)
+            buffer[part.copy(buffer, part.size())] = 0;
+    }
+};
+
+// A path in the making; what doesn't fit is noted.
+class PathTarget
+{
+public:
+    PathTarget(wchar_t* buffer, size_t size) : _buffer(buffer), _size(size) {}
+
+    void Append(std::wstring_view text)
+    {
+        _fits = _fits && text.size() < _size - _length;
+        if (_fits)
+            _length += text.copy(_buffer + _length, text.size());
+    }
+    void Append(wchar_t c) { Append(std::wstring_view(&c, 1)); }
+
+    errno_t Finish()
+    {
+        _buffer[_fits ? _length : 0] = 0;
+        return _fits ? 0 : ERANGE;
+    }
+
+private:
+    wchar_t* _buffer;
+    size_t _size;
+    size_t _length = 0;
+    bool _fits = true;
+};
+
+std::wstring_view ViewOf(const wchar_t* text)
+{
+    return text ? std::wstring_view(text) : std::wstring_view();
+}
+
+errno_t Failed(errno_t error)
+{
+    errno = error;
+    return error;
+}
+
+} // namespace
+
+errno_t _wsplitpath_s(const wchar_t* path, wchar_t* drive, size_t driveSize, wchar_t* directory, size_t directorySize,
+    wchar_t* name, size_t nameSize, wchar_t* extension, size_t extensionSize) noexcept
+{
+    const PartTarget targets[] = {
+        {drive, driveSize}, {directory, directorySize}, {name, nameSize}, {extension, extensionSize}};
+    bool valid = path != nullptr;
+    for (const PartTarget& target : targets)
+        valid = valid && target.IsValid();
+    if (!valid)
+        return Failed(EINVAL);
+
+    const PathParts parts = Split(path);
+    const std::wstring_view texts[] = {parts.drive, parts.directory, parts.name, parts.extension};
+    bool fits = true;
+    for (size_t i = 0; i < std::size(targets); ++i)
+        fits = fits && targets[i].HasRoom(texts[i]);
+    for (size_t i = 0; i < std::size(targets); ++i)
+        targets[i].Take(fits ? texts[i] : std::wstring_view());
+    return fits ? 0 : Failed(ERANGE);
+}
+
+errno_t _wmakepath_s(wchar_t* path, size_t size, const wchar_t* drive, const wchar_t* directory, const wchar_t* name,
+    const wchar_t* extension) noexcept
+{
+    if (!path || size == 0)
+        return Failed(EINVAL);
+    PathTarget target(path, size);
+    if (drive && *drive)
+    {
+        target.Append(*drive);
+        target.Append(L':');
+    }
+    if (directory && *directory)
+    {
+        target.Append(ViewOf(directory));
+        if (!IsSeparator(ViewOf(directory).back()))
+            target.Append(Separator);
+    }
+    target.Append(ViewOf(name));
+    if (extension && *extension)
+    {
+        if (*extension != L'.')
+            target.Append(L'.');
+        target.Append(ViewOf(extension));
+    }
+    const errno_t result = target.Finish();
+    return result == 0 ? 0 : Failed(result);
+}

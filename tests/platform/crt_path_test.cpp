@@ -1,0 +1,134 @@
+#include <gtest/gtest.h>
+
+#include <errno.h>
+#include <stdlib.h>
+#include <wchar.h>
+
+#include <cstdint>
+
+namespace
+{
+
+#if defined(_WIN32)
+constexpr wchar_t Separator[] = L"\\";
+#else
+constexpr wchar_t Separator[] = L"/"; // paths that the layer gives out have its form
+#endif
+
+TEST(CrtPath, Splits)
+{
+    struct Case
+    {
+        const wchar_t *path, *drive, *directory, *name, *extension;
+    };
+    constexpr Case cases[] = {
+        {L"c:\\a\\b.txt", L"c:", L"\\a\\", L"b", L".txt"},
+        {L"c:/a/b.txt", L"c:", L"/a/", L"b", L".txt"},
+        {L"/a/b/c.d.e", L"", L"/a/b/", L"c.d", L".e"},
+        {L"a/b\\c", L"", L"a/b\\", L"c", L""},
+        {L"\\\\srv\\share\\f.x", L"", L"\\\\srv\\share\\", L"f", L".x"},
+        {L"a.b/c", L"", L"a.b/", L"c", L""},
+        {L"c:x", L"c:", L"", L"x", L""},
+        {L"c:", L"c:", L"", L"", L""},
+        {L"cc:x", L"", L"", L"cc:x", L""},
+        {L"ab/:c", L"", L"ab/", L":c", L""},
+        {L".ext", L"", L"", L"", L".ext"},
+        {L"a.", L"", L"", L"a", L"."},
+        {L"a/..", L"", L"a/", L".", L"."},
+        {L"/", L"", L"/", L"", L""},
+        {L"", L"", L"", L"", L""},
+    };
+    for (const Case& c : cases)
+    {
+        wchar_t drive[3], directory[256], name[256], extension[256];
+        EXPECT_EQ(_wsplitpath_s(c.path, drive, 3, directory, 256, name, 256, extension, 256), 0);
+        EXPECT_STREQ(drive, c.drive) << c.path;
+        EXPECT_STREQ(directory, c.directory) << c.path;
+        EXPECT_STREQ(name, c.name) << c.path;
+        EXPECT_STREQ(extension, c.extension) << c.path;
+    }
+}
+
+TEST(CrtPath, SplitsIntoRoomThatFits)
+{
+    struct Case
+    {
+        size_t drive, directory, name, extension;
+        int result;
+    };
+    constexpr Case cases[] = {
+        {3, 5, 3, 4, 0},
+        {2, 5, 3, 4, ERANGE},
+        {3, 4, 3, 4, ERANGE},
+        {3, 5, 2, 4, ERANGE},
+        {3, 5, 3, 3, ERANGE},
+        {0, 5, 3, 4, EINVAL},
+    };
+    for (const Case& c : cases)
+    {
+        wchar_t drive[3], directory[5], name[3], extension[4];
+        errno = 0;
+        EXPECT_EQ(_wsplitpath_s(
+                      L"c:\\ab\\cd.ef", drive, c.drive, directory, c.directory, name, c.name, extension, c.extension),
+            c.result);
+        EXPECT_EQ(errno, c.result);
+        if (c.result == EINVAL)
+            continue;
+        EXPECT_STREQ(drive, c.result == 0 ? L"c:" : L"");
+        EXPECT_STREQ(directory, c.result == 0 ? L"\\ab\\" : L"");
+        EXPECT_STREQ(name, c.result == 0 ? L"cd" : L"");
+        EXPECT_STREQ(extension, c.result == 0 ? L".ef" : L"");
+    }
+    wchar_t name[3];
+    EXPECT_EQ(_wsplitpath_s(L"c:\\ab\\cd.ef", nullptr, 0, nullptr, 0, name, 3, nullptr, 0), 0);
+    EXPECT_STREQ(name, L"cd");
+    EXPECT_EQ(_wsplitpath_s(L"c:\\ab\\cd.ef", nullptr, 3, nullptr, 0, name, 3, nullptr, 0), EINVAL);
+    EXPECT_EQ(_wsplitpath_s(nullptr, nullptr, 0, nullptr, 0, name, 3, nullptr, 0), EINVAL);
+}
+
+TEST(CrtPath, Makes)
+{
+    struct Case
+    {
+        const wchar_t *drive, *directory, *name, *extension;
+        const wchar_t* expected; // with `|` for the separator that was added
+    };
+    constexpr Case cases[] = {
+        {L"c", L"a", L"b", L"t", L"c:a|b.t"},
+        {L"c:", L"\\a\\", L"b", L".t", L"c:\\a\\b.t"},
+        {L"cde", L"x/", L"y", L"z", L"c:x/y.z"},
+        {nullptr, nullptr, L"b", nullptr, L"b"},
+        {L"", L"", L"b", L"", L"b"},
+        {nullptr, L"/", L"b", L".", L"/b."},
+        {L"c:", nullptr, L"b", nullptr, L"c:b"},
+        {nullptr, L"a", L"", L"t", L"a|.t"},
+        {nullptr, L"a", nullptr, nullptr, L"a|"},
+        {nullptr, nullptr, nullptr, nullptr, L""},
+    };
+    for (const Case& c : cases)
+    {
+        wchar_t expected[20];
+        wcscpy(expected, c.expected);
+        if (wchar_t* added = wcschr(expected, L'|'))
+            *added = Separator[0];
+        wchar_t path[20];
+        EXPECT_EQ(_wmakepath_s(path, 20, c.drive, c.directory, c.name, c.extension), 0);
+        EXPECT_STREQ(path, expected);
+        const size_t length = wcslen(expected);
+        EXPECT_EQ(_wmakepath_s(path, length + 1, c.drive, c.directory, c.name, c.extension), 0);
+        for (size_t size = 1; size <= length; ++size)
+        {
+            errno = 0;
+            path[size] = L'~';
+            EXPECT_EQ(_wmakepath_s(path, size, c.drive, c.directory, c.name, c.extension), ERANGE);
+            EXPECT_EQ(errno, ERANGE);
+            EXPECT_STREQ(path, L"");
+            EXPECT_EQ(path[size], L'~');
+        }
+    }
+    wchar_t path[2];
+    EXPECT_EQ(_wmakepath_s(path, 0, L"c", L"a", L"b", L"t"), EINVAL);
+    EXPECT_EQ(_wmakepath_s(nullptr, 2, L"c", L"a", L"b", L"t"), EINVAL);
+}
+
+} // namespace
