@@ -3,5 +3,6 @@
 #define QXUT23_QXUT23_H
 
 #include <qxut23/base.h>
+#include <qxut23/strings.h>
 
 #endif

@@ -2,6 +2,7 @@
 
 #include "core/debug_line.h"
 #include "core/developer_run.h"
+#include "core/format_estimate.h"
 #include "core/text_format.h"
 
 #include <windows.h>

@@ -1,5 +1,6 @@
 #include "core/text_compare.h"
 
+#include "core/flat_text.h"
 #include "core/module.h"
 
 #include <windows.h>
@@ -26,18 +27,6 @@ int CompareByLocale(const wchar_t* a, const wchar_t* b, int maxChars, bool caseS
 }
 
 } // namespace
-
-int CompareUnits(const wchar_t* a, const wchar_t* b)
-{
-    while (*a == *b)
-    {
-        if (*a == 0)
-            return 0;
-        ++a;
-        ++b;
-    }
-    return static_cast<unsigned short>(*a) < static_cast<unsigned short>(*b) ? -1 : 1;
-}
 
 int CompareText(const wchar_t* a, const wchar_t* b, int maxChars, CompareOrder order, bool caseSensitive)
 {

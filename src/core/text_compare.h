@@ -3,9 +3,6 @@
 namespace qx
 {
 
-// By code unit, unsigned: -1, 0 or 1. The texts are zero-terminated.
-int CompareUnits(const wchar_t* a, const wchar_t* b);
-
 enum class CompareOrder
 {
     ordinal,

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "core/debug_line.h"
+
+#include <windows.h>
+
+#include <exception>
+#include <new>
+#include <utility>
+
+namespace qx
+{
+
+// What every exported function does around its work: no exception crosses the boundary. One that would is logged, the
+// last error tells its kind, and the caller gets `failure`.
+//
+//     int UtilSomething(...) { return Guarded(-1, [&] { return Something(...); }); }
+template <class Failure, class Work>
+auto Guarded(Failure failure, Work work) noexcept -> decltype(work())
+{
+    try
+    {
+        return work();
+    }
+    catch (const std::bad_alloc&)
+    {
+        DebugLine(L"ERR: out of memory in an exported function");
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    }
+    catch (const std::exception& exception)
+    {
+        DebugLine(L"ERR: exception in an exported function: %hs", exception.what());
+        SetLastError(ERROR_INTERNAL_ERROR);
+    }
+    catch (...)
+    {
+        DebugLine(L"ERR: exception in an exported function");
+        SetLastError(ERROR_INTERNAL_ERROR);
+    }
+    return failure;
+}
+
+// For functions without a result.
+template <class Work>
+void Guarded(Work work) noexcept
+{
+    Guarded(0, [&] { return work(), 0; });
+}
+
+} // namespace qx

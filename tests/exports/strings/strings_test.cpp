@@ -1,0 +1,260 @@
+#include <qxut23/strings.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iterator>
+#include <ostream>
+
+namespace
+{
+
+// A buffer that shows what was written behind a text.
+struct Buffer
+{
+    explicit Buffer(const QXWCHAR* text)
+    {
+        std::fill(std::begin(content), std::end(content), L'#');
+        UtilStrcpy(content, text);
+    }
+    QXWCHAR content[40];
+};
+
+TEST(StringExportsTest, LengthsCountCharacters)
+{
+    EXPECT_EQ(UtilStrlen(L"\xD83D\xDE00x"), 3u);
+    EXPECT_EQ(UtilStrlen(L""), 0u);
+    EXPECT_EQ(UtilStrlen(nullptr), 0u);
+    EXPECT_EQ(UtilSafeStrlen(nullptr, L"abc"), 3u);
+    EXPECT_EQ(UtilSafeStrlen("any context", nullptr), 0u);
+}
+
+TEST(StringExportsTest, CopiesReturnTheTarget)
+{
+    Buffer buffer(L"");
+    EXPECT_EQ(UtilStrcpy(buffer.content, L"ab"), buffer.content);
+    EXPECT_EQ(UtilStrcat(buffer.content, L"cd"), buffer.content);
+    EXPECT_STREQ(buffer.content, L"abcd");
+    EXPECT_EQ(buffer.content[5], L'#');
+    UtilStrcat(buffer.content, nullptr);
+    EXPECT_STREQ(buffer.content, L"abcd");
+    UtilStrcat(buffer.content, buffer.content + 2); // overlapping
+    EXPECT_STREQ(buffer.content, L"abcdcd");
+    UtilStrcpy(buffer.content, nullptr);
+    EXPECT_STREQ(buffer.content, L"");
+    EXPECT_EQ(UtilStrcpy(nullptr, L"a"), nullptr);
+}
+
+TEST(StringExportsTest, BoundedCopyAlwaysTerminates)
+{
+    struct Case
+    {
+        size_t size;
+        const QXWCHAR* expected;
+    };
+    for (const Case& c : {Case{0, L"old"}, {1, L""}, {2, L"a"}, {6, L"abcde"}, {7, L"abcdef"}, {32, L"abcdef"}})
+    {
+        Buffer buffer(L"old");
+        EXPECT_EQ(UtilStrncpy(buffer.content, L"abcdef", c.size), buffer.content);
+        EXPECT_STREQ(buffer.content, c.expected) << c.size;
+        EXPECT_EQ(buffer.content[std::max<size_t>(UtilStrlen(c.expected) + 1, 4)], L'#') << c.size;
+    }
+}
+
+int Sign(int value)
+{
+    return (value > 0) - (value < 0);
+}
+
+TEST(StringExportsTest, ComparesByCodeUnitAndFoldsOnlyAToZ)
+{
+    struct Case
+    {
+        const QXWCHAR* a;
+        const QXWCHAR* b;
+        int ordinal;
+        int withoutCase;
+    };
+    const Case cases[] = {
+        {L"a", L"a", 0, 0},
+        {L"a", L"B", 1, -1},
+        {L"ABC", L"abd", -1, -1},
+        {L"Z", L"[", -1, 1}, // folded to lower case
+        {L"\u00E4", L"\u00C4", 1, 1},
+        {L"a", L"\uFF41", -1, -1}, // unsigned
+        {L"ab", L"abc", -1, -1},
+        {L"", L"a", -1, -1},
+        {nullptr, L"", 0, 0},
+        {nullptr, L"a", -1, -1},
+        {L"a", nullptr, 1, 1},
+    };
+    for (const Case& c : cases)
+    {
+        EXPECT_EQ(UtilStrcmp(c.a, c.b), c.ordinal);
+        EXPECT_EQ(UtilStrcmp(c.b, c.a), -c.ordinal);
+        EXPECT_EQ(Sign(UtilStrncmp(c.a, c.b, 5)), c.ordinal);
+        EXPECT_EQ(Sign(UtilStricmp(c.a, c.b)), c.withoutCase);
+        EXPECT_EQ(Sign(UtilStrnicmp(c.a, c.b, 5)), c.withoutCase);
+    }
+    EXPECT_EQ(UtilStrncmp(L"abc", L"abd", 2), 0);
+    EXPECT_EQ(UtilStrnicmp(L"abC", L"ABd", 2), 0);
+    EXPECT_EQ(UtilStrncmp(L"a", L"b", 0), 0);
+}
+
+TEST(StringExportsTest, Searches)
+{
+    const QXWCHAR* text = L"abcabc";
+    EXPECT_EQ(UtilStrchr(text, L'b'), text + 1);
+    EXPECT_EQ(UtilStrrchr(text, L'b'), text + 4);
+    EXPECT_EQ(UtilStrchr(text, 0), text + 6);
+    EXPECT_EQ(UtilStrchr(text, L'x'), nullptr);
+    EXPECT_EQ(UtilStrstr(text, L"ca"), text + 2);
+    EXPECT_EQ(UtilStrstr(text, L""), text);
+    EXPECT_EQ(UtilStrstr(text, L"abcd"), nullptr);
+    EXPECT_EQ(UtilStrchr(nullptr, L'a'), nullptr);
+    EXPECT_EQ(UtilStrrchr(nullptr, L'a'), nullptr);
+    EXPECT_EQ(UtilStrstr(nullptr, L"a"), nullptr);
+}
+
+TEST(StringExportsTest, MemoryFunctionsDoNothingForNoBytes)
+{
+    unsigned char bytes[4] = {1, 2, 3, 4};
+    EXPECT_EQ(UtilMemset(bytes, 0x1FF, 2), bytes);
+    EXPECT_EQ(bytes[1], 0xFF);
+    EXPECT_EQ(bytes[2], 3);
+    EXPECT_EQ(UtilMemcpy(bytes, bytes + 2, 2), bytes);
+    EXPECT_EQ(bytes[0], 3);
+    EXPECT_EQ(UtilMemcpy(bytes, nullptr, 0), bytes);
+    EXPECT_EQ(UtilMemset(nullptr, 1, 0), nullptr);
+    EXPECT_EQ(UtilMemcpy(nullptr, bytes, 4), nullptr);
+}
+
+TEST(StringExportsTest, TrimsBlanksOnly)
+{
+    struct Case
+    {
+        const QXWCHAR* text;
+        const QXWCHAR* left;
+        const QXWCHAR* right;
+        const QXWCHAR* both;
+    };
+    const Case cases[] = {
+        {L"  a b  ", L"a b  ", L"  a b", L"a b"},
+        {L"\t a \t", L"\t a \t", L"\t a \t", L"\t a \t"},
+        {L"   ", L"", L"", L""},
+        {L"", L"", L"", L""},
+        {L"\u00A0a\u3000", L"\u00A0a\u3000", L"\u00A0a\u3000", L"\u00A0a\u3000"},
+    };
+    for (const Case& c : cases)
+    {
+        Buffer left(c.text);
+        Buffer right(c.text);
+        Buffer both(c.text);
+        EXPECT_EQ(UtilLtrim(left.content), left.content);
+        EXPECT_STREQ(left.content, c.left);
+        EXPECT_STREQ(UtilRtrim(right.content), c.right);
+        EXPECT_STREQ(UtilAtrim(both.content), c.both);
+    }
+    EXPECT_EQ(UtilAtrim(nullptr), nullptr);
+}
+
+TEST(StringExportsTest, StuffReplacesAPart)
+{
+    struct Case
+    {
+        int32_t pos;
+        int32_t count;
+        const QXWCHAR* insert;
+        const QXWCHAR* expected;
+    };
+    const Case cases[] = {
+        {1, 2, nullptr, L"cdef"},
+        {3, 2, L"", L"abef"},
+        {3, 2, L"XYZ", L"abXYZef"},
+        {3, 2, L"X", L"abXef"},
+        {1, 0, L"X", L"Xabcdef"},
+        {6, 99, L"X", L"abcdeX"},
+        {7, 5, L"XY", L"abcdefXY"}, // right behind the text
+        {7, 5, nullptr, L"abcdef"},
+        {8, 0, L"X", L"abcdef"},
+        {0, 1, L"X", L"abcdef"},
+        {-3, 1, L"X", L"abcdef"},
+        {2, -1, L"X", L"aXbcdef"},
+        {1, 0x7FFFFFFF, nullptr, L""},
+    };
+    for (const Case& c : cases)
+    {
+        Buffer buffer(L"abcdef");
+        EXPECT_EQ(UtilStuff(buffer.content, c.pos, c.count, c.insert), buffer.content);
+        EXPECT_STREQ(buffer.content, c.expected) << c.pos << ", " << c.count;
+        EXPECT_EQ(buffer.content[std::max<size_t>(UtilStrlen(c.expected) + 1, 7)], L'#') << c.pos;
+    }
+    EXPECT_EQ(UtilStuff(nullptr, 1, 1, L"X"), nullptr);
+}
+
+TEST(StringExportsTest, SubstrKeepsAPart)
+{
+    struct Case
+    {
+        int32_t pos;
+        int32_t count;
+        const QXWCHAR* expected;
+    };
+    const Case cases[] = {
+        {2, 3, L"bcd"},
+        {2, -1, L"abcdef"},
+        {99, -1, L"abcdef"},
+        {0, -1, L"abcdef"},
+        {2, 0, L""},
+        {2, -2, L""},
+        {1, 99, L"abcdef"},
+        {6, 2, L"f"},
+        {7, 2, L""},
+        {0, 2, L""},
+        {-1, 5, L"f"},
+        {-6, 2, L"ab"},
+        {-7, 2, L""},
+        {INT32_MIN, 2, L""},
+    };
+    for (const Case& c : cases)
+    {
+        Buffer buffer(L"abcdef");
+        EXPECT_EQ(UtilSubstr(buffer.content, c.pos, c.count), buffer.content);
+        EXPECT_STREQ(buffer.content, c.expected) << c.pos << ", " << c.count;
+    }
+    EXPECT_EQ(UtilSubstr(nullptr, 1, 1), nullptr);
+}
+
+TEST(StringExportsTest, SafeSprintfCutsAndTerminates)
+{
+    struct Case
+    {
+        size_t size;
+        int result;
+        const QXWCHAR* expected;
+    };
+    for (const Case& c : {Case{32, 8, L"wide n 7"}, {9, 8, L"wide n 7"}, {8, -1, L"wide n "}, {1, -1, L""}})
+    {
+        Buffer buffer(L"old");
+        const int result = UtilSafeSprintf(buffer.content, c.size, L"%s %hs %I64d", L"wide", "n", 7LL);
+        EXPECT_EQ(std::max(result, -1), c.result) << c.size;
+        EXPECT_STREQ(buffer.content, c.expected) << c.size;
+        EXPECT_EQ(buffer.content[std::max<size_t>(c.size, 4)], L'#');
+    }
+    Buffer buffer(L"old");
+    EXPECT_LT(UtilSafeSprintf(buffer.content, 0, L"%d", 1), 0);
+    EXPECT_STREQ(buffer.content, L"old");
+    EXPECT_LT(UtilSafeSprintf(nullptr, 8, L"%d", 1), 0);
+    EXPECT_LT(UtilSafeSprintf(buffer.content, 8, nullptr), 0);
+}
+
+TEST(StringExportsTest, EveryPointerIsAccepted)
+{
+    int writable = 0;
+    EXPECT_EQ(UtilIsRPtr(nullptr), 1);
+    EXPECT_EQ(UtilIsRPtr(reinterpret_cast<void*>(3)), 1);
+    EXPECT_EQ(UtilIsString(nullptr), 1);
+    EXPECT_EQ(UtilIsWPtr(&writable), 1);
+}
+
+} // namespace
