@@ -22,4 +22,9 @@ QXPLATFORM_API int WINAPI MultiByteToWideChar(
 QXPLATFORM_API int WINAPI WideCharToMultiByte(UINT CodePage, DWORD dwFlags, LPCWSTR lpWideCharStr, int cchWideChar,
     LPSTR lpMultiByteStr, int cbMultiByte, LPCSTR lpDefaultChar, LPBOOL lpUsedDefaultChar);
 
+typedef const WCHAR* PCNZWCH;
+QXPLATFORM_API int WINAPI CompareStringW(
+    LCID Locale, DWORD dwCmpFlags, PCNZWCH lpString1, int cchCount1, PCNZWCH lpString2, int cchCount2);
+#define CompareString CompareStringW
+
 EXTERN_C_END

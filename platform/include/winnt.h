@@ -184,3 +184,31 @@ static inline PVOID InterlockedCompareExchangePointer(PVOID volatile* target, PV
     __atomic_compare_exchange_n(target, &comparand, value, 0, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
     return comparand;
 }
+
+// Languages and locales.
+#define LANG_NEUTRAL 0x00
+#define LANG_INVARIANT 0x7f
+#define LANG_ENGLISH 0x09
+#define LANG_GERMAN 0x07
+#define SUBLANG_NEUTRAL 0x00
+#define SUBLANG_DEFAULT 0x01
+#define SUBLANG_SYS_DEFAULT 0x02
+#define SUBLANG_ENGLISH_US 0x01
+#define SUBLANG_GERMAN 0x01
+#define SORT_DEFAULT 0x0
+#define MAKELANGID(primary, sub) ((LANGID)((WORD)(sub) << 10 | (WORD)(primary)))
+#define PRIMARYLANGID(langid) ((WORD)(langid)&0x3ff)
+#define SUBLANGID(langid) ((WORD)(langid) >> 10)
+#define MAKELCID(langid, sortid) ((LCID)((DWORD)(WORD)(sortid) << 16 | (DWORD)(WORD)(langid)))
+#define LANGIDFROMLCID(lcid) ((WORD)(lcid))
+#define SORTIDFROMLCID(lcid) ((WORD)((DWORD)(lcid) >> 16 & 0xf))
+#define LANG_SYSTEM_DEFAULT (MAKELANGID(LANG_NEUTRAL, SUBLANG_SYS_DEFAULT))
+#define LANG_USER_DEFAULT (MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT))
+#define LOCALE_NEUTRAL (MAKELCID(MAKELANGID(LANG_NEUTRAL, SUBLANG_NEUTRAL), SORT_DEFAULT))
+#define LOCALE_USER_DEFAULT (MAKELCID(LANG_USER_DEFAULT, SORT_DEFAULT))
+#define LOCALE_SYSTEM_DEFAULT (MAKELCID(LANG_SYSTEM_DEFAULT, SORT_DEFAULT))
+#define LOCALE_CUSTOM_DEFAULT 0x0c00
+#define LOCALE_CUSTOM_UNSPECIFIED 0x1000
+#define LOCALE_CUSTOM_UI_DEFAULT 0x1400
+#define LOCALE_INVARIANT 0x007f
+#define LOCALE_NAME_MAX_LENGTH 85

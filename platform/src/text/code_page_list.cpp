@@ -7,6 +7,7 @@
 #include <memory>
 #include <mutex>
 
+#include "base/forever.h"
 #include "text/euc_tables.h"
 #include "text/page_tables.h"
 #include "text/shifted_page.h"
@@ -136,10 +137,10 @@ struct Pages
     std::array<Slot<DerivedPageSource>, std::size(DERIVED_PAGES)> derived;
 };
 
-// Never destroyed: other modules' static objects convert text while the process ends.
+// Other modules' static objects convert text while the process ends.
 Pages& AllPages()
 {
-    static Pages& pages = *std::make_unique<Pages>().release();
+    static Pages& pages = MakeForever<Pages>();
     return pages;
 }
 

@@ -1,6 +1,5 @@
 // The two conversion calls: arguments, flags and results. What a page does stands with the page.
 
-#include <errhandlingapi.h>
 #include <stringapiset.h>
 #include <winerror.h>
 #include <winnls.h>
@@ -8,16 +7,13 @@
 #include <climits>
 #include <cstring>
 
+#include "base/fail.h"
 #include "text/code_page.h"
 
 namespace
 {
 
-int Fail(DWORD error)
-{
-    SetLastError(error);
-    return 0;
-}
+using qxplatform::Fail;
 
 std::size_t TerminatedLength(const wchar_t* text)
 {

@@ -2,12 +2,14 @@
 
 #include <winnls.h>
 
+#include <strings.h>
+
 #include <charconv>
-#include <cstdlib>
-#include <cstring>
 #include <string_view>
 
+#include "base/environment.h"
 #include "text/code_page.h"
+#include "text/posix_locale.h"
 
 namespace qxplatform
 {
@@ -17,40 +19,25 @@ namespace
 
 constexpr UINT LATIN_1_PAGE = 1252;
 
-// The variable that sets the character type, by the rule of POSIX: the first of the three that is not empty.
-std::string_view CharacterTypeLocale()
+// In any case, with or without the hyphen.
+bool IsUtf8(std::string_view encoding)
 {
-    for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"})
-        if (const char* const value = std::getenv(name); value != nullptr && *value != '\0')
-            return value;
-    return {};
-}
-
-// "de_DE.UTF-8@euro" names its encoding between the point and the at sign, in any case, with or without the hyphen.
-bool NamesUtf8(std::string_view locale)
-{
-    const std::size_t point = locale.find('.');
-    if (point == locale.npos)
-        return false;
-    std::string_view encoding = locale.substr(point + 1);
-    encoding = encoding.substr(0, encoding.find('@'));
-    for (const char* name : {"utf-8", "utf8"})
-        if (encoding.size() == std::strlen(name) && strncasecmp(encoding.data(), name, encoding.size()) == 0)
+    for (const std::string_view name : {"utf-8", "utf8"})
+        if (encoding.size() == name.size() && strncasecmp(encoding.data(), name.data(), name.size()) == 0)
             return true;
     return false;
 }
 
 UINT FromEnvironment()
 {
-    if (const char* const setting = std::getenv("QXPLATFORM_ACP"))
-    {
-        UINT page = 0;
-        const char* const end = setting + std::strlen(setting);
-        const auto [stop, error] = std::from_chars(setting, end, page);
-        if (error == std::errc{} && stop == end && IsCodePageOffered(page))
-            return page;
-    }
-    return NamesUtf8(CharacterTypeLocale()) ? CP_UTF8 : LATIN_1_PAGE;
+    const std::string setting = EnvironmentValue("QXPLATFORM_ACP");
+    UINT page = 0;
+    const char* const end = setting.data() + setting.size();
+    const auto [stop, error] = std::from_chars(setting.data(), end, page);
+    if (error == std::errc{} && stop == end && IsCodePageOffered(page))
+        return page;
+    const std::string locale = PosixLocaleOf("LC_CTYPE");
+    return IsUtf8(EncodingOfPosixLocale(locale)) ? CP_UTF8 : LATIN_1_PAGE;
 }
 
 } // namespace

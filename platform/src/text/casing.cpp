@@ -1,0 +1,59 @@
+#include "text/casing.h"
+
+#include <unicode/uchar.h>
+
+namespace qxplatform
+{
+
+namespace
+{
+
+constexpr char32_t DOTTED_CAPITAL_I = 0x0130;
+constexpr char32_t DOTLESS_SMALL_I = 0x0131;
+
+char32_t IcuUpper(char32_t character)
+{
+    return static_cast<char32_t>(u_toupper(static_cast<UChar32>(character)));
+}
+
+char32_t IcuLower(char32_t character)
+{
+    return static_cast<char32_t>(u_tolower(static_cast<UChar32>(character)));
+}
+
+} // namespace
+
+char32_t ToUpper(char32_t character)
+{
+    if (character < 0x80)
+        return character >= 'a' && character <= 'z' ? character - 0x20 : character;
+    const char32_t upper = IcuUpper(character);
+    return IcuLower(upper) == character ? upper : character;
+}
+
+char32_t ToLower(char32_t character)
+{
+    if (character < 0x80)
+        return character >= 'A' && character <= 'Z' ? character + 0x20 : character;
+    const char32_t lower = IcuLower(character);
+    return IcuUpper(lower) == character ? lower : character;
+}
+
+char32_t ToUpperLinguistic(char32_t character, LetterI letterI)
+{
+    return letterI == LetterI::Turkic && character == 'i' ? DOTTED_CAPITAL_I : IcuUpper(character);
+}
+
+char32_t ToLowerLinguistic(char32_t character, LetterI letterI)
+{
+    return letterI == LetterI::Turkic && character == 'I' ? DOTLESS_SMALL_I : IcuLower(character);
+}
+
+char32_t ToTitleLinguistic(char32_t character, LetterI letterI)
+{
+    if (letterI == LetterI::Turkic && character == 'i')
+        return DOTTED_CAPITAL_I;
+    return static_cast<char32_t>(u_totitle(static_cast<UChar32>(character)));
+}
+
+} // namespace qxplatform

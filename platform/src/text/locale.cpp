@@ -1,0 +1,247 @@
+#include "text/locale.h"
+
+#include <winnls.h>
+#include <winnt.h>
+
+#include <unicode/uloc.h>
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <mutex>
+#include <optional>
+
+#include "base/forever.h"
+#include "text/posix_locale.h"
+
+namespace qxplatform
+{
+
+namespace
+{
+
+struct NamedLocale
+{
+    LCID lcid;
+    const char* name;
+    const char* icu;
+};
+
+// Where the system's name or number is not what ICU makes of the other.
+constexpr NamedLocale NAMED_APART[] = {
+    {0x0404, "zh-TW", "zh_Hant_TW"},
+    {0x040a, "es-ES_tradnl", "es_ES@collation=traditional"},
+    {0x0467, "ff-Latn-NG", "ff_Latn_NG"},
+    {0x046b, "quz-BO", "qu_BO"},
+    {0x0471, "kr-Latn-NG", "kr_Latn_NG"},
+    {0x0476, "la-VA", "la_VA"},
+    {0x0486, "quc-Latn-GT", "quc_GT"},
+    {0x048c, "prs-AF", "fa_AF"},
+    {0x0492, "ku-Arab-IQ", "ckb_IQ"},
+    {0x0803, "ca-ES-valencia", "ca_ES_VALENCIA"},
+    {0x0804, "zh-CN", "zh_Hans_CN"},
+    {0x086b, "quz-EC", "qu_EC"},
+    {0x0c04, "zh-HK", "zh_Hant_HK"},
+    {0x0c6b, "quz-PE", "qu_PE"},
+    {0x1004, "zh-SG", "zh_Hans_SG"},
+    {0x1404, "zh-MO", "zh_Hant_MO"},
+    {0x4c09, "en-AE", "en_AE"},
+};
+
+constexpr LCID AMERICAN_ENGLISH = MAKELCID(MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US), SORT_DEFAULT);
+
+const Locale& InvariantLocale()
+{
+    static const Locale& locale = MakeForever<Locale>("", "", static_cast<LCID>(LOCALE_INVARIANT));
+    return locale;
+}
+
+template <class Call>
+std::string Text(Call call)
+{
+    char buffer[ULOC_FULLNAME_CAPACITY];
+    UErrorCode status = U_ZERO_ERROR;
+    const int32_t length = call(buffer, static_cast<int32_t>(sizeof buffer), &status);
+    return U_SUCCESS(status) && length < static_cast<int32_t>(sizeof buffer) ? std::string(buffer) : std::string();
+}
+
+std::string Part(const std::string& icu, int32_t (*part)(const char*, char*, int32_t, UErrorCode*))
+{
+    return Text(
+        [&](char* buffer, int32_t size, UErrorCode* status) { return part(icu.c_str(), buffer, size, status); });
+}
+
+// ICU knows a language if it has a name for it in English that is not just its code.
+bool IsKnownLanguage(const std::string& icu)
+{
+    const std::string language = Part(icu, uloc_getLanguage);
+    UChar name[64];
+    UErrorCode status = U_ZERO_ERROR;
+    uloc_getDisplayLanguage(language.c_str(), "en", name, std::size(name), &status);
+    return !language.empty() && U_SUCCESS(status) && status != U_USING_DEFAULT_WARNING;
+}
+
+std::string WithRegion(const std::string& icu)
+{
+    if (!Part(icu, uloc_getCountry).empty())
+        return icu;
+    const std::string likely = Part(icu, uloc_addLikelySubtags);
+    const std::string script = Part(icu, uloc_getScript);
+    return Part(icu, uloc_getLanguage) + (script.empty() ? "" : "_" + script) + "_" + Part(likely, uloc_getCountry);
+}
+
+// A number that ICU gives only for the language does not name the locale.
+LCID NumberOf(const std::string& icu)
+{
+    const LCID lcid = uloc_getLCID(icu.c_str());
+    const std::string back = Text([lcid](char* buffer, int32_t size, UErrorCode* status)
+        { return uloc_getLocaleForLCID(lcid, buffer, size, status); });
+    const bool sameRegion = Part(back, uloc_getCountry) == Part(icu, uloc_getCountry);
+    return lcid != 0 && sameRegion ? lcid : LOCALE_CUSTOM_UNSPECIFIED;
+}
+
+std::string NameOf(const std::string& icu)
+{
+    const std::string base = Part(icu, uloc_getBaseName);
+    return Text([&base](char* buffer, int32_t size, UErrorCode* status)
+        { return uloc_toLanguageTag(base.c_str(), buffer, size, false, status); });
+}
+
+Locale FromIcuName(const std::string& icu)
+{
+    const std::string canonical = WithRegion(Part(icu, uloc_canonicalize));
+    for (const NamedLocale& row : NAMED_APART)
+        if (canonical == row.icu || NameOf(canonical) == row.name)
+            return {row.icu, row.name, row.lcid};
+    return {canonical, NameOf(canonical), NumberOf(canonical)};
+}
+
+Locale FromEnvironment(const char* category)
+{
+    const std::string icu = IcuNameOfPosixLocale(PosixLocaleOf(category));
+    return IsKnownLanguage(icu) ? FromIcuName(icu) : Locale{"en_US", "en-US", AMERICAN_ENGLISH};
+}
+
+// Locales that were asked for, kept since callers get pointers to them.
+template <class Key>
+class KnownLocales
+{
+public:
+    template <class Make>
+    const Locale* Get(const Key& key, Make make)
+    {
+        const std::lock_guard lock(_mutex);
+        auto entry = _locales.find(key);
+        if (entry == _locales.end())
+        {
+            std::optional<Locale> locale = make();
+            if (!locale)
+                return nullptr;
+            entry = _locales.emplace(key, std::move(*locale)).first;
+        }
+        return &entry->second;
+    }
+
+private:
+    std::mutex _mutex;
+    std::map<Key, Locale> _locales; // whose elements stay where they are
+};
+
+std::optional<Locale> MakeByNumber(LCID lcid)
+{
+    for (const NamedLocale& row : NAMED_APART)
+        if (row.lcid == lcid)
+            return Locale{row.icu, row.name, row.lcid};
+    const std::string icu = Text([lcid](char* buffer, int32_t size, UErrorCode* status)
+        { return uloc_getLocaleForLCID(lcid, buffer, size, status); });
+    if (icu.empty() || !IsKnownLanguage(icu))
+        return std::nullopt;
+    Locale locale = FromIcuName(icu);
+    // ICU answers for an unknown region of a known language with the language.
+    if (SUBLANGID(lcid) != SUBLANG_NEUTRAL && locale.lcid != LANGIDFROMLCID(lcid))
+        return std::nullopt;
+    if (SORTIDFROMLCID(lcid) != SORT_DEFAULT)
+        locale = {icu, locale.name, lcid};
+    return locale;
+}
+
+bool EqualWithoutCase(std::string_view a, std::string_view b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+        [](char x, char y) { return (x | 0x20) == (y | 0x20) && (x & 0x5f) == (y & 0x5f); });
+}
+
+std::optional<Locale> MakeByName(const std::string& name)
+{
+    for (const NamedLocale& row : NAMED_APART)
+        if (EqualWithoutCase(row.name, name))
+            return Locale{row.icu, row.name, row.lcid};
+    int32_t parsed = 0;
+    const std::string icu = Text([&](char* buffer, int32_t size, UErrorCode* status)
+        { return uloc_forLanguageTag(name.c_str(), buffer, size, &parsed, status); });
+    if (static_cast<std::size_t>(parsed) != name.size() || !IsKnownLanguage(icu))
+        return std::nullopt;
+    return FromIcuName(icu);
+}
+
+} // namespace
+
+const Locale& UserLocale()
+{
+    static const Locale& locale = MakeForever<Locale>(FromEnvironment("LC_TIME"));
+    return locale;
+}
+
+const Locale& UserInterfaceLocale()
+{
+    static const Locale& locale = MakeForever<Locale>(FromEnvironment("LC_MESSAGES"));
+    return locale;
+}
+
+const Locale* FindLocale(LCID lcid)
+{
+    switch (lcid)
+    {
+    case LOCALE_NEUTRAL:
+    case LOCALE_USER_DEFAULT:
+    case LOCALE_SYSTEM_DEFAULT:
+    case LOCALE_CUSTOM_DEFAULT:
+    case LOCALE_CUSTOM_UNSPECIFIED:
+        return &UserLocale();
+    case LOCALE_CUSTOM_UI_DEFAULT:
+        return &UserInterfaceLocale();
+    case LOCALE_INVARIANT:
+        return &InvariantLocale();
+    default:
+        static KnownLocales<LCID>& known = MakeForever<KnownLocales<LCID>>();
+        return known.Get(lcid, [lcid] { return MakeByNumber(lcid); });
+    }
+}
+
+const Locale* FindLocale(std::string_view name)
+{
+    if (name.empty())
+        return &InvariantLocale();
+    if (name == "!x-sys-default-locale")
+        return &UserLocale();
+    const std::string key(name);
+    static KnownLocales<std::string>& known = MakeForever<KnownLocales<std::string>>();
+    return known.Get(key, [&key] { return MakeByName(key); });
+}
+
+const Locale* FindLocale(const wchar_t* name)
+{
+    if (name == LOCALE_NAME_USER_DEFAULT)
+        return &UserLocale();
+    char ascii[LOCALE_NAME_MAX_LENGTH];
+    std::size_t length = 0;
+    for (; name[length] != 0; ++length)
+    {
+        if (length == std::size(ascii) || name[length] >= 0x80)
+            return nullptr;
+        ascii[length] = static_cast<char>(name[length]);
+    }
+    return FindLocale(std::string_view(ascii, length));
+}
+
+} // namespace qxplatform

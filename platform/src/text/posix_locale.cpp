@@ -1,0 +1,78 @@
+#include "text/posix_locale.h"
+
+#include "base/environment.h"
+
+namespace qxplatform
+{
+
+namespace
+{
+
+struct ScriptModifier
+{
+    std::string_view modifier;
+    const char* script;
+};
+
+// Modifiers that name a script. The others (@euro, @valencia) don't change what is asked of a locale here.
+constexpr ScriptModifier SCRIPTS[] = {{"latin", "Latn"}, {"cyrillic", "Cyrl"}, {"devanagari", "Deva"}};
+
+struct NameParts
+{
+    std::string_view language;
+    std::string_view region;
+    std::string_view encoding;
+    std::string_view modifier;
+};
+
+// Cuts `text` at the first `separator` and gives what stood behind it.
+std::string_view CutAt(std::string_view& text, char separator)
+{
+    const std::size_t position = text.find(separator);
+    if (position == text.npos)
+        return {};
+    const std::string_view behind = text.substr(position + 1);
+    text = text.substr(0, position);
+    return behind;
+}
+
+NameParts Split(std::string_view name)
+{
+    NameParts parts;
+    parts.modifier = CutAt(name, '@');
+    parts.encoding = CutAt(name, '.');
+    parts.region = CutAt(name, '_');
+    parts.language = name;
+    return parts;
+}
+
+} // namespace
+
+std::string PosixLocaleOf(std::string_view category)
+{
+    for (const std::string_view name : {std::string_view("LC_ALL"), category, std::string_view("LANG")})
+        if (std::string value = EnvironmentValue(name); !value.empty())
+            return value;
+    return {};
+}
+
+std::string_view EncodingOfPosixLocale(std::string_view posixName)
+{
+    return Split(posixName).encoding;
+}
+
+std::string IcuNameOfPosixLocale(std::string_view posixName)
+{
+    const NameParts parts = Split(posixName);
+    if (parts.language == "C" || parts.language == "POSIX")
+        return {};
+    std::string name(parts.language);
+    for (const ScriptModifier& row : SCRIPTS)
+        if (row.modifier == parts.modifier)
+            name.append("_").append(row.script);
+    if (!parts.region.empty())
+        name.append("_").append(parts.region);
+    return name;
+}
+
+} // namespace qxplatform

@@ -1,0 +1,265 @@
+// Case and order of texts: CharUpperW, LCMapStringW, CompareStringW.
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+using namespace std::string_view_literals;
+
+constexpr LCID ENGLISH = 0x409;
+constexpr LCID GERMAN = 0x407;
+constexpr LCID SWEDISH = 0x41d;
+constexpr LCID TURKISH = 0x41f;
+constexpr LCID CZECH = 0x405;
+constexpr LCID ESTONIAN = 0x425;
+constexpr LCID UNKNOWN = 0x9999;
+
+constexpr DWORD UPPER = LCMAP_UPPERCASE;
+constexpr DWORD LOWER = LCMAP_LOWERCASE;
+constexpr DWORD LINGUISTIC = LCMAP_LINGUISTIC_CASING;
+
+wchar_t Upper(wchar_t unit)
+{
+    return static_cast<wchar_t>(reinterpret_cast<UINT_PTR>(CharUpperW(reinterpret_cast<LPWSTR>(UINT_PTR{unit}))));
+}
+
+wchar_t Lower(wchar_t unit)
+{
+    return static_cast<wchar_t>(reinterpret_cast<UINT_PTR>(CharLowerW(reinterpret_cast<LPWSTR>(UINT_PTR{unit}))));
+}
+
+TEST(Casing, SingleCharactersAndTextsInPlace)
+{
+    EXPECT_EQ(Upper(L'a'), L'A');
+    EXPECT_EQ(Lower(L'\x0416'), 0x0436);
+    EXPECT_EQ(Upper(0x00ff), 0x0178);
+    EXPECT_EQ(Upper(L'{'), L'{');
+    EXPECT_EQ(Upper(0), 0);
+    // No capital letter that leads back.
+    for (const wchar_t unit : L"\x00df\x00b5\x0131\x017f\x01c5\x03c2"sv)
+        EXPECT_EQ(Upper(unit), unit);
+    for (const wchar_t unit : L"\x0130\x01c5\x1e9e\x2126\x212a"sv)
+        EXPECT_EQ(Lower(unit), unit);
+
+    wchar_t text[] = L"abz{\x00e4\x03b1\xd801\xdc28#";
+    EXPECT_EQ(CharUpperW(text), text);
+    EXPECT_EQ(text, L"ABZ{\x00c4\x0391\xd801\xdc00#"sv);
+    EXPECT_EQ(CharLowerW(text), text);
+    EXPECT_EQ(text, L"abz{\x00e4\x03b1\xd801\xdc28#"sv);
+}
+
+struct MapCase
+{
+    LCID locale;
+    DWORD flags;
+    std::wstring_view text;
+    std::wstring_view mapped;
+};
+
+TEST(Casing, MapsByFlagsAndLanguage)
+{
+    const MapCase cases[] = {
+        {ENGLISH, UPPER, L"i\x0131\x00b5\x00df\x017f", L"I\x0131\x00b5\x00df\x017f"},
+        {ENGLISH, UPPER | LINGUISTIC, L"i\x0131\x00b5\x00df\x017f", L"II\x039c\x00dfS"},
+        {ENGLISH, LOWER, L"I\x0130\x1e9e\x212b", L"i\x0130\x1e9e\x212b"},
+        {ENGLISH, LOWER | LINGUISTIC, L"I\x1e9e\x212b", L"i\x00df\x00e5"},
+        {TURKISH, UPPER, L"ii", L"II"},
+        {TURKISH, UPPER | LINGUISTIC, L"i\x0131", L"\x0130I"},
+        {TURKISH, LOWER | LINGUISTIC, L"I\x0130", L"\x0131i"},
+        {LOCALE_INVARIANT, UPPER | LINGUISTIC, L"stra\u00dfe", L"STRA\u00dfE"},
+        {LOCALE_USER_DEFAULT, UPPER, L"a\0b"sv, L"A\0B"sv},
+        {ENGLISH, UPPER, L"\xd801\xdc28\xd801", L"\xd801\xdc00\xd801"},
+    };
+    for (const MapCase& row : cases)
+    {
+        wchar_t mapped[16];
+        const int length =
+            LCMapStringW(row.locale, row.flags, row.text.data(), static_cast<int>(row.text.size()), mapped, 16);
+        EXPECT_EQ(std::wstring_view(mapped, static_cast<std::size_t>(length)), row.mapped);
+    }
+}
+
+TEST(Casing, MapStringSizesAndErrors)
+{
+    wchar_t buffer[] = L"######";
+    EXPECT_EQ(LCMapStringW(ENGLISH, UPPER, L"abc", -1, nullptr, 0), 4);
+    EXPECT_EQ(LCMapStringW(ENGLISH, UPPER, L"abc", 2, buffer, 2), 2);
+    EXPECT_EQ(buffer, L"AB####"sv);
+    const auto error = [&](LCID locale, DWORD flags, const wchar_t* text, int length, wchar_t* target, int size)
+    {
+        SetLastError(ERROR_SUCCESS);
+        return LCMapStringW(locale, flags, text, length, target, size) == 0 ? GetLastError() : ERROR_SUCCESS;
+    };
+    EXPECT_EQ(error(ENGLISH, UPPER, L"abc", -1, buffer, 3), DWORD{ERROR_INSUFFICIENT_BUFFER});
+    EXPECT_EQ(error(ENGLISH, UPPER, L"abc", 0, buffer, 3), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(error(ENGLISH, UPPER, nullptr, -1, buffer, 3), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(error(ENGLISH, UPPER, L"abc", 3, buffer, -1), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(error(UNKNOWN, UPPER, L"abc", 3, buffer, 3), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(error(ENGLISH, 0, L"abc", 3, buffer, 3), DWORD{ERROR_INVALID_FLAGS});
+    EXPECT_EQ(error(ENGLISH, LINGUISTIC, L"abc", 3, buffer, 3), DWORD{ERROR_INVALID_FLAGS});
+
+    wchar_t text[] = L"abc";
+    EXPECT_EQ(LCMapStringW(ENGLISH, UPPER, text, -1, text, 4), 4);
+    EXPECT_EQ(text, L"ABC"sv);
+}
+
+TEST(Casing, MapStringByName)
+{
+    wchar_t mapped[4];
+    EXPECT_EQ(LCMapStringEx(L"", UPPER | LINGUISTIC, L"i", 1, mapped, 4, nullptr, nullptr, 0), 1);
+    EXPECT_EQ(mapped[0], L'I');
+    EXPECT_EQ(LCMapStringEx(L"tr-TR", UPPER | LINGUISTIC, L"i", 1, mapped, 4, nullptr, nullptr, 0), 1);
+    EXPECT_EQ(mapped[0], 0x0130);
+    EXPECT_EQ(LCMapStringEx(LOCALE_NAME_USER_DEFAULT, LOWER, L"Q", 1, mapped, 4, nullptr, nullptr, 0), 1);
+    EXPECT_EQ(mapped[0], L'q');
+    EXPECT_EQ(LCMapStringEx(L"xx-YY", UPPER, L"i", 1, mapped, 4, nullptr, nullptr, 0), 0);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
+}
+
+#ifndef _WIN32
+// Wine refuses title case.
+TEST(Casing, TitleCase)
+{
+    wchar_t mapped[32];
+    EXPECT_EQ(LCMapStringW(ENGLISH, LCMAP_TITLECASE, L"hELLO wORLD it's 3rd-\x01c6", -1, mapped, 32), 23);
+    EXPECT_EQ(mapped, L"Hello World It's 3Rd-\x01c5"sv);
+}
+#endif
+
+int Compare(LCID locale, DWORD flags, std::wstring_view a, std::wstring_view b)
+{
+    return CompareStringW(locale, flags, a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()));
+}
+
+struct OrderCase
+{
+    std::wstring_view less;
+    std::wstring_view greater;
+};
+
+// In both directions, each with the other's result.
+TEST(Order, WordSort)
+{
+    constexpr OrderCase CASES[] = {
+        {L"a", L"A"},
+        {L"A", L"b"},
+        {L"abc", L"abcd"},
+        {L"", L"a"},
+        {L"A1", L"a2"},
+        {L"10", L"9"},
+        {L"9", L"a"},
+        {L"_", L"a"},
+        {L"a b", L"ab"},
+        {L"z", L"\x03b1"},
+        {L"\x03c9", L"\x0430"},
+        {L"a", L"\x00e4"},
+        {L"\x00e4", L"az"},
+        {L"\x00e4", L"\x00c4"},
+        {L"ete", L"\x00e9t\x00e9"},
+        {L"resume", L"r\x00e9sum\x00e9"},
+        {L"t", L"\x00fe"},
+        {L"\x4e00", L"\x4e01"},
+        {L"a", L"a\0b"sv},
+        // Hyphen and apostrophe only decide between equal words.
+        {L"coop", L"co-op"},
+        {L"co-op", L"coops"},
+        {L"cans", L"cant"},
+        {L"cant", L"can't"},
+        {L"were", L"we're"},
+        {L"a-b", L"-ab"},
+        {L"ab-c", L"a-bc"},
+        {L"a-bc", L"a-b-c"},
+        {L"a'b", L"a-b"},
+        {L"-", L"-a"},
+        {L"Co-op", L"coops"},
+    };
+    for (const OrderCase& row : CASES)
+    {
+        EXPECT_EQ(Compare(ENGLISH, 0, row.less, row.greater), CSTR_LESS_THAN) << testing::PrintToString(row.less);
+        EXPECT_EQ(Compare(ENGLISH, 0, row.greater, row.less), CSTR_GREATER_THAN) << testing::PrintToString(row.less);
+    }
+}
+
+TEST(Order, SignsOfAsciiInTheSystemsOrder)
+{
+    constexpr std::wstring_view ORDERED = L"'- !\"#$%&()*,./:;?@[\\]^_`{|}~+<=>0123456789aAbBzZ";
+    for (std::size_t i = 1; i < ORDERED.size(); ++i)
+        EXPECT_EQ(Compare(ENGLISH, 0, ORDERED.substr(i - 1, 1), ORDERED.substr(i, 1)), CSTR_LESS_THAN) << i;
+}
+
+TEST(Order, EqualTexts)
+{
+    constexpr OrderCase CASES[] = {
+        {L"", L""},
+        {L"ss", L"\x00df"},
+        {L"ae", L"\x00e6"},
+        {L"a\x0308", L"\x00e4"},
+        {L"\x00ad\x0061", L"a"},
+    };
+    for (const OrderCase& row : CASES)
+        EXPECT_EQ(Compare(ENGLISH, 0, row.less, row.greater), CSTR_EQUAL) << testing::PrintToString(row.less);
+}
+
+TEST(Order, CaseIgnored)
+{
+    EXPECT_EQ(Compare(ENGLISH, NORM_IGNORECASE, L"STRASSE", L"stra\u00dfe"), CSTR_EQUAL);
+    EXPECT_EQ(Compare(ENGLISH, NORM_IGNORECASE, L"\x00c4\x0416", L"\x00e4\x0436"), CSTR_EQUAL);
+    EXPECT_EQ(Compare(ENGLISH, NORM_IGNORECASE, L"A1", L"a2"), CSTR_LESS_THAN);
+    EXPECT_EQ(Compare(ENGLISH, NORM_IGNORECASE, L"Co-op", L"coop"), CSTR_GREATER_THAN);
+    // Accents and width still count.
+    EXPECT_EQ(Compare(ENGLISH, NORM_IGNORECASE, L"\x00e4", L"a"), CSTR_GREATER_THAN);
+    EXPECT_EQ(Compare(ENGLISH, NORM_IGNORECASE, L"a", L"\xff21"), CSTR_LESS_THAN);
+    EXPECT_EQ(Compare(TURKISH, NORM_IGNORECASE, L"I", L"i"), CSTR_EQUAL);
+}
+
+TEST(Order, FollowsTheLocale)
+{
+    EXPECT_EQ(Compare(GERMAN, 0, L"\x00e4", L"z"), CSTR_LESS_THAN);
+    EXPECT_EQ(Compare(SWEDISH, 0, L"\x00e4", L"z"), CSTR_GREATER_THAN);
+    EXPECT_EQ(Compare(SWEDISH, 0, L"\x00e5", L"\x00e4"), CSTR_LESS_THAN);
+    EXPECT_EQ(Compare(CZECH, 0, L"ch", L"cz"), CSTR_GREATER_THAN);
+    EXPECT_EQ(Compare(CZECH, 0, L"ch", L"i"), CSTR_LESS_THAN);
+    EXPECT_EQ(Compare(ESTONIAN, 0, L"z", L"t"), CSTR_LESS_THAN);
+}
+
+TEST(Order, LengthsAndErrors)
+{
+    EXPECT_EQ(CompareStringW(ENGLISH, 0, L"abc", 2, L"abd", 2), CSTR_EQUAL);
+    EXPECT_EQ(CompareStringW(ENGLISH, 0, L"abc", 3, L"abd", 2), CSTR_GREATER_THAN);
+    EXPECT_EQ(CompareStringW(ENGLISH, 0, L"abc", -1, L"abcx", 3), CSTR_EQUAL);
+    EXPECT_EQ(CompareStringW(ENGLISH, 0, L"abc", 0, L"", -1), CSTR_EQUAL);
+    const auto error = [](LCID locale, DWORD flags, const wchar_t* a, const wchar_t* b)
+    {
+        SetLastError(ERROR_SUCCESS);
+        return CompareStringW(locale, flags, a, -1, b, -1) == 0 ? GetLastError() : ERROR_SUCCESS;
+    };
+    EXPECT_EQ(error(ENGLISH, 0, nullptr, L""), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(error(ENGLISH, 0, L"", nullptr), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(error(UNKNOWN, 0, L"a", L"b"), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(error(ENGLISH, 0x80, L"a", L"b"), DWORD{ERROR_INVALID_FLAGS});
+}
+
+TEST(Order, IsTheSameInAllThreads)
+{
+    std::vector<std::thread> threads;
+    std::vector<int> results(8);
+    for (int& result : results)
+        threads.emplace_back(
+            [&result]
+            {
+                for (LCID locale : {ENGLISH, GERMAN, SWEDISH})
+                    result += Compare(locale, 0, L"co-op \x00e4", L"coop \x00e4z");
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const int result : results)
+        EXPECT_EQ(result, 3 * CSTR_LESS_THAN);
+}
+
+} // namespace
