@@ -132,6 +132,7 @@ TEST(GlobalStream, SetSizeCutsAndGrowsAndLeavesThePosition)
     EXPECT_EQ(WholeContent(stream), "again");
 }
 
+// Promises of the layer that the system does not make.
 #ifndef _WIN32
 TEST(GlobalStream, BytesThatAGrowthBringsAreZero)
 {
@@ -235,6 +236,7 @@ TEST(GlobalStream, CopiesFromItsPositionToTheOthers)
     EXPECT_EQ(source->CopyTo(nullptr, Unsigned(1), nullptr, nullptr), STG_E_INVALIDPOINTER);
 }
 
+// Undefined on the system.
 #ifndef _WIN32
 TEST(GlobalStream, CopyingToACloneOfItselfEnds)
 {

@@ -1,0 +1,52 @@
+// A hive: the tree of one predefined key, kept in a file that other processes read and change too.
+#pragma once
+
+#include "registry/hive_file.h"
+#include "registry/registry_tree.h"
+
+#include <functional>
+#include <mutex>
+
+namespace qxplatform
+{
+
+class Hive
+{
+public:
+    static Hive& User();    // HKEY_CURRENT_USER
+    static Hive& Machine(); // HKEY_LOCAL_MACHINE
+
+    Hive(std::string_view fileName, std::u16string_view rootName, mode_t mode)
+        : _fileName(fileName),
+          _rootName(rootName),
+          _mode(mode)
+    {
+    }
+
+    // Calls the function with the tree as the file has it now, and gives its result.
+    LSTATUS Read(const std::function<LSTATUS(const RegistryKey& root)>& reader);
+
+    // Calls the function with the tree, while no other process changes it, and saves the tree if the function gives
+    // ERROR_SUCCESS. With any other result, and if saving fails, all stays as it was.
+    LSTATUS Change(const std::function<LSTATUS(RegistryKey& root)>& changer);
+
+    // What a changer gives if it finds all as it should be: a success without saving.
+    static constexpr LSTATUS kUnchanged = -1;
+
+    // The file's, for want of one of each key.
+    FILETIME LastWriteTime();
+
+private:
+    LSTATUS Refresh(const std::string& folder);
+    LSTATUS Save(const std::string& path);
+
+    const std::string _fileName;
+    const std::u16string _rootName;
+    const mode_t _mode;
+    std::mutex _mutex;
+    HiveFile _file;
+    RegistryTree _tree;
+    bool _damaged = false;
+};
+
+} // namespace qxplatform

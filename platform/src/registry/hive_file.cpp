@@ -1,0 +1,188 @@
+#include "registry/hive_file.h"
+
+#include "base/fail.h"
+#include "registry/reg_text.h"
+
+#include <winerror.h>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+
+namespace qxplatform
+{
+
+namespace
+{
+
+LSTATUS StatusOfErrno()
+{
+    return static_cast<LSTATUS>(ErrorFromErrno(errno));
+}
+
+bool IsAbsent(int error)
+{
+    return error == ENOENT || error == ENOTDIR;
+}
+
+bool SameTime(const timespec& left, const timespec& right)
+{
+    return left.tv_sec == right.tv_sec && left.tv_nsec == right.tv_nsec;
+}
+
+bool SameVersion(const struct stat& left, const struct stat& right)
+{
+    return left.st_dev == right.st_dev && left.st_ino == right.st_ino && left.st_size == right.st_size &&
+           SameTime(left.st_mtim, right.st_mtim) && SameTime(left.st_ctim, right.st_ctim);
+}
+
+bool ReadAll(int file, std::string& bytes)
+{
+    char chunk[0x10000];
+    for (;;)
+    {
+        const ssize_t count = read(file, chunk, sizeof(chunk));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return count == 0;
+        bytes.append(chunk, static_cast<size_t>(count));
+        if (bytes.size() > kMaxRegistryFile)
+            return true; // it has grown meanwhile, and its reader refuses it
+    }
+}
+
+bool WriteAll(int file, std::string_view bytes)
+{
+    while (!bytes.empty())
+    {
+        const ssize_t count = write(file, bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return false;
+        bytes.remove_prefix(static_cast<size_t>(count));
+    }
+    return true;
+}
+
+// A link to the file stays a link: what it leads to is replaced.
+std::string RealPath(const std::string& path)
+{
+    char* const real = realpath(path.c_str(), nullptr);
+    const std::string result = real != nullptr ? real : path;
+    std::free(real);
+    return result;
+}
+
+// So that the new name outlives a loss of power. Some file systems have no such thing, and the file is in place anyway.
+void FlushFolderOf(const std::string& path)
+{
+    const Descriptor folder(open(path.substr(0, path.rfind('/') + 1).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder)
+        fsync(folder.Get());
+}
+
+} // namespace
+
+Descriptor::~Descriptor()
+{
+    if (_descriptor >= 0)
+        close(_descriptor);
+}
+
+bool HiveFile::IsCurrent(const std::string& path) const
+{
+    if (!_known || path != _path)
+        return false;
+    struct stat status;
+    if (stat(path.c_str(), &status) != 0)
+        return IsAbsent(errno) && !_file;
+    return _file && SameVersion(status, _status);
+}
+
+LSTATUS HiveFile::Load(const std::string& path, std::string& bytes)
+{
+    _known = false;
+    bytes.clear();
+    // Without O_NONBLOCK a pipe in the file's place would hold us up.
+    Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file)
+    {
+        if (!IsAbsent(errno))
+            return StatusOfErrno();
+        Keep(path, Descriptor());
+        return ERROR_SUCCESS;
+    }
+    // Its times are taken before its content, so that a change in between is seen by the next call.
+    const int descriptor = file.Get();
+    if (!Keep(path, std::move(file)))
+        return StatusOfErrno();
+    if (!S_ISREG(_status.st_mode) || !ReadAll(descriptor, bytes))
+    {
+        _known = false;
+        return ERROR_CANTREAD;
+    }
+    return ERROR_SUCCESS;
+}
+
+LSTATUS HiveFile::Replace(const std::string& path, std::string_view bytes, mode_t mode)
+{
+    _known = false;
+    const std::string target = RealPath(path);
+    const std::string fresh = target + ".new";
+    struct stat old;
+    if (stat(target.c_str(), &old) == 0)
+        mode = old.st_mode & 07777;
+    // One may be left over from a process that ended in between; the lock says that nobody writes it now.
+    unlink(fresh.c_str());
+    Descriptor file(open(fresh.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    if (!file)
+        return StatusOfErrno();
+    fchmod(file.Get(), mode); // without the process's mask; a failure leaves it stricter
+    if (!WriteAll(file.Get(), bytes) || fsync(file.Get()) != 0 || rename(fresh.c_str(), target.c_str()) != 0)
+    {
+        const LSTATUS status = StatusOfErrno();
+        unlink(fresh.c_str());
+        return status;
+    }
+    FlushFolderOf(target);
+    Keep(path, std::move(file));
+    return ERROR_SUCCESS;
+}
+
+bool HiveFile::Keep(const std::string& path, Descriptor file)
+{
+    _path = path;
+    _file = std::move(file);
+    _status = {};
+    _known = !_file || fstat(_file.Get(), &_status) == 0;
+    return _known;
+}
+
+FILETIME HiveFile::LastWriteTime() const
+{
+    if (!_known || !_file)
+        return {};
+    constexpr int64_t kSecondsFrom1601 = 11644473600;
+    const int64_t time = (_status.st_mtim.tv_sec + kSecondsFrom1601) * 10000000 + _status.st_mtim.tv_nsec / 100;
+    return {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
+}
+
+HiveLock::HiveLock(const std::string& path)
+    : _file(open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH)),
+      _status(ERROR_SUCCESS)
+{
+    int result = _file ? 0 : -1;
+    while (result == 0 && (result = flock(_file.Get(), LOCK_EX)) != 0 && errno == EINTR)
+        result = 0;
+    if (result != 0)
+        _status = StatusOfErrno();
+}
+
+} // namespace qxplatform

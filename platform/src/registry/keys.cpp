@@ -1,0 +1,198 @@
+// Opening, making, deleting and listing keys.
+#include "base/text.h"
+#include "registry/open_key.h"
+#include "registry/output.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <iterator>
+
+using namespace qxplatform;
+
+namespace
+{
+
+// The open key that `subKey` leads to from `handle`, which needs no rights for it: they are those of the new handle.
+// The key needn't exist, but the one of the handle must.
+LSTATUS Locate(HKEY handle, LPCWSTR subKey, Ref<OpenKey>& located)
+{
+    Ref<OpenKey> base;
+    LSTATUS status = FindOpenKey(handle, 0, base);
+    if (status != ERROR_SUCCESS)
+        return status;
+    KeyPath path = base->path;
+    if (subKey != nullptr)
+        status = AppendNames(path, View(subKey));
+    if (status != ERROR_SUCCESS)
+        return status;
+    located = MakeObject<OpenKey>(base->hive, std::move(path));
+    return base->hive.Read([&](const RegistryKey& root) -> LSTATUS
+        { return root.Find(base->path) != nullptr ? ERROR_SUCCESS : ERROR_KEY_DELETED; });
+}
+
+bool Exists(const OpenKey& key)
+{
+    return key.hive.Read([&](const RegistryKey& root) -> LSTATUS
+               { return root.Find(key.path) != nullptr ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND; }) == ERROR_SUCCESS;
+}
+
+} // namespace
+
+LSTATUS WINAPI RegOpenKeyExW(HKEY key, LPCWSTR subKey, DWORD, REGSAM access, PHKEY result)
+{
+    if (result == nullptr)
+        return ERROR_INVALID_PARAMETER;
+    *result = nullptr;
+    if (IsPredefined(key) && (subKey == nullptr || *subKey == 0))
+    {
+        *result = key; // as documented, and with all its rights
+        return ERROR_SUCCESS;
+    }
+    Ref<OpenKey> located;
+    const LSTATUS status = Locate(key, subKey, located);
+    if (status != ERROR_SUCCESS)
+        return status;
+    return Exists(*located) ? AddOpenKey(located, access, result) : ERROR_FILE_NOT_FOUND;
+}
+
+LSTATUS WINAPI RegOpenCurrentUser(REGSAM access, PHKEY result)
+{
+    if (result == nullptr)
+        return ERROR_INVALID_PARAMETER;
+    return AddOpenKey(MakeObject<OpenKey>(Hive::User(), KeyPath()), access, result);
+}
+
+LSTATUS WINAPI RegCreateKeyExW(HKEY key, LPCWSTR subKey, DWORD reserved, LPWSTR, DWORD options, REGSAM access,
+    LPSECURITY_ATTRIBUTES, PHKEY result, LPDWORD disposition)
+{
+    if (reserved != 0 || result == nullptr)
+        return ERROR_INVALID_PARAMETER;
+    *result = nullptr;
+    if (subKey == nullptr)
+        return ERROR_BADKEY;
+    if (options != REG_OPTION_NON_VOLATILE)
+        return ERROR_NOT_SUPPORTED;
+    Ref<OpenKey> located;
+    LSTATUS status = Locate(key, subKey, located);
+    if (status != ERROR_SUCCESS)
+        return status;
+    bool created = false;
+    if (!Exists(*located))
+    {
+        status = located->hive.Change(
+            [&](RegistryKey& root) -> LSTATUS
+            {
+                if (root.Find(located->path) != nullptr)
+                    return Hive::kUnchanged; // another process was quicker
+                root.Ensure(located->path);
+                created = true;
+                return ERROR_SUCCESS;
+            });
+        if (status != ERROR_SUCCESS)
+            return status;
+    }
+    if (disposition != nullptr)
+        *disposition = created ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
+    return AddOpenKey(located, access, result);
+}
+
+LSTATUS WINAPI RegCloseKey(HKEY key)
+{
+    if (IsPredefined(key))
+        return ERROR_SUCCESS;
+    const DWORD lastError = GetLastError(); // which these functions leave alone
+    const auto isKey = [](const Object& object)
+    {
+        return object.type == ObjectType::RegistryKey;
+    };
+    const bool closed = CloseEntry(key, isKey) != FALSE;
+    SetLastError(lastError);
+    return closed ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
+}
+
+LSTATUS WINAPI RegDeleteKeyW(HKEY key, LPCWSTR subKey)
+{
+    if (subKey == nullptr)
+        return ERROR_INVALID_PARAMETER;
+    Ref<OpenKey> located;
+    const LSTATUS status = Locate(key, subKey, located);
+    if (status != ERROR_SUCCESS)
+        return status;
+    if (located->path.empty())
+        return ERROR_ACCESS_DENIED;
+    if (!Exists(*located))
+        return ERROR_FILE_NOT_FOUND;
+    return located->hive.Change(
+        [&](RegistryKey& root) -> LSTATUS
+        {
+            KeyPath parentPath = located->path;
+            const std::u16string name = FoldName(parentPath.back());
+            parentPath.pop_back();
+            RegistryKey* const parent = root.Find(parentPath);
+            const auto found = parent != nullptr ? parent->keys.find(name) : decltype(parent->keys.find(name)){};
+            if (parent == nullptr || found == parent->keys.end())
+                return ERROR_FILE_NOT_FOUND;
+            if (!found->second->keys.empty())
+                return ERROR_ACCESS_DENIED; // only a key without keys below it is deleted
+            parent->keys.erase(found);
+            return ERROR_SUCCESS;
+        });
+}
+
+LSTATUS WINAPI RegEnumKeyExW(HKEY handle, DWORD index, LPWSTR name, LPDWORD nameSize, LPDWORD reserved,
+    LPWSTR className, LPDWORD classSize, PFILETIME lastWrite)
+{
+    if (name == nullptr || nameSize == nullptr || reserved != nullptr)
+        return ERROR_INVALID_PARAMETER;
+    const LSTATUS status = ReadKey(handle, KEY_ENUMERATE_SUB_KEYS,
+        [&](const RegistryKey& key) -> LSTATUS
+        {
+            if (index >= key.keys.size())
+                return ERROR_NO_MORE_ITEMS;
+            return CopyName(std::next(key.keys.begin(), index)->second->name, name, nameSize);
+        });
+    if (status != ERROR_SUCCESS)
+        return status;
+    if (lastWrite != nullptr)
+        *lastWrite = LastWriteTimeOf(handle);
+    return CopyName({}, className, classSize); // keys have no classes
+}
+
+LSTATUS WINAPI RegQueryInfoKeyW(HKEY handle, LPWSTR className, LPDWORD classSize, LPDWORD reserved, LPDWORD subKeys,
+    LPDWORD maxSubKeyName, LPDWORD maxClass, LPDWORD values, LPDWORD maxValueName, LPDWORD maxValueSize,
+    LPDWORD securitySize, PFILETIME lastWrite)
+{
+    if (reserved != nullptr || (className != nullptr && classSize == nullptr))
+        return ERROR_INVALID_PARAMETER;
+    const auto put = [](LPDWORD target, size_t value)
+    {
+        if (target != nullptr)
+            *target = static_cast<DWORD>(value);
+    };
+    const LSTATUS status = ReadKey(handle, KEY_QUERY_VALUE,
+        [&](const RegistryKey& key) -> LSTATUS
+        {
+            size_t longestKey = 0, longestValue = 0, largestValue = 0;
+            for (const auto& entry : key.keys)
+                longestKey = std::max(longestKey, entry.second->name.size());
+            for (const auto& entry : key.values)
+            {
+                longestValue = std::max(longestValue, entry.second.name.size());
+                largestValue = std::max(largestValue, entry.second.data.size());
+            }
+            put(subKeys, key.keys.size());
+            put(maxSubKeyName, longestKey);
+            put(maxClass, 0);
+            put(values, key.values.size());
+            put(maxValueName, longestValue);
+            put(maxValueSize, largestValue);
+            put(securitySize, 0); // access is a matter of the file
+            return ERROR_SUCCESS;
+        });
+    if (status != ERROR_SUCCESS)
+        return status;
+    if (lastWrite != nullptr)
+        *lastWrite = LastWriteTimeOf(handle);
+    return CopyName({}, className, classSize);
+}

@@ -1,0 +1,84 @@
+// Reading, setting, deleting and listing values.
+#include "base/text.h"
+#include "registry/open_key.h"
+#include "registry/output.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <iterator>
+
+using namespace qxplatform;
+
+namespace
+{
+
+// A null name means the value without one.
+std::u16string_view ValueName(LPCWSTR name)
+{
+    return name != nullptr ? View(name) : std::u16string_view();
+}
+
+} // namespace
+
+LSTATUS WINAPI RegQueryValueExW(HKEY handle, LPCWSTR name, LPDWORD reserved, LPDWORD type, LPBYTE data, LPDWORD size)
+{
+    if (reserved != nullptr || (data != nullptr && size == nullptr))
+        return ERROR_INVALID_PARAMETER;
+    return ReadKey(handle, KEY_QUERY_VALUE,
+        [&](const RegistryKey& key) -> LSTATUS
+        {
+            const RegistryValue* const value = key.FindValue(ValueName(name));
+            return value != nullptr ? CopyValue(*value, type, data, size) : ERROR_FILE_NOT_FOUND;
+        });
+}
+
+LSTATUS WINAPI RegSetValueExW(HKEY handle, LPCWSTR name, DWORD, DWORD type, const BYTE* data, DWORD size)
+{
+    if (data == nullptr && size != 0)
+        return ERROR_NOACCESS;
+    const std::u16string_view valueName = ValueName(name);
+    if (valueName.size() > kMaxValueName)
+        return ERROR_INVALID_PARAMETER;
+    return ChangeKey(handle, KEY_SET_VALUE,
+        [&](RegistryKey& key) -> LSTATUS
+        {
+            const RegistryValue* const old = key.FindValue(valueName);
+            if (old != nullptr && old->type == type &&
+                std::equal(old->data.begin(), old->data.end(), data, data + size))
+                return Hive::kUnchanged;
+            RegistryValue& value = key.EnsureValue(valueName);
+            value.type = type;
+            value.data.assign(data, data + size);
+            return ERROR_SUCCESS;
+        });
+}
+
+LSTATUS WINAPI RegDeleteValueW(HKEY handle, LPCWSTR name)
+{
+    // Asked first, so that nothing is written, not even the lock, for what isn't there.
+    const LSTATUS status = ReadKey(handle, KEY_SET_VALUE,
+        [&](const RegistryKey& key) -> LSTATUS
+        { return key.FindValue(ValueName(name)) != nullptr ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND; });
+    if (status != ERROR_SUCCESS)
+        return status;
+    return ChangeKey(handle, KEY_SET_VALUE,
+        [&](RegistryKey& key) -> LSTATUS
+        { return key.values.erase(FoldName(ValueName(name))) != 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND; });
+}
+
+LSTATUS WINAPI RegEnumValueW(
+    HKEY handle, DWORD index, LPWSTR name, LPDWORD nameSize, LPDWORD reserved, LPDWORD type, LPBYTE data, LPDWORD size)
+{
+    if (name == nullptr || nameSize == nullptr || reserved != nullptr || (data != nullptr && size == nullptr))
+        return ERROR_INVALID_PARAMETER;
+    return ReadKey(handle, KEY_QUERY_VALUE,
+        [&](const RegistryKey& key) -> LSTATUS
+        {
+            if (index >= key.values.size())
+                return ERROR_NO_MORE_ITEMS;
+            const RegistryValue& value = std::next(key.values.begin(), index)->second;
+            const LSTATUS status = CopyName(value.name, name, nameSize);
+            return status == ERROR_SUCCESS ? CopyValue(value, type, data, size) : status;
+        });
+}

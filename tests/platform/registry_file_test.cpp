@@ -1,0 +1,388 @@
+// The registry's files: their text form, damage, other processes.
+#include "platform/own_registry.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using namespace std::string_view_literals;
+
+constexpr const char* kHeader = "Windows Registry Editor Version 5.00\r\n\r\n";
+
+std::string ToUtf16(std::u16string_view text)
+{
+    return "\xFF\xFE" + std::string(reinterpret_cast<const char*>(text.data()), text.size() * 2);
+}
+
+class RegistryFile : public testing::Test
+{
+protected:
+    void SetUp() override { fs::remove(_file); }
+    void TearDown() override
+    {
+        for (const auto& entry : fs::directory_iterator(OwnRegistryFolder()))
+            fs::remove_all(entry.path());
+    }
+
+    void WriteFile(const std::string& bytes) { std::ofstream(_file, std::ios::binary) << bytes; }
+    std::string ReadFile()
+    {
+        std::ostringstream bytes;
+        bytes << std::ifstream(_file, std::ios::binary).rdbuf();
+        return bytes.str();
+    }
+
+    static HKEY Open(const wchar_t* name, REGSAM access = KEY_ALL_ACCESS)
+    {
+        HKEY key = nullptr;
+        EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, name, 0, access, &key), ERROR_SUCCESS);
+        return key;
+    }
+    static LSTATUS Create(const wchar_t* name)
+    {
+        HKEY key = nullptr;
+        const LSTATUS status =
+            RegCreateKeyExW(HKEY_CURRENT_USER, name, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
+        if (key != nullptr)
+            RegCloseKey(key);
+        return status;
+    }
+    static LSTATUS SetNumber(HKEY key, const wchar_t* name, DWORD number)
+    {
+        return RegSetValueExW(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof(number));
+    }
+    // The data as hex with the type in front; the error where there is none.
+    static std::string Value(const wchar_t* keyName, const wchar_t* name)
+    {
+        HKEY key = nullptr;
+        LSTATUS status = RegOpenKeyExW(HKEY_CURRENT_USER, keyName, 0, KEY_READ, &key);
+        BYTE data[100];
+        DWORD size = sizeof(data), type = 0;
+        if (status == ERROR_SUCCESS)
+        {
+            status = RegQueryValueExW(key, name, nullptr, &type, data, &size);
+            RegCloseKey(key);
+        }
+        std::ostringstream text;
+        if (status != ERROR_SUCCESS)
+            text << "error " << status;
+        else
+        {
+            text << type << ':' << std::hex;
+            for (DWORD i = 0; i < size; ++i)
+                text << (data[i] < 16 ? "0" : "") << unsigned{data[i]};
+        }
+        return text.str();
+    }
+
+    const std::string _file = OwnRegistryFolder() + "/user.reg";
+};
+
+// What a system's own editor exports, in its form, is written so again.
+TEST_F(RegistryFile, WritesTheFormOfTheSystemsEditor)
+{
+    const std::u16string text =
+        u"Windows Registry Editor Version 5.00\r\n"
+        u"\r\n"
+        u"[HKEY_CURRENT_USER]\r\n"
+        u"\r\n"
+        u"[HKEY_CURRENT_USER\\Software]\r\n"
+        u"\r\n"
+        u"[HKEY_CURRENT_USER\\Software\\One]\r\n"
+        u"@=\"default\"\r\n"
+        u"\"Binary\"=hex:00,01,02,03,04,05,06,07,08,09,0a,0b,0c,0d,0e,0f,10,11,12,13,14,15,\\\r\n"
+        u"  16,17,18,19,1a,1b,1c,1d,1e,1f\r\n"
+        u"\"Expand\"=hex(2):25,00,41,00,25,00,00,00\r\n"
+        u"\"Multi\"=hex(7):61,00,00,00,62,00,00,00,00,00\r\n"
+        u"\"Number\"=dword:0000abcd\r\n"
+        u"\"Quote \\\" \\\\\"=\"C:\\\\x \\\"y\\\" ü€\"\r\n"
+        u"\"Qword\"=hex(b):01,00,00,00,00,00,00,80\r\n"
+        u"\r\n";
+    WriteFile(ToUtf16(text));
+    EXPECT_EQ(Value(L"Software\\One", L"expand"), "2:2500410025000000");
+    EXPECT_EQ(Value(L"Software\\One", L"qword"), "11:0100000000000080");
+    EXPECT_EQ(Value(L"Software\\One", L"quote \" \\"), "1:43003a005c0078002000220079002200"
+                                                       "2000fc00ac200000");
+    const HKEY key = Open(L"Software\\One");
+    EXPECT_EQ(SetNumber(key, L"Zero", 0), ERROR_SUCCESS);
+    RegCloseKey(key);
+    EXPECT_EQ(ReadFile(), ToUtf16(text.substr(0, text.size() - 2) + u"\"Zero\"=dword:00000000\r\n"));
+}
+
+// By hand, in UTF-8, with all the freedom that the form leaves.
+TEST_F(RegistryFile, ReadsWhatPeopleWrite)
+{
+    WriteFile(std::string("\xEF\xBB\xBF") + "Windows Registry Editor Version 5.00\n"
+                                            "; about all\n"
+                                            "\n"
+                                            "[HKEY_CURRENT_USER\\A]  \n"
+                                            "  \"blanks\"  =  \"x\"  \n"
+                                            "\"\xC3\xBC\"=DWORD:1F ; a note\n"
+                                            "\"bytes\"=HEX:1,02, \\\n"
+                                            "\t03,\\\r\n"
+                                            "  4\n"
+                                            "\"none\"=hex(0):\n"
+                                            "\"two\n"
+                                            "lines\"=\"a\r\n"
+                                            "b\"\n"
+                                            "\"gone\"=\"1\"\n"
+                                            "\"GONE\"=-\n"
+                                            "\"twice\"=dword:1\n"
+                                            "\"Twice\"=dword:2\n"
+                                            "[hkey_current_user\\b\\c]\n"
+                                            "@=dword:3\n"
+                                            "[-HKEY_CURRENT_USER\\B\\C]\n"
+                                            "[-HKEY_CURRENT_USER\\never was]\n"
+                                            "[HKEY_CURRENT_USER\\a]\n"
+                                            "; about the last\n"
+                                            "\"last\"=dword:00000004\n"
+                                            "; at the end");
+    struct
+    {
+        const wchar_t *key, *name;
+        const char* value;
+    } const cases[] = {
+        {L"A", L"blanks", "1:78000000"},
+        {L"A", L"Ü", "4:1f000000"},
+        {L"A", L"bytes", "3:01020304"},
+        {L"A", L"none", "0:"},
+        {L"A", L"two\nlines", "1:61000d000a0062000000"},
+        {L"A", L"gone", "error 2"},
+        {L"A", L"twice", "4:02000000"},
+        {L"A", L"last", "4:04000000"},
+        {L"b", nullptr, "error 2"},
+        {L"b\\c", nullptr, "error 2"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(Value(c.key, c.name), c.value) << c.key << L" " << c.name;
+
+    // The comments of people outlive our changes.
+    const HKEY key = Open(L"A");
+    EXPECT_EQ(SetNumber(key, L"blanks", 1), ERROR_SUCCESS);
+    RegCloseKey(key);
+    const std::string text = ReadFile();
+    for (const std::u16string_view lines : {u"; about all\r\n[HKEY_CURRENT_USER\\A]"sv,
+             u"; a note\r\n\"\u00FC\"=dword:0000001f"sv, u"; about the last\r\n\"last\"="sv, u"\r\n; at the end\r\n"sv})
+        EXPECT_NE(text.find(ToUtf16(lines).substr(2)), std::string::npos) << ToUtf16(lines);
+    EXPECT_EQ(Value(L"A", L"two\nlines"), "1:61000d000a0062000000");
+}
+
+TEST_F(RegistryFile, DamageIsReadAroundAndNeverWrittenOver)
+{
+    const std::string good = std::string(kHeader) + "[HKEY_CURRENT_USER\\k]\r\n\"v\"=dword:00000001\r\n";
+    const std::string bad[] = {
+        good + "\"open=\"x\r\n",
+        good + "\"x\"=\r\n",
+        good + "\"x\"=\"abc\r\n",
+        good + "\"x\"=\"a\\n\"\r\n",
+        good + "\"x\"=dword:123456789\r\n",
+        good + "\"x\"=dword:\r\n",
+        good + "\"x\"=hex(:00\r\n",
+        good + "\"x\"=hex(1:00\r\n",
+        good + "\"x\"=hex:0g\r\n",
+        good + "\"x\"=hex:00,\\ 01\r\n",
+        good + "\"x\"=\"a\" b\r\n",
+        good + "\"x\"=-1\r\n",
+        good + "x=1\r\n",
+        good + "[HKEY_CURRENT_USER\\k\r\n",
+        good + "[HKEY_LOCAL_MACHINE\\k]\r\n\"v\"=dword:00000002\r\n",
+        good + "[HKEY_CURRENT_USERS\\k]\r\n\"v\"=dword:00000002\r\n",
+        good + "[HKEY_CURRENT_USER\\" + std::string(256, 'n') + "]\r\n",
+        good + "[-HKEY_CURRENT_USER]\r\n",
+        good + "\"\xFF\"=\"x\"\r\n",
+        good + std::string(3, '\0'),
+        "\"v\"=dword:00000002\r\n",
+        std::string("REGEDIT4\r\n\r\n") + "[HKEY_CURRENT_USER\\k]\r\n",
+        std::string(kHeader) + "\"v\"=dword:00000002\r\n" + good.substr(std::string(kHeader).size()),
+        "\xFF\xFEW",
+        "\xFE\xFF",
+    };
+    for (const std::string& bytes : bad)
+    {
+        SCOPED_TRACE(bytes);
+        WriteFile(bytes);
+        const bool readable = bytes.find("[HKEY_CURRENT_USER\\k]\r\n\"v\"") != std::string::npos;
+        EXPECT_EQ(Value(L"k", L"v"), readable ? "4:01000000" : "error 2");
+        EXPECT_EQ(Create(L"new"), ERROR_REGISTRY_CORRUPT);
+        EXPECT_EQ(SetNumber(HKEY_CURRENT_USER, L"v", 9), ERROR_REGISTRY_CORRUPT);
+        EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, L"k"), readable ? ERROR_REGISTRY_CORRUPT : ERROR_FILE_NOT_FOUND);
+        EXPECT_EQ(ReadFile(), bytes);
+    }
+    WriteFile("");
+    EXPECT_EQ(Create(L"new"), ERROR_SUCCESS) << "an empty file holds nothing to lose";
+}
+
+TEST_F(RegistryFile, DepthOfKeysIsBounded)
+{
+    std::u16string path;
+    for (int i = 0; i < 512; ++i)
+        path += u"k\\";
+    EXPECT_EQ(Create(reinterpret_cast<const wchar_t*>((path + u"k").c_str())), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(Create(reinterpret_cast<const wchar_t*>(path.c_str())), ERROR_SUCCESS);
+    std::string text = std::string(kHeader) + "[HKEY_CURRENT_USER";
+    for (int i = 0; i < 1000000; ++i)
+        text += "\\k";
+    WriteFile(text + "]\r\n");
+    EXPECT_EQ(Create(L"x"), ERROR_REGISTRY_CORRUPT);
+}
+
+TEST_F(RegistryFile, ChangesOfOthersAreSeenAtOnce)
+{
+    ASSERT_EQ(Create(L"k"), ERROR_SUCCESS);
+    const HKEY key = Open(L"k");
+    ASSERT_EQ(SetNumber(key, L"v", 1), ERROR_SUCCESS);
+    std::string text = ReadFile();
+    for (char digit = '2'; digit <= '9'; ++digit)
+    {
+        // In place, with the same size, as quickly as can be.
+        text[text.rfind(static_cast<char>(digit - 1))] = digit;
+        WriteFile(text);
+        EXPECT_EQ(Value(L"k", L"v"), std::string("4:0") + digit + "000000");
+    }
+    fs::remove(_file);
+    EXPECT_EQ(SetNumber(key, L"v", 1), ERROR_KEY_DELETED);
+    RegCloseKey(key);
+}
+
+TEST_F(RegistryFile, ProcessesDoNotLoseEachOthersChanges)
+{
+    ASSERT_EQ(Create(L"k"), ERROR_SUCCESS);
+    constexpr int kProcesses = 4, kValues = 25;
+    std::vector<pid_t> children;
+    for (int process = 0; process < kProcesses; ++process)
+    {
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0)
+        {
+            const HKEY key = Open(L"k");
+            int failures = 0;
+            for (int i = 0; i < kValues; ++i)
+            {
+                const wchar_t name[] = {static_cast<wchar_t>(L'a' + process), static_cast<wchar_t>(L'a' + i), L'\0'};
+                failures += SetNumber(key, name, static_cast<DWORD>(i)) != ERROR_SUCCESS;
+            }
+            _exit(failures);
+        }
+        children.push_back(child);
+    }
+    for (const pid_t child : children)
+    {
+        int status = -1;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+    }
+    const HKEY key = Open(L"k");
+    DWORD values = 0;
+    EXPECT_EQ(RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &values, nullptr, nullptr,
+                  nullptr, nullptr),
+        ERROR_SUCCESS);
+    EXPECT_EQ(values, DWORD{kProcesses * kValues});
+    RegCloseKey(key);
+}
+
+TEST_F(RegistryFile, ThreadsMayReadAndWriteAtOnce)
+{
+    ASSERT_EQ(Create(L"k"), ERROR_SUCCESS);
+    std::vector<std::thread> threads;
+    for (wchar_t letter = L'a'; letter < L'e'; ++letter)
+        threads.emplace_back(
+            [letter]
+            {
+                const wchar_t name[] = {letter, L'\0'};
+                const HKEY key = Open(L"k");
+                for (DWORD i = 0; i < 20; ++i)
+                {
+                    EXPECT_EQ(SetNumber(key, name, i), ERROR_SUCCESS);
+                    DWORD number = 0, size = sizeof(number);
+                    EXPECT_EQ(RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &size),
+                        ERROR_SUCCESS);
+                    EXPECT_EQ(number, i);
+                }
+                RegCloseKey(key);
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+TEST_F(RegistryFile, KeepsModeAndLinksOfTheFile)
+{
+    ASSERT_EQ(Create(L"first"), ERROR_SUCCESS);
+    struct stat status;
+    ASSERT_EQ(stat(_file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+
+    const std::string real = OwnRegistryFolder() + "/elsewhere.reg";
+    fs::rename(_file, real);
+    fs::create_symlink(real, _file);
+    chmod(real.c_str(), 0640);
+    ASSERT_EQ(Create(L"second"), ERROR_SUCCESS);
+    EXPECT_TRUE(fs::is_symlink(_file));
+    ASSERT_EQ(stat(real.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0640u);
+    for (const wchar_t* name : {L"first", L"second"})
+        RegCloseKey(Open(name));
+}
+
+// Sets the variable that names the folder for one scope.
+class OtherHome
+{
+public:
+    explicit OtherHome(const std::string& folder) { setenv("QXPLATFORM_HOME", folder.c_str(), 1); }
+    ~OtherHome() { setenv("QXPLATFORM_HOME", OwnRegistryFolder().c_str(), 1); }
+};
+
+TEST_F(RegistryFile, WithoutAUsableFolderReadingFindsNothingAndWritingFails)
+{
+    WriteFile("");
+    HKEY key = nullptr;
+    for (const std::string& folder : {std::string("/proc/qxplatform"), _file + "/below"})
+    {
+        const OtherHome home(folder);
+        for (const HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE})
+        {
+            EXPECT_EQ(RegOpenKeyExW(root, L"Software", 0, KEY_READ, &key), ERROR_FILE_NOT_FOUND) << folder;
+            const LSTATUS status =
+                RegCreateKeyExW(root, L"Software", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
+            EXPECT_TRUE(status == ERROR_PATH_NOT_FOUND || status == ERROR_FILE_NOT_FOUND) << folder << ": " << status;
+            EXPECT_EQ(key, nullptr);
+            EXPECT_NE(SetNumber(root, L"v", 1), ERROR_SUCCESS);
+            EXPECT_EQ(RegDeleteValueW(root, L"v"), ERROR_FILE_NOT_FOUND);
+        }
+    }
+    {
+        const OtherHome home(OwnRegistryFolder() + "/made/at/once");
+        EXPECT_EQ(Create(L"k"), ERROR_SUCCESS);
+        RegCloseKey(Open(L"k"));
+    }
+    // What stands in the place of the file and is none is neither waited for nor replaced.
+    const std::string odd = OwnRegistryFolder() + "/odd";
+    fs::create_directory(odd);
+    ASSERT_EQ(mkfifo((odd + "/user.reg").c_str(), 0600), 0);
+    fs::create_directory(odd + "/machine.reg");
+    const OtherHome home(odd);
+    for (const HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE})
+    {
+        EXPECT_EQ(SetNumber(root, L"v", 1), ERROR_CANTREAD);
+        EXPECT_EQ(RegOpenKeyExW(root, L"Software", 0, KEY_READ, &key), ERROR_CANTREAD);
+    }
+}
+
+} // namespace
