@@ -2,13 +2,13 @@
 
 #include "core/regex.h"
 #include "core/text_compare.h"
+#include "core/text_hash.h"
 
 #include <windows.h>
 
 #include <wchar.h>
 
 #include <climits>
-#include <cstring>
 #include <string_view>
 
 namespace qx
@@ -35,32 +35,7 @@ int String::CompareLocale(const String& other, int maxChars) const
 
 std::uint64_t String::Hash() const noexcept
 {
-    constexpr std::uint64_t k = 0x9DDFEA08EB382D69;
-    std::uint64_t hash = 0;
-    const auto mix = [&hash](std::uint64_t unit)
-    {
-        const std::uint64_t a = (unit ^ hash) * k;
-        const std::uint64_t b = ((a >> 47) ^ a ^ hash) * k;
-        hash = ((b >> 47) ^ b) * k;
-    };
-
-    // Little-endian units of 8 bytes, then what is left as one of 4 and one of 2.
-    const wchar_t* text = Text();
-    std::size_t left = _length;
-    const auto take = [&]<class Unit>(Unit unit)
-    {
-        std::memcpy(&unit, text, sizeof(unit));
-        text += sizeof(unit) / sizeof(wchar_t);
-        left -= sizeof(unit) / sizeof(wchar_t);
-        mix(unit);
-    };
-    while (left >= 4)
-        take(std::uint64_t{});
-    if (left >= 2)
-        take(std::uint32_t{});
-    if (left >= 1)
-        take(std::uint16_t{});
-    return hash;
+    return TextHash({Text(), _length});
 }
 
 // ---- Search and fields

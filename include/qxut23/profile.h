@@ -1,0 +1,185 @@
+/* The profile store: a tree of named text values in memory, loaded from a file and saved to one.
+
+   Terms
+     A job is one open profile. A list holds, in the order of their making, leaves (a name and a text value) and further
+     lists. Names are compared by code unit, with case, and may repeat; a leaf and a list may have one name.
+     A path is names of lists separated by '/', and, where a leaf is meant, its name behind the last '/'. A path that
+     begins with '/' starts at the root, any other at the list that is given. A name in front of a '/' counts up to its
+     first 255 characters. The empty path is the empty name.
+
+   Handles
+     Both are opaque. A null job is the invalid one, which every function takes without harm; a null list is the root. A
+     list handle stays valid until that list or one around it is deleted or emptied, or the job is closed, and is for
+   its own job only.
+
+   Texts
+     Zero-terminated. They stay the caller's; null counts as empty where nothing else is said. Functions with a text
+     argument exist twice: ...W takes UTF-16, ...A 8-bit text in the process's default code page, which is converted.
+     What a conversion can't express becomes what the system puts in its place.
+
+   Threads
+     One job is for one thread at a time; only ProfJobAddRef and ProfJobClose may run beside other calls. Different jobs
+     have nothing to do with each other.
+
+   Running out of memory fails the call: with PROF_ERR_STOPPED where there is a code, with null or nothing done
+   elsewhere. */
+#ifndef QXUT23_PROFILE_H
+#define QXUT23_PROFILE_H
+
+#include <qxut23/base.h>
+
+QXUT_EXTERN_C_BEGIN
+
+typedef struct ProfJobObject* HPROFJOB;
+typedef struct ProfListObject* HPROFLIST;
+
+/* Result codes. Each function names those that it gives. */
+enum
+{
+    PROF_OK = 0,
+    PROF_ERR_CANNOT_READ = -1,  /* the source is missing, can't be opened, or its name is refused */
+    PROF_ERR_CANNOT_WRITE = -3, /* the target or the exclusive source can't be opened or locked */
+    PROF_ERR_WRITE_FAILED = -4, /* the profile could not be written */
+    PROF_ERR_INVALID_JOB = -5,
+    PROF_ERR_NO_LEAF = -6,       /* there is no such leaf */
+    PROF_ERR_MALFORMED = -7,     /* the source is not a well-formed profile */
+    PROF_ERR_STOPPED = -8,       /* the work stopped early, or memory ran out */
+    PROF_ERR_NOT_THAT_TYPE = -9, /* the value is there, but its text isn't one of the asked type */
+    PROF_ERR_LOCKED = -10        /* another process keeps the file, or its content could not be fetched */
+};
+
+/* Flags of a save: the form in the low four bits, where any value but these means XML, and how it is packed. */
+enum
+{
+    PROF_FORM_TEXT = 0,
+    PROF_FORM_XML = 1,
+    PROF_FORM_XFDF = 2,
+    PROF_SAVE_PACKED = 0x40,
+    PROF_SAVE_PACKED_AS_LOADED = 0x80 /* packed if the job was loaded from a packed source */
+};
+
+/* ---- Jobs ---- */
+
+/* Opens a job and loads the file `name` into it; with null it is an empty job without a file. The file must exist and
+   is closed again when it's loaded. A file that another process keeps to itself is waited for up to 10 seconds. A file
+   of 0 bytes is an empty profile; one of 1 to 3 bytes is none.
+
+   A file whose first line is "[/]" holds a profile in its text form. If the first line begins with '[' otherwise, it is
+   read as an INI file: the keys of the first section become leaves of the root, and since nothing ends a section there,
+   each further section is a list inside the one before it. UTF-16 with a mark, UTF-8 with or without (files of less
+   than 201 bytes only with), and 8-bit text in the default code page are told apart by the content.
+
+   The result is a job in any case but that of no memory (null), with one reference; ask ProfGetError how it went. What
+   was read before a failure is in it. */
+QXUT_API HPROFJOB ProfJobOpenA(const char* name);
+QXUT_API HPROFJOB ProfJobOpenW(const QXWCHAR* name);
+
+/* The same, but the file is made if it is missing, and stays open until the job is closed: others can read it
+   meanwhile, not write it or open it exclusively. ProfSave with a null name writes to it in place. */
+QXUT_API HPROFJOB ProfJobOpenExclusiveA(const char* name);
+QXUT_API HPROFJOB ProfJobOpenExclusiveW(const QXWCHAR* name);
+
+/* One more reference, and one less; the last one frees the job with all its lists, and closes its file. */
+QXUT_API void ProfJobAddRef(HPROFJOB job);
+QXUT_API void ProfJobClose(HPROFJOB job);
+
+/* How opening and loading went: PROF_OK, PROF_ERR_CANNOT_READ, PROF_ERR_CANNOT_WRITE (exclusive open only),
+   PROF_ERR_MALFORMED, PROF_ERR_LOCKED; PROF_ERR_INVALID_JOB. Later calls don't change it. */
+QXUT_API int32_t ProfGetError(HPROFJOB job);
+
+/* Writes the job to the file `name`, replacing what it holds; null means the file that the job was opened with. Whoever
+   has the file open is waited for up to 10 seconds, and so is any other cause that keeps it from being opened. The job
+   isn't changed. A profile without entries makes a file of 0 bytes. `flags` are the PROF_FORM_ and PROF_SAVE_ values
+   above; of the forms only PROF_FORM_TEXT, unpacked, is written yet.
+   PROF_OK (also for the invalid job), PROF_ERR_CANNOT_WRITE, PROF_ERR_WRITE_FAILED (the disk is full, or the form isn't
+   one that is written; nothing is touched in the second case), PROF_ERR_STOPPED. */
+QXUT_API int32_t ProfSaveA(HPROFJOB job, const char* name, int32_t flags);
+QXUT_API int32_t ProfSaveW(HPROFJOB job, const QXWCHAR* name, int32_t flags);
+
+/* `which` 0: the version as one number, 5890 (0x1702); 1: the major one, 23; 2: the minor one, 2; otherwise -1. */
+QXUT_API int32_t ProfGetVersion(int32_t which);
+
+/* Writes the list with all below it to the debug output, a line an entry, indented by its depth.
+   PROF_OK; PROF_ERR_INVALID_JOB; PROF_ERR_STOPPED. */
+QXUT_API int32_t ProfDebugList(HPROFJOB job, HPROFLIST list);
+
+/* Does nothing; kept for callers that have it. */
+QXUT_API void ProfSetDebug(void);
+
+/* ---- Lists ----
+   Where a list is made, a name that begins with '[' loses that and its last character, whatever that is. */
+
+/* The first list of the path, or null. A null path gives `list` itself; ".." as the path, or as its last component, the
+   list around, which the root hasn't. Each component is sought in the first list of the name before it only. */
+QXUT_API HPROFLIST ProfGetListA(HPROFJOB job, HPROFLIST list, const char* path);
+QXUT_API HPROFLIST ProfGetListW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path);
+
+/* The list of the path, empty: lists that are missing are made behind the others, the first of each name is entered,
+   and a last one that was there is emptied. Null for the invalid job. */
+QXUT_API HPROFLIST ProfCreateListA(HPROFJOB job, HPROFLIST list, const char* path);
+QXUT_API HPROFLIST ProfCreateListW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path);
+
+/* A new list for each component of the path, also where one of that name exists; the last one is the result. Null for
+   the invalid job. */
+QXUT_API HPROFLIST ProfAppendListA(HPROFJOB job, HPROFLIST list, const char* path);
+QXUT_API HPROFLIST ProfAppendListW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path);
+
+/* Removes all entries of the list. */
+QXUT_API void ProfEmptyList(HPROFJOB job, HPROFLIST list);
+
+/* Removes every list that has the last name of the path, in every list that the names before it match, beginning at
+   `list` also if the path begins with '/'. The empty path removes all entries of `list`, leaves too. With a null path
+   `list` itself is removed. */
+QXUT_API void ProfDeleteListA(HPROFJOB job, HPROFLIST list, const char* path);
+QXUT_API void ProfDeleteListW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path);
+
+/* The same for every leaf that has the last name; the empty path removes all entries of `list`, lists too. A null path
+   does nothing. */
+QXUT_API void ProfDeleteItemA(HPROFJOB job, HPROFLIST list, const char* path);
+QXUT_API void ProfDeleteItemW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path);
+
+/* One entry of a list: `name` and `value` are never null, belong to the tree and are valid during the call only;
+   `child` is null for a leaf. The callback may change the tree and remove the entry that it was given, but no other
+   entry of the list that is walked. 0 ends the walk. */
+typedef int32_t (*ProfEnumCallbackA)(HPROFJOB job, const char* name, const char* value, HPROFLIST child, void* context);
+typedef int32_t (*ProfEnumCallbackW)(
+    HPROFJOB job, const QXWCHAR* name, const QXWCHAR* value, HPROFLIST child, void* context);
+
+/* Calls back for each entry of the one list, in order. `context` is handed through. 1 if all were visited; 0 if the
+   callback ended the walk, is null, or the job is invalid. */
+QXUT_API int32_t ProfEnumA(HPROFJOB job, HPROFLIST list, ProfEnumCallbackA callback, void* context);
+QXUT_API int32_t ProfEnumW(HPROFJOB job, HPROFLIST list, ProfEnumCallbackW callback, void* context);
+
+/* Appends a deep copy of all entries of the source list to the target list. They may be of one job, and even one list,
+   or one inside the other: the copy is of what the source holds when the call begins.
+   PROF_OK; PROF_ERR_INVALID_JOB if either job is; PROF_ERR_STOPPED, and nothing is copied. */
+QXUT_API int32_t ProfCopyList(HPROFJOB targetJob, HPROFLIST targetList, HPROFJOB sourceJob, HPROFLIST sourceList);
+
+/* ---- Values ---- */
+
+/* Copies the value of the first leaf of the path to `buffer`, which has room for `size` characters, terminator
+   included: at most size - 1 characters and always a terminator; with 0 or less nothing is written. Before anything
+   else `buffer` gets `defaultValue` in the same way, unless that is the buffer itself; so it holds the default if there
+   is no leaf. The full length of the value in UTF-16 characters, so that `size` or more means that it was cut;
+   PROF_ERR_NO_LEAF; 0 for the invalid job. An ...A buffer counts bytes. */
+QXUT_API int32_t ProfGetStringA(
+    HPROFJOB job, HPROFLIST list, const char* path, char* buffer, int32_t size, const char* defaultValue);
+QXUT_API int32_t ProfGetStringW(
+    HPROFJOB job, HPROFLIST list, const QXWCHAR* path, QXWCHAR* buffer, int32_t size, const QXWCHAR* defaultValue);
+
+/* The length of the value in UTF-16 characters, without a terminator; PROF_ERR_NO_LEAF; 0 for the invalid job. */
+QXUT_API int32_t ProfGetStringLengthA(HPROFJOB job, HPROFLIST list, const char* path);
+QXUT_API int32_t ProfGetStringLengthW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path);
+
+/* Gives the first leaf of the path the value. Missing lists and a missing leaf are made behind what is there. A null
+   path or value does nothing. */
+QXUT_API void ProfSetStringA(HPROFJOB job, HPROFLIST list, const char* path, const char* value);
+QXUT_API void ProfSetStringW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const QXWCHAR* value);
+
+/* The same, but always a new leaf behind what is there. With a null path it has the empty name. */
+QXUT_API void ProfAppendStringA(HPROFJOB job, HPROFLIST list, const char* path, const char* value);
+QXUT_API void ProfAppendStringW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const QXWCHAR* value);
+
+QXUT_EXTERN_C_END
+
+#endif

@@ -1,0 +1,210 @@
+// The 8-bit form of an export, made from the signature of its wide form.
+#pragma once
+
+#include "core/charset_conversion.h"
+#include "exports/guard.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+namespace qx
+{
+
+// NarrowForm<ProfGetStringW>::Call takes the arguments of ProfGetStringA: each `const wchar_t*` is a `const char*`,
+// each `wchar_t*`, which the size of the buffer follows, a `char*`, and a callback has its texts in 8 bits too; the
+// context of a callback follows it. Null stays null. Everything else is passed on as it is. `Failed` is the result
+// where there is no memory for a conversion.
+template <auto Wide, auto Failed = nullptr>
+struct NarrowForm;
+
+template <class T>
+struct NarrowType
+{
+    using Type = T;
+};
+
+template <>
+struct NarrowType<const wchar_t*>
+{
+    using Type = const char*;
+};
+
+template <>
+struct NarrowType<wchar_t*>
+{
+    using Type = char*;
+};
+
+template <class Result, class... Parameters>
+struct NarrowType<Result (*)(Parameters...)>
+{
+    using Type = Result (*)(typename NarrowType<Parameters>::Type...);
+};
+
+template <class T>
+constexpr bool kIsCallback = std::is_pointer_v<T>&& std::is_function_v<std::remove_pointer_t<T>>;
+
+// One place in the list of the narrow arguments.
+template <size_t Index, class Arguments>
+struct scArgumentPlace
+{
+    const Arguments& all;
+    auto Value() const { return std::get<Index>(all); }
+    auto Following() const { return std::get<Index + 1>(all); }
+};
+
+// An argument in both forms, for the length of one call.
+template <class T>
+class clsNarrowArgument
+{
+public:
+    template <size_t Index, class Arguments>
+    explicit clsNarrowArgument(scArgumentPlace<Index, Arguments> place) : _value(place.Value())
+    {
+    }
+    T Wide() { return _value; }
+
+private:
+    T _value;
+};
+
+template <>
+class clsNarrowArgument<const wchar_t*>
+{
+public:
+    template <size_t Index, class Arguments>
+    explicit clsNarrowArgument(scArgumentPlace<Index, Arguments> place)
+    {
+        if (place.Value() != nullptr)
+            _text.emplace(place.Value());
+    }
+    const wchar_t* Wide() { return _text ? _text->GetWide() : nullptr; }
+
+private:
+    std::optional<clsCharsetConversionString> _text;
+};
+
+// A buffer whose size follows. It delivers to the caller when it goes, which is after the call.
+template <>
+class clsNarrowArgument<wchar_t*>
+{
+public:
+    template <size_t Index, class Arguments>
+    explicit clsNarrowArgument(scArgumentPlace<Index, Arguments> place)
+    {
+        if (place.Value() != nullptr && place.Following() > 0)
+            _buffer.emplace(place.Value(), static_cast<uint32_t>(place.Following()));
+    }
+    wchar_t* Wide() { return _buffer ? _buffer->WideBuffer() : nullptr; }
+
+private:
+    std::optional<clsCharsetConversionString> _buffer;
+};
+
+// An argument on its way to an 8-bit callback.
+template <class T>
+class clsCallbackArgument
+{
+public:
+    explicit clsCallbackArgument(T value) : _value(value) {}
+    T Narrow() { return _value; }
+
+private:
+    T _value;
+};
+
+template <>
+class clsCallbackArgument<const wchar_t*>
+{
+public:
+    explicit clsCallbackArgument(const wchar_t* text) : _text(text) {}
+    const char* Narrow() { return _text.GetNarrow(); }
+
+private:
+    clsCharsetConversionString _text;
+};
+
+// A callback whose context follows. The wide function gets Forward for it, and this object as the context, which is the
+// last argument of every callback.
+template <class Result, class... Parameters>
+class clsNarrowArgument<Result (*)(Parameters...)>
+{
+    using WideCallback = Result (*)(Parameters...);
+    using NarrowCallback = typename NarrowType<WideCallback>::Type;
+
+public:
+    template <size_t Index, class Arguments>
+    explicit clsNarrowArgument(scArgumentPlace<Index, Arguments> place)
+        : _callback(place.Value()),
+          _context(place.Following())
+    {
+    }
+    WideCallback Wide() { return _callback != nullptr ? Forward : nullptr; }
+
+private:
+    static constexpr size_t kContext = sizeof...(Parameters) - 1;
+
+    static Result Forward(Parameters... parameters)
+    {
+        const auto all = std::tie(parameters...);
+        auto* self = static_cast<clsNarrowArgument*>(std::get<kContext>(all));
+        return self->CallNarrow(std::make_index_sequence<kContext>(), all);
+    }
+
+    template <size_t... Indices>
+    Result CallNarrow(std::index_sequence<Indices...>, const std::tuple<Parameters&...>& all)
+    {
+        return _callback(
+            clsCallbackArgument<std::tuple_element_t<Indices, std::tuple<Parameters...>>>(std::get<Indices>(all))
+                .Narrow()...,
+            _context);
+    }
+
+    NarrowCallback _callback;
+    void* _context;
+};
+
+template <class Result, class... Parameters, Result (*Wide)(Parameters...), auto Failed>
+struct NarrowForm<Wide, Failed>
+{
+    static Result Call(typename NarrowType<Parameters>::Type... arguments) noexcept
+    {
+        // The null is what follows the last argument.
+        const auto call = [&]
+        {
+            return CallWide(std::index_sequence_for<Parameters...>(), std::tuple(arguments..., nullptr));
+        };
+        if constexpr (std::is_void_v<Result>)
+            Guarded(call);
+        else
+            return Guarded(static_cast<Result>(Failed), call);
+    }
+
+private:
+    using Holders = std::tuple<clsNarrowArgument<Parameters>...>;
+
+    template <size_t... Indices, class Arguments>
+    static Result CallWide(std::index_sequence<Indices...>, const Arguments& narrow)
+    {
+        Holders holders(scArgumentPlace<Indices, Arguments>{narrow}...);
+        return Wide(WideArgument<Indices>(holders)...);
+    }
+
+    template <size_t Index>
+    static auto WideArgument(Holders& holders)
+    {
+        if constexpr (Index > 0)
+        {
+            using Before = std::tuple_element_t<Index - 1, std::tuple<Parameters...>>;
+            if constexpr (kIsCallback<Before>)
+                return static_cast<void*>(&std::get<Index - 1>(holders));
+        }
+        return std::get<Index>(holders).Wide();
+    }
+};
+
+} // namespace qx

@@ -1,0 +1,72 @@
+// The 8-bit forms of the profile family.
+#include <qxut23/profile.h>
+
+#include "exports/narrow.h"
+
+using qx::NarrowForm;
+
+HPROFJOB ProfJobOpenA(const char* name)
+{
+    return NarrowForm<ProfJobOpenW>::Call(name);
+}
+
+HPROFJOB ProfJobOpenExclusiveA(const char* name)
+{
+    return NarrowForm<ProfJobOpenExclusiveW>::Call(name);
+}
+
+int32_t ProfSaveA(HPROFJOB job, const char* name, int32_t flags)
+{
+    return NarrowForm<ProfSaveW, PROF_ERR_STOPPED>::Call(job, name, flags);
+}
+
+HPROFLIST ProfGetListA(HPROFJOB job, HPROFLIST list, const char* path)
+{
+    return NarrowForm<ProfGetListW>::Call(job, list, path);
+}
+
+HPROFLIST ProfCreateListA(HPROFJOB job, HPROFLIST list, const char* path)
+{
+    return NarrowForm<ProfCreateListW>::Call(job, list, path);
+}
+
+HPROFLIST ProfAppendListA(HPROFJOB job, HPROFLIST list, const char* path)
+{
+    return NarrowForm<ProfAppendListW>::Call(job, list, path);
+}
+
+void ProfDeleteListA(HPROFJOB job, HPROFLIST list, const char* path)
+{
+    NarrowForm<ProfDeleteListW>::Call(job, list, path);
+}
+
+void ProfDeleteItemA(HPROFJOB job, HPROFLIST list, const char* path)
+{
+    NarrowForm<ProfDeleteItemW>::Call(job, list, path);
+}
+
+int32_t ProfEnumA(HPROFJOB job, HPROFLIST list, ProfEnumCallbackA callback, void* context)
+{
+    return NarrowForm<ProfEnumW, 0>::Call(job, list, callback, context);
+}
+
+int32_t ProfGetStringA(
+    HPROFJOB job, HPROFLIST list, const char* path, char* buffer, int32_t size, const char* defaultValue)
+{
+    return NarrowForm<ProfGetStringW, PROF_ERR_STOPPED>::Call(job, list, path, buffer, size, defaultValue);
+}
+
+int32_t ProfGetStringLengthA(HPROFJOB job, HPROFLIST list, const char* path)
+{
+    return NarrowForm<ProfGetStringLengthW, PROF_ERR_STOPPED>::Call(job, list, path);
+}
+
+void ProfSetStringA(HPROFJOB job, HPROFLIST list, const char* path, const char* value)
+{
+    NarrowForm<ProfSetStringW>::Call(job, list, path, value);
+}
+
+void ProfAppendStringA(HPROFJOB job, HPROFLIST list, const char* path, const char* value)
+{
+    NarrowForm<ProfAppendStringW>::Call(job, list, path, value);
+}

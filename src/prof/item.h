@@ -1,0 +1,102 @@
+// The tree of a job: items and the lists that hold them.
+#pragma once
+
+#include "containers/slist.h"
+#include "prof/list_index.h"
+#include "prof/text_record.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace qx
+{
+
+class clsItemList;
+class clsProfJob;
+
+// One node of the tree: a leaf with a value, or the entry of a list. A list entry and a leaf of one list may have the
+// same name. Items live in the arena of their job, which makes and releases them.
+class clsItem
+{
+public:
+    clsItem(clsItemList& parent, const scProfText& name) : _parent(&parent), _name(&name) {}
+    clsItem(const clsItem&) = delete;
+    clsItem& operator=(const clsItem&) = delete;
+
+    const scProfText& Name() const { return *_name; }
+    // A list entry has the empty value.
+    const wchar_t* ValueText() const { return _value; }
+    std::wstring_view Value() const { return {_value, _valueLength}; }
+    // The list that the item is the entry of, null for a leaf.
+    clsItemList* List() const { return _list; }
+    ItemKind Kind() const { return _list != nullptr ? ItemKind::List : ItemKind::Leaf; }
+    clsItemList& Parent() const { return *_parent; }
+
+private:
+    friend class clsItemList;
+    friend class clsProfJob;
+
+    WCSListNode<clsItem*> _node{nullptr, this}; // its place in the parent's ring
+    clsItemList* _list = nullptr;
+    clsItemList* _parent;
+    const scProfText* _name;
+    // The value is zero-terminated and lies in one of three places: the job's value table or the source image, where it
+    // stays as long as the job, or (with room, counted with the terminator) in a block that is the item's own.
+    const wchar_t* _value = L"";
+    uint32_t _valueLength = 0;
+    uint32_t _valueRoom = 0;
+};
+
+// The items of one list in the order of their making; names may repeat. Its items bring their own nodes, so that a walk
+// touches one record an item. Small lists are walked; a list that has been walked for longer than an index takes to
+// build gets one.
+class clsItemList : public WCValSList<clsItem*>
+{
+public:
+    clsItemList(clsProfJob& job, clsItemList* parent, const scProfText& name) : _job(job), _parent(parent), _name(&name)
+    {
+    }
+    clsItemList(const clsItemList&) = delete;
+    clsItemList& operator=(const clsItemList&) = delete;
+    // The nodes belong to the job's arena, which goes in one piece; lists that go earlier are emptied by the job.
+    ~clsItemList() override { AbandonNodes(); }
+
+    const scProfText& Name() const { return *_name; }
+    clsProfJob& Job() const { return _job; }
+    // The enclosing list, null for the root.
+    clsItemList* Parent() const { return _parent; }
+
+    // The first leaf or list entry of a name, or null.
+    clsItem* FindLeaf(std::wstring_view name) { return Find({name, ItemKind::Leaf}); }
+    clsItemList* FindList(std::wstring_view name);
+
+    // Takes an item that is in no list yet as its last one.
+    void AppendItem(clsItem& item);
+    // Takes all items of another list of the same job, which is left empty.
+    void AppendAllOf(clsItemList& other);
+
+    void RemoveAll();
+    void RemoveAll(std::wstring_view name, ItemKind kind);
+    void RemoveItem(clsItem& item);
+
+protected:
+    // Slot order of the virtual operations: destructor, ReleaseNode, AreEqual (pointers).
+    void ReleaseNode(Node* node) noexcept override;
+
+private:
+    friend class clsProfJob;
+
+    static constexpr size_t kShortList = 8;
+
+    clsItem* Find(const scItemKey& key);
+    void NoteWalk(uint32_t visited);
+    void ForgetIndex() noexcept;
+
+    clsProfJob& _job;
+    clsItemList* _parent;
+    const scProfText* _name;
+    clsListIndex _index;
+    uint32_t _walked = 0; // items visited by walks since the list last had an index
+};
+
+} // namespace qx

@@ -1,0 +1,204 @@
+#include "prof/job.h"
+
+#include "core/process_name.h"
+#include "core/registry.h"
+#include "core/text_hash.h"
+#include "prof/values.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+namespace qx
+{
+
+namespace
+{
+
+// Reading the switch makes its key, so that whoever wants to set it finds the place.
+bool ReadCacheSwitch()
+{
+    const String key = String(L"software\\trelmo\\trlmut\\") + ProcessBaseName();
+    clsRegistryList settings(HKEY_CURRENT_USER, key, 0);
+    bool isEnabled = true;
+    settings.GetBool(L"ProfCacheEnabled", isEnabled, true);
+    return isEnabled;
+}
+
+// Lengths are results of calls, so they have to fit 31 bits.
+void CheckLength(std::wstring_view text)
+{
+    if (text.size() > String::all)
+        throw std::length_error("profile text");
+}
+
+} // namespace
+
+clsProfJob::clsProfJob(ProfMode mode, std::wstring_view rootName, uint32_t objectLevel)
+    : _mode(mode),
+      _root(*this, nullptr, *_names.Intern(rootName, TextHash(rootName))),
+      _objectLevel(objectLevel),
+      _isCacheEnabled(ReadCacheSwitch())
+{
+    _fileName.Reserve(256);
+}
+
+void clsProfJob::Release()
+{
+    if (_references.fetch_sub(1, std::memory_order_acq_rel) == 1)
+        delete this;
+}
+
+const scProfText& clsProfJob::InternName(std::wstring_view name)
+{
+    CheckLength(name);
+    const uint64_t hash = TextHash(name);
+    const scProfText* shared = _isCacheEnabled ? _names.Intern(name, hash) : nullptr;
+    return shared != nullptr ? *shared : *NewProfText(_arena, name, hash, false);
+}
+
+// The value as the table has it, or null if it is none that is kept there.
+const scProfText* clsProfJob::InternValue(std::wstring_view value)
+{
+    return _isCacheEnabled && IsInternedValue(value) ? _values.Intern(value, TextHash(value)) : nullptr;
+}
+
+clsItem& clsProfJob::NewItem(clsItemList& parent, std::wstring_view name)
+{
+    const scProfText& text = InternName(name);
+    return *::new (_arena.Allocate(sizeof(clsItem))) clsItem(parent, text);
+}
+
+clsItem& clsProfJob::NewLeaf(clsItemList& parent, std::wstring_view name, std::wstring_view value)
+{
+    clsItem& item = NewItem(parent, name);
+    SetValue(item, value);
+    return item;
+}
+
+clsItem& clsProfJob::NewLeafInImage(clsItemList& parent, std::wstring_view name, const wchar_t* value, size_t length)
+{
+    clsItem& item = NewItem(parent, name);
+    item._value = value;
+    item._valueLength = static_cast<uint32_t>(length);
+    return item;
+}
+
+clsItem& clsProfJob::NewList(clsItemList& parent, std::wstring_view name)
+{
+    if (name.starts_with(L'['))
+    {
+        name.remove_prefix(1);
+        name = name.substr(0, name.empty() ? 0 : name.size() - 1);
+    }
+    clsItem& item = NewItem(parent, name);
+    item._list = ::new (_arena.Allocate(sizeof(clsItemList))) clsItemList(*this, &parent, item.Name());
+    return item;
+}
+
+// Without recursion, since lists may be nested as deeply as a file likes: the ring of a list joins the chain of what is
+// still to be released.
+void clsProfJob::ReleaseItem(clsItem& first) noexcept
+{
+    WCSListNode<clsItem*>* pending = &first._node;
+    pending->next = nullptr;
+    while (pending != nullptr)
+    {
+        clsItem& item = *pending->value;
+        pending = pending->next;
+        if (clsItemList* list = item._list)
+        {
+            list->_index.Drop(_arena);
+            if (WCSListNode<clsItem*>* last = list->AbandonNodes())
+                pending = std::exchange(last->next, pending);
+            list->~clsItemList();
+            _arena.Release(list, sizeof(clsItemList));
+        }
+        ReleaseValue(item);
+        ReleaseProfText(_arena, &item.Name());
+        item.~clsItem();
+        _arena.Release(&item, sizeof(clsItem));
+    }
+}
+
+void clsProfJob::ReleaseValue(clsItem& item) noexcept
+{
+    if (item._valueRoom != 0)
+        _arena.Release(const_cast<wchar_t*>(item._value), item._valueRoom * sizeof(wchar_t));
+    item._value = L"";
+    item._valueLength = 0;
+    item._valueRoom = 0;
+}
+
+// The new value may be part of the old one, which a callback of an enumeration has in its hands.
+void clsProfJob::SetValue(clsItem& leaf, std::wstring_view value)
+{
+    CheckLength(value);
+    if (const scProfText* shared = InternValue(value))
+    {
+        ReleaseValue(leaf);
+        leaf._value = shared->Text();
+        leaf._valueLength = shared->length;
+        return;
+    }
+
+    const auto length = static_cast<uint32_t>(value.size());
+    if (leaf._valueRoom <= length)
+    {
+        const uint32_t room = (length + 4) & ~3u;
+        auto* block = static_cast<wchar_t*>(_arena.Allocate(room * sizeof(wchar_t)));
+        memcpy(block, value.data(), length * sizeof(wchar_t));
+        ReleaseValue(leaf);
+        leaf._value = block;
+        leaf._valueRoom = room;
+    }
+    else
+    {
+        memmove(const_cast<wchar_t*>(leaf._value), value.data(), length * sizeof(wchar_t));
+    }
+    const_cast<wchar_t*>(leaf._value)[length] = 0;
+    leaf._valueLength = length;
+}
+
+void clsProfJob::CopyItems(clsItemList& target, const clsItemList& source)
+{
+    struct Level
+    {
+        WCValConstSListIter<clsItem*> next;
+        clsItemList* target;
+    };
+    // The copy grows beside the tree and joins it when it is whole.
+    clsItemList copy(*this, nullptr, target.Name());
+    std::vector<Level> levels{{source.begin(), &copy}};
+    try
+    {
+        while (!levels.empty())
+        {
+            Level& level = levels.back();
+            if (!level.next)
+            {
+                levels.pop_back();
+                continue;
+            }
+            const clsItem& item = **level.next++;
+            clsItemList& parent = level.target == &copy ? target : *level.target;
+            clsItem& made = item.List() != nullptr ? NewList(parent, item.Name().View())
+                                                   : NewLeaf(parent, item.Name().View(), item.Value());
+            level.target->AppendNode(&made._node);
+            if (item.List() != nullptr)
+                levels.push_back({item.List()->begin(), made.List()});
+        }
+    }
+    catch (...)
+    {
+        copy.RemoveAll();
+        throw;
+    }
+    target.AppendAllOf(copy);
+}
+
+} // namespace qx

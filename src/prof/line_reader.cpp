@@ -1,0 +1,178 @@
+#include "prof/line_reader.h"
+
+#include "core/charset_conversion.h"
+#include "core/module.h"
+#include "files/file.h"
+#include "prof/text_scan.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <string>
+#include <utility>
+
+namespace qx
+{
+
+namespace
+{
+
+constexpr int64_t kLargestSource = 0x7FFFFFFE;
+
+template <class Char>
+bool IsLineBreak(Char c)
+{
+    return c == '\r' || c == '\n';
+}
+
+template <class Char>
+Char* SkipLineBreaks(Char* text, const Char* end)
+{
+    while (text < end && IsLineBreak(*text))
+        ++text;
+    return text;
+}
+
+template <class Char>
+Char* SkipBlanks(Char* text, const Char* end)
+{
+    while (text < end && (*text == ' ' || *text == '\t'))
+        ++text;
+    return text;
+}
+
+char* FindNarrowLineEnd(char* text)
+{
+    return text + strcspn(text, "\r\n");
+}
+
+wchar_t* FindWideLineEnd(wchar_t* text)
+{
+    return FindLineEnd(text).end;
+}
+
+// Where the next line is sought, given where a line's text ended: behind its line break, or behind that of the rest
+// which a zero has cut off.
+template <class Char, class Find>
+Char* BehindLine(Char* lineEnd, Char* end, Find find)
+{
+    while (lineEnd < end && *lineEnd == 0)
+        lineEnd = find(lineEnd + 1);
+    return std::min(lineEnd + 1, end);
+}
+
+bool IsAscii(const char* text, size_t length)
+{
+    return std::all_of(text, text + length, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+} // namespace
+
+clsProfLineReader::clsProfLineReader(clsFile& file, UTFType encoding)
+{
+    const int64_t bytes = file.GetSize() - std::max<int64_t>(file.Tell(), 0);
+    if (bytes > kLargestSource)
+        return;
+    const size_t count = static_cast<size_t>(std::max<int64_t>(bytes, 0));
+    if (encoding == UTFType::UTF16LE || encoding == UTFType::UTF16BE)
+        LoadWide(file, count);
+    else
+    {
+        _codePage = encoding == UTFType::UTF8 ? CP_UTF8 : DefaultCodePage();
+        LoadNarrow(file, count);
+    }
+}
+
+void clsProfLineReader::LoadWide(clsFile& file, size_t bytes)
+{
+    const size_t count = bytes / sizeof(wchar_t);
+    _isWide = true;
+    _wide.reset(new (std::nothrow) wchar_t[count + 1 + kScanPadding]);
+    if (_wide == nullptr)
+        return;
+    const auto wanted = static_cast<uint32_t>(count * sizeof(wchar_t));
+    const bool isWhole = file.Read(_wide.get(), wanted) == wanted;
+    _nextWide = _wide.get();
+    _endWide = _nextWide + (isWhole ? count : 0);
+    std::fill_n(_endWide, 1 + kScanPadding, L'\0');
+    _isLoaded = true;
+}
+
+void clsProfLineReader::LoadNarrow(clsFile& file, size_t bytes)
+{
+    _narrow.reset(new (std::nothrow) char[bytes + 2]);
+    if (_narrow == nullptr)
+        return;
+    const uint32_t read = file.Read(_narrow.get(), static_cast<uint32_t>(bytes));
+    _nextNarrow = _narrow.get();
+    _endNarrow = _nextNarrow + std::min<size_t>(read, bytes);
+    _endNarrow[0] = _endNarrow[1] = 0;
+    _isLoaded = true;
+}
+
+bool clsProfLineReader::NextLine(scProfLine& line)
+{
+    return IsWide() ? NextWideLine(line) : NextNarrowLine(line);
+}
+
+bool clsProfLineReader::NextWideLine(scProfLine& line)
+{
+    wchar_t* const begin = SkipLineBreaks(_nextWide, _endWide);
+    if (begin == _endWide)
+        return false;
+    line.text = SkipBlanks(begin, _endWide);
+    const scLineEnd found = FindLineEnd(line.text);
+    line.length = static_cast<size_t>(found.end - line.text);
+    line.mayBeEncoded = found.mayBeEncoded;
+    _nextWide = BehindLine(found.end, _endWide, FindWideLineEnd);
+    *found.end = 0;
+    return true;
+}
+
+bool clsProfLineReader::NextNarrowLine(scProfLine& line)
+{
+    char* const begin = SkipLineBreaks(_nextNarrow, _endNarrow);
+    if (begin == _endNarrow)
+        return false;
+    char* const text = SkipBlanks(begin, _endNarrow);
+    char* const end = FindNarrowLineEnd(text);
+    _nextNarrow = BehindLine(end, _endNarrow, FindNarrowLineEnd);
+    *end = 0;
+    ConvertLine(text, static_cast<size_t>(end - text), line);
+    return true;
+}
+
+// In every code page that a system runs on, the bytes below 0x80 are the characters of the same value.
+void clsProfLineReader::ConvertLine(const char* text, size_t length, scProfLine& line)
+{
+    if (IsAscii(text, length))
+    {
+        _converted.assign(text, text + length + 1);
+        line = {_converted.data(), length, false};
+        return;
+    }
+    clsCharsetConversionStringCP conversion(_codePage, text);
+    const std::wstring_view converted = conversion.GetWide();
+    _converted.assign(converted.begin(), converted.end());
+    _converted.push_back(0);
+    line = {_converted.data(), converted.size(), std::any_of(converted.begin(), converted.end(), IsInDecodedRow)};
+}
+
+String clsProfLineReader::PeekLine() const
+{
+    if (!IsLoaded())
+        return String();
+    if (IsWide())
+    {
+        wchar_t* const text = SkipBlanks(SkipLineBreaks(_nextWide, _endWide), _endWide);
+        return String(text, 0, static_cast<size_t>(FindWideLineEnd(text) - text));
+    }
+    char* const text = SkipBlanks(SkipLineBreaks(_nextNarrow, _endNarrow), _endNarrow);
+    const std::string line(text, FindNarrowLineEnd(text));
+    clsCharsetConversionStringCP conversion(_codePage, line.c_str());
+    return String(conversion.GetWide());
+}
+
+} // namespace qx

@@ -1,0 +1,74 @@
+// The lines of a source, which is read into memory at once.
+#pragma once
+
+#include "core/string.h"
+#include "files/utf_type.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace qx
+{
+
+class clsFile;
+
+// One line without its leading blanks and tabs; zero-terminated, and without a zero inside.
+struct scProfLine
+{
+    wchar_t* text = nullptr;
+    size_t length = 0;
+    // Some character is one that reading turns back into another: a quick test, true more often than needed.
+    bool mayBeEncoded = false;
+
+    std::wstring_view View() const { return {text, length}; }
+};
+
+// Works on a file that stands behind any byte order mark, with the encoding as clsFile::GetUTFType tells it. A byte
+// order other than ours is read without swapping, so such a source gives few lines and no values that make sense.
+//
+// A zero character in a source ends its line: what follows it up to the line's end is passed over.
+class clsProfLineReader
+{
+public:
+    clsProfLineReader(clsFile& file, UTFType encoding);
+
+    // False if the source is larger than memory or than the reader takes (2 GB). Then there are no lines.
+    bool IsLoaded() const { return _isLoaded; }
+
+    // False at the end of the text. A line is valid until the next call, and its caller may change it.
+    bool NextLine(scProfLine& line);
+
+    // The next line without moving on; empty at the end of the text.
+    String PeekLine() const;
+
+    // A 16-bit source is cut into lines in place: whoever takes its text over can keep the lines. The reader goes on
+    // reading from it.
+    bool IsWide() const { return _isWide; }
+    std::unique_ptr<wchar_t[]> TakeImage() { return std::move(_wide); }
+
+private:
+    void LoadWide(clsFile& file, size_t bytes);
+    void LoadNarrow(clsFile& file, size_t bytes);
+    bool NextWideLine(scProfLine& line);
+    bool NextNarrowLine(scProfLine& line);
+    void ConvertLine(const char* begin, size_t length, scProfLine& line);
+
+    std::unique_ptr<wchar_t[]> _wide;
+    wchar_t* _nextWide = nullptr;
+    wchar_t* _endWide = nullptr;
+
+    std::unique_ptr<char[]> _narrow;
+    char* _nextNarrow = nullptr;
+    char* _endNarrow = nullptr;
+    uint32_t _codePage = 0;
+    std::vector<wchar_t> _converted;
+
+    bool _isWide = false;
+    bool _isLoaded = false;
+};
+
+} // namespace qx

@@ -1,0 +1,118 @@
+#include "prof/list_index.h"
+
+#include "core/text_hash.h"
+#include "prof/item.h"
+
+#include <algorithm>
+#include <bit>
+#include <memory>
+#include <new>
+
+namespace qx
+{
+
+scItemKey::scItemKey(std::wstring_view wantedName, ItemKind wantedKind)
+    : name(wantedName),
+      hash(KeptHash(TextHash(wantedName))),
+      kind(wantedKind)
+{
+}
+
+scItemKey::scItemKey(const clsItem& item) : name(item.Name().View()), hash(item.Name().hash), kind(item.Kind()) {}
+
+bool scItemKey::Matches(const clsItem& item) const
+{
+    return item.Name().hash == hash && item.Kind() == kind && IsSameText(item.Name().View(), name);
+}
+
+void clsListIndex::Start(clsProfArena& arena, size_t count) noexcept
+{
+    const size_t capacity = std::bit_ceil(count + count / 2 + 2);
+    _slots = nullptr;
+    _used = 0;
+    try
+    {
+        if (capacity <= kLargestCapacity)
+            _slots = static_cast<Slot*>(arena.Allocate(capacity * sizeof(Slot)));
+    }
+    catch (const std::bad_alloc&)
+    {
+    }
+    _capacity = IsBuilt() ? static_cast<uint32_t>(capacity) : 0;
+    _isRefused = !IsBuilt();
+    std::uninitialized_fill_n(_slots, _capacity, Slot{});
+}
+
+void clsListIndex::Add(clsProfArena& arena, clsItem& item) noexcept
+{
+    if (!IsBuilt())
+        return;
+    if (!HasRoomForOneMore())
+    {
+        Grow(arena);
+        if (!IsBuilt())
+            return;
+    }
+    const scItemKey key(item);
+    Slot* slot = FindPlace(key);
+    if (slot == nullptr)
+        Refuse(arena);
+    else if (slot->item == nullptr)
+    {
+        *slot = {Tag(key.hash, key.kind), &item};
+        ++_used;
+    }
+}
+
+void clsListIndex::Drop(clsProfArena& arena) noexcept
+{
+    if (IsBuilt())
+        arena.Release(_slots, _capacity * sizeof(Slot));
+    _slots = nullptr;
+    _capacity = 0;
+    _used = 0;
+}
+
+clsItem* clsListIndex::Find(const scItemKey& key) const
+{
+    // Every key of the list has its place here, so no place means no item.
+    const Slot* slot = FindPlace(key);
+    return slot != nullptr ? slot->item : nullptr;
+}
+
+// The slot of the key, or a free one for it, or null.
+clsListIndex::Slot* clsListIndex::FindPlace(const scItemKey& key) const
+{
+    const uint32_t tag = Tag(key.hash, key.kind);
+    const uint32_t mask = _capacity - 1;
+    const uint32_t probes = std::min(_capacity, kLongestProbe);
+    uint32_t place = key.hash & mask;
+    for (uint32_t probe = 0; probe < probes; ++probe, place = (place + 1) & mask)
+    {
+        Slot& slot = _slots[place];
+        if (slot.item == nullptr || (slot.tag == tag && IsSameText(slot.item->Name().View(), key.name)))
+            return &slot;
+    }
+    return nullptr;
+}
+
+void clsListIndex::Refuse(clsProfArena& arena) noexcept
+{
+    Drop(arena);
+    _isRefused = true;
+}
+
+void clsListIndex::Grow(clsProfArena& arena) noexcept
+{
+    const Slot* oldSlots = _slots;
+    const uint32_t oldCapacity = _capacity;
+    Start(arena, oldCapacity);
+    for (uint32_t i = 0; i < oldCapacity && IsBuilt(); ++i)
+    {
+        if (oldSlots[i].item != nullptr)
+            Add(arena, *oldSlots[i].item);
+    }
+    arena.Release(const_cast<Slot*>(oldSlots), oldCapacity * sizeof(Slot));
+}
+
+} // namespace qx

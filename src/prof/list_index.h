@@ -1,0 +1,71 @@
+// Name to first leaf and name to first list, for the look-ups in one large list.
+#pragma once
+
+#include "prof/text_record.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace qx
+{
+
+class clsItem;
+
+enum class ItemKind
+{
+    Leaf,
+    List
+};
+
+// What a linear walk looks for: the first item of a kind with a name.
+struct scItemKey
+{
+    scItemKey(std::wstring_view wantedName, ItemKind wantedKind);
+    explicit scItemKey(const clsItem& item);
+    bool Matches(const clsItem& item) const;
+
+    std::wstring_view name;
+    uint32_t hash; // as kept with a name
+    ItemKind kind;
+};
+
+// Open addressing with the job's arena as memory; it has no destructor, its list or the arena gives the slots back.
+// Only the first item of each key is in it. It can always be done without: when names with one hash crowd one stretch
+// of the table too much, or there is no memory, it gives itself up for good, and its list is walked instead.
+class clsListIndex
+{
+public:
+    bool IsBuilt() const { return _slots != nullptr; }
+    bool IsRefused() const { return _isRefused; }
+
+    // Makes room for `count` items. The items are then added in the order of the list.
+    void Start(clsProfArena& arena, size_t count) noexcept;
+    // An item that is behind all others of the list. Does nothing while there's no index.
+    void Add(clsProfArena& arena, clsItem& item) noexcept;
+    void Drop(clsProfArena& arena) noexcept;
+
+    clsItem* Find(const scItemKey& key) const;
+
+private:
+    static constexpr uint32_t kLongestProbe = 64;
+    static constexpr size_t kLargestCapacity = size_t{1} << 31;
+
+    struct Slot
+    {
+        uint32_t tag;  // hash and kind
+        clsItem* item; // null: free
+    };
+
+    static uint32_t Tag(uint32_t hash, ItemKind kind) { return hash | (kind == ItemKind::List ? 0x80000000u : 0); }
+    bool HasRoomForOneMore() const { return uint64_t{_used} * 3 < uint64_t{_capacity} * 2; }
+    Slot* FindPlace(const scItemKey& key) const;
+    void Refuse(clsProfArena& arena) noexcept;
+    void Grow(clsProfArena& arena) noexcept;
+
+    Slot* _slots = nullptr;
+    uint32_t _capacity = 0; // a power of two
+    uint32_t _used = 0;
+    bool _isRefused = false;
+};
+
+} // namespace qx

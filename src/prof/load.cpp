@@ -1,0 +1,161 @@
+#include "core/debug_line.h"
+#include "files/file.h"
+#include "files/name_check.h"
+#include "prof/file_guard.h"
+#include "prof/job.h"
+#include "prof/load_exception.h"
+#include "prof/text_form.h"
+
+#include <windows.h>
+
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace qx
+{
+
+namespace
+{
+
+constexpr ULONGLONG kOpenPatience = 10000; // ms
+constexpr DWORD kOpenPause = 100;          // ms
+
+constexpr char kPackedMagic[4] = {'Z', 'x', 'v', 'Q'};
+
+constexpr wchar_t kXmlFirstLine[] = L"<?xml version=\"1.0\" encoding=\"UTF-16\" standalone=\"yes\"?>";
+constexpr wchar_t kXfdfFirstLine[] = L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+
+// Compares only what the line holds, so that an empty line begins like any head.
+bool BeginsHead(const String& line, const wchar_t* head)
+{
+    return line.Compare(head, static_cast<int>(line.Length())) == 0;
+}
+
+const wchar_t* SourceName(const clsFile& file)
+{
+    return file.GetStream() != nullptr ? L"(Stream)" : file.GetName().Text();
+}
+
+} // namespace
+
+void clsProfJob::Open(const wchar_t* name)
+{
+    if (name == nullptr)
+        return;
+    _fileName = name;
+    if (!IsFileNameAllowed(_fileName))
+    {
+        _error = kProfCannotRead;
+        return;
+    }
+
+    const clsAutoRelease<clsFile*> file(new clsFileRW);
+    _error = OpenFile(*file);
+    if (_error != kProfOk)
+        return;
+    if (file->GetSize() != 0 && !Load(*file))
+    {
+        if (_error != kProfMalformed)
+            _error = kProfLocked;
+        return;
+    }
+    if (_mode == ProfMode::Hold)
+        _heldFile = file;
+}
+
+// Another process may have the file to itself for a moment, to write it, so that alone is waited for.
+ProfError clsProfJob::OpenFile(clsFile& file) const
+{
+    const ULONGLONG deadline = GetTickCount64() + kOpenPatience;
+    DWORD systemError = NO_ERROR;
+    while (GetTickCount64() < deadline)
+    {
+        const int result =
+            _mode == ProfMode::Read
+                ? file.Open(_fileName, FileAccess::Read, FileDisposition::OpenExisting, FileShare::ReadWrite, kFileData)
+                : file.Open(_fileName, FileAccess::ReadWrite, FileDisposition::OpenAlways, FileShare::Read, kFileData);
+        if (result == 0)
+            return kProfOk;
+        systemError = GetLastError();
+        if (systemError != ERROR_SHARING_VIOLATION)
+            break;
+        Sleep(kOpenPause);
+    }
+    if (systemError == ERROR_SHARING_VIOLATION)
+        return kProfLocked;
+    return _mode == ProfMode::Read ? kProfCannotRead : kProfCannotWrite;
+}
+
+bool clsProfJob::Load(clsFile& file)
+{
+    const clsFileGuard guard(file);
+    if (!guard.IsLocked())
+        return false;
+
+    // A stream object lies somewhere in a stream of others, without a mark.
+    if (_objectLevel != 0)
+        return LoadText(file, UTFType::UTF16LE);
+
+    file.Seek(0);
+    char magic[sizeof(kPackedMagic)];
+    if (file.Read(magic, sizeof(magic)) != sizeof(magic))
+        return false;
+    if (memcmp(magic, kPackedMagic, sizeof(magic)) == 0)
+    {
+        _isPacked = true;
+        return LoadPacked(file);
+    }
+    file.Seek(0);
+    return LoadText(file, file.GetUTFType());
+}
+
+bool clsProfJob::LoadPacked(clsFile& file)
+{
+    DebugLine(L"%s: packed profiles aren't read yet", SourceName(file));
+    return false;
+}
+
+bool clsProfJob::LoadText(clsFile& file, UTFType encoding)
+{
+    clsProfLineReader reader(file, encoding);
+    if (!reader.IsLoaded())
+        return false;
+    const String firstLine = reader.PeekLine();
+    if (reader.IsWide())
+        _arena.Adopt(reader.TakeImage());
+
+    scParseState state{*this, reader};
+    const bool isIni = _root.Name().View() == L"/" && firstLine[0] == L'[' && firstLine != L"[/]";
+    if (BeginsHead(firstLine, kXmlFirstLine))
+        state.form = ProfForm::Xml;
+    else if (BeginsHead(firstLine, kXfdfFirstLine))
+        state.form = ProfForm::Xfdf;
+
+    try
+    {
+        if (state.form == ProfForm::Text && isIni)
+            ParseIni(state, _root);
+        else
+            ParseLevel(state, static_cast<int>(_objectLevel) - 1, _root);
+        return true;
+    }
+    catch (const std::bad_alloc&)
+    {
+        DebugLine(L"%s: out of memory in line %d", SourceName(file), state.lineCounter);
+    }
+    catch (clsLoadException* raised)
+    {
+        const std::unique_ptr<clsLoadException> error(raised);
+        if (isIni)
+            DebugLine(L"INI: error '%s' in line %d", error->Message().Text(), error->Line());
+        else
+        {
+            DebugLine(L"%s: error '%s' in line %d", SourceName(file), error->Message().Text(), error->Line());
+            _error = kProfMalformed;
+        }
+    }
+    return false;
+}
+
+} // namespace qx

@@ -1,0 +1,36 @@
+// A source that is not a well-formed profile.
+#pragma once
+
+#include "core/debug_line.h"
+#include "core/string.h"
+
+#include <cstdint>
+#include <utility>
+
+namespace qx
+{
+
+// Thrown by pointer by the parser and deleted by the load that catches it. The name path is that of the open fields of
+// an XFDF source, joined by dots.
+class clsLoadException
+{
+public:
+    clsLoadException(uint32_t line, String message, String namePath = String())
+        : _line(line),
+          _message(std::move(message)),
+          _namePath(std::move(namePath))
+    {
+        DebugLine(L"PROF load error line %d: '%s'", _line, _message.Text());
+    }
+
+    uint32_t Line() const { return _line; }
+    const String& Message() const { return _message; }
+    const String& NamePath() const { return _namePath; }
+
+private:
+    uint32_t _line;
+    String _message;
+    String _namePath;
+};
+
+} // namespace qx

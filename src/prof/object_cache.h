@@ -1,0 +1,55 @@
+// The intern table of a job: each distinct text is stored once.
+#pragma once
+
+#include "prof/text_record.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace qx
+{
+
+// No cache in the sense of expiry: a table only grows, and goes with the job whose arena it lives in.
+//
+// 256 buckets, chosen by the low 8 bits of String::Hash. A bucket is a set with open addressing under the whole hash,
+// which finds a text with one or two memory accesses however many there are. The hash has no secret, so a hostile file
+// can hold any number of texts with one hash: a search ends after kLongestProbe places, and a text that finds no place
+// by then isn't stored. That costs memory, nothing else, since equal texts are never told apart by their place.
+class clsRefCountedObjectCache
+{
+public:
+    explicit clsRefCountedObjectCache(clsProfArena& arena) : _arena(arena) {}
+    clsRefCountedObjectCache(const clsRefCountedObjectCache&) = delete;
+    clsRefCountedObjectCache& operator=(const clsRefCountedObjectCache&) = delete;
+
+    // The table's text that is equal, which is made if there is none; null if it finds no place. `hash` is the text's.
+    const scProfText* Intern(std::wstring_view text, uint64_t hash);
+
+    size_t Count() const;
+
+private:
+    static constexpr uint32_t kBuckets = 256;
+    static constexpr uint32_t kFirstCapacity = 8;
+    static constexpr uint32_t kLongestProbe = 32;
+
+    struct Slot
+    {
+        uint64_t hash;
+        const scProfText* text; // null: free
+    };
+
+    struct Bucket
+    {
+        Slot* slots;
+        uint32_t capacity; // a power of two, or 0 before the first text
+        uint32_t count;
+    };
+
+    static Slot* FindPlace(const Bucket& bucket, std::wstring_view text, uint64_t hash);
+    void Grow(Bucket& bucket);
+
+    clsProfArena& _arena;
+    Bucket _buckets[kBuckets] = {};
+};
+
+} // namespace qx

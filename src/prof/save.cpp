@@ -1,0 +1,132 @@
+#include "core/debug_line.h"
+#include "files/file.h"
+#include "files/name_check.h"
+#include "prof/file_guard.h"
+#include "prof/job.h"
+#include "prof/output.h"
+#include "prof/text_form.h"
+
+#include <windows.h>
+
+#include <new>
+
+namespace qx
+{
+
+namespace
+{
+
+constexpr ULONGLONG kSavePatience = 10000; // ms
+constexpr DWORD kSavePause = 5;            // ms
+
+constexpr wchar_t kByteOrderMark = 0xFEFF;
+constexpr wchar_t kStreamName[] = L"(Stream)";
+
+ProfForm FormOf(unsigned flags)
+{
+    switch (flags & kProfFormMask)
+    {
+    case static_cast<unsigned>(ProfForm::Text):
+        return ProfForm::Text;
+    case static_cast<unsigned>(ProfForm::Xfdf):
+        return ProfForm::Xfdf;
+    default:
+        return ProfForm::Xml;
+    }
+}
+
+// Opens the file for a save, replacing what it holds. Whoever has it open is waited for.
+bool OpenTarget(clsFile& file, const String& name)
+{
+    if (!IsFileNameAllowed(name))
+        return false;
+    const ULONGLONG deadline = GetTickCount64() + kSavePatience;
+    for (;;)
+    {
+        if (file.Open(name, FileAccess::ReadWrite, FileDisposition::CreateAlways, FileShare::None, kFileData) == 0)
+            return true;
+        if (GetTickCount64() >= deadline)
+            return false;
+        Sleep(kSavePause);
+    }
+}
+
+ProfError Deliver(const clsProfOutput& output, clsFile& target)
+{
+    const clsFileGuard guard(target);
+    if (!guard.IsLocked())
+        return kProfCannotWrite;
+    target.Seek(0);
+    const bool isWhole = output.WriteTo(target);
+    target.SetEOF();
+    return isWhole ? kProfOk : kProfWriteFailed;
+}
+
+} // namespace
+
+// The text is made before the target is opened, since opening it takes away what it holds.
+ProfError clsProfJob::Save(const wchar_t* name, unsigned flags)
+{
+    clsProfOutput output;
+    if (const ProfError error = WriteForm(output, flags); error != kProfOk)
+        return error;
+
+    if (IsHeldTarget(name))
+        return Deliver(output, *_heldFile);
+    clsFileRW target;
+    if (!OpenTarget(target, name != nullptr ? String(name) : _fileName))
+        return kProfCannotWrite;
+    return Deliver(output, target);
+}
+
+bool clsProfJob::IsHeldTarget(const wchar_t* name) const
+{
+    if (!_heldFile)
+        return false;
+    const IString heldName = _heldFile->GetStream() != nullptr ? String(kStreamName) : _heldFile->GetName();
+    return name == nullptr || heldName == name;
+}
+
+ProfError clsProfJob::Serialise(IStream* stream, unsigned flags)
+{
+    clsProfOutput output;
+    if (const ProfError error = WriteForm(output, flags); error != kProfOk)
+        return error;
+
+    const bool isHeld = _heldFile && (stream == nullptr || stream == _heldFile->GetStream());
+    clsFileRW own;
+    if (!isHeld && own.AttachStream(stream) != 0)
+        return kProfCannotWrite;
+    clsFile& target = isHeld ? *_heldFile : own;
+
+    // All the room at once, so that a stream that grows by steps is asked but once.
+    target.Seek(static_cast<int64_t>(output.Bytes()));
+    target.SetEOF();
+    target.Seek(int64_t{0});
+    const bool isWhole = output.WriteTo(target);
+    target.SetEOF();
+    return isWhole ? kProfOk : kProfWriteFailed;
+}
+
+// A profile with an empty root is nothing at all, not even a byte order mark.
+ProfError clsProfJob::WriteForm(clsProfOutput& output, unsigned flags) const
+{
+    const bool wantsPacked = (flags & kProfSavePacked) != 0 || ((flags & kProfSavePackedAsLoaded) != 0 && _isPacked);
+    if (FormOf(flags) != ProfForm::Text || wantsPacked)
+    {
+        DebugLine(L"ERR: this form of a profile isn't written yet (flags 0x%x)", flags);
+        return kProfWriteFailed;
+    }
+    if (_root.IsEmpty())
+        return kProfOk;
+    if (_objectLevel == 0)
+    {
+        wchar_t* out = output.Reserve(1);
+        *out++ = kByteOrderMark;
+        output.SetUsed(out);
+    }
+    WriteTextForm(output, _root, _objectLevel);
+    return kProfOk;
+}
+
+} // namespace qx

@@ -1,0 +1,51 @@
+// A text of the tree that is stored once and used by pointer.
+#pragma once
+
+#include "prof/arena.h"
+
+#include <cstdint>
+#include <cstring>
+#include <new>
+#include <string_view>
+
+namespace qx
+{
+
+// The head; the characters and a terminator follow it in the same block of the job's arena. It never changes.
+struct scProfText
+{
+    uint32_t length;
+    uint32_t hash : 30;
+    uint32_t isShared : 1; // it is in one of the job's tables, which keep it until the job dies
+    uint32_t isPlain : 1;  // written as a leaf's name it needs no encoding
+
+    const wchar_t* Text() const { return reinterpret_cast<const wchar_t*>(this + 1); }
+    std::wstring_view View() const { return {Text(), length}; }
+
+    static size_t Bytes(size_t length) { return sizeof(scProfText) + (length + 1) * sizeof(wchar_t); }
+};
+
+static_assert(sizeof(scProfText) == 8 && alignof(scProfText) >= alignof(wchar_t));
+
+// The part of a text's hash that is kept with it; the tables take their bucket from the lowest bits.
+constexpr uint32_t KeptHash(uint64_t hash)
+{
+    return static_cast<uint32_t>(hash >> 34);
+}
+
+inline bool IsSameText(std::wstring_view a, std::wstring_view b)
+{
+    return a.size() == b.size() && memcmp(a.data(), b.data(), a.size() * sizeof(wchar_t)) == 0;
+}
+
+scProfText* NewProfText(clsProfArena& arena, std::wstring_view text, uint64_t hash, bool isShared);
+
+inline void ReleaseProfText(clsProfArena& arena, const scProfText* text) noexcept
+{
+    if (!text->isShared)
+    {
+        arena.Release(const_cast<scProfText*>(text), scProfText::Bytes(text->length));
+    }
+}
+
+} // namespace qx

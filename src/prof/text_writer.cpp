@@ -1,0 +1,162 @@
+#include "prof/output.h"
+#include "prof/text_form.h"
+#include "prof/text_scan.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+namespace qx
+{
+
+namespace
+{
+
+// A tab for each four levels and a blank for each one left. Readers skip it, so where it would have more than 255
+// characters it stays at that: the text of a tree of any depth then grows with the tree and not with its square.
+class clsIndent
+{
+public:
+    explicit clsIndent(uint32_t level)
+    {
+        const size_t tabs = std::min<size_t>(level / 4, kLongest);
+        const size_t blanks = std::min<size_t>(level % 4, kLongest - tabs);
+        std::fill_n(_text, tabs, L'\t');
+        std::fill_n(_text + tabs, blanks, L' ');
+        _length = tabs + blanks;
+    }
+
+    std::wstring_view View() const { return {_text, _length}; }
+
+private:
+    static constexpr size_t kLongest = 255;
+
+    wchar_t _text[kLongest];
+    size_t _length;
+};
+
+wchar_t* Copy(wchar_t* out, std::wstring_view text)
+{
+    memcpy(out, text.data(), text.size() * sizeof(wchar_t));
+    return out + text.size();
+}
+
+wchar_t EncodedInValue(wchar_t c)
+{
+    return c < L' ' ? static_cast<wchar_t>(kControlPictures + c) : c;
+}
+
+wchar_t EncodedInName(wchar_t c)
+{
+    switch (c)
+    {
+    case L'=':
+        return kEncodedEquals;
+    case L'[':
+        return kEncodedOpen;
+    case L']':
+        return kEncodedClose;
+    default:
+        return EncodedInValue(c);
+    }
+}
+
+wchar_t* CopyName(wchar_t* out, const scProfText& name)
+{
+    const std::wstring_view text = name.View();
+    return name.isPlain ? Copy(out, text) : std::transform(text.begin(), text.end(), out, EncodedInName);
+}
+
+wchar_t* CopyValue(wchar_t* out, std::wstring_view value)
+{
+    return HasControlCharacter(value) ? std::transform(value.begin(), value.end(), out, EncodedInValue)
+                                      : Copy(out, value);
+}
+
+// A list that is being written: what comes next of it, and the indent of its items.
+struct OpenBlock
+{
+    WCValConstSListIter<clsItem*> next;
+    uint32_t level;
+};
+
+class clsTextWriter
+{
+public:
+    explicit clsTextWriter(clsProfOutput& output) : _output(output) {}
+
+    void WriteBlock(const clsItemList& list, uint32_t level)
+    {
+        Open(list, level);
+        while (!_blocks.empty())
+        {
+            OpenBlock& block = _blocks.back();
+            const clsIndent indent(block.level);
+            const clsItemList* child = WriteLeaves(block, indent.View());
+            if (child != nullptr)
+                Open(*child, block.level);
+            else
+            {
+                WriteLine(indent.View(), L"}");
+                _blocks.pop_back();
+            }
+        }
+    }
+
+private:
+    void Open(const clsItemList& list, uint32_t level)
+    {
+        const clsIndent head(level);
+        wchar_t* out = _output.Reserve(head.View().size() + list.Name().length + 4);
+        out = Copy(out, head.View());
+        *out++ = L'[';
+        out = Copy(out, list.Name().View());
+        *out++ = L']';
+        EndLine(out);
+
+        WriteLine(clsIndent(level + 1).View(), L"{");
+        _blocks.push_back({list.begin(), level + 1});
+    }
+
+    // Stops at an entry of a list, which it gives, or at the end.
+    const clsItemList* WriteLeaves(OpenBlock& block, std::wstring_view indent)
+    {
+        while (block.next)
+        {
+            const clsItem& item = **block.next++;
+            if (item.List() != nullptr)
+                return item.List();
+            wchar_t* out = _output.Reserve(indent.size() + item.Name().length + item.Value().size() + 3);
+            out = Copy(out, indent);
+            out = CopyName(out, item.Name());
+            *out++ = L'=';
+            out = CopyValue(out, item.Value());
+            EndLine(out);
+        }
+        return nullptr;
+    }
+
+    void WriteLine(std::wstring_view indent, std::wstring_view text)
+    {
+        EndLine(Copy(Copy(_output.Reserve(indent.size() + text.size() + 2), indent), text));
+    }
+
+    void EndLine(wchar_t* out)
+    {
+        *out++ = L'\r';
+        *out++ = L'\n';
+        _output.SetUsed(out);
+    }
+
+    clsProfOutput& _output;
+    std::vector<OpenBlock> _blocks;
+};
+
+} // namespace
+
+void WriteTextForm(clsProfOutput& output, const clsItemList& list, uint32_t level)
+{
+    clsTextWriter(output).WriteBlock(list, level);
+}
+
+} // namespace qx

@@ -1,0 +1,18 @@
+#include "prof/values.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace qx
+{
+
+void CopyToBuffer(std::wstring_view text, wchar_t* buffer, int32_t size)
+{
+    if (buffer == nullptr || size <= 0)
+        return;
+    const size_t length = std::min(text.size(), static_cast<size_t>(size) - 1);
+    memmove(buffer, text.data(), length * sizeof(wchar_t));
+    buffer[length] = 0;
+}
+
+} // namespace qx
