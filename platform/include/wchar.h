@@ -102,6 +102,10 @@ double wcstod(const wchar_t* text, wchar_t** end) __THROW QXCRT(wcstod);
 int _wtoi(const wchar_t* text) __THROW QXCRT(_wtoi);
 long long _wtoi64(const wchar_t* text) __THROW QXCRT(_wtoi64);
 
+// The scanner of the Microsoft dialect, for numbers: %d %i %u %o %x %X %p with a width and a size, `*`, %n, %%. The
+// result is the count of stored numbers, or -1 if the text is empty. A number that is too great loses its upper bits.
+int _snwscanf(const wchar_t* text, size_t length, const wchar_t* format, ...) QXCRT(_snwscanf);
+
 QXCRT_END
 
 // In C++ the result is as constant as the text that was searched; the standard library's headers ask for it by this
