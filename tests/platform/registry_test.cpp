@@ -20,14 +20,17 @@ class Registry : public testing::Test
 protected:
     void SetUp() override
     {
-        ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, kRoot, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &_key, nullptr),
+        // Where the registry is shared, tests run beside each other.
+        const std::string test = testing::UnitTest::GetInstance()->current_test_info()->name();
+        _root = u"Software\\qxplatform test " + std::u16string(test.begin(), test.end());
+        ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, Root(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &_key, nullptr),
             ERROR_SUCCESS);
     }
     void TearDown() override
     {
         RemoveAllBelow(_key);
         EXPECT_EQ(RegCloseKey(_key), ERROR_SUCCESS);
-        EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, kRoot), ERROR_SUCCESS);
+        EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, Root()), ERROR_SUCCESS);
     }
 
     HKEY Create(HKEY parent, const wchar_t* name, REGSAM access = KEY_ALL_ACCESS, DWORD expectedDisposition = 0)
@@ -49,7 +52,8 @@ protected:
             static_cast<DWORD>(text.size() * sizeof(wchar_t)));
     }
 
-    static constexpr const wchar_t* kRoot = L"Software\\qxplatform registry test";
+    const wchar_t* Root() const { return reinterpret_cast<const wchar_t*>(_root.c_str()); }
+
     HKEY _key = nullptr;
 
 private:
@@ -67,6 +71,8 @@ private:
             size = 256;
         }
     }
+
+    std::u16string _root;
 };
 
 TEST_F(Registry, KeysAreCreatedOnceAndFoundWithoutCase)
@@ -106,7 +112,7 @@ TEST_F(Registry, EmptySubKeyIsTheKeyItself)
     EXPECT_EQ(RegOpenCurrentUser(KEY_READ, &same), ERROR_SUCCESS);
     EXPECT_NE(same, HKEY_CURRENT_USER);
     HKEY key = nullptr;
-    EXPECT_EQ(Open(same, kRoot, key), ERROR_SUCCESS);
+    EXPECT_EQ(Open(same, Root(), key), ERROR_SUCCESS);
     RegCloseKey(key);
     RegCloseKey(same);
 }
