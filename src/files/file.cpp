@@ -15,6 +15,7 @@ namespace
 {
 
 constexpr uint32_t kLargestCall = std::numeric_limits<uint32_t>::max();
+constexpr int64_t kLargestToldPosition = std::numeric_limits<uint32_t>::max();
 
 } // namespace
 
@@ -134,13 +135,8 @@ int64_t clsFile::Seek(int64_t position)
 
 int64_t clsFile::Tell()
 {
-    if (_handle.IsValid())
-    {
-        SetLastError(NO_ERROR);
-        const DWORD position = SetFilePointer(_handle.Get(), 0, nullptr, FILE_CURRENT);
-        return position == INVALID_SET_FILE_POINTER && GetLastError() != NO_ERROR ? -1 : int64_t{position};
-    }
-    return Position();
+    const int64_t position = Position();
+    return _handle.IsValid() && position > kLargestToldPosition ? -1 : position;
 }
 
 int64_t clsFile::HandlePosition() const

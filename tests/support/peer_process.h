@@ -1,0 +1,65 @@
+// A second process of a test: file_peer beside the test program.
+#pragma once
+
+#include "core/string.h"
+
+#include <windows.h>
+
+namespace qxtest
+{
+
+class PeerProcess
+{
+public:
+    // The arguments as on a command line; see file_peer.cpp.
+    explicit PeerProcess(const qx::String& arguments)
+    {
+        wchar_t own[MAX_PATH] = {};
+        GetModuleFileNameW(nullptr, own, MAX_PATH);
+        wchar_t* name = own;
+        for (wchar_t* c = own; *c != 0; ++c)
+        {
+            if (*c == L'/' || *c == L'\\')
+                name = c + 1;
+        }
+        const wchar_t* const dot = wcsrchr(name, L'.');
+        const qx::String extension(dot != nullptr ? dot : L"");
+        *name = 0;
+        qx::String command = qx::String(L"\"") + own + L"file_peer" + extension + L"\" " + arguments;
+        STARTUPINFOW start = {};
+        start.cb = sizeof start;
+        _started = CreateProcessW(nullptr, command.GetBuffer(command.Length() + 1), nullptr, nullptr, FALSE, 0, nullptr,
+                       nullptr, &start, &_process) != FALSE;
+    }
+    ~PeerProcess()
+    {
+        if (_started)
+        {
+            Wait();
+            CloseHandle(_process.hThread);
+            CloseHandle(_process.hProcess);
+        }
+    }
+    PeerProcess(const PeerProcess&) = delete;
+    PeerProcess& operator=(const PeerProcess&) = delete;
+
+    // The exit code; -1 if it didn't start.
+    int Wait()
+    {
+        DWORD code = static_cast<DWORD>(-1);
+        if (_started)
+        {
+            WaitForSingleObject(_process.hProcess, INFINITE);
+            GetExitCodeProcess(_process.hProcess, &code);
+        }
+        return static_cast<int>(code);
+    }
+
+    bool IsStarted() const { return _started; }
+
+private:
+    bool _started = false;
+    PROCESS_INFORMATION _process = {};
+};
+
+} // namespace qxtest

@@ -1,0 +1,94 @@
+// A folder of a test's own, and the bytes of files without the library's file object.
+#pragma once
+
+#include "core/string.h"
+#include "files/path_separator.h"
+
+#include <windows.h>
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace qxtest
+{
+
+// Goes at the end, with all files in it.
+class TempFolder
+{
+public:
+    TempFolder()
+    {
+        static std::atomic<int> number{0};
+        wchar_t temp[MAX_PATH + 1] = {};
+        GetTempPathW(MAX_PATH, temp);
+        _path.Format(L"%sqxut-test-%d-%d", temp, static_cast<int>(GetCurrentProcessId()), ++number);
+        CreateDirectoryW(_path.Text(), nullptr);
+    }
+    ~TempFolder()
+    {
+        WIN32_FIND_DATAW found = {};
+        const HANDLE search = FindFirstFileW(Path(L"*").Text(), &found);
+        if (search != INVALID_HANDLE_VALUE)
+        {
+            do
+            {
+                const qx::String path = Path(found.cFileName);
+                SetFileAttributesW(path.Text(), FILE_ATTRIBUTE_NORMAL);
+                DeleteFileW(path.Text());
+            } while (FindNextFileW(search, &found));
+            FindClose(search);
+        }
+        RemoveDirectoryW(_path.Text());
+    }
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+
+    const qx::String& Path() const { return _path; }
+    qx::String Path(const wchar_t* name) const
+    {
+        qx::String path = _path;
+        path.Append(qx::PATH_SEPARATOR);
+        path.Append(name);
+        return path;
+    }
+
+    // A file of these bytes; gives its path.
+    qx::String Make(const wchar_t* name, std::string_view bytes) const
+    {
+        const qx::String path = Path(name);
+        const HANDLE file =
+            CreateFileW(path.Text(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+        DWORD written = 0;
+        WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+        CloseHandle(file);
+        return path;
+    }
+
+private:
+    qx::String _path;
+};
+
+inline bool Exists(const qx::String& path)
+{
+    return GetFileAttributesW(path.Text()) != INVALID_FILE_ATTRIBUTES;
+}
+
+// Empty also if the file can't be opened.
+inline std::string BytesOf(const qx::String& path)
+{
+    std::string bytes;
+    const HANDLE file = CreateFileW(path.Text(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+        nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return bytes;
+    char part[4096];
+    DWORD read = 0;
+    while (ReadFile(file, part, sizeof part, &read, nullptr) && read != 0)
+        bytes.append(part, read);
+    CloseHandle(file);
+    return bytes;
+}
+
+} // namespace qxtest

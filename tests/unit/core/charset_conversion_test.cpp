@@ -1,0 +1,203 @@
+#include "core/charset_conversion.h"
+
+#include "core/module.h"
+#include "core/string.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <array>
+#include <cstring>
+#include <string>
+#include <vector>
+
+using namespace qx;
+
+namespace
+{
+
+bool IsInside(const clsCharsetConversionString& object, const void* text)
+{
+    const auto* start = reinterpret_cast<const char*>(&object);
+    const auto* place = static_cast<const char*>(text);
+    return place >= start && place < start + sizeof object;
+}
+
+std::vector<wchar_t> Letters(size_t count)
+{
+    std::vector<wchar_t> text(count, L'x');
+    text.push_back(0);
+    return text;
+}
+
+// A buffer that shows what was written behind its end.
+struct Destination
+{
+    explicit Destination(size_t size) : bytes(size + 8, '#') {}
+    bool IsUntouchedFrom(size_t index) const { return bytes.find_first_not_of('#', index) == std::string::npos; }
+    std::string bytes;
+};
+
+} // namespace
+
+TEST(CharsetConversion, TextsBelow64CharactersLiveInline)
+{
+    for (const size_t length : {size_t{0}, size_t{63}, size_t{64}, size_t{1000}})
+    {
+        SCOPED_TRACE(length);
+        const bool isInline = length < 64;
+        const std::vector<wchar_t> wide = Letters(length);
+        clsCharsetConversionString fromWide(wide.data());
+        EXPECT_EQ(IsInside(fromWide, fromWide.GetWide()), isInline);
+        EXPECT_STREQ(fromWide.GetWide(), wide.data());
+        EXPECT_EQ(strlen(fromWide.GetNarrow()), length);
+        EXPECT_EQ(IsInside(fromWide, fromWide.GetNarrow()), isInline && length != 0);
+
+        const std::string narrow(length, 'x');
+        clsCharsetConversionString fromNarrow(narrow.c_str());
+        EXPECT_EQ(IsInside(fromNarrow, fromNarrow.GetNarrow()), isInline);
+        EXPECT_STREQ(fromNarrow.GetWide(), wide.data());
+        EXPECT_EQ(IsInside(fromNarrow, fromNarrow.GetWide()), isInline && length != 0);
+    }
+}
+
+TEST(CharsetConversion, TheConvertedLengthDecidesAboutThePlace)
+{
+    std::string bytes;
+    for (int i = 0; i < 63; ++i)
+    {
+        bytes += "\xC3\xA4";
+    }
+    clsCharsetConversionStringCP text(CP_UTF8, bytes.c_str());
+    EXPECT_TRUE(IsInside(text, text.GetWide()));
+    EXPECT_EQ(wcslen(text.GetWide()), 63U);
+    EXPECT_EQ(text.GetWide()[62], 0xE4);
+
+    clsCharsetConversionStringCP back(CP_UTF8, text.GetWide());
+    EXPECT_FALSE(IsInside(back, back.GetNarrow()));
+    EXPECT_EQ(back.GetNarrow(), bytes);
+}
+
+TEST(CharsetConversion, CodePages)
+{
+    clsCharsetConversionStringCP latin(1252, "\x80\xE4");
+    EXPECT_STREQ(latin.GetWide(), L"\u20AC\u00E4");
+    clsCharsetConversionStringCP cyrillic(1251, L"\u0416");
+    EXPECT_STREQ(cyrillic.GetNarrow(), "\xC6");
+    clsCharsetConversionStringCP japanese(932, L"\u30A2\u4E00");
+    EXPECT_STREQ(japanese.GetNarrow(), "\x83\x41\x88\xEA");
+
+    clsCharsetConversionStringCP widened(clsCharsetConversionString::kNoCodePage, "a\x80\xFF");
+    EXPECT_STREQ(widened.GetWide(), L"a\u0080\u00FF");
+    clsCharsetConversionStringCP noPage(clsCharsetConversionString::kNoCodePage, L"abc");
+    EXPECT_STREQ(noPage.GetNarrow(), "");
+
+    clsCharsetConversionString ansi(L"\u00E4");
+    clsCharsetConversionStringCP same(DefaultCodePage(), L"\u00E4");
+    EXPECT_STREQ(ansi.GetNarrow(), same.GetNarrow());
+}
+
+TEST(CharsetConversion, NullIsTheEmptyText)
+{
+    clsCharsetConversionString wide(static_cast<const wchar_t*>(nullptr));
+    EXPECT_STREQ(wide.GetWide(), L"");
+    EXPECT_STREQ(wide.GetNarrow(), "");
+    clsCharsetConversionString narrow(static_cast<const char*>(nullptr));
+    EXPECT_STREQ(narrow.GetWide(), L"");
+    EXPECT_STREQ(narrow.GetNarrow(), "");
+    clsCharsetConversionStringCP none(CP_UTF8);
+    EXPECT_STREQ(none.GetWide(), L"");
+    EXPECT_STREQ(none.GetNarrow(), "");
+}
+
+TEST(CharsetConversion, SetNarrowStartsAnewInTheSameCodePage)
+{
+    clsCharsetConversionStringCP line(CP_UTF8);
+    line.SetNarrow("\xC3\xA4");
+    EXPECT_STREQ(line.GetWide(), L"\u00E4");
+    const std::string longText(500, 'y');
+    line.SetNarrow(longText.c_str());
+    EXPECT_EQ(wcslen(line.GetWide()), 500U);
+    line.SetNarrow("\xE2\x82\xAC");
+    EXPECT_STREQ(line.GetWide(), L"\u20AC");
+    line.SetNarrow(nullptr);
+    EXPECT_STREQ(line.GetWide(), L"");
+}
+
+TEST(CharsetConversion, OutputFormDeliversCutAndTerminated)
+{
+    Destination destination(5);
+    strcpy(destination.bytes.data(), "old");
+    {
+        clsCharsetConversionString output(destination.bytes.data(), 5);
+        EXPECT_STREQ(output.GetWide(), L"old");
+        wcscpy(output.WideBuffer(), L"1234");
+    }
+    EXPECT_STREQ(destination.bytes.c_str(), "1234");
+    EXPECT_TRUE(destination.IsUntouchedFrom(5));
+
+    // What the code page makes longer than the buffer is cut.
+    Destination small(5);
+    {
+        clsCharsetConversionStringCP unused(CP_UTF8);
+        clsCharsetConversionString output(small.bytes.data(), 5);
+        wcscpy(output.WideBuffer(), L"12345");
+    }
+    EXPECT_STREQ(small.bytes.c_str(), "1234");
+    EXPECT_TRUE(small.IsUntouchedFrom(5));
+}
+
+TEST(CharsetConversion, OutputFormAtTheEdgesOfItsBuffers)
+{
+    for (const uint32_t capacity : {1U, 2U, 63U, 64U, 65U, 66U, 1000U})
+    {
+        SCOPED_TRACE(capacity);
+        Destination destination(capacity); // no terminator within the capacity
+        {
+            clsCharsetConversionString output(destination.bytes.data(), capacity);
+            EXPECT_EQ(wcslen(output.GetWide()), capacity - 1);
+            const std::vector<wchar_t> full = Letters(capacity - 1);
+            memcpy(output.WideBuffer(), full.data(), full.size() * sizeof(wchar_t));
+        }
+        EXPECT_EQ(strlen(destination.bytes.c_str()), capacity - 1);
+        EXPECT_TRUE(destination.IsUntouchedFrom(capacity));
+    }
+
+    Destination untouched(0);
+    {
+        clsCharsetConversionString output(untouched.bytes.data(), 0);
+        EXPECT_STREQ(output.GetWide(), L"");
+    }
+    EXPECT_TRUE(untouched.IsUntouchedFrom(0));
+
+    clsCharsetConversionString nowhere(static_cast<char*>(nullptr), 10);
+    EXPECT_STREQ(nowhere.GetWide(), L"");
+}
+
+TEST(CharsetConversion, SetNarrowDeliversFirst)
+{
+    Destination destination(10);
+    destination.bytes[0] = 0;
+    clsCharsetConversionString output(destination.bytes.data(), 10);
+    wcscpy(output.WideBuffer(), L"given");
+    output.SetNarrow("other");
+    EXPECT_STREQ(destination.bytes.c_str(), "given");
+    strcpy(destination.bytes.data(), "kept");
+    output.SetNarrow("more");
+    EXPECT_STREQ(destination.bytes.c_str(), "kept");
+}
+
+TEST(CharsetConversion, WideOutputForm)
+{
+    std::array<wchar_t, 8> destination;
+    destination.fill(L'#');
+    wcscpy(destination.data(), L"ab");
+    {
+        clsCharsetConversionString output(destination.data(), 5);
+        EXPECT_STREQ(output.GetNarrow(), "ab");
+        strcpy(output.NarrowBuffer(), "12345");
+    }
+    EXPECT_STREQ(destination.data(), L"1234");
+    EXPECT_EQ(destination[5], L'#');
+}

@@ -1,0 +1,205 @@
+#include "core/registry.h"
+
+#include "core/developer_run.h"
+#include "support/debug_lines.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+using namespace qx;
+using qxtest::DebugLines;
+
+namespace
+{
+
+// A key of a test's own below the user's root, gone at the end.
+class Registry : public testing::Test
+{
+protected:
+    Registry()
+    {
+        _name.Format(L"Software\\qxut-test-%d", static_cast<int>(GetCurrentProcessId()));
+        RegCreateKeyExW(HKEY_CURRENT_USER, _name.Text(), 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS, nullptr,
+            &_key, nullptr);
+    }
+    ~Registry() override
+    {
+        RegCloseKey(_key);
+        RegDeleteTreeW(HKEY_CURRENT_USER, _name.Text());
+    }
+
+    void SetBytes(const wchar_t* name, DWORD type, const void* bytes, size_t count)
+    {
+        ASSERT_EQ(RegSetValueExW(_key, name, 0, type, static_cast<const BYTE*>(bytes), static_cast<DWORD>(count)),
+            ERROR_SUCCESS);
+    }
+    void SetText(const wchar_t* name, const String& text)
+    {
+        SetBytes(name, REG_SZ, text.Text(), (text.Length() + 1) * sizeof(wchar_t));
+    }
+
+    String _name;
+    HKEY _key = nullptr;
+};
+
+} // namespace
+
+TEST_F(Registry, TextsOfAnyLength)
+{
+    clsRegistryList list(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::Read);
+    ASSERT_EQ(list.LastResult(), 0);
+    // 255 characters and the terminator fill the first buffer of 512 bytes.
+    for (const size_t length : {0U, 1U, 254U, 255U, 256U, 257U, 5000U})
+    {
+        SCOPED_TRACE(length);
+        String text;
+        text.Fill(L'x', length);
+        SetText(L"value", text);
+        String read(L"before");
+        EXPECT_EQ(list.GetString(L"value", read, L"default"), 0);
+        EXPECT_STREQ(read.Text(), text.Text());
+        EXPECT_EQ(list.LastResult(), 0);
+    }
+}
+
+TEST_F(Registry, StoredTextsMayLackTheirTerminator)
+{
+    clsRegistryList list(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::Read);
+    String full;
+    full.Fill(L'y', 256);
+    String read;
+    SetBytes(L"short", REG_SZ, L"abc", 3 * sizeof(wchar_t));
+    EXPECT_EQ(list.GetString(L"short", read, L""), 0);
+    EXPECT_STREQ(read.Text(), L"abc");
+    SetBytes(L"full", REG_SZ, full.Text(), 512);
+    EXPECT_EQ(list.GetString(L"full", read, L""), 0);
+    EXPECT_STREQ(read.Text(), full.Text());
+    SetBytes(L"two", REG_EXPAND_SZ, L"a\0b", 4 * sizeof(wchar_t));
+    EXPECT_EQ(list.GetString(L"two", read, L""), 0);
+    EXPECT_STREQ(read.Text(), L"a");
+}
+
+TEST_F(Registry, DefaultsStandForWhatCannotBeRead)
+{
+    clsRegistryList list(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::Read);
+    String read(L"before");
+    EXPECT_EQ(list.GetString(L"missing", read, L"default"), -6);
+    EXPECT_STREQ(read.Text(), L"default");
+    EXPECT_EQ(list.LastResult(), -6);
+    const DWORD number = 7;
+    SetBytes(L"number", REG_DWORD, &number, sizeof number);
+    EXPECT_EQ(list.GetString(L"number", read, L"other"), -6);
+    EXPECT_STREQ(read.Text(), L"other");
+
+    clsRegistryList missing(HKEY_CURRENT_USER, L"Software\\qxut-test-missing", clsRegistryList::Read);
+    EXPECT_EQ(missing.LastResult(), -2);
+    EXPECT_EQ(missing.GetString(L"value", read, L"third"), -5);
+    EXPECT_STREQ(read.Text(), L"third");
+    bool flag = false;
+    EXPECT_EQ(missing.GetBool(L"value", flag, true), -1);
+    EXPECT_TRUE(flag);
+}
+
+TEST_F(Registry, BoolsAreUpperCaseT)
+{
+    clsRegistryList list(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::Read);
+    const struct
+    {
+        const wchar_t* text;
+        bool value;
+    } cases[] = {{L"T", true}, {L"True", true}, {L"t", false}, {L"F", false}, {L"1", false}, {L"", false}};
+    for (const auto& c : cases)
+    {
+        SetText(L"flag", c.text);
+        bool flag = !c.value;
+        EXPECT_EQ(list.GetBool(L"flag", flag, !c.value), 0);
+        EXPECT_EQ(flag, c.value) << String(c.text).NarrowText();
+    }
+    bool flag = false;
+    EXPECT_EQ(list.GetBool(L"missing", flag, true), -1);
+    EXPECT_TRUE(flag);
+}
+
+TEST_F(Registry, CreatingModeMakesTheKey)
+{
+    const String name = _name + L"\\made\\deep";
+    EXPECT_EQ(clsRegistryList(HKEY_CURRENT_USER, name.Text(), clsRegistryList::Read).LastResult(), -2);
+    EXPECT_EQ(clsRegistryList(HKEY_CURRENT_USER, name.Text(), clsRegistryList::Create | 4).LastResult(), 0);
+    EXPECT_EQ(clsRegistryList(HKEY_CURRENT_USER, name.Text(), clsRegistryList::Read).LastResult(), 0);
+}
+
+TEST_F(Registry, FailedCreationIsReportedToDevelopers)
+{
+    // A key that was opened for reading is no place to create in; nor is a handle that is none.
+    const auto foreign = reinterpret_cast<HKEY>(static_cast<ULONG_PTR>(0x12344));
+    SetEnvironmentVariableW(L"user", L"somebody");
+    ForgetDeveloperRun();
+    const DebugLines lines;
+    EXPECT_EQ(clsRegistryList(foreign, L"sub", clsRegistryList::Create).LastResult(), -3);
+    EXPECT_EQ(lines.Count(), 0U);
+
+    SetEnvironmentVariableW(L"user", L"qvx");
+    ForgetDeveloperRun();
+    EXPECT_EQ(clsRegistryList(foreign, L"sub", clsRegistryList::Create).LastResult(), -3);
+    const String line = lines.Only();
+    EXPECT_EQ(line.Find(line.Text(), L"WRN: clsRegistryList::ct() cannot create subkey 'sub' in key "), 0)
+        << line.NarrowText();
+    SetEnvironmentVariableW(L"user", nullptr);
+    ForgetDeveloperRun();
+}
+
+TEST_F(Registry, NullSubkeyAdoptsTheRoot)
+{
+    SetText(L"value", L"here");
+    const DebugLines lines;
+    {
+        clsRegistryList adopted(_key, nullptr, clsRegistryList::Read);
+        EXPECT_STREQ(lines.Only().Text(), L"ATTN: possibly non-ref-counted registry key acces...");
+        String read;
+        EXPECT_EQ(adopted.GetString(L"value", read, L""), 0);
+        EXPECT_STREQ(read.Text(), L"here");
+    }
+    DWORD bytes = 0;
+    EXPECT_EQ(RegQueryValueExW(_key, L"value", nullptr, nullptr, nullptr, &bytes), ERROR_INVALID_HANDLE);
+    _key = nullptr;
+
+    // The user's root itself lives on.
+    {
+        clsRegistryList root(HKEY_CURRENT_USER, nullptr, clsRegistryList::Read);
+    }
+    EXPECT_EQ(clsRegistryList(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::Read).LastResult(), 0);
+}
+
+TEST_F(Registry, UsersRootFollowsTheMachineSetting)
+{
+    HKEY machine = nullptr;
+    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"software\\trelmo", 0, nullptr, REG_OPTION_NON_VOLATILE,
+                  KEY_ALL_ACCESS, nullptr, &machine, nullptr),
+        ERROR_SUCCESS);
+    const auto set = [&](const wchar_t* text)
+    {
+        RegSetValueExW(machine, L"Registry.ImpersonationAware", 0, REG_SZ, reinterpret_cast<const BYTE*>(text),
+            static_cast<DWORD>((wcslen(text) + 1) * sizeof(wchar_t)));
+        ForgetUserRootKey();
+    };
+    SetText(L"value", L"mine");
+
+    set(L"F");
+    EXPECT_EQ(UtilGetUserRootKey(true), HKEY_CURRENT_USER);
+
+    set(L"True");
+    const HKEY opened = UtilGetUserRootKey(true);
+    EXPECT_NE(opened, HKEY_CURRENT_USER);
+    CloseUserRootKey(opened);
+    clsRegistryList list(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::Read);
+    String read;
+    EXPECT_EQ(list.GetString(L"value", read, L""), 0);
+    EXPECT_STREQ(read.Text(), L"mine");
+
+    RegDeleteValueW(machine, L"Registry.ImpersonationAware");
+    RegCloseKey(machine);
+    EXPECT_NE(UtilGetUserRootKey(true), HKEY_CURRENT_USER); // asked once
+    ForgetUserRootKey();
+    EXPECT_EQ(UtilGetUserRootKey(true), HKEY_CURRENT_USER);
+}

@@ -1,0 +1,157 @@
+#include "files/file.h"
+
+#include "support/debug_lines.h"
+#include "support/fake_stream.h"
+#include "support/peer_process.h"
+#include "support/temp_folder.h"
+
+#include <gtest/gtest.h>
+
+using namespace qx;
+using qxtest::DebugLines;
+using qxtest::FakeStream;
+using qxtest::PeerProcess;
+using qxtest::TempFolder;
+
+namespace
+{
+
+constexpr wchar_t kAlreadyRemoved[] = L"tried to unlock a lock that has already been removed (or has never existed)";
+
+class FileLock : public testing::Test
+{
+protected:
+    void OpenShared(clsFile& file)
+    {
+        ASSERT_EQ(
+            file.Open(_path, FileAccess::Read, FileDisposition::OpenExisting, FileShare::ReadWrite, kFileData), 0);
+    }
+    int LockInPeer(int offset, int length)
+    {
+        return PeerProcess(String(String::formatted, L"lock \"%s\" %d %d", _path.Text(), offset, length)).Wait();
+    }
+
+    TempFolder _folder;
+    String _path = _folder.Make(L"locked", "0123456789");
+};
+
+} // namespace
+
+TEST_F(FileLock, HoldsBetweenProcesses)
+{
+    clsFile file;
+    OpenShared(file);
+    const scFileLock* const lock = file.Lock(4, 2);
+    ASSERT_NE(lock, nullptr);
+    EXPECT_EQ(lock->offset, 4U);
+    EXPECT_EQ(lock->length, 2U);
+    EXPECT_EQ(LockInPeer(5, 1), 1);
+    EXPECT_EQ(LockInPeer(6, 4), 0);
+    EXPECT_EQ(LockInPeer(0, 4), 0);
+    const scFileLock* const behindTheEnd = file.Lock(1000, 1);
+    ASSERT_NE(behindTheEnd, nullptr);
+    file.Unlock(lock);
+    EXPECT_EQ(LockInPeer(4, 2), 0);
+    EXPECT_EQ(LockInPeer(1000, 1), 1);
+    file.Unlock(behindTheEnd);
+    EXPECT_EQ(LockInPeer(1000, 1), 0);
+}
+
+TEST_F(FileLock, WaitsForAnotherProcess)
+{
+    const String ready = _folder.Path(L"ready");
+    PeerProcess holder(String(String::formatted, L"hold \"%s\" 0 1 700 \"%s\"", _path.Text(), ready.Text()));
+    ASSERT_TRUE(holder.IsStarted());
+    for (int i = 0; i < 2000 && !qxtest::Exists(ready); ++i)
+    {
+        Sleep(10);
+    }
+    ASSERT_TRUE(qxtest::Exists(ready));
+    clsFile file;
+    OpenShared(file);
+    const ULONGLONG start = GetTickCount64();
+    EXPECT_NE(file.Lock(0, 1), nullptr);
+    EXPECT_GE(GetTickCount64() - start, 300U);
+    EXPECT_EQ(holder.Wait(), 0);
+}
+
+TEST_F(FileLock, ClosingGivesTheRangeBack)
+{
+    clsFile file;
+    OpenShared(file);
+    ASSERT_NE(file.Lock(0, 1), nullptr);
+    file.Close();
+    EXPECT_EQ(LockInPeer(0, 1), 0);
+}
+
+TEST(StreamLock, StreamWithoutLocksCountsAsLocked)
+{
+    for (const HRESULT answer : {STG_E_INVALIDFUNCTION, E_NOTIMPL})
+    {
+        FakeStream stream;
+        stream.lockResult = answer;
+        clsFile file(&stream);
+        const ULONGLONG start = GetTickCount64();
+        const scFileLock* const lock = file.Lock(0, 1);
+        EXPECT_LT(GetTickCount64() - start, 1000U);
+        EXPECT_EQ(stream.lockTries, 1);
+        ASSERT_NE(lock, nullptr);
+        const DebugLines lines;
+        file.Unlock(lock);
+        EXPECT_EQ(lines.Count(), 0U);
+    }
+}
+
+TEST(StreamLock, GivesUpAfterTenSeconds)
+{
+    FakeStream stream;
+    stream.lockResult = STG_E_LOCKVIOLATION;
+    clsFile file(&stream);
+    const ULONGLONG start = GetTickCount64();
+    EXPECT_EQ(file.Lock(0, 1), nullptr);
+    const ULONGLONG time = GetTickCount64() - start;
+    EXPECT_GE(time, 10000U);
+    EXPECT_LT(time, 20000U);
+    EXPECT_GE(stream.lockTries, 3);
+}
+
+TEST(StreamLock, LockedTwiceAndUnlockedInAnyOrder)
+{
+    FakeStream stream;
+    clsFile file(&stream);
+    const scFileLock* const first = file.Lock(0, 1);
+    const scFileLock* const second = file.Lock(0, 1);
+    EXPECT_EQ(stream.locks, 2);
+    const DebugLines lines;
+    file.Unlock(second);
+    file.Unlock(first);
+    file.Unlock(nullptr);
+    EXPECT_EQ(stream.locks, 0);
+    EXPECT_EQ(lines.Count(), 0U);
+}
+
+TEST(StreamLock, UnlockingTwiceIsReported)
+{
+    FakeStream stream;
+    clsFile file(&stream);
+    const scFileLock* const lock = file.Lock(5, 2);
+    file.Unlock(lock);
+    const DebugLines lines;
+    file.Unlock(lock);
+    EXPECT_EQ(lines.Only(), String(L"\nFile '(Stream)': ") + kAlreadyRemoved + L"\n");
+    EXPECT_EQ(stream.locks, 0);
+}
+
+TEST(StreamLock, DestructionUnlocksWhatIsLeft)
+{
+    FakeStream stream;
+    const DebugLines lines;
+    {
+        clsFile file(&stream);
+        file.Lock(0, 1);
+        file.Lock(7, 2);
+    }
+    EXPECT_EQ(stream.locks, 0);
+    EXPECT_STREQ(lines.Only().Text(),
+        L"portions of the file '(Stream)' are still locked. they will be unlocked automatically...");
+}

@@ -1,0 +1,216 @@
+#include "files/allocation_count.h"
+#include "files/auto_release.h"
+#include "files/global_lock.h"
+#include "files/handle_holder.h"
+#include "files/iunknown_impl.h"
+
+#include "core/debugger.h"
+#include "core/developer_run.h"
+#include "support/debug_lines.h"
+#include "support/fake_stream.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+using namespace qx;
+using qxtest::DebugLines;
+using qxtest::FakeStream;
+
+namespace
+{
+
+class Counted : public clsIUnknownImpl
+{
+public:
+    HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    ULONG STDMETHODCALLTYPE NonDelegatingRelease() override { return ReleaseObject(this); }
+    virtual ~Counted() { ++destroyed; }
+    inline static int destroyed = 0;
+};
+
+class Event : public clsGenericHandleObjectAutoRelease
+{
+public:
+    using clsGenericHandleObjectAutoRelease::clsGenericHandleObjectAutoRelease;
+    void CloseHandle() override
+    {
+        ++closed;
+        clsGenericHandleObjectAutoRelease::CloseHandle();
+    }
+    ~Event() override { Release(); }
+    inline static int closed = 0;
+};
+
+HANDLE NewEvent()
+{
+    return CreateEventW(nullptr, TRUE, FALSE, nullptr);
+}
+
+bool IsOpenHandle(HANDLE handle)
+{
+    DWORD flags = 0;
+    return GetHandleInformation(handle, &flags) != FALSE;
+}
+
+} // namespace
+
+TEST(AutoRelease, CountsReferences)
+{
+    FakeStream stream;
+    {
+        clsAutoRelease<IStream*> a(&stream);
+        EXPECT_EQ(stream.references, 2U);
+        clsAutoRelease<IStream*> b = a;
+        EXPECT_EQ(stream.references, 3U);
+        clsAutoRelease<IStream*> c = std::move(b);
+        EXPECT_EQ(stream.references, 3U);
+        EXPECT_FALSE(b);
+        a = a;
+        EXPECT_EQ(stream.references, 3U);
+        c = nullptr;
+        EXPECT_EQ(stream.references, 2U);
+        c.Adopt(a.Detach());
+        EXPECT_EQ(stream.references, 2U);
+        EXPECT_EQ(c.Get(), &stream);
+        *c.Receive() = &stream; // as a call does that gives a reference
+        EXPECT_EQ(stream.references, 1U);
+        stream.AddRef();
+    }
+    EXPECT_EQ(stream.references, 1U);
+}
+
+TEST(AutoRelease, HoldsObjectsWithoutInterface)
+{
+    Counted::destroyed = 0;
+    {
+        clsAutoRelease<Counted*> a(new Counted);
+        const clsAutoRelease<Counted*> b = a;
+        a.Release();
+        EXPECT_EQ(Counted::destroyed, 0);
+    }
+    EXPECT_EQ(Counted::destroyed, 1);
+}
+
+TEST(AutoRelease, EmptyOneIsReportedToDevelopers)
+{
+    static int frames = 0;
+    const StackTraceHook former = SetStackTraceHook([](int count) { frames = count; });
+    const DebugLines lines;
+    const clsAutoRelease<IStream*> empty;
+    EXPECT_EQ(empty.operator->(), nullptr);
+    EXPECT_EQ(lines.Count(), 0U);
+
+    SetEnvironmentVariableW(L"user", L"qvx");
+    ForgetDeveloperRun();
+    EXPECT_EQ(empty.operator->(), nullptr);
+    SetEnvironmentVariableW(L"user", nullptr);
+    ForgetDeveloperRun();
+    EXPECT_STREQ(lines.Only().Text(), L"ERROR: Interface pointer is NULL, GPF will follow!");
+    EXPECT_EQ(frames, 50);
+    SetStackTraceHook(former);
+}
+
+TEST(AllocationCount, FollowsTheObjectsOfAllThreads)
+{
+    struct Thing : clsAllocationCountVerifier<Thing, 3>
+    {
+    };
+    {
+        const Thing a;
+        const Thing b = a;
+        EXPECT_EQ(Thing::LivingObjects(), 2);
+    }
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+    {
+        threads.emplace_back(
+            []
+            {
+                for (int n = 0; n < 10000; ++n)
+                {
+                    const Thing thing;
+                }
+            });
+    }
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
+    EXPECT_EQ(Thing::LivingObjects(), 0);
+    EXPECT_GE(Thing::MostLivingObjects(), 2);
+    EXPECT_LE(Thing::MostLivingObjects(), 4);
+}
+
+TEST(HandleHolder, ClosesWhatIsItsOwn)
+{
+    Event::closed = 0;
+    const HANDLE own = NewEvent();
+    const HANDLE foreign = NewEvent();
+    {
+        Event a(own, true);
+        Event b(foreign, false);
+        Event none(INVALID_HANDLE_VALUE, true);
+        EXPECT_TRUE(a.IsValid());
+        EXPECT_FALSE(none.IsValid());
+    }
+    EXPECT_EQ(Event::closed, 1);
+    EXPECT_FALSE(IsOpenHandle(own));
+    EXPECT_TRUE(IsOpenHandle(foreign));
+
+    Event holder(foreign, true);
+    EXPECT_EQ(holder.Detach(), foreign);
+    EXPECT_FALSE(holder.IsValid());
+    holder.Take(foreign, true);
+    holder.Take(nullptr, true);
+    EXPECT_FALSE(IsOpenHandle(foreign));
+}
+
+TEST(HandleHolder, DuplicatesAreInheritable)
+{
+    const HANDLE original = NewEvent();
+    clsGenericHandleObjectAutoRelease holder;
+    ASSERT_TRUE(holder.Duplicate(original));
+    DWORD flags = 0;
+    ASSERT_TRUE(GetHandleInformation(holder.Get(), &flags));
+    EXPECT_EQ(flags & HANDLE_FLAG_INHERIT, DWORD{HANDLE_FLAG_INHERIT});
+    CloseHandle(original);
+    EXPECT_TRUE(SetEvent(holder.Get()));
+    EXPECT_FALSE(holder.Duplicate(nullptr));
+    EXPECT_FALSE(holder.IsValid());
+}
+
+TEST(GlobalLock, FreesItsBlock)
+{
+    const DebugLines lines;
+    {
+        const clsGlobalLock block(GMEM_MOVEABLE | GMEM_ZEROINIT, 100);
+        ASSERT_TRUE(block.IsLocked());
+        EXPECT_EQ(static_cast<const char*>(block.Get())[99], 0);
+        EXPECT_EQ(GlobalFlags(block.Memory()) & GMEM_LOCKCOUNT, 1U);
+    }
+    const clsGlobalLock tooLarge(GMEM_MOVEABLE, ~size_t{0} >> 2);
+    EXPECT_FALSE(tooLarge.IsLocked());
+    EXPECT_EQ(lines.Count(), 0U);
+}
+
+TEST(GlobalLock, ReportsABlockThatIsStillLocked)
+{
+    const DebugLines lines;
+    const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, 10);
+    GlobalLock(memory);
+    {
+        const clsGlobalLock block(memory, false);
+    }
+    const String start(String::formatted, L"clsGlobalLock::Unlock(%#p): The handle is still locked 1 times: ", memory);
+    EXPECT_EQ(String::Find(lines.Only().Text(), start.Text()), 0) << lines.Last().NarrowText();
+    {
+        clsGlobalLock silent(memory, false);
+        silent.SetReport(false);
+    }
+    EXPECT_EQ(lines.Count(), 1U);
+    EXPECT_EQ(GlobalFlags(memory) & GMEM_LOCKCOUNT, 1U);
+    GlobalUnlock(memory);
+    EXPECT_EQ(GlobalFree(memory), nullptr);
+}
