@@ -1,0 +1,107 @@
+// A guess whether bytes are UTF-16.
+
+#include <winbase.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace
+{
+
+// As much as the system looks at for its counts.
+constexpr std::size_t SAMPLE = 256;
+
+constexpr int UNICODE_TESTS = IS_TEXT_UNICODE_UNICODE_MASK;
+constexpr int REVERSE_TESTS = IS_TEXT_UNICODE_REVERSE_MASK;
+
+struct Units
+{
+    const unsigned char* bytes;
+    std::size_t count;
+
+    unsigned operator[](std::size_t i) const { return bytes[2 * i] | bytes[2 * i + 1] << 8; }
+};
+
+unsigned Reversed(unsigned unit)
+{
+    return (unit >> 8 | unit << 8) & 0xffff;
+}
+
+bool IsControl(unsigned unit)
+{
+    return unit == '\r' || unit == '\n' || unit == ' ' || unit == '\t' || unit == 0x3000;
+}
+
+// What only a mix-up of bytes makes: a reversed mark, no character, two bytes of a line's end, an end within.
+bool IsIllegal(unsigned unit)
+{
+    return unit == 0xfffe || unit == 0xffff || unit == 0x0a0d || unit == 0;
+}
+
+int CountedTests(const Units& units)
+{
+    const std::size_t count = std::min(units.count, SAMPLE);
+    std::size_t latin = 0;
+    std::size_t reversedLatin = 0;
+    int result = 0;
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        const unsigned unit = units[i];
+        latin += unit <= 0xff;
+        reversedLatin += (unit & 0xff) == 0 && unit != 0;
+        if (IsControl(unit))
+            result |= IS_TEXT_UNICODE_CONTROLS;
+        if (IsControl(Reversed(unit)))
+            result |= IS_TEXT_UNICODE_REVERSE_CONTROLS;
+        if (IsIllegal(unit))
+            result |= IS_TEXT_UNICODE_ILLEGAL_CHARS;
+        if ((unit & 0xff) == 0 || unit <= 0xff)
+            result |= IS_TEXT_UNICODE_NULL_BYTES;
+    }
+    // Most characters of most texts are Latin letters, blanks and digits, with a zero in one of their bytes; 8-bit
+    // text has no zeros.
+    if (latin * 2 > count)
+        result |= IS_TEXT_UNICODE_STATISTICS;
+    if (reversedLatin * 2 > count)
+        result |= IS_TEXT_UNICODE_REVERSE_STATISTICS;
+    return result;
+}
+
+int WholeTests(const Units& units)
+{
+    int result = IS_TEXT_UNICODE_ASCII16 | IS_TEXT_UNICODE_REVERSE_ASCII16;
+    for (std::size_t i = 0; i < units.count && result != 0; ++i)
+    {
+        if (units[i] == 0 || units[i] > 0x7f)
+            result &= ~IS_TEXT_UNICODE_ASCII16;
+        if (Reversed(units[i]) == 0 || Reversed(units[i]) > 0x7f)
+            result &= ~IS_TEXT_UNICODE_REVERSE_ASCII16;
+    }
+    if (units[0] == 0xfeff)
+        result |= IS_TEXT_UNICODE_SIGNATURE;
+    if (units[0] == 0xfffe)
+        result |= IS_TEXT_UNICODE_REVERSE_SIGNATURE;
+    return result;
+}
+
+int AllTests(const unsigned char* bytes, std::size_t size)
+{
+    const Units units{bytes, size / 2};
+    // A lone ASCII character and its zero byte tell nothing.
+    if (units.count == 0 || (size == 2 && units[0] <= 0x7f))
+        return 0;
+    return CountedTests(units) | WholeTests(units) | (size % 2 != 0 ? IS_TEXT_UNICODE_ODD_LENGTH : 0);
+}
+
+} // namespace
+
+BOOL WINAPI IsTextUnicode(const VOID* lpv, int iSize, LPINT lpiResult)
+{
+    const std::size_t size = lpv != nullptr && iSize > 0 ? static_cast<std::size_t>(iSize) : 0;
+    int passed = AllTests(static_cast<const unsigned char*>(lpv), size);
+    if (lpiResult != nullptr)
+        *lpiResult = passed &= *lpiResult;
+    if ((passed & IS_TEXT_UNICODE_NOT_UNICODE_MASK) != 0)
+        return FALSE;
+    return (passed & (UNICODE_TESTS | REVERSE_TESTS)) != 0;
+}
