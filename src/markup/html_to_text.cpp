@@ -1,0 +1,126 @@
+#include "markup/html_to_text.h"
+
+#include "markup/html_mask.h"
+
+#include <wchar.h>
+
+#include <algorithm>
+
+namespace qx
+{
+namespace
+{
+
+std::size_t Terminate(wchar_t* text, const wchar_t* end)
+{
+    const auto length = static_cast<std::size_t>(end - text);
+    text[length] = 0;
+    return length;
+}
+
+std::size_t JoinLineEnds(wchar_t* text, std::size_t length)
+{
+    const wchar_t* const end = text + length;
+    wchar_t* out = text;
+    for (const wchar_t* in = text; in != end; ++in)
+        if (*in != L'\n' || in == text || in[-1] != L'\r')
+            *out++ = *in;
+    return Terminate(text, out);
+}
+
+// What is left of `count` returns in a row when each three become two, and then each four.
+std::size_t ReturnsLeft(std::size_t count)
+{
+    const std::size_t first = count / 3 * 2 + count % 3;
+    return first / 4 * 2 + first % 4;
+}
+
+std::size_t FoldBlankLines(wchar_t* text, std::size_t length)
+{
+    const wchar_t* const end = text + length;
+    const wchar_t* in = text;
+    wchar_t* out = text;
+    while (in != end)
+    {
+        const wchar_t* const run = std::find(in, end, L'\r');
+        out = std::copy(in, run, out);
+        in = std::find_if(run, end, [](wchar_t c) { return c != L'\r'; });
+        out = std::fill_n(out, ReturnsLeft(static_cast<std::size_t>(in - run)), L'\r');
+    }
+    return Terminate(text, out);
+}
+
+} // namespace
+
+// The last end decides, not the first: what stands between two comments goes with them.
+std::size_t RemoveComments(wchar_t* html, std::size_t length)
+{
+    constexpr std::wstring_view opening = L"<!--", closing = L"-->";
+    const std::wstring_view text(html, length);
+    const std::size_t start = text.find(opening);
+    if (start == std::wstring_view::npos)
+        return length;
+    const std::size_t end = text.rfind(closing);
+    if (end == std::wstring_view::npos || end < start + opening.size())
+        return length;
+    return Terminate(html, std::copy(html + end + closing.size(), html + length, html + start));
+}
+
+std::size_t FoldBlanks(wchar_t* text, std::size_t length)
+{
+    constexpr wchar_t leftGuillemet = 0xAB, rightGuillemet = 0xBB, noBreakSpace = 0xA0;
+    const wchar_t* const end = text + length;
+    wchar_t* out = text;
+    bool space = false;
+    std::ptrdiff_t depth = 0;
+    for (const wchar_t* in = text; in != end; ++in)
+    {
+        const wchar_t c = *in;
+        bool keep = true;
+        bool isSpace = false;
+        switch (c)
+        {
+        case L' ':
+        case noBreakSpace:
+            keep = !space;
+            isSpace = true;
+            break;
+        case L'\n':
+            keep = false;
+            isSpace = space;
+            break;
+        case leftGuillemet:
+            keep = depth++ != 0;
+            break;
+        case rightGuillemet:
+            keep = depth-- != 1;
+            break;
+        default:
+            break;
+        }
+        space = isSpace;
+        if (keep)
+            *out++ = c;
+    }
+    return Terminate(text, out);
+}
+
+String HtmlToText(const wchar_t* html, bool placeholders)
+{
+    String text(html);
+    std::size_t length = text.Length();
+    if (length == 0)
+        return text;
+    wchar_t* characters = text.GetBuffer(length + 1);
+    length = RemoveComments(characters, length);
+    length = JoinLineEnds(characters, length);
+    length = ExpandAnchors(characters, length);
+    length = RemoveTags(characters, length, placeholders);
+    length = DemaskHtmlInPlace(characters, length);
+    length = FoldBlanks(characters, length);
+    length = FoldBlankLines(characters, length);
+    text.ReleaseBuffer(length);
+    return text;
+}
+
+} // namespace qx

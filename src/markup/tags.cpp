@@ -1,0 +1,213 @@
+// What tags leave in the text.
+#include "markup/html_to_text.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace qx
+{
+namespace
+{
+
+enum class TagKind : unsigned char
+{
+    text,       // leaves its text, unless it stands in an ignored element
+    beginsSkip, // opens an ignored element
+    endsSkip
+};
+
+struct Tag
+{
+    std::wstring_view name;
+    std::wstring_view text;
+    TagKind kind = TagKind::text;
+};
+
+// In lower case. A tag that isn't here leaves nothing, like those that are here with an empty text.
+constexpr auto tags = []
+{
+    std::array table = std::to_array<Tag>({
+        {L"/h1", L"\r"},
+        {L"/h2", L"\r"},
+        {L"/h3", L"\r"},
+        {L"/h4", L"\r"},
+        {L"/h5", L"\r"},
+        {L"/h6", L"\r"},
+        {L"li", L"- "},
+        {L"/p", L"\r"},
+        {L"/div", L"\r"},
+        {L"/ol", L"\r"},
+        {L"/tr", L"\r"},
+        {L"/ul", L"\r"},
+        {L"/thead", L"\r"},
+        {L"/tbody", L"\r"},
+        {L"/blockquote", L"\r"},
+        {L"/address", L"\r"},
+        {L"/pre", L"\r"},
+        {L"/li", L"\r"},
+        {L"/td", L" "},
+        {L"/th", L" "},
+        {L"br", L"\r"},
+        {L"hr", L"\r"},
+        {L"head", L"", TagKind::beginsSkip},
+        {L"/head", L"", TagKind::endsSkip},
+        {L"script", L"", TagKind::beginsSkip},
+        {L"/script", L"", TagKind::endsSkip},
+        {L"iframe", L"", TagKind::beginsSkip},
+        {L"/iframe", L"", TagKind::endsSkip},
+        {L"textarea", L"", TagKind::beginsSkip},
+        {L"/textarea", L"", TagKind::endsSkip},
+        {L"select", L"", TagKind::beginsSkip},
+        {L"/select", L"", TagKind::endsSkip},
+        {L"style", L"", TagKind::beginsSkip},
+        {L"/style", L"", TagKind::endsSkip},
+    });
+    std::sort(table.begin(), table.end(), [](const Tag& a, const Tag& b) { return a.name < b.name; });
+    return table;
+}();
+
+constexpr std::size_t longestName = 11; // "/blockquote"
+
+const Tag* FindTag(std::wstring_view name)
+{
+    const auto* at = std::lower_bound(
+        tags.begin(), tags.end(), name, [](const Tag& tag, std::wstring_view key) { return tag.name < key; });
+    return at != tags.end() && at->name == name ? at : nullptr;
+}
+
+// Finds a tag by its name as written: lower case is that of the user's locale, which gives each unit one unit.
+class TagFinder
+{
+public:
+    const Tag* Find(std::wstring_view written)
+    {
+        if (written.size() > longestName)
+            return nullptr;
+        if (std::all_of(written.begin(), written.end(), [](wchar_t c) { return c < 128 && !(c >= L'A' && c <= L'Z'); }))
+            return FindTag(written);
+        String name(written.data(), 0, written.size());
+        name.MakeLower();
+        return FindTag({name.Text(), name.Length()});
+    }
+};
+
+class TagRemover
+{
+public:
+    TagRemover(wchar_t* html, std::size_t length, bool placeholders)
+        : _html(html),
+          _in(html),
+          _end(html + length),
+          _out(html),
+          _placeholders(placeholders),
+          _open(placeholders ? L'[' : L'<'),
+          _close(placeholders ? L']' : L'>')
+    {
+    }
+
+    std::size_t Run()
+    {
+        while (_in != _end)
+        {
+            const wchar_t c = *_in++;
+            if (c == _open)
+                BeginTag();
+            else
+                WriteText(c);
+        }
+        *_out = 0;
+        return static_cast<std::size_t>(_out - _html);
+    }
+
+private:
+    // Begins behind the opening character, and goes on behind the end of the tag, or at the end of the text.
+    void BeginTag()
+    {
+        StartName();
+        while (_in != _end)
+        {
+            const wchar_t c = *_in++;
+            if (c == _open)
+                StartName(); // the tag starts over wholly
+            else if (c == _close)
+            {
+                const wchar_t* end = _nameEnd ? _nameEnd : _in - 1;
+                SkipPlaceholder(_close);
+                EndTag({_name, static_cast<std::size_t>(end - _name)});
+                return;
+            }
+            else if (!_nameEnd && IsNameEnd(c))
+                _nameEnd = _in - 1;
+        }
+    }
+
+    void StartName()
+    {
+        SkipPlaceholder(_open);
+        _name = _in;
+        _nameEnd = nullptr;
+    }
+
+    void EndTag(std::wstring_view name)
+    {
+        const Tag* tag = _finder.Find(name);
+        if (!tag)
+            return;
+        // The depth has no floor: a closing tag alone drops text until an opening one comes.
+        if (tag->kind == TagKind::beginsSkip)
+            ++_ignoreDepth;
+        else if (tag->kind == TagKind::endsSkip)
+            --_ignoreDepth;
+        else if (_ignoreDepth == 0)
+            _out = std::copy(tag->text.begin(), tag->text.end(), _out);
+    }
+
+    void WriteText(wchar_t c)
+    {
+        if (_ignoreDepth != 0)
+            return;
+        if (c == L'\t' || c == L'\n' || c == L'\r')
+            c = L' ';
+        const bool space = c == L' ' || c == noBreakSpace;
+        if (!space || !_lastWasSpace)
+            *_out++ = c;
+        _lastWasSpace = space;
+    }
+
+    // Behind an opening or closing bracket a placeholder has an underscore and the bracket once more.
+    void SkipPlaceholder(wchar_t bracket)
+    {
+        if (_placeholders && _end - _in >= 2 && _in[0] == L'_' && _in[1] == bracket)
+            _in += 2;
+    }
+
+    static constexpr bool IsNameEnd(wchar_t c)
+    {
+        return c == L'\t' || c == L'\n' || c == L'\r' || c == L' ' || c == noBreakSpace;
+    }
+
+    static constexpr wchar_t noBreakSpace = 0xA0;
+
+    wchar_t* const _html;
+    const wchar_t* _in;
+    const wchar_t* const _end;
+    wchar_t* _out;
+    const bool _placeholders;
+    const wchar_t _open;
+    const wchar_t _close;
+    const wchar_t* _name = nullptr;
+    const wchar_t* _nameEnd = nullptr; // null while the name goes on
+    unsigned _ignoreDepth = 0;
+    bool _lastWasSpace = false;
+    TagFinder _finder;
+};
+
+} // namespace
+
+std::size_t RemoveTags(wchar_t* html, std::size_t length, bool placeholders)
+{
+    return TagRemover(html, length, placeholders).Run();
+}
+
+} // namespace qx
