@@ -3,6 +3,8 @@
 #define QXUT23_QXUT23_H
 
 #include <qxut23/base.h>
+#include <qxut23/convert.h>
+#include <qxut23/markup.h>
 #include <qxut23/strings.h>
 
 #endif

@@ -1,0 +1,40 @@
+// The parameters of zlib's compressor that stand behind the mode numbers.
+#pragma once
+
+#include <zlib.h>
+
+namespace qx
+{
+
+struct DeflateMode
+{
+    int level;
+    int memoryLevel;
+    int strategy;
+};
+
+constexpr DeflateMode DeflateModeOf(int mode)
+{
+    switch (mode)
+    {
+    case 1:
+        return {1, 8, Z_DEFAULT_STRATEGY};
+    case 3:
+        return {9, 8, Z_DEFAULT_STRATEGY};
+    case 4:
+        return {9, 9, Z_FILTERED};
+    case 5:
+        return {9, 9, Z_DEFAULT_STRATEGY};
+    case 6:
+        return {1, 9, Z_FILTERED};
+    case 7:
+        return {1, 7, Z_DEFAULT_STRATEGY};
+    default:
+        return {Z_DEFAULT_COMPRESSION, 8, Z_DEFAULT_STRATEGY};
+    }
+}
+
+// Window bits that leave out the head and the check sum of a zlib stream.
+constexpr int rawDeflateWindowBits = -15;
+
+} // namespace qx

@@ -1,0 +1,150 @@
+#include "files/deflate_stream.h"
+
+#include "core/byte_block.h"
+#include "core/debug_line.h"
+#include "files/deflate_mode.h"
+#include "files/file.h"
+
+#include <algorithm>
+
+namespace qx
+{
+namespace
+{
+
+constexpr std::uint32_t chunkSize = 0x100000;
+
+// The input block and the output block of one run; memory does not grow with the data.
+struct Chunks
+{
+    ByteBlock input{chunkSize};
+    ByteBlock output{chunkSize};
+
+    void OfferInput(z_stream& stream, std::uint32_t count)
+    {
+        stream.next_in = input.data();
+        stream.avail_in = count;
+    }
+
+    void OfferOutput(z_stream& stream)
+    {
+        stream.next_out = output.data();
+        stream.avail_out = chunkSize;
+    }
+
+    /// Writes what the stream has left in the output block; false when the target takes less.
+    bool Flush(clsFile& target, const z_stream& stream)
+    {
+        const std::uint32_t made = chunkSize - stream.avail_out;
+        return target.Write(output.data(), made) == made;
+    }
+};
+
+std::uint32_t NextChunk(std::int64_t remaining)
+{
+    return static_cast<std::uint32_t>(std::min<std::int64_t>(remaining, chunkSize));
+}
+
+std::int64_t RestOf(clsFile& source)
+{
+    return std::max<std::int64_t>(source.GetSize() - source.Tell(), 0);
+}
+
+int DeflateChunks(z_stream& stream, clsFile& target, clsFile& source, std::uint32_t* crc, std::int64_t remaining)
+{
+    Chunks chunks;
+    for (;;)
+    {
+        const std::uint32_t count = NextChunk(remaining);
+        if (source.Read(chunks.input.data(), count) != count)
+            return Z_DATA_ERROR;
+        remaining -= count;
+        if (crc && count != 0)
+            *crc = static_cast<std::uint32_t>(crc32(*crc, chunks.input.data(), count));
+
+        chunks.OfferInput(stream, count);
+        int code;
+        do
+        {
+            chunks.OfferOutput(stream);
+            code = deflate(&stream, remaining == 0 ? Z_FINISH : Z_NO_FLUSH);
+            // A target that takes less would lose data behind a good result, so this is a failure too.
+            if (!chunks.Flush(target, stream))
+                return Z_BUF_ERROR;
+        } while (stream.avail_out == 0);
+        if (code == Z_STREAM_END || code < 0)
+            return code;
+    }
+}
+
+// What a code of the decompressor means for the run; the end of the stream is no failure.
+int InflateFailure(int code)
+{
+    if (code == Z_DATA_ERROR || code == Z_MEM_ERROR)
+        return code;
+    return code == Z_NEED_DICT ? Z_DATA_ERROR : 0;
+}
+
+int InflateChunks(z_stream& stream, clsFile& target, clsFile& source, std::int64_t remaining)
+{
+    Chunks chunks;
+    int result = 0;
+    do
+    {
+        const std::uint32_t count = NextChunk(remaining);
+        if (source.Read(chunks.input.data(), count) != count)
+            return Z_DATA_ERROR;
+        remaining -= count;
+
+        chunks.OfferInput(stream, count);
+        do
+        {
+            chunks.OfferOutput(stream);
+            const int failure = InflateFailure(inflate(&stream, remaining == 0 ? Z_FINISH : Z_NO_FLUSH));
+            if (!chunks.Flush(target, stream))
+                return Z_BUF_ERROR;
+            if (failure != 0)
+                result = failure;
+        } while (stream.avail_out == 0);
+    } while (remaining > 0 && result == 0);
+    return result;
+}
+
+} // namespace
+
+int DeflateStream(clsFile& target, clsFile& source, int mode, std::uint32_t* crc, std::int64_t size)
+{
+    if (crc)
+        *crc = 0;
+    const DeflateMode parameters = DeflateModeOf(mode);
+    z_stream stream{};
+    const int code = deflateInit2(
+        &stream, parameters.level, Z_DEFLATED, rawDeflateWindowBits, parameters.memoryLevel, parameters.strategy);
+    if (code != Z_OK)
+        return code;
+    const int result = DeflateChunks(stream, target, source, crc, size == -1 ? RestOf(source) : size);
+    deflateEnd(&stream);
+    target.SetEOF();
+    return result;
+}
+
+int InflateStream(clsFile& target, clsFile& source, std::int64_t size)
+{
+    const std::int64_t compressed = size == -1 ? RestOf(source) : size;
+    // Room for the usual case before any byte is written; the end is set where the data end.
+    target.Reserve(target.GetSize() + compressed + 512);
+
+    z_stream stream{};
+    const int code = inflateInit2(&stream, rawDeflateWindowBits);
+    if (code != Z_OK)
+    {
+        DebugLine(L"ERR: ZLIB init error '%d'", code);
+        return code;
+    }
+    const int result = InflateChunks(stream, target, source, compressed);
+    inflateEnd(&stream);
+    target.SetEOF();
+    return result;
+}
+
+} // namespace qx

@@ -1,0 +1,174 @@
+#include "files/packed_text.h"
+
+#include "core/base64.h"
+#include "core/blowfish.h"
+#include "unit/packed/memory_file.h"
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+
+using namespace qx;
+using namespace qxtest;
+using namespace std::string_literals;
+
+namespace
+{
+
+String Pack(const std::string& data, bool compress, const wchar_t* key = L"")
+{
+    MemoryFile source(data);
+    return PackToString(source, compress, String(key));
+}
+
+std::string Unpack(const String& text, const wchar_t* key = L"")
+{
+    MemoryFile target("what stood there before and is longer than the data");
+    EXPECT_TRUE(UnpackFromString(target, text, String(key)));
+    EXPECT_EQ(target.Tell(), 0);
+    return target.Bytes();
+}
+
+std::string Size(std::uint32_t size)
+{
+    return {static_cast<char>(size), static_cast<char>(size >> 8), static_cast<char>(size >> 16),
+        static_cast<char>(size >> 24)};
+}
+
+std::string Zlib(const std::string& data)
+{
+    std::string packed(compressBound(static_cast<uLong>(data.size())), '\0');
+    uLongf length = static_cast<uLongf>(packed.size());
+    compress(reinterpret_cast<Bytef*>(packed.data()), &length, reinterpret_cast<const Bytef*>(data.data()),
+        static_cast<uLong>(data.size()));
+    packed.resize(length);
+    return packed;
+}
+
+String Text(const wchar_t* prefix, const std::string& image)
+{
+    return String(prefix) + Base64Encode(image.data(), image.size());
+}
+
+std::string RandomBytes(std::mt19937& random, std::size_t size)
+{
+    std::string bytes(size, '\0');
+    for (char& octet : bytes)
+        octet = static_cast<char>(random() % 7 ? 'a' + random() % 4 : random());
+    return bytes;
+}
+
+const std::string tag("QvX_Packed", 11);
+
+} // namespace
+
+TEST(PackedText, ImageOfTheCompressedForm)
+{
+    const std::string data(1000, 'x');
+    const String text = Pack(data, true);
+    ASSERT_STREQ(text.Left(3).Text(), L"@2@");
+    ByteBlock image;
+    const std::size_t size = Base64DecodeToBytes(text.Mid(3), image);
+    ASSERT_GT(size, 15u);
+    EXPECT_EQ(std::memcmp(image.data(), (Size(1000) + tag).data(), 15), 0);
+
+    std::string out(1000, '\0');
+    uLongf length = 1000;
+    ASSERT_EQ(
+        uncompress(reinterpret_cast<Bytef*>(out.data()), &length, image.data() + 15, static_cast<uLong>(size - 15)),
+        Z_OK);
+    EXPECT_EQ(out, data);
+}
+
+TEST(PackedText, RoundTripsUnderEachForm)
+{
+    std::mt19937 random(3);
+    for (const std::size_t size : {1, 2, 3, 7, 8, 9, 11, 12, 13, 64, 4095, 100000})
+        for (const bool compress : {false, true})
+            for (const wchar_t* key : {L"", L"pass phrase", L"p\u00E4ss"})
+            {
+                // An enciphered image of 8 to 11 bytes is never deciphered.
+                if (!compress && *key && size >= 8 && size < 12)
+                    continue;
+                const std::string data = RandomBytes(random, size);
+                EXPECT_EQ(Unpack(Pack(data, compress, key), key), data) << size << compress;
+            }
+}
+
+TEST(PackedText, NothingIsPackedOfNothing)
+{
+    EXPECT_EQ(Pack("", true).Length(), 0u);
+    MemoryFile target("kept");
+    EXPECT_FALSE(UnpackFromString(target, String(), String()));
+    EXPECT_EQ(target.Bytes(), "kept");
+}
+
+TEST(PackedText, TakesTheWholeSource)
+{
+    MemoryFile source("abc");
+    source.Seek(2);
+    EXPECT_STREQ(PackToString(source, false, String()).Text(), L"YWJj");
+}
+
+TEST(PackedText, ReadsFormsAndDamage)
+{
+    const std::string data(50, 'd');
+    const std::string packed = Zlib(data);
+    const struct
+    {
+        const char* what;
+        String text;
+        std::string bytes;
+    } cases[] = {
+        {"version 1", Text(L"@1@", Size(50) + packed), data},
+        {"version 1 without a whole size", Text(L"@1@", "ab"), ""},
+        {"version 1, zero bits behind the stream", Text(L"@1@", Size(50) + packed + "\0\0"s), data},
+        {"version 2 without a tag stays as it is", Text(L"@2@", "fifteen bytes!!"), "fifteen bytes!!"},
+        {"version 2 below its head stays as it is", Text(L"@2@", "short"), "short"},
+        {"size too large", Text(L"@2@", Size(51) + tag + packed), ""},
+        {"size too small", Text(L"@2@", Size(49) + tag + packed), ""},
+        {"size beyond all reach", Text(L"@2@", Size(0xFFFFFFFF) + tag + packed), ""},
+        {"cut stream", Text(L"@2@", Size(50) + tag + packed.substr(0, packed.size() - 5)), ""},
+        {"no stream", Text(L"@2@", Size(50) + tag), ""},
+        {"empty stream", Text(L"@2@", Size(0) + tag + Zlib("")), ""},
+        {"a prefix cut short is plain", String(L"@1"), "\xD4\0\0"s},
+        {"another prefix is plain", String(L"@3@Zm9v"), "\xDD\x99\xBD\xBC\0\0"s},
+        {"line breaks between groups", String(L"Zm9v\r\n  YmFy\r\n"), "foobar"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(Unpack(c.text), c.bytes) << c.what;
+}
+
+TEST(PackedText, WrongKeyGivesMeaninglessBytes)
+{
+    const std::string data(20, 'k');
+    const String text = Pack(data, true, L"right");
+    ByteBlock image;
+    const std::size_t size = Base64DecodeToBytes(text.Mid(3), image);
+    clsBlowfish("wrong").Decode(image.data(), size);
+    EXPECT_EQ(Unpack(text, L"wrong"), std::string(reinterpret_cast<char*>(image.data()), size));
+}
+
+// Whatever the text holds, it is read to some bytes of bounded size.
+TEST(PackedText, DamagedTextNeverFails)
+{
+    std::mt19937 random(4);
+    const String whole = Pack(RandomBytes(random, 300), true);
+    for (std::size_t length = 1; length < whole.Length(); ++length)
+    {
+        MemoryFile target;
+        EXPECT_TRUE(UnpackFromString(target, whole.Left(length), String()));
+        EXPECT_LE(target.GetSize(), 300);
+    }
+    for (int i = 0; i < 2000; ++i)
+    {
+        String text = whole;
+        text[random() % text.Length()] = static_cast<wchar_t>(random() % 128);
+        MemoryFile target;
+        UnpackFromString(target, text, String());
+        EXPECT_LE(target.GetSize(), 300 * 1032);
+    }
+}
