@@ -106,6 +106,9 @@ long long _wtoi64(const wchar_t* text) __THROW QXCRT(_wtoi64);
 // result is the count of stored numbers, or -1 if the text is empty. A number that is too great loses its upper bits.
 int _snwscanf(const wchar_t* text, size_t length, const wchar_t* format, ...) QXCRT(_snwscanf);
 
+// A time by %Y %y %m %d %H %M %S; the length, or 0 if the text doesn't fit or another conversion is asked for.
+size_t wcsftime(wchar_t* target, size_t size, const wchar_t* format, const struct tm* time) __THROW QXCRT(wcsftime);
+
 QXCRT_END
 
 // In C++ the result is as constant as the text that was searched; the standard library's headers ask for it by this
@@ -168,7 +171,6 @@ int swscanf(const wchar_t* text, const wchar_t* format, ...) QXCRT_DIALECT;
 int vswscanf(const wchar_t* text, const wchar_t* format, va_list arguments) QXCRT_DIALECT;
 int wcscoll(const wchar_t* a, const wchar_t* b) QXCRT_NO_CALLER;
 size_t wcsxfrm(wchar_t* target, const wchar_t* source, size_t size) QXCRT_NO_CALLER;
-size_t wcsftime(wchar_t* target, size_t size, const wchar_t* format, const struct tm* time) QXCRT_NO_CALLER;
 float wcstof(const wchar_t* text, wchar_t** end) QXCRT_NO_CALLER;
 long double wcstold(const wchar_t* text, wchar_t** end) QXCRT_NO_CALLER;
 QXCRT_END

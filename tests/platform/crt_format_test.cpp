@@ -3,6 +3,7 @@
 
 #include <errno.h>
 #include <stdio.h>
+#include <time.h>
 #include <wchar.h>
 
 #include <climits>
@@ -326,6 +327,26 @@ TEST(CrtFormat, CutsSecurely)
         EXPECT_EQ(errno, c.error) << c.size << " " << c.count;
         EXPECT_EQ(target[c.size], L'~') << c.size << " " << c.count;
     }
+}
+
+TEST(CrtFormat, Times)
+{
+    tm time = {};
+    time.tm_year = 124;
+    time.tm_mon = 1;
+    time.tm_mday = 9;
+    time.tm_hour = 7;
+    time.tm_min = 5;
+    time.tm_sec = 3;
+    wchar_t text[40];
+    EXPECT_EQ(wcsftime(text, 40, L"(%y-%m-%d %H:%M)", &time), 16u);
+    EXPECT_STREQ(text, L"(24-02-09 07:05)");
+    EXPECT_EQ(wcsftime(text, 40, L"%Y%%%S", &time), 7u);
+    EXPECT_STREQ(text, L"2024%03");
+    time.tm_year = 109;
+    EXPECT_EQ(wcsftime(text, 3, L"%y", &time), 2u);
+    EXPECT_STREQ(text, L"09");
+    EXPECT_EQ(wcsftime(text, 40, L"a%q", &time), 0u);
 }
 
 } // namespace
