@@ -2,11 +2,10 @@
 #pragma once
 
 #include <minwindef.h>
+#include <winbase.h>
 #include <winnt.h>
 
 EXTERN_C_START
-
-#define INFINITE 0xFFFFFFFF
 
 typedef RTL_CRITICAL_SECTION CRITICAL_SECTION, *PCRITICAL_SECTION, *LPCRITICAL_SECTION;
 
@@ -20,5 +19,12 @@ QXPLATFORM_API void WINAPI DeleteCriticalSection(LPCRITICAL_SECTION lpCriticalSe
 
 QXPLATFORM_API void WINAPI Sleep(DWORD dwMilliseconds);
 QXPLATFORM_API DWORD WINAPI SleepEx(DWORD dwMilliseconds, BOOL bAlertable);
+
+QXPLATFORM_API DWORD WINAPI WaitForSingleObject(HANDLE hHandle, DWORD dwMilliseconds);
+QXPLATFORM_API DWORD WINAPI WaitForSingleObjectEx(HANDLE hHandle, DWORD dwMilliseconds, BOOL bAlertable);
+QXPLATFORM_API DWORD WINAPI WaitForMultipleObjects(
+    DWORD nCount, const HANDLE* lpHandles, BOOL bWaitAll, DWORD dwMilliseconds);
+QXPLATFORM_API DWORD WINAPI WaitForMultipleObjectsEx(
+    DWORD nCount, const HANDLE* lpHandles, BOOL bWaitAll, DWORD dwMilliseconds, BOOL bAlertable);
 
 EXTERN_C_END

@@ -9,6 +9,7 @@
 #include <guiddef.h>
 #include <handleapi.h>
 #include <libloaderapi.h>
+#include <minwinbase.h>
 #include <minwindef.h>
 #include <processenv.h>
 #include <processthreadsapi.h>

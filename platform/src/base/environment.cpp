@@ -89,6 +89,15 @@ std::string EnvironmentValue(std::string_view name)
     return value == nullptr ? std::string() : value;
 }
 
+std::vector<std::string> EnvironmentEntries()
+{
+    const std::shared_lock guard(Lock());
+    std::vector<std::string> entries;
+    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry)
+        entries.emplace_back(*entry);
+    return entries;
+}
+
 } // namespace qxplatform
 
 using namespace qxplatform;

@@ -204,7 +204,7 @@ HANDLE AddHandle(const Ref<Object>& object, DWORD access)
     return handle;
 }
 
-Ref<Object> FindObject(HANDLE handle, DWORD* access)
+Ref<Object> ObjectOf(HANDLE handle, DWORD* access)
 {
     const Pin pin(handle);
     if (!pin)

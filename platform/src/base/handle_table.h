@@ -15,7 +15,7 @@ inline constexpr DWORD allAccess = 0xFFFFFFFF;
 HANDLE AddHandle(const Ref<Object>& object, DWORD access = allAccess);
 
 // The object of a handle and, if asked, the rights of its entry. An empty result leaves the last error alone.
-Ref<Object> FindObject(HANDLE handle, DWORD* access = nullptr);
+Ref<Object> ObjectOf(HANDLE handle, DWORD* access = nullptr);
 
 // Closes the entry if its object is of a type that `mayClose` admits. False with ERROR_INVALID_HANDLE otherwise.
 BOOL CloseEntry(HANDLE handle, bool (*mayClose)(const Object&));
@@ -26,7 +26,7 @@ template <class T>
 Ref<T> LookUp(HANDLE handle, DWORD rights = 0)
 {
     DWORD access = 0;
-    const Ref<Object> object = FindObject(handle, &access);
+    const Ref<Object> object = ObjectOf(handle, &access);
     if (!object || object->type != T::objectType)
     {
         SetLastError(ERROR_INVALID_HANDLE);

@@ -19,11 +19,11 @@ BOOL WINAPI DuplicateHandle(HANDLE hSourceProcessHandle, HANDLE hSourceHandle, H
 {
     // Handles of other processes stand in tables of theirs.
     if (!IsCurrentProcess(hSourceProcessHandle) || !IsCurrentProcess(hTargetProcessHandle))
-        return Fail(FindObject(hSourceProcessHandle) && FindObject(hTargetProcessHandle) ? ERROR_NOT_SUPPORTED
+        return Fail(ObjectOf(hSourceProcessHandle) && ObjectOf(hTargetProcessHandle) ? ERROR_NOT_SUPPORTED
                                                                                          : ERROR_INVALID_HANDLE);
     DWORD access = allAccess;
     const Ref<Object> object =
-        IsPseudoHandle(hSourceHandle) ? PseudoHandleObject(hSourceHandle) : FindObject(hSourceHandle, &access);
+        IsPseudoHandle(hSourceHandle) ? PseudoHandleObject(hSourceHandle) : ObjectOf(hSourceHandle, &access);
     if (!object || !object->IsKernelObject())
         return Fail(ERROR_INVALID_HANDLE);
 

@@ -42,6 +42,8 @@ public:
     // Kernel objects are closed by CloseHandle; finds and registry keys have functions of their own for it.
     bool IsKernelObject() const { return type != ObjectType::Find && type != ObjectType::RegistryKey; }
 
+    virtual class Waitable* AsWaitable() { return nullptr; }
+
     // The specific rights that GENERIC_READ and the like stand for.
     virtual DWORD MapAccess(DWORD access) const { return access; }
 

@@ -1,5 +1,6 @@
 #include "sync/file_time.h"
 
+#include <fileapi.h>
 #include <sysinfoapi.h>
 #include <timezoneapi.h>
 
@@ -83,6 +84,13 @@ BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFi
     *lpFileTime =
         FileTimeOfUnits(days * unitsPerDay + seconds * unitsPerSecond + time.wMilliseconds * (unitsPerSecond / 1000));
     return TRUE;
+}
+
+LONG WINAPI CompareFileTime(const FILETIME* lpFileTime1, const FILETIME* lpFileTime2)
+{
+    const auto first = static_cast<ULONGLONG>(UnitsOf(*lpFileTime1));
+    const auto second = static_cast<ULONGLONG>(UnitsOf(*lpFileTime2));
+    return first < second ? -1 : first > second;
 }
 
 void WINAPI GetSystemTimeAsFileTime(LPFILETIME lpSystemTimeAsFileTime)

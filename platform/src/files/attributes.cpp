@@ -1,0 +1,119 @@
+#include <fileapi.h>
+
+#include "base/handle_table.h"
+#include "files/file_object.h"
+#include "files/metadata.h"
+#include "files/path.h"
+#include "sync/file_time.h"
+
+#include <cerrno>
+
+#include <fcntl.h>
+
+using namespace qxplatform;
+
+namespace
+{
+
+bool ReadByName(LPCWSTR name, Metadata& metadata)
+{
+    const NativePath path = ToNative(name);
+    if (path.IsEmpty())
+        return false;
+    if (!ReadMetadata(path.text, metadata))
+        return Fail(PathError(errno, path.text));
+    return !path.endsInSeparator || metadata.attributes & FILE_ATTRIBUTE_DIRECTORY || Fail(ERROR_PATH_NOT_FOUND);
+}
+
+bool ReadByHandle(HANDLE handle, DWORD rights, Metadata& metadata)
+{
+    const Ref<FileObject> file = LookUp<FileObject>(handle, rights);
+    return file && (ReadMetadata(PathOfDescriptor(file->descriptor()), metadata) || FailErrno());
+}
+
+// The time to set, or the one that means: leave it.
+timespec TimeToSet(const FILETIME* time)
+{
+    // All bits set also ask for no further changes by this handle, which Linux doesn't offer.
+    const bool isLeft = time == nullptr || UnitsOf(*time) == -1 || UnitsOf(*time) == 0;
+    return isLeft ? timespec{0, UTIME_OMIT} : TimeSpecOf(*time);
+}
+
+} // namespace
+
+DWORD WINAPI GetFileAttributesW(LPCWSTR lpFileName)
+{
+    Metadata metadata;
+    return ReadByName(lpFileName, metadata) ? metadata.attributes : INVALID_FILE_ATTRIBUTES;
+}
+
+BOOL WINAPI GetFileAttributesExW(LPCWSTR lpFileName, GET_FILEEX_INFO_LEVELS fInfoLevelId, LPVOID lpFileInformation)
+{
+    if (fInfoLevelId != GetFileExInfoStandard)
+        return Fail(ERROR_INVALID_PARAMETER);
+    Metadata metadata;
+    if (!ReadByName(lpFileName, metadata))
+        return FALSE;
+    *static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(lpFileInformation) = {metadata.attributes, metadata.creation,
+        metadata.access, metadata.write, static_cast<DWORD>(metadata.size >> 32), static_cast<DWORD>(metadata.size)};
+    return TRUE;
+}
+
+BOOL WINAPI SetFileAttributesW(LPCWSTR lpFileName, DWORD dwFileAttributes)
+{
+    Metadata metadata;
+    if (!ReadByName(lpFileName, metadata))
+        return FALSE;
+    const std::string path = ToNative(lpFileName).text;
+    const bool isReadOnly = (dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
+    if (metadata.attributes & FILE_ATTRIBUTE_DIRECTORY)
+    {
+        // To take away a folder's mode of writing would do another thing: nothing could be made in it any more.
+        if (isReadOnly)
+            return Fail(ERROR_NOT_SUPPORTED);
+    }
+    else if (!WriteReadOnly(path, isReadOnly))
+        return FailErrno();
+    return WriteKeptAttributes(path, dwFileAttributes) || FailErrno();
+}
+
+BOOL WINAPI GetFileInformationByHandle(HANDLE hFile, LPBY_HANDLE_FILE_INFORMATION lpFileInformation)
+{
+    Metadata metadata;
+    if (!ReadByHandle(hFile, 0, metadata))
+        return FALSE;
+    *lpFileInformation = {metadata.attributes, metadata.creation, metadata.access, metadata.write, metadata.volume,
+        static_cast<DWORD>(metadata.size >> 32), static_cast<DWORD>(metadata.size), metadata.links,
+        static_cast<DWORD>(metadata.index >> 32), static_cast<DWORD>(metadata.index)};
+    return TRUE;
+}
+
+BOOL WINAPI GetFileTime(
+    HANDLE hFile, LPFILETIME lpCreationTime, LPFILETIME lpLastAccessTime, LPFILETIME lpLastWriteTime)
+{
+    Metadata metadata;
+    if (!ReadByHandle(hFile, FILE_READ_ATTRIBUTES, metadata))
+        return FALSE;
+    const auto give = [](LPFILETIME target, const FILETIME& time)
+    {
+        if (target != nullptr)
+            *target = time;
+    };
+    give(lpCreationTime, metadata.creation);
+    give(lpLastAccessTime, metadata.access);
+    give(lpLastWriteTime, metadata.write);
+    return TRUE;
+}
+
+// The time of creation can't be changed on Linux. A caller who sets all three gets the other two.
+BOOL WINAPI SetFileTime(
+    HANDLE hFile, const FILETIME* lpCreationTime, const FILETIME* lpLastAccessTime, const FILETIME* lpLastWriteTime)
+{
+    const Ref<FileObject> file = LookUp<FileObject>(hFile, FILE_WRITE_ATTRIBUTES);
+    if (!file)
+        return FALSE;
+    if (lpCreationTime != nullptr && lpLastAccessTime == nullptr && lpLastWriteTime == nullptr)
+        return Fail(ERROR_NOT_SUPPORTED);
+    const timespec times[] = {TimeToSet(lpLastAccessTime), TimeToSet(lpLastWriteTime)};
+    return utimensat(AT_FDCWD, PathOfDescriptor(file->descriptor()).c_str(), times, 0) == 0 || FailErrno();
+}

@@ -1,0 +1,135 @@
+#include "files/byte_locks.h"
+
+#include <winerror.h>
+
+#include "files/claim.h"
+
+#include <algorithm>
+#include <array>
+
+namespace qxplatform
+{
+namespace
+{
+
+constexpr uint64_t exactEnd = layerStart;
+
+// Linux has offsets up to 2^63 where callers have 2^64, and the layer keeps a part for itself. So the offsets from 2^62
+// on, where no file has data, share the rest, four in one: two locks there that are less than four bytes apart may be
+// in each other's way, but no lock is ever overlooked.
+int64_t Place(uint64_t offset)
+{
+    return static_cast<int64_t>(offset < exactEnd ? offset : static_cast<uint64_t>(layerEnd) + (offset - exactEnd) / 4);
+}
+
+// The pieces below and above the part that the layer keeps for itself. A piece may be empty.
+using Pieces = std::array<Range, 2>;
+
+Pieces PiecesOf(uint64_t offset, uint64_t length)
+{
+    if (length == 0)
+        return {};
+    const int64_t first = Place(offset);
+    const int64_t end = Place(offset + (length - 1)) + 1;
+    const int64_t lowEnd = std::min(end, layerStart);
+    const int64_t highFirst = std::max(first, layerEnd);
+    return {
+        Range{first, std::max<int64_t>(lowEnd - first, 0)}, Range{highFirst, std::max<int64_t>(end - highFirst, 0)}};
+}
+
+bool Overlap(const Pieces& first, const Pieces& second)
+{
+    // Piece by piece, as each stays on its side.
+    return (first[0].length > 0 && second[0].length > 0 && first[0].Overlaps(second[0])) ||
+           (first[1].length > 0 && second[1].length > 0 && first[1].Overlaps(second[1]));
+}
+
+void UnlockPieces(int descriptor, const Pieces& pieces)
+{
+    for (const Range& piece : pieces)
+        if (piece.length > 0) // a length of 0 would mean everything behind
+            UnlockRange(descriptor, piece);
+}
+
+LockResult LockPiece(int descriptor, LockKind kind, const Range& piece)
+{
+    return piece.length == 0 ? LockResult::Granted : LockRange(descriptor, kind, piece);
+}
+
+LockResult LockPieces(int descriptor, LockKind kind, const Pieces& pieces)
+{
+    LockResult result = LockPiece(descriptor, kind, pieces[0]);
+    if (result != LockResult::Granted)
+        return result;
+    result = LockPiece(descriptor, kind, pieces[1]);
+    if (result != LockResult::Granted)
+        UnlockPieces(descriptor, {pieces[0], Range{}});
+    return result;
+}
+
+bool MeetsOthers(int descriptor, const Pieces& pieces)
+{
+    return std::any_of(pieces.begin(), pieces.end(),
+        [descriptor](const Range& piece)
+        { return piece.length > 0 && FindForeignLock(descriptor, LockKind::Exclusive, piece); });
+}
+
+LockResult LockAlone(int descriptor, bool canWrite, const Pieces& pieces)
+{
+    if (canWrite)
+        return LockPieces(descriptor, LockKind::Exclusive, pieces);
+    // Callers may lock through a handle that only reads, where the kernel grants shared locks alone.
+    return LockWithClaim(descriptor, LockKind::Shared,
+        {[&] { return LockPieces(descriptor, LockKind::Shared, pieces); },
+            [&] { return MeetsOthers(descriptor, pieces); },
+            [&]
+            {
+                UnlockPieces(descriptor, pieces);
+            }});
+}
+
+} // namespace
+
+DWORD ByteLocks::Lock(int descriptor, bool canWrite, uint64_t offset, uint64_t length)
+{
+    if (length > 0 && offset + (length - 1) < offset)
+        return ERROR_INVALID_PARAMETER;
+    const Pieces pieces = PiecesOf(offset, length);
+    const std::lock_guard guard(_lock);
+    // To the kernel two locks of one descriptor are one; to callers the second is refused.
+    const bool isOwn = std::any_of(_records.begin(), _records.end(),
+        [&pieces](const Record& record) { return Overlap(pieces, PiecesOf(record.offset, record.length)); });
+    if (isOwn)
+        return ERROR_LOCK_VIOLATION;
+    switch (LockAlone(descriptor, canWrite, pieces))
+    {
+    case LockResult::Refused:
+        return ERROR_LOCK_VIOLATION;
+    case LockResult::Unsupported:
+        return ERROR_NOT_SUPPORTED;
+    case LockResult::Granted:
+        break;
+    }
+    _records.push_back({offset, length});
+    return ERROR_SUCCESS;
+}
+
+DWORD ByteLocks::Unlock(int descriptor, uint64_t offset, uint64_t length)
+{
+    const std::lock_guard guard(_lock);
+    const auto record = std::find_if(_records.begin(), _records.end(),
+        [&](const Record& candidate) { return candidate.offset == offset && candidate.length == length; });
+    if (record == _records.end())
+        return ERROR_NOT_LOCKED;
+    _records.erase(record);
+    UnlockPieces(descriptor, PiecesOf(offset, length));
+    return ERROR_SUCCESS;
+}
+
+bool IsLockedByOthers(int descriptor, LockKind transfer, int64_t offset, size_t length)
+{
+    return length > 0 && offset < layerStart &&
+           FindForeignLock(descriptor, transfer, {offset, static_cast<int64_t>(length)});
+}
+
+} // namespace qxplatform

@@ -1,0 +1,38 @@
+// The byte ranges that callers lock through one opened file.
+#pragma once
+
+#include "files/range_lock.h"
+
+#include <minwindef.h>
+
+#include <mutex>
+#include <vector>
+
+namespace qxplatform
+{
+
+class ByteLocks
+{
+public:
+    // Locks the range exclusively, or gives ERROR_LOCK_VIOLATION at once.
+    DWORD Lock(int descriptor, bool canWrite, uint64_t offset, uint64_t length);
+
+    // Unlocks a range that has been locked in just this form; else ERROR_NOT_LOCKED.
+    DWORD Unlock(int descriptor, uint64_t offset, uint64_t length);
+
+private:
+    struct Record
+    {
+        uint64_t offset;
+        uint64_t length;
+    };
+
+    std::mutex _lock;
+    std::vector<Record> _records;
+};
+
+// Whether others have locked a part of the range against a transfer of this kind. Only locks taken through a descriptor
+// that can write keep others from reading; any keeps them from writing.
+bool IsLockedByOthers(int descriptor, LockKind transfer, int64_t offset, size_t length);
+
+} // namespace qxplatform

@@ -1,0 +1,84 @@
+#include "files/file_object.h"
+
+#include <winnt.h>
+
+#include "base/handle_table.h"
+#include "files/metadata.h"
+
+#include <climits>
+
+namespace qxplatform
+{
+namespace
+{
+
+// Handles that are open when the process ends are closed by that; the files that go with them go too.
+struct AtExit
+{
+    ~AtExit()
+    {
+        ForEachObject(
+            [](Object& object)
+            {
+                if (object.type == ObjectType::File)
+                    static_cast<FileObject&>(object).DeleteIfAsked();
+            });
+    }
+} atExit;
+
+bool IsSameFile(int descriptor, const char* path)
+{
+    struct stat opened
+    {
+    };
+    struct stat named
+    {
+    };
+    return fstat(descriptor, &opened) == 0 && lstat(path, &named) == 0 && opened.st_dev == named.st_dev &&
+           opened.st_ino == named.st_ino;
+}
+
+} // namespace
+
+FileObject::FileObject(Descriptor descriptor, const Options& options)
+    : Object(objectType),
+      _descriptor(std::move(descriptor)),
+      _options(options),
+      _creator(getpid())
+{
+}
+
+DWORD FileObject::MapFileAccess(DWORD access)
+{
+    constexpr DWORD generic = GENERIC_READ | GENERIC_WRITE | GENERIC_EXECUTE | GENERIC_ALL;
+    DWORD mapped = access & ~generic;
+    if (access & GENERIC_READ)
+        mapped |= FILE_GENERIC_READ;
+    if (access & GENERIC_WRITE)
+        mapped |= FILE_GENERIC_WRITE;
+    if (access & GENERIC_EXECUTE)
+        mapped |= FILE_GENERIC_EXECUTE;
+    if (access & GENERIC_ALL)
+        mapped |= FILE_ALL_ACCESS;
+    return mapped;
+}
+
+void FileObject::DeleteIfAsked()
+{
+    // A forked child has copies of the objects, but the file is its parent's.
+    if (!_options.isDeletedOnClose || _creator != getpid())
+        return;
+    const std::lock_guard guard(_deleteLock);
+    if (std::exchange(_isDeleted, true))
+        return;
+    // The kernel knows the name that the file has by now.
+    char path[PATH_MAX];
+    const ssize_t length = readlink(PathOfDescriptor(descriptor()).c_str(), path, sizeof path - 1);
+    if (length <= 0)
+        return;
+    path[length] = 0;
+    if (IsSameFile(descriptor(), path))
+        unlink(path);
+}
+
+} // namespace qxplatform

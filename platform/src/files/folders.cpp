@@ -1,0 +1,91 @@
+#include <fileapi.h>
+#include <processenv.h>
+
+#include "base/environment.h"
+#include "base/fail.h"
+#include "files/path.h"
+
+#include <cerrno>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace qxplatform;
+
+namespace
+{
+
+std::u16string GivenOut(const NativePath& path)
+{
+    std::u16string text = FromNative(path.text);
+    if (path.endsInSeparator && text.back() != u'/')
+        text += u'/';
+    return text;
+}
+
+std::string TempFolder()
+{
+    for (const char* const name : {"TMPDIR", "TMP", "TEMP"})
+        if (std::string folder = EnvironmentValue(name); !folder.empty())
+            return folder;
+    return "/tmp";
+}
+
+} // namespace
+
+DWORD WINAPI GetFullPathNameW(LPCWSTR lpFileName, DWORD nBufferLength, LPWSTR lpBuffer, LPWSTR* lpFilePart)
+{
+    const NativePath path = ToFullNative(lpFileName);
+    if (path.IsEmpty())
+        return Fail(ERROR_INVALID_NAME);
+    const std::u16string full = GivenOut(path);
+    const DWORD result = CopyOut(full, lpBuffer, nBufferLength);
+    if (lpFilePart != nullptr)
+    {
+        const size_t name = full.rfind(u'/') + 1;
+        *lpFilePart = result == full.size() && name < full.size() ? lpBuffer + name : nullptr;
+    }
+    return result;
+}
+
+// Linux has no short names: the path comes back as it is, if there is such a file.
+DWORD WINAPI GetLongPathNameW(LPCWSTR lpszShortPath, LPWSTR lpszLongPath, DWORD cchBuffer)
+{
+    const NativePath path = ToNative(lpszShortPath);
+    struct stat info
+    {
+    };
+    if (path.IsEmpty())
+        return 0;
+    if (stat(path.text.c_str(), &info) != 0)
+        return Fail(PathError(errno, path.text));
+    return CopyOut(GivenOut(path), lpszLongPath, cchBuffer);
+}
+
+DWORD WINAPI GetTempPathW(DWORD nBufferLength, LPWSTR lpBuffer)
+{
+    NativePath folder = ToFullNative(Wide(FromNative(TempFolder())));
+    folder.endsInSeparator = true;
+    return CopyOut(GivenOut(folder), lpBuffer, nBufferLength);
+}
+
+DWORD WINAPI GetCurrentDirectoryW(DWORD nBufferLength, LPWSTR lpBuffer)
+{
+    static constexpr WCHAR current[] = L".";
+    return CopyOut(FromNative(ToFullNative(current).text), lpBuffer, nBufferLength);
+}
+
+BOOL WINAPI SetCurrentDirectoryW(LPCWSTR lpPathName)
+{
+    const NativePath path = ToNative(lpPathName);
+    if (path.IsEmpty())
+        return FALSE;
+    if (chdir(path.text.c_str()) == 0)
+        return TRUE;
+    struct stat info
+    {
+    };
+    if (errno == ENOTDIR && lstat(path.text.c_str(), &info) == 0)
+        return Fail(ERROR_DIRECTORY);
+    return Fail(PathError(errno, path.text));
+}

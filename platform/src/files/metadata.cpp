@@ -1,0 +1,103 @@
+#include "files/metadata.h"
+
+#include "sync/file_time.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+
+#include <fcntl.h>
+#include <sys/sysmacros.h>
+#include <sys/xattr.h>
+
+namespace qxplatform
+{
+namespace
+{
+
+constexpr char attributeName[] = "user.qxplatform.attributes"; // a number in base 16
+
+FILETIME TimeOf(const statx_timestamp& time)
+{
+    return FileTimeOf({time.tv_sec, static_cast<long>(time.tv_nsec)});
+}
+
+// Where the file system doesn't store it, a file is as old as the oldest of its times.
+FILETIME CreationOf(const struct statx& info)
+{
+    if (info.stx_mask & STATX_BTIME)
+        return TimeOf(info.stx_btime);
+    const auto isEarlier = [](const FILETIME& a, const FILETIME& b)
+    {
+        return UnitsOf(a) < UnitsOf(b);
+    };
+    return std::min({TimeOf(info.stx_mtime), TimeOf(info.stx_ctime), TimeOf(info.stx_atime)}, isEarlier);
+}
+
+} // namespace
+
+bool ReadMetadata(const std::string& path, Metadata& metadata, bool orLink)
+{
+    constexpr unsigned mask = STATX_BASIC_STATS | STATX_BTIME;
+    struct statx info
+    {
+    };
+    if (statx(AT_FDCWD, path.c_str(), 0, mask, &info) != 0 &&
+        !(orLink && errno == ENOENT && statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, mask, &info) == 0))
+        return false;
+    const bool isFolder = S_ISDIR(info.stx_mode);
+    metadata.attributes = (isFolder ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE) |
+                          (IsReadOnly(info.stx_mode) ? FILE_ATTRIBUTE_READONLY : 0u) | ReadKeptAttributes(path);
+    metadata.creation = CreationOf(info);
+    metadata.access = TimeOf(info.stx_atime);
+    metadata.write = TimeOf(info.stx_mtime);
+    metadata.size = isFolder ? 0 : info.stx_size;
+    metadata.volume = info.stx_dev_major << 20 | info.stx_dev_minor;
+    metadata.links = info.stx_nlink;
+    metadata.index = info.stx_ino;
+    return true;
+}
+
+std::string PathOfDescriptor(int descriptor)
+{
+    return "/proc/self/fd/" + std::to_string(descriptor);
+}
+
+DWORD ReadKeptAttributes(const std::string& path)
+{
+    char text[16];
+    const ssize_t length = getxattr(path.c_str(), attributeName, text, sizeof text - 1);
+    if (length <= 0)
+        return 0;
+    text[length] = 0;
+    return static_cast<DWORD>(std::strtoul(text, nullptr, 16)) & keptAttributes;
+}
+
+bool WriteKeptAttributes(const std::string& path, DWORD attributes)
+{
+    const DWORD kept = attributes & keptAttributes;
+    if (kept == ReadKeptAttributes(path))
+        return true;
+    if (kept == 0)
+        return removexattr(path.c_str(), attributeName) == 0;
+    char text[16];
+    const int length = std::snprintf(text, sizeof text, "%x", kept);
+    return setxattr(path.c_str(), attributeName, text, static_cast<size_t>(length), 0) == 0;
+}
+
+bool WriteReadOnly(const std::string& path, bool isReadOnly)
+{
+    struct stat info
+    {
+    };
+    if (stat(path.c_str(), &info) != 0)
+        return false;
+    if (IsReadOnly(info.st_mode) == isReadOnly)
+        return true;
+    // Back again only the owner may write: who else could before isn't known any more.
+    const mode_t mode = isReadOnly ? info.st_mode & ~0222u : info.st_mode | S_IWUSR;
+    return chmod(path.c_str(), mode & 07777) == 0;
+}
+
+} // namespace qxplatform

@@ -1,0 +1,218 @@
+#include <fileapi.h>
+#include <handleapi.h>
+#include <winbase.h>
+
+#include "base/handle_table.h"
+#include "files/file_object.h"
+#include "files/metadata.h"
+#include "files/path.h"
+#include "files/share_mode.h"
+
+#include <cerrno>
+#include <cstdio>
+
+#include <fcntl.h>
+
+using namespace qxplatform;
+
+namespace
+{
+
+// Whether a name may be taken away from its file. That counts as opening it with the right to delete: whoever has it
+// open must share that. The right stays for as long as the descriptor lives.
+DWORD TakeDeleteRight(const std::string& path, const struct stat& info, Descriptor& holder)
+{
+    if (!S_ISREG(info.st_mode))
+        return ERROR_SUCCESS;
+    constexpr int flags = O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW;
+    bool canRead = true;
+    holder = Descriptor(open(path.c_str(), O_RDONLY | flags));
+    if (!holder)
+    {
+        canRead = false;
+        holder = Descriptor(open(path.c_str(), O_WRONLY | flags));
+    }
+    // Who can't open the file at all can't tell how others have it, and the folder alone decides about the name.
+    if (!holder)
+        return ERROR_SUCCESS;
+    return TakeShareMode(
+        holder.get(), canRead, {FILE_SHARE_DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE});
+}
+
+DWORD CheckTarget(const std::string& path, const struct stat& source, bool mayReplace, Descriptor& holder)
+{
+    struct stat info
+    {
+    };
+    if (lstat(path.c_str(), &info) != 0)
+        return errno == ENOENT ? DWORD{ERROR_SUCCESS} : PathError(errno, path);
+    if (info.st_dev == source.st_dev && info.st_ino == source.st_ino)
+        return ERROR_SUCCESS;
+    if (!mayReplace)
+        return ERROR_ALREADY_EXISTS;
+    if (S_ISDIR(info.st_mode) || (S_ISREG(info.st_mode) && IsReadOnly(info.st_mode)))
+        return ERROR_ACCESS_DENIED;
+    return TakeDeleteRight(path, info, holder) == ERROR_SUCCESS ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
+}
+
+bool Rename(const std::string& from, const std::string& to, bool mayReplace)
+{
+    if (mayReplace)
+        return rename(from.c_str(), to.c_str()) == 0;
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
+        return true;
+    // A file system without this kind of renaming; the target was found missing a moment ago.
+    return errno == EINVAL && rename(from.c_str(), to.c_str()) == 0;
+}
+
+bool CopyBytes(int from, int to)
+{
+    constexpr size_t blockSize = 1 << 20;
+    while (true)
+    {
+        const ssize_t copied = copy_file_range(from, nullptr, to, nullptr, blockSize * 64, 0);
+        if (copied == 0)
+            break;
+        if (copied > 0 || errno == EINTR)
+            continue;
+        if (errno != EXDEV && errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP)
+            return false;
+        break;
+    }
+    // What the kernel couldn't copy by itself, or said that it had come to its end too early, as with files of /proc.
+    std::string block(blockSize, '\0');
+    ssize_t length;
+    while ((length = read(from, block.data(), block.size())) > 0)
+        for (ssize_t done = 0; done < length;)
+        {
+            const ssize_t written = write(to, block.data() + done, static_cast<size_t>(length - done));
+            if (written < 0)
+                return false;
+            done += written;
+        }
+    return length == 0;
+}
+
+class HandleHolder
+{
+public:
+    explicit HandleHolder(HANDLE handle) : _handle(handle) {}
+    HandleHolder(const HandleHolder&) = delete;
+    HandleHolder& operator=(const HandleHolder&) = delete;
+    ~HandleHolder()
+    {
+        if (IsValid())
+            CloseHandle(_handle);
+    }
+    bool IsValid() const { return _handle != INVALID_HANDLE_VALUE; }
+    HANDLE get() const { return _handle; }
+
+private:
+    HANDLE _handle;
+};
+
+} // namespace
+
+BOOL WINAPI DeleteFileW(LPCWSTR lpFileName)
+{
+    const NativePath path = ToNative(lpFileName);
+    if (path.IsEmpty())
+        return FALSE;
+    struct stat info
+    {
+    };
+    if (lstat(path.text.c_str(), &info) != 0)
+        return Fail(PathError(errno, path.text));
+    if (S_ISDIR(info.st_mode))
+        return Fail(ERROR_ACCESS_DENIED);
+    if (path.endsInSeparator)
+        return Fail(ERROR_INVALID_NAME);
+    if (S_ISREG(info.st_mode) && IsReadOnly(info.st_mode))
+        return Fail(ERROR_ACCESS_DENIED);
+    Descriptor holder;
+    if (const DWORD error = TakeDeleteRight(path.text, info, holder); error != ERROR_SUCCESS)
+        return Fail(error);
+    return unlink(path.text.c_str()) == 0 || Fail(PathError(errno, path.text));
+}
+
+BOOL WINAPI MoveFileExW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, DWORD dwFlags)
+{
+    if (dwFlags & MOVEFILE_DELAY_UNTIL_REBOOT)
+        return Fail(ERROR_NOT_SUPPORTED);
+    const NativePath from = ToNative(lpExistingFileName);
+    const NativePath to = from.IsEmpty() ? NativePath() : ToNative(lpNewFileName);
+    if (to.IsEmpty())
+        return FALSE;
+    struct stat info
+    {
+    };
+    if (lstat(from.text.c_str(), &info) != 0)
+        return Fail(PathError(errno, from.text));
+    const bool mayReplace = (dwFlags & MOVEFILE_REPLACE_EXISTING) != 0;
+    Descriptor source;
+    Descriptor target;
+    DWORD error = TakeDeleteRight(from.text, info, source);
+    if (error == ERROR_SUCCESS)
+        error = CheckTarget(to.text, info, mayReplace, target);
+    if (error != ERROR_SUCCESS)
+        return Fail(error);
+    if (Rename(from.text, to.text, mayReplace))
+        return TRUE;
+    if (errno != EXDEV || (dwFlags & MOVEFILE_COPY_ALLOWED) == 0 || S_ISDIR(info.st_mode))
+        return Fail(PathError(errno, to.text));
+    source = Descriptor();
+    target = Descriptor();
+    return CopyFileW(lpExistingFileName, lpNewFileName, !mayReplace) && DeleteFileW(lpExistingFileName);
+}
+
+BOOL WINAPI CopyFileW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, BOOL bFailIfExists)
+{
+    const HandleHolder from(
+        CreateFileW(lpExistingFileName, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+            OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    BY_HANDLE_FILE_INFORMATION info{};
+    if (!from.IsValid() || !GetFileInformationByHandle(from.get(), &info))
+        return FALSE;
+    const HandleHolder to(CreateFileW(lpNewFileName, GENERIC_WRITE, 0, nullptr,
+        bFailIfExists ? CREATE_NEW : CREATE_ALWAYS, info.dwFileAttributes, nullptr));
+    if (!to.IsValid())
+        return FALSE;
+    const Ref<FileObject> source = LookUp<FileObject>(from.get());
+    const Ref<FileObject> target = LookUp<FileObject>(to.get());
+    if (!CopyBytes(source->descriptor(), target->descriptor()))
+    {
+        const DWORD error = ErrorFromErrno(errno);
+        unlink(ToNative(lpNewFileName).text.c_str());
+        return Fail(error);
+    }
+    SetFileTime(to.get(), nullptr, nullptr, &info.ftLastWriteTime);
+    SetLastError(ERROR_SUCCESS);
+    return TRUE;
+}
+
+BOOL WINAPI CreateDirectoryW(LPCWSTR lpPathName, LPSECURITY_ATTRIBUTES)
+{
+    const NativePath path = ToNative(lpPathName);
+    if (path.IsEmpty())
+        return FALSE;
+    if (mkdir(path.text.c_str(), 0777) == 0)
+        return TRUE;
+    // The missing folder is always one on the way.
+    return Fail(errno == ENOENT ? DWORD{ERROR_PATH_NOT_FOUND} : ErrorFromErrno(errno));
+}
+
+BOOL WINAPI RemoveDirectoryW(LPCWSTR lpPathName)
+{
+    const NativePath path = ToNative(lpPathName);
+    if (path.IsEmpty())
+        return FALSE;
+    if (rmdir(path.text.c_str()) == 0)
+        return TRUE;
+    struct stat info
+    {
+    };
+    const int code = errno;
+    if (code == ENOTDIR && lstat(path.text.c_str(), &info) == 0)
+        return Fail(ERROR_DIRECTORY);
+    return Fail(PathError(code, path.text));
+}

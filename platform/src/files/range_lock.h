@@ -1,0 +1,45 @@
+// Locks of byte ranges that belong to one opened file. The kernel holds them: they work between processes, and go with
+// the descriptor however its process ends. (Linux: open file description locks.)
+#pragma once
+
+#include <cstdint>
+
+namespace qxplatform
+{
+
+enum class LockKind
+{
+    Shared,    // needs a descriptor that can read
+    Exclusive, // needs one that can write
+};
+
+struct Range
+{
+    int64_t start = 0;
+    int64_t length = 0;
+
+    int64_t end() const { return start + length; }
+    bool Overlaps(const Range& other) const { return start < other.end() && other.start < end(); }
+    bool Contains(const Range& other) const { return start <= other.start && other.end() <= end(); }
+};
+
+enum class LockResult
+{
+    Granted,
+    Refused,
+    Unsupported, // the file system has no locks
+};
+
+LockResult LockRange(int descriptor, LockKind kind, const Range& range);
+void UnlockRange(int descriptor, const Range& range);
+
+// Whether another opened file has a lock in the range that a lock of this kind would meet; if so, which.
+bool FindForeignLock(int descriptor, LockKind kind, const Range& range, Range* found = nullptr);
+
+// Where the layer keeps the locks that are no locks of callers, far behind any data. See share_mode.h and claim.h.
+inline constexpr int64_t layerStart = int64_t{1} << 62;
+inline constexpr Range shareModeRange{layerStart, int64_t{1} << 32};
+inline constexpr Range claimRange{shareModeRange.start + shareModeRange.length, int64_t{1} << 52};
+inline constexpr int64_t layerEnd = layerStart + (int64_t{1} << 53);
+
+} // namespace qxplatform

@@ -1,0 +1,106 @@
+#include "files/share_mode.h"
+
+#include <winerror.h>
+#include <winnt.h>
+
+#include "files/claim.h"
+
+#include <atomic>
+
+#include <unistd.h>
+
+namespace qxplatform
+{
+namespace
+{
+
+constexpr unsigned modeBits = 3;
+constexpr unsigned slotCount = 1 << (2 * modeBits);
+constexpr int64_t slotLength = shareModeRange.length / slotCount;
+
+Range SlotRange(unsigned slot)
+{
+    return {shareModeRange.start + slot * slotLength, slotLength};
+}
+
+unsigned SlotOf(const ShareMode& mode)
+{
+    return mode.access << modeBits | mode.share;
+}
+
+ShareMode ModeOf(const Range& lock)
+{
+    // What reaches further is no lock of the layer. A program that reads has locked the whole file against writers.
+    if (!shareModeRange.Contains(lock))
+        return {FILE_SHARE_READ, FILE_SHARE_READ | FILE_SHARE_DELETE};
+    const unsigned slot = static_cast<unsigned>((lock.start - shareModeRange.start) / slotLength);
+    return {slot >> modeBits, slot & ((1 << modeBits) - 1)};
+}
+
+bool Excludes(const ShareMode& first, const ShareMode& second)
+{
+    return (first.access & ~second.share) != 0 || (second.access & ~first.share) != 0;
+}
+
+// Shared locks of one slot stand in the same place. A descriptor that only writes gets no shared locks; its exclusive
+// one goes to a place of its own in the slot.
+Range LockFor(bool canRead, const ShareMode& mode)
+{
+    const Range slot = SlotRange(SlotOf(mode));
+    if (canRead)
+        return {slot.start, 1};
+    static std::atomic<int64_t> count = 0;
+    return {slot.start + 1 + (getpid() * 4096 + count++) % (slotLength - 1), 1};
+}
+
+// Whether a lock in the part of the range that begins with `first` and ends before `end`, counted in slots, excludes
+// the mode. The kernel tells one lock at a time; one that doesn't exclude it parts the range in two.
+bool MeetsExcluding(int descriptor, const ShareMode& mode, unsigned first, unsigned end)
+{
+    if (first >= end)
+        return false;
+    const Range range{SlotRange(first).start, (end - first) * slotLength};
+    Range found;
+    if (!FindForeignLock(descriptor, LockKind::Exclusive, range, &found))
+        return false;
+    const ShareMode other = ModeOf(found);
+    if (Excludes(mode, other))
+        return true;
+    if (shareModeRange.Contains(found))
+    {
+        const unsigned slot = SlotOf(other);
+        return MeetsExcluding(descriptor, mode, first, slot) || MeetsExcluding(descriptor, mode, slot + 1, end);
+    }
+    // The lock of another program hides those behind it that came later. It is there all over the range: part evenly.
+    const unsigned middle = first + (end - first) / 2;
+    return middle > first &&
+           (MeetsExcluding(descriptor, mode, first, middle) || MeetsExcluding(descriptor, mode, middle, end));
+}
+
+} // namespace
+
+unsigned SharedAccessOf(DWORD access)
+{
+    return (access & (FILE_READ_DATA | FILE_EXECUTE) ? FILE_SHARE_READ : 0u) |
+           (access & (FILE_WRITE_DATA | FILE_APPEND_DATA) ? FILE_SHARE_WRITE : 0u) |
+           (access & DELETE ? FILE_SHARE_DELETE : 0u);
+}
+
+DWORD TakeShareMode(int descriptor, bool canRead, const ShareMode& mode)
+{
+    // Who only looks at attributes is in nobody's way.
+    if (mode.access == 0)
+        return ERROR_SUCCESS;
+    const LockKind kind = canRead ? LockKind::Shared : LockKind::Exclusive;
+    const Range own = LockFor(canRead, mode);
+    const LockResult result = LockWithClaim(descriptor, kind,
+        {[&] { return LockRange(descriptor, kind, own); },
+            [&] { return MeetsExcluding(descriptor, mode, 0, slotCount); },
+            [&]
+            {
+                UnlockRange(descriptor, own);
+            }});
+    return result == LockResult::Refused ? ERROR_SHARING_VIOLATION : ERROR_SUCCESS;
+}
+
+} // namespace qxplatform

@@ -1,0 +1,121 @@
+#include "files/wildcard.h"
+
+#include "base/text.h"
+
+#include <vector>
+
+namespace qxplatform
+{
+namespace
+{
+
+// The old file system's names always had a dot in the middle. What patterns meant there is told by three characters
+// that stand in place of the plain ones; no name can hold them.
+constexpr char16_t anyUpToLastDot = u'<'; // `*` before a dot
+constexpr char16_t oneOrEnd = u'>';       // `?`
+constexpr char16_t dotOrEnd = u'"';       // a dot before `?` or `*`
+
+std::u16string Translate(std::u16string_view pattern)
+{
+    if (pattern == u"*.*")
+        return u"*";
+    const std::u16string_view whole = pattern;
+    pattern = pattern.substr(0, pattern.find_last_not_of(u'.') + 1); // such dots aren't part of a name
+    std::u16string result(pattern);
+    for (size_t index = 0; index < result.size(); ++index)
+    {
+        const char16_t previous = index > 0 ? pattern[index - 1] : u'\0';
+        const char16_t current = pattern[index];
+        if (current == u'.' && previous == u'*')
+            result[index - 1] = anyUpToLastDot;
+        if (previous == u'.' && (current == u'?' || current == u'*'))
+            result[index - 1] = dotOrEnd;
+        result[index] = current == u'?' ? oneOrEnd : UpperCase(current);
+    }
+    if (whole.size() > pattern.size() && !pattern.empty() && pattern.back() == u'*')
+        result.back() = anyUpToLastDot;
+    return result;
+}
+
+// Walks the name once, with the set of places in the pattern that may be reached so far.
+class Matcher
+{
+public:
+    explicit Matcher(std::u16string_view pattern) : _pattern(pattern), _places(pattern.size() + 1)
+    {
+        _places[0] = true;
+    }
+
+    void Step(char16_t character, bool isLastDot)
+    {
+        PassOverNothing(character);
+        std::vector<bool> next(_places.size());
+        for (size_t place = 0; place < _pattern.size(); ++place)
+        {
+            if (!_places[place])
+                continue;
+            switch (_pattern[place])
+            {
+            case u'*':
+                next[place] = true;
+                break;
+            case anyUpToLastDot:
+                if (!isLastDot)
+                    next[place] = true;
+                break;
+            case oneOrEnd:
+                if (character != u'.')
+                    next[place + 1] = true;
+                break;
+            case dotOrEnd:
+                if (character == u'.')
+                    next[place + 1] = true;
+                break;
+            default:
+                if (_pattern[place] == character)
+                    next[place + 1] = true;
+            }
+        }
+        _places = std::move(next);
+    }
+
+    bool Ends()
+    {
+        constexpr char16_t endOfName = 0;
+        PassOverNothing(endOfName);
+        return _places.back();
+    }
+
+private:
+    // What may stand for nothing before this character of the name is passed over.
+    void PassOverNothing(char16_t next)
+    {
+        for (size_t place = 0; place < _pattern.size(); ++place)
+        {
+            const char16_t current = _pattern[place];
+            const bool mayBeNothing = current == u'*' || current == anyUpToLastDot ||
+                                      (current == oneOrEnd && (next == 0 || next == u'.')) ||
+                                      (current == dotOrEnd && next == 0);
+            if (_places[place] && mayBeNothing)
+                _places[place + 1] = true;
+        }
+    }
+
+    std::u16string_view _pattern;
+    std::vector<bool> _places;
+};
+
+} // namespace
+
+Wildcard::Wildcard(std::u16string_view pattern) : _pattern(Translate(pattern)) {}
+
+bool Wildcard::Matches(std::u16string_view name) const
+{
+    const size_t lastDot = name.rfind(u'.');
+    Matcher matcher(_pattern);
+    for (size_t index = 0; index < name.size(); ++index)
+        matcher.Step(UpperCase(name[index]), index == lastDot);
+    return matcher.Ends();
+}
+
+} // namespace qxplatform

@@ -1,0 +1,26 @@
+// The patterns of a find.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace qxplatform
+{
+
+// `*` and `?` as the system takes them, without regard to case. Before a dot or at the end, `?` also stands for
+// nothing;
+// "*." asks for names without extension, "*.*" for all names.
+class Wildcard
+{
+public:
+    explicit Wildcard(std::u16string_view pattern);
+
+    static bool IsIn(std::u16string_view pattern) { return pattern.find_first_of(u"*?") != pattern.npos; }
+
+    bool Matches(std::u16string_view name) const;
+
+private:
+    std::u16string _pattern;
+};
+
+} // namespace qxplatform

@@ -1,0 +1,46 @@
+// Objects that can be waited for.
+#pragma once
+
+#include "base/object.h"
+
+#include <mutex>
+#include <vector>
+
+namespace qxplatform
+{
+
+struct Waiter;
+
+// One lock guards the state of all such objects, so that a wait for several sees them at one moment. It is held for
+// moments only.
+std::mutex& DispatcherLock();
+
+class Waitable : public Object
+{
+public:
+    using Object::Object;
+
+    Waitable* AsWaitable() override { return this; }
+
+    // All of these are called with the dispatcher's lock held.
+
+    virtual bool IsSignalled() const = 0;
+
+    // What a wait that ends by this object does to it.
+    virtual void Take() {}
+
+    void AddWaiter(Waiter& waiter) { _waiters.push_back(&waiter); }
+    void RemoveWaiter(Waiter& waiter);
+
+protected:
+    // To be called when the object has become signalled.
+    void WakeWaiters();
+
+private:
+    std::vector<Waiter*> _waiters;
+};
+
+// Waits for one of the objects, or for all of them; WAIT_OBJECT_0 and the object's index, or WAIT_TIMEOUT.
+DWORD WaitFor(const std::vector<Ref<Waitable>>& objects, bool forAll, DWORD milliseconds);
+
+} // namespace qxplatform
