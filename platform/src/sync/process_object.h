@@ -13,7 +13,7 @@ class ProcessObject : public Waitable
 public:
     static constexpr ObjectType objectType = ObjectType::Process;
 
-    explicit ProcessObject(pid_t id) : Waitable(objectType), id(id) {}
+    explicit ProcessObject(pid_t processId) : Waitable(objectType), id(processId) {}
 
     // Starts a thread that waits for the child's end.
     static void Watch(const Ref<ProcessObject>& child);

@@ -1,0 +1,175 @@
+// What the tests of files, processes and modules share.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <atomic>
+#include <string>
+#include <string_view>
+
+namespace qxtest
+{
+
+// Wide text of the tests. (The library's own wide string isn't made for 16 bits.)
+class Text
+{
+public:
+    Text() = default;
+    Text(const wchar_t* text) : _units(reinterpret_cast<const char16_t*>(text)) {}
+
+    operator const wchar_t*() const { return reinterpret_cast<const wchar_t*>(_units.c_str()); }
+    wchar_t* data() { return reinterpret_cast<wchar_t*>(_units.data()); }
+    size_t size() const { return _units.size(); }
+
+    friend Text operator+(Text left, const Text& right)
+    {
+        left._units += right._units;
+        return left;
+    }
+    friend bool operator==(const Text& left, const Text& right) { return left._units == right._units; }
+    friend bool operator<(const Text& left, const Text& right) { return left._units < right._units; }
+
+    // For texts of ASCII.
+    std::string Narrow() const { return std::string(_units.begin(), _units.end()); }
+    static Text Widen(std::string_view text)
+    {
+        Text result;
+        result._units.assign(text.begin(), text.end());
+        return result;
+    }
+
+    friend void PrintTo(const Text& text, std::ostream* out) { *out << text.Narrow(); }
+
+private:
+    std::u16string _units;
+};
+
+// The last error after a call that is to fail.
+template <class Call>
+DWORD ErrorOf(Call&& call)
+{
+    SetLastError(0xBEEF);
+    EXPECT_FALSE(call());
+    return GetLastError();
+}
+
+class Handle
+{
+public:
+    Handle(HANDLE handle = INVALID_HANDLE_VALUE) : _handle(handle) {}
+    Handle(Handle&& other) noexcept : _handle(other._handle) { other._handle = INVALID_HANDLE_VALUE; }
+    Handle& operator=(Handle&& other) noexcept
+    {
+        std::swap(_handle, other._handle);
+        return *this;
+    }
+    ~Handle() { Close(); }
+
+    void Close()
+    {
+        if (*this)
+            CloseHandle(_handle);
+        _handle = INVALID_HANDLE_VALUE;
+    }
+    operator HANDLE() const { return _handle; }
+    explicit operator bool() const { return _handle != INVALID_HANDLE_VALUE && _handle != nullptr; }
+
+private:
+    HANDLE _handle;
+};
+
+constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+inline Handle Open(const Text& path, DWORD access, DWORD share, DWORD disposition = OPEN_EXISTING, DWORD flags = 0)
+{
+    return Handle(CreateFileW(path, access, share, nullptr, disposition, flags, nullptr));
+}
+
+inline bool WriteBytes(HANDLE file, std::string_view bytes)
+{
+    DWORD written = 0;
+    return WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
+           written == bytes.size();
+}
+
+inline std::string ReadBytes(HANDLE file, DWORD count = 1000)
+{
+    std::string bytes(count, '\0');
+    DWORD read = 0;
+    if (!ReadFile(file, bytes.data(), count, &read, nullptr))
+        return "error " + std::to_string(GetLastError());
+    bytes.resize(read);
+    return bytes;
+}
+
+inline std::string BytesOf(const Text& path)
+{
+    return ReadBytes(Open(path, GENERIC_READ, shareAll));
+}
+
+inline void MakeFile(const Text& path, std::string_view bytes = "data")
+{
+    EXPECT_TRUE(WriteBytes(Open(path, GENERIC_WRITE, 0, CREATE_ALWAYS), bytes));
+}
+
+inline bool Exists(const Text& path)
+{
+    return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
+}
+
+// A folder of the test's own; it goes with all that is in it.
+class Folder
+{
+public:
+    Folder()
+    {
+        static std::atomic<int> count = 0;
+        WCHAR temp[MAX_PATH + 1];
+        GetTempPathW(MAX_PATH + 1, temp);
+        _path = Text(temp) +
+                Text::Widen("qxplatform-test-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++count));
+        EXPECT_TRUE(CreateDirectoryW(_path, nullptr));
+    }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+    ~Folder() { Remove(_path); }
+
+    const Text& path() const { return _path; }
+    Text operator/(const Text& name) const { return _path + L"/" + name; }
+
+private:
+    static void Remove(const Text& folder)
+    {
+        WIN32_FIND_DATAW data;
+        const HANDLE find = FindFirstFileW(folder + L"/*", &data);
+        if (find != INVALID_HANDLE_VALUE)
+        {
+            do
+            {
+                const Text name(data.cFileName);
+                if (name == Text(L".") || name == Text(L".."))
+                    continue;
+                const Text path = folder + L"/" + name;
+                if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+                    Remove(path);
+                SetFileAttributesW(path, FILE_ATTRIBUTE_NORMAL);
+                DeleteFileW(path);
+            } while (FindNextFileW(find, &data));
+            FindClose(find);
+        }
+        RemoveDirectoryW(folder);
+    }
+
+    Text _path;
+};
+
+// True on the layer; false on the system itself, and so where Wine stands in for it.
+#if defined(_WIN32)
+constexpr bool isLayer = false;
+#else
+constexpr bool isLayer = true;
+#endif
+
+} // namespace qxtest
