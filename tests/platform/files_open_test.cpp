@@ -217,8 +217,8 @@ TEST(FilesOpen, DuplicatesAreEntriesOfTheirOwn)
     EXPECT_FALSE(Open(path, GENERIC_READ, shareAll)) << "the file is open as long as one handle is";
     const HANDLE source = second;
     Handle third = duplicate(second, DUPLICATE_SAME_ACCESS | DUPLICATE_CLOSE_SOURCE);
-    EXPECT_FALSE(CloseHandle(source));
     third.Close();
+    EXPECT_FALSE(CloseHandle(source));
     EXPECT_TRUE(Open(path, GENERIC_READ, shareAll));
 }
 
