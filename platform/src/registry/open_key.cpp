@@ -54,7 +54,7 @@ LSTATUS FindOpenKey(HKEY handle, REGSAM rights, Ref<OpenKey>& key)
         return ERROR_SUCCESS;
     }
     DWORD access = 0;
-    const Ref<Object> object = FindObject(handle, &access);
+    const Ref<Object> object = ObjectOf(handle, &access);
     if (!object || object->type != OpenKey::objectType)
         return ERROR_INVALID_HANDLE;
     if ((access & rights) != rights)
