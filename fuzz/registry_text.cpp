@@ -1,0 +1,18 @@
+// The text form of the registry: whatever is read must come back the same once it is written.
+#include "registry/reg_text.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+using namespace qxplatform;
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    constexpr std::u16string_view kRoot = u"HKEY_CURRENT_USER";
+    const RegistryText first = ReadRegistryText({reinterpret_cast<const char*>(data), size}, kRoot);
+    const std::string written = WriteRegistryText(first.tree, kRoot);
+    const RegistryText second = ReadRegistryText(written, kRoot);
+    if (second.damaged || WriteRegistryText(second.tree, kRoot) != written)
+        std::abort();
+    return 0;
+}
