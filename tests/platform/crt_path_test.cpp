@@ -9,10 +9,11 @@
 namespace
 {
 
+// Paths that the layer gives out have the form of its own system.
 #if defined(_WIN32)
-constexpr wchar_t Separator[] = L"\\";
+constexpr wchar_t Separator = L'\\';
 #else
-constexpr wchar_t Separator[] = L"/"; // paths that the layer gives out have its form
+constexpr wchar_t Separator = L'/';
 #endif
 
 TEST(CrtPath, Splits)
@@ -110,7 +111,7 @@ TEST(CrtPath, Makes)
         wchar_t expected[20];
         wcscpy(expected, c.expected);
         if (wchar_t* added = wcschr(expected, L'|'))
-            *added = Separator[0];
+            *added = Separator;
         wchar_t path[20];
         EXPECT_EQ(_wmakepath_s(path, 20, c.drive, c.directory, c.name, c.extension), 0);
         EXPECT_STREQ(path, expected);

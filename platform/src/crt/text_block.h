@@ -25,28 +25,35 @@ constexpr bool ReadsWholeBlocks = true;
 
 constexpr size_t BlockLength = 8;
 
-// One bit for each byte of a block, so two for each character.
-using BlockMask = unsigned;
-constexpr BlockMask AllOfBlock = 0xffff;
-
-inline size_t FirstCharacter(BlockMask mask)
+// The characters of a block for which something holds.
+class BlockLanes
 {
-    return static_cast<size_t>(__builtin_ctz(mask)) / 2;
-}
+public:
+    explicit BlockLanes(__m128i lanes) : _lanes(lanes) {}
+
+    BlockLanes operator|(BlockLanes other) const { return BlockLanes(_mm_or_si128(_lanes, other._lanes)); }
+    BlockLanes Without(BlockLanes other) const { return BlockLanes(_mm_andnot_si128(other._lanes, _lanes)); }
+
+    // Two bits for each character, the first one lowest.
+    unsigned Mask() const { return static_cast<unsigned>(_mm_movemask_epi8(_lanes)); }
+
+    static constexpr unsigned All = 0xffff;
+    static size_t First(unsigned mask) { return static_cast<size_t>(__builtin_ctz(mask)) / 2; }
+
+private:
+    __m128i _lanes;
+};
 
 class TextBlock
 {
 public:
     explicit TextBlock(const wchar_t* text) : _data(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text))) {}
 
-    // The start of the aligned block that holds *text; it lies in one page.
-    static const wchar_t* AlignDown(const wchar_t* text)
+    BlockLanes Where(wchar_t c) const
     {
-        return reinterpret_cast<const wchar_t*>(reinterpret_cast<uintptr_t>(text) & ~uintptr_t{15});
+        return BlockLanes(_mm_cmpeq_epi16(_data, _mm_set1_epi16(static_cast<short>(c))));
     }
-
-    BlockMask Where(wchar_t c) const { return Mask(_mm_cmpeq_epi16(_data, _mm_set1_epi16(static_cast<short>(c)))); }
-    BlockMask WhereSame(TextBlock other) const { return Mask(_mm_cmpeq_epi16(_data, other._data)); }
+    BlockLanes WhereSame(TextBlock other) const { return BlockLanes(_mm_cmpeq_epi16(_data, other._data)); }
 
     // With A to Z as a to z.
     TextBlock Folded() const
@@ -57,18 +64,30 @@ public:
         return TextBlock(_mm_add_epi16(_data, shift));
     }
 
-    // Whether eight characters from here on lie in one page, so that they can be read wherever the text ends.
-    static bool FitsInPage(const wchar_t* text)
-    {
-        constexpr uintptr_t pageSize = 4096;
-        return (reinterpret_cast<uintptr_t>(text) & (pageSize - 1)) <= pageSize - sizeof(__m128i);
-    }
-
 private:
     explicit TextBlock(__m128i data) : _data(data) {}
-    static BlockMask Mask(__m128i bytes) { return static_cast<BlockMask>(_mm_movemask_epi8(bytes)); }
 
     __m128i _data;
 };
+
+// Where the aligned block that holds *text starts; it lies in one page.
+inline const wchar_t* BlockStart(const wchar_t* text)
+{
+    return reinterpret_cast<const wchar_t*>(reinterpret_cast<uintptr_t>(text) & ~uintptr_t{sizeof(TextBlock) - 1});
+}
+
+// Four aligned blocks lie in one page as well, if the first of them starts so.
+constexpr size_t LineLength = 4 * BlockLength;
+inline bool IsLineStart(const wchar_t* text)
+{
+    return (reinterpret_cast<uintptr_t>(text) & (4 * sizeof(TextBlock) - 1)) == 0;
+}
+
+// Whether eight characters from here on lie in one page, so that they can be read wherever the text ends.
+inline bool FitsInPage(const wchar_t* text)
+{
+    constexpr uintptr_t pageSize = 4096;
+    return (reinterpret_cast<uintptr_t>(text) & (pageSize - 1)) <= pageSize - sizeof(TextBlock);
+}
 
 } // namespace qxplatform

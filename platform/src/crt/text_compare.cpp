@@ -29,11 +29,11 @@ int Compare(const wchar_t* a, const wchar_t* b, size_t limit)
 {
     while (limit != 0)
     {
-        if (ReadsWholeBlocks && limit >= BlockLength && TextBlock::FitsInPage(a) && TextBlock::FitsInPage(b))
+        if (ReadsWholeBlocks && limit >= BlockLength && FitsInPage(a) && FitsInPage(b))
         {
             const TextBlock blockA(a), blockB(b);
-            const BlockMask same = Form::Of(blockA).WhereSame(Form::Of(blockB));
-            const BlockMask stop = (same ^ AllOfBlock) | blockA.Where(0);
+            const BlockLanes same = Form::Of(blockA).WhereSame(Form::Of(blockB));
+            const unsigned stop = same.Without(blockA.Where(0)).Mask() ^ BlockLanes::All;
             if (stop == 0)
             {
                 a += BlockLength;
@@ -41,7 +41,7 @@ int Compare(const wchar_t* a, const wchar_t* b, size_t limit)
                 limit -= BlockLength;
                 continue;
             }
-            const size_t index = FirstCharacter(stop);
+            const size_t index = BlockLanes::First(stop);
             return Form::Of(a[index]) - Form::Of(b[index]);
         }
         const int difference = Form::Of(*a) - Form::Of(*b);
@@ -79,9 +79,9 @@ int _wcsnicmp(const wchar_t* a, const wchar_t* b, size_t count) noexcept
 int wmemcmp(const wchar_t* a, const wchar_t* b, size_t count) noexcept
 {
     for (; count >= BlockLength; a += BlockLength, b += BlockLength, count -= BlockLength)
-        if (const BlockMask different = TextBlock(a).WhereSame(TextBlock(b)) ^ AllOfBlock)
+        if (const unsigned different = TextBlock(a).WhereSame(TextBlock(b)).Mask() ^ BlockLanes::All)
         {
-            const size_t index = FirstCharacter(different);
+            const size_t index = BlockLanes::First(different);
             return a[index] - b[index];
         }
     for (; count != 0; ++a, ++b, --count)

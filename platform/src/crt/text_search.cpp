@@ -2,54 +2,74 @@
 
 #include <wchar.h>
 
+#include <limits>
+
 using namespace qxplatform;
 
 namespace
 {
 
-// The first character of a terminated text that is `c` or the terminator.
-const wchar_t* FindOrEnd(const wchar_t* text, wchar_t c)
+// What is searched for: one character, or one or the terminator.
+struct Is
 {
-    if constexpr (!ReadsWholeBlocks)
-    {
-        while (*text != c && *text != 0)
-            ++text;
-        return text;
-    }
-    const wchar_t* blockStart = TextBlock::AlignDown(text);
-    TextBlock block(blockStart);
-    BlockMask found = (block.Where(c) | block.Where(0)) >> ((text - blockStart) * 2);
-    if (found != 0)
-        return text + FirstCharacter(found);
-    do
-    {
-        blockStart += BlockLength;
-        block = TextBlock(blockStart);
-        found = block.Where(c) | block.Where(0);
-    } while (found == 0);
-    return blockStart + FirstCharacter(found);
+    wchar_t c;
+    bool operator()(wchar_t unit) const { return unit == c; }
+    BlockLanes operator()(TextBlock block) const { return block.Where(c); }
+};
+
+struct IsOrEnds
+{
+    wchar_t c;
+    bool operator()(wchar_t unit) const { return unit == c || unit == 0; }
+    BlockLanes operator()(TextBlock block) const { return block.Where(c) | block.Where(0); }
+};
+
+template <class Test>
+bool FoundInLine(const wchar_t* line, Test test)
+{
+    const BlockLanes first = test(TextBlock(line)) | test(TextBlock(line + BlockLength));
+    const BlockLanes second = test(TextBlock(line + 2 * BlockLength)) | test(TextBlock(line + 3 * BlockLength));
+    return (first | second).Mask() != 0;
 }
 
-// The index of the first `c`, or a number of at least `limit`. Nothing is asked of the characters behind that `c`: the
-// limit may be greater than what is there.
-size_t FindWithin(const wchar_t* text, wchar_t c, size_t limit)
+// The index of the first character that passes the test, or a number of at least `limit`. Nothing is asked of the
+// characters behind it: the limit may be greater than what is there.
+template <class Test>
+inline size_t Find(const wchar_t* text, size_t limit, Test test)
 {
     size_t index = 0;
     if constexpr (!ReadsWholeBlocks)
     {
-        while (index < limit && text[index] != c)
+        while (index < limit && !test(text[index]))
             ++index;
         return index;
     }
     if (limit == 0)
         return 0;
-    const wchar_t* blockStart = TextBlock::AlignDown(text);
-    if (const BlockMask found = TextBlock(blockStart).Where(c) >> ((text - blockStart) * 2))
-        return FirstCharacter(found);
-    for (index = BlockLength - static_cast<size_t>(text - blockStart); index < limit; index += BlockLength)
-        if (const BlockMask found = TextBlock(text + index).Where(c))
-            return index + FirstCharacter(found);
+    const wchar_t* const start = BlockStart(text);
+    if (const unsigned found = test(TextBlock(start)).Mask() >> ((text - start) * 2))
+        return BlockLanes::First(found);
+    index = BlockLength - static_cast<size_t>(text - start);
+    while (index < limit)
+    {
+        if (IsLineStart(text + index) && !FoundInLine(text + index, test))
+        {
+            index += LineLength;
+            continue;
+        }
+        if (const unsigned found = test(TextBlock(text + index)).Mask())
+            return index + BlockLanes::First(found);
+        index += BlockLength;
+    }
     return limit;
+}
+
+constexpr size_t NoLimit = std::numeric_limits<size_t>::max();
+
+// The first character of a terminated text that is `c` or the terminator.
+const wchar_t* FindOrEnd(const wchar_t* text, wchar_t c)
+{
+    return text + Find(text, NoLimit, IsOrEnds{c});
 }
 
 bool Contains(const wchar_t* set, wchar_t c)
@@ -79,12 +99,12 @@ bool StartsWith(const wchar_t* text, const wchar_t* part)
 
 size_t wcslen(const wchar_t* text) noexcept
 {
-    return static_cast<size_t>(FindOrEnd(text, 0) - text);
+    return Find(text, NoLimit, Is{0});
 }
 
 size_t wcsnlen(const wchar_t* text, size_t limit) noexcept
 {
-    const size_t index = FindWithin(text, 0, limit);
+    const size_t index = Find(text, limit, Is{0});
     return index < limit ? index : limit;
 }
 
@@ -104,7 +124,7 @@ const wchar_t* wcsrchr(const wchar_t* text, wchar_t c) noexcept
 
 const wchar_t* wmemchr(const wchar_t* text, wchar_t c, size_t count) noexcept
 {
-    const size_t index = FindWithin(text, c, count);
+    const size_t index = Find(text, count, Is{c});
     return index < count ? text + index : nullptr;
 }
 
