@@ -25,7 +25,6 @@ HRESULT clsIUnknownImpl::QueryOwnInterface(IUnknown* identity, REFIID iid, void*
     }
     if (IsEqualIID(iid, IID_IMarshal))
     {
-        // Two threads that ask for the first time at once may make two; the marshaler has no state that would matter.
         if (!_marshaler && FAILED(CoCreateFreeThreadedMarshaler(identity, _marshaler.Receive())))
         {
             return E_NOINTERFACE;

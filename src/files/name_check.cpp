@@ -1,11 +1,12 @@
 #include "files/name_check.h"
 
+#include "core/forever.h"
 #include "core/regex.h"
 #include "core/string.h"
 
 #include <windows.h>
 
-#include <cstdlib>
+#include <stdlib.h>
 
 namespace qx
 {
@@ -33,7 +34,7 @@ bool IsFileNameAllowed(const String& path)
     {
         return false;
     }
-    static clsRegEx allowed(kAllowedNames, kExtended);
+    static clsRegEx& allowed = MakeForever<clsRegEx>(kAllowedNames, kExtended);
     return allowed.Match(component, nullptr);
 }
 

@@ -1,0 +1,18 @@
+// Objects that live as long as the process.
+#pragma once
+
+#include <memory>
+#include <utility>
+
+namespace qx
+{
+
+// For what static objects may still ask for while the process ends: never destroyed, and reachable from the static
+// reference that holds the result, so that leak checkers know it as alive.
+template <class T, class... Arguments>
+T& MakeForever(Arguments&&... arguments)
+{
+    return *std::make_unique<T>(std::forward<Arguments>(arguments)...).release();
+}
+
+} // namespace qx
