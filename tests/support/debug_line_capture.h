@@ -52,11 +52,17 @@ public:
 private:
     void Line(int indentChange, const wchar_t* format, va_list arguments) override
     {
+        // A line written while one is taken is dropped, as every sink must do: the strings of this one may cause it.
+        static thread_local bool isTaking = false;
+        if (isTaking)
+            return;
+        isTaking = true;
         wchar_t line[1025] = {};
         if (format)
             FormatBounded(line, 1025, format, arguments);
         const std::lock_guard lock(_mutex);
         _entries.push_back({indentChange, String(line)});
+        isTaking = false;
     }
 
     DebugLineSink* _former;

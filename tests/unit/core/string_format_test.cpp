@@ -1,0 +1,145 @@
+#include "core/format_estimate.h"
+#include "core/string.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+using namespace qx;
+
+namespace
+{
+
+constexpr const wchar_t* printfError = L"<printf format error>";
+
+String Letters(std::size_t count)
+{
+    String s;
+    s.Fill(L'x', count);
+    return s;
+}
+
+std::optional<std::size_t> EstimateOf(const wchar_t* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const auto estimate = EstimateFormat(format, arguments);
+    va_end(arguments);
+    return estimate;
+}
+
+TEST(FormatTest, EstimatesByTheWalk)
+{
+    EXPECT_EQ(EstimateOf(L""), 0u);
+    EXPECT_EQ(EstimateOf(L"abc%%"), 8u);
+    EXPECT_EQ(EstimateOf(L"%d", 1), 34u);
+    EXPECT_EQ(EstimateOf(L"%40d%-10i%+o%u%x%X", 1, 1, 1, 1, 1, 1), 40u + 5 * 34);
+    EXPECT_EQ(EstimateOf(L"%#x", 1), 36u);
+    EXPECT_EQ(EstimateOf(L"%*d", 50, 1), 50u);
+    EXPECT_EQ(EstimateOf(L"%I64d%s", 1LL << 40, L"abc"), 37u);
+    EXPECT_EQ(EstimateOf(L"%Fd%Ld%Nd%zd", 1, 1, 1, 1), 4 * 34u);
+    EXPECT_EQ(EstimateOf(L"%f", 1.0), 138u);
+    EXPECT_EQ(EstimateOf(L"%150.20e", 1.0), 182u);
+    EXPECT_EQ(EstimateOf(L"%g%s", 1.0, L"abc"), 141u);
+    EXPECT_EQ(EstimateOf(L"%p", nullptr), 18u);
+    EXPECT_EQ(EstimateOf(L"%c%hc%lc%wC", 'a', 'a', 'a', 'a'), 6u);
+    EXPECT_EQ(EstimateOf(L"%20c", 'a'), 20u);
+    EXPECT_EQ(EstimateOf(L"%s", L""), 1u);
+    EXPECT_EQ(EstimateOf(L"%ls", L""), 2u);
+    EXPECT_EQ(EstimateOf(L"%ws", L"abc"), 3u);
+    EXPECT_EQ(EstimateOf(L"%hs", "abcde"), 5u);
+    EXPECT_EQ(EstimateOf(L"%S", "abcde"), 5u); // what the formatter takes for it
+    EXPECT_EQ(EstimateOf(L"%10s", L"abc"), 10u);
+    EXPECT_EQ(EstimateOf(L"%.2s", L"abc"), 2u);
+    EXPECT_EQ(EstimateOf(L"%10.2s", L"abc"), 2u);
+    EXPECT_EQ(EstimateOf(L"%.*s", 2, L"abc"), 2u);
+    EXPECT_EQ(EstimateOf(L"%.*s", -1, L"abc"), 3u);
+    EXPECT_EQ(EstimateOf(L"%Ts", L"abc"), 2u);
+    EXPECT_EQ(EstimateOf(L"%Id", 1), 2u);
+    EXPECT_EQ(EstimateOf(L"a%"), 2u);
+    EXPECT_EQ(EstimateOf(L"%-"), 0u);
+    EXPECT_EQ(EstimateOf(L"%s", static_cast<wchar_t*>(nullptr)), std::nullopt);
+    EXPECT_EQ(EstimateOf(L"%hs", static_cast<char*>(nullptr)), std::nullopt);
+    EXPECT_EQ(EstimateOf(L"%n", static_cast<int*>(nullptr)), std::nullopt);
+    EXPECT_EQ(EstimateOf(L"%ls", reinterpret_cast<wchar_t*>(16)), std::nullopt);
+}
+
+// Behind a conversion that the walk doesn't know it reads the wrong arguments; it must not follow what is no pointer.
+TEST(FormatTest, EstimateSurvivesArgumentsOutOfStep)
+{
+    EXPECT_EQ(EstimateOf(L"%Ts %d %s", L"abc", 16, L"de"), 2u + 2 + 34 + 2 + 1);
+    EXPECT_EQ(EstimateOf(L"%Ts%s", L"abc", L"defgh"), 2u + 3); // measures the text before
+    EXPECT_EQ(EstimateOf(L"%Id%s", static_cast<std::ptrdiff_t>(16), L"de"), 2u + 1);
+    String s;
+    s.Format(L"%Ts %d %s", L"abc", 16, L"de");
+    EXPECT_STREQ(s.Text(), L"abc 16 de");
+}
+
+TEST(FormatTest, ResultReplacesTheText)
+{
+    struct Case
+    {
+        const wchar_t* expected;
+        String result;
+    };
+    const Case cases[] = {
+        {L"plain 100%", String(String::formatted, L"plain 100%%")},
+        {L"-5 wide narrow c 1f", String(String::formatted, L"%d %s %hs %c %x", -5, L"wide", "narrow", L'c', 31)},
+        {L"123456789012 0x00000005 ff", String(String::formatted, L"%I64d %#010x %I64x", 123456789012LL, 5, 0xFFLL)},
+        {L"[  ab][ab  ][002.50]", String(String::formatted, L"[%4s][%-*s][%06.2f]", L"ab", 4, L"ab", 2.5)},
+        {L"wide w T", String(String::formatted, L"%ls %ws %Ts", L"wide", L"w", L"T")},
+        {L"50%Ts x T", String(String::formatted, L"50%%Ts %Tc %-1Ts", L'x', L"T")},
+        {L"", String(String::formatted, L"%s", L"")},
+        {L"", String(String::formatted, L"")},
+        {L"", String(String::formatted, nullptr)},
+        {printfError, String(String::formatted, L"%s", static_cast<wchar_t*>(nullptr))},
+        {printfError, String(String::formatted, L"lost %d %n", 1, static_cast<int*>(nullptr))},
+    };
+    for (const Case& c : cases)
+        EXPECT_STREQ(c.result.Text(), c.expected);
+}
+
+TEST(FormatTest, ShortEstimatesCutAt99AndGiveZero)
+{
+    const String text = Letters(150);
+    String s;
+    EXPECT_EQ(s.Format(L"%Ts", text.Text()), 0);
+    EXPECT_EQ(s.Length(), 99u);
+    EXPECT_EQ(s.Format(L"%s", L"short"), 0);
+    EXPECT_STREQ(s.Text(), L"short");
+    EXPECT_EQ(s.Format(L"%s", Letters(99).Text()), 0);
+    EXPECT_EQ(s.Length(), 99u);
+}
+
+TEST(FormatTest, LongEstimatesGiveTheCountOrMinusOne)
+{
+    const String text = Letters(150);
+    String s;
+    EXPECT_EQ(s.Format(L"%s", text.Text()), 150);
+    EXPECT_EQ(s, text);
+    EXPECT_EQ(s.Format(L"%s", Letters(100).Text()), 100);
+    EXPECT_EQ(s.Format(L"%hs%d", text.NarrowText(), 7), 151);
+    EXPECT_EQ(s.Format(L"%f", 1.5), 8);
+    EXPECT_EQ(s.Format(L"%s%Ts", text.Text(), Letters(200).Text()), -1); // estimate 152
+    EXPECT_EQ(s.Length(), 152u);
+}
+
+TEST(FormatTest, PaddingIsBounded)
+{
+    String s;
+    EXPECT_EQ(s.Format(L"%2000d|", 1), 2001);
+    EXPECT_EQ(s.Length(), 2001u);
+    EXPECT_EQ(s.Format(L"%*d", 2000000000, 1), -1);
+    EXPECT_LT(s.Length(), 2000000u);
+    EXPECT_EQ(EstimateOf(L"%99999999999999999999d", 1), std::size_t{1} << 20);
+    EXPECT_EQ(EstimateOf(L"%.99999999999999999999s", L"abc"), 3u);
+}
+
+TEST(FormatTest, UnterminatedTextEndsWithItsPrecision)
+{
+    const wchar_t raw[] = {L'a', L'b', L'c'};
+    const char narrow[] = {'d', 'e'};
+    EXPECT_STREQ(String(String::formatted, L"%.3s%.2hs", raw, narrow).Text(), L"abcde");
+}
+
+} // namespace

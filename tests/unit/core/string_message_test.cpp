@@ -1,0 +1,141 @@
+#include "core/string.h"
+
+#include "core/developer_run.h"
+#include "support/debug_line_capture.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+using namespace qx;
+
+namespace
+{
+
+class DeveloperRun
+{
+public:
+    explicit DeveloperRun(const wchar_t* user)
+    {
+        SetEnvironmentVariableW(L"user", user);
+        ForgetDeveloperRun();
+    }
+    DeveloperRun(const DeveloperRun&) = delete;
+    DeveloperRun& operator=(const DeveloperRun&) = delete;
+    ~DeveloperRun()
+    {
+        SetEnvironmentVariableW(L"user", nullptr);
+        ForgetDeveloperRun();
+    }
+};
+
+TEST(DeveloperRunTest, WantsExactlyThreeLettersAndIsCached)
+{
+    struct Case
+    {
+        const wchar_t* user;
+        bool expected;
+    };
+    for (const Case& c : {Case{L"qvx", true}, {L"QvX", true}, {L"qv", false}, {L"qvxy", false}, {L" qvx", false},
+             {L"", false}, {nullptr, false}, {L"qvxqvxqvxqvx", false}})
+    {
+        const DeveloperRun run(c.user);
+        EXPECT_EQ(UtilIsDeveloperRun(), c.expected);
+    }
+    const DeveloperRun run(L"qvx");
+    EXPECT_TRUE(UtilIsDeveloperRun());
+    SetEnvironmentVariableW(L"user", L"other");
+    EXPECT_TRUE(UtilIsDeveloperRun());
+}
+
+TEST(StringMessageTest, SystemErrorTextEndsWithTheCode)
+{
+    const String text = String::SystemErrorText(ERROR_FILE_NOT_FOUND, 0x400);
+    EXPECT_GT(text.Length(), 12u);
+    EXPECT_STREQ(text.Right(11).Text(), L" (00000002)");
+    EXPECT_EQ(text.View().find_first_of(L"\r\n"), std::wstring_view::npos);
+    EXPECT_STREQ(String::SystemErrorText(0x2FFF1234, 0x400).Text(), L"(error code 0x2fff1234)");
+    EXPECT_STREQ(String::SystemErrorText(0xE0FF0001, 0x400).Text(), L"(error code 0xe0ff0001)");
+}
+
+String Inserted(const wchar_t* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    String text = String::VMessage(format, arguments);
+    va_end(arguments);
+    return text;
+}
+
+TEST(StringMessageTest, InsertsArgumentsByNumber)
+{
+    EXPECT_STREQ(Inserted(L"%2 before %1", L"a", L"b").Text(), L"b before a");
+    EXPECT_STREQ(Inserted(L"%1!d! of %2!d!, 100%%", 3, 7).Text(), L"3 of 7, 100%");
+    EXPECT_STREQ(Inserted(L"nothing").Text(), L"nothing");
+}
+
+TEST(StringMessageTest, FailedInsertionIsLoggedAndGivesTheReason)
+{
+    DebugLineCapture lines;
+    const String text = Inserted(nullptr);
+    EXPECT_FALSE(text.IsEmpty());
+    EXPECT_STREQ(lines.Last().Text(), (L"String::VMessage(): FormatMessage() failed: " + text).Text());
+}
+
+TEST(StringMessageTest, MissingResourceIsLoggedForDevelopersOnly)
+{
+    DebugLineCapture lines;
+    EXPECT_TRUE(String::LoadResourceString(GetModuleHandleW(nullptr), 0, 60000).IsEmpty());
+    {
+        const DeveloperRun run(L"someone");
+        EXPECT_TRUE(String::Message(GetModuleHandleW(nullptr), 60000).IsEmpty());
+    }
+    EXPECT_EQ(lines.Count(), 0u);
+    const DeveloperRun run(L"QVX");
+    EXPECT_TRUE(String::Message(GetModuleHandleW(nullptr), 60000).IsEmpty());
+    EXPECT_EQ(lines.CountOf(L"String::Message(): String ressource 60000 not found in "), 1u);
+}
+
+TEST(StringMessageTest, LocaleInfoIsTheUsers)
+{
+    EXPECT_FALSE(String::LocaleInfo(LOCALE_SDECIMAL).IsEmpty());
+    EXPECT_TRUE(String::LocaleInfo(0x7FFF).IsEmpty());
+}
+
+TEST(StringCaseTest, MapsByTheLinguisticRules)
+{
+    String s(L"stra\u00DFe \u00E4\u00F1\u0451");
+    s.MakeUpper();
+    EXPECT_STREQ(s.Text(), L"STRA\u00DFE \u00C4\u00D1\u0401");
+    s.MakeLower();
+    EXPECT_STREQ(s.Text(), L"stra\u00DFe \u00E4\u00F1\u0451");
+    const String lower(L"abc");
+    EXPECT_STREQ(lower.Upper().Text(), L"ABC");
+    EXPECT_STREQ(lower.Text(), L"abc");
+    EXPECT_EQ(String().Upper().Capacity(), 0u);
+}
+
+TEST(StringCaseTest, LongTextsAndTheInvariantLocale)
+{
+    for (const std::size_t length : {198u, 199u, 200u, 5000u})
+    {
+        String s;
+        s.Fill(L'a', length);
+        s.LCMapString(LCMAP_UPPERCASE, 127); // through the function for the invariant locale
+        String expected;
+        expected.Fill(L'A', length);
+        EXPECT_EQ(s, expected) << length;
+    }
+}
+
+TEST(StringCaseTest, FailureIsLoggedAndLeavesTheText)
+{
+    DebugLineCapture lines;
+    String s(L"abc");
+    s.LCMapString(LCMAP_HIRAGANA | LCMAP_KATAKANA, 0x400);
+    EXPECT_STREQ(s.Text(), L"abc");
+    EXPECT_EQ(lines.CountOf(L"ERR: String::LCMapString[Ex](0x400) failed: 0/4/3 : "), 1u);
+    EXPECT_EQ(lines.CountOf(L"! (Even if SUCCEEDED is returned, the result is garbage)"), 1u);
+}
+
+} // namespace
