@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <oleauto.h>
 #include <wchar.h>
 
 #include <algorithm>

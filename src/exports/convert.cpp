@@ -7,6 +7,7 @@
 
 #include <windows.h>
 
+#include <combaseapi.h>
 #include <objidl.h>
 #include <oleauto.h>
 
