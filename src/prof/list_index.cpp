@@ -45,22 +45,25 @@ void clsListIndex::Start(clsProfArena& arena, size_t count) noexcept
 
 void clsListIndex::Add(clsProfArena& arena, clsItem& item) noexcept
 {
-    if (!IsBuilt())
-        return;
-    if (!HasRoomForOneMore())
-    {
-        Grow(arena);
-        if (!IsBuilt())
-            return;
-    }
     const scItemKey key(item);
-    Slot* slot = FindPlace(key);
-    if (slot == nullptr)
-        Refuse(arena);
-    else if (slot->item == nullptr)
+    if (IsBuilt() && IsFull())
+        Grow(arena);
+    while (IsBuilt())
     {
-        *slot = {Tag(key.hash, key.kind), &item};
-        ++_used;
+        if (Slot* slot = FindPlace(key))
+        {
+            if (slot->item == nullptr)
+            {
+                *slot = {Tag(key.hash, key.kind), &item};
+                ++_used;
+            }
+            return;
+        }
+        // A crowd in a table with room everywhere else won't go away in a larger one.
+        if (IsSparse())
+            Refuse(arena);
+        else
+            Grow(arena);
     }
 }
 

@@ -57,7 +57,8 @@ private:
     };
 
     static uint32_t Tag(uint32_t hash, ItemKind kind) { return hash | (kind == ItemKind::List ? 0x80000000u : 0); }
-    bool HasRoomForOneMore() const { return uint64_t{_used} * 3 < uint64_t{_capacity} * 2; }
+    bool IsFull() const { return uint64_t{_used} * 3 >= uint64_t{_capacity} * 2; }
+    bool IsSparse() const { return uint64_t{_used} * 8 < _capacity; }
     Slot* FindPlace(const scItemKey& key) const;
     void Refuse(clsProfArena& arena) noexcept;
     void Grow(clsProfArena& arena) noexcept;

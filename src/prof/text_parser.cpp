@@ -116,12 +116,27 @@ void ParseTextLines(scParseState& state, clsItemList& list)
     open.CloseAll(); // a missing brace is no error
 }
 
+// The forms that aren't read yet.
+void RefuseForm(scParseState& state)
+{
+    scProfLine line;
+    while (state.reader.NextLine(line))
+    {
+        ++state.lineCounter;
+        if (line.length != 0)
+            throw new clsLoadException(state.lineCounter, L"prof::xml: this form isn't read yet");
+    }
+}
+
 } // namespace
 
 void ParseLevel(scParseState& state, int level, clsItemList& list)
 {
     if (state.form != ProfForm::Text)
-        throw new clsLoadException(state.lineCounter, L"prof::xml: this form isn't read yet");
+    {
+        RefuseForm(state);
+        return;
+    }
     if (level != kBeforeRoot || FindRoot(state))
         ParseTextLines(state, list);
 }

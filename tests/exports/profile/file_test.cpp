@@ -1,0 +1,285 @@
+#include "exports/profile/support.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <utility>
+
+using namespace profiletest;
+
+namespace
+{
+
+// The tree that a source gives, or "error N" with what is in it all the same.
+std::string Loaded(const TempFolder& folder, std::string_view bytes)
+{
+    const Job job(folder.Make("source", bytes));
+    const std::string tree = Tree(job);
+    return job.Error() == PROF_OK ? tree : "error " + std::to_string(job.Error()) + " " + tree;
+}
+
+std::string LoadedText(const TempFolder& folder, std::wstring_view text)
+{
+    return Loaded(folder, Utf16File(text));
+}
+
+} // namespace
+
+TEST(ProfileOpen, ErrorsTellWhatWentWrong)
+{
+    const TempFolder folder;
+    EXPECT_EQ(Job(folder.Path("missing")).Error(), PROF_ERR_CANNOT_READ);
+    EXPECT_EQ(Job(folder.Path("no folder/missing")).Error(), PROF_ERR_CANNOT_READ);
+    EXPECT_EQ(Job(folder.Path("refused.")).Error(), PROF_ERR_CANNOT_READ);
+    EXPECT_EQ(Job(folder.Path("NUL")).Error(), PROF_ERR_CANNOT_READ);
+    EXPECT_EQ(Job("").Error(), PROF_ERR_CANNOT_READ);
+    EXPECT_EQ(Job::Exclusive(folder.Path("no folder/missing")).Error(), PROF_ERR_CANNOT_WRITE);
+
+    EXPECT_EQ(Job::Exclusive(folder.Path("new")).Error(), PROF_OK) << "it is made";
+    EXPECT_TRUE(std::filesystem::exists(folder.Path("new")));
+    EXPECT_EQ(Job(folder.Path("new")).Error(), PROF_OK) << "nothing is a profile";
+}
+
+TEST(ProfileOpen, FilesOfFewBytes)
+{
+    const TempFolder folder;
+    const std::pair<std::string, const char*> cases[] = {
+        {"", ""},
+        {"[", "error -10 "},
+        {"[/", "error -10 "},
+        {"[/]", "error -10 "},
+        {"\xFF\xFE", "error -10 "},
+        {"[/]\n", ""},
+        {"a=b\n", ""},
+        {"[a]\n", ""},
+        {std::string("\xFF\xFE#\0!", 5), ""}, // half a character
+        {std::string(4, '\0'), ""},
+        {"\r\n\r\n", ""},
+    };
+    for (const auto& [bytes, tree] : cases)
+        EXPECT_EQ(Loaded(folder, bytes), tree) << testing::PrintToString(bytes);
+}
+
+TEST(ProfileRead, LinesOfTheTextForm)
+{
+    const TempFolder folder;
+    const std::pair<std::wstring_view, const char*> cases[] = {
+        {L"[/]\r\n {\r\n a=1\r\n [l]\r\n  {\r\n  b=2\r\n  }\r\n c=3\r\n }\r\n", "a=1;[l]{b=2;}c=3;"},
+        {L"[/]\na\n=1\nb=\n=\nb=c=d\n", "a=;=1;b=;=;b=c=d;"},
+        {L"[/]\n\t a b =  c \t\n", "a b =  c \t;"}, // leading white space only goes
+        {L"[/]\r\r\r\n\n a=1\r b=2\n\n\n   \n\t\nc=3", "a=1;b=2;c=3;"}, {L"[/]\n#a=1\n;b=2\n{c=3\n  # d\n", ""},
+        {L"[/]\n[l]\na=1\n} is the end\nb=2\n}\nc=3\n", "[l]{a=1;}b=2;"}, // nothing is read behind the root
+        {L"[/]\n[l]\n[m]\na=1\n", "[l]{[m]{a=1;}}"},                      // missing ends are accepted
+        {L"[/]\n[abc\n}\n[d]e\n}\n[f] \n}\n[\n}\n[]\n}\n[[g]]\n}\n", "[ab]{}[d]]{}[f]]{}[]{}[]{}[[g]]{}"},
+        {L"[/]\n[/]\na=1\n", "[/]{a=1;}"},
+        {L"[/]\n\x2338\x301A\x301B\x2401=\x2338\x301A\x2401\x2409\x240D\x240A\x241F\x2400\x2420\n",
+            "=[]\xE2\x90\x81=\xE2\x8C\xB8\xE3\x80\x9A\x01\t\r\n\x1F\xE2\x90\x80\xE2\x90\xA0;"},
+        {L"[/]\n[\x2338\x2401]\n", "[\xE2\x8C\xB8\xE2\x90\x81]{}"}, // a list's name isn't decoded
+        {L"a=1\n[/]\nb=2\n", "b=2;"},                               // all is passed over up to the root
+        {L"a=1\n[/] \nb=2\n", ""}, {L"a=1\nb=2\n", ""},
+        {std::wstring_view(L"[/]\na=1\0x\n=2\n\0b=3\nc=4\n", 24), "a=1;=2;c=4;"}, // a zero ends its line
+    };
+    for (const auto& [text, tree] : cases)
+        EXPECT_EQ(LoadedText(folder, text), tree) << Utf8(text);
+}
+
+TEST(ProfileRead, IniFilesNestTheirSections)
+{
+    const TempFolder folder;
+    const std::pair<std::wstring_view, const char*> cases[] = {
+        {L"[a]\r\nx=1\r\n[b]\r\ny=2\r\n[c]\r\nz=3\r\n", "x=1;[b]{y=2;[c]{z=3;}}"}, {L"\r\n\r\n  [a]\nx=1\n", "x=1;"},
+        {L"[a] ; comment\nx = 1\n", "x = 1;"}, {L"[/] \nx=1\n", "x=1;"}, // only the exact line is the root's marker
+        {L"[a]\n[b]\nx=1\n}\ny=2\n}\nz=3\n", "[b]{x=1;}y=2;"}, {L"[a", ""},
+        {L"; comment\n[a]\nx=1\n", ""}, // the first line decides
+    };
+    for (const auto& [text, tree] : cases)
+        EXPECT_EQ(LoadedText(folder, text), tree) << Utf8(text);
+}
+
+TEST(ProfileRead, Encodings)
+{
+    const TempFolder folder;
+    const std::string umlauts = "\xC3\xA4\xC3\xB6=\xC3\xBC"; // with letters of more than one byte
+    const std::string padding = "\r\n# " + std::string(200, '.') + "\r\n";
+    EXPECT_EQ(LoadedText(folder, L"[/]\r\n\u00E4\u00F6=\u00FC\r\n"), umlauts + ";");
+    EXPECT_EQ(Loaded(folder, "\xEF\xBB\xBF[/]\r\n" + umlauts + "\r\n"), umlauts + ";");
+    EXPECT_EQ(Loaded(folder, "\xEF\xBB\xBF[section]\r\n" + umlauts), umlauts + ";");
+    EXPECT_EQ(Loaded(folder, "[/]" + padding + umlauts), umlauts + ";") << "201 bytes and more are recognised";
+    EXPECT_EQ(Loaded(folder, Utf16File(L"[/]\r\na=1\r\n").substr(2)), "a=1;") << "by its zeros";
+    EXPECT_EQ(Loaded(folder, Utf16File(L"[/]\r\na=1\r\n", true)), "") << "the other order is read as it is";
+    EXPECT_EQ(Loaded(folder, "[/]\na=1\n[l]\nb=2\n"), "a=1;[l]{b=2;}");
+
+    // Of 8-bit text in no UTF-8 the reader makes what the process's code page makes.
+    const Job job;
+    ProfSetStringA(job, nullptr, "a", "\xE4\xF6\xFC|");
+    EXPECT_EQ(Loaded(folder, "[/]\na=\xE4\xF6\xFC|\n"), Tree(job));
+}
+
+TEST(ProfileRead, SourcesThatAreNoProfile)
+{
+    const TempFolder folder;
+    std::mt19937 random(7);
+    std::string noise(100000, '\0');
+    for (char& byte : noise)
+        byte = static_cast<char>(random());
+    // Whatever comes out: a tree or an error, and neither a crash nor a wait.
+    for (const std::string& head : {std::string(), std::string("\xFF\xFE"), std::string("\xFE\xFF"),
+             std::string("\xEF\xBB\xBF"), std::string("[/]\r\n"), Utf16File(L"[/]\r\n"), std::string("[a]\n")})
+        Loaded(folder, head + noise);
+
+    const std::string whole = Utf16File(L"[/]\r\n {\r\n a=1\r\n [l]\r\n  {\r\n  b=2\r\n  }\r\n }\r\n");
+    const Job reference(folder.Make("whole", whole));
+    for (size_t size = 4; size < whole.size(); ++size)
+    {
+        const Job job(folder.Make("cut", std::string_view(whole).substr(0, size)));
+        EXPECT_EQ(job.Error(), PROF_OK) << size;
+        EXPECT_EQ(ProfSaveW(job, Wide(folder.Path("cut")), PROF_FORM_TEXT), PROF_OK) << size;
+    }
+}
+
+TEST(ProfileWrite, EveryByteOfTheTextForm)
+{
+    const TempFolder folder;
+    const Job job;
+    ProfSetStringW(job, nullptr, L"Title", L"Report");
+    ProfSetStringW(job, nullptr, L"Page/Size", L"(210,297)");
+    ProfCreateListW(job, nullptr, L"1/2/3/4/5");
+    ProfSetStringW(job, nullptr, L"1/2/3/4/a=b[c]", L"d=e[f]\r\n\x01\x1F\x2401");
+    ProfSetStringW(job, nullptr, L"\x01", L"");
+    const std::string path = folder.Path("written");
+    EXPECT_EQ(job.Save(path), PROF_OK);
+    EXPECT_EQ(BytesOf(path), Utf16File(L"[/]\r\n"
+                                       L" {\r\n"
+                                       L" Title=Report\r\n"
+                                       L" [Page]\r\n"
+                                       L"  {\r\n"
+                                       L"  Size=(210,297)\r\n"
+                                       L"  }\r\n"
+                                       L" [1]\r\n"
+                                       L"  {\r\n"
+                                       L"  [2]\r\n"
+                                       L"   {\r\n"
+                                       L"   [3]\r\n"
+                                       L"\t{\r\n"
+                                       L"\t[4]\r\n"
+                                       L"\t {\r\n"
+                                       L"\t [5]\r\n"
+                                       L"\t  {\r\n"
+                                       L"\t  }\r\n"
+                                       L"\t a\x2338"
+                                       L"b\x301A"
+                                       L"c\x301B=d=e[f]\x240D\x240A\x2401\x241F\x2401\r\n"
+                                       L"\t }\r\n"
+                                       L"\t}\r\n"
+                                       L"   }\r\n"
+                                       L"  }\r\n"
+                                       L" \x2401=\r\n"
+                                       L" }\r\n"));
+    EXPECT_EQ(Tree(Job(path)), "Title=Report;[Page]{Size=(210,297);}[1]{[2]{[3]{[4]{[5]{}"
+                               "a=b[c]=d=e[f]\r\n\x01\x1F\x01;}}}}\xE2\x90\x81=;")
+        << "a control picture comes back as the control character, and that of a name as its picture";
+}
+
+TEST(ProfileWrite, WhatTheFormCannotKeep)
+{
+    const TempFolder folder;
+    const Job job;
+    for (const wchar_t* name : {L"#a", L";b", L"{c", L"  d", L"e ", L""})
+        ProfSetStringW(job, nullptr, name, L" 1 ");
+    ASSERT_EQ(job.Save(folder.Path("file")), PROF_OK);
+    EXPECT_EQ(Tree(Job(folder.Path("file"))), "d= 1 ;e = 1 ;= 1 ;");
+}
+
+TEST(ProfileWrite, EmptyRootIsAnEmptyFile)
+{
+    const TempFolder folder;
+    const std::string path = folder.Make("file", "[/]\r\na=1\r\n");
+    const Job job(path);
+    ProfEmptyList(job, nullptr);
+    EXPECT_EQ(ProfSaveW(job, nullptr, PROF_FORM_TEXT), PROF_OK);
+    EXPECT_EQ(BytesOf(path), "");
+
+    ProfCreateListW(job, nullptr, L"l");
+    EXPECT_EQ(job.Save(path), PROF_OK);
+    EXPECT_EQ(BytesOf(path), Utf16File(L"[/]\r\n {\r\n [l]\r\n  {\r\n  }\r\n }\r\n"));
+}
+
+TEST(ProfileWrite, TargetsOfASave)
+{
+    const TempFolder folder;
+    const std::string path = folder.Make("File", "[/]\r\nvalue=a long one that is cut\r\n");
+    const Job held = Job::Exclusive(path);
+    ASSERT_EQ(held.Error(), PROF_OK);
+    ProfSetStringW(held, nullptr, L"value", L"1");
+    const std::string one = Utf16File(L"[/]\r\n {\r\n value=1\r\n }\r\n");
+    EXPECT_EQ(ProfSaveW(held, nullptr, PROF_FORM_TEXT), PROF_OK) << "the held file, in place";
+    EXPECT_EQ(BytesOf(path), one);
+    ProfSetStringW(held, nullptr, L"value", L"2");
+    EXPECT_EQ(held.Save(folder.Path("fILE")), PROF_OK) << "the held file by its name without case";
+    EXPECT_EQ(Tree(Job(path)), "value=2;");
+    EXPECT_EQ(held.Save(folder.Path("other")), PROF_OK);
+    EXPECT_EQ(Tree(Job(folder.Path("other"))), "value=2;");
+
+    const Job failed(folder.Path("missing"));
+    ProfSetStringW(failed, nullptr, L"a", L"1");
+    EXPECT_EQ(ProfSaveW(failed, nullptr, PROF_FORM_TEXT), PROF_OK) << "a failed open leaves a job like others";
+    EXPECT_EQ(failed.Error(), PROF_ERR_CANNOT_READ) << "saving doesn't touch it";
+    EXPECT_EQ(Tree(Job(folder.Path("missing"))), "a=1;");
+    EXPECT_EQ(failed.Save(folder.Path("refused.")), PROF_ERR_CANNOT_WRITE);
+    EXPECT_EQ(ProfSaveA(failed, Utf8(Wide(folder.Path("narrow")).View()).c_str(), PROF_FORM_TEXT), PROF_OK);
+    EXPECT_EQ(Tree(Job(folder.Path("narrow"))), "a=1;");
+}
+
+TEST(ProfileWrite, FormsToComeTouchNothing)
+{
+    const TempFolder folder;
+    const std::string path = folder.Make("file", "[/]\r\na=1\r\n");
+    const Job job(path);
+    for (const int32_t flags : {1, 2, 3, 15, int32_t{PROF_SAVE_PACKED}})
+        EXPECT_EQ(job.Save(path, flags), PROF_ERR_WRITE_FAILED) << flags;
+    EXPECT_EQ(BytesOf(path), "[/]\r\na=1\r\n");
+    EXPECT_EQ(job.Save(path, PROF_SAVE_PACKED_AS_LOADED | 0x100), PROF_OK) << "it was not packed, and 0x100 is ignored";
+}
+
+// A depth that would overflow any stack, and an indent that would fill the disk.
+TEST(ProfileLarge, DeepNesting)
+{
+    constexpr int kDepth = 100000;
+    const TempFolder folder;
+    std::string text = "[/]\n";
+    for (int i = 0; i < kDepth; ++i)
+        text += "[l]\n";
+    const Job job(folder.Make("deep", text + "leaf=1\n"));
+    ASSERT_EQ(job.Error(), PROF_OK);
+
+    const Job copy;
+    ASSERT_EQ(ProfCopyList(copy, nullptr, job, nullptr), PROF_OK);
+    ASSERT_EQ(copy.Save(folder.Path("saved")), PROF_OK);
+    const Job again(folder.Path("saved"));
+    Wide path("");
+    for (int i = 0; i < kDepth; ++i)
+        path += L"l/";
+    path += L"leaf";
+    EXPECT_EQ(Value(again, path), "1");
+    ProfDeleteItemW(again, nullptr, path);
+    EXPECT_EQ(Value(again, path), "(none)");
+    ProfDebugList(again, nullptr);
+    ProfDeleteListW(again, nullptr, L"l");
+    EXPECT_EQ(Tree(again), "");
+}
+
+TEST(ProfileLarge, ManyLeavesInOneList)
+{
+    constexpr int kLeaves = 300000;
+    const TempFolder folder;
+    const Job job;
+    for (int i = 0; i < kLeaves; ++i)
+        ProfSetStringW(job, nullptr, Wide("name" + std::to_string(i)), Wide(std::to_string(i)));
+    ASSERT_EQ(job.Save(folder.Path("large")), PROF_OK);
+    const Job again(folder.Path("large"));
+    for (int i = 0; i < kLeaves; ++i)
+        ASSERT_EQ(Value(again, Wide("name" + std::to_string(i))), std::to_string(i));
+    EXPECT_EQ(Value(again, L"name"), "(none)");
+    ASSERT_EQ(again.Save(folder.Path("again")), PROF_OK);
+    EXPECT_EQ(BytesOf(folder.Path("again")), BytesOf(folder.Path("large")));
+}

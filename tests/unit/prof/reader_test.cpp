@@ -1,0 +1,119 @@
+#include "core/module.h"
+#include "prof/line_reader.h"
+#include "prof/path.h"
+#include "unit/prof/job_support.h"
+
+#include <vector>
+
+using namespace qx;
+using namespace qxtest;
+
+namespace
+{
+
+class CodePageScope
+{
+public:
+    explicit CodePageScope(unsigned codePage) : _before(DefaultCodePage()) { defaultCodePage = codePage; }
+    ~CodePageScope() { defaultCodePage = _before; }
+    CodePageScope(const CodePageScope&) = delete;
+    CodePageScope& operator=(const CodePageScope&) = delete;
+
+private:
+    unsigned _before;
+};
+
+String LoadedFrom(std::string_view bytes)
+{
+    const MemoryStream stream(bytes);
+    clsFileRO file(stream);
+    const JobHolder job = NewJob();
+    EXPECT_TRUE(job->Load(file));
+    return Tree(job->Root());
+}
+
+std::vector<String> Lines(std::string_view bytes, UTFType encoding)
+{
+    const MemoryStream stream(bytes);
+    clsFileRO file(stream);
+    clsProfLineReader reader(file, encoding);
+    std::vector<String> lines;
+    String peeked = reader.PeekLine();
+    scProfLine line;
+    while (reader.NextLine(line))
+    {
+        EXPECT_EQ(line.length, wcslen(line.text));
+        EXPECT_STREQ(line.text, peeked);
+        lines.emplace_back(line.text);
+        peeked = reader.PeekLine();
+    }
+    EXPECT_FALSE(reader.NextLine(line));
+    return lines;
+}
+
+} // namespace
+
+TEST(ProfReader, LinesInEveryEncoding)
+{
+    const std::wstring_view text = L"\r\n\n \t a \t\rb\r\n\r\n \t \nc \u00E4";
+    const std::vector<String> expected{L"a \t", L"b", L"", L"c \u00E4"};
+    EXPECT_EQ(Lines(Bytes(text), UTFType::UTF16LE), expected);
+    EXPECT_EQ(Lines(Bytes(text), UTFType::UTF16BE), expected) << "read without swapping";
+    EXPECT_EQ(Lines("\r\n\n \t a \t\rb\r\n\r\n \t \nc \xC3\xA4", UTFType::UTF8), expected);
+    const CodePageScope scope(1252);
+    EXPECT_EQ(Lines("\r\n\n \t a \t\rb\r\n\r\n \t \nc \xE4", UTFType::Unknown), expected);
+
+    EXPECT_EQ(Lines("", UTFType::UTF16LE), std::vector<String>());
+    EXPECT_EQ(Lines("", UTFType::UTF8), std::vector<String>());
+    EXPECT_EQ(Lines("\r\n", UTFType::Unknown), std::vector<String>());
+    EXPECT_EQ(Lines(Bytes({L"a\0b\nc\0\0d", 9}), UTFType::UTF16LE), (std::vector<String>{L"a", L"c"}));
+    EXPECT_EQ(Lines({"a\0b\nc\0\0d", 9}, UTFType::UTF8), (std::vector<String>{L"a", L"c"}));
+}
+
+TEST(ProfReader, EightBitTextByTheCodePage)
+{
+    const struct
+    {
+        unsigned codePage;
+        const char* bytes;
+        const wchar_t* tree;
+    } cases[] = {
+        {1252, "[/]\ngr\xFC\xDF=\x80\n", L"gr\u00FC\u00DF=\u20AC;"},
+        {1251, "[/]\n\xEF\xF0=\xFF\n", L"\u043F\u0440=\u044F;"},
+        // The second byte of a character may be one of the syntax, as 0x5B and 0x7D here.
+        {932, "[/]\n\x83\x5B=\x83\x7D\n[\x83\x5B]\n", L"\u30BC=\u30DE;[\u30BC]{}"},
+    };
+    for (const auto& test : cases)
+    {
+        const CodePageScope scope(test.codePage);
+        EXPECT_STREQ(LoadedFrom(test.bytes), test.tree) << test.codePage;
+    }
+}
+
+TEST(ProfStream, ObjectHasNeitherMarkNorHead)
+{
+    const JobHolder source = NewJob(ProfMode::Hold, L"object", 3);
+    SetLeafByPath(source->Root(), L"a", L"1");
+    SetLeafByPath(source->Root(), L"l/b", L"2");
+    const MemoryStream stream(std::string(1000, 'x'));
+    EXPECT_EQ(source->Serialise(stream, 0), kProfOk);
+    EXPECT_EQ(stream.Bytes(), Bytes(L"   [object]\r\n\t{\r\n\ta=1\r\n\t[l]\r\n\t {\r\n\t b=2\r\n\t }\r\n\t}\r\n"));
+
+    const MemoryStream again(stream.Bytes());
+    clsFileRO file(again);
+    const JobHolder target = NewJob(ProfMode::Hold, L"object", 3);
+    EXPECT_TRUE(target->Load(file));
+    EXPECT_STREQ(Tree(target->Root()), L"[object]{a=1;[l]{b=2;}}") << "what it wrote comes back one list deeper";
+}
+
+TEST(ProfStream, SaveAndLoad)
+{
+    const JobHolder source = NewJob();
+    const MemoryStream stream("what is there goes");
+    EXPECT_EQ(source->Serialise(stream, 0), kProfOk);
+    EXPECT_EQ(stream.Bytes(), "");
+    SetLeafByPath(source->Root(), L"a", L"1");
+    EXPECT_EQ(source->Serialise(stream, 0), kProfOk);
+    EXPECT_STREQ(LoadedFrom(stream.Bytes()), L"a=1;");
+    EXPECT_EQ(source->Serialise(nullptr, 0), kProfCannotWrite) << "the job holds no stream";
+}
