@@ -121,10 +121,14 @@ TEST(ProfTree, BehavesLikeAPlainRowOfItems)
             const ModelItem* expected = model.Find(name, isInList);
             ASSERT_EQ(found != nullptr, expected != nullptr) << step;
             if (found != nullptr)
+            {
                 ASSERT_STREQ(found->ValueText(), String::FromInt(expected->value)) << step;
+            }
         }
         }
         if (step % 500 == 0)
+        {
             ASSERT_STREQ(Tree(list), model.Text()) << step;
+        }
     }
 }
