@@ -1,16 +1,16 @@
 // How the headers of the 16-bit C runtime bind its functions.
 #pragma once
 
-#include <features.h>
-
 #ifdef __cplusplus
 #define QXCRT_BEGIN                                                                                                    \
     extern "C"                                                                                                         \
     {
 #define QXCRT_END }
+#define QXCRT_NOEXCEPT noexcept
 #else
 #define QXCRT_BEGIN
 #define QXCRT_END
+#define QXCRT_NOEXCEPT
 #endif
 
 // The process holds other functions under the standard's names: those of the C library, made for characters of 32 bits,

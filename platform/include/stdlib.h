@@ -16,11 +16,11 @@ QXCRT_BEGIN
 // Takes a path apart at its last separator, which is `/` or `\`, and its last point. A part is left out by a null
 // buffer and size 0. If a part doesn't fit, all become empty, and the result is ERANGE.
 errno_t _wsplitpath_s(const wchar_t* path, wchar_t* drive, size_t driveSize, wchar_t* directory, size_t directorySize,
-    wchar_t* name, size_t nameSize, wchar_t* extension, size_t extensionSize) __THROW QXCRT(_wsplitpath_s);
+    wchar_t* name, size_t nameSize, wchar_t* extension, size_t extensionSize) QXCRT_NOEXCEPT QXCRT(_wsplitpath_s);
 
 // Puts the parts that aren't null or empty together, with the colon, the separator `/` and the point that are missing.
 // If the path doesn't fit it becomes empty, and the result is ERANGE.
 errno_t _wmakepath_s(wchar_t* path, size_t size, const wchar_t* drive, const wchar_t* directory, const wchar_t* name,
-    const wchar_t* extension) __THROW QXCRT(_wmakepath_s);
+    const wchar_t* extension) QXCRT_NOEXCEPT QXCRT(_wmakepath_s);
 
 QXCRT_END

@@ -38,39 +38,39 @@ typedef int errno_t;
 QXCRT_BEGIN
 
 // Lengths, copies, comparisons. A comparison is by unsigned code unit.
-size_t wcslen(const wchar_t* text) __THROW QXCRT(wcslen);
-size_t wcsnlen(const wchar_t* text, size_t limit) __THROW QXCRT(wcsnlen);
-wchar_t* wcscpy(wchar_t* target, const wchar_t* source) __THROW QXCRT(wcscpy);
-wchar_t* wcsncpy(wchar_t* target, const wchar_t* source, size_t count) __THROW QXCRT(wcsncpy);
-wchar_t* wcscat(wchar_t* target, const wchar_t* source) __THROW QXCRT(wcscat);
-wchar_t* wcsncat(wchar_t* target, const wchar_t* source, size_t count) __THROW QXCRT(wcsncat);
-int wcscmp(const wchar_t* a, const wchar_t* b) __THROW QXCRT(wcscmp);
-int wcsncmp(const wchar_t* a, const wchar_t* b, size_t count) __THROW QXCRT(wcsncmp);
-int wmemcmp(const wchar_t* a, const wchar_t* b, size_t count) __THROW QXCRT(wmemcmp);
-wchar_t* wmemset(wchar_t* target, wchar_t c, size_t count) __THROW QXCRT(wmemset);
+size_t wcslen(const wchar_t* text) QXCRT_NOEXCEPT QXCRT(wcslen);
+size_t wcsnlen(const wchar_t* text, size_t limit) QXCRT_NOEXCEPT QXCRT(wcsnlen);
+wchar_t* wcscpy(wchar_t* target, const wchar_t* source) QXCRT_NOEXCEPT QXCRT(wcscpy);
+wchar_t* wcsncpy(wchar_t* target, const wchar_t* source, size_t count) QXCRT_NOEXCEPT QXCRT(wcsncpy);
+wchar_t* wcscat(wchar_t* target, const wchar_t* source) QXCRT_NOEXCEPT QXCRT(wcscat);
+wchar_t* wcsncat(wchar_t* target, const wchar_t* source, size_t count) QXCRT_NOEXCEPT QXCRT(wcsncat);
+int wcscmp(const wchar_t* a, const wchar_t* b) QXCRT_NOEXCEPT QXCRT(wcscmp);
+int wcsncmp(const wchar_t* a, const wchar_t* b, size_t count) QXCRT_NOEXCEPT QXCRT(wcsncmp);
+int wmemcmp(const wchar_t* a, const wchar_t* b, size_t count) QXCRT_NOEXCEPT QXCRT(wmemcmp);
+wchar_t* wmemset(wchar_t* target, wchar_t c, size_t count) QXCRT_NOEXCEPT QXCRT(wmemset);
 
 // These fold A to Z and nothing else.
-int _wcsicmp(const wchar_t* a, const wchar_t* b) __THROW QXCRT(_wcsicmp);
-int _wcsnicmp(const wchar_t* a, const wchar_t* b, size_t count) __THROW QXCRT(_wcsnicmp);
-int wcscasecmp(const wchar_t* a, const wchar_t* b) __THROW QXCRT(_wcsicmp); // the name that GoogleTest uses
-wchar_t* _wcsupr(wchar_t* text) __THROW QXCRT(_wcsupr);
-wchar_t* _wcslwr(wchar_t* text) __THROW QXCRT(_wcslwr);
+int _wcsicmp(const wchar_t* a, const wchar_t* b) QXCRT_NOEXCEPT QXCRT(_wcsicmp);
+int _wcsnicmp(const wchar_t* a, const wchar_t* b, size_t count) QXCRT_NOEXCEPT QXCRT(_wcsnicmp);
+int wcscasecmp(const wchar_t* a, const wchar_t* b) QXCRT_NOEXCEPT QXCRT(_wcsicmp); // the name that GoogleTest uses
+wchar_t* _wcsupr(wchar_t* text) QXCRT_NOEXCEPT QXCRT(_wcsupr);
+wchar_t* _wcslwr(wchar_t* text) QXCRT_NOEXCEPT QXCRT(_wcslwr);
 
-wchar_t* _wcsdup(const wchar_t* text) __THROW QXCRT(_wcsdup); // to be given back by free()
+wchar_t* _wcsdup(const wchar_t* text) QXCRT_NOEXCEPT QXCRT(_wcsdup); // to be given back by free()
 
 // Searches.
-size_t wcsspn(const wchar_t* text, const wchar_t* accepted) __THROW QXCRT(wcsspn);
-size_t wcscspn(const wchar_t* text, const wchar_t* rejected) __THROW QXCRT(wcscspn);
-wchar_t* wcstok(wchar_t* text, const wchar_t* separators, wchar_t** next) __THROW QXCRT(wcstok);
+size_t wcsspn(const wchar_t* text, const wchar_t* accepted) QXCRT_NOEXCEPT QXCRT(wcsspn);
+size_t wcscspn(const wchar_t* text, const wchar_t* rejected) QXCRT_NOEXCEPT QXCRT(wcscspn);
+wchar_t* wcstok(wchar_t* text, const wchar_t* separators, wchar_t** next) QXCRT_NOEXCEPT QXCRT(wcstok);
 
 static inline __attribute__((always_inline)) wchar_t* wmemcpy(
-    wchar_t* target, const wchar_t* source, size_t count) __THROW
+    wchar_t* target, const wchar_t* source, size_t count) QXCRT_NOEXCEPT
 {
     return (wchar_t*)__builtin_memcpy(target, source, count * sizeof(wchar_t));
 }
 
 static inline __attribute__((always_inline)) wchar_t* wmemmove(
-    wchar_t* target, const wchar_t* source, size_t count) __THROW
+    wchar_t* target, const wchar_t* source, size_t count) QXCRT_NOEXCEPT
 {
     return (wchar_t*)__builtin_memmove(target, source, count * sizeof(wchar_t));
 }
@@ -92,22 +92,23 @@ int _scwprintf(const wchar_t* format, ...) QXCRT(_scwprintf);
 // Numbers from text. `*end` is set behind the number, or to `text` if there is none.
 // The range of wcstol and wcstoul is that of 32 bits, as everywhere with the Microsoft runtime, though `long` has 64
 // here: what is greater gives 0x7fffffff or 0xffffffff and the error ERANGE, and -1 as unsigned is 0xffffffff.
-long wcstol(const wchar_t* text, wchar_t** end, int base) __THROW QXCRT(wcstol);
-unsigned long wcstoul(const wchar_t* text, wchar_t** end, int base) __THROW QXCRT(wcstoul);
-long long _wcstoi64(const wchar_t* text, wchar_t** end, int base) __THROW QXCRT(_wcstoi64);
-unsigned long long _wcstoui64(const wchar_t* text, wchar_t** end, int base) __THROW QXCRT(_wcstoui64);
-long long wcstoll(const wchar_t* text, wchar_t** end, int base) __THROW QXCRT(_wcstoi64);
-unsigned long long wcstoull(const wchar_t* text, wchar_t** end, int base) __THROW QXCRT(_wcstoui64);
-double wcstod(const wchar_t* text, wchar_t** end) __THROW QXCRT(wcstod);
-int _wtoi(const wchar_t* text) __THROW QXCRT(_wtoi);
-long long _wtoi64(const wchar_t* text) __THROW QXCRT(_wtoi64);
+long wcstol(const wchar_t* text, wchar_t** end, int base) QXCRT_NOEXCEPT QXCRT(wcstol);
+unsigned long wcstoul(const wchar_t* text, wchar_t** end, int base) QXCRT_NOEXCEPT QXCRT(wcstoul);
+long long _wcstoi64(const wchar_t* text, wchar_t** end, int base) QXCRT_NOEXCEPT QXCRT(_wcstoi64);
+unsigned long long _wcstoui64(const wchar_t* text, wchar_t** end, int base) QXCRT_NOEXCEPT QXCRT(_wcstoui64);
+long long wcstoll(const wchar_t* text, wchar_t** end, int base) QXCRT_NOEXCEPT QXCRT(_wcstoi64);
+unsigned long long wcstoull(const wchar_t* text, wchar_t** end, int base) QXCRT_NOEXCEPT QXCRT(_wcstoui64);
+double wcstod(const wchar_t* text, wchar_t** end) QXCRT_NOEXCEPT QXCRT(wcstod);
+int _wtoi(const wchar_t* text) QXCRT_NOEXCEPT QXCRT(_wtoi);
+long long _wtoi64(const wchar_t* text) QXCRT_NOEXCEPT QXCRT(_wtoi64);
 
 // The scanner of the Microsoft dialect, for numbers: %d %i %u %o %x %X %p with a width and a size, `*`, %n, %%. The
 // result is the count of stored numbers, or -1 if the text is empty. A number that is too great loses its upper bits.
 int _snwscanf(const wchar_t* text, size_t length, const wchar_t* format, ...) QXCRT(_snwscanf);
 
 // A time by %Y %y %m %d %H %M %S; the length, or 0 if the text doesn't fit or another conversion is asked for.
-size_t wcsftime(wchar_t* target, size_t size, const wchar_t* format, const struct tm* time) __THROW QXCRT(wcsftime);
+size_t wcsftime(wchar_t* target, size_t size, const wchar_t* format, const struct tm* time) QXCRT_NOEXCEPT
+    QXCRT(wcsftime);
 
 QXCRT_END
 
@@ -115,16 +116,16 @@ QXCRT_END
 // name.
 #ifdef __cplusplus
 #define __CORRECT_ISO_CPP_WCHAR_H_PROTO
-extern "C++" const wchar_t* wcschr(const wchar_t* text, wchar_t c) __THROW QXCRT(wcschr);
-extern "C++" const wchar_t* wcsrchr(const wchar_t* text, wchar_t c) __THROW QXCRT(wcsrchr);
-extern "C++" const wchar_t* wcsstr(const wchar_t* text, const wchar_t* part) __THROW QXCRT(wcsstr);
-extern "C++" const wchar_t* wcspbrk(const wchar_t* text, const wchar_t* wanted) __THROW QXCRT(wcspbrk);
-extern "C++" const wchar_t* wmemchr(const wchar_t* text, wchar_t c, size_t count) __THROW QXCRT(wmemchr);
-extern "C++" wchar_t* wcschr(wchar_t* text, wchar_t c) __THROW QXCRT(wcschr);
-extern "C++" wchar_t* wcsrchr(wchar_t* text, wchar_t c) __THROW QXCRT(wcsrchr);
-extern "C++" wchar_t* wcsstr(wchar_t* text, const wchar_t* part) __THROW QXCRT(wcsstr);
-extern "C++" wchar_t* wcspbrk(wchar_t* text, const wchar_t* wanted) __THROW QXCRT(wcspbrk);
-extern "C++" wchar_t* wmemchr(wchar_t* text, wchar_t c, size_t count) __THROW QXCRT(wmemchr);
+extern "C++" const wchar_t* wcschr(const wchar_t* text, wchar_t c) QXCRT_NOEXCEPT QXCRT(wcschr);
+extern "C++" const wchar_t* wcsrchr(const wchar_t* text, wchar_t c) QXCRT_NOEXCEPT QXCRT(wcsrchr);
+extern "C++" const wchar_t* wcsstr(const wchar_t* text, const wchar_t* part) QXCRT_NOEXCEPT QXCRT(wcsstr);
+extern "C++" const wchar_t* wcspbrk(const wchar_t* text, const wchar_t* wanted) QXCRT_NOEXCEPT QXCRT(wcspbrk);
+extern "C++" const wchar_t* wmemchr(const wchar_t* text, wchar_t c, size_t count) QXCRT_NOEXCEPT QXCRT(wmemchr);
+extern "C++" wchar_t* wcschr(wchar_t* text, wchar_t c) QXCRT_NOEXCEPT QXCRT(wcschr);
+extern "C++" wchar_t* wcsrchr(wchar_t* text, wchar_t c) QXCRT_NOEXCEPT QXCRT(wcsrchr);
+extern "C++" wchar_t* wcsstr(wchar_t* text, const wchar_t* part) QXCRT_NOEXCEPT QXCRT(wcsstr);
+extern "C++" wchar_t* wcspbrk(wchar_t* text, const wchar_t* wanted) QXCRT_NOEXCEPT QXCRT(wcspbrk);
+extern "C++" wchar_t* wmemchr(wchar_t* text, wchar_t c, size_t count) QXCRT_NOEXCEPT QXCRT(wmemchr);
 #else
 wchar_t* wcschr(const wchar_t* text, wchar_t c) QXCRT(wcschr);
 wchar_t* wcsrchr(const wchar_t* text, wchar_t c) QXCRT(wcsrchr);

@@ -16,10 +16,10 @@ typedef const int* wctrans_t;
 QXCRT_BEGIN
 
 // A to Z only; other letters have their case by LCMapStringW.
-wint_t towlower(wint_t c) __THROW QXCRT(towlower);
-wint_t towupper(wint_t c) __THROW QXCRT(towupper);
+wint_t towlower(wint_t c) QXCRT_NOEXCEPT QXCRT(towlower);
+wint_t towupper(wint_t c) QXCRT_NOEXCEPT QXCRT(towupper);
 // The blanks of all scripts: the runtime's types of characters don't depend on the locale.
-int iswspace(wint_t c) __THROW QXCRT(iswspace);
+int iswspace(wint_t c) QXCRT_NOEXCEPT QXCRT(iswspace);
 
 // Declared because <cwctype> names them; a call doesn't compile.
 #define QXCRT_NO_TYPE QXCRT_NOT_HERE("use GetStringTypeW")
