@@ -1,6 +1,8 @@
 // Global memory, FormatMessageW, pointer tests and what has no header of its own.
 #pragma once
 
+#include <stdarg.h>
+
 #include <minwindef.h>
 
 #define GMEM_FIXED 0x0000
@@ -77,5 +79,16 @@ QXPLATFORM_API HLOCAL WINAPI LocalFree(HLOCAL memory);
 #define IS_TEXT_UNICODE_NOT_UNICODE_MASK 0x0F00
 #define IS_TEXT_UNICODE_NOT_ASCII_MASK 0xF000
 QXPLATFORM_API BOOL WINAPI IsTextUnicode(const VOID* lpv, int iSize, LPINT lpiResult);
+
+#define FORMAT_MESSAGE_ALLOCATE_BUFFER 0x00000100
+#define FORMAT_MESSAGE_IGNORE_INSERTS 0x00000200
+#define FORMAT_MESSAGE_FROM_STRING 0x00000400
+#define FORMAT_MESSAGE_FROM_HMODULE 0x00000800
+#define FORMAT_MESSAGE_FROM_SYSTEM 0x00001000
+#define FORMAT_MESSAGE_ARGUMENT_ARRAY 0x00002000
+#define FORMAT_MESSAGE_MAX_WIDTH_MASK 0x000000FF
+QXPLATFORM_API DWORD WINAPI FormatMessageW(DWORD dwFlags, LPCVOID lpSource, DWORD dwMessageId, DWORD dwLanguageId,
+    LPWSTR lpBuffer, DWORD nSize, va_list* Arguments);
+#define FormatMessage FormatMessageW
 
 EXTERN_C_END

@@ -1,0 +1,63 @@
+// The arguments of a message, by number.
+#pragma once
+
+#include <minwindef.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdarg>
+
+namespace qxplatform
+{
+
+class MessageArguments
+{
+public:
+    static constexpr unsigned MAX_STARS = 2; // for width and precision, which stand in front of a value
+
+    struct Insert
+    {
+        std::array<int, MAX_STARS> stars;
+        DWORD_PTR value;
+    };
+
+    // Either may be null, and both mean that there are no arguments. The list is read as far as numbers ask for, since
+    // only the message knows how many there are.
+    MessageArguments(va_list* list, const DWORD_PTR* array) : _list(list), _array(array) {}
+
+    bool Any() const { return _list != nullptr || _array != nullptr; }
+
+    // `number` counts from 1 to 99.
+    Insert Read(unsigned number, unsigned stars)
+    {
+        std::array<DWORD_PTR, MAX_STARS + 1> values{};
+        for (unsigned i = 0; i <= stars; ++i)
+            values[i] = _array != nullptr ? _array[number - 1 + i] : FromList(number, i);
+        return {{static_cast<int>(values[0]), static_cast<int>(values[1])}, values[stars]};
+    }
+
+private:
+    static constexpr unsigned MAX_NUMBER = 99;
+
+    // In an array each value has its number. In a list, as documented by example, the one in front of an insert's
+    // others has the insert's number only until the next is read: "%1!*.*s! %3" names the first and the fourth.
+    DWORD_PTR FromList(unsigned number, unsigned behind)
+    {
+        if (behind == 0)
+        {
+            while (_read < number)
+                _values[_read++] = va_arg(*_list, DWORD_PTR);
+            return _values[number - 1];
+        }
+        const unsigned slot = number + behind - 2;
+        _read = std::max(_read, slot + 1);
+        return _values[slot] = va_arg(*_list, DWORD_PTR);
+    }
+
+    va_list* _list;
+    const DWORD_PTR* _array;
+    std::array<DWORD_PTR, MAX_NUMBER + MAX_STARS> _values{};
+    unsigned _read = 0;
+};
+
+} // namespace qxplatform

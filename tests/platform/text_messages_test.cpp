@@ -1,0 +1,210 @@
+// FormatMessageW: escapes, inserts, line widths, buffers, texts of system errors.
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <cstdarg>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace
+{
+
+using namespace std::string_view_literals;
+
+// The result as ASCII, with line breaks as they are; or "error N".
+std::string Result(DWORD length, const wchar_t* buffer)
+{
+    if (length == 0)
+        return "error " + std::to_string(GetLastError());
+    EXPECT_EQ(buffer[length], 0);
+    std::string text;
+    for (DWORD i = 0; i < length; ++i)
+        text += buffer[i] < 0x80 ? static_cast<char>(buffer[i]) : '?';
+    return text;
+}
+
+std::string Format(DWORD flags, const wchar_t* message, ...)
+{
+    va_list arguments;
+    va_start(arguments, message);
+    wchar_t buffer[500];
+    SetLastError(ERROR_SUCCESS);
+    const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_STRING | flags, message, 0, 0, buffer, 500, &arguments);
+    va_end(arguments);
+    return Result(length, buffer);
+}
+
+TEST(Messages, Escapes)
+{
+    struct Case
+    {
+        const wchar_t* message;
+        const char* result;
+        const char* withoutInserts;
+    };
+    constexpr Case CASES[] = {
+        {L"plain", "plain", "plain"},
+        {L"%%|%.|%!|% |", "%|.|!| |", "%%|%.|%!|% |"},
+        {L"a%nb%tc%rd", "a\r\nb\tc\rd", "a\r\nb\tc\rd"},
+        {L"%q", "q", "%q"},
+        {L"a%0b", "a", "a"},
+        {L"a\nb\r\nc\rd", "a\r\nb\r\nc\r\nd", "a\r\nb\r\nc\r\nd"},
+        {L"", "error 235", "error 235"},
+        {L"a%", "error 87", "error 87"},
+    };
+    for (const Case& row : CASES)
+    {
+        EXPECT_EQ(Format(0, row.message), row.result);
+        EXPECT_EQ(Format(FORMAT_MESSAGE_IGNORE_INSERTS, row.message), row.withoutInserts);
+    }
+#ifndef _WIN32
+    EXPECT_EQ(Format(0, L"a%bc"), "a c"); // a blank by the documentation of message files, which Wine does not know
+#endif
+}
+
+TEST(Messages, Inserts)
+{
+    EXPECT_EQ(Format(0, L"%2-%1-%2", L"a", L"b"), "b-a-b");
+    EXPECT_EQ(Format(0, L"%1!s!%2!ws!%3!ls!%4!hs!%5!S!", L"a", L"b", L"c", "d", "e"), "abcde");
+    EXPECT_EQ(Format(0, L"%1!d! %1!5d!|%1!-5d!|%1!05u!", 42), "42    42|42   |00042");
+    EXPECT_EQ(Format(0, L"%1!u! %1!d! %1!x! %1!#X!", -1), "4294967295 -1 ffffffff 0XFFFFFFFF");
+    EXPECT_EQ(Format(0, L"%1!I64d! %2!c!", 0x123456789abLL, 'z'), "1250999896491 z");
+    EXPECT_EQ(Format(0, L"%1!.2s!|%1!6.3s!", L"abcdef"), "ab|   abc");
+    // The documentation's example: the numbers of a list are not those of an array.
+    EXPECT_EQ(Format(0, L"%1!*.*s! %3 %4!*s!", 4, 2, L"Bill", L"Bob", 6, L"Bill"), "  Bi Bob   Bill");
+    EXPECT_EQ(Format(0, L"%1!*d! %2!d! %1!d!", 6, 10, 20), "    10 20 10");
+    EXPECT_EQ(Format(0, L"%2!d! %1!*d! %3!d!", 6, 10, 20, 30), "10     20 30");
+    EXPECT_EQ(
+        Format(0, L"%10x%11", L"1", L"2", L"3", L"4", L"5", L"6", L"7", L"8", L"9", L"ten", L"eleven"), "tenxeleven");
+    EXPECT_EQ(Format(0, L"%1", nullptr), "(null)");
+    EXPECT_EQ(Format(0, L"%1", L"%2 %n"), "%2 %n");
+    EXPECT_EQ(Format(FORMAT_MESSAGE_IGNORE_INSERTS, L"%1 %2!d! %10"), "%1 %2!d! %10");
+    EXPECT_EQ(Format(0, L"%1!", L"x"), "error 87");
+    EXPECT_EQ(Format(0, L"%1!d", 7), "error 87");
+
+    const std::vector<wchar_t> longText(400, L'x');
+    EXPECT_EQ(Format(0, L"%1!.400s!", longText.data()), std::string(400, 'x'));
+}
+
+#ifndef _WIN32
+// Whatever could make the formatter write, or read something else than the argument is, is plain text; Wine hands it
+// to the formatter.
+TEST(Messages, FormatsThatAreNone)
+{
+    EXPECT_EQ(Format(0, L"%1!n!|%1!f!|%1!s%s!|%1!%!", L"x"), "n|f|s%s|%");
+    EXPECT_EQ(Format(0, L"%1!**d!", 7), "**d");
+    EXPECT_EQ(Format(0, L"%1!99999999d!", 7), "error 87");
+}
+#endif
+
+TEST(Messages, ArgumentsAsArray)
+{
+    DWORD_PTR values[] = {reinterpret_cast<DWORD_PTR>(L"one"), 2, reinterpret_cast<DWORD_PTR>(L"three")};
+    wchar_t buffer[100];
+    const DWORD flags = FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY;
+    const auto arguments = reinterpret_cast<va_list*>(values);
+    EXPECT_EQ(Result(FormatMessageW(flags, L"%3 %2!d! %1", 0, 0, buffer, 100, arguments), buffer), "three 2 one");
+    EXPECT_EQ(Result(FormatMessageW(flags, L"%1", 0, 0, buffer, 100, nullptr), buffer), "error 87");
+    DWORD_PTR numbers[] = {6, 3, 10, 20, 4, 40};
+    const auto array = reinterpret_cast<va_list*>(numbers);
+    EXPECT_EQ(
+        Result(FormatMessageW(flags, L"%1!*.*d! %4!d! %5!*d!", 0, 0, buffer, 100, array), buffer), "   010 20   40");
+}
+
+TEST(Messages, LineWidths)
+{
+    constexpr DWORD ONE_LINE = FORMAT_MESSAGE_MAX_WIDTH_MASK;
+    EXPECT_EQ(Format(ONE_LINE, L"a\nb\r\nc  d%nx"), "a b c  d\r\nx");
+    EXPECT_EQ(Format(ONE_LINE, L"%1", L"w\nx"), "w\nx");
+    EXPECT_EQ(Format(10, L"the quick brown fox jumps"), "the quick\r\nbrown fox\r\njumps");
+    EXPECT_EQ(Format(10, L"the quick\r\nbrown fox jumps"), "the quick\r\nbrown fox\r\njumps");
+    EXPECT_EQ(Format(10, L"%1 %1 %1", L"abc def"), "abc def\r\nabc def\r\nabc def");
+    EXPECT_EQ(Format(10, L"aaaa     bbbb     cccc"), "aaaa\r\nbbbb\r\ncccc");
+    EXPECT_EQ(Format(10, L"aaaa bbbb%ncccc dddd eeee"), "aaaa bbbb\r\ncccc dddd\r\neeee");
+    EXPECT_EQ(Format(4, L"abcde fgh"), "abcd\r\ne\r\nfgh");
+    EXPECT_EQ(Format(10 | FORMAT_MESSAGE_IGNORE_INSERTS, L"the quick %1 brown fox"), "the quick\r\n%1 brown\r\nfox");
+}
+
+TEST(Messages, Buffers)
+{
+    wchar_t buffer[] = L"#######";
+    const DWORD fromString = FORMAT_MESSAGE_FROM_STRING;
+    EXPECT_EQ(FormatMessageW(fromString, L"abc", 0, 0, buffer, 4, nullptr), 3u);
+    EXPECT_EQ(buffer, L"abc"sv);
+    EXPECT_EQ(FormatMessageW(fromString, L"abc", 0, 0, buffer, 3, nullptr), 0u);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
+    EXPECT_EQ(buffer[4], L'#');
+
+    wchar_t* allocated = buffer;
+    const DWORD allocate = FORMAT_MESSAGE_ALLOCATE_BUFFER | fromString;
+    const auto target = reinterpret_cast<LPWSTR>(&allocated);
+    EXPECT_EQ(FormatMessageW(allocate, L"abc", 0, 0, target, 0, nullptr), 3u);
+    ASSERT_NE(allocated, nullptr);
+    EXPECT_EQ(allocated, L"abc"sv);
+    EXPECT_EQ(LocalFree(allocated), nullptr);
+    EXPECT_EQ(FormatMessageW(allocate, L"%", 0, 0, target, 0, nullptr), 0u);
+    EXPECT_EQ(allocated, nullptr);
+
+    for (const DWORD flags : {fromString, allocate})
+    {
+        SetLastError(ERROR_SUCCESS);
+        EXPECT_EQ(FormatMessageW(flags, L"abc", 0, 0, nullptr, 0, nullptr), 0u);
+        EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
+    }
+    SetLastError(ERROR_SUCCESS);
+    EXPECT_EQ(FormatMessageW(0, L"abc", 0, 0, buffer, 4, nullptr), 0u);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
+}
+
+std::string SystemText(DWORD code, DWORD language = LANG_USER_DEFAULT, DWORD flags = FORMAT_MESSAGE_IGNORE_INSERTS)
+{
+    wchar_t buffer[500];
+    SetLastError(ERROR_SUCCESS);
+    const DWORD length =
+        FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | flags, nullptr, code, language, buffer, 500, nullptr);
+    return Result(length, buffer);
+}
+
+TEST(SystemMessages, UnknownCodesAndMissingArguments)
+{
+    EXPECT_EQ(SystemText(0xdeadbeef), "error 317");
+    EXPECT_EQ(SystemText(0xc0000005), "error 317");
+    EXPECT_EQ(SystemText(ERROR_BAD_EXE_FORMAT, LANG_USER_DEFAULT, 0), "error 87");
+    EXPECT_EQ(SystemText(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND)), SystemText(ERROR_FILE_NOT_FOUND));
+    EXPECT_NE(SystemText(ERROR_FILE_NOT_FOUND), SystemText(ERROR_PATH_NOT_FOUND));
+}
+
+#ifndef _WIN32
+// Wine has wordings and languages of its own.
+TEST(SystemMessages, Texts)
+{
+    struct Case
+    {
+        DWORD code;
+        const char* text;
+    };
+    const Case cases[] = {
+        {ERROR_SUCCESS, "The operation completed successfully.\r\n"},
+        {ERROR_FILE_NOT_FOUND, "The system cannot find the file specified.\r\n"},
+        {ERROR_ACCESS_DENIED, "Access is denied.\r\n"},
+        {ERROR_SHARING_VIOLATION,
+            "The process cannot access the file because it is being used by another process.\r\n"},
+        {ERROR_BAD_EXE_FORMAT, "%1 is not a valid Win32 application.\r\n"},
+        {ERROR_NO_MORE_ITEMS, "No more data is available.\r\n"},
+        {10061, "No connection could be made because the target machine actively refused it.\r\n"},
+        {static_cast<DWORD>(E_NOTIMPL), "Not implemented\r\n"},
+        {static_cast<DWORD>(E_ACCESSDENIED), "Access is denied.\r\n"},
+        {static_cast<DWORD>(STG_E_READFAULT), "A disk error occurred during a read operation.\r\n"},
+    };
+    for (const Case& row : cases)
+        EXPECT_EQ(SystemText(row.code), row.text) << row.code;
+    EXPECT_EQ(SystemText(ERROR_FILE_NOT_FOUND, 0), SystemText(ERROR_FILE_NOT_FOUND, 0x409));
+    EXPECT_EQ(SystemText(ERROR_FILE_NOT_FOUND, 0x407), "error 1815");
+    EXPECT_EQ(SystemText(ERROR_FILE_NOT_FOUND, 0, FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK),
+        "The system cannot find the file specified. ");
+}
+#endif
+
+} // namespace
