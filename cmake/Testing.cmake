@@ -16,14 +16,16 @@ foreach(library gtest gtest_main gmock gmock_main)
     endif()
 endforeach()
 
-# qx_add_test(NAME program SOURCES ... [LINKS ...] [DEPENDS ...]): a GoogleTest program whose cases are ctest's tests.
-# QXUT_TEST_DATA names tests/data; QXUT_BINARY_DIR names the folder of the built programs.
+# qx_add_test(NAME program [USES_DATA] SOURCES ... [LINKS ...] [DEPENDS ...]): a GoogleTest program whose cases are ctest's tests.
+# With USES_DATA the sources know tests/data as
+# QXUT_TEST_DATA; the others stay free of paths, so that a compiler cache serves several trees.
 function(qx_add_test)
-    cmake_parse_arguments(ARG "" "NAME" "SOURCES;LINKS;DEPENDS" ${ARGN})
+    cmake_parse_arguments(ARG "USES_DATA" "NAME" "SOURCES;LINKS;DEPENDS" ${ARGN})
     add_executable(${ARG_NAME} ${ARG_SOURCES})
     target_include_directories(${ARG_NAME} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
-    target_compile_definitions(${ARG_NAME} PRIVATE
-        QXUT_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data" QXUT_BINARY_DIR="${CMAKE_BINARY_DIR}")
+    if(ARG_USES_DATA)
+        target_compile_definitions(${ARG_NAME} PRIVATE QXUT_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")
+    endif()
     target_link_libraries(${ARG_NAME} PRIVATE qx_options ${ARG_LINKS} gmock gtest_main)
     if(ARG_DEPENDS)
         add_dependencies(${ARG_NAME} ${ARG_DEPENDS})
