@@ -28,9 +28,8 @@ protected:
     }
     void TearDown() override
     {
-        RemoveAllBelow(_key);
         EXPECT_EQ(RegCloseKey(_key), ERROR_SUCCESS);
-        EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, Root()), ERROR_SUCCESS);
+        EXPECT_EQ(RegDeleteTreeW(HKEY_CURRENT_USER, Root()), ERROR_SUCCESS);
     }
 
     HKEY Create(HKEY parent, const wchar_t* name, REGSAM access = KEY_ALL_ACCESS, DWORD expectedDisposition = 0)
@@ -57,21 +56,6 @@ protected:
     HKEY _key = nullptr;
 
 private:
-    static void RemoveAllBelow(HKEY key)
-    {
-        wchar_t name[256];
-        DWORD size = 256;
-        while (RegEnumKeyExW(key, 0, name, &size, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS)
-        {
-            HKEY child = nullptr;
-            ASSERT_EQ(RegOpenKeyExW(key, name, 0, KEY_READ, &child), ERROR_SUCCESS);
-            RemoveAllBelow(child);
-            RegCloseKey(child);
-            ASSERT_EQ(RegDeleteKeyW(key, name), ERROR_SUCCESS);
-            size = 256;
-        }
-    }
-
     std::u16string _root;
 };
 
@@ -268,6 +252,21 @@ TEST_F(Registry, DeletedKeysAndStaleHandlesAreTold)
         EXPECT_EQ(RegDeleteKeyW(bad, L"x"), ERROR_INVALID_HANDLE);
         EXPECT_EQ(RegCloseKey(bad), ERROR_INVALID_HANDLE);
     }
+}
+
+TEST_F(Registry, TreesAreDeletedWithAllBelow)
+{
+    RegCloseKey(Create(_key, L"a\\b\\c"));
+    RegCloseKey(Create(_key, L"d"));
+    SetText(_key, L"v", L"x\0"sv);
+    HKEY key = nullptr;
+    EXPECT_EQ(RegDeleteTreeW(_key, L"A"), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteTreeW(_key, L"A"), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Open(_key, L"a\\b\\c", key), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(RegDeleteTreeW(_key, nullptr), ERROR_SUCCESS) << "the key itself stays";
+    EXPECT_EQ(Open(_key, L"d", key), ERROR_FILE_NOT_FOUND);
+    DWORD size = 0;
+    EXPECT_EQ(RegQueryValueExW(_key, L"v", nullptr, nullptr, nullptr, &size), ERROR_FILE_NOT_FOUND);
 }
 
 TEST_F(Registry, ListsKeysAndValues)

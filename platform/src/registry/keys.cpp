@@ -37,6 +37,34 @@ bool Exists(const OpenKey& key)
                { return root.Find(key.path) != nullptr ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND; }) == ERROR_SUCCESS;
 }
 
+enum class Below
+{
+    Refuse, // a key with keys below it isn't removed
+    Remove
+};
+
+LSTATUS Remove(const OpenKey& key, Below below)
+{
+    if (key.path.empty())
+        return ERROR_ACCESS_DENIED; // a predefined key
+    // Asked first, so that nothing is written, not even the lock, for what isn't there.
+    if (!Exists(key))
+        return ERROR_FILE_NOT_FOUND;
+    return key.hive.Change(
+        [&](RegistryKey& root) -> LSTATUS
+        {
+            const RegistryKey* const found = root.Find(key.path);
+            if (found == nullptr)
+                return ERROR_FILE_NOT_FOUND;
+            if (below == Below::Refuse && !found->keys.empty())
+                return ERROR_ACCESS_DENIED;
+            KeyPath parent = key.path;
+            parent.pop_back();
+            root.Find(parent)->keys.erase(FoldName(key.path.back()));
+            return ERROR_SUCCESS;
+        });
+}
+
 } // namespace
 
 LSTATUS WINAPI RegOpenKeyExW(HKEY key, LPCWSTR subKey, DWORD, REGSAM access, PHKEY result)
@@ -119,23 +147,23 @@ LSTATUS WINAPI RegDeleteKeyW(HKEY key, LPCWSTR subKey)
     const LSTATUS status = Locate(key, subKey, located);
     if (status != ERROR_SUCCESS)
         return status;
-    if (located->path.empty())
-        return ERROR_ACCESS_DENIED;
-    if (!Exists(*located))
-        return ERROR_FILE_NOT_FOUND;
-    return located->hive.Change(
-        [&](RegistryKey& root) -> LSTATUS
+    return Remove(*located, Below::Refuse);
+}
+
+LSTATUS WINAPI RegDeleteTreeW(HKEY handle, LPCWSTR subKey)
+{
+    if (subKey != nullptr && *subKey != 0)
+    {
+        Ref<OpenKey> located;
+        const LSTATUS status = Locate(handle, subKey, located);
+        return status == ERROR_SUCCESS ? Remove(*located, Below::Remove) : status;
+    }
+    // Without a sub key the key itself stays, empty.
+    return ChangeKey(handle, KEY_ENUMERATE_SUB_KEYS | KEY_QUERY_VALUE | KEY_SET_VALUE,
+        [](RegistryKey& key) -> LSTATUS
         {
-            KeyPath parentPath = located->path;
-            const std::u16string name = FoldName(parentPath.back());
-            parentPath.pop_back();
-            RegistryKey* const parent = root.Find(parentPath);
-            const auto found = parent != nullptr ? parent->keys.find(name) : decltype(parent->keys.find(name)){};
-            if (parent == nullptr || found == parent->keys.end())
-                return ERROR_FILE_NOT_FOUND;
-            if (!found->second->keys.empty())
-                return ERROR_ACCESS_DENIED; // only a key without keys below it is deleted
-            parent->keys.erase(found);
+            key.keys.clear();
+            key.values.clear();
             return ERROR_SUCCESS;
         });
 }

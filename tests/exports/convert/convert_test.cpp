@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <combaseapi.h>
 #include <objidl.h>
 #include <oleauto.h>
 

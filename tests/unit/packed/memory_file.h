@@ -3,6 +3,10 @@
 
 #include "files/file.h"
 
+#include <windows.h>
+
+#include <combaseapi.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
