@@ -1,4 +1,4 @@
-// A second process of a test: file_peer beside the test program.
+// A second process of a test: a program beside the test program.
 #pragma once
 
 #include "core/string.h"
@@ -12,7 +12,9 @@ class PeerProcess
 {
 public:
     // The arguments as on a command line; see file_peer.cpp.
-    explicit PeerProcess(const qx::String& arguments)
+    explicit PeerProcess(const qx::String& arguments) : PeerProcess(L"file_peer", arguments) {}
+
+    PeerProcess(const wchar_t* program, const qx::String& arguments)
     {
         wchar_t own[MAX_PATH] = {};
         GetModuleFileNameW(nullptr, own, MAX_PATH);
@@ -25,7 +27,7 @@ public:
         const wchar_t* const dot = wcsrchr(name, L'.');
         const qx::String extension(dot != nullptr ? dot : L"");
         *name = 0;
-        qx::String command = qx::String(L"\"") + own + L"file_peer" + extension + L"\" " + arguments;
+        qx::String command = qx::String(L"\"") + own + program + extension + L"\" " + arguments;
         STARTUPINFOW start = {};
         start.cb = sizeof start;
         _started = CreateProcessW(nullptr, command.GetBuffer(command.Length() + 1), nullptr, nullptr, FALSE, 0, nullptr,

@@ -1,0 +1,120 @@
+// Two processes with one profile.
+#include "exports/profile/whole_content.h"
+#include "support/peer_process.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <future>
+#include <set>
+#include <thread>
+
+using namespace profiletest;
+using qxtest::PeerProcess;
+
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::seconds;
+
+qx::String Arguments(std::initializer_list<std::string> arguments)
+{
+    std::string line;
+    for (const std::string& argument : arguments)
+        line += "\"" + argument + "\" ";
+    return qx::String(Wide(line));
+}
+
+void MakeFile(const std::string& path)
+{
+    const Job job;
+    FillWhole(job, 'z', 10);
+    ASSERT_EQ(job.Save(path), PROF_OK);
+}
+
+void AwaitFile(const std::string& path)
+{
+    for (int i = 0; i < 3000 && !std::filesystem::exists(path); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_TRUE(std::filesystem::exists(path));
+}
+
+// Reads the file until the peer's work is done, and gives all letters that were seen whole.
+std::set<std::string> ReadMeanwhile(const std::string& path, const std::future<int>& work)
+{
+    std::set<std::string> letters;
+    do
+    {
+        const Job job(path);
+        EXPECT_EQ(job.Error(), PROF_OK);
+        letters.insert(LetterOfWhole(job));
+    } while (work.wait_for(seconds(0)) != std::future_status::ready);
+    return letters;
+}
+
+} // namespace
+
+TEST(ProfileProcesses, ExclusiveJobLetsReadersInAndKeepsWritersOut)
+{
+    const TempFolder folder;
+    const std::string path = folder.Path("file");
+    MakeFile(path);
+    PeerProcess holder(L"profile_peer", Arguments({"hold", path, folder.Path("ready"), folder.Path("go")}));
+    AwaitFile(folder.Path("ready"));
+
+    EXPECT_EQ(LetterOfWhole(Job(path)), "z");
+
+    // Both wait the whole time that the rules give them, so they wait together.
+    const Clock::time_point start = Clock::now();
+    auto save = std::async(std::launch::async, [&] { return Job().Save(path); });
+    EXPECT_EQ(Job::Exclusive(path).Error(), PROF_ERR_LOCKED);
+    EXPECT_GE(Clock::now() - start, seconds(10));
+    EXPECT_EQ(save.get(), PROF_ERR_CANNOT_WRITE);
+    EXPECT_GE(Clock::now() - start, seconds(10));
+    EXPECT_EQ(LetterOfWhole(Job(path)), "z");
+
+    // An open that is waiting when the holder goes gets the file.
+    auto release = std::async(std::launch::async,
+        [&]
+        {
+            std::this_thread::sleep_for(seconds(1));
+            folder.Make("go", "g");
+        });
+    const Job second = Job::Exclusive(path);
+    EXPECT_EQ(second.Error(), PROF_OK);
+    EXPECT_EQ(LetterOfWhole(second), "z");
+    release.get();
+    EXPECT_EQ(holder.Wait(), 0);
+}
+
+TEST(ProfileProcesses, SavesOfTwoProcessesNeverMix)
+{
+    const TempFolder folder;
+    const std::string path = folder.Path("file");
+    MakeFile(path);
+    PeerProcess a(L"profile_peer", Arguments({"save", path, "a", "40"}));
+    PeerProcess b(L"profile_peer", Arguments({"save", path, "b", "40"}));
+    const auto work = std::async(std::launch::async, [&] { return a.Wait() + b.Wait(); });
+    std::set<std::string> letters = ReadMeanwhile(path, work);
+    letters.insert(LetterOfWhole(Job(path)));
+    letters.erase("z");
+    letters.erase("a");
+    letters.erase("b");
+    EXPECT_EQ(letters, std::set<std::string>());
+    EXPECT_EQ(a.Wait(), 0);
+    EXPECT_EQ(b.Wait(), 0);
+}
+
+TEST(ProfileProcesses, ReaderDuringASaveInPlaceSeesOldOrNew)
+{
+    const TempFolder folder;
+    const std::string path = folder.Path("file");
+    MakeFile(path);
+    PeerProcess writer(L"profile_peer", Arguments({"rewrite", path, "200"}));
+    const auto work = std::async(std::launch::async, [&] { return writer.Wait(); });
+    for (const std::string& letter : ReadMeanwhile(path, work))
+        EXPECT_EQ(letter.size(), 1u) << letter;
+    EXPECT_EQ(writer.Wait(), 0);
+    EXPECT_EQ(LetterOfWhole(Job(path)).size(), 1u);
+}

@@ -1,0 +1,65 @@
+// The other process of the tests with two.
+//     hold FILE READY GO        holds the file exclusively, makes READY, and ends when GO is there
+//     save FILE LETTER COUNT    saves a profile of its own to the file, so many times
+//     rewrite FILE COUNT        holds the file exclusively and saves to it in place, so many times
+// Ends with 0, or a code of the profile family without its sign.
+#include "exports/profile/whole_content.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+using namespace profiletest;
+
+namespace
+{
+
+constexpr int kLeaves = 400;
+
+int32_t Hold(const std::string& path, const std::string& ready, const std::string& go)
+{
+    const Job job = Job::Exclusive(path);
+    std::ofstream(ready).put('r');
+    for (int i = 0; i < 6000 && !std::filesystem::exists(go); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return job.Error();
+}
+
+int32_t Save(const std::string& path, char letter, int count)
+{
+    const Job job;
+    FillWhole(job, letter, kLeaves);
+    int32_t error = PROF_OK;
+    for (int i = 0; i < count && error == PROF_OK; ++i)
+        error = job.Save(path);
+    return error;
+}
+
+// Longer and shorter by turns.
+int32_t Rewrite(const std::string& path, int count)
+{
+    const Job job = Job::Exclusive(path);
+    int32_t error = job.Error();
+    for (int i = 0; i < count && error == PROF_OK; ++i)
+    {
+        FillWhole(job, static_cast<char>('a' + i % 26), i % 2 == 0 ? kLeaves : kLeaves / 3);
+        error = ProfSaveW(job, nullptr, PROF_FORM_TEXT);
+    }
+    return error;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const std::string command = argc > 1 ? argv[1] : "";
+    if (command == "hold" && argc == 5)
+        return -Hold(argv[2], argv[3], argv[4]);
+    if (command == "save" && argc == 5)
+        return -Save(argv[2], argv[3][0], std::atoi(argv[4]));
+    if (command == "rewrite" && argc == 4)
+        return -Rewrite(argv[2], std::atoi(argv[3]));
+    return 99;
+}
