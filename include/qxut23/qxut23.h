@@ -5,6 +5,7 @@
 #include <qxut23/base.h>
 #include <qxut23/convert.h>
 #include <qxut23/markup.h>
+#include <qxut23/profile.h>
 #include <qxut23/strings.h>
 
 #endif

@@ -1,19 +1,39 @@
-// A caller in C++17.
+// A caller in C++17, who counts the entries of a list through a callback.
 #include <qxut23/qxut23.h>
 
 #include <cstdio>
 #include <string>
 
+namespace
+{
+
+using Text = std::basic_string<QXWCHAR>;
+
+// The character type differs between systems, so the literals do too.
+Text ToText(const char* letters)
+{
+    return Text(letters, letters + std::char_traits<char>::length(letters));
+}
+
+int32_t Collect(HPROFJOB, const QXWCHAR* name, const QXWCHAR* value, HPROFLIST, void* context)
+{
+    *static_cast<Text*>(context) += name + ToText("=") + value + ToText(";");
+    return 1;
+}
+
+} // namespace
+
 int main()
 {
-    using Text = std::basic_string<QXWCHAR>;
-    const char letters[] = "Profile";
-    Text text(std::begin(letters), std::end(letters) - 1);
-    UtilLocaleStrlwr(text.data());
-    if (text[0] != 'p' ||
-        UtilLocaleStricmp(text.c_str(), Text(std::begin(letters), std::end(letters) - 1).c_str()) != 0)
+    const HPROFJOB job = ProfJobOpenW(nullptr);
+    ProfSetStringA(job, nullptr, "Page/Width", "210");
+    ProfSetStringA(job, nullptr, "Page/Height", "297");
+    Text entries;
+    const int32_t whole = ProfEnumW(job, ProfGetListA(job, nullptr, "Page"), Collect, &entries);
+    ProfJobClose(job);
+    if (whole != 1 || entries != ToText("Width=210;Height=297;"))
     {
-        std::puts("client.cpp: wrong result");
+        std::puts("client.cpp: wrong entries");
         return 1;
     }
 }

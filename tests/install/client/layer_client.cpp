@@ -1,4 +1,4 @@
-// A caller on linux that also uses the layer's own interfaces, with its 16-bit wchar_t.
+// A caller on linux who also uses the layer's own interfaces, with their wchar_t of 16 bits.
 #include <qxut23/qxut23.h>
 
 #include <windows.h>
@@ -8,10 +8,10 @@
 
 int main()
 {
-    wchar_t text[] = L"Layer";
+    wchar_t text[16];
     SetLastError(ERROR_INVALID_HANDLE);
-    UtilLocaleStrupr(text);
-    if (std::wcscmp(text, L"LAYER") != 0 || GetLastError() != ERROR_INVALID_HANDLE)
+    UtilSafeSprintf(text, 16, L"%hs %d", "page", 7);
+    if (std::wcscmp(text, L"page 7") != 0 || GetLastError() != ERROR_INVALID_HANDLE)
     {
         std::puts("layer_client.cpp: wrong result");
         return 1;
