@@ -41,10 +41,10 @@ const std::string& Page()
         while (html.size() < textSize)
         {
             html += "<h2 class=\"head\">" + Words(random, 4) + "</h2>\r\n<p style=\"margin:0\">" + Words(random, 40) +
-                "&auml;&amp;&#252; <b>" + Words(random, 3) + "</b></p>\r\n<ul><li>" + Words(random, 5) + "</li><li>" +
-                Words(random, 5) + "</li></ul>\r\n<table><tr><td>" + Words(random, 2) + "</td><td>" +
-                Words(random, 2) + "</td></tr></table>\r\n<a href=\"https://example.org/\">" + Words(random, 2) +
-                "</a><br>\r\n";
+                    "&auml;&amp;&#252; <b>" + Words(random, 3) + "</b></p>\r\n<ul><li>" + Words(random, 5) +
+                    "</li><li>" + Words(random, 5) + "</li></ul>\r\n<table><tr><td>" + Words(random, 2) + "</td><td>" +
+                    Words(random, 2) + "</td></tr></table>\r\n<a href=\"https://example.org/\">" + Words(random, 2) +
+                    "</a><br>\r\n";
         }
         return html + "</body></html>";
     }();

@@ -1,6 +1,6 @@
 // The main function of all benchmarks: runs them, then sets ours beside the peers. A benchmark is named
-// "operation/who", and "ours" is the library; each other name of the same operation is a peer, and the ratio is our time
-// in its time, so 1.00 or less is no slower.
+// "operation/who", and "ours" is the library; each other name of the same operation is a peer, and the ratio is our
+// time in its time, so 1.00 or less is no slower.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -41,8 +41,7 @@ private:
         if (slash == std::string::npos)
             return;
         const std::size_t end = std::min(name.find('/', slash + 1), name.size());
-        auto [best, isNew] =
-            _times[name.substr(0, slash)].try_emplace(name.substr(slash + 1, end - slash - 1), time);
+        auto [best, isNew] = _times[name.substr(0, slash)].try_emplace(name.substr(slash + 1, end - slash - 1), time);
         if (!isNew)
             best->second = std::min(best->second, time);
     }

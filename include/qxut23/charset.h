@@ -13,7 +13,8 @@ QXUT_EXTERN_C_BEGIN
    936, 129 for 949, 136 for 950, else 0. */
 QXUT_API uint32_t UtilGetLikelyCharsetFromString(const QXWCHAR* text);
 
-/* Convert the caller's zero-terminated `text` in place to upper or lower case; the length stays. The result is `text`. */
+/* Convert the caller's zero-terminated `text` in place to upper or lower case; the length stays. The result is `text`.
+ */
 QXUT_API QXWCHAR* UtilLocaleStrupr(QXWCHAR* text);
 QXUT_API QXWCHAR* UtilLocaleStrlwr(QXWCHAR* text);
 

@@ -20,7 +20,7 @@ BOOL WINAPI DuplicateHandle(HANDLE hSourceProcessHandle, HANDLE hSourceHandle, H
     // Handles of other processes stand in tables of theirs.
     if (!IsCurrentProcess(hSourceProcessHandle) || !IsCurrentProcess(hTargetProcessHandle))
         return Fail(ObjectOf(hSourceProcessHandle) && ObjectOf(hTargetProcessHandle) ? ERROR_NOT_SUPPORTED
-                                                                                         : ERROR_INVALID_HANDLE);
+                                                                                     : ERROR_INVALID_HANDLE);
     DWORD access = allAccess;
     const Ref<Object> object =
         IsPseudoHandle(hSourceHandle) ? PseudoHandleObject(hSourceHandle) : ObjectOf(hSourceHandle, &access);
