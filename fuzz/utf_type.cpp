@@ -3,7 +3,7 @@
 
 #include <windows.h>
 
-#include <objidl.h>
+#include <objbase.h>
 
 #include <cstdlib>
 #include <cstring>

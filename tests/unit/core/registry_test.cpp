@@ -26,7 +26,10 @@ protected:
     ~Registry() override
     {
         RegCloseKey(_key);
-        RegDeleteTreeW(HKEY_CURRENT_USER, _name.Text());
+        for (const wchar_t* below : {L"\\made\\deep", L"\\made", L""})
+        {
+            RegDeleteKeyW(HKEY_CURRENT_USER, (_name + below).Text());
+        }
     }
 
     void SetBytes(const wchar_t* name, DWORD type, const void* bytes, size_t count)

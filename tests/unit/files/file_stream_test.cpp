@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <combaseapi.h>
+
 #include <string>
 #include <vector>
 

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <objbase.h>
+
 #include <string>
 
 using namespace qx;

@@ -8,6 +8,7 @@
 #include "core/developer_run.h"
 #include "support/debug_lines.h"
 #include "support/fake_stream.h"
+#include "support/temp_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -17,6 +18,7 @@
 using namespace qx;
 using qxtest::DebugLines;
 using qxtest::FakeStream;
+using qxtest::TempFolder;
 
 namespace
 {
@@ -30,7 +32,7 @@ public:
     inline static int destroyed = 0;
 };
 
-class Event : public clsGenericHandleObjectAutoRelease
+class FileHandle : public clsGenericHandleObjectAutoRelease
 {
 public:
     using clsGenericHandleObjectAutoRelease::clsGenericHandleObjectAutoRelease;
@@ -39,19 +41,20 @@ public:
         ++closed;
         clsGenericHandleObjectAutoRelease::CloseHandle();
     }
-    ~Event() override { Release(); }
+    ~FileHandle() override { Release(); }
     inline static int closed = 0;
 };
 
-HANDLE NewEvent()
+HANDLE OpenHandle(const String& path)
 {
-    return CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    return CreateFileW(
+        path.Text(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
 bool IsOpenHandle(HANDLE handle)
 {
-    DWORD flags = 0;
-    return GetHandleInformation(handle, &flags) != FALSE;
+    LARGE_INTEGER size = {};
+    return GetFileSizeEx(handle, &size) != FALSE;
 }
 
 } // namespace
@@ -145,21 +148,23 @@ TEST(AllocationCount, FollowsTheObjectsOfAllThreads)
 
 TEST(HandleHolder, ClosesWhatIsItsOwn)
 {
-    Event::closed = 0;
-    const HANDLE own = NewEvent();
-    const HANDLE foreign = NewEvent();
+    const TempFolder folder;
+    const String path = folder.Make(L"file", "abc");
+    FileHandle::closed = 0;
+    const HANDLE own = OpenHandle(path);
+    const HANDLE foreign = OpenHandle(path);
     {
-        Event a(own, true);
-        Event b(foreign, false);
-        Event none(INVALID_HANDLE_VALUE, true);
+        FileHandle a(own, true);
+        FileHandle b(foreign, false);
+        FileHandle none(INVALID_HANDLE_VALUE, true);
         EXPECT_TRUE(a.IsValid());
         EXPECT_FALSE(none.IsValid());
     }
-    EXPECT_EQ(Event::closed, 1);
+    EXPECT_EQ(FileHandle::closed, 1);
     EXPECT_FALSE(IsOpenHandle(own));
     EXPECT_TRUE(IsOpenHandle(foreign));
 
-    Event holder(foreign, true);
+    FileHandle holder(foreign, true);
     EXPECT_EQ(holder.Detach(), foreign);
     EXPECT_FALSE(holder.IsValid());
     holder.Take(foreign, true);
@@ -167,16 +172,14 @@ TEST(HandleHolder, ClosesWhatIsItsOwn)
     EXPECT_FALSE(IsOpenHandle(foreign));
 }
 
-TEST(HandleHolder, DuplicatesAreInheritable)
+TEST(HandleHolder, DuplicateOutlivesTheOriginal)
 {
-    const HANDLE original = NewEvent();
+    const TempFolder folder;
+    const HANDLE original = OpenHandle(folder.Make(L"file", "abc"));
     clsGenericHandleObjectAutoRelease holder;
     ASSERT_TRUE(holder.Duplicate(original));
-    DWORD flags = 0;
-    ASSERT_TRUE(GetHandleInformation(holder.Get(), &flags));
-    EXPECT_EQ(flags & HANDLE_FLAG_INHERIT, DWORD{HANDLE_FLAG_INHERIT});
-    CloseHandle(original);
-    EXPECT_TRUE(SetEvent(holder.Get()));
+    EXPECT_TRUE(CloseHandle(original));
+    EXPECT_TRUE(IsOpenHandle(holder.Get()));
     EXPECT_FALSE(holder.Duplicate(nullptr));
     EXPECT_FALSE(holder.IsValid());
 }
@@ -190,7 +193,7 @@ TEST(GlobalLock, FreesItsBlock)
         EXPECT_EQ(static_cast<const char*>(block.Get())[99], 0);
         EXPECT_EQ(GlobalFlags(block.Memory()) & GMEM_LOCKCOUNT, 1U);
     }
-    const clsGlobalLock tooLarge(GMEM_MOVEABLE, ~size_t{0} >> 2);
+    const clsGlobalLock tooLarge(GMEM_MOVEABLE, ~size_t{0});
     EXPECT_FALSE(tooLarge.IsLocked());
     EXPECT_EQ(lines.Count(), 0U);
 }
