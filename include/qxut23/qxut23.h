@@ -3,6 +3,7 @@
 #define QXUT23_QXUT23_H
 
 #include <qxut23/base.h>
+#include <qxut23/charset.h>
 #include <qxut23/convert.h>
 #include <qxut23/markup.h>
 #include <qxut23/profile.h>

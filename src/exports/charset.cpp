@@ -1,44 +1,46 @@
-#include <qxut23/charset.h>
+#include "exports/guard.h"
 
 #include "core/locale_compare.h"
 #include "core/module.h"
 #include "core/script_ranges.h"
 
+#include <qxut23/charset.h>
+
 #include <windows.h>
 
 using namespace qx;
 
-uint32_t UtilGetLikelyCharsetFromString(const wchar_t* text)
+uint32_t UtilGetLikelyCharsetFromString(const QXWCHAR* text)
 {
-    return LikelyCharset(text, DefaultCodePage());
+    return Guarded(0U, [&] { return LikelyCharset(text, DefaultCodePage()); });
 }
 
-wchar_t* UtilLocaleStrupr(wchar_t* text)
+QXWCHAR* UtilLocaleStrupr(QXWCHAR* text)
 {
-    return text != nullptr ? CharUpperW(text) : nullptr;
+    return Guarded(text, [&] { return text != nullptr ? CharUpperW(text) : text; });
 }
 
-wchar_t* UtilLocaleStrlwr(wchar_t* text)
+QXWCHAR* UtilLocaleStrlwr(QXWCHAR* text)
 {
-    return text != nullptr ? CharLowerW(text) : nullptr;
+    return Guarded(text, [&] { return text != nullptr ? CharLowerW(text) : text; });
 }
 
-int UtilLocaleStrcmp(const wchar_t* a, const wchar_t* b)
+int UtilLocaleStrcmp(const QXWCHAR* a, const QXWCHAR* b)
 {
-    return LocaleCompare(a, b, LocaleCase::Sensitive);
+    return Guarded(-2, [&] { return LocaleCompare(a, b, LocaleCase::Sensitive); });
 }
 
-int UtilLocaleStricmp(const wchar_t* a, const wchar_t* b)
+int UtilLocaleStricmp(const QXWCHAR* a, const QXWCHAR* b)
 {
-    return LocaleCompare(a, b, LocaleCase::Ignored);
+    return Guarded(-2, [&] { return LocaleCompare(a, b, LocaleCase::Ignored); });
 }
 
-int UtilLocaleStrncmp(const wchar_t* a, const wchar_t* b, uint32_t count)
+int UtilLocaleStrncmp(const QXWCHAR* a, const QXWCHAR* b, uint32_t count)
 {
-    return LocaleCompareN(a, b, count, LocaleCase::Sensitive);
+    return Guarded(0, [&] { return LocaleCompareN(a, b, count, LocaleCase::Sensitive); });
 }
 
-int UtilLocaleStrnicmp(const wchar_t* a, const wchar_t* b, uint32_t count)
+int UtilLocaleStrnicmp(const QXWCHAR* a, const QXWCHAR* b, uint32_t count)
 {
-    return LocaleCompareN(a, b, count, LocaleCase::Ignored);
+    return Guarded(0, [&] { return LocaleCompareN(a, b, count, LocaleCase::Ignored); });
 }
