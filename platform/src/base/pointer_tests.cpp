@@ -1,0 +1,97 @@
+#include <winbase.h>
+
+#include <cerrno>
+#include <cstdint>
+
+#include <linux/futex.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace
+{
+
+// The kernel looks at memory on behalf of a futex call, and tells by EFAULT where it may not. Nobody waits at the place
+// that is woken.
+uint32_t nobodyWaitsHere = 0;
+
+uintptr_t PageSize()
+{
+    static const uintptr_t size = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
+    return size;
+}
+
+uint32_t* WordOf(uintptr_t address)
+{
+    return reinterpret_cast<uint32_t*>(address & ~uintptr_t{3}); // in the same page
+}
+
+// Requeues no one, after comparing the word.
+bool CanRead(uintptr_t address)
+{
+    return syscall(SYS_futex, WordOf(address), FUTEX_CMP_REQUEUE_PRIVATE, 0, 0, &nobodyWaitsHere, 0) >= 0 ||
+           errno != EFAULT;
+}
+
+// Combines the word with 0 by an atomic "or", so that another thread's change of it isn't lost. A thread that
+// waits at this very word might wake once for nothing, which it must expect at any time.
+bool CanWrite(uintptr_t address)
+{
+    constexpr uint32_t orZeroThenWakeIfNegative = FUTEX_OP(FUTEX_OP_OR, 0, FUTEX_OP_CMP_LT, 0);
+    return syscall(SYS_futex, &nobodyWaitsHere, FUTEX_WAKE_OP_PRIVATE, 0, 0, WordOf(address),
+               orZeroThenWakeIfNegative) >= 0 ||
+           errno != EFAULT;
+}
+
+template <class Test>
+bool IsBadRange(uintptr_t first, UINT_PTR size, const Test& canAccess)
+{
+    if (size == 0)
+        return false;
+    const uintptr_t last = first + (size - 1);
+    if (first == 0 || last < first)
+        return true;
+    const uintptr_t lastPage = last / PageSize();
+    for (uintptr_t page = first / PageSize();; ++page)
+    {
+        const uintptr_t begin = page * PageSize();
+        if (!canAccess(begin > first ? begin : first))
+            return true;
+        if (page == lastPage)
+            return false;
+    }
+}
+
+} // namespace
+
+BOOL WINAPI IsBadReadPtr(const void* lp, UINT_PTR ucb)
+{
+    return IsBadRange(reinterpret_cast<uintptr_t>(lp), ucb, CanRead);
+}
+
+BOOL WINAPI IsBadWritePtr(LPVOID lp, UINT_PTR ucb)
+{
+    return IsBadRange(reinterpret_cast<uintptr_t>(lp), ucb, CanWrite);
+}
+
+// Looks at memory that may be anything, which the sanitizers must not take amiss.
+__attribute__((no_sanitize("address", "undefined"))) BOOL WINAPI IsBadStringPtrW(LPCWSTR lpsz, UINT_PTR ucchMax)
+{
+    uintptr_t address = reinterpret_cast<uintptr_t>(lpsz);
+    uintptr_t checkedEnd = 0;
+    for (UINT_PTR index = 0; index < ucchMax; ++index, address += sizeof(WCHAR))
+    {
+        // A character at an odd address may lie in two pages.
+        const uintptr_t last = address + sizeof(WCHAR) - 1;
+        if (last >= checkedEnd)
+        {
+            if (IsBadRange(address, sizeof(WCHAR), CanRead))
+                return TRUE;
+            checkedEnd = (last / PageSize() + 1) * PageSize();
+        }
+        WCHAR character;
+        __builtin_memcpy(&character, reinterpret_cast<const void*>(address), sizeof character);
+        if (character == 0)
+            return FALSE;
+    }
+    return FALSE;
+}

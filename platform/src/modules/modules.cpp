@@ -1,0 +1,240 @@
+#include <libloaderapi.h>
+
+#include "base/fail.h"
+#include "base/text.h"
+#include "files/path.h"
+#include "modules/loaded_modules.h"
+
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <mutex>
+
+#include <dlfcn.h>
+#include <link.h>
+#include <unistd.h>
+
+using namespace qxplatform;
+
+namespace
+{
+
+// What was loaded by LoadLibraryW, and how often: only that may be unloaded.
+struct Loaded
+{
+    void* library = nullptr; // as the dynamic linker calls it
+    int count = 0;
+};
+
+struct Loader
+{
+    std::mutex lock; // guards what follows
+    std::map<HMODULE, Loaded> loaded;
+    std::u16string folder; // as SetDllDirectoryW left it
+};
+
+Loader& TheLoader()
+{
+    static Loader* const loader = new Loader; // outlives the static objects of callers
+    return *loader;
+}
+
+std::string FolderOfProgram()
+{
+    const std::optional<Module> program = ModuleOf(nullptr);
+    return program ? FolderOf(program->path) : std::string();
+}
+
+// Where a library may be, in the order of looking: the folder set for it, the program's, then where the dynamic linker
+// looks. Never the current folder: it may be anyone's.
+std::vector<std::string> PlacesOf(std::u16string_view name)
+{
+    std::vector<std::string> places;
+    const std::vector<std::u16string> names = FileNamesOf(name);
+    const auto add = [&](const std::string& folder)
+    {
+        for (const std::u16string& file : names)
+            places.push_back(folder + ToNative(Wide(file)).text);
+    };
+    if (name.find_first_of(u"/\\:") != name.npos)
+    {
+        add("");
+        return places;
+    }
+    std::u16string own;
+    {
+        const std::lock_guard guard(TheLoader().lock);
+        own = TheLoader().folder;
+    }
+    if (!own.empty())
+        add(ToFullNative(Wide(own)).text + '/');
+    add(FolderOfProgram() + '/');
+    add("");
+    return places;
+}
+
+bool IsImage(const std::string& path)
+{
+    char magic[4] = {};
+    std::ifstream(path, std::ios::binary).read(magic, sizeof magic);
+    return std::memcmp(magic, "\177ELF", sizeof magic) == 0;
+}
+
+void* OpenLibrary(std::u16string_view name)
+{
+    DWORD error = ERROR_MOD_NOT_FOUND;
+    for (const std::string& place : PlacesOf(name))
+    {
+        // A name without a folder stays one: the dynamic linker looks for it in its own places.
+        if (void* const library = dlopen(place.c_str(), RTLD_NOW | RTLD_LOCAL))
+            return library;
+        if (place.find('/') != place.npos && access(place.c_str(), F_OK) == 0 && !IsImage(place))
+            error = ERROR_BAD_EXE_FORMAT;
+    }
+    Fail(error);
+    return nullptr;
+}
+
+HMODULE HandleOf(void* library)
+{
+    link_map* map = nullptr;
+    if (dlinfo(library, RTLD_DI_LINKMAP, &map) != 0)
+        return nullptr;
+    const std::optional<Module> module = ModuleAt(map->l_ld);
+    return module ? module->handle : nullptr;
+}
+
+HMODULE Remember(void* library)
+{
+    const HMODULE handle = HandleOf(library);
+    const std::lock_guard guard(TheLoader().lock);
+    Loaded& entry = TheLoader().loaded[handle];
+    entry.library = library;
+    ++entry.count;
+    return handle;
+}
+
+// Counts one more use of a module that is there.
+void* OpenPresent(const Module& module)
+{
+    const bool isProgram = module.handle == LoadedModules().front().handle;
+    return dlopen(isProgram ? nullptr : module.path.c_str(), RTLD_NOW | RTLD_NOLOAD);
+}
+
+void AddUse(const Module& module)
+{
+    if (void* const library = OpenPresent(module))
+        Remember(library);
+}
+
+} // namespace
+
+HMODULE WINAPI GetModuleHandleW(LPCWSTR lpModuleName)
+{
+    const std::optional<Module> module = lpModuleName == nullptr ? ModuleOf(nullptr) : FindModule(View(lpModuleName));
+    if (module)
+        return module->handle;
+    Fail(ERROR_MOD_NOT_FOUND);
+    return nullptr;
+}
+
+BOOL WINAPI GetModuleHandleExW(DWORD dwFlags, LPCWSTR lpModuleName, HMODULE* phModule)
+{
+    const bool isAddress = (dwFlags & GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS) != 0;
+    const std::optional<Module> module = lpModuleName == nullptr ? ModuleOf(nullptr)
+                                         : isAddress             ? ModuleAt(lpModuleName)
+                                                                 : FindModule(View(lpModuleName));
+    *phModule = module ? module->handle : nullptr;
+    if (!module)
+        return Fail(ERROR_MOD_NOT_FOUND);
+    constexpr DWORD uncounted = GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    if ((dwFlags & uncounted) == 0)
+        AddUse(*module);
+    return TRUE;
+}
+
+DWORD WINAPI GetModuleFileNameW(HMODULE hModule, LPWSTR lpFilename, DWORD nSize)
+{
+    const std::optional<Module> module = ModuleOf(hModule);
+    if (!module)
+        return 0;
+    std::u16string path = FromNative(module->path);
+    if (path.size() < nSize)
+    {
+        SetLastError(ERROR_SUCCESS);
+        return CopyOut(path, lpFilename, nSize);
+    }
+    // Here what fits is given, and ends within the buffer.
+    Fail(ERROR_INSUFFICIENT_BUFFER);
+    if (nSize > 0)
+        CopyOut(path.substr(0, nSize - 1), lpFilename, nSize);
+    return nSize;
+}
+
+HMODULE WINAPI LoadLibraryW(LPCWSTR lpLibFileName)
+{
+    if (lpLibFileName == nullptr || *lpLibFileName == 0)
+    {
+        Fail(lpLibFileName == nullptr ? ERROR_INVALID_PARAMETER : ERROR_MOD_NOT_FOUND);
+        return nullptr;
+    }
+    if (const std::optional<Module> present = FindModule(View(lpLibFileName)))
+    {
+        AddUse(*present);
+        return present->handle;
+    }
+    void* const library = OpenLibrary(View(lpLibFileName));
+    return library == nullptr ? nullptr : Remember(library);
+}
+
+BOOL WINAPI FreeLibrary(HMODULE hLibModule)
+{
+    if (hLibModule == nullptr)
+        return Fail(ERROR_INVALID_HANDLE);
+    if (!ModuleOf(hLibModule))
+        return FALSE;
+    void* library = nullptr;
+    {
+        const std::lock_guard guard(TheLoader().lock);
+        const auto entry = TheLoader().loaded.find(hLibModule);
+        if (entry == TheLoader().loaded.end())
+            return TRUE; // linked with the program: it stays
+        library = entry->second.library;
+        if (--entry->second.count == 0)
+            TheLoader().loaded.erase(entry);
+    }
+    dlclose(library); // not under the lock: the library's own end may come back here
+    return TRUE;
+}
+
+FARPROC WINAPI GetProcAddress(HMODULE hModule, LPCSTR lpProcName)
+{
+    const std::optional<Module> module = ModuleOf(hModule);
+    if (!module)
+        return nullptr;
+    const bool isOrdinal = reinterpret_cast<ULONG_PTR>(lpProcName) <= 0xFFFF; // Linux exports by name only
+    void* const library = isOrdinal ? nullptr : OpenPresent(*module);
+    void* const address = library == nullptr ? nullptr : dlsym(library, lpProcName);
+    if (library != nullptr)
+        dlclose(library);
+    // The dynamic linker also finds what the libraries behind this one export.
+    const std::optional<Module> owner = address == nullptr ? std::nullopt : ModuleAt(address);
+    if (owner && owner->handle == module->handle)
+        return reinterpret_cast<FARPROC>(address);
+    Fail(ERROR_PROC_NOT_FOUND);
+    return nullptr;
+}
+
+BOOL WINAPI SetDllDirectoryW(LPCWSTR lpPathName)
+{
+    const std::lock_guard guard(TheLoader().lock);
+    TheLoader().folder = lpPathName == nullptr ? std::u16string() : std::u16string(View(lpPathName));
+    return TRUE;
+}
+
+DWORD WINAPI GetDllDirectoryW(DWORD nBufferLength, LPWSTR lpBuffer)
+{
+    const std::lock_guard guard(TheLoader().lock);
+    SetLastError(ERROR_SUCCESS);
+    return CopyOut(TheLoader().folder, lpBuffer, nBufferLength);
+}
