@@ -16,4 +16,13 @@ QXPLATFORM_API HMODULE WINAPI LoadLibraryW(LPCWSTR lpLibFileName);
 QXPLATFORM_API BOOL WINAPI FreeLibrary(HMODULE hLibModule);
 QXPLATFORM_API FARPROC WINAPI GetProcAddress(HMODULE hModule, LPCSTR lpProcName);
 
+// A resource stands for its language or, where that isn't there, for the language without a region, then for none. A
+// search without a language also takes those of the user, and in the end any.
+QXPLATFORM_API HRSRC WINAPI FindResourceW(HMODULE hModule, LPCWSTR lpName, LPCWSTR lpType);
+QXPLATFORM_API HRSRC WINAPI FindResourceExW(HMODULE hModule, LPCWSTR lpType, LPCWSTR lpName, WORD wLanguage);
+QXPLATFORM_API HGLOBAL WINAPI LoadResource(HMODULE hModule, HRSRC hResInfo);
+QXPLATFORM_API LPVOID WINAPI LockResource(HGLOBAL hResData);
+QXPLATFORM_API DWORD WINAPI SizeofResource(HMODULE hModule, HRSRC hResInfo);
+QXPLATFORM_API int WINAPI LoadStringW(HINSTANCE hInstance, UINT uID, LPWSTR lpBuffer, int cchBufferMax);
+
 EXTERN_C_END

@@ -3,6 +3,12 @@
 
 #include <minwindef.h>
 
+#define MAKEINTRESOURCEW(i) ((LPWSTR)(ULONG_PTR)(WORD)(i))
+#define IS_INTRESOURCE(r) (((ULONG_PTR)(r) >> 16) == 0)
+#define RT_STRING MAKEINTRESOURCEW(6)
+#define RT_RCDATA MAKEINTRESOURCEW(10)
+#define RT_VERSION MAKEINTRESOURCEW(16)
+
 EXTERN_C_START
 
 // A pointer whose high part is 0 is a single character, and so is the result.

@@ -96,6 +96,32 @@ TEST(StringMessageTest, MissingResourceIsLoggedForDevelopersOnly)
     EXPECT_EQ(lines.CountOf(L"String::Message(): String ressource 60000 not found in "), 1u);
 }
 
+// string_resources.rc: three languages, of which French stands for its Belgian form only.
+TEST(StringMessageTest, ResourceIsSoughtInTheOrderOfLanguages)
+{
+    struct Case
+    {
+        WORD language;
+        int id;
+        const wchar_t* expected;
+    };
+    const Case cases[] = {
+        {0x0007, 100, L"Deutsch 100, f\u00FCr"},
+        {0x0009, 100, L"English 100"},
+        {0x080C, 100, L"Fran\u00E7ais 100"},
+        {0x0009, 111, L"English 111, the last of its block"},
+        {0x0009, 110, L""},             // a block with an empty entry
+        {0x0007, 112, L"English only"}, // no German block
+        {0x0009, 176, L"German only"},  // German is tried last
+        {0x0007, 240, L"French only"},  // any language in the end
+        {0x0009, 96 + 7, L""},
+        {0x0009, 60000, L""},
+    };
+    for (const Case& c : cases)
+        EXPECT_STREQ(String::LoadResourceString(nullptr, c.language, c.id).Text(), c.expected) << c.id;
+    EXPECT_STREQ(String::Message(nullptr, 101, L"ten", L"one").Text(), L"one of ten");
+}
+
 TEST(StringMessageTest, LocaleInfoIsTheUsers)
 {
     EXPECT_FALSE(String::LocaleInfo(LOCALE_SDECIMAL).IsEmpty());

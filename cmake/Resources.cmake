@@ -1,0 +1,25 @@
+# qx_add_resources(TARGET SCRIPT.rc): compiles a resource script and links it into the target, on windows as the linker
+# does it, for ELF as a note of the image, which the layer's resource functions read.
+
+if(WIN32)
+    enable_language(RC)
+else()
+    find_program(QX_WINDRES NAMES x86_64-w64-mingw32-windres REQUIRED)
+endif()
+
+function(qx_add_resources target script)
+    get_filename_component(script "${script}" ABSOLUTE)
+    if(WIN32)
+        target_sources(${target} PRIVATE "${script}")
+        return()
+    endif()
+    get_filename_component(QX_RESOURCE_NAME "${script}" NAME)
+    set(base "${CMAKE_CURRENT_BINARY_DIR}/${target}_${QX_RESOURCE_NAME}")
+    set(QX_RESOURCE_FILE "${base}.res")
+    add_custom_command(OUTPUT "${QX_RESOURCE_FILE}"
+        COMMAND "${QX_WINDRES}" -O res -i "${script}" -o "${QX_RESOURCE_FILE}"
+        DEPENDS "${script}")
+    configure_file("${PROJECT_SOURCE_DIR}/cmake/resource_note.c.in" "${base}.c" @ONLY)
+    set_source_files_properties("${base}.c" PROPERTIES OBJECT_DEPENDS "${QX_RESOURCE_FILE}")
+    target_sources(${target} PRIVATE "${base}.c" "${QX_RESOURCE_FILE}")
+endfunction()
