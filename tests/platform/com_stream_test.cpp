@@ -147,6 +147,26 @@ TEST(GlobalStream, BytesThatAGrowthBringsAreZero)
     EXPECT_EQ(SizeOf(stream), 5u);
 }
 
+TEST(GlobalStream, SmallWritesDoNotCopyTheBlockEachTime)
+{
+    const StreamHolder stream = MakeStream();
+    HGLOBAL memory = nullptr;
+    ASSERT_EQ(GetHGlobalFromStream(stream.get(), &memory), S_OK);
+    const std::string bytes(64, 'x');
+    const void* previous = nullptr;
+    int moves = 0;
+    for (int i = 0; i < (8 << 20) / 64; ++i)
+    {
+        Write(stream, bytes);
+        const void* const data = GlobalLock(memory);
+        GlobalUnlock(memory);
+        moves += data != previous;
+        previous = data;
+    }
+    EXPECT_EQ(GlobalSize(memory), 8u << 20);
+    EXPECT_LT(moves, 40);
+}
+
 TEST(GlobalStream, HandleHoldsExactlyTheContent)
 {
     const StreamHolder stream = MakeStream();

@@ -243,6 +243,18 @@ TEST_F(RegistryFile, DepthOfKeysIsBounded)
     EXPECT_EQ(Create(L"x"), ERROR_REGISTRY_CORRUPT);
 }
 
+TEST_F(RegistryFile, WhatCouldNotBeReadBackIsNotWritten)
+{
+    ASSERT_EQ(Create(L"k"), ERROR_SUCCESS);
+    const HKEY key = Open(L"k");
+    ASSERT_EQ(SetNumber(key, L"v", 1), ERROR_SUCCESS);
+    const std::vector<BYTE> data(12 << 20); // six bytes of the file for each
+    EXPECT_EQ(RegSetValueExW(key, L"v", 0, REG_BINARY, data.data(), static_cast<DWORD>(data.size())),
+        ERROR_NO_SYSTEM_RESOURCES);
+    EXPECT_EQ(Value(L"k", L"v"), "4:01000000");
+    RegCloseKey(key);
+}
+
 TEST_F(RegistryFile, ChangesOfOthersAreSeenAtOnce)
 {
     ASSERT_EQ(Create(L"k"), ERROR_SUCCESS);
