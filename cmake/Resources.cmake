@@ -1,5 +1,6 @@
-# qx_add_resources(TARGET SCRIPT.rc): compiles a resource script and links it into the target, on windows as the linker
-# does it, for ELF as a note of the image, which the layer's resource functions read.
+# qx_add_resources(TARGET SCRIPT.rc [DEPENDS FILE...]): compiles a resource script and links it into the target, on
+# windows as the linker does it, for ELF as a note of the image, which the layer's resource functions read. DEPENDS names
+# what the script includes.
 
 if(WIN32)
     enable_language(RC)
@@ -8,9 +9,11 @@ else()
 endif()
 
 function(qx_add_resources target script)
+    cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "DEPENDS")
     get_filename_component(script "${script}" ABSOLUTE)
     if(WIN32)
         target_sources(${target} PRIVATE "${script}")
+        set_source_files_properties("${script}" PROPERTIES OBJECT_DEPENDS "${ARG_DEPENDS}")
         return()
     endif()
     get_filename_component(QX_RESOURCE_NAME "${script}" NAME)
@@ -18,7 +21,8 @@ function(qx_add_resources target script)
     set(QX_RESOURCE_FILE "${base}.res")
     add_custom_command(OUTPUT "${QX_RESOURCE_FILE}"
         COMMAND "${QX_WINDRES}" -O res -i "${script}" -o "${QX_RESOURCE_FILE}"
-        DEPENDS "${script}")
+        DEPENDS "${script}" ${ARG_DEPENDS}
+        VERBATIM)
     configure_file("${PROJECT_SOURCE_DIR}/cmake/resource_note.c.in" "${base}.c" @ONLY)
     set_source_files_properties("${base}.c" PROPERTIES OBJECT_DEPENDS "${QX_RESOURCE_FILE}")
     target_sources(${target} PRIVATE "${base}.c" "${QX_RESOURCE_FILE}")

@@ -16,13 +16,29 @@ QXPLATFORM_API HMODULE WINAPI LoadLibraryW(LPCWSTR lpLibFileName);
 QXPLATFORM_API BOOL WINAPI FreeLibrary(HMODULE hLibModule);
 QXPLATFORM_API FARPROC WINAPI GetProcAddress(HMODULE hModule, LPCSTR lpProcName);
 
-// A resource stands for its language or, where that isn't there, for the language without a region, then for none. A
-// search without a language also takes those of the user, and in the end any.
+// A language with a region also finds the same without one, any language a resource of no language. A search without a
+// language takes those of the user, and in the end any.
 QXPLATFORM_API HRSRC WINAPI FindResourceW(HMODULE hModule, LPCWSTR lpName, LPCWSTR lpType);
 QXPLATFORM_API HRSRC WINAPI FindResourceExW(HMODULE hModule, LPCWSTR lpType, LPCWSTR lpName, WORD wLanguage);
 QXPLATFORM_API HGLOBAL WINAPI LoadResource(HMODULE hModule, HRSRC hResInfo);
 QXPLATFORM_API LPVOID WINAPI LockResource(HGLOBAL hResData);
 QXPLATFORM_API DWORD WINAPI SizeofResource(HMODULE hModule, HRSRC hResInfo);
 QXPLATFORM_API int WINAPI LoadStringW(HINSTANCE hInstance, UINT uID, LPWSTR lpBuffer, int cchBufferMax);
+
+typedef BOOL(CALLBACK* ENUMRESTYPEPROCW)(HMODULE hModule, LPWSTR lpType, LONG_PTR lParam);
+typedef BOOL(CALLBACK* ENUMRESNAMEPROCW)(HMODULE hModule, LPCWSTR lpType, LPWSTR lpName, LONG_PTR lParam);
+typedef BOOL(CALLBACK* ENUMRESLANGPROCW)(
+    HMODULE hModule, LPCWSTR lpType, LPCWSTR lpName, WORD wLanguage, LONG_PTR lParam);
+QXPLATFORM_API BOOL WINAPI EnumResourceTypesW(HMODULE hModule, ENUMRESTYPEPROCW lpEnumFunc, LONG_PTR lParam);
+QXPLATFORM_API BOOL WINAPI EnumResourceNamesW(
+    HMODULE hModule, LPCWSTR lpType, ENUMRESNAMEPROCW lpEnumFunc, LONG_PTR lParam);
+QXPLATFORM_API BOOL WINAPI EnumResourceLanguagesW(
+    HMODULE hModule, LPCWSTR lpType, LPCWSTR lpName, ENUMRESLANGPROCW lpEnumFunc, LONG_PTR lParam);
+#define FindResourceEx FindResourceExW
+#define FindResource FindResourceW
+#define LoadString LoadStringW
+#define EnumResourceTypes EnumResourceTypesW
+#define EnumResourceNames EnumResourceNamesW
+#define EnumResourceLanguages EnumResourceLanguagesW
 
 EXTERN_C_END

@@ -3,11 +3,14 @@
 
 #include <minwindef.h>
 
+// Types and names of resources by number.
 #define MAKEINTRESOURCEW(i) ((LPWSTR)(ULONG_PTR)(WORD)(i))
+#define MAKEINTRESOURCE MAKEINTRESOURCEW
 #define IS_INTRESOURCE(r) (((ULONG_PTR)(r) >> 16) == 0)
 #define RT_STRING MAKEINTRESOURCEW(6)
 #define RT_RCDATA MAKEINTRESOURCEW(10)
 #define RT_VERSION MAKEINTRESOURCEW(16)
+#define RT_MANIFEST MAKEINTRESOURCEW(24)
 
 EXTERN_C_START
 

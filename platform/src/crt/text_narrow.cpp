@@ -26,3 +26,8 @@ int _stricmp(const char* a, const char* b) noexcept
 {
     return _strnicmp(a, b, static_cast<size_t>(-1));
 }
+
+char* _strdup(const char* text) noexcept
+{
+    return text ? strdup(text) : nullptr;
+}

@@ -1,5 +1,4 @@
 #include <libloaderapi.h>
-#include <winbase.h>
 
 #include "base/fail.h"
 #include "base/text.h"
