@@ -29,14 +29,15 @@ target_link_libraries(qx_options INTERFACE qx_text_model)
 target_compile_options(qx_options INTERFACE
     -Wall -Wextra -Wshadow -Wconversion
     # Members that the system's own records leave to zero are meant to be zero.
-    -Wno-missing-field-initializers)
+    -Wno-missing-field-initializers
+    # GetProcAddress gives one function type for all.
+    -Wno-cast-function-type)
 # Not -Wnon-virtual-dtor: COM's interfaces have no destructor in their table, on both targets, so every class that
 # implements one would be warned about. What matters, deleting through a base, is in -Wall.
 if(WIN32)
     target_link_options(qx_options INTERFACE -static)
     target_compile_options(qx_options INTERFACE
-        -gdwarf-4                # the newest form that Wine's debug help reads
-        -Wno-cast-function-type) # GetProcAddress gives one function type for all
+        -gdwarf-4) # the newest form that Wine's debug help reads
 endif()
 
 set(QXUT_SANITIZE "" CACHE STRING "Sanitizers for the whole tree, as in -fsanitize=")

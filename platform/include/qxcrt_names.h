@@ -7,10 +7,12 @@
     {
 #define QXCRT_END }
 #define QXCRT_NOEXCEPT noexcept
+#define QXCRT_INLINE inline __attribute__((always_inline))
 #else
 #define QXCRT_BEGIN
 #define QXCRT_END
 #define QXCRT_NOEXCEPT
+#define QXCRT_INLINE extern inline __attribute__((always_inline, gnu_inline))
 #endif
 
 // The process holds other functions under the standard's names: those of the C library, made for characters of 32 bits,

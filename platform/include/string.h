@@ -10,6 +10,5 @@ QXCRT_BEGIN
 // These fold A to Z and nothing else.
 int _stricmp(const char* a, const char* b) QXCRT_NOEXCEPT QXCRT(_stricmp);
 int _strnicmp(const char* a, const char* b, size_t count) QXCRT_NOEXCEPT QXCRT(_strnicmp);
-char* _strdup(const char* text) QXCRT_NOEXCEPT QXCRT(_strdup); // to be given back by free()
 
 QXCRT_END

@@ -30,10 +30,7 @@ _Static_assert(sizeof(wchar_t) == 2, "compile with -fshort-wchar");
 
 struct tm;
 
-#ifndef QXCRT_ERRNO_T
-#define QXCRT_ERRNO_T
 typedef int errno_t;
-#endif
 
 QXCRT_BEGIN
 
@@ -47,33 +44,20 @@ wchar_t* wcsncat(wchar_t* target, const wchar_t* source, size_t count) QXCRT_NOE
 int wcscmp(const wchar_t* a, const wchar_t* b) QXCRT_NOEXCEPT QXCRT(wcscmp);
 int wcsncmp(const wchar_t* a, const wchar_t* b, size_t count) QXCRT_NOEXCEPT QXCRT(wcsncmp);
 int wmemcmp(const wchar_t* a, const wchar_t* b, size_t count) QXCRT_NOEXCEPT QXCRT(wmemcmp);
+wchar_t* wmemcpy(wchar_t* target, const wchar_t* source, size_t count) QXCRT_NOEXCEPT QXCRT(wmemcpy);
+wchar_t* wmemmove(wchar_t* target, const wchar_t* source, size_t count) QXCRT_NOEXCEPT QXCRT(wmemmove);
 wchar_t* wmemset(wchar_t* target, wchar_t c, size_t count) QXCRT_NOEXCEPT QXCRT(wmemset);
 
 // These fold A to Z and nothing else.
 int _wcsicmp(const wchar_t* a, const wchar_t* b) QXCRT_NOEXCEPT QXCRT(_wcsicmp);
 int _wcsnicmp(const wchar_t* a, const wchar_t* b, size_t count) QXCRT_NOEXCEPT QXCRT(_wcsnicmp);
 int wcscasecmp(const wchar_t* a, const wchar_t* b) QXCRT_NOEXCEPT QXCRT(_wcsicmp); // the name that GoogleTest uses
-wchar_t* _wcsupr(wchar_t* text) QXCRT_NOEXCEPT QXCRT(_wcsupr);
-wchar_t* _wcslwr(wchar_t* text) QXCRT_NOEXCEPT QXCRT(_wcslwr);
 
 wchar_t* _wcsdup(const wchar_t* text) QXCRT_NOEXCEPT QXCRT(_wcsdup); // to be given back by free()
 
 // Searches.
 size_t wcsspn(const wchar_t* text, const wchar_t* accepted) QXCRT_NOEXCEPT QXCRT(wcsspn);
 size_t wcscspn(const wchar_t* text, const wchar_t* rejected) QXCRT_NOEXCEPT QXCRT(wcscspn);
-wchar_t* wcstok(wchar_t* text, const wchar_t* separators, wchar_t** next) QXCRT_NOEXCEPT QXCRT(wcstok);
-
-static inline __attribute__((always_inline)) wchar_t* wmemcpy(
-    wchar_t* target, const wchar_t* source, size_t count) QXCRT_NOEXCEPT
-{
-    return (wchar_t*)__builtin_memcpy(target, source, count * sizeof(wchar_t));
-}
-
-static inline __attribute__((always_inline)) wchar_t* wmemmove(
-    wchar_t* target, const wchar_t* source, size_t count) QXCRT_NOEXCEPT
-{
-    return (wchar_t*)__builtin_memmove(target, source, count * sizeof(wchar_t));
-}
 
 // The formatter of wide text in the Microsoft dialect: `%s` and `%c` are wide, `%hs`, `%S`, `%C` narrow; `l` means 32
 // bits, `ll` and `I64` 64. A text that is longer than `size` is cut and gives -1; a terminator is only written where
@@ -109,6 +93,17 @@ int _snwscanf(const wchar_t* text, size_t length, const wchar_t* format, ...) QX
 // A time by %Y %y %m %d %H %M %S; the length, or 0 if the text doesn't fit or another conversion is asked for.
 size_t wcsftime(wchar_t* target, size_t size, const wchar_t* format, const struct tm* time) QXCRT_NOEXCEPT
     QXCRT(wcsftime);
+
+// As good as the copies of bytes, about which the compiler knows everything.
+QXCRT_INLINE wchar_t* wmemcpy(wchar_t* target, const wchar_t* source, size_t count) QXCRT_NOEXCEPT
+{
+    return (wchar_t*)__builtin_memcpy(target, source, count * sizeof(wchar_t));
+}
+
+QXCRT_INLINE wchar_t* wmemmove(wchar_t* target, const wchar_t* source, size_t count) QXCRT_NOEXCEPT
+{
+    return (wchar_t*)__builtin_memmove(target, source, count * sizeof(wchar_t));
+}
 
 QXCRT_END
 
@@ -170,6 +165,7 @@ int swprintf(wchar_t* target, size_t size, const wchar_t* format, ...) QXCRT_DIA
 int vswprintf(wchar_t* target, size_t size, const wchar_t* format, va_list arguments) QXCRT_DIALECT;
 int swscanf(const wchar_t* text, const wchar_t* format, ...) QXCRT_DIALECT;
 int vswscanf(const wchar_t* text, const wchar_t* format, va_list arguments) QXCRT_DIALECT;
+wchar_t* wcstok(wchar_t* text, const wchar_t* separators, wchar_t** next) QXCRT_NO_CALLER;
 int wcscoll(const wchar_t* a, const wchar_t* b) QXCRT_NO_CALLER;
 size_t wcsxfrm(wchar_t* target, const wchar_t* source, size_t size) QXCRT_NO_CALLER;
 float wcstof(const wchar_t* text, wchar_t** end) QXCRT_NO_CALLER;

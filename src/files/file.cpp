@@ -166,6 +166,18 @@ bool clsFile::MoveHandle(int64_t distance, DWORD origin)
     return SetFilePointerEx(_handle.Get(), move, nullptr, origin) != FALSE;
 }
 
+// What Seek does, with a result that tells of every failure.
+bool clsFile::MoveTo(int64_t position)
+{
+    if (_handle.IsValid())
+    {
+        return MoveHandle(position, FILE_BEGIN);
+    }
+    LARGE_INTEGER distance = {};
+    distance.QuadPart = position;
+    return _stream && SUCCEEDED(_stream->Seek(distance, STREAM_SEEK_SET, nullptr));
+}
+
 uint32_t clsFile::Read(void* buffer, uint32_t count)
 {
     if (_handle.IsValid())
@@ -187,9 +199,9 @@ int64_t clsFile::Write(const void* buffer, uint64_t count, int64_t position)
     {
         return -1;
     }
-    if (position != kCurrentPosition)
+    if (position != kCurrentPosition && !MoveTo(position))
     {
-        Seek(position);
+        return 0; // rather than write somewhere else
     }
 
     const auto* bytes = static_cast<const uint8_t*>(buffer);

@@ -179,6 +179,7 @@ private:
     int64_t HandlePosition() const;
     int64_t Position();
     bool MoveHandle(int64_t distance, DWORD origin);
+    bool MoveTo(int64_t position);
     bool WriteToHandle(const uint8_t* bytes, uint32_t count);
     bool WriteToStream(const uint8_t* bytes, uint32_t count);
     void LogWriteFailure(uint32_t written, uint32_t wanted, DWORD error);

@@ -141,7 +141,7 @@ HRESULT clsFile::SetSize(ULARGE_INTEGER size)
     }
     const auto newSize = static_cast<int64_t>(size.QuadPart);
     const int64_t before = Position();
-    if (Seek(newSize) != newSize) // the end would fall somewhere else
+    if (!MoveTo(newSize)) // the end would fall somewhere else
     {
         return frame.End(E_INVALIDARG);
     }

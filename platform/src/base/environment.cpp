@@ -64,18 +64,20 @@ std::optional<std::u16string> ValueOf(std::u16string_view name)
     return ToWide(variable->value);
 }
 
-// Replaces each %name% of a known variable; the percent signs of other text stay.
+// Replaces each %name% of a known variable. The text between two percent signs is a name, known or not: what isn't
+// known stays, with both of its signs.
 std::u16string Expand(std::u16string_view text)
 {
     std::u16string result;
     while (!text.empty())
     {
-        const size_t end = text[0] == u'%' ? text.find(u'%', 1) : text.npos;
-        const std::optional<std::u16string> value = end == text.npos ? std::nullopt : ValueOf(text.substr(1, end - 1));
-        // What was no variable may still end with the percent sign that begins the next one.
-        const size_t taken = value ? end + 1 : std::min(end, text.find(u'%', 1));
+        const bool isSign = text[0] == u'%';
+        const size_t sign = text.find(u'%', 1);
+        const size_t taken = std::min(isSign && sign != text.npos ? sign + 1 : sign, text.size());
+        const std::optional<std::u16string> value =
+            isSign && sign != text.npos ? ValueOf(text.substr(1, sign - 1)) : std::nullopt;
         result += value ? *value : text.substr(0, taken);
-        text.remove_prefix(std::min(taken, text.size()));
+        text.remove_prefix(taken);
     }
     return result;
 }

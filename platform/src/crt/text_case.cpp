@@ -1,4 +1,3 @@
-#include <wchar.h>
 #include <wctype.h>
 
 wint_t towlower(wint_t c) noexcept
@@ -17,18 +16,4 @@ int iswspace(wint_t c) noexcept
         return c == L' ' || (c >= L'\t' && c <= L'\r') || c == 0xa0;
     return (c >= 0x2000 && c <= 0x200a) || c == 0x1680 || c == 0x2028 || c == 0x2029 || c == 0x202f || c == 0x205f ||
            c == 0x3000;
-}
-
-wchar_t* _wcslwr(wchar_t* text) noexcept
-{
-    for (wchar_t* position = text; *position != 0; ++position)
-        *position = static_cast<wchar_t>(towlower(*position));
-    return text;
-}
-
-wchar_t* _wcsupr(wchar_t* text) noexcept
-{
-    for (wchar_t* position = text; *position != 0; ++position)
-        *position = static_cast<wchar_t>(towupper(*position));
-    return text;
 }

@@ -26,8 +26,3 @@ int _stricmp(const char* a, const char* b) noexcept
 {
     return _strnicmp(a, b, static_cast<size_t>(-1));
 }
-
-char* _strdup(const char* text) noexcept
-{
-    return text ? strdup(text) : nullptr;
-}

@@ -153,22 +153,3 @@ const wchar_t* wcspbrk(const wchar_t* text, const wchar_t* wanted) noexcept
     text += wcscspn(text, wanted);
     return *text != 0 ? text : nullptr;
 }
-
-wchar_t* wcstok(wchar_t* text, const wchar_t* separators, wchar_t** next) noexcept
-{
-    if (!text)
-        text = *next;
-    if (!text)
-        return nullptr;
-    text += wcsspn(text, separators);
-    if (*text == 0)
-    {
-        *next = nullptr;
-        return nullptr;
-    }
-    wchar_t* end = wcspbrk(text, separators);
-    *next = end ? end + 1 : nullptr;
-    if (end)
-        *end = 0;
-    return text;
-}

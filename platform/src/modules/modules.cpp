@@ -1,4 +1,5 @@
 #include <libloaderapi.h>
+#include <winbase.h>
 
 #include "base/fail.h"
 #include "base/text.h"

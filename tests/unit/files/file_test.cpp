@@ -98,6 +98,7 @@ TEST(File, ReadsAndWritesAFile)
         EXPECT_EQ(file.Seek(100), 100);
         EXPECT_EQ(file.Seek(-5), 0); // fails
         EXPECT_EQ(file.Tell(), 100);
+        EXPECT_EQ(file.Write("nowhere", 7, -5), 0);
         EXPECT_EQ(file.WriteChars(L"\u00E4b", 1), 1);
         EXPECT_EQ(file.WriteChars(L"cd"), 2);
     }
@@ -131,6 +132,7 @@ TEST(File, ReadsAndWritesAStream)
     stream.seekResult = E_FAIL;
     EXPECT_EQ(file.Seek(1), -1);
     EXPECT_EQ(file.Tell(), -1);
+    EXPECT_EQ(file.Write("nowhere", 7, 0x10), 0);
 
     file.Close();
     EXPECT_EQ(stream.references, 1U);

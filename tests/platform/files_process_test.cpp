@@ -1,0 +1,197 @@
+// What holds between processes: sharing modes, byte locks, the end of a process. The second process is this program.
+#include "system_support.h"
+
+#include "files_process_peer.h"
+
+#include <algorithm>
+#include <iterator>
+#include <thread>
+#include <vector>
+
+using namespace qxtest;
+
+namespace
+{
+
+constexpr DWORD readWrite = GENERIC_READ | GENERIC_WRITE;
+
+class FilesBetweenProcesses : public testing::Test
+{
+protected:
+    FilesBetweenProcesses() { MakeFile(path, "0123456789"); }
+
+    // Whether a file can be opened now, with the error if not.
+    DWORD Try(DWORD access, DWORD share)
+    {
+        const Handle file = Open(path, access, share);
+        return file ? DWORD{ERROR_SUCCESS} : GetLastError();
+    }
+
+    const Folder folder;
+    const Text path = folder / L"file";
+};
+
+TEST_F(FilesBetweenProcesses, SharingModesHold)
+{
+    struct
+    {
+        DWORD access, share;   // of the other process
+        DWORD access2, share2; // of this one
+        bool mayBoth;
+    } constexpr cases[] = {
+        // A file that is held for writing lets readers in who share writing, and no second writer.
+        {readWrite, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, true},
+        {readWrite, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ, false},
+        {readWrite, FILE_SHARE_READ, readWrite, FILE_SHARE_READ, false},
+        {readWrite, FILE_SHARE_READ, GENERIC_WRITE, shareAll, false},
+        {GENERIC_WRITE, 0, GENERIC_READ, shareAll, false},
+        {GENERIC_READ, 0, GENERIC_READ, shareAll, false},
+        {GENERIC_READ, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ, true},
+        {GENERIC_READ, FILE_SHARE_READ, GENERIC_WRITE, shareAll, false},
+        {GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, GENERIC_READ | DELETE, shareAll, false},
+    };
+    for (const auto& [access, share, access2, share2, mayBoth] : cases)
+    {
+        SCOPED_TRACE(testing::Message() << std::hex << access << '/' << share << " then " << access2 << '/' << share2);
+        Peer peer(folder, "hold", path, access, share);
+        ASSERT_TRUE(peer.WaitUntilReady());
+        EXPECT_EQ(Try(access2, share2), mayBoth ? 0 : DWORD{ERROR_SHARING_VIOLATION});
+        EXPECT_EQ(peer.Finish(), 0u);
+        EXPECT_EQ(Try(access2, share2), 0u) << "free again";
+    }
+}
+
+TEST_F(FilesBetweenProcesses, AHeldFileIsNotDeletedAndNotReplaced)
+{
+    Peer peer(folder, "hold", path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+    ASSERT_TRUE(peer.WaitUntilReady());
+    EXPECT_EQ(ErrorOf([&] { return DeleteFileW(path); }), DWORD{ERROR_SHARING_VIOLATION});
+    EXPECT_EQ(ErrorOf([&] { return MoveFileExW(path, folder / L"other", 0); }), DWORD{ERROR_SHARING_VIOLATION});
+    EXPECT_EQ(peer.Finish(), 0u);
+    EXPECT_TRUE(DeleteFileW(path));
+}
+
+TEST_F(FilesBetweenProcesses, NothingIsLeftOfAProcessThatIsKilled)
+{
+    Peer peer(folder, "lock", path, readWrite, 0);
+    ASSERT_TRUE(peer.WaitUntilReady());
+    EXPECT_EQ(Try(GENERIC_READ, shareAll), DWORD{ERROR_SHARING_VIOLATION});
+    EXPECT_EQ(peer.Kill(77), 77u);
+    const Handle file = Open(path, readWrite, 0);
+    ASSERT_TRUE(file);
+    EXPECT_TRUE(LockFile(file, 0, 0, 1, 0));
+}
+
+TEST_F(FilesBetweenProcesses, ByteLocksHold)
+{
+    // Locks are taken through handles of either kind, and both kinds exclude each other.
+    for (const DWORD access : {DWORD{GENERIC_READ}, readWrite})
+        for (const DWORD access2 : {DWORD{GENERIC_READ}, readWrite})
+        {
+            SCOPED_TRACE(testing::Message() << std::hex << access << " then " << access2);
+            Peer peer(folder, "lock", path, access, shareAll); // locks bytes 2 to 4
+            ASSERT_TRUE(peer.WaitUntilReady());
+            const Handle file = Open(path, access2, shareAll);
+            ASSERT_TRUE(file);
+            EXPECT_EQ(ErrorOf([&] { return LockFile(file, 0, 0, 10, 0); }), DWORD{ERROR_LOCK_VIOLATION});
+            EXPECT_EQ(ErrorOf([&] { return LockFile(file, 4, 0, 1, 0); }), DWORD{ERROR_LOCK_VIOLATION});
+            EXPECT_TRUE(LockFile(file, 0, 0, 2, 0));
+            EXPECT_TRUE(LockFile(file, 5, 0, 0xFFFFFFFF, 0xFFFFFFFF - 1)) << "up to the last offset";
+            EXPECT_TRUE(UnlockFile(file, 0, 0, 2, 0));
+            EXPECT_EQ(peer.Finish(), 0u);
+            EXPECT_TRUE(LockFile(file, 0, 0, 5, 0));
+        }
+}
+
+// Wine doesn't refuse these transfers, which the system does.
+TEST_F(FilesBetweenProcesses, LockedBytesAreKeptFromOthers)
+{
+    if (!isLayer)
+        GTEST_SKIP();
+    Peer peer(folder, "lock", path, readWrite, shareAll);
+    ASSERT_TRUE(peer.WaitUntilReady());
+    const Handle file = Open(path, readWrite, shareAll);
+    char bytes[10];
+    DWORD count = 0;
+    EXPECT_EQ(ErrorOf([&] { return ReadFile(file, bytes, 10, &count, nullptr); }), DWORD{ERROR_LOCK_VIOLATION});
+    EXPECT_EQ(ErrorOf([&] { return WriteFile(file, bytes, 3, &count, nullptr); }), DWORD{ERROR_LOCK_VIOLATION});
+    EXPECT_EQ(ReadBytes(file, 2), "01") << "before the locked bytes";
+    EXPECT_EQ(peer.Finish(), 0u);
+    EXPECT_EQ(ReadBytes(file), "23456789");
+}
+
+TEST_F(FilesBetweenProcesses, FileOfAnEndedProcessGoesWithIt)
+{
+    const Text temporary = folder / L"temporary";
+    {
+        Peer peer(folder, "temporary", temporary, readWrite, shareAll);
+        ASSERT_TRUE(peer.WaitUntilReady());
+        EXPECT_TRUE(Exists(temporary));
+        EXPECT_EQ(peer.Finish(), 0u);
+    }
+    EXPECT_FALSE(Exists(temporary));
+}
+
+// Many processes try to open the same file for themselves at the same moment, over and over: never do two have it, and
+// the winners' sum of steps shows that each increment was made alone.
+TEST_F(FilesBetweenProcesses, OnlyOneOfManyGetsTheFile)
+{
+    constexpr int peers = 4, rounds = 150;
+    const Text counter = folder / L"counter";
+    MakeFile(counter, "0");
+    std::vector<std::unique_ptr<Peer>> all;
+    for (int index = 0; index < peers; ++index)
+        all.push_back(std::make_unique<Peer>(folder, "count", counter, readWrite, rounds));
+    for (const auto& peer : all)
+        EXPECT_EQ(peer->Finish(), 0u);
+    EXPECT_EQ(BytesOf(counter), std::to_string(peers * rounds));
+}
+
+// The same through byte locks, by two that write and two that only read as they lock.
+TEST_F(FilesBetweenProcesses, OnlyOneOfManyGetsTheLock)
+{
+    constexpr int peers = 4, rounds = 150;
+    const Text counter = folder / L"counter";
+    MakeFile(counter, "0");
+    std::vector<std::unique_ptr<Peer>> all;
+    for (int index = 0; index < peers; ++index)
+        all.push_back(std::make_unique<Peer>(
+            folder, "countlocked", counter, index % 2 == 0 ? readWrite : DWORD{GENERIC_READ}, rounds));
+    for (const auto& peer : all)
+        EXPECT_EQ(peer->Finish(), 0u);
+    EXPECT_EQ(BytesOf(counter), std::to_string(peers * rounds));
+}
+
+// Of two that want a free file at the same moment, one gets it: a refusal must have a reason.
+TEST_F(FilesBetweenProcesses, OneOfTwoAlwaysGetsTheFile)
+{
+    constexpr int rounds = isLayer ? 5000 : 200;
+    std::atomic<int> arrivals = 0;
+    // Spins, so that both go on as close to each other as can be.
+    const auto meet = [&arrivals](int meeting)
+    {
+        ++arrivals;
+        for (int turn = 0; arrivals < 2 * meeting; ++turn)
+            if (turn > 1000)
+                std::this_thread::yield();
+    };
+    std::atomic<int> winners[rounds] = {};
+    const auto compete = [&]
+    {
+        for (int round = 0; round < rounds; ++round)
+        {
+            meet(3 * round + 1);
+            Handle file = Open(path, readWrite, FILE_SHARE_READ);
+            winners[round] += file ? 1 : 0;
+            meet(3 * round + 2); // kept until the other has tried
+            file.Close();
+            meet(3 * round + 3);
+        }
+    };
+    std::thread other(compete);
+    compete();
+    other.join();
+    EXPECT_TRUE(std::all_of(std::begin(winners), std::end(winners), [](int count) { return count == 1; }));
+}
+
+} // namespace
