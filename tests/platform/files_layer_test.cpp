@@ -1,0 +1,205 @@
+// What only the layer has: drives and shares as links, names that are no UTF-8, links, other programs' locks.
+#include "system_support.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace qxtest;
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+void MakeNative(const fs::path& path, std::string_view bytes = "native")
+{
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+Text FullPath(const Text& path)
+{
+    WCHAR buffer[1000] = {};
+    GetFullPathNameW(path, 1000, buffer, nullptr);
+    return buffer;
+}
+
+class FilesOfTheLayer : public testing::Test
+{
+protected:
+    FilesOfTheLayer()
+    {
+        if (const char* const former = std::getenv("QXPLATFORM_HOME"))
+            _formerHome = former;
+        setenv("QXPLATFORM_HOME", (native / "home").c_str(), 1);
+        fs::create_directories(native / "home/dosdevices/unc/server");
+        fs::create_directories(native / "home/dosdevices/unc/mixed");
+        fs::create_directories(native / "drive");
+        fs::create_directories(native / "share");
+        fs::create_directory_symlink(native / "drive", native / "home/dosdevices/c:");
+        fs::create_directory_symlink(native / "share", native / "home/dosdevices/unc/server/share");
+        fs::create_directory_symlink(native / "share", native / "home/dosdevices/unc/mixed/SHARE");
+        MakeNative(native / "drive/file", "on the drive");
+        MakeNative(native / "share/file", "on the share");
+        MakeNative(native / "file", "at the root");
+    }
+    ~FilesOfTheLayer() override
+    {
+        if (_formerHome.empty())
+            unsetenv("QXPLATFORM_HOME");
+        else
+            setenv("QXPLATFORM_HOME", _formerHome.c_str(), 1);
+        fs::remove_all(native / "home"); // links, which the folder's own clearing would follow
+    }
+
+    const Folder folder;
+    const fs::path native = folder.path().Narrow();
+
+private:
+    std::string _formerHome;
+};
+
+TEST_F(FilesOfTheLayer, FormsOfPaths)
+{
+    const Text root = folder.path();
+    const auto backslashed = [](const Text& path)
+    {
+        std::string narrow = path.Narrow();
+        for (char& c : narrow)
+            c = c == '/' ? '\\' : c;
+        return Text::Widen(narrow);
+    };
+    EXPECT_EQ(BytesOf(backslashed(root) + L"\\file"), "at the root");
+    EXPECT_EQ(BytesOf(L"Z:" + root + L"/file"), "at the root");
+    EXPECT_EQ(BytesOf(Text(L"z:") + backslashed(root) + L"\\file"), "at the root");
+    EXPECT_EQ(BytesOf(Text(L"\\\\?\\") + root + L"/file"), "at the root");
+    EXPECT_EQ(BytesOf(Text(L"\\\\?\\Z:") + backslashed(root) + L"\\file"), "at the root");
+    EXPECT_EQ(BytesOf(Text(L"/") + root + L"/file"), "at the root") << "two slashes are one";
+    EXPECT_EQ(BytesOf(L"C:\\file"), "on the drive");
+    EXPECT_EQ(BytesOf(L"c:/file"), "on the drive");
+    EXPECT_EQ(BytesOf(L"c:file"), "on the drive");
+    EXPECT_EQ(BytesOf(L"C:\\..\\..\\file"), "on the drive") << "nothing is above a drive";
+    EXPECT_EQ(BytesOf(L"\\\\?\\C:\\file"), "on the drive");
+    EXPECT_EQ(BytesOf(L"\\\\server\\share\\file"), "on the share");
+    EXPECT_EQ(BytesOf(L"\\\\SERVER\\Share\\sub\\..\\file"), "on the share");
+    EXPECT_EQ(BytesOf(L"\\\\mixed\\SHARE\\file"), "on the share");
+    EXPECT_EQ(BytesOf(L"\\\\?\\UNC\\server\\share\\file"), "on the share");
+
+    const auto error = [](const Text& path)
+    {
+        return ErrorOf([&] { return static_cast<bool>(Open(path, GENERIC_READ, shareAll)); });
+    };
+    EXPECT_EQ(error(L"D:\\file"), DWORD{ERROR_PATH_NOT_FOUND});
+    EXPECT_EQ(error(L"\\\\server\\other\\file"), DWORD{ERROR_PATH_NOT_FOUND});
+    EXPECT_EQ(error(L"\\\\.\\device"), DWORD{ERROR_PATH_NOT_FOUND});
+    EXPECT_EQ(error(root + L"/FILE"), DWORD{ERROR_FILE_NOT_FOUND}) << "names have case";
+
+    EXPECT_EQ(FullPath(L"Z:\\a\\b"), Text(L"/a/b")) << "given out as Linux has them";
+    EXPECT_EQ(FullPath(L"c:\\sub\\"), root + L"/home/dosdevices/c:/sub/");
+    EXPECT_EQ(FullPath(L"\\\\server\\share"), root + L"/home/dosdevices/unc/server/share");
+}
+
+TEST_F(FilesOfTheLayer, NamesOfAnyBytesAreListedAndOpened)
+{
+    const std::string names[] = {"\xC3\xA4.txt", "\xE4.txt", "\xF0\x9F\x98\x80.txt", "\xED\xA0\x80.txt", "a\\b.txt",
+        "\xFF\xFE.txt", "\xC3.txt", "star*.txt"};
+    fs::create_directory(native / "names");
+    for (const std::string& name : names)
+        MakeNative(native / "names" / name, name);
+    WIN32_FIND_DATAW data{};
+    const HANDLE find = FindFirstFileW(folder / L"names/*.txt", &data);
+    ASSERT_NE(find, INVALID_HANDLE_VALUE);
+    size_t count = 0;
+    do
+    {
+        ++count;
+        const Text path = folder / L"names/" + data.cFileName;
+        const std::string content = BytesOf(path);
+        EXPECT_NE(std::find(std::begin(names), std::end(names), content), std::end(names)) << content;
+        EXPECT_TRUE(DeleteFileW(path));
+        EXPECT_FALSE(fs::exists(native / "names" / content));
+    } while (FindNextFileW(find, &data));
+    FindClose(find);
+    EXPECT_EQ(count, std::size(names));
+}
+
+TEST_F(FilesOfTheLayer, Links)
+{
+    fs::create_symlink(native / "file", native / "link");
+    fs::create_symlink(native / "missing", native / "dangling");
+    EXPECT_EQ(BytesOf(folder / L"link"), "at the root");
+    EXPECT_TRUE(DeleteFileW(folder / L"link"));
+    EXPECT_TRUE(fs::exists(native / "file")) << "the link goes, not the file";
+    EXPECT_EQ(GetFileAttributesW(folder / L"dangling"), INVALID_FILE_ATTRIBUTES);
+    MakeFile(folder / L"dangling", "made through the link");
+    EXPECT_EQ(BytesOf(folder / L"missing"), "made through the link");
+}
+
+// Programs that know nothing of the layer lock files in ways of their own.
+TEST_F(FilesOfTheLayer, LocksOfOtherPrograms)
+{
+    const int other = open((native / "file").c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_GE(other, 0);
+    const auto lock = [other](short type, off_t start, off_t length)
+    {
+        struct flock request
+        {
+        };
+        request.l_type = type;
+        request.l_start = start;
+        request.l_len = length;
+        return fcntl(other, F_OFD_SETLK, &request);
+    };
+    // The layer's marks don't keep such a program from its own locks, as long as those stay where data is.
+    {
+        const Handle file = Open(folder / L"file", GENERIC_READ | GENERIC_WRITE, 0);
+        EXPECT_TRUE(file);
+        EXPECT_EQ(lock(F_WRLCK, 0, 1000), 0);
+        EXPECT_EQ(ErrorOf([&] { return LockFile(file, 0, 0, 1, 0); }), DWORD{ERROR_LOCK_VIOLATION});
+    }
+    // A whole file that another program writes is in use; one that it reads may be read.
+    EXPECT_EQ(lock(F_WRLCK, 0, 0), 0);
+    EXPECT_EQ(ErrorOf([&] { return static_cast<bool>(Open(folder / L"file", GENERIC_READ, shareAll)); }),
+        DWORD{ERROR_SHARING_VIOLATION});
+    EXPECT_EQ(lock(F_RDLCK, 0, 0), 0);
+    EXPECT_TRUE(Open(folder / L"file", GENERIC_READ, FILE_SHARE_READ));
+    EXPECT_EQ(ErrorOf([&] { return static_cast<bool>(Open(folder / L"file", GENERIC_WRITE, shareAll)); }),
+        DWORD{ERROR_SHARING_VIOLATION});
+    EXPECT_TRUE(DeleteFileW(folder / L"file")) << "who reads on Linux doesn't mind that the name goes";
+    close(other);
+}
+
+// A lock that comes later hides nothing of what stood there before.
+TEST_F(FilesOfTheLayer, OtherProgramsLocksHideNoModes)
+{
+    const Handle held = Open(folder / L"file", GENERIC_READ | GENERIC_WRITE, 0);
+    const int other = open((native / "file").c_str(), O_RDWR | O_CLOEXEC);
+    struct flock request
+    {
+    };
+    request.l_type = F_RDLCK;
+    ASSERT_EQ(fcntl(other, F_OFD_SETLK, &request), 0);
+    EXPECT_EQ(ErrorOf([&] { return static_cast<bool>(Open(folder / L"file", GENERIC_READ, shareAll)); }),
+        DWORD{ERROR_SHARING_VIOLATION});
+    close(other);
+}
+
+TEST_F(FilesOfTheLayer, WritersWithoutTheRightToRead)
+{
+    if (geteuid() == 0)
+        GTEST_SKIP() << "the administrator may read everything";
+    chmod((native / "file").c_str(), 0200);
+    const auto open = [this]
+    {
+        return Open(folder / L"file", GENERIC_WRITE, FILE_SHARE_WRITE);
+    };
+    const Handle first = open(), second = open();
+    EXPECT_TRUE(first && second) << "two that share don't disturb each other";
+    EXPECT_FALSE(Open(folder / L"file", GENERIC_WRITE, 0));
+}
+
+} // namespace
