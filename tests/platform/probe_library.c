@@ -1,10 +1,11 @@
 /* A library that the tests load by name. */
-#if defined(_WIN32)
-__declspec(dllexport)
+#if defined(_WIN32) /* each system has its own word for it */
+#define PROBE_EXPORT __declspec(dllexport)
 #else
-__attribute__((visibility("default")))
+#define PROBE_EXPORT __attribute__((visibility("default")))
 #endif
-int QxProbeAnswer(void)
+
+PROBE_EXPORT int QxProbeAnswer(void)
 {
     return 42;
 }

@@ -286,7 +286,7 @@ TEST(VersionBlocks, FilesWithoutOne)
     DWORD handle = 1;
     EXPECT_EQ(GetFileVersionInfoSizeW(L"missing folder/missing.dll", &handle), 0u);
     EXPECT_EQ(GetFileVersionInfoSizeW(nullptr, &handle), 0u);
-#ifndef _WIN32
+#ifndef _WIN32 // files that only linux has
     EXPECT_EQ(GetFileVersionInfoSizeW(L"/proc/self/status", &handle), 0u);
     EXPECT_EQ(GetLastError(), DWORD{ERROR_RESOURCE_DATA_NOT_FOUND});
     EXPECT_EQ(GetFileVersionInfoSizeW(L"/nowhere.so", &handle), 0u);
