@@ -1,7 +1,7 @@
 // What holds between processes: sharing modes, byte locks, the end of a process. The second process is this program.
 #include "system_support.h"
 
-#include "files_process_peer.h"
+#include "peer.h"
 
 #include <algorithm>
 #include <iterator>

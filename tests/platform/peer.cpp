@@ -1,4 +1,4 @@
-#include "files_process_peer.h"
+#include "peer.h"
 
 #include <cstdlib>
 #include <string>
@@ -105,6 +105,11 @@ int RunPeer(int count, char** arguments)
     const Text path = Text::Widen(arguments[2]);
     const DWORD first = static_cast<DWORD>(std::strtoul(arguments[3], nullptr, 10));
     const DWORD second = static_cast<DWORD>(std::strtoul(arguments[4], nullptr, 10));
+    if (task == "exit")
+    {
+        Sleep(first);
+        return static_cast<int>(second);
+    }
     if (task == "count")
         return CountAlone(path, second);
     if (task == "countlocked")
@@ -119,6 +124,21 @@ int RunPeer(int count, char** arguments)
     if (isTemporary)
         std::exit(result); // the handle is left to the end of the process
     return result;
+}
+
+int Tell(int count, char** arguments)
+{
+    std::string told;
+    const std::string question = count > 1 ? arguments[1] : "";
+    if (question == "--variable")
+        told = std::string("[") + std::getenv(arguments[2]) + "]";
+    else if (question == "--exists")
+        told = Exists(Text::Widen(arguments[2])) ? "[yes]" : "[no]";
+    else
+        for (int index = 1; index < count; ++index)
+            told += std::string("[") + arguments[index] + "]";
+    MakeFile(Text::Widen(arguments[0]), told);
+    return 0;
 }
 
 Peer::Peer(const Folder& folder, const char* task, const Text& path, DWORD first, DWORD second)
@@ -177,6 +197,8 @@ int main(int count, char** arguments)
 {
     if (count > 1 && std::string(arguments[1]) == "--peer")
         return qxtest::RunPeer(count - 2, arguments + 2);
+    if (count > 2 && std::string(arguments[1]) == "--tell")
+        return qxtest::Tell(count - 2, arguments + 2);
     testing::InitGoogleTest(&count, arguments);
     return RUN_ALL_TESTS();
 }
