@@ -154,11 +154,14 @@ TEST(StringCaseTest, LongTextsAndTheInvariantLocale)
     }
 }
 
+// What the system refuses: both at once.
+constexpr unsigned hiraganaAndKatakana = 0x00300000;
+
 TEST(StringCaseTest, FailureIsLoggedAndLeavesTheText)
 {
     DebugLineCapture lines;
     String s(L"abc");
-    s.LCMapString(LCMAP_HIRAGANA | LCMAP_KATAKANA, 0x400);
+    s.LCMapString(hiraganaAndKatakana, 0x400);
     EXPECT_STREQ(s.Text(), L"abc");
     EXPECT_EQ(lines.CountOf(L"ERR: String::LCMapString[Ex](0x400) failed: 0/4/3 : "), 1u);
     EXPECT_EQ(lines.CountOf(L"! (Even if SUCCEEDED is returned, the result is garbage)"), 1u);
