@@ -1,9 +1,8 @@
 #include "files/file.h"
 
-#include "core/developer_run.h"
 #include "files/name_check.h"
-#include "files/open_flags.h"
 #include "support/debug_lines.h"
+#include "support/developer_run.h"
 #include "support/peer_process.h"
 #include "support/temp_folder.h"
 
@@ -41,21 +40,6 @@ protected:
         }
         SetLastError(errors[attempt]);
         return INVALID_HANDLE_VALUE;
-    }
-};
-
-class DeveloperRun
-{
-public:
-    DeveloperRun()
-    {
-        SetEnvironmentVariableW(L"user", L"QvX");
-        ForgetDeveloperRun();
-    }
-    ~DeveloperRun()
-    {
-        SetEnvironmentVariableW(L"user", nullptr);
-        ForgetDeveloperRun();
     }
 };
 
@@ -118,33 +102,6 @@ TEST(NameCheck, LooksAtTheLastComponent)
     longName.Fill(L'x', 255);
     EXPECT_TRUE(IsFileNameAllowed(longName));
     EXPECT_FALSE(IsFileNameAllowed(longName + L"x"));
-}
-
-TEST(OpenErrors, AreClassified)
-{
-    const struct
-    {
-        DWORD error;
-        FileError kind;
-    } cases[] = {
-        {2, FileError::PathNotFound},
-        {3, FileError::PathNotFound},
-        {15, FileError::PathNotFound},
-        {53, FileError::PathNotFound},
-        {55, FileError::PathNotFound},
-        {32, FileError::InUse},
-        {33, FileError::InUse},
-        {183, FileError::AlreadyExists},
-        {5, FileError::AccessDenied},
-        {19, FileError::AccessDenied},
-        {123, FileError::Other},
-        {80, FileError::Other},
-        {0, FileError::Other},
-    };
-    for (const auto& c : cases)
-    {
-        EXPECT_EQ(ClassifyOpenError(c.error), c.kind) << c.error;
-    }
 }
 
 TEST(FileOpen, GivesTheSystemItsArguments)
@@ -260,36 +217,11 @@ TEST(FileOpen, LogsFailuresInDevelopersRuns)
     open();
     EXPECT_EQ(lines.Count(), 0U);
 
-    const DeveloperRun run;
+    const qxtest::UserIs developer(L"QvX");
     open();
     const String expected(String::formatted, L"clsFile::Open('%s') failed: '%s'", path.Text(),
         String::SystemErrorText(ERROR_FILE_NOT_FOUND).Text());
     EXPECT_STREQ(lines.Only().Text(), expected.Text());
-}
-
-TEST(FileOpen, CreatingWithoutWriteAccessIsRemarkedUpon)
-{
-    const TempFolder folder;
-    const DebugLines lines;
-    clsFile file(folder.Path(L"new"), FileAccess::Read, FileDisposition::OpenAlways, FileShare::Read, kFileData);
-    EXPECT_TRUE(file.IsOpen());
-    EXPECT_STREQ(lines.Only().Text(), L"creating a file without write access does not make much sense");
-}
-
-TEST(FileOpen, Dispositions)
-{
-    const TempFolder folder;
-    const String path = folder.Make(L"file", "content");
-    {
-        clsFileRW append(path, FileAccess::Write, FileDisposition::OpenAlways, FileShare::Read, kFileData);
-        EXPECT_EQ(append.GetSize(), 7);
-        EXPECT_EQ(append.Tell(), 0);
-    }
-    {
-        clsFileRW replace(path, FileAccess::ReadWrite, FileDisposition::CreateAlways, FileShare::None, kFileData);
-        EXPECT_EQ(replace.GetSize(), 0);
-    }
-    EXPECT_TRUE(qxtest::BytesOf(path).empty());
 }
 
 TEST(FileOpen, ReopeningClosesFirst)

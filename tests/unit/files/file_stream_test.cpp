@@ -1,8 +1,8 @@
 // A file object as COM consumers see it.
 #include "files/file.h"
 
-#include "core/developer_run.h"
 #include "support/debug_lines.h"
+#include "support/developer_run.h"
 #include "support/fake_stream.h"
 #include "support/temp_folder.h"
 
@@ -149,18 +149,6 @@ TEST_F(FileStream, ClosedOne)
     EXPECT_EQ(stream->Stat(&record, STATFLAG_NONAME), 2);
 }
 
-TEST_F(FileStream, WhatAFileDoesNotOffer)
-{
-    clsFileRW file;
-    OpenAs(file);
-    IStream* const stream = &file;
-    IStream* clone = nullptr;
-    FakeStream target;
-    EXPECT_EQ(stream->CopyTo(&target, Large(1), nullptr, nullptr), E_NOTIMPL);
-    EXPECT_EQ(stream->Revert(), E_NOTIMPL);
-    EXPECT_EQ(stream->Clone(&clone), E_NOTIMPL);
-}
-
 TEST_F(FileStream, LockRegionsExcludeOtherHandles)
 {
     clsFileRW file;
@@ -262,17 +250,6 @@ TEST_F(FileStream, Interfaces)
     EXPECT_EQ(clsFile::LivingObjects(), living - 1);
 }
 
-TEST_F(FileStream, ObjectOnTheStackSurvivesItsReferences)
-{
-    clsFileRW file;
-    file.SetDeleteOnLastRelease(false);
-    OpenAs(file);
-    IStream* const stream = &file;
-    EXPECT_EQ(stream->AddRef(), 1U);
-    EXPECT_EQ(stream->Release(), 0U);
-    EXPECT_TRUE(file.IsOpen());
-}
-
 TEST_F(FileStream, OperationsAreTracedInDevelopersRuns)
 {
     const DebugLines lines;
@@ -293,16 +270,12 @@ TEST_F(FileStream, OperationsAreTracedInDevelopersRuns)
         held.UnlockRegion(Large(1), Large(2), LOCK_EXCLUSIVE);
         static_cast<IStream&>(held).Write("ab", 2, nullptr);
     };
-    SetEnvironmentVariableW(L"user", nullptr);
-    ForgetDeveloperRun();
     operate();
     EXPECT_EQ(lines.Count(), 0U);
-
-    SetEnvironmentVariableW(L"user", L"QVX");
-    ForgetDeveloperRun();
-    operate();
-    SetEnvironmentVariableW(L"user", nullptr);
-    ForgetDeveloperRun();
+    {
+        const qxtest::UserIs developer(L"QVX");
+        operate();
+    }
 
     const String denied = String(L"<") + String::SystemErrorText(0x80070005);
     const String notImplemented = String(L"<") + String::SystemErrorText(0x80004001);

@@ -19,54 +19,6 @@ using qxtest::TempFolder;
 namespace
 {
 
-class StorageFile : public clsFileRW
-{
-public:
-    using clsFileRW::_storage;
-};
-
-// Only counts what a file object asks of it.
-class FakeStorage : public IStorage
-{
-public:
-    int commits = 0;
-    HRESULT commitResult = S_OK;
-    ULONG references = 1;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --references; }
-    HRESULT STDMETHODCALLTYPE CreateStream(const wchar_t*, DWORD, DWORD, DWORD, IStream**) override { return E_FAIL; }
-    HRESULT STDMETHODCALLTYPE OpenStream(const wchar_t*, void*, DWORD, DWORD, IStream**) override { return E_FAIL; }
-    HRESULT STDMETHODCALLTYPE CreateStorage(const wchar_t*, DWORD, DWORD, DWORD, IStorage**) override { return E_FAIL; }
-    HRESULT STDMETHODCALLTYPE OpenStorage(const wchar_t*, IStorage*, DWORD, SNB, DWORD, IStorage**) override
-    {
-        return E_FAIL;
-    }
-    HRESULT STDMETHODCALLTYPE CopyTo(DWORD, const IID*, SNB, IStorage*) override { return E_FAIL; }
-    HRESULT STDMETHODCALLTYPE MoveElementTo(const wchar_t*, IStorage*, const wchar_t*, DWORD) override
-    {
-        return E_FAIL;
-    }
-    HRESULT STDMETHODCALLTYPE Commit(DWORD) override
-    {
-        ++commits;
-        return commitResult;
-    }
-    HRESULT STDMETHODCALLTYPE Revert() override { return E_FAIL; }
-    HRESULT STDMETHODCALLTYPE EnumElements(DWORD, void*, DWORD, IEnumSTATSTG**) override { return E_FAIL; }
-    HRESULT STDMETHODCALLTYPE DestroyElement(const wchar_t*) override { return E_FAIL; }
-    HRESULT STDMETHODCALLTYPE RenameElement(const wchar_t*, const wchar_t*) override { return E_FAIL; }
-    HRESULT STDMETHODCALLTYPE SetElementTimes(
-        const wchar_t*, const FILETIME*, const FILETIME*, const FILETIME*) override
-    {
-        return E_FAIL;
-    }
-    HRESULT STDMETHODCALLTYPE SetClass(REFCLSID) override { return E_FAIL; }
-    HRESULT STDMETHODCALLTYPE SetStateBits(DWORD, DWORD) override { return E_FAIL; }
-    HRESULT STDMETHODCALLTYPE Stat(STATSTG*, DWORD) override { return E_FAIL; }
-};
-
 IStream* NewMemoryStream()
 {
     IStream* stream = nullptr;
@@ -287,20 +239,4 @@ TEST(File, PositionsFrom4GB)
     file.Seek(kFar);
     EXPECT_EQ(file.Read(buffer, 4), 4U);
     EXPECT_STREQ(buffer, "here");
-}
-
-TEST(File, StorageIsCommittedAndReleased)
-{
-    FakeStorage storage;
-    {
-        StorageFile file;
-        file._storage = &storage;
-        EXPECT_TRUE(file.IsOpen());
-        EXPECT_EQ(file.GetSize(), -1);
-        EXPECT_EQ(file.Commit(0), S_OK);
-        EXPECT_EQ(storage.commits, 1);
-        storage.commitResult = STG_E_MEDIUMFULL;
-        EXPECT_EQ(file.Commit(0), E_FAIL);
-    }
-    EXPECT_EQ(storage.references, 1U);
 }

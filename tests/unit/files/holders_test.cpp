@@ -5,8 +5,8 @@
 #include "files/iunknown_impl.h"
 
 #include "core/debugger.h"
-#include "core/developer_run.h"
 #include "support/debug_lines.h"
+#include "support/developer_run.h"
 #include "support/fake_stream.h"
 #include "support/temp_folder.h"
 
@@ -105,11 +105,8 @@ TEST(AutoRelease, EmptyOneIsReportedToDevelopers)
     EXPECT_EQ(empty.operator->(), nullptr);
     EXPECT_EQ(lines.Count(), 0U);
 
-    SetEnvironmentVariableW(L"user", L"qvx");
-    ForgetDeveloperRun();
+    const qxtest::UserIs developer(L"qvx");
     EXPECT_EQ(empty.operator->(), nullptr);
-    SetEnvironmentVariableW(L"user", nullptr);
-    ForgetDeveloperRun();
     EXPECT_STREQ(lines.Only().Text(), L"ERROR: Interface pointer is NULL, GPF will follow!");
     EXPECT_EQ(frames, 50);
     SetStackTraceHook(former);
@@ -170,18 +167,6 @@ TEST(HandleHolder, ClosesWhatIsItsOwn)
     holder.Take(foreign, true);
     holder.Take(nullptr, true);
     EXPECT_FALSE(IsOpenHandle(foreign));
-}
-
-TEST(HandleHolder, DuplicateOutlivesTheOriginal)
-{
-    const TempFolder folder;
-    const HANDLE original = OpenHandle(folder.Make(L"file", "abc"));
-    clsGenericHandleObjectAutoRelease holder;
-    ASSERT_TRUE(holder.Duplicate(original));
-    EXPECT_TRUE(CloseHandle(original));
-    EXPECT_TRUE(IsOpenHandle(holder.Get()));
-    EXPECT_FALSE(holder.Duplicate(nullptr));
-    EXPECT_FALSE(holder.IsValid());
 }
 
 TEST(GlobalLock, FreesItsBlock)
