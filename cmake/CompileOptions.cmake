@@ -24,9 +24,9 @@ else()
     target_compile_options(qx_text_model INTERFACE -fshort-wchar)
 endif()
 
-add_library(qx_options INTERFACE)
-target_link_libraries(qx_options INTERFACE qx_text_model)
-target_compile_options(qx_options INTERFACE
+# Apart from the text model for plain clients of the public headers, which do without it.
+add_library(qx_client_options INTERFACE)
+target_compile_options(qx_client_options INTERFACE
     -Wall -Wextra -Wshadow -Wconversion
     # Members that the system's own records leave to zero are meant to be zero.
     -Wno-missing-field-initializers
@@ -35,10 +35,13 @@ target_compile_options(qx_options INTERFACE
 # Not -Wnon-virtual-dtor: COM's interfaces have no destructor in their table, on both targets, so every class that
 # implements one would be warned about. What matters, deleting through a base, is in -Wall.
 if(WIN32)
-    target_link_options(qx_options INTERFACE -static)
-    target_compile_options(qx_options INTERFACE
+    target_link_options(qx_client_options INTERFACE -static)
+    target_compile_options(qx_client_options INTERFACE
         -gdwarf-4) # the newest form that Wine's debug help reads
 endif()
+
+add_library(qx_options INTERFACE)
+target_link_libraries(qx_options INTERFACE qx_text_model qx_client_options)
 
 set(QXUT_SANITIZE "" CACHE STRING "Sanitizers for the whole tree, as in -fsanitize=")
 if(QXUT_SANITIZE)

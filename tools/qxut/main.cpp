@@ -1,4 +1,71 @@
-int main()
+// qxut: the services of the library on the command line.
+#include "failure.h"
+#include "profile_commands.h"
+#include "terminal.h"
+
+#include <qxut23/profile.h>
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace
 {
-    return 0;
+
+constexpr char kExitCodes[] = "Exit codes:\n"
+                              "  0  done\n"
+                              "  1  there is no such value or list\n"
+                              "  2  the command line is wrong\n"
+                              "  3  the file can't be read\n"
+                              "  4  the file is not a well-formed profile\n"
+                              "  5  another process keeps the file, or its content can't be read\n"
+                              "  6  the file can't be written\n";
+
+std::string Version()
+{
+    return "qxut " + std::to_string(ProfGetVersion(1)) + "." + std::to_string(ProfGetVersion(2)) +
+           " (library version " + std::to_string(ProfGetVersion(0)) + ")";
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    using namespace qxut;
+
+    CLI::App program("The services of the qxUT23 library on the command line. Texts are UTF-8.", "qxut");
+    program.allow_windows_style_options(false); // a slash begins a path, on every target
+    program.require_subcommand(1);
+    program.set_help_all_flag("--help-all", "Print the help of all commands and exit");
+    program.set_version_flag("--version", Version());
+    program.footer(kExitCodes);
+    AddProfileCommands(program);
+
+    std::vector<std::string> arguments = StartTerminal(argc, argv);
+    std::reverse(arguments.begin(), arguments.end()); // the parser takes them from the end
+    try
+    {
+        program.parse(arguments);
+        std::cout.flush();
+        if (!std::cout)
+            throw Failure(kCannotWrite, "the output can't be written");
+        return kDone;
+    }
+    catch (const Failure& failure)
+    {
+        std::cerr << "qxut: " << failure.what() << '\n';
+        return failure.Code();
+    }
+    catch (const CLI::ParseError& error)
+    {
+        return program.exit(error) == 0 ? kDone : kWrongUsage;
+    }
+    catch (const std::exception& error)
+    {
+        std::cerr << "qxut: " << error.what() << '\n';
+        return kCannotRead;
+    }
 }

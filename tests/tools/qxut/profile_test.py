@@ -1,0 +1,129 @@
+"""profile_test.py COMMAND...: runs `qxut profile` as its users do. COMMAND starts the program."""
+
+import json
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+COMMAND = sys.argv[1:]
+SETTINGS = pathlib.Path(__file__).parents[2] / "data" / "settings"
+
+
+class ProfileCommands(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.file = self.write("file", "[/]\r\na=1\r\n[l]\r\nb=2\r\nb=3\r\n}\r\n[l]\r\nb=4\r\n}\r\nc=x\u240D\u240Ay\u241B[31m")
+
+    def write(self, name, text):
+        path = self.folder / name
+        path.write_bytes(text.encode("utf-16"))
+        return str(path)
+
+    def qxut(self, *arguments, code=0):
+        done = subprocess.run([*COMMAND, "profile", *arguments], capture_output=True, encoding="utf-8")
+        self.assertEqual(done.returncode, code, done)
+        if code != 0:
+            self.assertEqual(done.stdout, "")
+            self.assertTrue(done.stderr.startswith("qxut: ") or code == 2, done.stderr)
+        return done.stdout if code == 0 else done.stderr
+
+    def show(self, path=None):
+        return self.qxut("show", path or self.file)
+
+    def test_show_as_text(self):
+        self.assertEqual(self.show(), "a = 1\n[l]\n  b = 2\n  b = 3\n[l]\n  b = 4\nc = x\\r\\ny\\x1B[31m\n",
+                         "what would steer a terminal is shown instead")
+        self.assertEqual(self.qxut("show", self.file, "--list", "l"), "b = 2\nb = 3\n")
+        self.assertIn("no list 'm'", self.qxut("show", self.file, "--list", "m", code=1))
+
+    def test_show_as_json(self):
+        self.assertEqual(json.loads(self.qxut("show", self.file, "--json")), [
+            {"name": "a", "value": "1"},
+            {"name": "l", "list": [{"name": "b", "value": "2"}, {"name": "b", "value": "3"}]},
+            {"name": "l", "list": [{"name": "b", "value": "4"}]},
+            {"name": "c", "value": "x\r\ny\x1b[31m"}])
+        nothing = self.write("nothing", "[/]\n[l]\n[m]\n")
+        self.assertEqual(json.loads(self.qxut("show", nothing, "--json")),
+                         [{"name": "l", "list": [{"name": "m", "list": []}]}])
+        self.assertEqual(json.loads(self.qxut("show", nothing, "--list", "l/m", "--json")), [])
+
+    def test_show_of_a_file_made_by_others(self):
+        php = str(SETTINGS / "php.ini-production")
+        self.assertIn("short_open_tag  =  Off\n", self.qxut("show", php))
+        self.assertEqual(self.qxut("get", php, "--list", "CLI Server", "--path", "cli_server.color "), " On\n")
+        mousepad = str(SETTINGS / "org.xfce.mousepad.desktop")
+        self.assertEqual(self.qxut("get", mousepad, "--path", "Comment[uk]"),
+                         "\u041f\u0440\u043e\u0441\u0442\u0438\u0439 \u0442\u0435\u043a\u0441\u0442\u043e"
+                         "\u0432\u0438\u0439 \u0440\u0435\u0434\u0430\u043a\u0442\u043e\u0440\n")
+
+    def test_get(self):
+        self.assertEqual(self.qxut("get", self.file, "--path", "l/b"), "2\n")
+        self.assertEqual(self.qxut("get", self.file, "--list", "l", "--path", "b"), "2\n")
+        self.assertEqual(self.qxut("get", self.file, "--path", "l/x", "--default", "-"), "-\n")
+        self.assertEqual(json.loads(self.qxut("get", self.file, "--path", "c", "--json")),
+                         {"path": "c", "value": "x\r\ny\x1b[31m", "found": True})
+        self.assertIn("no value 'l/x'", self.qxut("get", self.file, "--path", "l/x", code=1))
+
+    def test_set_and_append(self):
+        self.qxut("set", self.file, "--path", "l/b", "new")
+        self.qxut("set", self.file, "--list", "l", "--path", "m/n", "--", "-5")
+        self.qxut("append", self.file, "--path", "a", "again")
+        self.qxut("append", self.file, "--path", "l", "--new-list")
+        self.assertEqual(self.show(), "a = 1\n[l]\n  b = new\n  b = 3\n  [m]\n    n = -5\n[l]\n  b = 4\n"
+                                      "c = x\\r\\ny\\x1B[31m\na = again\n[l]\n")
+        self.assertIn("no such file", self.qxut("set", str(self.folder / "none"), "--path", "a", "1", code=3))
+        self.qxut("set", str(self.folder / "none"), "--path", "a", "1", "--create")
+        self.assertEqual(self.show(str(self.folder / "none")), "a = 1\n")
+
+    def test_output_leaves_the_file_alone(self):
+        source = self.folder / "python.desktop"
+        shutil.copy(SETTINGS / "python3.11.desktop", source)
+        before = source.read_bytes()
+        self.assertEqual(json.loads(self.qxut("set", str(source), "--path", "Type", "Changed", "--json",
+                                              "--output", str(self.folder / "out"))),
+                         {"file": str(self.folder / "out"), "changed": 1})
+        self.assertEqual(source.read_bytes(), before)
+        self.assertEqual(self.qxut("get", str(self.folder / "out"), "--path", "Type"), "Changed\n")
+
+    def test_delete(self):
+        self.assertEqual(json.loads(self.qxut("delete", self.file, "--path", "l/b", "--json"))["changed"], 3)
+        self.assertIn("no value 'l'", self.qxut("delete", self.file, "--path", "l", code=1))
+        self.qxut("delete", self.file, "--path", "l", "--lists")
+        self.assertEqual(self.show(), "a = 1\nc = x\\r\\ny\\x1B[31m\n")
+
+    def test_copy(self):
+        target = str(self.folder / "target")
+        self.qxut("copy", self.file, target, "--list", "l", "--to", "x/y")
+        self.assertEqual(json.loads(self.qxut("copy", self.file, target, "--list", "l", "--to", "x/y", "--json")),
+                         {"file": target, "changed": 2})
+        self.assertEqual(self.show(target), "[x]\n  [y]\n    b = 2\n    b = 3\n    b = 2\n    b = 3\n")
+
+    def test_errors_name_file_and_reason(self):
+        (self.folder / "short").write_bytes(b"[/]")
+        for name, code, reason in (("none", 3, "there is no such file"), (".", 3, "it is a folder"),
+                                   ("short", 5, "it has only 3 bytes")):
+            path = str(self.folder / name)
+            message = self.qxut("show", path, code=code)
+            self.assertIn(path, message)
+            self.assertIn(reason, message)
+        self.assertIn("--path", self.qxut("get", self.file, code=2))
+        self.qxut("unknown", code=2)
+        note = subprocess.run([*COMMAND, "profile", "show", str(SETTINGS / "smb.conf")], capture_output=True)
+        self.assertIn(b"has no entries", note.stderr)
+
+    def test_help_and_version(self):
+        for arguments in (["--help"], ["profile", "--help"], ["profile", "set", "--help"]):
+            done = subprocess.run([*COMMAND, *arguments], capture_output=True, encoding="utf-8")
+            self.assertEqual(done.returncode, 0)
+            self.assertIn("Usage: qxut", done.stdout)
+        version = subprocess.run([*COMMAND, "--version"], capture_output=True, encoding="utf-8")
+        self.assertEqual((version.returncode, version.stdout.strip()), (0, "qxut 23.2 (library version 5890)"))
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])

@@ -1,0 +1,31 @@
+// How the program ends when it can't do what it was asked for.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace qxut
+{
+
+enum ExitCode
+{
+    kDone = 0,
+    kNotFound = 1,
+    kWrongUsage = 2,
+    kCannotRead = 3,
+    kMalformed = 4,
+    kLocked = 5,
+    kCannotWrite = 6
+};
+
+class Failure : public std::runtime_error
+{
+public:
+    Failure(ExitCode code, const std::string& message) : std::runtime_error(message), _code(code) {}
+    ExitCode Code() const { return _code; }
+
+private:
+    ExitCode _code;
+};
+
+} // namespace qxut

@@ -1,0 +1,14 @@
+// qxut profile ...: the commands for profiles.
+#pragma once
+
+namespace CLI
+{
+class App;
+}
+
+namespace qxut
+{
+
+void AddProfileCommands(CLI::App& program);
+
+} // namespace qxut

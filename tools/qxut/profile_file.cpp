@@ -1,0 +1,159 @@
+#include "profile_file.h"
+
+#include "failure.h"
+#include "text.h"
+
+#include <filesystem>
+#include <vector>
+
+namespace qxut
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+// Looks at the file itself for what the code leaves open.
+std::string ReasonOfFailedRead(const std::string& path, int32_t error)
+{
+    std::error_code ignored;
+    const fs::path file = fs::u8path(path);
+    if (fs::is_directory(file, ignored))
+        return "it is a folder";
+    if (!fs::exists(file, ignored))
+        return "there is no such file";
+    const auto size = fs::file_size(file, ignored);
+    if (error == PROF_ERR_LOCKED && !ignored && size < 4)
+        return "it has only " + std::to_string(size) + " bytes, which is no profile";
+    switch (error)
+    {
+    case PROF_ERR_MALFORMED:
+        return "it is not a well-formed profile";
+    case PROF_ERR_LOCKED:
+        return "another process keeps it, or its content can't be read";
+    case PROF_ERR_CANNOT_WRITE:
+        return "it can't be opened for writing";
+    default:
+        return "it can't be opened";
+    }
+}
+
+ExitCode ExitCodeOf(int32_t error)
+{
+    switch (error)
+    {
+    case PROF_ERR_MALFORMED:
+        return kMalformed;
+    case PROF_ERR_LOCKED:
+        return kLocked;
+    case PROF_ERR_CANNOT_WRITE:
+    case PROF_ERR_WRITE_FAILED:
+        return kCannotWrite;
+    default:
+        return kCannotRead;
+    }
+}
+
+std::vector<Entry> EntriesOf(HPROFJOB job, HPROFLIST list)
+{
+    std::vector<Entry> entries;
+    ProfEnumW(
+        job, list,
+        [](HPROFJOB, const QXWCHAR* name, const QXWCHAR* value, HPROFLIST child, void* context) -> int32_t
+        {
+            static_cast<std::vector<Entry>*>(context)->push_back({Utf8(name), Utf8(value), child});
+            return 1;
+        },
+        &entries);
+    return entries;
+}
+
+} // namespace
+
+ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MayBeMissing)
+    : _path(path),
+      _job(sharing == Sharing::Readers ? ProfJobOpenW(WideText(path)) : ProfJobOpenExclusiveW(WideText(path)))
+{
+    const int32_t error = ProfGetError(_job);
+    if (error == PROF_OK)
+        return;
+    ProfJobClose(_job);
+    throw Failure(ExitCodeOf(error), path + ": " + ReasonOfFailedRead(path, error));
+}
+
+ProfileFile::ProfileFile(const std::string& path, Sharing sharing)
+    : ProfileFile(
+          [&]() -> const std::string&
+          {
+              std::error_code ignored;
+              if (!fs::exists(fs::u8path(path), ignored))
+                  throw Failure(kCannotRead, path + ": there is no such file");
+              return path;
+          }(),
+          sharing, MayBeMissing{})
+{
+}
+
+ProfileFile ProfileFile::OpenOrMake(const std::string& path)
+{
+    return ProfileFile(path, Sharing::NobodyWhoWrites, MayBeMissing{});
+}
+
+HPROFLIST ProfileFile::List(const std::string& path) const
+{
+    if (path.empty() || path == "/")
+        return nullptr;
+    const HPROFLIST list = ProfGetListW(_job, nullptr, WideText(path));
+    if (list == nullptr)
+        throw Failure(kNotFound, _path + ": there is no list '" + Shown(path) + "'");
+    return list;
+}
+
+void ProfileFile::Save(const std::string& path) const
+{
+    const WideText name(path);
+    const int32_t error = ProfSaveW(_job, path.empty() ? nullptr : static_cast<const QXWCHAR*>(name), PROF_FORM_TEXT);
+    if (error == PROF_OK)
+        return;
+    const std::string reason = error == PROF_ERR_CANNOT_WRITE
+                                   ? "it can't be opened for writing, or another process keeps it"
+                                   : "writing failed";
+    throw Failure(ExitCodeOf(error), (path.empty() ? _path : path) + ": " + reason);
+}
+
+// Without recursion: a file may nest its lists as deeply as it likes.
+void Walk(HPROFJOB job, HPROFLIST list, const Visitor& visit, const std::function<void(size_t depth)>& leave)
+{
+    struct Level
+    {
+        std::vector<Entry> entries;
+        size_t next;
+    };
+    std::vector<Level> levels;
+    levels.push_back({EntriesOf(job, list), 0});
+    while (!levels.empty())
+    {
+        Level& level = levels.back();
+        if (level.next == level.entries.size())
+        {
+            leave(levels.size() - 1);
+            levels.pop_back();
+            continue;
+        }
+        const Entry& entry = level.entries[level.next++];
+        visit(entry, levels.size() - 1);
+        if (entry.list != nullptr)
+            levels.push_back({EntriesOf(job, entry.list), 0});
+    }
+}
+
+size_t CountEntries(HPROFJOB job)
+{
+    size_t count = 0;
+    Walk(
+        job, nullptr, [&](const Entry&, size_t) { ++count; }, [](size_t) {});
+    return count;
+}
+
+} // namespace qxut

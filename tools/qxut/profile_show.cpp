@@ -1,0 +1,70 @@
+#include "profile_show.h"
+
+#include "profile_file.h"
+#include "text.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace qxut
+{
+
+namespace
+{
+
+constexpr size_t kIndent = 2;
+
+std::string Indent(size_t depth)
+{
+    return std::string(kIndent * depth, ' ');
+}
+
+std::string JsonText(const std::string& text)
+{
+    return nlohmann::json(text).dump();
+}
+
+} // namespace
+
+void ShowAsText(std::ostream& out, HPROFJOB job, HPROFLIST list)
+{
+    Walk(
+        job, list,
+        [&](const Entry& entry, size_t depth)
+        {
+            out << Indent(depth);
+            if (entry.list != nullptr)
+                out << '[' << Shown(entry.name) << "]\n";
+            else
+                out << Shown(entry.name) << " = " << Shown(entry.value) << '\n';
+        },
+        [](size_t) {});
+}
+
+// Written piece by piece, since a JSON object of the whole would be walked by recursion.
+void ShowAsJson(std::ostream& out, HPROFJOB job, HPROFLIST list)
+{
+    bool isFirst = true;
+    out << '[';
+    Walk(
+        job, list,
+        [&](const Entry& entry, size_t depth)
+        {
+            out << (isFirst ? "\n" : ",\n") << Indent(depth + 1) << "{\"name\": " << JsonText(entry.name);
+            isFirst = entry.list != nullptr;
+            if (entry.list != nullptr)
+                out << ", \"list\": [";
+            else
+                out << ", \"value\": " << JsonText(entry.value) << '}';
+        },
+        [&](size_t depth)
+        {
+            if (!isFirst)
+                out << '\n' << Indent(depth);
+            out << (depth == 0 ? "]\n" : "]}");
+            isFirst = false;
+        });
+}
+
+} // namespace qxut

@@ -1,0 +1,13 @@
+// What differs between the terminals of the targets.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace qxut
+{
+
+// The arguments of the program without its own name, in UTF-8; from here on the terminal takes UTF-8.
+std::vector<std::string> StartTerminal(int argc, char** argv);
+
+} // namespace qxut

@@ -1,0 +1,141 @@
+#include "text.h"
+
+#include <cstdint>
+#include <cstdio>
+
+namespace qxut
+{
+
+namespace
+{
+
+constexpr uint32_t kReplacement = 0xFFFD;
+
+// The length that the first byte of a sequence tells, or 0 if it is none.
+size_t SequenceLength(unsigned char lead)
+{
+    if (lead < 0x80)
+        return 1;
+    if (lead < 0xC2 || lead > 0xF4)
+        return 0;
+    return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+}
+
+struct Character
+{
+    uint32_t value;
+    size_t length;
+};
+
+Character FirstCharacter(std::string_view utf8)
+{
+    constexpr uint32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+    const auto lead = static_cast<unsigned char>(utf8[0]);
+    const size_t length = SequenceLength(lead);
+    if (length == 0 || length > utf8.size())
+        return {kReplacement, 1};
+    uint32_t value = length == 1 ? lead : lead & (0x7Fu >> length);
+    for (size_t i = 1; i < length; ++i)
+    {
+        const auto next = static_cast<unsigned char>(utf8[i]);
+        if ((next & 0xC0) != 0x80)
+            return {kReplacement, i};
+        value = value << 6 | (next & 0x3Fu);
+    }
+    const bool isSurrogate = value >= 0xD800 && value <= 0xDFFF;
+    return {value < kSmallest[length] || value > 0x10FFFF || isSurrogate ? kReplacement : value, length};
+}
+
+void AppendUtf8(std::string& out, uint32_t c)
+{
+    const auto append = [&](uint32_t byte)
+    {
+        out.push_back(static_cast<char>(byte));
+    };
+    if (c < 0x80)
+    {
+        append(c);
+        return;
+    }
+    if (c < 0x800)
+        append(0xC0 | c >> 6);
+    else
+    {
+        if (c < 0x10000)
+            append(0xE0 | c >> 12);
+        else
+        {
+            append(0xF0 | c >> 18);
+            append(0x80 | (c >> 12 & 0x3F));
+        }
+        append(0x80 | (c >> 6 & 0x3F));
+    }
+    append(0x80 | (c & 0x3F));
+}
+
+} // namespace
+
+WideText::WideText(std::string_view utf8)
+{
+    _units.reserve(utf8.size() + 1);
+    while (!utf8.empty())
+    {
+        const Character character = FirstCharacter(utf8);
+        Append(character.value);
+        utf8.remove_prefix(character.length);
+    }
+    _units.push_back(0);
+}
+
+void WideText::Append(uint32_t character)
+{
+    if (character > 0xFFFF)
+    {
+        _units.push_back(static_cast<QXWCHAR>(0xD800 + ((character - 0x10000) >> 10)));
+        character = 0xDC00 + (character & 0x3FF);
+    }
+    _units.push_back(static_cast<QXWCHAR>(character));
+}
+
+std::string Utf8(const QXWCHAR* text)
+{
+    std::string out;
+    for (; *text != 0; ++text)
+    {
+        uint32_t c = static_cast<uint16_t>(*text);
+        const uint32_t next = static_cast<uint16_t>(text[1]);
+        if (c >= 0xD800 && c <= 0xDBFF && next >= 0xDC00 && next <= 0xDFFF)
+        {
+            c = 0x10000 + ((c - 0xD800) << 10) + (next - 0xDC00);
+            ++text;
+        }
+        else if (c >= 0xD800 && c <= 0xDFFF)
+            c = kReplacement;
+        AppendUtf8(out, c);
+    }
+    return out;
+}
+
+std::string Shown(std::string_view utf8)
+{
+    std::string out;
+    while (!utf8.empty())
+    {
+        const Character character = FirstCharacter(utf8);
+        const uint32_t c = character.value;
+        if (c == '\r' || c == '\n' || c == '\t')
+            out += c == '\r' ? "\\r" : c == '\n' ? "\\n" : "\\t";
+        else if (c < 0x20 || (c >= 0x7F && c < 0xA0))
+        {
+            char escape[8];
+            snprintf(escape, sizeof(escape), "\\x%02X", static_cast<unsigned>(c));
+            out += escape;
+        }
+        else
+            out += utf8.substr(0, character.length);
+        utf8.remove_prefix(character.length);
+    }
+    return out;
+}
+
+} // namespace qxut
