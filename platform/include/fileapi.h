@@ -100,6 +100,11 @@ QXPLATFORM_API BOOL WINAPI FindClose(HANDLE hFindFile);
 QXPLATFORM_API DWORD WINAPI GetFullPathNameW(
     LPCWSTR lpFileName, DWORD nBufferLength, LPWSTR lpBuffer, LPWSTR* lpFilePart);
 QXPLATFORM_API DWORD WINAPI GetLongPathNameW(LPCWSTR lpszShortPath, LPWSTR lpszLongPath, DWORD cchBuffer);
+// Maximum length of a name and what the file system can do; asked for a name or serial number it fails with
+// ERROR_NOT_SUPPORTED.
+QXPLATFORM_API BOOL WINAPI GetVolumeInformationW(LPCWSTR lpRootPathName, LPWSTR lpVolumeNameBuffer, DWORD nVolumeNameSize,
+    LPDWORD lpVolumeSerialNumber, LPDWORD lpMaximumComponentLength, LPDWORD lpFileSystemFlags,
+    LPWSTR lpFileSystemNameBuffer, DWORD nFileSystemNameSize);
 QXPLATFORM_API DWORD WINAPI GetTempPathW(DWORD nBufferLength, LPWSTR lpBuffer);
 
 EXTERN_C_END

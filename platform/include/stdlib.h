@@ -3,6 +3,7 @@
 
 #include_next <stdlib.h>
 
+#include <minwindef.h>
 #include <wchar.h>
 
 #define _MAX_PATH 260
@@ -24,3 +25,6 @@ errno_t _wmakepath_s(wchar_t* path, size_t size, const wchar_t* drive, const wch
     const wchar_t* extension) QXCRT_NOEXCEPT QXCRT(_wmakepath_s);
 
 QXCRT_END
+
+// The full path in the form /a/b. A null buffer gets one from malloc. Null, with errno, on failure: ERANGE if it doesn't fit.
+EXTERN_C QXPLATFORM_API wchar_t* _wfullpath(wchar_t* fullPath, const wchar_t* path, size_t size);

@@ -1,6 +1,6 @@
 #include "prof/job.h"
 
-#include "core/process_name.h"
+#include "core/module_paths.h"
 #include "core/registry.h"
 #include "core/text_hash.h"
 #include "prof/values.h"

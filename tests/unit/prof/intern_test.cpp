@@ -1,4 +1,4 @@
-#include "core/process_name.h"
+#include "core/module_paths.h"
 #include "core/text_hash.h"
 #include "prof/path.h"
 #include "unit/prof/colliding_names.h"

@@ -1,0 +1,11 @@
+// Paths in form, from the shell's helpers.
+#pragma once
+
+#include <minwindef.h>
+
+EXTERN_C_START
+
+// `lpszDst` has MAX_PATH characters.
+QXPLATFORM_API BOOL WINAPI PathCanonicalizeW(LPWSTR lpszDst, LPCWSTR lpszSrc);
+
+EXTERN_C_END

@@ -1,0 +1,27 @@
+// Where the process and the library come from.
+#pragma once
+
+#include "core/string.h"
+
+namespace qx
+{
+
+// All in upper case; the path is cut at 260 characters.
+struct ModulePaths
+{
+    String path;
+    String file;      // name with extension
+    String baseName;  // name without extension
+    String directory; // with the drive, and the separator at its end
+};
+
+// Both are asked for once.
+const ModulePaths& ProcessPaths();
+const ModulePaths& LibraryPaths();
+
+inline const String& ProcessBaseName()
+{
+    return ProcessPaths().baseName;
+}
+
+} // namespace qx

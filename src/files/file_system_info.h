@@ -1,0 +1,21 @@
+// What the file system at a root can do.
+#pragma once
+
+#include <cstdint>
+
+namespace qx
+{
+
+struct FileSystemInfo
+{
+    std::uint32_t maxNameLength = 0;
+    bool caseSensitive = false;
+    bool casePreserved = false;
+    bool unicode = false;
+    bool compressed = false;
+};
+
+// All empty if the system can't tell. Null is the root of the current folder.
+FileSystemInfo GetFileSystemInfo(const wchar_t* root);
+
+} // namespace qx

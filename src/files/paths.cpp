@@ -1,0 +1,126 @@
+#include "files/paths.h"
+
+#include "core/late_libraries.h"
+#include "core/regex.h"
+#include "files/path_separator.h"
+
+#include <stdlib.h>
+
+#include <iterator>
+
+namespace qx
+{
+namespace
+{
+
+constexpr std::size_t pathLength = 260;
+constexpr std::size_t driveLength = 3;
+constexpr std::size_t partLength = 256;
+
+// The parts of a path; all empty if one of them is too long.
+struct PathParts
+{
+    explicit PathParts(const wchar_t* path)
+    {
+        if (_wsplitpath_s(path, drive, driveLength, directory, partLength, name, partLength, extension, partLength) !=
+            0)
+            drive[0] = directory[0] = name[0] = extension[0] = 0;
+    }
+
+    wchar_t drive[driveLength] = {};
+    wchar_t directory[partLength] = {};
+    wchar_t name[partLength] = {};
+    wchar_t extension[partLength] = {};
+};
+
+IString Joined(const wchar_t* drive, const wchar_t* directory, const wchar_t* name, const wchar_t* extension)
+{
+    wchar_t path[pathLength + 2 * partLength];
+    return _wmakepath_s(path, std::size(path), drive, directory, name, extension) == 0 ? IString(path) : IString();
+}
+
+} // namespace
+
+IString GetPathDirectory(const wchar_t* path)
+{
+    const PathParts parts(path);
+    return Joined(parts.drive, parts.directory, nullptr, nullptr);
+}
+
+IString GetPathStem(const wchar_t* path)
+{
+    return IString(PathParts(path).name);
+}
+
+IString GetPathName(const wchar_t* path)
+{
+    const PathParts parts(path);
+    return Joined(nullptr, nullptr, parts.name, parts.extension);
+}
+
+IString GetPathExtension(const wchar_t* path)
+{
+    return IString(PathParts(path).extension);
+}
+
+PathClass ClassifyPath(const String& path)
+{
+    constexpr std::uint32_t caseless = 8;
+    static clsRegEx printerPort(L"^LPT\\d+:$", caseless);
+    static clsRegEx serialPort(L"^COM\\d+:$", caseless);
+    static clsRegEx usb(L"^USB:", caseless);
+    static clsRegEx fileUrl(L"^FILE:(.*)", caseless);
+    constexpr std::size_t fileUrlLength = 5;
+
+    if (printerPort.Match(path, nullptr))
+        return PathClass::printerPort;
+    if (serialPort.Match(path, nullptr))
+        return PathClass::serialPort;
+    if (usb.Match(path, nullptr))
+        return PathClass::usb;
+    const String target = fileUrl.Match(path, nullptr) ? path.Mid(fileUrlLength) : path;
+    const DWORD attributes = GetFileAttributesW(target);
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return PathClass::missing;
+    return attributes & FILE_ATTRIBUTE_DIRECTORY ? PathClass::folder : PathClass::file;
+}
+
+String NormalizePath(const String& path)
+{
+    wchar_t full[pathLength];
+    const DWORD length = GetFullPathNameW(path, static_cast<DWORD>(pathLength), full, nullptr);
+    if (length == 0 || length >= pathLength)
+        return path;
+
+    // A folder "." in each place lets the system fold separators that stand twice.
+    String dotted(full);
+    const String separator(&PATH_SEPARATOR, 0, 1);
+    dotted.Replace(separator, separator + L"." + separator);
+    wchar_t canonical[pathLength];
+    auto& canonicalize = Shlwapi().PathCanonicalize;
+    if (dotted.Length() >= pathLength || !canonicalize.IsThere() || !canonicalize(canonical, dotted))
+        return full;
+    return canonical;
+}
+
+bool GetFileData(const String& path, WIN32_FILE_ATTRIBUTE_DATA& data)
+{
+    if (GetFileAttributesExW(path, GetFileExInfoStandard, &data))
+        return true;
+    if (const DWORD error = GetLastError(); error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)
+        return false;
+    WIN32_FIND_DATAW found;
+    const HANDLE find = FindFirstFileW(path, &found);
+    if (find == INVALID_HANDLE_VALUE)
+        return false;
+    FindClose(find);
+    data.dwFileAttributes = found.dwFileAttributes;
+    data.ftCreationTime = found.ftCreationTime;
+    data.ftLastAccessTime = found.ftLastAccessTime;
+    data.ftLastWriteTime = found.ftLastWriteTime;
+    data.nFileSizeHigh = found.nFileSizeHigh;
+    data.nFileSizeLow = found.nFileSizeLow;
+    return true;
+}
+
+} // namespace qx
