@@ -102,8 +102,8 @@ QXPLATFORM_API DWORD WINAPI GetFullPathNameW(
 QXPLATFORM_API DWORD WINAPI GetLongPathNameW(LPCWSTR lpszShortPath, LPWSTR lpszLongPath, DWORD cchBuffer);
 // Maximum length of a name and what the file system can do; asked for a name or serial number it fails with
 // ERROR_NOT_SUPPORTED.
-QXPLATFORM_API BOOL WINAPI GetVolumeInformationW(LPCWSTR lpRootPathName, LPWSTR lpVolumeNameBuffer, DWORD nVolumeNameSize,
-    LPDWORD lpVolumeSerialNumber, LPDWORD lpMaximumComponentLength, LPDWORD lpFileSystemFlags,
+QXPLATFORM_API BOOL WINAPI GetVolumeInformationW(LPCWSTR lpRootPathName, LPWSTR lpVolumeNameBuffer,
+    DWORD nVolumeNameSize, LPDWORD lpVolumeSerialNumber, LPDWORD lpMaximumComponentLength, LPDWORD lpFileSystemFlags,
     LPWSTR lpFileSystemNameBuffer, DWORD nFileSystemNameSize);
 QXPLATFORM_API DWORD WINAPI GetTempPathW(DWORD nBufferLength, LPWSTR lpBuffer);
 

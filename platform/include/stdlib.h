@@ -26,5 +26,6 @@ errno_t _wmakepath_s(wchar_t* path, size_t size, const wchar_t* drive, const wch
 
 QXCRT_END
 
-// The full path in the form /a/b. A null buffer gets one from malloc. Null, with errno, on failure: ERANGE if it doesn't fit.
+// The full path in the form /a/b. A null buffer gets one from malloc. Null, with errno, on failure: ERANGE if it
+// doesn't fit.
 EXTERN_C QXPLATFORM_API wchar_t* _wfullpath(wchar_t* fullPath, const wchar_t* path, size_t size);
