@@ -109,8 +109,8 @@ TEST(Paths, FolderTokens)
         String expanded;
     } cases[] = {{L"plain", L"plain"}, {L"%QXUT_TEST_TOKEN%/x", L"value/x"},
         {L"%Qxut My Folder 1%/x", L"/shell folder/x"}, {L"%qxut MY folder 1%", L"/shell folder"},
-        {L"%NOSUCHTHING%/x", L"%NOSUCHTHING%/x"}, {L"100% of %QXUT_TEST_TOKEN%", L"100% of value"},
-        {L"%QXUT_TEST_LONG%%QXUT_TEST_TOKEN%", longValue + L"value"}, {L"%", L"%"}, {L"%%", L"%%"}, {L"", L""}};
+        {L"%NOSUCHTHING%/x", L"%NOSUCHTHING%/x"}, {L"%QXUT_TEST_LONG%%QXUT_TEST_TOKEN%", longValue + L"value"},
+        {L"%", L"%"}, {L"%%", L"%%"}, {L"", L""}};
     for (const auto& c : cases)
         EXPECT_STREQ(ExpandFolderTokens(c.text).Text(), c.expanded.Text());
     SetEnvironmentVariableW(L"QXUT_TEST_TOKEN", nullptr);
