@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 using namespace qx;
@@ -167,28 +168,30 @@ TEST(FileOpen, TriesThreeTimesAndWaitsOnlyForTemporaryFiles)
     {
         std::vector<DWORD> errors;
         uint32_t flags;
-        size_t attempts;
         FileError kind;
-        ULONGLONG leastTime;
-        ULONGLONG mostTime;
+        bool waits;
     } cases[] = {
-        {{32, 33, 32, 32}, kFileAttributeTemporary, 3, FileError::InUse, 280, 3000},
-        {{32, 32, 32}, kFileAttributeNormal, 3, FileError::InUse, 0, 150},
-        {{5, 5, 5}, kFileAttributeTemporary, 3, FileError::AccessDenied, 0, 150},
-        {{5, 5, 3}, kFileAttributeNormal, 3, FileError::PathNotFound, 0, 150},
+        {{32, 33, 32, 32}, kFileAttributeTemporary, FileError::InUse, true},
+        {{32, 32, 32}, kFileAttributeNormal, FileError::InUse, false},
+        {{5, 5, 5}, kFileAttributeTemporary, FileError::AccessDenied, false},
+        {{5, 5, 3}, kFileAttributeNormal, FileError::PathNotFound, false},
     };
     for (const auto& c : cases)
     {
-        ScriptedFile file;
-        file.errors = c.errors;
-        const ULONGLONG start = GetTickCount64();
-        EXPECT_EQ(file.Open(L"x", FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, c.flags), -1);
-        const ULONGLONG time = GetTickCount64() - start;
-        EXPECT_EQ(file.calls.size(), c.attempts);
-        EXPECT_EQ(file.GetErrorKind(), c.kind);
-        EXPECT_EQ(GetLastError(), c.errors[2]);
-        EXPECT_GE(time, c.leastTime);
-        EXPECT_LE(time, c.mostTime);
+        // On a busy machine any of them may take long, but not all.
+        ULONGLONG shortest = ~0ULL;
+        for (int i = 0; i < 5; ++i)
+        {
+            ScriptedFile file;
+            file.errors = c.errors;
+            const ULONGLONG start = GetTickCount64();
+            EXPECT_EQ(file.Open(L"x", FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, c.flags), -1);
+            shortest = std::min(shortest, GetTickCount64() - start);
+            EXPECT_EQ(file.calls.size(), 3U);
+            EXPECT_EQ(file.GetErrorKind(), c.kind);
+            EXPECT_EQ(GetLastError(), c.errors[2]);
+        }
+        EXPECT_EQ(shortest >= 280, c.waits) << shortest;
     }
 }
 
