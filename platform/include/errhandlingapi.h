@@ -1,7 +1,7 @@
-// Last error, error mode.
+// Last error, error mode, exceptions.
 #pragma once
 
-#include <minwindef.h>
+#include <winnt.h>
 
 EXTERN_C_START
 
@@ -14,5 +14,11 @@ QXPLATFORM_API DWORD WINAPI GetLastError(void);
 QXPLATFORM_API void WINAPI SetLastError(DWORD dwErrCode);
 QXPLATFORM_API UINT WINAPI GetErrorMode(void);
 QXPLATFORM_API UINT WINAPI SetErrorMode(UINT uMode);
+
+QXPLATFORM_API PVOID WINAPI AddVectoredExceptionHandler(ULONG First, PVECTORED_EXCEPTION_HANDLER Handler);
+QXPLATFORM_API ULONG WINAPI RemoveVectoredExceptionHandler(PVOID Handle);
+// An exception that no handler takes ends the process.
+QXPLATFORM_API void WINAPI RaiseException(
+    DWORD dwExceptionCode, DWORD dwExceptionFlags, DWORD nNumberOfArguments, const ULONG_PTR* lpArguments);
 
 EXTERN_C_END

@@ -1,7 +1,7 @@
 // The process and its threads.
 #pragma once
 
-#include <minwindef.h>
+#include <winnt.h>
 
 EXTERN_C_START
 
@@ -39,6 +39,24 @@ QXPLATFORM_API HANDLE WINAPI GetCurrentProcess(void);
 QXPLATFORM_API DWORD WINAPI GetCurrentProcessId(void);
 QXPLATFORM_API HANDLE WINAPI GetCurrentThread(void);
 QXPLATFORM_API DWORD WINAPI GetCurrentThreadId(void);
+
+typedef DWORD(WINAPI* LPTHREAD_START_ROUTINE)(LPVOID lpThreadParameter);
+
+QXPLATFORM_API HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES lpThreadAttributes, SIZE_T dwStackSize,
+    LPTHREAD_START_ROUTINE lpStartAddress, LPVOID lpParameter, DWORD dwCreationFlags, LPDWORD lpThreadId);
+QXPLATFORM_API HANDLE WINAPI OpenThread(DWORD dwDesiredAccess, BOOL bInheritHandle, DWORD dwThreadId);
+// Ends the calling thread without the destructors of its functions' objects.
+QXPLATFORM_API void WINAPI ExitThread(DWORD dwExitCode) __attribute__((noreturn));
+QXPLATFORM_API DWORD WINAPI SuspendThread(HANDLE hThread);
+QXPLATFORM_API DWORD WINAPI ResumeThread(HANDLE hThread);
+QXPLATFORM_API BOOL WINAPI TerminateThread(HANDLE hThread, DWORD dwExitCode);
+QXPLATFORM_API BOOL WINAPI GetExitCodeThread(HANDLE hThread, LPDWORD lpExitCode);
+QXPLATFORM_API DWORD WINAPI GetThreadId(HANDLE Thread);
+QXPLATFORM_API int WINAPI GetThreadPriority(HANDLE hThread);
+QXPLATFORM_API BOOL WINAPI SetThreadPriority(HANDLE hThread, int nPriority);
+QXPLATFORM_API BOOL WINAPI GetThreadTimes(
+    HANDLE hThread, LPFILETIME lpCreationTime, LPFILETIME lpExitTime, LPFILETIME lpKernelTime, LPFILETIME lpUserTime);
+QXPLATFORM_API DWORD WINAPI QueueUserAPC(PAPCFUNC pfnAPC, HANDLE hThread, ULONG_PTR dwData);
 
 QXPLATFORM_API BOOL WINAPI CreateProcessW(LPCWSTR lpApplicationName, LPWSTR lpCommandLine,
     LPSECURITY_ATTRIBUTES lpProcessAttributes, LPSECURITY_ATTRIBUTES lpThreadAttributes, BOOL bInheritHandles,

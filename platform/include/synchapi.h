@@ -1,4 +1,4 @@
-// Critical sections, waits, sleep.
+// Critical sections, events, waits, sleep.
 #pragma once
 
 #include <minwindef.h>
@@ -19,6 +19,12 @@ QXPLATFORM_API void WINAPI DeleteCriticalSection(LPCRITICAL_SECTION lpCriticalSe
 
 QXPLATFORM_API void WINAPI Sleep(DWORD dwMilliseconds);
 QXPLATFORM_API DWORD WINAPI SleepEx(DWORD dwMilliseconds, BOOL bAlertable);
+
+QXPLATFORM_API HANDLE WINAPI CreateEventW(
+    LPSECURITY_ATTRIBUTES lpEventAttributes, BOOL bManualReset, BOOL bInitialState, LPCWSTR lpName);
+QXPLATFORM_API BOOL WINAPI SetEvent(HANDLE hEvent);
+QXPLATFORM_API BOOL WINAPI ResetEvent(HANDLE hEvent);
+#define CreateEvent CreateEventW
 
 QXPLATFORM_API DWORD WINAPI WaitForSingleObject(HANDLE hHandle, DWORD dwMilliseconds);
 QXPLATFORM_API DWORD WINAPI WaitForSingleObjectEx(HANDLE hHandle, DWORD dwMilliseconds, BOOL bAlertable);

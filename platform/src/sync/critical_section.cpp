@@ -2,6 +2,7 @@
 #include <synchapi.h>
 
 #include "sync/futex.h"
+#include "threads/thread_object.h"
 
 #include <atomic>
 
@@ -57,8 +58,15 @@ bool SpinForFree(LPCRITICAL_SECTION section)
 // Whoever takes the section here marks it as waited for, since it can't know of others that wait beside it.
 void WaitForFree(LPCRITICAL_SECTION section)
 {
+    ThreadObject* const thread = ThreadObject::CurrentIfKnown();
     while (LockWord(section).exchange(hasWaiters, std::memory_order_acquire) != isFree)
+    {
+        if (thread != nullptr)
+            thread->gate.Enter();
         FutexWait(&section->LockCount, hasWaiters);
+        if (thread != nullptr)
+            thread->LeaveGate();
+    }
 }
 
 bool EnterAgain(LPCRITICAL_SECTION section)

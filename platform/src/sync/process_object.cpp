@@ -6,6 +6,7 @@
 #include "base/fail.h"
 #include "base/handle_table.h"
 #include "base/pseudo_handles.h"
+#include "threads/thread_object.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -97,6 +98,8 @@ Ref<Object> PseudoHandleObject(HANDLE handle)
 {
     if (handle == GetCurrentProcess())
         return MakeObject<ProcessObject>(getpid());
+    if (handle == GetCurrentThread())
+        return Ref<ThreadObject>(&ThreadObject::Current());
     return {};
 }
 

@@ -1,13 +1,8 @@
 #include <profileapi.h>
-#include <synchapi.h>
 #include <sysinfoapi.h>
 #include <timeapi.h>
 
-#include <cerrno>
 #include <ctime>
-
-#include <sched.h>
-#include <unistd.h>
 
 namespace
 {
@@ -47,35 +42,6 @@ BOOL WINAPI QueryPerformanceFrequency(LARGE_INTEGER* lpFrequency)
 {
     lpFrequency->QuadPart = counterFrequency;
     return TRUE;
-}
-
-void WINAPI Sleep(DWORD dwMilliseconds)
-{
-    if (dwMilliseconds == 0)
-    {
-        sched_yield();
-        return;
-    }
-    while (dwMilliseconds == INFINITE)
-        pause();
-    timespec end = Now(CLOCK_MONOTONIC);
-    end.tv_sec += dwMilliseconds / 1000;
-    end.tv_nsec += static_cast<long>(dwMilliseconds % 1000) * 1'000'000;
-    if (end.tv_nsec >= 1'000'000'000)
-    {
-        end.tv_nsec -= 1'000'000'000;
-        ++end.tv_sec;
-    }
-    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr) == EINTR)
-    {
-    }
-}
-
-// Nothing queues calls to a thread here, so that an alertable sleep is never cut short.
-DWORD WINAPI SleepEx(DWORD dwMilliseconds, BOOL)
-{
-    Sleep(dwMilliseconds);
-    return 0;
 }
 
 // Sleeps are as exact as asked here, whatever the period.

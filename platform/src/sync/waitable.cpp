@@ -1,15 +1,18 @@
-#include "sync/waitable.h"
+#include "sync/wait.h"
 
 #include <synchapi.h>
 #include <winbase.h>
 
 #include "base/handle_table.h"
 #include "base/pseudo_handles.h"
+#include "threads/thread_object.h"
 
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <optional>
+
+#include <sched.h>
 
 namespace qxplatform
 {
@@ -33,7 +36,12 @@ void Waitable::RemoveWaiter(Waiter& waiter)
 void Waitable::WakeWaiters()
 {
     for (Waiter* const waiter : _waiters)
-        waiter->wake.notify_one();
+        WakeWaiter(*waiter);
+}
+
+void WakeWaiter(Waiter& waiter)
+{
+    waiter.wake.notify_one();
 }
 
 namespace
@@ -47,7 +55,7 @@ std::optional<DWORD> TakeSignalled(const Objects& objects, bool forAll)
     {
         return object->IsSignalled();
     };
-    if (forAll)
+    if (forAll && !objects.empty())
     {
         if (!std::all_of(objects.begin(), objects.end(), isSignalled))
             return std::nullopt;
@@ -62,12 +70,17 @@ std::optional<DWORD> TakeSignalled(const Objects& objects, bool forAll)
     return WAIT_OBJECT_0 + static_cast<DWORD>(first - objects.begin());
 }
 
-// Stands on the lists of all objects for the time of a wait.
+// Stands on the lists of all objects, and is known to the thread, for the time of a wait.
 class Registration
 {
 public:
-    Registration(const Objects& objects, Waiter& waiter) : _objects(objects), _waiter(waiter)
+    Registration(const Objects& objects, ThreadObject* thread, Waiter& waiter)
+        : _objects(objects),
+          _thread(thread),
+          _waiter(waiter)
     {
+        if (_thread != nullptr)
+            _thread->SetWaiter(&waiter);
         for (const Ref<Waitable>& object : _objects)
             object->AddWaiter(_waiter);
     }
@@ -75,12 +88,15 @@ public:
     Registration& operator=(const Registration&) = delete;
     ~Registration()
     {
+        if (_thread != nullptr)
+            _thread->SetWaiter(nullptr);
         for (const Ref<Waitable>& object : _objects)
             object->RemoveWaiter(_waiter);
     }
 
 private:
     const Objects& _objects;
+    ThreadObject* const _thread;
     Waiter& _waiter;
 };
 
@@ -90,22 +106,55 @@ Ref<Waitable> WaitableOf(HANDLE handle)
     return Ref<Waitable>(object ? object->AsWaitable() : nullptr);
 }
 
+// What ends the wait, if anything does by now. An object comes before calls that are queued.
+std::optional<DWORD> Outcome(const Objects& objects, const WaitOptions& options, ThreadObject* thread)
+{
+    if (const std::optional<DWORD> taken = TakeSignalled(objects, options.forAll))
+        return taken;
+    if (thread == nullptr)
+        return std::nullopt;
+    if (options.isAlertable && thread->HasApcs())
+        return WAIT_IO_COMPLETION;
+    if (thread->gate.IsEndOrdered())
+        return WAIT_TIMEOUT; // FinishWait() doesn't give it to anyone
+    return std::nullopt;
+}
+
 } // namespace
 
-DWORD WaitFor(const Objects& objects, bool forAll, DWORD milliseconds)
+Objects WaitablesOf(DWORD count, const HANDLE* handles)
+{
+    Objects objects;
+    for (DWORD index = 0; index < count; ++index)
+    {
+        Ref<Waitable> object = WaitableOf(handles[index]);
+        if (!object)
+        {
+            SetLastError(ERROR_INVALID_HANDLE);
+            break;
+        }
+        objects.push_back(std::move(object));
+    }
+    return objects;
+}
+
+DWORD WaitFor(const Objects& objects, const WaitOptions& options)
 {
     using Clock = std::chrono::steady_clock;
-    const Clock::time_point end = Clock::now() + std::chrono::milliseconds(milliseconds);
+    const Clock::time_point end = Clock::now() + std::chrono::milliseconds(options.milliseconds);
+    ThreadObject* const thread = ThreadObject::CurrentIfKnown();
+    if (thread != nullptr)
+        thread->gate.Enter();
     std::unique_lock guard(DispatcherLock());
-    std::optional<DWORD> result = TakeSignalled(objects, forAll);
-    if (result || milliseconds == 0)
+    std::optional<DWORD> result = Outcome(objects, options, thread);
+    if (result || options.milliseconds == 0)
         return result.value_or(WAIT_TIMEOUT);
 
     Waiter waiter;
-    const Registration registration(objects, waiter);
-    while (!(result = TakeSignalled(objects, forAll)))
+    const Registration registration(objects, thread, waiter);
+    while (!(result = Outcome(objects, options, thread)))
     {
-        if (milliseconds == INFINITE)
+        if (options.milliseconds == INFINITE)
             waiter.wake.wait(guard);
         else if (Clock::now() >= end)
             return WAIT_TIMEOUT;
@@ -115,28 +164,41 @@ DWORD WaitFor(const Objects& objects, bool forAll, DWORD milliseconds)
     return *result;
 }
 
+DWORD FinishWait(DWORD result)
+{
+    ThreadObject* const thread = ThreadObject::CurrentIfKnown();
+    if (thread == nullptr)
+        return result;
+    thread->LeaveGate();
+    if (result == WAIT_IO_COMPLETION)
+        thread->RunApcs();
+    return result;
+}
+
 } // namespace qxplatform
 
 using namespace qxplatform;
 
-DWORD WINAPI WaitForMultipleObjectsEx(DWORD nCount, const HANDLE* lpHandles, BOOL bWaitAll, DWORD dwMilliseconds, BOOL)
+namespace
 {
-    if (nCount == 0 || nCount > MAXIMUM_WAIT_OBJECTS)
+
+DWORD WaitForHandles(DWORD count, const HANDLE* handles, const WaitOptions& options)
+{
+    if (count == 0 || count > MAXIMUM_WAIT_OBJECTS)
     {
         SetLastError(ERROR_INVALID_PARAMETER);
         return WAIT_FAILED;
     }
-    Objects objects;
-    for (DWORD index = 0; index < nCount; ++index)
-    {
-        objects.push_back(WaitableOf(lpHandles[index]));
-        if (!objects.back())
-        {
-            SetLastError(ERROR_INVALID_HANDLE);
-            return WAIT_FAILED;
-        }
-    }
-    return WaitFor(objects, bWaitAll != FALSE, dwMilliseconds);
+    const Objects objects = WaitablesOf(count, handles);
+    return objects.size() == count ? WaitFor(objects, options) : WAIT_FAILED;
+}
+
+} // namespace
+
+DWORD WINAPI WaitForMultipleObjectsEx(
+    DWORD nCount, const HANDLE* lpHandles, BOOL bWaitAll, DWORD dwMilliseconds, BOOL bAlertable)
+{
+    return FinishWait(WaitForHandles(nCount, lpHandles, {bWaitAll != FALSE, dwMilliseconds, bAlertable != FALSE}));
 }
 
 DWORD WINAPI WaitForMultipleObjects(DWORD nCount, const HANDLE* lpHandles, BOOL bWaitAll, DWORD dwMilliseconds)
@@ -152,4 +214,17 @@ DWORD WINAPI WaitForSingleObject(HANDLE hHandle, DWORD dwMilliseconds)
 DWORD WINAPI WaitForSingleObjectEx(HANDLE hHandle, DWORD dwMilliseconds, BOOL bAlertable)
 {
     return WaitForMultipleObjectsEx(1, &hHandle, FALSE, dwMilliseconds, bAlertable);
+}
+
+DWORD WINAPI SleepEx(DWORD dwMilliseconds, BOOL bAlertable)
+{
+    if (dwMilliseconds == 0)
+        sched_yield();
+    const DWORD result = FinishWait(WaitFor({}, {false, dwMilliseconds, bAlertable != FALSE}));
+    return result == WAIT_IO_COMPLETION ? result : 0;
+}
+
+void WINAPI Sleep(DWORD dwMilliseconds)
+{
+    SleepEx(dwMilliseconds, FALSE);
 }

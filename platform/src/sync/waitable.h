@@ -40,7 +40,7 @@ private:
     std::vector<Waiter*> _waiters;
 };
 
-// Waits for one of the objects, or for all of them; WAIT_OBJECT_0 and the object's index, or WAIT_TIMEOUT.
-DWORD WaitFor(const std::vector<Ref<Waitable>>& objects, bool forAll, DWORD milliseconds);
+// Lets a wait look again.
+void WakeWaiter(Waiter& waiter);
 
 } // namespace qxplatform

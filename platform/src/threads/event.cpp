@@ -1,0 +1,73 @@
+#include <synchapi.h>
+#include <winbase.h>
+
+#include "base/handle_table.h"
+#include "sync/waitable.h"
+
+using namespace qxplatform;
+
+namespace
+{
+
+class EventObject : public Waitable
+{
+public:
+    static constexpr ObjectType objectType = ObjectType::Event;
+
+    EventObject(bool isManual, bool isSet) : Waitable(objectType), _isManual(isManual), _isSet(isSet) {}
+
+    bool IsSignalled() const override { return _isSet; }
+    void Take() override
+    {
+        if (!_isManual)
+            _isSet = false;
+    }
+
+    void Set()
+    {
+        const std::lock_guard guard(DispatcherLock());
+        _isSet = true;
+        WakeWaiters();
+    }
+    void Reset()
+    {
+        const std::lock_guard guard(DispatcherLock());
+        _isSet = false;
+    }
+
+private:
+    const bool _isManual;
+    bool _isSet;
+};
+
+} // namespace
+
+// Events of a name, which processes share, are not offered.
+HANDLE WINAPI CreateEventW(LPSECURITY_ATTRIBUTES, BOOL bManualReset, BOOL bInitialState, LPCWSTR lpName)
+{
+    if (lpName != nullptr && *lpName != 0)
+    {
+        SetLastError(ERROR_NOT_SUPPORTED);
+        return nullptr;
+    }
+    SetLastError(ERROR_SUCCESS); // told from ERROR_ALREADY_EXISTS by those who ask
+    return AddHandle(MakeObject<EventObject>(bManualReset != FALSE, bInitialState != FALSE));
+}
+
+BOOL WINAPI SetEvent(HANDLE hEvent)
+{
+    const Ref<EventObject> event = LookUp<EventObject>(hEvent, EVENT_MODIFY_STATE);
+    if (!event)
+        return FALSE;
+    event->Set();
+    return TRUE;
+}
+
+BOOL WINAPI ResetEvent(HANDLE hEvent)
+{
+    const Ref<EventObject> event = LookUp<EventObject>(hEvent, EVENT_MODIFY_STATE);
+    if (!event)
+        return FALSE;
+    event->Reset();
+    return TRUE;
+}

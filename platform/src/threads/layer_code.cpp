@@ -1,0 +1,100 @@
+#include "threads/layer_code.h"
+
+#include "base/forever.h"
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <string_view>
+#include <vector>
+
+#include <link.h>
+
+namespace qxplatform
+{
+namespace
+{
+
+struct Range
+{
+    uintptr_t begin;
+    uintptr_t end;
+};
+
+struct CodeList
+{
+    std::vector<Range> ranges;
+    unsigned long long loads = 0; // how many modules had been loaded
+};
+
+// What a handler may just be reading is never freed. A new list is made only where modules were loaded in between.
+std::atomic<const CodeList*> codeList = nullptr;
+
+// The loader turns the addresses of a dynamic section into those in memory, but not the kernel's own module's.
+const char* StringsOf(const dl_phdr_info& module, const ElfW(Dyn) * entries)
+{
+    for (; entries->d_tag != DT_NULL; ++entries)
+        if (entries->d_tag == DT_STRTAB && entries->d_un.d_ptr >= module.dlpi_addr)
+            return reinterpret_cast<const char*>(entries->d_un.d_ptr);
+    return nullptr;
+}
+
+bool NeedsLayer(const dl_phdr_info& module)
+{
+    for (int index = 0; index < module.dlpi_phnum; ++index)
+    {
+        const ElfW(Phdr)& header = module.dlpi_phdr[index];
+        if (header.p_type != PT_DYNAMIC)
+            continue;
+        const auto* entry = reinterpret_cast<const ElfW(Dyn)*>(module.dlpi_addr + header.p_vaddr);
+        const char* const strings = StringsOf(module, entry);
+        for (; strings != nullptr && entry->d_tag != DT_NULL; ++entry)
+            if (entry->d_tag == DT_NEEDED &&
+                std::string_view(strings + entry->d_un.d_val).substr(0, 13) == "libqxplatform")
+                return true;
+    }
+    return false;
+}
+
+int AddModule(dl_phdr_info* module, size_t, void* context)
+{
+    CodeList& list = *static_cast<CodeList*>(context);
+    list.loads = module->dlpi_adds;
+    if (!NeedsLayer(*module))
+        return 0;
+    for (int index = 0; index < module->dlpi_phnum; ++index)
+    {
+        const ElfW(Phdr)& header = module->dlpi_phdr[index];
+        const uintptr_t begin = module->dlpi_addr + header.p_vaddr;
+        if (header.p_type == PT_LOAD && (header.p_flags & PF_X) != 0)
+            list.ranges.push_back({begin, begin + header.p_memsz});
+    }
+    return 0;
+}
+
+} // namespace
+
+void RefreshLayerCode()
+{
+    static std::mutex& lock = MakeForever<std::mutex>();
+    static auto& lists = MakeForever<std::vector<std::unique_ptr<const CodeList>>>();
+    auto list = std::make_unique<CodeList>();
+    dl_iterate_phdr(&AddModule, list.get());
+    const std::lock_guard guard(lock);
+    const CodeList* const known = codeList.load();
+    if (known != nullptr && known->loads >= list->loads)
+        return;
+    codeList.store(list.get());
+    lists.push_back(std::move(list));
+}
+
+bool IsInLayerCode(uintptr_t address)
+{
+    const CodeList* const list = codeList.load();
+    return list != nullptr &&
+           std::any_of(list->ranges.begin(), list->ranges.end(),
+               [address](const Range& range) { return range.begin <= address && address < range.end; });
+}
+
+} // namespace qxplatform

@@ -1,0 +1,105 @@
+// Message boxes without a screen: the text goes to the standard error stream, the answer comes from the environment.
+#include <winuser.h>
+
+#include "base/environment.h"
+#include "base/fail.h"
+#include "base/text.h"
+
+#include <algorithm>
+#include <string>
+
+#include <strings.h>
+#include <unistd.h>
+
+using namespace qxplatform;
+
+namespace
+{
+
+struct Button
+{
+    int id;
+    const char* name;
+};
+
+constexpr Button ok = {IDOK, "ok"};
+constexpr Button cancel = {IDCANCEL, "cancel"};
+constexpr Button abortButton = {IDABORT, "abort"};
+constexpr Button retry = {IDRETRY, "retry"};
+constexpr Button ignore = {IDIGNORE, "ignore"};
+constexpr Button yes = {IDYES, "yes"};
+constexpr Button no = {IDNO, "no"};
+constexpr Button tryAgain = {IDTRYAGAIN, "tryagain"};
+constexpr Button goOn = {IDCONTINUE, "continue"};
+
+constexpr size_t mostButtons = 3;
+
+// By the number that stands in the style's low bits.
+constexpr Button buttonsByType[][mostButtons] = {
+    {ok},
+    {ok, cancel},
+    {abortButton, retry, ignore},
+    {yes, no, cancel},
+    {yes, no},
+    {retry, cancel},
+    {cancel, tryAgain, goOn},
+};
+
+size_t CountOf(const Button (&buttons)[mostButtons])
+{
+    return static_cast<size_t>(
+        std::count_if(buttons, buttons + mostButtons, [](const Button& button) { return button.name != nullptr; }));
+}
+
+// A style whose default button isn't there has the first one.
+size_t DefaultOf(const Button (&buttons)[mostButtons], UINT style)
+{
+    const size_t index = (style & MB_DEFMASK) >> 8;
+    return index < CountOf(buttons) ? index : 0;
+}
+
+// The button that QXPLATFORM_MESSAGEBOX names, if the box has it.
+const Button& Answer(const Button (&buttons)[mostButtons], UINT style)
+{
+    const std::string wanted = EnvironmentValue("QXPLATFORM_MESSAGEBOX");
+    const Button* const end = buttons + CountOf(buttons);
+    const Button* const found = std::find_if(
+        buttons, end, [&wanted](const Button& button) { return strcasecmp(button.name, wanted.c_str()) == 0; });
+    return found == end ? buttons[DefaultOf(buttons, style)] : *found;
+}
+
+std::string Bytes(LPCWSTR text)
+{
+    return text == nullptr ? std::string() : ToBytes(View(text));
+}
+
+// In one call, so that boxes of several threads stay whole.
+void Print(const std::string& text)
+{
+    for (size_t done = 0; done < text.size();)
+    {
+        const ssize_t written = write(STDERR_FILENO, text.data() + done, text.size() - done);
+        if (written <= 0)
+            return;
+        done += static_cast<size_t>(written);
+    }
+}
+
+} // namespace
+
+int WINAPI MessageBoxW(HWND hWnd, LPCWSTR lpText, LPCWSTR lpCaption, UINT uType)
+{
+    const UINT type = uType & MB_TYPEMASK;
+    if (hWnd != nullptr)
+        return Fail(ERROR_INVALID_WINDOW_HANDLE);
+    if (type >= std::size(buttonsByType))
+        return Fail(ERROR_INVALID_MSGBOX_STYLE);
+    const Button& answer = Answer(buttonsByType[type], uType);
+    Print(Bytes(lpCaption == nullptr ? L"Error" : lpCaption) + ": " + Bytes(lpText) + " [" + answer.name + "]\n");
+    return answer.id;
+}
+
+BOOL WINAPI MessageBeep(UINT)
+{
+    return TRUE;
+}

@@ -1,0 +1,156 @@
+// The functions of message queues. There are no windows yet, so that messages are those of threads.
+#include <sysinfoapi.h>
+#include <winbase.h>
+#include <winuser.h>
+
+#include "base/fail.h"
+#include "sync/wait.h"
+#include "threads/thread_object.h"
+
+using namespace qxplatform;
+
+namespace
+{
+
+// Signalled while its thread has input of the kinds that a wait asks for. Only that thread waits for it.
+class Input : public Waitable
+{
+public:
+    Input(ThreadObject& thread, DWORD kinds, bool countsOld)
+        : Waitable(ObjectType::Thread),
+          _thread(thread),
+          _kinds(kinds),
+          _countsOld(countsOld)
+    {
+    }
+
+    bool IsSignalled() const override
+    {
+        const MessageQueue& queue = *_thread.queue();
+        return ((_countsOld ? queue.Present() : queue.New()) & _kinds) != 0;
+    }
+    // What ended one wait doesn't end the next: the queue is to be looked at in between.
+    void Take() override { _thread.queue()->Look(_kinds); }
+
+private:
+    ThreadObject& _thread;
+    const DWORD _kinds;
+    const bool _countsOld;
+};
+
+ThreadObject& ThreadWithQueue()
+{
+    ThreadObject& thread = ThreadObject::Current();
+    const std::lock_guard guard(DispatcherLock());
+    thread.OwnQueue();
+    return thread;
+}
+
+bool IsNoWindow(HWND window)
+{
+    return window == nullptr || window == reinterpret_cast<HWND>(LONG_PTR{-1});
+}
+
+DWORD KindsOf(UINT flags)
+{
+    const DWORD asked = flags >> 16;
+    return asked == 0 ? QS_ALLINPUT | QS_ALLPOSTMESSAGE : asked | (asked & QS_POSTMESSAGE ? QS_ALLPOSTMESSAGE : 0);
+}
+
+BOOL TakeMessage(LPMSG message, const MessageQueue::Filter& filter, UINT flags)
+{
+    ThreadObject& thread = ThreadWithQueue();
+    const std::lock_guard guard(DispatcherLock());
+    MessageQueue& queue = *thread.queue();
+    queue.Look(KindsOf(flags));
+    const std::optional<MSG> found = queue.Get(filter, (flags & PM_REMOVE) != 0);
+    if (found)
+        *message = *found;
+    return found.has_value();
+}
+
+DWORD WaitForInput(DWORD count, const HANDLE* handles, DWORD milliseconds, DWORD kinds, DWORD flags)
+{
+    if (count >= MAXIMUM_WAIT_OBJECTS)
+    {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return WAIT_FAILED;
+    }
+    std::vector<Ref<Waitable>> objects = WaitablesOf(count, handles);
+    if (objects.size() != count)
+        return WAIT_FAILED;
+    objects.push_back(MakeObject<Input>(ThreadWithQueue(), kinds, (flags & MWMO_INPUTAVAILABLE) != 0));
+    return WaitFor(objects, {(flags & MWMO_WAITALL) != 0, milliseconds, (flags & MWMO_ALERTABLE) != 0});
+}
+
+} // namespace
+
+DWORD WINAPI MsgWaitForMultipleObjectsEx(
+    DWORD nCount, const HANDLE* pHandles, DWORD dwMilliseconds, DWORD dwWakeMask, DWORD dwFlags)
+{
+    return FinishWait(WaitForInput(nCount, pHandles, dwMilliseconds, dwWakeMask, dwFlags));
+}
+
+DWORD WINAPI MsgWaitForMultipleObjects(
+    DWORD nCount, const HANDLE* pHandles, BOOL fWaitAll, DWORD dwMilliseconds, DWORD dwWakeMask)
+{
+    return MsgWaitForMultipleObjectsEx(nCount, pHandles, dwMilliseconds, dwWakeMask, fWaitAll ? MWMO_WAITALL : 0);
+}
+
+BOOL WINAPI PeekMessageW(LPMSG lpMsg, HWND hWnd, UINT wMsgFilterMin, UINT wMsgFilterMax, UINT wRemoveMsg)
+{
+    if (!IsNoWindow(hWnd))
+        return Fail(ERROR_INVALID_WINDOW_HANDLE);
+    return TakeMessage(lpMsg, {hWnd, wMsgFilterMin, wMsgFilterMax}, wRemoveMsg);
+}
+
+BOOL WINAPI GetMessageW(LPMSG lpMsg, HWND hWnd, UINT wMsgFilterMin, UINT wMsgFilterMax)
+{
+    if (!IsNoWindow(hWnd))
+    {
+        SetLastError(ERROR_INVALID_WINDOW_HANDLE);
+        return -1;
+    }
+    while (!TakeMessage(lpMsg, {hWnd, wMsgFilterMin, wMsgFilterMax}, PM_REMOVE))
+        MsgWaitForMultipleObjectsEx(0, nullptr, INFINITE, QS_ALLINPUT, 0);
+    return lpMsg->message != WM_QUIT;
+}
+
+BOOL WINAPI PostThreadMessageW(DWORD idThread, UINT Msg, WPARAM wParam, LPARAM lParam)
+{
+    const Ref<ThreadObject> thread = ThreadObject::Find(idThread);
+    const std::lock_guard guard(DispatcherLock());
+    if (!thread || thread->queue() == nullptr)
+        return Fail(ERROR_INVALID_THREAD_ID);
+    thread->queue()->Post({nullptr, Msg, wParam, lParam, GetTickCount(), {}});
+    thread->Wake();
+    return TRUE;
+}
+
+void WINAPI PostQuitMessage(int nExitCode)
+{
+    ThreadObject& thread = ThreadWithQueue();
+    const std::lock_guard guard(DispatcherLock());
+    thread.queue()->PostQuit(nExitCode);
+}
+
+DWORD WINAPI GetQueueStatus(UINT flags)
+{
+    ThreadObject& thread = ThreadWithQueue();
+    const std::lock_guard guard(DispatcherLock());
+    MessageQueue& queue = *thread.queue();
+    const DWORD news = queue.New() & flags;
+    queue.Look(flags);
+    return (queue.Present() & flags) << 16 | news;
+}
+
+// There is no keyboard whose keys could become characters.
+BOOL WINAPI TranslateMessage(const MSG*)
+{
+    return FALSE;
+}
+
+LRESULT WINAPI DispatchMessageW(const MSG*)
+{
+    return 0;
+}

@@ -1,0 +1,53 @@
+#include "threads/processor_times.h"
+
+#include "sync/file_time.h"
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace qxplatform
+{
+namespace
+{
+
+LONGLONG UnitsOf(const timeval& time)
+{
+    return time.tv_sec * unitsPerSecond + time.tv_usec * (unitsPerSecond / 1'000'000);
+}
+
+} // namespace
+
+ProcessorTimes ProcessorTimesOfThisThread()
+{
+    rusage usage{};
+    getrusage(RUSAGE_THREAD, &usage);
+    return {UnitsOf(usage.ru_utime), UnitsOf(usage.ru_stime)};
+}
+
+// The thread may end at any moment: then there is nothing to read.
+ProcessorTimes ProcessorTimesOf(DWORD threadId)
+{
+    char buffer[1024] = {};
+    const std::string path = "/proc/self/task/" + std::to_string(threadId) + "/stat";
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return {};
+    const ssize_t length = read(file, buffer, sizeof buffer - 1);
+    close(file);
+    // The name, in brackets, may hold anything. Eleven fields lie between it and the times.
+    const char* const nameEnd = length > 0 ? std::strrchr(buffer, ')') : nullptr;
+    unsigned long user = 0;
+    unsigned long kernel = 0;
+    if (nameEnd == nullptr ||
+        std::sscanf(nameEnd + 1, " %*c %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %lu %lu", &user, &kernel) != 2)
+        return {};
+    const LONGLONG unitsPerTick = unitsPerSecond / sysconf(_SC_CLK_TCK);
+    return {static_cast<LONGLONG>(user) * unitsPerTick, static_cast<LONGLONG>(kernel) * unitsPerTick};
+}
+
+} // namespace qxplatform

@@ -1,0 +1,106 @@
+// Exceptions that a program raises itself, and the handlers that see them first.
+#include <errhandlingapi.h>
+#include <winnt.h>
+
+#include "base/forever.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <list>
+#include <mutex>
+#include <vector>
+
+#include <pthread.h>
+
+using namespace qxplatform;
+
+namespace
+{
+
+struct Handlers
+{
+    std::mutex lock;
+    std::list<PVECTORED_EXCEPTION_HANDLER> list; // the address of an element is its handle
+};
+
+Handlers& TheHandlers()
+{
+    static Handlers& handlers = MakeForever<Handlers>();
+    return handlers;
+}
+
+// Handlers may come and go while one runs.
+std::vector<PVECTORED_EXCEPTION_HANDLER> PresentHandlers()
+{
+    Handlers& handlers = TheHandlers();
+    const std::lock_guard guard(handlers.lock);
+    return {handlers.list.begin(), handlers.list.end()};
+}
+
+// By this exception a thread tells the debugger its name. The kernel's name of a thread, of 15 characters, is what
+// debuggers show here.
+void TakeThreadName(const EXCEPTION_RECORD& record)
+{
+    struct ThreadName
+    {
+        DWORD type;
+        const char* name;
+        DWORD threadId;
+        DWORD flags;
+    };
+    constexpr DWORD threadNameCode = 0x406D1388;
+    constexpr DWORD thisThread = 0xFFFFFFFF;
+    ThreadName name{};
+    if (record.ExceptionCode != threadNameCode || record.NumberParameters * sizeof(ULONG_PTR) < sizeof name)
+        return;
+    std::memcpy(&name, record.ExceptionInformation, sizeof name);
+    if (name.type != 0x1000 || name.threadId != thisThread || name.name == nullptr)
+        return;
+    char text[16] = {};
+    std::strncpy(text, name.name, sizeof text - 1);
+    pthread_setname_np(pthread_self(), text);
+}
+
+} // namespace
+
+PVOID WINAPI AddVectoredExceptionHandler(ULONG First, PVECTORED_EXCEPTION_HANDLER Handler)
+{
+    Handlers& handlers = TheHandlers();
+    const std::lock_guard guard(handlers.lock);
+    const auto position = First != 0 ? handlers.list.begin() : handlers.list.end();
+    return &*handlers.list.insert(position, Handler);
+}
+
+ULONG WINAPI RemoveVectoredExceptionHandler(PVOID Handle)
+{
+    Handlers& handlers = TheHandlers();
+    const std::lock_guard guard(handlers.lock);
+    const auto found = std::find_if(handlers.list.begin(), handlers.list.end(),
+        [Handle](const PVECTORED_EXCEPTION_HANDLER& handler) { return &handler == Handle; });
+    if (found == handlers.list.end())
+        return FALSE;
+    handlers.list.erase(found);
+    return TRUE;
+}
+
+void WINAPI RaiseException(
+    DWORD dwExceptionCode, DWORD dwExceptionFlags, DWORD nNumberOfArguments, const ULONG_PTR* lpArguments)
+{
+    EXCEPTION_RECORD record{};
+    record.ExceptionCode = dwExceptionCode;
+    record.ExceptionFlags = dwExceptionFlags & EXCEPTION_NONCONTINUABLE;
+    record.ExceptionAddress = __builtin_return_address(0);
+    if (lpArguments != nullptr)
+    {
+        record.NumberParameters = std::min<DWORD>(nNumberOfArguments, EXCEPTION_MAXIMUM_PARAMETERS);
+        std::copy_n(lpArguments, record.NumberParameters, record.ExceptionInformation);
+    }
+    TakeThreadName(record);
+
+    EXCEPTION_POINTERS pointers{&record, nullptr};
+    for (const PVECTORED_EXCEPTION_HANDLER handler : PresentHandlers())
+        if (handler(&pointers) == EXCEPTION_CONTINUE_EXECUTION && record.ExceptionFlags == 0)
+            return;
+    std::abort(); // nobody wanted it
+}

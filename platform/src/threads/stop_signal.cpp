@@ -1,0 +1,115 @@
+#include "threads/stop_signal.h"
+
+#include "threads/layer_code.h"
+#include "threads/thread_object.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include <sys/syscall.h>
+#include <ucontext.h>
+#include <unistd.h>
+
+namespace qxplatform
+{
+namespace
+{
+
+using namespace std::chrono_literals;
+
+int StopSignal()
+{
+    return SIGRTMIN + 5;
+}
+
+// Stopped anywhere else, a thread could hold the allocator's lock or one of the layer's, and whoever needs that lock
+// would wait for as long as the thread is stopped: for ever, where it is to end.
+bool IsHarmlessPlace(const void* context)
+{
+#if defined(__SANITIZE_THREAD__) || !defined(__x86_64__)
+    // The thread sanitizer runs handlers later than the place that they are told. Threads then stop where they block.
+    (void)context;
+    return false;
+#else
+    const auto& registers = static_cast<const ucontext_t*>(context)->uc_mcontext.gregs;
+    return IsInLayerCode(static_cast<uintptr_t>(registers[REG_RIP]));
+#endif
+}
+
+void OnStopSignal(int, siginfo_t*, void* context)
+{
+    ThreadObject* const thread = ThreadObject::CurrentIfKnown();
+    if (thread == nullptr || thread->gate.IsThreadAtGate() || !thread->gate.IsClosed() || !IsHarmlessPlace(context))
+        return;
+    const int savedErrno = errno;
+    thread->gate.Enter();
+    thread->LeaveGate();
+    errno = savedErrno;
+}
+
+void InstallHandler()
+{
+    struct sigaction action
+    {
+    };
+    action.sa_sigaction = &OnStopSignal;
+    action.sa_flags = SA_SIGINFO | SA_RESTART;
+    sigaction(StopSignal(), &action, nullptr);
+}
+
+bool HasArrived(const ThreadObject& thread)
+{
+    if (!thread.gate.IsClosed()) // somebody has resumed it
+        return true;
+    return thread.gate.IsEndOrdered() ? thread.HasEnded() : thread.gate.IsThreadAtGate();
+}
+
+// False if it hasn't arrived by the time.
+bool Drive(ThreadObject& thread, std::chrono::milliseconds time)
+{
+    const auto end = std::chrono::steady_clock::now() + time;
+    for (std::chrono::microseconds pause = 20us; !HasArrived(thread);
+         pause = std::min<std::chrono::microseconds>(2 * pause, 2ms))
+    {
+        if (std::chrono::steady_clock::now() >= end)
+            return false;
+        if (!thread.gate.IsThreadAtGate())
+            syscall(SYS_tgkill, getpid(), static_cast<pid_t>(thread.id()), StopSignal());
+        std::this_thread::sleep_for(pause);
+    }
+    return true;
+}
+
+} // namespace
+
+void AdmitStopSignal()
+{
+    static const bool isInstalled = (InstallHandler(), true);
+    (void)isInstalled;
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, StopSignal());
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+}
+
+void DriveToGate(ThreadObject& thread)
+{
+    if (HasArrived(thread))
+        return;
+    RefreshLayerCode();
+    if (Drive(thread, 200ms))
+        return;
+    std::thread(
+        [kept = Ref<ThreadObject>(&thread)]
+        {
+            while (!Drive(*kept, 1h))
+            {
+            }
+        })
+        .detach();
+}
+
+} // namespace qxplatform

@@ -1,0 +1,315 @@
+#include "threads/thread_object.h"
+
+#include <winbase.h>
+
+#include "base/fail.h"
+#include "base/forever.h"
+#include "sync/file_time.h"
+#include "threads/stop_signal.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <condition_variable>
+#include <ctime>
+#include <unordered_map>
+
+#include <pthread.h>
+
+namespace qxplatform
+{
+namespace
+{
+
+// Read by the stop signal's handler, where the loader must not be asked for the memory of thread-local objects.
+[[gnu::tls_model("initial-exec")]] constinit thread_local ThreadObject* current = nullptr;
+
+// The living threads by id, guarded by the dispatcher's lock.
+std::unordered_map<DWORD, ThreadObject*>& Threads()
+{
+    static auto& threads = MakeForever<std::unordered_map<DWORD, ThreadObject*>>();
+    return threads;
+}
+
+std::condition_variable& ThreadHasRegistered()
+{
+    static auto& condition = MakeForever<std::condition_variable>();
+    return condition;
+}
+
+// The destructor of this key's values runs when the thread's thread-local objects are gone: the last moment before its
+// end that it can tell of.
+pthread_key_t EndKey(void (*onThreadEnd)(void*))
+{
+    static const pthread_key_t key = [onThreadEnd]
+    {
+        pthread_key_t result = 0;
+        pthread_key_create(&result, onThreadEnd);
+        return result;
+    }();
+    return key;
+}
+
+LONGLONG Now()
+{
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return UnitsOf(FileTimeOf(now));
+}
+
+class Attributes
+{
+public:
+    explicit Attributes(size_t stackSize)
+    {
+        pthread_attr_init(&attributes);
+        pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
+        pthread_attr_setstacksize(&attributes, stackSize);
+    }
+    Attributes(const Attributes&) = delete;
+    Attributes& operator=(const Attributes&) = delete;
+    ~Attributes() { pthread_attr_destroy(&attributes); }
+
+    pthread_attr_t attributes;
+};
+
+// As on the system, a caller's size is what the thread can count on, not the end of its stack: it may use a megabyte at
+// least. No memory is spent on what it doesn't touch.
+size_t StackSizeFor(size_t wanted)
+{
+    constexpr size_t least = 1 << 20;
+    constexpr size_t page = 1 << 12;
+    return std::max(least, (wanted + page - 1) / page * page);
+}
+
+} // namespace
+
+ThreadObject::ThreadObject(Routine routine, void* argument)
+    : Waitable(objectType),
+      _routine(routine),
+      _argument(argument)
+{
+    _times.created = Now();
+}
+
+Ref<ThreadObject> ThreadObject::Start(Routine routine, void* argument, size_t stackSize, bool isSuspended)
+{
+    const auto thread = MakeObject<ThreadObject>(routine, argument);
+    thread->gate.Enter();
+    if (isSuspended)
+        thread->gate.Suspend();
+    thread->AddRef(); // the thread's own
+    Attributes attributes(StackSizeFor(stackSize));
+    pthread_t handle;
+    const int code = pthread_create(&handle, &attributes.attributes, &Entry, thread.get());
+    if (code != 0)
+    {
+        thread->Release();
+        errno = code;
+        return {};
+    }
+    std::unique_lock guard(DispatcherLock());
+    ThreadHasRegistered().wait(guard, [&thread] { return thread->_id.load() != 0; });
+    return thread;
+}
+
+void* ThreadObject::Entry(void* object)
+{
+    auto* const thread = static_cast<ThreadObject*>(object);
+    pthread_setspecific(EndKey(&OnThreadEnd), thread);
+    AdmitStopSignal();
+    current = thread;
+    thread->Register();
+    thread->Run();
+    return nullptr;
+}
+
+// EndNow() comes back here from wherever the thread is. No function in between is told of it, which is what ending
+// without destructors means.
+void ThreadObject::Run()
+{
+    if (sigsetjmp(_start, 1) == 0)
+    {
+        LeaveGate();
+        _exitCode = _routine(_argument);
+    }
+    gate.Enter();
+    // Where it is suspended in this last moment, it isn't gone before it is resumed.
+    gate.Leave();
+    gate.Enter();
+    current = nullptr;
+}
+
+void ThreadObject::Register()
+{
+    const std::lock_guard guard(DispatcherLock());
+    _id = GetCurrentThreadId();
+    Threads()[_id] = this;
+    ThreadHasRegistered().notify_all();
+}
+
+ThreadObject* ThreadObject::CurrentIfKnown()
+{
+    return current;
+}
+
+ThreadObject& ThreadObject::Current()
+{
+    if (current != nullptr)
+        return *current;
+    const pthread_key_t key = EndKey(&OnThreadEnd);
+    if (void* const object = pthread_getspecific(key))
+        return *static_cast<ThreadObject*>(object);
+    const auto thread = MakeObject<ThreadObject>(nullptr, nullptr);
+    thread->AddRef(); // the thread's own
+    pthread_setspecific(key, thread.get());
+    thread->Register();
+    current = thread.get();
+    AdmitStopSignal();
+    return *thread;
+}
+
+Ref<ThreadObject> ThreadObject::Find(DWORD id)
+{
+    const std::lock_guard guard(DispatcherLock());
+    const auto found = Threads().find(id);
+    return found == Threads().end() ? Ref<ThreadObject>() : Ref<ThreadObject>(found->second);
+}
+
+void ThreadObject::OnThreadEnd(void* object)
+{
+    auto* const thread = static_cast<ThreadObject*>(object);
+    current = nullptr;
+    thread->gate.Enter();
+    {
+        const std::lock_guard guard(DispatcherLock());
+        thread->_times.ended = Now();
+        thread->_times.processor = ProcessorTimesOfThisThread();
+        Threads().erase(thread->_id);
+        thread->_queue.reset();
+        thread->_apcs.clear();
+        thread->_hasEnded = true;
+        thread->WakeWaiters();
+    }
+    thread->Release();
+}
+
+bool ThreadObject::HasEnded() const
+{
+    const std::lock_guard guard(DispatcherLock());
+    return _hasEnded;
+}
+
+// A thread whose end is ordered has its code, even where it is still on its way.
+DWORD ThreadObject::ExitCode() const
+{
+    const std::lock_guard guard(DispatcherLock());
+    if (_terminationCode)
+        return *_terminationCode;
+    return _hasEnded ? _exitCode : STILL_ACTIVE;
+}
+
+ThreadObject::Times ThreadObject::GetTimes() const
+{
+    const ProcessorTimes processor = ProcessorTimesOf(_id);
+    const std::lock_guard guard(DispatcherLock());
+    Times times = _times;
+    if (!_hasEnded)
+        times.processor = processor;
+    return times;
+}
+
+DWORD ThreadObject::Suspend()
+{
+    if (HasEnded())
+    {
+        Fail(ERROR_ACCESS_DENIED);
+        return Gate::failed;
+    }
+    const DWORD former = gate.Suspend();
+    if (former == Gate::failed)
+        Fail(ERROR_SIGNAL_REFUSED);
+    else if (current == this)
+    {
+        gate.Enter();
+        LeaveGate();
+    }
+    else
+        DriveToGate(*this);
+    return former;
+}
+
+DWORD ThreadObject::Resume()
+{
+    return gate.Resume();
+}
+
+BOOL ThreadObject::Terminate(DWORD exitCode)
+{
+    if (current == this)
+        EndNow(exitCode);
+    if (_routine == nullptr) // there is no place that the layer could take it back to
+        return Fail(ERROR_NOT_SUPPORTED);
+    {
+        const std::lock_guard guard(DispatcherLock());
+        if (_hasEnded || _terminationCode)
+            return Fail(ERROR_ACCESS_DENIED);
+        _terminationCode = exitCode;
+        gate.OrderEnd();
+        Wake();
+    }
+    DriveToGate(*this);
+    return TRUE;
+}
+
+void ThreadObject::EndNow(DWORD exitCode)
+{
+    _exitCode = exitCode;
+    if (_routine == nullptr)
+        pthread_exit(nullptr);
+    siglongjmp(_start, 1);
+}
+
+void ThreadObject::LeaveGate()
+{
+    if (!gate.Leave())
+        EndNow(0); // the code is the one that came with the order
+}
+
+void ThreadObject::Wake()
+{
+    if (_waiter != nullptr)
+        WakeWaiter(*_waiter);
+}
+
+BOOL ThreadObject::QueueApc(const Apc& apc)
+{
+    const std::lock_guard guard(DispatcherLock());
+    if (_hasEnded)
+        return Fail(ERROR_GEN_FAILURE);
+    _apcs.push_back(apc);
+    Wake();
+    return TRUE;
+}
+
+void ThreadObject::RunApcs()
+{
+    for (;;)
+    {
+        std::unique_lock guard(DispatcherLock());
+        if (_apcs.empty())
+            return;
+        const Apc apc = _apcs.front();
+        _apcs.pop_front();
+        guard.unlock();
+        apc.function(apc.argument);
+    }
+}
+
+MessageQueue& ThreadObject::OwnQueue()
+{
+    if (!_queue)
+        _queue.emplace();
+    return *_queue;
+}
+
+} // namespace qxplatform

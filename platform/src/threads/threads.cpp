@@ -1,0 +1,144 @@
+// The functions of threads.
+#include <errno.h>
+#include <process.h>
+#include <processthreadsapi.h>
+#include <winbase.h>
+
+#include "sync/file_time.h"
+#include "threads/thread_handles.h"
+
+using namespace qxplatform;
+
+namespace
+{
+
+HANDLE Start(ThreadObject::Routine routine, void* argument, size_t stackSize, DWORD flags, DWORD* id)
+{
+    const Ref<ThreadObject> thread = ThreadObject::Start(routine, argument, stackSize, true);
+    if (!thread)
+    {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return nullptr;
+    }
+    const HANDLE handle = AddHandle(thread);
+    if (handle == nullptr)
+    {
+        thread->Terminate(0); // it hasn't begun
+        return nullptr;
+    }
+    if (id != nullptr)
+        *id = thread->id();
+    if ((flags & CREATE_SUSPENDED) == 0)
+        thread->Resume();
+    return handle;
+}
+
+} // namespace
+
+HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES, SIZE_T dwStackSize, LPTHREAD_START_ROUTINE lpStartAddress,
+    LPVOID lpParameter, DWORD dwCreationFlags, LPDWORD lpThreadId)
+{
+    return Start(lpStartAddress, lpParameter, dwStackSize, dwCreationFlags, lpThreadId);
+}
+
+uintptr_t _beginthreadex(
+    void*, unsigned stackSize, unsigned (*startAddress)(void*), void* argument, unsigned flags, unsigned* threadId)
+{
+    if (startAddress == nullptr)
+    {
+        errno = EINVAL;
+        return 0;
+    }
+    const HANDLE thread = Start(startAddress, argument, stackSize, flags, threadId);
+    if (thread == nullptr)
+        errno = EAGAIN;
+    return reinterpret_cast<uintptr_t>(thread);
+}
+
+void _endthreadex(unsigned returnValue)
+{
+    ExitThread(returnValue);
+}
+
+void WINAPI ExitThread(DWORD dwExitCode)
+{
+    ThreadObject::Current().EndNow(dwExitCode);
+}
+
+HANDLE WINAPI OpenThread(DWORD dwDesiredAccess, BOOL, DWORD dwThreadId)
+{
+    if (dwThreadId == GetCurrentThreadId())
+        ThreadObject::Current();
+    const Ref<ThreadObject> thread = ThreadObject::Find(dwThreadId);
+    if (thread)
+        return AddHandle(thread, thread->MapAccess(dwDesiredAccess));
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return nullptr;
+}
+
+DWORD WINAPI SuspendThread(HANDLE hThread)
+{
+    const Ref<ThreadObject> thread = ThreadOf(hThread, THREAD_SUSPEND_RESUME);
+    return thread ? thread->Suspend() : Gate::failed;
+}
+
+DWORD WINAPI ResumeThread(HANDLE hThread)
+{
+    const Ref<ThreadObject> thread = ThreadOf(hThread, THREAD_SUSPEND_RESUME);
+    return thread ? thread->Resume() : Gate::failed;
+}
+
+BOOL WINAPI TerminateThread(HANDLE hThread, DWORD dwExitCode)
+{
+    if (hThread == GetCurrentThread())
+        ExitThread(dwExitCode);
+    const Ref<ThreadObject> thread = ThreadOf(hThread, THREAD_TERMINATE);
+    return thread && thread->Terminate(dwExitCode);
+}
+
+BOOL WINAPI GetExitCodeThread(HANDLE hThread, LPDWORD lpExitCode)
+{
+    const Ref<ThreadObject> thread = ThreadOf(hThread);
+    if (!thread)
+        return FALSE;
+    *lpExitCode = thread->ExitCode();
+    return TRUE;
+}
+
+DWORD WINAPI GetThreadId(HANDLE Thread)
+{
+    const Ref<ThreadObject> thread = ThreadOf(Thread);
+    return thread ? thread->id() : 0;
+}
+
+int WINAPI GetThreadPriority(HANDLE hThread)
+{
+    const Ref<ThreadObject> thread = ThreadOf(hThread);
+    return thread ? thread->priority() : THREAD_PRIORITY_ERROR_RETURN;
+}
+
+BOOL WINAPI SetThreadPriority(HANDLE hThread, int nPriority)
+{
+    const Ref<ThreadObject> thread = ThreadOf(hThread);
+    return thread && thread->SetPriority(nPriority);
+}
+
+BOOL WINAPI GetThreadTimes(
+    HANDLE hThread, LPFILETIME lpCreationTime, LPFILETIME lpExitTime, LPFILETIME lpKernelTime, LPFILETIME lpUserTime)
+{
+    const Ref<ThreadObject> thread = ThreadOf(hThread);
+    if (!thread)
+        return FALSE;
+    const ThreadObject::Times times = thread->GetTimes();
+    *lpCreationTime = FileTimeOfUnits(times.created);
+    *lpExitTime = FileTimeOfUnits(times.ended);
+    *lpKernelTime = FileTimeOfUnits(times.processor.kernel);
+    *lpUserTime = FileTimeOfUnits(times.processor.user);
+    return TRUE;
+}
+
+DWORD WINAPI QueueUserAPC(PAPCFUNC pfnAPC, HANDLE hThread, ULONG_PTR dwData)
+{
+    const Ref<ThreadObject> thread = ThreadOf(hThread, THREAD_SET_CONTEXT);
+    return thread && thread->QueueApc({pfnAPC, dwData});
+}
