@@ -72,6 +72,9 @@ TEST(Handles, LookedUpWhileOthersCloseThem)
 // Of several threads that close one handle, one does it.
 TEST(Handles, ClosedOnce)
 {
+    if (!isLayer)
+        GTEST_SKIP()
+            << "the system gives a closed value out again at once, so the second thread may close another handle";
     const Folder folder;
     MakeFile(folder / L"file");
     for (int round = 0; round < 200; ++round)
@@ -109,7 +112,8 @@ TEST(Waits, ForProcesses)
     EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, INFINITE), DWORD{WAIT_OBJECT_0}) << "the first of those that are";
     EXPECT_TRUE(GetExitCodeProcess(process, &code));
     EXPECT_EQ(code, 42u);
-    EXPECT_FALSE(TerminateProcess(process, 1));
+    if (isLayer) // Wine lets an ended process be ended again
+        EXPECT_FALSE(TerminateProcess(process, 1));
 
     EXPECT_EQ(WaitForSingleObject(nullptr, 0), DWORD{WAIT_FAILED});
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_HANDLE});
@@ -200,7 +204,8 @@ TEST_F(Child, ThatCannotBeStarted)
     };
     EXPECT_EQ(error(L"qxnosuchprogram a b"), DWORD{ERROR_FILE_NOT_FOUND});
     EXPECT_EQ(error(folder / L"missing.exe"), DWORD{ERROR_FILE_NOT_FOUND});
-    EXPECT_EQ(error(folder / L"missing/program.exe"), DWORD{ERROR_PATH_NOT_FOUND});
+    if (isLayer) // Wine does not tell a missing folder from a missing file
+        EXPECT_EQ(error(folder / L"missing/program.exe"), DWORD{ERROR_PATH_NOT_FOUND});
     WCHAR program[1000] = {};
     GetModuleFileNameW(nullptr, program, 1000);
     EXPECT_EQ(error(Text(L"\"") + program + L"\" --tell x", folder / L"missing"), DWORD{ERROR_DIRECTORY});
