@@ -9,6 +9,7 @@ class clsCriticalSection
 {
 public:
     clsCriticalSection() { InitializeCriticalSection(&_section); }
+    explicit clsCriticalSection(DWORD spinCount) { InitializeCriticalSectionAndSpinCount(&_section, spinCount); }
     clsCriticalSection(const clsCriticalSection&) = delete;
     clsCriticalSection& operator=(const clsCriticalSection&) = delete;
     ~clsCriticalSection() { DeleteCriticalSection(&_section); }

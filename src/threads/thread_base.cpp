@@ -1,0 +1,443 @@
+#include "threads/thread_base.h"
+
+#include "core/debug_line.h"
+#include "core/developer_run.h"
+#include "core/module_paths.h"
+#include "core/thread_names.h"
+#include "core/ticks.h"
+#include "threads/debugger_name.h"
+
+#include <process.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstring>
+#include <string_view>
+
+namespace qx
+{
+namespace
+{
+
+constexpr DWORD startPatience = 20'000;
+constexpr unsigned messageImportance = 4;
+constexpr DWORD suspendFailed = 0xFFFFFFFF;
+
+String LastErrorText()
+{
+    return String::SystemErrorText(GetLastError());
+}
+
+// Gives a lock away for the time of a wait.
+class LockReleased
+{
+public:
+    explicit LockReleased(clsCriticalSection& lock) : _lock(lock) { _lock.Leave(); }
+    LockReleased(const LockReleased&) = delete;
+    LockReleased& operator=(const LockReleased&) = delete;
+    ~LockReleased() { _lock.Enter(); }
+
+private:
+    clsCriticalSection& _lock;
+};
+
+class CountedEntry
+{
+public:
+    explicit CountedEntry(std::atomic<int>& count) : _count(count), _isFirst(++count == 1) {}
+    CountedEntry(const CountedEntry&) = delete;
+    CountedEntry& operator=(const CountedEntry&) = delete;
+    ~CountedEntry() { --_count; }
+
+    bool IsFirst() const { return _isFirst; }
+
+private:
+    std::atomic<int>& _count;
+    const bool _isFirst;
+};
+
+void PumpMessages()
+{
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
+    {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
+
+// No deadline for a wait without end.
+class Deadline
+{
+public:
+    explicit Deadline(DWORD milliseconds) : _isNever(milliseconds == INFINITE), _end(UtilGetTicks() + milliseconds) {}
+
+    bool HasPassed() const { return !_isNever && UtilGetTicks() >= _end; }
+
+private:
+    bool _isNever;
+    unsigned long long _end;
+};
+
+int Milliseconds(const FILETIME& time)
+{
+    constexpr unsigned long long unitsPerMillisecond = 10'000;
+    return static_cast<int>(
+        (static_cast<unsigned long long>(time.dwHighDateTime) << 32 | time.dwLowDateTime) / unitsPerMillisecond);
+}
+
+} // namespace
+
+// What the starter hands to the thread. It outlives both of them: a thread that comes after the starter's patience has
+// ended finds the order withdrawn, and leaves the object alone, which may be gone by then.
+struct clsThreadBase::StartOrder
+{
+    enum class Stage
+    {
+        Open,
+        Taken,
+        Withdrawn,
+    };
+
+    // False if the other side was first.
+    bool MoveTo(Stage next)
+    {
+        Stage expected = Stage::Open;
+        return stage.compare_exchange_strong(expected, next);
+    }
+
+    explicit StartOrder(clsThreadBase& object) : thread(object) {}
+
+    clsThreadBase& thread;
+    clsEvent startSignal;
+    std::atomic<Stage> stage = Stage::Open;
+};
+
+clsThreadBase::clsThreadBase(const wchar_t* name)
+{
+    if (!name || !*name)
+        return;
+    const String full(String::formatted, L"%s::%s", LibraryPaths().baseName.Text(), name);
+    const std::string_view narrow = full.NarrowText();
+    _name.reset(static_cast<char*>(LocalAlloc(LMEM_FIXED, narrow.size() + 1)));
+    if (_name)
+        std::memcpy(_name.get(), narrow.data(), narrow.size() + 1);
+}
+
+clsThreadBase::~clsThreadBase()
+{
+    if (GetThreadState() == State::Running)
+    {
+        DebugLine(L"clsThreadBase(%hs)::~clsThreadBase: warning: derived class does not end thread. I do it here - "
+                  L"cross your fingers that the derived class does not access any members in the thread function!!!",
+            Name());
+        ThreadEnd(false, 1000, true);
+    }
+    if (_hThread)
+        CleanUpHandle();
+}
+
+// All of it under the lock, so that two starters don't both find that there is no thread.
+bool clsThreadBase::ThreadStart(int priority)
+{
+    const clsCriticalSectionLock lock(_lock);
+    if (GetThreadState() == State::Exited)
+        CleanUpHandle();
+    if (_hThread)
+    {
+        ResumeThread(_hThread);
+        return true;
+    }
+    const auto order = std::make_shared<StartOrder>(*this);
+    _exitCode = static_cast<unsigned>(-1);
+    _starterId = GetCurrentThreadId();
+    _stopEvent.Reset();
+    _marks.reset();
+    if (!Create(order) || !WaitForStart(*order))
+        return false;
+    _isStarted = true;
+    SetThreadPriority(_hThread, priority);
+    return true;
+}
+
+bool clsThreadBase::Create(const std::shared_ptr<StartOrder>& order)
+{
+    auto argument = std::make_unique<std::shared_ptr<StartOrder>>(order);
+    const unsigned stackSize = GetStackSize();
+    unsigned id = 0;
+    errno = 0;
+    const uintptr_t handle = _beginthreadex(nullptr, stackSize, &Entry, argument.get(), CREATE_SUSPENDED, &id);
+    if (handle == 0)
+    {
+        const int code = errno;
+        const String reason = LastErrorText();
+        return FailStart(String(String::formatted,
+            L"clsThreadBase(%hs)::ThreadStart: Cannot create thread (stack size %d KiB): errno=%d, GetLastError()=%s",
+            Name(), static_cast<int>(stackSize / 1024), code, reason.Text()));
+    }
+    argument.release(); // the thread's now
+    _hThread = reinterpret_cast<HANDLE>(handle);
+    _threadId = id;
+    ++_starts;
+    return true;
+}
+
+bool clsThreadBase::WaitForStart(StartOrder& order)
+{
+    ResumeThread(_hThread);
+    const DWORD result = WaitForSingleObject(order.startSignal.Get(), startPatience);
+    if (result == WAIT_OBJECT_0)
+        return true;
+    const String reason = LastErrorText();
+    if (!order.MoveTo(StartOrder::Stage::Withdrawn))
+    {
+        // It has begun in this very moment.
+        WaitForSingleObject(order.startSignal.Get(), INFINITE);
+        return true;
+    }
+    _isStarted = false;
+    return FailStart(String(String::formatted,
+        L"clsThreadBase(%hs)::ThreadStart: WaitForSingleObject() failed: result=%08x, GetLastError()=%s", Name(),
+        result, reason.Text()));
+}
+
+bool clsThreadBase::FailStart(const String& text)
+{
+    GetLastErrorString() = text;
+    DebugLine(L"ERR: %s", text.Text());
+    return false;
+}
+
+unsigned __stdcall clsThreadBase::Entry(void* order)
+{
+    const std::unique_ptr<std::shared_ptr<StartOrder>> argument(static_cast<std::shared_ptr<StartOrder>*>(order));
+    StartOrder& taken = **argument;
+    return taken.MoveTo(StartOrder::Stage::Taken) ? taken.thread.Run(taken.startSignal) : 0;
+}
+
+unsigned clsThreadBase::Run(clsEvent& startSignal)
+{
+    const unsigned id = GetCurrentThreadId();
+    const char* const name = Name();
+    if (name)
+    {
+        NameThreadForDebugger(name);
+        TheThreadNames().Enter(id, std::strstr(name, "::") + 2);
+    }
+    startSignal.Set();
+
+    _marks = MakeThreadMarks(name);
+    if (_marks)
+        _marks->WriteMessage(messageImportance, L"starting");
+    const unsigned result = ThreadProc();
+    if (_marks)
+        _marks->WriteMessage(messageImportance, String(String::formatted, L"ending, result=%u", result).Text());
+    if (name)
+        TheThreadNames().Remove(id, std::strstr(name, "::") + 2);
+    return result;
+}
+
+int clsThreadBase::ThreadEnd(bool stopsSuspended, DWORD milliseconds, bool mayTerminate)
+{
+    const clsCriticalSectionLock lock(_lock);
+    const CountedEntry entry(_endGuard);
+    if (!entry.IsFirst())
+    {
+        if (UtilIsDeveloperRun())
+            DebugLine(L"ups ;) some recursion in ThreadEnd()? Might be OK though ;)");
+        return 1;
+    }
+    if (!_hThread)
+        return 1;
+    _stopEvent.Set();
+    if (GetCurrentThreadId() == _threadId)
+        return 1;
+
+    const unsigned start = _starts;
+    bool keepsHandle = false;
+    const int result = EndRunning(stopsSuspended, milliseconds, mayTerminate, keepsHandle);
+    // While the lock was released for the wait, somebody may have started the next thread.
+    if (start != _starts || !_hThread)
+        return result;
+    if (UtilIsDeveloperRun())
+        ReportTimes();
+    if (!keepsHandle)
+        CleanUpHandle();
+    return result;
+}
+
+int clsThreadBase::EndRunning(bool stopsSuspended, DWORD milliseconds, bool mayTerminate, bool& keepsHandle)
+{
+    DWORD code = STILL_ACTIVE;
+    const BOOL isKnown = _isStarted ? GetExitCodeThread(_hThread, &code) : FALSE;
+    if (!isKnown)
+    {
+        const String reason = LastErrorText();
+        DebugLine(L"clsThreadBase(%hs)::ThreadEnd(): warning: thread handle is not NULL, but "
+                  L"::GetExitCodeThread(_hThread,&dwEC) failed(%d): %s",
+            Name(), isKnown, reason.Text());
+        return 1;
+    }
+    if (code != STILL_ACTIVE)
+        return 1;
+
+    // A duplicate, since another thread may find this one exited and close its handle.
+    clsGenericHandleObjectAutoRelease handle;
+    if (!handle.Duplicate(_hThread))
+        handle.Take(_hThread, false);
+    const HANDLE thread = handle.Get();
+    const unsigned threadId = _threadId;
+    const DWORD suspended = SuspendThread(thread);
+    // It fails for a thread that has ended in between, which the wait below finds out at once.
+    const DWORD count = suspended == suspendFailed ? 0 : suspended;
+    if (suspended != suspendFailed)
+        ResumeThread(thread);
+
+    bool hasEnded = false;
+    if (count == 0 || !stopsSuspended)
+    {
+        SetThreadPriority(thread, GetThreadPriority(GetCurrentThread()));
+        if (count != 0)
+            ResumeThread(thread);
+        const LockReleased released(_lock);
+        hasEnded =
+            EndPumpsMessages() ? WaitForThreadAndMessages(thread, milliseconds) : WaitForThread(thread, milliseconds);
+    }
+    if (hasEnded)
+        return 1;
+    if (!mayTerminate)
+    {
+        keepsHandle = true;
+        return 1;
+    }
+    Terminate(thread, threadId);
+    return 0;
+}
+
+bool clsThreadBase::WaitForThread(HANDLE thread, DWORD milliseconds)
+{
+    return WaitForSingleObject(thread, milliseconds) != WAIT_TIMEOUT;
+}
+
+// False if the thread hasn't ended by the deadline.
+bool clsThreadBase::WaitForThreadAndMessages(HANDLE thread, DWORD milliseconds)
+{
+    const Deadline deadline(milliseconds);
+    do
+    {
+        switch (MsgWaitForMultipleObjects(1, &thread, FALSE, milliseconds, QS_ALLINPUT))
+        {
+        case WAIT_OBJECT_0:
+            return true;
+        case WAIT_OBJECT_0 + 1:
+            PumpMessages();
+            break;
+        case WAIT_ABANDONED_0:
+            DebugLine(L"abandoned...");
+            break;
+        case WAIT_FAILED:
+        {
+            const String reason = LastErrorText();
+            DebugLine(L"clsThreadBase::ThreadEnd(): MsgWaitForMultipleObjects returned WAIT_FAILED: %s", reason.Text());
+            return true;
+        }
+        }
+    } while (!deadline.HasPassed());
+    return false;
+}
+
+// What the thread would have taken back itself at its end is taken back here.
+void clsThreadBase::Terminate(HANDLE thread, unsigned threadId)
+{
+    TerminateThread(thread, 0);
+    if (Name())
+        TheThreadNames().Remove(threadId, std::strstr(Name(), "::") + 2);
+}
+
+void clsThreadBase::ReportTimes()
+{
+    DWORD code = STILL_ACTIVE;
+    FILETIME created, ended, kernel, user;
+    if (!_isStarted || !GetExitCodeThread(_hThread, &code) || code == STILL_ACTIVE ||
+        !GetThreadTimes(_hThread, &created, &ended, &kernel, &user))
+        return;
+    if (ended.dwLowDateTime != 0 || ended.dwHighDateTime != 0)
+        DebugLine(L"thread '%hs' was alive for %d ms (UserMode: %d ms, KernelMode: %d ms)", Name(),
+            Milliseconds(ended) - Milliseconds(created), Milliseconds(user), Milliseconds(kernel));
+    else
+        DebugLine(L"thread '%hs' forced to exit! (UserMode: %d ms, KernelMode: %d ms)", Name(), Milliseconds(user),
+            Milliseconds(kernel));
+}
+
+void clsThreadBase::CleanUpHandle()
+{
+    DWORD code = 0;
+    if (GetExitCodeThread(_hThread, &code))
+        _exitCode = code;
+    CloseHandle(_hThread);
+    _hThread = nullptr;
+    _threadId = 0;
+}
+
+clsThreadBase::State clsThreadBase::GetThreadState()
+{
+    const clsCriticalSectionLock lock(_lock);
+    if (!_hThread)
+        return State::None;
+    return WaitForSingleObject(_hThread, 0) == WAIT_OBJECT_0 ? State::Exited : State::Running;
+}
+
+String& clsThreadBase::GetLastErrorString()
+{
+    const clsCriticalSectionLock lock(_lock);
+    if (!_lastError)
+        _lastError = std::make_unique<String>();
+    return *_lastError;
+}
+
+DWORD clsThreadBase::Wait(DWORD count, const HANDLE* handles, DWORD milliseconds) const
+{
+    const bool isAlertable = WaitsAlertable();
+    if (WaitsPumpMessages())
+        return isAlertable ? MsgWaitForMultipleObjectsEx(count, handles, milliseconds, QS_ALLINPUT, MWMO_ALERTABLE)
+                           : MsgWaitForMultipleObjects(count, handles, FALSE, milliseconds, QS_ALLINPUT);
+    return isAlertable ? WaitForMultipleObjectsEx(count, handles, FALSE, milliseconds, TRUE)
+                       : WaitForMultipleObjects(count, handles, FALSE, milliseconds);
+}
+
+bool clsThreadBase::WaitForEvents(DWORD milliseconds, int& result, int count, ...)
+{
+    // One more than the system takes, so that it is the system which refuses too many.
+    HANDLE handles[MAXIMUM_WAIT_OBJECTS + 1] = {_stopEvent.Get()};
+    const int given = std::clamp(count, 0, static_cast<int>(MAXIMUM_WAIT_OBJECTS));
+    va_list arguments;
+    va_start(arguments, count);
+    for (int index = 0; index < given; ++index)
+        handles[index + 1] = va_arg(arguments, HANDLE);
+    va_end(arguments);
+
+    const DWORD all = static_cast<DWORD>(given) + 1;
+    const Deadline deadline(milliseconds);
+    result = timedOut;
+    do
+    {
+        DWORD outcome = Wait(all, handles, milliseconds);
+        // A mutex whose owner is gone belongs to the one who waited for it, like any other.
+        if (outcome >= WAIT_ABANDONED_0 && outcome < WAIT_ABANDONED_0 + all)
+            outcome -= WAIT_ABANDONED_0 - WAIT_OBJECT_0;
+        if (outcome == WAIT_OBJECT_0)
+            return result = stopRequested, false;
+        if (outcome < all)
+            return result = static_cast<int>(outcome) - 1, true;
+        if (outcome == all)
+            return result = messageArrived, true;
+        if (outcome == WAIT_FAILED)
+            return result = waitFailed, true;
+        if (outcome == WAIT_IO_COMPLETION && WaitsAlertable())
+            return result = completionRoutineRan, true;
+    } while (!deadline.HasPassed());
+    return true;
+}
+
+} // namespace qx

@@ -1,0 +1,199 @@
+// Start, state, names, and the wait of the thread itself.
+#include "threads_support.h"
+
+#include "core/thread_names.h"
+
+#include <cstring>
+#include <string_view>
+
+using namespace qx;
+using namespace qxtest;
+
+namespace
+{
+
+using State = clsThreadBase::State;
+
+TEST(ThreadBase, LifeFromStartToEndAndAgain)
+{
+    TestThread thread(&UntilStopped);
+    EXPECT_EQ(thread.GetThreadState(), State::None);
+    EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
+    for (int round = 0; round < 3; ++round)
+    {
+        ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+        EXPECT_EQ(thread.GetThreadState(), State::Running);
+        EXPECT_EQ(thread.StarterId(), GetCurrentThreadId());
+        EXPECT_EQ(thread.ExitCode(), 0xFFFFFFFF);
+        const unsigned id = thread.ThreadId();
+        EXPECT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL)); // only resumes it
+        EXPECT_EQ(thread.ThreadId(), id);
+        EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
+        EXPECT_EQ(thread.GetThreadState(), State::None);
+        EXPECT_EQ(thread.ExitCode(), 7u);
+        EXPECT_EQ(thread.ThreadId(), 0u);
+    }
+}
+
+TEST(ThreadBase, StartAfterTheThreadHasExited)
+{
+    std::atomic<unsigned> runs = 0;
+    TestThread thread([&runs](TestThread&) { return ++runs; });
+    for (unsigned round = 1; round <= 3; ++round)
+    {
+        ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+        ASSERT_TRUE(WaitUntil([&] { return thread.GetThreadState() == State::Exited; }));
+        EXPECT_EQ(runs, round);
+        EXPECT_EQ(thread.ExitCode(), 0xFFFFFFFF); // its handle is still there
+    }
+    EXPECT_EQ(thread.ThreadEnd(false, INFINITE, false), 1);
+    EXPECT_EQ(thread.ExitCode(), 3u);
+}
+
+TEST(ThreadBase, StartGivesThePriority)
+{
+    std::atomic<int> priority = 99;
+    TestThread thread(
+        [&priority](TestThread& self)
+        {
+            int result = 0;
+            while (self.WaitForEvents(1, result, 0))
+                priority = GetThreadPriority(GetCurrentThread());
+            return 0u;
+        });
+    ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_BELOW_NORMAL));
+    EXPECT_TRUE(WaitUntil([&] { return priority == THREAD_PRIORITY_BELOW_NORMAL; }));
+}
+
+TEST(ThreadBase, NamesInTheObjectAndInTheDictionary)
+{
+    std::atomic<bool> hasShownName = false;
+    TestThread thread(
+        [&hasShownName](TestThread& self)
+        {
+            const char* const shown = TheThreadNames().Find(GetCurrentThreadId());
+            hasShownName = shown && std::string_view(shown) == "Work::er";
+            return UntilStopped(self);
+        },
+        L"Work::er");
+    const std::string_view full = thread.Name();
+    const std::size_t separator = full.find("::");
+    ASSERT_NE(separator, full.npos);
+    EXPECT_EQ(full.substr(separator), "::Work::er");
+    // The library of a test is the program itself.
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    const std::wstring_view file(path);
+    EXPECT_EQ(String(String::formatted, L"%hs.", thread.Name()).View().substr(0, separator),
+        String(file.substr(file.find_last_of(L"\\/") + 1, separator)).Upper().View());
+
+    ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+    const unsigned id = thread.ThreadId();
+    thread.ThreadEnd(false, INFINITE, true);
+    EXPECT_TRUE(hasShownName);
+    EXPECT_FALSE(TheThreadNames().Find(id));
+
+    for (const wchar_t* const name : {L"", static_cast<const wchar_t*>(nullptr)})
+    {
+        TestThread nameless([](TestThread&) { return TheThreadNames().Find(GetCurrentThreadId()) ? 1u : 2u; }, name);
+        EXPECT_FALSE(nameless.Name());
+        ASSERT_TRUE(nameless.ThreadStart(THREAD_PRIORITY_NORMAL));
+        nameless.ThreadEnd(false, INFINITE, true);
+        EXPECT_EQ(nameless.ExitCode(), 2u);
+    }
+}
+
+TEST(ThreadBase, WaitWithoutHandlesIsASleepThatStopEnds)
+{
+    std::atomic<int> elapsed = 0;
+    std::atomic<bool> isRight = false;
+    TestThread thread(
+        [&](TestThread& self)
+        {
+            const Stopwatch watch;
+            int result = 0;
+            isRight = self.WaitForEvents(200, result, 0) && result == -1;
+            elapsed = watch.Milliseconds();
+            const bool goesOn = self.WaitForEvents(patience, result, 0);
+            return !goesOn && result == static_cast<int>(0x80000000) ? 5u : 6u;
+        });
+    ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+    EXPECT_TRUE(WaitUntil([&] { return elapsed != 0; }));
+    EXPECT_TRUE(isRight);
+    EXPECT_GE(elapsed, 190);
+    EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
+    EXPECT_EQ(thread.ExitCode(), 5u);
+}
+
+// The wait is called here on the test's own thread: it belongs to the object, not to the thread.
+TEST(ThreadBase, WhatEndsAWait)
+{
+    TestThread thread([](TestThread&) { return 0u; });
+    clsEvent first, second;
+    int result = 0;
+    EXPECT_TRUE(thread.WaitForEvents(0, result, 2, first.Get(), second.Get()));
+    EXPECT_EQ(result, clsThreadBase::timedOut);
+    second.Set();
+    EXPECT_TRUE(thread.WaitForEvents(INFINITE, result, 2, first.Get(), second.Get()));
+    EXPECT_EQ(result, 1);
+    first.Set();
+    EXPECT_TRUE(thread.WaitForEvents(INFINITE, result, 2, first.Get(), second.Get()));
+    EXPECT_EQ(result, 0);
+    EXPECT_TRUE(thread.WaitForEvents(INFINITE, result, 2, first.Get(), HANDLE{nullptr}));
+    EXPECT_EQ(result, clsThreadBase::waitFailed);
+}
+
+// The stop event comes first.
+TEST(ThreadBase, StopWinsAgainstAHandle)
+{
+    clsEvent given, isReady, go;
+    given.Set();
+    TestThread thread(
+        [&](TestThread& self)
+        {
+            isReady.Set();
+            WaitForSingleObject(go.Get(), INFINITE);
+            int result = 0;
+            const bool goesOn = self.WaitForEvents(INFINITE, result, 1, given.Get());
+            return !goesOn && result == clsThreadBase::stopRequested ? 1u : 0u;
+        });
+    ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+    WaitForSingleObject(isReady.Get(), patience);
+    EXPECT_EQ(thread.ThreadEnd(false, 0, false), 1); // sets the stop event, and leaves the thread
+    go.Set();
+    EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
+    EXPECT_EQ(thread.ExitCode(), 1u);
+}
+
+TEST(ThreadBase, KindsOfWaits)
+{
+    for (const bool pumps : {false, true})
+        for (const bool isAlertable : {false, true})
+        {
+            std::atomic<int> forMessage = 99;
+            std::atomic<int> forCall = 99;
+            TestThread thread(
+                [&](TestThread& self)
+                {
+                    MSG message;
+                    PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);
+                    PostThreadMessageW(GetCurrentThreadId(), WM_APP, 0, 0);
+                    int result = 0;
+                    EXPECT_TRUE(self.WaitForEvents(50, result, 0));
+                    forMessage = result;
+                    PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);
+                    QueueUserAPC([](ULONG_PTR) {}, GetCurrentThread(), 0);
+                    EXPECT_TRUE(self.WaitForEvents(50, result, 0));
+                    forCall = result;
+                    return 0u;
+                });
+            thread.waitsPump = pumps;
+            thread.waitsAlertable = isAlertable;
+            ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+            ASSERT_TRUE(WaitUntil([&] { return thread.GetThreadState() == State::Exited; }));
+            EXPECT_EQ(forMessage, pumps ? clsThreadBase::messageArrived : clsThreadBase::timedOut);
+            EXPECT_EQ(forCall, isAlertable ? clsThreadBase::completionRoutineRan : clsThreadBase::timedOut);
+        }
+}
+
+} // namespace

@@ -1,0 +1,149 @@
+// How a thread is ended: politely, by force, not at all; and what is said about it.
+#include "threads_support.h"
+
+using namespace qx;
+using namespace qxtest;
+
+namespace
+{
+
+using State = clsThreadBase::State;
+
+TEST(ThreadEnd, FromTheThreadItselfOnlySetsTheStopEvent)
+{
+    std::atomic<int> inner = -1;
+    TestThread thread(
+        [&inner](TestThread& self)
+        {
+            inner = self.ThreadEnd(false, INFINITE, true);
+            return UntilStopped(self);
+        });
+    ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+    ASSERT_TRUE(WaitUntil([&] { return thread.GetThreadState() == State::Exited; }));
+    EXPECT_EQ(inner, 1);
+    EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
+    EXPECT_EQ(thread.ExitCode(), 7u);
+}
+
+TEST(ThreadEnd, AThreadThatHangs)
+{
+    for (const bool pumps : {false, true})
+    {
+        TestThread thread(&Hang);
+        thread.endPumps = pumps;
+        ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+        EXPECT_EQ(thread.ThreadEnd(false, 50, false), 1);
+        EXPECT_EQ(thread.GetThreadState(), State::Running); // the handle is kept
+        const Stopwatch watch;
+        EXPECT_EQ(thread.ThreadEnd(false, 300, true), 0);
+        EXPECT_GE(watch.Milliseconds(), 280);
+        EXPECT_EQ(thread.GetThreadState(), State::None);
+        EXPECT_EQ(thread.ExitCode(), 0u);
+    }
+}
+
+TEST(ThreadEnd, ASuspendedThread)
+{
+    const auto suspend = [](TestThread& thread)
+    {
+        ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+        const HANDLE handle = OpenThread(THREAD_SUSPEND_RESUME, FALSE, thread.ThreadId());
+        EXPECT_EQ(SuspendThread(handle), 0u);
+        CloseHandle(handle);
+    };
+    TestThread thread(&UntilStopped);
+    suspend(thread);
+    EXPECT_EQ(thread.ThreadEnd(true, INFINITE, false), 1); // kept, and still suspended
+    EXPECT_EQ(thread.GetThreadState(), State::Running);
+    EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1); // resumed
+    EXPECT_EQ(thread.ExitCode(), 7u);
+    suspend(thread);
+    EXPECT_EQ(thread.ThreadEnd(true, INFINITE, true), 0); // at once
+    EXPECT_EQ(thread.ExitCode(), 0u);
+}
+
+// Another caller, or one from within a message that the wait dispatches, doesn't wait a second time.
+TEST(ThreadEnd, WhileAnotherEndWaits)
+{
+    clsEvent go;
+    TestThread thread(
+        [&go](TestThread&)
+        {
+            WaitForSingleObject(go.Get(), INFINITE);
+            return 3u;
+        });
+    ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+    std::atomic<int> outer = -1;
+    TestThread ender([&](TestThread&) { return outer = thread.ThreadEnd(false, INFINITE, true), 0u; });
+    ASSERT_TRUE(ender.ThreadStart(THREAD_PRIORITY_NORMAL));
+
+    const DeveloperRun developer;
+    ASSERT_TRUE(WaitUntil(
+        [&]
+        {
+            const DebugLines lines;
+            return thread.ThreadEnd(false, 0, false) == 1 && lines.Count() == 1 &&
+                   lines.Last() == L"ups ;) some recursion in ThreadEnd()? Might be OK though ;)";
+        }));
+    EXPECT_EQ(outer, -1);
+    go.Set();
+    EXPECT_EQ(ender.ThreadEnd(false, INFINITE, true), 1);
+    EXPECT_EQ(outer, 1);
+    EXPECT_EQ(thread.ExitCode(), 3u);
+}
+
+TEST(ThreadEnd, KeepsTheQueueOfTheCallerRunning)
+{
+    MSG message;
+    PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);
+    TestThread thread(&Hang);
+    ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+    for (const bool pumps : {false, true})
+    {
+        thread.endPumps = pumps;
+        PostThreadMessageW(GetCurrentThreadId(), WM_APP, 0, 0);
+        thread.ThreadEnd(false, 50, false);
+        EXPECT_EQ(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE, !pumps);
+    }
+    EXPECT_EQ(thread.ThreadEnd(false, 0, true), 0);
+}
+
+TEST(ThreadEnd, ADeveloperIsToldOfTheTimes)
+{
+    const DeveloperRun developer;
+    TestThread thread(&UntilStopped);
+    ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+    Sleep(30);
+    const DebugLines lines;
+    thread.ThreadEnd(false, INFINITE, true);
+    const String start(String::formatted, L"thread '%hs' was alive for ", thread.Name());
+    EXPECT_EQ(lines.Only().View().substr(0, start.Length()), start.View());
+    EXPECT_EQ(lines.CountOf(L" ms (UserMode: "), 1u);
+}
+
+TEST(ThreadEnd, TheDestructorEndsWhatASubclassLeft)
+{
+    struct Careless : clsThreadBase
+    {
+        Careless() : clsThreadBase(L"Careless") {}
+        unsigned ThreadProc() override
+        {
+            Sleep(30);
+            return 0;
+        }
+    };
+    const DebugLines lines;
+    String name;
+    {
+        Careless thread;
+        name = String(String::formatted, L"%hs", thread.Name());
+        ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+    }
+    EXPECT_EQ(lines.Only(),
+        String(String::formatted,
+            L"clsThreadBase(%s)::~clsThreadBase: warning: derived class does not end thread. I do it here - cross your "
+            L"fingers that the derived class does not access any members in the thread function!!!",
+            name.Text()));
+}
+
+} // namespace

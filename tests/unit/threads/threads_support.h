@@ -1,0 +1,101 @@
+// Threads of the tests.
+#pragma once
+
+#include "core/developer_run.h"
+#include "support/debug_lines.h"
+#include "threads/thread_base.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <utility>
+
+namespace qxtest
+{
+
+constexpr DWORD patience = 20'000;
+
+// Runs a function, which gets the thread's object.
+class TestThread : public qx::clsThreadBase
+{
+public:
+    using Body = std::function<unsigned(TestThread&)>;
+
+    explicit TestThread(Body body, const wchar_t* name = L"Worker") : clsThreadBase(name), _body(std::move(body)) {}
+    ~TestThread() override { ThreadEnd(false, INFINITE, true); }
+
+    unsigned ThreadProc() override { return _body(*this); }
+    bool WaitsPumpMessages() const override { return waitsPump; }
+    bool EndPumpsMessages() const override { return endPumps; }
+    bool WaitsAlertable() const override { return waitsAlertable; }
+
+    bool waitsPump = false;
+    bool endPumps = true;
+    bool waitsAlertable = false;
+
+private:
+    Body _body;
+};
+
+// The usual body: works until it is told to stop.
+inline unsigned UntilStopped(TestThread& thread)
+{
+    int result = 0;
+    while (thread.WaitForEvents(INFINITE, result, 0))
+    {
+    }
+    return 7;
+}
+
+// Doesn't listen.
+inline unsigned Hang(TestThread&)
+{
+    Sleep(INFINITE);
+    return 1;
+}
+
+template <class Condition>
+bool WaitUntil(Condition&& condition)
+{
+    const ULONGLONG end = GetTickCount64() + patience;
+    while (!condition())
+    {
+        if (GetTickCount64() > end)
+            return false;
+        Sleep(1);
+    }
+    return true;
+}
+
+class Stopwatch
+{
+public:
+    int Milliseconds() const
+    {
+        const auto elapsed = std::chrono::steady_clock::now() - _begin;
+        return static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count());
+    }
+
+private:
+    std::chrono::steady_clock::time_point _begin = std::chrono::steady_clock::now();
+};
+
+// The environment variable `user` of a developer's run, for as long as it lives.
+class DeveloperRun
+{
+public:
+    DeveloperRun() { Set(L"qvx"); }
+    DeveloperRun(const DeveloperRun&) = delete;
+    DeveloperRun& operator=(const DeveloperRun&) = delete;
+    ~DeveloperRun() { Set(nullptr); }
+
+private:
+    static void Set(const wchar_t* value)
+    {
+        SetEnvironmentVariableW(L"user", value);
+        qx::ForgetDeveloperRun();
+    }
+};
+
+} // namespace qxtest
