@@ -3,16 +3,15 @@
 #include "core/string.h"
 #include "prof/job.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace qx
 {
 
-clsProfPath::clsProfPath(const wchar_t* path) : _rest(path != nullptr ? path : L""), _slash(_rest.find(L'/')) {}
-
 bool clsProfPath::SkipLeadingSlash()
 {
-    if (_slash != 0)
+    if (*_begin != L'/')
         return false;
     Next();
     return true;
@@ -20,13 +19,8 @@ bool clsProfPath::SkipLeadingSlash()
 
 std::wstring_view clsProfPath::Component() const
 {
-    return IsLast() ? _rest : _rest.substr(0, std::min(_slash, kLongestComponent));
-}
-
-void clsProfPath::Next()
-{
-    _rest.remove_prefix(_slash + 1);
-    _slash = _rest.find(L'/');
+    const auto length = static_cast<size_t>(_end - _begin);
+    return {_begin, IsLast() ? length : std::min(length, kLongestComponent)};
 }
 
 namespace
@@ -71,7 +65,7 @@ clsItemList* FindListByPath(clsItemList& start, const wchar_t* text)
         list = list->FindList(path.Component());
     if (list == nullptr)
         return nullptr;
-    return path.Rest() == L".." ? list->Parent() : list->FindList(path.Component());
+    return path.Component() == L".." ? list->Parent() : list->FindList(path.Component());
 }
 
 clsItem* FindLeafByPath(clsItemList& start, const wchar_t* text)

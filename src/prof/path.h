@@ -13,23 +13,29 @@ namespace qx
 class clsProfPath
 {
 public:
-    explicit clsProfPath(const wchar_t* path);
+    explicit clsProfPath(const wchar_t* path) { Begin(path != nullptr ? path : L""); }
 
     // A leading slash is skipped, if there is one.
     bool SkipLeadingSlash();
 
-    // What hasn't been taken yet.
-    std::wstring_view Rest() const { return _rest; }
-    bool IsLast() const { return _slash == std::wstring_view::npos; }
+    // The present component, and whether another one follows.
     std::wstring_view Component() const;
+    bool IsLast() const { return *_end == 0; }
     // Goes on to the next component; only if this wasn't the last.
-    void Next();
+    void Next() { Begin(_end + 1); }
 
 private:
     static constexpr size_t kLongestComponent = 255;
 
-    std::wstring_view _rest;
-    size_t _slash; // the end of the present component in the rest
+    void Begin(const wchar_t* component)
+    {
+        _begin = _end = component;
+        while (*_end != 0 && *_end != L'/')
+            ++_end;
+    }
+
+    const wchar_t* _begin;
+    const wchar_t* _end; // at the slash or the terminator
 };
 
 // The rules below share the first steps: a leading slash begins at the root of the list's job, and components lead
