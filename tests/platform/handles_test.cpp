@@ -113,7 +113,9 @@ TEST(Waits, ForProcesses)
     EXPECT_TRUE(GetExitCodeProcess(process, &code));
     EXPECT_EQ(code, 42u);
     if (isLayer) // Wine lets an ended process be ended again
+    {
         EXPECT_FALSE(TerminateProcess(process, 1));
+    }
 
     EXPECT_EQ(WaitForSingleObject(nullptr, 0), DWORD{WAIT_FAILED});
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_HANDLE});
@@ -205,7 +207,9 @@ TEST_F(Child, ThatCannotBeStarted)
     EXPECT_EQ(error(L"qxnosuchprogram a b"), DWORD{ERROR_FILE_NOT_FOUND});
     EXPECT_EQ(error(folder / L"missing.exe"), DWORD{ERROR_FILE_NOT_FOUND});
     if (isLayer) // Wine does not tell a missing folder from a missing file
+    {
         EXPECT_EQ(error(folder / L"missing/program.exe"), DWORD{ERROR_PATH_NOT_FOUND});
+    }
     WCHAR program[1000] = {};
     GetModuleFileNameW(nullptr, program, 1000);
     EXPECT_EQ(error(Text(L"\"") + program + L"\" --tell x", folder / L"missing"), DWORD{ERROR_DIRECTORY});
