@@ -6,6 +6,7 @@
 #include <qxut23/charset.h>
 #include <qxut23/convert.h>
 #include <qxut23/markup.h>
+#include <qxut23/module.h>
 #include <qxut23/paths.h>
 #include <qxut23/profile.h>
 #include <qxut23/strings.h>

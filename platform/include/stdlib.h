@@ -24,6 +24,14 @@ errno_t _wsplitpath_s(const wchar_t* path, wchar_t* drive, size_t driveSize, wch
 errno_t _wmakepath_s(wchar_t* path, size_t size, const wchar_t* drive, const wchar_t* directory, const wchar_t* name,
     const wchar_t* extension) QXCRT_NOEXCEPT QXCRT(_wmakepath_s);
 
+typedef void (*_invalid_parameter_handler)(
+    const wchar_t* expression, const wchar_t* function, const wchar_t* file, unsigned line, uintptr_t reserved);
+
+// Who is told that a function of this runtime got an argument that it refuses; no texts come with it. The result is the
+// former one. Each program and library has its own.
+_invalid_parameter_handler _set_invalid_parameter_handler(_invalid_parameter_handler handler) QXCRT_NOEXCEPT
+    QXCRT(_set_invalid_parameter_handler);
+
 QXCRT_END
 
 // The full path in the form /a/b. A null buffer gets one from malloc. Null, with errno, on failure: ERANGE if it

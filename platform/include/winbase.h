@@ -60,7 +60,29 @@
 #define MOVEFILE_DELAY_UNTIL_REBOOT 0x00000004
 #define MOVEFILE_WRITE_THROUGH 0x00000008
 
+#define ACTCTX_FLAG_RESOURCE_NAME_VALID 0x00000008
+#define ACTCTX_FLAG_HMODULE_VALID 0x00000080
+
 EXTERN_C_START
+
+typedef struct tagACTCTXW
+{
+    ULONG cbSize;
+    DWORD dwFlags;
+    LPCWSTR lpSource;
+    USHORT wProcessorArchitecture;
+    LANGID wLangId;
+    LPCWSTR lpAssemblyDirectory;
+    LPCWSTR lpResourceName;
+    LPCWSTR lpApplicationName;
+    HMODULE hModule;
+} ACTCTXW, *PACTCTXW;
+
+// Of a manifest among the resources of a module. There are no libraries in several versions to choose from, so it has
+// no further effect.
+QXPLATFORM_API HANDLE WINAPI CreateActCtxW(const ACTCTXW* pActCtx);
+QXPLATFORM_API void WINAPI ReleaseActCtx(HANDLE hActCtx);
+
 QXPLATFORM_API BOOL WINAPI CopyFileW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, BOOL bFailIfExists);
 QXPLATFORM_API BOOL WINAPI MoveFileExW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, DWORD dwFlags);
 

@@ -228,6 +228,35 @@ static inline PVOID InterlockedCompareExchangePointer(PVOID volatile* target, PV
     return comparand;
 }
 
+// What tokens tell of the process's user.
+#define TOKEN_QUERY 0x0008
+
+typedef PVOID PSID;
+
+typedef struct _SID_AND_ATTRIBUTES
+{
+    PSID Sid;
+    DWORD Attributes;
+} SID_AND_ATTRIBUTES, *PSID_AND_ATTRIBUTES;
+
+typedef struct _TOKEN_GROUPS
+{
+    DWORD GroupCount;
+    SID_AND_ATTRIBUTES Groups[1];
+} TOKEN_GROUPS, *PTOKEN_GROUPS;
+
+typedef enum _TOKEN_INFORMATION_CLASS
+{
+    TokenUser = 1,
+    TokenGroups
+} TOKEN_INFORMATION_CLASS;
+
+// Why a module's DllMain is called.
+#define DLL_PROCESS_DETACH 0
+#define DLL_PROCESS_ATTACH 1
+#define DLL_THREAD_ATTACH 2
+#define DLL_THREAD_DETACH 3
+
 // Languages and locales.
 #define LANG_NEUTRAL 0x00
 #define LANG_INVARIANT 0x7f

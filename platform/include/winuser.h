@@ -12,6 +12,10 @@
 #define RT_VERSION MAKEINTRESOURCEW(16)
 #define RT_MANIFEST MAKEINTRESOURCEW(24)
 
+#define SM_REMOTESESSION 0x1000
+#define UOI_FLAGS 1
+#define WSF_VISIBLE 0x0001
+
 #define WM_NULL 0x0000
 #define WM_QUIT 0x0012
 #define WM_USER 0x0400
@@ -107,6 +111,21 @@ QXPLATFORM_API DWORD WINAPI MsgWaitForMultipleObjectsEx(
 // such as "cancel", else the default button.
 QXPLATFORM_API int WINAPI MessageBoxW(HWND hWnd, LPCWSTR lpText, LPCWSTR lpCaption, UINT uType);
 QXPLATFORM_API BOOL WINAPI MessageBeep(UINT uType);
+
+typedef struct tagUSEROBJECTFLAGS
+{
+    BOOL fInherit;
+    BOOL fReserved;
+    DWORD dwFlags;
+} USEROBJECTFLAGS, *PUSEROBJECTFLAGS;
+
+// There is no screen, so every number about it is 0, and nobody works on it from afar.
+QXPLATFORM_API int WINAPI GetSystemMetrics(int nIndex);
+
+// The one window station of the process, which nobody sees. Only its flags can be asked for.
+QXPLATFORM_API HWINSTA WINAPI GetProcessWindowStation(void);
+QXPLATFORM_API BOOL WINAPI GetUserObjectInformationW(
+    HANDLE hObj, int nIndex, PVOID pvInfo, DWORD nLength, LPDWORD lpnLengthNeeded);
 
 // A pointer whose high part is 0 is a single character, and so is the result.
 QXPLATFORM_API LPWSTR WINAPI CharUpperW(LPWSTR lpsz);

@@ -5,9 +5,11 @@
 #include "core/late_libraries.h"
 #include "core/module.h"
 #include "core/module_paths.h"
+#include "core/system_facts.h"
 
 #include <wchar.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdarg>
 #include <iterator>
@@ -22,30 +24,29 @@ std::atomic<bool> lateLoadLog{false};
 // Stands for a load that failed although the system gave no error.
 constexpr DWORD unknownLoadError = 0x20000000;
 
-constexpr std::size_t moduleNameLength = 260;
-
-// Restores the DLL folder of the process at the end of its scope.
+// Restores the DLL folder of the process at the end of its scope. Without one that is the empty folder, which keeps the
+// current folder out of the search: it can't be told whether the process had that before, and it is the safer one.
 class DllFolder
 {
 public:
     explicit DllFolder(const wchar_t* folder)
     {
         auto& kernel = Kernel32();
-        if (!kernel.GetDllDirectory.IsThere() || !kernel.SetDllDirectory.IsThere())
+        if (!kernel.p_GetDllDirectory.IsThere() || !kernel.p_SetDllDirectory.IsThere())
             return;
-        const DWORD length = kernel.GetDllDirectory(static_cast<DWORD>(std::size(_before)), _before);
-        _changed = length < std::size(_before) && kernel.SetDllDirectory(folder) != FALSE;
+        const DWORD length = kernel.p_GetDllDirectory(static_cast<DWORD>(std::size(_before)), _before);
+        _changed = length < std::size(_before) && kernel.p_SetDllDirectory(folder) != FALSE;
     }
     DllFolder(const DllFolder&) = delete;
     DllFolder& operator=(const DllFolder&) = delete;
     ~DllFolder()
     {
         if (_changed)
-            Kernel32().SetDllDirectory(_before);
+            Kernel32().p_SetDllDirectory(_before);
     }
 
 private:
-    wchar_t _before[moduleNameLength + 1] = {};
+    wchar_t _before[MAX_PATH + 1] = {};
     bool _changed = false;
 };
 
@@ -56,17 +57,26 @@ void SetLateLoadLog(bool on)
     lateLoadLog = on;
 }
 
+bool IsExpectedToBeMissing(const wchar_t* moduleName, unsigned short systemVersion, unsigned short systemGeneration)
+{
+    return (_wcsicmp(moduleName, L"dwmapi") == 0 && systemVersion < 0x0600) ||
+           (_wcsicmp(moduleName, L"shcore") == 0 && systemGeneration < 0x0603);
+}
+
 bool LateProcedure::Resolve()
 {
-    const FARPROC address = _library.Resolve(_name, _state, _argumentBytes);
+    std::atomic<LateState> state = LateState::unasked;
+    const FARPROC address = _library.Resolve(_name, state, _argumentBytes);
+    // The address first: who sees the state as valid may call it.
     _address.store(address, std::memory_order_release);
+    _state.store(state, std::memory_order_release);
     return address != nullptr;
 }
 
 CLateLoadBase::CLateLoadBase(const wchar_t* moduleName, std::size_t skippedCharacters)
-    : _moduleName(moduleName, 0, moduleNameLength - 1),
-      _skippedCharacters(skippedCharacters)
+    : _skippedCharacters(skippedCharacters)
 {
+    SetModuleName(moduleName);
 }
 
 CLateLoadBase::~CLateLoadBase()
@@ -78,6 +88,8 @@ CLateLoadBase::~CLateLoadBase()
 bool CLateLoadBase::Load()
 {
     clsCriticalSectionLock lock(_lock);
+    if (_module)
+        return true;
     HMODULE module = LoadLibraryW(_moduleName);
     DWORD error = module ? 0 : GetLastError();
     if (!module && IsOwnModule())
@@ -87,9 +99,16 @@ bool CLateLoadBase::Load()
     }
     if (FinishLoad(module, error))
         return true;
-    if (!IsExpectedToBeMissing())
-        Log(L"WRN: module '%s' could not be loaded: %s", _moduleName.Text(), String::SystemErrorText(error).Text());
+    if (!IsExpectedToBeMissing(_moduleName, SystemVersion(), GetSystemGeneration()))
+        Log(L"WRN: module '%s' could not be loaded: %s", _moduleName, String::SystemErrorText(error).Text());
     return false;
+}
+
+void CLateLoadBase::SetModuleName(const wchar_t* name)
+{
+    const std::size_t length = wcsnlen(name, std::size(_moduleName) - 1);
+    std::copy_n(name, length, _moduleName);
+    _moduleName[length] = 0;
 }
 
 bool CLateLoadBase::FinishLoad(HMODULE module, DWORD error)
@@ -101,7 +120,9 @@ bool CLateLoadBase::FinishLoad(HMODULE module, DWORD error)
 
 HMODULE CLateLoadBase::LoadFromOwnFolder(const wchar_t* fileName)
 {
-    const DllFolder folder(LibraryPaths().directory);
+    // Not the directory of LibraryPaths, whose upper case not every system takes for the same.
+    const String path = ModulePath(LibraryHandle());
+    const DllFolder folder(path.Left(path.Length() - FileNameOf(path.View()).size()));
     return LoadLibraryW(fileName);
 }
 
@@ -109,13 +130,6 @@ HMODULE CLateLoadBase::LoadFromOwnFolder(const wchar_t* fileName)
 bool CLateLoadBase::IsOwnModule() const
 {
     return _wcsnicmp(_moduleName, L"TR", 2) == 0;
-}
-
-// Two libraries came with later systems.
-bool CLateLoadBase::IsExpectedToBeMissing() const
-{
-    return (_wcsicmp(_moduleName, L"dwmapi") == 0 && SystemVersion() < 0x0600) ||
-           (_wcsicmp(_moduleName, L"shcore") == 0 && SystemGeneration() < 0x0603);
 }
 
 void CLateLoadBase::Log(const wchar_t* format, ...)
@@ -133,8 +147,8 @@ void CLateLoadBase::Log(const wchar_t* format, ...)
 bool CLateLoadBase::EnsureLoaded(const wchar_t* name, bool load)
 {
     clsCriticalSectionLock lock(_lock);
-    if (_moduleName.IsEmpty() && !_module)
-        _moduleName.Assign(name, 0, moduleNameLength - 1);
+    if (_moduleName[0] == 0 && !_module)
+        SetModuleName(name);
     return _module != nullptr || (load && Load());
 }
 
@@ -164,7 +178,7 @@ FARPROC CLateLoadBase::FindByAnyName(const wchar_t* name, int argumentBytes) con
     for (const String& candidate : names)
     {
         clsCharsetConversionString narrow(candidate.Text());
-        if (const FARPROC address = GetProcAddress(_module, narrow.GetNarrow()))
+        if (const FARPROC address = _getProcAddress(_module, narrow.GetNarrow()))
             return address;
     }
     return nullptr;

@@ -74,7 +74,8 @@ public:
 
 // A library by name. A derived class has a member for each function that is used.
 //
-// Slot order of the virtual operations: Load, Log, destructor.
+// Other modules' code is compiled against the order of the virtual operations (Load, Log, destructor) and of the
+// fields.
 class CLateLoadBase
 {
 public:
@@ -107,21 +108,27 @@ protected:
     // Searches the library's own folder instead of the one that is set as DLL folder.
     static HMODULE LoadFromOwnFolder(const wchar_t* fileName);
 
+    // Cuts a name that is too long.
+    void SetModuleName(const wchar_t* name);
+
     // Ends a Load with a module, or with the last error of the attempt.
     bool FinishLoad(HMODULE module, DWORD error);
 
-    clsCriticalSection _lock;
     HMODULE _module = nullptr;
-    DWORD _lastLoadError = 0;
-    bool _freeOnDestruction = true;
-    String _moduleName;
+    std::uint32_t _lastLoadError = 0;
+    std::uint32_t _freeOnDestruction = 1;
+    wchar_t _moduleName[260] = {};
     std::size_t _skippedCharacters;
+    clsCriticalSection _lock;
+    FARPROC(WINAPI* _getProcAddress)(HMODULE, LPCSTR) = GetProcAddress;
 
 private:
     bool IsOwnModule() const;
-    bool IsExpectedToBeMissing() const;
     FARPROC FindByAnyName(const wchar_t* name, int argumentBytes) const;
 };
+
+// Two libraries came with later systems only.
+bool IsExpectedToBeMissing(const wchar_t* moduleName, unsigned short systemVersion, unsigned short systemGeneration);
 
 // Whether the loaders write to the debug output; off at the start.
 void SetLateLoadLog(bool on);

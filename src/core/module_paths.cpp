@@ -5,7 +5,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <string_view>
 
 namespace qx
 {
@@ -14,7 +13,7 @@ namespace
 
 String UpperCase(std::wstring_view text)
 {
-    String result(text.data(), 0, text.size());
+    String result(text);
     result.MakeUpper();
     return result;
 }
@@ -24,13 +23,33 @@ ModulePaths AskPaths(HMODULE module)
     wchar_t buffer[MAX_PATH + 1] = {};
     const DWORD length = GetModuleFileNameW(module, buffer, MAX_PATH);
     const std::wstring_view path(buffer, std::min<std::size_t>(length, MAX_PATH));
-    const std::size_t nameStart = path.find_last_of(L"\\/") + 1;
-    const std::wstring_view file = path.substr(nameStart);
+    const std::wstring_view file = FileNameOf(path);
     return {UpperCase(path), UpperCase(file), UpperCase(file.substr(0, file.rfind(L'.'))),
-        UpperCase(path.substr(0, nameStart))};
+        UpperCase(path.substr(0, path.size() - file.size()))};
 }
 
 } // namespace
+
+String ModulePath(HMODULE module)
+{
+    constexpr DWORD longest = 0x8000;
+    for (DWORD size = MAX_PATH;; size *= 2)
+    {
+        String path;
+        const DWORD length = GetModuleFileNameW(module, path.GetBuffer(size), size);
+        // What doesn't fit is cut to the buffer.
+        if (length < size || size >= longest)
+        {
+            path.ReleaseBuffer(std::min(length, size - 1));
+            return path;
+        }
+    }
+}
+
+std::wstring_view FileNameOf(std::wstring_view path)
+{
+    return path.substr(path.find_last_of(L"\\/") + 1);
+}
 
 const ModulePaths& ProcessPaths()
 {

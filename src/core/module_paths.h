@@ -3,6 +3,10 @@
 
 #include "core/string.h"
 
+#include <windows.h>
+
+#include <string_view>
+
 namespace qx
 {
 
@@ -14,6 +18,12 @@ struct ModulePaths
     String baseName;  // name without extension
     String directory; // with the drive, and the separator at its end
 };
+
+// The path of a module's file, however long; empty if there is no such module.
+String ModulePath(HMODULE module);
+
+// What stands behind the last separator.
+std::wstring_view FileNameOf(std::wstring_view path);
 
 // Both are asked for once.
 const ModulePaths& ProcessPaths();

@@ -97,7 +97,7 @@ String NormalizePath(const String& path)
     const String separator(&PATH_SEPARATOR, 0, 1);
     dotted.Replace(separator, separator + L"." + separator);
     wchar_t canonical[pathLength];
-    auto& canonicalize = Shlwapi().PathCanonicalize;
+    auto& canonicalize = Shlwapi().p_PathCanonicalize;
     if (dotted.Length() >= pathLength || !canonicalize.IsThere() || !canonicalize(canonical, dotted))
         return full;
     return canonical;

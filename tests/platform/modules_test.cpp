@@ -133,4 +133,23 @@ TEST(Modules, LibraryOfTheSetFolder)
     EXPECT_EQ(LoadLibraryW(name), nullptr);
 }
 
+// Its static objects are made before and destroyed after, so that it can use them.
+TEST(Modules, EntryOfALibraryIsCalledAmidItsStaticObjects)
+{
+    ASSERT_TRUE(SetDllDirectoryW(Text::Widen(QXUT_PROBE_FOLDER)));
+    for (int time = 0; time < 2; ++time)
+    {
+        const HMODULE library = LoadLibraryW(L"qxentry_probe.dll");
+        ASSERT_NE(library, nullptr) << GetLastError();
+        const auto takeSteps = reinterpret_cast<void (*)(char*)>(GetProcAddress(library, "QxTakeSteps"));
+        ASSERT_NE(takeSteps, nullptr);
+        char steps[16] = {};
+        takeSteps(steps);
+        EXPECT_STREQ(steps, "cA");
+        EXPECT_TRUE(FreeLibrary(library));
+        EXPECT_STREQ(steps, "cADd");
+    }
+    EXPECT_TRUE(SetDllDirectoryW(nullptr));
+}
+
 } // namespace

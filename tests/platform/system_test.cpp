@@ -128,6 +128,40 @@ TEST(Times, FileTimeAndCalendar)
     EXPECT_EQ(ErrorOf([&] { return FileTimeToSystemTime(&tooLate, &split); }), DWORD{ERROR_INVALID_PARAMETER});
 }
 
+TEST(Times, LocalTimeIsThatOfTheUsersZone)
+{
+    SYSTEMTIME universal, expected, local;
+    GetSystemTime(&universal);
+    GetLocalTime(&expected);
+    ASSERT_TRUE(SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local));
+    FILETIME localUnits, expectedUnits;
+    ASSERT_TRUE(SystemTimeToFileTime(&local, &localUnits) && SystemTimeToFileTime(&expected, &expectedUnits));
+    const auto units = [](const FILETIME& time)
+    {
+        return LONGLONG{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+    };
+    EXPECT_NEAR(static_cast<double>(units(localUnits) - units(expectedUnits)), 0, 1e7) << "in units of 100 ns";
+}
+
+TEST(Session, ProcessesAndTheWindowStation)
+{
+    DWORD session = 99;
+    EXPECT_TRUE(ProcessIdToSessionId(GetCurrentProcessId(), &session));
+    EXPECT_LT(session, 99u);
+    EXPECT_EQ(GetSystemMetrics(SM_REMOTESESSION), 0);
+
+    const HWINSTA station = GetProcessWindowStation();
+    USEROBJECTFLAGS flags{TRUE, TRUE, 99};
+    DWORD needed = 0;
+    EXPECT_TRUE(GetUserObjectInformationW(station, UOI_FLAGS, &flags, sizeof flags, &needed));
+    EXPECT_EQ(needed, sizeof flags);
+    EXPECT_EQ(flags.dwFlags, isLayer ? 0u : DWORD{WSF_VISIBLE}); // the layer has no screen
+    EXPECT_EQ(ErrorOf([&] { return GetUserObjectInformationW(station, UOI_FLAGS, &flags, 4, &needed); }),
+        DWORD{ERROR_INSUFFICIENT_BUFFER});
+    EXPECT_EQ(ErrorOf([&] { return GetUserObjectInformationW(&flags, UOI_FLAGS, &flags, sizeof flags, &needed); }),
+        DWORD{ERROR_INVALID_HANDLE});
+}
+
 TEST(Times, ClocksAgree)
 {
     LARGE_INTEGER frequency, begin, end;

@@ -23,6 +23,7 @@ enum class ObjectType : uint8_t
     CompletionPort,
     Token,
     RegistryKey,
+    ActivationContext,
 };
 
 class Object
@@ -39,8 +40,11 @@ public:
             delete this;
     }
 
-    // Kernel objects are closed by CloseHandle; finds and registry keys have functions of their own for it.
-    bool IsKernelObject() const { return type != ObjectType::Find && type != ObjectType::RegistryKey; }
+    // Kernel objects are closed by CloseHandle; the others have functions of their own for it.
+    bool IsKernelObject() const
+    {
+        return type != ObjectType::Find && type != ObjectType::RegistryKey && type != ObjectType::ActivationContext;
+    }
 
     virtual class Waitable* AsWaitable() { return nullptr; }
 

@@ -1,4 +1,5 @@
 #include "formatter.h"
+#include "invalid_parameter.h"
 
 #include <wchar.h>
 
@@ -45,7 +46,7 @@ int _vsnwprintf_s(wchar_t* target, size_t size, size_t count, const wchar_t* for
 {
     if (!target || size == 0 || !format)
     {
-        errno = EINVAL;
+        RefuseParameter(EINVAL);
         return -1;
     }
     const bool mayCut = count == _TRUNCATE || count < size;
@@ -60,7 +61,7 @@ int _vsnwprintf_s(wchar_t* target, size_t size, size_t count, const wchar_t* for
     }
     target[mayCut ? room : 0] = 0;
     if (!mayCut)
-        errno = ERANGE;
+        RefuseParameter(ERANGE);
     return -1;
 }
 

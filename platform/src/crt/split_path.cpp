@@ -1,4 +1,5 @@
-#include <errno.h>
+#include "invalid_parameter.h"
+
 #include <stdlib.h>
 #include <wchar.h>
 
@@ -87,13 +88,9 @@ std::wstring_view ViewOf(const wchar_t* text)
     return text ? std::wstring_view(text) : std::wstring_view();
 }
 
-errno_t Failed(errno_t error)
-{
-    errno = error;
-    return error;
-}
-
 } // namespace
+
+using qxplatform::RefuseParameter;
 
 errno_t _wsplitpath_s(const wchar_t* path, wchar_t* drive, size_t driveSize, wchar_t* directory, size_t directorySize,
     wchar_t* name, size_t nameSize, wchar_t* extension, size_t extensionSize) noexcept
@@ -104,7 +101,7 @@ errno_t _wsplitpath_s(const wchar_t* path, wchar_t* drive, size_t driveSize, wch
     for (const PartTarget& target : targets)
         valid = valid && target.IsValid();
     if (!valid)
-        return Failed(EINVAL);
+        return RefuseParameter(EINVAL);
 
     const PathParts parts = Split(path);
     const std::wstring_view texts[] = {parts.drive, parts.directory, parts.name, parts.extension};
@@ -113,14 +110,14 @@ errno_t _wsplitpath_s(const wchar_t* path, wchar_t* drive, size_t driveSize, wch
         fits = fits && targets[i].HasRoom(texts[i]);
     for (size_t i = 0; i < std::size(targets); ++i)
         targets[i].Take(fits ? texts[i] : std::wstring_view());
-    return fits ? 0 : Failed(ERANGE);
+    return fits ? 0 : RefuseParameter(ERANGE);
 }
 
 errno_t _wmakepath_s(wchar_t* path, size_t size, const wchar_t* drive, const wchar_t* directory, const wchar_t* name,
     const wchar_t* extension) noexcept
 {
     if (!path || size == 0)
-        return Failed(EINVAL);
+        return RefuseParameter(EINVAL);
     PathTarget target(path, size);
     if (drive && *drive)
     {
@@ -141,5 +138,5 @@ errno_t _wmakepath_s(wchar_t* path, size_t size, const wchar_t* drive, const wch
         target.Append(ViewOf(extension));
     }
     const errno_t result = target.Finish();
-    return result == 0 ? 0 : Failed(result);
+    return result == 0 ? 0 : RefuseParameter(result);
 }

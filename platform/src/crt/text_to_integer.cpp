@@ -1,4 +1,5 @@
-#include <errno.h>
+#include "invalid_parameter.h"
+
 #include <stdlib.h>
 #include <wchar.h>
 #include <wctype.h>
@@ -95,7 +96,7 @@ T Read(const wchar_t* text, wchar_t** end, int base)
     if (base == 0 || (base >= 2 && base <= GreatestBase))
         number = Parse(text, base);
     else
-        errno = EINVAL;
+        qxplatform::RefuseParameter(EINVAL);
     if (end)
         *end = const_cast<wchar_t*>(number.end ? number.end : text);
     return number.end ? InRangeOf<T>(number) : T{0};

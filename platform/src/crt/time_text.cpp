@@ -1,4 +1,5 @@
 #include "bounded_text.h"
+#include "invalid_parameter.h"
 
 #include <errno.h>
 #include <time.h>
@@ -64,7 +65,7 @@ size_t wcsftime(wchar_t* target, size_t size, const wchar_t* format, const tm* t
             text.Append(*format);
         else if (!AppendConversion(text, *++format, *time))
         {
-            errno = EINVAL;
+            RefuseParameter(EINVAL);
             return 0;
         }
     }

@@ -25,6 +25,7 @@ constexpr std::u16string_view systemLibraries[] = {
     u"ntdll",
     u"ole32",
     u"oleaut32",
+    u"shlwapi",
     u"user32",
     u"version",
     u"winmm",

@@ -44,6 +44,16 @@ LONGLONG UnitsNow()
     return UnitsOf(FileTimeOf(now));
 }
 
+// In the zone of the user.
+LONGLONG LocalUnits(LONGLONG units)
+{
+    const time_t seconds = TimeSpecOf(FileTimeOfUnits(units)).tv_sec;
+    tm local{};
+    tzset(); // localtime_r need not look at a changed TZ
+    localtime_r(&seconds, &local);
+    return units + local.tm_gmtoff * unitsPerSecond;
+}
+
 } // namespace
 
 FILETIME FileTimeOf(const timespec& time)
@@ -86,6 +96,21 @@ BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFi
     return TRUE;
 }
 
+BOOL WINAPI SystemTimeToTzSpecificLocalTime(
+    const TIME_ZONE_INFORMATION* lpTimeZoneInformation, const SYSTEMTIME* lpUniversalTime, LPSYSTEMTIME lpLocalTime)
+{
+    FILETIME universal{};
+    if (lpTimeZoneInformation != nullptr)
+        return Fail(ERROR_NOT_SUPPORTED);
+    if (!SystemTimeToFileTime(lpUniversalTime, &universal))
+        return FALSE;
+    const LONGLONG units = LocalUnits(UnitsOf(universal));
+    if (units < 0)
+        return Fail(ERROR_INVALID_PARAMETER);
+    *lpLocalTime = SplitTime(units);
+    return TRUE;
+}
+
 LONG WINAPI CompareFileTime(const FILETIME* lpFileTime1, const FILETIME* lpFileTime2)
 {
     const auto first = static_cast<ULONGLONG>(UnitsOf(*lpFileTime1));
@@ -105,10 +130,5 @@ void WINAPI GetSystemTime(LPSYSTEMTIME lpSystemTime)
 
 void WINAPI GetLocalTime(LPSYSTEMTIME lpSystemTime)
 {
-    const LONGLONG units = UnitsNow();
-    const time_t seconds = TimeSpecOf(FileTimeOfUnits(units)).tv_sec;
-    tm local{};
-    tzset(); // localtime_r need not look at a changed TZ
-    localtime_r(&seconds, &local);
-    *lpSystemTime = SplitTime(units + local.tm_gmtoff * unitsPerSecond);
+    *lpSystemTime = SplitTime(LocalUnits(UnitsNow()));
 }

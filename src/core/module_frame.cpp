@@ -1,0 +1,132 @@
+#include "core/module_frame.h"
+
+#include "core/debug_line.h"
+#include "core/debugger.h"
+#include "core/late_libraries.h"
+#include "core/module.h"
+#include "core/module_paths.h"
+#include "core/system_facts.h"
+
+#include <windows.h>
+
+#include <stdlib.h>
+#include <wchar.h>
+
+#include <atomic>
+#include <cstdint>
+
+namespace qx
+{
+namespace
+{
+
+// The application manifest among the library's resources.
+constexpr WORD manifestResource = 2;
+
+std::atomic<HANDLE> activationContext{INVALID_HANDLE_VALUE};
+
+// No step may keep the process from loading the library.
+template <class Work>
+void Step(Work work) noexcept
+{
+    try
+    {
+        work();
+    }
+    catch (...)
+    {
+        OutputDebugStringW(L"ERR: a step of the library's attach or detach failed");
+    }
+}
+
+// The runtime library would end the process otherwise. Its release form gives no texts.
+void LogInvalidParameter(
+    const wchar_t* expression, const wchar_t* function, const wchar_t* file, unsigned line, std::uintptr_t)
+{
+    Step(
+        [=]
+        {
+            if (expression == nullptr)
+                DebugLine(L"INVALID PARAMETER in CRT function detected - ignored");
+            else
+                DebugLine(L"%ws (line %d): %ws: INVALID PARAMETER in '%ws'", file, line, function, expression);
+        });
+}
+
+// Asked for while no other thread is here yet, so that nobody who reads them later has to wait.
+void AskModuleValues()
+{
+    AskDefaultCodePage();
+    ProcessPaths();
+    LibraryPaths();
+    SystemVersion();
+    SessionId();
+}
+
+void ResolvePollingLocks()
+{
+    NTdll().p_RtlTryEnterCriticalSection.IsThere();
+    NTdll().p_RtlLeaveCriticalSection.IsThere();
+}
+
+void CreateActivationContext(HMODULE library)
+{
+    ACTCTXW description = {};
+    description.cbSize = sizeof description;
+    description.dwFlags = ACTCTX_FLAG_RESOURCE_NAME_VALID | ACTCTX_FLAG_HMODULE_VALID;
+    description.hModule = library;
+    description.lpResourceName = MAKEINTRESOURCEW(manifestResource);
+    activationContext = CreateActCtxW(&description);
+    if (activationContext == INVALID_HANDLE_VALUE)
+        OutputDebugStringW(L"hActCtx == NULL, no manifest added, I guess");
+}
+
+void ReleaseActivationContext()
+{
+    const HANDLE context = activationContext.exchange(INVALID_HANDLE_VALUE);
+    if (context != INVALID_HANDLE_VALUE)
+        ReleaseActCtx(context);
+}
+
+// Parts of the diagnostics find the program by these names.
+void CheckModuleNames()
+{
+    if (GetModuleHandleW(ProcessPaths().path) == nullptr)
+        OutputDebugStringW(L"WARNING: the roundtrip 'GetModuleHandle(GetModuleFileName(NULL))' returns 0 and thus "
+                           L"implies that it does not work. DANGER! Crashes might follow!");
+    if (GetModuleHandleW(ProcessPaths().file) == nullptr)
+        OutputDebugStringW(L"WARNING: the roundtrip 'GetModuleHandle(ExtractFileName(GetModuleFileName(NULL)))' "
+                           L"returns 0 and thus implies that it does not work. DANGER! Crashes might follow!");
+}
+
+void Run(void (*step)())
+{
+    if (step)
+        Step(step);
+}
+
+} // namespace
+
+void AttachModule(HMODULE library, const ModuleSteps& steps) noexcept
+{
+    _set_invalid_parameter_handler(LogInvalidParameter);
+    SetLibraryHandle(library);
+    ForgetDebuggerTest();
+    Step(AskModuleValues);
+    Step(ResolvePollingLocks);
+    Step([library] { CreateActivationContext(library); });
+    Run(steps.startChannels);
+    Step(CheckModuleNames);
+}
+
+void DetachModule(const ModuleSteps& steps) noexcept
+{
+    if (LibraryHandle() == nullptr)
+        return;
+    Run(steps.reportHandles);
+    Run(steps.closeChannels);
+    ReleaseActivationContext();
+    SetLibraryHandle(nullptr);
+}
+
+} // namespace qx

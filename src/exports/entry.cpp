@@ -1,0 +1,21 @@
+// Where the process's loader enters the library.
+
+#include "core/module_frame.h"
+
+#include <windows.h>
+
+namespace
+{
+
+constexpr qx::ModuleSteps steps = {};
+
+} // namespace
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID)
+{
+    if (reason == DLL_PROCESS_ATTACH)
+        qx::AttachModule(library, steps);
+    else if (reason == DLL_PROCESS_DETACH)
+        qx::DetachModule(steps);
+    return TRUE;
+}

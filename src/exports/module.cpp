@@ -1,0 +1,47 @@
+#include <qxut23/module.h>
+
+#include "core/environment_type.h"
+#include "core/language.h"
+#include "core/version.h"
+#include "exports/guard.h"
+
+#include <windows.h>
+
+using namespace qx;
+
+int32_t UtilGetVersion(int32_t which)
+{
+    switch (which)
+    {
+    case QXUT_VERSION_ALL:
+        return QX_VERSION_MAJOR << 16 | QX_VERSION_MINOR;
+    case QXUT_VERSION_MAJOR:
+        return QX_VERSION_MAJOR;
+    case QXUT_VERSION_MINOR:
+        return QX_VERSION_MINOR;
+    case QXUT_VERSION_PATCH:
+        return QX_VERSION_PATCH;
+    default:
+        return -1;
+    }
+}
+
+int32_t UtilLanguageGet(void)
+{
+    return Guarded(1, GetLanguage);
+}
+
+int32_t UtilLanguageSet(int32_t code)
+{
+    return Guarded(ERROR_NOT_ENOUGH_MEMORY, [=] { return SetLanguage(code); });
+}
+
+int32_t UtilGetOSEnvironmentType(void)
+{
+    return Guarded(QXUT_ENVIRONMENT_UNKNOWN, [] { return static_cast<int32_t>(GetOSEnvironmentType()); });
+}
+
+int32_t UtilGetUIInteractionAllowed(void)
+{
+    return Guarded(0, [] { return static_cast<int32_t>(GetUIInteractionAllowed()); });
+}

@@ -1,0 +1,123 @@
+#include <qxut23/module.h>
+
+#include "core/language.h"
+#include "core/module_description.h"
+#include "core/module_paths.h"
+#include "core/version_block.h"
+#include "support/peer_process.h"
+#include "support/temp_folder.h"
+
+#include <gtest/gtest.h>
+
+using namespace qx;
+using qxtest::PeerProcess;
+
+namespace
+{
+
+// Sets a variable of the environment, which processes that are started inherit; null takes it away.
+class Variable
+{
+public:
+    Variable(const wchar_t* name, const wchar_t* value) : _name(name)
+    {
+        wchar_t before[1024];
+        const DWORD length = GetEnvironmentVariableW(name, before, 1024);
+        _wasThere = length != 0 || GetLastError() != ERROR_ENVVAR_NOT_FOUND;
+        if (_wasThere)
+            _before = before;
+        SetEnvironmentVariableW(name, value);
+    }
+    Variable(const Variable&) = delete;
+    Variable& operator=(const Variable&) = delete;
+    ~Variable() { SetEnvironmentVariableW(_name, _wasThere ? _before.Text() : nullptr); }
+
+private:
+    const wchar_t* _name;
+    bool _wasThere;
+    String _before;
+};
+
+HMODULE Library()
+{
+    return GetModuleHandleW(L"qxUT23.dll");
+}
+
+} // namespace
+
+TEST(ModuleExports, Version)
+{
+    EXPECT_EQ(UtilGetVersion(QXUT_VERSION_ALL), 0x170002);
+    EXPECT_EQ(UtilGetVersion(QXUT_VERSION_MAJOR), 23);
+    EXPECT_EQ(UtilGetVersion(QXUT_VERSION_MINOR), 2);
+    EXPECT_EQ(UtilGetVersion(QXUT_VERSION_PATCH), 0);
+    EXPECT_EQ(UtilGetVersion(4), -1);
+    EXPECT_EQ(UtilGetVersion(-1), -1);
+}
+
+TEST(ModuleExports, TheVersionBlockTellsTheSame)
+{
+    String version;
+    version.Format(L"%d.%d.%d", UtilGetVersion(1), UtilGetVersion(2), UtilGetVersion(3));
+    const String path = ModulePath(Library());
+    EXPECT_STREQ(GetFileVersionValue(path, L"FileVersion"), version);
+    EXPECT_STREQ(GetFileVersionValue(path, L"InternalName"), L"qxUT23");
+    const String start = String(FileNameOf(path.View())).Upper() + L" " + version;
+    EXPECT_EQ(GetModuleDescription(Library()).Left(start.Length()), start);
+}
+
+TEST(ModuleExports, TheManifestMakesAnActivationContext)
+{
+    ACTCTXW description = {};
+    description.cbSize = sizeof description;
+    description.dwFlags = ACTCTX_FLAG_RESOURCE_NAME_VALID | ACTCTX_FLAG_HMODULE_VALID;
+    description.hModule = Library();
+    description.lpResourceName = MAKEINTRESOURCEW(2);
+    const HANDLE context = CreateActCtxW(&description);
+    EXPECT_NE(context, INVALID_HANDLE_VALUE) << GetLastError();
+    ReleaseActCtx(context);
+    description.lpResourceName = MAKEINTRESOURCEW(3);
+    EXPECT_EQ(CreateActCtxW(&description), INVALID_HANDLE_VALUE);
+}
+
+TEST(ModuleExports, TheUsersLanguageCountsBeforeTheSystems)
+{
+    const int32_t before = UtilLanguageGet();
+    ASSERT_EQ(UtilLanguageSet(0), 0);
+    EXPECT_EQ(UtilLanguageGet(), LanguageCode(GetUserDefaultUILanguage()));
+    EXPECT_EQ(UtilLanguageSet(48), 0);
+    EXPECT_EQ(UtilLanguageGet(), 48);
+    EXPECT_EQ(UtilLanguageSet(-7), 0);
+    EXPECT_EQ(UtilLanguageGet(), -7);
+
+    // Whatever else stands there is no choice.
+    HKEY key = nullptr;
+    ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, L"Software\\trelmo\\Appearance", 0, KEY_ALL_ACCESS, &key), 0);
+    EXPECT_EQ(RegSetValueExW(key, L"Language", 0, REG_SZ, reinterpret_cast<const BYTE*>(L"6"), 4), 0);
+    EXPECT_EQ(UtilLanguageGet(), LanguageCode(GetUserDefaultUILanguage()));
+    RegDeleteValueW(key, L"Language");
+    RegCloseKey(key);
+    EXPECT_EQ(UtilLanguageGet(), before);
+}
+
+TEST(ModuleExports, AnswersOnTheSessionStand)
+{
+    EXPECT_EQ(UtilGetOSEnvironmentType(), UtilGetOSEnvironmentType());
+    if (UtilGetUIInteractionAllowed())
+    {
+        EXPECT_EQ(UtilGetOSEnvironmentType(), QXUT_ENVIRONMENT_INTERACTIVE);
+    }
+}
+
+TEST(ModuleExports, LoadsWithoutHomeRegistryOrTempFolder)
+{
+    const qxtest::TempFolder folder;
+    const String none = folder.Path(L"none");
+    const Variable variables[] = {{L"HOME", nullptr}, {L"XDG_CONFIG_HOME", nullptr}, {L"QXPLATFORM_HOME", nullptr},
+        {L"TMPDIR", none}, {L"TMP", none}, {L"TEMP", none}, {L"USERPROFILE", nullptr}, {L"APPDATA", nullptr},
+        {L"LOCALAPPDATA", nullptr}};
+    EXPECT_EQ(PeerProcess(L"module_peer", L"").Wait(), 0);
+    // A folder of settings that can't be one.
+    const Variable home(L"QXPLATFORM_HOME", ModulePath(nullptr) + L"/home");
+    EXPECT_EQ(PeerProcess(L"module_peer", L"").Wait(), 0);
+}

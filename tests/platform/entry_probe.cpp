@@ -1,0 +1,49 @@
+// A library that tells in which order its beginning and its end come.
+#include <windows.h>
+
+#include <cstring>
+
+#if defined(_WIN32) // each target marks exported names in a way of its own
+#define EXPORTED __declspec(dllexport)
+#else
+#define EXPORTED __attribute__((visibility("default")))
+#endif
+
+namespace
+{
+
+char own[16];
+char* steps = own;
+
+void Note(char step)
+{
+    const char text[] = {step, 0};
+    std::strcat(steps, text);
+}
+
+struct Static
+{
+    Static() { Note('c'); }
+    ~Static() { Note('d'); }
+} theStatic;
+
+} // namespace
+
+// From now on the steps go to the caller's buffer, which gets the former ones.
+extern "C" EXPORTED void QxTakeSteps(char* buffer)
+{
+    std::strcpy(buffer, steps);
+    steps = buffer;
+}
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID)
+{
+    HMODULE containing = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+        reinterpret_cast<LPCWSTR>(&theStatic), &containing);
+    if (reason == DLL_PROCESS_ATTACH)
+        Note(module == containing ? 'A' : '?');
+    else if (reason == DLL_PROCESS_DETACH)
+        Note(module == containing ? 'D' : '?');
+    return TRUE;
+}

@@ -1,0 +1,242 @@
+#include "core/late_libraries.h"
+
+#include "core/module.h"
+#include "support/debug_lines.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+using namespace qx;
+using qxtest::DebugLines;
+
+namespace
+{
+
+std::vector<std::string> askedNames;
+const char* answeredName = "";
+
+FARPROC WINAPI FakeGetProcAddress(HMODULE, LPCSTR name)
+{
+    askedNames.emplace_back(name);
+    return std::string(name) == answeredName ? reinterpret_cast<FARPROC>(1) : nullptr;
+}
+
+// A library that is there whatever its name, or that loads by its name and counts how often that is tried.
+class Library : public CLateLoadBase
+{
+public:
+    explicit Library(const wchar_t* name, std::size_t skipped = 0) : CLateLoadBase(name, skipped) {}
+
+    bool Load() override
+    {
+        ++loads;
+        return CLateLoadBase::Load();
+    }
+
+    void PretendToBeLoaded()
+    {
+        _module = GetModuleHandleW(nullptr);
+        _freeOnDestruction = 0;
+        _getProcAddress = FakeGetProcAddress;
+        askedNames.clear();
+    }
+
+    int loads = 0;
+};
+
+LateState StateAfterAsking(Library& library, const wchar_t* name, int argumentBytes = 0)
+{
+    std::atomic<LateState> state = LateState::unasked;
+    library.Resolve(name, state, argumentBytes);
+    return state;
+}
+
+class LateLoadLog
+{
+public:
+    LateLoadLog() { SetLateLoadLog(true); }
+    ~LateLoadLog() { SetLateLoadLog(false); }
+};
+
+String SiblingFolder()
+{
+    String folder;
+    folder.Assign(QXUT_SIBLING_FOLDER);
+    return folder;
+}
+
+class Siblings : public testing::Test
+{
+protected:
+    ~Siblings() override
+    {
+        SetDllDirectoryW(L"");
+        SetLibraryHandle(nullptr);
+    }
+};
+
+class SiblingOfAnyVersion : public CSiblingLibrary
+{
+public:
+    SiblingOfAnyVersion() : CSiblingLibrary(L"TRLMCTL", L"ct") {}
+    using CSiblingLibrary::LoadVersioned;
+};
+
+} // namespace
+
+TEST(LateLoad, NamesAreTriedInTheirOrder)
+{
+    struct
+    {
+        const wchar_t* library;
+        std::size_t skipped;
+        const wchar_t* name;
+        std::vector<std::string> asked;
+    } const cases[] = {
+        {L"kernel32", 0, L"Foo", {"Foo", "FooW", "_Foo@12", "_FooW@12"}},
+        {L"kernel32", 0, L"p_Foo", {"Foo", "FooW", "_Foo@12", "_FooW@12"}},
+        {L"kernel32", 2, L"p_QxFoo", {"Foo", "FooW", "_Foo@12", "_FooW@12"}},
+        {L"SHELL32", 0, L"p_Foo", {"FooW", "Foo", "_Foo@12", "_FooW@12"}},
+        {L"kernel32", 9, L"Foo", {"", "W", "_@12", "_W@12"}},
+    };
+    for (const auto& c : cases)
+    {
+        Library library(c.library, c.skipped);
+        library.PretendToBeLoaded();
+        answeredName = "none";
+        EXPECT_EQ(StateAfterAsking(library, c.name, 12), LateState::missing);
+        EXPECT_EQ(askedNames, c.asked);
+    }
+}
+
+TEST(LateLoad, TheFirstNameThatIsThereEndsTheSearch)
+{
+    Library library(L"kernel32");
+    library.PretendToBeLoaded();
+    answeredName = "FooW";
+    EXPECT_EQ(StateAfterAsking(library, L"p_Foo"), LateState::valid);
+    EXPECT_EQ(askedNames, (std::vector<std::string>{"Foo", "FooW"}));
+}
+
+TEST(LateLoad, FunctionsOfTheSystemAreBoundAndAnswersKept)
+{
+    ASSERT_TRUE(Kernel32().p_GetTickCount64.IsThere());
+    EXPECT_EQ(Kernel32().p_GetTickCount64.State(), LateState::valid);
+    EXPECT_GT(Kernel32().p_GetTickCount64(), 0u);
+
+    Library library(L"kernel32");
+    LateProcedure missing(library, L"p_QxNoSuchFunction");
+    EXPECT_EQ(missing.State(), LateState::unasked);
+    EXPECT_FALSE(missing.IsThere());
+    EXPECT_EQ(missing.State(), LateState::missing);
+    EXPECT_EQ(missing.Address(), nullptr);
+    EXPECT_EQ(library.loads, 1);
+}
+
+TEST(LateLoad, AFailedLoadIsLoggedOnceAndNotTriedAgain)
+{
+    const LateLoadLog log;
+    const DebugLines lines;
+    Library library(L"qx-no-such-library");
+    EXPECT_EQ(StateAfterAsking(library, L"p_Foo"), LateState::unasked);
+    EXPECT_EQ(StateAfterAsking(library, L"p_Bar"), LateState::unasked);
+    EXPECT_EQ(library.loads, 1);
+    EXPECT_NE(library.LastLoadError(), 0u);
+    EXPECT_FALSE(library.EnsureLoaded(L"kernel32", false));
+    EXPECT_EQ(String::Find(lines.Only(), L"WRN: module 'qx-no-such-library' could not be loaded: "), 0);
+}
+
+TEST(LateLoad, TheLogIsOffByItself)
+{
+    const DebugLines lines;
+    Library library(L"qx-no-such-library");
+    EXPECT_FALSE(library.Load());
+    EXPECT_EQ(lines.Count(), 0u);
+}
+
+TEST(LateLoad, LibrariesOfLaterSystemsMayBeMissing)
+{
+    struct
+    {
+        const wchar_t* name;
+        unsigned short version;
+        unsigned short generation;
+        bool expected;
+    } const cases[] = {
+        {L"DWMAPI", 0x0502, 0x0A00, true},
+        {L"dwmapi", 0x0600, 0x0502, false},
+        {L"ShCore", 0x0A00, 0x0602, true},
+        {L"shcore", 0x0502, 0x0603, false},
+        {L"gdi32", 0x0400, 0x0400, false},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(IsExpectedToBeMissing(c.name, c.version, c.generation), c.expected) << c.version;
+}
+
+TEST(LateLoad, ANameMayComeLater)
+{
+    Library library(L"");
+    EXPECT_FALSE(library.EnsureLoaded(L"kernel32", false));
+    EXPECT_TRUE(library.EnsureLoaded(L"another", true));
+    EXPECT_EQ(library.Module(), GetModuleHandleW(L"kernel32"));
+    EXPECT_EQ(library.loads, 1);
+}
+
+TEST_F(Siblings, TheFolderThatIsSetAndTheCopyThatIsThere)
+{
+    clsTrlmCTL missing;
+    EXPECT_FALSE(missing.Load());
+    EXPECT_NE(missing.LastLoadError(), 0u);
+
+    SetSiblingVersion(0);
+    SetDllDirectoryW(SiblingFolder());
+    clsTrlmCTL library;
+    ASSERT_TRUE(library.Load());
+    EXPECT_EQ(library.FoundVersion(), 23);
+    EXPECT_EQ(SiblingVersion(), 23);
+    EXPECT_EQ(library.p_CtlJobOpenEx.State(), LateState::valid);
+    EXPECT_FALSE(library.p_CtlAbortDlgStart.IsThere());
+
+    SetDllDirectoryW(L"");
+    SiblingOfAnyVersion second;
+    int found = 0;
+    EXPECT_TRUE(second.LoadVersioned(L"ct", 25, 23, found));
+    EXPECT_EQ(found, 23);
+    EXPECT_EQ(second.Module(), library.Module());
+
+    clsCTL adopted(library.Module());
+    ASSERT_TRUE(adopted.p_CtlXlatPath.IsThere());
+    EXPECT_EQ(adopted.p_CtlXlatPath.Address(), GetProcAddress(library.Module(), "CtlXlatPath"));
+}
+
+TEST_F(Siblings, TheLibrarysOwnFolderComesLastAndThenTheOldOneIsBack)
+{
+    SetDllDirectoryW(SiblingFolder());
+    const HMODULE host = LoadLibraryW(L"qxmodule_host.dll");
+    ASSERT_NE(host, nullptr);
+    const String before = SiblingFolder() + L"/none";
+    SetDllDirectoryW(before);
+    SetLibraryHandle(host);
+    {
+        SiblingOfAnyVersion library;
+        int found = 0;
+        // The last attempt is for the version that is known to fit, even if nobody asked for it.
+        EXPECT_FALSE(library.LoadVersioned(L"no", 25, 24, found));
+    }
+    clsTrlmCTL library;
+    EXPECT_TRUE(library.Load());
+    wchar_t after[MAX_PATH + 1] = {};
+    GetDllDirectoryW(MAX_PATH, after);
+    EXPECT_STREQ(after, before.Text());
+    FreeLibrary(host);
+}
+
+TEST_F(Siblings, WithoutAModuleAnAdoptedOneHasNothing)
+{
+    clsCTL none(nullptr);
+    EXPECT_FALSE(none.EnsureLoaded(L"kernel32", true));
+    EXPECT_FALSE(none.p_CtlXlatPath.IsThere());
+    EXPECT_EQ(none.p_CtlXlatPath.State(), LateState::unasked);
+}

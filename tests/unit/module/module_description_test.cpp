@@ -1,0 +1,206 @@
+#include "core/module_description.h"
+
+#include "core/module_image.h"
+#include "core/module_paths.h"
+#include "core/version_block.h"
+#include "support/temp_folder.h"
+#include "unit/module/fake_image.h"
+
+#include <gtest/gtest.h>
+
+using namespace qx;
+using namespace qxtest;
+
+namespace
+{
+
+constexpr std::uint32_t below = 0x80000000; // marks the place of a directory
+
+// Types at 0, names of type 16 at 0x100, languages at 0x200, two leaves.
+FakeImage ImageWithBlock()
+{
+    FakeImage image;
+    image.Directory(0, 1, 2);
+    image.Entry(0, 0, below | 0x400, below | 0x300); // by name: passed over
+    image.Entry(0, 1, 3, below | 0x300);
+    image.Entry(0, 2, 16, below | 0x100);
+    image.Directory(0x100, 0, 1);
+    image.Entry(0x100, 0, 1, below | 0x200);
+    image.Directory(0x200, 0, 2);
+    image.Entry(0x200, 0, 0x407, 0x500);
+    image.Entry(0x200, 1, 0x409, 0x510);
+    image.Leaf(0x500, 0x1600, 0x40);
+    image.Leaf(0x510, 0x1700, 0x40);
+    return image;
+}
+
+std::ptrdiff_t PlaceOfBlock(const FakeImage& image)
+{
+    const void* const block = FindVersionBlock(image.Module());
+    return block ? static_cast<const std::uint8_t*>(block) - image.Data() : -1;
+}
+
+Bytes Block(std::wstring_view language, const std::vector<Bytes>& texts, bool withTranslation = true)
+{
+    std::vector<Bytes> children = {VersionNode(L"StringFileInfo", {VersionNode(language, texts)})};
+    if (withTranslation)
+        children.push_back(Translation());
+    return VersionNode(L"VS_VERSION_INFO", children);
+}
+
+String Describe(HMODULE module, const Bytes& block)
+{
+    Bytes copy = block;
+    copy.Add(Bytes(block.Size())); // room for the system
+    return DescribeVersionBlock(module, copy.Data());
+}
+
+String ProgramFile()
+{
+    return ProcessPaths().file;
+}
+
+String ProgramDescription()
+{
+    String text = ProgramFile() + L" 1.2.3.4";
+    const std::uint32_t linked = LinkTimeOf(GetModuleHandleW(nullptr));
+    return linked ? text + L" (" : text;
+}
+
+String LibraryOfTests(const wchar_t* name)
+{
+    String path;
+    path.Assign(QXUT_SIBLING_FOLDER);
+    path += L"/";
+    return path + name;
+}
+
+} // namespace
+
+TEST(ModuleImage, TheLastLanguageOfTheVersionBlock)
+{
+    EXPECT_EQ(PlaceOfBlock(ImageWithBlock()), 0x1700);
+    EXPECT_EQ(LinkTimeOf(ImageWithBlock().Module()), 1'000'000'000u);
+}
+
+TEST(ModuleImage, ASectionOfResourcesTakesTheDirectorysPlace)
+{
+    FakeImage image = ImageWithBlock();
+    image.Put<std::uint32_t>(FakeImage::optional + 112 + 16, 0x1900);
+    EXPECT_EQ(PlaceOfBlock(image), -1);
+    image.PutText(FakeImage::section, ".rsrc");
+    image.Put<std::uint32_t>(FakeImage::section + 12, FakeImage::resources);
+    EXPECT_EQ(PlaceOfBlock(image), 0x1700);
+}
+
+TEST(ModuleImage, OnlyTheBlockWithTheNumberOneAlone)
+{
+    FakeImage image = ImageWithBlock();
+    image.Entry(0x100, 0, 2, below | 0x200);
+    EXPECT_EQ(PlaceOfBlock(image), -1);
+    image = ImageWithBlock();
+    image.Directory(0x100, 0, 2);
+    EXPECT_EQ(PlaceOfBlock(image), -1);
+    image = ImageWithBlock();
+    image.Directory(0x100, 1, 1);
+    image.Entry(0x100, 1, 1, below | 0x200);
+    EXPECT_EQ(PlaceOfBlock(image), 0x1700);
+    image = ImageWithBlock();
+    image.Entry(0, 2, 17, below | 0x100);
+    EXPECT_EQ(PlaceOfBlock(image), -1);
+}
+
+TEST(ModuleImage, NothingBehindItsEndIsRead)
+{
+    FakeImage image = ImageWithBlock();
+    image.Leaf(0x510, FakeImage::size - 0x10, 0x40);
+    EXPECT_EQ(PlaceOfBlock(image), 0x1600);
+    image.Entry(0x100, 0, 1, 0xFFFFFFF0);
+    EXPECT_EQ(PlaceOfBlock(image), -1);
+    image.Entry(0, 2, 16, 0xFFFFFFF0);
+    EXPECT_EQ(PlaceOfBlock(image), -1);
+    image.Put<std::uint32_t>(FakeImage::optional + 112 + 16, 0xFFFFFFF0);
+    EXPECT_EQ(PlaceOfBlock(image), -1);
+    image.Put<std::uint32_t>(0x3C, 0xFFFFFFF0);
+    EXPECT_EQ(PlaceOfBlock(image), -1);
+    image.PutText(0, "ZM");
+    EXPECT_EQ(PlaceOfBlock(image), -1);
+    EXPECT_EQ(FindVersionBlock(nullptr), nullptr);
+}
+
+TEST(ModuleDescription, VersionBuildAndLinkTime)
+{
+    const FakeImage image;
+    const auto describe = [&image](const std::vector<Bytes>& texts)
+    {
+        return Describe(image.Module(), Block(L"040904b0", texts));
+    };
+    // A module of nobody has no file name; linked on 9 September 2001, 1:46 UTC.
+    const Bytes version = VersionText(L"FileVersion", L"5.6");
+    const Bytes own = VersionText(L"CompanyName", L"trelmo or so");
+    const String linked = describe({own, version});
+    EXPECT_EQ(linked.Length(), wcslen(L" 5.6 (01-09-09 01:46)"));
+    EXPECT_EQ(linked.Compare(L" 5.6 (01-09-0", 13), 0) << linked.NarrowText();
+    EXPECT_EQ(linked[linked.Length() - 1], L')');
+
+    EXPECT_STREQ(describe({own, version, VersionText(L"Build", L"77")}), L" 5.6 77");
+    EXPECT_EQ(describe({own, version, VersionText(L"Build", L"")}).Length(), linked.Length());
+    for (const wchar_t* company : {L"Trelmo or so", L"trelmo", L"trelmos", L""})
+        EXPECT_STREQ(describe({VersionText(L"CompanyName", company), version}), L" 5.6");
+    EXPECT_STREQ(describe({version}), L" 5.6");
+    EXPECT_STREQ(describe({own}), L"");
+    EXPECT_STREQ(describe({own, VersionText(L"FileVersion", L"")}), L"");
+    EXPECT_STREQ(Describe(GetModuleHandleW(nullptr), Block(L"040904b0", {version})), ProgramFile() + L" 5.6");
+}
+
+TEST(ModuleDescription, WithoutATranslationTheFirstLanguageCounts)
+{
+    const std::vector<Bytes> texts = {VersionText(L"FileVersion", L"5.6")};
+    EXPECT_STREQ(Describe(nullptr, Block(L"07e504b0", texts)).Right(4), L"");
+    EXPECT_STREQ(Describe(nullptr, Block(L"07e504b0", texts, false)).Right(4), L" 5.6");
+    EXPECT_STREQ(Describe(nullptr, Block(L"A00904b0", texts, false)), L"");
+    EXPECT_STREQ(Describe(nullptr, VersionNode(L"VS_VERSION_INFO", {})), L"");
+    EXPECT_STREQ(Describe(nullptr, VersionNode(L"VS_VERSION_INFO", {VersionNode(L"StringFileInfo", {})})), L"");
+}
+
+TEST(ModuleDescription, OfModulesWithAndWithoutAVersion)
+{
+    EXPECT_STREQ(GetModuleDescription(nullptr), L"");
+    const String own = GetModuleDescription(GetModuleHandleW(nullptr));
+    EXPECT_EQ(own.Compare(ProgramDescription(), static_cast<int>(ProgramDescription().Length())), 0)
+        << own.NarrowText();
+
+    const HMODULE plain = LoadLibraryW(LibraryOfTests(L"qxmodule_host.dll"));
+    ASSERT_NE(plain, nullptr);
+    testing::internal::CaptureStdout();
+    const String text = GetModuleDescription(plain);
+    const std::string output = testing::internal::GetCapturedStdout();
+    EXPECT_STREQ(text, LibraryPaths().file + L"  <no version info>");
+    EXPECT_EQ(output.find("** EnumResourceTypes: ERROR "), 0u) << output;
+    FreeLibrary(plain);
+}
+
+TEST(ModuleDescription, OfFilesByTheirNames)
+{
+    const TempFolder folder;
+    const String copy = folder.Path(L"Copy.bin");
+    ASSERT_TRUE(CopyFileW(ModulePath(nullptr), copy, FALSE));
+    EXPECT_STREQ(GetFileVersionValue(copy, L"CompanyName"), L"trelmo tests");
+    EXPECT_STREQ(GetFileVersionValue(copy, L"InternalName"), L"");
+    EXPECT_STREQ(GetFileVersionValue(copy, L"None"), L"");
+    String longKey;
+    longKey.Fill(L'k', 200);
+    EXPECT_STREQ(GetFileVersionValue(copy, longKey), L"");
+    EXPECT_STREQ(GetFileVersionValue(folder.Path(L"none"), L"CompanyName"), L"");
+
+    String description(L"before");
+    EXPECT_STREQ(GetFileVersionText(copy, &description), L"1.2.3.4");
+    EXPECT_STREQ(description, L"Tests of the module frame");
+    EXPECT_STREQ(GetFileVersionText(folder.Path(L"none"), &description), L"");
+    EXPECT_STREQ(description, L"");
+
+    EXPECT_STREQ(GetNamedModuleDescription(copy).get(), L"Copy.bin 1.2.3.4");
+    EXPECT_STREQ(GetNamedModuleDescription(folder.Path(L"none")).get(), L"none ");
+    EXPECT_STREQ(
+        GetNamedModuleDescription(ProgramFile()).get(), GetModuleDescription(GetModuleHandleW(nullptr)).Text());
+}

@@ -1,0 +1,95 @@
+#include "core/module_frame.h"
+
+#include "core/module.h"
+#include "core/module_paths.h"
+#include "core/system_facts.h"
+#include "support/debug_lines.h"
+
+#include <gtest/gtest.h>
+
+#include <stdlib.h>
+
+#include <new>
+#include <string>
+
+using namespace qx;
+using qxtest::DebugLines;
+
+namespace
+{
+
+std::string done;
+
+void Note(const char* step)
+{
+    done += step;
+    done += LibraryHandle() ? " with the library, " : " without the library, ";
+}
+
+constexpr ModuleSteps noted = {
+    [] { Note("start"); },
+    [] { Note("report"); },
+    [] { Note("close"); },
+};
+
+constexpr ModuleSteps failing = {
+    [] { throw std::bad_alloc(); },
+    [] { throw 1; },
+    [] { Note("close"); },
+};
+
+class ModuleFrame : public testing::Test
+{
+protected:
+    ModuleFrame() { done.clear(); }
+    ~ModuleFrame() override
+    {
+        DetachModule({});
+        _set_invalid_parameter_handler(nullptr);
+    }
+};
+
+} // namespace
+
+TEST_F(ModuleFrame, StepsRunWhileTheLibraryIsKnown)
+{
+    AttachModule(GetModuleHandleW(nullptr), noted);
+    EXPECT_EQ(LibraryHandle(), GetModuleHandleW(nullptr));
+    EXPECT_EQ(done, "start with the library, ");
+    DetachModule(noted);
+    EXPECT_EQ(LibraryHandle(), nullptr);
+    DetachModule(noted); // nothing is left to do
+    EXPECT_EQ(done, "start with the library, report with the library, close with the library, ");
+}
+
+TEST_F(ModuleFrame, AStepThatFailsKeepsNoneOfTheNext)
+{
+    AttachModule(GetModuleHandleW(nullptr), failing);
+    DetachModule(failing);
+    EXPECT_EQ(done, "close with the library, ");
+    EXPECT_EQ(LibraryHandle(), nullptr);
+}
+
+TEST_F(ModuleFrame, InvalidParametersOfTheRuntimeAreLogged)
+{
+    AttachModule(GetModuleHandleW(nullptr), {});
+    const DebugLines lines;
+    wchar_t path[4] = L"abc";
+    EXPECT_NE(_wmakepath_s(path, 0, L"c", nullptr, nullptr, nullptr), 0);
+    EXPECT_STREQ(lines.Only(), L"INVALID PARAMETER in CRT function detected - ignored");
+}
+
+TEST_F(ModuleFrame, ValuesOfTheModule)
+{
+    AttachModule(GetModuleHandleW(nullptr), {});
+    EXPECT_EQ(DefaultCodePage(), GetACP());
+    EXPECT_GE(SystemVersion(), 0x0600);
+    EXPECT_EQ(SessionId(), 0u); // nobody works from afar here
+
+    const ModulePaths& paths = ProcessPaths();
+    EXPECT_STREQ(paths.baseName, L"CORE_MODULE_TEST");
+    EXPECT_EQ(paths.file.Left(paths.baseName.Length()), paths.baseName);
+    EXPECT_EQ(paths.directory + paths.file, paths.path);
+    EXPECT_EQ(paths.path, LibraryPaths().path);
+    EXPECT_EQ(paths.path, ModulePath(nullptr).Upper());
+}
