@@ -9,8 +9,24 @@
 #include <memory>
 #include <utility>
 
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/lsan_interface.h>
+#endif
+
 namespace qxtest
 {
+
+// A thread that is terminated leaves its memory behind. What the present thread allocates in the scope of this is no
+// leak to the sanitizer.
+#if defined(__SANITIZE_ADDRESS__)
+using LeaksAllowed = __lsan::ScopedDisabler;
+#else
+struct LeaksAllowed
+{
+    LeaksAllowed() {}
+};
+#endif
+
 
 constexpr DWORD patience = 20'000;
 

@@ -157,6 +157,7 @@ TEST(Threads, SuspensionWhereverTheThreadIs)
 
 TEST(Threads, TerminationRunsNoDestructors)
 {
+    const LeaksAllowed leaksAllowed;
     struct Mark
     {
         std::atomic<bool>* isGone;
@@ -210,6 +211,7 @@ TEST(Threads, TheAllocatorIsNeverStopped)
         const Thread thread(
             [&count]
             {
+                const LeaksAllowed leaksAllowed;
                 for (;;)
                 {
                     void* volatile block = std::malloc(100'000 + count % 100);
