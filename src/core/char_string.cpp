@@ -62,10 +62,12 @@ String clsCHARString::ToString(unsigned codePage) const
         return String::EmptyString();
     if (codePage != 0)
         return String(clsCharsetConversionStringCP(codePage, Text()).GetWide());
+    // Zero bytes too, which a decoder may have collected.
     String text;
-    text.SetCodePage(0);
-    text.Assign(Text());
-    text.SetCodePage(DefaultCodePage());
+    wchar_t* characters = text.GetBuffer(_length + 1);
+    for (std::size_t i = 0; i < _length; ++i)
+        characters[i] = static_cast<unsigned char>(Text()[i]);
+    text.ReleaseBuffer(_length);
     return text;
 }
 

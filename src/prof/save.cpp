@@ -68,8 +68,8 @@ ProfError Deliver(const clsProfOutput& output, clsFile& target)
 ProfError clsProfJob::Save(const wchar_t* name, unsigned flags)
 {
     clsProfOutput output;
-    if (const ProfError error = WriteForm(output, flags); error != kProfOk)
-        return error;
+    if (WriteForm(output, flags) != kProfOk)
+        return kProfCannotWrite;
 
     if (IsHeldTarget(name))
         return Deliver(output, *_heldFile);

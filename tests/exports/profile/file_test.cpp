@@ -236,7 +236,7 @@ TEST(ProfileWrite, FormsToComeTouchNothing)
     const std::string path = folder.Make("file", "[/]\r\na=1\r\n");
     const Job job(path);
     for (const int32_t flags : {1, 2, 3, 15, int32_t{PROF_SAVE_PACKED}})
-        EXPECT_EQ(job.Save(path, flags), PROF_ERR_WRITE_FAILED) << flags;
+        EXPECT_EQ(job.Save(path, flags), PROF_ERR_CANNOT_WRITE) << flags;
     EXPECT_EQ(BytesOf(path), "[/]\r\na=1\r\n");
     EXPECT_EQ(job.Save(path, PROF_SAVE_PACKED_AS_LOADED | 0x100), PROF_OK) << "it was not packed, and 0x100 is ignored";
 }

@@ -477,6 +477,7 @@ TEST(CharStringTest, ConvertsByCodePage)
     bytes.Append("\xE2\x82\xAC\0x", 5);
     EXPECT_STREQ(bytes.ToString(65001).Text(), L"\u20AC");
     EXPECT_STREQ(bytes.ToString(0).Text(), L"\xE2\x82\xAC");
+    EXPECT_EQ(bytes.ToString(0).Length(), 5u);
     EXPECT_EQ(bytes.ToString(0).CodePage(), GetACP());
 }
 
