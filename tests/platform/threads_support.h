@@ -27,7 +27,6 @@ struct LeaksAllowed
 };
 #endif
 
-
 constexpr DWORD patience = 20'000;
 
 // Whether the layer can stop a thread that computes; under the thread sanitizer it stops where it blocks.
