@@ -1,6 +1,7 @@
 // What the tests of threads, waits and messages share.
 #pragma once
 
+#include "support/leaks_allowed.h"
 #include "system_support.h"
 
 #include <process.h>
@@ -9,23 +10,8 @@
 #include <memory>
 #include <utility>
 
-#if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/lsan_interface.h>
-#endif
-
 namespace qxtest
 {
-
-// A thread that is terminated leaves its memory behind. What the present thread allocates in the scope of this is no
-// leak to the sanitizer.
-#if defined(__SANITIZE_ADDRESS__)
-using LeaksAllowed = __lsan::ScopedDisabler;
-#else
-struct LeaksAllowed
-{
-    LeaksAllowed() {}
-};
-#endif
 
 constexpr DWORD patience = 20'000;
 

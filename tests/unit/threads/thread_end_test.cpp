@@ -27,6 +27,7 @@ TEST(ThreadEnd, FromTheThreadItselfOnlySetsTheStopEvent)
 
 TEST(ThreadEnd, AThreadThatHangs)
 {
+    const LeaksAllowed leaksAllowed;
     for (const bool pumps : {false, true})
     {
         TestThread thread(&Hang);
@@ -44,6 +45,7 @@ TEST(ThreadEnd, AThreadThatHangs)
 
 TEST(ThreadEnd, ASuspendedThread)
 {
+    const LeaksAllowed leaksAllowed;
     const auto suspend = [](TestThread& thread)
     {
         ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
@@ -94,6 +96,7 @@ TEST(ThreadEnd, WhileAnotherEndWaits)
 
 TEST(ThreadEnd, KeepsTheQueueOfTheCallerRunning)
 {
+    const LeaksAllowed leaksAllowed;
     MSG message;
     PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);
     TestThread thread(&Hang);

@@ -3,6 +3,7 @@
 
 #include "core/developer_run.h"
 #include "support/debug_lines.h"
+#include "support/leaks_allowed.h"
 #include "threads/thread_base.h"
 
 #include <gtest/gtest.h>
