@@ -7,10 +7,19 @@
 namespace qx
 {
 
+clsItem* clsItemList::FindLeaf(std::wstring_view name)
+{
+    const scItemKey key(name, ItemKind::Leaf);
+    return _index.IsBuilt() ? _index.FindLeaf(key) : Walk(key);
+}
+
 clsItemList* clsItemList::FindList(std::wstring_view name)
 {
-    const clsItem* item = Find({name, ItemKind::List});
-    return item != nullptr ? item->List() : nullptr;
+    const scItemKey key(name, ItemKind::List);
+    if (_index.IsBuilt())
+        return _index.FindList(key);
+    const clsItem* entry = Walk(key);
+    return entry != nullptr ? entry->List() : nullptr;
 }
 
 void clsItemList::AppendItem(clsItem& item)
@@ -42,7 +51,7 @@ void clsItemList::RemoveAll()
 void clsItemList::RemoveAll(std::wstring_view name, ItemKind kind)
 {
     const scItemKey key(name, kind);
-    if (_index.IsBuilt() && _index.Find(key) == nullptr)
+    if (_index.IsBuilt() && !_index.Has(key))
         return;
     if (RemoveIf([&](const clsItem* item) { return key.Matches(*item); }) != 0)
         ForgetIndex();
@@ -59,11 +68,8 @@ void clsItemList::ReleaseNode(Node* node) noexcept
     _job.ReleaseItem(*node->value);
 }
 
-clsItem* clsItemList::Find(const scItemKey& key)
+clsItem* clsItemList::Walk(const scItemKey& key)
 {
-    if (_index.IsBuilt())
-        return _index.Find(key);
-
     uint32_t visited = 0;
     clsItem* found = nullptr;
     for (clsItem* item : *this)

@@ -67,7 +67,7 @@ public:
     clsItemList* Parent() const { return _parent; }
 
     // The first leaf or list entry of a name, or null.
-    clsItem* FindLeaf(std::wstring_view name) { return Find({name, ItemKind::Leaf}); }
+    clsItem* FindLeaf(std::wstring_view name);
     clsItemList* FindList(std::wstring_view name);
 
     // Takes an item that is in no list yet as its last one.
@@ -88,7 +88,7 @@ private:
 
     static constexpr size_t kShortList = 8;
 
-    clsItem* Find(const scItemKey& key);
+    clsItem* Walk(const scItemKey& key);
     void NoteWalk(uint32_t visited);
     void ForgetIndex() noexcept;
 

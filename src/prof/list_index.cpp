@@ -18,7 +18,14 @@ scItemKey::scItemKey(std::wstring_view wantedName, ItemKind wantedKind)
 {
 }
 
-scItemKey::scItemKey(const clsItem& item) : name(item.Name().View()), hash(item.Name().hash), kind(item.Kind()) {}
+scItemKey::scItemKey(const scProfText& itemName, ItemKind itemKind)
+    : name(itemName.View()),
+      hash(itemName.hash),
+      kind(itemKind)
+{
+}
+
+scItemKey::scItemKey(const clsItem& item) : scItemKey(item.Name(), item.Kind()) {}
 
 bool scItemKey::Matches(const clsItem& item) const
 {
@@ -45,16 +52,26 @@ void clsListIndex::Start(clsProfArena& arena, size_t count) noexcept
 
 void clsListIndex::Add(clsProfArena& arena, clsItem& item) noexcept
 {
-    const scItemKey key(item);
-    if (IsBuilt() && IsFull())
+    if (!IsBuilt())
+        return;
+    if (item.List() != nullptr)
+        Enter(arena, scItemKey(item), item.List());
+    else
+        Enter(arena, scItemKey(item), &item);
+}
+
+// The first one of a key stays.
+void clsListIndex::Enter(clsProfArena& arena, const scItemKey& key, void* target) noexcept
+{
+    if (IsFull())
         Grow(arena);
     while (IsBuilt())
     {
         if (Slot* slot = FindPlace(key))
         {
-            if (slot->item == nullptr)
+            if (slot->target == nullptr)
             {
-                *slot = {Tag(key.hash, key.kind), &item};
+                *slot = {Tag(key), target};
                 ++_used;
             }
             return;
@@ -76,24 +93,29 @@ void clsListIndex::Drop(clsProfArena& arena) noexcept
     _used = 0;
 }
 
-clsItem* clsListIndex::Find(const scItemKey& key) const
+const scProfText& clsListIndex::Slot::Name() const
+{
+    return IsList() ? static_cast<const clsItemList*>(target)->Name() : static_cast<const clsItem*>(target)->Name();
+}
+
+void* clsListIndex::Find(const scItemKey& key) const
 {
     // Every key of the list has its place here, so no place means no item.
     const Slot* slot = FindPlace(key);
-    return slot != nullptr ? slot->item : nullptr;
+    return slot != nullptr ? slot->target : nullptr;
 }
 
 // The slot of the key, or a free one for it, or null.
 clsListIndex::Slot* clsListIndex::FindPlace(const scItemKey& key) const
 {
-    const uint32_t tag = Tag(key.hash, key.kind);
+    const uint32_t tag = Tag(key);
     const uint32_t mask = _capacity - 1;
     const uint32_t probes = std::min(_capacity, kLongestProbe);
     uint32_t place = key.hash & mask;
     for (uint32_t probe = 0; probe < probes; ++probe, place = (place + 1) & mask)
     {
         Slot& slot = _slots[place];
-        if (slot.item == nullptr || (slot.tag == tag && IsSameText(slot.item->Name().View(), key.name)))
+        if (slot.target == nullptr || (slot.tag == tag && IsSameText(slot.Name().View(), key.name)))
             return &slot;
     }
     return nullptr;
@@ -112,8 +134,9 @@ void clsListIndex::Grow(clsProfArena& arena) noexcept
     Start(arena, oldCapacity);
     for (uint32_t i = 0; i < oldCapacity && IsBuilt(); ++i)
     {
-        if (oldSlots[i].item != nullptr)
-            Add(arena, *oldSlots[i].item);
+        const Slot& slot = oldSlots[i];
+        if (slot.target != nullptr)
+            Enter(arena, scItemKey(slot.Name(), slot.IsList() ? ItemKind::List : ItemKind::Leaf), slot.target);
     }
     arena.Release(const_cast<Slot*>(oldSlots), oldCapacity * sizeof(Slot));
 }

@@ -10,6 +10,7 @@ namespace qx
 {
 
 class clsItem;
+class clsItemList;
 
 enum class ItemKind
 {
@@ -21,6 +22,7 @@ enum class ItemKind
 struct scItemKey
 {
     scItemKey(std::wstring_view wantedName, ItemKind wantedKind);
+    scItemKey(const scProfText& itemName, ItemKind itemKind);
     explicit scItemKey(const clsItem& item);
     bool Matches(const clsItem& item) const;
 
@@ -44,22 +46,30 @@ public:
     void Add(clsProfArena& arena, clsItem& item) noexcept;
     void Drop(clsProfArena& arena) noexcept;
 
-    clsItem* Find(const scItemKey& key) const;
+    bool Has(const scItemKey& key) const { return Find(key) != nullptr; }
+    clsItem* FindLeaf(const scItemKey& key) const { return static_cast<clsItem*>(Find(key)); }
+    clsItemList* FindList(const scItemKey& key) const { return static_cast<clsItemList*>(Find(key)); }
 
 private:
     static constexpr uint32_t kLongestProbe = 64;
     static constexpr size_t kLargestCapacity = size_t{1} << 31;
 
+    static constexpr uint32_t kListTag = 0x80000000u;
+
     struct Slot
     {
-        uint32_t tag;  // hash and kind
-        clsItem* item; // null: free
+        uint32_t tag; // hash and kind
+        void* target; // the leaf, or the list itself, which spares the way over its entry; null: free
+        bool IsList() const { return (tag & kListTag) != 0; }
+        const scProfText& Name() const;
     };
 
-    static uint32_t Tag(uint32_t hash, ItemKind kind) { return hash | (kind == ItemKind::List ? 0x80000000u : 0); }
+    static uint32_t Tag(const scItemKey& key) { return key.hash | (key.kind == ItemKind::List ? kListTag : 0); }
     bool IsFull() const { return uint64_t{_used} * 3 >= uint64_t{_capacity} * 2; }
     bool IsSparse() const { return uint64_t{_used} * 8 < _capacity; }
+    void* Find(const scItemKey& key) const;
     Slot* FindPlace(const scItemKey& key) const;
+    void Enter(clsProfArena& arena, const scItemKey& key, void* target) noexcept;
     void Refuse(clsProfArena& arena) noexcept;
     void Grow(clsProfArena& arena) noexcept;
 
