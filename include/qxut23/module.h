@@ -1,4 +1,4 @@
-/* The library itself: its version, the user's language, what kind of session it runs in. */
+/* The library itself: its version, the user's language, what kind of session it runs in, failed assertions. */
 #ifndef QXUT23_MODULE_H
 #define QXUT23_MODULE_H
 
@@ -24,6 +24,11 @@ QXUT_API int32_t UtilLanguageGet(void);
    "Software\trelmo\Appearance". 0 takes the choice back, so German is chosen by the system only. 0, or the error code
    of the registry function that failed. */
 QXUT_API int32_t UtilLanguageSet(int32_t code);
+
+/* Shows a box that names the failed expression, the file and the line, cut to 80 characters in all, and ends the
+   process with exit code -1, whatever the user answers: the call returns only if the box was replaced by one that
+   answers with OK (1). Null texts count as empty. */
+QXUT_API void UtilAssert(const QXWCHAR* expression, const QXWCHAR* file, uint32_t line);
 
 /* Results of UtilGetOSEnvironmentType. */
 #define QXUT_ENVIRONMENT_UNKNOWN 0

@@ -1,5 +1,6 @@
 #include <qxut23/module.h>
 
+#include "core/assertion.h"
 #include "core/environment_type.h"
 #include "core/language.h"
 #include "core/version.h"
@@ -34,6 +35,11 @@ int32_t UtilLanguageGet(void)
 int32_t UtilLanguageSet(int32_t code)
 {
     return Guarded(ERROR_NOT_ENOUGH_MEMORY, [=] { return SetLanguage(code); });
+}
+
+void UtilAssert(const QXWCHAR* expression, const QXWCHAR* file, uint32_t line)
+{
+    Guarded([=] { Assert(expression, file, line); });
 }
 
 int32_t UtilGetOSEnvironmentType(void)

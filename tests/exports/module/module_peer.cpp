@@ -1,5 +1,5 @@
 // module_peer: loads the library, uses it, unloads it, and loads it again. Exit code 0 if all of that went well, else
-// the number of what didn't.
+// the number of what didn't. With an argument: fails an assertion.
 #include <windows.h>
 
 #include <cstdint>
@@ -38,10 +38,22 @@ int UseOnce()
     return GetModuleHandleW(L"qxUT23.dll") == nullptr ? 0 : 8;
 }
 
+int FailAssertion()
+{
+    const HMODULE library = LoadLibraryW(L"qxUT23.dll");
+    auto* const assertion = Find<void(const wchar_t*, const wchar_t*, uint32_t)>(library, "UtilAssert");
+    if (!assertion)
+        return 1;
+    assertion(L"a < b", L"file.cpp", 42);
+    return 0; // an assertion that failed doesn't come back
+}
+
 } // namespace
 
-int main()
+int main(int count, char**)
 {
+    if (count > 1)
+        return FailAssertion();
     const int first = UseOnce();
     return first != 0 ? first : UseOnce();
 }

@@ -109,6 +109,15 @@ TEST(ModuleExports, AnswersOnTheSessionStand)
     }
 }
 
+#ifndef _WIN32 // the system's box waits for a user
+TEST(ModuleExports, AFailedAssertionEndsTheProcess)
+{
+    const Variable answer(L"QXPLATFORM_MESSAGEBOX", L"retry");
+    // A process of linux has an exit code of 8 bits only.
+    EXPECT_EQ(PeerProcess(L"module_peer", L"assert").Wait() & 0xFF, 0xFF);
+}
+#endif
+
 TEST(ModuleExports, LoadsWithoutHomeRegistryOrTempFolder)
 {
     const qxtest::TempFolder folder;

@@ -1,0 +1,16 @@
+// The box of a failed assertion.
+#pragma once
+
+#include "core/string.h"
+
+namespace qx
+{
+
+// What the box shows.
+String AssertionText(const wchar_t* expression, const wchar_t* file, unsigned line);
+
+// Shows the box. Retry and Cancel both end the process, with exit code -1: only a replacement of the box that answers
+// OK lets it go on.
+void Assert(const wchar_t* expression, const wchar_t* file, unsigned line);
+
+} // namespace qx
