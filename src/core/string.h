@@ -252,8 +252,6 @@ protected:
     void MakeUnique(bool keep);
 
 private:
-    friend struct StringTestAccess;
-
     void AssignCharacters(const wchar_t* text, std::size_t count);
     void ReplaceRecord(StringRecord* record) noexcept;
     void SetLength(std::size_t length) noexcept;

@@ -1,6 +1,7 @@
 #include "core/string.h"
 
 #include "core/debug_line.h"
+#include "core/registry.h"
 
 #include <windows.h>
 
@@ -17,23 +18,14 @@ namespace
 
 constexpr std::size_t stackCharacters = 200;
 
-bool RegistryEnablesMapStringEx()
-{
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"software\\trelmo\\", 0, KEY_READ, &key) != ERROR_SUCCESS)
-        return false;
-    wchar_t value[16] = {};
-    DWORD bytes = sizeof(value) - sizeof(wchar_t);
-    // A longer value can't be read with ERROR_SUCCESS, and then isn't the switch that it should be.
-    const LSTATUS status =
-        RegQueryValueExW(key, L"EnableMapStringEx", nullptr, nullptr, reinterpret_cast<BYTE*>(value), &bytes);
-    RegCloseKey(key);
-    return status == ERROR_SUCCESS && value[0] == L'T';
-}
-
 bool DecideForMapStringEx()
 {
-    return SystemVersion() >= 0x0601 || RegistryEnablesMapStringEx();
+    if (SystemVersion() >= 0x0601)
+        return true;
+    bool isEnabled = false;
+    clsRegistryList(HKEY_LOCAL_MACHINE, L"software\\trelmo\\", clsRegistryList::Read)
+        .GetBool(L"EnableMapStringEx", isEnabled, false);
+    return isEnabled;
 }
 
 // The invariant locale has a function of its own on newer systems, which maps by the invariant rules instead of by

@@ -68,7 +68,14 @@ void String::AppendWithSeparator(const String& separator, const String& s)
 
 void String::AppendWithSeparator(wchar_t separator, const String& s)
 {
-    AppendWithSeparator(String(&separator, 0, 1), s);
+    if (IsEmpty())
+    {
+        Append(s);
+        return;
+    }
+    const String tail(s); // as above
+    Append(separator);
+    Append(tail);
 }
 
 void String::TrimLeft()

@@ -33,34 +33,29 @@ void String::Assign(const char* text, std::size_t offset, std::size_t count)
         Empty();
         return;
     }
-    // Converted beside the present text, whose narrow copy may be the source.
+    // The narrow copy may be the source, so it lives on until the end.
+    const std::unique_ptr<char[]> narrow = std::move(_narrow);
     const char* source = text + offset;
-    String converted;
     if (_codePage == 0)
     {
-        wchar_t* wide = converted.GetBuffer(StringRecord::CapacityFor(bytes));
+        Reserve(StringRecord::CapacityFor(bytes), false);
         for (std::size_t i = 0; i < bytes; ++i)
-            wide[i] = static_cast<unsigned char>(source[i]);
-        converted.ReleaseBuffer(bytes);
+            _record->text[i] = static_cast<unsigned char>(source[i]);
+        SetLength(bytes);
+        return;
     }
-    else
+    const DWORD flags = _codePage == utf8 ? 0 : MB_PRECOMPOSED;
+    const int size = static_cast<int>(bytes);
+    const int length = MultiByteToWideChar(_codePage, flags, source, size, nullptr, 0);
+    if (length <= 0)
     {
-        const DWORD flags = _codePage == utf8 ? 0 : MB_PRECOMPOSED;
-        const int size = static_cast<int>(bytes);
-        const int length = MultiByteToWideChar(_codePage, flags, source, size, nullptr, 0);
-        if (length > 0)
-        {
-            const auto characters = static_cast<std::size_t>(length);
-            wchar_t* wide = converted.GetBuffer(StringRecord::CapacityFor(characters));
-            MultiByteToWideChar(_codePage, flags, source, size, wide, length);
-            converted.ReleaseBuffer(characters);
-        }
-    }
-    converted._codePage = _codePage;
-    if (converted.IsEmpty())
         Empty();
-    else
-        Take(converted);
+        return;
+    }
+    const auto characters = static_cast<std::size_t>(length);
+    Reserve(StringRecord::CapacityFor(characters), false);
+    MultiByteToWideChar(_codePage, flags, source, size, _record->text, length);
+    SetLength(characters);
 }
 
 const char* String::NarrowText() const

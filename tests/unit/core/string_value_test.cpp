@@ -408,9 +408,17 @@ TEST(StringNarrowTest, TakesAPartOfTheBytes)
     EXPECT_EQ(s.CharAt(3), L'd');
     s.Assign("");
     EXPECT_TRUE(s.IsEmpty());
-    s = L"x";
+    s = L"0123456789";
+    const wchar_t* before = s.Text();
+    s.Assign("abc");
+    EXPECT_EQ(s.Text(), before); // the capacity sufficed
     s.Assign(static_cast<const char*>(nullptr));
     EXPECT_TRUE(s.IsEmpty());
+    s.SetCodePage(12345); // no such page
+    s.Assign("abc");
+    EXPECT_TRUE(s.IsEmpty());
+    s = L"abc";
+    EXPECT_STREQ(s.NarrowText(), "");
 }
 
 TEST(StringNarrowTest, CopyIsKeptUntilTheNextChange)
