@@ -1,5 +1,7 @@
 #include "core/module.h"
 
+#include "core/late_libraries.h"
+
 namespace qx
 {
 
@@ -49,7 +51,8 @@ unsigned short InterfaceLanguage()
     unsigned short known = interfaceLanguage.load(std::memory_order_relaxed);
     if (known == 0)
     {
-        known = GetUserDefaultUILanguage();
+        auto& language = Kernel32().GetUserDefaultUILanguage;
+        known = language.IsThere() ? language() : GetUserDefaultLangID();
         interfaceLanguage.store(known, std::memory_order_relaxed);
     }
     return known;

@@ -1,6 +1,7 @@
 #include "core/string.h"
 
 #include "core/debug_line.h"
+#include "core/late_libraries.h"
 #include "core/registry.h"
 
 #include <windows.h>
@@ -37,7 +38,12 @@ int MapString(
     {
         static const bool useEx = DecideForMapStringEx();
         if (useEx)
-            return LCMapStringEx(L"", flags, source, sourceLength, target, targetLength, nullptr, nullptr, 0);
+        {
+            auto& mapStringEx = Kernel32().LCMapStringEx;
+            return mapStringEx.IsThere()
+                       ? mapStringEx(L"", flags, source, sourceLength, target, targetLength, nullptr, nullptr, 0)
+                       : 0;
+        }
     }
     return LCMapStringW(locale, flags, source, sourceLength, target, targetLength);
 }
