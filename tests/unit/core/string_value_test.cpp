@@ -135,90 +135,26 @@ TEST(StringValueTest, WhatChangesNothingLeavesTheRecordShared)
 {
     struct Case
     {
-        const char* name;
         void (*change)(String&);
+        const char* name;
     };
     const Case cases[] = {
-        {"append zero",
-            [](String& s)
-            {
-                s.Append(L'\0');
-            }},
-        {"append null",
-            [](String& s)
-            {
-                s.Append(static_cast<const wchar_t*>(nullptr));
-            }},
-        {"append empty",
-            [](String& s)
-            {
-                s.Append(String());
-            }},
-        {"append empty with empty separator",
-            [](String& s)
-            {
-                s.AppendWithSeparator(String(), String());
-            }},
-        {"trim left",
-            [](String& s)
-            {
-                s.TrimLeft();
-            }},
-        {"trim right",
-            [](String& s)
-            {
-                s.TrimRight();
-            }},
-        {"insert empty",
-            [](String& s)
-            {
-                s.Insert(1, String());
-            }},
-        {"insert behind the end",
-            [](String& s)
-            {
-                s.Insert(9, String(L"x"));
-            }},
-        {"delete nothing",
-            [](String& s)
-            {
-                s.Delete(1, 0);
-            }},
-        {"delete behind the end",
-            [](String& s)
-            {
-                s.Delete(5, 1);
-            }},
-        {"replace character",
-            [](String& s)
-            {
-                s.Replace(L'x', L'y');
-            }},
-        {"replace text",
-            [](String& s)
-            {
-                s.Replace(String(L"x"), String(L"y"));
-            }},
-        {"replace empty",
-            [](String& s)
-            {
-                s.Replace(String(), String(L"y"));
-            }},
-        {"field",
-            [](String& s)
-            {
-                s.GetField(0, L'b', false);
-            }},
-        {"guard",
-            [](String& s)
-            {
-                static_cast<void>(s[5]);
-            }},
-        {"assign itself",
-            [](String& s)
-            {
-                s = *&s;
-            }},
+        {[](String& s) { s.Append(L'\0'); }, "append zero"},
+        {[](String& s) { s.Append(static_cast<const wchar_t*>(nullptr)); }, "append null"},
+        {[](String& s) { s.Append(String()); }, "append empty"},
+        {[](String& s) { s.AppendWithSeparator(String(), String()); }, "append empty with empty separator"},
+        {[](String& s) { s.TrimLeft(); }, "trim left"},
+        {[](String& s) { s.TrimRight(); }, "trim right"},
+        {[](String& s) { s.Insert(1, String()); }, "insert empty"},
+        {[](String& s) { s.Insert(9, String(L"x")); }, "insert behind the end"},
+        {[](String& s) { s.Delete(1, 0); }, "delete nothing"},
+        {[](String& s) { s.Delete(5, 1); }, "delete behind the end"},
+        {[](String& s) { s.Replace(L'x', L'y'); }, "replace character"},
+        {[](String& s) { s.Replace(String(L"x"), String(L"y")); }, "replace text"},
+        {[](String& s) { s.Replace(String(), String(L"y")); }, "replace empty"},
+        {[](String& s) { s.GetField(0, L'b', false); }, "field"},
+        {[](String& s) { static_cast<void>(s[5]); }, "guard"},
+        {[](String& s) { s = *&s; }, "assign itself"},
     };
     for (const Case& c : cases)
     {
