@@ -51,7 +51,7 @@ unsigned short InterfaceLanguage()
     unsigned short known = interfaceLanguage.load(std::memory_order_relaxed);
     if (known == 0)
     {
-        auto& language = Kernel32().GetUserDefaultUILanguage;
+        auto& language = Kernel32().p_GetUserDefaultUILanguage;
         known = language.IsThere() ? language() : GetUserDefaultLangID();
         interfaceLanguage.store(known, std::memory_order_relaxed);
     }

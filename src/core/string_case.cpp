@@ -39,7 +39,7 @@ int MapString(
         static const bool useEx = DecideForMapStringEx();
         if (useEx)
         {
-            auto& mapStringEx = Kernel32().LCMapStringEx;
+            auto& mapStringEx = Kernel32().p_LCMapStringEx;
             return mapStringEx.IsThere()
                        ? mapStringEx(L"", flags, source, sourceLength, target, targetLength, nullptr, nullptr, 0)
                        : 0;
