@@ -136,12 +136,47 @@ TEST(Locales, Information)
         {0x0411, LOCALE_IDATE, "2"},
         {0x041d, LOCALE_SDATE, "-"},
         {0x048c, LOCALE_SISO639LANGNAME, "prs"},
+        {0x0419, LOCALE_IDEFAULTANSICODEPAGE, "1251"},
+        {0x0419, LOCALE_IDEFAULTCODEPAGE, "866"},
+        {0x0807, LOCALE_ICOUNTRY, "41"},
+        {0x0807, LOCALE_SABBREVCTRYNAME, "CHE"},
+        {0x007f, LOCALE_SISO639LANGNAME, "iv"},
+        {0x007f, LOCALE_SENGCOUNTRY, "Invariant Country"},
+        {0x007f, LOCALE_STIMEFORMAT, "HH:mm:ss"},
         {UNKNOWN, LOCALE_SDECIMAL, "error 87"},
         {0x0409, 0x0fff, "error 1004"},
     };
     for (const Case& row : CASES)
         EXPECT_EQ(Info(row.locale, row.type), row.value) << std::hex << row.locale << ' ' << row.type;
 }
+
+#ifndef _WIN32 // Wine has CLDR's own forms in part
+TEST(Locales, ShortDates)
+{
+    struct Case
+    {
+        const wchar_t* locale;
+        const char* picture;
+    };
+    constexpr Case CASES[] = {
+        {L"en-US", "M/d/yyyy"},
+        {L"en-GB", "dd/MM/yyyy"},
+        {L"fr-FR", "dd/MM/yyyy"},
+        {L"de-DE", "dd.MM.yyyy"},
+        {L"de-AT", "dd.MM.yyyy"},
+        {L"de-CH", "dd.MM.yyyy"},
+        {L"pl-PL", "dd.MM.yyyy"},
+        {L"ru-RU", "dd.MM.yyyy"},
+        {L"ja-JP", "yyyy/MM/dd"},
+        {L"hu-HU", "yyyy. MM. dd."},
+        {L"sv-SE", "yyyy-MM-dd"},
+        {L"fi-FI", "d.M.yyyy"},
+        {L"", "MM/dd/yyyy"},
+    };
+    for (const Case& row : CASES)
+        EXPECT_EQ(Info(LocaleNameToLCID(row.locale, 0), LOCALE_SSHORTDATE), row.picture) << Readable(row.locale);
+}
+#endif
 
 TEST(Locales, InformationSizesAndNumbers)
 {

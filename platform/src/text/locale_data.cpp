@@ -1,12 +1,18 @@
 #include "text/locale_data.h"
 
+#include <unicode/ucurr.h>
 #include <unicode/udat.h>
 #include <unicode/uloc.h>
 #include <unicode/unum.h>
+#include <unicode/ures.h>
 
-#include <algorithm>
-#include <iterator>
 #include <memory>
+#include <string_view>
+#include <utility>
+
+#include "text/calling_codes.h"
+#include "text/icu_text.h"
+#include "text/language_supplement.h"
 
 namespace qxplatform
 {
@@ -14,30 +20,26 @@ namespace qxplatform
 namespace
 {
 
-// The invariant locale is that of American English without its region's habits; ICU's nearest is POSIX English.
-const char* IcuName(const Locale& locale)
+struct CloseBundle
 {
-    return locale.icu.empty() ? "en_US_POSIX" : locale.icu.c_str();
-}
+    void operator()(UResourceBundle* bundle) const { ures_close(bundle); }
+};
+using Bundle = std::unique_ptr<UResourceBundle, CloseBundle>;
 
-// ICU's habit of filling buffers: what does not fit counts as nothing, since nothing here is that long.
-template <class Call>
-std::u16string Text(Call call)
+// Languages without data of their own that get those of their kin, as the system gives them.
+struct Kin
 {
-    UChar buffer[256];
+    std::string_view language;
+    const char* data;
+};
+constexpr Kin KIN[] = {{"sma", "se"}, {"smj", "se"}, {"sms", "se"}};
+
+// For a language without data ICU answers with those of the process's own, so that has to be told apart.
+bool HasData(const std::string& icu)
+{
     UErrorCode status = U_ZERO_ERROR;
-    const int32_t length = call(buffer, static_cast<int32_t>(std::size(buffer)), &status);
-    if (U_FAILURE(status) || length < 0 || length > static_cast<int32_t>(std::size(buffer)))
-        return {};
-    return {buffer, static_cast<std::size_t>(length)};
-}
-
-std::u16string PlainBlanks(std::u16string text)
-{
-    for (char16_t& unit : text)
-        if (unit == u'\u00a0' || unit == u'\u202f')
-            unit = u' ';
-    return text;
+    const Bundle bundle(ures_open(nullptr, icu.c_str(), &status));
+    return U_SUCCESS(status) && status != U_USING_DEFAULT_WARNING;
 }
 
 struct CloseDateFormat
@@ -52,148 +54,155 @@ struct CloseNumberFormat
 };
 using NumberFormat = std::unique_ptr<UNumberFormat, CloseNumberFormat>;
 
-DateFormat OpenDateFormat(const Locale& locale, UDateFormatStyle time, UDateFormatStyle date)
-{
-    UErrorCode status = U_ZERO_ERROR;
-    const std::string name = std::string(IcuName(locale)) + "@calendar=gregorian";
-    return DateFormat(udat_open(time, date, name.c_str(), nullptr, 0, nullptr, 0, &status));
-}
-
-std::u16string PatternOf(const DateFormat& format)
-{
-    if (format == nullptr)
-        return {};
-    return Text([&](UChar* buffer, int32_t size, UErrorCode* status)
-        { return udat_toPattern(format.get(), false, buffer, size, status); });
-}
-
-// A letter of a CLDR pattern in the system's picture language; `count` times it stood there.
-std::u16string PictureOf(char16_t letter, std::size_t count, DateStyle style)
-{
-    switch (letter)
-    {
-    case u'y':
-    case u'u':
-        return style == DateStyle::Short || count != 2 ? u"yyyy" : u"yy";
-    case u'M':
-    case u'L':
-        return std::u16string(std::min<std::size_t>(count, 4), u'M');
-    case u'E':
-    case u'c':
-        return count >= 4 ? u"dddd" : u"ddd";
-    case u'a':
-    case u'b':
-    case u'B':
-        return u"tt";
-    case u'G':
-        return u"gg";
-    default:
-        return std::u16string(count, letter);
-    }
-}
-
-bool IsPatternLetter(char16_t unit)
-{
-    return (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z');
-}
-
-// Quoted text has the same form in both languages.
-std::u16string ToPicture(std::u16string_view pattern, DateStyle style)
-{
-    std::u16string picture;
-    bool quoted = false;
-    for (std::size_t i = 0; i < pattern.size();)
-    {
-        const char16_t unit = pattern[i];
-        std::size_t end = i + 1;
-        quoted ^= unit == u'\'';
-        if (quoted || !IsPatternLetter(unit))
-        {
-            picture += unit;
-        }
-        else
-        {
-            while (end < pattern.size() && pattern[end] == unit)
-                ++end;
-            picture += PictureOf(unit, end - i, style);
-        }
-        i = end;
-    }
-    return PlainBlanks(std::move(picture));
-}
-
 std::u16string Symbol(const Locale& locale, UDateFormatSymbolType type, int32_t index)
 {
-    const DateFormat format = OpenDateFormat(locale, UDAT_NONE, UDAT_SHORT);
+    UErrorCode status = U_ZERO_ERROR;
+    const std::string name = IcuName(locale) + "@calendar=gregorian";
+    const DateFormat format(udat_open(UDAT_NONE, UDAT_SHORT, name.c_str(), nullptr, 0, nullptr, 0, &status));
     if (format == nullptr)
         return {};
-    return Text([&](UChar* buffer, int32_t size, UErrorCode* status)
-        { return udat_getSymbols(format.get(), type, index, buffer, size, status); });
+    return IcuText([&](UChar* buffer, int32_t size, UErrorCode* result)
+        { return udat_getSymbols(format.get(), type, index, buffer, size, result); });
 }
 
 std::u16string NumberSymbol(const Locale& locale, UNumberFormatSymbol symbol)
 {
     UErrorCode status = U_ZERO_ERROR;
-    const std::string name = std::string(IcuName(locale)) + "@numbers=latn";
+    const std::string name = IcuName(locale) + "@numbers=latn";
     const NumberFormat format(unum_open(UNUM_DECIMAL, nullptr, 0, name.c_str(), nullptr, &status));
     if (U_FAILURE(status))
         return {};
-    return Text([&](UChar* buffer, int32_t size, UErrorCode* result)
+    return IcuText([&](UChar* buffer, int32_t size, UErrorCode* result)
         { return unum_getSymbol(format.get(), symbol, buffer, size, result); });
+}
+
+Bundle Child(const Bundle& bundle, const char* key)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    Bundle child(bundle == nullptr ? nullptr : ures_getByKey(bundle.get(), key, nullptr, &status));
+    return U_SUCCESS(status) ? std::move(child) : nullptr;
+}
+
+// The bundle of a name itself, without what its parents add.
+Bundle OpenOwnData(const std::string& name)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    Bundle bundle(ures_openDirect(nullptr, name.c_str(), &status));
+    return U_SUCCESS(status) ? std::move(bundle) : nullptr;
+}
+
+std::u16string TextAt(const Bundle& bundle, int32_t index)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t length = 0;
+    const UChar* const text =
+        bundle == nullptr ? nullptr : ures_getStringByIndex(bundle.get(), index, &length, &status);
+    return text != nullptr && U_SUCCESS(status) ? std::u16string(text, static_cast<std::size_t>(length))
+                                                : std::u16string();
+}
+
+// The name whose data stand behind those of `name`; "root" behind all.
+std::string ParentOf(const std::string& name, const Bundle& bundle)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t length = 0;
+    const UChar* const parent =
+        bundle == nullptr ? nullptr : ures_getStringByKey(bundle.get(), "%%Parent", &length, &status);
+    if (parent != nullptr && U_SUCCESS(status))
+        return {parent, parent + length};
+    const std::size_t end = name.rfind('_');
+    return end == name.npos ? "root" : name.substr(0, end);
 }
 
 std::u16string Display(
     const Locale& locale, const Locale& in, int32_t (*display)(const char*, const char*, UChar*, int32_t, UErrorCode*))
 {
-    return Text([&](UChar* buffer, int32_t size, UErrorCode* status)
-        { return display(locale.icu.c_str(), IcuName(in), buffer, size, status); });
+    const auto ask = [&](const char* language, bool& isCode)
+    {
+        return IcuText(
+            [&](UChar* buffer, int32_t size, UErrorCode* status)
+            {
+                const int32_t length = display(locale.icu.c_str(), language, buffer, size, status);
+                isCode = *status == U_USING_DEFAULT_WARNING;
+                return length;
+            });
+    };
+    bool isCode = false;
+    const std::u16string name = ask(IcuName(in).c_str(), isCode);
+    return isCode ? ask("en", isCode) : name;
 }
+
+// ICU knows the money of countries only.
+struct CurrencyOfPart
+{
+    std::u16string_view part;
+    const char16_t* currency;
+};
+constexpr CurrencyOfPart CURRENCIES_OF_PARTS[] = {{u"001", u"XDR"}, {u"029", u"XCD"}, {u"419", u"XDR"}};
+
+std::u16string CurrencyCode(const Locale& locale)
+{
+    const std::u16string region = RegionCode(locale);
+    for (const CurrencyOfPart& row : CURRENCIES_OF_PARTS)
+        if (row.part == region)
+            return row.currency;
+    return IcuText([&](UChar* buffer, int32_t size, UErrorCode* status)
+        { return ucurr_forLocale(locale.icu.c_str(), buffer, size, status); });
+}
+
+// The country that the system calls by half its name.
+constexpr std::u16string_view SOUTH_KOREA = u"South Korea";
 
 } // namespace
 
-std::u16string DatePicture(const Locale& locale, DateStyle style)
+// The invariant locale is American English without its region's habits, and ICU's nearest to that is POSIX English.
+// What has no data and no kin gets those that all locales begin with.
+std::string IcuName(const Locale& locale)
 {
-    const UDateFormatStyle icuStyle = style == DateStyle::Short ? UDAT_SHORT : UDAT_FULL;
-    return ToPicture(PatternOf(OpenDateFormat(locale, UDAT_NONE, icuStyle)), style);
-}
-
-std::u16string TimePicture(const Locale& locale)
-{
-    return ToPicture(PatternOf(OpenDateFormat(locale, UDAT_MEDIUM, UDAT_NONE)), DateStyle::Long);
-}
-
-std::u16string SeparatorOf(std::u16string_view picture)
-{
-    std::size_t begin = 0;
-    while (begin < picture.size() && !IsPatternLetter(picture[begin]))
-        ++begin;
-    while (begin < picture.size() && IsPatternLetter(picture[begin]))
-        ++begin;
-    std::size_t end = begin;
-    while (end < picture.size() && !IsPatternLetter(picture[end]))
-        ++end;
-    return std::u16string(picture.substr(begin, end - begin));
+    if (locale.icu.empty())
+        return "en_US_POSIX";
+    const std::string_view language = std::string_view(locale.icu).substr(0, locale.icu.find('_'));
+    for (const Kin& row : KIN)
+        if (row.language == language)
+            return row.data;
+    return HasData(locale.icu) ? locale.icu : "root";
 }
 
 std::u16string DayName(const Locale& locale, int day, bool abbreviated)
 {
+    if (const LanguageSupplement* const supplement = SupplementOf(locale))
+        return supplement->days[day];
     // ICU counts the days from Sunday = 1.
     const int32_t index = (day + 1) % 7 + 1;
-    return Symbol(locale, abbreviated ? UDAT_STANDALONE_SHORT_WEEKDAYS : UDAT_STANDALONE_WEEKDAYS, index);
+    return Symbol(locale, abbreviated ? UDAT_SHORT_WEEKDAYS : UDAT_WEEKDAYS, index);
 }
 
 std::u16string MonthName(const Locale& locale, int month, bool abbreviated)
 {
+    if (const LanguageSupplement* const supplement = SupplementOf(locale))
+        return supplement->months[month];
     return Symbol(locale, abbreviated ? UDAT_STANDALONE_SHORT_MONTHS : UDAT_STANDALONE_MONTHS, month);
 }
 
+// The abbreviated form, which ICU's own interfaces pass over.
 std::u16string DayHalfName(const Locale& locale, bool afternoon)
 {
-    return PlainBlanks(Symbol(locale, UDAT_AM_PMS, afternoon ? 1 : 0));
+    for (std::string name = IcuName(locale); name != "root";)
+    {
+        const Bundle own = OpenOwnData(name);
+        const Bundle gregorian = Child(Child(own, "calendar"), "gregorian");
+        if (std::u16string text = TextAt(Child(gregorian, "AmPmMarkersAbbr"), afternoon ? 1 : 0); !text.empty())
+            return text;
+        name = ParentOf(name, own);
+    }
+    return Symbol(locale, UDAT_AM_PMS, afternoon ? 1 : 0);
 }
 
 std::u16string DecimalSeparator(const Locale& locale)
 {
+    const LanguageSupplement* const supplement = SupplementOf(locale);
+    if (supplement != nullptr && supplement->decimalSeparator != nullptr)
+        return supplement->decimalSeparator;
     return NumberSymbol(locale, UNUM_DECIMAL_SEPARATOR_SYMBOL);
 }
 
@@ -204,9 +213,17 @@ std::u16string GroupSeparator(const Locale& locale)
     return separator == u"\u202f" ? u"\u00a0" : separator;
 }
 
+// The sign by which a currency is known at home, without what tells it from the same sign of others.
 std::u16string CurrencySymbol(const Locale& locale)
 {
-    return NumberSymbol(locale, UNUM_CURRENCY_SYMBOL);
+    const std::u16string code = CurrencyCode(locale);
+    if (code.empty())
+        return NumberSymbol(locale, UNUM_CURRENCY_SYMBOL);
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t length = 0;
+    const UChar* const symbol =
+        ucurr_getName(code.c_str(), IcuName(locale).c_str(), UCURR_NARROW_SYMBOL_NAME, nullptr, &length, &status);
+    return U_SUCCESS(status) ? std::u16string(symbol, static_cast<std::size_t>(length)) : code;
 }
 
 std::u16string LanguageName(const Locale& locale, const Locale& in)
@@ -221,7 +238,8 @@ std::u16string BareLanguageName(const Locale& locale, const Locale& in)
 
 std::u16string RegionName(const Locale& locale, const Locale& in)
 {
-    return Display(locale, in, uloc_getDisplayCountry);
+    std::u16string name = Display(locale, in, uloc_getDisplayCountry);
+    return name == SOUTH_KOREA ? u"Korea" : std::move(name);
 }
 
 // The system's own name has it: its codes for Dari and Quechua are not ICU's.
@@ -237,6 +255,19 @@ std::u16string RegionCode(const Locale& locale)
     UErrorCode status = U_ZERO_ERROR;
     const int32_t length = uloc_getCountry(locale.icu.c_str(), code, static_cast<int32_t>(sizeof code), &status);
     return U_SUCCESS(status) ? std::u16string(code, code + length) : std::u16string();
+}
+
+// Parts of the world have their number in either form.
+std::u16string LetterRegionCode(const Locale& locale)
+{
+    const std::string_view code = uloc_getISO3Country(locale.icu.c_str());
+    return code.empty() ? RegionCode(locale) : std::u16string(code.begin(), code.end());
+}
+
+unsigned CallingCode(const Locale& locale)
+{
+    const std::u16string region = RegionCode(locale);
+    return CallingCodeOf(std::string(region.begin(), region.end()));
 }
 
 } // namespace qxplatform

@@ -5,9 +5,15 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <map>
+#include <mutex>
+#include <utility>
 
 #include "base/fail.h"
+#include "base/forever.h"
+#include "text/date_pictures.h"
 #include "text/locale.h"
+#include "text/locale_code_pages.h"
 #include "text/locale_data.h"
 
 using namespace qxplatform;
@@ -49,7 +55,7 @@ std::u16string LanguageNumberText(const Locale& locale)
 // 0 month, day, year; 1 day, month, year; 2 year, month, day.
 DWORD DateOrder(const Locale& locale)
 {
-    const std::u16string picture = DatePicture(locale, DateStyle::Short);
+    const std::u16string picture = DatePicture(locale, DateStyle::Numbers);
     switch (picture[std::min(picture.find_first_of(u"dMy"), picture.size())])
     {
     case u'M':
@@ -61,9 +67,25 @@ DWORD DateOrder(const Locale& locale)
     }
 }
 
-std::u16string DateOrderText(const Locale& locale)
+DWORD AnsiCodePage(const Locale& locale)
 {
-    return {static_cast<char16_t>(u'0' + DateOrder(locale))};
+    return CodePagesOf(locale).ansi;
+}
+
+DWORD OemCodePage(const Locale& locale)
+{
+    return CodePagesOf(locale).oem;
+}
+
+DWORD CountryNumber(const Locale& locale)
+{
+    return CallingCode(locale);
+}
+
+template <DWORD (*Number)(const Locale&)>
+std::u16string Decimal(const Locale& locale)
+{
+    return Ascii(std::to_string(Number(locale)));
 }
 
 template <int Day, bool Abbreviated>
@@ -97,16 +119,19 @@ constexpr InfoType TYPES[] = {
         {
             return BareLanguageName(locale, locale);
         }},
+    {LOCALE_ICOUNTRY, Decimal<CountryNumber>, CountryNumber},
     {LOCALE_SCOUNTRY,
         [](const Locale& locale)
         {
             return RegionName(locale, UserInterfaceLocale());
         }},
+    {LOCALE_SABBREVCTRYNAME, LetterRegionCode},
     {LOCALE_SNATIVECTRYNAME,
         [](const Locale& locale)
         {
             return RegionName(locale, locale);
         }},
+    {LOCALE_IDEFAULTCODEPAGE, Decimal<OemCodePage>, OemCodePage},
     {LOCALE_SLIST, ListSeparator},
     {LOCALE_SDECIMAL, DecimalSeparator},
     {LOCALE_STHOUSAND, GroupSeparator},
@@ -114,12 +139,12 @@ constexpr InfoType TYPES[] = {
     {LOCALE_SDATE,
         [](const Locale& locale)
         {
-            return SeparatorOf(DatePicture(locale, DateStyle::Short));
+            return DateSeparatorOf(DatePicture(locale, DateStyle::Numbers));
         }},
     {LOCALE_STIME,
         [](const Locale& locale)
         {
-            return SeparatorOf(TimePicture(locale));
+            return TimeSeparatorOf(TimePicture(locale));
         }},
     {LOCALE_SSHORTDATE,
         [](const Locale& locale)
@@ -131,7 +156,7 @@ constexpr InfoType TYPES[] = {
         {
             return DatePicture(locale, DateStyle::Long);
         }},
-    {LOCALE_IDATE, DateOrderText, DateOrder},
+    {LOCALE_IDATE, Decimal<DateOrder>, DateOrder},
     {LOCALE_S1159,
         [](const Locale& locale)
         {
@@ -198,7 +223,58 @@ constexpr InfoType TYPES[] = {
             return RegionName(locale, English());
         }},
     {LOCALE_STIMEFORMAT, TimePicture},
+    {LOCALE_IDEFAULTANSICODEPAGE, Decimal<AnsiCodePage>, AnsiCodePage},
 };
+
+// What the invariant locale has otherwise than American English.
+struct InvariantText
+{
+    LCTYPE type;
+    const char16_t* text;
+};
+constexpr InvariantText INVARIANT[] = {
+    {LOCALE_SLANGUAGE, u"Invariant Language (Invariant Country)"},
+    {LOCALE_SNATIVELANGNAME, u"Invariant Language"},
+    {LOCALE_ICOUNTRY, u"1"},
+    {LOCALE_SCOUNTRY, u"Invariant Country"},
+    {LOCALE_SABBREVCTRYNAME, u"IVC"},
+    {LOCALE_SNATIVECTRYNAME, u"Invariant Country"},
+    {LOCALE_SCURRENCY, u"\u00a4"},
+    {LOCALE_SDATE, u"/"},
+    {LOCALE_SSHORTDATE, u"MM/dd/yyyy"},
+    {LOCALE_SLONGDATE, u"dddd, dd MMMM yyyy"},
+    {LOCALE_IDATE, u"0"},
+    {LOCALE_SISO639LANGNAME, u"iv"},
+    {LOCALE_SISO3166CTRYNAME, u"IV"},
+    {LOCALE_SENGLANGUAGE, u"Invariant Language"},
+    {LOCALE_SENGCOUNTRY, u"Invariant Country"},
+    {LOCALE_STIMEFORMAT, u"HH:mm:ss"},
+};
+
+std::u16string MakeText(const Locale& locale, const InfoType& type)
+{
+    if (locale.icu.empty())
+        for (const InvariantText& row : INVARIANT)
+            if (row.type == type.type)
+                return row.text;
+    return type.text(locale);
+}
+
+// Made once for each locale and type: ICU takes its time, and none of it changes.
+const std::u16string& TextOf(const Locale& locale, const InfoType& type)
+{
+    struct Known
+    {
+        std::mutex mutex;
+        std::map<std::pair<const Locale*, LCTYPE>, std::u16string> texts;
+    };
+    static Known& known = MakeForever<Known>();
+    const std::lock_guard lock(known.mutex);
+    const auto [entry, isNew] = known.texts.try_emplace({&locale, type.type});
+    if (isNew)
+        entry->second = MakeText(locale, type);
+    return entry->second;
+}
 
 constexpr bool LessByType(const InfoType& a, const InfoType& b)
 {
@@ -249,5 +325,5 @@ int WINAPI GetLocaleInfoW(LCID Locale, LCTYPE LCType, LPWSTR lpLCData, int cchDa
     if (type == nullptr || (wantsNumber && type->number == nullptr))
         return Fail(ERROR_INVALID_FLAGS);
     return wantsNumber ? GiveNumber(type->number(*locale), lpLCData, cchData)
-                       : GiveText(type->text(*locale), lpLCData, cchData);
+                       : GiveText(TextOf(*locale, *type), lpLCData, cchData);
 }

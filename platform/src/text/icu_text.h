@@ -1,0 +1,29 @@
+// How ICU hands out texts, for those who ask it for a locale's data.
+#pragma once
+
+#include <unicode/utypes.h>
+
+#include <iterator>
+#include <string>
+
+#include "text/locale.h"
+
+namespace qxplatform
+{
+
+// ICU's habit of filling buffers: what does not fit counts as nothing, since nothing here is that long.
+template <class Call>
+std::u16string IcuText(Call call)
+{
+    UChar buffer[256];
+    UErrorCode status = U_ZERO_ERROR;
+    const int32_t length = call(buffer, static_cast<int32_t>(std::size(buffer)), &status);
+    if (U_FAILURE(status) || length < 0 || length > static_cast<int32_t>(std::size(buffer)))
+        return {};
+    return {buffer, static_cast<std::size_t>(length)};
+}
+
+// ICU's name of the data that a locale has.
+std::string IcuName(const Locale& locale);
+
+} // namespace qxplatform

@@ -1,0 +1,196 @@
+#include "text/locale_code_pages.h"
+
+#include <winnls.h>
+
+#include <unicode/uloc.h>
+
+#include <string>
+#include <string_view>
+
+namespace qxplatform
+{
+
+namespace
+{
+
+constexpr CodePages UNICODE_ONLY{CP_ACP, CP_OEMCP};
+
+// By the beginning of the locale's name; the longest row that fits counts.
+struct ByName
+{
+    std::string_view beginning;
+    CodePages pages;
+};
+constexpr ByName BY_NAME[] = {
+    // central Europe
+    {"bs", {1250, 852}},
+    {"cs", {1250, 852}},
+    {"hr", {1250, 852}},
+    {"hu", {1250, 852}},
+    {"pl", {1250, 852}},
+    {"ro", {1250, 852}},
+    {"sk", {1250, 852}},
+    {"sl", {1250, 852}},
+    {"sq", {1250, 852}},
+    {"sr", {1250, 852}},
+    {"tk", {1250, 852}},
+    // the Baltic
+    {"et", {1257, 775}},
+    {"lt", {1257, 775}},
+    {"lv", {1257, 775}},
+    // Turkic languages in Latin letters
+    {"az", {1254, 857}},
+    {"tr", {1254, 857}},
+    {"uz", {1254, 857}},
+    {"vi", {1258, 1258}},
+    // those of American consoles
+    {"en-029", {1252, 850}},
+    {"en-IN", {1252, 437}},
+    {"en-MY", {1252, 437}},
+    {"en-PH", {1252, 437}},
+    {"en-SG", {1252, 437}},
+    {"en-US", {1252, 437}},
+    {"en-ZA", {1252, 437}},
+    {"en-ZW", {1252, 437}},
+    {"fil", {1252, 437}},
+    {"ha", {1252, 437}},
+    {"haw", {1252, 437}},
+    {"ig", {1252, 437}},
+    {"iu", {1252, 437}},
+    {"la", {1252, 437}},
+    {"rw", {1252, 437}},
+    {"sw", {1252, 437}},
+    {"yo", {1252, 437}},
+    // Latin letters and others, of which no page has all
+    {"en-AE", UNICODE_ONLY},
+    {"mi", UNICODE_ONLY},
+    {"mt", UNICODE_ONLY},
+    {"om", UNICODE_ONLY},
+    {"so", UNICODE_ONLY},
+    {"st", UNICODE_ONLY},
+    {"ts", UNICODE_ONLY},
+    {"ve", UNICODE_ONLY},
+    // those that came to the system when it had Unicode
+    {"kk", UNICODE_ONLY},
+    {"ps", UNICODE_ONLY},
+    {"yi", UNICODE_ONLY},
+};
+
+struct ByScript
+{
+    std::string_view script;
+    CodePages pages;
+};
+constexpr ByScript BY_SCRIPT[] = {
+    {"Arab", {1256, 720}},
+    {"Cyrl", {1251, 866}},
+    {"Grek", {1253, 737}},
+    {"Hans", {936, 936}},
+    {"Hant", {950, 950}},
+    {"Hebr", {1255, 862}},
+    {"Jpan", {932, 932}},
+    {"Kore", {949, 949}},
+    {"Latn", {1252, 850}},
+    {"Thai", {874, 874}},
+};
+
+std::string ScriptOf(const Locale& locale)
+{
+    char likely[ULOC_FULLNAME_CAPACITY];
+    char script[ULOC_SCRIPT_CAPACITY];
+    UErrorCode status = U_ZERO_ERROR;
+    uloc_addLikelySubtags(locale.icu.c_str(), likely, static_cast<int32_t>(sizeof likely), &status);
+    uloc_getScript(likely, script, static_cast<int32_t>(sizeof script), &status);
+    return U_SUCCESS(status) ? script : "";
+}
+
+// Whether `name` is `beginning` or goes on from it with a hyphen.
+bool BeginsWith(std::string_view name, std::string_view beginning)
+{
+    return name.substr(0, beginning.size()) == beginning &&
+           (name.size() == beginning.size() || name[beginning.size()] == '-');
+}
+
+CodePages OfScript(const std::string& script)
+{
+    for (const ByScript& row : BY_SCRIPT)
+        if (row.script == script)
+            return row.pages;
+    // Languages that are in no list of ICU's get its answer for Latin letters, or none.
+    return script.empty() ? CodePages{1252, 850} : UNICODE_ONLY;
+}
+
+} // namespace
+
+CodePages CodePagesOf(const Locale& locale)
+{
+    if (locale.icu.empty())
+        return {1252, 437};
+    const std::string script = ScriptOf(locale);
+    CodePages pages = OfScript(script);
+    // South-east Europe's Cyrillic has a console page of its own.
+    if (script == "Cyrl" && (BeginsWith(locale.name, "sr") || BeginsWith(locale.name, "bs")))
+        pages.oem = 855;
+    const bool isLatin = script == "Latn";
+    std::size_t longest = 0;
+    for (const ByName& row : BY_NAME)
+    {
+        const bool counts = isLatin || row.pages.ansi == CP_ACP;
+        if (counts && row.beginning.size() > longest && BeginsWith(locale.name, row.beginning))
+        {
+            pages = row.pages;
+            longest = row.beginning.size();
+        }
+    }
+    return pages;
+}
+
+LGRPID LanguageGroupOf(const Locale& locale)
+{
+    switch (CodePagesOf(locale).ansi)
+    {
+    case 1250:
+        return LGRPID_CENTRAL_EUROPE;
+    case 1257:
+        return LGRPID_BALTIC;
+    case 1253:
+        return LGRPID_GREEK;
+    case 1251:
+        return LGRPID_CYRILLIC;
+    case 1254:
+        return LGRPID_TURKIC;
+    case 932:
+        return LGRPID_JAPANESE;
+    case 949:
+        return LGRPID_KOREAN;
+    case 950:
+        return LGRPID_TRADITIONAL_CHINESE;
+    case 936:
+        return LGRPID_SIMPLIFIED_CHINESE;
+    case 874:
+        return LGRPID_THAI;
+    case 1255:
+        return LGRPID_HEBREW;
+    case 1256:
+        return LGRPID_ARABIC;
+    case 1258:
+        return LGRPID_VIETNAMESE;
+    case CP_ACP:
+        break;
+    default:
+        return LGRPID_WESTERN_EUROPE;
+    }
+    // Without a code page the letters tell.
+    const std::string script = ScriptOf(locale);
+    if (script == "Geor")
+        return LGRPID_GEORGIAN;
+    if (script == "Armn")
+        return LGRPID_ARMENIAN;
+    return script == "Latn"   ? LGRPID_WESTERN_EUROPE
+           : script == "Cyrl" ? LGRPID_CYRILLIC
+           : script == "Hebr" ? LGRPID_HEBREW
+           : script == "Arab" ? LGRPID_ARABIC
+                              : LGRPID_INDIC;
+}
+
+} // namespace qxplatform
