@@ -10,5 +10,6 @@
 #include <qxut23/paths.h>
 #include <qxut23/profile.h>
 #include <qxut23/strings.h>
+#include <qxut23/zip.h>
 
 #endif

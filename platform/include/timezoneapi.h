@@ -18,8 +18,10 @@ typedef struct _TIME_ZONE_INFORMATION
 
 QXPLATFORM_API BOOL WINAPI FileTimeToSystemTime(const FILETIME* lpFileTime, LPSYSTEMTIME lpSystemTime);
 QXPLATFORM_API BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFileTime);
-// Only for the zone of the user, which null stands for.
+// Both only for the zone of the user, which null stands for.
 QXPLATFORM_API BOOL WINAPI SystemTimeToTzSpecificLocalTime(
     const TIME_ZONE_INFORMATION* lpTimeZoneInformation, const SYSTEMTIME* lpUniversalTime, LPSYSTEMTIME lpLocalTime);
+QXPLATFORM_API BOOL WINAPI TzSpecificLocalTimeToSystemTime(
+    const TIME_ZONE_INFORMATION* lpTimeZoneInformation, const SYSTEMTIME* lpLocalTime, LPSYSTEMTIME lpUniversalTime);
 
 EXTERN_C_END

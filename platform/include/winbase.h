@@ -83,6 +83,10 @@ typedef struct tagACTCTXW
 QXPLATFORM_API HANDLE WINAPI CreateActCtxW(const ACTCTXW* pActCtx);
 QXPLATFORM_API void WINAPI ReleaseActCtx(HANDLE hActCtx);
 
+// In local time or not, as the caller means it.
+QXPLATFORM_API BOOL WINAPI FileTimeToDosDateTime(const FILETIME* lpFileTime, LPWORD lpFatDate, LPWORD lpFatTime);
+QXPLATFORM_API BOOL WINAPI DosDateTimeToFileTime(WORD wFatDate, WORD wFatTime, LPFILETIME lpFileTime);
+
 QXPLATFORM_API BOOL WINAPI CopyFileW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, BOOL bFailIfExists);
 QXPLATFORM_API BOOL WINAPI MoveFileExW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, DWORD dwFlags);
 

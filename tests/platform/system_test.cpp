@@ -143,6 +143,57 @@ TEST(Times, LocalTimeIsThatOfTheUsersZone)
     EXPECT_NEAR(static_cast<double>(units(localUnits) - units(expectedUnits)), 0, 1e7) << "in units of 100 ns";
 }
 
+TEST(Times, LocalTimeAndBack)
+{
+    // Away from the two hours of a year that come twice or not at all.
+    for (const SYSTEMTIME time : {SYSTEMTIME{1975, 1, 3, 1, 0, 0, 0, 1}, SYSTEMTIME{2024, 7, 0, 14, 23, 59, 59, 999},
+             SYSTEMTIME{2024, 12, 2, 31, 23, 59, 59, 0}})
+    {
+        SYSTEMTIME universal, local;
+        ASSERT_TRUE(TzSpecificLocalTimeToSystemTime(nullptr, &time, &universal));
+        ASSERT_TRUE(SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local));
+        EXPECT_TRUE(local.wDay == time.wDay && local.wHour == time.wHour && local.wMinute == time.wMinute &&
+                    local.wMilliseconds == time.wMilliseconds)
+            << time.wYear;
+    }
+}
+
+TEST(Times, DosDateAndTime)
+{
+    struct
+    {
+        SYSTEMTIME time;
+        WORD date;
+        WORD seconds;
+    } constexpr cases[] = {
+        {{1980, 1, 2, 1, 0, 0, 0, 0}, 0x0021, 0},
+        {{2024, 2, 4, 29, 12, 34, 56, 0}, 0x585D, 0x645C},
+        {{2107, 12, 6, 31, 23, 59, 58, 0}, 0xFF9F, 0xBF7D},
+    };
+    for (const auto& [time, date, seconds] : cases)
+    {
+        FILETIME units, back;
+        WORD givenDate = 0, givenTime = 0;
+        ASSERT_TRUE(SystemTimeToFileTime(&time, &units));
+        EXPECT_TRUE(FileTimeToDosDateTime(&units, &givenDate, &givenTime));
+        EXPECT_EQ(givenDate, date);
+        EXPECT_EQ(givenTime, seconds);
+        EXPECT_TRUE(DosDateTimeToFileTime(date, seconds, &back));
+        EXPECT_EQ(CompareFileTime(&units, &back), 0) << time.wYear;
+    }
+    FILETIME units;
+    WORD date, time;
+    for (const WORD year : {WORD{1979}, WORD{2108}})
+    {
+        const SYSTEMTIME outside{year, 6, 0, 1};
+        ASSERT_TRUE(SystemTimeToFileTime(&outside, &units));
+        if (isLayer || year < 2108) // Wine begins anew after 2107
+        {
+            EXPECT_FALSE(FileTimeToDosDateTime(&units, &date, &time)) << year;
+        }
+    }
+}
+
 TEST(Session, ProcessesAndTheWindowStation)
 {
     DWORD session = 99;

@@ -22,6 +22,7 @@ bool ReadByName(LPCWSTR name, Metadata& metadata)
         return false;
     if (!ReadMetadata(path.text, metadata))
         return Fail(PathError(errno, path.text));
+    metadata.attributes |= LinkAttribute(path.text);
     return !path.endsInSeparator || metadata.attributes & FILE_ATTRIBUTE_DIRECTORY || Fail(ERROR_PATH_NOT_FOUND);
 }
 

@@ -9,6 +9,7 @@
 #include <cerrno>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 
 using namespace qxplatform;
 
@@ -55,6 +56,17 @@ DWORD CheckRequest(const Request& request)
     return request.Has(FILE_FLAG_OVERLAPPED) ? ERROR_NOT_SUPPORTED : ERROR_SUCCESS;
 }
 
+// The system has no limit on open files that a program would meet, and the usual one here is low. False if the
+// administrator's limit is reached.
+bool RaiseDescriptorLimit()
+{
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= limit.rlim_max)
+        return false;
+    limit.rlim_cur = limit.rlim_max;
+    return setrlimit(RLIMIT_NOFILE, &limit) == 0;
+}
+
 int OpenDescriptor(const std::string& path, int flags)
 {
     constexpr mode_t newFileMode = 0666;
@@ -62,7 +74,7 @@ int OpenDescriptor(const std::string& path, int flags)
     do
         // Without O_NONBLOCK a pipe without a partner would hold us up here; to files it makes no difference.
         descriptor = open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, newFileMode);
-    while (descriptor < 0 && errno == EINTR);
+    while (descriptor < 0 && (errno == EINTR || (errno == EMFILE && RaiseDescriptorLimit())));
     return descriptor;
 }
 

@@ -70,6 +70,8 @@ bool FindObject::Next(WIN32_FIND_DATAW& data)
         // What has gone since the folder was read is passed over.
         if (!_pattern->Matches(name) || !ReadMetadata(_path + '/' + entry->d_name, metadata, true))
             continue;
+        if (entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN)
+            metadata.attributes |= LinkAttribute(_path + '/' + entry->d_name);
         Fill(data, metadata, name);
         return true;
     }
@@ -93,6 +95,7 @@ HANDLE FindOne(const NativePath& path, WIN32_FIND_DATAW& data)
     Metadata metadata;
     if (!ReadMetadata(path.text, metadata, true))
         return FailFind(PathError(errno, path.text));
+    metadata.attributes |= LinkAttribute(path.text);
     Fill(data, metadata, FromNative(NameOf(path.text)));
     return Found(MakeObject<FindObject>());
 }

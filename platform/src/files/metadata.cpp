@@ -59,6 +59,14 @@ bool ReadMetadata(const std::string& path, Metadata& metadata, bool orLink)
     return true;
 }
 
+DWORD LinkAttribute(const std::string& path)
+{
+    struct stat info
+    {
+    };
+    return lstat(path.c_str(), &info) == 0 && S_ISLNK(info.st_mode) ? FILE_ATTRIBUTE_REPARSE_POINT : 0u;
+}
+
 std::string PathOfDescriptor(int descriptor)
 {
     return "/proc/self/fd/" + std::to_string(descriptor);

@@ -25,6 +25,9 @@ struct Metadata
 // A link is followed; one that leads nowhere is told of itself if `orLink` is set. False with errno otherwise.
 bool ReadMetadata(const std::string& path, Metadata& metadata, bool orLink = false);
 
+// REPARSE_POINT for a path that is a link, whatever it leads to; else 0.
+DWORD LinkAttribute(const std::string& path);
+
 // A path by which an opened file can be reached, whatever has become of its name.
 std::string PathOfDescriptor(int descriptor);
 

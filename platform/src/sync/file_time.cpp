@@ -111,6 +111,27 @@ BOOL WINAPI SystemTimeToTzSpecificLocalTime(
     return TRUE;
 }
 
+// Around a change of the clock two universal times may have this local one, or none has it; then one nearby is given.
+BOOL WINAPI TzSpecificLocalTimeToSystemTime(
+    const TIME_ZONE_INFORMATION* lpTimeZoneInformation, const SYSTEMTIME* lpLocalTime, LPSYSTEMTIME lpUniversalTime)
+{
+    FILETIME local{};
+    if (lpTimeZoneInformation != nullptr)
+        return Fail(ERROR_NOT_SUPPORTED);
+    if (!SystemTimeToFileTime(lpLocalTime, &local))
+        return FALSE;
+    const auto lead = [](LONGLONG universal)
+    {
+        return LocalUnits(universal) - universal;
+    };
+    const LONGLONG wanted = UnitsOf(local);
+    const LONGLONG universal = wanted - lead(wanted - lead(wanted));
+    if (universal < 0)
+        return Fail(ERROR_INVALID_PARAMETER);
+    *lpUniversalTime = SplitTime(universal);
+    return TRUE;
+}
+
 LONG WINAPI CompareFileTime(const FILETIME* lpFileTime1, const FILETIME* lpFileTime2)
 {
     const auto first = static_cast<ULONGLONG>(UnitsOf(*lpFileTime1));

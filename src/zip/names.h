@@ -1,0 +1,24 @@
+// Names and comments of members: the form in which they are stored, and their two encodings.
+#pragma once
+
+#include "core/string.h"
+
+#include <string>
+
+namespace qx
+{
+
+constexpr unsigned zipOemCodePage = 437;
+constexpr unsigned zipUtf8CodePage = 65001;
+
+// The name under which a file is stored: that which was given, or else its path. The drive or the server goes, the
+// separator behind it stays; slashes separate.
+String StoredNameOf(const String& path, const String& given);
+
+// Whether code page 437 has all characters of the text.
+bool IsOemText(const String& text);
+
+// The text in a code page. What doesn't fit a length field is cut.
+std::string EncodedText(const String& text, unsigned codePage);
+
+} // namespace qx

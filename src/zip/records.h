@@ -1,0 +1,97 @@
+// The records of a ZIP archive in file layout (PKWARE's APPNOTE.TXT, without ZIP64). All numbers are little-endian, as
+// both targets are, so that a record is written and read as it stands.
+#pragma once
+
+#include <cstdint>
+
+namespace qx
+{
+
+constexpr std::uint32_t zipLocalSignature = 0x04034B50;
+constexpr std::uint32_t zipCentralSignature = 0x02014B50;
+constexpr std::uint32_t zipEndSignature = 0x06054B50;
+constexpr std::uint32_t zipDescriptorSignature = 0x08074B50;
+
+constexpr std::uint16_t zipVersionNeeded = 20;      // folders and deflate
+constexpr std::uint16_t zipVersionMadeBy = 0x0A14;  // 2.0, with the attributes of NTFS
+constexpr std::uint16_t zipFlagDescriptor = 0x0008; // the sizes stand behind the data
+constexpr std::uint16_t zipFlagEncrypted = 0x0001;
+constexpr std::uint16_t zipFlagUtf8 = 0x0800; // name and comment
+constexpr std::uint16_t zipMethodStored = 0;
+constexpr std::uint16_t zipMethodDeflate = 8;
+
+// No ZIP64: what doesn't fit the fields is refused.
+constexpr std::int64_t zipLargestSize = 0xFFFFFFFF;
+constexpr std::size_t zipMostEntries = 0xFFFF;
+constexpr std::size_t zipLongestText = 0xFFFF; // in bytes
+
+#pragma pack(push, 1)
+
+// In front of each member. The name and the extra field follow, then the data.
+struct scZIPLocalHeader
+{
+    std::uint32_t signature;
+    std::uint16_t versionNeeded;
+    std::uint16_t flags;
+    std::uint16_t method;
+    std::uint16_t dosTime;
+    std::uint16_t dosDate;
+    std::uint32_t crc;
+    std::uint32_t compressedSize;
+    std::uint32_t uncompressedSize;
+    std::uint16_t nameLength;
+    std::uint16_t extraLength;
+};
+
+// Of the central directory. The name, the extra field and the comment follow.
+struct scZIPCentralHeader
+{
+    std::uint32_t signature;
+    std::uint16_t versionMadeBy;
+    std::uint16_t versionNeeded;
+    std::uint16_t flags;
+    std::uint16_t method;
+    std::uint16_t dosTime;
+    std::uint16_t dosDate;
+    std::uint32_t crc;
+    std::uint32_t compressedSize;
+    std::uint32_t uncompressedSize;
+    std::uint16_t nameLength;
+    std::uint16_t extraLength;
+    std::uint16_t commentLength;
+    std::uint16_t diskStart;
+    std::uint16_t internalAttributes;
+    std::uint32_t externalAttributes;
+    std::uint32_t localHeaderOffset;
+};
+
+// At the end of the archive. The comment follows.
+struct scZIPEndRecord
+{
+    std::uint32_t signature;
+    std::uint16_t disk;
+    std::uint16_t directoryDisk;
+    std::uint16_t entriesOnDisk;
+    std::uint16_t entries;
+    std::uint32_t directorySize;
+    std::uint32_t directoryOffset;
+    std::uint16_t commentLength;
+};
+
+// Behind the data of a member that was written without knowing its sizes.
+struct scZIPDescriptor
+{
+    std::uint32_t signature;
+    std::uint32_t crc;
+    std::uint32_t compressedSize;
+    std::uint32_t uncompressedSize;
+};
+
+#pragma pack(pop)
+
+static_assert(sizeof(scZIPLocalHeader) == 30);
+static_assert(sizeof(scZIPCentralHeader) == 46);
+static_assert(sizeof(scZIPEndRecord) == 22);
+static_assert(sizeof(scZIPDescriptor) == 16);
+
+} // namespace qx

@@ -1,0 +1,451 @@
+// Archives as they are written, byte by byte.
+#include "zip/zip_file.h"
+
+#include "support/debug_lines.h"
+#include "support/zip_archive.h"
+#include "unit/files/own_temp_folder.h"
+#include "zip/dos_time.h"
+#include "zip/names.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <set>
+
+using namespace qx;
+using namespace qxtest;
+
+namespace qx
+{
+
+struct ZIPFileTestAccess
+{
+    static WCPtrSList<clsZIPFileEntry>& Entries(clsZIPFile& file) { return file._entries; }
+    static clsFile& Archive(clsZIPFile& file) { return file._archive; }
+};
+
+} // namespace qx
+
+namespace
+{
+
+const OwnTempFolder& tempFolder = TempFolderOfTests();
+
+using Bytes = std::string;
+
+Bytes operator""_b(const char* bytes, std::size_t count)
+{
+    return {bytes, count};
+}
+
+// Closes the file, and takes the archive apart.
+ZIPArchive Closed(std::unique_ptr<clsZIPFile> file, const String& path)
+{
+    EXPECT_EQ(file->Close(), clsZIPFile::kOk);
+    file.reset();
+    return TakeApart(BytesOf(path));
+}
+
+FILETIME TimeOf(WORD year, WORD month, WORD day, WORD hour, WORD minute, WORD second)
+{
+    const SYSTEMTIME time{year, month, 0, day, hour, minute, second, 0};
+    FILETIME result{};
+    EXPECT_TRUE(SystemTimeToFileTime(&time, &result));
+    return result;
+}
+
+void SetWriteTime(const String& path, const FILETIME& time)
+{
+    clsFileRW file(path, FileAccess::ReadWrite, FileDisposition::OpenExisting, FileShare::None, kFileData);
+    EXPECT_TRUE(SetFileTime(file.GetHandle(), nullptr, nullptr, &time));
+}
+
+// The stamp that a time has, by the user's zone.
+scDosTime Stamp(const FILETIME& universal)
+{
+    SYSTEMTIME time, local;
+    FileTimeToSystemTime(&universal, &time);
+    SystemTimeToTzSpecificLocalTime(nullptr, &time, &local);
+    return {static_cast<std::uint16_t>((local.wYear - 1980) * 512 + local.wMonth * 32 + local.wDay),
+        static_cast<std::uint16_t>(local.wHour * 2048 + local.wMinute * 32 + local.wSecond / 2)};
+}
+
+Bytes Little(unsigned value, int width)
+{
+    Bytes bytes;
+    for (; width > 0; --width, value >>= 8)
+        bytes.push_back(static_cast<char>(value));
+    return bytes;
+}
+
+} // namespace
+
+TEST(ZIPFile, EveryByte)
+{
+    const TempFolder folder;
+    const String source = folder.Make(L"a.txt", "");
+    const FILETIME time = TimeOf(2024, 7, 14, 12, 34, 57);
+    SetWriteTime(source, time);
+    WIN32_FIND_DATAW found{};
+    found.dwFileAttributes = 0x12345610;
+    found.ftLastWriteTime = time;
+
+    const String path = folder.Path(L"x.zip");
+    {
+        clsZIPFile file(path, L"end");
+        EXPECT_EQ(file.AddFile(source, L"sub\\a.txt", L"note"), clsZIPFile::kOk);
+        file.AddDirectory(L"", L"d", found);
+        EXPECT_EQ(BytesOf(path), "") << "nothing is written before the end";
+        EXPECT_EQ(file.Close(), clsZIPFile::kOk);
+    }
+    const scDosTime stamp = Stamp(time);
+    const Bytes when = Little(stamp.time, 2) + Little(stamp.date, 2);
+    const Bytes attributes = Little(GetFileAttributesW(source), 4);
+    const Bytes fileHeader = "\x14\0\0\0\x08\0"_b + when + "\0\0\0\0\2\0\0\0\0\0\0\0\x09\0\0\0"_b;
+    const Bytes folderHeader = "\x14\0\0\0\0\0"_b + when + "\0\0\0\0\0\0\0\0\0\0\0\0\2\0\0\0"_b;
+    EXPECT_EQ(BytesOf(path),
+        // at 0, 41 and 73
+        "PK\3\4" + fileHeader + "sub/a.txt\3\0"_b + "PK\3\4" + folderHeader + "d/" + "PK\1\2\x14\x0A"_b + fileHeader +
+            "\4\0\0\0\0\0"_b + attributes + "\0\0\0\0sub/a.txtnote"_b + "PK\1\2\x14\x0A"_b + folderHeader +
+            "\0\0\0\0\0\0\x10\x56\x34\x12\x29\0\0\0d/"_b + "PK\5\6\0\0\0\0\2\0\2\0\x6B\0\0\0\x49\0\0\0\3\0end"_b);
+}
+
+TEST(ZIPFile, WithoutEntries)
+{
+    const TempFolder folder;
+    const String path = folder.Make(L"x.zip", "what was there before");
+    EXPECT_EQ(clsZIPFile(path, L"").Close(), clsZIPFile::kOk);
+    EXPECT_EQ(BytesOf(path), "PK\5\6"_b + Bytes(18, '\0'));
+    EXPECT_EQ(clsZIPFile(path, String(std::wstring_view(std::vector<wchar_t>(70000, L'c').data(), 70000))).Close(),
+        clsZIPFile::kOk);
+    EXPECT_EQ(BytesOf(path), "PK\5\6"_b + Bytes(16, '\0') + Bytes(2 + 65535, 'c').replace(0, 2, "\xFF\xFF"));
+    EXPECT_FALSE(clsZIPFile(folder.Path(L"none/x.zip"), L"").IsOpen());
+}
+
+TEST(ZIPNames, DriveAndServerGo)
+{
+    const struct
+    {
+        const wchar_t* path;
+        const wchar_t* given;
+        const wchar_t* stored;
+    } cases[] = {
+        {L"C:\\dir\\a.txt", L"", L"/dir/a.txt"},
+        {L"c:a.txt", L"", L"a.txt"},
+        {L"c:", L"", L""},
+        {L"C:\\dir\\a.txt", L"sub\\a.txt", L"sub/a.txt"},
+        {L"C:\\dir\\a.txt", L"z:\\b", L"/b"},
+        {L"\\\\server\\share\\a", L"", L"/share/a"},
+        {L"x", L"\\\\server\\share\\sub\\a", L"/share/sub/a"},
+        {L"\\\\server", L"", L"//server"},
+        {L"//server/share/a", L"", L"//server/share/a"},
+        {L"\\a\\b", L"", L"/a/b"},
+        {L"dir\\c:\\a", L"", L"dir/c:/a"},
+        {L"1:\\a", L"", L"1:/a"},
+        {L"/home/a.txt", L"", L"/home/a.txt"},
+        {L"a\\b//c\\", L"", L"a/b//c/"},
+    };
+    for (const auto& test : cases)
+        EXPECT_STREQ(StoredNameOf(test.path, test.given), test.stored)
+            << String(test.path).NarrowText() << ' ' << String(test.given).NarrowText();
+}
+
+TEST(ZIPFile, EncodingOfNameAndComment)
+{
+    const struct
+    {
+        const wchar_t* name;
+        const wchar_t* comment;
+        unsigned flags;
+        Bytes nameBytes;
+        Bytes commentBytes;
+    } cases[] = {
+        {L"a", L"", 0, "a", ""},
+        {L"\u00E4.txt", L"\u00DF", 0, "\x84.txt", "\xE1"},
+        {L"\u2592\u0393", L"", 0, "\xB1\xE2", ""},
+        {L"\u20AC.txt", L"\u00E4", 0x800, "\xE2\x82\xAC.txt", "\xC3\xA4"},
+        {L"plain", L"\u20AC", 0x800, "plain", "\xE2\x82\xAC"},
+        {L"\u0141\u00F3d\u017A", L"", 0x800, "\xC5\x81\xC3\xB3\x64\xC5\xBA", ""}, // has letters that are alike
+        {L"\U0001F600", L"", 0x800, "\xF0\x9F\x98\x80", ""},
+        {L"\u65E5\u672C/\u8A9E", L"", 0x800, "\xE6\x97\xA5\xE6\x9C\xAC/\xE8\xAA\x9E", ""},
+    };
+    const TempFolder folder;
+    const String source = folder.Make(L"source", "x");
+    const String path = folder.Path(L"x.zip");
+    auto file = std::make_unique<clsZIPFile>(path, L"");
+    WIN32_FIND_DATAW found{};
+    for (const auto& test : cases)
+    {
+        EXPECT_EQ(file->AddFile(source, test.name, test.comment), clsZIPFile::kOk);
+        file->AddDirectory(L"", test.name, found);
+    }
+    const ZIPArchive archive = Closed(std::move(file), path);
+    ASSERT_EQ(archive.entries.size(), 2 * std::size(cases));
+    for (std::size_t i = 0; i < std::size(cases); ++i)
+    {
+        const ZIPEntry& entry = archive.entries[2 * i];
+        EXPECT_EQ(entry.local.flags, cases[i].flags) << i;
+        EXPECT_EQ(entry.name, cases[i].nameBytes);
+        EXPECT_EQ(entry.comment, cases[i].commentBytes);
+        // For a folder the name alone counts.
+        const ZIPEntry& folderEntry = archive.entries[2 * i + 1];
+        EXPECT_EQ(folderEntry.local.flags, IsOemText(cases[i].name) ? 0 : 0x800) << i;
+        EXPECT_EQ(folderEntry.name, cases[i].nameBytes + '/');
+    }
+}
+
+TEST(ZIPFile, LengthFieldsAndTheBytesBehindThemStayTogether)
+{
+    const TempFolder folder;
+    const String source = folder.Make(L"source", "x");
+    const String path = folder.Path(L"x.zip");
+    String name;
+    name.Fill(L'n', 0x10003);
+    String comment;
+    comment.Fill(L'c', 0x10003);
+    auto file = std::make_unique<clsZIPFile>(path, L"");
+    file->AddFile(source, name, comment);
+    const ZIPArchive archive = Closed(std::move(file), path);
+    ASSERT_EQ(archive.entries.size(), 1u);
+    EXPECT_EQ(archive.entries[0].name, "nnn") << "the low 16 bits of the length";
+    EXPECT_EQ(archive.entries[0].comment, Bytes(0xFFFF, 'c'));
+}
+
+TEST(ZIPFile, Contents)
+{
+    const TempFolder folder;
+    Bytes large; // more than one chunk of the compressor, in part incompressible
+    for (unsigned i = 0, x = 1; i < 2'500'000; ++i, x = x * 1103515245 + 12345)
+        large.push_back(static_cast<char>(i % 1'000'000 < 600'000 ? x >> 24 : i / 50));
+    const Bytes contents[] = {"", "a", Bytes(1 << 20, 'z'), large};
+    const String path = folder.Path(L"x.zip");
+    auto file = std::make_unique<clsZIPFile>(path, L"");
+    for (std::size_t i = 0; i < std::size(contents); ++i)
+    {
+        String name;
+        name.Format(L"f%d", static_cast<int>(i));
+        const String source = folder.Make(name, contents[i]);
+        EXPECT_EQ(file->AddFile(source, name, L""), clsZIPFile::kOk);
+        DeleteFileW(source); // it was compressed already
+    }
+    const ZIPArchive archive = Closed(std::move(file), path);
+    ASSERT_EQ(archive.entries.size(), std::size(contents));
+    for (std::size_t i = 0; i < std::size(contents); ++i)
+        EXPECT_TRUE(archive.entries[i].content == contents[i]) << i;
+    EXPECT_TRUE(std::filesystem::is_empty(std::filesystem::path(tempFolder.Path(L"trelmo").NarrowText())))
+        << "the temporary files go";
+}
+
+TEST(ZIPFile, Times)
+{
+    SetEnvironmentVariableW(L"TZ", L"America/New_York"); // the layer's zone; another system's isn't changed by this
+    const struct
+    {
+        FILETIME time;
+        scDosTime stamp;
+    } cases[] = {
+        {TimeOf(2024, 1, 31, 12, 0, 1), Stamp(TimeOf(2024, 1, 31, 12, 0, 0))},
+        {TimeOf(2024, 7, 31, 12, 59, 59), Stamp(TimeOf(2024, 7, 31, 12, 59, 58))},
+        {TimeOf(1970, 1, 2, 0, 0, 0), {0x0021, 0}},
+        {TimeOf(2108, 1, 3, 0, 0, 0), {0xFF9F, 0xBF7D}},
+        {TimeOf(2107, 12, 30, 0, 0, 0), Stamp(TimeOf(2107, 12, 30, 0, 0, 0))},
+    };
+    for (const auto& test : cases)
+    {
+        EXPECT_EQ(DosTimeOf(test.time).date, test.stamp.date);
+        EXPECT_EQ(DosTimeOf(test.time).time, test.stamp.time);
+    }
+    // Without the file's own time it is now.
+    FILETIME before, after;
+    GetSystemTimeAsFileTime(&before);
+    const scDosTime now = DosTimeNow();
+    GetSystemTimeAsFileTime(&after);
+    const auto number = [](const scDosTime& time)
+    {
+        return unsigned{time.date} << 16 | time.time;
+    };
+    EXPECT_GE(number(now), number(Stamp(before)));
+    EXPECT_LE(number(now), number(Stamp(after)));
+}
+
+namespace
+{
+
+// top.log, top.txt, x/a.log, x/b.txt, x/deep/c, empty/
+void MakeTree(const std::filesystem::path& root)
+{
+    namespace fs = std::filesystem;
+    fs::create_directories(root / "x/deep");
+    fs::create_directories(root / "empty");
+    for (const char* name : {"top.log", "top.txt", "x/a.log", "x/b.txt", "x/deep/c"})
+        fclose(fopen((root / name).string().c_str(), "w"));
+}
+
+std::filesystem::path NativePath(const String& path)
+{
+    return std::filesystem::u8path(path.NarrowText());
+}
+
+std::set<Bytes> NamesOf(const ZIPArchive& archive)
+{
+    std::set<Bytes> names;
+    for (const ZIPEntry& entry : archive.entries)
+        EXPECT_TRUE(names.insert(entry.name).second) << entry.name;
+    return names;
+}
+
+} // namespace
+
+TEST(ZIPFile, Lists)
+{
+    const TempFolder folder;
+    const std::filesystem::path root = NativePath(folder.Path()) / "tree";
+    MakeTree(root);
+    const String base = folder.Path(L"tree");
+    const struct
+    {
+        const wchar_t* pattern;
+        std::uint32_t flags;
+        std::set<Bytes> names;
+    } cases[] = {
+        {L"*.*", 0, {"top.log", "top.txt"}},
+        {L"*.log", 0, {"top.log"}},
+        {L"*.none", 0, {}},
+        {L"*.log", clsZIPFile::kSubfolders, {"top.log", "x/", "x/a.log", "x/b.txt", "x/deep/", "x/deep/c", "empty/"}},
+        {L"*.*", 0xFFFFFFFF, {"top.log", "top.txt", "x/", "x/a.log", "x/b.txt", "x/deep/", "x/deep/c", "empty/"}},
+    };
+    const String path = folder.Path(L"x.zip");
+    for (const auto& test : cases)
+        for (const wchar_t* separator : {L"", L"\\", L"/"})
+        {
+            auto file = std::make_unique<clsZIPFile>(path, L"");
+            file->AddList(base + separator, String(), test.pattern, test.flags);
+            const ZIPArchive archive = Closed(std::move(file), path);
+            EXPECT_EQ(NamesOf(archive), test.names);
+            std::set<Bytes> folders{""};
+            for (const ZIPEntry& entry : archive.entries)
+            {
+                const std::size_t slash = entry.name.rfind('/', entry.name.size() - 2);
+                EXPECT_EQ(folders.count(slash == Bytes::npos ? "" : entry.name.substr(0, slash + 1)), 1u)
+                    << entry.name << " stands in front of its folder";
+                if (entry.name.back() != '/')
+                    continue;
+                folders.insert(entry.name);
+                EXPECT_EQ(entry.local.method, 0);
+                EXPECT_EQ(entry.central.externalAttributes & FILE_ATTRIBUTE_DIRECTORY, DWORD{FILE_ATTRIBUTE_DIRECTORY});
+            }
+        }
+    std::filesystem::remove_all(root);
+}
+
+TEST(ZIPFile, ListsThatGoInCircles)
+{
+    const TempFolder folder;
+    const std::filesystem::path root = NativePath(folder.Path()) / "tree";
+    MakeTree(root);
+    std::error_code error;
+    for (const char* name : {"x/up", "x/here"})
+        std::filesystem::create_directory_symlink(name == std::string("x/up") ? ".." : ".", root / name, error);
+    std::filesystem::create_directory_symlink("../empty", root / "x/aside", error);
+    if (error)
+    {
+        std::filesystem::remove_all(root);
+        GTEST_SKIP() << "no links to folders here";
+    }
+    const String path = folder.Path(L"x.zip");
+    auto file = std::make_unique<clsZIPFile>(path, L"");
+    file->AddList(folder.Path(L"tree"), String(), L"*.log", clsZIPFile::kSubfolders);
+    EXPECT_EQ(NamesOf(Closed(std::move(file), path)), (std::set<Bytes>{"top.log", "x/", "x/a.log", "x/b.txt", "x/deep/",
+                                                          "x/deep/c", "x/up/", "x/here/", "x/aside/", "empty/"}));
+    std::filesystem::remove_all(root);
+}
+
+TEST(ZIPFile, WhatCannotBeAdded)
+{
+    const TempFolder folder;
+    const String path = folder.Path(L"x.zip");
+    const String good = folder.Make(L"good", "good");
+    const String large = folder.Make(L"large", "");
+    {
+        clsFileRW file(large, FileAccess::ReadWrite, FileDisposition::OpenExisting, FileShare::None, kFileData);
+        file.Seek(0x100000000);
+        file.SetEOF();
+    }
+    auto file = std::make_unique<clsZIPFile>(path, L"");
+    DebugLines lines;
+    EXPECT_EQ(file->AddFile(folder.Path(L"missing"), L"", L""), clsZIPFile::kCannotOpen);
+    EXPECT_EQ(file->AddFile(folder.Path(), L"", L""), clsZIPFile::kCannotOpen);
+    EXPECT_EQ(file->AddFile(L"", L"name", L""), clsZIPFile::kCannotOpen);
+    EXPECT_EQ(lines.Count(), 0u);
+    EXPECT_EQ(file->AddFile(large, L"", L""), clsZIPFile::kCannotStore);
+    EXPECT_STREQ(lines.Only(), L"ERR: source size > 4GB");
+    EXPECT_EQ(file->AddFile(good, L"good", L""), clsZIPFile::kOk);
+    const ZIPArchive archive = Closed(std::move(file), path);
+    ASSERT_EQ(archive.entries.size(), 1u) << "the others left nothing behind";
+    EXPECT_EQ(archive.entries[0].content, "good");
+}
+
+TEST(ZIPFile, WithoutAPlaceForTemporaryFiles)
+{
+    wchar_t source[MAX_PATH] = {}; // the test program, which lies elsewhere
+    GetModuleFileNameW(nullptr, source, MAX_PATH);
+    const String path = tempFolder.Path() + L".zip";
+    clsZIPFile file(path, L"");
+    const std::filesystem::path temp = NativePath(tempFolder.Path());
+    std::filesystem::rename(temp, temp.string() + "-away");
+    DebugLines lines;
+    EXPECT_EQ(file.AddFile(source, L"", L""), clsZIPFile::kCannotStore);
+    EXPECT_STREQ(lines.Last(), String(String::formatted, L"ERR while compressing file '%s': -5", source));
+    std::filesystem::rename(temp.string() + "-away", temp);
+    ZIPFileTestAccess::Archive(file).Close();
+    DeleteFileW(path);
+}
+
+TEST(ZIPFile, TooManyEntries)
+{
+    const TempFolder folder;
+    const String path = folder.Path(L"x.zip");
+    clsZIPFile file(path, L"");
+    file.AddDirectory(L"", L"d", WIN32_FIND_DATAW{});
+    auto& entries = ZIPFileTestAccess::Entries(file);
+    clsZIPFileEntry* const entry = *entries.begin();
+    while (entries.Count() < 0x10000) // one folder many times, rather than as many open files
+        entries.Append(entry);
+    {
+        DebugLines lines;
+        EXPECT_EQ(file.Close(), clsZIPFile::kCannotWrite);
+        EXPECT_STREQ(
+            lines.Only(), String(String::formatted, L"ERR: more than 65535 entries in ZIP file '%s'", path.Text()));
+    }
+    ZIPFileTestAccess::Archive(file).Close();
+    EXPECT_EQ(BytesOf(path), "");
+
+    ZIPFileTestAccess::Archive(file).Open(
+        path, FileAccess::ReadWrite, FileDisposition::CreateAlways, FileShare::None, kFileData);
+    entries.TakeAt(0);
+    EXPECT_EQ(file.Close(), clsZIPFile::kOk);
+    entries.Clear();
+    entries.Append(entry);
+    ZIPFileTestAccess::Archive(file).Close();
+    const Bytes bytes = BytesOf(path);
+    ASSERT_EQ(bytes.size(), 0xFFFFu * (30 + 2 + 46 + 2) + 22);
+    EXPECT_EQ(bytes.substr(bytes.size() - 22, 12), "PK\5\6\0\0\0\0\xFF\xFF\xFF\xFF"_b);
+}
+
+TEST(ZIPFile, WriteErrors)
+{
+    const TempFolder folder;
+    for (const bool hasMember : {false, true})
+    {
+        const String path = folder.Path(L"x.zip");
+        clsZIPFile file(path, L"");
+        if (hasMember)
+            file.AddFile(folder.Make(L"a", "a"), L"", L"");
+        ZIPFileTestAccess::Archive(file).Close(); // whatever is written now fails
+        DebugLines lines;
+        EXPECT_EQ(file.Close(), clsZIPFile::kCannotWrite);
+        EXPECT_STREQ(lines.Only(),
+            String(String::formatted, L"ERR: write error file '%s' (%d)", path.Text(), hasMember ? 1 : 5));
+    }
+}
