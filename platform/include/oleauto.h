@@ -18,7 +18,6 @@ QXPLATFORM_API UINT WINAPI SysStringByteLen(BSTR bstr);
 #define VARIANT_NOVALUEPROP 0x01
 #define VARIANT_ALPHABOOL 0x02 // "True" and "False" instead of "-1" and "0"
 #define VARIANT_NOUSEROVERRIDE 0x04
-#define VARIANT_LOCALBOOL 0x10 // the same words in the locale's language
 
 QXPLATFORM_API void WINAPI VariantInit(VARIANTARG* pvarg);
 QXPLATFORM_API HRESULT WINAPI VariantClear(VARIANTARG* pvarg);
