@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <initializer_list>
 #include <random>
 #include <string_view>
 
@@ -44,8 +45,8 @@ public:
 
     double Fraction()
     {
-        const uint32_t a = _engine() >> 5;
-        const uint32_t b = _engine() >> 6;
+        const uint32_t a = Draw() >> 5;
+        const uint32_t b = Draw() >> 6;
         return (a * 67108864.0 + b) / 9007199254740992.0;
     }
 
@@ -54,7 +55,7 @@ public:
         const int bits = std::bit_width(limit);
         uint32_t drawn = 0;
         do
-            drawn = _engine() >> (32 - bits);
+            drawn = Draw() >> (32 - bits);
         while (drawn >= limit);
         return drawn;
     }
@@ -75,6 +76,8 @@ private:
         }
     };
 
+    uint32_t Draw() { return static_cast<uint32_t>(_engine()); }
+
     std::mt19937 _engine;
 };
 
@@ -83,17 +86,26 @@ constexpr std::string_view kWords[] = {"report", "page", "size", "title", "autho
     "Gr\u00F6\u00DFe", "Stra\u00DFe", "\u00DCbersicht", "caf\u00E9", "na\u00EFve", "tr\u00F6ste", "font", "color",
     "width", "height", "index", "table", "chart", "image", "export", "import", "user", "server"};
 
+// Appends all parts: sums of strings make some compilers warn of overlapping copies.
+void Add(std::string& text, std::initializer_list<std::string_view> parts)
+{
+    for (const std::string_view part : parts)
+        text += part;
+}
+
 std::string Numbered(std::string_view name, uint32_t number, size_t digits)
 {
     const std::string text = std::to_string(number);
-    return std::string(name) + std::string(digits - std::min(digits, text.size()), '0') + text;
+    std::string numbered(name);
+    numbered.append(digits - std::min(digits, text.size()), '0');
+    return numbered += text;
 }
 
 std::string Words(PythonRandom& random)
 {
     std::string text;
     for (uint32_t count = random.Between(5, 15); count != 0; --count)
-        text += (text.empty() ? "" : " ") + std::string(kWords[random.Below(std::size(kWords))]);
+        Add(text, {text.empty() ? "" : " ", kWords[random.Below(std::size(kWords))]});
     return text;
 }
 
@@ -104,12 +116,15 @@ std::string MakeValue(PythonRandom& random)
         return std::to_string(random.Between(0, 99999));
     if (kind < .4)
     {
-        const uint32_t x = random.Between(0, 999);
-        return "(" + std::to_string(x) + "," + std::to_string(random.Between(0, 999)) + ")";
+        const std::string x = std::to_string(random.Between(0, 999));
+        std::string pair;
+        Add(pair, {"(", x, ",", std::to_string(random.Between(0, 999)), ")"});
+        return pair;
     }
     if (kind < .5)
         return "TRUE";
-    return Words(random) + (kind > .95 ? " & <x>" : "");
+    std::string words = Words(random);
+    return words += kind > .95 ? " & <x>" : "";
 }
 
 Settings MakeSettings()
@@ -125,7 +140,9 @@ Settings MakeSettings()
             for (uint32_t k = 0; k < 20; ++k)
             {
                 std::string value = MakeValue(random);
-                section.leaves.push_back({Numbered("Key", k, 2) + "_" + "abcdef"[random.Below(6)], std::move(value)});
+                std::string name = Numbered("Key", k, 2);
+                Add(name, {"_", std::string_view("abcdef").substr(random.Below(6), 1)});
+                section.leaves.push_back({std::move(name), std::move(value)});
             }
             group.sections.push_back(std::move(section));
         }
@@ -176,17 +193,17 @@ std::string ProfileText(const Settings& settings)
     std::string text = "[/]\r\n {\r\n";
     for (const Group& group : settings.groups)
     {
-        text += " [" + group.name + "]\r\n  {\r\n";
+        Add(text, {" [", group.name, "]\r\n  {\r\n"});
         for (const Section& section : group.sections)
         {
-            text += "  [" + section.name + "]\r\n   {\r\n";
+            Add(text, {"  [", section.name, "]\r\n   {\r\n"});
             for (const Leaf& leaf : section.leaves)
-                text += "   " + leaf.name + "=" + leaf.value + "\r\n";
+                Add(text, {"   ", leaf.name, "=", leaf.value, "\r\n"});
             text += "   }\r\n";
         }
         text += "  }\r\n";
     }
-    return Utf16(text + " }\r\n");
+    return Utf16(text += " }\r\n");
 }
 
 std::string XmlText(const Settings& settings)
@@ -200,17 +217,17 @@ std::string XmlText(const Settings& settings)
         "   <!ATTLIST item xml:space (default|preserve) \"preserve\"> ]>\r\n<!-- DATA -->\r\n<profile>\r\n";
     for (const Group& group : settings.groups)
     {
-        text += " <list name=\"" + group.name + "\">\r\n";
+        Add(text, {" <list name=\"", group.name, "\">\r\n"});
         for (const Section& section : group.sections)
         {
-            text += "  <list name=\"" + section.name + "\">\r\n";
+            Add(text, {"  <list name=\"", section.name, "\">\r\n"});
             for (const Leaf& leaf : section.leaves)
-                text += "   <item name=\"" + leaf.name + "\">" + Masked(leaf.value) + "</item>\r\n";
+                Add(text, {"   <item name=\"", leaf.name, "\">", Masked(leaf.value), "</item>\r\n"});
             text += "  </list>\r\n";
         }
         text += " </list>\r\n";
     }
-    return Utf16(text + "</profile>\r\n");
+    return Utf16(text += "</profile>\r\n");
 }
 
 std::string IniText(const Settings& settings)
@@ -220,9 +237,9 @@ std::string IniText(const Settings& settings)
     {
         for (const Section& section : group.sections)
         {
-            text += "[" + group.name + "/" + section.name + "]\n";
+            Add(text, {"[", group.name, "/", section.name, "]\n"});
             for (const Leaf& leaf : section.leaves)
-                text += leaf.name + "=" + leaf.value + "\n";
+                Add(text, {leaf.name, "=", leaf.value, "\n"});
             text += "\n";
         }
     }

@@ -92,7 +92,8 @@ QXUT_API int32_t ProfGetError(HPROFJOB job);
    isn't changed. A profile without entries makes a file of 0 bytes. `flags` are the PROF_FORM_ and PROF_SAVE_ values
    above; of the forms only PROF_FORM_TEXT, unpacked, is written yet.
    PROF_OK (also for the invalid job), PROF_ERR_CANNOT_WRITE (there is no target, or the form isn't one that is written;
-   nothing is touched then), PROF_ERR_WRITE_FAILED (the disk is full), PROF_ERR_STOPPED. */
+   nothing is touched then), PROF_ERR_WRITE_FAILED (the disk is full; the file still holds what it held),
+   PROF_ERR_STOPPED. */
 QXUT_API int32_t ProfSaveA(HPROFJOB job, const char* name, int32_t flags);
 QXUT_API int32_t ProfSaveW(HPROFJOB job, const QXWCHAR* name, int32_t flags);
 

@@ -6,6 +6,7 @@
 #include "core/module.h"
 #include "core/module_paths.h"
 #include "core/system_facts.h"
+#include "core/ticks.h"
 
 #include <windows.h>
 
@@ -69,6 +70,12 @@ void ResolvePollingLocks()
     NTdll().p_RtlLeaveCriticalSection.IsThere();
 }
 
+void ChooseTickSource()
+{
+    auto& counter = Kernel32().p_GetTickCount64;
+    DecideTickSource(counter.IsThere() ? reinterpret_cast<TickFunction>(counter.Address()) : nullptr);
+}
+
 void CreateActivationContext(HMODULE library)
 {
     ACTCTXW description = {};
@@ -114,6 +121,7 @@ void AttachModule(HMODULE library, const ModuleSteps& steps) noexcept
     ForgetDebuggerTest();
     Step(AskModuleValues);
     Step(ResolvePollingLocks);
+    Step(ChooseTickSource);
     Step([library] { CreateActivationContext(library); });
     Run(steps.startChannels);
     Step(CheckModuleNames);

@@ -38,7 +38,7 @@ clsFile::~clsFile()
         DebugLine(L"portions of the file '%s' are still locked. they will be unlocked automatically...", LogName());
         while (const scFileLock* lock = _locks.First())
         {
-            Unlock(lock);
+            Unlock(*lock);
         }
     }
     Close();

@@ -15,6 +15,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 namespace qx
 {
@@ -69,11 +70,13 @@ enum class FileError
     NameRefused = 6 // nothing was tried
 };
 
-// A byte range that is locked until Unlock; owned by the file object.
+// A byte range that is locked until Unlock.
 struct scFileLock
 {
     uint64_t offset = 0;
     uint64_t length = 0;
+
+    friend bool operator==(const scFileLock&, const scFileLock&) = default;
 };
 
 // Not synchronised: one thread at a time. Only the reference count is atomic. Nothing here throws.
@@ -143,11 +146,11 @@ public:
     // Makes the file end at the position.
     void SetEOF();
 
-    // Takes a range of bytes for this object alone, waiting up to 10 seconds; null if someone else has it or nothing is
-    // open. A stream without locks counts as locked.
-    const scFileLock* Lock(uint64_t offset, uint64_t length);
-    // Null does nothing; a lock that is gone already is only reported.
-    void Unlock(const scFileLock* lock);
+    // Takes a range of bytes for this object alone, waiting up to 10 seconds; nothing if someone else has it or nothing
+    // is open. A stream without locks counts as locked.
+    std::optional<scFileLock> Lock(uint64_t offset, uint64_t length);
+    // Gives one lock of this range back; one that this object hasn't is reported. Nothing does nothing.
+    void Unlock(const std::optional<scFileLock>& lock);
 
     // Copies what the source holds from its position on to this object's position, and ends this object there. A source
     // that isn't open counts as empty. On failure part of it may be written.

@@ -1,9 +1,8 @@
 #include "files/file.h"
 
 #include "core/debug_line.h"
+#include "core/ticks.h"
 #include "files/lock_back_off.h"
-
-#include <algorithm>
 
 namespace qx
 {
@@ -11,7 +10,7 @@ namespace qx
 namespace
 {
 
-constexpr ULONGLONG kLongestWait = 10000; // ms
+constexpr unsigned long long kLongestWait = 10000; // ms
 constexpr int kLeastTries = 3;
 
 struct scRange
@@ -30,23 +29,23 @@ scRange SystemRange(uint64_t offset, uint64_t length)
 
 } // namespace
 
-const scFileLock* clsFile::Lock(uint64_t offset, uint64_t length)
+std::optional<scFileLock> clsFile::Lock(uint64_t offset, uint64_t length)
 {
     if (!_handle.IsValid() && !_stream)
     {
-        return nullptr;
+        return std::nullopt;
     }
-    const ULONGLONG start = GetTickCount64();
+    const unsigned long long start = UtilGetTicks();
     clsLockBackOff backOff;
     for (int tries = 1; !TryLock(offset, length); ++tries)
     {
-        if (tries >= kLeastTries && GetTickCount64() - start >= kLongestWait)
+        if (tries >= kLeastTries && UtilGetTicks() - start >= kLongestWait)
         {
-            return nullptr;
+            return std::nullopt;
         }
         backOff.Wait();
     }
-    return &_locks.Append(scFileLock{offset, length});
+    return _locks.Append(scFileLock{offset, length});
 }
 
 // A stream that says that it has no locks counts as locked, so that the caller isn't held up for something that won't
@@ -63,21 +62,20 @@ bool clsFile::TryLock(uint64_t offset, uint64_t length)
     return SUCCEEDED(result) || result == STG_E_INVALIDFUNCTION || result == E_NOTIMPL;
 }
 
-// The lock is looked for by its address, so one that is gone already isn't read.
-void clsFile::Unlock(const scFileLock* lock)
+// The system goes first, and whether it had such a lock doesn't matter: the record alone tells whether this object had.
+void clsFile::Unlock(const std::optional<scFileLock>& lock)
 {
-    if (lock == nullptr)
+    if (!lock)
     {
         return;
     }
-    if (std::none_of(_locks.begin(), _locks.end(), [lock](const scFileLock& held) { return &held == lock; }))
+    const scFileLock range = *lock; // which may be a record of the list
+    ReleaseRange(range);
+    if (!_locks.Remove(range))
     {
         DebugLine(L"\nFile '%s': %s\n", LogName(),
             L"tried to unlock a lock that has already been removed (or has never existed)");
-        return;
     }
-    ReleaseRange(*lock);
-    _locks.RemoveIf([lock](const scFileLock& held) { return &held == lock; });
 }
 
 void clsFile::ReleaseRange(const scFileLock& lock)

@@ -1,5 +1,7 @@
 #include "files/lock_back_off.h"
 
+#include "core/ticks.h"
+
 #include <timeapi.h>
 
 namespace qx
@@ -23,7 +25,7 @@ clsLockBackOff::~clsLockBackOff()
 
 void clsLockBackOff::Wait()
 {
-    const ULONGLONG slice = GetTickCount64() / kSlice;
+    const ULONGLONG slice = UtilGetTicks() / kSlice;
     const bool sameSlice = !_waited || slice == _slice;
     _waited = true;
     _slice = slice;

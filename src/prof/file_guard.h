@@ -3,6 +3,8 @@
 
 #include "files/file.h"
 
+#include <optional>
+
 namespace qx
 {
 
@@ -16,11 +18,11 @@ public:
     clsFileGuard& operator=(const clsFileGuard&) = delete;
     ~clsFileGuard() { _file.Unlock(_lock); }
 
-    bool IsLocked() const { return _lock != nullptr; }
+    bool IsLocked() const { return _lock.has_value(); }
 
 private:
     clsFile& _file;
-    const scFileLock* _lock;
+    std::optional<scFileLock> _lock;
 };
 
 } // namespace qx

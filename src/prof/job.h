@@ -111,6 +111,7 @@ private:
     // load.cpp
     ProfError OpenFile(clsFile& file) const;
     bool LoadText(clsFile& file, UTFType encoding);
+    bool LoadObject(clsFile& file);
     bool LoadPacked(clsFile& file);
 
     // save.cpp

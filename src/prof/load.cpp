@@ -1,4 +1,5 @@
 #include "core/debug_line.h"
+#include "core/ticks.h"
 #include "files/file.h"
 #include "files/name_check.h"
 #include "prof/file_guard.h"
@@ -18,8 +19,8 @@ namespace qx
 namespace
 {
 
-constexpr ULONGLONG kOpenPatience = 10000; // ms
-constexpr DWORD kOpenPause = 100;          // ms
+constexpr unsigned long long kOpenPatience = 10000; // ms
+constexpr DWORD kOpenPause = 100;                   // ms
 
 constexpr char kPackedMagic[4] = {'Z', 'x', 'v', 'Q'};
 
@@ -67,9 +68,9 @@ void clsProfJob::Open(const wchar_t* name)
 // Another process may have the file to itself for a moment, to write it, so that alone is waited for.
 ProfError clsProfJob::OpenFile(clsFile& file) const
 {
-    const ULONGLONG deadline = GetTickCount64() + kOpenPatience;
+    const unsigned long long deadline = UtilGetTicks() + kOpenPatience;
     DWORD systemError = NO_ERROR;
-    while (GetTickCount64() < deadline)
+    while (UtilGetTicks() < deadline)
     {
         const int result =
             _mode == ProfMode::Read
@@ -93,9 +94,8 @@ bool clsProfJob::Load(clsFile& file)
     if (!guard.IsLocked())
         return false;
 
-    // A stream object lies somewhere in a stream of others, without a mark.
     if (_objectLevel != 0)
-        return LoadText(file, UTFType::UTF16LE);
+        return LoadObject(file);
 
     file.Seek(0);
     char magic[sizeof(kPackedMagic)];
@@ -108,6 +108,17 @@ bool clsProfJob::Load(clsFile& file)
     }
     file.Seek(0);
     return LoadText(file, file.GetUTFType());
+}
+
+// A stream object lies somewhere in a stream of others. It is UTF-16 whatever the look at the whole tells; what that
+// look is good for is that it passes over a mark at the stream's beginning.
+bool clsProfJob::LoadObject(clsFile& file)
+{
+    const int64_t position = file.Tell();
+    file.GetUTFType();
+    if (position != 0)
+        file.Seek(position);
+    return LoadText(file, UTFType::UTF16LE);
 }
 
 bool clsProfJob::LoadPacked(clsFile& file)

@@ -68,19 +68,21 @@ struct scUnmasked
     wchar_t character = 0;
 };
 
-// A numbered sequence at the front, which begins "&#". What stands between the digits and the semicolon is dropped with
-// it. A number that is no single character that a text may hold (0, above U+FFFF) leaves the sequence as it is.
+// A numbered sequence at the front, which begins "&#". The lowest 16 bits of the number are the character; what stands
+// between the digits and the semicolon is dropped with it. A character of 0 would hide the rest of the text from every
+// caller, so a sequence that stands for it stays as it is, and so does one without a digit.
 scUnmasked ReadNumber(std::wstring_view text)
 {
     const unsigned base = text.starts_with(L"&#x") ? 16 : 10;
     size_t next = base == 16 ? 3 : 2;
     unsigned number = 0;
     for (int digit = 0; next < text.size() && (digit = DigitValue(text[next], base)) >= 0; ++next)
-        number = std::min(number * base + static_cast<unsigned>(digit), 0x10000u);
+        number = number * base + static_cast<unsigned>(digit); // what overflows is none of the lowest bits
+    const auto character = static_cast<wchar_t>(number);
     const size_t end = text.find(L';', next);
-    if (number == 0 || number > 0xFFFF || end == std::wstring_view::npos)
+    if (character == 0 || end == std::wstring_view::npos)
         return {};
-    return {end + 1, static_cast<wchar_t>(number)};
+    return {end + 1, character};
 }
 
 } // namespace

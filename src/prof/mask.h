@@ -24,7 +24,7 @@ public:
     static wchar_t* Mask(wchar_t* out, std::wstring_view text);
 
     // Works in place, since no sequence is shorter than what it stands for; gives the new length. Unknown sequences and
-    // those without an end stay as they are, and so do numbers that aren't one character's.
+    // those without an end stay as they are. Of a number the lowest 16 bits count; one that would give a zero stays.
     static size_t Unmask(wchar_t* text, size_t length);
 };
 

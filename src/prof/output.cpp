@@ -7,39 +7,69 @@
 namespace qx
 {
 
-void clsProfOutput::StartChunk(size_t count)
+void clsProfOutput::StartChunk(size_t bytes)
 {
-    const size_t size = std::max(count, _chunkSize);
-    std::unique_ptr<wchar_t[]> text(new wchar_t[size]);
+    const size_t size = std::max(bytes, _chunkSize);
+    std::unique_ptr<std::byte[]> chunk(new std::byte[size]);
     if (!_chunks.empty())
         _chunks.back().used = UsedOf(_chunks.back());
-    _next = text.get();
+    _next = chunk.get();
     _end = _next + size;
-    _chunks.push_back({std::move(text), 0});
+    _chunks.push_back({std::move(chunk), 0});
     _chunkSize = std::min(_chunkSize * 2, kLargestChunk);
 }
 
 size_t clsProfOutput::UsedOf(const Chunk& chunk) const
 {
-    return &chunk == &_chunks.back() ? static_cast<size_t>(_next - chunk.text.get()) : chunk.used;
+    return &chunk == &_chunks.back() ? static_cast<size_t>(_next - chunk.bytes.get()) : chunk.used;
 }
 
 uint64_t clsProfOutput::Bytes() const
 {
-    uint64_t characters = 0;
+    uint64_t bytes = 0;
     for (const Chunk& chunk : _chunks)
-        characters += UsedOf(chunk);
-    return characters * sizeof(wchar_t);
+        bytes += UsedOf(chunk);
+    return bytes;
 }
 
-bool clsProfOutput::WriteTo(clsFile& target) const
+bool clsProfOutput::WriteTo(clsFile& target, uint64_t begin, uint64_t end) const
 {
-    return std::all_of(_chunks.begin(), _chunks.end(),
-        [&](const Chunk& chunk)
+    uint64_t start = 0; // of the piece
+    return ForEachPiece(
+        [&](const std::byte* piece, size_t size)
         {
-            const uint64_t bytes = UsedOf(chunk) * sizeof(wchar_t);
-            return bytes == 0 || target.Write(chunk.text.get(), bytes) == static_cast<int64_t>(bytes);
+            const uint64_t from = std::clamp(begin, start, start + size);
+            const uint64_t to = std::clamp(end, start, start + size);
+            const bool isWritten =
+                from >= to || target.Write(piece + (from - start), to - from) == static_cast<int64_t>(to - from);
+            start += size;
+            return isWritten;
         });
+}
+
+// What reaches beyond the old end is written first, into room that is asked for at once. When it is there, nothing that
+// follows needs more room.
+bool clsProfOutput::ReplaceContentOf(clsFile& target) const
+{
+    const uint64_t size = Bytes();
+    const auto oldSize = static_cast<uint64_t>(std::max<int64_t>(target.GetSize(), 0));
+    if (size > oldSize)
+    {
+        target.Seek(static_cast<int64_t>(oldSize));
+        target.Reserve(static_cast<int64_t>(size - oldSize));
+        if (!WriteTo(target, oldSize, size))
+        {
+            target.Seek(static_cast<int64_t>(oldSize));
+            target.SetEOF();
+            return false;
+        }
+    }
+    target.Seek(int64_t{0});
+    if (!WriteTo(target, 0, std::min(size, oldSize)))
+        return false;
+    target.Seek(static_cast<int64_t>(size));
+    target.SetEOF();
+    return true;
 }
 
 } // namespace qx

@@ -1,4 +1,5 @@
 #include "core/debug_line.h"
+#include "core/ticks.h"
 #include "files/file.h"
 #include "files/name_check.h"
 #include "prof/file_guard.h"
@@ -16,8 +17,8 @@ namespace qx
 namespace
 {
 
-constexpr ULONGLONG kSavePatience = 10000; // ms
-constexpr DWORD kSavePause = 5;            // ms
+constexpr unsigned long long kSavePatience = 10000; // ms
+constexpr DWORD kSavePause = 5;                     // ms
 
 constexpr wchar_t kByteOrderMark = 0xFEFF;
 constexpr wchar_t kStreamName[] = L"(Stream)";
@@ -35,17 +36,18 @@ ProfForm FormOf(unsigned flags)
     }
 }
 
-// Opens the file for a save, replacing what it holds. Whoever has it open is waited for.
+// Opens the file for a save, for this process alone. Whoever has it open is waited for. What it holds isn't taken away
+// yet: that comes when the new content has its place.
 bool OpenTarget(clsFile& file, const String& name)
 {
     if (!IsFileNameAllowed(name))
         return false;
-    const ULONGLONG deadline = GetTickCount64() + kSavePatience;
+    const unsigned long long deadline = UtilGetTicks() + kSavePatience;
     for (;;)
     {
-        if (file.Open(name, FileAccess::ReadWrite, FileDisposition::CreateAlways, FileShare::None, kFileData) == 0)
+        if (file.Open(name, FileAccess::ReadWrite, FileDisposition::OpenAlways, FileShare::None, kFileData) == 0)
             return true;
-        if (GetTickCount64() >= deadline)
+        if (UtilGetTicks() >= deadline)
             return false;
         Sleep(kSavePause);
     }
@@ -56,15 +58,12 @@ ProfError Deliver(const clsProfOutput& output, clsFile& target)
     const clsFileGuard guard(target);
     if (!guard.IsLocked())
         return kProfCannotWrite;
-    target.Seek(0);
-    const bool isWhole = output.WriteTo(target);
-    target.SetEOF();
-    return isWhole ? kProfOk : kProfWriteFailed;
+    return output.ReplaceContentOf(target) ? kProfOk : kProfWriteFailed;
 }
 
 } // namespace
 
-// The text is made before the target is opened, since opening it takes away what it holds.
+// The text is made first, so that the target is held for the copy only.
 ProfError clsProfJob::Save(const wchar_t* name, unsigned flags)
 {
     clsProfOutput output;
@@ -93,19 +92,11 @@ ProfError clsProfJob::Serialise(IStream* stream, unsigned flags)
     if (const ProfError error = WriteForm(output, flags); error != kProfOk)
         return error;
 
-    const bool isHeld = _heldFile && (stream == nullptr || stream == _heldFile->GetStream());
-    clsFileRW own;
-    if (!isHeld && own.AttachStream(stream) != 0)
-        return kProfCannotWrite;
-    clsFile& target = isHeld ? *_heldFile : own;
-
-    // All the room at once, so that a stream that grows by steps is asked but once.
-    target.Seek(static_cast<int64_t>(output.Bytes()));
-    target.SetEOF();
-    target.Seek(int64_t{0});
-    const bool isWhole = output.WriteTo(target);
-    target.SetEOF();
-    return isWhole ? kProfOk : kProfWriteFailed;
+    if (_heldFile && (stream == nullptr || stream == _heldFile->GetStream()))
+        return output.ReplaceContentOf(*_heldFile) ? kProfOk : kProfWriteFailed;
+    // What isn't open takes no byte.
+    clsFileRW target(stream);
+    return output.ReplaceContentOf(target) ? kProfOk : kProfWriteFailed;
 }
 
 // A profile with an empty root is nothing at all, not even a byte order mark.

@@ -103,7 +103,7 @@ TEST(File, ClosedObjectAnswersMinusOne)
     EXPECT_EQ(file.WriteBytes("ab"), -1);
     EXPECT_EQ(file.WriteChars(L"ab"), -1);
     EXPECT_EQ(file.GetUTFType(), UTFType::Unknown);
-    EXPECT_EQ(file.Lock(0, 1), nullptr);
+    EXPECT_FALSE(file.Lock(0, 1));
     file.SetEOF();
     file.Reserve(10);
     file.Close();

@@ -1,6 +1,7 @@
 #include "core/module.h"
 #include "prof/line_reader.h"
 #include "prof/path.h"
+#include "support/fake_stream.h"
 #include "unit/prof/job_support.h"
 
 #include <vector>
@@ -106,6 +107,38 @@ TEST(ProfStream, ObjectHasNeitherMarkNorHead)
     EXPECT_STREQ(Tree(target->Root()), L"[object]{a=1;[l]{b=2;}}") << "what it wrote comes back one list deeper";
 }
 
+// A look at the whole stream comes first, and is good for passing over a mark that doesn't belong to the object.
+TEST(ProfStream, ObjectBeginsAtThePosition)
+{
+    const std::string lines = Bytes(L"a=1\r\n}\r\n") + std::string(600, '#');
+    for (const std::wstring_view before : {L"", L"\xFEFF", L"[other]\r\n{\r\n}\r\n"})
+    {
+        const MemoryStream stream(Bytes(before) + lines);
+        clsFileRO file(stream);
+        if (before.size() > 1)
+            file.clsFile::Seek(static_cast<int64_t>(before.size() * sizeof(wchar_t)));
+        const JobHolder job = NewJob(ProfMode::Hold, L"object", 3);
+        EXPECT_TRUE(job->Load(file));
+        EXPECT_STREQ(Tree(job->Root()), L"a=1;") << before.size();
+    }
+}
+
+TEST(ProfStream, TargetWithoutRoomKeepsWhatItHolds)
+{
+    const JobHolder job = NewJob();
+    SetLeafByPath(job->Root(), L"a", L"a text that is longer than what is there");
+    for (const HRESULT answer : {S_OK, STG_E_MEDIUMFULL})
+    {
+        qxtest::FakeStream stream;
+        stream.bytes = "what is there";
+        stream.writeLimit = 5;
+        stream.writeResult = stream.setSizeResult = answer;
+        EXPECT_EQ(job->Serialise(&stream, 0), kProfWriteFailed);
+        EXPECT_EQ(stream.bytes.substr(0, 13), "what is there");
+        EXPECT_EQ(stream.bytes.size(), SUCCEEDED(answer) ? 13u : 18u);
+    }
+}
+
 TEST(ProfStream, SaveAndLoad)
 {
     const JobHolder source = NewJob();
@@ -115,5 +148,5 @@ TEST(ProfStream, SaveAndLoad)
     SetLeafByPath(source->Root(), L"a", L"1");
     EXPECT_EQ(source->Serialise(stream, 0), kProfOk);
     EXPECT_STREQ(LoadedFrom(stream.Bytes()), L"a=1;");
-    EXPECT_EQ(source->Serialise(nullptr, 0), kProfCannotWrite) << "the job holds no stream";
+    EXPECT_EQ(source->Serialise(nullptr, 0), kProfWriteFailed) << "the job holds no stream";
 }
