@@ -1,75 +1,20 @@
 // What the loader makes of any bytes: whatever tree comes out can be written, and what was written comes back as it is.
-#include "files/file.h"
-#include "prof/job.h"
+#include "profile_fuzz.h"
 
-#include <windows.h>
-
-#include <objbase.h>
-
-#include <cstdint>
-#include <cstdlib>
-#include <memory>
-#include <vector>
-
-using namespace qx;
-
-namespace
-{
-
-struct ReleaseJob
-{
-    void operator()(clsProfJob* job) const { job->Release(); }
-};
-using JobHolder = std::unique_ptr<clsProfJob, ReleaseJob>;
-
-// A stream object's root has a name of its own, and its source no mark.
-JobHolder NewJob(bool isStreamObject)
-{
-    return JobHolder(isStreamObject ? new clsProfJob(ProfMode::Hold, L"object", 2) : new clsProfJob(ProfMode::Read));
-}
-
-clsAutoRelease<IStream*> NewStream(const uint8_t* data, size_t size)
-{
-    clsAutoRelease<IStream*> stream;
-    if (CreateStreamOnHGlobal(nullptr, TRUE, stream.Receive()) != S_OK)
-        std::abort();
-    ULONG written = 0;
-    stream->Write(data, static_cast<ULONG>(size), &written);
-    return stream;
-}
-
-void Load(clsProfJob& job, IStream* stream)
-{
-    clsFileRO file(stream);
-    job.Load(file);
-}
-
-std::vector<uint8_t> Saved(clsProfJob& job)
-{
-    const clsAutoRelease<IStream*> stream = NewStream(nullptr, 0);
-    if (job.Serialise(stream.Get(), 0) != kProfOk)
-        std::abort();
-    clsFileRO file(stream.Get());
-    std::vector<uint8_t> bytes(static_cast<size_t>(file.GetSize()));
-    file.clsFile::Read(bytes.data(), static_cast<uint32_t>(bytes.size()));
-    return bytes;
-}
-
-std::vector<uint8_t> SavedAfterLoad(const uint8_t* data, size_t size, bool isStreamObject)
-{
-    const JobHolder job = NewJob(isStreamObject);
-    Load(*job, NewStream(data, size).Get());
-    return Saved(*job);
-}
-
-} // namespace
+using namespace profilefuzz;
+using qx::ProfForm;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    const std::vector<uint8_t> once = SavedAfterLoad(data, size, false);
-    if (SavedAfterLoad(once.data(), once.size(), false) != once)
+    const Bytes source(data, data + size);
+    const JobHolder job = NewJob();
+    Load(*job, source);
+    const Bytes once = Saved(*job, ProfForm::Text);
+    if (SavedAgain(once, ProfForm::Text) != once)
         std::abort();
     // A stream object comes back one list deeper, so there is nothing to compare with.
-    SavedAfterLoad(data, size, true);
+    const JobHolder object = NewStreamObject();
+    Load(*object, source);
+    Saved(*object, ProfForm::Text);
     return 0;
 }

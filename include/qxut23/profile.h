@@ -66,8 +66,9 @@ enum
 
    A file whose first line is "[/]" holds a profile in its text form. If the first line begins with '[' otherwise, it is
    read as an INI file: the keys of the first section become leaves of the root, and since nothing ends a section there,
-   each further section is a list inside the one before it. UTF-16 with a mark, UTF-8 with or without (files of less
-   than 201 bytes only with), and 8-bit text in the default code page are told apart by the content.
+   each further section is a list inside the one before it. A file whose first line is that of the XML form or of XFDF
+   is read in that form (see below). UTF-16 with a mark, UTF-8 with or without (files of less than 201 bytes only with),
+   and 8-bit text in the default code page are told apart by the content.
 
    The result is a job in any case but that of no memory (null), with one reference; ask ProfGetError how it went. What
    was read before a failure is in it. */
@@ -90,10 +91,23 @@ QXUT_API int32_t ProfGetError(HPROFJOB job);
 /* Writes the job to the file `name`, replacing what it holds; null means the file that the job was opened with. Whoever
    has the file open is waited for up to 10 seconds, and so is any other cause that keeps it from being opened. The job
    isn't changed. A profile without entries makes a file of 0 bytes. `flags` are the PROF_FORM_ and PROF_SAVE_ values
-   above; of the forms only PROF_FORM_TEXT, unpacked, is written yet.
+   above; packed files aren't written yet.
    PROF_OK (also for the invalid job), PROF_ERR_CANNOT_WRITE (there is no target, or the form isn't one that is written;
    nothing is touched then), PROF_ERR_WRITE_FAILED (the disk is full; the file still holds what it held),
-   PROF_ERR_STOPPED. */
+   PROF_ERR_STOPPED.
+
+   PROF_FORM_TEXT and PROF_FORM_XML, both UTF-16, keep the whole tree. Control characters in a text profile, in values,
+   come back; those in names come back as their pictures (U+2401 to U+241F). The XML form masks what its markup uses,
+   and of line breaks CR, LF and CR LF all come back as CR LF. Both are read line by line: leading blanks of a name are
+   lost in a text profile, and tags of the XML form are told by the beginning of a line.
+
+   PROF_FORM_XFDF writes the values of a PDF form for other software (XFDF, ISO 19444-1), in UTF-8 without a mark. Lists
+   are fields around fields; reading gives one leaf for each value, named by the names of the fields around it, joined
+   by dots, and no list. Names and values are masked: < > & ' " by their names, tabs and line breaks by numbers
+   (&#x0009; &#x000a; &#x000d;), so that they come back as they were. What XML can't hold is replaced: other control
+   characters by their pictures, halves of surrogate pairs, U+FFFE and U+FFFF by U+FFFD. Of what other software writes,
+   tags that begin on one line and end on another aren't understood, and the lines of a value come without their leading
+   blanks and without empty lines. Lines that are no UTF-8 are read in the default code page. */
 QXUT_API int32_t ProfSaveA(HPROFJOB job, const char* name, int32_t flags);
 QXUT_API int32_t ProfSaveW(HPROFJOB job, const QXWCHAR* name, int32_t flags);
 

@@ -116,6 +116,7 @@ private:
 
     // save.cpp
     ProfError WriteForm(clsProfOutput& output, unsigned flags) const;
+    void WriteUnpacked(clsProfOutput& output, ProfForm form) const;
     bool IsHeldTarget(const wchar_t* name) const;
 
     clsProfArena _arena; // before all that lives in it

@@ -153,11 +153,28 @@ void clsProfLineReader::ConvertLine(const char* text, size_t length, scProfLine&
         line = {_converted.data(), length, false};
         return;
     }
-    clsCharsetConversionStringCP conversion(_codePage, text);
-    const std::wstring_view converted = conversion.GetWide();
-    _converted.assign(converted.begin(), converted.end());
-    _converted.push_back(0);
+    if (!_prefersUTF8 || !ConvertUTF8(text, length))
+    {
+        clsCharsetConversionStringCP conversion(_codePage, text);
+        const std::wstring_view converted = conversion.GetWide();
+        _converted.assign(converted.begin(), converted.end());
+        _converted.push_back(0);
+    }
+    const std::wstring_view converted(_converted.data(), _converted.size() - 1);
     line = {_converted.data(), converted.size(), std::any_of(converted.begin(), converted.end(), IsInDecodedRow)};
+}
+
+// False if the line is no UTF-8.
+bool clsProfLineReader::ConvertUTF8(const char* text, size_t length)
+{
+    _converted.resize(length + 1); // no character has more units than bytes
+    const int room = static_cast<int>(length);
+    const int count = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text, room, _converted.data(), room);
+    if (count <= 0)
+        return false;
+    _converted.resize(static_cast<size_t>(count));
+    _converted.push_back(0);
+    return true;
 }
 
 String clsProfLineReader::PeekLine() const

@@ -45,6 +45,10 @@ public:
     // The next line without moving on; empty at the end of the text.
     String PeekLine() const;
 
+    // For a source whose head says that it is UTF-8: 8-bit lines that are, are read as that, whatever the look at the
+    // whole has told.
+    void PreferUTF8() { _prefersUTF8 = true; }
+
     // A 16-bit source is cut into lines in place: whoever takes its text over can keep the lines. The reader goes on
     // reading from it.
     bool IsWide() const { return _isWide; }
@@ -55,6 +59,7 @@ private:
     void LoadNarrow(clsFile& file, size_t bytes);
     bool NextWideLine(scProfLine& line);
     bool NextNarrowLine(scProfLine& line);
+    bool ConvertUTF8(const char* begin, size_t length);
     void ConvertLine(const char* begin, size_t length, scProfLine& line);
 
     std::unique_ptr<wchar_t[]> _wide;
@@ -67,6 +72,7 @@ private:
     uint32_t _codePage = 0;
     std::vector<wchar_t> _converted;
 
+    bool _prefersUTF8 = false;
     bool _isWide = false;
     bool _isLoaded = false;
 };

@@ -6,6 +6,8 @@
 #include "prof/job.h"
 #include "prof/load_exception.h"
 #include "prof/text_form.h"
+#include "prof/xfdf_form.h"
+#include "prof/xml_form.h"
 
 #include <windows.h>
 
@@ -23,9 +25,6 @@ constexpr unsigned long long kOpenPatience = 10000; // ms
 constexpr DWORD kOpenPause = 100;                   // ms
 
 constexpr char kPackedMagic[4] = {'Z', 'x', 'v', 'Q'};
-
-constexpr wchar_t kXmlFirstLine[] = L"<?xml version=\"1.0\" encoding=\"UTF-16\" standalone=\"yes\"?>";
-constexpr wchar_t kXfdfFirstLine[] = L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
 
 // Compares only what the line holds, so that an empty line begins like any head.
 bool BeginsHead(const String& line, const wchar_t* head)
@@ -141,7 +140,10 @@ bool clsProfJob::LoadText(clsFile& file, UTFType encoding)
     if (BeginsHead(firstLine, kXmlFirstLine))
         state.form = ProfForm::Xml;
     else if (BeginsHead(firstLine, kXfdfFirstLine))
+    {
         state.form = ProfForm::Xfdf;
+        reader.PreferUTF8();
+    }
 
     try
     {

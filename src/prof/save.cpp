@@ -6,6 +6,8 @@
 #include "prof/job.h"
 #include "prof/output.h"
 #include "prof/text_form.h"
+#include "prof/xfdf_form.h"
+#include "prof/xml_form.h"
 
 #include <windows.h>
 
@@ -103,21 +105,44 @@ ProfError clsProfJob::Serialise(IStream* stream, unsigned flags)
 ProfError clsProfJob::WriteForm(clsProfOutput& output, unsigned flags) const
 {
     const bool wantsPacked = (flags & kProfSavePacked) != 0 || ((flags & kProfSavePackedAsLoaded) != 0 && _isPacked);
-    if (FormOf(flags) != ProfForm::Text || wantsPacked)
+    if (wantsPacked)
     {
         DebugLine(L"ERR: this form of a profile isn't written yet (flags 0x%x)", flags);
         return kProfWriteFailed;
     }
-    if (_root.IsEmpty())
-        return kProfOk;
-    if (_objectLevel == 0)
-    {
-        wchar_t* out = output.Reserve(1);
-        *out++ = kByteOrderMark;
-        output.SetUsed(out);
-    }
-    WriteTextForm(output, _root, _objectLevel);
+    if (!_root.IsEmpty())
+        WriteUnpacked(output, FormOf(flags));
     return kProfOk;
+}
+
+// A stream object has neither head nor end.
+void clsProfJob::WriteUnpacked(clsProfOutput& output, ProfForm form) const
+{
+    const bool isObject = _objectLevel != 0;
+    switch (form)
+    {
+    case ProfForm::Xml:
+        if (isObject)
+            WriteXmlObject(output, _root, _objectLevel);
+        else
+            WriteXmlFile(output, _root);
+        break;
+    case ProfForm::Xfdf:
+        if (isObject)
+            WriteXfdfObject(output, _root, _objectLevel);
+        else
+            WriteXfdfFile(output, _root);
+        break;
+    case ProfForm::Text:
+        if (!isObject)
+        {
+            wchar_t* out = output.Reserve(1);
+            *out++ = kByteOrderMark;
+            output.SetUsed(out);
+        }
+        WriteTextForm(output, _root, _objectLevel);
+        break;
+    }
 }
 
 } // namespace qx

@@ -1,8 +1,6 @@
 // The text form of a profile: bracketed lists and name=value lines.
 #pragma once
 
-#include "containers/slist.h"
-#include "core/string.h"
 #include "prof/item.h"
 #include "prof/job.h"
 #include "prof/line_reader.h"
@@ -38,7 +36,6 @@ struct scParseState
     ProfForm form = ProfForm::Text; // the XML rules may change it to that of XFDF
     uint32_t lineCounter = 0;
     bool inComment = false;
-    WCValSList<String> nameStack = {}; // the open fields of XFDF
 };
 
 constexpr int kBeforeRoot = -1; // level until the root's marker has been seen

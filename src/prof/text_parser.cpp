@@ -1,56 +1,14 @@
 #include "prof/text_form.h"
 
-#include "prof/load_exception.h"
-
-#include <vector>
+#include "prof/open_lists.h"
+#include "prof/xfdf_form.h"
+#include "prof/xml_form.h"
 
 namespace qx
 {
 
 namespace
 {
-
-// The lists that have begun and not ended, innermost last. They take the place of a recursion, whose depth a file would
-// otherwise choose. Each is in its parent's care only when it has ended.
-class clsOpenLists
-{
-public:
-    clsOpenLists(clsProfJob& job, clsItemList& base) : _job(job), _base(base) {}
-    clsOpenLists(const clsOpenLists&) = delete;
-    clsOpenLists& operator=(const clsOpenLists&) = delete;
-    ~clsOpenLists()
-    {
-        for (clsItem* entry : _entries)
-            _job.ReleaseItem(*entry);
-    }
-
-    bool IsEmpty() const { return _entries.empty(); }
-    clsItemList& Current() const { return _entries.empty() ? _base : *_entries.back()->List(); }
-
-    void Open(std::wstring_view name)
-    {
-        clsItem& entry = _job.NewList(Current(), name);
-        _entries.push_back(&entry);
-    }
-
-    void Close()
-    {
-        clsItem& entry = *_entries.back();
-        _entries.pop_back();
-        Current().AppendItem(entry);
-    }
-
-    void CloseAll()
-    {
-        while (!IsEmpty())
-            Close();
-    }
-
-private:
-    clsProfJob& _job;
-    clsItemList& _base;
-    std::vector<clsItem*> _entries;
-};
 
 void DecodePart(wchar_t* text, size_t length, void (*decode)(wchar_t*, size_t), bool mayBeEncoded)
 {
@@ -116,29 +74,23 @@ void ParseTextLines(scParseState& state, clsItemList& list)
     open.CloseAll(); // a missing brace is no error
 }
 
-// The forms that aren't read yet.
-void RefuseForm(scParseState& state)
-{
-    scProfLine line;
-    while (state.reader.NextLine(line))
-    {
-        ++state.lineCounter;
-        if (line.length != 0)
-            throw new clsLoadException(state.lineCounter, L"prof::xml: this form isn't read yet");
-    }
-}
-
 } // namespace
 
 void ParseLevel(scParseState& state, int level, clsItemList& list)
 {
-    if (state.form != ProfForm::Text)
+    switch (state.form)
     {
-        RefuseForm(state);
-        return;
+    case ProfForm::Xml:
+        ParseXmlLines(state, level, list);
+        break;
+    case ProfForm::Xfdf:
+        ParseXfdfLines(state, level, list);
+        break;
+    case ProfForm::Text:
+        if (level != kBeforeRoot || FindRoot(state))
+            ParseTextLines(state, list);
+        break;
     }
-    if (level != kBeforeRoot || FindRoot(state))
-        ParseTextLines(state, list);
 }
 
 void ParseIni(scParseState& state, clsItemList& list)

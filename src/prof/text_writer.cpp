@@ -1,3 +1,4 @@
+#include "prof/indent.h"
 #include "prof/output.h"
 #include "prof/text_form.h"
 #include "prof/text_scan.h"
@@ -11,29 +12,6 @@ namespace qx
 
 namespace
 {
-
-// A tab for each four levels and a blank for each one left. Readers skip it, so where it would have more than 255
-// characters it stays at that: the text of a tree of any depth then grows with the tree and not with its square.
-class clsIndent
-{
-public:
-    explicit clsIndent(uint32_t level)
-    {
-        const size_t tabs = std::min<size_t>(level / 4, kLongest);
-        const size_t blanks = std::min<size_t>(level % 4, kLongest - tabs);
-        std::fill_n(_text, tabs, L'\t');
-        std::fill_n(_text + tabs, blanks, L' ');
-        _length = tabs + blanks;
-    }
-
-    std::wstring_view View() const { return {_text, _length}; }
-
-private:
-    static constexpr size_t kLongest = 255;
-
-    wchar_t _text[kLongest];
-    size_t _length;
-};
 
 wchar_t* Copy(wchar_t* out, std::wstring_view text)
 {
@@ -91,7 +69,7 @@ public:
         while (!_blocks.empty())
         {
             OpenBlock& block = _blocks.back();
-            const clsIndent indent(block.level);
+            const clsIndent<wchar_t> indent(block.level);
             const clsItemList* child = WriteLeaves(block, indent.View());
             if (child != nullptr)
                 Open(*child, block.level);
@@ -106,7 +84,7 @@ public:
 private:
     void Open(const clsItemList& list, uint32_t level)
     {
-        const clsIndent head(level);
+        const clsIndent<wchar_t> head(level);
         wchar_t* out = _output.Reserve(head.View().size() + list.Name().length + 4);
         out = Copy(out, head.View());
         *out++ = L'[';
@@ -114,7 +92,7 @@ private:
         *out++ = L']';
         EndLine(out);
 
-        WriteLine(clsIndent(level + 1).View(), L"{");
+        WriteLine(clsIndent<wchar_t>(level + 1).View(), L"{");
         _blocks.push_back({list.begin(), level + 1});
     }
 

@@ -230,15 +230,31 @@ TEST(ProfileWrite, TargetsOfASave)
     EXPECT_EQ(Tree(Job(folder.Path("narrow"))), "a=1;");
 }
 
-TEST(ProfileWrite, FormsToComeTouchNothing)
+TEST(ProfileWrite, FormsByTheFlags)
 {
     const TempFolder folder;
-    const std::string path = folder.Make("file", "[/]\r\na=1\r\n");
+    const std::string path = folder.Make("file", "[/]\r\na=1\r\n[l]\r\nb=2\r\n");
     const Job job(path);
-    for (const int32_t flags : {1, 2, 3, 15, int32_t{PROF_SAVE_PACKED}})
-        EXPECT_EQ(job.Save(path, flags), PROF_ERR_CANNOT_WRITE) << flags;
-    EXPECT_EQ(BytesOf(path), "[/]\r\na=1\r\n");
-    EXPECT_EQ(job.Save(path, PROF_SAVE_PACKED_AS_LOADED | 0x100), PROF_OK) << "it was not packed, and 0x100 is ignored";
+    const std::pair<int32_t, const char*> cases[] = {
+        {PROF_FORM_TEXT, "a=1;[l]{b=2;}"},
+        {PROF_SAVE_PACKED_AS_LOADED | 0x100, "a=1;[l]{b=2;}"}, // it was not packed, and 0x100 is ignored
+        {PROF_FORM_XML, "a=1;[l]{b=2;}"},
+        {3, "a=1;[l]{b=2;}"},
+        {PROF_FORM_XFDF, "a=1;l.b=2;"},
+    };
+    for (const auto& [flags, tree] : cases)
+    {
+        EXPECT_EQ(job.Save(path, flags), PROF_OK) << flags;
+        const std::string bytes = BytesOf(path);
+        const bool isXml = flags == PROF_FORM_XML || flags == 3;
+        EXPECT_EQ(bytes.substr(0, 8), flags == PROF_FORM_XFDF ? "<?xml ve" : Utf16File(isXml ? L"<?x" : L"[/]"));
+        EXPECT_EQ(Tree(Job(path)), tree) << flags;
+    }
+    EXPECT_EQ(
+        Tree(Job(folder.Make("bad", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<xfdf x>\n<value>1</value>\nx"))),
+        "=1;");
+    EXPECT_EQ(Job(folder.Path("bad")).Error(), PROF_ERR_MALFORMED) << "what was read before stays";
+    EXPECT_EQ(job.Save(path, PROF_SAVE_PACKED), PROF_ERR_CANNOT_WRITE);
 }
 
 // A depth that would overflow any stack, and an indent that would fill the disk.

@@ -114,3 +114,11 @@ TEST(ProfileSettingsByHand, KnownValues)
     EXPECT_EQ(Value(mousepad, L"Name[ar]"), "\xD9\x85\xD8\xA7\xD9\x88\xD8\xB3 \xD8\xA8\xD8\xA7\xD8\xAF");
     EXPECT_EQ(Value(mousepad, L"Name[xx]"), "(none)");
 }
+
+TEST(ProfileFormData, ValuesThatAPdfToolExported)
+{
+    const Job job(std::string(QXUT_TEST_DATA) + "/forms/customer.xfdf");
+    EXPECT_EQ(job.Error(), PROF_OK);
+    EXPECT_EQ(Tree(job), "customer.name=J\xC3\xBCrgen <&> \"O'Neil\" \xE6\x97\xA5\xE6\x9C\xAC;"
+                         "customer.address=  Line 1\r\nLine \t2;note=;agreed=Yes;");
+}

@@ -1,0 +1,32 @@
+// The form of the values of a PDF form: XFDF (ISO 19444-1). Nested lists are nested fields, and what is read of them
+// are leaves alone, named by the names of all open fields, joined by dots. Like the XML form it is read line by line.
+//
+// What is written is XFDF that other software reads as it is meant: UTF-8, as the head says, with the characters masked
+// that XML gives a meaning, and a number for tabs and line breaks, which XML would change otherwise. Characters that
+// XML can't hold are replaced: other control characters by their pictures, which a text profile writes for them too;
+// halves of surrogate pairs and U+FFFE and U+FFFF by U+FFFD.
+#pragma once
+
+#include "prof/item.h"
+#include "prof/text_form.h"
+
+#include <cstdint>
+
+namespace qx
+{
+
+class clsProfOutput;
+
+// A source that begins with this line is in this form.
+constexpr wchar_t kXfdfFirstLine[] = L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+
+// Reads lines into the list, as ParseLevel does. Below level 0 it waits for the <xfdf> tag.
+void ParseXfdfLines(scParseState& state, int level, clsItemList& list);
+
+// A whole file: the head, the entries of the root at level 1, and the end.
+void WriteXfdfFile(clsProfOutput& output, const clsItemList& root);
+
+// The entries alone, without a head.
+void WriteXfdfObject(clsProfOutput& output, const clsItemList& root, uint32_t level);
+
+} // namespace qx

@@ -1,0 +1,230 @@
+#include "prof/xfdf_form.h"
+
+#include "prof/load_exception.h"
+#include "prof/xml_line.h"
+
+#include <cstddef>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace qx
+{
+
+namespace
+{
+
+// The names of the open fields, oldest first, joined by dots.
+class clsFieldPath
+{
+public:
+    void Push(std::wstring_view name)
+    {
+        _lengths.push_back(_path.size());
+        if (_lengths.size() > 1)
+            _path.push_back(L'.');
+        _path.insert(_path.end(), name.begin(), name.end());
+        _isNew = true;
+    }
+
+    // Without an open field there is nothing to remove.
+    void Pop()
+    {
+        if (_lengths.empty())
+            return;
+        _path.resize(_lengths.back());
+        _lengths.pop_back();
+        _isNew = true;
+    }
+
+    std::wstring_view View() const { return {_path.data(), _path.size()}; }
+
+    // Whether this path is asked for the first time since it changed: as often as not, it is a text of its own in the
+    // tree then.
+    bool TakeNew() { return std::exchange(_isNew, false); }
+
+private:
+    std::vector<wchar_t> _path;
+    std::vector<size_t> _lengths; // of the path in front of each name
+    bool _isNew = true;
+};
+
+class clsXfdfParser
+{
+public:
+    clsXfdfParser(scParseState& state, int level, clsItemList& list) : _state(state), _level(level), _list(list) {}
+
+    void Run()
+    {
+        while (NextLine())
+        {
+            if (_text.IsEmpty())
+                continue;
+            if (*_text.begin != L'<')
+                Fail(L"prof::xml::xfdf: bad format ('<' expected)");
+            // Other software writes more than one tag to a line. What follows a tag and isn't one is passed over.
+            while (*_text.begin == L'<')
+            {
+                ++_text.begin;
+                if (!ParseTag())
+                    return;
+                _text.SkipBlanks();
+            }
+        }
+    }
+
+private:
+    bool NextLine()
+    {
+        scProfLine line;
+        if (!_state.reader.NextLine(line))
+            return false;
+        ++_state.lineCounter;
+        _charactersRead += line.length;
+        _text = {line.text, line.text + line.length};
+        return true;
+    }
+
+    // Takes the tag, which begins behind its bracket, and a value with all that belongs to it. False where reading
+    // ends.
+    bool ParseTag()
+    {
+        if (TakeTag(L"value>"))
+        {
+            ExpectLevel(L"prof::xml::value: bad format (negative level)");
+            AppendLeaf(ReadValue());
+        }
+        else if (TakeTag(L"value/>"))
+        {
+            ExpectLevel(L"prof::xml::value: bad format (negative level)");
+            AppendLeaf({});
+        }
+        else if (TakeTag(L"field "))
+        {
+            ExpectLevel(L"prof::xml::field: bad format (negative level)");
+            BeginField();
+        }
+        else if (TakeTag(L"/field>"))
+        {
+            ExpectLevel(L"prof::xml::field: bad format (negative level)");
+            _fields.Pop();
+        }
+        else if (_level == kBeforeRoot && TakeTag(L"xfdf "))
+        {
+            _level = 0;
+            SkipTag();
+        }
+        else if (_level == 0 && TakeTag(L"/xfdf>"))
+            return false;
+        else if (TakeTag(L"!--"))
+            SkipBehind(L"-->");
+        else
+            SkipTag();
+        return true;
+    }
+
+    bool TakeTag(std::wstring_view tag)
+    {
+        if (!BeginsWithTag(_text.View(), tag))
+            return false;
+        _text.begin += tag.size();
+        return true;
+    }
+
+    // To the end of the line if it isn't there.
+    void SkipBehind(std::wstring_view what)
+    {
+        wchar_t* const found = _text.Find(what);
+        _text.begin = found != nullptr ? found + what.size() : _text.end;
+    }
+    void SkipTag() { SkipBehind(L">"); }
+
+    void BeginField()
+    {
+        std::wstring_view name;
+        switch (TakeName(_text, name))
+        {
+        case XmlNameFault::None:
+            break;
+        case XmlNameFault::Missing:
+            Fail(L"prof::xml::field: no name found");
+        case XmlNameFault::Unfinished:
+            Fail(L"prof::xml::field: name unfinished");
+        }
+        _fields.Push(name);
+        SkipTag();
+        if (_text.begin[-1] == L'>' && _text.begin[-2] == L'/')
+            _fields.Pop(); // nothing is inside
+    }
+
+    // The value, unmasked. It may go over lines, which come without blanks at their beginning, and empty ones not at
+    // all.
+    std::wstring_view ReadValue()
+    {
+        constexpr std::wstring_view kEnd = L"</value>";
+        wchar_t* end = _text.Find(kEnd);
+        if (end != nullptr)
+        {
+            wchar_t* const value = std::exchange(_text.begin, end + kEnd.size());
+            return Unmasked(value, end);
+        }
+        _value.assign(_text.begin, _text.end);
+        do
+        {
+            if (!NextLine())
+                Fail(L"prof::xml::value: bad format (missing next line)");
+            end = _text.Find(kEnd);
+            _value.push_back(L'\r');
+            _value.push_back(L'\n');
+            _value.insert(_value.end(), _text.begin, end != nullptr ? end : _text.end);
+        } while (end == nullptr);
+        _text.begin = end + kEnd.size();
+        return Unmasked(_value.data(), _value.data() + _value.size());
+    }
+
+    void AppendLeaf(std::wstring_view value)
+    {
+        const std::wstring_view name = _fields.View();
+        if (_fields.TakeNew())
+        {
+            _nameCharacters += name.size();
+            if (_nameCharacters > kNameRoom + kNameFactor * _charactersRead)
+                Fail(L"prof::xml::field: too many fields inside each other");
+        }
+        _list.AppendItem(_state.job.NewLeaf(_list, name, value));
+    }
+
+    void ExpectLevel(const wchar_t* message) const
+    {
+        if (_level < 0)
+            Fail(message);
+    }
+
+    [[noreturn]] void Fail(const wchar_t* message) const
+    {
+        throw new clsLoadException(_state.lineCounter, message, String(_fields.View()));
+    }
+
+    // Each leaf bears the names of all fields around it, so that the names of a source of n lines could have a length
+    // of n * n. They may have this many characters and as often as many as the source.
+    static constexpr size_t kNameRoom = size_t{1} << 16;
+    static constexpr size_t kNameFactor = 16;
+
+    scParseState& _state;
+    int _level;
+    clsItemList& _list;
+    scXmlText _text{nullptr, nullptr};
+    clsFieldPath _fields;
+    std::vector<wchar_t> _value; // of more than one line
+    size_t _charactersRead = 0;
+    size_t _nameCharacters = 0;
+};
+
+} // namespace
+
+void ParseXfdfLines(scParseState& state, int level, clsItemList& list)
+{
+    clsXfdfParser(state, level, list).Run();
+}
+
+} // namespace qx

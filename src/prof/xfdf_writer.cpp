@@ -1,0 +1,207 @@
+#include "prof/xfdf_form.h"
+
+#include "prof/indent.h"
+#include "prof/output.h"
+#include "prof/tree_walk.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <string_view>
+
+namespace qx
+{
+
+namespace
+{
+
+constexpr std::string_view kHead = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
+                                   "<xfdf xmlns=\"http://ns.adobe.com/xfdf/\" xml:space=\"preserve\">\r\n"
+                                   "<fields>\r\n";
+constexpr std::string_view kFileEnd = "</fields>\r\n</xfdf>\r\n";
+
+constexpr std::string_view kField = "<field name=\"";
+constexpr std::string_view kNameEnd = "\">\r\n";
+constexpr std::string_view kValue = " <value>";
+constexpr std::string_view kValueEnd = "</value>\r\n";
+constexpr std::string_view kFieldEnd = "</field>\r\n";
+
+constexpr wchar_t kReplacement = 0xFFFD;
+
+struct scReference
+{
+    wchar_t character;
+    std::string_view text;
+};
+
+// What doesn't go into a text or an attribute as it is, or wouldn't come out of it so.
+constexpr std::array kReferences{
+    scReference{L'<', "&lt;"},
+    scReference{L'>', "&gt;"},
+    scReference{L'&', "&amp;"},
+    scReference{L'\'', "&apos;"},
+    scReference{L'"', "&quot;"},
+    scReference{L'\t', "&#x0009;"},
+    scReference{L'\n', "&#x000a;"},
+    scReference{L'\r', "&#x000d;"},
+};
+constexpr size_t kLongest = 8; // bytes that a character takes
+
+char* Copy(char* out, std::string_view text)
+{
+    memcpy(out, text.data(), text.size());
+    return out + text.size();
+}
+
+bool IsHigh(wchar_t c)
+{
+    return c >= 0xD800 && c < 0xDC00;
+}
+
+bool IsLow(wchar_t c)
+{
+    return c >= 0xDC00 && c < 0xE000;
+}
+
+// The character at the front, which may take two units. What no XML text may hold is replaced.
+uint32_t TakeCharacter(std::wstring_view& text)
+{
+    const wchar_t c = text[0];
+    text.remove_prefix(1);
+    if (IsHigh(c) && !text.empty() && IsLow(text[0]))
+    {
+        const auto low = static_cast<uint32_t>(text[0] - 0xDC00);
+        text.remove_prefix(1);
+        return 0x10000 + (static_cast<uint32_t>(c - 0xD800) << 10) + low;
+    }
+    if (IsHigh(c) || IsLow(c) || c >= 0xFFFE)
+        return kReplacement;
+    return c < L' ' ? static_cast<uint32_t>(kControlPictures + c) : c;
+}
+
+char* CopyUTF8(char* out, uint32_t c)
+{
+    const auto put = [&](uint32_t byte)
+    {
+        *out++ = static_cast<char>(byte);
+    };
+    if (c < 0x80)
+        put(c);
+    else if (c < 0x800)
+    {
+        put(0xC0 | c >> 6);
+        put(0x80 | (c & 0x3F));
+    }
+    else
+    {
+        if (c < 0x10000)
+            put(0xE0 | c >> 12);
+        else
+        {
+            put(0xF0 | c >> 18);
+            put(0x80 | (c >> 12 & 0x3F));
+        }
+        put(0x80 | (c >> 6 & 0x3F));
+        put(0x80 | (c & 0x3F));
+    }
+    return out;
+}
+
+char* CopyMasked(char* out, std::wstring_view text)
+{
+    while (!text.empty())
+    {
+        const auto reference = std::find_if(kReferences.begin(), kReferences.end(),
+            [&](const scReference& known) { return known.character == text[0]; });
+        if (reference != kReferences.end())
+        {
+            out = Copy(out, reference->text);
+            text.remove_prefix(1);
+        }
+        else
+            out = CopyUTF8(out, TakeCharacter(text));
+    }
+    return out;
+}
+
+class clsXfdfWriter
+{
+public:
+    clsXfdfWriter(clsProfOutput& output, uint32_t level) : _output(output), _indent(level) {}
+
+    void Write(std::string_view text) { _output.SetUsed(Copy(_output.ReserveBytes(text.size()), text)); }
+
+    // The calls of a walk through the tree.
+    void Leaf(const clsItem& item, uint32_t)
+    {
+        BeginField(item.Name().View());
+        Write(_indent.View());
+        Write(kValue);
+        WriteMasked(item.Value());
+        Write(kValueEnd);
+        EndField();
+    }
+
+    void Begin(const clsItemList& list, uint32_t level)
+    {
+        BeginField(list.Name().View());
+        _indent = clsIndent<char>(level + 1);
+    }
+
+    void End(uint32_t level)
+    {
+        _indent = clsIndent<char>(level);
+        EndField();
+    }
+
+private:
+    void BeginField(std::wstring_view name)
+    {
+        Write(_indent.View());
+        Write(kField);
+        WriteMasked(name);
+        Write(kNameEnd);
+    }
+
+    void EndField()
+    {
+        Write(_indent.View());
+        Write(kFieldEnd);
+    }
+
+    // In pieces, since the room for one is that of the longest characters.
+    void WriteMasked(std::wstring_view text)
+    {
+        constexpr size_t kPiece = 1024;
+        while (!text.empty())
+        {
+            size_t length = std::min(text.size(), kPiece);
+            if (length < text.size() && IsHigh(text[length - 1]))
+                ++length; // the pair stays together
+            _output.SetUsed(CopyMasked(_output.ReserveBytes(length * kLongest), text.substr(0, length)));
+            text.remove_prefix(length);
+        }
+    }
+
+    clsProfOutput& _output;
+    clsIndent<char> _indent; // of what is written next
+};
+
+} // namespace
+
+void WriteXfdfFile(clsProfOutput& output, const clsItemList& root)
+{
+    constexpr uint32_t kRootLevel = 1;
+    clsXfdfWriter writer(output, kRootLevel);
+    writer.Write(kHead);
+    WriteXfdfObject(output, root, kRootLevel);
+    writer.Write(kFileEnd);
+}
+
+void WriteXfdfObject(clsProfOutput& output, const clsItemList& root, uint32_t level)
+{
+    clsXfdfWriter writer(output, level);
+    WalkTree(root, level, writer);
+}
+
+} // namespace qx

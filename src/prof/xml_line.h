@@ -1,0 +1,76 @@
+// The tags in the lines of the two XML forms.
+#pragma once
+
+#include "prof/mask.h"
+
+#include <string_view>
+
+namespace qx
+{
+
+// The part of a line that is still to be read, zero-terminated and writable.
+struct scXmlText
+{
+    wchar_t* begin;
+    wchar_t* end;
+
+    bool IsEmpty() const { return begin == end; }
+    std::wstring_view View() const { return {begin, static_cast<size_t>(end - begin)}; }
+    wchar_t* Find(std::wstring_view what) const
+    {
+        const size_t at = View().find(what);
+        return at == std::wstring_view::npos ? nullptr : begin + at;
+    }
+
+    void SkipBlanks()
+    {
+        while (*begin == L' ' || *begin == L'\t')
+            ++begin;
+    }
+};
+
+// Without regard to the case of A to Z. The tag is in lower case.
+inline bool BeginsWithTag(std::wstring_view text, std::wstring_view tag)
+{
+    if (text.size() < tag.size())
+        return false;
+    for (size_t i = 0; i < tag.size(); ++i)
+    {
+        const wchar_t c = text[i] >= L'A' && text[i] <= L'Z' ? static_cast<wchar_t>(text[i] | 0x20) : text[i];
+        if (c != tag[i])
+            return false;
+    }
+    return true;
+}
+
+// The text between two places, unmasked in place.
+inline std::wstring_view Unmasked(wchar_t* begin, const wchar_t* end)
+{
+    return {begin, clsProfMask::Unmask(begin, static_cast<size_t>(end - begin))};
+}
+
+// A failure of the name attribute of a tag.
+enum class XmlNameFault
+{
+    None,
+    Missing,
+    Unfinished
+};
+
+// Takes `name="..."` out of the text, which begins behind its closing quote then. Other attributes are passed over.
+inline XmlNameFault TakeName(scXmlText& text, std::wstring_view& name)
+{
+    constexpr std::wstring_view kAttribute = L"name=\"";
+    wchar_t* const attribute = text.Find(kAttribute);
+    if (attribute == nullptr)
+        return XmlNameFault::Missing;
+    text.begin = attribute + kAttribute.size();
+    wchar_t* const quote = text.Find(L"\"");
+    if (quote == nullptr)
+        return XmlNameFault::Unfinished;
+    name = Unmasked(text.begin, quote);
+    text.begin = quote + 1;
+    return XmlNameFault::None;
+}
+
+} // namespace qx

@@ -1,0 +1,228 @@
+#include "prof/xml_form.h"
+
+#include "prof/load_exception.h"
+#include "prof/open_lists.h"
+#include "prof/xfdf_form.h"
+#include "prof/xml_line.h"
+
+namespace qx
+{
+
+namespace
+{
+
+class clsXmlParser
+{
+public:
+    clsXmlParser(scParseState& state, int level, clsItemList& list)
+        : _state(state),
+          _level(level),
+          _list(list),
+          _open(state.job, list)
+    {
+    }
+
+    void Run()
+    {
+        scProfLine line;
+        while (_state.reader.NextLine(line))
+        {
+            ++_state.lineCounter;
+            if (!ParseLine({line.text, line.text + line.length}))
+                return;
+        }
+        _open.CloseAll(); // missing ends are no error
+    }
+
+private:
+    // Each gives false where reading ends.
+    using Action = bool (clsXmlParser::*)(scXmlText behindTag);
+
+    enum class Place
+    {
+        InProfile,  // at level 0 or deeper
+        BeforeRoot, // at level -1
+        AtRoot      // at level 0
+    };
+
+    // A tag, which is told by its beginning; where it may stand, and what is said where it may not.
+    struct scTag
+    {
+        std::wstring_view beginning;
+        Place place;
+        const wchar_t* misplaced;
+        Action action;
+    };
+
+    bool ParseLine(scXmlText text)
+    {
+        if (_state.inComment && text.View().starts_with(L"-->"))
+        {
+            _state.inComment = false;
+            text.begin += 3;
+            text.SkipBlanks();
+        }
+        if (text.IsEmpty())
+            return true;
+        ExpectTag(text);
+        if (!_state.inComment && text.View().starts_with(L"<!--"))
+        {
+            _state.inComment = true;
+            text.begin += 4;
+            text.SkipBlanks();
+        }
+        if (_state.inComment)
+        {
+            if (!EndComment(text) || text.IsEmpty())
+                return true;
+            ExpectTag(text);
+        }
+        ++text.begin;
+        return ParseTag(text);
+    }
+
+    void ExpectTag(const scXmlText& text) const
+    {
+        if (*text.begin != L'<')
+            Fail(L"prof::xml: bad format");
+    }
+
+    // A comment's end has white space in front of it, or begins its line.
+    bool EndComment(scXmlText& text)
+    {
+        wchar_t* end = text.Find(L" -->");
+        if (end == nullptr)
+            end = text.Find(L"\t-->");
+        if (end == nullptr)
+            return false;
+        _state.inComment = false;
+        text.begin = end + 4;
+        text.SkipBlanks();
+        return true;
+    }
+
+    bool ParseTag(scXmlText text);
+
+    bool IsAt(Place place) const
+    {
+        switch (place)
+        {
+        case Place::InProfile:
+            return _level >= 0;
+        case Place::BeforeRoot:
+            return _level == kBeforeRoot;
+        default:
+            return _level == 0 && _open.IsEmpty();
+        }
+    }
+
+    bool ParseItem(scXmlText text)
+    {
+        std::wstring_view name;
+        switch (TakeName(text, name))
+        {
+        case XmlNameFault::None:
+            break;
+        case XmlNameFault::Missing:
+            Fail(L"prof::xml::item empty name");
+        case XmlNameFault::Unfinished:
+            Fail(L"prof::xml::item no end tag");
+        }
+        wchar_t* const tagEnd = text.Find(L">");
+        if (tagEnd == nullptr)
+            Fail(L"prof::xml::item no end tag (2)");
+        text.begin = tagEnd + 1;
+        wchar_t* const valueEnd = text.Find(L"</item>");
+        if (valueEnd == nullptr)
+            Fail(L"prof::xml::item no '</item>' tag found");
+
+        const std::wstring_view value = Unmasked(text.begin, valueEnd);
+        text.begin[value.size()] = 0;
+        clsItemList& list = _open.Current();
+        clsProfJob& job = _state.job;
+        list.AppendItem(_state.reader.IsWide() ? job.NewLeafInImage(list, name, value.data(), value.size())
+                                               : job.NewLeaf(list, name, value));
+        return true;
+    }
+
+    bool BeginList(scXmlText text)
+    {
+        std::wstring_view name;
+        switch (TakeName(text, name))
+        {
+        case XmlNameFault::None:
+            break;
+        case XmlNameFault::Missing:
+            Fail(L"prof::xml::list: name is empty");
+        case XmlNameFault::Unfinished:
+            Fail(L"prof::xml::list: name is unfinished");
+        }
+        _open.Open(name);
+        return true;
+    }
+
+    bool EndList(scXmlText)
+    {
+        if (_open.IsEmpty())
+            return false;
+        _open.Close();
+        return true;
+    }
+
+    bool BeginProfile(scXmlText)
+    {
+        _level = 0;
+        return true;
+    }
+
+    bool BeginXfdf(scXmlText)
+    {
+        _state.form = ProfForm::Xfdf;
+        ParseXfdfLines(_state, 0, _list);
+        return false;
+    }
+
+    bool End(scXmlText) { return false; }
+
+    [[noreturn]] void Fail(const wchar_t* message) const { throw new clsLoadException(_state.lineCounter, message); }
+
+    scParseState& _state;
+    int _level; // of the list that parsing began with
+    clsItemList& _list;
+    clsOpenLists _open;
+};
+
+// The first that fits counts. Others, the head among them, are passed over.
+bool clsXmlParser::ParseTag(scXmlText text)
+{
+    static constexpr scTag kTags[] = {
+        {L"item ", Place::InProfile, L"prof::xml::item bad nesting level (becomes negative)", &clsXmlParser::ParseItem},
+        {L"list ", Place::InProfile, L"prof::xml::list: bad nesting level", &clsXmlParser::BeginList},
+        {L"/list>", Place::InProfile, L"prof::xml::profile: bad nesting level (becomes negative)",
+            &clsXmlParser::EndList},
+        {L"profile>", Place::BeforeRoot, L"prof::xml::profile: bad nesting level (should be -1)",
+            &clsXmlParser::BeginProfile},
+        {L"/profile>", Place::AtRoot, L"prof::xml::profile: bad nesting level (should be 0)", &clsXmlParser::End},
+        {L"xfdf ", Place::BeforeRoot, L"prof::xml::xfdf: bad nesting level (should be -1)", &clsXmlParser::BeginXfdf},
+        {L"/xfdf>", Place::AtRoot, L"prof::xml::xfdf: bad nesting level (should be 0)", &clsXmlParser::End},
+    };
+    for (const scTag& tag : kTags)
+    {
+        if (!BeginsWithTag(text.View(), tag.beginning))
+            continue;
+        if (!IsAt(tag.place))
+            Fail(tag.misplaced);
+        text.begin += tag.beginning.size();
+        return (this->*tag.action)(text);
+    }
+    return true;
+}
+
+} // namespace
+
+void ParseXmlLines(scParseState& state, int level, clsItemList& list)
+{
+    clsXmlParser(state, level, list).Run();
+}
+
+} // namespace qx

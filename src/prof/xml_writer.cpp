@@ -1,0 +1,131 @@
+#include "prof/xml_form.h"
+
+#include "prof/indent.h"
+#include "prof/mask.h"
+#include "prof/output.h"
+#include "prof/tree_walk.h"
+
+#include <cstring>
+
+namespace qx
+{
+
+namespace
+{
+
+constexpr std::wstring_view kMark = L"\xFEFF";
+constexpr std::wstring_view kHeadBehindFirstLine =
+    L"\r\n"
+    L"<!-- DTD -->\r\n"
+    L"<!DOCTYPE profile [\r\n"
+    L" <!ENTITY cr \"&#x000a;<!--CR-->\">\r\n"
+    L" <!ENTITY tab \"&#x0009;<!--TAB-->\">\r\n"
+    L" <!ELEMENT profile (list*, item*)*>\r\n"
+    L"  <!ELEMENT list (list?, item?)*>\r\n"
+    L"  <!ATTLIST list name CDATA #REQUIRED>\r\n"
+    L"   <!ELEMENT item (#PCDATA)>\r\n"
+    L"   <!ATTLIST item name CDATA #REQUIRED>\r\n"
+    L"   <!ATTLIST item xml:space (default|preserve) \"preserve\"> ]>\r\n"
+    L"<!-- DATA -->\r\n"
+    L"<profile>\r\n";
+constexpr std::wstring_view kFileEnd = L"</profile>\r\n";
+
+constexpr std::wstring_view kItem = L"<item name=\"";
+constexpr std::wstring_view kItemEnd = L"</item>\r\n";
+constexpr std::wstring_view kList = L"<list name=\"";
+constexpr std::wstring_view kListEnd = L"</list>\r\n";
+constexpr std::wstring_view kNameEnd = L"\">";
+constexpr std::wstring_view kLineEnd = L"\r\n";
+
+wchar_t* Copy(wchar_t* out, std::wstring_view text)
+{
+    memcpy(out, text.data(), text.size() * sizeof(wchar_t));
+    return out + text.size();
+}
+
+// A text on its way into the markup. Most have nothing to mask and are copied as they are.
+class clsMaskedText
+{
+public:
+    explicit clsMaskedText(std::wstring_view text) : _text(text), _length(clsProfMask::MaskedLength(text)) {}
+
+    size_t Length() const { return _length; }
+    wchar_t* CopyTo(wchar_t* out) const
+    {
+        return _length == _text.size() ? Copy(out, _text) : clsProfMask::Mask(out, _text);
+    }
+
+private:
+    std::wstring_view _text;
+    size_t _length;
+};
+
+class clsXmlWriter
+{
+public:
+    clsXmlWriter(clsProfOutput& output, uint32_t level) : _output(output), _indent(level) {}
+
+    void Write(std::wstring_view text) { _output.SetUsed(Copy(_output.Reserve(text.size()), text)); }
+
+    // The calls of a walk through the tree.
+    void Leaf(const clsItem& item, uint32_t)
+    {
+        const std::wstring_view indent = _indent.View();
+        const clsMaskedText name(item.Name().View());
+        const clsMaskedText value(item.Value());
+        wchar_t* out = _output.Reserve(
+            indent.size() + kItem.size() + name.Length() + kNameEnd.size() + value.Length() + kItemEnd.size());
+        out = Copy(Copy(out, indent), kItem);
+        out = Copy(name.CopyTo(out), kNameEnd);
+        out = Copy(value.CopyTo(out), kItemEnd);
+        _output.SetUsed(out);
+    }
+
+    void Begin(const clsItemList& list, uint32_t level)
+    {
+        const clsMaskedText name(list.Name().View());
+        Write(_indent.View());
+        Write(kList);
+        _output.SetUsed(name.CopyTo(_output.Reserve(name.Length())));
+        Write(kNameEnd);
+        Write(kLineEnd);
+        _indent = clsIndent<wchar_t>(level + 1);
+    }
+
+    void End(uint32_t level)
+    {
+        _indent = clsIndent<wchar_t>(level);
+        Write(_indent.View());
+        Write(kListEnd);
+    }
+
+private:
+    clsProfOutput& _output;
+    clsIndent<wchar_t> _indent; // of what is written next
+};
+
+} // namespace
+
+void WriteXmlFile(clsProfOutput& output, const clsItemList& root)
+{
+    constexpr uint32_t kRootLevel = 1;
+    clsXmlWriter writer(output, kRootLevel);
+    writer.Write(kMark);
+    writer.Write(kXmlFirstLine);
+    writer.Write(kHeadBehindFirstLine);
+    WriteXmlObject(output, root, kRootLevel);
+    writer.Write(kFileEnd);
+}
+
+void WriteXmlObject(clsProfOutput& output, const clsItemList& root, uint32_t level)
+{
+    clsXmlWriter writer(output, level);
+    const bool hasTag = root.Name().View() != L"/";
+    if (hasTag)
+        writer.Begin(root, level);
+    WalkTree(root, hasTag ? level + 1 : level, writer);
+    if (hasTag)
+        writer.End(level);
+}
+
+} // namespace qx
