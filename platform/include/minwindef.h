@@ -41,7 +41,7 @@ typedef unsigned char BYTE, UCHAR, BOOLEAN;
 typedef char CHAR;
 typedef int8_t INT8;
 typedef short SHORT;
-typedef unsigned short WORD, USHORT;
+typedef unsigned short WORD, USHORT, *PUSHORT;
 typedef int INT, INT32, LONG;
 typedef unsigned int UINT, UINT32, DWORD, ULONG;
 // As in the documented headers, 64-bit numbers are `long long`, which the formatter's %I64d takes.
@@ -61,6 +61,7 @@ typedef INT *PINT, *LPINT;
 typedef UINT* PUINT;
 typedef LONG *PLONG, *LPLONG;
 typedef DWORD *PDWORD, *LPDWORD;
+typedef ULONG_PTR *PULONG_PTR, *PDWORD_PTR;
 typedef ULONG* PULONG;
 typedef SIZE_T* PSIZE_T;
 typedef CHAR *PSTR, *LPSTR;

@@ -137,4 +137,9 @@ QXPLATFORM_API DWORD WINAPI FormatMessageW(DWORD dwFlags, LPCVOID lpSource, DWOR
     LPWSTR lpBuffer, DWORD nSize, va_list* Arguments);
 #define FormatMessage FormatMessageW
 
+#define ALL_PROCESSOR_GROUPS 0xffff
+QXPLATFORM_API BOOL WINAPI GetProcessAffinityMask(
+    HANDLE hProcess, PDWORD_PTR lpProcessAffinityMask, PDWORD_PTR lpSystemAffinityMask);
+QXPLATFORM_API DWORD WINAPI GetActiveProcessorCount(WORD GroupNumber);
+
 EXTERN_C_END

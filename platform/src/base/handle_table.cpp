@@ -114,6 +114,7 @@ HANDLE Table::Add(Object* object, DWORD access)
         return nullptr;
     Entry& entry = At(index);
     object->AddRef();
+    object->AddHandle();
     entry.object = object;
     entry.access = access;
     const uint64_t state = entry.state.load(std::memory_order_relaxed);
@@ -217,7 +218,10 @@ Ref<Object> ObjectOf(HANDLE handle, DWORD* access)
 BOOL CloseEntry(HANDLE handle, bool (*mayClose)(const Object&))
 {
     Pin pin(handle);
-    return (pin && mayClose(pin.object()) && pin.Close()) || Fail(ERROR_INVALID_HANDLE);
+    if (!pin || !mayClose(pin.object()) || !pin.Close())
+        return Fail(ERROR_INVALID_HANDLE);
+    pin.object().RemoveHandle();
+    return TRUE;
 }
 
 void ForEachObject(void (*function)(Object&))

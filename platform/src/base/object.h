@@ -21,6 +21,7 @@ enum class ObjectType : uint8_t
     Semaphore,
     Mapping,
     CompletionPort,
+    ThreadPool,
     Token,
     RegistryKey,
     ActivationContext,
@@ -48,6 +49,14 @@ public:
 
     virtual class Waitable* AsWaitable() { return nullptr; }
 
+    // How many handles name the object, told by the table.
+    void AddHandle() { _handles.fetch_add(1, std::memory_order_relaxed); }
+    void RemoveHandle()
+    {
+        if (_handles.fetch_sub(1, std::memory_order_acq_rel) == 1)
+            LastHandleClosed();
+    }
+
     // The specific rights that GENERIC_READ and the like stand for.
     virtual DWORD MapAccess(DWORD access) const { return access; }
 
@@ -56,7 +65,11 @@ public:
 protected:
     virtual ~Object() = default;
 
+    // Calls that are under way may use the object still.
+    virtual void LastHandleClosed() {}
+
 private:
+    std::atomic<uint32_t> _handles = 0;
     std::atomic<uint32_t> _count = 0;
 };
 

@@ -20,6 +20,7 @@ namespace qxplatform
 struct Waiter
 {
     std::condition_variable wake;
+    bool isWoken = false; // and has not looked again since
 };
 
 std::mutex& DispatcherLock()
@@ -39,8 +40,17 @@ void Waitable::WakeWaiters()
         WakeWaiter(*waiter);
 }
 
+void Waitable::WakeLatestWaiter()
+{
+    const auto latest =
+        std::find_if(_waiters.rbegin(), _waiters.rend(), [](const Waiter* waiter) { return !waiter->isWoken; });
+    if (latest != _waiters.rend())
+        WakeWaiter(**latest);
+}
+
 void WakeWaiter(Waiter& waiter)
 {
+    waiter.isWoken = true;
     waiter.wake.notify_one();
 }
 
@@ -154,6 +164,7 @@ DWORD WaitFor(const Objects& objects, const WaitOptions& options)
     const Registration registration(objects, thread, waiter);
     while (!(result = Outcome(objects, options, thread)))
     {
+        waiter.isWoken = false;
         if (options.milliseconds == INFINITE)
             waiter.wake.wait(guard);
         else if (Clock::now() >= end)

@@ -36,6 +36,11 @@ protected:
     // To be called when the object has become signalled.
     void WakeWaiters();
 
+    // For objects from which each wait takes something: wakes the latest of those waits that weren't woken yet.
+    void WakeLatestWaiter();
+
+    size_t WaiterCount() const { return _waiters.size(); }
+
 private:
     std::vector<Waiter*> _waiters;
 };

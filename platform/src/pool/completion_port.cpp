@@ -1,0 +1,82 @@
+// Completion ports: queues of packets for threads that work on them.
+#include <ioapiset.h>
+
+#include "base/handle_table.h"
+#include "pool/waitable_queue.h"
+
+using namespace qxplatform;
+
+namespace
+{
+
+struct Packet
+{
+    DWORD bytes;
+    ULONG_PTR key;
+    LPOVERLAPPED overlapped;
+};
+
+class PortObject : public WaitableQueue<Packet>
+{
+public:
+    static constexpr ObjectType objectType = ObjectType::CompletionPort;
+
+    PortObject() : WaitableQueue(objectType) {}
+
+    // Its packets are for GetQueuedCompletionStatus() alone.
+    Waitable* AsWaitable() override { return nullptr; }
+
+protected:
+    void LastHandleClosed() override
+    {
+        const std::lock_guard guard(DispatcherLock());
+        End();
+    }
+};
+
+DWORD WaitForPacket(HANDLE handle, DWORD milliseconds, std::optional<Packet>& packet)
+{
+    const Ref<PortObject> port = LookUp<PortObject>(handle, IO_COMPLETION_MODIFY_STATE);
+    return port ? port->WaitForItem(milliseconds, packet) : WAIT_FAILED;
+}
+
+} // namespace
+
+// Files here complete each transfer at once, so none can be bound to a port.
+HANDLE WINAPI CreateIoCompletionPort(HANDLE FileHandle, HANDLE ExistingCompletionPort, ULONG_PTR, DWORD)
+{
+    DWORD error = ERROR_INVALID_PARAMETER;
+    if (FileHandle != INVALID_HANDLE_VALUE)
+        error = ObjectOf(FileHandle) ? ERROR_INVALID_PARAMETER : ERROR_INVALID_HANDLE;
+    else if (ExistingCompletionPort == nullptr)
+        return AddHandle(MakeObject<PortObject>());
+    SetLastError(error);
+    return nullptr;
+}
+
+BOOL WINAPI GetQueuedCompletionStatus(HANDLE CompletionPort, LPDWORD lpNumberOfBytesTransferred,
+    PULONG_PTR lpCompletionKey, LPOVERLAPPED* lpOverlapped, DWORD dwMilliseconds)
+{
+    *lpOverlapped = nullptr;
+    std::optional<Packet> packet;
+    const DWORD result = FinishWait(WaitForPacket(CompletionPort, dwMilliseconds, packet));
+    if (result == WAIT_FAILED)
+        return FALSE;
+    if (!packet)
+        return Fail(result == WAIT_TIMEOUT ? WAIT_TIMEOUT : ERROR_ABANDONED_WAIT_0);
+    *lpNumberOfBytesTransferred = packet->bytes;
+    *lpCompletionKey = packet->key;
+    *lpOverlapped = packet->overlapped;
+    return TRUE;
+}
+
+BOOL WINAPI PostQueuedCompletionStatus(
+    HANDLE CompletionPort, DWORD dwNumberOfBytesTransferred, ULONG_PTR dwCompletionKey, LPOVERLAPPED lpOverlapped)
+{
+    const Ref<PortObject> port = LookUp<PortObject>(CompletionPort, IO_COMPLETION_MODIFY_STATE);
+    if (!port)
+        return FALSE;
+    const std::lock_guard guard(DispatcherLock());
+    port->Put({dwNumberOfBytesTransferred, dwCompletionKey, lpOverlapped});
+    return TRUE;
+}

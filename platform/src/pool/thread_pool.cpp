@@ -1,0 +1,262 @@
+// The system's thread pool: work items, cleanup groups, and threads that come and go with what there is to do.
+#include <threadpoolapiset.h>
+
+#include "base/forever.h"
+#include "pool/waitable_queue.h"
+#include "threads/thread_object.h"
+
+#include <algorithm>
+
+using namespace qxplatform;
+
+namespace
+{
+
+constexpr size_t maximumThreads = 500;
+constexpr DWORD idlePatience = 5'000;
+
+} // namespace
+
+// Waitable: signalled while none of its callbacks waits or runs. All fields behind the constants are guarded by the
+// dispatcher's lock.
+struct _TP_WORK : Waitable
+{
+    _TP_WORK(PTP_WORK_CALLBACK workCallback, void* workContext, const Ref<_TP_POOL>& itsPool,
+        PTP_CLEANUP_GROUP_CANCEL_CALLBACK onCancel)
+        : Waitable(ObjectType::ThreadPool),
+          callback(workCallback),
+          context(workContext),
+          pool(itsPool),
+          cancelCallback(onCancel)
+    {
+    }
+
+    bool IsSignalled() const override { return outstanding == 0; }
+
+    void Finish(size_t count)
+    {
+        outstanding -= count;
+        if (outstanding == 0)
+            WakeWaiters();
+    }
+
+    const PTP_WORK_CALLBACK callback;
+    void* const context;
+    const Ref<_TP_POOL> pool;
+    const PTP_CLEANUP_GROUP_CANCEL_CALLBACK cancelCallback;
+
+    size_t outstanding = 0; // callbacks that wait or run
+    PTP_CLEANUP_GROUP group = nullptr;
+};
+
+struct _TP_POOL : WaitableQueue<Ref<_TP_WORK>>
+{
+    _TP_POOL() : WaitableQueue(ObjectType::ThreadPool) {}
+
+    void Submit(_TP_WORK& work);
+    // Takes back what waits.
+    void Cancel(_TP_WORK& work);
+    bool MayGrow() const { return _threads < maximumThreads; }
+
+private:
+    static unsigned ThreadMain(void* pool);
+    void RunCallbacks();
+    bool HasLeft();
+
+    size_t _threads = 0;
+    size_t _starting = 0; // threads among them that haven't come to the queue yet
+};
+
+struct _TP_CLEANUP_GROUP : Object
+{
+    _TP_CLEANUP_GROUP() : Object(ObjectType::ThreadPool) {}
+
+    std::vector<Ref<_TP_WORK>> members;
+};
+
+struct _TP_CALLBACK_INSTANCE
+{
+    _TP_POOL& pool;
+};
+
+// A callback never waits for another one to end: there is a thread for each, up to the maximum.
+void _TP_POOL::Submit(_TP_WORK& work)
+{
+    {
+        const std::lock_guard guard(DispatcherLock());
+        ++work.outstanding;
+        Put(Ref<_TP_WORK>(&work));
+        if (Count() <= WaiterCount() + _starting || !MayGrow())
+            return;
+        ++_threads;
+        ++_starting;
+    }
+    AddRef(); // the thread's own
+    if (ThreadObject::Start(&ThreadMain, this, 0, false))
+        return;
+    {
+        const std::lock_guard guard(DispatcherLock());
+        --_threads;
+        --_starting;
+    }
+    Release();
+}
+
+void _TP_POOL::Cancel(_TP_WORK& work)
+{
+    const std::lock_guard guard(DispatcherLock());
+    work.Finish(Remove([&work](const Ref<_TP_WORK>& waiting) { return waiting.get() == &work; }));
+}
+
+unsigned _TP_POOL::ThreadMain(void* pool)
+{
+    static_cast<_TP_POOL*>(pool)->RunCallbacks();
+    static_cast<_TP_POOL*>(pool)->Release();
+    return 0;
+}
+
+void _TP_POOL::RunCallbacks()
+{
+    {
+        const std::lock_guard guard(DispatcherLock());
+        --_starting;
+    }
+    do
+    {
+        std::optional<Ref<_TP_WORK>> work;
+        while (FinishWait(WaitForItem(idlePatience, work)), work)
+        {
+            _TP_CALLBACK_INSTANCE instance{*this};
+            (*work)->callback(&instance, (*work)->context, work->get());
+            const std::lock_guard guard(DispatcherLock());
+            (*work)->Finish(1);
+        }
+    } while (!HasLeft());
+}
+
+// Not if something came in the moment behind the wait.
+bool _TP_POOL::HasLeft()
+{
+    const std::lock_guard guard(DispatcherLock());
+    if (Count() != 0)
+        return false;
+    --_threads;
+    return true;
+}
+
+namespace
+{
+
+_TP_POOL& DefaultPool()
+{
+    static Ref<_TP_POOL>& pool = MakeForever<Ref<_TP_POOL>>(MakeObject<_TP_POOL>());
+    return *pool;
+}
+
+// A reference that the caller of the interface has.
+template <class T>
+T* GiveAway(const Ref<T>& object)
+{
+    object->AddRef();
+    return object.get();
+}
+
+DWORD WaitForCallbacks(const Ref<_TP_WORK>& work)
+{
+    return WaitFor({work}, {});
+}
+
+} // namespace
+
+PTP_POOL WINAPI CreateThreadpool(PVOID)
+{
+    return GiveAway(MakeObject<_TP_POOL>());
+}
+
+// Its threads end when nothing is left to do.
+void WINAPI CloseThreadpool(PTP_POOL ptpp)
+{
+    {
+        const std::lock_guard guard(DispatcherLock());
+        ptpp->End();
+    }
+    ptpp->Release();
+}
+
+PTP_CLEANUP_GROUP WINAPI CreateThreadpoolCleanupGroup(void)
+{
+    return GiveAway(MakeObject<_TP_CLEANUP_GROUP>());
+}
+
+void WINAPI CloseThreadpoolCleanupGroup(PTP_CLEANUP_GROUP ptpcg)
+{
+    ptpcg->Release();
+}
+
+void WINAPI CloseThreadpoolCleanupGroupMembers(
+    PTP_CLEANUP_GROUP ptpcg, BOOL fCancelPendingCallbacks, PVOID pvCleanupContext)
+{
+    std::vector<Ref<_TP_WORK>> members;
+    {
+        const std::lock_guard guard(DispatcherLock());
+        members.swap(ptpcg->members);
+        for (const Ref<_TP_WORK>& work : members)
+            work->group = nullptr;
+    }
+    for (const Ref<_TP_WORK>& work : members)
+    {
+        if (fCancelPendingCallbacks)
+            work->pool->Cancel(*work);
+        FinishWait(WaitForCallbacks(work));
+        if (fCancelPendingCallbacks && work->cancelCallback != nullptr)
+            work->cancelCallback(work->context, pvCleanupContext);
+        work->Release(); // the caller's
+    }
+}
+
+PTP_WORK WINAPI CreateThreadpoolWork(PTP_WORK_CALLBACK pfnwk, PVOID pv, PTP_CALLBACK_ENVIRON pcbe)
+{
+    const Ref<_TP_POOL> pool(pcbe != nullptr && pcbe->Pool != nullptr ? pcbe->Pool : &DefaultPool());
+    const auto work =
+        MakeObject<_TP_WORK>(pfnwk, pv, pool, pcbe != nullptr ? pcbe->CleanupGroupCancelCallback : nullptr);
+    if (pcbe != nullptr && pcbe->CleanupGroup != nullptr)
+    {
+        const std::lock_guard guard(DispatcherLock());
+        work->group = pcbe->CleanupGroup;
+        work->group->members.push_back(work);
+    }
+    return GiveAway(work);
+}
+
+void WINAPI SubmitThreadpoolWork(PTP_WORK pwk)
+{
+    pwk->pool->Submit(*pwk);
+}
+
+void WINAPI WaitForThreadpoolWorkCallbacks(PTP_WORK pwk, BOOL fCancelPendingCallbacks)
+{
+    const Ref<_TP_WORK> work(pwk);
+    if (fCancelPendingCallbacks)
+        work->pool->Cancel(*work);
+    FinishWait(WaitForCallbacks(work));
+}
+
+// Callbacks that wait or run keep the object.
+void WINAPI CloseThreadpoolWork(PTP_WORK pwk)
+{
+    const Ref<_TP_WORK> work(pwk);
+    {
+        const std::lock_guard guard(DispatcherLock());
+        if (work->group != nullptr)
+            std::erase_if(
+                work->group->members, [&work](const Ref<_TP_WORK>& member) { return member.get() == work.get(); });
+        work->group = nullptr;
+    }
+    work->Release(); // the caller's
+}
+
+BOOL WINAPI CallbackMayRunLong(PTP_CALLBACK_INSTANCE pci)
+{
+    const std::lock_guard guard(DispatcherLock());
+    return pci->pool.MayGrow();
+}

@@ -1,0 +1,222 @@
+// The system's thread pool, with cleanup groups; and the processors that it has.
+#include "threads_support.h"
+
+#include <bit>
+#include <thread>
+#include <vector>
+
+// Affinity is set by other means on each system; only on the layer does it count for GetActiveProcessorCount.
+#if defined(__linux__)
+#include <sched.h>
+#endif
+
+using namespace qxtest;
+
+namespace
+{
+
+class Pool
+{
+public:
+    Pool()
+    {
+        environment.Version = 1;
+        environment.Pool = CreateThreadpool(nullptr);
+        environment.CleanupGroup = CreateThreadpoolCleanupGroup();
+    }
+    Pool(const Pool&) = delete;
+    Pool& operator=(const Pool&) = delete;
+    ~Pool()
+    {
+        CloseThreadpoolCleanupGroupMembers(environment.CleanupGroup, FALSE, nullptr);
+        CloseThreadpoolCleanupGroup(environment.CleanupGroup);
+        CloseThreadpool(environment.Pool);
+    }
+
+    PTP_WORK Make(PTP_WORK_CALLBACK callback, void* context)
+    {
+        return CreateThreadpoolWork(callback, context, &environment);
+    }
+
+    TP_CALLBACK_ENVIRON environment{};
+};
+
+void CALLBACK Count(PTP_CALLBACK_INSTANCE, void* context, PTP_WORK)
+{
+    ++*static_cast<std::atomic<int>*>(context);
+}
+
+struct Held
+{
+    const Event go;
+    std::atomic<int> begun = 0;
+    std::atomic<int> ended = 0;
+};
+
+void CALLBACK Hold(PTP_CALLBACK_INSTANCE instance, void* context, PTP_WORK)
+{
+    Held& held = *static_cast<Held*>(context);
+    CallbackMayRunLong(instance);
+    ++held.begun;
+    WaitForSingleObject(held.go, patience);
+    ++held.ended;
+}
+
+bool WaitFor(const std::atomic<int>& value, int expected)
+{
+    const ULONGLONG end = GetTickCount64() + patience;
+    while (value != expected && GetTickCount64() < end)
+        Sleep(1);
+    return value == expected;
+}
+
+TEST(ThreadPools, ACallbackForEachSubmit)
+{
+    std::atomic<int> count = 0;
+    Pool pool;
+    const PTP_WORK work = pool.Make(&Count, &count);
+    ASSERT_NE(work, nullptr);
+    WaitForThreadpoolWorkCallbacks(work, FALSE); // nothing to wait for
+    for (int i = 0; i < 200; ++i)
+        SubmitThreadpoolWork(work);
+    WaitForThreadpoolWorkCallbacks(work, FALSE);
+    EXPECT_EQ(count, 200);
+    CloseThreadpoolWork(work);
+
+    const PTP_WORK ofProcess = CreateThreadpoolWork(&Count, &count, nullptr);
+    SubmitThreadpoolWork(ofProcess);
+    WaitForThreadpoolWorkCallbacks(ofProcess, FALSE);
+    EXPECT_EQ(count, 201);
+    CloseThreadpoolWork(ofProcess);
+}
+
+TEST(ThreadPools, CallbacksDontWaitForEachOther)
+{
+    Held held;
+    std::atomic<int> count = 0;
+    Pool pool;
+    const PTP_WORK holding = pool.Make(&Hold, &held);
+    const PTP_WORK counting = pool.Make(&Count, &count);
+    SubmitThreadpoolWork(holding);
+    SubmitThreadpoolWork(holding);
+    SubmitThreadpoolWork(counting);
+    EXPECT_TRUE(WaitFor(count, 1));
+    EXPECT_TRUE(WaitFor(held.begun, 2));
+    SetEvent(held.go);
+    WaitForThreadpoolWorkCallbacks(holding, FALSE);
+    EXPECT_EQ(held.ended, 2);
+}
+
+TEST(ThreadPools, AWorkItemMayBeClosedByItsCallback)
+{
+    std::atomic<int> count = 0;
+    {
+        Pool pool;
+        SubmitThreadpoolWork(pool.Make(
+            [](PTP_CALLBACK_INSTANCE, void* context, PTP_WORK work)
+            {
+                CloseThreadpoolWork(work);
+                ++*static_cast<std::atomic<int>*>(context);
+            },
+            &count));
+        EXPECT_TRUE(WaitFor(count, 1));
+    }
+}
+
+// The end of a group waits for what runs. Where it cancels, each member is told.
+TEST(ThreadPools, TheEndOfAGroup)
+{
+    for (const bool cancels : {false, true})
+    {
+        std::atomic<int> cancelled = 0;
+        Held held;
+        Pool pool;
+        pool.environment.CleanupGroupCancelCallback = [](void*, void* context)
+        {
+            ++*static_cast<std::atomic<int>*>(context);
+        };
+        for (int i = 0; i < 3; ++i)
+            SubmitThreadpoolWork(pool.Make(&Hold, &held));
+        ASSERT_TRUE(WaitFor(held.begun, 3));
+        const Thread releasing(
+            [&held]
+            {
+                Sleep(30);
+                SetEvent(held.go);
+                return 0u;
+            });
+        CloseThreadpoolCleanupGroupMembers(pool.environment.CleanupGroup, cancels, &cancelled);
+        EXPECT_EQ(held.ended, 3);
+        EXPECT_EQ(cancelled, cancels ? 3 : 0);
+        EXPECT_EQ(releasing.Join(), 0u);
+    }
+}
+
+TEST(ThreadPools, UnderLoad)
+{
+    std::atomic<int> count = 0;
+    std::vector<Thread> threads;
+    for (int i = 0; i < 3; ++i)
+        threads.emplace_back(
+            [&count]
+            {
+                for (int round = 0; round < 20; ++round)
+                {
+                    Pool pool;
+                    for (int item = 0; item < 10; ++item)
+                        SubmitThreadpoolWork(pool.Make(&Count, &count));
+                }
+                return 0u;
+            });
+    for (const Thread& thread : threads)
+        EXPECT_EQ(thread.Join(), 0u);
+    EXPECT_EQ(count, 3 * 20 * 10);
+}
+
+TEST(Processors, OfTheProcess)
+{
+    const HANDLE process = GetCurrentProcess();
+    DWORD_PTR own = 0, system = 0;
+    ASSERT_TRUE(GetProcessAffinityMask(process, &own, &system));
+    EXPECT_NE(own, 0u);
+    EXPECT_EQ(own & ~system, 0u);
+
+    if (isLayer) // Wine has no groups
+    {
+        USHORT groups[64] = {};
+        USHORT count = 64;
+        ASSERT_TRUE(GetProcessGroupAffinity(process, &count, groups));
+        ASSERT_EQ(count, 1); // of a machine with up to 64
+        EXPECT_EQ(groups[0], 0);
+        count = 0;
+        EXPECT_EQ(ErrorOf([&] { return GetProcessGroupAffinity(process, &count, groups); }),
+            DWORD{ERROR_INSUFFICIENT_BUFFER});
+        EXPECT_EQ(count, 1);
+    }
+    EXPECT_EQ(GetActiveProcessorCount(0), GetActiveProcessorCount(ALL_PROCESSOR_GROUPS));
+    EXPECT_GE(GetActiveProcessorCount(0), static_cast<DWORD>(std::popcount(own)));
+    EXPECT_EQ(GetActiveProcessorCount(60), 0u);
+    EXPECT_EQ(ErrorOf([&] { return GetProcessAffinityMask(nullptr, &own, &system); }), DWORD{ERROR_INVALID_HANDLE});
+}
+
+// What a container shares out counts for the layer, not what the machine has.
+#if defined(__linux__)
+TEST(Processors, ByAffinity)
+{
+    cpu_set_t before, one;
+    ASSERT_EQ(sched_getaffinity(0, sizeof before, &before), 0);
+    int processor = 0;
+    while (!CPU_ISSET(processor, &before))
+        ++processor;
+    CPU_ZERO(&one);
+    CPU_SET(processor, &one);
+    ASSERT_EQ(sched_setaffinity(0, sizeof one, &one), 0);
+    DWORD_PTR own = 0, system = 0;
+    EXPECT_TRUE(GetProcessAffinityMask(GetCurrentProcess(), &own, &system));
+    EXPECT_EQ(std::popcount(own), 1);
+    EXPECT_EQ(GetActiveProcessorCount(ALL_PROCESSOR_GROUPS), 1u);
+    sched_setaffinity(0, sizeof before, &before);
+}
+#endif
+
+} // namespace
