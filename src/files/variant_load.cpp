@@ -1,0 +1,131 @@
+#include "files/variant_file.h"
+
+#include "files/file.h"
+#include "files/variant_layout.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace qx
+{
+
+namespace
+{
+
+// Reads ahead, so that small pieces take no call each, and gives back what nobody wanted.
+class clsVariantReader
+{
+public:
+    explicit clsVariantReader(clsFile& file) : _file(file) {}
+    clsVariantReader(const clsVariantReader&) = delete;
+    clsVariantReader& operator=(const clsVariantReader&) = delete;
+    ~clsVariantReader()
+    {
+        if (_next == _end)
+            return;
+        LARGE_INTEGER back;
+        back.QuadPart = -static_cast<LONGLONG>(_end - _next);
+        _file.Seek(back, STREAM_SEEK_CUR, nullptr);
+    }
+
+    // False at the end of the source.
+    bool Read(clsVariant& value, int depth)
+    {
+        VARIANT plain{};
+        if (!Take(&plain.vt, sizeof plain.vt))
+            return false;
+        if (plain.vt & VT_ARRAY)
+            ReadArray(value, depth);
+        else if (plain.vt == VT_BSTR)
+            value = clsVariant(ReadText());
+        else
+            value = HasPlace(plain.vt) && Take(&plain.llVal, VariantPayloadSize(plain.vt)) ? clsVariant::Adopt(plain)
+                                                                                           : clsVariant();
+        return true;
+    }
+
+private:
+    static constexpr uint32_t kBlock = 4096;
+
+    static bool HasPlace(VARTYPE type) { return type == VT_EMPTY || type == VT_NULL || VariantPayloadSize(type) != 0; }
+
+    void ReadArray(clsVariant& value, int depth)
+    {
+        value = clsVariant();
+        if (depth == kMaxVariantDepth)
+            return;
+        WCValSList<clsVariant> elements;
+        for (LONG count = ReadCount(depth); count > 0; --count)
+        {
+            // Each element has a byte at least, which keeps the memory in proportion to the source.
+            clsVariant element;
+            if (!Read(element, depth + 1))
+                break;
+            elements.Append(std::move(element));
+        }
+        value.SetArray(std::move(elements));
+    }
+
+    LONG ReadCount(int depth)
+    {
+        clsVariant count;
+        Read(count, depth + 1);
+        VARIANT number{};
+        const HRESULT result = VariantChangeType(&number, const_cast<VARIANT*>(&count.Get()), 0, VT_I4);
+        return SUCCEEDED(result) ? number.lVal : 0;
+    }
+
+    String ReadText()
+    {
+        String text;
+        wchar_t run[256];
+        size_t length = 0;
+        while (Take(&run[length], sizeof(wchar_t)) && run[length] != L'\0')
+        {
+            if (++length < std::size(run))
+                continue;
+            text.Append(run, length);
+            length = 0;
+        }
+        text.Append(run, length);
+        return text;
+    }
+
+    // All of it or nothing; what is left of the source then is gone too.
+    bool Take(void* target, size_t count)
+    {
+        auto* bytes = static_cast<char*>(target);
+        while (count != 0)
+        {
+            if (_next == _end && !Refill())
+                return false;
+            const size_t part = std::min(count, static_cast<size_t>(_end - _next));
+            std::memcpy(bytes, _next, part);
+            _next += part;
+            bytes += part;
+            count -= part;
+        }
+        return true;
+    }
+
+    bool Refill()
+    {
+        _next = _block;
+        _end = _block + _file.Read(_block, kBlock);
+        return _next != _end;
+    }
+
+    clsFile& _file;
+    char _block[kBlock];
+    const char* _next = _block;
+    const char* _end = _block;
+};
+
+} // namespace
+
+void Load(clsVariant& value, clsFile& file)
+{
+    clsVariantReader(file).Read(value, 0);
+}
+
+} // namespace qx

@@ -1,0 +1,246 @@
+// Variants as bytes.
+#include "files/variant_file.h"
+
+#include "files/auto_release.h"
+#include "files/file.h"
+#include "support/variant_values.h"
+
+#include <gtest/gtest.h>
+
+#include <objbase.h>
+
+#include <string>
+#include <string_view>
+
+namespace
+{
+
+using namespace qx;
+using namespace qxtest;
+using namespace std::string_view_literals;
+
+// A stream in memory with these bytes, at its beginning.
+class Bytes : public clsFileRW
+{
+public:
+    explicit Bytes(std::string_view bytes = {})
+    {
+        clsAutoRelease<IStream*> stream;
+        CreateStreamOnHGlobal(nullptr, TRUE, stream.Receive());
+        AttachStream(stream.Get());
+        if (!bytes.empty())
+            clsFile::Write(bytes.data(), uint64_t{bytes.size()});
+        clsFile::Seek(int64_t{0});
+    }
+
+    std::string All()
+    {
+        std::string all(static_cast<size_t>(GetSize()), '\0');
+        clsFile::Seek(int64_t{0});
+        all.resize(clsFile::Read(all.data(), static_cast<uint32_t>(all.size())));
+        return all;
+    }
+};
+
+std::string Saved(const VARIANT& value)
+{
+    Bytes file;
+    EXPECT_TRUE(Save(clsVariant(value), file));
+    return file.All();
+}
+
+clsVariant Loaded(std::string_view bytes, int64_t expectedPosition)
+{
+    Bytes file(bytes);
+    clsVariant value(I4(-7));
+    Load(value, file);
+    EXPECT_EQ(file.Tell(), expectedPosition);
+    return value;
+}
+
+Value ArrayOf(VARTYPE type, std::initializer_list<Value> elements)
+{
+    Value array(VT_ARRAY | type);
+    array.parray = SafeArrayCreateVector(type, 0, static_cast<ULONG>(elements.size()));
+    LONG place = 0;
+    for (const Value& element : elements)
+    {
+        void* const source = type == VT_VARIANT ? const_cast<Value*>(&element)
+                             : type == VT_BSTR  ? static_cast<void*>(element.bstrVal)
+                                                : const_cast<LONG*>(&element.lVal);
+        EXPECT_EQ(SafeArrayPutElement(array.parray, &place, source), S_OK);
+        ++place;
+    }
+    return array;
+}
+
+TEST(VariantFile, LayoutAndBack)
+{
+    struct Case
+    {
+        Value value;
+        std::string_view bytes;
+        bool comesBack = true;
+    };
+    const Case CASES[] = {
+        {Value(), "\0\0"sv},
+        {Value(VT_NULL), "\1\0"sv},
+        {I4(7), "\3\0\7\0\0\0"sv},
+        {Value(VT_I2, -2), "\2\0\xfe\xff"sv},
+        {Value(VT_BOOL, 0xffff), "\x0b\0\xff\xff"sv},
+        {Value(VT_UI2, 0x1234), "\x12\0\x34\x12"sv},
+        {R4(1), "\4\0\0\0\x80\x3f"sv},
+        {R8(1), "\5\0\0\0\0\0\0\0\xf0\x3f"sv},
+        {Value(VT_CY, 10000), "\6\0\x10\x27\0\0\0\0\0\0"sv},
+        {Date(1), "\7\0\0\0\0\0\0\0\xf0\x3f"sv},
+        {Value(VT_ERROR, 5), "\x0a\0\5\0\0\0"sv},
+        {Value(VT_I1, -1), "\x10\0\xff"sv},
+        {Value(VT_UI1, 255), "\x11\0\xff"sv},
+        {Value(VT_UI4, 1), "\x13\0\1\0\0\0"sv},
+        {Value(VT_I8, -1), "\x14\0\xff\xff\xff\xff\xff\xff\xff\xff"sv},
+        {Value(VT_UI8, 1), "\x15\0\1\0\0\0\0\0\0\0"sv},
+        {Value(VT_INT, 1), "\x16\0\1\0\0\0"sv},
+        {Value(VT_UINT, 1), "\x17\0\1\0\0\0"sv},
+        {Text(L"A"), "\x08\0A\0\0\0"sv},
+        {Text(L""), "\x08\0\0\0"sv},
+        {Value(VT_BSTR), "\x08\0\0\0"sv},
+        {SmallDecimal(15, 1), "\x0e\0"sv, false},
+        {Value(VT_UNKNOWN), "\x0d\0"sv, false},
+    };
+    for (const Case& row : CASES)
+    {
+        EXPECT_EQ(Saved(row.value), row.bytes) << row.value.vt;
+        const clsVariant back = Loaded(row.bytes, static_cast<int64_t>(row.bytes.size()));
+        EXPECT_EQ(back.Type(), row.comesBack ? row.value.vt : VARTYPE{VT_EMPTY});
+        EXPECT_EQ(back == clsVariant(row.value), row.comesBack) << row.value.vt;
+    }
+    LONG number = 7;
+    Value reference(VT_BYREF | VT_I4);
+    reference.plVal = &number;
+    Bytes file;
+    EXPECT_TRUE(Save(clsVariant::Adopt(reference), file));
+    EXPECT_EQ(file.All(), "\3\0\7\0\0\0"sv);
+}
+
+TEST(VariantFile, Arrays)
+{
+    const Value inner = ArrayOf(VT_BSTR, {Text(L"b")});
+    const Value array = ArrayOf(VT_VARIANT, {I4(7), inner, Value()});
+    const std::string bytes = Saved(array);
+    EXPECT_EQ(bytes, "\x0c\x20\3\0\3\0\0\0"
+                     "\3\0\7\0\0\0"
+                     "\x08\x20\3\0\1\0\0\0\x08\0b\0\0\0"
+                     "\0\0"sv);
+    const clsVariant back = Loaded(bytes, static_cast<int64_t>(bytes.size()));
+    ASSERT_EQ(back.Type(), VT_ARRAY | VT_VARIANT);
+    ASSERT_EQ(back.Get().parray->rgsabound[0].cElements, 3u);
+    EXPECT_TRUE(GetElement(back, {0}) == clsVariant(I4(7)));
+    EXPECT_EQ(GetElement(back, {1}).Type(), VT_ARRAY | VT_VARIANT); // the element type is gone
+    EXPECT_STREQ(ToString(GetElement(GetElement(back, {1}), {0})), L"b");
+    EXPECT_EQ(GetElement(back, {2}).Type(), VT_EMPTY);
+
+    // Elements of other types have no value of their own.
+    EXPECT_EQ(Saved(ArrayOf(VT_I4, {I4(1), I4(2)})), "\3\x20\3\0\2\0\0\0\0\0\0\0"sv);
+    Value none(VT_ARRAY | VT_I4);
+    EXPECT_EQ(Saved(none), "\3\x20\3\0\0\0\0\0"sv);
+}
+
+TEST(VariantFile, TextEndsAtAZero)
+{
+    Value text(VT_BSTR);
+    text.bstrVal = SysAllocStringLen(L"a\0b", 3);
+    EXPECT_EQ(Saved(text), "\x08\0a\0\0\0"sv);
+
+    struct Case
+    {
+        std::string_view bytes;
+        const wchar_t* text;
+        int64_t position;
+    };
+    constexpr Case CASES[] = {
+        {"\x08\0a\0\0\0more"sv, L"a", 6},
+        {"\x08\0a\0b\0"sv, L"ab", 6},
+        {"\x08\0a\0b"sv, L"a", 5},
+        {"\x08\0"sv, L"", 2},
+        {"\x08\0a"sv, L"", 3},
+    };
+    for (const Case& row : CASES)
+    {
+        const clsVariant value = Loaded(row.bytes, row.position);
+        EXPECT_EQ(value.Type(), VT_BSTR);
+        EXPECT_STREQ(ToString(value), row.text);
+    }
+    // Longer than what is read at a time, between other values.
+    String longText;
+    longText.Fill(L'x', 10001);
+    Bytes file;
+    EXPECT_TRUE(Save(clsVariant(longText), file));
+    EXPECT_TRUE(Save(clsVariant(I4(5)), file));
+    file.clsFile::Seek(int64_t{0});
+    clsVariant value;
+    Load(value, file);
+    EXPECT_TRUE(ToString(value) == longText);
+    Load(value, file);
+    EXPECT_TRUE(value == clsVariant(I4(5)));
+}
+
+TEST(VariantFile, DamageGivesLessOrNothing)
+{
+    // Nothing to read leaves the value; what can't be read makes it empty.
+    EXPECT_TRUE(Loaded("", 0) == clsVariant(I4(-7)));
+    EXPECT_TRUE(Loaded("\3", 1) == clsVariant(I4(-7)));
+    for (const std::string_view bytes : {"\3\0\7\0\0"sv, "\x49\0"sv, "\x0d\0"sv, "\3\x40"sv, "\x25\0"sv})
+        EXPECT_EQ(Loaded(bytes, static_cast<int64_t>(bytes.size())).Type(), VT_EMPTY);
+
+    const std::string whole =
+        Saved(ArrayOf(VT_VARIANT, {I4(7), Text(L"ab"), ArrayOf(VT_VARIANT, {R8(1)}), Value(VT_NULL)}));
+    for (size_t size = 2; size < whole.size(); ++size)
+    {
+        const clsVariant value = Loaded({whole.data(), size}, static_cast<int64_t>(size));
+        EXPECT_EQ(value.Type(), VT_ARRAY | VT_VARIANT);
+        EXPECT_LE(value.Get().parray->rgsabound[0].cElements, 4u);
+    }
+
+    // A count that the source can't hold, a count that is none, one of another type.
+    struct Case
+    {
+        std::string_view bytes;
+        ULONG count;
+    };
+    for (const Case& row :
+        {Case{"\x0c\x20\3\0\xff\xff\xff\x7f\1\0\1\0"sv, 2}, {"\x0c\x20\3\0\xff\xff\xff\xff\1\0"sv, 0},
+            {"\x0c\x20\x08\0x\0\0\0\1\0"sv, 0}, {"\x0c\x20\x08\0\x32\0\0\0\1\0\1\0"sv, 2}})
+    {
+        Bytes file(row.bytes);
+        clsVariant value;
+        Load(value, file);
+        ASSERT_EQ(value.Type(), VT_ARRAY | VT_VARIANT);
+        EXPECT_EQ(value.Get().parray->rgsabound[0].cElements, row.count);
+    }
+}
+
+TEST(VariantFile, NestingHasAnEnd)
+{
+    std::string bytes;
+    for (int i = 0; i < 100'000; ++i)
+        bytes += "\x0c\x20\3\0\1\0\0\0"sv;
+    for (const std::string& damaged : {bytes, std::string(200'000, '\x20')}) // the second: counts that are arrays
+    {
+        Bytes file(damaged);
+        clsVariant value;
+        Load(value, file);
+        int depth = 0;
+        for (; value.Type() & VT_ARRAY; ++depth)
+            value = GetElement(value, {0});
+        EXPECT_LE(depth, 64);
+    }
+
+    Value nested = I4(1);
+    for (int i = 0; i < 100; ++i)
+        nested = ArrayOf(VT_VARIANT, {nested});
+    const std::string saved = Saved(nested);
+    EXPECT_EQ(saved.size(), 64u * 8 + 2);
+    EXPECT_EQ(Saved(Loaded(saved, static_cast<int64_t>(saved.size())).Get()), saved);
+}
+
+} // namespace
