@@ -1,9 +1,14 @@
-// Conversions between the forms of a time.
+// Conversions between the forms of a time, and time zones.
 #pragma once
 
 #include <minwindef.h>
 
 EXTERN_C_START
+
+#define TIME_ZONE_ID_UNKNOWN 0
+#define TIME_ZONE_ID_STANDARD 1
+#define TIME_ZONE_ID_DAYLIGHT 2
+#define TIME_ZONE_ID_INVALID ((DWORD)0xFFFFFFFF)
 
 typedef struct _TIME_ZONE_INFORMATION
 {
@@ -18,7 +23,9 @@ typedef struct _TIME_ZONE_INFORMATION
 
 QXPLATFORM_API BOOL WINAPI FileTimeToSystemTime(const FILETIME* lpFileTime, LPSYSTEMTIME lpSystemTime);
 QXPLATFORM_API BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFileTime);
-// Both only for the zone of the user, which null stands for.
+
+QXPLATFORM_API DWORD WINAPI GetTimeZoneInformation(LPTIME_ZONE_INFORMATION lpTimeZoneInformation);
+// A null zone is that of the user, with its past as far as it is known.
 QXPLATFORM_API BOOL WINAPI SystemTimeToTzSpecificLocalTime(
     const TIME_ZONE_INFORMATION* lpTimeZoneInformation, const SYSTEMTIME* lpUniversalTime, LPSYSTEMTIME lpLocalTime);
 QXPLATFORM_API BOOL WINAPI TzSpecificLocalTimeToSystemTime(

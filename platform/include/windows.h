@@ -3,6 +3,7 @@
 
 #include <wchar.h>
 
+#include <datetimeapi.h>
 #include <debugapi.h>
 #include <errhandlingapi.h>
 #include <fileapi.h>

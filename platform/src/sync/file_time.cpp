@@ -44,16 +44,6 @@ LONGLONG UnitsNow()
     return UnitsOf(FileTimeOf(now));
 }
 
-// In the zone of the user.
-LONGLONG LocalUnits(LONGLONG units)
-{
-    const time_t seconds = TimeSpecOf(FileTimeOfUnits(units)).tv_sec;
-    tm local{};
-    tzset(); // localtime_r need not look at a changed TZ
-    localtime_r(&seconds, &local);
-    return units + local.tm_gmtoff * unitsPerSecond;
-}
-
 } // namespace
 
 FILETIME FileTimeOf(const timespec& time)
@@ -96,42 +86,6 @@ BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFi
     return TRUE;
 }
 
-BOOL WINAPI SystemTimeToTzSpecificLocalTime(
-    const TIME_ZONE_INFORMATION* lpTimeZoneInformation, const SYSTEMTIME* lpUniversalTime, LPSYSTEMTIME lpLocalTime)
-{
-    FILETIME universal{};
-    if (lpTimeZoneInformation != nullptr)
-        return Fail(ERROR_NOT_SUPPORTED);
-    if (!SystemTimeToFileTime(lpUniversalTime, &universal))
-        return FALSE;
-    const LONGLONG units = LocalUnits(UnitsOf(universal));
-    if (units < 0)
-        return Fail(ERROR_INVALID_PARAMETER);
-    *lpLocalTime = SplitTime(units);
-    return TRUE;
-}
-
-// Around a change of the clock two universal times may have this local one, or none has it; then one nearby is given.
-BOOL WINAPI TzSpecificLocalTimeToSystemTime(
-    const TIME_ZONE_INFORMATION* lpTimeZoneInformation, const SYSTEMTIME* lpLocalTime, LPSYSTEMTIME lpUniversalTime)
-{
-    FILETIME local{};
-    if (lpTimeZoneInformation != nullptr)
-        return Fail(ERROR_NOT_SUPPORTED);
-    if (!SystemTimeToFileTime(lpLocalTime, &local))
-        return FALSE;
-    const auto lead = [](LONGLONG universal)
-    {
-        return LocalUnits(universal) - universal;
-    };
-    const LONGLONG wanted = UnitsOf(local);
-    const LONGLONG universal = wanted - lead(wanted - lead(wanted));
-    if (universal < 0)
-        return Fail(ERROR_INVALID_PARAMETER);
-    *lpUniversalTime = SplitTime(universal);
-    return TRUE;
-}
-
 LONG WINAPI CompareFileTime(const FILETIME* lpFileTime1, const FILETIME* lpFileTime2)
 {
     const auto first = static_cast<ULONGLONG>(UnitsOf(*lpFileTime1));
@@ -147,9 +101,4 @@ void WINAPI GetSystemTimeAsFileTime(LPFILETIME lpSystemTimeAsFileTime)
 void WINAPI GetSystemTime(LPSYSTEMTIME lpSystemTime)
 {
     *lpSystemTime = SplitTime(UnitsNow());
-}
-
-void WINAPI GetLocalTime(LPSYSTEMTIME lpSystemTime)
-{
-    *lpSystemTime = SplitTime(LocalUnits(UnitsNow()));
 }

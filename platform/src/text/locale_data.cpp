@@ -184,6 +184,18 @@ std::u16string MonthName(const Locale& locale, int month, bool abbreviated)
     return Symbol(locale, abbreviated ? UDAT_STANDALONE_SHORT_MONTHS : UDAT_STANDALONE_MONTHS, month);
 }
 
+std::u16string MonthNameInDate(const Locale& locale, int month, bool abbreviated)
+{
+    if (const LanguageSupplement* const supplement = SupplementOf(locale))
+        return supplement->months[month];
+    return Symbol(locale, abbreviated ? UDAT_SHORT_MONTHS : UDAT_MONTHS, month);
+}
+
+std::u16string EraName(const Locale& locale)
+{
+    return Symbol(locale, UDAT_ERAS, 1);
+}
+
 // The abbreviated form, which ICU's own interfaces pass over.
 std::u16string DayHalfName(const Locale& locale, bool afternoon)
 {

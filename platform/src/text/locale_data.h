@@ -12,8 +12,10 @@ namespace qxplatform
 // stand for themselves.
 std::u16string DayName(const Locale& locale, int day, bool abbreviated);
 std::u16string MonthName(const Locale& locale, int month, bool abbreviated);
+std::u16string MonthNameInDate(const Locale& locale, int month, bool abbreviated); // beside a day's number
 std::u16string DayHalfName(const Locale& locale, bool afternoon);
 
+std::u16string EraName(const Locale& locale); // of the years from 1 on
 std::u16string DecimalSeparator(const Locale& locale);
 std::u16string GroupSeparator(const Locale& locale);
 std::u16string CurrencySymbol(const Locale& locale);

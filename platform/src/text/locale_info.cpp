@@ -15,6 +15,7 @@
 #include "text/locale.h"
 #include "text/locale_code_pages.h"
 #include "text/locale_data.h"
+#include "text/pictures.h"
 
 using namespace qxplatform;
 
@@ -55,7 +56,7 @@ std::u16string LanguageNumberText(const Locale& locale)
 // 0 month, day, year; 1 day, month, year; 2 year, month, day.
 DWORD DateOrder(const Locale& locale)
 {
-    const std::u16string picture = DatePicture(locale, DateStyle::Numbers);
+    const std::u16string& picture = PicturesOf(locale).dateOfNumbers;
     switch (picture[std::min(picture.find_first_of(u"dMy"), picture.size())])
     {
     case u'M':
@@ -139,33 +140,33 @@ constexpr InfoType TYPES[] = {
     {LOCALE_SDATE,
         [](const Locale& locale)
         {
-            return DateSeparatorOf(DatePicture(locale, DateStyle::Numbers));
+            return DateSeparatorOf(PicturesOf(locale).dateOfNumbers);
         }},
     {LOCALE_STIME,
         [](const Locale& locale)
         {
-            return TimeSeparatorOf(TimePicture(locale));
+            return TimeSeparatorOf(PicturesOf(locale).time);
         }},
     {LOCALE_SSHORTDATE,
         [](const Locale& locale)
         {
-            return DatePicture(locale, DateStyle::Short);
+            return PicturesOf(locale).shortDate;
         }},
     {LOCALE_SLONGDATE,
         [](const Locale& locale)
         {
-            return DatePicture(locale, DateStyle::Long);
+            return PicturesOf(locale).longDate;
         }},
     {LOCALE_IDATE, Decimal<DateOrder>, DateOrder},
     {LOCALE_S1159,
         [](const Locale& locale)
         {
-            return DayHalfName(locale, false);
+            return PicturesOf(locale).morning;
         }},
     {LOCALE_S2359,
         [](const Locale& locale)
         {
-            return DayHalfName(locale, true);
+            return PicturesOf(locale).afternoon;
         }},
     {LOCALE_SDAYNAME1, DayNamed<0, false>},
     {LOCALE_SDAYNAME2, DayNamed<1, false>},
@@ -222,7 +223,11 @@ constexpr InfoType TYPES[] = {
         {
             return RegionName(locale, English());
         }},
-    {LOCALE_STIMEFORMAT, TimePicture},
+    {LOCALE_STIMEFORMAT,
+        [](const Locale& locale)
+        {
+            return PicturesOf(locale).time;
+        }},
     {LOCALE_IDEFAULTANSICODEPAGE, Decimal<AnsiCodePage>, AnsiCodePage},
 };
 

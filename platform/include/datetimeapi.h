@@ -1,0 +1,16 @@
+// Dates and times as text.
+#pragma once
+
+#include <minwindef.h>
+
+EXTERN_C_START
+
+// A null time is the present one; a null picture the locale's: the short date (without a flag too) or the long one.
+QXPLATFORM_API int WINAPI GetDateFormatW(
+    LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpDate, LPCWSTR lpFormat, LPWSTR lpDateStr, int cchDate);
+QXPLATFORM_API int WINAPI GetTimeFormatW(
+    LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpTime, LPCWSTR lpFormat, LPWSTR lpTimeStr, int cchTime);
+#define GetDateFormat GetDateFormatW
+#define GetTimeFormat GetTimeFormatW
+
+EXTERN_C_END

@@ -1,0 +1,236 @@
+// Time zones, and local time in them.
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "platform/system_support.h"
+
+namespace
+{
+
+using qxtest::isLayer;
+
+std::string Text(const SYSTEMTIME& time)
+{
+    char text[48];
+    std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d.%03d", time.wYear, time.wMonth, time.wDay,
+        time.wHour, time.wMinute, time.wSecond, time.wMilliseconds);
+    return text;
+}
+
+SYSTEMTIME Time(const char* text)
+{
+    int year = 0, month = 0, day = 0, hour = 0, minute = 0;
+    std::sscanf(text, "%d-%d-%d %d:%d", &year, &month, &day, &hour, &minute);
+    return {static_cast<WORD>(year), static_cast<WORD>(month), 0, static_cast<WORD>(day), static_cast<WORD>(hour),
+        static_cast<WORD>(minute), 0, 0};
+}
+
+using Convert = BOOL(WINAPI*)(const TIME_ZONE_INFORMATION*, const SYSTEMTIME*, LPSYSTEMTIME);
+
+BOOL WINAPI ToLocal(const TIME_ZONE_INFORMATION* zone, const SYSTEMTIME* universal, LPSYSTEMTIME local)
+{
+    return SystemTimeToTzSpecificLocalTime(
+        const_cast<TIME_ZONE_INFORMATION*>(zone), const_cast<SYSTEMTIME*>(universal), local);
+}
+
+BOOL WINAPI ToUniversal(const TIME_ZONE_INFORMATION* zone, const SYSTEMTIME* local, LPSYSTEMTIME universal)
+{
+    return TzSpecificLocalTimeToSystemTime(
+        const_cast<TIME_ZONE_INFORMATION*>(zone), const_cast<SYSTEMTIME*>(local), universal);
+}
+
+std::string Converted(Convert convert, const TIME_ZONE_INFORMATION* zone, const char* text)
+{
+    const SYSTEMTIME time = Time(text);
+    SYSTEMTIME result;
+    if (!convert(zone, &time, &result))
+        return "error " + std::to_string(GetLastError());
+    return Text(result).substr(0, 16);
+}
+
+constexpr SYSTEMTIME Rule(WORD month, WORD week, WORD hour)
+{
+    return {0, month, 0, week, hour, 0, 0, 0};
+}
+
+// The rules in force since 1996, 2007 and 2008, and Brazil's from 2018 on until it gave them up in 2019.
+const TIME_ZONE_INFORMATION BERLIN{-60, L"", Rule(10, 5, 3), 0, L"", Rule(3, 5, 2), -60};
+const TIME_ZONE_INFORMATION NEW_YORK{300, L"", Rule(11, 1, 2), 0, L"", Rule(3, 2, 2), -60};
+const TIME_ZONE_INFORMATION SYDNEY{-600, L"", Rule(4, 1, 3), 0, L"", Rule(10, 1, 2), -60};
+const TIME_ZONE_INFORMATION SAO_PAULO{180, L"", Rule(2, 3, 0), 0, L"", Rule(11, 1, 0), -60};
+const TIME_ZONE_INFORMATION KOLKATA{-330, L"", {}, 0, L"", {}, -60};
+
+TEST(TimeZones, TimesOfAGivenZone)
+{
+    struct Case
+    {
+        const TIME_ZONE_INFORMATION* zone;
+        Convert convert;
+        const char* time;
+        const char* result;
+    };
+    const Case cases[] = {
+        {&BERLIN, ToLocal, "2018-01-01 00:30", "2018-01-01 01:30"},
+        {&BERLIN, ToLocal, "2018-03-25 00:59", "2018-03-25 01:59"},
+        {&BERLIN, ToLocal, "2018-03-25 01:00", "2018-03-25 03:00"},
+        {&BERLIN, ToLocal, "2018-10-28 00:59", "2018-10-28 02:59"},
+        {&BERLIN, ToLocal, "2018-10-28 01:00", "2018-10-28 02:00"},
+        {&BERLIN, ToLocal, "1601-07-01 00:00", "1601-07-01 02:00"},
+        {&BERLIN, ToLocal, "2100-07-01 00:00", "2100-07-01 02:00"},
+        {&BERLIN, ToLocal, "2018-12-31 23:30", "2019-01-01 00:30"},
+        {&BERLIN, ToUniversal, "2018-03-25 01:59", "2018-03-25 00:59"},
+        {&BERLIN, ToUniversal, "2018-03-25 02:30", "2018-03-25 00:30"}, // which the clocks skip
+        {&BERLIN, ToUniversal, "2018-03-25 03:00", "2018-03-25 01:00"},
+        {&BERLIN, ToUniversal, "2018-10-28 02:30", "2018-10-28 00:30"}, // which they show twice
+        {&BERLIN, ToUniversal, "2018-10-28 03:00", "2018-10-28 02:00"},
+        {&BERLIN, ToUniversal, "1601-01-01 00:00", "error 87"},
+        {&BERLIN, ToUniversal, "2018-13-01 00:00", "error 87"},
+        {&BERLIN, ToLocal, "1600-07-01 00:00", "error 87"},
+        {&NEW_YORK, ToLocal, "2018-03-11 06:59", "2018-03-11 01:59"},
+        {&NEW_YORK, ToLocal, "2018-03-11 07:00", "2018-03-11 03:00"},
+        {&NEW_YORK, ToLocal, "2018-11-04 05:59", "2018-11-04 01:59"},
+        {&NEW_YORK, ToLocal, "2018-11-04 06:00", "2018-11-04 01:00"},
+        {&NEW_YORK, ToUniversal, "2018-11-04 01:30", "2018-11-04 05:30"},
+        {&SYDNEY, ToLocal, "2018-03-31 15:59", "2018-04-01 02:59"},
+        {&SYDNEY, ToLocal, "2018-03-31 16:00", "2018-04-01 02:00"},
+        {&SYDNEY, ToLocal, "2018-10-06 16:00", "2018-10-07 03:00"},
+        {&SYDNEY, ToLocal, "2018-12-31 23:30", "2019-01-01 10:30"},
+        {&SAO_PAULO, ToLocal, "2018-02-18 01:59", "2018-02-17 23:59"},
+        {&SAO_PAULO, ToLocal, "2018-11-04 03:00", "2018-11-04 01:00"},
+        {&KOLKATA, ToLocal, "2018-07-01 00:00", "2018-07-01 05:30"},
+        {&KOLKATA, ToUniversal, "2018-07-01 00:00", "2018-06-30 18:30"},
+    };
+    for (const Case& row : cases)
+        EXPECT_EQ(Converted(row.convert, row.zone, row.time), row.result) << row.time;
+    if (isLayer) // Wine follows any rule
+    {
+        TIME_ZONE_INFORMATION damaged = BERLIN;
+        damaged.DaylightDate.wMonth = 13;
+        EXPECT_EQ(Converted(ToLocal, &damaged, "2018-07-01 00:00"), "error 87");
+    }
+}
+
+// Whatever the zone is: its own information converts as the zone itself does.
+TEST(TimeZones, TheUsersZoneAndItsInformationAgree)
+{
+    TIME_ZONE_INFORMATION zone;
+    const DWORD kind = GetTimeZoneInformation(&zone);
+    ASSERT_NE(kind, TIME_ZONE_ID_INVALID);
+    SYSTEMTIME now, local, again;
+    GetSystemTime(&now);
+    for (WORD month = 1; month <= 12; ++month)
+    {
+        SYSTEMTIME time{now.wYear, month, 0, 15, 12, 30, 15, 250};
+        ASSERT_TRUE(ToLocal(nullptr, &time, &local));
+        ASSERT_TRUE(ToLocal(&zone, &time, &again));
+        EXPECT_EQ(Text(local), Text(again)) << month;
+        ASSERT_TRUE(ToUniversal(nullptr, &local, &again));
+        EXPECT_EQ(Text(again), Text(time)) << month;
+    }
+}
+
+#ifndef _WIN32
+// Wine reads TZ once, at the start of the process.
+class UsersZone : public testing::Test
+{
+protected:
+    static void Set(const char* zone) { setenv("TZ", zone, 1); }
+    ~UsersZone() override
+    {
+        if (_before.empty())
+            unsetenv("TZ");
+        else
+            Set(_before.c_str());
+    }
+
+private:
+    const std::string _before = std::getenv("TZ") != nullptr ? std::getenv("TZ") : "";
+};
+
+// "month/week hour" of a Sunday, or "-".
+std::string RuleText(const SYSTEMTIME& rule)
+{
+    if (rule.wMonth == 0)
+        return "-";
+    EXPECT_EQ(rule.wDayOfWeek, 0);
+    return std::to_string(rule.wMonth) + '/' + std::to_string(rule.wDay) + ' ' + std::to_string(rule.wHour);
+}
+
+TEST_F(UsersZone, RulesOfKnownZones)
+{
+    struct Case
+    {
+        const char* name;
+        LONG bias;
+        const char* toDaylight;
+        const char* toStandard;
+        LONG daylightBias;
+    };
+    constexpr Case CASES[] = {
+        {"Europe/Berlin", -60, "3/5 2", "10/5 3", -60},
+        {"Europe/Dublin", 0, "3/5 1", "10/5 2", -60}, // its law has it the other way round
+        {"America/New_York", 300, "3/2 2", "11/1 2", -60}, {"Australia/Sydney", -600, "10/1 2", "4/1 3", -60},
+        {"Australia/Lord_Howe", -630, "10/1 2", "4/1 2", -30}, {"America/Sao_Paulo", 180, "-", "-", -60},
+        {"Asia/Kolkata", -330, "-", "-", -60}, {"UTC", 0, "-", "-", -60},
+        {"BRT3BRST,M11.1.0/0,M2.3.0/0", 180, "11/1 0", "2/3 0", -60},
+        {"XST-1XDT,M3.4.0,M10.4.0", -60, "3/4 2", "10/4 2", -60}, // a fourth Sunday that is seldom the last
+    };
+    for (const Case& row : CASES)
+    {
+        Set(row.name);
+        TIME_ZONE_INFORMATION zone;
+        const DWORD kind = GetTimeZoneInformation(&zone);
+        EXPECT_EQ(kind == TIME_ZONE_ID_UNKNOWN, row.toDaylight[0] == '-') << row.name;
+        EXPECT_EQ(zone.Bias, row.bias) << row.name;
+        EXPECT_EQ(zone.StandardBias, 0) << row.name;
+        EXPECT_EQ(zone.DaylightBias, row.daylightBias) << row.name;
+        EXPECT_EQ(RuleText(zone.DaylightDate), row.toDaylight) << row.name;
+        EXPECT_EQ(RuleText(zone.StandardDate), row.toStandard) << row.name;
+    }
+    Set("Europe/Berlin");
+    TIME_ZONE_INFORMATION zone;
+    GetTimeZoneInformation(&zone);
+    EXPECT_STREQ(zone.StandardName, L"W. Europe Standard Time");
+    EXPECT_STREQ(zone.DaylightName, L"W. Europe Daylight Time");
+}
+
+// The user's zone has its past too, from 1970 on; before, the standard time of that year.
+TEST_F(UsersZone, TimesOfThePast)
+{
+    struct Case
+    {
+        const char* zone;
+        Convert convert;
+        const char* time;
+        const char* result;
+    };
+    constexpr Case CASES[] = {
+        {"Europe/Berlin", ToLocal, "1601-07-01 00:00", "1601-07-01 01:00"},
+        {"Europe/Berlin", ToLocal, "1979-07-01 00:00", "1979-07-01 01:00"}, // no daylight saving time yet
+        {"Europe/Berlin", ToLocal, "1980-07-01 00:00", "1980-07-01 02:00"},
+        {"Europe/Berlin", ToLocal, "2018-10-28 01:00", "2018-10-28 02:00"},
+        {"Europe/Berlin", ToUniversal, "2018-03-25 02:30", "2018-03-25 00:30"},
+        {"Europe/Berlin", ToUniversal, "2018-10-28 02:30", "2018-10-28 00:30"},
+        {"Europe/Berlin", ToUniversal, "1601-01-01 00:00", "error 87"},
+        {"Europe/Berlin", ToLocal, "2100-07-01 00:00", "2100-07-01 02:00"},
+        {"America/New_York", ToLocal, "2006-03-20 12:00", "2006-03-20 07:00"}, // the rule of 2007 would differ
+        {"America/Sao_Paulo", ToLocal, "2017-10-15 02:59", "2017-10-14 23:59"},
+        {"America/Sao_Paulo", ToLocal, "2017-10-15 03:00", "2017-10-15 01:00"},
+        {"America/Sao_Paulo", ToLocal, "2019-12-01 12:00", "2019-12-01 09:00"},
+        {"Australia/Sydney", ToUniversal, "2018-04-01 02:30", "2018-03-31 15:30"},
+        {"Asia/Kolkata", ToLocal, "1601-01-01 00:00", "1601-01-01 05:30"},
+    };
+    for (const Case& row : CASES)
+    {
+        Set(row.zone);
+        EXPECT_EQ(Converted(row.convert, nullptr, row.time), row.result) << row.zone << ' ' << row.time;
+    }
+}
+#endif
+
+} // namespace
