@@ -24,8 +24,8 @@ const bool isEnglish = setenv("LC_ALL", "C", 1) == 0;
 struct ComparedType
 {
     std::string_view column;
-    LCTYPE type;
-    int least; // of 1000 values at least so many are those of the reference
+    LCTYPE type; // or the flags of a format
+    int least;   // of 1000 values at least so many are those of the reference
 };
 
 constexpr ComparedType TYPES[] = {
@@ -49,6 +49,15 @@ constexpr ComparedType TYPES[] = {
     {"LOCALE_SDECIMAL", LOCALE_SDECIMAL, 980},
     {"LOCALE_SDAYNAME1", LOCALE_SDAYNAME1, 968},
     {"LOCALE_SMONTHNAME1", LOCALE_SMONTHNAME1, 968},
+};
+
+using Format = int(WINAPI*)(LCID, DWORD, const SYSTEMTIME*, LPCWSTR, LPWSTR, int);
+
+constexpr ComparedType DATES[] = {{"GetDateFormat(DATE_LONGDATE)", DATE_LONGDATE, 912}};
+constexpr ComparedType TIMES[] = {
+    {"GetTimeFormat(0)", 0, 960},
+    {"GetTimeFormat(TIME_NOSECONDS)", TIME_NOSECONDS, 960},
+    {"GetTimeFormat(TIME_FORCE24HOURFORMAT)", TIME_FORCE24HOURFORMAT, 960},
 };
 
 std::vector<std::string> Fields(const std::string& line)
@@ -186,29 +195,51 @@ TEST(LocaleReference, LanguageGroups)
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
 }
 
-TEST(LocaleReference, Values)
+template <class GetValue>
+void Compare(const ComparedType& type, GetValue getValue)
 {
     const std::vector<std::vector<std::string>> rows = Reference();
     ASSERT_EQ(rows.size(), 256u);
-    for (const ComparedType& type : TYPES)
+    const auto column = std::find(rows[0].begin(), rows[0].end(), type.column);
+    ASSERT_NE(column, rows[0].end()) << type.column;
+    const auto index = static_cast<std::size_t>(column - rows[0].begin());
+    std::size_t equal = 0;
+    std::string differences;
+    for (std::size_t i = 1; i < rows.size(); ++i)
     {
-        const auto column = std::find(rows[0].begin(), rows[0].end(), type.column);
-        ASSERT_NE(column, rows[0].end()) << type.column;
-        const auto index = static_cast<std::size_t>(column - rows[0].begin());
-        std::size_t equal = 0;
-        std::string differences;
-        for (std::size_t i = 1; i < rows.size(); ++i)
-        {
-            const std::string value = Info(NumberOf(rows[i]), type.type);
-            if (value == rows[i][index])
-                ++equal;
-            else
-                differences += "\n  " + rows[i][1] + " '" + value + "', there '" + rows[i][index] + "'";
-        }
-        const int share = static_cast<int>(equal * 1000 / (rows.size() - 1));
-        RecordProperty(std::string(type.column), share);
-        EXPECT_GE(share, type.least) << type.column << differences;
+        const std::string value = getValue(NumberOf(rows[i]), type.type);
+        if (value == rows[i][index])
+            ++equal;
+        else
+            differences += "\n  " + rows[i][1] + " '" + value + "', there '" + rows[i][index] + "'";
     }
+    const int share = static_cast<int>(equal * 1000 / (rows.size() - 1));
+    testing::Test::RecordProperty(std::string(type.column), share);
+    EXPECT_GE(share, type.least) << type.column << differences;
+}
+
+TEST(LocaleReference, Values)
+{
+    for (const ComparedType& type : TYPES)
+        Compare(type, Info);
+}
+
+TEST(LocaleReference, DatesAndTimes)
+{
+    const auto formatted = [](Format format)
+    {
+        return [format](LCID locale, DWORD flags)
+        {
+            constexpr SYSTEMTIME MOMENT{2018, 2, 6, 3, 15, 4, 7, 0};
+            wchar_t value[256];
+            return format(locale, flags, &MOMENT, nullptr, value, 256) == 0 ? "error " + std::to_string(GetLastError())
+                                                                            : Utf8(value);
+        };
+    };
+    for (const ComparedType& type : DATES)
+        Compare(type, formatted(GetDateFormatW));
+    for (const ComparedType& type : TIMES)
+        Compare(type, formatted(GetTimeFormatW));
 }
 
 } // namespace

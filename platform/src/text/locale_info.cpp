@@ -15,7 +15,6 @@
 #include "text/locale.h"
 #include "text/locale_code_pages.h"
 #include "text/locale_data.h"
-#include "text/pictures.h"
 
 using namespace qxplatform;
 
@@ -56,7 +55,7 @@ std::u16string LanguageNumberText(const Locale& locale)
 // 0 month, day, year; 1 day, month, year; 2 year, month, day.
 DWORD DateOrder(const Locale& locale)
 {
-    const std::u16string& picture = PicturesOf(locale).dateOfNumbers;
+    const std::u16string picture = DatePicture(locale, DateStyle::Numbers);
     switch (picture[std::min(picture.find_first_of(u"dMy"), picture.size())])
     {
     case u'M':
@@ -140,33 +139,33 @@ constexpr InfoType TYPES[] = {
     {LOCALE_SDATE,
         [](const Locale& locale)
         {
-            return DateSeparatorOf(PicturesOf(locale).dateOfNumbers);
+            return DateSeparatorOf(DatePicture(locale, DateStyle::Numbers));
         }},
     {LOCALE_STIME,
         [](const Locale& locale)
         {
-            return TimeSeparatorOf(PicturesOf(locale).time);
+            return TimeSeparatorOf(TimePicture(locale));
         }},
     {LOCALE_SSHORTDATE,
         [](const Locale& locale)
         {
-            return PicturesOf(locale).shortDate;
+            return DatePicture(locale, DateStyle::Short);
         }},
     {LOCALE_SLONGDATE,
         [](const Locale& locale)
         {
-            return PicturesOf(locale).longDate;
+            return DatePicture(locale, DateStyle::Long);
         }},
     {LOCALE_IDATE, Decimal<DateOrder>, DateOrder},
     {LOCALE_S1159,
         [](const Locale& locale)
         {
-            return PicturesOf(locale).morning;
+            return DayHalfName(locale, false);
         }},
     {LOCALE_S2359,
         [](const Locale& locale)
         {
-            return PicturesOf(locale).afternoon;
+            return DayHalfName(locale, true);
         }},
     {LOCALE_SDAYNAME1, DayNamed<0, false>},
     {LOCALE_SDAYNAME2, DayNamed<1, false>},
@@ -223,11 +222,7 @@ constexpr InfoType TYPES[] = {
         {
             return RegionName(locale, English());
         }},
-    {LOCALE_STIMEFORMAT,
-        [](const Locale& locale)
-        {
-            return PicturesOf(locale).time;
-        }},
+    {LOCALE_STIMEFORMAT, TimePicture},
     {LOCALE_IDEFAULTANSICODEPAGE, Decimal<AnsiCodePage>, AnsiCodePage},
 };
 

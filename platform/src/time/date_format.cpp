@@ -11,8 +11,8 @@
 #include "base/fail.h"
 #include "base/text.h"
 #include "text/locale_data.h"
-#include "text/pictures.h"
 #include "time/picture.h"
+#include "time/pictures.h"
 
 using namespace qxplatform;
 
