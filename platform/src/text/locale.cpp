@@ -154,10 +154,11 @@ std::optional<Locale> MakeByNumber(LCID lcid)
             return Locale{row.icu, row.name, row.lcid};
     const std::string icu = Text([lcid](char* buffer, int32_t size, UErrorCode* status)
         { return uloc_getLocaleForLCID(lcid, buffer, size, status); });
-    if (icu.empty() || !IsKnownLanguage(icu))
+    // ICU answers for an unknown region of a known language with the language.
+    const bool isUnknownRegion = SUBLANGID(lcid) != SUBLANG_NEUTRAL && Part(icu, uloc_getCountry).empty();
+    if (icu.empty() || isUnknownRegion || !IsKnownLanguage(icu))
         return std::nullopt;
     Locale locale = FromIcuName(icu);
-    // ICU answers for an unknown region of a known language with the language.
     if (SUBLANGID(lcid) != SUBLANG_NEUTRAL && locale.lcid != LANGIDFROMLCID(lcid))
         return std::nullopt;
     if (SORTIDFROMLCID(lcid) != SORT_DEFAULT)
