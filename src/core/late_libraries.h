@@ -16,8 +16,10 @@ class clsKernel32Base : public CLateLoadBase
 public:
     clsKernel32Base() : CLateLoadBase(L"kernel32") {}
 
-    LateProcedure p_EnumLanguageGroupLocales{*this, L"p_EnumLanguageGroupLocales", 16};
-    LateProcedure p_EnumSystemLanguageGroups{*this, L"p_EnumSystemLanguageGroups", 12};
+    LateFunction<BOOL(LANGGROUPLOCALE_ENUMPROCW, LGRPID, DWORD, LONG_PTR)> p_EnumLanguageGroupLocales{
+        *this, L"p_EnumLanguageGroupLocales", 16};
+    LateFunction<BOOL(LANGUAGEGROUP_ENUMPROCW, DWORD, LONG_PTR)> p_EnumSystemLanguageGroups{
+        *this, L"p_EnumSystemLanguageGroups", 12};
     LateProcedure p_GetActiveProcessorCount{*this, L"p_GetActiveProcessorCount", 4};
     LateFunction<DWORD()> p_GetCurrentProcessorNumber{*this, L"p_GetCurrentProcessorNumber"};
     LateProcedure p_GetCurrentProcessorNumberEx{*this, L"p_GetCurrentProcessorNumberEx", 4};

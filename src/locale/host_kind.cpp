@@ -1,0 +1,25 @@
+#include "locale/host_kind.h"
+
+#include "core/module_paths.h"
+#include "core/string.h"
+#include "core/version_block.h"
+
+#include <windows.h>
+
+namespace qx
+{
+
+HostKind HostKindByName(const wchar_t* internalName)
+{
+    const IString name(internalName);
+    return name == L"vtz" ? HostKind::vtz : name == L"hqd" ? HostKind::hqd : HostKind::other;
+}
+
+HostKind ThisHostKind()
+{
+    static const HostKind kind =
+        HostKindByName(GetFileVersionValue(ModulePath(GetModuleHandleW(nullptr)), L"InternalName"));
+    return kind;
+}
+
+} // namespace qx

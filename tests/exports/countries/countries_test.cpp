@@ -1,0 +1,167 @@
+// The exports, on the system that the tests run on and with the library's own rows.
+#include <qxut23/countries.h>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+// As text: numbers in decimal, texts in UTF-8, "-" for nothing.
+std::string Text(const VARIANT& value)
+{
+    if (value.vt == VT_I4)
+        return std::to_string(value.lVal);
+    if (value.vt != VT_BSTR)
+        return value.vt == VT_EMPTY ? "-" : "?";
+    char bytes[1024];
+    return WideCharToMultiByte(CP_UTF8, 0, value.bstrVal, -1, bytes, sizeof bytes, nullptr, nullptr) > 0 ? bytes : "?";
+}
+
+std::string Info(const wchar_t* name, uint32_t type)
+{
+    VARIANT value;
+    VariantInit(&value);
+    EXPECT_EQ(UtilLocGetCountryInfo(name, type, &value), 0);
+    const std::string text = Text(value);
+    VariantClear(&value);
+    return text;
+}
+
+std::string Language(const wchar_t* name)
+{
+    VARIANT value;
+    VariantInit(&value);
+    EXPECT_EQ(UtilLocGetLanguageInfo(name, QXUT_LANGUAGE_LCID, &value), 0);
+    return Text(value);
+}
+
+TEST(CountryExports, Values)
+{
+    struct Case
+    {
+        const wchar_t* name;
+        uint32_t type;
+        const char* value;
+    };
+    constexpr Case CASES[] = {
+        {L"Germany", QXUT_COUNTRY_LCID, "1031"},
+        {L"DEU", QXUT_COUNTRY_LCID, "1031"},
+        {L"49", QXUT_COUNTRY_LCID, "1031"},
+        {L"Deutschland", QXUT_COUNTRY_LCID, "1031"},
+        {L"0x0407", QXUT_COUNTRY_LCID, "1031"},
+        {L"D", QXUT_COUNTRY_LCID, "1031"},
+        {L"de-AT", QXUT_COUNTRY_LCID, "3079"},
+        {L"A", QXUT_COUNTRY_LCID, "3079"},
+        {L"CDN", QXUT_COUNTRY_ENGLISH_NAME, "Canada"},
+        {L"UK", QXUT_COUNTRY_ENGLISH_NAME, "United Kingdom"},
+        {L"ROK", QXUT_COUNTRY_LCID, "1042"},
+        {L"CH", QXUT_COUNTRY_LCID, "2055"},
+        {L"BE", QXUT_COUNTRY_LCID, "2060"},
+        {L"Ghana*2057", QXUT_COUNTRY_LCID, "2057"},
+        {L"WAG", QXUT_COUNTRY_ENGLISH_NAME, "Republic of The Gambia"},
+        {L"", QXUT_COUNTRY_LCID, "0"},
+        {nullptr, QXUT_COUNTRY_LCID, "0"},
+        {L"Atlantis", QXUT_COUNTRY_LCID, "0"},
+        {L"Germany", QXUT_COUNTRY_CALLING_CODE, "49"},
+        {L"Atlantis", QXUT_COUNTRY_CALLING_CODE, "0"},
+        {L"Germany", QXUT_COUNTRY_ISO3166, "DE"},
+        {L"GH", QXUT_COUNTRY_ISO3166, "GHA"},
+        {L"Atlantis", QXUT_COUNTRY_ISO3166, ""},
+        {L"Germany", QXUT_COUNTRY_NOTHING, "-"},
+        {L"Germany", QXUT_COUNTRY_CURRENCY, "€"},
+        {L"GH", QXUT_COUNTRY_CURRENCY, "cedi"},
+        {L"NGA", QXUT_COUNTRY_CURRENCY, "Naira"},
+        {L"ru-RU", QXUT_COUNTRY_CODE_PAGE, "1251"},
+        {L"GR", QXUT_COUNTRY_CODE_PAGE, "1253"},
+        {L"DE", QXUT_COUNTRY_ENGLISH_NAME, "Germany"},
+        {L"aq", QXUT_COUNTRY_ENGLISH_NAME, "Antarctica"},
+        {L"yt", QXUT_COUNTRY_ENGLISH_NAME, "Mayotte"},
+        {L"Atlantis", QXUT_COUNTRY_ENGLISH_NAME, ""},
+        {L"CI", QXUT_COUNTRY_ENGLISH_NAME, "Côte d'Ivoire"},
+        {L"DE", QXUT_COUNTRY_NATIVE_NAME, "Deutschland"},
+        {L"CY", QXUT_COUNTRY_NATIVE_NAME, "Κύπρος"},
+        {L"Djibouti*1025", QXUT_COUNTRY_NATIVE_NAME, "جيبوتي"},
+        {L"Algeria*5121", QXUT_COUNTRY_NATIVE_NAME, "الجزائر"}, // the last row
+        // Rows are set over the system's values, the last one of a number over the others.
+        {L"1033", QXUT_COUNTRY_ENGLISH_NAME, "American Samoa"},
+        {L"2057", QXUT_COUNTRY_ENGLISH_NAME, "State of Grenada"},
+        {L"Lao Peoples's Democratic Republic", QXUT_COUNTRY_CALLING_CODE, "856"},
+    };
+    for (const Case& row : CASES)
+        EXPECT_EQ(Info(row.name, row.type), row.value) << testing::PrintToString(row.name) << ' ' << row.type;
+}
+
+TEST(CountryExports, Languages)
+{
+    EXPECT_EQ(Language(L"de"), "7");
+    EXPECT_EQ(Language(L"de-DE"), "1031");
+    EXPECT_EQ(Language(L"de-XX"), "7");
+    EXPECT_EQ(Language(L"sr-RS"), "9242");
+    EXPECT_EQ(Language(L"Germany"), "0");
+    EXPECT_EQ(Language(nullptr), "0");
+}
+
+TEST(CountryExports, TypesAndVariants)
+{
+    VARIANT value;
+    VariantInit(&value);
+    value.vt = VT_BSTR;
+    value.bstrVal = SysAllocString(L"released");
+    EXPECT_EQ(UtilLocGetCountryInfo(L"DE", QXUT_COUNTRY_NATIVE_NAME, &value), 0);
+    EXPECT_EQ(Text(value), "Deutschland");
+    EXPECT_EQ(UtilLocGetCountryInfo(L"DE", 8, &value), -18);
+    EXPECT_EQ(value.vt, VT_EMPTY);
+    for (const int32_t type : {1, -1})
+    {
+        EXPECT_EQ(UtilLocGetLanguageInfo(L"de", type, &value), -18);
+        EXPECT_EQ(value.vt, VT_EMPTY);
+    }
+    EXPECT_EQ(UtilLocGetCountryInfo(L"DE", 0, nullptr), -18);
+    EXPECT_EQ(UtilLocGetLanguageInfo(L"DE", 0, nullptr), -18);
+}
+
+TEST(CountryExports, List)
+{
+    BSTR list = SysAllocString(L"replaced");
+    EXPECT_EQ(UtilLocGetCountryList(&list), 0);
+    const std::wstring_view text(list, SysStringLen(list));
+    std::vector<std::wstring_view> keys;
+    for (std::size_t begin = 0; begin <= text.size();)
+    {
+        const std::size_t end = std::min(text.find(L';', begin), text.size());
+        keys.push_back(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    EXPECT_GT(keys.size(), 300u);
+    for (std::size_t i = 1; i < keys.size(); ++i)
+        EXPECT_TRUE(keys[i - 1].compare(keys[i]) < 0) << i;
+    for (const std::wstring_view key :
+        {L"Germany*1031", L"Switzerland*4108", L"Ghana*2057", L"Lao Peoples's Democratic Republic"})
+        EXPECT_NE(std::find(keys.begin(), keys.end(), key), keys.end()) << testing::PrintToString(key);
+    SysFreeString(list);
+    EXPECT_EQ(UtilLocGetCountryList(nullptr), 0);
+}
+
+TEST(CountryExports, ManyThreadsAtOnce)
+{
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i)
+        threads.emplace_back(
+            []
+            {
+                for (int round = 0; round < 200; ++round)
+                    EXPECT_EQ(Info(round % 2 == 0 ? L"Austria" : L"de-AT", QXUT_COUNTRY_LCID), "3079");
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+} // namespace

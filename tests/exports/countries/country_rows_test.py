@@ -1,0 +1,122 @@
+"""country_rows_test.py SOURCE_FOLDER: holds the library's lists of countries against what others publish: Debian's
+iso-codes (ISO 3166, ISO 4217), the table of countries of the time zone data, and the locale definitions of the C library
+(calling codes and codes of vehicles)."""
+
+import glob
+import json
+import pathlib
+import re
+import sys
+import unittest
+
+ROOT = pathlib.Path(sys.argv.pop(1))
+ROW = re.compile(r'^    (\d+) "(.*)"$', re.M)
+
+
+def iso_codes(name):
+    with open(f"/usr/share/iso-codes/json/iso_{name}.json", encoding="utf-8") as file:
+        return json.load(file)[name]
+
+
+def comparable(name):
+    """The parts of a name, in whatever order they stand: "Virgin Islands, British" is "British Virgin Islands"."""
+    name = name.replace("&", "and").replace("’", "'").lower()
+    return sorted(re.findall(r"[^\s,()]+", re.sub(r"\bst\b", "saint", name)))
+
+
+def definitions():
+    """By ISO 3166 code: what the C library's locales say of calling codes and vehicles."""
+    calling, vehicles = {}, {}
+    for path in glob.glob("/usr/share/i18n/locales/*"):
+        values = dict(re.findall(r'^(country_ab2|int_prefix|country_car)\s+"([^"\n]+)"',
+                                 pathlib.Path(path).read_text(encoding="utf-8", errors="replace"), re.M))
+        if country := values.get("country_ab2"):
+            calling.setdefault(country, set()).add(values.get("int_prefix"))
+            vehicles.setdefault(country, set()).add(values.get("country_car"))
+    return calling, vehicles
+
+
+ROWS = {int(number): text.replace('""', '"') for number, text in
+        ROW.findall((ROOT / "src/exports/countries.rc").read_text(encoding="utf-8"))}
+NAMES = [ROWS[number].split("=") for number in range(101, 359)]
+COUNTRIES = [ROWS[number].split(":", 1) for number in range(400, 520) if number in ROWS]
+VALUES = [(key, dict(pair.split("=") for pair in values.split(";"))) for key, values in COUNTRIES]
+TODAY = {row["alpha_2"]: row for row in iso_codes("3166-1")}
+FORMER = {row["alpha_2"]: row for row in iso_codes("3166-3")}
+CALLING, VEHICLES = definitions()
+
+# The codes of vehicles that changed behind the C library's back: Cambodia is told by it by its ISO code.
+NEWER_VEHICLES = {"GB": "UK", "KG": "KG", "KH": "K", "MK": "NMK"}
+
+
+def names_of(code):
+    """Every name under which a country is published."""
+    row = TODAY.get(code) or FORMER[code]
+    names = [row[kind] for kind in ("name", "common_name", "official_name") if kind in row]
+    with open("/usr/share/zoneinfo/iso3166.tab", encoding="utf-8") as table:
+        names += [line.rstrip("\n").split("\t")[1] for line in table if line.startswith(code + "\t")]
+    names += [key.split("*")[0] for key, values in VALUES if values["ISO3166"].startswith(code)]
+    return names
+
+
+class CountryRows(unittest.TestCase):
+    def test_shape(self):
+        self.assertEqual((ROWS[359], ROWS[520]), ("-", "-"))
+        self.assertEqual(len(COUNTRIES), 112)
+        self.assertEqual([len(row) for row in NAMES], [3] * 208 + [2] * 50)
+        self.assertEqual(set(ROWS), set(range(101, 360)) | {number for number in ROWS if 400 <= number <= 520})
+
+    def test_every_code_of_today_is_there(self):
+        """By a row of names, or as a country of its own; the system has the rest."""
+        known = {row[0] for row in NAMES} | {values["ISO3166"][:2] for _, values in VALUES}
+        self.assertEqual(set(TODAY) - known, {"FO", "GE", "HR", "SS"}, "the system has these, or nobody")
+        self.assertEqual(known - set(TODAY), {"AN", "CT", "YU", "ZR"})
+
+    def test_names(self):
+        for code, name, *_ in NAMES:
+            published = [comparable(candidate) for candidate in names_of(code)]
+            short = {"KR": "korea", "YU": "yugoslavia", "ZR": "zaire"}.get(code)
+            self.assertTrue(comparable(name) in published or comparable(name) == [short], (code, name, names_of(code)))
+
+    def test_codes_of_vehicles(self):
+        checked = 0
+        for code, _, *vehicle in NAMES:
+            if vehicle and code in VEHICLES:
+                checked += 1
+                expected = {NEWER_VEHICLES[code]} if code in NEWER_VEHICLES else VEHICLES[code]
+                self.assertIn(vehicle[0], expected, code)
+        self.assertGreater(checked, 120)
+
+    def test_countries(self):
+        money = {row["name"].lower() for row in iso_codes("4217")}
+        checked = 0
+        for key, values in VALUES:
+            code, letters = values["ISO3166"].split("/")
+            self.assertEqual(TODAY[code]["alpha_3"], letters, key)
+            currency = values["Currency"].lower()
+            self.assertTrue(currency in money or any(name.endswith(" " + currency) for name in money), key)
+            self.assertRegex(values["CallingCode"], r"^\d{1,3}$", key)
+            if CALLING.get(code):
+                checked += 1
+                self.assertIn(values["CallingCode"], CALLING[code], key)
+            self.assertRegex(values["LanguageCode"], rf"^\?$|^[a-z]+(-latn|-cyrl)?-({code.lower()}|cs)$", key)
+        self.assertGreater(checked, 30)
+
+    def test_table_of_vehicles(self):
+        source = (ROOT / "src/locale/vehicle_codes.cpp").read_text(encoding="utf-8")
+        table = dict(re.findall(r'\{"([A-Z]+)", "([^"]+)"\}', source))
+        self.assertEqual(len(table), 227)
+        by_vehicle = {}
+        for country, codes in VEHICLES.items():
+            for code in codes - {None}:
+                by_vehicle.setdefault(code, set()).add(country)
+        checked = 0
+        for code, name in table.items():
+            if code in by_vehicle:
+                checked += 1
+                self.assertTrue(any(comparable(name) in [comparable(candidate) for candidate in names_of(country)] or
+                                    name == "Korea" for country in by_vehicle[code]), (code, name, by_vehicle[code]))
+        self.assertGreater(checked, 120)
+
+
+unittest.main()

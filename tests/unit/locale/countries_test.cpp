@@ -1,0 +1,305 @@
+// The merge of the system's locales with the library's rows, and the look-ups, on a system made for the purpose.
+#include "locale/countries.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string_view>
+#include <utility>
+
+using namespace qx;
+
+namespace
+{
+
+using namespace std::string_view_literals;
+
+class clsFakeSource : public clsCountrySource
+{
+public:
+    WCValSList<LCID> Locales() const override
+    {
+        ++loads;
+        WCValSList<LCID> list;
+        for (const LCID locale : order)
+            list.Append(locale);
+        return list;
+    }
+
+    bool Info(LCID locale, LCTYPE type, String& text) const override
+    {
+        const auto entry = values.find({locale, type});
+        if (entry == values.end())
+            return false;
+        text = entry->second.data();
+        return true;
+    }
+
+    String LocaleName(LCID locale) const override
+    {
+        const auto entry = names.find(locale);
+        return entry == names.end() ? String() : String(entry->second.data());
+    }
+
+    String Row(int id) const override
+    {
+        const auto entry = rows.find(id);
+        return entry == rows.end() ? String() : String(entry->second.data());
+    }
+
+    // Texts of LOCALE_SENGCOUNTRY, SISO3166, ICOUNTRY, SABBREV, SCOUNTRY, SNATIVE, SCURRENCY, code page, language.
+    void Add(LCID locale, std::initializer_list<std::wstring_view> texts, std::wstring_view name = {})
+    {
+        constexpr LCTYPE TYPES[] = {LOCALE_SENGCOUNTRY, LOCALE_SISO3166CTRYNAME, LOCALE_ICOUNTRY,
+            LOCALE_SABBREVCTRYNAME, LOCALE_SCOUNTRY, LOCALE_SNATIVECTRYNAME, LOCALE_SCURRENCY,
+            LOCALE_IDEFAULTANSICODEPAGE, LOCALE_SISO639LANGNAME};
+        order.push_back(locale);
+        const LCTYPE* type = TYPES;
+        for (const std::wstring_view text : texts)
+            values[{locale, *type++}] = text;
+        if (!name.empty())
+            names[locale] = name;
+    }
+
+    std::vector<LCID> order;
+    std::map<std::pair<LCID, LCTYPE>, std::wstring_view> values;
+    std::map<LCID, std::wstring_view> names;
+    std::map<int, std::wstring_view> rows;
+    mutable int loads = 0;
+};
+
+clsFakeSource Europe()
+{
+    clsFakeSource source;
+    source.Add(1031, {L"Germany", L"DE", L"49", L"DEU", L"Allemagne", L"Deutschland", L"€", L"1252", L"de"}, L"de-DE");
+    source.Add(1070, {L"Germany", L"DE", L"49", L"DEU", L"Allemagne", L"Nimska", L"€", L"1252", L"hsb"}, L"hsb-DE");
+    source.Add(3079, {L"Austria", L"AT", L"43", L"AUT", L"Autriche", L"Österreich", L"€", L"1252", L"de"}, L"de-AT");
+    source.Add(1047, {L"Switzerland", L"CH", L"41", L"CHE", L"Suisse", L"Svizra", L"Fr.", L"1252", L"rm"}, L"rm-CH");
+    source.Add(2055, {L"Switzerland", L"CH", L"41", L"CHE", L"Suisse", L"Schweiz", L"CHF", L"1252", L"de"}, L"de-CH");
+    source.Add(1091, {L"Uzbekistan", L"UZ", L"998", L"UZB", L"", L"", L"", L"1254", L"uz"}, L"uz-Latn-UZ");
+    source.Add(2115, {L"Uzbekistan", L"UZ", L"998", L"UZB", L"", L"", L"", L"1251", L"uz"}, L"uz-Cyrl-UZ");
+    source.Add(1025, {L"Saudi Arabia", L"SA", L"966", L"SAU", L"", L"", L"", L"1256", L"ar"}, L"ar-SA");
+    source.rows = {{101, L"DE=Germany=D"}, {102, L"AT=Austria=A"}, {103, L"CH=Switzerland=CH"}, {104, L"AQ=Antarctica"},
+        {105, L"XX=Oesterreich=A"}, {106, L"-"}, {107, L"FR=France=F"},
+        {400, L"Ghana*2057:NativeName=Republic of Ghana;CallingCode=233;ISO3166=GH/GHA;LanguageCode=en-gh;"
+              L"Currency=cedi;ANSICP=1252"},
+        {402, L"Laos*????:NativeName=Lao;CallingCode=856;ISO3166=LA/LAO;LanguageCode=?;Currency=?kip"},
+        {403, L"Nowhere*66567:LanguageCode=de-nw;Unknown=1;=;;ISO3166"}, {404, L"-"}, {405, L"Mali*1036:ISO3166=ML"}};
+    return source;
+}
+
+struct Resolved
+{
+    const wchar_t* name;
+    int locale;
+};
+
+TEST(Countries, AreFoundByEveryName)
+{
+    const clsFakeSource source = Europe();
+    clsCountries countries(source, HostKind::other);
+    constexpr Resolved CASES[] = {
+        {L"Germany", 1031},
+        {L"DEU", 1031},
+        {L"DE", 1031},
+        {L"49", 1031},
+        {L"Deutschland", 1031},
+        {L"1031", 1031},
+        {L"0x0407", 1031},
+        {L"Germany*1031", 1031},
+        {L"GERMANY", 1031},
+        {L"Allemagne", 1031},
+        {L"D", 1031},
+        {L"de", 1031}, // an ISO code before it is a language
+        {L"Germany*1070", 1070},
+        {L"1070", 1070},
+        {L"hsb", 1070},
+        {L"Nimska", 0}, // plain names are of the preferred
+        {L"de-AT", 3079},
+        {L"DE-at", 3079},
+        {L"A", 3079},
+        {L"Oesterreich", 0},
+        {L"CH", 2055},
+        {L"rm-CH", 1047},
+        {L"Schweiz", 2055}, // preferred by its code
+        {L"UZ", 1091},
+        {L"uz-Cyrl-UZ", 2115},
+        {L"uz", 1091},
+        {L"ar", 1025},
+        {L"Ghana*2057", 2057},
+        {L"GH", 2057},
+        {L"gha", 2057},
+        {L"2057", 2057},
+        {L"0x0809", 2057},
+        {L"Republic of Ghana", 2057},
+        {L"en-GH", 2057},
+        {L"Ghana", 0},
+        {L"Nowhere*66567", 1031}, // the number is cut to 16 bits
+        {L"AQ", 0},
+        {L"FR", 0},
+        {L"ML", 0},
+        {L"", 0},
+        {L"Germany*", 0},
+        {L"?", 0},
+    };
+    for (const Resolved& row : CASES)
+        EXPECT_EQ(countries.Locale(row.name), static_cast<LCID>(row.locale)) << testing::PrintToString(row.name);
+    EXPECT_EQ(source.loads, 1);
+}
+
+TEST(Countries, Values)
+{
+    const clsFakeSource source = Europe();
+    clsCountries countries(source, HostKind::other);
+    EXPECT_EQ(countries.CallingCode(L"Austria"), 43);
+    EXPECT_EQ(countries.CallingCode(L"rm-CH"), 0) << "only the preferred locale has the values of the country";
+    EXPECT_EQ(countries.Currency(L"CH"), L"CHF");
+    EXPECT_EQ(countries.CodePage(L"uz-Cyrl-UZ"), 1251);
+    EXPECT_EQ(countries.IsoCode(L"49"), L"DE");
+    EXPECT_EQ(countries.NativeName(L"AUT"), L"Österreich");
+    EXPECT_EQ(countries.EnglishName(L"Autriche"), L"Austria");
+    EXPECT_EQ(countries.EnglishName(L"rm-CH"), L"Switzerland") << "by the row of names, which finds this key first";
+    EXPECT_EQ(countries.EnglishName(L"hsb-DE"), L"");
+    EXPECT_EQ(countries.EnglishName(L"aq"), L"Antarctica") << "by the row alone";
+    EXPECT_EQ(countries.EnglishName(L"fr"), L"") << "behind the end of the rows";
+    EXPECT_EQ(countries.EnglishName(L""), L"");
+
+    EXPECT_EQ(countries.IsoCode(L"GH"), L"GHA") << "the last of the codes";
+    EXPECT_EQ(countries.EnglishName(L"GH"), L"Ghana");
+    EXPECT_EQ(countries.Currency(L"GH"), L"cedi");
+    EXPECT_EQ(countries.CodePage(L"GH"), 1252);
+    EXPECT_EQ(countries.CallingCode(L"GH"), 233);
+
+    // A key without a number is the plain name.
+    EXPECT_EQ(countries.Locale(L"Laos"), LCID{0});
+    EXPECT_EQ(countries.CallingCode(L"LA"), 856);
+    EXPECT_EQ(countries.EnglishName(L"Lao"), L"Laos");
+    EXPECT_EQ(countries.Currency(L"LA"), L"") << "a value with a question mark isn't given";
+
+    EXPECT_EQ(countries.List(),
+        L"Austria*3079;Germany*1031;Germany*1070;Ghana*2057;Laos;Nowhere*66567;Saudi Arabia*1025;Switzerland*1047;"
+        L"Switzerland*2055;Uzbekistan*1091;Uzbekistan*2115");
+}
+
+TEST(Countries, RowsWinOverTheSystem)
+{
+    clsFakeSource source = Europe();
+    source.rows[402] = L"Austria*3079:NativeName=Ostarrichi;ISO3166=AT/AUT;CallingCode=1;Currency=Schilling;ANSICP=850";
+    source.rows[403] = L"Bavaria*1031:ISO3166=DE;LanguageCode=de-de";
+    clsCountries countries(source, HostKind::other);
+    EXPECT_EQ(countries.NativeName(L"Austria"), L"Ostarrichi");
+    EXPECT_EQ(countries.IsoCode(L"43"), L"AUT");
+    EXPECT_EQ(countries.CallingCode(L"43"), 1);
+    EXPECT_EQ(countries.Currency(L"43"), L"Schilling");
+    EXPECT_EQ(countries.CodePage(L"43"), 850);
+    for (const wchar_t* name : {L"1031", L"0x0407", L"DE", L"de-DE"})
+        EXPECT_EQ(countries.EnglishName(name), L"Bavaria") << testing::PrintToString(name);
+    EXPECT_EQ(countries.EnglishName(L"Deutschland"), L"Germany");
+    EXPECT_EQ(countries.Language(L"de-DE"), LCID{1031}) << "languages stay";
+}
+
+TEST(Countries, OneProgramHasNoLanguagesButVehicles)
+{
+    const clsFakeSource source = Europe();
+    clsCountries countries(source, HostKind::vtz);
+    EXPECT_EQ(countries.Locale(L"de-AT"), LCID{3079});
+    EXPECT_EQ(countries.Locale(L"hsb"), LCID{0});
+    EXPECT_EQ(countries.Locale(L"de"), LCID{1031}) << "the ISO code";
+    EXPECT_EQ(countries.EnglishName(L"CDN"), L"Canada");
+    EXPECT_EQ(countries.EnglishName(L"RGB"), L"Guinea-Bissau");
+    EXPECT_EQ(countries.EnglishName(L"H"), L"Hungary");
+    EXPECT_EQ(countries.EnglishName(L"ZW"), L"Zimbabwe");
+    EXPECT_EQ(countries.EnglishName(L"AX"), L"Åland Islands");
+    for (const wchar_t* name : {L"cdn", L"CDNX", L"ZZ", L"0", L""})
+        EXPECT_EQ(countries.EnglishName(name), L"") << testing::PrintToString(name);
+    EXPECT_EQ(clsCountries(source, HostKind::hqd).EnglishName(L"CDN"), L"");
+
+    EXPECT_EQ(HostKindByName(L"VTZ"), HostKind::vtz);
+    EXPECT_EQ(HostKindByName(L"hqd"), HostKind::hqd);
+    EXPECT_EQ(HostKindByName(L"hqd2"), HostKind::other);
+    EXPECT_EQ(HostKindByName(L""), HostKind::other);
+}
+
+TEST(Countries, Languages)
+{
+    const clsFakeSource source = Europe();
+    clsCountries countries(source, HostKind::vtz);
+    constexpr Resolved CASES[] = {
+        {L"de-DE", 1031},
+        {L"DE-at", 3079},
+        {L"de", 7},
+        {L"De", 7},
+        {L"de-XX", 7},
+        {L"de-XX-YY", 7},
+        {L"hsb", 1070},
+        {L"hsb-XX", 0x2e},
+        {L"uz-UZ", 1091},
+        {L"uz-Latn-UZ", 1091},
+        {L"uz", 0x43},
+        {L"ar", 1},
+        {L"en-gh", 2057},
+        {L"en", 9},
+        {L"de-nw", 1031},
+        {L"xx", 0},
+        {L"xx-DE", 0},
+        {L"-DE", 0},
+        {L"", 0},
+        {L"Germany", 0},
+    };
+    for (const Resolved& row : CASES)
+        EXPECT_EQ(countries.Language(row.name), static_cast<LCID>(row.locale)) << testing::PrintToString(row.name);
+}
+
+// What the system doesn't tell is missing, and nothing else.
+TEST(Countries, WithoutSomeValues)
+{
+    struct Case
+    {
+        LCTYPE missing;
+        const wchar_t* name;
+        int locale;
+        const wchar_t* isoCode;
+        const wchar_t* english;
+        int codePage;
+        int language; // of "de-AT"
+    };
+    constexpr Case CASES[] = {
+        {LOCALE_SISO3166CTRYNAME, L"Austria", 0, L"", L"", 0, 0},
+        {LOCALE_SISO3166CTRYNAME, L"3079", 3079, L"", L"Austria", 1252, 0},
+        {LOCALE_SENGCOUNTRY, L"AT", 0, L"", L"Austria", 0, 0},
+        {LOCALE_SENGCOUNTRY, L"3079", 0, L"", L"", 0, 0},
+        {LOCALE_ICOUNTRY, L"43", 0, L"", L"", 0, 3079},
+        {LOCALE_ICOUNTRY, L"AUT", 3079, L"AT", L"Austria", 1252, 3079},
+        {LOCALE_SNATIVECTRYNAME, L"Österreich", 0, L"", L"", 0, 3079},
+        {LOCALE_IDEFAULTANSICODEPAGE, L"AT", 3079, L"AT", L"Austria", 0, 3079},
+    };
+    for (const Case& row : CASES)
+    {
+        clsFakeSource source = Europe();
+        source.values.erase({3079, row.missing});
+        clsCountries countries(source, HostKind::other);
+        SCOPED_TRACE(testing::PrintToString(row.name) + " without " + std::to_string(row.missing));
+        EXPECT_EQ(countries.Locale(row.name), static_cast<LCID>(row.locale));
+        EXPECT_EQ(countries.IsoCode(row.name), row.isoCode);
+        EXPECT_EQ(countries.EnglishName(row.name), row.english);
+        EXPECT_EQ(countries.CodePage(row.name), row.codePage);
+        EXPECT_EQ(countries.Language(L"de-AT"), static_cast<LCID>(row.language == 0 ? 7 : row.language));
+    }
+
+    // Without names of locales the tag is made of the codes, and the language alone is no name of a country.
+    clsFakeSource nameless = Europe();
+    nameless.names.clear();
+    clsCountries countries(nameless, HostKind::other);
+    EXPECT_EQ(countries.Locale(L"de-AT"), LCID{3079});
+    EXPECT_EQ(countries.Locale(L"hsb"), LCID{0});
+    EXPECT_EQ(countries.Language(L"hsb"), LCID{1070});
+    EXPECT_EQ(countries.Language(L"de"), LCID{7});
+
+    const clsFakeSource nothing;
+    clsCountries none(nothing, HostKind::other);
+    EXPECT_EQ(none.List(), L"");
+    EXPECT_EQ(none.Locale(L"DE"), LCID{0});
+    EXPECT_EQ(nothing.loads, 1) << "an empty load isn't repeated";
+}
+
+} // namespace
