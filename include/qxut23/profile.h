@@ -28,6 +28,8 @@
 
 #include <qxut23/base.h>
 
+struct IStream;
+
 QXUT_EXTERN_C_BEGIN
 
 typedef struct ProfJobObject* HPROFJOB;
@@ -194,6 +196,52 @@ QXUT_API void ProfSetStringW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, 
 /* The same, but always a new leaf behind what is there. With a null path it has the empty name. */
 QXUT_API void ProfAppendStringA(HPROFJOB job, HPROFLIST list, const char* path, const char* value);
 QXUT_API void ProfAppendStringW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const QXWCHAR* value);
+
+/* ---- Embedded files ----
+   Binary content as a value: packed text, which compresses it and enciphers it under the pass phrase `key` (convert.h
+   tells the form). An empty or null key means no encipherment. A wrong key can't be told: it gives other bytes.
+
+   A set of files is kept as lists named "File.Entry", one a file, each with the leaves "Name" (the file's name without
+   its folder) and "Contents" (the packed text). */
+
+/* Appends a leaf with what a file holds from its present position on, as ProfAppendString appends a text. What can't be
+   read gives the empty value, and so do 4 GB and more. `fileHandle` is a handle of the system's (CreateFile), open for
+   reading; it is taken over and closed at the end, whatever happened. */
+QXUT_API void ProfAppendFileA(HPROFJOB job, HPROFLIST list, const char* path, const char* key, void* fileHandle);
+QXUT_API void ProfAppendFileW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const QXWCHAR* key, void* fileHandle);
+
+/* The same with a stream, which stays the caller's. */
+QXUT_API void ProfAppendStreamA(
+    HPROFJOB job, HPROFLIST list, const char* path, const char* key, struct IStream* stream);
+QXUT_API void ProfAppendStreamW(
+    HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const QXWCHAR* key, struct IStream* stream);
+
+/* Makes the content of the first leaf of the path the whole content of a file, which is open for reading and writing;
+   `fileHandle` is taken over and closed at the end.
+   PROF_OK (also for the invalid job); PROF_ERR_NO_LEAF; PROF_ERR_WRITE_FAILED if the value is no packed text or can't
+   be written; PROF_ERR_STOPPED. */
+QXUT_API int32_t ProfGetFileA(HPROFJOB job, HPROFLIST list, const char* path, const char* key, void* fileHandle);
+QXUT_API int32_t ProfGetFileW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const QXWCHAR* key, void* fileHandle);
+
+/* The same with a stream, which is rewound and stays the caller's. */
+QXUT_API int32_t ProfGetStreamA(
+    HPROFJOB job, HPROFLIST list, const char* path, const char* key, struct IStream* stream);
+QXUT_API int32_t ProfGetStreamW(
+    HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const QXWCHAR* key, struct IStream* stream);
+
+/* Appends a "File.Entry" to `list` for each file that fits `pattern`, a path whose name may hold * and ?; folders below
+   aren't searched. Files that are empty or can't be read get none. The count of files that fit, those included;
+   0 for the invalid job; PROF_ERR_STOPPED. */
+QXUT_API int32_t ProfAppendFilesA(HPROFJOB job, HPROFLIST list, const char* pattern, const char* key);
+QXUT_API int32_t ProfAppendFilesW(HPROFJOB job, HPROFLIST list, const QXWCHAR* pattern, const QXWCHAR* key);
+
+/* Writes the files of all entries of `list` to `directory`, which is made if it is missing (the last folder of the path
+   only). A file that is there is replaced, and of two entries with one name the later one stays. Entries that can't be
+   written are passed over and logged, and so are names that would lead out of the directory: with a separator or a
+   colon, of a device, or where a link stands. The count of files written; 0 for the invalid job, and without an entry,
+   when nothing is made; PROF_ERR_WRITE_FAILED if there is no directory and none can be made; PROF_ERR_STOPPED. */
+QXUT_API int32_t ProfExtractFilesA(HPROFJOB job, HPROFLIST list, const char* directory, const char* key);
+QXUT_API int32_t ProfExtractFilesW(HPROFJOB job, HPROFLIST list, const QXWCHAR* directory, const QXWCHAR* key);
 
 QXUT_EXTERN_C_END
 

@@ -1,0 +1,192 @@
+#include "prof/embedded_files.h"
+
+#include "core/debug_line.h"
+#include "files/file.h"
+#include "files/file_finder.h"
+#include "files/name_check.h"
+#include "files/packed_text.h"
+#include "files/path_separator.h"
+#include "files/paths.h"
+#include "prof/path.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+
+#include <string_view>
+#include <vector>
+
+namespace qx
+{
+
+namespace
+{
+
+constexpr wchar_t kEntry[] = L"File.Entry";
+constexpr wchar_t kName[] = L"Name";
+constexpr wchar_t kContents[] = L"Contents";
+
+constexpr int64_t kLargestSource = 0xFFFFFFFF;
+
+IStream* NewMemoryStream()
+{
+    clsAutoRelease<IStream*> stream;
+    CreateStreamOnHGlobal(nullptr, TRUE, stream.Receive());
+    return stream.Detach();
+}
+
+bool IsReadable(clsFile& source, int64_t position)
+{
+    char first;
+    const bool isRead = source.Read(&first, 1) == 1;
+    source.Seek(position);
+    return isRead;
+}
+
+// Goes by way of memory: the target's own writes aren't watched while a text is unpacked, and one that is full is no
+// success.
+bool Unpack(std::wstring_view text, const String& key, clsFile& target)
+{
+    clsFileRWTempStream unpacked(NewMemoryStream());
+    if (!target.IsOpen() || !unpacked.IsOpen() || !UnpackFromString(unpacked, String(text), key))
+        return false;
+    target.Seek(0);
+    const bool isWhole = target.CopyFrom(unpacked);
+    target.Seek(0);
+    return isWhole;
+}
+
+// The name of a file alone, of one that isn't a device's.
+bool IsPlainName(const String& name)
+{
+    return name.View().find_first_of(L"/\\:") == std::wstring_view::npos && name != L"." && name != L".." &&
+           IsFileNameAllowed(name.Upper());
+}
+
+bool IsLink(const String& path)
+{
+    const DWORD attributes = GetFileAttributesW(path);
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+bool MakeFolder(const String& folder)
+{
+    if (CreateDirectoryW(folder, nullptr))
+        return true;
+    const DWORD attributes = GetFileAttributesW(folder);
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool EndsWithSeparator(const String& folder)
+{
+    const std::wstring_view view = folder.View();
+    return view.ends_with(L'\\') || view.ends_with(L'/');
+}
+
+// `folder` ends with a separator.
+bool ExtractEntry(clsItemList& entry, const String& folder, const String& key)
+{
+    const clsItem* const nameLeaf = entry.FindLeaf(kName);
+    if (nameLeaf == nullptr || nameLeaf->Value().empty())
+    {
+        DebugLine(L"ProfExtractFiles:\"Filename=\" not found");
+        return false;
+    }
+    const String name(nameLeaf->Value());
+    const String path = folder + name;
+    if (!IsPlainName(name) || IsLink(path))
+    {
+        DebugLine(L"ProfExtractFiles: '%s' is refused, it leads out of the directory", name.Text());
+        return false;
+    }
+
+    clsFileRW file(path, FileAccess::ReadWrite, FileDisposition::CreateAlways, FileShare::None, kFileData);
+    if (!file.IsOpen())
+    {
+        DebugLine(L"'%s' could not be created", path.Text());
+        return false;
+    }
+    const clsItem* const contents = entry.FindLeaf(kContents);
+    if (contents != nullptr && Unpack(contents->Value(), key, file))
+        return true;
+    DebugLine(L"ProfExtractFiles: '%s' could not be unpacked", path.Text());
+    file.Close();
+    DeleteFileW(path);
+    return false;
+}
+
+} // namespace
+
+String PackRest(clsFile& source, const String& key)
+{
+    const int64_t size = source.GetSize();
+    const int64_t position = source.Tell();
+    if (position < 0 || position >= size || !IsReadable(source, position))
+        return String();
+    if (size - position > kLargestSource)
+    {
+        DebugLine(L"ERR: %I64d bytes are more than packed text can hold", size - position);
+        return String();
+    }
+    if (position == 0)
+        return PackToString(source, true, key);
+    clsFileRWTempStream rest(NewMemoryStream());
+    return rest.IsOpen() && rest.CopyFrom(source) ? PackToString(rest, true, key) : String();
+}
+
+ProfError UnpackLeafByPath(clsItemList& start, const wchar_t* path, const String& key, clsFile& target)
+{
+    const clsItem* const leaf = FindLeafByPath(start, path);
+    if (leaf == nullptr)
+        return kProfNoLeaf;
+    return Unpack(leaf->Value(), key, target) ? kProfOk : kProfWriteFailed;
+}
+
+int32_t AppendFiles(clsItemList& list, const String& pattern, const String& key)
+{
+    int32_t count = 0;
+    const String folder = GetPathDirectory(pattern);
+    for (FileFinder finder(pattern, false); finder.Next();)
+    {
+        ++count;
+        const String path = folder + finder.Name();
+        clsFileRO file(path, FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileData);
+        if (!file.IsOpen())
+            DebugLine(L"ProfAppendFiles: '%s' could not be opened", path.Text());
+        const String text = PackRest(file, key);
+        if (text.IsEmpty())
+            continue;
+        clsItemList& entry = AppendListByPath(list, kEntry);
+        AppendLeafByPath(entry, kName, finder.Name());
+        AppendLeafByPath(entry, kContents, text.View());
+    }
+    return count;
+}
+
+int32_t ExtractFiles(const clsItemList& list, const String& folder, const String& key)
+{
+    std::vector<clsItemList*> entries;
+    for (const clsItem* item : list)
+    {
+        if (item->List() != nullptr && item->Name().View() == kEntry)
+            entries.push_back(item->List());
+    }
+
+    String prefix = folder;
+    if (!EndsWithSeparator(folder))
+        prefix += PATH_SEPARATOR;
+    int32_t count = 0;
+    for (clsItemList* entry : entries)
+    {
+        // Each time, since something may have taken it away meanwhile.
+        if (!MakeFolder(folder))
+        {
+            DebugLine(L"problem creating directory '%s'", folder.Text());
+            return kProfWriteFailed;
+        }
+        count += ExtractEntry(*entry, prefix, key);
+    }
+    return count;
+}
+
+} // namespace qx

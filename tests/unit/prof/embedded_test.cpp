@@ -1,0 +1,52 @@
+#include "prof/embedded_files.h"
+#include "prof/path.h"
+#include "support/debug_lines.h"
+#include "support/temp_folder.h"
+#include "unit/prof/job_support.h"
+
+using namespace qx;
+using namespace qxtest;
+
+// Whoever looks for a file that isn't there finds the reason in the log.
+TEST(ProfEmbedded, WhatIsLogged)
+{
+    const TempFolder folder;
+    const String prefix = folder.Path(L"");
+    const struct
+    {
+        const wchar_t* name;
+        const wchar_t* contents;
+        String directory;
+        int32_t result;
+        String line;
+    } cases[] = {
+        {L"a", L"QUJD", folder.Path(), 1, L""},
+        {L"a", L"QUJD", prefix, 1, L""}, // no second separator
+        {L"", L"QUJD", folder.Path(), 0, L"ProfExtractFiles:\"Filename=\" not found"},
+        {L"a*", L"QUJD", folder.Path(), 0, L"ProfExtractFiles: 'a*' is refused, it leads out of the directory"},
+        {L"../a", L"QUJD", folder.Path(), 0, L"ProfExtractFiles: '../a' is refused, it leads out of the directory"},
+        {L"a", L"", prefix, 0, String(L"ProfExtractFiles: '") + prefix + L"a' could not be unpacked"},
+        {L"a", L"QUJD", folder.Path(L"no/folder"), kProfWriteFailed,
+            String(L"problem creating directory '") + folder.Path(L"no/folder") + L"'"},
+    };
+    for (const auto& test : cases)
+    {
+        const JobHolder job = NewJob();
+        clsItemList& entry = AppendListByPath(job->Root(), L"File.Entry");
+        AppendLeafByPath(entry, L"Name", test.name);
+        AppendLeafByPath(entry, L"Contents", test.contents);
+        const DebugLines lines;
+        EXPECT_EQ(ExtractFiles(job->Root(), test.directory, L""), test.result);
+        EXPECT_STREQ(lines.Last(), test.line);
+        EXPECT_EQ(lines.Count(), test.result == 1 ? 0u : 1u);
+    }
+    EXPECT_FALSE(Exists(folder.Path(L"a"))) << "what can't be unpacked takes its file away";
+
+    CreateDirectoryW(folder.Path(L"taken"), nullptr);
+    const JobHolder job = NewJob();
+    AppendLeafByPath(job->Root(), L"File.Entry/Name", L"taken");
+    const DebugLines lines;
+    EXPECT_EQ(ExtractFiles(job->Root(), folder.Path(), L""), 0);
+    EXPECT_STREQ(lines.Last(), String(L"'") + prefix + L"taken' could not be created");
+    RemoveDirectoryW(folder.Path(L"taken"));
+}
