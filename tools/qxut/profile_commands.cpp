@@ -1,6 +1,7 @@
 #include "profile_commands.h"
 
 #include "failure.h"
+#include "profile_convert.h"
 #include "profile_file.h"
 #include "profile_show.h"
 #include "text.h"
@@ -229,8 +230,10 @@ void AddProfileCommands(CLI::App& program)
 {
     CLI::App& profile = *program.add_subcommand("profile", "read and change profiles and INI files");
     profile.require_subcommand(1);
-    profile.footer("A path is names of lists separated by /, and the name of the value behind them. Case counts.\n"
-                   "Saving turns an INI file into the text form of a profile; --output leaves the INI file as it is.");
+    profile.footer(
+        "A path is names of lists separated by /, and the name of the value behind them. Case counts.\n"
+        "Saving turns an INI file, XML or XFDF into the text form of a profile; --output leaves the file as it\n"
+        "is, and convert writes the other forms.");
 
     CommandMaker(profile, "show", "print a profile, or one list of it, as a tree", Show);
     CommandMaker(profile, "get", "print one value", Get).Path("the path of the value").Default();
@@ -251,6 +254,7 @@ void AddProfileCommands(CLI::App& program)
         .Output();
     CommandMaker(profile, "copy", "copy all entries of a profile, or of one list of it, behind those of another", Copy)
         .Target();
+    AddConvertCommands(profile);
 }
 
 } // namespace qxut

@@ -110,10 +110,10 @@ HPROFLIST ProfileFile::List(const std::string& path) const
     return list;
 }
 
-void ProfileFile::Save(const std::string& path) const
+void ProfileFile::Save(const std::string& path, int32_t flags) const
 {
     const WideText name(path);
-    const int32_t error = ProfSaveW(_job, path.empty() ? nullptr : static_cast<const QXWCHAR*>(name), PROF_FORM_TEXT);
+    const int32_t error = ProfSaveW(_job, path.empty() ? nullptr : static_cast<const QXWCHAR*>(name), flags);
     if (error == PROF_OK)
         return;
     const std::string reason = error == PROF_ERR_CANNOT_WRITE

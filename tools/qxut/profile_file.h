@@ -33,8 +33,8 @@ public:
     // The root for the empty path. An unknown list is a failure.
     HPROFLIST List(const std::string& path) const;
 
-    // To another file, or to its own for the empty path.
-    void Save(const std::string& path) const;
+    // To another file, or to its own for the empty path. `flags` are those of ProfSave.
+    void Save(const std::string& path, int32_t flags = PROF_FORM_TEXT) const;
 
 private:
     struct MayBeMissing

@@ -7,8 +7,11 @@ import subprocess
 import sys
 import tempfile
 import unittest
+from xml.etree import ElementTree
 
 COMMAND = sys.argv[1:]
+XML_HEAD = '<?xml version="1.0" encoding="UTF-16" standalone="yes"?>\n'
+FORMS = pathlib.Path(__file__).parents[2] / "data" / "forms"
 SETTINGS = pathlib.Path(__file__).parents[2] / "data" / "settings"
 
 
@@ -102,6 +105,53 @@ class ProfileCommands(unittest.TestCase):
         self.assertEqual(json.loads(self.qxut("copy", self.file, target, "--list", "l", "--to", "x/y", "--json")),
                          {"file": target, "changed": 2})
         self.assertEqual(self.show(target), "[x]\n  [y]\n    b = 2\n    b = 3\n    b = 2\n    b = 3\n")
+
+    def test_convert(self):
+        xml, xfdf, text = (str(self.folder / name) for name in ("xml", "xfdf", "text"))
+        self.qxut("set", self.file, "--path", "l/<&>\"'", " \u00fc\t")
+        self.assertEqual(json.loads(self.qxut("convert", self.file, xml, "--form", "xml", "--json")),
+                         {"file": xml, "entries": 8})
+        self.qxut("convert", xml, text, "--form", "text")
+        self.assertEqual(pathlib.Path(text).read_bytes(), pathlib.Path(self.file).read_bytes())
+        self.qxut("convert", text, xfdf, "--form", "xfdf")
+        self.assertEqual(self.show(xfdf), "a = 1\nl.b = 2\nl.b = 3\nl.<&>\"' =  \u00fc\\t\nl.b = 4\nc = x\\r\\ny\u241B[31m\n")
+        # By another reader.
+        values = ElementTree.parse(xfdf).getroot().iter("{http://ns.adobe.com/xfdf/}value")
+        self.assertEqual([value.text for value in values], ["1", "2", "3", " \u00fc\t", "4", "x\r\ny\u241B[31m"])
+        self.assertEqual(subprocess.run(["xmllint", "--noout", xfdf]).returncode, 0)
+        for arguments in ([], ["--form", "pdf"]):
+            self.qxut("convert", self.file, xml, *arguments, code=2)
+        self.assertIn("well-formed", self.qxut("show", self.write("bad", XML_HEAD + "<profile>\ntext\n"), code=4))
+
+    @unittest.skipUnless(shutil.which("pdftk"), "pdftk isn't installed")
+    def test_pdf_software_fills_a_form_with_what_convert_writes(self):
+        values = {"customer/name": "J\u00fcrgen <&> \"O'Neil\" \u65e5\u672c", "customer/address": "  1\r\n\t2", "note": ""}
+        for path, value in values.items():
+            self.qxut("set", str(self.folder / "values"), "--path", path, value, "--create")
+        xfdf, filled = str(self.folder / "xfdf"), str(self.folder / "filled.pdf")
+        self.qxut("convert", str(self.folder / "values"), xfdf, "--form", "xfdf")
+        subprocess.run(["pdftk", str(FORMS / "customer.pdf"), "fill_form", xfdf, "output", filled], check=True)
+        fields = subprocess.run(["pdftk", filled, "dump_data_fields_utf8"], check=True, capture_output=True).stdout.decode()
+        for path, value in values.items():
+            self.assertIn(f"FieldName: {path.replace('/', '.')}\n", fields)
+            self.assertIn(f"FieldValue: {value}\n".replace("\r\n", "\n"), fields.replace("\r\n", "\n").replace("\r", "\n"))
+
+    def test_embed_and_extract(self):
+        (self.folder / "a.bin").write_bytes(bytes(range(256)) * 40)
+        (self.folder / "b.txt").write_text("text")
+        profile, out = str(self.folder / "files"), self.folder / "out"
+        arguments = ["--list", "", "--key", "secret"]
+        self.assertEqual(json.loads(self.qxut("embed", profile, str(self.folder / "*.bin"), str(self.folder / "b.txt"),
+                                              "--create", "--json", *arguments)), {"file": profile, "files": 2})
+        self.assertIn("[File.Entry]\n  Name = a.bin\n  Contents = @2@", self.show(profile))
+        self.qxut("extract", profile, str(out), *arguments)
+        self.assertEqual((out / "a.bin").read_bytes(), (self.folder / "a.bin").read_bytes())
+        self.assertEqual((out / "b.txt").read_bytes(), b"text")
+        self.assertIn("no such file", self.qxut("embed", profile, str(self.folder / "none*"), code=1))
+        self.assertIn("no files", self.qxut("extract", self.file, str(out), code=1))
+        self.assertIn("can't be made", self.qxut("extract", profile, str(out / "a.bin"), code=6))
+        self.qxut("set", profile, "--path", "File.Entry/Name", "../a.bin")
+        self.assertIn("1 of 2 files", self.qxut("extract", profile, str(out), code=6))
 
     def test_errors_name_file_and_reason(self):
         (self.folder / "short").write_bytes(b"[/]")

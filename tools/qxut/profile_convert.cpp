@@ -1,0 +1,148 @@
+#include "profile_convert.h"
+
+#include "failure.h"
+#include "profile_file.h"
+#include "text.h"
+
+#include <qxut23/profile.h>
+
+#include <nlohmann/json.hpp>
+
+#include <iostream>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qxut
+{
+
+namespace
+{
+
+using nlohmann::ordered_json;
+
+struct Options
+{
+    std::string file;
+    std::string target;
+    std::vector<std::string> patterns;
+    std::string list;
+    std::string key;
+    int32_t form = PROF_FORM_TEXT;
+    bool create = false;
+    bool asJson = false;
+};
+
+const std::map<std::string, int32_t> kForms{{"text", PROF_FORM_TEXT}, {"xml", PROF_FORM_XML}, {"xfdf", PROF_FORM_XFDF}};
+
+void Report(const Options& options, const std::string& path, const char* what, size_t count)
+{
+    if (options.asJson)
+        std::cout << ordered_json{{"file", path}, {what, count}}.dump() << '\n';
+}
+
+void Convert(const Options& options)
+{
+    const ProfileFile profile(options.file, Sharing::Readers);
+    profile.Save(options.target, options.form);
+    Report(options, options.target, "entries", CountEntries(profile.Job()));
+}
+
+void Embed(const Options& options)
+{
+    const auto embed = [&](const ProfileFile& profile)
+    {
+        size_t count = 0;
+        for (const std::string& pattern : options.patterns)
+        {
+            const int32_t found =
+                ProfAppendFilesW(profile.Job(), profile.List(options.list), WideText(pattern), WideText(options.key));
+            if (found < 0)
+                throw Failure(kCannotRead, Shown(pattern) + ": there is not enough memory");
+            if (found == 0)
+                throw Failure(kNotFound, Shown(pattern) + ": there is no such file");
+            count += static_cast<size_t>(found);
+        }
+        profile.Save("");
+        Report(options, options.file, "files", count);
+    };
+    if (options.create)
+        embed(ProfileFile::OpenOrMake(options.file));
+    else
+        embed(ProfileFile(options.file, Sharing::NobodyWhoWrites));
+}
+
+size_t CountFiles(HPROFJOB job, HPROFLIST list)
+{
+    size_t count = 0;
+    ProfEnumA(
+        job, list,
+        [](HPROFJOB, const char* name, const char*, HPROFLIST child, void* context) -> int32_t
+        {
+            *static_cast<size_t*>(context) += child != nullptr && std::string(name) == "File.Entry";
+            return 1;
+        },
+        &count);
+    return count;
+}
+
+void Extract(const Options& options)
+{
+    const ProfileFile profile(options.file, Sharing::Readers);
+    const HPROFLIST list = profile.List(options.list);
+    const size_t files = CountFiles(profile.Job(), list);
+    if (files == 0)
+        throw Failure(kNotFound, options.file + ": there are no files in it");
+    const int32_t written = ProfExtractFilesW(profile.Job(), list, WideText(options.target), WideText(options.key));
+    if (written < 0)
+        throw Failure(kCannotWrite, options.target + ": there is no such folder, and it can't be made");
+    if (static_cast<size_t>(written) != files)
+        throw Failure(kCannotWrite, options.target + ": " + std::to_string(files - static_cast<size_t>(written)) +
+                                        " of " + std::to_string(files) +
+                                        " files have names that lead out of it, or could not be written");
+    Report(options, options.target, "files", files);
+}
+
+CLI::App& AddCommand(CLI::App& parent, const char* name, const char* description, void (*run)(const Options&),
+    const std::shared_ptr<Options>& options)
+{
+    CLI::App& command = *parent.add_subcommand(name, description);
+    command.add_flag("--json", options->asJson, "answer in JSON");
+    command.callback([options, run] { run(*options); });
+    return command;
+}
+
+void AddListAndKey(CLI::App& command, Options& options)
+{
+    command.add_option("--list", options.list, "the list of the files, by its path; the root if it isn't given");
+    command.add_option("--key", options.key, "the pass phrase of the files; without one they are compressed only");
+}
+
+} // namespace
+
+void AddConvertCommands(CLI::App& profile)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App& convert = AddCommand(profile, "convert", "write a profile in another form", Convert, options);
+    convert.add_option("FROM", options->file, "the profile, in any form, or INI file")->required();
+    convert.add_option("TO", options->target, "the file to write")->required();
+    convert.add_option("--form", options->form, "text, xml, or xfdf: the values alone, as fields of a PDF form")
+        ->required()
+        ->transform(CLI::CheckedTransformer(kForms).description(""));
+
+    options = std::make_shared<Options>();
+    CLI::App& embed = AddCommand(profile, "embed", "take files into a profile", Embed, options);
+    embed.add_option("FILE", options->file, "the profile")->required();
+    embed.add_option("PATTERN", options->patterns, "the files to take; a name may hold * and ?")->required();
+    AddListAndKey(embed, *options);
+    embed.add_flag("--create", options->create, "make the profile if it is missing");
+
+    options = std::make_shared<Options>();
+    CLI::App& extract = AddCommand(profile, "extract", "write the files of a profile to a folder", Extract, options);
+    extract.add_option("FILE", options->file, "the profile")->required();
+    extract.add_option("FOLDER", options->target, "the folder, which is made if it is missing")->required();
+    AddListAndKey(extract, *options);
+}
+
+} // namespace qxut
