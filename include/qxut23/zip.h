@@ -58,6 +58,26 @@ QXUT_API int32_t UtilZIPAppendList(HZIPFILE zip, const QXWCHAR* folder, const QX
    QXUT_ZIP_CANNOT_WRITE: what was written until then stays on disk, nothing where there are too many entries. */
 QXUT_API int32_t UtilZIPClose(HZIPFILE zip);
 
+/* Extracts all entries of the archive `fileName` below `folder`, in their order. The folder (null or empty: the current
+   one) is made if it is missing, and so are the subfolders that the names ask for. Files that are there are replaced.
+   They get the times of their entries, to the second where the archive has them in universal time, but not their
+   attributes. ZIP64 is read; the methods are "stored" and deflate. A name that is not told to be UTF-8 is taken for
+   UTF-8 where the archive comes from Unix, else for code page 437.
+
+   Gives 1, also for an archive without entries. Anything else is a C++ exception, derived from std::exception, which
+   the caller has to expect; so this function is for callers in C++ whose compiler is that of the library. Where each
+   module has a runtime library of its own, as usual on Windows, std::uncaught_exceptions() is off by one afterwards.
+   Its what() is "Error loading zip file!" where the archive is missing or none, or has a path that the default code
+   page doesn't have. Otherwise it is a text in UTF-8 that names the entry:
+     - its name is absolute, has a drive or "..", or passes through a link in the folder, or it is a link itself;
+     - its name, or a part of it, is one that Windows has no file of; that is so on all systems;
+     - it is encrypted, or packed by another method;
+     - it is damaged: the data can't be unpacked, or don't fit their size or checksum;
+     - its file or folder can't be made or written.
+   What was extracted before stays, the file of the failed entry is removed. Nothing is ever written outside of
+   `folder`. */
+QXUT_API int32_t UtilExtractZip(const QXWCHAR* fileName, const QXWCHAR* folder);
+
 QXUT_EXTERN_C_END
 
 #endif

@@ -2,6 +2,7 @@
 #include <qxut23/zip.h>
 
 #include "exports/guard.h"
+#include "zip/unzipper.h"
 #include "zip/zip_file.h"
 
 #include <memory>
@@ -53,4 +54,11 @@ int32_t UtilZIPClose(HZIPFILE zip)
 {
     const std::unique_ptr<clsZIPFile> file(FileOf(zip));
     return Guarded(clsZIPFile::kCannotWrite, [&] { return file ? file->Close() : clsZIPFile::kOk; });
+}
+
+// The one function that lets exceptions through.
+int32_t UtilExtractZip(const QXWCHAR* fileName, const QXWCHAR* folder)
+{
+    ExtractZip(fileName, folder);
+    return 1;
 }

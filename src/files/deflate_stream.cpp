@@ -85,7 +85,7 @@ int InflateFailure(int code)
     return code == Z_NEED_DICT ? Z_DATA_ERROR : 0;
 }
 
-int InflateChunks(z_stream& stream, clsFile& target, clsFile& source, std::int64_t remaining)
+int InflateChunks(z_stream& stream, clsFile& target, clsFile& source, std::int64_t remaining, std::int64_t limit)
 {
     Chunks chunks;
     int result = 0;
@@ -101,7 +101,8 @@ int InflateChunks(z_stream& stream, clsFile& target, clsFile& source, std::int64
         {
             chunks.OfferOutput(stream);
             const int failure = InflateFailure(inflate(&stream, remaining == 0 ? Z_FINISH : Z_NO_FLUSH));
-            if (!chunks.Flush(target, stream))
+            limit -= chunkSize - stream.avail_out;
+            if (limit < 0 || !chunks.Flush(target, stream))
                 return Z_BUF_ERROR;
             if (failure != 0)
                 result = failure;
@@ -128,7 +129,7 @@ int DeflateStream(clsFile& target, clsFile& source, int mode, std::uint32_t* crc
     return result;
 }
 
-int InflateStream(clsFile& target, clsFile& source, std::int64_t size)
+int InflateStream(clsFile& target, clsFile& source, std::int64_t size, std::int64_t limit)
 {
     const std::int64_t compressed = size == -1 ? RestOf(source) : size;
     // Room for the usual case before any byte is written; the end is set where the data end.
@@ -141,7 +142,7 @@ int InflateStream(clsFile& target, clsFile& source, std::int64_t size)
         DebugLine(L"ERR: ZLIB init error '%d'", code);
         return code;
     }
-    const int result = InflateChunks(stream, target, source, compressed);
+    const int result = InflateChunks(stream, target, source, compressed, limit);
     inflateEnd(&stream);
     target.SetEOF();
     return result;

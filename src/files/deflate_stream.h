@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 
 namespace qx
 {
@@ -13,7 +14,9 @@ class clsFile;
 // the CRC-32 of the source's bytes. Result: zlib's last code, 1 on success, negative on failure.
 int DeflateStream(clsFile& target, clsFile& source, int mode, std::uint32_t* crc, std::int64_t size);
 
-// Decompresses `size` bytes of raw deflate data (-1: all that follows) likewise. Result: 0, negative on failure.
-int InflateStream(clsFile& target, clsFile& source, std::int64_t size);
+// Decompresses `size` bytes of raw deflate data (-1: all that follows) likewise. Result: 0, negative on failure. Data
+// of more than `limit` bytes are a failure too: a few bytes can stand for very many.
+int InflateStream(
+    clsFile& target, clsFile& source, std::int64_t size, std::int64_t limit = std::numeric_limits<std::int64_t>::max());
 
 } // namespace qx

@@ -40,4 +40,13 @@ scDosTime DosTimeNow()
     return DosTimeOfLocal(local);
 }
 
+bool FileTimeOf(const scDosTime& time, FILETIME& universal)
+{
+    FILETIME local;
+    SYSTEMTIME localTime, universalTime;
+    return DosDateTimeToFileTime(time.date, time.time, &local) && FileTimeToSystemTime(&local, &localTime) &&
+           TzSpecificLocalTimeToSystemTime(nullptr, &localTime, &universalTime) &&
+           SystemTimeToFileTime(&universalTime, &universal);
+}
+
 } // namespace qx

@@ -19,4 +19,7 @@ scDosTime DosTimeOf(const FILETIME& universal);
 
 scDosTime DosTimeNow();
 
+// The time back, by the user's zone; whether it is one.
+bool FileTimeOf(const scDosTime& time, FILETIME& universal);
+
 } // namespace qx

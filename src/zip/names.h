@@ -18,7 +18,7 @@ String StoredNameOf(const String& path, const String& given);
 // Whether code page 437 has all characters of the text.
 bool IsOemText(const String& text);
 
-// The text in a code page. What doesn't fit a length field is cut.
+// The text in a code page; for page 437 what isn't in it becomes the default character.
 std::string EncodedText(const String& text, unsigned codePage);
 
 } // namespace qx

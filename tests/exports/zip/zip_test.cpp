@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <exception>
+#include <string>
+
 using namespace qxtest;
 
 TEST(ZIPExports, WrittenArchive)
@@ -45,4 +48,43 @@ TEST(ZIPExports, NullHandleAndFilesThatCannotBeMade)
     EXPECT_EQ(UtilZIPClose(nullptr), QXUT_ZIP_OK);
     EXPECT_EQ(UtilZIPCreate(nullptr, nullptr), nullptr);
     EXPECT_EQ(UtilZIPCreate(L"no such folder/x.zip", L""), nullptr);
+}
+
+// The exception is made in the library and caught here, across the border of two modules.
+TEST(ZIPExports, ExtractionLetsExceptionsThrough)
+{
+    const TempFolder folder;
+    const auto extract = [&](const qx::String& archive)
+    {
+        try
+        {
+            return std::to_string(UtilExtractZip(archive, folder.Path(L"out")));
+        }
+        catch (const std::exception& exception)
+        {
+            return std::string(exception.what());
+        }
+    };
+    EXPECT_EQ(extract(folder.Path(L"missing")), "Error loading zip file!");
+    EXPECT_EQ(extract(L""), "Error loading zip file!");
+    EXPECT_THROW(UtilExtractZip(nullptr, nullptr), std::exception);
+
+    const qx::String path = folder.Path(L"x.zip");
+    const qx::String source = folder.Make(L"a.txt", "content");
+    HZIPFILE zip = UtilZIPCreate(path, nullptr);
+    UtilZIPAppend(zip, source, nullptr, L"sub\\a");
+    UtilZIPClose(zip);
+    EXPECT_EQ(extract(path), "1");
+    EXPECT_EQ(BytesOf(folder.Path(L"out/sub/a")), "content");
+
+    zip = UtilZIPCreate(path, nullptr);
+    UtilZIPAppend(zip, source, nullptr, L"good");
+    UtilZIPAppend(zip, source, nullptr, L"../\u00E4");
+    UtilZIPClose(zip);
+    EXPECT_EQ(extract(path), "The zip entry '../\xC3\xA4' leads out of the folder");
+    EXPECT_EQ(BytesOf(folder.Path(L"out/good")), "content");
+    for (const wchar_t* name : {L"out/good", L"out/sub/a"})
+        DeleteFileW(folder.Path(name));
+    RemoveDirectoryW(folder.Path(L"out/sub"));
+    RemoveDirectoryW(folder.Path(L"out"));
 }

@@ -1,0 +1,134 @@
+#include "zip/member_name.h"
+
+#include "core/module.h"
+#include "files/name_check.h"
+#include "zip/names.h"
+#include "zip/records.h"
+
+#include <windows.h>
+
+#include <zlib.h>
+
+#include <algorithm>
+
+namespace qx
+{
+namespace
+{
+
+constexpr std::uint16_t unicodePathId = 0x7075;
+constexpr std::size_t unicodePathHead = 5; // version 1, and the CRC-32 of the name that it stands for
+
+constexpr unsigned madeOnUnix = 3;
+constexpr unsigned madeOnDarwin = 19;
+
+std::uint32_t Number(std::string_view bytes, std::size_t offset, std::size_t width)
+{
+    std::uint32_t number = 0;
+    for (std::size_t i = width; i > 0; --i)
+        number = number << 8 | static_cast<unsigned char>(bytes[offset + i - 1]);
+    return number;
+}
+
+bool IsAscii(std::string_view bytes)
+{
+    for (const char c : bytes)
+        if (static_cast<unsigned char>(c) >= 0x80)
+            return false;
+    return true;
+}
+
+bool IsUtf8(std::string_view bytes)
+{
+    return MultiByteToWideChar(
+               zipUtf8CodePage, MB_ERR_INVALID_CHARS, bytes.data(), static_cast<int>(bytes.size()), nullptr, 0) > 0;
+}
+
+String Decoded(std::string_view bytes, unsigned codePage)
+{
+    String text;
+    text.SetCodePage(codePage);
+    text.Assign(bytes.data(), 0, bytes.size());
+    text.SetCodePage(DefaultCodePage());
+    return text;
+}
+
+// Empty if the field isn't there, or was left behind when the name was changed.
+std::string_view UnicodePath(std::string_view name, std::string_view extra)
+{
+    const std::string_view field = FindExtraField(extra, unicodePathId);
+    if (field.size() <= unicodePathHead || field[0] != 1)
+        return {};
+    const auto crc = crc32(0, reinterpret_cast<const Bytef*>(name.data()), static_cast<uInt>(name.size()));
+    return Number(field, 1, 4) == crc ? field.substr(unicodePathHead) : std::string_view();
+}
+
+bool IsSeparator(wchar_t c)
+{
+    return c == L'\\' || c == L'/';
+}
+
+// A device's name is one in any case. A colon begins a stream of a file, if not a drive.
+bool IsPartAllowed(const String& part)
+{
+    constexpr std::wstring_view never(L":\0", 2); // the check takes a text to end at a zero
+    return part.View().find_first_of(never) == std::wstring_view::npos && IsFileNameAllowed(part.Upper());
+}
+
+bool HasDrive(const String& name)
+{
+    const wchar_t letter = name.CharAt(0) | 0x20;
+    return letter >= L'a' && letter <= L'z' && name.CharAt(1) == L':';
+}
+
+} // namespace
+
+std::string_view FindExtraField(std::string_view extra, std::uint16_t id)
+{
+    constexpr std::size_t head = 4; // id and size
+    while (extra.size() >= head)
+    {
+        const std::size_t size = Number(extra, 2, 2);
+        if (size > extra.size() - head)
+            break;
+        if (Number(extra, 0, 2) == id)
+            return extra.substr(head, size);
+        extra.remove_prefix(head + size);
+    }
+    return {};
+}
+
+String MemberName(std::string_view name, std::uint16_t flags, std::uint16_t versionMadeBy, std::string_view extra)
+{
+    if (flags & zipFlagUtf8)
+        return Decoded(name, zipUtf8CodePage);
+    const std::string_view path = UnicodePath(name, extra);
+    if (!path.empty())
+        return Decoded(path, zipUtf8CodePage);
+    const unsigned system = versionMadeBy >> 8;
+    const bool mayBeUtf8 = system == madeOnUnix || system == madeOnDarwin;
+    return Decoded(name, mayBeUtf8 && !IsAscii(name) && IsUtf8(name) ? zipUtf8CodePage : zipOemCodePage);
+}
+
+MemberPathError SplitMemberName(const String& name, WCValSList<String>& parts)
+{
+    if (IsSeparator(name.CharAt(0)) || HasDrive(name))
+        return MemberPathError::leadsOut;
+    std::wstring_view rest = name.View();
+    while (!rest.empty())
+    {
+        const std::size_t end = std::min(rest.find_first_of(L"\\/"), rest.size());
+        const String part(rest.substr(0, end));
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+        if (part.View() == L"..")
+            return MemberPathError::leadsOut;
+        if (part.IsEmpty() || part.View() == L".")
+            continue;
+        if (!IsPartAllowed(part))
+            return MemberPathError::notAllowed;
+        parts.Append(part);
+    }
+    return MemberPathError::none;
+}
+
+} // namespace qx

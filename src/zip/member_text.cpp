@@ -1,0 +1,210 @@
+#include "zip/member_text.h"
+
+#include "core/debug_line.h"
+#include "core/module.h"
+#include "files/deflate_stream.h"
+#include "files/file.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+
+namespace qx
+{
+namespace
+{
+
+constexpr std::size_t longestText = 255; // of a record, in bytes
+constexpr std::uint8_t lowFlagFinalizer = 0x80;
+
+// Far more than any document tells about itself; a member that unpacks to more is there to fill the memory.
+constexpr std::int64_t mostTextBytes = 64 << 20;
+
+template <class Record>
+bool ReadRecord(Record& record, clsFile& file, std::uint32_t signature)
+{
+    return file.Read(&record, sizeof record) == sizeof record && record.signature == signature;
+}
+
+bool ReadBytes(std::string& bytes, std::size_t count, clsFile& file)
+{
+    bytes.resize(count);
+    return count == 0 || file.Read(bytes.data(), static_cast<std::uint32_t>(count)) == count;
+}
+
+// Bytes that the file can't have aren't asked for.
+bool HasBytes(clsFile& file, std::int64_t count)
+{
+    return file.Tell() + count <= file.GetSize();
+}
+
+String TextOf(const std::string& bytes, unsigned codePage)
+{
+    String text;
+    text.SetCodePage(codePage == 0 ? DefaultCodePage() : codePage);
+    text.Assign(bytes.data(), 0, bytes.size());
+    text.SetCodePage(DefaultCodePage());
+    return text;
+}
+
+String StoredText(clsFile& file, std::uint32_t size)
+{
+    std::string bytes;
+    return HasBytes(file, size) && ReadBytes(bytes, size, file) ? TextOf(bytes, 0) : String();
+}
+
+String InflatedText(clsFile& file, std::uint32_t size, unsigned codePage)
+{
+    IStream* stream = nullptr;
+    if (!HasBytes(file, size) || FAILED(CreateStreamOnHGlobal(nullptr, TRUE, &stream)))
+        return String();
+    clsFileRWTempStream inflated(stream);
+    if (InflateStream(inflated, file, size, mostTextBytes) < 0)
+        return String();
+    std::string bytes;
+    inflated.Seek(0);
+    return ReadBytes(bytes, static_cast<std::size_t>(inflated.GetSize()), inflated) ? TextOf(bytes, codePage)
+                                                                                    : String();
+}
+
+// In the file's position on, where the member's data begin.
+String TextOfMember(clsFile& file, const scZIPLocalHeader& header, unsigned codePage)
+{
+    if (header.compressedSize == 0 || static_cast<std::int32_t>(header.uncompressedSize) <= 0)
+        return String();
+    switch (header.method)
+    {
+    case zipMethodStored:
+        return StoredText(file, header.compressedSize);
+    case zipMethodDeflate:
+        return InflatedText(file, header.compressedSize, codePage);
+    default:
+        DebugLine(L"unknown compression method %d", header.method);
+        return String();
+    }
+}
+
+// Goes to the central directory, and gives the number of its entries; -1 if there is none.
+int FindDirectory(clsFile& file)
+{
+    const auto size = static_cast<std::uint32_t>(file.GetSize());
+    scZIPEndRecord end;
+    if (size < sizeof end)
+    {
+        DebugLine(L"WRN: GetZIPFilenames: file has bad format (no finalizer)");
+        return -1;
+    }
+    file.Seek(size - sizeof end);
+    if (!ReadRecord(end, file, zipEndSignature))
+    {
+        DebugLine(L"WRN: GetZIPFilenames: read error (no finalizer found)");
+        return -1;
+    }
+    file.Seek(end.directoryOffset);
+    if (file.Tell() != end.directoryOffset)
+    {
+        DebugLine(L"WRN: GetZIPFilenames: file has bad format (2)");
+        return -1;
+    }
+    return end.entriesOnDisk;
+}
+
+void HandOver(IZIPTextReceiver& receiver, ZIPTextKind kind, clsFile& file, const scZIPCentralRecord& record)
+{
+    const clsZIPMemberReader reader(file, record);
+    const String text = reader.Read(0);
+    if (!text.IsEmpty())
+        receiver.OnText(kind, text, reader);
+}
+
+} // namespace
+
+String clsZIPMemberReader::Read(unsigned codePage) const
+{
+    return ReadEntryText(_file, _record, codePage);
+}
+
+int GetZIPFilenames(IZIPTextReceiver& receiver, clsFile& file)
+{
+    constexpr struct
+    {
+        const wchar_t* name;
+        ZIPTextKind kind;
+    } wanted[] = {{L"meta.xml", ZIPTextKind::openDocument}, {L"docProps/core.xml", ZIPTextKind::officeOpenXml}};
+
+    for (int left = FindDirectory(file); left > 0; --left)
+    {
+        scZIPCentralRecord record;
+        if (!ReadCentralRecord(record, file))
+        {
+            DebugLine(L"WRN: GetZIPFilenames: file has bad format");
+            return -1;
+        }
+        IString name;
+        name.Assign(record.name.c_str());
+        for (const auto& candidate : wanted)
+            if (name == candidate.name)
+            {
+                HandOver(receiver, candidate.kind, file, record);
+                return 0;
+            }
+    }
+    return -1;
+}
+
+bool ReadCentralRecord(scZIPCentralRecord& record, clsFile& file)
+{
+    const scZIPCentralHeader& header = record.header;
+    if (!HasBytes(file, sizeof header) || !ReadRecord(record.header, file, zipCentralSignature) ||
+        header.nameLength > longestText || header.extraLength > longestText || header.commentLength > longestText)
+        return false;
+    const std::int64_t end = file.Tell() + header.nameLength + header.extraLength + header.commentLength;
+    // In 32 bits: files of such sizes are no documents. The end record stands behind the last entry.
+    if (static_cast<std::int32_t>(end) >= static_cast<std::int32_t>(file.GetSize()))
+        return false;
+    return ReadBytes(record.name, header.nameLength, file) && ReadBytes(record.extra, header.extraLength, file) &&
+           ReadBytes(record.comment, header.commentLength, file);
+}
+
+bool ReadLocalRecord(scZIPLocalRecord& record, const scZIPCentralRecord& central, clsFile& file)
+{
+    scZIPLocalHeader& header = record.header;
+    file.Seek(central.header.localHeaderOffset);
+    if (!HasBytes(file, sizeof header) || !ReadRecord(header, file, zipLocalSignature) ||
+        header.nameLength > longestText || !HasBytes(file, std::int64_t{header.nameLength} + 1))
+        return false;
+    if (!ReadBytes(record.name, header.nameLength, file) || !ReadBytes(record.extra, header.extraLength, file))
+        return false;
+    if (header.flags & zipFlagDescriptor)
+    {
+        header.compressedSize = central.header.compressedSize;
+        header.uncompressedSize = central.header.uncompressedSize;
+    }
+    return true;
+}
+
+bool ReadFinalizer(scZIPDescriptor& buffer, clsFile& file)
+{
+    DebugLine(L"file finalizer: %I64x %I64x", file.Tell(), file.GetSize());
+    return HasBytes(file, sizeof buffer) && ReadRecord(buffer, file, zipDescriptorSignature);
+}
+
+String ReadEntryText(clsFile& file, const scZIPCentralRecord& central, unsigned codePage)
+{
+    const std::int64_t position = file.Tell();
+    String text;
+    scZIPLocalRecord local;
+    if (!ReadLocalRecord(local, central, file))
+        DebugLine(L"ERR: bad ZIP FILE ENTRY");
+    else
+    {
+        text = TextOfMember(file, local.header, codePage);
+        scZIPDescriptor finalizer;
+        if ((central.header.flags & lowFlagFinalizer) != 0 && !ReadFinalizer(finalizer, file))
+            DebugLine(L"bad finalizer!");
+    }
+    file.Seek(static_cast<std::uint32_t>(position));
+    return text;
+}
+
+} // namespace qx

@@ -1,0 +1,355 @@
+#include "zip/unzipper.h"
+
+#include "files/file.h"
+#include "files/file_finder.h"
+#include "files/path_separator.h"
+#include "zip/dos_time.h"
+#include "zip/exception.h"
+#include "zip/member_name.h"
+#include "zip/names.h"
+#include "zip/records.h"
+
+#include <minizip/unzip.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+namespace qx
+{
+namespace
+{
+
+constexpr std::size_t bufferSize = 0x40000;
+constexpr std::size_t longestField = 0xFFFF;
+
+// The upper half of the external attributes has the mode of a file of Unix.
+constexpr unsigned modeType = 0170000;
+constexpr unsigned modeLink = 0120000;
+
+constexpr std::uint16_t unixTimesId = 0x5455;
+constexpr std::uint16_t zip64Id = 0x0001;
+
+// The exact time, in UTC, where the archiver added one; else that of the entry itself.
+bool TimeOfMember(const unz_file_info64& info, std::string_view extra, FILETIME& time)
+{
+    constexpr std::int64_t secondsFrom1601To1970 = 11'644'473'600;
+    constexpr std::int64_t unitsPerSecond = 10'000'000;
+    const std::string_view field = FindExtraField(extra, unixTimesId);
+    if (field.size() >= 5 && (field[0] & 1) != 0)
+    {
+        std::uint32_t seconds = 0;
+        for (std::size_t i = 4; i > 0; --i)
+            seconds = seconds << 8 | static_cast<unsigned char>(field[i]);
+        const std::int64_t units = (static_cast<std::int32_t>(seconds) + secondsFrom1601To1970) * unitsPerSecond;
+        time = {static_cast<DWORD>(units), static_cast<DWORD>(units >> 32)};
+        return true;
+    }
+    const auto stamp = static_cast<std::uint32_t>(info.dosDate);
+    return FileTimeOf({static_cast<std::uint16_t>(stamp >> 16), static_cast<std::uint16_t>(stamp)}, time);
+}
+
+bool IsSeparator(wchar_t c)
+{
+    return c == L'\\' || c == L'/';
+}
+
+bool EndsInSeparator(const String& path)
+{
+    return !path.IsEmpty() && IsSeparator(path.CharAt(path.Length() - 1));
+}
+
+// Also one that leads nowhere yet, which a find tells of itself.
+bool IsLink(const String& path)
+{
+    WIN32_FIND_DATAW data;
+    const clsFindDataObjectAutoRelease find(FindFirstFileW(path, &data), true);
+    return find.IsValid() && (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+bool IsFolder(const String& path)
+{
+    const DWORD attributes = GetFileAttributesW(path);
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+// With the folders around it; whether it is there.
+bool MakeFolder(const String& path)
+{
+    if (path.IsEmpty() || IsFolder(path))
+        return true;
+    for (std::size_t i = 1; i < path.Length(); ++i)
+        if (IsSeparator(path.CharAt(i)) && !IsSeparator(path.CharAt(i - 1)))
+            CreateDirectoryW(path.Left(i), nullptr); // the last one counts
+    CreateDirectoryW(path, nullptr);
+    return IsFolder(path);
+}
+
+// Removes the file again unless it is told that all of it is there.
+class FileInTheMaking
+{
+public:
+    explicit FileInTheMaking(const String& path)
+        : _file(path, FileAccess::Write, FileDisposition::CreateAlways, FileShare::None, kFileData)
+    {
+    }
+    ~FileInTheMaking()
+    {
+        const bool remove = _file.IsOpen() && !_isWhole;
+        _file.Close();
+        if (remove)
+            DeleteFileW(_file.GetName());
+    }
+    FileInTheMaking(const FileInTheMaking&) = delete;
+    FileInTheMaking& operator=(const FileInTheMaking&) = delete;
+
+    clsFile& File() { return _file; }
+    void SetWhole() { _isWhole = true; }
+
+private:
+    clsFileRW _file;
+    bool _isWhole = false;
+};
+
+// Asked where minizip finds no entries: it takes an archive that is nothing but its end record for none at all, and
+// fields behind the end of the file for zeros.
+bool IsEmptyArchive(const String& path)
+{
+    clsFileRO file(path, FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileData);
+    scZIPEndRecord end;
+    return file.Read(&end, sizeof end) == sizeof end && end.signature == zipEndSignature && end.entries == 0 &&
+           file.GetSize() == static_cast<std::int64_t>(sizeof end) + end.commentLength;
+}
+
+// The path as the C library takes it; empty if its 8-bit form names another file, or none.
+std::string NarrowPath(const String& path)
+{
+    wchar_t* name = nullptr;
+    const DWORD length = GetFullPathNameW(path, 0, nullptr, &name);
+    String full;
+    GetFullPathNameW(path, length, full.GetBuffer(std::size_t{length} + 1), &name);
+    full.ReleaseBuffer();
+    if (PATH_CODE_PAGE != 0)
+        full.SetCodePage(PATH_CODE_PAGE);
+    const std::string narrow = full.NarrowText();
+    String back;
+    back.SetCodePage(full.CodePage());
+    back.Assign(narrow.c_str());
+    return back == full ? narrow : std::string();
+}
+
+} // namespace
+
+clsZIPException::clsZIPException(const String& text) : _text(EncodedText(text, zipUtf8CodePage)) {}
+
+clsZIPException::clsZIPException(const wchar_t* format, const String& name)
+    : clsZIPException(String(String::formatted, format, name.Text()))
+{
+}
+
+Unzipper::Unzipper(const char* archivePath) : _archive(unzOpen64(archivePath)), _buffer(bufferSize) {}
+
+void Unzipper::Close()
+{
+    if (_archive)
+        unzClose(_archive);
+    _archive = nullptr;
+}
+
+bool Unzipper::First()
+{
+    unz_global_info64 info{};
+    unzGetGlobalInfo64(_archive, &info);
+    _left = info.number_entry;
+    if (_left == 0)
+        return false;
+    if (unzGoToFirstFile(_archive) != UNZ_OK)
+        throw clsZIPException(L"The directory of the zip file is damaged");
+    ReadMember();
+    return true;
+}
+
+// Counted here: minizip itself doesn't find the end where there are just 65,535 members.
+bool Unzipper::Next()
+{
+    if (--_left == 0)
+        return false;
+    if (unzGoToNextFile(_archive) != UNZ_OK)
+        throw clsZIPException(L"The directory of the zip file is damaged");
+    ReadMember();
+    return true;
+}
+
+void Unzipper::ReadMember()
+{
+    unz_file_info64 info{};
+    _name.resize(longestField);
+    _extra.resize(longestField);
+    if (unzGetCurrentFileInfo64(_archive, &info, _name.data(), static_cast<uLong>(_name.size()), _extra.data(),
+            static_cast<uLong>(_extra.size()), nullptr, 0) != UNZ_OK)
+        throw clsZIPException(L"The directory of the zip file is damaged");
+    const std::string_view name = std::string_view(_name).substr(0, info.size_filename);
+    const std::string_view extra = std::string_view(_extra).substr(0, info.size_file_extra);
+    const auto flags = static_cast<std::uint16_t>(info.flag);
+    _member.name = MemberName(name, flags, static_cast<std::uint16_t>(info.version), extra);
+    _member.isFolder = EndsInSeparator(_member.name);
+    _member.isLink = (info.external_fa >> 16 & modeType) == modeLink;
+    _member.isEncrypted = (flags & zipFlagEncrypted) != 0;
+    _member.method = static_cast<unsigned>(info.compression_method);
+    _member.size = info.uncompressed_size;
+    _member.crc = static_cast<std::uint32_t>(info.crc);
+    // The minizip of some systems takes a long for 32 bits, and doesn't look into this field.
+    const std::string_view sizes = FindExtraField(extra, zip64Id);
+    _member.hasOpenSize = info.uncompressed_size == zipLargestSize && sizes.size() >= 8;
+    if (_member.hasOpenSize)
+        std::memcpy(&_member.size, sizes.data(), 8);
+    _member.isZIP64 = !sizes.empty();
+    _member.hasTime = TimeOfMember(info, extra, _member.time);
+}
+
+// What can't be extracted isn't begun.
+void Unzipper::CheckMember() const
+{
+    if (_member.isLink)
+        throw clsZIPException(L"The zip entry '%s' is a link, which may lead out of the folder", _member.name);
+    if (_member.isFolder)
+        return;
+    if (_member.isEncrypted)
+        throw clsZIPException(L"The zip entry '%s' is encrypted", _member.name);
+    // Of other methods minizip hands out the packed data as if they were the file's.
+    if (_member.method != zipMethodStored && _member.method != zipMethodDeflate)
+        throw clsZIPException(
+            String(String::formatted, L"The zip entry '%s' is packed by method %u, which can't be unpacked",
+                _member.name.Text(), _member.method));
+}
+
+void Unzipper::Extract(const String& folder)
+{
+    WCValSList<String> parts;
+    switch (SplitMemberName(_member.name, parts))
+    {
+    case MemberPathError::leadsOut:
+        throw clsZIPException(L"The zip entry '%s' leads out of the folder", _member.name);
+    case MemberPathError::notAllowed:
+        throw clsZIPException(L"The zip entry '%s' has a name that no file may have", _member.name);
+    case MemberPathError::none:
+        break;
+    }
+    CheckMember();
+    if (_member.isFolder)
+    {
+        MakeFolders(folder, parts, parts.Count());
+        return;
+    }
+    if (parts.IsEmpty())
+        throw clsZIPException(L"The zip entry '%s' has no name", _member.name);
+    String path = MakeFolders(folder, parts, parts.Count() - 1);
+    path += *parts.Last();
+    ExtractFile(path);
+}
+
+// Makes the folders of the first `count` parts. Gives the last one with a separator at its end.
+String Unzipper::MakeFolders(const String& folder, const WCValSList<String>& parts, std::size_t count)
+{
+    String path = folder;
+    if (!path.IsEmpty() && !EndsInSeparator(path))
+        path += PATH_SEPARATOR;
+    String last = path;
+    for (const String& part : parts)
+    {
+        if (count-- == 0)
+            break;
+        last += part;
+        last += PATH_SEPARATOR;
+    }
+    if (last == _folderThere && !last.IsEmpty())
+        return last;
+
+    if (!MakeFolder(folder))
+        throw clsZIPException(L"The folder '%s' can't be made", folder);
+    while (path.Length() < last.Length())
+    {
+        const std::size_t end = last.View().find(PATH_SEPARATOR, path.Length());
+        const String made = last.Left(end);
+        CreateDirectoryW(made, nullptr);
+        if (!IsFolder(made))
+            throw clsZIPException(L"The folder of the zip entry '%s' can't be made", _member.name);
+        if (IsLink(made))
+            throw clsZIPException(L"The zip entry '%s' leads through a link", _member.name);
+        path = last.Left(end + 1);
+    }
+    _folderThere = last;
+    return last;
+}
+
+void Unzipper::ExtractFile(const String& path)
+{
+    if (IsLink(path))
+        throw clsZIPException(L"The zip entry '%s' leads through a link", _member.name);
+    if (unzOpenCurrentFile(_archive) != UNZ_OK)
+        throw Damaged();
+    struct CloseMember
+    {
+        ~CloseMember() { unzCloseCurrentFile(archive); }
+        unzFile archive;
+    } closeMember{_archive};
+
+    FileInTheMaking target(path);
+    if (!target.File().IsOpen())
+        throw clsZIPException(String(String::formatted, L"The file of the zip entry '%s' can't be made: %s",
+            _member.name.Text(), target.File().GetErrorText().Text()));
+    CopyData(target.File());
+    if (unzCloseCurrentFile(_archive) != UNZ_OK)
+        throw clsZIPException(L"The zip entry '%s' is damaged: its checksum doesn't fit", _member.name);
+    if (_member.hasTime)
+        SetFileTime(target.File().GetHandle(), nullptr, nullptr, &_member.time);
+    target.SetWhole();
+}
+
+// minizip holds the checksum against the data only where it knows how many there are.
+void Unzipper::CopyData(clsFile& target)
+{
+    std::uint64_t left = _member.size;
+    uLong crc = 0;
+    while (left > 0)
+    {
+        const auto wanted = static_cast<unsigned>(std::min<std::uint64_t>(left, _buffer.size()));
+        const int count = unzReadCurrentFile(_archive, _buffer.data(), wanted);
+        if (count <= 0)
+            throw Damaged();
+        const auto bytes = static_cast<unsigned>(count);
+        if (target.Write(_buffer.data(), bytes) != count)
+            throw clsZIPException(L"The file of the zip entry '%s' can't be written", _member.name);
+        if (_member.hasOpenSize)
+            crc = crc32(crc, _buffer.data(), bytes);
+        left -= bytes;
+    }
+    if (_member.hasOpenSize && crc != _member.crc)
+        throw clsZIPException(L"The zip entry '%s' is damaged: its checksum doesn't fit", _member.name);
+}
+
+clsZIPException Unzipper::Damaged() const
+{
+    return clsZIPException(_member.isZIP64
+                               ? L"The zip entry '%s' is damaged, or has more than 32 bits of data or in front"
+                               : L"The zip entry '%s' is damaged",
+        _member.name);
+}
+
+void ExtractZip(const String& archive, const String& folder)
+{
+    const std::string path = NarrowPath(archive);
+    Unzipper unzipper(path.c_str());
+    if (path.empty() || !unzipper.IsOpen() || !unzipper.First())
+    {
+        if (!IsEmptyArchive(archive))
+            throw clsZIPException(L"Error loading zip file!");
+        return;
+    }
+    do
+        unzipper.Extract(folder);
+    while (unzipper.Next());
+}
+
+} // namespace qx

@@ -1,0 +1,122 @@
+// Archives made to measure: each field of each record can be set to what a test wants to see refused or taken.
+#pragma once
+
+#include "zip/records.h"
+
+#include <zlib.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace qxtest
+{
+
+inline std::string Deflated(const std::string& content)
+{
+    std::string data(compressBound(static_cast<uLong>(content.size())) + 16, '\0');
+    z_stream stream{};
+    deflateInit2(&stream, 9, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY);
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(content.data()));
+    stream.avail_in = static_cast<uInt>(content.size());
+    stream.next_out = reinterpret_cast<Bytef*>(data.data());
+    stream.avail_out = static_cast<uInt>(data.size());
+    deflate(&stream, Z_FINISH);
+    data.resize(stream.total_out);
+    deflateEnd(&stream);
+    return data;
+}
+
+// The usual form of a member; what differs is told by the change.
+struct BuiltMember
+{
+    BuiltMember(std::string memberName, std::string memberContent, std::uint16_t method = qx::zipMethodDeflate)
+        : name(std::move(memberName)),
+          data(method == qx::zipMethodDeflate ? Deflated(memberContent) : memberContent)
+    {
+        central.signature = qx::zipCentralSignature;
+        central.versionMadeBy = qx::zipVersionMadeBy;
+        central.versionNeeded = qx::zipVersionNeeded;
+        central.method = method;
+        central.dosDate = 0x58EE; // 2024-07-14 12:34:56
+        central.dosTime = 0x645C;
+        central.crc = static_cast<std::uint32_t>(
+            crc32(0, reinterpret_cast<const Bytef*>(memberContent.data()), static_cast<uInt>(memberContent.size())));
+        central.compressedSize = static_cast<std::uint32_t>(data.size());
+        central.uncompressedSize = static_cast<std::uint32_t>(memberContent.size());
+    }
+
+    // Sizes and checksum stand behind the data, and not in the local header.
+    BuiltMember& Streamed()
+    {
+        central.flags |= qx::zipFlagDescriptor;
+        return *this;
+    }
+    BuiltMember& Flags(unsigned flags)
+    {
+        central.flags = static_cast<std::uint16_t>(central.flags | flags);
+        return *this;
+    }
+    BuiltMember& Extra(std::string bytes)
+    {
+        extra = std::move(bytes);
+        return *this;
+    }
+    BuiltMember& MadeBy(unsigned system)
+    {
+        central.versionMadeBy = static_cast<std::uint16_t>(system << 8 | 20);
+        return *this;
+    }
+    BuiltMember& Mode(unsigned mode)
+    {
+        central.externalAttributes = mode << 16;
+        return MadeBy(3);
+    }
+
+    std::string name;
+    std::string data;
+    std::string extra; // of the central record alone
+    std::string comment;
+    qx::scZIPCentralHeader central{}; // without lengths and offset
+};
+
+template <class Record>
+std::string BytesOfRecord(const Record& record)
+{
+    return {reinterpret_cast<const char*>(&record), sizeof record};
+}
+
+inline std::string Build(const std::vector<BuiltMember>& members, const std::string& comment = {})
+{
+    using namespace qx;
+    std::string bytes;
+    std::string directory;
+    for (const BuiltMember& member : members)
+    {
+        scZIPCentralHeader central = member.central;
+        const bool isStreamed = (central.flags & zipFlagDescriptor) != 0;
+        scZIPLocalHeader local{zipLocalSignature, central.versionNeeded, central.flags, central.method, central.dosTime,
+            central.dosDate, central.crc, central.compressedSize, central.uncompressedSize,
+            static_cast<std::uint16_t>(member.name.size()), 0};
+        if (isStreamed)
+            local.crc = local.compressedSize = local.uncompressedSize = 0;
+        central.nameLength = local.nameLength;
+        central.extraLength = static_cast<std::uint16_t>(member.extra.size());
+        central.commentLength = static_cast<std::uint16_t>(member.comment.size());
+        central.localHeaderOffset = static_cast<std::uint32_t>(bytes.size());
+        bytes += BytesOfRecord(local) + member.name + member.data;
+        if (isStreamed)
+            bytes += BytesOfRecord(
+                scZIPDescriptor{zipDescriptorSignature, central.crc, central.compressedSize, central.uncompressedSize});
+        directory += BytesOfRecord(central) + member.name + member.extra + member.comment;
+    }
+    scZIPEndRecord end{};
+    end.signature = zipEndSignature;
+    end.entries = end.entriesOnDisk = static_cast<std::uint16_t>(members.size());
+    end.directorySize = static_cast<std::uint32_t>(directory.size());
+    end.directoryOffset = static_cast<std::uint32_t>(bytes.size());
+    end.commentLength = static_cast<std::uint16_t>(comment.size());
+    return bytes + directory + BytesOfRecord(end) + comment;
+}
+
+} // namespace qxtest
