@@ -66,6 +66,9 @@ TEST(Locales, NamesAndNumbers)
         {0x0803, L"ca-ES-valencia"},
         {0x4c09, L"en-AE"},
         {0x0c6b, L"quz-PE"},
+        {0x00010407, L"de-DE_phoneb"},
+        {0x00020804, L"zh-CN_stroke"},
+        {0x00040411, L"ja-JP_radstr"},
         {0x007f, L""},
     };
     for (const Case& row : CASES)
@@ -140,6 +143,8 @@ TEST(Locales, Information)
         {0x0419, LOCALE_IDEFAULTCODEPAGE, "866"},
         {0x0807, LOCALE_ICOUNTRY, "41"},
         {0x0807, LOCALE_SABBREVCTRYNAME, "CHE"},
+        {0x00010407, LOCALE_SMONTHNAME3, "M<e4>rz"}, // in the order of telephone books
+        {0x00010407, LOCALE_SENGCOUNTRY, "Germany"},
         {0x007f, LOCALE_SISO639LANGNAME, "iv"},
         {0x007f, LOCALE_SENGCOUNTRY, "Invariant Country"},
         {0x007f, LOCALE_STIMEFORMAT, "HH:mm:ss"},

@@ -46,6 +46,16 @@ constexpr NamedLocale NAMED_APART[] = {
     {0x1004, "zh-SG", "zh_Hans_SG"},
     {0x1404, "zh-MO", "zh_Hant_MO"},
     {0x4c09, "en-AE", "en_AE"},
+    // other orders of sorting
+    {0x00010407, "de-DE_phoneb", "de_DE@collation=phonebook"},
+    {0x0001040e, "hu-HU_technl", "hu_HU@collation=standard"},
+    {0x00010437, "ka-GE_modern", "ka_GE@collation=standard"},
+    {0x00020804, "zh-CN_stroke", "zh_Hans_CN@collation=stroke"},
+    {0x00021004, "zh-SG_stroke", "zh_Hans_SG@collation=stroke"},
+    {0x00021404, "zh-MO_stroke", "zh_Hant_MO@collation=stroke"},
+    {0x00030404, "zh-TW_pronun", "zh_Hant_TW@collation=zhuyin"},
+    {0x00040404, "zh-TW_radstr", "zh_Hant_TW@collation=unihan"},
+    {0x00040411, "ja-JP_radstr", "ja_JP@collation=unihan"},
 };
 
 constexpr LCID AMERICAN_ENGLISH = MAKELCID(MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US), SORT_DEFAULT);
@@ -154,12 +164,13 @@ std::optional<Locale> MakeByNumber(LCID lcid)
             return Locale{row.icu, row.name, row.lcid};
     const std::string icu = Text([lcid](char* buffer, int32_t size, UErrorCode* status)
         { return uloc_getLocaleForLCID(lcid, buffer, size, status); });
-    // ICU answers for an unknown region of a known language with the language.
-    const bool isUnknownRegion = SUBLANGID(lcid) != SUBLANG_NEUTRAL && Part(icu, uloc_getCountry).empty();
+    // ICU answers for an unknown region of a known language with the language, and so for its orders of sorting.
+    const bool isRegion = SUBLANGID(lcid) != SUBLANG_NEUTRAL && SORTIDFROMLCID(lcid) == SORT_DEFAULT;
+    const bool isUnknownRegion = isRegion && Part(icu, uloc_getCountry).empty();
     if (icu.empty() || isUnknownRegion || !IsKnownLanguage(icu))
         return std::nullopt;
     Locale locale = FromIcuName(icu);
-    if (SUBLANGID(lcid) != SUBLANG_NEUTRAL && locale.lcid != LANGIDFROMLCID(lcid))
+    if (SUBLANGID(lcid) != SUBLANG_NEUTRAL && LANGIDFROMLCID(locale.lcid) != LANGIDFROMLCID(lcid))
         return std::nullopt;
     if (SORTIDFROMLCID(lcid) != SORT_DEFAULT)
         locale = {icu, locale.name, lcid};

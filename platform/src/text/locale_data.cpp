@@ -165,7 +165,8 @@ std::string IcuName(const Locale& locale)
     for (const Kin& row : KIN)
         if (row.language == language)
             return row.data;
-    return HasData(locale.icu) ? locale.icu : "root";
+    const std::string name = locale.icu.substr(0, locale.icu.find('@')); // an order of sorting has no data of its own
+    return HasData(name) ? name : "root";
 }
 
 std::u16string DayName(const Locale& locale, int day, bool abbreviated)
