@@ -10,6 +10,7 @@
 #include <qxut23/module.h>
 #include <qxut23/paths.h>
 #include <qxut23/profile.h>
+#include <qxut23/profile_values.h>
 #include <qxut23/strings.h>
 #include <qxut23/zip.h>
 

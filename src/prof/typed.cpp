@@ -1,0 +1,170 @@
+#include "prof/typed.h"
+
+#include <cwchar>
+#include <wchar.h>
+
+namespace qx
+{
+
+namespace
+{
+
+template <class... Arguments>
+void Write(scValueText& target, const wchar_t* format, Arguments... arguments)
+{
+    const int count = _snwprintf(target.text, std::size(target.text), format, arguments...);
+    target.length = count >= 0 ? static_cast<size_t>(count) : 0;
+}
+
+// The number of fields that were read; none also for a text that is at its end too early.
+template <class... Fields>
+int Scan(std::wstring_view text, const wchar_t* format, Fields*... fields)
+{
+    return std::max(_snwscanf(text.data(), text.size(), format, fields...), 0);
+}
+
+template <class T>
+void WriteNumber(scValueText& text, const wchar_t* format, const T& value)
+{
+    Write(text, format, value);
+}
+
+// ---- Flags: by the first character, in upper case only.
+
+bool BeginsTrue(std::wstring_view text)
+{
+    return text.starts_with(L'T') || text.starts_with(L'Y');
+}
+
+void WriteBool(scValueText& text, const wchar_t*, const int32_t& value)
+{
+    Write(text, value != 0 ? L"TRUE" : L"FALSE");
+}
+
+bool ReadBool(std::wstring_view text, int32_t& result)
+{
+    result = BeginsTrue(text);
+    return true;
+}
+
+// ---- Numbers: the hexadecimal form first, since its x isn't the beginning of a decimal one.
+
+bool ReadInt(std::wstring_view text, int32_t& result)
+{
+    return Scan(text, L"x%X", &result) == 1 || ReadDecimalText(text, result);
+}
+
+bool ReadInt64(std::wstring_view text, int64_t& result)
+{
+    return Scan(text, L"x%I64X", &result) == 1 || ReadDecimalText(text, result);
+}
+
+// Any text is a number, if only 0.
+bool ReadDouble(std::wstring_view text, double& result)
+{
+    wchar_t copy[200]; // wcstod knows no length
+    copy[text.copy(copy, std::size(copy) - 1)] = 0;
+    result = wcstod(copy, nullptr);
+    return true;
+}
+
+// ---- Points and rectangles
+
+void WritePoint(scValueText& text, const wchar_t* format, const ProfFields2& value)
+{
+    Write(text, format, value[0], value[1]);
+}
+
+bool ReadPoint(std::wstring_view text, ProfFields2& result)
+{
+    return Scan(text, L"(%d,%d)", &result[0], &result[1]) == 2;
+}
+
+void WriteRect(scValueText& text, const wchar_t* format, const ProfFields4& value)
+{
+    Write(text, format, value[0], value[1], value[2], value[3]);
+}
+
+bool ReadRect(std::wstring_view text, ProfFields4& result)
+{
+    return Scan(text, L"(%d,%d,%d,%d)", &result[0], &result[1], &result[2], &result[3]) == 4;
+}
+
+// Sizes may need the bit of the sign: a rectangle as wide as all coordinates comes back too.
+int32_t Sum(int32_t a, int32_t b)
+{
+    return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+
+int32_t Difference(int32_t a, int32_t b)
+{
+    return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
+}
+
+void WriteRectLTWH(scValueText& text, const wchar_t* format, const ProfFields4& value)
+{
+    Write(text, format, value[0], value[1], Difference(value[2], value[0]), Difference(value[3], value[1]));
+}
+
+bool ReadRectLTWH(std::wstring_view text, ProfFields4& result)
+{
+    if (!ReadRect(text, result))
+        return false;
+    result[2] = Sum(result[2], result[0]);
+    result[3] = Sum(result[3], result[1]);
+    return true;
+}
+
+// ---- Colours: one number, or red, green and blue as they are written, whatever they are.
+
+void WriteColorref(scValueText& text, const wchar_t* format, const uint32_t& value)
+{
+    Write(text, format, value & 0xff, value >> 8 & 0xff, value >> 16 & 0xff);
+}
+
+bool ReadColorref(std::wstring_view text, uint32_t& result)
+{
+    if (Scan(text, L"x%lx", &result) == 1)
+        return true;
+    uint32_t red = 0;
+    uint32_t green = 0;
+    uint32_t blue = 0;
+    if (Scan(text, L"(%d,%d,%d)", &red, &green, &blue) != 3)
+        return false;
+    result = red | green << 8 | blue << 16;
+    return true;
+}
+
+constexpr wchar_t kRectFormat[] = L"(%d,%d,%d,%d)";
+
+} // namespace
+
+bool ReadFlagText(std::wstring_view text, int32_t& result)
+{
+    result = text.empty() || BeginsTrue(text);
+    return true;
+}
+
+bool ReadDecimalText(std::wstring_view text, int32_t& result)
+{
+    return Scan(text, L"%d", &result) == 1;
+}
+
+bool ReadDecimalText(std::wstring_view text, int64_t& result)
+{
+    return Scan(text, L"%I64u", &result) == 1;
+}
+
+// Append and set differ in the hexadecimal forms, which callers' files show.
+constexpr scTypedForm<int32_t> kProfBool{WriteBool, nullptr, nullptr, ReadBool};
+constexpr scTypedForm<uint32_t> kProfColorref{WriteColorref, L"(%d,%d,%d)", L"(%d,%d,%d)", ReadColorref};
+constexpr scTypedForm<double> kProfDouble{WriteNumber, L"%f", L"%lf", ReadDouble};
+constexpr scTypedForm<int32_t> kProfInt{WriteNumber, L"%d", L"%d", ReadInt};
+constexpr scTypedForm<int32_t> kProfIntHex{WriteNumber, L"x%08X", L"x%x", nullptr};
+constexpr scTypedForm<int64_t> kProfInt64{WriteNumber, L"%I64u", L"%I64u", ReadInt64, 63};
+constexpr scTypedForm<int64_t> kProfInt64Hex{WriteNumber, L"x%I64X", L"x%I64x", nullptr};
+constexpr scTypedForm<ProfFields2> kProfPoint{WritePoint, L"(%d,%d)", L"(%d,%d)", ReadPoint};
+constexpr scTypedForm<ProfFields4> kProfRect{WriteRect, kRectFormat, kRectFormat, ReadRect};
+constexpr scTypedForm<ProfFields4> kProfRectLTWH{WriteRectLTWH, kRectFormat, kRectFormat, ReadRectLTWH};
+
+} // namespace qx
