@@ -10,11 +10,13 @@ install(DIRECTORY include/qxut23 DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES
 # The way from the pkg-config files up to the prefix, so that an installed tree can be moved.
 file(RELATIVE_PATH QXUT_PREFIX_FROM_PC "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 set(packages qxut23)
+set(QXUT_SYSTEM_LIBRARY -loleaut32)
 
 if(NOT WIN32)
     install(TARGETS qxplatform qxcrt EXPORT qxUT23Targets)
     install(DIRECTORY platform/include/ DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/qxplatform" FILES_MATCHING PATTERN "*.h")
     list(APPEND packages qxplatform)
+    set(QXUT_SYSTEM_LIBRARY -lqxplatform)
 endif()
 
 foreach(package IN LISTS packages)

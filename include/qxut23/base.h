@@ -17,8 +17,10 @@
 
 #if defined(_WIN32)
 #define QXUT_API
+#define QXUT_SYSTEM_API(type) __declspec(dllimport) type __stdcall /* a function of the system itself */
 #else
 #define QXUT_API __attribute__((visibility("default")))
+#define QXUT_SYSTEM_API(type) QXUT_API type
 #endif
 
 QXUT_EXTERN_C_BEGIN

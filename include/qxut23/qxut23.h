@@ -3,6 +3,7 @@
 #define QXUT23_QXUT23_H
 
 #include <qxut23/base.h>
+#include <qxut23/bstr.h>
 #include <qxut23/charset.h>
 #include <qxut23/convert.h>
 #include <qxut23/countries.h>

@@ -22,6 +22,14 @@ inline constexpr int skipListMostLevels = 20;
 template <class K, class V>
 struct WCKeyValue
 {
+    // Each from one argument, so that an entry is made where it stays.
+    template <class KeyArgument, class ValueArgument>
+    WCKeyValue(KeyArgument&& keyArgument, ValueArgument&& valueArgument)
+        : key(std::forward<KeyArgument>(keyArgument)),
+          value(std::forward<ValueArgument>(valueArgument))
+    {
+    }
+
     const K key;
     V value;
 };

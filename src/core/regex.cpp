@@ -209,7 +209,8 @@ void clsRegEx::GiveMatches(const Stretch& subject, size_t groups, clsRegExMatchL
     for (size_t group = 0; group < groups; ++group)
     {
         const Stretch text = GroupText(subject, group);
-        matches.Emplace(pcre2_get_ovector_pointer_16(_pRegMatchData)[2 * group], MakeText(text.text, text.length));
+        matches.Emplace(
+            scRegExMatch{pcre2_get_ovector_pointer_16(_pRegMatchData)[2 * group], MakeText(text.text, text.length)});
     }
 }
 

@@ -102,7 +102,8 @@ ByteBlock InflateAtOnce(const unsigned char* data, std::size_t length, std::uint
 // Size, tag and zlib stream; empty if compression failed.
 ByteBlock CompressedImage(const ByteBlock& data)
 {
-    ByteBlock image(data.size() / 10 + 23 + data.size());
+    // A tenth more than the data, and what zlib adds to data of a few bytes.
+    ByteBlock image(data.size() / 10 + 64 + data.size());
     const auto size = static_cast<std::uint32_t>(data.size());
     StoreSize(image.data(), size);
     std::memcpy(image.data() + sizeFieldLength, tag, sizeof(tag));

@@ -1,5 +1,6 @@
 // qxut: the services of the library on the command line.
 #include "failure.h"
+#include "filter_commands.h"
 #include "profile_commands.h"
 #include "terminal.h"
 
@@ -20,7 +21,7 @@ constexpr char kExitCodes[] = "Exit codes:\n"
                               "  1  there is no such value or list\n"
                               "  2  the command line is wrong\n"
                               "  3  the file can't be read\n"
-                              "  4  the file is not a well-formed profile\n"
+                              "  4  the file is malformed\n"
                               "  5  another process keeps the file, or its content can't be read\n"
                               "  6  the file can't be written\n";
 
@@ -43,6 +44,7 @@ int main(int argc, char** argv)
     program.set_version_flag("--version", Version());
     program.footer(kExitCodes);
     AddProfileCommands(program);
+    AddFilterCommands(program);
 
     std::vector<std::string> arguments = StartTerminal(argc, argv);
     std::reverse(arguments.begin(), arguments.end()); // the parser takes them from the end

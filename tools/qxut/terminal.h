@@ -10,4 +10,7 @@ namespace qxut
 // The arguments of the program without its own name, in UTF-8; from here on the terminal takes UTF-8.
 std::vector<std::string> StartTerminal(int argc, char** argv);
 
+// The standard streams carry bytes as they are, line ends included.
+void MakeStandardStreamsBinary();
+
 } // namespace qxut

@@ -6,6 +6,12 @@
 
 #include <shellapi.h>
 
+#include <fcntl.h>
+#include <io.h>
+
+#include <cstdio>
+#include <iostream>
+
 namespace qxut
 {
 
@@ -20,6 +26,13 @@ std::vector<std::string> StartTerminal(int, char**)
         arguments.push_back(Utf8(wide[i]));
     LocalFree(wide);
     return arguments;
+}
+
+void MakeStandardStreamsBinary()
+{
+    std::cout.flush();
+    _setmode(_fileno(stdin), _O_BINARY);
+    _setmode(_fileno(stdout), _O_BINARY);
 }
 
 } // namespace qxut

@@ -1,7 +1,6 @@
 // Objects that live as long as the process.
 #pragma once
 
-#include <memory>
 #include <utility>
 
 namespace qxplatform
@@ -12,7 +11,7 @@ namespace qxplatform
 template <class T, class... Arguments>
 T& MakeForever(Arguments&&... arguments)
 {
-    return *std::make_unique<T>(std::forward<Arguments>(arguments)...).release();
+    return *new T{std::forward<Arguments>(arguments)...};
 }
 
 } // namespace qxplatform

@@ -25,8 +25,24 @@ static int read_profile(void)
     return length == 5 && UtilStrcmp(value, title) == 0;
 }
 
+static int convert_markup(void)
+{
+    static const QXWCHAR html[] = u"<b>a</b>&lt;";
+    static const QXWCHAR expected[] = u"a<";
+    QXWCHAR* text = NULL;
+    UtilConvertHtml2PlainText(html, &text, 0);
+    const int same = SysStringLen(text) == 2 && UtilStrcmp(text, expected) == 0;
+    SysFreeString(text);
+    return same;
+}
+
 int main(void)
 {
+    if (!convert_markup())
+    {
+        puts("client.c: wrong text");
+        return 1;
+    }
     if (!write_profile() || !read_profile())
     {
         puts("client.c: the profile didn't come back");

@@ -1,25 +1,20 @@
 """profile_test.py COMMAND...: runs `qxut profile` as its users do. COMMAND starts the program."""
 
 import json
-import pathlib
 import shutil
 import subprocess
-import sys
-import tempfile
-import unittest
 from xml.etree import ElementTree
 
-COMMAND = sys.argv[1:]
+import commands
+
 XML_HEAD = '<?xml version="1.0" encoding="UTF-16" standalone="yes"?>\n'
-FORMS = pathlib.Path(__file__).parents[2] / "data" / "forms"
-SETTINGS = pathlib.Path(__file__).parents[2] / "data" / "settings"
+FORMS = commands.DATA / "forms"
+SETTINGS = commands.DATA / "settings"
 
 
-class ProfileCommands(unittest.TestCase):
+class ProfileCommands(commands.CommandTest):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
+        super().setUp()
         self.file = self.write("file", "[/]\r\na=1\r\n[l]\r\nb=2\r\nb=3\r\n}\r\n[l]\r\nb=4\r\n}\r\nc=x\u240D\u240Ay\u241B[31m")
 
     def write(self, name, text):
@@ -28,12 +23,7 @@ class ProfileCommands(unittest.TestCase):
         return str(path)
 
     def qxut(self, *arguments, code=0):
-        done = subprocess.run([*COMMAND, "profile", *arguments], capture_output=True, encoding="utf-8")
-        self.assertEqual(done.returncode, code, done)
-        if code != 0:
-            self.assertEqual(done.stdout, "")
-            self.assertTrue(done.stderr.startswith("qxut: ") or code == 2, done.stderr)
-        return done.stdout if code == 0 else done.stderr
+        return self.run_qxut("profile", *arguments, code=code).decode().replace("\r\n", "\n")
 
     def show(self, path=None):
         return self.qxut("show", path or self.file)
@@ -163,17 +153,17 @@ class ProfileCommands(unittest.TestCase):
             self.assertIn(reason, message)
         self.assertIn("--path", self.qxut("get", self.file, code=2))
         self.qxut("unknown", code=2)
-        note = subprocess.run([*COMMAND, "profile", "show", str(SETTINGS / "smb.conf")], capture_output=True)
+        note = subprocess.run([*commands.COMMAND, "profile", "show", str(SETTINGS / "smb.conf")], capture_output=True)
         self.assertIn(b"has no entries", note.stderr)
 
     def test_help_and_version(self):
         for arguments in (["--help"], ["profile", "--help"], ["profile", "set", "--help"]):
-            done = subprocess.run([*COMMAND, *arguments], capture_output=True, encoding="utf-8")
+            done = subprocess.run([*commands.COMMAND, *arguments], capture_output=True, encoding="utf-8")
             self.assertEqual(done.returncode, 0)
             self.assertIn("Usage: qxut", done.stdout)
-        version = subprocess.run([*COMMAND, "--version"], capture_output=True, encoding="utf-8")
+        version = subprocess.run([*commands.COMMAND, "--version"], capture_output=True, encoding="utf-8")
         self.assertEqual((version.returncode, version.stdout.strip()), (0, "qxut 23.2 (library version 5890)"))
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1])
+    commands.main()

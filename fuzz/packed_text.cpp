@@ -1,0 +1,77 @@
+// What unpacking makes of any text, sizes that lie included: bytes that packing brings back, and no more than the text
+// can hold.
+#include "files/packed_text.h"
+#include "core/string.h"
+#include "files/file.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+using namespace qx;
+
+namespace
+{
+
+// zlib's streams grow at most 1032 times; a little more for short ones.
+constexpr size_t kMostGrowth = 1100;
+
+std::vector<uint8_t> ContentOf(clsFile& file)
+{
+    std::vector<uint8_t> bytes(static_cast<size_t>(file.GetSize()));
+    if (!bytes.empty() && file.clsFile::Read(bytes.data(), static_cast<uint32_t>(bytes.size())) != bytes.size())
+        std::abort();
+    return bytes;
+}
+
+clsAutoRelease<IStream*> NewStream()
+{
+    clsAutoRelease<IStream*> stream;
+    if (CreateStreamOnHGlobal(nullptr, TRUE, stream.Receive()) != S_OK)
+        std::abort();
+    return stream;
+}
+
+std::vector<uint8_t> Unpacked(const String& text, const String& key)
+{
+    const clsAutoRelease<IStream*> stream = NewStream();
+    clsFileRW file(stream.Get());
+    if (!UnpackFromString(file, text, key) && file.GetSize() != 0)
+        std::abort();
+    return ContentOf(file);
+}
+
+String Packed(const std::vector<uint8_t>& bytes, bool compress, const String& key)
+{
+    const clsAutoRelease<IStream*> stream = NewStream();
+    ULONG written = 0;
+    stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), &written);
+    clsFileRO file(stream.Get());
+    return PackToString(file, compress, key);
+}
+
+} // namespace
+
+// Of the first byte bit 0 chooses a key and bit 1 compression. The rest is the text, an 8-bit character each.
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    if (size == 0)
+        return 0;
+    const String key(data[0] & 1 ? L"key" : L"");
+    std::vector<wchar_t> text(data + 1, data + size);
+    text.push_back(0);
+    const std::vector<uint8_t> bytes = Unpacked(String(text.data()), key);
+    if (bytes.size() > size * kMostGrowth)
+        std::abort();
+    const bool compress = (data[0] & 2) != 0;
+    // Enciphered images of 8 to 11 bytes are too short to be deciphered.
+    const bool comesBack = compress || key.Length() == 0 || bytes.size() < 8 || bytes.size() > 11;
+    if (!bytes.empty() && comesBack && Unpacked(Packed(bytes, compress, key), key) != bytes)
+        std::abort();
+    return 0;
+}

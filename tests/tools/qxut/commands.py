@@ -1,0 +1,30 @@
+"""What the tests of the commands share. A test is started as `NAME_test.py COMMAND...`; COMMAND starts qxut."""
+
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+COMMAND = sys.argv[1:]
+DATA = pathlib.Path(__file__).parents[2] / "data"
+
+
+class CommandTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def run_qxut(self, *arguments, code=0, stdin=b""):
+        """What qxut writes, as bytes: on success to its standard output, else to its standard error."""
+        done = subprocess.run([*COMMAND, *arguments], input=stdin, capture_output=True)
+        self.assertEqual(done.returncode, code, done)
+        if code != 0:
+            self.assertEqual(done.stdout, b"")
+            self.assertTrue(done.stderr.startswith(b"qxut: ") or code == 2, done.stderr)
+        return done.stdout if code == 0 else done.stderr
+
+
+def main():
+    unittest.main(argv=sys.argv[:1])

@@ -1,0 +1,99 @@
+"""Packing and markup, as filters of files and standard streams, beside python's own modules."""
+
+import base64
+import html
+import random
+import re
+import zlib
+
+import commands
+
+IGNORED = "head script iframe textarea select style".split()
+BREAKING = ("/h1 /h2 /h3 /h4 /h5 /h6 /p /div /ol /tr /ul /thead /tbody /blockquote /address /pre /li br hr /td /th"
+            .split())
+
+
+def next_link(page):
+    """What stands before the first link with a target, that target, the link's text, and what follows."""
+    pieces, place = [], 0
+    for border in (r"<a\s", 'href="', '"', ">", "</a>"):
+        match = re.compile(border, re.I).search(page, place)
+        if not match:
+            return None
+        pieces.append(page[place:match.start()])
+        place = match.end()
+    return pieces[0], pieces[2], pieces[4], page[place:]
+
+
+def expand_links(page):
+    parts = []
+    while link := next_link(page):
+        before, target, text, page = link
+        parts += [before, target if target.lower() == text.lower() else f"{text} [{target}]"]
+    return "".join(parts) + page
+
+
+def words_of(page):
+    """An independent reading of a page: the words that a reader of its text should see."""
+    page = expand_links(re.sub("<!--.*-->", "", page, flags=re.S))
+    text = ""
+    depth = 0
+    for piece, tag in re.findall(r"([^<]*)(<[^<>]*(?=<)|<[^>]*>|$)", page):
+        name = re.split(r"[\t\n\r \xa0]", tag[1:-1])[0].lower() if tag.endswith(">") else ""
+        if depth == 0:
+            text += piece + (" " if name in BREAKING else "- " if name == "li" else "")
+        depth += (name in IGNORED) - (name[:1] == "/" and name[1:] in IGNORED)
+    return html.unescape(text).split()
+
+
+class Filters(commands.CommandTest):
+    def qxut(self, name, stdin, *flags):
+        return self.run_qxut(name, *flags, stdin=stdin.encode() if isinstance(stdin, str) else stdin)
+
+    def test_packed_text_is_base64_of_the_bytes_or_of_a_zlib_stream(self):
+        for data in (b"", b"\0", b"\r\n\x1a\xff" * 3, random.Random(1).randbytes(70_001), b"ab" * 300_000):
+            plain = self.qxut("pack", data)
+            self.assertEqual(base64.b64decode(plain), data)
+            self.assertEqual(self.qxut("unpack", plain), data)
+            packed = self.qxut("pack", data, "--compress")
+            if data:
+                self.assertTrue(packed.startswith(b"@2@"))
+                image = base64.b64decode(packed[3:])
+                self.assertIn(data, [zlib.decompress(image[i:]) for i in range(16) if image[i:i + 1] == b"x"])
+            self.assertEqual(self.qxut("unpack", packed), data)
+        self.assertEqual(self.qxut("unpack", base64.encodebytes(data)), data, "lines of 76 characters")
+
+    def test_files(self):
+        source, target = self.folder / "source", self.folder / "target"
+        source.write_bytes(b"a & b")
+        self.assertEqual(self.run_qxut("mask", str(source), "--output", str(target)), b"")
+        self.assertEqual(target.read_bytes(), b"a &amp; b")
+        self.assertIn(b"no such file", self.run_qxut("mask", str(self.folder / "none"), code=3))
+        self.assertIn(b"folder", self.run_qxut("mask", str(self.folder), code=3))
+        self.assertIn(b"zero byte", self.run_qxut("mask", code=4, stdin=b"a\0b"))
+        self.assertIn(b"can't be written", self.run_qxut("mask", "--output", str(self.folder), code=6))
+
+    def test_masking(self):
+        text = "\ufeff<p class=\"x\">\u00e4 \u20ac \U0001f600\t'&'\r\n"
+        masked = self.qxut("mask", text).decode()
+        self.assertEqual(masked, "&lt;p class=&quot;x&quot;&gt;&auml; &#x20ac; &#xd83d;&#xde00;&#09;'&amp;'\r\n")
+        self.assertEqual(self.qxut("unmask", masked).decode(), text[1:])
+
+    def test_paragraphs(self):
+        self.assertEqual(self.qxut("text2html", "a\n\nb\r\nc<\n"),
+                         b"<p>a</p><p><br></p><p>b</p><p>c&lt;</p>\n")
+        marked = self.qxut("text2html", "a\nb", "--placeholders")
+        self.assertEqual(marked, b"[_[p]_]a[_[/p]_][_[p]_]b[_[/p]_]\n")
+        self.assertEqual(self.qxut("html2text", marked, "--placeholders"), b"a\nb\n ")
+
+    def test_pages_of_others(self):
+        pages = sorted((commands.DATA / "html").glob("*.html"))
+        self.assertEqual(len(pages), 12)
+        for page in pages:
+            content = page.read_text(encoding="utf-8")
+            with self.subTest(page=page.name):
+                self.assertEqual(self.qxut("html2text", content).decode().split(), words_of(content))
+
+
+if __name__ == "__main__":
+    commands.main()

@@ -1,0 +1,16 @@
+// Files and the standard streams, as bytes.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace qxut
+{
+
+// All of a file, or of the standard input for "-".
+std::string ReadInput(const std::string& path);
+
+// Replaces a file, or writes to the standard output for "-".
+void WriteOutput(const std::string& path, std::string_view bytes);
+
+} // namespace qxut
