@@ -1,0 +1,90 @@
+#include "locale/machine_date.h"
+
+#include "core/variant.h"
+#include "locale/date_cursor.h"
+#include "locale/time_arithmetic.h"
+
+#include <oleauto.h>
+
+#include <algorithm>
+
+namespace qx
+{
+
+namespace
+{
+
+constexpr size_t kCompactLength = 14;
+
+// A part may be cut short, or hold what is no digit: it is what its first digits say.
+WORD PartAt(std::wstring_view text, size_t offset, size_t length)
+{
+    unsigned value = 0;
+    for (const wchar_t c : offset < text.size() ? text.substr(offset, length) : std::wstring_view())
+    {
+        if (!IsDecimalDigit(c))
+            break;
+        value = value * 10 + static_cast<unsigned>(c - L'0');
+    }
+    return static_cast<WORD>(value);
+}
+
+bool IsLikely(const SYSTEMTIME& time)
+{
+    return time.wMonth >= 1 && time.wMonth <= 12 && time.wDay >= 1 && time.wDay <= 31 && time.wHour <= 24 &&
+           time.wMinute <= 59 && time.wSecond <= 59;
+}
+
+SYSTEMTIME ReadBySystem(const String& text)
+{
+    const clsVariant given(text);
+    VARIANT date;
+    VariantInit(&date);
+    SYSTEMTIME time;
+    if (FAILED(VariantChangeType(&date, const_cast<VARIANT*>(&given.Get()), 0, VT_DATE)) ||
+        !VariantTimeToSystemTime(date.date, &time))
+        return kNoTime;
+    return time;
+}
+
+} // namespace
+
+bool IsAllDigits(std::wstring_view text)
+{
+    return std::all_of(text.begin(), text.end(), IsDecimalDigit);
+}
+
+SYSTEMTIME SplitCompactDate(std::wstring_view digits)
+{
+    SYSTEMTIME time{};
+    time.wYear = PartAt(digits, 0, 4);
+    time.wMonth = PartAt(digits, 4, 2);
+    time.wDayOfWeek = 0xFFFF;
+    time.wDay = PartAt(digits, 6, 2);
+    time.wHour = PartAt(digits, 8, 2);
+    time.wMinute = PartAt(digits, 10, 2);
+    time.wSecond = PartAt(digits, 12, 2);
+    return time;
+}
+
+SYSTEMTIME ReadMachineDate(const wchar_t* text)
+{
+    String trimmed(text);
+    trimmed.TrimLeft();
+    trimmed.TrimRight();
+    SYSTEMTIME time{};
+    if (trimmed.IsEmpty())
+    {
+        GetLocalTime(&time);
+        return time;
+    }
+    if (trimmed.Length() <= kCompactLength && IsAllDigits(trimmed.View()))
+        return SplitCompactDate(trimmed.View());
+    if (ReadRFC822Date(trimmed, time) && IsLikely(time))
+        return time;
+    if (ReadISO8601Date(trimmed.View(), time) && IsLikely(time))
+        return time;
+    return ReadBySystem(trimmed);
+}
+
+} // namespace qx

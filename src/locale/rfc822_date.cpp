@@ -1,0 +1,181 @@
+#include "core/forever.h"
+#include "core/regex.h"
+#include "locale/date_cursor.h"
+#include "locale/machine_date.h"
+#include "locale/time_arithmetic.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace qx
+{
+
+namespace
+{
+
+constexpr wchar_t kDatePattern[] = L"(?:\\w{3},\\s+)?(\\d+)\\s+(\\w{3})\\s+(\\d{4})\\s+(\\d+):(\\d+):(\\d+)"
+                                   L"(\\s+(?:[+-]\\d{4}|GMT|EST|EDT|CST|CDT|MST|MDT|PST|PDT|UT))?";
+
+struct NamedZone
+{
+    std::wstring_view name;
+    int hoursToAdd;
+};
+// What has no row is no other time than UTC: GMT.
+constexpr NamedZone kZones[] = {
+    {L"UT", 0}, {L"EST", 5}, {L"EDT", 4}, {L"CST", 6}, {L"CDT", 5}, {L"MST", 7}, {L"MDT", 6}, {L"PST", 8}, {L"PDT", 7}};
+constexpr std::wstring_view kZoneWithoutRow = L"GMT";
+
+constexpr std::wstring_view kMonths = L"janfebmaraprmayjunjulaugsepoctnovdec";
+
+// The groups of the pattern.
+struct Parts
+{
+    std::wstring_view day, month, year, hour, minute, second;
+    std::wstring_view zone; // with the white space before it; empty if there is none
+};
+
+bool IsSpace(wchar_t c)
+{
+    return c == L' ' || (c >= L'\t' && c <= L'\r');
+}
+
+bool IsWordCharacter(wchar_t c)
+{
+    return IsDecimalDigit(c) || (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || c == L'_';
+}
+
+bool TakeWord(DateCursor& cursor, std::wstring_view& word)
+{
+    word = cursor.Take(3);
+    return word.size() == 3 && std::all_of(word.begin(), word.end(), IsWordCharacter);
+}
+
+bool TakeDigits(DateCursor& cursor, std::wstring_view& digits)
+{
+    digits = cursor.Take(IsDecimalDigit);
+    return !digits.empty();
+}
+
+bool SkipSpaces(DateCursor& cursor)
+{
+    return !cursor.Take(IsSpace).empty();
+}
+
+std::size_t LengthOfZone(std::wstring_view text)
+{
+    if (text.size() >= 5 && (text[0] == L'+' || text[0] == L'-') &&
+        std::all_of(text.begin() + 1, text.begin() + 5, IsDecimalDigit))
+        return 5;
+    if (text.substr(0, kZoneWithoutRow.size()) == kZoneWithoutRow)
+        return kZoneWithoutRow.size();
+    for (const NamedZone& zone : kZones)
+        if (text.substr(0, zone.name.size()) == zone.name)
+            return zone.name.size();
+    return 0;
+}
+
+std::wstring_view TakeZone(DateCursor& cursor)
+{
+    const std::wstring_view rest = cursor.Rest();
+    const std::size_t spaces = cursor.Take(IsSpace).size();
+    const std::size_t length = spaces == 0 ? 0 : LengthOfZone(cursor.Rest());
+    return length == 0 ? std::wstring_view() : rest.substr(0, spaces + length);
+}
+
+// What the pattern matches at the very start of a text, which is where a date header has it. Without this, the pattern
+// takes several times as long as all the rest.
+bool MatchAtStart(std::wstring_view text, Parts& parts)
+{
+    DateCursor cursor(text);
+    std::wstring_view name;
+    DateCursor behindName = cursor;
+    if (TakeWord(behindName, name) && behindName.Skip(L",") && SkipSpaces(behindName))
+        cursor = behindName;
+    if (!TakeDigits(cursor, parts.day) || !SkipSpaces(cursor) || !TakeWord(cursor, parts.month) ||
+        !SkipSpaces(cursor) || !TakeDigits(cursor, parts.year) || parts.year.size() != 4 || !SkipSpaces(cursor) ||
+        !TakeDigits(cursor, parts.hour) || !cursor.Skip(L":") || !TakeDigits(cursor, parts.minute) ||
+        !cursor.Skip(L":") || !TakeDigits(cursor, parts.second))
+        return false;
+    parts.zone = TakeZone(cursor);
+    return true;
+}
+
+bool MatchAnywhere(const String& text, clsRegExMatchList& matches, Parts& parts)
+{
+    static clsRegEx& date = MakeForever<clsRegEx>(kDatePattern, 0);
+    // Between its parts the date has white space, which most texts of the other forms don't have.
+    const std::wstring_view view = text.View();
+    if (std::none_of(view.begin(), view.end(), IsSpace) || !date.Match(text, &matches))
+        return false;
+    const auto group = [&matches](size_t number)
+    {
+        return number < matches.Count() ? matches[number].text.View() : std::wstring_view();
+    };
+    parts = {group(1), group(2), group(3), group(4), group(5), group(6), group(7)};
+    return true;
+}
+
+// What is beyond a field's numbers is beyond all dates as well.
+WORD FieldOf(std::wstring_view digits)
+{
+    uint32_t value = 0;
+    for (const wchar_t digit : digits)
+        value = std::min<uint32_t>(value * 10 + static_cast<uint32_t>(digit - L'0'), 0xFFFF);
+    return static_cast<WORD>(value);
+}
+
+WORD MonthOf(std::wstring_view name)
+{
+    const auto isEqual = [](wchar_t given, wchar_t own)
+    {
+        return (given >= L'A' && given <= L'Z' ? given + (L'a' - L'A') : given) == own;
+    };
+    for (std::size_t i = 0; i < kMonths.size(); i += 3)
+        if (std::equal(name.begin(), name.end(), kMonths.begin() + static_cast<std::ptrdiff_t>(i), isEqual))
+            return static_cast<WORD>(i / 3 + 1);
+    return 0;
+}
+
+void AddZone(std::wstring_view zone, SYSTEMTIME& time)
+{
+    DateCursor cursor(zone);
+    cursor.Take(IsSpace);
+    const std::wstring_view name = cursor.Rest();
+    const bool isEast = cursor.Skip(L"+");
+    WORD hours = 0;
+    WORD minutes = 0;
+    if ((isEast || cursor.Skip(L"-")) && cursor.Number(2, hours) && cursor.Number(2, minutes))
+    {
+        const int sum = hours * 60 + minutes;
+        AddMinutes(time, isEast ? -sum : sum);
+        return;
+    }
+    for (const NamedZone& row : kZones)
+        if (row.name == name)
+            AddMinutes(time, row.hoursToAdd * 60);
+}
+
+} // namespace
+
+bool ReadRFC822Date(const String& text, SYSTEMTIME& time)
+{
+    Parts parts;
+    clsRegExMatchList matches; // what the parts may lie in
+    if (!MatchAtStart(text.View(), parts) && !MatchAnywhere(text, matches, parts))
+        return false;
+    SYSTEMTIME read{};
+    read.wYear = FieldOf(parts.year);
+    read.wMonth = MonthOf(parts.month);
+    read.wDayOfWeek = 0xFFFF;
+    read.wDay = FieldOf(parts.day);
+    read.wHour = FieldOf(parts.hour);
+    read.wMinute = FieldOf(parts.minute);
+    read.wSecond = FieldOf(parts.second);
+    if (!parts.zone.empty())
+        AddZone(parts.zone, read);
+    time = read;
+    return true;
+}
+
+} // namespace qx
