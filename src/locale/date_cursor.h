@@ -33,7 +33,7 @@ public:
 
     // Takes a character off for as long as the test likes it.
     template <class Test>
-    std::wstring_view Take(Test test)
+    std::wstring_view TakeWhile(Test test)
     {
         std::size_t length = 0;
         while (length < _rest.size() && test(_rest[length]))

@@ -34,7 +34,7 @@ bool ReadTime(DateCursor& cursor, SYSTEMTIME& time)
     if (!cursor.IsAtEnd() && !ReadPart(cursor, L":", time.wSecond))
         return false;
     cursor.Skip(L".,");
-    cursor.Take(IsDecimalDigit);
+    cursor.TakeWhile(IsDecimalDigit);
     if (time.wHour == 24)
     {
         time.wHour = 0;

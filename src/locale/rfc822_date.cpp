@@ -53,13 +53,13 @@ bool TakeWord(DateCursor& cursor, std::wstring_view& word)
 
 bool TakeDigits(DateCursor& cursor, std::wstring_view& digits)
 {
-    digits = cursor.Take(IsDecimalDigit);
+    digits = cursor.TakeWhile(IsDecimalDigit);
     return !digits.empty();
 }
 
 bool SkipSpaces(DateCursor& cursor)
 {
-    return !cursor.Take(IsSpace).empty();
+    return !cursor.TakeWhile(IsSpace).empty();
 }
 
 std::size_t LengthOfZone(std::wstring_view text)
@@ -78,7 +78,7 @@ std::size_t LengthOfZone(std::wstring_view text)
 std::wstring_view TakeZone(DateCursor& cursor)
 {
     const std::wstring_view rest = cursor.Rest();
-    const std::size_t spaces = cursor.Take(IsSpace).size();
+    const std::size_t spaces = cursor.TakeWhile(IsSpace).size();
     const std::size_t length = spaces == 0 ? 0 : LengthOfZone(cursor.Rest());
     return length == 0 ? std::wstring_view() : rest.substr(0, spaces + length);
 }
@@ -140,7 +140,7 @@ WORD MonthOf(std::wstring_view name)
 void AddZone(std::wstring_view zone, SYSTEMTIME& time)
 {
     DateCursor cursor(zone);
-    cursor.Take(IsSpace);
+    cursor.TakeWhile(IsSpace);
     const std::wstring_view name = cursor.Rest();
     const bool isEast = cursor.Skip(L"+");
     WORD hours = 0;

@@ -1,0 +1,230 @@
+// Dates and times as callers get them. The user's locale is whatever the machine has, so that forms of a locale are
+// told by their number; in a process of its own on linux it is each of those that matter.
+#include <qxut23/dates.h>
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace
+{
+
+constexpr uint32_t USER = 0x400, AMERICAN = 0x409, GERMAN = 0x407, UNKNOWN = 0x9999;
+
+std::string Show(const SYSTEMTIME& time)
+{
+    char text[48];
+    std::snprintf(text, sizeof text, "%d-%d-%d %d:%d:%d", time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute,
+        time.wSecond);
+    return text;
+}
+
+std::string Narrow(const wchar_t* text)
+{
+    char bytes[256];
+    return WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes, sizeof bytes, nullptr, nullptr) > 0 ? bytes : "(none)";
+}
+
+std::string Written(uint32_t locale, const SYSTEMTIME* time, uint32_t flags)
+{
+    VARIANT text;
+    VariantInit(&text);
+    text.vt = VT_I4; // which goes
+    EXPECT_EQ(UtilLocLocaleStringFromSystemTimeEx(locale, time, &text, flags), 0);
+    EXPECT_EQ(text.vt, VT_BSTR);
+    const std::string written = Narrow(text.bstrVal);
+    VariantClear(&text);
+    return written;
+}
+
+void ExpectNow(const SYSTEMTIME& time)
+{
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    FILETIME given, expected;
+    ASSERT_TRUE(SystemTimeToFileTime(&time, &given) && SystemTimeToFileTime(&now, &expected)) << Show(time);
+    const auto units = [](const FILETIME& fileTime)
+    {
+        return LONGLONG{fileTime.dwHighDateTime} << 32 | fileTime.dwLowDateTime;
+    };
+    EXPECT_NEAR(static_cast<double>(units(expected) - units(given)), 0, 60e7);
+}
+
+TEST(Dates, ReadInALocale)
+{
+    SYSTEMTIME time;
+    EXPECT_EQ(UtilLocSystemTimeFromLocaleString(AMERICAN, L" 12/31/2018 1:05 PM ", &time, 0), 0);
+    EXPECT_EQ(Show(time), "2018-12-31 13:5:0");
+    EXPECT_EQ(UtilLocSystemTimeFromLocaleString(GERMAN, L"31.12.2018 13:05", &time, 0), 0);
+    EXPECT_EQ(Show(time), "2018-12-31 13:5:0");
+    EXPECT_EQ(UtilLocSystemTimeFromLocaleString(GERMAN, L"31.2.2018", &time, 0), -52);
+    EXPECT_EQ(Show(time), "2018-2-31 0:0:0");
+    EXPECT_EQ(UtilLocSystemTimeFromLocaleString(UNKNOWN, L"31.12.2018", &time, 0), 0); // ".", ":", day first
+    EXPECT_EQ(Show(time), "2018-12-31 0:0:0");
+    time.wMilliseconds = 7;
+    EXPECT_EQ(UtilLocSystemTimeFromLocaleString(USER, L"nonsense", &time, QXUT_LOCDATE_REPORT_DEFAULT), 0);
+    EXPECT_EQ(Show(time), "0-0-0 0:0:0");
+    EXPECT_EQ(time.wMilliseconds, 0);
+    for (const wchar_t* empty : {L"", L"   ", static_cast<const wchar_t*>(nullptr)})
+    {
+        EXPECT_EQ(UtilLocSystemTimeFromLocaleString(USER, empty, &time, QXUT_LOCDATE_REPORT_DEFAULT), 0);
+        ExpectNow(time);
+    }
+    EXPECT_EQ(UtilLocSystemTimeFromLocaleString(USER, L"1.1.2018", nullptr, 0), 0);
+}
+
+TEST(Dates, WrittenInALocale)
+{
+    constexpr SYSTEMTIME MOMENT{2018, 2, 0, 3, 15, 4, 7, 0}, MIDNIGHT{2018, 2, 0, 3}, EARLY{1500, 2, 0, 29, 1};
+    constexpr uint32_t DATE = QXUT_LOCTEXT_DATE, TIME = QXUT_LOCTEXT_TIME, SHORT_TIME = QXUT_LOCTEXT_TIME_NO_SECONDS;
+    EXPECT_EQ(Written(AMERICAN, &MOMENT, DATE | TIME), "2/3/2018 3:04:07 PM");
+    EXPECT_EQ(Written(AMERICAN, &MOMENT, DATE), "2/3/2018");
+    EXPECT_EQ(Written(AMERICAN, &MOMENT, TIME), "3:04:07 PM");
+    EXPECT_EQ(Written(AMERICAN, &MOMENT, SHORT_TIME), "3:04 PM");
+    EXPECT_EQ(Written(AMERICAN, &MOMENT, SHORT_TIME | TIME), "3:04 PM");
+    EXPECT_EQ(Written(GERMAN, &MOMENT, SHORT_TIME), "15:04");
+    EXPECT_EQ(Written(AMERICAN, &MOMENT, TIME | QXUT_LOCTEXT_24_HOURS), "15:04:07 PM");
+    EXPECT_EQ(Written(AMERICAN, &MIDNIGHT, DATE | TIME), "2/3/2018");
+    EXPECT_EQ(Written(AMERICAN, &MIDNIGHT, TIME), "");
+    EXPECT_EQ(Written(AMERICAN, &MOMENT, 0), "");
+    EXPECT_EQ(Written(AMERICAN, &EARLY, DATE | TIME), "2/29/1500 1:00:00 AM");
+    EXPECT_EQ(Written(UNKNOWN, &MOMENT, DATE | TIME), "");
+
+    // Today's date stands in for one that can't be written.
+    constexpr SYSTEMTIME IMPOSSIBLE{2018, 2, 0, 30, 15};
+    EXPECT_EQ(Written(AMERICAN, &IMPOSSIBLE, DATE), Written(AMERICAN, nullptr, DATE));
+    EXPECT_EQ(Written(AMERICAN, &IMPOSSIBLE, TIME), "3:00:00 PM");
+    EXPECT_NE(Written(AMERICAN, nullptr, TIME), "");
+
+    VARIANT text;
+    VariantInit(&text);
+    EXPECT_EQ(UtilLocLocaleStringFromSystemTime(AMERICAN, &MOMENT, &text), 0);
+    EXPECT_EQ(Narrow(text.bstrVal), "2/3/2018 3:04:07 PM");
+    VariantClear(&text);
+    EXPECT_EQ(UtilLocLocaleStringFromSystemTime(AMERICAN, &MOMENT, nullptr), 0);
+}
+
+TEST(Dates, CompactFromTextsOfTheUsersLocale)
+{
+    struct Case
+    {
+        const wchar_t* text;
+        uint32_t flags;
+        int32_t result;
+        const char* compact;
+    };
+    constexpr uint32_t REPORT = QXUT_LOCDATE_REPORT_DEFAULT;
+    constexpr Case CASES[] = {
+        {L"20180102", 0, 1, "20180102000000"},
+        {L"99999999999999", 0, 1, "99999999999999"}, // whatever they say
+        {L"2018-02-03 4:05", 0, 1, "20180203040500"},
+        {L"2018-02-03", QXUT_LOCDATE_MARK_NO_TIME, 1, "20180203000000"},
+        {L"2018-02-31", 0, 0, ""},
+        {L"2018-02-", REPORT, 0, ""},
+        {L"nonsense", 0, 1, ""},
+        {nullptr, 0, 0, ""},
+    };
+    for (const Case& row : CASES)
+    {
+        wchar_t compact[20] = L"#";
+        EXPECT_EQ(UtilDateTimeFromLocaleString(row.text, compact, 20, row.flags), row.result);
+        EXPECT_EQ(Narrow(compact), row.compact);
+    }
+    wchar_t cut[] = L"#########";
+    EXPECT_EQ(UtilDateTimeFromLocaleString(L"20180102", cut, 5, 0), 1);
+    EXPECT_EQ(Narrow(cut), "2018");
+    EXPECT_EQ(cut[5], L'#');
+    EXPECT_EQ(UtilDateTimeFromLocaleString(L"20180102", nullptr, 0, 0), 1);
+    wchar_t now[20];
+    EXPECT_EQ(UtilDateTimeFromLocaleString(L" ", now, 20, 0), 1);
+    EXPECT_EQ(Narrow(now).size(), 14u);
+}
+
+TEST(Dates, TextsOfTheUsersLocaleFromCompact)
+{
+    constexpr SYSTEMTIME MOMENT{2018, 2, 0, 3, 15, 4, 7, 0}, TO_THE_MINUTE{2018, 2, 0, 3, 15, 4}, DAY{2018, 2, 0, 3};
+    struct Case
+    {
+        const wchar_t* compact;
+        const SYSTEMTIME* time;
+    };
+    const Case cases[] = {
+        {L"20180203150407", &MOMENT},
+        {L"  20180203150407rest ", &MOMENT},
+        {L"201802031504", &TO_THE_MINUTE},
+        {L"2018020315040", &TO_THE_MINUTE},
+        {L"201802031", &DAY},
+        {L"20180203", &DAY},
+    };
+    wchar_t text[100] = {};
+    for (const Case& row : cases)
+    {
+        EXPECT_EQ(UtilDateTimeToLocaleString(row.compact, text, 100), 1);
+        EXPECT_EQ(Narrow(text), Written(USER, row.time, 6)) << Narrow(row.compact);
+    }
+    EXPECT_EQ(UtilDateTimeToLocaleString(L"  ", text, 100), 1);
+    EXPECT_EQ(Narrow(text), "");
+
+    const std::string whole = Written(USER, &MOMENT, 6);
+    const auto length = static_cast<uint32_t>(whole.size());
+    EXPECT_EQ(UtilDateTimeToLocaleString(L"20180203150407", text, length), 1);
+    EXPECT_EQ(Narrow(text), whole.substr(0, whole.size() - 1)); // its last character is the terminator's
+    EXPECT_EQ(UtilDateTimeToLocaleString(L"20180203150407", text, length - 1), 0);
+    EXPECT_EQ(Narrow(text), "");
+}
+
+TEST(Dates, OfMachines)
+{
+    SYSTEMTIME time;
+    EXPECT_EQ(UtilLocDateTimeToSYSTEMTIME(L"Tue, 3 Apr 2018 10:00:00 +0200", &time), 0);
+    EXPECT_EQ(Show(time), "2018-4-3 8:0:0");
+    EXPECT_EQ(UtilLocDateTimeToSYSTEMTIME(nullptr, &time), 0);
+    ExpectNow(time);
+    EXPECT_EQ(UtilLocDateTimeToSYSTEMTIME(L"nonsense", &time), 0);
+    EXPECT_EQ(Show(time), "0-0-0 0:0:0");
+    EXPECT_EQ(time.wDayOfWeek, 0xFFFF);
+    EXPECT_EQ(UtilLocDateTimeToSYSTEMTIME(L"20180102", nullptr), 0);
+}
+
+TEST(Dates, LocalTimeAndUTC)
+{
+    constexpr int32_t INVALID = static_cast<int32_t>(0x80070057);
+    EXPECT_EQ(UtilLocConvertLocalTimeToUTCTime(nullptr), INVALID);
+    EXPECT_EQ(UtilLocConvertUTCTimeToLocalTime(nullptr), INVALID);
+    SYSTEMTIME time{0, 2, 0, 3};
+    EXPECT_EQ(UtilLocConvertLocalTimeToUTCTime(&time), INVALID);
+    EXPECT_EQ(UtilLocConvertUTCTimeToLocalTime(&time), INVALID);
+    time = {2018, 7, 9, 3, 12, 30, 15, 250};
+    EXPECT_EQ(UtilLocConvertUTCTimeToLocalTime(&time), 0);
+    EXPECT_EQ(UtilLocConvertLocalTimeToUTCTime(&time), 0);
+    EXPECT_EQ(Show(time), "2018-7-3 12:30:15");
+    EXPECT_EQ(time.wMilliseconds, 250);
+    time = {2018, 2, 0, 30};
+    EXPECT_EQ(UtilLocConvertLocalTimeToUTCTime(&time), 0); // what can't be converted is all zeros
+    EXPECT_EQ(Show(time), "0-0-0 0:0:0");
+}
+
+TEST(Dates, DaylightTimeOfThePresentZone)
+{
+    SYSTEMTIME start, end, local;
+    TIME_ZONE_INFORMATION zone;
+    EXPECT_EQ(UtilLocGetDSTStartAndEndInUTC(2030, &start, &end), 0);
+    if (GetTimeZoneInformation(&zone) == TIME_ZONE_ID_UNKNOWN)
+    {
+        EXPECT_EQ(Show(start), "0-0-0 0:0:0");
+        EXPECT_EQ(Show(end), "0-0-0 0:0:0");
+        return;
+    }
+    ASSERT_TRUE(SystemTimeToTzSpecificLocalTime(&zone, &start, &local)); // the first moment on the new clock
+    EXPECT_EQ((local.wHour * 60 + local.wMinute) - (zone.DaylightDate.wHour * 60 + zone.DaylightDate.wMinute),
+        -zone.DaylightBias);
+    EXPECT_EQ(UtilLocGetDSTStartAndEndInUTC(2030, nullptr, nullptr), 0);
+}
+
+} // namespace

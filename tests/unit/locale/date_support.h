@@ -1,0 +1,60 @@
+// What the tests of dates share.
+#pragma once
+
+#include "core/string.h"
+#include "locale/date_parser.h"
+
+#include <windows.h>
+
+#include <cstdio>
+#include <string>
+
+namespace qxtest
+{
+
+// "2018-12-31 23:59:58", with -- for a field that wasn't given.
+inline std::string Show(const SYSTEMTIME& time)
+{
+    const auto part = [](WORD value, const char* format)
+    {
+        char text[8];
+        std::snprintf(text, sizeof text, format, value);
+        return value == 0xFFFF ? std::string("--") : std::string(text);
+    };
+    return part(time.wYear, "%04d") + '-' + part(time.wMonth, "%02d") + '-' + part(time.wDay, "%02d") + ' ' +
+           part(time.wHour, "%02d") + ':' + part(time.wMinute, "%02d") + ':' + part(time.wSecond, "%02d");
+}
+
+inline qx::clsLocaleDateInfo Info(qx::DateOrder order, const wchar_t* dateSeparator, const wchar_t* timeSeparator)
+{
+    qx::clsLocaleDateInfo info;
+    info.dateOrder = order;
+    info.dateSeparator = dateSeparator;
+    info.timeSeparator = timeSeparator;
+    return info;
+}
+
+// As the system has them, without anyone's own settings.
+inline qx::DateSettings German()
+{
+    return {Info(qx::DateOrder::DayMonthYear, L".", L":"), L"HH:mm:ss", L"dd.MM.yyyy"};
+}
+
+inline qx::DateSettings American()
+{
+    return {Info(qx::DateOrder::MonthDayYear, L"/", L":"), L"h:mm:ss tt", L"M/d/yyyy"};
+}
+
+constexpr SYSTEMTIME TODAY{2021, 7, 0, 9, 10, 11, 12, 0};
+
+// The fields, and " -52" behind them if that is the result.
+inline std::string Parsed(qx::clsDateParser& parser, const wchar_t* text, uint32_t flags)
+{
+    SYSTEMTIME time;
+    const int32_t result = parser.Parse(text, flags, TODAY, time);
+    EXPECT_EQ(time.wDayOfWeek, 0);
+    EXPECT_EQ(time.wMilliseconds, 0);
+    return Show(time) + (result == 0 ? "" : ' ' + std::to_string(result));
+}
+
+} // namespace qxtest

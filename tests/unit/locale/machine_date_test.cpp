@@ -1,0 +1,222 @@
+// Dates as machines write them; the rules of time zones.
+#include <gtest/gtest.h>
+
+#include "unit/locale/date_support.h"
+
+#include "core/regex.h"
+#include "locale/date_text.h"
+#include "locale/machine_date.h"
+#include "locale/time_arithmetic.h"
+#include "locale/time_zone.h"
+
+#include <random>
+#include <string_view>
+
+using namespace qx;
+using namespace qxtest;
+
+namespace
+{
+
+constexpr char NOTHING[] = "0000-00-00 00:00:00";
+
+struct Case
+{
+    const wchar_t* text;
+    const char* result;
+};
+
+TEST(MachineDate, Forms)
+{
+    constexpr Case CASES[] = {
+        {L"20180203", "2018-02-03 00:00:00"},
+        {L" 20180203040506 ", "2018-02-03 04:05:06"},
+        {L"2018", "2018-00-00 00:00:00"},
+        {L"2018023", "2018-02-03 00:00:00"},
+        {L"20189999", "2018-99-99 00:00:00"},
+        {L"Tue, 3 Apr 2018 10:00:00 +0200", "2018-04-03 08:00:00"},
+        {L"3 apr 2018 10:00:00 EST", "2018-04-03 15:00:00"},
+        {L"3 APR 2018 10:00:00", "2018-04-03 10:00:00"},
+        {L"3 Apr 2018 10:00:00 GMT", "2018-04-03 10:00:00"},
+        {L"31 Dec 2018 23:30:15  -0130", "2019-01-01 01:00:15"},
+        {L"1 Jan 2018 00:30:00 +0100", "2017-12-31 23:30:00"},
+        {L"Date: Tue, 03 Apr 2018 10:00:00 PDT (noted)", "2018-04-03 17:00:00"},
+        {L"3 Apr 2018 24:00:00", "2018-04-03 24:00:00"},
+        {L"2018-04-03T10:00:00+02:00", "2018-04-03 08:00:00"},
+        {L"20180403T100000,123-0130", "2018-04-03 11:30:00"},
+        {L"2018\x2010"
+         "04\x2010"
+         "03T10:00:00.5\x2212"
+         "02",
+            "2018-04-03 12:00:00"},
+        {L"2018-04-03T24:00:00+01:00", "2018-04-03 23:00:00"},
+        {L"2018-12-31T23:59:59-00:01x", "2019-01-01 00:00:59"},
+        {L"2018-04-03+05", "2018-04-02 19:00:00"},
+        {L"2018-02-30T10:00:00+02:00", NOTHING},
+        {L"31 Foo 2018 10:00:00", NOTHING},
+        {L"no date", NOTHING},
+    };
+    for (const Case& row : CASES)
+    {
+        const SYSTEMTIME time = ReadMachineDate(row.text);
+        EXPECT_EQ(Show(time), row.result) << String(row.text).NarrowText();
+        EXPECT_EQ(time.wMilliseconds, 0);
+    }
+    EXPECT_EQ(ReadMachineDate(L"20180203").wDayOfWeek, 0xFFFF);
+    EXPECT_EQ(ReadMachineDate(L"no date").wDayOfWeek, 0xFFFF);
+    EXPECT_EQ(ReadMachineDate(L"3 Apr 2018 10:00:00 UT").wDayOfWeek, 2);
+}
+
+TEST(MachineDate, ISO8601ByTheLetter)
+{
+    SYSTEMTIME time;
+    for (const wchar_t* text : {L"", L"201", L"2018", L"2018-", L"2018-4-3", L"2018-04", L"2018-04-", L"2018--04-03",
+             L"2018-04-03T", L"2018-04-03T1", L"2018-04-03T10:", L"2018-04-03T10:00+02:00", L"2018-04-03T10:00Z",
+             L"2018-04-03T10:00:00+", L"2018-04-03T10:00:00+2", L"2018/04/03", L"x2018-04-03"})
+        EXPECT_FALSE(ReadISO8601Date(text, time)) << String(text).NarrowText();
+    EXPECT_TRUE(ReadISO8601Date(L"2018-04-03T10:00:00+02:", time));
+    EXPECT_EQ(Show(time), "2018-04-03 08:00:00");
+
+    // Without a sign it is local time, and "Z" is none.
+    for (const wchar_t* text :
+        {L"2018-07-03", L"2018-07-03T00", L"2018-07-03T00:00", L"2018-07-03T00:00:00", L"2018-07-03T00:00:00Z"})
+    {
+        ASSERT_TRUE(ReadISO8601Date(text, time)) << String(text).NarrowText();
+        ConvertUTCToLocalTime(time);
+        EXPECT_EQ(Show(time), "2018-07-03 00:00:00") << String(text).NarrowText();
+    }
+}
+
+TEST(MachineDate, ZonesByName)
+{
+    struct Zone
+    {
+        const wchar_t* name;
+        int hours;
+    };
+    constexpr Zone ZONES[] = {{L"UT", 0}, {L"GMT", 0}, {L"EST", 5}, {L"EDT", 4}, {L"CST", 6}, {L"CDT", 5}, {L"MST", 7},
+        {L"MDT", 6}, {L"PST", 8}, {L"PDT", 7}, {L"CET", 0}, {L"est", 0}};
+    for (const Zone& zone : ZONES)
+    {
+        SYSTEMTIME time{};
+        ASSERT_TRUE(ReadRFC822Date(String(L"3 Apr 2018 10:00:00 ") + zone.name, time));
+        EXPECT_EQ(time.wHour, 10 + zone.hours) << String(zone.name).NarrowText();
+    }
+    SYSTEMTIME untouched{1, 2, 3, 4, 5, 6, 7, 8};
+    EXPECT_FALSE(ReadRFC822Date(L"3. Apr 2018 10:00:00", untouched));
+    EXPECT_EQ(untouched.wMilliseconds, 8);
+}
+
+// What is read without the pattern is what the pattern would have found.
+TEST(MachineDate, RFC822IsWhatThePatternFinds)
+{
+    clsRegEx pattern(L"(?:\\w{3},\\s+)?(\\d+)\\s+(\\w{3})\\s+(\\d{4})\\s+(\\d+):(\\d+):(\\d+)"
+                     L"(\\s+(?:[+-]\\d{4}|GMT|EST|EDT|CST|CDT|MST|MDT|PST|PDT|UT))?",
+        0);
+    constexpr std::wstring_view FORM = L"Tue, 3 Apr 2018 10:00:00 +0200";
+    constexpr std::wstring_view PIECES = L"0123 \t:,+-_TueAprGMTESTU\x0663\xA0";
+    std::mt19937 random(5);
+    int found = 0;
+    for (int i = 0; i < 20000; ++i)
+    {
+        String text(FORM);
+        for (auto changes = random() % 3; changes-- != 0;)
+        {
+            const size_t place = random() % text.Length();
+            if (random() % 3 == 0)
+                text.Delete(place, 1 + random() % 3);
+            else
+                text.Insert(place, String(PIECES.substr(random() % PIECES.size(), 1 + random() % 4)));
+        }
+        clsRegExMatchList matches;
+        SYSTEMTIME time{};
+        const bool isDate = pattern.Match(text, &matches);
+        ASSERT_EQ(ReadRFC822Date(text, time), isDate) << text.NarrowText();
+        if (!isDate || matches.Count() > 7) // with a zone the fields have moved
+            continue;
+        ++found;
+        const auto number = [&matches](size_t group)
+        {
+            return static_cast<WORD>(std::min(wcstol(matches[group].text, nullptr, 10), 0xFFFFL));
+        };
+        ASSERT_EQ(time.wDay, number(1)) << text.NarrowText();
+        ASSERT_EQ(time.wYear, number(3)) << text.NarrowText();
+        ASSERT_EQ(time.wSecond, number(6)) << text.NarrowText();
+    }
+    EXPECT_GT(found, 1000);
+}
+
+// By the published rules; the days are those that calendars of these years show.
+TEST(TimeZoneRules, DaylightTimeInUTC)
+{
+    constexpr auto rule = [](WORD month, WORD week, WORD hour)
+    {
+        return SYSTEMTIME{0, month, 0, week, hour, 0, 0, 0};
+    };
+    const TIME_ZONE_INFORMATION berlin{-60, L"", rule(10, 5, 3), 0, L"", rule(3, 5, 2), -60};
+    const TIME_ZONE_INFORMATION newYork{300, L"", rule(11, 1, 2), 0, L"", rule(3, 2, 2), -60};
+    const TIME_ZONE_INFORMATION sydney{-600, L"", rule(4, 1, 3), 0, L"", rule(10, 1, 2), -60};
+    const TIME_ZONE_INFORMATION saoPaulo{180, L"", rule(2, 3, 0), 0, L"", rule(11, 1, 0), -60};
+    struct ZoneCase
+    {
+        const TIME_ZONE_INFORMATION* zone;
+        uint32_t year;
+        const char* start;
+        const char* end;
+    };
+    const ZoneCase cases[] = {
+        {&berlin, 2018, "2018-03-25 01:00:00", "2018-10-28 01:00:00"},
+        {&berlin, 2019, "2019-03-31 01:00:00", "2019-10-27 01:00:00"},
+        {&berlin, 2100, "2100-03-28 01:00:00", "2100-10-31 01:00:00"},
+        {&berlin, 1601, "1601-03-25 01:00:00", "1601-10-28 01:00:00"},
+        {&newYork, 2018, "2018-03-11 07:00:00", "2018-11-04 06:00:00"},
+        {&newYork, 2015, "2015-03-08 07:00:00", "2015-11-01 06:00:00"},
+        {&sydney, 2018, "2018-10-06 16:00:00", "2018-03-31 16:00:00"},
+        {&saoPaulo, 2018, "2018-11-04 03:00:00", "2018-02-18 02:00:00"},
+        {&berlin, 1600, NOTHING, NOTHING}, // which the system doesn't know
+        {&berlin, 99999, NOTHING, NOTHING},
+    };
+    for (const ZoneCase& row : cases)
+    {
+        SYSTEMTIME start, end;
+        ResolveDaylightTime(*row.zone, row.year, start, end);
+        EXPECT_EQ(Show(start), row.start) << row.year;
+        EXPECT_EQ(Show(end), row.end) << row.year;
+    }
+
+    SYSTEMTIME absolute{2018, 3, 5, 17, 2, 30, 0, 0};
+    EXPECT_EQ(Show(ResolveZoneRule(absolute, 2030)), "2030-03-17 02:30:00");
+    absolute.wMonth = 0;
+    EXPECT_EQ(Show(ResolveZoneRule(absolute, 2030)), "2018-00-17 02:30:00");
+    // A leap year's last day of February, by all weekdays.
+    for (WORD day = 0; day < 7; ++day)
+    {
+        const SYSTEMTIME last{0, 2, day, 5, 0, 0, 0, 0}, third{0, 2, day, 3, 0, 0, 0, 0};
+        EXPECT_EQ(ResolveZoneRule(last, 2020).wDay, 23 + day); // the 29th is a Saturday
+        EXPECT_EQ(ResolveZoneRule(third, 2020).wDay, day == 6 ? 15 : 16 + day);
+    }
+}
+
+TEST(EarlyDates, AreWrittenByTheLibrary)
+{
+    const clsDate date(3, 2, 904);
+    constexpr struct
+    {
+        const wchar_t* format;
+        const wchar_t* text;
+    } CASES[] = {
+        {L"dd.MM.yyyy", L"03.02.0904"},
+        {L"d/M/yy", L"3/2/04"},
+        {L"D-MMM-Y", L"3-02-0904"},
+        {L"ddd yyy", L" 0904"},
+        {L"dDd|\"d \"\"M\"d", L"|d M3"},
+        {L"yyyy 'y'", L"0904 '0904'"},
+        {L"yyyyMMdd yyyyMMdd yyyyMMdd", L"09040203 09040203 0"},
+        {L"", L""},
+    };
+    for (const auto& row : CASES)
+        EXPECT_STREQ(FormatEarlyDate(date, 0x0409, row.format, 19), row.text);
+    EXPECT_STREQ(FormatEarlyDate(date, 0x0409, nullptr, 19), L"2/3/0904");
+}
+
+} // namespace
