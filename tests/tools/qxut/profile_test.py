@@ -3,6 +3,7 @@
 import json
 import shutil
 import subprocess
+import unittest
 from xml.etree import ElementTree
 
 import commands
