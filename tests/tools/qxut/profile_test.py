@@ -1,6 +1,7 @@
 """profile_test.py COMMAND...: runs `qxut profile` as its users do. COMMAND starts the program."""
 
 import json
+import pathlib
 import shutil
 import subprocess
 import unittest
