@@ -22,7 +22,7 @@ public:
         *this, L"p_EnumSystemLanguageGroups", 12};
     LateProcedure p_GetActiveProcessorCount{*this, L"p_GetActiveProcessorCount", 4};
     LateFunction<DWORD()> p_GetCurrentProcessorNumber{*this, L"p_GetCurrentProcessorNumber"};
-    LateProcedure p_GetCurrentProcessorNumberEx{*this, L"p_GetCurrentProcessorNumberEx", 4};
+    LateFunction<void(PROCESSOR_NUMBER*)> p_GetCurrentProcessorNumberEx{*this, L"p_GetCurrentProcessorNumberEx", 4};
     LateFunction<DWORD(DWORD, wchar_t*)> p_GetDllDirectory{*this, L"p_GetDllDirectory", 8};
     LateProcedure p_GetProcessGroupAffinity{*this, L"p_GetProcessGroupAffinity", 12};
     LateFunction<ULONGLONG()> p_GetTickCount64{*this, L"p_GetTickCount64"};

@@ -134,7 +134,7 @@ bool CLateLoadBase::IsOwnModule() const
 
 void CLateLoadBase::Log(const wchar_t* format, ...)
 {
-    if (!lateLoadLog || !IsDebugLineActive())
+    if (!lateLoadLog || !UtilIsDebugActive())
         return;
     va_list arguments;
     va_start(arguments, format);

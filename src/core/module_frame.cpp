@@ -47,10 +47,10 @@ void LogInvalidParameter(
     Step(
         [=]
         {
-            if (expression == nullptr)
+            if (file == nullptr)
                 DebugLine(L"INVALID PARAMETER in CRT function detected - ignored");
             else
-                DebugLine(L"%ws (line %d): %ws: INVALID PARAMETER in '%ws'", file, line, function, expression);
+                DebugLine(L"%ws (line %d): %ws: INVALID PARAMETER in '%ws'", file, line, expression, function);
         });
 }
 
@@ -62,6 +62,15 @@ void AskModuleValues()
     LibraryPaths();
     SystemVersion();
     SessionId();
+}
+
+void DecideTicks()
+{
+    constexpr unsigned short firstWithTickCount64 = 0x0600;
+    auto& tickCount64 = Kernel32().p_GetTickCount64;
+    DecideTickSource(SystemVersion() >= firstWithTickCount64 && tickCount64.IsThere()
+                         ? reinterpret_cast<TickFunction>(tickCount64.Address())
+                         : nullptr);
 }
 
 void ResolvePollingLocks()
@@ -120,6 +129,7 @@ void AttachModule(HMODULE library, const ModuleSteps& steps) noexcept
     SetLibraryHandle(library);
     ForgetDebuggerTest();
     Step(AskModuleValues);
+    Step(DecideTicks);
     Step(ResolvePollingLocks);
     Step(ChooseTickSource);
     Step([library] { CreateActivationContext(library); });

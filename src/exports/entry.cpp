@@ -1,13 +1,17 @@
 // Where the process's loader enters the library.
 
 #include "core/module_frame.h"
+#include "diag/debug_channels.h"
 
 #include <windows.h>
 
 namespace
 {
 
-constexpr qx::ModuleSteps steps = {};
+constexpr qx::ModuleSteps steps = {
+    .startChannels = &qx::StartDebugChannels,
+    .closeChannels = &qx::CloseDebugChannels,
+};
 
 } // namespace
 

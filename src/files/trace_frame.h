@@ -17,7 +17,7 @@ class clsTraceFrame
 public:
     template <class... Arguments>
     explicit clsTraceFrame(const wchar_t* format, Arguments... arguments)
-        : _active(IsDebugLineActive() && UtilIsDeveloperRun())
+        : _active(UtilIsDebugActive() && UtilIsDeveloperRun())
     {
         if (_active)
         {

@@ -20,7 +20,7 @@ void WriteListLine(int level, const clsItemList& list)
 
 void WriteDebugList(const clsItemList& list)
 {
-    if (!IsDebugLineActive())
+    if (!UtilIsDebugActive())
         return;
     std::vector<WCValConstSListIter<clsItem*>> open{list.begin()};
     WriteListLine(0, list);

@@ -6,37 +6,16 @@
 #include "core/version_block.h"
 #include "support/peer_process.h"
 #include "support/temp_folder.h"
+#include "support/variable.h"
 
 #include <gtest/gtest.h>
 
 using namespace qx;
 using qxtest::PeerProcess;
+using qxtest::Variable;
 
 namespace
 {
-
-// Sets a variable of the environment, which processes that are started inherit; null takes it away.
-class Variable
-{
-public:
-    Variable(const wchar_t* name, const wchar_t* value) : _name(name)
-    {
-        wchar_t before[1024];
-        const DWORD length = GetEnvironmentVariableW(name, before, 1024);
-        _wasThere = length != 0 || GetLastError() != ERROR_ENVVAR_NOT_FOUND;
-        if (_wasThere)
-            _before = before;
-        SetEnvironmentVariableW(name, value);
-    }
-    Variable(const Variable&) = delete;
-    Variable& operator=(const Variable&) = delete;
-    ~Variable() { SetEnvironmentVariableW(_name, _wasThere ? _before.Text() : nullptr); }
-
-private:
-    const wchar_t* _name;
-    bool _wasThere;
-    String _before;
-};
 
 HMODULE Library()
 {

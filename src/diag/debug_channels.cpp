@@ -1,0 +1,282 @@
+#include "diag/debug_channels.h"
+
+#include "core/forever.h"
+#include "core/module.h"
+#include "core/module_description.h"
+#include "core/module_paths.h"
+#include "core/thread_names.h"
+#include "core/ticks.h"
+
+#include <windows.h>
+
+#include <wchar.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <memory>
+#include <string_view>
+
+namespace qx
+{
+namespace
+{
+
+constexpr int maxDepth = 50;
+constexpr wchar_t sectionMark = L'\u25A0';
+constexpr std::size_t bytesPerCharacter = 6; // in any code page
+constexpr unsigned closePatience = 100;      // ms
+
+// That a program is traced must not change what it finds.
+class ErrorsKept
+{
+public:
+    ErrorsKept() = default;
+    ErrorsKept(const ErrorsKept&) = delete;
+    ErrorsKept& operator=(const ErrorsKept&) = delete;
+    ~ErrorsKept()
+    {
+        errno = _errno;
+        SetLastError(_lastError);
+    }
+
+private:
+    const DWORD _lastError = GetLastError();
+    const int _errno = errno;
+};
+
+const char* OwnThreadName()
+{
+    return TheThreadNames().Find(GetCurrentThreadId());
+}
+
+void AppendThreadName(DebugLineText& line)
+{
+    if (const char* const name = OwnThreadName())
+        line.Append(L"[%hs] ", name);
+}
+
+struct FreeGlobal
+{
+    void operator()(void* block) const { GlobalFree(block); }
+};
+
+// Waits a little only: at the end of a process the system may have ended a thread that held the lock.
+bool EnterWithin(clsCriticalSection& lock, unsigned milliseconds)
+{
+    const unsigned long long limit = UtilGetTicks() + milliseconds;
+    while (!lock.TryEnter())
+    {
+        if (UtilGetTicks() >= limit)
+            return false;
+        Sleep(0);
+    }
+    return true;
+}
+
+} // namespace
+
+clsDebugChannels& clsDebugChannels::Instance()
+{
+    static clsDebugChannels& channels = MakeForever<clsDebugChannels>();
+    return channels;
+}
+
+void clsDebugChannels::EnterAsSink()
+{
+    _hasLogFile = _logFile.IsSet();
+    if (_logFile.IsSet() || _monitor != nullptr)
+        SetDebugLineSink(this);
+    else
+    {
+        DebugLineSink* own = this;
+        debugLineSink.compare_exchange_strong(own, nullptr); // another one is none of ours
+    }
+}
+
+void clsDebugChannels::SetLogFile(const DebugLogFile& file)
+{
+    const clsCriticalSectionLock lock(_mainLock);
+    _logFile = file;
+    EnterAsSink();
+}
+
+void clsDebugChannels::SetMonitor(DebugMonitor* monitor)
+{
+    const clsCriticalSectionLock lock(_mainLock);
+    _monitor = monitor;
+    _lastCheck = 0;
+    EnterAsSink();
+}
+
+void clsDebugChannels::Close()
+{
+    const bool isEntered = EnterWithin(_mainLock, closePatience);
+    _hasLogFile = false;
+    DebugLineSink* own = this;
+    debugLineSink.compare_exchange_strong(own, nullptr);
+    if (!isEntered)
+        return;
+    _logFile = DebugLogFile();
+    _monitor = nullptr;
+    _mainLock.Leave();
+}
+
+bool clsDebugChannels::IsActive()
+{
+    if (_hasLogFile.load(std::memory_order_relaxed))
+        return true;
+    const clsCriticalSectionLock lock(_mainLock);
+    if (_monitor == nullptr)
+        return false;
+    if (const unsigned long long now = UtilGetTicks(); now >= _lastCheck)
+    {
+        _monitor->Search();
+        _lastCheck = now;
+    }
+    return _monitor->IsRecording();
+}
+
+void clsDebugChannels::Line(
+    const wchar_t* moduleTag, int indentChange, const wchar_t* format, va_list arguments) noexcept
+{
+    const ErrorsKept errors;
+    std::atomic<int32_t>& stored = _pLOGTAPInfoAppLocal->depth;
+    const int32_t depth = indentChange < 0 ? stored.fetch_sub(1) - 1 : stored.load();
+    bool isCounted = true;
+    if (format != nullptr)
+    {
+        try
+        {
+            isCounted = Send(moduleTag, std::clamp(depth, 0, maxDepth), indentChange != 0, format, arguments);
+        }
+        catch (...)
+        {
+            // The line is lost; the nesting goes on.
+        }
+    }
+    if (isCounted && indentChange > 0)
+        ++stored;
+}
+
+// False if nobody wants the line any more; then it doesn't deepen the nesting either. A log file gets every line,
+// beside the monitor and also while that doesn't record.
+bool clsDebugChannels::Send(
+    const wchar_t* moduleTag, int depth, bool changesDepth, const wchar_t* format, va_list arguments)
+{
+    const unsigned processor = CurrentProcessor(); // outside the lock, since it may take another one
+    const clsCriticalSectionLock lock(_mainLock);
+    if (!IsActive())
+        return false;
+    const bool isData = _monitor != nullptr && _monitor->IsDataOpen();
+    if (isData && _monitor->IsRecording())
+    {
+        va_list copy;
+        va_copy(copy, arguments);
+        SendData(moduleTag, depth, changesDepth, format, copy);
+        va_end(copy);
+    }
+    if (isData && !_logFile.IsSet())
+        return _monitor->IsRecording();
+
+    DebugLineText line;
+    MakeLine(line, moduleTag, depth, processor, format, arguments);
+    HandOut(line, !isData);
+    return true;
+}
+
+// Time, thread and depth travel beside the text.
+void clsDebugChannels::SendData(
+    const wchar_t* moduleTag, int depth, bool changesDepth, const wchar_t* format, va_list arguments)
+{
+    DebugLineText line;
+    AppendThreadName(line);
+    line.AppendV(format, arguments);
+    if (line.Length() != 0 || !changesDepth)
+        _monitor->SendData(moduleTag, 1, 0, depth, line.Text(), line.Length());
+}
+
+void clsDebugChannels::MakeLine(DebugLineText& line, const wchar_t* moduleTag, int depth, unsigned processor,
+    const wchar_t* format, va_list arguments)
+{
+    std::wstring_view section;
+    if (const wchar_t* const mark = wcschr(format, sectionMark))
+    {
+        section = {format, static_cast<std::size_t>(mark - format)};
+        format = mark + 1;
+    }
+    if (moduleTag != nullptr && *moduleTag != 0)
+        line.Append(L"%-8s: ", moduleTag);
+    AppendStamp(line, MakeDebugStamp(_timeSource, processor, _pLOGTAPInfoAppLocal->counter++), section, depth);
+    AppendThreadName(line);
+    line.AppendV(format, arguments);
+}
+
+// A line that comes out of the writing of another one is dropped.
+void clsDebugChannels::HandOut(const DebugLineText& line, bool alsoToMonitor)
+{
+    if (++_outputGuard == 1)
+    {
+        if (_logFile.IsSet())
+            _logFile.Append(line.Text(), line.Length());
+        if (alsoToMonitor && _monitor != nullptr)
+        {
+            if (_monitor->HasData())
+                _monitor->SendData(nullptr, 1, 0, 0, line.Text(), line.Length());
+            else
+                SendText(line);
+        }
+    }
+    --_outputGuard;
+}
+
+void clsDebugChannels::SendText(const DebugLineText& line)
+{
+    const std::size_t size = bytesPerCharacter * (line.Length() + 1);
+    const std::unique_ptr<void, FreeGlobal> block(GlobalAlloc(GMEM_FIXED | GMEM_ZEROINIT, size));
+    auto* const bytes = static_cast<char*>(block.get());
+    if (bytes == nullptr ||
+        WideCharToMultiByte(_monitor->CodePage(), 0, line.Text(), static_cast<int>(line.Length()) + 1, bytes,
+            static_cast<int>(size), nullptr, nullptr) == 0)
+    {
+        OutputDebugStringW(L"ERR converting LOGTAP output");
+        return;
+    }
+    _monitor->SendText(bytes);
+}
+
+void DebugLineTagged(const wchar_t* moduleTag, int indentChange, const wchar_t* format, va_list arguments) noexcept
+{
+    clsDebugChannels::Instance().Line(moduleTag, indentChange, format, arguments);
+}
+
+namespace
+{
+
+// The program that repairs installations keeps quiet.
+bool IsQuietProcess(std::size_t comparedCharacters)
+{
+    return _wcsnicmp(ProcessPaths().file.Text(), L"resmender", comparedCharacters) == 0;
+}
+
+} // namespace
+
+void StartDebugChannels()
+{
+    clsDebugChannels::Instance().SetLogFile(DebugLogFile::FromSettings());
+    if (!UtilIsDebugActive() || IsQuietProcess(9))
+        return;
+    const String description = GetModuleDescription(LibraryHandle());
+    if (LibraryPaths().path != ProcessPaths().path)
+        DebugLine(L"++%s [%s] [%s]", description.Text(), ProcessPaths().path.Text(), LibraryPaths().directory.Text());
+    else
+        DebugLine(L"++%s [%s]", description.Text(), ProcessPaths().path.Text());
+}
+
+void CloseDebugChannels()
+{
+    if (UtilIsDebugActive() && !IsQuietProcess(8))
+        DebugLine(L"--%s [%s]", GetModuleDescription(LibraryHandle()).Text(), ProcessPaths().path.Text());
+    clsDebugChannels::Instance().Close();
+}
+
+} // namespace qx

@@ -1,0 +1,75 @@
+#include "diag/log_file.h"
+
+#include "core/registry.h"
+#include "core/ticks.h"
+#include "diag/debug_line_text.h"
+#include "files/file.h"
+#include "files/temp_files.h"
+
+#include <windows.h>
+
+#include <wchar.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace qx
+{
+namespace
+{
+
+constexpr unsigned patience = 100; // ms
+constexpr UINT simpleBeep = 0xFFFFFFFF;
+
+// However long the name is.
+bool HasFolder(const String& name)
+{
+    return name.View().find_first_of(L"\\/") != std::wstring_view::npos || name.CharAt(1) == L':';
+}
+
+bool OpenPatiently(clsFileRW& file, const String& name)
+{
+    const unsigned long long limit = UtilGetTicks() + patience;
+    while (file.Open(name, FileAccess::Write, FileDisposition::OpenAlways, FileShare::Read, kFileAttributeNormal) != 0)
+    {
+        if (UtilGetTicks() >= limit)
+            return false;
+        Sleep(0);
+    }
+    return true;
+}
+
+} // namespace
+
+DebugLogFile DebugLogFile::FromSettings()
+{
+    DebugLogFile log;
+    clsRegistryList settings(HKEY_LOCAL_MACHINE, L"software\\trelmo", clsRegistryList::Read);
+    settings.GetString(L"Debug.LogFilename", log._name, L"");
+    settings.GetBool(L"Debug.LogFile.Flush", log._isFlushed, false);
+    if (log.IsSet() && !HasFolder(log._name))
+        log._name = GetTempFolder(true) + log._name;
+    return log;
+}
+
+// Line and line end go out in one write, so that a process which dies leaves no half of them.
+void DebugLogFile::Append(const wchar_t* line, std::size_t length) const
+{
+    clsFileRW file;
+    if (!OpenPatiently(file, _name))
+    {
+        MessageBeep(simpleBeep);
+        return;
+    }
+    wchar_t bytes[DebugLineText::capacity + 2];
+    length = std::min(length, DebugLineText::capacity);
+    wmemcpy(bytes, line, length);
+    bytes[length] = L'\r';
+    bytes[length + 1] = L'\n';
+    file.Seek(file.GetSize());
+    file.WriteChars(bytes, length + 2);
+    if (_isFlushed)
+        FlushFileBuffers(file.GetHandle());
+}
+
+} // namespace qx

@@ -1,0 +1,167 @@
+// debug_peer SETTING... COMMAND: loads the library with settings of this process alone, writes lines by its functions,
+// and unloads it.
+//
+// Settings are machine:NAME=TEXT and user:NAME=TEXT, and env:NAME=TEXT, where no text takes the variable away.
+// Commands:
+//   forms        one line by each function
+//   off          calls all functions in a way that they must not look at their arguments
+//   twice        loads and unloads the library two times
+//   lines NAME   8 threads write numbered lines
+//
+// Exit code 0 if all went well, else the number of what didn't.
+#include "support/own_settings.h"
+
+#include <windows.h>
+
+#include <cstdarg>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+constexpr int writers = 8;
+constexpr int linesOfWriter = 100;
+
+qx::String Wide(std::string_view text)
+{
+    return qx::String(qx::String::formatted, L"%.*hs", static_cast<int>(text.size()), text.data());
+}
+
+class Library
+{
+public:
+    Library() : _module(LoadLibraryW(L"qxUT23.dll"))
+    {
+        Find(UtilDebug, "UtilDebug");
+        Find(UtilDebugExt, "UtilDebugExt");
+        Find(UtilDebugExtV, "UtilDebugExtV");
+        Find(PasDebug, "PasDebug");
+        Find(UtilError, "UtilError");
+        Find(UtilGetFlags, "UtilGetFlags");
+    }
+    ~Library() { FreeLibrary(_module); }
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+
+    bool IsComplete() const { return _isComplete; }
+
+    void (*UtilDebug)(const wchar_t* format, ...) = nullptr;
+    void (*UtilDebugExt)(const wchar_t* tag, int32_t indentChange, const wchar_t* format, ...) = nullptr;
+    void (*UtilDebugExtV)(const wchar_t* tag, int32_t indentChange, const wchar_t* format, va_list) = nullptr;
+    void (*PasDebug)(const wchar_t* text) = nullptr;
+    void (*UtilError)(const wchar_t* where, const wchar_t* what) = nullptr;
+    int32_t (*UtilGetFlags)() = nullptr;
+
+private:
+    template <class Function>
+    void Find(Function*& function, const char* name)
+    {
+        function = reinterpret_cast<Function*>(GetProcAddress(_module, name));
+        _isComplete = _isComplete && function != nullptr;
+    }
+
+    const HMODULE _module;
+    bool _isComplete = true;
+};
+
+void WriteByList(const Library& library, const wchar_t* tag, int32_t indentChange, const wchar_t* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    library.UtilDebugExtV(tag, indentChange, format, arguments);
+    va_end(arguments);
+}
+
+int WriteForms(const Library& library)
+{
+    if (library.UtilGetFlags() != 1)
+        return 10;
+    SetLastError(ERROR_FILE_NOT_FOUND);
+    library.UtilDebug(L"%s %hs %I64d", L"wide", "narrow", 5'000'000'000LL);
+    library.UtilDebugExt(L"PROF", 1, L">INIT\u25A0%c", L'x');
+    WriteByList(library, L"PROF", 0, L"INIT\u25A0state %d", 1);
+    library.UtilDebugExt(nullptr, 3, nullptr);
+    library.PasDebug(L"%s and 100%");
+    library.UtilError(L"place", L"thing");
+    library.UtilDebugExt(L"", -2, L"<%s", L"leave");
+    library.UtilDebugExt(nullptr, -1, L"<");
+    return GetLastError() == ERROR_FILE_NOT_FOUND ? 0 : 11;
+}
+
+int TryOff(const Library& library)
+{
+    const auto* const nowhere = reinterpret_cast<const wchar_t*>(1);
+    if (library.UtilGetFlags() != 0)
+        return 20;
+    library.UtilDebug(nowhere);
+    library.UtilDebugExt(nowhere, 1, nowhere);
+    WriteByList(library, nowhere, 1, nowhere);
+    library.PasDebug(nowhere);
+    library.UtilError(nowhere, nowhere);
+    return 0;
+}
+
+void WriteLines(const Library& library, const char* name)
+{
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < writers; ++thread)
+        threads.emplace_back(
+            [&library, name, thread]
+            {
+                for (int line = 0; line < linesOfWriter; ++line)
+                    library.UtilDebug(L"%hs %d %d %0*d.", name, thread, line, 20 + line % 50, 0);
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+int Run(const char* command, const char* argument)
+{
+    const Library library;
+    if (!library.IsComplete())
+        return 2;
+    if (std::strcmp(command, "forms") == 0)
+        return WriteForms(library);
+    if (std::strcmp(command, "off") == 0)
+        return TryOff(library);
+    if (std::strcmp(command, "lines") == 0)
+        WriteLines(library, argument);
+    return 0;
+}
+
+bool Set(const qxtest::OwnSettings& settings, std::string_view word)
+{
+    const std::size_t colon = word.find(':');
+    const std::size_t equals = word.find('=');
+    const std::string_view kind = word.substr(0, colon);
+    const qx::String name = Wide(word.substr(colon + 1, equals - colon - 1));
+    const qx::String text = Wide(word.substr(equals + 1));
+    if (kind == "env")
+    {
+        SetEnvironmentVariableW(name.Text(), text.IsEmpty() ? nullptr : text.Text());
+        return true;
+    }
+    return settings.Set(kind == "user" ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE, name.Text(), text.Text());
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const qxtest::OwnSettings settings;
+    int next = 1;
+    for (; next < argc && std::strchr(argv[next], '=') != nullptr; ++next)
+        if (!Set(settings, argv[next]))
+            return 1;
+    if (next >= argc)
+        return 3;
+    const char* const command = argv[next];
+    const char* const argument = next + 1 < argc ? argv[next + 1] : "";
+    const int code = Run(command, argument);
+    return code == 0 && std::strcmp(command, "twice") == 0 ? Run(command, argument) : code;
+}

@@ -1,0 +1,189 @@
+// The debug output of the library as a program that loads it has it: through the log file that the settings name.
+#include "support/log_lines.h"
+#include "support/peer_process.h"
+#include "support/temp_folder.h"
+#include "support/variable.h"
+
+#include <gmock/gmock.h>
+
+#include <cstring>
+#include <map>
+#include <memory>
+
+using namespace qx;
+using namespace qxtest;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace
+{
+
+class DebugExports : public testing::Test
+{
+protected:
+    // Runs the peer with the log file and these settings and commands.
+    int Run(const String& rest) { return PeerProcess(L"debug_peer", WithLog(rest)).Wait(); }
+    String WithLog(const String& rest) const
+    {
+        return String(String::formatted, L"\"machine:Debug.LogFilename=%s\" %s", log.Text(), rest.Text());
+    }
+
+    const TempFolder folder;
+    const String log = folder.Path(L"trace.log");
+};
+
+// The lines between the one that opens the process and the one that closes it, each with a tag in front of its rest.
+std::vector<std::string> InnerLines(const String& log, std::string_view timePicture = "99:99:99.999")
+{
+    std::vector<std::string> inner;
+    const std::vector<std::string> lines = LogLines(log);
+    for (std::size_t i = 1; i + 1 < lines.size(); ++i)
+    {
+        const LogLine line = Parse(lines[i], timePicture);
+        inner.push_back(line.time.empty() ? "(no stamp) " + lines[i] : line.tag + line.rest);
+    }
+    return inner;
+}
+
+} // namespace
+
+TEST_F(DebugExports, FormsOfLines)
+{
+    ASSERT_EQ(Run(L"forms"), 0);
+    const std::vector<std::string> lines = InnerLines(log);
+    ASSERT_EQ(lines.size(), 7u);
+    EXPECT_EQ(lines[0], "wide narrow 5000000000");
+    EXPECT_EQ(lines[1], "PROF    : >INIT x");
+    EXPECT_EQ(lines[2], "PROF    : INIT  state 1");
+    EXPECT_EQ(lines[3], "  %s and 100%");
+    EXPECT_THAT(lines[4], StartsWith("  \nQV32UTIL['']: error in 'place' (thing): "));
+    EXPECT_THAT(lines[4], EndsWith("\n"));
+    EXPECT_GT(lines[4].size(), std::string("  \nQV32UTIL['']: error in 'place' (thing): \n").size());
+    EXPECT_EQ(lines[5], " <leave");
+    EXPECT_EQ(lines[6], "<");
+}
+
+TEST_F(DebugExports, TheProcessIsOpenedAndClosed)
+{
+    ASSERT_EQ(Run(L"twice"), 0);
+    const std::vector<std::string> lines = LogLines(log);
+    ASSERT_EQ(lines.size(), 4u);
+    wchar_t own[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, own, MAX_PATH);
+    String directory = String(own).Upper();
+    const String file = directory.View().substr(directory.View().find_last_of(L"\\/") + 1).data();
+    const std::string folderText(directory.Left(directory.Length() - file.Length()).NarrowText());
+    for (const std::size_t i : {0, 1, 2, 3})
+    {
+        const std::string rest = Parse(lines[i]).rest;
+        EXPECT_THAT(rest, StartsWith(i % 2 == 0 ? "++" : "--"));
+        EXPECT_THAT(rest, HasSubstr("QXUT23."));
+        EXPECT_THAT(rest, HasSubstr(" 23.2.0 ["));
+        EXPECT_THAT(rest, HasSubstr("[" + folderText + "DEBUG_PEER"));
+        EXPECT_EQ(rest.ends_with("] [" + folderText + "]"), i % 2 == 0) << rest;
+        EXPECT_EQ(Parse(lines[i]).digit, "0101"[i]);
+    }
+}
+
+TEST_F(DebugExports, WithoutALogFileNothingIsTouched)
+{
+    EXPECT_EQ(PeerProcess(L"debug_peer", L"machine:Debug.LogFile.Flush=T off").Wait(), 0);
+    EXPECT_EQ(PeerProcess(L"debug_peer", L"machine:Debug.LogFilename= off").Wait(), 0);
+}
+
+TEST_F(DebugExports, ANameWithoutFolderIsInTheTempFolder)
+{
+    const Variable variables[] = {
+        {L"TMPDIR", folder.Path().Text()}, {L"TMP", folder.Path().Text()}, {L"TEMP", folder.Path().Text()}};
+    EXPECT_EQ(PeerProcess(L"debug_peer", L"machine:Debug.LogFilename=trace.log forms").Wait(), 0);
+    EXPECT_EQ(InnerLines(log).size(), 7u);
+}
+
+TEST_F(DebugExports, TheTimeSourceAndTheFlushSwitch)
+{
+    const struct
+    {
+        const wchar_t* settings;
+        const char* time;
+    } cases[] = {
+        {L"", "99:99:99.999"},
+        {L"user:ForceUsePerfCounters=False machine:Debug.LogFile.Flush=True", "99:99:99.999"},
+        {L"user:ForceUsePerfCounters=True machine:Debug.LogFile.Flush=true", "99:99.999"},
+    };
+    for (const auto& row : cases)
+    {
+        DeleteFileW(log.Text());
+        ASSERT_EQ(Run(String(row.settings) + L" forms"), 0);
+        const std::vector<std::string> lines = LogLines(log);
+        ASSERT_EQ(lines.size(), 9u);
+        for (const std::string& line : lines)
+        {
+            const LogLine parsed = Parse(line, row.time);
+            EXPECT_FALSE(parsed.time.empty()) << line;
+            // Column 27 or 24 behind the tag, and for the first line the counter begins.
+            EXPECT_EQ(line.size() - parsed.rest.size() - parsed.tag.size(), std::strlen(row.time) + 15) << line;
+        }
+        EXPECT_EQ(Parse(lines[0], row.time).time == "00:00.000", std::strlen(row.time) == 9) << lines[0];
+    }
+}
+
+TEST_F(DebugExports, LinesOfManyThreadsAndProcesses)
+{
+    constexpr int processes = 4;
+    constexpr int threads = 8;
+    constexpr int linesOfThread = 100;
+    {
+        std::vector<std::unique_ptr<PeerProcess>> peers;
+        for (int process = 0; process < processes; ++process)
+            peers.push_back(std::make_unique<PeerProcess>(
+                L"debug_peer", WithLog(String(String::formatted, L"lines p%d", process))));
+        for (const auto& peer : peers)
+            EXPECT_EQ(peer->Wait(), 0);
+    }
+    std::map<std::pair<int, int>, int> last;
+    int count = 0;
+    for (const std::string& text : LogLines(log))
+    {
+        const LogLine line = Parse(text);
+        ASSERT_FALSE(line.time.empty()) << text;
+        if (line.rest[0] != 'p')
+            continue;
+        int process = 0;
+        int thread = 0;
+        int number = 0;
+        int length = 0;
+        ASSERT_EQ(sscanf(line.rest.c_str(), "p%d %d %d %n", &process, &thread, &number, &length), 3) << text;
+        const auto [place, isFirst] = last.try_emplace({process, thread}, -1);
+        EXPECT_GT(number, place->second) << text;
+        place->second = number;
+        EXPECT_EQ(line.rest.substr(static_cast<std::size_t>(length)),
+            std::string(static_cast<std::size_t>(20 + number % 50), '0') + ".");
+        ++count;
+    }
+    EXPECT_EQ(last.size(), std::size_t{processes * threads});
+    // A line is lost if the file was in use for a tenth of a second, which is rare.
+    constexpr int all = processes * threads * linesOfThread;
+    RecordProperty("lost", all - count);
+    EXPECT_GE(count, all - all / 50);
+}
+
+// Whatever can't be had, the library loads, and its functions return.
+TEST_F(DebugExports, LoadsInPoorSurroundings)
+{
+    folder.Make(L"file", "");
+    const String readOnly = folder.Make(L"read-only", "");
+    SetFileAttributesW(readOnly.Text(), FILE_ATTRIBUTE_READONLY);
+    const String names[] = {
+        L"trace.log", folder.Path(L"file/trace.log"), folder.Path(), readOnly, folder.Path(L"none/trace.log")};
+    const String surroundings(String::formatted,
+        L"env:HOME= env:XDG_CONFIG_HOME= env:APPDATA= env:LOCALAPPDATA= env:TMPDIR=%s env:TMP=%s env:TEMP=%s",
+        folder.Path(L"none").Text(), folder.Path(L"none").Text(), folder.Path(L"none").Text());
+    for (const String& name : names)
+    {
+        const String arguments(
+            String::formatted, L"\"machine:Debug.LogFilename=%s\" %s twice", name.Text(), surroundings.Text());
+        EXPECT_EQ(PeerProcess(L"debug_peer", arguments).Wait(), 0) << name.NarrowText();
+    }
+    EXPECT_EQ(BytesOf(readOnly), "");
+}

@@ -1,0 +1,86 @@
+// A registry of this process's own, empty at first, for as long as it lives. Made before anyone reads a setting.
+#pragma once
+
+#include "support/temp_folder.h"
+
+#include <windows.h>
+
+#include <wchar.h>
+
+namespace qxtest
+{
+
+class OwnSettings
+{
+public:
+#if defined(_WIN32)
+    OwnSettings()
+    {
+        _name.Format(L"Software\\qxut-test-%d", static_cast<int>(GetCurrentProcessId()));
+        _user = Make(L"\\user");
+        _machine = Make(L"\\machine");
+        RegOverridePredefKey(HKEY_CURRENT_USER, _user);
+        RegOverridePredefKey(HKEY_LOCAL_MACHINE, _machine);
+    }
+    ~OwnSettings()
+    {
+        RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+        RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
+        RegCloseKey(_machine);
+        RegCloseKey(_user);
+        RegDeleteTreeW(HKEY_CURRENT_USER, _name.Text());
+    }
+#else
+    OwnSettings()
+    {
+        GetEnvironmentVariableW(L"QXPLATFORM_HOME", _before, MAX_PATH);
+        SetEnvironmentVariableW(L"QXPLATFORM_HOME", _folder.Path().Text());
+    }
+    ~OwnSettings()
+    {
+        SetEnvironmentVariableW(L"QXPLATFORM_HOME", _before[0] != 0 ? _before : nullptr);
+    }
+#endif
+    OwnSettings(const OwnSettings&) = delete;
+    OwnSettings& operator=(const OwnSettings&) = delete;
+
+    // A value of the library's key; false if it can't be stored.
+    bool Set(HKEY root, const wchar_t* name, const wchar_t* text) const
+    {
+        return Set(root, name, REG_SZ, text, (wcslen(text) + 1) * sizeof(wchar_t));
+    }
+    bool Set(HKEY root, const wchar_t* name, DWORD type, const void* data, size_t bytes) const
+    {
+        HKEY key = nullptr;
+        if (RegCreateKeyExW(root, L"Software\\trelmo", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr) != 0)
+            return false;
+        const LSTATUS status =
+            RegSetValueExW(key, name, 0, type, static_cast<const BYTE*>(data), static_cast<DWORD>(bytes));
+        RegCloseKey(key);
+        return status == ERROR_SUCCESS;
+    }
+    void Remove(HKEY root) const
+    {
+        RegDeleteKeyW(root, L"Software\\trelmo");
+    }
+
+private:
+#if defined(_WIN32)
+    HKEY Make(const wchar_t* part) const
+    {
+        HKEY key = nullptr;
+        RegCreateKeyExW(
+            HKEY_CURRENT_USER, (_name + part).Text(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
+        return key;
+    }
+
+    qx::String _name;
+    HKEY _user = nullptr;
+    HKEY _machine = nullptr;
+#else
+    TempFolder _folder;
+    wchar_t _before[MAX_PATH + 1] = {};
+#endif
+};
+
+} // namespace qxtest

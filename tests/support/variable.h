@@ -1,0 +1,34 @@
+// A variable of the environment, as processes that are started inherit it.
+#pragma once
+
+#include "core/string.h"
+
+#include <windows.h>
+
+namespace qxtest
+{
+
+// Has the value for as long as this lives; null takes the variable away.
+class Variable
+{
+public:
+    Variable(const wchar_t* name, const wchar_t* value) : _name(name)
+    {
+        wchar_t before[1024];
+        const DWORD length = GetEnvironmentVariableW(name, before, 1024);
+        _wasThere = length != 0 || GetLastError() != ERROR_ENVVAR_NOT_FOUND;
+        if (_wasThere)
+            _before = before;
+        SetEnvironmentVariableW(name, value);
+    }
+    Variable(const Variable&) = delete;
+    Variable& operator=(const Variable&) = delete;
+    ~Variable() { SetEnvironmentVariableW(_name, _wasThere ? _before.Text() : nullptr); }
+
+private:
+    const wchar_t* _name;
+    bool _wasThere;
+    qx::String _before;
+};
+
+} // namespace qxtest

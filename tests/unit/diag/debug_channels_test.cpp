@@ -1,0 +1,192 @@
+#include "diag/debug_channels.h"
+
+#include "core/thread_names.h"
+#include "debug_support.h"
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+using namespace qx;
+using namespace qxtest;
+using testing::ElementsAre;
+
+TEST(DebugChannels, FormsOfLines)
+{
+    OwnOutput output;
+    TheThreadNames().Enter(GetCurrentThreadId(), "Worker");
+    output.Write(nullptr, 0, L"%s, %hs, %ws and %d%%", L"wide", "narrow", L"wide", 7);
+    output.Write(L"", 0, L"no tag");
+    output.Write(L"PROF", 1, L"INIT\u25A0>state %d", 1);
+    output.Write(L"NINECHARS", 0, L"%d\u25A0second\u25A0third");
+    output.Write(L"PROF", 0, L"\u25A0no section");
+    TheThreadNames().Remove(GetCurrentThreadId(), TheThreadNames().Find(GetCurrentThreadId()));
+    output.Write(L"EIGHTCHR", 0, L"");
+
+    EXPECT_THAT(
+        output.Rests(), ElementsAre("[Worker] wide, narrow, wide and 7%", "[Worker] no tag", "INIT [Worker] >state 1",
+                            "%d  [Worker] second?third", " [Worker] no section", " "));
+    std::vector<std::string> tags;
+    std::string digits;
+    char thread[9];
+    snprintf(thread, sizeof thread, "%08x", static_cast<unsigned>(GetCurrentThreadId()));
+    for (const std::string& line : output.Lines())
+    {
+        tags.push_back(Parse(line).tag);
+        digits += Parse(line).digit;
+        EXPECT_EQ(Parse(line).thread, thread);
+    }
+    EXPECT_THAT(tags, ElementsAre("", "", "PROF    : ", "NINECHARS: ", "PROF    : ", "EIGHTCHR: "));
+    EXPECT_EQ(digits, "012345");
+}
+
+TEST(DebugChannels, DepthByItsRules)
+{
+    OwnOutput output;
+    const auto write = [&](int change, const wchar_t* text)
+    {
+        output.Write(nullptr, change, text);
+    };
+    write(5, L">enter"); // the sign counts
+    write(0, L"inside");
+    write(1, nullptr); // no line
+    write(0, L"deeper");
+    write(0, nullptr);
+    write(-7, L"<leave");
+    write(-1, nullptr);
+    write(0, L"outside");
+    write(-1, L"<below");
+    write(-1, L"<below");
+    EXPECT_EQ(output.channels.Depth(), -2);
+    write(1, L">still below");
+    write(1, L">on the ground");
+    write(1, L">again");
+    write(0, L"above");
+    EXPECT_THAT(output.Rests(), ElementsAre(">enter", " inside", "  deeper", " <leave", "outside", "<below", "<below",
+                                    ">still below", ">on the ground", ">again", " above"));
+}
+
+TEST(DebugChannels, DepthIsClampedForTheLineAlone)
+{
+    OwnOutput output;
+    for (int i = 0; i < 60; ++i)
+        output.Write(nullptr, 1, L">");
+    EXPECT_EQ(output.channels.Depth(), 60);
+    for (int i = 0; i < 11; ++i)
+        output.Write(nullptr, -1, L"<");
+    const std::vector<std::string> rests = output.Rests();
+    ASSERT_EQ(rests.size(), 71u);
+    EXPECT_EQ(rests[49].size(), 50u);
+    EXPECT_EQ(rests[59], std::string(50, ' ') + ">");
+    EXPECT_EQ(rests[60], std::string(50, ' ') + "<");
+    EXPECT_EQ(rests[69], std::string(50, ' ') + "<");
+    EXPECT_EQ(rests[70], std::string(49, ' ') + "<");
+}
+
+TEST(DebugChannels, LongLinesAreCut)
+{
+    OwnOutput output;
+    const String text = Filled(L'x', 2000);
+    output.Write(L"TAG", 0, L"%s", text.Text());
+    output.Write(text.Text(), 0, L"not reached");
+    output.Write(nullptr, 0, L"%s\u25A0", L"");
+    output.Write(nullptr, 0, (text + L"\u25A0not reached").Text());
+    const std::vector<std::string> lines = output.Lines();
+    ASSERT_EQ(lines.size(), 4u);
+    for (const std::size_t i : {0, 1, 3})
+    {
+        EXPECT_EQ(lines[i].size(), 1024u);
+        EXPECT_TRUE(lines[i].ends_with("xxx")) << lines[i];
+    }
+    EXPECT_TRUE(lines[0].starts_with("TAG     : "));
+    EXPECT_TRUE(lines[2].ends_with("%s "));
+}
+
+TEST(DebugChannels, WithoutASinkNothingIsTouched)
+{
+    clsDebugChannels channels;
+    EXPECT_FALSE(channels.IsActive());
+    EXPECT_FALSE(UtilIsDebugActive());
+    DebugLine(reinterpret_cast<const wchar_t*>(1)); // not to be read
+    DebugLineIndent(1, L">");
+    {
+        OwnOutput output;
+        EXPECT_TRUE(UtilIsDebugActive());
+        DebugLineIndent(1, L">%hs", "in");
+        DebugLine(L"line");
+        output.channels.Close();
+        EXPECT_FALSE(UtilIsDebugActive());
+        DebugLineIndent(1, L">lost");
+        output.Write(nullptr, 1, L">lost too");
+        EXPECT_EQ(output.channels.Depth(), 1);
+        EXPECT_THAT(output.Rests(), ElementsAre(">in", " line"));
+    }
+}
+
+TEST(DebugChannels, LastErrorStays)
+{
+    OwnOutput output;
+    SetLastError(4711);
+    errno = 42;
+    output.Write(nullptr, 0, L"line");
+    EXPECT_EQ(errno, 42);
+    EXPECT_EQ(GetLastError(), 4711u);
+}
+
+// A thread that is gone may have held the lock when the system ended it.
+TEST(DebugChannels, CloseDoesNotWaitForEver)
+{
+    OwnOutput output;
+    std::thread writer;
+    {
+        const HANDLE keeper =
+            CreateFileW(output.path.Text(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+        ASSERT_NE(keeper, INVALID_HANDLE_VALUE);
+        writer = std::thread(
+            [&]
+            {
+                for (int i = 0; i < 10; ++i)
+                    output.Write(nullptr, 0, L"line"); // a tenth of a second each, as long as there is a log file
+            });
+        Sleep(20);
+        const ULONGLONG begin = GetTickCount64();
+        output.channels.Close();
+        EXPECT_LT(GetTickCount64() - begin, 600u);
+        CloseHandle(keeper);
+    }
+    writer.join();
+    EXPECT_FALSE(UtilIsDebugActive());
+}
+
+TEST(DebugChannels, LinesOfManyThreadsArriveWholeAndInOrder)
+{
+    constexpr int threads = 8;
+    constexpr int lines = 200;
+    OwnOutput output;
+    std::vector<std::thread> writers;
+    for (int thread = 0; thread < threads; ++thread)
+        writers.emplace_back(
+            [&, thread]
+            {
+                for (int line = 0; line < lines; ++line)
+                    output.Write(nullptr, line % 2 == 0 ? 1 : -1, L"%d %d.", thread, line);
+            });
+    for (std::thread& writer : writers)
+        writer.join();
+    EXPECT_EQ(output.channels.Depth(), 0);
+
+    std::vector<int> next(threads, 0);
+    int count = 0;
+    for (const std::string& line : output.Lines())
+    {
+        const LogLine parsed = Parse(line);
+        int thread = 0;
+        int number = -1;
+        char end = 0;
+        ASSERT_EQ(sscanf(parsed.rest.c_str(), "%d %d%c", &thread, &number, &end), 3) << line;
+        EXPECT_EQ(end, '.');
+        EXPECT_EQ(number, next[static_cast<std::size_t>(thread)]++);
+        EXPECT_EQ(parsed.digit, '0' + count++ % 10) << line;
+    }
+    EXPECT_EQ(count, threads * lines);
+}

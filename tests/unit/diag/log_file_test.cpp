@@ -1,0 +1,108 @@
+#include "diag/log_file.h"
+
+#include "debug_support.h"
+#include "support/own_settings.h"
+
+#include <gtest/gtest.h>
+
+using namespace qx;
+using namespace qxtest;
+
+TEST(LogFile, SettingsByTheTable)
+{
+    const OwnSettings settings;
+    EXPECT_FALSE(DebugLogFile::FromSettings().IsSet()); // no key
+
+    wchar_t temp[MAX_PATH + 1] = {};
+    GetTempPathW(MAX_PATH, temp);
+    const TempFolder folder;
+    const String longName = folder.Path(Filled(L'n', 300).Text());
+    const String inTemp = String(temp) + L"trace.log";
+    const struct
+    {
+        const wchar_t* value;
+        const wchar_t* expected;
+    } names[] = {
+        {L"", L""},
+        {L"trace.log", inTemp.Text()},
+        {L"c:\\logs\\trace.log", L"c:\\logs\\trace.log"},
+        {L"c:trace.log", L"c:trace.log"},
+        {L".\\trace.log", L".\\trace.log"},
+        {L"/logs/trace.log", L"/logs/trace.log"},
+        {longName.Text(), longName.Text()},
+    };
+    for (const auto& row : names)
+    {
+        ASSERT_TRUE(settings.Set(HKEY_LOCAL_MACHINE, L"Debug.LogFilename", row.value));
+        const DebugLogFile log = DebugLogFile::FromSettings();
+        EXPECT_STREQ(log.Name().Text(), row.expected);
+        EXPECT_EQ(log.IsSet(), row.expected[0] != 0);
+        EXPECT_FALSE(log.IsFlushed());
+    }
+    const struct
+    {
+        const wchar_t* value;
+        bool isFlushed;
+    } switches[] = {{L"T", true}, {L"True", true}, {L"t", false}, {L"1", false}, {L" T", false}, {L"", false}};
+    for (const auto& row : switches)
+    {
+        ASSERT_TRUE(settings.Set(HKEY_LOCAL_MACHINE, L"Debug.LogFile.Flush", row.value));
+        EXPECT_EQ(DebugLogFile::FromSettings().IsFlushed(), row.isFlushed) << row.value;
+    }
+    constexpr DWORD one = 1;
+    ASSERT_TRUE(settings.Set(HKEY_LOCAL_MACHINE, L"Debug.LogFilename", REG_DWORD, &one, sizeof one));
+    EXPECT_FALSE(DebugLogFile::FromSettings().IsSet());
+}
+
+TEST(LogFile, HoldsPlainUnitsAndGrows)
+{
+    const TempFolder folder;
+    const String path = folder.Make(L"log", "old");
+    for (const bool isFlushed : {false, true})
+        DebugLogFile(path, isFlushed).Append(L"a\u25A0", 2);
+    EXPECT_EQ(BytesOf(path), std::string("olda\0\xA0\x25\r\0\n\0a\0\xA0\x25\r\0\n\0", 19));
+}
+
+TEST(LogFile, ReadersAreNotInTheWay)
+{
+    const TempFolder folder;
+    const String path = folder.Make(L"log", "");
+    const HANDLE reader = CreateFileW(path.Text(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(reader, INVALID_HANDLE_VALUE);
+    DebugLogFile(path, false).Append(L"a", 1);
+    CloseHandle(reader);
+    EXPECT_EQ(LogLines(path), std::vector<std::string>{"a"});
+}
+
+// A tenth of a second is what a line waits for a file that somebody keeps.
+TEST(LogFile, ALineIsLostWhereTheFileIsLocked)
+{
+    OwnOutput output;
+    output.Write(nullptr, 0, L"before");
+    const HANDLE keeper =
+        CreateFileW(output.path.Text(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(keeper, INVALID_HANDLE_VALUE);
+    const ULONGLONG begin = GetTickCount64();
+    output.Write(nullptr, 1, L">lost");
+    EXPECT_GE(GetTickCount64() - begin, 85u); // less the coarseness of the clock
+    CloseHandle(keeper);
+    output.Write(nullptr, -1, L"<after");
+    EXPECT_EQ(output.Rests(), (std::vector<std::string>{"before", "<after"}));
+}
+
+TEST(LogFile, WhereThereCanBeNoneNothingFails)
+{
+    const TempFolder folder;
+    const String file = folder.Make(L"file", "");
+    for (const wchar_t* const name : {L"none/log", L"file/log", L"."})
+    {
+        OwnOutput output;
+        output.channels.SetLogFile(DebugLogFile(folder.Path(name), true));
+        SetLastError(1234);
+        output.Write(L"TAG", 1, L">line");
+        EXPECT_EQ(GetLastError(), 1234u);
+        EXPECT_EQ(output.channels.Depth(), 1);
+    }
+    EXPECT_EQ(BytesOf(file), "");
+}
