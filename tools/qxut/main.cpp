@@ -1,6 +1,7 @@
 // qxut: the services of the library on the command line.
 #include "failure.h"
 #include "filter_commands.h"
+#include "log_commands.h"
 #include "profile_commands.h"
 #include "terminal.h"
 
@@ -18,12 +19,12 @@ namespace
 
 constexpr char kExitCodes[] = "Exit codes:\n"
                               "  0  done\n"
-                              "  1  there is no such value or list\n"
+                              "  1  there is no such value or list, or no log\n"
                               "  2  the command line is wrong\n"
                               "  3  the file can't be read\n"
                               "  4  the file is malformed\n"
                               "  5  another process keeps the file, or its content can't be read\n"
-                              "  6  the file can't be written\n";
+                              "  6  the file, or the settings, can't be written\n";
 
 std::string Version()
 {
@@ -45,6 +46,7 @@ int main(int argc, char** argv)
     program.footer(kExitCodes);
     AddProfileCommands(program);
     AddFilterCommands(program);
+    AddLogCommands(program);
 
     std::vector<std::string> arguments = StartTerminal(argc, argv);
     std::reverse(arguments.begin(), arguments.end()); // the parser takes them from the end

@@ -1,5 +1,10 @@
 #include "terminal.h"
 
+#include <cstdlib>
+#include <string_view>
+
+#include <unistd.h>
+
 namespace qxut
 {
 
@@ -9,5 +14,11 @@ std::vector<std::string> StartTerminal(int argc, char** argv)
 }
 
 void MakeStandardStreamsBinary() {}
+bool TerminalHasColours()
+{
+    const char* const terminal = std::getenv("TERM");
+    return isatty(STDOUT_FILENO) != 0 && terminal != nullptr && std::string_view(terminal) != "dumb" &&
+           std::getenv("NO_COLOR") == nullptr;
+}
 
 } // namespace qxut

@@ -1,0 +1,122 @@
+"""log_test.py COMMAND...: runs `qxut log` as its users do. COMMAND starts the program."""
+
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+COMMAND = sys.argv[1:]
+# Where the program is run by another one, the settings are those of all tests together, and stay as they are.
+HAS_OWN_SETTINGS = len(COMMAND) == 1
+
+STAMPED = "12:34:56.789 00001a2c/03 7 INIT   state 1"
+TAGGED = "PROF    : 12:34:56.790 00001a2c/13f 8 WRN: x"
+COUNTED = "A LONG: TAG: 34:56.789 0000000b/00 9 ERR: \u00fc\U0001F600\n\x1b[31m"
+
+
+class LogCommands(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.file = self.folder / "trace.log"
+        self.environment = dict(os.environ, TMPDIR=folder.name, QXPLATFORM_HOME=str(self.folder / "home"))
+
+    def start(self, *arguments):
+        return subprocess.Popen([*COMMAND, "log", *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                encoding="utf-8", env=self.environment)
+
+    def qxut(self, *arguments, code=0):
+        with self.start(*arguments) as process:
+            out, err = process.communicate()
+        self.assertEqual(process.returncode, code, out + err)
+        return out if code == 0 else err
+
+    def append(self, *lines, end="\r\n"):
+        with open(self.file, "ab") as file:
+            file.write("".join(line + end for line in lines).encode("utf-16-le"))
+
+    def show(self, *arguments):
+        return self.qxut("--file", str(self.file), "--show", *arguments)
+
+    @unittest.skipUnless(HAS_OWN_SETTINGS, "the settings are shared")
+    def test_the_setting(self):
+        self.assertIsNone(json.loads(self.qxut("--json"))["file"])
+        self.assertIn("no log", self.qxut())
+        self.assertIn("no log", self.qxut("--show", code=1))
+        self.qxut("on", "own.log", "--flush")
+        self.assertEqual(json.loads(self.qxut("--json"))["file"], str(self.folder / "own.log"))
+        self.assertTrue(json.loads(self.qxut("--json"))["flush"])
+        self.qxut("on", str(self.file))
+        where = json.loads(self.qxut("--json"))
+        self.assertEqual((where["file"], where["flush"], where["time"]), (str(self.file), False, "clock"))
+        # The library writes there what the program shows.
+        texts = [json.loads(line)["text"] for line in self.qxut("--show", "--json").splitlines()]
+        self.assertEqual([text[:2] for text in texts], ["++", "--"] * (len(texts) // 2) + ["++"])
+        self.assertGreaterEqual(len(texts), 3)
+        self.assertIn(str(self.file), self.qxut())
+        self.qxut("off")
+        size = self.file.stat().st_size
+        self.assertIsNone(json.loads(self.qxut("--json"))["file"])
+        self.assertEqual(self.file.stat().st_size, size)
+
+    def test_lines_as_text(self):
+        self.append(STAMPED, TAGGED, COUNTED)
+        self.append("cut off", end="")
+        self.assertEqual(self.show(), f"{STAMPED}\n{TAGGED}\n"
+                         "A LONG: TAG: 34:56.789 0000000b/00 9 ERR: \u00fc\U0001F600\\n\\x1B[31m\ncut off\n")
+        self.assertEqual(self.show("--last", "1"), "A LONG: TAG: 34:56.789 0000000b/00 9 ERR: "
+                         "\u00fc\U0001F600\\n\\x1B[31m\ncut off\n")
+        self.assertIn("no such file", self.qxut("--file", str(self.folder / "none"), "--show", code=3))
+
+    def test_lines_in_colour(self):
+        self.append(STAMPED, TAGGED, "no stamp")
+        stamped, tagged, other = self.show("--color", "always").splitlines()
+        self.assertTrue(stamped.startswith("\x1b[36m12:34:56.789\x1b[0m \x1b["), stamped)
+        self.assertTrue(tagged.startswith("\x1b[1mPROF    : \x1b[0m\x1b[36m12:34:56.790\x1b[0m"), tagged)
+        self.assertTrue(tagged.endswith("\x1b[33mWRN: x\x1b[0m"), tagged)
+        self.assertEqual(other, "no stamp")
+
+    def test_lines_as_json(self):
+        self.append(STAMPED, TAGGED, COUNTED, "no stamp: 12:34:56.789 00001A2C/03 7 x")
+        self.assertEqual([json.loads(line) for line in self.show("--json").splitlines()], [
+            {"tag": "", "time": "12:34:56.789", "thread": 0x1A2C, "processor": 3, "digit": 7, "text": "INIT   state 1"},
+            {"tag": "PROF", "time": "12:34:56.790", "thread": 0x1A2C, "processor": 0x13F, "digit": 8, "text": "WRN: x"},
+            {"tag": "A LONG: TAG", "time": "34:56.789", "thread": 11, "processor": 0, "digit": 9,
+             "text": "ERR: \u00fc\U0001F600\n\x1b[31m"},
+            {"text": "no stamp: 12:34:56.789 00001A2C/03 7 x"}])
+
+    def test_last_lines_of_a_long_file(self):
+        lines = [f"{number} " + "x" * (number * 7 % 1000) for number in range(3000)]
+        self.append(*lines)
+        for count in (0, 1, 25, 2999, 4000):
+            self.assertEqual(self.show("--last", str(count)).splitlines(), lines[3000 - count:] if count < 3000 else lines)
+        self.assertEqual(len(self.show().splitlines()), 3000)
+
+    def test_follow(self):
+        self.append(*[f"old {number}" for number in range(30)])
+        with self.start("--file", str(self.file), "--follow", "--seconds", "3") as process:
+            time.sleep(1)
+            self.append("new", "half", end="")
+            time.sleep(0.5)
+            self.append(" and half", "next")
+            time.sleep(0.5)
+            self.file.write_bytes("anew\r\n".encode("utf-16-le"))
+            out, _ = process.communicate()
+        self.assertEqual(out.splitlines(), [f"old {number}" for number in range(10, 30)] +
+                         ["newhalf and half", "next", "anew"])
+
+    def test_follow_waits_for_the_file(self):
+        with self.start("--file", str(self.file), "--follow", "--last", "5", "--seconds", "2") as process:
+            time.sleep(0.7)
+            self.append("first")
+            out, _ = process.communicate()
+        self.assertEqual(out, "first\n")
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])

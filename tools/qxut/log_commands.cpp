@@ -1,0 +1,224 @@
+#include "log_commands.h"
+
+#include "failure.h"
+#include "log_reader.h"
+#include "log_setting.h"
+#include "terminal.h"
+#include "text.h"
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <thread>
+
+namespace qxut
+{
+
+namespace
+{
+
+using nlohmann::ordered_json;
+
+constexpr size_t kLinesBeforeFollowing = 20;
+constexpr auto kPause = std::chrono::milliseconds(100); // between two looks at a growing file
+
+struct Options
+{
+    std::string file;
+    std::string colour = "auto";
+    std::string newName;
+    size_t last = LogReader::kAll;
+    double seconds = -1;
+    bool show = false;
+    bool follow = false;
+    bool flush = false;
+    bool asJson = false;
+};
+
+void TellWhere(const LogSetting& setting, bool asJson)
+{
+    std::error_code error;
+    const uintmax_t size = std::filesystem::file_size(std::filesystem::u8path(setting.path), error);
+    const bool exists = !setting.path.empty() && !error;
+    if (asJson)
+    {
+        std::cout << ordered_json{{"file", setting.path.empty() ? ordered_json() : ordered_json(setting.path)},
+                         {"bytes", exists ? ordered_json(size) : ordered_json()}, {"flush", setting.isFlushed},
+                         {"time", setting.usesCounter ? "counter" : "clock"}}
+                         .dump()
+                  << '\n';
+        return;
+    }
+    if (setting.path.empty())
+    {
+        std::cout << "no log is written; `qxut log on FILE` switches it on\n";
+        return;
+    }
+    std::cout << "file   " << Shown(setting.path) << '\n'
+              << "size   " << (exists ? std::to_string(size) + " bytes" : "not there yet") << '\n'
+              << "flush  " << (setting.isFlushed ? "each line is written through to the disk" : "left to the system")
+              << '\n'
+              << "time   " << (setting.usesCounter ? "since a program's first line" : "of the clock") << '\n';
+}
+
+// Each thread has a colour of its own, as far as there are any.
+std::string ThreadColour(std::string_view thread)
+{
+    constexpr int colours[] = {32, 33, 34, 35, 36, 92, 93, 94, 95, 96};
+    unsigned sum = 0;
+    for (const char c : thread)
+        sum = sum * 31 + static_cast<unsigned char>(c);
+    return std::to_string(colours[sum % std::size(colours)]);
+}
+
+std::string MessageColour(std::string_view text)
+{
+    const size_t begin = text.find_first_not_of(' ');
+    text.remove_prefix(begin == text.npos ? text.size() : begin);
+    if (text.starts_with("ERR: ") || text.starts_with("ERROR: "))
+        return "31";
+    return text.starts_with("WRN: ") ? "33" : "";
+}
+
+std::string Coloured(std::string_view text, const std::string& colour)
+{
+    if (text.empty() || colour.empty())
+        return std::string(text);
+    return "\x1B[" + colour + 'm' + std::string(text) + "\x1B[0m";
+}
+
+std::string InColour(const std::string& line)
+{
+    const LogColumns columns = ColumnsOf(line);
+    if (columns.time.empty())
+        return line;
+    return Coloured(columns.tag, "1") + Coloured(columns.time, "36") + ' ' +
+           Coloured(columns.thread, ThreadColour(columns.thread)) + Coloured(columns.processor, "2") + ' ' +
+           Coloured(columns.digit, "2") + ' ' + Coloured(columns.text, MessageColour(columns.text));
+}
+
+std::string AsJson(const std::string& line)
+{
+    const LogColumns columns = ColumnsOf(line);
+    ordered_json json;
+    if (!columns.time.empty())
+    {
+        std::string_view tag = columns.tag.substr(0, columns.tag.empty() ? 0 : columns.tag.size() - 2);
+        tag = tag.substr(0, tag.find_last_not_of(' ') + 1);
+        json["tag"] = tag;
+        json["time"] = columns.time;
+        json["thread"] = std::stoul(std::string(columns.thread), nullptr, 16);
+        json["processor"] = std::stoul(std::string(columns.processor.substr(1)), nullptr, 16);
+        json["digit"] = columns.digit[0] - '0';
+    }
+    json["text"] = columns.text;
+    return json.dump();
+}
+
+class Printer
+{
+public:
+    explicit Printer(const Options& options)
+        : _asJson(options.asJson),
+          _inColour(options.colour == "always" || (options.colour == "auto" && TerminalHasColours()))
+    {
+    }
+
+    void Print(const std::string& line) const
+    {
+        if (_asJson)
+            std::cout << AsJson(line) << '\n';
+        else
+            std::cout << (_inColour ? InColour(Shown(line)) : Shown(line)) << '\n';
+    }
+
+private:
+    const bool _asJson;
+    const bool _inColour;
+};
+
+void Follow(LogReader& reader, const Printer& printer, double seconds)
+{
+    const auto begin = std::chrono::steady_clock::now();
+    while (std::cout)
+    {
+        const std::vector<std::string> lines = reader.Next();
+        for (const std::string& line : lines)
+            printer.Print(line);
+        std::cout.flush();
+        if (seconds >= 0 && std::chrono::steady_clock::now() - begin >= std::chrono::duration<double>(seconds))
+            return;
+        if (lines.empty())
+            std::this_thread::sleep_for(kPause);
+    }
+}
+
+void ShowLines(const Options& options, const std::string& path)
+{
+    const std::filesystem::path file = std::filesystem::u8path(path);
+    std::error_code error;
+    if (!options.follow && !std::filesystem::is_regular_file(file, error))
+        throw Failure(kCannotRead, path + ": there is no such file");
+    const size_t before = options.follow && !options.show ? kLinesBeforeFollowing : LogReader::kAll;
+    LogReader reader(file, options.last != LogReader::kAll ? options.last : before);
+    const Printer printer(options);
+    if (options.follow)
+        return Follow(reader, printer, options.seconds);
+    for (std::vector<std::string> lines = reader.Next(); !lines.empty(); lines = reader.Next())
+        for (const std::string& line : lines)
+            printer.Print(line);
+    if (const std::string rest = reader.Rest(); !rest.empty())
+        printer.Print(rest);
+}
+
+void Log(const Options& options)
+{
+    LogSetting setting = ReadLogSetting();
+    if (!options.file.empty())
+        setting.path = options.file;
+    if (!options.show && !options.follow)
+        return TellWhere(setting, options.asJson);
+    if (setting.path.empty())
+        throw Failure(kNotFound, "no log is written; `qxut log on FILE` switches it on");
+    ShowLines(options, setting.path);
+}
+
+} // namespace
+
+void AddLogCommands(CLI::App& program)
+{
+    const auto options = std::make_shared<Options>();
+    CLI::App& log = *program.add_subcommand("log", "show where the debug output goes, and what it says");
+    log.require_subcommand(0, 1);
+    log.add_flag("--show", options->show, "print the lines of the log");
+    log.add_flag("--follow", options->follow, "print the last lines, and then each new one as it comes");
+    log.add_option("--last", options->last, "begin with so many lines of those that are there");
+    log.add_option("--file", options->file, "look at this file, whatever the settings say");
+    log.add_option("--seconds", options->seconds, "with --follow: end after so many seconds");
+    log.add_option("--colour,--color", options->colour, "auto (on a terminal), always or never")
+        ->check(CLI::IsMember({"auto", "always", "never"}));
+    log.add_flag("--json", options->asJson, "answer in JSON; lines are one object each");
+    log.footer("The settings are the machine's. A process reads them when it loads the library.");
+    log.callback(
+        [&log, options]
+        {
+            if (log.get_subcommands().empty())
+                Log(*options);
+        });
+
+    CLI::App& on = *log.add_subcommand("on", "switch the log on for all processes that start from now on");
+    on.add_option("FILE", options->newName, "the file; a name without a folder stands for one in the temp folder")
+        ->required();
+    on.add_flag("--flush", options->flush, "write each line through to the disk");
+    on.callback([options] { WriteLogSetting(options->newName, options->flush); });
+    CLI::App& off = *log.add_subcommand("off", "switch the log off");
+    off.callback([] { WriteLogSetting("", false); });
+}
+
+} // namespace qxut

@@ -1,0 +1,14 @@
+// qxut log: the log file of the debug output.
+#pragma once
+
+namespace CLI
+{
+class App;
+}
+
+namespace qxut
+{
+
+void AddLogCommands(CLI::App& program);
+
+} // namespace qxut

@@ -1,0 +1,150 @@
+#include "log_reader.h"
+
+#include "text.h"
+
+#include <algorithm>
+#include <fstream>
+#include <utility>
+
+namespace qxut
+{
+namespace
+{
+
+constexpr uint64_t kLongestLine = 2 * (1024 + 2); // in bytes, with its end
+constexpr size_t kChunk = 1 << 16;
+constexpr size_t kTagWidth = 8;
+
+std::string ToUtf8(const std::u16string& units)
+{
+    std::vector<QXWCHAR> text(units.begin(), units.end());
+    std::replace(text.begin(), text.end(), QXWCHAR{0}, static_cast<QXWCHAR>(0xFFFD)); // would end the text
+    text.push_back(0);
+    return Utf8(text.data());
+}
+
+// Takes what fits the picture off the front: 9 for a digit, f for a hexadecimal one.
+std::string_view Take(std::string_view& text, std::string_view picture)
+{
+    const auto fits = [](char c, char pictured)
+    {
+        const bool isDigit = c >= '0' && c <= '9';
+        return pictured == '9' ? isDigit : pictured == 'f' ? isDigit || (c >= 'a' && c <= 'f') : c == pictured;
+    };
+    if (text.size() < picture.size() || !std::equal(picture.begin(), picture.end(), text.begin(),
+                                            [&](char pictured, char c) { return fits(c, pictured); }))
+        return {};
+    const std::string_view taken = text.substr(0, picture.size());
+    text.remove_prefix(picture.size());
+    return taken;
+}
+
+bool TakeStamp(std::string_view rest, LogColumns& columns)
+{
+    columns.time = Take(rest, "99:99:99.999 ");
+    if (columns.time.empty())
+        columns.time = Take(rest, "99:99.999 ");
+    columns.thread = Take(rest, "ffffffff");
+    if (columns.time.empty() || columns.thread.empty())
+        return false;
+    columns.time.remove_suffix(1);
+    columns.processor = rest.substr(0, rest.find(' '));
+    rest.remove_prefix(columns.processor.size());
+    if (columns.processor.size() < 3 || columns.processor[0] != '/' || Take(rest, " 9 ").empty())
+        return false;
+    columns.digit = std::string_view(rest.data() - 2, 1);
+    columns.text = rest;
+    return true;
+}
+
+} // namespace
+
+// Reads as many bytes as so many lines can have, and one line more, which may be begun in its middle.
+LogReader::LogReader(std::filesystem::path path, size_t lastLines) : _path(std::move(path))
+{
+    std::error_code error;
+    const uint64_t size = std::filesystem::file_size(_path, error);
+    if (error || lastLines == kAll)
+        return;
+    const bool isPart = lastLines + 2 < size / kLongestLine;
+    if (isPart)
+        _position = (size - (lastLines + 2) * kLongestLine) / 2 * 2;
+    bool isFirst = isPart;
+    std::vector<std::string> found;
+    for (std::vector<std::string> lines = Next(); !lines.empty(); lines = Next())
+    {
+        found.insert(found.end(), lines.begin() + (isFirst ? 1 : 0), lines.end());
+        isFirst = false;
+        if (found.size() > lastLines)
+            found.erase(found.begin(), found.end() - static_cast<std::ptrdiff_t>(lastLines));
+    }
+    _found = std::move(found);
+}
+
+// As long as a chunk has no line end, the next one is read.
+std::vector<std::string> LogReader::Next()
+{
+    if (!_found.empty())
+        return std::exchange(_found, {});
+    std::vector<std::string> lines;
+    std::error_code error;
+    if (const uint64_t size = std::filesystem::file_size(_path, error); error || size < _position)
+    {
+        _position = 0;
+        _line.clear();
+        if (error)
+            return lines;
+    }
+    std::ifstream file(_path, std::ios::binary);
+    file.seekg(static_cast<std::streamoff>(_position));
+    std::string bytes;
+    do
+    {
+        bytes.resize(kChunk);
+        file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        bytes.resize(static_cast<size_t>(file.gcount()) / 2 * 2);
+        _position += bytes.size();
+        Append(bytes, lines);
+    } while (lines.empty() && bytes.size() == kChunk);
+    return lines;
+}
+
+void LogReader::Append(const std::string& bytes, std::vector<std::string>& lines)
+{
+    for (size_t i = 0; i + 1 < bytes.size(); i += 2)
+    {
+        const auto low = static_cast<unsigned char>(bytes[i]);
+        const auto high = static_cast<unsigned char>(bytes[i + 1]);
+        _line.push_back(static_cast<char16_t>(high << 8 | low));
+        if (const size_t length = _line.size(); length >= 2 && _line[length - 2] == u'\r' && _line[length - 1] == u'\n')
+        {
+            _line.erase(length - 2);
+            lines.push_back(ToUtf8(_line));
+            _line.clear();
+        }
+    }
+}
+
+std::string LogReader::Rest() const
+{
+    return ToUtf8(_line);
+}
+
+LogColumns ColumnsOf(std::string_view line)
+{
+    LogColumns columns;
+    if (TakeStamp(line, columns))
+        return columns;
+    // Behind a tag, which may be longer than its column and hold whatever it likes.
+    for (size_t colon = line.find(": "); colon != line.npos; colon = line.find(": ", colon + 1))
+        if (colon >= kTagWidth && TakeStamp(line.substr(colon + 2), columns))
+        {
+            columns.tag = line.substr(0, colon + 2);
+            return columns;
+        }
+    columns = {};
+    columns.text = line;
+    return columns;
+}
+
+} // namespace qxut
