@@ -35,13 +35,13 @@ public:
     ErrorsKept& operator=(const ErrorsKept&) = delete;
     ~ErrorsKept()
     {
-        errno = _errno;
+        errno = _code;
         SetLastError(_lastError);
     }
 
 private:
     const DWORD _lastError = GetLastError();
-    const int _errno = errno;
+    const int _code = errno;
 };
 
 const char* OwnThreadName()
