@@ -18,7 +18,8 @@ endforeach()
 
 # qx_add_test(NAME program [USES_DATA] SOURCES ... [LINKS ...] [DEPENDS ...]): a GoogleTest program whose cases are ctest's tests.
 # With USES_DATA the sources know tests/data as
-# QXUT_TEST_DATA; the others stay free of paths, so that a compiler cache serves several trees.
+# QXUT_TEST_DATA; the others stay free of paths, so that a compiler cache serves several trees. The label of each test is
+# its program.
 function(qx_add_test)
     cmake_parse_arguments(ARG "USES_DATA" "NAME" "SOURCES;LINKS;DEPENDS" ${ARGN})
     add_executable(${ARG_NAME} ${ARG_SOURCES})
@@ -34,6 +35,7 @@ function(qx_add_test)
     endif()
     gtest_discover_tests(${ARG_NAME} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120 PROPERTIES
         TIMEOUT 240
+        LABELS ${ARG_NAME}
         # No test touches the settings of the one who runs it; those that change settings choose a folder of their own.
         ENVIRONMENT "QXPLATFORM_HOME=${CMAKE_BINARY_DIR}/test-home")
 endfunction()

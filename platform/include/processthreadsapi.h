@@ -41,9 +41,6 @@ QXPLATFORM_API DWORD WINAPI GetCurrentProcessId(void);
 QXPLATFORM_API BOOL WINAPI ProcessIdToSessionId(DWORD dwProcessId, DWORD* pSessionId);
 QXPLATFORM_API HANDLE WINAPI GetCurrentThread(void);
 QXPLATFORM_API DWORD WINAPI GetCurrentThreadId(void);
-// The second one counts the processors in groups of 64; the first one only within the group.
-QXPLATFORM_API DWORD WINAPI GetCurrentProcessorNumber(void);
-QXPLATFORM_API void WINAPI GetCurrentProcessorNumberEx(PPROCESSOR_NUMBER ProcNumber);
 
 typedef DWORD(WINAPI* LPTHREAD_START_ROUTINE)(LPVOID lpThreadParameter);
 

@@ -3,7 +3,18 @@
 
 #include <minwindef.h>
 
+typedef struct _PROCESSOR_NUMBER
+{
+    WORD Group;
+    BYTE Number;
+    BYTE Reserved;
+} PROCESSOR_NUMBER, *PPROCESSOR_NUMBER;
+
 EXTERN_C_START
+
+// On which one the calling thread runs; the first function tells it within its group.
+QXPLATFORM_API DWORD WINAPI GetCurrentProcessorNumber(void);
+QXPLATFORM_API void WINAPI GetCurrentProcessorNumberEx(PPROCESSOR_NUMBER ProcNumber);
 
 QXPLATFORM_API BOOL WINAPI GetProcessGroupAffinity(HANDLE hProcess, PUSHORT GroupCount, PUSHORT GroupArray);
 

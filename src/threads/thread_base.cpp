@@ -80,10 +80,10 @@ private:
     unsigned long long _end;
 };
 
-int Milliseconds(const FILETIME& time)
+long long Milliseconds(const FILETIME& time)
 {
     constexpr unsigned long long unitsPerMillisecond = 10'000;
-    return static_cast<int>(
+    return static_cast<long long>(
         (static_cast<unsigned long long>(time.dwHighDateTime) << 32 | time.dwLowDateTime) / unitsPerMillisecond);
 }
 
@@ -364,10 +364,11 @@ void clsThreadBase::ReportTimes()
         return;
     if (ended.dwLowDateTime != 0 || ended.dwHighDateTime != 0)
         DebugLine(L"thread '%hs' was alive for %d ms (UserMode: %d ms, KernelMode: %d ms)", Name(),
-            Milliseconds(ended) - Milliseconds(created), Milliseconds(user), Milliseconds(kernel));
+            static_cast<int>(Milliseconds(ended) - Milliseconds(created)), static_cast<int>(Milliseconds(user)),
+            static_cast<int>(Milliseconds(kernel)));
     else
-        DebugLine(L"thread '%hs' forced to exit! (UserMode: %d ms, KernelMode: %d ms)", Name(), Milliseconds(user),
-            Milliseconds(kernel));
+        DebugLine(L"thread '%hs' forced to exit! (UserMode: %d ms, KernelMode: %d ms)", Name(),
+            static_cast<int>(Milliseconds(user)), static_cast<int>(Milliseconds(kernel)));
 }
 
 void clsThreadBase::CleanUpHandle()

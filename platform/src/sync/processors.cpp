@@ -18,6 +18,8 @@ using namespace qxplatform;
 namespace
 {
 
+constexpr unsigned processorsOfGroup = 64;
+
 // A word for each group. Empty if there is no such process.
 std::vector<DWORD_PTR> ProcessorsOf(pid_t process)
 {
@@ -45,10 +47,28 @@ std::optional<pid_t> ProcessIdOf(HANDLE handle)
 
 DWORD_PTR FirstOf(size_t count)
 {
-    return count >= 64 ? ~DWORD_PTR{0} : (DWORD_PTR{1} << count) - 1;
+    return count >= processorsOfGroup ? ~DWORD_PTR{0} : (DWORD_PTR{1} << count) - 1;
+}
+
+unsigned CurrentProcessor()
+{
+    const int processor = sched_getcpu();
+    return processor < 0 ? 0 : static_cast<unsigned>(processor);
 }
 
 } // namespace
+
+DWORD WINAPI GetCurrentProcessorNumber(void)
+{
+    return CurrentProcessor() % processorsOfGroup;
+}
+
+void WINAPI GetCurrentProcessorNumberEx(PPROCESSOR_NUMBER ProcNumber)
+{
+    const unsigned processor = CurrentProcessor();
+    *ProcNumber = {
+        static_cast<WORD>(processor / processorsOfGroup), static_cast<BYTE>(processor % processorsOfGroup), 0};
+}
 
 // As on the system both masks are zero where the process has processors in several groups.
 BOOL WINAPI GetProcessAffinityMask(HANDLE hProcess, PDWORD_PTR lpProcessAffinityMask, PDWORD_PTR lpSystemAffinityMask)

@@ -92,6 +92,16 @@ TEST(Assertion, TextIsCutAt80Characters)
     EXPECT_STREQ(AssertionText(expression, L"f", 1), whole.Left(80));
 }
 
+TEST_F(ModuleFrame, InvalidParametersAreToldWithTheirTexts)
+{
+    AttachModule(GetModuleHandleW(nullptr), {});
+    const auto handler = _set_invalid_parameter_handler(nullptr);
+    ASSERT_NE(handler, nullptr);
+    const DebugLines lines;
+    handler(L"size > 0", L"wcscpy_s", L"copy.c", 17, 0);
+    EXPECT_STREQ(lines.Only(), L"copy.c (line 17): size > 0: INVALID PARAMETER in 'wcscpy_s'");
+}
+
 TEST_F(ModuleFrame, ValuesOfTheModule)
 {
     AttachModule(GetModuleHandleW(nullptr), {});

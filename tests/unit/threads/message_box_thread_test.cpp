@@ -1,27 +1,122 @@
 #include "threads/message_box_thread.h"
 
-#include <gtest/gtest.h>
+#include "threads_support.h"
+
+// The system itself would wait for someone to press a button.
+#if !defined(_WIN32)
+#include <atomic>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace qx;
+using namespace qxtest;
 
 namespace
 {
 
-// The system itself would wait for someone to press a button.
-#if !defined(_WIN32)
+// Stands for the standard error stream, where message boxes appear: whoever shows one waits until it is emptied.
+class FullStream
+{
+public:
+    FullStream()
+    {
+        EXPECT_EQ(pipe2(_ends, O_CLOEXEC), 0);
+        EXPECT_EQ(fcntl(_ends[1], F_SETFL, O_NONBLOCK), 0);
+        const std::string filling(4096, '.');
+        while (write(_ends[1], filling.data(), filling.size()) > 0)
+            _filling += filling.size();
+        EXPECT_EQ(fcntl(_ends[1], F_SETFL, 0), 0);
+        dup2(_ends[1], STDERR_FILENO);
+        close(_ends[1]);
+    }
+    ~FullStream()
+    {
+        dup2(_before, STDERR_FILENO);
+        close(_before);
+        close(_ends[0]);
+    }
+
+    // The next bytes of so many that were written to it.
+    std::string Take(std::size_t count)
+    {
+        std::string text(_filling + count, 0);
+        for (std::size_t done = 0; done < text.size();)
+        {
+            const ssize_t part = read(_ends[0], text.data() + done, text.size() - done);
+            if (part <= 0)
+                return "(nothing)";
+            done += static_cast<std::size_t>(part);
+        }
+        return text.substr(_filling);
+    }
+
+private:
+    const int _before = dup(STDERR_FILENO);
+    int _ends[2] = {-1, -1};
+    std::size_t _filling = 0;
+};
+
+} // namespace
+
 TEST(MessageBoxThread, ShowsTheBoxAndKeepsTheAnswer)
 {
     testing::internal::CaptureStderr();
     int answer = 0;
     {
         clsMessageBoxThread box(L"Caption", L"Text", MB_YESNO | MB_DEFBUTTON2, 99);
-        for (int round = 0; box.Result() == 99 && round < 10'000; ++round)
-            Sleep(1);
+        EXPECT_TRUE(WaitUntil([&] { return box.Result() != 99; }));
         answer = box.Result();
     }
     EXPECT_EQ(answer, IDNO);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Caption: Text [no]\n");
 }
-#endif
 
-} // namespace
+TEST(MessageBoxThread, NobodyWaitsForTheBoxButTheDestructor)
+{
+    const std::string expected = "Caption: Text [ok]\n";
+    FullStream screen;
+    auto box = std::make_unique<clsMessageBoxThread>(L"Caption", L"Text", MB_OK, 99);
+    EXPECT_EQ(box->Result(), 99);
+    EXPECT_EQ(box->GetThreadState(), clsThreadBase::State::Running);
+    std::atomic<bool> isGone = false;
+    std::thread destroyer(
+        [&]
+        {
+            box.reset();
+            isGone = true;
+        });
+    Sleep(50);
+    EXPECT_FALSE(isGone);
+    EXPECT_EQ(screen.Take(expected.size()), expected);
+    destroyer.join();
+}
+
+TEST(MessageBoxThread, BoxesOfManyThreads)
+{
+    testing::internal::CaptureStderr();
+    std::vector<std::thread> callers;
+    for (int caller = 0; caller < 4; ++caller)
+        callers.emplace_back(
+            []
+            {
+                for (int round = 0; round < 25; ++round)
+                {
+                    clsMessageBoxThread first(L"Caption", L"Text", MB_OK, 99);
+                    clsMessageBoxThread second(L"Caption", L"Text", MB_OK, 99);
+                    EXPECT_EQ(second.ThreadEnd(false, INFINITE, false), 1);
+                    EXPECT_EQ(second.Result(), IDOK);
+                }
+            });
+    for (std::thread& caller : callers)
+        caller.join();
+    std::string expected;
+    for (int box = 0; box < 200; ++box)
+        expected += "Caption: Text [ok]\n";
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), expected);
+}
+
+#endif

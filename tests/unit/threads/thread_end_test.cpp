@@ -94,6 +94,87 @@ TEST(ThreadEnd, WhileAnotherEndWaits)
     EXPECT_EQ(thread.ExitCode(), 3u);
 }
 
+// What is dispatched or called while a thread waits for the end may end the same object.
+TEST(ThreadEnd, NestedInItself)
+{
+    class Nested : public clsThreadBase
+    {
+    public:
+        Nested() : clsThreadBase(L"Nested") {}
+        ~Nested() override { ThreadEnd(false, INFINITE, true); }
+        unsigned ThreadProc() override
+        {
+            int result = 0;
+            while (WaitForEvents(INFINITE, result, 0))
+            {
+            }
+            return 5;
+        }
+        bool EndPumpsMessages() const override
+        {
+            if (++depth < 4)
+                inner += const_cast<Nested*>(this)->ThreadEnd(false, INFINITE, true);
+            return depth % 2 == 0;
+        }
+        mutable int depth = 0;
+        mutable int inner = 0;
+    };
+    Nested thread;
+    for (int round = 1; round <= 2; ++round)
+    {
+        thread.depth = thread.inner = 0;
+        ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+        EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
+        EXPECT_EQ(thread.depth, 1); // the inner call didn't come as far as to wait
+        EXPECT_EQ(thread.inner, 1);
+        EXPECT_EQ(thread.GetThreadState(), State::None);
+        EXPECT_EQ(thread.ExitCode(), 5u);
+    }
+}
+
+#if defined(_WIN32) // messages reach windows, which the layer has not yet
+TEST(ThreadEnd, NestedInAMessageThatTheWaitDispatches)
+{
+    static TestThread* ending = nullptr;
+    static int inner = -1;
+    WNDCLASSW windowClass = {};
+    windowClass.lpfnWndProc = [](HWND window, UINT message, WPARAM first, LPARAM second) -> LRESULT
+    {
+        if (message == WM_APP)
+            inner = ending->ThreadEnd(false, INFINITE, true);
+        return DefWindowProcW(window, message, first, second);
+    };
+    windowClass.lpszClassName = L"QxThreadEndTest";
+    RegisterClassW(&windowClass);
+    const HWND window =
+        CreateWindowExW(0, windowClass.lpszClassName, L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+    ASSERT_NE(window, nullptr);
+    clsEvent go;
+    TestThread thread(
+        [&go](TestThread&)
+        {
+            WaitForSingleObject(go.Get(), 2000);
+            return 3u;
+        });
+    ending = &thread;
+    ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+    PostMessageW(window, WM_APP, 0, 0);
+    TestThread releaser(
+        [&go](TestThread&)
+        {
+            while (inner == -1)
+                Sleep(1);
+            go.Set();
+            return 0u;
+        });
+    ASSERT_TRUE(releaser.ThreadStart(THREAD_PRIORITY_NORMAL));
+    EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
+    EXPECT_EQ(inner, 1);
+    EXPECT_EQ(thread.ExitCode(), 3u);
+    DestroyWindow(window);
+}
+#endif
+
 TEST(ThreadEnd, KeepsTheQueueOfTheCallerRunning)
 {
     const LeaksAllowed leaksAllowed;

@@ -1,4 +1,5 @@
 // Starts, waits and ends from several threads at once. Of most use under the thread sanitizer.
+#include "core/thread_names.h"
 #include "threads_support.h"
 
 #include <thread>
@@ -78,6 +79,51 @@ TEST(ThreadRaces, EveryThreadEndsWithItsObject)
     for (std::thread& caller : callers)
         caller.join();
     EXPECT_EQ(runs, 160);
+}
+
+// Threads that end by themselves, restarted, waited for and asked after by whoever comes.
+TEST(ThreadRaces, ShortLivesAreRestarted)
+{
+    std::atomic<int> running = 0;
+    std::atomic<int> runs = 0;
+    clsEvent given;
+    given.Set();
+    TestThread thread(
+        [&](TestThread& self)
+        {
+            EXPECT_EQ(++running, 1);
+            int result = 0;
+            const bool goesOn = self.WaitForEvents(1, result, 1, given.Get());
+            EXPECT_EQ(result, goesOn ? 0 : clsThreadBase::stopRequested);
+            --running;
+            return static_cast<unsigned>(++runs);
+        },
+        L"Short");
+    std::vector<std::thread> callers;
+    for (int caller = 0; caller < 4; ++caller)
+        callers.emplace_back(
+            [&thread, caller]
+            {
+                for (int round = 0; round < 60; ++round)
+                    switch ((round + caller) % 4)
+                    {
+                    case 0:
+                        thread.ThreadEnd(false, 0, false);
+                        break;
+                    case 1:
+                        thread.GetThreadState();
+                        TheThreadNames().Find(thread.ThreadId());
+                        break;
+                    default:
+                        EXPECT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+                    }
+            });
+    for (std::thread& caller : callers)
+        caller.join();
+    EXPECT_EQ(thread.ThreadEnd(false, INFINITE, false), 1);
+    EXPECT_EQ(running, 0);
+    EXPECT_GT(runs, 0);
+    EXPECT_EQ(thread.ExitCode(), static_cast<unsigned>(runs));
 }
 
 } // namespace
