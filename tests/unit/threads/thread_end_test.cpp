@@ -108,6 +108,7 @@ TEST(ThreadEnd, NestedInItself)
             while (WaitForEvents(INFINITE, result, 0))
             {
             }
+            Sleep(50); // so that there is something to wait for
             return 5;
         }
         bool EndPumpsMessages() const override
