@@ -13,7 +13,7 @@ namespace qxtest
 class OwnSettings
 {
 public:
-#if defined(_WIN32)
+#if defined(_WIN32) // one registry for all; its roots can be put elsewhere for a process
     OwnSettings()
     {
         _name.Format(L"Software\\qxut-test-%d", static_cast<int>(GetCurrentProcessId()));
@@ -65,7 +65,7 @@ public:
     }
 
 private:
-#if defined(_WIN32)
+#if defined(_WIN32) // as above
     HKEY Make(const wchar_t* part) const
     {
         HKEY key = nullptr;
