@@ -79,7 +79,7 @@ TEST_F(DebugExports, TheProcessIsOpenedAndClosed)
         const std::string rest = Parse(lines[i]).rest;
         EXPECT_THAT(rest, StartsWith(i % 2 == 0 ? "++" : "--"));
         EXPECT_THAT(rest, HasSubstr("QXUT23."));
-        EXPECT_THAT(rest, HasSubstr(" 23.2.0 ["));
+        EXPECT_THAT(rest, HasSubstr(" 23.2.0 "));
         EXPECT_THAT(rest, HasSubstr("[" + folderText + "DEBUG_PEER"));
         EXPECT_EQ(rest.ends_with("] [" + folderText + "]"), i % 2 == 0) << rest;
         EXPECT_EQ(Parse(lines[i]).digit, "0101"[i]);
@@ -185,5 +185,5 @@ TEST_F(DebugExports, LoadsInPoorSurroundings)
             String::formatted, L"\"machine:Debug.LogFilename=%s\" %s twice", name.Text(), surroundings.Text());
         EXPECT_EQ(PeerProcess(L"debug_peer", arguments).Wait(), 0) << name.NarrowText();
     }
-    EXPECT_EQ(BytesOf(readOnly), "");
+    EXPECT_EQ(BytesOf(folder.Path(L"file")), "");
 }
