@@ -12,6 +12,7 @@ std::vector<std::string> StartTerminal(int argc, char** argv);
 
 // The standard streams carry bytes as they are, line ends included.
 void MakeStandardStreamsBinary();
+
 // Whether the standard output is a terminal that shows colours, and nobody asked to have none (NO_COLOR).
 bool TerminalHasColours();
 

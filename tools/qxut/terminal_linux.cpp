@@ -14,6 +14,7 @@ std::vector<std::string> StartTerminal(int argc, char** argv)
 }
 
 void MakeStandardStreamsBinary() {}
+
 bool TerminalHasColours()
 {
     const char* const terminal = std::getenv("TERM");

@@ -33,7 +33,10 @@ void MakeStandardStreamsBinary()
     std::cout.flush();
     _setmode(_fileno(stdin), _O_BINARY);
     _setmode(_fileno(stdout), _O_BINARY);
+}
+
 bool TerminalHasColours()
+{
     const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
     DWORD mode = 0;
     return GetEnvironmentVariableW(L"NO_COLOR", nullptr, 0) == 0 && GetConsoleMode(output, &mode) &&
