@@ -1,11 +1,13 @@
 // 100,000 leaves in 5,000 lists: load, look up 100,000 paths, set 10,000 values and save, beside GLib's GKeyFile, which
-// is flat and 8-bit, and pugixml with the same tree as XML. A flat list of a million leaves shows that nothing grows
-// faster than its input.
+// is flat and 8-bit, and pugixml and Boost.PropertyTree with the same tree as XML; the XML form beside them. A flat
+// list of a million leaves shows that nothing grows faster than its input.
 #include "profile_input.h"
 
 #include <qxut23/profile.h>
 
 #include <benchmark/benchmark.h>
+#include <boost/property_tree/ptree.hpp>
+#include <boost/property_tree/xml_parser.hpp>
 #include <glib.h>
 #include <pugixml.hpp>
 
@@ -51,6 +53,7 @@ public:
         std::filesystem::create_directories(_folder);
         Write("profile", bench::ProfileText(MadeSettings()));
         Write("xml", bench::XmlText(MadeSettings()));
+        Write("xml8", bench::XmlTextUtf8(MadeSettings()));
         Write("ini", bench::IniText(MadeSettings()));
     }
     ~Files() { std::filesystem::remove_all(_folder); }
@@ -135,12 +138,12 @@ void SetOurs(benchmark::State& state)
     }
 }
 
-void SaveOurs(benchmark::State& state, const char* file)
+void SaveOurs(benchmark::State& state, const char* file, int form = PROF_FORM_TEXT)
 {
     const OurJob job(file);
     const WideText target = Wide(TheFiles().Path("saved"));
     for (auto _ : state)
-        Check(ProfSaveW(job, target.data(), PROF_FORM_TEXT) == PROF_OK, "saving");
+        Check(ProfSaveW(job, target.data(), form) == PROF_OK, "saving");
 }
 
 // ---- GKeyFile
@@ -261,6 +264,27 @@ void SaveDocument(benchmark::State& state)
         Check(document.save_file(target.c_str(), " ", pugi::format_default, pugi::encoding_utf16_le), "saving");
 }
 
+// ---- Boost.PropertyTree, in UTF-8
+
+void LoadPropertyTree(benchmark::State& state)
+{
+    const std::string path = TheFiles().Path("xml8");
+    for (auto _ : state)
+    {
+        boost::property_tree::ptree tree;
+        boost::property_tree::read_xml(path, tree);
+    }
+}
+
+void SavePropertyTree(benchmark::State& state)
+{
+    boost::property_tree::ptree tree;
+    boost::property_tree::read_xml(TheFiles().Path("xml8"), tree);
+    const std::string target = TheFiles().Path("saved");
+    for (auto _ : state)
+        boost::property_tree::write_xml(target, tree);
+}
+
 // ---- One list of a million leaves
 
 constexpr int kFlatLeaves = 1000000;
@@ -370,6 +394,7 @@ constexpr Operation kOperations[] = {
             LoadKeyFile(state, "ini");
         }},
     {"load/pugixml", LoadDocument},
+    {"load/PropertyTree", LoadPropertyTree},
     {"look up 100000/ours", LookUpOurs},
     {"look up 100000/GKeyFile", LookUpKeyFile},
     {"look up 100000/pugixml", LookUpDocument},
@@ -387,6 +412,21 @@ constexpr Operation kOperations[] = {
             SaveKeyFile(state, "ini");
         }},
     {"save/pugixml", SaveDocument},
+    {"save/PropertyTree", SavePropertyTree},
+    {"XML: load/ours",
+        [](benchmark::State& state)
+        {
+            LoadOurs(state, "xml");
+        }},
+    {"XML: load/pugixml", LoadDocument},
+    {"XML: load/PropertyTree", LoadPropertyTree},
+    {"XML: save/ours",
+        [](benchmark::State& state)
+        {
+            SaveOurs(state, "xml", PROF_FORM_XML);
+        }},
+    {"XML: save/pugixml", SaveDocument},
+    {"XML: save/PropertyTree", SavePropertyTree},
     {"flat: load/ours", LoadFlatOurs},
     {"flat: load/GKeyFile", LoadFlatKeyFile},
     {"flat: look up 100000/ours", LookUpFlatOurs},

@@ -206,7 +206,7 @@ std::string ProfileText(const Settings& settings)
     return Utf16(text += " }\r\n");
 }
 
-std::string XmlText(const Settings& settings)
+std::string XmlTextUtf8(const Settings& settings)
 {
     std::string text =
         "<?xml version=\"1.0\" encoding=\"UTF-16\" standalone=\"yes\"?>\r\n<!-- DTD -->\r\n"
@@ -227,7 +227,12 @@ std::string XmlText(const Settings& settings)
         }
         text += " </list>\r\n";
     }
-    return Utf16(text += "</profile>\r\n");
+    return text += "</profile>\r\n";
+}
+
+std::string XmlText(const Settings& settings)
+{
+    return Utf16(XmlTextUtf8(settings));
 }
 
 std::string IniText(const Settings& settings)

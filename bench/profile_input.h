@@ -43,6 +43,7 @@ const Settings& MadeSettings();
 
 std::string ProfileText(const Settings& settings); // UTF-16 with the mark, as the library saves it
 std::string XmlText(const Settings& settings);     // the same, as the library's XML form has it
+std::string XmlTextUtf8(const Settings& settings); // and in UTF-8
 std::string IniText(const Settings& settings);     // UTF-8, a section for each list
 
 } // namespace bench

@@ -1,7 +1,10 @@
 #include "prof/mask.h"
 
+#include "prof/text_scan.h"
+
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstring>
 
 namespace qx
@@ -28,6 +31,27 @@ constexpr std::array kNamedMasks{
 };
 constexpr std::wstring_view kLineBreakMask = kNamedMasks[0].mask;
 constexpr size_t kNumberMaskLength = 8; // as in &#x0001;
+
+// The length of the mask of each character that may have one; 1 for those that stay.
+constexpr size_t kMaskable = L'>' + 1;
+constexpr auto kMaskLengths = []
+{
+    std::array<uint8_t, kMaskable> lengths{};
+    for (size_t c = 0; c < lengths.size(); ++c)
+        lengths[c] = static_cast<uint8_t>(c < L' ' ? kNumberMaskLength : 1);
+    lengths[L'\r'] = lengths[L'\n'] = static_cast<uint8_t>(kLineBreakMask.size());
+    for (const scNamedMask& named : kNamedMasks)
+    {
+        if (named.character.size() == 1)
+            lengths[named.character[0]] = static_cast<uint8_t>(named.mask.size());
+    }
+    return lengths;
+}();
+
+size_t MaskLength(wchar_t c)
+{
+    return c < kMaskable ? kMaskLengths[c] : 1;
+}
 
 std::wstring_view NamedMaskOf(wchar_t c)
 {
@@ -62,43 +86,60 @@ int DigitValue(wchar_t c, unsigned base)
     return value < static_cast<int>(base) ? value : -1;
 }
 
+// Where the next semicolon is. Sequences that stay as they are may be many, and what ends them far away, so it is
+// sought once for all of them.
+class clsNextSemicolon
+{
+public:
+    explicit clsNextSemicolon(std::wstring_view text) : _text(text) {}
+
+    size_t From(size_t position)
+    {
+        if (_found < position || !_isSought)
+            _found = _text.find(L';', position);
+        _isSought = true;
+        return _found;
+    }
+
+private:
+    std::wstring_view _text;
+    size_t _found = 0;
+    bool _isSought = false;
+};
+
 struct scUnmasked
 {
-    size_t taken = 0; // characters of the sequence; 0: it is none
+    size_t end = 0; // behind the sequence; 0: it is none
     wchar_t character = 0;
 };
 
-// A numbered sequence at the front, which begins "&#". The lowest 16 bits of the number are the character; what stands
-// between the digits and the semicolon is dropped with it. A character of 0 would hide the rest of the text from every
-// caller, so a sequence that stands for it stays as it is, and so does one without a digit.
-scUnmasked ReadNumber(std::wstring_view text)
+// A numbered sequence, which begins "&#" at the position. The lowest 16 bits of the number are the character; what
+// stands between the digits and the semicolon is dropped with it. A character of 0 would hide the rest of the text from
+// every caller, so a sequence that stands for it stays as it is, and so does one without a digit.
+scUnmasked ReadNumber(std::wstring_view text, size_t position, clsNextSemicolon& semicolon)
 {
-    const unsigned base = text.starts_with(L"&#x") ? 16 : 10;
-    size_t next = base == 16 ? 3 : 2;
+    const unsigned base = text.substr(position).starts_with(L"&#x") ? 16 : 10;
+    size_t next = position + (base == 16 ? 3 : 2);
     unsigned number = 0;
     for (int digit = 0; next < text.size() && (digit = DigitValue(text[next], base)) >= 0; ++next)
         number = number * base + static_cast<unsigned>(digit); // what overflows is none of the lowest bits
     const auto character = static_cast<wchar_t>(number);
-    const size_t end = text.find(L';', next);
-    if (character == 0 || end == std::wstring_view::npos)
+    if (character == 0)
         return {};
-    return {end + 1, character};
+    const size_t end = semicolon.From(next);
+    return end == std::wstring_view::npos ? scUnmasked{} : scUnmasked{end + 1, character};
 }
 
 } // namespace
 
 size_t clsProfMask::MaskedLength(std::wstring_view text)
 {
+    if (!HasMaskedCharacter(text))
+        return text.size();
     size_t length = 0;
     while (!text.empty())
     {
-        const wchar_t c = text[0];
-        if (IsLineBreak(c))
-            length += kLineBreakMask.size();
-        else if (const std::wstring_view named = NamedMaskOf(c); !named.empty())
-            length += named.size();
-        else
-            length += c < L' ' ? kNumberMaskLength : 1;
+        length += MaskLength(text[0]);
         text.remove_prefix(StepLength(text));
     }
     return length;
@@ -110,17 +151,17 @@ wchar_t* clsProfMask::Mask(wchar_t* out, std::wstring_view text)
     while (!text.empty())
     {
         const wchar_t c = text[0];
-        if (IsLineBreak(c))
+        if (MaskLength(c) == 1)
+            *out++ = c;
+        else if (IsLineBreak(c))
             out = std::copy(kLineBreakMask.begin(), kLineBreakMask.end(), out);
         else if (const std::wstring_view named = NamedMaskOf(c); !named.empty())
             out = std::copy(named.begin(), named.end(), out);
-        else if (c < L' ')
+        else
         {
             const wchar_t mask[] = {L'&', L'#', L'x', L'0', L'0', kHexDigits[c / 16], kHexDigits[c % 16], L';'};
             out = std::copy(std::begin(mask), std::end(mask), out);
         }
-        else
-            *out++ = c;
         text.remove_prefix(StepLength(text));
     }
     return out;
@@ -140,26 +181,35 @@ String clsProfMask::Mask(const String& text)
 
 size_t clsProfMask::Unmask(wchar_t* text, size_t length)
 {
-    std::wstring_view rest(text, length);
-    wchar_t* out = text;
-    while (!rest.empty())
+    const std::wstring_view view(text, length);
+    clsNextSemicolon semicolon(view);
+    size_t position = view.find(L'&');
+    if (position == std::wstring_view::npos)
+        return length;
+    wchar_t* out = text + position;
+    while (position < length)
     {
-        const auto named = std::find_if(kNamedMasks.begin(), kNamedMasks.end(),
-            [&](const scNamedMask& mask) { return rest[0] == L'&' && rest.starts_with(mask.mask); });
-        if (named != kNamedMasks.end())
+        const std::wstring_view rest = view.substr(position);
+        if (rest[0] == L'&')
         {
-            out = std::copy(named->character.begin(), named->character.end(), out);
-            rest.remove_prefix(named->mask.size());
-            continue;
-        }
-        if (const scUnmasked number = rest.starts_with(L"&#") ? ReadNumber(rest) : scUnmasked{}; number.taken != 0)
-        {
-            *out++ = number.character;
-            rest.remove_prefix(number.taken);
-            continue;
+            const auto named = std::find_if(kNamedMasks.begin(), kNamedMasks.end(),
+                [&](const scNamedMask& mask) { return rest.starts_with(mask.mask); });
+            if (named != kNamedMasks.end())
+            {
+                out = std::copy(named->character.begin(), named->character.end(), out);
+                position += named->mask.size();
+                continue;
+            }
+            const scUnmasked number = rest.starts_with(L"&#") ? ReadNumber(view, position, semicolon) : scUnmasked{};
+            if (number.end != 0)
+            {
+                *out++ = number.character;
+                position = number.end;
+                continue;
+            }
         }
         *out++ = rest[0];
-        rest.remove_prefix(1);
+        ++position;
     }
     return static_cast<size_t>(out - text);
 }

@@ -1,4 +1,4 @@
-// The two scans that loading and saving a text spend their time in.
+// The scans that loading and saving spend their time in.
 #pragma once
 
 #include <algorithm>
@@ -76,6 +76,31 @@ inline bool HasControlCharacter(std::wstring_view text)
     }
 #endif
     return std::any_of(next, end, [](wchar_t c) { return c < L' '; });
+}
+
+// Whether a character is in the text that the XML forms mask: one below the blank or of the markup.
+inline bool HasMaskedCharacter(std::wstring_view text)
+{
+    const wchar_t* next = text.data();
+    const wchar_t* const end = next + text.size();
+#if defined(__SSE2__)
+    const __m128i largestControl = _mm_set1_epi16(0x1F);
+    const __m128i zero = _mm_setzero_si128();
+    // '&' and '\'' are neighbours that differ in the lowest bit, and '<' and '>' differ in the second one.
+    for (; end - next >= 8; next += 8)
+    {
+        const __m128i characters = _mm_loadu_si128(reinterpret_cast<const __m128i*>(next));
+        __m128i found = _mm_cmpeq_epi16(_mm_subs_epu16(characters, largestControl), zero);
+        found =
+            _mm_or_si128(found, _mm_cmpeq_epi16(_mm_or_si128(characters, _mm_set1_epi16(1)), _mm_set1_epi16(L'\'')));
+        found = _mm_or_si128(found, _mm_cmpeq_epi16(_mm_or_si128(characters, _mm_set1_epi16(2)), _mm_set1_epi16(L'>')));
+        found = _mm_or_si128(found, _mm_cmpeq_epi16(characters, _mm_set1_epi16(L'"')));
+        if (_mm_movemask_epi8(found) != 0)
+            return true;
+    }
+#endif
+    return std::any_of(next, end,
+        [](wchar_t c) { return c < L' ' || c == L'<' || c == L'>' || c == L'&' || c == L'\'' || c == L'"'; });
 }
 
 } // namespace qx

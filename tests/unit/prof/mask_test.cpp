@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string_view>
 #include <utility>
+#include <vector>
 
 using namespace qx;
 
@@ -53,4 +55,18 @@ TEST(ProfMask, UnmasksWhatItKnows)
     };
     for (const auto& [masked, plain] : cases)
         EXPECT_STREQ(Unmasked(masked), plain);
+}
+
+// Sequences that nothing ends, or that stay: a search to the end of the text for each would take hours.
+TEST(ProfMask, UnmasksInLinearTime)
+{
+    for (const std::wstring_view sequence : {L"&#1", L"&#0", L"&lt"})
+    {
+        std::vector<wchar_t> text;
+        for (int i = 0; i < 200000; ++i)
+            text.insert(text.end(), sequence.begin(), sequence.end());
+        if (sequence == L"&#0")
+            text.push_back(L';');
+        EXPECT_EQ(clsProfMask::Unmask(text.data(), text.size()), text.size());
+    }
 }
