@@ -6,7 +6,6 @@
 #include "files/name_check.h"
 #include "files/packed_text.h"
 #include "files/path_separator.h"
-#include "files/paths.h"
 #include "prof/path.h"
 
 #include <windows.h>
@@ -145,7 +144,9 @@ ProfError UnpackLeafByPath(clsItemList& start, const wchar_t* path, const String
 int32_t AppendFiles(clsItemList& list, const String& pattern, const String& key)
 {
     int32_t count = 0;
-    const String folder = GetPathDirectory(pattern);
+    // However long it is.
+    const std::wstring_view directory = pattern.View().substr(0, pattern.View().find_last_of(L"/\\:") + 1);
+    const String folder(directory);
     for (FileFinder finder(pattern, false); finder.Next();)
     {
         ++count;
