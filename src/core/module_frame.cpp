@@ -25,6 +25,7 @@ namespace
 constexpr WORD manifestResource = 2;
 
 std::atomic<HANDLE> activationContext{INVALID_HANDLE_VALUE};
+std::atomic<_invalid_parameter_handler> formerHandler{nullptr};
 
 // No step may keep the process from loading the library.
 template <class Work>
@@ -52,6 +53,16 @@ void LogInvalidParameter(
             else
                 DebugLine(L"%ws (line %d): %ws: INVALID PARAMETER in '%ws'", file, line, expression, function);
         });
+}
+
+// The runtime library may be one that the process has for all: it must not call into this one once that is unloaded. A
+// handler that somebody set meanwhile stays.
+void GiveHandlerBack()
+{
+    const _invalid_parameter_handler former = formerHandler.exchange(nullptr);
+    const _invalid_parameter_handler present = _set_invalid_parameter_handler(former);
+    if (present != LogInvalidParameter)
+        _set_invalid_parameter_handler(present);
 }
 
 // Asked for while no other thread is here yet, so that nobody who reads them later has to wait.
@@ -125,7 +136,7 @@ void Run(void (*step)())
 
 void AttachModule(HMODULE library, const ModuleSteps& steps) noexcept
 {
-    _set_invalid_parameter_handler(LogInvalidParameter);
+    formerHandler = _set_invalid_parameter_handler(LogInvalidParameter);
     SetLibraryHandle(library);
     ForgetDebuggerTest();
     Step(AskModuleValues);
@@ -144,6 +155,7 @@ void DetachModule(const ModuleSteps& steps) noexcept
     Run(steps.reportHandles);
     Run(steps.closeChannels);
     ReleaseActivationContext();
+    GiveHandlerBack();
     SetLibraryHandle(nullptr);
 }
 

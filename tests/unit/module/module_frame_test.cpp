@@ -102,6 +102,24 @@ TEST_F(ModuleFrame, InvalidParametersAreToldWithTheirTexts)
     EXPECT_STREQ(lines.Only(), L"copy.c (line 17): size > 0: INVALID PARAMETER in 'wcscpy_s'");
 }
 
+TEST_F(ModuleFrame, TheFormerHandlerComesBack)
+{
+    const _invalid_parameter_handler others[] = {
+        [](const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t) {},
+        [](const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t)
+        {
+            done += "called";
+        }};
+    _set_invalid_parameter_handler(others[0]);
+    AttachModule(GetModuleHandleW(nullptr), {});
+    DetachModule({});
+    EXPECT_EQ(_set_invalid_parameter_handler(others[0]), others[0]);
+    AttachModule(GetModuleHandleW(nullptr), {});
+    _set_invalid_parameter_handler(others[1]);
+    DetachModule({});
+    EXPECT_EQ(_set_invalid_parameter_handler(nullptr), others[1]);
+}
+
 TEST_F(ModuleFrame, ValuesOfTheModule)
 {
     AttachModule(GetModuleHandleW(nullptr), {});
