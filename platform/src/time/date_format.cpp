@@ -1,4 +1,4 @@
-// GetDateFormatW and GetTimeFormatW.
+#include "time/date_format.h"
 
 #include <datetimeapi.h>
 #include <sysinfoapi.h>
@@ -12,7 +12,6 @@
 #include "base/text.h"
 #include "text/locale_data.h"
 #include "time/picture.h"
-#include "time/pictures.h"
 
 using namespace qxplatform;
 
@@ -70,17 +69,6 @@ std::u16string DateToken(const PicturePiece& token, const SYSTEMTIME& date, cons
     }
 }
 
-std::u16string FormatDate(const std::u16string& picture, const SYSTEMTIME& date, const Locale& locale)
-{
-    const std::vector<PicturePiece> pieces = SplitPicture(picture, u"dMyg");
-    const bool hasDay = std::any_of(pieces.begin(), pieces.end(),
-        [](const PicturePiece& piece) { return piece.letter == u'd' && piece.count < 3; });
-    std::u16string text;
-    for (const PicturePiece& piece : pieces)
-        text += piece.letter == 0 ? piece.text : DateToken(piece, date, locale, hasDay);
-    return text;
-}
-
 bool IsLeftOut(char16_t letter, DWORD flags)
 {
     switch (letter)
@@ -115,6 +103,48 @@ std::u16string TimeToken(const PicturePiece& token, const SYSTEMTIME& time, cons
     }
 }
 
+// What both functions ask of their arguments; null if it isn't so. `own` are the flags of the one function.
+const Locale* CheckedLocale(
+    LCID lcid, DWORD flags, DWORD own, DWORD withoutPicture, LPCWSTR picture, LPWSTR buffer, int size)
+{
+    const Locale* const locale = FindLocale(lcid);
+    if (locale == nullptr || size < 0 || (size > 0 && buffer == nullptr))
+    {
+        Fail(ERROR_INVALID_PARAMETER);
+        return nullptr;
+    }
+    if ((flags & ~(own | LOCALE_OPTIONS)) != 0 ||
+        (picture != nullptr && (flags & (withoutPicture | LOCALE_NOUSEROVERRIDE)) != 0))
+    {
+        Fail(ERROR_INVALID_FLAGS);
+        return nullptr;
+    }
+    return locale;
+}
+
+SYSTEMTIME Now()
+{
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    return now;
+}
+
+} // namespace
+
+namespace qxplatform
+{
+
+std::u16string FormatDate(const std::u16string& picture, const SYSTEMTIME& date, const Locale& locale)
+{
+    const std::vector<PicturePiece> pieces = SplitPicture(picture, u"dMyg");
+    const bool hasDay = std::any_of(pieces.begin(), pieces.end(),
+        [](const PicturePiece& piece) { return piece.letter == u'd' && piece.count < 3; });
+    std::u16string text;
+    for (const PicturePiece& piece : pieces)
+        text += piece.letter == 0 ? piece.text : DateToken(piece, date, locale, hasDay);
+    return text;
+}
+
 // A part that is left out takes along the text between it and the part before, and of the text behind it all but the
 // blanks.
 std::u16string FormatTime(const std::u16string& picture, const SYSTEMTIME& time, const Pictures& pictures, DWORD flags)
@@ -144,33 +174,7 @@ std::u16string FormatTime(const std::u16string& picture, const SYSTEMTIME& time,
     return text;
 }
 
-// What both functions ask of their arguments; null if it isn't so. `own` are the flags of the one function.
-const Locale* CheckedLocale(
-    LCID lcid, DWORD flags, DWORD own, DWORD withoutPicture, LPCWSTR picture, LPWSTR buffer, int size)
-{
-    const Locale* const locale = FindLocale(lcid);
-    if (locale == nullptr || size < 0 || (size > 0 && buffer == nullptr))
-    {
-        Fail(ERROR_INVALID_PARAMETER);
-        return nullptr;
-    }
-    if ((flags & ~(own | LOCALE_OPTIONS)) != 0 ||
-        (picture != nullptr && (flags & (withoutPicture | LOCALE_NOUSEROVERRIDE)) != 0))
-    {
-        Fail(ERROR_INVALID_FLAGS);
-        return nullptr;
-    }
-    return locale;
-}
-
-SYSTEMTIME Now()
-{
-    SYSTEMTIME now;
-    GetLocalTime(&now);
-    return now;
-}
-
-} // namespace
+} // namespace qxplatform
 
 int WINAPI GetDateFormatW(
     LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpDate, LPCWSTR lpFormat, LPWSTR lpDateStr, int cchDate)

@@ -11,6 +11,7 @@ namespace qxplatform
 
 struct Pictures
 {
+    std::u16string dateOfNumbers;
     std::u16string shortDate;
     std::u16string longDate;
     std::u16string time;

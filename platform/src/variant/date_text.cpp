@@ -1,15 +1,56 @@
 // Dates as text.
-//
-// PENDING: the locale's forms of dates and times belong to text/. Until they are there, neither direction has a
-// conversion, and both give the error of a text that is no date.
 #include <oleauto.h>
 
-HRESULT WINAPI VarDateFromStr(const OLECHAR* /*strIn*/, LCID /*lcid*/, ULONG /*dwFlags*/, DATE* /*pdateOut*/)
+#include <cmath>
+
+#include "base/text.h"
+#include "time/date_format.h"
+#include "time/date_reader.h"
+
+using namespace qxplatform;
+
+namespace
 {
-    return DISP_E_TYPEMISMATCH;
+
+// Where no date is wanted, or none was given, the day is that of the number 0.
+constexpr SYSTEMTIME kDayZero{1899, 12, 6, 30, 0, 0, 0, 0};
+
+SYSTEMTIME WithDateOf(const SYSTEMTIME& date, const SYSTEMTIME& time)
+{
+    return {date.wYear, date.wMonth, date.wDayOfWeek, date.wDay, time.wHour, time.wMinute, time.wSecond, 0};
 }
 
-HRESULT WINAPI VarBstrFromDate(DATE /*dateIn*/, LCID /*lcid*/, ULONG /*dwFlags*/, BSTR* /*pbstrOut*/)
+} // namespace
+
+HRESULT WINAPI VarDateFromStr(const OLECHAR* strIn, LCID lcid, ULONG dwFlags, DATE* pdateOut)
 {
-    return DISP_E_TYPEMISMATCH;
+    const Locale* const locale = FindLocale(lcid);
+    if (strIn == nullptr || pdateOut == nullptr || locale == nullptr)
+        return E_INVALIDARG;
+    ReadDate read;
+    if (!ReadDateText(View(strIn), *locale, read))
+        return DISP_E_TYPEMISMATCH;
+    const bool wantsDate = read.hasDate && (dwFlags & VAR_TIMEVALUEONLY) == 0;
+    SYSTEMTIME time = WithDateOf(wantsDate ? read.time : kDayZero, read.time);
+    if ((dwFlags & VAR_DATEVALUEONLY) != 0)
+        time = WithDateOf(time, {});
+    return SystemTimeToVariantTime(&time, pdateOut) ? S_OK : DISP_E_OVERFLOW;
+}
+
+HRESULT WINAPI VarBstrFromDate(DATE dateIn, LCID lcid, ULONG dwFlags, BSTR* pbstrOut)
+{
+    const Locale* const locale = FindLocale(lcid);
+    SYSTEMTIME time;
+    if (pbstrOut == nullptr || locale == nullptr || !VariantTimeToSystemTime(dateIn, &time))
+        return E_INVALIDARG;
+    const bool isDayZero = std::trunc(dateIn) == 0;
+    const bool isMidnight = std::trunc(dateIn) == dateIn;
+    const bool showsDate = (dwFlags & VAR_TIMEVALUEONLY) == 0 && (!isDayZero || (dwFlags & VAR_DATEVALUEONLY) != 0);
+    const bool showsTime = (dwFlags & VAR_DATEVALUEONLY) == 0 && (!isMidnight || !showsDate);
+    const Pictures& pictures = PicturesOf(*locale);
+    std::u16string text = showsDate ? FormatDate(pictures.shortDate, time, *locale) : std::u16string();
+    if (showsTime)
+        text += (showsDate ? u" " : u"") + FormatTime(pictures.time, time, pictures, 0);
+    *pbstrOut = SysAllocStringLen(Wide(text), static_cast<UINT>(text.size()));
+    return *pbstrOut != nullptr ? S_OK : E_OUTOFMEMORY;
 }

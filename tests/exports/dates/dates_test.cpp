@@ -186,6 +186,9 @@ TEST(Dates, OfMachines)
     EXPECT_EQ(Show(time), "2018-4-3 8:0:0");
     EXPECT_EQ(UtilLocDateTimeToSYSTEMTIME(nullptr, &time), 0);
     ExpectNow(time);
+    // What only the system reads, in a form that many locales share.
+    EXPECT_EQ(UtilLocDateTimeToSYSTEMTIME(L"2018/4/3 16:05:06", &time), 0);
+    EXPECT_EQ(Show(time), "2018-4-3 16:5:6");
     EXPECT_EQ(UtilLocDateTimeToSYSTEMTIME(L"nonsense", &time), 0);
     EXPECT_EQ(Show(time), "0-0-0 0:0:0");
     EXPECT_EQ(time.wDayOfWeek, 0xFFFF);
