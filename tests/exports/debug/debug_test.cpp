@@ -187,3 +187,12 @@ TEST_F(DebugExports, LoadsInPoorSurroundings)
     }
     EXPECT_EQ(BytesOf(folder.Path(L"file")), "");
 }
+
+TEST_F(DebugExports, LoadsWithoutPermission)
+{
+    const int code = Run(L"nobody");
+    if (code == 77)
+        GTEST_SKIP() << "there is no other user here";
+    EXPECT_EQ(code, 0);
+    EXPECT_FALSE(Exists(log)); // it may read the settings, and not write to the folder
+}

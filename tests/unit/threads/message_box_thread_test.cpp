@@ -95,6 +95,26 @@ TEST(MessageBoxThread, NobodyWaitsForTheBoxButTheDestructor)
     destroyer.join();
 }
 
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // memory can be bounded
+TEST(MessageBoxThread, WithoutAThreadTheConstructorShowsTheBox)
+{
+    testing::internal::CaptureStderr();
+    int answer = 99;
+    auto state = clsThreadBase::State::None;
+    {
+        const MemoryBound bound(512 << 10);
+        clsMessageBoxThread box(L"Caption", L"Text", MB_YESNOCANCEL | MB_DEFBUTTON3, 99);
+        answer = box.Result();
+        state = box.GetThreadState();
+    }
+    const std::string shown = testing::internal::GetCapturedStderr();
+    if (state != clsThreadBase::State::None)
+        GTEST_SKIP() << "a thread before this one left its stack behind";
+    EXPECT_EQ(answer, IDCANCEL);
+    EXPECT_EQ(shown, "Caption: Text [cancel]\n");
+}
+#endif
+
 TEST(MessageBoxThread, BoxesOfManyThreads)
 {
     testing::internal::CaptureStderr();

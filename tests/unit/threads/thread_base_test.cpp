@@ -196,4 +196,35 @@ TEST(ThreadBase, KindsOfWaits)
         }
 }
 
+#if !defined(_WIN32) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // memory can be bounded
+TEST(ThreadBase, AStartThatFails)
+{
+    class Huge : public clsThreadBase
+    {
+    public:
+        Huge() : clsThreadBase(L"Huge") {}
+        ~Huge() override { ThreadEnd(false, INFINITE, true); }
+        unsigned GetStackSize() const override { return stackSize; }
+        unsigned stackSize = 0xFFFFF000;
+    };
+    Huge thread;
+    const DebugLines lines;
+    {
+        const MemoryBound bound(1 << 30);
+        EXPECT_FALSE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+    }
+    const String start(String::formatted,
+        L"clsThreadBase(%hs)::ThreadStart: Cannot create thread (stack size 4194300 KiB): errno=%d, GetLastError()=",
+        thread.Name(), EAGAIN);
+    EXPECT_EQ(thread.GetLastErrorString().View().substr(0, start.Length()), start.View());
+    EXPECT_GT(thread.GetLastErrorString().Length(), start.Length());
+    EXPECT_STREQ(lines.Only(), L"ERR: " + thread.GetLastErrorString());
+    EXPECT_EQ(thread.GetThreadState(), State::None);
+    EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
+
+    thread.stackSize = 0x4000;
+    EXPECT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+}
+#endif
+
 } // namespace

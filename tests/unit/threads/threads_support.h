@@ -12,6 +12,13 @@
 #include <functional>
 #include <utility>
 
+#if !defined(_WIN32) // for a bound of memory
+#include <fstream>
+
+#include <sys/resource.h>
+#include <unistd.h>
+#endif
+
 namespace qxtest
 {
 
@@ -98,5 +105,28 @@ private:
         qx::ForgetDeveloperRun();
     }
 };
+
+#if !defined(_WIN32) // a limit that the system has no counterpart of
+// The process gets no more than so many bytes beside what it has, for as long as this lives.
+class MemoryBound
+{
+public:
+    explicit MemoryBound(rlim_t bytes)
+    {
+        getrlimit(RLIMIT_AS, &_before);
+        std::ifstream status("/proc/self/statm");
+        rlim_t pages = 0;
+        status >> pages;
+        const rlimit bound = {pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + bytes, _before.rlim_max};
+        setrlimit(RLIMIT_AS, &bound);
+    }
+    MemoryBound(const MemoryBound&) = delete;
+    MemoryBound& operator=(const MemoryBound&) = delete;
+    ~MemoryBound() { setrlimit(RLIMIT_AS, &_before); }
+
+private:
+    rlimit _before = {};
+};
+#endif
 
 } // namespace qxtest
