@@ -67,10 +67,12 @@ TEST(ThreadEnd, ASuspendedThread)
 // Another caller, or one from within a message that the wait dispatches, doesn't wait a second time.
 TEST(ThreadEnd, WhileAnotherEndWaits)
 {
-    clsEvent go;
+    clsEvent isStopping, go;
     TestThread thread(
-        [&go](TestThread&)
+        [&](TestThread& self)
         {
+            UntilStopped(self);
+            isStopping.Set();
             WaitForSingleObject(go.Get(), INFINITE);
             return 3u;
         });
@@ -78,15 +80,13 @@ TEST(ThreadEnd, WhileAnotherEndWaits)
     std::atomic<int> outer = -1;
     TestThread ender([&](TestThread&) { return outer = thread.ThreadEnd(false, INFINITE, true), 0u; });
     ASSERT_TRUE(ender.ThreadStart(THREAD_PRIORITY_NORMAL));
-
-    const DeveloperRun developer;
-    ASSERT_TRUE(WaitUntil(
-        [&]
-        {
-            const DebugLines lines;
-            return thread.ThreadEnd(false, 0, false) == 1 && lines.Count() == 1 &&
-                   lines.Last() == L"ups ;) some recursion in ThreadEnd()? Might be OK though ;)";
-        }));
+    ASSERT_EQ(WaitForSingleObject(isStopping.Get(), patience), WAIT_OBJECT_0);
+    {
+        const DeveloperRun developer;
+        const DebugLines lines;
+        EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
+        EXPECT_STREQ(lines.Only(), L"ups ;) some recursion in ThreadEnd()? Might be OK though ;)");
+    }
     EXPECT_EQ(outer, -1);
     go.Set();
     EXPECT_EQ(ender.ThreadEnd(false, INFINITE, true), 1);
