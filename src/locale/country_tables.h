@@ -5,11 +5,8 @@
 #include "core/critical_section.h"
 #include "core/string.h"
 #include "locale/country_source.h"
-#include "locale/host_kind.h"
 
 #include <windows.h>
-
-#include <utility>
 
 namespace qx
 {
@@ -41,12 +38,6 @@ public:
         if (found)
             value = *found;
         return found != nullptr;
-    }
-
-    bool Contains(const String& key) const
-    {
-        Value ignored{};
-        return Find(key, ignored);
     }
 
     template <class Visitor>

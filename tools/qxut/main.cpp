@@ -1,4 +1,5 @@
 // qxut: the services of the library on the command line.
+#include "country_commands.h"
 #include "failure.h"
 #include "filter_commands.h"
 #include "log_commands.h"
@@ -47,6 +48,7 @@ int main(int argc, char** argv)
     AddProfileCommands(program);
     AddFilterCommands(program);
     AddLogCommands(program);
+    AddCountryCommands(program);
 
     std::vector<std::string> arguments = StartTerminal(argc, argv);
     std::reverse(arguments.begin(), arguments.end()); // the parser takes them from the end

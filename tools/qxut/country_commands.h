@@ -1,0 +1,14 @@
+// qxut country, qxut language: countries and languages by any of their names.
+#pragma once
+
+namespace CLI
+{
+class App;
+}
+
+namespace qxut
+{
+
+void AddCountryCommands(CLI::App& program);
+
+} // namespace qxut

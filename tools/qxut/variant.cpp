@@ -1,0 +1,34 @@
+#include "variant.h"
+
+#include "text.h"
+
+#include <qxut23/bstr.h>
+
+namespace qxut
+{
+
+namespace
+{
+
+constexpr uint16_t kNumber = 3; // VT_I4
+constexpr uint16_t kText = 8;   // VT_BSTR
+
+} // namespace
+
+Variant::~Variant()
+{
+    if (_layout.type == kText)
+        SysFreeString(_layout.text);
+}
+
+int32_t Variant::Number() const
+{
+    return _layout.type == kNumber ? _layout.number : 0;
+}
+
+std::string Variant::Text() const
+{
+    return _layout.type == kText && _layout.text != nullptr ? Utf8(_layout.text) : std::string();
+}
+
+} // namespace qxut
