@@ -16,12 +16,13 @@ foreach(library gtest gtest_main gmock gmock_main)
     endif()
 endforeach()
 
-# qx_add_test(NAME program [USES_DATA] SOURCES ... [LINKS ...] [DEPENDS ...]): a GoogleTest program whose cases are ctest's tests.
+# qx_add_test(NAME program [USES_DATA] [LOCK name] SOURCES ... [LINKS ...] [DEPENDS ...]): a GoogleTest program whose cases are ctest's tests.
+# Programs with the same LOCK don't run at the same time: they share what the system has but one of.
 # With USES_DATA the sources know tests/data as
 # QXUT_TEST_DATA; the others stay free of paths, so that a compiler cache serves several trees. The label of each test is
 # its program.
 function(qx_add_test)
-    cmake_parse_arguments(ARG "USES_DATA" "NAME" "SOURCES;LINKS;DEPENDS" ${ARGN})
+    cmake_parse_arguments(ARG "USES_DATA" "NAME;LOCK" "SOURCES;LINKS;DEPENDS" ${ARGN})
     add_executable(${ARG_NAME} ${ARG_SOURCES})
     target_include_directories(${ARG_NAME} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
     # A test runs once: the compiler's time is what it costs.
@@ -36,6 +37,7 @@ function(qx_add_test)
     gtest_discover_tests(${ARG_NAME} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120 PROPERTIES
         TIMEOUT 240
         LABELS ${ARG_NAME}
+        RESOURCE_LOCK "${ARG_LOCK}"
         # No test touches the settings of the one who runs it; those that change settings choose a folder of their own.
         ENVIRONMENT "QXPLATFORM_HOME=${CMAKE_BINARY_DIR}/test-home")
 endfunction()

@@ -52,10 +52,10 @@ inline bool Load(qx::clsProfJob& job, const Bytes& bytes)
     return job.Load(file);
 }
 
-inline Bytes Saved(qx::clsProfJob& job, qx::ProfForm form)
+inline Bytes Saved(qx::clsProfJob& job, qx::ProfForm form, unsigned packing = 0)
 {
     const qx::clsAutoRelease<IStream*> stream = NewStream(nullptr, 0);
-    if (job.Serialise(stream.Get(), static_cast<unsigned>(form)) != qx::kProfOk)
+    if (job.Serialise(stream.Get(), static_cast<unsigned>(form) | packing) != qx::kProfOk)
         std::abort();
     qx::clsFileRO file(stream.Get());
     Bytes bytes(static_cast<size_t>(file.GetSize()));

@@ -1,4 +1,5 @@
-/* The profile store: a tree of named text values in memory, loaded from a file and saved to one.
+/* The profile store: a tree of named text values in memory, loaded from a file, a stream or the clipboard, and saved to
+   one.
 
    Terms
      A job is one open profile. A list holds, in the order of their making, leaves (a name and a text value) and further
@@ -34,6 +35,8 @@ QXUT_EXTERN_C_BEGIN
 
 typedef struct ProfJobObject* HPROFJOB;
 typedef struct ProfListObject* HPROFLIST;
+
+struct IStream;
 
 /* Result codes. Each function names those that it gives. */
 enum
@@ -72,6 +75,10 @@ enum
    is read in that form (see below). UTF-16 with a mark, UTF-8 with or without (files of less than 201 bytes only with),
    and 8-bit text in the default code page are told apart by the content.
 
+   A packed file begins with "ZxvQ", behind which one of the other forms follows as raw deflate data (RFC 1951). It is
+   unpacked to a temporary file. Damaged data give what comes out of them before the damage; what unpacks to more than
+   2 GB is PROF_ERR_LOCKED, as a file of that size is.
+
    The result is a job in any case but that of no memory (null), with one reference; ask ProfGetError how it went. What
    was read before a failure is in it. */
 QXUT_API HPROFJOB ProfJobOpenA(const char* name);
@@ -81,6 +88,26 @@ QXUT_API HPROFJOB ProfJobOpenW(const QXWCHAR* name);
    meanwhile, not write it or open it exclusively. ProfSave with a null name writes to it in place. */
 QXUT_API HPROFJOB ProfJobOpenExclusiveA(const char* name);
 QXUT_API HPROFJOB ProfJobOpenExclusiveW(const QXWCHAR* name);
+
+/* A job on a stream, from its beginning. The stream is held until the job is closed, also when loading failed, and
+   ProfSaveToStream with a null stream writes to it. With null it is an empty job without a stream. A stream of fewer
+   than 4 bytes is an empty profile. ProfGetError as for a file; PROF_ERR_LOCKED if the stream stays locked. */
+QXUT_API HPROFJOB ProfJobOpenStream(struct IStream* stream);
+
+/* The same for an object that lies inside a larger stream, in the text form without a mark and without a head: the root
+   has the given name instead of "/", and its lines are indented as from `level` on, which isn't 0. What
+   ProfSaveToStream writes of such a job is one block of that name, so it comes back as a list of that name below the
+   root. */
+QXUT_API HPROFJOB ProfJobOpenStreamObjectA(struct IStream* stream, const char* name, uint32_t level);
+QXUT_API HPROFJOB ProfJobOpenStreamObjectW(struct IStream* stream, const QXWCHAR* name, uint32_t level);
+
+/* A job with what the clipboard holds. `window` is a window of the caller's (a HWND), or null, that opens the
+   clipboard. PROF_ERR_CANNOT_READ if no temporary file can be made, the clipboard can't be opened or holds no profile.
+ */
+QXUT_API HPROFJOB ProfJobOpenClipboard(void* window);
+
+/* Whether the clipboard holds a profile: 1 or 0. */
+QXUT_API int32_t ProfIsClipboardDataAvailable(void);
 
 /* One more reference, and one less; the last one frees the job with all its lists, and closes its file. */
 QXUT_API void ProfJobAddRef(HPROFJOB job);
@@ -93,9 +120,8 @@ QXUT_API int32_t ProfGetError(HPROFJOB job);
 /* Writes the job to the file `name`, replacing what it holds; null means the file that the job was opened with. Whoever
    has the file open is waited for up to 10 seconds, and so is any other cause that keeps it from being opened. The job
    isn't changed. A profile without entries makes a file of 0 bytes. `flags` are the PROF_FORM_ and PROF_SAVE_ values
-   above; packed files aren't written yet.
-   PROF_OK (also for the invalid job), PROF_ERR_CANNOT_WRITE (there is no target, or the form isn't one that is written;
-   nothing is touched then), PROF_ERR_WRITE_FAILED (the disk is full; the file still holds what it held),
+   above.
+   PROF_OK (also for the invalid job), PROF_ERR_CANNOT_WRITE (there is no target), PROF_ERR_WRITE_FAILED (the disk is full; the file still holds what it held),
    PROF_ERR_STOPPED.
 
    PROF_FORM_TEXT and PROF_FORM_XML, both UTF-16, keep the whole tree. Control characters in a text profile, in values,
@@ -112,6 +138,18 @@ QXUT_API int32_t ProfGetError(HPROFJOB job);
    blanks and without empty lines. Lines that are no UTF-8 are read in the default code page. */
 QXUT_API int32_t ProfSaveA(HPROFJOB job, const char* name, int32_t flags);
 QXUT_API int32_t ProfSaveW(HPROFJOB job, const QXWCHAR* name, int32_t flags);
+
+/* Writes the job to a stream, from its beginning to its end, or with null to the stream or file that the job holds. A
+   stream without room for it keeps what it holds.
+   PROF_OK (also for the invalid job), PROF_ERR_WRITE_FAILED (also where there's nothing to write to),
+   PROF_ERR_STOPPED. */
+QXUT_API int32_t ProfSaveToStream(HPROFJOB job, struct IStream* stream, int32_t flags);
+
+/* Adds the job to what the clipboard holds, in the form that `flags` select and never packed, and beside it a line of
+   text for programs that show text. `window` as above.
+   PROF_OK (also for the invalid job), PROF_ERR_CANNOT_WRITE (no temporary file, or the clipboard can't be opened),
+   PROF_ERR_WRITE_FAILED, PROF_ERR_STOPPED (out of global memory). */
+QXUT_API int32_t ProfSaveToClipboard(HPROFJOB job, void* window, int32_t flags);
 
 /* `which` 0: the version as one number, 5890 (0x1702); 1: the major one, 23; 2: the minor one, 2; otherwise -1. */
 QXUT_API int32_t ProfGetVersion(int32_t which);

@@ -127,6 +127,18 @@ QXPLATFORM_API HWINSTA WINAPI GetProcessWindowStation(void);
 QXPLATFORM_API BOOL WINAPI GetUserObjectInformationW(
     HANDLE hObj, int nIndex, PVOID pvInfo, DWORD nLength, LPDWORD lpnLengthNeeded);
 
+// The session's clipboard, which is kept on disk. Data are blocks of global memory, there when they are set; none is
+// made of another format's.
+#define CF_TEXT 1
+#define CF_UNICODETEXT 13
+QXPLATFORM_API BOOL WINAPI OpenClipboard(HWND hWndNewOwner);
+QXPLATFORM_API BOOL WINAPI CloseClipboard(void);
+QXPLATFORM_API BOOL WINAPI EmptyClipboard(void);
+QXPLATFORM_API HANDLE WINAPI SetClipboardData(UINT uFormat, HANDLE hMem);
+QXPLATFORM_API HANDLE WINAPI GetClipboardData(UINT uFormat);
+QXPLATFORM_API BOOL WINAPI IsClipboardFormatAvailable(UINT format);
+QXPLATFORM_API UINT WINAPI RegisterClipboardFormatW(LPCWSTR lpszFormat);
+
 // A pointer whose high part is 0 is a single character, and so is the result.
 QXPLATFORM_API LPWSTR WINAPI CharUpperW(LPWSTR lpsz);
 QXPLATFORM_API LPWSTR WINAPI CharLowerW(LPWSTR lpsz);

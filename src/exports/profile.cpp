@@ -3,6 +3,7 @@
 #include "core/debug_line.h"
 #include "exports/guard.h"
 #include "exports/profile_handle.h"
+#include "prof/clipboard.h"
 #include "prof/debug_list.h"
 #include "prof/job.h"
 #include "prof/path.h"
@@ -10,6 +11,7 @@
 
 #include <cwchar>
 #include <memory>
+#include <string_view>
 
 using namespace qx;
 
@@ -27,13 +29,15 @@ struct ReleaseJob
     void operator()(clsProfJob* job) const { job->Release(); }
 };
 
-HPROFJOB OpenJob(ProfMode mode, const wchar_t* name)
+// A new job, on which `open` is called; the arguments are those of its constructor.
+template <class Open, class... Arguments>
+HPROFJOB OpenJob(Open open, Arguments... arguments)
 {
     return Guarded(HPROFJOB{},
         [&]
         {
-            std::unique_ptr<clsProfJob, ReleaseJob> job(new clsProfJob(mode));
-            job->Open(name);
+            std::unique_ptr<clsProfJob, ReleaseJob> job(new clsProfJob(arguments...));
+            open(*job);
             return HandleOf(job.release());
         });
 }
@@ -44,12 +48,28 @@ HPROFJOB OpenJob(ProfMode mode, const wchar_t* name)
 
 HPROFJOB ProfJobOpenW(const wchar_t* name)
 {
-    return OpenJob(ProfMode::Read, name);
+    return OpenJob([name](clsProfJob& job) { job.Open(name); }, ProfMode::Read);
 }
 
 HPROFJOB ProfJobOpenExclusiveW(const wchar_t* name)
 {
-    return OpenJob(ProfMode::Hold, name);
+    return OpenJob([name](clsProfJob& job) { job.Open(name); }, ProfMode::Hold);
+}
+
+HPROFJOB ProfJobOpenStream(IStream* stream)
+{
+    return OpenJob([stream](clsProfJob& job) { job.OpenStream(stream); }, ProfMode::Hold);
+}
+
+HPROFJOB ProfJobOpenStreamObjectW(IStream* stream, const wchar_t* name, uint32_t level)
+{
+    return OpenJob([stream](clsProfJob& job) { job.OpenStream(stream); }, ProfMode::Hold,
+        std::wstring_view(name != nullptr ? name : L""), level);
+}
+
+HPROFJOB ProfJobOpenClipboard(void* window)
+{
+    return OpenJob([window](clsProfJob& job) { job.OpenFromClipboard(static_cast<HWND>(window)); }, ProfMode::Read);
 }
 
 void ProfJobAddRef(HPROFJOB job)
@@ -75,6 +95,27 @@ int32_t ProfSaveW(HPROFJOB job, const wchar_t* name, int32_t flags)
         return kProfOk;
     return Guarded(
         int32_t{kProfStopped}, [&] { return int32_t{JobOf(job)->Save(name, static_cast<unsigned>(flags))}; });
+}
+
+int32_t ProfSaveToStream(HPROFJOB job, IStream* stream, int32_t flags)
+{
+    if (job == kInvalidJob)
+        return kProfOk;
+    return Guarded(
+        int32_t{kProfStopped}, [&] { return int32_t{JobOf(job)->Serialise(stream, static_cast<unsigned>(flags))}; });
+}
+
+int32_t ProfSaveToClipboard(HPROFJOB job, void* window, int32_t flags)
+{
+    if (job == kInvalidJob)
+        return kProfOk;
+    return Guarded(int32_t{kProfStopped},
+        [&] { return int32_t{JobOf(job)->SaveToClipboard(static_cast<HWND>(window), static_cast<unsigned>(flags))}; });
+}
+
+int32_t ProfIsClipboardDataAvailable()
+{
+    return Guarded(int32_t{0}, [] { return int32_t{IsProfileOnClipboard()}; });
 }
 
 int32_t ProfGetVersion(int32_t which)

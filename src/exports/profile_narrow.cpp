@@ -15,6 +15,11 @@ HPROFJOB ProfJobOpenExclusiveA(const char* name)
     return NarrowForm<ProfJobOpenExclusiveW>::Call(name);
 }
 
+HPROFJOB ProfJobOpenStreamObjectA(IStream* stream, const char* name, uint32_t level)
+{
+    return NarrowForm<ProfJobOpenStreamObjectW>::Call(stream, name, level);
+}
+
 int32_t ProfSaveA(HPROFJOB job, const char* name, int32_t flags)
 {
     return NarrowForm<ProfSaveW, PROF_ERR_STOPPED>::Call(job, name, flags);

@@ -3,6 +3,8 @@
 #include "core/debug_line.h"
 #include "core/string.h"
 
+#include <utility>
+
 namespace qx
 {
 
@@ -36,6 +38,16 @@ clsGlobalLock::~clsGlobalLock()
     {
         Free();
     }
+}
+
+HGLOBAL clsGlobalLock::Release()
+{
+    if (_locked != nullptr)
+    {
+        Unlock();
+    }
+    _locked = nullptr;
+    return std::exchange(_memory, nullptr);
 }
 
 void clsGlobalLock::Lock()

@@ -24,6 +24,8 @@ public:
     bool IsLocked() const { return _locked != nullptr; }
     void* Get() const { return _locked; }
     HGLOBAL Memory() const { return _memory; }
+    // Unlocks the block now and leaves it to the caller.
+    HGLOBAL Release();
     void SetFree(bool freeIt) { _freeIt = freeIt; }
     void SetReport(bool report) { _report = report; }
 

@@ -7,6 +7,8 @@
 #include "prof/item.h"
 #include "prof/object_cache.h"
 
+#include <windows.h>
+
 #include <atomic>
 #include <cstdint>
 #include <string_view>
@@ -38,9 +40,22 @@ enum class ProfForm : unsigned
     Xml = 1,
     Xfdf = 2
 };
-constexpr unsigned kProfFormMask = 0x0F;
+constexpr unsigned kProfFormMask = 0x0F; // any other value in it is that of XML
 constexpr unsigned kProfSavePacked = 0x40;
 constexpr unsigned kProfSavePackedAsLoaded = 0x80;
+
+constexpr ProfForm FormOf(unsigned flags)
+{
+    switch (flags & kProfFormMask)
+    {
+    case static_cast<unsigned>(ProfForm::Text):
+        return ProfForm::Text;
+    case static_cast<unsigned>(ProfForm::Xfdf):
+        return ProfForm::Xfdf;
+    default:
+        return ProfForm::Xml;
+    }
+}
 
 enum class ProfMode
 {
@@ -67,12 +82,18 @@ public:
 
     // Opens and loads the named file. Whatever fails is left as the job's error.
     void Open(const wchar_t* name);
+    // Attaches and loads a stream, which the job holds from then on, also when loading fails.
+    void OpenStream(IStream* stream);
+    // Loads what the clipboard holds. `window` opens it.
+    void OpenFromClipboard(HWND window);
     // Reads an open file or stream into the tree; true when parsing ran to its end.
-    bool Load(clsFile& file);
+    bool Load(clsFile& file) { return LoadLayer(file, 0); }
     // Writes the tree to the named file, or with null to the job's own.
     ProfError Save(const wchar_t* name, unsigned flags);
     // Writes the tree to a stream, or with null to the held file, from its beginning.
     ProfError Serialise(IStream* stream, unsigned flags);
+    // Adds the tree to what the clipboard holds, never packed.
+    ProfError SaveToClipboard(HWND window, unsigned flags) const;
 
     ProfError Error() const { return _error; }
     uint32_t ObjectLevel() const { return _objectLevel; }
@@ -111,12 +132,15 @@ private:
     // load.cpp
     ProfError OpenFile(clsFile& file) const;
     bool LoadText(clsFile& file, UTFType encoding);
+    bool LoadLayer(clsFile& file, unsigned layer);
+    bool RefuseLarge(const clsFile& file);
     bool LoadObject(clsFile& file);
-    bool LoadPacked(clsFile& file);
+    bool LoadPacked(clsFile& file, unsigned layer);
 
     // save.cpp
-    ProfError WriteForm(clsProfOutput& output, unsigned flags) const;
-    void WriteUnpacked(clsProfOutput& output, ProfForm form) const;
+    bool WantsPacked(unsigned flags) const;
+    void WriteImage(clsProfOutput& image, unsigned flags) const;
+    void WriteForm(clsProfOutput& output, ProfForm form) const;
     bool IsHeldTarget(const wchar_t* name) const;
 
     clsProfArena _arena; // before all that lives in it

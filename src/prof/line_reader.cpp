@@ -19,8 +19,6 @@ namespace qx
 namespace
 {
 
-constexpr int64_t kLargestSource = 0x7FFFFFFE;
-
 template <class Char>
 bool IsLineBreak(Char c)
 {

@@ -34,6 +34,8 @@ struct scProfLine
 class clsProfLineReader
 {
 public:
+    static constexpr int64_t kLargestSource = 0x7FFFFFFE;
+
     clsProfLineReader(clsFile& file, UTFType encoding);
 
     // False if the source is larger than memory or than the reader takes (2 GB). Then there are no lines.

@@ -2,9 +2,11 @@
 #include "core/ticks.h"
 #include "files/file.h"
 #include "files/name_check.h"
+#include "files/temp_files.h"
 #include "prof/file_guard.h"
 #include "prof/job.h"
 #include "prof/load_exception.h"
+#include "prof/packed_form.h"
 #include "prof/text_form.h"
 #include "prof/xfdf_form.h"
 #include "prof/xml_form.h"
@@ -24,7 +26,8 @@ namespace
 constexpr unsigned long long kOpenPatience = 10000; // ms
 constexpr DWORD kOpenPause = 100;                   // ms
 
-constexpr char kPackedMagic[4] = {'Z', 'x', 'v', 'Q'};
+// A packed profile may be packed again, but no one does that many times: a file could be made that comes out of itself.
+constexpr unsigned kMostLayers = 16;
 
 // Compares only what the line holds, so that an empty line begins like any head.
 bool BeginsHead(const String& line, const wchar_t* head)
@@ -87,12 +90,33 @@ ProfError clsProfJob::OpenFile(clsFile& file) const
     return _mode == ProfMode::Read ? kProfCannotRead : kProfCannotWrite;
 }
 
-bool clsProfJob::Load(clsFile& file)
+void clsProfJob::OpenStream(IStream* stream)
+{
+    if (stream == nullptr)
+        return;
+    const clsAutoRelease<clsFile*> file(new clsFileRW);
+    if (file->AttachStream(stream) != 0)
+    {
+        _error = kProfCannotRead;
+        return;
+    }
+    _heldFile = file;
+    Load(*file);
+}
+
+// What can't be fetched is told here, since a job on a stream has nobody else to tell it. A source of a few bytes is
+// left to the caller: in a file it is none, a stream or a clipboard begins that way.
+bool clsProfJob::LoadLayer(clsFile& file, unsigned layer)
 {
     const clsFileGuard guard(file);
     if (!guard.IsLocked())
+    {
+        _error = kProfLocked;
         return false;
+    }
 
+    if (file.GetSize() > clsProfLineReader::kLargestSource)
+        return RefuseLarge(file);
     if (_objectLevel != 0)
         return LoadObject(file);
 
@@ -103,10 +127,17 @@ bool clsProfJob::Load(clsFile& file)
     if (memcmp(magic, kPackedMagic, sizeof(magic)) == 0)
     {
         _isPacked = true;
-        return LoadPacked(file);
+        return LoadPacked(file, layer);
     }
     file.Seek(0);
     return LoadText(file, file.GetUTFType());
+}
+
+bool clsProfJob::RefuseLarge(const clsFile& file)
+{
+    DebugLine(L"ERR: %s: the profile is too large", SourceName(file));
+    _error = kProfLocked;
+    return false;
 }
 
 // A stream object lies somewhere in a stream of others. It is UTF-16 whatever the look at the whole tells; what that
@@ -120,17 +151,27 @@ bool clsProfJob::LoadObject(clsFile& file)
     return LoadText(file, UTFType::UTF16LE);
 }
 
-bool clsProfJob::LoadPacked(clsFile& file)
+// Through a file, so that memory doesn't grow with what comes out. What comes out as nothing is an empty profile, as it
+// is in a file of its own; what is too large to be read isn't unpacked to its end.
+bool clsProfJob::LoadPacked(clsFile& file, unsigned layer)
 {
-    DebugLine(L"%s: packed profiles aren't read yet", SourceName(file));
-    return false;
+    clsFileRWTemp image(L"PRF", L"prf");
+    if (!image.IsOpen() || layer == kMostLayers)
+    {
+        DebugLine(L"ERR: %s: the packed profile can't be unpacked", SourceName(file));
+        _error = kProfLocked;
+        return false;
+    }
+    UnpackImage(file, image, clsProfLineReader::kLargestSource);
+    image.Seek(int64_t{0});
+    return image.GetSize() == 0 || LoadLayer(image, layer + 1);
 }
 
 bool clsProfJob::LoadText(clsFile& file, UTFType encoding)
 {
     clsProfLineReader reader(file, encoding);
     if (!reader.IsLoaded())
-        return false;
+        return RefuseLarge(file);
     const String firstLine = reader.PeekLine();
     if (reader.IsWide())
         _arena.Adopt(reader.TakeImage());

@@ -5,6 +5,7 @@
 #include "prof/file_guard.h"
 #include "prof/job.h"
 #include "prof/output.h"
+#include "prof/packed_form.h"
 #include "prof/text_form.h"
 #include "prof/xfdf_form.h"
 #include "prof/xml_form.h"
@@ -24,19 +25,6 @@ constexpr DWORD kSavePause = 5;                     // ms
 
 constexpr wchar_t kByteOrderMark = 0xFEFF;
 constexpr wchar_t kStreamName[] = L"(Stream)";
-
-ProfForm FormOf(unsigned flags)
-{
-    switch (flags & kProfFormMask)
-    {
-    case static_cast<unsigned>(ProfForm::Text):
-        return ProfForm::Text;
-    case static_cast<unsigned>(ProfForm::Xfdf):
-        return ProfForm::Xfdf;
-    default:
-        return ProfForm::Xml;
-    }
-}
 
 // Opens the file for a save, for this process alone. Whoever has it open is waited for. What it holds isn't taken away
 // yet: that comes when the new content has its place.
@@ -65,19 +53,18 @@ ProfError Deliver(const clsProfOutput& output, clsFile& target)
 
 } // namespace
 
-// The text is made first, so that the target is held for the copy only.
+// The image is made first, so that the target is held for the copy only.
 ProfError clsProfJob::Save(const wchar_t* name, unsigned flags)
 {
-    clsProfOutput output;
-    if (WriteForm(output, flags) != kProfOk)
-        return kProfCannotWrite;
+    clsProfOutput image;
+    WriteImage(image, flags);
 
     if (IsHeldTarget(name))
-        return Deliver(output, *_heldFile);
+        return Deliver(image, *_heldFile);
     clsFileRW target;
     if (!OpenTarget(target, name != nullptr ? String(name) : _fileName))
         return kProfCannotWrite;
-    return Deliver(output, target);
+    return Deliver(image, target);
 }
 
 bool clsProfJob::IsHeldTarget(const wchar_t* name) const
@@ -88,36 +75,42 @@ bool clsProfJob::IsHeldTarget(const wchar_t* name) const
     return name == nullptr || heldName == name;
 }
 
+// Whatever the form, the image begins where the target does: nothing that was read from a held stream stays in front of
+// it.
 ProfError clsProfJob::Serialise(IStream* stream, unsigned flags)
 {
-    clsProfOutput output;
-    if (const ProfError error = WriteForm(output, flags); error != kProfOk)
-        return error;
+    clsProfOutput image;
+    WriteImage(image, flags);
 
     if (_heldFile && (stream == nullptr || stream == _heldFile->GetStream()))
-        return output.ReplaceContentOf(*_heldFile) ? kProfOk : kProfWriteFailed;
+        return image.ReplaceContentOf(*_heldFile) ? kProfOk : kProfWriteFailed;
     // What isn't open takes no byte.
     clsFileRW target(stream);
-    return output.ReplaceContentOf(target) ? kProfOk : kProfWriteFailed;
+    return image.ReplaceContentOf(target) ? kProfOk : kProfWriteFailed;
 }
 
-// A profile with an empty root is nothing at all, not even a byte order mark.
-ProfError clsProfJob::WriteForm(clsProfOutput& output, unsigned flags) const
+bool clsProfJob::WantsPacked(unsigned flags) const
 {
-    const bool wantsPacked = (flags & kProfSavePacked) != 0 || ((flags & kProfSavePackedAsLoaded) != 0 && _isPacked);
-    if (wantsPacked)
+    return (flags & kProfSavePacked) != 0 || ((flags & kProfSavePackedAsLoaded) != 0 && _isPacked);
+}
+
+void clsProfJob::WriteImage(clsProfOutput& image, unsigned flags) const
+{
+    if (!WantsPacked(flags))
     {
-        DebugLine(L"ERR: this form of a profile isn't written yet (flags 0x%x)", flags);
-        return kProfWriteFailed;
+        WriteForm(image, FormOf(flags));
+        return;
     }
-    if (!_root.IsEmpty())
-        WriteUnpacked(output, FormOf(flags));
-    return kProfOk;
+    clsProfOutput plain;
+    WriteForm(plain, FormOf(flags));
+    PackImage(plain, image);
 }
 
-// A stream object has neither head nor end.
-void clsProfJob::WriteUnpacked(clsProfOutput& output, ProfForm form) const
+// A profile with an empty root is nothing at all, not even a byte order mark. A stream object has neither head nor end.
+void clsProfJob::WriteForm(clsProfOutput& output, ProfForm form) const
 {
+    if (_root.IsEmpty())
+        return;
     const bool isObject = _objectLevel != 0;
     switch (form)
     {

@@ -1,5 +1,6 @@
 #include "peer.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 
@@ -94,6 +95,21 @@ int CountLocked(const Text& path, DWORD access, DWORD rounds)
     return 0;
 }
 
+// Puts the text on the clipboard, which stays open for as long as the other process likes.
+int CopyToClipboard(const Text& signal, const std::string& text, UINT format)
+{
+    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, text.size() + 1);
+    if (!OpenClipboard(nullptr) || block == nullptr)
+        return 8;
+    std::copy(text.begin(), text.end(), static_cast<char*>(GlobalLock(block)));
+    GlobalUnlock(block);
+    if (SetClipboardData(format, block) == nullptr)
+        return 9;
+    const int result = Hold(signal);
+    CloseClipboard();
+    return result;
+}
+
 } // namespace
 
 int RunPeer(int count, char** arguments)
@@ -114,6 +130,9 @@ int RunPeer(int count, char** arguments)
         return CountAlone(path, second);
     if (task == "countlocked")
         return CountLocked(path, first, second);
+
+    if (task == "clipboard")
+        return CopyToClipboard(signal, arguments[2], first);
 
     const bool isTemporary = task == "temporary";
     Handle file = Open(path, first, second, isTemporary ? CREATE_NEW : OPEN_EXISTING,

@@ -284,6 +284,16 @@ TEST(ProfileLarge, DeepNesting)
     EXPECT_EQ(Tree(again), "");
 }
 
+TEST(ProfileLarge, MoreThanTheLoaderTakesIsRefused)
+{
+    const TempFolder folder;
+    const std::string path = folder.Make("large", "[/]\r\na=1\r\n");
+    std::filesystem::resize_file(path, uint64_t{1} << 31); // with a hole, so that it takes no room
+    const Job job(path);
+    EXPECT_EQ(job.Error(), PROF_ERR_LOCKED);
+    EXPECT_EQ(Tree(job), "");
+}
+
 TEST(ProfileLarge, ManyLeavesInOneList)
 {
     constexpr int kLeaves = 300000;

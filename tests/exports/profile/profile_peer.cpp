@@ -2,6 +2,8 @@
 //     hold FILE READY GO        holds the file exclusively, makes READY, and ends when GO is there
 //     save FILE LETTER COUNT    saves a profile of its own to the file, so many times
 //     rewrite FILE COUNT        holds the file exclusively and saves to it in place, so many times
+//     paste FILE                saves what the clipboard holds to the file
+//     copy                      puts an empty profile on the clipboard
 // Ends with 0, or a code of the profile family without its sign.
 #include "exports/profile/whole_content.h"
 
@@ -50,6 +52,12 @@ int32_t Rewrite(const std::string& path, int count)
     return error;
 }
 
+int32_t Paste(const std::string& path)
+{
+    const Job job(ProfJobOpenClipboard(nullptr));
+    return job.Error() == PROF_OK ? job.Save(path) : job.Error();
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -61,5 +69,9 @@ int main(int argc, char** argv)
         return -Save(argv[2], argv[3][0], std::atoi(argv[4]));
     if (command == "rewrite" && argc == 4)
         return -Rewrite(argv[2], std::atoi(argv[3]));
+    if (command == "paste" && argc == 3)
+        return -Paste(argv[2]);
+    if (command == "copy" && argc == 2)
+        return -ProfSaveToClipboard(Job(), nullptr, PROF_FORM_TEXT);
     return 99;
 }

@@ -1,9 +1,12 @@
 #include "core/module.h"
 #include "prof/line_reader.h"
+#include "prof/output.h"
+#include "prof/packed_form.h"
 #include "prof/path.h"
 #include "support/fake_stream.h"
 #include "unit/prof/job_support.h"
 
+#include <algorithm>
 #include <vector>
 
 using namespace qx;
@@ -136,6 +139,26 @@ TEST(ProfStream, TargetWithoutRoomKeepsWhatItHolds)
         EXPECT_EQ(job->Serialise(&stream, 0), kProfWriteFailed);
         EXPECT_EQ(stream.bytes.substr(0, 13), "what is there");
         EXPECT_EQ(stream.bytes.size(), SUCCEEDED(answer) ? 13u : 18u);
+    }
+}
+
+// A few bytes can stand for very many. No more is unpacked than could be read.
+TEST(ProfPacked, EndsAtTheLargestSize)
+{
+    clsProfOutput image, packed;
+    for (int i = 0; i < 100; ++i)
+        image.SetUsed(std::fill_n(image.ReserveBytes(0x10000), 0x10000, 'x'));
+    PackImage(image, packed);
+    EXPECT_LT(packed.Bytes(), 10000u);
+    for (const long long largest : {1000ll, 2000000ll, 100ll * 0x10000})
+    {
+        const MemoryStream stream, target;
+        clsFileRW source(stream), unpacked(target);
+        ASSERT_TRUE(packed.WriteTo(source));
+        source.Seek(int64_t{4});
+        UnpackImage(source, unpacked, largest);
+        EXPECT_LE(unpacked.GetSize(), largest + 0x100000) << largest;
+        EXPECT_GE(unpacked.GetSize(), std::min(largest, 100ll * 0x10000)) << largest;
     }
 }
 

@@ -1,0 +1,145 @@
+// A profile on its way through the clipboard: a block of a format of its own with the image of a file and a zero byte
+// behind it. It passes through a temporary file both ways.
+#include "prof/clipboard.h"
+
+#include "files/global_lock.h"
+#include "files/temp_files.h"
+#include "prof/job.h"
+#include "prof/output.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <string_view>
+
+namespace qx
+{
+
+namespace
+{
+
+constexpr wchar_t kTempPrefix[] = L"Prf";
+// For programs that show text, so that they have a sign of what is there.
+constexpr std::string_view kNotice = "PROF data available";
+
+// Asked for at first use: the number stays the same, and a process that copies nothing needs no clipboard.
+UINT ProfileFormat()
+{
+    static const UINT format = RegisterClipboardFormatW(L"QvxProfCBFormat");
+    return format;
+}
+
+class clsOpenClipboard
+{
+public:
+    explicit clsOpenClipboard(HWND window) : _isOpen(::OpenClipboard(window) != FALSE) {}
+    clsOpenClipboard(const clsOpenClipboard&) = delete;
+    clsOpenClipboard& operator=(const clsOpenClipboard&) = delete;
+    ~clsOpenClipboard()
+    {
+        if (_isOpen)
+            CloseClipboard();
+    }
+
+    explicit operator bool() const { return _isOpen; }
+
+private:
+    bool _isOpen;
+};
+
+// A block for the clipboard, with a zero byte behind the room that it has.
+class clsNewBlock
+{
+public:
+    explicit clsNewBlock(size_t size) : _lock(GMEM_MOVEABLE | GMEM_ZEROINIT | GMEM_DDESHARE, size + 1) {}
+
+    bool IsThere() const { return _lock.IsLocked(); }
+    void* Bytes() const { return _lock.Get(); }
+
+    // Unlocks the block, which belongs to the clipboard from then on if that takes it.
+    bool HandOver(UINT format)
+    {
+        const HGLOBAL block = _lock.Release();
+        if (SetClipboardData(format, block) != nullptr)
+            return true;
+        GlobalFree(block);
+        return false;
+    }
+
+private:
+    clsGlobalLock _lock;
+};
+
+// What else is on the clipboard stays there.
+ProfError CopyToClipboard(HWND window, clsFile& image)
+{
+    const clsOpenClipboard clipboard(window);
+    if (!clipboard)
+        return kProfCannotWrite;
+
+    const int64_t size = image.GetSize();
+    if (size < 0 || size > std::numeric_limits<uint32_t>::max())
+        return kProfStopped;
+    clsNewBlock profile(static_cast<size_t>(size));
+    if (!profile.IsThere())
+        return kProfStopped;
+    image.Seek(int64_t{0});
+    const auto count = static_cast<uint32_t>(size);
+    if (image.Read(profile.Bytes(), count) != count || !profile.HandOver(ProfileFormat()))
+        return kProfWriteFailed;
+
+    clsNewBlock notice(kNotice.size());
+    if (!notice.IsThere())
+        return kProfStopped;
+    memcpy(notice.Bytes(), kNotice.data(), kNotice.size());
+    return notice.HandOver(CF_TEXT) ? kProfOk : kProfWriteFailed;
+}
+
+bool PasteFromClipboard(HWND window, clsFile& image)
+{
+    const clsOpenClipboard clipboard(window);
+    if (!clipboard || !IsProfileOnClipboard())
+        return false;
+    const clsGlobalLock block(GetClipboardData(ProfileFormat()), false);
+    if (!block.IsLocked())
+        return false;
+    const size_t size = GlobalSize(block.Memory());
+    return image.Write(block.Get(), size) == static_cast<int64_t>(size);
+}
+
+} // namespace
+
+bool IsProfileOnClipboard()
+{
+    return IsClipboardFormatAvailable(ProfileFormat()) != FALSE;
+}
+
+ProfError clsProfJob::SaveToClipboard(HWND window, unsigned flags) const
+{
+    clsFileRWTemp file(kTempPrefix);
+    if (!file.IsOpen())
+        return kProfCannotWrite;
+    {
+        clsProfOutput image;
+        WriteForm(image, FormOf(flags));
+        if (!image.WriteTo(file))
+            return kProfWriteFailed;
+    }
+    return CopyToClipboard(window, file);
+}
+
+void clsProfJob::OpenFromClipboard(HWND window)
+{
+    clsFileRWTemp file(kTempPrefix);
+    if (!file.IsOpen() || !PasteFromClipboard(window, file))
+    {
+        _error = kProfCannotRead;
+        return;
+    }
+    Load(file);
+}
+
+} // namespace qx

@@ -1,0 +1,81 @@
+#include "prof/packed_form.h"
+
+#include "core/debug_line.h"
+#include "files/deflate_mode.h"
+#include "files/deflate_stream.h"
+#include "prof/output.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+
+namespace qx
+{
+
+namespace
+{
+
+constexpr int kPackedMode = 5;
+constexpr uInt kBlock = 0x10000;
+
+class clsDeflater
+{
+public:
+    explicit clsDeflater(clsProfOutput& target) : _target(target)
+    {
+        constexpr DeflateMode mode = DeflateModeOf(kPackedMode);
+        if (deflateInit2(&_stream, mode.level, Z_DEFLATED, rawDeflateWindowBits, mode.memoryLevel, mode.strategy) !=
+            Z_OK)
+            throw std::bad_alloc();
+    }
+    clsDeflater(const clsDeflater&) = delete;
+    clsDeflater& operator=(const clsDeflater&) = delete;
+    ~clsDeflater() { deflateEnd(&_stream); }
+
+    // With memory for the output there's nothing that could fail.
+    void Add(const std::byte* bytes, uInt count, int flush)
+    {
+        _stream.next_in = reinterpret_cast<Bytef*>(const_cast<std::byte*>(bytes));
+        _stream.avail_in = count;
+        do
+        {
+            _stream.next_out = reinterpret_cast<Bytef*>(_target.ReserveBytes(kBlock));
+            _stream.avail_out = kBlock;
+            deflate(&_stream, flush);
+            _target.SetUsed(_stream.next_out);
+        } while (_stream.avail_out == 0);
+    }
+
+private:
+    clsProfOutput& _target;
+    z_stream _stream = {};
+};
+
+} // namespace
+
+// The data are the same whatever the pieces in which they come and go.
+void PackImage(const clsProfOutput& image, clsProfOutput& packed)
+{
+    packed.SetUsed(
+        std::copy(std::begin(kPackedMagic), std::end(kPackedMagic), packed.ReserveBytes(sizeof kPackedMagic)));
+    clsDeflater deflater(packed);
+    image.ForEachPiece(
+        [&](const std::byte* piece, size_t size)
+        {
+            for (size_t part; size != 0; piece += part, size -= part)
+            {
+                part = std::min<size_t>(size, std::numeric_limits<uInt>::max());
+                deflater.Add(piece, static_cast<uInt>(part), Z_NO_FLUSH);
+            }
+            return true;
+        });
+    deflater.Add(nullptr, 0, Z_FINISH);
+}
+
+void UnpackImage(clsFile& source, clsFile& target, long long largest)
+{
+    if (const int code = InflateStream(target, source, -1, largest); code != 0)
+        DebugLine(L"WRN: the packed profile is damaged, cut off or too large (%d)", code);
+}
+
+} // namespace qx

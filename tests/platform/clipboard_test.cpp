@@ -1,0 +1,125 @@
+// The clipboard between threads and processes.
+#include "peer.h"
+#include "platform/own_registry.h"
+
+#include <string>
+#include <thread>
+
+using namespace qxtest;
+
+namespace
+{
+
+HGLOBAL Block(std::string_view bytes)
+{
+    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, bytes.size());
+    memcpy(GlobalLock(block), bytes.data(), bytes.size());
+    GlobalUnlock(block);
+    return block;
+}
+
+// What the clipboard holds, or "none". The system may round a block's size up, so the bytes are ended by a zero.
+std::string Pasted(UINT format)
+{
+    const HANDLE block = GetClipboardData(format);
+    if (block == nullptr)
+        return "none";
+    const char* const bytes = static_cast<const char*>(GlobalLock(block));
+    const std::string text(bytes, strnlen(bytes, GlobalSize(block)));
+    GlobalUnlock(block);
+    return text;
+}
+
+class Clipboard : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        OwnRegistryFolder();
+        ASSERT_TRUE(OpenClipboard(nullptr));
+        ASSERT_TRUE(EmptyClipboard());
+        ASSERT_TRUE(CloseClipboard());
+    }
+
+    const UINT _format = RegisterClipboardFormatW(L"qxplatform test");
+};
+
+} // namespace
+
+TEST_F(Clipboard, FormatsAreKnownByNameWithoutCase)
+{
+    EXPECT_GE(_format, 0xC000u);
+    EXPECT_LE(_format, 0xFFFFu);
+    EXPECT_EQ(RegisterClipboardFormatW(L"QXPLATFORM Test"), _format);
+    const UINT other = RegisterClipboardFormatW(L"qxplatform test \x00E4");
+    EXPECT_GE(other, 0xC000u);
+    EXPECT_NE(other, _format);
+    EXPECT_EQ(RegisterClipboardFormatW(L"qxplatform test \x00C4"), other);
+    EXPECT_EQ(ErrorOf([] { return RegisterClipboardFormatW(L""); }), DWORD{ERROR_INVALID_NAME});
+}
+
+TEST_F(Clipboard, BelongsToTheThreadThatOpenedIt)
+{
+    const HGLOBAL block = Block("data");
+    EXPECT_EQ(ErrorOf([&] { return SetClipboardData(_format, block) != nullptr; }), DWORD{ERROR_CLIPBOARD_NOT_OPEN});
+    GlobalFree(block);
+    EXPECT_EQ(ErrorOf([&] { return GetClipboardData(_format) != nullptr; }), DWORD{ERROR_CLIPBOARD_NOT_OPEN});
+    EXPECT_EQ(ErrorOf(EmptyClipboard), DWORD{ERROR_CLIPBOARD_NOT_OPEN});
+    EXPECT_EQ(ErrorOf(CloseClipboard), DWORD{ERROR_CLIPBOARD_NOT_OPEN});
+
+    ASSERT_TRUE(OpenClipboard(nullptr));
+    DWORD error = 0;
+    std::thread(
+        [&]
+        {
+            error = ErrorOf([] { return OpenClipboard(nullptr); });
+            EXPECT_FALSE(CloseClipboard());
+        })
+        .join();
+    // Where there are no windows to tell apart, the system lets a process's other thread in.
+    EXPECT_TRUE(error == ERROR_ACCESS_DENIED || !isLayer) << error;
+    EXPECT_TRUE(CloseClipboard());
+}
+
+TEST_F(Clipboard, HoldsDataByFormat)
+{
+    ASSERT_TRUE(OpenClipboard(nullptr));
+    EXPECT_FALSE(IsClipboardFormatAvailable(_format));
+    EXPECT_EQ(Pasted(_format), "none");
+    const HGLOBAL block = Block("first");
+    EXPECT_EQ(SetClipboardData(_format, block), block);
+    EXPECT_EQ(Pasted(_format), "first");
+    EXPECT_NE(SetClipboardData(_format, Block("second")), nullptr);
+    EXPECT_NE(SetClipboardData(CF_TEXT, Block({"text\0", 5})), nullptr);
+    ASSERT_TRUE(CloseClipboard());
+
+    EXPECT_TRUE(IsClipboardFormatAvailable(_format));
+    ASSERT_TRUE(OpenClipboard(nullptr));
+    EXPECT_EQ(Pasted(_format), "second");
+    EXPECT_EQ(Pasted(CF_TEXT), "text");
+    EXPECT_TRUE(EmptyClipboard());
+    EXPECT_FALSE(IsClipboardFormatAvailable(_format));
+    EXPECT_EQ(Pasted(CF_TEXT), "none");
+    EXPECT_TRUE(CloseClipboard());
+}
+
+TEST_F(Clipboard, AnotherProcessCopiesAndKeepsOthersOut)
+{
+    const Folder folder;
+    Peer peer(folder, "clipboard", L"copied", _format, 0);
+    ASSERT_TRUE(peer.WaitUntilReady());
+    EXPECT_EQ(ErrorOf([] { return OpenClipboard(nullptr); }), DWORD{ERROR_ACCESS_DENIED});
+    EXPECT_EQ(peer.Finish(), 0u);
+    ASSERT_TRUE(OpenClipboard(nullptr));
+    EXPECT_EQ(Pasted(_format), "copied");
+    EXPECT_TRUE(CloseClipboard());
+
+    Peer killed(folder, "clipboard", L"lost", _format, 0);
+    ASSERT_TRUE(killed.WaitUntilReady());
+    killed.Kill(1);
+    BOOL isOpen = FALSE;
+    for (int i = 0; i < 500 && !(isOpen = OpenClipboard(nullptr)); ++i)
+        Sleep(10);
+    EXPECT_TRUE(isOpen) << "the end of a process gives the clipboard back";
+    CloseClipboard();
+}
