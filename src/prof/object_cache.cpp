@@ -21,7 +21,7 @@ scProfText* NewProfText(clsProfArena& arena, std::wstring_view text, uint64_t ha
 {
     auto* record = ::new (arena.Allocate(scProfText::Bytes(text.size()))) scProfText;
     record->length = static_cast<uint32_t>(text.size());
-    record->hash = KeptHash(hash) & 0x3FFFFFFF;
+    record->hash = KeptHash(hash) & (uint32_t{1} << scProfText::kHashBits) - 1;
     record->isShared = isShared;
     record->isPlain = !NeedsEncoding(text);
 
@@ -38,18 +38,18 @@ const scProfText* clsRefCountedObjectCache::Intern(std::wstring_view text, uint6
     {
         Grow(bucket);
     }
-    Slot* slot = FindPlace(bucket, text, hash);
+    Slot* slot = FindPlace(bucket, text, KeptHash(hash));
     if (slot == nullptr)
     {
         return nullptr;
     }
-    if (slot->text == nullptr)
+    if (slot->IsFree())
     {
-        slot->text = NewProfText(_arena, text, hash, true);
-        slot->hash = hash;
-        ++bucket.count;
+        const scProfText* made = NewProfText(_arena, text, hash, true);
+        bucket.count += slot->Take(made);
+        return made;
     }
-    return slot->text;
+    return slot->Text();
 }
 
 size_t clsRefCountedObjectCache::Count() const
@@ -64,15 +64,15 @@ size_t clsRefCountedObjectCache::Count() const
 
 // The slot that holds the text, or a free one for it, or null.
 clsRefCountedObjectCache::Slot* clsRefCountedObjectCache::FindPlace(
-    const Bucket& bucket, std::wstring_view text, uint64_t hash)
+    const Bucket& bucket, std::wstring_view text, uint32_t hash)
 {
     const uint32_t mask = bucket.capacity - 1;
     const uint32_t probes = std::min(bucket.capacity, kLongestProbe);
-    uint32_t place = static_cast<uint32_t>(hash >> 8) & mask;
+    uint32_t place = hash & mask;
     for (uint32_t probe = 0; probe < probes; ++probe, place = (place + 1) & mask)
     {
         Slot& slot = bucket.slots[place];
-        if (slot.text == nullptr || (slot.hash == hash && IsSameText(slot.text->View(), text)))
+        if (slot.IsFree() || (slot.MayHold(hash) && IsSameText(slot.Text()->View(), text)))
         {
             return &slot;
         }
@@ -91,12 +91,13 @@ void clsRefCountedObjectCache::Grow(Bucket& bucket)
     for (uint32_t i = 0; i < old.capacity; ++i)
     {
         const Slot& slot = old.slots[i];
-        if (slot.text == nullptr)
+        if (slot.IsFree())
         {
             continue;
         }
         // A text without a place in the new table lives on, but isn't found any more.
-        if (Slot* place = FindPlace(bucket, slot.text->View(), slot.hash); place != nullptr)
+        const scProfText* text = slot.Text();
+        if (Slot* place = FindPlace(bucket, text->View(), text->hash); place != nullptr)
         {
             *place = slot;
             ++bucket.count;

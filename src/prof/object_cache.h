@@ -32,10 +32,32 @@ private:
     static constexpr uint32_t kFirstCapacity = 8;
     static constexpr uint32_t kLongestProbe = 32;
 
-    struct Slot
+    // A text and 16 bits of its hash in one word, so that a table takes little beside its texts and a search looks at
+    // few of them. Where an address should have more than its usual 48 bits the text isn't stored.
+    class Slot
     {
-        uint64_t hash;
-        const scProfText* text; // null: free
+    public:
+        bool IsFree() const { return _bits == 0; }
+        bool MayHold(uint32_t hash) const { return _bits >> kAddressBits == TagOf(hash); }
+        const scProfText* Text() const { return reinterpret_cast<const scProfText*>(_bits & kAddressMask); }
+
+        bool Take(const scProfText* text)
+        {
+            const auto address = reinterpret_cast<uintptr_t>(text);
+            if ((address & ~kAddressMask) != 0)
+                return false;
+            _bits = TagOf(text->hash) << kAddressBits | address;
+            return true;
+        }
+
+    private:
+        static constexpr unsigned kAddressBits = 48;
+        static constexpr uint64_t kAddressMask = (uint64_t{1} << kAddressBits) - 1;
+
+        // Of the kept hash the bits that don't choose the place in small tables.
+        static uint64_t TagOf(uint32_t hash) { return hash >> (scProfText::kHashBits - 16); }
+
+        uint64_t _bits = 0;
     };
 
     struct Bucket
@@ -45,7 +67,7 @@ private:
         uint32_t count;
     };
 
-    static Slot* FindPlace(const Bucket& bucket, std::wstring_view text, uint64_t hash);
+    static Slot* FindPlace(const Bucket& bucket, std::wstring_view text, uint32_t hash);
     void Grow(Bucket& bucket);
 
     clsProfArena& _arena;

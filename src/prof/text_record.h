@@ -14,8 +14,10 @@ namespace qx
 // The head; the characters and a terminator follow it in the same block of the job's arena. It never changes.
 struct scProfText
 {
+    static constexpr unsigned kHashBits = 30;
+
     uint32_t length;
-    uint32_t hash : 30;
+    uint32_t hash : kHashBits;
     uint32_t isShared : 1; // it is in one of the job's tables, which keep it until the job dies
     uint32_t isPlain : 1;  // written as a leaf's name it needs no encoding
 

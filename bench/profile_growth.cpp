@@ -1,0 +1,249 @@
+// How the profile store grows with its input: the time a leaf takes to be loaded and saved, the time of a look-up, and
+// the peak of memory against the size of the file. Each row is a process of its own. With "large" as the argument: a
+// file of 1 GB, with leaves and as a hole.
+#include <qxut23/profile.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace
+{
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+using WideText = std::vector<wchar_t>;
+
+constexpr int kLookUps = 200000;
+
+// A tree of leaves in lists of a size, all below the root; a size of 0 means that they are in the root itself.
+struct Shape
+{
+    const char* name;
+    int leavesOfList;
+};
+
+constexpr Shape kShapes[] = {{"lists of 20 leaves", 20}, {"one list", 0}};
+constexpr int kLeaves[] = {100000, 250000, 500000, 1000000};
+
+std::string LeafName(int i)
+{
+    return "name" + std::to_string(i);
+}
+
+std::string ListName(int list)
+{
+    return "list" + std::to_string(list);
+}
+
+void Append(std::string& bytes, std::string_view ascii)
+{
+    for (const char c : ascii)
+    {
+        bytes += c;
+        bytes += '\0';
+    }
+}
+
+void WriteProfile(const fs::path& path, const Shape& shape, int leaves)
+{
+    std::ofstream file(path, std::ios::binary);
+    std::string bytes = "\xFF\xFE";
+    Append(bytes, "[/]\r\n {\r\n");
+    for (int i = 0; i < leaves; ++i)
+    {
+        if (shape.leavesOfList != 0 && i % shape.leavesOfList == 0)
+        {
+            Append(bytes, i == 0 ? " [" : "  }\r\n [");
+            Append(bytes, ListName(i / shape.leavesOfList));
+            Append(bytes, "]\r\n  {\r\n");
+        }
+        Append(bytes, "  ");
+        Append(bytes, LeafName(shape.leavesOfList != 0 ? i % shape.leavesOfList : i));
+        Append(bytes, "=value of ");
+        Append(bytes, std::to_string(i));
+        Append(bytes, "\r\n");
+        if (bytes.size() > 1 << 20)
+        {
+            file << bytes;
+            bytes.clear();
+        }
+    }
+    Append(bytes, shape.leavesOfList != 0 ? "  }\r\n }\r\n" : " }\r\n");
+    file << bytes;
+}
+
+// A line of /proc/self/status, in bytes.
+uint64_t Status(std::string_view key)
+{
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+    {
+        if (line.starts_with(key))
+            return std::strtoull(line.c_str() + key.size() + 1, nullptr, 10) * 1024;
+    }
+    return 0;
+}
+
+double Seconds(Clock::time_point since)
+{
+    return std::chrono::duration<double>(Clock::now() - since).count();
+}
+
+WideText Wide(const std::string& text)
+{
+    WideText wide(text.begin(), text.end());
+    wide.push_back(0);
+    return wide;
+}
+
+double LookUp(HPROFJOB job, const Shape& shape, int leaves)
+{
+    std::vector<WideText> paths;
+    for (int n = 0; n < kLookUps; ++n)
+    {
+        const int i = static_cast<int>(int64_t{n} * 7919 % leaves);
+        paths.push_back(
+            Wide(shape.leavesOfList != 0 ? ListName(i / shape.leavesOfList) + "/" + LeafName(i % shape.leavesOfList)
+                                         : LeafName(i)));
+    }
+    wchar_t buffer[64];
+    ProfGetStringW(job, nullptr, paths[0].data(), buffer, 64, nullptr); // lists get what makes them quick
+    for (const WideText& path : paths)
+        ProfGetStringW(job, nullptr, path.data(), buffer, 64, nullptr);
+    const Clock::time_point start = Clock::now();
+    for (const WideText& path : paths)
+    {
+        if (ProfGetStringW(job, nullptr, path.data(), buffer, 64, nullptr) <= 0)
+            std::exit(1);
+    }
+    return Seconds(start) / kLookUps;
+}
+
+// Does the work in a child, so that each row has the memory to itself.
+template <class Work>
+void InChild(Work work)
+{
+    std::fflush(stdout);
+    const pid_t child = fork();
+    if (child == 0)
+    {
+        work();
+        std::fflush(stdout);
+        _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    if (status != 0)
+    {
+        std::printf("  failed (%d)\n", status);
+        std::exit(1);
+    }
+}
+
+struct Loaded
+{
+    HPROFJOB job;
+    double seconds;
+    double memory; // the peak, in sizes of the file
+};
+
+Loaded Load(const fs::path& path)
+{
+    ProfJobClose(ProfJobOpenW(nullptr));           // the settings are read
+    std::ofstream("/proc/self/clear_refs") << "5"; // the peak begins anew
+    const uint64_t before = Status("VmRSS:");
+    const Clock::time_point start = Clock::now();
+    const HPROFJOB job = ProfJobOpenW(Wide(path.string()).data());
+    const double seconds = Seconds(start);
+    const uint64_t peak = Status("VmHWM:");
+    return {job, seconds, static_cast<double>(peak - before) / static_cast<double>(fs::file_size(path))};
+}
+
+void Measure(const fs::path& folder, const Shape& shape, int leaves, int packing)
+{
+    const fs::path path = folder / "profile";
+    WriteProfile(path, shape, leaves);
+    if (packing != 0)
+    {
+        InChild(
+            [&]
+            {
+                const HPROFJOB job = ProfJobOpenW(Wide(path.string()).data());
+                if (ProfSaveW(job, nullptr, packing) != PROF_OK)
+                    std::exit(1);
+            });
+    }
+    InChild(
+        [&]
+        {
+            const Loaded loaded = Load(path);
+            if (ProfGetError(loaded.job) != PROF_OK)
+                std::exit(1);
+            const Clock::time_point start = Clock::now();
+            if (ProfSaveW(loaded.job, Wide((folder / "saved").string()).data(), packing) != PROF_OK)
+                std::exit(1);
+            const double save = Seconds(start);
+            std::printf(
+                "%-20s %-6s %9d leaves %8.1f MB   load %6.1f ns a leaf   save %6.1f ns a leaf   look up %6.1f ns   "
+                "memory %5.2f files\n",
+                shape.name, packing != 0 ? "packed" : "", leaves, static_cast<double>(fs::file_size(path)) / 1e6,
+                loaded.seconds / leaves * 1e9, save / leaves * 1e9, LookUp(loaded.job, shape, leaves) * 1e9,
+                loaded.memory);
+        });
+}
+
+void MeasureLarge(const fs::path& folder)
+{
+    constexpr uint64_t kSize = uint64_t{1} << 30;
+    constexpr int kLeavesOf1GB = 17500000;
+    const fs::path path = folder / "profile";
+    const auto print = [&](const char* what)
+    {
+        InChild(
+            [&]
+            {
+                const Loaded loaded = Load(path);
+                std::printf("%-20s %8.1f MB   error %d   load %.1f s   memory %.2f files\n", what,
+                    static_cast<double>(fs::file_size(path)) / 1e6, ProfGetError(loaded.job), loaded.seconds,
+                    loaded.memory);
+            });
+    };
+    WriteProfile(path, kShapes[0], kLeavesOf1GB);
+    print("1 GB of leaves");
+    std::ofstream(path, std::ios::binary) << std::string("\xFF\xFE[\0/\0]\0\n\0", 10);
+    fs::resize_file(path, kSize);
+    print("1 GB, mostly a hole");
+    fs::resize_file(path, kSize * 2);
+    print("2 GB are refused");
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    std::string folder = (fs::temp_directory_path() / "profile-growth-XXXXXX").string();
+    if (mkdtemp(folder.data()) == nullptr)
+        return 1;
+    if (argc > 1 && std::string_view(argv[1]) == "large")
+        MeasureLarge(folder);
+    else
+    {
+        for (const Shape& shape : kShapes)
+            for (const int leaves : kLeaves)
+                Measure(folder, shape, leaves, 0);
+        for (const Shape& shape : kShapes)
+            Measure(folder, shape, kLeaves[0], PROF_SAVE_PACKED);
+    }
+    fs::remove_all(folder);
+    return 0;
+}
