@@ -8,6 +8,8 @@ namespace qx
 namespace
 {
 
+constexpr uint32_t kHashMask = (uint32_t{1} << scProfText::kHashBits) - 1;
+
 // The characters that the text form replaces in a leaf's name.
 bool NeedsEncoding(std::wstring_view name)
 {
@@ -21,7 +23,7 @@ scProfText* NewProfText(clsProfArena& arena, std::wstring_view text, uint64_t ha
 {
     auto* record = ::new (arena.Allocate(scProfText::Bytes(text.size()))) scProfText;
     record->length = static_cast<uint32_t>(text.size());
-    record->hash = KeptHash(hash) & (uint32_t{1} << scProfText::kHashBits) - 1;
+    record->hash = KeptHash(hash) & kHashMask;
     record->isShared = isShared;
     record->isPlain = !NeedsEncoding(text);
 
