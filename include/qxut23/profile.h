@@ -121,8 +121,8 @@ QXUT_API int32_t ProfGetError(HPROFJOB job);
    has the file open is waited for up to 10 seconds, and so is any other cause that keeps it from being opened. The job
    isn't changed. A profile without entries makes a file of 0 bytes. `flags` are the PROF_FORM_ and PROF_SAVE_ values
    above.
-   PROF_OK (also for the invalid job), PROF_ERR_CANNOT_WRITE (there is no target), PROF_ERR_WRITE_FAILED (the disk is full; the file still holds what it held),
-   PROF_ERR_STOPPED.
+   PROF_OK (also for the invalid job), PROF_ERR_CANNOT_WRITE (there is no target), PROF_ERR_WRITE_FAILED (the disk is
+   full; the file still holds what it held), PROF_ERR_STOPPED.
 
    PROF_FORM_TEXT and PROF_FORM_XML, both UTF-16, keep the whole tree. Control characters in a text profile, in values,
    come back; those in names come back as their pictures (U+2401 to U+241F). The XML form masks what its markup uses,

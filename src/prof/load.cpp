@@ -162,7 +162,8 @@ bool clsProfJob::LoadPacked(clsFile& file, unsigned layer)
         _error = kProfLocked;
         return false;
     }
-    UnpackImage(file, image, clsProfLineReader::kLargestSource);
+    if (!UnpackImage(file, image, clsProfLineReader::kLargestSource))
+        return RefuseLarge(file);
     image.Seek(int64_t{0});
     return image.GetSize() == 0 || LoadLayer(image, layer + 1);
 }

@@ -72,10 +72,12 @@ void PackImage(const clsProfOutput& image, clsProfOutput& packed)
     deflater.Add(nullptr, 0, Z_FINISH);
 }
 
-void UnpackImage(clsFile& source, clsFile& target, long long largest)
+bool UnpackImage(clsFile& source, clsFile& target, long long largest)
 {
-    if (const int code = InflateStream(target, source, -1, largest); code != 0)
-        DebugLine(L"WRN: the packed profile is damaged, cut off or too large (%d)", code);
+    const int code = InflateStream(target, source, -1, largest);
+    if (code != 0)
+        DebugLine(L"WRN: a packed profile is damaged or too large (%d)", code);
+    return code != Z_BUF_ERROR;
 }
 
 } // namespace qx

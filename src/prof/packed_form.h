@@ -14,7 +14,8 @@ constexpr char kPackedMagic[4] = {'Z', 'x', 'v', 'Q'};
 void PackImage(const clsProfOutput& image, clsProfOutput& packed);
 
 // Unpacks what follows the magic, where the source stands, into the target, as far as it goes: data that are damaged or
-// end early give what comes out before that. Of what inflates to more than `largest` bytes no more is unpacked.
-void UnpackImage(clsFile& source, clsFile& target, long long largest);
+// end early give what comes out before that. False if that is more than `largest` bytes, or than the target takes: no
+// more than those are unpacked.
+bool UnpackImage(clsFile& source, clsFile& target, long long largest);
 
 } // namespace qx
