@@ -20,7 +20,7 @@ namespace
 
 constexpr char kExitCodes[] = "Exit codes:\n"
                               "  0  done\n"
-                              "  1  there is no such value or list, or no log\n"
+                              "  1  there is no such value or list, the value is not of the type, or there is no log\n"
                               "  2  the command line is wrong\n"
                               "  3  the file can't be read\n"
                               "  4  the file is malformed\n"

@@ -4,6 +4,7 @@
 #include "profile_convert.h"
 #include "profile_file.h"
 #include "profile_show.h"
+#include "profile_types.h"
 #include "text.h"
 
 #include <qxut23/profile.h>
@@ -15,6 +16,7 @@
 #include <functional>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,6 +35,7 @@ struct Options
     std::string list;
     std::string path;
     std::string value;
+    std::string type; // empty: text
     std::string defaultValue;
     std::string output;
     std::string target;
@@ -66,18 +69,39 @@ void Show(const Options& options)
                   << " has no entries: its first line is neither [/] nor a section in brackets\n";
 }
 
+// The value, or nothing where there is none.
+std::optional<ordered_json> ReadText(HPROFJOB job, HPROFLIST list, const Options& options)
+{
+    const int32_t length = ProfGetStringLengthW(job, list, WideText(options.path));
+    if (length < 0)
+        return std::nullopt;
+    return ValueOf(job, list, options.path, length);
+}
+
+std::optional<ordered_json> ReadTyped(HPROFJOB job, HPROFLIST list, const Options& options)
+{
+    ordered_json value;
+    const int32_t code = FindValueType(options.type)->get(job, list, WideText(options.path), value);
+    if (code == PROF_ERR_NOT_THAT_TYPE)
+        throw Failure(
+            kNotFound, options.file + ": the value '" + Shown(options.path) + "' is not of the type " + options.type);
+    return code == PROF_OK ? std::optional(value) : std::nullopt;
+}
+
 void Get(const Options& options)
 {
     const ProfileFile profile(options.file, Sharing::Readers);
     const HPROFLIST list = profile.List(options.list);
-    const int32_t length = ProfGetStringLengthW(profile.Job(), list, WideText(options.path));
-    if (length < 0 && !options.hasDefault)
+    const std::optional<ordered_json> value =
+        (options.type.empty() ? ReadText : ReadTyped)(profile.Job(), list, options);
+    if (!value && !options.hasDefault)
         throw Failure(kNotFound, options.file + ": there is no value '" + Shown(options.path) + "'");
-    const std::string value = length < 0 ? options.defaultValue : ValueOf(profile.Job(), list, options.path, length);
+    const ordered_json shown = value.value_or(options.defaultValue);
     if (options.asJson)
-        std::cout << ordered_json{{"path", options.path}, {"value", value}, {"found", length >= 0}}.dump() << '\n';
+        std::cout << ordered_json{{"path", options.path}, {"value", shown}, {"found", value.has_value()}}.dump()
+                  << '\n';
     else
-        std::cout << value << '\n';
+        std::cout << ValueText(shown) << '\n';
 }
 
 // Says what a change did: in words to whoever looks on, as JSON to a program.
@@ -105,23 +129,41 @@ void Edit(const Options& options, const std::function<size_t(HPROFJOB, HPROFLIST
         edit(ProfileFile(options.file, options.output.empty() ? Sharing::NobodyWhoWrites : Sharing::Readers));
 }
 
+// Before a file is opened or made. The invalid job takes any value, and does nothing with it.
+void CheckValue(const Options& options)
+{
+    if (options.type.empty())
+        return;
+    const ValueType& type = *FindValueType(options.type);
+    if (!type.set(nullptr, nullptr, WideText(options.path), options.value))
+        throw Failure(kWrongUsage, "'" + Shown(options.value) + "' is not of the type " + type.name + ": " + type.form);
+}
+
 void Set(const Options& options)
 {
+    CheckValue(options);
     Edit(options,
         [&](HPROFJOB job, HPROFLIST list)
         {
-            ProfSetStringW(job, list, WideText(options.path), WideText(options.value));
+            if (options.type.empty())
+                ProfSetStringW(job, list, WideText(options.path), WideText(options.value));
+            else
+                FindValueType(options.type)->set(job, list, WideText(options.path), options.value);
             return size_t{1};
         });
 }
 
 void Append(const Options& options)
 {
+    if (!options.isList)
+        CheckValue(options);
     Edit(options,
         [&](HPROFJOB job, HPROFLIST list)
         {
             if (options.isList)
                 ProfAppendListW(job, list, WideText(options.path));
+            else if (!options.type.empty())
+                FindValueType(options.type)->append(job, list, WideText(options.path), options.value);
             else
                 ProfAppendStringW(job, list, WideText(options.path), WideText(options.value));
             return size_t{1};
@@ -189,6 +231,13 @@ public:
             ->required(isRequired);
         return *this;
     }
+    CommandMaker& Type()
+    {
+        _command.add_option("--type", _options->type, "the type of the value; a text if it isn't given")
+            ->check(CLI::IsMember(ValueTypeNames()));
+        _command.footer(ValueTypeHelp());
+        return *this;
+    }
     CommandMaker& Default()
     {
         _command.add_option("--default", _options->defaultValue, "what to print if there is no such value")
@@ -236,14 +285,16 @@ void AddProfileCommands(CLI::App& program)
         "is, and convert writes the other forms.");
 
     CommandMaker(profile, "show", "print a profile, or one list of it, as a tree", Show);
-    CommandMaker(profile, "get", "print one value", Get).Path("the path of the value").Default();
+    CommandMaker(profile, "get", "print one value", Get).Path("the path of the value").Type().Default();
     CommandMaker(profile, "set", "change a value, or add it where there is none", Set)
         .Path("the path of the value; missing lists are made")
+        .Type()
         .Value(true)
         .Output()
         .Create();
     CommandMaker(profile, "append", "add a value, or a list, behind what is there", Append)
         .Path("the path of the value or list")
+        .Type()
         .Value(false)
         .IsList("--new-list", "add a list for each name of the path, and no value")
         .Output()

@@ -75,6 +75,43 @@ class ProfileCommands(commands.CommandTest):
         self.qxut("set", str(self.folder / "none"), "--path", "a", "1", "--create")
         self.assertEqual(self.show(str(self.folder / "none")), "a = 1\n")
 
+    def test_typed_values(self):
+        # type, what is given, what stands in the file, what comes back
+        for kind, given, text, back in [
+                ("bool", "true", "TRUE", True),
+                ("int", "-5", "-5", -5),
+                ("int", "0xff", "255", 255),
+                ("int-hex", "255", "xff", 255),
+                ("int64", "-1", "18446744073709551615", -1),
+                ("int64-hex", "0xffffffffff", "xffffffffff", 0xffffffffff),
+                ("double", "1.5", "1.500000", 1.5),
+                ("point", "3,-4", "(3,-4)", [3, -4]),
+                ("rect", "1,2,30,40", "(1,2,30,40)", [1, 2, 30, 40]),
+                ("rect-ltwh", "1,2,31,42", "(1,2,30,40)", [1, 2, 31, 42]),
+                ("color", "#112233", "(17,34,51)", "#112233")]:
+            with self.subTest(kind, given=given):
+                self.qxut("set", self.file, "--path", "v", "--type", kind, "--", given)
+                self.assertEqual(self.qxut("get", self.file, "--path", "v"), text + "\n")
+                shown = self.qxut("get", self.file, "--path", "v", "--type", kind)
+                self.qxut("set", self.file, "--path", "w", "--type", kind, "--", shown.rstrip())
+                self.assertEqual(self.qxut("get", self.file, "--path", "w"), text + "\n", "what get prints, set reads")
+                self.assertEqual(json.loads(self.qxut("get", self.file, "--path", "v", "--type", kind, "--json")),
+                                 {"path": "v", "value": back, "found": True})
+        self.qxut("append", self.file, "--path", "h", "--type", "int-hex", "255")
+        self.assertEqual(self.qxut("get", self.file, "--path", "h"), "x000000FF\n")
+
+        self.assertIn("not of the type point", self.qxut("get", self.file, "--path", "a", "--type", "point", code=1))
+        self.assertEqual(self.qxut("get", self.file, "--path", "none", "--type", "int", "--default", "7"), "7\n")
+        before = self.show()
+        for kind, given in [("int", "1x"), ("int", "2147483648"), ("bool", "yes"), ("point", "1,2,3"), ("rect", "1,2,3"),
+                            ("color", "red"), ("double", ""), ("number", "1")]:
+            with self.subTest(kind, given=given):
+                self.qxut("set", self.file, "--path", "v", "--type", kind, given, code=2)
+        self.assertEqual(self.show(), before)
+        missing = self.folder / "missing"
+        self.qxut("set", str(missing), "--path", "v", "--type", "int", "--create", "x", code=2)
+        self.assertFalse(missing.exists())
+
     def test_output_leaves_the_file_alone(self):
         source = self.folder / "python.desktop"
         shutil.copy(SETTINGS / "python3.11.desktop", source)
