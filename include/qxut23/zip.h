@@ -38,8 +38,9 @@ QXUT_API HZIPFILE UtilZIPCreate(const QXWCHAR* fileName, const QXWCHAR* comment)
    "/dir/a.txt". Since UtilExtractZip and other programs refuse or change a name with a slash in front, give a relative
    name where that matters.
 
-   `comment` is the entry's own. Name and comment are written in code page 437 if both can be, else both in UTF-8. The
-   entry has the file's last write time, in local time, and its attributes.
+   `comment` is the entry's own. Name and comment are written in code page 437 if both can be, else both in UTF-8;
+   some programs on other systems than Windows don't know the former. The entry has the file's last write time, in local
+   time, and its attributes.
 
    QXUT_ZIP_OK, also for a null handle; QXUT_ZIP_CANNOT_OPEN or QXUT_ZIP_CANNOT_STORE, and then the archive is as
    before. */

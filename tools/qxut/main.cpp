@@ -5,6 +5,7 @@
 #include "log_commands.h"
 #include "profile_commands.h"
 #include "terminal.h"
+#include "zip_commands.h"
 
 #include <qxut23/profile.h>
 
@@ -49,6 +50,7 @@ int main(int argc, char** argv)
     AddFilterCommands(program);
     AddLogCommands(program);
     AddCountryCommands(program);
+    AddZipCommands(program);
 
     std::vector<std::string> arguments = StartTerminal(argc, argv);
     std::reverse(arguments.begin(), arguments.end()); // the parser takes them from the end

@@ -16,4 +16,7 @@ void MakeStandardStreamsBinary();
 // Whether the standard output is a terminal that shows colours, and nobody asked to have none (NO_COLOR).
 bool TerminalHasColours();
 
+// Whether someone looks at the standard error stream.
+bool ErrorsGoToTerminal();
+
 } // namespace qxut

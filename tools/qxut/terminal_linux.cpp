@@ -22,4 +22,9 @@ bool TerminalHasColours()
            std::getenv("NO_COLOR") == nullptr;
 }
 
+bool ErrorsGoToTerminal()
+{
+    return isatty(STDERR_FILENO) != 0;
+}
+
 } // namespace qxut

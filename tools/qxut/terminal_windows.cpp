@@ -43,4 +43,12 @@ bool TerminalHasColours()
            SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }
 
+// A terminal that doesn't know the sequences which clear a line is treated as none.
+bool ErrorsGoToTerminal()
+{
+    const HANDLE errors = GetStdHandle(STD_ERROR_HANDLE);
+    DWORD mode = 0;
+    return GetConsoleMode(errors, &mode) && SetConsoleMode(errors, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+}
+
 } // namespace qxut

@@ -1,0 +1,142 @@
+"""zip_test.py COMMAND...: runs `qxut zip` as its users do, and hands its archives to other programs. COMMAND starts the
+program."""
+
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+import zipfile
+
+COMMAND = sys.argv[1:]
+ARCHIVES = pathlib.Path(__file__).parents[2] / "data" / "zip"
+FILES = {
+    "plain.txt": b"a line of text\n" * 2000,
+    "none": b"",
+    "sub/Gr\u00f6\u00dfe.txt": b"Gr\xc3\xb6\xc3\x9fe",
+    "sub/deep/\u65e5\u672c\u8a9e.bin": bytes(range(256)) * 50,
+    "sub/two words": b"x",
+}
+# What tests an archive, with it as the last argument.
+TESTERS = [["unzip", "-tqq"], ["7zz", "t"], ["bsdtar", "-tf"], [sys.executable, "-m", "zipfile", "-t"]]
+
+
+class ZipCommands(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.tree = self.folder / "tree"
+        for name, content in FILES.items():
+            path = self.tree / name
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_bytes(content)
+            os.utime(path, (1720960496, 1720960496))
+        self.archive = str(self.folder / "x.zip")
+
+    def qxut(self, *arguments, code=0, cwd=None):
+        done = subprocess.run([*COMMAND, "zip", *map(str, arguments)], capture_output=True, encoding="utf-8", cwd=cwd)
+        self.assertEqual(done.returncode, code, done)
+        if code != 0:
+            self.assertEqual(done.stdout, "")
+        return done.stdout if code == 0 else done.stderr
+
+    def files_below(self, folder):
+        return {path.relative_to(folder).as_posix(): path.read_bytes()
+                for path in pathlib.Path(folder).rglob("*") if path.is_file()}
+
+    def test_create_and_extract(self):
+        told = json.loads(self.qxut("create", self.archive, self.tree, "--comment", "a comment", "--json"))
+        size = sum(map(len, FILES.values()))
+        self.assertEqual(told, {"archive": self.archive, "files": len(FILES), "bytes": size,
+                                "size": os.path.getsize(self.archive)})
+        with zipfile.ZipFile(self.archive) as archive:
+            self.assertEqual(archive.comment, b"a comment")
+            self.assertEqual({name: archive.read(name) for name in archive.namelist()},
+                             {"tree/" + name: content for name, content in FILES.items()})
+        self.assertEqual(json.loads(self.qxut("extract", self.archive, self.folder / "out", "--json")),
+                         {"archive": self.archive, "folder": str(self.folder / "out"), "files": len(FILES),
+                          "bytes": size})
+        self.assertEqual(self.files_below(self.folder / "out/tree"), FILES)
+        self.assertEqual(int(os.path.getmtime(self.folder / "out/tree/plain.txt")), 1720960496)
+
+    def test_other_programs_read_our_archives(self):
+        # A name of code page 437 these programs know on Windows only; python and we ourselves everywhere.
+        expected = {name: content for name, content in FILES.items() if "\u00f6" not in name}
+        (self.tree / "sub/Gr\u00f6\u00dfe.txt").unlink()
+        self.qxut("create", self.archive, self.tree)
+        for tester in TESTERS:
+            done = subprocess.run([*tester, self.archive], capture_output=True, env=dict(os.environ, LC_ALL="C.UTF-8"))
+            self.assertEqual(done.returncode, 0, done)
+        for number, extractor in enumerate((["unzip", "-q"], ["7zz", "x", "-bso0"], ["bsdtar", "-xf"])):
+            target = self.folder / str(number)
+            target.mkdir()
+            subprocess.run([*extractor, self.archive], cwd=target, check=True, capture_output=True,
+                           env=dict(os.environ, LC_ALL="C.UTF-8"))
+            self.assertEqual(self.files_below(target / "tree"), expected, extractor)
+
+    def test_names_of_single_files(self):
+        for path, name in (("tree/plain.txt", "tree/plain.txt"), ("./tree/none", "tree/none"),
+                           ("../" + self.folder.name + "/tree/none", "none"), (self.tree / "none", "none")):
+            self.qxut("create", self.archive, path, cwd=self.folder)
+            self.assertEqual(zipfile.ZipFile(self.archive).namelist(), [name])
+
+    def test_list(self):
+        entries = {entry["name"]: entry for entry in json.loads(self.qxut("list", ARCHIVES / "infozip-zip64.zip", "--json"))}
+        self.assertEqual(entries["plain.txt"], {
+            "name": "plain.txt", "size": 2030, "packed": 175, "method": "deflate", "modified": "2024-07-14 12:34:56",
+            "folder": False, "encrypted": False})
+        self.assertEqual(sorted(entries), ["empty/", "none", "plain.txt", "sub/", "sub/Gr\u00f6\u00dfe.txt",
+                                           "sub/\u65e5\u672c\u8a9e/", "sub/\u65e5\u672c\u8a9e/\u00fc.txt"])
+        for name in ("7zip-local.zip", "libarchive.zip", "python.zip"):
+            names = [entry["name"] for entry in json.loads(self.qxut("list", ARCHIVES / name, "--json"))]
+            self.assertTrue(any(name.endswith("sub/Gr\u00f6\u00dfe.txt") for name in names), names)
+        with zipfile.ZipFile(self.archive, "w") as archive:
+            info = zipfile.ZipInfo("a\x1b[31m", (1999, 12, 31, 23, 59, 58))
+            archive.writestr(info, b"12345")
+        self.assertEqual(self.qxut("list", self.archive),
+                         "           5  stored     1999-12-31 23:59:58  a\\x1B[31m\n1 file, 5 bytes\n")
+        zipfile.ZipFile(self.archive, "w").close()
+        self.assertEqual(self.qxut("list", self.archive), "0 files, 0 bytes\n")
+        self.assertEqual(self.qxut("extract", self.archive, self.folder / "out"),
+                         f"{self.folder / 'out'}: 0 files, 0 bytes\n")
+
+    def test_errors_name_file_and_reason(self):
+        (self.folder / "text").write_text("no archive")
+        missing = str(self.folder / "missing")
+        for command, code, reason in (
+                (("list", missing), 3, "there is no such file"), (("list", self.folder), 3, "it is a folder"),
+                (("list", self.folder / "text"), 4, "it is no zip archive"),
+                (("extract", missing, self.folder / "out"), 3, "there is no such file"),
+                (("extract", ARCHIVES / "infozip-encrypted.zip", self.folder / "out"), 4, "'plain.txt' is encrypted"),
+                (("create", self.archive, missing), 3, "there is no such file"),
+                (("create", self.folder / "no/x.zip", self.tree), 6, "can't be made"),
+                (("create", self.archive), 2, "PATH"), (("extract", self.archive), 2, "FOLDER")):
+            self.assertIn(reason, self.qxut(*command, code=code))
+        self.assertFalse(os.path.exists(self.archive))
+        with zipfile.ZipFile(self.archive, "w") as archive:
+            archive.writestr("good", "1")
+            archive.writestr("../evil", "2")
+        self.assertIn("'../evil' leads out of the folder",
+                      self.qxut("extract", self.archive, self.folder / "out", code=4))
+        self.assertEqual(self.files_below(self.folder / "out"), {"good": b"1"})
+        self.assertFalse((self.folder / "evil").exists())
+
+    @unittest.skipIf(len(COMMAND) > 1, "a terminal of the other system isn't at hand")
+    def test_progress_on_a_terminal(self):
+        import pty
+        for arguments in (("create", self.archive, self.tree), ("extract", self.archive, self.folder / "out")):
+            ours, theirs = pty.openpty()
+            done = subprocess.run([*COMMAND, "zip", *map(str, arguments)], stdout=subprocess.PIPE, stderr=theirs)
+            os.close(theirs)
+            shown = os.read(ours, 65536).decode()
+            os.close(ours)
+            self.assertEqual(done.returncode, 0)
+            self.assertIn("[" + 30 * "=" + "] 100%", shown)
+            self.assertTrue(shown.endswith("\r\x1b[K"), "the line is empty at the end")
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])

@@ -1,0 +1,227 @@
+#include "zip_directory.h"
+
+#include "failure.h"
+#include "text.h"
+
+#include <minizip/unzip.h>
+#include <zlib.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string_view>
+
+namespace qxut
+{
+
+namespace
+{
+
+constexpr uint64_t kLargest32 = 0xFFFFFFFF;
+constexpr uint16_t kZip64Field = 0x0001;
+constexpr uint16_t kUnicodePathField = 0x7075;
+constexpr size_t kUnicodePathHead = 5; // version, CRC-32 of the name that it stands for
+constexpr unsigned kFlagEncrypted = 0x0001;
+constexpr unsigned kFlagUtf8 = 0x0800;
+constexpr unsigned kMadeOnUnix = 3;
+constexpr unsigned kMadeOnDarwin = 19;
+
+// Code page 437 from 128 on.
+constexpr QXWCHAR kUpperHalf[] = {0xC7, 0xFC, 0xE9, 0xE2, 0xE4, 0xE0, 0xE5, 0xE7, 0xEA, 0xEB, 0xE8, 0xEF, 0xEE, 0xEC,
+    0xC4, 0xC5, 0xC9, 0xE6, 0xC6, 0xF4, 0xF6, 0xF2, 0xFB, 0xF9, 0xFF, 0xD6, 0xDC, 0xA2, 0xA3, 0xA5, 0x20A7, 0x192, 0xE1,
+    0xED, 0xF3, 0xFA, 0xF1, 0xD1, 0xAA, 0xBA, 0xBF, 0x2310, 0xAC, 0xBD, 0xBC, 0xA1, 0xAB, 0xBB, 0x2591, 0x2592, 0x2593,
+    0x2502, 0x2524, 0x2561, 0x2562, 0x2556, 0x2555, 0x2563, 0x2551, 0x2557, 0x255D, 0x255C, 0x255B, 0x2510, 0x2514,
+    0x2534, 0x252C, 0x251C, 0x2500, 0x253C, 0x255E, 0x255F, 0x255A, 0x2554, 0x2569, 0x2566, 0x2560, 0x2550, 0x256C,
+    0x2567, 0x2568, 0x2564, 0x2565, 0x2559, 0x2558, 0x2552, 0x2553, 0x256B, 0x256A, 0x2518, 0x250C, 0x2588, 0x2584,
+    0x258C, 0x2590, 0x2580, 0x3B1, 0xDF, 0x393, 0x3C0, 0x3A3, 0x3C3, 0xB5, 0x3C4, 0x3A6, 0x398, 0x3A9, 0x3B4, 0x221E,
+    0x3C6, 0x3B5, 0x2229, 0x2261, 0xB1, 0x2265, 0x2264, 0x2320, 0x2321, 0xF7, 0x2248, 0xB0, 0x2219, 0xB7, 0x221A,
+    0x207F, 0xB2, 0x25A0, 0xA0};
+static_assert(std::size(kUpperHalf) == 128);
+
+// minizip reads through these, so that a path may have any characters on every target.
+std::ifstream& StreamOf(voidpf stream)
+{
+    return *static_cast<std::ifstream*>(stream);
+}
+
+voidpf Open(voidpf, const void* path, int)
+{
+    auto stream = std::make_unique<std::ifstream>(*static_cast<const std::filesystem::path*>(path), std::ios::binary);
+    return stream->is_open() ? stream.release() : nullptr;
+}
+
+uLong Read(voidpf, voidpf stream, void* buffer, uLong size)
+{
+    StreamOf(stream).read(static_cast<char*>(buffer), static_cast<std::streamsize>(size));
+    const auto count = static_cast<uLong>(StreamOf(stream).gcount());
+    StreamOf(stream).clear();
+    return count;
+}
+
+ZPOS64_T Tell(voidpf, voidpf stream)
+{
+    return static_cast<ZPOS64_T>(StreamOf(stream).tellg());
+}
+
+long Seek(voidpf, voidpf stream, ZPOS64_T offset, int origin)
+{
+    const auto from = origin == ZLIB_FILEFUNC_SEEK_SET   ? std::ios::beg
+                      : origin == ZLIB_FILEFUNC_SEEK_CUR ? std::ios::cur
+                                                         : std::ios::end;
+    StreamOf(stream).seekg(static_cast<std::streamoff>(offset), from);
+    const bool failed = !StreamOf(stream);
+    StreamOf(stream).clear();
+    return failed ? -1 : 0;
+}
+
+int Close(voidpf, voidpf stream)
+{
+    std::unique_ptr<std::ifstream>(&StreamOf(stream)).reset();
+    return 0;
+}
+
+int Error(voidpf, voidpf)
+{
+    return 0;
+}
+
+struct CloseArchive
+{
+    void operator()(void* archive) const { unzClose(archive); }
+};
+using Archive = std::unique_ptr<void, CloseArchive>;
+
+std::string_view Field(std::string_view extra, uint16_t id)
+{
+    const auto number = [&](size_t at)
+    {
+        return static_cast<unsigned>(
+            static_cast<unsigned char>(extra[at]) | static_cast<unsigned char>(extra[at + 1]) << 8);
+    };
+    while (extra.size() >= 4 && number(2) <= extra.size() - 4)
+    {
+        if (number(0) == id)
+            return extra.substr(4, number(2));
+        extra.remove_prefix(4 + number(2));
+    }
+    return {};
+}
+
+uLong Checksum(std::string_view bytes)
+{
+    return crc32(0, reinterpret_cast<const Bytef*>(bytes.data()), static_cast<uInt>(bytes.size()));
+}
+
+bool IsUtf8(std::string_view bytes)
+{
+    return Utf8(WideText(bytes)) == bytes;
+}
+
+// By the rules of UtilExtractZip.
+std::string Name(std::string_view bytes, const unz_file_info64& info, std::string_view extra)
+{
+    if (info.flag & kFlagUtf8)
+        return std::string(bytes);
+    const std::string_view path = Field(extra, kUnicodePathField);
+    if (path.size() > kUnicodePathHead && path[0] == 1)
+    {
+        uint32_t crc = 0;
+        std::memcpy(&crc, path.data() + 1, sizeof crc);
+        if (crc == Checksum(bytes))
+            return std::string(path.substr(kUnicodePathHead));
+    }
+    const auto system = static_cast<unsigned>(info.version >> 8);
+    if ((system == kMadeOnUnix || system == kMadeOnDarwin) && IsUtf8(bytes))
+        return std::string(bytes);
+    std::vector<QXWCHAR> wide;
+    for (const char c : bytes)
+    {
+        const auto byte = static_cast<unsigned char>(c);
+        wide.push_back(byte < 128 ? static_cast<QXWCHAR>(byte) : kUpperHalf[byte - 128]);
+    }
+    wide.push_back(0);
+    return Utf8(wide.data());
+}
+
+std::string TimeText(const tm_unz& time)
+{
+    char text[64];
+    std::snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u", time.tm_year, time.tm_mon + 1, time.tm_mday,
+        time.tm_hour, time.tm_min, time.tm_sec);
+    return text;
+}
+
+[[noreturn]] void FailDamaged(const std::string& path)
+{
+    throw Failure(kMalformed, path + ": the directory of the archive is damaged");
+}
+
+ZipEntry Entry(unzFile archive, const std::string& path)
+{
+    unz_file_info64 info{};
+    std::string name(0xFFFF, '\0');
+    std::string extra(0xFFFF, '\0');
+    if (unzGetCurrentFileInfo64(archive, &info, name.data(), static_cast<uLong>(name.size()), extra.data(),
+            static_cast<uLong>(extra.size()), nullptr, 0) != UNZ_OK)
+        FailDamaged(path);
+    name.resize(info.size_filename);
+    extra.resize(info.size_file_extra);
+
+    ZipEntry entry;
+    entry.name = Name(name, info, extra);
+    entry.size = info.uncompressed_size;
+    entry.packed = info.compressed_size;
+    // Not every minizip looks into this field; the sizes stand in it in this order, where they are needed.
+    std::string_view field = Field(extra, kZip64Field);
+    for (uint64_t* size : {&entry.size, &entry.packed})
+        if (*size == kLargest32 && field.size() >= sizeof *size)
+        {
+            std::memcpy(size, field.data(), sizeof *size);
+            field.remove_prefix(sizeof *size);
+        }
+    entry.method = static_cast<unsigned>(info.compression_method);
+    entry.isFolder = !entry.name.empty() && (entry.name.back() == '/' || entry.name.back() == '\\');
+    entry.isEncrypted = (info.flag & kFlagEncrypted) != 0;
+    entry.modified = TimeText(info.tmu_date);
+    return entry;
+}
+
+// minizip takes an archive that is nothing but its end record for none.
+bool IsEmptyArchive(const std::filesystem::path& path)
+{
+    char end[22] = {};
+    std::ifstream file(path, std::ios::binary);
+    return file.read(end, sizeof end) && std::memcmp(end, "PK\5\6\0\0\0\0\0\0\0\0", 12) == 0;
+}
+
+} // namespace
+
+std::vector<ZipEntry> ReadZipDirectory(const std::string& path)
+{
+    const std::filesystem::path native = std::filesystem::u8path(path);
+    std::error_code error;
+    if (!std::filesystem::exists(native, error))
+        throw Failure(kCannotRead, path + ": there is no such file");
+    if (std::filesystem::is_directory(native, error))
+        throw Failure(kCannotRead, path + ": it is a folder");
+    std::vector<ZipEntry> entries;
+    if (IsEmptyArchive(native))
+        return entries;
+
+    zlib_filefunc64_def functions{Open, Read, nullptr, Tell, Seek, Close, Error, nullptr};
+    const Archive archive(unzOpen2_64(&native, &functions));
+    unz_global_info64 info{};
+    if (!archive || unzGetGlobalInfo64(archive.get(), &info) != UNZ_OK)
+        throw Failure(kMalformed, path + ": it is no zip archive");
+    for (uint64_t i = 0; i < info.number_entry; ++i)
+    {
+        if ((i == 0 ? unzGoToFirstFile(archive.get()) : unzGoToNextFile(archive.get())) != UNZ_OK)
+            FailDamaged(path);
+        entries.push_back(Entry(archive.get(), path));
+    }
+    return entries;
+}
+
+} // namespace qxut
