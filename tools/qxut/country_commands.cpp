@@ -124,13 +124,13 @@ void AddCountryCommands(CLI::App& program)
 {
     const auto options = std::make_shared<Options>();
 
-    CLI::App* const country = program.add_subcommand("country", "What is known of a country; without a name, all keys");
+    CLI::App* const country = program.add_subcommand("country", "tell what is known of a country, or all countries");
     country->add_option("name", options->name,
         "Any name of the country: in English or its own language, an ISO 3166 code, a calling code, a language tag");
     country->add_flag("--json", options->asJson, "Print JSON");
     country->callback([options] { options->name.empty() ? ShowKeys(*options) : ShowCountry(*options); });
 
-    CLI::App* const language = program.add_subcommand("language", "The number of a language (LCID)");
+    CLI::App* const language = program.add_subcommand("language", "tell the number of a language (LCID)");
     language->add_option("name", options->name, "A tag or a code: de-AT, de")->required();
     language->add_flag("--json", options->asJson, "Print JSON");
     language->callback([options] { ShowLanguage(*options); });
