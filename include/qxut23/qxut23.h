@@ -15,6 +15,7 @@
 #include <qxut23/profile.h>
 #include <qxut23/profile_values.h>
 #include <qxut23/strings.h>
+#include <qxut23/tempfiles.h>
 #include <qxut23/zip.h>
 
 #endif

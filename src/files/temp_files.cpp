@@ -1,6 +1,7 @@
 #include "files/temp_files.h"
 
 #include "core/critical_section.h"
+#include "files/file_time.h"
 #include "files/path_separator.h"
 #include "files/paths.h"
 
@@ -17,7 +18,6 @@ namespace qx
 namespace
 {
 
-constexpr int nameVersion = 23;
 constexpr std::size_t pathLength = 260;
 constexpr unsigned maxTries = 0xFFFFF;
 constexpr unsigned maxDeniedTries = 1000;
@@ -83,14 +83,10 @@ String MakeSubfolders(const wchar_t* subfolders)
 // How far a time lies from now, in days.
 double DaysFromNow(const FILETIME& time)
 {
-    constexpr double unitsOfADay = 864e9; // 100 ns each
     FILETIME now;
     GetSystemTimeAsFileTime(&now);
-    const auto units = [](const FILETIME& t)
-    {
-        return static_cast<double>(static_cast<std::uint64_t>(t.dwHighDateTime) << 32 | t.dwLowDateTime);
-    };
-    return std::fabs(units(now) - units(time)) / unitsOfADay;
+    const double units = static_cast<double>(UnitsOf(now)) - static_cast<double>(UnitsOf(time));
+    return std::fabs(units) / static_cast<double>(24 * unitsPerHour);
 }
 
 HANDLE OpenFile(const String& name, DWORD disposition, DWORD flags)
@@ -160,7 +156,7 @@ String MakeTempFile(const wchar_t* subfolders, const wchar_t* prefix, const wcha
     if (folder.IsEmpty())
         folder = GetTempFolder(longNames);
     String middle;
-    middle.Format(L"_%d_", nameVersion);
+    middle.Format(L"_%d_", tempNameVersion);
     middle += GetPathStem(base);
     if (*extension == L'.')
         ++extension;

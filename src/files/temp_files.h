@@ -13,6 +13,10 @@ namespace qx
 {
 
 constexpr wchar_t tempSubfolder[] = L"trelmo";
+// The number in the names.
+constexpr int tempNameVersion = 23;
+// The one file in the folder that is no temporary one: see clsTempFileRemover.
+constexpr wchar_t activityExtension[] = L".signal";
 
 // The user's temp folder, with a separator at its end; as the system gives it, or with long names. Asked for once.
 String GetTempFolder(bool longNames);

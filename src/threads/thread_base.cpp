@@ -5,6 +5,7 @@
 #include "core/module_paths.h"
 #include "core/thread_names.h"
 #include "core/ticks.h"
+#include "files/file_time.h"
 #include "threads/debugger_name.h"
 
 #include <process.h>
@@ -82,9 +83,7 @@ private:
 
 long long Milliseconds(const FILETIME& time)
 {
-    constexpr unsigned long long unitsPerMillisecond = 10'000;
-    return static_cast<long long>(
-        (static_cast<unsigned long long>(time.dwHighDateTime) << 32 | time.dwLowDateTime) / unitsPerMillisecond);
+    return static_cast<long long>(UnitsOf(time) / unitsPerMillisecond);
 }
 
 } // namespace

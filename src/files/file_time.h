@@ -1,0 +1,26 @@
+// File times as numbers.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+
+namespace qx
+{
+
+// Of 100 ns, in which file times count.
+constexpr std::uint64_t unitsPerMillisecond = 10'000;
+constexpr std::uint64_t unitsPerSecond = 1000 * unitsPerMillisecond;
+constexpr std::uint64_t unitsPerHour = 3600 * unitsPerSecond;
+
+inline std::uint64_t UnitsOf(const FILETIME& time)
+{
+    return static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
+}
+
+inline FILETIME FileTimeOf(std::uint64_t units)
+{
+    return {static_cast<DWORD>(units), static_cast<DWORD>(units >> 32)};
+}
+
+} // namespace qx

@@ -1,0 +1,64 @@
+#include "files/temp_file_removal.h"
+
+#include "core/debug_line.h"
+#include "core/developer_run.h"
+#include "files/file_finder.h"
+#include "files/file_time.h"
+#include "files/paths.h"
+#include "files/temp_files.h"
+
+namespace qx
+{
+namespace
+{
+
+// What the last error says of a file that couldn't be removed; `format` takes the name and the error's text.
+Removal Failed(const wchar_t* format, const String& name)
+{
+    const DWORD error = GetLastError();
+    if (UtilIsDeveloperRun())
+        DebugLine(format, name.Text(), String::SystemErrorText(error).Text());
+    return error == ERROR_FILE_NOT_FOUND ? Removal::missing : Removal::failed;
+}
+
+// Finer parts of a time than milliseconds don't count.
+bool IsBefore(const FILETIME& a, const FILETIME& b)
+{
+    return UnitsOf(a) / unitsPerMillisecond < UnitsOf(b) / unitsPerMillisecond;
+}
+
+} // namespace
+
+Removal RemoveFile(const String& name)
+{
+    const DWORD attributes = GetFileAttributesW(name);
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return GetLastError() == ERROR_FILE_NOT_FOUND
+                   ? Removal::missing
+                   : Failed(L"WRN: clsTempFileRemover: getting file attributes for '%s' failed: %s", name);
+    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0 &&
+        !SetFileAttributesW(name, attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY)))
+        return Failed(L"WRN: clsTempFileRemover: setting file '%s' r/w failed: %s", name);
+    if (!DeleteFileW(name))
+        return Failed(L"WRN: clsTempFileRemover: error deleting temp file '%s': %s", name);
+    return Removal::removed;
+}
+
+void SweepTempFiles(const String& activityFile, const FILETIME& now)
+{
+    const IString folder = GetPathDirectory(activityFile);
+    const FILETIME limit = FileTimeOf(UnitsOf(now) - unitsPerHour);
+    // Noted first, since deleting while the system lists the folder may make it skip entries.
+    WCValSList<IString> names;
+    for (FileFinder finder(String(String::formatted, L"%s_%d_*", folder.Text(), tempNameVersion), false);
+         finder.Next();)
+        if (GetPathExtension(finder.Name()) != activityExtension && IsBefore(finder.Data().ftLastWriteTime, limit))
+            names.Append(finder.Name());
+    if (UtilIsDeveloperRun())
+        DebugLine(
+            L"deleting %d files from temp directory that are older than one hour", static_cast<int>(names.Count()));
+    for (const IString& name : names)
+        RemoveFile(folder + name);
+}
+
+} // namespace qx

@@ -1,0 +1,283 @@
+// The temp file manager, whose hours pass in no time here.
+#include "threads/temp_file_remover.h"
+
+#include "core/ticks.h"
+#include "files/file_time.h"
+#include "files/path_separator.h"
+#include "files/temp_file_removal.h"
+#include "files/temp_files.h"
+#include "support/developer_run.h"
+#include "threads/temp_file_manager.h"
+#include "threads_support.h"
+#include "unit/files/own_temp_folder.h"
+
+#include <atomic>
+
+using namespace qx;
+using namespace qxtest;
+
+namespace
+{
+
+constexpr std::uint64_t hour = unitsPerHour;
+constexpr std::uint64_t second = unitsPerSecond;
+
+std::uint64_t Now()
+{
+    FILETIME now;
+    GetSystemTimeAsFileTime(&now);
+    return UnitsOf(now);
+}
+
+// How many lines have the name in this place.
+std::size_t CountOf(const DebugLines& lines, const wchar_t* format, const String& name)
+{
+    return lines.CountOf(String(String::formatted, format, name.Text()).View());
+}
+
+// Stands still unless it is told, and the thread waits until it is told to end: the test calls the rounds itself.
+class TestClock : public TempFileClock
+{
+public:
+    unsigned long long Ticks() const override
+    {
+        const unsigned long long now = ticks;
+        ticks += ticksForAsking;
+        return now;
+    }
+    FILETIME UtcNow() const override { return FileTimeOf(utc); }
+    DWORD Wait(DWORD) const override { return INFINITE; }
+
+    mutable unsigned long long ticks = 1000;
+    unsigned long long ticksForAsking = 0;
+    std::uint64_t utc = Now();
+};
+
+class TempFileRemover : public ::testing::Test
+{
+protected:
+    TempFileRemover()
+    {
+        TempFolderOfTests();
+        CreateDirectoryW(Folder(), nullptr);
+    }
+    ~TempFileRemover() override { DeleteFileW(Signal()); }
+
+    static String Folder() { return GetTempFolder(true) + L"trelmo"; }
+    static String InFolder(const wchar_t* name) { return Folder() + String(&PATH_SEPARATOR, 0, 1) + name; }
+    static String Signal() { return InFolder(L"_23_activity.signal"); }
+
+    // A file that was last written to so long ago.
+    String Make(const wchar_t* name, std::uint64_t age) const
+    {
+        const String path = InFolder(name);
+        const HANDLE file = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+        const FILETIME written = FileTimeOf(clock.utc - age);
+        SetFileTime(file, nullptr, nullptr, &written);
+        CloseHandle(file);
+        return path;
+    }
+
+    TestClock clock;
+};
+
+TEST_F(TempFileRemover, FilesGoWhenTheyHaveRestedForTenSeconds)
+{
+    const String name = Make(L"_23_a.tmp", 0);
+    clsTempFileRemover remover(clock);
+    remover.Add(name);
+    EXPECT_EQ(remover.Round(), 9900u);
+    EXPECT_TRUE(Exists(name));
+    clock.utc += 10 * second - 10'000;
+    remover.Round();
+    EXPECT_TRUE(Exists(name));
+    clock.utc += 10'000;
+    EXPECT_EQ(remover.Round(), 10'000u);
+    EXPECT_FALSE(Exists(name));
+}
+
+TEST_F(TempFileRemover, ReadOnlyAndMissingFiles)
+{
+    const String readOnly = Make(L"_23_a.tmp", hour);
+    SetFileAttributesW(readOnly, FILE_ATTRIBUTE_READONLY);
+    const UserIs developer(L"qvx");
+    clsTempFileRemover remover(clock);
+    remover.Round();
+    const DebugLines lines;
+    for (const String& name :
+        {InFolder(L"_23_none.tmp"), InFolder(L"none") + String(&PATH_SEPARATOR, 0, 1) + L"x", readOnly})
+        remover.Add(name);
+    EXPECT_EQ(remover.Round(), 10'000u);
+    EXPECT_FALSE(Exists(readOnly));
+    EXPECT_EQ(lines.Count(), 0u);
+}
+
+TEST_F(TempFileRemover, AFileInUseStaysOnTheList)
+{
+    const String held = Make(L"_23_a.tmp", hour);
+    const String free = Make(L"_23_b.tmp", hour);
+    clsGenericHandleObjectAutoRelease holder(
+        CreateFileW(held, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr), true);
+    const UserIs developer(L"qvx");
+    {
+        clsTempFileRemover remover(clock);
+        remover.Round();
+        const DebugLines lines;
+        remover.Add(held);
+        remover.Add(free);
+        EXPECT_EQ(remover.Round(), 9900u);
+        EXPECT_FALSE(Exists(free)); // it stood behind the one that is in use
+        EXPECT_EQ(CountOf(lines, L"WRN: clsTempFileRemover: error deleting temp file '%s': ", held), 1u);
+        EXPECT_EQ(lines.Last(), String(L" ...trying again later"));
+
+        holder.Release();
+        EXPECT_EQ(remover.Round(), 10'000u);
+        EXPECT_FALSE(Exists(held));
+    }
+    // The end tries once more.
+    Make(L"_23_a.tmp", 0);
+    Make(L"_23_b.tmp", 0);
+    holder.Take(
+        CreateFileW(held, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr), true);
+    const DebugLines lines;
+    {
+        clsTempFileRemover remover(clock);
+        for (const String& name : {held, free, InFolder(L"_23_none.tmp")})
+            remover.Add(name);
+    }
+    EXPECT_FALSE(Exists(free));
+    EXPECT_EQ(CountOf(lines, L"cannot delete '%s', file will most likely remain on your system", held), 1u);
+    EXPECT_EQ(CountOf(lines, L"temp file '%s' is gone!", InFolder(L"_23_none.tmp")), 1u);
+    holder.Release();
+    EXPECT_TRUE(DeleteFileW(held));
+}
+
+TEST_F(TempFileRemover, ManyFiles)
+{
+    clsTempFileRemover remover(clock);
+    int count = 0;
+    for (const auto& [files, pause] :
+        {std::pair(3, 9700u), std::pair(89, 1100u), std::pair(90, 1000u), std::pair(100, 1000u)})
+    {
+        for (; count < files; ++count)
+            remover.Add(Make(String(String::formatted, L"_23_%d.tmp", count), 0));
+        EXPECT_EQ(remover.Round(), pause);
+    }
+    // Looking at a file takes 25 ms now; each of them has 10 on the average.
+    clock.utc += hour;
+    clock.ticksForAsking = 25;
+    EXPECT_EQ(remover.Round(), 10'000u - 100 * 61);
+    EXPECT_FALSE(Exists(InFolder(L"_23_38.tmp")));
+    EXPECT_TRUE(Exists(InFolder(L"_23_39.tmp")));
+}
+
+TEST_F(TempFileRemover, OncePerDayAnHourOldFilesAreSwept)
+{
+    clsTempFileRemover remover(clock);
+    const auto isSwept = [&](unsigned long long ticks, std::uint64_t signalAge)
+    {
+        const String old = Make(L"_23_old.tmp", hour + 10'000);
+        const String fresh = Make(L"_23_fresh.tmp", hour);
+        const String ofOthers = Make(L"_22_old.tmp", 24 * hour);
+        Make(L"_23_activity.signal", signalAge);
+        clock.ticks += ticks;
+        const UserIs developer(L"qvx");
+        const DebugLines lines;
+        remover.Round();
+        EXPECT_TRUE(Exists(fresh));
+        EXPECT_TRUE(Exists(ofOthers));
+        EXPECT_TRUE(Exists(Signal()));
+        const bool isGone = !Exists(old);
+        EXPECT_EQ(
+            lines.CountOf(L"deleting 1 files from temp directory that are older than one hour"), isGone ? 1u : 0u);
+        for (const String& name : {old, fresh, ofOthers})
+            DeleteFileW(name);
+        return isGone;
+    };
+    EXPECT_TRUE(isSwept(0, 3 * hour + 1000));
+    EXPECT_FALSE(isSwept(86'399'999, 4 * hour));
+    EXPECT_TRUE(isSwept(1, 400 * hour));
+    EXPECT_FALSE(isSwept(86'400'000, 3 * hour)); // somebody is alive
+    EXPECT_FALSE(isSwept(86'399'999, 4 * hour)); // and that was this day's try
+    EXPECT_TRUE(isSwept(1, 4 * hour));
+}
+
+TEST_F(TempFileRemover, EachRoundTouchesTheActivityFile)
+{
+    clsTempFileRemover remover(clock);
+    Make(L"_23_activity.signal", 5 * hour);
+    remover.Round();
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    ASSERT_TRUE(GetFileAttributesExW(Signal(), GetFileExInfoStandard, &data));
+    EXPECT_GE(UnitsOf(data.ftLastWriteTime), clock.utc - 60 * second);
+    const std::string note = BytesOf(Signal());
+    ASSERT_GT(note.size(), 12u);
+    EXPECT_EQ(note.size() % 2, 0u);
+    EXPECT_EQ(note.substr(note.size() - 2), std::string(")\0", 2));
+
+    // Another process has it.
+    const clsGenericHandleObjectAutoRelease holder(
+        CreateFileW(Signal(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr), true);
+    const DebugLines lines;
+    remover.Round();
+    EXPECT_EQ(CountOf(lines, L"cannot create/open activity file '%s': ", Signal()), 1u);
+}
+
+TEST_F(TempFileRemover, WithoutTheFolderTheFirstFileStartsTheThread)
+{
+    ASSERT_TRUE(RemoveDirectoryW(Folder()));
+    const DebugLines lines;
+    clsTempFileRemover remover(clock);
+    EXPECT_EQ(lines.Only(), String(String::formatted, L"WRN: UTIL: path '%s' does not exist", Folder().Text()));
+    EXPECT_EQ(remover.GetThreadState(), clsThreadBase::State::None);
+    remover.Add(L"none");
+    EXPECT_EQ(remover.GetThreadState(), clsThreadBase::State::Running);
+    CreateDirectoryW(Folder(), nullptr);
+    remover.Round();
+    EXPECT_TRUE(Exists(Signal()));
+}
+
+TEST_F(TempFileRemover, TheThreadItself)
+{
+    // A thousand times as fast as the world.
+    struct FastClock : TempFileClock
+    {
+        unsigned long long Ticks() const override { return 1000 * UtilGetTicks(); }
+        FILETIME UtcNow() const override { return FileTimeOf(start + 1000 * (Now() - start)); }
+        DWORD Wait(DWORD milliseconds) const override { return milliseconds / 1000; }
+        const std::uint64_t start = Now();
+    } const fast;
+    clsTempFileRemover remover(fast);
+    std::vector<String> names;
+    for (int i = 0; i < 20; ++i)
+    {
+        names.push_back(Make(String(String::formatted, L"_23_%d.tmp", i), 0));
+        remover.Add(names.back());
+    }
+    for (const String& name : names)
+        EXPECT_TRUE(WaitUntil([&] { return !Exists(name); }));
+}
+
+// In real time: the first round comes after ten seconds.
+TEST_F(TempFileRemover, TheManagerOfTheProcess)
+{
+    const String before = Make(L"_23_before.tmp", 0);
+    AddTempFile(before);
+    EXPECT_FALSE(Exists(before)); // at once
+    CloseTempFileManager();       // none there
+
+    OpenTempFileManager();
+    OpenTempFileManager();
+    const String name = Make(L"_23_a.tmp", 0);
+    const String last = Make(L"_23_b.tmp", 0);
+    const Stopwatch watch;
+    AddTempFile(name);
+    EXPECT_TRUE(WaitUntil([&] { return !Exists(name); }));
+    EXPECT_GE(watch.Milliseconds(), 9'000);
+    Make(L"_23_b.tmp", 0);
+    AddTempFile(last);
+    CloseTempFileManager();
+    EXPECT_FALSE(Exists(last));
+}
+
+} // namespace
