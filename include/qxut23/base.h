@@ -35,6 +35,18 @@ typedef char16_t QXWCHAR;
 typedef uint16_t QXWCHAR;
 #endif
 
+/* Results and counts of COM interfaces, the system's HRESULT and ULONG with 32 bits each, and how their functions are
+   called. */
+#if defined(_WIN32)
+typedef long QXHRESULT;
+typedef unsigned long QXULONG;
+#define QXUT_COMCALL __stdcall
+#else
+typedef int32_t QXHRESULT;
+typedef uint32_t QXULONG;
+#define QXUT_COMCALL
+#endif
+
 QXUT_EXTERN_C_END
 
 #endif

@@ -9,6 +9,7 @@
 #include <qxut23/countries.h>
 #include <qxut23/dates.h>
 #include <qxut23/debug.h>
+#include <qxut23/jobs.h>
 #include <qxut23/markup.h>
 #include <qxut23/module.h>
 #include <qxut23/paths.h>

@@ -20,11 +20,11 @@ public:
         *this, L"p_EnumLanguageGroupLocales", 16};
     LateFunction<BOOL(LANGUAGEGROUP_ENUMPROCW, DWORD, LONG_PTR)> p_EnumSystemLanguageGroups{
         *this, L"p_EnumSystemLanguageGroups", 12};
-    LateProcedure p_GetActiveProcessorCount{*this, L"p_GetActiveProcessorCount", 4};
+    LateFunction<DWORD(WORD)> p_GetActiveProcessorCount{*this, L"p_GetActiveProcessorCount", 4};
     LateFunction<DWORD()> p_GetCurrentProcessorNumber{*this, L"p_GetCurrentProcessorNumber"};
     LateFunction<void(PROCESSOR_NUMBER*)> p_GetCurrentProcessorNumberEx{*this, L"p_GetCurrentProcessorNumberEx", 4};
     LateFunction<DWORD(DWORD, wchar_t*)> p_GetDllDirectory{*this, L"p_GetDllDirectory", 8};
-    LateProcedure p_GetProcessGroupAffinity{*this, L"p_GetProcessGroupAffinity", 12};
+    LateFunction<BOOL(HANDLE, USHORT*, USHORT*)> p_GetProcessGroupAffinity{*this, L"p_GetProcessGroupAffinity", 12};
     LateFunction<ULONGLONG()> p_GetTickCount64{*this, L"p_GetTickCount64"};
     LateFunction<LANGID()> p_GetUserDefaultUILanguage{*this, L"p_GetUserDefaultUILanguage"};
     LateProcedure p_HeapCompact{*this, L"p_HeapCompact", 8};

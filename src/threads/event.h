@@ -6,11 +6,20 @@
 namespace qx
 {
 
-// Manual reset, unset at first, without a name.
+// Unset at first, without a name.
 class clsEvent : public clsGenericHandleObjectAutoRelease
 {
 public:
-    clsEvent() : clsGenericHandleObjectAutoRelease(CreateEventW(nullptr, TRUE, FALSE, nullptr), true) {}
+    enum class Kind
+    {
+        manualReset,
+        autoReset // by the one wait that it ends
+    };
+
+    explicit clsEvent(Kind kind = Kind::manualReset)
+        : clsGenericHandleObjectAutoRelease(CreateEventW(nullptr, kind == Kind::manualReset, FALSE, nullptr), true)
+    {
+    }
     ~clsEvent() override = default;
 
     void Set() { SetEvent(Get()); }

@@ -68,6 +68,10 @@ public:
     // Filled when the handle is closed; -1 from the start on.
     unsigned ExitCode() const { return _exitCode; }
 
+protected:
+    // For the body alone; null while nobody draws.
+    ThreadMarks* Marks() const { return _marks.get(); }
+
 private:
     struct StartOrder;
     struct LocalRelease

@@ -12,6 +12,30 @@ class ThreadMarks
 public:
     virtual ~ThreadMarks() = default;
     virtual void WriteMessage(unsigned importance, const wchar_t* text) = 0;
+    // A stretch of time, which may lie within another one.
+    virtual void EnterSpan(const wchar_t* text) = 0;
+    virtual void LeaveSpan() = 0;
+};
+
+// A stretch of time for as long as it lives; nothing without marks.
+class ThreadSpan
+{
+public:
+    ThreadSpan(ThreadMarks* marks, const wchar_t* text) : _marks(marks)
+    {
+        if (_marks)
+            _marks->EnterSpan(text);
+    }
+    ThreadSpan(const ThreadSpan&) = delete;
+    ThreadSpan& operator=(const ThreadSpan&) = delete;
+    ~ThreadSpan()
+    {
+        if (_marks)
+            _marks->LeaveSpan();
+    }
+
+private:
+    ThreadMarks* const _marks;
 };
 
 // Null while nobody draws. The name is null for a thread without one.

@@ -1,0 +1,72 @@
+// Job pools.
+#include <qxut23/jobs.h>
+
+#include "exports/guard.h"
+#include "threads/port_job_dispatcher.h"
+
+using namespace qx;
+
+// The handle is the dispatcher itself.
+struct QxUtThreadPool
+{
+    QxUtThreadPool(uint32_t maximumWorkers, const QXWCHAR* name) : dispatcher(maximumWorkers, name) {}
+
+    clsThreadedJobDispatcherUsingIoCompletionPort dispatcher;
+};
+
+static_assert(sizeof(QXHRESULT) == 4 && sizeof(QXULONG) == 4);
+static_assert(QXUT_E_INVALIDARG == E_INVALIDARG);
+
+HUTTHREADPOOL UtilThreadPoolOpen(uint32_t maximumWorkers, const QXWCHAR* name)
+{
+    return Guarded(static_cast<HUTTHREADPOOL>(nullptr),
+        [=] { return std::make_unique<QxUtThreadPool>(maximumWorkers, name).release(); });
+}
+
+int32_t UtilThreadPoolAdd(HUTTHREADPOOL pool, const QXWCHAR* name, IUnknown* job, IUTThreadedJobHost* host)
+{
+    if (!pool)
+        return QXUT_E_INVALIDARG;
+    return Guarded(static_cast<int32_t>(E_OUTOFMEMORY),
+        [=]
+        {
+            pool->dispatcher.AddJob(std::make_unique<clsUTThreadedJob>(name, job, host));
+            return 0;
+        });
+}
+
+int32_t UtilThreadPoolAbort(HUTTHREADPOOL pool, int32_t group)
+{
+    if (!pool)
+        return QXUT_E_INVALIDARG;
+    return Guarded(static_cast<int32_t>(E_FAIL),
+        [=]
+        {
+            pool->dispatcher.Abort(group);
+            return 0;
+        });
+}
+
+int32_t UtilThreadPoolFinalize(HUTTHREADPOOL pool, IUTThreadedJobHost* host)
+{
+    if (!pool || !host)
+        return QXUT_E_INVALIDARG;
+    return Guarded(static_cast<int32_t>(E_FAIL),
+        [=]
+        {
+            pool->dispatcher.Finalize(host);
+            return 0;
+        });
+}
+
+void UtilThreadPoolClose(HUTTHREADPOOL pool)
+{
+    if (!pool)
+        return;
+    Guarded(
+        [=]
+        {
+            const std::unique_ptr<QxUtThreadPool> closing(pool);
+            closing->dispatcher.Close();
+        });
+}

@@ -1,0 +1,77 @@
+// Runs jobs on threads and brings them back.
+#pragma once
+
+#include "core/critical_section.h"
+#include "threads/event.h"
+#include "threads/threaded_job.h"
+
+#include <memory>
+
+namespace qx
+{
+
+// A list of jobs that owns them.
+using ThreadedJobs = WCValSList<std::unique_ptr<clsUTThreadedJob>>;
+
+// The lists of a dispatcher, and what the thread that drives it does; a derived class brings the workers.
+//
+// A job is in one list at a time: queued, or to be run by the caller; then running, unless the caller runs it; then
+// finished, unless its host took it. References of a job are given back before it counts as gone, so that who was told
+// that all is done may take hosts and jobs away.
+class clsThreadedJobDispatcher : public clsAllocationCountVerifier<clsThreadedJobDispatcher, 0>
+{
+public:
+    explicit clsThreadedJobDispatcher(unsigned maximumWorkers) : _maximumWorkers(maximumWorkers) {}
+    clsThreadedJobDispatcher(const clsThreadedJobDispatcher&) = delete;
+    clsThreadedJobDispatcher& operator=(const clsThreadedJobDispatcher&) = delete;
+
+    // The order of the virtual operations is part of the interface.
+
+    virtual ~clsThreadedJobDispatcher() = default;
+    virtual bool IsIdle() const;
+    // Whether no job of the group is left; group 0 stands for all.
+    virtual bool JobsDone(int group) const;
+    virtual void AddJob(std::unique_ptr<clsUTThreadedJob> job) = 0;
+    // The first one, or null.
+    virtual std::unique_ptr<clsUTThreadedJob> GetFinishedJob() = 0;
+    virtual void Abort(int group);
+    // By the worker that ran it.
+    virtual void JobCompleted(clsUTThreadedJob& job) = 0;
+    // Waits for a job. Null tells the worker to end.
+    virtual clsUTThreadedJob* GetNextJob() = 0;
+    virtual void ResetAbort();
+    virtual bool IsAborted() const;
+    // Until no job is left. Without a host the jobs' own hosts are told.
+    virtual void Finalize(IUTThreadedJobHost* host);
+
+    // Aborts, and until no job is left.
+    void Close();
+
+protected:
+    // Whether jobs that are queued will never be run by a worker.
+    virtual bool HasNoWorkers() const = 0;
+
+    // Both with the lock held.
+    std::unique_ptr<clsUTThreadedJob> TakeRunning(const clsUTThreadedJob& job);
+    clsUTThreadedJob* MoveFirstToRunning();
+
+    mutable clsCriticalSection _lock{4000}; // the lists and the flag
+    const unsigned _maximumWorkers;
+    ThreadedJobs _queued;
+    ThreadedJobs _finished;
+    ThreadedJobs _running;
+    ThreadedJobs _callerJobs;
+    bool _isAborted = false;
+    clsEvent _jobEvent{clsEvent::Kind::autoReset}; // something has changed for the thread that drives
+
+private:
+    template <class Pass>
+    void RunUntilDone(Pass pass);
+    bool FinalizePass(IUTThreadedJobHost* host);
+    bool ClosePass();
+    bool RunCallerJob();
+    bool RunQueuedJob();
+    void KeepFinished(std::unique_ptr<clsUTThreadedJob> job);
+};
+
+} // namespace qx

@@ -1,0 +1,159 @@
+#include "threads/port_job_dispatcher.h"
+
+#include "threads/processor_count.h"
+
+namespace qx
+{
+namespace
+{
+
+constexpr DWORD packetBytes = 8;
+
+// Those of the process, alive.
+std::atomic<int> dispatchers = 0;
+
+long long CounterNow()
+{
+    LARGE_INTEGER now;
+    QueryPerformanceCounter(&now);
+    return now.QuadPart;
+}
+
+} // namespace
+
+clsThreadedJobProcessorUsingIoCompletionPort::clsThreadedJobProcessorUsingIoCompletionPort(
+    clsThreadedJobDispatcherUsingIoCompletionPort& dispatcher, const wchar_t* name)
+    : clsThreadBase(name),
+      _dispatcher(dispatcher)
+{
+}
+
+clsThreadedJobProcessorUsingIoCompletionPort::~clsThreadedJobProcessorUsingIoCompletionPort()
+{
+    ThreadEnd(false, 1000, true);
+}
+
+unsigned clsThreadedJobProcessorUsingIoCompletionPort::ThreadProc()
+{
+    while (clsUTThreadedJob* const job = _dispatcher.GetNextJob())
+    {
+        {
+            const ThreadSpan span(Marks(), job->name.Text());
+            job->Run();
+        }
+        _dispatcher.JobCompleted(*job);
+    }
+    --_dispatcher._activeWorkers;
+    return 0;
+}
+
+// Without a port there are no workers, and the thread that finalizes or closes runs the jobs itself.
+clsThreadedJobDispatcherUsingIoCompletionPort::clsThreadedJobDispatcherUsingIoCompletionPort(
+    unsigned maximumWorkers, const wchar_t* name)
+    : clsThreadedJobDispatcher(
+          qx::MaximumWorkers(maximumWorkers, maximumWorkers == 0 ? ProcessorCount() : 0, ++dispatchers)),
+      _name(name),
+      _port(CreateIoCompletionPort(INVALID_HANDLE_VALUE, nullptr, 0, _maximumWorkers), true)
+{
+}
+
+clsThreadedJobDispatcherUsingIoCompletionPort::~clsThreadedJobDispatcherUsingIoCompletionPort()
+{
+    for (std::size_t worker = 0; worker < _workers.Count(); ++worker)
+        PostQueuedCompletionStatus(_port.Get(), 0, 0, nullptr);
+    _workers.Clear();
+    _port.Release();
+    --dispatchers;
+}
+
+void clsThreadedJobDispatcherUsingIoCompletionPort::AddJob(std::unique_ptr<clsUTThreadedJob> job)
+{
+    clsUTThreadedJob* const address = job.get();
+    {
+        const clsCriticalSectionLock lock(_lock);
+        if (_isAborted)
+            return; // the record and its references go with the argument
+        if (job->CanRunOnWorker())
+        {
+            if ((!_queued.IsEmpty() || _workers.IsEmpty()) && _workers.Count() < _maximumWorkers)
+                StartWorker();
+            _queued.Append(std::move(job));
+        }
+        else
+        {
+            _callerJobs.Append(std::move(job));
+            _jobEvent.Set(); // whoever waits for jobs may run this one
+        }
+    }
+    PostQueuedCompletionStatus(_port.Get(), packetBytes, 0, reinterpret_cast<OVERLAPPED*>(address));
+}
+
+// One that can't be started is not missed: the next job tries again.
+void clsThreadedJobDispatcherUsingIoCompletionPort::StartWorker()
+{
+    if (!_port.IsValid())
+        return;
+    auto worker = std::make_unique<clsThreadedJobProcessorUsingIoCompletionPort>(*this, _name.Text());
+    ++_activeWorkers;
+    if (worker->ThreadStart(THREAD_PRIORITY_NORMAL))
+        _workers.Append(std::move(worker));
+    else
+        --_activeWorkers;
+}
+
+clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::GetNextJob()
+{
+    for (;;)
+    {
+        DWORD bytes = 0;
+        ULONG_PTR key = 0;
+        OVERLAPPED* packet = nullptr;
+        const long long begin = CounterNow();
+        const BOOL isThere = GetQueuedCompletionStatus(_port.Get(), &bytes, &key, &packet, INFINITE);
+        _waitTime.fetch_add(CounterNow() - begin, std::memory_order_relaxed);
+        if (!isThere || !packet)
+            return nullptr;
+        const clsCriticalSectionLock lock(_lock);
+        if (clsUTThreadedJob* const job = MoveFirstToRunning())
+        {
+            ++_jobsHandedOut;
+            return job;
+        }
+    }
+}
+
+// The host is told and the job released under the lock: see clsThreadedJobDispatcher.
+void clsThreadedJobDispatcherUsingIoCompletionPort::JobCompleted(clsUTThreadedJob& job)
+{
+    const clsCriticalSectionLock lock(_lock);
+    std::unique_ptr<clsUTThreadedJob> completed = TakeRunning(job);
+    if (completed->TellOwnHost())
+        completed.reset();
+    else
+        _finished.Append(std::move(completed));
+    _jobEvent.Set();
+}
+
+std::unique_ptr<clsUTThreadedJob> clsThreadedJobDispatcherUsingIoCompletionPort::GetFinishedJob()
+{
+    const clsCriticalSectionLock lock(_lock);
+    std::optional<std::unique_ptr<clsUTThreadedJob>> first = _finished.TakeAt(0);
+    if (!first)
+        return nullptr;
+    _jobEvent.Set();
+    return std::move(*first);
+}
+
+long long clsThreadedJobDispatcherUsingIoCompletionPort::JobsHandedOut() const
+{
+    const clsCriticalSectionLock lock(_lock);
+    return _jobsHandedOut;
+}
+
+std::size_t clsThreadedJobDispatcherUsingIoCompletionPort::WorkerCount() const
+{
+    const clsCriticalSectionLock lock(_lock);
+    return _workers.Count();
+}
+
+} // namespace qx

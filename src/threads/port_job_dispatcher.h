@@ -1,0 +1,66 @@
+// The job dispatcher whose workers wait at a completion port.
+#pragma once
+
+#include "threads/job_dispatcher.h"
+#include "threads/thread_base.h"
+
+#include <atomic>
+
+namespace qx
+{
+
+class clsThreadedJobDispatcherUsingIoCompletionPort;
+
+// A worker.
+class clsThreadedJobProcessorUsingIoCompletionPort final : public clsThreadBase
+{
+public:
+    clsThreadedJobProcessorUsingIoCompletionPort(
+        clsThreadedJobDispatcherUsingIoCompletionPort& dispatcher, const wchar_t* name);
+    ~clsThreadedJobProcessorUsingIoCompletionPort() override;
+
+    unsigned ThreadProc() override;
+    unsigned GetStackSize() const override { return 0x10000; }
+
+private:
+    clsThreadedJobDispatcherUsingIoCompletionPort& _dispatcher;
+};
+
+// A packet at the port is leave for one worker to take one job, the first that is queued. It bears the address of a
+// job, which nobody looks at: the job may be gone by then, or be one for the caller. There are never fewer packets than
+// queued jobs, so each job finds its worker; a packet that finds no job is passed over.
+class clsThreadedJobDispatcherUsingIoCompletionPort final : public clsThreadedJobDispatcher
+{
+public:
+    // 0 for as many workers as the process has processors for.
+    clsThreadedJobDispatcherUsingIoCompletionPort(unsigned maximumWorkers, const wchar_t* name);
+    ~clsThreadedJobDispatcherUsingIoCompletionPort() override;
+
+    void AddJob(std::unique_ptr<clsUTThreadedJob> job) override;
+    std::unique_ptr<clsUTThreadedJob> GetFinishedJob() override;
+    void JobCompleted(clsUTThreadedJob& job) override;
+    clsUTThreadedJob* GetNextJob() override;
+
+    // The ticks of the performance counter that workers spent waiting.
+    long long WaitTime() const { return _waitTime; }
+    long long JobsHandedOut() const;
+    unsigned MaximumWorkers() const { return _maximumWorkers; }
+    std::size_t WorkerCount() const;
+
+protected:
+    bool HasNoWorkers() const override { return _activeWorkers == 0; }
+
+private:
+    friend class clsThreadedJobProcessorUsingIoCompletionPort;
+
+    void StartWorker();
+
+    std::atomic<long long> _waitTime = 0;
+    long long _jobsHandedOut = 0;
+    const String _name;
+    WCValSList<std::unique_ptr<clsThreadedJobProcessorUsingIoCompletionPort>> _workers;
+    std::atomic<int> _activeWorkers = 0; // not yet at their end
+    clsGenericHandleObjectAutoRelease _port;
+};
+
+} // namespace qx

@@ -1,0 +1,68 @@
+#include "threads/processor_count.h"
+
+#include "core/late_libraries.h"
+
+#include <algorithm>
+#include <bit>
+#include <vector>
+
+namespace qx
+{
+namespace
+{
+
+constexpr USHORT usualGroups = 256;
+constexpr int dispatchersWithoutLimit = 10;
+constexpr unsigned workersBeyondThat = 2;
+
+// Empty where the system has no groups.
+std::vector<USHORT> GroupsOfProcess()
+{
+    auto& groupsOf = Kernel32().p_GetProcessGroupAffinity;
+    if (!groupsOf.IsThere())
+        return {};
+    std::vector<USHORT> groups(usualGroups);
+    USHORT count = usualGroups;
+    BOOL isKnown = groupsOf(GetCurrentProcess(), &count, groups.data());
+    if (!isKnown && GetLastError() == ERROR_INSUFFICIENT_BUFFER)
+    {
+        groups.resize(count);
+        isKnown = groupsOf(GetCurrentProcess(), &count, groups.data());
+    }
+    groups.resize(isKnown ? std::min<std::size_t>(count, groups.size()) : 0);
+    return groups;
+}
+
+unsigned CountByGroups()
+{
+    auto& countOf = Kernel32().p_GetActiveProcessorCount;
+    if (!countOf.IsThere())
+        return 0;
+    unsigned count = 0;
+    for (const USHORT group : GroupsOfProcess())
+        count += countOf(group);
+    return count;
+}
+
+unsigned CountByMask()
+{
+    DWORD_PTR ofProcess = 0, ofSystem = 0;
+    GetProcessAffinityMask(GetCurrentProcess(), &ofProcess, &ofSystem);
+    return static_cast<unsigned>(std::popcount(ofProcess));
+}
+
+} // namespace
+
+unsigned ProcessorCount()
+{
+    const unsigned count = CountByGroups();
+    return count != 0 ? count : std::max(CountByMask(), 1u);
+}
+
+unsigned MaximumWorkers(unsigned wanted, unsigned processors, int dispatchers)
+{
+    const unsigned maximum = wanted != 0 ? wanted : std::max(processors, 2u) - 1;
+    return dispatchers > dispatchersWithoutLimit ? std::min(maximum, workersBeyondThat) : maximum;
+}
+
+} // namespace qx
