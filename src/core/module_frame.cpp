@@ -159,4 +159,21 @@ void DetachModule(const ModuleSteps& steps) noexcept
     SetLibraryHandle(nullptr);
 }
 
+namespace
+{
+
+std::atomic<bool> processIsEnding{false};
+
+} // namespace
+
+bool IsProcessEnding()
+{
+    return processIsEnding;
+}
+
+void SetProcessEnding()
+{
+    processIsEnding = true;
+}
+
 } // namespace qx

@@ -23,4 +23,8 @@ void AttachModule(HMODULE library, const ModuleSteps& steps) noexcept;
 // the steps must not need them. Does nothing where nothing was attached.
 void DetachModule(const ModuleSteps& steps) noexcept;
 
+// Whether the library goes with its process, by whose end all other threads are gone already.
+bool IsProcessEnding();
+void SetProcessEnding();
+
 } // namespace qx

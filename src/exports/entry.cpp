@@ -15,11 +15,15 @@ constexpr qx::ModuleSteps steps = {
 
 } // namespace
 
-extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID)
+extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID reserved)
 {
     if (reason == DLL_PROCESS_ATTACH)
         qx::AttachModule(library, steps);
     else if (reason == DLL_PROCESS_DETACH)
+    {
+        if (reserved)
+            qx::SetProcessEnding();
         qx::DetachModule(steps);
+    }
     return TRUE;
 }

@@ -1,0 +1,95 @@
+#include "threads/system_thread_pool.h"
+
+#include "core/module.h"
+#include "core/module_frame.h"
+
+#include <utility>
+
+namespace qx
+{
+namespace
+{
+
+constexpr unsigned short firstSystemWithPools = 0x0600;
+
+} // namespace
+
+bool clsThreadPoolBase::HasAll()
+{
+    for (LateProcedure* function :
+        std::initializer_list<LateProcedure*>{&p_CreateThreadpool, &p_CloseThreadpool, &p_CreateThreadpoolCleanupGroup,
+            &p_CloseThreadpoolCleanupGroup, &p_CloseThreadpoolCleanupGroupMembers, &p_CreateThreadpoolWork,
+            &p_SubmitThreadpoolWork, &p_WaitForThreadpoolWorkCallbacks, &p_CloseThreadpoolWork, &p_CallbackMayRunLong})
+        if (!function->IsThere())
+            return false;
+    return true;
+}
+
+clsThreadPool::clsThreadPool()
+{
+    if (SystemVersion() < firstSystemWithPools || !HasAll())
+        return;
+    _pool = p_CreateThreadpool(nullptr);
+    _cleanupGroup = p_CreateThreadpoolCleanupGroup();
+    _environment.pool = _pool;
+    _environment.cleanupGroup = _cleanupGroup;
+}
+
+// At the end of the process the threads are gone already, and there is nothing to wait for.
+clsThreadPool::~clsThreadPool()
+{
+    if (IsProcessEnding())
+        return;
+    if (_cleanupGroup)
+    {
+        p_CloseThreadpoolCleanupGroupMembers(_cleanupGroup, TRUE, nullptr);
+        p_CloseThreadpoolCleanupGroup(_cleanupGroup);
+    }
+    if (_pool)
+        p_CloseThreadpool(_pool);
+}
+
+PTP_WORK clsThreadPool::CreateWork(PTP_WORK_CALLBACK callback, void* context)
+{
+    return _pool ? p_CreateThreadpoolWork(callback, context, &_environment) : nullptr;
+}
+
+clsThreadPoolWorkerBaseRunOnce::clsThreadPoolWorkerBaseRunOnce(clsThreadPool& pool)
+    : _pool(pool),
+      _work(pool.CreateWork(&Callback, this))
+{
+}
+
+bool clsThreadPoolWorkerBaseRunOnce::Submit()
+{
+    if (_work)
+        _pool.p_SubmitThreadpoolWork(_work);
+    return _work != nullptr;
+}
+
+void clsThreadPoolWorkerBaseRunOnce::Finish()
+{
+    const clsCriticalSectionLock lock(_lock);
+    if (!_work)
+        return;
+    if (_threadId != GetCurrentThreadId())
+        _pool.p_WaitForThreadpoolWorkCallbacks(_work, TRUE);
+    _pool.p_CloseThreadpoolWork(std::exchange(_work, nullptr));
+}
+
+bool clsThreadPoolWorkerBaseRunOnce::MayRunLong() const
+{
+    const PTP_CALLBACK_INSTANCE instance = _instance;
+    return instance && _pool.p_CallbackMayRunLong(instance) != FALSE;
+}
+
+// Behind Run() the object may be gone.
+void CALLBACK clsThreadPoolWorkerBaseRunOnce::Callback(PTP_CALLBACK_INSTANCE instance, void* context, PTP_WORK)
+{
+    auto& worker = *static_cast<clsThreadPoolWorkerBaseRunOnce*>(context);
+    worker._instance = instance;
+    worker._threadId = GetCurrentThreadId();
+    worker.Run();
+}
+
+} // namespace qx

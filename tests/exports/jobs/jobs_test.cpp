@@ -1,0 +1,178 @@
+// Job pools as a caller has them, under load: each job told once, each reference back.
+#include <qxut23/jobs.h>
+
+#include "support/test_jobs.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <thread>
+#include <vector>
+
+using namespace qxtest;
+
+namespace
+{
+
+// The everyday number; QXUT_TEST_JOBS=1000000 is the long form.
+int JobsOfTheTest(int usual)
+{
+    const char* const number = std::getenv("QXUT_TEST_JOBS");
+    return number ? std::atoi(number) : usual;
+}
+
+int32_t Add(HUTTHREADPOOL pool, TestJob* job, IUTThreadedJobHost* host)
+{
+    const int32_t result = UtilThreadPoolAdd(pool, L"job", reinterpret_cast<IUnknown*>(job), host);
+    job->Release();
+    return result;
+}
+
+class JobPools : public ::testing::Test
+{
+protected:
+    ~JobPools() override
+    {
+        EXPECT_EQ(counts.alive, 0);
+        EXPECT_EQ(counts.takenAgain, 0);
+        EXPECT_EQ(taking.references, 1u);
+        EXPECT_EQ(declining.references, 1u);
+    }
+
+    JobCounts counts;
+    TestHost taking{CountAndAnswer(counts, 0)};
+    TestHost declining{CountAndAnswer(counts, 1)};
+};
+
+TEST_F(JobPools, Arguments)
+{
+    EXPECT_EQ(UtilThreadPoolAdd(nullptr, L"", nullptr, nullptr), QXUT_E_INVALIDARG);
+    EXPECT_EQ(UtilThreadPoolAbort(nullptr, 0), QXUT_E_INVALIDARG);
+    EXPECT_EQ(UtilThreadPoolFinalize(nullptr, &taking), QXUT_E_INVALIDARG);
+    UtilThreadPoolClose(nullptr);
+    const HUTTHREADPOOL pool = UtilThreadPoolOpen(0, L"pool");
+    ASSERT_NE(pool, nullptr);
+    EXPECT_EQ(UtilThreadPoolFinalize(pool, nullptr), QXUT_E_INVALIDARG);
+    EXPECT_EQ(UtilThreadPoolAdd(pool, nullptr, nullptr, nullptr), 0);
+    EXPECT_EQ(UtilThreadPoolFinalize(pool, &taking), 0);
+    EXPECT_EQ(counts.told, 1);
+    EXPECT_EQ(UtilThreadPoolAbort(pool, 0), 0);
+    EXPECT_EQ(Add(pool, new TestJob(counts), &taking), 0);
+    EXPECT_EQ(counts.alive, 0);
+    UtilThreadPoolClose(pool);
+}
+
+TEST_F(JobPools, ManyTinyJobs)
+{
+    const int jobs = JobsOfTheTest(30'000);
+    const HUTTHREADPOOL pool = UtilThreadPoolOpen(3, L"pool");
+    for (int i = 0; i < jobs; ++i)
+        Add(pool, new TestJob(counts, {}, 0, i % 1000 != 0), i % 10 == 0 ? nullptr : &taking);
+    EXPECT_EQ(UtilThreadPoolFinalize(pool, &taking), 0);
+    EXPECT_EQ(counts.runs, jobs);
+    EXPECT_EQ(counts.told, jobs);
+    UtilThreadPoolClose(pool);
+}
+
+TEST_F(JobPools, JobsThatAddJobs)
+{
+    const HUTTHREADPOOL pool = UtilThreadPoolOpen(3, L"pool");
+    struct Tree
+    {
+        void Grow(int depth)
+        {
+            Add(pool,
+                new TestJob(
+                    counts,
+                    [this, depth]
+                    {
+                        for (int child = 0; depth > 0 && child < 2; ++child)
+                            Grow(depth - 1);
+                    },
+                    0, depth % 3 != 0),
+                depth % 2 == 0 ? &host : nullptr);
+        }
+
+        HUTTHREADPOOL pool;
+        JobCounts& counts;
+        TestHost& host;
+    } tree{pool, counts, taking};
+    tree.Grow(10);
+    EXPECT_EQ(UtilThreadPoolFinalize(pool, &taking), 0);
+    EXPECT_EQ(counts.runs, 2047);
+    EXPECT_EQ(counts.told, 2047);
+    UtilThreadPoolClose(pool);
+}
+
+// No matter when the abort comes, a job is run and told once, or dropped.
+TEST_F(JobPools, AddAbortAndFinalizeFromSeveralThreads)
+{
+    for (int round = 0; round < 20; ++round)
+    {
+        const HUTTHREADPOOL pool = UtilThreadPoolOpen(2, L"pool");
+        JobCounts ofRound;
+        std::atomic<int> handedBack = 0;
+        std::atomic<int> declined = 0;
+        TestHost declines(
+            [&](const wchar_t*, IUTThreadedJob*)
+            {
+                ++declined;
+                return 1;
+            });
+        TestHost finalizes(
+            [&](const wchar_t*, IUTThreadedJob*)
+            {
+                ++handedBack;
+                return 0;
+            });
+        std::vector<std::thread> threads;
+        for (int t = 0; t < 2; ++t)
+        {
+            threads.emplace_back(
+                [&, t]
+                {
+                    for (int i = 0; i < 300; ++i)
+                        Add(pool, new TestJob(ofRound, {}, i % 3, i % 7 != 0), t == 0 ? &declines : nullptr);
+                });
+            threads.emplace_back([&] { EXPECT_EQ(UtilThreadPoolFinalize(pool, &finalizes), 0); });
+            threads.emplace_back(
+                [&, t]
+                {
+                    Sleep(static_cast<DWORD>(round % 5));
+                    EXPECT_EQ(UtilThreadPoolAbort(pool, t == 0 ? 1 : 0), 0);
+                });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+        EXPECT_EQ(UtilThreadPoolFinalize(pool, &finalizes), 0);
+        UtilThreadPoolClose(pool);
+        EXPECT_EQ(ofRound.alive, 0);
+        EXPECT_LE(handedBack, ofRound.runs);
+        EXPECT_LE(declined, ofRound.runs);
+        EXPECT_EQ(declines.references, 1u);
+        EXPECT_EQ(finalizes.references, 1u);
+    }
+}
+
+TEST_F(JobPools, TwelveAtOnce)
+{
+    constexpr int poolCount = 12;
+    const int jobs = JobsOfTheTest(12'000) / poolCount;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < poolCount; ++t)
+        threads.emplace_back(
+            [&, t]
+            {
+                const HUTTHREADPOOL pool = UtilThreadPoolOpen(3, L"pool");
+                for (int i = 0; i < jobs; ++i)
+                    Add(pool, new TestJob(counts), t % 2 == 0 ? &taking : nullptr);
+                UtilThreadPoolFinalize(pool, &taking);
+                UtilThreadPoolClose(pool);
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(counts.runs, jobs * poolCount);
+    EXPECT_EQ(counts.told, jobs * poolCount);
+}
+
+} // namespace

@@ -1,0 +1,150 @@
+// Jobs and hosts for the tests of job pools, which count what is done to them.
+#pragma once
+
+#include <qxut23/jobs.h>
+
+#include <windows.h>
+
+#include <unknwn.h>
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <utility>
+
+namespace qxtest
+{
+
+// The counts of a test, which outlive its jobs.
+struct JobCounts
+{
+    std::atomic<int> alive = 0;
+    std::atomic<int> runs = 0;
+    std::atomic<int> told = 0;
+    std::atomic<int> takenAgain = 0; // jobs that a host took which had been taken before
+};
+
+// Counted from 1 on; goes with its last reference. Both interfaces of a pool begin like this.
+template <class Interface>
+class Counted : public Interface
+{
+public:
+    Counted() = default;
+    Counted(const Counted&) = delete;
+    Counted& operator=(const Counted&) = delete;
+    virtual ~Counted() = default;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override
+    {
+        constexpr GUID job = QXUT_IID_IUTTHREADEDJOB;
+        const bool isKnown = offersInterface && iid == job;
+        *object = isKnown ? static_cast<Interface*>(this) : nullptr;
+        if (!isKnown)
+            return E_NOINTERFACE;
+        AddRef();
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++_references; }
+    ULONG STDMETHODCALLTYPE Release() override
+    {
+        const ULONG left = --_references;
+        if (left == 0)
+            delete this;
+        return left;
+    }
+
+    bool offersInterface = true;
+
+private:
+    std::atomic<ULONG> _references = 1;
+};
+
+class TestJob final : public Counted<IUTThreadedJob>
+{
+public:
+    using Work = std::function<void()>;
+
+    explicit TestJob(JobCounts& counts, Work work = {}, int32_t group = 0, bool onWorker = true)
+        : _counts(counts),
+          _work(std::move(work)),
+          _group(group),
+          _onWorker(onWorker)
+    {
+        ++_counts.alive;
+    }
+    ~TestJob() override { --_counts.alive; }
+
+    HRESULT STDMETHODCALLTYPE Run() override
+    {
+        ++_counts.runs;
+        if (_work)
+            _work();
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE GetResult() override { return S_OK; }
+    int32_t STDMETHODCALLTYPE GetGroup() override { return _group; }
+    int32_t STDMETHODCALLTYPE CanRunOnWorker() override { return _onWorker; }
+
+    // By the host; whether that is the first time.
+    bool Take() { return ++_taken == 1; }
+
+private:
+    JobCounts& _counts;
+    const Work _work;
+    const int32_t _group;
+    const bool _onWorker;
+    std::atomic<int> _taken = 0;
+};
+
+// Lives on the stack; `references` tells whether all came back.
+class TestHost final : public IUTThreadedJobHost
+{
+public:
+    using Answer = std::function<int32_t(const wchar_t* name, IUTThreadedJob* job)>;
+
+    explicit TestHost(Answer answer) : _answer(std::move(answer)) {}
+    TestHost(const TestHost&) = delete;
+    TestHost& operator=(const TestHost&) = delete;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override
+    {
+        *object = nullptr;
+        return E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+    ULONG STDMETHODCALLTYPE Release() override { return --references; }
+
+    int32_t STDMETHODCALLTYPE OnJobDone(const QXWCHAR* name, IUTThreadedJob* job) override
+    {
+        return _answer(name, job);
+    }
+    int32_t STDMETHODCALLTYPE WaitForJobs(void* event) override
+    {
+        ++waits;
+        if (letsLibraryWait)
+            return 1;
+        WaitForSingleObject(event, 1);
+        return 0;
+    }
+
+    bool letsLibraryWait = true;
+    std::atomic<int> waits = 0;
+    std::atomic<ULONG> references = 1;
+
+private:
+    const Answer _answer;
+};
+
+// A host that only counts; 0 takes each job.
+inline TestHost::Answer CountAndAnswer(JobCounts& counts, int32_t answer)
+{
+    return [&counts, answer](const wchar_t*, IUTThreadedJob* job)
+    {
+        ++counts.told;
+        if (answer == 0 && job && !static_cast<TestJob*>(job)->Take())
+            ++counts.takenAgain;
+        return answer;
+    };
+}
+
+} // namespace qxtest

@@ -1,0 +1,275 @@
+// The job dispatcher: lists, workers, the ways that a job goes.
+#include "support/test_jobs.h"
+#include "threads/port_job_dispatcher.h"
+#include "threads/processor_count.h"
+#include "threads_support.h"
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+using namespace qx;
+using namespace qxtest;
+
+namespace
+{
+
+using Dispatcher = clsThreadedJobDispatcherUsingIoCompletionPort;
+
+std::unique_ptr<clsUTThreadedJob> MakeJob(TestJob* job, IUTThreadedJobHost* host, const wchar_t* name = L"job")
+{
+    auto record = std::make_unique<clsUTThreadedJob>(name, reinterpret_cast<IUnknown*>(job), host);
+    if (job)
+        job->Release(); // the record's now
+    return record;
+}
+
+class JobDispatcher : public ::testing::Test
+{
+protected:
+    ~JobDispatcher() override
+    {
+        EXPECT_EQ(counts.alive, 0);
+        EXPECT_EQ(counts.takenAgain, 0);
+        EXPECT_EQ(clsUTThreadedJob::LivingObjects(), 0);
+        EXPECT_EQ(host.references, 1u);
+        EXPECT_EQ(declining.references, 1u);
+    }
+
+    JobCounts counts;
+    TestHost host{CountAndAnswer(counts, 0)};
+    TestHost declining{CountAndAnswer(counts, 1)};
+    clsEvent go;
+};
+
+TEST(Workers, HowMany)
+{
+    constexpr struct
+    {
+        unsigned wanted, processors;
+        int dispatchers;
+        unsigned expected;
+    } cases[] = {
+        {0, 1, 1, 1},
+        {0, 2, 1, 1},
+        {0, 8, 10, 7},
+        {0, 8, 11, 2},
+        {0, 2, 11, 1},
+        {5, 1, 10, 5},
+        {5, 1, 11, 2},
+        {1, 8, 11, 1},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(MaximumWorkers(c.wanted, c.processors, c.dispatchers), c.expected);
+    EXPECT_GE(ProcessorCount(), 1u);
+    EXPECT_LE(ProcessorCount(), 4096u);
+}
+
+TEST_F(JobDispatcher, TheEleventhHasTwoWorkers)
+{
+    std::vector<std::unique_ptr<Dispatcher>> pools;
+    for (int i = 0; i < 11; ++i)
+        pools.push_back(std::make_unique<Dispatcher>(3, L"pool"));
+    EXPECT_EQ(pools[9]->MaximumWorkers(), 3u);
+    EXPECT_EQ(pools[10]->MaximumWorkers(), 2u);
+    pools.erase(pools.begin());
+    EXPECT_EQ(Dispatcher(3, L"pool").MaximumWorkers(), 2u);
+    pools.pop_back();
+    EXPECT_EQ(Dispatcher(3, L"pool").MaximumWorkers(), 3u);
+}
+
+TEST_F(JobDispatcher, WorkersComeWithTheJobsThatNeedThem)
+{
+    Dispatcher pool(2, L"pool");
+    EXPECT_EQ(pool.WorkerCount(), 0u);
+    const auto hold = [this]
+    {
+        WaitForSingleObject(go.Get(), patience);
+    };
+    for (const std::size_t workers : {1u, 1u, 2u, 2u})
+    {
+        pool.AddJob(MakeJob(new TestJob(counts, hold), &host));
+        EXPECT_EQ(pool.WorkerCount(), workers);
+        EXPECT_TRUE(WaitUntil([&] { return counts.runs != 0; })); // the second job is queued then
+    }
+    EXPECT_FALSE(pool.IsIdle());
+    go.Set();
+    pool.Finalize(&host);
+    EXPECT_TRUE(pool.IsIdle());
+    EXPECT_EQ(pool.JobsHandedOut(), 4);
+    EXPECT_GE(pool.WaitTime(), 0);
+    EXPECT_EQ(counts.told, 4);
+}
+
+TEST_F(JobDispatcher, WhoIsTold)
+{
+    Dispatcher pool(2, L"pool");
+    const DWORD caller = GetCurrentThreadId();
+    std::vector<std::wstring_view> back;
+    TestHost finalizing(
+        [&](const wchar_t* name, IUTThreadedJob* job)
+        {
+            EXPECT_EQ(GetCurrentThreadId(), caller);
+            EXPECT_EQ(job == nullptr, *name == L'n' || *name == 0);
+            back.push_back(*name == L'n' ? L"none" : *name == L'd' ? L"declined" : L"hostless");
+            return 1; // doesn't matter here
+        });
+    finalizing.letsLibraryWait = false;
+    pool.AddJob(MakeJob(new TestJob(counts), nullptr, L"hostless"));
+    pool.AddJob(MakeJob(new TestJob(counts), &declining, L"declined"));
+    pool.AddJob(MakeJob(new TestJob(counts), &host, L"taken"));
+    auto* const stranger = new TestJob(counts);
+    stranger->offersInterface = false;
+    pool.AddJob(MakeJob(stranger, &declining, L"none"));
+    pool.AddJob(MakeJob(nullptr, nullptr, nullptr));
+    pool.Finalize(&finalizing);
+    EXPECT_EQ(counts.told, 3); // by their own hosts
+    EXPECT_EQ(counts.runs, 3);
+    EXPECT_EQ(back.size(), 4u);
+}
+
+TEST_F(JobDispatcher, JobsForTheCaller)
+{
+    Dispatcher pool(2, L"pool");
+    const DWORD caller = GetCurrentThreadId();
+    std::vector<int> order;
+    for (int i = 0; i < 3; ++i)
+        pool.AddJob(MakeJob(new TestJob(
+                                counts,
+                                [&, i]
+                                {
+                                    EXPECT_EQ(GetCurrentThreadId(), caller);
+                                    order.push_back(i);
+                                },
+                                0, false),
+            i == 1 ? &host : &declining));
+    EXPECT_EQ(pool.WorkerCount(), 0u);
+    pool.AddJob(MakeJob(new TestJob(counts), &host)); // its worker passes over the packets of the others
+    EXPECT_TRUE(WaitUntil([&] { return counts.told == 1; }));
+    EXPECT_EQ(counts.runs, 1);
+    pool.Finalize(&declining);
+    EXPECT_EQ(order, (std::vector{0, 1, 2}));
+    EXPECT_EQ(counts.told, 1 + 3 + 2); // the two that were declined came back once more
+}
+
+TEST_F(JobDispatcher, AbortOfAGroup)
+{
+    Dispatcher pool(1, L"pool");
+    const auto hold = [this]
+    {
+        WaitForSingleObject(go.Get(), patience);
+    };
+    pool.AddJob(MakeJob(new TestJob(counts, hold, 5), &host)); // runs on to its end
+    EXPECT_TRUE(WaitUntil([&] { return counts.runs == 1; }));
+    for (const int group : {5, 4, 0})
+    {
+        pool.AddJob(MakeJob(new TestJob(counts, {}, group), &host));
+        pool.AddJob(MakeJob(new TestJob(counts, {}, group, false), &host));
+    }
+    EXPECT_EQ(counts.alive, 7);
+    pool.Abort(5);
+    EXPECT_EQ(counts.alive, 5);
+    EXPECT_TRUE(pool.IsAborted());
+    EXPECT_FALSE(pool.JobsDone(5)); // it still runs
+    pool.Abort(0);                  // too late
+    EXPECT_EQ(counts.alive, 5);
+    pool.AddJob(MakeJob(new TestJob(counts), &host));
+    EXPECT_EQ(counts.alive, 5);
+    go.Set();
+    EXPECT_TRUE(WaitUntil([&] { return pool.JobsDone(5); }));
+    pool.Finalize(&host);
+    EXPECT_EQ(counts.runs, 5);
+    EXPECT_EQ(counts.told, 5);
+
+    pool.ResetAbort();
+    pool.AddJob(MakeJob(new TestJob(counts), nullptr));
+    EXPECT_TRUE(WaitUntil([&] { return counts.runs == 6; }));
+    EXPECT_FALSE(pool.JobsDone(0));
+    pool.Abort(0); // takes the finished one
+    EXPECT_TRUE(WaitUntil([&] { return pool.IsIdle() || (pool.ResetAbort(), pool.Abort(0), false); }));
+    EXPECT_EQ(counts.told, 5);
+}
+
+TEST_F(JobDispatcher, CloseWaitsForWhatRuns)
+{
+    {
+        Dispatcher pool(1, L"pool");
+        pool.AddJob(MakeJob(new TestJob(counts, [] { Sleep(50); }), nullptr));
+        EXPECT_TRUE(WaitUntil([&] { return counts.runs == 1; }));
+        for (int i = 0; i < 5; ++i)
+            pool.AddJob(MakeJob(new TestJob(counts, {}, 0, i % 2 == 0), &host));
+        pool.Close();
+        EXPECT_EQ(counts.runs, 1);
+        EXPECT_EQ(counts.alive, 0);
+    }
+    // After the abort of a group the others run.
+    {
+        Dispatcher pool(1, L"pool");
+        pool.AddJob(MakeJob(new TestJob(counts, [] { Sleep(50); }), nullptr));
+        EXPECT_TRUE(WaitUntil([&] { return counts.runs == 2; }));
+        pool.AddJob(MakeJob(new TestJob(counts, {}, 3), &host));
+        pool.AddJob(MakeJob(new TestJob(counts, {}, 4), &host));
+        pool.AddJob(MakeJob(new TestJob(counts, {}, 4, false), &declining));
+        pool.Abort(3);
+        pool.Close();
+        EXPECT_EQ(counts.runs, 4);
+        EXPECT_EQ(counts.told, 2);
+    }
+    const Stopwatch watch;
+    Dispatcher(1, L"pool").Close();
+    Dispatcher pool(1, L"pool");
+    pool.Finalize(&host);
+    EXPECT_LT(watch.Milliseconds(), 900); // nothing to wait for
+    EXPECT_EQ(host.waits, 0);
+}
+
+// A dispatcher that never gets a worker.
+TEST_F(JobDispatcher, WithoutWorkersTheCallerRunsTheJobs)
+{
+    class NoWorkers : public clsThreadedJobDispatcher
+    {
+    public:
+        NoWorkers() : clsThreadedJobDispatcher(1) {}
+        void AddJob(std::unique_ptr<clsUTThreadedJob> job) override { _queued.Append(std::move(job)); }
+        std::unique_ptr<clsUTThreadedJob> GetFinishedJob() override
+        {
+            auto first = _finished.TakeAt(0);
+            return first ? std::move(*first) : nullptr;
+        }
+        void JobCompleted(clsUTThreadedJob& job) override { _finished.Append(TakeRunning(job)); }
+        clsUTThreadedJob* GetNextJob() override { return nullptr; }
+
+    protected:
+        bool HasNoWorkers() const override { return true; }
+    } pool;
+    for (int i = 0; i < 3; ++i)
+        pool.AddJob(MakeJob(new TestJob(counts), nullptr));
+    pool.Finalize(&host);
+    EXPECT_EQ(counts.runs, 3);
+    EXPECT_EQ(counts.told, 3);
+    pool.AddJob(MakeJob(new TestJob(counts), nullptr));
+    pool.Close();
+    EXPECT_EQ(counts.runs, 3);
+}
+
+// Hosts and jobs may use the pool: both from a worker.
+TEST_F(JobDispatcher, JobsAndHostsThatAddJobs)
+{
+    Dispatcher pool(2, L"pool");
+    TestHost adding(
+        [&](const wchar_t*, IUTThreadedJob*)
+        {
+            if (++counts.told <= 10)
+                pool.AddJob(MakeJob(new TestJob(counts), &host));
+            return 0;
+        });
+    for (int i = 0; i < 10; ++i)
+        pool.AddJob(MakeJob(
+            new TestJob(counts, [&] { pool.AddJob(MakeJob(new TestJob(counts, {}, 0, false), &host)); }), &adding));
+    pool.Finalize(&host);
+    EXPECT_EQ(counts.runs, 30);
+    EXPECT_EQ(counts.told, 30);
+    EXPECT_EQ(adding.references, 1u);
+}
+
+} // namespace
