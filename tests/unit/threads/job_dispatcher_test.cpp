@@ -259,8 +259,8 @@ TEST_F(JobDispatcher, JobsAndHostsThatAddJobs)
     TestHost adding(
         [&](const wchar_t*, IUTThreadedJob*)
         {
-            if (++counts.told <= 10)
-                pool.AddJob(MakeJob(new TestJob(counts), &host));
+            ++counts.told;
+            pool.AddJob(MakeJob(new TestJob(counts), &host));
             return 0;
         });
     for (int i = 0; i < 10; ++i)
