@@ -2,7 +2,8 @@
 // abort go together. Nothing but the public header is used.
 //
 //     primes 10000000                  counts them
-//     primes 10000000 --stop-after 5   gives up after five slices, as a user might who has seen enough
+//     primes 10000000 --stop-after 5   gives up after five slices, as a user might who has seen enough; those that run
+//                                      by then go on to their end
 #include <qxut23/jobs.h>
 
 #include <atomic>
