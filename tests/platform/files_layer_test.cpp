@@ -1,11 +1,14 @@
 // What only the layer has: drives and shares as links, names that are no UTF-8, links, other programs' locks.
 #include "system_support.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <vector>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -132,11 +135,37 @@ TEST_F(FilesOfTheLayer, Links)
     fs::create_symlink(native / "file", native / "link");
     fs::create_symlink(native / "missing", native / "dangling");
     EXPECT_EQ(BytesOf(folder / L"link"), "at the root");
+    EXPECT_EQ(GetFileAttributesW(folder / L"link"), DWORD{FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_REPARSE_POINT});
+    EXPECT_EQ(GetFileAttributesW(folder / L"file"), DWORD{FILE_ATTRIBUTE_ARCHIVE});
+    for (const wchar_t* name : {L"link", L"l*k", L"dangling"})
+    {
+        WIN32_FIND_DATAW data{};
+        FindClose(FindFirstFileW(folder / name, &data));
+        EXPECT_NE(data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT, 0u);
+    }
     EXPECT_TRUE(DeleteFileW(folder / L"link"));
     EXPECT_TRUE(fs::exists(native / "file")) << "the link goes, not the file";
     EXPECT_EQ(GetFileAttributesW(folder / L"dangling"), INVALID_FILE_ATTRIBUTES);
     MakeFile(folder / L"dangling", "made through the link");
     EXPECT_EQ(BytesOf(folder / L"missing"), "made through the link");
+}
+
+TEST_F(FilesOfTheLayer, MoreOpenFilesThanTheUsualLimit)
+{
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit low{std::min<rlim_t>(60, before.rlim_max), before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &low);
+    std::vector<HANDLE> files;
+    for (int i = 0; i < 100; ++i)
+        files.push_back(CreateFileW(
+            folder / L"file", GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    for (const HANDLE file : files)
+    {
+        EXPECT_NE(file, INVALID_HANDLE_VALUE);
+        CloseHandle(file);
+    }
+    setrlimit(RLIMIT_NOFILE, &before);
 }
 
 // Programs that know nothing of the layer lock files in ways of their own.

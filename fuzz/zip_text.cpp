@@ -1,0 +1,45 @@
+// What the reader of one member makes of any bytes: a result, and never a text without one.
+#include "files/file.h"
+#include "zip/member_text.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+
+#include <cstdint>
+#include <cstdlib>
+
+using namespace qx;
+
+namespace
+{
+
+// Reads the member again as a parser does that found another code page in it.
+struct Receiver : IZIPTextReceiver
+{
+    void OnText(ZIPTextKind, const String& text, const clsZIPMemberReader& reader) override
+    {
+        if (text.IsEmpty())
+            std::abort();
+        reader.Read(65001);
+        wasCalled = true;
+    }
+
+    bool wasCalled = false;
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    IStream* stream = nullptr;
+    if (CreateStreamOnHGlobal(nullptr, TRUE, &stream) != S_OK)
+        std::abort();
+    clsFileRWTempStream file(stream);
+    file.clsFile::Write(data, size);
+    Receiver receiver;
+    const int result = GetZIPFilenames(receiver, file);
+    if (result > 0 || result < -1 || (result != 0 && receiver.wasCalled))
+        std::abort();
+    return 0;
+}
