@@ -4,8 +4,6 @@
 #include <minwindef.h>
 #include <winnt.h>
 
-#include <stdlib.h>
-
 BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID reserved);
 
 char qxplatform_module_entry;
@@ -18,15 +16,21 @@ static HINSTANCE OwnModule(void)
     return module;
 }
 
-static void Detach(void)
+// Of the C++ ABI: what static objects register their destructors with, by the module that they belong to.
+int __cxa_atexit(void (*function)(void*), void* argument, void* module);
+extern char __dso_handle __attribute__((visibility("hidden")));
+
+static void Detach(void* unused)
 {
+    (void)unused;
     DllMain(OwnModule(), DLL_PROCESS_DETACH, NULL);
 }
 
 // Not a destructor function: those run only after the static objects are gone. What is registered last comes first,
-// both at the end of the process and when the module is unloaded.
+// both at the end of the process and when the module is unloaded. Not atexit() either, which the thread sanitizer
+// replaces by one that knows the process's end alone.
 static void __attribute__((constructor)) Attach(void)
 {
     if (DllMain(OwnModule(), DLL_PROCESS_ATTACH, NULL))
-        atexit(Detach);
+        __cxa_atexit(Detach, NULL, &__dso_handle);
 }
