@@ -1,5 +1,6 @@
 // qxut: the services of the library on the command line.
 #include "country_commands.h"
+#include "date_commands.h"
 #include "failure.h"
 #include "filter_commands.h"
 #include "log_commands.h"
@@ -48,6 +49,7 @@ int main(int argc, char** argv)
     program.footer(kExitCodes);
     AddProfileCommands(program);
     AddFilterCommands(program);
+    AddDateCommands(program);
     AddLogCommands(program);
     AddCountryCommands(program);
     AddZipCommands(program);

@@ -1,0 +1,106 @@
+// What the system writes in a locale, read again by the formats of that locale: where it comes back as the same moment,
+// and where the rules of reading don't allow it.
+#include <gtest/gtest.h>
+
+#include "unit/locale/date_support.h"
+
+#include <cstdlib>
+#include <iterator>
+#include <set>
+#include <string>
+
+using namespace qx;
+using namespace qxtest;
+
+namespace
+{
+
+constexpr SYSTEMTIME MOMENTS[] = {
+    {2018, 12, 0, 31, 23, 59, 58, 0}, // by any pattern
+    {2018, 12, 0, 10, 1, 2, 3, 0},    // a day that the format's own pattern doesn't take
+    {2020, 2, 0, 29, 0, 5, 0, 0},     // the first hour of the day
+    {1999, 11, 0, 9, 12, 0, 1, 0},    // the twelfth
+    {1601, 1, 0, 1, 9, 0, 0, 0},      // the first year that the system writes
+    {2100, 7, 0, 20, 15, 4, 7, 0},
+};
+
+String Info(LCID locale, LCTYPE type)
+{
+    wchar_t text[256];
+    return GetLocaleInfoW(locale, type, text, 256) > 0 ? text : L"";
+}
+
+// As if the locale were the user's.
+DateSettings SettingsOf(LCID locale)
+{
+    return {clsLocaleDateInfo(locale), Info(locale, LOCALE_STIMEFORMAT), Info(locale, LOCALE_SSHORTDATE)};
+}
+
+String Written(LCID locale, const SYSTEMTIME& time, bool withDate, bool withTime)
+{
+    wchar_t date[64] = {}, clock[64] = {};
+    if (withDate)
+        GetDateFormatW(locale, DATE_SHORTDATE, &time, nullptr, date, 64);
+    if (withTime)
+        GetTimeFormatW(locale, 0, &time, nullptr, clock, 64);
+    String text = date;
+    if (withTime)
+        text.AppendWithSeparator(L' ', String(clock));
+    text.TrimLeft();
+    text.TrimRight();
+    return text;
+}
+
+// The texts of the moments that don't come back.
+std::set<std::string> Lost(LCID locale, bool withDate, bool withTime)
+{
+    clsDateParser parser(SettingsOf(locale));
+    std::set<std::string> lost;
+    for (SYSTEMTIME time : MOMENTS)
+    {
+        const String text = Written(locale, time, withDate, withTime);
+        if (!withTime)
+            time.wHour = time.wMinute = time.wSecond = 0;
+        if (!withDate)
+            time.wYear = time.wMonth = time.wDay = 0;
+        SYSTEMTIME read;
+        const int32_t result = parser.Parse(text, withDate ? 0u : uint32_t{LOCDATE_ALLOW_TIME_ONLY}, TODAY, read);
+        if (result != 0 || Show(read) != Show(time))
+            lost.insert(text.NarrowText());
+    }
+    return lost;
+}
+
+TEST(RoundTrip, OfLocales)
+{
+    struct Case
+    {
+        LCID locale;
+        size_t lostDates;   // of six
+        size_t lostMoments; // dates with their times
+        size_t lostTimes;
+    };
+    constexpr Case CASES[] = {
+        {0x0407, 0, 0, 0}, // German
+        {0x0409, 0, 0, 0}, // American
+        {0x0809, 0, 0, 0}, // British
+        {0x040c, 0, 0, 0}, // French
+        {0x0411, 0, 0, 0}, // Japanese
+        {0x0401, 0, 6, 6}, // Arabic: a half of the day by other letters than A and P isn't read
+        {0x041e, 0, 0, 0}, // Thai
+        {0x040e, 2, 6, 0}, // Hungarian: a dot behind the date is only in the format's pattern, whose hour isn't doubled
+                           // and which takes no day 10 and 20
+        {0x041d, 0, 0, 0}, // Swedish
+    };
+    for (const Case& row : CASES)
+    {
+        EXPECT_EQ(Lost(row.locale, true, false).size(), row.lostDates)
+            << std::hex << row.locale << testing::PrintToString(Lost(row.locale, true, false));
+        EXPECT_EQ(Lost(row.locale, true, true).size(), row.lostMoments)
+            << std::hex << row.locale << testing::PrintToString(Lost(row.locale, true, true));
+        EXPECT_EQ(Lost(row.locale, false, true).size(), row.lostTimes)
+            << std::hex << row.locale << testing::PrintToString(Lost(row.locale, false, true));
+    }
+}
+
+} // namespace

@@ -1,0 +1,175 @@
+#include "date_commands.h"
+
+#include "failure.h"
+#include "input_output.h"
+#include "text.h"
+
+#include <qxut23/dates.h>
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// As the system defines it; its headers know another character than this program.
+struct _SYSTEMTIME
+{
+    uint16_t year, month, dayOfWeek, day, hour, minute, second, milliseconds;
+};
+
+namespace qxut
+{
+
+namespace
+{
+
+using Time = _SYSTEMTIME;
+using Json = nlohmann::ordered_json;
+
+constexpr uint32_t usersLocale = 0x400;
+constexpr uint16_t notGiven = 0xFFFF;
+
+struct Options
+{
+    std::string file = "-";
+    bool json = false;
+    bool machine = false;
+    uint32_t locale = usersLocale;
+    uint32_t flags = 0;
+};
+
+struct Flag
+{
+    const char* name;
+    uint32_t bit;
+    const char* description;
+};
+constexpr Flag parseFlags[] = {
+    {"--expand-year", QXUT_LOCDATE_EXPAND_YEAR, "a year below 100 is one of the years 1930 to 2029"},
+    {"--report-default", QXUT_LOCDATE_REPORT_DEFAULT, "a text is no date if a part of it is missing"},
+    {"--zero-missing", QXUT_LOCDATE_ZERO_MISSING, "a missing part is 0, and any numbers are a date"},
+    {"--time-only", QXUT_LOCDATE_ALLOW_TIME_ONLY, "a time alone is read too; its date is 0"},
+    {"--mark-no-time", QXUT_LOCDATE_MARK_NO_TIME, "show -- for the time of a text without one"},
+};
+
+// Without the line ends of either system.
+std::vector<std::string> Lines(std::string_view input)
+{
+    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    if (input.substr(0, mark.size()) == mark)
+        input.remove_prefix(mark.size());
+    if (input.find('\0') != input.npos)
+        throw Failure(kMalformed, "the input is no text: it holds a zero byte");
+    std::vector<std::string> lines;
+    while (!input.empty())
+    {
+        const size_t end = input.find('\n');
+        std::string_view line = input.substr(0, end);
+        input.remove_prefix(end == input.npos ? input.size() : end + 1);
+        if (!line.empty() && line.back() == '\r')
+            line.remove_suffix(1);
+        lines.emplace_back(line);
+    }
+    return lines;
+}
+
+std::string Part(uint16_t value, const char* format)
+{
+    char text[8];
+    std::snprintf(text, sizeof text, format, value);
+    return value == notGiven ? "--" : text;
+}
+
+std::string Shown(const Time& time)
+{
+    return Part(time.year, "%04d") + '-' + Part(time.month, "%02d") + '-' + Part(time.day, "%02d") + ' ' +
+           Part(time.hour, "%02d") + ':' + Part(time.minute, "%02d") + ':' + Part(time.second, "%02d");
+}
+
+// False for a text that is no date, or one that isn't wanted.
+bool Read(const std::string& line, const Options& options, Time& time)
+{
+    time = {};
+    const WideText text{line};
+    if (options.machine)
+        UtilLocDateTimeToSYSTEMTIME(text, &time);
+    else if (UtilLocSystemTimeFromLocaleString(options.locale, text, &time, options.flags) != 0)
+        return false;
+    const bool mayBeTime = !options.machine && (options.flags & QXUT_LOCDATE_ALLOW_TIME_ONLY) != 0;
+    const bool isAllZero = time.year == 0 && time.month == 0 && time.day == 0;
+    return !isAllZero || (mayBeTime && line.find_first_of("123456789") != line.npos);
+}
+
+std::string ParseLine(const std::string& line, const Options& options)
+{
+    Time time;
+    return Read(line, options, time) ? Shown(time) : std::string();
+}
+
+std::string FormatLine(const std::string& line, const Options&)
+{
+    QXWCHAR text[128];
+    if (UtilDateTimeToLocaleString(WideText{line}, text, 128) != 1)
+        throw Failure(kCannotRead, "the text of a date is too long");
+    return Utf8(text);
+}
+
+// What no result came of is an empty line, or null.
+void Run(const Options& options, std::string (*convert)(const std::string&, const Options&))
+{
+    std::string output;
+    Json list = Json::array();
+    for (const std::string& line : Lines(ReadInput(options.file)))
+    {
+        const std::string result = convert(line, options);
+        if (options.json)
+            list.push_back({{"input", line}, {"result", result.empty() ? Json() : Json(result)}});
+        else
+            output += result + '\n';
+    }
+    if (options.json)
+        output = list.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+    WriteOutput("-", output);
+}
+
+std::shared_ptr<Options> AddConversion(CLI::App& date, const char* name, const char* description,
+    std::string (*convert)(const std::string&, const Options&))
+{
+    auto options = std::make_shared<Options>();
+    CLI::App& command = *date.add_subcommand(name, description);
+    command.add_option(
+        "FILE", options->file, "the input, a text a line; the standard input for -, or if it isn't given");
+    command.add_flag("--json", options->json, "write a list with each input and its result");
+    command.callback([options, convert] { Run(*options, convert); });
+    return options;
+}
+
+} // namespace
+
+void AddDateCommands(CLI::App& program)
+{
+    CLI::App& date = *program.add_subcommand("date", "read and write dates and times");
+    date.require_subcommand(1);
+
+    const auto parse = AddConversion(date, "parse",
+        "show what the lines say as 2018-02-03 04:05:06; an empty line is the present, one that is no date comes out "
+        "empty",
+        ParseLine);
+    CLI::App& command = *date.get_subcommand("parse");
+    command.add_flag("--machine", parse->machine,
+        "read digits, RFC 822 and ISO 8601 (both in UTC), then what the system reads, instead of a locale's forms");
+    command.add_option("--locale", parse->locale, "the number of another locale than the user's: 0x407 for German");
+    for (const Flag& flag : parseFlags)
+        command.add_flag_callback(
+            flag.name, [parse, bit = flag.bit] { parse->flags |= bit; }, flag.description);
+
+    AddConversion(date, "format", "show compact dates (20180203 or 20180203040506) in the forms of the user's locale",
+        FormatLine);
+}
+
+} // namespace qxut
