@@ -65,7 +65,7 @@ void CheckRFC822(const String& text)
         0);
     SYSTEMTIME time{};
     clsRegExMatchList matches;
-    const bool isDate = ReadRFC822Date(text, time);
+    const bool isDate = ReadRFC822Date(text.View(), time);
     Require(isDate == pattern.Match(text, &matches));
     if (isDate && matches.Count() <= 7)
         Require(time.wYear == static_cast<WORD>(wcstol(matches[3].text, nullptr, 10)));

@@ -1,5 +1,6 @@
 #include "locale/machine_date.h"
 
+#include "core/string.h"
 #include "core/variant.h"
 #include "locale/date_cursor.h"
 #include "locale/time_arithmetic.h"
@@ -27,6 +28,13 @@ WORD PartAt(std::wstring_view text, size_t offset, size_t length)
         value = value * 10 + static_cast<unsigned>(c - L'0');
     }
     return static_cast<WORD>(value);
+}
+
+std::wstring_view WithoutBlanks(std::wstring_view text)
+{
+    const size_t begin = std::min(text.find_first_not_of(L' '), text.size());
+    const size_t end = text.find_last_not_of(L' ') + 1; // 0 if there is nothing else
+    return text.substr(begin, end > begin ? end - begin : 0);
 }
 
 bool IsLikely(const SYSTEMTIME& time)
@@ -69,22 +77,20 @@ SYSTEMTIME SplitCompactDate(std::wstring_view digits)
 
 SYSTEMTIME ReadMachineDate(const wchar_t* text)
 {
-    String trimmed(text);
-    trimmed.TrimLeft();
-    trimmed.TrimRight();
+    const std::wstring_view trimmed = WithoutBlanks(text != nullptr ? text : L"");
     SYSTEMTIME time{};
-    if (trimmed.IsEmpty())
+    if (trimmed.empty())
     {
         GetLocalTime(&time);
         return time;
     }
-    if (trimmed.Length() <= kCompactLength && IsAllDigits(trimmed.View()))
-        return SplitCompactDate(trimmed.View());
+    if (trimmed.size() <= kCompactLength && IsAllDigits(trimmed))
+        return SplitCompactDate(trimmed);
     if (ReadRFC822Date(trimmed, time) && IsLikely(time))
         return time;
-    if (ReadISO8601Date(trimmed.View(), time) && IsLikely(time))
+    if (ReadISO8601Date(trimmed, time) && IsLikely(time))
         return time;
-    return ReadBySystem(trimmed);
+    return ReadBySystem(String(trimmed));
 }
 
 } // namespace qx

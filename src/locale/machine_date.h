@@ -1,8 +1,6 @@
 // Dates as machines write them: digits, RFC 822, ISO 8601.
 #pragma once
 
-#include "core/string.h"
-
 #include <windows.h>
 
 #include <string_view>
@@ -12,7 +10,7 @@ namespace qx
 
 // A date of RFC 822 in UTC, wherever it stands in the text: "Tue, 3 Apr 2018 10:00:00 +0200". False if there is none;
 // the time stays as it is then.
-bool ReadRFC822Date(const String& text, SYSTEMTIME& time);
+bool ReadRFC822Date(std::wstring_view text, SYSTEMTIME& time);
 
 // A date of ISO 8601 in UTC, at the start of the text: "2018-04-03T10:00:00+02:00". Without a sign behind it it is
 // local time. A time that goes on behind its minute must go on with seconds.

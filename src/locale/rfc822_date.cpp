@@ -101,12 +101,11 @@ bool MatchAtStart(std::wstring_view text, Parts& parts)
     return true;
 }
 
-bool MatchAnywhere(const String& text, clsRegExMatchList& matches, Parts& parts)
+bool MatchAnywhere(std::wstring_view text, clsRegExMatchList& matches, Parts& parts)
 {
     static clsRegEx& date = MakeForever<clsRegEx>(kDatePattern, 0);
     // Between its parts the date has white space, which most texts of the other forms don't have.
-    const std::wstring_view view = text.View();
-    if (std::none_of(view.begin(), view.end(), IsSpace) || !date.Match(text, &matches))
+    if (std::none_of(text.begin(), text.end(), IsSpace) || !date.Match(String(text), &matches))
         return false;
     const auto group = [&matches](size_t number)
     {
@@ -158,11 +157,11 @@ void AddZone(std::wstring_view zone, SYSTEMTIME& time)
 
 } // namespace
 
-bool ReadRFC822Date(const String& text, SYSTEMTIME& time)
+bool ReadRFC822Date(std::wstring_view text, SYSTEMTIME& time)
 {
     Parts parts;
     clsRegExMatchList matches; // what the parts may lie in
-    if (!MatchAtStart(text.View(), parts) && !MatchAnywhere(text, matches, parts))
+    if (!MatchAtStart(text, parts) && !MatchAnywhere(text, matches, parts))
         return false;
     SYSTEMTIME read{};
     read.wYear = FieldOf(parts.year);

@@ -99,7 +99,7 @@ TEST(MachineDate, ZonesByName)
     for (const Zone& zone : ZONES)
     {
         SYSTEMTIME time{};
-        ASSERT_TRUE(ReadRFC822Date(String(L"3 Apr 2018 10:00:00 ") + zone.name, time));
+        ASSERT_TRUE(ReadRFC822Date((String(L"3 Apr 2018 10:00:00 ") + zone.name).View(), time));
         EXPECT_EQ(time.wHour, 10 + zone.hours) << String(zone.name).NarrowText();
     }
     SYSTEMTIME untouched{1, 2, 3, 4, 5, 6, 7, 8};
@@ -131,7 +131,7 @@ TEST(MachineDate, RFC822IsWhatThePatternFinds)
         clsRegExMatchList matches;
         SYSTEMTIME time{};
         const bool isDate = pattern.Match(text, &matches);
-        ASSERT_EQ(ReadRFC822Date(text, time), isDate) << text.NarrowText();
+        ASSERT_EQ(ReadRFC822Date(text.View(), time), isDate) << text.NarrowText();
         if (!isDate || matches.Count() > 7) // with a zone the fields have moved
             continue;
         ++found;
