@@ -80,7 +80,7 @@ enum
    2 GB is PROF_ERR_LOCKED, as a file of that size is.
 
    The result is a job in any case but that of no memory (null), with one reference; ask ProfGetError how it went. What
-   was read before a failure is in it. */
+   was read before a failure is in it, but for lists that had not ended. */
 QXUT_API HPROFJOB ProfJobOpenA(const char* name);
 QXUT_API HPROFJOB ProfJobOpenW(const QXWCHAR* name);
 
