@@ -1,6 +1,7 @@
 // 100,000 leaves in 5,000 lists: load, look up 100,000 paths, set 10,000 values and save, beside GLib's GKeyFile, which
-// is flat and 8-bit, and pugixml and Boost.PropertyTree with the same tree as XML; the XML form beside them. A flat
-// list of a million leaves shows that nothing grows faster than its input.
+// is flat and 8-bit, and pugixml and Boost.PropertyTree with the same tree as XML; the XML form beside them, and the
+// packed form beside the peers with zlib at the same level. A flat list of a million leaves shows that nothing grows
+// faster than its input.
 #include "profile_input.h"
 
 #include <qxut23/profile.h>
@@ -10,12 +11,14 @@
 #include <boost/property_tree/xml_parser.hpp>
 #include <glib.h>
 #include <pugixml.hpp>
+#include <zlib.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +28,7 @@ namespace
 
 using bench::LeafPath;
 using bench::MadeSettings;
+using boost::property_tree::ptree;
 
 using WideText = std::vector<wchar_t>;
 
@@ -63,6 +67,14 @@ public:
     void Write(const std::string& name, const std::string& bytes)
     {
         std::ofstream(Path(name), std::ios::binary) << bytes;
+    }
+
+    std::string Read(const std::string& name) const
+    {
+        std::ifstream file(Path(name), std::ios::binary);
+        std::string bytes(std::filesystem::file_size(Path(name)), '\0');
+        file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        return bytes;
     }
 
 private:
@@ -114,18 +126,22 @@ void LoadOurs(benchmark::State& state, const char* file)
         OurJob job(file);
 }
 
-void LookUpOurs(benchmark::State& state)
+size_t LookUpAll(HPROFJOB job, const std::vector<WideText>& paths)
 {
-    const OurJob job("profile");
-    OurPaths();
     wchar_t buffer[256];
+    size_t found = 0;
+    for (const WideText& path : paths)
+        found += ProfGetStringW(job, nullptr, path.data(), buffer, 256, L"") > 0;
+    return found;
+}
+
+// Lists get an index at their first look-ups, which the peer makes while it loads; "load, look up" counts it for both.
+void LookUpOurs(benchmark::State& state, const char* file, const std::vector<WideText>& paths)
+{
+    const OurJob job(file);
+    LookUpAll(job, paths);
     for (auto _ : state)
-    {
-        size_t found = 0;
-        for (const WideText& path : OurPaths())
-            found += ProfGetStringW(job, nullptr, path.data(), buffer, 256, L"") > 0;
-        Check(found == OurPaths().size(), "looking up");
-    }
+        Check(LookUpAll(job, paths) == paths.size(), "looking up");
 }
 
 void SetOurs(benchmark::State& state)
@@ -173,21 +189,23 @@ void LoadKeyFile(benchmark::State& state, const char* file)
         KeyFile loaded(file);
 }
 
+size_t LookUpAll(GKeyFile* file, const std::vector<LeafPath>& paths)
+{
+    size_t found = 0;
+    for (const LeafPath& path : paths)
+    {
+        char* value = g_key_file_get_value(file, (path.group + "/" + path.section).c_str(), path.name.c_str(), nullptr);
+        found += value != nullptr;
+        g_free(value);
+    }
+    return found;
+}
+
 void LookUpKeyFile(benchmark::State& state)
 {
     const KeyFile file("ini");
     for (auto _ : state)
-    {
-        size_t found = 0;
-        for (const LeafPath& path : MadeSettings().paths)
-        {
-            char* value =
-                g_key_file_get_value(file, (path.group + "/" + path.section).c_str(), path.name.c_str(), nullptr);
-            found += value != nullptr;
-            g_free(value);
-        }
-        Check(found == MadeSettings().paths.size(), "looking up");
-    }
+        Check(LookUpAll(file, MadeSettings().paths) == MadeSettings().paths.size(), "looking up");
 }
 
 void SetKeyFile(benchmark::State& state)
@@ -264,25 +282,171 @@ void SaveDocument(benchmark::State& state)
         Check(document.save_file(target.c_str(), " ", pugi::format_default, pugi::encoding_utf16_le), "saving");
 }
 
-// ---- Boost.PropertyTree, in UTF-8
+// ---- Boost.PropertyTree, in UTF-8; look-ups in a tree of its own making, whose paths are joined by dots
 
 void LoadPropertyTree(benchmark::State& state)
 {
     const std::string path = TheFiles().Path("xml8");
     for (auto _ : state)
     {
-        boost::property_tree::ptree tree;
-        boost::property_tree::read_xml(path, tree);
+        ptree tree;
+        read_xml(path, tree);
     }
 }
 
 void SavePropertyTree(benchmark::State& state)
 {
-    boost::property_tree::ptree tree;
-    boost::property_tree::read_xml(TheFiles().Path("xml8"), tree);
+    ptree tree;
+    read_xml(TheFiles().Path("xml8"), tree);
     const std::string target = TheFiles().Path("saved");
     for (auto _ : state)
-        boost::property_tree::write_xml(target, tree);
+        write_xml(target, tree);
+}
+
+const std::vector<std::string>& DottedPaths()
+{
+    static const std::vector<std::string> paths = []
+    {
+        std::vector<std::string> made;
+        for (const LeafPath& path : MadeSettings().paths)
+            made.push_back(path.group + "." + path.section + "." + path.name);
+        return made;
+    }();
+    return paths;
+}
+
+ptree MadeTree()
+{
+    ptree tree;
+    for (const bench::Group& group : MadeSettings().groups)
+        for (const bench::Section& section : group.sections)
+            for (const bench::Leaf& leaf : section.leaves)
+                tree.add(group.name + "." + section.name + "." + leaf.name, leaf.value);
+    return tree;
+}
+
+void LookUpPropertyTree(benchmark::State& state)
+{
+    const ptree tree = MadeTree();
+    DottedPaths();
+    for (auto _ : state)
+    {
+        size_t found = 0;
+        for (const std::string& path : DottedPaths())
+            found += !tree.get<std::string>(path).empty();
+        Check(found == DottedPaths().size(), "looking up");
+    }
+}
+
+void SetPropertyTree(benchmark::State& state)
+{
+    ptree tree = MadeTree();
+    DottedPaths();
+    for (auto _ : state)
+    {
+        for (size_t i = 0; i < DottedPaths().size(); i += 10)
+            tree.put(DottedPaths()[i], "new value");
+    }
+}
+
+// ---- Packed: the peers with zlib, as its best level packs
+
+std::string Deflated(const std::string& bytes)
+{
+    uLongf size = compressBound(static_cast<uLong>(bytes.size()));
+    std::string packed(size, '\0');
+    Check(compress2(reinterpret_cast<Bytef*>(packed.data()), &size, reinterpret_cast<const Bytef*>(bytes.data()),
+              static_cast<uLong>(bytes.size()), Z_BEST_COMPRESSION) == Z_OK,
+        "deflating");
+    packed.resize(size);
+    return packed;
+}
+
+std::string Inflated(const std::string& packed)
+{
+    z_stream stream{};
+    Check(inflateInit(&stream) == Z_OK, "inflating");
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(packed.data()));
+    stream.avail_in = static_cast<uInt>(packed.size());
+    std::string bytes;
+    int result = Z_OK;
+    while (result == Z_OK)
+    {
+        bytes.resize(bytes.size() + (1 << 20));
+        stream.next_out = reinterpret_cast<Bytef*>(bytes.data() + stream.total_out);
+        stream.avail_out = static_cast<uInt>(bytes.size() - stream.total_out);
+        result = inflate(&stream, Z_NO_FLUSH);
+    }
+    Check(result == Z_STREAM_END, "inflating");
+    bytes.resize(stream.total_out);
+    inflateEnd(&stream);
+    return bytes;
+}
+
+// A file of the input, deflated.
+const std::string& MadePacked(const char* file)
+{
+    static std::string name;
+    name = std::string("packed ") + file;
+    TheFiles().Write(name, Deflated(TheFiles().Read(file)));
+    return name;
+}
+
+void LoadPackedOurs(benchmark::State& state)
+{
+    Check(ProfSaveW(OurJob("profile"), Wide(TheFiles().Path("packed")).data(), PROF_SAVE_PACKED) == PROF_OK, "saving");
+    LoadOurs(state, "packed");
+}
+
+void LoadPackedKeyFile(benchmark::State& state)
+{
+    const std::string& name = MadePacked("ini");
+    for (auto _ : state)
+    {
+        const std::string bytes = Inflated(TheFiles().Read(name));
+        GKeyFile* const file = g_key_file_new();
+        Check(g_key_file_load_from_data(file, bytes.data(), bytes.size(), G_KEY_FILE_NONE, nullptr), "loading");
+        g_key_file_unref(file);
+    }
+}
+
+void LoadPackedDocument(benchmark::State& state)
+{
+    const std::string& name = MadePacked("xml");
+    for (auto _ : state)
+    {
+        const std::string bytes = Inflated(TheFiles().Read(name));
+        pugi::xml_document document;
+        Check(document.load_buffer(bytes.data(), bytes.size()), "loading");
+    }
+}
+
+void SavePackedOurs(benchmark::State& state)
+{
+    SaveOurs(state, "profile", PROF_SAVE_PACKED);
+}
+
+void SavePackedKeyFile(benchmark::State& state)
+{
+    const KeyFile file("ini");
+    for (auto _ : state)
+    {
+        size_t size = 0;
+        char* const bytes = g_key_file_to_data(file, &size, nullptr);
+        TheFiles().Write("saved", Deflated(std::string(bytes, size)));
+        g_free(bytes);
+    }
+}
+
+void SavePackedDocument(benchmark::State& state)
+{
+    const Document document;
+    for (auto _ : state)
+    {
+        std::ostringstream bytes;
+        document.save(bytes, " ", pugi::format_default, pugi::encoding_utf16_le);
+        TheFiles().Write("saved", Deflated(bytes.str()));
+    }
 }
 
 // ---- One list of a million leaves
@@ -319,37 +483,71 @@ void MakeFlatFiles()
     benchmark::DoNotOptimize(isMade);
 }
 
+constexpr int kFlatLookUps = 100000;
+
+const std::vector<WideText>& FlatNamesWide()
+{
+    static const std::vector<WideText> names = []
+    {
+        std::vector<WideText> made;
+        for (int i = 0; i < kFlatLookUps; ++i)
+            made.push_back(Wide(FlatName(i * 10)));
+        return made;
+    }();
+    return names;
+}
+
+const std::vector<std::string>& FlatNames()
+{
+    static const std::vector<std::string> names = []
+    {
+        std::vector<std::string> made;
+        for (int i = 0; i < kFlatLookUps; ++i)
+            made.push_back(FlatName(i * 10));
+        return made;
+    }();
+    return names;
+}
+
+void LookUpFlat(GKeyFile* file)
+{
+    for (const std::string& name : FlatNames())
+    {
+        char* value = g_key_file_get_value(file, "flat", name.c_str(), nullptr);
+        Check(value != nullptr, "looking up");
+        g_free(value);
+    }
+}
+
 void LookUpFlatOurs(benchmark::State& state)
 {
     MakeFlatFiles();
-    const OurJob job("flat");
-    wchar_t buffer[256];
-    std::vector<WideText> names;
-    for (int i = 0; i < 100000; ++i)
-        names.push_back(Wide(FlatName(i * 10)));
-    for (auto _ : state)
-    {
-        for (const WideText& name : names)
-            Check(ProfGetStringW(job, nullptr, name.data(), buffer, 256, L"") > 0, "looking up");
-    }
+    LookUpOurs(state, "flat", FlatNamesWide());
 }
 
 void LookUpFlatKeyFile(benchmark::State& state)
 {
     MakeFlatFiles();
     const KeyFile file("flat ini");
-    std::vector<std::string> names;
-    for (int i = 0; i < 100000; ++i)
-        names.push_back(FlatName(i * 10));
+    FlatNames();
     for (auto _ : state)
-    {
-        for (const std::string& name : names)
-        {
-            char* value = g_key_file_get_value(file, "flat", name.c_str(), nullptr);
-            Check(value != nullptr, "looking up");
-            g_free(value);
-        }
-    }
+        LookUpFlat(file);
+}
+
+void LoadAndLookUpFlatOurs(benchmark::State& state)
+{
+    MakeFlatFiles();
+    FlatNamesWide();
+    for (auto _ : state)
+        Check(LookUpAll(OurJob("flat"), FlatNamesWide()) == FlatNamesWide().size(), "looking up");
+}
+
+void LoadAndLookUpFlatKeyFile(benchmark::State& state)
+{
+    MakeFlatFiles();
+    FlatNames();
+    for (auto _ : state)
+        LookUpFlat(KeyFile("flat ini"));
 }
 
 void LoadFlatOurs(benchmark::State& state)
@@ -395,12 +593,18 @@ constexpr Operation kOperations[] = {
         }},
     {"load/pugixml", LoadDocument},
     {"load/PropertyTree", LoadPropertyTree},
-    {"look up 100000/ours", LookUpOurs},
+    {"look up 100000/ours",
+        [](benchmark::State& state)
+        {
+            LookUpOurs(state, "profile", OurPaths());
+        }},
     {"look up 100000/GKeyFile", LookUpKeyFile},
     {"look up 100000/pugixml", LookUpDocument},
+    {"look up 100000/PropertyTree", LookUpPropertyTree},
     {"set 10000/ours", SetOurs},
     {"set 10000/GKeyFile", SetKeyFile},
     {"set 10000/pugixml", SetDocument},
+    {"set 10000/PropertyTree", SetPropertyTree},
     {"save/ours",
         [](benchmark::State& state)
         {
@@ -427,10 +631,18 @@ constexpr Operation kOperations[] = {
         }},
     {"XML: save/pugixml", SaveDocument},
     {"XML: save/PropertyTree", SavePropertyTree},
+    {"packed: load/ours", LoadPackedOurs},
+    {"packed: load/GKeyFile, zlib", LoadPackedKeyFile},
+    {"packed: load/pugixml, zlib", LoadPackedDocument},
+    {"packed: save/ours", SavePackedOurs},
+    {"packed: save/GKeyFile, zlib", SavePackedKeyFile},
+    {"packed: save/pugixml, zlib", SavePackedDocument},
     {"flat: load/ours", LoadFlatOurs},
     {"flat: load/GKeyFile", LoadFlatKeyFile},
     {"flat: look up 100000/ours", LookUpFlatOurs},
     {"flat: look up 100000/GKeyFile", LookUpFlatKeyFile},
+    {"flat: load, look up 100000/ours", LoadAndLookUpFlatOurs},
+    {"flat: load, look up 100000/GKeyFile", LoadAndLookUpFlatKeyFile},
     {"flat: save/ours", SaveFlatOurs},
     {"flat: save/GKeyFile", SaveFlatKeyFile},
 };

@@ -1,6 +1,6 @@
 // How the profile store grows with its input: the time a leaf takes to be loaded and saved, the time of a look-up, and
-// the peak of memory against the size of the file. Each row is a process of its own. With "large" as the argument: a
-// file of 1 GB, with leaves and as a hole.
+// the peak of memory against the size of the file, the unpacked one if it is packed. Each row is a process of its own.
+// With "large" as the argument: a file of 1 GB, with leaves and as a hole.
 #include <qxut23/profile.h>
 
 #include <sys/wait.h>
@@ -154,7 +154,7 @@ struct Loaded
 {
     HPROFJOB job;
     double seconds;
-    double memory; // the peak, in sizes of the file
+    uint64_t peak; // of memory, in bytes
 };
 
 Loaded Load(const fs::path& path)
@@ -165,21 +165,26 @@ Loaded Load(const fs::path& path)
     const Clock::time_point start = Clock::now();
     const HPROFJOB job = ProfJobOpenW(Wide(path.string()).data());
     const double seconds = Seconds(start);
-    const uint64_t peak = Status("VmHWM:");
-    return {job, seconds, static_cast<double>(peak - before) / static_cast<double>(fs::file_size(path))};
+    return {job, seconds, Status("VmHWM:") - before};
 }
 
-void Measure(const fs::path& folder, const Shape& shape, int leaves, int packing)
+const char* NameOf(int form)
+{
+    return form == PROF_FORM_XML ? "XML" : form == PROF_SAVE_PACKED ? "packed" : "";
+}
+
+void Measure(const fs::path& folder, const Shape& shape, int leaves, int form)
 {
     const fs::path path = folder / "profile";
     WriteProfile(path, shape, leaves);
-    if (packing != 0)
+    const uintmax_t asText = fs::file_size(path);
+    if (form != PROF_FORM_TEXT)
     {
         InChild(
             [&]
             {
                 const HPROFJOB job = ProfJobOpenW(Wide(path.string()).data());
-                if (ProfSaveW(job, nullptr, packing) != PROF_OK)
+                if (ProfSaveW(job, nullptr, form) != PROF_OK)
                     std::exit(1);
             });
     }
@@ -190,15 +195,16 @@ void Measure(const fs::path& folder, const Shape& shape, int leaves, int packing
             if (ProfGetError(loaded.job) != PROF_OK)
                 std::exit(1);
             const Clock::time_point start = Clock::now();
-            if (ProfSaveW(loaded.job, Wide((folder / "saved").string()).data(), packing) != PROF_OK)
+            if (ProfSaveW(loaded.job, Wide((folder / "saved").string()).data(), form) != PROF_OK)
                 std::exit(1);
             const double save = Seconds(start);
+            const uintmax_t unpacked = form == PROF_SAVE_PACKED ? asText : fs::file_size(path);
             std::printf(
                 "%-20s %-6s %9d leaves %8.1f MB   load %6.1f ns a leaf   save %6.1f ns a leaf   look up %6.1f ns   "
                 "memory %5.2f files\n",
-                shape.name, packing != 0 ? "packed" : "", leaves, static_cast<double>(fs::file_size(path)) / 1e6,
+                shape.name, NameOf(form), leaves, static_cast<double>(fs::file_size(path)) / 1e6,
                 loaded.seconds / leaves * 1e9, save / leaves * 1e9, LookUp(loaded.job, shape, leaves) * 1e9,
-                loaded.memory);
+                static_cast<double>(loaded.peak) / static_cast<double>(unpacked));
         });
 }
 
@@ -215,7 +221,7 @@ void MeasureLarge(const fs::path& folder)
                 const Loaded loaded = Load(path);
                 std::printf("%-20s %8.1f MB   error %d   load %.1f s   memory %.2f files\n", what,
                     static_cast<double>(fs::file_size(path)) / 1e6, ProfGetError(loaded.job), loaded.seconds,
-                    loaded.memory);
+                    static_cast<double>(loaded.peak) / static_cast<double>(fs::file_size(path)));
             });
     };
     WriteProfile(path, kShapes[0], kLeavesOf1GB);
@@ -240,9 +246,11 @@ int main(int argc, char** argv)
     {
         for (const Shape& shape : kShapes)
             for (const int leaves : kLeaves)
-                Measure(folder, shape, leaves, 0);
-        for (const Shape& shape : kShapes)
-            Measure(folder, shape, kLeaves[0], PROF_SAVE_PACKED);
+                Measure(folder, shape, leaves, PROF_FORM_TEXT);
+        for (const int form : {PROF_FORM_XML, PROF_SAVE_PACKED})
+            for (const Shape& shape : kShapes)
+                for (const int leaves : {kLeaves[0], kLeaves[3]})
+                    Measure(folder, shape, leaves, form);
     }
     fs::remove_all(folder);
     return 0;

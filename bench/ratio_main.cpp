@@ -30,7 +30,7 @@ public:
             if (const auto ours = times.find("ours"); ours != times.end())
                 for (const auto& [who, time] : times)
                     if (who != "ours")
-                        std::printf("%-24s %6.2f of %s\n", operation.c_str(), ours->second / time, who.c_str());
+                        std::printf("%-32s %6.2f of %s\n", operation.c_str(), ours->second / time, who.c_str());
     }
 
 private:
