@@ -41,7 +41,7 @@ std::vector<uint8_t> Unpacked(const String& text, const String& key)
 {
     const clsAutoRelease<IStream*> stream = NewStream();
     clsFileRW file(stream.Get());
-    if (!UnpackFromString(file, text, key) && file.GetSize() != 0)
+    if (!UnpackFromString(file, text.View(), key) && file.GetSize() != 0)
         std::abort();
     return ContentOf(file);
 }

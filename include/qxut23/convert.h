@@ -34,7 +34,8 @@ QXUT_API int32_t UtilConvertBLOBToString(
 QXUT_API int32_t UtilConvertBLOBToBSTR(const void* data, uint32_t size, QXWCHAR** text, int32_t compress);
 
 /* Unpacks to `data`, which has room for `size` bytes: the count of bytes, QXUT_CONVERT_FAILED when they do not fit
-   (nothing is written then), QXUT_CONVERT_NULL for a null text. A null `data` gives the count alone. */
+   (nothing is written then, unless the text ends inside a group of four), QXUT_CONVERT_NULL for a null text. A null
+   `data` gives the count alone. */
 QXUT_API int32_t UtilConvertStringToBLOB(const QXWCHAR* text, void* data, uint32_t size);
 
 /* Packs all of a stream, whatever its position. */

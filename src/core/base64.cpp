@@ -107,7 +107,26 @@ private:
     const wchar_t* _end;
 };
 
+// For room that ends inside a group: the group's valid bytes, if they go in and nothing follows.
+Base64Decoded ReadLastGroup(GroupReader& reader, unsigned char* bytes, std::size_t room, Base64Tail tail)
+{
+    const std::size_t used = room / 3 * 3;
+    const std::size_t valid = tail == Base64Tail::whole ? 3 : reader.ValidBytes();
+    unsigned char group[3];
+    reader.ReadGroup(group);
+    if (valid > room - used || reader.FindGroup())
+        return {used, true};
+    std::memcpy(bytes + used, group, valid);
+    return {used + valid, false};
+}
+
 } // namespace
+
+std::size_t Base64MostBytes(std::wstring_view text)
+{
+    const std::size_t padding = text.ends_with(L"==") ? 2 : text.ends_with(L"=") ? 1 : 0;
+    return text.size() % 4 == 0 && !text.empty() ? text.size() / 4 * 3 - padding : (text.size() + 3) / 4 * 3;
+}
 
 void Base64EncodeTo(wchar_t* text, const void* data, std::size_t size)
 {
@@ -148,7 +167,7 @@ Base64Decoded Base64DecodeTo(unsigned char* bytes, std::size_t room, std::wstrin
     while (reader.FindGroup())
     {
         if (groups == maxGroups)
-            return {groups * 3, true};
+            return ReadLastGroup(reader, bytes, room, tail);
         const std::size_t plain = reader.ReadPlainGroups(bytes + groups * 3, maxGroups - groups);
         groups += plain;
         if (plain != 0)

@@ -27,6 +27,10 @@ constexpr std::size_t Base64RoomForBytes(std::size_t length)
     return (length / 4 + 1) * 3;
 }
 
+// The count of valid bytes of a text that has nothing but whole groups of symbols. Any other has no more than that, but
+// for one or two bytes where it ends inside a group.
+std::size_t Base64MostBytes(std::wstring_view text);
+
 // Writes `Base64Length(size)` characters to `text`, without a terminator.
 void Base64EncodeTo(wchar_t* text, const void* data, std::size_t size);
 
@@ -45,7 +49,8 @@ struct Base64Decoded
     bool cut = false;     // the room was full while text was left
 };
 
-// Decodes into `bytes`, which has room for `room` bytes; whole groups only.
+// Decodes into `bytes`, which has room for `room` bytes. Whole groups are written, but for the last one where the room
+// ends inside it.
 Base64Decoded Base64DecodeTo(unsigned char* bytes, std::size_t room, std::wstring_view text, Base64Tail tail);
 
 // Decodes into a new block that `holder` gets; the result is the count of valid bytes, which is also the block's size.

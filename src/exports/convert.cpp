@@ -12,6 +12,9 @@
 #include <oleauto.h>
 
 #include <algorithm>
+#include <climits>
+#include <memory>
+#include <optional>
 
 using namespace qx;
 
@@ -26,36 +29,43 @@ clsAutoRelease<IStream*> StreamOnMemory(HGLOBAL memory, BOOL deleteOnRelease)
     return stream;
 }
 
-String PackBlob(const void* data, uint32_t size, bool compress)
-{
-    if (size == 0)
-        return String();
-    clsFileRWTempStream source(StreamOnMemory(nullptr, TRUE).Detach());
-    source.clsFile::Write(data, size);
-    return PackToString(source, compress, String());
-}
-
-String PackStream(IStream* stream, bool compress)
+PackedText PackStream(IStream* stream, bool compress)
 {
     clsFileRO source(stream);
-    return PackToString(source, compress, String());
+    return PackedText(source, compress, String());
 }
 
 // How the functions with a text buffer deliver.
-int32_t ToBuffer(const String& text, QXWCHAR* buffer, uint32_t bufferChars)
+int32_t ToBuffer(const PackedText& packed, QXWCHAR* buffer, uint32_t bufferChars)
 {
-    const size_t needed = text.Length() + 1;
+    const size_t length = packed.Length();
     if (!buffer || bufferChars == 0)
-        return static_cast<int32_t>(needed);
-    const size_t copied = std::min<size_t>(text.Length(), bufferChars - 1);
-    std::copy_n(text.Text(), copied, buffer);
+        return static_cast<int32_t>(length + 1);
+    const size_t copied = std::min<size_t>(length, bufferChars - 1);
+    if (copied == length)
+        packed.WriteTo(buffer);
+    else
+    {
+        const auto text = std::make_unique_for_overwrite<wchar_t[]>(length);
+        packed.WriteTo(text.get());
+        std::copy_n(text.get(), copied, buffer);
+    }
     buffer[copied] = 0;
-    return bufferChars < needed ? QXUT_CONVERT_CUT : 0;
+    return copied == length ? 0 : QXUT_CONVERT_CUT;
 }
 
-int32_t ToBSTR(const String& text, QXWCHAR** target)
+int32_t ToBSTR(const PackedText& packed, QXWCHAR** target)
 {
-    return text.ToBSTR(target) ? 0 : QXUT_CONVERT_FAILED;
+    const size_t length = packed.Length();
+    if (length > UINT_MAX / sizeof(wchar_t) - 1)
+        return QXUT_CONVERT_FAILED;
+    const BSTR text = SysAllocStringLen(nullptr, static_cast<UINT>(length));
+    if (!text)
+        return QXUT_CONVERT_FAILED;
+    packed.WriteTo(text);
+    SysFreeString(*target);
+    *target = text;
+    return 0;
 }
 
 } // namespace
@@ -65,8 +75,8 @@ int32_t UtilConvertBLOBToString(
 {
     if (!data && size != 0)
         return QXUT_CONVERT_NULL;
-    return Guarded(
-        QXUT_CONVERT_FAILED, [&] { return ToBuffer(PackBlob(data, size, compress != 0), buffer, bufferChars); });
+    return Guarded(QXUT_CONVERT_FAILED,
+        [&] { return ToBuffer(PackedText(data, size, compress != 0, String()), buffer, bufferChars); });
 }
 
 int32_t UtilConvertBLOBToBSTR(const void* data, uint32_t size, QXWCHAR** text, int32_t compress)
@@ -75,7 +85,7 @@ int32_t UtilConvertBLOBToBSTR(const void* data, uint32_t size, QXWCHAR** text, i
         return QXUT_CONVERT_FAILED;
     if (!data && size != 0)
         return QXUT_CONVERT_NULL;
-    return Guarded(QXUT_CONVERT_FAILED, [&] { return ToBSTR(PackBlob(data, size, compress != 0), text); });
+    return Guarded(QXUT_CONVERT_FAILED, [&] { return ToBSTR(PackedText(data, size, compress != 0, String()), text); });
 }
 
 int32_t UtilConvertStringToBLOB(const QXWCHAR* text, void* data, uint32_t size)
@@ -85,14 +95,10 @@ int32_t UtilConvertStringToBLOB(const QXWCHAR* text, void* data, uint32_t size)
     return Guarded(QXUT_CONVERT_FAILED,
         [&]
         {
-            clsFileRWTempStream target(StreamOnMemory(nullptr, TRUE).Detach());
-            UnpackFromString(target, String(text), String());
-            const auto unpacked = static_cast<uint32_t>(std::max<int64_t>(target.GetSize(), 0));
-            if (data && unpacked > size)
-                return QXUT_CONVERT_FAILED;
-            if (data)
-                target.clsFile::Read(data, unpacked);
-            return static_cast<int32_t>(unpacked);
+            if (!data)
+                return static_cast<int32_t>(DataOfPackedText(text, String()).value_or(ByteBlock()).size());
+            const std::optional<size_t> count = UnpackTo(static_cast<unsigned char*>(data), size, text);
+            return count ? static_cast<int32_t>(*count) : QXUT_CONVERT_FAILED;
         });
 }
 
@@ -121,7 +127,7 @@ int32_t UtilConvertStringToStream(const QXWCHAR* text, IStream* stream)
         [&]
         {
             clsFileRW target(stream);
-            UnpackFromString(target, String(text), String());
+            UnpackFromString(target, text, String());
             return 0;
         });
 }
@@ -167,7 +173,7 @@ int32_t UtilConvertStringToHGLOBAL(const QXWCHAR* text, void** memory)
                 return QXUT_CONVERT_NULL;
             {
                 clsFileRW target(stream.Get());
-                UnpackFromString(target, String(text), String());
+                UnpackFromString(target, text, String());
             }
             if (*memory)
                 GlobalFree(*memory);

@@ -78,52 +78,61 @@ std::size_t DeflateAtOnce(unsigned char* target, std::size_t room, const unsigne
     return code == Z_STREAM_END ? made : 0;
 }
 
-// The data of a zlib stream if it holds exactly `size` bytes, else an empty block.
-ByteBlock InflateAtOnce(const unsigned char* data, std::size_t length, std::uint32_t size)
+// A zlib stream of an image, and how many bytes it is said to hold.
+struct ZlibPart
 {
-    if (size > length * maxExpansion)
-        return {};
+    const unsigned char* data = nullptr;
+    std::size_t length = 0;
+    std::uint32_t size = 0;
+
+    bool IsLie() const { return size > length * maxExpansion; }
+};
+
+// Whether the stream holds exactly the bytes that it is said to; `target` has room for them.
+bool InflateTo(unsigned char* target, const ZlibPart& part)
+{
     z_stream stream{};
     if (inflateInit2(&stream, zlibWindowBits) != Z_OK)
+        return false;
+    stream.next_in = const_cast<unsigned char*>(part.data);
+    stream.avail_in = ZlibCount(part.length);
+    stream.next_out = target;
+    stream.avail_out = part.size;
+    const int code = inflate(&stream, Z_FINISH);
+    const bool isWhole = code == Z_STREAM_END && stream.total_out == part.size;
+    inflateEnd(&stream);
+    return isWhole;
+}
+
+// The data of a stream, or an empty block.
+ByteBlock Inflated(const ZlibPart& part)
+{
+    if (part.IsLie())
         return {};
     // One byte to spare: a stream of no bytes needs an address too.
-    ByteBlock block(std::size_t{size} + 1);
-    stream.next_in = const_cast<unsigned char*>(data);
-    stream.avail_in = ZlibCount(length);
-    stream.next_out = block.data();
-    stream.avail_out = size;
-    const int code = inflate(&stream, Z_FINISH);
-    const bool whole = code == Z_STREAM_END && stream.total_out == size;
-    inflateEnd(&stream);
-    block.Truncate(whole ? size : 0);
+    ByteBlock block(std::size_t{part.size} + 1);
+    block.Truncate(InflateTo(block.data(), part) ? part.size : 0);
     return block;
 }
 
 // Size, tag and zlib stream; empty if compression failed.
-ByteBlock CompressedImage(const ByteBlock& data)
+ByteBlock CompressedImage(const unsigned char* data, std::uint32_t size)
 {
     // A tenth more than the data, and what zlib adds to data of a few bytes.
-    ByteBlock image(data.size() / 10 + 64 + data.size());
-    const auto size = static_cast<std::uint32_t>(data.size());
+    ByteBlock image(std::size_t{size} + size / 10 + 64);
     StoreSize(image.data(), size);
     std::memcpy(image.data() + sizeFieldLength, tag, sizeof(tag));
     const std::size_t packed =
-        DeflateAtOnce(image.data() + version2HeadLength, image.size() - version2HeadLength, data.data(), size);
+        DeflateAtOnce(image.data() + version2HeadLength, image.size() - version2HeadLength, data, size);
     image.Truncate(packed == 0 ? 0 : version2HeadLength + packed);
     return image;
 }
 
-String TextOfImage(std::wstring_view prefix, const ByteBlock& image)
+ByteBlock CopyOf(const unsigned char* data, std::size_t size)
 {
-    const std::size_t length = prefix.size() + Base64Length(image.size());
-    String text;
-    if (length == 0)
-        return text;
-    wchar_t* characters = text.GetBuffer(length + 1);
-    prefix.copy(characters, prefix.size());
-    Base64EncodeTo(characters + prefix.size(), image.data(), image.size());
-    text.ReleaseBuffer(length);
-    return text;
+    ByteBlock copy(size);
+    std::memcpy(copy.data(), data, size);
+    return copy;
 }
 
 ByteBlock ReadAll(clsFile& source)
@@ -142,18 +151,38 @@ Form FormOf(std::wstring_view text)
     return text.starts_with(version1Prefix) ? Form::version1 : Form::plain;
 }
 
-// The data of a decoded (and deciphered) image.
-ByteBlock DataOfImage(ByteBlock image, Form form)
+// The bytes of a text, deciphered.
+std::optional<ByteBlock> ImageOfText(std::wstring_view text, Form form, const String& key)
 {
-    if (form == Form::version1)
-        return image.size() < sizeFieldLength ? ByteBlock()
-                                              : InflateAtOnce(image.data() + sizeFieldLength,
-                                                    image.size() - sizeFieldLength, LoadSize(image.data()));
-    const bool tagged = form == Form::version2 && image.size() >= version2HeadLength &&
-                        std::memcmp(image.data() + sizeFieldLength, tag, sizeof(tag)) == 0;
-    if (!tagged)
-        return image;
-    return InflateAtOnce(image.data() + version2HeadLength, image.size() - version2HeadLength, LoadSize(image.data()));
+    const std::wstring_view encoded = form == Form::plain ? text : text.substr(version2Prefix.size());
+    ByteBlock image(Base64RoomForBytes(encoded.size()));
+    const Base64Decoded decoded = Base64DecodeTo(
+        image.data(), image.size(), encoded, form == Form::version1 ? Base64Tail::whole : Base64Tail::byPadding);
+    if (decoded.cut)
+    {
+        DebugLine(L"ERR: Base64 string has bad format!");
+        return std::nullopt;
+    }
+    image.Truncate(decoded.size);
+    if (image.size() >= smallestDeciphered && key.Length() != 0)
+        clsBlowfish(key.NarrowText()).Decode(image.data(), image.size());
+    return image;
+}
+
+// Nothing where the image is the data themselves.
+std::optional<ZlibPart> ZlibPartOf(const ByteBlock& image, Form form)
+{
+    std::size_t head = sizeFieldLength;
+    if (form == Form::version1 && image.size() < head)
+        return ZlibPart();
+    if (form != Form::version1)
+    {
+        head = version2HeadLength;
+        if (form == Form::plain || image.size() < head ||
+            std::memcmp(image.data() + sizeFieldLength, tag, sizeof(tag)) != 0)
+            return std::nullopt;
+    }
+    return ZlibPart{image.data() + head, image.size() - head, LoadSize(image.data())};
 }
 
 void Replace(clsFile& target, const ByteBlock& data)
@@ -167,39 +196,108 @@ void Replace(clsFile& target, const ByteBlock& data)
 
 } // namespace
 
-String PackToString(clsFile& source, bool compress, const String& key)
+PackedText::PackedText(const void* data, std::uint32_t size, bool compress, const String& key)
+    : _bytes(static_cast<const unsigned char*>(data)),
+      _size(size)
 {
-    if (static_cast<std::uint32_t>(source.GetSize()) == 0)
-        return String();
-    ByteBlock image = ReadAll(source);
-    if (compress)
-        image = CompressedImage(image);
-    if (image.size() >= smallestEnciphered && key.Length() != 0)
-        clsBlowfish(key.NarrowText()).Encode(image.data(), image.size());
-    return TextOfImage(compress ? version2Prefix : std::wstring_view(), image);
+    Pack(compress, key);
 }
 
-bool UnpackFromString(clsFile& target, const String& text, const String& key)
+PackedText::PackedText(clsFile& source, bool compress, const String& key)
 {
-    const std::wstring_view characters(text.Text(), text.Length());
-    if (characters.empty())
-        return false;
-    const Form form = FormOf(characters);
-    const std::wstring_view encoded = form == Form::plain ? characters : characters.substr(version2Prefix.size());
+    TakeImage(ReadAll(source));
+    Pack(compress, key);
+}
 
-    ByteBlock image(Base64RoomForBytes(encoded.size()));
-    const Base64Decoded decoded = Base64DecodeTo(
-        image.data(), image.size(), encoded, form == Form::version1 ? Base64Tail::whole : Base64Tail::byPadding);
-    if (decoded.cut)
+void PackedText::Pack(bool compress, const String& key)
+{
+    if (_size == 0)
+        return;
+    if (compress)
     {
-        DebugLine(L"ERR: Base64 string has bad format!");
-        return false;
+        _prefix = version2Prefix;
+        TakeImage(CompressedImage(_bytes, _size));
     }
-    image.Truncate(decoded.size);
-    if (image.size() >= smallestDeciphered && key.Length() != 0)
-        clsBlowfish(key.NarrowText()).Decode(image.data(), image.size());
-    Replace(target, DataOfImage(std::move(image), form));
-    return true;
+    if (_size >= smallestEnciphered && key.Length() != 0)
+    {
+        if (_bytes != _image.data())
+            TakeImage(CopyOf(_bytes, _size));
+        clsBlowfish(key.NarrowText()).Encode(_image.data(), _size);
+    }
+}
+
+void PackedText::TakeImage(ByteBlock image)
+{
+    _image = std::move(image);
+    _bytes = _image.data();
+    _size = static_cast<std::uint32_t>(_image.size());
+}
+
+std::size_t PackedText::Length() const
+{
+    return _prefix.size() + Base64Length(_size);
+}
+
+void PackedText::WriteTo(wchar_t* text) const
+{
+    _prefix.copy(text, _prefix.size());
+    Base64EncodeTo(text + _prefix.size(), _bytes, _size);
+}
+
+String PackToString(clsFile& source, bool compress, const String& key)
+{
+    const PackedText packed(source, compress, key);
+    String text;
+    const std::size_t length = packed.Length();
+    if (length == 0)
+        return text;
+    packed.WriteTo(text.GetBuffer(length + 1));
+    text.ReleaseBuffer(length);
+    return text;
+}
+
+std::optional<ByteBlock> DataOfPackedText(std::wstring_view text, const String& key)
+{
+    if (text.empty())
+        return std::nullopt;
+    const Form form = FormOf(text);
+    std::optional<ByteBlock> image = ImageOfText(text, form, key);
+    if (!image)
+        return std::nullopt;
+    const std::optional<ZlibPart> part = ZlibPartOf(*image, form);
+    return part ? Inflated(*part) : std::move(*image);
+}
+
+std::optional<std::size_t> UnpackTo(unsigned char* data, std::size_t room, std::wstring_view text)
+{
+    const Form form = FormOf(text);
+    if (form == Form::plain && Base64MostBytes(text) <= room)
+    {
+        const Base64Decoded decoded = Base64DecodeTo(data, room, text, Base64Tail::byPadding);
+        return decoded.cut ? std::nullopt : std::optional(decoded.size);
+    }
+
+    const std::optional<ByteBlock> image = ImageOfText(text, form, String());
+    if (!image)
+        return 0;
+    const std::optional<ZlibPart> part = ZlibPartOf(*image, form);
+    if (part && part->size <= room)
+        return !part->IsLie() && InflateTo(data, *part) ? part->size : 0;
+
+    const ByteBlock inflated = part ? Inflated(*part) : ByteBlock();
+    const ByteBlock& unpacked = part ? inflated : *image;
+    if (unpacked.size() > room)
+        return std::nullopt;
+    std::copy_n(unpacked.data(), unpacked.size(), data);
+    return unpacked.size();
+}
+
+bool UnpackFromString(clsFile& target, std::wstring_view text, const String& key)
+{
+    const std::optional<ByteBlock> data = DataOfPackedText(text, key);
+    if (data)
+        Replace(target, *data);
+    return data.has_value();
 }
 
 } // namespace qx

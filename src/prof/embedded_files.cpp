@@ -47,7 +47,7 @@ bool IsReadable(clsFile& source, int64_t position)
 bool Unpack(std::wstring_view text, const String& key, clsFile& target)
 {
     clsFileRWTempStream unpacked(NewMemoryStream());
-    if (!target.IsOpen() || !unpacked.IsOpen() || !UnpackFromString(unpacked, String(text), key))
+    if (!target.IsOpen() || !unpacked.IsOpen() || !UnpackFromString(unpacked, text, key))
         return false;
     target.Seek(0);
     const bool isWhole = target.CopyFrom(unpacked);

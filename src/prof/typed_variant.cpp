@@ -47,7 +47,7 @@ void VariantFromText(std::wstring_view text, VARIANT& value)
         return;
     }
     clsMemoryFile file;
-    if (text.empty() || !UnpackFromString(file, String(text.substr(kPrefix.size())), String::EmptyString()))
+    if (text.empty() || !UnpackFromString(file, text.substr(kPrefix.size()), String::EmptyString()))
     {
         VariantChangeType(&value, &value, 0, VT_EMPTY);
         return;

@@ -27,7 +27,7 @@ String Pack(const std::string& data, bool compress, const wchar_t* key = L"")
 std::string Unpack(const String& text, const wchar_t* key = L"")
 {
     MemoryFile target("what stood there before and is longer than the data");
-    EXPECT_TRUE(UnpackFromString(target, text, String(key)));
+    EXPECT_TRUE(UnpackFromString(target, text.View(), String(key)));
     EXPECT_EQ(target.Tell(), 0);
     return target.Bytes();
 }
@@ -102,7 +102,7 @@ TEST(PackedText, NothingIsPackedOfNothing)
 {
     EXPECT_EQ(Pack("", true).Length(), 0u);
     MemoryFile target("kept");
-    EXPECT_FALSE(UnpackFromString(target, String(), String()));
+    EXPECT_FALSE(UnpackFromString(target, {}, String()));
     EXPECT_EQ(target.Bytes(), "kept");
 }
 
@@ -153,6 +153,33 @@ TEST(PackedText, WrongKeyGivesMeaninglessBytes)
 }
 
 // Whatever the text holds, it is read to some bytes of bounded size.
+// Straight to memory of any size as by way of a block, whatever stands between the symbols.
+TEST(PackedText, UnpacksToMemoryThatJustFits)
+{
+    std::mt19937 random(11);
+    for (int round = 0; round < 2000; ++round)
+    {
+        String text = Pack(RandomBytes(random, random() % 12), random() % 3 == 0);
+        const bool isWhole = random() % 2 != 0;
+        if (!isWhole)
+            for (auto changes = random() % 4; changes != 0 && text.Length() != 0; --changes)
+                text = String(text.View().substr(0, random() % text.Length())) + String(&L" =A"[random() % 3]) +
+                       String(text.View().substr(random() % text.Length()));
+        const auto data = DataOfPackedText(text.View(), String()).value_or(ByteBlock());
+        for (std::size_t room = 0; room < data.size() + 4; ++room)
+        {
+            std::string memory(room, 'x');
+            const auto count = UnpackTo(reinterpret_cast<unsigned char*>(memory.data()), room, text.View());
+            ASSERT_EQ(count.has_value(), room >= data.size()) << room << " for " << data.size();
+            if (count || isWhole)
+            {
+                EXPECT_EQ(memory.substr(0, count.value_or(room)),
+                    count ? std::string(data.data(), data.data() + data.size()) : std::string(room, 'x'));
+            }
+        }
+    }
+}
+
 TEST(PackedText, DamagedTextNeverFails)
 {
     std::mt19937 random(4);
@@ -160,7 +187,7 @@ TEST(PackedText, DamagedTextNeverFails)
     for (std::size_t length = 1; length < whole.Length(); ++length)
     {
         MemoryFile target;
-        EXPECT_TRUE(UnpackFromString(target, whole.Left(length), String()));
+        EXPECT_TRUE(UnpackFromString(target, whole.View().substr(0, length), String()));
         EXPECT_LE(target.GetSize(), 300);
     }
     for (int i = 0; i < 2000; ++i)
@@ -168,7 +195,7 @@ TEST(PackedText, DamagedTextNeverFails)
         String text = whole;
         text[random() % text.Length()] = static_cast<wchar_t>(random() % 128);
         MemoryFile target;
-        UnpackFromString(target, text, String());
+        UnpackFromString(target, text.View(), String());
         EXPECT_LE(target.GetSize(), 300 * 1032);
     }
 }
