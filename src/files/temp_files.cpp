@@ -11,7 +11,6 @@
 #include <x86intrin.h>
 
 #include <cmath>
-#include <iterator>
 
 namespace qx
 {
@@ -36,33 +35,46 @@ String WithoutTrailingSeparators(String path)
     return path.Left(length);
 }
 
+// What a system call writes into a buffer; the call gives the length, or the room that it needs. Empty if it gives 0.
+template <class Call>
+String TextFrom(Call call)
+{
+    String text;
+    DWORD room = static_cast<DWORD>(pathLength);
+    DWORD length = call(text.GetBuffer(room), room);
+    if (length >= room)
+    {
+        room = length + 1;
+        length = call(text.GetBuffer(room), room);
+    }
+    text.ReleaseBuffer(length < room ? length : 0); // it grew again meanwhile: as if it weren't there
+    return text;
+}
+
+// Empty where the system knows none: files of the library then can't be made, rather than at the root.
 String AskTempFolder(bool longNames)
 {
-    wchar_t buffer[pathLength + 1];
-    String folder;
-    const DWORD length = GetTempPathW(static_cast<DWORD>(pathLength), buffer);
-    if (length != 0 && length < pathLength)
-        folder = buffer;
-    else
+    String folder = TextFrom([](wchar_t* buffer, DWORD room) { return GetTempPathW(room, buffer); });
+    if (folder.IsEmpty())
     {
-        const DWORD known = GetEnvironmentVariableW(L"TEMP", buffer, static_cast<DWORD>(pathLength));
-        folder = known < pathLength ? String(buffer, 0, known) : String();
-        if (folder.IsEmpty() || !IsSeparator(folder.CharAt(folder.Length() - 1)))
+        folder = TextFrom([](wchar_t* buffer, DWORD room) { return GetEnvironmentVariableW(L"TEMP", buffer, room); });
+        if (!folder.IsEmpty() && !IsSeparator(folder.CharAt(folder.Length() - 1)))
             folder += PATH_SEPARATOR;
     }
-    if (longNames)
+    if (longNames && !folder.IsEmpty())
     {
-        const DWORD longLength = GetLongPathNameW(folder, buffer, static_cast<DWORD>(pathLength));
-        if (longLength != 0 && longLength < pathLength)
-            folder = buffer;
+        const String longForm =
+            TextFrom([&](wchar_t* buffer, DWORD room) { return GetLongPathNameW(folder, buffer, room); });
+        if (!longForm.IsEmpty())
+            folder = longForm;
     }
     return folder;
 }
 
 // The folder for new files, with a separator at its end.
-String MakeSubfolders(const wchar_t* subfolders)
+String MakeSubfolders(const String& temp, const wchar_t* subfolders)
 {
-    String folder = WithoutTrailingSeparators(GetTempFolder(true));
+    String folder = WithoutTrailingSeparators(temp);
     String parts(subfolders);
     parts.Replace(L'/', L'\\');
     for (const String& part : parts.Split(L'\\'))
@@ -74,7 +86,7 @@ String MakeSubfolders(const wchar_t* subfolders)
         // A file of that name doesn't do for a folder.
         if (!CreateDirectoryW(folder, nullptr) &&
             (GetLastError() != ERROR_ALREADY_EXISTS || ClassifyPath(folder) != PathClass::folder))
-            return GetTempFolder(true);
+            return temp;
     }
     folder += PATH_SEPARATOR;
     return folder;
@@ -135,11 +147,58 @@ std::uint64_t TimeStamp()
     return __rdtsc();
 }
 
+// What MakeTempFile is asked for, the folder apart.
+struct NewFile
+{
+    const wchar_t* prefix;
+    const wchar_t* extension;
+    bool longNames;
+    clsGenericHandleObjectAutoRelease* holder;
+    std::uint64_t (*nextNumber)();
+
+    // The name, or, if it is empty, the error. `parent` ends with a separator.
+    String Make(const String& parent, DWORD& error) const
+    {
+        const String base = parent + prefix;
+        String folder = GetPathDirectory(base);
+        if (folder.IsEmpty())
+            folder = GetTempFolder(longNames);
+        String middle;
+        middle.Format(L"_%d_", tempNameVersion);
+        middle += GetPathStem(base);
+
+        DWORD flags = FILE_FLAG_SEQUENTIAL_SCAN | FILE_ATTRIBUTE_NORMAL;
+        if (holder)
+            flags |= FILE_FLAG_DELETE_ON_CLOSE | FILE_ATTRIBUTE_TEMPORARY;
+
+        String name;
+        for (unsigned tries = 1; tries <= maxTries; ++tries)
+        {
+            name.Format(L"%s%s%I64x.%s", folder.Text(), middle.Text(), nextNumber(), extension);
+            HANDLE file = OpenFile(name, CREATE_NEW, flags);
+            error = GetLastError();
+            if (file == INVALID_HANDLE_VALUE && holder)
+                file = TakeStaleFile(name, flags);
+            if (file != INVALID_HANDLE_VALUE)
+            {
+                if (holder)
+                    holder->Take(file, true);
+                else
+                    CloseHandle(file);
+                return name;
+            }
+            if (!IsWorthAnotherTry(error, tries))
+                break;
+        }
+        return String();
+    }
+};
+
 } // namespace
 
 String GetTempFolder(bool longNames)
 {
-    static clsCriticalSection lock;
+    static clsCriticalSection lock(4000);
     static String folders[2];
     clsCriticalSectionLock held(lock);
     String& folder = folders[longNames];
@@ -148,43 +207,35 @@ String GetTempFolder(bool longNames)
     return folder;
 }
 
+String GetTempSubfolder()
+{
+    return GetTempFolder(true) + tempSubfolder;
+}
+
+bool IsTempSubfolderForeign()
+{
+    const String folder = GetTempSubfolder();
+    // To make it once more tells: another user's is refused for another reason than one's own.
+    return GetFileAttributesW(folder) != INVALID_FILE_ATTRIBUTES && !CreateDirectoryW(folder, nullptr) &&
+           GetLastError() == ERROR_ACCESS_DENIED;
+}
+
 String MakeTempFile(const wchar_t* subfolders, const wchar_t* prefix, const wchar_t* extension, bool longNames,
     clsGenericHandleObjectAutoRelease* holder, std::uint64_t (*nextNumber)())
 {
-    const String base = MakeSubfolders(subfolders) + prefix;
-    String folder = GetPathDirectory(base);
-    if (folder.IsEmpty())
-        folder = GetTempFolder(longNames);
-    String middle;
-    middle.Format(L"_%d_", tempNameVersion);
-    middle += GetPathStem(base);
+    const String temp = GetTempFolder(true);
+    if (temp.IsEmpty())
+        return String();
     if (*extension == L'.')
         ++extension;
-
-    DWORD flags = FILE_FLAG_SEQUENTIAL_SCAN | FILE_ATTRIBUTE_NORMAL;
-    if (holder)
-        flags |= FILE_FLAG_DELETE_ON_CLOSE | FILE_ATTRIBUTE_TEMPORARY;
-
-    String name;
-    for (unsigned tries = 1; tries <= maxTries; ++tries)
-    {
-        name.Format(L"%s%s%I64x.%s", folder.Text(), middle.Text(), nextNumber(), extension);
-        HANDLE file = OpenFile(name, CREATE_NEW, flags);
-        const DWORD error = GetLastError();
-        if (file == INVALID_HANDLE_VALUE && holder)
-            file = TakeStaleFile(name, flags);
-        if (file != INVALID_HANDLE_VALUE)
-        {
-            if (holder)
-                holder->Take(file, true);
-            else
-                CloseHandle(file);
-            return name;
-        }
-        if (!IsWorthAnotherTry(error, tries))
-            break;
-    }
-    return String();
+    const NewFile file{prefix, extension, longNames, holder, nextNumber};
+    const String folder = MakeSubfolders(temp, subfolders);
+    DWORD error = ERROR_SUCCESS;
+    String name = file.Make(folder, error);
+    // A folder that is there but takes no files of this user is as good as one that can't be made.
+    if (name.IsEmpty() && error == ERROR_ACCESS_DENIED && folder != temp)
+        name = file.Make(temp, error);
+    return name;
 }
 
 String MakeTempFile(const wchar_t* subfolders, const wchar_t* prefix, const wchar_t* extension, bool longNames,

@@ -19,13 +19,21 @@ constexpr int tempNameVersion = 23;
 constexpr wchar_t activityExtension[] = L".signal";
 
 // The user's temp folder, with a separator at its end; as the system gives it, or with long names. Asked for once.
+// Empty if there is none.
 String GetTempFolder(bool longNames);
+
+// The folder of the library's own below it, without a separator at its end.
+String GetTempSubfolder();
+
+// Whether that folder is another user's, as may be where users share a temp folder. Links may lie in it then: nothing
+// is to be written there, nor swept.
+bool IsTempSubfolderForeign();
 
 // Makes a new file and gives its name, which is empty if none could be made.
 //
-// `subfolders` (separated by backslashes) are made below the temp folder; if that fails the file falls into the temp
-// folder itself. Without a `holder` the file stays, empty, and keeps the name; with one it is open, and vanishes with
-// the handle that the holder gets.
+// `subfolders` (separated by backslashes) are made below the temp folder; if that fails, or they are closed to this
+// user, the file falls into the temp folder itself. Without a `holder` the file stays, empty, and keeps the name; with
+// one it is open, and vanishes with the handle that the holder gets.
 String MakeTempFile(const wchar_t* subfolders, const wchar_t* prefix, const wchar_t* extension, bool longNames,
     clsGenericHandleObjectAutoRelease* holder);
 

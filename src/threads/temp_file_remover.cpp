@@ -26,12 +26,6 @@ constexpr unsigned long long sweepInterval = 86'400'000;
 constexpr std::uint64_t activeFor = 3 * unitsPerHour;
 constexpr std::uint64_t restAfterWrite = 10 * unitsPerSecond;
 
-// Without a separator at its end.
-String Folder()
-{
-    return GetTempFolder(true) + tempSubfolder;
-}
-
 // False, with the last error, if it can't be read.
 bool LastWriteOf(const String& name, std::uint64_t& time)
 {
@@ -64,7 +58,7 @@ const TempFileClock& TempFileClock::OfSystem()
 
 clsTempFileRemover::clsTempFileRemover(const TempFileClock& clock) : clsThreadBase(L"clsTempFileRemover"), _clock(clock)
 {
-    const String folder = Folder();
+    const String folder = GetTempSubfolder();
     if (GetFileAttributesW(folder) != INVALID_FILE_ATTRIBUTES)
         Start();
     else
@@ -98,7 +92,8 @@ void clsTempFileRemover::Start()
 {
     if (_started)
         return;
-    _signalFile.Format(L"%s%c_%d_activity%s", Folder().Text(), PATH_SEPARATOR, tempNameVersion, activityExtension);
+    _signalFile.Format(
+        L"%s%c_%d_activity%s", GetTempSubfolder().Text(), PATH_SEPARATOR, tempNameVersion, activityExtension);
     _started = ThreadStart(THREAD_PRIORITY_NORMAL);
 }
 
@@ -115,7 +110,7 @@ DWORD clsTempFileRemover::Round()
 {
     const unsigned long long ticks = _clock.Ticks();
     const FILETIME now = _clock.UtcNow();
-    if (!_signalFile.IsEmpty())
+    if (!_signalFile.IsEmpty() && !IsTempSubfolderForeign())
     {
         if (ticks >= _nextSweep)
         {

@@ -150,6 +150,36 @@ TEST_F(FilesOfTheLayer, Links)
     EXPECT_EQ(BytesOf(folder / L"missing"), "made through the link");
 }
 
+TEST_F(FilesOfTheLayer, WhatIsMadeInATempFolderForAllIsForItsUserAlone)
+{
+    const auto mode = [this](const char* name)
+    {
+        return static_cast<unsigned>(fs::status(native / name).permissions());
+    };
+    fs::create_directory(native / "temp");
+    chmod((native / "temp").c_str(), 01777);
+    const mode_t formerMask = umask(022);
+    ASSERT_TRUE(CreateDirectoryW(folder / L"temp/before", nullptr));
+    EXPECT_EQ(mode("temp/before"), 0755u);
+
+    SetEnvironmentVariableW(L"TMPDIR", folder / L"temp");
+    ASSERT_TRUE(CreateDirectoryW(folder / L"temp/own", nullptr));
+    ASSERT_TRUE(CreateDirectoryW(folder / L"temp/own/below", nullptr));
+    MakeFile(folder / L"temp/file");
+    MakeFile(folder / L"beside");
+    EXPECT_EQ(mode("temp/own"), 0700u);
+    EXPECT_EQ(mode("temp/own/below"), 0755u);
+    EXPECT_EQ(mode("temp/file"), 0600u);
+    EXPECT_EQ(mode("beside"), 0644u);
+    umask(formerMask);
+
+    EXPECT_EQ(ErrorOf([&] { return CreateDirectoryW(folder / L"temp/own", nullptr); }), DWORD{ERROR_ALREADY_EXISTS});
+    constexpr uid_t another = 65534;
+    if (geteuid() == 0 && chown((native / "temp/own").c_str(), another, another) == 0) // root alone can make one
+        EXPECT_EQ(ErrorOf([&] { return CreateDirectoryW(folder / L"temp/own", nullptr); }), DWORD{ERROR_ACCESS_DENIED});
+    SetEnvironmentVariableW(L"TMPDIR", nullptr);
+}
+
 TEST_F(FilesOfTheLayer, MoreOpenFilesThanTheUsualLimit)
 {
     rlimit before{};

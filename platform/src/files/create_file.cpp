@@ -5,6 +5,7 @@
 #include "files/metadata.h"
 #include "files/path.h"
 #include "files/share_mode.h"
+#include "files/temp_folder.h"
 
 #include <cerrno>
 
@@ -69,11 +70,11 @@ bool RaiseDescriptorLimit()
 
 int OpenDescriptor(const std::string& path, int flags)
 {
-    constexpr mode_t newFileMode = 0666;
+    const mode_t mode = flags & O_CREAT ? ModeOfNew(path, 0666) : 0;
     int descriptor;
     do
         // Without O_NONBLOCK a pipe without a partner would hold us up here; to files it makes no difference.
-        descriptor = open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, newFileMode);
+        descriptor = open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode);
     while (descriptor < 0 && (errno == EINTR || (errno == EMFILE && RaiseDescriptorLimit())));
     return descriptor;
 }

@@ -1,9 +1,9 @@
 #include <fileapi.h>
 #include <processenv.h>
 
-#include "base/environment.h"
 #include "base/fail.h"
 #include "files/path.h"
+#include "files/temp_folder.h"
 
 #include <cerrno>
 
@@ -21,14 +21,6 @@ std::u16string GivenOut(const NativePath& path)
     if (path.endsInSeparator && text.back() != u'/')
         text += u'/';
     return text;
-}
-
-std::string TempFolder()
-{
-    for (const char* const name : {"TMPDIR", "TMP", "TEMP"})
-        if (std::string folder = EnvironmentValue(name); !folder.empty())
-            return folder;
-    return "/tmp";
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "files/metadata.h"
 #include "files/path.h"
 #include "files/share_mode.h"
+#include "files/temp_folder.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -195,10 +196,14 @@ BOOL WINAPI CreateDirectoryW(LPCWSTR lpPathName, LPSECURITY_ATTRIBUTES)
     const NativePath path = ToNative(lpPathName);
     if (path.IsEmpty())
         return FALSE;
-    if (mkdir(path.text.c_str(), 0777) == 0)
+    if (mkdir(path.text.c_str(), ModeOfNew(path.text, 0777)) == 0)
         return TRUE;
+    const int code = errno;
+    // Not as if it were there for the caller, who would trust it.
+    if (code == EEXIST && IsTakenByAnother(path.text))
+        return Fail(ERROR_ACCESS_DENIED);
     // The missing folder is always one on the way.
-    return Fail(errno == ENOENT ? DWORD{ERROR_PATH_NOT_FOUND} : ErrorFromErrno(errno));
+    return Fail(code == ENOENT ? DWORD{ERROR_PATH_NOT_FOUND} : ErrorFromErrno(code));
 }
 
 BOOL WINAPI RemoveDirectoryW(LPCWSTR lpPathName)

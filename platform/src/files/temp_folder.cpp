@@ -1,0 +1,49 @@
+#include "files/temp_folder.h"
+
+#include "base/environment.h"
+#include "files/path.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace qxplatform
+{
+namespace
+{
+
+bool IsInSharedTempFolder(const std::string& path)
+{
+    struct stat folder
+    {
+    };
+    struct stat temp
+    {
+    };
+    return stat(FolderOf(path).c_str(), &folder) == 0 && (folder.st_mode & S_IWOTH) != 0 &&
+           stat(TempFolder().c_str(), &temp) == 0 && folder.st_dev == temp.st_dev && folder.st_ino == temp.st_ino;
+}
+
+} // namespace
+
+std::string TempFolder()
+{
+    for (const char* const name : {"TMPDIR", "TMP", "TEMP"})
+        if (std::string folder = EnvironmentValue(name); !folder.empty())
+            return folder;
+    return "/tmp";
+}
+
+mode_t ModeOfNew(const std::string& path, mode_t usual)
+{
+    return IsInSharedTempFolder(path) ? usual & S_IRWXU : usual;
+}
+
+bool IsTakenByAnother(const std::string& path)
+{
+    struct stat info
+    {
+    };
+    return IsInSharedTempFolder(path) && lstat(path.c_str(), &info) == 0 && info.st_uid != geteuid();
+}
+
+} // namespace qxplatform
