@@ -14,13 +14,26 @@ constexpr auto byText = []
     return sorted;
 }();
 
+// Where the rows of each first letter begin: few have the same.
+constexpr auto rowsOfLetter = []
+{
+    std::array<unsigned char, 129> begins{};
+    for (std::size_t letter = 0; letter < begins.size(); ++letter)
+        begins[letter] = static_cast<unsigned char>(
+            std::count_if(byText.begin(), byText.end(), [=](const auto& row) { return row.text[1] < letter; }));
+    return begins;
+}();
+
 } // namespace
 
 const HtmlEntity* FindHtmlEntity(std::wstring_view text)
 {
-    const auto* at = std::lower_bound(byText.begin(), byText.end(), text,
-        [](const HtmlEntity& row, std::wstring_view key) { return row.text < key; });
-    return at != byText.end() && at->text == text ? at : nullptr;
+    if (text.size() < 2 || text[1] + 1u >= rowsOfLetter.size())
+        return nullptr;
+    const HtmlEntity* const end = byText.data() + rowsOfLetter[text[1] + 1u];
+    const HtmlEntity* const found =
+        std::find_if(byText.data() + rowsOfLetter[text[1]], end, [=](const auto& row) { return row.text == text; });
+    return found != end ? found : nullptr;
 }
 
 } // namespace qx
