@@ -22,9 +22,10 @@ QXUT_EXTERN_C_BEGIN
 /* The system's stream interface, as its own header declares it. */
 struct IStream;
 
-#define QXUT_CONVERT_FAILED (-1) /* no address for the text, no memory for it, or more data than room */
-#define QXUT_CONVERT_NULL (-2)   /* a null argument, or no stream can be made on the memory */
-#define QXUT_CONVERT_CUT (-44)   /* the text did not fit and was cut */
+/* No address for the text, no memory for it, a source that can't be read whole, or more data than room. */
+#define QXUT_CONVERT_FAILED (-1)
+#define QXUT_CONVERT_NULL (-2) /* a null argument, or no stream can be made on the memory */
+#define QXUT_CONVERT_CUT (-44) /* the text did not fit and was cut */
 
 /* Packs `size` bytes at `data` (may be null when `size` is 0: the empty text). */
 QXUT_API int32_t UtilConvertBLOBToString(

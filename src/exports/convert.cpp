@@ -38,6 +38,8 @@ PackedText PackStream(IStream* stream, bool compress)
 // How the functions with a text buffer deliver.
 int32_t ToBuffer(const PackedText& packed, QXWCHAR* buffer, uint32_t bufferChars)
 {
+    if (!packed.IsWhole())
+        return QXUT_CONVERT_FAILED;
     const size_t length = packed.Length();
     if (!buffer || bufferChars == 0)
         return static_cast<int32_t>(length + 1);
@@ -57,7 +59,7 @@ int32_t ToBuffer(const PackedText& packed, QXWCHAR* buffer, uint32_t bufferChars
 int32_t ToBSTR(const PackedText& packed, QXWCHAR** target)
 {
     const size_t length = packed.Length();
-    if (length > UINT_MAX / sizeof(wchar_t) - 1)
+    if (!packed.IsWhole() || length > UINT_MAX / sizeof(wchar_t) - 1)
         return QXUT_CONVERT_FAILED;
     const BSTR text = SysAllocStringLen(nullptr, static_cast<UINT>(length));
     if (!text)

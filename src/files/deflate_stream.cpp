@@ -45,9 +45,14 @@ std::uint32_t NextChunk(std::int64_t remaining)
     return static_cast<std::uint32_t>(std::min<std::int64_t>(remaining, chunkSize));
 }
 
-std::int64_t RestOf(clsFile& source)
+// How many bytes to take from the source's position on; negative if it isn't open or the size makes no sense.
+std::int64_t BytesToTake(clsFile& source, std::int64_t size)
 {
-    return std::max<std::int64_t>(source.GetSize() - source.Tell(), 0);
+    if (size != -1)
+        return size;
+    const std::int64_t end = source.GetSize();
+    const std::int64_t position = source.Position();
+    return end < 0 || position < 0 ? -1 : std::max<std::int64_t>(end - position, 0);
 }
 
 int DeflateChunks(z_stream& stream, clsFile& target, clsFile& source, std::uint32_t* crc, std::int64_t remaining)
@@ -117,13 +122,16 @@ int DeflateStream(clsFile& target, clsFile& source, int mode, std::uint32_t* crc
 {
     if (crc)
         *crc = 0;
+    const std::int64_t count = BytesToTake(source, size);
+    if (count < 0)
+        return Z_DATA_ERROR;
     const DeflateMode parameters = DeflateModeOf(mode);
     z_stream stream{};
     const int code = deflateInit2(
         &stream, parameters.level, Z_DEFLATED, rawDeflateWindowBits, parameters.memoryLevel, parameters.strategy);
     if (code != Z_OK)
         return code;
-    const int result = DeflateChunks(stream, target, source, crc, size == -1 ? RestOf(source) : size);
+    const int result = DeflateChunks(stream, target, source, crc, count);
     deflateEnd(&stream);
     target.SetEOF();
     return result;
@@ -131,7 +139,9 @@ int DeflateStream(clsFile& target, clsFile& source, int mode, std::uint32_t* crc
 
 int InflateStream(clsFile& target, clsFile& source, std::int64_t size, std::int64_t limit)
 {
-    const std::int64_t compressed = size == -1 ? RestOf(source) : size;
+    const std::int64_t compressed = BytesToTake(source, size);
+    if (compressed < 0)
+        return Z_DATA_ERROR;
     // Room for the usual case before any byte is written; the end is set where the data end.
     target.Reserve(target.GetSize() + compressed + 512);
 

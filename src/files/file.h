@@ -129,6 +129,8 @@ public:
     int64_t Seek(int64_t position);
     // The position, for a file as far as it has 32 bits; else -1.
     int64_t Tell();
+    // The position with all its 64 bits, which Tell can't tell; -1 when closed or on failure.
+    int64_t Position();
 
     // Looks for the text's encoding, and leaves the position behind the byte order mark or at 0. Begin at 0.
     UTFType GetUTFType();
@@ -178,9 +180,7 @@ private:
     bool MayWrite();
     DWORD TryToOpen(DWORD access, DWORD share, DWORD disposition, DWORD flags);
 
-    // The position of a handle with all its 64 bits, or -1: what Tell can't tell.
     int64_t HandlePosition() const;
-    int64_t Position();
     bool MoveHandle(int64_t distance, DWORD origin);
     bool MoveTo(int64_t position);
     bool WriteToHandle(const uint8_t* bytes, uint32_t count);

@@ -118,7 +118,8 @@ ByteBlock Inflated(const ZlibPart& part)
 // Size, tag and zlib stream; empty if compression failed.
 ByteBlock CompressedImage(const unsigned char* data, std::uint32_t size)
 {
-    // A tenth more than the data, and what zlib adds to data of a few bytes.
+    // A tenth more than the data, and 64 bytes for the head and what zlib adds to a few bytes that don't compress. The
+    // 23 that other writers leave are too few for such data: they lose them. Readers don't see how much room there was.
     ByteBlock image(std::size_t{size} + size / 10 + 64);
     StoreSize(image.data(), size);
     std::memcpy(image.data() + sizeFieldLength, tag, sizeof(tag));
@@ -135,12 +136,22 @@ ByteBlock CopyOf(const unsigned char* data, std::size_t size)
     return copy;
 }
 
-ByteBlock ReadAll(clsFile& source)
+// All of the source, in as many pieces as it gives them; nothing if it doesn't give all that it says it has.
+std::optional<ByteBlock> ReadAll(clsFile& source)
 {
-    const auto size = static_cast<std::uint32_t>(source.GetSize());
+    const std::int64_t told = source.GetSize();
+    if (told < 0)
+        return std::nullopt;
+    const auto size = static_cast<std::uint32_t>(told);
     ByteBlock data(size);
     source.Seek(0);
-    data.Truncate(source.Read(data.data(), size));
+    for (std::uint32_t done = 0; done < size;)
+    {
+        const std::uint32_t read = source.Read(data.data() + done, size - done);
+        if (read == 0)
+            return std::nullopt;
+        done += read;
+    }
     return data;
 }
 
@@ -205,7 +216,9 @@ PackedText::PackedText(const void* data, std::uint32_t size, bool compress, cons
 
 PackedText::PackedText(clsFile& source, bool compress, const String& key)
 {
-    TakeImage(ReadAll(source));
+    std::optional<ByteBlock> data = ReadAll(source);
+    _isWhole = data.has_value();
+    TakeImage(data ? std::move(*data) : ByteBlock());
     Pack(compress, key);
 }
 

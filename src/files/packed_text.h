@@ -29,6 +29,9 @@ public:
     PackedText(const PackedText&) = delete;
     PackedText& operator=(const PackedText&) = delete;
 
+    // False if the source couldn't be read to its end; the text is empty then.
+    bool IsWhole() const { return _isWhole; }
+
     std::size_t Length() const;
     // Writes `Length()` characters, without a terminator.
     void WriteTo(wchar_t* text) const;
@@ -41,13 +44,14 @@ private:
     ByteBlock _image; // what is encoded, unless that is the caller's data
     const unsigned char* _bytes;
     std::uint32_t _size;
+    bool _isWhole = true;
 };
 
 // The data of a packed text; nothing for an empty one. See UnpackFromString.
 std::optional<ByteBlock> DataOfPackedText(std::wstring_view text, const String& key);
 
-// All of the source, whatever its position, as packed text; an empty source gives the empty text. Sizes are cut to
-// 32 bits. An empty key means no encipherment.
+// All of the source, whatever its position, as packed text; an empty source gives the empty text, and so does one
+// that can't be read whole. Sizes are cut to 32 bits. An empty key means no encipherment.
 String PackToString(clsFile& source, bool compress, const String& key);
 
 // Unpacks to memory and gives the count of bytes, 0 for what UnpackFromString refuses. Nothing, with the memory

@@ -21,6 +21,7 @@ public:
     uint64_t position = 0;
     ULONG references = 1;
 
+    ULONG readLimit = ~ULONG{0};  // of one call
     ULONG writeLimit = ~ULONG{0}; // of one call
     HRESULT writeResult = S_OK;   // once the limit is reached
     bool setSizeMovesPosition = false;
@@ -44,7 +45,7 @@ public:
     HRESULT STDMETHODCALLTYPE Read(void* buffer, ULONG count, ULONG* read) override
     {
         const size_t there = position < bytes.size() ? bytes.size() - position : 0;
-        const auto part = static_cast<ULONG>(std::min<size_t>(count, there));
+        const auto part = static_cast<ULONG>(std::min<size_t>(std::min(count, readLimit), there));
         memcpy(buffer, bytes.data() + position, part);
         position += part;
         if (read != nullptr)

@@ -77,6 +77,10 @@ std::string Unpack(const std::string& input, const Options&)
     const int32_t size = UtilConvertStringToBLOB(text, nullptr, 0);
     if (size < 0)
         throw Failure(kMalformed, "the input can't be unpacked");
+    // The library gives nothing for damaged compressed data, and never makes a text of this form of nothing.
+    const QXWCHAR* const begin = text;
+    if (size == 0 && begin[0] == u'@' && (begin[1] == u'1' || begin[1] == u'2') && begin[2] == u'@')
+        throw Failure(kMalformed, "the packed text is damaged");
     std::string bytes(static_cast<size_t>(size), '\0');
     if (size > 0 && UtilConvertStringToBLOB(text, bytes.data(), static_cast<uint32_t>(size)) != size)
         throw Failure(kMalformed, "the input can't be unpacked");

@@ -1,5 +1,7 @@
 #include <qxut23/convert.h>
 
+#include "support/fake_stream.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -93,6 +95,21 @@ TEST(Convert, EachRoadIsTheSameText)
         EXPECT_STREQ(text, blob.data());
         SysFreeString(text);
     }
+}
+
+TEST(Convert, StreamsInPieces)
+{
+    qxtest::FakeStream stream;
+    stream.bytes = "foobar";
+    stream.readLimit = 4;
+    wchar_t buffer[20];
+    EXPECT_EQ(UtilConvertStreamToString(&stream, buffer, 20, 0), 0);
+    EXPECT_STREQ(buffer, L"Zm9vYmFy");
+    stream.readLimit = 0;
+    BSTR text = nullptr;
+    EXPECT_EQ(UtilConvertStreamToString(&stream, buffer, 20, 1), -1);
+    EXPECT_EQ(UtilConvertStreamToBSTR(&stream, &text, 1), -1);
+    EXPECT_EQ(text, nullptr);
 }
 
 TEST(Convert, BackToBytes)

@@ -59,6 +59,7 @@ class Filters(commands.CommandTest):
             if data:
                 self.assertTrue(packed.startswith(b"@2@"))
                 image = base64.b64decode(packed[3:])
+                self.assertIn(b"damaged", self.run_qxut("unpack", code=4, stdin=packed[:-5]))
                 self.assertIn(data, [zlib.decompress(image[i:]) for i in range(16) if image[i:i + 1] == b"x"])
             self.assertEqual(self.qxut("unpack", packed), data)
         self.assertEqual(self.qxut("unpack", base64.encodebytes(data)), data, "lines of 76 characters")
