@@ -198,6 +198,17 @@ public:
         return value;
     }
 
+    // Moves the element at an index behind the others of another list, node and all; null if the list is empty. Either
+    // list's nodes must be from WCValSList itself.
+    T* MoveAt(std::ptrdiff_t index, WCValSList& target) noexcept
+    {
+        if (!_last)
+            return nullptr;
+        Node* node = Unlink(NodeBefore(ClippedIndex(index)));
+        target.AppendNode(node);
+        return std::addressof(node->value);
+    }
+
     // The index of the first element that is equal, or -1.
     std::ptrdiff_t IndexOf(const T& value) const
     {

@@ -109,18 +109,18 @@ void clsThreadedJobDispatcher::Close()
     RunUntilDone([this] { return ClosePass(); });
 }
 
-// A pass gives whether it found something to do; only then is there no reason to yield.
+// A pass gives whether it found something to do; only then is there no reason to yield, nor to ask for the end.
 template <class Pass>
 void clsThreadedJobDispatcher::RunUntilDone(Pass pass)
 {
     ShortSleeps sleeps;
     for (;;)
     {
-        const bool didSomething = pass();
+        if (pass())
+            continue;
         if (JobsDone(0))
             break;
-        if (!didSomething)
-            sleeps.Sleep();
+        sleeps.Sleep();
     }
     // The event wakes one thread only, and several may wait for this end.
     _jobEvent.Set();
@@ -128,7 +128,7 @@ void clsThreadedJobDispatcher::RunUntilDone(Pass pass)
 
 bool clsThreadedJobDispatcher::FinalizePass(IUTThreadedJobHost* host)
 {
-    const bool didRun = RunCallerJob() || RunQueuedJob();
+    const bool didRun = RunOwnJob();
     if (const std::unique_ptr<clsUTThreadedJob> job = GetFinishedJob())
     {
         job->Tell(host ? host : job->host.Get());
@@ -143,7 +143,7 @@ bool clsThreadedJobDispatcher::FinalizePass(IUTThreadedJobHost* host)
 
 bool clsThreadedJobDispatcher::ClosePass()
 {
-    const bool didRun = RunCallerJob() || RunQueuedJob();
+    const bool didRun = RunOwnJob();
     if (GetFinishedJob() || didRun)
         return true;
     if (!JobsDone(0))
@@ -151,37 +151,37 @@ bool clsThreadedJobDispatcher::ClosePass()
     return false;
 }
 
-bool clsThreadedJobDispatcher::RunCallerJob()
+// A job for the caller; or, in the case that there is not one worker, a queued one: without this the driving thread
+// would wait for ever.
+bool clsThreadedJobDispatcher::RunOwnJob()
 {
-    std::unique_ptr<clsUTThreadedJob> job;
+    std::unique_ptr<clsUTThreadedJob> callerJob;
+    clsUTThreadedJob* queuedJob = nullptr;
     {
         const clsCriticalSectionLock lock(_lock);
-        job = TakeFirst(_callerJobs);
+        callerJob = TakeFirst(_callerJobs);
+        if (!callerJob && HasNoWorkers())
+            queuedJob = MoveFirstToRunning();
     }
-    if (!job)
+    if (callerJob)
+    {
+        RunCallerJob(std::move(callerJob));
+        return true;
+    }
+    if (!queuedJob)
         return false;
+    queuedJob->Run();
+    JobCompleted(*queuedJob);
+    return true;
+}
+
+void clsThreadedJobDispatcher::RunCallerJob(std::unique_ptr<clsUTThreadedJob> job)
+{
     job->Run();
     if (job->job)
         job->job->GetResult(); // a job may count on being asked
     if (!job->TellOwnHost())
         KeepFinished(std::move(job));
-    return true;
-}
-
-// For the case that there is not one worker: without this the driving thread would wait for ever.
-bool clsThreadedJobDispatcher::RunQueuedJob()
-{
-    clsUTThreadedJob* job = nullptr;
-    {
-        const clsCriticalSectionLock lock(_lock);
-        if (HasNoWorkers())
-            job = MoveFirstToRunning();
-    }
-    if (!job)
-        return false;
-    job->Run();
-    JobCompleted(*job);
-    return true;
 }
 
 void clsThreadedJobDispatcher::KeepFinished(std::unique_ptr<clsUTThreadedJob> job)
@@ -191,7 +191,7 @@ void clsThreadedJobDispatcher::KeepFinished(std::unique_ptr<clsUTThreadedJob> jo
     _jobEvent.Set();
 }
 
-std::unique_ptr<clsUTThreadedJob> clsThreadedJobDispatcher::TakeRunning(const clsUTThreadedJob& job)
+void clsThreadedJobDispatcher::MoveRunning(const clsUTThreadedJob& job, ThreadedJobs& target)
 {
     std::ptrdiff_t index = 0;
     for (const auto& running : _running)
@@ -200,13 +200,13 @@ std::unique_ptr<clsUTThreadedJob> clsThreadedJobDispatcher::TakeRunning(const cl
             break;
         ++index;
     }
-    return std::move(*_running.TakeAt(index));
+    _running.MoveAt(index, target);
 }
 
 clsUTThreadedJob* clsThreadedJobDispatcher::MoveFirstToRunning()
 {
-    std::unique_ptr<clsUTThreadedJob> job = TakeFirst(_queued);
-    return job ? _running.Append(std::move(job)).get() : nullptr;
+    const std::unique_ptr<clsUTThreadedJob>* const job = _queued.MoveAt(0, _running);
+    return job ? job->get() : nullptr;
 }
 
 } // namespace qx

@@ -52,7 +52,7 @@ protected:
     virtual bool HasNoWorkers() const = 0;
 
     // Both with the lock held.
-    std::unique_ptr<clsUTThreadedJob> TakeRunning(const clsUTThreadedJob& job);
+    void MoveRunning(const clsUTThreadedJob& job, ThreadedJobs& target);
     clsUTThreadedJob* MoveFirstToRunning();
 
     mutable clsCriticalSection _lock{4000}; // the lists and the flag
@@ -69,8 +69,8 @@ private:
     void RunUntilDone(Pass pass);
     bool FinalizePass(IUTThreadedJobHost* host);
     bool ClosePass();
-    bool RunCallerJob();
-    bool RunQueuedJob();
+    bool RunOwnJob();
+    void RunCallerJob(std::unique_ptr<clsUTThreadedJob> job);
     void KeepFinished(std::unique_ptr<clsUTThreadedJob> job);
 };
 

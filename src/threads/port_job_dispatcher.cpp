@@ -126,11 +126,12 @@ clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::GetNextJob()
 void clsThreadedJobDispatcherUsingIoCompletionPort::JobCompleted(clsUTThreadedJob& job)
 {
     const clsCriticalSectionLock lock(_lock);
-    std::unique_ptr<clsUTThreadedJob> completed = TakeRunning(job);
-    if (completed->TellOwnHost())
-        completed.reset();
+    ThreadedJobs completed;
+    MoveRunning(job, completed);
+    if (job.TellOwnHost())
+        completed.Clear();
     else
-        _finished.Append(std::move(completed));
+        completed.MoveAt(0, _finished);
     _jobEvent.Set();
 }
 

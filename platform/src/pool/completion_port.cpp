@@ -37,7 +37,10 @@ protected:
 DWORD WaitForPacket(HANDLE handle, DWORD milliseconds, std::optional<Packet>& packet)
 {
     const Ref<PortObject> port = LookUp<PortObject>(handle, IO_COMPLETION_MODIFY_STATE);
-    return port ? port->WaitForItem(milliseconds, packet) : WAIT_FAILED;
+    if (!port)
+        return WAIT_FAILED;
+    packet = port->TakeAtOnce();
+    return packet ? WAIT_OBJECT_0 : port->WaitForItem(milliseconds, packet);
 }
 
 } // namespace
@@ -76,7 +79,6 @@ BOOL WINAPI PostQueuedCompletionStatus(
     const Ref<PortObject> port = LookUp<PortObject>(CompletionPort, IO_COMPLETION_MODIFY_STATE);
     if (!port)
         return FALSE;
-    const std::lock_guard guard(DispatcherLock());
-    port->Put({dwNumberOfBytesTransferred, dwCompletionKey, lpOverlapped});
+    port->PutAndWake({dwNumberOfBytesTransferred, dwCompletionKey, lpOverlapped});
     return TRUE;
 }

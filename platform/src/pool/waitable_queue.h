@@ -3,12 +3,19 @@
 
 #include "sync/wait.h"
 
-#include <deque>
+#include <sysinfoapi.h>
+
+#include <algorithm>
+#include <atomic>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace qxplatform
 {
 
+// The items have a lock of their own below the dispatcher's, so that threads that needn't wait, and those that have
+// nobody to wake, leave that one alone.
 template <class Item>
 class WaitableQueue : public Waitable
 {
@@ -18,16 +25,47 @@ public:
     // No item if none came in time, or when the queue has ended. The result is that of WaitFor().
     DWORD WaitForItem(DWORD milliseconds, std::optional<Item>& item)
     {
-        const DWORD result = WaitFor({Ref<Waitable>(this)}, {false, milliseconds, false});
-        item = std::exchange(taken, std::nullopt);
-        return result;
+        const ULONGLONG begin = GetTickCount64();
+        DWORD left = milliseconds;
+        for (;;)
+        {
+            const DWORD result = WaitFor({Ref<Waitable>(this)}, {false, left, false});
+            item = std::exchange(taken, std::nullopt);
+            if (result != WAIT_OBJECT_0 || item || _hasEnded)
+                return result;
+            // One who didn't wait was quicker.
+            if (milliseconds != INFINITE)
+                left = milliseconds - static_cast<DWORD>(std::min<ULONGLONG>(GetTickCount64() - begin, milliseconds));
+        }
+    }
+
+    // An item that is there.
+    std::optional<Item> TakeAtOnce()
+    {
+        const std::lock_guard guard(_lock);
+        if (_first == _items.size())
+            return std::nullopt;
+        std::optional<Item> item(std::move(_items[_first++]));
+        if (_first == _items.size() || (_first >= compactAt && _first >= _items.size() / 2))
+            Compact();
+        return item;
+    }
+
+    // Without the dispatcher's lock, which is taken only if somebody waits.
+    void PutAndWake(Item item)
+    {
+        Append(std::move(item));
+        if (!HasWaiters())
+            return;
+        const std::lock_guard guard(DispatcherLock());
+        WakeLatestWaiter();
     }
 
     // With the dispatcher's lock held.
 
     void Put(Item item)
     {
-        _items.push_back(std::move(item));
+        Append(std::move(item));
         WakeLatestWaiter();
     }
 
@@ -39,31 +77,49 @@ public:
     }
 
     bool HasEnded() const { return _hasEnded; }
-    size_t Count() const { return _items.size(); }
+    size_t Count() const
+    {
+        const std::lock_guard guard(_lock);
+        return _items.size() - _first;
+    }
 
     // The items that the predicate names leave the queue; how many.
     template <class Predicate>
     size_t Remove(Predicate predicate)
     {
+        const std::lock_guard guard(_lock);
+        Compact();
         return std::erase_if(_items, predicate);
     }
 
-    bool IsSignalled() const override { return _hasEnded || !_items.empty(); }
+    bool IsSignalled() const override { return _hasEnded || Count() != 0; }
 
     // Runs on the thread that waited.
-    void Take() override
-    {
-        if (_items.empty())
-            return;
-        taken = std::move(_items.front());
-        _items.pop_front();
-    }
+    void Take() override { taken = TakeAtOnce(); }
 
 private:
     inline static thread_local std::optional<Item> taken;
 
-    std::deque<Item> _items;
-    bool _hasEnded = false;
+    // A queue that is never empty would grow for ever. Where half of it is gone, moving the rest costs no more than
+    // what was saved.
+    static constexpr size_t compactAt = 4096;
+
+    void Append(Item item)
+    {
+        const std::lock_guard guard(_lock);
+        _items.push_back(std::move(item));
+    }
+
+    void Compact()
+    {
+        _items.erase(_items.begin(), _items.begin() + static_cast<std::ptrdiff_t>(_first));
+        _first = 0;
+    }
+
+    mutable std::mutex _lock;
+    std::vector<Item> _items; // from _first on; those in front of it were taken
+    size_t _first = 0;
+    std::atomic<bool> _hasEnded = false;
 };
 
 } // namespace qxplatform

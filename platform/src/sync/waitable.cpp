@@ -32,6 +32,7 @@ std::mutex& DispatcherLock()
 void Waitable::RemoveWaiter(Waiter& waiter)
 {
     _waiters.erase(std::find(_waiters.begin(), _waiters.end(), &waiter));
+    --_waiterCount;
 }
 
 void Waitable::WakeWaiters()

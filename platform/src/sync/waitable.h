@@ -3,6 +3,7 @@
 
 #include "base/object.h"
 
+#include <atomic>
 #include <mutex>
 #include <vector>
 
@@ -29,7 +30,11 @@ public:
     // What a wait that ends by this object does to it.
     virtual void Take() {}
 
-    void AddWaiter(Waiter& waiter) { _waiters.push_back(&waiter); }
+    void AddWaiter(Waiter& waiter)
+    {
+        _waiters.push_back(&waiter);
+        ++_waiterCount;
+    }
     void RemoveWaiter(Waiter& waiter);
 
 protected:
@@ -41,8 +46,13 @@ protected:
 
     size_t WaiterCount() const { return _waiters.size(); }
 
+    // Without the lock. A wait is counted before it looks at its objects, so that whoever changes an object and then
+    // finds nobody here has been seen.
+    bool HasWaiters() const { return _waiterCount.load() != 0; }
+
 private:
     std::vector<Waiter*> _waiters;
+    std::atomic<size_t> _waiterCount = 0; // of them
 };
 
 // Lets a wait look again.

@@ -4,6 +4,8 @@
 #include "base/handle_table.h"
 #include "sync/waitable.h"
 
+#include <atomic>
+
 using namespace qxplatform;
 
 namespace
@@ -23,10 +25,12 @@ public:
             _isSet = false;
     }
 
+    // The lock is for waking only: who waits is counted before looking at the event, so none is missed.
     void Set()
     {
+        if (_isSet.exchange(true) || !HasWaiters())
+            return;
         const std::lock_guard guard(DispatcherLock());
-        _isSet = true;
         WakeWaiters();
     }
     void Reset()
@@ -37,7 +41,7 @@ public:
 
 private:
     const bool _isManual;
-    bool _isSet;
+    std::atomic<bool> _isSet;
 };
 
 } // namespace

@@ -198,6 +198,21 @@ TEST(SListIteratorTest, VisitsWhatIsAppendedDuringTheWalk)
     EXPECT_FALSE(WCValSListIter(WCValSList<int>() = {}));
 }
 
+TEST(SListMoveTest, TakesTheNodeAlong)
+{
+    WCValSList<Counted> source{0, 1, 2};
+    WCValSList<Counted> target;
+    const Counted* const moved = source.At(1);
+    EXPECT_EQ(source.MoveAt(1, target), moved);
+    EXPECT_EQ(source.MoveAt(7, target)->Value(), 2); // clipped to the last
+    EXPECT_EQ(source.MoveAt(0, target)->Value(), 0);
+    EXPECT_EQ(source.MoveAt(0, target), nullptr);
+    source.Append(3);
+    target.Append(4);
+    EXPECT_THAT(Values(source), ElementsAre(3));
+    EXPECT_THAT(Values(target), ElementsAre(1, 2, 0, 4));
+}
+
 TEST(DListIteratorTest, WalksBackwards)
 {
     WCValDList<int> list{1, 2, 3};

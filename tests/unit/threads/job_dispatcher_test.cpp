@@ -236,7 +236,7 @@ TEST_F(JobDispatcher, WithoutWorkersTheCallerRunsTheJobs)
             auto first = _finished.TakeAt(0);
             return first ? std::move(*first) : nullptr;
         }
-        void JobCompleted(clsUTThreadedJob& job) override { _finished.Append(TakeRunning(job)); }
+        void JobCompleted(clsUTThreadedJob& job) override { MoveRunning(job, _finished); }
         clsUTThreadedJob* GetNextJob() override { return nullptr; }
 
     protected:
