@@ -32,7 +32,12 @@ void Assert(const wchar_t* expression, const wchar_t* file, unsigned line)
     const int answer = MessageBoxW(nullptr, AssertionText(expression, file, line), L"Assertion Failure",
         MB_TASKMODAL | MB_ICONERROR | MB_RETRYCANCEL);
     if (answer != IDOK)
-        ExitProcess(static_cast<UINT>(-1));
+        EndAfterAssertion();
+}
+
+void EndAfterAssertion()
+{
+    ExitProcess(static_cast<UINT>(-1));
 }
 
 } // namespace qx

@@ -13,4 +13,7 @@ String AssertionText(const wchar_t* expression, const wchar_t* file, unsigned li
 // OK lets it go on.
 void Assert(const wchar_t* expression, const wchar_t* file, unsigned line);
 
+// Ends the process as the box does.
+void EndAfterAssertion();
+
 } // namespace qx

@@ -2,6 +2,7 @@
 
 #include "core/charset_conversion.h"
 #include "core/debug_line.h"
+#include "core/forever.h"
 #include "core/late_libraries.h"
 #include "core/module.h"
 #include "core/module_paths.h"
@@ -19,17 +20,19 @@ namespace qx
 namespace
 {
 
+// Off unless a debugger or a test sets it: on most systems some of the libraries are missing, and that is no news.
 std::atomic<bool> lateLoadLog{false};
 
 // Stands for a load that failed although the system gave no error.
 constexpr DWORD unknownLoadError = 0x20000000;
 
-// Restores the DLL folder of the process at the end of its scope. Without one that is the empty folder, which keeps the
+// Restores the DLL folder of the process at the end of its scope. One at a time: two that restore in the wrong order
+// would leave the library's folder set. Without one that is the empty folder, which keeps the
 // current folder out of the search: it can't be told whether the process had that before, and it is the safer one.
 class DllFolder
 {
 public:
-    explicit DllFolder(const wchar_t* folder)
+    explicit DllFolder(const wchar_t* folder) : _alone(Section())
     {
         auto& kernel = Kernel32();
         if (!kernel.p_GetDllDirectory.IsThere() || !kernel.p_SetDllDirectory.IsThere())
@@ -41,11 +44,21 @@ public:
     DllFolder& operator=(const DllFolder&) = delete;
     ~DllFolder()
     {
-        if (_changed)
-            Kernel32().p_SetDllDirectory(_before);
+        if (!_changed)
+            return;
+        const DWORD error = GetLastError(); // of the load, which is asked for afterwards
+        Kernel32().p_SetDllDirectory(_before);
+        SetLastError(error);
     }
 
 private:
+    static clsCriticalSection& Section()
+    {
+        static clsCriticalSection& section = MakeForever<clsCriticalSection>();
+        return section;
+    }
+
+    const clsCriticalSectionLock _alone;
     wchar_t _before[MAX_PATH + 1] = {};
     bool _changed = false;
 };
@@ -147,7 +160,7 @@ void CLateLoadBase::Log(const wchar_t* format, ...)
 bool CLateLoadBase::EnsureLoaded(const wchar_t* name, bool load)
 {
     clsCriticalSectionLock lock(_lock);
-    if (_moduleName[0] == 0 && !_module)
+    if (_moduleName[0] == 0)
         SetModuleName(name);
     return _module != nullptr || (load && Load());
 }

@@ -33,19 +33,6 @@ unsigned short SystemVersion()
     return known;
 }
 
-unsigned short SystemGeneration()
-{
-    static const unsigned short generation = []
-    {
-        OSVERSIONINFOW record{};
-        record.dwOSVersionInfoSize = sizeof(record);
-        if (!GetVersionExW(&record))
-            return SystemVersion();
-        return static_cast<unsigned short>((record.dwMajorVersion & 0xFF) << 8 | (record.dwMinorVersion & 0xFF));
-    }();
-    return generation;
-}
-
 unsigned short InterfaceLanguage()
 {
     unsigned short known = interfaceLanguage.load(std::memory_order_relaxed);

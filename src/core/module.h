@@ -22,9 +22,6 @@ inline unsigned DefaultCodePage()
 // The system's version: major number in the high byte, minor in the low one.
 unsigned short SystemVersion();
 
-// The same from the system's version record, which tells later systems apart where the plain number stands still.
-unsigned short SystemGeneration();
-
 // The language of the user interface, by which texts are compared and resources chosen. Asked for until it isn't 0.
 unsigned short InterfaceLanguage();
 

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <vector>
 
@@ -106,7 +107,12 @@ private:
         const HGLOBAL loaded = LoadResource(_module, found);
         const auto* const bytes = loaded ? static_cast<const std::byte*>(LockResource(loaded)) : nullptr;
         const std::size_t size = SizeofResource(_module, found);
-        if (!bytes || size == 0)
+        std::uint16_t told = 0;
+        if (!bytes || size < sizeof told)
+            return;
+        // Who reads the block goes by the length that it tells of itself.
+        std::memcpy(&told, bytes, sizeof told);
+        if (told > size)
             return;
         // A copy: the block in the module can't be written, which some systems do when they look for a text. Twice the
         // size, as for the blocks of files.

@@ -90,12 +90,6 @@ void ResolvePollingLocks()
     NTdll().p_RtlLeaveCriticalSection.IsThere();
 }
 
-void ChooseTickSource()
-{
-    auto& counter = Kernel32().p_GetTickCount64;
-    DecideTickSource(counter.IsThere() ? reinterpret_cast<TickFunction>(counter.Address()) : nullptr);
-}
-
 void CreateActivationContext(HMODULE library)
 {
     ACTCTXW description = {};
@@ -142,7 +136,6 @@ void AttachModule(HMODULE library, const ModuleSteps& steps) noexcept
     Step(AskModuleValues);
     Step(DecideTicks);
     Step(ResolvePollingLocks);
-    Step(ChooseTickSource);
     Step([library] { CreateActivationContext(library); });
     Run(steps.startChannels);
     Step(CheckModuleNames);

@@ -184,8 +184,9 @@ const void* FindVersionBlock(HMODULE module)
     {
         const auto entry = languages->Entry(i);
         ResourceData data;
+        std::uint16_t told = 0; // the block's length by its own word, by which its readers go
         if (entry && !entry->IsDirectory() && image.Read(resources + std::size_t{entry->Place()}, data) &&
-            image.At(data) != nullptr)
+            image.At(data) != nullptr && image.Read(data.address, told) && told <= data.size)
             block = image.At(data); // the last language stands
     }
     return block;

@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include <wchar.h>
+
 #include <algorithm>
 
 namespace qx
@@ -22,7 +24,7 @@ ModulePaths AskPaths(HMODULE module)
 {
     wchar_t buffer[MAX_PATH + 1] = {};
     const DWORD length = GetModuleFileNameW(module, buffer, MAX_PATH);
-    const std::wstring_view path(buffer, std::min<std::size_t>(length, MAX_PATH));
+    const std::wstring_view path(buffer, wcsnlen(buffer, length)); // one that was cut ends before its length
     const std::wstring_view file = FileNameOf(path);
     return {UpperCase(path), UpperCase(file), UpperCase(file.substr(0, file.rfind(L'.'))),
         UpperCase(path.substr(0, path.size() - file.size()))};

@@ -39,7 +39,9 @@ int32_t UtilLanguageSet(int32_t code)
 
 void UtilAssert(const QXWCHAR* expression, const QXWCHAR* file, uint32_t line)
 {
-    Guarded([=] { Assert(expression, file, line); });
+    const bool goesOn = Guarded(false, [=] { return Assert(expression, file, line), true; });
+    if (!goesOn) // nobody could be asked
+        EndAfterAssertion();
 }
 
 int32_t UtilGetOSEnvironmentType(void)

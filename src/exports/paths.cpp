@@ -58,14 +58,16 @@ int32_t UtilMergepath(
 QXWCHAR* UtilFullpath(const QXWCHAR* path, QXWCHAR* buffer, std::size_t size)
 {
     // Without a buffer the runtime library would allocate one, which the caller couldn't free.
-    return buffer && size != 0 ? _wfullpath(buffer, path, size) : nullptr;
+    if (!buffer || size == 0)
+        return nullptr;
+    return Guarded(static_cast<QXWCHAR*>(nullptr), [=] { return _wfullpath(buffer, path, size); });
 }
 
 uint32_t UtilGetFSInfo(const QXWCHAR* root, QXUTFSINFO* info)
 {
     if (!info || info->size != sizeof(QXUTFSINFO))
         return QXUT_FS_BAD_SIZE;
-    const FileSystemInfo found = GetFileSystemInfo(root);
+    const FileSystemInfo found = Guarded(FileSystemInfo{}, [=] { return GetFileSystemInfo(root); });
     info->maxPath = QXUT_PATH_LENGTH;
     info->driveLength = QXUT_PATH_DRIVE;
     info->maxNameLength = found.maxNameLength;

@@ -32,14 +32,23 @@ public:
 
 String ExpandEnvironment(const String& text)
 {
-    constexpr DWORD usualLength = 260;
-    String expanded;
-    DWORD length = ExpandEnvironmentStringsW(text, expanded.GetBuffer(usualLength), usualLength);
-    // Another thread may make a variable longer meanwhile; then what fits is taken.
-    if (length >= usualLength)
-        length = ExpandEnvironmentStringsW(text, expanded.GetBuffer(length), length);
-    expanded.ReleaseBuffer();
-    return length == 0 ? text : expanded;
+    // Another thread may make a variable longer meanwhile: then it is asked again, but not for ever.
+    constexpr int maxTries = 4;
+    DWORD room = 260;
+    for (int tries = 0; tries < maxTries; ++tries)
+    {
+        String expanded;
+        const DWORD length = ExpandEnvironmentStringsW(text, expanded.GetBuffer(room), room); // with its terminator
+        if (length == 0)
+            break;
+        if (length <= room)
+        {
+            expanded.ReleaseBuffer(length - 1);
+            return expanded;
+        }
+        room = length;
+    }
+    return text;
 }
 
 } // namespace

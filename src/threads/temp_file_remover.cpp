@@ -102,7 +102,11 @@ unsigned clsTempFileRemover::ThreadProc()
     DWORD pause = longestPause;
     int result = 0;
     while (WaitForEvents(_clock.Wait(pause), result, 0))
+    {
+        if (result == waitFailed) // without its event the thread would never rest, nor end
+            return 1;
         pause = Round();
+    }
     return 0;
 }
 

@@ -41,6 +41,18 @@ struct Options
     bool asJson = false;
 };
 
+// Each process has a current folder of its own, so a name with a folder is stored from the root on. A name alone stands
+// for a file in the temp folder, and one of a drive is left to the system.
+std::string SettingOf(const std::string& name)
+{
+    const size_t separator = name.find_first_of("\\/");
+    const bool hasDrive = name.size() > 1 && name[1] == ':';
+    if (separator == name.npos || separator == 0 || hasDrive)
+        return name;
+    const auto path = (std::filesystem::current_path() / std::filesystem::u8path(name)).lexically_normal().u8string();
+    return {path.begin(), path.end()};
+}
+
 void TellWhere(const LogSetting& setting, bool asJson)
 {
     std::error_code error;
@@ -216,7 +228,7 @@ void AddLogCommands(CLI::App& program)
     on.add_option("FILE", options->newName, "the file; a name without a folder stands for one in the temp folder")
         ->required();
     on.add_flag("--flush", options->flush, "write each line through to the disk");
-    on.callback([options] { WriteLogSetting(options->newName, options->flush); });
+    on.callback([options] { WriteLogSetting(SettingOf(options->newName), options->flush); });
     CLI::App& off = *log.add_subcommand("off", "switch the log off");
     off.callback([] { WriteLogSetting("", false); });
 }

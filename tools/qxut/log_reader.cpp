@@ -39,6 +39,15 @@ std::string_view Take(std::string_view& text, std::string_view picture)
     return taken;
 }
 
+// A slash and two hexadecimal digits, or more where there are very many processors.
+bool IsProcessor(std::string_view text)
+{
+    constexpr size_t shortest = 3;
+    constexpr size_t longest = 9;
+    return text.size() >= shortest && text.size() <= longest && text[0] == '/' &&
+           text.find_first_not_of("0123456789abcdef", 1) == text.npos;
+}
+
 bool TakeStamp(std::string_view rest, LogColumns& columns)
 {
     columns.time = Take(rest, "99:99:99.999 ");
@@ -50,7 +59,7 @@ bool TakeStamp(std::string_view rest, LogColumns& columns)
     columns.time.remove_suffix(1);
     columns.processor = rest.substr(0, rest.find(' '));
     rest.remove_prefix(columns.processor.size());
-    if (columns.processor.size() < 3 || columns.processor[0] != '/' || Take(rest, " 9 ").empty())
+    if (!IsProcessor(columns.processor) || Take(rest, " 9 ").empty())
         return false;
     columns.digit = std::string_view(rest.data() - 2, 1);
     columns.text = rest;

@@ -51,7 +51,7 @@ class LogCommands(unittest.TestCase):
         self.qxut("on", "own.log", "--flush")
         self.assertEqual(json.loads(self.qxut("--json"))["file"], str(self.folder / "own.log"))
         self.assertTrue(json.loads(self.qxut("--json"))["flush"])
-        self.qxut("on", str(self.file))
+        self.qxut("on", os.path.relpath(self.file))
         where = json.loads(self.qxut("--json"))
         self.assertEqual((where["file"], where["flush"], where["time"]), (str(self.file), False, "clock"))
         # The library writes there what the program shows.
@@ -82,13 +82,13 @@ class LogCommands(unittest.TestCase):
         self.assertEqual(other, "no stamp")
 
     def test_lines_as_json(self):
-        self.append(STAMPED, TAGGED, COUNTED, "no stamp: 12:34:56.789 00001A2C/03 7 x")
+        self.append(STAMPED, TAGGED, COUNTED, "no stamp: 12:34:56.789 00001A2C/03 7 x", "no stamp: 12:34:56.789 00001a2c/zz 7")
         self.assertEqual([json.loads(line) for line in self.show("--json").splitlines()], [
             {"tag": "", "time": "12:34:56.789", "thread": 0x1A2C, "processor": 3, "digit": 7, "text": "INIT   state 1"},
             {"tag": "PROF", "time": "12:34:56.790", "thread": 0x1A2C, "processor": 0x13F, "digit": 8, "text": "WRN: x"},
             {"tag": "A LONG: TAG", "time": "34:56.789", "thread": 11, "processor": 0, "digit": 9,
              "text": "ERR: \u00fc\U0001F600\n\x1b[31m"},
-            {"text": "no stamp: 12:34:56.789 00001A2C/03 7 x"}])
+            {"text": "no stamp: 12:34:56.789 00001A2C/03 7 x"}, {"text": "no stamp: 12:34:56.789 00001a2c/zz 7"}])
 
     def test_last_lines_of_a_long_file(self):
         lines = [f"{number} " + "x" * (number * 7 % 1000) for number in range(3000)]
