@@ -3,7 +3,7 @@
 // when the first one is gone.
 #pragma once
 
-#include "files/descriptor.h"
+#include "base/descriptor.h"
 
 #include <minwindef.h>
 

@@ -142,7 +142,7 @@ DWORD CheckAttributes(const Opened& opened, const Request& request, const struct
     if (request.disposition != CREATE_ALWAYS)
         return ERROR_SUCCESS;
     // A file that is replaced must keep these.
-    const DWORD kept = ReadKeptAttributes(PathOfDescriptor(opened.descriptor.get()));
+    const DWORD kept = ReadKeptAttributes(PathOfDescriptor(opened.descriptor.Get()));
     return (kept & ~request.flags) == 0 ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
 }
 
@@ -150,7 +150,7 @@ DWORD CheckAttributes(const Opened& opened, const Request& request, const struct
 // failure of the open.
 void SetAttributes(const Opened& opened, const Request& request)
 {
-    const std::string path = PathOfDescriptor(opened.descriptor.get());
+    const std::string path = PathOfDescriptor(opened.descriptor.Get());
     if ((request.flags & keptAttributes) != 0)
         WriteKeptAttributes(path, request.flags);
     if (request.Has(FILE_ATTRIBUTE_READONLY))
@@ -159,7 +159,7 @@ void SetAttributes(const Opened& opened, const Request& request)
 
 DWORD Finish(Opened& opened, const Request& request, const struct stat& info)
 {
-    const int descriptor = opened.descriptor.get();
+    const int descriptor = opened.descriptor.Get();
     if (request.Truncates() && !opened.isNew && S_ISREG(info.st_mode) && ftruncate(descriptor, 0) != 0)
         return ErrorFromErrno(errno);
     if (opened.isNew || request.Truncates())
@@ -181,14 +181,14 @@ DWORD Share(const Opened& opened, const Request& request, const struct stat& inf
         return ERROR_SUCCESS;
     const ShareMode mode{
         SharedAccessOf(request.access), request.share & (FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE)};
-    const DWORD error = TakeShareMode(opened.descriptor.get(), opened.canRead, mode);
+    const DWORD error = TakeShareMode(opened.descriptor.Get(), opened.canRead, mode);
     if (error != ERROR_SUCCESS)
         // Between the making of a new file and this another may have opened it: as if that one had made it.
         return opened.isNew && request.disposition == CREATE_NEW ? DWORD{ERROR_FILE_EXISTS} : error;
     struct stat now
     {
     };
-    isStale = fstat(opened.descriptor.get(), &now) == 0 && now.st_nlink == 0;
+    isStale = fstat(opened.descriptor.Get(), &now) == 0 && now.st_nlink == 0;
     return ERROR_SUCCESS;
 }
 
@@ -213,7 +213,7 @@ DWORD Open(const NativePath& path, const Request& request, Opened& opened, struc
                 continue;
             return errno == EEXIST ? DWORD{ERROR_FILE_EXISTS} : PathError(errno, path.text);
         }
-        if (fstat(opened.descriptor.get(), &info) != 0)
+        if (fstat(opened.descriptor.Get(), &info) != 0)
             return ErrorFromErrno(errno);
         if (path.endsInSeparator && !S_ISDIR(info.st_mode))
             return ERROR_INVALID_NAME;

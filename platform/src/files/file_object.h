@@ -1,9 +1,9 @@
 // An opened file.
 #pragma once
 
+#include "base/descriptor.h"
 #include "base/object.h"
 #include "files/byte_locks.h"
-#include "files/descriptor.h"
 
 #include <mutex>
 #include <string>
@@ -30,7 +30,7 @@ public:
     static DWORD MapFileAccess(DWORD access);
     DWORD MapAccess(DWORD access) const override { return MapFileAccess(access); }
 
-    int descriptor() const { return _descriptor.get(); }
+    int descriptor() const { return _descriptor.Get(); }
     const Options& options() const { return _options; }
 
     // Removes the file's present name, if it was opened to be deleted on close by this process.

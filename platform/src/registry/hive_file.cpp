@@ -13,6 +13,7 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace qxplatform
 {
@@ -89,12 +90,6 @@ void FlushFolderOf(const std::string& path)
 }
 
 } // namespace
-
-Descriptor::~Descriptor()
-{
-    if (_descriptor >= 0)
-        close(_descriptor);
-}
 
 bool HiveFile::IsCurrent(const std::string& path) const
 {

@@ -1,36 +1,17 @@
 // The file of a hive: noticing changes, replacing it whole, a lock between processes.
 #pragma once
 
+#include "base/descriptor.h"
+
 #include <minwindef.h>
 
 #include <sys/stat.h>
 
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace qxplatform
 {
-
-// Closes a file descriptor at the end of its scope.
-class Descriptor
-{
-public:
-    explicit Descriptor(int descriptor = -1) : _descriptor(descriptor) {}
-    Descriptor(Descriptor&& other) noexcept : _descriptor(std::exchange(other._descriptor, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept
-    {
-        std::swap(_descriptor, other._descriptor);
-        return *this;
-    }
-    ~Descriptor();
-
-    int Get() const { return _descriptor; }
-    explicit operator bool() const { return _descriptor >= 0; }
-
-private:
-    int _descriptor;
-};
 
 // One version of the file, as it was read or written last. It is held open, so that no other file gets its number
 // while we compare by that; since writers replace the file, the same number then means the same content. Times and

@@ -13,9 +13,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "base/descriptor.h"
 #include "base/fail.h"
 #include "base/text.h"
-#include "files/descriptor.h"
 #include "files/path.h"
 #include "resources/resource_image.h"
 #include "resources/resource_language.h"
@@ -80,7 +80,7 @@ std::optional<std::vector<std::byte>> VersionBlockOf(LPCWSTR fileName)
         return std::nullopt;
     }
     return VersionBlockIn(ReadNoteSegments([&file](std::uint64_t place, void* buffer, std::size_t size)
-        { return ReadAll(file.get(), place, buffer, size); }));
+        { return ReadAll(file.Get(), place, buffer, size); }));
 }
 
 } // namespace

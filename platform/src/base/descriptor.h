@@ -1,4 +1,4 @@
-// Holds a file descriptor.
+// Closes a file descriptor at the end of its scope.
 #pragma once
 
 #include <utility>
@@ -24,7 +24,7 @@ public:
             close(_descriptor);
     }
 
-    int get() const { return _descriptor; }
+    int Get() const { return _descriptor; }
     int Release() { return std::exchange(_descriptor, -1); }
     explicit operator bool() const { return _descriptor >= 0; }
 
