@@ -60,11 +60,13 @@ clsThreadPoolWorkerBaseRunOnce::clsThreadPoolWorkerBaseRunOnce(clsThreadPool& po
 {
 }
 
+// Run() may have deleted the object before the system's function returns.
 bool clsThreadPoolWorkerBaseRunOnce::Submit()
 {
-    if (_work)
-        _pool.p_SubmitThreadpoolWork(_work);
-    return _work != nullptr;
+    const PTP_WORK work = _work;
+    if (work)
+        _pool.p_SubmitThreadpoolWork(work);
+    return work != nullptr;
 }
 
 void clsThreadPoolWorkerBaseRunOnce::Finish()
