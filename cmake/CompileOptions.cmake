@@ -50,6 +50,9 @@ if(QXUT_SANITIZE)
     # Without recovery, so that a finding fails the test in which it happens.
     add_compile_options(-fsanitize=${QXUT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${QXUT_SANITIZE})
+    # A COM object is known by the order of its slots. It may come from C, or from a module that does not share its type
+    # information, which is what this one check would look at.
+    add_compile_options(-fno-sanitize=vptr)
     # The sanitizers' code makes GCC see uses of optional values that are not there.
     add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()

@@ -16,7 +16,8 @@ using namespace qx;
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     std::vector<wchar_t> text(size / 2 + 1);
-    std::memcpy(text.data(), data, size / 2 * 2);
+    if (size != 0)
+        std::memcpy(text.data(), data, size / 2 * 2);
     const String original(text.data());
 
     if (DemaskHtml(MaskHtml(original)) != original)

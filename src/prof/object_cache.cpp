@@ -28,8 +28,7 @@ scProfText* NewProfText(clsProfArena& arena, std::wstring_view text, uint64_t ha
     record->isPlain = !NeedsEncoding(text);
 
     auto* characters = reinterpret_cast<wchar_t*>(record + 1);
-    memcpy(characters, text.data(), text.size() * sizeof(wchar_t));
-    characters[text.size()] = 0;
+    *std::copy(text.begin(), text.end(), characters) = 0;
     return record;
 }
 

@@ -3,8 +3,8 @@
 
 #include "prof/arena.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <new>
 #include <string_view>
 
@@ -37,7 +37,7 @@ constexpr uint32_t KeptHash(uint64_t hash)
 
 inline bool IsSameText(std::wstring_view a, std::wstring_view b)
 {
-    return a.size() == b.size() && memcmp(a.data(), b.data(), a.size() * sizeof(wchar_t)) == 0;
+    return std::equal(a.begin(), a.end(), b.begin(), b.end());
 }
 
 scProfText* NewProfText(clsProfArena& arena, std::wstring_view text, uint64_t hash, bool isShared);

@@ -185,12 +185,12 @@ TEST(ZIPFile, EncodingOfNameAndComment)
     for (std::size_t i = 0; i < std::size(cases); ++i)
     {
         const ZIPEntry& entry = archive.entries[2 * i];
-        EXPECT_EQ(entry.local.flags, cases[i].flags) << i;
+        EXPECT_EQ(FieldValue(entry.local.flags), cases[i].flags) << i;
         EXPECT_EQ(entry.name, cases[i].nameBytes);
         EXPECT_EQ(entry.comment, cases[i].commentBytes);
         // For a folder the name alone counts.
         const ZIPEntry& folderEntry = archive.entries[2 * i + 1];
-        EXPECT_EQ(folderEntry.local.flags, IsOemText(cases[i].name) ? 0 : 0x800) << i;
+        EXPECT_EQ(FieldValue(folderEntry.local.flags), IsOemText(cases[i].name) ? 0 : 0x800) << i;
         EXPECT_EQ(folderEntry.name, cases[i].nameBytes + '/');
     }
 }
@@ -332,7 +332,7 @@ TEST(ZIPFile, Lists)
                 if (entry.name.back() != '/')
                     continue;
                 folders.insert(entry.name);
-                EXPECT_EQ(entry.local.method, 0);
+                EXPECT_EQ(FieldValue(entry.local.method), 0);
                 EXPECT_EQ(entry.central.externalAttributes & FILE_ATTRIBUTE_DIRECTORY, DWORD{FILE_ATTRIBUTE_DIRECTORY});
             }
         }
