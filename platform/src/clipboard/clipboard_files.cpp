@@ -63,7 +63,7 @@ bool Lock(const Descriptor& file, int operation)
 {
     int result;
     do
-        result = flock(file.get(), operation);
+        result = flock(file.Get(), operation);
     while (result != 0 && errno == EINTR);
     return result == 0;
 }
@@ -138,7 +138,7 @@ BOOL StoreClipboardData(UINT format, std::string_view bytes)
     const std::string path = DataPath(format);
     const std::string fresh = path + kFreshSuffix;
     const Descriptor file(open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kForUserAlone));
-    if (file && WriteAll(file.get(), bytes) && rename(fresh.c_str(), path.c_str()) == 0)
+    if (file && WriteAll(file.Get(), bytes) && rename(fresh.c_str(), path.c_str()) == 0)
         return TRUE;
     FailErrno();
     unlink(fresh.c_str());
@@ -166,7 +166,7 @@ BOOL ReadClipboardData(UINT format, std::string& bytes)
     const Descriptor file(open(DataPath(format).c_str(), O_RDONLY | O_CLOEXEC));
     if (!file)
         return errno == ENOENT || errno == ENOTDIR ? Fail(ERROR_NOT_FOUND) : FailErrno();
-    return ReadAll(file.get(), bytes) ? TRUE : FailErrno();
+    return ReadAll(file.Get(), bytes) ? TRUE : FailErrno();
 }
 
 bool HasClipboardData(UINT format)
@@ -180,7 +180,7 @@ UINT ClipboardFormatNumber(std::u16string_view name)
         return static_cast<UINT>(Fail(name.size() > kLongestName ? ERROR_INVALID_PARAMETER : ERROR_INVALID_NAME));
     const Descriptor file = OpenInFolder(kNamesName, O_RDWR | O_CREAT | O_APPEND);
     std::string lines;
-    if (!file || !Lock(file, LOCK_EX) || !ReadAll(file.get(), lines))
+    if (!file || !Lock(file, LOCK_EX) || !ReadAll(file.Get(), lines))
         return static_cast<UINT>(FailErrno());
     UINT next = 0;
     if (const UINT known = NumberOfName(lines, name, next); known != 0)
@@ -188,7 +188,7 @@ UINT ClipboardFormatNumber(std::u16string_view name)
     if (next > kLastRegistered)
         return static_cast<UINT>(Fail(ERROR_NOT_ENOUGH_MEMORY));
     lines.resize(lines.rfind('\n') + 1);
-    if (ftruncate(file.get(), static_cast<off_t>(lines.size())) != 0 || !WriteAll(file.get(), ToBytes(name) + "\n"))
+    if (ftruncate(file.Get(), static_cast<off_t>(lines.size())) != 0 || !WriteAll(file.Get(), ToBytes(name) + "\n"))
         return static_cast<UINT>(FailErrno());
     return next;
 }

@@ -37,7 +37,7 @@ DWORD TakeDeleteRight(const std::string& path, const struct stat& info, Descript
     if (!holder)
         return ERROR_SUCCESS;
     return TakeShareMode(
-        holder.get(), canRead, {FILE_SHARE_DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE});
+        holder.Get(), canRead, {FILE_SHARE_DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE});
 }
 
 DWORD CheckTarget(const std::string& path, const struct stat& source, bool mayReplace, Descriptor& holder)
