@@ -2,6 +2,7 @@
 #include <synchapi.h>
 
 #include "sync/futex.h"
+#include "sync/held_sections.h"
 #include "threads/thread_object.h"
 
 #include <atomic>
@@ -14,6 +15,10 @@ namespace
 constexpr LONG isFree = 0;
 constexpr LONG isHeld = 1;
 constexpr LONG hasWaiters = 2;
+
+// Each one once, however often it was entered. Read by the stop signal's handler, where the loader must not be asked
+// for the memory of thread-local objects.
+[[gnu::tls_model("initial-exec")]] constinit thread_local volatile int heldSections = 0;
 
 std::atomic_ref<LONG> LockWord(LPCRITICAL_SECTION section)
 {
@@ -81,9 +86,25 @@ void BecomeOwner(LPCRITICAL_SECTION section)
 {
     Owner(section).store(ThisThread(), std::memory_order_relaxed);
     section->RecursionCount = 1;
+    heldSections = heldSections + 1;
+}
+
+// Where a thread ends that was told to while it had a section.
+void EndIfOrdered()
+{
+    ThreadObject* const thread = ThreadObject::CurrentIfKnown();
+    if (thread == nullptr || !thread->gate.IsEndOrdered())
+        return;
+    thread->gate.Enter();
+    thread->LeaveGate();
 }
 
 } // namespace
+
+bool qxplatform::HoldsCriticalSections()
+{
+    return heldSections != 0;
+}
 
 void WINAPI InitializeCriticalSection(LPCRITICAL_SECTION lpCriticalSection)
 {
@@ -126,6 +147,9 @@ void WINAPI LeaveCriticalSection(LPCRITICAL_SECTION lpCriticalSection)
     // From here on the section may be gone: another thread may have entered, left and deleted it.
     if (std::atomic_ref<LONG>(*word).exchange(isFree, std::memory_order_release) == hasWaiters)
         FutexWakeOne(word);
+    heldSections = heldSections - 1;
+    if (heldSections == 0)
+        EndIfOrdered();
 }
 
 void WINAPI DeleteCriticalSection(LPCRITICAL_SECTION lpCriticalSection)

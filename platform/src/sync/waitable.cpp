@@ -5,6 +5,7 @@
 
 #include "base/handle_table.h"
 #include "base/pseudo_handles.h"
+#include "sync/held_sections.h"
 #include "threads/thread_object.h"
 
 #include <algorithm>
@@ -126,7 +127,7 @@ std::optional<DWORD> Outcome(const Objects& objects, const WaitOptions& options,
         return std::nullopt;
     if (options.isAlertable && thread->HasApcs())
         return WAIT_IO_COMPLETION;
-    if (thread->gate.IsEndOrdered())
+    if (thread->gate.IsEndOrdered() && !HoldsCriticalSections())
         return WAIT_TIMEOUT; // FinishWait() doesn't give it to anyone
     return std::nullopt;
 }

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <system_error>
 #include <thread>
 
 #include <sys/syscall.h>
@@ -67,12 +68,12 @@ bool HasArrived(const ThreadObject& thread)
     return thread.gate.IsEndOrdered() ? thread.HasEnded() : thread.gate.IsThreadAtGate();
 }
 
-// False if it hasn't arrived by the time.
-bool Drive(ThreadObject& thread, std::chrono::milliseconds time)
+// False if it hasn't arrived by the time. The pauses grow up to the given one: each signal may wake foreign code out of
+// a call that it blocks in.
+bool Drive(ThreadObject& thread, std::chrono::milliseconds time, std::chrono::microseconds longestPause)
 {
     const auto end = std::chrono::steady_clock::now() + time;
-    for (std::chrono::microseconds pause = 20us; !HasArrived(thread);
-         pause = std::min<std::chrono::microseconds>(2 * pause, 2ms))
+    for (std::chrono::microseconds pause = 20us; !HasArrived(thread); pause = std::min(2 * pause, longestPause))
     {
         if (std::chrono::steady_clock::now() >= end)
             return false;
@@ -100,16 +101,23 @@ void DriveToGate(ThreadObject& thread)
     if (HasArrived(thread))
         return;
     RefreshLayerCode();
-    if (Drive(thread, 200ms))
+    if (Drive(thread, 200ms, 2ms))
         return;
-    std::thread(
-        [kept = Ref<ThreadObject>(&thread)]
-        {
-            while (!Drive(*kept, 1h))
+    try
+    {
+        std::thread(
+            [kept = Ref<ThreadObject>(&thread)]
             {
-            }
-        })
-        .detach();
+                while (!Drive(*kept, 1h, 100ms))
+                {
+                }
+            })
+            .detach();
+    }
+    catch (const std::system_error&)
+    {
+        // There can't be another thread. The order stays, and holds wherever the thread comes to its gate by itself.
+    }
 }
 
 } // namespace qxplatform

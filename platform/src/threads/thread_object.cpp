@@ -5,6 +5,7 @@
 #include "base/fail.h"
 #include "base/forever.h"
 #include "sync/file_time.h"
+#include "sync/held_sections.h"
 #include "threads/stop_signal.h"
 
 #include <algorithm>
@@ -271,7 +272,7 @@ void ThreadObject::EndNow(DWORD exitCode)
 
 void ThreadObject::LeaveGate()
 {
-    if (!gate.Leave())
+    if (!gate.Leave() && !HoldsCriticalSections())
         EndNow(0); // the code is the one that came with the order
 }
 

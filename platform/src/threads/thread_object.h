@@ -59,7 +59,8 @@ public:
     BOOL Terminate(DWORD exitCode);
     // Ends the calling thread, without running destructors of its functions.
     [[noreturn]] void EndNow(DWORD exitCode);
-    // Passes the gate that the calling thread entered; doesn't return if the thread is to end.
+    // Passes the gate that the calling thread entered. Doesn't return if the thread is to end, unless it is inside a
+    // critical section: then it goes on until it has left the last one.
     void LeaveGate();
 
     BOOL QueueApc(const Apc& apc);

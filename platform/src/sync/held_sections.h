@@ -1,0 +1,11 @@
+// The critical sections that a thread has.
+#pragma once
+
+namespace qxplatform
+{
+
+// Whether the calling thread is inside of any. It isn't ended there, since nobody could enter that section any more:
+// its end comes when it leaves the last one. May be called by a signal handler.
+bool HoldsCriticalSections();
+
+} // namespace qxplatform
