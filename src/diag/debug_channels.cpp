@@ -1,5 +1,6 @@
 #include "diag/debug_channels.h"
 
+#include "core/counted_entry.h"
 #include "core/forever.h"
 #include "core/module.h"
 #include "core/module_description.h"
@@ -108,9 +109,11 @@ void clsDebugChannels::SetMonitor(DebugMonitor* monitor)
     EnterAsSink();
 }
 
-void clsDebugChannels::Close()
+void clsDebugChannels::Close(void (*writeLastLine)())
 {
     const bool isEntered = EnterWithin(_mainLock, closePatience);
+    if (isEntered && writeLastLine != nullptr)
+        writeLastLine();
     _hasLogFile = false;
     DebugLineSink* own = this;
     debugLineSink.compare_exchange_strong(own, nullptr);
@@ -214,19 +217,17 @@ void clsDebugChannels::MakeLine(DebugLineText& line, const wchar_t* moduleTag, i
 // A line that comes out of the writing of another one is dropped.
 void clsDebugChannels::HandOut(const DebugLineText& line, bool alsoToMonitor)
 {
-    if (++_outputGuard == 1)
-    {
-        if (_logFile.IsSet())
-            _logFile.Append(line.Text(), line.Length());
-        if (alsoToMonitor && _monitor != nullptr)
-        {
-            if (_monitor->HasData())
-                _monitor->SendData(nullptr, 1, 0, 0, line.Text(), line.Length());
-            else
-                SendText(line);
-        }
-    }
-    --_outputGuard;
+    const CountedEntry entry(_outputGuard);
+    if (!entry.IsFirst())
+        return;
+    if (_logFile.IsSet())
+        _logFile.Append(line.Text(), line.Length());
+    if (!alsoToMonitor || _monitor == nullptr)
+        return;
+    if (_monitor->HasData())
+        _monitor->SendData(nullptr, 1, 0, 0, line.Text(), line.Length());
+    else
+        SendText(line);
 }
 
 void clsDebugChannels::SendText(const DebugLineText& line)
@@ -258,6 +259,19 @@ bool IsQuietProcess(std::size_t comparedCharacters)
     return _wcsnicmp(ProcessPaths().file.Text(), L"resmender", comparedCharacters) == 0;
 }
 
+void WriteClosingLine()
+{
+    try
+    {
+        if (UtilIsDebugActive() && !IsQuietProcess(8))
+            DebugLine(L"--%s [%s]", GetModuleDescription(LibraryHandle()).Text(), ProcessPaths().path.Text());
+    }
+    catch (...)
+    {
+        // Without memory the process closes without a line.
+    }
+}
+
 } // namespace
 
 void StartDebugChannels()
@@ -274,9 +288,7 @@ void StartDebugChannels()
 
 void CloseDebugChannels()
 {
-    if (UtilIsDebugActive() && !IsQuietProcess(8))
-        DebugLine(L"--%s [%s]", GetModuleDescription(LibraryHandle()).Text(), ProcessPaths().path.Text());
-    clsDebugChannels::Instance().Close();
+    clsDebugChannels::Instance().Close(&WriteClosingLine);
 }
 
 } // namespace qx

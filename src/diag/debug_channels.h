@@ -36,9 +36,9 @@ public:
     // The lines of the whole library come here as long as there is a log file or a monitor.
     void SetLogFile(const DebugLogFile& file);
     void SetMonitor(DebugMonitor* monitor);
-    // Takes all sinks away. Returns after a tenth of a second at the latest, even if a thread that is gone held the
-    // lock.
-    void Close();
+    // Takes all sinks away, behind a last line that the function writes. Returns after a tenth of a second at the
+    // latest, without the line, even if a thread that is gone held the lock.
+    void Close(void (*writeLastLine)() = nullptr);
 
     // The attach test.
     bool IsActive() override;

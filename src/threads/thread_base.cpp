@@ -1,5 +1,6 @@
 #include "threads/thread_base.h"
 
+#include "core/counted_entry.h"
 #include "core/debug_line.h"
 #include "core/developer_run.h"
 #include "core/module_paths.h"
@@ -15,6 +16,7 @@
 #include <cstdarg>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace qx
 {
@@ -41,21 +43,6 @@ public:
 
 private:
     clsCriticalSection& _lock;
-};
-
-class CountedEntry
-{
-public:
-    explicit CountedEntry(std::atomic<int>& count) : _count(count), _isFirst(++count == 1) {}
-    CountedEntry(const CountedEntry&) = delete;
-    CountedEntry& operator=(const CountedEntry&) = delete;
-    ~CountedEntry() { --_count; }
-
-    bool IsFirst() const { return _isFirst; }
-
-private:
-    std::atomic<int>& _count;
-    const bool _isFirst;
 };
 
 void PumpMessages()
@@ -141,7 +128,8 @@ clsThreadBase::~clsThreadBase()
 bool clsThreadBase::ThreadStart(int priority)
 {
     const clsCriticalSectionLock lock(_lock);
-    if (GetThreadState() == State::Exited)
+    // A thread whose order was withdrawn, since it didn't begin in time, is none any more.
+    if (GetThreadState() == State::Exited || (_hThread && !_isStarted))
         CleanUpHandle();
     if (_hThread)
     {
@@ -211,11 +199,14 @@ bool clsThreadBase::FailStart(const String& text)
 unsigned __stdcall clsThreadBase::Entry(void* order)
 {
     const std::unique_ptr<std::shared_ptr<StartOrder>> argument(static_cast<std::shared_ptr<StartOrder>*>(order));
-    StartOrder& taken = **argument;
-    return taken.MoveTo(StartOrder::Stage::Taken) ? taken.thread.Run(taken.startSignal) : 0;
+    if (!(*argument)->MoveTo(StartOrder::Stage::Taken))
+        return 0;
+    clsThreadBase& thread = (*argument)->thread;
+    return thread.Run(std::move(*argument));
 }
 
-unsigned clsThreadBase::Run(clsEvent& startSignal)
+// The order goes when the starter knows: a thread that runs keeps no event, which one that is terminated would leave.
+unsigned clsThreadBase::Run(std::shared_ptr<StartOrder> order)
 {
     const unsigned id = GetCurrentThreadId();
     const char* const name = Name();
@@ -224,7 +215,8 @@ unsigned clsThreadBase::Run(clsEvent& startSignal)
         NameThreadForDebugger(name);
         TheThreadNames().Enter(id, std::strstr(name, "::") + 2);
     }
-    startSignal.Set();
+    order->startSignal.Set();
+    order.reset();
 
     _marks = MakeThreadMarks(name);
     if (_marks)
@@ -294,6 +286,7 @@ int clsThreadBase::EndRunning(bool stopsSuspended, DWORD milliseconds, bool mayT
         ResumeThread(thread);
 
     bool hasEnded = false;
+    const unsigned start = _starts;
     if (count == 0 || !stopsSuspended)
     {
         SetThreadPriority(thread, GetThreadPriority(GetCurrentThread()));
@@ -303,7 +296,8 @@ int clsThreadBase::EndRunning(bool stopsSuspended, DWORD milliseconds, bool mayT
         hasEnded =
             EndPumpsMessages() ? WaitForThreadAndMessages(thread, milliseconds) : WaitForThread(thread, milliseconds);
     }
-    if (hasEnded)
+    // The next thread has been started only where this one had ended.
+    if (hasEnded || start != _starts)
         return 1;
     if (!mayTerminate)
     {

@@ -80,7 +80,7 @@ private:
     };
 
     static unsigned __stdcall Entry(void* order);
-    unsigned Run(clsEvent& startSignal);
+    unsigned Run(std::shared_ptr<StartOrder> order);
 
     bool Create(const std::shared_ptr<StartOrder>& order);
     bool WaitForStart(StartOrder& order);

@@ -70,7 +70,8 @@ String InflatedText(clsFile& file, std::uint32_t size, unsigned codePage)
 // In the file's position on, where the member's data begin.
 String TextOfMember(clsFile& file, const scZIPLocalHeader& header, unsigned codePage)
 {
-    if (header.compressedSize == 0 || static_cast<std::int32_t>(header.uncompressedSize) <= 0)
+    if (header.compressedSize == 0 || header.compressedSize > mostTextBytes ||
+        static_cast<std::int32_t>(header.uncompressedSize) <= 0)
         return String();
     switch (header.method)
     {

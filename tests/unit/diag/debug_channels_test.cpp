@@ -1,10 +1,16 @@
 #include "diag/debug_channels.h"
 
+#include "core/debug_line.h"
 #include "core/thread_names.h"
 #include "debug_support.h"
+#include "support/leaks_allowed.h"
+#include "threads/event.h"
+
+#include <process.h>
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <thread>
 
 using namespace qx;
@@ -150,13 +156,41 @@ TEST(DebugChannels, CloseDoesNotWaitForEver)
             });
         Sleep(20);
         const ULONGLONG begin = GetTickCount64();
-        output.channels.Close();
+        output.channels.Close([] { DebugLine(L"the last one"); });
         EXPECT_LT(GetTickCount64() - begin, 600u);
         CloseHandle(keeper);
     }
     writer.join();
     EXPECT_FALSE(UtilIsDebugActive());
 }
+
+#ifndef _WIN32 // there the system ends a thread anywhere, also inside the lock
+TEST(DebugChannels, AThreadThatIsTerminatedWhileItTracesLeavesNoLock)
+{
+    OwnOutput output;
+    for (int round = 0; round < 30; ++round)
+    {
+        std::atomic<int> count = 0;
+        const auto trace = [](void* lines) -> unsigned
+        {
+            const LeaksAllowed leaksAllowed;
+            for (auto& written = *static_cast<std::atomic<int>*>(lines);; ++written)
+                DebugLine(L"line %d", written.load());
+        };
+        const clsGenericHandleObjectAutoRelease thread(
+            reinterpret_cast<HANDLE>(_beginthreadex(nullptr, 0, trace, &count, 0, nullptr)), true);
+        while (count < 3)
+            Sleep(1);
+        ASSERT_TRUE(TerminateThread(thread.Get(), 0));
+        ASSERT_EQ(WaitForSingleObject(thread.Get(), 20'000), DWORD{WAIT_OBJECT_0});
+        output.Write(nullptr, 0, L"still there");
+    }
+    std::size_t closing = 0;
+    for (const std::string& line : output.Lines())
+        closing += line.ends_with("still there");
+    EXPECT_EQ(closing, 30u);
+}
+#endif
 
 TEST(DebugChannels, LinesOfManyThreadsArriveWholeAndInOrder)
 {
