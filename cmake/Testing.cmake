@@ -16,17 +16,29 @@ foreach(library gtest gtest_main gmock gmock_main)
     endif()
 endforeach()
 
-# qx_add_test(NAME program [USES_DATA] [LOCK name] SOURCES ... [LINKS ...] [DEPENDS ...]): a GoogleTest program whose cases are ctest's tests.
-# Programs with the same LOCK don't run at the same time: they share what the system has but one of.
-# With USES_DATA the sources know tests/data as
-# QXUT_TEST_DATA; the others stay free of paths, so that a compiler cache serves several trees. The label of each test is
-# its program.
+# GoogleTest's headers take longer to compile than most tests: they are read once for all programs.
+file(WRITE "${CMAKE_BINARY_DIR}/test_headers.cpp" "int main() { return 0; }\n")
+file(WRITE "${CMAKE_BINARY_DIR}/test_headers_c.c" "extern int qx_test_headers;\n")
+add_executable(qx_test_headers EXCLUDE_FROM_ALL
+    "${CMAKE_BINARY_DIR}/test_headers.cpp" "${CMAKE_BINARY_DIR}/test_headers_c.c")
+target_compile_options(qx_test_headers PRIVATE -O0 -g1)
+target_link_libraries(qx_test_headers PRIVATE qx_options gmock)
+target_precompile_headers(qx_test_headers PRIVATE
+    "$<$<COMPILE_LANGUAGE:CXX>:<gmock/gmock.h$<ANGLE-R>>"
+    "$<$<COMPILE_LANGUAGE:CXX>:<gtest/gtest.h$<ANGLE-R>>"
+    "$<$<COMPILE_LANGUAGE:C>:<stddef.h$<ANGLE-R>>")
+
+# qx_add_test(NAME program [USES_DATA] [LOCK name] SOURCES ... [LINKS ...] [DEPENDS ...]): a GoogleTest program whose
+# cases are ctest's tests. Programs with the same LOCK don't run at the same time: they share what the system has but
+# one of. With USES_DATA the sources know tests/data as QXUT_TEST_DATA; the others stay free of paths, so that a compiler
+# cache serves several trees. The label of each test is its program.
 function(qx_add_test)
     cmake_parse_arguments(ARG "USES_DATA" "NAME;LOCK" "SOURCES;LINKS;DEPENDS" ${ARGN})
     add_executable(${ARG_NAME} ${ARG_SOURCES})
     target_include_directories(${ARG_NAME} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
     # A test runs once: the compiler's time is what it costs.
     target_compile_options(${ARG_NAME} PRIVATE -O0 -g1)
+    target_precompile_headers(${ARG_NAME} REUSE_FROM qx_test_headers)
     if(ARG_USES_DATA)
         target_compile_definitions(${ARG_NAME} PRIVATE QXUT_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")
     endif()
