@@ -176,7 +176,9 @@ TEST_F(FilesOfTheLayer, WhatIsMadeInATempFolderForAllIsForItsUserAlone)
     EXPECT_EQ(ErrorOf([&] { return CreateDirectoryW(folder / L"temp/own", nullptr); }), DWORD{ERROR_ALREADY_EXISTS});
     constexpr uid_t another = 65534;
     if (geteuid() == 0 && chown((native / "temp/own").c_str(), another, another) == 0) // root alone can make one
+    {
         EXPECT_EQ(ErrorOf([&] { return CreateDirectoryW(folder / L"temp/own", nullptr); }), DWORD{ERROR_ACCESS_DENIED});
+    }
     SetEnvironmentVariableW(L"TMPDIR", nullptr);
 }
 
