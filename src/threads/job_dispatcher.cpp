@@ -51,6 +51,75 @@ bool HasGroup(const ThreadedJobs& jobs, int group)
 
 } // namespace
 
+// A job in the hands of a thread that drives, for as long as it is run or its host is told. It stands in no list then,
+// but isn't gone yet for the other threads that wait for the end of all. It is released at the end, unless it is kept.
+class clsThreadedJobDispatcher::JobInHand
+{
+public:
+    // `take` is called with the lock held, and may give null.
+    template <class Take>
+    JobInHand(clsThreadedJobDispatcher& dispatcher, Take take) : _dispatcher(dispatcher)
+    {
+        const clsCriticalSectionLock lock(dispatcher._lock);
+        _job = take();
+        if (_job)
+            _next = std::exchange(dispatcher._firstInHand, this);
+    }
+    JobInHand(const JobInHand&) = delete;
+    JobInHand& operator=(const JobInHand&) = delete;
+    ~JobInHand()
+    {
+        if (!_job)
+            return;
+        const clsCriticalSectionLock lock(_dispatcher._lock);
+        LeaveChain();
+        _job.reset();
+    }
+
+    explicit operator bool() const { return _job != nullptr; }
+    const clsUTThreadedJob& operator*() const { return *_job; }
+    const clsUTThreadedJob* operator->() const { return _job.get(); }
+    DWORD ThreadId() const { return _threadId; }
+    const JobInHand* Next() const { return _next; }
+
+    // As one that is finished.
+    void Keep()
+    {
+        const clsCriticalSectionLock lock(_dispatcher._lock);
+        _dispatcher._finished.Append(std::move(_job));
+        LeaveChain();
+        _dispatcher._jobEvent.Set();
+    }
+
+private:
+    void LeaveChain()
+    {
+        JobInHand** link = &_dispatcher._firstInHand;
+        while (*link != this)
+            link = &(*link)->_next;
+        *link = _next;
+    }
+
+    clsThreadedJobDispatcher& _dispatcher;
+    const DWORD _threadId = GetCurrentThreadId();
+    std::unique_ptr<clsUTThreadedJob> _job;
+    JobInHand* _next = nullptr;
+};
+
+// A thread that has a job in its hands itself, which a host or a job that waits for the end has, doesn't wait for those
+// of others: they may wait for its own.
+bool clsThreadedJobDispatcher::OthersHaveJobs(int group) const
+{
+    bool haveAny = false;
+    for (const JobInHand* inHand = _firstInHand; inHand; inHand = inHand->Next())
+    {
+        if (inHand->ThreadId() == GetCurrentThreadId())
+            return false;
+        haveAny = haveAny || (*inHand)->IsOfGroup(group);
+    }
+    return haveAny;
+}
+
 bool clsThreadedJobDispatcher::IsIdle() const
 {
     const clsCriticalSectionLock lock(_lock);
@@ -59,9 +128,11 @@ bool clsThreadedJobDispatcher::IsIdle() const
 
 bool clsThreadedJobDispatcher::JobsDone(int group) const
 {
+    const clsCriticalSectionLock lock(_lock);
+    if (OthersHaveJobs(group))
+        return false;
     if (group == 0)
         return IsIdle();
-    const clsCriticalSectionLock lock(_lock);
     for (const ThreadedJobs* jobs : {&_queued, &_finished, &_running, &_callerJobs})
         if (HasGroup(*jobs, group))
             return false;
@@ -129,7 +200,10 @@ void clsThreadedJobDispatcher::RunUntilDone(Pass pass)
 bool clsThreadedJobDispatcher::FinalizePass(IUTThreadedJobHost* host)
 {
     const bool didRun = RunOwnJob();
-    if (const std::unique_ptr<clsUTThreadedJob> job = GetFinishedJob())
+    if (const JobInHand job{*this, [this]
+            {
+                return GetFinishedJob();
+            }})
     {
         job->Tell(host ? host : job->host.Get());
         return true;
@@ -144,51 +218,45 @@ bool clsThreadedJobDispatcher::FinalizePass(IUTThreadedJobHost* host)
 bool clsThreadedJobDispatcher::ClosePass()
 {
     const bool didRun = RunOwnJob();
-    if (GetFinishedJob() || didRun)
+    if (const JobInHand job{*this,
+            [this]
+            {
+                return GetFinishedJob();
+            }};
+        job || didRun)
         return true;
     if (!JobsDone(0))
         WaitForSingleObject(_jobEvent.Get(), eventPatience);
     return false;
 }
 
-// A job for the caller; or, in the case that there is not one worker, a queued one: without this the driving thread
-// would wait for ever.
 bool clsThreadedJobDispatcher::RunOwnJob()
 {
-    std::unique_ptr<clsUTThreadedJob> callerJob;
-    clsUTThreadedJob* queuedJob = nullptr;
-    {
-        const clsCriticalSectionLock lock(_lock);
-        callerJob = TakeFirst(_callerJobs);
-        if (!callerJob && HasNoWorkers())
-            queuedJob = MoveFirstToRunning();
-    }
-    if (callerJob)
-    {
-        RunCallerJob(std::move(callerJob));
-        return true;
-    }
-    if (!queuedJob)
-        return false;
-    queuedJob->Run();
-    JobCompleted(*queuedJob);
-    return true;
-}
-
-void clsThreadedJobDispatcher::RunCallerJob(std::unique_ptr<clsUTThreadedJob> job)
-{
+    JobInHand job(*this, [this] { return TakeFirst(_callerJobs); });
+    if (!job)
+        return RunQueuedJob();
     job->Run();
     if (job->job)
         job->job->GetResult(); // a job may count on being asked
     if (!job->TellOwnHost())
-        KeepFinished(std::move(job));
+        job.Keep();
+    return true;
 }
 
-void clsThreadedJobDispatcher::KeepFinished(std::unique_ptr<clsUTThreadedJob> job)
+// For the case that there is not one worker: without this the driving thread would wait for ever.
+bool clsThreadedJobDispatcher::RunQueuedJob()
 {
-    const clsCriticalSectionLock lock(_lock);
-    _finished.Append(std::move(job));
-    _jobEvent.Set();
+    clsUTThreadedJob* job = nullptr;
+    {
+        const clsCriticalSectionLock lock(_lock);
+        if (HasNoWorkers())
+            job = MoveFirstToRunning();
+    }
+    if (!job)
+        return false;
+    job->Run();
+    JobCompleted(*job);
+    return true;
 }
 
 void clsThreadedJobDispatcher::MoveRunning(const clsUTThreadedJob& job, ThreadedJobs& target)

@@ -59,7 +59,7 @@ protected:
     const unsigned _maximumWorkers;
     ThreadedJobs _queued;
     ThreadedJobs _finished;
-    ThreadedJobs _running;
+    ThreadedJobs _running; // by workers
     ThreadedJobs _callerJobs;
     bool _isAborted = false;
     clsEvent _jobEvent{clsEvent::Kind::autoReset}; // something has changed for the thread that drives
@@ -70,8 +70,11 @@ private:
     bool FinalizePass(IUTThreadedJobHost* host);
     bool ClosePass();
     bool RunOwnJob();
-    void RunCallerJob(std::unique_ptr<clsUTThreadedJob> job);
-    void KeepFinished(std::unique_ptr<clsUTThreadedJob> job);
+    bool RunQueuedJob();
+    bool OthersHaveJobs(int group) const;
+
+    class JobInHand;
+    JobInHand* _firstInHand = nullptr;
 };
 
 } // namespace qx

@@ -59,6 +59,8 @@ clsThreadedJobDispatcherUsingIoCompletionPort::clsThreadedJobDispatcherUsingIoCo
 
 clsThreadedJobDispatcherUsingIoCompletionPort::~clsThreadedJobDispatcherUsingIoCompletionPort()
 {
+    // Any packet tells a worker to end now: those of jobs that were aborted may stand in front of these, in millions.
+    _isClosing = true;
     for (std::size_t worker = 0; worker < _workers.Count(); ++worker)
         PostQueuedCompletionStatus(_port.Get(), 0, 0, nullptr);
     _workers.Clear();
@@ -111,7 +113,7 @@ clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::GetNextJob()
         const long long begin = CounterNow();
         const BOOL isThere = GetQueuedCompletionStatus(_port.Get(), &bytes, &key, &packet, INFINITE);
         _waitTime.fetch_add(CounterNow() - begin, std::memory_order_relaxed);
-        if (!isThere || !packet)
+        if (!isThere || !packet || _isClosing)
             return nullptr;
         const clsCriticalSectionLock lock(_lock);
         if (clsUTThreadedJob* const job = MoveFirstToRunning())

@@ -60,6 +60,7 @@ private:
     const String _name;
     WCValSList<std::unique_ptr<clsThreadedJobProcessorUsingIoCompletionPort>> _workers;
     std::atomic<int> _activeWorkers = 0; // not yet at their end
+    std::atomic<bool> _isClosing = false;
     clsGenericHandleObjectAutoRelease _port;
 };
 

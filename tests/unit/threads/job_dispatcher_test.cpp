@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 using namespace qx;
@@ -150,6 +151,26 @@ TEST_F(JobDispatcher, JobsForTheCaller)
     pool.Finalize(&declining);
     EXPECT_EQ(order, (std::vector{0, 1, 2}));
     EXPECT_EQ(counts.told, 1 + 3 + 2); // the two that were declined came back once more
+}
+
+TEST_F(JobDispatcher, NoFinalizeEndsBeforeAJobThatAnotherOneRuns)
+{
+    Dispatcher pool(1, L"pool");
+    clsEvent isRunning;
+    std::atomic<bool> hasEnded = false;
+    const auto work = [&]
+    {
+        isRunning.Set();
+        Sleep(50);
+        pool.Finalize(&host); // one from within doesn't wait for the job that it is called by
+        hasEnded = true;
+    };
+    pool.AddJob(MakeJob(new TestJob(counts, work, 0, false), &host));
+    std::thread first([&] { pool.Finalize(&host); });
+    WaitForSingleObject(isRunning.Get(), patience);
+    pool.Finalize(&host);
+    EXPECT_TRUE(hasEnded);
+    first.join();
 }
 
 TEST_F(JobDispatcher, AbortOfAGroup)
