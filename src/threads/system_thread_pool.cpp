@@ -69,14 +69,20 @@ bool clsThreadPoolWorkerBaseRunOnce::Submit()
     return work != nullptr;
 }
 
+// The lock isn't held across the wait: Run() may come to here itself meanwhile, and finds nothing left to do. At the
+// end of the process there is no thread any more that could be waited for.
 void clsThreadPoolWorkerBaseRunOnce::Finish()
 {
-    const clsCriticalSectionLock lock(_lock);
-    if (!_work)
+    PTP_WORK work = nullptr;
+    {
+        const clsCriticalSectionLock lock(_lock);
+        work = std::exchange(_work, nullptr);
+    }
+    if (!work || IsProcessEnding())
         return;
     if (_threadId != GetCurrentThreadId())
-        _pool.p_WaitForThreadpoolWorkCallbacks(_work, TRUE);
-    _pool.p_CloseThreadpoolWork(std::exchange(_work, nullptr));
+        _pool.p_WaitForThreadpoolWorkCallbacks(work, TRUE);
+    _pool.p_CloseThreadpoolWork(work);
 }
 
 bool clsThreadPoolWorkerBaseRunOnce::MayRunLong() const

@@ -33,12 +33,10 @@ struct _TP_WORK : Waitable
 
     bool IsSignalled() const override { return outstanding == 0; }
 
-    void Finish(size_t count)
-    {
-        outstanding -= count;
-        if (outstanding == 0)
-            WakeWaiters();
-    }
+    void Finish(size_t count);
+    // An item that is closed stays in its group until its callbacks have ended, so that the end of the group waits for
+    // them. The caller has a reference.
+    void LeaveGroupIfDone();
 
     const PTP_WORK_CALLBACK callback;
     void* const context;
@@ -47,6 +45,7 @@ struct _TP_WORK : Waitable
 
     size_t outstanding = 0; // callbacks that wait or run
     PTP_CLEANUP_GROUP group = nullptr;
+    bool isClosed = false; // the caller's reference is given back
 };
 
 struct _TP_POOL : WaitableQueue<Ref<_TP_WORK>>
@@ -73,6 +72,23 @@ struct _TP_CLEANUP_GROUP : Object
 
     std::vector<Ref<_TP_WORK>> members;
 };
+
+void _TP_WORK::Finish(size_t count)
+{
+    outstanding -= count;
+    if (outstanding != 0)
+        return;
+    WakeWaiters();
+    LeaveGroupIfDone();
+}
+
+void _TP_WORK::LeaveGroupIfDone()
+{
+    if (!isClosed || outstanding != 0 || group == nullptr)
+        return;
+    std::erase_if(group->members, [this](const Ref<_TP_WORK>& member) { return member.get() == this; });
+    group = nullptr;
+}
 
 struct _TP_CALLBACK_INSTANCE
 {
@@ -208,6 +224,13 @@ void WINAPI CloseThreadpoolCleanupGroupMembers(
         if (fCancelPendingCallbacks)
             work->pool->Cancel(*work);
         FinishWait(WaitForCallbacks(work));
+        bool wasClosed = false;
+        {
+            const std::lock_guard guard(DispatcherLock());
+            wasClosed = std::exchange(work->isClosed, true);
+        }
+        if (wasClosed)
+            continue;
         if (fCancelPendingCallbacks && work->cancelCallback != nullptr)
             work->cancelCallback(work->context, pvCleanupContext);
         work->Release(); // the caller's
@@ -247,10 +270,8 @@ void WINAPI CloseThreadpoolWork(PTP_WORK pwk)
     const Ref<_TP_WORK> work(pwk);
     {
         const std::lock_guard guard(DispatcherLock());
-        if (work->group != nullptr)
-            std::erase_if(
-                work->group->members, [&work](const Ref<_TP_WORK>& member) { return member.get() == work.get(); });
-        work->group = nullptr;
+        work->isClosed = true;
+        work->LeaveGroupIfDone();
     }
     work->Release(); // the caller's
 }

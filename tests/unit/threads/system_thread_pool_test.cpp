@@ -64,19 +64,23 @@ TEST(SystemThreadPool, TheEndWaitsForWhatRuns)
 
 TEST(SystemThreadPool, MayDeleteItself)
 {
-    std::atomic<bool> isGone = false;
+    std::atomic<bool> isGone = false, hasEnded = false;
     {
         clsThreadPool pool;
         auto work = std::make_unique<Once>(pool,
             [&](Once& self)
             {
-                std::atomic<bool>& flag = isGone; // this function goes with the object
+                std::atomic<bool>& gone = isGone; // this function goes with the object
+                std::atomic<bool>& ended = hasEnded;
                 std::unique_ptr<Once>(&self).reset();
-                flag = true;
+                gone = true;
+                Sleep(50);
+                ended = true;
             });
         work.release();
         EXPECT_TRUE(WaitUntil([&] { return isGone.load(); }));
     }
+    EXPECT_TRUE(hasEnded) << "the pool's end waits for it all the same";
 }
 
 } // namespace
