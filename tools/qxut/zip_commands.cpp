@@ -18,7 +18,9 @@
 #include <future>
 #include <iostream>
 #include <memory>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qxut
@@ -74,6 +76,20 @@ void AddSource(std::vector<Source>& sources, const fs::path& path, const fs::pat
     sources.push_back({path, Utf8Path(name), fs::file_size(path)});
 }
 
+// An archive isn't packed into itself, and of two entries with one name a reader would see only one.
+void CheckSources(const std::vector<Source>& sources, const fs::path& archive)
+{
+    std::set<std::string> names;
+    for (const Source& source : sources)
+    {
+        std::error_code error;
+        if (fs::equivalent(source.path, archive, error))
+            throw Failure(kCannotRead, Utf8Path(source.path) + ": it is the archive itself");
+        if (!names.insert(source.name).second)
+            throw Failure(kCannotRead, Utf8Path(source.path) + ": the name " + source.name + " is given twice");
+    }
+}
+
 // The files of a folder in the order of their names, so that the same folder makes the same archive.
 void AddFolder(std::vector<Source>& sources, const fs::path& folder)
 {
@@ -105,13 +121,15 @@ std::vector<Source> Sources(const std::vector<std::string>& paths)
     return sources;
 }
 
-// Closes and removes the archive unless all of it was written.
+// Written under a name beside the archive's, which it takes when all of it is there: until then a former archive of
+// that name stays what it was.
 class NewArchive
 {
 public:
     NewArchive(const std::string& path, const std::string& comment)
         : _path(path),
-          _zip(UtilZIPCreate(WideText(path), WideText(comment)))
+          _partPath(path + ".part"),
+          _zip(IsFree(_partPath) ? UtilZIPCreate(WideText(_partPath), WideText(comment)) : nullptr)
     {
         if (_zip == nullptr)
             throw Failure(kCannotWrite, path + ": the archive can't be made");
@@ -122,7 +140,7 @@ public:
             return;
         UtilZIPClose(_zip);
         std::error_code ignored;
-        fs::remove(fs::u8path(_path), ignored);
+        fs::remove(fs::u8path(_partPath), ignored);
     }
     NewArchive(const NewArchive&) = delete;
     NewArchive& operator=(const NewArchive&) = delete;
@@ -140,13 +158,25 @@ public:
     void Close()
     {
         const int32_t result = UtilZIPClose(std::exchange(_zip, nullptr));
-        _isWhole = result == QXUT_ZIP_OK;
+        std::error_code error;
+        if (result == QXUT_ZIP_OK)
+            fs::rename(fs::u8path(_partPath), fs::u8path(_path), error);
+        _isWhole = result == QXUT_ZIP_OK && !error;
         if (!_isWhole)
             throw Failure(kCannotWrite, _path + ": the archive can't be written, or has too much in it");
     }
 
 private:
+    static bool IsFree(const std::string& path)
+    {
+        std::error_code error;
+        if (!fs::exists(fs::symlink_status(fs::u8path(path), error)))
+            return true;
+        throw Failure(kCannotWrite, path + ": the archive is written under this name first, but there is such a file");
+    }
+
     std::string _path;
+    std::string _partPath;
     HZIPFILE _zip;
     bool _isWhole = false;
 };
@@ -154,6 +184,7 @@ private:
 void Create(const Options& options)
 {
     const std::vector<Source> sources = Sources(options.paths);
+    CheckSources(sources, fs::u8path(options.archive));
     uint64_t total = 0;
     for (const Source& source : sources)
         total += source.size;

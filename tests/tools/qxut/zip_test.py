@@ -62,6 +62,14 @@ class ZipCommands(unittest.TestCase):
         self.assertEqual(self.files_below(self.folder / "out/tree"), FILES)
         self.assertEqual(int(os.path.getmtime(self.folder / "out/tree/plain.txt")), 1720960496)
 
+    def test_a_create_that_fails_leaves_the_archive(self):
+        self.qxut("create", "x.zip", "tree", cwd=self.folder)
+        before = pathlib.Path(self.archive).read_bytes()
+        self.assertIn("it is the archive itself", self.qxut("create", "x.zip", ".", code=3, cwd=self.folder))
+        self.assertIn("is given twice", self.qxut("create", "x.zip", "tree", "tree", code=3, cwd=self.folder))
+        self.assertEqual(pathlib.Path(self.archive).read_bytes(), before)
+        self.assertEqual(sorted(path.name for path in self.folder.iterdir()), ["tree", "x.zip"])
+
     def test_other_programs_read_our_archives(self):
         # A name of code page 437 these programs know on Windows only; python and we ourselves everywhere.
         expected = {name: content for name, content in FILES.items() if "\u00f6" not in name}
