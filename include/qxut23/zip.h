@@ -52,7 +52,8 @@ QXUT_API int32_t UtilZIPAppend(HZIPFILE zip, const QXWCHAR* path, const QXWCHAR*
    names without the folder. With QXUT_ZIP_SUBFOLDERS each subfolder follows, as an entry of its own and with all that
    it holds: the pattern is for `folder` alone. A link that leads back to a folder around it is not followed.
 
-   A file that can't be added is left out. Gives QXUT_ZIP_OK in all cases. */
+   A file that can't be added is left out. Gives QXUT_ZIP_OK in all cases. Each entry keeps a temporary file open until
+   the archive is closed; where the process may have no more open files, the files that follow are left out, too. */
 QXUT_API int32_t UtilZIPAppendList(HZIPFILE zip, const QXWCHAR* folder, const QXWCHAR* pattern, uint32_t flags);
 
 /* Writes the archive, closes it and frees the handle, whatever the result. QXUT_ZIP_OK, also for a null handle, or

@@ -2,6 +2,8 @@
 
 #include "threads/processor_count.h"
 
+#include <new>
+
 namespace qx
 {
 namespace
@@ -95,12 +97,22 @@ void clsThreadedJobDispatcherUsingIoCompletionPort::StartWorker()
 {
     if (!_port.IsValid())
         return;
-    auto worker = std::make_unique<clsThreadedJobProcessorUsingIoCompletionPort>(*this, _name.Text());
+    // In the list before it runs: one that couldn't be put there would have to be terminated.
+    auto& worker = _workers.Append(std::make_unique<clsThreadedJobProcessorUsingIoCompletionPort>(*this, _name.Text()));
     ++_activeWorkers;
-    if (worker->ThreadStart(THREAD_PRIORITY_NORMAL))
-        _workers.Append(std::move(worker));
-    else
-        --_activeWorkers;
+    bool isStarted = false;
+    try
+    {
+        isStarted = worker->ThreadStart(THREAD_PRIORITY_NORMAL);
+    }
+    catch (const std::bad_alloc&)
+    {
+        // the job is queued all the same
+    }
+    if (isStarted)
+        return;
+    --_activeWorkers;
+    _workers.TakeAt(static_cast<std::ptrdiff_t>(_workers.Count()) - 1);
 }
 
 clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::GetNextJob()

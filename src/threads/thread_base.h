@@ -52,7 +52,9 @@ public:
     bool ThreadStart(int priority);
 
     // Asks the thread to stop and waits. 1 when it ended by itself, when there was none to end, or when it is left
-    // alone for now; 0 when it was terminated. Called by the thread itself it only sets the stop event.
+    // alone for now; 0 when it was terminated. Called by the thread itself it only sets the stop event. The platform
+    // layer ends a thread where it comes back from a foreign library, or leaves its last critical section: that may be
+    // after this has returned, so a body that may block there uses nothing that goes with the object.
     int ThreadEnd(bool stopsSuspended, DWORD milliseconds, bool mayTerminate);
 
     // False when the thread is to stop. The handles follow their count.
