@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 namespace qx
 {
@@ -75,19 +76,15 @@ private:
         return SUCCEEDED(result) ? number.lVal : 0;
     }
 
+    // Collected first: a text copies itself whole each time it grows.
     String ReadText()
     {
+        std::vector<wchar_t> units;
+        wchar_t unit;
+        while (Take(&unit, sizeof unit) && unit != L'\0')
+            units.push_back(unit);
         String text;
-        wchar_t run[256];
-        size_t length = 0;
-        while (Take(&run[length], sizeof(wchar_t)) && run[length] != L'\0')
-        {
-            if (++length < std::size(run))
-                continue;
-            text.Append(run, length);
-            length = 0;
-        }
-        text.Append(run, length);
+        text.Append(units.data(), units.size());
         return text;
     }
 
