@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <string>
 
 namespace qxut
@@ -14,10 +15,12 @@ namespace
 {
 
 constexpr size_t kIndent = 2;
+constexpr size_t kDeepestIndent = 100;
 
+// Deeper lists stand in one column: else what is shown would grow with the square of the depth.
 std::string Indent(size_t depth)
 {
-    return std::string(kIndent * depth, ' ');
+    return std::string(kIndent * std::min(depth, kDeepestIndent), ' ');
 }
 
 std::string JsonText(const std::string& text)
