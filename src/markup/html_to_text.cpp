@@ -91,9 +91,11 @@ std::size_t FoldBlanks(wchar_t* text, std::size_t length)
             break;
         case leftGuillemet:
             keep = depth++ != 0;
+            isSpace = keep && space; // the outermost ends a run of blanks, an inner one stands within it
             break;
         case rightGuillemet:
             keep = depth-- != 1;
+            isSpace = keep && space;
             break;
         default:
             break;

@@ -132,6 +132,7 @@ TEST(HtmlToText, Cases)
         {L"<a href='u'>text</a>", L"text"},
         {L"\u00ABa \u00ABb\u00BB c\u00BB \u00AB \u00BB", L"a \u00ABb\u00BB c  "},
         {L"\u00BB\u00ABx", L"\u00BB\u00ABx"},
+        {L"x \u00BB y", L"x \u00BBy"}, // an inner one ends no run of blanks
         {L"a<br><br><br><br><br>b", L"a\r\rb"},
         {L"a<br><br><br>b<br><br>c", L"a\r\rb\r\rc"},
     };
