@@ -6,6 +6,7 @@
 #include "log_commands.h"
 #include "profile_commands.h"
 #include "terminal.h"
+#include "text.h"
 #include "zip_commands.h"
 
 #include <qxut23/profile.h>
@@ -35,6 +36,16 @@ std::string Version()
            " (library version " + std::to_string(ProfGetVersion(0)) + ")";
 }
 
+// Other bytes would lead to another file, or into a value that isn't the one that was meant.
+void CheckArguments(const std::vector<std::string>& arguments)
+{
+    using namespace qxut;
+
+    for (const std::string& argument : arguments)
+        if (!IsUtf8(argument))
+            throw Failure(kWrongUsage, "the argument '" + Shown(argument) + "' is not UTF-8");
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -55,9 +66,10 @@ int main(int argc, char** argv)
     AddZipCommands(program);
 
     std::vector<std::string> arguments = StartTerminal(argc, argv);
-    std::reverse(arguments.begin(), arguments.end()); // the parser takes them from the end
     try
     {
+        CheckArguments(arguments);
+        std::reverse(arguments.begin(), arguments.end()); // the parser takes them from the end
         program.parse(arguments);
         std::cout.flush();
         if (!std::cout)

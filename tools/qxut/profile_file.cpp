@@ -69,6 +69,19 @@ std::vector<Entry> EntriesOf(HPROFJOB job, HPROFLIST list)
     return entries;
 }
 
+// The library also takes names that this system doesn't know, with drives, shares and backslashes, so it has the last
+// word.
+bool IsMissing(const std::string& path)
+{
+    std::error_code ignored;
+    if (fs::exists(fs::u8path(path), ignored))
+        return false;
+    const HPROFJOB job = ProfJobOpenW(WideText(path));
+    const int32_t error = ProfGetError(job);
+    ProfJobClose(job);
+    return error != PROF_OK && error != PROF_ERR_LOCKED && error != PROF_ERR_MALFORMED;
+}
+
 } // namespace
 
 ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MayBeMissing)
@@ -86,8 +99,7 @@ ProfileFile::ProfileFile(const std::string& path, Sharing sharing)
     : ProfileFile(
           [&]() -> const std::string&
           {
-              std::error_code ignored;
-              if (!fs::exists(fs::u8path(path), ignored))
+              if (IsMissing(path))
                   throw Failure(kCannotRead, path + ": there is no such file");
               return path;
           }(),

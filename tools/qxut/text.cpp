@@ -1,5 +1,6 @@
 #include "text.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 
@@ -46,6 +47,11 @@ Character FirstCharacter(std::string_view utf8)
     return {value < kSmallest[length] || value > 0x10FFFF || isSurrogate ? kReplacement : value, length};
 }
 
+bool IsReplaced(std::string_view utf8, const Character& character)
+{
+    return character.value == kReplacement && utf8.substr(0, character.length) != "\xEF\xBF\xBD";
+}
+
 void AppendUtf8(std::string& out, uint32_t c)
 {
     const auto append = [&](uint32_t byte)
@@ -74,6 +80,18 @@ void AppendUtf8(std::string& out, uint32_t c)
 }
 
 } // namespace
+
+bool IsUtf8(std::string_view text)
+{
+    while (!text.empty())
+    {
+        const Character character = FirstCharacter(text);
+        if (IsReplaced(text, character))
+            return false;
+        text.remove_prefix(character.length);
+    }
+    return true;
+}
 
 WideText::WideText(std::string_view utf8)
 {
@@ -119,20 +137,25 @@ std::string Utf8(const QXWCHAR* text)
 std::string Shown(std::string_view utf8)
 {
     std::string out;
+    const auto escape = [&](unsigned char byte)
+    {
+        char text[8];
+        snprintf(text, sizeof(text), "\\x%02X", static_cast<unsigned>(byte));
+        out += text;
+    };
     while (!utf8.empty())
     {
         const Character character = FirstCharacter(utf8);
+        const std::string_view bytes = utf8.substr(0, character.length);
         const uint32_t c = character.value;
         if (c == '\r' || c == '\n' || c == '\t')
             out += c == '\r' ? "\\r" : c == '\n' ? "\\n" : "\\t";
         else if (c < 0x20 || (c >= 0x7F && c < 0xA0))
-        {
-            char escape[8];
-            snprintf(escape, sizeof(escape), "\\x%02X", static_cast<unsigned>(c));
-            out += escape;
-        }
+            escape(static_cast<unsigned char>(c));
+        else if (IsReplaced(utf8, character))
+            std::for_each(bytes.begin(), bytes.end(), escape);
         else
-            out += utf8.substr(0, character.length);
+            out += bytes;
         utf8.remove_prefix(character.length);
     }
     return out;

@@ -10,6 +10,8 @@
 namespace qxut
 {
 
+bool IsUtf8(std::string_view text);
+
 // A zero-terminated text for the library.
 class WideText
 {

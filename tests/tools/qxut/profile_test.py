@@ -192,8 +192,23 @@ class ProfileCommands(commands.CommandTest):
             self.assertIn(reason, message)
         self.assertIn("--path", self.qxut("get", self.file, code=2))
         self.qxut("unknown", code=2)
+        missing = str(self.folder / "missing")
+        self.assertIn("no such file", self.qxut("set", missing, "--path", "x", "1", code=3))
+        self.assertFalse(pathlib.Path(missing).exists())
         note = subprocess.run([*commands.COMMAND, "profile", "show", str(SETTINGS / "smb.conf")], capture_output=True)
         self.assertIn(b"has no entries", note.stderr)
+
+    @unittest.skipIf(commands.COMMAND[-1].endswith(".exe"), "the system's own names, and arguments that are UTF-16")
+    def test_names_on_linux(self):
+        self.assertEqual(self.show("Z:" + self.file.replace("/", "\\")), self.show())
+        done = subprocess.run([*commands.COMMAND, "profile", "set", "--create", b"n\xE9", "--path", "x", "1"],
+                              cwd=self.folder, capture_output=True)
+        self.assertEqual((done.returncode, done.stderr), (2, b"qxut: the argument 'n\\xE9' is not UTF-8\n"))
+        self.assertEqual([path.name for path in self.folder.iterdir()], ["file"])
+
+    def test_deep_lists_grow_in_one_column(self):
+        deep = self.write("deep", "[/]\r\n" + "[l]\r\n" * 4000 + "x=1\r\n" + "}\r\n" * 4000)
+        self.assertLess(len(self.show(deep)), 1000000)
 
     def test_help_and_version(self):
         for arguments in (["--help"], ["profile", "--help"], ["profile", "set", "--help"]):
