@@ -23,10 +23,13 @@ StringRecord* StringRecord::Create(std::size_t capacity)
 
 void StringRecord::Release(StringRecord* record) noexcept
 {
-    // Nobody else can add a usage to a record that has just one, so its owner needs no atomic subtraction.
+    // Nobody else can add a usage to a record that has just one, so its owner needs no atomic subtraction. What it
+    // leaves is what a second release finds, as long as nothing else took the memory.
     std::int32_t left = 0;
     if (record->usage.load(std::memory_order_acquire) != 1)
         left = record->usage.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    else
+        record->usage.store(0, std::memory_order_relaxed);
     if (left > 0)
         return;
     if (left < 0)
