@@ -6,6 +6,7 @@
 
 #include <climits>
 #include <cstring>
+#include <new>
 
 namespace qx
 {
@@ -83,9 +84,20 @@ clsCharsetConversionString::clsCharsetConversionString(wchar_t* buffer, uint32_t
     _narrow[converted] = 0;
 }
 
+// Without memory for the conversion the caller's buffer gets the empty text: nothing may leave a destructor.
 clsCharsetConversionString::~clsCharsetConversionString()
 {
-    WriteBack();
+    try
+    {
+        WriteBack();
+    }
+    catch (const std::bad_alloc&)
+    {
+        if (_narrowWriteBack != nullptr)
+            *_narrowWriteBack = 0;
+        if (_wideWriteBack != nullptr)
+            *_wideWriteBack = 0;
+    }
     Release();
 }
 
