@@ -17,8 +17,8 @@ foreach(library gtest gtest_main gmock gmock_main)
 endforeach()
 
 # GoogleTest's headers take longer to compile than most tests: they are read once for all programs.
-file(WRITE "${CMAKE_BINARY_DIR}/test_headers.cpp" "int main() { return 0; }\n")
-file(WRITE "${CMAKE_BINARY_DIR}/test_headers_c.c" "extern int qx_test_headers;\n")
+file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/test_headers.cpp" CONTENT "int main() { return 0; }\n")
+file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/test_headers_c.c" CONTENT "extern int qx_test_headers;\n")
 add_executable(qx_test_headers EXCLUDE_FROM_ALL
     "${CMAKE_BINARY_DIR}/test_headers.cpp" "${CMAKE_BINARY_DIR}/test_headers_c.c")
 target_compile_options(qx_test_headers PRIVATE -O0 -g1)
