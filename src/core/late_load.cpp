@@ -26,9 +26,9 @@ std::atomic<bool> lateLoadLog{false};
 // Stands for a load that failed although the system gave no error.
 constexpr DWORD unknownLoadError = 0x20000000;
 
-// Restores the DLL folder of the process at the end of its scope. One at a time: two that restore in the wrong order
-// would leave the library's folder set. Without one that is the empty folder, which keeps the
-// current folder out of the search: it can't be told whether the process had that before, and it is the safer one.
+// Restores the DLL folder of the process at the end of its scope. Without one that is the empty folder, which keeps the
+// current folder out of the search: it can't be told whether the process had that before, and it is the safer one. One
+// at a time: two that restore in the wrong order would leave the library's folder set.
 class DllFolder
 {
 public:

@@ -67,13 +67,19 @@ public:
     }
     JobInHand(const JobInHand&) = delete;
     JobInHand& operator=(const JobInHand&) = delete;
+    // Without the lock, since the end of the caller's objects may take any time; it still counts meanwhile.
     ~JobInHand()
     {
         if (!_job)
             return;
+        std::unique_ptr<clsUTThreadedJob> released;
+        {
+            const clsCriticalSectionLock lock(_dispatcher._lock);
+            released = std::move(_job);
+        }
+        released.reset();
         const clsCriticalSectionLock lock(_dispatcher._lock);
         LeaveChain();
-        _job.reset();
     }
 
     explicit operator bool() const { return _job != nullptr; }
@@ -115,7 +121,7 @@ bool clsThreadedJobDispatcher::OthersHaveJobs(int group) const
     {
         if (inHand->ThreadId() == GetCurrentThreadId())
             return false;
-        haveAny = haveAny || (*inHand)->IsOfGroup(group);
+        haveAny = haveAny || !*inHand || (*inHand)->IsOfGroup(group); // one without its job is being released
     }
     return haveAny;
 }
