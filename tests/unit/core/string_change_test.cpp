@@ -11,93 +11,79 @@ using namespace qx;
 namespace
 {
 
-TEST(StringChangeTest, FillsWithACharacter)
+void Write(String& s)
 {
-    String s(L"before");
-    s.Fill(L'x', 3);
-    EXPECT_STREQ(s.Text(), L"xxx");
-    s.Fill(L'\0', 3);
-    EXPECT_STREQ(s.Text(), L"");
-    s.Fill(L'x', 0);
-    EXPECT_STREQ(s.Text(), L"");
+    s.GetBuffer(10)[0] = L'X';
+    s.ReleaseBuffer();
 }
 
-TEST(StringChangeTest, SeparatorStandsOnlyBetweenTexts)
+// Of a record of its own as of a shared one, which its other user keeps as it was. What changes nothing leaves it
+// shared.
+TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
 {
-    String s;
-    s.AppendWithSeparator(L',', String(L"a"));
-    EXPECT_STREQ(s.Text(), L"a");
-    s.AppendWithSeparator(L',', String(L"b"));
-    s.AppendWithSeparator(String(L", "), String(L"c"));
-    EXPECT_STREQ(s.Text(), L"a,b, c");
-    s.AppendWithSeparator(L',', String());
-    EXPECT_STREQ(s.Text(), L"a,b, c,");
-}
-
-TEST(StringChangeTest, TrimsWhatItIsToldTo)
-{
-    String s(L" \t a \t ");
-    s.TrimLeft();
-    EXPECT_STREQ(s.Text(), L"\t a \t ");
-    s.TrimRight();
-    EXPECT_STREQ(s.Text(), L"\t a \t");
-    s.TrimRight(L'\t');
-    EXPECT_STREQ(s.Text(), L"\t a ");
-    String blanks(L"   ");
-    blanks.TrimLeft();
-    EXPECT_TRUE(blanks.IsEmpty());
-    blanks = L"   ";
-    blanks.TrimRight();
-    EXPECT_TRUE(blanks.IsEmpty());
-}
-
-TEST(StringChangeTest, ReplacesCharacters)
-{
-    String s(L"banana");
-    EXPECT_EQ(s.Replace(L'a', L'o'), 3);
-    EXPECT_STREQ(s.Text(), L"bonono");
-    EXPECT_EQ(s.Replace(L'o', L'\0'), 3);
-    EXPECT_STREQ(s.Text(), L"bnn");
-    EXPECT_EQ(s.Replace(L'x', L'y'), 0);
-    EXPECT_EQ(s.Replace(L'n', L'\0'), 2);
-    EXPECT_EQ(s.Replace(L'b', L'\0'), 1);
-    EXPECT_STREQ(s.Text(), L"");
-}
-
-TEST(StringChangeTest, ReplacesTexts)
-{
-    struct Case
+    const struct
     {
-        const wchar_t* text;
-        const wchar_t* from;
-        const wchar_t* to;
-        int count;
-        const wchar_t* expected;
+        const wchar_t* before;
+        void (*change)(String&);
+        const wchar_t* after;
+    } cases[] = {
+        {L"abcab", [](String& s) { s.Append(L'\0'); }, L"abcab"},
+        {L"abcab", [](String& s) { s.Append(static_cast<const wchar_t*>(nullptr)); }, L"abcab"},
+        {L"abcab", [](String& s) { s.Append(String()); }, L"abcab"},
+        {L"abc", [](String& s) { s.Append(s); }, L"abcabc"},
+        {L"abc", [](String& s) { s.Append(s.Text() + 1); }, L"abcbc"},
+        {L"abc", [](String& s) { s.Assign(s.Text() + 1); }, L"bc"},
+        {L"abc", [](String& s) { s = *&s; }, L"abc"},
+        {L"abc", [](String& s) { s.Empty(); }, L""},
+        {L"abc", [](String& s) { s.Fill(L'z', 2); }, L"zz"},
+        {L"abc", [](String& s) { s.Fill(L'\0', 3); }, L""},
+        {L"", [](String& s) { s.AppendWithSeparator(L',', String(L"d")); }, L"d"},
+        {L"abc", [](String& s) { s.AppendWithSeparator(L',', String(L"d")); }, L"abc,d"},
+        {L"abc", [](String& s) { s.AppendWithSeparator(L',', String()); }, L"abc,"},
+        {L"abc", [](String& s) { s.AppendWithSeparator(s, s); }, L"abcabcabc"},
+        {L"abc", [](String& s) { s.AppendWithSeparator(String(), String()); }, L"abc"},
+        {L"  \t a ", [](String& s) { s.TrimLeft(); }, L"\t a "},
+        {L" a \t ", [](String& s) { s.TrimRight(); }, L" a \t"},
+        {L" a \t", [](String& s) { s.TrimRight(L'\t'); }, L" a "},
+        {L"   ", [](String& s) { s.TrimLeft(); }, L""},
+        {L"   ", [](String& s) { s.TrimRight(); }, L""},
+        {L"abc", [](String& s) { s.TrimLeft(); }, L"abc"},
+        {L"abc", [](String& s) { s.TrimRight(); }, L"abc"},
+        {L"abc", [](String& s) { s.Insert(2, s); }, L"ababcc"},
+        {L"abc", [](String& s) { s.Insert(1, String()); }, L"abc"},
+        {L"abc", [](String& s) { s.Insert(9, String(L"x")); }, L"abc"},
+        {L"abc", [](String& s) { s.Delete(1, String::all); }, L"a"},
+        {L"abc", [](String& s) { s.Delete(1, 0); }, L"abc"},
+        {L"abc", [](String& s) { s.Delete(3, 1); }, L"abc"},
+        {L"banana", [](String& s) { EXPECT_EQ(s.Replace(L'a', L'o'), 3); }, L"bonono"},
+        {L"banana", [](String& s) { EXPECT_EQ(s.Replace(L'a', L'\0'), 3); }, L"bnn"},
+        {L"banana", [](String& s) { EXPECT_EQ(s.Replace(L'x', L'y'), 0); }, L"banana"},
+        {L"abc", [](String& s) { s.Replace(String(L"x"), String(L"y")); }, L"abc"},
+        {L"abc", [](String& s) { s.Replace(String(), String(L"y")); }, L"abc"},
+        {L"abc", [](String& s) { s.Replace(s, String(L"x")); }, L"x"},
+        {L"abc", [](String& s) { s.Replace(String(L"b"), s); }, L"aabcc"},
+        {L"abc", [](String& s) { s.GetField(1, L'b', true); }, L"a"},
+        {L"abc", [](String& s) { s.GetField(0, L'b', false); }, L"abc"},
+        {L"abc", [](String& s) { static_cast<void>(s[3]); }, L"abc"},
+        {L"abc", Write, L"Xbc"},
+        {L"abc", [](String& s) { s.Format(L"<%s>", s.Text()); }, L"<abc>"},
+        {L"abc", [](String& s) { s.MakeUpper(); }, L"ABC"},
     };
-    const Case cases[] = {
-        {L"aaa", L"a", L"aa", 3, L"aaaaaa"}, // what was inserted isn't searched
-        {L"aaaa", L"aa", L"a", 2, L"aa"},
-        {L"aaaaa", L"aa", L"bbb", 2, L"bbbbbba"},
-        {L"abcabc", L"bc", L"", 2, L"aa"},
-        {L"abcabc", L"abc", L"xyz", 2, L"xyzxyz"},
-        {L"abc", L"", L"x", 0, L"abc"},
-        {L"", L"a", L"x", 0, L""},
-        {L"abc", L"abcd", L"x", 0, L"abc"},
-        {L"aXb", L"X", L"0123456789", 1, L"a0123456789b"},
-        {L"&<>", L"&", L"&amp;", 1, L"&amp;<>"},
-    };
-    for (const Case& c : cases)
+    for (const auto& c : cases)
     {
-        String s(c.text);
-        EXPECT_EQ(s.Replace(String(c.from), String(c.to)), c.count);
-        EXPECT_STREQ(s.Text(), c.expected);
-        EXPECT_EQ(s.Length(), wcslen(c.expected));
+        SCOPED_TRACE(&c - cases);
+        String other(c.before);
+        String shared(other);
+        c.change(shared);
+        EXPECT_STREQ(shared.Text(), c.after);
+        EXPECT_EQ(shared.Length(), wcslen(c.after));
+        EXPECT_STREQ(other.Text(), c.before);
+        EXPECT_EQ(shared.SharesRecordWith(other), String(c.before) == String(c.after));
+
+        String exclusive(c.before);
+        c.change(exclusive);
+        EXPECT_STREQ(exclusive.Text(), c.after);
     }
-    String roomy(L"aXb");
-    roomy.Reserve(64);
-    const wchar_t* before = roomy.Text();
-    roomy.Replace(String(L"X"), String(L"0123456789"));
-    EXPECT_EQ(roomy.Text(), before); // a capacity that suffices is used
 }
 
 // Random sequences of changes on two strings that now and then share, against std::u16string.
@@ -145,9 +131,11 @@ TEST(StringChangeTest, MatchesAModelUnderRandomChanges)
         {
             const std::u16string from = part.substr(0, 2);
             const std::u16string to = part.substr(part.size() / 2);
-            s.Replace(String(text(from)), String(text(to)));
-            for (std::size_t at = 0; !from.empty() && (at = model.find(from, at)) != model.npos; at += to.size())
+            int times = 0;
+            for (std::size_t at = 0; !from.empty() && (at = model.find(from, at)) != model.npos;
+                 at += to.size(), ++times)
                 model.replace(at, from.size(), to);
+            ASSERT_EQ(s.Replace(String(text(from)), String(text(to))), times) << step;
             break;
         }
         case 5:

