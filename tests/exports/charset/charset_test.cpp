@@ -4,11 +4,9 @@
 
 #include <windows.h>
 
-TEST(CharsetExportsTest, LikelyCharsetUsesTheProcessCodePage)
+TEST(CharsetExports, LikelyCharsetUsesTheProcessCodePage)
 {
     EXPECT_EQ(UtilGetLikelyCharsetFromString(L"\u03B1\u03B2"), 161u);
-    EXPECT_EQ(UtilGetLikelyCharsetFromString(L"plain"), 0u);
-    EXPECT_EQ(UtilGetLikelyCharsetFromString(nullptr), 0u);
     const UINT codePage = GetACP();
     const uint32_t ideograph = codePage == 932   ? 128
                                : codePage == 936 ? 134
@@ -18,7 +16,7 @@ TEST(CharsetExportsTest, LikelyCharsetUsesTheProcessCodePage)
     EXPECT_EQ(UtilGetLikelyCharsetFromString(L"\u4E00"), ideograph);
 }
 
-TEST(CharsetExportsTest, CasingInPlace)
+TEST(CharsetExports, CasingInPlace)
 {
     QXWCHAR text[] = L"\u00E4b\u0436Z";
     EXPECT_EQ(UtilLocaleStrupr(text), text);
@@ -29,16 +27,26 @@ TEST(CharsetExportsTest, CasingInPlace)
     EXPECT_EQ(UtilLocaleStrlwr(nullptr), nullptr);
 }
 
-TEST(CharsetExportsTest, Comparisons)
+TEST(CharsetExports, ComparisonsFollowTheLocaleAndThenTheLength)
 {
-    EXPECT_EQ(UtilLocaleStrcmp(L"a", L"B"), -1);
+    const struct
+    {
+        const QXWCHAR *a, *b;
+        uint32_t count;
+        int sensitive, ignoring;
+    } cases[] = {{L"abc", L"abd", 2, 0, 0}, {L"abc", L"abd", 3, -1, -1}, {L"ab", L"abc", 5, -1, -1},
+        {L"abc", L"ab", 5, 1, 1}, {L"a", L"B", 5, -1, -1}, /* not by code unit */ {L"abc", L"ABC", 5, -1, 0},
+        {L"", L"x", 5, -1, -1}, {L"x", L"y", 0, 0, 0}, {nullptr, L"x", 5, 0, 0}, {L"x", nullptr, 5, 0, 0},
+        {L"ab", L"abc", 0xFFFFFFFF, -1, -1}};
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(testing::PrintToString(c.a) + " " + testing::PrintToString(c.b));
+        EXPECT_EQ(UtilLocaleStrncmp(c.a, c.b, c.count), c.sensitive);
+        EXPECT_EQ(UtilLocaleStrnicmp(c.a, c.b, c.count), c.ignoring);
+    }
+    EXPECT_EQ(UtilLocaleStrcmp(L"\u00E4", L"z"), -1);
     EXPECT_NE(UtilLocaleStrcmp(L"a", L"A"), 0);
-    EXPECT_EQ(UtilLocaleStricmp(L"\u00E4", L"\u00C4"), 0);
+    EXPECT_EQ(UtilLocaleStricmp(L"\u00C4", L"\u00E4"), 0);
     EXPECT_EQ(UtilLocaleStricmp(L"b", L"A"), 1);
-    EXPECT_EQ(UtilLocaleStrcmp(nullptr, L"A"), -2);
-    EXPECT_EQ(UtilLocaleStrncmp(L"abc", L"abd", 2), 0);
-    EXPECT_EQ(UtilLocaleStrncmp(L"ab", L"abc", 5), -1);
-    EXPECT_EQ(UtilLocaleStrncmp(L"abc", L"ab", 5), 1);
-    EXPECT_EQ(UtilLocaleStrnicmp(L"ABX", L"aby", 2), 0);
-    EXPECT_NE(UtilLocaleStrncmp(L"ABX", L"aby", 2), 0);
+    EXPECT_EQ(UtilLocaleStrcmp(nullptr, L"z"), -2);
 }

@@ -1,13 +1,11 @@
 #include "core/charset_conversion.h"
 
 #include "core/module.h"
-#include "core/string.h"
 
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
-#include <array>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -60,55 +58,35 @@ TEST(CharsetConversion, TextsBelow64CharactersLiveInline)
         EXPECT_STREQ(fromNarrow.GetWide(), wide.data());
         EXPECT_EQ(IsInside(fromNarrow, fromNarrow.GetWide()), isInline && length != 0);
     }
-}
-
-TEST(CharsetConversion, TheConvertedLengthDecidesAboutThePlace)
-{
+    // The converted length decides about the place.
     std::string bytes;
     for (int i = 0; i < 63; ++i)
-    {
         bytes += "\xC3\xA4";
-    }
     clsCharsetConversionStringCP text(CP_UTF8, bytes.c_str());
     EXPECT_TRUE(IsInside(text, text.GetWide()));
     EXPECT_EQ(wcslen(text.GetWide()), 63U);
     EXPECT_EQ(text.GetWide()[62], 0xE4);
-
     clsCharsetConversionStringCP back(CP_UTF8, text.GetWide());
     EXPECT_FALSE(IsInside(back, back.GetNarrow()));
     EXPECT_EQ(back.GetNarrow(), bytes);
 }
 
-TEST(CharsetConversion, CodePages)
+TEST(CharsetConversion, CodePagesAndNull)
 {
-    clsCharsetConversionStringCP latin(1252, "\x80\xE4");
-    EXPECT_STREQ(latin.GetWide(), L"\u20AC\u00E4");
-    clsCharsetConversionStringCP cyrillic(1251, L"\u0416");
-    EXPECT_STREQ(cyrillic.GetNarrow(), "\xC6");
-    clsCharsetConversionStringCP japanese(932, L"\u30A2\u4E00");
-    EXPECT_STREQ(japanese.GetNarrow(), "\x83\x41\x88\xEA");
-
-    clsCharsetConversionStringCP widened(clsCharsetConversionString::kNoCodePage, "a\x80\xFF");
-    EXPECT_STREQ(widened.GetWide(), L"a\u0080\u00FF");
-    clsCharsetConversionStringCP noPage(clsCharsetConversionString::kNoCodePage, L"abc");
-    EXPECT_STREQ(noPage.GetNarrow(), "");
-
-    clsCharsetConversionString ansi(L"\u00E4");
-    clsCharsetConversionStringCP same(DefaultCodePage(), L"\u00E4");
-    EXPECT_STREQ(ansi.GetNarrow(), same.GetNarrow());
-}
-
-TEST(CharsetConversion, NullIsTheEmptyText)
-{
-    clsCharsetConversionString wide(static_cast<const wchar_t*>(nullptr));
-    EXPECT_STREQ(wide.GetWide(), L"");
-    EXPECT_STREQ(wide.GetNarrow(), "");
-    clsCharsetConversionString narrow(static_cast<const char*>(nullptr));
-    EXPECT_STREQ(narrow.GetWide(), L"");
-    EXPECT_STREQ(narrow.GetNarrow(), "");
-    clsCharsetConversionStringCP none(CP_UTF8);
-    EXPECT_STREQ(none.GetWide(), L"");
-    EXPECT_STREQ(none.GetNarrow(), "");
+    EXPECT_STREQ(clsCharsetConversionStringCP(1252, "\x80\xE4").GetWide(), L"\u20AC\u00E4");
+    EXPECT_STREQ(clsCharsetConversionStringCP(932, L"\u30A2\u4E00").GetNarrow(), "\x83\x41\x88\xEA");
+    constexpr auto none = clsCharsetConversionString::kNoCodePage;
+    EXPECT_STREQ(clsCharsetConversionStringCP(none, "a\x80\xFF").GetWide(), L"a\u0080\u00FF");
+    EXPECT_STREQ(clsCharsetConversionStringCP(none, L"abc").GetNarrow(), "");
+    clsCharsetConversionString ansi(L"\u00E4"), wide(static_cast<const wchar_t*>(nullptr)),
+        narrow(static_cast<const char*>(nullptr));
+    EXPECT_STREQ(ansi.GetNarrow(), clsCharsetConversionStringCP(DefaultCodePage(), L"\u00E4").GetNarrow());
+    clsCharsetConversionStringCP empty(CP_UTF8);
+    for (clsCharsetConversionString* text : {&wide, &narrow, static_cast<clsCharsetConversionString*>(&empty)})
+    {
+        EXPECT_STREQ(text->GetWide(), L"");
+        EXPECT_STREQ(text->GetNarrow(), "");
+    }
 }
 
 TEST(CharsetConversion, SetNarrowStartsAnewInTheSameCodePage)
@@ -116,8 +94,7 @@ TEST(CharsetConversion, SetNarrowStartsAnewInTheSameCodePage)
     clsCharsetConversionStringCP line(CP_UTF8);
     line.SetNarrow("\xC3\xA4");
     EXPECT_STREQ(line.GetWide(), L"\u00E4");
-    const std::string longText(500, 'y');
-    line.SetNarrow(longText.c_str());
+    line.SetNarrow(std::string(500, 'y').c_str());
     EXPECT_EQ(wcslen(line.GetWide()), 500U);
     line.SetNarrow("\xE2\x82\xAC");
     EXPECT_STREQ(line.GetWide(), L"\u20AC");
@@ -127,29 +104,19 @@ TEST(CharsetConversion, SetNarrowStartsAnewInTheSameCodePage)
 
 TEST(CharsetConversion, OutputFormDeliversCutAndTerminated)
 {
-    Destination destination(5);
-    strcpy(destination.bytes.data(), "old");
+    // What is longer than the buffer is cut, also if only the code page makes it so.
+    for (const wchar_t* given : {L"1234", L"12345"})
     {
-        clsCharsetConversionString output(destination.bytes.data(), 5);
-        EXPECT_STREQ(output.GetWide(), L"old");
-        wcscpy(output.WideBuffer(), L"1234");
+        Destination destination(5);
+        strcpy(destination.bytes.data(), "old");
+        {
+            clsCharsetConversionString output(destination.bytes.data(), 5);
+            EXPECT_STREQ(output.GetWide(), L"old");
+            wcscpy(output.WideBuffer(), given);
+        }
+        EXPECT_STREQ(destination.bytes.c_str(), "1234");
+        EXPECT_TRUE(destination.IsUntouchedFrom(5));
     }
-    EXPECT_STREQ(destination.bytes.c_str(), "1234");
-    EXPECT_TRUE(destination.IsUntouchedFrom(5));
-
-    // What the code page makes longer than the buffer is cut.
-    Destination small(5);
-    {
-        clsCharsetConversionStringCP unused(CP_UTF8);
-        clsCharsetConversionString output(small.bytes.data(), 5);
-        wcscpy(output.WideBuffer(), L"12345");
-    }
-    EXPECT_STREQ(small.bytes.c_str(), "1234");
-    EXPECT_TRUE(small.IsUntouchedFrom(5));
-}
-
-TEST(CharsetConversion, OutputFormAtTheEdgesOfItsBuffers)
-{
     for (const uint32_t capacity : {1U, 2U, 63U, 64U, 65U, 66U, 1000U})
     {
         SCOPED_TRACE(capacity);
@@ -163,16 +130,10 @@ TEST(CharsetConversion, OutputFormAtTheEdgesOfItsBuffers)
         EXPECT_EQ(strlen(destination.bytes.c_str()), capacity - 1);
         EXPECT_TRUE(destination.IsUntouchedFrom(capacity));
     }
-
     Destination untouched(0);
-    {
-        clsCharsetConversionString output(untouched.bytes.data(), 0);
-        EXPECT_STREQ(output.GetWide(), L"");
-    }
+    EXPECT_STREQ(clsCharsetConversionString(untouched.bytes.data(), 0).GetWide(), L"");
     EXPECT_TRUE(untouched.IsUntouchedFrom(0));
-
-    clsCharsetConversionString nowhere(static_cast<char*>(nullptr), 10);
-    EXPECT_STREQ(nowhere.GetWide(), L"");
+    EXPECT_STREQ(clsCharsetConversionString(static_cast<char*>(nullptr), 10).GetWide(), L"");
 }
 
 TEST(CharsetConversion, SetNarrowDeliversFirst)
@@ -190,14 +151,12 @@ TEST(CharsetConversion, SetNarrowDeliversFirst)
 
 TEST(CharsetConversion, WideOutputForm)
 {
-    std::array<wchar_t, 8> destination;
-    destination.fill(L'#');
-    wcscpy(destination.data(), L"ab");
+    wchar_t destination[8] = L"ab\0####";
     {
-        clsCharsetConversionString output(destination.data(), 5);
+        clsCharsetConversionString output(destination, 5);
         EXPECT_STREQ(output.GetNarrow(), "ab");
         strcpy(output.NarrowBuffer(), "12345");
     }
-    EXPECT_STREQ(destination.data(), L"1234");
+    EXPECT_STREQ(destination, L"1234");
     EXPECT_EQ(destination[5], L'#');
 }

@@ -1,11 +1,10 @@
 #include "core/registry.h"
 
+#include "core/exception.h"
 #include "support/debug_lines.h"
 #include "support/developer_run.h"
 
 #include <gtest/gtest.h>
-
-#include <vector>
 
 using namespace qx;
 using qxtest::DebugLines;
@@ -27,9 +26,7 @@ protected:
     {
         RegCloseKey(_key);
         for (const wchar_t* below : {L"\\made\\deep", L"\\made", L""})
-        {
             RegDeleteKeyW(HKEY_CURRENT_USER, (_name + below).Text());
-        }
     }
 
     void SetBytes(const wchar_t* name, DWORD type, const void* bytes, size_t count)
@@ -48,36 +45,23 @@ protected:
 
 } // namespace
 
-TEST_F(Registry, TextsOfAnyLength)
+TEST_F(Registry, TextsOfAnyLengthWithAndWithoutATerminator)
 {
     clsRegistryList list(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::Read);
     ASSERT_EQ(list.LastResult(), 0);
     // 255 characters and the terminator fill the first buffer of 512 bytes.
-    for (const size_t length : {0U, 1U, 254U, 255U, 256U, 257U, 5000U})
-    {
-        SCOPED_TRACE(length);
-        String text;
-        text.Fill(L'x', length);
-        SetText(L"value", text);
-        String read(L"before");
-        EXPECT_EQ(list.GetString(L"value", read, L"default"), 0);
-        EXPECT_STREQ(read.Text(), text.Text());
-        EXPECT_EQ(list.LastResult(), 0);
-    }
-}
-
-TEST_F(Registry, StoredTextsMayLackTheirTerminator)
-{
-    clsRegistryList list(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::Read);
-    String full;
-    full.Fill(L'y', 256);
+    for (const size_t length : {0U, 1U, 255U, 256U, 257U, 5000U})
+        for (const size_t terminator : {0U, 1U})
+        {
+            SCOPED_TRACE(length);
+            String text, read(L"before");
+            text.Fill(L'x', length);
+            SetBytes(L"value", REG_SZ, text.Text(), (length + terminator) * sizeof(wchar_t));
+            EXPECT_EQ(list.GetString(L"value", read, L"default"), 0);
+            EXPECT_STREQ(read.Text(), text.Text());
+            EXPECT_EQ(list.LastResult(), 0);
+        }
     String read;
-    SetBytes(L"short", REG_SZ, L"abc", 3 * sizeof(wchar_t));
-    EXPECT_EQ(list.GetString(L"short", read, L""), 0);
-    EXPECT_STREQ(read.Text(), L"abc");
-    SetBytes(L"full", REG_SZ, full.Text(), 512);
-    EXPECT_EQ(list.GetString(L"full", read, L""), 0);
-    EXPECT_STREQ(read.Text(), full.Text());
     SetBytes(L"two", REG_EXPAND_SZ, L"a\0b", 4 * sizeof(wchar_t));
     EXPECT_EQ(list.GetString(L"two", read, L""), 0);
     EXPECT_STREQ(read.Text(), L"a");
@@ -86,42 +70,39 @@ TEST_F(Registry, StoredTextsMayLackTheirTerminator)
 TEST_F(Registry, DefaultsStandForWhatCannotBeRead)
 {
     clsRegistryList list(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::Read);
-    String read(L"before");
-    EXPECT_EQ(list.GetString(L"missing", read, L"default"), -6);
-    EXPECT_STREQ(read.Text(), L"default");
-    EXPECT_EQ(list.LastResult(), -6);
-    const DWORD number = 7;
-    SetBytes(L"number", REG_DWORD, &number, sizeof number);
-    EXPECT_EQ(list.GetString(L"number", read, L"other"), -6);
-    EXPECT_STREQ(read.Text(), L"other");
-
     clsRegistryList missing(HKEY_CURRENT_USER, L"Software\\qxut-test-missing", clsRegistryList::Read);
     EXPECT_EQ(missing.LastResult(), -2);
-    EXPECT_EQ(missing.GetString(L"value", read, L"third"), -5);
-    EXPECT_STREQ(read.Text(), L"third");
-    bool flag = false;
-    EXPECT_EQ(missing.GetBool(L"value", flag, true), -1);
-    EXPECT_TRUE(flag);
+    const DWORD number = 7;
+    SetBytes(L"number", REG_DWORD, &number, sizeof number);
+    const struct
+    {
+        clsRegistryList& list;
+        const wchar_t* name;
+        int result;
+    } cases[] = {{list, L"missing", -6}, {list, L"number", -6}, {missing, L"number", -5}};
+    for (const auto& c : cases)
+    {
+        String read(L"before");
+        EXPECT_EQ(c.list.GetString(c.name, read, L"default"), c.result);
+        EXPECT_EQ(c.list.LastResult(), c.result);
+        EXPECT_STREQ(read.Text(), L"default");
+        bool flag = false;
+        EXPECT_EQ(c.list.GetBool(c.name, flag, true), -1);
+        EXPECT_TRUE(flag);
+    }
 }
 
 TEST_F(Registry, BoolsAreUpperCaseT)
 {
     clsRegistryList list(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::Read);
-    const struct
+    for (const auto& [text, value] :
+        {std::pair<const wchar_t*, bool>{L"True", true}, {L"t", false}, {L"F", false}, {L"", false}})
     {
-        const wchar_t* text;
-        bool value;
-    } cases[] = {{L"T", true}, {L"True", true}, {L"t", false}, {L"F", false}, {L"1", false}, {L"", false}};
-    for (const auto& c : cases)
-    {
-        SetText(L"flag", c.text);
-        bool flag = !c.value;
-        EXPECT_EQ(list.GetBool(L"flag", flag, !c.value), 0);
-        EXPECT_EQ(flag, c.value) << String(c.text).NarrowText();
+        SetText(L"flag", text);
+        bool flag = !value;
+        EXPECT_EQ(list.GetBool(L"flag", flag, !value), 0);
+        EXPECT_EQ(flag, value) << String(text).NarrowText();
     }
-    bool flag = false;
-    EXPECT_EQ(list.GetBool(L"missing", flag, true), -1);
-    EXPECT_TRUE(flag);
 }
 
 TEST_F(Registry, CreatingModeMakesTheKey)
@@ -197,4 +178,22 @@ TEST_F(Registry, UsersRootFollowsTheMachineSetting)
     EXPECT_NE(UtilGetUserRootKey(true), HKEY_CURRENT_USER); // asked once
     ForgetUserRootKey();
     EXPECT_EQ(UtilGetUserRootKey(true), HKEY_CURRENT_USER);
+}
+
+TEST(Exception, MessagesAreInsertedLoggedAndStacked)
+{
+    const DebugLines lines;
+    clsException error(L"line %1!d!: %2 expected", 12, L"')'");
+    error.Push(L"while reading %1", L"'x'");
+    const clsException copy(error);
+
+    ASSERT_EQ(copy.Errors().Count(), 2U);
+    EXPECT_STREQ(copy.Errors().First()->Text(), L"while reading 'x'");
+    EXPECT_STREQ(copy.Errors().Last()->Text(), L"line 12: ')' expected");
+    const auto logged = lines.Entries();
+    ASSERT_EQ(logged.size(), 2U); // a copy logs nothing
+    EXPECT_STREQ(logged[0].text.Text(), L"EXCEPTION(line 12: ')' expected)");
+    EXPECT_STREQ(logged[1].text.Text(), L"EXCEPTION(while reading 'x')");
+    EXPECT_TRUE(clsException(nullptr).Errors().IsEmpty());
+    EXPECT_EQ(lines.Count(), 2U);
 }

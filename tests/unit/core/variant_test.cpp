@@ -17,41 +17,22 @@ using namespace qxtest;
 TEST(Variant, Equality)
 {
     const double notANumber = std::numeric_limits<double>::quiet_NaN();
-    struct Case
+    const struct
     {
-        Value a;
-        Value b;
+        Value a, b;
         bool areEqual;
-    };
-    const Case CASES[] = {
-        {Value(), Value(), true},
-        {Value(VT_NULL), Value(VT_NULL), true},
-        {Value(), Value(VT_NULL), false},
-        {Value(), I4(0), false},
-        {Value(), Text(L""), false}, // though the system has it so
-        {I4(1), R8(1), true},
-        {I4(1), Value(VT_UI8, 1), true},
-        {Value(VT_I1, -1), Value(VT_I8, -1), true},
-        {Value(VT_I1, -1), Value(VT_UI1, 0xff), false},
-        {SmallDecimal(15, 1), Value(VT_CY, 15000), true},
-        {SmallDecimal(15, 1), SmallDecimal(150, 2), true},
-        {Value(VT_CY, 15000), Value(VT_CY, 15001), false},
-        {R4(0.1f), R8(0.1), false},
-        {R8(notANumber), R8(notANumber), false},
-        {R8(notANumber), I4(0), false},
-        {Value(VT_BOOL, 0xffff), Value(VT_BOOL, 1), false},
-        {Value(VT_BOOL, 0xffff), I4(-1), true}, // by the system
-        {Date(1.5), R8(1.5), true},
-        {Date(1.5), Date(1.25), false},
-        {Text(L"a"), Text(L"a"), true},
-        {Text(L"a"), Text(L"A"), false},
-        {Text(L"co-op"), Text(L"coop"), false},
-        {Text(L""), Value(VT_BSTR), true},
-        {Text(L"1"), I4(1), false},
-        {Value(VT_ERROR, 5), Value(VT_ERROR, 5), true},
-        {Value(VT_ERROR, 5), Value(VT_ERROR, 6), false},
-    };
-    for (const Case& row : CASES)
+    } cases[] = {{Value(), Value(), true}, {Value(VT_NULL), Value(VT_NULL), true}, {Value(), Value(VT_NULL), false},
+        {Value(), I4(0), false}, {Value(), Text(L""), false}, // though the system has it so
+        {I4(1), R8(1), true}, {Value(VT_I1, -1), Value(VT_I8, -1), true},
+        {Value(VT_I1, -1), Value(VT_UI1, 0xff), false}, {SmallDecimal(15, 1), Value(VT_CY, 15000), true},
+        {SmallDecimal(15, 1), SmallDecimal(150, 2), true}, {Value(VT_CY, 15000), Value(VT_CY, 15001), false},
+        {R4(0.1f), R8(0.1), false}, {R8(notANumber), R8(notANumber), false}, {R8(notANumber), I4(0), false},
+        {Value(VT_BOOL, 0xffff), Value(VT_BOOL, 1), false}, {Value(VT_BOOL, 0xffff), I4(-1), true}, // by the system
+        {Date(1.5), R8(1.5), true}, {Date(1.5), Date(1.25), false}, {Text(L"a"), Text(L"a"), true},
+        {Text(L"a"), Text(L"A"), false}, {Text(L"co-op"), Text(L"coop"), false}, {Text(L""), Value(VT_BSTR), true},
+        {Text(L"1"), I4(1), false}, {Value(VT_ERROR, 5), Value(VT_ERROR, 5), true},
+        {Value(VT_ERROR, 5), Value(VT_ERROR, 6), false}};
+    for (const auto& row : cases)
     {
         const std::string names = std::to_string(row.a.vt) + ' ' + Readable(row.a) + " and " +
                                   std::to_string(row.b.vt) + ' ' + Readable(row.b);
@@ -87,28 +68,17 @@ TEST(Variant, TextAndNumber)
     reference.pllVal = &large;
     Value withZero(VT_BSTR);
     withZero.bstrVal = SysAllocStringLen(L"1\0x", 3);
-    struct Case
+    const struct
     {
         Value value;
         const char* text;
         double number;
-    };
-    const Case CASES[] = {
-        {Value(), "", 0},
-        {Value(VT_NULL), "", 0},
-        {Text(L" 12 "), " 12 ", 12},
-        {Text(L"abc"), "abc", 0},
-        {withZero, "1<0>x", 1},
-        {Value(VT_BSTR), "", 0},
-        {Value(VT_I8, -5'000'000'000), "-5000000000", -5e9},
-        {Value(VT_UI8, -1), "18446744073709551615", 18446744073709551616.0},
-        {reference, "5000000000", 5e9},
-        {R8(2.5), "2.5", 2.5},
-        {Value(VT_BOOL, 0xffff), "-1", -1},
-        {Value(VT_CY, 12345), "1.2345", 1.2345},
-        {Value(VT_ERROR, 5), "", 0},
-    };
-    for (const Case& row : CASES)
+    } cases[] = {{Value(), "", 0}, {Text(L" 12 "), " 12 ", 12}, {Text(L"abc"), "abc", 0}, {withZero, "1<0>x", 1},
+        {Value(VT_BSTR), "", 0}, {Value(VT_I8, -5'000'000'000), "-5000000000", -5e9},
+        {Value(VT_UI8, -1), "18446744073709551615", 18446744073709551616.0}, {reference, "5000000000", 5e9},
+        {R8(2.5), "2.5", 2.5}, {Value(VT_BOOL, 0xffff), "-1", -1}, {Value(VT_CY, 12345), "1.2345", 1.2345},
+        {Value(VT_ERROR, 5), "", 0}};
+    for (const auto& row : cases)
     {
         EXPECT_EQ(ReadableText(ToString(clsVariant(row.value)).View()), row.text) << row.value.vt;
         EXPECT_EQ(ToDouble(clsVariant(row.value)), row.number) << row.value.vt;
