@@ -249,13 +249,13 @@ bool clsThreadedJobDispatcher::RunOwnJob()
     return true;
 }
 
-// For the case that there is not one worker: without this the driving thread would wait for ever.
+// For the case that no worker comes for a job: without this the driving thread would wait for ever.
 bool clsThreadedJobDispatcher::RunQueuedJob()
 {
     clsUTThreadedJob* job = nullptr;
     {
         const clsCriticalSectionLock lock(_lock);
-        if (HasNoWorkers())
+        if (MayLackWorkers())
             job = MoveFirstToRunning();
     }
     if (!job)

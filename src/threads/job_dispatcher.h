@@ -48,8 +48,8 @@ public:
     void Close();
 
 protected:
-    // Whether jobs that are queued will never be run by a worker.
-    virtual bool HasNoWorkers() const = 0;
+    // Whether jobs that are queued may never be run by a worker.
+    virtual bool MayLackWorkers() const = 0;
 
     // Both with the lock held.
     void MoveRunning(const clsUTThreadedJob& job, ThreadedJobs& target);

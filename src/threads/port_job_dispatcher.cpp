@@ -11,9 +11,6 @@ namespace
 
 constexpr DWORD packetBytes = 8;
 
-// Those of the process, alive.
-std::atomic<int> dispatchers = 0;
-
 long long CounterNow()
 {
     LARGE_INTEGER now;
@@ -22,6 +19,8 @@ long long CounterNow()
 }
 
 } // namespace
+
+std::atomic<int> DispatcherNumber::alive = 0;
 
 clsThreadedJobProcessorUsingIoCompletionPort::clsThreadedJobProcessorUsingIoCompletionPort(
     clsThreadedJobDispatcherUsingIoCompletionPort& dispatcher, const wchar_t* name)
@@ -52,8 +51,7 @@ unsigned clsThreadedJobProcessorUsingIoCompletionPort::ThreadProc()
 // Without a port there are no workers, and the thread that finalizes or closes runs the jobs itself.
 clsThreadedJobDispatcherUsingIoCompletionPort::clsThreadedJobDispatcherUsingIoCompletionPort(
     unsigned maximumWorkers, const wchar_t* name)
-    : clsThreadedJobDispatcher(
-          qx::MaximumWorkers(maximumWorkers, maximumWorkers == 0 ? ProcessorCount() : 0, ++dispatchers)),
+    : clsThreadedJobDispatcher(qx::MaximumWorkers(maximumWorkers, maximumWorkers == 0 ? ProcessorCount() : 0, number)),
       _name(name),
       _port(CreateIoCompletionPort(INVALID_HANDLE_VALUE, nullptr, 0, _maximumWorkers), true)
 {
@@ -67,7 +65,6 @@ clsThreadedJobDispatcherUsingIoCompletionPort::~clsThreadedJobDispatcherUsingIoC
         PostQueuedCompletionStatus(_port.Get(), 0, 0, nullptr);
     _workers.Clear();
     _port.Release();
-    --dispatchers;
 }
 
 void clsThreadedJobDispatcherUsingIoCompletionPort::AddJob(std::unique_ptr<clsUTThreadedJob> job)
@@ -89,7 +86,11 @@ void clsThreadedJobDispatcherUsingIoCompletionPort::AddJob(std::unique_ptr<clsUT
             _jobEvent.Set(); // whoever waits for jobs may run this one
         }
     }
-    PostQueuedCompletionStatus(_port.Get(), packetBytes, 0, reinterpret_cast<OVERLAPPED*>(address));
+    if (!PostQueuedCompletionStatus(_port.Get(), packetBytes, 0, reinterpret_cast<OVERLAPPED*>(address)))
+    {
+        _lacksPackets = true;
+        _jobEvent.Set();
+    }
 }
 
 // One that can't be started is not missed: the next job tries again.

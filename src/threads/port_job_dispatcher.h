@@ -26,10 +26,26 @@ private:
     clsThreadedJobDispatcherUsingIoCompletionPort& _dispatcher;
 };
 
+// How many dispatchers of the process are alive, with this one. A base, so that one which can't be made whole counts no
+// longer than that.
+struct DispatcherNumber
+{
+    DispatcherNumber() : number(++alive) {}
+    DispatcherNumber(const DispatcherNumber&) = delete;
+    DispatcherNumber& operator=(const DispatcherNumber&) = delete;
+    ~DispatcherNumber() { --alive; }
+
+    const int number;
+
+private:
+    static std::atomic<int> alive;
+};
+
 // A packet at the port is leave for one worker to take one job, the first that is queued. It bears the address of a
 // job, which nobody looks at: the job may be gone by then, or be one for the caller. There are never fewer packets than
-// queued jobs, so each job finds its worker; a packet that finds no job is passed over.
-class clsThreadedJobDispatcherUsingIoCompletionPort final : public clsThreadedJobDispatcher
+// queued jobs, so each job finds its worker; a packet that finds no job is passed over. Should a packet not have been
+// posted, the thread that finalizes or closes helps.
+class clsThreadedJobDispatcherUsingIoCompletionPort final : private DispatcherNumber, public clsThreadedJobDispatcher
 {
 public:
     // 0 for as many workers as the process has processors for.
@@ -48,7 +64,7 @@ public:
     std::size_t WorkerCount() const;
 
 protected:
-    bool HasNoWorkers() const override { return _activeWorkers == 0; }
+    bool MayLackWorkers() const override { return _activeWorkers == 0 || _lacksPackets; }
 
 private:
     friend class clsThreadedJobProcessorUsingIoCompletionPort;
@@ -61,6 +77,7 @@ private:
     WCValSList<std::unique_ptr<clsThreadedJobProcessorUsingIoCompletionPort>> _workers;
     std::atomic<int> _activeWorkers = 0; // not yet at their end
     std::atomic<bool> _isClosing = false;
+    std::atomic<bool> _lacksPackets = false; // one couldn't be posted, so a job may stay queued
     clsGenericHandleObjectAutoRelease _port;
 };
 

@@ -4,6 +4,8 @@
 #include "base/handle_table.h"
 #include "pool/waitable_queue.h"
 
+#include <new>
+
 using namespace qxplatform;
 
 namespace
@@ -79,6 +81,13 @@ BOOL WINAPI PostQueuedCompletionStatus(
     const Ref<PortObject> port = LookUp<PortObject>(CompletionPort, IO_COMPLETION_MODIFY_STATE);
     if (!port)
         return FALSE;
-    port->PutAndWake({dwNumberOfBytesTransferred, dwCompletionKey, lpOverlapped});
+    try
+    {
+        port->PutAndWake({dwNumberOfBytesTransferred, dwCompletionKey, lpOverlapped});
+    }
+    catch (const std::bad_alloc&)
+    {
+        return Fail(ERROR_NOT_ENOUGH_MEMORY);
+    }
     return TRUE;
 }

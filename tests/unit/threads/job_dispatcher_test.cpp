@@ -261,7 +261,7 @@ TEST_F(JobDispatcher, WithoutWorkersTheCallerRunsTheJobs)
         clsUTThreadedJob* GetNextJob() override { return nullptr; }
 
     protected:
-        bool HasNoWorkers() const override { return true; }
+        bool MayLackWorkers() const override { return true; }
     } pool;
     for (int i = 0; i < 3; ++i)
         pool.AddJob(MakeJob(new TestJob(counts), nullptr));
