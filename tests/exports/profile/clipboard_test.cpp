@@ -3,28 +3,24 @@
 #include "support/peer_process.h"
 
 #include <gtest/gtest.h>
-#include <windows.h>
 
 using namespace profiletest;
 
 namespace
 {
 
-constexpr char kText[] = "something to read";
-
 // Nothing on it but a text.
 void PrepareClipboard()
 {
-    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, sizeof kText);
-    std::copy_n(kText, sizeof kText, static_cast<char*>(GlobalLock(block)));
-    GlobalUnlock(block);
+    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, 8);
     ASSERT_TRUE(OpenClipboard(nullptr));
     ASSERT_TRUE(EmptyClipboard());
     EXPECT_NE(SetClipboardData(CF_TEXT, block), nullptr);
     ASSERT_TRUE(CloseClipboard());
 }
 
-std::string BlockOf(UINT format)
+// The system may round a block up.
+std::string BlockOf(UINT format, size_t size)
 {
     EXPECT_TRUE(OpenClipboard(nullptr));
     const HANDLE block = GetClipboardData(format);
@@ -33,7 +29,7 @@ std::string BlockOf(UINT format)
         bytes.assign(static_cast<const char*>(GlobalLock(block)), GlobalSize(block));
     GlobalUnlock(block);
     CloseClipboard();
-    return bytes;
+    return bytes.substr(0, size);
 }
 
 } // namespace
@@ -51,10 +47,9 @@ TEST(ProfileClipboard, HoldsTheImageAndANotice)
     EXPECT_EQ(ProfSaveToClipboard(job, nullptr, PROF_SAVE_PACKED), PROF_OK) << "never packed";
     EXPECT_EQ(ProfIsClipboardDataAvailable(), 1);
     EXPECT_EQ(Tree(Job(ProfJobOpenClipboard(nullptr))), "[l]{a=1;}");
-    // The system may round a block up.
     const std::string image = Utf16File(L"[/]\r\n {\r\n [l]\r\n  {\r\n  a=1\r\n  }\r\n }\r\n") + '\0';
-    EXPECT_EQ(BlockOf(RegisterClipboardFormatW(L"QvxProfCBFormat")).substr(0, image.size()), image);
-    EXPECT_EQ(BlockOf(CF_TEXT).substr(0, 20), std::string("PROF data available\0", 20));
+    EXPECT_EQ(BlockOf(RegisterClipboardFormatW(L"QvxProfCBFormat"), image.size()), image);
+    EXPECT_EQ(BlockOf(CF_TEXT, 20), std::string("PROF data available\0", 20));
     EXPECT_EQ(ProfSaveToClipboard(nullptr, nullptr, 0), PROF_OK);
 
     ProfEmptyList(job, nullptr);
@@ -80,7 +75,6 @@ TEST(ProfileClipboard, AnotherProcessPastes)
 #ifndef _WIN32
 TEST(ProfileClipboard, ThatSomeoneElseHasIsNeitherReadNorWritten)
 {
-    const TempFolder folder;
     PrepareClipboard();
     ASSERT_TRUE(OpenClipboard(nullptr));
     qxtest::PeerProcess peer(L"profile_peer", qx::String(L"paste unused"));

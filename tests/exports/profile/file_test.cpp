@@ -28,15 +28,12 @@ std::string LoadedText(const TempFolder& folder, std::wstring_view text)
 TEST(ProfileOpen, ErrorsTellWhatWentWrong)
 {
     const TempFolder folder;
-    EXPECT_EQ(Job(folder.Path("missing")).Error(), PROF_ERR_CANNOT_READ);
-    EXPECT_EQ(Job(folder.Path("no folder/missing")).Error(), PROF_ERR_CANNOT_READ);
-    EXPECT_EQ(Job(folder.Path("refused.")).Error(), PROF_ERR_CANNOT_READ);
-    EXPECT_EQ(Job(folder.Path("NUL")).Error(), PROF_ERR_CANNOT_READ);
+    for (const char* name : {"missing", "no folder/missing", "refused.", "NUL"})
+        EXPECT_EQ(Job(folder.Path(name)).Error(), PROF_ERR_CANNOT_READ) << name;
     EXPECT_EQ(Job("").Error(), PROF_ERR_CANNOT_READ);
     EXPECT_EQ(Job::Exclusive(folder.Path("no folder/missing")).Error(), PROF_ERR_CANNOT_WRITE);
 
     EXPECT_EQ(Job::Exclusive(folder.Path("new")).Error(), PROF_OK) << "it is made";
-    EXPECT_TRUE(std::filesystem::exists(folder.Path("new")));
     EXPECT_EQ(Job(folder.Path("new")).Error(), PROF_OK) << "nothing is a profile";
 }
 
@@ -46,15 +43,11 @@ TEST(ProfileOpen, FilesOfFewBytes)
     const std::pair<std::string, const char*> cases[] = {
         {"", ""},
         {"[", "error -10 "},
-        {"[/", "error -10 "},
         {"[/]", "error -10 "},
-        {"\xFF\xFE", "error -10 "},
         {"[/]\n", ""},
         {"a=b\n", ""},
-        {"[a]\n", ""},
         {std::string("\xFF\xFE#\0!", 5), ""}, // half a character
         {std::string(4, '\0'), ""},
-        {"\r\n\r\n", ""},
     };
     for (const auto& [bytes, tree] : cases)
         EXPECT_EQ(Loaded(folder, bytes), tree) << testing::PrintToString(bytes);
@@ -64,7 +57,6 @@ TEST(ProfileRead, LinesOfTheTextForm)
 {
     const TempFolder folder;
     const std::pair<std::wstring_view, const char*> cases[] = {
-        {L"[/]\r\n {\r\n a=1\r\n [l]\r\n  {\r\n  b=2\r\n  }\r\n c=3\r\n }\r\n", "a=1;[l]{b=2;}c=3;"},
         {L"[/]\na\n=1\nb=\n=\nb=c=d\n", "a=;=1;b=;=;b=c=d;"},
         {L"[/]\n\t a b =  c \t\n", "a b =  c \t;"}, // leading white space only goes
         {L"[/]\r\r\r\n\n a=1\r b=2\n\n\n   \n\t\nc=3", "a=1;b=2;c=3;"}, {L"[/]\n#a=1\n;b=2\n{c=3\n  # d\n", ""},
@@ -103,11 +95,8 @@ TEST(ProfileRead, Encodings)
     const std::string padding = "\r\n# " + std::string(200, '.') + "\r\n";
     EXPECT_EQ(LoadedText(folder, L"[/]\r\n\u00E4\u00F6=\u00FC\r\n"), umlauts + ";");
     EXPECT_EQ(Loaded(folder, "\xEF\xBB\xBF[/]\r\n" + umlauts + "\r\n"), umlauts + ";");
-    EXPECT_EQ(Loaded(folder, "\xEF\xBB\xBF[section]\r\n" + umlauts), umlauts + ";");
     EXPECT_EQ(Loaded(folder, "[/]" + padding + umlauts), umlauts + ";") << "201 bytes and more are recognised";
     EXPECT_EQ(Loaded(folder, Utf16File(L"[/]\r\na=1\r\n").substr(2)), "a=1;") << "by its zeros";
-    EXPECT_EQ(Loaded(folder, Utf16File(L"[/]\r\na=1\r\n", true)), "") << "the other order is read as it is";
-    EXPECT_EQ(Loaded(folder, "[/]\na=1\n[l]\nb=2\n"), "a=1;[l]{b=2;}");
 
     // Of 8-bit text in no UTF-8 the reader makes what the process's code page makes.
     const Job job;
@@ -128,12 +117,11 @@ TEST(ProfileRead, SourcesThatAreNoProfile)
         Loaded(folder, head + noise);
 
     const std::string whole = Utf16File(L"[/]\r\n {\r\n a=1\r\n [l]\r\n  {\r\n  b=2\r\n  }\r\n }\r\n");
-    const Job reference(folder.Make("whole", whole));
     for (size_t size = 4; size < whole.size(); ++size)
     {
         const Job job(folder.Make("cut", std::string_view(whole).substr(0, size)));
         EXPECT_EQ(job.Error(), PROF_OK) << size;
-        EXPECT_EQ(ProfSaveW(job, Wide(folder.Path("cut")), PROF_FORM_TEXT), PROF_OK) << size;
+        EXPECT_EQ(job.Save(folder.Path("cut")), PROF_OK) << size;
     }
 }
 
@@ -148,33 +136,13 @@ TEST(ProfileWrite, EveryByteOfTheTextForm)
     ProfSetStringW(job, nullptr, L"\x01", L"");
     const std::string path = folder.Path("written");
     EXPECT_EQ(job.Save(path), PROF_OK);
-    EXPECT_EQ(BytesOf(path), Utf16File(L"[/]\r\n"
-                                       L" {\r\n"
-                                       L" Title=Report\r\n"
-                                       L" [Page]\r\n"
-                                       L"  {\r\n"
-                                       L"  Size=(210,297)\r\n"
-                                       L"  }\r\n"
-                                       L" [1]\r\n"
-                                       L"  {\r\n"
-                                       L"  [2]\r\n"
-                                       L"   {\r\n"
-                                       L"   [3]\r\n"
-                                       L"\t{\r\n"
-                                       L"\t[4]\r\n"
-                                       L"\t {\r\n"
-                                       L"\t [5]\r\n"
-                                       L"\t  {\r\n"
-                                       L"\t  }\r\n"
-                                       L"\t a\x2338"
-                                       L"b\x301A"
-                                       L"c\x301B=d=e[f]\x240D\x240A\x2401\x241F\x2401\r\n"
-                                       L"\t }\r\n"
-                                       L"\t}\r\n"
-                                       L"   }\r\n"
-                                       L"  }\r\n"
-                                       L" \x2401=\r\n"
-                                       L" }\r\n"));
+    EXPECT_EQ(BytesOf(path),
+        Utf16File(L"[/]\r\n {\r\n Title=Report\r\n [Page]\r\n  {\r\n  Size=(210,297)\r\n  }\r\n"
+                  L" [1]\r\n  {\r\n  [2]\r\n   {\r\n   [3]\r\n\t{\r\n\t[4]\r\n\t {\r\n\t [5]\r\n\t  {\r\n\t  }\r\n"
+                  L"\t a\x2338"
+                  L"b\x301A"
+                  L"c\x301B=d=e[f]\x240D\x240A\x2401\x241F\x2401\r\n"
+                  L"\t }\r\n\t}\r\n   }\r\n  }\r\n \x2401=\r\n }\r\n"));
     EXPECT_EQ(Tree(Job(path)), "Title=Report;[Page]{Size=(210,297);}[1]{[2]{[3]{[4]{[5]{}"
                                "a=b[c]=d=e[f]\r\n\x01\x1F\x01;}}}}\xE2\x90\x81=;")
         << "a control picture comes back as the control character, and that of a name as its picture";
@@ -188,20 +156,9 @@ TEST(ProfileWrite, WhatTheFormCannotKeep)
         ProfSetStringW(job, nullptr, name, L" 1 ");
     ASSERT_EQ(job.Save(folder.Path("file")), PROF_OK);
     EXPECT_EQ(Tree(Job(folder.Path("file"))), "d= 1 ;e = 1 ;= 1 ;");
-}
-
-TEST(ProfileWrite, EmptyRootIsAnEmptyFile)
-{
-    const TempFolder folder;
-    const std::string path = folder.Make("file", "[/]\r\na=1\r\n");
-    const Job job(path);
     ProfEmptyList(job, nullptr);
-    EXPECT_EQ(ProfSaveW(job, nullptr, PROF_FORM_TEXT), PROF_OK);
-    EXPECT_EQ(BytesOf(path), "");
-
-    ProfCreateListW(job, nullptr, L"l");
-    EXPECT_EQ(job.Save(path), PROF_OK);
-    EXPECT_EQ(BytesOf(path), Utf16File(L"[/]\r\n {\r\n [l]\r\n  {\r\n  }\r\n }\r\n"));
+    ASSERT_EQ(job.Save(folder.Path("file")), PROF_OK);
+    EXPECT_EQ(BytesOf(folder.Path("file")), "");
 }
 
 TEST(ProfileWrite, TargetsOfASave)
@@ -211,9 +168,8 @@ TEST(ProfileWrite, TargetsOfASave)
     const Job held = Job::Exclusive(path);
     ASSERT_EQ(held.Error(), PROF_OK);
     ProfSetStringW(held, nullptr, L"value", L"1");
-    const std::string one = Utf16File(L"[/]\r\n {\r\n value=1\r\n }\r\n");
     EXPECT_EQ(ProfSaveW(held, nullptr, PROF_FORM_TEXT), PROF_OK) << "the held file, in place";
-    EXPECT_EQ(BytesOf(path), one);
+    EXPECT_EQ(BytesOf(path), Utf16File(L"[/]\r\n {\r\n value=1\r\n }\r\n"));
     ProfSetStringW(held, nullptr, L"value", L"2");
     EXPECT_EQ(held.Save(folder.Path("fILE")), PROF_OK) << "the held file by its name without case";
     EXPECT_EQ(Tree(Job(path)), "value=2;");
@@ -226,7 +182,7 @@ TEST(ProfileWrite, TargetsOfASave)
     EXPECT_EQ(failed.Error(), PROF_ERR_CANNOT_READ) << "saving doesn't touch it";
     EXPECT_EQ(Tree(Job(folder.Path("missing"))), "a=1;");
     EXPECT_EQ(failed.Save(folder.Path("refused.")), PROF_ERR_CANNOT_WRITE);
-    EXPECT_EQ(ProfSaveA(failed, Utf8(Wide(folder.Path("narrow")).View()).c_str(), PROF_FORM_TEXT), PROF_OK);
+    EXPECT_EQ(ProfSaveA(failed, folder.Path("narrow").c_str(), PROF_FORM_TEXT), PROF_OK);
     EXPECT_EQ(Tree(Job(folder.Path("narrow"))), "a=1;");
 }
 
@@ -236,9 +192,7 @@ TEST(ProfileWrite, FormsByTheFlags)
     const std::string path = folder.Make("file", "[/]\r\na=1\r\n[l]\r\nb=2\r\n");
     const Job job(path);
     const std::pair<int32_t, const char*> cases[] = {
-        {PROF_FORM_TEXT, "a=1;[l]{b=2;}"},
         {PROF_SAVE_PACKED_AS_LOADED | 0x100, "a=1;[l]{b=2;}"}, // it was not packed, and 0x100 is ignored
-        {PROF_FORM_XML, "a=1;[l]{b=2;}"},
         {3, "a=1;[l]{b=2;}"},
         {PROF_FORM_XFDF, "a=1;l.b=2;"},
     };
@@ -246,14 +200,12 @@ TEST(ProfileWrite, FormsByTheFlags)
     {
         EXPECT_EQ(job.Save(path, flags), PROF_OK) << flags;
         const std::string bytes = BytesOf(path);
-        const bool isXml = flags == PROF_FORM_XML || flags == 3;
-        EXPECT_EQ(bytes.substr(0, 8), flags == PROF_FORM_XFDF ? "<?xml ve" : Utf16File(isXml ? L"<?x" : L"[/]"));
+        EXPECT_EQ(bytes.substr(0, 8), flags == PROF_FORM_XFDF ? "<?xml ve" : Utf16File(flags == 3 ? L"<?x" : L"[/]"));
         EXPECT_EQ(Tree(Job(path)), tree) << flags;
     }
-    EXPECT_EQ(
-        Tree(Job(folder.Make("bad", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<xfdf x>\n<value>1</value>\nx"))),
-        "=1;");
-    EXPECT_EQ(Job(folder.Path("bad")).Error(), PROF_ERR_MALFORMED) << "what was read before stays";
+    EXPECT_EQ(Loaded(folder, "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<xfdf x>\n<value>1</value>\nx"),
+        "error " + std::to_string(PROF_ERR_MALFORMED) + " =1;")
+        << "what was read before stays";
 }
 
 // A depth that would overflow any stack, and an indent that would fill the disk.

@@ -1,5 +1,5 @@
 // The other process of the tests with two.
-//     hold FILE READY GO        holds the file exclusively, makes READY, and ends when GO is there
+//     hold FILE                 holds the file exclusively, makes FILE.ready, and ends when FILE.go is there
 //     save FILE LETTER COUNT    saves a profile of its own to the file, so many times
 //     rewrite FILE COUNT        holds the file exclusively and saves to it in place, so many times
 //     paste FILE                saves what the clipboard holds to the file
@@ -7,10 +7,7 @@
 // Ends with 0, or a code of the profile family without its sign.
 #include "exports/profile/whole_content.h"
 
-#include <chrono>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <thread>
 
 using namespace profiletest;
@@ -20,11 +17,11 @@ namespace
 
 constexpr int kLeaves = 400;
 
-int32_t Hold(const std::string& path, const std::string& ready, const std::string& go)
+int32_t Hold(const std::string& path)
 {
     const Job job = Job::Exclusive(path);
-    std::ofstream(ready).put('r');
-    for (int i = 0; i < 6000 && !std::filesystem::exists(go); ++i)
+    std::ofstream(path + ".ready").put('r');
+    for (int i = 0; i < 6000 && !std::filesystem::exists(path + ".go"); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     return job.Error();
 }
@@ -63,8 +60,8 @@ int32_t Paste(const std::string& path)
 int main(int argc, char** argv)
 {
     const std::string command = argc > 1 ? argv[1] : "";
-    if (command == "hold" && argc == 5)
-        return -Hold(argv[2], argv[3], argv[4]);
+    if (command == "hold" && argc == 3)
+        return -Hold(argv[2]);
     if (command == "save" && argc == 5)
         return -Save(argv[2], argv[3][0], std::atoi(argv[4]));
     if (command == "rewrite" && argc == 4)

@@ -3,8 +3,14 @@
 
 #include <qxut23/profile.h>
 
+#include <windows.h>
+
+#include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,28 +22,67 @@ namespace profiletest
 class Wide
 {
 public:
-    explicit Wide(std::string_view utf8);
+    explicit Wide(std::string_view utf8) : _text(utf8.size() + 1)
+    {
+        const int length = MultiByteToWideChar(
+            CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), _text.data(), static_cast<int>(_text.size()));
+        _text.resize(static_cast<size_t>(length));
+        _text.push_back(0);
+    }
     Wide(size_t count, wchar_t character) : _text(count, character) { _text.push_back(0); }
 
-    Wide& operator+=(std::wstring_view text);
-    const wchar_t* Text() const { return _text.data(); }
-    operator const wchar_t*() const { return Text(); }
-    std::wstring_view View() const { return {_text.data(), _text.size() - 1}; }
+    Wide& operator+=(std::wstring_view text)
+    {
+        _text.insert(_text.end() - 1, text.begin(), text.end());
+        return *this;
+    }
+    operator const wchar_t*() const { return _text.data(); }
 
 private:
     std::vector<wchar_t> _text;
 };
 
-std::string Utf8(std::wstring_view text);
+inline std::string Utf8(std::wstring_view text)
+{
+    std::string bytes(3 * text.size(), '\0');
+    const int length = WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), bytes.data(),
+        static_cast<int>(bytes.size()), nullptr, nullptr);
+    return bytes.substr(0, static_cast<size_t>(length));
+}
 
-// UTF-16 in the byte order of a file, with the mark.
-std::string Utf16File(std::wstring_view text, bool isBigEndian = false);
+// In the byte order of both targets, with the mark.
+inline std::string Utf16File(std::wstring_view text)
+{
+    return "\xFF\xFE" + std::string(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t));
+}
 
 // A list in one line: leaves as "name=value;", lists as "[name]{...}".
-std::string Tree(HPROFJOB job, HPROFLIST list = nullptr);
+inline std::string Tree(HPROFJOB job, HPROFLIST list = nullptr)
+{
+    std::string text;
+    ProfEnumW(
+        job, list,
+        [](HPROFJOB owner, const wchar_t* name, const wchar_t* value, HPROFLIST child, void* context) -> int32_t
+        {
+            auto& out = *static_cast<std::string*>(context);
+            out += child != nullptr ? "[" + Utf8(name) + "]{" + Tree(owner, child) + "}"
+                                    : Utf8(name) + "=" + Utf8(value) + ";";
+            return 1;
+        },
+        &text);
+    return text;
+}
 
 // The value of a leaf, or "(none)".
-std::string Value(HPROFJOB job, const wchar_t* path, HPROFLIST list = nullptr);
+inline std::string Value(HPROFJOB job, const wchar_t* path, HPROFLIST list = nullptr)
+{
+    const int32_t length = ProfGetStringLengthW(job, list, path);
+    if (length < 0)
+        return "(none)";
+    std::vector<wchar_t> buffer(static_cast<size_t>(length) + 1);
+    ProfGetStringW(job, list, path, buffer.data(), length + 1, nullptr);
+    return Utf8({buffer.data(), static_cast<size_t>(length)});
+}
 
 class Job
 {
@@ -46,8 +91,8 @@ public:
     explicit Job(HPROFJOB job) : _job(job) {}
     explicit Job(const std::string& path) : Job(ProfJobOpenW(Wide(path))) {}
     static Job Exclusive(const std::string& path) { return Job(ProfJobOpenExclusiveW(Wide(path))); }
-    Job(Job&& other) noexcept : _job(other._job) { other._job = nullptr; }
-    Job& operator=(Job&&) = delete;
+    Job(const Job&) = delete;
+    Job& operator=(const Job&) = delete;
     ~Job() { ProfJobClose(_job); }
 
     operator HPROFJOB() const { return _job; }
@@ -61,22 +106,42 @@ private:
     HPROFJOB _job;
 };
 
+inline std::string BytesOf(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 // A folder that goes with all its files.
 class TempFolder
 {
 public:
-    TempFolder();
+    TempFolder()
+    {
+        static std::atomic<int> number{0};
+        const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+        _folder = std::filesystem::temp_directory_path() /
+                  ("qxut-profile-" + std::to_string(now) + "-" + std::to_string(++number));
+        std::filesystem::create_directories(_folder);
+    }
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
-    ~TempFolder();
+    ~TempFolder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(_folder, ignored);
+    }
 
-    std::string Path(std::string_view name) const;
-    std::string Make(std::string_view name, std::string_view bytes) const;
+    std::string Path(std::string_view name) const { return (_folder / name).string(); }
+    std::string Make(std::string_view name, std::string_view bytes) const
+    {
+        const std::string path = Path(name);
+        std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        return path;
+    }
 
 private:
     std::filesystem::path _folder;
 };
-
-std::string BytesOf(const std::string& path);
 
 } // namespace profiletest

@@ -7,9 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
-#include <tuple>
 
 using namespace profiletest;
 
@@ -28,45 +26,44 @@ std::string Written(Append append, Set set, T value)
 
 TEST(ProfileValues, TextsThatAreWritten)
 {
-    const auto asBool = [](int32_t value)
-    {
-        return Written(ProfAppendBoolW, ProfSetBoolW, value);
-    };
-    EXPECT_EQ(asBool(0), "FALSE FALSE");
-    EXPECT_EQ(asBool(-2), "TRUE TRUE");
-
-    EXPECT_EQ(Written(ProfAppendIntW, ProfSetIntW, -12), "-12 -12");
-    EXPECT_EQ(Written(ProfAppendIntHexW, ProfSetIntHexW, 255), "x000000FF xff");
-    EXPECT_EQ(Written(ProfAppendIntHexW, ProfSetIntHexW, -1), "xFFFFFFFF xffffffff");
-    EXPECT_EQ(Written(ProfAppendInt64W, ProfSetInt64W, int64_t{-1}), "18446744073709551615 18446744073709551615");
-    EXPECT_EQ(Written(ProfAppendInt64HexW, ProfSetInt64HexW, int64_t{255}), "xFF xff");
-
-    EXPECT_EQ(Written(ProfAppendDoubleW, ProfSetDoubleW, 1.5), "1.500000 1.500000");
-    EXPECT_EQ(Written(ProfAppendDoubleW, ProfSetDoubleW, -1e-7), "-0.000000 -0.000000");
-    const Job job;
-    ProfSetDoubleW(job, nullptr, L"d", -std::numeric_limits<double>::max());
-    EXPECT_EQ(Value(job, L"d").size(), 1u + 309 + 7);
-
     const ProfPoint point = {-1, 2};
     const ProfRect rect = {10, 20, 40, 60};
+    EXPECT_EQ(Written(ProfAppendBoolW, ProfSetBoolW, 0), "FALSE FALSE");
+    EXPECT_EQ(Written(ProfAppendBoolW, ProfSetBoolW, -2), "TRUE TRUE");
+    EXPECT_EQ(Written(ProfAppendIntW, ProfSetIntW, -12), "-12 -12");
+    EXPECT_EQ(Written(ProfAppendIntHexW, ProfSetIntHexW, 255), "x000000FF xff");
+    EXPECT_EQ(Written(ProfAppendInt64W, ProfSetInt64W, int64_t{-1}), "18446744073709551615 18446744073709551615");
+    EXPECT_EQ(Written(ProfAppendInt64HexW, ProfSetInt64HexW, int64_t{255}), "xFF xff");
+    EXPECT_EQ(Written(ProfAppendDoubleW, ProfSetDoubleW, 1.5), "1.500000 1.500000");
+    EXPECT_EQ(Written(ProfAppendDoubleW, ProfSetDoubleW, -std::numeric_limits<double>::max()).size(), 2 * 317u + 1);
     EXPECT_EQ(Written(ProfAppendPointW, ProfSetPointW, &point), "(-1,2) (-1,2)");
     EXPECT_EQ(Written(ProfAppendRectW, ProfSetRectW, &rect), "(10,20,40,60) (10,20,40,60)");
     EXPECT_EQ(Written(ProfAppendRectLTWHW, ProfSetRectLTWHW, &rect), "(10,20,30,40) (10,20,30,40)");
     EXPECT_EQ(Written(ProfAppendColorrefW, ProfSetColorrefW, 0xff332211u), "(17,34,51) (17,34,51)");
 }
 
-TEST(ProfileValues, AppendAddsAndSetReplaces)
+TEST(ProfileValues, AppendAddsAndSetReplacesInBothForms)
 {
     const Job job;
     ProfAppendIntW(job, nullptr, L"l/n", 1);
-    ProfAppendIntW(job, nullptr, L"l/n", 2);
+    ProfAppendIntA(job, nullptr, "l/n", 2);
     ProfSetIntW(job, nullptr, L"l/n", 3);
     ProfAppendIntW(job, nullptr, nullptr, 4);
     ProfSetIntW(job, nullptr, nullptr, 5);
     ProfSetPointW(job, nullptr, L"p", nullptr);
     ProfAppendVariant(job, nullptr, L"v", nullptr);
     ProfSetIntW(nullptr, nullptr, L"n", 6);
-    EXPECT_EQ(Tree(job), "[l]{n=3;n=2;}=4;");
+    ProfSetRectLTWHA(job, nullptr, "l/r", std::data({ProfRect{1, 2, 4, 6}}));
+    EXPECT_EQ(Tree(job), "[l]{n=3;n=2;r=(1,2,3,4);}=4;");
+    int32_t number = 0;
+    ProfRect rect = {};
+    const ProfRect defaultRect = {1, 2, 3, 4};
+    EXPECT_EQ(ProfGetRectLTWHA(job, nullptr, "l/r", &rect, nullptr), PROF_OK);
+    EXPECT_EQ(rect.bottom, 6);
+    EXPECT_EQ(ProfGetIntW(nullptr, nullptr, L"n", &number, 5), PROF_ERR_NO_LEAF);
+    EXPECT_EQ(number, 5);
+    EXPECT_EQ(ProfGetRectW(nullptr, nullptr, L"n", &rect, &defaultRect), PROF_ERR_NO_LEAF);
+    EXPECT_EQ(rect.bottom, 4);
 }
 
 // The code, and the value where the getter gave one; -7 was there before, 99 is the default.
@@ -87,7 +84,6 @@ TEST(ProfileValues, NumbersThatAreRead)
     const auto asInt = Read<int32_t, decltype(&ProfGetIntW)>;
     const auto asInt64 = Read<int64_t, decltype(&ProfGetInt64W)>;
     const auto asDouble = Read<double, decltype(&ProfGetDoubleW)>;
-    const auto asBool = Read<int32_t, decltype(&ProfGetBoolW)>;
     struct Case
     {
         const wchar_t* text;
@@ -96,51 +92,47 @@ TEST(ProfileValues, NumbersThatAreRead)
         const char* asDouble;
         const char* asBool;
     };
-    const Wide longText(300, L'1');
     constexpr Case CASES[] = {
         {L"", "-6 99", "-6 99", "-6 99", "-6 99"},
         {L"12abc", "0 12", "0 12", "0 12", "0 0"},
-        {L"abc", "-9 -7", "-9 -7", "0 0", "0 0"},
         {L"x", "-9 -7", "-9 -7", "0 0", "0 0"},
         {L"xfF", "0 255", "0 255", "0 0", "0 0"},
         {L"XfF", "-9 -7", "-9 -7", "0 0", "0 0"},
         {L"xFFFFFFFF", "0 -1", "0 4294967295", "0 0", "0 0"},
-        {L"-5", "0 -5", "0 -5", "0 -5", "0 0"},
-        {L" \t7", "0 7", "0 7", "0 7", "0 0"},
+        {L" \t-7", "0 -7", "0 -7", "0 -7", "0 0"},
         {L"1.5e2", "0 1", "0 1", "0 150", "0 0"},
-        {L"1,5", "0 1", "0 1", "0 1", "0 0"},
         {L"TRUE", "-9 -7", "-9 -7", "0 0", "0 1"},
         {L"Yes", "-9 -7", "-9 -7", "0 0", "0 1"},
         {L"yes", "-9 -7", "-9 -7", "0 0", "0 0"},
-        {L" T", "-9 -7", "-9 -7", "0 0", "0 0"},
     };
     for (const Case& row : CASES)
     {
-        EXPECT_EQ(asInt(ProfGetIntW, row.text), row.asInt) << Utf8(row.text);
-        EXPECT_EQ(asInt64(ProfGetInt64W, row.text), row.asInt64) << Utf8(row.text);
-        EXPECT_EQ(asDouble(ProfGetDoubleW, row.text), row.asDouble) << Utf8(row.text);
-        EXPECT_EQ(asBool(ProfGetBoolW, row.text), row.asBool) << Utf8(row.text);
+        SCOPED_TRACE(Utf8(row.text));
+        EXPECT_EQ(asInt(ProfGetIntW, row.text), row.asInt);
+        EXPECT_EQ(asInt64(ProfGetInt64W, row.text), row.asInt64);
+        EXPECT_EQ(asDouble(ProfGetDoubleW, row.text), row.asDouble);
+        EXPECT_EQ(Read<int32_t>(ProfGetBoolW, row.text), row.asBool);
     }
     // 199 characters are looked at, 63 for the 64-bit numbers.
-    Wide blanks(198, L' ');
+    Wide blanks(198, L' '), fewer(62, L' ');
     blanks += L"12";
+    fewer += L"12";
     EXPECT_EQ(asInt(ProfGetIntW, blanks), "0 1");
     EXPECT_EQ(asDouble(ProfGetDoubleW, blanks), "0 1");
-    Wide fewer(62, L' ');
-    fewer += L"12";
     EXPECT_EQ(asInt64(ProfGetInt64W, fewer), "0 1");
 }
 
 template <class Get>
-std::string ReadRect(Get get, const wchar_t* text, ProfRect rect)
+std::string ReadRect(Get get, const wchar_t* text)
 {
     const Job job;
     ProfSetStringW(job, nullptr, L"v", text);
     const ProfRect defaultRect = {9, 9, 9, 9};
+    ProfRect rect = {};
     const int32_t code = get(job, nullptr, L"v", &rect, &defaultRect);
-    char shown[80];
-    std::snprintf(shown, sizeof shown, "%d %d %d %d %d", static_cast<int>(code), static_cast<int>(rect.left),
-        static_cast<int>(rect.top), static_cast<int>(rect.right), static_cast<int>(rect.bottom));
+    std::string shown = std::to_string(code);
+    for (const int64_t edge : {rect.left, rect.top, rect.right, rect.bottom})
+        shown += ' ' + std::to_string(edge);
     return shown;
 }
 
@@ -153,7 +145,6 @@ TEST(ProfileValues, StructuresThatAreRead)
         const char* asSize; // with width and height
     };
     constexpr Case CASES[] = {
-        {L"(10,20,30,40)", "0 10 20 30 40", "0 10 20 40 60"},
         {L"( 1, -2, 3, 4", "0 1 -2 3 4", "0 1 -2 4 2"},
         {L"(1,2,3)", "-9 1 2 3 0", "-9 1 2 3 0"},
         {L"1,2,3,4", "-9 0 0 0 0", "-9 0 0 0 0"},
@@ -162,10 +153,9 @@ TEST(ProfileValues, StructuresThatAreRead)
     };
     for (const Case& row : CASES)
     {
-        EXPECT_EQ(ReadRect(ProfGetRectW, row.text, {}), row.asRect) << Utf8(row.text);
-        EXPECT_EQ(ReadRect(ProfGetRectLTWHW, row.text, {}), row.asSize) << Utf8(row.text);
+        EXPECT_EQ(ReadRect(ProfGetRectW, row.text), row.asRect) << Utf8(row.text);
+        EXPECT_EQ(ReadRect(ProfGetRectLTWHW, row.text), row.asSize) << Utf8(row.text);
     }
-
     const Job job;
     ProfSetStringW(job, nullptr, L"p", L"(3,4)");
     ProfPoint point = {7, 8};
@@ -177,40 +167,9 @@ TEST(ProfileValues, StructuresThatAreRead)
     EXPECT_EQ(ProfGetPointW(job, nullptr, L"p", nullptr, nullptr), PROF_OK);
 
     const auto asColour = Read<uint32_t, decltype(&ProfGetColorrefW)>;
-    EXPECT_EQ(asColour(ProfGetColorrefW, L"(17,34,51)"), "0 " + std::to_string(0x332211));
     EXPECT_EQ(asColour(ProfGetColorrefW, L"x00332211"), "0 " + std::to_string(0x332211));
     EXPECT_EQ(asColour(ProfGetColorrefW, L"(256,0,-1)"), "0 " + std::to_string(0xffff0100u));
     EXPECT_EQ(asColour(ProfGetColorrefW, L"(1,2)"), "-9 " + std::to_string(0u - 7));
-}
-
-TEST(ProfileValues, InvalidJobGivesTheDefault)
-{
-    int32_t number = 0;
-    ProfRect rect = {};
-    const ProfRect defaultRect = {1, 2, 3, 4};
-    EXPECT_EQ(ProfGetIntW(nullptr, nullptr, L"n", &number, 5), PROF_ERR_NO_LEAF);
-    EXPECT_EQ(number, 5);
-    EXPECT_EQ(ProfGetRectW(nullptr, nullptr, L"n", &rect, &defaultRect), PROF_ERR_NO_LEAF);
-    EXPECT_EQ(rect.bottom, 4);
-}
-
-TEST(ProfileValues, NarrowFormsDoTheSame)
-{
-    const Job job;
-    ProfAppendIntA(job, nullptr, "n", 5);
-    ProfSetRectLTWHA(job, nullptr, "l/r", std::data({ProfRect{1, 2, 4, 6}}));
-    ProfSetColorrefA(job, nullptr, "c", 0x030201);
-    EXPECT_EQ(Tree(job), "n=5;[l]{r=(1,2,3,4);}c=(1,2,3);");
-    int32_t number = 0;
-    ProfRect rect = {};
-    EXPECT_EQ(ProfGetIntA(job, nullptr, "n", &number, 0), PROF_OK);
-    EXPECT_EQ(number, 5);
-    EXPECT_EQ(ProfGetRectLTWHA(job, nullptr, "l/r", &rect, nullptr), PROF_OK);
-    EXPECT_EQ(rect.bottom, 6);
-    ProfLPSTRtoINTA("12", &number, 0);
-    EXPECT_EQ(number, 12);
-    ProfLPSTRtoINTA(nullptr, &number, 3);
-    EXPECT_EQ(number, 3);
 }
 
 TEST(ProfileValues, SingleTexts)
@@ -220,24 +179,22 @@ TEST(ProfileValues, SingleTexts)
         const wchar_t* text;
         int32_t asBool;
         int32_t asInt;
-        int64_t asInt64;
         uint32_t asColour;
         int32_t bottom;
     };
     constexpr Case CASES[] = {
-        {nullptr, 9, 9, 9, 9, 9},
-        {L"", 1, 9, 9, 9, 9},
-        {L"T", 1, 9, 9, 9, 9},
-        {L"Y", 1, 9, 9, 9, 9},
-        {L"t", 0, 9, 9, 9, 9},
-        {L"12a", 0, 12, 12, 9, 9},
-        {L"x1F", 0, 9, 9, 0x1f, 9},
-        {L"(1,2,3)", 0, 9, 9, 0x030201, 9},
-        {L"(1,2,3,4)", 0, 9, 9, 0x030201, 4},
+        {nullptr, 9, 9, 9, 9},
+        {L"", 1, 9, 9, 9},
+        {L"T", 1, 9, 9, 9},
+        {L"Y", 1, 9, 9, 9},
+        {L"12a", 0, 12, 9, 9},
+        {L"x1F", 0, 9, 0x1f, 9},
+        {L"(1,2,3)", 0, 9, 0x030201, 9},
+        {L"(1,2,3,4)", 0, 9, 0x030201, 4},
     };
     for (const Case& row : CASES)
     {
-        const std::string name = row.text != nullptr ? Utf8(row.text) : "null";
+        SCOPED_TRACE(Utf8(row.text != nullptr ? row.text : L"null"));
         int32_t flag = -7, number = -7;
         int64_t large = -7;
         uint32_t colour = 7;
@@ -248,12 +205,12 @@ TEST(ProfileValues, SingleTexts)
         ProfLPSTRtoINT64W(row.text, &large, 9);
         ProfLPSTRtoCOLORREFW(row.text, &colour, 9);
         ProfLPSTRtoRECTW(row.text, &rect, &defaultRect);
-        EXPECT_EQ(flag, row.asBool) << name;
-        EXPECT_EQ(number, row.asInt) << name;
-        EXPECT_EQ(large, row.asInt64) << name;
-        EXPECT_EQ(colour, row.asColour) << name;
-        EXPECT_EQ(rect.bottom, row.bottom) << name;
-        EXPECT_EQ(rect.left, row.bottom == 9 ? 9 : 1) << name; // all of the default or nothing
+        EXPECT_EQ(flag, row.asBool);
+        EXPECT_EQ(number, row.asInt);
+        EXPECT_EQ(large, row.asInt);
+        EXPECT_EQ(colour, row.asColour);
+        EXPECT_EQ(rect.bottom, row.bottom);
+        EXPECT_EQ(rect.left, row.bottom == 9 ? 9 : 1); // all of the default or nothing
     }
 }
 
@@ -263,8 +220,9 @@ using qxtest::I4;
 using qxtest::Readable;
 using VariantValue = qxtest::Value;
 
-std::string Back(HPROFJOB job, const wchar_t* path, VariantValue value = I4(-7))
+std::string Back(HPROFJOB job, const wchar_t* path)
 {
+    VariantValue value = I4(-7);
     const VariantValue defaultValue = qxtest::Text(L"default");
     const int32_t code = ProfGetVariant(job, nullptr, path, &value, &defaultValue);
     return std::to_string(code) + ' ' + Readable(value);
@@ -276,7 +234,7 @@ TEST(ProfileVariants, ComeBack)
     VariantValue reference(VT_BYREF | VT_I4);
     reference.plVal = &number;
     const Job job;
-    for (const VariantValue& value : {VariantValue(), VariantValue(VT_NULL), I4(7), qxtest::R8(1.5), qxtest::Date(2),
+    for (const VariantValue& value : {VariantValue(), VariantValue(VT_NULL), qxtest::Date(2),
              VariantValue(VT_BOOL, 0xffff), qxtest::Text(L"aé\u4e2d"), reference})
     {
         ProfSetVariant(job, nullptr, L"v", &value);
@@ -284,21 +242,16 @@ TEST(ProfileVariants, ComeBack)
         VariantCopyInd(&expected, const_cast<VariantValue*>(&value));
         EXPECT_EQ(Back(job, L"v"), "0 " + Readable(expected));
     }
-    EXPECT_EQ(Value(job, L"v"), "var://AwAHAAAA");
     const VariantValue two = I4(2);
     ProfAppendVariant(job, nullptr, L"v", &two);
     EXPECT_EQ(Tree(job), "v=var://AwAHAAAA;v=var://AwACAAAA;");
-}
 
-TEST(ProfileVariants, LongOnesAreCompressed)
-{
-    // 2 bytes of type, the text, 2 bytes of terminator.
-    const Job job;
-    for (const auto& [characters, isCompressed] : {std::pair{48, false}, {49, true}})
+    // 2 bytes of type, the text, 2 bytes of terminator: the longer ones are compressed.
+    for (const size_t characters : {48u, 49u})
     {
-        const VariantValue text = qxtest::Text(Wide(static_cast<size_t>(characters), L'x'));
+        const VariantValue text = qxtest::Text(Wide(characters, L'x'));
         ProfSetVariant(job, nullptr, L"v", &text);
-        EXPECT_EQ(Value(job, L"v").starts_with("var://@2@"), isCompressed);
+        EXPECT_EQ(Value(job, L"v").starts_with("var://@2@"), characters == 49);
         EXPECT_EQ(Back(job, L"v"), "0 " + Readable(text));
     }
 }
@@ -325,9 +278,6 @@ TEST(ProfileVariants, OtherTexts)
         const int32_t code = ProfGetVariantFromContents(row.text, &value);
         EXPECT_EQ(std::to_string(code) + ' ' + Readable(value), row.expected);
     }
-    ProfSetStringW(job, nullptr, L"v", L"");
-    EXPECT_EQ(Back(job, L"v", VariantValue(VT_NULL)), "0 null"); // no change that the system makes
-
     EXPECT_EQ(ProfGetVariantFromContents(nullptr, nullptr), PROF_ERR_NOT_THAT_TYPE);
     EXPECT_EQ(ProfGetVariantFromContents(L"a", nullptr), PROF_OK);
     VariantValue value = I4(-7);

@@ -3,8 +3,6 @@
 
 #include "exports/profile/support.h"
 
-#include <string>
-
 namespace profiletest
 {
 
@@ -22,30 +20,10 @@ inline void FillWhole(HPROFJOB job, char letter, int leaves)
 // The letter, or what is wrong.
 inline std::string LetterOfWhole(HPROFJOB job)
 {
-    struct Seen
-    {
-        std::string letter;
-        int leaves = 0;
-        bool isMixed = false;
-    } seen;
-    ProfEnumW(
-        job, nullptr,
-        [](HPROFJOB, const wchar_t* name, const wchar_t* value, HPROFLIST, void* context) -> int32_t
-        {
-            Seen& all = *static_cast<Seen*>(context);
-            if (std::wstring_view(name) != L"leaf")
-                return 1;
-            const std::string text = Utf8(value);
-            all.isMixed |= text.size() != 40 || (all.leaves++ != 0 && text.substr(0, 1) != all.letter);
-            all.letter = text.substr(0, 1);
-            return 1;
-        },
-        &seen);
-    if (seen.isMixed)
-        return "mixed";
-    if (Value(job, L"count") != std::to_string(seen.leaves) || Value(job, L"end") != std::to_string(seen.leaves))
-        return "half: " + std::to_string(seen.leaves) + " of " + Value(job, L"count") + " and " + Value(job, L"end");
-    return seen.letter;
+    const std::string letter = Value(job, L"leaf").substr(0, 1);
+    const Job expected;
+    FillWhole(expected, letter.empty() ? ' ' : letter[0], std::atoi(Value(job, L"count").c_str()));
+    return Tree(job) == Tree(expected) ? letter : "mixed, or cut off: " + Tree(job);
 }
 
 } // namespace profiletest

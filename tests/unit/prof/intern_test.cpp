@@ -1,9 +1,9 @@
 #include "core/module_paths.h"
 #include "core/text_hash.h"
 #include "prof/path.h"
-#include "unit/prof/colliding_names.h"
 #include "unit/prof/job_support.h"
 
+#include <cstring>
 #include <set>
 #include <utility>
 #include <vector>
@@ -13,28 +13,6 @@ using namespace qxtest;
 
 namespace
 {
-
-class CacheSwitch
-{
-public:
-    explicit CacheSwitch(const wchar_t* value)
-    {
-        const String key = String(L"software\\trelmo\\trlmut\\") + ProcessBaseName();
-        RegCreateKeyExW(HKEY_CURRENT_USER, key, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &_key, nullptr);
-        RegSetValueExW(_key, L"ProfCacheEnabled", 0, REG_SZ, reinterpret_cast<const BYTE*>(value),
-            static_cast<DWORD>((wcslen(value) + 1) * sizeof(wchar_t)));
-    }
-    ~CacheSwitch()
-    {
-        RegDeleteValueW(_key, L"ProfCacheEnabled");
-        RegCloseKey(_key);
-    }
-    CacheSwitch(const CacheSwitch&) = delete;
-    CacheSwitch& operator=(const CacheSwitch&) = delete;
-
-private:
-    HKEY _key = nullptr;
-};
 
 bool AreValuesShared(const wchar_t* value)
 {
@@ -52,6 +30,37 @@ bool AreNamesShared()
     return &FindLeafByPath(job->Root(), L"a")->Name() == &FindLeafByPath(job->Root(), L"l/a")->Name();
 }
 
+// The unit that takes the hash from one state to another: each step of the hash can be turned round.
+uint64_t UnitBetween(uint64_t from, uint64_t to)
+{
+    constexpr uint64_t kFactor = 0x9DDFEA08EB382D69;
+    uint64_t inverse = kFactor; // each round doubles the bits that are right
+    for (int round = 0; round < 6; ++round)
+        inverse *= 2 - kFactor * inverse;
+    const auto unshift = [](uint64_t mixed)
+    {
+        return mixed ^ (mixed >> 47);
+    };
+    const uint64_t b = unshift(to * inverse);
+    const uint64_t a = unshift((b * inverse) ^ from);
+    return (a * inverse) ^ from;
+}
+
+// Of 8 characters each, without zeros and slashes; the hash of the library doesn't tell them apart.
+std::vector<String> CollidingNames(size_t count)
+{
+    std::vector<String> names;
+    for (wchar_t i = 1; names.size() < count; ++i)
+    {
+        wchar_t text[9] = {L'n', L'a', L'm', i};
+        const uint64_t unit = UnitBetween(TextHash({text, 4}), 0x0123456789ABCDEF);
+        memcpy(text + 4, &unit, sizeof(unit));
+        if (wcslen(text) == 8 && wcschr(text, L'/') == nullptr)
+            names.emplace_back(text);
+    }
+    return names;
+}
+
 } // namespace
 
 TEST(ProfIntern, ValuesThatRarelyRepeatStayOut)
@@ -67,25 +76,28 @@ TEST(ProfIntern, ValuesThatRarelyRepeatStayOut)
         {L"-1234", false},
         {L"-abcde", true},
         {L"-", true},
-        {L"(1,2)", false},
         {L"(", false},
         {L" 12345", true},
     };
     for (const auto& [value, isShared] : cases)
         EXPECT_EQ(AreValuesShared(value), isShared) << String(value).NarrowText();
-    EXPECT_TRUE(AreNamesShared());
 }
 
 TEST(ProfIntern, SwitchInTheRegistry)
 {
-    const std::pair<const wchar_t*, bool> cases[] = {{L"F", false}, {L"t", false}, {L"", false}, {L"T", true}};
-    for (const auto& [value, isShared] : cases)
+    HKEY key = nullptr;
+    RegCreateKeyExW(HKEY_CURRENT_USER, String(L"software\\trelmo\\trlmut\\") + ProcessBaseName(), 0, nullptr, 0,
+        KEY_ALL_ACCESS, nullptr, &key, nullptr);
+    for (const wchar_t* value : {L"F", L"t", L"", L"T"})
     {
-        const CacheSwitch cacheSwitch(value);
-        EXPECT_EQ(AreValuesShared(L"text"), isShared) << String(value).NarrowText();
-        EXPECT_EQ(AreNamesShared(), isShared) << String(value).NarrowText();
+        RegSetValueExW(key, L"ProfCacheEnabled", 0, REG_SZ, reinterpret_cast<const BYTE*>(value),
+            static_cast<DWORD>((wcslen(value) + 1) * sizeof(wchar_t)));
+        EXPECT_EQ(AreValuesShared(L"text"), *value == L'T') << String(value).NarrowText();
+        EXPECT_EQ(AreNamesShared(), *value == L'T') << String(value).NarrowText();
     }
-    EXPECT_TRUE(AreValuesShared(L"text")) << "a missing value leaves it on";
+    RegDeleteValueW(key, L"ProfCacheEnabled");
+    RegCloseKey(key);
+    EXPECT_TRUE(AreValuesShared(L"text") && AreNamesShared()) << "a missing value leaves it on";
 }
 
 TEST(ProfIntern, ChangingAValueForEverTakesNoMemory)
@@ -99,29 +111,26 @@ TEST(ProfIntern, ChangingAValueForEverTakesNoMemory)
         SetLeafByPath(job->Root(), L"a", number.Text());
         places.insert(FindLeafByPath(job->Root(), L"a")->ValueText());
         SetLeafByPath(job->Root(), L"a", L"text");
-        EXPECT_STREQ(FindLeafByPath(job->Root(), L"a")->ValueText(), L"text");
     }
     EXPECT_LT(places.size(), 60u);
 }
 
-// Names made to have one hash: the intern table and the list's index give up on them, and nobody sees it.
+// Names made to have one hash, as a hostile file could hold them: the intern table and the list's index give up on
+// them, and nobody sees it.
 TEST(ProfIntern, NamesOfOneHash)
 {
     const std::vector<String> names = CollidingNames(1500);
     ASSERT_EQ(names.front().Hash(), names.back().Hash());
     const JobHolder job = NewJob();
-    for (size_t round = 0; round < 2; ++round)
+    String expected;
+    for (const String& name : names)
+        SetLeafByPath(job->Root(), name, L"first");
+    for (const String& name : names)
     {
-        for (const String& name : names)
-            SetLeafByPath(job->Root(), name, round == 0 ? std::wstring_view(L"first") : name.Text());
+        SetLeafByPath(job->Root(), name, name.Text());
+        expected += name + L"=" + name + L";";
     }
-    ASSERT_EQ(job->Root().Count(), names.size());
-    size_t i = 0;
-    for (const clsItem* item : job->Root())
-    {
-        EXPECT_STREQ(item->Name().Text(), names[i]);
-        EXPECT_STREQ(item->ValueText(), names[i++]);
-    }
+    EXPECT_TRUE(Tree(job->Root()) == expected);
     for (const String& name : names)
         RemoveByPath(job->Root(), name, ItemKind::Leaf);
     EXPECT_TRUE(job->Root().IsEmpty());

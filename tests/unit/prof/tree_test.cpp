@@ -19,36 +19,13 @@ struct ModelItem
     int value;
 };
 
-class Model
+String TextOf(const std::vector<ModelItem>& model)
 {
-public:
-    ModelItem* Find(int name, bool isList)
-    {
-        const auto found = std::find_if(_items.begin(), _items.end(),
-            [&](const ModelItem& item) { return item.name == name && item.isList == isList; });
-        return found != _items.end() ? &*found : nullptr;
-    }
-    void Append(int name, bool isList, int value) { _items.push_back({name, isList, value}); }
-    void Remove(int name, bool isList)
-    {
-        std::erase_if(_items, [&](const ModelItem& item) { return item.name == name && item.isList == isList; });
-    }
-    void Clear() { _items.clear(); }
-
-    String Text() const
-    {
-        String text;
-        for (const ModelItem& item : _items)
-        {
-            text += item.isList ? String(String::formatted, L"[%d]{v=%d;}", item.name, item.value)
-                                : String(String::formatted, L"%d=%d;", item.name, item.value);
-        }
-        return text;
-    }
-
-private:
-    std::vector<ModelItem> _items;
-};
+    String text;
+    for (const ModelItem& item : model)
+        text += String(String::formatted, item.isList ? L"[%d]{v=%d;}" : L"%d=%d;", item.name, item.value);
+    return text;
+}
 
 } // namespace
 
@@ -58,77 +35,59 @@ TEST(ProfTree, BehavesLikeAPlainRowOfItems)
     std::mt19937 random(11);
     const JobHolder job = NewJob();
     clsItemList& list = job->Root();
-    Model model;
+    std::vector<ModelItem> model;
     for (int step = 0; step < 30000; ++step)
     {
         const int name = static_cast<int>(random() % 150);
         const int value = static_cast<int>(random() % 100000);
+        const bool isList = random() % 2 == 0;
         const String number = String::FromInt(value);
-        const String leaf = String::FromInt(name);
-        const String inList = leaf + L"/v";
-        switch (random() % 60)
+        const String item = String::FromInt(name);
+        const String leaf = isList ? item + L"/v" : item;
+        const auto isIt = [&](const ModelItem& other)
         {
-        case 0:
-            RemoveByPath(list, leaf, ItemKind::Leaf);
-            model.Remove(name, false);
-            break;
-        case 1:
-            RemoveByPath(list, leaf, ItemKind::List);
-            model.Remove(name, true);
-            break;
-        case 2:
-            if (step % 40 == 0)
-            {
-                list.RemoveAll();
-                model.Clear();
-            }
-            break;
-        case 3:
-        case 4:
-        case 5:
-            AppendLeafByPath(list, leaf, number.Text());
-            model.Append(name, false, value);
-            break;
-        case 6:
-        case 7:
-            SetLeafByPath(AppendListByPath(list, leaf), L"v", number.Text());
-            model.Append(name, true, value);
-            break;
-        case 8:
-        case 9:
-        case 10:
-        case 11:
-            SetLeafByPath(list, inList, number.Text());
-            if (ModelItem* item = model.Find(name, true))
-                item->value = value;
+            return other.name == name && other.isList == isList;
+        };
+        const auto expected = std::find_if(model.begin(), model.end(), isIt);
+        const auto action = random() % 60;
+        if (action < 2)
+        {
+            RemoveByPath(list, item, isList ? ItemKind::List : ItemKind::Leaf);
+            std::erase_if(model, isIt);
+        }
+        else if (action == 2 && step % 40 == 0)
+        {
+            list.RemoveAll();
+            model.clear();
+        }
+        else if (action < 8)
+        {
+            if (isList)
+                SetLeafByPath(AppendListByPath(list, item), L"v", number.Text());
             else
-                model.Append(name, true, value);
-            break;
-        case 12:
-        case 13:
-        case 14:
-        case 15:
+                AppendLeafByPath(list, item, number.Text());
+            model.push_back({name, isList, value});
+        }
+        else if (action < 16)
+        {
             SetLeafByPath(list, leaf, number.Text());
-            if (ModelItem* item = model.Find(name, false))
-                item->value = value;
+            if (expected != model.end())
+                expected->value = value;
             else
-                model.Append(name, false, value);
-            break;
-        default:
+                model.push_back({name, isList, value});
+        }
+        else
         {
-            const bool isInList = random() % 2 == 0;
-            const clsItem* found = FindLeafByPath(list, isInList ? inList : leaf);
-            const ModelItem* expected = model.Find(name, isInList);
-            ASSERT_EQ(found != nullptr, expected != nullptr) << step;
+            const clsItem* found = FindLeafByPath(list, leaf);
+            ASSERT_EQ(found != nullptr, expected != model.end()) << step;
             if (found != nullptr)
             {
                 ASSERT_STREQ(found->ValueText(), String::FromInt(expected->value)) << step;
             }
         }
-        }
         if (step % 500 == 0)
         {
-            ASSERT_STREQ(Tree(list), model.Text()) << step;
+            ASSERT_STREQ(Tree(list), TextOf(model)) << step;
         }
     }
 }

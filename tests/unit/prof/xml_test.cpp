@@ -76,30 +76,19 @@ JobHolder SampleJob()
 
 TEST(ProfXml, EveryByteThatIsWritten)
 {
-    const std::wstring_view entries = L"\r\n"
-                                      L"<!-- DTD -->\r\n"
-                                      L"<!DOCTYPE profile [\r\n"
-                                      L" <!ENTITY cr \"&#x000a;<!--CR-->\">\r\n"
-                                      L" <!ENTITY tab \"&#x0009;<!--TAB-->\">\r\n"
-                                      L" <!ELEMENT profile (list*, item*)*>\r\n"
-                                      L"  <!ELEMENT list (list?, item?)*>\r\n"
-                                      L"  <!ATTLIST list name CDATA #REQUIRED>\r\n"
-                                      L"   <!ELEMENT item (#PCDATA)>\r\n"
-                                      L"   <!ATTLIST item name CDATA #REQUIRED>\r\n"
-                                      L"   <!ATTLIST item xml:space (default|preserve) \"preserve\"> ]>\r\n"
-                                      L"<!-- DATA -->\r\n"
-                                      L"<profile>\r\n"
-                                      L" <item name=\"Title\"> Report &lt;&amp;&gt; &quot;&apos;&cr;&tab;&#x0001;"
-                                      L"\x20AC\xD83D\xDE00</item>\r\n"
-                                      L" <list name=\"1\">\r\n"
-                                      L"  <list name=\"2\">\r\n"
-                                      L"   <item name=\"a=&quot;b&quot;\"></item>\r\n"
-                                      L"   <list name=\"3\">\r\n"
-                                      L"   </list>\r\n"
-                                      L"  </list>\r\n"
-                                      L"  <item name=\"&cr;\">line&cr;&cr;end</item>\r\n"
-                                      L" </list>\r\n"
-                                      L"</profile>\r\n";
+    const std::wstring_view entries =
+        L"\r\n<!-- DTD -->\r\n<!DOCTYPE profile [\r\n"
+        L" <!ENTITY cr \"&#x000a;<!--CR-->\">\r\n <!ENTITY tab \"&#x0009;<!--TAB-->\">\r\n"
+        L" <!ELEMENT profile (list*, item*)*>\r\n"
+        L"  <!ELEMENT list (list?, item?)*>\r\n  <!ATTLIST list name CDATA #REQUIRED>\r\n"
+        L"   <!ELEMENT item (#PCDATA)>\r\n   <!ATTLIST item name CDATA #REQUIRED>\r\n"
+        L"   <!ATTLIST item xml:space (default|preserve) \"preserve\"> ]>\r\n"
+        L"<!-- DATA -->\r\n<profile>\r\n"
+        L" <item name=\"Title\"> Report &lt;&amp;&gt; &quot;&apos;&cr;&tab;&#x0001;\x20AC\xD83D\xDE00</item>\r\n"
+        L" <list name=\"1\">\r\n  <list name=\"2\">\r\n"
+        L"   <item name=\"a=&quot;b&quot;\"></item>\r\n   <list name=\"3\">\r\n   </list>\r\n"
+        L"  </list>\r\n  <item name=\"&cr;\">line&cr;&cr;end</item>\r\n"
+        L" </list>\r\n</profile>\r\n";
     const std::string head = Utf16(kXmlHead.substr(0, kXmlHead.size() - 2));
     const JobHolder job = SampleJob();
     for (const unsigned form : {1u, 3u, 15u, 1u + 0x30u})
@@ -140,6 +129,14 @@ TEST(ProfXml, WhatIsReadAndWhatIsRefused)
         {L"<profile>\n</list>\n<item name=\"a\">b</item>\n", L""}, // the root's level has ended
         {L"<other>\n\n \t \n<profile>\n<items>\n</item>\n<?x?>\n</profile>\n", L""},
         {L"", L""},
+        // sequences for characters
+        {L"<profile>\n<item name=\"a\">&LT;&Cr;&foo;&;&&amp;lt;</item>\n", L"a=&LT;&Cr;&foo;&;&&lt;;"},
+        {L"<profile>\n<item name=\"a\">&#x41;&#65;&#xe4;&#xE4;&#x000a;</item>\n", L"a=AA\xE4\xE4\n;"},
+        {L"<profile>\n<item name=\"a\">&#x41 and the rest;b&#65x;b&#x2338</item>\n", L"a=AbAb&#x2338;"},
+        {L"<profile>\n<item name=\"a\">&#xFFFF;&#x10041;&#65601;&#x123456789ABC0042;</item>\n", L"a=\xFFFF"
+                                                                                                L"AAB;"},
+        {L"<profile>\n<item name=\"a\">&#x;&#;&#0;&#x10000;&#xg;&#X41;</item>\n",
+            L"a=&#x;&#;&#0;&#x10000;&#xg;&#X41;;"}, // no zero is made
         // comments
         {L"<profile>\n<!-- a --><item name=\"a\">b</item>\n", L"a=b;"},
         {L"<profile>\n<!-- a\t-->\t <item name=\"a\">b</item>\n", L"a=b;"},
@@ -189,22 +186,13 @@ TEST(ProfXml, WhatIsReadAndWhatIsRefused)
 
 TEST(ProfXfdf, EveryByteThatIsWritten)
 {
-    const std::string entries = " <field name=\"Title\">\r\n"
-                                "  <value> Report &lt;&amp;&gt; &quot;&apos;&#x000d;&#x000a;&#x0009;\xE2\x90\x81"
-                                "\xE2\x82\xAC\xF0\x9F\x98\x80</value>\r\n"
-                                " </field>\r\n"
-                                " <field name=\"1\">\r\n"
-                                "  <field name=\"2\">\r\n"
-                                "   <field name=\"a=&quot;b&quot;\">\r\n"
-                                "    <value></value>\r\n"
-                                "   </field>\r\n"
-                                "   <field name=\"3\">\r\n"
-                                "   </field>\r\n"
-                                "  </field>\r\n"
-                                "  <field name=\"&#x000d;\">\r\n"
-                                "   <value>line&#x000a;&#x000d;end</value>\r\n"
-                                "  </field>\r\n"
-                                " </field>\r\n";
+    const std::string entries =
+        " <field name=\"Title\">\r\n  <value> Report &lt;&amp;&gt; &quot;&apos;&#x000d;&#x000a;&#x0009;"
+        "\xE2\x90\x81\xE2\x82\xAC\xF0\x9F\x98\x80</value>\r\n </field>\r\n"
+        " <field name=\"1\">\r\n  <field name=\"2\">\r\n"
+        "   <field name=\"a=&quot;b&quot;\">\r\n    <value></value>\r\n   </field>\r\n"
+        "   <field name=\"3\">\r\n   </field>\r\n  </field>\r\n"
+        "  <field name=\"&#x000d;\">\r\n   <value>line&#x000a;&#x000d;end</value>\r\n  </field>\r\n </field>\r\n";
     const JobHolder job = SampleJob();
     const std::string whole = XfdfSource(kXfdfTag) + "<fields>\r\n" + entries + "</fields>\r\n</xfdf>\r\n";
     EXPECT_EQ(Saved(job, 2), whole);
@@ -261,6 +249,21 @@ TEST(ProfXfdf, WhatIsReadAndWhatIsRefused)
     };
     for (const auto& test : cases)
         EXPECT_STREQ(Loaded(XfdfSource(test.lines)), test.result) << test.lines;
+}
+
+// Sequences that nothing ends, or that stay: a search to the end of the text for each would take hours.
+TEST(ProfXml, UnmasksInLinearTime)
+{
+    for (const String sequence : {L"&#1", L"&#0", L"&lt"})
+    {
+        std::string value;
+        for (int i = 0; i < 200000; ++i)
+            value += Bytes(sequence.View());
+        const std::wstring_view end = sequence == L"&#0" ? L";</item>\n" : L"</item>\n";
+        const JobHolder job = NewJob();
+        Loaded(XmlSource(L"<profile>\n<item name=\"a\">") + value + Bytes(end), job);
+        EXPECT_EQ(wcslen(FindLeafByPath(job->Root(), L"a")->ValueText()), 600000 + end.size() - 8);
+    }
 }
 
 // Fields inside each other make long names of few characters.
