@@ -282,18 +282,31 @@ private:
         scCountryName row;
         for (int id = firstCountryName; ReadCountryName(_source, id, row); ++id)
         {
-            const IString beginning(row.name + L"*");
-            const auto length = static_cast<int>(beginning.Length());
-            const auto found = std::find_if(keys.begin(), keys.end(),
-                [&](const auto& entry) { return beginning.Compare(entry.first, length) == 0; });
-            if (found == keys.end())
+            const String key = KeyOfName(row.name, keys);
+            if (key.IsEmpty())
                 continue;
-            const String& key = found->second;
             InsertAlias(row.code, key);
             if (!(IString(row.vehicleCode) == row.code))
                 InsertAlias(row.vehicleCode, key);
             _tables.displayTable.Insert(key, row.name);
         }
+    }
+
+    // Of the keys of a country the one that its plain name leads to, which is that of its main language; else the
+    // first.
+    String KeyOfName(const String& name, const std::vector<std::pair<String, String>>& keys) const
+    {
+        const IString beginning(name + L"*");
+        const auto length = static_cast<int>(beginning.Length());
+        const auto fits = [&](const String& key)
+        {
+            return beginning.Compare(key, length) == 0;
+        };
+        String preferred;
+        if (_tables.aliasTable.Find(name, preferred) && fits(preferred))
+            return preferred;
+        const auto found = std::find_if(keys.begin(), keys.end(), [&](const auto& entry) { return fits(entry.first); });
+        return found == keys.end() ? String() : found->second;
     }
 
     // Aliases that may begin with a name and "*", in their order. The codes that join them while the rows are walked

@@ -61,7 +61,7 @@ TEST(CountryExports, Values)
         {L"de-AT", QXUT_COUNTRY_LCID, "3079"},
         {L"A", QXUT_COUNTRY_LCID, "3079"},
         {L"CDN", QXUT_COUNTRY_ENGLISH_NAME, "Canada"},
-        {L"UK", QXUT_COUNTRY_ENGLISH_NAME, "United Kingdom"},
+        {L"UK", QXUT_COUNTRY_LCID, "2057"},
         {L"ROK", QXUT_COUNTRY_LCID, "1042"},
         {L"CH", QXUT_COUNTRY_LCID, "2055"},
         {L"BE", QXUT_COUNTRY_LCID, "2060"},
