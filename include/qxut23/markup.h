@@ -19,10 +19,9 @@ QXUT_API void UtilMaskAllHTMLCharacters(const QXWCHAR* text, QXWCHAR** result);
    reference that isn't known stays; a numeric one that can't be read, or is zero, loses its ampersand. */
 QXUT_API void UtilDemaskAllHTMLCharacters(const QXWCHAR* text, QXWCHAR** result);
 
-/* Masks a text and makes a paragraph of each line (CR LF, or CR alone; a lone LF stays). With flags 0 the tags are <p>
-   and
-   </p>, and an empty paragraph gets a <br>; with any other value they are the placeholders [_[p]_] and [_[/p]_],
-   without the filler. Guillemets are doubled, so that UtilConvertHtml2PlainText gives them back. */
+/* Masks a text and makes a paragraph of each line (CR LF, or CR alone; a lone LF stays). With flags 0 the tags are
+   <p> and </p>, and an empty paragraph gets a <br>; with any other value they are the placeholders [_[p]_] and
+   [_[/p]_], without the filler. Guillemets are doubled, so that UtilConvertHtml2PlainText gives them back. */
 QXUT_API void UtilConvertText2HTML(const QXWCHAR* text, QXWCHAR** result, uint32_t flags);
 
 /* Reduces HTML (flags 0) or the placeholder markup (any other value, brackets "[" and "]") to text with carriage

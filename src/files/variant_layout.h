@@ -11,8 +11,6 @@
 namespace qx
 {
 
-constexpr VARTYPE kLastVariantType = VT_CLSID;
-
 // Arrays hold arrays; files come from outside, and reading, writing and freeing take a call for each level.
 constexpr int kMaxVariantDepth = 64;
 

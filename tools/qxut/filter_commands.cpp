@@ -33,13 +33,16 @@ struct Options
 // Filters take and give whole contents.
 using Filter = std::string (*)(const std::string& input, const Options& options);
 
-// The library's texts end at a zero character, so what stands behind one would be lost unseen.
+// The library's texts end at a zero character, so what stands behind one would be lost unseen, as would bytes that are
+// no UTF-8.
 WideText TextOf(const std::string& input)
 {
     constexpr std::string_view mark = "\xEF\xBB\xBF";
     std::string_view text = input;
     if (text.find('\0') != text.npos)
         throw Failure(kMalformed, "the input is no text: it holds a zero byte");
+    if (!IsUtf8(text))
+        throw Failure(kMalformed, "the input is no UTF-8");
     if (text.substr(0, mark.size()) == mark)
         text.remove_prefix(mark.size());
     return WideText(text);
