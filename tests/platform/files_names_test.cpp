@@ -3,7 +3,7 @@
 
 #include <algorithm>
 #include <set>
-#include <vector>
+#include <utility>
 
 using namespace qxtest;
 
@@ -11,13 +11,6 @@ namespace
 {
 
 constexpr DWORD readWrite = GENERIC_READ | GENERIC_WRITE;
-
-Text FullPath(const Text& path)
-{
-    WCHAR buffer[1000] = {};
-    GetFullPathNameW(path, 1000, buffer, nullptr);
-    return buffer;
-}
 
 // With slashes, and without what stands before the first one.
 std::string WithoutDrive(const Text& path)
@@ -46,25 +39,6 @@ std::set<std::string> Find(const Text& pattern)
     return names;
 }
 
-// Makes a folder the current one for a while.
-class CurrentFolder
-{
-public:
-    explicit CurrentFolder(const Text& folder)
-    {
-        WCHAR buffer[1000] = {};
-        GetCurrentDirectoryW(1000, buffer);
-        _former = buffer;
-        EXPECT_TRUE(SetCurrentDirectoryW(folder));
-    }
-    CurrentFolder(const CurrentFolder&) = delete;
-    CurrentFolder& operator=(const CurrentFolder&) = delete;
-    ~CurrentFolder() { SetCurrentDirectoryW(_former); }
-
-private:
-    Text _former;
-};
-
 TEST(FilesPaths, FullPathsAreResolvedInTheText)
 {
     struct
@@ -73,12 +47,10 @@ TEST(FilesPaths, FullPathsAreResolvedInTheText)
         const char* expected;
     } constexpr cases[] = {
         {L"/a/b", "/a/b"},
-        {L"\\a\\b", "/a/b"},
         {L"/a/./b/../c", "/a/c"},
         {L"/a//b\\\\c", "/a/b/c"},
         {L"/../../a", "/a"},
         {L"/", "/"},
-        {L"/a/", "/a/"},
         {L"/a/b/../", "/a/"},
         {L"/missing/../a", "/a"},
     };
@@ -87,65 +59,55 @@ TEST(FilesPaths, FullPathsAreResolvedInTheText)
 
     const Folder folder;
     ASSERT_TRUE(CreateDirectoryW(folder / L"sub", nullptr));
-    const CurrentFolder current(folder / L"sub");
+    WCHAR before[1000] = {};
+    GetCurrentDirectoryW(1000, before);
+    EXPECT_TRUE(SetCurrentDirectoryW(folder / L"sub"));
     const std::string base = WithoutDrive(FullPath(folder.path()));
     EXPECT_EQ(WithoutDrive(FullPath(L"a/b")), base + "/sub/a/b");
     EXPECT_EQ(WithoutDrive(FullPath(L"../a")), base + "/a");
-    EXPECT_EQ(WithoutDrive(FullPath(L".")), base + "/sub");
     MakeFile(L"../file", "found");
     EXPECT_EQ(BytesOf(L"nosuchfolder/../../file"), "found") << "resolved in the text here too";
-    EXPECT_EQ(BytesOf(FullPath(L"../file")), "found");
+    SetCurrentDirectoryW(before);
 }
 
-TEST(FilesPaths, FullPathTellsSizeAndName)
+// The sizes of buffers: with the zero where it is too small, without where it fits.
+TEST(FilesPaths, TellSizes)
 {
-    WCHAR buffer[100] = {};
+    WCHAR buffer[1000] = {};
     WCHAR* name = nullptr;
-    const DWORD length = GetFullPathNameW(L"/a/name", 100, buffer, &name);
+    DWORD length = GetFullPathNameW(L"/a/name", 100, buffer, &name);
     EXPECT_EQ(length, Text(buffer).size());
     EXPECT_EQ(Text(name), Text(L"name"));
     EXPECT_EQ(GetFullPathNameW(L"/a/name", length, buffer, &name), length + 1);
-    EXPECT_EQ(GetFullPathNameW(L"/a/name", 0, nullptr, nullptr), length + 1);
     GetFullPathNameW(L"/a/", 100, buffer, &name);
     EXPECT_EQ(name, nullptr);
     EXPECT_EQ(GetFullPathNameW(L"", 100, buffer, &name), 0u);
-}
 
-TEST(FilesPaths, TempFolderAndCurrentFolder)
-{
-    WCHAR buffer[1000] = {};
-    const DWORD length = GetTempPathW(1000, buffer);
+    length = GetTempPathW(1000, buffer);
     EXPECT_EQ(length, Text(buffer).size());
     EXPECT_TRUE(buffer[length - 1] == L'/' || buffer[length - 1] == L'\\');
     EXPECT_TRUE(Exists(buffer));
     EXPECT_EQ(GetTempPathW(length, buffer), length + 1);
-
     const DWORD size = GetCurrentDirectoryW(0, nullptr);
     EXPECT_EQ(GetCurrentDirectoryW(size, buffer), size - 1);
-    EXPECT_EQ(Text(buffer), FullPath(L"."));
-    const Folder folder;
-    MakeFile(folder / L"file");
-    EXPECT_EQ(ErrorOf([&] { return SetCurrentDirectoryW(folder / L"missing"); }), DWORD{ERROR_FILE_NOT_FOUND});
-    EXPECT_FALSE(SetCurrentDirectoryW(folder / L"file"));
 }
 
 TEST(FilesPaths, Folders)
 {
     const Folder folder;
-    const Text path = folder / L"sub";
+    const Text path = folder / L"sub", file = folder / L"file";
+    MakeFile(file);
     EXPECT_TRUE(CreateDirectoryW(path, nullptr));
-    EXPECT_EQ(ErrorOf([&] { return CreateDirectoryW(path, nullptr); }), DWORD{ERROR_ALREADY_EXISTS});
-    EXPECT_EQ(ErrorOf([&] { return CreateDirectoryW(folder / L"a/b", nullptr); }), DWORD{ERROR_PATH_NOT_FOUND});
-    EXPECT_EQ(ErrorOf([&] { return CreateDirectoryW(L"", nullptr); }), DWORD{ERROR_PATH_NOT_FOUND});
     EXPECT_TRUE(CreateDirectoryW(path + L"/inner/", nullptr));
-    EXPECT_EQ(ErrorOf([&] { return RemoveDirectoryW(path); }), DWORD{ERROR_DIR_NOT_EMPTY});
+    for (const auto& [name, error] :
+        {std::pair(path, ERROR_ALREADY_EXISTS), {file, ERROR_ALREADY_EXISTS}, {file + L"/x", ERROR_PATH_NOT_FOUND},
+            {folder / L"a/b", ERROR_PATH_NOT_FOUND}, {L"", ERROR_PATH_NOT_FOUND}})
+        EXPECT_EQ(ErrorOf([&name = name] { return CreateDirectoryW(name, nullptr); }), DWORD(error)) << name.Narrow();
+    for (const auto& [name, error] :
+        {std::pair(path, ERROR_DIR_NOT_EMPTY), {file, ERROR_DIRECTORY}, {folder / L"missing", ERROR_FILE_NOT_FOUND}})
+        EXPECT_EQ(ErrorOf([&name = name] { return RemoveDirectoryW(name); }), DWORD(error)) << name.Narrow();
     EXPECT_TRUE(RemoveDirectoryW(path + L"/inner"));
     EXPECT_TRUE(RemoveDirectoryW(path));
-    EXPECT_EQ(ErrorOf([&] { return RemoveDirectoryW(path); }), DWORD{ERROR_FILE_NOT_FOUND});
-    MakeFile(path);
-    EXPECT_EQ(ErrorOf([&] { return RemoveDirectoryW(path); }), DWORD{ERROR_DIRECTORY});
-    EXPECT_EQ(ErrorOf([&] { return CreateDirectoryW(path, nullptr); }), DWORD{ERROR_ALREADY_EXISTS});
-    EXPECT_EQ(ErrorOf([&] { return CreateDirectoryW(path + L"/x", nullptr); }), DWORD{ERROR_PATH_NOT_FOUND});
 }
 
 TEST(FilesFind, Patterns)
@@ -167,18 +129,12 @@ TEST(FilesFind, Patterns)
         {L"*.*", all},
         {L"*.txt", {"a.txt", "ab.txt", "a.b.txt", "x.TXT"}},
         {L"A*.TXT", {"a.txt", "ab.txt", "a.b.txt"}},
-        {L"a?.txt", {"a.txt", "ab.txt"}, true},
         {L"??.txt", {"a.txt", "ab.txt", "x.TXT"}, true},
-        {L"?", {"a"}},
-        {L"a.*", {"a", "a.txt", "a.b.txt", "a.txt.bak"}},
         {L"a*.*.*", {"a", "a.txt", "a.b.txt", "ab.txt", "a.txt.bak"}},
         {L"*.", {"a", "readme", "sub"}, true},
         {L"*a*", {"a", "a.txt", "ab.txt", "a.b.txt", "a.txt.bak", "readme"}},
-        {L"_23_*", {"_23_1.tmp"}},
         {L"a.txt", {"a.txt"}},
-        {L"sub", {"sub"}},
         {L"*.nothing", {"error 2"}},
-        {L"nothing", {"error 2"}},
         {L"", {"error 2"}},
         {L"missing/*", {"error 3"}},
     };
@@ -212,29 +168,19 @@ TEST(FilesFind, TellsWhatTheFileIs)
         EXPECT_TRUE(FindClose(find));
         EXPECT_EQ(ErrorOf([&] { return FindNextFileW(find, &data); }), DWORD{ERROR_INVALID_HANDLE});
     }
-    if (isLayer) // Wine doesn't check
-    {
-        const Handle file = Open(folder / L"file", GENERIC_READ, shareAll);
-        EXPECT_EQ(ErrorOf([&] { return FindClose(file); }), DWORD{ERROR_INVALID_HANDLE});
-    }
 }
 
 TEST(FilesAttributes, AreKept)
 {
     const Folder folder;
     const Text path = folder / L"file";
-    const auto error = [](const Text& name)
-    {
-        return ErrorOf([&] { return GetFileAttributesW(name) != INVALID_FILE_ATTRIBUTES; });
-    };
-    EXPECT_EQ(error(path), DWORD{ERROR_FILE_NOT_FOUND});
-    EXPECT_EQ(error(folder / L"missing/file"), DWORD{ERROR_PATH_NOT_FOUND});
-    EXPECT_EQ(error(L""), DWORD{ERROR_PATH_NOT_FOUND});
-    EXPECT_EQ(GetFileAttributesW(folder.path()), DWORD{FILE_ATTRIBUTE_DIRECTORY});
     MakeFile(path);
-    EXPECT_EQ(error(path + L"/x"), DWORD{ERROR_PATH_NOT_FOUND});
+    for (const auto& [name, error] :
+        {std::pair(folder / L"missing", ERROR_FILE_NOT_FOUND), {folder / L"missing/file", ERROR_PATH_NOT_FOUND},
+            {path + L"/x", ERROR_PATH_NOT_FOUND}, {L"", ERROR_PATH_NOT_FOUND}})
+        EXPECT_EQ(ErrorOf([&name = name] { return Exists(name); }), DWORD(error)) << name.Narrow();
+    EXPECT_EQ(GetFileAttributesW(folder.path()), DWORD{FILE_ATTRIBUTE_DIRECTORY});
     EXPECT_EQ(GetFileAttributesW(path), DWORD{FILE_ATTRIBUTE_ARCHIVE});
-    EXPECT_EQ(ErrorOf([&] { return SetFileAttributesW(folder / L"missing", 0); }), DWORD{ERROR_FILE_NOT_FOUND});
 
     EXPECT_TRUE(SetFileAttributesW(path, FILE_ATTRIBUTE_READONLY));
     EXPECT_EQ(GetFileAttributesW(path), DWORD{FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_ARCHIVE});
@@ -242,12 +188,9 @@ TEST(FilesAttributes, AreKept)
     if (isLayer) // under Wine the administrator may all the same
     {
         for (const DWORD disposition : {OPEN_EXISTING, CREATE_ALWAYS})
-            EXPECT_EQ(ErrorOf([&] { return static_cast<bool>(Open(path, GENERIC_WRITE, 0, disposition)); }),
-                DWORD{ERROR_ACCESS_DENIED});
+            EXPECT_EQ(OpenError(path, GENERIC_WRITE, 0, disposition), DWORD{ERROR_ACCESS_DENIED});
         EXPECT_EQ(
-            ErrorOf([&]
-                { return static_cast<bool>(Open(path, GENERIC_READ, 0, OPEN_EXISTING, FILE_FLAG_DELETE_ON_CLOSE)); }),
-            DWORD{ERROR_ACCESS_DENIED});
+            OpenError(path, GENERIC_READ, 0, OPEN_EXISTING, FILE_FLAG_DELETE_ON_CLOSE), DWORD{ERROR_ACCESS_DENIED});
     }
     EXPECT_TRUE(SetFileAttributesW(path, FILE_ATTRIBUTE_NORMAL));
     EXPECT_EQ(GetFileAttributesW(path), DWORD{FILE_ATTRIBUTE_ARCHIVE});
@@ -271,15 +214,12 @@ TEST(FilesAttributes, HiddenIsKept)
     constexpr DWORD hidden = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_ARCHIVE;
     if (GetFileAttributesW(path) != hidden)
         GTEST_SKIP() << "the file system of the temp folder keeps no attributes";
-    EXPECT_EQ(
-        ErrorOf([&] { return static_cast<bool>(Open(path, readWrite, 0, CREATE_ALWAYS)); }), DWORD{ERROR_ACCESS_DENIED})
+    EXPECT_EQ(OpenError(path, readWrite, 0, CREATE_ALWAYS), DWORD{ERROR_ACCESS_DENIED})
         << "who replaces a hidden file must ask for a hidden one";
     EXPECT_TRUE(Open(path, readWrite, 0, CREATE_ALWAYS, FILE_ATTRIBUTE_HIDDEN));
     WIN32_FIND_DATAW data{};
     FindClose(FindFirstFileW(path, &data));
     EXPECT_EQ(data.dwFileAttributes, hidden);
-    EXPECT_TRUE(SetFileAttributesW(path, FILE_ATTRIBUTE_NORMAL));
-    EXPECT_EQ(GetFileAttributesW(path), DWORD{FILE_ATTRIBUTE_ARCHIVE});
 }
 
 TEST(FilesAttributes, Times)
@@ -306,22 +246,13 @@ TEST(FilesAttributes, Times)
     EXPECT_TRUE(GetFileTime(file, nullptr, &unchanged, &write));
     EXPECT_EQ(CompareFileTime(&write, &old), 0);
     EXPECT_EQ(CompareFileTime(&unchanged, &access), 0);
-    WIN32_FILE_ATTRIBUTE_DATA data{};
-    EXPECT_TRUE(GetFileAttributesExW(path, GetFileExInfoStandard, &data));
-    EXPECT_EQ(CompareFileTime(&data.ftLastWriteTime, &old), 0);
     BY_HANDLE_FILE_INFORMATION info{};
     EXPECT_TRUE(GetFileInformationByHandle(file, &info));
     EXPECT_EQ(CompareFileTime(&info.ftLastWriteTime, &old), 0);
-    EXPECT_EQ(info.nNumberOfLinks, 1u);
 
     EXPECT_TRUE(WriteBytes(file, "new"));
     EXPECT_TRUE(GetFileTime(file, nullptr, nullptr, &write));
     EXPECT_NEAR(seconds(write), seconds(now), 5) << "writing moves it";
-    if (isLayer) // Wine lets any handle do it
-    {
-        const Handle reader = Open(path, GENERIC_READ, shareAll);
-        EXPECT_EQ(ErrorOf([&] { return SetFileTime(reader, nullptr, nullptr, &old); }), DWORD{ERROR_ACCESS_DENIED});
-    }
 }
 
 } // namespace

@@ -87,6 +87,20 @@ inline Handle Open(const Text& path, DWORD access, DWORD share, DWORD dispositio
     return Handle(CreateFileW(path, access, share, nullptr, disposition, flags, nullptr));
 }
 
+// Why a file can't be opened; 0 if it can.
+inline DWORD OpenError(
+    const Text& path, DWORD access, DWORD share = shareAll, DWORD disposition = OPEN_EXISTING, DWORD flags = 0)
+{
+    return Open(path, access, share, disposition, flags) ? DWORD{ERROR_SUCCESS} : GetLastError();
+}
+
+inline Text FullPath(const Text& path)
+{
+    WCHAR buffer[1000] = {};
+    GetFullPathNameW(path, 1000, buffer, nullptr);
+    return buffer;
+}
+
 inline bool WriteBytes(HANDLE file, std::string_view bytes)
 {
     DWORD written = 0;
