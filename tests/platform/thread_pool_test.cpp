@@ -2,7 +2,6 @@
 #include "threads_support.h"
 
 #include <bit>
-#include <thread>
 #include <vector>
 
 // Affinity is set by other means on each system; only on the layer does it count for GetActiveProcessorCount.
@@ -70,26 +69,6 @@ bool WaitFor(const std::atomic<int>& value, int expected)
     return value == expected;
 }
 
-TEST(ThreadPools, ACallbackForEachSubmit)
-{
-    std::atomic<int> count = 0;
-    Pool pool;
-    const PTP_WORK work = pool.Make(&Count, &count);
-    ASSERT_NE(work, nullptr);
-    WaitForThreadpoolWorkCallbacks(work, FALSE); // nothing to wait for
-    for (int i = 0; i < 200; ++i)
-        SubmitThreadpoolWork(work);
-    WaitForThreadpoolWorkCallbacks(work, FALSE);
-    EXPECT_EQ(count, 200);
-    CloseThreadpoolWork(work);
-
-    const PTP_WORK ofProcess = CreateThreadpoolWork(&Count, &count, nullptr);
-    SubmitThreadpoolWork(ofProcess);
-    WaitForThreadpoolWorkCallbacks(ofProcess, FALSE);
-    EXPECT_EQ(count, 201);
-    CloseThreadpoolWork(ofProcess);
-}
-
 TEST(ThreadPools, CallbacksDontWaitForEachOther)
 {
     Held held;
@@ -105,22 +84,6 @@ TEST(ThreadPools, CallbacksDontWaitForEachOther)
     SetEvent(held.go);
     WaitForThreadpoolWorkCallbacks(holding, FALSE);
     EXPECT_EQ(held.ended, 2);
-}
-
-TEST(ThreadPools, AWorkItemMayBeClosedByItsCallback)
-{
-    std::atomic<int> count = 0;
-    {
-        Pool pool;
-        SubmitThreadpoolWork(pool.Make(
-            [](PTP_CALLBACK_INSTANCE, void* context, PTP_WORK work)
-            {
-                CloseThreadpoolWork(work);
-                ++*static_cast<std::atomic<int>*>(context);
-            },
-            &count));
-        EXPECT_TRUE(WaitFor(count, 1));
-    }
 }
 
 // The end of a group waits for what runs. Where it cancels, each member is told.
@@ -171,32 +134,6 @@ TEST(ThreadPools, UnderLoad)
     for (const Thread& thread : threads)
         EXPECT_EQ(thread.Join(), 0u);
     EXPECT_EQ(count, 3 * 20 * 10);
-}
-
-TEST(Processors, OfTheProcess)
-{
-    const HANDLE process = GetCurrentProcess();
-    DWORD_PTR own = 0, system = 0;
-    ASSERT_TRUE(GetProcessAffinityMask(process, &own, &system));
-    EXPECT_NE(own, 0u);
-    EXPECT_EQ(own & ~system, 0u);
-
-    if (isLayer) // Wine has no groups
-    {
-        USHORT groups[64] = {};
-        USHORT count = 64;
-        ASSERT_TRUE(GetProcessGroupAffinity(process, &count, groups));
-        ASSERT_EQ(count, 1); // of a machine with up to 64
-        EXPECT_EQ(groups[0], 0);
-        count = 0;
-        EXPECT_EQ(ErrorOf([&] { return GetProcessGroupAffinity(process, &count, groups); }),
-            DWORD{ERROR_INSUFFICIENT_BUFFER});
-        EXPECT_EQ(count, 1);
-    }
-    EXPECT_EQ(GetActiveProcessorCount(0), GetActiveProcessorCount(ALL_PROCESSOR_GROUPS));
-    EXPECT_GE(GetActiveProcessorCount(0), static_cast<DWORD>(std::popcount(own)));
-    EXPECT_EQ(GetActiveProcessorCount(60), 0u);
-    EXPECT_EQ(ErrorOf([&] { return GetProcessAffinityMask(nullptr, &own, &system); }), DWORD{ERROR_INVALID_HANDLE});
 }
 
 // What a container shares out counts for the layer, not what the machine has.
