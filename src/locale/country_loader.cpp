@@ -282,31 +282,24 @@ private:
         scCountryName row;
         for (int id = firstCountryName; ReadCountryName(_source, id, row); ++id)
         {
-            const String key = KeyOfName(row.name, keys);
-            if (key.IsEmpty())
+            const IString beginning(row.name + L"*");
+            const auto fits = [&, length = static_cast<int>(beginning.Length())](const String& key)
+            {
+                return beginning.Compare(key, length) == 0;
+            };
+            const auto found =
+                std::find_if(keys.begin(), keys.end(), [&](const auto& entry) { return fits(entry.first); });
+            if (found == keys.end())
                 continue;
+            // The codes lead to the country's main language where that is known.
+            String key;
+            if (!_tables.aliasTable.Find(row.name, key) || !fits(key))
+                key = found->second;
             InsertAlias(row.code, key);
             if (!(IString(row.vehicleCode) == row.code))
                 InsertAlias(row.vehicleCode, key);
-            _tables.displayTable.Insert(key, row.name);
+            _tables.displayTable.Insert(found->second, row.name);
         }
-    }
-
-    // Of the keys of a country the one that its plain name leads to, which is that of its main language; else the
-    // first.
-    String KeyOfName(const String& name, const std::vector<std::pair<String, String>>& keys) const
-    {
-        const IString beginning(name + L"*");
-        const auto length = static_cast<int>(beginning.Length());
-        const auto fits = [&](const String& key)
-        {
-            return beginning.Compare(key, length) == 0;
-        };
-        String preferred;
-        if (_tables.aliasTable.Find(name, preferred) && fits(preferred))
-            return preferred;
-        const auto found = std::find_if(keys.begin(), keys.end(), [&](const auto& entry) { return fits(entry.first); });
-        return found == keys.end() ? String() : found->second;
     }
 
     // Aliases that may begin with a name and "*", in their order. The codes that join them while the rows are walked
