@@ -56,42 +56,25 @@ void Check(const Case (&cases)[N])
     }
 }
 
-TEST(CrtFormat, Integers)
+TEST(CrtFormat, IntegersAndPointers)
 {
+    void* const pointer = reinterpret_cast<void*>(0x1234abcd);
     const Case cases[] = {
-        {Printed(L"%d", -5), L"-5"},
-        {Printed(L"%i", 7), L"7"},
-        {Printed(L"%d", INT_MIN), L"-2147483648"},
-        {Printed(L"%u", -1), L"4294967295"},
+        {Printed(L"%d %i %u", INT_MIN, 7, -1), L"-2147483648 7 4294967295"},
         {Printed(L"%+d % d %+ d % d", 5, 5, 5, -5), L"+5  5 +5 -5"},
         {Printed(L"%+u% x", 5, 5), L"55"}, // a sign is for signed numbers
         {Printed(L"[%5d][%-5d][%05d][%-05d]", 42, 42, -42, 42), L"[   42][42   ][-0042][42   ]"},
         {Printed(L"[%.5d][%8.5d][%-8.5d]", -42, -42, -42), L"[-00042][  -00042][-00042  ]"},
         {Printed(L"[%.0d][%5.0d][%+.0d][%.d]", 0, 0, 0, 0), L"[][     ][+][]"},
         {Printed(L"[%*d][%*d][%.*d][%.*d]", 5, 42, -5, 42, 5, 42, -5, 42), L"[   42][42   ][00042][42]"},
-        {Printed(L"%02d:%02u.%03u %03d %04d-%04u", 3, 4, 5, 6, 7, 8), L"03:04.005 006 0007-0008"},
-        {Printed(L"%x %X %lx %04x%04x %02x %02X", 0xabcdef, 0xabcdef, 0xfffffffe, 0x409, 0x4b0, 10, 171),
-            L"abcdef ABCDEF fffffffe 040904b0 0a AB"},
-        {Printed(L"%08x %08X %08lx %08lX %04X", 0x80070005, 0xbeef, 0x80070005, 0xbeef, 0x9e4),
-            L"80070005 0000BEEF 80070005 0000BEEF 09E4"},
-        {Printed(L"%#x %#X %#lx %#x", 0xab, 0xab, 0xab, 0), L"0xab 0XAB 0xab 0"},
+        {Printed(L"%x %X %08lx %#x %#X %#x", 0xabcdef, 0xbeef, 0x8007, 0xab, 0xab, 0),
+            L"abcdef BEEF 00008007 0xab 0XAB 0"},
         {Printed(L"[%#08lx][%#8x][%#-8x][%#10.6x]", 0x1234, 0xab, 0xab, 0xab),
             L"[0x001234][    0xab][0xab    ][  0x0000ab]"},
         {Printed(L"%o %#o %#o %#.5o", 8, 8, 0, 8), L"10 010 0 00010"},
-        {Printed(L"{%08lX-%04X-%04X-%02X%02X-%02X}", 0x8d4925abu, 0x505a, 0x483b, 0xa7, 0xe0, 6),
-            L"{8D4925AB-505A-483B-A7E0-06}"},
-    };
-    Check(cases);
-}
-
-TEST(CrtFormat, SizesOfIntegers)
-{
-    const Case cases[] = {
-        {Printed(L"%I64d %I64u", -123456789012345LL, ~0ULL), L"-123456789012345 18446744073709551615"},
-        {Printed(L"%I64d", LLONG_MIN), L"-9223372036854775808"},
-        {Printed(L"%I64x %I64X %08I64x", 0x123456789abcULL, 0xabcULL, 0x123456789abULL),
-            L"123456789abc ABC 123456789ab"},
-        {Printed(L"%016I64x", 0xabcdef12ULL), L"00000000abcdef12"},
+        // sizes
+        {Printed(L"%I64d %I64u %016I64x", LLONG_MIN, ~0ULL, 0xabcdef12ULL),
+            L"-9223372036854775808 18446744073709551615 00000000abcdef12"},
         {Printed(L"%lld %llu %llx", -1LL, ~0ULL, 0x123456789abcULL), L"-1 18446744073709551615 123456789abc"},
         {Printed(L"%Id %Iu %zd %td %jd", -123456789012LL, 5ULL, -123456789012LL, 6LL, 7LL),
             L"-123456789012 5 -123456789012 6 7"},
@@ -99,21 +82,9 @@ TEST(CrtFormat, SizesOfIntegers)
         {Printed(L"%hd %hd %hu %hx", 0x12345, -1, -1, 0x12345), L"9029 -1 65535 2345"},
         {Printed(L"0x%016Lx %d", 0x56789abcULL, 42), L"0x0000000056789abc 42"},              // `L` isn't `ll`: 32 bits
         {Printed(L"%lhd %hld %wd %Fd %Nd", 0x12345, 0x12345, 5, 6, 7), L"9029 74565 5 6 7"}, // the last size counts
-    };
-    Check(cases);
-}
-
-TEST(CrtFormat, Pointers)
-{
-    void* const pointer = reinterpret_cast<void*>(0x1234abcd);
-    const Case cases[] = {
-        {Printed(L"%p %#p", pointer, pointer), L"000000001234ABCD 0X000000001234ABCD"},
-        {Printed(L"[%20p][%-20p][%#20p]", pointer, pointer, pointer),
-            L"[    000000001234ABCD][000000001234ABCD    ][  0X000000001234ABCD]"},
-        {Printed(L"[%020p][%+p]", pointer, pointer), L"[    000000001234ABCD][000000001234ABCD]"},
-        {Printed(L"%p %#p", nullptr, nullptr), L"0000000000000000 0000000000000000"},
-        {Printed(L"QvxLOGTAPAppLocalData_%#p_%d", reinterpret_cast<void*>(0x2a4), 504),
-            L"QvxLOGTAPAppLocalData_0X00000000000002A4_504"},
+        {Printed(L"%p %#p %p", pointer, pointer, nullptr), L"000000001234ABCD 0X000000001234ABCD 0000000000000000"},
+        {Printed(L"[%-20p][%#20p][%020p][%+p]", pointer, pointer, pointer, pointer),
+            L"[000000001234ABCD    ][  0X000000001234ABCD][    000000001234ABCD][000000001234ABCD]"},
     };
     Check(cases);
 }
@@ -128,9 +99,7 @@ TEST(CrtFormat, Texts)
             L"[        ab][ab        ][00000000ab][ab        ]"},
         {Printed(L"[%.1s][%.0s][%.s][%5.1s][%.9s]", L"ab", L"ab", L"ab", L"ab", L"ab"), L"[a][][][    a][ab]"},
         {Printed(L"[%*s][%.*s][%.*s]", -5, L"ab", 1, L"ab", -1, L"ab"), L"[ab   ][a][ab]"},
-        {Printed(L"%-8s:%*s%s", L"", 3, L"", L"x"), L"        :   x"},
-        {Printed(L"[%-20hs %-5hs][%.2hs][%.2S]", "libqx.so", "23", "abc", "abc"),
-            L"[libqx.so             23   ][ab][ab]"},
+        {Printed(L"[%-5hs][%.2hs][%.2S]", "23", "abc", "abc"), L"[23   ][ab][ab]"},
         {Printed(L"%s %hs %S [%.3s][%10s]", nullptr, nullptr, nullptr, nullptr, nullptr),
             L"(null) (null) (null) [(nu][    (null)]"},
         {Printed(L"%c%c%C%hc%lc%wc", L'x', L'\u20ac', 'y', 0xe4, L'\u20ac', L'z'), L"x\u20acy\u00e4\u20acz"},
@@ -142,28 +111,23 @@ TEST(CrtFormat, Texts)
 
     const wchar_t unterminated[] = {L'a', L'b'};
     EXPECT_STREQ(Printed(L"%.2s", unterminated).Terminated(), L"ab");
-
 #if !defined(_WIN32) // msvcrt writes the letters
-    EXPECT_STREQ(Printed(L"%Ts%Ts%02d.dll", L"qx", L"ct", 23).Terminated(), L"qxct23.dll");
-    EXPECT_STREQ(Printed(L"%Tc%TS", L'x', L"y").Terminated(), L"xy");
+    EXPECT_STREQ(Printed(L"%Ts%Tc%TS", L"qx", L'x', L"y").Terminated(), L"qxxy");
 #endif
 }
 
 TEST(CrtFormat, FixedNumbers)
 {
     const Case cases[] = {
-        {Printed(L"%f %lf %f", 1.5, 0.1, -0.0), L"1.500000 0.100000 -0.000000"},
+        {Printed(L"%f %lf %Lf %hf %f", 1.5, 0.1, 1.5, 2.5, -0.0), L"1.500000 0.100000 1.500000 2.500000 -0.000000"},
         {Printed(L"%f", 1e22), L"10000000000000000000000.000000"},
         {Printed(L"%.20f", 0.1), L"0.10000000000000000555"},
-        {Printed(L"%f %f", 0.00000051, 0.00000049), L"0.000001 0.000000"},
-        {Printed(L"%f", 999999.9999999), L"1000000.000000"},
+        {Printed(L"%f %f %f", 0.00000051, 0.00000049, 999999.9999999), L"0.000001 0.000000 1000000.000000"},
         {Printed(L"%.0f %.0f %.0f %#.0f", 2.5, 3.5, 0.4, 3.5), L"3 4 0 4."}, // half goes up
         {Printed(L"%.0f %.0f %.0f %.2f", 0.5, 0.05, 9.5, 9994.125), L"1 0 10 9994.13"},
         {Printed(L"%.1f %.1f %.2f", 0.25, 0.35, 1.005), L"0.3 0.3 1.00"}, // 0.35 and 1.005 lie below themselves
         {Printed(L"[%10.3f][%-10.3f][%010.3f]", 3.14159, 3.14159, -3.14159), L"[     3.142][3.142     ][-00003.142]"},
         {Printed(L"%+.2f % .2f %+ .2f", 3.0, 3.0, 3.0), L"+3.00  3.00 +3.00"},
-        {Printed(L"%Lf %hf", 1.5, 2.5), L"1.500000 2.500000"},
-        {Printed(L"%.3f", 5e-324), L"0.000"},
     };
     Check(cases);
 
@@ -185,21 +149,12 @@ TEST(CrtFormat, ScientificAndGeneralNumbers)
         {Printed(L"%g %g %g %g", 100000.0, 1000000.0, 0.0001, 1e-5), L"100000 1e+006 0.0001 1e-005"},
         {Printed(L"%g %g %g %G", 0.0, 1.5, 123456789.0, 1e-10), L"0 1.5 1.23457e+008 1E-010"},
         {Printed(L"%g %g", 99999.95, 999999.5), L"99999.9 1e+006"}, // rounded before the form is chosen
-        {Printed(L"%#g %#.3g", 1.5, 100.0), L"1.50000 100."},
-        {Printed(L"t=%.2g s t=1/%.0f s f=%.1g d=%.3g m", 1.25, 60.0, 2.8, 1234.5),
-            L"t=1.3 s t=1/60 s f=3 d=1.23e+003 m"},
-        {Printed(L"%.1g %.2g %.0g", 28.0, 123.0, 1.5), L"3e+001 1.2e+002 2"},
+        {Printed(L"%#g %#.3g %.0g %.2g", 1.5, 100.0, 1.5, 123.0), L"1.50000 100. 2 1.2e+002"},
         {Printed(L"%.10g %.17g [%-9g]", 0.1, 0.1, 1.0), L"0.1 0.10000000000000001 [1        ]"},
         {Printed(L"%a %A %a", 1.0, -1.5, 0.1), L"0x1.0000000000000p+0 -0X1.8000000000000P+0 0x1.999999999999ap-4"},
         {Printed(L"%.2a %.0a %#.0a", 1.999, 1.9, 1.0), L"0x2.00p+0 0x2p+0 0x1.p+0"},
         {Printed(L"%a %a", 0.0, 1e-310), L"0x0.0000000000000p+0 0x0.012688b70e62bp-1022"},
-    };
-    Check(cases);
-}
-
-TEST(CrtFormat, WhatIsNoNumber)
-{
-    const Case cases[] = {
+        // what is no number
         {Printed(L"%f %f %+f", Infinity, -Infinity, Infinity), L"1.#INF00 -1.#INF00 +1.#INF00"},
         {Printed(L"%g %G %e", Infinity, Infinity, Infinity), L"1.#INF 1.#INF 1.#INF00e+000"},
         {Printed(L"%f %g %g", NotANumber, NotANumber, -NotANumber), L"1.#QNAN0 1.#QNAN -1.#IND"},
@@ -213,17 +168,13 @@ TEST(CrtFormat, WhatIsNoConversion)
 {
     const Case cases[] = {
         {Printed(L""), L""},
-        {Printed(L"100%% %d", 5), L"100% 5"},
-        {Printed(L"a%yb%k%d", 1, 2), L"aybk1"},
-        {Printed(L"%5y|%I3d|%I6", 5), L"y|I3d|I6"},
-        {Printed(L"%5*d|%.-3d", 7), L"*d|-3d"},
-        {Printed(L"%H:%M"), L"H:M"},
+        {Printed(L"100%% a%yb%k%d", 1, 2), L"100% aybk1"},
+        {Printed(L"%5y|%I3d|%I6|%5*d|%.-3d", 5), L"y|I3d|I6|*d|-3d"},
         {Printed(L"ab%"), L"ab"},
         {Printed(L"ab%-05.3I64"), L"ab"},
         {Printed(L"[%--5d][%0+5d]", 42, 42), L"[42   ][+0042]"},
     };
     Check(cases);
-
     int count = -1;
     EXPECT_STREQ(Printed(L"abc%nd%s", &count, L"e").Terminated(), L"abcde");
     EXPECT_EQ(count, 3);
@@ -236,8 +187,7 @@ TEST(CrtFormat, FollowsTheDocumentation)
     const Case cases[] = {
         {Printed(L"[%08.5d]", -42), L"[  -00042]"}, // a precision switches the filling with zeros off
         {Printed(L"%.4p", nullptr), L"0000000000000000"},
-        {Printed(L"%5%|"), L"%|"},
-        {Printed(L"%#.0o", 0), L"0"},
+        {Printed(L"%5%| %#.0o", 0), L"%| 0"},
         {Printed(L"[%-10f]", Infinity), L"[1.#INF00  ]"},
     };
     Check(cases);
@@ -276,14 +226,9 @@ TEST(CrtFormat, CutsAtTheSize)
         int result;
         std::wstring_view content; // with one character behind what may be written
     };
-    constexpr SizeCase cases[] = {
-        {0, -1, L"~"},
-        {1, -1, L"a~"},
-        {4, -1, L"ab12~"},
-        {5, 5, L"ab12c~"}, // full: no terminator
-        {6, 5, std::wstring_view(L"ab12c\0~", 7)},
-    };
-    for (const SizeCase& c : cases)
+    for (const SizeCase& c :
+        {SizeCase{0, -1, L"~"}, {1, -1, L"a~"}, {4, -1, L"ab12~"}, {5, 5, L"ab12c~"}, // full: no terminator
+            {6, 5, std::wstring_view(L"ab12c\0~", 7)}})
     {
         wchar_t target[8];
         wmemset(target, L'~', 8);
@@ -307,17 +252,9 @@ TEST(CrtFormat, CutsSecurely)
         const wchar_t* content;
         int error;
     };
-    constexpr SecureCase cases[] = {
-        {1, _TRUNCATE, -1, L"", 0},
-        {5, _TRUNCATE, -1, L"ab12", 0},
-        {6, _TRUNCATE, 5, L"ab12c", 0},
-        {8, 1, -1, L"a", 0},
-        {8, 4, -1, L"ab12", 0},
-        {8, 5, 5, L"ab12c", 0},
-        {6, 6, 5, L"ab12c", 0},
-        {5, 6, -1, L"", ERANGE},
-    };
-    for (const SecureCase& c : cases)
+    for (const SecureCase& c :
+        {SecureCase{1, _TRUNCATE, -1, L"", 0}, {5, _TRUNCATE, -1, L"ab12", 0}, {6, _TRUNCATE, 5, L"ab12c", 0},
+            {8, 4, -1, L"ab12", 0}, {8, 5, 5, L"ab12c", 0}, {6, 6, 5, L"ab12c", 0}, {5, 6, -1, L"", ERANGE}})
     {
         wchar_t target[9];
         wmemset(target, L'~', 9);
@@ -331,13 +268,8 @@ TEST(CrtFormat, CutsSecurely)
 
 TEST(CrtFormat, Times)
 {
-    tm time = {};
-    time.tm_year = 124;
-    time.tm_mon = 1;
-    time.tm_mday = 9;
-    time.tm_hour = 7;
-    time.tm_min = 5;
-    time.tm_sec = 3;
+    constexpr time_t moment = 1707462303;
+    tm time = *gmtime(&moment);
     wchar_t text[40];
     EXPECT_EQ(wcsftime(text, 40, L"(%y-%m-%d %H:%M)", &time), 16u);
     EXPECT_STREQ(text, L"(24-02-09 07:05)");

@@ -1,13 +1,18 @@
-// Numbers from text. Each case holds for the runtime under Wine too, unless a comment says otherwise.
+// Numbers from text, alone and by the scanner. Each case holds for the runtime under Wine too, unless a comment says
+// otherwise.
 #include <gtest/gtest.h>
 
 #include <errno.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <wchar.h>
 
+#include <array>
 #include <climits>
 #include <cmath>
+#include <cstdint>
 #include <limits>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -27,68 +32,42 @@ TEST(CrtNumber, ReadsIntegersOfFourRanges)
         unsigned long long unsigned64;
     };
     constexpr unsigned long long max64 = ULLONG_MAX;
-    constexpr Case cases[] = {
-        {L"12", 10, 2, 12, 12, 12, 12},
-        {L"-12", 10, 3, -12, 4294967284, -12, max64 - 11},
-        {L"+12", 10, 3, 12, 12, 12, 12},
-        {L" \t\r\n12x", 10, 6, 12, 12, 12, 12},
-        {L"\u00a0\u30005", 10, 3, 5, 5, 5, 5},
-        {L"", 10, 0, 0, 0, 0, 0},
-        {L"  -", 10, 0, 0, 0, 0, 0},
-        {L"- 1", 10, 0, 0, 0, 0, 0},
-        {L"abc", 10, 0, 0, 0, 0, 0},
-        {L"1_0", 10, 1, 1, 1, 1, 1},
-        {L"0x1F", 16, 4, 31, 31, 31, 31},
-        {L"-0X1fg", 16, 5, -31, 4294967265, -31, max64 - 30},
-        {L"ffFF", 16, 4, 65535, 65535, 65535, 65535},
-        {L"0x1F", 10, 1, 0, 0, 0, 0},
-        {L"0x", 16, 0, 0, 0, 0, 0},
-        {L"0xg", 16, 0, 0, 0, 0, 0},
-        {L"0x1F", 0, 4, 31, 31, 31, 31},
-        {L"017", 0, 3, 15, 15, 15, 15},
-        {L"08", 0, 1, 0, 0, 0, 0},
-        {L"19", 0, 2, 19, 19, 19, 19},
-        {L"zZ", 36, 2, 1295, 1295, 1295, 1295},
-        {L"102", 2, 2, 2, 2, 2, 2},
-        {L"\uff11\u0662", 10, 2, 12, 12, 12, 12}, // digits of all scripts
+    constexpr Case cases[] = {{L"-12", 10, 3, -12, 4294967284, -12, max64 - 11},
+        {L" \t\r\n+12x", 10, 7, 12, 12, 12, 12}, {L"\u00a0\u30005", 10, 3, 5, 5, 5, 5}, {L"", 10, 0, 0, 0, 0, 0},
+        {L"- 1", 10, 0, 0, 0, 0, 0}, {L"abc", 10, 0, 0, 0, 0, 0}, {L"1_0", 10, 1, 1, 1, 1, 1},
+        {L"-0X1fg", 16, 5, -31, 4294967265, -31, max64 - 30}, {L"ffFF", 16, 4, 65535, 65535, 65535, 65535},
+        {L"0x1F", 10, 1, 0, 0, 0, 0}, {L"0xg", 16, 0, 0, 0, 0, 0}, {L"0x1F", 0, 4, 31, 31, 31, 31},
+        {L"017", 0, 3, 15, 15, 15, 15}, {L"08", 0, 1, 0, 0, 0, 0}, {L"zZ", 36, 2, 1295, 1295, 1295, 1295},
+        {L"102", 2, 2, 2, 2, 2, 2}, {L"\uff11\u0662", 10, 2, 12, 12, 12, 12}, // digits of all scripts
         {L"2147483647", 10, 10, INT_MAX, INT_MAX, INT_MAX, INT_MAX},
         {L"2147483648", 10, 10, INT_MAX, 2147483648, 2147483648, 2147483648},
         {L"-2147483648", 10, 11, INT_MIN, 2147483648, INT_MIN, max64 - 2147483647},
         {L"-2147483649", 10, 11, INT_MIN, 2147483647, -2147483649, max64 - 2147483648},
-        {L"4294967295", 10, 10, INT_MAX, 4294967295, 4294967295, 4294967295},
         {L"4294967296", 10, 10, INT_MAX, 4294967295, 4294967296, 4294967296},
-        {L"-1", 10, 2, -1, 4294967295, -1, max64},
         {L"9223372036854775807", 10, 19, INT_MAX, 4294967295, LLONG_MAX, LLONG_MAX},
         {L"9223372036854775808", 10, 19, INT_MAX, 4294967295, LLONG_MAX, 9223372036854775808u},
         {L"FFFFFFFFFFFFFFFF", 16, 16, INT_MAX, 4294967295, LLONG_MAX, max64},
-        {L"18446744073709551616", 10, 20, INT_MAX, 4294967295, LLONG_MAX, max64},
-        {L"99999999999999999999999999999999999999999", 10, 41, INT_MAX, 4294967295, LLONG_MAX, max64},
-    };
+        {L"18446744073709551616", 10, 20, INT_MAX, 4294967295, LLONG_MAX, max64}};
     for (const Case& c : cases)
     {
-        const bool over32 = c.unsigned64 > 4294967295 && c.text[0] != L'-';
-        const wchar_t* const end = c.text + c.length;
-        wchar_t* behind = nullptr;
-        errno = 0;
-        EXPECT_EQ(wcstol(c.text, &behind, c.base), c.signed32) << c.text;
-        EXPECT_EQ(behind, end) << c.text;
-        EXPECT_EQ(errno, c.signed32 != c.signed64 ? ERANGE : 0) << c.text;
-        errno = 0;
-        EXPECT_EQ(wcstoul(c.text, &behind, c.base), c.unsigned32) << c.text;
-        EXPECT_EQ(behind, end) << c.text;
-        EXPECT_EQ(errno, over32 ? ERANGE : 0) << c.text;
-        EXPECT_EQ(_wcstoi64(c.text, &behind, c.base), c.signed64) << c.text;
-        EXPECT_EQ(behind, end) << c.text;
-        EXPECT_EQ(_wcstoui64(c.text, &behind, c.base), c.unsigned64) << c.text;
-        EXPECT_EQ(behind, end) << c.text;
+        const auto check = [&c](auto read, auto expected, bool isOver)
+        {
+            wchar_t* behind = nullptr;
+            errno = 0;
+            EXPECT_EQ(read(c.text, &behind, c.base), expected) << c.text;
+            EXPECT_EQ(behind, c.text + c.length) << c.text;
+            EXPECT_EQ(errno, isOver ? ERANGE : 0) << c.text;
+        };
+        const bool isPositive = c.text[0] != L'-';
+        check(wcstol, c.signed32, c.signed32 != c.signed64);
+        check(wcstoul, c.unsigned32, isPositive && c.unsigned64 > 4294967295);
+        check(_wcstoi64, c.signed64, isPositive && c.unsigned64 > LLONG_MAX);
+        check(_wcstoui64, c.unsigned64, c.length == 20);
         if (c.base == 10)
         {
             EXPECT_EQ(_wtoi(c.text), c.signed32) << c.text;
         }
     }
-    errno = 0;
-    _wcstoui64(L"18446744073709551616", nullptr, 10);
-    EXPECT_EQ(errno, ERANGE);
     errno = 0;
     EXPECT_EQ(_wcstoi64(L"-9223372036854775809", nullptr, 10), LLONG_MIN);
     EXPECT_EQ(errno, ERANGE);
@@ -106,37 +85,15 @@ TEST(CrtNumber, ReadsFloats)
         size_t length;
         double value;
     };
-    constexpr Case cases[] = {
-        {L"1.5", 3, 1.5},
-        {L"-1.5e3x", 6, -1500},
-        {L" \t+1.5", 6, 1.5},
-        {L".5", 2, 0.5},
-        {L"5.", 2, 5},
-        {L"-.5E-2", 6, -0.005},
-        {L"1e", 1, 1},
-        {L"1e+x", 1, 1},
-        {L"1d3", 1, 1},
-        {L"1.5.5", 3, 1.5},
-        {L"1,5", 1, 1},
-        {L"1.#INF", 2, 1},
-        {L"", 0, 0},
-        {L".", 0, 0},
-        {L"e5", 0, 0},
-        {L"abc", 0, 0},
-        {L"0x10", 4, 16},
-        {L"0x1.8p1", 7, 3},
-        {L"infx", 3, std::numeric_limits<double>::infinity()},
+    constexpr Case cases[] = {{L"-1.5e3x", 6, -1500}, {L" \t+1.5", 6, 1.5}, {L".5", 2, 0.5}, {L"5.", 2, 5},
+        {L"-.5E-2", 6, -0.005}, {L"1e+x", 1, 1}, {L"1.5.5", 3, 1.5}, {L"1,5", 1, 1}, {L"", 0, 0}, {L".", 0, 0},
+        {L"e5", 0, 0}, {L"0x10", 4, 16}, {L"0x1.8p1", 7, 3}, {L"infx", 3, std::numeric_limits<double>::infinity()},
         {L"-Infinity", 9, -std::numeric_limits<double>::infinity()},
-        {L"0.1", 3, 0.1},
         {L"123456789012345678901234567890", 30, 123456789012345678901234567890.0},
         {L"9007199254740993", 16, 9007199254740992.0}, // halfway: to even
-        {L"1e0000000000000000001", 21, 10},
-        {L"0.000000000000000000000000000000000000000000001", 47, 1e-45},
-        {L"0e99999999999999999999", 22, 0},
-        {L"1.7976931348623157e308", 22, std::numeric_limits<double>::max()},
-        {L"2.2250738585072014e-308", 23, std::numeric_limits<double>::min()},
-        {L"5e-324", 6, 5e-324},
-    };
+        {L"1e0000000000000000001", 21, 10}, {L"0.000000000000000000000000000000000000000000001", 47, 1e-45},
+        {L"0e99999999999999999999", 22, 0}, {L"1.7976931348623157e308", 22, std::numeric_limits<double>::max()},
+        {L"2.2250738585072014e-308", 23, std::numeric_limits<double>::min()}, {L"5e-324", 6, 5e-324}};
     for (const Case& c : cases)
     {
         wchar_t* behind = nullptr;
@@ -146,16 +103,16 @@ TEST(CrtNumber, ReadsFloats)
     EXPECT_TRUE(std::isnan(wcstod(L"nan", nullptr)));
     EXPECT_TRUE(std::signbit(wcstod(L"-0", nullptr)));
 
-    for (const wchar_t* text : {L"1e400", L"1e99999999999999999999", L"-1e309"})
+    struct
+    {
+        const wchar_t* text;
+        double value;
+    } constexpr outOfRange[] = {{L"1e400", HUGE_VAL}, {L"1e99999999999999999999", HUGE_VAL}, {L"-1e309", -HUGE_VAL},
+        {L"1e-400", 0}, {L"2e-324", 0}, {L"1e-99999999999999999999", 0}};
+    for (const auto& [text, value] : outOfRange)
     {
         errno = 0;
-        EXPECT_TRUE(std::isinf(wcstod(text, nullptr))) << text;
-        EXPECT_EQ(errno, ERANGE) << text;
-    }
-    for (const wchar_t* text : {L"1e-400", L"2e-324", L"1e-99999999999999999999"})
-    {
-        errno = 0;
-        EXPECT_EQ(wcstod(text, nullptr), 0) << text;
+        EXPECT_EQ(wcstod(text, nullptr), value) << text;
         EXPECT_EQ(errno, ERANGE) << text;
     }
 }
@@ -180,5 +137,69 @@ TEST(CrtNumber, ReadsFloatsOfManyDigits)
     EXPECT_EQ(wcstod(tiny.data(), nullptr), 1);
 }
 #endif
+
+// The count, and the fields that were written.
+std::string Scanned(const wchar_t* text, const wchar_t* format)
+{
+    constexpr int untouched = -7;
+    std::array<int, 4> fields = {untouched, untouched, untouched, untouched};
+    const int count = _snwscanf(text, wcslen(text), format, &fields[0], &fields[1], &fields[2], &fields[3]);
+    std::string result = std::to_string(count) + ':';
+    for (const int field : fields)
+        result += field == untouched ? "" : ' ' + std::to_string(field);
+    return result;
+}
+
+TEST(CrtScan, ReadsNumbers)
+{
+    struct
+    {
+        const wchar_t* text;
+        const wchar_t* format;
+        const char* result;
+    } constexpr cases[] = {{L"-12x", L"%d", "1: -12"}, {L" \t\r\n\u00a0+12", L"%d", "1: 12"}, {L"--1", L"%d", "0:"},
+        {L"", L"%d", "-1:"}, {L"0x1F", L"%d", "1: 0"}, {L"\u0661", L"%d", "0:"}, // unlike wcstol
+        {L"99999999999", L"%d", "1: 1215752191"}, {L"4294967295 -1", L"%u%u", "2: -1 -1"},
+        {L"012 08 -0x10", L"%i%i%i%i", "4: 10 0 8 -16"}, {L"0xg", L"%i", "0:"}, {L"7778", L"%o", "1: 511"},
+        // the forms of numbers in settings
+        {L"xFfg", L"x%X", "1: 255"}, {L"xFFFFFFFF", L"x%lx", "1: -1"}, {L"x123456789", L"x%X", "1: 591751049"},
+        {L"x 1f", L"x%X", "1: 31"}, {L"x0x1f", L"x%X", "1: 31"}, {L"x-1", L"x%X", "1: -1"}, {L"xg", L"x%X", "0:"},
+        {L"X1F", L"x%X", "0:"}, {L" x1F", L"x%X", "0:"}, {L"( 1, -2 )", L"(%d,%d)", "2: 1 -2"},
+        {L"(1 ,2)", L"(%d,%d)", "1: 1"}, {L"(1,", L"(%d,%d)", "1: 1"}, {L"(1,2", L"(%d,%d)", "2: 1 2"},
+        {L"(,2)", L"(%d,%d)", "0:"}, {L"(1,2,3)", L"(%d,%d,%d,%d)", "3: 1 2 3"}, {L"1\n 2", L"%d %d", "2: 1 2"},
+        {L"12 34", L"%*d%d", "1: 34"}, {L"123456", L"%3d%2d", "2: 123 45"}, {L"-5-5", L"%1d", "0:"},
+        {L"-5-5", L"%2d%2d", "2: -5 -5"}, {L"0x1f", L"%3x", "1: 1"}, {L"0x1f", L"%2x", "0:"},
+        {L"50 %", L"%d%%%n", "1: 50 4"}, {L"  a5", L" a%d", "1: 5"}, {L"abc", L"abc", "0:"}};
+    for (const auto& c : cases)
+        EXPECT_EQ(Scanned(c.text, c.format), c.result) << c.text << " by " << c.format;
+}
+
+TEST(CrtScan, SizesOfNumbers)
+{
+    struct Case
+    {
+        const wchar_t* text;
+        const wchar_t* format;
+        uint64_t value; // over bytes of 0xAA
+    };
+    constexpr Case cases[] = {{L"-1", L"%I64d", ~uint64_t{0}}, {L"18446744073709551617", L"%I64u", 1},
+        {L"12", L"%lld", 12}, {L"x12345678abcdef", L"x%I64x", 0x12345678abcdef}, {L"12", L"%Id", 12},
+        {L"12AB", L"%p", 0x12AB}, {L"-1", L"%ld", 0xAAAAAAAAFFFFFFFF}, {L"-1", L"%I32d", 0xAAAAAAAAFFFFFFFF},
+        {L"70000", L"%hd", 0xAAAAAAAAAAAA1170}};
+    for (const Case& c : cases)
+    {
+        uint64_t value = 0xAAAAAAAAAAAAAAAA;
+        EXPECT_EQ(_snwscanf(c.text, wcslen(c.text), c.format, &value), 1) << c.text << " by " << c.format;
+        EXPECT_EQ(value, c.value) << c.text << " by " << c.format;
+    }
+}
+
+TEST(CrtScan, StopsAtTheLength)
+{
+    int first = 0, second = 0;
+    EXPECT_EQ(_snwscanf(L"(12,34)", 5, L"(%d,%d)", &first, &second), 2);
+    EXPECT_EQ(first, 12);
+    EXPECT_EQ(second, 3);
+}
 
 } // namespace

@@ -22,23 +22,11 @@ TEST(CrtPath, Splits)
     {
         const wchar_t *path, *drive, *directory, *name, *extension;
     };
-    constexpr Case cases[] = {
-        {L"c:\\a\\b.txt", L"c:", L"\\a\\", L"b", L".txt"},
-        {L"c:/a/b.txt", L"c:", L"/a/", L"b", L".txt"},
-        {L"/a/b/c.d.e", L"", L"/a/b/", L"c.d", L".e"},
-        {L"a/b\\c", L"", L"a/b\\", L"c", L""},
-        {L"\\\\srv\\share\\f.x", L"", L"\\\\srv\\share\\", L"f", L".x"},
-        {L"a.b/c", L"", L"a.b/", L"c", L""},
-        {L"c:x", L"c:", L"", L"x", L""},
-        {L"c:", L"c:", L"", L"", L""},
-        {L"cc:x", L"", L"", L"cc:x", L""},
-        {L"ab/:c", L"", L"ab/", L":c", L""},
-        {L".ext", L"", L"", L"", L".ext"},
-        {L"a.", L"", L"", L"a", L"."},
-        {L"a/..", L"", L"a/", L".", L"."},
-        {L"/", L"", L"/", L"", L""},
-        {L"", L"", L"", L"", L""},
-    };
+    constexpr Case cases[] = {{L"c:\\a\\b.txt", L"c:", L"\\a\\", L"b", L".txt"},
+        {L"/a/b/c.d.e", L"", L"/a/b/", L"c.d", L".e"}, {L"a/b\\c", L"", L"a/b\\", L"c", L""},
+        {L"\\\\srv\\share\\f.x", L"", L"\\\\srv\\share\\", L"f", L".x"}, {L"a.b/c", L"", L"a.b/", L"c", L""},
+        {L"c:x", L"c:", L"", L"x", L""}, {L"cc:x", L"", L"", L"cc:x", L""}, {L"ab/:c", L"", L"ab/", L":c", L""},
+        {L".ext", L"", L"", L"", L".ext"}, {L"a/..", L"", L"a/", L".", L"."}, {L"", L"", L"", L"", L""}};
     for (const Case& c : cases)
     {
         wchar_t drive[3], directory[256], name[256], extension[256];
@@ -57,14 +45,8 @@ TEST(CrtPath, SplitsIntoRoomThatFits)
         size_t drive, directory, name, extension;
         int result;
     };
-    constexpr Case cases[] = {
-        {3, 5, 3, 4, 0},
-        {2, 5, 3, 4, ERANGE},
-        {3, 4, 3, 4, ERANGE},
-        {3, 5, 2, 4, ERANGE},
-        {3, 5, 3, 3, ERANGE},
-        {0, 5, 3, 4, EINVAL},
-    };
+    constexpr Case cases[] = {{3, 5, 3, 4, 0}, {2, 5, 3, 4, ERANGE}, {3, 4, 3, 4, ERANGE}, {3, 5, 2, 4, ERANGE},
+        {3, 5, 3, 3, ERANGE}, {0, 5, 3, 4, EINVAL}};
     for (const Case& c : cases)
     {
         wchar_t drive[3], directory[5], name[3], extension[4];
@@ -94,18 +76,9 @@ TEST(CrtPath, Makes)
         const wchar_t *drive, *directory, *name, *extension;
         const wchar_t* expected; // with `|` for the separator that was added
     };
-    constexpr Case cases[] = {
-        {L"c", L"a", L"b", L"t", L"c:a|b.t"},
-        {L"c:", L"\\a\\", L"b", L".t", L"c:\\a\\b.t"},
-        {L"cde", L"x/", L"y", L"z", L"c:x/y.z"},
-        {nullptr, nullptr, L"b", nullptr, L"b"},
-        {L"", L"", L"b", L"", L"b"},
-        {nullptr, L"/", L"b", L".", L"/b."},
-        {L"c:", nullptr, L"b", nullptr, L"c:b"},
-        {nullptr, L"a", L"", L"t", L"a|.t"},
-        {nullptr, L"a", nullptr, nullptr, L"a|"},
-        {nullptr, nullptr, nullptr, nullptr, L""},
-    };
+    constexpr Case cases[] = {{L"c", L"a", L"b", L"t", L"c:a|b.t"}, {L"cde", L"x/", L"y", L".z", L"c:x/y.z"},
+        {L"", L"", L"b", L"", L"b"}, {nullptr, L"\\", L"b", L".", L"\\b."}, {nullptr, L"a", L"", L"t", L"a|.t"},
+        {nullptr, nullptr, nullptr, nullptr, L""}};
     for (const Case& c : cases)
     {
         wchar_t expected[20];

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string_view>
 
-#if defined(_WIN32) // each system has its own call to protect a page
+#if defined(_WIN32) // each system has its own call to protect a page, and the layer none
 #include <windows.h>
 #else
 #include <sys/mman.h>
@@ -14,12 +14,31 @@
 class PageEnd
 {
 public:
-    PageEnd();
-    ~PageEnd();
+#if defined(_WIN32)
+    PageEnd()
+        : _memory(static_cast<char*>(VirtualAlloc(nullptr, 2 * PageSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE)))
+    {
+        DWORD before = 0;
+        VirtualProtect(_memory + PageSize, PageSize, PAGE_NOACCESS, &before);
+    }
+    ~PageEnd()
+    {
+        VirtualFree(_memory, 0, MEM_RELEASE);
+    }
+#else
+    PageEnd()
+        : _memory(static_cast<char*>(
+              mmap(nullptr, 2 * PageSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
+    {
+        mprotect(_memory + PageSize, PageSize, PROT_NONE);
+    }
+    ~PageEnd()
+    {
+        munmap(_memory, 2 * PageSize);
+    }
+#endif
     PageEnd(const PageEnd&) = delete;
     PageEnd& operator=(const PageEnd&) = delete;
-
-    static constexpr size_t PageSize = 4096;
 
     // The characters, copied so that the last one is the last that can be read.
     wchar_t* Place(std::wstring_view characters) const
@@ -29,32 +48,6 @@ public:
     }
 
 private:
+    static constexpr size_t PageSize = 4096;
     char* _memory;
 };
-
-// The layer has no function for single pages, since nothing but this test needs one.
-#if defined(_WIN32) // each system has its own call to protect a page
-inline PageEnd::PageEnd()
-    : _memory(static_cast<char*>(VirtualAlloc(nullptr, 2 * PageSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE)))
-{
-    DWORD before = 0;
-    VirtualProtect(_memory + PageSize, PageSize, PAGE_NOACCESS, &before);
-}
-
-inline PageEnd::~PageEnd()
-{
-    VirtualFree(_memory, 0, MEM_RELEASE);
-}
-#else
-inline PageEnd::PageEnd()
-    : _memory(
-          static_cast<char*>(mmap(nullptr, 2 * PageSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
-{
-    mprotect(_memory + PageSize, PageSize, PROT_NONE);
-}
-
-inline PageEnd::~PageEnd()
-{
-    munmap(_memory, 2 * PageSize);
-}
-#endif
