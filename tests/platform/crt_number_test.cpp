@@ -21,71 +21,57 @@ namespace
 
 TEST(CrtNumber, ReadsIntegersOfFourRanges)
 {
-    struct Case
+    struct
     {
         const wchar_t* text;
         int base;
         size_t length; // of the number, 0 if there is none
-        long long signed32;
-        unsigned long long unsigned32;
-        long long signed64;
-        unsigned long long unsigned64;
-    };
-    constexpr unsigned long long max64 = ULLONG_MAX;
-    constexpr Case cases[] = {{L"-12", 10, 3, -12, 4294967284, -12, max64 - 11},
-        {L" \t\r\n+12x", 10, 7, 12, 12, 12, 12}, {L"\u00a0\u30005", 10, 3, 5, 5, 5, 5}, {L"", 10, 0, 0, 0, 0, 0},
-        {L"- 1", 10, 0, 0, 0, 0, 0}, {L"abc", 10, 0, 0, 0, 0, 0}, {L"1_0", 10, 1, 1, 1, 1, 1},
-        {L"-0X1fg", 16, 5, -31, 4294967265, -31, max64 - 30}, {L"ffFF", 16, 4, 65535, 65535, 65535, 65535},
-        {L"0x1F", 10, 1, 0, 0, 0, 0}, {L"0xg", 16, 0, 0, 0, 0, 0}, {L"0x1F", 0, 4, 31, 31, 31, 31},
-        {L"017", 0, 3, 15, 15, 15, 15}, {L"08", 0, 1, 0, 0, 0, 0}, {L"zZ", 36, 2, 1295, 1295, 1295, 1295},
-        {L"102", 2, 2, 2, 2, 2, 2}, {L"\uff11\u0662", 10, 2, 12, 12, 12, 12}, // digits of all scripts
-        {L"2147483647", 10, 10, INT_MAX, INT_MAX, INT_MAX, INT_MAX},
-        {L"2147483648", 10, 10, INT_MAX, 2147483648, 2147483648, 2147483648},
-        {L"-2147483648", 10, 11, INT_MIN, 2147483648, INT_MIN, max64 - 2147483647},
-        {L"-2147483649", 10, 11, INT_MIN, 2147483647, -2147483649, max64 - 2147483648},
-        {L"4294967296", 10, 10, INT_MAX, 4294967295, 4294967296, 4294967296},
-        {L"9223372036854775807", 10, 19, INT_MAX, 4294967295, LLONG_MAX, LLONG_MAX},
-        {L"9223372036854775808", 10, 19, INT_MAX, 4294967295, LLONG_MAX, 9223372036854775808u},
-        {L"FFFFFFFFFFFFFFFF", 16, 16, INT_MAX, 4294967295, LLONG_MAX, max64},
-        {L"18446744073709551616", 10, 20, INT_MAX, 4294967295, LLONG_MAX, max64}};
-    for (const Case& c : cases)
+        unsigned long long magnitude;
+        bool isOver = false; // of 64 bits
+    } constexpr cases[] = {{L"-12", 10, 3, 12}, {L" \t\r\n+12x", 10, 7, 12}, {L"\u00a0\u30005", 10, 3, 5},
+        {L"", 10, 0, 0}, {L"- 1", 10, 0, 0}, {L"abc", 10, 0, 0}, {L"1_0", 10, 1, 1}, {L"-0X1fg", 16, 5, 31},
+        {L"ffFF", 16, 4, 65535}, {L"0x1F", 10, 1, 0}, {L"0xg", 16, 0, 0}, {L"0x1F", 0, 4, 31}, {L"017", 0, 3, 15},
+        {L"08", 0, 1, 0}, {L"zZ", 36, 2, 1295}, {L"102", 2, 2, 2}, {L"\uff11\u0662", 10, 2, 12}, // of all scripts
+        {L"2147483647", 10, 10, 2147483647}, {L"2147483648", 10, 10, 2147483648}, {L"-2147483648", 10, 11, 2147483648},
+        {L"-2147483649", 10, 11, 2147483649}, {L"4294967295", 10, 10, 4294967295}, {L"4294967296", 10, 10, 4294967296},
+        {L"9223372036854775807", 10, 19, LLONG_MAX}, {L"9223372036854775808", 10, 19, 9223372036854775808u},
+        {L"-9223372036854775809", 10, 20, 9223372036854775809u}, {L"FFFFFFFFFFFFFFFF", 16, 16, ULLONG_MAX},
+        {L"18446744073709551616", 10, 20, ULLONG_MAX, true}};
+    for (const auto& c : cases)
     {
-        const auto check = [&c](auto read, auto expected, bool isOver)
+        const auto check = [&c]<class Range>(Range, auto read)
         {
+            const bool isNegative = c.text[0] == L'-';
+            const auto greatest = static_cast<unsigned long long>(Range::max()) + (Range::is_signed && isNegative);
+            const bool isOver = c.isOver || c.magnitude > greatest;
+            const auto value = isNegative ? 0 - c.magnitude : c.magnitude;
+            const auto bound = Range::is_signed && isNegative ? Range::min() : Range::max();
             wchar_t* behind = nullptr;
             errno = 0;
-            EXPECT_EQ(read(c.text, &behind, c.base), expected) << c.text;
+            EXPECT_EQ(read(c.text, &behind, c.base), isOver ? bound : static_cast<decltype(bound)>(value)) << c.text;
             EXPECT_EQ(behind, c.text + c.length) << c.text;
             EXPECT_EQ(errno, isOver ? ERANGE : 0) << c.text;
         };
-        const bool isPositive = c.text[0] != L'-';
-        check(wcstol, c.signed32, c.signed32 != c.signed64);
-        check(wcstoul, c.unsigned32, isPositive && c.unsigned64 > 4294967295);
-        check(_wcstoi64, c.signed64, isPositive && c.unsigned64 > LLONG_MAX);
-        check(_wcstoui64, c.unsigned64, c.length == 20);
-        if (c.base == 10)
-        {
-            EXPECT_EQ(_wtoi(c.text), c.signed32) << c.text;
-        }
+        check(std::numeric_limits<int32_t>(), wcstol); // whatever the size of a long is
+        check(std::numeric_limits<uint32_t>(), wcstoul);
+        check(std::numeric_limits<int64_t>(), _wcstoi64);
+        check(std::numeric_limits<uint64_t>(), _wcstoui64);
     }
-    errno = 0;
-    EXPECT_EQ(_wcstoi64(L"-9223372036854775809", nullptr, 10), LLONG_MIN);
-    EXPECT_EQ(errno, ERANGE);
     errno = 0;
     EXPECT_EQ(wcstol(L"12", nullptr, 1), 0);
     EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(_wtoi(L" -2147483649x"), INT_MIN);
     EXPECT_EQ(_wtoi64(L" -4294967297x"), -4294967297);
 }
 
 TEST(CrtNumber, ReadsFloats)
 {
-    struct Case
+    struct
     {
         const wchar_t* text;
         size_t length;
         double value;
-    };
-    constexpr Case cases[] = {{L"-1.5e3x", 6, -1500}, {L" \t+1.5", 6, 1.5}, {L".5", 2, 0.5}, {L"5.", 2, 5},
+    } constexpr cases[] = {{L"-1.5e3x", 6, -1500}, {L" \t+1.5", 6, 1.5}, {L".5", 2, 0.5}, {L"5.", 2, 5},
         {L"-.5E-2", 6, -0.005}, {L"1e+x", 1, 1}, {L"1.5.5", 3, 1.5}, {L"1,5", 1, 1}, {L"", 0, 0}, {L".", 0, 0},
         {L"e5", 0, 0}, {L"0x10", 4, 16}, {L"0x1.8p1", 7, 3}, {L"infx", 3, std::numeric_limits<double>::infinity()},
         {L"-Infinity", 9, -std::numeric_limits<double>::infinity()},
@@ -94,7 +80,7 @@ TEST(CrtNumber, ReadsFloats)
         {L"1e0000000000000000001", 21, 10}, {L"0.000000000000000000000000000000000000000000001", 47, 1e-45},
         {L"0e99999999999999999999", 22, 0}, {L"1.7976931348623157e308", 22, std::numeric_limits<double>::max()},
         {L"2.2250738585072014e-308", 23, std::numeric_limits<double>::min()}, {L"5e-324", 6, 5e-324}};
-    for (const Case& c : cases)
+    for (const auto& c : cases)
     {
         wchar_t* behind = nullptr;
         EXPECT_EQ(wcstod(c.text, &behind), c.value) << c.text;
@@ -176,17 +162,16 @@ TEST(CrtScan, ReadsNumbers)
 
 TEST(CrtScan, SizesOfNumbers)
 {
-    struct Case
+    struct
     {
         const wchar_t* text;
         const wchar_t* format;
         uint64_t value; // over bytes of 0xAA
-    };
-    constexpr Case cases[] = {{L"-1", L"%I64d", ~uint64_t{0}}, {L"18446744073709551617", L"%I64u", 1},
+    } constexpr cases[] = {{L"-1", L"%I64d", ~uint64_t{0}}, {L"18446744073709551617", L"%I64u", 1},
         {L"12", L"%lld", 12}, {L"x12345678abcdef", L"x%I64x", 0x12345678abcdef}, {L"12", L"%Id", 12},
         {L"12AB", L"%p", 0x12AB}, {L"-1", L"%ld", 0xAAAAAAAAFFFFFFFF}, {L"-1", L"%I32d", 0xAAAAAAAAFFFFFFFF},
         {L"70000", L"%hd", 0xAAAAAAAAAAAA1170}};
-    for (const Case& c : cases)
+    for (const auto& c : cases)
     {
         uint64_t value = 0xAAAAAAAAAAAAAAAA;
         EXPECT_EQ(_snwscanf(c.text, wcslen(c.text), c.format, &value), 1) << c.text << " by " << c.format;
