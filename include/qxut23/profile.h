@@ -135,7 +135,10 @@ QXUT_API int32_t ProfGetError(HPROFJOB job);
    (&#x0009; &#x000a; &#x000d;), so that they come back as they were. What XML can't hold is replaced: other control
    characters by their pictures, halves of surrogate pairs, U+FFFE and U+FFFF by U+FFFD. Of what other software writes,
    tags that begin on one line and end on another aren't understood, and the lines of a value come without their leading
-   blanks and without empty lines. Lines that are no UTF-8 are read in the default code page. */
+   blanks and without empty lines. Lines that are no UTF-8 are read in the default code page. The names of all leaves
+   may have 8,388,608 characters together, and 16 more for each byte of the file: a file of longer ones is
+   PROF_ERR_MALFORMED, and a tree of longer ones isn't written (PROF_ERR_CANNOT_WRITE, or PROF_ERR_WRITE_FAILED to a
+   stream or the clipboard). */
 QXUT_API int32_t ProfSaveA(HPROFJOB job, const char* name, int32_t flags);
 QXUT_API int32_t ProfSaveW(HPROFJOB job, const QXWCHAR* name, int32_t flags);
 

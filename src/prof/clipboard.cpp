@@ -124,8 +124,7 @@ ProfError clsProfJob::SaveToClipboard(HWND window, unsigned flags) const
         return kProfCannotWrite;
     {
         clsProfOutput image;
-        WriteForm(image, FormOf(flags));
-        if (!image.WriteTo(file))
+        if (!WriteForm(image, FormOf(flags)) || !image.WriteTo(file))
             return kProfWriteFailed;
     }
     return CopyToClipboard(window, file);

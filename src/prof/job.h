@@ -139,8 +139,8 @@ private:
 
     // save.cpp
     bool WantsPacked(unsigned flags) const;
-    void WriteImage(clsProfOutput& image, unsigned flags) const;
-    void WriteForm(clsProfOutput& output, ProfForm form) const;
+    bool WriteImage(clsProfOutput& image, unsigned flags) const;
+    bool WriteForm(clsProfOutput& output, ProfForm form) const;
     bool IsHeldTarget(const wchar_t* name) const;
 
     clsProfArena _arena; // before all that lives in it

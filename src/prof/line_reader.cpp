@@ -74,6 +74,7 @@ clsProfLineReader::clsProfLineReader(clsFile& file, UTFType encoding)
     if (bytes > kLargestSource)
         return;
     const size_t count = static_cast<size_t>(std::max<int64_t>(bytes, 0));
+    _sourceBytes = count;
     if (encoding == UTFType::UTF16LE || encoding == UTFType::UTF16BE)
         LoadWide(file, count);
     else

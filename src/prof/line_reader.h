@@ -40,6 +40,8 @@ public:
 
     // False if the source is larger than memory or than the reader takes (2 GB). Then there are no lines.
     bool IsLoaded() const { return _isLoaded; }
+    // The size of the source behind its mark.
+    uint64_t SourceBytes() const { return _sourceBytes; }
 
     // False at the end of the text. A line is valid until the next call, and its caller may change it.
     bool NextLine(scProfLine& line);
@@ -72,6 +74,7 @@ private:
     char* _nextNarrow = nullptr;
     char* _endNarrow = nullptr;
     uint32_t _codePage = 0;
+    uint64_t _sourceBytes = 0;
     std::vector<wchar_t> _converted;
 
     bool _prefersUTF8 = false;

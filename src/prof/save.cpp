@@ -57,7 +57,8 @@ ProfError Deliver(const clsProfOutput& output, clsFile& target)
 ProfError clsProfJob::Save(const wchar_t* name, unsigned flags)
 {
     clsProfOutput image;
-    WriteImage(image, flags);
+    if (!WriteImage(image, flags))
+        return kProfCannotWrite;
 
     if (IsHeldTarget(name))
         return Deliver(image, *_heldFile);
@@ -80,7 +81,8 @@ bool clsProfJob::IsHeldTarget(const wchar_t* name) const
 ProfError clsProfJob::Serialise(IStream* stream, unsigned flags)
 {
     clsProfOutput image;
-    WriteImage(image, flags);
+    if (!WriteImage(image, flags))
+        return kProfWriteFailed;
 
     if (_heldFile && (stream == nullptr || stream == _heldFile->GetStream()))
         return image.ReplaceContentOf(*_heldFile) ? kProfOk : kProfWriteFailed;
@@ -94,23 +96,23 @@ bool clsProfJob::WantsPacked(unsigned flags) const
     return (flags & kProfSavePacked) != 0 || ((flags & kProfSavePackedAsLoaded) != 0 && _isPacked);
 }
 
-void clsProfJob::WriteImage(clsProfOutput& image, unsigned flags) const
+bool clsProfJob::WriteImage(clsProfOutput& image, unsigned flags) const
 {
     if (!WantsPacked(flags))
-    {
-        WriteForm(image, FormOf(flags));
-        return;
-    }
+        return WriteForm(image, FormOf(flags));
     clsProfOutput plain;
-    WriteForm(plain, FormOf(flags));
+    if (!WriteForm(plain, FormOf(flags)))
+        return false;
     PackImage(plain, image);
+    return true;
 }
 
 // A profile with an empty root is nothing at all, not even a byte order mark. A stream object has neither head nor end.
-void clsProfJob::WriteForm(clsProfOutput& output, ProfForm form) const
+// False where the form doesn't hold the tree.
+bool clsProfJob::WriteForm(clsProfOutput& output, ProfForm form) const
 {
     if (_root.IsEmpty())
-        return;
+        return true;
     const bool isObject = _objectLevel != 0;
     switch (form)
     {
@@ -124,7 +126,7 @@ void clsProfJob::WriteForm(clsProfOutput& output, ProfForm form) const
         if (isObject)
             WriteXfdfObject(output, _root, _objectLevel);
         else
-            WriteXfdfFile(output, _root);
+            return WriteXfdfFile(output, _root);
         break;
     case ProfForm::Text:
         if (!isObject)
@@ -136,6 +138,7 @@ void clsProfJob::WriteForm(clsProfOutput& output, ProfForm form) const
         WriteTextForm(output, _root, _objectLevel);
         break;
     }
+    return true;
 }
 
 } // namespace qx

@@ -23,8 +23,16 @@ constexpr wchar_t kXfdfFirstLine[] = L"<?xml version=\"1.0\" encoding=\"UTF-8\"?
 // Reads lines into the list, as ParseLevel does. Below level 0 it waits for the <xfdf> tag.
 void ParseXfdfLines(scParseState& state, int level, clsItemList& list);
 
-// A whole file: the head, the entries of the root at level 1, and the end.
-void WriteXfdfFile(clsProfOutput& output, const clsItemList& root);
+// Each leaf bears the names of all fields around it, so that the names of a source of n characters could have a length
+// of n * n. This is how many characters they may have in a source of so many bytes.
+constexpr uint64_t MostXfdfNameCharacters(uint64_t sourceBytes)
+{
+    return (uint64_t{1} << 23) + 16 * sourceBytes;
+}
+
+// A whole file: the head, the entries of the root at level 1, and the end. False if its names would be too long to be
+// read again.
+bool WriteXfdfFile(clsProfOutput& output, const clsItemList& root);
 
 // The entries alone, without a head.
 void WriteXfdfObject(clsProfOutput& output, const clsItemList& root, uint32_t level);

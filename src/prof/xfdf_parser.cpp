@@ -80,7 +80,6 @@ private:
         if (!_state.reader.NextLine(line))
             return false;
         ++_state.lineCounter;
-        _charactersRead += line.length;
         _text = {line.text, line.text + line.length};
         return true;
     }
@@ -188,7 +187,7 @@ private:
         if (_fields.TakeNew())
         {
             _nameCharacters += name.size();
-            if (_nameCharacters > kNameRoom + kNameFactor * _charactersRead)
+            if (_nameCharacters > MostXfdfNameCharacters(_state.reader.SourceBytes()))
                 Fail(L"prof::xml::field: too many fields inside each other");
         }
         _list.AppendItem(_state.job.NewLeaf(_list, name, value));
@@ -205,19 +204,13 @@ private:
         throw new clsLoadException(_state.lineCounter, message, String(_fields.View()));
     }
 
-    // Each leaf bears the names of all fields around it, so that the names of a source of n lines could have a length
-    // of n * n. They may have this many characters and as often as many as the source.
-    static constexpr size_t kNameRoom = size_t{1} << 16;
-    static constexpr size_t kNameFactor = 16;
-
     scParseState& _state;
     int _level;
     clsItemList& _list;
     scXmlText _text{nullptr, nullptr};
     clsFieldPath _fields;
     std::vector<wchar_t> _value; // of more than one line
-    size_t _charactersRead = 0;
-    size_t _nameCharacters = 0;
+    uint64_t _nameCharacters = 0;
 };
 
 } // namespace

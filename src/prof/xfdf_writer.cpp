@@ -8,6 +8,7 @@
 #include <array>
 #include <cstring>
 #include <string_view>
+#include <vector>
 
 namespace qx
 {
@@ -131,9 +132,13 @@ public:
 
     void Write(std::string_view text) { _output.SetUsed(Copy(_output.ReserveBytes(text.size()), text)); }
 
+    // The length of all names that a reader makes of the fields.
+    uint64_t NameCharacters() const { return _nameCharacters; }
+
     // The calls of a walk through the tree.
     void Leaf(const clsItem& item, uint32_t)
     {
+        _nameCharacters += _pathLengths.back() + item.Name().length;
         BeginField(item.Name().View());
         Write(_indent.View());
         Write(kValue);
@@ -144,12 +149,14 @@ public:
 
     void Begin(const clsItemList& list, uint32_t level)
     {
+        _pathLengths.push_back(_pathLengths.back() + list.Name().length + 1);
         BeginField(list.Name().View());
         _indent = clsIndent<char>(level + 1);
     }
 
     void End(uint32_t level)
     {
+        _pathLengths.pop_back();
         _indent = clsIndent<char>(level);
         EndField();
     }
@@ -184,18 +191,21 @@ private:
     }
 
     clsProfOutput& _output;
-    clsIndent<char> _indent; // of what is written next
+    clsIndent<char> _indent;               // of what is written next
+    std::vector<uint64_t> _pathLengths{0}; // of the names of the open fields, each with a dot behind it
+    uint64_t _nameCharacters = 0;
 };
 
 } // namespace
 
-void WriteXfdfFile(clsProfOutput& output, const clsItemList& root)
+bool WriteXfdfFile(clsProfOutput& output, const clsItemList& root)
 {
     constexpr uint32_t kRootLevel = 1;
     clsXfdfWriter writer(output, kRootLevel);
     writer.Write(kHead);
-    WriteXfdfObject(output, root, kRootLevel);
+    WalkTree(root, kRootLevel, writer);
     writer.Write(kFileEnd);
+    return writer.NameCharacters() <= MostXfdfNameCharacters(output.Bytes());
 }
 
 void WriteXfdfObject(clsProfOutput& output, const clsItemList& root, uint32_t level)

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <random>
+#include <tuple>
 #include <vector>
 
 using namespace qx;
@@ -278,9 +279,44 @@ TEST(ProfXfdf, NamesOfNestedFieldsAreBounded)
     };
     EXPECT_EQ(Loaded(nested(100000, false)).Length(), 200002u);
     const JobHolder job = NewJob();
-    EXPECT_NE(Loaded(nested(100000, true), job).View().find(L"prof::xml::field: too many fields inside each other"),
+    clsFileRO file(MemoryStream(nested(100000, true)));
+    const DebugLines lines;
+    EXPECT_FALSE(job->Load(file));
+    EXPECT_NE(lines.Entries().front().text.View().find(L"prof::xml::field: too many fields inside each other"),
         std::wstring_view::npos);
     EXPECT_GT(job->Root().Count(), 300u);
+}
+
+// What is written can be read again, or isn't written.
+TEST(ProfXfdf, LongAndDeepNamesComeBackOrAreRefused)
+{
+    const auto tree = [](int depth, size_t nameLength, int leaves)
+    {
+        JobHolder job = NewJob();
+        clsItemList* list = &job->Root();
+        const std::vector<wchar_t> name(nameLength, L'n');
+        for (int level = 0; level <= depth; ++level)
+        {
+            for (int i = 0; i < (level == depth ? leaves : 1); ++i)
+                list->AppendItem(job->NewLeaf(*list, String(String::formatted, L"%d", i).View(), L"v"));
+            clsItem& entry = job->NewList(*list, {name.data(), name.size()});
+            list->AppendItem(entry);
+            list = entry.List();
+        }
+        return job;
+    };
+    const std::tuple<int, size_t, int> kept[] = {{4, 255, 10000}, {1200, 3, 1}};
+    for (const auto& [depth, nameLength, leaves] : kept)
+    {
+        const JobHolder job = tree(depth, nameLength, leaves);
+        const JobHolder again = NewJob();
+        clsFileRO file(MemoryStream(Saved(job, 2)));
+        EXPECT_TRUE(again->Load(file));
+        EXPECT_EQ(again->Root().Count(), static_cast<size_t>(depth + leaves));
+    }
+    const JobHolder job = tree(4000, 20, 1);
+    EXPECT_EQ(job->Serialise(MemoryStream(), 2), kProfWriteFailed);
+    EXPECT_EQ(job->Serialise(MemoryStream(), 1), kProfOk);
 }
 
 TEST(ProfXml, DamageGivesATreeOrTheError)
