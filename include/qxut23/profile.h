@@ -144,8 +144,8 @@ QXUT_API int32_t ProfSaveW(HPROFJOB job, const QXWCHAR* name, int32_t flags);
 
 /* Writes the job to a stream, from its beginning to its end, or with null to the stream or file that the job holds. A
    stream without room for it keeps what it holds.
-   PROF_OK (also for the invalid job), PROF_ERR_WRITE_FAILED (also where there's nothing to write to),
-   PROF_ERR_STOPPED. */
+   PROF_OK (also for the invalid job), PROF_ERR_CANNOT_WRITE (what the job holds stays locked), PROF_ERR_WRITE_FAILED
+   (also where there's nothing to write an entry to), PROF_ERR_STOPPED. */
 QXUT_API int32_t ProfSaveToStream(HPROFJOB job, struct IStream* stream, int32_t flags);
 
 /* Adds the job to what the clipboard holds, in the form that `flags` select and never packed, and beside it a line of

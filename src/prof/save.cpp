@@ -85,7 +85,7 @@ ProfError clsProfJob::Serialise(IStream* stream, unsigned flags)
         return kProfWriteFailed;
 
     if (_heldFile && (stream == nullptr || stream == _heldFile->GetStream()))
-        return image.ReplaceContentOf(*_heldFile) ? kProfOk : kProfWriteFailed;
+        return Deliver(image, *_heldFile);
     // What isn't open takes no byte.
     clsFileRW target(stream);
     return image.ReplaceContentOf(target) ? kProfOk : kProfWriteFailed;

@@ -36,7 +36,7 @@ int32_t Save(const std::string& path, char letter, int count)
     return error;
 }
 
-// Longer and shorter by turns.
+// Longer and shorter by turns, and on both roads to the held file.
 int32_t Rewrite(const std::string& path, int count)
 {
     const Job job = Job::Exclusive(path);
@@ -44,7 +44,7 @@ int32_t Rewrite(const std::string& path, int count)
     for (int i = 0; i < count && error == PROF_OK; ++i)
     {
         FillWhole(job, static_cast<char>('a' + i % 26), i % 2 == 0 ? kLeaves : kLeaves / 3);
-        error = ProfSaveW(job, nullptr, PROF_FORM_TEXT);
+        error = i % 4 < 2 ? ProfSaveW(job, nullptr, PROF_FORM_TEXT) : ProfSaveToStream(job, nullptr, PROF_FORM_TEXT);
     }
     return error;
 }
