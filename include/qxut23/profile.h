@@ -50,7 +50,7 @@ enum
     PROF_ERR_MALFORMED = -7,     /* the source is not a well-formed profile */
     PROF_ERR_STOPPED = -8,       /* the work stopped early, or memory ran out */
     PROF_ERR_NOT_THAT_TYPE = -9, /* the value is there, but its text isn't one of the asked type */
-    PROF_ERR_LOCKED = -10        /* another process keeps the file, or its content could not be fetched */
+    PROF_ERR_LOCKED = -10        /* another process keeps the source, or its content could not be fetched */
 };
 
 /* Flags of a save: the form in the low four bits, where any value but these means XML, and how it is packed. */
@@ -91,7 +91,8 @@ QXUT_API HPROFJOB ProfJobOpenExclusiveW(const QXWCHAR* name);
 
 /* A job on a stream, from its beginning. The stream is held until the job is closed, also when loading failed, and
    ProfSaveToStream with a null stream writes to it. With null it is an empty job without a stream. A stream of fewer
-   than 4 bytes is an empty profile. ProfGetError as for a file; PROF_ERR_LOCKED if the stream stays locked. */
+   than 4 bytes is an empty profile. ProfGetError as for a file; PROF_ERR_LOCKED if the stream stays locked or can't be
+   fetched whole. */
 QXUT_API HPROFJOB ProfJobOpenStream(struct IStream* stream);
 
 /* The same for an object that lies inside a larger stream, in the text form without a mark and without a head: the root
@@ -102,8 +103,8 @@ QXUT_API HPROFJOB ProfJobOpenStreamObjectA(struct IStream* stream, const char* n
 QXUT_API HPROFJOB ProfJobOpenStreamObjectW(struct IStream* stream, const QXWCHAR* name, uint32_t level);
 
 /* A job with what the clipboard holds. `window` is a window of the caller's (a HWND), or null, that opens the
-   clipboard. PROF_ERR_CANNOT_READ if no temporary file can be made, the clipboard can't be opened or holds no profile.
- */
+   clipboard. PROF_ERR_CANNOT_READ if no temporary file can be made, the clipboard can't be opened or holds no profile;
+   otherwise as for a stream. */
 QXUT_API HPROFJOB ProfJobOpenClipboard(void* window);
 
 /* Whether the clipboard holds a profile: 1 or 0. */

@@ -198,6 +198,7 @@ bool clsProfJob::LoadText(clsFile& file, UTFType encoding)
     catch (const std::bad_alloc&)
     {
         DebugLine(L"%s: out of memory in line %d", SourceName(file), state.lineCounter);
+        _error = kProfLocked;
     }
     catch (clsLoadException* raised)
     {
