@@ -95,10 +95,11 @@ QXUT_API HPROFJOB ProfJobOpenExclusiveW(const QXWCHAR* name);
    fetched whole. */
 QXUT_API HPROFJOB ProfJobOpenStream(struct IStream* stream);
 
-/* The same for an object that lies inside a larger stream, in the text form without a mark and without a head: the root
-   has the given name instead of "/", and its lines are indented as from `level` on, which isn't 0. What
-   ProfSaveToStream writes of such a job is one block of that name, so it comes back as a list of that name below the
-   root. */
+/* The same for an object that lies inside a larger stream, from the stream's present position to its end (from its
+   beginning if it stands at its end), in the text form without a mark and without a head: the root has the given name
+   instead of "/", and its lines are indented as from `level` on, which isn't 0. What ProfSaveToStream writes of such a
+   job is one block of that name, so it comes back as a list of that name below the root; to the held stream, too, it
+   goes from the beginning. */
 QXUT_API HPROFJOB ProfJobOpenStreamObjectA(struct IStream* stream, const char* name, uint32_t level);
 QXUT_API HPROFJOB ProfJobOpenStreamObjectW(struct IStream* stream, const QXWCHAR* name, uint32_t level);
 

@@ -82,7 +82,8 @@ public:
 
     // Opens and loads the named file. Whatever fails is left as the job's error.
     void Open(const wchar_t* name);
-    // Attaches and loads a stream, which the job holds from then on, also when loading fails.
+    // Attaches and loads a stream, which the job holds from then on, also when loading fails: from its beginning, or
+    // for a stream object from where it stands.
     void OpenStream(IStream* stream);
     // Loads what the clipboard holds. `window` opens it.
     void OpenFromClipboard(HWND window);

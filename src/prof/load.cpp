@@ -35,6 +35,17 @@ bool BeginsHead(const String& line, const wchar_t* head)
     return line.Compare(head, static_cast<int>(line.Length())) == 0;
 }
 
+// Where a stream object begins: where the stream stands, or at its beginning if nothing follows.
+int64_t ObjectPosition(IStream& stream)
+{
+    ULARGE_INTEGER position{};
+    ULARGE_INTEGER end{};
+    if (FAILED(stream.Seek(LARGE_INTEGER{}, STREAM_SEEK_CUR, &position)) ||
+        FAILED(stream.Seek(LARGE_INTEGER{}, STREAM_SEEK_END, &end)))
+        return 0;
+    return position.QuadPart < end.QuadPart ? static_cast<int64_t>(position.QuadPart) : 0;
+}
+
 const wchar_t* SourceName(const clsFile& file)
 {
     return file.GetStream() != nullptr ? L"(Stream)" : file.GetName().Text();
@@ -94,6 +105,7 @@ void clsProfJob::OpenStream(IStream* stream)
 {
     if (stream == nullptr)
         return;
+    const int64_t position = _objectLevel != 0 ? ObjectPosition(*stream) : 0;
     const clsAutoRelease<clsFile*> file(new clsFileRW);
     if (file->AttachStream(stream) != 0)
     {
@@ -101,6 +113,7 @@ void clsProfJob::OpenStream(IStream* stream)
         return;
     }
     _heldFile = file;
+    file->Seek(position);
     Load(*file);
 }
 

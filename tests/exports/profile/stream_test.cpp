@@ -169,4 +169,10 @@ TEST(ProfileStream, ObjectHasARootOfItsOwnName)
     EXPECT_EQ(Tree(Job(ProfJobOpenStreamObjectA(nullptr, nullptr, 1))), "");
     const Stream sections(Utf16File(L"[a]\r\nb=1\r\n}\r\nc=2"));
     EXPECT_EQ(Tree(Job(ProfJobOpenStreamObjectW(sections, L"o", 1))), "[a]{b=1;}c=2;") << "no rules of INI files";
+
+    const Stream larger("what others keep" + Utf16File(L"[a]\r\nb=1\r\n").substr(2));
+    LARGE_INTEGER position{};
+    position.QuadPart = sizeof "what others keep" - 1;
+    static_cast<IStream*>(larger)->Seek(position, STREAM_SEEK_SET, nullptr);
+    EXPECT_EQ(Tree(Job(ProfJobOpenStreamObjectW(larger, L"o", 1))), "[a]{b=1;}") << "from where the stream stands";
 }
