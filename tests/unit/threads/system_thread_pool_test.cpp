@@ -28,38 +28,26 @@ private:
     const std::function<void(Once&)> _run;
 };
 
-TEST(SystemThreadPool, RunsOnceOnAThreadOfItsOwn)
+TEST(SystemThreadPool, RunsOnceAndTheEndWaitsForIt)
 {
     clsThreadPool pool;
     ASSERT_TRUE(pool);
     std::atomic<int> runs = 0;
-    std::atomic<DWORD> thread = 0;
-    const Once work(pool,
-        [&](Once& self)
-        {
-            self.MayRunLong();
-            thread = GetCurrentThreadId();
-            ++runs;
-        });
-    EXPECT_TRUE(WaitUntil([&] { return runs == 1; }));
-    EXPECT_NE(thread, GetCurrentThreadId());
-}
-
-TEST(SystemThreadPool, TheEndWaitsForWhatRuns)
-{
-    clsThreadPool pool;
-    std::atomic<bool> hasBegun = false, hasEnded = false;
+    std::atomic<bool> hasEnded = false;
     {
         const Once work(pool,
-            [&](Once&)
+            [&, caller = GetCurrentThreadId()](Once& self)
             {
-                hasBegun = true;
+                self.MayRunLong();
+                EXPECT_NE(GetCurrentThreadId(), caller);
+                ++runs;
                 Sleep(50);
                 hasEnded = true;
             });
-        EXPECT_TRUE(WaitUntil([&] { return hasBegun.load(); }));
+        EXPECT_TRUE(WaitUntil([&] { return runs == 1; }));
     }
     EXPECT_TRUE(hasEnded);
+    EXPECT_EQ(runs, 1);
 }
 
 TEST(SystemThreadPool, MayDeleteItself)

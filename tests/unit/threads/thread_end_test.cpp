@@ -21,19 +21,28 @@ TEST(ThreadEnd, FromTheThreadItselfOnlySetsTheStopEvent)
     ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
     ASSERT_TRUE(WaitUntil([&] { return thread.GetThreadState() == State::Exited; }));
     EXPECT_EQ(inner, 1);
+    const DeveloperRun developer; // is told of the times
+    const DebugLines lines;
     EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
     EXPECT_EQ(thread.ExitCode(), 7u);
+    const String start(String::formatted, L"thread '%hs' was alive for ", thread.Name());
+    EXPECT_EQ(lines.Only().View().substr(0, start.Length()), start.View());
+    EXPECT_EQ(lines.CountOf(L" ms (UserMode: "), 1u);
 }
 
 TEST(ThreadEnd, AThreadThatHangs)
 {
     const LeaksAllowed leaksAllowed;
+    MSG message;
+    PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);
     for (const bool pumps : {false, true})
     {
         TestThread thread(&Hang);
         thread.endPumps = pumps;
         ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+        PostThreadMessageW(GetCurrentThreadId(), WM_APP, 0, 0);
         EXPECT_EQ(thread.ThreadEnd(false, 50, false), 1);
+        EXPECT_EQ(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE, !pumps);
         EXPECT_EQ(thread.GetThreadState(), State::Running); // the handle is kept
         const Stopwatch watch;
         EXPECT_EQ(thread.ThreadEnd(false, 300, true), 0);
@@ -121,89 +130,11 @@ TEST(ThreadEnd, NestedInItself)
         mutable int inner = 0;
     };
     Nested thread;
-    for (int round = 1; round <= 2; ++round)
-    {
-        thread.depth = thread.inner = 0;
-        ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
-        EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
-        EXPECT_EQ(thread.depth, 1); // the inner call didn't come as far as to wait
-        EXPECT_EQ(thread.inner, 1);
-        EXPECT_EQ(thread.GetThreadState(), State::None);
-        EXPECT_EQ(thread.ExitCode(), 5u);
-    }
-}
-
-#if defined(_WIN32) // messages reach windows, which the layer has not yet
-TEST(ThreadEnd, NestedInAMessageThatTheWaitDispatches)
-{
-    static TestThread* ending = nullptr;
-    static int inner = -1;
-    WNDCLASSW windowClass = {};
-    windowClass.lpfnWndProc = [](HWND window, UINT message, WPARAM first, LPARAM second) -> LRESULT
-    {
-        if (message == WM_APP)
-            inner = ending->ThreadEnd(false, INFINITE, true);
-        return DefWindowProcW(window, message, first, second);
-    };
-    windowClass.lpszClassName = L"QxThreadEndTest";
-    RegisterClassW(&windowClass);
-    const HWND window =
-        CreateWindowExW(0, windowClass.lpszClassName, L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
-    ASSERT_NE(window, nullptr);
-    clsEvent go;
-    TestThread thread(
-        [&go](TestThread&)
-        {
-            WaitForSingleObject(go.Get(), 2000);
-            return 3u;
-        });
-    ending = &thread;
     ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
-    PostMessageW(window, WM_APP, 0, 0);
-    TestThread releaser(
-        [&go](TestThread&)
-        {
-            while (inner == -1)
-                Sleep(1);
-            go.Set();
-            return 0u;
-        });
-    ASSERT_TRUE(releaser.ThreadStart(THREAD_PRIORITY_NORMAL));
     EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
-    EXPECT_EQ(inner, 1);
-    EXPECT_EQ(thread.ExitCode(), 3u);
-    DestroyWindow(window);
-}
-#endif
-
-TEST(ThreadEnd, KeepsTheQueueOfTheCallerRunning)
-{
-    const LeaksAllowed leaksAllowed;
-    MSG message;
-    PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);
-    TestThread thread(&Hang);
-    ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
-    for (const bool pumps : {false, true})
-    {
-        thread.endPumps = pumps;
-        PostThreadMessageW(GetCurrentThreadId(), WM_APP, 0, 0);
-        thread.ThreadEnd(false, 50, false);
-        EXPECT_EQ(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE, !pumps);
-    }
-    EXPECT_EQ(thread.ThreadEnd(false, 0, true), 0);
-}
-
-TEST(ThreadEnd, ADeveloperIsToldOfTheTimes)
-{
-    const DeveloperRun developer;
-    TestThread thread(&UntilStopped);
-    ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
-    Sleep(30);
-    const DebugLines lines;
-    thread.ThreadEnd(false, INFINITE, true);
-    const String start(String::formatted, L"thread '%hs' was alive for ", thread.Name());
-    EXPECT_EQ(lines.Only().View().substr(0, start.Length()), start.View());
-    EXPECT_EQ(lines.CountOf(L" ms (UserMode: "), 1u);
+    EXPECT_EQ(thread.depth, 1); // the inner call didn't come as far as to wait
+    EXPECT_EQ(thread.inner, 1);
+    EXPECT_EQ(thread.ExitCode(), 5u);
 }
 
 TEST(ThreadEnd, TheDestructorEndsWhatASubclassLeft)

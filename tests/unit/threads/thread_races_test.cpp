@@ -13,17 +13,12 @@ namespace
 
 TEST(ThreadRaces, ManyStartAndEndOneThread)
 {
-    std::atomic<int> running = 0;
-    std::atomic<int> mostRunning = 0;
-    std::atomic<int> runs = 0;
+    std::atomic<int> running = 0, runs = 0;
     {
         TestThread thread(
             [&](TestThread& self)
             {
-                const int now = ++running;
-                for (int most = mostRunning; now > most && !mostRunning.compare_exchange_weak(most, now);)
-                {
-                }
+                EXPECT_EQ(++running, 1);
                 ++runs;
                 int result = 0;
                 while (self.WaitForEvents(1, result, 0))
@@ -51,41 +46,13 @@ TEST(ThreadRaces, ManyStartAndEndOneThread)
         EXPECT_EQ(thread.GetThreadState(), clsThreadBase::State::None);
     }
     EXPECT_EQ(running, 0);
-    EXPECT_EQ(mostRunning, 1);
     EXPECT_GT(runs, 0);
-}
-
-TEST(ThreadRaces, EveryThreadEndsWithItsObject)
-{
-    std::atomic<int> runs = 0;
-    std::vector<std::thread> callers;
-    for (int caller = 0; caller < 4; ++caller)
-        callers.emplace_back(
-            [&runs]
-            {
-                for (int round = 0; round < 40; ++round)
-                {
-                    TestThread thread(
-                        [&runs](TestThread& self)
-                        {
-                            ++runs;
-                            return UntilStopped(self);
-                        });
-                    EXPECT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
-                    EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
-                    EXPECT_EQ(thread.ExitCode(), 7u);
-                }
-            });
-    for (std::thread& caller : callers)
-        caller.join();
-    EXPECT_EQ(runs, 160);
 }
 
 // Threads that end by themselves, restarted, waited for and asked after by whoever comes.
 TEST(ThreadRaces, ShortLivesAreRestarted)
 {
-    std::atomic<int> running = 0;
-    std::atomic<int> runs = 0;
+    std::atomic<int> running = 0, runs = 0;
     clsEvent given;
     given.Set();
     TestThread thread(

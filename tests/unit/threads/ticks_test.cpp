@@ -17,22 +17,11 @@ DWORD WINAPI ReadCounter()
 TEST(Ticks, AWrapOfTheCounterIsARound)
 {
     WrappingTicks ticks(&ReadCounter);
-    struct
+    for (const unsigned long long expected :
+        {0xFFFFFFFFull, 0xFFFFFFFFull, 0x100000000ull, 0x190000000ull, 0x28FFFFFFFull})
     {
-        DWORD counter;
-        unsigned long long expected;
-    } constexpr steps[] = {
-        {5, 5},
-        {0xFFFFFFFF, 0xFFFFFFFF},
-        {0xFFFFFFFF, 0xFFFFFFFF},
-        {0, 0x100000000},
-        {0x90000000, 0x190000000},
-        {0x8FFFFFFF, 0x28FFFFFFF},
-    };
-    for (const auto& step : steps)
-    {
-        counter = step.counter;
-        EXPECT_EQ(ticks.Now(), step.expected);
+        counter = static_cast<DWORD>(expected);
+        EXPECT_EQ(ticks.Now(), expected);
     }
 }
 
