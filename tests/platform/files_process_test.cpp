@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <iterator>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using namespace qxtest;
@@ -66,22 +67,21 @@ TEST_F(FilesBetweenProcesses, NothingIsLeftOfAProcessThatIsKilled)
 TEST_F(FilesBetweenProcesses, ByteLocksHold)
 {
     // Locks are taken through handles of either kind, and both kinds exclude each other.
-    for (const DWORD access : {DWORD{GENERIC_READ}, readWrite})
-        for (const DWORD access2 : {DWORD{GENERIC_READ}, readWrite})
-        {
-            SCOPED_TRACE(testing::Message() << std::hex << access << " then " << access2);
-            Peer peer(folder, "lock", path, access, shareAll); // locks bytes 2 to 4
-            ASSERT_TRUE(peer.WaitUntilReady());
-            const Handle file = Open(path, access2, shareAll);
-            ASSERT_TRUE(file);
-            EXPECT_EQ(ErrorOf([&] { return LockFile(file, 0, 0, 10, 0); }), DWORD{ERROR_LOCK_VIOLATION});
-            EXPECT_EQ(ErrorOf([&] { return LockFile(file, 4, 0, 1, 0); }), DWORD{ERROR_LOCK_VIOLATION});
-            EXPECT_TRUE(LockFile(file, 0, 0, 2, 0));
-            EXPECT_TRUE(LockFile(file, 5, 0, 0xFFFFFFFF, 0xFFFFFFFF - 1)) << "up to the last offset";
-            EXPECT_TRUE(UnlockFile(file, 0, 0, 2, 0));
-            EXPECT_EQ(peer.Finish(), 0u);
-            EXPECT_TRUE(LockFile(file, 0, 0, 5, 0));
-        }
+    for (const auto& [access, access2] : {std::pair<DWORD, DWORD>(GENERIC_READ, readWrite), {readWrite, GENERIC_READ}})
+    {
+        SCOPED_TRACE(testing::Message() << std::hex << access << " then " << access2);
+        Peer peer(folder, "lock", path, access, shareAll); // locks bytes 2 to 4
+        ASSERT_TRUE(peer.WaitUntilReady());
+        const Handle file = Open(path, access2, shareAll);
+        ASSERT_TRUE(file);
+        EXPECT_EQ(ErrorOf([&] { return LockFile(file, 0, 0, 10, 0); }), DWORD{ERROR_LOCK_VIOLATION});
+        EXPECT_EQ(ErrorOf([&] { return LockFile(file, 4, 0, 1, 0); }), DWORD{ERROR_LOCK_VIOLATION});
+        EXPECT_TRUE(LockFile(file, 0, 0, 2, 0));
+        EXPECT_TRUE(LockFile(file, 5, 0, 0xFFFFFFFF, 0xFFFFFFFF - 1)) << "up to the last offset";
+        EXPECT_TRUE(UnlockFile(file, 0, 0, 2, 0));
+        EXPECT_EQ(peer.Finish(), 0u);
+        EXPECT_TRUE(LockFile(file, 0, 0, 5, 0));
+    }
 }
 
 // Wine doesn't refuse these transfers, which the system does.
@@ -99,18 +99,6 @@ TEST_F(FilesBetweenProcesses, LockedBytesAreKeptFromOthers)
     EXPECT_EQ(ReadBytes(file, 2), "01") << "before the locked bytes";
     EXPECT_EQ(peer.Finish(), 0u);
     EXPECT_EQ(ReadBytes(file), "23456789");
-}
-
-TEST_F(FilesBetweenProcesses, FileOfAnEndedProcessGoesWithIt)
-{
-    const Text temporary = folder / L"temporary";
-    {
-        Peer peer(folder, "temporary", temporary, readWrite, shareAll);
-        ASSERT_TRUE(peer.WaitUntilReady());
-        EXPECT_TRUE(Exists(temporary));
-        EXPECT_EQ(peer.Finish(), 0u);
-    }
-    EXPECT_FALSE(Exists(temporary));
 }
 
 // Many processes try to open the same file for themselves, or to lock it (two that write, and two that only read), at

@@ -134,15 +134,10 @@ int RunPeer(int count, char** arguments)
     if (task == "clipboard")
         return CopyToClipboard(signal, arguments[2], first);
 
-    const bool isTemporary = task == "temporary";
-    Handle file = Open(path, first, second, isTemporary ? CREATE_NEW : OPEN_EXISTING,
-        isTemporary ? DWORD{FILE_FLAG_DELETE_ON_CLOSE} : 0);
+    const Handle file = Open(path, first, second);
     if (!file || (task == "lock" && !LockFile(file, 2, 0, 3, 0)))
         return 7;
-    const int result = Hold(signal);
-    if (isTemporary)
-        std::exit(result); // the handle is left to the end of the process
-    return result;
+    return Hold(signal);
 }
 
 int Tell(int count, char** arguments)
