@@ -64,21 +64,15 @@ TEST_F(FilesOfTheLayer, FormsOfPaths)
     std::string narrow = root.Narrow();
     std::replace(narrow.begin(), narrow.end(), '/', '\\');
     const Text backslashed = Text::Widen(narrow);
-    const std::pair<Text, const char*> cases[] = {
-        {backslashed + L"\\file", "at the root"},
-        {Text(L"z:") + root + L"/file", "at the root"},
-        {Text(L"\\\\?\\Z:") + backslashed + L"\\file", "at the root"},
+    const std::pair<Text, const char*> cases[] = {{backslashed + L"\\file", "at the root"},
+        {Text(L"z:") + root + L"/file", "at the root"}, {Text(L"\\\\?\\Z:") + backslashed + L"\\file", "at the root"},
         {Text(L"\\\\?\\") + root + L"/file", "at the root"},
         {Text(L"/") + root + L"/file", "at the root"}, // two slashes are one
-        {L"C:\\file", "on the drive"},
-        {L"c:file", "on the drive"},
+        {L"C:\\file", "on the drive"}, {L"c:file", "on the drive"},
         {L"C:\\..\\..\\file", "on the drive"}, // nothing is above a drive
-        {L"\\\\?\\C:\\file", "on the drive"},
-        {L"\\\\server\\share\\file", "on the share"},
-        {L"\\\\SERVER\\Share\\sub\\..\\file", "on the share"},
-        {L"\\\\mixed\\SHARE\\file", "on the share"},
-        {L"\\\\?\\UNC\\server\\share\\file", "on the share"},
-    };
+        {L"\\\\?\\C:\\file", "on the drive"}, {L"\\\\server\\share\\file", "on the share"},
+        {L"\\\\SERVER\\Share\\sub\\..\\file", "on the share"}, {L"\\\\mixed\\SHARE\\file", "on the share"},
+        {L"\\\\?\\UNC\\server\\share\\file", "on the share"}};
     for (const auto& [path, content] : cases)
         EXPECT_EQ(BytesOf(path), content) << path.Narrow();
     for (const wchar_t* path : {L"D:\\file", L"\\\\server\\other\\file", L"\\\\.\\device"})

@@ -45,14 +45,8 @@ TEST(FilesPaths, FullPathsAreResolvedInTheText)
     {
         const wchar_t* path;
         const char* expected;
-    } constexpr cases[] = {
-        {L"/a/./b/../c", "/a/c"},
-        {L"/a//b\\\\c", "/a/b/c"},
-        {L"/../../a", "/a"},
-        {L"/", "/"},
-        {L"/a/b/../", "/a/"},
-        {L"/missing/../a", "/a"},
-    };
+    } constexpr cases[] = {{L"/a/./b/../c", "/a/c"}, {L"/a//b\\\\c", "/a/b/c"}, {L"/../../a", "/a"}, {L"/", "/"},
+        {L"/a/b/../", "/a/"}, {L"/missing/../a", "/a"}};
     for (const auto& [path, expected] : cases)
         EXPECT_EQ(WithoutDrive(FullPath(path)), expected) << Text(path).Narrow();
 
@@ -109,17 +103,11 @@ TEST(FilesFind, Patterns)
         const wchar_t* pattern;
         Names expected;
         bool isLayerOnly = false; // Wine takes `?` for just one character, and a final dot for nothing
-    } const cases[] = {
-        {L"*.*", all},
-        {L"*.txt", {"a.txt", "ab.txt", "a.b.txt", "x.TXT"}},
-        {L"A*.TXT", {"a.txt", "ab.txt", "a.b.txt"}},
-        {L"??.txt", {"a.txt", "ab.txt", "x.TXT"}, true},
-        {L"a*.*.*", {"a", "a.txt", "a.b.txt", "ab.txt", "a.txt.bak"}},
-        {L"*.", {"a", "readme", "sub"}, true},
-        {L"*a*", {"a", "a.txt", "ab.txt", "a.b.txt", "a.txt.bak", "readme"}},
-        {L"*.nothing", {"error 2"}},
-        {L"missing/*", {"error 3"}},
-    };
+    } const cases[] = {{L"*.*", all}, {L"*.txt", {"a.txt", "ab.txt", "a.b.txt", "x.TXT"}},
+        {L"A*.TXT", {"a.txt", "ab.txt", "a.b.txt"}}, {L"??.txt", {"a.txt", "ab.txt", "x.TXT"}, true},
+        {L"a*.*.*", {"a", "a.txt", "a.b.txt", "ab.txt", "a.txt.bak"}}, {L"*.", {"a", "readme", "sub"}, true},
+        {L"*a*", {"a", "a.txt", "ab.txt", "a.b.txt", "a.txt.bak", "readme"}}, {L"*.nothing", {"error 2"}},
+        {L"missing/*", {"error 3"}}};
     for (const auto& [pattern, expected, isLayerOnly] : cases)
     {
         if (isLayer || !isLayerOnly)

@@ -51,15 +51,12 @@ TEST(FilesOpen, PathsThatLeadNowhere)
     {
         Text path;
         DWORD disposition, error;
-    } cases[] = {
-        {L"", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
+    } cases[] = {{L"", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
         {folder / L"missing/file", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
         {folder / L"file/below", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
-        {folder / L"file/", OPEN_EXISTING, ERROR_INVALID_NAME},
-        {folder / L"new/", CREATE_ALWAYS, ERROR_INVALID_NAME},
+        {folder / L"file/", OPEN_EXISTING, ERROR_INVALID_NAME}, {folder / L"new/", CREATE_ALWAYS, ERROR_INVALID_NAME},
         {folder.path(), OPEN_EXISTING, ERROR_ACCESS_DENIED}, // a folder is no file
-        {folder.path(), CREATE_NEW, ERROR_FILE_EXISTS},
-    };
+        {folder.path(), CREATE_NEW, ERROR_FILE_EXISTS}};
     for (const auto& [path, disposition, error] : cases)
         EXPECT_EQ(OpenError(path, GENERIC_READ, shareAll, disposition), error) << path.Narrow();
     EXPECT_FALSE(Exists(folder / L"new"));
@@ -70,23 +67,18 @@ constexpr struct
 {
     DWORD firstAccess, firstShare, secondAccess, secondShare;
     bool mayBoth;
-} sharingPairs[] = {
-    {GENERIC_READ, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ, true},
+} sharingPairs[] = {{GENERIC_READ, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ, true},
     {GENERIC_READ, FILE_SHARE_READ, GENERIC_READ, 0, false},
-    {GENERIC_READ, FILE_SHARE_READ, GENERIC_WRITE, shareAll, false},
-    {GENERIC_READ, 0, GENERIC_READ, shareAll, false},
+    {GENERIC_READ, FILE_SHARE_READ, GENERIC_WRITE, shareAll, false}, {GENERIC_READ, 0, GENERIC_READ, shareAll, false},
     {GENERIC_WRITE, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ, false},
     {GENERIC_WRITE, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, true},
     {GENERIC_WRITE, FILE_SHARE_WRITE, GENERIC_WRITE, FILE_SHARE_WRITE, true},
     {readWrite, FILE_SHARE_READ | FILE_SHARE_WRITE, readWrite, FILE_SHARE_READ | FILE_SHARE_WRITE, true},
     {GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, DELETE, shareAll, false},
     {GENERIC_READ, FILE_SHARE_DELETE, DELETE, FILE_SHARE_READ, true},
-    {DELETE, shareAll, GENERIC_READ, FILE_SHARE_READ, false},
-    {DELETE, 0, GENERIC_READ, shareAll, false},
+    {DELETE, shareAll, GENERIC_READ, FILE_SHARE_READ, false}, {DELETE, 0, GENERIC_READ, shareAll, false},
     // Who only looks at attributes neither disturbs nor is disturbed.
-    {0, 0, readWrite, 0, true},
-    {readWrite, 0, 0, 0, true},
-};
+    {0, 0, readWrite, 0, true}, {readWrite, 0, 0, 0, true}};
 
 TEST(FilesOpen, SharingBetweenHandles)
 {

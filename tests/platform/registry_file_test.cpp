@@ -157,18 +157,10 @@ TEST_F(RegistryFile, ReadsWhatPeopleWrite)
     {
         const wchar_t *key, *name;
         const char* value;
-    } const cases[] = {
-        {L"A", L"blanks", "1:78000000"},
-        {L"A", L"Ü", "4:1f000000"},
-        {L"A", L"bytes", "3:01020304"},
-        {L"A", L"none", "0:"},
-        {L"A", L"two\nlines", "1:61000d000a0062000000"},
-        {L"A", L"gone", "error 2"},
-        {L"A", L"twice", "4:02000000"},
-        {L"A", L"last", "4:04000000"},
-        {L"b", nullptr, "error 2"},
-        {L"b\\c", nullptr, "error 2"},
-    };
+    } const cases[] = {{L"A", L"blanks", "1:78000000"}, {L"A", L"Ü", "4:1f000000"}, {L"A", L"bytes", "3:01020304"},
+        {L"A", L"none", "0:"}, {L"A", L"two\nlines", "1:61000d000a0062000000"}, {L"A", L"gone", "error 2"},
+        {L"A", L"twice", "4:02000000"}, {L"A", L"last", "4:04000000"}, {L"b", nullptr, "error 2"},
+        {L"b\\c", nullptr, "error 2"}};
     for (const auto& c : cases)
         EXPECT_EQ(Value(c.key, c.name), c.value) << c.key << L" " << c.name;
 

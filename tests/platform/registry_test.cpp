@@ -119,15 +119,11 @@ TEST_F(Registry, QueryTellsTypeAndSizeAndKeepsToTheBuffer)
         DWORD size;
         LSTATUS result;
         DWORD sizeAfter, typeAfter;
-    } const cases[] = {
-        {L"v", true, true, 20, ERROR_SUCCESS, 12, REG_SZ},
-        {L"v", true, true, 11, ERROR_MORE_DATA, 12, REG_SZ},
-        {L"v", false, true, 0, ERROR_SUCCESS, 12, REG_SZ},
-        {L"v", false, false, 5, ERROR_SUCCESS, 5, REG_SZ},
-        {L"v", true, false, 5, ERROR_INVALID_PARAMETER, 5, kNoType},
+    } const cases[] = {{L"v", true, true, 20, ERROR_SUCCESS, 12, REG_SZ},
+        {L"v", true, true, 11, ERROR_MORE_DATA, 12, REG_SZ}, {L"v", false, true, 0, ERROR_SUCCESS, 12, REG_SZ},
+        {L"v", false, false, 5, ERROR_SUCCESS, 5, REG_SZ}, {L"v", true, false, 5, ERROR_INVALID_PARAMETER, 5, kNoType},
         {L"absent", true, true, 20, ERROR_FILE_NOT_FOUND, 20, kNoType},
-        {nullptr, true, true, 20, ERROR_FILE_NOT_FOUND, 20, kNoType},
-    };
+        {nullptr, true, true, 20, ERROR_FILE_NOT_FOUND, 20, kNoType}};
     for (size_t i = 0; i < std::size(cases); ++i)
     {
         const auto& c = cases[i];
@@ -153,22 +149,15 @@ TEST_F(Registry, ValuesOfEachTypeComeBackByteForByte)
         const wchar_t* name;
         DWORD type;
         std::string data;
-    } const cases[] = {
-        {nullptr, REG_SZ, std::string("d\0\0\0", 4)},
+    } const cases[] = {{nullptr, REG_SZ, std::string("d\0\0\0", 4)},
         {L"number", REG_DWORD, std::string("\x01\x02\x03\xFF", 4)},
-        {L"big number", REG_QWORD, std::string("12345678", 8)},
-        {L"bytes", REG_BINARY, std::string(300, '\xA5')},
-        {L"no bytes", REG_BINARY, ""},
-        {L"expand", REG_EXPAND_SZ, std::string("%\0P\0%\0\0\0", 8)},
-        {L"multi", REG_MULTI_SZ, std::string("a\0\0\0b\0\0\0\0\0", 10)},
-        {L"odd text", REG_SZ, "abc"},
-        {L"unterminated", REG_SZ, std::string("a\0b\0", 4)},
-        {L"empty text", REG_SZ, ""},
+        {L"big number", REG_QWORD, std::string("12345678", 8)}, {L"bytes", REG_BINARY, std::string(300, '\xA5')},
+        {L"no bytes", REG_BINARY, ""}, {L"expand", REG_EXPAND_SZ, std::string("%\0P\0%\0\0\0", 8)},
+        {L"multi", REG_MULTI_SZ, std::string("a\0\0\0b\0\0\0\0\0", 10)}, {L"odd text", REG_SZ, "abc"},
+        {L"unterminated", REG_SZ, std::string("a\0b\0", 4)}, {L"empty text", REG_SZ, ""},
         {L"lines", REG_SZ, std::string("a\0\r\0\n\0\"\0\\\0\0\0", 12)},
         {L"lone surrogate", REG_SZ, std::string("\x3D\xD8x\0\0\0", 6)},
-        {L"\"quoted\" \\ = name", REG_SZ, std::string("\0\0", 2)},
-        {L"own type", 0xABCDE, "1"},
-    };
+        {L"\"quoted\" \\ = name", REG_SZ, std::string("\0\0", 2)}, {L"own type", 0xABCDE, "1"}};
     for (const auto& c : cases)
     {
         // The system adds a terminator to a text if one follows in memory.

@@ -91,20 +91,11 @@ TEST(Resources, Languages)
         WORD language;
         const char* text;
     };
-    constexpr Case CASES[] = {
-        {100, ENGLISH, "english"},
-        {100, GERMAN, "deutsch <e4><f6><fc> <20ac>"},
-        {100, GERMAN_ALONE, "error 1815"},
-        {200, GERMAN, "german of no region"},
-        {200, AUSTRIAN, "german of no region"},
-        {200, ENGLISH, "error 1815"},
-        {300, CANADIAN_FRENCH, "error 1815"},
-        {400, GERMAN, "of no language"},
+    constexpr Case CASES[] = {{100, ENGLISH, "english"}, {100, GERMAN, "deutsch <e4><f6><fc> <20ac>"},
+        {100, GERMAN_ALONE, "error 1815"}, {200, GERMAN, "german of no region"}, {200, AUSTRIAN, "german of no region"},
+        {200, ENGLISH, "error 1815"}, {300, CANADIAN_FRENCH, "error 1815"}, {400, GERMAN, "of no language"},
         // The defaults take what there is.
-        {300, LANG_NEUTRAL, "french"},
-        {300, LANG_USER_DEFAULT, "french"},
-        {500, ENGLISH, "error 1814"},
-    };
+        {300, LANG_NEUTRAL, "french"}, {300, LANG_USER_DEFAULT, "french"}, {500, ENGLISH, "error 1814"}};
     for (const Case& row : CASES)
         EXPECT_EQ(Chosen(row.id, row.language), row.text) << row.id << ' ' << row.language;
 }

@@ -42,14 +42,9 @@ TEST(Environment, Expansion)
     {
         const wchar_t* text;
         const wchar_t* expected;
-    } constexpr cases[] = {
-        {L"", L""},
-        {L"x%qxv%y%QXV%", L"xabcyabc"},
-        {L"%qxnothing%QXV%", L"%qxnothing%QXV%"},
-        {L"100% of %QXV%", L"100% of %QXV%"},
-        {L"%%QXV%", L"%%QXV%"}, // the name between the first two is empty
-        {L"%QXV", L"%QXV"},
-    };
+    } constexpr cases[] = {{L"", L""}, {L"x%qxv%y%QXV%", L"xabcyabc"}, {L"%qxnothing%QXV%", L"%qxnothing%QXV%"},
+        {L"100% of %QXV%", L"100% of %QXV%"}, {L"%%QXV%", L"%%QXV%"}, // the name between the first two is empty
+        {L"%QXV", L"%QXV"}};
     EXPECT_TRUE(SetEnvironmentVariableW(L"QXV", L"abc"));
     for (const auto& [text, expected] : cases)
     {
@@ -66,13 +61,9 @@ TEST(Times, FileTimeAndCalendar)
     {
         ULONGLONG units;
         SYSTEMTIME time;
-    } constexpr cases[] = {
-        {0, {1601, 1, 1, 1, 0, 0, 0, 0}},
-        {94405824000000000, {1900, 3, 4, 1, 0, 0, 0, 0}},
-        {125962991990000000, {2000, 2, 2, 29, 11, 59, 59, 0}},
-        {133485407999990000, {2023, 12, 0, 31, 23, 59, 59, 999}},
-        {2650467743999990000, {9999, 12, 5, 31, 23, 59, 59, 999}},
-    };
+    } constexpr cases[] = {{0, {1601, 1, 1, 1, 0, 0, 0, 0}}, {94405824000000000, {1900, 3, 4, 1, 0, 0, 0, 0}},
+        {125962991990000000, {2000, 2, 2, 29, 11, 59, 59, 0}}, {133485407999990000, {2023, 12, 0, 31, 23, 59, 59, 999}},
+        {2650467743999990000, {9999, 12, 5, 31, 23, 59, 59, 999}}};
     for (const auto& [units, time] : cases)
     {
         const FILETIME fileTime{static_cast<DWORD>(units), static_cast<DWORD>(units >> 32)};

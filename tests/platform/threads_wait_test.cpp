@@ -165,12 +165,9 @@ TEST(Messages, BoxesAnswerByThemselves)
         int answer;
     } constexpr cases[] = {
         {MB_OKCANCEL | MB_DEFBUTTON2 | MB_ICONHAND | MB_TASKMODAL | MB_SETFOREGROUND, nullptr, IDCANCEL},
-        {MB_YESNOCANCEL | MB_DEFBUTTON3, L"", IDCANCEL},
-        {MB_YESNO, L"No", IDNO},
-        {MB_YESNO | MB_DEFBUTTON3, L"cancel", IDYES},
-        {MB_CANCELTRYCONTINUE, L"continue", IDCONTINUE},
-        {MB_TYPEMASK, L"ok", 0},
-    };
+        {MB_YESNOCANCEL | MB_DEFBUTTON3, L"", IDCANCEL}, {MB_YESNO, L"No", IDNO},
+        {MB_YESNO | MB_DEFBUTTON3, L"cancel", IDYES}, {MB_CANCELTRYCONTINUE, L"continue", IDCONTINUE},
+        {MB_TYPEMASK, L"ok", 0}};
     for (const auto& entry : cases)
     {
         SetEnvironmentVariableW(L"QXPLATFORM_MESSAGEBOX", entry.wanted);

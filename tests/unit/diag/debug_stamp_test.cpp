@@ -39,15 +39,13 @@ TEST(DebugStamp, ColumnsByTheTable)
         scDebugStamp stamp;
         const wchar_t* section;
         int depth;
-    } cases[] = {
-        {L"12:34:56.789 00001a2c/03 7 message", {false, noon, 0, 0x1A2C, 3, 7}, L"", 0},
+    } cases[] = {{L"12:34:56.789 00001a2c/03 7 message", {false, noon, 0, 0x1A2C, 3, 7}, L"", 0},
         {L"12:34:56.789 00001a2c/03 7 INIT   message", {false, noon, 0, 0x1A2C, 3, 47}, L"INIT", 2},
         {L"00:00:00.000 ffffffff/40 5   message", {false, {}, 0, 0xFFFFFFFF, 64, 0xFFFFFFFF}, L"", 2},
         {L"34:56.789 00000001/13f 9 a b message", {true, noon, 2'096'789, 1, 319, 9}, L"a b", 0},
         {L"00:00.000 00000001/00 0 message", {true, {}, 3'600'000, 1, 0, 0}, L"", 0},
         // Only the low 32 bits count: 71,582 minutes and 47.295 seconds
-        {L"02:47.295 00000001/00 0 message", {true, {}, 0x7'FFFF'FFFF, 1, 0, 0}, L"", 0},
-    };
+        {L"02:47.295 00000001/00 0 message", {true, {}, 0x7'FFFF'FFFF, 1, 0, 0}, L"", 0}};
     for (const auto& row : cases)
     {
         DebugLineText line;

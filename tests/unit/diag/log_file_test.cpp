@@ -22,13 +22,8 @@ TEST(LogFile, SettingsByTheTable)
     {
         const wchar_t* value;
         const wchar_t* expected;
-    } names[] = {
-        {L"", L""},
-        {L"trace.log", inTemp.Text()},
-        {L"c:\\logs\\trace.log", L"c:\\logs\\trace.log"},
-        {L"/logs/trace.log", L"/logs/trace.log"},
-        {longName.Text(), longName.Text()},
-    };
+    } names[] = {{L"", L""}, {L"trace.log", inTemp.Text()}, {L"c:\\logs\\trace.log", L"c:\\logs\\trace.log"},
+        {L"/logs/trace.log", L"/logs/trace.log"}, {longName.Text(), longName.Text()}};
     for (const auto& row : names)
     {
         ASSERT_TRUE(settings.Set(HKEY_LOCAL_MACHINE, L"Debug.LogFilename", row.value));
