@@ -88,20 +88,6 @@ TEST(Times, FileTimeAndCalendar)
     EXPECT_EQ(ErrorOf([&] { return FileTimeToSystemTime(&tooLate, &split); }), DWORD{ERROR_INVALID_PARAMETER});
 }
 
-TEST(Times, ClocksAgree)
-{
-    LARGE_INTEGER frequency, begin, end;
-    ASSERT_TRUE(QueryPerformanceFrequency(&frequency));
-    const ULONGLONG ticks = GetTickCount64();
-    QueryPerformanceCounter(&begin);
-    Sleep(60);
-    QueryPerformanceCounter(&end);
-    const double counted =
-        static_cast<double>(end.QuadPart - begin.QuadPart) * 1000.0 / static_cast<double>(frequency.QuadPart);
-    EXPECT_GE(counted, 59.0);
-    EXPECT_NEAR(counted, static_cast<double>(GetTickCount64() - ticks), 40);
-}
-
 TEST(CriticalSections, OneThreadAtATimeAndOneThreadAgain)
 {
     CRITICAL_SECTION section;
@@ -145,20 +131,6 @@ TEST(PointerTests, PagesTheirEndsAndOddAddresses)
         EXPECT_TRUE(IsBadReadPtr(reinterpret_cast<const void*>(bad), 1)) << bad;
         EXPECT_TRUE(IsBadStringPtrW(reinterpret_cast<LPCWSTR>(bad), 1)) << bad;
     }
-}
-
-TEST(Session, UserAndWindowStation)
-{
-    WCHAR name[300] = {};
-    DWORD size = 300;
-    EXPECT_TRUE(GetUserNameW(name, &size));
-    EXPECT_EQ(size, Text(name).size() + 1);
-    EXPECT_GT(size, 1u);
-
-    USEROBJECTFLAGS flags{TRUE, TRUE, 99};
-    DWORD needed = 0;
-    EXPECT_TRUE(GetUserObjectInformationW(GetProcessWindowStation(), UOI_FLAGS, &flags, sizeof flags, &needed));
-    EXPECT_EQ(flags.dwFlags, isLayer ? 0u : DWORD{WSF_VISIBLE}); // the layer has no screen
 }
 
 } // namespace
