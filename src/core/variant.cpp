@@ -121,19 +121,37 @@ HRESULT clsVariant::CopyTo(VARIANT& target) const noexcept
     return VariantCopyInd(&target, const_cast<VARIANT*>(&_value));
 }
 
-void clsVariant::SetArray(WCValSList<clsVariant> list)
+HRESULT clsVariant::MoveTo(VARIANT& target) noexcept
+{
+    const HRESULT result = VariantClear(&target);
+    if (SUCCEEDED(result))
+        std::swap(target, _value);
+    return result;
+}
+
+// From the last one on, so that what the elements leave can go back to the system while the array fills.
+clsVariant clsVariant::ArrayOf(std::deque<clsVariant> elements)
 {
     VARIANT array{};
-    array.parray = SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(list.Count()));
+    array.parray = SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(elements.size()));
     if (array.parray != nullptr)
     {
         array.vt = VT_ARRAY | VT_VARIANT;
-        auto* element = static_cast<VARIANT*>(array.parray->pvData);
-        for (clsVariant& value : list)
-            std::swap(*element++, value._value); // the new elements are empty
+        for (auto* end = static_cast<VARIANT*>(array.parray->pvData) + elements.size(); !elements.empty();)
+        {
+            std::swap(*--end, elements.back()._value); // the new elements are empty
+            elements.pop_back();
+        }
     }
-    clsVariant replaced = Adopt(array);
-    Swap(replaced);
+    return Adopt(array);
+}
+
+void clsVariant::SetArray(WCValSList<clsVariant> list)
+{
+    std::deque<clsVariant> elements;
+    for (clsVariant& value : list)
+        elements.push_back(std::move(value));
+    *this = ArrayOf(std::move(elements));
 }
 
 String ToString(const clsVariant& value)

@@ -8,6 +8,7 @@
 
 #include <oleauto.h>
 
+#include <deque>
 #include <initializer_list>
 
 namespace qx
@@ -33,6 +34,9 @@ public:
     // Takes the value over with all that it owns.
     static clsVariant Adopt(const VARIANT& value) noexcept;
 
+    // An array of variants with the lower bound 0. Without memory for it the value is empty.
+    static clsVariant ArrayOf(std::deque<clsVariant> elements);
+
     void Swap(clsVariant& other) noexcept;
 
     VARTYPE Type() const noexcept { return _value.vt; }
@@ -40,9 +44,10 @@ public:
 
     // Copies to the caller's variant, which is cleared; the system's result.
     HRESULT CopyTo(VARIANT& target) const noexcept;
+    // The same, but the target takes all over that the value owns, and the value is empty.
+    HRESULT MoveTo(VARIANT& target) noexcept;
 
-    // Replaces the value by an array of variants with the lower bound 0, in the order of the list. Without memory for
-    // it the value is empty.
+    // Replaces the value by such an array, in the order of the list.
     void SetArray(WCValSList<clsVariant> list);
 
 private:

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <deque>
+#include <utility>
 #include <vector>
 
 namespace qx
@@ -55,16 +57,16 @@ private:
         value = clsVariant();
         if (depth == kMaxVariantDepth)
             return;
-        WCValSList<clsVariant> elements;
+        std::deque<clsVariant> elements;
         for (LONG count = ReadCount(depth); count > 0; --count)
         {
-            // Each element has a byte at least, which keeps the memory in proportion to the source.
+            // Each element has two bytes at least, which keeps the memory in proportion to the source.
             clsVariant element;
             if (!Read(element, depth + 1))
                 break;
-            elements.Append(std::move(element));
+            elements.push_back(std::move(element));
         }
-        value.SetArray(std::move(elements));
+        value = clsVariant::ArrayOf(std::move(elements));
     }
 
     LONG ReadCount(int depth)

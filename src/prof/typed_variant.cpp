@@ -54,7 +54,7 @@ void VariantFromText(std::wstring_view text, VARIANT& value)
     }
     clsVariant loaded;
     Load(loaded, file);
-    loaded.CopyTo(value);
+    loaded.MoveTo(value);
 }
 
 } // namespace qx
