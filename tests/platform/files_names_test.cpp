@@ -62,21 +62,6 @@ TEST(FilesPaths, FullPathsAreResolvedInTheText)
     SetCurrentDirectoryW(before);
 }
 
-// The sizes of buffers: with the zero where it is too small, without where it fits.
-TEST(FilesPaths, TellSizes)
-{
-    WCHAR buffer[1000] = {};
-    WCHAR* name = nullptr;
-    DWORD length = GetFullPathNameW(L"/a/name", 100, buffer, &name);
-    EXPECT_EQ(length, Text(buffer).size());
-    EXPECT_EQ(GetFullPathNameW(L"/a/name", length, buffer, &name), length + 1);
-    length = GetTempPathW(1000, buffer);
-    EXPECT_EQ(length, Text(buffer).size());
-    EXPECT_TRUE(buffer[length - 1] == L'/' || buffer[length - 1] == L'\\');
-    EXPECT_TRUE(Exists(buffer));
-    EXPECT_EQ(GetTempPathW(length, buffer), length + 1);
-}
-
 TEST(FilesPaths, Folders)
 {
     const Folder folder;

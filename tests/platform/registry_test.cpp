@@ -61,7 +61,6 @@ private:
 
 TEST_F(Registry, KeysAreCreatedOnceAndFoundWithoutCase)
 {
-    HKEY key = nullptr;
     const HKEY first = Create(_key, L"Outer\\Inner", KEY_ALL_ACCESS, REG_CREATED_NEW_KEY);
     const HKEY again = Create(_key, L"OUTER\\inner\\", KEY_READ, REG_OPENED_EXISTING_KEY);
     EXPECT_NE(first, again);
@@ -74,8 +73,10 @@ TEST_F(Registry, KeysAreCreatedOnceAndFoundWithoutCase)
     DWORD nameSize = 10;
     EXPECT_EQ(RegEnumKeyExW(_key, 0, name, &nameSize, nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
     EXPECT_STREQ(name, L"Outer");
-    RegCloseKey(first);
-    RegCloseKey(again);
+    HKEY key = nullptr;
+    EXPECT_EQ(RegOpenCurrentUser(KEY_READ, &key), ERROR_SUCCESS);
+    for (const HKEY opened : {first, again, key})
+        EXPECT_EQ(RegCloseKey(opened), ERROR_SUCCESS);
 
     const std::u16string longName(300, u'n');
     const auto tooLong = reinterpret_cast<const wchar_t*>(longName.c_str());
@@ -88,57 +89,6 @@ TEST_F(Registry, KeysAreCreatedOnceAndFoundWithoutCase)
         EXPECT_EQ(Open(_key, path, key), result) << path;
         EXPECT_TRUE(result != ERROR_FILE_NOT_FOUND || key == nullptr);
         RegCloseKey(key);
-    }
-}
-
-TEST_F(Registry, EmptySubKeyIsTheKeyItself)
-{
-    HKEY same = nullptr, key = nullptr;
-    EXPECT_EQ(Open(_key, L"", same), ERROR_SUCCESS);
-    EXPECT_NE(same, _key);
-    RegCloseKey(same);
-    EXPECT_EQ(Open(HKEY_CURRENT_USER, nullptr, same), ERROR_SUCCESS);
-    EXPECT_EQ(same, HKEY_CURRENT_USER);
-    EXPECT_EQ(RegCloseKey(HKEY_CURRENT_USER), ERROR_SUCCESS);
-    EXPECT_EQ(RegOpenCurrentUser(KEY_READ, &same), ERROR_SUCCESS);
-    EXPECT_EQ(Open(same, Root(), key), ERROR_SUCCESS);
-    RegCloseKey(key);
-    RegCloseKey(same);
-    EXPECT_EQ(Open(HKEY_LOCAL_MACHINE, L"software\\qxplatform no such key", key), ERROR_FILE_NOT_FOUND);
-}
-
-TEST_F(Registry, QueryTellsTypeAndSizeAndKeepsToTheBuffer)
-{
-    ASSERT_EQ(SetText(_key, L"v", L"abcde\0"sv), ERROR_SUCCESS);
-    constexpr DWORD kNoType = 77;
-    wchar_t data[10];
-    struct
-    {
-        const wchar_t* name;
-        bool withData, withSize;
-        DWORD size;
-        LSTATUS result;
-        DWORD sizeAfter, typeAfter;
-    } const cases[] = {{L"v", true, true, 20, ERROR_SUCCESS, 12, REG_SZ},
-        {L"v", true, true, 11, ERROR_MORE_DATA, 12, REG_SZ}, {L"v", false, true, 0, ERROR_SUCCESS, 12, REG_SZ},
-        {L"v", false, false, 5, ERROR_SUCCESS, 5, REG_SZ}, {L"v", true, false, 5, ERROR_INVALID_PARAMETER, 5, kNoType},
-        {L"absent", true, true, 20, ERROR_FILE_NOT_FOUND, 20, kNoType},
-        {nullptr, true, true, 20, ERROR_FILE_NOT_FOUND, 20, kNoType}};
-    for (size_t i = 0; i < std::size(cases); ++i)
-    {
-        const auto& c = cases[i];
-        SCOPED_TRACE(i);
-        std::fill(std::begin(data), std::end(data), L'#');
-        DWORD size = c.size, type = kNoType;
-        EXPECT_EQ(RegQueryValueExW(_key, c.name, nullptr, &type, c.withData ? reinterpret_cast<BYTE*>(data) : nullptr,
-                      c.withSize ? &size : nullptr),
-            c.result);
-        EXPECT_EQ(size, c.sizeAfter);
-        EXPECT_EQ(type, c.typeAfter);
-        if (c.result == ERROR_SUCCESS && c.withData)
-            EXPECT_STREQ(data, L"abcde");
-        else
-            EXPECT_EQ(data[0], L'#');
     }
 }
 
@@ -177,6 +127,12 @@ TEST_F(Registry, ValuesOfEachTypeComeBackByteForByte)
         data.resize(size);
         EXPECT_EQ(type, c.type);
         EXPECT_EQ(data, c.data);
+        if (size != 0)
+        {
+            EXPECT_EQ(RegQueryValueExW(_key, c.name, nullptr, &type, reinterpret_cast<BYTE*>(data.data()), &--size),
+                ERROR_MORE_DATA);
+            EXPECT_EQ(size, c.data.size());
+        }
     }
     EXPECT_EQ(RegSetValueExW(_key, L"null", 0, REG_BINARY, nullptr, 0), ERROR_SUCCESS);
     EXPECT_EQ(RegSetValueExW(_key, L"null", 0, REG_BINARY, nullptr, 4), ERROR_NOACCESS);

@@ -1,4 +1,4 @@
-// The system's thread pool, with cleanup groups; and the processors that it has.
+// The system's thread pool, with cleanup groups, completion ports, and the processors that it has.
 #include "threads_support.h"
 
 #include <bit>
@@ -69,23 +69,6 @@ bool WaitFor(const std::atomic<int>& value, int expected)
     return value == expected;
 }
 
-TEST(ThreadPools, CallbacksDontWaitForEachOther)
-{
-    Held held;
-    std::atomic<int> count = 0;
-    Pool pool;
-    const PTP_WORK holding = pool.Make(&Hold, &held);
-    const PTP_WORK counting = pool.Make(&Count, &count);
-    SubmitThreadpoolWork(holding);
-    SubmitThreadpoolWork(holding);
-    SubmitThreadpoolWork(counting);
-    EXPECT_TRUE(WaitFor(count, 1));
-    EXPECT_TRUE(WaitFor(held.begun, 2));
-    SetEvent(held.go);
-    WaitForThreadpoolWorkCallbacks(holding, FALSE);
-    EXPECT_EQ(held.ended, 2);
-}
-
 // The end of a group waits for what runs. Where it cancels, each member is told.
 TEST(ThreadPools, TheEndOfAGroup)
 {
@@ -134,6 +117,73 @@ TEST(ThreadPools, UnderLoad)
     for (const Thread& thread : threads)
         EXPECT_EQ(thread.Join(), 0u);
     EXPECT_EQ(count, 3 * 20 * 10);
+}
+
+class Port : public Handle
+{
+public:
+    Port() : Handle(CreateIoCompletionPort(INVALID_HANDLE_VALUE, nullptr, 0, 0)) {}
+
+    bool Post(DWORD withBytes, ULONG_PTR withKey, void* record = nullptr) const
+    {
+        return PostQueuedCompletionStatus(*this, withBytes, withKey, static_cast<OVERLAPPED*>(record)) != FALSE;
+    }
+};
+
+struct Packet
+{
+    bool Get(HANDLE port, DWORD milliseconds)
+    {
+        return GetQueuedCompletionStatus(port, &bytes, &key, &overlapped, milliseconds) != FALSE;
+    }
+
+    DWORD bytes = 0xBEEF;
+    ULONG_PTR key = 0xBEEF;
+    OVERLAPPED* overlapped = nullptr;
+};
+
+TEST(CompletionPorts, PacketsInTheirOrder)
+{
+    const Port port;
+    ASSERT_TRUE(port);
+    int record;
+    ASSERT_TRUE(port.Post(8, 0));
+    ASSERT_TRUE(port.Post(0xFFFFFFFF, ~ULONG_PTR{0}, &record));
+    Packet packet;
+    EXPECT_TRUE(packet.Get(port, 0));
+    EXPECT_TRUE(packet.bytes == 8 && packet.key == 0 && packet.overlapped == nullptr);
+    EXPECT_TRUE(packet.Get(port, INFINITE));
+    EXPECT_TRUE(packet.bytes == 0xFFFFFFFF && packet.key == ~ULONG_PTR{0});
+    EXPECT_EQ(static_cast<void*>(packet.overlapped), &record);
+
+    const ULONGLONG begin = GetTickCount64();
+    EXPECT_EQ(ErrorOf([&] { return packet.Get(port, 50); }), DWORD{WAIT_TIMEOUT});
+    EXPECT_GE(GetTickCount64() - begin, 45u);
+    EXPECT_EQ(packet.overlapped, nullptr);
+    EXPECT_EQ(ErrorOf([&] { return packet.Get(nullptr, 0); }), DWORD{ERROR_INVALID_HANDLE});
+}
+
+TEST(CompletionPorts, AWaitingThreadCanBeStopped)
+{
+    const LeaksAllowed leaksAllowed;
+    const Port port;
+    const auto wait = [&port]
+    {
+        Packet packet;
+        return packet.Get(port, INFINITE) && packet.bytes == 7 ? 0u : 1u;
+    };
+    const Thread first(wait);
+    Sleep(30);
+    EXPECT_TRUE(TerminateThread(first, 5));
+    EXPECT_EQ(first.Join(), 5u);
+
+    const Thread second(wait);
+    Sleep(30);
+    EXPECT_EQ(SuspendThread(second), 0u);
+    EXPECT_TRUE(port.Post(7, 0));
+    EXPECT_EQ(WaitForSingleObject(second, 50), DWORD{WAIT_TIMEOUT});
+    EXPECT_EQ(ResumeThread(second), 1u);
+    EXPECT_EQ(second.Join(), 0u);
 }
 
 // What a container shares out counts for the layer, not what the machine has.

@@ -1,8 +1,10 @@
-// Threads: starting, suspending, ending.
+// Threads that are suspended and terminated, events, message queues, message boxes.
 #include "threads_support.h"
 
 #include <atomic>
 #include <cstdlib>
+#include <thread>
+#include <vector>
 
 using namespace qxtest;
 
@@ -15,18 +17,6 @@ unsigned Compute(std::atomic<unsigned>& count)
     for (;;)
         count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     return 0;
-}
-
-TEST(Threads, StartAndExitCode)
-{
-    const Thread thread([] { return 77u; }, CREATE_SUSPENDED, 0x4000);
-    ASSERT_TRUE(thread);
-    EXPECT_NE(thread.id(), 0u);
-    EXPECT_EQ(ExitCodeOf(thread), DWORD{STILL_ACTIVE});
-    EXPECT_EQ(WaitForSingleObject(thread, 50), DWORD{WAIT_TIMEOUT});
-    EXPECT_EQ(ResumeThread(thread), 1u);
-    EXPECT_EQ(thread.Join(), 77u);
-    EXPECT_EQ(ResumeThread(thread), 0u);
 }
 
 TEST(Threads, ObjectsOfTheThreadAreGoneBeforeItsHandleIsSignalled)
@@ -163,6 +153,93 @@ TEST(Threads, TheAllocatorIsNeverStopped)
             })
             .Join();
     }
+}
+
+TEST(Waits, EachSettingOfAnAutomaticEventLetsOneThreadThrough)
+{
+    const Event event(false), stop;
+    std::atomic<int> passed = 0;
+    std::vector<std::unique_ptr<Thread>> threads;
+    for (int index = 0; index < 4; ++index)
+        threads.push_back(std::make_unique<Thread>(
+            [&]
+            {
+                const HANDLE both[] = {stop, event};
+                while (WaitForMultipleObjects(2, both, FALSE, INFINITE) == WAIT_OBJECT_0 + 1)
+                    ++passed;
+                return 0u;
+            }));
+    for (int count = 1; count <= 200; ++count)
+    {
+        SetEvent(event);
+        for (const ULONGLONG end = GetTickCount64() + patience; passed < count && GetTickCount64() < end;)
+            std::this_thread::yield();
+        ASSERT_EQ(passed, count);
+    }
+    SetEvent(stop);
+    for (const auto& thread : threads)
+        thread->Join();
+    EXPECT_EQ(passed, 200);
+}
+
+// In a thread of its own, so that it begins with an empty queue.
+TEST(Messages, WaitsWakeForNewInput)
+{
+    const Thread thread(
+        []
+        {
+            MSG message;
+            PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);
+            const Event event;
+            const HANDLE handle = event;
+            const DWORD self = GetCurrentThreadId();
+            EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, 0, QS_ALLINPUT), DWORD{WAIT_TIMEOUT});
+            PostThreadMessageW(self, WM_APP, 0, 0);
+            EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, 0, QS_ALLINPUT), WAIT_OBJECT_0 + 1);
+            SetEvent(event);
+            EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, 0, QS_ALLINPUT), DWORD{WAIT_OBJECT_0});
+            ResetEvent(event);
+            // What was looked at, without taking it, is not new.
+            EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE));
+            EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, 0, QS_ALLINPUT), DWORD{WAIT_TIMEOUT});
+
+            const Thread poster(
+                [self]
+                {
+                    Sleep(30);
+                    PostThreadMessageW(self, WM_APP, 0, 0);
+                    return 0u;
+                });
+            EXPECT_EQ(MsgWaitForMultipleObjectsEx(0, nullptr, patience, QS_POSTMESSAGE, 0), DWORD{WAIT_OBJECT_0});
+            poster.Join();
+            return 0u;
+        });
+    thread.Join();
+}
+
+TEST(Messages, BoxesAnswerByThemselves)
+{
+    if (!isLayer) // the system's boxes wait for someone
+        GTEST_SKIP();
+    struct
+    {
+        UINT style;
+        const wchar_t* wanted;
+        int answer;
+    } constexpr cases[] = {
+        {MB_OKCANCEL | MB_DEFBUTTON2 | MB_ICONHAND | MB_TASKMODAL | MB_SETFOREGROUND, nullptr, IDCANCEL},
+        {MB_YESNOCANCEL | MB_DEFBUTTON3, L"", IDCANCEL}, {MB_YESNO, L"No", IDNO},
+        {MB_YESNO | MB_DEFBUTTON3, L"cancel", IDYES}, {MB_CANCELTRYCONTINUE, L"continue", IDCONTINUE},
+        {MB_TYPEMASK, L"ok", 0}};
+    for (const auto& entry : cases)
+    {
+        SetEnvironmentVariableW(L"QXPLATFORM_MESSAGEBOX", entry.wanted);
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(MessageBoxW(nullptr, L"A\x00E4 text", L"Caption", entry.style), entry.answer);
+        const std::string printed = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(printed.find("Caption: A\xC3\xA4 text [") == 0, entry.answer != 0) << printed;
+    }
+    SetEnvironmentVariableW(L"QXPLATFORM_MESSAGEBOX", nullptr);
 }
 
 } // namespace
