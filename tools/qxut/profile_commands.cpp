@@ -281,8 +281,9 @@ void AddProfileCommands(CLI::App& program)
     profile.require_subcommand(1);
     profile.footer(
         "A path is names of lists separated by /, and the name of the value behind them. Case counts.\n"
-        "Saving turns an INI file, XML or XFDF into the text form of a profile; --output leaves the file as it\n"
-        "is, and convert writes the other forms.");
+        "Saving keeps the form of the file, and whether it is packed, but turns an INI file into the text form of a\n"
+        "profile; --output leaves the file as it is, and convert writes the other forms. XFDF holds values alone:\n"
+        "its lists come back as names with dots.");
 
     CommandMaker(profile, "show", "print a profile, or one list of it, as a tree", Show);
     CommandMaker(profile, "get", "print one value", Get).Path("the path of the value").Type().Default();

@@ -31,6 +31,7 @@ struct Options
     std::string key;
     int32_t form = PROF_FORM_TEXT;
     bool create = false;
+    bool pack = false;
     bool asJson = false;
 };
 
@@ -45,7 +46,7 @@ void Report(const Options& options, const std::string& path, const char* what, s
 void Convert(const Options& options)
 {
     const ProfileFile profile(options.file, Sharing::Readers);
-    profile.Save(options.target, options.form);
+    profile.Save(options.target, options.pack ? options.form | PROF_SAVE_PACKED : options.form);
     Report(options, options.target, "entries", CountEntries(profile.Job()));
 }
 
@@ -53,6 +54,8 @@ void Embed(const Options& options)
 {
     const auto embed = [&](const ProfileFile& profile)
     {
+        if (profile.Form() == PROF_FORM_XFDF)
+            throw Failure(kWrongUsage, options.file + ": XFDF can't hold files; convert it to another form first");
         size_t count = 0;
         for (const std::string& pattern : options.patterns)
         {
@@ -130,6 +133,7 @@ void AddConvertCommands(CLI::App& profile)
     convert.add_option("--form", options->form, "text, xml, or xfdf: the values alone, as fields of a PDF form")
         ->required()
         ->transform(CLI::CheckedTransformer(kForms).description(""));
+    convert.add_flag("--pack", options->pack, "compress it");
 
     options = std::make_shared<Options>();
     CLI::App& embed = AddCommand(profile, "embed", "take files into a profile", Embed, options);

@@ -1,6 +1,7 @@
 #include "profile_file.h"
 
 #include "failure.h"
+#include "profile_form.h"
 #include "text.h"
 
 #include <filesystem>
@@ -86,7 +87,8 @@ bool IsMissing(const std::string& path)
 
 ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MayBeMissing)
     : _path(path),
-      _job(sharing == Sharing::Readers ? ProfJobOpenW(WideText(path)) : ProfJobOpenExclusiveW(WideText(path)))
+      _job(sharing == Sharing::Readers ? ProfJobOpenW(WideText(path)) : ProfJobOpenExclusiveW(WideText(path))),
+      _form(FormOfFile(path))
 {
     const int32_t error = ProfGetError(_job);
     if (error == PROF_OK)

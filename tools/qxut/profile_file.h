@@ -33,8 +33,13 @@ public:
     // The root for the empty path. An unknown list is a failure.
     HPROFLIST List(const std::string& path) const;
 
+    // One of PROF_FORM_, that of the file when it was opened.
+    int32_t Form() const { return _form; }
+
     // To another file, or to its own for the empty path. `flags` are those of ProfSave.
-    void Save(const std::string& path, int32_t flags = PROF_FORM_TEXT) const;
+    void Save(const std::string& path, int32_t flags) const;
+    // In the form that the file had, and packed if it was.
+    void Save(const std::string& path) const { Save(path, _form | PROF_SAVE_PACKED_AS_LOADED); }
 
 private:
     struct MayBeMissing
@@ -44,6 +49,7 @@ private:
 
     std::string _path;
     HPROFJOB _job;
+    int32_t _form;
 };
 
 struct Entry

@@ -5,6 +5,7 @@ import pathlib
 import shutil
 import subprocess
 import unittest
+import zlib
 from xml.etree import ElementTree
 
 import commands
@@ -150,7 +151,24 @@ class ProfileCommands(commands.CommandTest):
         self.assertEqual(subprocess.run(["xmllint", "--noout", xfdf]).returncode, 0)
         for arguments in ([], ["--form", "pdf"]):
             self.qxut("convert", self.file, xml, *arguments, code=2)
+        self.assertIn("can't hold files", self.qxut("embed", xfdf, self.file, code=2))
         self.assertIn("well-formed", self.qxut("show", self.write("bad", XML_HEAD + "<profile>\ntext\n"), code=4))
+
+    def test_changes_keep_form_and_packing(self):
+        changed, expected, plain = (str(self.folder / name) for name in ("changed", "expected", "plain"))
+        for form in ("text", "xml", "xfdf"):
+            for pack in ([], ["--pack"]):
+                with self.subTest(form, pack=pack):
+                    self.qxut("convert", self.file, changed, "--form", form, *pack)
+                    self.qxut("set", changed, "--path", "a", "new")
+                    self.qxut("convert", changed, expected, "--form", form, *pack)
+                    content = pathlib.Path(changed).read_bytes()
+                    self.assertEqual(content, pathlib.Path(expected).read_bytes())
+                    self.assertIn("a = new\n", self.show(changed))
+                    self.qxut("convert", changed, plain, "--form", form)
+                    if pack:
+                        self.assertEqual(content[:4], b"ZxvQ")
+                        self.assertEqual(zlib.decompress(content[4:], -15), pathlib.Path(plain).read_bytes())
 
     @unittest.skipUnless(shutil.which("pdftk"), "pdftk isn't installed")
     def test_pdf_software_fills_a_form_with_what_convert_writes(self):
