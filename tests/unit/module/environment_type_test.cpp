@@ -35,23 +35,15 @@ protected:
 
 TEST_F(Environment, NamesOfUsersAndPrograms)
 {
-    struct
+    const struct
     {
-        const wchar_t* user;
-        const wchar_t* process;
+        const wchar_t *user, *process;
         EnvironmentType expected;
-    } const cases[] = {
-        {L"ASPNET", L"ANY", EnvironmentType::webServer},
-        {L"jane", L"aspnet_wp", EnvironmentType::webServer},
-        {L"jane", L"IISEXPRESS", EnvironmentType::webServer},
-        {L"system", L"W3WP", EnvironmentType::webServer},
-        {L"jane", L"W3WP2", EnvironmentType::unknown},
-        {L"jane", L"WEBDEV.WEBSERVER", EnvironmentType::webServer},
-        {L"jane", L"WEBDEV.WEBSERVER40", EnvironmentType::webServer},
-        {L"jane", L"WEBDEV.WEBSERVE", EnvironmentType::unknown},
-        {L"System", L"ANY", EnvironmentType::service},
-        {L"", L"", EnvironmentType::unknown},
-    };
+    } cases[] = {{L"ASPNET", L"ANY", EnvironmentType::webServer}, {L"jane", L"aspnet_wp", EnvironmentType::webServer},
+        {L"jane", L"IISEXPRESS", EnvironmentType::webServer}, {L"system", L"W3WP", EnvironmentType::webServer},
+        {L"jane", L"W3WP2", EnvironmentType::unknown}, {L"jane", L"WEBDEV.WEBSERVER40", EnvironmentType::webServer},
+        {L"jane", L"WEBDEV.WEBSERVE", EnvironmentType::unknown}, {L"System", L"ANY", EnvironmentType::service},
+        {L"", L"", EnvironmentType::unknown}};
     for (const auto& c : cases)
         EXPECT_EQ(EnvironmentTypeOfNames(c.user, c.process), c.expected) << String(c.process).NarrowText();
 }

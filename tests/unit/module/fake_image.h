@@ -91,6 +91,7 @@ public:
     static constexpr std::uint32_t size = 0x2000;
     static constexpr std::size_t header = 0x80;
     static constexpr std::size_t optional = header + 24;
+    static constexpr std::size_t resourcesPlace = optional + 112 + 16;
     static constexpr std::size_t section = optional + 240;
 
     FakeImage() : Bytes(size)
@@ -103,7 +104,7 @@ public:
         Put<std::uint16_t>(header + 20, 240);
         Put<std::uint16_t>(optional, 0x20B);
         Put<std::uint32_t>(optional + 56, size);
-        Put<std::uint32_t>(optional + 112 + 16, resources);
+        Put<std::uint32_t>(resourcesPlace, resources);
         PutText(section, ".text");
         Put<std::uint32_t>(section + 12, 0x1800);
     }
