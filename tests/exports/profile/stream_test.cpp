@@ -1,9 +1,9 @@
 // Packed profiles, and jobs on streams.
 #include "exports/profile/support.h"
 #include "support/memory_stream.h"
+#include "support/zlib_reference.h"
 
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <set>
 #include <tuple>
@@ -17,17 +17,7 @@ namespace
 // By zlib itself, at one go.
 std::string Packed(std::string_view image)
 {
-    z_stream stream = {};
-    deflateInit2(&stream, 9, Z_DEFLATED, -15, 9, Z_DEFAULT_STRATEGY);
-    std::string packed(deflateBound(&stream, static_cast<uLong>(image.size())), '\0');
-    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(image.data()));
-    stream.avail_in = static_cast<uInt>(image.size());
-    stream.next_out = reinterpret_cast<Bytef*>(packed.data());
-    stream.avail_out = static_cast<uInt>(packed.size());
-    EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
-    packed.resize(stream.total_out);
-    deflateEnd(&stream);
-    return "ZxvQ" + packed;
+    return "ZxvQ" + qxtest::DeflatedByZlib(image, 9, -15, 9, Z_DEFAULT_STRATEGY);
 }
 
 const std::string kImage = Utf16File(L"[/]\r\n {\r\n a=1\r\n [l]\r\n  {\r\n  b=text\r\n  }\r\n }\r\n");

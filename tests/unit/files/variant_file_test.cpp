@@ -1,13 +1,10 @@
 // Variants as bytes.
 #include "files/variant_file.h"
 
-#include "files/auto_release.h"
-#include "files/file.h"
 #include "support/variant_values.h"
+#include "unit/packed/memory_file.h"
 
 #include <gtest/gtest.h>
-
-#include <objbase.h>
 
 #include <string>
 #include <string_view>
@@ -19,39 +16,16 @@ using namespace qx;
 using namespace qxtest;
 using namespace std::string_view_literals;
 
-// A stream in memory with these bytes, at its beginning.
-class Bytes : public clsFileRW
-{
-public:
-    explicit Bytes(std::string_view bytes = {})
-    {
-        clsAutoRelease<IStream*> stream;
-        CreateStreamOnHGlobal(nullptr, TRUE, stream.Receive());
-        AttachStream(stream.Get());
-        if (!bytes.empty())
-            clsFile::Write(bytes.data(), uint64_t{bytes.size()});
-        clsFile::Seek(int64_t{0});
-    }
-
-    std::string All()
-    {
-        std::string all(static_cast<size_t>(GetSize()), '\0');
-        clsFile::Seek(int64_t{0});
-        all.resize(clsFile::Read(all.data(), static_cast<uint32_t>(all.size())));
-        return all;
-    }
-};
-
 std::string Saved(const VARIANT& value)
 {
-    Bytes file;
+    MemoryFile file;
     EXPECT_TRUE(Save(clsVariant(value), file));
-    return file.All();
+    return file.Bytes();
 }
 
 clsVariant Loaded(std::string_view bytes, int64_t expectedPosition)
 {
-    Bytes file(bytes);
+    MemoryFile file(bytes);
     clsVariant value(I4(-7));
     Load(value, file);
     EXPECT_EQ(file.Tell(), expectedPosition);
@@ -102,9 +76,9 @@ TEST(VariantFile, LayoutAndBack)
     LONG number = 7;
     Value reference(VT_BYREF | VT_I4);
     reference.plVal = &number;
-    Bytes file;
+    MemoryFile file;
     EXPECT_TRUE(Save(clsVariant::Adopt(reference), file));
-    EXPECT_EQ(file.All(), "\3\0\7\0\0\0"sv);
+    EXPECT_EQ(file.Bytes(), "\3\0\7\0\0\0"sv);
 }
 
 TEST(VariantFile, Arrays)
@@ -152,10 +126,10 @@ TEST(VariantFile, TextEndsAtAZero)
     // Longer than what is read at a time, between other values.
     String longText;
     longText.Fill(L'x', 10001);
-    Bytes file;
+    MemoryFile file;
     EXPECT_TRUE(Save(clsVariant(longText), file));
     EXPECT_TRUE(Save(clsVariant(I4(5)), file));
-    file.clsFile::Seek(int64_t{0});
+    file.Seek(0);
     clsVariant value;
     Load(value, file);
     EXPECT_TRUE(ToString(value) == longText);
@@ -185,7 +159,7 @@ TEST(VariantFile, DamageGivesLessOrNothing)
              {"\x0c\x20\3\0\xff\xff\xff\xff\1\0"sv, 0}, {"\x0c\x20\x08\0x\0\0\0\1\0"sv, 0},
              {"\x0c\x20\x08\0\x32\0\0\0\1\0\1\0"sv, 2}})
     {
-        Bytes file(row.first);
+        MemoryFile file(row.first);
         clsVariant value;
         Load(value, file);
         ASSERT_EQ(value.Type(), VT_ARRAY | VT_VARIANT);
@@ -200,7 +174,7 @@ TEST(VariantFile, NestingHasAnEnd)
         bytes += "\x0c\x20\3\0\1\0\0\0"sv;
     for (const std::string& damaged : {bytes, std::string(200'000, '\x20')}) // the second: counts that are arrays
     {
-        Bytes file(damaged);
+        MemoryFile file(damaged);
         clsVariant value;
         Load(value, file);
         int depth = 0;

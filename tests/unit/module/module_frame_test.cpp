@@ -104,7 +104,10 @@ TEST_F(ModuleFrame, TheFormerHandlerComesBackUnlessAnotherTookItsPlace)
 {
     const _invalid_parameter_handler others[] = {
         [](const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t) {},
-        [](const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t) { done += "called"; }};
+        [](const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t)
+        {
+            done += "called";
+        }};
     for (const bool isTaken : {false, true})
     {
         _set_invalid_parameter_handler(others[0]);

@@ -45,22 +45,14 @@ TEST(Base64, ReadsLeniently)
     {
         const wchar_t* text;
         std::string bytes;
-    } cases[] = {
-        {L" Zm9v\r\n\tYmFy \r\n", "foobar"}, // blanks around groups and behind the last
-        {L"Zm\x4E2D"
-         L"9v-_YmFy",
-            "foobar"},              // any other character, inside a group too
-        {L"Z m 9 v", "foo"},        //
-        {L"Zm9vYg", "foob\0\0"s},   // an end without padding counts as zero bits
-        {L"Zm9vY", "foo`\0\0"s},    //
-        {L"Zg==Zm9v", "f\0\0foo"s}, // padding in the middle stays in place
-        {L"=AAA", ""},              // a group that begins with padding holds nothing
-        {L"Zm9v====", "foo"},       //
-        {L"Zg=A", "f"},             // the third byte needs the second
-        {L"Zg\n==", "f\0"s},        // inside a group the look-ahead is literal: it sees "\n="
-        {L"@2@", "\xD8\0\0"s},      // one symbol
-        {L"\n \x2192", ""},         // no symbol
-    };
+    } cases[] = {{L" Zm9v\r\n\tYmFy \r\n", "foobar"}, // blanks around groups and behind the last
+        {L"Zm\u4E2D9v-_YmFy", "foobar"},              // any other character, inside a group too
+        {L"Zm9vYg", "foob\0\0"s},                     // an end without padding counts as zero bits
+        {L"Zm9vY", "foo`\0\0"s}, {L"@2@", "\xD8\0\0"s}, {L"Zg==Zm9v", "f\0\0foo"s}, // padding in the middle stays
+        {L"=AAA", ""}, {L"Zm9v====", "foo"}, // a group that begins with padding holds nothing
+        {L"Zg=A", "f"},                      // the third byte needs the second
+        {L"Zg\n==", "f\0"s},                 // inside a group the look-ahead is literal: it sees "\n="
+        {L"\n \x2192", ""}};                 // no symbol
     for (const auto& c : cases)
         EXPECT_EQ(Decoded(c.text), c.bytes) << "of " << ::testing::PrintToString(c.text);
 }

@@ -1,7 +1,7 @@
 #include "files/deflate_stream.h"
 
+#include "support/zlib_reference.h"
 #include "unit/packed/memory_file.h"
-#include "unit/packed/zlib_reference.h"
 
 #include <random>
 #include <string>

@@ -9,26 +9,20 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
+#include <string_view>
 
 namespace qxtest
 {
 
-inline IStream* NewMemoryStream()
-{
-    IStream* stream = nullptr;
-    CreateStreamOnHGlobal(nullptr, TRUE, &stream);
-    return stream;
-}
-
-// A file object over a stream in memory that owns it.
-class MemoryFile : public qx::clsFileRWTempStream
+// A file object over a stream in memory, at its beginning.
+class MemoryFile : public qx::clsFileRW
 {
 public:
-    MemoryFile() : clsFileRWTempStream(NewMemoryStream()) {}
-
-    explicit MemoryFile(const std::string& bytes) : MemoryFile()
+    explicit MemoryFile(std::string_view bytes = {})
     {
+        qx::clsAutoRelease<IStream*> stream;
+        CreateStreamOnHGlobal(nullptr, TRUE, stream.Receive());
+        AttachStream(stream.Get());
         Write(bytes.data(), bytes.size());
         Seek(0);
     }

@@ -2,8 +2,8 @@
 
 #include "core/base64.h"
 #include "core/blowfish.h"
+#include "support/zlib_reference.h"
 #include "unit/packed/memory_file.h"
-#include "unit/packed/zlib_reference.h"
 
 #include <cstring>
 #include <random>
@@ -32,18 +32,12 @@ std::string Unpack(const String& text, const wchar_t* key = L"")
 
 std::string Size(std::uint32_t size)
 {
-    return {static_cast<char>(size), static_cast<char>(size >> 8), static_cast<char>(size >> 16),
-        static_cast<char>(size >> 24)};
+    return {reinterpret_cast<const char*>(&size), sizeof size};
 }
 
 std::string Zlib(const std::string& data)
 {
-    std::string packed(compressBound(static_cast<uLong>(data.size())), '\0');
-    uLongf length = static_cast<uLongf>(packed.size());
-    compress(reinterpret_cast<Bytef*>(packed.data()), &length, reinterpret_cast<const Bytef*>(data.data()),
-        static_cast<uLong>(data.size()));
-    packed.resize(length);
-    return packed;
+    return DeflatedByZlib(data, Z_DEFAULT_COMPRESSION, 15, 8, Z_DEFAULT_STRATEGY);
 }
 
 String Text(const wchar_t* prefix, const std::string& image)
@@ -91,21 +85,16 @@ TEST(PackedText, RoundTripsUnderEachForm)
             }
 }
 
-TEST(PackedText, NothingIsPackedOfNothing)
+TEST(PackedText, TakesTheWholeSourceAndNothingOfNothing)
 {
+    MemoryFile source("abc"), target("kept");
+    source.Seek(2);
+    EXPECT_STREQ(PackToString(source, false, String()).Text(), L"YWJj");
     EXPECT_EQ(Pack("", true).Length(), 0u);
-    MemoryFile target("kept");
     EXPECT_FALSE(UnpackFromString(target, {}, String()));
     EXPECT_EQ(target.Bytes(), "kept");
     clsFileRO closed;
     EXPECT_EQ(PackToString(closed, false, String()).Length(), 0u);
-}
-
-TEST(PackedText, TakesTheWholeSource)
-{
-    MemoryFile source("abc");
-    source.Seek(2);
-    EXPECT_STREQ(PackToString(source, false, String()).Text(), L"YWJj");
 }
 
 TEST(PackedText, ReadsFormsAndDamage)
@@ -118,20 +107,17 @@ TEST(PackedText, ReadsFormsAndDamage)
         String text;
         std::string bytes;
     } cases[] = {
-        {"version 1", Text(L"@1@", Size(50) + packed), data},
-        {"version 1 without a whole size", Text(L"@1@", "ab"), ""},
         {"version 1, zero bits behind the stream", Text(L"@1@", Size(50) + packed + "\0\0"s), data},
+        {"version 1 without a whole size", Text(L"@1@", "ab"), ""},
         {"version 2 without a tag stays as it is", Text(L"@2@", "fifteen bytes!!"), "fifteen bytes!!"},
         {"version 2 below its head stays as it is", Text(L"@2@", "short"), "short"},
         {"size too large", Text(L"@2@", Size(51) + tag + packed), ""},
         {"size too small", Text(L"@2@", Size(49) + tag + packed), ""},
         {"size beyond all reach", Text(L"@2@", Size(0xFFFFFFFF) + tag + packed), ""},
-        {"cut stream", Text(L"@2@", Size(50) + tag + packed.substr(0, packed.size() - 5)), ""},
         {"no stream", Text(L"@2@", Size(50) + tag), ""},
         {"empty stream", Text(L"@2@", Size(0) + tag + Zlib("")), ""},
         {"a prefix cut short is plain", String(L"@1"), "\xD4\0\0"s},
         {"another prefix is plain", String(L"@3@Zm9v"), "\xDD\x99\xBD\xBC\0\0"s},
-        {"line breaks between groups", String(L"Zm9v\r\n  YmFy\r\n"), "foobar"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(Unpack(c.text), c.bytes) << c.what;
@@ -147,7 +133,6 @@ TEST(PackedText, WrongKeyGivesMeaninglessBytes)
     EXPECT_EQ(Unpack(text, L"wrong"), std::string(reinterpret_cast<char*>(image.data()), size));
 }
 
-// Whatever the text holds, it is read to some bytes of bounded size.
 // Straight to memory of any size as by way of a block, whatever stands between the symbols.
 TEST(PackedText, UnpacksToMemoryThatJustFits)
 {
@@ -175,6 +160,7 @@ TEST(PackedText, UnpacksToMemoryThatJustFits)
     }
 }
 
+// Whatever the text holds, it is read to some bytes of bounded size.
 TEST(PackedText, DamagedTextNeverFails)
 {
     std::mt19937 random(4);

@@ -6,11 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 
 namespace qxtest
 {
 
-inline std::string DeflatedByZlib(const std::string& data, int level, int windowBits, int memoryLevel, int strategy)
+inline std::string DeflatedByZlib(std::string_view data, int level, int windowBits, int memoryLevel, int strategy)
 {
     z_stream stream{};
     EXPECT_EQ(deflateInit2(&stream, level, Z_DEFLATED, windowBits, memoryLevel, strategy), Z_OK);
