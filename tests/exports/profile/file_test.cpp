@@ -40,15 +40,9 @@ TEST(ProfileOpen, ErrorsTellWhatWentWrong)
 TEST(ProfileOpen, FilesOfFewBytes)
 {
     const TempFolder folder;
-    const std::pair<std::string, const char*> cases[] = {
-        {"", ""},
-        {"[", "error -10 "},
-        {"[/]", "error -10 "},
-        {"[/]\n", ""},
-        {"a=b\n", ""},
-        {std::string("\xFF\xFE#\0!", 5), ""}, // half a character
-        {std::string(4, '\0'), ""},
-    };
+    const std::pair<std::string, const char*> cases[] = {{"", ""}, {"[", "error -10 "}, {"[/]", "error -10 "},
+        {"[/]\n", ""}, {"a=b\n", ""}, {std::string("\xFF\xFE#\0!", 5), ""}, // half a character
+        {std::string(4, '\0'), ""}};
     for (const auto& [bytes, tree] : cases)
         EXPECT_EQ(Loaded(folder, bytes), tree) << testing::PrintToString(bytes);
 }
@@ -69,7 +63,7 @@ TEST(ProfileRead, LinesOfTheTextForm)
         {L"[/]\n[\x2338\x2401]\n", "[\xE2\x8C\xB8\xE2\x90\x81]{}"}, // a list's name isn't decoded
         {L"a=1\n[/]\nb=2\n", "b=2;"},                               // all is passed over up to the root
         {L"a=1\n[/] \nb=2\n", ""}, {L"a=1\nb=2\n", ""},
-        {std::wstring_view(L"[/]\na=1\0x\n=2\n\0b=3\nc=4\n", 22), "a=1;=2;c=4;"}, // a zero ends its line
+        {std::wstring_view(L"[/]\na=1\0x\n=2\n\0b=3\nc=4\n", 22), "a=1;=2;c=4;"} // a zero ends its line
     };
     for (const auto& [text, tree] : cases)
         EXPECT_EQ(LoadedText(folder, text), tree) << Utf8(text);
@@ -82,7 +76,7 @@ TEST(ProfileRead, IniFilesNestTheirSections)
         {L"[a]\r\nx=1\r\n[b]\r\ny=2\r\n[c]\r\nz=3\r\n", "x=1;[b]{y=2;[c]{z=3;}}"}, {L"\r\n\r\n  [a]\nx=1\n", "x=1;"},
         {L"[a] ; comment\nx = 1\n", "x = 1;"}, {L"[/] \nx=1\n", "x=1;"}, // only the exact line is the root's marker
         {L"[a]\n[b]\nx=1\n}\ny=2\n}\nz=3\n", "[b]{x=1;}y=2;"}, {L"[a", ""},
-        {L"; comment\n[a]\nx=1\n", ""}, // the first line decides
+        {L"; comment\n[a]\nx=1\n", ""} // the first line decides
     };
     for (const auto& [text, tree] : cases)
         EXPECT_EQ(LoadedText(folder, text), tree) << Utf8(text);
@@ -193,9 +187,7 @@ TEST(ProfileWrite, FormsByTheFlags)
     const Job job(path);
     const std::pair<int32_t, const char*> cases[] = {
         {PROF_SAVE_PACKED_AS_LOADED | 0x100, "a=1;[l]{b=2;}"}, // it was not packed, and 0x100 is ignored
-        {3, "a=1;[l]{b=2;}"},
-        {PROF_FORM_XFDF, "a=1;l.b=2;"},
-    };
+        {3, "a=1;[l]{b=2;}"}, {PROF_FORM_XFDF, "a=1;l.b=2;"}};
     for (const auto& [flags, tree] : cases)
     {
         EXPECT_EQ(job.Save(path, flags), PROF_OK) << flags;

@@ -45,13 +45,9 @@ TEST(ProfilePacked, FollowsTheFlags)
 {
     const TempFolder folder;
     const std::string packed = Packed(kImage);
-    const std::tuple<std::string, int32_t, std::string> cases[] = {
-        {kImage, PROF_SAVE_PACKED, packed},
-        {kImage, PROF_SAVE_PACKED_AS_LOADED, kImage},
-        {packed, 0, kImage},
-        {packed, PROF_SAVE_PACKED, packed},
-        {packed, PROF_SAVE_PACKED_AS_LOADED | 0x700, packed},
-    };
+    const std::tuple<std::string, int32_t, std::string> cases[] = {{kImage, PROF_SAVE_PACKED, packed},
+        {kImage, PROF_SAVE_PACKED_AS_LOADED, kImage}, {packed, 0, kImage}, {packed, PROF_SAVE_PACKED, packed},
+        {packed, PROF_SAVE_PACKED_AS_LOADED | 0x700, packed}};
     for (const auto& [loaded, flags, saved] : cases)
     {
         const std::string path = folder.Make("file", loaded);
@@ -74,7 +70,7 @@ TEST(ProfilePacked, FewBytesAndPackedAgain)
         {"ZxvQ", PROF_OK, ""}, {"ZxvQ\xFF\xFF\xFF", PROF_OK, ""},
         {Packed("[/]"), PROF_ERR_LOCKED, ""}, // as a file of three bytes is
         {Packed("[/]\r\na=1"), PROF_OK, "a=1;"}, {Packed("[section]\r\na=1"), PROF_OK, "a=1;"}, {image, PROF_OK, kTree},
-        {Packed(image), PROF_ERR_LOCKED, ""}, // nobody packs that many times
+        {Packed(image), PROF_ERR_LOCKED, ""} // nobody packs that many times
     };
     for (const auto& [bytes, error, tree] : cases)
     {
@@ -161,8 +157,6 @@ TEST(ProfileStream, ObjectHasARootOfItsOwnName)
     EXPECT_EQ(Tree(Job(ProfJobOpenStreamObjectW(sections, L"o", 1))), "[a]{b=1;}c=2;") << "no rules of INI files";
 
     const Stream larger("what others keep" + Utf16File(L"[a]\r\nb=1\r\n").substr(2));
-    LARGE_INTEGER position{};
-    position.QuadPart = sizeof "what others keep" - 1;
-    static_cast<IStream*>(larger)->Seek(position, STREAM_SEEK_SET, nullptr);
+    larger.Seek(sizeof "what others keep" - 1);
     EXPECT_EQ(Tree(Job(ProfJobOpenStreamObjectW(larger, L"o", 1))), "[a]{b=1;}") << "from where the stream stands";
 }

@@ -94,23 +94,12 @@ TEST(ProfileTree, ListsByPath)
     const HPROFLIST dots = ProfCreateListW(job, nullptr, L"../d");
     const HPROFLIST root = ProfGetListW(job, a, L"..");
     EXPECT_NE(root, nullptr);
-    const std::tuple<HPROFLIST, const wchar_t*, HPROFLIST> cases[] = {
-        {nullptr, L"a", a},
-        {a, L"b", ab},
+    const std::tuple<HPROFLIST, const wchar_t*, HPROFLIST> cases[] = {{nullptr, L"a", a}, {a, L"b", ab},
         {ab, L"/a", a}, // from the root, whatever list is given
-        {ab, L"a", nullptr},
-        {ab, nullptr, ab},
-        {ab, L"..", a},
-        {nullptr, L"a/..", root},
-        {nullptr, L"a/b/..", a},
-        {nullptr, L"..", nullptr},
-        {nullptr, L"../d", dots},   // in front of a slash it is a name like others
-        {nullptr, L"a/c", nullptr}, // no going back to the second list of the name
-        {second, L"c", onlyInSecond},
-        {nullptr, L"A", nullptr},
-        {nullptr, L"", nullptr},
-        {nullptr, L"a/", nullptr},
-    };
+        {ab, L"a", nullptr}, {ab, nullptr, ab}, {ab, L"..", a}, {nullptr, L"a/..", root}, {nullptr, L"a/b/..", a},
+        {nullptr, L"..", nullptr}, {nullptr, L"../d", dots}, // in front of a slash it is a name like others
+        {nullptr, L"a/c", nullptr},                          // no going back to the second list of the name
+        {second, L"c", onlyInSecond}, {nullptr, L"A", nullptr}, {nullptr, L"", nullptr}, {nullptr, L"a/", nullptr}};
     for (const auto& [list, path, expected] : cases)
         EXPECT_EQ(ProfGetListW(job, list, path), expected) << Utf8(path ? path : L"(null)");
 }
@@ -182,7 +171,7 @@ TEST(ProfileTree, Deleting)
         {false, L"/x", "x=1;x=1;y=1;[l]{x=2;[m]{}[m]{}}[l]{x=2;[m]{}[m]{}}[]{}"}, // a slash stands behind a name
         {false, L"l", kWhole}, {false, nullptr, kWhole}, {false, L"", ""},
         {true, L"l/m", "x=1;x=1;y=1;[l]{x=2;}[l]{x=2;}[]{x=3;}"}, {true, L"x", kWhole}, {true, L"", ""},
-        {true, nullptr, kWhole}, // the root has no entry
+        {true, nullptr, kWhole} // the root has no entry
     };
     for (const auto& test : cases)
     {
@@ -207,14 +196,8 @@ TEST(ProfileTree, GetStringCutsAndTellsTheWholeLength)
         int32_t size;
         int32_t result;
         const char* text;
-    } cases[] = {
-        {"a", 6, 6, "abcde"},
-        {"a", 7, 6, "abcdef"},
-        {"a", 1, 6, ""},
-        {"a", 0, 6, "##########"},
-        {"b", 8, PROF_ERR_NO_LEAF, "default"},
-        {"b", 0, PROF_ERR_NO_LEAF, "##########"},
-    };
+    } cases[] = {{"a", 6, 6, "abcde"}, {"a", 7, 6, "abcdef"}, {"a", 1, 6, ""}, {"a", 0, 6, "##########"},
+        {"b", 8, PROF_ERR_NO_LEAF, "default"}, {"b", 0, PROF_ERR_NO_LEAF, "##########"}};
     for (const auto& [path, size, result, text] : cases)
     {
         wchar_t buffer[] = L"##########";

@@ -92,19 +92,12 @@ TEST(ProfileValues, NumbersThatAreRead)
         const char* asDouble;
         const char* asBool;
     };
-    constexpr Case CASES[] = {
-        {L"", "-6 99", "-6 99", "-6 99", "-6 99"},
-        {L"12abc", "0 12", "0 12", "0 12", "0 0"},
-        {L"x", "-9 -7", "-9 -7", "0 0", "0 0"},
-        {L"xfF", "0 255", "0 255", "0 0", "0 0"},
-        {L"XfF", "-9 -7", "-9 -7", "0 0", "0 0"},
-        {L"xFFFFFFFF", "0 -1", "0 4294967295", "0 0", "0 0"},
-        {L" \t-7", "0 -7", "0 -7", "0 -7", "0 0"},
-        {L"1.5e2", "0 1", "0 1", "0 150", "0 0"},
-        {L"TRUE", "-9 -7", "-9 -7", "0 0", "0 1"},
-        {L"Yes", "-9 -7", "-9 -7", "0 0", "0 1"},
-        {L"yes", "-9 -7", "-9 -7", "0 0", "0 0"},
-    };
+    constexpr Case CASES[] = {{L"", "-6 99", "-6 99", "-6 99", "-6 99"}, {L"12abc", "0 12", "0 12", "0 12", "0 0"},
+        {L"x", "-9 -7", "-9 -7", "0 0", "0 0"}, {L"xfF", "0 255", "0 255", "0 0", "0 0"},
+        {L"XfF", "-9 -7", "-9 -7", "0 0", "0 0"}, {L"xFFFFFFFF", "0 -1", "0 4294967295", "0 0", "0 0"},
+        {L" \t-7", "0 -7", "0 -7", "0 -7", "0 0"}, {L"1.5e2", "0 1", "0 1", "0 150", "0 0"},
+        {L"TRUE", "-9 -7", "-9 -7", "0 0", "0 1"}, {L"Yes", "-9 -7", "-9 -7", "0 0", "0 1"},
+        {L"yes", "-9 -7", "-9 -7", "0 0", "0 0"}};
     for (const Case& row : CASES)
     {
         SCOPED_TRACE(Utf8(row.text));
@@ -144,13 +137,10 @@ TEST(ProfileValues, StructuresThatAreRead)
         const char* asRect;
         const char* asSize; // with width and height
     };
-    constexpr Case CASES[] = {
-        {L"( 1, -2, 3, 4", "0 1 -2 3 4", "0 1 -2 4 2"},
-        {L"(1,2,3)", "-9 1 2 3 0", "-9 1 2 3 0"},
+    constexpr Case CASES[] = {{L"( 1, -2, 3, 4", "0 1 -2 3 4", "0 1 -2 4 2"}, {L"(1,2,3)", "-9 1 2 3 0", "-9 1 2 3 0"},
         {L"1,2,3,4", "-9 0 0 0 0", "-9 0 0 0 0"},
         {L"(2147483647,0,1,0)", "0 2147483647 0 1 0", "0 2147483647 0 -2147483648 0"},
-        {L"", "-6 9 9 9 9", "-6 9 9 9 9"},
-    };
+        {L"", "-6 9 9 9 9", "-6 9 9 9 9"}};
     for (const Case& row : CASES)
     {
         EXPECT_EQ(ReadRect(ProfGetRectW, row.text), row.asRect) << Utf8(row.text);
@@ -182,16 +172,9 @@ TEST(ProfileValues, SingleTexts)
         uint32_t asColour;
         int32_t bottom;
     };
-    constexpr Case CASES[] = {
-        {nullptr, 9, 9, 9, 9},
-        {L"", 1, 9, 9, 9},
-        {L"T", 1, 9, 9, 9},
-        {L"Y", 1, 9, 9, 9},
-        {L"12a", 0, 12, 9, 9},
-        {L"x1F", 0, 9, 0x1f, 9},
-        {L"(1,2,3)", 0, 9, 0x030201, 9},
-        {L"(1,2,3,4)", 0, 9, 0x030201, 4},
-    };
+    constexpr Case CASES[] = {{nullptr, 9, 9, 9, 9}, {L"", 1, 9, 9, 9}, {L"T", 1, 9, 9, 9}, {L"Y", 1, 9, 9, 9},
+        {L"12a", 0, 12, 9, 9}, {L"x1F", 0, 9, 0x1f, 9}, {L"(1,2,3)", 0, 9, 0x030201, 9},
+        {L"(1,2,3,4)", 0, 9, 0x030201, 4}};
     for (const Case& row : CASES)
     {
         SCOPED_TRACE(Utf8(row.text != nullptr ? row.text : L"null"));
@@ -268,7 +251,7 @@ TEST(ProfileVariants, OtherTexts)
     constexpr Case CASES[] = {
         {L"", "0 empty"}, {L"abc", "0 \"abc\""}, {L"VAR://AwAHAAAA", "0 \"VAR://AwAHAAAA\""}, {L"var://", "0 empty"},
         {L"var://@2@AAAA", "0 empty"}, {L"var://AwAH", "0 empty"}, // cut off
-        {L"var://DQA=", "0 empty"},                                // an object
+        {L"var://DQA=", "0 empty"}                                 // an object
     };
     for (const Case& row : CASES)
     {

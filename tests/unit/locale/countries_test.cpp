@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <string_view>
 #include <utility>
 
 using namespace qx;
@@ -12,11 +11,10 @@ using namespace qx;
 namespace
 {
 
-using namespace std::string_view_literals;
+constexpr LCTYPE NAME = 0; // of the locale
 
-class clsFakeSource : public clsCountrySource
+struct clsFakeSource : clsCountrySource
 {
-public:
     WCValSList<LCID> Locales() const override
     {
         ++loads;
@@ -25,60 +23,49 @@ public:
             list.Append(locale);
         return list;
     }
-
     bool Info(LCID locale, LCTYPE type, String& text) const override
     {
         const auto entry = values.find({locale, type});
-        if (entry == values.end())
-            return false;
-        text = entry->second.data();
-        return true;
+        if (entry != values.end())
+            text = entry->second;
+        return entry != values.end();
     }
-
     String LocaleName(LCID locale) const override
     {
-        const auto entry = names.find(locale);
-        return entry == names.end() ? String() : String(entry->second.data());
+        String name;
+        Info(locale, NAME, name);
+        return name;
     }
+    String Row(int id) const override { return rows.count(id) != 0 ? String(rows.at(id)) : String(); }
 
-    String Row(int id) const override
-    {
-        const auto entry = rows.find(id);
-        return entry == rows.end() ? String() : String(entry->second.data());
-    }
-
-    // Texts of LOCALE_SENGCOUNTRY, SISO3166, ICOUNTRY, SABBREV, SCOUNTRY, SNATIVE, SCURRENCY, code page, language.
-    void Add(LCID locale, std::initializer_list<std::wstring_view> texts, std::wstring_view name = {})
+    void Add(LCID locale, std::initializer_list<const wchar_t*> texts)
     {
         constexpr LCTYPE TYPES[] = {LOCALE_SENGCOUNTRY, LOCALE_SISO3166CTRYNAME, LOCALE_ICOUNTRY,
             LOCALE_SABBREVCTRYNAME, LOCALE_SCOUNTRY, LOCALE_SNATIVECTRYNAME, LOCALE_SCURRENCY,
-            LOCALE_IDEFAULTANSICODEPAGE, LOCALE_SISO639LANGNAME};
+            LOCALE_IDEFAULTANSICODEPAGE, LOCALE_SISO639LANGNAME, NAME};
         order.push_back(locale);
         const LCTYPE* type = TYPES;
-        for (const std::wstring_view text : texts)
+        for (const wchar_t* text : texts)
             values[{locale, *type++}] = text;
-        if (!name.empty())
-            names[locale] = name;
     }
 
     std::vector<LCID> order;
-    std::map<std::pair<LCID, LCTYPE>, std::wstring_view> values;
-    std::map<LCID, std::wstring_view> names;
-    std::map<int, std::wstring_view> rows;
+    std::map<std::pair<LCID, LCTYPE>, const wchar_t*> values;
+    std::map<int, const wchar_t*> rows;
     mutable int loads = 0;
 };
 
 clsFakeSource Europe()
 {
     clsFakeSource source;
-    source.Add(1031, {L"Germany", L"DE", L"49", L"DEU", L"Allemagne", L"Deutschland", L"€", L"1252", L"de"}, L"de-DE");
-    source.Add(1070, {L"Germany", L"DE", L"49", L"DEU", L"Allemagne", L"Nimska", L"€", L"1252", L"hsb"}, L"hsb-DE");
-    source.Add(3079, {L"Austria", L"AT", L"43", L"AUT", L"Autriche", L"Österreich", L"€", L"1252", L"de"}, L"de-AT");
-    source.Add(1047, {L"Switzerland", L"CH", L"41", L"CHE", L"Suisse", L"Svizra", L"Fr.", L"1252", L"rm"}, L"rm-CH");
-    source.Add(2055, {L"Switzerland", L"CH", L"41", L"CHE", L"Suisse", L"Schweiz", L"CHF", L"1252", L"de"}, L"de-CH");
-    source.Add(1091, {L"Uzbekistan", L"UZ", L"998", L"UZB", L"", L"", L"", L"1254", L"uz"}, L"uz-Latn-UZ");
-    source.Add(2115, {L"Uzbekistan", L"UZ", L"998", L"UZB", L"", L"", L"", L"1251", L"uz"}, L"uz-Cyrl-UZ");
-    source.Add(1025, {L"Saudi Arabia", L"SA", L"966", L"SAU", L"", L"", L"", L"1256", L"ar"}, L"ar-SA");
+    source.Add(1031, {L"Germany", L"DE", L"49", L"DEU", L"Allemagne", L"Deutschland", L"€", L"1252", L"de", L"de-DE"});
+    source.Add(1070, {L"Germany", L"DE", L"49", L"DEU", L"Allemagne", L"Nimska", L"€", L"1252", L"hsb", L"hsb-DE"});
+    source.Add(3079, {L"Austria", L"AT", L"43", L"AUT", L"Autriche", L"Österreich", L"€", L"1252", L"de", L"de-AT"});
+    source.Add(1047, {L"Switzerland", L"CH", L"41", L"CHE", L"Suisse", L"Svizra", L"Fr.", L"1252", L"rm", L"rm-CH"});
+    source.Add(2055, {L"Switzerland", L"CH", L"41", L"CHE", L"Suisse", L"Schweiz", L"CHF", L"1252", L"de", L"de-CH"});
+    source.Add(1091, {L"Uzbekistan", L"UZ", L"998", L"UZB", L"", L"", L"", L"1254", L"uz", L"uz-Latn-UZ"});
+    source.Add(2115, {L"Uzbekistan", L"UZ", L"998", L"UZB", L"", L"", L"", L"1251", L"uz", L"uz-Cyrl-UZ"});
+    source.Add(1025, {L"Saudi Arabia", L"SA", L"966", L"SAU", L"", L"", L"", L"1256", L"ar", L"ar-SA"});
     source.rows = {{101, L"DE=Germany=D"}, {102, L"AT=Austria=A"}, {103, L"CH=Switzerland=CH"}, {104, L"AQ=Antarctica"},
         {105, L"XX=Oesterreich=A"}, {106, L"-"}, {107, L"FR=France=F"},
         {400, L"Ghana*2057:NativeName=Republic of Ghana;CallingCode=233;ISO3166=GH/GHA;LanguageCode=en-gh;"
@@ -98,50 +85,16 @@ TEST(Countries, AreFoundByEveryName)
 {
     const clsFakeSource source = Europe();
     clsCountries countries(source, HostKind::other);
-    constexpr Resolved CASES[] = {
-        {L"Germany", 1031},
-        {L"DEU", 1031},
-        {L"DE", 1031},
-        {L"49", 1031},
-        {L"Deutschland", 1031},
-        {L"1031", 1031},
-        {L"0x0407", 1031},
-        {L"Germany*1031", 1031},
-        {L"GERMANY", 1031},
-        {L"Allemagne", 1031},
-        {L"D", 1031},
-        {L"de", 1031}, // an ISO code before it is a language
-        {L"Germany*1070", 1070},
-        {L"1070", 1070},
-        {L"hsb", 1070},
-        {L"Nimska", 0}, // plain names are of the preferred
-        {L"de-AT", 3079},
-        {L"DE-at", 3079},
-        {L"A", 3079},
-        {L"Oesterreich", 0},
-        {L"CH", 2055},
-        {L"rm-CH", 1047},
+    constexpr Resolved CASES[] = {{L"Germany", 1031}, {L"DEU", 1031}, {L"DE", 1031}, {L"49", 1031},
+        {L"Deutschland", 1031}, {L"1031", 1031}, {L"0x0407", 1031}, {L"Germany*1031", 1031}, {L"GERMANY", 1031},
+        {L"Allemagne", 1031}, {L"D", 1031}, {L"de", 1031},                        // an ISO code before it is a language
+        {L"Germany*1070", 1070}, {L"1070", 1070}, {L"hsb", 1070}, {L"Nimska", 0}, // plain names are of the preferred
+        {L"de-AT", 3079}, {L"DE-at", 3079}, {L"A", 3079}, {L"Oesterreich", 0}, {L"CH", 2055}, {L"rm-CH", 1047},
         {L"Schweiz", 2055}, // preferred by its code
-        {L"UZ", 1091},
-        {L"uz-Cyrl-UZ", 2115},
-        {L"uz", 1091},
-        {L"ar", 1025},
-        {L"Ghana*2057", 2057},
-        {L"GH", 2057},
-        {L"gha", 2057},
-        {L"2057", 2057},
-        {L"0x0809", 2057},
-        {L"Republic of Ghana", 2057},
-        {L"en-GH", 2057},
-        {L"Ghana", 0},
-        {L"Nowhere*66567", 1031}, // the number is cut to 16 bits
-        {L"AQ", 0},
-        {L"FR", 0},
-        {L"ML", 0},
-        {L"", 0},
-        {L"Germany*", 0},
-        {L"?", 0},
-    };
+        {L"UZ", 1091}, {L"uz-Cyrl-UZ", 2115}, {L"uz", 1091}, {L"ar", 1025}, {L"Ghana*2057", 2057}, {L"GH", 2057},
+        {L"gha", 2057}, {L"2057", 2057}, {L"0x0809", 2057}, {L"Republic of Ghana", 2057}, {L"en-GH", 2057},
+        {L"Ghana", 0}, {L"Nowhere*66567", 1031}, // the number is cut to 16 bits
+        {L"AQ", 0}, {L"FR", 0}, {L"ML", 0}, {L"", 0}, {L"Germany*", 0}, {L"?", 0}};
     for (const Resolved& row : CASES)
         EXPECT_EQ(countries.Locale(row.name), static_cast<LCID>(row.locale)) << testing::PrintToString(row.name);
     EXPECT_EQ(source.loads, 1);
@@ -224,28 +177,10 @@ TEST(Countries, Languages)
 {
     const clsFakeSource source = Europe();
     clsCountries countries(source, HostKind::vtz);
-    constexpr Resolved CASES[] = {
-        {L"de-DE", 1031},
-        {L"DE-at", 3079},
-        {L"de", 7},
-        {L"De", 7},
-        {L"de-XX", 7},
-        {L"de-XX-YY", 7},
-        {L"hsb", 1070},
-        {L"hsb-XX", 0x2e},
-        {L"uz-UZ", 1091},
-        {L"uz-Latn-UZ", 1091},
-        {L"uz", 0x43},
-        {L"ar", 1},
-        {L"en-gh", 2057},
-        {L"en", 9},
-        {L"de-nw", 1031},
-        {L"xx", 0},
-        {L"xx-DE", 0},
-        {L"-DE", 0},
-        {L"", 0},
-        {L"Germany", 0},
-    };
+    constexpr Resolved CASES[] = {{L"de-DE", 1031}, {L"DE-at", 3079}, {L"de", 7}, {L"De", 7}, {L"de-XX", 7},
+        {L"de-XX-YY", 7}, {L"hsb", 1070}, {L"hsb-XX", 0x2e}, {L"uz-UZ", 1091}, {L"uz-Latn-UZ", 1091}, {L"uz", 0x43},
+        {L"ar", 1}, {L"en-gh", 2057}, {L"en", 9}, {L"de-nw", 1031}, {L"xx", 0}, {L"xx-DE", 0}, {L"-DE", 0}, {L"", 0},
+        {L"Germany", 0}};
     for (const Resolved& row : CASES)
         EXPECT_EQ(countries.Language(row.name), static_cast<LCID>(row.locale)) << testing::PrintToString(row.name);
 }
@@ -263,16 +198,12 @@ TEST(Countries, WithoutSomeValues)
         int codePage;
         int language; // of "de-AT"
     };
-    constexpr Case CASES[] = {
-        {LOCALE_SISO3166CTRYNAME, L"Austria", 0, L"", L"", 0, 0},
+    constexpr Case CASES[] = {{LOCALE_SISO3166CTRYNAME, L"Austria", 0, L"", L"", 0, 0},
         {LOCALE_SISO3166CTRYNAME, L"3079", 3079, L"", L"Austria", 1252, 0},
-        {LOCALE_SENGCOUNTRY, L"AT", 0, L"", L"Austria", 0, 0},
-        {LOCALE_SENGCOUNTRY, L"3079", 0, L"", L"", 0, 0},
-        {LOCALE_ICOUNTRY, L"43", 0, L"", L"", 0, 3079},
-        {LOCALE_ICOUNTRY, L"AUT", 3079, L"AT", L"Austria", 1252, 3079},
+        {LOCALE_SENGCOUNTRY, L"AT", 0, L"", L"Austria", 0, 0}, {LOCALE_SENGCOUNTRY, L"3079", 0, L"", L"", 0, 0},
+        {LOCALE_ICOUNTRY, L"43", 0, L"", L"", 0, 3079}, {LOCALE_ICOUNTRY, L"AUT", 3079, L"AT", L"Austria", 1252, 3079},
         {LOCALE_SNATIVECTRYNAME, L"Österreich", 0, L"", L"", 0, 3079},
-        {LOCALE_IDEFAULTANSICODEPAGE, L"AT", 3079, L"AT", L"Austria", 0, 3079},
-    };
+        {LOCALE_IDEFAULTANSICODEPAGE, L"AT", 3079, L"AT", L"Austria", 0, 3079}};
     for (const Case& row : CASES)
     {
         clsFakeSource source = Europe();
@@ -288,7 +219,7 @@ TEST(Countries, WithoutSomeValues)
 
     // Without names of locales the tag is made of the codes, and the language alone is no name of a country.
     clsFakeSource nameless = Europe();
-    nameless.names.clear();
+    std::erase_if(nameless.values, [](const auto& value) { return value.first.second == NAME; });
     clsCountries countries(nameless, HostKind::other);
     EXPECT_EQ(countries.Locale(L"de-AT"), LCID{3079});
     EXPECT_EQ(countries.Locale(L"hsb"), LCID{0});

@@ -4,8 +4,6 @@
 
 #include "unit/locale/date_support.h"
 
-#include <cstdlib>
-#include <iterator>
 #include <set>
 #include <string>
 
@@ -15,14 +13,12 @@ using namespace qxtest;
 namespace
 {
 
-constexpr SYSTEMTIME MOMENTS[] = {
-    {2018, 12, 0, 31, 23, 59, 58, 0}, // by any pattern
-    {2018, 12, 0, 10, 1, 2, 3, 0},    // a day that the format's own pattern doesn't take
-    {2020, 2, 0, 29, 0, 5, 0, 0},     // the first hour of the day
-    {1999, 11, 0, 9, 12, 0, 1, 0},    // the twelfth
-    {1601, 1, 0, 1, 9, 0, 0, 0},      // the first year that the system writes
-    {2100, 7, 0, 20, 15, 4, 7, 0},
-};
+constexpr SYSTEMTIME MOMENTS[] = {{2018, 12, 0, 31, 23, 59, 58, 0}, // by any pattern
+    {2018, 12, 0, 10, 1, 2, 3, 0},                                  // a day that the format's own pattern doesn't take
+    {2020, 2, 0, 29, 0, 5, 0, 0},                                   // the first hour of the day
+    {1999, 11, 0, 9, 12, 0, 1, 0},                                  // the twelfth
+    {1601, 1, 0, 1, 9, 0, 0, 0},                                    // the first year that the system writes
+    {2100, 7, 0, 20, 15, 4, 7, 0}};
 
 String Info(LCID locale, LCTYPE type)
 {
@@ -43,9 +39,7 @@ String Written(LCID locale, const SYSTEMTIME& time, bool withDate, bool withTime
         GetDateFormatW(locale, DATE_SHORTDATE, &time, nullptr, date, 64);
     if (withTime)
         GetTimeFormatW(locale, 0, &time, nullptr, clock, 64);
-    String text = date;
-    if (withTime)
-        text.AppendWithSeparator(L' ', String(clock));
+    String text = String(date) + L" " + clock;
     text.TrimLeft();
     text.TrimRight();
     return text;
@@ -76,31 +70,19 @@ TEST(RoundTrip, OfLocales)
     struct Case
     {
         LCID locale;
-        size_t lostDates;   // of six
-        size_t lostMoments; // dates with their times
-        size_t lostTimes;
+        size_t lost[3]; // of six dates, of dates with their times, of times
     };
-    constexpr Case CASES[] = {
-        {0x0407, 0, 0, 0}, // German
-        {0x0409, 0, 0, 0}, // American
-        {0x0809, 0, 0, 0}, // British
-        {0x040c, 0, 0, 0}, // French
-        {0x0411, 0, 0, 0}, // Japanese
-        {0x0401, 0, 6, 6}, // Arabic: a half of the day by other letters than A and P isn't read
-        {0x041e, 0, 0, 0}, // Thai
-        {0x040e, 2, 6, 0}, // Hungarian: a dot behind the date is only in the format's pattern, whose hour isn't doubled
-                           // and which takes no day 10 and 20
-        {0x041d, 0, 0, 0}, // Swedish
-    };
+    constexpr Case CASES[] = {{0x0407, {}}, {0x0409, {}}, {0x0809, {}}, {0x040c, {}}, {0x0411, {}}, {0x041e, {}},
+        {0x041d, {}},         // German, American, British, French, Japanese, Thai, Swedish
+        {0x0401, {0, 6, 6}},  // Arabic: a half of the day by other letters than A and P isn't read
+        {0x040e, {2, 6, 0}}}; // Hungarian: a dot behind the date is only in the format's pattern, whose hour isn't
+                              // doubled and which takes no day 10 and 20
     for (const Case& row : CASES)
-    {
-        EXPECT_EQ(Lost(row.locale, true, false).size(), row.lostDates)
-            << std::hex << row.locale << testing::PrintToString(Lost(row.locale, true, false));
-        EXPECT_EQ(Lost(row.locale, true, true).size(), row.lostMoments)
-            << std::hex << row.locale << testing::PrintToString(Lost(row.locale, true, true));
-        EXPECT_EQ(Lost(row.locale, false, true).size(), row.lostTimes)
-            << std::hex << row.locale << testing::PrintToString(Lost(row.locale, false, true));
-    }
+        for (const int what : {0, 1, 2})
+        {
+            const std::set<std::string> lost = Lost(row.locale, what != 2, what != 0);
+            EXPECT_EQ(lost.size(), row.lost[what]) << std::hex << row.locale << testing::PrintToString(lost);
+        }
 }
 
 } // namespace

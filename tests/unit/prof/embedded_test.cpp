@@ -20,16 +20,13 @@ TEST(ProfEmbedded, WhatIsLogged)
         String directory;
         int32_t result;
         String line;
-    } cases[] = {
-        {L"a", L"QUJD", folder.Path(), 1, L""},
-        {L"a", L"QUJD", prefix, 1, L""}, // no second separator
+    } cases[] = {{L"a", L"QUJD", folder.Path(), 1, L""}, {L"a", L"QUJD", prefix, 1, L""}, // no second separator
         {L"", L"QUJD", folder.Path(), 0, L"ProfExtractFiles:\"Filename=\" not found"},
         {L"../a", L"QUJD", folder.Path(), 0, L"ProfExtractFiles: '../a' is refused, it leads out of the directory"},
         {L"a", L"", prefix, 0, String(L"ProfExtractFiles: '") + prefix + L"a' could not be unpacked"},
         {L"taken", L"", prefix, 0, String(L"'") + prefix + L"taken' could not be created"},
         {L"a", L"QUJD", folder.Path(L"no/folder"), kProfWriteFailed,
-            String(L"problem creating directory '") + folder.Path(L"no/folder") + L"'"},
-    };
+            String(L"problem creating directory '") + folder.Path(L"no/folder") + L"'"}};
     for (const auto& test : cases)
     {
         const JobHolder job = NewJob();

@@ -65,20 +65,9 @@ std::vector<String> CollidingNames(size_t count)
 
 TEST(ProfIntern, ValuesThatRarelyRepeatStayOut)
 {
-    const std::pair<const wchar_t*, bool> cases[] = {
-        {L"text", true},
-        {L"", true},
-        {L"123", true},
-        {L"1234", false},
-        {L"1a", true},
-        {L"1abc", false},
-        {L"-123", true},
-        {L"-1234", false},
-        {L"-abcde", true},
-        {L"-", true},
-        {L"(", false},
-        {L" 12345", true},
-    };
+    const std::pair<const wchar_t*, bool> cases[] = {{L"text", true}, {L"", true}, {L"123", true}, {L"1234", false},
+        {L"1a", true}, {L"1abc", false}, {L"-123", true}, {L"-1234", false}, {L"-abcde", true}, {L"-", true},
+        {L"(", false}, {L" 12345", true}};
     for (const auto& [value, isShared] : cases)
         EXPECT_EQ(AreValuesShared(value), isShared) << String(value).NarrowText();
 }

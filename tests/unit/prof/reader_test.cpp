@@ -66,12 +66,10 @@ TEST(ProfReader, EightBitTextByTheCodePage)
         unsigned codePage;
         const char* bytes;
         const wchar_t* tree;
-    } cases[] = {
-        {1252, "[/]\ngr\xFC\xDF=\x80\n", L"gr\u00FC\u00DF=\u20AC;"},
+    } cases[] = {{1252, "[/]\ngr\xFC\xDF=\x80\n", L"gr\u00FC\u00DF=\u20AC;"},
         {1251, "[/]\n\xEF\xF0=\xFF\n", L"\u043F\u0440=\u044F;"},
         // The second byte of a character may be one of the syntax, as 0x5B and 0x7D here.
-        {932, "[/]\n\x83\x5B=\x83\x7D\n[\x83\x5B]\n", L"\u30BC=\u30DE;[\u30BC]{}"},
-    };
+        {932, "[/]\n\x83\x5B=\x83\x7D\n[\x83\x5B]\n", L"\u30BC=\u30DE;[\u30BC]{}"}};
     for (const auto& test : cases)
     {
         const CodePageScope scope(test.codePage);

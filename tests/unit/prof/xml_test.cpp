@@ -119,8 +119,7 @@ TEST(ProfXml, WhatIsReadAndWhatIsRefused)
     {
         std::wstring_view lines; // behind the first
         String result;
-    } cases[] = {
-        {L"<profile>\n<item name=\"a\">b</item>\n</profile>\n", L"a=b;"},
+    } cases[] = {{L"<profile>\n<item name=\"a\">b</item>\n</profile>\n", L"a=b;"},
         {L"<profile>\n<list name=\"l\">\n<item name=\"a\">b</item>\n", L"[l]{a=b;}"}, // missing ends are accepted
         {L"<PROFILE>\n<LIST name=\"l\">\n</List>\n<Item name=\"a\">b</item>\n</Profile>\nrest", L"[l]{}a=b;"},
         {L"<profile>\n<item xml:space=\"preserve\" name=\"a\" x='1'> b </item> rest\n", L"a= b ;"},
@@ -128,8 +127,7 @@ TEST(ProfXml, WhatIsReadAndWhatIsRefused)
         {L"<profile>\n<item name=\"a\">1</item></item>\n<item name=\"\"></item>\n", L"a=1;=;"},
         {L"<profile>\n<list name=\"[a]\">\n</list>\n<list name=\"&lt;&#x41;\">\n", L"[a]{}[<A]{}"},
         {L"<profile>\n</list>\n<item name=\"a\">b</item>\n", L""}, // the root's level has ended
-        {L"<other>\n\n \t \n<profile>\n<items>\n</item>\n<?x?>\n</profile>\n", L""},
-        {L"", L""},
+        {L"<other>\n\n \t \n<profile>\n<items>\n</item>\n<?x?>\n</profile>\n", L""}, {L"", L""},
         // sequences for characters
         {L"<profile>\n<item name=\"a\">&LT;&Cr;&foo;&;&&amp;lt;</item>\n", L"a=&LT;&Cr;&foo;&;&&lt;;"},
         {L"<profile>\n<item name=\"a\">&#x41;&#65;&#xe4;&#xE4;&#x000a;</item>\n", L"a=AA\xE4\xE4\n;"},
@@ -160,8 +158,7 @@ TEST(ProfXml, WhatIsReadAndWhatIsRefused)
             LoadError(6, L"prof::xml::profile: bad nesting level (should be 0)", L"a=b;")}, // the unfinished list goes
         {L"<profile>\n<xfdf x>\n", LoadError(3, L"prof::xml::xfdf: bad nesting level (should be -1)")},
         {L"</xfdf>\n", LoadError(2, L"prof::xml::xfdf: bad nesting level (should be 0)")},
-        {L"<profile>\n</xfdf>\n", L""},
-        {L"<profile>\n<item >\n", LoadError(3, L"prof::xml::item empty name")},
+        {L"<profile>\n</xfdf>\n", L""}, {L"<profile>\n<item >\n", LoadError(3, L"prof::xml::item empty name")},
         {L"<profile>\n<item NAME=\"a\">b</item>\n", LoadError(3, L"prof::xml::item empty name")},
         {L"<profile>\n<item name=\"a>b</item>\n", LoadError(3, L"prof::xml::item no end tag")},
         {L"<profile>\n<item name=\"a\"\n", LoadError(3, L"prof::xml::item no end tag (2)")},
@@ -171,8 +168,7 @@ TEST(ProfXml, WhatIsReadAndWhatIsRefused)
         {L"<profile>\n<list name=\"a>\n", LoadError(3, L"prof::xml::list: name is unfinished")},
         // form data behind the head of the other form
         {L"<xfdf x>\n<field name=\"a\">\n<value>b</value>\n</field>\n</xfdf>\n", L"a=b;"},
-        {L"<xfdf x>\ntext\n", LoadError(3, L"prof::xml::xfdf: bad format ('<' expected)")},
-    };
+        {L"<xfdf x>\ntext\n", LoadError(3, L"prof::xml::xfdf: bad format ('<' expected)")}};
     for (const auto& test : cases)
         EXPECT_STREQ(Loaded(XmlSource(test.lines)), test.result) << testing::PrintToString(test.lines);
 
@@ -218,11 +214,10 @@ TEST(ProfXfdf, WhatIsReadAndWhatIsRefused)
     {
         std::string lines; // behind the head
         String result;
-    } cases[] = {
-        {tag + "<fields>\n<field name=\"a\">\n<field "
-               "name=\"b\">\n<value>c</value>\n</field>\n<value>d</value>\n</field>\n"
-               "<value>e</value>\n</fields>\n</xfdf>\nrest\n",
-            L"a.b=c;a=d;=e;"},
+    } cases[] = {{tag + "<fields>\n<field name=\"a\">\n<field "
+                        "name=\"b\">\n<value>c</value>\n</field>\n<value>d</value>\n</field>\n"
+                        "<value>e</value>\n</fields>\n</xfdf>\nrest\n",
+                     L"a.b=c;a=d;=e;"},
         {tag + "<FIELD name=\"\">\n<Field name=\"&quot;&#252;\">\n<VALUE> a&lt;b "
                "</value>\n</FIELD>\n</field>\n</field>\n",
             L".\"\xFC= a<b ;"},
@@ -246,8 +241,7 @@ TEST(ProfXfdf, WhatIsReadAndWhatIsRefused)
         {tag + "<field x>\n", LoadError(3, L"prof::xml::field: no name found")},
         {tag + "<field name=\"a>\n", LoadError(3, L"prof::xml::field: name unfinished")},
         {tag + "<field name=\"a\">\n<value>1</value>\n<value>2\n3\n",
-            LoadError(6, L"prof::xml::value: bad format (missing next line)", L"a=1;")},
-    };
+            LoadError(6, L"prof::xml::value: bad format (missing next line)", L"a=1;")}};
     for (const auto& test : cases)
         EXPECT_STREQ(Loaded(XfdfSource(test.lines)), test.result) << test.lines;
 }
