@@ -17,8 +17,12 @@ TEST(Handles, LookedUpWhileOthersCloseThem)
 {
     const Folder folder;
     constexpr int files = 8, closers = 2, users = 2;
+    const auto path = [&folder](int index)
+    {
+        return folder / Text::Widen(std::to_string(index));
+    };
     for (int index = 0; index < files; ++index)
-        MakeFile(folder / Text::Widen("file" + std::to_string(index)), std::string(1, static_cast<char>('a' + index)));
+        MakeFile(path(index), std::string(1, static_cast<char>('a' + index)));
     std::atomic<HANDLE> handles[files] = {};
     std::atomic<bool> isOver = false;
     std::atomic<int> wrong = 0, uses = 0;
@@ -30,11 +34,9 @@ TEST(Handles, LookedUpWhileOthersCloseThem)
                 while (!isOver)
                     for (int index = closer; index < files; index += closers)
                     {
-                        const Text path = folder / Text::Widen("file" + std::to_string(index));
                         const HANDLE file =
-                            CreateFileW(path, GENERIC_READ, shareAll, nullptr, OPEN_EXISTING, 0, nullptr);
-                        const HANDLE former = handles[index].exchange(file);
-                        if (former != nullptr)
+                            CreateFileW(path(index), GENERIC_READ, shareAll, nullptr, OPEN_EXISTING, 0, nullptr);
+                        if (const HANDLE former = handles[index].exchange(file))
                             CloseHandle(former);
                     }
             });
@@ -98,12 +100,11 @@ TEST(Waits, ForProcesses)
     Peer peer(folder, "exit", folder / L"unused", 200, 42); // ends after 200 ms
     const HANDLE process = peer.process();
     DWORD code = 0;
-    EXPECT_EQ(WaitForSingleObject(process, 0), DWORD{WAIT_TIMEOUT});
-    EXPECT_TRUE(GetExitCodeProcess(process, &code));
-    EXPECT_EQ(code, DWORD{STILL_ACTIVE});
     const ULONGLONG begin = GetTickCount64();
     EXPECT_EQ(WaitForSingleObject(process, 20), DWORD{WAIT_TIMEOUT});
     EXPECT_GE(GetTickCount64() - begin, 15u);
+    EXPECT_TRUE(GetExitCodeProcess(process, &code));
+    EXPECT_EQ(code, DWORD{STILL_ACTIVE});
 
     Peer second(folder, "exit", folder / L"unused", 0, 7);
     const HANDLE both[] = {process, second.process()};
@@ -116,7 +117,6 @@ TEST(Waits, ForProcesses)
     {
         EXPECT_FALSE(TerminateProcess(process, 1));
     }
-
     EXPECT_EQ(WaitForSingleObject(nullptr, 0), DWORD{WAIT_FAILED});
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_HANDLE});
     EXPECT_EQ(WaitForMultipleObjects(0, both, FALSE, 0), DWORD{WAIT_FAILED});
@@ -154,19 +154,9 @@ TEST_F(Child, GetsItsArguments)
     {
         const wchar_t* line;
         const char* arguments; // each in brackets
-    } constexpr cases[] = {
-        {L"", ""},
-        {L"a b", "[a][b]"},
-        {L"  a \t b  ", "[a][b]"},
-        {L"\"a b\" c", "[a b][c]"},
-        {L"a\"b c\"d", "[ab cd]"},
-        {L"\"\" x", "[][x]"},
-        {L"a\\b \\\\c", "[a\\b][\\\\c]"},
-        {L"\\\"a\\\"", "[\"a\"]"},
-        {L"\"a\\\\\" b", "[a\\][b]"},
-        {L"\"a\\\\\\\"b\"", "[a\\\"b]"},
-        {L"\"a\"\"b\"", "[a\"b]"},
-    };
+    } constexpr cases[] = {{L"", ""}, {L"  a \t b  ", "[a][b]"}, {L"a\"b c\"d", "[ab cd]"}, {L"\"\" x", "[][x]"},
+        {L"a\\b \\\\c", "[a\\b][\\\\c]"}, {L"\\\"a\\\"", "[\"a\"]"}, {L"\"a\\\\\" b", "[a\\][b]"},
+        {L"\"a\\\\\\\"b\"", "[a\\\"b]"}, {L"\"a\"\"b\"", "[a\"b]"}};
     for (const auto& [line, arguments] : cases)
         EXPECT_EQ(Started(line, nullptr, 0, nullptr), arguments) << Text(line).Narrow();
 }

@@ -1,4 +1,6 @@
 // Locales: names, numbers, what they tell; the defaults of the environment; the guess for UTF-16.
+#include "support/readable_text.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -13,27 +15,16 @@ namespace
 {
 
 using namespace std::string_view_literals;
+using qxtest::ReadableText;
 
 constexpr LCID UNKNOWN = 0x9999;
-
-// ASCII as it is, other units as numbers.
-std::string Readable(std::wstring_view text)
-{
-    std::string readable;
-    for (const wchar_t unit : text)
-    {
-        char cell[8];
-        std::snprintf(cell, sizeof cell, unit < 0x80 ? "%c" : "<%x>", unit);
-        readable += cell;
-    }
-    return readable;
-}
 
 std::string NameOf(LCID locale, DWORD flags = 0)
 {
     wchar_t name[LOCALE_NAME_MAX_LENGTH];
     const int size = LCIDToLocaleName(locale, name, LOCALE_NAME_MAX_LENGTH, flags);
-    return size == 0 ? "error " + std::to_string(GetLastError()) : Readable({name, static_cast<std::size_t>(size - 1)});
+    return size == 0 ? "error " + std::to_string(GetLastError())
+                     : ReadableText({name, static_cast<std::size_t>(size - 1)});
 }
 
 std::string Info(LCID locale, LCTYPE type)
@@ -41,7 +32,7 @@ std::string Info(LCID locale, LCTYPE type)
     wchar_t value[256];
     const int size = GetLocaleInfoW(locale, type, value, 256);
     return size == 0 ? "error " + std::to_string(GetLastError())
-                     : Readable({value, static_cast<std::size_t>(size - 1)});
+                     : ReadableText({value, static_cast<std::size_t>(size - 1)});
 }
 
 // Beside those that the reference lists.
@@ -55,8 +46,8 @@ TEST(Locales, NamesAndNumbers)
         {0x00010407, L"de-DE_phoneb"}, {0x00020804, L"zh-CN_stroke"}, {0x00040411, L"ja-JP_radstr"}, {0x007f, L""}};
     for (const auto& row : CASES)
     {
-        EXPECT_EQ(NameOf(row.lcid), Readable(row.name));
-        EXPECT_EQ(LocaleNameToLCID(row.name, 0), row.lcid) << Readable(row.name);
+        EXPECT_EQ(NameOf(row.lcid), ReadableText(row.name));
+        EXPECT_EQ(LocaleNameToLCID(row.name, 0), row.lcid) << ReadableText(row.name);
     }
     EXPECT_EQ(LocaleNameToLCID(L"DE-de", 0), LCID{0x0407});
     EXPECT_EQ(LocaleNameToLCID(L"en-DE", 0), LCID{LOCALE_CUSTOM_UNSPECIFIED});
@@ -112,7 +103,7 @@ TEST(Locales, ShortDates)
         {L"ru-RU", "dd.MM.yyyy"}, {L"ja-JP", "yyyy/MM/dd"}, {L"hu-HU", "yyyy. MM. dd."}, {L"sv-SE", "yyyy-MM-dd"},
         {L"fi-FI", "d.M.yyyy"}, {L"", "MM/dd/yyyy"}};
     for (const auto& row : CASES)
-        EXPECT_EQ(Info(LocaleNameToLCID(row.locale, 0), LOCALE_SSHORTDATE), row.picture) << Readable(row.locale);
+        EXPECT_EQ(Info(LocaleNameToLCID(row.locale, 0), LOCALE_SSHORTDATE), row.picture) << ReadableText(row.locale);
 }
 #endif
 

@@ -27,15 +27,10 @@ public:
 
 TEST(Variant, CopyOwnsItsText)
 {
-    Value text = Text(L"a");
-    Value copy = text;
+    Value text = Text(L"a"), copy = text, nothing(VT_BSTR);
     EXPECT_NE(copy.bstrVal, text.bstrVal);
-    EXPECT_EQ(Readable(copy), "\"a\"");
     EXPECT_EQ(VariantClear(&copy), S_OK);
     EXPECT_EQ(copy.vt, VT_EMPTY);
-    EXPECT_EQ(Readable(text), "\"a\"");
-
-    Value nothing(VT_BSTR);
     ASSERT_EQ(VariantCopy(&copy, &nothing), S_OK);
     EXPECT_NE(copy.bstrVal, nullptr);
     EXPECT_EQ(VariantCopy(&text, &text), S_OK);
@@ -57,33 +52,18 @@ TEST(Variant, ForeignTypesAreRefused)
     }
 }
 
-TEST(Variant, ObjectsAreCounted)
-{
-    Counted object;
-    {
-        Value holder(VT_UNKNOWN);
-        holder.punkVal = &object;
-        object.AddRef();
-        Value copy = holder;
-        EXPECT_EQ(object.count, 3u);
-    }
-    EXPECT_EQ(object.count, 1u);
-}
-
 TEST(VariantCopyInd, ResolvesReferences)
 {
     LONG number = 9;
-    Value toNumber(VT_BYREF | VT_I4);
-    toNumber.plVal = &number;
     DECIMAL decimal = SmallDecimal(15, 1).decVal;
     decimal.wReserved = 0;
-    Value toDecimal(VT_BYREF | VT_DECIMAL);
+    Value text = Text(L"a"), toNumber(VT_BYREF | VT_I4), toDecimal(VT_BYREF | VT_DECIMAL), toText(VT_BYREF | VT_BSTR),
+          toVariant(VT_BYREF | VT_VARIANT), toReference(VT_BYREF | VT_VARIANT);
+    toNumber.plVal = &number;
     toDecimal.pdecVal = &decimal;
-    Value text = Text(L"a");
-    Value toText(VT_BYREF | VT_BSTR);
     toText.pbstrVal = &text.bstrVal;
-    Value toVariant(VT_BYREF | VT_VARIANT);
     toVariant.pvarVal = &toNumber;
+    toReference.pvarVal = &toVariant;
 
     struct Case
     {
@@ -91,35 +71,31 @@ TEST(VariantCopyInd, ResolvesReferences)
         VARTYPE type;
         const char* expected;
     };
+    Value copy;
     for (const Case& row : {Case{&toNumber, VT_I4, "9"}, {&toDecimal, VT_DECIMAL, "15/1"}, {&toText, VT_BSTR, "\"a\""},
              {&toVariant, VT_I4, "9"}})
     {
-        Value copy;
         EXPECT_EQ(VariantCopyInd(&copy, row.source), S_OK) << row.expected;
         EXPECT_EQ(copy.vt, row.type);
         EXPECT_EQ(Readable(copy), row.expected);
     }
-    Value plainCopy = toText;
-    EXPECT_EQ(plainCopy.pbstrVal, &text.bstrVal);
-
     EXPECT_EQ(VariantCopyInd(&toNumber, &toNumber), S_OK); // in its own place
     EXPECT_EQ(Readable(toNumber), "9");
-
-    Value toReference(VT_BYREF | VT_VARIANT);
-    toReference.pvarVal = &toVariant;
-    EXPECT_EQ(VariantCopyInd(&plainCopy, &toReference), E_INVALIDARG);
+    toVariant.pvarVal = &toText;
+    EXPECT_EQ(VariantCopyInd(&copy, &toReference), E_INVALIDARG);
+    copy = toText;
+    EXPECT_EQ(copy.pbstrVal, &text.bstrVal) << "a plain copy stays a reference";
 }
 
 // 2 columns (the first index, which varies fastest) with the bounds 10 to 12 for the rows.
 TEST(SafeArray, BoundsAndPlaces)
 {
     SAFEARRAYBOUND bounds[] = {{2, 0}, {3, 10}};
-    SAFEARRAY* const array = SafeArrayCreate(VT_I4, 2, bounds);
+    SAFEARRAY *const array = SafeArrayCreate(VT_I4, 2, bounds), *copy = nullptr;
     ASSERT_NE(array, nullptr);
     EXPECT_EQ(SafeArrayGetDim(array), 2u);
-    EXPECT_EQ(SafeArrayGetElemsize(array), 4u);
     EXPECT_EQ(array->rgsabound[0].cElements, 3u);
-    LONG least = 0, most = 0;
+    LONG least = 0, most = 0, value = 42, read = 0;
     EXPECT_EQ(SafeArrayGetLBound(array, 2, &least), S_OK);
     EXPECT_EQ(SafeArrayGetUBound(array, 2, &most), S_OK);
     EXPECT_EQ(least, 10);
@@ -127,25 +103,20 @@ TEST(SafeArray, BoundsAndPlaces)
     EXPECT_EQ(SafeArrayGetLBound(array, 0, &least), DISP_E_BADINDEX);
     EXPECT_EQ(SafeArrayGetUBound(array, 3, &most), DISP_E_BADINDEX);
 
-    LONG value = 42;
     LONG place[] = {1, 11};
     EXPECT_EQ(SafeArrayPutElement(array, place, &value), S_OK);
     EXPECT_EQ(static_cast<LONG*>(array->pvData)[3], 42);
-    LONG read = 0;
-    EXPECT_EQ(SafeArrayGetElement(array, place, &read), S_OK);
-    EXPECT_EQ(read, 42);
     LONG outside[][2] = {{2, 11}, {-1, 11}, {1, 9}, {1, 13}};
     for (LONG* indices : outside)
         EXPECT_EQ(SafeArrayGetElement(array, indices, &read), DISP_E_BADINDEX);
     EXPECT_EQ(array->cLocks, 0u);
 
-    SAFEARRAY* copy = nullptr;
     ASSERT_EQ(SafeArrayCopy(array, &copy), S_OK);
     EXPECT_EQ(std::memcmp(copy->rgsabound, array->rgsabound, 2 * sizeof(SAFEARRAYBOUND)), 0);
+    EXPECT_EQ(SafeArrayDestroy(array), S_OK);
     EXPECT_EQ(SafeArrayGetElement(copy, place, &read), S_OK);
     EXPECT_EQ(read, 42);
     EXPECT_EQ(SafeArrayDestroy(copy), S_OK);
-    EXPECT_EQ(SafeArrayDestroy(array), S_OK);
 }
 
 TEST(SafeArray, TypesOfElements)
@@ -161,7 +132,7 @@ TEST(SafeArray, TypesOfElements)
              {VT_DISPATCH, 8, 0x440}, {VT_INT_PTR, 8, 0x80}, {VT_EMPTY, 0, 0}, {VT_NULL, 0, 0}, {15, 0, 0},
              {VT_LPSTR, 0, 0}, {VT_BYREF | VT_I4, 0, 0}})
     {
-        SAFEARRAY* const array = SafeArrayCreateVector(static_cast<VARTYPE>(row.type), 0, 2);
+        SAFEARRAY* const array = SafeArrayCreateVector(static_cast<VARTYPE>(row.type), 5, 0);
         ASSERT_EQ(array != nullptr, row.size != 0) << row.type;
         if (array == nullptr)
             continue;
@@ -170,6 +141,9 @@ TEST(SafeArray, TypesOfElements)
         VARTYPE type = 0;
         EXPECT_EQ(SafeArrayGetVartype(array, &type), S_OK) << row.type;
         EXPECT_EQ(type, row.type);
+        LONG most = 0;
+        EXPECT_EQ(SafeArrayGetUBound(array, 1, &most), S_OK);
+        EXPECT_EQ(most, 4) << "an array of nothing ends before it starts";
         EXPECT_EQ(SafeArrayDestroy(array), S_OK);
     }
     EXPECT_EQ(SafeArrayCreate(VT_I4, 0, nullptr), nullptr);
@@ -177,12 +151,6 @@ TEST(SafeArray, TypesOfElements)
     SAFEARRAYBOUND huge[] = {{0x10000, 0}, {0x10000, 0}};
     EXPECT_EQ(SafeArrayCreate(VT_I4, 2, huge), nullptr);
 #endif
-    SAFEARRAY* const none = SafeArrayCreateVector(VT_I4, 5, 0);
-    ASSERT_NE(none, nullptr);
-    LONG most = 0;
-    EXPECT_EQ(SafeArrayGetUBound(none, 1, &most), S_OK);
-    EXPECT_EQ(most, 4);
-    EXPECT_EQ(SafeArrayDestroy(none), S_OK);
 }
 
 TEST(SafeArray, LockedIsNotDestroyed)
@@ -201,36 +169,25 @@ TEST(SafeArray, LockedIsNotDestroyed)
 #endif
     EXPECT_EQ(SafeArrayUnaccessData(array), S_OK);
     EXPECT_EQ(SafeArrayUnlock(array), E_UNEXPECTED);
-
     EXPECT_EQ(SafeArrayLock(nullptr), E_INVALIDARG);
     EXPECT_EQ(SafeArrayUnlock(nullptr), E_INVALIDARG);
-    EXPECT_EQ(SafeArrayDestroy(nullptr), S_OK);
-    EXPECT_EQ(SafeArrayGetDim(nullptr), 0u);
 }
 
 TEST(SafeArray, ElementsAreCopiesOfTheirOwn)
 {
     LONG index = 0;
-    Value texts(VT_ARRAY | VT_BSTR);
+    Value texts(VT_ARRAY | VT_BSTR), text = Text(L"x"), read(VT_BSTR);
     texts.parray = SafeArrayCreateVector(VT_BSTR, 0, 2);
-    Value text = Text(L"x");
     EXPECT_EQ(SafeArrayPutElement(texts.parray, &index, text.bstrVal), S_OK);
-    BSTR read = nullptr;
-    EXPECT_EQ(SafeArrayGetElement(texts.parray, &index, &read), S_OK);
-    EXPECT_NE(read, text.bstrVal);
-    EXPECT_EQ(ReadableText({read, SysStringLen(read)}), "x");
-    SysFreeString(read);
-    index = 1;
-    EXPECT_EQ(SafeArrayGetElement(texts.parray, &index, &read), S_OK);
-    EXPECT_EQ(read, nullptr);
+    EXPECT_EQ(SafeArrayGetElement(texts.parray, &index, &read.bstrVal), S_OK);
+    EXPECT_NE(read.bstrVal, text.bstrVal);
+    EXPECT_EQ(Readable(read), "\"x\"");
     Value copy = texts;
     EXPECT_NE(static_cast<BSTR*>(copy.parray->pvData)[0], static_cast<BSTR*>(texts.parray->pvData)[0]);
 
-    index = 0;
-    Value values(VT_ARRAY | VT_VARIANT);
+    Value values(VT_ARRAY | VT_VARIANT), inner = Text(L"is cleared");
     values.parray = SafeArrayCreateVector(VT_VARIANT, 0, 1);
     EXPECT_EQ(SafeArrayPutElement(values.parray, &index, &texts), S_OK); // an array inside
-    Value inner = Text(L"is cleared");
     EXPECT_EQ(SafeArrayGetElement(values.parray, &index, &inner), S_OK);
     EXPECT_EQ(inner.vt, VT_ARRAY | VT_BSTR);
 
@@ -242,8 +199,15 @@ TEST(SafeArray, ElementsAreCopiesOfTheirOwn)
     Value more = objects;
     EXPECT_EQ(object.count, 3u);
     EXPECT_EQ(SafeArrayPutElement(more.parray, &index, nullptr), S_OK);
-    EXPECT_EQ(object.count, 2u);
     VariantClear(&objects);
+    EXPECT_EQ(object.count, 1u);
+    {
+        Value holder(VT_UNKNOWN);
+        holder.punkVal = &object;
+        object.AddRef();
+        const Value second = holder;
+        EXPECT_EQ(object.count, 3u);
+    }
     EXPECT_EQ(object.count, 1u);
 }
 

@@ -1,14 +1,13 @@
 // Variants in one word, and what they hold as a text that a table can compare.
 #pragma once
 
+#include "support/readable_text.h"
+
 #include <windows.h>
 
 #include <oleauto.h>
 
 #include <charconv>
-#include <cstdio>
-#include <string>
-#include <string_view>
 
 namespace qxtest
 {
@@ -85,19 +84,6 @@ inline std::string DigitsOf(double value)
 {
     char text[40];
     return {text, std::to_chars(text, text + sizeof text, value).ptr};
-}
-
-// ASCII as it is, other units as numbers.
-inline std::string ReadableText(std::wstring_view text)
-{
-    std::string readable;
-    for (const wchar_t unit : text)
-    {
-        char cell[8];
-        std::snprintf(cell, sizeof cell, unit >= 0x20 && unit < 0x7f ? "%c" : "<%x>", unit);
-        readable += cell;
-    }
-    return readable;
 }
 
 // The value alone, without its type; a text in quotes, a decimal as its words and scale.

@@ -1,0 +1,24 @@
+// Wide text as a narrow one that a table can hold.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace qxtest
+{
+
+// ASCII as it is, other units as numbers.
+inline std::string ReadableText(std::wstring_view text)
+{
+    std::string readable;
+    for (const wchar_t unit : text)
+    {
+        char cell[8];
+        std::snprintf(cell, sizeof cell, unit >= 0x20 && unit < 0x7f ? "%c" : "<%x>", unit);
+        readable += cell;
+    }
+    return readable;
+}
+
+} // namespace qxtest
