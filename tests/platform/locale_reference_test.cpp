@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <set>
 #include <string>
 #include <string_view>
@@ -21,61 +20,20 @@ namespace
 const bool isEnglish = setenv("LC_ALL", "C", 1) == 0;
 #endif
 
-struct ComparedType
-{
-    std::string_view column;
-    LCTYPE type; // or the flags of a format
-    int least;   // of 1000 values at least so many are those of the reference
-};
+using Row = std::vector<std::string>;
 
-constexpr ComparedType TYPES[] = {
-    {"LOCALE_SDATE", LOCALE_SDATE, 972},
-    {"LOCALE_STIME", LOCALE_STIME, 996},
-    {"LOCALE_IDATE", LOCALE_IDATE, 960},
-    {"LOCALE_SLONGDATE", LOCALE_SLONGDATE, 972},
-    {"LOCALE_STIMEFORMAT", LOCALE_STIMEFORMAT, 968},
-    {"LOCALE_S1159", LOCALE_S1159, 960},
-    {"LOCALE_S2359", LOCALE_S2359, 960},
-    {"LOCALE_SISO3166CTRYNAME", LOCALE_SISO3166CTRYNAME, 1000},
-    {"LOCALE_SISO639LANGNAME", LOCALE_SISO639LANGNAME, 1000},
-    {"LOCALE_SENGCOUNTRY", LOCALE_SENGCOUNTRY, 1000},
-    {"LOCALE_ICOUNTRY", LOCALE_ICOUNTRY, 1000},
-    {"LOCALE_SABBREVCTRYNAME", LOCALE_SABBREVCTRYNAME, 1000},
-    {"LOCALE_SNATIVECTRYNAME", LOCALE_SNATIVECTRYNAME, 956},
-    {"LOCALE_SCOUNTRY", LOCALE_SCOUNTRY, 1000},
-    {"LOCALE_SCURRENCY", LOCALE_SCURRENCY, 968},
-    {"LOCALE_IDEFAULTANSICODEPAGE", LOCALE_IDEFAULTANSICODEPAGE, 1000},
-    {"LOCALE_IDEFAULTCODEPAGE", LOCALE_IDEFAULTCODEPAGE, 1000},
-    {"LOCALE_SDECIMAL", LOCALE_SDECIMAL, 980},
-    {"LOCALE_SDAYNAME1", LOCALE_SDAYNAME1, 968},
-    {"LOCALE_SMONTHNAME1", LOCALE_SMONTHNAME1, 968},
-};
-
-using Format = int(WINAPI*)(LCID, DWORD, const SYSTEMTIME*, LPCWSTR, LPWSTR, int);
-
-constexpr ComparedType DATES[] = {{"GetDateFormat(DATE_LONGDATE)", DATE_LONGDATE, 912}};
-constexpr ComparedType TIMES[] = {
-    {"GetTimeFormat(0)", 0, 960},
-    {"GetTimeFormat(TIME_NOSECONDS)", TIME_NOSECONDS, 960},
-    {"GetTimeFormat(TIME_FORCE24HOURFORMAT)", TIME_FORCE24HOURFORMAT, 960},
-};
-
-std::vector<std::string> Fields(const std::string& line)
-{
-    std::vector<std::string> fields;
-    std::size_t begin = 0;
-    for (std::size_t end; (end = line.find('\t', begin)) != line.npos; begin = end + 1)
-        fields.push_back(line.substr(begin, end - begin));
-    fields.push_back(line.substr(begin));
-    return fields;
-}
-
-std::vector<std::vector<std::string>> Reference()
+std::vector<Row> Reference()
 {
     std::ifstream file(QXUT_TEST_DATA "/locale/reference.tsv", std::ios::binary);
-    std::vector<std::vector<std::string>> rows;
+    std::vector<Row> rows;
     for (std::string line; std::getline(file, line);)
-        rows.push_back(Fields(line));
+    {
+        Row& row = rows.emplace_back();
+        std::size_t begin = 0;
+        for (std::size_t end; (end = line.find('\t', begin)) != line.npos; begin = end + 1)
+            row.push_back(line.substr(begin, end - begin));
+        row.push_back(line.substr(begin));
+    }
     return rows;
 }
 
@@ -85,28 +43,14 @@ std::string Utf8(const wchar_t* text)
     return WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes, sizeof bytes, nullptr, nullptr) > 0 ? bytes : "(none)";
 }
 
-std::string Info(LCID locale, LCTYPE type)
+std::string Result(int length, const wchar_t* value)
 {
-    wchar_t value[256];
-    return GetLocaleInfoW(locale, type, value, 256) == 0 ? "error " + std::to_string(GetLastError()) : Utf8(value);
+    return length == 0 ? "error " + std::to_string(GetLastError()) : Utf8(value);
 }
 
-LCID NumberOf(const std::vector<std::string>& row)
+LCID NumberOf(const Row& row)
 {
     return static_cast<LCID>(std::strtoul(row[0].c_str(), nullptr, 16));
-}
-
-TEST(LocaleReference, NamesAndNumbers)
-{
-    const std::vector<std::vector<std::string>> rows = Reference();
-    ASSERT_EQ(rows.size(), 256u);
-    for (std::size_t i = 1; i < rows.size(); ++i)
-    {
-        wchar_t name[LOCALE_NAME_MAX_LENGTH] = {};
-        LCIDToLocaleName(NumberOf(rows[i]), name, LOCALE_NAME_MAX_LENGTH, 0);
-        EXPECT_EQ(Utf8(name), rows[i][1]) << rows[i][0];
-        EXPECT_EQ(LocaleNameToLCID(name, 0), NumberOf(rows[i])) << rows[i][1];
-    }
 }
 
 // What the callbacks collect.
@@ -128,14 +72,20 @@ BOOL CALLBACK CollectGroup(LGRPID group, LPWSTR, LPWSTR, DWORD, LONG_PTR)
 BOOL CALLBACK CollectLocaleOfGroup(LGRPID, LCID locale, LPWSTR text, LONG_PTR)
 {
     EXPECT_EQ(static_cast<LCID>(wcstoul(text, nullptr, 16)), locale);
-    listed.insert(locale);
-    return TRUE;
+    return CollectLocale(text);
 }
 
 BOOL CALLBACK CollectOne(LPWSTR text)
 {
     CollectLocale(text);
     return FALSE;
+}
+
+std::multiset<LCID> AllLocales()
+{
+    listed.clear();
+    EXPECT_TRUE(EnumSystemLocalesW(CollectLocale, LCID_SUPPORTED));
+    return listed;
 }
 
 std::multiset<LCID> LocalesOfGroup(LGRPID group)
@@ -145,15 +95,20 @@ std::multiset<LCID> LocalesOfGroup(LGRPID group)
     return listed;
 }
 
-TEST(LocaleReference, List)
+TEST(LocaleReference, NamesNumbersAndList)
 {
+    const std::vector<Row> rows = Reference();
+    ASSERT_EQ(rows.size(), 256u);
     std::multiset<LCID> expected;
-    const std::vector<std::vector<std::string>> rows = Reference();
     for (std::size_t i = 1; i < rows.size(); ++i)
+    {
+        wchar_t name[LOCALE_NAME_MAX_LENGTH] = {};
+        LCIDToLocaleName(NumberOf(rows[i]), name, LOCALE_NAME_MAX_LENGTH, 0);
+        EXPECT_EQ(Utf8(name), rows[i][1]) << rows[i][0];
+        EXPECT_EQ(LocaleNameToLCID(name, 0), NumberOf(rows[i])) << rows[i][1];
         expected.insert(NumberOf(rows[i]));
-    listed.clear();
-    ASSERT_TRUE(EnumSystemLocalesW(CollectLocale, LCID_SUPPORTED));
-    EXPECT_EQ(listed, expected);
+    }
+    EXPECT_EQ(AllLocales(), expected);
 
     listed.clear();
     EXPECT_TRUE(EnumSystemLocalesW(CollectOne, LCID_SUPPORTED)) << "the caller may end it";
@@ -175,71 +130,81 @@ TEST(LocaleReference, LanguageGroups)
         for (const LCID locale : LocalesOfGroup(group))
             if (SORTIDFROMLCID(locale) == SORT_DEFAULT)
                 ofAllGroups.insert(locale);
-    listed.clear();
-    ASSERT_TRUE(EnumSystemLocalesW(CollectLocale, LCID_SUPPORTED));
-    EXPECT_EQ(ofAllGroups, std::set<LCID>(listed.begin(), listed.end()));
+    const std::multiset<LCID> all = AllLocales();
+    EXPECT_EQ(ofAllGroups, std::set<LCID>(all.begin(), all.end()));
 
-    struct Case
+    struct
     {
         LCID locale;
         LGRPID group;
-    };
-    constexpr Case CASES[] = {{0x0407, LGRPID_WESTERN_EUROPE}, {0x0415, LGRPID_CENTRAL_EUROPE}, {0x0427, LGRPID_BALTIC},
+    } constexpr CASES[] = {{0x0407, LGRPID_WESTERN_EUROPE}, {0x0415, LGRPID_CENTRAL_EUROPE}, {0x0427, LGRPID_BALTIC},
         {0x0408, LGRPID_GREEK}, {0x0419, LGRPID_CYRILLIC}, {0x041f, LGRPID_TURKIC}, {0x0411, LGRPID_JAPANESE},
         {0x0412, LGRPID_KOREAN}, {0x0404, LGRPID_TRADITIONAL_CHINESE}, {0x0804, LGRPID_SIMPLIFIED_CHINESE},
         {0x041e, LGRPID_THAI}, {0x040d, LGRPID_HEBREW}, {0x0401, LGRPID_ARABIC}, {0x042a, LGRPID_VIETNAMESE},
         {0x0439, LGRPID_INDIC}, {0x0437, LGRPID_GEORGIAN}, {0x042b, LGRPID_ARMENIAN}};
-    for (const Case& row : CASES)
+    for (const auto& row : CASES)
         EXPECT_EQ(LocalesOfGroup(row.group).count(row.locale), 1u) << std::hex << row.locale;
     EXPECT_FALSE(EnumLanguageGroupLocalesW(CollectLocaleOfGroup, 0x99, 0, 0));
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
 }
 
-template <class GetValue>
-void Compare(const ComparedType& type, GetValue getValue)
+std::string Info(LCID locale, LCTYPE type)
 {
-    const std::vector<std::vector<std::string>> rows = Reference();
-    ASSERT_EQ(rows.size(), 256u);
-    const auto column = std::find(rows[0].begin(), rows[0].end(), type.column);
-    ASSERT_NE(column, rows[0].end()) << type.column;
-    const auto index = static_cast<std::size_t>(column - rows[0].begin());
-    std::size_t equal = 0;
-    std::string differences;
-    for (std::size_t i = 1; i < rows.size(); ++i)
-    {
-        const std::string value = getValue(NumberOf(rows[i]), type.type);
-        if (value == rows[i][index])
-            ++equal;
-        else
-            differences += "\n  " + rows[i][1] + " '" + value + "', there '" + rows[i][index] + "'";
-    }
-    const int share = static_cast<int>(equal * 1000 / (rows.size() - 1));
-    testing::Test::RecordProperty(std::string(type.column), share);
-    EXPECT_GE(share, type.least) << type.column << differences;
+    wchar_t value[256];
+    return Result(GetLocaleInfoW(locale, type, value, 256), value);
+}
+
+template <auto Format>
+std::string Formatted(LCID locale, DWORD flags)
+{
+    constexpr SYSTEMTIME MOMENT{2018, 2, 6, 3, 15, 4, 7, 0};
+    wchar_t value[256];
+    return Result(Format(locale, flags, &MOMENT, nullptr, value, 256), value);
 }
 
 TEST(LocaleReference, Values)
 {
-    for (const ComparedType& type : TYPES)
-        Compare(type, Info);
-}
-
-TEST(LocaleReference, DatesAndTimes)
-{
-    const auto formatted = [](Format format)
+    struct
     {
-        return [format](LCID locale, DWORD flags)
+        std::string_view column;
+        DWORD type; // or the flags of a format
+        int least;  // of 1000 values at least so many are those of the reference
+        std::string (*value)(LCID, DWORD) = Info;
+    } constexpr TYPES[] = {{"LOCALE_SDATE", LOCALE_SDATE, 972}, {"LOCALE_STIME", LOCALE_STIME, 996},
+        {"LOCALE_IDATE", LOCALE_IDATE, 960}, {"LOCALE_SLONGDATE", LOCALE_SLONGDATE, 972},
+        {"LOCALE_STIMEFORMAT", LOCALE_STIMEFORMAT, 968}, {"LOCALE_S1159", LOCALE_S1159, 960},
+        {"LOCALE_S2359", LOCALE_S2359, 960}, {"LOCALE_SISO3166CTRYNAME", LOCALE_SISO3166CTRYNAME, 1000},
+        {"LOCALE_SISO639LANGNAME", LOCALE_SISO639LANGNAME, 1000}, {"LOCALE_SENGCOUNTRY", LOCALE_SENGCOUNTRY, 1000},
+        {"LOCALE_ICOUNTRY", LOCALE_ICOUNTRY, 1000}, {"LOCALE_SABBREVCTRYNAME", LOCALE_SABBREVCTRYNAME, 1000},
+        {"LOCALE_SNATIVECTRYNAME", LOCALE_SNATIVECTRYNAME, 956}, {"LOCALE_SCOUNTRY", LOCALE_SCOUNTRY, 1000},
+        {"LOCALE_SCURRENCY", LOCALE_SCURRENCY, 968}, {"LOCALE_IDEFAULTANSICODEPAGE", LOCALE_IDEFAULTANSICODEPAGE, 1000},
+        {"LOCALE_IDEFAULTCODEPAGE", LOCALE_IDEFAULTCODEPAGE, 1000}, {"LOCALE_SDECIMAL", LOCALE_SDECIMAL, 980},
+        {"LOCALE_SDAYNAME1", LOCALE_SDAYNAME1, 968}, {"LOCALE_SMONTHNAME1", LOCALE_SMONTHNAME1, 968},
+        {"GetDateFormat(DATE_LONGDATE)", DATE_LONGDATE, 912, Formatted<GetDateFormatW>},
+        {"GetTimeFormat(0)", 0, 960, Formatted<GetTimeFormatW>},
+        {"GetTimeFormat(TIME_NOSECONDS)", TIME_NOSECONDS, 960, Formatted<GetTimeFormatW>},
+        {"GetTimeFormat(TIME_FORCE24HOURFORMAT)", TIME_FORCE24HOURFORMAT, 960, Formatted<GetTimeFormatW>}};
+    const std::vector<Row> rows = Reference();
+    ASSERT_EQ(rows.size(), 256u);
+    for (const auto& type : TYPES)
+    {
+        const auto column = std::find(rows[0].begin(), rows[0].end(), type.column);
+        ASSERT_NE(column, rows[0].end()) << type.column;
+        const auto index = static_cast<std::size_t>(column - rows[0].begin());
+        std::size_t equal = 0;
+        std::string differences;
+        for (std::size_t i = 1; i < rows.size(); ++i)
         {
-            constexpr SYSTEMTIME MOMENT{2018, 2, 6, 3, 15, 4, 7, 0};
-            wchar_t value[256];
-            return format(locale, flags, &MOMENT, nullptr, value, 256) == 0 ? "error " + std::to_string(GetLastError())
-                                                                            : Utf8(value);
-        };
-    };
-    for (const ComparedType& type : DATES)
-        Compare(type, formatted(GetDateFormatW));
-    for (const ComparedType& type : TIMES)
-        Compare(type, formatted(GetTimeFormatW));
+            const std::string value = type.value(NumberOf(rows[i]), type.type);
+            if (value == rows[i][index])
+                ++equal;
+            else
+                differences += "\n  " + rows[i][1] + " '" + value + "', there '" + rows[i][index] + "'";
+        }
+        const int share = static_cast<int>(equal * 1000 / (rows.size() - 1));
+        RecordProperty(std::string(type.column), share);
+        EXPECT_GE(share, type.least) << type.column << differences;
+    }
 }
 
 } // namespace

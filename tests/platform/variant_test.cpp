@@ -136,8 +136,7 @@ TEST(VariantChangeType, NumbersToText)
 
 TEST(VariantChangeType, TextToNumbers)
 {
-    CheckChanges({
-        // The forms of a number.
+    CheckChanges({// The forms of a number.
         {Text(L""), {{VT_I4, "mismatch"}, {VT_R8, "mismatch"}, {VT_BOOL, "mismatch"}, {VT_CY, "mismatch"}}},
         {Text(L" \t1\n "), {{VT_I4, "1"}, {VT_R8, "1"}}}, {Text(L"+1"), {{VT_R8, "1"}}}, {Text(L"1-"), {{VT_R8, "-1"}}},
         {Text(L"  -  1"), {{VT_R8, "-1"}}}, {Text(L"-1-"), {{VT_R8, "mismatch"}}}, {Text(L"-(1)"), {{VT_R8, "-1"}}},
