@@ -35,7 +35,7 @@ bool OpenTarget(clsFile& file, const String& name)
     const unsigned long long deadline = UtilGetTicks() + kSavePatience;
     for (;;)
     {
-        if (file.Open(name, FileAccess::ReadWrite, FileDisposition::OpenAlways, FileShare::None, kFileData) == 0)
+        if (file.Open(name, FileAccess::Write, FileDisposition::OpenAlways, FileShare::None, kFileData) == 0)
             return true;
         if (UtilGetTicks() >= deadline)
             return false;
