@@ -22,8 +22,8 @@
      One job is for one thread at a time; only ProfJobAddRef and ProfJobClose may run beside other calls. Different jobs
      have nothing to do with each other.
 
-   Running out of memory fails the call: with PROF_ERR_STOPPED where there is a code, with null or nothing done
-   elsewhere. */
+   Running out of memory fails the call: with PROF_ERR_STOPPED, or the code that the function names, where there is a
+   code, with null or nothing done elsewhere. */
 #ifndef QXUT23_PROFILE_H
 #define QXUT23_PROFILE_H
 
@@ -123,8 +123,9 @@ QXUT_API int32_t ProfGetError(HPROFJOB job);
    has the file open is waited for up to 10 seconds, and so is any other cause that keeps it from being opened. The job
    isn't changed. A profile without entries makes a file of 0 bytes. `flags` are the PROF_FORM_ and PROF_SAVE_ values
    above.
-   PROF_OK (also for the invalid job), PROF_ERR_CANNOT_WRITE (there is no target), PROF_ERR_WRITE_FAILED (the disk is
-   full; the file still holds what it held), PROF_ERR_STOPPED.
+   PROF_OK (also for the invalid job), PROF_ERR_CANNOT_WRITE (there is no target, or no memory for the content),
+   PROF_ERR_WRITE_FAILED (the disk is full; the file still holds what it held). The content is written over the old one,
+   so a process that is ended meanwhile may leave a file with parts of both.
 
    PROF_FORM_TEXT and PROF_FORM_XML, both UTF-16, keep the whole tree. Control characters in a text profile, in values,
    come back; those in names come back as their pictures (U+2401 to U+241F). The XML form masks what its markup uses,
@@ -147,7 +148,7 @@ QXUT_API int32_t ProfSaveW(HPROFJOB job, const QXWCHAR* name, int32_t flags);
 /* Writes the job to a stream, from its beginning to its end, or with null to the stream or file that the job holds. A
    stream without room for it keeps what it holds.
    PROF_OK (also for the invalid job), PROF_ERR_CANNOT_WRITE (what the job holds stays locked), PROF_ERR_WRITE_FAILED
-   (also where there's nothing to write an entry to), PROF_ERR_STOPPED. */
+   (also without memory for the content, and where there's nothing to write an entry to). */
 QXUT_API int32_t ProfSaveToStream(HPROFJOB job, struct IStream* stream, int32_t flags);
 
 /* Adds the job to what the clipboard holds, in the form that `flags` select and never packed, and beside it a line of

@@ -94,15 +94,15 @@ int32_t ProfSaveW(HPROFJOB job, const wchar_t* name, int32_t flags)
     if (job == kInvalidJob)
         return kProfOk;
     return Guarded(
-        int32_t{kProfStopped}, [&] { return int32_t{JobOf(job)->Save(name, static_cast<unsigned>(flags))}; });
+        int32_t{kProfCannotWrite}, [&] { return int32_t{JobOf(job)->Save(name, static_cast<unsigned>(flags))}; });
 }
 
 int32_t ProfSaveToStream(HPROFJOB job, IStream* stream, int32_t flags)
 {
     if (job == kInvalidJob)
         return kProfOk;
-    return Guarded(
-        int32_t{kProfStopped}, [&] { return int32_t{JobOf(job)->Serialise(stream, static_cast<unsigned>(flags))}; });
+    return Guarded(int32_t{kProfWriteFailed},
+        [&] { return int32_t{JobOf(job)->Serialise(stream, static_cast<unsigned>(flags))}; });
 }
 
 int32_t ProfSaveToClipboard(HPROFJOB job, void* window, int32_t flags)

@@ -22,7 +22,7 @@ HPROFJOB ProfJobOpenStreamObjectA(IStream* stream, const char* name, uint32_t le
 
 int32_t ProfSaveA(HPROFJOB job, const char* name, int32_t flags)
 {
-    return NarrowForm<ProfSaveW, PROF_ERR_STOPPED>::Call(job, name, flags);
+    return NarrowForm<ProfSaveW, PROF_ERR_CANNOT_WRITE>::Call(job, name, flags);
 }
 
 HPROFLIST ProfGetListA(HPROFJOB job, HPROFLIST list, const char* path)
