@@ -205,7 +205,7 @@ bool clsProfJob::LoadText(clsFile& file, UTFType encoding)
         if (state.form == ProfForm::Text && isIni)
             ParseIni(state, _root);
         else
-            ParseLevel(state, static_cast<int>(_objectLevel) - 1, _root);
+            ParseLevel(state, static_cast<int>(_objectLevel - 1), _root);
         return true;
     }
     catch (const std::bad_alloc&)
