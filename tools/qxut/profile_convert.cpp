@@ -98,6 +98,8 @@ void Extract(const Options& options)
     if (files == 0)
         throw Failure(kNotFound, options.file + ": there are no files in it");
     const int32_t written = ProfExtractFilesW(profile.Job(), list, WideText(options.target), WideText(options.key));
+    if (written == PROF_ERR_STOPPED)
+        throw Failure(kCannotWrite, options.target + ": there is not enough memory");
     if (written < 0)
         throw Failure(kCannotWrite, options.target + ": there is no such folder, and it can't be made");
     if (static_cast<size_t>(written) != files)
