@@ -316,7 +316,7 @@ TEST(ProfXfdf, LongAndDeepNamesComeBackOrAreRefused)
 TEST(ProfXml, DamageGivesATreeOrTheError)
 {
     const JobHolder sample = SampleJob();
-    for (const unsigned form : {1u, 2u})
+    for (const unsigned form : {0u, 1u, 2u})
     {
         const std::string whole = Saved(sample, form);
         const auto load = [](const std::string& bytes)
@@ -340,7 +340,8 @@ TEST(ProfXml, DamageGivesATreeOrTheError)
     }
 }
 
-// A tree of any characters comes back from the XML form, but for line breaks, which become CR LF.
+// A tree of any characters comes back from the XML form, but for line breaks, which become CR LF; and from all others
+// what the text form keeps.
 TEST(ProfXml, RandomTreesComeBack)
 {
     std::mt19937 random(5);
@@ -386,5 +387,11 @@ TEST(ProfXml, RandomTreesComeBack)
         const JobHolder again = NewJob();
         EXPECT_STREQ(Loaded(saved, again), Tree(job->Root()));
         EXPECT_EQ(Saved(again, 1), saved);
+        EXPECT_STREQ(Loaded(Saved(again, 1 | kProfSavePacked)), Tree(job->Root()));
+        // In the text form, and as an object, which has the same one list deeper.
+        const JobHolder object = NewJob(ProfMode::Hold, L"o", 2);
+        object->CopyItems(object->Root(), job->Root());
+        EXPECT_STREQ(Loaded(Saved(object, 0), NewJob(ProfMode::Hold, L"o", 2)),
+            L"[o]{" + Loaded(Saved(job, kProfSavePacked)) + L"}");
     }
 }
