@@ -1,8 +1,7 @@
-// The system's thread pool, with cleanup groups, completion ports, and the processors that it has.
+// The system's thread pool, completion ports, and the processors that it has.
 #include "threads_support.h"
 
 #include <bit>
-#include <vector>
 
 // Affinity is set by other means on each system; only on the layer does it count for GetActiveProcessorCount.
 #if defined(__linux__)
@@ -14,121 +13,34 @@ using namespace qxtest;
 namespace
 {
 
-class Pool
-{
-public:
-    Pool()
-    {
-        environment.Version = 1;
-        environment.Pool = CreateThreadpool(nullptr);
-        environment.CleanupGroup = CreateThreadpoolCleanupGroup();
-    }
-    Pool(const Pool&) = delete;
-    Pool& operator=(const Pool&) = delete;
-    ~Pool()
-    {
-        CloseThreadpoolCleanupGroupMembers(environment.CleanupGroup, FALSE, nullptr);
-        CloseThreadpoolCleanupGroup(environment.CleanupGroup);
-        CloseThreadpool(environment.Pool);
-    }
-
-    PTP_WORK Make(PTP_WORK_CALLBACK callback, void* context)
-    {
-        return CreateThreadpoolWork(callback, context, &environment);
-    }
-
-    TP_CALLBACK_ENVIRON environment{};
-};
-
-void CALLBACK Count(PTP_CALLBACK_INSTANCE, void* context, PTP_WORK)
-{
-    ++*static_cast<std::atomic<int>*>(context);
-}
-
-struct Held
-{
-    const Event go;
-    std::atomic<int> begun = 0;
-    std::atomic<int> ended = 0;
-};
-
-void CALLBACK Hold(PTP_CALLBACK_INSTANCE instance, void* context, PTP_WORK)
-{
-    Held& held = *static_cast<Held*>(context);
-    CallbackMayRunLong(instance);
-    ++held.begun;
-    WaitForSingleObject(held.go, patience);
-    ++held.ended;
-}
-
-bool WaitFor(const std::atomic<int>& value, int expected)
-{
-    const ULONGLONG end = GetTickCount64() + patience;
-    while (value != expected && GetTickCount64() < end)
-        Sleep(1);
-    return value == expected;
-}
-
-// The end of a group waits for what runs. Where it cancels, each member is told.
-TEST(ThreadPools, TheEndOfAGroup)
-{
-    for (const bool cancels : {false, true})
-    {
-        std::atomic<int> cancelled = 0;
-        Held held;
-        Pool pool;
-        pool.environment.CleanupGroupCancelCallback = [](void*, void* context)
-        {
-            ++*static_cast<std::atomic<int>*>(context);
-        };
-        for (int i = 0; i < 3; ++i)
-            SubmitThreadpoolWork(pool.Make(&Hold, &held));
-        ASSERT_TRUE(WaitFor(held.begun, 3));
-        const Thread releasing(
-            [&held]
-            {
-                Sleep(30);
-                SetEvent(held.go);
-                return 0u;
-            });
-        CloseThreadpoolCleanupGroupMembers(pool.environment.CleanupGroup, cancels, &cancelled);
-        EXPECT_EQ(held.ended, 3);
-        EXPECT_EQ(cancelled, cancels ? 3 : 0);
-        EXPECT_EQ(releasing.Join(), 0u);
-    }
-}
-
 TEST(ThreadPools, UnderLoad)
 {
     std::atomic<int> count = 0;
-    std::vector<Thread> threads;
-    for (int i = 0; i < 3; ++i)
-        threads.emplace_back(
-            [&count]
+    const auto submit = [&count]
+    {
+        for (int round = 0; round < 20; ++round)
+        {
+            TP_CALLBACK_ENVIRON environment{};
+            environment.Version = 1;
+            environment.Pool = CreateThreadpool(nullptr);
+            environment.CleanupGroup = CreateThreadpoolCleanupGroup();
+            const PTP_WORK_CALLBACK add = [](PTP_CALLBACK_INSTANCE, void* context, PTP_WORK)
             {
-                for (int round = 0; round < 20; ++round)
-                {
-                    Pool pool;
-                    for (int item = 0; item < 10; ++item)
-                        SubmitThreadpoolWork(pool.Make(&Count, &count));
-                }
-                return 0u;
-            });
-    for (const Thread& thread : threads)
-        EXPECT_EQ(thread.Join(), 0u);
+                ++*static_cast<std::atomic<int>*>(context);
+            };
+            for (int item = 0; item < 10; ++item)
+                SubmitThreadpoolWork(CreateThreadpoolWork(add, &count, &environment));
+            CloseThreadpoolCleanupGroupMembers(environment.CleanupGroup, FALSE, nullptr);
+            CloseThreadpoolCleanupGroup(environment.CleanupGroup);
+            CloseThreadpool(environment.Pool);
+        }
+        return 0u;
+    };
+    const Thread first(submit), second(submit), third(submit);
+    for (const Thread* thread : {&first, &second, &third})
+        EXPECT_EQ(thread->Join(), 0u);
     EXPECT_EQ(count, 3 * 20 * 10);
 }
-
-class Port : public Handle
-{
-public:
-    Port() : Handle(CreateIoCompletionPort(INVALID_HANDLE_VALUE, nullptr, 0, 0)) {}
-
-    bool Post(DWORD withBytes, ULONG_PTR withKey, void* record = nullptr) const
-    {
-        return PostQueuedCompletionStatus(*this, withBytes, withKey, static_cast<OVERLAPPED*>(record)) != FALSE;
-    }
-};
 
 struct Packet
 {
@@ -144,29 +56,23 @@ struct Packet
 
 TEST(CompletionPorts, PacketsInTheirOrder)
 {
-    const Port port;
-    ASSERT_TRUE(port);
-    int record;
-    ASSERT_TRUE(port.Post(8, 0));
-    ASSERT_TRUE(port.Post(0xFFFFFFFF, ~ULONG_PTR{0}, &record));
+    const Handle port(CreateIoCompletionPort(INVALID_HANDLE_VALUE, nullptr, 0, 0));
+    OVERLAPPED record;
+    ASSERT_TRUE(PostQueuedCompletionStatus(port, 8, 0, nullptr));
+    ASSERT_TRUE(PostQueuedCompletionStatus(port, 0xFFFFFFFF, ~ULONG_PTR{0}, &record));
     Packet packet;
     EXPECT_TRUE(packet.Get(port, 0));
     EXPECT_TRUE(packet.bytes == 8 && packet.key == 0 && packet.overlapped == nullptr);
     EXPECT_TRUE(packet.Get(port, INFINITE));
-    EXPECT_TRUE(packet.bytes == 0xFFFFFFFF && packet.key == ~ULONG_PTR{0});
-    EXPECT_EQ(static_cast<void*>(packet.overlapped), &record);
-
-    const ULONGLONG begin = GetTickCount64();
+    EXPECT_TRUE(packet.bytes == 0xFFFFFFFF && packet.key == ~ULONG_PTR{0} && packet.overlapped == &record);
     EXPECT_EQ(ErrorOf([&] { return packet.Get(port, 50); }), DWORD{WAIT_TIMEOUT});
-    EXPECT_GE(GetTickCount64() - begin, 45u);
-    EXPECT_EQ(packet.overlapped, nullptr);
     EXPECT_EQ(ErrorOf([&] { return packet.Get(nullptr, 0); }), DWORD{ERROR_INVALID_HANDLE});
 }
 
 TEST(CompletionPorts, AWaitingThreadCanBeStopped)
 {
     const LeaksAllowed leaksAllowed;
-    const Port port;
+    const Handle port(CreateIoCompletionPort(INVALID_HANDLE_VALUE, nullptr, 0, 0));
     const auto wait = [&port]
     {
         Packet packet;
@@ -180,7 +86,7 @@ TEST(CompletionPorts, AWaitingThreadCanBeStopped)
     const Thread second(wait);
     Sleep(30);
     EXPECT_EQ(SuspendThread(second), 0u);
-    EXPECT_TRUE(port.Post(7, 0));
+    EXPECT_TRUE(PostQueuedCompletionStatus(port, 7, 0, nullptr));
     EXPECT_EQ(WaitForSingleObject(second, 50), DWORD{WAIT_TIMEOUT});
     EXPECT_EQ(ResumeThread(second), 1u);
     EXPECT_EQ(second.Join(), 0u);

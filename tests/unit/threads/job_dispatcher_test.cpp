@@ -274,26 +274,25 @@ private:
     const std::function<void(Once&)> _run;
 };
 
-TEST(SystemThreadPool, RunsOnceAndTheEndWaitsForIt)
+// Three that wait for each other, which takes a thread for each.
+TEST(SystemThreadPool, TheEndWaitsForWhatRuns)
 {
     clsThreadPool pool;
     ASSERT_TRUE(pool);
-    std::atomic<int> runs = 0;
-    std::atomic<bool> hasEnded = false;
+    std::atomic<int> runs = 0, ended = 0;
     {
-        const Once work(pool,
-            [&, caller = GetCurrentThreadId()](Once& self)
-            {
-                self.MayRunLong();
-                EXPECT_NE(GetCurrentThreadId(), caller);
-                ++runs;
-                Sleep(50);
-                hasEnded = true;
-            });
-        EXPECT_TRUE(WaitUntil([&] { return runs == 1; }));
+        const auto meet = [&](Once& self)
+        {
+            self.MayRunLong();
+            ++runs;
+            EXPECT_TRUE(WaitUntil([&] { return runs == 3; }));
+            Sleep(30);
+            ++ended;
+        };
+        const Once first(pool, meet), second(pool, meet), third(pool, meet);
+        EXPECT_TRUE(WaitUntil([&] { return runs == 3; }));
     }
-    EXPECT_TRUE(hasEnded);
-    EXPECT_EQ(runs, 1);
+    EXPECT_EQ(ended, 3);
 }
 
 TEST(SystemThreadPool, MayDeleteItself)

@@ -60,17 +60,12 @@ TEST(ThreadBase, NamesInTheObjectAndInTheDictionary)
             return UntilStopped(self);
         },
         L"Work::er");
-    const std::string_view full = thread.Name();
-    const std::size_t separator = full.find("::");
-    ASSERT_NE(separator, full.npos);
-    EXPECT_EQ(full.substr(separator), "::Work::er");
     // The library of a test is the program itself.
     wchar_t path[MAX_PATH] = {};
     GetModuleFileNameW(nullptr, path, MAX_PATH);
-    const std::wstring_view file(path);
-    EXPECT_EQ(String(String::formatted, L"%hs.", thread.Name()).View().substr(0, separator),
-        String(file.substr(file.find_last_of(L"\\/") + 1, separator)).Upper().View());
-
+    const std::wstring_view program = std::wstring_view(path).substr(std::wstring_view(path).find_last_of(L"\\/") + 1);
+    const String base = String(program.substr(0, program.find(L'.'))).Upper();
+    EXPECT_STREQ(String(String::formatted, L"%hs", thread.Name()).Text(), (base + L"::Work::er").Text());
     ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
     const unsigned id = thread.ThreadId();
     thread.ThreadEnd(false, INFINITE, true);
@@ -90,8 +85,7 @@ TEST(ThreadBase, NamesInTheObjectAndInTheDictionary)
 TEST(ThreadNamesOfTheProcess, ARemovalOnlyTakesItsOwnName)
 {
     ThreadNames names;
-    const char first[] = "same";
-    const char second[] = "same";
+    const char first[] = "same", second[] = "same";
     names.Enter(5, first);
     names.Enter(5, second); // the id is in use again
     names.Remove(5, first);
@@ -161,8 +155,7 @@ TEST(ThreadBase, KindsOfWaits)
     for (const bool pumps : {false, true})
         for (const bool isAlertable : {false, true})
         {
-            std::atomic<int> forMessage = 99;
-            std::atomic<int> forCall = 99;
+            std::atomic<int> forMessage = 99, forCall = 99;
             TestThread thread(
                 [&](TestThread& self)
                 {
@@ -190,11 +183,9 @@ TEST(ThreadBase, KindsOfWaits)
 #if !defined(_WIN32) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // memory can be bounded
 TEST(ThreadBase, AStartThatFails)
 {
-    class Huge : public clsThreadBase
+    struct Huge : TestThread
     {
-    public:
-        Huge() : clsThreadBase(L"Huge") {}
-        ~Huge() override { ThreadEnd(false, INFINITE, true); }
+        Huge() : TestThread(&UntilStopped, L"Huge") {}
         unsigned GetStackSize() const override { return stackSize; }
         unsigned stackSize = 0xFFFFF000;
     };

@@ -110,35 +110,23 @@ TEST(ThreadEnd, WhileAnotherEndWaits)
 // What is dispatched or called while a thread waits for the end may end the same object.
 TEST(ThreadEnd, NestedInItself)
 {
-    class Nested : public clsThreadBase
+    struct Nested : TestThread
     {
-    public:
-        Nested() : clsThreadBase(L"Nested") {}
-        ~Nested() override { ThreadEnd(false, INFINITE, true); }
-        unsigned ThreadProc() override
-        {
-            int result = 0;
-            while (WaitForEvents(INFINITE, result, 0))
-            {
-            }
-            Sleep(50); // so that there is something to wait for
-            return 5;
-        }
+        using TestThread::TestThread;
         bool EndPumpsMessages() const override
         {
             if (++depth < 4)
                 inner += const_cast<Nested*>(this)->ThreadEnd(false, INFINITE, true);
-            return depth % 2 == 0;
+            return true;
         }
-        mutable int depth = 0;
-        mutable int inner = 0;
+        mutable int depth = 0, inner = 0;
     };
-    Nested thread;
+    Nested thread([](TestThread& self) { return UntilStopped(self); });
     ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
     EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
     EXPECT_EQ(thread.depth, 1); // the inner call didn't come as far as to wait
     EXPECT_EQ(thread.inner, 1);
-    EXPECT_EQ(thread.ExitCode(), 5u);
+    EXPECT_EQ(thread.ExitCode(), 7u);
 }
 
 TEST(ThreadEnd, TheDestructorEndsWhatASubclassLeft)
@@ -167,40 +155,42 @@ TEST(ThreadEnd, TheDestructorEndsWhatASubclassLeft)
 }
 
 // Starts, waits and ends from several threads at once. Of most use under the thread sanitizer.
+void FromFourThreads(int rounds, const std::function<void(int)>& call)
+{
+    std::vector<std::thread> callers;
+    for (int caller = 0; caller < 4; ++caller)
+        callers.emplace_back(
+            [&call, caller, rounds]
+            {
+                for (int round = 0; round < rounds; ++round)
+                    call(round + caller);
+            });
+    for (std::thread& caller : callers)
+        caller.join();
+}
+
 TEST(ThreadRaces, ManyStartAndEndOneThread)
 {
     std::atomic<int> running = 0, runs = 0;
-    {
-        TestThread thread(
-            [&](TestThread& self)
-            {
-                EXPECT_EQ(++running, 1);
-                ++runs;
-                int result = 0;
-                while (self.WaitForEvents(1, result, 0))
-                {
-                }
-                --running;
-                return 1u;
-            });
-        std::vector<std::thread> callers;
-        for (int caller = 0; caller < 4; ++caller)
-            callers.emplace_back(
-                [&thread, caller]
-                {
-                    for (int round = 0; round < 50; ++round)
-                    {
-                        EXPECT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
-                        if ((round + caller) % 3 == 0)
-                            thread.GetThreadState();
-                        EXPECT_EQ(thread.ThreadEnd(round % 2 == 0, INFINITE, false), 1);
-                    }
-                });
-        for (std::thread& caller : callers)
-            caller.join();
-        thread.ThreadEnd(false, INFINITE, true);
-        EXPECT_EQ(thread.GetThreadState(), clsThreadBase::State::None);
-    }
+    TestThread thread(
+        [&](TestThread& self)
+        {
+            EXPECT_EQ(++running, 1);
+            ++runs;
+            const unsigned code = UntilStopped(self);
+            --running;
+            return code;
+        });
+    FromFourThreads(50,
+        [&thread](int number)
+        {
+            EXPECT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+            if (number % 3 == 0)
+                thread.GetThreadState();
+            EXPECT_EQ(thread.ThreadEnd(number % 2 == 0, INFINITE, false), 1);
+        });
+    thread.ThreadEnd(false, INFINITE, true);
+    EXPECT_EQ(thread.GetThreadState(), State::None);
     EXPECT_EQ(running, 0);
     EXPECT_GT(runs, 0);
 }
@@ -222,27 +212,16 @@ TEST(ThreadRaces, ShortLivesAreRestarted)
             return static_cast<unsigned>(++runs);
         },
         L"Short");
-    std::vector<std::thread> callers;
-    for (int caller = 0; caller < 4; ++caller)
-        callers.emplace_back(
-            [&thread, caller]
-            {
-                for (int round = 0; round < 60; ++round)
-                    switch ((round + caller) % 4)
-                    {
-                    case 0:
-                        thread.ThreadEnd(false, 0, false);
-                        break;
-                    case 1:
-                        thread.GetThreadState();
-                        TheThreadNames().Find(thread.ThreadId());
-                        break;
-                    default:
-                        EXPECT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
-                    }
-            });
-    for (std::thread& caller : callers)
-        caller.join();
+    FromFourThreads(60,
+        [&thread](int number)
+        {
+            if (number % 4 == 0)
+                thread.ThreadEnd(false, 0, false);
+            else if (number % 4 == 1)
+                thread.GetThreadState(), TheThreadNames().Find(thread.ThreadId());
+            else
+                EXPECT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+        });
     EXPECT_EQ(thread.ThreadEnd(false, INFINITE, false), 1);
     EXPECT_EQ(running, 0);
     EXPECT_GT(runs, 0);
