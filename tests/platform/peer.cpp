@@ -49,48 +49,29 @@ void Increment(HANDLE file)
     WriteBytes(file, next);
 }
 
-int CountAlone(const Text& path, DWORD rounds)
+// Each round is protected by the file itself, which is opened for nobody else; or by a lock beside the number, taken by
+// a handle of its own, so that it needs no right to write.
+int Count(const Text& path, bool byLock, DWORD access, DWORD rounds)
 {
+    const DWORD refusal = byLock ? ERROR_LOCK_VIOLATION : ERROR_SHARING_VIOLATION;
+    const Handle lock = byLock ? Open(path, access, shareAll) : Handle();
     const ULONGLONG end = GetTickCount64() + patience;
     for (DWORD round = 0; round < rounds;)
     {
         if (GetTickCount64() > end)
             return 4;
-        const Handle file = Open(path, GENERIC_READ | GENERIC_WRITE, 0);
-        if (file)
+        const Handle file = Open(path, GENERIC_READ | GENERIC_WRITE, byLock ? shareAll : 0);
+        if (byLock ? LockFile(lock, 100, 0, 1, 0) : static_cast<bool>(file))
         {
             Increment(file);
+            if (byLock && !UnlockFile(lock, 100, 0, 1, 0))
+                return 6;
             ++round;
         }
-        else if (GetLastError() != ERROR_SHARING_VIOLATION)
+        else if (GetLastError() != refusal)
             return 5;
         else
             Sleep(0);
-    }
-    return 0;
-}
-
-// The lock is beside the number, so that writing it needs no second right.
-int CountLocked(const Text& path, DWORD access, DWORD rounds)
-{
-    const Handle lock = Open(path, access, shareAll);
-    const Handle file = Open(path, GENERIC_READ | GENERIC_WRITE, shareAll);
-    const ULONGLONG end = GetTickCount64() + patience;
-    for (DWORD round = 0; round < rounds;)
-    {
-        if (GetTickCount64() > end)
-            return 4;
-        if (!LockFile(lock, 100, 0, 1, 0))
-        {
-            if (GetLastError() != ERROR_LOCK_VIOLATION)
-                return 5;
-            Sleep(0);
-            continue;
-        }
-        Increment(file);
-        if (!UnlockFile(lock, 100, 0, 1, 0))
-            return 6;
-        ++round;
     }
     return 0;
 }
@@ -126,11 +107,8 @@ int RunPeer(int count, char** arguments)
         Sleep(first);
         return static_cast<int>(second);
     }
-    if (task == "count")
-        return CountAlone(path, second);
-    if (task == "countlocked")
-        return CountLocked(path, first, second);
-
+    if (task == "count" || task == "countlocked")
+        return Count(path, task == "countlocked", first, second);
     if (task == "clipboard")
         return CopyToClipboard(signal, arguments[2], first);
 

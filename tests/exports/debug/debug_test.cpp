@@ -87,28 +87,6 @@ TEST_F(DebugExports, WithoutALogFileNothingIsTouched)
     EXPECT_EQ(PeerProcess(L"debug_peer", L"machine:Debug.LogFilename= off").Wait(), 0);
 }
 
-TEST_F(DebugExports, TheTimeSourceAndTheFlushSwitch)
-{
-    for (const bool byCounter : {false, true})
-    {
-        DeleteFileW(log.Text());
-        const std::string_view time = byCounter ? "99:99.999" : "99:99:99.999";
-        ASSERT_EQ(Run(String(byCounter ? L"user:ForceUsePerfCounters=True" : L"user:ForceUsePerfCounters=False") +
-                      L" machine:Debug.LogFile.Flush=True forms"),
-            0);
-        const std::vector<std::string> lines = LogLines(log);
-        ASSERT_EQ(lines.size(), 9u);
-        for (const std::string& line : lines)
-        {
-            const LogLine parsed = Parse(line, time);
-            EXPECT_FALSE(parsed.time.empty()) << line;
-            // Column 27 or 24 behind the tag, and for the first line the counter begins.
-            EXPECT_EQ(line.size() - parsed.rest.size() - parsed.tag.size(), time.size() + 15) << line;
-        }
-        EXPECT_EQ(Parse(lines[0], time).time == "00:00.000", byCounter) << lines[0];
-    }
-}
-
 TEST_F(DebugExports, LinesOfManyThreadsAndProcesses)
 {
     constexpr int processes = 4, threads = 8, linesOfThread = 100;
