@@ -42,41 +42,16 @@ TEST(ThreadPools, UnderLoad)
     EXPECT_EQ(count, 3 * 20 * 10);
 }
 
-struct Packet
-{
-    bool Get(HANDLE port, DWORD milliseconds)
-    {
-        return GetQueuedCompletionStatus(port, &bytes, &key, &overlapped, milliseconds) != FALSE;
-    }
-
-    DWORD bytes = 0xBEEF;
-    ULONG_PTR key = 0xBEEF;
-    OVERLAPPED* overlapped = nullptr;
-};
-
-TEST(CompletionPorts, PacketsInTheirOrder)
-{
-    const Handle port(CreateIoCompletionPort(INVALID_HANDLE_VALUE, nullptr, 0, 0));
-    OVERLAPPED record;
-    ASSERT_TRUE(PostQueuedCompletionStatus(port, 8, 0, nullptr));
-    ASSERT_TRUE(PostQueuedCompletionStatus(port, 0xFFFFFFFF, ~ULONG_PTR{0}, &record));
-    Packet packet;
-    EXPECT_TRUE(packet.Get(port, 0));
-    EXPECT_TRUE(packet.bytes == 8 && packet.key == 0 && packet.overlapped == nullptr);
-    EXPECT_TRUE(packet.Get(port, INFINITE));
-    EXPECT_TRUE(packet.bytes == 0xFFFFFFFF && packet.key == ~ULONG_PTR{0} && packet.overlapped == &record);
-    EXPECT_EQ(ErrorOf([&] { return packet.Get(port, 50); }), DWORD{WAIT_TIMEOUT});
-    EXPECT_EQ(ErrorOf([&] { return packet.Get(nullptr, 0); }), DWORD{ERROR_INVALID_HANDLE});
-}
-
 TEST(CompletionPorts, AWaitingThreadCanBeStopped)
 {
     const LeaksAllowed leaksAllowed;
     const Handle port(CreateIoCompletionPort(INVALID_HANDLE_VALUE, nullptr, 0, 0));
     const auto wait = [&port]
     {
-        Packet packet;
-        return packet.Get(port, INFINITE) && packet.bytes == 7 ? 0u : 1u;
+        DWORD bytes = 0;
+        ULONG_PTR key = 0;
+        OVERLAPPED* overlapped = nullptr;
+        return GetQueuedCompletionStatus(port, &bytes, &key, &overlapped, INFINITE) && bytes == 7 ? 0u : 1u;
     };
     const Thread first(wait);
     Sleep(30);

@@ -69,19 +69,12 @@ TEST_F(DebugMonitorTest, LogFileAndTextGetEveryLine)
 {
     output.Write(L"TAG", 1, L">enter");
     output.Write(L"TAG", 0, L"inside");
-    EXPECT_THAT(Rests(), ElementsAre(">enter", " inside"));
+    monitor.hasData = true; // a channel that is to open later gets the line as it stands in the log
+    output.Write(L"TAG", 0, L"data");
+    EXPECT_THAT(Rests(), ElementsAre(">enter", " inside", " data"));
     EXPECT_EQ(output.Rests(), Rests());
+    EXPECT_THAT(std::string(monitor.sent[2].NarrowText()), testing::StartsWith("- 1 0 0 TAG     : "));
     EXPECT_EQ(monitor.searches, 0); // the log file is reason enough
-}
-
-// The channel that is to open later gets the line as it stands in the log.
-TEST_F(DebugMonitorTest, DataThatIsNotOpenYetGetsStampedLines)
-{
-    monitor.hasData = true;
-    output.Write(L"TAG", 1, L">enter");
-    ASSERT_EQ(monitor.sent.size(), 1u);
-    EXPECT_THAT(std::string(monitor.sent[0].NarrowText()), testing::StartsWith("- 1 0 0 TAG     : "));
-    EXPECT_THAT(Rests(), ElementsAre(">enter"));
 }
 
 TEST_F(DebugMonitorTest, OpenDataGetsTheMessageAlone)

@@ -1,4 +1,4 @@
-// Paths in all their forms, folders, finds with patterns, attributes and times.
+// Opening and sharing between the handles of one process; paths in all their forms, finds, attributes and times.
 #include "system_support.h"
 
 #include <algorithm>
@@ -11,6 +11,130 @@ namespace
 {
 
 constexpr DWORD readWrite = GENERIC_READ | GENERIC_WRITE;
+
+TEST(FilesOpen, DispositionsTellWhatTheyFound)
+{
+    constexpr struct
+    {
+        DWORD value;
+        bool isThere;
+        DWORD error;     // after a failure
+        DWORD lastError; // after a success
+        const char* content;
+    } cases[] = {{CREATE_NEW, false, 0, 0, ""}, {CREATE_NEW, true, ERROR_FILE_EXISTS, 0, "data"},
+        {CREATE_ALWAYS, false, 0, 0, ""}, {CREATE_ALWAYS, true, 0, ERROR_ALREADY_EXISTS, ""},
+        {OPEN_EXISTING, false, ERROR_FILE_NOT_FOUND, 0, ""}, {OPEN_EXISTING, true, 0, 0, "data"},
+        {OPEN_ALWAYS, false, 0, 0, ""}, {OPEN_ALWAYS, true, 0, ERROR_ALREADY_EXISTS, "data"}};
+    const Folder folder;
+    const Text path = folder / L"file";
+    for (const auto& expected : cases)
+    {
+        SCOPED_TRACE(testing::Message() << "disposition " << expected.value << ", there: " << expected.isThere);
+        DeleteFileW(path);
+        if (expected.isThere)
+            MakeFile(path);
+        SetLastError(0xBEEF);
+        Handle file = Open(path, readWrite, 0, expected.value);
+        const DWORD error = GetLastError();
+        EXPECT_EQ(static_cast<bool>(file), expected.error == 0);
+        EXPECT_EQ(error, expected.error != 0 ? expected.error : expected.lastError);
+        file.Close();
+        EXPECT_EQ(Exists(path), expected.isThere || expected.error == 0);
+        if (Exists(path))
+        {
+            EXPECT_EQ(BytesOf(path), expected.content);
+        }
+    }
+}
+
+TEST(FilesOpen, PathsThatLeadNowhere)
+{
+    const Folder folder;
+    MakeFile(folder / L"file");
+    const struct
+    {
+        Text path;
+        DWORD disposition, error;
+    } cases[] = {{L"", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
+        {folder / L"missing/file", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
+        {folder / L"file/below", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
+        {folder / L"file/", OPEN_EXISTING, ERROR_INVALID_NAME}, {folder / L"new/", CREATE_ALWAYS, ERROR_INVALID_NAME},
+        {folder.path(), OPEN_EXISTING, ERROR_ACCESS_DENIED}, // a folder is no file
+        {folder / L"missing", OPEN_EXISTING, ERROR_FILE_NOT_FOUND}, {folder.path(), CREATE_NEW, ERROR_FILE_EXISTS}};
+    for (const auto& [path, disposition, error] : cases)
+        EXPECT_EQ(OpenError(path, GENERIC_READ, shareAll, disposition), error) << path.Narrow();
+    EXPECT_FALSE(Exists(folder / L"new"));
+}
+
+// Each pair of openings, as access and share mode of the first and of the second.
+constexpr struct
+{
+    DWORD firstAccess, firstShare, secondAccess, secondShare;
+    bool mayBoth;
+} sharingPairs[] = {{GENERIC_READ, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ, true},
+    {GENERIC_READ, FILE_SHARE_READ, GENERIC_READ, 0, false},
+    {GENERIC_READ, FILE_SHARE_READ, GENERIC_WRITE, shareAll, false}, {GENERIC_READ, 0, GENERIC_READ, shareAll, false},
+    {GENERIC_WRITE, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ, false},
+    {GENERIC_WRITE, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, true},
+    {GENERIC_WRITE, FILE_SHARE_WRITE, GENERIC_WRITE, FILE_SHARE_WRITE, true},
+    {readWrite, FILE_SHARE_READ | FILE_SHARE_WRITE, readWrite, FILE_SHARE_READ | FILE_SHARE_WRITE, true},
+    {GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, DELETE, shareAll, false},
+    {GENERIC_READ, FILE_SHARE_DELETE, DELETE, FILE_SHARE_READ, true},
+    {DELETE, shareAll, GENERIC_READ, FILE_SHARE_READ, false}, {DELETE, 0, GENERIC_READ, shareAll, false},
+    // Who only looks at attributes neither disturbs nor is disturbed.
+    {0, 0, readWrite, 0, true}, {readWrite, 0, 0, 0, true}};
+
+TEST(FilesOpen, SharingBetweenHandles)
+{
+    const Folder folder;
+    const Text path = folder / L"file";
+    MakeFile(path, "precious");
+    for (const auto& pair : sharingPairs)
+    {
+        SCOPED_TRACE(testing::Message() << std::hex << pair.firstAccess << '/' << pair.firstShare << " then "
+                                        << pair.secondAccess << '/' << pair.secondShare);
+        Handle first = Open(path, pair.firstAccess, pair.firstShare);
+        EXPECT_TRUE(first);
+        EXPECT_EQ(
+            OpenError(path, pair.secondAccess, pair.secondShare), pair.mayBoth ? 0 : DWORD{ERROR_SHARING_VIOLATION});
+        first.Close();
+        EXPECT_TRUE(Open(path, pair.secondAccess, pair.secondShare)) << "free again";
+    }
+    // Of several that share with each other, the last one disturbs only the first.
+    const Handle writer = Open(path, readWrite, FILE_SHARE_READ | FILE_SHARE_WRITE);
+    const Handle reader = Open(path, GENERIC_READ, shareAll);
+    EXPECT_TRUE(writer && reader);
+    EXPECT_FALSE(Open(path, GENERIC_READ, FILE_SHARE_READ));
+    EXPECT_EQ(OpenError(path, GENERIC_WRITE, 0, CREATE_ALWAYS), DWORD{ERROR_SHARING_VIOLATION});
+    EXPECT_EQ(BytesOf(path), "precious") << "a refused replacement leaves the content";
+}
+
+TEST(FilesOpen, DeletedWithTheLastHandle)
+{
+    const Folder folder;
+    const Text path = folder / L"file";
+    constexpr DWORD flags = FILE_FLAG_DELETE_ON_CLOSE | FILE_ATTRIBUTE_TEMPORARY;
+    {
+        Handle file = Open(path, readWrite, FILE_SHARE_READ, CREATE_NEW, flags);
+        EXPECT_TRUE(WriteBytes(file, "temporary"));
+        EXPECT_EQ(OpenError(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE), DWORD{ERROR_SHARING_VIOLATION})
+            << "must share deletion";
+        Handle reader = Open(path, GENERIC_READ, shareAll);
+        EXPECT_TRUE(reader);
+        file.Close();
+        reader.Close();
+        EXPECT_FALSE(Exists(path));
+    }
+    // A file that is open already must have been opened with deletion shared.
+    MakeFile(path);
+    {
+        const Handle reader = Open(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+        EXPECT_EQ(OpenError(path, GENERIC_READ, shareAll, OPEN_EXISTING, flags), DWORD{ERROR_SHARING_VIOLATION});
+    }
+    EXPECT_TRUE(Exists(path));
+    EXPECT_TRUE(Open(path, GENERIC_READ, shareAll, OPEN_EXISTING, flags));
+    EXPECT_FALSE(Exists(path));
+}
 
 // With slashes, and without what stands before the first one.
 std::string WithoutDrive(const Text& path)
