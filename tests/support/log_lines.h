@@ -43,52 +43,33 @@ struct LogLine
     std::string rest; // section, indentation, message
 };
 
-namespace detail
+// Whether the picture stands there: 9 for a digit, f for a hexadecimal one, all else for itself.
+inline bool Stands(std::string_view picture, std::string_view line, size_t at)
 {
-
-// Takes what matches off the front: 9 for a digit, f for a hexadecimal one, all else for itself. Empty if it doesn't.
-inline std::string Take(std::string_view& text, std::string_view picture)
-{
-    if (text.size() < picture.size())
-        return "";
-    for (size_t i = 0; i < picture.size(); ++i)
+    for (const char wanted : picture)
     {
-        const auto c = static_cast<unsigned char>(text[i]);
-        const bool fits = picture[i] == '9'   ? std::isdigit(c) != 0
-                          : picture[i] == 'f' ? std::isxdigit(c) != 0 && !std::isupper(c)
-                                              : c == static_cast<unsigned char>(picture[i]);
+        const int c = at < line.size() ? static_cast<unsigned char>(line[at++]) : 0;
+        const bool fits = wanted == '9'   ? std::isdigit(c) != 0
+                          : wanted == 'f' ? std::isxdigit(c) != 0 && std::isupper(c) == 0
+                                          : c == wanted;
         if (!fits)
-            return "";
+            return false;
     }
-    const std::string taken(text.substr(0, picture.size()));
-    text.remove_prefix(picture.size());
-    return taken;
+    return true;
 }
-
-} // namespace detail
 
 // With an empty time if there is no stamp in the line.
 inline LogLine Parse(const std::string& line, std::string_view timePicture = "99:99:99.999")
 {
     for (size_t begin = 0; begin < line.size(); ++begin)
     {
-        std::string_view rest = std::string_view(line).substr(begin);
-        LogLine parsed;
-        parsed.time = detail::Take(rest, timePicture);
-        if (parsed.time.empty() || detail::Take(rest, " ").empty())
+        const size_t thread = begin + timePicture.size() + 1, processor = thread + 9;
+        if (!Stands(std::string(timePicture) + " ffffffff/", line, begin))
             continue;
-        parsed.thread = detail::Take(rest, "ffffffff");
-        if (parsed.thread.empty() || detail::Take(rest, "/").empty())
-            continue;
-        const std::string_view processor = rest.substr(0, rest.find(' '));
-        parsed.processor = std::string(processor);
-        rest.remove_prefix(processor.size());
-        if (processor.size() < 2 || detail::Take(rest, " 9 ").empty())
-            continue;
-        parsed.digit = rest.data()[-2];
-        parsed.tag = line.substr(0, begin);
-        parsed.rest = std::string(rest);
-        return parsed;
+        const size_t end = line.find(' ', processor);
+        if (end != std::string::npos && end >= processor + 2 && Stands(" 9 ", line, end))
+            return {line.substr(0, begin), line.substr(begin, timePicture.size()), line.substr(thread, 8),
+                line.substr(processor, end - processor), line[end + 1], line.substr(end + 3)};
     }
     return {};
 }

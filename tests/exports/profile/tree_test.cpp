@@ -69,21 +69,6 @@ TEST(ProfileTree, SetChangesTheFirstLeafAndAppendAddsOne)
     EXPECT_EQ(Value(job, L""), "8") << "the empty path is the empty name";
 }
 
-TEST(ProfileTree, LeafAndListMayHaveOneName)
-{
-    const Job job;
-    const HPROFLIST list = ProfCreateListW(job, nullptr, L"a");
-    Set(job, L"a", L"leaf");
-    Set(job, L"a/b", L"below");
-    EXPECT_EQ(Tree(job), "[a]{b=below;}a=leaf;");
-    EXPECT_EQ(ProfGetListW(job, nullptr, L"a"), list);
-    ProfDeleteItemW(job, nullptr, L"a");
-    EXPECT_EQ(Tree(job), "[a]{b=below;}");
-    Set(job, L"a", L"leaf");
-    ProfDeleteListW(job, nullptr, L"a");
-    EXPECT_EQ(Tree(job), "a=leaf;");
-}
-
 TEST(ProfileTree, ListsByPath)
 {
     const Job job;
@@ -193,8 +178,7 @@ TEST(ProfileTree, GetStringCutsAndTellsTheWholeLength)
     const struct
     {
         const char* path;
-        int32_t size;
-        int32_t result;
+        int32_t size, result;
         const char* text;
     } cases[] = {{"a", 6, 6, "abcde"}, {"a", 7, 6, "abcdef"}, {"a", 1, 6, ""}, {"a", 0, 6, "##########"},
         {"b", 8, PROF_ERR_NO_LEAF, "default"}, {"b", 0, PROF_ERR_NO_LEAF, "##########"}};
@@ -239,20 +223,6 @@ TEST(ProfileEnum, StopsOnZeroAndLetsTheCallbackChangeAndRemoveItsEntry)
     EXPECT_EQ(Tree(job), "b=2345;c=2345;");
 }
 
-TEST(ProfileCopy, CopiesDeepBehindWhatIsThere)
-{
-    const Job source, target;
-    Set(source, L"a", L"1");
-    Set(source, L"l/m/b", L"2");
-    Set(target, L"a", L"0");
-    EXPECT_EQ(ProfCopyList(target, nullptr, source, nullptr), PROF_OK);
-    EXPECT_EQ(ProfCopyList(target, ProfCreateListW(target, nullptr, L"t"), source, ProfGetListW(source, nullptr, L"l")),
-        PROF_OK);
-    ProfEmptyList(source, nullptr);
-    EXPECT_EQ(Tree(target), "a=0;a=1;[l]{[m]{b=2;}}[t]{[m]{b=2;}}");
-    EXPECT_EQ(ProfGetListW(target, ProfGetListW(target, nullptr, L"l/m"), L".."), ProfGetListW(target, nullptr, L"l"));
-}
-
 TEST(ProfileCopy, ListIntoItselfAndIntoItsOwnChild)
 {
     const Job job;
@@ -262,6 +232,8 @@ TEST(ProfileCopy, ListIntoItselfAndIntoItsOwnChild)
     EXPECT_EQ(Tree(job), "[l]{[m]{b=2;}[m]{b=2;}}");
     EXPECT_EQ(ProfCopyList(job, ProfGetListW(job, list, L"m"), job, nullptr), PROF_OK);
     EXPECT_EQ(Tree(job), "[l]{[m]{b=2;[l]{[m]{b=2;}[m]{b=2;}}}[m]{b=2;}}");
+    const HPROFLIST copy = ProfGetListW(job, nullptr, L"l/m/l");
+    EXPECT_EQ(ProfGetListW(job, ProfGetListW(job, copy, L"m"), L".."), copy);
 }
 
 // Umlauts are in every western code page and in UTF-8, whichever the process has.

@@ -16,9 +16,9 @@ class CommandTest(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
 
-    def run_qxut(self, *arguments, code=0, stdin=b""):
+    def run_qxut(self, *arguments, code=0, stdin=b"", cwd=None):
         """What qxut writes, as bytes: on success to its standard output, else to its standard error."""
-        done = subprocess.run([*COMMAND, *arguments], input=stdin, capture_output=True)
+        done = subprocess.run([*COMMAND, *arguments], input=stdin, capture_output=True, cwd=cwd)
         self.assertEqual(done.returncode, code, done)
         if code != 0:
             self.assertEqual(done.stdout, b"")

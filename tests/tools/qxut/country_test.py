@@ -1,19 +1,13 @@
 """country_test.py COMMAND...: runs `qxut country` and `qxut language` as their users do. COMMAND starts the program."""
 
 import json
-import subprocess
-import sys
-import unittest
 
-COMMAND = sys.argv[1:]
+import commands
 
 
-class CountryCommands(unittest.TestCase):
+class CountryCommands(commands.CommandTest):
     def qxut(self, *arguments, code=0):
-        done = subprocess.run([*COMMAND, *arguments], capture_output=True, encoding="utf-8")
-        self.assertEqual(done.returncode, code, done)
-        self.assertEqual(done.stdout if code else done.stderr, "")
-        return done.stderr if code else done.stdout
+        return self.run_qxut(*arguments, code=code).decode().replace("\r\n", "\n")
 
     def test_country(self):
         self.assertEqual(self.qxut("country", "Republic of Ghana"),
@@ -36,8 +30,7 @@ class CountryCommands(unittest.TestCase):
         self.assertEqual(self.qxut("language", "de"), "7\n")
         self.assertEqual(json.loads(self.qxut("language", "de-AT", "--json")), {"language": "de-AT", "lcid": 3079})
         self.assertIn("no language 'xx'", self.qxut("language", "xx", code=1))
-        self.assertIn("name is required", subprocess.run([*COMMAND, "language"], capture_output=True,
-                                                         encoding="utf-8").stderr)
+        self.assertIn("name is required", self.qxut("language", code=2))
 
 
-unittest.main(argv=sys.argv[:1])
+commands.main()

@@ -2,32 +2,28 @@
 
 import json
 import os
-import pathlib
 import subprocess
-import sys
-import tempfile
 import time
 import unittest
 
-COMMAND = sys.argv[1:]
+import commands
+
 # Where the program is run by another one, the settings are those of all tests together, and stay as they are.
-HAS_OWN_SETTINGS = len(COMMAND) == 1
+HAS_OWN_SETTINGS = len(commands.COMMAND) == 1
 
 STAMPED = "12:34:56.789 00001a2c/03 7 INIT   state 1"
 TAGGED = "PROF    : 12:34:56.790 00001a2c/13f 8 WRN: x"
 COUNTED = "A LONG: TAG: 34:56.789 0000000b/00 9 ERR: \u00fc\U0001F600\n\x1b[31m"
 
 
-class LogCommands(unittest.TestCase):
+class LogCommands(commands.CommandTest):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
+        super().setUp()
         self.file = self.folder / "trace.log"
-        self.environment = dict(os.environ, TMPDIR=folder.name, QXPLATFORM_HOME=str(self.folder / "home"))
+        self.environment = dict(os.environ, TMPDIR=str(self.folder), QXPLATFORM_HOME=str(self.folder / "home"))
 
     def start(self, *arguments):
-        return subprocess.Popen([*COMMAND, "log", *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+        return subprocess.Popen([*commands.COMMAND, "log", *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                                 encoding="utf-8", env=self.environment)
 
     def qxut(self, *arguments, code=0):
@@ -119,4 +115,4 @@ class LogCommands(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1])
+    commands.main()

@@ -6,12 +6,12 @@ import os
 import pathlib
 import subprocess
 import sys
-import tempfile
 import unittest
 import zipfile
 
-COMMAND = sys.argv[1:]
-ARCHIVES = pathlib.Path(__file__).parents[2] / "data" / "zip"
+import commands
+
+ARCHIVES = commands.DATA / "zip"
 FILES = {
     "plain.txt": b"a line of text\n" * 2000,
     "none": b"",
@@ -23,11 +23,9 @@ FILES = {
 TESTERS = [["unzip", "-tqq"], ["7zz", "t"], ["bsdtar", "-tf"], [sys.executable, "-m", "zipfile", "-t"]]
 
 
-class ZipCommands(unittest.TestCase):
+class ZipCommands(commands.CommandTest):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
+        super().setUp()
         self.tree = self.folder / "tree"
         for name, content in FILES.items():
             path = self.tree / name
@@ -36,12 +34,8 @@ class ZipCommands(unittest.TestCase):
             os.utime(path, (1720960496, 1720960496))
         self.archive = str(self.folder / "x.zip")
 
-    def qxut(self, *arguments, code=0, cwd=None):
-        done = subprocess.run([*COMMAND, "zip", *map(str, arguments)], capture_output=True, encoding="utf-8", cwd=cwd)
-        self.assertEqual(done.returncode, code, done)
-        if code != 0:
-            self.assertEqual(done.stdout, "")
-        return done.stdout if code == 0 else done.stderr
+    def qxut(self, *arguments, **options):
+        return self.run_qxut("zip", *map(str, arguments), **options).decode().replace("\r\n", "\n")
 
     def files_below(self, folder):
         return {path.relative_to(folder).as_posix(): path.read_bytes()
@@ -132,12 +126,12 @@ class ZipCommands(unittest.TestCase):
         self.assertEqual(self.files_below(self.folder / "out"), {"good": b"1"})
         self.assertFalse((self.folder / "evil").exists())
 
-    @unittest.skipIf(len(COMMAND) > 1, "a terminal of the other system isn't at hand")
+    @unittest.skipIf(len(commands.COMMAND) > 1, "a terminal of the other system isn't at hand")
     def test_progress_on_a_terminal(self):
         import pty
         for arguments in (("create", self.archive, self.tree), ("extract", self.archive, self.folder / "out")):
             ours, theirs = pty.openpty()
-            done = subprocess.run([*COMMAND, "zip", *map(str, arguments)], stdout=subprocess.PIPE, stderr=theirs)
+            done = subprocess.run([*commands.COMMAND, "zip", *map(str, arguments)], stdout=subprocess.PIPE, stderr=theirs)
             os.close(theirs)
             shown = os.read(ours, 65536).decode()
             os.close(ours)
@@ -147,4 +141,4 @@ class ZipCommands(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1])
+    commands.main()

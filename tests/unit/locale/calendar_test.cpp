@@ -15,8 +15,7 @@ namespace
 struct Day
 {
     int year; // astronomical: 0 is the year before 1
-    int month;
-    int day;
+    int month, day;
 
     auto operator<=>(const Day&) const = default;
 };

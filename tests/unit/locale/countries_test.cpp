@@ -78,8 +78,17 @@ clsFakeSource Europe()
 struct Resolved
 {
     const wchar_t* name;
-    int locale;
+    LCID locale;
 };
+
+// All that is told of a country: English and native name, ISO code, calling code, currency, code page.
+String Told(clsCountries& countries, const wchar_t* name)
+{
+    return String(String::formatted, L"%s, %s, %s, %d, %s, %d", countries.EnglishName(name).Text(),
+        countries.NativeName(name).Text(), countries.IsoCode(name).Text(),
+        static_cast<int>(countries.CallingCode(name)), countries.Currency(name).Text(),
+        static_cast<int>(countries.CodePage(name)));
+}
 
 TEST(Countries, AreFoundByEveryName)
 {
@@ -96,7 +105,7 @@ TEST(Countries, AreFoundByEveryName)
         {L"Ghana", 0}, {L"Nowhere*66567", 1031}, // the number is cut to 16 bits
         {L"AQ", 0}, {L"FR", 0}, {L"ML", 0}, {L"", 0}, {L"Germany*", 0}, {L"?", 0}};
     for (const Resolved& row : CASES)
-        EXPECT_EQ(countries.Locale(row.name), static_cast<LCID>(row.locale)) << testing::PrintToString(row.name);
+        EXPECT_EQ(countries.Locale(row.name), row.locale) << testing::PrintToString(row.name);
     EXPECT_EQ(source.loads, 1);
 }
 
@@ -104,31 +113,17 @@ TEST(Countries, Values)
 {
     const clsFakeSource source = Europe();
     clsCountries countries(source, HostKind::other);
-    EXPECT_EQ(countries.CallingCode(L"Austria"), 43);
-    EXPECT_EQ(countries.CallingCode(L"rm-CH"), 0) << "only the preferred locale has the values of the country";
-    EXPECT_EQ(countries.Currency(L"CH"), L"CHF");
-    EXPECT_EQ(countries.CodePage(L"uz-Cyrl-UZ"), 1251);
-    EXPECT_EQ(countries.IsoCode(L"49"), L"DE");
-    EXPECT_EQ(countries.NativeName(L"AUT"), L"Österreich");
-    EXPECT_EQ(countries.EnglishName(L"Autriche"), L"Austria");
-    EXPECT_EQ(countries.EnglishName(L"rm-CH"), L"Switzerland") << "by the row of names, which finds this key first";
-    EXPECT_EQ(countries.EnglishName(L"hsb-DE"), L"");
-    EXPECT_EQ(countries.EnglishName(L"aq"), L"Antarctica") << "by the row alone";
-    EXPECT_EQ(countries.EnglishName(L"fr"), L"") << "behind the end of the rows";
-    EXPECT_EQ(countries.EnglishName(L""), L"");
-
-    EXPECT_EQ(countries.IsoCode(L"GH"), L"GHA") << "the last of the codes";
-    EXPECT_EQ(countries.EnglishName(L"GH"), L"Ghana");
-    EXPECT_EQ(countries.Currency(L"GH"), L"cedi");
-    EXPECT_EQ(countries.CodePage(L"GH"), 1252);
-    EXPECT_EQ(countries.CallingCode(L"GH"), 233);
-
-    // A key without a number is the plain name.
-    EXPECT_EQ(countries.Locale(L"Laos"), LCID{0});
-    EXPECT_EQ(countries.CallingCode(L"LA"), 856);
-    EXPECT_EQ(countries.EnglishName(L"Lao"), L"Laos");
-    EXPECT_EQ(countries.Currency(L"LA"), L"") << "a value with a question mark isn't given";
-
+    constexpr std::pair<const wchar_t*, const wchar_t*> CASES[] = {
+        {L"Autriche", L"Austria, Österreich, AT, 43, €, 1252"},
+        // Only the preferred locale has the values of the country, but for the row of names, which finds this key
+        // first.
+        {L"rm-CH", L"Switzerland, , CH, 0, , 1252"}, {L"hsb-DE", L", , DE, 0, , 1252"},
+        {L"aq", L"Antarctica, , , 0, , 0"},                         // by the row alone
+        {L"fr", L", , , 0, , 0"}, {L"", L", , , 0, , 0"},           // behind the end of the rows
+        {L"GH", L"Ghana, Republic of Ghana, GHA, 233, cedi, 1252"}, // the last of the codes
+        {L"Lao", L"Laos, Lao, LAO, 856, , 0"}}; // a key without a number, and a value with a question mark
+    for (const auto& [name, told] : CASES)
+        EXPECT_STREQ(Told(countries, name), told) << testing::PrintToString(name);
     EXPECT_EQ(countries.List(),
         L"Austria*3079;Germany*1031;Germany*1070;Ghana*2057;Laos;Nowhere*66567;Saudi Arabia*1025;Switzerland*1047;"
         L"Switzerland*2055;Uzbekistan*1091;Uzbekistan*2115");
@@ -140,11 +135,7 @@ TEST(Countries, RowsWinOverTheSystem)
     source.rows[402] = L"Austria*3079:NativeName=Ostarrichi;ISO3166=AT/AUT;CallingCode=1;Currency=Schilling;ANSICP=850";
     source.rows[403] = L"Bavaria*1031:ISO3166=DE;LanguageCode=de-de";
     clsCountries countries(source, HostKind::other);
-    EXPECT_EQ(countries.NativeName(L"Austria"), L"Ostarrichi");
-    EXPECT_EQ(countries.IsoCode(L"43"), L"AUT");
-    EXPECT_EQ(countries.CallingCode(L"43"), 1);
-    EXPECT_EQ(countries.Currency(L"43"), L"Schilling");
-    EXPECT_EQ(countries.CodePage(L"43"), 850);
+    EXPECT_STREQ(Told(countries, L"43"), L"Austria, Ostarrichi, AUT, 1, Schilling, 850");
     for (const wchar_t* name : {L"1031", L"0x0407", L"DE", L"de-DE"})
         EXPECT_EQ(countries.EnglishName(name), L"Bavaria") << testing::PrintToString(name);
     EXPECT_EQ(countries.EnglishName(L"Deutschland"), L"Germany");
@@ -158,9 +149,6 @@ TEST(Countries, OneProgramHasNoLanguagesButVehicles)
     EXPECT_EQ(countries.Locale(L"de-AT"), LCID{3079});
     EXPECT_EQ(countries.Locale(L"hsb"), LCID{0});
     EXPECT_EQ(countries.Locale(L"de"), LCID{1031}) << "the ISO code";
-    EXPECT_EQ(countries.EnglishName(L"CDN"), L"Canada");
-    EXPECT_EQ(countries.EnglishName(L"RGB"), L"Guinea-Bissau");
-    EXPECT_EQ(countries.EnglishName(L"H"), L"Hungary");
     EXPECT_EQ(countries.EnglishName(L"ZW"), L"Zimbabwe");
     EXPECT_EQ(countries.EnglishName(L"AX"), L"Åland Islands");
     for (const wchar_t* name : {L"cdn", L"CDNX", L"ZZ", L"0", L""})
@@ -182,7 +170,7 @@ TEST(Countries, Languages)
         {L"ar", 1}, {L"en-gh", 2057}, {L"en", 9}, {L"de-nw", 1031}, {L"xx", 0}, {L"xx-DE", 0}, {L"-DE", 0}, {L"", 0},
         {L"Germany", 0}};
     for (const Resolved& row : CASES)
-        EXPECT_EQ(countries.Language(row.name), static_cast<LCID>(row.locale)) << testing::PrintToString(row.name);
+        EXPECT_EQ(countries.Language(row.name), row.locale) << testing::PrintToString(row.name);
 }
 
 // What the system doesn't tell is missing, and nothing else.
@@ -191,30 +179,23 @@ TEST(Countries, WithoutSomeValues)
     struct Case
     {
         LCTYPE missing;
-        const wchar_t* name;
-        int locale;
-        const wchar_t* isoCode;
-        const wchar_t* english;
-        int codePage;
-        int language; // of "de-AT"
+        const wchar_t *name, *told;
+        LCID language; // of "de-AT"
     };
-    constexpr Case CASES[] = {{LOCALE_SISO3166CTRYNAME, L"Austria", 0, L"", L"", 0, 0},
-        {LOCALE_SISO3166CTRYNAME, L"3079", 3079, L"", L"Austria", 1252, 0},
-        {LOCALE_SENGCOUNTRY, L"AT", 0, L"", L"Austria", 0, 0}, {LOCALE_SENGCOUNTRY, L"3079", 0, L"", L"", 0, 0},
-        {LOCALE_ICOUNTRY, L"43", 0, L"", L"", 0, 3079}, {LOCALE_ICOUNTRY, L"AUT", 3079, L"AT", L"Austria", 1252, 3079},
-        {LOCALE_SNATIVECTRYNAME, L"Österreich", 0, L"", L"", 0, 3079},
-        {LOCALE_IDEFAULTANSICODEPAGE, L"AT", 3079, L"AT", L"Austria", 0, 3079}};
+    constexpr Case CASES[] = {{LOCALE_SISO3166CTRYNAME, L"Austria", L", , , 0, , 0", 7},
+        {LOCALE_SISO3166CTRYNAME, L"3079", L"Austria, , , 0, , 1252", 7},
+        {LOCALE_SENGCOUNTRY, L"AT", L"Austria, , , 0, , 0", 7}, {LOCALE_SENGCOUNTRY, L"3079", L", , , 0, , 0", 7},
+        {LOCALE_ICOUNTRY, L"43", L", , , 0, , 0", 3079},
+        {LOCALE_ICOUNTRY, L"AUT", L"Austria, Österreich, AT, 0, €, 1252", 3079},
+        {LOCALE_SNATIVECTRYNAME, L"Österreich", L", , , 0, , 0", 3079},
+        {LOCALE_IDEFAULTANSICODEPAGE, L"AT", L"Austria, Österreich, AT, 43, €, 0", 3079}};
     for (const Case& row : CASES)
     {
         clsFakeSource source = Europe();
         source.values.erase({3079, row.missing});
         clsCountries countries(source, HostKind::other);
-        SCOPED_TRACE(testing::PrintToString(row.name) + " without " + std::to_string(row.missing));
-        EXPECT_EQ(countries.Locale(row.name), static_cast<LCID>(row.locale));
-        EXPECT_EQ(countries.IsoCode(row.name), row.isoCode);
-        EXPECT_EQ(countries.EnglishName(row.name), row.english);
-        EXPECT_EQ(countries.CodePage(row.name), row.codePage);
-        EXPECT_EQ(countries.Language(L"de-AT"), static_cast<LCID>(row.language == 0 ? 7 : row.language));
+        EXPECT_STREQ(Told(countries, row.name), row.told) << row.missing;
+        EXPECT_EQ(countries.Language(L"de-AT"), row.language) << row.missing;
     }
 
     // Without names of locales the tag is made of the codes, and the language alone is no name of a country.

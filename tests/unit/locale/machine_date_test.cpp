@@ -135,8 +135,7 @@ TEST(TimeZoneRules, DaylightTimeInUTC)
     {
         const TIME_ZONE_INFORMATION* zone;
         uint32_t year;
-        const char* start;
-        const char* end;
+        const char *start, *end;
     };
     const ZoneCase cases[] = {{&berlin, 2018, "2018-03-25 01:00:00", "2018-10-28 01:00:00"},
         {&berlin, 2100, "2100-03-28 01:00:00", "2100-10-31 01:00:00"},
@@ -172,8 +171,7 @@ TEST(EarlyDates, AreWrittenByTheLibrary)
     const clsDate date(3, 2, 904);
     constexpr struct
     {
-        const wchar_t* format;
-        const wchar_t* text;
+        const wchar_t *format, *text;
     } CASES[] = {{L"dd.MM.yyyy", L"03.02.0904"}, {L"d/M/yy", L"3/2/04"}, {L"D-MMM-Y", L"3-02-0904"},
         {L"ddd yyy", L" 0904"}, {L"dDd|\"d \"\"M\"d", L"|d M3"}, {L"yyyy 'y'", L"0904 '0904'"},
         {L"yyyyMMdd yyyyMMdd yyyyMMdd", L"09040203 09040203 0"}, {L"", L""}};

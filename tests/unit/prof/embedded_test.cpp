@@ -15,8 +15,7 @@ TEST(ProfEmbedded, WhatIsLogged)
     CreateDirectoryW(folder.Path(L"taken"), nullptr);
     const struct
     {
-        const wchar_t* name;
-        const wchar_t* contents;
+        const wchar_t *name, *contents;
         String directory;
         int32_t result;
         String line;

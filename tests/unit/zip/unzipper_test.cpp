@@ -213,8 +213,7 @@ TEST(Unzipper, CharactersOfNames)
     const struct
     {
         std::string name;
-        unsigned flags;
-        unsigned system;
+        unsigned flags, system;
         std::string extra;
         const wchar_t* expected;
     } cases[] = {{"\x84\xE1", 0, 0, "", L"\u00E4\u00DF"}, {"\xC3\xA4", 0, 0, "", L"\u251C\u00F1"},
@@ -238,11 +237,7 @@ TEST(Unzipper, MembersThatAreRefused)
         change(member);
         return member;
     };
-    const struct
-    {
-        BuiltMember member;
-        const char* text;
-    } cases[] = {
+    const std::pair<BuiltMember, const char*> cases[] = {
         {damaged([](BuiltMember& m) { m.central.crc ^= 1; }), "The zip entry 'm' is damaged: its checksum doesn't fit"},
         {damaged([](BuiltMember& m) { m.central.uncompressedSize += 1; }), "The zip entry 'm' is damaged"},
         {damaged([](BuiltMember& m) { m.central.uncompressedSize -= 1; }),
@@ -255,12 +250,11 @@ TEST(Unzipper, MembersThatAreRefused)
             "The zip entry 'm' is a link, which may lead out of the folder"},
         {BuiltMember("m", "x", 1), "The zip entry 'm' is packed by method 1, which can't be unpacked"},
         {BuiltMember("m", "x", 0xFFFF), "The zip entry 'm' is packed by method 65535, which can't be unpacked"}};
-    for (const auto& test : cases)
+    for (const auto& [member, expected] : cases)
     {
         const Place place;
-        const std::string text =
-            place.Extract(Build({BuiltMember("before", "1"), test.member, BuiltMember("behind", "2")}));
-        EXPECT_EQ(text.rfind(test.text, 0), 0u) << text;
+        const std::string text = place.Extract(Build({BuiltMember("before", "1"), member, BuiltMember("behind", "2")}));
+        EXPECT_EQ(text.rfind(expected, 0), 0u) << text;
         EXPECT_EQ(place.Extracted(), (Tree{{"before", "1"}}));
     }
 }
@@ -300,20 +294,17 @@ TEST(Unzipper, Times)
     const Place place;
     const std::string unixTime("UT\5\0\1\xF1\xC5\x93\x66", 9); // 2024-07-14 12:34:57 UTC
     EXPECT_EQ(place.Extract(Build({BuiltMember("local", "x"), BuiltMember("exact", "x").Extra(unixTime)})), "");
-    const auto timeOf = [&](const wchar_t* name)
+    for (const wchar_t* name : {L"/exact", L"/local"})
     {
         WIN32_FILE_ATTRIBUTE_DATA data{};
-        SYSTEMTIME time{};
-        EXPECT_TRUE(GetFileAttributesExW(place.Folder() + L"/" + name, GetFileExInfoStandard, &data));
-        FileTimeToSystemTime(&data.ftLastWriteTime, &time);
-        return time;
-    };
-    const SYSTEMTIME exact = timeOf(L"exact");
-    EXPECT_EQ(std::tuple(exact.wDay, exact.wHour, exact.wMinute, exact.wSecond), std::tuple(14, 12, 34, 57));
-    const SYSTEMTIME universal = timeOf(L"local");
-    SYSTEMTIME local;
-    ASSERT_TRUE(SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local));
-    EXPECT_EQ(std::tuple(local.wDay, local.wHour, local.wMinute, local.wSecond), std::tuple(14, 12, 34, 56));
+        SYSTEMTIME universal{}, local{};
+        EXPECT_TRUE(GetFileAttributesExW(place.Folder() + name, GetFileExInfoStandard, &data));
+        FileTimeToSystemTime(&data.ftLastWriteTime, &universal);
+        ASSERT_TRUE(SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local));
+        const SYSTEMTIME& time = name[1] == L'e' ? universal : local;
+        EXPECT_EQ(std::tuple(time.wDay, time.wHour, time.wMinute, time.wSecond),
+            std::tuple(14, 12, 34, name[1] == L'e' ? 57 : 56));
+    }
 }
 
 TEST(Unzipper, Damage)

@@ -127,9 +127,7 @@ TEST(ZIPNames, DriveAndServerGo)
 {
     const struct
     {
-        const wchar_t* path;
-        const wchar_t* given;
-        const wchar_t* stored;
+        const wchar_t *path, *given, *stored;
     } cases[] = {{L"C:\\dir\\a.txt", L"", L"/dir/a.txt"}, {L"c:a.txt", L"", L"a.txt"}, {L"c:", L"", L""},
         {L"C:\\dir\\a.txt", L"sub\\a.txt", L"sub/a.txt"}, {L"C:\\dir\\a.txt", L"z:\\b", L"/b"},
         {L"\\\\server\\share\\a", L"", L"/share/a"}, {L"x", L"\\\\server\\share\\sub\\a", L"/share/sub/a"},
@@ -145,11 +143,9 @@ TEST(ZIPFile, EncodingOfNameAndComment)
 {
     const struct
     {
-        const wchar_t* name;
-        const wchar_t* comment;
+        const wchar_t *name, *comment;
         unsigned flags;
-        Bytes nameBytes;
-        Bytes commentBytes;
+        Bytes nameBytes, commentBytes;
     } cases[] = {{L"\u00E4.txt", L"\u00DF", 0, "\x84.txt", "\xE1"}, {L"\u2592\u0393", L"", 0, "\xB1\xE2", ""},
         {L"\u20AC.txt", L"\u00E4", 0x800, "\xE2\x82\xAC.txt", "\xC3\xA4"},
         {L"plain", L"\u20AC", 0x800, "plain", "\xE2\x82\xAC"},
@@ -185,9 +181,8 @@ TEST(ZIPFile, LengthFieldsAndTheBytesBehindThemStayTogether)
     const TempFolder folder;
     const String source = folder.Make(L"source", "x");
     const String path = folder.Path(L"x.zip");
-    String name;
+    String name, comment;
     name.Fill(L'n', 0x10003);
-    String comment;
     comment.Fill(L'c', 0x10003);
     auto file = std::make_unique<clsZIPFile>(path, L"");
     file->AddFile(source, name, comment);
@@ -223,30 +218,22 @@ TEST(ZIPFile, Contents)
 TEST(ZIPFile, Times)
 {
     SetEnvironmentVariableW(L"TZ", L"America/New_York"); // the layer's zone; another system's isn't changed by this
-    const struct
-    {
-        FILETIME time;
-        scDosTime stamp;
-    } cases[] = {{TimeOf(2024, 1, 31, 12, 0, 1), Stamp(TimeOf(2024, 1, 31, 12, 0, 0))},
-        {TimeOf(2024, 7, 31, 12, 59, 59), Stamp(TimeOf(2024, 7, 31, 12, 59, 58))},
-        {TimeOf(1970, 1, 2, 0, 0, 0), {0x0021, 0}}, {TimeOf(2108, 1, 3, 0, 0, 0), {0xFF9F, 0xBF7D}},
-        {TimeOf(2107, 12, 30, 0, 0, 0), Stamp(TimeOf(2107, 12, 30, 0, 0, 0))}};
-    for (const auto& test : cases)
-    {
-        EXPECT_EQ(DosTimeOf(test.time).date, test.stamp.date);
-        EXPECT_EQ(DosTimeOf(test.time).time, test.stamp.time);
-    }
-    // Without the file's own time it is now.
-    FILETIME before, after;
-    GetSystemTimeAsFileTime(&before);
-    const scDosTime now = DosTimeNow();
-    GetSystemTimeAsFileTime(&after);
+    const FILETIME winter = TimeOf(2024, 1, 31, 12, 0, 1), last = TimeOf(2107, 12, 30, 0, 0, 0);
+    const std::pair<FILETIME, scDosTime> cases[] = {{winter, Stamp(winter)}, {last, Stamp(last)},
+        {TimeOf(1970, 1, 2, 0, 0, 0), {0x0021, 0}}, {TimeOf(2108, 1, 3, 0, 0, 0), {0xFF9F, 0xBF7D}}};
     const auto number = [](const scDosTime& time)
     {
         return unsigned{time.date} << 16 | time.time;
     };
-    EXPECT_GE(number(now), number(Stamp(before)));
-    EXPECT_LE(number(now), number(Stamp(after)));
+    for (const auto& [time, stamp] : cases)
+        EXPECT_EQ(number(DosTimeOf(time)), number(stamp));
+    // Without the file's own time it is now.
+    FILETIME before, after;
+    GetSystemTimeAsFileTime(&before);
+    const unsigned now = number(DosTimeNow());
+    GetSystemTimeAsFileTime(&after);
+    EXPECT_GE(now, number(Stamp(before)));
+    EXPECT_LE(now, number(Stamp(after)));
 }
 
 namespace
