@@ -107,11 +107,7 @@ TEST(RegEx, StringFormSearchesPastZeros)
     EXPECT_FALSE(pattern.Match(subject.Text(), nullptr));
     EXPECT_FALSE(pattern.Match(static_cast<const wchar_t*>(nullptr), nullptr));
 
-    // Zeros come through the loops and the groups as well.
     EXPECT_EQ(pattern.GSub(subject, L"c").Length(), 3U);
-    clsRegEx all(L".*", kDotAll);
-    ASSERT_TRUE(all.Match(subject, &matches));
-    EXPECT_EQ(matches[0].text.Length(), 3U);
 }
 
 TEST(RegEx, BadPatternMatchesNothingAndIsReportedEachTime)
@@ -125,12 +121,6 @@ TEST(RegEx, BadPatternMatchesNothingAndIsReportedEachTime)
     EXPECT_TRUE(pattern.MatchAll(L"ab").IsEmpty());
     EXPECT_STREQ(Joined(pattern.Split(L"ab")).Text(), L"[ab]");
     EXPECT_EQ(lines.Count(), 4U);
-
-    clsRegEx good(L"a", 0);
-    EXPECT_TRUE(good.Compile());
-    EXPECT_STREQ(good.ErrorText().Text(), L"");
-    good.Free();
-    EXPECT_TRUE(good.Match(L"a", nullptr));
 }
 
 TEST(RegEx, TemplateRules)
@@ -153,13 +143,8 @@ TEST(RegEx, TemplateRules)
         clsRegEx pattern(c.pattern, 0);
         EXPECT_STREQ(pattern.GSub(String(c.subject), c.replacement).Text(), c.result);
     }
-}
-
-TEST(RegEx, TemplateReferenceWithoutGroupIsReported)
-{
     const DebugLines lines;
-    clsRegEx pattern(L"(a)|(b)", 0);
-    EXPECT_STREQ(pattern.GSub(String(L"b"), L"<\\5>").Text(), L"<>");
+    EXPECT_STREQ(clsRegEx(L"(a)|(b)", 0).GSub(String(L"b"), L"<\\5>").Text(), L"<>");
     EXPECT_STREQ(lines.Only().Text(), L"ERR: clsRegEx: Match(5) not found (index too large, found only 3 entries)");
 }
 
@@ -179,7 +164,6 @@ TEST(RegEx, CallbackForms)
     };
     EXPECT_STREQ(pattern.GSub(String(L"a1bc22d"), keep).Text(), L"a1bc22d");
     EXPECT_EQ(calls, 2);
-
     const auto firstOnly = [](const clsRegExMatchList& matches, String& text)
     {
         text = matches[0].text + L"!";
@@ -188,7 +172,7 @@ TEST(RegEx, CallbackForms)
     EXPECT_STREQ(pattern.GSub(String(L"a1bc22d"), firstOnly).Text(), L"a1!bc22d");
 }
 
-TEST(RegEx, CallbackMayUseTheObjectAndChangeTheSubject)
+TEST(RegEx, CallbackMayUseTheObjectChangeTheSubjectAndThrow)
 {
     clsRegEx pattern(L"([a-z])=([0-9])", 0);
     String subject(L"a=1;b=2;c=3");
@@ -203,18 +187,14 @@ TEST(RegEx, CallbackMayUseTheObjectAndChangeTheSubject)
             return true;
         });
     EXPECT_STREQ(result.Text(), L"1a;2b;3c");
-}
 
-TEST(RegEx, ThrowingCallbackLeavesTheObjectUnlocked)
-{
-    clsRegEx pattern(L"a", 0);
     const auto fail = [](const clsRegExMatchList&, String&) -> bool
     {
         throw 1;
     };
-    EXPECT_THROW(pattern.GSub(String(L"a"), fail), int);
-    bool matched = false;
-    std::thread([&] { matched = pattern.Match(L"a", nullptr); }).join();
+    EXPECT_THROW(pattern.GSub(String(L"a=1"), fail), int);
+    bool matched = false; // the object isn't left locked
+    std::thread([&] { matched = pattern.Match(L"a=1", nullptr); }).join();
     EXPECT_TRUE(matched);
 }
 

@@ -111,8 +111,6 @@ TEST(Variant, ArrayOfAList)
     EXPECT_TRUE(GetElement(array, {0}) == clsVariant(I4(1)));
     EXPECT_STREQ(ToString(GetElement(array, {1})), L"b");
     EXPECT_EQ(array.Get().parray->rgsabound[0].lLbound, 0);
-    array.SetArray({});
-    EXPECT_EQ(array.Get().parray->rgsabound[0].cElements, 0u);
 }
 
 TEST(Variant, ElementsByIndex)
@@ -130,19 +128,15 @@ TEST(Variant, ElementsByIndex)
     EXPECT_EQ(GetElement(array, {0, 0}).Type(), VT_BSTR);
     EXPECT_EQ(array.Get().parray->cLocks, 0u);
     EXPECT_EQ(GetElement(clsVariant(I4(1)), {0}).Type(), VT_EMPTY);
-    Value numbers(VT_ARRAY | VT_I4);
-    numbers.parray = SafeArrayCreateVector(VT_I4, 0, 1);
-    EXPECT_EQ(GetElement(clsVariant(numbers), {0}).Type(), VT_EMPTY);
 
     const UserIs developer(L"qvx");
     DebugLines lines;
     EXPECT_EQ(GetElement(array, {1}).Type(), VT_EMPTY);
     EXPECT_STREQ(lines.Only(), L"Dimension mismatch: 2 1");
     EXPECT_EQ(GetElement(array, {3, 1}).Type(), VT_EMPTY);
-    EXPECT_EQ(lines.CountOf(L"out of bounds (3 3)"), 1u);
-    EXPECT_EQ(lines.CountOf(L"out of bounds (2) (3 3)"), 1u);
     EXPECT_EQ(GetElement(array, {0, 2}).Type(), VT_EMPTY);
-    EXPECT_EQ(lines.CountOf(L"out of bounds (2 2)"), 1u);
+    for (const wchar_t* line : {L"out of bounds (3 3)", L"out of bounds (2) (3 3)", L"out of bounds (2 2)"})
+        EXPECT_EQ(lines.CountOf(line), 1u);
 }
 
 } // namespace
