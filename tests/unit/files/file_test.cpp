@@ -1,26 +1,38 @@
+// A file object over a file or a stream, by its own operations and as COM consumers see it.
 #include "files/file.h"
 
 #include "support/debug_lines.h"
+#include "support/developer_run.h"
 #include "support/fake_stream.h"
 #include "support/temp_folder.h"
 #include "unit/files/opened.h"
 
 #include <gtest/gtest.h>
 
-#include <objbase.h>
+#include <combaseapi.h>
 
 #include <string>
+#include <utility>
 
 using namespace qx;
-using qxtest::BytesOf;
-using qxtest::DebugLines;
-using qxtest::FakeStream;
-using qxtest::Reader;
-using qxtest::TempFolder;
-using qxtest::Writer;
+using namespace qxtest;
 
 namespace
 {
+
+LARGE_INTEGER Distance(int64_t value)
+{
+    LARGE_INTEGER distance = {};
+    distance.QuadPart = value;
+    return distance;
+}
+
+ULARGE_INTEGER Large(uint64_t value)
+{
+    ULARGE_INTEGER large = {};
+    large.QuadPart = value;
+    return large;
+}
 
 // Fails from some byte on, as a file does that another process cuts meanwhile.
 class CutStream : public FakeStream
@@ -32,6 +44,19 @@ public:
         const uint64_t left = position < end ? end - position : 0;
         return FakeStream::Read(buffer, static_cast<ULONG>(std::min<uint64_t>(count, left)), read);
     }
+};
+
+class FileStream : public testing::Test
+{
+protected:
+    template <class File>
+    void OpenAs(File& file, FileAccess access = FileAccess::ReadWrite)
+    {
+        ASSERT_EQ(file.Open(_path, access, FileDisposition::OpenExisting, FileShare::ReadWrite, kFileData), 0);
+    }
+
+    TempFolder _folder;
+    String _path = _folder.Make(L"file", "0123456789");
 };
 
 } // namespace
@@ -53,7 +78,6 @@ TEST(File, ReadsAndWritesAFile)
         EXPECT_EQ(file.Read(buffer, 20), 0U);
         EXPECT_EQ(file.Seek(3), 3);
         file.SetEOF();
-        EXPECT_EQ(file.GetSize(), 3);
         EXPECT_EQ(file.Seek(100), 100);
         EXPECT_EQ(file.Seek(-5), 0); // fails
         EXPECT_EQ(file.Tell(), 100);
@@ -69,21 +93,14 @@ TEST(File, ReadsAndWritesAStream)
     FakeStream stream;
     stream.position = 7;
     clsFile file(&stream);
-    ASSERT_TRUE(file.IsOpen());
     EXPECT_EQ(stream.position, 0U);
     EXPECT_EQ(stream.references, 2U);
     EXPECT_EQ(file.WriteBytes("0123456789"), 10);
     EXPECT_EQ(file.Write("XY", 2, 4), 2);
     EXPECT_EQ(file.Tell(), 6);
-    EXPECT_EQ(file.GetSize(), 10);
-    char buffer[20] = {};
-    EXPECT_EQ(file.Read(buffer, 20), 4U);
-    EXPECT_STREQ(buffer, "6789");
-    file.Seek(3);
     file.SetEOF();
-    EXPECT_EQ(stream.bytes, "012");
     EXPECT_EQ(file.WriteChars(L"a"), 1);
-    EXPECT_EQ(stream.bytes, std::string("012a\0", 5));
+    EXPECT_EQ(stream.bytes, std::string("0123XYa\0", 8));
 
     // Of a new position the low 32 bits come back, with sign; Tell has them all.
     EXPECT_EQ(file.Seek(0x180000000), -0x80000000LL);
@@ -93,45 +110,19 @@ TEST(File, ReadsAndWritesAStream)
     EXPECT_EQ(file.Tell(), -1);
     EXPECT_EQ(file.Write("nowhere", 7, 0x10), 0);
 
-    file.Close();
-    EXPECT_EQ(stream.references, 1U);
-    EXPECT_FALSE(file.IsOpen());
-}
-
-TEST(File, ClosedObjectAnswersMinusOne)
-{
-    clsFile file;
-    char buffer[2];
-    EXPECT_EQ(file.GetSize(), -1);
-    EXPECT_EQ(file.Seek(0), -1);
-    EXPECT_EQ(file.Tell(), -1);
-    EXPECT_EQ(file.Read(buffer, 2), 0U);
-    EXPECT_EQ(file.WriteBytes("ab"), -1);
-    EXPECT_EQ(file.GetUTFType(), UTFType::Unknown);
-    EXPECT_FALSE(file.Lock(0, 1));
-    file.SetEOF();
-    file.Reserve(10);
-    file.Close();
-    EXPECT_EQ(file.AttachStream(nullptr), -1);
-}
-
-TEST(File, AttachedStreamIsHeldAndOldOneGoes)
-{
-    FakeStream first;
     FakeStream second;
-    clsFile file(&first);
-    EXPECT_EQ(file.AttachStream(&second), 0);
-    EXPECT_EQ(first.references, 1U);
-    EXPECT_EQ(second.references, 2U);
-    EXPECT_EQ(file.AttachStream(&second), 0);
-    EXPECT_EQ(second.references, 2U);
-
-    const TempFolder folder;
-    file.Open(folder.Path(L"none"), FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileData);
+    for (int i = 0; i < 2; ++i)
+    {
+        EXPECT_EQ(file.AttachStream(&second), 0);
+        EXPECT_EQ(stream.references, 1U);
+        EXPECT_EQ(second.references, 2U);
+    }
+    file.Open(L"no such file", FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileData);
     EXPECT_EQ(second.references, 1U);
-    EXPECT_EQ(file.AttachStream(&first), 0);
+    EXPECT_EQ(file.AttachStream(&stream), 0);
     EXPECT_EQ(file.GetErrorKind(), FileError::None);
     EXPECT_TRUE(file.GetName().IsEmpty());
+    EXPECT_EQ(file.AttachStream(nullptr), -1);
 }
 
 TEST(File, TempStreamTakesTheCallersReference)
@@ -143,34 +134,56 @@ TEST(File, TempStreamTakesTheCallersReference)
     EXPECT_EQ(stream->Release(), 0U);
 }
 
-TEST(File, ShortWritesAreLoggedAndDontCount)
+TEST(File, ClosedObjectsFail)
 {
-    FakeStream stream;
-    stream.writeLimit = 3;
-    clsFile file(&stream);
-    const DebugLines lines;
-    EXPECT_EQ(file.WriteBytes("abcdef"), 0);
-    const String shortWrite(
-        String::formatted, L"clsFile((Stream))::Write(): write failure... 3/6 (%s)", String::SystemErrorText(0).Text());
-    EXPECT_STREQ(lines.Only().Text(), shortWrite.Text());
+    clsFileRW file;
+    char buffer[2];
+    EXPECT_EQ(file.GetSize(), -1);
+    EXPECT_EQ(file.clsFile::Seek(0), -1);
+    EXPECT_EQ(file.Tell(), -1);
+    EXPECT_EQ(file.clsFile::Read(buffer, 2), 0U);
+    EXPECT_EQ(file.WriteBytes("ab"), -1);
+    EXPECT_EQ(file.GetUTFType(), UTFType::Unknown);
+    EXPECT_FALSE(file.Lock(0, 1));
+    file.SetEOF();
+    file.Reserve(10);
+    file.Close();
 
-    stream.writeResult = STG_E_MEDIUMFULL;
-    EXPECT_EQ(file.WriteChars(L"ab"), 0);
-    const String full(String::formatted, L"clsFile((Stream))::Write(): write failure... 3/4 (%s)",
-        String::SystemErrorText(static_cast<unsigned>(STG_E_MEDIUMFULL)).Text());
-    EXPECT_STREQ(lines.Last().Text(), full.Text());
+    IStream* const stream = &file;
+    ULONG count = 9;
+    EXPECT_EQ(stream->Read(buffer, 2, &count), E_HANDLE);
+    EXPECT_EQ(count, 0U);
+    EXPECT_EQ(stream->Write(buffer, 2, &count), E_HANDLE);
+    EXPECT_EQ(stream->Seek(Distance(0), STREAM_SEEK_SET, nullptr), E_HANDLE);
+    EXPECT_EQ(stream->SetSize(Large(0)), E_HANDLE);
+    EXPECT_EQ(stream->Commit(0), E_FAIL);
+    EXPECT_EQ(stream->LockRegion(Large(0), Large(1), LOCK_EXCLUSIVE), E_NOTIMPL);
+    STATSTG record = {};
+    EXPECT_EQ(stream->Stat(&record, STATFLAG_NONAME), 2);
 }
 
-TEST(File, FailedWritesToAFileAreLogged)
+TEST(File, FailedWritesAreLoggedAndDontCount)
 {
+    const auto message = [](const wchar_t* name, int written, int count, unsigned error)
+    {
+        return String(String::formatted, L"clsFile(%s)::Write(): write failure... %d/%d (%s)", name, written, count,
+            String::SystemErrorText(error).Text());
+    };
+    const DebugLines lines;
+    FakeStream stream;
+    stream.writeLimit = 3;
+    clsFile held(&stream);
+    EXPECT_EQ(held.WriteBytes("abcdef"), 0);
+    EXPECT_EQ(lines.Only(), message(L"(Stream)", 3, 6, 0));
+    stream.writeResult = STG_E_MEDIUMFULL;
+    EXPECT_EQ(held.WriteChars(L"ab"), 0);
+    EXPECT_EQ(lines.Last(), message(L"(Stream)", 3, 4, static_cast<unsigned>(STG_E_MEDIUMFULL)));
+
     const TempFolder folder;
     const String path = folder.Make(L"file", "abc");
     Reader file(path);
-    const DebugLines lines;
     EXPECT_EQ(file.WriteBytes("xyz"), 0);
-    const String expected(String::formatted, L"clsFile(%s)::Write(): write failure... 0/3 (%s)", path.Text(),
-        String::SystemErrorText(ERROR_ACCESS_DENIED).Text());
-    EXPECT_STREQ(lines.Only().Text(), expected.Text());
+    EXPECT_EQ(lines.Last(), message(path, 0, 3, ERROR_ACCESS_DENIED));
     file.SetEOF();
     EXPECT_STREQ(lines.Last().Text(), L"ERR: SetEOF() failed!");
     EXPECT_EQ(BytesOf(path), "abc");
@@ -180,42 +193,36 @@ TEST(File, ReserveMakesRoomAndStays)
 {
     const TempFolder folder;
     const String path = folder.Make(L"file", "0123456789");
-    {
-        Writer file(path);
-        file.Seek(4);
-        file.Reserve(100);
-        EXPECT_EQ(file.Tell(), 4);
-        EXPECT_EQ(file.GetSize(), 104);
-        file.Reserve(2);
-        EXPECT_EQ(file.GetSize(), 6);
-        EXPECT_EQ(file.Tell(), 4);
-    }
-    EXPECT_EQ(BytesOf(path), "012345");
-}
-
-TEST(File, ReserveOnStreams)
-{
-    FakeStream stream;
-    clsFile file(&stream);
-    file.WriteBytes("0123456789");
+    Writer file(path);
     file.Seek(4);
+    for (const int room : {100, 2})
+    {
+        file.Reserve(room);
+        EXPECT_EQ(file.Tell(), 4);
+        EXPECT_EQ(file.GetSize(), 4 + room);
+    }
+    file.Close();
+    EXPECT_EQ(BytesOf(path), "012345");
+
+    FakeStream stream;
+    clsFile held(&stream);
+    held.WriteBytes("0123456789");
+    held.Seek(4);
     const DebugLines lines;
-    file.Reserve(3);
+    held.Reserve(3);
     EXPECT_EQ(stream.sizeSet, 7);
     EXPECT_EQ(stream.position, 4U);
     EXPECT_EQ(lines.Count(), 0U);
-
     stream.setSizeMovesPosition = true;
-    file.Reserve(6);
+    held.Reserve(6);
     EXPECT_EQ(stream.bytes.size(), 10U);
     EXPECT_EQ(stream.position, 4U);
     EXPECT_STREQ(lines.Only().Text(),
         L"WRN: need to correct Outlook stream implementation error, cross your fingers to proceed");
-
     stream.setSizeResult = STG_E_MEDIUMFULL;
-    file.Reserve(20);
+    held.Reserve(20);
     EXPECT_STREQ(lines.Last().Text(), L"ERR: Stream->SetSize(4+20) failed!");
-    file.SetEOF();
+    held.SetEOF();
     EXPECT_STREQ(lines.Last().Text(), L"ERR: Stream->SetEOF(4) failed!");
 }
 
@@ -231,9 +238,7 @@ TEST(File, PositionsFrom4GB)
     EXPECT_EQ(file.Tell(), -1);
     file.Reserve(5);
     EXPECT_EQ(file.GetSize(), kFar + 5);
-    ULARGE_INTEGER size = {};
-    size.QuadPart = kFar + 20;
-    EXPECT_EQ(file.SetSize(size), S_OK);
+    EXPECT_EQ(file.SetSize(Large(kFar + 20)), S_OK);
     EXPECT_EQ(file.WriteBytes("here"), 4);
     char buffer[5] = {};
     file.Seek(kFar);
@@ -244,51 +249,32 @@ TEST(File, PositionsFrom4GB)
 TEST(FileCopy, CopiesTheRemainderAndEndsThere)
 {
     const TempFolder folder;
-    const String to = folder.Make(L"to", std::string(100, '#'));
-    {
-        Reader source(folder.Make(L"from", "0123456789"));
-        Writer target(to);
-        source.Seek(6);
-        target.Seek(3);
-        EXPECT_TRUE(target.CopyFrom(source));
-        EXPECT_EQ(target.Tell(), 7);
-    }
-    EXPECT_EQ(BytesOf(to), "###6789");
-}
-
-TEST(FileCopy, BetweenFilesAndStreams)
-{
-    const TempFolder folder;
     const std::string bytes = std::string(3000000, 'x') + "end";
-    Reader file(folder.Make(L"from", bytes));
+    Reader file(folder.Make(L"from", "+++" + bytes));
+    file.Seek(3);
     FakeStream stream;
     stream.setSizeMovesPosition = true;
     clsFile held(&stream);
     EXPECT_TRUE(held.CopyFrom(file));
     EXPECT_EQ(stream.bytes, bytes);
 
-    const String to = folder.Path(L"to");
-    Writer back(to, FileDisposition::CreateAlways);
+    const String to = folder.Make(L"to", std::string(4000000, '#'));
+    Writer back(to);
     held.Seek(0);
+    back.Seek(2);
     EXPECT_TRUE(back.CopyFrom(held));
+    EXPECT_EQ(back.Tell(), 3000005);
     back.Close();
-    EXPECT_EQ(BytesOf(to), bytes);
-}
+    EXPECT_EQ(BytesOf(to), "##" + bytes);
 
-TEST(FileCopy, NothingToCopySetsTheEnd)
-{
-    const TempFolder folder;
-    Reader behindEnd(folder.Make(L"full", "abc"));
-    behindEnd.Seek(30);
+    // With nothing to copy the end is set all the same.
     clsFile closed;
-    for (clsFile* source : {static_cast<clsFile*>(&behindEnd), &closed})
+    file.Seek(4000000);
+    for (clsFile* source : {static_cast<clsFile*>(&file), &closed})
     {
-        FakeStream stream;
-        clsFile target(&stream);
-        target.WriteBytes("0123456789");
-        target.Seek(4);
-        EXPECT_TRUE(target.CopyFrom(*source));
-        EXPECT_EQ(stream.bytes, "0123");
+        held.Seek(4);
+        EXPECT_TRUE(held.CopyFrom(*source));
+        EXPECT_EQ(stream.bytes, "xxxx");
         EXPECT_EQ(stream.position, 4U);
     }
 }
@@ -300,14 +286,220 @@ TEST(FileCopy, FailsWhereReadingOrWritingFails)
     cut.end = 5;
     clsFile source(&cut);
     FakeStream stream;
-    clsFile target(&stream);
+    clsFile target(&stream), nowhere;
     EXPECT_FALSE(target.CopyFrom(source));
-
     cut.end = 10;
-    source.Seek(0);
     stream.writeLimit = 3;
-    EXPECT_FALSE(target.CopyFrom(source));
-    clsFile nowhere;
-    source.Seek(0);
-    EXPECT_FALSE(nowhere.CopyFrom(source));
+    for (clsFile* to : {&target, &nowhere})
+    {
+        source.Seek(0);
+        EXPECT_FALSE(to->CopyFrom(source));
+    }
+}
+
+TEST_F(FileStream, ReadAndSeek)
+{
+    clsFileRO file;
+    OpenAs(file, FileAccess::Read);
+    IStream* const stream = &file;
+    char buffer[20] = {};
+    ULONG read = 99;
+    EXPECT_EQ(stream->Read(buffer, 4, &read), S_OK);
+    EXPECT_EQ(read, 4U);
+    EXPECT_EQ(stream->Read(buffer, 20, &read), S_FALSE);
+    EXPECT_EQ(read, 6U);
+    ULARGE_INTEGER position = {};
+    const struct
+    {
+        int64_t distance;
+        DWORD origin;
+        uint64_t position;
+    } cases[] = {{3, STREAM_SEEK_SET, 3}, {4, STREAM_SEEK_CUR, 7}, {-5, STREAM_SEEK_CUR, 2}, {-1, STREAM_SEEK_END, 9},
+        {5, STREAM_SEEK_END, 15}, {-99, STREAM_SEEK_CUR, 15}};
+    for (const auto& c : cases)
+    {
+        EXPECT_EQ(stream->Seek(Distance(c.distance), c.origin, &position), S_OK);
+        EXPECT_EQ(position.QuadPart, c.position) << c.distance;
+    }
+    EXPECT_EQ(stream->Seek(Distance(0), 3, &position), E_INVALIDARG);
+    EXPECT_EQ(stream->Seek(Distance(1), STREAM_SEEK_SET, nullptr), S_OK);
+    EXPECT_EQ(file.Tell(), 1);
+}
+
+TEST_F(FileStream, OnlyARWWrites)
+{
+    {
+        clsFileRO readOnly;
+        OpenAs(readOnly); // with write access: the type decides
+        ULONG written = 99;
+        IStream* const stream = &readOnly;
+        EXPECT_EQ(stream->Write("ab", 2, &written), E_ACCESSDENIED);
+        EXPECT_EQ(written, 0U);
+        EXPECT_EQ(stream->SetSize(Large(2)), E_ACCESSDENIED);
+    }
+    EXPECT_EQ(BytesOf(_path), "0123456789");
+    clsFileRW file;
+    OpenAs(file);
+    IStream* const stream = &file;
+    ULONG written = 0;
+    EXPECT_EQ(stream->Write("ab", 2, &written), S_OK);
+    EXPECT_EQ(written, 2U);
+    EXPECT_EQ(stream->Commit(0), S_OK);
+    EXPECT_EQ(BytesOf(_path), "ab23456789");
+
+    clsFileRW noWriting;
+    OpenAs(noWriting, FileAccess::Read);
+    EXPECT_EQ(static_cast<IStream&>(noWriting).Write("ab", 2, &written), S_FALSE);
+    EXPECT_EQ(written, 0U);
+}
+
+TEST_F(FileStream, SetSizeKeepsThePositionOrGoesToTheStart)
+{
+    clsFileRW file;
+    OpenAs(file);
+    IStream* const stream = &file;
+    file.Seek(4);
+    for (const auto& [size, position] : {std::pair(20, 4), {5, 4}, {4, 0}})
+    {
+        EXPECT_EQ(stream->SetSize(Large(static_cast<uint64_t>(size))), S_OK);
+        EXPECT_EQ(file.GetSize(), size);
+        EXPECT_EQ(file.Tell(), position);
+    }
+    // A size that no file can have doesn't cut it.
+    EXPECT_EQ(stream->SetSize(Large(~uint64_t{0})), E_INVALIDARG);
+    EXPECT_EQ(file.GetSize(), 4);
+}
+
+TEST_F(FileStream, LockRegionsExcludeOtherHandles)
+{
+    clsFileRW file;
+    clsFileRW other;
+    OpenAs(file);
+    OpenAs(other);
+    EXPECT_EQ(file.LockRegion(Large(2), Large(3), LOCK_EXCLUSIVE), S_OK);
+    EXPECT_EQ(other.LockRegion(Large(4), Large(1), LOCK_EXCLUSIVE), E_NOTIMPL);
+    EXPECT_EQ(file.UnlockRegion(Large(2), Large(3), LOCK_EXCLUSIVE), S_OK);
+    EXPECT_EQ(file.UnlockRegion(Large(2), Large(3), LOCK_EXCLUSIVE), E_NOTIMPL);
+}
+
+TEST_F(FileStream, Stat)
+{
+    WIN32_FILE_ATTRIBUTE_DATA attributes = {};
+    ASSERT_TRUE(GetFileAttributesExW(_path.Text(), GetFileExInfoStandard, &attributes));
+    clsFileRO file;
+    OpenAs(file, FileAccess::Read);
+    IStream* const stream = &file;
+    EXPECT_EQ(stream->Stat(nullptr, STATFLAG_NONAME), E_INVALIDARG);
+
+    STATSTG record = {};
+    ASSERT_EQ(stream->Stat(&record, STATFLAG_DEFAULT), S_OK);
+    EXPECT_STREQ(record.pwcsName, _path.Text());
+    CoTaskMemFree(record.pwcsName);
+    EXPECT_EQ(record.type, DWORD{STGTY_STREAM});
+    EXPECT_EQ(record.cbSize.QuadPart, 10U);
+    EXPECT_EQ(CompareFileTime(&record.mtime, &attributes.ftLastWriteTime), 0);
+    EXPECT_EQ(CompareFileTime(&record.ctime, &attributes.ftCreationTime), 0);
+
+    ASSERT_EQ(stream->Stat(&record, STATFLAG_NONAME), S_OK);
+    EXPECT_EQ(record.pwcsName, nullptr);
+}
+
+TEST_F(FileStream, HeldStreamDoesTheWorkWhateverTheType)
+{
+    FakeStream fake;
+    clsFileRO file(&fake);
+    IStream* const stream = &file;
+    char buffer[20] = {};
+    ULONG count = 0;
+    EXPECT_EQ(stream->Write("abcdef", 6, &count), S_OK);
+    EXPECT_EQ(count, 6U);
+    EXPECT_EQ(stream->Seek(Distance(-2), STREAM_SEEK_END, nullptr), S_OK);
+    EXPECT_EQ(stream->Read(buffer, 20, &count), S_FALSE);
+    EXPECT_EQ(count, 2U);
+    EXPECT_EQ(stream->SetSize(Large(3)), S_OK);
+    EXPECT_EQ(fake.bytes, "abc");
+    EXPECT_EQ(stream->Revert(), STG_E_REVERTED);
+    EXPECT_EQ(stream->Clone(nullptr), STG_E_UNIMPLEMENTEDFUNCTION);
+    STATSTG record = {};
+    EXPECT_EQ(stream->Stat(&record, STATFLAG_NONAME), S_OK);
+    EXPECT_EQ(record.cbSize.QuadPart, 3U);
+    // Committing isn't left to it where the type may not write.
+    EXPECT_EQ(stream->Commit(0), S_OK);
+    EXPECT_EQ(fake.commits, 0);
+    EXPECT_EQ(static_cast<IStream&&>(clsFileRW(&fake)).Commit(0), S_OK);
+    EXPECT_EQ(fake.commits, 1);
+    fake.commitResult = STG_E_MEDIUMFULL;
+    EXPECT_EQ(static_cast<IStream&&>(clsFileRW(&fake)).Commit(0), E_FAIL);
+}
+
+TEST_F(FileStream, Interfaces)
+{
+    auto* const file = new clsFileRW;
+    IStream* stream = nullptr;
+    ASSERT_EQ(file->NonDelegatingQueryInterface(IID_IStream, reinterpret_cast<void**>(&stream)), S_OK);
+    EXPECT_EQ(stream, static_cast<IStream*>(file));
+
+    IUnknown* unknown = nullptr;
+    IUnknown* again = nullptr;
+    IUnknown* marshal = nullptr;
+    ASSERT_EQ(stream->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&unknown)), S_OK);
+    ASSERT_EQ(stream->QueryInterface(IID_IMarshal, reinterpret_cast<void**>(&marshal)), S_OK);
+    // The marshaler is part of the object: it leads back to the same identity.
+    ASSERT_EQ(marshal->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&again)), S_OK);
+    EXPECT_EQ(again, unknown);
+
+    void* nothing = &nothing;
+    EXPECT_EQ(stream->QueryInterface(IID_IStorage, &nothing), E_NOINTERFACE);
+    EXPECT_EQ(nothing, nullptr);
+    const int32_t living = clsFile::LivingObjects();
+    again->Release();
+    marshal->Release();
+    EXPECT_EQ(unknown->Release(), 1U);
+    EXPECT_EQ(clsFile::LivingObjects(), living);
+    EXPECT_EQ(stream->Release(), 0U);
+    EXPECT_EQ(clsFile::LivingObjects(), living - 1);
+}
+
+TEST_F(FileStream, OperationsAreTracedInDevelopersRuns)
+{
+    const DebugLines lines;
+    clsFileRO file;
+    OpenAs(file, FileAccess::Read);
+    FakeStream fake;
+    clsFileRW held(&fake);
+    char buffer[20];
+    const auto operate = [&]
+    {
+        static_cast<IStream&>(file).Read(buffer, 20, nullptr);
+        file.Seek(Distance(-1), STREAM_SEEK_END, nullptr);
+        file.SetSize(Large(5));
+        held.CopyTo(&fake, Large(8), nullptr, nullptr);
+        held.Commit(2);
+        file.Revert();
+        held.LockRegion(Large(1), Large(2), LOCK_EXCLUSIVE);
+        held.UnlockRegion(Large(1), Large(2), LOCK_EXCLUSIVE);
+        static_cast<IStream&>(held).Write("ab", 2, nullptr);
+    };
+    operate();
+    EXPECT_EQ(lines.Count(), 0U);
+    {
+        const qxtest::UserIs developer(L"QVX");
+        operate();
+    }
+
+    const String denied = String(L"<") + String::SystemErrorText(0x80070005);
+    const String notImplemented = String(L"<") + String::SystemErrorText(0x80004001);
+    const String copyTo(String::formatted, L">clsFile::Stream::CopyTo(%#p,8)", static_cast<IStream*>(&fake));
+    const String expected[] = {L">clsFile::Stream::Read(20)", L"<S_FALSE (read 1 bytes)",
+        L">clsFile::Stream::Seek(-1,2)", L"<S_OK", L">clsFile::Stream::SetSize(5)", denied, copyTo, L"<S_OK (r=8, w=4)",
+        L">clsFile::Stream::Commit(2)", L"<S_OK", L">clsFile::Stream::Revert()", notImplemented,
+        L">clsFile::Stream::LockRegion(1,2)", L"<S_OK", L">clsFile::Stream::UnlockRegion(1,2)", L"<S_OK",
+        L">clsFile::Stream::Write(2)", L"<S_OK"};
+    const auto entries = lines.Entries();
+    ASSERT_EQ(entries.size(), std::size(expected));
+    for (size_t i = 0; i < entries.size(); ++i)
+    {
+        EXPECT_STREQ(entries[i].text.Text(), expected[i].Text());
+        EXPECT_EQ(entries[i].indentChange, i % 2 == 0 ? 1 : -1);
+    }
 }

@@ -122,18 +122,14 @@ TEST(HandleHolder, ClosesWhatIsItsOwn)
 {
     const TempFolder folder;
     const String path = folder.Make(L"file", "abc");
-    const HANDLE own = OpenHandle(path);
-    const HANDLE foreign = OpenHandle(path);
+    const HANDLE own = OpenHandle(path), foreign = OpenHandle(path);
     {
-        clsGenericHandleObjectAutoRelease a(own, true);
-        clsGenericHandleObjectAutoRelease b(foreign, false);
-        clsGenericHandleObjectAutoRelease none(INVALID_HANDLE_VALUE, true);
+        clsGenericHandleObjectAutoRelease a(own, true), b(foreign, false), none(INVALID_HANDLE_VALUE, true);
         EXPECT_TRUE(a.IsValid());
         EXPECT_FALSE(none.IsValid());
     }
     EXPECT_FALSE(IsOpenHandle(own));
     EXPECT_TRUE(IsOpenHandle(foreign));
-
     clsGenericHandleObjectAutoRelease holder(foreign, true);
     EXPECT_EQ(holder.Detach(), foreign);
     EXPECT_FALSE(holder.IsValid());
@@ -142,7 +138,7 @@ TEST(HandleHolder, ClosesWhatIsItsOwn)
     EXPECT_FALSE(IsOpenHandle(foreign));
 }
 
-TEST(GlobalLock, FreesItsBlock)
+TEST(GlobalLock, FreesItsBlockAndReportsOneThatIsStillLocked)
 {
     const DebugLines lines;
     {
@@ -150,26 +146,15 @@ TEST(GlobalLock, FreesItsBlock)
         ASSERT_TRUE(block.IsLocked());
         EXPECT_EQ(static_cast<const char*>(block.Get())[99], 0);
     }
-    const clsGlobalLock tooLarge(GMEM_MOVEABLE, ~size_t{0});
-    EXPECT_FALSE(tooLarge.IsLocked());
+    EXPECT_FALSE(clsGlobalLock(GMEM_MOVEABLE, ~size_t{0}).IsLocked());
     EXPECT_EQ(lines.Count(), 0U);
-}
 
-TEST(GlobalLock, ReportsABlockThatIsStillLocked)
-{
-    const DebugLines lines;
     const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, 10);
     GlobalLock(memory);
-    {
-        const clsGlobalLock block(memory, false);
-    }
+    for (const bool report : {true, false})
+        clsGlobalLock(memory, false).SetReport(report);
     const String start(String::formatted, L"clsGlobalLock::Unlock(%#p): The handle is still locked 1 times: ", memory);
     EXPECT_EQ(String::Find(lines.Only().Text(), start.Text()), 0) << lines.Last().NarrowText();
-    {
-        clsGlobalLock silent(memory, false);
-        silent.SetReport(false);
-    }
-    EXPECT_EQ(lines.Count(), 1U);
     EXPECT_EQ(GlobalFlags(memory) & GMEM_LOCKCOUNT, 1U);
     GlobalUnlock(memory);
     EXPECT_EQ(GlobalFree(memory), nullptr);

@@ -84,9 +84,8 @@ TEST(Paths, Classes)
     {
         String path;
         PathClass expected;
-    } cases[] = {{L"LPT1:", PathClass::printerPort}, {L"lpt12:", PathClass::printerPort},
-        {L"COM3:", PathClass::serialPort}, {L"LPT:", PathClass::missing}, {L"usb:abc", PathClass::usb},
-        {folder, PathClass::folder}, {file, PathClass::file}, {String(L"FILE:") + file, PathClass::file},
+    } cases[] = {{L"lpt12:", PathClass::printerPort}, {L"COM3:", PathClass::serialPort}, {L"LPT:", PathClass::missing},
+        {L"usb:abc", PathClass::usb}, {folder, PathClass::folder}, {String(L"FILE:") + file, PathClass::file},
         {String(L"file:") + folder, PathClass::folder}, {file + L".no", PathClass::missing},
         {L"FILE:", PathClass::missing}};
     for (const auto& c : cases)
