@@ -1,0 +1,542 @@
+#include "containers/dlist.h"
+#include "containers/skip_list.h"
+#include "containers/slist.h"
+#include "containers/stack.h"
+#include "containers/vector.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <random>
+#include <set>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+using namespace qx;
+using testing::ElementsAre;
+
+static_assert(std::forward_iterator<WCValSList<int>::iterator>);
+static_assert(std::forward_iterator<WCValSkipList<int>::const_iterator>);
+
+namespace
+{
+
+// An element that knows how many of its kind live, and whose copies can be made to fail.
+class Counted
+{
+public:
+    static inline int living = 0;
+    static inline int copiesUntilFailure = -1; // never
+
+    Counted(int n = 0) : _value(n) { ++living; }
+    Counted(const Counted& other) : _value(other._value)
+    {
+        if (copiesUntilFailure == 0)
+            throw std::runtime_error("copy");
+        if (copiesUntilFailure > 0)
+            --copiesUntilFailure;
+        ++living;
+    }
+    Counted& operator=(const Counted&) = default;
+    ~Counted() { --living; }
+
+    int Value() const { return _value; }
+    friend bool operator==(const Counted& a, const Counted& b) { return a._value == b._value; }
+    friend bool operator<(const Counted& a, const Counted& b) { return a._value < b._value; }
+
+private:
+    int _value;
+};
+
+// Lets the copy after so many others fail, for as long as it lives.
+class FailingCopies
+{
+public:
+    explicit FailingCopies(int after) { Counted::copiesUntilFailure = after; }
+    ~FailingCopies() { Counted::copiesUntilFailure = -1; }
+};
+
+template <class List>
+std::vector<int> Values(const List& list)
+{
+    std::vector<int> values;
+    list.ForEach([&](const Counted& element) { values.push_back(element.Value()); });
+    EXPECT_EQ(values.size(), list.Count());
+    return values;
+}
+
+// What both lists promise alike.
+template <class List>
+class ListTest : public testing::Test
+{
+protected:
+    ~ListTest() override { EXPECT_EQ(Counted::living, 0); }
+};
+
+using Lists = testing::Types<WCValSList<Counted>, WCValDList<Counted>>;
+TYPED_TEST_SUITE(ListTest, Lists);
+
+TYPED_TEST(ListTest, CopiesAreDeepAndMovesLeaveNothing)
+{
+    TypeParam source{1, 2, 3};
+    TypeParam copy(source);
+    *copy.First() = 9;
+    EXPECT_THAT(Values(source), ElementsAre(1, 2, 3));
+    TypeParam moved(std::move(source));
+    EXPECT_TRUE(source.IsEmpty());
+    source.Append(4); // a list that was moved from is a list like any other
+    EXPECT_THAT(Values(source), ElementsAre(4));
+    copy = std::move(moved);
+    EXPECT_THAT(Values(copy), ElementsAre(1, 2, 3));
+    TypeParam& self = copy;
+    copy = self;
+    source = copy;
+    EXPECT_THAT(Values(source), ElementsAre(1, 2, 3));
+}
+
+TYPED_TEST(ListTest, FailedCopyLosesNothing)
+{
+    TypeParam source{1, 2, 3};
+    TypeParam target{7};
+    {
+        FailingCopies failing(2);
+        EXPECT_THROW(target = source, std::runtime_error);
+        EXPECT_THROW(target.Append(Counted(1)), std::runtime_error);
+        EXPECT_THROW(target.TakeAt(0), std::runtime_error);
+    }
+    EXPECT_THAT(Values(target), ElementsAre(7));
+}
+
+TYPED_TEST(ListTest, MatchesAVectorUnderRandomOperations)
+{
+    std::mt19937 random(23);
+    TypeParam list;
+    std::vector<int> model;
+    for (int step = 0; step < 5000; ++step)
+    {
+        const int value = static_cast<int>(random() % 8);
+        const auto index = static_cast<std::ptrdiff_t>(random() % (model.size() + 5)) - 2; // is clipped
+        const auto found = std::find(model.begin(), model.end(), value);
+        ASSERT_EQ(list.IndexOf(value), found == model.end() ? -1 : found - model.begin());
+        switch (random() % 6)
+        {
+        case 0:
+            list.InsertHead(value);
+            model.insert(model.begin(), value);
+            break;
+        case 1:
+        case 2:
+            list.Append(value);
+            model.push_back(value);
+            break;
+        case 3:
+            if (const Counted* const there = list.At(index))
+            {
+                const auto at = model.begin() + std::clamp<std::ptrdiff_t>(index, 0, std::ssize(model) - 1);
+                ASSERT_EQ(there->Value(), *at);
+                ASSERT_EQ(list.TakeAt(index)->Value(), *at);
+                model.erase(at);
+            }
+            else
+            {
+                ASSERT_TRUE(model.empty() && !list.TakeAt(index).has_value());
+            }
+            break;
+        case 4:
+            if (found != model.end())
+            {
+                ASSERT_TRUE(list.Remove(*list.At(list.IndexOf(value)))); // by a reference into the list itself
+                model.erase(found);
+            }
+            ASSERT_EQ(list.Remove(9), false);
+            break;
+        default:
+            ASSERT_EQ(list.RemoveIf([&](const Counted& c) { return c.Value() == value; }), std::erase(model, value));
+        }
+        ASSERT_EQ(Values(list), model);
+        if constexpr (std::bidirectional_iterator<typename TypeParam::iterator>)
+        {
+            ASSERT_TRUE(std::equal(model.rbegin(), model.rend(), std::make_reverse_iterator(list.end()),
+                [](int a, const Counted& b) { return a == b.Value(); }));
+        }
+    }
+}
+
+TEST(SListIteratorTest, VisitsWhatIsAppendedDuringTheWalk)
+{
+    WCValSList<int> list{1, 2};
+    std::vector<int> visited;
+    for (WCValSListIter it(list); it; ++it)
+    {
+        visited.push_back(*it);
+        if (*it < 3)
+            list.Append(*it + 2);
+    }
+    EXPECT_THAT(visited, ElementsAre(1, 2, 3, 4));
+    EXPECT_FALSE(WCValSListIter(WCValSList<int>() = {}));
+}
+
+TEST(SListMoveTest, TakesTheNodeAlong)
+{
+    WCValSList<Counted> source{0, 1, 2};
+    WCValSList<Counted> target;
+    const Counted* const moved = source.At(1);
+    EXPECT_EQ(source.MoveAt(1, target), moved);
+    EXPECT_EQ(source.MoveAt(7, target)->Value(), 2); // clipped to the last
+    EXPECT_EQ(source.MoveAt(0, target)->Value(), 0);
+    EXPECT_EQ(source.MoveAt(0, target), nullptr);
+    source.Append(3);
+    target.Append(4);
+    EXPECT_THAT(Values(source), ElementsAre(3));
+    EXPECT_THAT(Values(target), ElementsAre(1, 2, 0, 4));
+}
+
+// A list that owns what its pointers point at and compares by what these hold.
+class OwningList : public WCPtrSList<Counted>
+{
+public:
+    ~OwningList() override { Clear(); }
+
+protected:
+    void ReleaseNode(Node* node) noexcept override
+    {
+        delete node->value;
+        WCPtrSList<Counted>::ReleaseNode(node);
+    }
+    bool AreEqual(Counted* const& a, Counted* const& b) const override { return *a == *b; }
+};
+
+TEST(SListHookTest, DerivedListReleasesItsElementsAndDecidesEquality)
+{
+    {
+        OwningList list;
+        for (int i = 0; i < 5; ++i)
+            list.Append(new Counted(i));
+        Counted three(3);
+        EXPECT_EQ(list.IndexOf(&three), 3);
+        EXPECT_TRUE(list.Remove(&three));
+        EXPECT_EQ(list.RemoveIf([](const Counted* c) { return c->Value() == 0; }), 1u);
+        const std::unique_ptr<Counted> taken(*list.TakeAt(0)); // belongs to the taker
+        EXPECT_EQ(taken->Value(), 1);
+        EXPECT_EQ(Counted::living, 4);
+    }
+    EXPECT_EQ(Counted::living, 0);
+}
+
+struct CountingMemory
+{
+    static inline int blocks = 0;
+    static void* Allocate(std::size_t bytes)
+    {
+        ++blocks;
+        return WCHeap::Allocate(bytes);
+    }
+    static void Release(void* block) noexcept
+    {
+        blocks -= block != nullptr;
+        WCHeap::Release(block);
+    }
+};
+
+TEST(SListHookTest, NodesComeFromTheListsOwnMemory)
+{
+    {
+        WCValSList<Counted, CountingMemory> list{1, 2};
+        EXPECT_EQ(CountingMemory::blocks, 2);
+        FailingCopies failing(0);
+        EXPECT_THROW(list.Append(Counted(3)), std::runtime_error);
+        EXPECT_EQ(CountingMemory::blocks, 2);
+    }
+    EXPECT_EQ(CountingMemory::blocks, 0);
+}
+
+TEST(StackTest, GivesTheNewestFirst)
+{
+    WCStack<int, WCValSList<int>> stack;
+    EXPECT_EQ(stack.Top(), nullptr);
+    EXPECT_FALSE(stack.Pop().has_value());
+    for (int i = 1; i <= 3; ++i)
+        stack.Push(i);
+    EXPECT_THAT(std::vector<int>(stack.begin(), stack.end()), ElementsAre(3, 2, 1));
+    EXPECT_EQ(stack.Pop(), 3);
+    EXPECT_EQ(*stack.Top(), 2);
+}
+
+TEST(VectorTest, ResizeKeepsTheFirstAndMakesTheRest)
+{
+    {
+        WCValVector<Counted> vector;
+        vector[2] = 5; // grows
+        vector.Resize(4);
+        EXPECT_EQ(Counted::living, 4);
+        EXPECT_EQ(vector[0].Value(), 0);
+        EXPECT_EQ(vector[2].Value(), 5);
+        EXPECT_EQ(vector[3].Value(), 0);
+        vector.Resize(1);
+        EXPECT_EQ(Counted::living, 1);
+        EXPECT_EQ(vector.At(1), nullptr);
+        vector[0] = 8;
+        {
+            FailingCopies failing(0);
+            EXPECT_THROW(vector.Resize(10), std::runtime_error);
+        }
+        EXPECT_EQ(vector.Count(), 1u);
+        WCValVector<Counted> moved(std::move(vector));
+        EXPECT_TRUE(vector.IsEmpty());
+        EXPECT_EQ(moved[0].Value(), 8);
+    }
+    EXPECT_EQ(Counted::living, 0);
+    WCValVector<int> numbers;
+    EXPECT_EQ(numbers[3], 0);
+}
+
+// ---- Skip lists
+
+// Gives what the test wrote down.
+struct ScriptedRandom
+{
+    explicit ScriptedRandom(std::vector<int> numbers)
+    {
+        script = std::move(numbers);
+        calls = 0;
+    }
+    static int Next() { return script.at(calls++); }
+    static inline std::size_t calls = 0;
+    static inline std::vector<int> script;
+};
+
+// The bits of seven pairs, the first drawn first.
+int Pairs(const std::vector<int>& pairs)
+{
+    int bits = 0;
+    for (std::size_t i = 0; i < pairs.size(); ++i)
+        bits |= pairs[i] << (2 * i);
+    return bits;
+}
+
+TEST(LevelSourceTest, CountsPairsThatAreZeroUnderTheSelector)
+{
+    const int first = Pairs({0, 0, 1, 0, 2, 0, 0});
+    const int second = Pairs({0, 3, 3, 3, 3, 3, 3});
+    {
+        ScriptedRandom random({first, second});
+        WCLevelSource source(&ScriptedRandom::Next);
+        EXPECT_EQ(source.Draw(3, 19), 2); // 0 0 | 1
+        EXPECT_EQ(source.Draw(3, 19), 1); // 0 | 2
+        EXPECT_EQ(ScriptedRandom::calls, 1u);
+        EXPECT_EQ(source.Draw(3, 19), 3); // 0 0, and a new call: 0 | 3
+        EXPECT_EQ(ScriptedRandom::calls, 2u);
+    }
+    {
+        ScriptedRandom random({~0x3FFF, 0x3FFF}); // 14 bits of a call are used
+        WCLevelSource source(&ScriptedRandom::Next);
+        EXPECT_EQ(source.Draw(3, 19), 7);
+    }
+    {
+        ScriptedRandom random({first, second});
+        WCLevelSource source(&ScriptedRandom::Next);
+        EXPECT_EQ(source.Draw(1, 19), 2); // 0 0 | 1
+        EXPECT_EQ(source.Draw(1, 2), 2);  // 0 2 0 0, 0 | 3: five, cut to the limit, all of them used up
+        EXPECT_EQ(source.Draw(1, 19), 0);
+        EXPECT_EQ(ScriptedRandom::calls, 2u);
+    }
+}
+
+TEST(SkipListTest, ParametersAreClipped)
+{
+    const struct
+    {
+        unsigned selector;
+        int levels;
+        unsigned expectedSelector;
+        int expectedLevels;
+    } cases[] = {{3, 8, 3, 8}, {1, 20, 1, 20}, {0, 0, 3, 1}, {2, -4, 3, 1}, {7, 21, 3, 20}};
+    for (const auto& c : cases)
+    {
+        const WCValSkipList<int> list(c.selector, c.levels);
+        EXPECT_EQ(list.Selector(), c.expectedSelector);
+        EXPECT_EQ(list.MostLevels(), c.expectedLevels);
+    }
+}
+
+TEST(SkipListTest, LevelsThinOutBySelector)
+{
+    const struct
+    {
+        unsigned selector;
+        int levels;
+        double share; // of a level's nodes that rise to the next
+    } cases[] = {{3, 8, 0.25}, {1, 20, 0.5}, {3, 3, 0.25}};
+    constexpr int count = 20000;
+    for (const auto& c : cases)
+    {
+        std::srand(5);
+        WCValSkipListSet<int> set(c.selector, c.levels);
+        int top = set.LevelsInUse();
+        for (int i = 0; i < count; ++i)
+        {
+            set.Insert(i * 7919 % 20011);
+            ASSERT_LE(set.LevelsInUse(), top + 1);
+            top = set.LevelsInUse();
+        }
+        EXPECT_LE(top, c.levels);
+        // Five standard deviations of the binomial distribution, and some for the first nodes, which the top cuts.
+        double expected = count;
+        for (int level = 0; level < top; ++level, expected *= c.share)
+            EXPECT_NEAR(static_cast<double>(set.CountOnLevel(level)), expected, 5 * std::sqrt(expected) + 10) << level;
+    }
+}
+
+TEST(SkipListTest, DuplicatesStayInTheOrderOfInsertion)
+{
+    struct Element
+    {
+        int key;
+        int mark;
+        bool operator<(const Element& other) const { return key < other.key; }
+    };
+    WCValSkipList<Element> list(1, 8);
+    for (int mark = 0; mark < 50; ++mark)
+        list.Insert({mark % 5, mark});
+    int before = -1;
+    for (const Element& element : list)
+    {
+        EXPECT_LT(before, element.key * 100 + element.mark);
+        before = element.key * 100 + element.mark;
+    }
+    EXPECT_TRUE(list.Remove({3, 0}));
+    EXPECT_EQ(list.Find({3, 0})->mark, 8);
+    EXPECT_EQ(list.Count(), 49u);
+}
+
+TEST(SkipListTest, MatchesTheStandardContainersUnderRandomOperations)
+{
+    {
+        std::mt19937 random(42);
+        WCValSkipList<Counted> list;
+        WCValSkipListSet<Counted> set(1, 5);
+        WCValSkipListDict<int, Counted> dict;
+        std::multiset<int> listModel;
+        std::set<int> setModel;
+        std::map<int, int> dictModel;
+        for (int step = 0; step < 20000; ++step)
+        {
+            const int value = static_cast<int>(random() % 200);
+            if (random() % 2)
+            {
+                list.Insert(value);
+                listModel.insert(value);
+                ASSERT_EQ(set.Insert(value), setModel.insert(value).second);
+                ASSERT_EQ(dict.Insert(value, step), dictModel.emplace(value, step).second);
+            }
+            else
+            {
+                const auto found = listModel.find(value);
+                ASSERT_EQ(list.Remove(value), found != listModel.end());
+                if (found != listModel.end())
+                    listModel.erase(found);
+                ASSERT_EQ(set.Remove(value), setModel.erase(value) == 1);
+                ASSERT_EQ(dict.Remove(value), dictModel.erase(value) == 1);
+            }
+            ASSERT_EQ(list.Contains(value), listModel.contains(value));
+            ASSERT_EQ(set.Contains(value), setModel.contains(value));
+            ASSERT_EQ(dict.Contains(value), dictModel.contains(value));
+        }
+        const auto equal = [](const Counted& a, int b)
+        {
+            return a.Value() == b;
+        };
+        EXPECT_TRUE(std::equal(list.begin(), list.end(), listModel.begin(), listModel.end(), equal));
+        EXPECT_TRUE(std::equal(set.begin(), set.end(), setModel.begin(), setModel.end(), equal));
+        EXPECT_TRUE(std::equal(dict.begin(), dict.end(), dictModel.begin(), dictModel.end(),
+            [](const auto& a, const auto& b) { return a.key == b.first && a.value.Value() == b.second; }));
+
+        // A copy has the same levels and is independent.
+        WCValSkipListSet<Counted> copy(set);
+        for (int level = 0; level < 5; ++level)
+            EXPECT_EQ(copy.CountOnLevel(level), set.CountOnLevel(level));
+        copy.Clear();
+        EXPECT_TRUE(std::equal(set.begin(), set.end(), setModel.begin(), setModel.end(), equal));
+        copy = std::move(set);
+        EXPECT_TRUE(set.IsEmpty());
+        EXPECT_TRUE(set.Insert(1));
+        EXPECT_EQ(copy.Count(), setModel.size());
+    }
+    EXPECT_EQ(Counted::living, 0);
+}
+
+TEST(SkipListTest, FailedCopyLosesNothing)
+{
+    {
+        WCValSkipListDict<int, Counted> source;
+        for (int i = 0; i < 20; ++i)
+            source.Insert(i, i);
+        WCValSkipListDict<int, Counted> target;
+        target.Insert(1, 77);
+        FailingCopies failing(10);
+        EXPECT_THROW(target = source, std::runtime_error);
+        EXPECT_THROW(target.Insert(2, Counted(1)), std::runtime_error);
+        EXPECT_EQ(target.Count(), 1u);
+        EXPECT_EQ(target.Find(1)->Value(), 77);
+        EXPECT_EQ(target.Find(2), nullptr);
+    }
+    EXPECT_EQ(Counted::living, 0);
+}
+
+TEST(SkipListTest, FirstValueOfAKeyStays)
+{
+    WCValSkipListDict<int, int> dict;
+    dict.Insert(1, 10);
+    EXPECT_FALSE(dict.Insert(1, 11));
+    dict[1] += 5;
+    EXPECT_EQ(dict[2], 0);
+    for (auto& [key, value] : dict)
+        value += key;
+    EXPECT_EQ(*std::as_const(dict).Find(1), 16);
+    EXPECT_EQ(*dict.Find(2), 2);
+
+    WCValSkipListSet<int> set;
+    const int* one = &set.FindOrInsert(1);
+    EXPECT_EQ(&set.FindOrInsert(1), one);
+}
+
+TEST(SkipListTest, PointerSetComparesWhatIsPointedAt)
+{
+    int values[] = {3, 1, 2, 1};
+    WCPtrSkipListSet<int> set;
+    for (int& value : values)
+        set.Insert(&value);
+    EXPECT_FALSE(set.Insert(nullptr));
+    EXPECT_THAT(std::vector<int*>(set.begin(), set.end()), ElementsAre(&values[1], &values[2], &values[0]));
+    EXPECT_EQ(set.Find(1), &values[1]);
+    EXPECT_TRUE(set.Remove(2));
+    EXPECT_FALSE(set.Contains(2));
+}
+
+// All lists of the module draw from one store.
+TEST(SkipListTest, ListsOfSeveralThreadsShareTheLevelSource)
+{
+    std::vector<std::thread> threads;
+    std::vector<WCValSkipListSet<int>> sets(4);
+    for (auto& set : sets)
+        threads.emplace_back(
+            [&set]
+            {
+                for (int i = 0; i < 5000; ++i)
+                    set.Insert(i);
+            });
+    for (std::size_t i = 0; i < threads.size(); ++i)
+    {
+        threads[i].join();
+        EXPECT_EQ(sets[i].Count(), 5000u);
+        EXPECT_NEAR(static_cast<double>(sets[i].CountOnLevel(1)), 1250, 160);
+    }
+}
+
+} // namespace
