@@ -4,9 +4,16 @@
 #include "core/module_paths.h"
 #include "core/version_block.h"
 #include "support/temp_folder.h"
-#include "unit/module/fake_image.h"
+
+#include <windows.h>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <vector>
 
 using namespace qx;
 using namespace qxtest;
@@ -15,6 +22,106 @@ namespace
 {
 
 constexpr std::uint32_t below = 0x80000000; // marks the place of a directory
+
+class Bytes : public std::vector<std::uint8_t>
+{
+public:
+    using vector::vector;
+
+    template <class Value>
+    void Put(std::size_t place, Value value)
+    {
+        resize(std::max(size(), place + sizeof value));
+        std::memcpy(data() + place, &value, sizeof value);
+    }
+    void Add(std::wstring_view text) // with its end
+    {
+        for (const wchar_t unit : text)
+            Put(size(), unit);
+        Put(size(), wchar_t{0});
+    }
+    void Align() { resize((size() + 3) / 4 * 4); }
+};
+
+// A node of a version block.
+Bytes VersionNode(std::wstring_view key, const std::vector<Bytes>& children)
+{
+    Bytes node(6);
+    node.Put(4, std::uint16_t{1});
+    node.Add(key);
+    node.Align();
+    for (const Bytes& child : children)
+    {
+        node.Align();
+        node.insert(node.end(), child.begin(), child.end());
+    }
+    node.Put(0, static_cast<std::uint16_t>(node.size()));
+    return node;
+}
+
+Bytes VersionText(std::wstring_view key, std::wstring_view text)
+{
+    Bytes node = VersionNode(key, {});
+    node.Add(text);
+    node.Put(0, static_cast<std::uint16_t>(node.size()));
+    node.Put(2, static_cast<std::uint16_t>(text.size() + 1));
+    return node;
+}
+
+// The translation 0409, 04b0.
+Bytes Translation()
+{
+    Bytes value = VersionNode(L"Translation", {});
+    value.Put(value.size(), 0x04B00409);
+    value.Put(0, static_cast<std::uint16_t>(value.size()));
+    value.Put(2, 4); // and binary
+    return VersionNode(L"VarFileInfo", {value});
+}
+
+// A loaded image with one section and its resources at `resources`, where the test puts them.
+class FakeImage : public Bytes
+{
+public:
+    static constexpr std::uint32_t resources = 0x1000;
+    static constexpr std::uint32_t size = 0x2000;
+    static constexpr std::size_t header = 0x80;
+    static constexpr std::size_t optional = header + 24;
+    static constexpr std::size_t resourcesPlace = optional + 112 + 16;
+    static constexpr std::size_t section = optional + 240;
+
+    FakeImage() : Bytes(size)
+    {
+        Put(0, 'M' | 'Z' << 8);
+        Put<std::uint32_t>(0x3C, header);
+        Put(header, 'P' | 'E' << 8);
+        Put<std::uint16_t>(header + 6, 1);
+        Put<std::uint32_t>(header + 8, 1'000'000'000);
+        Put<std::uint16_t>(header + 20, 240);
+        Put<std::uint16_t>(optional, 0x20B);
+        Put<std::uint32_t>(optional + 56, size);
+        Put<std::uint32_t>(resourcesPlace, resources);
+        Put<std::uint32_t>(section + 12, 0x1800);
+    }
+
+    // A directory of resources; places count from the start of the resources on.
+    void Directory(std::uint32_t place, std::uint16_t named, std::uint16_t numbered)
+    {
+        Put(resources + place + 12, named);
+        Put(resources + place + 14, numbered);
+    }
+    void Entry(std::uint32_t directory, unsigned index, std::uint32_t name, std::uint32_t place)
+    {
+        Put(resources + directory + 16 + index * 8, name);
+        Put(resources + directory + 16 + index * 8 + 4, place);
+    }
+    void Leaf(std::uint32_t place, std::uint32_t address, std::uint32_t length)
+    {
+        Put(resources + place, address);
+        Put(resources + place + 4, length);
+    }
+
+    HMODULE Module() const { return reinterpret_cast<HMODULE>(const_cast<std::uint8_t*>(data())); }
+};
 
 // Types at 0, names of type 16 at 0x100, languages at 0x200, two leaves.
 FakeImage ImageWithBlock()
@@ -37,7 +144,7 @@ FakeImage ImageWithBlock()
 std::ptrdiff_t PlaceOfBlock(const FakeImage& image)
 {
     const void* const block = FindVersionBlock(image.Module());
-    return block ? static_cast<const std::uint8_t*>(block) - image.Data() : -1;
+    return block ? static_cast<const std::uint8_t*>(block) - image.data() : -1;
 }
 
 Bytes Block(std::wstring_view language, const std::vector<Bytes>& texts, bool withTranslation = true)
@@ -51,8 +158,8 @@ Bytes Block(std::wstring_view language, const std::vector<Bytes>& texts, bool wi
 String Describe(HMODULE module, const Bytes& block)
 {
     Bytes copy = block;
-    copy.Add(Bytes(block.Size())); // room for the system
-    return DescribeVersionBlock(module, copy.Data());
+    copy.resize(2 * block.size()); // room for the system
+    return DescribeVersionBlock(module, copy.data());
 }
 
 } // namespace
@@ -76,7 +183,7 @@ TEST(ModuleImage, TheLastLanguageOfTheBlockWithTheNumberOneAlone)
         {[](FakeImage& image) { image.Entry(0, 2, 16, 0xFFFFFFF0); }, -1},
         {[](FakeImage& image) { image.Put<std::uint32_t>(FakeImage::resourcesPlace, 0xFFFFFFF0); }, -1},
         {[](FakeImage& image) { image.Put<std::uint32_t>(0x3C, 0xFFFFFFF0); }, -1},
-        {[](FakeImage& image) { image.PutText(0, "ZM"); }, -1},
+        {[](FakeImage& image) { image.Put(0, 'Z' | 'M' << 8); }, -1},
     };
     for (const auto& c : cases)
     {
@@ -90,7 +197,7 @@ TEST(ModuleImage, TheLastLanguageOfTheBlockWithTheNumberOneAlone)
     FakeImage image = ImageWithBlock();
     image.Put<std::uint32_t>(FakeImage::resourcesPlace, 0x1900);
     EXPECT_EQ(PlaceOfBlock(image), -1);
-    image.PutText(FakeImage::section, ".rsrc");
+    std::memcpy(&image[FakeImage::section], ".rsrc", 5);
     image.Put<std::uint32_t>(FakeImage::section + 12, FakeImage::resources);
     EXPECT_EQ(PlaceOfBlock(image), 0x1700);
 }
@@ -157,8 +264,6 @@ TEST(ModuleDescription, OfFilesByTheirNames)
     String longKey;
     longKey.Fill(L'k', 200);
     EXPECT_STREQ(GetFileVersionValue(copy, longKey), L"");
-    EXPECT_STREQ(GetFileVersionValue(folder.Path(L"none"), L"CompanyName"), L"");
-
     String description(L"before");
     EXPECT_STREQ(GetFileVersionText(copy, &description), L"1.2.3.4");
     EXPECT_STREQ(description, L"Tests of the module frame");

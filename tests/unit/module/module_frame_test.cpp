@@ -1,6 +1,8 @@
 #include "core/module_frame.h"
 
 #include "core/assertion.h"
+#include "core/environment_type.h"
+#include "core/language.h"
 #include "core/module.h"
 #include "core/module_paths.h"
 #include "support/debug_lines.h"
@@ -9,8 +11,10 @@
 
 #include <stdlib.h>
 
+#include <cstddef>
 #include <new>
 #include <string>
+#include <vector>
 
 using namespace qx;
 using qxtest::DebugLines;
@@ -47,6 +51,23 @@ protected:
         DetachModule({});
         _set_invalid_parameter_handler(nullptr);
     }
+};
+
+EnvironmentType TypeOfGroups(std::vector<std::vector<unsigned char>> sids)
+{
+    std::vector<std::byte> memory(sizeof(TOKEN_GROUPS) + sids.size() * sizeof(SID_AND_ATTRIBUTES));
+    auto& groups = *reinterpret_cast<TOKEN_GROUPS*>(memory.data());
+    groups.GroupCount = static_cast<DWORD>(sids.size());
+    for (std::size_t i = 0; i < sids.size(); ++i)
+        groups.Groups[i].Sid = sids[i].data();
+    return EnvironmentTypeOfGroups(groups);
+}
+
+class Environment : public testing::Test
+{
+protected:
+    Environment() { ForgetEnvironment(); }
+    ~Environment() override { ForgetEnvironment(); }
 };
 
 } // namespace
@@ -128,4 +149,90 @@ TEST_F(ModuleFrame, NamesOfTheProgram)
     EXPECT_EQ(paths.directory + paths.file, paths.path);
     EXPECT_EQ(paths.path, LibraryPaths().path);
     EXPECT_EQ(paths.path, ModulePath(nullptr).Upper());
+}
+
+TEST_F(Environment, NamesOfUsersAndPrograms)
+{
+    const struct
+    {
+        const wchar_t *user, *process;
+        EnvironmentType expected;
+    } cases[] = {{L"ASPNET", L"ANY", EnvironmentType::webServer}, {L"jane", L"aspnet_wp", EnvironmentType::webServer},
+        {L"jane", L"IISEXPRESS", EnvironmentType::webServer}, {L"system", L"W3WP", EnvironmentType::webServer},
+        {L"jane", L"W3WP2", EnvironmentType::unknown}, {L"jane", L"WEBDEV.WEBSERVER40", EnvironmentType::webServer},
+        {L"jane", L"WEBDEV.WEBSERVE", EnvironmentType::unknown}, {L"System", L"ANY", EnvironmentType::service},
+        {L"", L"", EnvironmentType::unknown}};
+    for (const auto& c : cases)
+        EXPECT_EQ(EnvironmentTypeOfNames(c.user, c.process), c.expected) << String(c.process).NarrowText();
+}
+
+TEST_F(Environment, GroupsOfTheToken)
+{
+    const std::vector<unsigned char> interactive = {1, 1, 0, 0, 0, 0, 0, 5, 4, 0, 0, 0};
+    const std::vector<unsigned char> service = {1, 1, 0, 0, 0, 0, 0, 5, 6, 0, 0, 0};
+    const std::vector<unsigned char> everyone = {1, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
+    const std::vector<unsigned char> longer = {1, 2, 0, 0, 0, 0, 0, 5, 4, 0, 0, 0, 1, 0, 0, 0};
+    const std::vector<unsigned char> none = {1, 0, 0, 0, 0, 0, 0, 5};
+    EXPECT_EQ(TypeOfGroups({everyone, interactive}), EnvironmentType::interactive);
+    EXPECT_EQ(TypeOfGroups({service, interactive}), EnvironmentType::interactive);
+    EXPECT_EQ(TypeOfGroups({everyone, service}), EnvironmentType::service);
+    EXPECT_EQ(TypeOfGroups({longer, none}), EnvironmentType::service);
+    EXPECT_EQ(TypeOfGroups({}), EnvironmentType::service);
+}
+
+#ifndef _WIN32 // the layer's session has no screen
+TEST_F(Environment, NobodyIsThereWithoutAScreen)
+{
+    const DebugLines lines;
+    EXPECT_FALSE(GetUIInteractionAllowed());
+    EXPECT_FALSE(GetUIInteractionAllowed());
+    EXPECT_STREQ(lines.Only(), L"suppressed UI interaction: invisible WindowStation");
+}
+#else
+TEST_F(Environment, TheRegistryCanSilenceAProgram)
+{
+    HKEY key = nullptr;
+    ASSERT_EQ(
+        RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"Software\\trelmo", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr),
+        ERROR_SUCCESS);
+    const auto set = [key](const String& names)
+    {
+        ForgetEnvironment();
+        RegSetValueExW(key, L"NonInteractiveApps", 0, REG_SZ, reinterpret_cast<const BYTE*>(names.Text()),
+            static_cast<DWORD>((names.Length() + 1) * sizeof(wchar_t)));
+    };
+    const bool isInteractive = GetOSEnvironmentType() == EnvironmentType::interactive;
+    set(L"other;" + ProcessBaseName() + L"x");
+    EXPECT_EQ(GetUIInteractionAllowed(), isInteractive);
+
+    const DebugLines lines;
+    String name = ProcessBaseName();
+    name.MakeLower();
+    set(L"other;" + name);
+    EXPECT_FALSE(GetUIInteractionAllowed());
+    EXPECT_STREQ(lines.Only(), L"suppressed UI interaction: application '" + ProcessBaseName() +
+                                   L"' forced to be UI inactive by registry key");
+    RegDeleteValueW(key, L"NonInteractiveApps");
+    RegCloseKey(key);
+}
+#endif
+
+TEST(Language, CodesBySublanguageAndByLanguage)
+{
+    struct
+    {
+        unsigned primary, sublanguage;
+        int code;
+    } const cases[] = {{9, 1, 1}, {7, 1, 0}, {7, 2, 0}, {7, 0, 0}, // English, German
+        {4, 2, 9}, {4, 1, 48}, {4, 3, 1}, {4, 0, 1},               // Chinese only with two
+        {10, 9, 130}, {10, 1, 37}, {22, 1, 129}, {22, 2, 31},      // Spanish, Portuguese
+        {26, 3, 36}, {26, 2, 42}, {26, 1, 10}, {26, 0, 10},        // Croatian and Serbian
+        {1, 1, 2}, {2, 1, 6}, {3, 1, 8}, {5, 1, 11}, {6, 1, 12}, {8, 1, 19}, {11, 1, 17}, {12, 1, 18}, {13, 1, 20},
+        {14, 1, 21}, {15, 1, 22}, {16, 1, 24}, {17, 1, 25}, {18, 1, 26}, {19, 1, 13}, {20, 1, 29}, {21, 1, 30},
+        {24, 1, 32}, {25, 1, 33}, {27, 1, 34}, {28, 1, 4}, {29, 1, 38}, {30, 1, 39}, {31, 1, 40}, {33, 1, 23},
+        {34, 1, 41}, {35, 1, 7}, {36, 1, 35}, {37, 1, 14}, {38, 1, 27}, {39, 1, 28}, {41, 1, 16}, {45, 1, 5},
+        {54, 1, 3}, {56, 1, 15}, {0, 1, 1}, {23, 1, 1}, {32, 1, 1}, {57, 1, 1}, {0x3FF, 0x3F, 1}};
+    for (const auto& c : cases)
+        EXPECT_EQ(LanguageCode(static_cast<LANGID>(c.sublanguage << 10 | c.primary)), c.code)
+            << c.primary << ", " << c.sublanguage;
 }
