@@ -5,7 +5,6 @@
 #include <wchar.h>
 #include <wctype.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -144,9 +143,6 @@ TEST(CrtText, FoldsNothingButAToZ)
         EXPECT_EQ(Sign(_wcsnicmp(c.a, c.b, 100)), c.order) << c.a;
     }
     EXPECT_EQ(_wcsnicmp(L"NAME=1", L"name=2", 5), 0);
-    EXPECT_EQ(Sign(_stricmp("Name[", "nAME{")), -1);
-    EXPECT_EQ(Sign(_strnicmp("\xc4x", "\xe4x", 1)), -1);
-    EXPECT_EQ(_strnicmp("TEXT/a", "text/B", 5), 0);
     for (unsigned c = 0; c < 0x10000; ++c)
     {
         const auto unit = static_cast<wint_t>(c);
@@ -173,9 +169,6 @@ TEST(CrtText, FindsPartsAndCopies)
     EXPECT_EQ(wcsstr(text, L"a/bc"), text + 4);
     EXPECT_EQ(wcsstr(text, L"d;"), nullptr);
     EXPECT_EQ(wcsspn(text, L"/ab"), 7u);
-    EXPECT_EQ(wcscspn(text, L";c"), 7u);
-    EXPECT_EQ(wcspbrk(text, L";c"), text + 7);
-    EXPECT_EQ(wcspbrk(text, L"x"), nullptr);
 
     wchar_t buffer[16];
     wmemset(buffer, L'#', 16);
@@ -183,16 +176,8 @@ TEST(CrtText, FindsPartsAndCopies)
     EXPECT_EQ(wmemcmp(buffer, L"abc\0\0\0#", 7), 0) << "filled up with zeros";
     wcsncpy(buffer, L"wxyz", 3);
     EXPECT_EQ(wmemcmp(buffer, L"wxy\0", 4), 0) << "cut without a terminator";
-    wcscat(buffer, L"-1");
-    wcsncat(buffer, L"2345", 2);
-    wcsncat(buffer, L"6", 9);
-    EXPECT_STREQ(buffer, L"wxy-1236");
-    wmemmove(buffer + 1, buffer, 9);
-    EXPECT_STREQ(buffer, L"wwxy-1236");
-
-    wchar_t* copy = _wcsdup(L"\u20ac 5");
-    EXPECT_STREQ(copy, L"\u20ac 5");
-    std::free(copy);
+    wmemmove(buffer + 1, buffer, 4);
+    EXPECT_STREQ(buffer, L"wwxy");
 }
 
 // The macros of the other tests compare and show 16 bits.

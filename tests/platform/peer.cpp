@@ -102,11 +102,6 @@ int RunPeer(int count, char** arguments)
     const Text path = Text::Widen(arguments[2]);
     const DWORD first = static_cast<DWORD>(std::strtoul(arguments[3], nullptr, 10));
     const DWORD second = static_cast<DWORD>(std::strtoul(arguments[4], nullptr, 10));
-    if (task == "exit")
-    {
-        Sleep(first);
-        return static_cast<int>(second);
-    }
     if (task == "count" || task == "countlocked")
         return Count(path, task == "countlocked", first, second);
     if (task == "clipboard")
@@ -116,21 +111,6 @@ int RunPeer(int count, char** arguments)
     if (!file || (task == "lock" && !LockFile(file, 2, 0, 3, 0)))
         return 7;
     return Hold(signal);
-}
-
-int Tell(int count, char** arguments)
-{
-    std::string told;
-    const std::string question = count > 1 ? arguments[1] : "";
-    if (question == "--variable")
-        told = std::string("[") + std::getenv(arguments[2]) + "]";
-    else if (question == "--exists")
-        told = Exists(Text::Widen(arguments[2])) ? "[yes]" : "[no]";
-    else
-        for (int index = 1; index < count; ++index)
-            told += std::string("[") + arguments[index] + "]";
-    MakeFile(Text::Widen(arguments[0]), told);
-    return 0;
 }
 
 Peer::Peer(const Folder& folder, const char* task, const Text& path, DWORD first, DWORD second)
@@ -189,8 +169,6 @@ int main(int count, char** arguments)
 {
     if (count > 1 && std::string(arguments[1]) == "--peer")
         return qxtest::RunPeer(count - 2, arguments + 2);
-    if (count > 2 && std::string(arguments[1]) == "--tell")
-        return qxtest::Tell(count - 2, arguments + 2);
     testing::InitGoogleTest(&count, arguments);
     return RUN_ALL_TESTS();
 }

@@ -11,9 +11,6 @@ namespace qxtest
 // What the second process does, as its first argument tells; each ends when the first one says so, or when done.
 int RunPeer(int count, char** arguments);
 
-// Writes to a file how this process was started: its further arguments, or what they ask for.
-int Tell(int count, char** arguments);
-
 class Peer
 {
 public:

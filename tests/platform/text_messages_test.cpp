@@ -84,33 +84,6 @@ TEST(Messages, Inserts)
 #endif
 }
 
-TEST(Messages, ArgumentsAsArray)
-{
-    DWORD_PTR values[] = {reinterpret_cast<DWORD_PTR>(L"one"), 2, reinterpret_cast<DWORD_PTR>(L"three")};
-    wchar_t buffer[100];
-    const DWORD flags = FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY;
-    const auto arguments = reinterpret_cast<va_list*>(values);
-    EXPECT_EQ(Result(FormatMessageW(flags, L"%3 %2!d! %1", 0, 0, buffer, 100, arguments), buffer), "three 2 one");
-    EXPECT_EQ(Result(FormatMessageW(flags, L"%1", 0, 0, buffer, 100, nullptr), buffer), "error 87");
-    DWORD_PTR numbers[] = {6, 3, 10, 20, 4, 40};
-    const auto array = reinterpret_cast<va_list*>(numbers);
-    EXPECT_EQ(
-        Result(FormatMessageW(flags, L"%1!*.*d! %4!d! %5!*d!", 0, 0, buffer, 100, array), buffer), "   010 20   40");
-}
-
-TEST(Messages, LineWidths)
-{
-    constexpr DWORD ONE_LINE = FORMAT_MESSAGE_MAX_WIDTH_MASK;
-    EXPECT_EQ(Format(ONE_LINE, L"a\nb\r\nc  d%nx"), "a b c  d\r\nx");
-    EXPECT_EQ(Format(ONE_LINE, L"%1", L"w\nx"), "w\nx"); // an insert stays as it is
-    EXPECT_EQ(Format(10, L"the quick brown fox jumps"), "the quick\r\nbrown fox\r\njumps");
-    EXPECT_EQ(Format(10, L"%1 %1 %1", L"abc def"), "abc def\r\nabc def\r\nabc def");
-    EXPECT_EQ(Format(10, L"aaaa     bbbb     cccc"), "aaaa\r\nbbbb\r\ncccc");
-    EXPECT_EQ(Format(10, L"aaaa bbbb%ncccc dddd eeee"), "aaaa bbbb\r\ncccc dddd\r\neeee");
-    EXPECT_EQ(Format(4, L"abcde fgh"), "abcd\r\ne\r\nfgh");
-    EXPECT_EQ(Format(10 | FORMAT_MESSAGE_IGNORE_INSERTS, L"the quick %1 brown fox"), "the quick\r\n%1 brown\r\nfox");
-}
-
 TEST(Messages, Buffers)
 {
     wchar_t buffer[] = L"#######";
