@@ -1,9 +1,8 @@
 // Archives made to measure: each field of each record can be set to what a test wants to see refused or taken.
 #pragma once
 
+#include "support/zlib_reference.h"
 #include "zip/records.h"
-
-#include <zlib.h>
 
 #include <cstdint>
 #include <string>
@@ -12,27 +11,13 @@
 namespace qxtest
 {
 
-inline std::string Deflated(const std::string& content)
-{
-    std::string data(compressBound(static_cast<uLong>(content.size())) + 16, '\0');
-    z_stream stream{};
-    deflateInit2(&stream, 9, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY);
-    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(content.data()));
-    stream.avail_in = static_cast<uInt>(content.size());
-    stream.next_out = reinterpret_cast<Bytef*>(data.data());
-    stream.avail_out = static_cast<uInt>(data.size());
-    deflate(&stream, Z_FINISH);
-    data.resize(stream.total_out);
-    deflateEnd(&stream);
-    return data;
-}
-
 // The usual form of a member; what differs is told by the change.
 struct BuiltMember
 {
     BuiltMember(std::string memberName, std::string memberContent, std::uint16_t method = qx::zipMethodDeflate)
         : name(std::move(memberName)),
-          data(method == qx::zipMethodDeflate ? Deflated(memberContent) : memberContent)
+          data(method == qx::zipMethodDeflate ? DeflatedByZlib(memberContent, 9, -15, 8, Z_DEFAULT_STRATEGY)
+                                              : memberContent)
     {
         central.signature = qx::zipCentralSignature;
         central.versionMadeBy = qx::zipVersionMadeBy;

@@ -200,17 +200,16 @@ TEST(Dates, DaylightTimeOfThePresentZone)
 {
     SYSTEMTIME start, end, local;
     TIME_ZONE_INFORMATION zone;
+    EXPECT_EQ(UtilLocGetDSTStartAndEndInUTC(2030, nullptr, nullptr), 0);
     EXPECT_EQ(UtilLocGetDSTStartAndEndInUTC(2030, &start, &end), 0);
     if (GetTimeZoneInformation(&zone) == TIME_ZONE_ID_UNKNOWN)
     {
-        EXPECT_EQ(Show(start), "0-0-0 0:0:0");
-        EXPECT_EQ(Show(end), "0-0-0 0:0:0");
+        EXPECT_EQ(Show(start) + Show(end), "0-0-0 0:0:00-0-0 0:0:0");
         return;
     }
     ASSERT_TRUE(SystemTimeToTzSpecificLocalTime(&zone, &start, &local)); // the first moment on the new clock
     EXPECT_EQ((local.wHour * 60 + local.wMinute) - (zone.DaylightDate.wHour * 60 + zone.DaylightDate.wMinute),
         -zone.DaylightBias);
-    EXPECT_EQ(UtilLocGetDSTStartAndEndInUTC(2030, nullptr, nullptr), 0);
 }
 
 } // namespace

@@ -38,7 +38,6 @@ TEST(ProfileJob, NullJobIsHarmlessEverywhere)
     ProfEmptyList(nullptr, nullptr);
     ProfDeleteListW(nullptr, nullptr, L"a");
     ProfDeleteItemW(nullptr, nullptr, L"a");
-    ProfSetStringW(nullptr, nullptr, L"a", L"1");
     ProfAppendStringA(nullptr, nullptr, "a", "1");
     EXPECT_EQ(ProfGetError(nullptr), PROF_ERR_INVALID_JOB);
     EXPECT_EQ(ProfSaveW(nullptr, L"file", 0), PROF_OK);

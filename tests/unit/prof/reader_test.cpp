@@ -1,5 +1,4 @@
 #include "core/module.h"
-#include "prof/line_reader.h"
 #include "prof/output.h"
 #include "prof/packed_form.h"
 #include "prof/path.h"
@@ -7,7 +6,6 @@
 #include "unit/prof/job_support.h"
 
 #include <algorithm>
-#include <vector>
 
 using namespace qx;
 using namespace qxtest;
@@ -23,41 +21,7 @@ struct CodePageScope
     const unsigned before = DefaultCodePage();
 };
 
-std::vector<String> Lines(std::string_view bytes, UTFType encoding)
-{
-    const MemoryStream stream(bytes);
-    clsFileRO file(stream);
-    clsProfLineReader reader(file, encoding);
-    std::vector<String> lines;
-    String peeked = reader.PeekLine();
-    scProfLine line;
-    while (reader.NextLine(line))
-    {
-        EXPECT_EQ(line.length, wcslen(line.text));
-        EXPECT_STREQ(line.text, peeked);
-        lines.emplace_back(line.text);
-        peeked = reader.PeekLine();
-    }
-    EXPECT_FALSE(reader.NextLine(line));
-    return lines;
-}
-
 } // namespace
-
-TEST(ProfReader, LinesInEveryEncoding)
-{
-    const std::wstring_view text = L"\r\n\n \t a \t\rb\r\n\r\n \t \nc \u00E4";
-    const std::vector<String> expected{L"a \t", L"b", L"", L"c \u00E4"};
-    EXPECT_EQ(Lines(Bytes(text), UTFType::UTF16LE), expected);
-    EXPECT_EQ(Lines(Bytes(text), UTFType::UTF16BE), expected) << "read without swapping";
-    EXPECT_EQ(Lines("\r\n\n \t a \t\rb\r\n\r\n \t \nc \xC3\xA4", UTFType::UTF8), expected);
-    const CodePageScope scope(1252);
-    EXPECT_EQ(Lines("\r\n\n \t a \t\rb\r\n\r\n \t \nc \xE4", UTFType::Unknown), expected);
-
-    EXPECT_EQ(Lines("", UTFType::UTF16LE), std::vector<String>());
-    EXPECT_EQ(Lines("\r\n", UTFType::Unknown), std::vector<String>());
-    EXPECT_EQ(Lines({"a\0b\nc\0\0d", 9}, UTFType::UTF8), (std::vector<String>{L"a", L"c"}));
-}
 
 TEST(ProfReader, EightBitTextByTheCodePage)
 {
@@ -78,22 +42,6 @@ TEST(ProfReader, EightBitTextByTheCodePage)
         const JobHolder job = NewJob();
         EXPECT_TRUE(job->Load(file));
         EXPECT_STREQ(Tree(job->Root()), test.tree) << test.codePage;
-    }
-}
-
-// A look at the whole stream comes first, and is good for passing over a mark that doesn't belong to the object.
-TEST(ProfStream, ObjectBeginsAtThePosition)
-{
-    const std::string lines = Bytes(L"a=1\r\n}\r\n") + std::string(600, '#');
-    for (const std::wstring_view before : {L"", L"\xFEFF", L"[other]\r\n{\r\n}\r\n"})
-    {
-        const MemoryStream stream(Bytes(before) + lines);
-        clsFileRO file(stream);
-        if (before.size() > 1)
-            file.clsFile::Seek(static_cast<int64_t>(before.size() * sizeof(wchar_t)));
-        const JobHolder job = NewJob(ProfMode::Hold, L"object", 3);
-        EXPECT_TRUE(job->Load(file));
-        EXPECT_STREQ(Tree(job->Root()), L"a=1;") << before.size();
     }
 }
 

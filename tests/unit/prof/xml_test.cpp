@@ -340,58 +340,45 @@ TEST(ProfXml, DamageGivesATreeOrTheError)
     }
 }
 
-// A tree of any characters comes back from the XML form, but for line breaks, which become CR LF; and from all others
-// what the text form keeps.
+// A tree of any characters comes back from the XML form, but for line breaks, which become CR LF.
 TEST(ProfXml, RandomTreesComeBack)
 {
     std::mt19937 random(5);
-    const auto below = [&](unsigned limit)
-    {
-        return static_cast<unsigned>(random()) % limit;
-    };
     const auto text = [&]
     {
         constexpr std::wstring_view kSpecial = L"&<>'\"\t\x01\x1F ;#x[]=/.\xFFFD\xD800";
         String result;
-        for (unsigned i = below(12); i > 0; --i)
-        {
-            const unsigned kind = below(4);
-            if (kind == 0)
-                result += kSpecial[below(kSpecial.size())];
-            else if (kind == 1)
+        for (auto i = random() % 12; i > 0; --i)
+            switch (random() % 4)
+            {
+            case 0:
+                result += kSpecial[random() % kSpecial.size()];
+                break;
+            case 1:
                 result += L"\r\n";
-            else
-                result += static_cast<wchar_t>(kind == 2 ? L'a' + below(26) : 0x20 + below(0xFFDF));
-        }
+                break;
+            default:
+                result += static_cast<wchar_t>(random() % 2 == 0 ? L'a' + random() % 26 : 0x20 + random() % 0xFFDF);
+            }
         return result;
     };
     for (int round = 0; round < 200; ++round)
     {
         const JobHolder job = NewJob();
         std::vector<clsItemList*> lists{&job->Root()};
-        for (unsigned i = below(40); i > 0; --i)
+        for (auto i = 1 + random() % 40; i > 0; --i)
         {
-            clsItemList& list = *lists[below(static_cast<unsigned>(lists.size()))];
-            const bool isList = below(3) == 0;
-            String name = text();
+            clsItemList& list = *lists[random() % lists.size()];
             // A leading bracket is what a list's name loses when it is made.
-            clsItem& item = isList ? job->NewList(list, (String(L"n") + name).View())
-                                   : job->NewLeaf(list, name.View(), text().View());
+            clsItem& item = random() % 3 == 0 ? job->NewList(list, (String(L"n") + text()).View())
+                                              : job->NewLeaf(list, text().View(), text().View());
             list.AppendItem(item);
-            if (isList)
+            if (item.List() != nullptr)
                 lists.push_back(item.List());
         }
         const std::string saved = Saved(job, 1);
-        if (saved.empty())
-            continue;
         const JobHolder again = NewJob();
         EXPECT_STREQ(Loaded(saved, again), Tree(job->Root()));
         EXPECT_EQ(Saved(again, 1), saved);
-        EXPECT_STREQ(Loaded(Saved(again, 1 | kProfSavePacked)), Tree(job->Root()));
-        // In the text form, and as an object, which has the same one list deeper.
-        const JobHolder object = NewJob(ProfMode::Hold, L"o", 2);
-        object->CopyItems(object->Root(), job->Root());
-        EXPECT_STREQ(Loaded(Saved(object, 0), NewJob(ProfMode::Hold, L"o", 2)),
-            L"[o]{" + Loaded(Saved(job, kProfSavePacked)) + L"}");
     }
 }
