@@ -7,12 +7,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/system_support.h"
-
 namespace
 {
-
-using qxtest::isLayer;
 
 std::string Text(const SYSTEMTIME& time)
 {
@@ -51,66 +47,31 @@ std::string Converted(Convert convert, TIME_ZONE_INFORMATION* zone, const char* 
     return Text(result).substr(0, 16);
 }
 
-constexpr SYSTEMTIME Rule(WORD month, WORD week, WORD hour)
-{
-    return {0, month, 0, week, hour, 0, 0, 0};
-}
-
-// The rules in force since 1996, 2007 and 2008, and Brazil's from 2018 on until it gave them up in 2019.
-TIME_ZONE_INFORMATION BERLIN{-60, L"", Rule(10, 5, 3), 0, L"", Rule(3, 5, 2), -60};
-TIME_ZONE_INFORMATION NEW_YORK{300, L"", Rule(11, 1, 2), 0, L"", Rule(3, 2, 2), -60};
-TIME_ZONE_INFORMATION SYDNEY{-600, L"", Rule(4, 1, 3), 0, L"", Rule(10, 1, 2), -60};
-TIME_ZONE_INFORMATION SAO_PAULO{180, L"", Rule(2, 3, 0), 0, L"", Rule(11, 1, 0), -60};
-TIME_ZONE_INFORMATION KOLKATA{-330, L"", {}, 0, L"", {}, -60};
-
-TEST(TimeZones, TimesOfAGivenZone)
-{
-    struct
-    {
-        TIME_ZONE_INFORMATION* zone;
-        Convert convert;
-        const char* time;
-        const char* result;
-    } const cases[] = {{&BERLIN, ToLocal, "2018-03-25 00:59", "2018-03-25 01:59"},
-        {&BERLIN, ToLocal, "2018-03-25 01:00", "2018-03-25 03:00"},
-        {&BERLIN, ToLocal, "2018-10-28 01:00", "2018-10-28 02:00"},
-        {&BERLIN, ToLocal, "1601-07-01 00:00", "1601-07-01 02:00"},
-        {&BERLIN, ToUniversal, "2018-03-25 02:30", "2018-03-25 00:30"}, // which the clocks skip
-        {&BERLIN, ToUniversal, "2018-10-28 02:30", "2018-10-28 00:30"}, // which they show twice
-        {&BERLIN, ToUniversal, "1601-01-01 00:00", "error 87"}, {&BERLIN, ToUniversal, "2018-13-01 00:00", "error 87"},
-        {&BERLIN, ToLocal, "1600-07-01 00:00", "error 87"},
-        {&NEW_YORK, ToLocal, "2018-11-04 06:00", "2018-11-04 01:00"},
-        {&SYDNEY, ToLocal, "2018-03-31 15:59", "2018-04-01 02:59"},
-        {&SYDNEY, ToLocal, "2018-12-31 23:30", "2019-01-01 10:30"},
-        {&SAO_PAULO, ToLocal, "2018-02-18 01:59", "2018-02-17 23:59"},
-        {&KOLKATA, ToUniversal, "2018-07-01 00:00", "2018-06-30 18:30"}};
-    for (const auto& row : cases)
-        EXPECT_EQ(Converted(row.convert, row.zone, row.time), row.result) << row.time;
-    if (isLayer) // Wine follows any rule
-    {
-        TIME_ZONE_INFORMATION damaged = BERLIN;
-        damaged.DaylightDate.wMonth = 13;
-        EXPECT_EQ(Converted(ToLocal, &damaged, "2018-07-01 00:00"), "error 87");
-    }
-}
-
 // Whatever the zone is: its own information converts as the zone itself does.
-TEST(TimeZones, TheUsersZoneAndItsInformationAgree)
+void CheckThatZoneAndItsInformationAgree()
 {
     TIME_ZONE_INFORMATION zone;
-    const DWORD kind = GetTimeZoneInformation(&zone);
-    ASSERT_NE(kind, TIME_ZONE_ID_INVALID);
+    ASSERT_NE(GetTimeZoneInformation(&zone), TIME_ZONE_ID_INVALID);
     SYSTEMTIME now, local, again;
     GetSystemTime(&now);
     for (WORD month = 1; month <= 12; ++month)
-    {
-        SYSTEMTIME time{now.wYear, month, 0, 15, 12, 30, 15, 250};
-        ASSERT_TRUE(ToLocal(nullptr, &time, &local));
-        ASSERT_TRUE(ToLocal(&zone, &time, &again));
-        EXPECT_EQ(Text(local), Text(again)) << month;
-        ASSERT_TRUE(ToUniversal(nullptr, &local, &again));
-        EXPECT_EQ(Text(again), Text(time)) << month;
-    }
+        for (WORD day = 1; day <= 28; ++day)
+        {
+            SYSTEMTIME time{now.wYear, month, 0, day, 12, 30, 15, 250};
+            ASSERT_TRUE(ToLocal(nullptr, &time, &local));
+            ASSERT_TRUE(ToLocal(&zone, &time, &again));
+            EXPECT_EQ(Text(local), Text(again));
+            for (TIME_ZONE_INFORMATION* const by : {static_cast<TIME_ZONE_INFORMATION*>(nullptr), &zone})
+            {
+                ASSERT_TRUE(ToUniversal(by, &local, &again));
+                EXPECT_EQ(Text(again), Text(time));
+            }
+        }
+}
+
+TEST(TimeZones, TheUsersZoneAndItsInformationAgree)
+{
+    CheckThatZoneAndItsInformationAgree();
 }
 
 #ifndef _WIN32
@@ -165,7 +126,10 @@ TEST_F(UsersZone, RulesOfKnownZones)
         EXPECT_EQ(zone.DaylightBias, row.daylightBias) << row.name;
         EXPECT_EQ(RuleText(zone.DaylightDate), row.toDaylight) << row.name;
         EXPECT_EQ(RuleText(zone.StandardDate), row.toStandard) << row.name;
+        CheckThatZoneAndItsInformationAgree();
     }
+    zone.DaylightDate.wMonth = 13;
+    EXPECT_EQ(Converted(ToLocal, &zone, "2018-07-01 00:00"), "error 87");
     EXPECT_STREQ(zone.StandardName, L"W. Europe Standard Time");
     EXPECT_STREQ(zone.DaylightName, L"W. Europe Daylight Time");
 }
@@ -185,9 +149,11 @@ TEST_F(UsersZone, TimesOfThePast)
         {"Europe/Berlin", ToLocal, "2018-03-25 00:59", "2018-03-25 01:59"},
         {"Europe/Berlin", ToLocal, "2018-03-25 01:00", "2018-03-25 03:00"},
         {"Europe/Berlin", ToLocal, "2018-10-28 01:00", "2018-10-28 02:00"},
-        {"Europe/Berlin", ToUniversal, "2018-03-25 02:30", "2018-03-25 00:30"},
-        {"Europe/Berlin", ToUniversal, "2018-10-28 02:30", "2018-10-28 00:30"},
+        {"Europe/Berlin", ToUniversal, "2018-03-25 02:30", "2018-03-25 00:30"}, // which the clocks skip
+        {"Europe/Berlin", ToUniversal, "2018-10-28 02:30", "2018-10-28 00:30"}, // which they show twice
         {"Europe/Berlin", ToUniversal, "1601-01-01 00:00", "error 87"},
+        {"Europe/Berlin", ToUniversal, "2018-13-01 00:00", "error 87"},
+        {"Europe/Berlin", ToLocal, "1600-07-01 00:00", "error 87"},
         {"Europe/Berlin", ToLocal, "2100-07-01 00:00", "2100-07-01 02:00"},
         {"America/New_York", ToLocal, "2006-03-20 12:00", "2006-03-20 07:00"}, // the rule of 2007 would differ
         {"America/New_York", ToLocal, "2018-03-11 06:59", "2018-03-11 01:59"},
@@ -195,7 +161,12 @@ TEST_F(UsersZone, TimesOfThePast)
         {"America/Sao_Paulo", ToLocal, "2017-10-15 02:59", "2017-10-14 23:59"},
         {"America/Sao_Paulo", ToLocal, "2017-10-15 03:00", "2017-10-15 01:00"},
         {"America/Sao_Paulo", ToLocal, "2019-12-01 12:00", "2019-12-01 09:00"},
+        {"America/New_York", ToLocal, "2018-11-04 05:59", "2018-11-04 01:59"},
+        {"America/New_York", ToLocal, "2018-11-04 06:00", "2018-11-04 01:00"},
         {"Australia/Sydney", ToUniversal, "2018-04-01 02:30", "2018-03-31 15:30"},
+        {"Australia/Sydney", ToLocal, "2018-03-31 15:59", "2018-04-01 02:59"},
+        {"Australia/Sydney", ToLocal, "2018-10-06 16:00", "2018-10-07 03:00"},
+        {"Australia/Sydney", ToLocal, "2018-12-31 23:30", "2019-01-01 10:30"},
         {"Asia/Kolkata", ToLocal, "1601-01-01 00:00", "1601-01-01 05:30"}};
     for (const auto& row : CASES)
     {
