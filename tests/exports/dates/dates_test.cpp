@@ -10,6 +10,7 @@
 
 #include <cstdio>
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace
@@ -56,23 +57,17 @@ void ExpectNow(const SYSTEMTIME& time)
 TEST(Dates, ReadInALocale)
 {
     constexpr uint32_t REPORT = QXUT_LOCDATE_REPORT_DEFAULT;
-    struct Case
-    {
-        uint32_t locale;
-        const wchar_t* text;
-        int32_t result;
-        const char* time;
-    };
-    constexpr Case CASES[] = {{AMERICAN, L" 12/31/2018 1:05 PM ", 0, "2018-12-31 13:5:0"},
+    constexpr std::tuple<uint32_t, const wchar_t*, int32_t, const char*> CASES[] = {
+        {AMERICAN, L" 12/31/2018 1:05 PM ", 0, "2018-12-31 13:5:0"},
         {GERMAN, L"31.12.2018 13:05", 0, "2018-12-31 13:5:0"}, {GERMAN, L"31.2.2018", -52, "2018-2-31 0:0:0"},
         {UNKNOWN, L"31.12.2018", 0, "2018-12-31 0:0:0"}, // ".", ":", day first
         {USER, L"nonsense", 0, "0-0-0 0:0:0"}};
     SYSTEMTIME time;
-    for (const Case& row : CASES)
+    for (const auto& [locale, text, result, expected] : CASES)
     {
         time.wMilliseconds = 7;
-        EXPECT_EQ(UtilLocSystemTimeFromLocaleString(row.locale, row.text, &time, REPORT), row.result);
-        EXPECT_EQ(Show(time), row.time);
+        EXPECT_EQ(UtilLocSystemTimeFromLocaleString(locale, text, &time, REPORT), result);
+        EXPECT_EQ(Show(time), expected);
         EXPECT_EQ(time.wMilliseconds, 0);
     }
     for (const wchar_t* empty : {L"", L"   ", static_cast<const wchar_t*>(nullptr)})
@@ -114,23 +109,16 @@ TEST(Dates, WrittenInALocale)
 
 TEST(Dates, CompactFromTextsOfTheUsersLocale)
 {
-    struct Case
-    {
-        const wchar_t* text;
-        uint32_t flags;
-        int32_t result;
-        const char* compact;
-    };
     constexpr uint32_t REPORT = QXUT_LOCDATE_REPORT_DEFAULT;
-    constexpr Case CASES[] = {{L"20180102", 0, 1, "20180102000000"},
+    constexpr std::tuple<const wchar_t*, uint32_t, int32_t, const char*> CASES[] = {
         {L"99999999999999", 0, 1, "99999999999999"}, // whatever they say
         {L"2018-02-03 4:05", 0, 1, "20180203040500"}, {L"2018-02-03", QXUT_LOCDATE_MARK_NO_TIME, 1, "20180203000000"},
         {L"2018-02-31", 0, 0, ""}, {L"2018-02-", REPORT, 0, ""}, {L"nonsense", 0, 1, ""}, {nullptr, 0, 0, ""}};
-    for (const Case& row : CASES)
+    for (const auto& [text, flags, result, expected] : CASES)
     {
         wchar_t compact[20] = L"#";
-        EXPECT_EQ(UtilDateTimeFromLocaleString(row.text, compact, 20, row.flags), row.result);
-        EXPECT_EQ(Narrow(compact), row.compact);
+        EXPECT_EQ(UtilDateTimeFromLocaleString(text, compact, 20, flags), result);
+        EXPECT_EQ(Narrow(compact), expected);
     }
     wchar_t cut[] = L"#########";
     EXPECT_EQ(UtilDateTimeFromLocaleString(L"20180102", cut, 5, 0), 1);

@@ -4,6 +4,7 @@ program."""
 import json
 import os
 import pathlib
+import random
 import subprocess
 import sys
 import unittest
@@ -18,6 +19,8 @@ FILES = {
     "sub/Gr\u00f6\u00dfe.txt": b"Gr\xc3\xb6\xc3\x9fe",
     "sub/deep/\u65e5\u672c\u8a9e.bin": bytes(range(256)) * 50,
     "sub/two words": b"x",
+    # More than one piece of the compressor, in part incompressible.
+    "sub/large": random.Random(1).randbytes(1_200_000) + b"packs well" * 100_000 + random.Random(2).randbytes(300_000),
 }
 # What tests an archive, with it as the last argument.
 TESTERS = [["unzip", "-tqq"], ["7zz", "t"], ["bsdtar", "-tf"], [sys.executable, "-m", "zipfile", "-t"]]

@@ -42,12 +42,8 @@ TEST(DateParser, Patterns)
                                      "d"),
         L"([012]?[1-9]|3[01])");
 
-    EXPECT_STREQ(PatternOfTimeFormat(L"HH:mm:ss").text, L"([01]?[0-9]|2[0-3]):([0-5]?[0-9])(?::([0-5]?[0-9]))?");
     EXPECT_STREQ(PatternOfTimeFormat(L"h:mm:ss tt").text, L"h:([0-5]?[0-9])(?::([0-5]?[0-9]))? ([AP]M)?");
     EXPECT_STREQ(PatternOfTimeFormat(L"HH.mm 'Uhr' 't'").text, L"([01]?[0-9]|2[0-3])\\.([0-5]?[0-9]) Uhr t");
-    EXPECT_EQ(PatternOfTimeFormat(L"hh:mm:ss tt").marker, std::optional<size_t>(4));
-    EXPECT_EQ(PatternOfTimeFormat(L"hh:mm tt").marker, std::optional<size_t>(3));
-    EXPECT_EQ(PatternOfTimeFormat(L"h:mm:ss t").marker, std::nullopt);
 }
 
 TEST(DateParser, GermanTexts)
