@@ -18,17 +18,7 @@ std::string Text(const SYSTEMTIME& time)
     return text;
 }
 
-SYSTEMTIME Time(const char* text)
-{
-    int year = 0, month = 0, day = 0, hour = 0, minute = 0;
-    std::sscanf(text, "%d-%d-%d %d:%d", &year, &month, &day, &hour, &minute);
-    return {static_cast<WORD>(year), static_cast<WORD>(month), 0, static_cast<WORD>(day), static_cast<WORD>(hour),
-        static_cast<WORD>(minute), 0, 0};
-}
-
 // The conversions differ in what they declare as constant.
-using Convert = BOOL (*)(TIME_ZONE_INFORMATION*, SYSTEMTIME*, LPSYSTEMTIME);
-
 BOOL ToLocal(TIME_ZONE_INFORMATION* zone, SYSTEMTIME* universal, LPSYSTEMTIME local)
 {
     return SystemTimeToTzSpecificLocalTime(zone, universal, local);
@@ -37,14 +27,6 @@ BOOL ToLocal(TIME_ZONE_INFORMATION* zone, SYSTEMTIME* universal, LPSYSTEMTIME lo
 BOOL ToUniversal(TIME_ZONE_INFORMATION* zone, SYSTEMTIME* local, LPSYSTEMTIME universal)
 {
     return TzSpecificLocalTimeToSystemTime(zone, local, universal);
-}
-
-std::string Converted(Convert convert, TIME_ZONE_INFORMATION* zone, const char* text)
-{
-    SYSTEMTIME time = Time(text), result;
-    if (!convert(zone, &time, &result))
-        return "error " + std::to_string(GetLastError());
-    return Text(result).substr(0, 16);
 }
 
 // Whatever the zone is: its own information converts as the zone itself does.
@@ -91,6 +73,24 @@ protected:
 private:
     const std::string _before = std::getenv("TZ") != nullptr ? std::getenv("TZ") : "";
 };
+
+SYSTEMTIME Time(const char* text)
+{
+    int year = 0, month = 0, day = 0, hour = 0, minute = 0;
+    std::sscanf(text, "%d-%d-%d %d:%d", &year, &month, &day, &hour, &minute);
+    return {static_cast<WORD>(year), static_cast<WORD>(month), 0, static_cast<WORD>(day), static_cast<WORD>(hour),
+        static_cast<WORD>(minute), 0, 0};
+}
+
+using Convert = BOOL (*)(TIME_ZONE_INFORMATION*, SYSTEMTIME*, LPSYSTEMTIME);
+
+std::string Converted(Convert convert, TIME_ZONE_INFORMATION* zone, const char* text)
+{
+    SYSTEMTIME time = Time(text), result;
+    if (!convert(zone, &time, &result))
+        return "error " + std::to_string(GetLastError());
+    return Text(result).substr(0, 16);
+}
 
 // "month/week hour" of a Sunday, or "-".
 std::string RuleText(const SYSTEMTIME& rule)
