@@ -1,8 +1,7 @@
 // debug_peer SETTING... COMMAND: loads the library with settings of this process alone, writes lines by its functions,
 // and unloads it.
 //
-// Settings are machine:NAME=TEXT and user:NAME=TEXT, and env:NAME=TEXT, where no text takes the variable away.
-// Commands:
+// Settings are NAME=TEXT, of the machine. Commands:
 //   forms        one line by each function
 //   off          calls all functions in a way that they must not look at their arguments
 //   twice        loads and unloads the library two times
@@ -158,29 +157,14 @@ int RunAsNobody(const char*, const char*)
 }
 #endif
 
-bool Set(const qxtest::OwnSettings& settings, std::string_view word)
-{
-    const std::size_t colon = word.find(':');
-    const std::size_t equals = word.find('=');
-    const std::string_view kind = word.substr(0, colon);
-    const qx::String name = Wide(word.substr(colon + 1, equals - colon - 1));
-    const qx::String text = Wide(word.substr(equals + 1));
-    if (kind == "env")
-    {
-        SetEnvironmentVariableW(name.Text(), text.IsEmpty() ? nullptr : text.Text());
-        return true;
-    }
-    return settings.Set(kind == "user" ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE, name.Text(), text.Text());
-}
-
 } // namespace
 
 int main(int argc, char** argv)
 {
     const qxtest::OwnSettings settings;
     int next = 1;
-    for (; next < argc && std::strchr(argv[next], '=') != nullptr; ++next)
-        if (!Set(settings, argv[next]))
+    for (const char* equals; next < argc && (equals = std::strchr(argv[next], '=')) != nullptr; ++next)
+        if (!settings.Set(HKEY_LOCAL_MACHINE, Wide({argv[next], equals}).Text(), Wide(equals + 1).Text()))
             return 1;
     if (next >= argc)
         return 3;

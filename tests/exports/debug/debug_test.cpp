@@ -28,7 +28,7 @@ protected:
     int Run(const String& rest) { return PeerProcess(L"debug_peer", WithLog(rest)).Wait(); }
     String WithLog(const String& rest) const
     {
-        return String(String::formatted, L"\"machine:Debug.LogFilename=%s\" %s", log.Text(), rest.Text());
+        return String(String::formatted, L"\"Debug.LogFilename=%s\" %s", log.Text(), rest.Text());
     }
 
     const TempFolder folder;
@@ -83,8 +83,8 @@ TEST_F(DebugExports, TheProcessIsOpenedAndClosed)
 
 TEST_F(DebugExports, WithoutALogFileNothingIsTouched)
 {
-    EXPECT_EQ(PeerProcess(L"debug_peer", L"machine:Debug.LogFile.Flush=T off").Wait(), 0);
-    EXPECT_EQ(PeerProcess(L"debug_peer", L"machine:Debug.LogFilename= off").Wait(), 0);
+    EXPECT_EQ(PeerProcess(L"debug_peer", L"Debug.LogFile.Flush=T off").Wait(), 0);
+    EXPECT_EQ(PeerProcess(L"debug_peer", L"Debug.LogFilename= off").Wait(), 0);
 }
 
 TEST_F(DebugExports, LinesOfManyThreadsAndProcesses)
@@ -122,23 +122,15 @@ TEST_F(DebugExports, LinesOfManyThreadsAndProcesses)
     EXPECT_GE(count, all - all / 50);
 }
 
-// Whatever can't be had, the library loads, and its functions return.
-TEST_F(DebugExports, LoadsInPoorSurroundings)
+// The library loads, and its functions return.
+TEST_F(DebugExports, WhereThereCanBeNoLogFile)
 {
     folder.Make(L"file", "");
     const String readOnly = folder.Make(L"read-only", "");
     SetFileAttributesW(readOnly.Text(), FILE_ATTRIBUTE_READONLY);
-    const String names[] = {
-        L"trace.log", folder.Path(L"file/trace.log"), folder.Path(), readOnly, folder.Path(L"none/trace.log")};
-    const String surroundings(String::formatted,
-        L"env:HOME= env:XDG_CONFIG_HOME= env:APPDATA= env:LOCALAPPDATA= env:TMPDIR=%s env:TMP=%s env:TEMP=%s",
-        folder.Path(L"none").Text(), folder.Path(L"none").Text(), folder.Path(L"none").Text());
-    for (const String& name : names)
-    {
-        const String arguments(
-            String::formatted, L"\"machine:Debug.LogFilename=%s\" %s twice", name.Text(), surroundings.Text());
-        EXPECT_EQ(PeerProcess(L"debug_peer", arguments).Wait(), 0) << name.NarrowText();
-    }
+    for (const String& name : {folder.Path(L"file/trace.log"), folder.Path(), readOnly, folder.Path(L"none/trace.log")})
+        EXPECT_EQ(PeerProcess(L"debug_peer", String(L"\"Debug.LogFilename=") + name + L"\" twice").Wait(), 0)
+            << name.NarrowText();
     EXPECT_EQ(BytesOf(folder.Path(L"file")), "");
 }
 

@@ -62,26 +62,21 @@ private:
 
 } // namespace
 
-TEST(MessageBoxThread, NobodyWaitsForTheBoxButTheEnd)
+TEST(MessageBoxThread, NobodyWaitsForTheBoxButTheDestructor)
 {
     const std::string expected = "Caption: Text [no]\n";
     FullStream screen;
     auto box = std::make_unique<clsMessageBoxThread>(L"Caption", L"Text", MB_YESNO | MB_DEFBUTTON2, 99);
     EXPECT_EQ(box->Result(), 99);
     EXPECT_EQ(box->GetThreadState(), clsThreadBase::State::Running);
-    std::atomic<int> answer = 0;
-    std::thread ender(
-        [&]
-        {
-            box->ThreadEnd(false, INFINITE, false);
-            answer = box->Result();
-            box.reset();
-        });
+    std::atomic<bool> isGone = false;
+    std::thread destroyer([&] { box.reset(), isGone = true; });
     Sleep(50);
-    EXPECT_EQ(answer, 0);
+    EXPECT_FALSE(isGone);
     EXPECT_EQ(screen.Take(expected.size()), expected);
-    ender.join();
-    EXPECT_EQ(answer, IDNO);
+    destroyer.join();
+    const clsMessageBoxThread next(L"Caption", L"Text", MB_YESNO | MB_DEFBUTTON2, 99); // there is room now
+    EXPECT_TRUE(WaitUntil([&] { return next.Result() == IDNO; }));
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // memory can be bounded
