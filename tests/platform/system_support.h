@@ -29,7 +29,6 @@ public:
         return left;
     }
     friend bool operator==(const Text& left, const Text& right) { return left._units == right._units; }
-    friend bool operator<(const Text& left, const Text& right) { return left._units < right._units; }
 
     // For texts of ASCII.
     std::string Narrow() const { return std::string(_units.begin(), _units.end()); }

@@ -182,39 +182,25 @@ TEST(Waits, EachSettingOfAnAutomaticEventLetsOneThreadThrough)
     EXPECT_EQ(passed, 200);
 }
 
-// In a thread of its own, so that it begins with an empty queue.
 TEST(Messages, WaitsWakeForNewInput)
 {
+    const Event event, ready;
     const Thread thread(
-        []
+        [&]
         {
             MSG message;
-            PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);
-            const Event event;
+            PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // from now on there is a queue
+            SetEvent(ready);
             const HANDLE handle = event;
-            const DWORD self = GetCurrentThreadId();
-            EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, 0, QS_ALLINPUT), DWORD{WAIT_TIMEOUT});
-            PostThreadMessageW(self, WM_APP, 0, 0);
-            EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, 0, QS_ALLINPUT), WAIT_OBJECT_0 + 1);
-            SetEvent(event);
-            EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, 0, QS_ALLINPUT), DWORD{WAIT_OBJECT_0});
-            ResetEvent(event);
+            EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, patience, QS_ALLINPUT), WAIT_OBJECT_0 + 1);
             // What was looked at, without taking it, is not new.
             EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE));
-            EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, 0, QS_ALLINPUT), DWORD{WAIT_TIMEOUT});
-
-            const Thread poster(
-                [self]
-                {
-                    Sleep(30);
-                    PostThreadMessageW(self, WM_APP, 0, 0);
-                    return 0u;
-                });
-            EXPECT_EQ(MsgWaitForMultipleObjectsEx(0, nullptr, patience, QS_POSTMESSAGE, 0), DWORD{WAIT_OBJECT_0});
-            poster.Join();
-            return 0u;
+            return MsgWaitForMultipleObjects(1, &handle, FALSE, 0, QS_ALLINPUT) == WAIT_TIMEOUT ? 0u : 1u;
         });
-    thread.Join();
+    WaitForSingleObject(ready, patience);
+    Sleep(30);
+    EXPECT_TRUE(PostThreadMessageW(thread.id(), WM_APP, 0, 0));
+    EXPECT_EQ(thread.Join(), 0u);
 }
 
 TEST(Messages, BoxesAnswerByThemselves)

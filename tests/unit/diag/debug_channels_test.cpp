@@ -49,25 +49,16 @@ TEST(DebugChannels, FormsOfLines)
 TEST(DebugChannels, DepthByItsRules)
 {
     OwnOutput output;
-    const auto write = [&](int change, const wchar_t* text)
+    const auto write = [&](std::initializer_list<std::pair<int, const wchar_t*>> lines)
     {
-        output.Write(nullptr, change, text);
+        for (const auto& [change, text] : lines)
+            output.Write(nullptr, change, text);
     };
-    write(5, L">enter"); // the sign counts
-    write(0, L"inside");
-    write(1, nullptr); // no line
-    write(0, L"deeper");
-    write(0, nullptr);
-    write(-7, L"<leave");
-    write(-1, nullptr);
-    write(0, L"outside");
-    write(-1, L"<below");
-    write(-1, L"<below");
+    // The sign counts, and there are changes without a line.
+    write({{5, L">enter"}, {0, L"inside"}, {1, nullptr}, {0, L"deeper"}, {0, nullptr}, {-7, L"<leave"}, {-1, nullptr},
+        {0, L"outside"}, {-1, L"<below"}, {-1, L"<below"}});
     EXPECT_EQ(output.channels.Depth(), -2);
-    write(1, L">still below");
-    write(1, L">on the ground");
-    write(1, L">again");
-    write(0, L"above");
+    write({{1, L">still below"}, {1, L">on the ground"}, {1, L">again"}, {0, L"above"}});
     EXPECT_THAT(output.Rests(), ElementsAre(">enter", " inside", "  deeper", " <leave", "outside", "<below", "<below",
                                     ">still below", ">on the ground", ">again", " above"));
 }
