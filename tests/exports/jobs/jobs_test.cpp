@@ -39,6 +39,16 @@ protected:
         EXPECT_EQ(taking.references, 1u);
     }
 
+    // A pool's whole life; some of the jobs are for the caller, some have no host.
+    void RunMany(int jobs)
+    {
+        const HUTTHREADPOOL pool = UtilThreadPoolOpen(3, L"pool");
+        for (int i = 0; i < jobs; ++i)
+            Add(pool, new TestJob(counts, {}, 0, i % 1000 != 0), i % 10 == 0 ? nullptr : &taking);
+        EXPECT_EQ(UtilThreadPoolFinalize(pool, &taking), 0);
+        UtilThreadPoolClose(pool);
+    }
+
     JobCounts counts;
     TestHost taking{CountAndAnswer(counts, 0)};
 };
@@ -64,13 +74,22 @@ TEST_F(JobPools, Arguments)
 TEST_F(JobPools, ManyTinyJobs)
 {
     const int jobs = JobsOfTheTest(30'000);
-    const HUTTHREADPOOL pool = UtilThreadPoolOpen(3, L"pool");
-    for (int i = 0; i < jobs; ++i)
-        Add(pool, new TestJob(counts, {}, 0, i % 1000 != 0), i % 10 == 0 ? nullptr : &taking);
-    EXPECT_EQ(UtilThreadPoolFinalize(pool, &taking), 0);
+    RunMany(jobs);
     EXPECT_EQ(counts.runs, jobs);
     EXPECT_EQ(counts.told, jobs);
-    UtilThreadPoolClose(pool);
+}
+
+TEST_F(JobPools, TwelveAtOnce)
+{
+    constexpr int poolCount = 12;
+    const int jobs = JobsOfTheTest(12'000) / poolCount;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < poolCount; ++t)
+        threads.emplace_back([&] { RunMany(jobs); });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(counts.runs, jobs * poolCount);
+    EXPECT_EQ(counts.told, jobs * poolCount);
 }
 
 // A tree of jobs of which each adds two; and each host that is told adds one more job.
@@ -139,27 +158,6 @@ TEST_F(JobPools, AddAbortAndFinalizeFromSeveralThreads)
         EXPECT_EQ(declines.references, 1u);
         EXPECT_EQ(finalizes.references, 1u);
     }
-}
-
-TEST_F(JobPools, TwelveAtOnce)
-{
-    constexpr int poolCount = 12;
-    const int jobs = JobsOfTheTest(12'000) / poolCount;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < poolCount; ++t)
-        threads.emplace_back(
-            [&, t]
-            {
-                const HUTTHREADPOOL pool = UtilThreadPoolOpen(3, L"pool");
-                for (int i = 0; i < jobs; ++i)
-                    Add(pool, new TestJob(counts), t % 2 == 0 ? &taking : nullptr);
-                UtilThreadPoolFinalize(pool, &taking);
-                UtilThreadPoolClose(pool);
-            });
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(counts.runs, jobs * poolCount);
-    EXPECT_EQ(counts.told, jobs * poolCount);
 }
 
 } // namespace

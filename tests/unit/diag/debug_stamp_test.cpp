@@ -59,18 +59,13 @@ TEST(DebugStamp, TheUsersSettingDecidesOnceForTheTimeSource)
 {
     const qxtest::OwnSettings settings;
     EXPECT_FALSE(DebugTimeSource(counter).UsesCounter()); // no key
-    const String fits = Filled(L'x', 63);
-    const String tooLong = Filled(L'x', 64);
-    const struct
+    // A text of more than 63 characters doesn't fit the buffer of 128 bytes.
+    for (const auto& [value, usesCounter] :
+        {std::pair<String, bool>(L"T", true), {L"f", true}, {L"", true}, {L" F", true}, {Filled(L'x', 63), true},
+            {L"F", false}, {L"False", false}, {L"0", false}, {L"01", false}, {Filled(L'x', 64), false}})
     {
-        const wchar_t* value;
-        bool usesCounter;
-    } texts[] = {{L"T", true}, {L"f", true}, {L"", true}, {L" F", true}, {fits.Text(), true}, {L"F", false},
-        {L"False", false}, {L"0", false}, {L"01", false}, {tooLong.Text(), false}}; // for the buffer of 128 bytes
-    for (const auto& row : texts)
-    {
-        ASSERT_TRUE(settings.Set(HKEY_CURRENT_USER, L"ForceUsePerfCounters", row.value));
-        EXPECT_EQ(DebugTimeSource(counter).UsesCounter(), row.usesCounter) << row.value;
+        ASSERT_TRUE(settings.Set(HKEY_CURRENT_USER, L"ForceUsePerfCounters", value));
+        EXPECT_EQ(DebugTimeSource(counter).UsesCounter(), usesCounter) << value.NarrowText();
     }
     // The type is ignored.
     constexpr DWORD one = 1;

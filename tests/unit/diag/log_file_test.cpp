@@ -18,29 +18,21 @@ TEST(LogFile, SettingsByTheTable)
     const TempFolder folder;
     const String longName = folder.Path(Filled(L'n', 300).Text());
     const String inTemp = String(temp) + L"trace.log";
-    const struct
+    for (const auto& [value, expected] :
+        {std::pair<String, String>(L"", L""), {L"trace.log", inTemp}, {L"c:\\logs\\trace.log", L"c:\\logs\\trace.log"},
+            {L"/logs/trace.log", L"/logs/trace.log"}, {longName, longName}})
     {
-        const wchar_t* value;
-        const wchar_t* expected;
-    } names[] = {{L"", L""}, {L"trace.log", inTemp.Text()}, {L"c:\\logs\\trace.log", L"c:\\logs\\trace.log"},
-        {L"/logs/trace.log", L"/logs/trace.log"}, {longName.Text(), longName.Text()}};
-    for (const auto& row : names)
-    {
-        ASSERT_TRUE(settings.Set(HKEY_LOCAL_MACHINE, L"Debug.LogFilename", row.value));
+        ASSERT_TRUE(settings.Set(HKEY_LOCAL_MACHINE, L"Debug.LogFilename", value));
         const DebugLogFile log = DebugLogFile::FromSettings();
-        EXPECT_STREQ(log.Name().Text(), row.expected);
-        EXPECT_EQ(log.IsSet(), row.expected[0] != 0);
+        EXPECT_STREQ(log.Name(), expected);
+        EXPECT_EQ(log.IsSet(), !expected.IsEmpty());
         EXPECT_FALSE(log.IsFlushed());
     }
-    const struct
+    for (const auto& [value, isFlushed] :
+        {std::pair(L"T", true), {L"True", true}, {L"t", false}, {L"1", false}, {L" T", false}, {L"", false}})
     {
-        const wchar_t* value;
-        bool isFlushed;
-    } switches[] = {{L"T", true}, {L"True", true}, {L"t", false}, {L"1", false}, {L" T", false}, {L"", false}};
-    for (const auto& row : switches)
-    {
-        ASSERT_TRUE(settings.Set(HKEY_LOCAL_MACHINE, L"Debug.LogFile.Flush", row.value));
-        EXPECT_EQ(DebugLogFile::FromSettings().IsFlushed(), row.isFlushed) << row.value;
+        ASSERT_TRUE(settings.Set(HKEY_LOCAL_MACHINE, L"Debug.LogFile.Flush", value));
+        EXPECT_EQ(DebugLogFile::FromSettings().IsFlushed(), isFlushed) << value;
     }
     constexpr DWORD one = 1;
     ASSERT_TRUE(settings.Set(HKEY_LOCAL_MACHINE, L"Debug.LogFilename", REG_DWORD, &one, sizeof one));

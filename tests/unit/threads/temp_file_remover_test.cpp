@@ -6,7 +6,6 @@
 #include "files/path_separator.h"
 #include "files/temp_file_removal.h"
 #include "files/temp_files.h"
-#include "support/developer_run.h"
 #include "threads/temp_file_manager.h"
 #include "threads_support.h"
 #include "unit/files/own_temp_folder.h"

@@ -25,7 +25,7 @@ TEST(ThreadEnd, FromTheThreadItselfOnlySetsTheStopEvent)
     ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
     ASSERT_TRUE(WaitUntil([&] { return thread.GetThreadState() == State::Exited; }));
     EXPECT_EQ(inner, 1);
-    const DeveloperRun developer; // is told of the times
+    const UserIs developer(L"qvx"); // is told of the times
     const DebugLines lines;
     EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
     EXPECT_EQ(thread.ExitCode(), 7u);
@@ -95,7 +95,7 @@ TEST(ThreadEnd, WhileAnotherEndWaits)
     ASSERT_TRUE(ender.ThreadStart(THREAD_PRIORITY_NORMAL));
     ASSERT_EQ(WaitForSingleObject(isStopping.Get(), patience), WAIT_OBJECT_0);
     {
-        const DeveloperRun developer;
+        const UserIs developer(L"qvx");
         const DebugLines lines;
         EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
         EXPECT_STREQ(lines.Only(), L"ups ;) some recursion in ThreadEnd()? Might be OK though ;)");

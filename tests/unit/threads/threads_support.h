@@ -1,8 +1,8 @@
 // Threads of the tests.
 #pragma once
 
-#include "core/developer_run.h"
 #include "support/debug_lines.h"
+#include "support/developer_run.h"
 #include "support/leaks_allowed.h"
 #include "threads/thread_base.h"
 
@@ -87,23 +87,6 @@ public:
 
 private:
     std::chrono::steady_clock::time_point _begin = std::chrono::steady_clock::now();
-};
-
-// The environment variable `user` of a developer's run, for as long as it lives.
-class DeveloperRun
-{
-public:
-    DeveloperRun() { Set(L"qvx"); }
-    DeveloperRun(const DeveloperRun&) = delete;
-    DeveloperRun& operator=(const DeveloperRun&) = delete;
-    ~DeveloperRun() { Set(nullptr); }
-
-private:
-    static void Set(const wchar_t* value)
-    {
-        SetEnvironmentVariableW(L"user", value);
-        qx::ForgetDeveloperRun();
-    }
 };
 
 #if !defined(_WIN32) // a limit that the system has no counterpart of
