@@ -133,7 +133,6 @@ TEST(Paths, ListedAndLookedAt)
     CreateDirectoryW(folder + L"/sub", nullptr);
     for (const wchar_t* name : {L"one.txt", L"two.txt", L"three.dat"})
         own.Make(name, "1");
-
     const auto listed = [&](const wchar_t* pattern, bool directories)
     {
         std::multiset<std::u16string> names;
@@ -146,9 +145,9 @@ TEST(Paths, ListedAndLookedAt)
     EXPECT_EQ(listed(L"/*", false).size(), 3u);
 
     WIN32_FILE_ATTRIBUTE_DATA data{};
+    EXPECT_FALSE(GetFileData(folder + L"/missing/too", data));
     EXPECT_TRUE(GetFileData(folder, data));
     EXPECT_NE(data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY, 0u);
-    EXPECT_FALSE(GetFileData(folder + L"/missing/too", data));
     EXPECT_TRUE(RemoveDirectoryW(folder + L"/sub"));
 }
 

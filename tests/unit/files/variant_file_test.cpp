@@ -127,14 +127,16 @@ TEST(VariantFile, TextEndsAtAZero)
     String longText;
     longText.Fill(L'x', 10001);
     MemoryFile file;
-    EXPECT_TRUE(Save(clsVariant(longText), file));
-    EXPECT_TRUE(Save(clsVariant(I4(5)), file));
+    const clsVariant saved[] = {clsVariant(longText), clsVariant(I4(5))};
+    for (const clsVariant& value : saved)
+        EXPECT_TRUE(Save(value, file));
     file.Seek(0);
-    clsVariant value;
-    Load(value, file);
-    EXPECT_TRUE(ToString(value) == longText);
-    Load(value, file);
-    EXPECT_TRUE(value == clsVariant(I4(5)));
+    for (const clsVariant& value : saved)
+    {
+        clsVariant loaded;
+        Load(loaded, file);
+        EXPECT_TRUE(loaded == value);
+    }
 }
 
 TEST(VariantFile, DamageGivesLessOrNothing)
