@@ -2,12 +2,14 @@
 
 #include "core/base64.h"
 #include "core/blowfish.h"
+#include "files/deflate_stream.h"
 #include "support/zlib_reference.h"
 #include "unit/packed/memory_file.h"
 
 #include <cstring>
 #include <random>
 #include <string>
+#include <utility>
 
 using namespace qx;
 using namespace qxtest;
@@ -55,6 +57,19 @@ std::string RandomBytes(std::mt19937& random, std::size_t size)
 
 const std::string tag("QvX_Packed", 11);
 
+// Of matches short and long, so that each of zlib's parameters shows in what comes out.
+std::string Sample(std::size_t size)
+{
+    std::mt19937 random(5);
+    std::string data(size, '\0');
+    for (char& octet : data)
+    {
+        const unsigned letters = random() % 8 == 0 ? 20 : 3;
+        octet = static_cast<char>('a' + random() % letters);
+    }
+    return data;
+}
+
 } // namespace
 
 TEST(PackedText, ImageOfTheCompressedForm)
@@ -63,10 +78,11 @@ TEST(PackedText, ImageOfTheCompressedForm)
     for (const std::string& data :
         {std::string("x"), "\xF1\xF2\xF3\xF4\xF5\xF6\xF7\xF8"s, RandomBytes(random, 100'000)})
     {
-        const String text = Pack(data, true);
-        const std::string image =
+        std::string image =
             Size(static_cast<std::uint32_t>(data.size())) + tag + DeflatedByZlib(data, 9, 15, 9, Z_FILTERED);
-        EXPECT_TRUE(text == Text(L"@2@", image)) << data.size();
+        EXPECT_TRUE(Pack(data, true) == Text(L"@2@", image)) << data.size();
+        clsBlowfish("key").Encode(reinterpret_cast<unsigned char*>(image.data()), image.size());
+        EXPECT_TRUE(Pack(data, true, L"key") == Text(L"@2@", image)) << data.size();
     }
 }
 
@@ -123,16 +139,6 @@ TEST(PackedText, ReadsFormsAndDamage)
         EXPECT_EQ(Unpack(c.text), c.bytes) << c.what;
 }
 
-TEST(PackedText, WrongKeyGivesMeaninglessBytes)
-{
-    const std::string data(20, 'k');
-    const String text = Pack(data, true, L"right");
-    ByteBlock image;
-    const std::size_t size = Base64DecodeToBytes(text.Mid(3), image);
-    clsBlowfish("wrong").Decode(image.data(), size);
-    EXPECT_EQ(Unpack(text, L"wrong"), std::string(reinterpret_cast<char*>(image.data()), size));
-}
-
 // Straight to memory of any size as by way of a block, whatever stands between the symbols.
 TEST(PackedText, UnpacksToMemoryThatJustFits)
 {
@@ -178,5 +184,72 @@ TEST(PackedText, DamagedTextNeverFails)
         MemoryFile target;
         UnpackFromString(target, text.View(), String());
         EXPECT_LE(target.GetSize(), 300 * 1032);
+    }
+}
+
+TEST(DeflateStream, EachModeGivesTheBytesOfZlib)
+{
+    constexpr struct
+    {
+        int mode, level, memoryLevel, strategy;
+    } rows[] = {{1, 1, 8, 0}, {2, -1, 8, 0}, {3, 9, 8, 0}, {4, 9, 9, 1}, {5, 9, 9, 0}, {6, 1, 9, 1}, {7, 1, 7, 0},
+        {8, -1, 8, 0}};
+    const std::string data = Sample(1'100'000); // more than one chunk
+    for (const auto& [mode, level, memoryLevel, strategy] : rows)
+    {
+        MemoryFile source(data), packed, unpacked;
+        std::uint32_t crc = 1;
+        EXPECT_EQ(DeflateStream(packed, source, mode, &crc, -1), Z_STREAM_END);
+        EXPECT_EQ(crc, crc32(0, reinterpret_cast<const Bytef*>(data.data()), static_cast<uInt>(data.size())));
+        EXPECT_TRUE(packed.Bytes() == DeflatedByZlib(data, level, -15, memoryLevel, strategy)) << mode;
+        packed.Seek(0);
+        EXPECT_EQ(InflateStream(unpacked, packed, -1), 0);
+        EXPECT_TRUE(unpacked.Bytes() == data) << mode;
+    }
+}
+
+TEST(DeflateStream, WorksBetweenPositionsAndOnNothing)
+{
+    MemoryFile source("..abcdef.."), packed("head, and a long tail that goes away"), unpacked("> and more");
+    source.Seek(2);
+    packed.Seek(4);
+    EXPECT_EQ(DeflateStream(packed, source, 2, nullptr, 6), Z_STREAM_END);
+    EXPECT_EQ(source.Tell(), 8);
+    const std::int64_t size = packed.GetSize();
+    EXPECT_EQ(packed.Tell(), size);
+    EXPECT_EQ(packed.Bytes().substr(0, 4), "head");
+    packed.Seek(4);
+    unpacked.Seek(1);
+    EXPECT_EQ(InflateStream(unpacked, packed, size - 4), 0);
+    EXPECT_EQ(unpacked.Bytes(), ">abcdef");
+
+    MemoryFile empty, none;
+    std::uint32_t crc = 7;
+    EXPECT_EQ(DeflateStream(none, empty, 1, &crc, -1), Z_STREAM_END);
+    EXPECT_EQ(crc, 0u);
+    EXPECT_EQ(none.Bytes(), "\x03\0"s);
+    none.Seek(0);
+    unpacked.Seek(0);
+    EXPECT_EQ(InflateStream(unpacked, none, -1), 0);
+    EXPECT_EQ(unpacked.Bytes(), "");
+}
+
+TEST(DeflateStream, FailuresOfBothDirections)
+{
+    MemoryFile source("abc"), noise("\xFF\xFF\xFF\xFF"), tooShort("abc"), packed, target;
+    clsFileRW closed;
+    EXPECT_EQ(DeflateStream(target, source, 1, nullptr, 4), Z_DATA_ERROR);
+    EXPECT_EQ(InflateStream(target, noise, -1), Z_DATA_ERROR);
+    EXPECT_EQ(InflateStream(target, tooShort, 9), Z_DATA_ERROR);
+    source.Seek(0);
+    EXPECT_LT(DeflateStream(closed, source, 1, nullptr, -1), 0);
+    source.Seek(0);
+    DeflateStream(packed, source, 1, nullptr, -1);
+    packed.Seek(0);
+    EXPECT_EQ(InflateStream(closed, packed, -1), Z_BUF_ERROR);
+    for (const auto& [from, size] : {std::pair<clsFile*, int>(&closed, -1), std::pair<clsFile*, int>(&packed, -2)})
+    {
+        EXPECT_EQ(DeflateStream(target, *from, 1, nullptr, size), Z_DATA_ERROR);
+        EXPECT_EQ(InflateStream(target, *from, size), Z_DATA_ERROR);
     }
 }
