@@ -151,9 +151,9 @@ bool IsPolish(const Locale& locale)
 
 std::u16string DatePicture(const Locale& locale, DateStyle style)
 {
-    if (const LanguageSupplement* const supplement = SupplementOf(locale))
-        if (const char16_t* const own = style == DateStyle::Long ? supplement->longDate : supplement->shortDate)
-            return own;
+    const LanguageSupplement& supplement = SupplementOf(locale);
+    if (const char16_t* const own = style == DateStyle::Long ? supplement.longDate : supplement.shortDate)
+        return own;
     switch (style)
     {
     case DateStyle::Short:
@@ -170,6 +170,8 @@ std::u16string DatePicture(const Locale& locale, DateStyle style)
 
 std::u16string TimePicture(const Locale& locale)
 {
+    if (const char16_t* const own = SupplementOf(locale).time)
+        return own;
     return PlainBlanks(ToPicture(PatternOf(locale, UDAT_MEDIUM, UDAT_NONE), DateStyle::Long));
 }
 

@@ -150,6 +150,11 @@ std::u16string CurrencyCode(const Locale& locale)
         { return ucurr_forLocale(locale.icu.c_str(), buffer, size, status); });
 }
 
+bool IsVowel(char16_t letter)
+{
+    return std::u16string_view(u"aeiou").find(letter) != std::u16string_view::npos;
+}
+
 // The country that the system calls by half its name.
 constexpr std::u16string_view SOUTH_KOREA = u"South Korea";
 
@@ -171,8 +176,8 @@ std::string IcuName(const Locale& locale)
 
 std::u16string DayName(const Locale& locale, int day, bool abbreviated)
 {
-    if (const LanguageSupplement* const supplement = SupplementOf(locale))
-        return supplement->days[day];
+    if (const char16_t* const own = SupplementOf(locale).days[day])
+        return own;
     // ICU counts the days from Sunday = 1.
     const int32_t index = (day + 1) % 7 + 1;
     return Symbol(locale, abbreviated ? UDAT_SHORT_WEEKDAYS : UDAT_WEEKDAYS, index);
@@ -180,15 +185,16 @@ std::u16string DayName(const Locale& locale, int day, bool abbreviated)
 
 std::u16string MonthName(const Locale& locale, int month, bool abbreviated)
 {
-    if (const LanguageSupplement* const supplement = SupplementOf(locale))
-        return supplement->months[month];
+    if (const char16_t* const own = SupplementOf(locale).months[month])
+        return own;
     return Symbol(locale, abbreviated ? UDAT_STANDALONE_SHORT_MONTHS : UDAT_STANDALONE_MONTHS, month);
 }
 
 std::u16string MonthNameInDate(const Locale& locale, int month, bool abbreviated)
 {
-    if (const LanguageSupplement* const supplement = SupplementOf(locale))
-        return supplement->months[month];
+    const LanguageSupplement& supplement = SupplementOf(locale);
+    if (const char16_t* const own = supplement.months[month])
+        return supplement.ofMonth[IsVowel(own[0]) ? 1 : 0] + std::u16string(own);
     return Symbol(locale, abbreviated ? UDAT_SHORT_MONTHS : UDAT_MONTHS, month);
 }
 
@@ -200,6 +206,8 @@ std::u16string EraName(const Locale& locale)
 // The abbreviated form, which ICU's own interfaces pass over.
 std::u16string DayHalfName(const Locale& locale, bool afternoon)
 {
+    if (const char16_t* const own = SupplementOf(locale).halves[afternoon ? 1 : 0])
+        return own;
     for (std::string name = IcuName(locale); name != "root";)
     {
         const Bundle own = OpenOwnData(name);
@@ -213,9 +221,8 @@ std::u16string DayHalfName(const Locale& locale, bool afternoon)
 
 std::u16string DecimalSeparator(const Locale& locale)
 {
-    const LanguageSupplement* const supplement = SupplementOf(locale);
-    if (supplement != nullptr && supplement->decimalSeparator != nullptr)
-        return supplement->decimalSeparator;
+    if (const char16_t* const own = SupplementOf(locale).decimalSeparator)
+        return own;
     return NumberSymbol(locale, UNUM_DECIMAL_SEPARATOR_SYMBOL);
 }
 
@@ -251,6 +258,9 @@ std::u16string BareLanguageName(const Locale& locale, const Locale& in)
 
 std::u16string RegionName(const Locale& locale, const Locale& in)
 {
+    const char16_t* const own = SupplementOf(in).region;
+    if (own != nullptr && RegionCode(in) == RegionCode(locale))
+        return own;
     std::u16string name = Display(locale, in, uloc_getDisplayCountry);
     return name == SOUTH_KOREA ? u"Korea" : std::move(name);
 }
