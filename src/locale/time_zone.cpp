@@ -77,21 +77,17 @@ SYSTEMTIME ResolveZoneRule(const SYSTEMTIME& rule, uint32_t year)
     return time;
 }
 
-void ResolveDaylightTime(const TIME_ZONE_INFORMATION& zone, uint32_t year, SYSTEMTIME& start, SYSTEMTIME& end)
-{
-    start = ResolveZoneRule(zone.DaylightDate, year);
-    end = ResolveZoneRule(zone.StandardDate, year);
-    AddMinutes(start, zone.Bias);
-    AddMinutes(end, int64_t{zone.Bias} + zone.DaylightBias);
-}
-
 void GetDSTStartAndEndInUTC(uint32_t year, SYSTEMTIME& start, SYSTEMTIME& end)
 {
     start = end = {};
     TIME_ZONE_INFORMATION zone;
     const DWORD kind = GetTimeZoneInformation(&zone);
-    if (kind != TIME_ZONE_ID_UNKNOWN && kind != TIME_ZONE_ID_INVALID)
-        ResolveDaylightTime(zone, year, start, end);
+    if (kind == TIME_ZONE_ID_UNKNOWN || kind == TIME_ZONE_ID_INVALID)
+        return;
+    start = ResolveZoneRule(zone.DaylightDate, year);
+    end = ResolveZoneRule(zone.StandardDate, year);
+    AddMinutes(start, zone.Bias);
+    AddMinutes(end, int64_t{zone.Bias} + zone.DaylightBias);
 }
 
 } // namespace qx

@@ -15,9 +15,6 @@ int32_t ConvertUTCToLocalTime(SYSTEMTIME& time);
 // The local time at which a rule of TIME_ZONE_INFORMATION applies in a year.
 SYSTEMTIME ResolveZoneRule(const SYSTEMTIME& rule, uint32_t year);
 
-// In UTC.
-void ResolveDaylightTime(const TIME_ZONE_INFORMATION& zone, uint32_t year, SYSTEMTIME& start, SYSTEMTIME& end);
-
 // Of the present zone; all zeros if it has no daylight saving time.
 void GetDSTStartAndEndInUTC(uint32_t year, SYSTEMTIME& start, SYSTEMTIME& end);
 

@@ -14,7 +14,7 @@ namespace
 
 using qxtest::isLayer, qxtest::ReadableText;
 
-constexpr LCID HUNGARIAN = 0x040e, GERMAN = 0x0407, AMERICAN = 0x0409, POLISH = 0x0415, RUSSIAN = 0x0419;
+constexpr LCID GERMAN = 0x0407, AMERICAN = 0x0409, POLISH = 0x0415, RUSSIAN = 0x0419;
 constexpr SYSTEMTIME MOMENT{2018, 2, 0, 3, 15, 4, 7, 0}; // whose day of the week isn't looked at
 
 using Format = int(WINAPI*)(LCID, DWORD, const SYSTEMTIME*, LPCWSTR, LPWSTR, int);
@@ -58,7 +58,6 @@ TEST(DateFormat, Pictures)
         // A month beside a day's number has a form of its own.
         {DATE, POLISH, 0, L"d MMMM", "3 lutego"}, {DATE, POLISH, 0, L"dddd MMMM", "sobota luty"},
         {DATE, RUSSIAN, 0, L"d MMMM", "3 <444><435><432><440><430><43b><44f>"},
-
         {TIME, AMERICAN, 0, L"h hh hhh H HH HHH", "3 03 03 15 15 15"},
         {TIME, AMERICAN, 0, L"h hh H t", "12 12 0 A", {}},
         {TIME, AMERICAN, 0, L"h hh H t", "12 12 12 P", {0, 0, 0, 0, 12}},
@@ -66,12 +65,9 @@ TEST(DateFormat, Pictures)
         {TIME, AMERICAN, 0, L"m mm mmm s ss sss t tt ttt", "4 04 04 7 07 07 P PM PM"},
         {TIME, AMERICAN, 0, L"'a''b' h'x d y", "a'b 3x d y"},
         {TIME, AMERICAN, TIME_NOSECONDS, L"h:mm:ss tt", "3:04 PM"},
-
         {TIME, AMERICAN, TIME_FORCE24HOURFORMAT | TIME_NOSECONDS, L"h:mm:ss tt", "15:04 PM"},
         {TIME, AMERICAN, TIME_NOSECONDS, L"tt h:mm:ss", "PM 3:04"},
-
         {TIME, AMERICAN, TIME_NOSECONDS, L"HH.mm.ss 'Uhr'", "15.04 "},
-
         {TIME, AMERICAN, TIME_NOSECONDS, L"h 'h' m 'm' s 's' tt", "3 h 4  PM"},
         {TIME, AMERICAN, TIME_NOSECONDS, L"hh-mm-ss-tt-x", "03-04PM-x"},
         {TIME, AMERICAN, TIME_NOSECONDS, L"s ss sss", ""},
@@ -81,11 +77,8 @@ TEST(DateFormat, Pictures)
         {DATE, AMERICAN, DATE_LONGDATE, nullptr, "Saturday, February 3, 2018"},
         {TIME, AMERICAN, 0, nullptr, "3:04:07 PM"}, {TIME, GERMAN, TIME_NOSECONDS, nullptr, "15:04"}};
     Check(cases);
-    if (!isLayer)
-        return; // Wine has no leading zeros here, and an era twice
-    const Case more[] = {{DATE, AMERICAN, 0, L"gg", "AD"}, {DATE, GERMAN, 0, nullptr, "03.02.2018"},
-        {DATE, HUNGARIAN, 0, nullptr, "2018. 02. 03."}};
-    Check(more);
+    if (isLayer) // Wine has an era twice
+        EXPECT_EQ(Formatted(DATE, AMERICAN, 0, MOMENT, L"gg"), "AD");
 }
 
 TEST(DateFormat, Refusals)

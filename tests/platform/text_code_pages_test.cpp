@@ -192,21 +192,18 @@ TEST_F(CodePages, EveryCharacterOfAPageReturns)
 
 TEST_F(CodePages, EveryScalarValueOfUtf8Returns)
 {
-    std::vector<wchar_t> text;
-    for (unsigned value = 0; value < 0x110000; ++value)
-        if (value >= 0x10000)
-            text.insert(text.end(),
-                {static_cast<wchar_t>(0xd7c0 + (value >> 10)), static_cast<wchar_t>(0xdc00 + (value & 0x3ff))});
-        else if (value < 0xd800 || value >= 0xe000)
-            text.push_back(static_cast<wchar_t>(value));
-    const int length = static_cast<int>(text.size()), size = 0x80 + 2 * 0x780 + 3 * (0x10000 - 0x1000) + 4 * 0x100000;
-    std::vector<char> bytes(size + 1);
-    std::vector<wchar_t> back(text.size() + 1);
-    EXPECT_EQ(WideCharToMultiByte(
-                  CP_UTF8, WC_ERR_INVALID_CHARS, text.data(), length, bytes.data(), size + 1, nullptr, nullptr),
-        size);
-    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(), size, back.data(), length + 1), length);
-    EXPECT_TRUE(std::equal(text.begin(), text.end(), back.begin()));
+    for (unsigned value = 0; value < 0x110000; value += value == 0xd7ff ? 0x801 : 1)
+    {
+        const bool isPair = value >= 0x10000;
+        const wchar_t text[] = {static_cast<wchar_t>(isPair ? 0xd7c0 + (value >> 10) : value),
+            static_cast<wchar_t>(0xdc00 + (value & 0x3ff))};
+        const int length = isPair ? 2 : 1, size = 1 + (value >= 0x80) + (value >= 0x800) + isPair;
+        char bytes[8];
+        wchar_t back[4];
+        ASSERT_EQ(WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, text, length, bytes, 8, nullptr, nullptr), size);
+        ASSERT_EQ(MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes, size, back, 4), length) << value;
+        ASSERT_TRUE(std::equal(text, text + length, back)) << value;
+    }
 }
 
 // Long runs and every alignment of the first character beyond ASCII: the runs are read by whole words.

@@ -1,5 +1,5 @@
 // Dates and times as callers get them. The user's locale is whatever the machine has, so that forms of a locale are
-// told by their number; in a process of its own on linux it is each of those that matter.
+// told by their number.
 #include <qxut23/dates.h>
 
 #include <gtest/gtest.h>
@@ -9,7 +9,9 @@
 #include <oleauto.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <utility>
 
@@ -184,20 +186,29 @@ TEST(Dates, LocalTimeAndUTC)
     EXPECT_EQ(Show(time), "0-0-0 0:0:0");
 }
 
-TEST(Dates, DaylightTimeOfThePresentZone)
+// By the published rules; the days are those that calendars of these years show. The zone is that of the process, so
+// this runs once more in each of these.
+TEST(Dates, DaylightTimeOfTheZone)
 {
-    SYSTEMTIME start, end, local;
-    TIME_ZONE_INFORMATION zone;
-    EXPECT_EQ(UtilLocGetDSTStartAndEndInUTC(2030, nullptr, nullptr), 0);
-    EXPECT_EQ(UtilLocGetDSTStartAndEndInUTC(2030, &start, &end), 0);
-    if (GetTimeZoneInformation(&zone) == TIME_ZONE_ID_UNKNOWN)
-    {
-        EXPECT_EQ(Show(start) + Show(end), "0-0-0 0:0:00-0-0 0:0:0");
-        return;
-    }
-    ASSERT_TRUE(SystemTimeToTzSpecificLocalTime(&zone, &start, &local)); // the first moment on the new clock
-    EXPECT_EQ((local.wHour * 60 + local.wMinute) - (zone.DaylightDate.wHour * 60 + zone.DaylightDate.wMinute),
-        -zone.DaylightBias);
+    static constexpr char NONE[] = "0-0-0 0:0:0";
+    constexpr std::tuple<std::string_view, uint32_t, const char*, const char*> CASES[] = {
+        {"Europe/Berlin", 2018, "2018-3-25 1:0:0", "2018-10-28 1:0:0"},
+        {"Europe/Berlin", 2100, "2100-3-28 1:0:0", "2100-10-31 1:0:0"},
+        {"Europe/Berlin", 1601, "1601-3-25 1:0:0", "1601-10-28 1:0:0"},
+        {"Europe/Berlin", 1600, NONE, NONE}, // which the system doesn't know
+        {"Europe/Berlin", 99999, NONE, NONE}, {"America/New_York", 2018, "2018-3-11 7:0:0", "2018-11-4 6:0:0"},
+        {"Australia/Sydney", 2018, "2018-10-6 16:0:0", "2018-3-31 16:0:0"}, {"Asia/Kolkata", 2018, NONE, NONE},
+        {"BRT3BRST,M11.1.0/0,M2.3.0/0", 2018, "2018-11-4 3:0:0", "2018-2-18 2:0:0"}}; // São Paulo before 2019
+    EXPECT_EQ(UtilLocGetDSTStartAndEndInUTC(2018, nullptr, nullptr), 0);
+    const char* const presentZone = std::getenv("TZ");
+    for (const auto& [zone, year, expectedStart, expectedEnd] : CASES)
+        if (presentZone != nullptr && zone == presentZone)
+        {
+            SYSTEMTIME start, end;
+            EXPECT_EQ(UtilLocGetDSTStartAndEndInUTC(year, &start, &end), 0);
+            EXPECT_EQ(Show(start), expectedStart) << zone << ' ' << year;
+            EXPECT_EQ(Show(end), expectedEnd) << zone << ' ' << year;
+        }
 }
 
 } // namespace

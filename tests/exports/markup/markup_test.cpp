@@ -13,14 +13,13 @@ TEST(Markup, StringsGoInAndOut)
     EXPECT_STREQ(text, L"a&lt;b");
     UtilDemaskAllHTMLCharacters(text, &text); // its own input is replaced
     EXPECT_STREQ(text, L"a<b");
-    UtilConvertText2HTML(L"a\rb", &text, 0);
-    EXPECT_STREQ(text, L"<p>a</p><p>b</p>");
-    UtilConvertHtml2PlainText(text, &text, 0);
-    EXPECT_STREQ(text, L"a\rb\r");
-    UtilConvertText2HTML(L"a", &text, 0x80);
-    EXPECT_STREQ(text, L"[_[p]_]a[_[/p]_]");
-    UtilConvertHtml2PlainText(text, &text, 0x80);
-    EXPECT_STREQ(text, L"a\r");
+    for (const uint32_t flags : {0u, 0x80u})
+    {
+        UtilConvertText2HTML(L"a\rb", &text, flags);
+        EXPECT_STREQ(text, flags == 0 ? L"<p>a</p><p>b</p>" : L"[_[p]_]a[_[/p]_][_[p]_]b[_[/p]_]");
+        UtilConvertHtml2PlainText(text, &text, flags);
+        EXPECT_STREQ(text, L"a\rb\r");
+    }
 
     // An empty result is a string too, and a null text is an empty one.
     SysFreeString(text);

@@ -1,69 +1,53 @@
-// The calendar class against a count of the days, one by one.
+// The calendar class against the usual formula of Julian day numbers, which is one of whole numbers.
 #include "locale/date.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <compare>
 #include <cstdint>
+#include <tuple>
 
 using namespace qx;
 
 namespace
 {
 
-struct Day
+// Of the day's noon. Years are astronomical: 0 is the year before 1.
+int64_t JulianDayNumber(int year, int month, int day, bool isGregorian)
 {
-    int year; // astronomical: 0 is the year before 1
-    int month, day;
-
-    auto operator<=>(const Day&) const = default;
-};
-
-int DaysOfMonth(const Day& date)
-{
-    constexpr int LENGTHS[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    const bool isCentury = date.year % 100 == 0 && date.year % 400 != 0;
-    const bool isLeap = date.year % 4 == 0 && !(isCentury && date >= Day{1582, 10, 15});
-    return LENGTHS[date.month - 1] + (date.month == 2 && isLeap ? 1 : 0);
+    const int beforeMarch = month < 3 ? 1 : 0;
+    const int y = year + 4800 - beforeMarch, m = month + 12 * beforeMarch - 3;
+    const int number = day + (153 * m + 2) / 5 + 365 * y + y / 4;
+    return isGregorian ? number - y / 100 + y / 400 - 32045 : number - 32083;
 }
 
-Day Next(Day date)
-{
-    if (date.year == 1582 && date.month == 10 && date.day == 4)
-        return {1582, 10, 15};
-    if (date.day < DaysOfMonth(date))
-        return {date.year, date.month, date.day + 1};
-    return date.month < 12 ? Day{date.year, date.month + 1, 1} : Day{date.year + 1, 1, 1};
-}
-
-// Day 0 of the count is 1 January of the astronomical year -4712, a Monday. The class numbers from the midnight before.
 TEST(Calendar, CountsEveryDay)
 {
-    Day date{-4711, 1, 1};
-    std::int64_t number = 366;
-    int leapDaysRefused = 0;
-    for (; date.year <= 9999; date = Next(date), ++number)
-    {
-        const int yearOfEra = date.year < 1 ? date.year - 1 : date.year;
-        const clsDate result(date.day, date.month, yearOfEra);
-        if (date.year < 1 && date.month == 2 && date.day == 29)
-        {
-            ASSERT_FALSE(result.IsValid()) << yearOfEra;
-            ++leapDaysRefused;
-            continue;
-        }
-        // Before the year 1 the numbers are one off unless the March on which the class counts belongs to a leap year.
-        const int marchYear = date.month < 3 ? date.year - 1 : date.year;
-        const bool isOneHigher = date.year < 1 && marchYear % 4 != 0;
-        ASSERT_EQ(std::int64_t{result.julianDay}, number - (isOneHigher ? 0 : 1))
-            << yearOfEra << '-' << date.month << '-' << date.day;
-        if (date.year >= 1)
-        {
-            ASSERT_EQ(result.dayOfWeek, (number + 1) % 7 + 1);
-        }
-    }
-    EXPECT_EQ(leapDaysRefused, 1178); // of the years -1, -5, ..., -4709
+    for (int year = -4711; year <= 9999; ++year)
+        for (int month = 1; month <= 12; ++month)
+            for (int day = 1; day <= 31; ++day)
+            {
+                const bool isGregorian = std::tuple(year, month, day) >= std::tuple(1582, 10, 15);
+                const int64_t number = JulianDayNumber(year, month, day, isGregorian);
+                const bool isInMonth = number < JulianDayNumber(year + month / 12, month % 12 + 1, 1, isGregorian);
+                const bool exists = isInMonth && !(year == 1582 && month == 10 && day > 4 && !isGregorian);
+                // Before the year 1 the class gives the leap days of the years -1, -5, ... to -4, -8, ...
+                const bool isLeapDayBefore1 = year < 1 && month == 2 && day == 29;
+                const int yearOfEra = year < 1 ? year - 1 : year;
+                const clsDate date(day, month, yearOfEra);
+                ASSERT_EQ(date.IsValid(), isLeapDayBefore1 ? yearOfEra % 4 == 0 : exists)
+                    << yearOfEra << '-' << month << '-' << day;
+                if (!date.IsValid() || isLeapDayBefore1)
+                    continue;
+                // Days begin at midnight. Before the year 1 the numbers are one off unless the March on which the class
+                // counts belongs to a leap year.
+                const bool isOneHigher = year < 1 && (month < 3 ? year - 1 : year) % 4 != 0;
+                ASSERT_EQ(date.julianDay, number - (isOneHigher ? 0 : 1)) << yearOfEra << '-' << month << '-' << day;
+                if (year >= 1)
+                {
+                    ASSERT_EQ(date.dayOfWeek, (number + 1) % 7 + 1);
+                }
+            }
 }
 
 TEST(Calendar, RefusesWhatIsNoDate)
