@@ -4,8 +4,6 @@
 #include <windows.h>
 
 #include <string_view>
-#include <thread>
-#include <vector>
 
 namespace
 {
@@ -175,22 +173,6 @@ TEST(Order, LengthsAndErrors)
     EXPECT_EQ(error(ENGLISH, 0, L"", nullptr), DWORD{ERROR_INVALID_PARAMETER});
     EXPECT_EQ(error(UNKNOWN, 0, L"a", L"b"), DWORD{ERROR_INVALID_PARAMETER});
     EXPECT_EQ(error(ENGLISH, 0x80, L"a", L"b"), DWORD{ERROR_INVALID_FLAGS});
-}
-
-TEST(Order, IsTheSameInAllThreads)
-{
-    std::vector<std::thread> threads;
-    std::vector<int> results(8);
-    for (int& result : results)
-        threads.emplace_back(
-            [&result]
-            {
-                for (LCID locale : {ENGLISH, GERMAN, SWEDISH})
-                    result += Compare(locale, 0, L"co-op \x00e4", L"coop \x00e4z");
-            });
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(results, std::vector<int>(8, 3 * CSTR_LESS_THAN));
 }
 
 } // namespace

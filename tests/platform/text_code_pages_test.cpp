@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <type_traits>
 #include <vector>
 
@@ -293,17 +292,6 @@ TEST_F(CodePages, ArgumentsAreChecked)
     EXPECT_EQ(MultiByteToWideChar(1252, 0, reinterpret_cast<char*>(wide), 1, wide, 4), 0);
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
 #endif
-}
-
-TEST_F(CodePages, PagesAreMadeOnceForAllThreads)
-{
-    std::vector<std::thread> threads;
-    std::vector<std::string> results(8);
-    for (std::string& result : results)
-        threads.emplace_back([&result] { result = Decode(949, "\xb0\xa1") + '|' + Encode(1258, L"\x20ab"); });
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(results, std::vector<std::string>(8, "ac00|fe"));
 }
 
 #ifndef _WIN32

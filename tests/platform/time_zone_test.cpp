@@ -1,4 +1,6 @@
 // Time zones, and local time in them.
+#include "support/shown_time.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -10,13 +12,7 @@
 namespace
 {
 
-std::string Text(const SYSTEMTIME& time)
-{
-    char text[48];
-    std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d.%03d", time.wYear, time.wMonth, time.wDay,
-        time.wHour, time.wMinute, time.wSecond, time.wMilliseconds);
-    return text;
-}
+using qxtest::Show;
 
 // The conversions differ in what they declare as constant.
 BOOL ToLocal(TIME_ZONE_INFORMATION* zone, SYSTEMTIME* universal, LPSYSTEMTIME local)
@@ -42,11 +38,11 @@ void CheckThatZoneAndItsInformationAgree()
             SYSTEMTIME time{now.wYear, month, 0, day, 12, 30, 15, 250};
             ASSERT_TRUE(ToLocal(nullptr, &time, &local));
             ASSERT_TRUE(ToLocal(&zone, &time, &again));
-            EXPECT_EQ(Text(local), Text(again));
+            EXPECT_EQ(Show(local), Show(again));
             for (TIME_ZONE_INFORMATION* const by : {static_cast<TIME_ZONE_INFORMATION*>(nullptr), &zone})
             {
                 ASSERT_TRUE(ToUniversal(by, &local, &again));
-                EXPECT_EQ(Text(again), Text(time));
+                EXPECT_EQ(Show(again), Show(time));
             }
         }
 }
@@ -89,7 +85,7 @@ std::string Converted(Convert convert, TIME_ZONE_INFORMATION* zone, const char* 
     SYSTEMTIME time = Time(text), result;
     if (!convert(zone, &time, &result))
         return "error " + std::to_string(GetLastError());
-    return Text(result).substr(0, 16);
+    return Show(result).substr(0, 16);
 }
 
 // "month/week hour" of a Sunday, or "-".

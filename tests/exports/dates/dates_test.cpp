@@ -2,13 +2,14 @@
 // told by their number.
 #include <qxut23/dates.h>
 
+#include "support/shown_time.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
 #include <oleauto.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
@@ -18,15 +19,9 @@
 namespace
 {
 
-constexpr uint32_t USER = 0x400, AMERICAN = 0x409, GERMAN = 0x407, UNKNOWN = 0x9999;
+using qxtest::Show;
 
-std::string Show(const SYSTEMTIME& time)
-{
-    char text[48];
-    std::snprintf(text, sizeof text, "%d-%d-%d %d:%d:%d", time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute,
-        time.wSecond);
-    return text;
-}
+constexpr uint32_t USER = 0x400, AMERICAN = 0x409, GERMAN = 0x407, UNKNOWN = 0x9999;
 
 std::string Narrow(const wchar_t* text)
 {
@@ -60,10 +55,10 @@ TEST(Dates, ReadInALocale)
 {
     constexpr uint32_t REPORT = QXUT_LOCDATE_REPORT_DEFAULT;
     constexpr std::tuple<uint32_t, const wchar_t*, int32_t, const char*> CASES[] = {
-        {AMERICAN, L" 12/31/2018 1:05 PM ", 0, "2018-12-31 13:5:0"},
-        {GERMAN, L"31.12.2018 13:05", 0, "2018-12-31 13:5:0"}, {GERMAN, L"31.2.2018", -52, "2018-2-31 0:0:0"},
-        {UNKNOWN, L"31.12.2018", 0, "2018-12-31 0:0:0"}, // ".", ":", day first
-        {USER, L"nonsense", 0, "0-0-0 0:0:0"}};
+        {AMERICAN, L" 12/31/2018 1:05 PM ", 0, "2018-12-31 13:05:00"},
+        {GERMAN, L"31.12.2018 13:05", 0, "2018-12-31 13:05:00"}, {GERMAN, L"31.2.2018", -52, "2018-02-31 00:00:00"},
+        {UNKNOWN, L"31.12.2018", 0, "2018-12-31 00:00:00"}, // ".", ":", day first
+        {USER, L"nonsense", 0, "0000-00-00 00:00:00"}};
     SYSTEMTIME time;
     for (const auto& [locale, text, result, expected] : CASES)
     {
@@ -84,16 +79,14 @@ TEST(Dates, WrittenInALocale)
 {
     constexpr SYSTEMTIME MOMENT{2018, 2, 0, 3, 15, 4, 7, 0}, MIDNIGHT{2018, 2, 0, 3}, EARLY{1500, 2, 0, 29, 1};
     constexpr uint32_t DATE = QXUT_LOCTEXT_DATE, TIME = QXUT_LOCTEXT_TIME, SHORT_TIME = QXUT_LOCTEXT_TIME_NO_SECONDS;
-    EXPECT_EQ(Written(AMERICAN, &MOMENT, DATE | TIME), "2/3/2018 3:04:07 PM");
-    EXPECT_EQ(Written(AMERICAN, &MOMENT, TIME), "3:04:07 PM");
-    EXPECT_EQ(Written(AMERICAN, &MOMENT, SHORT_TIME | TIME), "3:04 PM");
-    EXPECT_EQ(Written(GERMAN, &MOMENT, SHORT_TIME), "15:04");
-    EXPECT_EQ(Written(AMERICAN, &MOMENT, TIME | QXUT_LOCTEXT_24_HOURS), "15:04:07 PM");
-    EXPECT_EQ(Written(AMERICAN, &MIDNIGHT, DATE | TIME), "2/3/2018");
-    EXPECT_EQ(Written(AMERICAN, &MIDNIGHT, TIME), "");
-    EXPECT_EQ(Written(AMERICAN, &MOMENT, 0), "");
-    EXPECT_EQ(Written(AMERICAN, &EARLY, DATE | TIME), "2/29/1500 1:00:00 AM");
-    EXPECT_EQ(Written(UNKNOWN, &MOMENT, DATE | TIME), "");
+    const std::tuple<uint32_t, const SYSTEMTIME*, uint32_t, const char*> cases[] = {
+        {AMERICAN, &MOMENT, DATE | TIME, "2/3/2018 3:04:07 PM"}, {AMERICAN, &MOMENT, TIME, "3:04:07 PM"},
+        {AMERICAN, &MOMENT, SHORT_TIME | TIME, "3:04 PM"}, {GERMAN, &MOMENT, SHORT_TIME, "15:04"},
+        {AMERICAN, &MOMENT, TIME | QXUT_LOCTEXT_24_HOURS, "15:04:07 PM"},
+        {AMERICAN, &MIDNIGHT, DATE | TIME, "2/3/2018"}, {AMERICAN, &MIDNIGHT, TIME, ""}, {AMERICAN, &MOMENT, 0, ""},
+        {UNKNOWN, &MOMENT, DATE | TIME, ""}, {AMERICAN, &EARLY, DATE | TIME, "2/29/1500 1:00:00 AM"}};
+    for (const auto& [locale, time, flags, text] : cases)
+        EXPECT_EQ(Written(locale, time, flags), text);
 
     // Today's date stands in for one that can't be written.
     constexpr SYSTEMTIME IMPOSSIBLE{2018, 2, 0, 30, 15};
@@ -161,9 +154,9 @@ TEST(Dates, OfMachines)
     ExpectNow(time);
     // What only the system reads, in a form that many locales share.
     EXPECT_EQ(UtilLocDateTimeToSYSTEMTIME(L"2018/4/3 16:05:06", &time), 0);
-    EXPECT_EQ(Show(time), "2018-4-3 16:5:6");
+    EXPECT_EQ(Show(time), "2018-04-03 16:05:06");
     EXPECT_EQ(UtilLocDateTimeToSYSTEMTIME(L"nonsense", &time), 0);
-    EXPECT_EQ(Show(time), "0-0-0 0:0:0");
+    EXPECT_EQ(Show(time), "0000-00-00 00:00:00");
     EXPECT_EQ(time.wDayOfWeek, 0xFFFF);
     EXPECT_EQ(UtilLocDateTimeToSYSTEMTIME(L"20180102", nullptr), 0);
 }
@@ -179,26 +172,26 @@ TEST(Dates, LocalTimeAndUTC)
     time = {2018, 7, 9, 3, 12, 30, 15, 250};
     EXPECT_EQ(UtilLocConvertUTCTimeToLocalTime(&time), 0);
     EXPECT_EQ(UtilLocConvertLocalTimeToUTCTime(&time), 0);
-    EXPECT_EQ(Show(time), "2018-7-3 12:30:15");
+    EXPECT_EQ(Show(time), "2018-07-03 12:30:15");
     EXPECT_EQ(time.wMilliseconds, 250);
     time = {2018, 2, 0, 30};
     EXPECT_EQ(UtilLocConvertLocalTimeToUTCTime(&time), 0); // what can't be converted is all zeros
-    EXPECT_EQ(Show(time), "0-0-0 0:0:0");
+    EXPECT_EQ(Show(time), "0000-00-00 00:00:00");
 }
 
 // By the published rules; the days are those that calendars of these years show. The zone is that of the process, so
 // this runs once more in each of these.
 TEST(Dates, DaylightTimeOfTheZone)
 {
-    static constexpr char NONE[] = "0-0-0 0:0:0";
+    static constexpr char NONE[] = "0000-00-00 00:00:00";
     constexpr std::tuple<std::string_view, uint32_t, const char*, const char*> CASES[] = {
-        {"Europe/Berlin", 2018, "2018-3-25 1:0:0", "2018-10-28 1:0:0"},
-        {"Europe/Berlin", 2100, "2100-3-28 1:0:0", "2100-10-31 1:0:0"},
-        {"Europe/Berlin", 1601, "1601-3-25 1:0:0", "1601-10-28 1:0:0"},
+        {"Europe/Berlin", 2018, "2018-03-25 01:00:00", "2018-10-28 01:00:00"},
+        {"Europe/Berlin", 2100, "2100-03-28 01:00:00", "2100-10-31 01:00:00"},
+        {"Europe/Berlin", 1601, "1601-03-25 01:00:00", "1601-10-28 01:00:00"},
         {"Europe/Berlin", 1600, NONE, NONE}, // which the system doesn't know
-        {"Europe/Berlin", 99999, NONE, NONE}, {"America/New_York", 2018, "2018-3-11 7:0:0", "2018-11-4 6:0:0"},
-        {"Australia/Sydney", 2018, "2018-10-6 16:0:0", "2018-3-31 16:0:0"}, {"Asia/Kolkata", 2018, NONE, NONE},
-        {"BRT3BRST,M11.1.0/0,M2.3.0/0", 2018, "2018-11-4 3:0:0", "2018-2-18 2:0:0"}}; // São Paulo before 2019
+        {"Europe/Berlin", 99999, NONE, NONE}, {"America/New_York", 2018, "2018-03-11 07:00:00", "2018-11-04 06:00:00"},
+        {"Australia/Sydney", 2018, "2018-10-06 16:00:00", "2018-03-31 16:00:00"}, {"Asia/Kolkata", 2018, NONE, NONE},
+        {"BRT3BRST,M11.1.0/0,M2.3.0/0", 2018, "2018-11-04 03:00:00", "2018-02-18 02:00:00"}}; // São Paulo before 2019
     EXPECT_EQ(UtilLocGetDSTStartAndEndInUTC(2018, nullptr, nullptr), 0);
     const char* const presentZone = std::getenv("TZ");
     for (const auto& [zone, year, expectedStart, expectedEnd] : CASES)

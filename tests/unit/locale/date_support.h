@@ -1,29 +1,13 @@
 // What the tests of dates share.
 #pragma once
 
+#include "support/shown_time.h"
+
 #include "core/string.h"
 #include "locale/date_parser.h"
 
-#include <windows.h>
-
-#include <cstdio>
-#include <string>
-
 namespace qxtest
 {
-
-// "2018-12-31 23:59:58", with -- for a field that wasn't given.
-inline std::string Show(const SYSTEMTIME& time)
-{
-    const auto part = [](WORD value, const char* format)
-    {
-        char text[8];
-        std::snprintf(text, sizeof text, format, value);
-        return value == 0xFFFF ? std::string("--") : std::string(text);
-    };
-    return part(time.wYear, "%04d") + '-' + part(time.wMonth, "%02d") + '-' + part(time.wDay, "%02d") + ' ' +
-           part(time.wHour, "%02d") + ':' + part(time.wMinute, "%02d") + ':' + part(time.wSecond, "%02d");
-}
 
 inline qx::clsLocaleDateInfo Info(qx::DateOrder order, const wchar_t* dateSeparator, const wchar_t* timeSeparator)
 {
