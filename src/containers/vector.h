@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -48,11 +49,12 @@ public:
         _block.swap(block);
     }
 
-    // Grows to hold the index.
+    // Grows to hold the index. The largest index stands for a count that is none: it is refused like any other that is
+    // too large, by std::length_error.
     T& operator[](std::size_t index)
     {
         if (index >= Count())
-            Resize(index + 1);
+            Resize(std::max(index, index + 1));
         return _block[index];
     }
 

@@ -194,6 +194,7 @@ private:
         }
     }
 
+    // A plain %S is measured as the 8-bit text that the formatter takes it for: as wide text it would be read past its end.
     bool AddText(const Conversion& conversion)
     {
         const void* text = _arguments.Next<const void*>();
@@ -211,7 +212,7 @@ private:
         }
         else if (wide && !IsReadable(text, most))
             return false;
-        else if (conversion.size == Size::narrow || (conversion.type == L'S' && !wide)) // plain %S is 8-bit text
+        else if (conversion.size == Size::narrow || (conversion.type == L'S' && !wide))
             length = strnlen(static_cast<const char*>(text), most);
         else
             length = wcsnlen(static_cast<const wchar_t*>(text), most);

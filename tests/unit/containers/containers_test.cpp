@@ -294,6 +294,8 @@ TEST(VectorTest, ResizeKeepsTheFirstAndMakesTheRest)
     EXPECT_EQ(Counted::living, 0);
     WCValVector<int> numbers;
     EXPECT_EQ(numbers[3], 0);
+    EXPECT_THROW(numbers[SIZE_MAX], std::length_error);
+    EXPECT_EQ(numbers.Count(), 4u);
 }
 
 // ---- Skip lists
