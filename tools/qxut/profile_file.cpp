@@ -4,7 +4,10 @@
 #include "profile_form.h"
 #include "text.h"
 
+#include <cerrno>
 #include <filesystem>
+#include <fstream>
+#include <system_error>
 #include <vector>
 
 namespace qxut
@@ -15,6 +18,22 @@ namespace
 
 namespace fs = std::filesystem;
 
+// What the system says to the attempt, which the code of the library doesn't tell.
+std::string ReasonOfFailedOpen(const fs::path& file, std::ios::openmode mode)
+{
+    errno = 0;
+    if (std::fstream(file, mode) || errno == 0)
+        return "";
+    return " (" + std::generic_category().message(errno) + ")";
+}
+
+std::string ReasonOfMissing(const fs::path& file)
+{
+    std::error_code ignored;
+    const bool isFolderMissing = file.has_parent_path() && !fs::exists(file.parent_path(), ignored);
+    return isFolderMissing ? "there is no such folder" : "there is no such file";
+}
+
 // Looks at the file itself for what the code leaves open.
 std::string ReasonOfFailedRead(const std::string& path, int32_t error)
 {
@@ -23,7 +42,7 @@ std::string ReasonOfFailedRead(const std::string& path, int32_t error)
     if (fs::is_directory(file, ignored))
         return "it is a folder";
     if (!fs::exists(file, ignored))
-        return "there is no such file";
+        return ReasonOfMissing(file);
     const auto size = fs::file_size(file, ignored);
     if (error == PROF_ERR_LOCKED && !ignored && size < 4)
         return "it has only " + std::to_string(size) + " bytes, which is no profile";
@@ -34,9 +53,9 @@ std::string ReasonOfFailedRead(const std::string& path, int32_t error)
     case PROF_ERR_LOCKED:
         return "another process keeps it, or its content can't be read";
     case PROF_ERR_CANNOT_WRITE:
-        return "it can't be opened for writing";
+        return "it can't be opened for writing" + ReasonOfFailedOpen(file, std::ios::in | std::ios::out);
     default:
-        return "it can't be opened";
+        return "it can't be opened" + ReasonOfFailedOpen(file, std::ios::in);
     }
 }
 
@@ -102,7 +121,7 @@ ProfileFile::ProfileFile(const std::string& path, Sharing sharing)
           [&]() -> const std::string&
           {
               if (IsMissing(path))
-                  throw Failure(kCannotRead, path + ": there is no such file");
+                  throw Failure(kCannotRead, path + ": " + ReasonOfMissing(fs::u8path(path)));
               return path;
           }(),
           sharing, MayBeMissing{})
@@ -132,7 +151,7 @@ void ProfileFile::Save(const std::string& path, int32_t flags) const
         return;
     const std::string reason = error == PROF_ERR_CANNOT_WRITE
                                    ? "it can't be opened for writing, or another process keeps it"
-                                   : "writing failed";
+                                   : "writing failed; is its disk full?";
     throw Failure(ExitCodeOf(error), (path.empty() ? _path : path) + ": " + reason);
 }
 

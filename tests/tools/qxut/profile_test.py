@@ -2,6 +2,7 @@
 
 import json
 import pathlib
+import resource
 import shutil
 import subprocess
 import unittest
@@ -188,7 +189,8 @@ class ProfileCommands(commands.CommandTest):
 
     def test_errors_name_file_and_reason(self):
         (self.folder / "short").write_bytes(b"[/]")
-        for name, code, reason in (("none", 3, "there is no such file"), (".", 3, "it is a folder"),
+        for name, code, reason in (("none", 3, "there is no such file"), ("none/none", 3, "there is no such folder"),
+                                   (".", 3, "it is a folder"),
                                    ("short", 5, "it has only 3 bytes")):
             path = str(self.folder / name)
             message = self.qxut("show", path, code=code)
@@ -209,6 +211,15 @@ class ProfileCommands(commands.CommandTest):
                               cwd=self.folder, capture_output=True)
         self.assertEqual((done.returncode, done.stderr), (2, b"qxut: the argument 'n\\xE9' is not UTF-8\n"))
         self.assertEqual([path.name for path in self.folder.iterdir()], ["file"])
+
+    @unittest.skipIf(commands.COMMAND[-1].endswith(".exe"), "the limit would be one for the emulator's own files too")
+    def test_a_full_disk_leaves_the_file(self):
+        before = pathlib.Path(self.file).read_bytes()
+        done = subprocess.run([*commands.COMMAND, "profile", "set", self.file, "--path", "x", "x" * 1000],
+                              capture_output=True, encoding="utf-8", restore_signals=False,  # no SIGXFSZ
+                              preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000)))
+        self.assertEqual((done.returncode, done.stderr), (6, f"qxut: {self.file}: writing failed; is its disk full?\n"))
+        self.assertEqual(pathlib.Path(self.file).read_bytes(), before)
 
     def test_deep_lists_grow_in_one_column(self):
         deep = self.write("deep", "[/]\r\n" + "[l]\r\n" * 4000 + "x=1\r\n" + "}\r\n" * 4000)
