@@ -194,7 +194,7 @@ private:
         }
     }
 
-    // A plain %S is measured as the 8-bit text that the formatter takes it for: as wide text it would be read past its end.
+    // A plain %S is measured as what the formatter reads it as, 8-bit text: as wide text it would be read past its end.
     bool AddText(const Conversion& conversion)
     {
         const void* text = _arguments.Next<const void*>();
