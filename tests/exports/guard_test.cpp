@@ -1,12 +1,13 @@
 #include "exports/guard.h"
 
-#include "support/debug_line_capture.h"
+#include "support/debug_lines.h"
 
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 
 using namespace qx;
+using qxtest::DebugLines;
 
 namespace
 {
@@ -27,7 +28,7 @@ TEST(GuardTest, NoExceptionComesThrough)
     };
     for (const Case& c : cases)
     {
-        DebugLineCapture lines;
+        DebugLines lines;
         SetLastError(0);
         EXPECT_EQ(Guarded(-9, [&] { return c.work(), 1; }), -9);
         EXPECT_EQ(GetLastError(), c.error);

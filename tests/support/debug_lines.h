@@ -1,19 +1,80 @@
-// The debug output of a test that expects one line at a time.
+// The debug output of a test.
 #pragma once
 
-#include "support/debug_line_capture.h"
+#include "core/debug_line.h"
+#include "core/string.h"
+#include "core/text_format.h"
+
+#include <algorithm>
+#include <mutex>
+#include <string_view>
+#include <vector>
 
 namespace qxtest
 {
 
-class DebugLines : public qx::DebugLineCapture
+// Takes the debug lines for as long as it lives.
+class DebugLines : private qx::DebugLineSink
 {
 public:
+    struct Entry
+    {
+        int indentChange;
+        qx::String text;
+    };
+
+    DebugLines() : _former(qx::SetDebugLineSink(this)) {}
+    DebugLines(const DebugLines&) = delete;
+    DebugLines& operator=(const DebugLines&) = delete;
+    ~DebugLines() { qx::SetDebugLineSink(_former); }
+
+    std::vector<Entry> Entries() const
+    {
+        const std::lock_guard lock(_mutex);
+        return _entries;
+    }
+
+    std::size_t Count() const { return Entries().size(); }
+
+    std::size_t CountOf(std::wstring_view part) const
+    {
+        const auto entries = Entries();
+        return static_cast<std::size_t>(std::count_if(entries.begin(), entries.end(),
+            [part](const Entry& entry) { return entry.text.View().find(part) != std::wstring_view::npos; }));
+    }
+
+    // The last line, or an empty text.
+    qx::String Last() const
+    {
+        const std::lock_guard lock(_mutex);
+        return _entries.empty() ? qx::String() : _entries.back().text;
+    }
+
     // The text of the only line there is; says what is wrong otherwise.
     qx::String Only() const
     {
         return Count() == 1 ? Last() : qx::String(qx::String::formatted, L"(%d lines)", static_cast<int>(Count()));
     }
+
+private:
+    void Line(int indentChange, const wchar_t* format, va_list arguments) override
+    {
+        // A line written while one is taken is dropped, as every sink must do: the strings of this one may cause it.
+        static thread_local bool isTaking = false;
+        if (isTaking)
+            return;
+        isTaking = true;
+        wchar_t line[1025] = {};
+        if (format)
+            qx::FormatBounded(line, 1025, format, arguments);
+        const std::lock_guard lock(_mutex);
+        _entries.push_back({indentChange, qx::String(line)});
+        isTaking = false;
+    }
+
+    qx::DebugLineSink* _former;
+    mutable std::mutex _mutex;
+    std::vector<Entry> _entries;
 };
 
 } // namespace qxtest

@@ -1,11 +1,11 @@
 // The lines of a log file.
 #pragma once
 
+#include "core/regex.h"
 #include "support/temp_folder.h"
 
-#include <cctype>
+#include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace qxtest
@@ -32,7 +32,7 @@ inline std::vector<std::string> LogLines(const qx::String& path)
     return lines;
 }
 
-// A line taken apart where its stamp stands.
+// A line taken apart where its stamp stands; with an empty time if it has none.
 struct LogLine
 {
     std::string tag; // with what stands behind it
@@ -43,35 +43,20 @@ struct LogLine
     std::string rest; // section, indentation, message
 };
 
-// Whether the picture stands there: 9 for a digit, f for a hexadecimal one, all else for itself.
-inline bool Stands(std::string_view picture, std::string_view line, size_t at)
+inline LogLine Parse(const std::string& line)
 {
-    for (const char wanted : picture)
+    constexpr uint32_t dotAll = 0x20;
+    qx::clsRegEx stamp(L"^(.*?)(\\d\\d:\\d\\d:\\d\\d\\.\\d{3}) ([0-9a-f]{8})/([^ ]{2,}) (\\d) (.*)$", dotAll);
+    qx::String text;
+    text.Assign(line.c_str());
+    qx::clsRegExMatchList parts;
+    if (!stamp.Match(text, &parts))
+        return {};
+    const auto part = [&parts](size_t group)
     {
-        const int c = at < line.size() ? static_cast<unsigned char>(line[at++]) : 0;
-        const bool fits = wanted == '9'   ? std::isdigit(c) != 0
-                          : wanted == 'f' ? std::isxdigit(c) != 0 && std::isupper(c) == 0
-                                          : c == wanted;
-        if (!fits)
-            return false;
-    }
-    return true;
-}
-
-// With an empty time if there is no stamp in the line.
-inline LogLine Parse(const std::string& line, std::string_view timePicture = "99:99:99.999")
-{
-    for (size_t begin = 0; begin < line.size(); ++begin)
-    {
-        const size_t thread = begin + timePicture.size() + 1, processor = thread + 9;
-        if (!Stands(std::string(timePicture) + " ffffffff/", line, begin))
-            continue;
-        const size_t end = line.find(' ', processor);
-        if (end != std::string::npos && end >= processor + 2 && Stands(" 9 ", line, end))
-            return {line.substr(0, begin), line.substr(begin, timePicture.size()), line.substr(thread, 8),
-                line.substr(processor, end - processor), line[end + 1], line.substr(end + 3)};
-    }
-    return {};
+        return std::string(parts[group].text.NarrowText());
+    };
+    return {part(1), part(2), part(3), part(4), part(5)[0], part(6)};
 }
 
 } // namespace qxtest

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/string.h"
+#include "files/paths.h"
 
 #include <windows.h>
 
@@ -11,23 +12,13 @@ namespace qxtest
 class PeerProcess
 {
 public:
-    // The arguments as on a command line; see file_peer.cpp.
-    explicit PeerProcess(const qx::String& arguments) : PeerProcess(L"file_peer", arguments) {}
-
+    // The arguments as on a command line.
     PeerProcess(const wchar_t* program, const qx::String& arguments)
     {
         wchar_t own[MAX_PATH] = {};
         GetModuleFileNameW(nullptr, own, MAX_PATH);
-        wchar_t* name = own;
-        for (wchar_t* c = own; *c != 0; ++c)
-        {
-            if (*c == L'/' || *c == L'\\')
-                name = c + 1;
-        }
-        const wchar_t* const dot = wcsrchr(name, L'.');
-        const qx::String extension(dot != nullptr ? dot : L"");
-        *name = 0;
-        qx::String command = qx::String(L"\"") + own + program + extension + L"\" " + arguments;
+        qx::String command =
+            L"\"" + qx::GetPathDirectory(own) + program + qx::GetPathExtension(own) + L"\" " + arguments;
         STARTUPINFOW start = {};
         start.cb = sizeof start;
         _started = CreateProcessW(nullptr, command.GetBuffer(command.Length() + 1), nullptr, nullptr, FALSE, 0, nullptr,

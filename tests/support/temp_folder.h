@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/string.h"
+#include "files/file_finder.h"
 #include "files/path_separator.h"
 
 #include <windows.h>
@@ -28,17 +29,11 @@ public:
     }
     ~TempFolder()
     {
-        WIN32_FIND_DATAW found = {};
-        const HANDLE search = FindFirstFileW(Path(L"*").Text(), &found);
-        if (search != INVALID_HANDLE_VALUE)
+        for (qx::FileFinder finder(Path(L"*"), false); finder.Next();)
         {
-            do
-            {
-                const qx::String path = Path(found.cFileName);
-                SetFileAttributesW(path.Text(), FILE_ATTRIBUTE_NORMAL);
-                DeleteFileW(path.Text());
-            } while (FindNextFileW(search, &found));
-            FindClose(search);
+            const qx::String path = Path(finder.Name());
+            SetFileAttributesW(path.Text(), FILE_ATTRIBUTE_NORMAL);
+            DeleteFileW(path.Text());
         }
         RemoveDirectoryW(_path.Text());
     }

@@ -45,7 +45,7 @@ std::string ReasonOfFailedRead(const std::string& path, int32_t error)
         return ReasonOfMissing(file);
     const auto size = fs::file_size(file, ignored);
     if (error == PROF_ERR_LOCKED && !ignored && size < 4)
-        return "it has only " + std::to_string(size) + " bytes, which is no profile";
+        return "it has only " + std::to_string(size) + (size == 1 ? " byte" : " bytes") + ", which is no profile";
     switch (error)
     {
     case PROF_ERR_MALFORMED:

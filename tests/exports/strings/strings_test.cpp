@@ -32,6 +32,12 @@ TEST(StringExportsTest, NullTextsAreEmptyAndNullTargetsAreLeft)
     EXPECT_EQ(UtilStuff(nullptr, 1, 1, L"X"), nullptr);
     EXPECT_EQ(UtilSubstr(nullptr, 1, 1), nullptr);
     EXPECT_LT(UtilSafeSprintf(nullptr, 8, L"%d", 1), 0);
+    char bytes[] = "abcd";
+    EXPECT_EQ(UtilMemset(bytes, 0x158, 1), bytes); // the low byte alone
+    EXPECT_EQ(UtilMemcpy(bytes + 1, bytes + 3, 1), bytes + 1);
+    EXPECT_EQ(UtilMemcpy(bytes, nullptr, 0), bytes);
+    EXPECT_STREQ(bytes, "Xdcd");
+    EXPECT_EQ(UtilMemset(nullptr, 1, 0), nullptr);
     EXPECT_EQ(UtilIsRPtr(nullptr), 1); // every pointer is accepted
     EXPECT_EQ(UtilIsRPtr(reinterpret_cast<void*>(3)), 1);
     EXPECT_EQ(UtilIsString(nullptr), 1);
@@ -101,19 +107,6 @@ TEST(StringExportsTest, Searches)
     EXPECT_EQ(UtilStrstr(text, L"ca"), text + 2);
     EXPECT_EQ(UtilStrstr(text, L""), text);
     EXPECT_EQ(UtilStrstr(text, L"abcd"), nullptr);
-}
-
-TEST(StringExportsTest, MemoryFunctionsDoNothingForNoBytes)
-{
-    unsigned char bytes[4] = {1, 2, 3, 4};
-    EXPECT_EQ(UtilMemset(bytes, 0x1FF, 2), bytes);
-    EXPECT_EQ(bytes[1], 0xFF);
-    EXPECT_EQ(bytes[2], 3);
-    EXPECT_EQ(UtilMemcpy(bytes, bytes + 2, 2), bytes);
-    EXPECT_EQ(bytes[0], 3);
-    EXPECT_EQ(UtilMemcpy(bytes, nullptr, 0), bytes);
-    EXPECT_EQ(UtilMemset(nullptr, 1, 0), nullptr);
-    EXPECT_EQ(UtilMemcpy(nullptr, bytes, 4), nullptr);
 }
 
 TEST(StringExportsTest, TrimsBlanksOnly)

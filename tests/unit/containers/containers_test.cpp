@@ -15,7 +15,6 @@
 #include <random>
 #include <set>
 #include <stdexcept>
-#include <thread>
 #include <vector>
 
 using namespace qx;
@@ -519,26 +518,6 @@ TEST(SkipListTest, PointerSetComparesWhatIsPointedAt)
     EXPECT_EQ(set.Find(1), &values[1]);
     EXPECT_TRUE(set.Remove(2));
     EXPECT_FALSE(set.Contains(2));
-}
-
-// All lists of the module draw from one store.
-TEST(SkipListTest, ListsOfSeveralThreadsShareTheLevelSource)
-{
-    std::vector<std::thread> threads;
-    std::vector<WCValSkipListSet<int>> sets(4);
-    for (auto& set : sets)
-        threads.emplace_back(
-            [&set]
-            {
-                for (int i = 0; i < 5000; ++i)
-                    set.Insert(i);
-            });
-    for (std::size_t i = 0; i < threads.size(); ++i)
-    {
-        threads[i].join();
-        EXPECT_EQ(sets[i].Count(), 5000u);
-        EXPECT_NEAR(static_cast<double>(sets[i].CountOnLevel(1)), 1250, 160);
-    }
 }
 
 } // namespace

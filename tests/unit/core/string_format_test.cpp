@@ -1,6 +1,6 @@
 #include "core/format_estimate.h"
 #include "core/string.h"
-#include "support/debug_line_capture.h"
+#include "support/debug_lines.h"
 #include "support/developer_run.h"
 
 #include <windows.h>
@@ -10,6 +10,7 @@
 #include <optional>
 
 using namespace qx;
+using qxtest::DebugLines;
 using qxtest::UserIs;
 
 namespace
@@ -141,7 +142,7 @@ TEST(StringMessageTest, InsertsArgumentsByNumberOrGivesTheReason)
 {
     EXPECT_STREQ(Inserted(L"%2 before %1", L"a", L"b").Text(), L"b before a");
     EXPECT_STREQ(Inserted(L"%1!d! of %2!d!, 100%%", 3, 7).Text(), L"3 of 7, 100%");
-    DebugLineCapture lines;
+    DebugLines lines;
     const String reason = Inserted(nullptr);
     EXPECT_FALSE(reason.IsEmpty());
     EXPECT_STREQ(lines.Last().Text(), (L"String::VMessage(): FormatMessage() failed: " + reason).Text());
@@ -149,7 +150,7 @@ TEST(StringMessageTest, InsertsArgumentsByNumberOrGivesTheReason)
 
 TEST(StringMessageTest, MissingResourceIsLoggedForDevelopersOnly)
 {
-    DebugLineCapture lines;
+    DebugLines lines;
     EXPECT_TRUE(String::LoadResourceString(GetModuleHandleW(nullptr), 0, 60000).IsEmpty());
     {
         const UserIs run(L"someone");
@@ -199,7 +200,7 @@ constexpr unsigned hiraganaAndKatakana = 0x00300000;
 
 TEST(StringCaseTest, FailureIsLoggedAndLeavesTheText)
 {
-    DebugLineCapture lines;
+    DebugLines lines;
     String s(L"abc");
     s.LCMapString(hiraganaAndKatakana, 0x400);
     EXPECT_STREQ(s.Text(), L"abc");

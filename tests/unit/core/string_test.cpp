@@ -2,7 +2,7 @@
 
 #include "core/char_string.h"
 #include "core/debugger.h"
-#include "support/debug_line_capture.h"
+#include "support/debug_lines.h"
 
 #include <windows.h>
 
@@ -15,6 +15,7 @@
 #include <vector>
 
 using namespace qx;
+using qxtest::DebugLines;
 
 static_assert(sizeof(String) == 40);
 static_assert(std::is_nothrow_move_constructible_v<String> && std::is_nothrow_move_assignable_v<String>);
@@ -341,7 +342,7 @@ TEST(CharStringTest, GrowsInStepsOf256)
 TEST(StringRecordTest, SecondReleaseIsReportedAndTheProgramGoesOn)
 {
     static int tracedFrames = 0;
-    DebugLineCapture lines;
+    DebugLines lines;
     ForgetDebuggerTest();
     const StackTraceHook former = SetStackTraceHook([](int frames) { tracedFrames = frames; });
     StringRecord* record = StringRecord::Create(8);
@@ -356,7 +357,7 @@ TEST(StringRecordTest, SecondReleaseIsReportedAndTheProgramGoesOn)
 
 TEST(StringValueTest, WriteOutOfBoundsIsReported)
 {
-    DebugLineCapture lines;
+    DebugLines lines;
     String s(L"abc");
     s[3] = L'X';
     s[-1] = L'X';
