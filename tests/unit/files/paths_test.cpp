@@ -11,12 +11,9 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <set>
 #include <string>
-#include <thread>
-#include <vector>
 
 using namespace qx;
 using namespace qxtest;
@@ -208,25 +205,4 @@ TEST(TempFiles, StaleOnesAreTakenOver)
     EXPECT_FALSE(Exists(NumberedFile(L"11")));
     for (const wchar_t* digits : {L"10", L"12", L"13"})
         EXPECT_TRUE(DeleteFileW(NumberedFile(digits)));
-}
-
-TEST(TempFiles, ThreadsNeverShareAName)
-{
-    constexpr int threadCount = 4, namesEach = 50;
-    std::vector<String> names(threadCount * namesEach);
-    std::vector<std::thread> threads;
-    for (int t = 0; t < threadCount; ++t)
-        threads.emplace_back(
-            [&names, t]
-            {
-                for (int i = 0; i < namesEach; ++i)
-                    names[static_cast<std::size_t>(t * namesEach + i)] =
-                        MakeTempFile(L"trelmo", L"t", L"tmp", true, nullptr);
-            });
-    for (std::thread& thread : threads)
-        thread.join();
-    std::sort(names.begin(), names.end());
-    EXPECT_EQ(std::adjacent_find(names.begin(), names.end()), names.end());
-    for (const String& name : names)
-        EXPECT_TRUE(DeleteFileW(name));
 }
