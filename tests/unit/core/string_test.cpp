@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <latch>
 #include <random>
 #include <string>
 #include <thread>
@@ -371,16 +372,18 @@ TEST(StringValueTest, WriteOutOfBoundsIsReported)
 TEST(StringValueTest, ThreadsShareARecord)
 {
     String shared(L"shared by all");
+    std::latch begin(4);
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t)
         threads.emplace_back(
-            [&shared = std::as_const(shared)]
+            [&begin, &shared = std::as_const(shared)]
             {
-                for (int i = 0; i < 20000; ++i)
+                begin.arrive_and_wait();
+                for (int i = 0; i < 500000; ++i)
                 {
                     String copy(shared);
-                    const String other(copy);
-                    copy.Append(L'!');
+                    if (i % 100 == 0)
+                        copy.Append(L'!');
                 }
             });
     for (std::thread& thread : threads)
