@@ -6,6 +6,7 @@
 
 #include <process.h>
 
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -37,7 +38,7 @@ public:
     }
 };
 
-// Runs a function; the handle is closed at the end, which doesn't wait.
+// Runs a function, for as long as this object stands.
 class Thread : public Handle
 {
 public:
@@ -49,12 +50,18 @@ public:
     {
     }
 
+    ~Thread() { Join(); }
+
     DWORD id() const { return GetThreadId(*this); }
 
-    // The exit code.
+    // The exit code. A thread that doesn't end may write to what its test gives up, so nothing goes on after that.
     DWORD Join() const
     {
-        EXPECT_EQ(WaitForSingleObject(*this, patience), DWORD{WAIT_OBJECT_0});
+        if (WaitForSingleObject(*this, patience) != WAIT_OBJECT_0)
+        {
+            ADD_FAILURE() << "thread " << id() << " doesn't end";
+            std::abort();
+        }
         return ExitCodeOf(*this);
     }
 
