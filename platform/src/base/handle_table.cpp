@@ -3,6 +3,7 @@
 #include <array>
 #include <memory>
 #include <mutex>
+#include <type_traits>
 
 namespace qxplatform
 {
@@ -65,11 +66,8 @@ private:
 };
 
 // Never destroyed: static objects of callers may close handles after those of the layer are gone.
-Table& TheTable()
-{
-    static Table* const table = new Table;
-    return *table;
-}
+static_assert(std::is_trivially_destructible_v<Table>);
+constinit Table theTable;
 
 uint32_t Table::IndexOf(HANDLE handle) const
 {
@@ -141,10 +139,10 @@ void Table::GiveBack(Entry& entry, uint32_t index)
 class Pin
 {
 public:
-    explicit Pin(HANDLE handle) : _index(TheTable().IndexOf(handle))
+    explicit Pin(HANDLE handle) : _index(theTable.IndexOf(handle))
     {
         uint32_t generation = 0;
-        Entry* const entry = TheTable().Find(handle, generation);
+        Entry* const entry = theTable.Find(handle, generation);
         if (entry == nullptr)
             return;
         uint64_t state = entry->state.load(std::memory_order_relaxed);
@@ -164,7 +162,7 @@ public:
             return;
         const uint64_t before = _entry->state.fetch_sub(onePin, std::memory_order_acq_rel);
         if ((before & openBit) == 0 && (before & pinMask) == onePin)
-            TheTable().GiveBack(*_entry, _index);
+            theTable.GiveBack(*_entry, _index);
     }
 
     explicit operator bool() const { return _entry != nullptr; }
@@ -199,7 +197,7 @@ void Table::ForEach(void (*function)(Object&))
 
 HANDLE AddHandle(const Ref<Object>& object, DWORD access)
 {
-    const HANDLE handle = TheTable().Add(object.get(), access);
+    const HANDLE handle = theTable.Add(object.get(), access);
     if (handle == nullptr)
         SetLastError(ERROR_NO_SYSTEM_RESOURCES);
     return handle;
@@ -226,7 +224,7 @@ BOOL CloseEntry(HANDLE handle, bool (*mayClose)(const Object&))
 
 void ForEachObject(void (*function)(Object&))
 {
-    TheTable().ForEach(function);
+    theTable.ForEach(function);
 }
 
 } // namespace qxplatform

@@ -26,7 +26,7 @@ template <class T>
 Ref<T> LookUp(HANDLE handle, DWORD rights = 0)
 {
     DWORD access = 0;
-    const Ref<Object> object = ObjectOf(handle, &access);
+    Ref<Object> object = ObjectOf(handle, &access);
     if (!object || object->type != T::objectType)
     {
         SetLastError(ERROR_INVALID_HANDLE);
@@ -37,7 +37,7 @@ Ref<T> LookUp(HANDLE handle, DWORD rights = 0)
         SetLastError(ERROR_ACCESS_DENIED);
         return {};
     }
-    return Ref<T>(static_cast<T*>(object.get()));
+    return StaticCast<T>(std::move(object));
 }
 
 // Calls the function with every living object. Meant for the end of the process.

@@ -43,8 +43,9 @@ bool ReadMetadata(const std::string& path, Metadata& metadata, bool orLink)
     struct statx info
     {
     };
-    if (statx(AT_FDCWD, path.c_str(), 0, mask, &info) != 0 &&
-        !(orLink && errno == ENOENT && statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, mask, &info) == 0))
+    if (statx(AT_FDCWD, path.c_str(), orLink ? AT_SYMLINK_NOFOLLOW : 0, mask, &info) != 0)
+        return false;
+    if (S_ISLNK(info.stx_mode) && statx(AT_FDCWD, path.c_str(), 0, mask, &info) != 0 && errno != ENOENT)
         return false;
     const bool isFolder = S_ISDIR(info.stx_mode);
     metadata.attributes = (isFolder ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE) |

@@ -42,6 +42,11 @@ DWORD WaitForPacket(HANDLE handle, DWORD milliseconds, std::optional<Packet>& pa
     if (!port)
         return WAIT_FAILED;
     packet = port->TakeAtOnce();
+    if (!packet && milliseconds != 0)
+    {
+        port->Watch();
+        packet = port->TakeAtOnce();
+    }
     return packet ? WAIT_OBJECT_0 : port->WaitForItem(milliseconds, packet);
 }
 

@@ -1,6 +1,8 @@
 // A queue from which waiting threads take: each item goes to one of them, the one that waits for the shortest time.
 #pragma once
 
+#include "sync/futex.h"
+#include "sync/pause.h"
 #include "sync/wait.h"
 
 #include <sysinfoapi.h>
@@ -42,23 +44,39 @@ public:
     // An item that is there.
     std::optional<Item> TakeAtOnce()
     {
+        if (Count() == 0)
+            return std::nullopt;
         const std::lock_guard guard(_lock);
         if (_first == _items.size())
             return std::nullopt;
         std::optional<Item> item(std::move(_items[_first++]));
+        --_count;
         if (_first == _items.size() || (_first >= compactAt && _first >= _items.size() / 2))
             Compact();
         return item;
     }
 
-    // Without the dispatcher's lock, which is taken only if somebody waits.
+    // For an item that is likely to come at once: looks for it for a moment, so that nobody has to wake this thread.
+    void Watch()
+    {
+        constexpr int rounds = 400; // about what it costs to be woken
+        if (_watchers.fetch_add(1) == 0)
+            for (int round = 0; round < rounds && _count.load() == 0 && !_hasEnded; ++round)
+                PauseProcessor();
+        --_watchers; // before it takes an item: the next one may need somebody else
+    }
+
+    // Without the dispatcher's lock, which is taken only if somebody has to be woken.
     void PutAndWake(Item item)
     {
         Append(std::move(item));
-        if (!HasWaiters())
+        if (!HasWaiters() || Count() <= _watchers.load())
             return;
-        const std::lock_guard guard(DispatcherLock());
-        WakeLatestWaiter();
+        std::unique_lock guard(DispatcherLock());
+        LONG* const word = MarkLatestWaiter();
+        guard.unlock();
+        if (word != nullptr)
+            FutexWakeOne(word);
     }
 
     // With the dispatcher's lock held.
@@ -66,7 +84,8 @@ public:
     void Put(Item item)
     {
         Append(std::move(item));
-        WakeLatestWaiter();
+        if (LONG* const word = MarkLatestWaiter())
+            FutexWakeOne(word);
     }
 
     // What is in the queue can still be taken.
@@ -77,11 +96,7 @@ public:
     }
 
     bool HasEnded() const { return _hasEnded; }
-    size_t Count() const
-    {
-        const std::lock_guard guard(_lock);
-        return _items.size() - _first;
-    }
+    size_t Count() const { return _count.load(); }
 
     // The items that the predicate names leave the queue; how many.
     template <class Predicate>
@@ -89,7 +104,9 @@ public:
     {
         const std::lock_guard guard(_lock);
         Compact();
-        return std::erase_if(_items, predicate);
+        const size_t removed = std::erase_if(_items, predicate);
+        _count -= removed;
+        return removed;
     }
 
     bool IsSignalled() const override { return _hasEnded || Count() != 0; }
@@ -108,6 +125,7 @@ private:
     {
         const std::lock_guard guard(_lock);
         _items.push_back(std::move(item));
+        ++_count;
     }
 
     void Compact()
@@ -119,6 +137,8 @@ private:
     mutable std::mutex _lock;
     std::vector<Item> _items; // from _first on; those in front of it were taken
     size_t _first = 0;
+    std::atomic<size_t> _count = 0; // of those that are there; changed under the lock
+    std::atomic<size_t> _watchers = 0;
     std::atomic<bool> _hasEnded = false;
 };
 

@@ -3,6 +3,7 @@
 
 #include "sync/futex.h"
 #include "sync/held_sections.h"
+#include "sync/pause.h"
 #include "threads/thread_object.h"
 
 #include <atomic>
@@ -42,13 +43,6 @@ bool TakeFree(LPCRITICAL_SECTION section)
         expected, isHeld, std::memory_order_acquire, std::memory_order_relaxed);
 }
 
-void PauseProcessor()
-{
-#if defined(__x86_64__)
-    __builtin_ia32_pause();
-#endif
-}
-
 bool SpinForFree(LPCRITICAL_SECTION section)
 {
     for (ULONG_PTR round = 0; round < section->SpinCount; ++round)
@@ -74,17 +68,17 @@ void WaitForFree(LPCRITICAL_SECTION section)
     }
 }
 
-bool EnterAgain(LPCRITICAL_SECTION section)
+bool EnterAgain(LPCRITICAL_SECTION section, HANDLE thread)
 {
-    if (Owner(section).load(std::memory_order_relaxed) != ThisThread())
+    if (Owner(section).load(std::memory_order_relaxed) != thread)
         return false;
     ++section->RecursionCount;
     return true;
 }
 
-void BecomeOwner(LPCRITICAL_SECTION section)
+void BecomeOwner(LPCRITICAL_SECTION section, HANDLE thread)
 {
-    Owner(section).store(ThisThread(), std::memory_order_relaxed);
+    Owner(section).store(thread, std::memory_order_relaxed);
     section->RecursionCount = 1;
     heldSections = heldSections + 1;
 }
@@ -121,20 +115,22 @@ BOOL WINAPI InitializeCriticalSectionAndSpinCount(LPCRITICAL_SECTION lpCriticalS
 
 void WINAPI EnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection)
 {
-    if (EnterAgain(lpCriticalSection))
+    const HANDLE thread = ThisThread();
+    if (EnterAgain(lpCriticalSection, thread))
         return;
     if (!TakeFree(lpCriticalSection) && !SpinForFree(lpCriticalSection))
         WaitForFree(lpCriticalSection);
-    BecomeOwner(lpCriticalSection);
+    BecomeOwner(lpCriticalSection, thread);
 }
 
 BOOL WINAPI TryEnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection)
 {
-    if (EnterAgain(lpCriticalSection))
+    const HANDLE thread = ThisThread();
+    if (EnterAgain(lpCriticalSection, thread))
         return TRUE;
     if (!TakeFree(lpCriticalSection))
         return FALSE;
-    BecomeOwner(lpCriticalSection);
+    BecomeOwner(lpCriticalSection, thread);
     return TRUE;
 }
 

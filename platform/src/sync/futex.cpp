@@ -7,9 +7,9 @@
 namespace qxplatform
 {
 
-void FutexWait(LONG* word, LONG value)
+void FutexWait(LONG* word, LONG value, const timespec* end)
 {
-    syscall(SYS_futex, word, FUTEX_WAIT_PRIVATE, value, nullptr, nullptr, 0);
+    syscall(SYS_futex, word, FUTEX_WAIT_BITSET_PRIVATE, value, end, nullptr, FUTEX_BITSET_MATCH_ANY);
 }
 
 void FutexWakeOne(LONG* word)

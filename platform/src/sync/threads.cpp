@@ -6,7 +6,7 @@
 namespace
 {
 
-thread_local DWORD threadId = 0;
+[[gnu::tls_model("initial-exec")]] constinit thread_local DWORD threadId = 0; // every lock asks for it
 
 // A forked child's one thread has another id than the thread that it is a copy of.
 [[maybe_unused]] const int forkHandler = pthread_atfork(nullptr, nullptr, [] { threadId = 0; });

@@ -5,12 +5,12 @@
 
 #include "base/handle_table.h"
 #include "base/pseudo_handles.h"
+#include "sync/futex.h"
 #include "sync/held_sections.h"
 #include "threads/thread_object.h"
 
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <optional>
 
 #include <sched.h>
@@ -18,10 +18,10 @@
 namespace qxplatform
 {
 
+// The word that a wait sleeps on.
 struct Waiter
 {
-    std::condition_variable wake;
-    bool isWoken = false; // and has not looked again since
+    LONG isWoken = FALSE; // and has not looked again since
 };
 
 std::mutex& DispatcherLock()
@@ -42,18 +42,20 @@ void Waitable::WakeWaiters()
         WakeWaiter(*waiter);
 }
 
-void Waitable::WakeLatestWaiter()
+LONG* Waitable::MarkLatestWaiter()
 {
     const auto latest =
         std::find_if(_waiters.rbegin(), _waiters.rend(), [](const Waiter* waiter) { return !waiter->isWoken; });
-    if (latest != _waiters.rend())
-        WakeWaiter(**latest);
+    if (latest == _waiters.rend())
+        return nullptr;
+    (*latest)->isWoken = TRUE;
+    return &(*latest)->isWoken;
 }
 
 void WakeWaiter(Waiter& waiter)
 {
-    waiter.isWoken = true;
-    waiter.wake.notify_one();
+    waiter.isWoken = TRUE;
+    FutexWakeOne(&waiter.isWoken);
 }
 
 namespace
@@ -132,6 +134,22 @@ std::optional<DWORD> Outcome(const Objects& objects, const WaitOptions& options,
     return std::nullopt;
 }
 
+using Clock = std::chrono::steady_clock;
+
+timespec TimeIn(DWORD milliseconds)
+{
+    constexpr std::chrono::nanoseconds::rep second = 1'000'000'000;
+    const auto time = std::chrono::nanoseconds(Clock::now().time_since_epoch()).count();
+    const auto end = time + DWORDLONG{milliseconds} * 1'000'000;
+    return {static_cast<time_t>(end / second), static_cast<long>(end % second)};
+}
+
+bool HasCome(const timespec& time)
+{
+    return Clock::now().time_since_epoch() >=
+           std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
 } // namespace
 
 Objects WaitablesOf(DWORD count, const HANDLE* handles)
@@ -152,8 +170,7 @@ Objects WaitablesOf(DWORD count, const HANDLE* handles)
 
 DWORD WaitFor(const Objects& objects, const WaitOptions& options)
 {
-    using Clock = std::chrono::steady_clock;
-    const Clock::time_point end = Clock::now() + std::chrono::milliseconds(options.milliseconds);
+    const timespec end = TimeIn(options.milliseconds);
     ThreadObject* const thread = ThreadObject::CurrentIfKnown();
     if (thread != nullptr)
         thread->gate.Enter();
@@ -166,13 +183,12 @@ DWORD WaitFor(const Objects& objects, const WaitOptions& options)
     const Registration registration(objects, thread, waiter);
     while (!(result = Outcome(objects, options, thread)))
     {
-        waiter.isWoken = false;
-        if (options.milliseconds == INFINITE)
-            waiter.wake.wait(guard);
-        else if (Clock::now() >= end)
+        if (options.milliseconds != INFINITE && HasCome(end))
             return WAIT_TIMEOUT;
-        else
-            waiter.wake.wait_until(guard, end);
+        waiter.isWoken = FALSE;
+        guard.unlock();
+        FutexWait(&waiter.isWoken, FALSE, options.milliseconds == INFINITE ? nullptr : &end);
+        guard.lock();
     }
     return *result;
 }

@@ -41,8 +41,10 @@ protected:
     // To be called when the object has become signalled.
     void WakeWaiters();
 
-    // For objects from which each wait takes something: wakes the latest of those waits that weren't woken yet.
-    void WakeLatestWaiter();
+    // For objects from which each wait takes something: the latest of those waits that weren't woken yet counts as
+    // woken now. Gives the word that it sleeps on, for FutexWakeOne(), or null. Woken without the lock, it needn't wait
+    // for that first.
+    LONG* MarkLatestWaiter();
 
     size_t WaiterCount() const { return _waiters.size(); }
 

@@ -19,7 +19,7 @@ bool Gate::Leave()
     {
         if ((state & countMask) == 0)
         {
-            if (_word.compare_exchange_weak(state, state & ~atGate))
+            if (state == 0 || _word.compare_exchange_weak(state, state & ~atGate))
                 return true;
             continue;
         }
