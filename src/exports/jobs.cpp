@@ -30,7 +30,9 @@ int32_t UtilThreadPoolAdd(HUTTHREADPOOL pool, const QXWCHAR* name, IUnknown* job
     return Guarded(static_cast<int32_t>(E_OUTOFMEMORY),
         [=]
         {
-            pool->dispatcher.AddJob(std::make_unique<clsUTThreadedJob>(name, job, host));
+            ThreadedJobs added;
+            added.Emplace(name, job, host);
+            pool->dispatcher.AddJob(std::move(added));
             return 0;
         });
 }

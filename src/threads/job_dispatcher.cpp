@@ -35,56 +35,54 @@ private:
     bool _isRaised = false;
 };
 
-std::unique_ptr<clsUTThreadedJob> TakeFirst(ThreadedJobs& jobs)
-{
-    std::optional<std::unique_ptr<clsUTThreadedJob>> first = jobs.TakeAt(0);
-    return first ? std::move(*first) : nullptr;
-}
-
 bool HasGroup(const ThreadedJobs& jobs, int group)
 {
-    for (const auto& job : jobs)
-        if (job->IsOfGroup(group))
+    for (const clsUTThreadedJob& job : jobs)
+        if (job.IsOfGroup(group))
             return true;
     return false;
 }
 
 } // namespace
 
-// A job in the hands of a thread that drives, for as long as it is run or its host is told. It stands in no list then,
-// but isn't gone yet for the other threads that wait for the end of all. It is released at the end, unless it is kept.
+// The job in the hands of a thread that drives, for as long as it is run or its host is told. It stands in no list
+// then, but isn't gone yet for the other threads that wait for the end of all. It is released when the next one is
+// taken, unless it is kept.
 class clsThreadedJobDispatcher::JobInHand
 {
 public:
-    // `take` is called with the lock held, and may give null.
-    template <class Take>
-    JobInHand(clsThreadedJobDispatcher& dispatcher, Take take) : _dispatcher(dispatcher)
-    {
-        const clsCriticalSectionLock lock(dispatcher._lock);
-        _job = take();
-        if (_job)
-            _next = std::exchange(dispatcher._firstInHand, this);
-    }
+    explicit JobInHand(clsThreadedJobDispatcher& dispatcher) : _dispatcher(dispatcher) {}
     JobInHand(const JobInHand&) = delete;
     JobInHand& operator=(const JobInHand&) = delete;
-    // Without the lock, since the end of the caller's objects may take any time; it still counts meanwhile.
     ~JobInHand()
     {
-        if (!_job)
-            return;
-        std::unique_ptr<clsUTThreadedJob> released;
-        {
-            const clsCriticalSectionLock lock(_dispatcher._lock);
-            released = std::move(_job);
-        }
-        released.reset();
-        const clsCriticalSectionLock lock(_dispatcher._lock);
-        LeaveChain();
+        Take([] { return ThreadedJobs(); });
     }
 
-    explicit operator bool() const { return _job != nullptr; }
-    const clsUTThreadedJob& operator*() const { return *_job; }
-    const clsUTThreadedJob* operator->() const { return _job.get(); }
+    // `take` is called with the lock held, and may give none; whether there is one. The former job is released without
+    // the lock, since the end of the caller's objects may take any time; it still counts meanwhile.
+    template <class Source>
+    bool Take(Source take)
+    {
+        ThreadedJobs former;
+        {
+            const clsCriticalSectionLock lock(_dispatcher._lock);
+            former = std::exchange(_job, take());
+            if (*this)
+                EnterChain();
+        }
+        if (!former.IsEmpty() && !*this)
+        {
+            former.Clear();
+            const clsCriticalSectionLock lock(_dispatcher._lock);
+            LeaveChain();
+        }
+        return !_job.IsEmpty();
+    }
+
+    explicit operator bool() const { return !_job.IsEmpty(); }
+    const clsUTThreadedJob& operator*() const { return *_job.First(); }
+    const clsUTThreadedJob* operator->() const { return _job.First(); }
     DWORD ThreadId() const { return _threadId; }
     const JobInHand* Next() const { return _next; }
 
@@ -92,24 +90,31 @@ public:
     void Keep()
     {
         const clsCriticalSectionLock lock(_dispatcher._lock);
-        _dispatcher._finished.Append(std::move(_job));
+        _job.MoveAt(0, _dispatcher._finished);
         LeaveChain();
         _dispatcher._jobEvent.Set();
     }
 
 private:
+    void EnterChain()
+    {
+        if (!std::exchange(_isInChain, true))
+            _next = std::exchange(_dispatcher._firstInHand, this);
+    }
     void LeaveChain()
     {
         JobInHand** link = &_dispatcher._firstInHand;
         while (*link != this)
             link = &(*link)->_next;
         *link = _next;
+        _isInChain = false;
     }
 
     clsThreadedJobDispatcher& _dispatcher;
     const DWORD _threadId = GetCurrentThreadId();
-    std::unique_ptr<clsUTThreadedJob> _job;
+    ThreadedJobs _job; // at most one
     JobInHand* _next = nullptr;
+    bool _isInChain = false;
 };
 
 // A thread that has a job in its hands itself, which a host or a job that waits for the end has, doesn't wait for those
@@ -155,8 +160,8 @@ void clsThreadedJobDispatcher::Abort(int group)
     for (ThreadedJobs* jobs : {&_queued, &_finished, &_callerJobs})
     {
         ThreadedJobs kept;
-        while (std::unique_ptr<clsUTThreadedJob> job = TakeFirst(*jobs))
-            (job->IsOfGroup(group) ? dropped : kept).Append(std::move(job));
+        while (const clsUTThreadedJob* const job = jobs->First())
+            jobs->MoveAt(0, job->IsOfGroup(group) ? dropped : kept);
         *jobs = std::move(kept);
     }
     dropped.Clear();
@@ -177,24 +182,35 @@ bool clsThreadedJobDispatcher::IsAborted() const
 
 void clsThreadedJobDispatcher::Finalize(IUTThreadedJobHost* host)
 {
-    RunUntilDone([=, this] { return FinalizePass(host); });
+    RunUntilDone([host](const clsUTThreadedJob& job) { job.Tell(host ? host : job.host.Get()); },
+        [host](HANDLE jobEvent) { return !host || host->WaitForJobs(jobEvent) == 1; });
 }
 
 void clsThreadedJobDispatcher::Close()
 {
     Abort(0);
-    RunUntilDone([this] { return ClosePass(); });
+    RunUntilDone([](const clsUTThreadedJob&) {}, [](HANDLE) { return true; });
 }
 
-// A pass gives whether it found something to do; only then is there no reason to yield, nor to ask for the end.
-template <class Pass>
-void clsThreadedJobDispatcher::RunUntilDone(Pass pass)
+// Each job that is finished goes through `handBack`. Where there is none, and nothing to run, `mayWait` is asked
+// whether to wait for the event, or has done so itself. Only then is there a reason to yield, and to ask for the end.
+template <class HandBack, class MayWait>
+void clsThreadedJobDispatcher::RunUntilDone(HandBack handBack, MayWait mayWait)
 {
     ShortSleeps sleeps;
+    JobInHand job(*this);
     for (;;)
     {
-        if (pass())
+        // What the run job leads to comes before the finished one is taken, such as an abort.
+        const bool didRun = RunJob(job);
+        if (didRun)
+            job.Take([this] { return GetFinishedJob(); });
+        if (job)
+            handBack(*job);
+        if (didRun || job)
             continue;
+        if (!JobsDone(0) && mayWait(_jobEvent.Get()))
+            WaitForSingleObject(_jobEvent.Get(), eventPatience);
         if (JobsDone(0))
             break;
         sleeps.Sleep();
@@ -203,74 +219,47 @@ void clsThreadedJobDispatcher::RunUntilDone(Pass pass)
     _jobEvent.Set();
 }
 
-bool clsThreadedJobDispatcher::FinalizePass(IUTThreadedJobHost* host)
+// Runs a job that waits for the caller, or one for which no worker comes: without that the driving thread would wait
+// for ever. With nothing to run there is a finished job in hand, if there is one: most often this is so, and the lock
+// is taken once for all of it.
+bool clsThreadedJobDispatcher::RunJob(JobInHand& inHand)
 {
-    const bool didRun = RunOwnJob();
-    if (const JobInHand job{*this, [this]
-            {
-                return GetFinishedJob();
-            }})
+    clsUTThreadedJob* queued = nullptr;
+    bool isOwn = false;
+    inHand.Take(
+        [&]
+        {
+            ThreadedJobs own;
+            isOwn = _callerJobs.MoveAt(0, own) != nullptr;
+            if (!isOwn && MayLackWorkers())
+                queued = MoveFirstToRunning();
+            return isOwn || queued ? std::move(own) : GetFinishedJob();
+        });
+    if (isOwn)
+        RunOwnJob(inHand);
+    else if (queued)
     {
-        job->Tell(host ? host : job->host.Get());
-        return true;
+        queued->Run();
+        JobCompleted(*queued);
     }
-    if (didRun || JobsDone(0))
-        return didRun;
-    if (!host || host->WaitForJobs(_jobEvent.Get()) == 1)
-        WaitForSingleObject(_jobEvent.Get(), eventPatience);
-    return false;
+    return isOwn || queued;
 }
 
-bool clsThreadedJobDispatcher::ClosePass()
+void clsThreadedJobDispatcher::RunOwnJob(JobInHand& job)
 {
-    const bool didRun = RunOwnJob();
-    if (const JobInHand job{*this,
-            [this]
-            {
-                return GetFinishedJob();
-            }};
-        job || didRun)
-        return true;
-    if (!JobsDone(0))
-        WaitForSingleObject(_jobEvent.Get(), eventPatience);
-    return false;
-}
-
-bool clsThreadedJobDispatcher::RunOwnJob()
-{
-    JobInHand job(*this, [this] { return TakeFirst(_callerJobs); });
-    if (!job)
-        return RunQueuedJob();
     job->Run();
     if (job->job)
         job->job->GetResult(); // a job may count on being asked
     if (!job->TellOwnHost())
         job.Keep();
-    return true;
-}
-
-// For the case that no worker comes for a job: without this the driving thread would wait for ever.
-bool clsThreadedJobDispatcher::RunQueuedJob()
-{
-    clsUTThreadedJob* job = nullptr;
-    {
-        const clsCriticalSectionLock lock(_lock);
-        if (MayLackWorkers())
-            job = MoveFirstToRunning();
-    }
-    if (!job)
-        return false;
-    job->Run();
-    JobCompleted(*job);
-    return true;
 }
 
 void clsThreadedJobDispatcher::MoveRunning(const clsUTThreadedJob& job, ThreadedJobs& target)
 {
     std::ptrdiff_t index = 0;
-    for (const auto& running : _running)
+    for (const clsUTThreadedJob& running : _running)
     {
-        if (running.get() == &job)
+        if (&running == &job)
             break;
         ++index;
     }
@@ -279,8 +268,7 @@ void clsThreadedJobDispatcher::MoveRunning(const clsUTThreadedJob& job, Threaded
 
 clsUTThreadedJob* clsThreadedJobDispatcher::MoveFirstToRunning()
 {
-    const std::unique_ptr<clsUTThreadedJob>* const job = _queued.MoveAt(0, _running);
-    return job ? job->get() : nullptr;
+    return _queued.MoveAt(0, _running);
 }
 
 } // namespace qx

@@ -5,13 +5,11 @@
 #include "threads/event.h"
 #include "threads/threaded_job.h"
 
-#include <memory>
-
 namespace qx
 {
 
-// A list of jobs that owns them.
-using ThreadedJobs = WCValSList<std::unique_ptr<clsUTThreadedJob>>;
+// A list of jobs that owns them. A job is made in a list of its own, and moves from list to list without being copied.
+using ThreadedJobs = WCValSList<clsUTThreadedJob>;
 
 // The lists of a dispatcher, and what the thread that drives it does; a derived class brings the workers.
 //
@@ -31,9 +29,10 @@ public:
     virtual bool IsIdle() const;
     // Whether no job of the group is left; group 0 stands for all.
     virtual bool JobsDone(int group) const;
-    virtual void AddJob(std::unique_ptr<clsUTThreadedJob> job) = 0;
-    // The first one, or null.
-    virtual std::unique_ptr<clsUTThreadedJob> GetFinishedJob() = 0;
+    // The one in the list.
+    virtual void AddJob(ThreadedJobs job) = 0;
+    // The first one, or none.
+    virtual ThreadedJobs GetFinishedJob() = 0;
     virtual void Abort(int group);
     // By the worker that ran it.
     virtual void JobCompleted(clsUTThreadedJob& job) = 0;
@@ -65,15 +64,14 @@ protected:
     clsEvent _jobEvent{clsEvent::Kind::autoReset}; // something has changed for the thread that drives
 
 private:
-    template <class Pass>
-    void RunUntilDone(Pass pass);
-    bool FinalizePass(IUTThreadedJobHost* host);
-    bool ClosePass();
-    bool RunOwnJob();
-    bool RunQueuedJob();
+    class JobInHand;
+
+    template <class HandBack, class MayWait>
+    void RunUntilDone(HandBack handBack, MayWait mayWait);
+    bool RunJob(JobInHand& inHand);
+    static void RunOwnJob(JobInHand& job);
     bool OthersHaveJobs(int group) const;
 
-    class JobInHand;
     JobInHand* _firstInHand = nullptr;
 };
 

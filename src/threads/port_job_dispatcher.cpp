@@ -67,26 +67,26 @@ clsThreadedJobDispatcherUsingIoCompletionPort::~clsThreadedJobDispatcherUsingIoC
     _port.Release();
 }
 
-void clsThreadedJobDispatcherUsingIoCompletionPort::AddJob(std::unique_ptr<clsUTThreadedJob> job)
+void clsThreadedJobDispatcherUsingIoCompletionPort::AddJob(ThreadedJobs job)
 {
-    clsUTThreadedJob* const address = job.get();
+    clsUTThreadedJob* const packet = job.First();
     {
         const clsCriticalSectionLock lock(_lock);
         if (_isAborted)
             return; // the record and its references go with the argument
-        if (job->CanRunOnWorker())
+        if (packet->CanRunOnWorker())
         {
             if ((!_queued.IsEmpty() || _workers.IsEmpty()) && _workers.Count() < _maximumWorkers)
                 StartWorker();
-            _queued.Append(std::move(job));
+            job.MoveAt(0, _queued);
         }
         else
         {
-            _callerJobs.Append(std::move(job));
+            job.MoveAt(0, _callerJobs);
             _jobEvent.Set(); // whoever waits for jobs may run this one
         }
     }
-    if (!PostQueuedCompletionStatus(_port.Get(), packetBytes, 0, reinterpret_cast<OVERLAPPED*>(address)))
+    if (!PostQueuedCompletionStatus(_port.Get(), packetBytes, 0, reinterpret_cast<OVERLAPPED*>(packet)))
     {
         _lacksPackets = true;
         _jobEvent.Set();
@@ -150,14 +150,13 @@ void clsThreadedJobDispatcherUsingIoCompletionPort::JobCompleted(clsUTThreadedJo
     _jobEvent.Set();
 }
 
-std::unique_ptr<clsUTThreadedJob> clsThreadedJobDispatcherUsingIoCompletionPort::GetFinishedJob()
+ThreadedJobs clsThreadedJobDispatcherUsingIoCompletionPort::GetFinishedJob()
 {
     const clsCriticalSectionLock lock(_lock);
-    std::optional<std::unique_ptr<clsUTThreadedJob>> first = _finished.TakeAt(0);
-    if (!first)
-        return nullptr;
-    _jobEvent.Set();
-    return std::move(*first);
+    ThreadedJobs first;
+    if (_finished.MoveAt(0, first))
+        _jobEvent.Set();
+    return first;
 }
 
 long long clsThreadedJobDispatcherUsingIoCompletionPort::JobsHandedOut() const

@@ -5,6 +5,7 @@
 #include "threads/thread_base.h"
 
 #include <atomic>
+#include <memory>
 
 namespace qx
 {
@@ -52,8 +53,8 @@ public:
     clsThreadedJobDispatcherUsingIoCompletionPort(unsigned maximumWorkers, const wchar_t* name);
     ~clsThreadedJobDispatcherUsingIoCompletionPort() override;
 
-    void AddJob(std::unique_ptr<clsUTThreadedJob> job) override;
-    std::unique_ptr<clsUTThreadedJob> GetFinishedJob() override;
+    void AddJob(ThreadedJobs job) override;
+    ThreadedJobs GetFinishedJob() override;
     void JobCompleted(clsUTThreadedJob& job) override;
     clsUTThreadedJob* GetNextJob() override;
 

@@ -42,6 +42,10 @@ clsThreadPool::~clsThreadPool()
         return;
     if (_cleanupGroup)
     {
+        {
+            const clsCriticalSectionLock lock(_lock);
+            _isEnding = true;
+        }
         p_CloseThreadpoolCleanupGroupMembers(_cleanupGroup, TRUE, nullptr);
         p_CloseThreadpoolCleanupGroup(_cleanupGroup);
     }
@@ -52,6 +56,14 @@ clsThreadPool::~clsThreadPool()
 PTP_WORK clsThreadPool::CreateWork(PTP_WORK_CALLBACK callback, void* context)
 {
     return _pool ? p_CreateThreadpoolWork(callback, context, &_environment) : nullptr;
+}
+
+// The end of the group closes the items that are in it, and one that closes itself meanwhile would be released twice.
+void clsThreadPool::CloseWork(PTP_WORK work)
+{
+    const clsCriticalSectionLock lock(_lock);
+    if (!_isEnding)
+        p_CloseThreadpoolWork(work);
 }
 
 clsThreadPoolWorkerBaseRunOnce::clsThreadPoolWorkerBaseRunOnce(clsThreadPool& pool)
@@ -82,7 +94,7 @@ void clsThreadPoolWorkerBaseRunOnce::Finish()
         return;
     if (_threadId != GetCurrentThreadId())
         _pool.p_WaitForThreadpoolWorkCallbacks(work, TRUE);
-    _pool.p_CloseThreadpoolWork(work);
+    _pool.CloseWork(work);
 }
 
 bool clsThreadPoolWorkerBaseRunOnce::MayRunLong() const

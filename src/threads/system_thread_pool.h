@@ -45,6 +45,7 @@ public:
 
     // Null without a pool or memory.
     PTP_WORK CreateWork(PTP_WORK_CALLBACK callback, void* context);
+    void CloseWork(PTP_WORK work);
 
 private:
     // The system's record in its first version, which all of them take.
@@ -60,6 +61,8 @@ private:
     Environment _environment;
     PTP_POOL _pool = nullptr;
     PTP_CLEANUP_GROUP _cleanupGroup = nullptr;
+    clsCriticalSection _lock; // the closing of items, beside the end
+    bool _isEnding = false;
 };
 
 // Something that a thread of the pool does once. The subclass's constructor calls Submit(), and its destructor Finish()

@@ -21,6 +21,7 @@ struct JobCounts
     std::atomic<int> alive = 0;
     std::atomic<int> runs = 0;
     std::atomic<int> told = 0;
+    std::atomic<int> dropped = 0;    // jobs that went without a run
     std::atomic<int> takenAgain = 0; // jobs that a host took which had been taken before
 };
 
@@ -72,11 +73,16 @@ public:
     {
         ++_counts.alive;
     }
-    ~TestJob() override { --_counts.alive; }
+    ~TestJob() override
+    {
+        _counts.dropped += !_hasRun;
+        --_counts.alive;
+    }
 
     HRESULT STDMETHODCALLTYPE Run() override
     {
         ++_counts.runs;
+        _hasRun = true;
         if (_work)
             _work();
         return S_OK;
@@ -87,6 +93,7 @@ public:
 
     // By the host; whether that is the first time.
     bool Take() { return ++_taken == 1; }
+    bool HasRun() const { return _hasRun; }
 
 private:
     JobCounts& _counts;
@@ -94,6 +101,7 @@ private:
     const int32_t _group;
     const bool _onWorker;
     std::atomic<int> _taken = 0;
+    std::atomic<bool> _hasRun = false;
 };
 
 // Lives on the stack; `references` tells whether all came back.

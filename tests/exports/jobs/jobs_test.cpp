@@ -121,40 +121,50 @@ TEST_F(JobPools, JobsAndHostsThatAddJobs)
     UtilThreadPoolClose(pool);
 }
 
-// No matter when the abort comes, a job is run and told once, or dropped.
+// No matter when the abort comes, a job is run once, and its host told once, or it is dropped.
 TEST_F(JobPools, AddAbortAndFinalizeFromSeveralThreads)
 {
+    constexpr int jobs = 300;
     for (int round = 0; round < 20; ++round)
     {
         const HUTTHREADPOOL pool = UtilThreadPoolOpen(2, L"pool");
-        JobCounts ofRound;
-        std::atomic<int> handedBack = 0, declined = 0;
-        TestHost declines([&](const wchar_t*, IUTThreadedJob*) { return ++declined, 1; });
-        TestHost finalizes([&](const wchar_t*, IUTThreadedJob*) { return ++handedBack, 0; });
+        JobCounts hosted, hostless;
+        TestHost declines(CountAndAnswer(hosted, 1));
+        TestHost finalizes(
+            [&](const wchar_t*, IUTThreadedJob* job)
+            {
+                auto* const back = static_cast<TestJob*>(job);
+                counts.takenAgain += !back->HasRun() || !back->Take();
+                return 0;
+            });
         std::vector<std::thread> threads;
-        for (int t = 0; t < 2; ++t)
+        for (const bool hasHost : {true, false})
         {
             threads.emplace_back(
-                [&, t]
+                [&, hasHost]
                 {
-                    for (int i = 0; i < 300; ++i)
-                        Add(pool, new TestJob(ofRound, {}, i % 3, i % 7 != 0), t == 0 ? &declines : nullptr);
+                    for (int i = 0; i < jobs; ++i)
+                        Add(pool, new TestJob(hasHost ? hosted : hostless, {}, i % 3, i % 7 != 0),
+                            hasHost ? &declines : nullptr);
                 });
             threads.emplace_back([&] { EXPECT_EQ(UtilThreadPoolFinalize(pool, &finalizes), 0); });
             threads.emplace_back(
-                [&, t]
+                [&, hasHost]
                 {
                     Sleep(static_cast<DWORD>(round % 5));
-                    EXPECT_EQ(UtilThreadPoolAbort(pool, t == 0 ? 1 : 0), 0);
+                    EXPECT_EQ(UtilThreadPoolAbort(pool, hasHost), 0);
                 });
         }
         for (std::thread& thread : threads)
             thread.join();
         EXPECT_EQ(UtilThreadPoolFinalize(pool, &finalizes), 0);
         UtilThreadPoolClose(pool);
-        EXPECT_EQ(ofRound.alive, 0);
-        EXPECT_LE(handedBack, ofRound.runs);
-        EXPECT_LE(declined, ofRound.runs);
+        for (const JobCounts* added : {&hosted, &hostless})
+        {
+            EXPECT_EQ(added->alive, 0);
+            EXPECT_EQ(added->runs + added->dropped, jobs);
+        }
+        EXPECT_EQ(hosted.told, hosted.runs);
         EXPECT_EQ(declines.references, 1u);
         EXPECT_EQ(finalizes.references, 1u);
     }

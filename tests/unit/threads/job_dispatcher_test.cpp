@@ -18,9 +18,10 @@ namespace
 
 using Dispatcher = clsThreadedJobDispatcherUsingIoCompletionPort;
 
-std::unique_ptr<clsUTThreadedJob> MakeJob(TestJob* job, IUTThreadedJobHost* host, const wchar_t* name = L"job")
+ThreadedJobs MakeJob(TestJob* job, IUTThreadedJobHost* host, const wchar_t* name = L"job")
 {
-    auto record = std::make_unique<clsUTThreadedJob>(name, reinterpret_cast<IUnknown*>(job), host);
+    ThreadedJobs record;
+    record.Emplace(name, reinterpret_cast<IUnknown*>(job), host);
     if (job)
         job->Release(); // the record's now
     return record;
@@ -234,11 +235,12 @@ TEST_F(JobDispatcher, WithoutWorkersTheCallerRunsTheJobs)
     {
     public:
         NoWorkers() : clsThreadedJobDispatcher(1) {}
-        void AddJob(std::unique_ptr<clsUTThreadedJob> job) override { _queued.Append(std::move(job)); }
-        std::unique_ptr<clsUTThreadedJob> GetFinishedJob() override
+        void AddJob(ThreadedJobs job) override { job.MoveAt(0, _queued); }
+        ThreadedJobs GetFinishedJob() override
         {
-            auto first = _finished.TakeAt(0);
-            return first ? std::move(*first) : nullptr;
+            ThreadedJobs first;
+            _finished.MoveAt(0, first);
+            return first;
         }
         void JobCompleted(clsUTThreadedJob& job) override { MoveRunning(job, _finished); }
         clsUTThreadedJob* GetNextJob() override { return nullptr; }
@@ -295,25 +297,31 @@ TEST(SystemThreadPool, TheEndWaitsForWhatRuns)
     EXPECT_EQ(ended, 3);
 }
 
+// Before the pool ends, and while that waits for it.
 TEST(SystemThreadPool, MayDeleteItself)
 {
-    std::atomic<bool> isGone = false, hasEnded = false;
+    for (const DWORD pause : {0u, 50u})
     {
-        clsThreadPool pool;
-        auto work = std::make_unique<Once>(pool,
-            [&](Once& self)
-            {
-                std::atomic<bool>& gone = isGone; // this function goes with the object
-                std::atomic<bool>& ended = hasEnded;
-                std::unique_ptr<Once>(&self).reset();
-                gone = true;
-                Sleep(50);
-                ended = true;
-            });
-        work.release();
-        EXPECT_TRUE(WaitUntil([&] { return isGone.load(); }));
+        std::atomic<bool> runs = false, hasEnded = false;
+        {
+            clsThreadPool pool;
+            auto work = std::make_unique<Once>(pool,
+                [&](Once& self)
+                {
+                    std::atomic<bool>&running = runs, &ended = hasEnded; // this function goes with the object
+                    const DWORD rest = 50 - pause;
+                    running = pause != 0;
+                    Sleep(pause);
+                    std::unique_ptr<Once>(&self).reset();
+                    running = true;
+                    Sleep(rest);
+                    ended = true;
+                });
+            work.release();
+            EXPECT_TRUE(WaitUntil([&] { return runs.load(); }));
+        }
+        EXPECT_TRUE(hasEnded) << "the pool's end waits for it all the same";
     }
-    EXPECT_TRUE(hasEnded) << "the pool's end waits for it all the same";
 }
 
 } // namespace
