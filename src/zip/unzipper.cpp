@@ -21,7 +21,7 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t bufferSize = 0x40000;
+constexpr std::size_t bufferSize = 0x100000;
 constexpr std::size_t longestField = 0xFFFF;
 
 // The upper half of the external attributes has the mode of a file of Unix.

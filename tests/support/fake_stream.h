@@ -23,6 +23,7 @@ public:
 
     ULONG readLimit = ~ULONG{0};  // of one call
     ULONG writeLimit = ~ULONG{0}; // of one call
+    size_t room = ~size_t{0};     // of the stream
     HRESULT writeResult = S_OK;   // once the limit is reached
     bool setSizeMovesPosition = false;
     HRESULT setSizeResult = S_OK;
@@ -54,7 +55,8 @@ public:
     }
     HRESULT STDMETHODCALLTYPE Write(const void* buffer, ULONG count, ULONG* written) override
     {
-        const ULONG part = std::min(count, writeLimit);
+        const auto part =
+            static_cast<ULONG>(std::min<size_t>(std::min(count, writeLimit), room - std::min<size_t>(position, room)));
         if (bytes.size() < position + part)
             bytes.resize(position + part);
         memcpy(bytes.data() + position, buffer, part);

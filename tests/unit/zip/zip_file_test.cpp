@@ -2,6 +2,7 @@
 #include "zip/zip_file.h"
 
 #include "support/debug_lines.h"
+#include "support/fake_stream.h"
 #include "support/zip_archive.h"
 #include "unit/files/own_temp_folder.h"
 #include "zip/dos_time.h"
@@ -374,19 +375,23 @@ TEST(ZIPFile, TooManyEntries)
     EXPECT_EQ(bytes.substr(bytes.size() - 22, 12), "PK\5\6\0\0\0\0\xFF\xFF\xFF\xFF"_b);
 }
 
+// Room for a header of 30 bytes, a name of one, packed data of three, then 47 and 22 bytes of directory and end.
 TEST(ZIPFile, WriteErrors)
 {
     const TempFolder folder;
-    for (const bool hasMember : {false, true})
+    const String source = folder.Make(L"a", "a");
+    for (const auto& [room, place] :
+        {std::pair(0, 1), {29, 1}, {30, 1}, {31, 2}, {33, 2}, {34, 4}, {80, 4}, {81, 5}, {102, 5}, {103, 0}})
     {
-        const String path = folder.Path(L"x.zip");
-        clsZIPFile file(path, L"");
-        if (hasMember)
-            file.AddFile(folder.Make(L"a", "a"), L"", L"");
-        ZIPFileTestAccess::Archive(file).Close(); // whatever is written now fails
+        FakeStream stream;
+        stream.room = static_cast<std::size_t>(room);
+        clsZIPFile file(folder.Path(L"x.zip"), L"");
+        EXPECT_EQ(file.AddFile(source, L"a", L""), clsZIPFile::kOk);
+        ZIPFileTestAccess::Archive(file).AttachStream(&stream);
         DebugLines lines;
-        EXPECT_EQ(file.Close(), clsZIPFile::kCannotWrite);
-        EXPECT_STREQ(lines.Only(),
-            String(String::formatted, L"ERR: write error file '%s' (%d)", path.Text(), hasMember ? 1 : 5));
+        EXPECT_EQ(file.Close(), place == 0 ? clsZIPFile::kOk : clsZIPFile::kCannotWrite);
+        EXPECT_STREQ(
+            lines.Last(), place == 0 ? String() : String(String::formatted, L"ERR: write error file '' (%d)", place))
+            << room;
     }
 }
