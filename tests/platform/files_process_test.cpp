@@ -25,34 +25,6 @@ protected:
     const Text path = folder / L"file";
 };
 
-TEST_F(FilesBetweenProcesses, SharingModesHold)
-{
-    struct
-    {
-        DWORD access, share;   // of the other process
-        DWORD access2, share2; // of this one
-        bool mayBoth;
-    } constexpr cases[] = {
-        // A file that is held for writing lets readers in who share writing, and no second writer.
-        {readWrite, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, true},
-        {readWrite, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ, false},
-        {readWrite, FILE_SHARE_READ, readWrite, FILE_SHARE_READ, false},
-        {GENERIC_READ, 0, GENERIC_READ, shareAll, false},
-        {GENERIC_READ, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ, true},
-        {GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, GENERIC_READ | DELETE, shareAll, false},
-    };
-    for (const auto& [access, share, access2, share2, mayBoth] : cases)
-    {
-        SCOPED_TRACE(testing::Message() << std::hex << access << '/' << share << " then " << access2 << '/' << share2);
-        Peer peer(folder, "hold", path, access, share);
-        ASSERT_TRUE(peer.WaitUntilReady());
-        EXPECT_EQ(OpenError(path, access2, share2), mayBoth ? 0 : DWORD{ERROR_SHARING_VIOLATION});
-        EXPECT_EQ(ErrorOf([&] { return DeleteFileW(path); }), DWORD{ERROR_SHARING_VIOLATION});
-        EXPECT_EQ(peer.Finish(), 0u);
-        EXPECT_EQ(OpenError(path, access2, share2), 0u) << "free again";
-    }
-}
-
 TEST_F(FilesBetweenProcesses, NothingIsLeftOfAProcessThatIsKilled)
 {
     Peer peer(folder, "lock", path, readWrite, 0);

@@ -108,7 +108,7 @@ int RunPeer(int count, char** arguments)
         return CopyToClipboard(signal, arguments[2], first);
 
     const Handle file = Open(path, first, second);
-    if (!file || (task == "lock" && !LockFile(file, 2, 0, 3, 0)))
+    if (!file || !LockFile(file, 2, 0, 3, 0))
         return 7;
     return Hold(signal);
 }

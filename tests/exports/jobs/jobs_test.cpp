@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <functional>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using namespace qxtest;
@@ -39,16 +40,6 @@ protected:
         EXPECT_EQ(taking.references, 1u);
     }
 
-    // A pool's whole life; some of the jobs are for the caller, some have no host.
-    void RunMany(int jobs)
-    {
-        const HUTTHREADPOOL pool = UtilThreadPoolOpen(3, L"pool");
-        for (int i = 0; i < jobs; ++i)
-            Add(pool, new TestJob(counts, {}, 0, i % 1000 != 0), i % 10 == 0 ? nullptr : &taking);
-        EXPECT_EQ(UtilThreadPoolFinalize(pool, &taking), 0);
-        UtilThreadPoolClose(pool);
-    }
-
     JobCounts counts;
     TestHost taking{CountAndAnswer(counts, 0)};
 };
@@ -71,25 +62,30 @@ TEST_F(JobPools, Arguments)
     UtilThreadPoolClose(pool);
 }
 
+// Some of them are for the caller, some have no host.
 TEST_F(JobPools, ManyTinyJobs)
 {
-    const int jobs = JobsOfTheTest(30'000);
-    RunMany(jobs);
-    EXPECT_EQ(counts.runs, jobs);
-    EXPECT_EQ(counts.told, jobs);
-}
-
-TEST_F(JobPools, TwelveAtOnce)
-{
-    constexpr int poolCount = 12;
-    const int jobs = JobsOfTheTest(12'000) / poolCount;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < poolCount; ++t)
-        threads.emplace_back([&] { RunMany(jobs); });
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(counts.runs, jobs * poolCount);
-    EXPECT_EQ(counts.told, jobs * poolCount);
+    int expected = 0;
+    for (const auto& [pools, usual] : {std::pair(1, 30'000), {12, 12'000}})
+    {
+        const int jobs = JobsOfTheTest(usual) / pools;
+        const auto wholeLife = [&]
+        {
+            const HUTTHREADPOOL pool = UtilThreadPoolOpen(3, L"pool");
+            for (int i = 0; i < jobs; ++i)
+                Add(pool, new TestJob(counts, {}, 0, i % 1000 != 0), i % 10 == 0 ? nullptr : &taking);
+            EXPECT_EQ(UtilThreadPoolFinalize(pool, &taking), 0);
+            UtilThreadPoolClose(pool);
+        };
+        std::vector<std::thread> threads;
+        for (int i = 0; i < pools; ++i)
+            threads.emplace_back(wholeLife);
+        for (std::thread& thread : threads)
+            thread.join();
+        expected += jobs * pools;
+        EXPECT_EQ(counts.runs, expected);
+        EXPECT_EQ(counts.told, expected);
+    }
 }
 
 // A tree of jobs of which each adds two; and each host that is told adds one more job.
