@@ -24,7 +24,6 @@ clsItemList* clsItemList::FindList(std::wstring_view name)
 
 void clsItemList::AppendItem(clsItem& item)
 {
-    item._parent = this;
     AppendNode(&item._node);
     _index.Add(_job.Arena(), item);
 }

@@ -19,33 +19,47 @@ class clsProfJob;
 class clsItem
 {
 public:
-    clsItem(clsItemList& parent, const scProfText& name) : _parent(&parent), _name(&name) {}
+    explicit clsItem(const scProfText& name) : _name(&name) {}
     clsItem(const clsItem&) = delete;
     clsItem& operator=(const clsItem&) = delete;
 
     const scProfText& Name() const { return *_name; }
     // A list entry has the empty value.
-    const wchar_t* ValueText() const { return _value; }
-    std::wstring_view Value() const { return {_value, _valueLength}; }
+    const wchar_t* ValueText() const { return IsLeaf() ? _value : L""; }
+    std::wstring_view Value() const { return {ValueText(), _valueLength}; }
     // The list that the item is the entry of, null for a leaf.
-    clsItemList* List() const { return _list; }
-    ItemKind Kind() const { return _list != nullptr ? ItemKind::List : ItemKind::Leaf; }
-    clsItemList& Parent() const { return *_parent; }
+    clsItemList* List() const { return IsLeaf() ? nullptr : _list; }
+    ItemKind Kind() const { return IsLeaf() ? ItemKind::Leaf : ItemKind::List; }
 
 private:
     friend class clsItemList;
     friend class clsProfJob;
 
-    WCSListNode<clsItem*> _node{nullptr, this}; // its place in the parent's ring
-    clsItemList* _list = nullptr;
-    clsItemList* _parent;
+    static constexpr uint32_t kListEntry = UINT32_MAX;
+
+    bool IsLeaf() const { return _valueRoom != kListEntry; }
+    void BecomeEntryOf(clsItemList& list)
+    {
+        _list = &list;
+        _valueRoom = kListEntry;
+    }
+
+    // Kept small: most of what a tree takes are its items.
+    WCSListNode<clsItem*> _node{nullptr, this}; // its place in the ring of the list that holds it
     const scProfText* _name;
     // The value is zero-terminated and lies in one of three places: the job's value table or the source image, where it
-    // stays as long as the job, or (with room, counted with the terminator) in a block that is the item's own.
-    const wchar_t* _value = L"";
+    // stays as long as the job, or (with room, counted with the terminator) in a block that is the item's own. The
+    // entry of a list has that in its place.
+    union
+    {
+        const wchar_t* _value = L"";
+        clsItemList* _list;
+    };
     uint32_t _valueLength = 0;
     uint32_t _valueRoom = 0;
 };
+
+static_assert(sizeof(clsItem) == 40);
 
 // The items of one list in the order of their making; names may repeat. Its items bring their own nodes, so that a walk
 // touches one record an item. Small lists are walked; a list that has been walked for longer than an index takes to

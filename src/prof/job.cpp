@@ -67,22 +67,22 @@ const scProfText* clsProfJob::InternValue(std::wstring_view value)
     return _isCacheEnabled && IsInternedValue(value) ? _values.Intern(value, TextHash(value)) : nullptr;
 }
 
-clsItem& clsProfJob::NewItem(clsItemList& parent, std::wstring_view name)
+clsItem& clsProfJob::NewItem(std::wstring_view name)
 {
     const scProfText& text = InternName(name);
-    return *::new (_arena.Allocate(sizeof(clsItem))) clsItem(parent, text);
+    return *::new (_arena.Allocate(sizeof(clsItem))) clsItem(text);
 }
 
-clsItem& clsProfJob::NewLeaf(clsItemList& parent, std::wstring_view name, std::wstring_view value)
+clsItem& clsProfJob::NewLeaf(std::wstring_view name, std::wstring_view value)
 {
-    clsItem& item = NewItem(parent, name);
+    clsItem& item = NewItem(name);
     SetValue(item, value);
     return item;
 }
 
-clsItem& clsProfJob::NewLeafInImage(clsItemList& parent, std::wstring_view name, const wchar_t* value, size_t length)
+clsItem& clsProfJob::NewLeafInImage(std::wstring_view name, const wchar_t* value, size_t length)
 {
-    clsItem& item = NewItem(parent, name);
+    clsItem& item = NewItem(name);
     item._value = value;
     item._valueLength = static_cast<uint32_t>(length);
     return item;
@@ -95,8 +95,8 @@ clsItem& clsProfJob::NewList(clsItemList& parent, std::wstring_view name)
         name.remove_prefix(1);
         name = name.substr(0, name.empty() ? 0 : name.size() - 1);
     }
-    clsItem& item = NewItem(parent, name);
-    item._list = ::new (_arena.Allocate(sizeof(clsItemList))) clsItemList(*this, &parent, item.Name());
+    clsItem& item = NewItem(name);
+    item.BecomeEntryOf(*::new (_arena.Allocate(sizeof(clsItemList))) clsItemList(*this, &parent, item.Name()));
     return item;
 }
 
@@ -110,7 +110,7 @@ void clsProfJob::ReleaseItem(clsItem& first) noexcept
     {
         clsItem& item = *pending->value;
         pending = pending->next;
-        if (clsItemList* list = item._list)
+        if (clsItemList* list = item.List())
         {
             list->_index.Drop(_arena);
             if (WCSListNode<clsItem*>* last = list->AbandonNodes())
@@ -118,7 +118,8 @@ void clsProfJob::ReleaseItem(clsItem& first) noexcept
             list->~clsItemList();
             _arena.Release(list, sizeof(clsItemList));
         }
-        ReleaseValue(item);
+        else
+            ReleaseValue(item);
         ReleaseProfText(_arena, &item.Name());
         item.~clsItem();
         _arena.Release(&item, sizeof(clsItem));
@@ -187,7 +188,7 @@ void clsProfJob::CopyItems(clsItemList& target, const clsItemList& source)
             const clsItem& item = **level.next++;
             clsItemList& parent = level.target == &copy ? target : *level.target;
             clsItem& made = item.List() != nullptr ? NewList(parent, item.Name().View())
-                                                   : NewLeaf(parent, item.Name().View(), item.Value());
+                                                   : NewLeaf(item.Name().View(), item.Value());
             level.target->AppendNode(&made._node);
             if (item.List() != nullptr)
                 levels.push_back({item.List()->begin(), made.List()});

@@ -105,12 +105,13 @@ public:
     clsItemList& Root() { return _root; }
     const clsItemList& Root() const { return _root; }
 
-    // Makes an item that belongs to `parent` but isn't in it yet, so that a list can be filled before it is seen.
-    clsItem& NewLeaf(clsItemList& parent, std::wstring_view name, std::wstring_view value);
-    // The name of a new list loses a leading '[' and with it its last character, whatever that is.
-    clsItem& NewList(clsItemList& parent, std::wstring_view name);
+    // Makes an item that is in no list yet.
+    clsItem& NewLeaf(std::wstring_view name, std::wstring_view value);
     // A leaf whose value stays where it is, zero-terminated, as long as the job (an adopted source image).
-    clsItem& NewLeafInImage(clsItemList& parent, std::wstring_view name, const wchar_t* value, size_t length);
+    clsItem& NewLeafInImage(std::wstring_view name, const wchar_t* value, size_t length);
+    // The list below `parent` isn't in it yet either, so that it can be filled before it is seen. Its name loses a
+    // leading '[' and with it its last character, whatever that is.
+    clsItem& NewList(clsItemList& parent, std::wstring_view name);
     // Gives up an item that is in no list, with all that is below it.
     void ReleaseItem(clsItem& item) noexcept;
 
@@ -125,7 +126,7 @@ public:
 private:
     ~clsProfJob() = default;
 
-    clsItem& NewItem(clsItemList& parent, std::wstring_view name);
+    clsItem& NewItem(std::wstring_view name);
     const scProfText& InternName(std::wstring_view name);
     const scProfText* InternValue(std::wstring_view value);
     void ReleaseValue(clsItem& item) noexcept;

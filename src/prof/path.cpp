@@ -105,14 +105,14 @@ void SetLeafByPath(clsItemList& start, const wchar_t* text, std::wstring_view va
     if (clsItem* leaf = list.FindLeaf(path.Component()))
         list.Job().SetValue(*leaf, value);
     else
-        list.AppendItem(list.Job().NewLeaf(list, path.Component(), value));
+        list.AppendItem(list.Job().NewLeaf(path.Component(), value));
 }
 
 void AppendLeafByPath(clsItemList& start, const wchar_t* text, std::wstring_view value)
 {
     clsProfPath path(text);
     clsItemList& list = MakeListsOfLeaf(start, path);
-    list.AppendItem(list.Job().NewLeaf(list, path.Component(), value));
+    list.AppendItem(list.Job().NewLeaf(path.Component(), value));
 }
 
 // A worklist in place of recursion. The text of the path may be part of what is removed, so it is copied first.

@@ -28,8 +28,8 @@ void AppendLeaf(scParseState& state, clsItemList& list, const scProfLine& line)
 
     const std::wstring_view name(line.text, nameLength);
     clsProfJob& job = state.job;
-    list.AppendItem(state.reader.IsWide() ? job.NewLeafInImage(list, name, value, valueLength)
-                                          : job.NewLeaf(list, name, {value, valueLength}));
+    list.AppendItem(
+        state.reader.IsWide() ? job.NewLeafInImage(name, value, valueLength) : job.NewLeaf(name, {value, valueLength}));
 }
 
 // Without the marker nothing is read, whatever the lines hold.

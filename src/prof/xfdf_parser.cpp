@@ -190,7 +190,7 @@ private:
             if (_nameCharacters > MostXfdfNameCharacters(_state.reader.SourceBytes()))
                 Fail(L"prof::xml::field: too many fields inside each other");
         }
-        _list.AppendItem(_state.job.NewLeaf(_list, name, value));
+        _list.AppendItem(_state.job.NewLeaf(name, value));
     }
 
     void ExpectLevel(const wchar_t* message) const

@@ -140,8 +140,8 @@ private:
         text.begin[value.size()] = 0;
         clsItemList& list = _open.Current();
         clsProfJob& job = _state.job;
-        list.AppendItem(_state.reader.IsWide() ? job.NewLeafInImage(list, name, value.data(), value.size())
-                                               : job.NewLeaf(list, name, value));
+        list.AppendItem(
+            _state.reader.IsWide() ? job.NewLeafInImage(name, value.data(), value.size()) : job.NewLeaf(name, value));
         return true;
     }
 

@@ -292,7 +292,7 @@ TEST(ProfXfdf, LongAndDeepNamesComeBackOrAreRefused)
         for (int level = 0; level <= depth; ++level)
         {
             for (int i = 0; i < (level == depth ? leaves : 1); ++i)
-                list->AppendItem(job->NewLeaf(*list, String(String::formatted, L"%d", i).View(), L"v"));
+                list->AppendItem(job->NewLeaf(String(String::formatted, L"%d", i).View(), L"v"));
             clsItem& entry = job->NewList(*list, {name.data(), name.size()});
             list->AppendItem(entry);
             list = entry.List();
@@ -340,45 +340,55 @@ TEST(ProfXml, DamageGivesATreeOrTheError)
     }
 }
 
-// A tree of any characters comes back from the XML form, but for line breaks, which become CR LF.
-TEST(ProfXml, RandomTreesComeBack)
+// Trees of any characters that no form replaces, with names that are empty or repeat, go from form to form.
+TEST(ProfForms, RandomTreesComeBack)
 {
     std::mt19937 random(5);
-    const auto text = [&]
+    const auto text = [&](String result, bool isName)
     {
-        constexpr std::wstring_view kSpecial = L"&<>'\"\t\x01\x1F ;#x[]=/.\xFFFD\xD800";
-        String result;
         for (auto i = random() % 12; i > 0; --i)
+        {
+            constexpr std::wstring_view kSpecial = L"&<>'\" ;#x[]=/.{}\xFFFD\xD800\x2400\x2420\t\x01\x1F";
+            const auto any = static_cast<wchar_t>(0x20 + random() % 0xFFDF);
+            const unsigned row = any >> 8; // of those that stand for others
             switch (random() % 4)
             {
             case 0:
-                result += kSpecial[random() % kSpecial.size()];
+                result += kSpecial[random() % (kSpecial.size() - (isName ? 3 : 0))];
                 break;
             case 1:
-                result += L"\r\n";
+                result += isName ? L"=" : L"\r\n";
                 break;
             default:
-                result += static_cast<wchar_t>(random() % 2 == 0 ? L'a' + random() % 26 : 0x20 + random() % 0xFFDF);
+                result += row == 0x23 || row == 0x24 || row == 0x30 ? L'a' : any;
             }
+        }
         return result;
     };
     for (int round = 0; round < 200; ++round)
     {
-        const JobHolder job = NewJob();
+        JobHolder job = NewJob();
         std::vector<clsItemList*> lists{&job->Root()};
         for (auto i = 1 + random() % 40; i > 0; --i)
         {
-            clsItemList& list = *lists[random() % lists.size()];
-            // A leading bracket is what a list's name loses when it is made.
-            clsItem& item = random() % 3 == 0 ? job->NewList(list, (String(L"n") + text()).View())
-                                              : job->NewLeaf(list, text().View(), text().View());
+            clsItemList& list = random() % 2 == 0 ? *lists.back() : *lists[random() % lists.size()];
+            const String name = random() % 8 == 0 ? String() : text(L"n", true);
+            clsItem& item = random() % 3 == 0 ? job->NewList(list, name.View())
+                                              : job->NewLeaf(name.View(), text(L"", false).View());
             list.AppendItem(item);
             if (item.List() != nullptr)
                 lists.push_back(item.List());
         }
-        const std::string saved = Saved(job, 1);
-        const JobHolder again = NewJob();
-        EXPECT_STREQ(Loaded(saved, again), Tree(job->Root()));
-        EXPECT_EQ(Saved(again, 1), saved);
+        const String tree = Tree(job->Root());
+        for (const unsigned form : {0u, 1u, kProfSavePacked, kProfSavePacked | 1u})
+        {
+            JobHolder again = NewJob();
+            EXPECT_STREQ(Loaded(Saved(job, form), again), tree) << round << ", form " << form;
+            job = std::move(again);
+        }
+        const JobHolder object = NewJob(ProfMode::Hold, L"object", 2);
+        object->CopyItems(object->Root(), job->Root());
+        EXPECT_STREQ(
+            Loaded(Saved(object, 0), NewJob(ProfMode::Hold, L"object", 2)), String(L"[object]{") + tree + L"}");
     }
 }
