@@ -13,7 +13,8 @@ namespace qx
 
 class clsFile;
 
-// Writes the value at the position. Whether all of it was written.
+// Writes the value at the position. Whether all of it was written: an array that is nested more than 64 deep isn't, but
+// is empty in the file.
 bool Save(const clsVariant& value, clsFile& file);
 
 // Reads a value at the position, which is behind it then. At the end of the source the value stays as it is; a type

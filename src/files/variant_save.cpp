@@ -36,7 +36,7 @@ public:
     bool Finish()
     {
         Flush();
-        return _isWhole;
+        return _isWhole && !_isFull;
     }
 
 private:
@@ -58,6 +58,7 @@ private:
         {
             if (UtilIsDeveloperRun())
                 DebugLine(L"WRN: clsVariant: array nested too deep, not written");
+            _isWhole = false;
             return Write(clsVariant(), depth);
         }
         const VARTYPE type = array.Type();
@@ -67,7 +68,7 @@ private:
         countValue.vt = VT_I4;
         countValue.ulVal = count;
         Write(clsVariant(countValue), depth);
-        for (ULONG i = 0; i < count && _isWhole; ++i)
+        for (ULONG i = 0; i < count && !_isFull; ++i)
             Write(GetElement(array, {i}), depth + 1);
     }
 
@@ -89,14 +90,15 @@ private:
 
     void Flush()
     {
-        if (!_block.empty() && _isWhole)
-            _isWhole = _file.Write(_block.data(), _block.size()) == static_cast<int64_t>(_block.size());
+        if (!_block.empty() && !_isFull)
+            _isFull = _file.Write(_block.data(), _block.size()) != static_cast<int64_t>(_block.size());
         _block.clear();
     }
 
     clsFile& _file;
     std::string _block;
-    bool _isWhole = true;
+    bool _isWhole = true; // nothing was left out
+    bool _isFull = false; // the file takes no more
 };
 
 } // namespace

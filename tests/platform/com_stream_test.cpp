@@ -225,19 +225,8 @@ TEST(GlobalStream, CopiesFromItsPositionToTheOthers)
     EXPECT_EQ(source->CopyTo(nullptr, Unsigned(1), nullptr, nullptr), STG_E_INVALIDPOINTER);
 }
 
-// Undefined on the system.
+// A promise of the layer.
 #ifndef _WIN32
-TEST(GlobalStream, CopyingToACloneOfItselfEnds)
-{
-    const StreamHolder source = MakeStream();
-    Write(source, std::string(200000, 'x'));
-    SeekTo(source, 0);
-    const StreamHolder target = CloneOf(source);
-    SeekTo(target, 0, STREAM_SEEK_END);
-    EXPECT_EQ(source->CopyTo(target.get(), Unsigned(~0ull), nullptr, nullptr), S_OK);
-    EXPECT_EQ(WholeContent(source), std::string(400000, 'x'));
-}
-
 TEST(GlobalStream, ClonesMayBeUsedByDifferentThreads)
 {
     const StreamHolder stream = MakeStream();

@@ -1,4 +1,4 @@
-// COM's base: texts with a length, identifiers, the free-threaded marshaler.
+// COM's base: texts with a length, identifiers.
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -90,59 +90,6 @@ TEST(Identifier, InterfacesHaveThePublishedOnes)
         StringFromGUID2(c.iid, text, 39);
         EXPECT_STREQ(text, c.text);
     }
-}
-
-// An object that aggregates the marshaler, as it is meant to be used.
-class OuterObject final : public IUnknown
-{
-public:
-    ~OuterObject()
-    {
-        if (marshaler != nullptr)
-            marshaler->Release();
-    }
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) override
-    {
-        if (riid == IID_IMarshal)
-            return marshaler->QueryInterface(riid, object);
-        if (riid != IID_IUnknown)
-            return E_NOINTERFACE;
-        *object = this;
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --references; }
-
-    ULONG references = 1;
-    IUnknown* marshaler = nullptr;
-};
-
-TEST(FreeThreadedMarshaler, ItsInterfaceBelongsToTheOuterObject)
-{
-    OuterObject outer;
-    ASSERT_EQ(CoCreateFreeThreadedMarshaler(&outer, &outer.marshaler), S_OK);
-    EXPECT_EQ(outer.references, 1u) << "the inner object holds no reference, which would be a circle";
-
-    IMarshal* marshal = nullptr;
-    ASSERT_EQ(outer.QueryInterface(IID_IMarshal, reinterpret_cast<void**>(&marshal)), S_OK);
-    EXPECT_EQ(outer.references, 2u);
-    IUnknown* identity = nullptr;
-    ASSERT_EQ(marshal->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&identity)), S_OK);
-    EXPECT_EQ(identity, &outer);
-    identity->Release();
-    EXPECT_EQ(marshal->DisconnectObject(0), S_OK);
-    marshal->Release();
-    EXPECT_EQ(outer.references, 1u);
-    void* other = &outer;
-    EXPECT_EQ(outer.marshaler->QueryInterface(IID_IStream, &other), E_NOINTERFACE);
-    EXPECT_EQ(other, nullptr);
-
-    IUnknown* alone = nullptr;
-    ASSERT_EQ(CoCreateFreeThreadedMarshaler(nullptr, &alone), S_OK);
-    ASSERT_EQ(alone->QueryInterface(IID_IMarshal, reinterpret_cast<void**>(&marshal)), S_OK);
-    EXPECT_EQ(alone->Release(), 1u);
-    EXPECT_EQ(marshal->Release(), 0u);
 }
 
 } // namespace

@@ -85,18 +85,6 @@ TEST(ProfileRead, Encodings)
     EXPECT_EQ(Loaded(folder, "[/]\na=\xE4\xF6\xFC|\n"), Tree(job));
 }
 
-TEST(ProfileRead, FilesThatAreCutOff)
-{
-    const TempFolder folder;
-    const std::string whole = Utf16File(L"[/]\r\n {\r\n a=1\r\n [l]\r\n  {\r\n  b=2\r\n  }\r\n }\r\n");
-    for (size_t size = 4; size < whole.size(); ++size)
-    {
-        const Job job(folder.Make("cut", std::string_view(whole).substr(0, size)));
-        EXPECT_EQ(job.Error(), PROF_OK) << size;
-        EXPECT_EQ(job.Save(folder.Path("cut")), PROF_OK) << size;
-    }
-}
-
 TEST(ProfileWrite, EveryByteOfTheTextForm)
 {
     const TempFolder folder;

@@ -85,20 +85,6 @@ TEST(Variant, TextAndNumber)
     }
 }
 
-TEST(Variant, CopyResolvesReferences)
-{
-    Value text = Text(L"a");
-    Value reference(VT_BYREF | VT_BSTR);
-    reference.pbstrVal = &text.bstrVal;
-    clsVariant first(reference);
-    EXPECT_EQ(first.Type(), VT_BSTR);
-    clsVariant second = first;
-    EXPECT_NE(second.Get().bstrVal, first.Get().bstrVal);
-    first = std::move(second);
-    EXPECT_EQ(second.Type(), VT_EMPTY);
-    EXPECT_STREQ(ToString(first), L"a");
-}
-
 TEST(Variant, ArrayOfAList)
 {
     WCValSList<clsVariant> list;
