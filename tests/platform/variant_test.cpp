@@ -293,32 +293,4 @@ TEST(VariantTime, ToSystemTime)
     }
 }
 
-TEST(VariantTime, FromSystemTime)
-{
-    struct
-    {
-        SYSTEMTIME time; // year, month, day of the week, day, hour, minute, second, millisecond
-        const char* expected;
-        bool onWineToo = true;
-    } const CASES[] = {{{1899, 12, 6, 30, 0, 0, 0, 0}, "0"}, {{1899, 12, 0, 29, 6, 0, 0, 0}, "-1.25"},
-        {{1800, 6, 0, 15, 18, 0, 0, 0}, "-36357.75"}, {{2000, 1, 0, 1, 0, 0, 0, 999}, "36526"},
-        {{2000, 1, 0, 0, 0, 0, 0, 0}, "36525"}, {{2000, 0, 0, 1, 0, 0, 0, 0}, "36495"},
-        {{2001, 2, 0, 31, 0, 0, 0, 0}, "36953"}, {{2000, 1, 0, 1, 25, 0, 0, 0}, "36527.041666666664"},
-        {{1899, 12, 0, 29, 24, 0, 0, 0}, "0"}, {{2000, 1, 0, 32, 0, 0, 0, 0}, "no"},
-        {{2000, 13, 0, 1, 0, 0, 0, 0}, "no"}, {{49, 1, 0, 1, 0, 0, 0, 0}, "54424"},
-        {{50, 1, 0, 1, 0, 0, 0, 0}, "18264"}, {{100, 1, 0, 1, 0, 0, 0, 0}, "-657434"},
-        {{100, 1, 0, 0, 0, 0, 0, 0}, "no", false}, // Wine: a date that it refuses itself
-        {{9999, 12, 0, 31, 23, 59, 59, 0}, "2958465.999988426"}, {{10000, 1, 0, 1, 0, 0, 0, 0}, "no"},
-        {{65535, 1, 0, 1, 0, 0, 0, 0}, "no"},
-        {{2000, 1, 0, 1, 65535, 0, 0, 0}, "no", false}}; // Wine: an hour less than the day
-    for (const auto& row : CASES)
-    {
-        if (!row.onWineToo && !ON_LINUX)
-            continue;
-        SYSTEMTIME time = row.time;
-        double date = 0;
-        EXPECT_EQ(SystemTimeToVariantTime(&time, &date) ? DigitsOf(date) : "no", row.expected) << Time(row.time);
-    }
-}
-
 } // namespace

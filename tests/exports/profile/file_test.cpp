@@ -108,19 +108,6 @@ TEST(ProfileWrite, EveryByteOfTheTextForm)
         << "a control picture comes back as the control character, and that of a name as its picture";
 }
 
-TEST(ProfileWrite, WhatTheFormCannotKeep)
-{
-    const TempFolder folder;
-    const Job job;
-    for (const wchar_t* name : {L"#a", L";b", L"{c", L"  d", L"e ", L""})
-        ProfSetStringW(job, nullptr, name, L" 1 ");
-    ASSERT_EQ(job.Save(folder.Path("file")), PROF_OK);
-    EXPECT_EQ(Tree(Job(folder.Path("file"))), "d= 1 ;e = 1 ;= 1 ;");
-    ProfEmptyList(job, nullptr);
-    ASSERT_EQ(job.Save(folder.Path("file")), PROF_OK);
-    EXPECT_EQ(BytesOf(folder.Path("file")), "");
-}
-
 TEST(ProfileWrite, TargetsOfASave)
 {
     const TempFolder folder;
@@ -142,26 +129,6 @@ TEST(ProfileWrite, TargetsOfASave)
     EXPECT_EQ(failed.Save(folder.Path("refused.")), PROF_ERR_CANNOT_WRITE);
     EXPECT_EQ(ProfSaveA(failed, folder.Path("narrow").c_str(), PROF_FORM_TEXT), PROF_OK);
     EXPECT_EQ(Tree(Job(folder.Path("narrow"))), "a=1;");
-}
-
-TEST(ProfileWrite, FormsByTheFlags)
-{
-    const TempFolder folder;
-    const std::string path = folder.Make("file", "[/]\r\na=1\r\n[l]\r\nb=2\r\n");
-    const Job job(path);
-    const std::pair<int32_t, const char*> cases[] = {
-        {PROF_SAVE_PACKED_AS_LOADED | 0x100, "a=1;[l]{b=2;}"}, // it was not packed, and 0x100 is ignored
-        {3, "a=1;[l]{b=2;}"}, {PROF_FORM_XFDF, "a=1;l.b=2;"}};
-    for (const auto& [flags, tree] : cases)
-    {
-        EXPECT_EQ(job.Save(path, flags), PROF_OK) << flags;
-        const std::string bytes = BytesOf(path);
-        EXPECT_EQ(bytes.substr(0, 8), flags == PROF_FORM_XFDF ? "<?xml ve" : Utf16File(flags == 3 ? L"<?x" : L"[/]"));
-        EXPECT_EQ(Tree(Job(path)), tree) << flags;
-    }
-    EXPECT_EQ(Loaded(folder, "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<xfdf x>\n<value>1</value>\nx"),
-        "error " + std::to_string(PROF_ERR_MALFORMED) + " =1;")
-        << "what was read before stays";
 }
 
 // A depth that would overflow any stack, and an indent that would fill the disk.

@@ -85,20 +85,6 @@ TEST(Variant, TextAndNumber)
     }
 }
 
-TEST(Variant, ArrayOfAList)
-{
-    WCValSList<clsVariant> list;
-    list.Append(clsVariant(I4(1)));
-    list.Append(clsVariant(String(L"b")));
-    clsVariant array(String(L"replaced"));
-    array.SetArray(list);
-    EXPECT_EQ(list.Count(), 2u);
-    EXPECT_EQ(array.Type(), VT_ARRAY | VT_VARIANT);
-    EXPECT_TRUE(GetElement(array, {0}) == clsVariant(I4(1)));
-    EXPECT_STREQ(ToString(GetElement(array, {1})), L"b");
-    EXPECT_EQ(array.Get().parray->rgsabound[0].lLbound, 0);
-}
-
 TEST(Variant, ElementsByIndex)
 {
     // The bounds 0 to 1 and 10 to 12.

@@ -84,8 +84,9 @@ TEST(VariantFile, LayoutAndBack)
 TEST(VariantFile, Arrays)
 {
     const Value inner = ArrayOf(VT_BSTR, {Text(L"b")});
-    const Value array = ArrayOf(VT_VARIANT, {I4(7), inner, Value()});
-    const std::string bytes = Saved(array);
+    clsVariant array(String(L"replaced"));
+    array.SetArray({clsVariant(I4(7)), clsVariant(inner), clsVariant()});
+    const std::string bytes = Saved(array.Get());
     EXPECT_EQ(bytes, "\x0c\x20\3\0\3\0\0\0"
                      "\3\0\7\0\0\0"
                      "\x08\x20\3\0\1\0\0\0\x08\0b\0\0\0"

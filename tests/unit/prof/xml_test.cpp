@@ -313,19 +313,22 @@ TEST(ProfXfdf, LongAndDeepNamesComeBackOrAreRefused)
     EXPECT_EQ(job->Serialise(MemoryStream(), 1), kProfOk);
 }
 
-TEST(ProfXml, DamageGivesATreeOrTheError)
+TEST(ProfForms, DamageGivesATreeOrTheError)
 {
     const JobHolder sample = SampleJob();
-    for (const unsigned form : {0u, 1u, 2u})
+    for (const unsigned form : {0u, 1u, 2u, kProfSavePacked})
     {
         const std::string whole = Saved(sample, form);
-        const auto load = [](const std::string& bytes)
+        const auto load = [form](const std::string& bytes)
         {
             const MemoryStream stream(bytes);
             clsFileRO file(stream);
             const JobHolder job = NewJob();
             const bool isLoaded = job->Load(file);
-            EXPECT_EQ(job->Error(), isLoaded || bytes.size() < 4 ? kProfOk : kProfMalformed);
+            if (form != kProfSavePacked) // which has no check sum: some bytes come out, perhaps a few only
+            {
+                EXPECT_EQ(job->Error(), isLoaded || bytes.size() < 4 ? kProfOk : kProfMalformed);
+            }
             // Whatever is in the tree can be written.
             EXPECT_EQ(job->Serialise(MemoryStream(), 1), kProfOk);
         };
