@@ -75,6 +75,15 @@ ExitCode ExitCodeOf(int32_t error)
     }
 }
 
+// A pipe would hold up whoever opens it, as long as nobody writes to it.
+const std::string& WithoutPipes(const std::string& path)
+{
+    std::error_code ignored;
+    if (fs::is_fifo(fs::u8path(path), ignored))
+        throw Failure(kCannotRead, path + ": it is a pipe");
+    return path;
+}
+
 std::vector<Entry> EntriesOf(HPROFJOB job, HPROFLIST list)
 {
     std::vector<Entry> entries;
@@ -105,7 +114,7 @@ bool IsMissing(const std::string& path)
 } // namespace
 
 ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MayBeMissing)
-    : _path(path),
+    : _path(WithoutPipes(path)),
       _job(sharing == Sharing::Readers ? ProfJobOpenW(WideText(path)) : ProfJobOpenExclusiveW(WideText(path))),
       _form(FormOfFile(path))
 {

@@ -1,6 +1,7 @@
 """profile_test.py COMMAND...: runs `qxut profile` as its users do. COMMAND starts the program."""
 
 import json
+import os
 import pathlib
 import resource
 import shutil
@@ -204,13 +205,15 @@ class ProfileCommands(commands.CommandTest):
         note = subprocess.run([*commands.COMMAND, "profile", "show", str(SETTINGS / "smb.conf")], capture_output=True)
         self.assertIn(b"has no entries", note.stderr)
 
-    @unittest.skipIf(commands.COMMAND[-1].endswith(".exe"), "the system's own names, and arguments that are UTF-16")
-    def test_names_on_linux(self):
+    @unittest.skipIf(commands.COMMAND[-1].endswith(".exe"), "names and pipes of the system, and arguments that are bytes")
+    def test_what_only_linux_has(self):
         self.assertEqual(self.show("Z:" + self.file.replace("/", "\\")), self.show())
         done = subprocess.run([*commands.COMMAND, "profile", "set", "--create", b"n\xE9", "--path", "x", "1"],
                               cwd=self.folder, capture_output=True)
         self.assertEqual((done.returncode, done.stderr), (2, b"qxut: the argument 'n\\xE9' is not UTF-8\n"))
         self.assertEqual([path.name for path in self.folder.iterdir()], ["file"])
+        os.mkfifo(self.folder / "pipe")
+        self.assertIn("it is a pipe", self.qxut("show", str(self.folder / "pipe"), code=3))
 
     @unittest.skipIf(commands.COMMAND[-1].endswith(".exe"), "the limit would be one for the emulator's own files too")
     def test_a_full_disk_leaves_the_file(self):
