@@ -143,6 +143,12 @@ void String::Take(String& other) noexcept
 {
     if (this == &other)
         return;
+    if (SharesRecordWith(other)) // nothing changes but the code page: the narrow copy may stay
+    {
+        SetCodePage(other._codePage);
+        other.Empty();
+        return;
+    }
     Changing();
     ReplaceRecord(nullptr);
     TakeFields(other);

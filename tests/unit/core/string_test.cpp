@@ -297,8 +297,11 @@ TEST(StringNarrowTest, CopyIsKeptUntilTheNextChange)
     EXPECT_EQ(s.NarrowText(), narrow);
     EXPECT_NE(String(s).NarrowText(), narrow); // a copy has none of its own yet
     // Assigning what has the same record changes only the code page.
-    s = String(s);
+    String copy(s);
+    s = copy;
+    s = std::move(copy);
     EXPECT_EQ(s.NarrowText(), narrow);
+    EXPECT_EQ(copy.Capacity(), 0u);
     String moved(std::move(s));
     EXPECT_EQ(moved.NarrowText(), narrow);
 
