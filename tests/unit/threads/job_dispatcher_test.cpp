@@ -197,10 +197,20 @@ TEST_F(JobDispatcher, AbortOfAGroup)
 
 TEST_F(JobDispatcher, CloseWaitsForWhatRuns)
 {
+    const auto keepBusyUntilAbort = [this](Dispatcher& pool)
+    {
+        const int before = counts.runs;
+        const auto work = [&pool]
+        {
+            WaitUntil([&pool] { return pool.IsAborted(); });
+            Sleep(30);
+        };
+        pool.AddJob(MakeJob(new TestJob(counts, work), nullptr));
+        EXPECT_TRUE(WaitUntil([&] { return counts.runs != before; }));
+    };
     {
         Dispatcher pool(1, L"pool");
-        pool.AddJob(MakeJob(new TestJob(counts, [] { Sleep(50); }), nullptr));
-        EXPECT_TRUE(WaitUntil([&] { return counts.runs == 1; }));
+        keepBusyUntilAbort(pool);
         for (int i = 0; i < 5; ++i)
             pool.AddJob(MakeJob(new TestJob(counts, {}, 0, i % 2 == 0), &host));
         pool.Close();
@@ -210,8 +220,7 @@ TEST_F(JobDispatcher, CloseWaitsForWhatRuns)
     // After the abort of a group the others run.
     {
         Dispatcher pool(1, L"pool");
-        pool.AddJob(MakeJob(new TestJob(counts, [] { Sleep(50); }), nullptr));
-        EXPECT_TRUE(WaitUntil([&] { return counts.runs == 2; }));
+        keepBusyUntilAbort(pool);
         pool.AddJob(MakeJob(new TestJob(counts, {}, 3), &host));
         pool.AddJob(MakeJob(new TestJob(counts, {}, 4), &host));
         pool.AddJob(MakeJob(new TestJob(counts, {}, 4, false), &declining));

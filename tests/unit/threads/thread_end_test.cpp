@@ -117,11 +117,18 @@ TEST(ThreadEnd, NestedInItself)
         {
             if (++depth < 4)
                 inner += const_cast<Nested*>(this)->ThreadEnd(false, INFINITE, true);
+            isAwaited = true;
             return true;
         }
         mutable int depth = 0, inner = 0;
+        mutable std::atomic<bool> isAwaited = false;
     };
-    Nested thread([](TestThread& self) { return UntilStopped(self); });
+    Nested thread(
+        [&thread](TestThread& self)
+        {
+            const unsigned code = UntilStopped(self);
+            return WaitUntil([&] { return thread.isAwaited.load(); }) ? code : 0;
+        });
     ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
     EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
     EXPECT_EQ(thread.depth, 1); // the inner call didn't come as far as to wait
@@ -133,19 +140,25 @@ TEST(ThreadEnd, TheDestructorEndsWhatASubclassLeft)
 {
     struct Careless : clsThreadBase
     {
-        Careless() : clsThreadBase(L"Careless") {}
-        unsigned ThreadProc() override
-        {
-            Sleep(30);
-            return 0;
-        }
+        explicit Careless(std::function<unsigned()> body) : clsThreadBase(L"Careless"), _body(std::move(body)) {}
+        unsigned ThreadProc() override { return std::function(_body)(); } // a copy: the member goes before the thread
+
+    private:
+        const std::function<unsigned()> _body;
     };
     const DebugLines lines;
+    clsEvent isRunning;
     String name;
     {
-        Careless thread;
+        Careless thread(
+            [&]
+            {
+                isRunning.Set();
+                return WaitUntil([&] { return lines.Count() != 0; }) ? 0u : 1u;
+            });
         name = String(String::formatted, L"%hs", thread.Name());
         ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+        WaitForSingleObject(isRunning.Get(), patience);
     }
     EXPECT_EQ(lines.Only(),
         String(String::formatted,
