@@ -1,6 +1,7 @@
 // A library that tells in which order its beginning and its end come.
 #include <windows.h>
 
+#include <cstdio>
 #include <cstring>
 
 #if defined(_WIN32) // each target marks exported names in a way of its own
@@ -36,7 +37,7 @@ extern "C" EXPORTED void QxTakeSteps(char* buffer)
     steps = buffer;
 }
 
-extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID)
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID reserved)
 {
     HMODULE containing = nullptr;
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
@@ -45,5 +46,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID)
         Note(module == containing ? 'A' : '?');
     else if (reason == DLL_PROCESS_DETACH)
         Note(module == containing ? 'D' : '?');
+    if (reason == DLL_PROCESS_DETACH && reserved != nullptr)
+        std::fprintf(stderr, "%s, and the process ends", steps);
     return TRUE;
 }

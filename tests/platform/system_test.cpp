@@ -1,6 +1,7 @@
 // Environment, times, pointer tests; modules, their names and functions.
 #include "system_support.h"
 
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -146,6 +147,13 @@ TEST(Modules, LibraryOfTheSetFolder)
         EXPECT_STREQ(steps, "cADd");
         EXPECT_TRUE(SetDllDirectoryW(nullptr));
     }
+    const auto endLoaded = [&name]
+    {
+        SetDllDirectoryW(Text::Widen(QXUT_PROBE_FOLDER));
+        LoadLibraryW(name);
+        std::exit(3);
+    };
+    EXPECT_EXIT(endLoaded(), testing::ExitedWithCode(3), "cAD, and the process ends");
 }
 
 } // namespace

@@ -20,15 +20,23 @@ static HINSTANCE OwnModule(void)
 int __cxa_atexit(void (*function)(void*), void* argument, void* module);
 extern char __dso_handle __attribute__((visibility("hidden")));
 
+// The loader calls destructor functions first when it unloads a module; at the end of the process they come last, when
+// all that was registered is done. So this one is too late for the detach there, but tells the two ends apart.
+static int isUnloaded;
+static void __attribute__((destructor)) NoteUnload(void)
+{
+    isUnloaded = 1;
+}
+
 static void Detach(void* unused)
 {
     (void)unused;
-    DllMain(OwnModule(), DLL_PROCESS_DETACH, NULL);
+    // Where the process ends the system passes an address that means nothing else.
+    DllMain(OwnModule(), DLL_PROCESS_DETACH, isUnloaded ? NULL : &isUnloaded);
 }
 
-// Not a destructor function: those run only after the static objects are gone. What is registered last comes first,
-// both at the end of the process and when the module is unloaded. Not atexit() either, which the thread sanitizer
-// replaces by one that knows the process's end alone.
+// What is registered last comes first, at both ends, so that the static objects are still there. Not atexit(), which
+// the thread sanitizer replaces by one that knows the process's end alone.
 static void __attribute__((constructor)) Attach(void)
 {
     if (DllMain(OwnModule(), DLL_PROCESS_ATTACH, NULL))
