@@ -1,4 +1,4 @@
-// Objects that live as long as the process.
+// Objects that live as long as the process, or until the library is unloaded.
 #pragma once
 
 #include <memory>
@@ -7,12 +7,43 @@
 namespace qx
 {
 
-// For what static objects may still ask for while the process ends: never destroyed, and reachable from the static
-// reference that holds the result, so that leak checkers know it as alive.
+// One of them, whatever its type is.
+class Kept
+{
+public:
+    Kept() = default;
+    Kept(const Kept&) = delete;
+    Kept& operator=(const Kept&) = delete;
+    virtual ~Kept() = default;
+
+private:
+    friend void Keep(std::unique_ptr<Kept> object);
+    friend void DropForeverObjects();
+
+    Kept* _next = nullptr;
+};
+
+void Keep(std::unique_ptr<Kept> object);
+
+// For what static objects, and threads that nobody has ended, may still ask for while the process ends: it isn't
+// destroyed then.
 template <class T, class... Arguments>
 T& MakeForever(Arguments&&... arguments)
 {
-    return *std::make_unique<T>(std::forward<Arguments>(arguments)...).release();
+    struct Holder final : Kept
+    {
+        explicit Holder(Arguments&&... given) : object(std::forward<Arguments>(given)...) {}
+
+        T object;
+    };
+    auto holder = std::make_unique<Holder>(std::forward<Arguments>(arguments)...);
+    T& object = holder->object;
+    Keep(std::move(holder));
+    return object;
 }
+
+// Destroys them all, the latest first. For the moment at which the library goes and the process stays: nobody asks for
+// any of them after that.
+void DropForeverObjects();
 
 } // namespace qx

@@ -1,5 +1,6 @@
 // Where the process's loader enters the library.
 
+#include "core/forever.h"
 #include "core/module_frame.h"
 #include "diag/debug_channels.h"
 
@@ -24,6 +25,8 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID reserved)
         if (reserved)
             qx::SetProcessEnding();
         qx::DetachModule(steps);
+        if (!reserved)
+            qx::DropForeverObjects();
     }
     return TRUE;
 }

@@ -1,5 +1,6 @@
 #include "files/paths.h"
 
+#include "core/forever.h"
 #include "core/late_libraries.h"
 #include "core/regex.h"
 #include "files/path_separator.h"
@@ -66,10 +67,10 @@ IString GetPathExtension(const wchar_t* path)
 PathClass ClassifyPath(const String& path)
 {
     constexpr std::uint32_t caseless = 8;
-    static clsRegEx printerPort(L"^LPT\\d+:$", caseless);
-    static clsRegEx serialPort(L"^COM\\d+:$", caseless);
-    static clsRegEx usb(L"^USB:", caseless);
-    static clsRegEx fileUrl(L"^FILE:(.*)", caseless);
+    static clsRegEx& printerPort = MakeForever<clsRegEx>(L"^LPT\\d+:$", caseless);
+    static clsRegEx& serialPort = MakeForever<clsRegEx>(L"^COM\\d+:$", caseless);
+    static clsRegEx& usb = MakeForever<clsRegEx>(L"^USB:", caseless);
+    static clsRegEx& fileUrl = MakeForever<clsRegEx>(L"^FILE:(.*)", caseless);
     constexpr std::size_t fileUrlLength = 5;
 
     if (printerPort.Match(path, nullptr))

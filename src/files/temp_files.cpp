@@ -1,6 +1,7 @@
 #include "files/temp_files.h"
 
 #include "core/critical_section.h"
+#include "core/forever.h"
 #include "files/file_time.h"
 #include "files/path_separator.h"
 #include "files/paths.h"
@@ -70,6 +71,13 @@ String AskTempFolder(bool longNames)
     }
     return folder;
 }
+
+// For threads that still run while the process ends too.
+struct KnownFolders
+{
+    clsCriticalSection lock{4000};
+    String folders[2]; // as the system gives it, with long names
+};
 
 // The folder for new files, with a separator at its end.
 String MakeSubfolders(const String& temp, const wchar_t* subfolders)
@@ -198,10 +206,9 @@ struct NewFile
 
 String GetTempFolder(bool longNames)
 {
-    static clsCriticalSection lock(4000);
-    static String folders[2];
-    clsCriticalSectionLock held(lock);
-    String& folder = folders[longNames];
+    static KnownFolders& known = MakeForever<KnownFolders>();
+    const clsCriticalSectionLock held(known.lock);
+    String& folder = known.folders[longNames];
     if (folder.IsEmpty())
         folder = AskTempFolder(longNames);
     return folder;

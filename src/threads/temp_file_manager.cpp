@@ -15,6 +15,9 @@ namespace
 
 struct Manager
 {
+    // A manager that its caller didn't close has a thread, which nobody may wait for while the library is unloaded.
+    ~Manager() { static_cast<void>(remover.release()); }
+
     clsCriticalSection lock;
     std::unique_ptr<clsTempFileRemover> remover;
 };

@@ -9,7 +9,6 @@
 //
 // Exit code 0 if all went well, else the number of what didn't; 77 if there is no way to become such a user here.
 #include "support/own_settings.h"
-#include "support/unloads_library.h"
 
 #include <windows.h>
 

@@ -1,7 +1,5 @@
 // module_peer: loads the library, uses it, unloads it, and loads it again. Exit code 0 if all of that went well, else
 // the number of what didn't. With an argument: fails an assertion.
-#include "support/unloads_library.h"
-
 #include <windows.h>
 
 #include <cstdint>
