@@ -161,40 +161,50 @@ void clsDebugChannels::Line(
         ++stored;
 }
 
-// False if nobody wants the line any more; then it doesn't deepen the nesting either. A log file gets every line,
-// beside the monitor and also while that doesn't record.
+// A log file gets every line, beside the monitor and also while that doesn't record.
+clsDebugChannels::Wanted clsDebugChannels::WhatIsWanted()
+{
+    const clsCriticalSectionLock lock(_mainLock);
+    if (!IsActive())
+        return {};
+    const bool isData = _monitor != nullptr && _monitor->IsDataOpen();
+    return {isData && _monitor->IsRecording(), _logFile.IsSet(), !isData};
+}
+
+// False if nobody wants the line any more; then it doesn't deepen the nesting either.
 bool clsDebugChannels::Send(
     const wchar_t* moduleTag, int depth, bool changesDepth, const wchar_t* format, va_list arguments)
 {
-    const unsigned processor = CurrentProcessor(); // outside the lock, since it may take another one
-    const clsCriticalSectionLock lock(_mainLock);
-    if (!IsActive())
-        return false;
-    const bool isData = _monitor != nullptr && _monitor->IsDataOpen();
-    if (isData && _monitor->IsRecording())
+    const Wanted wanted = WhatIsWanted();
+    if (wanted.asData)
     {
         va_list copy;
         va_copy(copy, arguments);
         SendData(moduleTag, depth, changesDepth, format, copy);
         va_end(copy);
     }
-    if (isData && !_logFile.IsSet())
-        return _monitor->IsRecording();
+    if (!wanted.inLogFile && !wanted.asStampedLine)
+        return wanted.asData;
 
+    const unsigned processor = CurrentProcessor(); // outside the lock, since it may take another one
+    const clsCriticalSectionLock lock(_mainLock);
+    if (!IsActive())
+        return false;
     DebugLineText line;
     MakeLine(line, moduleTag, depth, processor, format, arguments);
-    HandOut(line, !isData);
+    HandOut(line, wanted.asStampedLine);
     return true;
 }
 
-// Time, thread and depth travel beside the text.
+// Time, thread and depth travel beside the text, so that threads hold each other up no longer than it is sent.
 void clsDebugChannels::SendData(
     const wchar_t* moduleTag, int depth, bool changesDepth, const wchar_t* format, va_list arguments)
 {
     DebugLineText line;
     AppendThreadName(line);
     line.AppendV(format, arguments);
-    if (line.Length() != 0 || !changesDepth)
+    const clsCriticalSectionLock lock(_mainLock);
+    if (_monitor != nullptr && (line.Length() != 0 || !changesDepth))
         _monitor->SendData(moduleTag, 1, 0, depth, line.Text(), line.Length());
 }
 

@@ -55,7 +55,16 @@ private:
         Line(nullptr, indentChange, format, arguments);
     }
 
+    // By whom a line is wanted at present.
+    struct Wanted
+    {
+        bool asData = false;
+        bool inLogFile = false;
+        bool asStampedLine = false; // by the monitor
+    };
+
     void EnterAsSink();
+    Wanted WhatIsWanted();
     bool Send(const wchar_t* moduleTag, int depth, bool changesDepth, const wchar_t* format, va_list arguments);
     void SendData(const wchar_t* moduleTag, int depth, bool changesDepth, const wchar_t* format, va_list arguments);
     void MakeLine(DebugLineText& line, const wchar_t* moduleTag, int depth, unsigned processor, const wchar_t* format,
