@@ -1,5 +1,6 @@
 #include "core/base64.h"
 
+#include "core/base64_blocks.h"
 #include "core/char_string.h"
 
 #include <array>
@@ -63,7 +64,9 @@ public:
     // The common case: groups of four neighbouring symbols without padding. Gives the count of groups written.
     std::size_t ReadPlainGroups(unsigned char* bytes, std::size_t maxGroups)
     {
-        std::size_t groups = 0;
+        std::size_t groups = DecodeBase64Blocks(bytes, maxGroups, _at, static_cast<std::size_t>(_end - _at));
+        _at += groups * 4;
+        bytes += groups * 3;
         for (; groups < maxGroups && _end - _at >= 4; ++groups, _at += 4, bytes += 3)
         {
             const std::uint32_t a = ValueOf(_at[0]), b = ValueOf(_at[1]), c = ValueOf(_at[2]), d = ValueOf(_at[3]);
@@ -131,6 +134,10 @@ std::size_t Base64MostBytes(std::wstring_view text)
 void Base64EncodeTo(wchar_t* text, const void* data, std::size_t size)
 {
     const auto* bytes = static_cast<const unsigned char*>(data);
+    const std::size_t groups = EncodeBase64Blocks(text, bytes, size);
+    text += groups * 4;
+    bytes += groups * 3;
+    size -= groups * 3;
     for (; size >= 3; size -= 3, bytes += 3, text += 4)
     {
         const std::uint32_t bits = static_cast<std::uint32_t>(bytes[0]) << 16 | bytes[1] << 8 | bytes[2];

@@ -118,8 +118,8 @@ ByteBlock Inflated(const ZlibPart& part)
 // Size, tag and zlib stream; empty if compression failed.
 ByteBlock CompressedImage(const unsigned char* data, std::uint32_t size)
 {
-    // A tenth more than the data, and 64 bytes for the head and what zlib adds to a few bytes that don't compress. The
-    // 23 that other writers leave are too few for such data: they lose them. Readers don't see how much room there was.
+    // A tenth more than the data, and 64 bytes for the head and what zlib adds to a few bytes that don't compress: with
+    // 23, some texts of 19 bytes wouldn't fit, and be lost. Readers don't see how much room there was.
     ByteBlock image(std::size_t{size} + size / 10 + 64);
     StoreSize(image.data(), size);
     std::memcpy(image.data() + sizeFieldLength, tag, sizeof(tag));

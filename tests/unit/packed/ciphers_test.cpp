@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <random>
 #include <string>
@@ -156,6 +157,20 @@ TEST(Base64, ReadsLeniently)
         {L"\n \x2192", ""}};                 // no symbol
     for (const auto& c : cases)
         EXPECT_EQ(Decoded(c.text), c.bytes) << "of " << ::testing::PrintToString(c.text);
+}
+
+TEST(Base64, PassesOverAllOtherCharactersOfALongText)
+{
+    const std::string data = "thirty bytes, forty characters";
+    const String text = Base64Encode(data.data(), data.size());
+    for (unsigned c = 1; c < 0x10000; ++c)
+        if (c > 0x7F || (std::isalnum(static_cast<int>(c)) == 0 && !std::strchr("+/=", static_cast<int>(c))))
+        {
+            String changed = text.Left(c % 16);
+            changed.Append(static_cast<wchar_t>(c));
+            changed += text.Mid(c % 16);
+            ASSERT_EQ(Decoded(changed.Text()), data) << c;
+        }
 }
 
 TEST(Base64, TextEndsAtTheFirstZero)
