@@ -21,15 +21,14 @@ namespace
 // Stands for the standard error stream, where message boxes appear: whoever shows one waits until it is emptied.
 class FullStream
 {
+    static constexpr std::size_t filling = 4096;
+
 public:
     FullStream()
     {
         EXPECT_EQ(pipe2(_ends, O_CLOEXEC), 0);
-        EXPECT_EQ(fcntl(_ends[1], F_SETFL, O_NONBLOCK), 0);
-        const std::string filling(4096, '.');
-        while (write(_ends[1], filling.data(), filling.size()) > 0)
-            _filling += filling.size();
-        EXPECT_EQ(fcntl(_ends[1], F_SETFL, 0), 0);
+        EXPECT_EQ(fcntl(_ends[1], F_SETPIPE_SZ, static_cast<int>(filling)), static_cast<int>(filling));
+        EXPECT_EQ(write(_ends[1], std::string(filling, '.').data(), filling), static_cast<ssize_t>(filling));
         dup2(_ends[1], STDERR_FILENO);
         close(_ends[1]);
     }
@@ -43,7 +42,7 @@ public:
     // The next bytes of so many that were written to it.
     std::string Take(std::size_t count)
     {
-        std::string text(_filling + count, 0);
+        std::string text(filling + count, 0);
         for (std::size_t done = 0; done < text.size();)
         {
             const ssize_t part = read(_ends[0], text.data() + done, text.size() - done);
@@ -51,13 +50,12 @@ public:
                 return "(nothing)";
             done += static_cast<std::size_t>(part);
         }
-        return text.substr(_filling);
+        return text.substr(filling);
     }
 
 private:
     const int _before = dup(STDERR_FILENO);
     int _ends[2] = {-1, -1};
-    std::size_t _filling = 0;
 };
 
 } // namespace

@@ -56,6 +56,32 @@ TEST(ThreadEnd, AThreadThatHangs)
     }
 }
 
+#ifndef _WIN32 // the system ends a thread anywhere
+TEST(ThreadEnd, AThreadInACriticalSectionHasToLeaveItFirst)
+{
+    const LeaksAllowed leaksAllowed;
+    clsCriticalSection section;
+    clsEvent isInside, go;
+    TestThread thread(
+        [&](TestThread&)
+        {
+            const clsCriticalSectionLock lock(section);
+            isInside.Set();
+            return WaitForSingleObject(go.Get(), INFINITE);
+        });
+    ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+    ASSERT_EQ(WaitForSingleObject(isInside.Get(), patience), WAIT_OBJECT_0);
+    const UserIs developer(L"qvx");
+    const DebugLines lines;
+    EXPECT_EQ(thread.ThreadEnd(false, 50, true), 0);
+    EXPECT_EQ(lines.CountOf(L"' forced to exit! (UserMode: "), 1u);
+    EXPECT_FALSE(section.TryEnter());
+    go.Set();
+    section.Enter();
+    section.Leave();
+}
+#endif
+
 TEST(ThreadEnd, ASuspendedThread)
 {
     const LeaksAllowed leaksAllowed;
@@ -167,78 +193,46 @@ TEST(ThreadEnd, TheDestructorEndsWhatASubclassLeft)
             name.Text()));
 }
 
-// Starts, waits and ends from several threads at once. Of most use under the thread sanitizer.
-void FromFourThreads(int rounds, const std::function<void(int)>& call)
+// Starts, waits, ends and questions from several threads at once, of a thread that ends by itself and of one that
+// doesn't. Of most use under the thread sanitizer.
+TEST(ThreadRaces, WhoeverComesStartsAndEndsOneThread)
 {
-    std::vector<std::thread> callers;
-    for (int caller = 0; caller < 4; ++caller)
-        callers.emplace_back(
-            [&call, caller, rounds]
+    for (const bool isShort : {false, true})
+    {
+        std::atomic<int> running = 0, runs = 0;
+        TestThread thread(
+            [&](TestThread& self)
             {
-                for (int round = 0; round < rounds; ++round)
-                    call(round + caller);
+                EXPECT_EQ(++running, 1);
+                int result = 0;
+                while (self.WaitForEvents(isShort ? 1 : INFINITE, result, 0) && !isShort)
+                {
+                }
+                --running;
+                return static_cast<unsigned>(++runs);
             });
-    for (std::thread& caller : callers)
-        caller.join();
-}
-
-TEST(ThreadRaces, ManyStartAndEndOneThread)
-{
-    std::atomic<int> running = 0, runs = 0;
-    TestThread thread(
-        [&](TestThread& self)
-        {
-            EXPECT_EQ(++running, 1);
-            ++runs;
-            const unsigned code = UntilStopped(self);
-            --running;
-            return code;
-        });
-    FromFourThreads(50,
-        [&thread](int number)
-        {
-            EXPECT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
-            if (number % 3 == 0)
-                thread.GetThreadState();
-            EXPECT_EQ(thread.ThreadEnd(number % 2 == 0, INFINITE, false), 1);
-        });
-    thread.ThreadEnd(false, INFINITE, true);
-    EXPECT_EQ(thread.GetThreadState(), State::None);
-    EXPECT_EQ(running, 0);
-    EXPECT_GT(runs, 0);
-}
-
-// Threads that end by themselves, restarted, waited for and asked after by whoever comes.
-TEST(ThreadRaces, ShortLivesAreRestarted)
-{
-    std::atomic<int> running = 0, runs = 0;
-    clsEvent given;
-    given.Set();
-    TestThread thread(
-        [&](TestThread& self)
-        {
-            EXPECT_EQ(++running, 1);
-            int result = 0;
-            const bool goesOn = self.WaitForEvents(1, result, 1, given.Get());
-            EXPECT_EQ(result, goesOn ? 0 : clsThreadBase::stopRequested);
-            --running;
-            return static_cast<unsigned>(++runs);
-        },
-        L"Short");
-    FromFourThreads(60,
-        [&thread](int number)
-        {
-            if (number % 4 == 0)
-                thread.ThreadEnd(false, 0, false);
-            else if (number % 4 == 1)
-                thread.GetThreadState(), TheThreadNames().Find(thread.ThreadId());
-            else
-                EXPECT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
-        });
-    EXPECT_EQ(thread.ThreadEnd(false, INFINITE, false), 1);
-    EXPECT_EQ(running, 0);
-    EXPECT_GT(runs, 0);
-    EXPECT_EQ(thread.ExitCode(), static_cast<unsigned>(runs));
+        std::vector<std::thread> callers;
+        for (int caller = 0; caller < 4; ++caller)
+            callers.emplace_back(
+                [&thread, caller]
+                {
+                    for (int number = caller; number < 60 + caller; ++number)
+                    {
+                        EXPECT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+                        if (number % 3 == 0)
+                            thread.GetThreadState(), TheThreadNames().Find(thread.ThreadId());
+                        else
+                            EXPECT_EQ(thread.ThreadEnd(number % 2 == 0, number % 3 == 1 ? INFINITE : 0, false), 1);
+                    }
+                });
+        for (std::thread& caller : callers)
+            caller.join();
+        EXPECT_EQ(thread.ThreadEnd(false, INFINITE, false), 1);
+        EXPECT_EQ(thread.GetThreadState(), State::None);
+        EXPECT_EQ(running, 0);
+        EXPECT_GT(runs, 0);
+        EXPECT_EQ(thread.ExitCode(), static_cast<unsigned>(runs));
+    }
 }
 
 } // namespace
