@@ -138,35 +138,30 @@ TEST(VersionBlock, DamageStaysInTheBlock)
     std::vector<char> block(GetFileVersionInfoSizeW(program, &handle));
     ASSERT_GT(block.size(), 100u);
     ASSERT_TRUE(GetFileVersionInfoW(program, 0, static_cast<DWORD>(block.size()), block.data()));
-    const auto check = [](const std::vector<char>& damaged, bool isWhole)
+    const auto countFound = [](const std::vector<char>& damaged)
     {
+        int found = 0;
         for (const wchar_t* path : {L"\\", L"\\stringfileinfo\\040904B0\\CompanyName", L"\\VarFileInfo\\Translation"})
         {
-            void* value = nullptr;
+            void* value = const_cast<char*>(damaged.data());
             UINT length = 0;
-            const bool isFound = VerQueryValueW(damaged.data(), path, &value, &length);
-            EXPECT_TRUE(isFound || !isWhole);
-            if (!isFound)
-                continue;
+            found += VerQueryValueW(damaged.data(), path, &value, &length);
             const auto begin = static_cast<const char*>(value);
-            ASSERT_GE(begin, damaged.data());
-            ASSERT_LE(begin + length, damaged.data() + damaged.size());
+            EXPECT_TRUE(begin >= damaged.data() && begin + length <= damaged.data() + damaged.size());
         }
+        return found;
     };
-    check(block, true);
-    for (DWORD size = 2; size < block.size(); ++size)
-    {
-        std::vector<char> cut(size);
-        ASSERT_TRUE(GetFileVersionInfoW(program, 0, size, cut.data()));
-        check(cut, false);
-    }
+    EXPECT_EQ(countFound(block), 3);
     for (std::size_t at = 2; at < block.size(); ++at)
     {
+        std::vector<char> damaged(at);
+        ASSERT_TRUE(GetFileVersionInfoW(program, 0, static_cast<DWORD>(at), damaged.data()));
+        countFound(damaged);
         for (const char byte : {'\0', '\x7f', '\xff'})
         {
-            std::vector<char> changed = block;
-            changed[at] = byte;
-            check(changed, false);
+            damaged = block;
+            damaged[at] = byte;
+            countFound(damaged);
         }
     }
 }

@@ -37,12 +37,6 @@ constexpr ModuleSteps noted = {
     [] { Note("close"); },
 };
 
-constexpr ModuleSteps failing = {
-    [] { throw std::bad_alloc(); },
-    [] { throw 1; },
-    [] { Note("close"); },
-};
-
 class ModuleFrame : public testing::Test
 {
 protected:
@@ -82,10 +76,10 @@ TEST_F(ModuleFrame, StepsRunWhileTheLibraryIsKnown)
     EXPECT_EQ(LibraryHandle(), nullptr);
     DetachModule(noted); // nothing is left to do
     EXPECT_EQ(done, "start with the library, report with the library, close with the library, ");
-}
 
-TEST_F(ModuleFrame, AStepThatFailsKeepsNoneOfTheNext)
-{
+    // One that fails keeps none of the next from being done.
+    done.clear();
+    const ModuleSteps failing = {[] { throw std::bad_alloc(); }, [] { throw 1; }, noted.closeChannels};
     AttachModule(GetModuleHandleW(nullptr), failing);
     DetachModule(failing);
     EXPECT_EQ(done, "close with the library, ");

@@ -35,11 +35,11 @@ TEST(ThreadBase, LifeFromStartToEndAndAgain)
     }
 }
 
-TEST(ThreadBase, StartAfterTheThreadHasExited)
+TEST(ThreadBase, AThreadThatHasExitedCanBeStartedAgain)
 {
     std::atomic<unsigned> runs = 0;
     TestThread thread([&runs](TestThread&) { return ++runs; });
-    for (unsigned round = 1; round <= 2; ++round)
+    for (int round = 0; round < 2; ++round)
     {
         ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
         ASSERT_TRUE(WaitUntil([&] { return thread.GetThreadState() == State::Exited; }));

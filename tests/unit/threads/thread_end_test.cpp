@@ -133,35 +133,6 @@ TEST(ThreadEnd, WhileAnotherEndWaits)
     EXPECT_EQ(thread.ExitCode(), 3u);
 }
 
-// What is dispatched or called while a thread waits for the end may end the same object.
-TEST(ThreadEnd, NestedInItself)
-{
-    struct Nested : TestThread
-    {
-        using TestThread::TestThread;
-        bool EndPumpsMessages() const override
-        {
-            if (++depth < 4)
-                inner += const_cast<Nested*>(this)->ThreadEnd(false, INFINITE, true);
-            isAwaited = true;
-            return true;
-        }
-        mutable int depth = 0, inner = 0;
-        mutable std::atomic<bool> isAwaited = false;
-    };
-    Nested thread(
-        [&thread](TestThread& self)
-        {
-            const unsigned code = UntilStopped(self);
-            return WaitUntil([&] { return thread.isAwaited.load(); }) ? code : 0;
-        });
-    ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
-    EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
-    EXPECT_EQ(thread.depth, 1); // the inner call didn't come as far as to wait
-    EXPECT_EQ(thread.inner, 1);
-    EXPECT_EQ(thread.ExitCode(), 7u);
-}
-
 TEST(ThreadEnd, TheDestructorEndsWhatASubclassLeft)
 {
     struct Careless : clsThreadBase
