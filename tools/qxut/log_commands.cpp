@@ -176,7 +176,8 @@ void ShowLines(const Options& options, const std::string& path)
     const std::filesystem::path file = std::filesystem::u8path(path);
     std::error_code error;
     if (!options.follow && !std::filesystem::is_regular_file(file, error))
-        throw Failure(kCannotRead, path + ": there is no such file");
+        throw Failure(
+            kCannotRead, path + (std::filesystem::exists(file, error) ? ": it is no file" : ": there is no such file"));
     const size_t before = options.follow && !options.show ? kLinesBeforeFollowing : LogReader::kAll;
     LogReader reader(file, options.last != LogReader::kAll ? options.last : before);
     const Printer printer(options);
@@ -210,7 +211,8 @@ void AddLogCommands(CLI::App& program)
     log.require_subcommand(0, 1);
     log.add_flag("--show", options->show, "print the lines of the log");
     log.add_flag("--follow", options->follow, "print the last lines, and then each new one as it comes");
-    log.add_option("--last", options->last, "begin with so many lines of those that are there");
+    log.add_option("--last", options->last, "begin with so many lines of those that are there")
+        ->check(CLI::NonNegativeNumber);
     log.add_option("--file", options->file, "look at this file, whatever the settings say");
     log.add_option("--seconds", options->seconds, "with --follow: end after so many seconds");
     log.add_option("--colour,--color", options->colour, "auto (on a terminal), always or never")
@@ -226,7 +228,8 @@ void AddLogCommands(CLI::App& program)
 
     CLI::App& on = *log.add_subcommand("on", "switch the log on for all processes that start from now on");
     on.add_option("FILE", options->newName, "the file; a name without a folder stands for one in the temp folder")
-        ->required();
+        ->required()
+        ->check([](const std::string& name) { return std::string(name.empty() ? "a file needs a name" : ""); });
     on.add_flag("--flush", options->flush, "write each line through to the disk");
     on.callback([options] { WriteLogSetting(SettingOf(options->newName), options->flush); });
     CLI::App& off = *log.add_subcommand("off", "switch the log off");

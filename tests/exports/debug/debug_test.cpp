@@ -1,4 +1,5 @@
 // The debug output of the library as a program that loads it has it: through the log file that the settings name.
+#include "core/module_paths.h"
 #include "support/log_lines.h"
 #include "support/peer_process.h"
 #include "support/temp_folder.h"
@@ -64,11 +65,8 @@ TEST_F(DebugExports, TheProcessIsOpenedAndClosed)
     ASSERT_EQ(Run(L"twice"), 0);
     const std::vector<std::string> lines = LogLines(log);
     ASSERT_EQ(lines.size(), 4u);
-    wchar_t own[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, own, MAX_PATH);
-    String directory = String(own).Upper();
-    const String file = directory.View().substr(directory.View().find_last_of(L"\\/") + 1).data();
-    const std::string folderText(directory.Left(directory.Length() - file.Length()).NarrowText());
+    String own = ProcessPaths().directory; // that of the peer and of the library too
+    const std::string folderText(own.NarrowText());
     for (const std::size_t i : {0, 1, 2, 3})
     {
         const std::string rest = Parse(lines[i]).rest;

@@ -2,6 +2,7 @@
 
 #include "core/regex.h"
 #include "files/file_finder.h"
+#include "files/file_time.h"
 #include "files/folder_tokens.h"
 #include "files/path_separator.h"
 #include "files/temp_files.h"
@@ -35,8 +36,7 @@ void MakeOldFile(const String& path, unsigned days)
 {
     FILETIME now;
     GetSystemTimeAsFileTime(&now);
-    const ULONGLONG time = (ULONGLONG{now.dwHighDateTime} << 32 | now.dwLowDateTime) - 864'000'000'000ULL * days;
-    const FILETIME then{static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
+    const FILETIME then = FileTimeOf(UnitsOf(now) - 24 * unitsPerHour * days);
     const HANDLE file = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
     DWORD written = 0;
     WriteFile(file, "old", 3, &written, nullptr);

@@ -1,6 +1,7 @@
 // Start, state, names, and the wait of the thread itself.
 #include "threads_support.h"
 
+#include "core/module_paths.h"
 #include "core/thread_names.h"
 
 #include <cstring>
@@ -60,12 +61,7 @@ TEST(ThreadBase, NamesInTheObjectAndInTheDictionary)
             return UntilStopped(self);
         },
         L"Work::er");
-    // The library of a test is the program itself.
-    wchar_t path[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    const std::wstring_view program = std::wstring_view(path).substr(std::wstring_view(path).find_last_of(L"\\/") + 1);
-    const String base = String(program.substr(0, program.find(L'.'))).Upper();
-    EXPECT_STREQ(String(String::formatted, L"%hs", thread.Name()).Text(), (base + L"::Work::er").Text());
+    EXPECT_STREQ(String(String::formatted, L"%hs", thread.Name()), LibraryPaths().baseName + L"::Work::er");
     ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
     const unsigned id = thread.ThreadId();
     thread.ThreadEnd(false, INFINITE, true);
@@ -183,13 +179,8 @@ TEST(ThreadBase, KindsOfWaits)
 #if !defined(_WIN32) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // memory can be bounded
 TEST(ThreadBase, AStartThatFails)
 {
-    struct Huge : TestThread
-    {
-        Huge() : TestThread(&UntilStopped, L"Huge") {}
-        unsigned GetStackSize() const override { return stackSize; }
-        unsigned stackSize = 0xFFFFF000;
-    };
-    Huge thread;
+    TestThread thread(&UntilStopped);
+    thread.stackSize = 0xFFFFF000;
     const DebugLines lines;
     {
         const MemoryBound bound(1 << 30);

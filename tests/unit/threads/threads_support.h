@@ -34,10 +34,12 @@ public:
     ~TestThread() override { ThreadEnd(false, INFINITE, true); }
 
     unsigned ThreadProc() override { return _body(*this); }
+    unsigned GetStackSize() const override { return stackSize; }
     bool WaitsPumpMessages() const override { return waitsPump; }
     bool EndPumpsMessages() const override { return endPumps; }
     bool WaitsAlertable() const override { return waitsAlertable; }
 
+    unsigned stackSize = 0x4000;
     bool waitsPump = false;
     bool endPumps = true;
     bool waitsAlertable = false;
