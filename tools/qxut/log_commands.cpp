@@ -53,6 +53,12 @@ std::string SettingOf(const std::string& name)
     return {path.begin(), path.end()};
 }
 
+// For a check of the command line, which passes by an empty text.
+std::string RefusedIf(bool isRefused, const char* reason)
+{
+    return isRefused ? reason : "";
+}
+
 void TellWhere(const LogSetting& setting, bool asJson)
 {
     std::error_code error;
@@ -212,7 +218,8 @@ void AddLogCommands(CLI::App& program)
     log.add_flag("--show", options->show, "print the lines of the log");
     log.add_flag("--follow", options->follow, "print the last lines, and then each new one as it comes");
     log.add_option("--last", options->last, "begin with so many lines of those that are there")
-        ->check(CLI::NonNegativeNumber);
+        ->check(
+            [](const std::string& count) { return RefusedIf(count.starts_with('-'), "there are no fewer than 0"); });
     log.add_option("--file", options->file, "look at this file, whatever the settings say");
     log.add_option("--seconds", options->seconds, "with --follow: end after so many seconds");
     log.add_option("--colour,--color", options->colour, "auto (on a terminal), always or never")
@@ -229,7 +236,7 @@ void AddLogCommands(CLI::App& program)
     CLI::App& on = *log.add_subcommand("on", "switch the log on for all processes that start from now on");
     on.add_option("FILE", options->newName, "the file; a name without a folder stands for one in the temp folder")
         ->required()
-        ->check([](const std::string& name) { return std::string(name.empty() ? "a file needs a name" : ""); });
+        ->check([](const std::string& name) { return RefusedIf(name.empty(), "a file needs a name"); });
     on.add_flag("--flush", options->flush, "write each line through to the disk");
     on.callback([options] { WriteLogSetting(SettingOf(options->newName), options->flush); });
     CLI::App& off = *log.add_subcommand("off", "switch the log off");
