@@ -33,11 +33,6 @@ std::string Ascii(std::wstring_view text)
     return ascii;
 }
 
-std::string KeyText(LPCWSTR key)
-{
-    return IS_INTRESOURCE(key) ? std::to_string(reinterpret_cast<UINT_PTR>(key)) : Ascii(key);
-}
-
 std::string BytesOf(HRSRC resource)
 {
     const HGLOBAL loaded = LoadResource(nullptr, resource);
@@ -98,34 +93,6 @@ TEST(Resources, Languages)
         {300, LANG_NEUTRAL, "french"}, {300, LANG_USER_DEFAULT, "french"}, {500, ENGLISH, "error 1814"}};
     for (const Case& row : CASES)
         EXPECT_EQ(Chosen(row.id, row.language), row.text) << row.id << ' ' << row.language;
-}
-
-// All resources as "type/name/language", in the order in which they are told.
-BOOL CALLBACK AddLanguage(HMODULE, LPCWSTR type, LPCWSTR name, WORD language, LONG_PTR listing)
-{
-    char cell[16];
-    std::snprintf(cell, sizeof cell, "/%x\n", language);
-    *reinterpret_cast<std::string*>(listing) += KeyText(type) + '/' + KeyText(name) + cell;
-    return TRUE;
-}
-
-BOOL CALLBACK AddName(HMODULE module, LPCWSTR type, LPWSTR name, LONG_PTR listing)
-{
-    return EnumResourceLanguagesW(module, type, name, AddLanguage, listing);
-}
-
-// Stops behind the type with the number 10.
-BOOL CALLBACK AddType(HMODULE module, LPWSTR type, LONG_PTR listing)
-{
-    EXPECT_TRUE(EnumResourceNamesW(module, type, AddName, listing));
-    return type != RT_RCDATA;
-}
-
-TEST(Resources, Enumeration)
-{
-    std::string some;
-    EXPECT_FALSE(EnumResourceTypesW(nullptr, AddType, reinterpret_cast<LONG_PTR>(&some)));
-    EXPECT_EQ(some, "MYTYPE/FIRST/0\nMYTYPE/3/0\n6/7/407\n6/7/409\n6/13/7\n6/19/40c\n6/26/0\n10/NAMED/0\n10/7/0\n");
 }
 
 #ifndef _WIN32
