@@ -127,8 +127,8 @@ Base64Decoded ReadLastGroup(GroupReader& reader, unsigned char* bytes, std::size
 
 std::size_t Base64MostBytes(std::wstring_view text)
 {
-    const std::size_t padding = text.ends_with(L"==") ? 2 : text.ends_with(L"=") ? 1 : 0;
-    return text.size() % 4 == 0 && !text.empty() ? text.size() / 4 * 3 - padding : (text.size() + 3) / 4 * 3;
+    const std::size_t padded = text.ends_with(L"==") ? 2 : text.ends_with(L"=") ? 1 : 0;
+    return text.size() % 4 == 0 && !text.empty() ? text.size() / 4 * 3 - padded : (text.size() + 3) / 4 * 3;
 }
 
 void Base64EncodeTo(wchar_t* text, const void* data, std::size_t size)

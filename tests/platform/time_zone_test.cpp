@@ -54,21 +54,10 @@ TEST(TimeZones, TheUsersZoneAndItsInformationAgree)
 
 #ifndef _WIN32
 // Wine reads TZ once, at the start of the process.
-class UsersZone : public testing::Test
+void SetZone(const char* zone)
 {
-protected:
-    static void Set(const char* zone) { setenv("TZ", zone, 1); }
-    ~UsersZone() override
-    {
-        if (_before.empty())
-            unsetenv("TZ");
-        else
-            Set(_before.c_str());
-    }
-
-private:
-    const std::string _before = std::getenv("TZ") != nullptr ? std::getenv("TZ") : "";
-};
+    setenv("TZ", zone, 1);
+}
 
 SYSTEMTIME Time(const char* text)
 {
@@ -97,7 +86,7 @@ std::string RuleText(const SYSTEMTIME& rule)
     return std::to_string(rule.wMonth) + '/' + std::to_string(rule.wDay) + ' ' + std::to_string(rule.wHour);
 }
 
-TEST_F(UsersZone, RulesOfKnownZones)
+TEST(UsersZone, RulesOfKnownZones)
 {
     struct
     {
@@ -115,7 +104,7 @@ TEST_F(UsersZone, RulesOfKnownZones)
     TIME_ZONE_INFORMATION zone;
     for (const auto& row : CASES)
     {
-        Set(row.name);
+        SetZone(row.name);
         EXPECT_EQ(GetTimeZoneInformation(&zone) == TIME_ZONE_ID_UNKNOWN, row.toDaylight[0] == '-') << row.name;
         EXPECT_EQ(zone.Bias, row.bias) << row.name;
         EXPECT_EQ(zone.StandardBias, 0) << row.name;
@@ -131,7 +120,7 @@ TEST_F(UsersZone, RulesOfKnownZones)
 }
 
 // The user's zone has its past too, from 1970 on; before, the standard time of that year.
-TEST_F(UsersZone, TimesOfThePast)
+TEST(UsersZone, TimesOfThePast)
 {
     struct
     {
@@ -166,7 +155,7 @@ TEST_F(UsersZone, TimesOfThePast)
         {"Asia/Kolkata", ToLocal, "1601-01-01 00:00", "1601-01-01 05:30"}};
     for (const auto& row : CASES)
     {
-        Set(row.zone);
+        SetZone(row.zone);
         EXPECT_EQ(Converted(row.convert, nullptr, row.time), row.result) << row.zone << ' ' << row.time;
     }
 }
