@@ -286,8 +286,9 @@ TEST(FilesAttributes, Times)
     FILETIME creation, access;
     EXPECT_TRUE(GetFileTime(file, &creation, &access, &write));
     EXPECT_EQ(CompareFileTime(&write, &old), 0);
-    for (const FILETIME& time : {creation, access})
-        EXPECT_NEAR(seconds(time), seconds(now), 5);
+    EXPECT_NEAR(seconds(access), seconds(now), 5);
+    if (isLayer) // Wine gives the last write
+        EXPECT_NEAR(seconds(creation), seconds(now), 5);
     EXPECT_TRUE(WriteBytes(file, "new"));
     EXPECT_TRUE(GetFileTime(file, nullptr, nullptr, &write));
     EXPECT_NEAR(seconds(write), seconds(now), 5) << "writing moves it";
