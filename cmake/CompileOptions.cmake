@@ -63,3 +63,24 @@ if(QXUT_BUILD_FUZZERS)
 else()
     set(QX_NO_UNDEFINED LINKER:--no-undefined)
 endif()
+
+# Headers take most of a compiler's time. Where no single file is going to be compiled again, those of a folder are
+# compiled as one unit; names that are local to a file are therefore unique within its folder. The target linux
+# compiles each file for itself, and so shows whether it includes what it needs.
+option(QXUT_COMPILE_FOLDERS "Compile the files of a folder as one unit" OFF)
+
+# qx_compile_folders(target): to be called when the target has all of its sources.
+function(qx_compile_folders target)
+    if(NOT QXUT_COMPILE_FOLDERS)
+        return()
+    endif()
+    get_target_property(sources ${target} SOURCES)
+    get_target_property(base ${target} SOURCE_DIR)
+    foreach(source ${sources})
+        cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY "${base}")
+        cmake_path(GET source PARENT_PATH folder)
+        cmake_path(GET folder FILENAME folder)
+        set_source_files_properties("${source}" TARGET_DIRECTORY ${target} PROPERTIES UNITY_GROUP ${folder})
+    endforeach()
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+endfunction()

@@ -1,20 +1,16 @@
 #include "core/flat_text.h"
 
+#include "core/characters.h"
+
 #include <wchar.h>
 
 #include <algorithm>
-#include <cstring>
 
 namespace qx
 {
 
 namespace
 {
-
-void Move(wchar_t* to, const wchar_t* from, std::size_t count)
-{
-    std::memmove(to, from, count * sizeof(wchar_t));
-}
 
 std::size_t ClippedCount(std::int32_t count, std::size_t available)
 {
@@ -46,7 +42,7 @@ void CopyText(wchar_t* target, const wchar_t* source)
         return;
     const std::size_t length = TextLength(source);
     if (length > 0)
-        Move(target, source, length);
+        MoveCharacters(target, source, length);
     target[length] = 0;
 }
 
@@ -62,7 +58,7 @@ void CopyTextBounded(wchar_t* target, const wchar_t* source, std::size_t size)
         return;
     const std::size_t length = source ? wcsnlen(source, size - 1) : 0;
     if (length > 0)
-        Move(target, source, length);
+        MoveCharacters(target, source, length);
     target[length] = 0;
 }
 
@@ -94,9 +90,9 @@ void ReplaceInText(wchar_t* text, std::int32_t pos, std::int32_t count, const wc
     const std::size_t behind = length - (static_cast<std::size_t>(pos) - 1);
     const std::size_t removed = ClippedCount(count, behind);
     const std::size_t inserted = TextLength(insert);
-    Move(place + inserted, place + removed, behind - removed + 1);
+    MoveCharacters(place + inserted, place + removed, behind - removed + 1);
     if (inserted > 0)
-        Move(place, insert, inserted);
+        MoveCharacters(place, insert, inserted);
 }
 
 void KeepPartOfText(wchar_t* text, std::int32_t pos, std::int32_t count)
@@ -108,7 +104,7 @@ void KeepPartOfText(wchar_t* text, std::int32_t pos, std::int32_t count)
     const bool outside = pos == 0 || start < 0 || start >= length;
     const std::size_t kept = outside ? 0 : ClippedCount(count, static_cast<std::size_t>(length - start));
     if (kept > 0)
-        Move(text, text + start, kept);
+        MoveCharacters(text, text + start, kept);
     text[kept] = 0;
 }
 

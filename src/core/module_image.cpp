@@ -163,13 +163,13 @@ private:
 };
 
 constexpr std::uint32_t versionType = 16;
-constexpr std::uint32_t versionName = 1;
+constexpr std::uint32_t versionNumber = 1;
 
 // The directory of the version block's languages.
 std::optional<Directory> Languages(const ModuleImage& image, std::uint32_t resources)
 {
     const auto names = Directory(image, resources, 0).Below(versionType);
-    return names && names->NumberedCount() == 1 ? names->Below(versionName) : std::nullopt;
+    return names && names->NumberedCount() == 1 ? names->Below(versionNumber) : std::nullopt;
 }
 
 } // namespace

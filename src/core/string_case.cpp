@@ -17,7 +17,7 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t stackCharacters = 200;
+constexpr std::size_t mappedOnStack = 200;
 
 bool DecideForMapStringEx()
 {
@@ -59,10 +59,10 @@ void String::LCMapString(unsigned flags, unsigned locale)
     if (result > 0)
     {
         const auto size = static_cast<std::size_t>(result);
-        wchar_t stack[stackCharacters];
+        wchar_t stack[mappedOnStack];
         std::unique_ptr<wchar_t[]> heap;
         wchar_t* target = stack;
-        if (size > stackCharacters)
+        if (size > mappedOnStack)
         {
             heap = std::make_unique_for_overwrite<wchar_t[]>(size);
             target = heap.get();

@@ -1,7 +1,7 @@
+#include "core/characters.h"
 #include "core/string.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string_view>
 
 namespace qx
@@ -11,11 +11,6 @@ namespace
 {
 
 constexpr int mostReplacements = 0x7FFFFFFE;
-
-void Move(wchar_t* to, const wchar_t* from, std::size_t count)
-{
-    std::memmove(to, from, count * sizeof(wchar_t));
-}
 
 } // namespace
 
@@ -46,7 +41,7 @@ void String::Append(const wchar_t* text, std::size_t count)
     const std::size_t offset = own ? static_cast<std::size_t>(text - begin) : 0;
 
     Reserve(StringRecord::CapacityFor(_length + count));
-    Move(_record->text + _length, own ? _record->text + offset : text, count);
+    MoveCharacters(_record->text + _length, own ? _record->text + offset : text, count);
     SetLength(_length + count);
 }
 
@@ -98,8 +93,8 @@ void String::Insert(std::size_t pos, const String& s)
     const String source(s); // this string itself may be inserted
     Reserve(StringRecord::CapacityFor(_length + source._length));
     wchar_t* place = _record->text + pos;
-    Move(place + source._length, place, _length - pos);
-    Move(place, source.Text(), source._length);
+    MoveCharacters(place + source._length, place, _length - pos);
+    MoveCharacters(place, source.Text(), source._length);
     SetLength(_length + source._length);
 }
 
@@ -109,7 +104,7 @@ void String::Delete(std::size_t pos, std::size_t count)
         return;
     count = std::min(count, _length - pos);
     MakeUnique(true);
-    Move(_record->text + pos, _record->text + pos + count, _length - pos - count);
+    MoveCharacters(_record->text + pos, _record->text + pos + count, _length - pos - count);
     SetLength(_length - count);
 }
 
@@ -156,20 +151,20 @@ int String::Replace(const String& from, const String& to)
     // never overtakes what is still to be read.
     wchar_t* const text = _record->text;
     const std::size_t shift = length > _length ? length - _length : 0;
-    Move(text + shift, text, _length);
+    MoveCharacters(text + shift, text, _length);
     const std::wstring_view source(text + shift, _length);
     wchar_t* out = text;
     std::size_t read = 0;
     for (std::size_t hit = 0; hit < hits; ++hit)
     {
         const std::size_t at = source.find(needle.View(), read);
-        Move(out, source.data() + read, at - read);
+        MoveCharacters(out, source.data() + read, at - read);
         out += at - read;
-        Move(out, insert.Text(), insert._length);
+        MoveCharacters(out, insert.Text(), insert._length);
         out += insert._length;
         read = at + needle._length;
     }
-    Move(out, source.data() + read, source.size() - read);
+    MoveCharacters(out, source.data() + read, source.size() - read);
     SetLength(length);
     return replacements;
 }

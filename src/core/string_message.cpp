@@ -17,7 +17,7 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t stackCharacters = 100;
+constexpr std::size_t formattedOnStack = 100;
 constexpr unsigned short english = 9;
 constexpr unsigned short german = 7;
 
@@ -115,10 +115,10 @@ int String::FormatV(const wchar_t* format, va_list arguments)
         Assign(L"<printf format error>");
         return 0;
     }
-    if (*estimate < stackCharacters)
+    if (*estimate < formattedOnStack)
     {
-        wchar_t buffer[stackCharacters];
-        FormatBounded(buffer, stackCharacters, format, arguments);
+        wchar_t buffer[formattedOnStack];
+        FormatBounded(buffer, formattedOnStack, format, arguments);
         Assign(buffer);
         return 0;
     }

@@ -18,20 +18,15 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t pathLength = 260;
+constexpr std::size_t commonLength = 260;
 constexpr unsigned maxTries = 0xFFFFF;
 constexpr unsigned maxDeniedTries = 1000;
 constexpr double staleDays = 7.0;
 
-bool IsSeparator(wchar_t c)
-{
-    return c == L'\\' || c == L'/';
-}
-
 String WithoutTrailingSeparators(String path)
 {
     std::size_t length = path.Length();
-    while (length > 0 && IsSeparator(path.CharAt(length - 1)))
+    while (EndsInPathSeparator(path.View().substr(0, length)))
         --length;
     return path.Left(length);
 }
@@ -41,7 +36,7 @@ template <class Call>
 String TextFrom(Call call)
 {
     String text;
-    DWORD room = static_cast<DWORD>(pathLength);
+    DWORD room = static_cast<DWORD>(commonLength);
     DWORD length = call(text.GetBuffer(room), room);
     if (length >= room)
     {
@@ -59,7 +54,7 @@ String AskTempFolder(bool longNames)
     if (folder.IsEmpty())
     {
         folder = TextFrom([](wchar_t* buffer, DWORD room) { return GetEnvironmentVariableW(L"TEMP", buffer, room); });
-        if (!folder.IsEmpty() && !IsSeparator(folder.CharAt(folder.Length() - 1)))
+        if (!folder.IsEmpty() && !EndsInPathSeparator(folder.View()))
             folder += PATH_SEPARATOR;
     }
     if (longNames && !folder.IsEmpty())

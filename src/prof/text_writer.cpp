@@ -1,3 +1,4 @@
+#include "core/characters.h"
 #include "prof/indent.h"
 #include "prof/output.h"
 #include "prof/text_form.h"
@@ -12,12 +13,6 @@ namespace qx
 
 namespace
 {
-
-wchar_t* Copy(wchar_t* out, std::wstring_view text)
-{
-    memcpy(out, text.data(), text.size() * sizeof(wchar_t));
-    return out + text.size();
-}
 
 wchar_t EncodedInValue(wchar_t c)
 {
@@ -42,13 +37,13 @@ wchar_t EncodedInName(wchar_t c)
 wchar_t* CopyName(wchar_t* out, const scProfText& name)
 {
     const std::wstring_view text = name.View();
-    return name.isPlain ? Copy(out, text) : std::transform(text.begin(), text.end(), out, EncodedInName);
+    return name.isPlain ? CopyCharacters(out, text) : std::transform(text.begin(), text.end(), out, EncodedInName);
 }
 
 wchar_t* CopyValue(wchar_t* out, std::wstring_view value)
 {
     return HasControlCharacter(value) ? std::transform(value.begin(), value.end(), out, EncodedInValue)
-                                      : Copy(out, value);
+                                      : CopyCharacters(out, value);
 }
 
 // A list that is being written: what comes next of it, and the indent of its items.
@@ -86,9 +81,9 @@ private:
     {
         const clsIndent<wchar_t> head(level);
         wchar_t* out = _output.Reserve(head.View().size() + list.Name().length + 4);
-        out = Copy(out, head.View());
+        out = CopyCharacters(out, head.View());
         *out++ = L'[';
-        out = Copy(out, list.Name().View());
+        out = CopyCharacters(out, list.Name().View());
         *out++ = L']';
         EndLine(out);
 
@@ -105,7 +100,7 @@ private:
             if (item.List() != nullptr)
                 return item.List();
             wchar_t* out = _output.Reserve(indent.size() + item.Name().length + item.Value().size() + 3);
-            out = Copy(out, indent);
+            out = CopyCharacters(out, indent);
             out = CopyName(out, item.Name());
             *out++ = L'=';
             out = CopyValue(out, item.Value());
@@ -116,7 +111,7 @@ private:
 
     void WriteLine(std::wstring_view indent, std::wstring_view text)
     {
-        EndLine(Copy(Copy(_output.Reserve(indent.size() + text.size() + 2), indent), text));
+        EndLine(CopyCharacters(CopyCharacters(_output.Reserve(indent.size() + text.size() + 2), indent), text));
     }
 
     void EndLine(wchar_t* out)

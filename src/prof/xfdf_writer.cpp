@@ -19,10 +19,10 @@ namespace
 constexpr std::string_view kHead = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
                                    "<xfdf xmlns=\"http://ns.adobe.com/xfdf/\" xml:space=\"preserve\">\r\n"
                                    "<fields>\r\n";
-constexpr std::string_view kFileEnd = "</fields>\r\n</xfdf>\r\n";
+constexpr std::string_view kXfdfFileEnd = "</fields>\r\n</xfdf>\r\n";
 
 constexpr std::string_view kField = "<field name=\"";
-constexpr std::string_view kNameEnd = "\">\r\n";
+constexpr std::string_view kXfdfNameEnd = "\">\r\n";
 constexpr std::string_view kValue = " <value>";
 constexpr std::string_view kValueEnd = "</value>\r\n";
 constexpr std::string_view kFieldEnd = "</field>\r\n";
@@ -167,7 +167,7 @@ private:
         Write(_indent.View());
         Write(kField);
         WriteMasked(name);
-        Write(kNameEnd);
+        Write(kXfdfNameEnd);
     }
 
     void EndField()
@@ -204,7 +204,7 @@ bool WriteXfdfFile(clsProfOutput& output, const clsItemList& root)
     clsXfdfWriter writer(output, kRootLevel);
     writer.Write(kHead);
     WalkTree(root, kRootLevel, writer);
-    writer.Write(kFileEnd);
+    writer.Write(kXfdfFileEnd);
     return writer.NameCharacters() <= MostXfdfNameCharacters(output.Bytes());
 }
 

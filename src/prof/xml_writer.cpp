@@ -1,11 +1,10 @@
 #include "prof/xml_form.h"
 
+#include "core/characters.h"
 #include "prof/indent.h"
 #include "prof/mask.h"
 #include "prof/output.h"
 #include "prof/tree_walk.h"
-
-#include <cstring>
 
 namespace qx
 {
@@ -28,20 +27,14 @@ constexpr std::wstring_view kHeadBehindFirstLine =
     L"   <!ATTLIST item xml:space (default|preserve) \"preserve\"> ]>\r\n"
     L"<!-- DATA -->\r\n"
     L"<profile>\r\n";
-constexpr std::wstring_view kFileEnd = L"</profile>\r\n";
+constexpr std::wstring_view kXmlFileEnd = L"</profile>\r\n";
 
 constexpr std::wstring_view kItem = L"<item name=\"";
 constexpr std::wstring_view kItemEnd = L"</item>\r\n";
 constexpr std::wstring_view kList = L"<list name=\"";
 constexpr std::wstring_view kListEnd = L"</list>\r\n";
-constexpr std::wstring_view kNameEnd = L"\">";
+constexpr std::wstring_view kXmlNameEnd = L"\">";
 constexpr std::wstring_view kLineEnd = L"\r\n";
-
-wchar_t* Copy(wchar_t* out, std::wstring_view text)
-{
-    memcpy(out, text.data(), text.size() * sizeof(wchar_t));
-    return out + text.size();
-}
 
 // A text on its way into the markup. Most have nothing to mask and are copied as they are.
 class clsMaskedText
@@ -52,7 +45,7 @@ public:
     size_t Length() const { return _length; }
     wchar_t* CopyTo(wchar_t* out) const
     {
-        return _length == _text.size() ? Copy(out, _text) : clsProfMask::Mask(out, _text);
+        return _length == _text.size() ? CopyCharacters(out, _text) : clsProfMask::Mask(out, _text);
     }
 
 private:
@@ -65,7 +58,7 @@ class clsXmlWriter
 public:
     clsXmlWriter(clsProfOutput& output, uint32_t level) : _output(output), _indent(level) {}
 
-    void Write(std::wstring_view text) { _output.SetUsed(Copy(_output.Reserve(text.size()), text)); }
+    void Write(std::wstring_view text) { _output.SetUsed(CopyCharacters(_output.Reserve(text.size()), text)); }
 
     // The calls of a walk through the tree.
     void Leaf(const clsItem& item, uint32_t)
@@ -74,10 +67,10 @@ public:
         const clsMaskedText name(item.Name().View());
         const clsMaskedText value(item.Value());
         wchar_t* out = _output.Reserve(
-            indent.size() + kItem.size() + name.Length() + kNameEnd.size() + value.Length() + kItemEnd.size());
-        out = Copy(Copy(out, indent), kItem);
-        out = Copy(name.CopyTo(out), kNameEnd);
-        out = Copy(value.CopyTo(out), kItemEnd);
+            indent.size() + kItem.size() + name.Length() + kXmlNameEnd.size() + value.Length() + kItemEnd.size());
+        out = CopyCharacters(CopyCharacters(out, indent), kItem);
+        out = CopyCharacters(name.CopyTo(out), kXmlNameEnd);
+        out = CopyCharacters(value.CopyTo(out), kItemEnd);
         _output.SetUsed(out);
     }
 
@@ -87,7 +80,7 @@ public:
         Write(_indent.View());
         Write(kList);
         _output.SetUsed(name.CopyTo(_output.Reserve(name.Length())));
-        Write(kNameEnd);
+        Write(kXmlNameEnd);
         Write(kLineEnd);
         _indent = clsIndent<wchar_t>(level + 1);
     }
@@ -114,7 +107,7 @@ void WriteXmlFile(clsProfOutput& output, const clsItemList& root)
     writer.Write(kXmlFirstLine);
     writer.Write(kHeadBehindFirstLine);
     WriteXmlObject(output, root, kRootLevel);
-    writer.Write(kFileEnd);
+    writer.Write(kXmlFileEnd);
 }
 
 void WriteXmlObject(clsProfOutput& output, const clsItemList& root, uint32_t level)

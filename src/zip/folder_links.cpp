@@ -1,6 +1,7 @@
 #include "zip/folder_links.h"
 
 #include "files/handle_holder.h"
+#include "files/path_separator.h"
 
 #include <windows.h>
 
@@ -33,11 +34,6 @@ std::optional<FolderId> IdOf(const String& path)
     return FolderId{info.dwVolumeSerialNumber, info.nFileIndexHigh, info.nFileIndexLow};
 }
 
-bool IsSeparator(wchar_t c)
-{
-    return c == L'\\' || c == L'/';
-}
-
 } // namespace
 
 bool LeadsBack(const String& link, const String& folder)
@@ -48,7 +44,7 @@ bool LeadsBack(const String& link, const String& folder)
     if (IdOf(folder) == target)
         return true;
     for (std::size_t i = folder.Length(); i > 0; --i)
-        if (IsSeparator(folder.CharAt(i - 1)) && IdOf(folder.Left(i)) == target)
+        if (IsPathSeparator(folder.CharAt(i - 1)) && IdOf(folder.Left(i)) == target)
             return true;
     return false;
 }

@@ -2,6 +2,7 @@
 
 #include "core/module.h"
 #include "files/name_check.h"
+#include "files/path_separator.h"
 #include "zip/names.h"
 #include "zip/records.h"
 
@@ -63,11 +64,6 @@ std::string_view UnicodePath(std::string_view name, std::string_view extra)
     return Number(field, 1, 4) == crc ? field.substr(unicodePathHead) : std::string_view();
 }
 
-bool IsSeparator(wchar_t c)
-{
-    return c == L'\\' || c == L'/';
-}
-
 // A device's name is one in any case. A colon begins a stream of a file, if not a drive.
 bool IsPartAllowed(const String& part)
 {
@@ -112,7 +108,7 @@ String MemberName(std::string_view name, std::uint16_t flags, std::uint16_t vers
 
 MemberPathError SplitMemberName(const String& name, WCValSList<String>& parts)
 {
-    if (IsSeparator(name.CharAt(0)) || HasDrive(name))
+    if (IsPathSeparator(name.CharAt(0)) || HasDrive(name))
         return MemberPathError::leadsOut;
     std::wstring_view rest = name.View();
     while (!rest.empty())

@@ -50,16 +50,6 @@ bool TimeOfMember(const unz_file_info64& info, std::string_view extra, FILETIME&
     return FileTimeOf({static_cast<std::uint16_t>(stamp >> 16), static_cast<std::uint16_t>(stamp)}, time);
 }
 
-bool IsSeparator(wchar_t c)
-{
-    return c == L'\\' || c == L'/';
-}
-
-bool EndsInSeparator(const String& path)
-{
-    return !path.IsEmpty() && IsSeparator(path.CharAt(path.Length() - 1));
-}
-
 // Also one that leads nowhere yet, which a find tells of itself.
 bool IsLink(const String& path)
 {
@@ -80,7 +70,7 @@ bool MakeFolder(const String& path)
     if (path.IsEmpty() || IsFolder(path))
         return true;
     for (std::size_t i = 1; i < path.Length(); ++i)
-        if (IsSeparator(path.CharAt(i)) && !IsSeparator(path.CharAt(i - 1)))
+        if (IsPathSeparator(path.CharAt(i)) && !IsPathSeparator(path.CharAt(i - 1)))
             CreateDirectoryW(path.Left(i), nullptr); // the last one counts
     CreateDirectoryW(path, nullptr);
     return IsFolder(path);
@@ -193,7 +183,7 @@ void Unzipper::ReadMember()
     const std::string_view extra = std::string_view(_extra).substr(0, info.size_file_extra);
     const auto flags = static_cast<std::uint16_t>(info.flag);
     _member.name = MemberName(name, flags, static_cast<std::uint16_t>(info.version), extra);
-    _member.isFolder = EndsInSeparator(_member.name);
+    _member.isFolder = EndsInPathSeparator(_member.name.View());
     _member.isLink = (info.external_fa >> 16 & modeType) == modeLink;
     _member.isEncrypted = (flags & zipFlagEncrypted) != 0;
     _member.method = static_cast<unsigned>(info.compression_method);
@@ -253,7 +243,7 @@ void Unzipper::Extract(const String& folder)
 String Unzipper::MakeFolders(const String& folder, const WCValSList<String>& parts, std::size_t count)
 {
     String path = folder;
-    if (!path.IsEmpty() && !EndsInSeparator(path))
+    if (!path.IsEmpty() && !EndsInPathSeparator(path.View()))
         path += PATH_SEPARATOR;
     String last = path;
     for (const String& part : parts)

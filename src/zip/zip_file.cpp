@@ -17,18 +17,12 @@ namespace
 
 constexpr int zipDeflateMode = 8;
 
-bool EndsInSeparator(const String& path)
-{
-    const wchar_t last = path.CharAt(path.Length() - 1);
-    return last == L'\\' || last == L'/';
-}
-
 String Join(const String& a, const String& b)
 {
     if (a.IsEmpty() || b.IsEmpty())
         return a.IsEmpty() ? b : a;
     String path = a;
-    if (!EndsInSeparator(a))
+    if (!EndsInPathSeparator(a.View()))
         path += PATH_SEPARATOR;
     path += b;
     return path;

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/locale_ids.h"
 #include "platform/system_support.h"
 #include "support/readable_text.h"
 
@@ -14,7 +15,6 @@ namespace
 
 using qxtest::isLayer, qxtest::ReadableText;
 
-constexpr LCID GERMAN = 0x0407, AMERICAN = 0x0409, POLISH = 0x0415, RUSSIAN = 0x0419;
 constexpr SYSTEMTIME MOMENT{2018, 2, 0, 3, 15, 4, 7, 0}; // whose day of the week isn't looked at
 
 using Format = int(WINAPI*)(LCID, DWORD, const SYSTEMTIME*, LPCWSTR, LPWSTR, int);

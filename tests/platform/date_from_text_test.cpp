@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <string>
 
+#include "platform/locale_ids.h"
 #include "platform/system_support.h"
 #include "support/readable_text.h"
 
@@ -16,7 +17,6 @@ namespace
 
 using qxtest::isLayer, qxtest::ReadableText;
 
-constexpr LCID GERMAN = 0x0407, AMERICAN = 0x0409, BRITISH = 0x0809, JAPANESE = 0x0411, RUSSIAN = 0x0419;
 constexpr char NONE[] = "80020005";
 
 std::string Read(LCID locale, const wchar_t* text, ULONG flags = 0)

@@ -14,8 +14,6 @@ using namespace qxtest;
 namespace
 {
 
-constexpr DWORD readWrite = GENERIC_READ | GENERIC_WRITE;
-
 class FilesBetweenProcesses : public testing::Test
 {
 protected:

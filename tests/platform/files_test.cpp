@@ -10,8 +10,6 @@ using namespace qxtest;
 namespace
 {
 
-constexpr DWORD readWrite = GENERIC_READ | GENERIC_WRITE;
-
 TEST(FilesOpen, DispositionsTellWhatTheyFound)
 {
     constexpr struct

@@ -81,6 +81,8 @@ private:
 
 constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
+inline constexpr DWORD readWrite = GENERIC_READ | GENERIC_WRITE;
+
 inline Handle Open(const Text& path, DWORD access, DWORD share, DWORD disposition = OPEN_EXISTING, DWORD flags = 0)
 {
     return Handle(CreateFileW(path, access, share, nullptr, disposition, flags, nullptr));

@@ -1,4 +1,6 @@
 // Case and order of texts: CharUpperW, LCMapStringW, CompareStringW.
+#include "platform/locale_ids.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -10,8 +12,6 @@ namespace
 
 using namespace std::string_view_literals;
 
-constexpr LCID ENGLISH = 0x409, GERMAN = 0x407, SWEDISH = 0x41d, TURKISH = 0x41f, CZECH = 0x405, ESTONIAN = 0x425;
-constexpr LCID UNKNOWN = 0x9999;
 constexpr DWORD UPPER = LCMAP_UPPERCASE, LOWER = LCMAP_LOWERCASE, LINGUISTIC = LCMAP_LINGUISTIC_CASING;
 
 wchar_t Upper(wchar_t unit)

@@ -1,4 +1,5 @@
 // Locales: names, numbers, what they tell; the defaults of the environment; the guess for UTF-16.
+#include "platform/locale_ids.h"
 #include "support/readable_text.h"
 
 #include <gtest/gtest.h>
@@ -16,8 +17,6 @@ namespace
 
 using namespace std::string_view_literals;
 using qxtest::ReadableText;
-
-constexpr LCID UNKNOWN = 0x9999;
 
 std::string NameOf(LCID locale, DWORD flags = 0)
 {

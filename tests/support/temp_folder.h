@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -64,6 +65,11 @@ public:
 private:
     qx::String _path;
 };
+
+inline std::filesystem::path NativePath(const qx::String& path)
+{
+    return std::filesystem::u8path(path.NarrowText()); // of ASCII characters alone
+}
 
 inline bool Exists(const qx::String& path)
 {

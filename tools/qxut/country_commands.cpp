@@ -24,7 +24,7 @@ namespace
 
 using nlohmann::ordered_json;
 
-struct Options
+struct CountryOptions
 {
     std::string name;
     bool asJson = false;
@@ -68,7 +68,7 @@ std::string AsText(const ordered_json& value)
     return value.is_string() ? Shown(value.get<std::string>()) : value.dump();
 }
 
-void ShowCountry(const Options& options)
+void ShowCountry(const CountryOptions& options)
 {
     const ordered_json values = ValuesOf(options.name);
     if (values.empty())
@@ -96,7 +96,7 @@ std::vector<std::string> Keys()
     return keys;
 }
 
-void ShowKeys(const Options& options)
+void ShowKeys(const CountryOptions& options)
 {
     const std::vector<std::string> keys = Keys();
     if (options.asJson)
@@ -106,7 +106,7 @@ void ShowKeys(const Options& options)
             std::cout << key << '\n';
 }
 
-void ShowLanguage(const Options& options)
+void ShowLanguage(const CountryOptions& options)
 {
     Variant value;
     UtilLocGetLanguageInfo(WideText(options.name), QXUT_LANGUAGE_LCID, value.Address());
@@ -122,7 +122,7 @@ void ShowLanguage(const Options& options)
 
 void AddCountryCommands(CLI::App& program)
 {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<CountryOptions>();
 
     CLI::App* const country = program.add_subcommand("country", "tell what is known of a country, or all countries");
     country->add_option("name", options->name,

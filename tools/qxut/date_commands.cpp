@@ -34,7 +34,7 @@ using Json = nlohmann::ordered_json;
 constexpr uint32_t usersLocale = 0x400;
 constexpr uint16_t notGiven = 0xFFFF;
 
-struct Options
+struct DateOptions
 {
     std::string file = "-";
     bool json = false;
@@ -43,13 +43,13 @@ struct Options
     uint32_t flags = 0;
 };
 
-struct Flag
+struct ParseFlag
 {
     const char* name;
     uint32_t bit;
     const char* description;
 };
-constexpr Flag parseFlags[] = {
+constexpr ParseFlag parseFlags[] = {
     {"--expand-year", QXUT_LOCDATE_EXPAND_YEAR, "a year below 100 is one of the years 1930 to 2029"},
     {"--report-default", QXUT_LOCDATE_REPORT_DEFAULT, "a text is no date if a part of it is missing"},
     {"--zero-missing", QXUT_LOCDATE_ZERO_MISSING, "a missing part is 0, and any numbers are a date"},
@@ -85,14 +85,14 @@ std::string Part(uint16_t value, const char* format)
     return value == notGiven ? "--" : text;
 }
 
-std::string Shown(const Time& time)
+std::string DateTextOf(const Time& time)
 {
     return Part(time.year, "%04d") + '-' + Part(time.month, "%02d") + '-' + Part(time.day, "%02d") + ' ' +
            Part(time.hour, "%02d") + ':' + Part(time.minute, "%02d") + ':' + Part(time.second, "%02d");
 }
 
 // False for a text that is no date, or one that isn't wanted.
-bool Read(const std::string& line, const Options& options, Time& time)
+bool Read(const std::string& line, const DateOptions& options, Time& time)
 {
     time = {};
     const WideText text{line};
@@ -105,13 +105,13 @@ bool Read(const std::string& line, const Options& options, Time& time)
     return !isAllZero || (mayBeTime && line.find_first_of("123456789") != line.npos);
 }
 
-std::string ParseLine(const std::string& line, const Options& options)
+std::string ParseLine(const std::string& line, const DateOptions& options)
 {
     Time time;
-    return Read(line, options, time) ? Shown(time) : std::string();
+    return Read(line, options, time) ? DateTextOf(time) : std::string();
 }
 
-std::string FormatLine(const std::string& line, const Options&)
+std::string FormatLine(const std::string& line, const DateOptions&)
 {
     QXWCHAR text[128];
     if (UtilDateTimeToLocaleString(WideText{line}, text, 128) != 1)
@@ -120,7 +120,7 @@ std::string FormatLine(const std::string& line, const Options&)
 }
 
 // What no result came of is an empty line, or null.
-void Run(const Options& options, std::string (*convert)(const std::string&, const Options&))
+void Run(const DateOptions& options, std::string (*convert)(const std::string&, const DateOptions&))
 {
     std::string output;
     Json list = Json::array();
@@ -137,10 +137,10 @@ void Run(const Options& options, std::string (*convert)(const std::string&, cons
     WriteOutput("-", output);
 }
 
-std::shared_ptr<Options> AddConversion(CLI::App& date, const char* name, const char* description,
-    std::string (*convert)(const std::string&, const Options&))
+std::shared_ptr<DateOptions> AddConversion(CLI::App& date, const char* name, const char* description,
+    std::string (*convert)(const std::string&, const DateOptions&))
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<DateOptions>();
     CLI::App& command = *date.add_subcommand(name, description);
     command.add_option(
         "FILE", options->file, "the input, a text a line; the standard input for -, or if it isn't given");
@@ -164,7 +164,7 @@ void AddDateCommands(CLI::App& program)
     command.add_flag("--machine", parse->machine,
         "read digits, RFC 822 and ISO 8601 (both in UTC), then what the system reads, instead of a locale's forms");
     command.add_option("--locale", parse->locale, "the number of another locale than the user's: 0x407 for German");
-    for (const Flag& flag : parseFlags)
+    for (const ParseFlag& flag : parseFlags)
         command.add_flag_callback(
             flag.name, [parse, bit = flag.bit] { parse->flags |= bit; }, flag.description);
 

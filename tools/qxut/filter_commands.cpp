@@ -22,7 +22,7 @@ namespace qxut
 namespace
 {
 
-struct Options
+struct FilterOptions
 {
     std::string file = "-";
     std::string output = "-";
@@ -31,7 +31,7 @@ struct Options
 };
 
 // Filters take and give whole contents.
-using Filter = std::string (*)(const std::string& input, const Options& options);
+using Filter = std::string (*)(const std::string& input, const FilterOptions& options);
 
 // The library's texts end at a zero character, so what stands behind one would be lost unseen, as would bytes that are
 // no UTF-8.
@@ -63,7 +63,7 @@ private:
     QXWCHAR* _text = nullptr;
 };
 
-std::string Pack(const std::string& input, const Options& options)
+std::string Pack(const std::string& input, const FilterOptions& options)
 {
     if (input.size() > std::numeric_limits<uint32_t>::max())
         throw Failure(kCannotRead, "the input has more than 4 GB");
@@ -74,7 +74,7 @@ std::string Pack(const std::string& input, const Options& options)
     return packed.Text() + '\n';
 }
 
-std::string Unpack(const std::string& input, const Options&)
+std::string Unpack(const std::string& input, const FilterOptions&)
 {
     const WideText text = TextOf(input);
     const int32_t size = UtilConvertStringToBLOB(text, nullptr, 0);
@@ -91,7 +91,7 @@ std::string Unpack(const std::string& input, const Options&)
 }
 
 // The library ends lines with carriage returns, a terminal with line feeds.
-std::string HtmlToText(const std::string& input, const Options& options)
+std::string HtmlToText(const std::string& input, const FilterOptions& options)
 {
     Bstr text;
     UtilConvertHtml2PlainText(TextOf(input), text.Address(), options.placeholders ? 1 : 0);
@@ -119,28 +119,28 @@ std::string ParagraphLines(const std::string& input)
     return lines;
 }
 
-std::string TextToHtml(const std::string& input, const Options& options)
+std::string TextToHtml(const std::string& input, const FilterOptions& options)
 {
     Bstr html;
     UtilConvertText2HTML(TextOf(ParagraphLines(input)), html.Address(), options.placeholders ? 1 : 0);
     return html.Text() + '\n';
 }
 
-std::string Mask(const std::string& input, const Options&)
+std::string Mask(const std::string& input, const FilterOptions&)
 {
     Bstr masked;
     UtilMaskAllHTMLCharacters(TextOf(input), masked.Address());
     return masked.Text();
 }
 
-std::string Unmask(const std::string& input, const Options&)
+std::string Unmask(const std::string& input, const FilterOptions&)
 {
     Bstr text;
     UtilDemaskAllHTMLCharacters(TextOf(input), text.Address());
     return text.Text();
 }
 
-void Run(Filter filter, const Options& options)
+void Run(Filter filter, const FilterOptions& options)
 {
     try
     {
@@ -152,9 +152,9 @@ void Run(Filter filter, const Options& options)
     }
 }
 
-std::shared_ptr<Options> AddFilter(CLI::App& program, const char* name, const char* description, Filter filter)
+std::shared_ptr<FilterOptions> AddFilter(CLI::App& program, const char* name, const char* description, Filter filter)
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<FilterOptions>();
     CLI::App& command = *program.add_subcommand(name, description);
     command.add_option("FILE", options->file, "the input; the standard input for -, or if it isn't given");
     command.add_option("--output", options->output, "the file to write; the standard output if it isn't given");

@@ -26,9 +26,9 @@ namespace
 using nlohmann::ordered_json;
 
 constexpr size_t kLinesBeforeFollowing = 20;
-constexpr auto kPause = std::chrono::milliseconds(100); // between two looks at a growing file
+constexpr auto kTimeBetweenLooks = std::chrono::milliseconds(100); // between two looks at a growing file
 
-struct Options
+struct LogOptions
 {
     std::string file;
     std::string colour = "auto";
@@ -142,7 +142,7 @@ std::string AsJson(const std::string& line)
 class Printer
 {
 public:
-    explicit Printer(const Options& options)
+    explicit Printer(const LogOptions& options)
         : _asJson(options.asJson),
           _inColour(options.colour == "always" || (options.colour == "auto" && TerminalHasColours()))
     {
@@ -173,11 +173,11 @@ void Follow(LogReader& reader, const Printer& printer, double seconds)
         if (seconds >= 0 && std::chrono::steady_clock::now() - begin >= std::chrono::duration<double>(seconds))
             return;
         if (lines.empty())
-            std::this_thread::sleep_for(kPause);
+            std::this_thread::sleep_for(kTimeBetweenLooks);
     }
 }
 
-void ShowLines(const Options& options, const std::string& path)
+void ShowLines(const LogOptions& options, const std::string& path)
 {
     const std::filesystem::path file = std::filesystem::u8path(path);
     std::error_code error;
@@ -196,7 +196,7 @@ void ShowLines(const Options& options, const std::string& path)
         printer.Print(rest);
 }
 
-void Log(const Options& options)
+void Log(const LogOptions& options)
 {
     LogSetting setting = ReadLogSetting();
     if (!options.file.empty())
@@ -212,7 +212,7 @@ void Log(const Options& options)
 
 void AddLogCommands(CLI::App& program)
 {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<LogOptions>();
     CLI::App& log = *program.add_subcommand("log", "show where the debug output goes, and what it says");
     log.require_subcommand(0, 1);
     log.add_flag("--show", options->show, "print the lines of the log");

@@ -29,7 +29,7 @@ namespace
 using nlohmann::ordered_json;
 
 // What the command line says. Each command uses some of it.
-struct Options
+struct ProfileOptions
 {
     std::string file;
     std::string list;
@@ -53,7 +53,7 @@ std::string ValueOf(HPROFJOB job, HPROFLIST list, const std::string& path, int32
     return Utf8(buffer.data());
 }
 
-void Show(const Options& options)
+void Show(const ProfileOptions& options)
 {
     const ProfileFile profile(options.file, Sharing::Readers);
     const HPROFLIST list = profile.List(options.list);
@@ -70,7 +70,7 @@ void Show(const Options& options)
 }
 
 // The value, or nothing where there is none.
-std::optional<ordered_json> ReadText(HPROFJOB job, HPROFLIST list, const Options& options)
+std::optional<ordered_json> ReadText(HPROFJOB job, HPROFLIST list, const ProfileOptions& options)
 {
     const int32_t length = ProfGetStringLengthW(job, list, WideText(options.path));
     if (length < 0)
@@ -78,7 +78,7 @@ std::optional<ordered_json> ReadText(HPROFJOB job, HPROFLIST list, const Options
     return ValueOf(job, list, options.path, length);
 }
 
-std::optional<ordered_json> ReadTyped(HPROFJOB job, HPROFLIST list, const Options& options)
+std::optional<ordered_json> ReadTyped(HPROFJOB job, HPROFLIST list, const ProfileOptions& options)
 {
     ordered_json value;
     const int32_t code = FindValueType(options.type)->get(job, list, WideText(options.path), value);
@@ -88,7 +88,7 @@ std::optional<ordered_json> ReadTyped(HPROFJOB job, HPROFLIST list, const Option
     return code == PROF_OK ? std::optional(value) : std::nullopt;
 }
 
-void Get(const Options& options)
+void Get(const ProfileOptions& options)
 {
     const ProfileFile profile(options.file, Sharing::Readers);
     const HPROFLIST list = profile.List(options.list);
@@ -105,7 +105,7 @@ void Get(const Options& options)
 }
 
 // Says what a change did: in words to whoever looks on, as JSON to a program.
-void Report(const Options& options, size_t changed)
+void Report(const ProfileOptions& options, size_t changed)
 {
     if (options.asJson)
         std::cout << ordered_json{{"file", options.output.empty() ? options.file : options.output},
@@ -115,7 +115,7 @@ void Report(const Options& options, size_t changed)
 }
 
 // Opens the file, changes it, and saves it: in its place, with all who write to it kept out meanwhile, or to another.
-void Edit(const Options& options, const std::function<size_t(HPROFJOB, HPROFLIST)>& change)
+void Edit(const ProfileOptions& options, const std::function<size_t(HPROFJOB, HPROFLIST)>& change)
 {
     const auto edit = [&](const ProfileFile& profile)
     {
@@ -130,7 +130,7 @@ void Edit(const Options& options, const std::function<size_t(HPROFJOB, HPROFLIST
 }
 
 // Before a file is opened or made. The invalid job takes any value, and does nothing with it.
-void CheckValue(const Options& options)
+void CheckValue(const ProfileOptions& options)
 {
     if (options.type.empty())
         return;
@@ -139,7 +139,7 @@ void CheckValue(const Options& options)
         throw Failure(kWrongUsage, "'" + Shown(options.value) + "' is not of the type " + type.name + ": " + type.form);
 }
 
-void Set(const Options& options)
+void Set(const ProfileOptions& options)
 {
     CheckValue(options);
     Edit(options,
@@ -153,7 +153,7 @@ void Set(const Options& options)
         });
 }
 
-void Append(const Options& options)
+void Append(const ProfileOptions& options)
 {
     if (!options.isList)
         CheckValue(options);
@@ -170,7 +170,7 @@ void Append(const Options& options)
         });
 }
 
-void Delete(const Options& options)
+void Delete(const ProfileOptions& options)
 {
     Edit(options,
         [&](HPROFJOB job, HPROFLIST list)
@@ -185,7 +185,7 @@ void Delete(const Options& options)
         });
 }
 
-void Copy(const Options& options)
+void Copy(const ProfileOptions& options)
 {
     const ProfileFile source(options.file, Sharing::Readers);
     const HPROFLIST from = source.List(options.list);
@@ -202,7 +202,7 @@ void Copy(const Options& options)
     if (ProfCopyList(target.Job(), to, source.Job(), from) != PROF_OK)
         throw Failure(kCannotWrite, options.target + ": there is not enough memory for the copy");
     target.Save("");
-    Options report = options;
+    ProfileOptions report = options;
     report.file = options.target;
     Report(report, CountEntries(target.Job()) - before);
 }
@@ -210,8 +210,8 @@ void Copy(const Options& options)
 class CommandMaker
 {
 public:
-    CommandMaker(CLI::App& parent, const char* name, const char* description, void (*run)(const Options&))
-        : _options(std::make_shared<Options>()),
+    CommandMaker(CLI::App& parent, const char* name, const char* description, void (*run)(const ProfileOptions&))
+        : _options(std::make_shared<ProfileOptions>()),
           _command(*parent.add_subcommand(name, description))
     {
         _command.add_option("FILE", _options->file, "the profile or INI file")->required();
@@ -269,7 +269,7 @@ public:
     }
 
 private:
-    std::shared_ptr<Options> _options;
+    std::shared_ptr<ProfileOptions> _options;
     CLI::App& _command;
 };
 

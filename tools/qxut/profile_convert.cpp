@@ -22,7 +22,7 @@ namespace
 
 using nlohmann::ordered_json;
 
-struct Options
+struct ConvertOptions
 {
     std::string file;
     std::string target;
@@ -37,20 +37,20 @@ struct Options
 
 const std::map<std::string, int32_t> kForms{{"text", PROF_FORM_TEXT}, {"xml", PROF_FORM_XML}, {"xfdf", PROF_FORM_XFDF}};
 
-void Report(const Options& options, const std::string& path, const char* what, size_t count)
+void Report(const ConvertOptions& options, const std::string& path, const char* what, size_t count)
 {
     if (options.asJson)
         std::cout << ordered_json{{"file", path}, {what, count}}.dump() << '\n';
 }
 
-void Convert(const Options& options)
+void Convert(const ConvertOptions& options)
 {
     const ProfileFile profile(options.file, Sharing::Readers);
     profile.Save(options.target, options.pack ? options.form | PROF_SAVE_PACKED : options.form);
     Report(options, options.target, "entries", CountEntries(profile.Job()));
 }
 
-void Embed(const Options& options)
+void Embed(const ConvertOptions& options)
 {
     const auto embed = [&](const ProfileFile& profile)
     {
@@ -90,7 +90,7 @@ size_t CountFiles(HPROFJOB job, HPROFLIST list)
     return count;
 }
 
-void Extract(const Options& options)
+void Extract(const ConvertOptions& options)
 {
     const ProfileFile profile(options.file, Sharing::Readers);
     const HPROFLIST list = profile.List(options.list);
@@ -109,8 +109,8 @@ void Extract(const Options& options)
     Report(options, options.target, "files", files);
 }
 
-CLI::App& AddCommand(CLI::App& parent, const char* name, const char* description, void (*run)(const Options&),
-    const std::shared_ptr<Options>& options)
+CLI::App& AddCommand(CLI::App& parent, const char* name, const char* description, void (*run)(const ConvertOptions&),
+    const std::shared_ptr<ConvertOptions>& options)
 {
     CLI::App& command = *parent.add_subcommand(name, description);
     command.add_flag("--json", options->asJson, "answer in JSON");
@@ -118,7 +118,7 @@ CLI::App& AddCommand(CLI::App& parent, const char* name, const char* description
     return command;
 }
 
-void AddListAndKey(CLI::App& command, Options& options)
+void AddListAndKey(CLI::App& command, ConvertOptions& options)
 {
     command.add_option("--list", options.list, "the list of the files, by its path; the root if it isn't given");
     command.add_option("--key", options.key, "the pass phrase of the files; without one they are compressed only");
@@ -128,7 +128,7 @@ void AddListAndKey(CLI::App& command, Options& options)
 
 void AddConvertCommands(CLI::App& profile)
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<ConvertOptions>();
     CLI::App& convert = AddCommand(profile, "convert", "write a profile in another form", Convert, options);
     convert.add_option("FROM", options->file, "the profile, in any form, or INI file")->required();
     convert.add_option("TO", options->target, "the file to write")->required();
@@ -137,14 +137,14 @@ void AddConvertCommands(CLI::App& profile)
         ->transform(CLI::CheckedTransformer(kForms).description(""));
     convert.add_flag("--pack", options->pack, "compress it");
 
-    options = std::make_shared<Options>();
+    options = std::make_shared<ConvertOptions>();
     CLI::App& embed = AddCommand(profile, "embed", "take files into a profile", Embed, options);
     embed.add_option("FILE", options->file, "the profile")->required();
     embed.add_option("PATTERN", options->patterns, "the files to take; a name may hold * and ?")->required();
     AddListAndKey(embed, *options);
     embed.add_flag("--create", options->create, "make the profile if it is missing");
 
-    options = std::make_shared<Options>();
+    options = std::make_shared<ConvertOptions>();
     CLI::App& extract = AddCommand(profile, "extract", "write the files of a profile to a folder", Extract, options);
     extract.add_option("FILE", options->file, "the profile")->required();
     extract.add_option("FOLDER", options->target, "the folder, which is made if it is missing")->required();

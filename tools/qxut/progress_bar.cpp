@@ -14,7 +14,7 @@ namespace
 
 constexpr uint64_t kWidth = 30;
 constexpr size_t kLongestName = 35; // in bytes, so that the line fits into 80 columns
-constexpr auto kPause = std::chrono::milliseconds(50);
+constexpr auto kTimeBetweenDrawings = std::chrono::milliseconds(50);
 
 // To the terminal's end of the line.
 constexpr char kBeginOfLine[] = "\r\x1B[K";
@@ -45,7 +45,7 @@ void ProgressBar::Set(uint64_t done, const std::string& what)
     const auto now = std::chrono::steady_clock::now();
     if (!_isShown || (now < _next && done < _total))
         return;
-    _next = now + kPause;
+    _next = now + kTimeBetweenDrawings;
     const double share = _total == 0 ? 1.0 : std::min(1.0, static_cast<double>(done) / static_cast<double>(_total));
     const auto filled = static_cast<size_t>(share * kWidth);
     const std::string percent = std::to_string(static_cast<int>(share * 100));

@@ -33,7 +33,7 @@ namespace fs = std::filesystem;
 using nlohmann::ordered_json;
 
 // What the command line says. Each command uses some of it.
-struct Options
+struct ZipOptions
 {
     std::string archive;
     std::vector<std::string> paths;
@@ -181,7 +181,7 @@ private:
     bool _isWhole = false;
 };
 
-void Create(const Options& options)
+void Create(const ZipOptions& options)
 {
     const std::vector<Source> sources = Sources(options.paths);
     CheckSources(sources, fs::u8path(options.archive));
@@ -265,7 +265,7 @@ void ListAsText(const std::vector<ZipEntry>& entries)
     std::cout << Count(files, "file", "files") << ", " << total << " bytes\n";
 }
 
-void List(const Options& options)
+void List(const ZipOptions& options)
 {
     const std::vector<ZipEntry> entries = ReadZipDirectory(options.archive);
     if (options.asJson)
@@ -322,7 +322,7 @@ private:
     uint64_t _done = 0; // before the present one
 };
 
-void ExtractAll(const Options& options, const std::vector<ZipEntry>& entries)
+void ExtractAll(const ZipOptions& options, const std::vector<ZipEntry>& entries)
 {
     const auto extract = [&]
     {
@@ -342,7 +342,7 @@ void ExtractAll(const Options& options, const std::vector<ZipEntry>& entries)
     work.get();
 }
 
-void Extract(const Options& options)
+void Extract(const ZipOptions& options)
 {
     const std::vector<ZipEntry> entries = ReadZipDirectory(options.archive);
     try
@@ -374,7 +374,7 @@ void Extract(const Options& options)
 }
 
 CLI::App& AddCommand(CLI::App& parent, const char* name, const char* description,
-    const std::shared_ptr<Options>& options, void (*run)(const Options&))
+    const std::shared_ptr<ZipOptions>& options, void (*run)(const ZipOptions&))
 {
     CLI::App& command = *parent.add_subcommand(name, description);
     command.add_option("ARCHIVE", options->archive, "the zip archive")->required();
@@ -390,7 +390,7 @@ void AddZipCommands(CLI::App& program)
     CLI::App& zip = *program.add_subcommand("zip", "write, list and extract zip archives");
     zip.require_subcommand(1);
     zip.footer("A progress bar is shown on the standard error stream if that is a terminal.");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ZipOptions>();
 
     CLI::App& create =
         AddCommand(zip, "create", "pack files, and all files of folders, into a new archive", options, Create);

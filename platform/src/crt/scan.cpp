@@ -45,7 +45,7 @@ private:
     size_t _length;
 };
 
-int DigitValue(wchar_t c)
+int HexDigitValue(wchar_t c)
 {
     if (c >= L'0' && c <= L'9')
         return c - L'0';
@@ -68,9 +68,9 @@ public:
         if (base == 0 || base == 16)
             base = ReadPrefix(base);
         uint64_t value = 0;
-        while (_left != 0 && DigitValue(_input.Next()) < base)
+        while (_left != 0 && HexDigitValue(_input.Next()) < base)
         {
-            value = value * static_cast<unsigned>(base) + static_cast<unsigned>(DigitValue(_input.Next()));
+            value = value * static_cast<unsigned>(base) + static_cast<unsigned>(HexDigitValue(_input.Next()));
             Take();
             _found = true;
         }

@@ -9,7 +9,7 @@ using namespace qxplatform;
 namespace
 {
 
-constexpr size_t NoLimit = std::numeric_limits<size_t>::max();
+constexpr size_t WholeText = std::numeric_limits<size_t>::max();
 
 struct Exact
 {
@@ -58,7 +58,7 @@ int Compare(const wchar_t* a, const wchar_t* b, size_t limit)
 
 int wcscmp(const wchar_t* a, const wchar_t* b) noexcept
 {
-    return Compare<Exact>(a, b, NoLimit);
+    return Compare<Exact>(a, b, WholeText);
 }
 
 int wcsncmp(const wchar_t* a, const wchar_t* b, size_t count) noexcept
@@ -68,7 +68,7 @@ int wcsncmp(const wchar_t* a, const wchar_t* b, size_t count) noexcept
 
 int _wcsicmp(const wchar_t* a, const wchar_t* b) noexcept
 {
-    return Compare<WithoutCase>(a, b, NoLimit);
+    return Compare<WithoutCase>(a, b, WholeText);
 }
 
 int _wcsnicmp(const wchar_t* a, const wchar_t* b, size_t count) noexcept

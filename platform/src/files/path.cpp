@@ -30,11 +30,6 @@ bool StartsWith(std::u16string_view text, std::u16string_view prefix)
     return text.substr(0, prefix.size()) == prefix;
 }
 
-bool IsSeparator(char16_t character)
-{
-    return character == u'/' || character == u'\\';
-}
-
 std::u16string_view TakeComponent(std::u16string_view& rest)
 {
     const size_t end = std::min(rest.find_first_of(u"/\\"), rest.size());

@@ -8,6 +8,12 @@
 namespace qxplatform
 {
 
+// Callers may write either.
+constexpr bool IsSeparator(char16_t character)
+{
+    return character == u'/' || character == u'\\';
+}
+
 // A caller may write /a/b or a/b, `\` for `/`, Z:\a\b for /a/b, and \\?\ before any of it. Another drive is the link
 // `c:` in the folder `dosdevices` of the layer's home, \\server\share the link `unc/server/share` there. Folders of the
 // form "." and ".." are resolved in the text, as the system does: so a path and its full path always name the same

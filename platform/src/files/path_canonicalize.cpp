@@ -2,6 +2,7 @@
 #include <wchar.h>
 
 #include "base/fail.h"
+#include "files/path.h"
 
 #include <algorithm>
 #include <string_view>
@@ -10,11 +11,6 @@ using namespace qxplatform;
 
 namespace
 {
-
-constexpr bool IsSeparator(wchar_t c)
-{
-    return c == L'\\' || c == L'/';
-}
 
 // What ".." can't leave: a drive with its separator, a share's two separators, or the first separator.
 size_t RootLength(std::wstring_view path)

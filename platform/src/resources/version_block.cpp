@@ -30,7 +30,7 @@ struct Node
     UINT valueLength;
 };
 
-std::size_t Aligned(std::size_t place, std::size_t end)
+std::size_t AlignedWithin(std::size_t place, std::size_t end)
 {
     return std::min((place + 3) / 4 * 4, end);
 }
@@ -56,7 +56,7 @@ std::optional<Node> ReadNode(std::span<const std::byte> block, std::size_t begin
             break;
         node.key += unit;
     }
-    node.value = Aligned(place, node.end);
+    node.value = AlignedWithin(place, node.end);
     const std::size_t unitSize = head.isText != 0 ? sizeof(WCHAR) : 1;
     const std::size_t room = (node.end - node.value) / unitSize;
     node.valueLength = static_cast<UINT>(std::min<std::size_t>(head.valueLength, room));
@@ -66,12 +66,12 @@ std::optional<Node> ReadNode(std::span<const std::byte> block, std::size_t begin
 
 std::optional<Node> FindChild(std::span<const std::byte> block, const Node& parent, std::u16string_view key)
 {
-    for (std::size_t place = Aligned(parent.valueEnd, parent.end); place < parent.end;)
+    for (std::size_t place = AlignedWithin(parent.valueEnd, parent.end); place < parent.end;)
     {
         std::optional<Node> child = ReadNode(block, place, parent.end);
         if (!child || EqualWithoutCase(child->key, key))
             return child;
-        place = Aligned(child->end, parent.end);
+        place = AlignedWithin(child->end, parent.end);
     }
     return std::nullopt;
 }

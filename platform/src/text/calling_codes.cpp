@@ -10,7 +10,7 @@ namespace qxplatform
 namespace
 {
 
-struct CallingCode
+struct RegionAndCode
 {
     std::string_view region;
     unsigned code;
@@ -18,7 +18,7 @@ struct CallingCode
 
 // Sorted by region. Islands without a code of their own have that of the country which serves them.
 // clang-format off
-constexpr CallingCode CODES[] = {
+constexpr RegionAndCode CODES[] = {
     {"001", 388}, {"029", 1}, {"419", 1}, {"AC", 247}, {"AD", 376}, {"AE", 971}, {"AF", 93}, {"AG", 1}, {"AI", 1},
     {"AL", 355}, {"AM", 374}, {"AO", 244}, {"AQ", 672}, {"AR", 54}, {"AS", 1}, {"AT", 43}, {"AU", 61}, {"AW", 297},
     {"AX", 358}, {"AZ", 994}, {"BA", 387}, {"BB", 1}, {"BD", 880}, {"BE", 32}, {"BF", 226}, {"BG", 359}, {"BH", 973},
@@ -51,7 +51,7 @@ constexpr CallingCode CODES[] = {
 };
 // clang-format on
 
-constexpr bool Less(const CallingCode& a, const CallingCode& b)
+constexpr bool Less(const RegionAndCode& a, const RegionAndCode& b)
 {
     return a.region < b.region;
 }
@@ -61,7 +61,8 @@ static_assert(std::is_sorted(std::begin(CODES), std::end(CODES), Less));
 
 unsigned CallingCodeOf(std::string_view region)
 {
-    const CallingCode* const row = std::lower_bound(std::begin(CODES), std::end(CODES), CallingCode{region, 0}, Less);
+    const RegionAndCode* const row =
+        std::lower_bound(std::begin(CODES), std::end(CODES), RegionAndCode{region, 0}, Less);
     return row != std::end(CODES) && row->region == region ? row->code : 0;
 }
 

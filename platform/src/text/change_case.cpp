@@ -75,11 +75,6 @@ private:
     bool _inWord = false;
 };
 
-std::size_t TerminatedLength(const wchar_t* text)
-{
-    return std::wstring_view(text).size() + 1;
-}
-
 LetterI LetterIOf(const Locale& locale)
 {
     return locale.icu.starts_with("tr_") || locale.icu.starts_with("az_") ? LetterI::Turkic : LetterI::Latin;
@@ -134,7 +129,8 @@ int MapTextOf(const Locale* locale, DWORD flags, LPCWSTR source, int sourceLengt
     if (locale == nullptr || source == nullptr || sourceLength == 0 || targetSize < 0 ||
         (targetSize > 0 && target == nullptr))
         return Fail(ERROR_INVALID_PARAMETER);
-    const std::size_t length = sourceLength < 0 ? TerminatedLength(source) : static_cast<std::size_t>(sourceLength);
+    const std::size_t length =
+        sourceLength < 0 ? std::wstring_view(source).size() + 1 : static_cast<std::size_t>(sourceLength);
     if (length > INT_MAX)
         return Fail(ERROR_INVALID_PARAMETER);
     return MapText(*locale, flags, {source, length}, target, targetSize);

@@ -6,6 +6,7 @@
 
 #include <climits>
 #include <cstring>
+#include <string_view>
 
 #include "base/fail.h"
 #include "text/code_page.h"
@@ -14,14 +15,6 @@ namespace
 {
 
 using qxplatform::Fail;
-
-std::size_t TerminatedLength(const wchar_t* text)
-{
-    std::size_t length = 0;
-    while (text[length] != 0)
-        ++length;
-    return length + 1;
-}
 
 // The count of what was written or is needed, or 0 with the reason as last error.
 template <class Unit>
@@ -80,7 +73,7 @@ int WINAPI WideCharToMultiByte(UINT CodePage, DWORD dwFlags, LPCWSTR lpWideCharS
     if ((dwFlags & ~page->EncodeFlags()) != 0)
         return Fail(ERROR_INVALID_FLAGS);
     const std::size_t length =
-        cchWideChar < 0 ? TerminatedLength(lpWideCharStr) : static_cast<std::size_t>(cchWideChar);
+        cchWideChar < 0 ? std::wstring_view(lpWideCharStr).size() + 1 : static_cast<std::size_t>(cchWideChar);
     const Encoding encoding{
         .onInvalid = (dwFlags & WC_ERR_INVALID_CHARS) != 0 ? OnInvalid::Refuse : OnInvalid::Replace,
         .bestFit = (dwFlags & WC_NO_BEST_FIT_CHARS) == 0,

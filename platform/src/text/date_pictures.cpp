@@ -1,6 +1,5 @@
 #include "text/date_pictures.h"
 
-#include <unicode/udat.h>
 #include <unicode/udatpg.h>
 
 #include <algorithm>
@@ -14,12 +13,6 @@ namespace qxplatform
 
 namespace
 {
-
-struct CloseDateFormat
-{
-    void operator()(UDateFormat* format) const { udat_close(format); }
-};
-using DateFormat = std::unique_ptr<UDateFormat, CloseDateFormat>;
 
 struct ClosePatternGenerator
 {

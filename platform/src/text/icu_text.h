@@ -1,15 +1,23 @@
 // How ICU hands out texts, for those who ask it for a locale's data.
 #pragma once
 
+#include <unicode/udat.h>
 #include <unicode/utypes.h>
 
 #include <iterator>
+#include <memory>
 #include <string>
 
 #include "text/locale.h"
 
 namespace qxplatform
 {
+
+struct CloseDateFormat
+{
+    void operator()(UDateFormat* format) const { udat_close(format); }
+};
+using DateFormat = std::unique_ptr<UDateFormat, CloseDateFormat>;
 
 // ICU's habit of filling buffers: what does not fit counts as nothing, since nothing here is that long.
 template <class Call>

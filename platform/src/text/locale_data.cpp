@@ -1,7 +1,6 @@
 #include "text/locale_data.h"
 
 #include <unicode/ucurr.h>
-#include <unicode/udat.h>
 #include <unicode/uloc.h>
 #include <unicode/unum.h>
 #include <unicode/ures.h>
@@ -41,12 +40,6 @@ bool HasData(const std::string& icu)
     const Bundle bundle(ures_open(nullptr, icu.c_str(), &status));
     return U_SUCCESS(status) && status != U_USING_DEFAULT_WARNING;
 }
-
-struct CloseDateFormat
-{
-    void operator()(UDateFormat* format) const { udat_close(format); }
-};
-using DateFormat = std::unique_ptr<UDateFormat, CloseDateFormat>;
 
 struct CloseNumberFormat
 {

@@ -15,7 +15,7 @@ namespace qxplatform
 namespace
 {
 
-LONGLONG UnitsOf(const timeval& time)
+LONGLONG UnitsOfClock(const timeval& time)
 {
     return time.tv_sec * unitsPerSecond + time.tv_usec * (unitsPerSecond / 1'000'000);
 }
@@ -26,7 +26,7 @@ ProcessorTimes ProcessorTimesOfThisThread()
 {
     rusage usage{};
     getrusage(RUSAGE_THREAD, &usage);
-    return {UnitsOf(usage.ru_utime), UnitsOf(usage.ru_stime)};
+    return {UnitsOfClock(usage.ru_utime), UnitsOfClock(usage.ru_stime)};
 }
 
 // The thread may end at any moment: then there is nothing to read.

@@ -29,7 +29,7 @@ constexpr IntegerBounds BoundsOf(VARTYPE type)
     return {type, static_cast<LONGLONG>(std::numeric_limits<T>::min()), std::numeric_limits<T>::max()};
 }
 
-constexpr IntegerBounds kIntegers[] = {
+constexpr IntegerBounds kIntegerBounds[] = {
     BoundsOf<signed char>(VT_I1),
     BoundsOf<BYTE>(VT_UI1),
     BoundsOf<SHORT>(VT_I2),
@@ -44,8 +44,8 @@ constexpr IntegerBounds kIntegers[] = {
 
 bool SetInteger(VARIANT& target, VARTYPE type, const Number& number)
 {
-    const IntegerBounds* const bounds = std::find_if(
-        std::begin(kIntegers), std::end(kIntegers), [&](const IntegerBounds& known) { return known.type == type; });
+    const IntegerBounds* const bounds = std::find_if(std::begin(kIntegerBounds), std::end(kIntegerBounds),
+        [&](const IntegerBounds& known) { return known.type == type; });
     LONGLONG value = 0;
     if (!WholeOf(number, bounds->least, bounds->most, value))
         return false;

@@ -13,7 +13,7 @@ namespace
 {
 
 // Where no date is wanted, or none was given, the day is that of the number 0.
-constexpr SYSTEMTIME kDayZero{1899, 12, 6, 30, 0, 0, 0, 0};
+constexpr SYSTEMTIME kDateOfTimes{1899, 12, 6, 30, 0, 0, 0, 0};
 
 SYSTEMTIME WithDateOf(const SYSTEMTIME& date, const SYSTEMTIME& time)
 {
@@ -31,7 +31,7 @@ HRESULT WINAPI VarDateFromStr(const OLECHAR* strIn, LCID lcid, ULONG dwFlags, DA
     if (!ReadDateText(View(strIn), *locale, read))
         return DISP_E_TYPEMISMATCH;
     const bool wantsDate = read.hasDate && (dwFlags & VAR_TIMEVALUEONLY) == 0;
-    SYSTEMTIME time = WithDateOf(wantsDate ? read.time : kDayZero, read.time);
+    SYSTEMTIME time = WithDateOf(wantsDate ? read.time : kDateOfTimes, read.time);
     if ((dwFlags & VAR_DATEVALUEONLY) != 0)
         time = WithDateOf(time, {});
     return SystemTimeToVariantTime(&time, pdateOut) ? S_OK : DISP_E_OVERFLOW;

@@ -15,7 +15,6 @@ namespace
 
 constexpr uint32_t EXPAND = LOCDATE_EXPAND_YEAR, REPORT = LOCDATE_REPORT_DEFAULT, ZERO = LOCDATE_ZERO_MISSING,
                    TIME = LOCDATE_ALLOW_TIME_ONLY, MARK = LOCDATE_MARK_NO_TIME;
-constexpr char NOTHING[] = "0000-00-00 00:00:00";
 
 struct Case
 {

@@ -9,6 +9,9 @@
 namespace qxtest
 {
 
+// What Show makes of no date at all.
+inline constexpr char NOTHING[] = "0000-00-00 00:00:00";
+
 inline qx::clsLocaleDateInfo Info(qx::DateOrder order, const wchar_t* dateSeparator, const wchar_t* timeSeparator)
 {
     qx::clsLocaleDateInfo info;

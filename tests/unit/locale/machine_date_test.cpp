@@ -18,9 +18,7 @@ using namespace qxtest;
 namespace
 {
 
-constexpr char NOTHING[] = "0000-00-00 00:00:00";
-
-struct Case
+struct MachineText
 {
     const wchar_t* text;
     const char* result;
@@ -28,7 +26,7 @@ struct Case
 
 TEST(MachineDate, Forms)
 {
-    constexpr Case CASES[] = {{L"20180203", "2018-02-03 00:00:00"}, {L" 20180203040506 ", "2018-02-03 04:05:06"},
+    constexpr MachineText CASES[] = {{L"20180203", "2018-02-03 00:00:00"}, {L" 20180203040506 ", "2018-02-03 04:05:06"},
         {L"2018", "2018-00-00 00:00:00"}, {L"20189999", "2018-99-99 00:00:00"},
         {L"3 apr 2018 10:00:00 EST", "2018-04-03 15:00:00"}, {L"3 APR 2018 10:00:00", "2018-04-03 10:00:00"},
         {L"31 Dec 2018 23:30:15  -0130", "2019-01-01 01:00:15"},
@@ -42,7 +40,7 @@ TEST(MachineDate, Forms)
         {L"2018-04-03T24:00:00+01:00", "2018-04-03 23:00:00"}, {L"2018-12-31T23:59:59-00:01x", "2019-01-01 00:00:59"},
         {L"2018-04-03+05", "2018-04-02 19:00:00"}, {L"2018-02-30T10:00:00+02:00", NOTHING},
         {L"31 Foo 2018 10:00:00", NOTHING}, {L"no date", NOTHING}};
-    for (const Case& row : CASES)
+    for (const MachineText& row : CASES)
     {
         const SYSTEMTIME time = ReadMachineDate(row.text);
         EXPECT_EQ(Show(time), row.result) << String(row.text).NarrowText();

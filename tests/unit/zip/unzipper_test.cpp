@@ -22,11 +22,6 @@ namespace fs = std::filesystem;
 namespace
 {
 
-fs::path NativePath(const String& path)
-{
-    return fs::u8path(path.NarrowText()); // of ASCII characters alone
-}
-
 std::string Utf8(const fs::path& path)
 {
     const auto text = path.generic_u8string();

@@ -3,6 +3,7 @@
 
 #include "support/debug_lines.h"
 #include "support/fake_stream.h"
+#include "support/temp_folder.h"
 #include "support/zip_archive.h"
 #include "unit/files/own_temp_folder.h"
 #include "zip/dos_time.h"
@@ -228,11 +229,6 @@ void MakeTree(const std::filesystem::path& root)
     fs::create_directories(root / "empty");
     for (const char* name : {"top.log", "top.txt", "x/a.log", "x/b.txt", "x/deep/c"})
         fclose(fopen((root / name).string().c_str(), "w"));
-}
-
-std::filesystem::path NativePath(const String& path)
-{
-    return std::filesystem::u8path(path.NarrowText());
 }
 
 std::set<Bytes> NamesOf(const std::vector<ZIPEntry>& entries)
