@@ -60,6 +60,8 @@ TEST(Handles, LookedUpWhileOthersCloseThem)
                     }
             });
     Sleep(300);
+    for (int left = 100; left > 0 && uses <= 100; --left) // a busy machine gets to it later
+        Sleep(100);
     isOver = true;
     for (std::thread& thread : threads)
         thread.join();
