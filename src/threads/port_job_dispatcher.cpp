@@ -36,13 +36,10 @@ clsThreadedJobProcessorUsingIoCompletionPort::~clsThreadedJobProcessorUsingIoCom
 
 unsigned clsThreadedJobProcessorUsingIoCompletionPort::ThreadProc()
 {
-    while (clsUTThreadedJob* const job = _dispatcher.GetNextJob())
+    for (clsUTThreadedJob* job = _dispatcher.GetNextJob(); job; job = _dispatcher.CompleteAndGetNextJob(*job))
     {
-        {
-            const ThreadSpan span(Marks(), job->name.Text());
-            job->Run();
-        }
-        _dispatcher.JobCompleted(*job);
+        const ThreadSpan span(Marks(), job->name.Text());
+        job->Run();
     }
     --_dispatcher._activeWorkers;
     return 0;
@@ -120,21 +117,49 @@ clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::GetNextJob()
 {
     for (;;)
     {
-        DWORD bytes = 0;
-        ULONG_PTR key = 0;
-        OVERLAPPED* packet = nullptr;
         const long long begin = CounterNow();
-        const BOOL isThere = GetQueuedCompletionStatus(_port.Get(), &bytes, &key, &packet, INFINITE);
+        const Packet packet = TakePacket(INFINITE);
         _waitTime.fetch_add(CounterNow() - begin, std::memory_order_relaxed);
-        if (!isThere || !packet || _isClosing)
+        if (packet != Packet::leave)
             return nullptr;
         const clsCriticalSectionLock lock(_lock);
-        if (clsUTThreadedJob* const job = MoveFirstToRunning())
-        {
-            ++_jobsHandedOut;
+        if (clsUTThreadedJob* const job = TakeJob())
             return job;
-        }
     }
+}
+
+// As JobCompleted() and GetNextJob() do, in one round of the lock as long as there are packets.
+clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::CompleteAndGetNextJob(clsUTThreadedJob& job)
+{
+    const Packet packet = TakePacket(0);
+    {
+        const clsCriticalSectionLock lock(_lock);
+        JobCompleted(job);
+        clsUTThreadedJob* const next = packet == Packet::leave ? TakeJob() : nullptr;
+        if (next || packet == Packet::end)
+            return next;
+    }
+    return GetNextJob();
+}
+
+clsThreadedJobDispatcherUsingIoCompletionPort::Packet clsThreadedJobDispatcherUsingIoCompletionPort::TakePacket(
+    DWORD milliseconds)
+{
+    DWORD bytes = 0;
+    ULONG_PTR key = 0;
+    OVERLAPPED* packet = nullptr;
+    const BOOL isThere = GetQueuedCompletionStatus(_port.Get(), &bytes, &key, &packet, milliseconds);
+    if (_isClosing || (isThere && !packet))
+        return Packet::end;
+    return isThere ? Packet::leave : Packet::none;
+}
+
+// With the lock held.
+clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::TakeJob()
+{
+    clsUTThreadedJob* const job = MoveFirstToRunning();
+    _jobsHandedOut += job != nullptr;
+    return job;
 }
 
 // The host is told and the job released under the lock: see clsThreadedJobDispatcher.

@@ -70,7 +70,17 @@ protected:
 private:
     friend class clsThreadedJobProcessorUsingIoCompletionPort;
 
+    enum class Packet
+    {
+        none,
+        leave, // to take a job
+        end    // of the worker
+    };
+
     void StartWorker();
+    clsUTThreadedJob* CompleteAndGetNextJob(clsUTThreadedJob& job);
+    Packet TakePacket(DWORD milliseconds);
+    clsUTThreadedJob* TakeJob();
 
     std::atomic<long long> _waitTime = 0;
     long long _jobsHandedOut = 0;

@@ -7,8 +7,20 @@
 
 namespace qxplatform
 {
+
+// `state` says which handle it is for, and whether it is open.
+struct HandleEntry
+{
+    std::atomic<uint64_t> state = uint64_t{1} << 32;
+    Object* object = nullptr;
+    DWORD access = 0;
+    uint32_t nextFree = 0;
+};
+
 namespace
 {
+
+using Entry = HandleEntry;
 
 // The state word of an entry. A lookup pins the entry, takes a reference to the object and lets go; closing clears the
 // open bit; whoever leaves an entry that is closed and not pinned gives it back. So neither waits for the other.
@@ -16,14 +28,6 @@ constexpr uint64_t openBit = 1;
 constexpr uint64_t onePin = 2;
 constexpr uint64_t pinMask = 0xFFFFFFFE;
 constexpr int generationShift = 32;
-
-struct Entry
-{
-    std::atomic<uint64_t> state = uint64_t{1} << generationShift;
-    Object* object = nullptr;
-    DWORD access = 0;
-    uint32_t nextFree = 0;
-};
 
 constexpr uint32_t chunkSize = 1024;
 constexpr uint32_t chunkCount = 4096;
@@ -135,48 +139,6 @@ void Table::GiveBack(Entry& entry, uint32_t index)
     object->Release();
 }
 
-// Keeps an entry from being given back while its object is looked at.
-class Pin
-{
-public:
-    explicit Pin(HANDLE handle) : _index(theTable.IndexOf(handle))
-    {
-        uint32_t generation = 0;
-        Entry* const entry = theTable.Find(handle, generation);
-        if (entry == nullptr)
-            return;
-        uint64_t state = entry->state.load(std::memory_order_relaxed);
-        do
-        {
-            if ((state & openBit) == 0 || state >> generationShift != generation)
-                return;
-        } while (!entry->state.compare_exchange_weak(
-            state, state + onePin, std::memory_order_acquire, std::memory_order_relaxed));
-        _entry = entry;
-    }
-    Pin(const Pin&) = delete;
-    Pin& operator=(const Pin&) = delete;
-    ~Pin()
-    {
-        if (_entry == nullptr)
-            return;
-        const uint64_t before = _entry->state.fetch_sub(onePin, std::memory_order_acq_rel);
-        if ((before & openBit) == 0 && (before & pinMask) == onePin)
-            theTable.GiveBack(*_entry, _index);
-    }
-
-    explicit operator bool() const { return _entry != nullptr; }
-    Object& object() const { return *_entry->object; }
-    DWORD access() const { return _entry->access; }
-
-    // False if another thread has closed the handle in the meantime.
-    bool Close() { return (_entry->state.fetch_and(~openBit, std::memory_order_acq_rel) & openBit) != 0; }
-
-private:
-    Entry* _entry = nullptr;
-    uint32_t _index;
-};
-
 void Table::ForEach(void (*function)(Object&))
 {
     uint32_t used;
@@ -187,13 +149,53 @@ void Table::ForEach(void (*function)(Object&))
     for (uint32_t index = 0; index < used; ++index)
     {
         const uint64_t state = At(index).state.load(std::memory_order_acquire);
-        const Pin pin(MakeHandle(index, static_cast<uint32_t>(state >> generationShift)));
+        const HandlePin pin(MakeHandle(index, static_cast<uint32_t>(state >> generationShift)));
         if (pin)
             function(pin.object());
     }
 }
 
 } // namespace
+
+HandlePin::HandlePin(HANDLE handle) : _index(theTable.IndexOf(handle))
+{
+    uint32_t generation = 0;
+    HandleEntry* const entry = theTable.Find(handle, generation);
+    if (entry == nullptr)
+        return;
+    uint64_t state = entry->state.load(std::memory_order_relaxed);
+    do
+    {
+        if ((state & openBit) == 0 || state >> generationShift != generation)
+            return;
+    } while (!entry->state.compare_exchange_weak(
+        state, state + onePin, std::memory_order_acquire, std::memory_order_relaxed));
+    _entry = entry;
+}
+
+HandlePin::~HandlePin()
+{
+    if (_entry == nullptr)
+        return;
+    const uint64_t before = _entry->state.fetch_sub(onePin, std::memory_order_acq_rel);
+    if ((before & openBit) == 0 && (before & pinMask) == onePin)
+        theTable.GiveBack(*_entry, _index);
+}
+
+Object& HandlePin::object() const
+{
+    return *_entry->object;
+}
+
+DWORD HandlePin::access() const
+{
+    return _entry->access;
+}
+
+bool HandlePin::Close()
+{
+    return (_entry->state.fetch_and(~openBit, std::memory_order_acq_rel) & openBit) != 0;
+}
 
 HANDLE AddHandle(const Ref<Object>& object, DWORD access)
 {
@@ -205,7 +207,7 @@ HANDLE AddHandle(const Ref<Object>& object, DWORD access)
 
 Ref<Object> ObjectOf(HANDLE handle, DWORD* access)
 {
-    const Pin pin(handle);
+    const HandlePin pin(handle);
     if (!pin)
         return {};
     if (access != nullptr)
@@ -215,7 +217,7 @@ Ref<Object> ObjectOf(HANDLE handle, DWORD* access)
 
 BOOL CloseEntry(HANDLE handle, bool (*mayClose)(const Object&))
 {
-    Pin pin(handle);
+    HandlePin pin(handle);
     if (!pin || !mayClose(pin.object()) || !pin.Close())
         return Fail(ERROR_INVALID_HANDLE);
     pin.object().RemoveHandle();

@@ -107,20 +107,8 @@ public:
     explicit operator bool() const { return _object != nullptr; }
 
 private:
-    template <class Other, class Base>
-    friend Ref<Other> StaticCast(Ref<Base> object);
-
     T* _object = nullptr;
 };
-
-// The same object by a type that it is known to have.
-template <class T, class Base>
-Ref<T> StaticCast(Ref<Base> object)
-{
-    Ref<T> result;
-    result._object = static_cast<T*>(std::exchange(object._object, nullptr));
-    return result;
-}
 
 template <class T, class... Arguments>
 Ref<T> MakeObject(Arguments&&... arguments)

@@ -36,18 +36,30 @@ protected:
     }
 };
 
+// A packet that is there, or comes in a moment. Empty with the port, if there is one, for whoever may wait longer.
+std::optional<Packet> TakeSoon(HANDLE handle, bool mayWait, Ref<PortObject>& port)
+{
+    const Pinned<PortObject> pinned(handle, IO_COMPLETION_MODIFY_STATE);
+    if (!pinned)
+        return std::nullopt;
+    std::optional<Packet> packet = pinned->TakeAtOnce();
+    if (!packet && mayWait)
+    {
+        pinned->Watch();
+        packet = pinned->TakeAtOnce();
+    }
+    if (!packet)
+        port = Ref<PortObject>(pinned.get());
+    return packet;
+}
+
 DWORD WaitForPacket(HANDLE handle, DWORD milliseconds, std::optional<Packet>& packet)
 {
-    const Ref<PortObject> port = LookUp<PortObject>(handle, IO_COMPLETION_MODIFY_STATE);
-    if (!port)
-        return WAIT_FAILED;
-    packet = port->TakeAtOnce();
-    if (!packet && milliseconds != 0)
-    {
-        port->Watch();
-        packet = port->TakeAtOnce();
-    }
-    return packet ? WAIT_OBJECT_0 : port->WaitForItem(milliseconds, packet);
+    Ref<PortObject> port;
+    packet = TakeSoon(handle, milliseconds != 0, port);
+    if (packet)
+        return WAIT_OBJECT_0;
+    return port ? port->WaitForItem(milliseconds, packet) : WAIT_FAILED;
 }
 
 } // namespace
@@ -83,7 +95,7 @@ BOOL WINAPI GetQueuedCompletionStatus(HANDLE CompletionPort, LPDWORD lpNumberOfB
 BOOL WINAPI PostQueuedCompletionStatus(
     HANDLE CompletionPort, DWORD dwNumberOfBytesTransferred, ULONG_PTR dwCompletionKey, LPOVERLAPPED lpOverlapped)
 {
-    const Ref<PortObject> port = LookUp<PortObject>(CompletionPort, IO_COMPLETION_MODIFY_STATE);
+    const Pinned<PortObject> port(CompletionPort, IO_COMPLETION_MODIFY_STATE);
     if (!port)
         return FALSE;
     try

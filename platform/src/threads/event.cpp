@@ -60,7 +60,7 @@ HANDLE WINAPI CreateEventW(LPSECURITY_ATTRIBUTES, BOOL bManualReset, BOOL bIniti
 
 BOOL WINAPI SetEvent(HANDLE hEvent)
 {
-    const Ref<EventObject> event = LookUp<EventObject>(hEvent, EVENT_MODIFY_STATE);
+    const Pinned<EventObject> event(hEvent, EVENT_MODIFY_STATE);
     if (!event)
         return FALSE;
     event->Set();
@@ -69,7 +69,7 @@ BOOL WINAPI SetEvent(HANDLE hEvent)
 
 BOOL WINAPI ResetEvent(HANDLE hEvent)
 {
-    const Ref<EventObject> event = LookUp<EventObject>(hEvent, EVENT_MODIFY_STATE);
+    const Pinned<EventObject> event(hEvent, EVENT_MODIFY_STATE);
     if (!event)
         return FALSE;
     event->Reset();
