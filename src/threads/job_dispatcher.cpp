@@ -56,7 +56,8 @@ public:
     JobInHand& operator=(const JobInHand&) = delete;
     ~JobInHand()
     {
-        Take([] { return ThreadedJobs(); });
+        if (*this)
+            Take([] { return ThreadedJobs(); });
     }
 
     // `take` is called with the lock held, and may give none; whether there is one. The former job is released without
