@@ -163,20 +163,21 @@ TEST(Dates, OfMachines)
 
 TEST(Dates, LocalTimeAndUTC)
 {
-    constexpr int32_t INVALID = static_cast<int32_t>(0x80070057);
-    EXPECT_EQ(UtilLocConvertLocalTimeToUTCTime(nullptr), INVALID);
-    EXPECT_EQ(UtilLocConvertUTCTimeToLocalTime(nullptr), INVALID);
-    SYSTEMTIME time{0, 2, 0, 3};
-    EXPECT_EQ(UtilLocConvertLocalTimeToUTCTime(&time), INVALID);
-    EXPECT_EQ(UtilLocConvertUTCTimeToLocalTime(&time), INVALID);
+    SYSTEMTIME time;
+    for (const auto convert : {UtilLocConvertLocalTimeToUTCTime, UtilLocConvertUTCTimeToLocalTime})
+    {
+        EXPECT_EQ(convert(nullptr), E_INVALIDARG);
+        time = {0, 2, 0, 3};
+        EXPECT_EQ(convert(&time), E_INVALIDARG);
+        time = {2018, 2, 0, 30}; // what can't be converted is all zeros
+        EXPECT_EQ(convert(&time), 0);
+        EXPECT_EQ(Show(time), "0000-00-00 00:00:00");
+    }
     time = {2018, 7, 9, 3, 12, 30, 15, 250};
     EXPECT_EQ(UtilLocConvertUTCTimeToLocalTime(&time), 0);
     EXPECT_EQ(UtilLocConvertLocalTimeToUTCTime(&time), 0);
     EXPECT_EQ(Show(time), "2018-07-03 12:30:15");
     EXPECT_EQ(time.wMilliseconds, 250);
-    time = {2018, 2, 0, 30};
-    EXPECT_EQ(UtilLocConvertLocalTimeToUTCTime(&time), 0); // what can't be converted is all zeros
-    EXPECT_EQ(Show(time), "0000-00-00 00:00:00");
 }
 
 // By the published rules; the days are those that calendars of these years show. The zone is that of the process, so
