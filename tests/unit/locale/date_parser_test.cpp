@@ -16,17 +16,17 @@ namespace
 constexpr uint32_t EXPAND = LOCDATE_EXPAND_YEAR, REPORT = LOCDATE_REPORT_DEFAULT, ZERO = LOCDATE_ZERO_MISSING,
                    TIME = LOCDATE_ALLOW_TIME_ONLY, MARK = LOCDATE_MARK_NO_TIME;
 
-struct Case
+struct DateText
 {
     const wchar_t* text;
     uint32_t flags;
     const char* result;
 };
 
-void Check(const DateSettings& settings, std::initializer_list<Case> cases)
+void Check(const DateSettings& settings, std::initializer_list<DateText> cases)
 {
     clsDateParser parser(settings);
-    for (const Case& row : cases)
+    for (const DateText& row : cases)
         EXPECT_EQ(Parsed(parser, row.text, row.flags), row.result) << String(row.text).NarrowText();
 }
 

@@ -19,7 +19,6 @@ namespace
 {
 
 constexpr std::uint64_t hour = unitsPerHour;
-constexpr std::uint64_t second = unitsPerSecond;
 
 std::uint64_t Now()
 {
@@ -92,7 +91,7 @@ TEST_F(TempFileRemover, FilesGoWhenTheyHaveRestedForTenSeconds)
     remover.Add(name);
     EXPECT_EQ(remover.Round(), 9900u);
     EXPECT_TRUE(Exists(name));
-    clock.utc += 10 * second - 10'000;
+    clock.utc += 10 * unitsPerSecond - 10'000;
     remover.Round();
     EXPECT_TRUE(Exists(name));
     clock.utc += 10'000;
@@ -197,7 +196,7 @@ TEST_F(TempFileRemover, EachRoundTouchesTheActivityFile)
     remover.Round();
     WIN32_FILE_ATTRIBUTE_DATA data{};
     ASSERT_TRUE(GetFileAttributesExW(Signal(), GetFileExInfoStandard, &data));
-    EXPECT_GE(UnitsOf(data.ftLastWriteTime), clock.utc - 60 * second);
+    EXPECT_GE(UnitsOf(data.ftLastWriteTime), clock.utc - 60 * unitsPerSecond);
     const std::string note = BytesOf(Signal());
     ASSERT_GT(note.size(), 12u);
     EXPECT_EQ(note.size() % 2, 0u);
