@@ -1,5 +1,6 @@
 #include "core/string.h"
 
+#include "core/characters.h"
 #include "core/debug_line.h"
 
 #include <windows.h>
@@ -115,12 +116,12 @@ void String::AssignCharacters(const wchar_t* text, std::size_t count)
     if (_record && !_record->IsShared() && _record->capacity > count)
     {
         Changing();
-        std::memmove(_record->text, text, count * sizeof(wchar_t));
+        MoveCharacters(_record->text, text, count);
     }
     else
     {
         StringRecord* record = StringRecord::Create(StringRecord::CapacityFor(count));
-        std::memcpy(record->text, text, count * sizeof(wchar_t));
+        MoveCharacters(record->text, text, count);
         Changing();
         ReplaceRecord(record);
     }
@@ -199,7 +200,7 @@ void String::MakeUnique(bool keep)
         if (keep)
         {
             own = StringRecord::Create(_record->capacity);
-            std::memcpy(own->text, _record->text, _record->capacity * sizeof(wchar_t));
+            MoveCharacters(own->text, _record->text, _record->capacity);
         }
         else
         {
@@ -230,7 +231,7 @@ void String::Reserve(std::size_t capacity, bool keep)
     // What is too small is replaced in any case, so a shared record isn't copied first.
     StringRecord* record = capacity > 0 ? StringRecord::Create(capacity) : nullptr;
     if (_record && keep)
-        std::memcpy(record->text, _record->text, _record->capacity * sizeof(wchar_t));
+        MoveCharacters(record->text, _record->text, _record->capacity);
     else
         _length = 0;
     Changing();

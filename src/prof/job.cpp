@@ -1,5 +1,6 @@
 #include "prof/job.h"
 
+#include "core/characters.h"
 #include "core/module_paths.h"
 #include "core/registry.h"
 #include "core/text_hash.h"
@@ -8,7 +9,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <cstring>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -152,14 +152,14 @@ void clsProfJob::SetValue(clsItem& leaf, std::wstring_view value)
     {
         const uint32_t room = (length + 4) & ~3u;
         auto* block = static_cast<wchar_t*>(_arena.Allocate(room * sizeof(wchar_t)));
-        memcpy(block, value.data(), length * sizeof(wchar_t));
+        CopyCharacters(block, value);
         ReleaseValue(leaf);
         leaf._value = block;
         leaf._valueRoom = room;
     }
     else
     {
-        memmove(const_cast<wchar_t*>(leaf._value), value.data(), length * sizeof(wchar_t));
+        MoveCharacters(const_cast<wchar_t*>(leaf._value), value.data(), length);
     }
     const_cast<wchar_t*>(leaf._value)[length] = 0;
     leaf._valueLength = length;

@@ -1,7 +1,8 @@
 #include "prof/values.h"
 
+#include "core/characters.h"
+
 #include <algorithm>
-#include <cstring>
 
 namespace qx
 {
@@ -11,7 +12,7 @@ void CopyToBuffer(std::wstring_view text, wchar_t* buffer, int32_t size)
     if (buffer == nullptr || size <= 0)
         return;
     const size_t length = std::min(text.size(), static_cast<size_t>(size) - 1);
-    memmove(buffer, text.data(), length * sizeof(wchar_t));
+    MoveCharacters(buffer, text.data(), length);
     buffer[length] = 0;
 }
 

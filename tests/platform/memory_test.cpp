@@ -4,7 +4,6 @@
 #include <windows.h>
 
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
 namespace
@@ -73,26 +72,6 @@ TEST(GlobalMemory, ForeignValuesAreRefused)
 #ifndef _WIN32 // as said
     GlobalFree(reused);
 #endif
-}
-
-TEST(GlobalMemory, ResizingKeepsTheBytesAndZeroesWhatIsNew)
-{
-    HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, 10);
-    std::memset(GlobalLock(memory), 'x', 10);
-    GlobalUnlock(memory);
-    size_t kept = 10;
-    for (const size_t size : {11u, 4096u, 5u, 70000u, 70001u, 1u, 200u, 3000000u, 16u, 24u})
-    {
-        memory = GlobalReAlloc(memory, size, GMEM_MOVEABLE | GMEM_ZEROINIT);
-        ASSERT_NE(memory, nullptr);
-        EXPECT_EQ(GlobalSize(memory), size);
-        kept = size < kept ? size : kept;
-        const auto data = static_cast<const unsigned char*>(GlobalLock(memory));
-        for (size_t i = 0; i < size; ++i)
-            ASSERT_EQ(data[i], i < kept ? 'x' : 0) << i << " of " << size;
-        GlobalUnlock(memory);
-    }
-    GlobalFree(memory);
 }
 
 TEST(GlobalMemory, TooLargeABlockFailsAndLeavesTheOldOne)
