@@ -255,6 +255,14 @@ static inline PVOID InterlockedCompareExchangePointer(PVOID volatile* target, PV
     return comparand;
 }
 
+// For loops that wait for another processor.
+static inline void YieldProcessor(void)
+{
+#if defined(__x86_64__)
+    __builtin_ia32_pause();
+#endif
+}
+
 // What tokens tell of the process's user.
 #define TOKEN_QUERY 0x0008
 

@@ -1,4 +1,4 @@
-#include "threads/job_dispatcher.h"
+#include "threads/job_in_hand.h"
 
 #include <timeapi.h>
 
@@ -45,79 +45,6 @@ bool HasGroup(const ThreadedJobs& jobs, int group)
 
 } // namespace
 
-// The job in the hands of a thread that drives, for as long as it is run or its host is told. It stands in no list
-// then, but isn't gone yet for the other threads that wait for the end of all. It is released when the next one is
-// taken, unless it is kept.
-class clsThreadedJobDispatcher::JobInHand
-{
-public:
-    explicit JobInHand(clsThreadedJobDispatcher& dispatcher) : _dispatcher(dispatcher) {}
-    JobInHand(const JobInHand&) = delete;
-    JobInHand& operator=(const JobInHand&) = delete;
-    ~JobInHand()
-    {
-        if (*this)
-            Take([] { return ThreadedJobs(); });
-    }
-
-    // `take` is called with the lock held, and may give none; whether there is one. The former job is released without
-    // the lock, since the end of the caller's objects may take any time; it still counts meanwhile.
-    template <class Source>
-    bool Take(Source take)
-    {
-        ThreadedJobs former;
-        {
-            const clsCriticalSectionLock lock(_dispatcher._lock);
-            former = std::exchange(_job, take());
-            if (*this)
-                EnterChain();
-        }
-        if (!former.IsEmpty() && !*this)
-        {
-            former.Clear();
-            const clsCriticalSectionLock lock(_dispatcher._lock);
-            LeaveChain();
-        }
-        return !_job.IsEmpty();
-    }
-
-    explicit operator bool() const { return !_job.IsEmpty(); }
-    const clsUTThreadedJob& operator*() const { return *_job.First(); }
-    const clsUTThreadedJob* operator->() const { return _job.First(); }
-    DWORD ThreadId() const { return _threadId; }
-    const JobInHand* Next() const { return _next; }
-
-    // As one that is finished.
-    void Keep()
-    {
-        const clsCriticalSectionLock lock(_dispatcher._lock);
-        _job.MoveAt(0, _dispatcher._finished);
-        LeaveChain();
-        _dispatcher._jobEvent.Set();
-    }
-
-private:
-    void EnterChain()
-    {
-        if (!std::exchange(_isInChain, true))
-            _next = std::exchange(_dispatcher._firstInHand, this);
-    }
-    void LeaveChain()
-    {
-        JobInHand** link = &_dispatcher._firstInHand;
-        while (*link != this)
-            link = &(*link)->_next;
-        *link = _next;
-        _isInChain = false;
-    }
-
-    clsThreadedJobDispatcher& _dispatcher;
-    const DWORD _threadId = GetCurrentThreadId();
-    ThreadedJobs _job; // at most one
-    JobInHand* _next = nullptr;
-    bool _isInChain = false;
-};
-
 // A thread that has a job in its hands itself, which a host or a job that waits for the end has, doesn't wait for those
 // of others: they may wait for its own.
 bool clsThreadedJobDispatcher::OthersHaveJobs(int group) const
@@ -125,9 +52,9 @@ bool clsThreadedJobDispatcher::OthersHaveJobs(int group) const
     bool haveAny = false;
     for (const JobInHand* inHand = _firstInHand; inHand; inHand = inHand->Next())
     {
-        if (inHand->ThreadId() == GetCurrentThreadId())
+        if (inHand->ThreadId() == GetCurrentThreadId() && !inHand->IsEmpty())
             return false;
-        haveAny = haveAny || !*inHand || (*inHand)->IsOfGroup(group); // one without its job is being released
+        haveAny = haveAny || inHand->MayHaveGroup(group);
     }
     return haveAny;
 }

@@ -1,5 +1,6 @@
 #include "threads/port_job_dispatcher.h"
 
+#include "threads/job_in_hand.h"
 #include "threads/processor_count.h"
 
 #include <new>
@@ -10,6 +11,9 @@ namespace
 {
 
 constexpr DWORD packetBytes = 8;
+
+// What a packet bears that wakes a worker; one without anything is for its end.
+OVERLAPPED wakeUp{};
 
 long long CounterNow()
 {
@@ -36,12 +40,7 @@ clsThreadedJobProcessorUsingIoCompletionPort::~clsThreadedJobProcessorUsingIoCom
 
 unsigned clsThreadedJobProcessorUsingIoCompletionPort::ThreadProc()
 {
-    for (clsUTThreadedJob* job = _dispatcher.GetNextJob(); job; job = _dispatcher.CompleteAndGetNextJob(*job))
-    {
-        const ThreadSpan span(Marks(), job->name.Text());
-        job->Run();
-    }
-    --_dispatcher._activeWorkers;
+    _dispatcher.RunJobs(Marks());
     return 0;
 }
 
@@ -56,7 +55,6 @@ clsThreadedJobDispatcherUsingIoCompletionPort::clsThreadedJobDispatcherUsingIoCo
 
 clsThreadedJobDispatcherUsingIoCompletionPort::~clsThreadedJobDispatcherUsingIoCompletionPort()
 {
-    // Any packet tells a worker to end now: those of jobs that were aborted may stand in front of these, in millions.
     _isClosing = true;
     for (std::size_t worker = 0; worker < _workers.Count(); ++worker)
         PostQueuedCompletionStatus(_port.Get(), 0, 0, nullptr);
@@ -66,28 +64,48 @@ clsThreadedJobDispatcherUsingIoCompletionPort::~clsThreadedJobDispatcherUsingIoC
 
 void clsThreadedJobDispatcherUsingIoCompletionPort::AddJob(ThreadedJobs job)
 {
-    clsUTThreadedJob* const packet = job.First();
     {
         const clsCriticalSectionLock lock(_lock);
         if (_isAborted)
             return; // the record and its references go with the argument
-        if (packet->CanRunOnWorker())
-        {
-            if ((!_queued.IsEmpty() || _workers.IsEmpty()) && _workers.Count() < _maximumWorkers)
-                StartWorker();
-            job.MoveAt(0, _queued);
-        }
-        else
+        if (!job.First()->CanRunOnWorker())
         {
             job.MoveAt(0, _callerJobs);
             _jobEvent.Set(); // whoever waits for jobs may run this one
+            return;
         }
+        if ((!_queued.IsEmpty() || _workers.IsEmpty()) && _workers.Count() < _maximumWorkers)
+            StartWorker();
+        job.MoveAt(0, _queued);
+        SetHasQueued(true);
+        if (!NeedsPacket())
+            return;
+        ++_packets;
     }
-    if (!PostQueuedCompletionStatus(_port.Get(), packetBytes, 0, reinterpret_cast<OVERLAPPED*>(packet)))
-    {
-        _lacksPackets = true;
-        _jobEvent.Set();
-    }
+    PostPacket();
+}
+
+// With the lock held. A value that is there already isn't written, which would take the line from those that read it.
+void clsThreadedJobDispatcherUsingIoCompletionPort::SetHasQueued(bool hasQueued)
+{
+    if (_hasQueued.load(std::memory_order_relaxed) != hasQueued)
+        _hasQueued.store(hasQueued, std::memory_order_relaxed);
+}
+
+// With the lock held.
+bool clsThreadedJobDispatcherUsingIoCompletionPort::NeedsPacket() const
+{
+    return _packets < _waitingWorkers && _packets + _isWatched < _queued.Count();
+}
+
+void clsThreadedJobDispatcherUsingIoCompletionPort::PostPacket()
+{
+    if (PostQueuedCompletionStatus(_port.Get(), packetBytes, 0, &wakeUp))
+        return;
+    const clsCriticalSectionLock lock(_lock);
+    --_packets;
+    _lacksPackets = true;
+    _jobEvent.Set();
 }
 
 // One that can't be started is not missed: the next job tries again.
@@ -115,64 +133,105 @@ void clsThreadedJobDispatcherUsingIoCompletionPort::StartWorker()
 
 clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::GetNextJob()
 {
-    for (;;)
+    WatchQueue();
+    for (bool wasWoken = false;; wasWoken = true)
     {
-        const long long begin = CounterNow();
-        const Packet packet = TakePacket(INFINITE);
-        _waitTime.fetch_add(CounterNow() - begin, std::memory_order_relaxed);
-        if (packet != Packet::leave)
+        {
+            const clsCriticalSectionLock lock(_lock);
+            if (_isClosing)
+                return nullptr;
+            if (wasWoken)
+            {
+                --_waitingWorkers;
+                --_packets;
+            }
+            if (clsUTThreadedJob* const job = TakeJob())
+                return job;
+            ++_waitingWorkers;
+        }
+        if (!WaitForPacket())
             return nullptr;
-        const clsCriticalSectionLock lock(_lock);
-        if (clsUTThreadedJob* const job = TakeJob())
-            return job;
     }
 }
 
-// As JobCompleted() and GetNextJob() do, in one round of the lock as long as there are packets.
-clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::CompleteAndGetNextJob(clsUTThreadedJob& job)
+// For a job that is likely to come at once: looks out for it about as long as it takes to be woken, so that nobody has
+// to wake this thread. Seldom, so as not to hold up those that add: a few jobs together cost less than each by itself.
+void clsThreadedJobDispatcherUsingIoCompletionPort::WatchQueue()
 {
-    const Packet packet = TakePacket(0);
-    {
-        const clsCriticalSectionLock lock(_lock);
-        JobCompleted(job);
-        clsUTThreadedJob* const next = packet == Packet::leave ? TakeJob() : nullptr;
-        if (next || packet == Packet::end)
-            return next;
-    }
-    return GetNextJob();
+    constexpr int looks = 4, pauses = 400;
+    if (_isWatched.exchange(true))
+        return;
+    for (int look = 0; look < looks && !_hasQueued && !_isClosing; ++look)
+        for (int pause = 0; pause < pauses; ++pause)
+            YieldProcessor();
+    _isWatched = false; // before the lock is taken: the next job may need somebody else
 }
 
-clsThreadedJobDispatcherUsingIoCompletionPort::Packet clsThreadedJobDispatcherUsingIoCompletionPort::TakePacket(
-    DWORD milliseconds)
+bool clsThreadedJobDispatcherUsingIoCompletionPort::WaitForPacket()
 {
     DWORD bytes = 0;
     ULONG_PTR key = 0;
     OVERLAPPED* packet = nullptr;
-    const BOOL isThere = GetQueuedCompletionStatus(_port.Get(), &bytes, &key, &packet, milliseconds);
-    if (_isClosing || (isThere && !packet))
-        return Packet::end;
-    return isThere ? Packet::leave : Packet::none;
+    const long long begin = CounterNow();
+    const BOOL isThere = GetQueuedCompletionStatus(_port.Get(), &bytes, &key, &packet, INFINITE);
+    _waitTime.fetch_add(CounterNow() - begin, std::memory_order_relaxed);
+    return isThere && packet;
+}
+
+// By each worker.
+void clsThreadedJobDispatcherUsingIoCompletionPort::RunJobs(ThreadMarks* marks)
+{
+    {
+        JobInHand inHand(*this);
+        for (clsUTThreadedJob* job = GetNextJob(); job; job = CompleteAndGetNextJob(*job, inHand))
+        {
+            const ThreadSpan span(marks, job->name.Text());
+            job->Run();
+        }
+    }
+    --_activeWorkers;
+}
+
+// As JobCompleted() and GetNextJob() do, in one round of the lock as long as there are jobs.
+clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::CompleteAndGetNextJob(
+    clsUTThreadedJob& job, JobInHand& inHand)
+{
+    clsUTThreadedJob* next = nullptr;
+    inHand.Release(
+        [&]
+        {
+            ThreadedJobs taken = Complete(job);
+            if (!_isClosing)
+                next = TakeJob();
+            return taken;
+        });
+    _jobEvent.Set();
+    return next ? next : GetNextJob();
 }
 
 // With the lock held.
 clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::TakeJob()
 {
     clsUTThreadedJob* const job = MoveFirstToRunning();
+    SetHasQueued(!_queued.IsEmpty());
     _jobsHandedOut += job != nullptr;
     return job;
 }
 
-// The host is told and the job released under the lock: see clsThreadedJobDispatcher.
 void clsThreadedJobDispatcherUsingIoCompletionPort::JobCompleted(clsUTThreadedJob& job)
 {
-    const clsCriticalSectionLock lock(_lock);
+    JobInHand(*this).Release([&] { return Complete(job); });
+    _jobEvent.Set();
+}
+
+// With the lock held, also while the host is told. The job, if the host takes it.
+ThreadedJobs clsThreadedJobDispatcherUsingIoCompletionPort::Complete(clsUTThreadedJob& job)
+{
     ThreadedJobs completed;
     MoveRunning(job, completed);
-    if (job.TellOwnHost())
-        completed.Clear();
-    else
+    if (!job.TellOwnHost())
         completed.MoveAt(0, _finished);
-    _jobEvent.Set();
+    return completed;
 }
 
 ThreadedJobs clsThreadedJobDispatcherUsingIoCompletionPort::GetFinishedJob()

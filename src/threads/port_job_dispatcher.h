@@ -42,10 +42,10 @@ private:
     static std::atomic<int> alive;
 };
 
-// A packet at the port is leave for one worker to take one job, the first that is queued. It bears the address of a
-// job, which nobody looks at: the job may be gone by then, or be one for the caller. There are never fewer packets than
-// queued jobs, so each job finds its worker; a packet that finds no job is passed over. Should a packet not have been
-// posted, the thread that finalizes or closes helps.
+// A worker that has run a job takes the next one of the queue at once, or watches the queue for a moment, and only then
+// waits at the port. A packet there wakes one worker, and is posted only where one waits and those that are awake or
+// woken already can't take all that is queued: each packet costs two calls of the system, and a thread to be woken.
+// Should one not have been posted, the thread that finalizes or closes helps.
 class clsThreadedJobDispatcherUsingIoCompletionPort final : private DispatcherNumber, public clsThreadedJobDispatcher
 {
 public:
@@ -70,26 +70,29 @@ protected:
 private:
     friend class clsThreadedJobProcessorUsingIoCompletionPort;
 
-    enum class Packet
-    {
-        none,
-        leave, // to take a job
-        end    // of the worker
-    };
-
     void StartWorker();
-    clsUTThreadedJob* CompleteAndGetNextJob(clsUTThreadedJob& job);
-    Packet TakePacket(DWORD milliseconds);
+    void RunJobs(ThreadMarks* marks);
+    clsUTThreadedJob* CompleteAndGetNextJob(clsUTThreadedJob& job, JobInHand& inHand);
+    ThreadedJobs Complete(clsUTThreadedJob& job);
+    void SetHasQueued(bool hasQueued);
+    bool NeedsPacket() const;
+    void PostPacket();
+    bool WaitForPacket();
+    void WatchQueue();
     clsUTThreadedJob* TakeJob();
 
-    std::atomic<long long> _waitTime = 0;
-    long long _jobsHandedOut = 0;
     const String _name;
     WCValSList<std::unique_ptr<clsThreadedJobProcessorUsingIoCompletionPort>> _workers;
     std::atomic<int> _activeWorkers = 0; // not yet at their end
     std::atomic<bool> _isClosing = false;
     std::atomic<bool> _lacksPackets = false; // one couldn't be posted, so a job may stay queued
+    std::atomic<bool> _hasQueued = false;    // for whoever watches without the lock
+    std::atomic<bool> _isWatched = false;    // by a worker that takes what it sees
+    std::size_t _waitingWorkers = 0;         // at the port, or on their way there
+    std::size_t _packets = 0;                // posted, and not yet seen by the workers that they are for
     clsGenericHandleObjectAutoRelease _port;
+    alignas(cacheLine) std::atomic<long long> _waitTime = 0;
+    long long _jobsHandedOut = 0;
 };
 
 } // namespace qx

@@ -36,18 +36,13 @@ protected:
     }
 };
 
-// A packet that is there, or comes in a moment. Empty with the port, if there is one, for whoever may wait longer.
-std::optional<Packet> TakeSoon(HANDLE handle, bool mayWait, Ref<PortObject>& port)
+// A packet that is there. Empty with the port, if there is one, for whoever may wait.
+std::optional<Packet> TakeAtOnce(HANDLE handle, Ref<PortObject>& port)
 {
     const Pinned<PortObject> pinned(handle, IO_COMPLETION_MODIFY_STATE);
     if (!pinned)
         return std::nullopt;
     std::optional<Packet> packet = pinned->TakeAtOnce();
-    if (!packet && mayWait)
-    {
-        pinned->Watch();
-        packet = pinned->TakeAtOnce();
-    }
     if (!packet)
         port = Ref<PortObject>(pinned.get());
     return packet;
@@ -56,7 +51,7 @@ std::optional<Packet> TakeSoon(HANDLE handle, bool mayWait, Ref<PortObject>& por
 DWORD WaitForPacket(HANDLE handle, DWORD milliseconds, std::optional<Packet>& packet)
 {
     Ref<PortObject> port;
-    packet = TakeSoon(handle, milliseconds != 0, port);
+    packet = TakeAtOnce(handle, port);
     if (packet)
         return WAIT_OBJECT_0;
     return port ? port->WaitForItem(milliseconds, packet) : WAIT_FAILED;

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "sync/futex.h"
-#include "sync/pause.h"
 #include "sync/wait.h"
 
 #include <sysinfoapi.h>
@@ -56,23 +55,11 @@ public:
         return item;
     }
 
-    // For an item that is likely to come at once: looks for it for a moment, so that nobody has to wake this thread.
-    // Not all the time, which would hold up those that put: a few items at once cost less than each by itself.
-    void Watch()
-    {
-        constexpr int looks = 4, pauses = 400; // together about what it costs to be woken
-        if (_watchers.fetch_add(1) == 0)
-            for (int look = 0; look < looks && Count() == 0 && !_hasEnded; ++look)
-                for (int pause = 0; pause < pauses; ++pause)
-                    PauseProcessor();
-        --_watchers; // before it takes an item: the next one may need somebody else
-    }
-
     // Without the dispatcher's lock, which is taken only if somebody has to be woken.
     void PutAndWake(Item item)
     {
         Append(std::move(item));
-        if (!HasWaiters() || Count() <= _watchers.load())
+        if (!HasWaiters())
             return;
         std::unique_lock guard(DispatcherLock());
         LONG* const word = MarkLatestWaiter();
@@ -140,7 +127,6 @@ private:
     std::vector<Item> _items; // from _first on; those in front of it were taken
     size_t _first = 0;
     std::atomic<size_t> _count = 0; // of those that are there; changed under the lock
-    std::atomic<size_t> _watchers = 0;
     std::atomic<bool> _hasEnded = false;
 };
 

@@ -3,7 +3,6 @@
 
 #include "sync/futex.h"
 #include "sync/held_sections.h"
-#include "sync/pause.h"
 #include "threads/thread_object.h"
 
 #include <atomic>
@@ -49,7 +48,7 @@ bool SpinForFree(LPCRITICAL_SECTION section)
     {
         if (LockWord(section).load(std::memory_order_relaxed) == isFree && TakeFree(section))
             return true;
-        PauseProcessor();
+        YieldProcessor();
     }
     return false;
 }

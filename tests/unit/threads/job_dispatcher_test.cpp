@@ -133,7 +133,7 @@ TEST_F(JobDispatcher, JobsForTheCaller)
                                 0, false),
             i == 1 ? &host : &declining));
     EXPECT_EQ(pool.WorkerCount(), 0u);
-    pool.AddJob(MakeJob(new TestJob(counts), &host)); // its worker passes over the packets of the others
+    pool.AddJob(MakeJob(new TestJob(counts), &host)); // its worker leaves the others alone
     EXPECT_TRUE(WaitUntil([&] { return counts.told == 1; }));
     EXPECT_EQ(counts.runs, 1);
     pool.Finalize(&declining);
