@@ -116,5 +116,9 @@ BOOL WINAPI SetFileTime(
     if (lpCreationTime != nullptr && lpLastAccessTime == nullptr && lpLastWriteTime == nullptr)
         return Fail(ERROR_NOT_SUPPORTED);
     const timespec times[] = {TimeToSet(lpLastAccessTime), TimeToSet(lpLastWriteTime)};
-    return utimensat(AT_FDCWD, PathOfDescriptor(file->descriptor()).c_str(), times, 0) == 0 || FailErrno();
+    if (futimens(file->descriptor(), times) == 0)
+        return TRUE;
+    // Not by the descriptor itself, if that was opened for nothing but its attributes.
+    return (errno == EBADF && utimensat(AT_FDCWD, PathOfDescriptor(file->descriptor()).c_str(), times, 0) == 0) ||
+           FailErrno();
 }

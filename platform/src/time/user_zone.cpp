@@ -36,6 +36,8 @@ time_t MomentOfLocal(time_t local)
     constexpr time_t day = 86400;
     const LONG before = ZoneOffsetAt(local - day);
     const LONG after = ZoneOffsetAt(local + day);
+    if (before == after)
+        return local - before;
     const auto isRight = [local](LONG offset)
     {
         return ZoneOffsetAt(local - offset) == offset;
