@@ -1,6 +1,7 @@
 // How the profile store grows with its input: the time a leaf takes to be loaded and saved, the time of a look-up, and
 // the peak of memory against the size of the file, the unpacked one if it is packed. Each row is a process of its own.
-// With "large" as the argument: a file of 1 GB, with leaves and as a hole.
+// Beside the look-ups in one list stand those of GLib's GKeyFile in one group, which grow by the processor's caches
+// too. With "large" as the argument: a file of 1 GB, with leaves and as a hole.
 #include <qxut23/profile.h>
 
 #include <sys/wait.h>
@@ -15,6 +16,8 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <glib.h>
 
 namespace
 {
@@ -106,12 +109,17 @@ WideText Wide(const std::string& text)
     return wide;
 }
 
+int LookedUp(int n, int leaves)
+{
+    return static_cast<int>(int64_t{n} * 7919 % leaves);
+}
+
 double LookUp(HPROFJOB job, const Shape& shape, int leaves)
 {
     std::vector<WideText> paths;
     for (int n = 0; n < kLookUps; ++n)
     {
-        const int i = static_cast<int>(int64_t{n} * 7919 % leaves);
+        const int i = LookedUp(n, leaves);
         paths.push_back(
             Wide(shape.leavesOfList != 0 ? ListName(i / shape.leavesOfList) + "/" + LeafName(i % shape.leavesOfList)
                                          : LeafName(i)));
@@ -127,6 +135,30 @@ double LookUp(HPROFJOB job, const Shape& shape, int leaves)
             std::exit(1);
     }
     return Seconds(start) / kLookUps;
+}
+
+// In seconds.
+double LookUpInKeyFile(int leaves)
+{
+    std::string text = "[list]\n";
+    for (int i = 0; i < leaves; ++i)
+        text += LeafName(i) + "=value of " + std::to_string(i) + "\n";
+    GKeyFile* const file = g_key_file_new();
+    g_key_file_load_from_data(file, text.data(), text.size(), G_KEY_FILE_NONE, nullptr);
+    std::vector<std::string> names;
+    for (int n = 0; n < kLookUps; ++n)
+        names.push_back(LeafName(LookedUp(n, leaves)));
+    const Clock::time_point start = Clock::now();
+    for (const std::string& name : names)
+    {
+        char* const value = g_key_file_get_value(file, "list", name.c_str(), nullptr);
+        if (value == nullptr)
+            std::exit(1);
+        g_free(value);
+    }
+    const double seconds = Seconds(start) / kLookUps;
+    g_key_file_unref(file);
+    return seconds;
 }
 
 // Does the work in a child, so that each row has the memory to itself.
@@ -247,6 +279,13 @@ int main(int argc, char** argv)
         for (const Shape& shape : kShapes)
             for (const int leaves : kLeaves)
                 Measure(folder, shape, leaves, PROF_FORM_TEXT);
+        for (const int leaves : kLeaves)
+            InChild(
+                [=]
+                {
+                    std::printf("%-27s %9d leaves %13s look up %6.1f ns\n", "GKeyFile, one group", leaves, "",
+                        LookUpInKeyFile(leaves) * 1e9);
+                });
         for (const int form : {PROF_FORM_XML, PROF_SAVE_PACKED})
             for (const Shape& shape : kShapes)
                 for (const int leaves : {kLeaves[0], kLeaves[3]})

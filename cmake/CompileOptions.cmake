@@ -11,7 +11,9 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}")
-# Installed programs and libraries find each other wherever the tree is put.
+# Programs and libraries find each other wherever the tree is put; so they do in the build folder, which has all of them
+# in one place.
+set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 
 # How characters are compiled: 16 bits on both targets. Apart from the warnings, because
@@ -32,6 +34,8 @@ target_compile_options(qx_client_options INTERFACE
     -Wno-missing-field-initializers
     # GetProcAddress gives one function type for all.
     -Wno-cast-function-type
+    # What GCC sees at -O3 in inlined code of std::string and std::optional isn't there.
+    $<$<AND:$<CXX_COMPILER_ID:GNU>,$<CONFIG:Release>>:-Wno-restrict;-Wno-maybe-uninitialized>
     # clang counts changes of sign among the conversions, gcc does not.
     $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>)
 # Not -Wnon-virtual-dtor: COM's interfaces have no destructor in their table, on both targets, so every class that

@@ -2,7 +2,9 @@
 
 #include "core/charset_conversion.h"
 
+#include <cstdint>
 #include <cstring>
+#include <new>
 #include <utility>
 
 namespace qx
@@ -17,6 +19,8 @@ void clsCHARString::Append(const char* bytes, std::size_t count)
 {
     if (count == 0)
         return;
+    if (count >= SIZE_MAX / 2 - _length)
+        throw std::bad_alloc();
     // The bytes may be this object's own, so they are copied before the old block goes.
     std::unique_ptr<char[]> old;
     if (_length + count + 1 > _capacity)
