@@ -7,9 +7,11 @@
 #include <minizip/unzip.h>
 #include <minizip/zip.h>
 #include <unistd.h>
+#include <utime.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -156,6 +158,22 @@ void ExtractOurs(const std::string& archive, const std::string& target)
     Require(UtilExtractZip(Wide(archive).data(), Wide(target).data()) == 1);
 }
 
+// As minizip's own program does it.
+void SetTime(const fs::path& path, const tm_unz& time)
+{
+    tm local{};
+    local.tm_year = time.tm_year > 1900 ? time.tm_year - 1900 : time.tm_year;
+    local.tm_mon = time.tm_mon;
+    local.tm_mday = time.tm_mday;
+    local.tm_hour = time.tm_hour;
+    local.tm_min = time.tm_min;
+    local.tm_sec = time.tm_sec;
+    local.tm_isdst = -1;
+    const std::time_t seconds = std::mktime(&local);
+    const utimbuf times{seconds, seconds};
+    Require(utime(path.c_str(), &times) == 0);
+}
+
 void ExtractMinizip(const std::string& archive, const std::string& target)
 {
     std::vector<char> buffer(1 << 20);
@@ -172,7 +190,9 @@ void ExtractMinizip(const std::string& archive, const std::string& target)
         int count;
         while ((count = unzReadCurrentFile(zip, buffer.data(), static_cast<unsigned>(buffer.size()))) > 0)
             file.write(buffer.data(), count);
+        file.close();
         Require(unzCloseCurrentFile(zip) == UNZ_OK);
+        SetTime(path, info.tmu_date);
     }
     unzClose(zip);
 }
