@@ -258,14 +258,15 @@ String Unzipper::MakeFolders(const String& folder, const WCValSList<String>& par
 
     if (!MakeFolder(folder))
         throw clsZIPException(L"The folder '%s' can't be made", folder);
+    _isFolderNew = false;
     while (path.Length() < last.Length())
     {
         const std::size_t end = last.View().find(PATH_SEPARATOR, path.Length());
         const String made = last.Left(end);
-        CreateDirectoryW(made, nullptr);
-        if (!IsFolder(made))
+        _isFolderNew = CreateDirectoryW(made, nullptr) != FALSE;
+        if (!_isFolderNew && !IsFolder(made))
             throw clsZIPException(L"The folder of the zip entry '%s' can't be made", _member.name);
-        if (IsLink(made))
+        if (!_isFolderNew && IsLink(made))
             throw clsZIPException(L"The zip entry '%s' leads through a link", _member.name);
         path = last.Left(end + 1);
     }
@@ -275,7 +276,7 @@ String Unzipper::MakeFolders(const String& folder, const WCValSList<String>& par
 
 void Unzipper::ExtractFile(const String& path)
 {
-    if (IsLink(path))
+    if (!_isFolderNew && IsLink(path))
         throw clsZIPException(L"The zip entry '%s' leads through a link", _member.name);
     if (unzOpenCurrentFile(_archive) != UNZ_OK)
         throw Damaged();

@@ -73,7 +73,8 @@ private:
     void* _archive;          // minizip's handle
     std::uint64_t _left = 0; // members from the present one on
     scZIPMember _member;
-    String _folderThere; // the last one that was made or found
+    String _folderThere;       // the last one that was made or found
+    bool _isFolderNew = false; // and made here, so that nothing but members can be in it
     std::string _name;
     std::string _extra;
     ByteBlock _buffer;

@@ -8,10 +8,10 @@ namespace qxplatform
 namespace
 {
 
+// localtime_r need not look at a changed zone; tzset() does, for the calls that follow.
 tm LocalAt(time_t universal)
 {
     tm local{};
-    tzset(); // localtime_r need not look at a changed TZ
     localtime_r(&universal, &local);
     return local;
 }
@@ -24,23 +24,30 @@ LONG FirstOffset()
     return static_cast<LONG>(std::min(LocalAt(0).tm_gmtoff, LocalAt(halfYear).tm_gmtoff));
 }
 
+LONG OffsetAt(time_t universal)
+{
+    return universal < 0 ? FirstOffset() : static_cast<LONG>(LocalAt(universal).tm_gmtoff);
+}
+
 } // namespace
 
 LONG ZoneOffsetAt(time_t universal)
 {
-    return universal < 0 ? FirstOffset() : static_cast<LONG>(LocalAt(universal).tm_gmtoff);
+    tzset();
+    return OffsetAt(universal);
 }
 
 time_t MomentOfLocal(time_t local)
 {
     constexpr time_t day = 86400;
-    const LONG before = ZoneOffsetAt(local - day);
-    const LONG after = ZoneOffsetAt(local + day);
+    tzset();
+    const LONG before = OffsetAt(local - day);
+    const LONG after = OffsetAt(local + day);
     if (before == after)
         return local - before;
     const auto isRight = [local](LONG offset)
     {
-        return ZoneOffsetAt(local - offset) == offset;
+        return OffsetAt(local - offset) == offset;
     };
     const LONG larger = std::max(before, after);
     const LONG smaller = std::min(before, after);
@@ -49,6 +56,7 @@ time_t MomentOfLocal(time_t local)
 
 std::string ZoneAbbreviationAt(time_t universal)
 {
+    tzset();
     return LocalAt(universal).tm_zone;
 }
 
