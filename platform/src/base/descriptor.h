@@ -1,6 +1,10 @@
-// Closes a file descriptor at the end of its scope.
+// A file descriptor, and what is done with one in a loop because signals interrupt it or it takes a part only.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
 #include <utility>
 
 #include <unistd.h>
@@ -8,6 +12,7 @@
 namespace qxplatform
 {
 
+// Closes it at the end of its scope.
 class Descriptor
 {
 public:
@@ -31,5 +36,13 @@ public:
 private:
     int _descriptor;
 };
+
+// All of these are false, with errno, if they fail.
+
+// Appends what follows, up to the end or until there is more than the limit.
+bool ReadAll(int file, std::string& bytes, std::size_t limit = SIZE_MAX);
+bool WriteAll(int file, std::string_view bytes);
+// As flock().
+bool Lock(int file, int operation);
 
 } // namespace qxplatform

@@ -59,43 +59,6 @@ Descriptor OpenInFolder(const char* name, int flags)
     return Descriptor(open((folder + name).c_str(), flags | O_CLOEXEC, kForUserAlone));
 }
 
-bool Lock(const Descriptor& file, int operation)
-{
-    int result;
-    do
-        result = flock(file.Get(), operation);
-    while (result != 0 && errno == EINTR);
-    return result == 0;
-}
-
-bool ReadAll(int file, std::string& bytes)
-{
-    char chunk[0x10000];
-    for (;;)
-    {
-        const ssize_t count = read(file, chunk, sizeof chunk);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            return count == 0;
-        bytes.append(chunk, static_cast<size_t>(count));
-    }
-}
-
-bool WriteAll(int file, std::string_view bytes)
-{
-    while (!bytes.empty())
-    {
-        const ssize_t count = write(file, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return false;
-        bytes.remove_prefix(static_cast<size_t>(count));
-    }
-    return true;
-}
-
 // A name is a line of its own, so it has no line break, nor any other control character.
 bool IsName(std::u16string_view name)
 {
@@ -125,7 +88,7 @@ Descriptor LockClipboard()
         FailErrno();
         return Descriptor();
     }
-    if (!Lock(file, LOCK_EX | LOCK_NB))
+    if (!Lock(file.Get(), LOCK_EX | LOCK_NB))
     {
         Fail(ERROR_ACCESS_DENIED);
         return Descriptor();
@@ -180,7 +143,7 @@ UINT ClipboardFormatNumber(std::u16string_view name)
         return static_cast<UINT>(Fail(name.size() > kLongestName ? ERROR_INVALID_PARAMETER : ERROR_INVALID_NAME));
     const Descriptor file = OpenInFolder(kNamesName, O_RDWR | O_CREAT | O_APPEND);
     std::string lines;
-    if (!file || !Lock(file, LOCK_EX) || !ReadAll(file.Get(), lines))
+    if (!file || !Lock(file.Get(), LOCK_EX) || !ReadAll(file.Get(), lines))
         return static_cast<UINT>(FailErrno());
     UINT next = 0;
     if (const UINT known = NumberOfName(lines, name, next); known != 0)

@@ -42,36 +42,6 @@ bool SameVersion(const struct stat& left, const struct stat& right)
            SameTime(left.st_mtim, right.st_mtim) && SameTime(left.st_ctim, right.st_ctim);
 }
 
-bool ReadAll(int file, std::string& bytes)
-{
-    char chunk[0x10000];
-    for (;;)
-    {
-        const ssize_t count = read(file, chunk, sizeof(chunk));
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            return count == 0;
-        bytes.append(chunk, static_cast<size_t>(count));
-        if (bytes.size() > kMaxRegistryFile)
-            return true; // it has grown meanwhile, and its reader refuses it
-    }
-}
-
-bool WriteAll(int file, std::string_view bytes)
-{
-    while (!bytes.empty())
-    {
-        const ssize_t count = write(file, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return false;
-        bytes.remove_prefix(static_cast<size_t>(count));
-    }
-    return true;
-}
-
 // A link to the file stays a link: what it leads to is replaced.
 std::string RealPath(const std::string& path)
 {
@@ -118,7 +88,8 @@ LSTATUS HiveFile::Load(const std::string& path, std::string& bytes)
     const int descriptor = file.Get();
     if (!Keep(path, std::move(file)))
         return StatusOfErrno();
-    if (!S_ISREG(_status.st_mode) || !ReadAll(descriptor, bytes))
+    // One that grows meanwhile is refused by its reader.
+    if (!S_ISREG(_status.st_mode) || !ReadAll(descriptor, bytes, kMaxRegistryFile))
     {
         _known = false;
         return ERROR_CANTREAD;
@@ -173,10 +144,7 @@ HiveLock::HiveLock(const std::string& path)
     : _file(open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH)),
       _status(ERROR_SUCCESS)
 {
-    int result = _file ? 0 : -1;
-    while (result == 0 && (result = flock(_file.Get(), LOCK_EX)) != 0 && errno == EINTR)
-        result = 0;
-    if (result != 0)
+    if (!_file || !Lock(_file.Get(), LOCK_EX))
         _status = StatusOfErrno();
 }
 
