@@ -11,7 +11,7 @@
    Handles
      Both are opaque. A null job is the invalid one, which every function takes without harm; a null list is the root. A
      list handle stays valid until that list or one around it is deleted or emptied, or the job is closed, and is for
-   its own job only.
+     its own job only.
 
    Texts
      Zero-terminated. They stay the caller's; null counts as empty where nothing else is said. Functions with a text
@@ -35,8 +35,6 @@ QXUT_EXTERN_C_BEGIN
 
 typedef struct ProfJobObject* HPROFJOB;
 typedef struct ProfListObject* HPROFLIST;
-
-struct IStream;
 
 /* Result codes. Each function names those that it gives. */
 enum

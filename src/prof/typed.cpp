@@ -29,6 +29,37 @@ void WriteNumber(scValueText& text, const wchar_t* format, const T& value)
     Write(text, format, value);
 }
 
+// ---- Doubles: with a point, also where the process has set a locale with a comma in the runtime library that it
+// shares with this one.
+
+wchar_t DecimalPoint()
+{
+    wchar_t half[4] = L"0.5";
+    _snwprintf(half, std::size(half), L"%.1f", 0.5);
+    return half[1];
+}
+
+void WriteDouble(scValueText& text, const wchar_t* format, const double& value)
+{
+    Write(text, format, value);
+    std::replace(text.text, text.text + text.length, DecimalPoint(), L'.');
+}
+
+// Any text is a number, if only 0.
+bool ReadDouble(std::wstring_view text, double& result)
+{
+    wchar_t copy[200]; // wcstod knows no length
+    const size_t length = text.copy(copy, std::size(copy) - 1);
+    copy[length] = 0;
+    if (const wchar_t point = DecimalPoint(); point != L'.')
+    {
+        std::replace(copy, copy + length, point, L'\0');
+        std::replace(copy, copy + length, L'.', point);
+    }
+    result = wcstod(copy, nullptr);
+    return true;
+}
+
 // ---- Flags: by the first character, in upper case only.
 
 bool BeginsTrue(std::wstring_view text)
@@ -57,15 +88,6 @@ bool ReadInt(std::wstring_view text, int32_t& result)
 bool ReadInt64(std::wstring_view text, int64_t& result)
 {
     return Scan(text, L"x%I64X", &result) == 1 || ReadDecimalText(text, result);
-}
-
-// Any text is a number, if only 0.
-bool ReadDouble(std::wstring_view text, double& result)
-{
-    wchar_t copy[200]; // wcstod knows no length
-    copy[text.copy(copy, std::size(copy) - 1)] = 0;
-    result = wcstod(copy, nullptr);
-    return true;
 }
 
 // ---- Points and rectangles
@@ -158,7 +180,7 @@ bool ReadDecimalText(std::wstring_view text, int64_t& result)
 // Append and set differ in the hexadecimal forms, which callers' files show.
 constexpr scTypedForm<int32_t> kProfBool{WriteBool, nullptr, nullptr, ReadBool};
 constexpr scTypedForm<uint32_t> kProfColorref{WriteColorref, L"(%d,%d,%d)", L"(%d,%d,%d)", ReadColorref};
-constexpr scTypedForm<double> kProfDouble{WriteNumber, L"%f", L"%lf", ReadDouble};
+constexpr scTypedForm<double> kProfDouble{WriteDouble, L"%f", L"%lf", ReadDouble};
 constexpr scTypedForm<int32_t> kProfInt{WriteNumber, L"%d", L"%d", ReadInt};
 constexpr scTypedForm<int32_t> kProfIntHex{WriteNumber, L"x%08X", L"x%x", nullptr};
 constexpr scTypedForm<int64_t> kProfInt64{WriteNumber, L"%I64u", L"%I64u", ReadInt64, 63};

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <limits>
 #include <sstream>
 #include <tuple>
@@ -105,6 +106,25 @@ TEST(ProfileValues, NumbersThatAreRead)
     EXPECT_EQ(asDouble(ProfGetDoubleW, blanks), "0 1");
     EXPECT_EQ(asInt64(ProfGetInt64W, fewer), "0 1");
 }
+
+#ifdef _WIN32 // elsewhere the runtime library knows no locale
+TEST(ProfileValues, DoublesInALocaleWithACommaAreTheSame)
+{
+    ASSERT_NE(std::setlocale(LC_NUMERIC, "German"), nullptr);
+    const std::string written = Written(ProfAppendDoubleW, ProfSetDoubleW, 1.5);
+    double withPoint = 0;
+    double withComma = 0;
+    const Job job;
+    ProfSetStringW(job, nullptr, L"p", L"1.5");
+    ProfSetStringW(job, nullptr, L"c", L"1,5");
+    ProfGetDoubleW(job, nullptr, L"p", &withPoint, 0);
+    ProfGetDoubleW(job, nullptr, L"c", &withComma, 0);
+    std::setlocale(LC_NUMERIC, "C");
+    EXPECT_EQ(written, "1.500000 1.500000");
+    EXPECT_EQ(withPoint, 1.5);
+    EXPECT_EQ(withComma, 1);
+}
+#endif
 
 template <class Get>
 std::string ReadRect(Get get, const wchar_t* text)
