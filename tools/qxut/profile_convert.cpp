@@ -134,7 +134,8 @@ void AddConvertCommands(CLI::App& profile)
     convert.add_option("TO", options->target, "the file to write")->required();
     convert.add_option("--form", options->form, "text, xml, or xfdf: the values alone, as fields of a PDF form")
         ->required()
-        ->transform(CLI::CheckedTransformer(kForms).description(""));
+        ->transform(CLI::CheckedTransformer(kForms).description(""))
+        ->type_name("TEXT");
     convert.add_flag("--pack", options->pack, "compress it");
 
     options = std::make_shared<ConvertOptions>();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <iterator>
@@ -19,6 +20,8 @@ using nlohmann::ordered_json;
 
 // ---- Texts of the command line; false for what is none of the type
 
+constexpr double kTooLarge = 1e190;
+
 template <class Number>
 bool FromText(std::string_view text, Number& value)
 {
@@ -34,6 +37,12 @@ bool FromText(std::string_view text, Number& value)
         }
     }
     const auto read = std::from_chars(text.data(), end, value);
+    if constexpr (std::is_floating_point_v<Number>)
+    {
+        // Of more digits the library reads a part only, and of what is no number the first digit.
+        if (!(std::abs(value) < kTooLarge))
+            return false;
+    }
     return read.ec == std::errc() && read.ptr == end;
 }
 
@@ -173,7 +182,7 @@ constexpr ValueType kTypes[] = {
     Row<Plain<int64_t>, ProfGetInt64W, ProfSetInt64HexW, ProfAppendInt64HexW>(
         "int64-hex", "the same, in hexadecimal digits in the file"),
     Row<Plain<double>, ProfGetDoubleW, ProfSetDoubleW, ProfAppendDoubleW>(
-        "double", "a number; the file holds six decimals"),
+        "double", "a number below 1e190; the file holds six decimals"),
     Row<Point, ProfGetPointW, ProfSetPointW, ProfAppendPointW>("point", "x,y"),
     Row<Rect, ProfGetRectW, ProfSetRectW, ProfAppendRectW>("rect", "left,top,right,bottom"),
     Row<Rect, ProfGetRectLTWHW, ProfSetRectLTWHW, ProfAppendRectLTWHW>(

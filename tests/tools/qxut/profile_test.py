@@ -93,7 +93,7 @@ class ProfileCommands(commands.CommandTest):
         self.assertEqual(self.qxut("get", self.file, "--path", "none", "--type", "int", "--default", "7"), "7\n")
         before = self.show()
         for kind, given in [("int", "1x"), ("int", "2147483648"), ("bool", "yes"), ("point", "1,2,3"), ("rect", "1,2,3"),
-                            ("color", "red"), ("double", ""), ("number", "1")]:
+                            ("color", "red"), ("double", ""), ("double", "nan"), ("double", "1e190"), ("number", "1")]:
             with self.subTest(kind, given=given):
                 self.qxut("set", self.file, "--path", "v", "--type", kind, given, code=2)
         self.assertEqual(self.show(), before)
