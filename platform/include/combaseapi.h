@@ -1,4 +1,4 @@
-// COM for a thread, its memory, streams on global memory, identifiers as text.
+// COM for a thread, its memory, streams on global memory.
 #pragma once
 
 #include <objidl.h>
@@ -9,15 +9,11 @@ QXPLATFORM_API HRESULT WINAPI CoInitializeEx(LPVOID reserved, DWORD model);
 QXPLATFORM_API void WINAPI CoUninitialize(void);
 
 QXPLATFORM_API LPVOID WINAPI CoTaskMemAlloc(SIZE_T size);
-QXPLATFORM_API LPVOID WINAPI CoTaskMemRealloc(LPVOID memory, SIZE_T size);
 QXPLATFORM_API void WINAPI CoTaskMemFree(LPVOID memory);
 
 QXPLATFORM_API HRESULT WINAPI CreateStreamOnHGlobal(HGLOBAL memory, BOOL deleteOnRelease, LPSTREAM* stream);
 QXPLATFORM_API HRESULT WINAPI GetHGlobalFromStream(LPSTREAM stream, HGLOBAL* memory);
 
 QXPLATFORM_API HRESULT WINAPI CoCreateFreeThreadedMarshaler(LPUNKNOWN outer, LPUNKNOWN* marshaler);
-
-QXPLATFORM_API int WINAPI StringFromGUID2(REFGUID guid, LPOLESTR text, int size);
-QXPLATFORM_API HRESULT WINAPI CLSIDFromString(LPCOLESTR text, CLSID* clsid);
 
 EXTERN_C_END

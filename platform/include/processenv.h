@@ -9,6 +9,5 @@ QXPLATFORM_API DWORD WINAPI GetEnvironmentVariableW(LPCWSTR lpName, LPWSTR lpBuf
 QXPLATFORM_API BOOL WINAPI SetEnvironmentVariableW(LPCWSTR lpName, LPCWSTR lpValue);
 QXPLATFORM_API DWORD WINAPI ExpandEnvironmentStringsW(LPCWSTR lpSrc, LPWSTR lpDst, DWORD nSize);
 QXPLATFORM_API DWORD WINAPI GetCurrentDirectoryW(DWORD nBufferLength, LPWSTR lpBuffer);
-QXPLATFORM_API BOOL WINAPI SetCurrentDirectoryW(LPCWSTR lpPathName);
 
 EXTERN_C_END

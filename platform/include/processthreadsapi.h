@@ -44,11 +44,7 @@ QXPLATFORM_API DWORD WINAPI GetCurrentThreadId(void);
 
 typedef DWORD(WINAPI* LPTHREAD_START_ROUTINE)(LPVOID lpThreadParameter);
 
-QXPLATFORM_API HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES lpThreadAttributes, SIZE_T dwStackSize,
-    LPTHREAD_START_ROUTINE lpStartAddress, LPVOID lpParameter, DWORD dwCreationFlags, LPDWORD lpThreadId);
 QXPLATFORM_API HANDLE WINAPI OpenThread(DWORD dwDesiredAccess, BOOL bInheritHandle, DWORD dwThreadId);
-// Ends the calling thread without the destructors of its functions' objects.
-QXPLATFORM_API void WINAPI ExitThread(DWORD dwExitCode) __attribute__((noreturn));
 QXPLATFORM_API DWORD WINAPI SuspendThread(HANDLE hThread);
 QXPLATFORM_API DWORD WINAPI ResumeThread(HANDLE hThread);
 QXPLATFORM_API BOOL WINAPI TerminateThread(HANDLE hThread, DWORD dwExitCode);

@@ -18,7 +18,6 @@ QXPLATFORM_API void WINAPI LeaveCriticalSection(LPCRITICAL_SECTION lpCriticalSec
 QXPLATFORM_API void WINAPI DeleteCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
 
 QXPLATFORM_API void WINAPI Sleep(DWORD dwMilliseconds);
-QXPLATFORM_API DWORD WINAPI SleepEx(DWORD dwMilliseconds, BOOL bAlertable);
 
 QXPLATFORM_API HANDLE WINAPI CreateEventW(
     LPSECURITY_ATTRIBUTES lpEventAttributes, BOOL bManualReset, BOOL bInitialState, LPCWSTR lpName);
@@ -27,7 +26,6 @@ QXPLATFORM_API BOOL WINAPI ResetEvent(HANDLE hEvent);
 #define CreateEvent CreateEventW
 
 QXPLATFORM_API DWORD WINAPI WaitForSingleObject(HANDLE hHandle, DWORD dwMilliseconds);
-QXPLATFORM_API DWORD WINAPI WaitForSingleObjectEx(HANDLE hHandle, DWORD dwMilliseconds, BOOL bAlertable);
 QXPLATFORM_API DWORD WINAPI WaitForMultipleObjects(
     DWORD nCount, const HANDLE* lpHandles, BOOL bWaitAll, DWORD dwMilliseconds);
 QXPLATFORM_API DWORD WINAPI WaitForMultipleObjectsEx(

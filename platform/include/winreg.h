@@ -54,13 +54,4 @@ QXPLATFORM_API LSTATUS WINAPI RegSetValueExW(
     HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data, DWORD size);
 QXPLATFORM_API LSTATUS WINAPI RegDeleteValueW(HKEY key, LPCWSTR name);
 
-// Sizes of names are in characters: with the terminator where the caller gives them, without where the call does.
-QXPLATFORM_API LSTATUS WINAPI RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameSize, LPDWORD reserved,
-    LPWSTR className, LPDWORD classSize, PFILETIME lastWrite);
-QXPLATFORM_API LSTATUS WINAPI RegEnumValueW(
-    HKEY key, DWORD index, LPWSTR name, LPDWORD nameSize, LPDWORD reserved, LPDWORD type, LPBYTE data, LPDWORD size);
-QXPLATFORM_API LSTATUS WINAPI RegQueryInfoKeyW(HKEY key, LPWSTR className, LPDWORD classSize, LPDWORD reserved,
-    LPDWORD subKeys, LPDWORD maxSubKeyName, LPDWORD maxClass, LPDWORD values, LPDWORD maxValueName,
-    LPDWORD maxValueSize, LPDWORD securitySize, PFILETIME lastWrite);
-
 EXTERN_C_END

@@ -96,12 +96,9 @@ typedef struct tagMSG
 // The queue of the calling thread, which it has from its first such call on.
 QXPLATFORM_API BOOL WINAPI PeekMessageW(
     LPMSG lpMsg, HWND hWnd, UINT wMsgFilterMin, UINT wMsgFilterMax, UINT wRemoveMsg);
-QXPLATFORM_API BOOL WINAPI GetMessageW(LPMSG lpMsg, HWND hWnd, UINT wMsgFilterMin, UINT wMsgFilterMax);
 QXPLATFORM_API BOOL WINAPI TranslateMessage(const MSG* lpMsg);
 QXPLATFORM_API LRESULT WINAPI DispatchMessageW(const MSG* lpMsg);
 QXPLATFORM_API BOOL WINAPI PostThreadMessageW(DWORD idThread, UINT Msg, WPARAM wParam, LPARAM lParam);
-QXPLATFORM_API void WINAPI PostQuitMessage(int nExitCode);
-QXPLATFORM_API DWORD WINAPI GetQueueStatus(UINT flags);
 QXPLATFORM_API DWORD WINAPI MsgWaitForMultipleObjects(
     DWORD nCount, const HANDLE* pHandles, BOOL fWaitAll, DWORD dwMilliseconds, DWORD dwWakeMask);
 QXPLATFORM_API DWORD WINAPI MsgWaitForMultipleObjectsEx(

@@ -32,18 +32,7 @@ bool CanRead(uintptr_t address)
            errno != EFAULT;
 }
 
-// Combines the word with 0 by an atomic "or", so that another thread's change of it isn't lost. A thread that
-// waits at this very word might wake once for nothing, which it must expect at any time.
-bool CanWrite(uintptr_t address)
-{
-    constexpr uint32_t orZeroThenWakeIfNegative = FUTEX_OP(FUTEX_OP_OR, 0, FUTEX_OP_CMP_LT, 0);
-    return syscall(SYS_futex, &nobodyWaitsHere, FUTEX_WAKE_OP_PRIVATE, 0, 0, WordOf(address),
-               orZeroThenWakeIfNegative) >= 0 ||
-           errno != EFAULT;
-}
-
-template <class Test>
-bool IsBadRange(uintptr_t first, UINT_PTR size, const Test& canAccess)
+bool IsBadRange(uintptr_t first, UINT_PTR size)
 {
     if (size == 0)
         return false;
@@ -54,7 +43,7 @@ bool IsBadRange(uintptr_t first, UINT_PTR size, const Test& canAccess)
     for (uintptr_t page = first / PageSize();; ++page)
     {
         const uintptr_t begin = page * PageSize();
-        if (!canAccess(begin > first ? begin : first))
+        if (!CanRead(begin > first ? begin : first))
             return true;
         if (page == lastPage)
             return false;
@@ -65,12 +54,7 @@ bool IsBadRange(uintptr_t first, UINT_PTR size, const Test& canAccess)
 
 BOOL WINAPI IsBadReadPtr(const void* lp, UINT_PTR ucb)
 {
-    return IsBadRange(reinterpret_cast<uintptr_t>(lp), ucb, CanRead);
-}
-
-BOOL WINAPI IsBadWritePtr(LPVOID lp, UINT_PTR ucb)
-{
-    return IsBadRange(reinterpret_cast<uintptr_t>(lp), ucb, CanWrite);
+    return IsBadRange(reinterpret_cast<uintptr_t>(lp), ucb);
 }
 
 // Looks at memory that may be anything, which the sanitizers must not take amiss.
@@ -84,7 +68,7 @@ __attribute__((no_sanitize("address", "undefined"))) BOOL WINAPI IsBadStringPtrW
         const uintptr_t last = address + sizeof(WCHAR) - 1;
         if (last >= checkedEnd)
         {
-            if (IsBadRange(address, sizeof(WCHAR), CanRead))
+            if (IsBadRange(address, sizeof(WCHAR)))
                 return TRUE;
             checkedEnd = (last / PageSize() + 1) * PageSize();
         }

@@ -15,17 +15,6 @@ using namespace qxplatform;
 namespace
 {
 
-// As the system makes the short name of a machine: in upper case, without a domain, cut.
-std::u16string MachineName()
-{
-    char host[HOST_NAME_MAX + 1] = {};
-    gethostname(host, HOST_NAME_MAX);
-    std::u16string name = ToWide(host);
-    name.resize(std::min<size_t>({name.size(), name.find(u'.'), MAX_COMPUTERNAME_LENGTH}));
-    std::transform(name.begin(), name.end(), name.begin(), UpperCase);
-    return name;
-}
-
 // A user without an entry has a number at least.
 std::u16string UserName()
 {
@@ -39,15 +28,7 @@ std::u16string UserName()
 
 } // namespace
 
-BOOL WINAPI GetComputerNameW(LPWSTR lpBuffer, LPDWORD nSize)
-{
-    const std::u16string name = MachineName();
-    const DWORD room = *nSize;
-    *nSize = CopyOut(name, lpBuffer, room);
-    return *nSize == name.size() || Fail(ERROR_BUFFER_OVERFLOW);
-}
-
-// Unlike the other one, this counts the terminator after a success too.
+// The size counts the terminator after a success too.
 BOOL WINAPI GetUserNameW(LPWSTR lpBuffer, LPDWORD pcbBuffer)
 {
     const std::u16string name = UserName();

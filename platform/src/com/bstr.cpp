@@ -52,19 +52,6 @@ BSTR WINAPI SysAllocStringByteLen(LPCSTR bytes, UINT length)
     return Allocate(bytes, length);
 }
 
-INT WINAPI SysReAllocString(BSTR* bstr, const OLECHAR* text)
-{
-    if (bstr == nullptr)
-        return FALSE;
-    // The text may lie in the old one, which is therefore freed last.
-    const BSTR fresh = SysAllocString(text);
-    if (fresh == nullptr && text != nullptr)
-        return FALSE;
-    SysFreeString(*bstr);
-    *bstr = fresh;
-    return TRUE;
-}
-
 INT WINAPI SysReAllocStringLen(BSTR* bstr, const OLECHAR* text, UINT length)
 {
     if (bstr == nullptr)

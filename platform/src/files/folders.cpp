@@ -66,18 +66,3 @@ DWORD WINAPI GetCurrentDirectoryW(DWORD nBufferLength, LPWSTR lpBuffer)
     static constexpr WCHAR current[] = L".";
     return CopyOut(FromNative(ToFullNative(current).text), lpBuffer, nBufferLength);
 }
-
-BOOL WINAPI SetCurrentDirectoryW(LPCWSTR lpPathName)
-{
-    const NativePath path = ToNative(lpPathName);
-    if (path.IsEmpty())
-        return FALSE;
-    if (chdir(path.text.c_str()) == 0)
-        return TRUE;
-    struct stat info
-    {
-    };
-    if (errno == ENOTDIR && lstat(path.text.c_str(), &info) == 0)
-        return Fail(ERROR_DIRECTORY);
-    return Fail(PathError(errno, path.text));
-}

@@ -19,7 +19,7 @@ using namespace qxplatform;
 namespace
 {
 
-// Whether a name may be taken away from its file. That counts as opening it with the right to delete: whoever has it
+// Whether the name may be taken away from its file. That counts as opening it with the right to delete: whoever has it
 // open must share that. The right stays for as long as the descriptor lives.
 DWORD TakeDeleteRight(const std::string& path, const struct stat& info, Descriptor& holder)
 {
@@ -38,32 +38,6 @@ DWORD TakeDeleteRight(const std::string& path, const struct stat& info, Descript
         return ERROR_SUCCESS;
     return TakeShareMode(
         holder.Get(), canRead, {FILE_SHARE_DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE});
-}
-
-DWORD CheckTarget(const std::string& path, const struct stat& source, bool mayReplace, Descriptor& holder)
-{
-    struct stat info
-    {
-    };
-    if (lstat(path.c_str(), &info) != 0)
-        return errno == ENOENT ? DWORD{ERROR_SUCCESS} : PathError(errno, path);
-    if (info.st_dev == source.st_dev && info.st_ino == source.st_ino)
-        return ERROR_SUCCESS;
-    if (!mayReplace)
-        return ERROR_ALREADY_EXISTS;
-    if (S_ISDIR(info.st_mode) || (S_ISREG(info.st_mode) && IsReadOnly(info.st_mode)))
-        return ERROR_ACCESS_DENIED;
-    return TakeDeleteRight(path, info, holder) == ERROR_SUCCESS ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
-}
-
-bool Rename(const std::string& from, const std::string& to, bool mayReplace)
-{
-    if (mayReplace)
-        return rename(from.c_str(), to.c_str()) == 0;
-    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
-        return true;
-    // A file system without this kind of renaming; the target was found missing a moment ago.
-    return errno == EINVAL && rename(from.c_str(), to.c_str()) == 0;
 }
 
 bool CopyBytes(int from, int to)
@@ -134,36 +108,6 @@ BOOL WINAPI DeleteFileW(LPCWSTR lpFileName)
     if (const DWORD error = TakeDeleteRight(path.text, info, holder); error != ERROR_SUCCESS)
         return Fail(error);
     return unlink(path.text.c_str()) == 0 || Fail(PathError(errno, path.text));
-}
-
-BOOL WINAPI MoveFileExW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, DWORD dwFlags)
-{
-    if (dwFlags & MOVEFILE_DELAY_UNTIL_REBOOT)
-        return Fail(ERROR_NOT_SUPPORTED);
-    const NativePath from = ToNative(lpExistingFileName);
-    const NativePath to = from.IsEmpty() ? NativePath() : ToNative(lpNewFileName);
-    if (to.IsEmpty())
-        return FALSE;
-    struct stat info
-    {
-    };
-    if (lstat(from.text.c_str(), &info) != 0)
-        return Fail(PathError(errno, from.text));
-    const bool mayReplace = (dwFlags & MOVEFILE_REPLACE_EXISTING) != 0;
-    Descriptor source;
-    Descriptor target;
-    DWORD error = TakeDeleteRight(from.text, info, source);
-    if (error == ERROR_SUCCESS)
-        error = CheckTarget(to.text, info, mayReplace, target);
-    if (error != ERROR_SUCCESS)
-        return Fail(error);
-    if (Rename(from.text, to.text, mayReplace))
-        return TRUE;
-    if (errno != EXDEV || (dwFlags & MOVEFILE_COPY_ALLOWED) == 0 || S_ISDIR(info.st_mode))
-        return Fail(PathError(errno, to.text));
-    source = Descriptor();
-    target = Descriptor();
-    return CopyFileW(lpExistingFileName, lpNewFileName, !mayReplace) && DeleteFileW(lpExistingFileName);
 }
 
 BOOL WINAPI CopyFileW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, BOOL bFailIfExists)

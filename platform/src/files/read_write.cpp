@@ -242,42 +242,11 @@ BOOL WINAPI GetFileSizeEx(HANDLE hFile, PLARGE_INTEGER lpFileSize)
     return TRUE;
 }
 
-DWORD WINAPI GetFileSize(HANDLE hFile, LPDWORD lpFileSizeHigh)
-{
-    LARGE_INTEGER size{};
-    if (!GetFileSizeEx(hFile, &size))
-        return INVALID_FILE_SIZE;
-    if (lpFileSizeHigh != nullptr)
-        *lpFileSizeHigh = static_cast<DWORD>(size.HighPart);
-    if (size.LowPart == INVALID_FILE_SIZE)
-        SetLastError(NO_ERROR);
-    return size.LowPart;
-}
-
 BOOL WINAPI FlushFileBuffers(HANDLE hFile)
 {
     const Ref<FileObject> file = LookUp<FileObject>(hFile, FILE_APPEND_DATA);
     // Pipes and the like have nothing to flush.
     return file && (fsync(file->descriptor()) == 0 || errno == EINVAL || errno == EROFS || FailErrno());
-}
-
-DWORD WINAPI GetFileType(HANDLE hFile)
-{
-    const Ref<FileObject> file = LookUp<FileObject>(hFile);
-    struct stat info
-    {
-    };
-    if (!file)
-        return FILE_TYPE_UNKNOWN;
-    if (fstat(file->descriptor(), &info) != 0)
-    {
-        FailErrno();
-        return FILE_TYPE_UNKNOWN;
-    }
-    SetLastError(NO_ERROR);
-    if (S_ISCHR(info.st_mode))
-        return FILE_TYPE_CHAR;
-    return S_ISFIFO(info.st_mode) || S_ISSOCK(info.st_mode) ? FILE_TYPE_PIPE : FILE_TYPE_DISK;
 }
 
 BOOL WINAPI LockFile(HANDLE hFile, DWORD dwFileOffsetLow, DWORD dwFileOffsetHigh, DWORD nNumberOfBytesToLockLow,

@@ -40,11 +40,6 @@ UINT WINAPI GlobalFlags(HGLOBAL memory)
     return MemoryBlocks::Instance().Flags(memory);
 }
 
-HGLOBAL WINAPI GlobalHandle(LPCVOID address)
-{
-    return MemoryBlocks::Instance().HandleOf(address);
-}
-
 HLOCAL WINAPI LocalAlloc(UINT flags, SIZE_T size)
 {
     static_assert(LMEM_MOVEABLE == GMEM_MOVEABLE && LMEM_ZEROINIT == GMEM_ZEROINIT);

@@ -185,18 +185,6 @@ UINT MemoryBlocks::Flags(HGLOBAL handle)
     return flags;
 }
 
-HGLOBAL MemoryBlocks::HandleOf(const void* address)
-{
-    std::lock_guard lock(_mutex);
-    const auto found = _entryOfAddress.find(address);
-    if (found == _entryOfAddress.end())
-    {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return nullptr;
-    }
-    return HandleFor(_blocks[found->second]);
-}
-
 MemoryBlocks::Block* MemoryBlocks::Find(HGLOBAL handle)
 {
     const uintptr_t value = reinterpret_cast<uintptr_t>(handle);

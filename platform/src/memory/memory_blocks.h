@@ -28,7 +28,6 @@ public:
     BOOL Unlock(HGLOBAL handle);
     SIZE_T Size(HGLOBAL handle);
     UINT Flags(HGLOBAL handle);
-    HGLOBAL HandleOf(const void* address);
 
 private:
     struct Block

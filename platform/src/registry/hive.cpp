@@ -82,12 +82,6 @@ LSTATUS Hive::Change(const std::function<LSTATUS(RegistryKey&)>& changer)
     return status;
 }
 
-FILETIME Hive::LastWriteTime()
-{
-    std::lock_guard lock(_mutex);
-    return _file.LastWriteTime();
-}
-
 LSTATUS Hive::Refresh(const std::string& folder)
 {
     const std::string path = folder.empty() ? folder : folder + '/' + _fileName;

@@ -33,9 +33,6 @@ public:
     // What a changer gives if it finds all as it should be: a success without saving.
     static constexpr LSTATUS kUnchanged = -1;
 
-    // The file's, for want of one of each key.
-    FILETIME LastWriteTime();
-
 private:
     LSTATUS Refresh(const std::string& folder);
     LSTATUS Save(const std::string& path);

@@ -131,15 +131,6 @@ bool HiveFile::Keep(const std::string& path, Descriptor file)
     return _known;
 }
 
-FILETIME HiveFile::LastWriteTime() const
-{
-    if (!_known || !_file)
-        return {};
-    constexpr int64_t kSecondsFrom1601 = 11644473600;
-    const int64_t time = (_status.st_mtim.tv_sec + kSecondsFrom1601) * 10000000 + _status.st_mtim.tv_nsec / 100;
-    return {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
-}
-
 HiveLock::HiveLock(const std::string& path)
     : _file(open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH)),
       _status(ERROR_SUCCESS)

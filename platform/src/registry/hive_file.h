@@ -31,8 +31,6 @@ public:
     // Nothing is current until the next load.
     void Forget() { _known = false; }
 
-    FILETIME LastWriteTime() const;
-
 private:
     bool Keep(const std::string& path, Descriptor file);
 

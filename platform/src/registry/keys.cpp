@@ -1,12 +1,8 @@
-// Opening, making, deleting and listing keys.
+// Opening, making and deleting keys.
 #include "base/text.h"
 #include "registry/open_key.h"
-#include "registry/output.h"
 
 #include <windows.h>
-
-#include <algorithm>
-#include <iterator>
 
 using namespace qxplatform;
 
@@ -166,61 +162,4 @@ LSTATUS WINAPI RegDeleteTreeW(HKEY handle, LPCWSTR subKey)
             key.values.clear();
             return ERROR_SUCCESS;
         });
-}
-
-LSTATUS WINAPI RegEnumKeyExW(HKEY handle, DWORD index, LPWSTR name, LPDWORD nameSize, LPDWORD reserved,
-    LPWSTR className, LPDWORD classSize, PFILETIME lastWrite)
-{
-    if (name == nullptr || nameSize == nullptr || reserved != nullptr)
-        return ERROR_INVALID_PARAMETER;
-    const LSTATUS status = ReadKey(handle, KEY_ENUMERATE_SUB_KEYS,
-        [&](const RegistryKey& key) -> LSTATUS
-        {
-            if (index >= key.keys.size())
-                return ERROR_NO_MORE_ITEMS;
-            return CopyName(std::next(key.keys.begin(), index)->second->name, name, nameSize);
-        });
-    if (status != ERROR_SUCCESS)
-        return status;
-    if (lastWrite != nullptr)
-        *lastWrite = LastWriteTimeOf(handle);
-    return CopyName({}, className, classSize); // keys have no classes
-}
-
-LSTATUS WINAPI RegQueryInfoKeyW(HKEY handle, LPWSTR className, LPDWORD classSize, LPDWORD reserved, LPDWORD subKeys,
-    LPDWORD maxSubKeyName, LPDWORD maxClass, LPDWORD values, LPDWORD maxValueName, LPDWORD maxValueSize,
-    LPDWORD securitySize, PFILETIME lastWrite)
-{
-    if (reserved != nullptr || (className != nullptr && classSize == nullptr))
-        return ERROR_INVALID_PARAMETER;
-    const auto put = [](LPDWORD target, size_t value)
-    {
-        if (target != nullptr)
-            *target = static_cast<DWORD>(value);
-    };
-    const LSTATUS status = ReadKey(handle, KEY_QUERY_VALUE,
-        [&](const RegistryKey& key) -> LSTATUS
-        {
-            size_t longestKey = 0, longestValue = 0, largestValue = 0;
-            for (const auto& entry : key.keys)
-                longestKey = std::max(longestKey, entry.second->name.size());
-            for (const auto& entry : key.values)
-            {
-                longestValue = std::max(longestValue, entry.second.name.size());
-                largestValue = std::max(largestValue, entry.second.data.size());
-            }
-            put(subKeys, key.keys.size());
-            put(maxSubKeyName, longestKey);
-            put(maxClass, 0);
-            put(values, key.values.size());
-            put(maxValueName, longestValue);
-            put(maxValueSize, largestValue);
-            put(securitySize, 0); // access is a matter of the file
-            return ERROR_SUCCESS;
-        });
-    if (status != ERROR_SUCCESS)
-        return status;
-    if (lastWrite != nullptr)
-        *lastWrite = LastWriteTimeOf(handle);
-    return CopyName({}, className, classSize);
 }

@@ -7,21 +7,6 @@
 namespace qxplatform
 {
 
-LSTATUS CopyName(std::u16string_view name, LPWSTR buffer, LPDWORD size)
-{
-    if (size == nullptr)
-        return ERROR_SUCCESS;
-    if (buffer != nullptr)
-    {
-        if (*size <= name.size())
-            return ERROR_MORE_DATA;
-        std::memcpy(buffer, name.data(), name.size() * sizeof(char16_t));
-        buffer[name.size()] = 0;
-    }
-    *size = static_cast<DWORD>(name.size());
-    return ERROR_SUCCESS;
-}
-
 LSTATUS CopyValue(const RegistryValue& value, LPDWORD type, LPBYTE data, LPDWORD size)
 {
     if (type != nullptr)
@@ -37,12 +22,6 @@ LSTATUS CopyValue(const RegistryValue& value, LPDWORD type, LPBYTE data, LPDWORD
     if (!value.data.empty())
         std::memcpy(data, value.data.data(), value.data.size());
     return ERROR_SUCCESS;
-}
-
-FILETIME LastWriteTimeOf(HKEY handle)
-{
-    Ref<OpenKey> key;
-    return FindOpenKey(handle, 0, key) == ERROR_SUCCESS ? key->hive.LastWriteTime() : FILETIME{};
 }
 
 } // namespace qxplatform

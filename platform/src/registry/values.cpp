@@ -1,4 +1,4 @@
-// Reading, setting, deleting and listing values.
+// Reading, setting and deleting values.
 #include "base/text.h"
 #include "registry/open_key.h"
 #include "registry/output.h"
@@ -6,7 +6,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <iterator>
 
 using namespace qxplatform;
 
@@ -65,20 +64,4 @@ LSTATUS WINAPI RegDeleteValueW(HKEY handle, LPCWSTR name)
     return ChangeKey(handle, KEY_SET_VALUE,
         [&](RegistryKey& key) -> LSTATUS
         { return key.values.erase(FoldName(ValueName(name))) != 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND; });
-}
-
-LSTATUS WINAPI RegEnumValueW(
-    HKEY handle, DWORD index, LPWSTR name, LPDWORD nameSize, LPDWORD reserved, LPDWORD type, LPBYTE data, LPDWORD size)
-{
-    if (name == nullptr || nameSize == nullptr || reserved != nullptr || (data != nullptr && size == nullptr))
-        return ERROR_INVALID_PARAMETER;
-    return ReadKey(handle, KEY_QUERY_VALUE,
-        [&](const RegistryKey& key) -> LSTATUS
-        {
-            if (index >= key.values.size())
-                return ERROR_NO_MORE_ITEMS;
-            const RegistryValue& value = std::next(key.values.begin(), index)->second;
-            const LSTATUS status = CopyName(value.name, name, nameSize);
-            return status == ERROR_SUCCESS ? CopyValue(value, type, data, size) : status;
-        });
 }

@@ -240,20 +240,9 @@ DWORD WINAPI WaitForSingleObject(HANDLE hHandle, DWORD dwMilliseconds)
     return WaitForMultipleObjectsEx(1, &hHandle, FALSE, dwMilliseconds, FALSE);
 }
 
-DWORD WINAPI WaitForSingleObjectEx(HANDLE hHandle, DWORD dwMilliseconds, BOOL bAlertable)
-{
-    return WaitForMultipleObjectsEx(1, &hHandle, FALSE, dwMilliseconds, bAlertable);
-}
-
-DWORD WINAPI SleepEx(DWORD dwMilliseconds, BOOL bAlertable)
+void WINAPI Sleep(DWORD dwMilliseconds)
 {
     if (dwMilliseconds == 0)
         sched_yield();
-    const DWORD result = FinishWait(WaitFor({}, {false, dwMilliseconds, bAlertable != FALSE}));
-    return result == WAIT_IO_COMPLETION ? result : 0;
-}
-
-void WINAPI Sleep(DWORD dwMilliseconds)
-{
-    SleepEx(dwMilliseconds, FALSE);
+    FinishWait(WaitFor({}, {false, dwMilliseconds, false}));
 }

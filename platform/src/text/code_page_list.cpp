@@ -159,8 +159,6 @@ UINT ResolveDefault(UINT number)
     case CP_ACP:
     case CP_THREAD_ACP:
         return DefaultCodePage();
-    case CP_OEMCP:
-        return DefaultOemCodePage();
     default:
         return number;
     }

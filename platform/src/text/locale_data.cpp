@@ -239,16 +239,6 @@ std::u16string CurrencySymbol(const Locale& locale)
     return U_SUCCESS(status) ? std::u16string(symbol, static_cast<std::size_t>(length)) : code;
 }
 
-std::u16string LanguageName(const Locale& locale, const Locale& in)
-{
-    return Display(locale, in, uloc_getDisplayName);
-}
-
-std::u16string BareLanguageName(const Locale& locale, const Locale& in)
-{
-    return Display(locale, in, uloc_getDisplayLanguage);
-}
-
 std::u16string RegionName(const Locale& locale, const Locale& in)
 {
     const char16_t* const own = SupplementOf(in).region;

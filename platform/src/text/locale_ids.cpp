@@ -43,17 +43,6 @@ LANGID WINAPI GetUserDefaultUILanguage(void)
     return LanguageId(UserInterfaceLocale());
 }
 
-// The environment knows no other settings for the system than for the user, and none for a thread.
-LCID WINAPI GetSystemDefaultLCID(void)
-{
-    return UserLocale().lcid;
-}
-
-LANGID WINAPI GetSystemDefaultLangID(void)
-{
-    return LanguageId(UserLocale());
-}
-
 LCID WINAPI GetThreadLocale(void)
 {
     return UserLocale().lcid;

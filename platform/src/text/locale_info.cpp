@@ -3,7 +3,6 @@
 #include <winnls.h>
 
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 #include <map>
 #include <mutex>
@@ -25,7 +24,6 @@ struct InfoType
 {
     LCTYPE type;
     std::u16string (*text)(const Locale& locale);
-    DWORD (*number)(const Locale& locale) = nullptr; // for types that LOCALE_RETURN_NUMBER can ask for
 };
 
 const Locale& English()
@@ -37,19 +35,6 @@ const Locale& English()
 std::u16string Ascii(std::string_view text)
 {
     return {text.begin(), text.end()};
-}
-
-DWORD LanguageNumber(const Locale& locale)
-{
-    return locale.lcid & 0xffff;
-}
-
-std::u16string LanguageNumberText(const Locale& locale)
-{
-    std::u16string digits;
-    for (int shift = 12; shift >= 0; shift -= 4)
-        digits += u"0123456789abcdef"[LanguageNumber(locale) >> shift & 0xf];
-    return digits;
 }
 
 // 0 month, day, year; 1 day, month, year; 2 year, month, day.
@@ -69,12 +54,7 @@ DWORD DateOrder(const Locale& locale)
 
 DWORD AnsiCodePage(const Locale& locale)
 {
-    return CodePagesOf(locale).ansi;
-}
-
-DWORD OemCodePage(const Locale& locale)
-{
-    return CodePagesOf(locale).oem;
+    return CodePageOf(locale);
 }
 
 DWORD CountryNumber(const Locale& locale)
@@ -100,26 +80,9 @@ std::u16string MonthNamed(const Locale& locale)
     return MonthName(locale, Month, Abbreviated);
 }
 
-// A list separator has to differ from the decimal one.
-std::u16string ListSeparator(const Locale& locale)
-{
-    return DecimalSeparator(locale) == u"," ? u";" : u",";
-}
-
 // Sorted by type.
 constexpr InfoType TYPES[] = {
-    {LOCALE_ILANGUAGE, LanguageNumberText, LanguageNumber},
-    {LOCALE_SLANGUAGE,
-        [](const Locale& locale)
-        {
-            return LanguageName(locale, UserInterfaceLocale());
-        }},
-    {LOCALE_SNATIVELANGNAME,
-        [](const Locale& locale)
-        {
-            return BareLanguageName(locale, locale);
-        }},
-    {LOCALE_ICOUNTRY, Decimal<CountryNumber>, CountryNumber},
+    {LOCALE_ICOUNTRY, Decimal<CountryNumber>},
     {LOCALE_SCOUNTRY,
         [](const Locale& locale)
         {
@@ -131,8 +94,6 @@ constexpr InfoType TYPES[] = {
         {
             return RegionName(locale, locale);
         }},
-    {LOCALE_IDEFAULTCODEPAGE, Decimal<OemCodePage>, OemCodePage},
-    {LOCALE_SLIST, ListSeparator},
     {LOCALE_SDECIMAL, DecimalSeparator},
     {LOCALE_STHOUSAND, GroupSeparator},
     {LOCALE_SCURRENCY, CurrencySymbol},
@@ -156,7 +117,7 @@ constexpr InfoType TYPES[] = {
         {
             return DatePicture(locale, DateStyle::Long);
         }},
-    {LOCALE_IDATE, Decimal<DateOrder>, DateOrder},
+    {LOCALE_IDATE, Decimal<DateOrder>},
     {LOCALE_S1159,
         [](const Locale& locale)
         {
@@ -207,23 +168,13 @@ constexpr InfoType TYPES[] = {
     {LOCALE_SABBREVMONTHNAME12, MonthNamed<11, true>},
     {LOCALE_SISO639LANGNAME, LanguageCode},
     {LOCALE_SISO3166CTRYNAME, RegionCode},
-    {LOCALE_SNAME,
-        [](const Locale& locale)
-        {
-            return Ascii(locale.name);
-        }},
-    {LOCALE_SENGLANGUAGE,
-        [](const Locale& locale)
-        {
-            return BareLanguageName(locale, English());
-        }},
     {LOCALE_SENGCOUNTRY,
         [](const Locale& locale)
         {
             return RegionName(locale, English());
         }},
     {LOCALE_STIMEFORMAT, TimePicture},
-    {LOCALE_IDEFAULTANSICODEPAGE, Decimal<AnsiCodePage>, AnsiCodePage},
+    {LOCALE_IDEFAULTANSICODEPAGE, Decimal<AnsiCodePage>},
 };
 
 // What the invariant locale has otherwise than American English.
@@ -233,8 +184,6 @@ struct InvariantText
     const char16_t* text;
 };
 constexpr InvariantText INVARIANT[] = {
-    {LOCALE_SLANGUAGE, u"Invariant Language (Invariant Country)"},
-    {LOCALE_SNATIVELANGNAME, u"Invariant Language"},
     {LOCALE_ICOUNTRY, u"1"},
     {LOCALE_SCOUNTRY, u"Invariant Country"},
     {LOCALE_SABBREVCTRYNAME, u"IVC"},
@@ -246,7 +195,6 @@ constexpr InvariantText INVARIANT[] = {
     {LOCALE_IDATE, u"0"},
     {LOCALE_SISO639LANGNAME, u"iv"},
     {LOCALE_SISO3166CTRYNAME, u"IV"},
-    {LOCALE_SENGLANGUAGE, u"Invariant Language"},
     {LOCALE_SENGCOUNTRY, u"Invariant Country"},
     {LOCALE_STIMEFORMAT, u"HH:mm:ss"},
 };
@@ -289,18 +237,7 @@ const InfoType* FindType(LCTYPE type)
     return row != std::end(TYPES) && row->type == type ? row : nullptr;
 }
 
-constexpr LCTYPE OPTIONS = LOCALE_NOUSEROVERRIDE | LOCALE_USE_CP_ACP | LOCALE_RETURN_NUMBER;
-
-int GiveNumber(DWORD number, wchar_t* buffer, int size)
-{
-    constexpr int NEEDED = sizeof number / sizeof(wchar_t);
-    if (size == 0)
-        return NEEDED;
-    if (size < NEEDED)
-        return Fail(ERROR_INSUFFICIENT_BUFFER);
-    std::memcpy(buffer, &number, sizeof number);
-    return NEEDED;
-}
+constexpr LCTYPE OPTIONS = LOCALE_NOUSEROVERRIDE | LOCALE_USE_CP_ACP;
 
 int GiveText(const std::u16string& text, wchar_t* buffer, int size)
 {
@@ -321,9 +258,7 @@ int WINAPI GetLocaleInfoW(LCID Locale, LCTYPE LCType, LPWSTR lpLCData, int cchDa
     if (locale == nullptr || cchData < 0 || (cchData > 0 && lpLCData == nullptr))
         return Fail(ERROR_INVALID_PARAMETER);
     const InfoType* const type = FindType(LCType & ~OPTIONS);
-    const bool wantsNumber = (LCType & LOCALE_RETURN_NUMBER) != 0;
-    if (type == nullptr || (wantsNumber && type->number == nullptr))
+    if (type == nullptr)
         return Fail(ERROR_INVALID_FLAGS);
-    return wantsNumber ? GiveNumber(type->number(*locale), lpLCData, cchData)
-                       : GiveText(TextOf(*locale, *type), lpLCData, cchData);
+    return GiveText(TextOf(*locale, *type), lpLCData, cchData);
 }

@@ -28,36 +28,21 @@ void MessageQueue::Post(const MSG& message)
     _new |= postedKinds;
 }
 
-void MessageQueue::PostQuit(int exitCode)
-{
-    _quitCode = exitCode;
-    _new |= postedKinds;
-}
-
 std::optional<MSG> MessageQueue::Get(const Filter& filter, bool remove)
 {
     const auto found =
         std::find_if(_posted.begin(), _posted.end(), [&filter](const MSG& message) { return Admits(filter, message); });
-    if (found != _posted.end())
-    {
-        const MSG message = *found;
-        if (remove)
-            _posted.erase(found);
-        return message;
-    }
-    if (!_quitCode || !_posted.empty())
+    if (found == _posted.end())
         return std::nullopt;
-    MSG quit{};
-    quit.message = WM_QUIT;
-    quit.wParam = static_cast<WPARAM>(*_quitCode);
+    const MSG message = *found;
     if (remove)
-        _quitCode.reset();
-    return quit;
+        _posted.erase(found);
+    return message;
 }
 
 DWORD MessageQueue::Present() const
 {
-    return _posted.empty() && !_quitCode ? 0 : postedKinds;
+    return _posted.empty() ? 0 : postedKinds;
 }
 
 } // namespace qxplatform

@@ -21,9 +21,8 @@ public:
     };
 
     void Post(const MSG& message);
-    void PostQuit(int exitCode);
 
-    // The first message that the filter lets through. That to quit comes when no other is left.
+    // The first message that the filter lets through.
     std::optional<MSG> Get(const Filter& filter, bool remove);
 
     // What counts as looked at is not new any more.
@@ -35,7 +34,6 @@ public:
 
 private:
     std::deque<MSG> _posted;
-    std::optional<int> _quitCode;
     DWORD _new = 0;
 };
 

@@ -104,18 +104,6 @@ BOOL WINAPI PeekMessageW(LPMSG lpMsg, HWND hWnd, UINT wMsgFilterMin, UINT wMsgFi
     return TakeMessage(lpMsg, {hWnd, wMsgFilterMin, wMsgFilterMax}, wRemoveMsg);
 }
 
-BOOL WINAPI GetMessageW(LPMSG lpMsg, HWND hWnd, UINT wMsgFilterMin, UINT wMsgFilterMax)
-{
-    if (!IsNoWindow(hWnd))
-    {
-        SetLastError(ERROR_INVALID_WINDOW_HANDLE);
-        return -1;
-    }
-    while (!TakeMessage(lpMsg, {hWnd, wMsgFilterMin, wMsgFilterMax}, PM_REMOVE))
-        MsgWaitForMultipleObjectsEx(0, nullptr, INFINITE, QS_ALLINPUT, 0);
-    return lpMsg->message != WM_QUIT;
-}
-
 BOOL WINAPI PostThreadMessageW(DWORD idThread, UINT Msg, WPARAM wParam, LPARAM lParam)
 {
     const Ref<ThreadObject> thread = ThreadObject::Find(idThread);
@@ -125,23 +113,6 @@ BOOL WINAPI PostThreadMessageW(DWORD idThread, UINT Msg, WPARAM wParam, LPARAM l
     thread->queue()->Post({nullptr, Msg, wParam, lParam, GetTickCount(), {}});
     thread->Wake();
     return TRUE;
-}
-
-void WINAPI PostQuitMessage(int nExitCode)
-{
-    ThreadObject& thread = ThreadWithQueue();
-    const std::lock_guard guard(DispatcherLock());
-    thread.queue()->PostQuit(nExitCode);
-}
-
-DWORD WINAPI GetQueueStatus(UINT flags)
-{
-    ThreadObject& thread = ThreadWithQueue();
-    const std::lock_guard guard(DispatcherLock());
-    MessageQueue& queue = *thread.queue();
-    const DWORD news = queue.New() & flags;
-    queue.Look(flags);
-    return (queue.Present() & flags) << 16 | news;
 }
 
 // There is no keyboard whose keys could become characters.

@@ -35,12 +35,6 @@ HANDLE Start(ThreadObject::Routine routine, void* argument, size_t stackSize, DW
 
 } // namespace
 
-HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES, SIZE_T dwStackSize, LPTHREAD_START_ROUTINE lpStartAddress,
-    LPVOID lpParameter, DWORD dwCreationFlags, LPDWORD lpThreadId)
-{
-    return Start(lpStartAddress, lpParameter, dwStackSize, dwCreationFlags, lpThreadId);
-}
-
 uintptr_t _beginthreadex(
     void*, unsigned stackSize, unsigned (*startAddress)(void*), void* argument, unsigned flags, unsigned* threadId)
 {
@@ -53,16 +47,6 @@ uintptr_t _beginthreadex(
     if (thread == nullptr)
         errno = EAGAIN;
     return reinterpret_cast<uintptr_t>(thread);
-}
-
-void _endthreadex(unsigned returnValue)
-{
-    ExitThread(returnValue);
-}
-
-void WINAPI ExitThread(DWORD dwExitCode)
-{
-    ThreadObject::Current().EndNow(dwExitCode);
 }
 
 HANDLE WINAPI OpenThread(DWORD dwDesiredAccess, BOOL, DWORD dwThreadId)
@@ -91,7 +75,7 @@ DWORD WINAPI ResumeThread(HANDLE hThread)
 BOOL WINAPI TerminateThread(HANDLE hThread, DWORD dwExitCode)
 {
     if (hThread == GetCurrentThread())
-        ExitThread(dwExitCode);
+        ThreadObject::Current().EndNow(dwExitCode);
     const Ref<ThreadObject> thread = ThreadOf(hThread, THREAD_TERMINATE);
     return thread && thread->Terminate(dwExitCode);
 }
