@@ -8,6 +8,10 @@
 
 #include <stdlib.h>
 
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
 namespace qx
 {
 
@@ -36,6 +40,19 @@ bool IsFileNameAllowed(const String& path)
     }
     static clsRegEx& allowed = MakeForever<clsRegEx>(kAllowedNames, kExtended);
     return allowed.Match(component, nullptr);
+}
+
+bool IsDeviceName(const String& name)
+{
+    constexpr std::wstring_view devices[] = {L"CON", L"PRN", L"AUX", L"NUL", L"CONIN$", L"CONOUT$"};
+    constexpr std::wstring_view numbers = L"123456789\xB9\xB2\xB3";
+    std::wstring_view stem = name.View().substr(0, name.View().find(L'.'));
+    stem = stem.substr(0, stem.find_last_not_of(L' ') + 1);
+    const String upper = String(stem).Upper();
+    const std::wstring_view device = upper.View();
+    const bool isNumbered = device.size() == 4 && numbers.find(device[3]) != std::wstring_view::npos;
+    return isNumbered ? device.starts_with(L"COM") || device.starts_with(L"LPT")
+                      : std::find(std::begin(devices), std::end(devices), device) != std::end(devices);
 }
 
 } // namespace qx

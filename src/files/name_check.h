@@ -10,4 +10,8 @@ class String;
 // extension, one with a character that no name may have, and one that ends in a blank or a dot.
 bool IsFileNameAllowed(const String& path);
 
+// Whether the system takes a file of this name, in whatever folder, for a device. Neither case counts, nor what follows
+// the first dot, nor blanks in front of it: "aux .tar.gz" is one. For names from outside.
+bool IsDeviceName(const String& name);
+
 } // namespace qx

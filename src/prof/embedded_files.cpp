@@ -59,7 +59,7 @@ bool Unpack(std::wstring_view text, const String& key, clsFile& target)
 bool IsPlainName(const String& name)
 {
     return name.View().find_first_of(L"/\\:") == std::wstring_view::npos && name != L"." && name != L".." &&
-           IsFileNameAllowed(name.Upper());
+           !IsDeviceName(name) && IsFileNameAllowed(name);
 }
 
 bool IsLink(const String& path)

@@ -64,11 +64,12 @@ std::string_view UnicodePath(std::string_view name, std::string_view extra)
     return Number(field, 1, 4) == crc ? field.substr(unicodePathHead) : std::string_view();
 }
 
-// A device's name is one in any case. A colon begins a stream of a file, if not a drive.
+// A colon begins a stream of a file, if not a drive.
 bool IsPartAllowed(const String& part)
 {
     constexpr std::wstring_view never(L":\0", 2); // the check takes a text to end at a zero
-    return part.View().find_first_of(never) == std::wstring_view::npos && IsFileNameAllowed(part.Upper());
+    return part.View().find_first_of(never) == std::wstring_view::npos && !IsDeviceName(part) &&
+           IsFileNameAllowed(part);
 }
 
 bool HasDrive(const String& name)

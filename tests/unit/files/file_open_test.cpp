@@ -59,6 +59,15 @@ protected:
 
 } // namespace
 
+TEST(NameCheck, Devices)
+{
+    for (const wchar_t* name :
+        {L"con", L"Aux .tar.gz", L"NUL.", L"prn  ", L"lpt\u00B3.a", L"com9", L"conin$", L"CONOUT$.x"})
+        EXPECT_TRUE(IsDeviceName(name)) << testing::PrintToString(name);
+    for (const wchar_t* name : {L"", L".con", L" con", L"conx", L"con_.txt", L"com0", L"com10", L"com", L"xpt1"})
+        EXPECT_FALSE(IsDeviceName(name)) << testing::PrintToString(name);
+}
+
 TEST(NameCheck, LooksAtTheLastComponent)
 {
     for (const wchar_t* name : {L"dir\\a.txt", L"CON/a.txt", L"COM0", L"LPT0.log", L"CON.a.b", // one extension only

@@ -22,6 +22,7 @@ TEST(ProfEmbedded, WhatIsLogged)
     } cases[] = {{L"a", L"QUJD", folder.Path(), 1, L""}, {L"a", L"QUJD", prefix, 1, L""}, // no second separator
         {L"", L"QUJD", folder.Path(), 0, L"ProfExtractFiles:\"Filename=\" not found"},
         {L"../a", L"QUJD", folder.Path(), 0, L"ProfExtractFiles: '../a' is refused, it leads out of the directory"},
+        {L"nul.a.b", L"QUJD", prefix, 0, L"ProfExtractFiles: 'nul.a.b' is refused, it leads out of the directory"},
         {L"a", L"", prefix, 0, String(L"ProfExtractFiles: '") + prefix + L"a' could not be unpacked"},
         {L"taken", L"", prefix, 0, String(L"'") + prefix + L"taken' could not be created"},
         {L"a", L"QUJD", folder.Path(L"no/folder"), kProfWriteFailed,
