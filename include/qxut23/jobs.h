@@ -135,11 +135,13 @@ QXUT_API int32_t UtilThreadPoolAdd(
 QXUT_API int32_t UtilThreadPoolAbort(HUTTHREADPOOL pool, int32_t group);
 
 /* Runs the jobs that must run on this thread, tells `host` of each job that is done and was not taken by its own host,
-   and returns when no job is left. 0, or QXUT_E_INVALIDARG for a null pool or a null host. */
+   and returns when no job is left. A job that runs on a worker is left itself, so it must not call this; one that runs
+   on the calling thread may. 0, or QXUT_E_INVALIDARG for a null pool or a null host. */
 QXUT_API int32_t UtilThreadPoolFinalize(HUTTHREADPOOL pool, struct IUTThreadedJobHost* host);
 
 /* Aborts all jobs, waits for those that run, and frees the pool. A pool of which only one group was aborted before
-   finishes its other jobs first. Null is ignored. No other thread may use the pool any more. */
+   finishes its other jobs first. Null is ignored. No other thread may use the pool any more, and no job or host of it
+   may call this. */
 QXUT_API void UtilThreadPoolClose(HUTTHREADPOOL pool);
 
 QXUT_EXTERN_C_END
