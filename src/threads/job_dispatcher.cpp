@@ -80,11 +80,16 @@ bool clsThreadedJobDispatcher::JobsDone(int group) const
 
 void clsThreadedJobDispatcher::Abort(int group)
 {
-    const clsCriticalSectionLock lock(_lock);
-    if (std::exchange(_isAborted, true))
-        return;
-    // Collected first: what their release leads to may come back to here.
+    JobInHand(*this).Release([&] { return DropJobs(group); });
+    _jobEvent.Set();
+}
+
+// With the lock held. Those that are to be released, by the first abort.
+ThreadedJobs clsThreadedJobDispatcher::DropJobs(int group)
+{
     ThreadedJobs dropped;
+    if (std::exchange(_isAborted, true))
+        return dropped;
     for (ThreadedJobs* jobs : {&_queued, &_finished, &_callerJobs})
     {
         ThreadedJobs kept;
@@ -92,8 +97,7 @@ void clsThreadedJobDispatcher::Abort(int group)
             jobs->MoveAt(0, job->IsOfGroup(group) ? dropped : kept);
         *jobs = std::move(kept);
     }
-    dropped.Clear();
-    _jobEvent.Set();
+    return dropped;
 }
 
 void clsThreadedJobDispatcher::ResetAbort()

@@ -76,6 +76,7 @@ private:
     void RunUntilDone(HandBack handBack, MayWait mayWait);
     bool RunJob(JobInHand& inHand);
     static void RunOwnJob(JobInHand& job);
+    ThreadedJobs DropJobs(int group);
     bool OthersHaveJobs(int group) const;
 
     JobInHand* _firstInHand = nullptr;

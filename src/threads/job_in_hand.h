@@ -9,9 +9,9 @@
 namespace qx
 {
 
-// The job that a driving thread runs or tells the host of, and the one that it or a worker releases. They stand in no
-// list, but aren't gone yet for the other threads that wait for the end of all. A job is released without the lock,
-// since the end of the caller's objects may take any time.
+// The job that a driving thread runs or tells the host of, and those that it, a worker or an abort releases. They stand
+// in no list, but aren't gone yet for the other threads that wait for the end of all. A job is released without the
+// lock, since the end of the caller's objects may take any time.
 class clsThreadedJobDispatcher::JobInHand
 {
 public:

@@ -192,7 +192,8 @@ void clsThreadedJobDispatcherUsingIoCompletionPort::RunJobs(ThreadMarks* marks)
     --_activeWorkers;
 }
 
-// As JobCompleted() and GetNextJob() do, in one round of the lock as long as there are jobs.
+// As JobCompleted() and GetNextJob() do, in one round of the lock as long as there are jobs and none to release, which
+// may take any time: the next job would wait for that, with other workers asleep.
 clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::CompleteAndGetNextJob(
     clsUTThreadedJob& job, JobInHand& inHand)
 {
@@ -201,7 +202,7 @@ clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::CompleteAndGetN
         [&]
         {
             ThreadedJobs taken = Complete(job);
-            if (!_isClosing)
+            if (taken.IsEmpty() && !_isClosing)
                 next = TakeJob();
             return taken;
         });

@@ -42,10 +42,10 @@ private:
     static std::atomic<int> alive;
 };
 
-// A worker that has run a job takes the next one of the queue at once, or watches the queue for a moment, and only then
-// waits at the port. A packet there wakes one worker, and is posted only where one waits and those that are awake or
-// woken already can't take all that is queued: each packet costs two calls of the system, and a thread to be woken.
-// Should one not have been posted, the thread that finalizes or closes helps.
+// A worker that has run a job, and released it if its host took it, takes the next one of the queue at once, or watches
+// the queue for a moment, and only then waits at the port. A packet there wakes one worker, and is posted only where
+// one waits and those that are awake or woken already can't take all that is queued: each packet costs two calls of the
+// system, and a thread to be woken. Should one not have been posted, the thread that finalizes or closes helps.
 class clsThreadedJobDispatcherUsingIoCompletionPort final : private DispatcherNumber, public clsThreadedJobDispatcher
 {
 public:

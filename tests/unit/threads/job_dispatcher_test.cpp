@@ -237,6 +237,42 @@ TEST_F(JobDispatcher, CloseWaitsForWhatRuns)
     EXPECT_EQ(host.waits, 0);
 }
 
+// Neither what is queued nor what runs waits for a thread that releases a job.
+TEST_F(JobDispatcher, AReleaseMayTakeAnyTime)
+{
+    clsEvent isReleasing;
+    bool othersWentOn = false;
+    const auto slowAtItsEnd = [&](int told)
+    {
+        std::shared_ptr<void> end(nullptr,
+            [&, told](void*)
+            {
+                isReleasing.Set();
+                othersWentOn = WaitUntil([&] { return counts.told == told; });
+            });
+        return new TestJob(counts, [this, end = std::move(end)] { hold(); });
+    };
+    const auto untilRelease = [&]
+    {
+        WaitForSingleObject(isReleasing.Get(), patience);
+    };
+    Dispatcher pool(2, L"pool");
+    pool.AddJob(MakeJob(slowAtItsEnd(3), &host));
+    pool.AddJob(MakeJob(new TestJob(counts, untilRelease), &host));
+    pool.AddJob(MakeJob(new TestJob(counts), &host));
+    go.Set();
+    pool.Finalize(&host);
+    EXPECT_TRUE(std::exchange(othersWentOn, false));
+
+    isReleasing.Reset();
+    Dispatcher aborted(1, L"pool");
+    aborted.AddJob(MakeJob(new TestJob(counts, untilRelease), &host));
+    EXPECT_TRUE(WaitUntil([&] { return counts.runs == 4; }));
+    aborted.AddJob(MakeJob(slowAtItsEnd(4), &host));
+    aborted.Abort(0);
+    EXPECT_TRUE(othersWentOn);
+}
+
 // A dispatcher that never gets a worker.
 TEST_F(JobDispatcher, WithoutWorkersTheCallerRunsTheJobs)
 {
