@@ -159,7 +159,7 @@ clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::GetNextJob()
 void clsThreadedJobDispatcherUsingIoCompletionPort::WatchQueue()
 {
     constexpr int looks = 4, pauses = 400;
-    if (_isWatched.exchange(true))
+    if (_hasQueued || _isWatched.exchange(true))
         return;
     for (int look = 0; look < looks && !_hasQueued && !_isClosing; ++look)
         for (int pause = 0; pause < pauses; ++pause)
