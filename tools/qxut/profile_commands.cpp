@@ -66,7 +66,8 @@ void Show(const ProfileOptions& options)
     if (CountEntries(profile.Job()) == 0 &&
         std::filesystem::file_size(std::filesystem::u8path(options.file), ignored) > 0)
         std::cerr << "qxut: note: " << options.file
-                  << " has no entries: its first line is neither [/] nor a section in brackets\n";
+                  << " has no entries; the first line of a profile is [/], a section in brackets, or that of its XML "
+                     "form or of XFDF\n";
 }
 
 // The value, or nothing where there is none.
