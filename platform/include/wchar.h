@@ -18,10 +18,6 @@
 #define WEOF (0xffffffffu)
 #endif
 
-#ifndef _TRUNCATE
-#define _TRUNCATE ((size_t)-1)
-#endif
-
 #ifdef __cplusplus
 static_assert(sizeof(wchar_t) == 2, "compile with -fshort-wchar");
 #else
@@ -39,8 +35,6 @@ size_t wcslen(const wchar_t* text) QXCRT_NOEXCEPT QXCRT(wcslen);
 size_t wcsnlen(const wchar_t* text, size_t limit) QXCRT_NOEXCEPT QXCRT(wcsnlen);
 wchar_t* wcscpy(wchar_t* target, const wchar_t* source) QXCRT_NOEXCEPT QXCRT(wcscpy);
 wchar_t* wcsncpy(wchar_t* target, const wchar_t* source, size_t count) QXCRT_NOEXCEPT QXCRT(wcsncpy);
-wchar_t* wcscat(wchar_t* target, const wchar_t* source) QXCRT_NOEXCEPT QXCRT(wcscat);
-wchar_t* wcsncat(wchar_t* target, const wchar_t* source, size_t count) QXCRT_NOEXCEPT QXCRT(wcsncat);
 int wcscmp(const wchar_t* a, const wchar_t* b) QXCRT_NOEXCEPT QXCRT(wcscmp);
 int wcsncmp(const wchar_t* a, const wchar_t* b, size_t count) QXCRT_NOEXCEPT QXCRT(wcsncmp);
 int wmemcmp(const wchar_t* a, const wchar_t* b, size_t count) QXCRT_NOEXCEPT QXCRT(wmemcmp);
@@ -53,38 +47,22 @@ int _wcsicmp(const wchar_t* a, const wchar_t* b) QXCRT_NOEXCEPT QXCRT(_wcsicmp);
 int _wcsnicmp(const wchar_t* a, const wchar_t* b, size_t count) QXCRT_NOEXCEPT QXCRT(_wcsnicmp);
 int wcscasecmp(const wchar_t* a, const wchar_t* b) QXCRT_NOEXCEPT QXCRT(_wcsicmp); // the name that GoogleTest uses
 
-wchar_t* _wcsdup(const wchar_t* text) QXCRT_NOEXCEPT QXCRT(_wcsdup); // to be given back by free()
-
 // Searches.
 size_t wcsspn(const wchar_t* text, const wchar_t* accepted) QXCRT_NOEXCEPT QXCRT(wcsspn);
-size_t wcscspn(const wchar_t* text, const wchar_t* rejected) QXCRT_NOEXCEPT QXCRT(wcscspn);
 
 // The formatter of wide text in the Microsoft dialect: `%s` and `%c` are wide, `%hs`, `%S`, `%C` narrow; `l` means 32
 // bits, `ll` and `I64` 64. A text that is longer than `size` is cut and gives -1; a terminator is only written where
-// there is room.
+// there is room. Without a target and with size 0 the result is the length that the text would have.
 int _vsnwprintf(wchar_t* target, size_t size, const wchar_t* format, va_list arguments) QXCRT(_vsnwprintf);
 int _snwprintf(wchar_t* target, size_t size, const wchar_t* format, ...) QXCRT(_snwprintf);
-// These always terminate. A text longer than `count`, or with _TRUNCATE longer than `size` - 1, is cut and gives -1;
-// one that is longer than `size` - 1 but not than `count` gives the empty text, -1 and the error ERANGE.
-int _vsnwprintf_s(wchar_t* target, size_t size, size_t count, const wchar_t* format, va_list arguments)
-    QXCRT(_vsnwprintf_s);
-int _snwprintf_s(wchar_t* target, size_t size, size_t count, const wchar_t* format, ...) QXCRT(_snwprintf_s);
-// The length that the text would have.
-int _vscwprintf(const wchar_t* format, va_list arguments) QXCRT(_vscwprintf);
-int _scwprintf(const wchar_t* format, ...) QXCRT(_scwprintf);
 
 // Numbers from text. `*end` is set behind the number, or to `text` if there is none.
 // The range of wcstol and wcstoul is that of 32 bits, as everywhere with the Microsoft runtime, though `long` has 64
 // here: what is greater gives 0x7fffffff or 0xffffffff and the error ERANGE, and -1 as unsigned is 0xffffffff.
 long wcstol(const wchar_t* text, wchar_t** end, int base) QXCRT_NOEXCEPT QXCRT(wcstol);
 unsigned long wcstoul(const wchar_t* text, wchar_t** end, int base) QXCRT_NOEXCEPT QXCRT(wcstoul);
-long long _wcstoi64(const wchar_t* text, wchar_t** end, int base) QXCRT_NOEXCEPT QXCRT(_wcstoi64);
-unsigned long long _wcstoui64(const wchar_t* text, wchar_t** end, int base) QXCRT_NOEXCEPT QXCRT(_wcstoui64);
-long long wcstoll(const wchar_t* text, wchar_t** end, int base) QXCRT_NOEXCEPT QXCRT(_wcstoi64);
-unsigned long long wcstoull(const wchar_t* text, wchar_t** end, int base) QXCRT_NOEXCEPT QXCRT(_wcstoui64);
 double wcstod(const wchar_t* text, wchar_t** end) QXCRT_NOEXCEPT QXCRT(wcstod);
 int _wtoi(const wchar_t* text) QXCRT_NOEXCEPT QXCRT(_wtoi);
-long long _wtoi64(const wchar_t* text) QXCRT_NOEXCEPT QXCRT(_wtoi64);
 
 // The scanner of the Microsoft dialect, for numbers: %d %i %u %o %x %X %p with a width and a size, `*`, %n, %%. The
 // result is the count of stored numbers, or -1 if the text is empty. A number that is too great loses its upper bits.
@@ -114,18 +92,15 @@ QXCRT_END
 extern "C++" const wchar_t* wcschr(const wchar_t* text, wchar_t c) QXCRT_NOEXCEPT QXCRT(wcschr);
 extern "C++" const wchar_t* wcsrchr(const wchar_t* text, wchar_t c) QXCRT_NOEXCEPT QXCRT(wcsrchr);
 extern "C++" const wchar_t* wcsstr(const wchar_t* text, const wchar_t* part) QXCRT_NOEXCEPT QXCRT(wcsstr);
-extern "C++" const wchar_t* wcspbrk(const wchar_t* text, const wchar_t* wanted) QXCRT_NOEXCEPT QXCRT(wcspbrk);
 extern "C++" const wchar_t* wmemchr(const wchar_t* text, wchar_t c, size_t count) QXCRT_NOEXCEPT QXCRT(wmemchr);
 extern "C++" wchar_t* wcschr(wchar_t* text, wchar_t c) QXCRT_NOEXCEPT QXCRT(wcschr);
 extern "C++" wchar_t* wcsrchr(wchar_t* text, wchar_t c) QXCRT_NOEXCEPT QXCRT(wcsrchr);
 extern "C++" wchar_t* wcsstr(wchar_t* text, const wchar_t* part) QXCRT_NOEXCEPT QXCRT(wcsstr);
-extern "C++" wchar_t* wcspbrk(wchar_t* text, const wchar_t* wanted) QXCRT_NOEXCEPT QXCRT(wcspbrk);
 extern "C++" wchar_t* wmemchr(wchar_t* text, wchar_t c, size_t count) QXCRT_NOEXCEPT QXCRT(wmemchr);
 #else
 wchar_t* wcschr(const wchar_t* text, wchar_t c) QXCRT(wcschr);
 wchar_t* wcsrchr(const wchar_t* text, wchar_t c) QXCRT(wcsrchr);
 wchar_t* wcsstr(const wchar_t* text, const wchar_t* part) QXCRT(wcsstr);
-wchar_t* wcspbrk(const wchar_t* text, const wchar_t* wanted) QXCRT(wcspbrk);
 wchar_t* wmemchr(const wchar_t* text, wchar_t c, size_t count) QXCRT(wmemchr);
 #endif
 
@@ -165,6 +140,12 @@ int swprintf(wchar_t* target, size_t size, const wchar_t* format, ...) QXCRT_DIA
 int vswprintf(wchar_t* target, size_t size, const wchar_t* format, va_list arguments) QXCRT_DIALECT;
 int swscanf(const wchar_t* text, const wchar_t* format, ...) QXCRT_DIALECT;
 int vswscanf(const wchar_t* text, const wchar_t* format, va_list arguments) QXCRT_DIALECT;
+wchar_t* wcscat(wchar_t* target, const wchar_t* source) QXCRT_NO_CALLER;
+wchar_t* wcsncat(wchar_t* target, const wchar_t* source, size_t count) QXCRT_NO_CALLER;
+size_t wcscspn(const wchar_t* text, const wchar_t* rejected) QXCRT_NO_CALLER;
+wchar_t* wcspbrk(const wchar_t* text, const wchar_t* wanted) QXCRT_NO_CALLER;
+long long wcstoll(const wchar_t* text, wchar_t** end, int base) QXCRT_NO_CALLER;
+unsigned long long wcstoull(const wchar_t* text, wchar_t** end, int base) QXCRT_NO_CALLER;
 wchar_t* wcstok(wchar_t* text, const wchar_t* separators, wchar_t** next) QXCRT_NO_CALLER;
 int wcscoll(const wchar_t* a, const wchar_t* b) QXCRT_NO_CALLER;
 size_t wcsxfrm(wchar_t* target, const wchar_t* source, size_t size) QXCRT_NO_CALLER;

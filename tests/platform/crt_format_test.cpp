@@ -143,8 +143,8 @@ TEST(CrtFormat, FollowsTheDocumentation)
     Prints(L"abcd", L"abc%hnd", count);
     EXPECT_EQ(count[0], 3);
     EXPECT_EQ(count[1], -1);
-    EXPECT_EQ(_scwprintf(L"%2147483647d%d", 1, 1), -1); // longer than a count can say
-    EXPECT_EQ(_scwprintf(L"%99999999999d%d", 1, 1), -1);
+    EXPECT_EQ(_snwprintf(nullptr, 0, L"%2147483647d%d", 1, 1), -1); // longer than a count can say
+    EXPECT_EQ(_snwprintf(nullptr, 0, L"%99999999999d%d", 1, 1), -1);
 }
 #endif
 
@@ -166,7 +166,6 @@ TEST(CrtFormat, CutsAtTheSize)
         EXPECT_EQ(std::wstring_view(target, c.content.size()), c.content) << c.size;
     }
     EXPECT_EQ(_snwprintf(nullptr, 0, L"ab%dc", 12), 5);
-    EXPECT_EQ(_scwprintf(L"%1000s", L""), 1000);
 }
 
 TEST(CrtFormat, Times)

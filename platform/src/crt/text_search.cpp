@@ -77,14 +77,6 @@ bool Contains(const wchar_t* set, wchar_t c)
     return c != 0 && *FindOrEnd(set, c) == c;
 }
 
-size_t CountWhile(const wchar_t* text, const wchar_t* set, bool contained)
-{
-    const wchar_t* position = text;
-    while (*position != 0 && Contains(set, *position) == contained)
-        ++position;
-    return static_cast<size_t>(position - text);
-}
-
 bool StartsWith(const wchar_t* text, const wchar_t* part)
 {
     while (*part != 0 && *text == *part)
@@ -140,16 +132,8 @@ const wchar_t* wcsstr(const wchar_t* text, const wchar_t* part) noexcept
 
 size_t wcsspn(const wchar_t* text, const wchar_t* accepted) noexcept
 {
-    return CountWhile(text, accepted, true);
-}
-
-size_t wcscspn(const wchar_t* text, const wchar_t* rejected) noexcept
-{
-    return CountWhile(text, rejected, false);
-}
-
-const wchar_t* wcspbrk(const wchar_t* text, const wchar_t* wanted) noexcept
-{
-    text += wcscspn(text, wanted);
-    return *text != 0 ? text : nullptr;
+    const wchar_t* end = text;
+    while (*end != 0 && Contains(accepted, *end))
+        ++end;
+    return static_cast<size_t>(end - text);
 }

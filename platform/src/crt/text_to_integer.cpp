@@ -114,22 +114,7 @@ unsigned long wcstoul(const wchar_t* text, wchar_t** end, int base) noexcept
     return Read<uint32_t>(text, end, base);
 }
 
-long long _wcstoi64(const wchar_t* text, wchar_t** end, int base) noexcept
-{
-    return Read<int64_t>(text, end, base);
-}
-
-unsigned long long _wcstoui64(const wchar_t* text, wchar_t** end, int base) noexcept
-{
-    return Read<uint64_t>(text, end, base);
-}
-
 int _wtoi(const wchar_t* text) noexcept
 {
     return Read<int32_t>(text, nullptr, 10);
-}
-
-long long _wtoi64(const wchar_t* text) noexcept
-{
-    return Read<int64_t>(text, nullptr, 10);
 }
