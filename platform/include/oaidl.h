@@ -56,9 +56,7 @@ typedef struct tagSAFEARRAY
 #define FADF_AUTO 0x1
 #define FADF_STATIC 0x2
 #define FADF_EMBEDDED 0x4
-#define FADF_FIXEDSIZE 0x10
 // Something lies in front of the array: a record's description, an interface's identifier or the element type.
-#define FADF_RECORD 0x20
 #define FADF_HAVEIID 0x40
 #define FADF_HAVEVARTYPE 0x80
 // The elements own something.

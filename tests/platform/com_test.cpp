@@ -53,6 +53,8 @@ TEST(Bstr, LengthStandsInFrontOfTheText)
 TEST(Bstr, ReallocationReplacesTheText)
 {
     BSTR bstr = nullptr;
+    EXPECT_TRUE(SysReAllocStringLen(&bstr, L"first", 5));
+    EXPECT_TRUE(TextOf(bstr) == L"first"sv);
     EXPECT_TRUE(SysReAllocStringLen(&bstr, L"longer than before", 11));
     EXPECT_TRUE(TextOf(bstr) == L"longer than"sv);
     EXPECT_EQ(bstr[11], L'\0');
@@ -74,10 +76,14 @@ TEST(Bstr, ReallocationReplacesTheText)
 
 TEST(Identifier, InterfacesHaveThePublishedOnes)
 {
-    const std::pair<IID, unsigned long> cases[] = {
-        {IID_IUnknown, 0}, {IID_IMarshal, 0x03}, {IID_IStorage, 0x0B}, {IID_IStream, 0x0C}, {IID_IEnumSTATSTG, 0x0D}};
-    for (const auto& [iid, first] : cases)
-        EXPECT_TRUE((iid == GUID{static_cast<DWORD>(first), 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}})) << first;
+    struct
+    {
+        const IID& iid;
+        DWORD number;
+    } const cases[] = {
+        {IID_IUnknown, 0}, {IID_IMarshal, 3}, {IID_IStorage, 0xB}, {IID_IStream, 0xC}, {IID_IEnumSTATSTG, 0xD}};
+    for (const auto& c : cases)
+        EXPECT_EQ(c.iid, (IID{c.number, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}})) << c.number;
 }
 
 } // namespace

@@ -170,7 +170,6 @@ TEST_F(CodePages, EveryCharacterOfAPageReturns)
              1251u, 1252u, 1253u, 1254u, 1255u, 1256u, 1257u, 1258u, 20866u, 21866u, 28591u, 28592u, 28593u, 28594u,
              28595u, 28596u, 28597u, 28598u, 28599u, 28605u})
     {
-        ASSERT_TRUE(IsValidCodePage(page)) << page;
         int characters = 0;
         for (unsigned value = 0; value < 0x10000; ++value)
         {
@@ -277,11 +276,9 @@ TEST_F(CodePages, ArgumentsAreChecked)
     // UTF-16 and the pages that only detect are no pages of these calls.
     for (const UINT page : {1200u, 1201u, 12000u, 50000u, 50932u, 50949u, 4u})
     {
-        EXPECT_FALSE(IsValidCodePage(page)) << page;
         EXPECT_EQ(Decode(page, "a"), "error 87") << page;
         EXPECT_EQ(Encode(page, L"a"), "error 87") << page;
     }
-    EXPECT_FALSE(IsValidCodePage(CP_ACP));
 #ifndef _WIN32 // Wine does not refuse what the documentation says is refused
     EXPECT_EQ(Decode(CP_UTF8, "a", MB_PRECOMPOSED), "error 1004");
     EXPECT_EQ(Encode(CP_UTF8, L"a", WC_NO_BEST_FIT_CHARS), "error 1004");

@@ -31,7 +31,9 @@ void CheckThatZoneAndItsInformationAgree()
     TIME_ZONE_INFORMATION zone;
     ASSERT_NE(GetTimeZoneInformation(&zone), TIME_ZONE_ID_INVALID);
     SYSTEMTIME now, local, again;
-    GetSystemTime(&now);
+    FILETIME fileTime;
+    GetSystemTimeAsFileTime(&fileTime);
+    ASSERT_TRUE(FileTimeToSystemTime(&fileTime, &now));
     for (WORD month = 1; month <= 12; ++month)
         for (WORD day = 1; day <= 28; ++day)
         {

@@ -116,11 +116,8 @@ TEST(SafeArray, TypesOfElements)
         ASSERT_EQ(array != nullptr, row.size != 0) << row.type;
         if (array == nullptr)
             continue;
-        EXPECT_EQ(SafeArrayGetElemsize(array), row.size) << row.type;
+        EXPECT_EQ(array->cbElements, row.size) << row.type;
         EXPECT_EQ(array->fFeatures & 0xfff, row.features) << row.type;
-        VARTYPE type = 0;
-        EXPECT_EQ(SafeArrayGetVartype(array, &type), S_OK) << row.type;
-        EXPECT_EQ(type, row.type);
         LONG most = 0;
         EXPECT_EQ(SafeArrayGetUBound(array, 1, &most), S_OK);
         EXPECT_EQ(most, 4) << "an array of nothing ends before it starts";

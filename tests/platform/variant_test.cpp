@@ -23,10 +23,10 @@ constexpr bool ON_LINUX = true;
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 constexpr double UNBOUNDED = std::numeric_limits<double>::infinity();
 
-std::string Changed(const VARIANT& source, VARTYPE type, LCID locale = ENGLISH, USHORT flags = 0)
+std::string Changed(const VARIANT& source, VARTYPE type, LCID locale = ENGLISH)
 {
     Value result;
-    const HRESULT code = VariantChangeTypeEx(&result, const_cast<VARIANT*>(&source), locale, flags, type);
+    const HRESULT code = VariantChangeTypeEx(&result, const_cast<VARIANT*>(&source), locale, 0, type);
     if (code != S_OK)
         return ReadableResult(code);
     return result.vt == type ? Readable(result) : "wrong type " + std::to_string(result.vt);
@@ -120,18 +120,15 @@ TEST(VariantChangeType, NumbersToText)
         Value source;
         const char* text;
         LCID locale = ENGLISH;
-        USHORT flags = 0;
     } const CASES[] = {{Value(VT_I1, -5), "-5"}, {Value(VT_UI8, -1), "18446744073709551615"},
         {Value(VT_BOOL, 0xffff), "-1"}, {R8(-0.0), "0"}, {R8(1.0 / 3), "0.333333333333333"},
         {R8(123456789012345), "123456789012345"}, {R8(1234567890123456), "1.23456789012346E+15"}, {R8(1e15), "1E+15"},
         {R8(0.0001), "0.0001"}, {R8(1e-5), "1E-05"}, {R8(-1e300), "-1E+300"}, {R4(0.1f), "0.1"}, {R4(1e10f), "1E+10"},
         {Value(VT_CY, 12345), "1.2345"}, {Value(VT_CY, -5000), "-0.5"}, {Value(VT_CY, 10000), "1"},
         {SmallDecimal(-150, 2), "-1.5"}, {Decimal(false, ~0u, ~0u, ~0u, 28), "7.9228162514264337593543950335"},
-        {R8(-1234.5), "-1234,5", GERMAN}, {Value(VT_CY, 12345), "1,2345", GERMAN}, {SmallDecimal(5, 1), "0,5", GERMAN},
-        {Value(VT_BOOL, 0xffff), "True", GERMAN, VARIANT_ALPHABOOL},
-        {Value(VT_BOOL), "False", GERMAN, VARIANT_ALPHABOOL}};
+        {R8(-1234.5), "-1234,5", GERMAN}, {Value(VT_CY, 12345), "1,2345", GERMAN}, {SmallDecimal(5, 1), "0,5", GERMAN}};
     for (const auto& row : CASES)
-        EXPECT_EQ(Changed(row.source, VT_BSTR, row.locale, row.flags), '"' + std::string(row.text) + '"');
+        EXPECT_EQ(Changed(row.source, VT_BSTR, row.locale), '"' + std::string(row.text) + '"');
 }
 
 TEST(VariantChangeType, TextToNumbers)

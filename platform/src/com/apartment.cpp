@@ -32,11 +32,6 @@ HRESULT WINAPI CoInitializeEx(LPVOID reserved, DWORD model)
     return S_FALSE;
 }
 
-HRESULT WINAPI CoInitialize(LPVOID reserved)
-{
-    return CoInitializeEx(reserved, COINIT_APARTMENTTHREADED);
-}
-
 void WINAPI CoUninitialize()
 {
     if (currentApartment.initialisations != 0)

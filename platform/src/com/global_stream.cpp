@@ -309,7 +309,7 @@ HRESULT WINAPI CreateStreamOnHGlobal(HGLOBAL memory, BOOL deleteOnRelease, LPSTR
             return E_INVALIDARG;
         return qxplatform::CreateStream(memory, deleteOnRelease != FALSE, stream);
     }
-    const HGLOBAL fresh = GlobalAlloc(GMEM_MOVEABLE | GMEM_NODISCARD, 0);
+    const HGLOBAL fresh = GlobalAlloc(GMEM_MOVEABLE, 0);
     if (fresh == nullptr)
         return E_OUTOFMEMORY;
     const HRESULT result = qxplatform::CreateStream(fresh, deleteOnRelease != FALSE, stream);

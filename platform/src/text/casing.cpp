@@ -49,11 +49,4 @@ char32_t ToLowerLinguistic(char32_t character, LetterI letterI)
     return letterI == LetterI::Turkic && character == 'I' ? DOTLESS_SMALL_I : IcuLower(character);
 }
 
-char32_t ToTitleLinguistic(char32_t character, LetterI letterI)
-{
-    if (letterI == LetterI::Turkic && character == 'i')
-        return DOTTED_CAPITAL_I;
-    return static_cast<char32_t>(u_totitle(static_cast<UChar32>(character)));
-}
-
 } // namespace qxplatform

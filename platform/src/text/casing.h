@@ -18,6 +18,5 @@ enum class LetterI
 // The mapping by language: every character that has one of another case.
 char32_t ToUpperLinguistic(char32_t character, LetterI letterI);
 char32_t ToLowerLinguistic(char32_t character, LetterI letterI);
-char32_t ToTitleLinguistic(char32_t character, LetterI letterI);
 
 } // namespace qxplatform

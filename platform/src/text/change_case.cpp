@@ -3,7 +3,6 @@
 #include <winnls.h>
 #include <winuser.h>
 
-#include <unicode/uchar.h>
 #include <unicode/utf16.h>
 
 #include <climits>
@@ -41,40 +40,6 @@ void MapCharacters(const wchar_t* next, const wchar_t* end, wchar_t* target, Map
     }
 }
 
-bool IsCased(char32_t character)
-{
-    return u_hasBinaryProperty(static_cast<UChar32>(character), UCHAR_CASED);
-}
-
-// What stands inside a word without being a letter of it: apostrophes, marks.
-bool JoinsWord(char32_t character)
-{
-    return u_hasBinaryProperty(static_cast<UChar32>(character), UCHAR_CASE_IGNORABLE) ||
-           u_isalnum(static_cast<UChar32>(character));
-}
-
-class TitleCase
-{
-public:
-    explicit TitleCase(LetterI letterI) : _letterI(letterI) {}
-
-    char32_t operator()(char32_t character)
-    {
-        if (IsCased(character))
-        {
-            const bool first = !_inWord;
-            _inWord = true;
-            return first ? ToTitleLinguistic(character, _letterI) : ToLowerLinguistic(character, _letterI);
-        }
-        _inWord = _inWord && JoinsWord(character);
-        return character;
-    }
-
-private:
-    LetterI _letterI;
-    bool _inWord = false;
-};
-
 LetterI LetterIOf(const Locale& locale)
 {
     return locale.icu.starts_with("tr_") || locale.icu.starts_with("az_") ? LetterI::Turkic : LetterI::Latin;
@@ -102,10 +67,6 @@ int MapText(const Locale& locale, DWORD flags, std::wstring_view source, wchar_t
         break;
     case LCMAP_LOWERCASE | LCMAP_LINGUISTIC_CASING:
         MapCharacters(begin, end, target, [letterI](char32_t c) { return ToLowerLinguistic(c, letterI); });
-        break;
-    case LCMAP_TITLECASE:
-    case LCMAP_TITLECASE | LCMAP_LINGUISTIC_CASING:
-        MapCharacters(begin, end, target, TitleCase(letterI));
         break;
     default:
         return Fail(ERROR_INVALID_FLAGS);

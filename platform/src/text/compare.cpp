@@ -17,8 +17,7 @@ using namespace qxplatform;
 namespace
 {
 
-constexpr DWORD CASE_FLAGS = NORM_IGNORECASE | LINGUISTIC_IGNORECASE;
-constexpr DWORD OFFERED_FLAGS = CASE_FLAGS | NORM_LINGUISTIC_CASING | SORT_STRINGSORT | LOCALE_USE_CP_ACP;
+constexpr DWORD OFFERED_FLAGS = NORM_IGNORECASE | SORT_STRINGSORT | LOCALE_USE_CP_ACP;
 
 std::wstring_view TextOf(LPCWSTR text, int length)
 {
@@ -52,7 +51,7 @@ int WINAPI CompareStringW(
         return CSTR_EQUAL;
     const Signs signs = (dwCmpFlags & SORT_STRINGSORT) != 0 ? Signs::StringSort : Signs::WordSort;
     int order = 0;
-    if ((dwCmpFlags & CASE_FLAGS) != 0)
+    if ((dwCmpFlags & NORM_IGNORECASE) != 0)
     {
         const std::vector<wchar_t> foldedA = Fold(a);
         const std::vector<wchar_t> foldedB = Fold(b);

@@ -85,8 +85,3 @@ int WINAPI WideCharToMultiByte(UINT CodePage, DWORD dwFlags, LPCWSTR lpWideCharS
         *lpUsedDefaultChar = result.replaced;
     return Finish(out, result.valid);
 }
-
-BOOL WINAPI IsValidCodePage(UINT CodePage)
-{
-    return qxplatform::IsCodePageOffered(CodePage);
-}

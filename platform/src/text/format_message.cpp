@@ -52,8 +52,7 @@ DWORD FindMessage(DWORD flags, LPCVOID source, DWORD code, DWORD language, std::
     }
     if ((flags & FORMAT_MESSAGE_FROM_SYSTEM) != 0)
         return FindSystemMessage(code, language, text);
-    // No module of this system has a message table.
-    return (flags & FORMAT_MESSAGE_FROM_HMODULE) != 0 ? ERROR_RESOURCE_TYPE_NOT_FOUND : ERROR_INVALID_PARAMETER;
+    return ERROR_INVALID_PARAMETER;
 }
 
 // For the caller to free by LocalFree.
@@ -92,15 +91,10 @@ DWORD WINAPI FormatMessageW(DWORD dwFlags, LPCVOID lpSource, DWORD dwMessageId, 
     if (const DWORD error = FindMessage(dwFlags, lpSource, dwMessageId, dwLanguageId, text); error != ERROR_SUCCESS)
         return Failed(error);
 
-    const bool isArray = (dwFlags & FORMAT_MESSAGE_ARGUMENT_ARRAY) != 0;
-    MessageArguments arguments(
-        isArray ? nullptr : Arguments, isArray ? reinterpret_cast<const DWORD_PTR*>(Arguments) : nullptr);
-    const MessageLayout layout{
-        .withInserts = (dwFlags & FORMAT_MESSAGE_IGNORE_INSERTS) == 0,
-        .width = dwFlags & FORMAT_MESSAGE_MAX_WIDTH_MASK,
-    };
+    MessageArguments arguments(Arguments);
+    const bool withInserts = (dwFlags & FORMAT_MESSAGE_IGNORE_INSERTS) == 0;
     std::u16string expanded;
-    if (const DWORD error = ExpandMessage(text, layout, arguments, expanded); error != ERROR_SUCCESS)
+    if (const DWORD error = ExpandMessage(text, withInserts, arguments, expanded); error != ERROR_SUCCESS)
         return Failed(error);
     if (expanded.empty())
     {

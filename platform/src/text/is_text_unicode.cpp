@@ -11,9 +11,6 @@ namespace
 // As much as the system looks at for its counts.
 constexpr std::size_t SAMPLE = 256;
 
-constexpr int UNICODE_TESTS = IS_TEXT_UNICODE_UNICODE_MASK;
-constexpr int REVERSE_TESTS = IS_TEXT_UNICODE_REVERSE_MASK;
-
 struct Units
 {
     const unsigned char* bytes;
@@ -32,12 +29,6 @@ bool IsControl(unsigned unit)
     return unit == '\r' || unit == '\n' || unit == ' ' || unit == '\t' || unit == 0x3000;
 }
 
-// What only a mix-up of bytes makes: a reversed mark, no character, two bytes of a line's end, an end within.
-bool IsIllegal(unsigned unit)
-{
-    return unit == 0xfffe || unit == 0xffff || unit == 0x0a0d || unit == 0;
-}
-
 int CountedTests(const Units& units)
 {
     const std::size_t count = std::min(units.count, SAMPLE);
@@ -53,10 +44,6 @@ int CountedTests(const Units& units)
             result |= IS_TEXT_UNICODE_CONTROLS;
         if (IsControl(Reversed(unit)))
             result |= IS_TEXT_UNICODE_REVERSE_CONTROLS;
-        if (IsIllegal(unit))
-            result |= IS_TEXT_UNICODE_ILLEGAL_CHARS;
-        if ((unit & 0xff) == 0 || unit <= 0xff)
-            result |= IS_TEXT_UNICODE_NULL_BYTES;
     }
     // Most characters of most texts are Latin letters, blanks and digits, with a zero in one of their bytes; 8-bit
     // text has no zeros.
@@ -90,7 +77,7 @@ int AllTests(const unsigned char* bytes, std::size_t size)
     // A lone ASCII character and its zero byte tell nothing.
     if (units.count == 0 || (size == 2 && units[0] <= 0x7f))
         return 0;
-    return CountedTests(units) | WholeTests(units) | (size % 2 != 0 ? IS_TEXT_UNICODE_ODD_LENGTH : 0);
+    return CountedTests(units) | WholeTests(units);
 }
 
 } // namespace
@@ -101,7 +88,5 @@ BOOL WINAPI IsTextUnicode(const VOID* lpv, int iSize, LPINT lpiResult)
     int passed = AllTests(static_cast<const unsigned char*>(lpv), size);
     if (lpiResult != nullptr)
         *lpiResult = passed &= *lpiResult;
-    if ((passed & IS_TEXT_UNICODE_NOT_UNICODE_MASK) != 0)
-        return FALSE;
-    return (passed & (UNICODE_TESTS | REVERSE_TESTS)) != 0;
+    return passed != 0;
 }

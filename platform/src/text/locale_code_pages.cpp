@@ -13,13 +13,13 @@ namespace qxplatform
 namespace
 {
 
-constexpr UINT UNICODE_ONLY = CP_ACP;
+constexpr unsigned UNICODE_ONLY = CP_ACP;
 
 // By the beginning of the locale's name; the longest row that fits counts.
 struct ByName
 {
     std::string_view beginning;
-    UINT page;
+    unsigned page;
 };
 constexpr ByName BY_NAME[] = {
     // central Europe
@@ -61,7 +61,7 @@ constexpr ByName BY_NAME[] = {
 struct ByScript
 {
     std::string_view script;
-    UINT page;
+    unsigned page;
 };
 constexpr ByScript BY_SCRIPT[] = {
     {"Arab", 1256},
@@ -93,7 +93,7 @@ bool BeginsWith(std::string_view name, std::string_view beginning)
            (name.size() == beginning.size() || name[beginning.size()] == '-');
 }
 
-UINT OfScript(const std::string& script)
+unsigned OfScript(const std::string& script)
 {
     for (const ByScript& row : BY_SCRIPT)
         if (row.script == script)
@@ -104,17 +104,17 @@ UINT OfScript(const std::string& script)
 
 } // namespace
 
-UINT CodePageOf(const Locale& locale)
+unsigned AnsiCodePageOf(const Locale& locale)
 {
     if (locale.icu.empty())
         return 1252;
     const std::string script = ScriptOf(locale);
-    UINT page = OfScript(script);
+    unsigned page = OfScript(script);
     const bool isLatin = script == "Latn";
     std::size_t longest = 0;
     for (const ByName& row : BY_NAME)
     {
-        const bool counts = isLatin || row.page == UNICODE_ONLY;
+        const bool counts = isLatin || row.page == CP_ACP;
         if (counts && row.beginning.size() > longest && BeginsWith(locale.name, row.beginning))
         {
             page = row.page;
@@ -126,7 +126,7 @@ UINT CodePageOf(const Locale& locale)
 
 LGRPID LanguageGroupOf(const Locale& locale)
 {
-    switch (CodePageOf(locale))
+    switch (AnsiCodePageOf(locale))
     {
     case 1250:
         return LGRPID_CENTRAL_EUROPE;

@@ -9,7 +9,7 @@ namespace qxplatform
 {
 
 // CP_ACP for a locale that has Unicode only.
-UINT CodePageOf(const Locale& locale);
+unsigned AnsiCodePageOf(const Locale& locale);
 
 // The group of languages that a locale belongs to: one of the LGRPID_ constants.
 LGRPID LanguageGroupOf(const Locale& locale);

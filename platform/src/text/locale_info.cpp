@@ -54,7 +54,7 @@ DWORD DateOrder(const Locale& locale)
 
 DWORD AnsiCodePage(const Locale& locale)
 {
-    return CodePageOf(locale);
+    return AnsiCodePageOf(locale);
 }
 
 DWORD CountryNumber(const Locale& locale)
@@ -68,16 +68,10 @@ std::u16string Decimal(const Locale& locale)
     return Ascii(std::to_string(Number(locale)));
 }
 
-template <int Day, bool Abbreviated>
+template <int Day>
 std::u16string DayNamed(const Locale& locale)
 {
-    return DayName(locale, Day, Abbreviated);
-}
-
-template <int Month, bool Abbreviated>
-std::u16string MonthNamed(const Locale& locale)
-{
-    return MonthName(locale, Month, Abbreviated);
+    return DayName(locale, Day, false);
 }
 
 // Sorted by type.
@@ -94,8 +88,6 @@ constexpr InfoType TYPES[] = {
         {
             return RegionName(locale, locale);
         }},
-    {LOCALE_SDECIMAL, DecimalSeparator},
-    {LOCALE_STHOUSAND, GroupSeparator},
     {LOCALE_SCURRENCY, CurrencySymbol},
     {LOCALE_SDATE,
         [](const Locale& locale)
@@ -112,60 +104,14 @@ constexpr InfoType TYPES[] = {
         {
             return DatePicture(locale, DateStyle::Short);
         }},
-    {LOCALE_SLONGDATE,
-        [](const Locale& locale)
-        {
-            return DatePicture(locale, DateStyle::Long);
-        }},
     {LOCALE_IDATE, Decimal<DateOrder>},
-    {LOCALE_S1159,
-        [](const Locale& locale)
-        {
-            return DayHalfName(locale, false);
-        }},
-    {LOCALE_S2359,
-        [](const Locale& locale)
-        {
-            return DayHalfName(locale, true);
-        }},
-    {LOCALE_SDAYNAME1, DayNamed<0, false>},
-    {LOCALE_SDAYNAME2, DayNamed<1, false>},
-    {LOCALE_SDAYNAME3, DayNamed<2, false>},
-    {LOCALE_SDAYNAME4, DayNamed<3, false>},
-    {LOCALE_SDAYNAME5, DayNamed<4, false>},
-    {LOCALE_SDAYNAME6, DayNamed<5, false>},
-    {LOCALE_SDAYNAME7, DayNamed<6, false>},
-    {LOCALE_SABBREVDAYNAME1, DayNamed<0, true>},
-    {LOCALE_SABBREVDAYNAME2, DayNamed<1, true>},
-    {LOCALE_SABBREVDAYNAME3, DayNamed<2, true>},
-    {LOCALE_SABBREVDAYNAME4, DayNamed<3, true>},
-    {LOCALE_SABBREVDAYNAME5, DayNamed<4, true>},
-    {LOCALE_SABBREVDAYNAME6, DayNamed<5, true>},
-    {LOCALE_SABBREVDAYNAME7, DayNamed<6, true>},
-    {LOCALE_SMONTHNAME1, MonthNamed<0, false>},
-    {LOCALE_SMONTHNAME2, MonthNamed<1, false>},
-    {LOCALE_SMONTHNAME3, MonthNamed<2, false>},
-    {LOCALE_SMONTHNAME4, MonthNamed<3, false>},
-    {LOCALE_SMONTHNAME5, MonthNamed<4, false>},
-    {LOCALE_SMONTHNAME6, MonthNamed<5, false>},
-    {LOCALE_SMONTHNAME7, MonthNamed<6, false>},
-    {LOCALE_SMONTHNAME8, MonthNamed<7, false>},
-    {LOCALE_SMONTHNAME9, MonthNamed<8, false>},
-    {LOCALE_SMONTHNAME10, MonthNamed<9, false>},
-    {LOCALE_SMONTHNAME11, MonthNamed<10, false>},
-    {LOCALE_SMONTHNAME12, MonthNamed<11, false>},
-    {LOCALE_SABBREVMONTHNAME1, MonthNamed<0, true>},
-    {LOCALE_SABBREVMONTHNAME2, MonthNamed<1, true>},
-    {LOCALE_SABBREVMONTHNAME3, MonthNamed<2, true>},
-    {LOCALE_SABBREVMONTHNAME4, MonthNamed<3, true>},
-    {LOCALE_SABBREVMONTHNAME5, MonthNamed<4, true>},
-    {LOCALE_SABBREVMONTHNAME6, MonthNamed<5, true>},
-    {LOCALE_SABBREVMONTHNAME7, MonthNamed<6, true>},
-    {LOCALE_SABBREVMONTHNAME8, MonthNamed<7, true>},
-    {LOCALE_SABBREVMONTHNAME9, MonthNamed<8, true>},
-    {LOCALE_SABBREVMONTHNAME10, MonthNamed<9, true>},
-    {LOCALE_SABBREVMONTHNAME11, MonthNamed<10, true>},
-    {LOCALE_SABBREVMONTHNAME12, MonthNamed<11, true>},
+    {LOCALE_SDAYNAME1, DayNamed<0>},
+    {LOCALE_SDAYNAME2, DayNamed<1>},
+    {LOCALE_SDAYNAME3, DayNamed<2>},
+    {LOCALE_SDAYNAME4, DayNamed<3>},
+    {LOCALE_SDAYNAME5, DayNamed<4>},
+    {LOCALE_SDAYNAME6, DayNamed<5>},
+    {LOCALE_SDAYNAME7, DayNamed<6>},
     {LOCALE_SISO639LANGNAME, LanguageCode},
     {LOCALE_SISO3166CTRYNAME, RegionCode},
     {LOCALE_SENGCOUNTRY,
@@ -191,7 +137,6 @@ constexpr InvariantText INVARIANT[] = {
     {LOCALE_SCURRENCY, u"\u00a4"},
     {LOCALE_SDATE, u"/"},
     {LOCALE_SSHORTDATE, u"MM/dd/yyyy"},
-    {LOCALE_SLONGDATE, u"dddd, dd MMMM yyyy"},
     {LOCALE_IDATE, u"0"},
     {LOCALE_SISO639LANGNAME, u"iv"},
     {LOCALE_SISO3166CTRYNAME, u"IV"},
@@ -258,7 +203,5 @@ int WINAPI GetLocaleInfoW(LCID Locale, LCTYPE LCType, LPWSTR lpLCData, int cchDa
     if (locale == nullptr || cchData < 0 || (cchData > 0 && lpLCData == nullptr))
         return Fail(ERROR_INVALID_PARAMETER);
     const InfoType* const type = FindType(LCType & ~OPTIONS);
-    if (type == nullptr)
-        return Fail(ERROR_INVALID_FLAGS);
-    return GiveText(TextOf(*locale, *type), lpLCData, cchData);
+    return type != nullptr ? GiveText(TextOf(*locale, *type), lpLCData, cchData) : Fail(ERROR_INVALID_FLAGS);
 }

@@ -21,26 +21,26 @@ public:
         DWORD_PTR value;
     };
 
-    // Either may be null, and both mean that there are no arguments. The list is read as far as numbers ask for, since
-    // only the message knows how many there are.
-    MessageArguments(va_list* list, const DWORD_PTR* array) : _list(list), _array(array) {}
+    // Null if there are no arguments. The list is read as far as numbers ask for, since only the message knows how many
+    // there are.
+    explicit MessageArguments(va_list* list) : _list(list) {}
 
-    bool Any() const { return _list != nullptr || _array != nullptr; }
+    bool Any() const { return _list != nullptr; }
 
     // `number` counts from 1 to 99.
     Insert Read(unsigned number, unsigned stars)
     {
         std::array<DWORD_PTR, MAX_STARS + 1> values{};
         for (unsigned i = 0; i <= stars; ++i)
-            values[i] = _array != nullptr ? _array[number - 1 + i] : FromList(number, i);
+            values[i] = FromList(number, i);
         return {{static_cast<int>(values[0]), static_cast<int>(values[1])}, values[stars]};
     }
 
 private:
     static constexpr unsigned MAX_NUMBER = 99;
 
-    // In an array each value has its number. In a list, as documented by example, the one in front of an insert's
-    // others has the insert's number only until the next is read: "%1!*.*s! %3" names the first and the fourth.
+    // As documented by example, the one in front of an insert's others has the insert's number only until the next is
+    // read: "%1!*.*s! %3" names the first and the fourth.
     DWORD_PTR FromList(unsigned number, unsigned behind)
     {
         if (behind == 0)
@@ -55,7 +55,6 @@ private:
     }
 
     va_list* _list;
-    const DWORD_PTR* _array;
     std::array<DWORD_PTR, MAX_NUMBER + MAX_STARS> _values{};
     unsigned _read = 0;
 };

@@ -77,9 +77,9 @@ private:
 class Expansion
 {
 public:
-    Expansion(std::u16string_view text, const MessageLayout& layout, MessageArguments& arguments)
+    Expansion(std::u16string_view text, bool withInserts, MessageArguments& arguments)
         : _rest(text),
-          _layout(layout),
+          _withInserts(withInserts),
           _arguments(arguments)
     {
     }
@@ -94,7 +94,7 @@ public:
             else if (unit == u'\r' || unit == u'\n')
                 PutBreakOfText(unit);
             else
-                Put(unit);
+                _out += unit;
         }
         return _error;
     }
@@ -109,53 +109,14 @@ private:
         return unit;
     }
 
-    bool Wraps() const
-    {
-        return _layout.width != MessageLayout::AS_WRITTEN && _layout.width != MessageLayout::ONE_LINE;
-    }
+    void PutBreak() { _out += u"\r\n"; }
 
-    void Put(char16_t unit)
-    {
-        const bool atBrokenStart = Wraps() && _lineStart > 0 && _out.size() == _lineStart;
-        if (unit == u' ' && atBrokenStart)
-            return;
-        _out += unit;
-        if (unit == u'\n')
-            _lineStart = _out.size();
-        else if (Wraps() && _out.size() - _lineStart > _layout.width)
-            WrapLine();
-    }
-
-    void PutHardBreak()
-    {
-        _out += u"\r\n";
-        _lineStart = _out.size();
-    }
-
-    // What the message's author broke off only for the looks of his file becomes a blank where lines are laid out.
+    // In the text itself a line may be broken in each system's way.
     void PutBreakOfText(char16_t unit)
     {
         if (unit == u'\r' && !_rest.empty() && _rest[0] == u'\n')
             _rest.remove_prefix(1);
-        if (_layout.width == MessageLayout::AS_WRITTEN)
-            PutHardBreak();
-        else
-            Put(u' ');
-    }
-
-    // Breaks the line, one character too long, at its last blank; a word that fills a line is cut.
-    void WrapLine()
-    {
-        const std::size_t blank = _out.find_last_of(u' ');
-        const bool atBlank = blank != _out.npos && blank >= _lineStart;
-        const std::size_t restStart = atBlank ? blank + 1 : _out.size() - 1;
-        const std::u16string rest = _out.substr(restStart);
-        std::size_t end = atBlank ? blank : restStart;
-        while (end > _lineStart && _out[end - 1] == u' ')
-            --end;
-        _out.resize(end);
-        PutHardBreak();
-        _out += rest;
+        PutBreak();
     }
 
     void PutEscape()
@@ -168,10 +129,10 @@ private:
         const char16_t unit = _rest[0];
         if (unit >= u'1' && unit <= u'9')
         {
-            if (_layout.withInserts)
+            if (_withInserts)
                 PutInsert();
             else
-                Put(u'%'); // and the number follows as plain text
+                _out += u'%'; // and the number follows as plain text
             return;
         }
         _rest.remove_prefix(1);
@@ -181,13 +142,13 @@ private:
             _ended = true;
             break;
         case u'n':
-            PutHardBreak();
+            PutBreak();
             break;
         case u'r':
-            Put(u'\r');
+            _out += u'\r';
             break;
         case u't':
-            Put(u'\t');
+            _out += u'\t';
             break;
         default:
             PutLiteral(unit);
@@ -197,9 +158,9 @@ private:
     // "%%", "%.", "%!" and "% " stand for what follows the percent sign, and stay whole where inserts do.
     void PutLiteral(char16_t unit)
     {
-        if (!_layout.withInserts)
-            Put(u'%');
-        Put(unit == u'b' && _layout.withInserts ? u' ' : unit);
+        if (!_withInserts)
+            _out += u'%';
+        _out += unit == u'b' && _withInserts ? u' ' : unit;
     }
 
     void PutInsert()
@@ -227,16 +188,10 @@ private:
             PutFormatted(format, number);
     }
 
-    void PutAll(std::u16string_view text)
-    {
-        for (const char16_t unit : text)
-            Put(unit);
-    }
-
     void PutText(DWORD_PTR argument)
     {
         const auto text = reinterpret_cast<LPCWSTR>(argument);
-        PutAll(text != nullptr ? View(text) : u"(null)");
+        _out += text != nullptr ? View(text) : u"(null)";
     }
 
     void PutFormatted(std::u16string_view format, unsigned number)
@@ -244,7 +199,7 @@ private:
         const InsertFormat parsed(format);
         if (!parsed.IsValid())
         {
-            PutAll(format);
+            _out += format;
             return;
         }
         const std::u16string conversion = u"%" + std::u16string(format);
@@ -260,7 +215,7 @@ private:
             }
             buffer.resize(buffer.size() * 2);
         }
-        PutAll(View(buffer.data(), static_cast<std::size_t>(length)));
+        _out += View(buffer.data(), static_cast<std::size_t>(length));
     }
 
     static int Format(
@@ -278,20 +233,18 @@ private:
     }
 
     std::u16string_view _rest;
-    const MessageLayout& _layout;
+    const bool _withInserts;
     MessageArguments& _arguments;
     std::u16string _out;
-    std::size_t _lineStart = 0;
     bool _ended = false;
     DWORD _error = ERROR_SUCCESS;
 };
 
 } // namespace
 
-DWORD ExpandMessage(
-    std::u16string_view text, const MessageLayout& layout, MessageArguments& arguments, std::u16string& expanded)
+DWORD ExpandMessage(std::u16string_view text, bool withInserts, MessageArguments& arguments, std::u16string& expanded)
 {
-    Expansion expansion(text, layout, arguments);
+    Expansion expansion(text, withInserts, arguments);
     const DWORD error = expansion.Run();
     expanded = expansion.Text();
     return error;

@@ -24,7 +24,6 @@ namespace
 struct Change
 {
     const Locale& locale;
-    USHORT flags;
     VARTYPE type;
 };
 
@@ -50,8 +49,6 @@ HRESULT ToText(VARIANT& target, const VARIANT& source, const Change& change)
 {
     if (source.vt == VT_EMPTY)
         return SetText(target, u"");
-    if (source.vt == VT_BOOL && (change.flags & VARIANT_ALPHABOOL))
-        return SetText(target, source.boolVal != VARIANT_FALSE ? u"True" : u"False");
     if (source.vt == VT_DATE)
     {
         const HRESULT result = VarBstrFromDate(source.date, change.locale.lcid, 0, &target.bstrVal);
@@ -253,9 +250,8 @@ HRESULT ChangeValue(VARIANT& target, const VARIANT& source, const Change& change
 HRESULT WINAPI VariantChangeTypeEx(
     VARIANTARG* pvargDest, const VARIANTARG* pvarSrc, LCID lcid, USHORT wFlags, VARTYPE vt)
 {
-    constexpr USHORT kKnownFlags = VARIANT_NOVALUEPROP | VARIANT_ALPHABOOL | VARIANT_NOUSEROVERRIDE;
     const Locale* const locale = FindLocale(lcid);
-    if (pvargDest == nullptr || pvarSrc == nullptr || locale == nullptr || (wFlags & ~kKnownFlags) != 0)
+    if (pvargDest == nullptr || pvarSrc == nullptr || locale == nullptr || wFlags != 0)
         return E_INVALIDARG;
     VARIANT source{};
     if (const HRESULT result = Resolve(*pvarSrc, source); FAILED(result))
@@ -265,7 +261,7 @@ HRESULT WINAPI VariantChangeTypeEx(
     try
     {
         VARIANT target{};
-        HRESULT result = ChangeValue(target, source, {*locale, wFlags, vt});
+        HRESULT result = ChangeValue(target, source, {*locale, vt});
         if (SUCCEEDED(result))
             result = VariantClear(pvargDest); // which may be the source
         if (SUCCEEDED(result))

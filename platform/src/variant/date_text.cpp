@@ -12,7 +12,7 @@ using namespace qxplatform;
 namespace
 {
 
-// Where no date is wanted, or none was given, the day is that of the number 0.
+// Where no date was given the day is that of the number 0.
 constexpr SYSTEMTIME kDateOfTimes{1899, 12, 6, 30, 0, 0, 0, 0};
 
 SYSTEMTIME WithDateOf(const SYSTEMTIME& date, const SYSTEMTIME& time)
@@ -25,15 +25,12 @@ SYSTEMTIME WithDateOf(const SYSTEMTIME& date, const SYSTEMTIME& time)
 HRESULT WINAPI VarDateFromStr(const OLECHAR* strIn, LCID lcid, ULONG dwFlags, DATE* pdateOut)
 {
     const Locale* const locale = FindLocale(lcid);
-    if (strIn == nullptr || pdateOut == nullptr || locale == nullptr)
+    if (strIn == nullptr || pdateOut == nullptr || locale == nullptr || dwFlags != 0)
         return E_INVALIDARG;
     ReadDate read;
     if (!ReadDateText(View(strIn), *locale, read))
         return DISP_E_TYPEMISMATCH;
-    const bool wantsDate = read.hasDate && (dwFlags & VAR_TIMEVALUEONLY) == 0;
-    SYSTEMTIME time = WithDateOf(wantsDate ? read.time : kDateOfTimes, read.time);
-    if ((dwFlags & VAR_DATEVALUEONLY) != 0)
-        time = WithDateOf(time, {});
+    SYSTEMTIME time = WithDateOf(read.hasDate ? read.time : kDateOfTimes, read.time);
     return SystemTimeToVariantTime(&time, pdateOut) ? S_OK : DISP_E_OVERFLOW;
 }
 
@@ -41,12 +38,10 @@ HRESULT WINAPI VarBstrFromDate(DATE dateIn, LCID lcid, ULONG dwFlags, BSTR* pbst
 {
     const Locale* const locale = FindLocale(lcid);
     SYSTEMTIME time;
-    if (pbstrOut == nullptr || locale == nullptr || !VariantTimeToSystemTime(dateIn, &time))
+    if (pbstrOut == nullptr || locale == nullptr || dwFlags != 0 || !VariantTimeToSystemTime(dateIn, &time))
         return E_INVALIDARG;
-    const bool isDayZero = std::trunc(dateIn) == 0;
-    const bool isMidnight = std::trunc(dateIn) == dateIn;
-    const bool showsDate = (dwFlags & VAR_TIMEVALUEONLY) == 0 && (!isDayZero || (dwFlags & VAR_DATEVALUEONLY) != 0);
-    const bool showsTime = (dwFlags & VAR_DATEVALUEONLY) == 0 && (!isMidnight || !showsDate);
+    const bool showsDate = std::trunc(dateIn) != 0;
+    const bool showsTime = !showsDate || std::trunc(dateIn) != dateIn;
     const Pictures& pictures = PicturesOf(*locale);
     std::u16string text = showsDate ? FormatDate(pictures.shortDate, time, *locale) : std::u16string();
     if (showsTime)

@@ -312,11 +312,6 @@ UINT WINAPI SafeArrayGetDim(SAFEARRAY* psa)
     return psa != nullptr ? psa->cDims : 0;
 }
 
-UINT WINAPI SafeArrayGetElemsize(SAFEARRAY* psa)
-{
-    return psa != nullptr ? psa->cbElements : 0;
-}
-
 HRESULT WINAPI SafeArrayGetLBound(SAFEARRAY* psa, UINT nDim, LONG* plLbound)
 {
     if (psa == nullptr || plLbound == nullptr)
@@ -336,17 +331,6 @@ HRESULT WINAPI SafeArrayGetUBound(SAFEARRAY* psa, UINT nDim, LONG* plUbound)
     if (bound == nullptr)
         return DISP_E_BADINDEX;
     *plUbound = static_cast<LONG>(LONGLONG{bound->lLbound} + bound->cElements - 1);
-    return S_OK;
-}
-
-HRESULT WINAPI SafeArrayGetVartype(SAFEARRAY* psa, VARTYPE* pvt)
-{
-    if (psa == nullptr || pvt == nullptr)
-        return E_INVALIDARG;
-    const VARTYPE type = ElementType(psa);
-    if (type == VT_EMPTY)
-        return E_INVALIDARG;
-    *pvt = type;
     return S_OK;
 }
 
