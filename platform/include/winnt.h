@@ -9,31 +9,22 @@ EXTERN_C_START
 // Rights.
 #define DELETE 0x00010000
 #define READ_CONTROL 0x00020000
-#define WRITE_DAC 0x00040000
-#define WRITE_OWNER 0x00080000
 #define SYNCHRONIZE 0x00100000
 #define STANDARD_RIGHTS_REQUIRED 0x000F0000
 #define STANDARD_RIGHTS_READ READ_CONTROL
 #define STANDARD_RIGHTS_WRITE READ_CONTROL
 #define STANDARD_RIGHTS_EXECUTE READ_CONTROL
-#define STANDARD_RIGHTS_ALL 0x001F0000
-#define MAXIMUM_ALLOWED 0x02000000
 #define GENERIC_READ 0x80000000
 #define GENERIC_WRITE 0x40000000
 #define GENERIC_EXECUTE 0x20000000
 #define GENERIC_ALL 0x10000000
 
 #define FILE_READ_DATA 0x0001
-#define FILE_LIST_DIRECTORY 0x0001
 #define FILE_WRITE_DATA 0x0002
-#define FILE_ADD_FILE 0x0002
 #define FILE_APPEND_DATA 0x0004
-#define FILE_ADD_SUBDIRECTORY 0x0004
 #define FILE_READ_EA 0x0008
 #define FILE_WRITE_EA 0x0010
 #define FILE_EXECUTE 0x0020
-#define FILE_TRAVERSE 0x0020
-#define FILE_DELETE_CHILD 0x0040
 #define FILE_READ_ATTRIBUTES 0x0080
 #define FILE_WRITE_ATTRIBUTES 0x0100
 #define FILE_ALL_ACCESS (STANDARD_RIGHTS_REQUIRED | SYNCHRONIZE | 0x1FF)
@@ -55,31 +46,21 @@ EXTERN_C_START
 #define FILE_VOLUME_IS_COMPRESSED 0x00008000
 #define FILE_ATTRIBUTE_DIRECTORY 0x00000010
 #define FILE_ATTRIBUTE_ARCHIVE 0x00000020
-#define FILE_ATTRIBUTE_DEVICE 0x00000040
 #define FILE_ATTRIBUTE_NORMAL 0x00000080
 #define FILE_ATTRIBUTE_TEMPORARY 0x00000100
-#define FILE_ATTRIBUTE_SPARSE_FILE 0x00000200
 #define FILE_ATTRIBUTE_REPARSE_POINT 0x00000400
-#define FILE_ATTRIBUTE_COMPRESSED 0x00000800
-#define FILE_ATTRIBUTE_OFFLINE 0x00001000
-#define FILE_ATTRIBUTE_NOT_CONTENT_INDEXED 0x00002000
-#define FILE_ATTRIBUTE_ENCRYPTED 0x00004000
 
 #define EVENT_MODIFY_STATE 0x0002
 #define IO_COMPLETION_MODIFY_STATE 0x0002
-#define EVENT_ALL_ACCESS (STANDARD_RIGHTS_REQUIRED | SYNCHRONIZE | 0x3)
 #define THREAD_TERMINATE 0x0001
 #define THREAD_SUSPEND_RESUME 0x0002
 #define THREAD_GET_CONTEXT 0x0008
 #define THREAD_SET_CONTEXT 0x0010
-#define THREAD_SET_INFORMATION 0x0020
 #define THREAD_QUERY_INFORMATION 0x0040
-#define THREAD_ALL_ACCESS (STANDARD_RIGHTS_REQUIRED | SYNCHRONIZE | 0xFFFF)
 
 #define DUPLICATE_CLOSE_SOURCE 0x00000001
 #define DUPLICATE_SAME_ACCESS 0x00000002
 
-#define PROCESSOR_ARCHITECTURE_INTEL 0
 #define PROCESSOR_ARCHITECTURE_AMD64 9
 #define PROCESSOR_ARCHITECTURE_ARM64 12
 
@@ -180,81 +161,6 @@ typedef struct _TP_CALLBACK_ENVIRON
 
 EXTERN_C_END
 
-// Interlocked operations: full barriers, as documented.
-
-static inline LONG InterlockedIncrement(LONG volatile* value)
-{
-    return __atomic_add_fetch(value, 1, __ATOMIC_SEQ_CST);
-}
-
-static inline LONG InterlockedDecrement(LONG volatile* value)
-{
-    return __atomic_sub_fetch(value, 1, __ATOMIC_SEQ_CST);
-}
-
-static inline LONG InterlockedExchange(LONG volatile* target, LONG value)
-{
-    return __atomic_exchange_n(target, value, __ATOMIC_SEQ_CST);
-}
-
-static inline LONG InterlockedExchangeAdd(LONG volatile* target, LONG value)
-{
-    return __atomic_fetch_add(target, value, __ATOMIC_SEQ_CST);
-}
-
-static inline LONG InterlockedCompareExchange(LONG volatile* target, LONG value, LONG comparand)
-{
-    __atomic_compare_exchange_n(target, &comparand, value, 0, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
-    return comparand;
-}
-
-static inline LONG InterlockedAnd(LONG volatile* target, LONG value)
-{
-    return __atomic_fetch_and(target, value, __ATOMIC_SEQ_CST);
-}
-
-static inline LONG InterlockedOr(LONG volatile* target, LONG value)
-{
-    return __atomic_fetch_or(target, value, __ATOMIC_SEQ_CST);
-}
-
-static inline LONG64 InterlockedIncrement64(LONG64 volatile* value)
-{
-    return __atomic_add_fetch(value, 1, __ATOMIC_SEQ_CST);
-}
-
-static inline LONG64 InterlockedDecrement64(LONG64 volatile* value)
-{
-    return __atomic_sub_fetch(value, 1, __ATOMIC_SEQ_CST);
-}
-
-static inline LONG64 InterlockedExchange64(LONG64 volatile* target, LONG64 value)
-{
-    return __atomic_exchange_n(target, value, __ATOMIC_SEQ_CST);
-}
-
-static inline LONG64 InterlockedExchangeAdd64(LONG64 volatile* target, LONG64 value)
-{
-    return __atomic_fetch_add(target, value, __ATOMIC_SEQ_CST);
-}
-
-static inline LONG64 InterlockedCompareExchange64(LONG64 volatile* target, LONG64 value, LONG64 comparand)
-{
-    __atomic_compare_exchange_n(target, &comparand, value, 0, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
-    return comparand;
-}
-
-static inline PVOID InterlockedExchangePointer(PVOID volatile* target, PVOID value)
-{
-    return __atomic_exchange_n(target, value, __ATOMIC_SEQ_CST);
-}
-
-static inline PVOID InterlockedCompareExchangePointer(PVOID volatile* target, PVOID value, PVOID comparand)
-{
-    __atomic_compare_exchange_n(target, &comparand, value, 0, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
-    return comparand;
-}
-
 // For loops that wait for another processor.
 static inline void YieldProcessor(void)
 {
@@ -289,19 +195,15 @@ typedef enum _TOKEN_INFORMATION_CLASS
 // Why a module's DllMain is called.
 #define DLL_PROCESS_DETACH 0
 #define DLL_PROCESS_ATTACH 1
-#define DLL_THREAD_ATTACH 2
-#define DLL_THREAD_DETACH 3
 
 // Languages and locales.
 #define LANG_NEUTRAL 0x00
-#define LANG_INVARIANT 0x7f
 #define LANG_ENGLISH 0x09
 #define LANG_GERMAN 0x07
 #define SUBLANG_NEUTRAL 0x00
 #define SUBLANG_DEFAULT 0x01
 #define SUBLANG_SYS_DEFAULT 0x02
 #define SUBLANG_ENGLISH_US 0x01
-#define SUBLANG_GERMAN 0x01
 #define SORT_DEFAULT 0x0
 #define MAKELANGID(primary, sub) ((LANGID)((WORD)(sub) << 10 | (WORD)(primary)))
 #define PRIMARYLANGID(langid) ((WORD)(langid)&0x3ff)

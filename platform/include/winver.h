@@ -22,7 +22,6 @@ typedef struct tagVS_FIXEDFILEINFO
     DWORD dwFileDateLS;
 } VS_FIXEDFILEINFO;
 
-#define VS_FFI_SIGNATURE 0xFEEF04BD
 #define VS_VERSION_INFO 1
 
 QXPLATFORM_API DWORD WINAPI GetFileVersionInfoSizeW(LPCWSTR lptstrFilename, LPDWORD lpdwHandle);

@@ -45,14 +45,14 @@ public:
     using Function = std::function<unsigned()>;
 
     explicit Thread(Function function, unsigned flags = 0, unsigned stackSize = 0)
-        : Handle(reinterpret_cast<HANDLE>(
-              _beginthreadex(nullptr, stackSize, &Run, new Function(std::move(function)), flags, nullptr)))
     {
+        Handle::operator=(reinterpret_cast<HANDLE>(
+            _beginthreadex(nullptr, stackSize, &Run, new Function(std::move(function)), flags, &_id)));
     }
 
     ~Thread() { Join(); }
 
-    DWORD id() const { return GetThreadId(*this); }
+    DWORD id() const { return _id; }
 
     // The exit code. A thread that doesn't end may write to what its test gives up, so nothing goes on after that.
     DWORD Join() const
@@ -73,6 +73,8 @@ private:
         function.reset(static_cast<Function*>(argument));
         return (*function)();
     }
+
+    unsigned _id = 0;
 };
 
 } // namespace qxtest

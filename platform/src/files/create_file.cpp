@@ -32,8 +32,8 @@ struct Request
     {
         return (access & ~(FILE_READ_ATTRIBUTES | SYNCHRONIZE | READ_CONTROL)) == 0 && !Truncates();
     }
-    bool MayCreate() const { return disposition != OPEN_EXISTING && disposition != TRUNCATE_EXISTING; }
-    bool Truncates() const { return disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING; }
+    bool MayCreate() const { return disposition != OPEN_EXISTING; }
+    bool Truncates() const { return disposition == CREATE_ALWAYS; }
     bool IsOnlyAppending() const { return (access & (FILE_WRITE_DATA | FILE_APPEND_DATA)) == FILE_APPEND_DATA; }
 };
 
@@ -50,9 +50,7 @@ constexpr int maximumRounds = 16;
 
 DWORD CheckRequest(const Request& request)
 {
-    if (request.disposition < CREATE_NEW || request.disposition > TRUNCATE_EXISTING)
-        return ERROR_INVALID_PARAMETER;
-    if (request.disposition == TRUNCATE_EXISTING && !request.Writes())
+    if (request.disposition < CREATE_NEW || request.disposition > OPEN_ALWAYS)
         return ERROR_INVALID_PARAMETER;
     return request.Has(FILE_FLAG_OVERLAPPED) ? ERROR_NOT_SUPPORTED : ERROR_SUCCESS;
 }

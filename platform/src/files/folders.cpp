@@ -60,9 +60,3 @@ DWORD WINAPI GetTempPathW(DWORD nBufferLength, LPWSTR lpBuffer)
     folder.endsInSeparator = true;
     return CopyOut(GivenOut(folder), lpBuffer, nBufferLength);
 }
-
-DWORD WINAPI GetCurrentDirectoryW(DWORD nBufferLength, LPWSTR lpBuffer)
-{
-    static constexpr WCHAR current[] = L".";
-    return CopyOut(FromNative(ToFullNative(current).text), lpBuffer, nBufferLength);
-}

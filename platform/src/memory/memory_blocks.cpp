@@ -39,9 +39,8 @@ MemoryBlocks& MemoryBlocks::Instance()
 HGLOBAL MemoryBlocks::Allocate(UINT flags, SIZE_T size)
 {
     const bool movable = (flags & GMEM_MOVEABLE) != 0;
-    const bool discarded = movable && size == 0;
     void* data = nullptr;
-    if (!discarded)
+    if (!movable || size != 0)
     {
         data = AllocateBytes(size, (flags & GMEM_ZEROINIT) != 0);
         if (data == nullptr)
@@ -61,7 +60,6 @@ HGLOBAL MemoryBlocks::Allocate(UINT flags, SIZE_T size)
     block.data = data;
     block.size = block.capacity = size;
     block.movable = movable;
-    block.discardable = (flags & GMEM_DISCARDABLE) != 0;
     if (data != nullptr)
         _entryOfAddress[data] = static_cast<uint32_t>(&block - _blocks.data());
     return HandleFor(block);
@@ -77,15 +75,6 @@ HGLOBAL MemoryBlocks::Reallocate(HGLOBAL handle, SIZE_T size, UINT flags)
         return nullptr;
     }
     const bool mayMove = (flags & GMEM_MOVEABLE) != 0 || (block->movable && block->lockCount == 0);
-    if ((flags & GMEM_MODIFY) != 0)
-    {
-        // Only the attributes change. A fixed block that becomes movable keeps its address and gets a handle.
-        block->movable = block->movable || (flags & GMEM_MOVEABLE) != 0;
-        block->discardable = (flags & GMEM_DISCARDABLE) != 0;
-        return HandleFor(*block);
-    }
-    if (size == 0 && block->movable && (flags & GMEM_MOVEABLE) != 0)
-        return Discard(*block) ? handle : nullptr;
     if (!Resize(*block, size, (flags & GMEM_ZEROINIT) != 0, mayMove))
     {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
@@ -177,12 +166,7 @@ UINT MemoryBlocks::Flags(HGLOBAL handle)
         SetLastError(ERROR_INVALID_HANDLE);
         return GMEM_INVALID_HANDLE;
     }
-    UINT flags = block->lockCount < GMEM_LOCKCOUNT ? block->lockCount : GMEM_LOCKCOUNT;
-    if (block->discardable)
-        flags |= GMEM_DISCARDABLE;
-    if (block->data == nullptr)
-        flags |= GMEM_DISCARDED;
-    return flags;
+    return block->lockCount < GMEM_LOCKCOUNT ? block->lockCount : GMEM_LOCKCOUNT;
 }
 
 MemoryBlocks::Block* MemoryBlocks::Find(HGLOBAL handle)
@@ -268,21 +252,6 @@ bool MemoryBlocks::Resize(Block& block, size_t size, bool zero, bool mayMove)
     block.size = size;
     if (zero && size > oldSize)
         std::memset(static_cast<char*>(block.data) + oldSize, 0, size - oldSize);
-    return true;
-}
-
-bool MemoryBlocks::Discard(Block& block)
-{
-    if (block.lockCount != 0)
-    {
-        SetLastError(ERROR_LOCKED);
-        return false;
-    }
-    if (block.data != nullptr)
-        _entryOfAddress.erase(block.data);
-    std::free(block.data);
-    block.data = nullptr;
-    block.size = block.capacity = 0;
     return true;
 }
 

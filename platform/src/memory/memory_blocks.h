@@ -32,14 +32,13 @@ public:
 private:
     struct Block
     {
-        void* data = nullptr; // null for a discarded block
+        void* data = nullptr; // null for a movable block of no bytes
         size_t size = 0;
         size_t capacity = 0; // bytes that `data` has; growing step by step would copy at each step without a reserve
         uint32_t generation = 1;
         uint32_t lockCount = 0;
         bool inUse = false;
         bool movable = false;
-        bool discardable = false;
     };
 
     Block* Find(HGLOBAL handle);
@@ -47,7 +46,6 @@ private:
     Block& TakeEntry();
     void ReleaseEntry(Block& block);
     bool Resize(Block& block, size_t size, bool zero, bool mayMove);
-    bool Discard(Block& block);
 
     std::mutex _mutex;
     std::vector<Block> _blocks;

@@ -1,11 +1,11 @@
 // Reading, setting and deleting values.
 #include "base/text.h"
 #include "registry/open_key.h"
-#include "registry/output.h"
 
 #include <windows.h>
 
 #include <algorithm>
+#include <cstring>
 
 using namespace qxplatform;
 
@@ -16,6 +16,25 @@ namespace
 std::u16string_view ValueName(LPCWSTR name)
 {
     return name != nullptr ? View(name) : std::u16string_view();
+}
+
+// Type and data, each if asked for. `size` is the buffer's before and the data's after. ERROR_MORE_DATA if the buffer
+// is too small, and then only the size and the type are told; without a buffer as well, as a success.
+LSTATUS CopyValue(const RegistryValue& value, LPDWORD type, LPBYTE data, LPDWORD size)
+{
+    if (type != nullptr)
+        *type = value.type;
+    if (size == nullptr)
+        return ERROR_SUCCESS;
+    const DWORD available = *size;
+    *size = static_cast<DWORD>(value.data.size());
+    if (data == nullptr)
+        return ERROR_SUCCESS;
+    if (available < value.data.size())
+        return ERROR_MORE_DATA;
+    if (!value.data.empty())
+        std::memcpy(data, value.data.data(), value.data.size());
+    return ERROR_SUCCESS;
 }
 
 } // namespace

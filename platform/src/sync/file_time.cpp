@@ -86,19 +86,7 @@ BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFi
     return TRUE;
 }
 
-LONG WINAPI CompareFileTime(const FILETIME* lpFileTime1, const FILETIME* lpFileTime2)
-{
-    const auto first = static_cast<ULONGLONG>(UnitsOf(*lpFileTime1));
-    const auto second = static_cast<ULONGLONG>(UnitsOf(*lpFileTime2));
-    return first < second ? -1 : first > second;
-}
-
 void WINAPI GetSystemTimeAsFileTime(LPFILETIME lpSystemTimeAsFileTime)
 {
     *lpSystemTimeAsFileTime = FileTimeOfUnits(UnitsNow());
-}
-
-void WINAPI GetSystemTime(LPSYSTEMTIME lpSystemTime)
-{
-    *lpSystemTime = SplitTime(UnitsNow());
 }

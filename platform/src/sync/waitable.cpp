@@ -244,5 +244,5 @@ void WINAPI Sleep(DWORD dwMilliseconds)
 {
     if (dwMilliseconds == 0)
         sched_yield();
-    FinishWait(WaitFor({}, {false, dwMilliseconds, false}));
+    FinishWait(WaitFor({}, {false, dwMilliseconds}));
 }

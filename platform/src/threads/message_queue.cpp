@@ -40,9 +40,4 @@ std::optional<MSG> MessageQueue::Get(const Filter& filter, bool remove)
     return message;
 }
 
-DWORD MessageQueue::Present() const
-{
-    return _posted.empty() ? 0 : postedKinds;
-}
-
 } // namespace qxplatform

@@ -28,8 +28,7 @@ public:
     // What counts as looked at is not new any more.
     void Look(DWORD kinds) { _new &= ~kinds; }
 
-    // The kinds of input (QS_...) that are there, and that came since somebody looked.
-    DWORD Present() const;
+    // The kinds of input (QS_...) that came since somebody looked.
     DWORD New() const { return _new; }
 
 private:

@@ -12,30 +12,19 @@ using namespace qxplatform;
 namespace
 {
 
-// Signalled while its thread has input of the kinds that a wait asks for. Only that thread waits for it.
+// Signalled while its thread has new input of the kinds that a wait asks for. Only that thread waits for it.
 class Input : public Waitable
 {
 public:
-    Input(ThreadObject& thread, DWORD kinds, bool countsOld)
-        : Waitable(ObjectType::Thread),
-          _thread(thread),
-          _kinds(kinds),
-          _countsOld(countsOld)
-    {
-    }
+    Input(ThreadObject& thread, DWORD kinds) : Waitable(ObjectType::Thread), _thread(thread), _kinds(kinds) {}
 
-    bool IsSignalled() const override
-    {
-        const MessageQueue& queue = *_thread.queue();
-        return ((_countsOld ? queue.Present() : queue.New()) & _kinds) != 0;
-    }
+    bool IsSignalled() const override { return (_thread.queue()->New() & _kinds) != 0; }
     // What ended one wait doesn't end the next: the queue is to be looked at in between.
     void Take() override { _thread.queue()->Look(_kinds); }
 
 private:
     ThreadObject& _thread;
     const DWORD _kinds;
-    const bool _countsOld;
 };
 
 ThreadObject& ThreadWithQueue()
@@ -79,7 +68,7 @@ DWORD WaitForInput(DWORD count, const HANDLE* handles, DWORD milliseconds, DWORD
     std::vector<Ref<Waitable>> objects = WaitablesOf(count, handles);
     if (objects.size() != count)
         return WAIT_FAILED;
-    objects.push_back(MakeObject<Input>(ThreadWithQueue(), kinds, (flags & MWMO_INPUTAVAILABLE) != 0));
+    objects.push_back(MakeObject<Input>(ThreadWithQueue(), kinds));
     return WaitFor(objects, {(flags & MWMO_WAITALL) != 0, milliseconds, (flags & MWMO_ALERTABLE) != 0});
 }
 

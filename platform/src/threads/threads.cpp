@@ -89,12 +89,6 @@ BOOL WINAPI GetExitCodeThread(HANDLE hThread, LPDWORD lpExitCode)
     return TRUE;
 }
 
-DWORD WINAPI GetThreadId(HANDLE Thread)
-{
-    const Ref<ThreadObject> thread = ThreadOf(Thread);
-    return thread ? thread->id() : 0;
-}
-
 int WINAPI GetThreadPriority(HANDLE hThread)
 {
     const Ref<ThreadObject> thread = ThreadOf(hThread);

@@ -11,6 +11,7 @@
 
 #include <combaseapi.h>
 
+#include <cstring>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -385,8 +386,8 @@ TEST_F(FileStream, Stat)
     CoTaskMemFree(record.pwcsName);
     EXPECT_EQ(record.type, DWORD{STGTY_STREAM});
     EXPECT_EQ(record.cbSize.QuadPart, 10U);
-    EXPECT_EQ(CompareFileTime(&record.mtime, &attributes.ftLastWriteTime), 0);
-    EXPECT_EQ(CompareFileTime(&record.ctime, &attributes.ftCreationTime), 0);
+    EXPECT_EQ(std::memcmp(&record.mtime, &attributes.ftLastWriteTime, sizeof(FILETIME)), 0);
+    EXPECT_EQ(std::memcmp(&record.ctime, &attributes.ftCreationTime, sizeof(FILETIME)), 0);
 
     EXPECT_EQ(stream->Stat(&record, STATFLAG_NONAME), S_OK);
     EXPECT_EQ(record.pwcsName, nullptr);

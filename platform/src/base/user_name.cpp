@@ -3,8 +3,6 @@
 #include "base/fail.h"
 #include "base/text.h"
 
-#include <algorithm>
-#include <climits>
 #include <vector>
 
 #include <pwd.h>
@@ -28,7 +26,7 @@ std::u16string UserName()
 
 } // namespace
 
-// The size counts the terminator after a success too.
+// The size that is told counts the terminator, after a success too.
 BOOL WINAPI GetUserNameW(LPWSTR lpBuffer, LPDWORD pcbBuffer)
 {
     const std::u16string name = UserName();
