@@ -73,8 +73,9 @@ TEST(DateFormat, Pictures)
         {TIME, AMERICAN, TIME_NOSECONDS, L"s ss sss", ""},
         // What comes without a picture is of the locale; more of these are held to the reference.
         {DATE, AMERICAN, DATE_SHORTDATE, nullptr, "2/3/2018"},
-        {DATE, AMERICAN, LOCALE_NOUSEROVERRIDE, nullptr, "2/3/2018"}, {TIME, AMERICAN, 0, nullptr, "3:04:07 PM"},
-        {TIME, GERMAN, TIME_NOSECONDS, nullptr, "15:04"}};
+        {DATE, AMERICAN, LOCALE_NOUSEROVERRIDE, nullptr, "2/3/2018"},
+        {DATE, AMERICAN, DATE_LONGDATE, nullptr, "Saturday, February 3, 2018"},
+        {TIME, AMERICAN, 0, nullptr, "3:04:07 PM"}, {TIME, GERMAN, TIME_NOSECONDS, nullptr, "15:04"}};
     Check(cases);
     if (isLayer) // Wine has an era twice
     {
@@ -85,7 +86,8 @@ TEST(DateFormat, Pictures)
 TEST(DateFormat, Refusals)
 {
     constexpr Format DATE = GetDateFormatW, TIME = GetTimeFormatW;
-    const Case cases[] = {{DATE, AMERICAN, DATE_SHORTDATE, L"d", "error 1004"},
+    const Case cases[] = {{DATE, AMERICAN, DATE_SHORTDATE | DATE_LONGDATE, nullptr, "error 1004"},
+        {DATE, AMERICAN, DATE_SHORTDATE, L"d", "error 1004"},
         {DATE, AMERICAN, LOCALE_NOUSEROVERRIDE, L"d", "error 1004"},
         {TIME, AMERICAN, LOCALE_NOUSEROVERRIDE, L"h", "error 1004"}, {DATE, 0x9999, 0, nullptr, "error 87"},
         {TIME, 0x9999, 0, nullptr, "error 87"}, {DATE, AMERICAN, 0, nullptr, "error 87", {1600, 2, 0, 3}},

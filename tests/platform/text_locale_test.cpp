@@ -18,10 +18,10 @@ namespace
 using namespace std::string_view_literals;
 using qxtest::ReadableText;
 
-std::string NameOf(LCID locale)
+std::string NameOf(LCID locale, DWORD flags = 0)
 {
     wchar_t name[LOCALE_NAME_MAX_LENGTH];
-    const int size = LCIDToLocaleName(locale, name, LOCALE_NAME_MAX_LENGTH, 0);
+    const int size = LCIDToLocaleName(locale, name, LOCALE_NAME_MAX_LENGTH, flags);
     return size == 0 ? "error " + std::to_string(GetLastError())
                      : ReadableText({name, static_cast<std::size_t>(size - 1)});
 }
@@ -40,12 +40,25 @@ TEST(Locales, NamesAndNumbers)
     struct
     {
         LCID lcid;
-        const char* name;
-    } constexpr CASES[] = {{0x00010407, "de-DE_phoneb"}, {0x00020804, "zh-CN_stroke"}, {0x00040411, "ja-JP_radstr"},
-        {0x007f, ""}, {0x0007, "de-DE"}, // a language stands for its main region
-        {UNKNOWN, "error 87"}, {0xffff, "error 87"}, {0x3c07, "error 87"}};
+        const wchar_t* name;
+    } constexpr CASES[] = {
+        {0x00010407, L"de-DE_phoneb"}, {0x00020804, L"zh-CN_stroke"}, {0x00040411, L"ja-JP_radstr"}, {0x007f, L""}};
     for (const auto& row : CASES)
-        EXPECT_EQ(NameOf(row.lcid), row.name) << row.lcid;
+    {
+        EXPECT_EQ(NameOf(row.lcid), ReadableText(row.name));
+        EXPECT_EQ(LocaleNameToLCID(row.name, 0), row.lcid) << ReadableText(row.name);
+    }
+    EXPECT_EQ(LocaleNameToLCID(L"DE-de", 0), LCID{0x0407});
+    EXPECT_EQ(LocaleNameToLCID(L"en-DE", 0), LCID{LOCALE_CUSTOM_UNSPECIFIED});
+    EXPECT_EQ(LocaleNameToLCID(L"xx", 0), LCID{0});
+    // A language stands for its main region unless asked otherwise.
+    EXPECT_EQ(NameOf(0x0007), "de-DE");
+    EXPECT_EQ(NameOf(0x0007, LOCALE_ALLOW_NEUTRAL_NAMES), "de");
+    EXPECT_EQ(LocaleNameToLCID(L"de", 0), LCID{0x0407});
+    EXPECT_EQ(LocaleNameToLCID(L"de", LOCALE_ALLOW_NEUTRAL_NAMES), LCID{0x0007});
+
+    for (const LCID locale : {UNKNOWN, LCID{0xffff}, LCID{0x3c07}})
+        EXPECT_EQ(NameOf(locale), "error 87") << locale;
 }
 
 // The types and locales that the reference doesn't tell.
@@ -65,26 +78,39 @@ TEST(Locales, Information)
         {0x040e, LOCALE_SSHORTDATE, "yyyy. MM. dd."}, {0x041d, LOCALE_SSHORTDATE, "yyyy-MM-dd"},
         {0x040b, LOCALE_SSHORTDATE, "d.M.yyyy"}, {0x007f, LOCALE_SSHORTDATE, "MM/dd/yyyy"},
 #endif
-        {0x0409, LOCALE_SSHORTDATE, "M/d/yyyy"}, {0x0409, LOCALE_SDAYNAME7, "Sunday"},
-        {0x00010407, LOCALE_SDAYNAME6, "Samstag"}, // in the order of telephone books
+        {0x0409, LOCALE_SSHORTDATE, "M/d/yyyy"}, {0x0409, LOCALE_STHOUSAND, ","}, {0x0407, LOCALE_STHOUSAND, "."},
+        {0x0409, LOCALE_ILANGUAGE, "0409"}, {0x0409, LOCALE_SNAME, "en-US"}, {0x0409, LOCALE_SDAYNAME7, "Sunday"},
+        {0x0409, LOCALE_SABBREVDAYNAME3, "Wed"}, {0x0409, LOCALE_SMONTHNAME12, "December"},
+        {0x0409, LOCALE_SABBREVMONTHNAME2, "Feb"}, {0x0407, LOCALE_SMONTHNAME3, "M<e4>rz"},
+        {0x0407, LOCALE_SENGLANGUAGE, "German"},
+        {0x00010407, LOCALE_SMONTHNAME3, "M<e4>rz"}, // in the order of telephone books
         {0x00010407, LOCALE_SENGCOUNTRY, "Germany"}, {0x007f, LOCALE_SISO639LANGNAME, "iv"},
         {0x007f, LOCALE_SENGCOUNTRY, "Invariant Country"}, {0x007f, LOCALE_STIMEFORMAT, "HH:mm:ss"},
-        {UNKNOWN, LOCALE_SDATE, "error 87"}, {0x0409, 0x0fff, "error 1004"}};
+        {UNKNOWN, LOCALE_SDECIMAL, "error 87"}, {0x0409, 0x0fff, "error 1004"}};
     for (const auto& row : CASES)
         EXPECT_EQ(Info(row.locale, row.type), row.value) << std::hex << row.locale << ' ' << row.type;
 }
 
-TEST(Locales, InformationSizes)
+TEST(Locales, InformationSizesAndNumbers)
 {
     wchar_t value[] = L"######";
-    EXPECT_EQ(GetLocaleInfoW(0x0409, LOCALE_SISO3166CTRYNAME, nullptr, 0), 3);
-    EXPECT_EQ(GetLocaleInfoW(0x0409, LOCALE_SISO3166CTRYNAME, value, 2), 0);
+    EXPECT_EQ(GetLocaleInfoW(0x0409, LOCALE_S1159, nullptr, 0), 3);
+    EXPECT_EQ(GetLocaleInfoW(0x0409, LOCALE_S1159, value, 2), 0);
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
-    EXPECT_EQ(GetLocaleInfoW(0x0409, LOCALE_SISO3166CTRYNAME, value, 3), 3);
-    EXPECT_EQ(value, L"US"sv);
+    EXPECT_EQ(GetLocaleInfoW(0x0409, LOCALE_S1159, value, 3), 3);
+    EXPECT_EQ(value, L"AM"sv);
     EXPECT_EQ(value[3], L'#');
-    EXPECT_EQ(GetLocaleInfoW(0x0409, LOCALE_SISO3166CTRYNAME, nullptr, 3), 0);
+    EXPECT_EQ(GetLocaleInfoW(0x0409, LOCALE_S1159, nullptr, 3), 0);
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
+
+    DWORD number = 0;
+    const auto buffer = reinterpret_cast<LPWSTR>(&number);
+    EXPECT_EQ(GetLocaleInfoW(0x0407, LOCALE_IDATE | LOCALE_RETURN_NUMBER, buffer, 2), 2);
+    EXPECT_EQ(number, 1u);
+    EXPECT_EQ(GetLocaleInfoW(0x0407, LOCALE_ILANGUAGE | LOCALE_RETURN_NUMBER, buffer, 2), 2);
+    EXPECT_EQ(number, 0x407u);
+    EXPECT_EQ(GetLocaleInfoW(0x0407, LOCALE_SDATE | LOCALE_RETURN_NUMBER, buffer, 2), 0);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_FLAGS});
 }
 
 // The masks by which files are told: all tests of one byte order.
@@ -127,21 +153,23 @@ TEST(DefaultsDeathTest, ComeFromTheEnvironment)
     struct
     {
         std::vector<std::string> variables;
-        const char* result; // code page, locale and its number, language of texts
-    } const cases[] = {{{}, "1252 en-US 409 409"}, {{"LANG=de_DE.UTF-8"}, "65001 de-DE 407 407"},
-        {{"LANG=de_DE.utf8@euro"}, "65001 de-DE 407 407"}, {{"LC_CTYPE=C", "LANG=de_DE.UTF-8"}, "1252 de-DE 407 407"},
-        {{"LC_ALL=C.UTF-8", "LC_CTYPE=C", "LC_TIME=fr_FR", "LANG=C"}, "65001 en-US 409 409"},
-        {{"LC_ALL=", "LC_CTYPE=", "LANG=en_US.UTF-8"}, "65001 en-US 409 409"},
-        {{"QXPLATFORM_ACP=1251", "LC_ALL=C.UTF-8"}, "1251 en-US 409 409"},
-        {{"QXPLATFORM_ACP=932"}, "932 en-US 409 409"}, {{"QXPLATFORM_ACP=1200", "LANG=C.UTF-8"}, "65001 en-US 409 409"},
-        {{"QXPLATFORM_ACP=1252x", "LANG=C.UTF-8"}, "65001 en-US 409 409"},
-        {{"LC_TIME=fr_CA", "LANG=de_DE"}, "1252 fr-CA c0c 407"},
-        {{"LC_MESSAGES=sv_SE", "LANG=de_AT@euro"}, "1252 de-AT c07 41d"},
-        {{"LC_ALL=ja_JP", "LC_TIME=fr_FR", "LC_MESSAGES=sv_SE", "LANG=de_DE"}, "1252 ja-JP 411 411"},
-        {{"LC_ALL=POSIX", "LANG=de_DE"}, "1252 en-US 409 409"}, {{"LANG=sr_RS@latin"}, "1252 sr-Latn-RS 241a 241a"},
-        {{"LANG=zh_TW.big5"}, "1252 zh-TW 404 404"}, {{"LANG=de"}, "1252 de-DE 407 407"},
-        {{"LANG=en_DE"}, "1252 en-DE 1000 1000"}, {{"LANG=nonsense"}, "1252 en-US 409 409"},
-        {{"LANG=\xff\xfe.UTF-8"}, "65001 en-US 409 409"}};
+        const char* result; // code pages of windows and consoles, locale and its number, language of texts
+    } const cases[] = {{{}, "1252 437 en-US 409 409"}, {{"LANG=de_DE.UTF-8"}, "65001 65001 de-DE 407 407"},
+        {{"LANG=de_DE.utf8@euro"}, "65001 65001 de-DE 407 407"},
+        {{"LC_CTYPE=C", "LANG=de_DE.UTF-8"}, "1252 437 de-DE 407 407"},
+        {{"LC_ALL=C.UTF-8", "LC_CTYPE=C", "LC_TIME=fr_FR", "LANG=C"}, "65001 65001 en-US 409 409"},
+        {{"LC_ALL=", "LC_CTYPE=", "LANG=en_US.UTF-8"}, "65001 65001 en-US 409 409"},
+        {{"QXPLATFORM_ACP=1251", "LC_ALL=C.UTF-8"}, "1251 866 en-US 409 409"},
+        {{"QXPLATFORM_ACP=932"}, "932 932 en-US 409 409"},
+        {{"QXPLATFORM_ACP=1200", "LANG=C.UTF-8"}, "65001 65001 en-US 409 409"},
+        {{"QXPLATFORM_ACP=1252x", "LANG=C.UTF-8"}, "65001 65001 en-US 409 409"},
+        {{"LC_TIME=fr_CA", "LANG=de_DE"}, "1252 437 fr-CA c0c 407"},
+        {{"LC_MESSAGES=sv_SE", "LANG=de_AT@euro"}, "1252 437 de-AT c07 41d"},
+        {{"LC_ALL=ja_JP", "LC_TIME=fr_FR", "LC_MESSAGES=sv_SE", "LANG=de_DE"}, "1252 437 ja-JP 411 411"},
+        {{"LC_ALL=POSIX", "LANG=de_DE"}, "1252 437 en-US 409 409"},
+        {{"LANG=sr_RS@latin"}, "1252 437 sr-Latn-RS 241a 241a"}, {{"LANG=zh_TW.big5"}, "1252 437 zh-TW 404 404"},
+        {{"LANG=de"}, "1252 437 de-DE 407 407"}, {{"LANG=en_DE"}, "1252 437 en-DE 1000 1000"},
+        {{"LANG=nonsense"}, "1252 437 en-US 409 409"}, {{"LANG=\xff\xfe.UTF-8"}, "65001 65001 en-US 409 409"}};
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     for (const auto& row : cases)
         EXPECT_EXIT(
@@ -150,8 +178,8 @@ TEST(DefaultsDeathTest, ComeFromTheEnvironment)
                     unsetenv(name);
                 for (std::string variable : row.variables)
                     setenv(variable.substr(0, variable.find('=')).c_str(), &variable[variable.find('=') + 1], 1);
-                std::fprintf(stderr, "%u %s %x %x", GetACP(), NameOf(LOCALE_USER_DEFAULT).c_str(), GetUserDefaultLCID(),
-                    GetUserDefaultUILanguage());
+                std::fprintf(stderr, "%u %u %s %x %x", GetACP(), GetOEMCP(), NameOf(LOCALE_USER_DEFAULT).c_str(),
+                    GetUserDefaultLCID(), GetUserDefaultUILanguage());
                 std::exit(0);
             },
             testing::ExitedWithCode(0), row.result);

@@ -50,13 +50,14 @@ public:
     virtual bool IsLeadByte(unsigned char) const { return false; }
 };
 
-// Null for a page that is not offered. CP_ACP and CP_THREAD_ACP name the default page. A page is made at
+// Null for a page that is not offered. CP_ACP, CP_OEMCP and CP_THREAD_ACP name the default pages. A page is made at
 // its first use and lives as long as the process; safe to call from any thread.
 const CodePage* FindCodePage(UINT number);
 
-// The same question without making the page; the names of the default page are no numbers of pages.
+// The same question without making the page; the names of the default pages are no numbers of pages.
 bool IsCodePageOffered(UINT number);
 
 UINT DefaultCodePage();
+UINT DefaultOemCodePage();
 
 } // namespace qxplatform

@@ -159,6 +159,8 @@ UINT ResolveDefault(UINT number)
     case CP_ACP:
     case CP_THREAD_ACP:
         return DefaultCodePage();
+    case CP_OEMCP:
+        return DefaultOemCodePage();
     default:
         return number;
     }

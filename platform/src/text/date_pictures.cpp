@@ -144,20 +144,28 @@ bool IsPolish(const Locale& locale)
 
 std::u16string DatePicture(const Locale& locale, DateStyle style)
 {
-    if (const char16_t* const own = SupplementOf(locale).shortDate)
+    const LanguageSupplement& supplement = SupplementOf(locale);
+    if (const char16_t* const own = style == DateStyle::Long ? supplement.longDate : supplement.shortDate)
         return own;
-    if (style == DateStyle::Numbers)
-        return ToPicture(PatternOfFields(locale, u"yMd"), style);
-    if (IsPolish(locale))
-        return u"dd.MM.yyyy";
-    return PlainBlanks(ToPicture(PatternOf(locale, UDAT_NONE, UDAT_SHORT), style));
+    switch (style)
+    {
+    case DateStyle::Short:
+        if (IsPolish(locale))
+            return u"dd.MM.yyyy";
+        return PlainBlanks(ToPicture(PatternOf(locale, UDAT_NONE, UDAT_SHORT), style));
+    case DateStyle::Long:
+        return ToPicture(PatternOf(locale, UDAT_NONE, UDAT_FULL), style);
+    case DateStyle::Numbers:
+        break;
+    }
+    return ToPicture(PatternOfFields(locale, u"yMd"), style);
 }
 
 std::u16string TimePicture(const Locale& locale)
 {
     if (const char16_t* const own = SupplementOf(locale).time)
         return own;
-    return PlainBlanks(ToPicture(PatternOf(locale, UDAT_MEDIUM, UDAT_NONE), DateStyle::Short));
+    return PlainBlanks(ToPicture(PatternOf(locale, UDAT_MEDIUM, UDAT_NONE), DateStyle::Long));
 }
 
 std::u16string DateSeparatorOf(std::u16string_view picture)

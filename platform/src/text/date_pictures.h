@@ -12,6 +12,7 @@ namespace qxplatform
 enum class DateStyle
 {
     Short,
+    Long,
     Numbers // of numbers alone, without fillers: what tells the order and the separator
 };
 

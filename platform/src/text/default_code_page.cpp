@@ -1,4 +1,4 @@
-// The system's default code page, which the environment tells.
+// The system's default code pages, which the environment tells.
 
 #include <winnls.h>
 
@@ -49,9 +49,38 @@ UINT DefaultCodePage()
     return page;
 }
 
+// The console page that the system pairs with each default page.
+UINT DefaultOemCodePage()
+{
+    switch (const UINT page = DefaultCodePage())
+    {
+    case 1250:
+        return 852;
+    case 1251:
+        return 866;
+    case 1252:
+        return 437;
+    case 1253:
+        return 737;
+    case 1254:
+        return 857;
+    case 1255:
+        return 862;
+    case 1257:
+        return 775;
+    default:
+        return page;
+    }
+}
+
 } // namespace qxplatform
 
 UINT WINAPI GetACP(void)
 {
     return qxplatform::DefaultCodePage();
+}
+
+UINT WINAPI GetOEMCP(void)
+{
+    return qxplatform::DefaultOemCodePage();
 }

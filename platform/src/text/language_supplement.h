@@ -17,6 +17,7 @@ struct LanguageSupplement
     const char16_t* ofMonth[2] = {u"", u""}; // what stands before a month in a date: before a consonant, a vowel
     const char16_t* halves[2] = {};          // of the day
     const char16_t* decimalSeparator = nullptr;
+    const char16_t* longDate = nullptr;
     const char16_t* shortDate = nullptr;
     const char16_t* time = nullptr;
     const char16_t* region = nullptr; // the name of the language's one region

@@ -13,36 +13,54 @@ namespace qxplatform
 namespace
 {
 
-constexpr unsigned UNICODE_ONLY = CP_ACP;
+constexpr CodePages UNICODE_ONLY{CP_ACP, CP_OEMCP};
 
 // By the beginning of the locale's name; the longest row that fits counts.
 struct ByName
 {
     std::string_view beginning;
-    unsigned page;
+    CodePages pages;
 };
 constexpr ByName BY_NAME[] = {
     // central Europe
-    {"bs", 1250},
-    {"cs", 1250},
-    {"hr", 1250},
-    {"hu", 1250},
-    {"pl", 1250},
-    {"ro", 1250},
-    {"sk", 1250},
-    {"sl", 1250},
-    {"sq", 1250},
-    {"sr", 1250},
-    {"tk", 1250},
+    {"bs", {1250, 852}},
+    {"cs", {1250, 852}},
+    {"hr", {1250, 852}},
+    {"hu", {1250, 852}},
+    {"pl", {1250, 852}},
+    {"ro", {1250, 852}},
+    {"sk", {1250, 852}},
+    {"sl", {1250, 852}},
+    {"sq", {1250, 852}},
+    {"sr", {1250, 852}},
+    {"tk", {1250, 852}},
     // the Baltic
-    {"et", 1257},
-    {"lt", 1257},
-    {"lv", 1257},
+    {"et", {1257, 775}},
+    {"lt", {1257, 775}},
+    {"lv", {1257, 775}},
     // Turkic languages in Latin letters
-    {"az", 1254},
-    {"tr", 1254},
-    {"uz", 1254},
-    {"vi", 1258},
+    {"az", {1254, 857}},
+    {"tr", {1254, 857}},
+    {"uz", {1254, 857}},
+    {"vi", {1258, 1258}},
+    // those of American consoles
+    {"en-029", {1252, 850}},
+    {"en-IN", {1252, 437}},
+    {"en-MY", {1252, 437}},
+    {"en-PH", {1252, 437}},
+    {"en-SG", {1252, 437}},
+    {"en-US", {1252, 437}},
+    {"en-ZA", {1252, 437}},
+    {"en-ZW", {1252, 437}},
+    {"fil", {1252, 437}},
+    {"ha", {1252, 437}},
+    {"haw", {1252, 437}},
+    {"ig", {1252, 437}},
+    {"iu", {1252, 437}},
+    {"la", {1252, 437}},
+    {"rw", {1252, 437}},
+    {"sw", {1252, 437}},
+    {"yo", {1252, 437}},
     // Latin letters and others, of which no page has all
     {"en-AE", UNICODE_ONLY},
     {"mi", UNICODE_ONLY},
@@ -61,19 +79,19 @@ constexpr ByName BY_NAME[] = {
 struct ByScript
 {
     std::string_view script;
-    unsigned page;
+    CodePages pages;
 };
 constexpr ByScript BY_SCRIPT[] = {
-    {"Arab", 1256},
-    {"Cyrl", 1251},
-    {"Grek", 1253},
-    {"Hans", 936},
-    {"Hant", 950},
-    {"Hebr", 1255},
-    {"Jpan", 932},
-    {"Kore", 949},
-    {"Latn", 1252},
-    {"Thai", 874},
+    {"Arab", {1256, 720}},
+    {"Cyrl", {1251, 866}},
+    {"Grek", {1253, 737}},
+    {"Hans", {936, 936}},
+    {"Hant", {950, 950}},
+    {"Hebr", {1255, 862}},
+    {"Jpan", {932, 932}},
+    {"Kore", {949, 949}},
+    {"Latn", {1252, 850}},
+    {"Thai", {874, 874}},
 };
 
 std::string ScriptOf(const Locale& locale)
@@ -93,40 +111,43 @@ bool BeginsWith(std::string_view name, std::string_view beginning)
            (name.size() == beginning.size() || name[beginning.size()] == '-');
 }
 
-unsigned OfScript(const std::string& script)
+CodePages OfScript(const std::string& script)
 {
     for (const ByScript& row : BY_SCRIPT)
         if (row.script == script)
-            return row.page;
+            return row.pages;
     // Languages that are in no list of ICU's get its answer for Latin letters, or none.
-    return script.empty() ? 1252 : UNICODE_ONLY;
+    return script.empty() ? CodePages{1252, 850} : UNICODE_ONLY;
 }
 
 } // namespace
 
-unsigned AnsiCodePageOf(const Locale& locale)
+CodePages CodePagesOf(const Locale& locale)
 {
     if (locale.icu.empty())
-        return 1252;
+        return {1252, 437};
     const std::string script = ScriptOf(locale);
-    unsigned page = OfScript(script);
+    CodePages pages = OfScript(script);
+    // South-east Europe's Cyrillic has a console page of its own.
+    if (script == "Cyrl" && (BeginsWith(locale.name, "sr") || BeginsWith(locale.name, "bs")))
+        pages.oem = 855;
     const bool isLatin = script == "Latn";
     std::size_t longest = 0;
     for (const ByName& row : BY_NAME)
     {
-        const bool counts = isLatin || row.page == CP_ACP;
+        const bool counts = isLatin || row.pages.ansi == CP_ACP;
         if (counts && row.beginning.size() > longest && BeginsWith(locale.name, row.beginning))
         {
-            page = row.page;
+            pages = row.pages;
             longest = row.beginning.size();
         }
     }
-    return page;
+    return pages;
 }
 
 LGRPID LanguageGroupOf(const Locale& locale)
 {
-    switch (AnsiCodePageOf(locale))
+    switch (CodePagesOf(locale).ansi)
     {
     case 1250:
         return LGRPID_CENTRAL_EUROPE;

@@ -1,4 +1,4 @@
-// The code page that the system has for the 8-bit text of a locale.
+// The code pages that the system has for the 8-bit text of a locale.
 #pragma once
 
 #include <winnls.h>
@@ -8,8 +8,13 @@
 namespace qxplatform
 {
 
-// CP_ACP for a locale that has Unicode only.
-unsigned AnsiCodePageOf(const Locale& locale);
+struct CodePages
+{
+    unsigned ansi; // CP_ACP for a locale that has Unicode only
+    unsigned oem;  // CP_OEMCP for such a one
+};
+
+CodePages CodePagesOf(const Locale& locale);
 
 // The group of languages that a locale belongs to: one of the LGRPID_ constants.
 LGRPID LanguageGroupOf(const Locale& locale);

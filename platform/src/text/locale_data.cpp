@@ -107,14 +107,15 @@ std::string ParentOf(const std::string& name, const Bundle& bundle)
     return end == name.npos ? "root" : name.substr(0, end);
 }
 
-std::u16string DisplayCountry(const Locale& locale, const Locale& in)
+std::u16string Display(
+    const Locale& locale, const Locale& in, int32_t (*display)(const char*, const char*, UChar*, int32_t, UErrorCode*))
 {
     const auto ask = [&](const char* language, bool& isCode)
     {
         return IcuText(
             [&](UChar* buffer, int32_t size, UErrorCode* status)
             {
-                const int32_t length = uloc_getDisplayCountry(locale.icu.c_str(), language, buffer, size, status);
+                const int32_t length = display(locale.icu.c_str(), language, buffer, size, status);
                 isCode = *status == U_USING_DEFAULT_WARNING;
                 return length;
             });
@@ -238,12 +239,22 @@ std::u16string CurrencySymbol(const Locale& locale)
     return U_SUCCESS(status) ? std::u16string(symbol, static_cast<std::size_t>(length)) : code;
 }
 
+std::u16string LanguageName(const Locale& locale, const Locale& in)
+{
+    return Display(locale, in, uloc_getDisplayName);
+}
+
+std::u16string BareLanguageName(const Locale& locale, const Locale& in)
+{
+    return Display(locale, in, uloc_getDisplayLanguage);
+}
+
 std::u16string RegionName(const Locale& locale, const Locale& in)
 {
     const char16_t* const own = SupplementOf(in).region;
     if (own != nullptr && RegionCode(in) == RegionCode(locale))
         return own;
-    std::u16string name = DisplayCountry(locale, in);
+    std::u16string name = Display(locale, in, uloc_getDisplayCountry);
     return name == SOUTH_KOREA ? u"Korea" : std::move(name);
 }
 

@@ -20,7 +20,9 @@ std::u16string DecimalSeparator(const Locale& locale);
 std::u16string GroupSeparator(const Locale& locale);
 std::u16string CurrencySymbol(const Locale& locale);
 
-// In the language of `in`; in English where that has none.
+// Names in the language of `in`; in English where that has none.
+std::u16string LanguageName(const Locale& locale, const Locale& in); // with the region: "German (Germany)"
+std::u16string BareLanguageName(const Locale& locale, const Locale& in);
 std::u16string RegionName(const Locale& locale, const Locale& in);
 
 std::u16string LanguageCode(const Locale& locale);     // ISO 639: "de"

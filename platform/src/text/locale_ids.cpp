@@ -16,6 +16,11 @@ using namespace qxplatform;
 namespace
 {
 
+std::string LanguageOf(const Locale& locale)
+{
+    return locale.name.substr(0, locale.name.find('-'));
+}
+
 LANGID LanguageId(const Locale& locale)
 {
     return LANGIDFROMLCID(locale.lcid);
@@ -38,7 +43,17 @@ LANGID WINAPI GetUserDefaultUILanguage(void)
     return LanguageId(UserInterfaceLocale());
 }
 
-// The environment knows no settings for a thread.
+// The environment knows no other settings for the system than for the user, and none for a thread.
+LCID WINAPI GetSystemDefaultLCID(void)
+{
+    return UserLocale().lcid;
+}
+
+LANGID WINAPI GetSystemDefaultLangID(void)
+{
+    return LanguageId(UserLocale());
+}
+
 LCID WINAPI GetThreadLocale(void)
 {
     return UserLocale().lcid;
@@ -49,9 +64,11 @@ int WINAPI LCIDToLocaleName(LCID Locale, LPWSTR lpName, int cchName, DWORD dwFla
     const qxplatform::Locale* const locale = FindLocale(Locale);
     if (locale == nullptr || cchName < 0 || (cchName > 0 && lpName == nullptr))
         return Fail(ERROR_INVALID_PARAMETER);
-    if (dwFlags != 0)
+    if ((dwFlags & ~static_cast<DWORD>(LOCALE_ALLOW_NEUTRAL_NAMES)) != 0)
         return Fail(ERROR_INVALID_FLAGS);
-    const std::string& name = locale->name;
+    const bool neutral = SUBLANGID(Locale) == SUBLANG_NEUTRAL && PRIMARYLANGID(Locale) != LANG_NEUTRAL;
+    const bool asLanguage = neutral && (dwFlags & LOCALE_ALLOW_NEUTRAL_NAMES) != 0 && Locale != LOCALE_INVARIANT;
+    const std::string name = asLanguage ? LanguageOf(*locale) : locale->name;
     const int size = static_cast<int>(name.size()) + 1;
     if (cchName == 0)
         return size;
@@ -59,4 +76,17 @@ int WINAPI LCIDToLocaleName(LCID Locale, LPWSTR lpName, int cchName, DWORD dwFla
         return Fail(ERROR_INSUFFICIENT_BUFFER);
     *std::copy(name.begin(), name.end(), lpName) = 0;
     return size;
+}
+
+LCID WINAPI LocaleNameToLCID(LPCWSTR lpName, DWORD dwFlags)
+{
+    const Locale* const locale = FindLocale(lpName);
+    if (locale == nullptr)
+        return static_cast<LCID>(Fail(ERROR_INVALID_PARAMETER));
+    if ((dwFlags & ~static_cast<DWORD>(LOCALE_ALLOW_NEUTRAL_NAMES)) != 0)
+        return static_cast<LCID>(Fail(ERROR_INVALID_FLAGS));
+    const bool isLanguage = lpName != nullptr && *lpName != 0 && View(lpName).find(u'-') == View(lpName).npos;
+    if (isLanguage && (dwFlags & LOCALE_ALLOW_NEUTRAL_NAMES) != 0)
+        return MAKELCID(MAKELANGID(PRIMARYLANGID(locale->lcid), SUBLANG_NEUTRAL), SORT_DEFAULT);
+    return locale->lcid;
 }

@@ -3,6 +3,7 @@
 #include <winnls.h>
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 #include <map>
 #include <mutex>
@@ -24,6 +25,7 @@ struct InfoType
 {
     LCTYPE type;
     std::u16string (*text)(const Locale& locale);
+    DWORD (*number)(const Locale& locale) = nullptr; // for types that LOCALE_RETURN_NUMBER can ask for
 };
 
 const Locale& English()
@@ -35,6 +37,19 @@ const Locale& English()
 std::u16string Ascii(std::string_view text)
 {
     return {text.begin(), text.end()};
+}
+
+DWORD LanguageNumber(const Locale& locale)
+{
+    return locale.lcid & 0xffff;
+}
+
+std::u16string LanguageNumberText(const Locale& locale)
+{
+    std::u16string digits;
+    for (int shift = 12; shift >= 0; shift -= 4)
+        digits += u"0123456789abcdef"[LanguageNumber(locale) >> shift & 0xf];
+    return digits;
 }
 
 // 0 month, day, year; 1 day, month, year; 2 year, month, day.
@@ -54,7 +69,12 @@ DWORD DateOrder(const Locale& locale)
 
 DWORD AnsiCodePage(const Locale& locale)
 {
-    return AnsiCodePageOf(locale);
+    return CodePagesOf(locale).ansi;
+}
+
+DWORD OemCodePage(const Locale& locale)
+{
+    return CodePagesOf(locale).oem;
 }
 
 DWORD CountryNumber(const Locale& locale)
@@ -68,15 +88,38 @@ std::u16string Decimal(const Locale& locale)
     return Ascii(std::to_string(Number(locale)));
 }
 
-template <int Day>
+template <int Day, bool Abbreviated>
 std::u16string DayNamed(const Locale& locale)
 {
-    return DayName(locale, Day, false);
+    return DayName(locale, Day, Abbreviated);
+}
+
+template <int Month, bool Abbreviated>
+std::u16string MonthNamed(const Locale& locale)
+{
+    return MonthName(locale, Month, Abbreviated);
+}
+
+// A list separator has to differ from the decimal one.
+std::u16string ListSeparator(const Locale& locale)
+{
+    return DecimalSeparator(locale) == u"," ? u";" : u",";
 }
 
 // Sorted by type.
 constexpr InfoType TYPES[] = {
-    {LOCALE_ICOUNTRY, Decimal<CountryNumber>},
+    {LOCALE_ILANGUAGE, LanguageNumberText, LanguageNumber},
+    {LOCALE_SLANGUAGE,
+        [](const Locale& locale)
+        {
+            return LanguageName(locale, UserInterfaceLocale());
+        }},
+    {LOCALE_SNATIVELANGNAME,
+        [](const Locale& locale)
+        {
+            return BareLanguageName(locale, locale);
+        }},
+    {LOCALE_ICOUNTRY, Decimal<CountryNumber>, CountryNumber},
     {LOCALE_SCOUNTRY,
         [](const Locale& locale)
         {
@@ -88,6 +131,10 @@ constexpr InfoType TYPES[] = {
         {
             return RegionName(locale, locale);
         }},
+    {LOCALE_IDEFAULTCODEPAGE, Decimal<OemCodePage>, OemCodePage},
+    {LOCALE_SLIST, ListSeparator},
+    {LOCALE_SDECIMAL, DecimalSeparator},
+    {LOCALE_STHOUSAND, GroupSeparator},
     {LOCALE_SCURRENCY, CurrencySymbol},
     {LOCALE_SDATE,
         [](const Locale& locale)
@@ -104,23 +151,79 @@ constexpr InfoType TYPES[] = {
         {
             return DatePicture(locale, DateStyle::Short);
         }},
-    {LOCALE_IDATE, Decimal<DateOrder>},
-    {LOCALE_SDAYNAME1, DayNamed<0>},
-    {LOCALE_SDAYNAME2, DayNamed<1>},
-    {LOCALE_SDAYNAME3, DayNamed<2>},
-    {LOCALE_SDAYNAME4, DayNamed<3>},
-    {LOCALE_SDAYNAME5, DayNamed<4>},
-    {LOCALE_SDAYNAME6, DayNamed<5>},
-    {LOCALE_SDAYNAME7, DayNamed<6>},
+    {LOCALE_SLONGDATE,
+        [](const Locale& locale)
+        {
+            return DatePicture(locale, DateStyle::Long);
+        }},
+    {LOCALE_IDATE, Decimal<DateOrder>, DateOrder},
+    {LOCALE_S1159,
+        [](const Locale& locale)
+        {
+            return DayHalfName(locale, false);
+        }},
+    {LOCALE_S2359,
+        [](const Locale& locale)
+        {
+            return DayHalfName(locale, true);
+        }},
+    {LOCALE_SDAYNAME1, DayNamed<0, false>},
+    {LOCALE_SDAYNAME2, DayNamed<1, false>},
+    {LOCALE_SDAYNAME3, DayNamed<2, false>},
+    {LOCALE_SDAYNAME4, DayNamed<3, false>},
+    {LOCALE_SDAYNAME5, DayNamed<4, false>},
+    {LOCALE_SDAYNAME6, DayNamed<5, false>},
+    {LOCALE_SDAYNAME7, DayNamed<6, false>},
+    {LOCALE_SABBREVDAYNAME1, DayNamed<0, true>},
+    {LOCALE_SABBREVDAYNAME2, DayNamed<1, true>},
+    {LOCALE_SABBREVDAYNAME3, DayNamed<2, true>},
+    {LOCALE_SABBREVDAYNAME4, DayNamed<3, true>},
+    {LOCALE_SABBREVDAYNAME5, DayNamed<4, true>},
+    {LOCALE_SABBREVDAYNAME6, DayNamed<5, true>},
+    {LOCALE_SABBREVDAYNAME7, DayNamed<6, true>},
+    {LOCALE_SMONTHNAME1, MonthNamed<0, false>},
+    {LOCALE_SMONTHNAME2, MonthNamed<1, false>},
+    {LOCALE_SMONTHNAME3, MonthNamed<2, false>},
+    {LOCALE_SMONTHNAME4, MonthNamed<3, false>},
+    {LOCALE_SMONTHNAME5, MonthNamed<4, false>},
+    {LOCALE_SMONTHNAME6, MonthNamed<5, false>},
+    {LOCALE_SMONTHNAME7, MonthNamed<6, false>},
+    {LOCALE_SMONTHNAME8, MonthNamed<7, false>},
+    {LOCALE_SMONTHNAME9, MonthNamed<8, false>},
+    {LOCALE_SMONTHNAME10, MonthNamed<9, false>},
+    {LOCALE_SMONTHNAME11, MonthNamed<10, false>},
+    {LOCALE_SMONTHNAME12, MonthNamed<11, false>},
+    {LOCALE_SABBREVMONTHNAME1, MonthNamed<0, true>},
+    {LOCALE_SABBREVMONTHNAME2, MonthNamed<1, true>},
+    {LOCALE_SABBREVMONTHNAME3, MonthNamed<2, true>},
+    {LOCALE_SABBREVMONTHNAME4, MonthNamed<3, true>},
+    {LOCALE_SABBREVMONTHNAME5, MonthNamed<4, true>},
+    {LOCALE_SABBREVMONTHNAME6, MonthNamed<5, true>},
+    {LOCALE_SABBREVMONTHNAME7, MonthNamed<6, true>},
+    {LOCALE_SABBREVMONTHNAME8, MonthNamed<7, true>},
+    {LOCALE_SABBREVMONTHNAME9, MonthNamed<8, true>},
+    {LOCALE_SABBREVMONTHNAME10, MonthNamed<9, true>},
+    {LOCALE_SABBREVMONTHNAME11, MonthNamed<10, true>},
+    {LOCALE_SABBREVMONTHNAME12, MonthNamed<11, true>},
     {LOCALE_SISO639LANGNAME, LanguageCode},
     {LOCALE_SISO3166CTRYNAME, RegionCode},
+    {LOCALE_SNAME,
+        [](const Locale& locale)
+        {
+            return Ascii(locale.name);
+        }},
+    {LOCALE_SENGLANGUAGE,
+        [](const Locale& locale)
+        {
+            return BareLanguageName(locale, English());
+        }},
     {LOCALE_SENGCOUNTRY,
         [](const Locale& locale)
         {
             return RegionName(locale, English());
         }},
     {LOCALE_STIMEFORMAT, TimePicture},
-    {LOCALE_IDEFAULTANSICODEPAGE, Decimal<AnsiCodePage>},
+    {LOCALE_IDEFAULTANSICODEPAGE, Decimal<AnsiCodePage>, AnsiCodePage},
 };
 
 // What the invariant locale has otherwise than American English.
@@ -130,6 +233,8 @@ struct InvariantText
     const char16_t* text;
 };
 constexpr InvariantText INVARIANT[] = {
+    {LOCALE_SLANGUAGE, u"Invariant Language (Invariant Country)"},
+    {LOCALE_SNATIVELANGNAME, u"Invariant Language"},
     {LOCALE_ICOUNTRY, u"1"},
     {LOCALE_SCOUNTRY, u"Invariant Country"},
     {LOCALE_SABBREVCTRYNAME, u"IVC"},
@@ -137,9 +242,11 @@ constexpr InvariantText INVARIANT[] = {
     {LOCALE_SCURRENCY, u"\u00a4"},
     {LOCALE_SDATE, u"/"},
     {LOCALE_SSHORTDATE, u"MM/dd/yyyy"},
+    {LOCALE_SLONGDATE, u"dddd, dd MMMM yyyy"},
     {LOCALE_IDATE, u"0"},
     {LOCALE_SISO639LANGNAME, u"iv"},
     {LOCALE_SISO3166CTRYNAME, u"IV"},
+    {LOCALE_SENGLANGUAGE, u"Invariant Language"},
     {LOCALE_SENGCOUNTRY, u"Invariant Country"},
     {LOCALE_STIMEFORMAT, u"HH:mm:ss"},
 };
@@ -182,7 +289,18 @@ const InfoType* FindType(LCTYPE type)
     return row != std::end(TYPES) && row->type == type ? row : nullptr;
 }
 
-constexpr LCTYPE OPTIONS = LOCALE_NOUSEROVERRIDE | LOCALE_USE_CP_ACP;
+constexpr LCTYPE OPTIONS = LOCALE_NOUSEROVERRIDE | LOCALE_USE_CP_ACP | LOCALE_RETURN_NUMBER;
+
+int GiveNumber(DWORD number, wchar_t* buffer, int size)
+{
+    constexpr int NEEDED = sizeof number / sizeof(wchar_t);
+    if (size == 0)
+        return NEEDED;
+    if (size < NEEDED)
+        return Fail(ERROR_INSUFFICIENT_BUFFER);
+    std::memcpy(buffer, &number, sizeof number);
+    return NEEDED;
+}
 
 int GiveText(const std::u16string& text, wchar_t* buffer, int size)
 {
@@ -203,5 +321,9 @@ int WINAPI GetLocaleInfoW(LCID Locale, LCTYPE LCType, LPWSTR lpLCData, int cchDa
     if (locale == nullptr || cchData < 0 || (cchData > 0 && lpLCData == nullptr))
         return Fail(ERROR_INVALID_PARAMETER);
     const InfoType* const type = FindType(LCType & ~OPTIONS);
-    return type != nullptr ? GiveText(TextOf(*locale, *type), lpLCData, cchData) : Fail(ERROR_INVALID_FLAGS);
+    const bool wantsNumber = (LCType & LOCALE_RETURN_NUMBER) != 0;
+    if (type == nullptr || (wantsNumber && type->number == nullptr))
+        return Fail(ERROR_INVALID_FLAGS);
+    return wantsNumber ? GiveNumber(type->number(*locale), lpLCData, cchData)
+                       : GiveText(TextOf(*locale, *type), lpLCData, cchData);
 }

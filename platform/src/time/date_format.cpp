@@ -69,6 +69,21 @@ std::u16string DateToken(const PicturePiece& token, const SYSTEMTIME& date, cons
     }
 }
 
+bool IsLeftOut(char16_t letter, DWORD flags)
+{
+    switch (letter)
+    {
+    case u'm':
+        return (flags & TIME_NOMINUTESORSECONDS) != 0;
+    case u's':
+        return (flags & (TIME_NOMINUTESORSECONDS | TIME_NOSECONDS)) != 0;
+    case u't':
+        return (flags & TIME_NOTIMEMARKER) != 0;
+    default:
+        return false;
+    }
+}
+
 std::u16string TimeToken(const PicturePiece& token, const SYSTEMTIME& time, const Pictures& pictures, DWORD flags)
 {
     const std::size_t width = std::min<std::size_t>(token.count, 2);
@@ -130,8 +145,8 @@ std::u16string FormatDate(const std::u16string& picture, const SYSTEMTIME& date,
     return text;
 }
 
-// Seconds that are left out take along the text between them and the part before, and of the text behind them all but
-// the blanks.
+// A part that is left out takes along the text between it and the part before, and of the text behind it all but the
+// blanks.
 std::u16string FormatTime(const std::u16string& picture, const SYSTEMTIME& time, const Pictures& pictures, DWORD flags)
 {
     std::u16string text;
@@ -146,7 +161,7 @@ std::u16string FormatTime(const std::u16string& picture, const SYSTEMTIME& time,
                     text += unit;
             continue;
         }
-        isBehindLeftOut = piece.letter == u's' && (flags & TIME_NOSECONDS) != 0;
+        isBehindLeftOut = IsLeftOut(piece.letter, flags);
         if (isBehindLeftOut)
         {
             // Nothing stands before a first part that could belong to it.
@@ -164,21 +179,26 @@ std::u16string FormatTime(const std::u16string& picture, const SYSTEMTIME& time,
 int WINAPI GetDateFormatW(
     LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpDate, LPCWSTR lpFormat, LPWSTR lpDateStr, int cchDate)
 {
+    constexpr DWORD STYLES = DATE_SHORTDATE | DATE_LONGDATE;
     const qxplatform::Locale* const locale =
-        CheckedLocale(Locale, dwFlags, DATE_SHORTDATE, DATE_SHORTDATE, lpFormat, lpDateStr, cchDate);
+        CheckedLocale(Locale, dwFlags, STYLES, STYLES, lpFormat, lpDateStr, cchDate);
     if (locale == nullptr)
         return 0;
+    if ((dwFlags & STYLES) == STYLES)
+        return Fail(ERROR_INVALID_FLAGS);
     SYSTEMTIME date;
     if (!CheckedDate(lpDate != nullptr ? *lpDate : Now(), date))
         return Fail(ERROR_INVALID_PARAMETER);
-    const std::u16string picture = lpFormat != nullptr ? std::u16string(View(lpFormat)) : PicturesOf(*locale).shortDate;
+    const Pictures& pictures = PicturesOf(*locale);
+    const std::u16string& own = (dwFlags & DATE_LONGDATE) != 0 ? pictures.longDate : pictures.shortDate;
+    const std::u16string picture = lpFormat != nullptr ? std::u16string(View(lpFormat)) : own;
     return Give(FormatDate(picture, date, *locale), lpDateStr, cchDate);
 }
 
 int WINAPI GetTimeFormatW(
     LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpTime, LPCWSTR lpFormat, LPWSTR lpTimeStr, int cchTime)
 {
-    constexpr DWORD FLAGS = TIME_NOSECONDS | TIME_FORCE24HOURFORMAT;
+    constexpr DWORD FLAGS = TIME_NOMINUTESORSECONDS | TIME_NOSECONDS | TIME_NOTIMEMARKER | TIME_FORCE24HOURFORMAT;
     const qxplatform::Locale* const locale = CheckedLocale(Locale, dwFlags, FLAGS, 0, lpFormat, lpTimeStr, cchTime);
     if (locale == nullptr)
         return 0;

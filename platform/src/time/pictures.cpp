@@ -17,8 +17,9 @@ namespace
 
 Pictures MakePictures(const Locale& locale)
 {
-    return {DatePicture(locale, DateStyle::Numbers), DatePicture(locale, DateStyle::Short), TimePicture(locale),
-        DayHalfName(locale, false), DayHalfName(locale, true)};
+    return {DatePicture(locale, DateStyle::Numbers), DatePicture(locale, DateStyle::Short),
+        DatePicture(locale, DateStyle::Long), TimePicture(locale), DayHalfName(locale, false),
+        DayHalfName(locale, true)};
 }
 
 struct KnownPictures

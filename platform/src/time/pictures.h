@@ -13,6 +13,7 @@ struct Pictures
 {
     std::u16string dateOfNumbers;
     std::u16string shortDate;
+    std::u16string longDate;
     std::u16string time;
     std::u16string morning; // what stands for tt
     std::u16string afternoon;
