@@ -35,4 +35,12 @@ bool FileFinder::Fits() const
     return !isDirectory || (wcscmp(_data.cFileName, L".") != 0 && wcscmp(_data.cFileName, L"..") != 0);
 }
 
+// A find tells of the link itself, where other questions may be answered for what it leads to.
+bool IsLink(const String& path)
+{
+    WIN32_FIND_DATAW data;
+    const clsFindDataObjectAutoRelease find(FindFirstFileW(path, &data), true);
+    return find.IsValid() && (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
 } // namespace qx

@@ -41,4 +41,7 @@ private:
     bool _atFirst = true;
 };
 
+// Also of a link that leads nowhere yet: what is written to that comes to be where it leads.
+bool IsLink(const String& path);
+
 } // namespace qx

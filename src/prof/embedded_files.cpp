@@ -62,12 +62,6 @@ bool IsPlainName(const String& name)
            !IsDeviceName(name) && IsFileNameAllowed(name);
 }
 
-bool IsLink(const String& path)
-{
-    const DWORD attributes = GetFileAttributesW(path);
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-}
-
 bool MakeFolder(const String& folder)
 {
     if (CreateDirectoryW(folder, nullptr))

@@ -50,14 +50,6 @@ bool TimeOfMember(const unz_file_info64& info, std::string_view extra, FILETIME&
     return FileTimeOf({static_cast<std::uint16_t>(stamp >> 16), static_cast<std::uint16_t>(stamp)}, time);
 }
 
-// Also one that leads nowhere yet, which a find tells of itself.
-bool IsLink(const String& path)
-{
-    WIN32_FIND_DATAW data;
-    const clsFindDataObjectAutoRelease find(FindFirstFileW(path, &data), true);
-    return find.IsValid() && (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-}
-
 bool IsFolder(const String& path)
 {
     const DWORD attributes = GetFileAttributesW(path);

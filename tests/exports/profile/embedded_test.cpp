@@ -146,9 +146,12 @@ TEST(ProfileEmbedded, EntriesThatAreNotExtracted)
 
     std::error_code noLinks;
     std::filesystem::create_symlink(victim, folder.Path("out/link"), noLinks);
+    std::filesystem::create_symlink(folder.Path("nothing yet"), folder.Path("out/dangling"), noLinks);
     AppendEntry(job, L"link", L"QUJD");
-    EXPECT_EQ(ProfExtractFilesW(job, nullptr, Wide(out), L""), noLinks ? 1 : 0);
+    AppendEntry(job, L"dangling", L"QUJD");
+    EXPECT_EQ(ProfExtractFilesW(job, nullptr, Wide(out), L""), noLinks ? 2 : 0);
     EXPECT_EQ(BytesOf(victim), "safe");
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("nothing yet")));
 
     // The later one of a name stays, and both count.
     const Job twice;
