@@ -12,13 +12,13 @@
 QXUT_EXTERN_C_BEGIN
 
 /* A new BSTR of `length` characters and a terminator; null without memory. A null `text` leaves them unset. */
-QXUT_SYSTEM_API(QXWCHAR*) SysAllocStringLen(const QXWCHAR* text, unsigned int length);
+QXUT_SYSTEM_API(QXWCHAR*) SysAllocStringLen(const QXWCHAR* text, unsigned int length) QXUT_SYSTEM(SysAllocStringLen);
 
 /* The characters of a BSTR, terminator not included; 0 for null. */
-QXUT_SYSTEM_API(unsigned int) SysStringLen(QXWCHAR* text);
+QXUT_SYSTEM_API(unsigned int) SysStringLen(QXWCHAR* text) QXUT_SYSTEM(SysStringLen);
 
 /* Releases a BSTR; null is fine. */
-QXUT_SYSTEM_API(void) SysFreeString(QXWCHAR* text);
+QXUT_SYSTEM_API(void) SysFreeString(QXWCHAR* text) QXUT_SYSTEM(SysFreeString);
 
 QXUT_EXTERN_C_END
 
