@@ -19,7 +19,7 @@ public:
     LogReader(std::filesystem::path path, size_t lastLines);
 
     // Returns the next lines in UTF-8, possibly not all lines that were added since the last call. Empty if there are
-    // no new lines, or if there is no file.
+    // no new lines or no file. A file that has become shorter is read again from its start.
     std::vector<std::string> Next();
 
     // Returns the text after the last line end: a line that is being written or was truncated.

@@ -60,7 +60,7 @@ struct Entry
 };
 
 // Calls `visit` for each entry of the list in order. After an entry that is a list, visits its entries one level deeper
-// and then calls `leave`.
+// and then calls `leave` with the depth of those entries.
 using Visitor = std::function<void(const Entry& entry, size_t depth)>;
 void Walk(HPROFJOB job, HPROFLIST list, const Visitor& visit, const std::function<void(size_t depth)>& leave);
 
