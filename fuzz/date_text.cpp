@@ -1,7 +1,7 @@
 // Dates of any text: in the forms of German, American, Hungarian and odd settings, and as machines write them. Whatever
 // comes out keeps the promises that callers rely on, and RFC 822 is read as its pattern says.
 #include "locale/date_text.h"
-#include "core/regex.h"
+#include "core/pattern/regex.h"
 #include "locale/date.h"
 #include "locale/date_parser.h"
 #include "locale/machine_date.h"

@@ -1,6 +1,6 @@
 // What masking, unmasking and the reduction of HTML make of any text: masked text comes back, and no reduction grows
 // but by what it inserts for tags and links.
-#include "core/string.h"
+#include "core/text/string.h"
 #include "markup/html_mask.h"
 #include "markup/html_to_text.h"
 #include "markup/text_to_html.h"

@@ -1,7 +1,7 @@
 // What unpacking makes of any text, sizes that lie included: bytes that packing brings back, and no more than the text
 // can hold.
 #include "files/packed_text.h"
-#include "core/string.h"
+#include "core/text/string.h"
 #include "files/file.h"
 
 #include <windows.h>

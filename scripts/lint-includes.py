@@ -6,9 +6,9 @@ import re
 # A folder of src/ may include its own headers and headers of lower ranks. Folders of the same rank may include each
 # other's headers as long as the folders don't form a circle.
 RANKS = {
-    "containers": 0, "core": 1, "files": 2,
-    "prof": 3, "zip": 3, "locale": 3, "markup": 3, "threads": 3, "diag": 3, "accounts": 3,
-    "docinfo": 4, "desktop": 4, "exports": 5,
+    "containers": 0, "core": 1, "module": 2, "files": 3,
+    "prof": 4, "zip": 4, "locale": 4, "markup": 4, "threads": 4, "diag": 4, "accounts": 4,
+    "docinfo": 5, "desktop": 5, "exports": 6,
 }
 INCLUDE = re.compile(r'^\s*#\s*include\s+(["<])([^">]+)[">]', re.M)
 
@@ -26,18 +26,27 @@ def includes(path):
         return INCLUDE.findall(file.read())
 
 
-def check_library(edges):
+def check_library():
     for path in sources("src"):
         folder = path.split(os.sep)[1]
         for form, name in includes(path):
             target = name.split("/")[0]
             if form == '"' and target not in RANKS:
                 print(f"{path}: \"{name}\" must be named relative to src/")
-            elif form == '"' and folder in RANKS:
-                if RANKS[target] > RANKS[folder]:
-                    print(f"{path}: {folder} is a lower layer than {name}")
-                elif target != folder:
-                    edges.setdefault(folder, {}).setdefault(target, path)
+            elif form == '"' and folder in RANKS and RANKS[target] > RANKS[folder]:
+                print(f"{path}: {folder} is a lower layer than {name}")
+
+
+def folder_edges(root):
+    """Returns, for each folder of a tree, the other folders whose headers it includes."""
+    edges = {}
+    for path in sources(root):
+        folder = os.path.dirname(path)
+        for form, name in includes(path):
+            target = os.path.join(root, os.path.dirname(name))
+            if form == '"' and target != folder and os.path.exists(os.path.join(root, name)):
+                edges.setdefault(folder, {}).setdefault(target, path)
+    return edges
 
 
 def check_clients():
@@ -88,8 +97,8 @@ def header_edges():
     return edges
 
 
-folders = {}
-check_library(folders)
+check_library()
 check_clients()
-check_circles(folders, "folders")
+for tree in ("src", "platform/src"):
+    check_circles(folder_edges(tree), "folders")
 check_circles(header_edges(), "headers")

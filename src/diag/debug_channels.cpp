@@ -2,11 +2,11 @@
 
 #include "core/counted_entry.h"
 #include "core/forever.h"
-#include "core/module.h"
-#include "core/module_description.h"
-#include "core/module_paths.h"
+#include "core/system_values.h"
 #include "core/thread_names.h"
 #include "core/ticks.h"
+#include "module/module_description.h"
+#include "module/module_paths.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 #include "diag/debug_line_text.h"
 
-#include "core/text_format.h"
+#include "core/text/text_format.h"
 
 #include <wchar.h>
 

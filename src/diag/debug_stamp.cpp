@@ -1,8 +1,8 @@
 #include "diag/debug_stamp.h"
 
-#include "core/late_libraries.h"
-#include "core/registry.h"
-#include "core/string.h"
+#include "core/registry/registry.h"
+#include "core/text/string.h"
+#include "module/late_libraries.h"
 
 namespace qx
 {

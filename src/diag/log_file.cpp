@@ -1,6 +1,6 @@
 #include "diag/log_file.h"
 
-#include "core/registry.h"
+#include "core/registry/registry.h"
 #include "core/ticks.h"
 #include "diag/debug_line_text.h"
 #include "files/file.h"

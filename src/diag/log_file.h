@@ -1,7 +1,7 @@
 // The log file of the debug output.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <cstddef>
 

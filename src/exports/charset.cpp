@@ -1,8 +1,8 @@
 #include "exports/guard.h"
 
-#include "core/locale_compare.h"
-#include "core/module.h"
-#include "core/script_ranges.h"
+#include "core/charset/script_ranges.h"
+#include "core/system_values.h"
+#include "core/text/locale_compare.h"
 
 #include <qxut23/charset.h>
 

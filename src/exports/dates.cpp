@@ -1,7 +1,7 @@
 // Dates and times as text, and time zones.
 #include <qxut23/dates.h>
 
-#include "core/variant.h"
+#include "core/variant/variant.h"
 #include "exports/guard.h"
 #include "locale/date_parser.h"
 #include "locale/date_text.h"

@@ -1,7 +1,7 @@
 #include <qxut23/debug.h>
 
 #include "core/debug_line.h"
-#include "core/string.h"
+#include "core/text/string.h"
 #include "diag/debug_channels.h"
 #include "exports/guard.h"
 

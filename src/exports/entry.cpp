@@ -1,8 +1,8 @@
 // Where the process's loader enters the library.
 
 #include "core/forever.h"
-#include "core/module_frame.h"
 #include "diag/debug_channels.h"
+#include "module/module_frame.h"
 
 #include <windows.h>
 

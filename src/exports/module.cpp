@@ -1,10 +1,10 @@
 #include <qxut23/module.h>
 
-#include "core/assertion.h"
-#include "core/environment_type.h"
-#include "core/language.h"
-#include "core/version.h"
+#include "core/errors/assertion.h"
 #include "exports/guard.h"
+#include "module/environment_type.h"
+#include "module/language.h"
+#include "module/version.h"
 
 #include <windows.h>
 

@@ -1,7 +1,7 @@
 // The 8-bit form of an export, made from the signature of its wide form.
 #pragma once
 
-#include "core/charset_conversion.h"
+#include "core/charset/charset_conversion.h"
 #include "exports/guard.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "exports/guard.h"
 
-#include "core/flat_text.h"
-#include "core/text_format.h"
+#include "core/text/flat_text.h"
+#include "core/text/text_format.h"
 
 #include <qxut23/strings.h>
 

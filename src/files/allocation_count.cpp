@@ -1,6 +1,6 @@
 #include "files/allocation_count.h"
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <windows.h>
 

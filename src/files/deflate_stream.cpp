@@ -1,7 +1,7 @@
 #include "files/deflate_stream.h"
 
-#include "core/byte_block.h"
 #include "core/debug_line.h"
+#include "core/packing/byte_block.h"
 #include "files/deflate_mode.h"
 #include "files/file.h"
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "containers/dlist.h"
-#include "core/string.h"
+#include "core/text/string.h"
 #include "files/auto_release.h"
 #include "files/handle_holder.h"
 #include "files/iunknown_impl.h"

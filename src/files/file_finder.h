@@ -1,7 +1,7 @@
 // The entries of a folder that fit a pattern, in the system's order.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 #include "files/handle_holder.h"
 
 #include <windows.h>

@@ -1,7 +1,7 @@
 #include "files/folder_tokens.h"
 
-#include "core/regex.h"
-#include "core/registry.h"
+#include "core/pattern/regex.h"
+#include "core/registry/registry.h"
 
 #include <windows.h>
 

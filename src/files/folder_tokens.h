@@ -1,7 +1,7 @@
 // Names between percent signs in the paths of folders.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 namespace qx
 {

@@ -1,7 +1,7 @@
 #include "files/global_lock.h"
 
 #include "core/debug_line.h"
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <utility>
 

@@ -1,8 +1,8 @@
 #include "files/name_check.h"
 
 #include "core/forever.h"
-#include "core/regex.h"
-#include "core/string.h"
+#include "core/pattern/regex.h"
+#include "core/text/string.h"
 
 #include <windows.h>
 

@@ -1,8 +1,8 @@
 #include "files/packed_text.h"
 
-#include "core/base64.h"
-#include "core/blowfish.h"
 #include "core/debug_line.h"
+#include "core/packing/base64.h"
+#include "core/packing/blowfish.h"
 #include "files/deflate_mode.h"
 #include "files/file.h"
 

@@ -5,8 +5,8 @@
 // and a tag by which a wrong pass phrase is told. The older form "@1@", without the tag, is read only.
 #pragma once
 
-#include "core/byte_block.h"
-#include "core/string.h"
+#include "core/packing/byte_block.h"
+#include "core/text/string.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,9 +1,9 @@
 #include "files/paths.h"
 
 #include "core/forever.h"
-#include "core/late_libraries.h"
-#include "core/regex.h"
+#include "core/pattern/regex.h"
 #include "files/path_separator.h"
+#include "module/late_libraries.h"
 
 #include <stdlib.h>
 

@@ -1,7 +1,7 @@
 // Paths taken apart and put in form, and what stands at them. Both separators are taken, on every system.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <windows.h>
 

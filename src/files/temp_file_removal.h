@@ -1,7 +1,7 @@
 // Getting rid of temporary files: one by name, and those that others left behind.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <windows.h>
 

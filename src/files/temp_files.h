@@ -3,7 +3,7 @@
 // one machine leave each other's alone.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 #include "files/file.h"
 #include "files/handle_holder.h"
 

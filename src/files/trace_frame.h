@@ -3,7 +3,7 @@
 
 #include "core/debug_line.h"
 #include "core/developer_run.h"
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <windows.h>
 

@@ -6,7 +6,7 @@
 // it.
 #pragma once
 
-#include "core/variant.h"
+#include "core/variant/variant.h"
 
 namespace qx
 {

@@ -1,7 +1,7 @@
 #include "locale/country_source.h"
 
-#include "core/late_libraries.h"
-#include "core/module.h"
+#include "core/system_values.h"
+#include "module/late_libraries.h"
 
 #include <windows.h>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "containers/slist.h"
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <windows.h>
 

@@ -3,7 +3,7 @@
 
 #include "containers/skip_list.h"
 #include "core/critical_section.h"
-#include "core/string.h"
+#include "core/text/string.h"
 #include "locale/country_source.h"
 
 #include <windows.h>

@@ -1,8 +1,8 @@
 // From the groups of a matched pattern to the fields of a time.
 #pragma once
 
-#include "core/regex.h"
-#include "core/string.h"
+#include "core/pattern/regex.h"
+#include "core/text/string.h"
 #include "locale/locale_date_info.h"
 
 #include <windows.h>

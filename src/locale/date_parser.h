@@ -1,8 +1,8 @@
 // Dates and times as users type them.
 #pragma once
 
-#include "core/regex.h"
-#include "core/string.h"
+#include "core/pattern/regex.h"
+#include "core/text/string.h"
 #include "locale/locale_date_info.h"
 
 #include <windows.h>

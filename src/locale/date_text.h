@@ -1,7 +1,7 @@
 // Dates and times written for users, and the compact form.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 #include "locale/date.h"
 
 #include <windows.h>

@@ -1,6 +1,6 @@
 #include "locale/format_pattern.h"
 
-#include "core/regex.h"
+#include "core/pattern/regex.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // Patterns that match what a locale's formats of dates and times write.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <optional>
 

@@ -1,8 +1,8 @@
 #include "locale/host_kind.h"
 
-#include "core/module_paths.h"
-#include "core/string.h"
-#include "core/version_block.h"
+#include "core/text/string.h"
+#include "module/module_paths.h"
+#include "module/version_block.h"
 
 #include <windows.h>
 

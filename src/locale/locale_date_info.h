@@ -1,7 +1,7 @@
 // How a locale writes dates and times.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <windows.h>
 

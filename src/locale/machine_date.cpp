@@ -1,7 +1,7 @@
 #include "locale/machine_date.h"
 
-#include "core/string.h"
-#include "core/variant.h"
+#include "core/text/string.h"
+#include "core/variant/variant.h"
 #include "locale/date_cursor.h"
 #include "locale/time_arithmetic.h"
 

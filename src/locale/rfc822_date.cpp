@@ -1,5 +1,5 @@
 #include "core/forever.h"
-#include "core/regex.h"
+#include "core/pattern/regex.h"
 #include "locale/date_cursor.h"
 #include "locale/machine_date.h"
 #include "locale/time_arithmetic.h"

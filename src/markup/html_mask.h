@@ -2,7 +2,7 @@
 // own.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <cstddef>
 

@@ -2,7 +2,7 @@
 // and no tree: a few passes over the text, each in place, and in time linear in its length.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <cstddef>
 

@@ -1,7 +1,7 @@
 // Plain text as a run of HTML paragraphs.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 namespace qx
 {

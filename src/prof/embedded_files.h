@@ -2,7 +2,7 @@
 // the name and the contents of one.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 #include "prof/item.h"
 #include "prof/job.h"
 

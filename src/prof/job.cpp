@@ -1,9 +1,9 @@
 #include "prof/job.h"
 
-#include "core/characters.h"
-#include "core/module_paths.h"
-#include "core/registry.h"
-#include "core/text_hash.h"
+#include "core/registry/registry.h"
+#include "core/text/characters.h"
+#include "core/text/text_hash.h"
+#include "module/module_paths.h"
 #include "prof/values.h"
 
 #include <windows.h>

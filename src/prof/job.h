@@ -1,7 +1,7 @@
 // One open profile.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 #include "files/file.h"
 #include "prof/arena.h"
 #include "prof/item.h"

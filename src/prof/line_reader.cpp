@@ -1,7 +1,7 @@
 #include "prof/line_reader.h"
 
-#include "core/charset_conversion.h"
-#include "core/module.h"
+#include "core/charset/charset_conversion.h"
+#include "core/system_values.h"
 #include "files/file.h"
 #include "prof/text_scan.h"
 

@@ -1,7 +1,7 @@
 // The lines of a source, which is read into memory at once.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 #include "files/utf_type.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "prof/list_index.h"
 
-#include "core/text_hash.h"
+#include "core/text/text_hash.h"
 #include "prof/item.h"
 
 #include <algorithm>

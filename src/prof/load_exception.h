@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/debug_line.h"
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <cstdint>
 #include <utility>

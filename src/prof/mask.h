@@ -1,7 +1,7 @@
 // The masking of characters that the XML forms give a meaning.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <cstddef>
 #include <string_view>

@@ -1,6 +1,6 @@
 #include "prof/path.h"
 
-#include "core/string.h"
+#include "core/text/string.h"
 #include "prof/job.h"
 
 #include <algorithm>

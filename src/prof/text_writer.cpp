@@ -1,4 +1,4 @@
-#include "core/characters.h"
+#include "core/text/characters.h"
 #include "prof/indent.h"
 #include "prof/output.h"
 #include "prof/text_form.h"

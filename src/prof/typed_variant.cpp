@@ -1,6 +1,6 @@
 #include "prof/typed_variant.h"
 
-#include "core/variant.h"
+#include "core/variant/variant.h"
 #include "files/auto_release.h"
 #include "files/file.h"
 #include "files/packed_text.h"

@@ -1,7 +1,7 @@
 // Variants as the text of a value: "var://" and their packed bytes.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 #include "prof/values.h"
 
-#include "core/characters.h"
+#include "core/text/characters.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "prof/xml_form.h"
 
-#include "core/characters.h"
+#include "core/text/characters.h"
 #include "prof/indent.h"
 #include "prof/mask.h"
 #include "prof/output.h"

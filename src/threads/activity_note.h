@@ -1,7 +1,7 @@
 // The text in the activity file of temporary files.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 #include "threads/processor_count.h"
 
-#include "core/late_libraries.h"
+#include "module/late_libraries.h"
 
 #include <algorithm>
 #include <bit>

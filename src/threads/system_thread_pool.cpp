@@ -1,7 +1,7 @@
 #include "threads/system_thread_pool.h"
 
-#include "core/module.h"
-#include "core/module_frame.h"
+#include "core/system_values.h"
+#include "module/module_frame.h"
 
 #include <utility>
 

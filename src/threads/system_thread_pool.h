@@ -3,7 +3,7 @@
 #pragma once
 
 #include "core/critical_section.h"
-#include "core/late_load.h"
+#include "module/late_load.h"
 
 #include <array>
 #include <atomic>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/critical_section.h"
-#include "core/string.h"
+#include "core/text/string.h"
 #include "threads/thread_base.h"
 
 namespace qx

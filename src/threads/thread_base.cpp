@@ -3,10 +3,10 @@
 #include "core/counted_entry.h"
 #include "core/debug_line.h"
 #include "core/developer_run.h"
-#include "core/module_paths.h"
 #include "core/thread_names.h"
 #include "core/ticks.h"
 #include "files/file_time.h"
+#include "module/module_paths.h"
 #include "threads/debugger_name.h"
 
 #include <process.h>

@@ -1,7 +1,7 @@
 // What a job dispatcher keeps of one job.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 #include "files/allocation_count.h"
 #include "files/auto_release.h"
 

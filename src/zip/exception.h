@@ -1,7 +1,7 @@
 // What ends an extraction.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <exception>
 #include <string>

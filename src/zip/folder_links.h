@@ -1,7 +1,7 @@
 // Folders that are links to folders.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 namespace qx
 {

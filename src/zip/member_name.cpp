@@ -1,6 +1,6 @@
 #include "zip/member_name.h"
 
-#include "core/module.h"
+#include "core/system_values.h"
 #include "files/name_check.h"
 #include "files/path_separator.h"
 #include "zip/names.h"

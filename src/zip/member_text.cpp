@@ -1,7 +1,7 @@
 #include "zip/member_text.h"
 
 #include "core/debug_line.h"
-#include "core/module.h"
+#include "core/system_values.h"
 #include "files/deflate_stream.h"
 #include "files/file.h"
 

@@ -3,7 +3,7 @@
 // exception; each count and length is held against the size of the file before anything is made of it.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 #include "zip/records.h"
 
 #include <string>

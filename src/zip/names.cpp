@@ -1,7 +1,7 @@
 #include "zip/names.h"
 
 #include "core/forever.h"
-#include "core/regex.h"
+#include "core/pattern/regex.h"
 #include "zip/records.h"
 
 #include <windows.h>

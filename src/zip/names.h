@@ -1,7 +1,7 @@
 // Names and comments of members: the form in which they are stored, and their two encodings.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <string>
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "containers/slist.h"
-#include "core/byte_block.h"
-#include "core/string.h"
+#include "core/packing/byte_block.h"
+#include "core/text/string.h"
 
 #include <windows.h>
 

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "containers/slist.h"
-#include "core/string.h"
+#include "core/text/string.h"
 #include "files/file.h"
 #include "files/temp_files.h"
 #include "zip/records.h"

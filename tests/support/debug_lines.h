@@ -2,8 +2,8 @@
 #pragma once
 
 #include "core/debug_line.h"
-#include "core/string.h"
-#include "core/text_format.h"
+#include "core/text/string.h"
+#include "core/text/text_format.h"
 
 #include <algorithm>
 #include <mutex>

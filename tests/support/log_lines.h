@@ -1,7 +1,7 @@
 // The lines of a log file.
 #pragma once
 
-#include "core/regex.h"
+#include "core/pattern/regex.h"
 #include "support/temp_folder.h"
 
 #include <cstdint>

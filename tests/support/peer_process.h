@@ -1,7 +1,7 @@
 // A second process of a test: a program beside the test program.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 #include "files/paths.h"
 
 #include <windows.h>

@@ -1,7 +1,7 @@
 // A folder of a test's own, and the bytes of files without the library's file object.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 #include "files/file_finder.h"
 #include "files/path_separator.h"
 

@@ -1,7 +1,7 @@
 // A variable of the environment, as processes that are started inherit it.
 #pragma once
 
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <windows.h>
 

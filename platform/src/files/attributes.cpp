@@ -4,7 +4,7 @@
 #include "files/file_object.h"
 #include "files/metadata.h"
 #include "files/path.h"
-#include "sync/file_time.h"
+#include "time/file_time.h"
 
 #include <cerrno>
 

@@ -1,6 +1,6 @@
 #include "files/metadata.h"
 
-#include "sync/file_time.h"
+#include "time/file_time.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,8 +1,8 @@
 // A queue from which waiting threads take: each item goes to one of them, the one that waits for the shortest time.
 #pragma once
 
-#include "sync/futex.h"
-#include "sync/wait.h"
+#include "threads/futex.h"
+#include "threads/wait.h"
 
 #include <sysinfoapi.h>
 

@@ -2,7 +2,7 @@
 #include <winbase.h>
 
 #include "base/handle_table.h"
-#include "sync/waitable.h"
+#include "threads/waitable.h"
 
 #include <atomic>
 

@@ -1,6 +1,6 @@
 #include "threads/gate.h"
 
-#include "sync/futex.h"
+#include "threads/futex.h"
 
 namespace qxplatform
 {

@@ -4,8 +4,8 @@
 #include <winuser.h>
 
 #include "base/fail.h"
-#include "sync/wait.h"
 #include "threads/thread_object.h"
+#include "threads/wait.h"
 
 using namespace qxplatform;
 

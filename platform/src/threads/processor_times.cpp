@@ -1,6 +1,6 @@
 #include "threads/processor_times.h"
 
-#include "sync/file_time.h"
+#include "time/file_time.h"
 
 #include <cstdio>
 #include <cstring>

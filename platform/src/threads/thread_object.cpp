@@ -4,9 +4,9 @@
 
 #include "base/fail.h"
 #include "base/forever.h"
-#include "sync/file_time.h"
-#include "sync/held_sections.h"
+#include "threads/held_sections.h"
 #include "threads/stop_signal.h"
+#include "time/file_time.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -3,10 +3,10 @@
 
 #include <processthreadsapi.h>
 
-#include "sync/waitable.h"
 #include "threads/gate.h"
 #include "threads/message_queue.h"
 #include "threads/processor_times.h"
+#include "threads/waitable.h"
 
 #include <csetjmp>
 #include <deque>

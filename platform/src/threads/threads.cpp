@@ -4,8 +4,8 @@
 #include <processthreadsapi.h>
 #include <winbase.h>
 
-#include "sync/file_time.h"
 #include "threads/thread_handles.h"
+#include "time/file_time.h"
 
 using namespace qxplatform;
 

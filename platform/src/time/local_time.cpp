@@ -4,7 +4,7 @@
 #include <timezoneapi.h>
 
 #include "base/fail.h"
-#include "sync/file_time.h"
+#include "time/file_time.h"
 #include "time/user_zone.h"
 #include "time/zone_rules.h"
 

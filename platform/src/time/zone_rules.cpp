@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "base/text.h"
-#include "sync/file_time.h"
+#include "time/file_time.h"
 #include "time/user_zone.h"
 
 namespace qxplatform

@@ -1,5 +1,5 @@
 // The debug output of the library as a program that loads it has it: through the log file that the settings name.
-#include "core/module_paths.h"
+#include "module/module_paths.h"
 #include "support/log_lines.h"
 #include "support/peer_process.h"
 #include "support/temp_folder.h"

@@ -1,9 +1,9 @@
 #include <qxut23/module.h>
 
-#include "core/language.h"
-#include "core/module_description.h"
-#include "core/module_paths.h"
-#include "core/version_block.h"
+#include "module/language.h"
+#include "module/module_description.h"
+#include "module/module_paths.h"
+#include "module/version_block.h"
 #include "support/peer_process.h"
 #include "support/temp_folder.h"
 #include "support/variable.h"

@@ -1,6 +1,6 @@
-#include "core/charset_conversion.h"
+#include "core/charset/charset_conversion.h"
 
-#include "core/module.h"
+#include "core/system_values.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "core/charset_names.h"
-#include "core/script_ranges.h"
-#include "core/string.h"
-#include "core/utf8.h"
+#include "core/charset/charset_names.h"
+#include "core/charset/script_ranges.h"
+#include "core/charset/utf8.h"
+#include "core/text/string.h"
 
 #include <gtest/gtest.h>
 

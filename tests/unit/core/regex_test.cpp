@@ -1,4 +1,4 @@
-#include "core/regex.h"
+#include "core/pattern/regex.h"
 
 #include "support/debug_lines.h"
 

@@ -1,6 +1,6 @@
-#include "core/registry.h"
+#include "core/registry/registry.h"
 
-#include "core/exception.h"
+#include "core/errors/exception.h"
 #include "support/debug_lines.h"
 #include "support/developer_run.h"
 

@@ -1,5 +1,5 @@
-#include "core/format_estimate.h"
-#include "core/string.h"
+#include "core/text/format_estimate.h"
+#include "core/text/string.h"
 #include "support/debug_lines.h"
 #include "support/developer_run.h"
 

@@ -1,4 +1,4 @@
-#include "core/string.h"
+#include "core/text/string.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
-#include "core/string.h"
+#include "core/text/string.h"
 
-#include "core/char_string.h"
+#include "core/charset/char_string.h"
 #include "core/debugger.h"
 #include "support/debug_lines.h"
 

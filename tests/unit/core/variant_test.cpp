@@ -1,4 +1,4 @@
-#include "core/variant.h"
+#include "core/variant/variant.h"
 
 #include "support/debug_lines.h"
 #include "support/developer_run.h"

@@ -1,6 +1,6 @@
 #include "files/paths.h"
 
-#include "core/regex.h"
+#include "core/pattern/regex.h"
 #include "files/file_finder.h"
 #include "files/file_time.h"
 #include "files/folder_tokens.h"

@@ -3,7 +3,7 @@
 
 #include "support/shown_time.h"
 
-#include "core/string.h"
+#include "core/text/string.h"
 #include "locale/date_parser.h"
 
 namespace qxtest

@@ -3,7 +3,7 @@
 
 #include "unit/locale/date_support.h"
 
-#include "core/regex.h"
+#include "core/pattern/regex.h"
 #include "locale/date_text.h"
 #include "locale/machine_date.h"
 #include "locale/time_arithmetic.h"

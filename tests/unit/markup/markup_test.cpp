@@ -1,4 +1,4 @@
-#include "core/regex.h"
+#include "core/pattern/regex.h"
 #include "markup/entities.h"
 #include "markup/html_mask.h"
 #include "markup/html_to_text.h"

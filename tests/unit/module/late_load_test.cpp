@@ -1,6 +1,6 @@
-#include "core/late_libraries.h"
+#include "module/late_libraries.h"
 
-#include "core/module.h"
+#include "core/system_values.h"
 #include "support/debug_lines.h"
 
 #include <gtest/gtest.h>

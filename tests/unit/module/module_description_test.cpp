@@ -1,8 +1,8 @@
-#include "core/module_description.h"
+#include "module/module_description.h"
 
-#include "core/module_image.h"
-#include "core/module_paths.h"
-#include "core/version_block.h"
+#include "module/module_image.h"
+#include "module/module_paths.h"
+#include "module/version_block.h"
 #include "support/temp_folder.h"
 
 #include <windows.h>

@@ -1,11 +1,11 @@
-#include "core/module_frame.h"
+#include "module/module_frame.h"
 
-#include "core/assertion.h"
-#include "core/environment_type.h"
-#include "core/language.h"
-#include "core/module.h"
-#include "core/module_paths.h"
+#include "core/errors/assertion.h"
+#include "core/system_values.h"
 #include "core/ticks.h"
+#include "module/environment_type.h"
+#include "module/language.h"
+#include "module/module_paths.h"
 #include "support/debug_lines.h"
 
 #include <gtest/gtest.h>

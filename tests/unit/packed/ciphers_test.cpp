@@ -1,5 +1,5 @@
-#include "core/base64.h"
-#include "core/blowfish.h"
+#include "core/packing/base64.h"
+#include "core/packing/blowfish.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "files/packed_text.h"
 
-#include "core/base64.h"
-#include "core/blowfish.h"
+#include "core/packing/base64.h"
+#include "core/packing/blowfish.h"
 #include "files/deflate_stream.h"
 #include "support/zlib_reference.h"
 #include "unit/packed/memory_file.h"

@@ -1,5 +1,5 @@
-#include "core/module_paths.h"
-#include "core/text_hash.h"
+#include "core/text/text_hash.h"
+#include "module/module_paths.h"
 #include "prof/path.h"
 #include "unit/prof/job_support.h"
 

@@ -1,4 +1,4 @@
-#include "core/module.h"
+#include "core/system_values.h"
 #include "prof/output.h"
 #include "prof/packed_form.h"
 #include "prof/path.h"

@@ -1,8 +1,8 @@
 // Start, state, names, and the wait of the thread itself.
 #include "threads_support.h"
 
-#include "core/module_paths.h"
 #include "core/thread_names.h"
+#include "module/module_paths.h"
 
 #include <cstring>
 #include <string_view>

@@ -1,0 +1,251 @@
+#include "core/charset/charset_conversion.h"
+
+#include "core/system_values.h"
+
+#include <windows.h>
+
+#include <climits>
+#include <cstring>
+#include <new>
+
+namespace qx
+{
+
+namespace
+{
+
+constexpr wchar_t kEmptyWide[] = L"";
+constexpr char kEmptyNarrow[] = "";
+
+// The system takes lengths as int. A text that no int can tell converts to nothing.
+int SystemLength(size_t length)
+{
+    return length < INT_MAX ? static_cast<int>(length) : 0;
+}
+
+// The system refuses any flag for UTF-8.
+DWORD WideningFlags(uint32_t codePage)
+{
+    return codePage == CP_UTF8 ? 0 : MB_PRECOMPOSED;
+}
+
+// At most `size` - 1 characters are taken from a buffer whose terminator may be missing.
+int PresentLength(const char* buffer, uint32_t size)
+{
+    return size == 0 ? 0 : SystemLength(strnlen(buffer, size - 1));
+}
+
+int PresentLength(const wchar_t* buffer, uint32_t size)
+{
+    return size == 0 ? 0 : SystemLength(wcsnlen(buffer, size - 1));
+}
+
+} // namespace
+
+clsCharsetConversionString::clsCharsetConversionString(const wchar_t* text)
+{
+    StoreWide(text);
+}
+
+clsCharsetConversionString::clsCharsetConversionString(const char* text)
+{
+    StoreNarrow(text);
+}
+
+clsCharsetConversionString::clsCharsetConversionString(CodePage codePage) : _codePage(codePage.value) {}
+
+// The working buffer has one character more than the caller's, and is inline up to a capacity of 64 all the same: no
+// one writes more than `capacity` characters to it.
+clsCharsetConversionString::clsCharsetConversionString(char* buffer, uint32_t capacity)
+    : _narrowWriteBack(buffer),
+      _writeBackCapacity(capacity)
+{
+    _wide = capacity <= kInlineSize ? _inlineWide : new wchar_t[size_t{capacity} + 1];
+    int converted = 0;
+    if (const int length = buffer != nullptr ? PresentLength(buffer, capacity) : 0; length > 0)
+    {
+        const uint32_t codePage = EffectiveCodePage();
+        converted = MultiByteToWideChar(codePage, WideningFlags(codePage), buffer, length, _wide, length);
+    }
+    _wide[converted] = 0;
+}
+
+clsCharsetConversionString::clsCharsetConversionString(wchar_t* buffer, uint32_t capacity)
+    : _wideWriteBack(buffer),
+      _writeBackCapacity(capacity)
+{
+    _narrow = capacity <= kInlineSize ? _inlineNarrow : new char[size_t{capacity} + 1];
+    int converted = 0;
+    if (const int length = buffer != nullptr ? PresentLength(buffer, capacity) : 0; length > 0)
+    {
+        converted = WideCharToMultiByte(
+            EffectiveCodePage(), 0, buffer, length, _narrow, static_cast<int>(capacity - 1), nullptr, nullptr);
+    }
+    _narrow[converted] = 0;
+}
+
+// Without memory for the conversion the caller's buffer gets the empty text: nothing may leave a destructor.
+clsCharsetConversionString::~clsCharsetConversionString()
+{
+    try
+    {
+        WriteBack();
+    }
+    catch (const std::bad_alloc&)
+    {
+        if (_narrowWriteBack != nullptr)
+            *_narrowWriteBack = 0;
+        if (_wideWriteBack != nullptr)
+            *_wideWriteBack = 0;
+    }
+    Release();
+}
+
+void clsCharsetConversionString::SetNarrow(const char* text)
+{
+    WriteBack();
+    Release();
+    StoreNarrow(text);
+}
+
+const wchar_t* clsCharsetConversionString::GetWide()
+{
+    if (_wide != nullptr)
+    {
+        return _wide;
+    }
+    const size_t length = _narrow != nullptr ? strlen(_narrow) : 0;
+    if (length == 0)
+    {
+        return kEmptyWide;
+    }
+
+    if (_codePage == kNoCodePage)
+    {
+        _wide = NewWide(length);
+        for (size_t i = 0; i <= length; ++i)
+        {
+            _wide[i] = static_cast<unsigned char>(_narrow[i]);
+        }
+        return _wide;
+    }
+
+    const uint32_t codePage = EffectiveCodePage();
+    const DWORD flags = WideningFlags(codePage);
+    const int size = MultiByteToWideChar(codePage, flags, _narrow, SystemLength(length), nullptr, 0);
+    _wide = NewWide(static_cast<size_t>(size));
+    if (size > 0)
+    {
+        MultiByteToWideChar(codePage, flags, _narrow, SystemLength(length), _wide, size);
+    }
+    _wide[size] = 0;
+    return _wide;
+}
+
+const char* clsCharsetConversionString::GetNarrow()
+{
+    if (_narrow != nullptr)
+    {
+        return _narrow;
+    }
+    const size_t length = _wide != nullptr ? wcslen(_wide) : 0;
+    if (length == 0)
+    {
+        return kEmptyNarrow;
+    }
+
+    const uint32_t codePage = EffectiveCodePage();
+    const int size = WideCharToMultiByte(codePage, 0, _wide, SystemLength(length), nullptr, 0, nullptr, nullptr);
+    _narrow = NewNarrow(static_cast<size_t>(size));
+    // The terminator is converted with the text. Where that takes more room than one byte (code pages with shift
+    // states), or the page doesn't exist, the text goes alone.
+    if (WideCharToMultiByte(codePage, 0, _wide, SystemLength(length + 1), _narrow, size + 1, nullptr, nullptr) == 0)
+    {
+        if (size > 0)
+        {
+            WideCharToMultiByte(codePage, 0, _wide, SystemLength(length), _narrow, size, nullptr, nullptr);
+        }
+        _narrow[size] = 0;
+    }
+    return _narrow;
+}
+
+uint32_t clsCharsetConversionString::EffectiveCodePage() const
+{
+    return _codePage == kDefaultCodePage ? DefaultCodePage() : _codePage;
+}
+
+wchar_t* clsCharsetConversionString::NewWide(size_t length)
+{
+    return length < kInlineSize ? _inlineWide : new wchar_t[length + 1];
+}
+
+char* clsCharsetConversionString::NewNarrow(size_t length)
+{
+    return length < kInlineSize ? _inlineNarrow : new char[length + 1];
+}
+
+void clsCharsetConversionString::StoreWide(const wchar_t* text)
+{
+    const size_t length = text != nullptr ? wcslen(text) : 0;
+    _wide = NewWide(length);
+    memcpy(_wide, length != 0 ? text : kEmptyWide, (length + 1) * sizeof(wchar_t));
+}
+
+void clsCharsetConversionString::StoreNarrow(const char* text)
+{
+    const size_t length = text != nullptr ? strlen(text) : 0;
+    _narrow = NewNarrow(length);
+    memcpy(_narrow, length != 0 ? text : kEmptyNarrow, length + 1);
+}
+
+// A buffer without room gets nothing, not even a terminator.
+void clsCharsetConversionString::WriteBack()
+{
+    if (_narrowWriteBack != nullptr && _writeBackCapacity != 0)
+    {
+        strncpy(_narrowWriteBack, GetNarrow(), _writeBackCapacity);
+        _narrowWriteBack[_writeBackCapacity - 1] = 0;
+    }
+    _narrowWriteBack = nullptr;
+
+    if (_wideWriteBack != nullptr && _writeBackCapacity != 0)
+    {
+        wcsncpy(_wideWriteBack, GetWide(), _writeBackCapacity);
+        _wideWriteBack[_writeBackCapacity - 1] = 0;
+    }
+    _wideWriteBack = nullptr;
+}
+
+void clsCharsetConversionString::Release()
+{
+    if (_wide != _inlineWide)
+    {
+        delete[] _wide;
+    }
+    if (_narrow != _inlineNarrow)
+    {
+        delete[] _narrow;
+    }
+    _wide = nullptr;
+    _narrow = nullptr;
+}
+
+clsCharsetConversionStringCP::clsCharsetConversionStringCP(uint32_t codePage)
+    : clsCharsetConversionString(CodePage{codePage})
+{
+}
+
+clsCharsetConversionStringCP::clsCharsetConversionStringCP(uint32_t codePage, const char* text)
+    : clsCharsetConversionString(CodePage{codePage})
+{
+    StoreNarrow(text);
+}
+
+clsCharsetConversionStringCP::clsCharsetConversionStringCP(uint32_t codePage, const wchar_t* text)
+    : clsCharsetConversionString(CodePage{codePage})
+{
+    StoreWide(text);
+}
+
+} // namespace qx

@@ -1,0 +1,43 @@
+#include "core/errors/assertion.h"
+
+#include <windows.h>
+
+namespace qx
+{
+namespace
+{
+
+constexpr std::size_t longestText = 80;
+
+const wchar_t* OrEmpty(const wchar_t* text)
+{
+    return text ? text : L"";
+}
+
+} // namespace
+
+String AssertionText(const wchar_t* expression, const wchar_t* file, unsigned line)
+{
+    // Put together from its parts: a formatted text would be cut by an estimate of its own.
+    String text(String::formatted, L"line %u in file ", line);
+    text.Append(OrEmpty(file));
+    text.Append(L":\n\"");
+    text.Append(OrEmpty(expression));
+    text.Append(L'"');
+    return text.Left(longestText);
+}
+
+void Assert(const wchar_t* expression, const wchar_t* file, unsigned line)
+{
+    const int answer = MessageBoxW(nullptr, AssertionText(expression, file, line), L"Assertion Failure",
+        MB_TASKMODAL | MB_ICONERROR | MB_RETRYCANCEL);
+    if (answer != IDOK)
+        EndAfterAssertion();
+}
+
+void EndAfterAssertion()
+{
+    ExitProcess(static_cast<UINT>(-1));
+}
+
+} // namespace qx

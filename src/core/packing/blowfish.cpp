@@ -1,0 +1,133 @@
+#include "core/packing/blowfish.h"
+
+#include "core/debug_line.h"
+#include "core/packing/blowfish_tables.h"
+
+#include <cstring>
+#include <utility>
+
+namespace qx
+{
+namespace
+{
+
+constexpr std::size_t blockSize = 8;
+
+std::uint32_t LoadWord(const unsigned char* at)
+{
+    return static_cast<std::uint32_t>(at[3]) << 24 | static_cast<std::uint32_t>(at[2]) << 16 | at[1] << 8 | at[0];
+}
+
+void StoreWord(unsigned char* at, std::uint32_t word)
+{
+    for (int i = 0; i < 4; ++i)
+        at[i] = static_cast<unsigned char>(word >> (8 * i));
+}
+
+} // namespace
+
+clsBlowfish::clsBlowfish(const char* key) : _p(blowfishInitialP), _s(blowfishInitialS)
+{
+    CopyKey(key);
+    ExpandKey();
+}
+
+void clsBlowfish::CopyKey(const char* key)
+{
+    std::size_t length = strnlen(key, keyLength);
+    std::memcpy(_key.data(), key, length);
+    // Nothing stands in front of an empty key's first byte: it counts as zero.
+    unsigned previous = length == 0 ? 0 : static_cast<unsigned char>(_key[length - 1]);
+    for (; length < keyLength; ++length)
+    {
+        previous = previous * static_cast<unsigned>(length) * 97 % 255 + 1;
+        _key[length] = static_cast<char>(previous);
+    }
+}
+
+void clsBlowfish::ExpandKey()
+{
+    for (std::size_t word = 0; word < _p.size(); ++word)
+        for (std::size_t i = 0; i < 4; ++i)
+            _p[word] ^= static_cast<std::uint32_t>(static_cast<unsigned char>(_key[(word * 4 + i) % keyLength]))
+                        << (24 - 8 * i);
+
+    Block block{0, 0};
+    const auto replacePairs = [&](auto& words)
+    {
+        for (std::size_t i = 0; i < words.size(); i += 2)
+        {
+            block = Encipher(block);
+            words[i] = block.left;
+            words[i + 1] = block.right;
+        }
+    };
+    replacePairs(_p);
+    for (auto& box : _s)
+        replacePairs(box);
+}
+
+inline std::uint32_t clsBlowfish::Round(std::uint32_t word) const
+{
+    return ((_s[0][word >> 24] + _s[1][word >> 16 & 0xFF]) ^ _s[2][word >> 8 & 0xFF]) + _s[3][word & 0xFF];
+}
+
+clsBlowfish::Block clsBlowfish::Encipher(Block block) const
+{
+    for (std::size_t round = 0; round < 16; ++round)
+    {
+        block.left ^= _p[round];
+        block.right ^= Round(block.left);
+        std::swap(block.left, block.right);
+    }
+    return {block.right ^ _p[17], block.left ^ _p[16]};
+}
+
+clsBlowfish::Block clsBlowfish::Decipher(Block block) const
+{
+    for (std::size_t round = 17; round > 1; --round)
+    {
+        block.left ^= _p[round];
+        block.right ^= Round(block.left);
+        std::swap(block.left, block.right);
+    }
+    return {block.right ^ _p[0], block.left ^ _p[1]};
+}
+
+void clsBlowfish::Apply(Block (clsBlowfish::*cipher)(Block) const, unsigned char* at) const
+{
+    const Block block = (this->*cipher)({LoadWord(at), LoadWord(at + 4)});
+    StoreWord(at, block.left);
+    StoreWord(at + 4, block.right);
+}
+
+void clsBlowfish::Encode(void* buffer, std::size_t size) const
+{
+    if (size < blockSize)
+    {
+        DebugLine(L"clsBlowfish::Encode: buffer too small!!!");
+        return;
+    }
+    auto* bytes = static_cast<unsigned char*>(buffer);
+    // The tail goes first, so that `Decode`, which undoes this from front to back, finds it last.
+    if (size % blockSize != 0)
+        Apply(&clsBlowfish::Encipher, bytes + size - blockSize);
+    for (std::size_t offset = 0; offset + blockSize <= size; offset += blockSize)
+        Apply(&clsBlowfish::Encipher, bytes + offset);
+}
+
+void clsBlowfish::Decode(void* buffer, std::size_t size) const
+{
+    if (size < blockSize)
+    {
+        DebugLine(L"clsBlowfish::Decode: buffer too small!!!");
+        return;
+    }
+    auto* bytes = static_cast<unsigned char*>(buffer);
+    for (std::size_t offset = 0; offset + blockSize <= size; offset += blockSize)
+        Apply(&clsBlowfish::Decipher, bytes + offset);
+    if (size % blockSize != 0)
+        Apply(&clsBlowfish::Decipher, bytes + size - blockSize);
+}
+
+} // namespace qx

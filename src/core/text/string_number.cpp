@@ -1,0 +1,59 @@
+#include "core/text/string.h"
+
+#include <array>
+#include <charconv>
+
+namespace qx
+{
+
+namespace
+{
+
+constexpr int smallest = -10;
+constexpr int largest = 10;
+constexpr std::size_t numberCapacity = 32;
+
+template <class Number>
+String Decimal(Number value)
+{
+    char digits[16];
+    const char* end = std::to_chars(digits, digits + sizeof(digits), value).ptr;
+    const auto length = static_cast<std::size_t>(end - digits);
+    String text;
+    std::copy(digits, digits + length, text.GetBuffer(numberCapacity));
+    text.ReleaseBuffer(length);
+    return text;
+}
+
+using SmallNumbers = std::array<String, largest - smallest + 1>;
+
+SmallNumbers MakeSmallNumbers()
+{
+    SmallNumbers numbers;
+    int value = smallest;
+    for (String& number : numbers)
+        number = Decimal(value++);
+    return numbers;
+}
+
+// Made on first use. The compiler's guard makes the others wait meanwhile, and afterwards costs a load, where a
+// critical section would cost each caller an entry.
+const String& SmallNumber(int value)
+{
+    static const SmallNumbers numbers = MakeSmallNumbers();
+    return numbers[static_cast<std::size_t>(value - smallest)];
+}
+
+} // namespace
+
+String String::FromInt(int value)
+{
+    return smallest <= value && value <= largest ? SmallNumber(value) : Decimal(value);
+}
+
+String String::FromUnsigned(unsigned value)
+{
+    return value <= unsigned{largest} ? SmallNumber(static_cast<int>(value)) : Decimal(value);
+}
+
+} // namespace qx

@@ -1,0 +1,133 @@
+#include "module/late_libraries.h"
+
+namespace qx
+{
+namespace
+{
+
+// A function's own static object, so that whoever asks first, be it another static object, finds it made.
+template <class Library>
+Library& TheOne()
+{
+    static Library library;
+    return library;
+}
+
+} // namespace
+
+bool clsTrlmCTL::Load()
+{
+    if (!CSiblingLibrary::Load())
+        return false;
+    p_CtlJobOpenEx.IsThere();
+    SetSiblingVersion(FoundVersion());
+    return true;
+}
+
+clsCTL::clsCTL(HMODULE module) : CLateLoadBase(L"unknown")
+{
+    SetFreeOnDestruction(false);
+    _module = module;
+}
+
+bool clsCTL::Load()
+{
+    return _module != nullptr;
+}
+
+clsKernel32& Kernel32()
+{
+    return TheOne<clsKernel32>();
+}
+
+clsAdvAPI32& AdvAPI32()
+{
+    return TheOne<clsAdvAPI32>();
+}
+
+clsNTdll& NTdll()
+{
+    return TheOne<clsNTdll>();
+}
+
+clsPSAPI& PSAPI()
+{
+    return TheOne<clsPSAPI>();
+}
+
+clsShell32& Shell32()
+{
+    return TheOne<clsShell32>();
+}
+
+clsShlwapi& Shlwapi()
+{
+    return TheOne<clsShlwapi>();
+}
+
+clsNetAPI32& NetAPI32()
+{
+    return TheOne<clsNetAPI32>();
+}
+
+clsCredUIWrapper& CredUI()
+{
+    return TheOne<clsCredUIWrapper>();
+}
+
+clsTrlmUTIL& TrlmUTIL()
+{
+    return TheOne<clsTrlmUTIL>();
+}
+
+clsTrlmCTL& TrlmCTL()
+{
+    return TheOne<clsTrlmCTL>();
+}
+
+clsGDI32& GDI32()
+{
+    return TheOne<clsGDI32>();
+}
+
+clsUXTheme& UXTheme()
+{
+    return TheOne<clsUXTheme>();
+}
+
+clsShCore& ShCore()
+{
+    return TheOne<clsShCore>();
+}
+
+clsUser32& User32()
+{
+    return TheOne<clsUser32>();
+}
+
+clsComCtl32& ComCtl32()
+{
+    return TheOne<clsComCtl32>();
+}
+
+clsComDlg32& ComDlg32()
+{
+    return TheOne<clsComDlg32>();
+}
+
+clsDWMAPI& DWMAPI()
+{
+    return TheOne<clsDWMAPI>();
+}
+
+clsWINSPOOL& WINSPOOL()
+{
+    return TheOne<clsWINSPOOL>();
+}
+
+clsIEFrame& IEFrame()
+{
+    return TheOne<clsIEFrame>();
+}
+
+} // namespace qx

@@ -1,0 +1,267 @@
+// The libraries that are bound late, each with the functions that are used of it. A function without a signature here
+// gets one with the code that calls it.
+//
+// The members have a "p_" in front of the function's name, which Resolve takes off: many of the names are macros of the
+// system's headers, and whether one is seen as a macro would depend on what else was included.
+#pragma once
+
+#include "module/late_load.h"
+#include "module/sibling_library.h"
+
+namespace qx
+{
+
+class clsKernel32Base : public CLateLoadBase
+{
+public:
+    clsKernel32Base() : CLateLoadBase(L"kernel32") {}
+
+    LateFunction<BOOL(LANGGROUPLOCALE_ENUMPROCW, LGRPID, DWORD, LONG_PTR)> p_EnumLanguageGroupLocales{
+        *this, L"p_EnumLanguageGroupLocales", 16};
+    LateFunction<BOOL(LANGUAGEGROUP_ENUMPROCW, DWORD, LONG_PTR)> p_EnumSystemLanguageGroups{
+        *this, L"p_EnumSystemLanguageGroups", 12};
+    LateFunction<DWORD(WORD)> p_GetActiveProcessorCount{*this, L"p_GetActiveProcessorCount", 4};
+    LateFunction<DWORD()> p_GetCurrentProcessorNumber{*this, L"p_GetCurrentProcessorNumber"};
+    LateFunction<void(PROCESSOR_NUMBER*)> p_GetCurrentProcessorNumberEx{*this, L"p_GetCurrentProcessorNumberEx", 4};
+    LateFunction<DWORD(DWORD, wchar_t*)> p_GetDllDirectory{*this, L"p_GetDllDirectory", 8};
+    LateFunction<BOOL(HANDLE, USHORT*, USHORT*)> p_GetProcessGroupAffinity{*this, L"p_GetProcessGroupAffinity", 12};
+    LateFunction<ULONGLONG()> p_GetTickCount64{*this, L"p_GetTickCount64"};
+    LateFunction<LANGID()> p_GetUserDefaultUILanguage{*this, L"p_GetUserDefaultUILanguage"};
+    LateProcedure p_HeapCompact{*this, L"p_HeapCompact", 8};
+    LateProcedure p_HeapLock{*this, L"p_HeapLock", 4};
+    LateProcedure p_HeapUnlock{*this, L"p_HeapUnlock", 4};
+    LateProcedure p_HeapValidate{*this, L"p_HeapValidate", 12};
+    LateProcedure p_HeapWalk{*this, L"p_HeapWalk", 8};
+    LateFunction<BOOL()> p_IsDebuggerPresent{*this, L"p_IsDebuggerPresent"};
+    LateFunction<int(LCID, wchar_t*, int, DWORD)> p_LCIDToLocaleName{*this, L"p_LCIDToLocaleName", 16};
+    LateFunction<int(const wchar_t*, DWORD, const wchar_t*, int, wchar_t*, int, void*, void*, LPARAM)> p_LCMapStringEx{
+        *this, L"p_LCMapStringEx", 36};
+    LateProcedure p_RtlCaptureContext{*this, L"p_RtlCaptureContext", 4};
+    LateFunction<WORD(DWORD, DWORD, void**, DWORD*)> p_RtlCaptureStackBackTrace{
+        *this, L"p_RtlCaptureStackBackTrace", 16};
+    LateFunction<BOOL(const wchar_t*)> p_SetDllDirectory{*this, L"p_SetDllDirectory", 4};
+    LateProcedure p_Wow64RevertWow64FsRedirection{*this, L"p_Wow64RevertWow64FsRedirection", 4};
+};
+
+class clsKernel32 : public clsKernel32Base
+{
+};
+
+class clsAdvAPI32 : public CLateLoadBase
+{
+public:
+    clsAdvAPI32() : CLateLoadBase(L"AdvAPI32") {}
+
+    LateProcedure p_AdjustTokenPrivileges{*this, L"p_AdjustTokenPrivileges", 24};
+    LateProcedure p_BuildExplicitAccessWithName{*this, L"p_BuildExplicitAccessWithName", 20};
+    LateProcedure p_ConvertStringSidToSid{*this, L"p_ConvertStringSidToSid", 8};
+    LateProcedure p_CopySid{*this, L"p_CopySid", 12};
+    LateProcedure p_EventRegister{*this, L"p_EventRegister", 16};
+    LateProcedure p_EventUnregister{*this, L"p_EventUnregister", 8};
+    LateProcedure p_EventWrite{*this, L"p_EventWrite", 20};
+    LateProcedure p_GetLengthSid{*this, L"p_GetLengthSid", 4};
+    LateProcedure p_GetNamedSecurityInfo{*this, L"p_GetNamedSecurityInfo", 32};
+    LateProcedure p_GetSidLengthRequired{*this, L"p_GetSidLengthRequired", 4};
+    LateProcedure p_GetSidSubAuthorityCount{*this, L"p_GetSidSubAuthorityCount", 4};
+    LateFunction<BOOL(HANDLE, TOKEN_INFORMATION_CLASS, void*, DWORD, DWORD*)> p_GetTokenInformation{
+        *this, L"p_GetTokenInformation", 20};
+    LateProcedure p_ImpersonateLoggedOnUser{*this, L"p_ImpersonateLoggedOnUser", 4};
+    LateProcedure p_LogonUser{*this, L"p_LogonUser", 24};
+    LateProcedure p_LookupAccountName{*this, L"p_LookupAccountName", 28};
+    LateProcedure p_LookupAccountSid{*this, L"p_LookupAccountSid", 28};
+    LateProcedure p_LookupPrivilegeValue{*this, L"p_LookupPrivilegeValue", 12};
+    LateFunction<BOOL(HANDLE, DWORD, HANDLE*)> p_OpenProcessToken{*this, L"p_OpenProcessToken", 12};
+    LateProcedure p_OpenThreadToken{*this, L"p_OpenThreadToken", 16};
+    LateProcedure p_RevertToSelf{*this, L"p_RevertToSelf"};
+    LateProcedure p_SetEntriesInAcl{*this, L"p_SetEntriesInAcl", 16};
+    LateProcedure p_SetNamedSecurityInfo{*this, L"p_SetNamedSecurityInfo", 28};
+};
+
+class clsNTdll : public CLateLoadBase
+{
+public:
+    clsNTdll() : CLateLoadBase(L"ntdll") {}
+
+    LateFunction<LONG(CRITICAL_SECTION*)> p_RtlLeaveCriticalSection{*this, L"p_RtlLeaveCriticalSection", 4};
+    LateFunction<BOOL(CRITICAL_SECTION*)> p_RtlTryEnterCriticalSection{*this, L"p_RtlTryEnterCriticalSection", 4};
+};
+
+class clsPSAPI : public CLateLoadBase
+{
+public:
+    clsPSAPI() : CLateLoadBase(L"psapi") {}
+
+    LateProcedure p_EnumProcessModules{*this, L"p_EnumProcessModules", 16};
+    LateProcedure p_GetModuleBaseName{*this, L"p_GetModuleBaseName", 16};
+    LateProcedure p_GetModuleFileNameEx{*this, L"p_GetModuleFileNameEx", 16};
+    LateProcedure p_GetModuleInformation{*this, L"p_GetModuleInformation", 16};
+};
+
+class clsShell32 : public CLateLoadBase
+{
+public:
+    clsShell32() : CLateLoadBase(L"shell32") {}
+
+    LateProcedure p_SHCreateItemFromParsingName{*this, L"p_SHCreateItemFromParsingName", 16};
+    LateProcedure p_SHGetPropertyStoreFromParsingName{*this, L"p_SHGetPropertyStoreFromParsingName", 20};
+};
+
+class clsShlwapi : public CLateLoadBase
+{
+public:
+    clsShlwapi() : CLateLoadBase(L"shlwapi") {}
+
+    LateFunction<BOOL(wchar_t*, const wchar_t*)> p_PathCanonicalize{*this, L"p_PathCanonicalize", 8};
+};
+
+class clsNetAPI32 : public CLateLoadBase
+{
+public:
+    clsNetAPI32() : CLateLoadBase(L"NetAPI32") {}
+
+    LateProcedure p_NetFileEnum{*this, L"p_NetFileEnum", 36};
+    LateProcedure p_NetApiBufferFree{*this, L"p_NetApiBufferFree", 4};
+};
+
+class clsCredUIWrapper : public CLateLoadBase
+{
+public:
+    clsCredUIWrapper() : CLateLoadBase(L"credui") {}
+
+    LateProcedure p_CredUIParseUserName{*this, L"p_CredUIParseUserName", 20};
+    LateProcedure p_CredUIPromptForCredentials{*this, L"p_CredUIPromptForCredentials", 40};
+    LateProcedure p_CredUIConfirmCredentials{*this, L"p_CredUIConfirmCredentials", 8};
+};
+
+// Functions of this library's own kind, as another copy of it offers them.
+class clsTrlmUTILBase : public CSiblingLibrary
+{
+public:
+    clsTrlmUTILBase() : CSiblingLibrary(L"TRLMUTIL", L"ut") {}
+
+    LateProcedure p_UtilExHandlerEndProtection{*this, L"p_UtilExHandlerEndProtection"};
+    LateProcedure p_UtilExHandlerStartProtection{*this, L"p_UtilExHandlerStartProtection"};
+    LateProcedure p_UtilGetDBGHELPThreadingCS{*this, L"p_UtilGetDBGHELPThreadingCS"};
+    LateFunction<BOOL()> p_UtilGetUIInteractionAllowed{*this, L"p_UtilGetUIInteractionAllowed"};
+};
+
+class clsTrlmUTIL : public clsTrlmUTILBase
+{
+};
+
+// The control library: the progress dialog and paths of its own.
+class clsTrlmCTLBase : public CSiblingLibrary
+{
+public:
+    clsTrlmCTLBase() : CSiblingLibrary(L"TRLMCTL", L"ct") {}
+
+    LateProcedure p_CtlAbortDlgCheckAbort{*this, L"p_CtlAbortDlgCheckAbort"};
+    LateProcedure p_CtlAbortDlgEnd{*this, L"p_CtlAbortDlgEnd"};
+    LateProcedure p_CtlAbortDlgHWnd{*this, L"p_CtlAbortDlgHWnd"};
+    LateProcedure p_CtlAbortDlgSetText{*this, L"p_CtlAbortDlgSetText"};
+    LateProcedure p_CtlAbortDlgStart{*this, L"p_CtlAbortDlgStart"};
+    LateProcedure p_CtlJobClose{*this, L"p_CtlJobClose"};
+    LateProcedure p_CtlJobCloseEx{*this, L"p_CtlJobCloseEx"};
+    LateProcedure p_CtlJobOpen{*this, L"p_CtlJobOpen"};
+    LateProcedure p_CtlJobOpenEx{*this, L"p_CtlJobOpenEx"};
+};
+
+class clsTrlmCTL : public clsTrlmCTLBase
+{
+public:
+    // Once it is loaded, its version is that of the sibling libraries for the whole module.
+    bool Load() override;
+};
+
+// A control library that is in the process already, whatever its name: it is never loaded from here, nor unloaded.
+class clsCTL : public CLateLoadBase
+{
+public:
+    explicit clsCTL(HMODULE module);
+
+    bool Load() override;
+
+    LateProcedure p_CtlXlatPath{*this, L"p_CtlXlatPath"};
+};
+
+// Nothing of these is called here; they stand ready for the users of the same frame.
+class clsGDI32 : public CLateLoadBase
+{
+public:
+    clsGDI32() : CLateLoadBase(L"gdi32") {}
+};
+
+class clsUXTheme : public CLateLoadBase
+{
+public:
+    clsUXTheme() : CLateLoadBase(L"uxtheme") {}
+};
+
+class clsShCore : public CLateLoadBase
+{
+public:
+    clsShCore() : CLateLoadBase(L"shcore") {}
+};
+
+class clsUser32Base : public CLateLoadBase
+{
+public:
+    clsUser32Base() : CLateLoadBase(L"user32") {}
+};
+
+class clsUser32 : public clsUser32Base
+{
+};
+
+class clsComCtl32 : public CLateLoadBase
+{
+public:
+    clsComCtl32() : CLateLoadBase(L"ComCtl32") {}
+};
+
+class clsComDlg32 : public CLateLoadBase
+{
+public:
+    clsComDlg32() : CLateLoadBase(L"ComDlg32") {}
+};
+
+class clsDWMAPI : public CLateLoadBase
+{
+public:
+    clsDWMAPI() : CLateLoadBase(L"dwmapi") {}
+};
+
+class clsWINSPOOL : public CLateLoadBase
+{
+public:
+    clsWINSPOOL() : CLateLoadBase(L"WINSPOOL.DRV") {}
+};
+
+class clsIEFrame : public CLateLoadBase
+{
+public:
+    clsIEFrame() : CLateLoadBase(L"IEFrame") {}
+};
+
+// One object for each library, made at its first use and kept as long as the module.
+clsKernel32& Kernel32();
+clsAdvAPI32& AdvAPI32();
+clsNTdll& NTdll();
+clsPSAPI& PSAPI();
+clsShell32& Shell32();
+clsShlwapi& Shlwapi();
+clsNetAPI32& NetAPI32();
+clsCredUIWrapper& CredUI();
+clsTrlmUTIL& TrlmUTIL();
+clsTrlmCTL& TrlmCTL();
+clsGDI32& GDI32();
+clsUXTheme& UXTheme();
+clsShCore& ShCore();
+clsUser32& User32();
+clsComCtl32& ComCtl32();
+clsComDlg32& ComDlg32();
+clsDWMAPI& DWMAPI();
+clsWINSPOOL& WINSPOOL();
+clsIEFrame& IEFrame();
+
+} // namespace qx

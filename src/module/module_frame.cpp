@@ -1,0 +1,172 @@
+#include "module/module_frame.h"
+
+#include "core/debug_line.h"
+#include "core/debugger.h"
+#include "core/system_values.h"
+#include "core/ticks.h"
+#include "module/late_libraries.h"
+#include "module/module_paths.h"
+#include "module/system_facts.h"
+
+#include <windows.h>
+
+#include <stdlib.h>
+#include <wchar.h>
+
+#include <atomic>
+#include <cstdint>
+
+namespace qx
+{
+namespace
+{
+
+// The application manifest among the library's resources.
+constexpr WORD manifestResource = 2;
+
+std::atomic<HANDLE> activationContext{INVALID_HANDLE_VALUE};
+std::atomic<_invalid_parameter_handler> formerHandler{nullptr};
+
+// No step may keep the process from loading the library.
+template <class Work>
+void Step(Work work) noexcept
+{
+    try
+    {
+        work();
+    }
+    catch (...)
+    {
+        OutputDebugStringW(L"ERR: a step of the library's attach or detach failed");
+    }
+}
+
+// The runtime library would end the process otherwise. Its release form gives no texts.
+void LogInvalidParameter(
+    const wchar_t* expression, const wchar_t* function, const wchar_t* file, unsigned line, std::uintptr_t)
+{
+    Step(
+        [=]
+        {
+            if (file == nullptr)
+                DebugLine(L"INVALID PARAMETER in CRT function detected - ignored");
+            else
+                DebugLine(L"%ws (line %d): %ws: INVALID PARAMETER in '%ws'", file, line, expression, function);
+        });
+}
+
+// The runtime library may be one that the process has for all: it must not call into this one once that is unloaded. A
+// handler that somebody set meanwhile stays.
+void GiveHandlerBack()
+{
+    const _invalid_parameter_handler former = formerHandler.exchange(nullptr);
+    const _invalid_parameter_handler present = _set_invalid_parameter_handler(former);
+    if (present != LogInvalidParameter)
+        _set_invalid_parameter_handler(present);
+}
+
+// Asked for while no other thread is here yet, so that nobody who reads them later has to wait.
+void AskModuleValues()
+{
+    AskDefaultCodePage();
+    ProcessPaths();
+    LibraryPaths();
+    SystemVersion();
+    SessionId();
+}
+
+void DecideTicks()
+{
+    constexpr unsigned short firstWithTickCount64 = 0x0600;
+    auto& tickCount64 = Kernel32().p_GetTickCount64;
+    DecideTickSource(SystemVersion() >= firstWithTickCount64 && tickCount64.IsThere()
+                         ? reinterpret_cast<TickFunction>(tickCount64.Address())
+                         : nullptr);
+}
+
+void ResolvePollingLocks()
+{
+    NTdll().p_RtlTryEnterCriticalSection.IsThere();
+    NTdll().p_RtlLeaveCriticalSection.IsThere();
+}
+
+void CreateActivationContext(HMODULE library)
+{
+    ACTCTXW description = {};
+    description.cbSize = sizeof description;
+    description.dwFlags = ACTCTX_FLAG_RESOURCE_NAME_VALID | ACTCTX_FLAG_HMODULE_VALID;
+    description.hModule = library;
+    description.lpResourceName = MAKEINTRESOURCEW(manifestResource);
+    activationContext = CreateActCtxW(&description);
+    if (activationContext == INVALID_HANDLE_VALUE)
+        OutputDebugStringW(L"hActCtx == NULL, no manifest added, I guess");
+}
+
+void ReleaseActivationContext()
+{
+    const HANDLE context = activationContext.exchange(INVALID_HANDLE_VALUE);
+    if (context != INVALID_HANDLE_VALUE)
+        ReleaseActCtx(context);
+}
+
+// Parts of the diagnostics find the program by these names.
+void CheckModuleNames()
+{
+    if (GetModuleHandleW(ProcessPaths().path) == nullptr)
+        OutputDebugStringW(L"WARNING: the roundtrip 'GetModuleHandle(GetModuleFileName(NULL))' returns 0 and thus "
+                           L"implies that it does not work. DANGER! Crashes might follow!");
+    if (GetModuleHandleW(ProcessPaths().file) == nullptr)
+        OutputDebugStringW(L"WARNING: the roundtrip 'GetModuleHandle(ExtractFileName(GetModuleFileName(NULL)))' "
+                           L"returns 0 and thus implies that it does not work. DANGER! Crashes might follow!");
+}
+
+void Run(void (*step)())
+{
+    if (step)
+        Step(step);
+}
+
+} // namespace
+
+void AttachModule(HMODULE library, const ModuleSteps& steps) noexcept
+{
+    formerHandler = _set_invalid_parameter_handler(LogInvalidParameter);
+    SetLibraryHandle(library);
+    ForgetDebuggerTest();
+    Step(AskModuleValues);
+    Step(DecideTicks);
+    Step(ResolvePollingLocks);
+    Step([library] { CreateActivationContext(library); });
+    Run(steps.startChannels);
+    Step(CheckModuleNames);
+}
+
+void DetachModule(const ModuleSteps& steps) noexcept
+{
+    if (LibraryHandle() == nullptr)
+        return;
+    Run(steps.reportHandles);
+    Run(steps.closeChannels);
+    ReleaseActivationContext();
+    GiveHandlerBack();
+    SetLibraryHandle(nullptr);
+}
+
+namespace
+{
+
+std::atomic<bool> processIsEnding{false};
+
+} // namespace
+
+bool IsProcessEnding()
+{
+    return processIsEnding;
+}
+
+void SetProcessEnding()
+{
+    processIsEnding = true;
+}
+
+} // namespace qx

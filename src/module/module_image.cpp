@@ -1,0 +1,201 @@
+#include "module/module_image.h"
+
+#include <cstddef>
+#include <cstring>
+#include <optional>
+
+namespace qx
+{
+namespace
+{
+
+// Where the values stand in an image of the published format "Portable Executable": in the file's first header, ...
+constexpr std::size_t placeOfNewHeader = 0x3C;
+// ... from the signature of the second one on, ...
+constexpr std::size_t sectionCount = 6;
+constexpr std::size_t linkTime = 8;
+constexpr std::size_t optionalHeaderSize = 20;
+constexpr std::size_t optionalHeader = 24;
+// ... from the optional header on (in its 64-bit and in its 32-bit form), ...
+constexpr std::size_t imageSize = 56;
+constexpr std::size_t resourceEntry64 = 112 + 2 * 8;
+constexpr std::size_t resourceEntry32 = 96 + 2 * 8;
+constexpr std::uint16_t magic64 = 0x20B;
+// ... and in the entry of a section.
+constexpr std::size_t sectionSize = 40;
+constexpr std::size_t sectionAddress = 12;
+
+// The headers of an image that is loaded begin in its first page; those that go further are left to the system.
+constexpr std::size_t firstPage = 0x1000;
+
+struct ResourceDirectory
+{
+    std::uint32_t characteristics;
+    std::uint32_t time;
+    std::uint32_t version;
+    std::uint16_t namedEntries;
+    std::uint16_t numberedEntries;
+};
+
+struct ResourceEntry
+{
+    std::uint32_t name;
+    std::uint32_t place; // from the start of all resources on
+
+    bool IsDirectory() const { return (place & directoryFlag) != 0; }
+    std::uint32_t Place() const { return place & ~directoryFlag; }
+
+    static constexpr std::uint32_t directoryFlag = 0x80000000;
+};
+
+struct ResourceData
+{
+    std::uint32_t address;
+    std::uint32_t size;
+};
+
+class ModuleImage
+{
+public:
+    explicit ModuleImage(HMODULE module) : _begin(reinterpret_cast<const std::byte*>(module))
+    {
+        std::uint32_t place = 0;
+        std::uint32_t size = 0;
+        if (!_begin || std::memcmp(_begin, "MZ", 2) != 0 || !Read(placeOfNewHeader, place) ||
+            place > _size - optionalHeader || std::memcmp(_begin + place, "PE\0", 4) != 0 ||
+            !Read(place + optionalHeader + imageSize, size))
+            return;
+        _header = place;
+        _size = size;
+    }
+
+    bool IsThere() const { return _header != 0; }
+
+    template <class Value>
+    bool Read(std::size_t place, Value& value) const
+    {
+        if (place > _size || sizeof value > _size - place)
+            return false;
+        std::memcpy(&value, _begin + place, sizeof value);
+        return true;
+    }
+
+    std::uint32_t LinkTime() const
+    {
+        std::uint32_t time = 0;
+        Read(_header + linkTime, time);
+        return time;
+    }
+
+    // Where all resources begin; 0 if there are none. A section of their own counts more than the directory's entry.
+    std::uint32_t Resources() const
+    {
+        std::uint16_t magic = 0;
+        std::uint32_t place = 0;
+        Read(_header + optionalHeader, magic);
+        Read(_header + optionalHeader + (magic == magic64 ? resourceEntry64 : resourceEntry32), place);
+        std::uint16_t count = 0;
+        std::uint16_t skipped = 0;
+        Read(_header + sectionCount, count);
+        Read(_header + optionalHeaderSize, skipped);
+        std::size_t section = _header + optionalHeader + skipped;
+        for (; count > 0; --count, section += sectionSize)
+        {
+            char name[8] = {};
+            if (Read(section, name) && std::strncmp(name, ".rsrc", sizeof name) == 0)
+                Read(section + sectionAddress, place);
+        }
+        return place;
+    }
+
+    const void* At(const ResourceData& data) const
+    {
+        return data.address <= _size && data.size <= _size - data.address ? _begin + data.address : nullptr;
+    }
+
+private:
+    const std::byte* _begin;
+    std::size_t _header = 0;
+    std::size_t _size = firstPage; // until the image tells its own
+};
+
+// A directory of the three levels of resources.
+class Directory
+{
+public:
+    Directory(const ModuleImage& image, std::size_t resources, std::size_t place)
+        : _image(image),
+          _resources(resources),
+          _entries(resources + place + sizeof(ResourceDirectory))
+    {
+        if (!image.Read(resources + place, _head))
+            _head = {};
+    }
+
+    unsigned NumberedCount() const { return _head.numberedEntries; }
+    unsigned Count() const { return _head.namedEntries + NumberedCount(); }
+
+    std::optional<ResourceEntry> Entry(unsigned index) const
+    {
+        ResourceEntry entry;
+        return _image.Read(_entries + index * sizeof entry, entry) ? std::optional(entry) : std::nullopt;
+    }
+
+    // The directory behind an entry by number; those by name stand in front of them.
+    std::optional<Directory> Below(std::uint32_t number) const
+    {
+        for (unsigned i = _head.namedEntries; i < Count(); ++i)
+        {
+            const auto entry = Entry(i);
+            if (!entry || (entry->name == number && !entry->IsDirectory()))
+                break;
+            if (entry->name == number)
+                return Directory(_image, _resources, entry->Place());
+        }
+        return std::nullopt;
+    }
+
+private:
+    const ModuleImage& _image;
+    std::size_t _resources;
+    std::size_t _entries;
+    ResourceDirectory _head = {};
+};
+
+constexpr std::uint32_t versionType = 16;
+constexpr std::uint32_t versionNumber = 1;
+
+// The directory of the version block's languages.
+std::optional<Directory> Languages(const ModuleImage& image, std::uint32_t resources)
+{
+    const auto names = Directory(image, resources, 0).Below(versionType);
+    return names && names->NumberedCount() == 1 ? names->Below(versionNumber) : std::nullopt;
+}
+
+} // namespace
+
+const void* FindVersionBlock(HMODULE module)
+{
+    const ModuleImage image(module);
+    const std::uint32_t resources = image.IsThere() ? image.Resources() : 0;
+    const auto languages = resources != 0 ? Languages(image, resources) : std::nullopt;
+    const void* block = nullptr;
+    for (unsigned i = 0; languages && i < languages->Count(); ++i)
+    {
+        const auto entry = languages->Entry(i);
+        ResourceData data;
+        std::uint16_t told = 0; // the block's length by its own word, by which its readers go
+        if (entry && !entry->IsDirectory() && image.Read(resources + std::size_t{entry->Place()}, data) &&
+            image.At(data) != nullptr && image.Read(data.address, told) && told <= data.size)
+            block = image.At(data); // the last language stands
+    }
+    return block;
+}
+
+std::uint32_t LinkTimeOf(HMODULE module)
+{
+    const ModuleImage image(module);
+    return image.IsThere() ? image.LinkTime() : 0;
+}
+
+} // namespace qx

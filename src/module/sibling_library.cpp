@@ -1,0 +1,77 @@
+#include "module/sibling_library.h"
+
+#include <atomic>
+
+namespace qx
+{
+namespace
+{
+
+// The only version that this library works with.
+constexpr int fittingVersion = 23;
+
+std::atomic<int> siblingVersion{fittingVersion};
+
+String FileNameOf(const wchar_t* filePart, int version)
+{
+    return String(String::formatted, L"%s%s%02d.dll", L"qx", filePart, version);
+}
+
+// The copy that the process has already, with one more reference.
+HMODULE LoadPresent(const wchar_t* fileName)
+{
+    return GetModuleHandleW(fileName) ? LoadLibraryW(fileName) : nullptr;
+}
+
+} // namespace
+
+int SiblingVersion()
+{
+    return siblingVersion.load(std::memory_order_relaxed);
+}
+
+void SetSiblingVersion(int version)
+{
+    siblingVersion.store(version, std::memory_order_relaxed);
+}
+
+CSiblingLibrary::CSiblingLibrary(const wchar_t* moduleName, const wchar_t* filePart)
+    : CLateLoadBase(moduleName),
+      _filePart(filePart)
+{
+}
+
+bool CSiblingLibrary::Load()
+{
+    return LoadVersioned(_filePart, fittingVersion, fittingVersion, _foundVersion);
+}
+
+bool CSiblingLibrary::LoadVersioned(const wchar_t* filePart, int highest, int lowest, int& found)
+{
+    clsCriticalSectionLock lock(_lock);
+    if (_module)
+        return true;
+    HMODULE(*const passes[])
+    (const wchar_t*) = {
+        LoadPresent, [](const wchar_t* name) -> HMODULE { return LoadLibraryW(name); }, LoadFromOwnFolder};
+    HMODULE module = nullptr;
+    int version = fittingVersion;
+    for (const auto load : passes)
+    {
+        for (int tried = highest; tried >= lowest && !module; --tried)
+        {
+            module = load(FileNameOf(filePart, tried));
+            if (module)
+                version = tried;
+        }
+    }
+    if (!module)
+        module = LoadLibraryW(FileNameOf(filePart, fittingVersion));
+    if (!FinishLoad(module, module ? 0 : GetLastError()))
+        return false;
+    SetModuleName(L"");
+    found = version;
+    return true;
+}
+
+} // namespace qx
