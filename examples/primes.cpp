@@ -1,9 +1,9 @@
-// Counts the primes below a number, in slices that run as jobs on a pool, and shows how jobs, a host, progress and an
-// abort go together. Nothing but the public header is used.
+// Counts the primes below a number in slices that run as jobs on a pool. Shows how jobs, a host, progress and an abort
+// work together, using only the public header.
 //
-//     primes 10000000                  counts them
-//     primes 10000000 --stop-after 5   gives up after five slices, as a user might who has seen enough; those that run
-//                                      by then go on to their end
+//     primes 10000000                  counts the primes below 10000000
+//     primes 10000000 --stop-after 5   aborts after five slices, as a user might; slices that are running by then
+//                                      run to their end
 #include <qxut23/jobs.h>
 
 #include <atomic>
@@ -38,7 +38,7 @@ bool IsPrime(std::uint32_t number)
     return true;
 }
 
-// A job: the library holds references to it, and the last one to go takes it along.
+// A job. The library holds references to it; releasing the last one deletes it.
 class Slice final : public IUTThreadedJob
 {
 public:
@@ -82,7 +82,7 @@ private:
     std::uint32_t _primes = 0;
 };
 
-// The host of the finalizing call: it is told on the thread that makes the call, so it needs no lock.
+// The host of the finalizing call. It is called on the thread that makes that call, so it needs no lock.
 class Progress final : public IUTThreadedJobHost
 {
 public:
@@ -93,7 +93,7 @@ public:
         *object = nullptr;
         return static_cast<QXHRESULT>(0x80004002);
     }
-    // It lives as long as main().
+    // The host lives as long as main().
     QXULONG QXUT_COMCALL AddRef() override { return 2; }
     QXULONG QXUT_COMCALL Release() override { return 1; }
 
@@ -135,7 +135,7 @@ void AddSlices(HUTTHREADPOOL pool, std::uint32_t end)
     {
         auto* const job = new Slice(border(slice), border(slice + 1));
         UtilThreadPoolAdd(pool, kName, reinterpret_cast<IUnknown*>(static_cast<IUTThreadedJob*>(job)), nullptr);
-        job->Release(); // the pool has a reference of its own
+        job->Release(); // the pool holds its own reference
     }
 }
 

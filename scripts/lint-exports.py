@@ -1,4 +1,4 @@
-"""Compares the export list with the public headers and with the names that the interface has. Called by scripts/lint."""
+"""Compares the export list with the public headers and with the names of the interface. Called by scripts/lint."""
 
 import glob
 import re
@@ -30,10 +30,10 @@ for header in sorted(glob.glob("include/qxut23/*.h")):
         print(f"{header}: not included by qxut23.h")
 
 if listed != sorted(set(listed)):
-    print("qxUT23.def: not in the order of the alphabet, or a name stands twice")
+    print("qxUT23.def: not in alphabetical order, or a name occurs twice")
 for name in sorted(set(listed) - set(declared)):
-    print(f"{name}: in qxUT23.def, but in no public header")
+    print(f"{name}: listed in qxUT23.def, but not declared in a public header")
 for name in sorted(set(declared) - set(listed)):
-    print(f"{name}: declared in {declared[name]}, but not in qxUT23.def")
+    print(f"{name}: declared in {declared[name]}, but not listed in qxUT23.def")
 for name in sorted(set(listed) - set(interface)):
-    print(f"{name}: not a name of the interface (interface.txt)")
+    print(f"{name}: not a name of the interface (see interface.txt)")

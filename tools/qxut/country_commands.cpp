@@ -47,7 +47,7 @@ constexpr Property kProperties[] = {
     {QXUT_COUNTRY_CODE_PAGE, "code-page", true},
 };
 
-// The values that are known; none if there is no such country.
+// Returns the known values of a country. Empty if there is no such country.
 ordered_json ValuesOf(const std::string& country)
 {
     const WideText name(country);
@@ -73,7 +73,7 @@ void ShowCountry(const CountryOptions& options)
 {
     const ordered_json values = ValuesOf(options.name);
     if (values.empty())
-        throw Failure(kNotFound, "there is no country '" + Shown(options.name) + "'");
+        throw Failure(kNotFound, "unknown country '" + Shown(options.name) + "'");
     if (options.asJson)
         std::cout << values.dump() << '\n';
     else
@@ -112,7 +112,7 @@ void ShowLanguage(const CountryOptions& options)
     Variant value;
     UtilLocGetLanguageInfo(WideText(options.name), QXUT_LANGUAGE_LCID, value.Address());
     if (value.Number() == 0)
-        throw Failure(kNotFound, "there is no language '" + Shown(options.name) + "'");
+        throw Failure(kNotFound, "unknown language '" + Shown(options.name) + "'");
     if (options.asJson)
         std::cout << ordered_json{{"language", options.name}, {"lcid", value.Number()}}.dump() << '\n';
     else
@@ -125,15 +125,16 @@ void AddCountryCommands(CLI::App& program)
 {
     const auto options = std::make_shared<CountryOptions>();
 
-    CLI::App* const country = program.add_subcommand("country", "tell what is known of a country, or all countries");
+    CLI::App* const country =
+        program.add_subcommand("country", "print the data of a country, or the list of all countries");
     country->add_option("name", options->name,
-        "Any name of the country: in English or its own language, an ISO 3166 code, a calling code, a language tag");
-    country->add_flag("--json", options->asJson, "Print JSON");
+        "any name of the country: in English or its own language, an ISO 3166 code, a calling code, a language tag");
+    country->add_flag("--json", options->asJson, "print JSON");
     country->callback([options] { options->name.empty() ? ShowKeys(*options) : ShowCountry(*options); });
 
-    CLI::App* const language = program.add_subcommand("language", "tell the number of a language (LCID)");
-    language->add_option("name", options->name, "A tag or a code: de-AT, de")->required();
-    language->add_flag("--json", options->asJson, "Print JSON");
+    CLI::App* const language = program.add_subcommand("language", "print the locale identifier (LCID) of a language");
+    language->add_option("name", options->name, "a language tag or code: de-AT, de")->required();
+    language->add_flag("--json", options->asJson, "print JSON");
     language->callback([options] { ShowLanguage(*options); });
 }
 

@@ -31,19 +31,19 @@ struct FilterOptions
     bool placeholders = false;
 };
 
-// Filters take and give whole contents.
+// A filter converts the whole input at once.
 using Filter = std::string (*)(const std::string& input, const FilterOptions& options);
 
-// The library's texts end at a zero character, so what stands behind one would be lost unseen, as would bytes that are
-// no UTF-8.
+// Converts the input to wide text without a byte order mark. Rejects zero bytes and invalid UTF-8: the library's texts
+// end at a zero character, so the rest would be lost silently, and so would invalid bytes.
 WideText TextOf(const std::string& input)
 {
     constexpr std::string_view kMark = "\xEF\xBB\xBF";
     std::string_view text = input;
     if (text.find('\0') != text.npos)
-        throw Failure(kMalformed, "the input is no text: it holds a zero byte");
+        throw Failure(kMalformed, "the input is not text: it contains a zero byte");
     if (!IsUtf8(text))
-        throw Failure(kMalformed, "the input is no UTF-8");
+        throw Failure(kMalformed, "the input is not UTF-8");
     if (text.substr(0, kMark.size()) == kMark)
         text.remove_prefix(kMark.size());
     return WideText(text);
@@ -67,11 +67,11 @@ private:
 std::string Pack(const std::string& input, const FilterOptions& options)
 {
     if (input.size() > std::numeric_limits<std::uint32_t>::max())
-        throw Failure(kCannotRead, "the input has more than 4 GB");
+        throw Failure(kCannotRead, "the input is larger than 4 GB");
     Bstr packed;
     if (UtilConvertBLOBToBSTR(
             input.data(), static_cast<std::uint32_t>(input.size()), packed.Address(), options.compress ? 1 : 0) != 0)
-        throw Failure(kCannotRead, "there is not enough memory for the packed text");
+        throw Failure(kCannotRead, "not enough memory for the packed text");
     return packed.Text() + '\n';
 }
 
@@ -80,18 +80,19 @@ std::string Unpack(const std::string& input, const FilterOptions&)
     const WideText text = TextOf(input);
     const std::int32_t size = UtilConvertStringToBLOB(text, nullptr, 0);
     if (size < 0)
-        throw Failure(kMalformed, "the input can't be unpacked");
-    // The library gives nothing for damaged compressed data, and never makes a text of this form of nothing.
+        throw Failure(kMalformed, "cannot unpack the input");
+    // For damaged compressed data the library returns no bytes. It never writes empty data in a form that begins with
+    // "@1@" or "@2@".
     const QXWCHAR* const begin = text;
     if (size == 0 && begin[0] == u'@' && (begin[1] == u'1' || begin[1] == u'2') && begin[2] == u'@')
         throw Failure(kMalformed, "the packed text is damaged");
     std::string bytes(static_cast<std::size_t>(size), '\0');
     if (size > 0 && UtilConvertStringToBLOB(text, bytes.data(), static_cast<std::uint32_t>(size)) != size)
-        throw Failure(kMalformed, "the input can't be unpacked");
+        throw Failure(kMalformed, "cannot unpack the input");
     return bytes;
 }
 
-// The library ends lines with carriage returns, a terminal with line feeds.
+// The library ends lines with carriage returns; terminals expect line feeds.
 std::string HtmlToText(const std::string& input, const FilterOptions& options)
 {
     Bstr text;
@@ -101,7 +102,8 @@ std::string HtmlToText(const std::string& input, const FilterOptions& options)
     return lines;
 }
 
-// A line that ends with a line feed alone is a line too, and the end of the last line begins no paragraph.
+// Ends all lines with CR LF, the only line end that starts a paragraph. Drops the end of the last line, so that no
+// empty paragraph follows.
 std::string ParagraphLines(const std::string& input)
 {
     std::string lines;
@@ -149,7 +151,7 @@ void Run(Filter filter, const FilterOptions& options)
     }
     catch (const std::bad_alloc&)
     {
-        throw Failure(kCannotRead, "there is not enough memory for the input");
+        throw Failure(kCannotRead, "not enough memory for the input");
     }
 }
 
@@ -157,8 +159,8 @@ std::shared_ptr<FilterOptions> AddFilter(CLI::App& program, const char* name, co
 {
     auto options = std::make_shared<FilterOptions>();
     CLI::App& command = *program.add_subcommand(name, description);
-    command.add_option("FILE", options->file, "the input; the standard input for -, or if it isn't given");
-    command.add_option("--output", options->output, "the file to write; the standard output if it isn't given");
+    command.add_option("FILE", options->file, "the input; standard input if omitted or -");
+    command.add_option("--output", options->output, "the file to write; standard output if omitted");
     command.callback([filter, options] { Run(filter, *options); });
     return options;
 }
@@ -172,18 +174,18 @@ void AddFlag(CLI::App& program, const char* command, const char* flag, bool& val
 
 void AddFilterCommands(CLI::App& program)
 {
-    constexpr char kPlaceholders[] = "tags are [_[p]_] and the like, instead of <p>";
+    constexpr char kPlaceholders[] = "use placeholder tags such as [_[p]_] instead of <p>";
 
-    const auto pack = AddFilter(program, "pack", "turn any bytes into one line of text", Pack);
+    const auto pack = AddFilter(program, "pack", "convert bytes to one line of packed text", Pack);
     AddFlag(program, "pack", "--compress", pack->compress, "compress the bytes first");
-    AddFilter(program, "unpack", "turn packed text into its bytes again", Unpack);
+    AddFilter(program, "unpack", "convert packed text back to bytes", Unpack);
 
     const auto toText = AddFilter(program, "html2text", "reduce HTML to plain text", HtmlToText);
     AddFlag(program, "html2text", "--placeholders", toText->placeholders, kPlaceholders);
-    const auto toHtml = AddFilter(program, "text2html", "make a paragraph of HTML of each line", TextToHtml);
+    const auto toHtml = AddFilter(program, "text2html", "convert each line to an HTML paragraph", TextToHtml);
     AddFlag(program, "text2html", "--placeholders", toHtml->placeholders, kPlaceholders);
-    AddFilter(program, "mask", "replace the characters that HTML masks by entities", Mask);
-    AddFilter(program, "unmask", "replace entities by their characters", Unmask);
+    AddFilter(program, "mask", "replace special characters with HTML entities", Mask);
+    AddFilter(program, "unmask", "replace HTML entities with characters", Unmask);
 }
 
 } // namespace qxut

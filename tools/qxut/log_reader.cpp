@@ -12,19 +12,20 @@ namespace qxut
 namespace
 {
 
-constexpr std::uint64_t kLongestLine = 2 * (1024 + 2); // in bytes, with its end
+constexpr std::uint64_t kLongestLine = 2 * (1024 + 2); // in bytes, including the line end
 constexpr std::size_t kChunk = 1 << 16;
 constexpr std::size_t kTagWidth = 8;
 
 std::string ToUtf8(const std::u16string& units)
 {
     std::vector<QXWCHAR> text(units.begin(), units.end());
-    std::replace(text.begin(), text.end(), QXWCHAR{0}, static_cast<QXWCHAR>(0xFFFD)); // would end the text
+    std::replace(text.begin(), text.end(), QXWCHAR{0}, static_cast<QXWCHAR>(0xFFFD)); // a zero would end the text
     text.push_back(0);
     return Utf8(text.data());
 }
 
-// Takes what fits the picture off the front: 9 for a digit, f for a hexadecimal one.
+// Removes the prefix that matches the picture and returns it, or returns an empty text. In the picture, 9 stands for a
+// digit and f for a hexadecimal digit.
 std::string_view Take(std::string_view& text, std::string_view picture)
 {
     const auto fits = [](char c, char pictured)
@@ -40,7 +41,7 @@ std::string_view Take(std::string_view& text, std::string_view picture)
     return taken;
 }
 
-// A slash and two hexadecimal digits, or more where there are very many processors.
+// Returns true for a slash and two or more hexadecimal digits. Machines with very many processors need more than two.
 bool IsProcessor(std::string_view text)
 {
     constexpr std::size_t kShortest = 3;
@@ -69,7 +70,8 @@ bool TakeStamp(std::string_view rest, LogColumns& columns)
 
 } // namespace
 
-// Reads as many bytes as so many lines can have, and one line more, which may be begun in its middle.
+// Starts at a position from which the requested number of lines of maximum length, plus one that may be incomplete,
+// reach to the end of the file.
 LogReader::LogReader(std::filesystem::path path, std::size_t lastLines) : _path(std::move(path))
 {
     std::error_code error;
@@ -91,7 +93,7 @@ LogReader::LogReader(std::filesystem::path path, std::size_t lastLines) : _path(
     _found = std::move(found);
 }
 
-// As long as a chunk has no line end, the next one is read.
+// Reads further chunks until one contains a line end.
 std::vector<std::string> LogReader::Next()
 {
     if (!_found.empty())
@@ -146,7 +148,7 @@ LogColumns ColumnsOf(std::string_view line)
     LogColumns columns;
     if (TakeStamp(line, columns))
         return columns;
-    // Behind a tag, which may be longer than its column and hold whatever it likes.
+    // A tag may be longer than its column and contain any characters, so try each colon after the column.
     for (std::size_t colon = line.find(": "); colon != line.npos; colon = line.find(": ", colon + 1))
         if (colon >= kTagWidth && TakeStamp(line.substr(colon + 2), columns))
         {

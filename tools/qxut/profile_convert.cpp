@@ -57,16 +57,16 @@ void Embed(const ConvertOptions& options)
     const auto embed = [&](const ProfileFile& profile)
     {
         if (profile.Form() == PROF_FORM_XFDF)
-            throw Failure(kWrongUsage, options.file + ": XFDF can't hold files; convert it to another form first");
+            throw Failure(kWrongUsage, options.file + ": XFDF cannot contain files; convert it to another form first");
         std::size_t count = 0;
         for (const std::string& pattern : options.patterns)
         {
             const std::int32_t found =
                 ProfAppendFilesW(profile.Job(), profile.List(options.list), WideText(pattern), WideText(options.key));
             if (found < 0)
-                throw Failure(kCannotRead, Shown(pattern) + ": there is not enough memory");
+                throw Failure(kCannotRead, Shown(pattern) + ": not enough memory");
             if (found == 0)
-                throw Failure(kNotFound, Shown(pattern) + ": there is no such file");
+                throw Failure(kNotFound, Shown(pattern) + ": no such file");
             count += static_cast<std::size_t>(found);
         }
         profile.Save("");
@@ -98,17 +98,17 @@ void Extract(const ConvertOptions& options)
     const HPROFLIST list = profile.List(options.list);
     const std::size_t files = CountFiles(profile.Job(), list);
     if (files == 0)
-        throw Failure(kNotFound, options.file + ": there are no files in it");
+        throw Failure(kNotFound, options.file + ": contains no files");
     const std::int32_t written =
         ProfExtractFilesW(profile.Job(), list, WideText(options.target), WideText(options.key));
     if (written == PROF_ERR_STOPPED)
-        throw Failure(kCannotWrite, options.target + ": there is not enough memory");
+        throw Failure(kCannotWrite, options.target + ": not enough memory");
     if (written < 0)
-        throw Failure(kCannotWrite, options.target + ": there is no such folder, and it can't be made");
+        throw Failure(kCannotWrite, options.target + ": cannot create the folder");
     if (static_cast<std::size_t>(written) != files)
         throw Failure(kCannotWrite, options.target + ": " + std::to_string(files - static_cast<std::size_t>(written)) +
                                         " of " + std::to_string(files) +
-                                        " files have names that lead out of it, or could not be written");
+                                        " files could not be written, or have names that lead out of the folder");
     Report(options, options.target, "files", files);
 }
 
@@ -116,15 +116,15 @@ CLI::App& AddCommand(CLI::App& parent, const char* name, const char* description
     const std::shared_ptr<ConvertOptions>& options)
 {
     CLI::App& command = *parent.add_subcommand(name, description);
-    command.add_flag("--json", options->asJson, "answer in JSON");
+    command.add_flag("--json", options->asJson, "print JSON");
     command.callback([options, run] { run(*options); });
     return command;
 }
 
 void AddListAndKey(CLI::App& command, ConvertOptions& options)
 {
-    command.add_option("--list", options.list, "the list of the files, by its path; the root if it isn't given");
-    command.add_option("--key", options.key, "the pass phrase of the files; without one they are compressed only");
+    command.add_option("--list", options.list, "the path of the list with the files; the root if omitted");
+    command.add_option("--key", options.key, "the pass phrase of the files; if omitted, they are not encrypted");
 }
 
 } // namespace
@@ -132,26 +132,26 @@ void AddListAndKey(CLI::App& command, ConvertOptions& options)
 void AddConvertCommands(CLI::App& profile)
 {
     auto options = std::make_shared<ConvertOptions>();
-    CLI::App& convert = AddCommand(profile, "convert", "write a profile in another form", Convert, options);
-    convert.add_option("FROM", options->file, "the profile, in any form, or INI file")->required();
+    CLI::App& convert = AddCommand(profile, "convert", "convert a profile to another form", Convert, options);
+    convert.add_option("FROM", options->file, "the profile, in any form, or an INI file")->required();
     convert.add_option("TO", options->target, "the file to write")->required();
-    convert.add_option("--form", options->form, "text, xml, or xfdf: the values alone, as fields of a PDF form")
+    convert.add_option("--form", options->form, "text, xml, or xfdf (only the values, as fields of a PDF form)")
         ->required()
         ->transform(CLI::CheckedTransformer(kForms).description(""))
         ->type_name("TEXT");
-    convert.add_flag("--pack", options->pack, "compress it");
+    convert.add_flag("--pack", options->pack, "compress the file");
 
     options = std::make_shared<ConvertOptions>();
-    CLI::App& embed = AddCommand(profile, "embed", "take files into a profile", Embed, options);
+    CLI::App& embed = AddCommand(profile, "embed", "embed files in a profile", Embed, options);
     embed.add_option("FILE", options->file, "the profile")->required();
-    embed.add_option("PATTERN", options->patterns, "the files to take; a name may hold * and ?")->required();
+    embed.add_option("PATTERN", options->patterns, "the files to embed; names may contain * and ?")->required();
     AddListAndKey(embed, *options);
-    embed.add_flag("--create", options->create, "make the profile if it is missing");
+    embed.add_flag("--create", options->create, "create the profile if it doesn't exist");
 
     options = std::make_shared<ConvertOptions>();
-    CLI::App& extract = AddCommand(profile, "extract", "write the files of a profile to a folder", Extract, options);
+    CLI::App& extract = AddCommand(profile, "extract", "extract the files of a profile to a folder", Extract, options);
     extract.add_option("FILE", options->file, "the profile")->required();
-    extract.add_option("FOLDER", options->target, "the folder, which is made if it is missing")->required();
+    extract.add_option("FOLDER", options->target, "the target folder, created if necessary")->required();
     AddListAndKey(extract, *options);
 }
 

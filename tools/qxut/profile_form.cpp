@@ -17,9 +17,9 @@ namespace qxut
 namespace
 {
 
-constexpr std::size_t kSample = 4096; // bytes, in which a first line has room
+constexpr std::size_t kSample = 4096; // bytes, enough for a first line
 constexpr std::string_view kPackedMagic = "ZxvQ";
-constexpr int kMostLayers = 16; // a packed file that is packed again, as often as the library takes it
+constexpr int kMostLayers = 16; // the library's limit for packed files inside packed files
 constexpr std::string_view kXmlFirstLine = R"(<?xml version="1.0" encoding="UTF-16" standalone="yes"?>)";
 constexpr std::string_view kXfdfFirstLine = R"(<?xml version="1.0" encoding="UTF-8"?>)";
 
@@ -48,7 +48,8 @@ std::string BeginningUnpacked(std::string_view packed)
     return bytes;
 }
 
-// Both first lines that matter are ASCII, so it's enough to leave out what other encodings have beside it.
+// Returns the first line as ASCII. The first lines to recognise are ASCII, so it is enough to drop byte order marks and
+// zero bytes.
 std::string FirstLine(std::string bytes)
 {
     constexpr std::string_view kMarksAndZeros("\0\xFF\xFE\xEF\xBB\xBF", 6);

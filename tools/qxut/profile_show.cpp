@@ -17,7 +17,7 @@ namespace
 constexpr std::size_t kIndent = 2;
 constexpr std::size_t kDeepestIndent = 100;
 
-// Deeper lists stand in one column: else what is shown would grow with the square of the depth.
+// Limits the indentation; otherwise the output would grow with the square of the depth.
 std::string Indent(std::size_t depth)
 {
     return std::string(kIndent * std::min(depth, kDeepestIndent), ' ');
@@ -45,7 +45,7 @@ void ShowAsText(std::ostream& out, HPROFJOB job, HPROFLIST list)
         [](std::size_t) {});
 }
 
-// Written piece by piece, since a JSON object of the whole would be walked by recursion.
+// Writes JSON piece by piece, because a JSON object of the whole profile would be processed recursively.
 void ShowAsJson(std::ostream& out, HPROFJOB job, HPROFLIST list)
 {
     bool isFirst = true;

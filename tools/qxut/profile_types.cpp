@@ -18,7 +18,7 @@ namespace
 
 using nlohmann::ordered_json;
 
-// ---- Texts of the command line; false for what is none of the type
+// ---- Parsing values of the command line. Each function returns false if the text is not of the type.
 
 constexpr double kTooLarge = 1e190;
 
@@ -39,7 +39,7 @@ bool FromText(std::string_view text, Number& value)
     const auto read = std::from_chars(text.data(), end, value);
     if constexpr (std::is_floating_point_v<Number>)
     {
-        // Of more digits the library reads a part only, and of what is no number the first digit.
+        // Of longer numbers the library reads only a part, and for infinities and NaN only a digit.
         if (!(std::abs(value) < kTooLarge))
             return false;
     }
@@ -110,7 +110,7 @@ struct Rect
     static ordered_json ToJson(const ProfRect& value) { return {value.left, value.top, value.right, value.bottom}; }
 };
 
-// #rrggbb, whose order is the reverse of the library's.
+// #rrggbb, in the reverse order of the library's colours.
 struct Colour
 {
     using Value = std::uint32_t;
@@ -139,7 +139,7 @@ private:
     }
 };
 
-// ---- The library's functions, which take structures by address
+// ---- Wrappers of the library's functions, which take structures by address
 
 template <class Kind, auto Getter>
 std::int32_t Get(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, ordered_json& value)
@@ -175,19 +175,19 @@ constexpr ValueType Row(const char* name, const char* form)
 
 constexpr ValueType kTypes[] = {
     Row<Flag, ProfGetBoolW, ProfSetBoolW, ProfAppendBoolW>("bool", "true or false"),
-    Row<Plain<std::int32_t>, ProfGetIntW, ProfSetIntW, ProfAppendIntW>("int", "a number of 32 bits, also as 0xff"),
+    Row<Plain<std::int32_t>, ProfGetIntW, ProfSetIntW, ProfAppendIntW>("int", "a 32-bit number, decimal or like 0xff"),
     Row<Plain<std::int32_t>, ProfGetIntW, ProfSetIntHexW, ProfAppendIntHexW>(
-        "int-hex", "the same, in hexadecimal digits in the file"),
+        "int-hex", "the same, stored in hexadecimal"),
     Row<Plain<std::int64_t>, ProfGetInt64W, ProfSetInt64W, ProfAppendInt64W>(
-        "int64", "a number of 64 bits, also as 0xff"),
+        "int64", "a 64-bit number, decimal or like 0xff"),
     Row<Plain<std::int64_t>, ProfGetInt64W, ProfSetInt64HexW, ProfAppendInt64HexW>(
-        "int64-hex", "the same, in hexadecimal digits in the file"),
+        "int64-hex", "the same, stored in hexadecimal"),
     Row<Plain<double>, ProfGetDoubleW, ProfSetDoubleW, ProfAppendDoubleW>(
-        "double", "a number below 1e190; the file holds six decimals"),
+        "double", "a number below 1e190, stored with six decimals"),
     Row<Point, ProfGetPointW, ProfSetPointW, ProfAppendPointW>("point", "x,y"),
     Row<Rect, ProfGetRectW, ProfSetRectW, ProfAppendRectW>("rect", "left,top,right,bottom"),
     Row<Rect, ProfGetRectLTWHW, ProfSetRectLTWHW, ProfAppendRectLTWHW>(
-        "rect-ltwh", "the same, with width and height in the file"),
+        "rect-ltwh", "the same, stored with width and height"),
     Row<Colour, ProfGetColorrefW, ProfSetColorrefW, ProfAppendColorrefW>("color", "#rrggbb"),
 };
 
@@ -210,7 +210,7 @@ std::vector<std::string> ValueTypeNames()
 
 std::string ValueTypeHelp()
 {
-    std::string help = "Types of --type, and how their values are written:\n";
+    std::string help = "Values of --type, and the form of VALUE for each:\n";
     for (const ValueType& type : kTypes)
     {
         std::string name = type.name;

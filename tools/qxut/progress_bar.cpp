@@ -14,13 +14,13 @@ namespace
 {
 
 constexpr std::uint64_t kWidth = 30;
-constexpr std::size_t kLongestName = 35; // in bytes, so that the line fits into 80 columns
+constexpr std::size_t kLongestName = 35; // in bytes, so that the line fits in 80 columns
 constexpr auto kTimeBetweenDrawings = std::chrono::milliseconds(50);
 
-// To the terminal's end of the line.
+// Moves to the beginning of the line and clears it.
 constexpr char kBeginOfLine[] = "\r\x1B[K";
 
-// The end of a long name, from the start of a character on.
+// Returns the end of a long name, starting at a character boundary.
 std::string Tail(const std::string& name)
 {
     if (name.size() <= kLongestName)

@@ -12,7 +12,7 @@ namespace
 
 constexpr std::uint32_t kReplacement = 0xFFFD;
 
-// The length that the first byte of a sequence tells, or 0 if it is none.
+// Returns the length of the sequence that begins with this byte, or 0 if no sequence does.
 std::size_t SequenceLength(unsigned char lead)
 {
     if (lead < 0x80)

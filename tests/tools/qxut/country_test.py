@@ -17,7 +17,7 @@ class CountryCommands(commands.CommandTest):
                          {"name": "Austria", "native-name": "Österreich", "iso3166": "AT", "lcid": 3079,
                           "calling-code": 43, "currency": "€", "code-page": 1252})
         self.assertEqual(self.qxut("country", "aq"), "name = Antarctica\n", "what isn't known is left out")
-        self.assertIn("no country 'Atl\\x1Bantis'", self.qxut("country", "Atl\x1bantis", code=1))
+        self.assertIn("unknown country 'Atl\\x1Bantis'", self.qxut("country", "Atl\x1bantis", code=1))
 
     def test_list(self):
         keys = self.qxut("country").splitlines()
@@ -29,7 +29,7 @@ class CountryCommands(commands.CommandTest):
         self.assertEqual(self.qxut("language", "de-AT"), "3079\n")
         self.assertEqual(self.qxut("language", "de"), "7\n")
         self.assertEqual(json.loads(self.qxut("language", "de-AT", "--json")), {"language": "de-AT", "lcid": 3079})
-        self.assertIn("no language 'xx'", self.qxut("language", "xx", code=1))
+        self.assertIn("unknown language 'xx'", self.qxut("language", "xx", code=1))
         self.assertIn("name is required", self.qxut("language", code=2))
 
 
