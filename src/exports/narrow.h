@@ -15,8 +15,8 @@ namespace qx
 {
 
 // NarrowForm<ProfGetStringW>::Call takes the arguments of ProfGetStringA. `const wchar_t*` becomes `const char*`.
-// `wchar_t*` becomes `char*`; the next argument must be the size of the buffer. A callback becomes a callback with 8-bit
-// texts; the next argument must be its context. Null stays null, and all other arguments are passed on unchanged.
+// `wchar_t*` becomes `char*`; the next argument must be the size of the buffer. A callback becomes a callback with
+// 8-bit texts; the next argument must be its context. Null stays null, and all other arguments are passed on unchanged.
 // `Failed` is the result if memory for a conversion runs out.
 template <auto Wide, auto Failed = nullptr>
 struct NarrowForm;
