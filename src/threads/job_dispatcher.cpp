@@ -45,8 +45,8 @@ bool HasGroup(const ThreadedJobs& jobs, int group)
 
 } // namespace
 
-// Returns true if other threads hold jobs of the group. Returns false if the calling thread holds a job itself, that is,
-// if a host or a job waits for the end. Waiting could deadlock then, because other threads may wait for that job.
+// Returns true if other threads hold jobs of the group. Returns false if the calling thread holds a job itself, that
+// is, if a host or a job waits for the end. Waiting could deadlock then, because other threads may wait for that job.
 bool clsThreadedJobDispatcher::OthersHaveJobs(int group) const
 {
     bool haveAny = false;
