@@ -7,12 +7,14 @@
 #include <qxut23/bstr.h>
 #include <qxut23/convert.h>
 #include <qxut23/markup.h>
+#include <qxut23/page_text.h>
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -28,6 +30,8 @@ struct FilterOptions
     std::string output = "-";
     bool compress = false;
     bool placeholders = false;
+    bool links = false;
+    bool simple = false;
 };
 
 // Filters take and give whole contents.
@@ -90,10 +94,24 @@ std::string Unpack(const std::string& input, const FilterOptions&)
     return bytes;
 }
 
-// The library ends lines with carriage returns, a terminal with line feeds.
+void CheckMemory(int32_t result)
+{
+    if (result == QXUT_PAGE_NO_MEMORY)
+        throw std::bad_alloc();
+}
+
 std::string HtmlToText(const std::string& input, const FilterOptions& options)
 {
     Bstr text;
+    if (!options.simple && !options.placeholders)
+    {
+        CheckMemory(QxConvertHtml2PlainText(TextOf(input), text.Address(), options.links ? QXUT_PAGE_LINKS : 0));
+        std::string lines = text.Text();
+        if (!lines.empty())
+            lines += '\n';
+        return lines;
+    }
+    // This function ends lines with carriage returns.
     UtilConvertHtml2PlainText(TextOf(input), text.Address(), options.placeholders ? 1 : 0);
     std::string lines = text.Text();
     std::replace(lines.begin(), lines.end(), '\r', '\n');
@@ -129,14 +147,14 @@ std::string TextToHtml(const std::string& input, const FilterOptions& options)
 std::string Mask(const std::string& input, const FilterOptions&)
 {
     Bstr masked;
-    UtilMaskAllHTMLCharacters(TextOf(input), masked.Address());
+    CheckMemory(QxMaskHtmlCharacters(TextOf(input), masked.Address()));
     return masked.Text();
 }
 
 std::string Unmask(const std::string& input, const FilterOptions&)
 {
     Bstr text;
-    UtilDemaskAllHTMLCharacters(TextOf(input), text.Address());
+    CheckMemory(QxDemaskHtmlCharacters(TextOf(input), text.Address()));
     return text.Text();
 }
 
@@ -177,12 +195,19 @@ void AddFilterCommands(CLI::App& program)
     AddFlag(program, "pack", "--compress", pack->compress, "compress the bytes first");
     AddFilter(program, "unpack", "turn packed text into its bytes again", Unpack);
 
-    const auto toText = AddFilter(program, "html2text", "reduce HTML to plain text", HtmlToText);
-    AddFlag(program, "html2text", "--placeholders", toText->placeholders, placeholders);
+    const auto toText = AddFilter(program, "html2text", "print the text of an HTML page", HtmlToText);
+    AddFlag(
+        program, "html2text", "--links", toText->links, "write the target of each link in brackets behind its text");
+    AddFlag(program, "html2text", "--simple", toText->simple,
+        "reduce the page by the simpler rules of UtilConvertHtml2PlainText, which know only some elements");
+    AddFlag(
+        program, "html2text", "--placeholders", toText->placeholders, "as --simple, but tags are [_[p]_] and the like");
+    CLI::App& command = *program.get_subcommand("html2text");
+    command.get_option("--links")->excludes("--simple")->excludes("--placeholders");
     const auto toHtml = AddFilter(program, "text2html", "make a paragraph of HTML of each line", TextToHtml);
     AddFlag(program, "text2html", "--placeholders", toHtml->placeholders, placeholders);
-    AddFilter(program, "mask", "replace the characters that HTML masks by entities", Mask);
-    AddFilter(program, "unmask", "replace entities by their characters", Unmask);
+    AddFilter(program, "mask", "replace the characters that HTML masks by character references", Mask);
+    AddFilter(program, "unmask", "replace character references by their characters", Unmask);
 }
 
 } // namespace qxut
