@@ -1,4 +1,4 @@
-# The options of every target of this tree, carried by one interface target.
+# The compile and link options of all targets of this tree, provided as interface targets.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -11,13 +11,13 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}")
-# Programs and libraries find each other wherever the tree is put; so they do in the build folder, which has all of them
-# in one place.
+# Programs and libraries find each other relative to their own location, in an installed tree as well as in the build
+# folder, where all of them are in one folder.
 set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 
-# How characters are compiled: 16 bits on both targets. Apart from the warnings, because
-# third-party code that is built here (GoogleTest) needs this and not those.
+# Character options: wchar_t has 16 bits on both targets. Separate from the warnings, because third-party code built
+# here (GoogleTest) needs these options but not the warnings.
 add_library(qx_text_model INTERFACE)
 target_compile_definitions(qx_text_model INTERFACE UNICODE _UNICODE GTEST_HAS_STD_WSTRING=0)
 if(WIN32)
@@ -26,24 +26,24 @@ else()
     target_compile_options(qx_text_model INTERFACE -fshort-wchar)
 endif()
 
-# Apart from the text model for plain clients of the public headers, which do without it.
+# Separate from the text model, because plain clients of the public headers do without it.
 add_library(qx_client_options INTERFACE)
 target_compile_options(qx_client_options INTERFACE
     -Wall -Wextra -Wshadow -Wconversion
-    # Members that the system's own records leave to zero are meant to be zero.
+    # Members omitted from initialisers of system structures are meant to be zero.
     -Wno-missing-field-initializers
-    # GetProcAddress gives one function type for all.
+    # GetProcAddress returns the same function type for all functions.
     -Wno-cast-function-type
-    # What GCC sees at -O3 in inlined code of std::string and std::optional isn't there.
+    # False positives of GCC at -O3 in inlined code of std::string and std::optional.
     $<$<AND:$<CXX_COMPILER_ID:GNU>,$<CONFIG:Release>>:-Wno-restrict;-Wno-maybe-uninitialized>
-    # clang counts changes of sign among the conversions, gcc does not.
+    # clang includes sign conversions in -Wconversion, gcc doesn't.
     $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>)
-# Not -Wnon-virtual-dtor: COM's interfaces have no destructor in their table, on both targets, so every class that
-# implements one would be warned about. What matters, deleting through a base, is in -Wall.
+# Not -Wnon-virtual-dtor: COM interfaces have no virtual destructor on either target, so every class that implements one
+# would cause a warning. The important case, deletion through a base class, is covered by -Wall.
 if(WIN32)
     target_link_options(qx_client_options INTERFACE -static)
     target_compile_options(qx_client_options INTERFACE
-        -gdwarf-4) # the newest form that Wine's debug help reads
+        -gdwarf-4) # the newest format that Wine's debug help supports
 endif()
 
 add_library(qx_options INTERFACE)
@@ -51,29 +51,29 @@ target_link_libraries(qx_options INTERFACE qx_text_model qx_client_options)
 
 set(QXUT_SANITIZE "" CACHE STRING "Sanitizers for the whole tree, as in -fsanitize=")
 if(QXUT_SANITIZE)
-    # Without recovery, so that a finding fails the test in which it happens.
+    # No recovery, so that a finding fails the test in which it occurs.
     add_compile_options(-fsanitize=${QXUT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${QXUT_SANITIZE})
-    # A COM object is known by the order of its slots. It may come from C, or from a module that does not share its type
-    # information, which is what this one check would look at.
+    # COM objects are identified only by the order of their slots. They may be written in C or come from a module with
+    # separate type information, which this check doesn't accept.
     add_compile_options(-fno-sanitize=vptr)
-    # The sanitizers' code makes GCC see uses of optional values that are not there.
+    # The sanitizers' instrumentation causes false warnings in GCC about optional values.
     add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()
 if(QXUT_BUILD_FUZZERS)
-    # clang leaves the sanitizers' own functions to the program, so its libraries have undefined names.
+    # With clang, the functions of the sanitizers are defined by the program, so libraries have undefined symbols.
     add_compile_options(-fsanitize=fuzzer-no-link)
     set(QX_NO_UNDEFINED "")
 else()
     set(QX_NO_UNDEFINED LINKER:--no-undefined)
 endif()
 
-# Headers take most of a compiler's time. Where no single file is going to be compiled again, those of a folder are
-# compiled as one unit; names that are local to a file are therefore unique within its folder. The target linux
-# compiles each file for itself, and so shows whether it includes what it needs.
+# Most of the compile time is spent on headers. Builds that don't recompile single files compile all files of a folder
+# as one unit. Names local to a file must therefore be unique in its folder. The linux target compiles each file
+# separately, which detects missing includes.
 option(QXUT_COMPILE_FOLDERS "Compile the files of a folder as one unit" OFF)
 
-# qx_compile_folders(target): to be called when the target has all of its sources.
+# qx_compile_folders(target): call this when all sources have been added to the target.
 function(qx_compile_folders target)
     if(NOT QXUT_COMPILE_FOLDERS)
         return()
@@ -87,6 +87,6 @@ function(qx_compile_folders target)
         set_source_files_properties("${source}" TARGET_DIRECTORY ${target} PROPERTIES UNITY_GROUP ${folder})
     endforeach()
     set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
-    # A file's own types look like a header's to the compiler, since the unit includes the file.
+    # The unit includes the files, so GCC treats types local to a file like types from a header.
     target_compile_options(${target} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
 endfunction()

@@ -1,5 +1,5 @@
-# The libraries that are installed and called, as targets with the same names on both targets.
-# For windows they come from QXUT_DEPS_DIR, where scripts/setup cross-builds them from Debian's sources.
+# Third-party libraries, as CMake targets with the same names on both targets. For windows they come from QXUT_DEPS_DIR,
+# where scripts/setup cross-builds them from Debian's sources.
 
 set(THREADS_PREFER_PTHREAD_FLAG ON)
 find_package(Threads REQUIRED)
@@ -19,7 +19,7 @@ if(WIN32)
     qx_static_dependency(minizip libminizip.a)
     target_compile_definitions(qx::pcre2 INTERFACE PCRE2_STATIC)
 
-    # The plain name would find the import library of a zlib DLL, which Windows does not bring.
+    # The plain name would match the import library of a zlib DLL, which Windows doesn't have.
     find_library(ZLIB_ARCHIVE NAMES libz.a REQUIRED)
     add_library(qx::zlib STATIC IMPORTED)
     set_target_properties(qx::zlib PROPERTIES IMPORTED_LOCATION "${ZLIB_ARCHIVE}")

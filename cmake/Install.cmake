@@ -1,5 +1,5 @@
-# What cmake --install lays down: the library with its public headers, the program, a CMake package and a pkg-config
-# file; on linux also the layer, with its headers in a folder of their own, for callers who want streams and variants.
+# cmake --install installs the library with its public headers, the program, a CMake package and a pkg-config file. On
+# linux it also installs the layer, with its headers in a separate folder, for callers that use streams and variants.
 
 include(CMakePackageConfigHelpers)
 
@@ -7,7 +7,7 @@ install(TARGETS qxUT23 EXPORT qxUT23Targets)
 install(TARGETS qxut)
 install(DIRECTORY include/qxut23 DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
 
-# The way from the pkg-config files up to the prefix, so that an installed tree can be moved.
+# The path from the pkg-config files to the prefix is relative, so that an installed tree can be moved.
 file(RELATIVE_PATH QXUT_PREFIX_FROM_PC "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 set(packages qxut23)
 set(QXUT_SYSTEM_LIBRARY -loleaut32)

@@ -1,6 +1,6 @@
-# qx_add_resources(TARGET SCRIPT.rc [DEPENDS FILE...]): compiles a resource script and links it into the target, on
-# windows as the linker does it, for ELF as a note of the image, which the layer's resource functions read. DEPENDS names
-# what the script includes.
+# qx_add_resources(TARGET SCRIPT.rc [DEPENDS FILE...]): compiles a resource script and links it into the target: on
+# windows as usual, for ELF as a note in the image, which the layer's resource functions read. DEPENDS lists the files
+# that the script includes.
 
 if(WIN32)
     enable_language(RC)

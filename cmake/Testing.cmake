@@ -1,5 +1,4 @@
-# GoogleTest is built here from Debian's source, because its wide assertions must have the 16-bit
-# character of this tree.
+# GoogleTest is built here from Debian's source, because its wide assertions must use 16-bit characters.
 
 include(GoogleTest)
 
@@ -16,7 +15,7 @@ foreach(library gtest gtest_main gmock gmock_main)
     endif()
 endforeach()
 
-# GoogleTest's headers take longer to compile than most tests: they are read once for all programs.
+# GoogleTest's headers take longer to compile than most tests, so they are precompiled once for all programs.
 file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/test_headers.cpp" CONTENT "int main() { return 0; }\n")
 file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/test_headers_c.c" CONTENT "extern int qx_test_headers;\n")
 add_executable(qx_test_headers EXCLUDE_FROM_ALL
@@ -28,15 +27,15 @@ target_precompile_headers(qx_test_headers PRIVATE
     "$<$<COMPILE_LANGUAGE:CXX>:<gtest/gtest.h$<ANGLE-R>>"
     "$<$<COMPILE_LANGUAGE:C>:<stddef.h$<ANGLE-R>>")
 
-# qx_add_test(NAME program [USES_DATA] [LOCK name] SOURCES ... [LINKS ...] [DEPENDS ...]): a GoogleTest program whose
-# cases are ctest's tests. Programs with the same LOCK don't run at the same time: they share what the system has but
-# one of. With USES_DATA the sources know tests/data as QXUT_TEST_DATA; the others stay free of paths, so that a compiler
-# cache serves several trees. The label of each test is its program.
+# qx_add_test(NAME program [USES_DATA] [LOCK name] SOURCES ... [LINKS ...] [DEPENDS ...]): adds a GoogleTest program and
+# registers its test cases with ctest. Programs with the same LOCK don't run at the same time, because they share a
+# resource of the system. USES_DATA defines QXUT_TEST_DATA as the path of tests/data; other programs contain no paths,
+# so that a compiler cache can serve several trees. Each test is labelled with its program.
 function(qx_add_test)
     cmake_parse_arguments(ARG "USES_DATA" "NAME;LOCK" "SOURCES;LINKS;DEPENDS" ${ARGN})
     add_executable(${ARG_NAME} ${ARG_SOURCES})
     target_include_directories(${ARG_NAME} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
-    # A test runs once: the compiler's time is what it costs.
+    # Each test runs once, so compile time matters more than run time.
     target_compile_options(${ARG_NAME} PRIVATE -O0 -g1)
     target_precompile_headers(${ARG_NAME} REUSE_FROM qx_test_headers)
     if(ARG_USES_DATA)
@@ -51,6 +50,7 @@ function(qx_add_test)
         TIMEOUT 240
         LABELS ${ARG_NAME}
         RESOURCE_LOCK "${ARG_LOCK}"
-        # No test touches the settings of the one who runs it; those that change settings choose a folder of their own.
+        # Tests must not change the settings of the user who runs them. Tests that change settings use a folder of their
+        # own.
         ENVIRONMENT "QXPLATFORM_HOME=${CMAKE_BINARY_DIR}/test-home")
 endfunction()

@@ -1,5 +1,5 @@
-# cmake -D DEF=... -D OUTPUT=... -D NODE=... -P VersionScript.cmake: writes the ELF version script that exports the
-# names of a module definition file, under the version NODE, and nothing else.
+# cmake -D DEF=... -D OUTPUT=... -D NODE=... -P VersionScript.cmake: writes an ELF version script that exports exactly
+# the names listed in a module definition file, with the version NODE.
 
 file(STRINGS "${DEF}" lines)
 set(names "")

@@ -1,4 +1,4 @@
-# 64-bit Windows by mingw-w64 with the posix thread model; the built programs run under Wine.
+# Builds for 64-bit Windows with mingw-w64 and the posix thread model. The programs run under Wine.
 
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)

@@ -1,12 +1,13 @@
-// The examples of docs/profile-store.md, which works through them in this order: the body of each function is a block
-// of that page. Works in the current folder, and writes what the page shows. Streams are the system's, whose headers
-// come with the library where the system has none; all else is in the public headers.
+// The examples of docs/profile-store.md, in the same order: the body of each function is a code block of that page. The
+// program works in the current folder and writes the files that the page shows. Streams and variants are types of the
+// system; on systems without them, their headers come with the library. Everything else is in the public headers.
 #include <qxut23/profile.h>
 #include <qxut23/profile_values.h>
 
 #include <objbase.h>
 #include <oleauto.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <fstream>
 
@@ -16,10 +17,10 @@ namespace
 void FirstProfile()
 {
     HPROFJOB job = ProfJobOpenA("report.profile");
-    std::printf("opened: %d\n", ProfGetError(job)); // it doesn't exist yet, but the job does
+    std::printf("opened: %d\n", ProfGetError(job)); // the file doesn't exist yet; the job is empty
 
     ProfSetStringA(job, nullptr, "Title", "Sales by region");
-    ProfSetStringA(job, nullptr, "Page/Size", "(210,297)"); // the list "Page" is made on the way
+    ProfSetStringA(job, nullptr, "Page/Size", "(210,297)"); // creates the list "Page"
     ProfSetStringA(job, nullptr, "Page/Note", "first line\r\n\tsecond line");
     ProfSaveA(job, nullptr, PROF_FORM_TEXT);
     ProfJobClose(job);
@@ -35,25 +36,26 @@ void PathsAndLists()
 {
     const HPROFJOB job = ProfJobOpenA("report.profile");
     const HPROFLIST page = ProfGetListA(job, nullptr, "Page");
-    ProfSetStringA(job, page, "Margins/Left", "20");  // from the list on
-    ProfSetStringA(job, page, "/Author", "E. Weber"); // from the root, whatever the list
+    ProfSetStringA(job, page, "Margins/Left", "20");  // relative to the list
+    ProfSetStringA(job, page, "/Author", "E. Weber"); // relative to the root
 
-    // Append never looks for what is there: these are two lists of one name, with a leaf each.
+    // Append ignores existing entries: this creates two lists with the same name, with one leaf each.
     for (const char* const column : {"Region", "Total"})
         ProfAppendStringA(job, ProfAppendListA(job, nullptr, "Column"), "Caption", column);
 
-    // The first match is the one that a path means.
+    // A path refers to the first match.
     char caption[64];
     ProfGetStringA(job, nullptr, "Column/Caption", caption, sizeof caption, "");
     std::printf("Column/Caption is %s\n", caption);
 
-    const ProfEnumCallbackA print = [](HPROFJOB, const char* name, const char* value, HPROFLIST child, void*) -> int32_t
+    const ProfEnumCallbackA print = [](HPROFJOB, const char* name, const char* value, HPROFLIST child,
+                                        void*) -> std::int32_t
     {
         if (child != nullptr)
             std::printf("[%s]\n", name);
         else
             std::printf("%s=%s\n", name, value);
-        return 1; // go on
+        return 1; // continue
     };
     ProfEnumA(job, nullptr, print, nullptr);
 
@@ -85,7 +87,7 @@ void TypedValues()
     ProfSetVariant(job, nullptr, L"Printed", &printed);
     ProfSaveA(job, nullptr, PROF_FORM_TEXT);
 
-    int32_t copies = 0;
+    std::int32_t copies = 0;
     ProfPoint read{};
     ProfGetIntA(job, nullptr, "Copies", &copies, 1);
     ProfGetPointA(job, nullptr, "Size", &read, &size);
@@ -98,15 +100,15 @@ void Errors()
     const HPROFJOB job = ProfJobOpenA("typed.profile");
     ProfSetStringA(job, nullptr, "Note", "twelve");
 
-    int32_t value = 0;
-    int32_t result = ProfGetIntA(job, nullptr, "Copies", &value, 1);
+    std::int32_t value = 0;
+    std::int32_t result = ProfGetIntA(job, nullptr, "Copies", &value, 1);
     std::printf("Copies: %d, value %d\n", result, value);
-    result = ProfGetIntA(job, nullptr, "Pages", &value, 1); // there is none: the default
+    result = ProfGetIntA(job, nullptr, "Pages", &value, 1); // doesn't exist: stores the default
     std::printf("Pages: %d, value %d\n", result, value);
-    result = ProfGetIntA(job, nullptr, "Note", &value, 5); // no number: the value stays
+    result = ProfGetIntA(job, nullptr, "Note", &value, 5); // not a number: leaves value unchanged
     std::printf("Note: %d, value %d\n", result, value);
 
-    // The result is the whole length, so a short buffer can be told.
+    // The result is the full length, so the caller can detect truncation.
     char note[4];
     result = ProfGetStringA(job, nullptr, "Note", note, sizeof note, "");
     std::printf("Note: length %d, got %s\n", result, note);
@@ -124,8 +126,8 @@ void Errors()
         <item name="Size">(297,420)</item>
         </profile>)";
     const HPROFJOB damaged = ProfJobOpenA("damaged.xml");
-    const int32_t title = ProfGetStringLengthA(damaged, nullptr, "Title");
-    const int32_t size = ProfGetStringLengthA(damaged, nullptr, "Page/Size"); // its list never ended
+    const std::int32_t title = ProfGetStringLengthA(damaged, nullptr, "Title");
+    const std::int32_t size = ProfGetStringLengthA(damaged, nullptr, "Page/Size"); // its list never ended
     std::printf("damaged: %d, Title %d, Page/Size %d\n", ProfGetError(damaged), title, size);
     ProfJobClose(damaged);
 }
@@ -138,7 +140,7 @@ void Forms()
     ProfSaveA(job, "report.packed", PROF_FORM_TEXT | PROF_SAVE_PACKED);
     ProfJobClose(job);
 
-    // The form of a file is told by its content. XFDF comes back as leaves with dotted names.
+    // The form of a file is detected from its contents. XFDF is read back as leaves with dotted names.
     char size[64];
     for (const char* const name : {"report.xml", "report.packed", "report.xfdf"})
     {
@@ -155,7 +157,7 @@ void Forms()
 
 void Sharing()
 {
-    const HPROFJOB writer = ProfJobOpenExclusiveA("shared.profile"); // made if it is missing
+    const HPROFJOB writer = ProfJobOpenExclusiveA("shared.profile"); // creates the file if necessary
     ProfSetIntA(writer, nullptr, "Counter", 1);
     ProfSaveA(writer, nullptr, PROF_FORM_TEXT); // in place
 
@@ -207,7 +209,7 @@ void Clipboard()
 void EmbeddedFiles()
 {
     const HPROFJOB job = ProfJobOpenA("bundle.profile");
-    int32_t count = ProfAppendFilesA(job, nullptr, "report.x*", "pass phrase");
+    std::int32_t count = ProfAppendFilesA(job, nullptr, "report.x*", "pass phrase");
     std::printf("embedded: %d files\n", count);
     ProfSaveA(job, nullptr, PROF_FORM_TEXT);
 
@@ -222,7 +224,7 @@ struct Scene
     void (*play)();
 };
 
-constexpr Scene scenes[] = {
+constexpr Scene kScenes[] = {
     {"FirstProfile", FirstProfile},
     {"PathsAndLists", PathsAndLists},
     {"TypedValues", TypedValues},
@@ -238,7 +240,7 @@ constexpr Scene scenes[] = {
 
 int main()
 {
-    for (const Scene& scene : scenes)
+    for (const Scene& scene : kScenes)
     {
         std::printf("== %s\n", scene.name);
         scene.play();

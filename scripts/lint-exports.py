@@ -1,4 +1,4 @@
-"""Compares the export list with the public headers and with the names that the interface has. Called by scripts/lint."""
+"""Compares the export list with the public headers and with the names of the interface. Called by scripts/lint."""
 
 import glob
 import re
@@ -18,6 +18,8 @@ def definition_file_names(path):
 
 
 listed = definition_file_names("src/exports/qxUT23.def")
+EXTRA = "Qx"  # additions to the families: with headers of their own, and listed after the families
+
 interface = [line for line in read("src/exports/interface.txt").splitlines() if line and not line.startswith("#")]
 declared = {}
 umbrella = read("include/qxut23/qxut23.h")
@@ -30,10 +32,17 @@ for header in sorted(glob.glob("include/qxut23/*.h")):
         print(f"{header}: not included by qxut23.h")
 
 if listed != sorted(set(listed)):
-    print("qxUT23.def: not in the order of the alphabet, or a name stands twice")
+    print("qxUT23.def: not in alphabetical order, or a name occurs twice")
 for name in sorted(set(listed) - set(declared)):
-    print(f"{name}: in qxUT23.def, but in no public header")
+    print(f"{name}: listed in qxUT23.def, but not declared in a public header")
 for name in sorted(set(declared) - set(listed)):
-    print(f"{name}: declared in {declared[name]}, but not in qxUT23.def")
+    print(f"{name}: declared in {declared[name]}, but not listed in qxUT23.def")
 for name in sorted(set(listed) - set(interface)):
-    print(f"{name}: not a name of the interface (interface.txt)")
+    print(f"{name}: not a name of the interface (see interface.txt)")
+
+for name, header in declared.items():
+    if name.startswith(EXTRA) != any(other.startswith(EXTRA) for other in declared if declared[other] == header):
+        print(f"{name}: declared in {header} together with functions that have the prefix {EXTRA}")
+extra = [name.startswith(EXTRA) for name in interface]
+if extra != sorted(extra):
+    print(f"interface.txt: names with the prefix {EXTRA} before others")

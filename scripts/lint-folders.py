@@ -1,4 +1,4 @@
-"""Checks that every folder with a CMakeLists.txt says in its first line what lives there, and that the tree in
+"""Checks that the first line of every CMakeLists.txt describes the contents of its folder, and that the tree in
 docs/architecture.md shows each folder with that line. `--write` updates the tree. Called by scripts/lint."""
 
 import os
@@ -33,7 +33,7 @@ lines = []
 for folder in folders():
     text = first_line(folder)
     if text is None:
-        print(f"{folder}/CMakeLists.txt: the first line is not a comment of one sentence that says what lives there")
+        print(f"{folder}/CMakeLists.txt: the first line is not a comment of one sentence that describes the contents of the folder")
     else:
         lines.append((folder, text))
 
@@ -48,5 +48,5 @@ if shown != tree(lines):
     else:
         listed = set(shown.splitlines())
         for line in sorted(set(tree(lines).splitlines()) ^ listed):
-            print(f"{PAGE}: {'wrong or gone' if line in listed else 'missing'}: {line}")
+            print(f"{PAGE}: {'wrong or removed' if line in listed else 'missing'}: {line}")
         print(f"{PAGE}: run scripts/lint-folders.py --write")

@@ -1,10 +1,10 @@
-"""Prints every include that goes against the layers, and every circle of headers. Called by scripts/lint."""
+"""Prints every include that violates the layers, and every circle of headers. Called by scripts/lint."""
 
 import os
 import re
 
-# A folder of src/ may include its own headers and those of lower ranks. Folders of one rank stand beside each other:
-# they may use each other, as long as no circle of folders comes of it.
+# A folder of src/ may include its own headers and headers of lower ranks. Folders of the same rank may include each
+# other's headers as long as the folders don't form a circle.
 RANKS = {
     "containers": 0, "core": 1, "module": 2, "files": 3,
     "prof": 4, "zip": 4, "locale": 4, "markup": 4, "threads": 4, "diag": 4, "accounts": 4,
@@ -32,13 +32,13 @@ def check_library():
         for form, name in includes(path):
             target = name.split("/")[0]
             if form == '"' and target not in RANKS:
-                print(f"{path}: \"{name}\" is not named from src/")
+                print(f"{path}: \"{name}\" must be named relative to src/")
             elif form == '"' and folder in RANKS and RANKS[target] > RANKS[folder]:
-                print(f"{path}: {folder} stands below {name}")
+                print(f"{path}: {folder} is a lower layer than {name}")
 
 
 def folder_edges(root):
-    """Which folders of a tree, however deep, include headers of which others."""
+    """Returns, for each folder of a tree, the other folders whose headers it includes."""
     edges = {}
     for path in sources(root):
         folder = os.path.dirname(path)
@@ -50,22 +50,22 @@ def folder_edges(root):
 
 
 def check_clients():
-    """The public headers stand alone; the program sees nothing but them; the layer knows nothing of the library."""
+    """Checks that public headers include only each other, the program only public headers, and the layer no library header."""
     for path in sources("include"):
         for form, name in includes(path):
             if not name.startswith("qxut23/") and name not in ("stdarg.h", "stddef.h", "stdint.h"):
-                print(f"{path}: {name} is not part of the public interface")
+                print(f"{path}: {name} is not a public header")
     for path in sources("tools", "platform"):
         for form, name in includes(path):
             if name.split("/")[0] in RANKS and not os.path.exists(os.path.join(os.path.dirname(path), name)) \
                     and not os.path.exists(os.path.join("platform/src", name)):
-                print(f"{path}: {name} is the library's own")
+                print(f"{path}: {name} is an internal header of the library")
             if path.startswith("platform") and name.startswith("qxut23/"):
-                print(f"{path}: the layer knows nothing of the library above it")
+                print(f"{path}: the layer must not include headers of the library")
 
 
 def check_circles(edges, what):
-    """Depth first; a circle is told once, from the node at which it was entered."""
+    """Searches depth first. Reports each circle once, starting at the node where the search entered it."""
     state = {}
 
     def visit(node, trail):

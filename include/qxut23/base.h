@@ -1,4 +1,4 @@
-/* Types that all headers of the library share. C11 and C++17; nothing else is pulled in. */
+/* Types shared by all public headers of the library. Valid C11 and C++17; includes only two standard C headers. */
 #ifndef QXUT23_BASE_H
 #define QXUT23_BASE_H
 
@@ -17,7 +17,7 @@
 
 #if defined(_WIN32)
 #define QXUT_API
-#define QXUT_SYSTEM_API(type) __declspec(dllimport) type __stdcall /* a function of the system itself */
+#define QXUT_SYSTEM_API(type) __declspec(dllimport) type __stdcall /* a function that the operating system provides */
 #else
 #define QXUT_API __attribute__((visibility("default")))
 #define QXUT_SYSTEM_API(type) QXUT_API type
@@ -26,17 +26,17 @@
 QXUT_EXTERN_C_BEGIN
 
 /* A character of wide text: one UTF-16 code unit, 16 bits on every system. Callers whose wchar_t has 16 bits pass
-   L"..." texts; C++ callers elsewhere pass u"..." texts; C callers elsewhere pass arrays of uint16_t. */
+   L"..." literals. On other systems, C++ callers pass u"..." literals and C callers pass arrays of uint16_t. */
 #if defined(_WIN32) || (defined(__SIZEOF_WCHAR_T__) && __SIZEOF_WCHAR_T__ == 2)
-typedef wchar_t QXWCHAR; /* in C from <stddef.h> */
+typedef wchar_t QXWCHAR; /* C gets it from <stddef.h> */
 #elif defined(__cplusplus)
 typedef char16_t QXWCHAR;
 #else
 typedef uint16_t QXWCHAR;
 #endif
 
-/* Results and counts of COM interfaces, the system's HRESULT and ULONG with 32 bits each, and how their functions are
-   called. */
+/* The result and count types of COM interfaces (HRESULT and ULONG of the system, 32 bits each) and the calling
+   convention of COM functions. */
 #if defined(_WIN32)
 typedef long QXHRESULT;
 typedef unsigned long QXULONG;

@@ -1,7 +1,7 @@
-/* BSTR: the system's text whose length stands ahead of it. Functions that hand one out say so; the caller releases it.
+/* BSTR: the system's length-prefixed string. Functions that return one say so; the caller frees it with SysFreeString.
  *
- * The functions are the system's own (on windows of oleaut32, elsewhere of the platform library that comes with this
- * one), declared here for callers that include no header of the system. Published at
+ * These functions belong to the system: oleaut32 on windows, and the platform library that ships with this library
+ * elsewhere. They are declared here for callers that don't include the system's headers. Documented at
  * https://learn.microsoft.com/windows/win32/api/oleauto/.
  */
 #ifndef QXUT23_BSTR_H
@@ -11,13 +11,14 @@
 
 QXUT_EXTERN_C_BEGIN
 
-/* A new BSTR of `length` characters and a terminator; null without memory. A null `text` leaves them unset. */
+/* Allocates a BSTR of `length` characters plus a terminator and copies `length` characters from `text` into it. If
+   `text` is null, the characters are left uninitialised. Returns null if memory runs out. */
 QXUT_SYSTEM_API(QXWCHAR*) SysAllocStringLen(const QXWCHAR* text, unsigned int length);
 
-/* The characters of a BSTR, terminator not included; 0 for null. */
+/* Returns the length of a BSTR in characters, without the terminator. Returns 0 for null. */
 QXUT_SYSTEM_API(unsigned int) SysStringLen(QXWCHAR* text);
 
-/* Releases a BSTR; null is fine. */
+/* Frees a BSTR. Null is ignored. */
 QXUT_SYSTEM_API(void) SysFreeString(QXWCHAR* text);
 
 QXUT_EXTERN_C_END

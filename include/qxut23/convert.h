@@ -1,16 +1,17 @@
 /* Binary data as one line of text, and back.
  *
- * Packed text is Base64 (RFC 4648) of the data, or, when compression is asked for, "@2@" and Base64 of an image that
- * holds the size, a tag and a zlib stream (RFC 1950). Readers take both, and the older "@1@". White space between
- * groups of four characters is passed over. No pass phrase is used here.
+ * Packed text is the Base64 (RFC 4648) form of the data. With compression it is "@2@" followed by the Base64 form of an
+ * image that consists of the size, a tag and a zlib stream (RFC 1950). The unpacking functions read both forms and the
+ * older "@1@" form. They skip white space between groups of four characters. These functions don't use a pass phrase.
  *
- * Rules of the functions that fill a text buffer (`buffer`, `bufferChars`: its size in characters, terminator
- * included):
- *   - a null buffer or a size of 0 gives the needed size in characters, terminator included, and writes nothing;
- *   - otherwise the text is copied, cut to the size and terminated: 0, or QXUT_CONVERT_CUT if it was cut.
- * Rules of the functions that give a BSTR: a null string is allocated with SysAllocStringLen, any other is replaced
- * with SysReAllocStringLen; the caller frees it. `compress`: any value but 0 compresses. A null argument that the table
- * of results below does not name gives QXUT_CONVERT_NULL and touches nothing.
+ * Functions that fill a text buffer (`buffer`; `bufferChars` is its size in characters, terminator included):
+ *   - With a null buffer or a size of 0, they write nothing and return the required size in characters, terminator
+ *     included.
+ *   - Otherwise they copy the text, truncate it to the buffer and terminate it. They return 0, or QXUT_CONVERT_CUT if
+ *     the text was truncated.
+ * Functions that return a BSTR allocate a null string with SysAllocStringLen and replace any other string with
+ * SysReAllocStringLen. The caller frees it. `compress`: any value other than 0 compresses. Unless a function says
+ * otherwise, a null argument returns QXUT_CONVERT_NULL and nothing is changed.
  */
 #ifndef QXUT23_CONVERT_H
 #define QXUT23_CONVERT_H
@@ -19,41 +20,41 @@
 
 QXUT_EXTERN_C_BEGIN
 
-/* The system's stream interface, as its own header declares it. */
+/* The system's stream interface, as declared in the system's own header. */
 struct IStream;
 
-/* No address for the text, no memory for it, a source that can't be read whole, or more data than room. */
+/* The address for the text is null, memory ran out, the source can't be read completely, or the buffer is too small. */
 #define QXUT_CONVERT_FAILED (-1)
-#define QXUT_CONVERT_NULL (-2) /* a null argument, or no stream can be made on the memory */
-#define QXUT_CONVERT_CUT (-44) /* the text did not fit and was cut */
+#define QXUT_CONVERT_NULL (-2) /* a null argument, or no stream can be created on the memory block */
+#define QXUT_CONVERT_CUT (-44) /* the text was truncated because it did not fit */
 
-/* Packs `size` bytes at `data` (may be null when `size` is 0: the empty text). */
+/* Packs `size` bytes at `data` into a text buffer. `data` may be null if `size` is 0; the result is the empty text. */
 QXUT_API int32_t UtilConvertBLOBToString(
     const void* data, uint32_t size, QXWCHAR* buffer, uint32_t bufferChars, int32_t compress);
 
-/* The same into a BSTR: 0, or QXUT_CONVERT_FAILED for a null `text` or without memory. */
+/* Packs `size` bytes at `data` into a BSTR. Returns 0, or QXUT_CONVERT_FAILED if `text` is null or memory runs out. */
 QXUT_API int32_t UtilConvertBLOBToBSTR(const void* data, uint32_t size, QXWCHAR** text, int32_t compress);
 
-/* Unpacks to `data`, which has room for `size` bytes: the count of bytes, QXUT_CONVERT_FAILED when they do not fit
-   (nothing is written then, unless the text ends inside a group of four), QXUT_CONVERT_NULL for a null text. A null
-   `data` gives the count alone. */
+/* Unpacks `text` into `data`, a buffer of `size` bytes. Returns the number of bytes. Returns QXUT_CONVERT_FAILED if the
+   bytes don't fit; nothing is written then, unless the text ends inside a group of four. Returns QXUT_CONVERT_NULL if
+   `text` is null. If `data` is null, only the number of bytes is returned. */
 QXUT_API int32_t UtilConvertStringToBLOB(const QXWCHAR* text, void* data, uint32_t size);
 
-/* Packs all of a stream, whatever its position. */
+/* Pack the whole contents of a stream, regardless of its current position. */
 QXUT_API int32_t UtilConvertStreamToString(
     struct IStream* stream, QXWCHAR* buffer, uint32_t bufferChars, int32_t compress);
 QXUT_API int32_t UtilConvertStreamToBSTR(struct IStream* stream, QXWCHAR** text, int32_t compress);
 
-/* Unpacks to a stream, from its beginning on; the stream is cut behind the data and rewound. An empty text leaves it as
-   it is. 0, or QXUT_CONVERT_NULL. */
+/* Unpacks `text` to a stream, overwriting it from the beginning. The stream is truncated after the data and rewound. An
+   empty text leaves the stream unchanged. Returns 0 or QXUT_CONVERT_NULL. */
 QXUT_API int32_t UtilConvertStringToStream(const QXWCHAR* text, struct IStream* stream);
 
-/* Packs the contents of a global memory block (GlobalAlloc), which stays the caller's. */
+/* Pack the contents of a global memory block (GlobalAlloc). The caller keeps ownership of the block. */
 QXUT_API int32_t UtilConvertHGLOBALToString(void* memory, QXWCHAR* buffer, uint32_t bufferChars, int32_t compress);
 QXUT_API int32_t UtilConvertHGLOBALToBSTR(void* memory, QXWCHAR** text, int32_t compress);
 
-/* Unpacks to a new global memory block, which the caller frees with GlobalFree. A block that `*memory` holds is freed
-   first. 0, or QXUT_CONVERT_NULL for a null `memory` or `text`. */
+/* Unpacks `text` to a new global memory block, which the caller frees with GlobalFree. If `*memory` already holds a
+   block, that block is freed. Returns 0, or QXUT_CONVERT_NULL if `memory` or `text` is null. */
 QXUT_API int32_t UtilConvertStringToHGLOBAL(const QXWCHAR* text, void** memory);
 
 QXUT_EXTERN_C_END

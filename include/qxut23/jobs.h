@@ -1,10 +1,11 @@
-/* Job pools: a caller's jobs run on a few worker threads, and their results come back on the caller's own thread.
+/* Job pools: the caller's jobs run on a few worker threads, and their results come back on the caller's own thread.
  *
- * The order of calls: open a pool, add jobs, finalize it on the thread that owns the results, close it. Jobs may be
- * added and finalized again and again. Any thread may add jobs, also a job or a host; any thread may abort.
+ * Call order: open a pool, add jobs, finalize the pool on the thread that owns the results, close the pool. Adding and
+ * finalizing may be repeated. Any thread may add jobs, including jobs and hosts themselves; any thread may abort.
  *
- * Jobs and hosts are COM objects of the caller's. Their interfaces are declared here as they lie in memory, for callers
- * with and without the system's headers; a class that implements one may at the same time implement the system's.
+ * Jobs and hosts are COM objects implemented by the caller. Their interfaces are declared here with their memory
+ * layout, so that callers don't need the system's headers. A class that implements them may implement interfaces of the
+ * system as well.
  */
 #ifndef QXUT23_JOBS_H
 #define QXUT23_JOBS_H
@@ -12,9 +13,9 @@
 #include <qxut23/base.h>
 
 struct IUnknown;
-struct _GUID; /* the system's identifier of an interface, 16 bytes */
+struct _GUID; /* the system's interface identifier, 16 bytes */
 
-/* The identifiers of the two interfaces, as initialisers of such a structure. */
+/* The identifiers of the two interfaces, as initialisers for such a structure. */
 #define QXUT_IID_IUTTHREADEDJOB                                                                                        \
     {                                                                                                                  \
         0x2989A6CF, 0x0467, 0x49FF,                                                                                    \
@@ -32,15 +33,18 @@ struct _GUID; /* the system's identifier of an interface, 16 bytes */
 
 #ifdef __cplusplus
 
-/* A job. The first three functions are those of every COM interface; the order of all is that of their slots.
+/* A job. The first three functions are those of every COM interface. The order of the functions is the order of their
+ * vtable slots.
  *
- * Run does the work; its result is ignored. It is called once, without any lock, on a worker, or on the thread that
- *   finalizes or closes the pool.
- * GetResult is read behind the Run of a job that ran on the calling thread. 0 or more for success, below 0 for failure.
- * GetGroup gives the group that the job belongs to, so that one group can be aborted; 0 for none.
- * CanRunOnWorker gives 0 for a job that must run on the thread that finalizes the pool. It is asked once, as the job is
- *   added.
- * GetGroup and CanRunOnWorker are called under the pool's lock: they must return at once. */
+ * Run does the work. It is called once, without any lock held, on a worker or on the thread that finalizes or closes
+ * the pool. Its result is ignored.
+ * GetResult is called after Run if the job ran on the calling thread. 0 or more means success, a negative value
+ * failure.
+ * GetGroup returns the group the job belongs to, or 0 for none. A group can be aborted as a whole.
+ * CanRunOnWorker returns 0 if the job must run on the thread that finalizes the pool. It is called once, when the job
+ * is added.
+ * GetGroup and CanRunOnWorker are called with the pool's lock held and must return immediately.
+ */
 struct IUTThreadedJob
 {
     virtual QXHRESULT QXUT_COMCALL QueryInterface(const struct _GUID& iid, void** object) = 0;
@@ -53,15 +57,17 @@ struct IUTThreadedJob
     virtual int32_t QXUT_COMCALL CanRunOnWorker() = 0;
 };
 
-/* Who is told of finished jobs.
+/* Receives finished jobs.
  *
- * OnJobDone gets the job's name and the job, null if the object that was added is none; both are valid during the call.
- *   0: the job is finished with, and the pool releases it. Else it is kept until the pool is finalized, whose host is
- *   told then and whose answer is ignored. A job's own host is told on the worker, under the pool's lock: it may call
- *   the pool's functions, but must not wait for another job.
- * WaitForJobs is asked of the host that finalizes, when nothing has come back at the moment. It gets the handle of an
- *   event that is set when a job is finished. 1 lets the library wait for that, a second at most; else the host has
- *   waited itself, for the event or for whatever else it has to serve. */
+ * OnJobDone receives the job's name and the job, which is null if the added object does not implement IUTThreadedJob.
+ * Both are valid during the call. Returning 0 means that the job is done with, and the pool releases it. Otherwise the
+ * pool keeps the job until it is finalized, passes it to the finalizing host, and ignores the result of that call. A
+ * job's own host is called on the worker with the pool's lock held: it may call the pool's functions but must not wait
+ * for another job.
+ * WaitForJobs is called on the finalizing host when no job has finished. `event` is the handle of an event that is set
+ * when a job finishes. If the host returns 1, the library waits for the event, at most one second. Otherwise the host
+ * has waited itself, for the event or for anything else it has to serve.
+ */
 struct IUTThreadedJobHost
 {
     virtual QXHRESULT QXUT_COMCALL QueryInterface(const struct _GUID& iid, void** object) = 0;
@@ -74,7 +80,7 @@ struct IUTThreadedJobHost
 
 #else
 
-/* The same in C; what the functions do is told above. */
+/* The same interfaces in C. Their functions are documented above. */
 typedef struct IUTThreadedJob
 {
     const struct IUTThreadedJobVtbl* lpVtbl;
@@ -113,35 +119,36 @@ QXUT_EXTERN_C_BEGIN
 
 typedef struct QxUtThreadPool* HUTTHREADPOOL;
 
-/* The result of the functions below for an argument that must not be null. */
+/* The result of the functions below if an argument that must not be null is null. */
 #define QXUT_E_INVALIDARG ((int32_t)0x80070057)
 
-/* Opens a pool with at most so many workers; 0 for one less than the processors of the process, but at least 1. The
-   eleventh pool alive at once, and each one after it, has 2 at most. Workers begin with the jobs that need them, and
-   end with the pool. `name` is what the threads are called in a debugger and in the debug output. Null only without
-   memory. */
+/* Opens a pool with at most `maximumWorkers` workers. 0 stands for the number of processors available to the process
+   minus 1, but at least 1. While ten or more pools are open, a new pool gets at most 2 workers. Workers are started
+   when jobs need them and end with the pool. `name` names the threads in debuggers and in the debug output. Returns
+   null only if memory runs out. */
 QXUT_API HUTTHREADPOOL UtilThreadPoolOpen(uint32_t maximumWorkers, const QXWCHAR* name);
 
-/* Adds a job. `job` is any interface of an object that has IUTThreadedJob; one that hasn't passes through the pool
-   without being run. The pool holds a reference to it, and to `host`, which may be null: it is told when the job is
-   done. Once a pool was aborted, also if only for one group, further jobs are dropped: released without being run, and
-   nobody is told. 0, or QXUT_E_INVALIDARG for a null pool. */
+/* Adds a job. `job` is any interface of an object that implements IUTThreadedJob. An object that does not implement it
+   passes through the pool without being run. The pool holds a reference to `job` and to `host`. `host` may be null;
+   otherwise it is notified when the job is done. Once a pool has been aborted, even for one group only, new jobs are
+   dropped: they are released without being run, and no host is notified. Returns 0, or QXUT_E_INVALIDARG if `pool` is
+   null. */
 QXUT_API int32_t UtilThreadPoolAdd(
     HUTTHREADPOOL pool, const QXWCHAR* name, struct IUnknown* job, struct IUTThreadedJobHost* host);
 
-/* Drops the jobs of a group, 0 for all of them, that no thread has begun, and those that are done and wait to be
-   finalized; nobody is told. Jobs that run go on to their end. Only the first abort of a pool does anything. 0, or
-   QXUT_E_INVALIDARG for a null pool. */
+/* Drops the jobs of a group (0 for all jobs) that have not started, and finished jobs that wait to be finalized. No
+   host is notified. Running jobs run to their end. Only the first abort of a pool has an effect. Returns 0, or
+   QXUT_E_INVALIDARG if `pool` is null. */
 QXUT_API int32_t UtilThreadPoolAbort(HUTTHREADPOOL pool, int32_t group);
 
-/* Runs the jobs that must run on this thread, tells `host` of each job that is done and was not taken by its own host,
-   and returns when no job is left. A job that runs on a worker is left itself, so it must not call this; one that runs
-   on the calling thread may. 0, or QXUT_E_INVALIDARG for a null pool or a null host. */
+/* Runs the jobs that must run on this thread, notifies `host` of each finished job that its own host has not taken, and
+   returns when no job is left. Don't call this from a job that runs on a worker: that job itself is still left. A job
+   that runs on the calling thread may call it. Returns 0, or QXUT_E_INVALIDARG if `pool` or `host` is null. */
 QXUT_API int32_t UtilThreadPoolFinalize(HUTTHREADPOOL pool, struct IUTThreadedJobHost* host);
 
-/* Aborts all jobs, waits for those that run, and frees the pool. A pool of which only one group was aborted before
-   finishes its other jobs first. Null is ignored. No other thread may use the pool any more, and no job or host of it
-   may call this. */
+/* Aborts all jobs, waits for the running ones, and frees the pool. A pool that was aborted for one group only finishes
+   its other jobs first. Null is ignored. No other thread may use the pool any more, and none of its jobs or hosts may
+   call this function. */
 QXUT_API void UtilThreadPoolClose(HUTTHREADPOOL pool);
 
 QXUT_EXTERN_C_END

@@ -1,4 +1,4 @@
-/* The library itself: its version, the user's language, what kind of session it runs in, failed assertions. */
+/* The library itself: its version, the user's language, the kind of session it runs in, failed assertions. */
 #ifndef QXUT23_MODULE_H
 #define QXUT23_MODULE_H
 
@@ -6,28 +6,29 @@
 
 QXUT_EXTERN_C_BEGIN
 
-/* What UtilGetVersion is asked for. */
+/* Values of `which` for UtilGetVersion. */
 #define QXUT_VERSION_ALL 0
 #define QXUT_VERSION_MAJOR 1
 #define QXUT_VERSION_MINOR 2
 #define QXUT_VERSION_PATCH 3
 
-/* The library's version: for QXUT_VERSION_ALL the major number in the high word and the minor number in the low one
-   (0x170002 for 23.2), for the others the one number. -1 for another `which`. */
+/* Returns the library's version. For QXUT_VERSION_ALL the major number is in the high word and the minor number in the
+   low word (0x170002 for 23.2); the other values select one number. Returns -1 for any other `which`. */
 QXUT_API int32_t UtilGetVersion(int32_t which);
 
-/* The code of the language in which to speak to the user: the one that was stored by UtilLanguageSet, or else that of
-   the system's user interface. English is 1, German is 0; a language without a code gives 1. */
+/* Returns the code of the language in which to address the user: the code stored by UtilLanguageSet, or otherwise the
+   code of the language of the system's user interface. English is 1, German is 0. A language without a code returns 1.
+ */
 QXUT_API int32_t UtilLanguageGet(void);
 
-/* Stores the user's choice of a language code for all programs of this user: the DWORD "Language" of the registry key
-   "Software\trelmo\Appearance". 0 takes the choice back, so German is chosen by the system only. 0, or the error code
-   of the registry function that failed. */
+/* Stores the user's choice of a language code for all programs of this user, as the DWORD "Language" of the registry
+   key "Software\trelmo\Appearance". 0 removes the choice, so German can be selected only through the system's language.
+   Returns 0, or the error code of the registry function that failed. */
 QXUT_API int32_t UtilLanguageSet(int32_t code);
 
-/* Shows a box that names the failed expression, the file and the line, cut to 80 characters in all, and ends the
-   process with exit code -1, whatever the user answers: the call returns only if the box was replaced by one that
-   answers with OK (1). Null texts count as empty. */
+/* Shows a message box with the failed expression, the file and the line, truncated to 80 characters in total, and ends
+   the process with exit code -1 whichever button the user chooses. The function returns only if the box has been
+   replaced by one that returns OK (1). Null texts count as empty. */
 QXUT_API void UtilAssert(const QXWCHAR* expression, const QXWCHAR* file, uint32_t line);
 
 /* Results of UtilGetOSEnvironmentType. */
@@ -36,12 +37,12 @@ QXUT_API void UtilAssert(const QXWCHAR* expression, const QXWCHAR* file, uint32_
 #define QXUT_ENVIRONMENT_SERVICE 3
 #define QXUT_ENVIRONMENT_WEBSERVER 4
 
-/* What kind of session the process runs in; found out at the first call. */
+/* Returns the kind of session the process runs in, determined at the first call. */
 QXUT_API int32_t UtilGetOSEnvironmentType(void);
 
-/* 1 if someone is there to answer a question, else 0: the session has a screen and is interactive, and the registry
-   does not list the program (its file's name without extension, between semicolons) in the value "NonInteractiveApps"
-   of the key "Software\trelmo" of HKEY_LOCAL_MACHINE. Found out at the first call. */
+/* Returns 1 if a user can be asked a question, otherwise 0. The session must have a visible screen and be interactive,
+   and the program (its file name without extension) must not be listed in the registry value "NonInteractiveApps"
+   (names separated by semicolons) of the key "Software\trelmo" of HKEY_LOCAL_MACHINE. Determined at the first call. */
 QXUT_API int32_t UtilGetUIInteractionAllowed(void);
 
 QXUT_EXTERN_C_END

@@ -1,39 +1,39 @@
-/* Values of a profile that are no texts. Each type has one text form, so that a file can be read and written by hand:
+/* Typed values of a profile. Each type has one text form, so that a file can be read and edited by hand:
 
      type       append and set write                          get reads
-     Bool       TRUE or FALSE                                 true if the first character is T or Y, upper case only
+     Bool       TRUE or FALSE                                 true if the first character is an upper-case T or Y
      Int        decimal                                       x and hexadecimal digits, or decimal
-     IntHex     x and hexadecimal digits: append 8 of them    by ProfGetInt
-                in upper case, set as many as are needed in
-                lower case
+     IntHex     x and hexadecimal digits: append writes 8     by ProfGetInt
+                of them in upper case, set as many as needed
+                in lower case
      Int64      decimal, without a sign                       x and hexadecimal digits, or decimal
      Int64Hex   x and hexadecimal digits without padding:     by ProfGetInt64
                 append in upper case, set in lower case
-     Double     six decimals behind a point                   what wcstod reads
+     Double     six decimals after a point                    whatever wcstod parses
      Point      (x,y)                                         the same
      Rect       (left,top,right,bottom)                       the same
      RectLTWH   (left,top,width,height)                       the same
      Colorref   (red,green,blue), decimal                     the same, or x and hexadecimal digits for the whole colour
      Variant    var:// and packed bytes                       the same; any other text as a VT_BSTR
 
-   Numbers don't depend on the user's settings. What follows the number, or the last field, is ignored: "12abc" is 12.
-   A getter looks at the first 199 characters, ProfGetInt64 at 63.
+   Numbers don't depend on the user's settings. Text after the number or after the last field is ignored: "12abc" is 12.
+   Getters look at the first 199 characters of a value, ProfGetInt64 at the first 63.
 
-   For `job`, `list`, `path`, the two spellings and threads see profile.h.
+   For `job`, `list`, `path`, the A and W variants and threads see profile.h.
 
-   Append makes a new leaf behind what is there, with the empty name for a null path; set gives the first leaf of the
-   path the value, or makes one, and does nothing for a null path. Both do nothing for the invalid job and for a null
-   value.
+   Append functions add a new leaf after the existing entries; with a null path its name is empty. Set functions assign
+   the value to the first leaf with the path, or create one; with a null path they do nothing. Both do nothing if the
+   job is invalid or `value` is null.
 
-   Get
+   Results of the get functions
      PROF_OK                 `result` holds the value.
-     PROF_ERR_NO_LEAF        There is no such leaf, it is empty, or the job is invalid: `result` got the default.
-     PROF_ERR_NOT_THAT_TYPE  The text isn't one of the type. `result` is as it was; of a point or rectangle it may have
-                             the fields in front of the one that is wrong. Not given for Bool and Double, which any text
-                             is.
+     PROF_ERR_NO_LEAF        The leaf doesn't exist or is empty, or the job is invalid. `result` holds the default.
+     PROF_ERR_NOT_THAT_TYPE  The text is not of the type. `result` is unchanged, except that the fields of a point or
+                             rectangle before the first malformed field may have been assigned. Bool and Double never
+                             return this code, since any text is valid for them.
      PROF_ERR_STOPPED        Memory ran out.
-   Defaults of points and rectangles are given by address, which may be that of the result; null means that the result
-   stays as it is. */
+   Defaults for points and rectangles are passed by address, which may be the address of the result. With null, the
+   result is unchanged. */
 #ifndef QXUT23_PROFILE_VALUES_H
 #define QXUT23_PROFILE_VALUES_H
 
@@ -41,7 +41,7 @@
 
 QXUT_EXTERN_C_BEGIN
 
-/* As the system's POINT and RECT. */
+/* Laid out like the system's POINT and RECT. */
 typedef struct ProfPoint
 {
     int32_t x;
@@ -59,7 +59,7 @@ typedef struct ProfRect
 /* The system's VARIANT (<oleauto.h>). */
 struct tagVARIANT;
 
-/* Flags: 0 is false, all else is true. */
+/* Flags: 0 is false, anything else is true. */
 QXUT_API void ProfAppendBoolA(HPROFJOB job, HPROFLIST list, const char* path, int32_t value);
 QXUT_API void ProfAppendBoolW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, int32_t value);
 QXUT_API void ProfSetBoolA(HPROFJOB job, HPROFLIST list, const char* path, int32_t value);
@@ -79,7 +79,7 @@ QXUT_API void ProfAppendIntHexW(HPROFJOB job, HPROFLIST list, const QXWCHAR* pat
 QXUT_API void ProfSetIntHexA(HPROFJOB job, HPROFLIST list, const char* path, int32_t value);
 QXUT_API void ProfSetIntHexW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, int32_t value);
 
-/* A negative number is written, and comes back, as the unsigned one of the same bits. */
+/* A negative number is written, and read back, as the unsigned number with the same bits. */
 QXUT_API void ProfAppendInt64A(HPROFJOB job, HPROFLIST list, const char* path, int64_t value);
 QXUT_API void ProfAppendInt64W(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, int64_t value);
 QXUT_API void ProfSetInt64A(HPROFJOB job, HPROFLIST list, const char* path, int64_t value);
@@ -100,8 +100,8 @@ QXUT_API void ProfSetDoubleW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, 
 QXUT_API int32_t ProfGetDoubleA(HPROFJOB job, HPROFLIST list, const char* path, double* result, double defaultValue);
 QXUT_API int32_t ProfGetDoubleW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, double* result, double defaultValue);
 
-/* Red in the low byte, then green, then blue. The high byte isn't written, but a text of hexadecimal digits can bring
- * it. */
+/* Red in the low byte, then green, then blue. The high byte isn't written, but reading hexadecimal digits can set it.
+ */
 QXUT_API void ProfAppendColorrefA(HPROFJOB job, HPROFLIST list, const char* path, uint32_t value);
 QXUT_API void ProfAppendColorrefW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, uint32_t value);
 QXUT_API void ProfSetColorrefA(HPROFJOB job, HPROFLIST list, const char* path, uint32_t value);
@@ -129,7 +129,7 @@ QXUT_API int32_t ProfGetRectA(
 QXUT_API int32_t ProfGetRectW(
     HPROFJOB job, HPROFLIST list, const QXWCHAR* path, ProfRect* result, const ProfRect* defaultValue);
 
-/* The same struct, but its text holds width and height. */
+/* The same structure, but the text holds width and height instead of right and bottom. */
 QXUT_API void ProfAppendRectLTWHA(HPROFJOB job, HPROFLIST list, const char* path, const ProfRect* value);
 QXUT_API void ProfAppendRectLTWHW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const ProfRect* value);
 QXUT_API void ProfSetRectLTWHA(HPROFJOB job, HPROFLIST list, const char* path, const ProfRect* value);
@@ -140,27 +140,30 @@ QXUT_API int32_t ProfGetRectLTWHW(
     HPROFJOB job, HPROFLIST list, const QXWCHAR* path, ProfRect* result, const ProfRect* defaultValue);
 
 /* ---- Variants ----
-   Numbers, dates, texts, errors, flags, and arrays of variants, texts and these; what a variant refers to is written
-   itself. The elements of other arrays come back empty, as do objects, records and decimals; an array comes back as one
-   of variants with the lower bound 0; a text ends at its first zero character; arrays nested more than 64 deep are
-   empty. From 101 bytes on the bytes are compressed. */
+   Numbers, dates, texts, errors, flags, and arrays of variants, of texts and of these types. References are followed:
+   the value itself is written. The elements of other arrays come back empty, as do objects, records and decimals.
+   Arrays come back as arrays of variants with the lower bound 0, texts end at their first zero character, and arrays
+   nested more than 64 levels deep come back empty. Values of 101 bytes and more are compressed. */
 
 QXUT_API void ProfAppendVariant(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const struct tagVARIANT* value);
 QXUT_API void ProfSetVariant(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const struct tagVARIANT* value);
 
-/* `value` must be initialised and is cleared for the new value, which is the caller's to clear. An empty text, and one
-   that can't be unpacked, make it VT_EMPTY, unless it holds what the system doesn't convert to that (VT_NULL, an
-   array): that stays. PROF_OK, also if nothing is done because `value` is null or the job invalid; PROF_ERR_NO_LEAF,
-   and `value` got a copy of the default, if that isn't null; PROF_ERR_STOPPED. */
+/* Stores the variant in `value`, which must be initialised. Its old value is cleared; the caller clears the new one. An
+   empty text, and a text that can't be unpacked, produce VT_EMPTY, unless `value` holds something that the system
+   doesn't convert to VT_EMPTY (VT_NULL, an array); `value` is unchanged then. Returns PROF_OK, also if nothing is done
+   because `value` is null or the job is invalid; PROF_ERR_NO_LEAF, with a copy of the default in `value` unless the
+   default is null; PROF_ERR_STOPPED. */
 QXUT_API int32_t ProfGetVariant(
     HPROFJOB job, HPROFLIST list, const QXWCHAR* path, struct tagVARIANT* value, const struct tagVARIANT* defaultValue);
 
-/* The same for a text that is at hand. PROF_OK; PROF_ERR_NOT_THAT_TYPE for a null text; PROF_ERR_STOPPED. */
+/* The same for a text that the caller already has. Returns PROF_OK; PROF_ERR_NOT_THAT_TYPE if `text` is null;
+   PROF_ERR_STOPPED. */
 QXUT_API int32_t ProfGetVariantFromContents(const QXWCHAR* text, struct tagVARIANT* value);
 
 /* ---- Single texts ----
-   Without a job: the value of `text` goes to `result`, or else the default, also for a null text. Hexadecimal digits
-   are read for colours only; an empty text is a true flag. A null default of a rectangle leaves the result as it is. */
+   These functions parse a text without a job. They store the value of `text` in `result`, or the default if the text is
+   null or not of the type. Hexadecimal digits are accepted for colours only. An empty text is true as a flag. With a
+   null default, the result of a rectangle is unchanged. */
 
 QXUT_API void ProfLPSTRtoBOOLA(const char* text, int32_t* result, int32_t defaultValue);
 QXUT_API void ProfLPSTRtoBOOLW(const QXWCHAR* text, int32_t* result, int32_t defaultValue);

@@ -1,4 +1,4 @@
-/* The whole interface of the library: the headers of all families. C11 and C++17. */
+/* Includes all public headers of the library. Valid C11 and C++17. */
 #ifndef QXUT23_QXUT23_H
 #define QXUT23_QXUT23_H
 

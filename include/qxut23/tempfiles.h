@@ -1,13 +1,14 @@
-/* Temporary files, and a manager that gets rid of them.
+/* Temporary files, and a manager that deletes them.
  *
- * The library's temporary files stand in the folder "trelmo" of the user's temp folder, and their names begin with
- * "_23_", the library's version. A file that can't be deleted at once, since a viewer has it open still, is handed over
- * to the manager: a thread deletes it as soon as nothing holds it. Once a day that thread also deletes what processes
- * left behind in the folder: files of these names that nobody has written to for an hour, provided that no process's
- * manager was active in the last three hours. For that each manager touches the file "_23_activity.signal" there.
+ * The library's temporary files are in the folder "trelmo" of the user's temp folder. Their names begin with "_23_",
+ * the library's version. A file that can't be deleted immediately, because a viewer still has it open, is handed over
+ * to the manager: its thread deletes the file as soon as nothing holds it open. Once a day the thread also deletes
+ * files that other processes have left in the folder: files with such names that nobody has written to for an hour,
+ * provided that no process's manager has been active in the last three hours. To signal its activity, each manager
+ * touches the file "_23_activity.signal" in the folder.
  *
- * A process has one manager at most. All of these functions may be called on any thread, and none reports a failure:
- * what happens to the files is told in the debug output.
+ * A process has at most one manager. All functions may be called on any thread. None reports a failure; the debug
+ * output tells what happens to the files.
  */
 #ifndef QXUT23_TEMPFILES_H
 #define QXUT23_TEMPFILES_H
@@ -16,27 +17,27 @@
 
 QXUT_EXTERN_C_BEGIN
 
-/* Makes the manager, if the process has none. */
+/* Creates the manager if the process has none. */
 QXUT_API void UtilTempFileMgrOpen(void);
 
-/* Ends the manager, if there is one; files that it has still to delete are tried a last time. Waits for the manager's
-   thread, 10 seconds at most, and dispatches the caller's window messages meanwhile. Call it before the library is
-   unloaded. */
+/* Ends the manager, if there is one, after a last attempt to delete its remaining files. Waits at most 10 seconds for
+   the manager's thread and dispatches the caller's window messages meanwhile. Call it before the library is unloaded.
+ */
 QXUT_API void UtilTempFileMgrClose(void);
 
-/* Hands over a file to be deleted, by its path; a read-only one too. The manager deletes it when nobody has written to
-   it for 10 seconds and nothing holds it open; until then it tries again every 1 to 10 seconds. Without a manager the
-   file is tried once, at once. A null path, and a file that doesn't exist, are nothing to do. */
+/* Hands over a file for deletion, by path; the file may be read-only. The manager deletes it once nobody has written to
+   it for 10 seconds and nothing holds it open, and retries every 1 to 10 seconds until then. Without a manager, one
+   attempt is made immediately. Does nothing if the path is null or the file doesn't exist. */
 QXUT_API void UtilTempFileMgrAdd(const QXWCHAR* fileName);
 
-/* The bits of UtilTempFileMgrCreateFile's flags; the others are ignored. */
-#define QXUT_TEMPFILE_LONG_PATH 1 /* the temp folder with long names where the library's own folder doesn't do */
+/* Bits of `flags` for UtilTempFileMgrCreateFile. Other bits are ignored. */
+#define QXUT_TEMPFILE_LONG_PATH 1 /* long form of the temp folder if "trelmo" is unusable */
 
-/* Makes an empty file with a new name: "_23_", the prefix, hex digits, a dot, the extension (with or without a dot of
-   its own). The file stays until somebody deletes it, for instance UtilTempFileMgrAdd. `fileName` is an in-out BSTR: a
-   null string is allocated with SysAllocStringLen, any other is replaced with SysReAllocStringLen; the caller frees it.
-   It gets the full path, or an empty text if no file could be made. 1, or 0, with nothing done, if one of the three
-   pointers is null. */
+/* Creates an empty file with a new name that consists of "_23_", the prefix, hex digits, a dot and the extension (with
+   or without a leading dot). The file exists until somebody deletes it, for example UtilTempFileMgrAdd. `fileName` is
+   an in-out BSTR: a null string is allocated with SysAllocStringLen, any other is replaced with SysReAllocStringLen;
+   the caller frees it. It receives the full path, or an empty text if the file could not be created. Returns 1. Returns
+   0 and does nothing if one of the three pointers is null. */
 QXUT_API int32_t UtilTempFileMgrCreateFile(
     const QXWCHAR* prefix, const QXWCHAR* extension, uint32_t flags, QXWCHAR** fileName);
 

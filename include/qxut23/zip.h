@@ -1,10 +1,10 @@
-/* ZIP archives: written file by file, and unpacked.
+/* ZIP archives: created file by file, and extracted.
  *
- * The format is that of PKWARE's APPNOTE.TXT, with raw deflate (RFC 1951) and without ZIP64: a source, its compressed
- * form and the archive have at most 4 GB - 1 (0xFFFFFFFF bytes), and there are at most 65,535 entries.
+ * The format follows PKWARE's APPNOTE.TXT, with raw deflate (RFC 1951) and without ZIP64. A source file, its compressed
+ * form and the archive have at most 4 GB - 1 (0xFFFFFFFF bytes) each, and an archive has at most 65,535 entries.
  *
- * Texts are zero-terminated and stay the caller's; null counts as the empty text. A handle is for one thread at a time;
- * different handles have nothing to do with each other.
+ * Texts are zero-terminated and remain the caller's; null counts as the empty text. A handle may be used by one thread
+ * at a time. Different handles are independent.
  */
 #ifndef QXUT23_ZIP_H
 #define QXUT23_ZIP_H
@@ -13,7 +13,7 @@
 
 QXUT_EXTERN_C_BEGIN
 
-/* An archive that is being written. Opaque; null is the invalid one, which every function takes without harm. */
+/* An archive that is being written. Opaque. Null is the invalid handle, which every function accepts and ignores. */
 typedef struct ZIPFileObject* HZIPFILE;
 
 /* Result codes. */
@@ -21,62 +21,64 @@ enum
 {
     QXUT_ZIP_OK = 0,
     QXUT_ZIP_CANNOT_OPEN = -1,  /* the file to add can't be opened */
-    QXUT_ZIP_CANNOT_STORE = -2, /* it can't be compressed, or is too large */
+    QXUT_ZIP_CANNOT_STORE = -2, /* the file can't be compressed, or is too large */
     QXUT_ZIP_CANNOT_WRITE = -3  /* the archive can't be written, is too large, or would have too many entries */
 };
 
-/* Makes the archive `fileName`; a file of that name is replaced. `comment` is that of the whole archive, written in the
-   process's default code page; at most 65,535 bytes of it are kept. The file stays empty, and open without sharing,
-   until UtilZIPClose. Gives a handle, or null if the file can't be made. */
+/* Creates the archive `fileName`, replacing an existing file. `comment` is the comment of the whole archive, written in
+   the process's default code page and truncated to 65,535 bytes. Until UtilZIPClose the file is empty and open without
+   sharing. Returns a handle, or null if the file can't be created. */
 QXUT_API HZIPFILE UtilZIPCreate(const QXWCHAR* fileName, const QXWCHAR* comment);
 
-/* Adds the file `path`. It is compressed at once, into a temporary file that stays open until UtilZIPClose, so it may
-   change or go afterwards.
+/* Adds the file `path`. It is compressed immediately into a temporary file that stays open until UtilZIPClose, so the
+   original may be changed or deleted afterwards.
 
-   `storedName` is its name in the archive; without one it is `path`. A drive ("C:") or server ("\\server") at its
-   beginning is left out, the backslash behind it stays, and backslashes become slashes: "C:\dir\a.txt" is stored as
-   "/dir/a.txt". Since UtilExtractZip and other programs refuse or change a name with a slash in front, give a relative
-   name where that matters.
+   `storedName` is its name in the archive; if it is null or empty, `path` is used. A leading drive ("C:") or server
+   ("\\server") is removed, the backslash after it is kept, and backslashes become slashes: "C:\dir\a.txt" is stored as
+   "/dir/a.txt". UtilExtractZip and other programs refuse or change names with a leading slash; pass a relative name if
+   that matters.
 
-   `comment` is the entry's own. Name and comment are written in code page 437 if both can be, else both in UTF-8;
-   some programs on other systems than Windows don't know the former. The entry has the file's last write time, in local
-   time, and its attributes.
+   `comment` is the comment of the entry. Name and comment are written in code page 437 if both can be represented in
+   it, otherwise both in UTF-8. Some programs on systems other than Windows don't support code page 437. The entry has
+   the file's last write time, in local time, and its attributes.
 
-   QXUT_ZIP_OK, also for a null handle; QXUT_ZIP_CANNOT_OPEN or QXUT_ZIP_CANNOT_STORE, and then the archive is as
-   before. */
+   Returns QXUT_ZIP_OK, also for a null handle. Returns QXUT_ZIP_CANNOT_OPEN or QXUT_ZIP_CANNOT_STORE on failure; the
+   archive is unchanged then. */
 QXUT_API int32_t UtilZIPAppend(HZIPFILE zip, const QXWCHAR* path, const QXWCHAR* comment, const QXWCHAR* storedName);
 
-#define QXUT_ZIP_SUBFOLDERS 1 /* bit of UtilZIPAppendList */
+#define QXUT_ZIP_SUBFOLDERS 1 /* bit of `flags` for UtilZIPAppendList */
 
-/* Adds the files of `folder` (null or empty: the current one) whose names fit `pattern` (null: "*.*"), under their
-   names without the folder. With QXUT_ZIP_SUBFOLDERS each subfolder follows, as an entry of its own and with all that
-   it holds: the pattern is for `folder` alone. A link that leads back to a folder around it is not followed.
+/* Adds the files of `folder` (null or empty: the current folder) whose names match `pattern` (null: "*.*"), under their
+   names without the folder. With QXUT_ZIP_SUBFOLDERS, every subfolder is added as an entry of its own and with its
+   whole contents; the pattern applies only to `folder` itself. Links that lead back to an enclosing folder are not
+   followed.
 
-   A file that can't be added is left out. Gives QXUT_ZIP_OK in all cases. Each entry keeps a temporary file open until
-   the archive is closed; where the process may have no more open files, the files that follow are left out, too. */
+   Files that can't be added are skipped. Always returns QXUT_ZIP_OK. Each entry keeps a temporary file open until the
+   archive is closed. Once the process reaches its limit of open files, the remaining files are skipped, too. */
 QXUT_API int32_t UtilZIPAppendList(HZIPFILE zip, const QXWCHAR* folder, const QXWCHAR* pattern, uint32_t flags);
 
-/* Writes the archive, closes it and frees the handle, whatever the result. QXUT_ZIP_OK, also for a null handle, or
-   QXUT_ZIP_CANNOT_WRITE: what was written until then stays on disk, nothing where there are too many entries. */
+/* Writes the archive, closes it and frees the handle, whatever the result. Returns QXUT_ZIP_OK, also for a null handle.
+   Returns QXUT_ZIP_CANNOT_WRITE on failure; the part written so far stays on disk. If there are too many entries,
+   nothing is written. */
 QXUT_API int32_t UtilZIPClose(HZIPFILE zip);
 
-/* Extracts all entries of the archive `fileName` below `folder`, in their order. The folder (null or empty: the current
-   one) is made if it is missing, and so are the subfolders that the names ask for. Files that are there are replaced.
-   They get the times of their entries, to the second where the archive has them in universal time, but not their
-   attributes. ZIP64 is read; the methods are "stored" and deflate. A name that is not told to be UTF-8 is taken for
-   UTF-8 where the archive comes from Unix, else for code page 437.
+/* Extracts all entries of the archive `fileName` into `folder`, in their order. The folder (null or empty: the current
+   folder) and the subfolders named by the entries are created if necessary. Existing files are replaced. Files get the
+   times of their entries, accurate to the second if the archive stores them in UTC, but not their attributes. ZIP64
+   archives are supported; the supported methods are "stored" and deflate. Names without the UTF-8 flag are decoded as
+   UTF-8 if the archive was created on Unix, and as code page 437 otherwise.
 
-   Gives 1, also for an archive without entries. Anything else is a C++ exception, derived from std::exception, which
-   the caller has to expect; so this function is for callers in C++ whose compiler is that of the library. Where each
-   module has a runtime library of its own, as usual on Windows, std::uncaught_exceptions() is off by one afterwards.
-   Its what() is "Error loading zip file!" where the archive is missing or none, or has a path that the default code
-   page doesn't have. Otherwise it is a text in UTF-8 that names the entry:
-     - its name is absolute, has a drive or "..", or passes through a link in the folder, or it is a link itself;
-     - its name, or a part of it, is one that Windows has no file of; that is so on all systems;
-     - it is encrypted, or packed by another method;
-     - it is damaged: the data can't be unpacked, or don't fit their size or checksum;
-     - its file or folder can't be made or written.
-   What was extracted before stays, the file of the failed entry is removed. Nothing is ever written outside of
+   Returns 1, also for an empty archive. Throws a C++ exception derived from std::exception on any failure, so the
+   function can be called only from C++ code built with the same compiler as the library. If each module has its own
+   runtime library, as usual on Windows, std::uncaught_exceptions() is off by one afterwards.
+   what() is "Error loading zip file!" if the archive is missing or is not a ZIP archive, or if its path can't be
+   represented in the default code page. Otherwise it is a UTF-8 text that names the entry:
+     - its name is absolute, has a drive or "..", or passes through a link in the folder, or the entry is a link itself;
+     - its name, or a component of it, is not a valid file name on Windows; this is checked on all systems;
+     - it is encrypted, or uses another compression method;
+     - it is damaged: the data can't be decompressed, or doesn't match the entry's size or checksum;
+     - its file or folder can't be created or written.
+   Files extracted before the failure are kept; the file of the failed entry is removed. Nothing is ever written outside
    `folder`. */
 QXUT_API int32_t UtilExtractZip(const QXWCHAR* fileName, const QXWCHAR* folder);
 

@@ -6,10 +6,10 @@
 EXTERN_C_START
 
 // A null time is the present one; a null picture the locale's: the short date (without a flag too) or the long one.
-QXPLATFORM_API int WINAPI GetDateFormatW(
-    LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpDate, LPCWSTR lpFormat, LPWSTR lpDateStr, int cchDate);
-QXPLATFORM_API int WINAPI GetTimeFormatW(
-    LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpTime, LPCWSTR lpFormat, LPWSTR lpTimeStr, int cchTime);
+int WINAPI GetDateFormatW(LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpDate, LPCWSTR lpFormat, LPWSTR lpDateStr,
+    int cchDate) QXP(GetDateFormatW);
+int WINAPI GetTimeFormatW(LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpTime, LPCWSTR lpFormat, LPWSTR lpTimeStr,
+    int cchTime) QXP(GetTimeFormatW);
 #define GetDateFormat GetDateFormatW
 #define GetTimeFormat GetTimeFormatW
 

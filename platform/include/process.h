@@ -6,7 +6,7 @@
 EXTERN_C_START
 
 // 0 with errno if there can't be a thread.
-QXPLATFORM_API uintptr_t __cdecl _beginthreadex(void* security, unsigned stackSize,
-    unsigned(__stdcall* startAddress)(void*), void* argument, unsigned flags, unsigned* threadId);
+uintptr_t __cdecl _beginthreadex(void* security, unsigned stackSize, unsigned(__stdcall* startAddress)(void*),
+    void* argument, unsigned flags, unsigned* threadId) QXP(_beginthreadex);
 
 EXTERN_C_END

@@ -36,4 +36,4 @@ QXCRT_END
 
 // The full path in the form /a/b. A null buffer gets one from malloc. Null, with errno, on failure: ERANGE if it
 // doesn't fit.
-EXTERN_C QXPLATFORM_API wchar_t* _wfullpath(wchar_t* fullPath, const wchar_t* path, size_t size);
+EXTERN_C wchar_t* _wfullpath(wchar_t* fullPath, const wchar_t* path, size_t size) QXP(_wfullpath);

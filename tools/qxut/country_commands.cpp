@@ -12,6 +12,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cstdint>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -39,7 +40,7 @@ struct LanguageOptions
 
 struct Property
 {
-    uint32_t type;
+    std::uint32_t type;
     const char* name;
     bool isNumber;
 };
@@ -53,7 +54,7 @@ constexpr Property kProperties[] = {
     {QXUT_COUNTRY_CODE_PAGE, "code-page", true},
 };
 
-// What the library knows of the country, with the help of the system; nothing if there is no such country.
+// Returns the values that UtilLocGetCountryInfo knows. Empty if there is no such country.
 ordered_json ValuesByName(const std::string& country)
 {
     const WideText name(country);
@@ -120,7 +121,7 @@ void ShowCountries(const CountryOptions& options)
     std::vector<ordered_json> countries;
     for (const std::string& name : options.names)
         if (countries.push_back(ValuesOf(name)); countries.back().empty())
-            throw Failure(kNotFound, "there is no country '" + Shown(name) + "'");
+            throw Failure(kNotFound, "unknown country '" + Shown(name) + "'");
     for (size_t i = 0; i < countries.size(); ++i)
     {
         if (options.asJson)
@@ -142,9 +143,9 @@ std::vector<std::string> Keys()
     const std::string text = list == nullptr ? std::string() : Utf8(list);
     SysFreeString(list);
     std::vector<std::string> keys;
-    for (size_t begin = 0; begin < text.size();)
+    for (std::size_t begin = 0; begin < text.size();)
     {
-        const size_t end = std::min(text.find(';', begin), text.size());
+        const std::size_t end = std::min(text.find(';', begin), text.size());
         keys.push_back(text.substr(begin, end - begin));
         begin = end + 1;
     }
@@ -166,7 +167,7 @@ void ShowLanguage(const LanguageOptions& options)
     Variant value;
     UtilLocGetLanguageInfo(WideText(options.name), QXUT_LANGUAGE_LCID, value.Address());
     if (value.Number() == 0)
-        throw Failure(kNotFound, "there is no language '" + Shown(options.name) + "'");
+        throw Failure(kNotFound, "unknown language '" + Shown(options.name) + "'");
     if (options.asJson)
         std::cout << ordered_json{{"language", options.name}, {"lcid", value.Number()}}.dump() << '\n';
     else
@@ -179,17 +180,18 @@ void AddCountryCommands(CLI::App& program)
 {
     const auto options = std::make_shared<CountryOptions>();
 
-    CLI::App* const country = program.add_subcommand("country", "tell what is known of countries, or list all of them");
+    CLI::App* const country =
+        program.add_subcommand("country", "print the data of countries, or the list of all countries");
     country->add_option("name", options->names,
         "ISO 3166 codes of countries (two letters, three letters or three digits) or English names; failing these, any "
         "other name: in the country's own language, a calling code (+49), the code of its vehicles, a language tag");
-    country->add_flag("--json", options->asJson, "Print JSON, one line for each country");
+    country->add_flag("--json", options->asJson, "print JSON, one line for each country");
     country->callback([options] { options->names.empty() ? ShowKeys(*options) : ShowCountries(*options); });
 
     const auto languageOptions = std::make_shared<LanguageOptions>();
-    CLI::App* const language = program.add_subcommand("language", "tell the number of a language (LCID)");
-    language->add_option("name", languageOptions->name, "A tag or a code: de-AT, de")->required();
-    language->add_flag("--json", languageOptions->asJson, "Print JSON");
+    CLI::App* const language = program.add_subcommand("language", "print the locale identifier (LCID) of a language");
+    language->add_option("name", languageOptions->name, "a language tag or code: de-AT, de")->required();
+    language->add_flag("--json", languageOptions->asJson, "print JSON");
     language->callback([languageOptions] { ShowLanguage(*languageOptions); });
 }
 

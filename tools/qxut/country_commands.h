@@ -1,4 +1,4 @@
-// qxut country, qxut language: countries and languages by any of their names.
+// The commands qxut country and qxut language: look up countries and languages by any of their names.
 #pragma once
 
 namespace CLI

@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <cstdio>
 #include <functional>
 #include <memory>
@@ -16,10 +17,10 @@
 #include <string_view>
 #include <vector>
 
-// As the system defines it; its headers know another character than this program.
+// As the system defines it. The system's headers use another character type than this program.
 struct _SYSTEMTIME
 {
-    uint16_t year, month, dayOfWeek, day, hour, minute, second, milliseconds;
+    std::uint16_t year, month, dayOfWeek, day, hour, minute, second, milliseconds;
 };
 
 namespace qxut
@@ -31,44 +32,44 @@ namespace
 using Time = _SYSTEMTIME;
 using Json = nlohmann::ordered_json;
 
-constexpr uint32_t usersLocale = 0x400;
-constexpr uint16_t notGiven = 0xFFFF;
+constexpr std::uint32_t kUsersLocale = 0x400;
+constexpr std::uint16_t kNotGiven = 0xFFFF;
 
 struct DateOptions
 {
     std::string file = "-";
     bool json = false;
     bool machine = false;
-    uint32_t locale = usersLocale;
-    uint32_t flags = 0;
+    std::uint32_t locale = kUsersLocale;
+    std::uint32_t flags = 0;
 };
 
 struct ParseFlag
 {
     const char* name;
-    uint32_t bit;
+    std::uint32_t bit;
     const char* description;
 };
-constexpr ParseFlag parseFlags[] = {
-    {"--expand-year", QXUT_LOCDATE_EXPAND_YEAR, "a year below 100 is one of the years 1930 to 2029"},
-    {"--report-default", QXUT_LOCDATE_REPORT_DEFAULT, "a text is no date if a part of it is missing"},
-    {"--zero-missing", QXUT_LOCDATE_ZERO_MISSING, "a missing part is 0, and any numbers are a date"},
-    {"--time-only", QXUT_LOCDATE_ALLOW_TIME_ONLY, "a time alone is read too; its date is 0"},
-    {"--mark-no-time", QXUT_LOCDATE_MARK_NO_TIME, "show -- for the time of a text without one"},
+constexpr ParseFlag kParseFlags[] = {
+    {"--expand-year", QXUT_LOCDATE_EXPAND_YEAR, "two-digit years are 1930 to 2029"},
+    {"--report-default", QXUT_LOCDATE_REPORT_DEFAULT, "reject texts with a missing part"},
+    {"--zero-missing", QXUT_LOCDATE_ZERO_MISSING, "missing parts are 0, and any numbers are accepted"},
+    {"--time-only", QXUT_LOCDATE_ALLOW_TIME_ONLY, "also accept a time alone; its date is 0"},
+    {"--mark-no-time", QXUT_LOCDATE_MARK_NO_TIME, "print -- for the time if a text has none"},
 };
 
-// Without the line ends of either system.
+// Splits the input into lines without their CR LF or LF.
 std::vector<std::string> Lines(std::string_view input)
 {
-    constexpr std::string_view mark = "\xEF\xBB\xBF";
-    if (input.substr(0, mark.size()) == mark)
-        input.remove_prefix(mark.size());
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    if (input.substr(0, kMark.size()) == kMark)
+        input.remove_prefix(kMark.size());
     if (input.find('\0') != input.npos)
-        throw Failure(kMalformed, "the input is no text: it holds a zero byte");
+        throw Failure(kMalformed, "the input is not text: it contains a zero byte");
     std::vector<std::string> lines;
     while (!input.empty())
     {
-        const size_t end = input.find('\n');
+        const std::size_t end = input.find('\n');
         std::string_view line = input.substr(0, end);
         input.remove_prefix(end == input.npos ? input.size() : end + 1);
         if (!line.empty() && line.back() == '\r')
@@ -78,11 +79,11 @@ std::vector<std::string> Lines(std::string_view input)
     return lines;
 }
 
-std::string Part(uint16_t value, const char* format)
+std::string Part(std::uint16_t value, const char* format)
 {
     char text[8];
     std::snprintf(text, sizeof text, format, value);
-    return value == notGiven ? "--" : text;
+    return value == kNotGiven ? "--" : text;
 }
 
 std::string DateTextOf(const Time& time)
@@ -91,7 +92,7 @@ std::string DateTextOf(const Time& time)
            Part(time.hour, "%02d") + ':' + Part(time.minute, "%02d") + ':' + Part(time.second, "%02d");
 }
 
-// False for a text that is no date, or one that isn't wanted.
+// Returns false if the text is not a date, or if the options reject it.
 bool Read(const std::string& line, const DateOptions& options, Time& time)
 {
     time = {};
@@ -115,11 +116,11 @@ std::string FormatLine(const std::string& line, const DateOptions&)
 {
     QXWCHAR text[128];
     if (UtilDateTimeToLocaleString(WideText{line}, text, 128) != 1)
-        throw Failure(kCannotRead, "the text of a date is too long");
+        throw Failure(kCannotRead, "the formatted date is too long");
     return Utf8(text);
 }
 
-// What no result came of is an empty line, or null.
+// Converts each line. A line without a result becomes an empty line, or null in JSON.
 void Run(const DateOptions& options, std::string (*convert)(const std::string&, const DateOptions&))
 {
     std::string output;
@@ -142,9 +143,8 @@ std::shared_ptr<DateOptions> AddConversion(CLI::App& date, const char* name, con
 {
     auto options = std::make_shared<DateOptions>();
     CLI::App& command = *date.add_subcommand(name, description);
-    command.add_option(
-        "FILE", options->file, "the input, a text a line; the standard input for -, or if it isn't given");
-    command.add_flag("--json", options->json, "write a list with each input and its result");
+    command.add_option("FILE", options->file, "the input, one text per line; standard input if omitted or -");
+    command.add_flag("--json", options->json, "print JSON: a list of inputs and results");
     command.callback([options, convert] { Run(*options, convert); });
     return options;
 }
@@ -153,22 +153,22 @@ std::shared_ptr<DateOptions> AddConversion(CLI::App& date, const char* name, con
 
 void AddDateCommands(CLI::App& program)
 {
-    CLI::App& date = *program.add_subcommand("date", "read and write dates and times");
+    CLI::App& date = *program.add_subcommand("date", "parse and format dates and times");
     date.require_subcommand(1);
 
     const auto parse = AddConversion(date, "parse",
-        "show what the lines say as 2018-02-03 04:05:06; an empty line is the present, one that is no date comes out "
-        "empty",
+        "parse each line and print it as 2018-02-03 04:05:06; an empty line is the current time; a line that is no "
+        "date prints an empty line",
         ParseLine);
     CLI::App& command = *date.get_subcommand("parse");
     command.add_flag("--machine", parse->machine,
-        "read digits, RFC 822 and ISO 8601 (both in UTC), then what the system reads, instead of a locale's forms");
-    command.add_option("--locale", parse->locale, "the number of another locale than the user's: 0x407 for German");
-    for (const ParseFlag& flag : parseFlags)
+        "parse digits, RFC 822 and ISO 8601 (both in UTC) and the system's forms instead of a locale's forms");
+    command.add_option("--locale", parse->locale, "a locale identifier (LCID) other than the user's: 0x407 for German");
+    for (const ParseFlag& flag : kParseFlags)
         command.add_flag_callback(
             flag.name, [parse, bit = flag.bit] { parse->flags |= bit; }, flag.description);
 
-    AddConversion(date, "format", "show compact dates (20180203 or 20180203040506) in the forms of the user's locale",
+    AddConversion(date, "format", "print compact dates (20180203 or 20180203040506) in the forms of the user's locale",
         FormatLine);
 }
 

@@ -1,4 +1,4 @@
-// qxut date ...: dates and times read and written.
+// The commands qxut date ...: parse and format dates and times.
 #pragma once
 
 namespace CLI

@@ -1,4 +1,4 @@
-// How the program ends when it can't do what it was asked for.
+// Exit codes, and the exception that ends the program with a message.
 #pragma once
 
 #include <stdexcept>

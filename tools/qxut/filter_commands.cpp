@@ -12,6 +12,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 #include <memory>
 #include <new>
@@ -34,21 +35,21 @@ struct FilterOptions
     bool simple = false;
 };
 
-// Filters take and give whole contents.
+// A filter converts the whole input at once.
 using Filter = std::string (*)(const std::string& input, const FilterOptions& options);
 
-// The library's texts end at a zero character, so what stands behind one would be lost unseen, as would bytes that are
-// no UTF-8.
+// Converts the input to wide text without a byte order mark. Rejects zero bytes and invalid UTF-8: the library's texts
+// end at a zero character, so the rest would be lost silently, and so would invalid bytes.
 WideText TextOf(const std::string& input)
 {
-    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
     std::string_view text = input;
     if (text.find('\0') != text.npos)
-        throw Failure(kMalformed, "the input is no text: it holds a zero byte");
+        throw Failure(kMalformed, "the input is not text: it contains a zero byte");
     if (!IsUtf8(text))
-        throw Failure(kMalformed, "the input is no UTF-8");
-    if (text.substr(0, mark.size()) == mark)
-        text.remove_prefix(mark.size());
+        throw Failure(kMalformed, "the input is not UTF-8");
+    if (text.substr(0, kMark.size()) == kMark)
+        text.remove_prefix(kMark.size());
     return WideText(text);
 }
 
@@ -69,28 +70,29 @@ private:
 
 std::string Pack(const std::string& input, const FilterOptions& options)
 {
-    if (input.size() > std::numeric_limits<uint32_t>::max())
-        throw Failure(kCannotRead, "the input has more than 4 GB");
+    if (input.size() > std::numeric_limits<std::uint32_t>::max())
+        throw Failure(kCannotRead, "the input is larger than 4 GB");
     Bstr packed;
     if (UtilConvertBLOBToBSTR(
-            input.data(), static_cast<uint32_t>(input.size()), packed.Address(), options.compress ? 1 : 0) != 0)
-        throw Failure(kCannotRead, "there is not enough memory for the packed text");
+            input.data(), static_cast<std::uint32_t>(input.size()), packed.Address(), options.compress ? 1 : 0) != 0)
+        throw Failure(kCannotRead, "not enough memory for the packed text");
     return packed.Text() + '\n';
 }
 
 std::string Unpack(const std::string& input, const FilterOptions&)
 {
     const WideText text = TextOf(input);
-    const int32_t size = UtilConvertStringToBLOB(text, nullptr, 0);
+    const std::int32_t size = UtilConvertStringToBLOB(text, nullptr, 0);
     if (size < 0)
-        throw Failure(kMalformed, "the input can't be unpacked");
-    // The library gives nothing for damaged compressed data, and never makes a text of this form of nothing.
+        throw Failure(kMalformed, "cannot unpack the input");
+    // For damaged compressed data the library returns no bytes. It never writes empty data in a form that begins with
+    // "@1@" or "@2@".
     const QXWCHAR* const begin = text;
     if (size == 0 && begin[0] == u'@' && (begin[1] == u'1' || begin[1] == u'2') && begin[2] == u'@')
         throw Failure(kMalformed, "the packed text is damaged");
-    std::string bytes(static_cast<size_t>(size), '\0');
-    if (size > 0 && UtilConvertStringToBLOB(text, bytes.data(), static_cast<uint32_t>(size)) != size)
-        throw Failure(kMalformed, "the input can't be unpacked");
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    if (size > 0 && UtilConvertStringToBLOB(text, bytes.data(), static_cast<std::uint32_t>(size)) != size)
+        throw Failure(kMalformed, "cannot unpack the input");
     return bytes;
 }
 
@@ -118,7 +120,8 @@ std::string HtmlToText(const std::string& input, const FilterOptions& options)
     return lines;
 }
 
-// A line that ends with a line feed alone is a line too, and the end of the last line begins no paragraph.
+// Ends all lines with CR LF, the only line end that starts a paragraph. Drops the end of the last line, so that no
+// empty paragraph follows.
 std::string ParagraphLines(const std::string& input)
 {
     std::string lines;
@@ -166,7 +169,7 @@ void Run(Filter filter, const FilterOptions& options)
     }
     catch (const std::bad_alloc&)
     {
-        throw Failure(kCannotRead, "there is not enough memory for the input");
+        throw Failure(kCannotRead, "not enough memory for the input");
     }
 }
 
@@ -174,8 +177,8 @@ std::shared_ptr<FilterOptions> AddFilter(CLI::App& program, const char* name, co
 {
     auto options = std::make_shared<FilterOptions>();
     CLI::App& command = *program.add_subcommand(name, description);
-    command.add_option("FILE", options->file, "the input; the standard input for -, or if it isn't given");
-    command.add_option("--output", options->output, "the file to write; the standard output if it isn't given");
+    command.add_option("FILE", options->file, "the input; standard input if omitted or -");
+    command.add_option("--output", options->output, "the file to write; standard output if omitted");
     command.callback([filter, options] { Run(filter, *options); });
     return options;
 }
@@ -189,25 +192,24 @@ void AddFlag(CLI::App& program, const char* command, const char* flag, bool& val
 
 void AddFilterCommands(CLI::App& program)
 {
-    constexpr char placeholders[] = "tags are [_[p]_] and the like, instead of <p>";
+    constexpr char kPlaceholders[] = "use placeholder tags such as [_[p]_] instead of <p>";
 
-    const auto pack = AddFilter(program, "pack", "turn any bytes into one line of text", Pack);
+    const auto pack = AddFilter(program, "pack", "convert bytes to one line of packed text", Pack);
     AddFlag(program, "pack", "--compress", pack->compress, "compress the bytes first");
-    AddFilter(program, "unpack", "turn packed text into its bytes again", Unpack);
+    AddFilter(program, "unpack", "convert packed text back to bytes", Unpack);
 
     const auto toText = AddFilter(program, "html2text", "print the text of an HTML page", HtmlToText);
-    AddFlag(
-        program, "html2text", "--links", toText->links, "write the target of each link in brackets behind its text");
+    AddFlag(program, "html2text", "--links", toText->links, "append the target of each link in brackets");
     AddFlag(program, "html2text", "--simple", toText->simple,
-        "reduce the page by the simpler rules of UtilConvertHtml2PlainText, which know only some elements");
+        "use the simpler rules of UtilConvertHtml2PlainText, which handle only some elements");
     AddFlag(
-        program, "html2text", "--placeholders", toText->placeholders, "as --simple, but tags are [_[p]_] and the like");
+        program, "html2text", "--placeholders", toText->placeholders, "like --simple, but tags are written as [_[p]_]");
     CLI::App& command = *program.get_subcommand("html2text");
     command.get_option("--links")->excludes("--simple")->excludes("--placeholders");
-    const auto toHtml = AddFilter(program, "text2html", "make a paragraph of HTML of each line", TextToHtml);
-    AddFlag(program, "text2html", "--placeholders", toHtml->placeholders, placeholders);
-    AddFilter(program, "mask", "replace the characters that HTML masks by character references", Mask);
-    AddFilter(program, "unmask", "replace character references by their characters", Unmask);
+    const auto toHtml = AddFilter(program, "text2html", "convert each line to an HTML paragraph", TextToHtml);
+    AddFlag(program, "text2html", "--placeholders", toHtml->placeholders, kPlaceholders);
+    AddFilter(program, "mask", "replace special characters with HTML character references", Mask);
+    AddFilter(program, "unmask", "replace HTML character references with characters", Unmask);
 }
 
 } // namespace qxut

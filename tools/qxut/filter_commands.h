@@ -1,5 +1,5 @@
-// qxut pack, unpack, html2text, text2html, mask, unmask: what one file or the standard input gives, to another or the
-// standard output.
+// The commands qxut pack, unpack, html2text, text2html, mask and unmask: convert a file or the standard input, and
+// write a file or the standard output.
 #pragma once
 
 namespace CLI

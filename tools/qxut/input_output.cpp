@@ -20,7 +20,7 @@ std::string ReadAll(std::istream& stream, const std::string& name)
 {
     std::string bytes{std::istreambuf_iterator<char>(stream), {}};
     if (stream.bad())
-        throw Failure(kCannotRead, name + ": can't be read");
+        throw Failure(kCannotRead, name + ": cannot read the file");
     return bytes;
 }
 
@@ -36,10 +36,10 @@ std::string ReadInput(const std::string& path)
     const fs::path file = fs::u8path(path);
     std::error_code ignored;
     if (fs::is_directory(file, ignored))
-        throw Failure(kCannotRead, path + ": it is a folder");
+        throw Failure(kCannotRead, path + ": is a folder");
     std::ifstream stream(file, std::ios::binary);
     if (!stream)
-        throw Failure(kCannotRead, path + ": " + (fs::exists(file, ignored) ? "it can't be opened" : "no such file"));
+        throw Failure(kCannotRead, path + ": " + (fs::exists(file, ignored) ? "cannot open the file" : "no such file"));
     return ReadAll(stream, path);
 }
 
@@ -49,13 +49,13 @@ void WriteOutput(const std::string& path, std::string_view bytes)
     {
         MakeStandardStreamsBinary();
         std::cout.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        return; // main() tests the stream when all is written
+        return; // main() checks the stream at the end
     }
     std::ofstream stream(fs::u8path(path), std::ios::binary);
     stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     stream.close();
     if (!stream)
-        throw Failure(kCannotWrite, path + ": can't be written");
+        throw Failure(kCannotWrite, path + ": cannot write the file");
 }
 
 } // namespace qxut

@@ -1,4 +1,4 @@
-// Files and the standard streams, as bytes.
+// Reads and writes files and the standard streams as bytes.
 #pragma once
 
 #include <string>
@@ -7,10 +7,10 @@
 namespace qxut
 {
 
-// All of a file, or of the standard input for "-".
+// Returns the contents of a file, or of the standard input for "-".
 std::string ReadInput(const std::string& path);
 
-// Replaces a file, or writes to the standard output for "-".
+// Replaces the contents of a file, or writes to the standard output for "-".
 void WriteOutput(const std::string& path, std::string_view bytes);
 
 } // namespace qxut

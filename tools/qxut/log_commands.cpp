@@ -25,15 +25,15 @@ namespace
 
 using nlohmann::ordered_json;
 
-constexpr size_t kLinesBeforeFollowing = 20;
-constexpr auto kTimeBetweenLooks = std::chrono::milliseconds(100); // between two looks at a growing file
+constexpr std::size_t kLinesBeforeFollowing = 20;
+constexpr auto kTimeBetweenLooks = std::chrono::milliseconds(100); // polling interval for a growing file
 
 struct LogOptions
 {
     std::string file;
     std::string colour = "auto";
     std::string newName;
-    size_t last = LogReader::kAll;
+    std::size_t last = LogReader::kAll;
     double seconds = -1;
     bool show = false;
     bool follow = false;
@@ -41,11 +41,11 @@ struct LogOptions
     bool asJson = false;
 };
 
-// Each process has a current folder of its own, so a name with a folder is stored from the root on. A name alone stands
-// for a file in the temp folder, and one of a drive is left to the system.
+// Returns the name to store in the settings. A name with a folder is made absolute, because each process has its own
+// current folder. A name without a folder refers to the temp folder, and a name with a drive is left to the system.
 std::string SettingOf(const std::string& name)
 {
-    const size_t separator = name.find_first_of("\\/");
+    const std::size_t separator = name.find_first_of("\\/");
     const bool hasDrive = name.size() > 1 && name[1] == ':';
     if (separator == name.npos || separator == 0 || hasDrive)
         return name;
@@ -53,7 +53,7 @@ std::string SettingOf(const std::string& name)
     return {path.begin(), path.end()};
 }
 
-// For a check of the command line, which passes by an empty text.
+// For option checks, which report an error by a non-empty text.
 std::string RefusedIf(bool isRefused, const char* reason)
 {
     return isRefused ? reason : "";
@@ -75,29 +75,29 @@ void TellWhere(const LogSetting& setting, bool asJson)
     }
     if (setting.path.empty())
     {
-        std::cout << "no log is written; `qxut log on FILE` switches it on\n";
+        std::cout << "no log is written; switch it on with `qxut log on FILE`\n";
         return;
     }
     std::cout << "file   " << Shown(setting.path) << '\n'
-              << "size   " << (exists ? std::to_string(size) + " bytes" : "not there yet") << '\n'
+              << "size   " << (exists ? std::to_string(size) + " bytes" : "no file yet") << '\n'
               << "flush  " << (setting.isFlushed ? "each line is written through to the disk" : "left to the system")
               << '\n'
-              << "time   " << (setting.usesCounter ? "since a program's first line" : "of the clock") << '\n';
+              << "time   " << (setting.usesCounter ? "since a program's first line" : "time of day") << '\n';
 }
 
-// Each thread has a colour of its own, as far as there are any.
+// Returns a colour for a thread, derived from its id. Threads share colours if there are more threads than colours.
 std::string ThreadColour(std::string_view thread)
 {
-    constexpr int colours[] = {32, 33, 34, 35, 36, 92, 93, 94, 95, 96};
+    constexpr int kColours[] = {32, 33, 34, 35, 36, 92, 93, 94, 95, 96};
     unsigned sum = 0;
     for (const char c : thread)
         sum = sum * 31 + static_cast<unsigned char>(c);
-    return std::to_string(colours[sum % std::size(colours)]);
+    return std::to_string(kColours[sum % std::size(kColours)]);
 }
 
 std::string MessageColour(std::string_view text)
 {
-    const size_t begin = text.find_first_not_of(' ');
+    const std::size_t begin = text.find_first_not_of(' ');
     text.remove_prefix(begin == text.npos ? text.size() : begin);
     if (text.starts_with("ERR: ") || text.starts_with("ERROR: "))
         return "31";
@@ -183,8 +183,8 @@ void ShowLines(const LogOptions& options, const std::string& path)
     std::error_code error;
     if (!options.follow && !std::filesystem::is_regular_file(file, error))
         throw Failure(
-            kCannotRead, path + (std::filesystem::exists(file, error) ? ": it is no file" : ": there is no such file"));
-    const size_t before = options.follow && !options.show ? kLinesBeforeFollowing : LogReader::kAll;
+            kCannotRead, path + (std::filesystem::exists(file, error) ? ": is not a file" : ": no such file"));
+    const std::size_t before = options.follow && !options.show ? kLinesBeforeFollowing : LogReader::kAll;
     LogReader reader(file, options.last != LogReader::kAll ? options.last : before);
     const Printer printer(options);
     if (options.follow)
@@ -204,7 +204,7 @@ void Log(const LogOptions& options)
     if (!options.show && !options.follow)
         return TellWhere(setting, options.asJson);
     if (setting.path.empty())
-        throw Failure(kNotFound, "no log is written; `qxut log on FILE` switches it on");
+        throw Failure(kNotFound, "no log is written; switch it on with `qxut log on FILE`");
     ShowLines(options, setting.path);
 }
 
@@ -213,19 +213,18 @@ void Log(const LogOptions& options)
 void AddLogCommands(CLI::App& program)
 {
     const auto options = std::make_shared<LogOptions>();
-    CLI::App& log = *program.add_subcommand("log", "show where the debug output goes, and what it says");
+    CLI::App& log = *program.add_subcommand("log", "show the debug output and its settings");
     log.require_subcommand(0, 1);
     log.add_flag("--show", options->show, "print the lines of the log");
-    log.add_flag("--follow", options->follow, "print the last lines, and then each new one as it comes");
-    log.add_option("--last", options->last, "begin with so many lines of those that are there")
-        ->check(
-            [](const std::string& count) { return RefusedIf(count.starts_with('-'), "there are no fewer than 0"); });
-    log.add_option("--file", options->file, "look at this file, whatever the settings say");
-    log.add_option("--seconds", options->seconds, "with --follow: end after so many seconds");
-    log.add_option("--colour,--color", options->colour, "auto (on a terminal), always or never")
+    log.add_flag("--follow", options->follow, "print the last lines, and new lines as they are written");
+    log.add_option("--last", options->last, "start with this number of existing lines")
+        ->check([](const std::string& count) { return RefusedIf(count.starts_with('-'), "must not be negative"); });
+    log.add_option("--file", options->file, "use this file instead of the one in the settings");
+    log.add_option("--seconds", options->seconds, "with --follow: stop after this number of seconds");
+    log.add_option("--colour,--color", options->colour, "auto (if standard output is a terminal), always or never")
         ->check(CLI::IsMember({"auto", "always", "never"}));
-    log.add_flag("--json", options->asJson, "answer in JSON; lines are one object each");
-    log.footer("The settings are the machine's. A process reads them when it loads the library.");
+    log.add_flag("--json", options->asJson, "print JSON, one object per line of the log");
+    log.footer("The settings apply to the whole machine. A process reads them when it loads the library.");
     log.callback(
         [&log, options]
         {
@@ -233,10 +232,10 @@ void AddLogCommands(CLI::App& program)
                 Log(*options);
         });
 
-    CLI::App& on = *log.add_subcommand("on", "switch the log on for all processes that start from now on");
-    on.add_option("FILE", options->newName, "the file; a name without a folder stands for one in the temp folder")
+    CLI::App& on = *log.add_subcommand("on", "switch the log on for all processes started from now on");
+    on.add_option("FILE", options->newName, "the log file; a name without a folder refers to the temp folder")
         ->required()
-        ->check([](const std::string& name) { return RefusedIf(name.empty(), "a file needs a name"); });
+        ->check([](const std::string& name) { return RefusedIf(name.empty(), "the file name is empty"); });
     on.add_flag("--flush", options->flush, "write each line through to the disk");
     on.callback([options] { WriteLogSetting(SettingOf(options->newName), options->flush); });
     CLI::App& off = *log.add_subcommand("off", "switch the log off");

@@ -1,4 +1,4 @@
-// qxut log: the log file of the debug output.
+// The command qxut log: shows and switches the log file of the debug output.
 #pragma once
 
 namespace CLI

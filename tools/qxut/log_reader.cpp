@@ -3,6 +3,7 @@
 #include "text.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <fstream>
 #include <utility>
 
@@ -11,19 +12,20 @@ namespace qxut
 namespace
 {
 
-constexpr uint64_t kLongestLine = 2 * (1024 + 2); // in bytes, with its end
-constexpr size_t kChunk = 1 << 16;
-constexpr size_t kTagWidth = 8;
+constexpr std::uint64_t kLongestLine = 2 * (1024 + 2); // in bytes, including the line end
+constexpr std::size_t kChunk = 1 << 16;
+constexpr std::size_t kTagWidth = 8;
 
 std::string ToUtf8(const std::u16string& units)
 {
     std::vector<QXWCHAR> text(units.begin(), units.end());
-    std::replace(text.begin(), text.end(), QXWCHAR{0}, static_cast<QXWCHAR>(0xFFFD)); // would end the text
+    std::replace(text.begin(), text.end(), QXWCHAR{0}, static_cast<QXWCHAR>(0xFFFD)); // a zero would end the text
     text.push_back(0);
     return Utf8(text.data());
 }
 
-// Takes what fits the picture off the front: 9 for a digit, f for a hexadecimal one.
+// Removes the prefix that matches the picture and returns it, or returns an empty text. In the picture, 9 stands for a
+// digit and f for a hexadecimal digit.
 std::string_view Take(std::string_view& text, std::string_view picture)
 {
     const auto fits = [](char c, char pictured)
@@ -39,12 +41,12 @@ std::string_view Take(std::string_view& text, std::string_view picture)
     return taken;
 }
 
-// A slash and two hexadecimal digits, or more where there are very many processors.
+// Returns true for a slash and two or more hexadecimal digits. Machines with very many processors need more than two.
 bool IsProcessor(std::string_view text)
 {
-    constexpr size_t shortest = 3;
-    constexpr size_t longest = 9;
-    return text.size() >= shortest && text.size() <= longest && text[0] == '/' &&
+    constexpr std::size_t kShortest = 3;
+    constexpr std::size_t kLongest = 9;
+    return text.size() >= kShortest && text.size() <= kLongest && text[0] == '/' &&
            text.find_first_not_of("0123456789abcdef", 1) == text.npos;
 }
 
@@ -68,11 +70,12 @@ bool TakeStamp(std::string_view rest, LogColumns& columns)
 
 } // namespace
 
-// Reads as many bytes as so many lines can have, and one line more, which may be begun in its middle.
-LogReader::LogReader(std::filesystem::path path, size_t lastLines) : _path(std::move(path))
+// Starts at a position from which the requested number of lines of maximum length, plus one that may be incomplete,
+// reach to the end of the file.
+LogReader::LogReader(std::filesystem::path path, std::size_t lastLines) : _path(std::move(path))
 {
     std::error_code error;
-    const uint64_t size = std::filesystem::file_size(_path, error);
+    const std::uint64_t size = std::filesystem::file_size(_path, error);
     if (error || lastLines == kAll)
         return;
     const bool isPart = lastLines + 2 < size / kLongestLine;
@@ -90,14 +93,14 @@ LogReader::LogReader(std::filesystem::path path, size_t lastLines) : _path(std::
     _found = std::move(found);
 }
 
-// As long as a chunk has no line end, the next one is read.
+// Reads further chunks until one contains a line end.
 std::vector<std::string> LogReader::Next()
 {
     if (!_found.empty())
         return std::exchange(_found, {});
     std::vector<std::string> lines;
     std::error_code error;
-    if (const uint64_t size = std::filesystem::file_size(_path, error); error || size < _position)
+    if (const std::uint64_t size = std::filesystem::file_size(_path, error); error || size < _position)
     {
         _position = 0;
         _line.clear();
@@ -111,7 +114,7 @@ std::vector<std::string> LogReader::Next()
     {
         bytes.resize(kChunk);
         file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        bytes.resize(static_cast<size_t>(file.gcount()) / 2 * 2);
+        bytes.resize(static_cast<std::size_t>(file.gcount()) / 2 * 2);
         _position += bytes.size();
         Append(bytes, lines);
     } while (lines.empty() && bytes.size() == kChunk);
@@ -120,12 +123,13 @@ std::vector<std::string> LogReader::Next()
 
 void LogReader::Append(const std::string& bytes, std::vector<std::string>& lines)
 {
-    for (size_t i = 0; i + 1 < bytes.size(); i += 2)
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2)
     {
         const auto low = static_cast<unsigned char>(bytes[i]);
         const auto high = static_cast<unsigned char>(bytes[i + 1]);
         _line.push_back(static_cast<char16_t>(high << 8 | low));
-        if (const size_t length = _line.size(); length >= 2 && _line[length - 2] == u'\r' && _line[length - 1] == u'\n')
+        if (const std::size_t length = _line.size();
+            length >= 2 && _line[length - 2] == u'\r' && _line[length - 1] == u'\n')
         {
             _line.erase(length - 2);
             lines.push_back(ToUtf8(_line));
@@ -144,8 +148,8 @@ LogColumns ColumnsOf(std::string_view line)
     LogColumns columns;
     if (TakeStamp(line, columns))
         return columns;
-    // Behind a tag, which may be longer than its column and hold whatever it likes.
-    for (size_t colon = line.find(": "); colon != line.npos; colon = line.find(": ", colon + 1))
+    // A tag may be longer than its column and contain any characters, so try each colon after the column.
+    for (std::size_t colon = line.find(": "); colon != line.npos; colon = line.find(": ", colon + 1))
         if (colon >= kTagWidth && TakeStamp(line.substr(colon + 2), columns))
         {
             columns.tag = line.substr(0, colon + 2);

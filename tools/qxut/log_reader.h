@@ -1,6 +1,7 @@
-// The lines of a log file, also while it grows.
+// Reads the lines of a log file, also while the file grows.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -13,36 +14,36 @@ namespace qxut
 class LogReader
 {
 public:
-    static constexpr size_t kAll = ~size_t{0};
+    static constexpr std::size_t kAll = ~std::size_t{0};
 
-    // Begins with the last lines that are there already, or with all of them.
-    LogReader(std::filesystem::path path, size_t lastLines);
+    // Starts with the last `lastLines` existing lines, or with all of them.
+    LogReader(std::filesystem::path path, std::size_t lastLines);
 
-    // The next lines, in UTF-8: some of those that came since the last call. None if nothing came, or if there is no
-    // such file at present. A file that became shorter is read from its start.
+    // Returns the next lines in UTF-8, possibly not all lines that were added since the last call. Empty if there are
+    // no new lines or no file. A file that has become shorter is read again from its start.
     std::vector<std::string> Next();
 
-    // What stands behind the last line end: a line that is being written, or was cut off.
+    // Returns the text after the last line end: a line that is being written or was truncated.
     std::string Rest() const;
 
 private:
     void Append(const std::string& bytes, std::vector<std::string>& lines);
 
     const std::filesystem::path _path;
-    uint64_t _position = 0;
-    std::u16string _line;            // as far as it is read
-    std::vector<std::string> _found; // by the constructor
+    std::uint64_t _position = 0;
+    std::u16string _line;            // the part read so far
+    std::vector<std::string> _found; // read by the constructor
 };
 
-// A line's columns. Without a stamp at its usual place all of it is the text.
+// The columns of a line. If the line has no stamp in the usual place, `text` is the whole line.
 struct LogColumns
 {
-    std::string_view tag; // with its colon and blank
+    std::string_view tag; // with the colon and blank
     std::string_view time;
     std::string_view thread;    // 8 digits
-    std::string_view processor; // with its slash
+    std::string_view processor; // with the slash
     std::string_view digit;
-    std::string_view text; // section, indentation, the thread's name and the message
+    std::string_view text; // section, indentation, thread name and message
 };
 
 LogColumns ColumnsOf(std::string_view line);

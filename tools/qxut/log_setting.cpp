@@ -1,4 +1,5 @@
-// Compiled with a wchar_t of 16 bits, for the system's interfaces: no header with a type of the library's here.
+// Compiled with a 16-bit wchar_t to match the system's interfaces. Don't include headers here that use the public
+// headers' character type.
 #include "log_setting.h"
 
 #include "failure.h"
@@ -20,7 +21,7 @@ constexpr wchar_t kFlush[] = L"Debug.LogFile.Flush";
 std::string Narrow(const wchar_t* text)
 {
     const int size = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
-    std::vector<char> bytes(size > 0 ? static_cast<size_t>(size) : 1);
+    std::vector<char> bytes(size > 0 ? static_cast<std::size_t>(size) : 1);
     WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes.data(), size, nullptr, nullptr);
     return bytes.data();
 }
@@ -28,7 +29,7 @@ std::string Narrow(const wchar_t* text)
 std::vector<wchar_t> Wide(const std::string& text)
 {
     const int size = MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, nullptr, 0);
-    std::vector<wchar_t> wide(size > 0 ? static_cast<size_t>(size) : 1);
+    std::vector<wchar_t> wide(size > 0 ? static_cast<std::size_t>(size) : 1);
     MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, wide.data(), size);
     return wide;
 }
@@ -49,7 +50,7 @@ public:
     Key(const Key&) = delete;
     Key& operator=(const Key&) = delete;
 
-    // Zero-terminated; empty if there is no such text.
+    // Returns a zero-terminated text, or an empty one if the value doesn't exist.
     std::vector<wchar_t> Text(const wchar_t* name) const
     {
         DWORD type = 0;
@@ -65,7 +66,7 @@ public:
         return text;
     }
 
-    // Of whatever type, as long as it has at most 128 bytes; 'F' if it can't be read.
+    // Returns the first character of a value of any type, up to 128 bytes long, or 'F' if it can't be read.
     wchar_t FirstCharacter(const wchar_t* name) const
     {
         wchar_t value[64] = {};
@@ -79,7 +80,7 @@ private:
     HKEY _key = nullptr;
 };
 
-// With a separator at its end.
+// Returns the temp folder with a trailing separator.
 std::string TempFolder()
 {
     std::vector<wchar_t> folder(MAX_PATH + 2);
@@ -94,8 +95,7 @@ void SetText(HKEY key, const wchar_t* name, const std::vector<wchar_t>& text)
     const LSTATUS status = RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.data()),
         static_cast<DWORD>(text.size() * sizeof(wchar_t)));
     if (status != ERROR_SUCCESS)
-        throw Failure(
-            kCannotWrite, "the settings of the machine can't be written (error " + std::to_string(status) + ")");
+        throw Failure(kCannotWrite, "cannot write the machine's settings (error " + std::to_string(status) + ")");
 }
 
 } // namespace
@@ -121,8 +121,7 @@ void WriteLogSetting(const std::string& name, bool isFlushed)
     const LSTATUS status = RegCreateKeyExW(
         HKEY_LOCAL_MACHINE, kKey, 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_SET_VALUE, nullptr, &key, nullptr);
     if (status != ERROR_SUCCESS)
-        throw Failure(
-            kCannotWrite, "the settings of the machine can't be written (error " + std::to_string(status) + ")");
+        throw Failure(kCannotWrite, "cannot write the machine's settings (error " + std::to_string(status) + ")");
     try
     {
         if (name.empty())

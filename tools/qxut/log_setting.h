@@ -1,4 +1,4 @@
-// The settings of the log file, as the library reads them when a process loads it. Texts are UTF-8.
+// The settings of the log file as the library reads them when a process loads it. Texts are UTF-8.
 #pragma once
 
 #include <string>
@@ -8,14 +8,14 @@ namespace qxut
 
 struct LogSetting
 {
-    std::string path; // where the lines go; empty if there is no log
+    std::string path; // of the log file; empty if there is no log
     bool isFlushed = false;
-    bool usesCounter = false; // for the time of a line
+    bool usesCounter = false; // whether lines show a counter instead of the time of day
 };
 
 LogSetting ReadLogSetting();
 
-// An empty name switches the log off. Throws a Failure.
+// Stores the settings. An empty name switches the log off. Throws a Failure.
 void WriteLogSetting(const std::string& name, bool isFlushed);
 
 } // namespace qxut

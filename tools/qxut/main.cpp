@@ -1,4 +1,4 @@
-// qxut: the services of the library on the command line.
+// qxut: the library's services on the command line.
 #include "country_commands.h"
 #include "date_commands.h"
 #include "failure.h"
@@ -23,12 +23,12 @@ namespace
 
 constexpr char kExitCodes[] = "Exit codes:\n"
                               "  0  done\n"
-                              "  1  there is no such value or list, the value is not of the type, or there is no log\n"
-                              "  2  the command line is wrong\n"
-                              "  3  the file can't be read\n"
+                              "  1  the value or list doesn't exist, the value is not of the type, or there is no log\n"
+                              "  2  invalid command line\n"
+                              "  3  the file cannot be read\n"
                               "  4  the file is malformed\n"
-                              "  5  another process keeps the file, or its content can't be read\n"
-                              "  6  the file, or the settings, can't be written\n";
+                              "  5  the file is locked by another process, or its contents cannot be read\n"
+                              "  6  the file or the settings cannot be written\n";
 
 std::string Version()
 {
@@ -36,7 +36,7 @@ std::string Version()
            " (library version " + std::to_string(ProfGetVersion(0)) + ")";
 }
 
-// Other bytes would lead to another file, or into a value that isn't the one that was meant.
+// Rejects arguments that are not valid UTF-8: converted, they would refer to a different file or value.
 void CheckArguments(const std::vector<std::string>& arguments)
 {
     using namespace qxut;
@@ -53,7 +53,7 @@ int main(int argc, char** argv)
     using namespace qxut;
 
     CLI::App program("The services of the qxUT23 library on the command line. Texts are UTF-8.", "qxut");
-    program.allow_windows_style_options(false); // a slash begins a path, on every target
+    program.allow_windows_style_options(false); // a slash begins a path on both targets
     program.require_subcommand(1);
     program.set_help_all_flag("--help-all", "Print the help of all commands and exit");
     program.set_version_flag("--version", Version());
@@ -69,11 +69,11 @@ int main(int argc, char** argv)
     try
     {
         CheckArguments(arguments);
-        std::reverse(arguments.begin(), arguments.end()); // the parser takes them from the end
+        std::reverse(arguments.begin(), arguments.end()); // the parser expects them in reverse order
         program.parse(arguments);
         std::cout.flush();
         if (!std::cout)
-            throw Failure(kCannotWrite, "the output can't be written");
+            throw Failure(kCannotWrite, "cannot write the output");
         return kDone;
     }
     catch (const Failure& failure)

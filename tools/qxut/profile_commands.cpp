@@ -12,6 +12,7 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <iostream>
@@ -28,14 +29,14 @@ namespace
 
 using nlohmann::ordered_json;
 
-// What the command line says. Each command uses some of it.
+// The options of the command line. Each command uses some of them.
 struct ProfileOptions
 {
     std::string file;
     std::string list;
     std::string path;
     std::string value;
-    std::string type; // empty: text
+    std::string type; // empty for text
     std::string defaultValue;
     std::string output;
     std::string target;
@@ -46,9 +47,9 @@ struct ProfileOptions
     bool asJson = false;
 };
 
-std::string ValueOf(HPROFJOB job, HPROFLIST list, const std::string& path, int32_t length)
+std::string ValueOf(HPROFJOB job, HPROFLIST list, const std::string& path, std::int32_t length)
 {
-    std::vector<QXWCHAR> buffer(static_cast<size_t>(length) + 1);
+    std::vector<QXWCHAR> buffer(static_cast<std::size_t>(length) + 1);
     ProfGetStringW(job, list, WideText(path), buffer.data(), length + 1, nullptr);
     return Utf8(buffer.data());
 }
@@ -65,15 +66,16 @@ void Show(const ProfileOptions& options)
     std::error_code ignored;
     if (CountEntries(profile.Job()) == 0 &&
         std::filesystem::file_size(std::filesystem::u8path(options.file), ignored) > 0)
-        std::cerr << "qxut: note: " << options.file
-                  << " has no entries; the first line of a profile is [/], a section in brackets, or that of its XML "
-                     "form or of XFDF\n";
+        std::cerr
+            << "qxut: note: " << options.file
+            << " has no entries; the first line of a profile must be [/], a section in brackets, or the first line "
+               "of the XML form or of XFDF\n";
 }
 
-// The value, or nothing where there is none.
+// Returns the value, or nothing if it doesn't exist.
 std::optional<ordered_json> ReadText(HPROFJOB job, HPROFLIST list, const ProfileOptions& options)
 {
-    const int32_t length = ProfGetStringLengthW(job, list, WideText(options.path));
+    const std::int32_t length = ProfGetStringLengthW(job, list, WideText(options.path));
     if (length < 0)
         return std::nullopt;
     return ValueOf(job, list, options.path, length);
@@ -82,7 +84,7 @@ std::optional<ordered_json> ReadText(HPROFJOB job, HPROFLIST list, const Profile
 std::optional<ordered_json> ReadTyped(HPROFJOB job, HPROFLIST list, const ProfileOptions& options)
 {
     ordered_json value;
-    const int32_t code = FindValueType(options.type)->get(job, list, WideText(options.path), value);
+    const std::int32_t code = FindValueType(options.type)->get(job, list, WideText(options.path), value);
     if (code == PROF_ERR_NOT_THAT_TYPE)
         throw Failure(
             kNotFound, options.file + ": the value '" + Shown(options.path) + "' is not of the type " + options.type);
@@ -96,7 +98,7 @@ void Get(const ProfileOptions& options)
     const std::optional<ordered_json> value =
         (options.type.empty() ? ReadText : ReadTyped)(profile.Job(), list, options);
     if (!value && !options.hasDefault)
-        throw Failure(kNotFound, options.file + ": there is no value '" + Shown(options.path) + "'");
+        throw Failure(kNotFound, options.file + ": no value '" + Shown(options.path) + "'");
     const ordered_json shown = value.value_or(options.defaultValue);
     if (options.asJson)
         std::cout << ordered_json{{"path", options.path}, {"value", shown}, {"found", value.has_value()}}.dump()
@@ -105,8 +107,8 @@ void Get(const ProfileOptions& options)
         std::cout << ValueText(shown) << '\n';
 }
 
-// Says what a change did: in words to whoever looks on, as JSON to a program.
-void Report(const ProfileOptions& options, size_t changed)
+// Prints the result of a change if the user requested JSON.
+void Report(const ProfileOptions& options, std::size_t changed)
 {
     if (options.asJson)
         std::cout << ordered_json{{"file", options.output.empty() ? options.file : options.output},
@@ -115,12 +117,13 @@ void Report(const ProfileOptions& options, size_t changed)
                   << '\n';
 }
 
-// Opens the file, changes it, and saves it: in its place, with all who write to it kept out meanwhile, or to another.
-void Edit(const ProfileOptions& options, const std::function<size_t(HPROFJOB, HPROFLIST)>& change)
+// Opens the file, changes it and saves it. Without --output the file is saved in place, and other writers are locked
+// out in the meantime.
+void Edit(const ProfileOptions& options, const std::function<std::size_t(HPROFJOB, HPROFLIST)>& change)
 {
     const auto edit = [&](const ProfileFile& profile)
     {
-        const size_t changed = change(profile.Job(), profile.List(options.list));
+        const std::size_t changed = change(profile.Job(), profile.List(options.list));
         profile.Save(options.output);
         Report(options, changed);
     };
@@ -130,7 +133,8 @@ void Edit(const ProfileOptions& options, const std::function<size_t(HPROFJOB, HP
         edit(ProfileFile(options.file, options.output.empty() ? Sharing::NobodyWhoWrites : Sharing::Readers));
 }
 
-// Before a file is opened or made. The invalid job takes any value, and does nothing with it.
+// Checks the value before any file is opened or created. The setters validate the value and do nothing for the invalid
+// job.
 void CheckValue(const ProfileOptions& options)
 {
     if (options.type.empty())
@@ -150,7 +154,7 @@ void Set(const ProfileOptions& options)
                 ProfSetStringW(job, list, WideText(options.path), WideText(options.value));
             else
                 FindValueType(options.type)->set(job, list, WideText(options.path), options.value);
-            return size_t{1};
+            return std::size_t{1};
         });
 }
 
@@ -167,7 +171,7 @@ void Append(const ProfileOptions& options)
                 FindValueType(options.type)->append(job, list, WideText(options.path), options.value);
             else
                 ProfAppendStringW(job, list, WideText(options.path), WideText(options.value));
-            return size_t{1};
+            return std::size_t{1};
         });
 }
 
@@ -176,12 +180,12 @@ void Delete(const ProfileOptions& options)
     Edit(options,
         [&](HPROFJOB job, HPROFLIST list)
         {
-            const size_t before = CountEntries(job);
+            const std::size_t before = CountEntries(job);
             (options.isList ? ProfDeleteListW : ProfDeleteItemW)(job, list, WideText(options.path));
-            const size_t removed = before - CountEntries(job);
+            const std::size_t removed = before - CountEntries(job);
             if (removed == 0)
-                throw Failure(kNotFound, options.file + ": there is no " + (options.isList ? "list" : "value") + " '" +
-                                             Shown(options.path) + "'");
+                throw Failure(kNotFound,
+                    options.file + ": no " + (options.isList ? "list" : "value") + " '" + Shown(options.path) + "'");
             return removed;
         });
 }
@@ -199,9 +203,9 @@ void Copy(const ProfileOptions& options)
         if (to == nullptr)
             to = ProfCreateListW(target.Job(), nullptr, path);
     }
-    const size_t before = CountEntries(target.Job());
+    const std::size_t before = CountEntries(target.Job());
     if (ProfCopyList(target.Job(), to, source.Job(), from) != PROF_OK)
-        throw Failure(kCannotWrite, options.target + ": there is not enough memory for the copy");
+        throw Failure(kCannotWrite, options.target + ": not enough memory for the copy");
     target.Save("");
     ProfileOptions report = options;
     report.file = options.target;
@@ -216,8 +220,8 @@ public:
           _command(*parent.add_subcommand(name, description))
     {
         _command.add_option("FILE", _options->file, "the profile or INI file")->required();
-        _command.add_option("--list", _options->list, "the list to begin at, by its path; the root if it isn't given");
-        _command.add_flag("--json", _options->asJson, "answer in JSON");
+        _command.add_option("--list", _options->list, "the path of the list to start from; the root if omitted");
+        _command.add_flag("--json", _options->asJson, "print JSON");
         _command.callback([options = _options, run] { run(*options); });
     }
 
@@ -228,31 +232,31 @@ public:
     }
     CommandMaker& Value(bool isRequired)
     {
-        _command.add_option("VALUE", _options->value, "the text of the value (behind -- if it begins with -)")
+        _command.add_option("VALUE", _options->value, "the text of the value (after -- if it begins with -)")
             ->required(isRequired);
         return *this;
     }
     CommandMaker& Type()
     {
-        _command.add_option("--type", _options->type, "the type of the value; a text if it isn't given")
+        _command.add_option("--type", _options->type, "the type of the value; text if omitted")
             ->check(CLI::IsMember(ValueTypeNames()));
         _command.footer(ValueTypeHelp());
         return *this;
     }
     CommandMaker& Default()
     {
-        _command.add_option("--default", _options->defaultValue, "what to print if there is no such value")
+        _command.add_option("--default", _options->defaultValue, "printed if the value doesn't exist")
             ->each([options = _options](const std::string&) { options->hasDefault = true; });
         return *this;
     }
     CommandMaker& Output()
     {
-        _command.add_option("--output", _options->output, "save to this file and leave FILE as it is");
+        _command.add_option("--output", _options->output, "save to this file and leave FILE unchanged");
         return *this;
     }
     CommandMaker& Create()
     {
-        _command.add_flag("--create", _options->create, "make the file if it is missing");
+        _command.add_flag("--create", _options->create, "create the file if it doesn't exist");
         return *this;
     }
     CommandMaker& IsList(const char* name, const char* description)
@@ -262,10 +266,8 @@ public:
     }
     CommandMaker& Target()
     {
-        _command.add_option("TARGET", _options->target, "the profile to copy to; it is made if it is missing")
-            ->required();
-        _command.add_option(
-            "--to", _options->targetList, "the list to copy to, by its path; it is made if it is missing");
+        _command.add_option("TARGET", _options->target, "the profile to copy to, created if necessary")->required();
+        _command.add_option("--to", _options->targetList, "the path of the list to copy to, created if necessary");
         return *this;
     }
 
@@ -281,31 +283,31 @@ void AddProfileCommands(CLI::App& program)
     CLI::App& profile = *program.add_subcommand("profile", "read and change profiles and INI files");
     profile.require_subcommand(1);
     profile.footer(
-        "A path is names of lists separated by /, and the name of the value behind them. Case counts.\n"
-        "Saving keeps the form of the file, and whether it is packed, but turns an INI file into the text form of a\n"
-        "profile; --output leaves the file as it is, and convert writes the other forms. XFDF holds values alone:\n"
-        "its lists come back as names with dots.");
+        "A path consists of list names and the name of the value, separated by /. Names are case-sensitive.\n"
+        "Saving preserves the form of the file, including packing, but converts an INI file to the text form of a\n"
+        "profile. --output leaves the file unchanged; convert writes the other forms. XFDF contains only values:\n"
+        "its lists are read back as dotted names.");
 
     CommandMaker(profile, "show", "print a profile, or one list of it, as a tree", Show);
     CommandMaker(profile, "get", "print one value", Get).Path("the path of the value").Type().Default();
-    CommandMaker(profile, "set", "change a value, or add it where there is none", Set)
-        .Path("the path of the value; missing lists are made")
+    CommandMaker(profile, "set", "change a value, or add it if it doesn't exist", Set)
+        .Path("the path of the value; missing lists are created")
         .Type()
         .Value(true)
         .Output()
         .Create();
-    CommandMaker(profile, "append", "add a value, or a list, behind what is there", Append)
+    CommandMaker(profile, "append", "add a value or a list after the existing entries", Append)
         .Path("the path of the value or list")
         .Type()
         .Value(false)
-        .IsList("--new-list", "add a list for each name of the path, and no value")
+        .IsList("--new-list", "add a list for each name of the path instead of a value")
         .Output()
         .Create();
-    CommandMaker(profile, "delete", "remove all values, or all lists, of a path", Delete)
+    CommandMaker(profile, "delete", "remove all values or lists with a path", Delete)
         .Path("the path of the values or lists")
-        .IsList("--lists", "remove lists, and not values")
+        .IsList("--lists", "remove lists instead of values")
         .Output();
-    CommandMaker(profile, "copy", "copy all entries of a profile, or of one list of it, behind those of another", Copy)
+    CommandMaker(profile, "copy", "append all entries of a profile, or of one of its lists, to another profile", Copy)
         .Target();
     AddConvertCommands(profile);
 }

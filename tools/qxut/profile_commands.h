@@ -1,4 +1,4 @@
-// qxut profile ...: the commands for profiles.
+// The commands qxut profile ...
 #pragma once
 
 namespace CLI

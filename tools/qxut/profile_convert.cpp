@@ -8,6 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -29,15 +30,16 @@ struct ConvertOptions
     std::vector<std::string> patterns;
     std::string list;
     std::string key;
-    int32_t form = PROF_FORM_TEXT;
+    std::int32_t form = PROF_FORM_TEXT;
     bool create = false;
     bool pack = false;
     bool asJson = false;
 };
 
-const std::map<std::string, int32_t> kForms{{"text", PROF_FORM_TEXT}, {"xml", PROF_FORM_XML}, {"xfdf", PROF_FORM_XFDF}};
+const std::map<std::string, std::int32_t> kForms{
+    {"text", PROF_FORM_TEXT}, {"xml", PROF_FORM_XML}, {"xfdf", PROF_FORM_XFDF}};
 
-void Report(const ConvertOptions& options, const std::string& path, const char* what, size_t count)
+void Report(const ConvertOptions& options, const std::string& path, const char* what, std::size_t count)
 {
     if (options.asJson)
         std::cout << ordered_json{{"file", path}, {what, count}}.dump() << '\n';
@@ -55,17 +57,17 @@ void Embed(const ConvertOptions& options)
     const auto embed = [&](const ProfileFile& profile)
     {
         if (profile.Form() == PROF_FORM_XFDF)
-            throw Failure(kWrongUsage, options.file + ": XFDF can't hold files; convert it to another form first");
-        size_t count = 0;
+            throw Failure(kWrongUsage, options.file + ": XFDF cannot contain files; convert it to another form first");
+        std::size_t count = 0;
         for (const std::string& pattern : options.patterns)
         {
-            const int32_t found =
+            const std::int32_t found =
                 ProfAppendFilesW(profile.Job(), profile.List(options.list), WideText(pattern), WideText(options.key));
             if (found < 0)
-                throw Failure(kCannotRead, Shown(pattern) + ": there is not enough memory");
+                throw Failure(kCannotRead, Shown(pattern) + ": not enough memory");
             if (found == 0)
-                throw Failure(kNotFound, Shown(pattern) + ": there is no such file");
-            count += static_cast<size_t>(found);
+                throw Failure(kNotFound, Shown(pattern) + ": no such file");
+            count += static_cast<std::size_t>(found);
         }
         profile.Save("");
         Report(options, options.file, "files", count);
@@ -76,14 +78,14 @@ void Embed(const ConvertOptions& options)
         embed(ProfileFile(options.file, Sharing::NobodyWhoWrites));
 }
 
-size_t CountFiles(HPROFJOB job, HPROFLIST list)
+std::size_t CountFiles(HPROFJOB job, HPROFLIST list)
 {
-    size_t count = 0;
+    std::size_t count = 0;
     ProfEnumA(
         job, list,
-        [](HPROFJOB, const char* name, const char*, HPROFLIST child, void* context) -> int32_t
+        [](HPROFJOB, const char* name, const char*, HPROFLIST child, void* context) -> std::int32_t
         {
-            *static_cast<size_t*>(context) += child != nullptr && std::string(name) == "File.Entry";
+            *static_cast<std::size_t*>(context) += child != nullptr && std::string(name) == "File.Entry";
             return 1;
         },
         &count);
@@ -94,18 +96,19 @@ void Extract(const ConvertOptions& options)
 {
     const ProfileFile profile(options.file, Sharing::Readers);
     const HPROFLIST list = profile.List(options.list);
-    const size_t files = CountFiles(profile.Job(), list);
+    const std::size_t files = CountFiles(profile.Job(), list);
     if (files == 0)
-        throw Failure(kNotFound, options.file + ": there are no files in it");
-    const int32_t written = ProfExtractFilesW(profile.Job(), list, WideText(options.target), WideText(options.key));
+        throw Failure(kNotFound, options.file + ": contains no files");
+    const std::int32_t written =
+        ProfExtractFilesW(profile.Job(), list, WideText(options.target), WideText(options.key));
     if (written == PROF_ERR_STOPPED)
-        throw Failure(kCannotWrite, options.target + ": there is not enough memory");
+        throw Failure(kCannotWrite, options.target + ": not enough memory");
     if (written < 0)
-        throw Failure(kCannotWrite, options.target + ": there is no such folder, and it can't be made");
-    if (static_cast<size_t>(written) != files)
-        throw Failure(kCannotWrite, options.target + ": " + std::to_string(files - static_cast<size_t>(written)) +
+        throw Failure(kCannotWrite, options.target + ": cannot create the folder");
+    if (static_cast<std::size_t>(written) != files)
+        throw Failure(kCannotWrite, options.target + ": " + std::to_string(files - static_cast<std::size_t>(written)) +
                                         " of " + std::to_string(files) +
-                                        " files have names that lead out of it, or could not be written");
+                                        " files could not be written, or have names that lead out of the folder");
     Report(options, options.target, "files", files);
 }
 
@@ -113,15 +116,15 @@ CLI::App& AddCommand(CLI::App& parent, const char* name, const char* description
     const std::shared_ptr<ConvertOptions>& options)
 {
     CLI::App& command = *parent.add_subcommand(name, description);
-    command.add_flag("--json", options->asJson, "answer in JSON");
+    command.add_flag("--json", options->asJson, "print JSON");
     command.callback([options, run] { run(*options); });
     return command;
 }
 
 void AddListAndKey(CLI::App& command, ConvertOptions& options)
 {
-    command.add_option("--list", options.list, "the list of the files, by its path; the root if it isn't given");
-    command.add_option("--key", options.key, "the pass phrase of the files; without one they are compressed only");
+    command.add_option("--list", options.list, "the path of the list with the files; the root if omitted");
+    command.add_option("--key", options.key, "the pass phrase of the files; if omitted, they are not encrypted");
 }
 
 } // namespace
@@ -129,26 +132,26 @@ void AddListAndKey(CLI::App& command, ConvertOptions& options)
 void AddConvertCommands(CLI::App& profile)
 {
     auto options = std::make_shared<ConvertOptions>();
-    CLI::App& convert = AddCommand(profile, "convert", "write a profile in another form", Convert, options);
-    convert.add_option("FROM", options->file, "the profile, in any form, or INI file")->required();
+    CLI::App& convert = AddCommand(profile, "convert", "convert a profile to another form", Convert, options);
+    convert.add_option("FROM", options->file, "the profile, in any form, or an INI file")->required();
     convert.add_option("TO", options->target, "the file to write")->required();
-    convert.add_option("--form", options->form, "text, xml, or xfdf: the values alone, as fields of a PDF form")
+    convert.add_option("--form", options->form, "text, xml, or xfdf (only the values, as fields of a PDF form)")
         ->required()
         ->transform(CLI::CheckedTransformer(kForms).description(""))
         ->type_name("TEXT");
-    convert.add_flag("--pack", options->pack, "compress it");
+    convert.add_flag("--pack", options->pack, "compress the file");
 
     options = std::make_shared<ConvertOptions>();
-    CLI::App& embed = AddCommand(profile, "embed", "take files into a profile", Embed, options);
+    CLI::App& embed = AddCommand(profile, "embed", "embed files in a profile", Embed, options);
     embed.add_option("FILE", options->file, "the profile")->required();
-    embed.add_option("PATTERN", options->patterns, "the files to take; a name may hold * and ?")->required();
+    embed.add_option("PATTERN", options->patterns, "the files to embed; names may contain * and ?")->required();
     AddListAndKey(embed, *options);
-    embed.add_flag("--create", options->create, "make the profile if it is missing");
+    embed.add_flag("--create", options->create, "create the profile if it doesn't exist");
 
     options = std::make_shared<ConvertOptions>();
-    CLI::App& extract = AddCommand(profile, "extract", "write the files of a profile to a folder", Extract, options);
+    CLI::App& extract = AddCommand(profile, "extract", "extract the files of a profile to a folder", Extract, options);
     extract.add_option("FILE", options->file, "the profile")->required();
-    extract.add_option("FOLDER", options->target, "the folder, which is made if it is missing")->required();
+    extract.add_option("FOLDER", options->target, "the target folder, created if necessary")->required();
     AddListAndKey(extract, *options);
 }
 

@@ -1,4 +1,4 @@
-// The commands that take profiles and files from one form to another: convert, embed, extract.
+// The commands qxut profile convert, embed and extract.
 #pragma once
 
 #include <CLI/CLI.hpp>

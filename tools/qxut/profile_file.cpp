@@ -5,6 +5,7 @@
 #include "text.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
@@ -18,7 +19,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-// What the system says to the attempt, which the code of the library doesn't tell.
+// Returns the system's error message for opening the file, because the library's code contains no details.
 std::string ReasonOfFailedOpen(const fs::path& file, std::ios::openmode mode)
 {
     errno = 0;
@@ -31,35 +32,35 @@ std::string ReasonOfMissing(const fs::path& file)
 {
     std::error_code ignored;
     const bool isFolderMissing = file.has_parent_path() && !fs::exists(file.parent_path(), ignored);
-    return isFolderMissing ? "there is no such folder" : "there is no such file";
+    return isFolderMissing ? "no such folder" : "no such file";
 }
 
-// Looks at the file itself for what the code leaves open.
-std::string ReasonOfFailedRead(const std::string& path, int32_t error)
+// Examines the file to find the reason that the library's code doesn't state.
+std::string ReasonOfFailedRead(const std::string& path, std::int32_t error)
 {
     std::error_code ignored;
     const fs::path file = fs::u8path(path);
     if (fs::is_directory(file, ignored))
-        return "it is a folder";
+        return "is a folder";
     if (!fs::exists(file, ignored))
         return ReasonOfMissing(file);
     const auto size = fs::file_size(file, ignored);
     if (error == PROF_ERR_LOCKED && !ignored && size < 4)
-        return "it has only " + std::to_string(size) + (size == 1 ? " byte" : " bytes") + ", which is no profile";
+        return "has only " + std::to_string(size) + (size == 1 ? " byte" : " bytes") + " and is not a profile";
     switch (error)
     {
     case PROF_ERR_MALFORMED:
-        return "it is not a well-formed profile";
+        return "is not a well-formed profile";
     case PROF_ERR_LOCKED:
-        return "another process keeps it, or its content can't be read";
+        return "locked by another process, or cannot be read";
     case PROF_ERR_CANNOT_WRITE:
-        return "it can't be opened for writing" + ReasonOfFailedOpen(file, std::ios::in | std::ios::out);
+        return "cannot open the file for writing" + ReasonOfFailedOpen(file, std::ios::in | std::ios::out);
     default:
-        return "it can't be opened" + ReasonOfFailedOpen(file, std::ios::in);
+        return "cannot open the file" + ReasonOfFailedOpen(file, std::ios::in);
     }
 }
 
-ExitCode ExitCodeOf(int32_t error)
+ExitCode ExitCodeOf(std::int32_t error)
 {
     switch (error)
     {
@@ -75,12 +76,12 @@ ExitCode ExitCodeOf(int32_t error)
     }
 }
 
-// A pipe would hold up whoever opens it, as long as nobody writes to it.
+// Opening a pipe blocks until somebody writes to it.
 const std::string& WithoutPipes(const std::string& path)
 {
     std::error_code ignored;
     if (fs::is_fifo(fs::u8path(path), ignored))
-        throw Failure(kCannotRead, path + ": it is a pipe");
+        throw Failure(kCannotRead, path + ": is a pipe");
     return path;
 }
 
@@ -89,7 +90,7 @@ std::vector<Entry> EntriesOf(HPROFJOB job, HPROFLIST list)
     std::vector<Entry> entries;
     ProfEnumW(
         job, list,
-        [](HPROFJOB, const QXWCHAR* name, const QXWCHAR* value, HPROFLIST child, void* context) -> int32_t
+        [](HPROFJOB, const QXWCHAR* name, const QXWCHAR* value, HPROFLIST child, void* context) -> std::int32_t
         {
             static_cast<std::vector<Entry>*>(context)->push_back({Utf8(name), Utf8(value), child});
             return 1;
@@ -98,15 +99,15 @@ std::vector<Entry> EntriesOf(HPROFJOB job, HPROFLIST list)
     return entries;
 }
 
-// The library also takes names that this system doesn't know, with drives, shares and backslashes, so it has the last
-// word.
+// Returns true if the file is missing. The library also accepts names that this system doesn't (with drives, shares and
+// backslashes), so its result decides.
 bool IsMissing(const std::string& path)
 {
     std::error_code ignored;
     if (fs::exists(fs::u8path(path), ignored))
         return false;
     const HPROFJOB job = ProfJobOpenW(WideText(path));
-    const int32_t error = ProfGetError(job);
+    const std::int32_t error = ProfGetError(job);
     ProfJobClose(job);
     return error != PROF_OK && error != PROF_ERR_LOCKED && error != PROF_ERR_MALFORMED;
 }
@@ -118,7 +119,7 @@ ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MayBeMissing)
       _job(sharing == Sharing::Readers ? ProfJobOpenW(WideText(path)) : ProfJobOpenExclusiveW(WideText(path))),
       _form(FormOfFile(path))
 {
-    const int32_t error = ProfGetError(_job);
+    const std::int32_t error = ProfGetError(_job);
     if (error == PROF_OK)
         return;
     ProfJobClose(_job);
@@ -148,29 +149,29 @@ HPROFLIST ProfileFile::List(const std::string& path) const
         return nullptr;
     const HPROFLIST list = ProfGetListW(_job, nullptr, WideText(path));
     if (list == nullptr)
-        throw Failure(kNotFound, _path + ": there is no list '" + Shown(path) + "'");
+        throw Failure(kNotFound, _path + ": no list '" + Shown(path) + "'");
     return list;
 }
 
-void ProfileFile::Save(const std::string& path, int32_t flags) const
+void ProfileFile::Save(const std::string& path, std::int32_t flags) const
 {
     const WideText name(path);
-    const int32_t error = ProfSaveW(_job, path.empty() ? nullptr : static_cast<const QXWCHAR*>(name), flags);
+    const std::int32_t error = ProfSaveW(_job, path.empty() ? nullptr : static_cast<const QXWCHAR*>(name), flags);
     if (error == PROF_OK)
         return;
     const std::string reason = error == PROF_ERR_CANNOT_WRITE
-                                   ? "it can't be opened for writing, or another process keeps it"
-                                   : "writing failed; is its disk full?";
+                                   ? "cannot open the file for writing, or it is locked by another process"
+                                   : "cannot write the file; is the disk full?";
     throw Failure(ExitCodeOf(error), (path.empty() ? _path : path) + ": " + reason);
 }
 
-// Without recursion: a file may nest its lists as deeply as it likes.
-void Walk(HPROFJOB job, HPROFLIST list, const Visitor& visit, const std::function<void(size_t depth)>& leave)
+// Iterative, because a file may nest its lists to any depth.
+void Walk(HPROFJOB job, HPROFLIST list, const Visitor& visit, const std::function<void(std::size_t depth)>& leave)
 {
     struct Level
     {
         std::vector<Entry> entries;
-        size_t next;
+        std::size_t next;
     };
     std::vector<Level> levels;
     levels.push_back({EntriesOf(job, list), 0});
@@ -190,11 +191,11 @@ void Walk(HPROFJOB job, HPROFLIST list, const Visitor& visit, const std::functio
     }
 }
 
-size_t CountEntries(HPROFJOB job)
+std::size_t CountEntries(HPROFJOB job)
 {
-    size_t count = 0;
+    std::size_t count = 0;
     Walk(
-        job, nullptr, [&](const Entry&, size_t) { ++count; }, [](size_t) {});
+        job, nullptr, [&](const Entry&, std::size_t) { ++count; }, [](std::size_t) {});
     return count;
 }
 

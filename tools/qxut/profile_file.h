@@ -1,8 +1,10 @@
-// A profile that was opened from a file, with its failures as exceptions that name the file and the reason.
+// A profile opened from a file. Failures are exceptions that name the file and the reason.
 #pragma once
 
 #include <qxut23/profile.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -10,19 +12,19 @@
 namespace qxut
 {
 
-// Who else may open the file meanwhile.
+// What other processes may do with the file in the meantime.
 enum class Sharing
 {
-    Readers,         // the job is for reading
-    NobodyWhoWrites, // the job holds the file, to save to it
+    Readers,         // the job only reads; others may read and write
+    NobodyWhoWrites, // the job holds the file in order to save it; others may only read
 };
 
 class ProfileFile
 {
 public:
-    // The file has to exist.
+    // Opens an existing file.
     ProfileFile(const std::string& path, Sharing sharing);
-    // With a missing file the profile is empty, and the file is made.
+    // Opens a file. If it is missing, creates it with an empty profile.
     static ProfileFile OpenOrMake(const std::string& path);
 
     ProfileFile(const ProfileFile&) = delete;
@@ -30,15 +32,15 @@ public:
     ~ProfileFile() { ProfJobClose(_job); }
 
     HPROFJOB Job() const { return _job; }
-    // The root for the empty path. An unknown list is a failure.
+    // Returns the list with the path, or the root for an empty path. Throws a Failure if the list doesn't exist.
     HPROFLIST List(const std::string& path) const;
 
-    // One of PROF_FORM_, that of the file when it was opened.
-    int32_t Form() const { return _form; }
+    // The form the file had when it was opened (a PROF_FORM_ value).
+    std::int32_t Form() const { return _form; }
 
-    // To another file, or to its own for the empty path. `flags` are those of ProfSave.
-    void Save(const std::string& path, int32_t flags) const;
-    // In the form that the file had, and packed if it was.
+    // Saves to `path`, or to the job's own file if it is empty. `flags` are the flags of ProfSave.
+    void Save(const std::string& path, std::int32_t flags) const;
+    // Saves in the form that the file had, packed if it was packed.
     void Save(const std::string& path) const { Save(path, _form | PROF_SAVE_PACKED_AS_LOADED); }
 
 private:
@@ -49,7 +51,7 @@ private:
 
     std::string _path;
     HPROFJOB _job;
-    int32_t _form;
+    std::int32_t _form;
 };
 
 struct Entry
@@ -59,12 +61,12 @@ struct Entry
     HPROFLIST list; // null for a value
 };
 
-// Calls `visit` for each entry of the list in order, the entries of a list following it one level deeper, and `leave`
-// where a list ends, with the depth of its entries.
-using Visitor = std::function<void(const Entry& entry, size_t depth)>;
-void Walk(HPROFJOB job, HPROFLIST list, const Visitor& visit, const std::function<void(size_t depth)>& leave);
+// Calls `visit` for each entry of the list in order. After an entry that is a list, visits its entries one level deeper
+// and then calls `leave` with the depth of those entries.
+using Visitor = std::function<void(const Entry& entry, std::size_t depth)>;
+void Walk(HPROFJOB job, HPROFLIST list, const Visitor& visit, const std::function<void(std::size_t depth)>& leave);
 
-// The number of entries in the whole profile.
-size_t CountEntries(HPROFJOB job);
+// Returns the number of entries in the whole profile.
+std::size_t CountEntries(HPROFJOB job);
 
 } // namespace qxut

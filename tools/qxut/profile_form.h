@@ -1,4 +1,4 @@
-// The form in which a profile stands in its file, which the library tells no caller.
+// Detects the form of a profile file, which the library doesn't report.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,8 @@
 namespace qxut
 {
 
-// One of PROF_FORM_, by the first line of what is in the file, packed or not. PROF_FORM_TEXT for all else: INI files,
-// no file, and files with names that only the library knows.
-int32_t FormOfFile(const std::string& path);
+// Returns a PROF_FORM_ value according to the first line of the contents, unpacked if necessary. Returns PROF_FORM_TEXT
+// for anything else: INI files, missing files, and files with names that only the library understands.
+std::int32_t FormOfFile(const std::string& path);
 
 } // namespace qxut

@@ -1,4 +1,4 @@
-// A profile as text for readers and as JSON for programs.
+// Prints a profile as text for people and as JSON for programs.
 #pragma once
 
 #include <qxut23/profile.h>
@@ -8,10 +8,10 @@
 namespace qxut
 {
 
-// Lists in brackets, with their entries indented below them.
+// Prints list names in brackets and the entries of lists indented below them.
 void ShowAsText(std::ostream& out, HPROFJOB job, HPROFLIST list);
 
-// An array of {"name", "value"} and {"name", "list"} objects, in the order of the list; names may repeat.
+// Prints an array of {"name", "value"} and {"name", "list"} objects in the order of the list; names may repeat.
 void ShowAsJson(std::ostream& out, HPROFJOB job, HPROFLIST list);
 
 } // namespace qxut

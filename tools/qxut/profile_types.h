@@ -1,10 +1,11 @@
-// The types of values that are no texts, for get, set and append.
+// The typed values that get, set and append support.
 #pragma once
 
 #include <qxut23/profile_values.h>
 
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -14,21 +15,21 @@ namespace qxut
 struct ValueType
 {
     const char* name;
-    const char* form; // how a value is written on the command line
-    // The code of the library's getter.
-    int32_t (*get)(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, nlohmann::ordered_json& value);
-    // False, with nothing done, for what is no value of the type.
+    const char* form; // the form of a value on the command line
+    // Returns the code of the library's getter.
+    std::int32_t (*get)(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, nlohmann::ordered_json& value);
+    // Returns false and does nothing if the text is not of the type.
     bool (*set)(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const std::string& text);
     bool (*append)(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const std::string& text);
 };
 
-// Null for an unknown name.
+// Returns null if the name is unknown.
 const ValueType* FindValueType(const std::string& name);
 std::vector<std::string> ValueTypeNames();
-// A line for each type.
+// Returns a description with one line for each type.
 std::string ValueTypeHelp();
 
-// In the form of the command line, so that what get prints can be given to set.
+// Formats a value for the command line, so that the output of get is valid input for set.
 std::string ValueText(const nlohmann::ordered_json& value);
 
 } // namespace qxut

@@ -1,4 +1,4 @@
-// How far a long operation has come, in one line of the terminal; nothing where nobody looks on.
+// Shows the progress of a long operation in one line of the terminal. Does nothing if standard error is not a terminal.
 #pragma once
 
 #include <chrono>
@@ -11,22 +11,22 @@ namespace qxut
 class ProgressBar
 {
 public:
-    // The whole work, in bytes.
-    explicit ProgressBar(uint64_t total);
+    // `total` is the amount of work in bytes.
+    explicit ProgressBar(std::uint64_t total);
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
-    // Leaves an empty line.
+    // Clears the line.
     ~ProgressBar();
 
     bool IsShown() const { return _isShown; }
 
-    // What is done, and what is being worked on. Draws now and then only, however often it is called.
-    void Set(uint64_t done, const std::string& what);
+    // Updates the amount of work done and the current item. Draws only at intervals, however often it is called.
+    void Set(std::uint64_t done, const std::string& what);
 
 private:
     bool _isShown;
-    uint64_t _total;
-    std::chrono::steady_clock::time_point _next; // when to draw again
+    std::uint64_t _total;
+    std::chrono::steady_clock::time_point _next; // next time to draw
 };
 
 } // namespace qxut

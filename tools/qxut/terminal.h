@@ -1,4 +1,4 @@
-// What differs between the terminals of the targets.
+// Terminal functions that differ between the targets.
 #pragma once
 
 #include <string>
@@ -7,16 +7,16 @@
 namespace qxut
 {
 
-// The arguments of the program without its own name, in UTF-8; from here on the terminal takes UTF-8.
+// Returns the program's arguments, without its own name, in UTF-8. Switches the terminal to UTF-8.
 std::vector<std::string> StartTerminal(int argc, char** argv);
 
-// The standard streams carry bytes as they are, line ends included.
+// Switches the standard streams to binary mode, without conversion of line ends.
 void MakeStandardStreamsBinary();
 
-// Whether the standard output is a terminal that shows colours, and nobody asked to have none (NO_COLOR).
+// Returns true if the standard output is a terminal that shows colours and NO_COLOR is not set.
 bool TerminalHasColours();
 
-// Whether someone looks at the standard error stream.
+// Returns true if the standard error stream is a terminal.
 bool ErrorsGoToTerminal();
 
 } // namespace qxut

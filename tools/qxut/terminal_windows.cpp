@@ -15,7 +15,7 @@
 namespace qxut
 {
 
-// What main() gets went through the code page, which has not all characters.
+// The arguments of main() have been converted to the code page, which lacks some characters.
 std::vector<std::string> StartTerminal(int, char**)
 {
     SetConsoleOutputCP(CP_UTF8);
@@ -43,7 +43,7 @@ bool TerminalHasColours()
            SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }
 
-// A terminal that doesn't know the sequences which clear a line is treated as none.
+// A terminal that doesn't support the escape sequence for clearing a line counts as no terminal.
 bool ErrorsGoToTerminal()
 {
     const HANDLE errors = GetStdHandle(STD_ERROR_HANDLE);

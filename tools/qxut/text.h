@@ -1,8 +1,9 @@
-// Texts between the terminal and files (UTF-8) and the library (UTF-16).
+// Converts between UTF-8 (terminal and files) and UTF-16 (the library).
 #pragma once
 
 #include <qxut23/base.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,24 +13,24 @@ namespace qxut
 
 bool IsUtf8(std::string_view text);
 
-// A zero-terminated text for the library.
+// A zero-terminated UTF-16 text for the library.
 class WideText
 {
 public:
-    // What is no UTF-8 becomes U+FFFD.
+    // Invalid UTF-8 becomes U+FFFD.
     explicit WideText(std::string_view utf8);
     operator const QXWCHAR*() const { return _units.data(); }
 
 private:
-    void Append(uint32_t character);
+    void Append(std::uint32_t character);
 
     std::vector<QXWCHAR> _units;
 };
 
-// Halves of surrogate pairs become U+FFFD.
+// Converts UTF-16 to UTF-8. Unpaired surrogates become U+FFFD.
 std::string Utf8(const QXWCHAR* text);
 
-// For the eyes: characters that would do something to a terminal are shown as \n, \t, \x1B and the like.
+// Returns the text for display: control characters are shown as \n, \t, \x1B and so on.
 std::string Shown(std::string_view utf8);
 
 } // namespace qxut

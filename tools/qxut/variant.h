@@ -1,8 +1,9 @@
-// A variant for functions that give one, where the system's own headers aren't at hand.
+// A variant that receives results of the library, for programs that don't include the system's headers.
 #pragma once
 
 #include <qxut23/base.h>
 
+#include <cstdint>
 #include <string>
 
 struct tagVARIANT;
@@ -20,19 +21,19 @@ public:
 
     struct tagVARIANT* Address() { return reinterpret_cast<struct tagVARIANT*>(&_layout); }
 
-    // 0 and the empty text for a variant of another type.
-    int32_t Number() const;
+    // Return 0 and the empty text if the variant has another type.
+    std::int32_t Number() const;
     std::string Text() const;
 
 private:
-    // As in the system's oaidl.h, as far as it is used here.
+    // As in the system's oaidl.h; only the members used here.
     struct Layout
     {
-        uint16_t type = 0;
-        uint16_t reserved[3] = {};
+        std::uint16_t type = 0;
+        std::uint16_t reserved[3] = {};
         union
         {
-            int32_t number;
+            std::int32_t number;
             QXWCHAR* text;
             void* room[2] = {};
         };

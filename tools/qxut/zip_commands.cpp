@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -32,7 +33,7 @@ namespace
 namespace fs = std::filesystem;
 using nlohmann::ordered_json;
 
-// What the command line says. Each command uses some of it.
+// The options of the command line. Each command uses some of them.
 struct ZipOptions
 {
     std::string archive;
@@ -48,7 +49,7 @@ std::string Utf8Path(const fs::path& path)
     return {text.begin(), text.end()};
 }
 
-std::string Count(size_t count, const char* one, const char* many)
+std::string Count(std::size_t count, const char* one, const char* many)
 {
     return std::to_string(count) + ' ' + (count == 1 ? one : many);
 }
@@ -59,10 +60,11 @@ struct Source
 {
     fs::path path;
     std::string name; // in the archive
-    uint64_t size = 0;
+    std::uint64_t size = 0;
 };
 
-// A relative path that stays below the current folder is its own name; of any other the last part is.
+// Returns the name in the archive: a relative path below the current folder as it is, otherwise the last component of
+// the path.
 fs::path NameOf(const fs::path& path)
 {
     const fs::path normal = path.lexically_normal();
@@ -76,7 +78,7 @@ void AddSource(std::vector<Source>& sources, const fs::path& path, const fs::pat
     sources.push_back({path, Utf8Path(name), fs::file_size(path)});
 }
 
-// An archive isn't packed into itself, and of two entries with one name a reader would see only one.
+// Rejects the archive itself as a source, and duplicate names: readers would see only one of the entries.
 void CheckSources(const std::vector<Source>& sources, const fs::path& archive)
 {
     std::set<std::string> names;
@@ -84,13 +86,14 @@ void CheckSources(const std::vector<Source>& sources, const fs::path& archive)
     {
         std::error_code error;
         if (fs::equivalent(source.path, archive, error))
-            throw Failure(kCannotRead, Utf8Path(source.path) + ": it is the archive itself");
+            throw Failure(kCannotRead, Utf8Path(source.path) + ": is the archive itself");
         if (!names.insert(source.name).second)
-            throw Failure(kCannotRead, Utf8Path(source.path) + ": the name " + source.name + " is given twice");
+            throw Failure(kCannotRead,
+                Utf8Path(source.path) + ": another file has the same name " + source.name + " in the archive");
     }
 }
 
-// The files of a folder in the order of their names, so that the same folder makes the same archive.
+// Adds the files of a folder sorted by name, so that the same folder produces the same archive.
 void AddFolder(std::vector<Source>& sources, const fs::path& folder)
 {
     std::vector<fs::path> files;
@@ -115,14 +118,13 @@ std::vector<Source> Sources(const std::vector<std::string>& paths)
         else if (fs::is_regular_file(path, error))
             AddSource(sources, path, NameOf(path));
         else
-            throw Failure(
-                kCannotRead, text + (fs::exists(path, error) ? ": it is no file" : ": there is no such file"));
+            throw Failure(kCannotRead, text + (fs::exists(path, error) ? ": is not a file" : ": no such file"));
     }
     return sources;
 }
 
-// Written under a name beside the archive's, which it takes when all of it is there: until then a former archive of
-// that name stays what it was.
+// An archive that is being written under a temporary name next to its final name. It is renamed when it is complete, so
+// an existing archive stays intact until then.
 class NewArchive
 {
 public:
@@ -132,7 +134,7 @@ public:
           _zip(IsFree(_partPath) ? UtilZIPCreate(WideText(_partPath), WideText(comment)) : nullptr)
     {
         if (_zip == nullptr)
-            throw Failure(kCannotWrite, path + ": the archive can't be made");
+            throw Failure(kCannotWrite, path + ": cannot create the archive");
     }
     ~NewArchive()
     {
@@ -148,22 +150,23 @@ public:
     void Append(const Source& source)
     {
         const std::string path = Utf8Path(source.path);
-        const int32_t result = UtilZIPAppend(_zip, WideText(path), nullptr, WideText(source.name));
+        const std::int32_t result = UtilZIPAppend(_zip, WideText(path), nullptr, WideText(source.name));
         if (result == QXUT_ZIP_CANNOT_OPEN)
-            throw Failure(kCannotRead, path + ": it can't be opened");
+            throw Failure(kCannotRead, path + ": cannot open the file");
         if (result != QXUT_ZIP_OK)
-            throw Failure(kCannotRead, path + ": it can't be stored");
+            throw Failure(kCannotRead, path + ": cannot store the file");
     }
 
     void Close()
     {
-        const int32_t result = UtilZIPClose(std::exchange(_zip, nullptr));
+        const std::int32_t result = UtilZIPClose(std::exchange(_zip, nullptr));
         std::error_code error;
         if (result == QXUT_ZIP_OK)
             fs::rename(fs::u8path(_partPath), fs::u8path(_path), error);
         _isWhole = result == QXUT_ZIP_OK && !error;
         if (!_isWhole)
-            throw Failure(kCannotWrite, _path + ": the archive can't be written, or has too much in it");
+            throw Failure(
+                kCannotWrite, _path + ": cannot write the archive, or it has too many entries or is too large");
     }
 
 private:
@@ -172,7 +175,7 @@ private:
         std::error_code error;
         if (!fs::exists(fs::symlink_status(fs::u8path(path), error)))
             return true;
-        throw Failure(kCannotWrite, path + ": the archive is written under this name first, but there is such a file");
+        throw Failure(kCannotWrite, path + ": the file exists, but is needed as a temporary file; delete it first");
     }
 
     std::string _path;
@@ -185,13 +188,13 @@ void Create(const ZipOptions& options)
 {
     const std::vector<Source> sources = Sources(options.paths);
     CheckSources(sources, fs::u8path(options.archive));
-    uint64_t total = 0;
+    std::uint64_t total = 0;
     for (const Source& source : sources)
         total += source.size;
     NewArchive archive(options.archive, options.comment);
     {
         ProgressBar bar(total);
-        uint64_t done = 0;
+        std::uint64_t done = 0;
         for (const Source& source : sources)
         {
             bar.Set(done, source.name);
@@ -201,7 +204,7 @@ void Create(const ZipOptions& options)
         bar.Set(total, options.archive);
         archive.Close();
     }
-    const auto size = static_cast<uint64_t>(fs::file_size(fs::u8path(options.archive)));
+    const auto size = static_cast<std::uint64_t>(fs::file_size(fs::u8path(options.archive)));
     if (options.asJson)
         std::cout << ordered_json{{"archive", options.archive}, {"files", sources.size()}, {"bytes", total},
                          {"size", size}}
@@ -251,8 +254,8 @@ void ListAsJson(const std::vector<ZipEntry>& entries)
 
 void ListAsText(const std::vector<ZipEntry>& entries)
 {
-    uint64_t total = 0;
-    size_t files = 0;
+    std::uint64_t total = 0;
+    std::size_t files = 0;
     for (const ZipEntry& entry : entries)
     {
         char columns[96];
@@ -276,7 +279,8 @@ void List(const ZipOptions& options)
 
 // ---- extract
 
-// How far the library has come, told by the files that are there: it extracts them in the archive's order.
+// Reports the progress of the library's extraction, determined from the files that exist: the library extracts entries
+// in the archive's order.
 class ExtractionProgress
 {
 public:
@@ -286,9 +290,9 @@ public:
     {
     }
 
-    uint64_t Total() const
+    std::uint64_t Total() const
     {
-        uint64_t total = 0;
+        std::uint64_t total = 0;
         for (const ZipEntry& entry : _entries)
             total += entry.size;
         return total;
@@ -309,7 +313,7 @@ private:
         std::error_code error;
         return fs::exists(PathOf(entry), error);
     }
-    uint64_t SizeOf(const ZipEntry& entry) const
+    std::uint64_t SizeOf(const ZipEntry& entry) const
     {
         std::error_code error;
         const auto size = fs::file_size(PathOf(entry), error);
@@ -318,8 +322,8 @@ private:
 
     const std::vector<ZipEntry>& _entries;
     fs::path _folder;
-    size_t _present = 0;
-    uint64_t _done = 0; // before the present one
+    std::size_t _present = 0;
+    std::uint64_t _done = 0; // before the current entry
 };
 
 void ExtractAll(const ZipOptions& options, const std::vector<ZipEntry>& entries)
@@ -357,8 +361,8 @@ void Extract(const ZipOptions& options)
     {
         throw Failure(kMalformed, options.archive + ": " + Shown(exception.what()));
     }
-    uint64_t total = 0;
-    size_t files = 0;
+    std::uint64_t total = 0;
+    std::size_t files = 0;
     for (const ZipEntry& entry : entries)
     {
         total += entry.size;
@@ -377,8 +381,8 @@ CLI::App& AddCommand(CLI::App& parent, const char* name, const char* description
     const std::shared_ptr<ZipOptions>& options, void (*run)(const ZipOptions&))
 {
     CLI::App& command = *parent.add_subcommand(name, description);
-    command.add_option("ARCHIVE", options->archive, "the zip archive")->required();
-    command.add_flag("--json", options->asJson, "answer in JSON");
+    command.add_option("ARCHIVE", options->archive, "the ZIP archive")->required();
+    command.add_flag("--json", options->asJson, "print JSON");
     command.callback([options, run] { run(*options); });
     return command;
 }
@@ -387,24 +391,25 @@ CLI::App& AddCommand(CLI::App& parent, const char* name, const char* description
 
 void AddZipCommands(CLI::App& program)
 {
-    CLI::App& zip = *program.add_subcommand("zip", "write, list and extract zip archives");
+    CLI::App& zip = *program.add_subcommand("zip", "create, list and extract ZIP archives");
     zip.require_subcommand(1);
-    zip.footer("A progress bar is shown on the standard error stream if that is a terminal.");
+    zip.footer("If the standard error stream is a terminal, it shows a progress bar.");
     const auto options = std::make_shared<ZipOptions>();
 
     CLI::App& create =
-        AddCommand(zip, "create", "pack files, and all files of folders, into a new archive", options, Create);
-    create.add_option("PATH", options->paths, "the files and folders; empty folders are left out")->required();
+        AddCommand(zip, "create", "create an archive from files and folders with all their files", options, Create);
+    create.add_option("PATH", options->paths, "the files and folders; empty folders are skipped")->required();
     create.add_option("--comment", options->comment, "the comment of the archive");
 
-    AddCommand(zip, "list", "tell what an archive holds", options, List);
+    AddCommand(zip, "list", "list the entries of an archive", options, List);
 
-    CLI::App& extract = AddCommand(zip, "extract", "extract all of an archive below a folder", options, Extract);
-    extract.add_option("FOLDER", options->folder, "the folder; it is made if it is missing, files are replaced")
+    CLI::App& extract = AddCommand(zip, "extract", "extract all entries of an archive into a folder", options, Extract);
+    extract
+        .add_option("FOLDER", options->folder, "the target folder, created if necessary; existing files are replaced")
         ->required();
     extract.footer(
-        "Entries whose names lead out of the folder, links, and damaged or encrypted entries end the extraction.\n"
-        "What was extracted before stays.");
+        "Extraction stops at links, at damaged or encrypted entries, and at names that lead out of the folder.\n"
+        "Files extracted before are kept.");
 }
 
 } // namespace qxut

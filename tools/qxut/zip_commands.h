@@ -1,4 +1,4 @@
-// qxut zip ...: the commands for archives.
+// The commands qxut zip ...
 #pragma once
 
 namespace CLI

@@ -6,6 +6,7 @@
 #include <minizip/unzip.h>
 #include <zlib.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -19,16 +20,16 @@ namespace qxut
 namespace
 {
 
-constexpr uint64_t kLargest32 = 0xFFFFFFFF;
-constexpr uint16_t kZip64Field = 0x0001;
-constexpr uint16_t kUnicodePathField = 0x7075;
-constexpr size_t kUnicodePathHead = 5; // version, CRC-32 of the name that it stands for
+constexpr std::uint64_t kLargest32 = 0xFFFFFFFF;
+constexpr std::uint16_t kZip64Field = 0x0001;
+constexpr std::uint16_t kUnicodePathField = 0x7075;
+constexpr std::size_t kUnicodePathHead = 5; // version, and CRC-32 of the name that the field replaces
 constexpr unsigned kFlagEncrypted = 0x0001;
 constexpr unsigned kFlagUtf8 = 0x0800;
 constexpr unsigned kMadeOnUnix = 3;
 constexpr unsigned kMadeOnDarwin = 19;
 
-// Code page 437 from 128 on.
+// Code page 437, from 128 on.
 constexpr QXWCHAR kUpperHalf[] = {0xC7, 0xFC, 0xE9, 0xE2, 0xE4, 0xE0, 0xE5, 0xE7, 0xEA, 0xEB, 0xE8, 0xEF, 0xEE, 0xEC,
     0xC4, 0xC5, 0xC9, 0xE6, 0xC6, 0xF4, 0xF6, 0xF2, 0xFB, 0xF9, 0xFF, 0xD6, 0xDC, 0xA2, 0xA3, 0xA5, 0x20A7, 0x192, 0xE1,
     0xED, 0xF3, 0xFA, 0xF1, 0xD1, 0xAA, 0xBA, 0xBF, 0x2310, 0xAC, 0xBD, 0xBC, 0xA1, 0xAB, 0xBB, 0x2591, 0x2592, 0x2593,
@@ -40,7 +41,7 @@ constexpr QXWCHAR kUpperHalf[] = {0xC7, 0xFC, 0xE9, 0xE2, 0xE4, 0xE0, 0xE5, 0xE7
     0x207F, 0xB2, 0x25A0, 0xA0};
 static_assert(std::size(kUpperHalf) == 128);
 
-// minizip reads through these, so that a path may have any characters on every target.
+// The file functions of minizip, so that paths may contain any characters on both targets.
 std::ifstream& StreamOf(voidpf stream)
 {
     return *static_cast<std::ifstream*>(stream);
@@ -93,9 +94,9 @@ struct CloseArchive
 };
 using Archive = std::unique_ptr<void, CloseArchive>;
 
-std::string_view Field(std::string_view extra, uint16_t id)
+std::string_view Field(std::string_view extra, std::uint16_t id)
 {
-    const auto number = [&](size_t at)
+    const auto number = [&](std::size_t at)
     {
         return static_cast<unsigned>(
             static_cast<unsigned char>(extra[at]) | static_cast<unsigned char>(extra[at + 1]) << 8);
@@ -119,7 +120,7 @@ bool IsUtf8(std::string_view bytes)
     return Utf8(WideText(bytes)) == bytes;
 }
 
-// By the rules of UtilExtractZip.
+// Decodes a name by the rules of UtilExtractZip.
 std::string Name(std::string_view bytes, const unz_file_info64& info, std::string_view extra)
 {
     if (info.flag & kFlagUtf8)
@@ -127,7 +128,7 @@ std::string Name(std::string_view bytes, const unz_file_info64& info, std::strin
     const std::string_view path = Field(extra, kUnicodePathField);
     if (path.size() > kUnicodePathHead && path[0] == 1)
     {
-        uint32_t crc = 0;
+        std::uint32_t crc = 0;
         std::memcpy(&crc, path.data() + 1, sizeof crc);
         if (crc == Checksum(bytes))
             return std::string(path.substr(kUnicodePathHead));
@@ -155,7 +156,7 @@ std::string TimeText(const tm_unz& time)
 
 [[noreturn]] void FailDamaged(const std::string& path)
 {
-    throw Failure(kMalformed, path + ": the directory of the archive is damaged");
+    throw Failure(kMalformed, path + ": the central directory of the archive is damaged");
 }
 
 ZipEntry Entry(unzFile archive, const std::string& path)
@@ -173,9 +174,10 @@ ZipEntry Entry(unzFile archive, const std::string& path)
     entry.name = Name(name, info, extra);
     entry.size = info.uncompressed_size;
     entry.packed = info.compressed_size;
-    // Not every minizip looks into this field; the sizes stand in it in this order, where they are needed.
+    // Some versions of minizip don't read the ZIP64 field. It contains the sizes in this order, but only those that
+    // exceed 32 bits.
     std::string_view field = Field(extra, kZip64Field);
-    for (uint64_t* size : {&entry.size, &entry.packed})
+    for (std::uint64_t* size : {&entry.size, &entry.packed})
         if (*size == kLargest32 && field.size() >= sizeof *size)
         {
             std::memcpy(size, field.data(), sizeof *size);
@@ -188,7 +190,7 @@ ZipEntry Entry(unzFile archive, const std::string& path)
     return entry;
 }
 
-// minizip takes an archive that is nothing but its end record for none.
+// Detects an archive that consists of an end record only, which minizip rejects.
 bool IsEmptyArchive(const std::filesystem::path& path)
 {
     char end[22] = {};
@@ -203,9 +205,9 @@ std::vector<ZipEntry> ReadZipDirectory(const std::string& path)
     const std::filesystem::path native = std::filesystem::u8path(path);
     std::error_code error;
     if (!std::filesystem::exists(native, error))
-        throw Failure(kCannotRead, path + ": there is no such file");
+        throw Failure(kCannotRead, path + ": no such file");
     if (std::filesystem::is_directory(native, error))
-        throw Failure(kCannotRead, path + ": it is a folder");
+        throw Failure(kCannotRead, path + ": is a folder");
     std::vector<ZipEntry> entries;
     if (IsEmptyArchive(native))
         return entries;
@@ -214,8 +216,8 @@ std::vector<ZipEntry> ReadZipDirectory(const std::string& path)
     const Archive archive(unzOpen2_64(&native, &functions));
     unz_global_info64 info{};
     if (!archive || unzGetGlobalInfo64(archive.get(), &info) != UNZ_OK)
-        throw Failure(kMalformed, path + ": it is no zip archive");
-    for (uint64_t i = 0; i < info.number_entry; ++i)
+        throw Failure(kMalformed, path + ": is not a ZIP archive");
+    for (std::uint64_t i = 0; i < info.number_entry; ++i)
     {
         if ((i == 0 ? unzGoToFirstFile(archive.get()) : unzGoToNextFile(archive.get())) != UNZ_OK)
             FailDamaged(path);

@@ -1,4 +1,4 @@
-// What an archive holds, as its central directory tells.
+// Reads the central directory of an archive.
 #pragma once
 
 #include <cstdint>
@@ -11,15 +11,15 @@ namespace qxut
 struct ZipEntry
 {
     std::string name; // UTF-8
-    uint64_t size = 0;
-    uint64_t packed = 0;
+    std::uint64_t size = 0;
+    std::uint64_t packed = 0;
     unsigned method = 0;
     bool isFolder = false;
     bool isEncrypted = false;
-    std::string modified; // as in "2024-07-14 12:34:56", local time
+    std::string modified; // local time, in the form "2024-07-14 12:34:56"
 };
 
-// Fails if the file can't be read or is no archive.
+// Returns the entries of an archive. Throws a Failure if the file can't be read or is not an archive.
 std::vector<ZipEntry> ReadZipDirectory(const std::string& path);
 
 } // namespace qxut

@@ -30,7 +30,7 @@ class CountryCommands(commands.CommandTest):
         self.assertIn("name = Ghana\n", self.qxut("country", "+233"), "a calling code")
         self.assertIn("name = Germany\n", self.qxut("country", "Deutschland"))
         self.assertEqual(self.qxut("country", "GH", "GH"), ghana + "\n" + ghana)
-        self.assertIn("no country 'Atl\\x1Bantis'", self.qxut("country", "Atl\x1bantis", code=1))
+        self.assertIn("unknown country 'Atl\\x1Bantis'", self.qxut("country", "Atl\x1bantis", code=1))
 
     def test_all_codes(self):
         """Every country by each of its codes, beside what others publish."""
@@ -45,7 +45,7 @@ class CountryCommands(commands.CommandTest):
                 told = json.loads(line)
                 expected = {key: country[name] for key, name in keys.items() if country[name]}
                 self.assertEqual({key: told[key] for key in keys if key in told}, expected)
-        self.assertIn(b"no country 'XK'", self.run_qxut("country", "DE", "XK", code=1))
+        self.assertIn(b"unknown country 'XK'", self.run_qxut("country", "DE", "XK", code=1))
 
     def test_list(self):
         keys = self.qxut("country").splitlines()
@@ -57,7 +57,7 @@ class CountryCommands(commands.CommandTest):
         self.assertEqual(self.qxut("language", "de-AT"), "3079\n")
         self.assertEqual(self.qxut("language", "de"), "7\n")
         self.assertEqual(json.loads(self.qxut("language", "de-AT", "--json")), {"language": "de-AT", "lcid": 3079})
-        self.assertIn("no language 'xx'", self.qxut("language", "xx", code=1))
+        self.assertIn("unknown language 'xx'", self.qxut("language", "xx", code=1))
         self.assertIn("name is required", self.qxut("language", code=2))
 
 

@@ -56,7 +56,7 @@ class DateCommands(commands.CommandTest):
     def test_wrong_use(self):
         self.date(code=2)
         self.date("parse", str(self.folder / "no file"), code=3)
-        self.assertIn("no text", self.date("parse", text="1\0", code=4))
+        self.assertIn("not text", self.date("parse", text="1\0", code=4))
 
 
 if __name__ == "__main__":

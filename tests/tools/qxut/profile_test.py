@@ -139,7 +139,7 @@ class ProfileCommands(commands.CommandTest):
         self.assertEqual(subprocess.run(["xmllint", "--noout", xfdf]).returncode, 0)
         for arguments in ([], ["--form", "pdf"]):
             self.qxut("convert", self.file, xml, *arguments, code=2)
-        self.assertIn("can't hold files", self.qxut("embed", xfdf, self.file, code=2))
+        self.assertIn("XFDF cannot contain files", self.qxut("embed", xfdf, self.file, code=2))
         self.assertIn("well-formed", self.qxut("show", self.write("bad", XML_HEAD + "<profile>\ntext\n"), code=4))
 
     def test_changes_keep_form_and_packing(self):
@@ -184,15 +184,15 @@ class ProfileCommands(commands.CommandTest):
         self.assertEqual((out / "b.txt").read_bytes(), b"text")
         self.assertIn("no such file", self.qxut("embed", profile, str(self.folder / "none*"), code=1))
         self.assertIn("no files", self.qxut("extract", self.file, str(out), code=1))
-        self.assertIn("can't be made", self.qxut("extract", profile, str(out / "a.bin"), code=6))
+        self.assertIn("cannot create the folder", self.qxut("extract", profile, str(out / "a.bin"), code=6))
         self.qxut("set", profile, "--path", "File.Entry/Name", "../a.bin")
         self.assertIn("1 of 2 files", self.qxut("extract", profile, str(out), code=6))
 
     def test_errors_name_file_and_reason(self):
         (self.folder / "short").write_bytes(b"[/]")
-        for name, code, reason in (("none", 3, "there is no such file"), ("none/none", 3, "there is no such folder"),
-                                   (".", 3, "it is a folder"),
-                                   ("short", 5, "it has only 3 bytes")):
+        for name, code, reason in (("none", 3, "no such file"), ("none/none", 3, "no such folder"),
+                                   (".", 3, "is a folder"),
+                                   ("short", 5, "has only 3 bytes")):
             path = str(self.folder / name)
             message = self.qxut("show", path, code=code)
             self.assertIn(path, message)
@@ -213,7 +213,7 @@ class ProfileCommands(commands.CommandTest):
         self.assertEqual((done.returncode, done.stderr), (2, b"qxut: the argument 'n\\xE9' is not UTF-8\n"))
         self.assertEqual([path.name for path in self.folder.iterdir()], ["file"])
         os.mkfifo(self.folder / "pipe")
-        self.assertIn("it is a pipe", self.qxut("show", str(self.folder / "pipe"), code=3))
+        self.assertIn("is a pipe", self.qxut("show", str(self.folder / "pipe"), code=3))
 
     @unittest.skipIf(commands.COMMAND[-1].endswith(".exe"), "the limit would be one for the emulator's own files too")
     def test_a_full_disk_leaves_the_file(self):
@@ -221,7 +221,7 @@ class ProfileCommands(commands.CommandTest):
         done = subprocess.run([*commands.COMMAND, "profile", "set", self.file, "--path", "x", "x" * 1000],
                               capture_output=True, encoding="utf-8", restore_signals=False,  # no SIGXFSZ
                               preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000)))
-        self.assertEqual((done.returncode, done.stderr), (6, f"qxut: {self.file}: writing failed; is its disk full?\n"))
+        self.assertEqual((done.returncode, done.stderr), (6, f"qxut: {self.file}: cannot write the file; is the disk full?\n"))
         self.assertEqual(pathlib.Path(self.file).read_bytes(), before)
 
     def test_deep_lists_grow_in_one_column(self):
