@@ -13,7 +13,7 @@ QXPLATFORM_API UINT WINAPI SetErrorMode(UINT uMode);
 
 QXPLATFORM_API PVOID WINAPI AddVectoredExceptionHandler(ULONG First, PVECTORED_EXCEPTION_HANDLER Handler);
 QXPLATFORM_API ULONG WINAPI RemoveVectoredExceptionHandler(PVOID Handle);
-// An exception that no handler takes ends the process.
+// An unhandled exception ends the process.
 QXPLATFORM_API void WINAPI RaiseException(
     DWORD dwExceptionCode, DWORD dwExceptionFlags, DWORD nNumberOfArguments, const ULONG_PTR* lpArguments);
 

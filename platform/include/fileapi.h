@@ -89,8 +89,8 @@ QXPLATFORM_API BOOL WINAPI FindClose(HANDLE hFindFile);
 QXPLATFORM_API DWORD WINAPI GetFullPathNameW(
     LPCWSTR lpFileName, DWORD nBufferLength, LPWSTR lpBuffer, LPWSTR* lpFilePart);
 QXPLATFORM_API DWORD WINAPI GetLongPathNameW(LPCWSTR lpszShortPath, LPWSTR lpszLongPath, DWORD cchBuffer);
-// Maximum length of a name and what the file system can do; asked for a name or serial number it fails with
-// ERROR_NOT_SUPPORTED.
+// Returns the maximum length of a name and the file system's features. If the volume name or serial number is
+// requested, fails with ERROR_NOT_SUPPORTED.
 QXPLATFORM_API BOOL WINAPI GetVolumeInformationW(LPCWSTR lpRootPathName, LPWSTR lpVolumeNameBuffer,
     DWORD nVolumeNameSize, LPDWORD lpVolumeSerialNumber, LPDWORD lpMaximumComponentLength, LPDWORD lpFileSystemFlags,
     LPWSTR lpFileSystemNameBuffer, DWORD nFileSystemNameSize);

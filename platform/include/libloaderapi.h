@@ -15,8 +15,8 @@ QXPLATFORM_API HMODULE WINAPI LoadLibraryW(LPCWSTR lpLibFileName);
 QXPLATFORM_API BOOL WINAPI FreeLibrary(HMODULE hLibModule);
 QXPLATFORM_API FARPROC WINAPI GetProcAddress(HMODULE hModule, LPCSTR lpProcName);
 
-// A language with a region also finds the same without one, any language a resource of no language. A search without a
-// language takes those of the user, and in the end any.
+// A language with a region also matches the same language without a region, and any language matches a language-neutral
+// resource. A search without a language uses the user's languages, and finally any language.
 QXPLATFORM_API HRSRC WINAPI FindResourceW(HMODULE hModule, LPCWSTR lpName, LPCWSTR lpType);
 QXPLATFORM_API HRSRC WINAPI FindResourceExW(HMODULE hModule, LPCWSTR lpType, LPCWSTR lpName, WORD wLanguage);
 QXPLATFORM_API HGLOBAL WINAPI LoadResource(HMODULE hModule, HRSRC hResInfo);

@@ -37,7 +37,7 @@ typedef struct _PROCESS_INFORMATION
 
 QXPLATFORM_API HANDLE WINAPI GetCurrentProcess(void);
 QXPLATFORM_API DWORD WINAPI GetCurrentProcessId(void);
-// All processes are of session 0.
+// All processes belong to session 0.
 QXPLATFORM_API BOOL WINAPI ProcessIdToSessionId(DWORD dwProcessId, DWORD* pSessionId);
 QXPLATFORM_API HANDLE WINAPI GetCurrentThread(void);
 QXPLATFORM_API DWORD WINAPI GetCurrentThreadId(void);

@@ -1,4 +1,4 @@
-// Conversions between the forms of a time, and time zones.
+// Conversions between time formats, and time zones.
 #pragma once
 
 #include <minwindef.h>
@@ -25,7 +25,7 @@ QXPLATFORM_API BOOL WINAPI FileTimeToSystemTime(const FILETIME* lpFileTime, LPSY
 QXPLATFORM_API BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFileTime);
 
 QXPLATFORM_API DWORD WINAPI GetTimeZoneInformation(LPTIME_ZONE_INFORMATION lpTimeZoneInformation);
-// A null zone is that of the user, with its past as far as it is known.
+// A null zone stands for the user's zone, including its history as far as it is known.
 QXPLATFORM_API BOOL WINAPI SystemTimeToTzSpecificLocalTime(
     const TIME_ZONE_INFORMATION* lpTimeZoneInformation, const SYSTEMTIME* lpUniversalTime, LPSYSTEMTIME lpLocalTime);
 QXPLATFORM_API BOOL WINAPI TzSpecificLocalTimeToSystemTime(
