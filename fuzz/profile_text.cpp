@@ -1,10 +1,12 @@
 // Loads arbitrary bytes. The resulting tree must be writable, and must be loaded unchanged from the output.
 #include "profile_fuzz.h"
 
+#include <cstdint>
+
 using namespace profilefuzz;
 using qx::ProfForm;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const Bytes source(data, data + size);
     const JobHolder job = NewJob();

@@ -5,15 +5,15 @@
 
 EXTERN_C_START
 
-QXPLATFORM_API HRESULT WINAPI CoInitializeEx(LPVOID reserved, DWORD model);
-QXPLATFORM_API void WINAPI CoUninitialize(void);
+HRESULT WINAPI CoInitializeEx(LPVOID reserved, DWORD model) QXP(CoInitializeEx);
+void WINAPI CoUninitialize(void) QXP(CoUninitialize);
 
-QXPLATFORM_API LPVOID WINAPI CoTaskMemAlloc(SIZE_T size);
-QXPLATFORM_API void WINAPI CoTaskMemFree(LPVOID memory);
+LPVOID WINAPI CoTaskMemAlloc(SIZE_T size) QXP(CoTaskMemAlloc);
+void WINAPI CoTaskMemFree(LPVOID memory) QXP(CoTaskMemFree);
 
-QXPLATFORM_API HRESULT WINAPI CreateStreamOnHGlobal(HGLOBAL memory, BOOL deleteOnRelease, LPSTREAM* stream);
-QXPLATFORM_API HRESULT WINAPI GetHGlobalFromStream(LPSTREAM stream, HGLOBAL* memory);
+HRESULT WINAPI CreateStreamOnHGlobal(HGLOBAL memory, BOOL deleteOnRelease, LPSTREAM* stream) QXP(CreateStreamOnHGlobal);
+HRESULT WINAPI GetHGlobalFromStream(LPSTREAM stream, HGLOBAL* memory) QXP(GetHGlobalFromStream);
 
-QXPLATFORM_API HRESULT WINAPI CoCreateFreeThreadedMarshaler(LPUNKNOWN outer, LPUNKNOWN* marshaler);
+HRESULT WINAPI CoCreateFreeThreadedMarshaler(LPUNKNOWN outer, LPUNKNOWN* marshaler) QXP(CoCreateFreeThreadedMarshaler);
 
 EXTERN_C_END

@@ -6,10 +6,10 @@
 EXTERN_C_START
 
 // A null time is the current time. A null picture selects the locale's short date (also without a flag) or long date.
-QXPLATFORM_API int WINAPI GetDateFormatW(
-    LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpDate, LPCWSTR lpFormat, LPWSTR lpDateStr, int cchDate);
-QXPLATFORM_API int WINAPI GetTimeFormatW(
-    LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpTime, LPCWSTR lpFormat, LPWSTR lpTimeStr, int cchTime);
+int WINAPI GetDateFormatW(LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpDate, LPCWSTR lpFormat, LPWSTR lpDateStr,
+    int cchDate) QXP(GetDateFormatW);
+int WINAPI GetTimeFormatW(LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpTime, LPCWSTR lpFormat, LPWSTR lpTimeStr,
+    int cchTime) QXP(GetTimeFormatW);
 #define GetDateFormat GetDateFormatW
 #define GetTimeFormat GetTimeFormatW
 

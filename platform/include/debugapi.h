@@ -5,8 +5,8 @@
 
 EXTERN_C_START
 
-QXPLATFORM_API BOOL WINAPI IsDebuggerPresent(void);
-QXPLATFORM_API void WINAPI DebugBreak(void);
-QXPLATFORM_API void WINAPI OutputDebugStringW(LPCWSTR lpOutputString);
+BOOL WINAPI IsDebuggerPresent(void) QXP(IsDebuggerPresent);
+void WINAPI DebugBreak(void) QXP(DebugBreak);
+void WINAPI OutputDebugStringW(LPCWSTR lpOutputString) QXP(OutputDebugStringW);
 
 EXTERN_C_END

@@ -7,14 +7,15 @@ EXTERN_C_START
 
 #define SEM_NOOPENFILEERRORBOX 0x8000
 
-QXPLATFORM_API DWORD WINAPI GetLastError(void);
-QXPLATFORM_API void WINAPI SetLastError(DWORD dwErrCode);
-QXPLATFORM_API UINT WINAPI SetErrorMode(UINT uMode);
+DWORD WINAPI GetLastError(void) QXP(GetLastError);
+void WINAPI SetLastError(DWORD dwErrCode) QXP(SetLastError);
+UINT WINAPI SetErrorMode(UINT uMode) QXP(SetErrorMode);
 
-QXPLATFORM_API PVOID WINAPI AddVectoredExceptionHandler(ULONG First, PVECTORED_EXCEPTION_HANDLER Handler);
-QXPLATFORM_API ULONG WINAPI RemoveVectoredExceptionHandler(PVOID Handle);
+PVOID WINAPI AddVectoredExceptionHandler(ULONG First, PVECTORED_EXCEPTION_HANDLER Handler)
+    QXP(AddVectoredExceptionHandler);
+ULONG WINAPI RemoveVectoredExceptionHandler(PVOID Handle) QXP(RemoveVectoredExceptionHandler);
 // An unhandled exception ends the process.
-QXPLATFORM_API void WINAPI RaiseException(
-    DWORD dwExceptionCode, DWORD dwExceptionFlags, DWORD nNumberOfArguments, const ULONG_PTR* lpArguments);
+void WINAPI RaiseException(DWORD dwExceptionCode, DWORD dwExceptionFlags, DWORD nNumberOfArguments,
+    const ULONG_PTR* lpArguments) QXP(RaiseException);
 
 EXTERN_C_END

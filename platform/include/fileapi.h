@@ -49,51 +49,52 @@ typedef struct _BY_HANDLE_FILE_INFORMATION
     DWORD nFileIndexLow;
 } BY_HANDLE_FILE_INFORMATION, *PBY_HANDLE_FILE_INFORMATION, *LPBY_HANDLE_FILE_INFORMATION;
 
-QXPLATFORM_API HANDLE WINAPI CreateFileW(LPCWSTR lpFileName, DWORD dwDesiredAccess, DWORD dwShareMode,
+HANDLE WINAPI CreateFileW(LPCWSTR lpFileName, DWORD dwDesiredAccess, DWORD dwShareMode,
     LPSECURITY_ATTRIBUTES lpSecurityAttributes, DWORD dwCreationDisposition, DWORD dwFlagsAndAttributes,
-    HANDLE hTemplateFile);
-QXPLATFORM_API BOOL WINAPI ReadFile(
-    HANDLE hFile, LPVOID lpBuffer, DWORD nNumberOfBytesToRead, LPDWORD lpNumberOfBytesRead, LPOVERLAPPED lpOverlapped);
-QXPLATFORM_API BOOL WINAPI WriteFile(HANDLE hFile, LPCVOID lpBuffer, DWORD nNumberOfBytesToWrite,
-    LPDWORD lpNumberOfBytesWritten, LPOVERLAPPED lpOverlapped);
-QXPLATFORM_API DWORD WINAPI SetFilePointer(
-    HANDLE hFile, LONG lDistanceToMove, PLONG lpDistanceToMoveHigh, DWORD dwMoveMethod);
-QXPLATFORM_API BOOL WINAPI SetFilePointerEx(
-    HANDLE hFile, LARGE_INTEGER liDistanceToMove, PLARGE_INTEGER lpNewFilePointer, DWORD dwMoveMethod);
-QXPLATFORM_API BOOL WINAPI SetEndOfFile(HANDLE hFile);
-QXPLATFORM_API BOOL WINAPI GetFileSizeEx(HANDLE hFile, PLARGE_INTEGER lpFileSize);
-QXPLATFORM_API BOOL WINAPI FlushFileBuffers(HANDLE hFile);
-QXPLATFORM_API BOOL WINAPI LockFile(HANDLE hFile, DWORD dwFileOffsetLow, DWORD dwFileOffsetHigh,
-    DWORD nNumberOfBytesToLockLow, DWORD nNumberOfBytesToLockHigh);
-QXPLATFORM_API BOOL WINAPI UnlockFile(HANDLE hFile, DWORD dwFileOffsetLow, DWORD dwFileOffsetHigh,
-    DWORD nNumberOfBytesToUnlockLow, DWORD nNumberOfBytesToUnlockHigh);
+    HANDLE hTemplateFile) QXP(CreateFileW);
+BOOL WINAPI ReadFile(HANDLE hFile, LPVOID lpBuffer, DWORD nNumberOfBytesToRead, LPDWORD lpNumberOfBytesRead,
+    LPOVERLAPPED lpOverlapped) QXP(ReadFile);
+BOOL WINAPI WriteFile(HANDLE hFile, LPCVOID lpBuffer, DWORD nNumberOfBytesToWrite, LPDWORD lpNumberOfBytesWritten,
+    LPOVERLAPPED lpOverlapped) QXP(WriteFile);
+DWORD WINAPI SetFilePointer(HANDLE hFile, LONG lDistanceToMove, PLONG lpDistanceToMoveHigh, DWORD dwMoveMethod)
+    QXP(SetFilePointer);
+BOOL WINAPI SetFilePointerEx(HANDLE hFile, LARGE_INTEGER liDistanceToMove, PLARGE_INTEGER lpNewFilePointer,
+    DWORD dwMoveMethod) QXP(SetFilePointerEx);
+BOOL WINAPI SetEndOfFile(HANDLE hFile) QXP(SetEndOfFile);
+BOOL WINAPI GetFileSizeEx(HANDLE hFile, PLARGE_INTEGER lpFileSize) QXP(GetFileSizeEx);
+BOOL WINAPI FlushFileBuffers(HANDLE hFile) QXP(FlushFileBuffers);
+BOOL WINAPI LockFile(HANDLE hFile, DWORD dwFileOffsetLow, DWORD dwFileOffsetHigh, DWORD nNumberOfBytesToLockLow,
+    DWORD nNumberOfBytesToLockHigh) QXP(LockFile);
+BOOL WINAPI UnlockFile(HANDLE hFile, DWORD dwFileOffsetLow, DWORD dwFileOffsetHigh, DWORD nNumberOfBytesToUnlockLow,
+    DWORD nNumberOfBytesToUnlockHigh) QXP(UnlockFile);
 
-QXPLATFORM_API BOOL WINAPI GetFileInformationByHandle(HANDLE hFile, LPBY_HANDLE_FILE_INFORMATION lpFileInformation);
-QXPLATFORM_API BOOL WINAPI GetFileTime(
-    HANDLE hFile, LPFILETIME lpCreationTime, LPFILETIME lpLastAccessTime, LPFILETIME lpLastWriteTime);
-QXPLATFORM_API BOOL WINAPI SetFileTime(
-    HANDLE hFile, const FILETIME* lpCreationTime, const FILETIME* lpLastAccessTime, const FILETIME* lpLastWriteTime);
-QXPLATFORM_API DWORD WINAPI GetFileAttributesW(LPCWSTR lpFileName);
-QXPLATFORM_API BOOL WINAPI GetFileAttributesExW(
-    LPCWSTR lpFileName, GET_FILEEX_INFO_LEVELS fInfoLevelId, LPVOID lpFileInformation);
-QXPLATFORM_API BOOL WINAPI SetFileAttributesW(LPCWSTR lpFileName, DWORD dwFileAttributes);
+BOOL WINAPI GetFileInformationByHandle(HANDLE hFile, LPBY_HANDLE_FILE_INFORMATION lpFileInformation)
+    QXP(GetFileInformationByHandle);
+BOOL WINAPI GetFileTime(
+    HANDLE hFile, LPFILETIME lpCreationTime, LPFILETIME lpLastAccessTime, LPFILETIME lpLastWriteTime) QXP(GetFileTime);
+BOOL WINAPI SetFileTime(HANDLE hFile, const FILETIME* lpCreationTime, const FILETIME* lpLastAccessTime,
+    const FILETIME* lpLastWriteTime) QXP(SetFileTime);
+DWORD WINAPI GetFileAttributesW(LPCWSTR lpFileName) QXP(GetFileAttributesW);
+BOOL WINAPI GetFileAttributesExW(LPCWSTR lpFileName, GET_FILEEX_INFO_LEVELS fInfoLevelId, LPVOID lpFileInformation)
+    QXP(GetFileAttributesExW);
+BOOL WINAPI SetFileAttributesW(LPCWSTR lpFileName, DWORD dwFileAttributes) QXP(SetFileAttributesW);
 
-QXPLATFORM_API BOOL WINAPI DeleteFileW(LPCWSTR lpFileName);
-QXPLATFORM_API BOOL WINAPI CreateDirectoryW(LPCWSTR lpPathName, LPSECURITY_ATTRIBUTES lpSecurityAttributes);
-QXPLATFORM_API BOOL WINAPI RemoveDirectoryW(LPCWSTR lpPathName);
+BOOL WINAPI DeleteFileW(LPCWSTR lpFileName) QXP(DeleteFileW);
+BOOL WINAPI CreateDirectoryW(LPCWSTR lpPathName, LPSECURITY_ATTRIBUTES lpSecurityAttributes) QXP(CreateDirectoryW);
+BOOL WINAPI RemoveDirectoryW(LPCWSTR lpPathName) QXP(RemoveDirectoryW);
 
-QXPLATFORM_API HANDLE WINAPI FindFirstFileW(LPCWSTR lpFileName, LPWIN32_FIND_DATAW lpFindFileData);
-QXPLATFORM_API BOOL WINAPI FindNextFileW(HANDLE hFindFile, LPWIN32_FIND_DATAW lpFindFileData);
-QXPLATFORM_API BOOL WINAPI FindClose(HANDLE hFindFile);
+HANDLE WINAPI FindFirstFileW(LPCWSTR lpFileName, LPWIN32_FIND_DATAW lpFindFileData) QXP(FindFirstFileW);
+BOOL WINAPI FindNextFileW(HANDLE hFindFile, LPWIN32_FIND_DATAW lpFindFileData) QXP(FindNextFileW);
+BOOL WINAPI FindClose(HANDLE hFindFile) QXP(FindClose);
 
-QXPLATFORM_API DWORD WINAPI GetFullPathNameW(
-    LPCWSTR lpFileName, DWORD nBufferLength, LPWSTR lpBuffer, LPWSTR* lpFilePart);
-QXPLATFORM_API DWORD WINAPI GetLongPathNameW(LPCWSTR lpszShortPath, LPWSTR lpszLongPath, DWORD cchBuffer);
+DWORD WINAPI GetFullPathNameW(LPCWSTR lpFileName, DWORD nBufferLength, LPWSTR lpBuffer, LPWSTR* lpFilePart)
+    QXP(GetFullPathNameW);
+DWORD WINAPI GetLongPathNameW(LPCWSTR lpszShortPath, LPWSTR lpszLongPath, DWORD cchBuffer) QXP(GetLongPathNameW);
 // Returns the maximum length of a name and the file system's features. If the volume name or serial number is
 // requested, fails with ERROR_NOT_SUPPORTED.
-QXPLATFORM_API BOOL WINAPI GetVolumeInformationW(LPCWSTR lpRootPathName, LPWSTR lpVolumeNameBuffer,
-    DWORD nVolumeNameSize, LPDWORD lpVolumeSerialNumber, LPDWORD lpMaximumComponentLength, LPDWORD lpFileSystemFlags,
-    LPWSTR lpFileSystemNameBuffer, DWORD nFileSystemNameSize);
-QXPLATFORM_API DWORD WINAPI GetTempPathW(DWORD nBufferLength, LPWSTR lpBuffer);
+BOOL WINAPI GetVolumeInformationW(LPCWSTR lpRootPathName, LPWSTR lpVolumeNameBuffer, DWORD nVolumeNameSize,
+    LPDWORD lpVolumeSerialNumber, LPDWORD lpMaximumComponentLength, LPDWORD lpFileSystemFlags,
+    LPWSTR lpFileSystemNameBuffer, DWORD nFileSystemNameSize) QXP(GetVolumeInformationW);
+DWORD WINAPI GetTempPathW(DWORD nBufferLength, LPWSTR lpBuffer) QXP(GetTempPathW);
 
 EXTERN_C_END

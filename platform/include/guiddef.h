@@ -33,7 +33,7 @@ typedef FMTID* LPFMTID;
 #define DEFINE_GUID(name, l, w1, w2, b1, b2, b3, b4, b5, b6, b7, b8) EXTERN_C const GUID name
 #endif
 
-EXTERN_C QXPLATFORM_API const GUID GUID_NULL;
+EXTERN_C const GUID GUID_NULL QXP(GUID_NULL);
 #define IID_NULL GUID_NULL
 #define CLSID_NULL GUID_NULL
 

@@ -7,8 +7,8 @@ EXTERN_C_START
 
 typedef HANDLE* LPHANDLE;
 
-QXPLATFORM_API BOOL WINAPI CloseHandle(HANDLE hObject);
-QXPLATFORM_API BOOL WINAPI DuplicateHandle(HANDLE hSourceProcessHandle, HANDLE hSourceHandle,
-    HANDLE hTargetProcessHandle, LPHANDLE lpTargetHandle, DWORD dwDesiredAccess, BOOL bInheritHandle, DWORD dwOptions);
+BOOL WINAPI CloseHandle(HANDLE hObject) QXP(CloseHandle);
+BOOL WINAPI DuplicateHandle(HANDLE hSourceProcessHandle, HANDLE hSourceHandle, HANDLE hTargetProcessHandle,
+    LPHANDLE lpTargetHandle, DWORD dwDesiredAccess, BOOL bInheritHandle, DWORD dwOptions) QXP(DuplicateHandle);
 
 EXTERN_C_END

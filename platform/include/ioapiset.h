@@ -6,11 +6,11 @@
 
 EXTERN_C_START
 
-QXPLATFORM_API HANDLE WINAPI CreateIoCompletionPort(
-    HANDLE FileHandle, HANDLE ExistingCompletionPort, ULONG_PTR CompletionKey, DWORD NumberOfConcurrentThreads);
-QXPLATFORM_API BOOL WINAPI GetQueuedCompletionStatus(HANDLE CompletionPort, LPDWORD lpNumberOfBytesTransferred,
-    PULONG_PTR lpCompletionKey, LPOVERLAPPED* lpOverlapped, DWORD dwMilliseconds);
-QXPLATFORM_API BOOL WINAPI PostQueuedCompletionStatus(
-    HANDLE CompletionPort, DWORD dwNumberOfBytesTransferred, ULONG_PTR dwCompletionKey, LPOVERLAPPED lpOverlapped);
+HANDLE WINAPI CreateIoCompletionPort(HANDLE FileHandle, HANDLE ExistingCompletionPort, ULONG_PTR CompletionKey,
+    DWORD NumberOfConcurrentThreads) QXP(CreateIoCompletionPort);
+BOOL WINAPI GetQueuedCompletionStatus(HANDLE CompletionPort, LPDWORD lpNumberOfBytesTransferred,
+    PULONG_PTR lpCompletionKey, LPOVERLAPPED* lpOverlapped, DWORD dwMilliseconds) QXP(GetQueuedCompletionStatus);
+BOOL WINAPI PostQueuedCompletionStatus(HANDLE CompletionPort, DWORD dwNumberOfBytesTransferred,
+    ULONG_PTR dwCompletionKey, LPOVERLAPPED lpOverlapped) QXP(PostQueuedCompletionStatus);
 
 EXTERN_C_END

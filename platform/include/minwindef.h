@@ -16,8 +16,10 @@
 #define EXTERN_C_END
 #endif
 
-// Functions that the layer exports have a symbol version and default visibility.
-#define QXPLATFORM_API __attribute__((visibility("default")))
+// Ends the declaration of each function and constant that the layer exports, and gives it a link name of its own: a
+// process may load other libraries that export the plain names. A declaration without it is not exported, so the first
+// caller outside the layer fails to link.
+#define QXP(name) __asm__("qxp_" #name) __attribute__((visibility("default")))
 
 #define WINAPI
 #define CALLBACK

@@ -3,7 +3,7 @@
 
 #include <objidl.h>
 
-EXTERN_C QXPLATFORM_API const IID IID_IDispatch;
+EXTERN_C const IID IID_IDispatch QXP(IID_IDispatch);
 
 typedef LONG DISPID;
 

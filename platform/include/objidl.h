@@ -3,11 +3,11 @@
 
 #include <unknwn.h>
 
-EXTERN_C QXPLATFORM_API const IID IID_ISequentialStream;
-EXTERN_C QXPLATFORM_API const IID IID_IStream;
-EXTERN_C QXPLATFORM_API const IID IID_IEnumSTATSTG;
-EXTERN_C QXPLATFORM_API const IID IID_IStorage;
-EXTERN_C QXPLATFORM_API const IID IID_IMarshal;
+EXTERN_C const IID IID_ISequentialStream QXP(IID_ISequentialStream);
+EXTERN_C const IID IID_IStream QXP(IID_IStream);
+EXTERN_C const IID IID_IEnumSTATSTG QXP(IID_IEnumSTATSTG);
+EXTERN_C const IID IID_IStorage QXP(IID_IStorage);
+EXTERN_C const IID IID_IMarshal QXP(IID_IMarshal);
 
 // Names of elements to exclude, terminated by a null pointer.
 typedef LPOLESTR* SNB;

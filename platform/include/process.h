@@ -6,7 +6,7 @@
 EXTERN_C_START
 
 // Returns 0 and sets errno if the thread can't be created.
-QXPLATFORM_API uintptr_t __cdecl _beginthreadex(void* security, unsigned stackSize,
-    unsigned(__stdcall* startAddress)(void*), void* argument, unsigned flags, unsigned* threadId);
+uintptr_t __cdecl _beginthreadex(void* security, unsigned stackSize, unsigned(__stdcall* startAddress)(void*),
+    void* argument, unsigned flags, unsigned* threadId) QXP(_beginthreadex);
 
 EXTERN_C_END

@@ -35,31 +35,31 @@ typedef struct _PROCESS_INFORMATION
     DWORD dwThreadId;
 } PROCESS_INFORMATION, *PPROCESS_INFORMATION, *LPPROCESS_INFORMATION;
 
-QXPLATFORM_API HANDLE WINAPI GetCurrentProcess(void);
-QXPLATFORM_API DWORD WINAPI GetCurrentProcessId(void);
+HANDLE WINAPI GetCurrentProcess(void) QXP(GetCurrentProcess);
+DWORD WINAPI GetCurrentProcessId(void) QXP(GetCurrentProcessId);
 // All processes belong to session 0.
-QXPLATFORM_API BOOL WINAPI ProcessIdToSessionId(DWORD dwProcessId, DWORD* pSessionId);
-QXPLATFORM_API HANDLE WINAPI GetCurrentThread(void);
-QXPLATFORM_API DWORD WINAPI GetCurrentThreadId(void);
+BOOL WINAPI ProcessIdToSessionId(DWORD dwProcessId, DWORD* pSessionId) QXP(ProcessIdToSessionId);
+HANDLE WINAPI GetCurrentThread(void) QXP(GetCurrentThread);
+DWORD WINAPI GetCurrentThreadId(void) QXP(GetCurrentThreadId);
 
-QXPLATFORM_API HANDLE WINAPI OpenThread(DWORD dwDesiredAccess, BOOL bInheritHandle, DWORD dwThreadId);
-QXPLATFORM_API DWORD WINAPI SuspendThread(HANDLE hThread);
-QXPLATFORM_API DWORD WINAPI ResumeThread(HANDLE hThread);
-QXPLATFORM_API BOOL WINAPI TerminateThread(HANDLE hThread, DWORD dwExitCode);
-QXPLATFORM_API BOOL WINAPI GetExitCodeThread(HANDLE hThread, LPDWORD lpExitCode);
-QXPLATFORM_API int WINAPI GetThreadPriority(HANDLE hThread);
-QXPLATFORM_API BOOL WINAPI SetThreadPriority(HANDLE hThread, int nPriority);
-QXPLATFORM_API BOOL WINAPI GetThreadTimes(
-    HANDLE hThread, LPFILETIME lpCreationTime, LPFILETIME lpExitTime, LPFILETIME lpKernelTime, LPFILETIME lpUserTime);
-QXPLATFORM_API DWORD WINAPI QueueUserAPC(PAPCFUNC pfnAPC, HANDLE hThread, ULONG_PTR dwData);
+HANDLE WINAPI OpenThread(DWORD dwDesiredAccess, BOOL bInheritHandle, DWORD dwThreadId) QXP(OpenThread);
+DWORD WINAPI SuspendThread(HANDLE hThread) QXP(SuspendThread);
+DWORD WINAPI ResumeThread(HANDLE hThread) QXP(ResumeThread);
+BOOL WINAPI TerminateThread(HANDLE hThread, DWORD dwExitCode) QXP(TerminateThread);
+BOOL WINAPI GetExitCodeThread(HANDLE hThread, LPDWORD lpExitCode) QXP(GetExitCodeThread);
+int WINAPI GetThreadPriority(HANDLE hThread) QXP(GetThreadPriority);
+BOOL WINAPI SetThreadPriority(HANDLE hThread, int nPriority) QXP(SetThreadPriority);
+BOOL WINAPI GetThreadTimes(HANDLE hThread, LPFILETIME lpCreationTime, LPFILETIME lpExitTime, LPFILETIME lpKernelTime,
+    LPFILETIME lpUserTime) QXP(GetThreadTimes);
+DWORD WINAPI QueueUserAPC(PAPCFUNC pfnAPC, HANDLE hThread, ULONG_PTR dwData) QXP(QueueUserAPC);
 
-QXPLATFORM_API BOOL WINAPI CreateProcessW(LPCWSTR lpApplicationName, LPWSTR lpCommandLine,
-    LPSECURITY_ATTRIBUTES lpProcessAttributes, LPSECURITY_ATTRIBUTES lpThreadAttributes, BOOL bInheritHandles,
-    DWORD dwCreationFlags, LPVOID lpEnvironment, LPCWSTR lpCurrentDirectory, LPSTARTUPINFOW lpStartupInfo,
-    LPPROCESS_INFORMATION lpProcessInformation);
-QXPLATFORM_API BOOL WINAPI GetExitCodeProcess(HANDLE hProcess, LPDWORD lpExitCode);
-QXPLATFORM_API BOOL WINAPI TerminateProcess(HANDLE hProcess, UINT uExitCode);
-QXPLATFORM_API void WINAPI ExitProcess(UINT uExitCode);
+BOOL WINAPI CreateProcessW(LPCWSTR lpApplicationName, LPWSTR lpCommandLine, LPSECURITY_ATTRIBUTES lpProcessAttributes,
+    LPSECURITY_ATTRIBUTES lpThreadAttributes, BOOL bInheritHandles, DWORD dwCreationFlags, LPVOID lpEnvironment,
+    LPCWSTR lpCurrentDirectory, LPSTARTUPINFOW lpStartupInfo, LPPROCESS_INFORMATION lpProcessInformation)
+    QXP(CreateProcessW);
+BOOL WINAPI GetExitCodeProcess(HANDLE hProcess, LPDWORD lpExitCode) QXP(GetExitCodeProcess);
+BOOL WINAPI TerminateProcess(HANDLE hProcess, UINT uExitCode) QXP(TerminateProcess);
+void WINAPI ExitProcess(UINT uExitCode) QXP(ExitProcess);
 
 EXTERN_C_END
 

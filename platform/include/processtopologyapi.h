@@ -13,9 +13,10 @@ typedef struct _PROCESSOR_NUMBER
 EXTERN_C_START
 
 // Return the processor on which the calling thread runs. The first function returns its number within its group.
-QXPLATFORM_API DWORD WINAPI GetCurrentProcessorNumber(void);
-QXPLATFORM_API void WINAPI GetCurrentProcessorNumberEx(PPROCESSOR_NUMBER ProcNumber);
+DWORD WINAPI GetCurrentProcessorNumber(void) QXP(GetCurrentProcessorNumber);
+void WINAPI GetCurrentProcessorNumberEx(PPROCESSOR_NUMBER ProcNumber) QXP(GetCurrentProcessorNumberEx);
 
-QXPLATFORM_API BOOL WINAPI GetProcessGroupAffinity(HANDLE hProcess, PUSHORT GroupCount, PUSHORT GroupArray);
+BOOL WINAPI GetProcessGroupAffinity(HANDLE hProcess, PUSHORT GroupCount, PUSHORT GroupArray)
+    QXP(GetProcessGroupAffinity);
 
 EXTERN_C_END

@@ -5,7 +5,7 @@
 
 EXTERN_C_START
 
-QXPLATFORM_API BOOL WINAPI QueryPerformanceCounter(LARGE_INTEGER* lpPerformanceCount);
-QXPLATFORM_API BOOL WINAPI QueryPerformanceFrequency(LARGE_INTEGER* lpFrequency);
+BOOL WINAPI QueryPerformanceCounter(LARGE_INTEGER* lpPerformanceCount) QXP(QueryPerformanceCounter);
+BOOL WINAPI QueryPerformanceFrequency(LARGE_INTEGER* lpFrequency) QXP(QueryPerformanceFrequency);
 
 EXTERN_C_END

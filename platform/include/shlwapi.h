@@ -6,6 +6,6 @@
 EXTERN_C_START
 
 // `lpszDst` has room for MAX_PATH characters.
-QXPLATFORM_API BOOL WINAPI PathCanonicalizeW(LPWSTR lpszDst, LPCWSTR lpszSrc);
+BOOL WINAPI PathCanonicalizeW(LPWSTR lpszDst, LPCWSTR lpszSrc) QXP(PathCanonicalizeW);
 
 EXTERN_C_END

@@ -36,4 +36,4 @@ QXCRT_END
 
 // Stores the full path in the form /a/b. If the buffer is null, allocates one with malloc. Returns null and sets errno
 // on failure: ERANGE if the path doesn't fit.
-EXTERN_C QXPLATFORM_API wchar_t* _wfullpath(wchar_t* fullPath, const wchar_t* path, size_t size);
+EXTERN_C wchar_t* _wfullpath(wchar_t* fullPath, const wchar_t* path, size_t size) QXP(_wfullpath);

@@ -9,26 +9,26 @@ EXTERN_C_START
 
 typedef RTL_CRITICAL_SECTION CRITICAL_SECTION, *PCRITICAL_SECTION, *LPCRITICAL_SECTION;
 
-QXPLATFORM_API void WINAPI InitializeCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
-QXPLATFORM_API BOOL WINAPI InitializeCriticalSectionAndSpinCount(
-    LPCRITICAL_SECTION lpCriticalSection, DWORD dwSpinCount);
-QXPLATFORM_API void WINAPI EnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
-QXPLATFORM_API BOOL WINAPI TryEnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
-QXPLATFORM_API void WINAPI LeaveCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
-QXPLATFORM_API void WINAPI DeleteCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
+void WINAPI InitializeCriticalSection(LPCRITICAL_SECTION lpCriticalSection) QXP(InitializeCriticalSection);
+BOOL WINAPI InitializeCriticalSectionAndSpinCount(LPCRITICAL_SECTION lpCriticalSection, DWORD dwSpinCount)
+    QXP(InitializeCriticalSectionAndSpinCount);
+void WINAPI EnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection) QXP(EnterCriticalSection);
+BOOL WINAPI TryEnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection) QXP(TryEnterCriticalSection);
+void WINAPI LeaveCriticalSection(LPCRITICAL_SECTION lpCriticalSection) QXP(LeaveCriticalSection);
+void WINAPI DeleteCriticalSection(LPCRITICAL_SECTION lpCriticalSection) QXP(DeleteCriticalSection);
 
-QXPLATFORM_API void WINAPI Sleep(DWORD dwMilliseconds);
+void WINAPI Sleep(DWORD dwMilliseconds) QXP(Sleep);
 
-QXPLATFORM_API HANDLE WINAPI CreateEventW(
-    LPSECURITY_ATTRIBUTES lpEventAttributes, BOOL bManualReset, BOOL bInitialState, LPCWSTR lpName);
-QXPLATFORM_API BOOL WINAPI SetEvent(HANDLE hEvent);
-QXPLATFORM_API BOOL WINAPI ResetEvent(HANDLE hEvent);
+HANDLE WINAPI CreateEventW(
+    LPSECURITY_ATTRIBUTES lpEventAttributes, BOOL bManualReset, BOOL bInitialState, LPCWSTR lpName) QXP(CreateEventW);
+BOOL WINAPI SetEvent(HANDLE hEvent) QXP(SetEvent);
+BOOL WINAPI ResetEvent(HANDLE hEvent) QXP(ResetEvent);
 #define CreateEvent CreateEventW
 
-QXPLATFORM_API DWORD WINAPI WaitForSingleObject(HANDLE hHandle, DWORD dwMilliseconds);
-QXPLATFORM_API DWORD WINAPI WaitForMultipleObjects(
-    DWORD nCount, const HANDLE* lpHandles, BOOL bWaitAll, DWORD dwMilliseconds);
-QXPLATFORM_API DWORD WINAPI WaitForMultipleObjectsEx(
-    DWORD nCount, const HANDLE* lpHandles, BOOL bWaitAll, DWORD dwMilliseconds, BOOL bAlertable);
+DWORD WINAPI WaitForSingleObject(HANDLE hHandle, DWORD dwMilliseconds) QXP(WaitForSingleObject);
+DWORD WINAPI WaitForMultipleObjects(DWORD nCount, const HANDLE* lpHandles, BOOL bWaitAll, DWORD dwMilliseconds)
+    QXP(WaitForMultipleObjects);
+DWORD WINAPI WaitForMultipleObjectsEx(DWORD nCount, const HANDLE* lpHandles, BOOL bWaitAll, DWORD dwMilliseconds,
+    BOOL bAlertable) QXP(WaitForMultipleObjectsEx);
 
 EXTERN_C_END

@@ -28,12 +28,12 @@ typedef struct _SYSTEM_INFO
     WORD wProcessorRevision;
 } SYSTEM_INFO, *LPSYSTEM_INFO;
 
-QXPLATFORM_API DWORD WINAPI GetTickCount(void);
-QXPLATFORM_API ULONGLONG WINAPI GetTickCount64(void);
-QXPLATFORM_API void WINAPI GetLocalTime(LPSYSTEMTIME lpSystemTime);
-QXPLATFORM_API void WINAPI GetSystemTimeAsFileTime(LPFILETIME lpSystemTimeAsFileTime);
-QXPLATFORM_API DWORD WINAPI GetVersion(void);
-QXPLATFORM_API BOOL WINAPI GetVersionExW(LPOSVERSIONINFOW lpVersionInformation);
-QXPLATFORM_API void WINAPI GetSystemInfo(LPSYSTEM_INFO lpSystemInfo);
+DWORD WINAPI GetTickCount(void) QXP(GetTickCount);
+ULONGLONG WINAPI GetTickCount64(void) QXP(GetTickCount64);
+void WINAPI GetLocalTime(LPSYSTEMTIME lpSystemTime) QXP(GetLocalTime);
+void WINAPI GetSystemTimeAsFileTime(LPFILETIME lpSystemTimeAsFileTime) QXP(GetSystemTimeAsFileTime);
+DWORD WINAPI GetVersion(void) QXP(GetVersion);
+BOOL WINAPI GetVersionExW(LPOSVERSIONINFOW lpVersionInformation) QXP(GetVersionExW);
+void WINAPI GetSystemInfo(LPSYSTEM_INFO lpSystemInfo) QXP(GetSystemInfo);
 
 EXTERN_C_END

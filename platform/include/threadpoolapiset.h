@@ -6,19 +6,21 @@
 
 EXTERN_C_START
 
-QXPLATFORM_API PTP_POOL WINAPI CreateThreadpool(PVOID reserved);
-QXPLATFORM_API void WINAPI CloseThreadpool(PTP_POOL ptpp);
+PTP_POOL WINAPI CreateThreadpool(PVOID reserved) QXP(CreateThreadpool);
+void WINAPI CloseThreadpool(PTP_POOL ptpp) QXP(CloseThreadpool);
 
-QXPLATFORM_API PTP_CLEANUP_GROUP WINAPI CreateThreadpoolCleanupGroup(void);
-QXPLATFORM_API void WINAPI CloseThreadpoolCleanupGroup(PTP_CLEANUP_GROUP ptpcg);
-QXPLATFORM_API void WINAPI CloseThreadpoolCleanupGroupMembers(
-    PTP_CLEANUP_GROUP ptpcg, BOOL fCancelPendingCallbacks, PVOID pvCleanupContext);
+PTP_CLEANUP_GROUP WINAPI CreateThreadpoolCleanupGroup(void) QXP(CreateThreadpoolCleanupGroup);
+void WINAPI CloseThreadpoolCleanupGroup(PTP_CLEANUP_GROUP ptpcg) QXP(CloseThreadpoolCleanupGroup);
+void WINAPI CloseThreadpoolCleanupGroupMembers(PTP_CLEANUP_GROUP ptpcg, BOOL fCancelPendingCallbacks,
+    PVOID pvCleanupContext) QXP(CloseThreadpoolCleanupGroupMembers);
 
-QXPLATFORM_API PTP_WORK WINAPI CreateThreadpoolWork(PTP_WORK_CALLBACK pfnwk, PVOID pv, PTP_CALLBACK_ENVIRON pcbe);
-QXPLATFORM_API void WINAPI SubmitThreadpoolWork(PTP_WORK pwk);
-QXPLATFORM_API void WINAPI WaitForThreadpoolWorkCallbacks(PTP_WORK pwk, BOOL fCancelPendingCallbacks);
-QXPLATFORM_API void WINAPI CloseThreadpoolWork(PTP_WORK pwk);
+PTP_WORK WINAPI CreateThreadpoolWork(PTP_WORK_CALLBACK pfnwk, PVOID pv, PTP_CALLBACK_ENVIRON pcbe)
+    QXP(CreateThreadpoolWork);
+void WINAPI SubmitThreadpoolWork(PTP_WORK pwk) QXP(SubmitThreadpoolWork);
+void WINAPI WaitForThreadpoolWorkCallbacks(PTP_WORK pwk, BOOL fCancelPendingCallbacks)
+    QXP(WaitForThreadpoolWorkCallbacks);
+void WINAPI CloseThreadpoolWork(PTP_WORK pwk) QXP(CloseThreadpoolWork);
 
-QXPLATFORM_API BOOL WINAPI CallbackMayRunLong(PTP_CALLBACK_INSTANCE pci);
+BOOL WINAPI CallbackMayRunLong(PTP_CALLBACK_INSTANCE pci) QXP(CallbackMayRunLong);
 
 EXTERN_C_END

@@ -10,7 +10,7 @@ typedef UINT MMRESULT;
 #define TIMERR_NOERROR 0
 #define TIMERR_NOCANDO 97
 
-QXPLATFORM_API MMRESULT WINAPI timeBeginPeriod(UINT uPeriod);
-QXPLATFORM_API MMRESULT WINAPI timeEndPeriod(UINT uPeriod);
+MMRESULT WINAPI timeBeginPeriod(UINT uPeriod) QXP(timeBeginPeriod);
+MMRESULT WINAPI timeEndPeriod(UINT uPeriod) QXP(timeEndPeriod);
 
 EXTERN_C_END

@@ -21,14 +21,14 @@ typedef struct _TIME_ZONE_INFORMATION
     LONG DaylightBias;
 } TIME_ZONE_INFORMATION, *PTIME_ZONE_INFORMATION, *LPTIME_ZONE_INFORMATION;
 
-QXPLATFORM_API BOOL WINAPI FileTimeToSystemTime(const FILETIME* lpFileTime, LPSYSTEMTIME lpSystemTime);
-QXPLATFORM_API BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFileTime);
+BOOL WINAPI FileTimeToSystemTime(const FILETIME* lpFileTime, LPSYSTEMTIME lpSystemTime) QXP(FileTimeToSystemTime);
+BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFileTime) QXP(SystemTimeToFileTime);
 
-QXPLATFORM_API DWORD WINAPI GetTimeZoneInformation(LPTIME_ZONE_INFORMATION lpTimeZoneInformation);
+DWORD WINAPI GetTimeZoneInformation(LPTIME_ZONE_INFORMATION lpTimeZoneInformation) QXP(GetTimeZoneInformation);
 // A null zone stands for the user's zone, including its history as far as it is known.
-QXPLATFORM_API BOOL WINAPI SystemTimeToTzSpecificLocalTime(
-    const TIME_ZONE_INFORMATION* lpTimeZoneInformation, const SYSTEMTIME* lpUniversalTime, LPSYSTEMTIME lpLocalTime);
-QXPLATFORM_API BOOL WINAPI TzSpecificLocalTimeToSystemTime(
-    const TIME_ZONE_INFORMATION* lpTimeZoneInformation, const SYSTEMTIME* lpLocalTime, LPSYSTEMTIME lpUniversalTime);
+BOOL WINAPI SystemTimeToTzSpecificLocalTime(const TIME_ZONE_INFORMATION* lpTimeZoneInformation,
+    const SYSTEMTIME* lpUniversalTime, LPSYSTEMTIME lpLocalTime) QXP(SystemTimeToTzSpecificLocalTime);
+BOOL WINAPI TzSpecificLocalTimeToSystemTime(const TIME_ZONE_INFORMATION* lpTimeZoneInformation,
+    const SYSTEMTIME* lpLocalTime, LPSYSTEMTIME lpUniversalTime) QXP(TzSpecificLocalTimeToSystemTime);
 
 EXTERN_C_END

@@ -4,7 +4,7 @@
 #include <basetyps.h>
 #include <wtypes.h>
 
-EXTERN_C QXPLATFORM_API const IID IID_IUnknown;
+EXTERN_C const IID IID_IUnknown QXP(IID_IUnknown);
 
 #ifdef __cplusplus
 

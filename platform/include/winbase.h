@@ -61,31 +61,32 @@ typedef struct tagACTCTXW
 
 // Creates a context from a manifest in a module's resources. Since no library exists in several versions, the context
 // has no further effect.
-QXPLATFORM_API HANDLE WINAPI CreateActCtxW(const ACTCTXW* pActCtx);
-QXPLATFORM_API void WINAPI ReleaseActCtx(HANDLE hActCtx);
+HANDLE WINAPI CreateActCtxW(const ACTCTXW* pActCtx) QXP(CreateActCtxW);
+void WINAPI ReleaseActCtx(HANDLE hActCtx) QXP(ReleaseActCtx);
 
 // The caller decides whether times are local.
-QXPLATFORM_API BOOL WINAPI FileTimeToDosDateTime(const FILETIME* lpFileTime, LPWORD lpFatDate, LPWORD lpFatTime);
-QXPLATFORM_API BOOL WINAPI DosDateTimeToFileTime(WORD wFatDate, WORD wFatTime, LPFILETIME lpFileTime);
+BOOL WINAPI FileTimeToDosDateTime(const FILETIME* lpFileTime, LPWORD lpFatDate, LPWORD lpFatTime)
+    QXP(FileTimeToDosDateTime);
+BOOL WINAPI DosDateTimeToFileTime(WORD wFatDate, WORD wFatTime, LPFILETIME lpFileTime) QXP(DosDateTimeToFileTime);
 
-QXPLATFORM_API BOOL WINAPI CopyFileW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, BOOL bFailIfExists);
+BOOL WINAPI CopyFileW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, BOOL bFailIfExists) QXP(CopyFileW);
 
-QXPLATFORM_API DWORD WINAPI GetDllDirectoryW(DWORD nBufferLength, LPWSTR lpBuffer);
-QXPLATFORM_API BOOL WINAPI SetDllDirectoryW(LPCWSTR lpPathName);
-QXPLATFORM_API BOOL WINAPI GetUserNameW(LPWSTR lpBuffer, LPDWORD pcbBuffer);
+DWORD WINAPI GetDllDirectoryW(DWORD nBufferLength, LPWSTR lpBuffer) QXP(GetDllDirectoryW);
+BOOL WINAPI SetDllDirectoryW(LPCWSTR lpPathName) QXP(SetDllDirectoryW);
+BOOL WINAPI GetUserNameW(LPWSTR lpBuffer, LPDWORD pcbBuffer) QXP(GetUserNameW);
 
-QXPLATFORM_API BOOL WINAPI IsBadReadPtr(const void* lp, UINT_PTR ucb);
-QXPLATFORM_API BOOL WINAPI IsBadStringPtrW(LPCWSTR lpsz, UINT_PTR ucchMax);
+BOOL WINAPI IsBadReadPtr(const void* lp, UINT_PTR ucb) QXP(IsBadReadPtr);
+BOOL WINAPI IsBadStringPtrW(LPCWSTR lpsz, UINT_PTR ucchMax) QXP(IsBadStringPtrW);
 
-QXPLATFORM_API HGLOBAL WINAPI GlobalAlloc(UINT flags, SIZE_T size);
-QXPLATFORM_API HGLOBAL WINAPI GlobalReAlloc(HGLOBAL memory, SIZE_T size, UINT flags);
-QXPLATFORM_API HGLOBAL WINAPI GlobalFree(HGLOBAL memory);
-QXPLATFORM_API LPVOID WINAPI GlobalLock(HGLOBAL memory);
-QXPLATFORM_API BOOL WINAPI GlobalUnlock(HGLOBAL memory);
-QXPLATFORM_API SIZE_T WINAPI GlobalSize(HGLOBAL memory);
-QXPLATFORM_API UINT WINAPI GlobalFlags(HGLOBAL memory);
-QXPLATFORM_API HLOCAL WINAPI LocalAlloc(UINT flags, SIZE_T size);
-QXPLATFORM_API HLOCAL WINAPI LocalFree(HLOCAL memory);
+HGLOBAL WINAPI GlobalAlloc(UINT flags, SIZE_T size) QXP(GlobalAlloc);
+HGLOBAL WINAPI GlobalReAlloc(HGLOBAL memory, SIZE_T size, UINT flags) QXP(GlobalReAlloc);
+HGLOBAL WINAPI GlobalFree(HGLOBAL memory) QXP(GlobalFree);
+LPVOID WINAPI GlobalLock(HGLOBAL memory) QXP(GlobalLock);
+BOOL WINAPI GlobalUnlock(HGLOBAL memory) QXP(GlobalUnlock);
+SIZE_T WINAPI GlobalSize(HGLOBAL memory) QXP(GlobalSize);
+UINT WINAPI GlobalFlags(HGLOBAL memory) QXP(GlobalFlags);
+HLOCAL WINAPI LocalAlloc(UINT flags, SIZE_T size) QXP(LocalAlloc);
+HLOCAL WINAPI LocalFree(HLOCAL memory) QXP(LocalFree);
 #define IS_TEXT_UNICODE_ASCII16 0x0001
 #define IS_TEXT_UNICODE_STATISTICS 0x0002
 #define IS_TEXT_UNICODE_CONTROLS 0x0004
@@ -94,19 +95,19 @@ QXPLATFORM_API HLOCAL WINAPI LocalFree(HLOCAL memory);
 #define IS_TEXT_UNICODE_REVERSE_STATISTICS 0x0020
 #define IS_TEXT_UNICODE_REVERSE_CONTROLS 0x0040
 #define IS_TEXT_UNICODE_REVERSE_SIGNATURE 0x0080
-QXPLATFORM_API BOOL WINAPI IsTextUnicode(const VOID* lpv, int iSize, LPINT lpiResult);
+BOOL WINAPI IsTextUnicode(const VOID* lpv, int iSize, LPINT lpiResult) QXP(IsTextUnicode);
 
 #define FORMAT_MESSAGE_ALLOCATE_BUFFER 0x00000100
 #define FORMAT_MESSAGE_IGNORE_INSERTS 0x00000200
 #define FORMAT_MESSAGE_FROM_STRING 0x00000400
 #define FORMAT_MESSAGE_FROM_SYSTEM 0x00001000
-QXPLATFORM_API DWORD WINAPI FormatMessageW(DWORD dwFlags, LPCVOID lpSource, DWORD dwMessageId, DWORD dwLanguageId,
-    LPWSTR lpBuffer, DWORD nSize, va_list* Arguments);
+DWORD WINAPI FormatMessageW(DWORD dwFlags, LPCVOID lpSource, DWORD dwMessageId, DWORD dwLanguageId, LPWSTR lpBuffer,
+    DWORD nSize, va_list* Arguments) QXP(FormatMessageW);
 #define FormatMessage FormatMessageW
 
 #define ALL_PROCESSOR_GROUPS 0xffff
-QXPLATFORM_API BOOL WINAPI GetProcessAffinityMask(
-    HANDLE hProcess, PDWORD_PTR lpProcessAffinityMask, PDWORD_PTR lpSystemAffinityMask);
-QXPLATFORM_API DWORD WINAPI GetActiveProcessorCount(WORD GroupNumber);
+BOOL WINAPI GetProcessAffinityMask(HANDLE hProcess, PDWORD_PTR lpProcessAffinityMask, PDWORD_PTR lpSystemAffinityMask)
+    QXP(GetProcessAffinityMask);
+DWORD WINAPI GetActiveProcessorCount(WORD GroupNumber) QXP(GetActiveProcessorCount);
 
 EXTERN_C_END

@@ -135,30 +135,30 @@ typedef BOOL(CALLBACK* LOCALE_ENUMPROCW)(LPWSTR);
 typedef BOOL(CALLBACK* LANGUAGEGROUP_ENUMPROCW)(LGRPID, LPWSTR, LPWSTR, DWORD, LONG_PTR);
 typedef BOOL(CALLBACK* LANGGROUPLOCALE_ENUMPROCW)(LGRPID, LCID, LPWSTR, LONG_PTR);
 
-QXPLATFORM_API UINT WINAPI GetACP(void);
-QXPLATFORM_API UINT WINAPI GetOEMCP(void);
+UINT WINAPI GetACP(void) QXP(GetACP);
+UINT WINAPI GetOEMCP(void) QXP(GetOEMCP);
 
-QXPLATFORM_API int WINAPI LCMapStringW(
-    LCID Locale, DWORD dwMapFlags, LPCWSTR lpSrcStr, int cchSrc, LPWSTR lpDestStr, int cchDest);
-QXPLATFORM_API int WINAPI LCMapStringEx(LPCWSTR lpLocaleName, DWORD dwMapFlags, LPCWSTR lpSrcStr, int cchSrc,
-    LPWSTR lpDestStr, int cchDest, LPNLSVERSIONINFO lpVersionInformation, LPVOID lpReserved, LPARAM sortHandle);
+int WINAPI LCMapStringW(LCID Locale, DWORD dwMapFlags, LPCWSTR lpSrcStr, int cchSrc, LPWSTR lpDestStr, int cchDest)
+    QXP(LCMapStringW);
+int WINAPI LCMapStringEx(LPCWSTR lpLocaleName, DWORD dwMapFlags, LPCWSTR lpSrcStr, int cchSrc, LPWSTR lpDestStr,
+    int cchDest, LPNLSVERSIONINFO lpVersionInformation, LPVOID lpReserved, LPARAM sortHandle) QXP(LCMapStringEx);
 #define LCMapString LCMapStringW
 
-QXPLATFORM_API LCID WINAPI GetUserDefaultLCID(void);
-QXPLATFORM_API LANGID WINAPI GetUserDefaultLangID(void);
-QXPLATFORM_API LANGID WINAPI GetUserDefaultUILanguage(void);
-QXPLATFORM_API LCID WINAPI GetSystemDefaultLCID(void);
-QXPLATFORM_API LANGID WINAPI GetSystemDefaultLangID(void);
-QXPLATFORM_API LCID WINAPI GetThreadLocale(void);
-QXPLATFORM_API int WINAPI LCIDToLocaleName(LCID Locale, LPWSTR lpName, int cchName, DWORD dwFlags);
-QXPLATFORM_API LCID WINAPI LocaleNameToLCID(LPCWSTR lpName, DWORD dwFlags);
-QXPLATFORM_API int WINAPI GetLocaleInfoW(LCID Locale, LCTYPE LCType, LPWSTR lpLCData, int cchData);
+LCID WINAPI GetUserDefaultLCID(void) QXP(GetUserDefaultLCID);
+LANGID WINAPI GetUserDefaultLangID(void) QXP(GetUserDefaultLangID);
+LANGID WINAPI GetUserDefaultUILanguage(void) QXP(GetUserDefaultUILanguage);
+LCID WINAPI GetSystemDefaultLCID(void) QXP(GetSystemDefaultLCID);
+LANGID WINAPI GetSystemDefaultLangID(void) QXP(GetSystemDefaultLangID);
+LCID WINAPI GetThreadLocale(void) QXP(GetThreadLocale);
+int WINAPI LCIDToLocaleName(LCID Locale, LPWSTR lpName, int cchName, DWORD dwFlags) QXP(LCIDToLocaleName);
+LCID WINAPI LocaleNameToLCID(LPCWSTR lpName, DWORD dwFlags) QXP(LocaleNameToLCID);
+int WINAPI GetLocaleInfoW(LCID Locale, LCTYPE LCType, LPWSTR lpLCData, int cchData) QXP(GetLocaleInfoW);
 #define GetLocaleInfo GetLocaleInfoW
-QXPLATFORM_API BOOL WINAPI EnumSystemLocalesW(LOCALE_ENUMPROCW lpLocaleEnumProc, DWORD dwFlags);
-QXPLATFORM_API BOOL WINAPI EnumSystemLanguageGroupsW(
-    LANGUAGEGROUP_ENUMPROCW lpLanguageGroupEnumProc, DWORD dwFlags, LONG_PTR lParam);
-QXPLATFORM_API BOOL WINAPI EnumLanguageGroupLocalesW(
-    LANGGROUPLOCALE_ENUMPROCW lpLangGroupLocaleEnumProc, LGRPID LanguageGroup, DWORD dwFlags, LONG_PTR lParam);
+BOOL WINAPI EnumSystemLocalesW(LOCALE_ENUMPROCW lpLocaleEnumProc, DWORD dwFlags) QXP(EnumSystemLocalesW);
+BOOL WINAPI EnumSystemLanguageGroupsW(LANGUAGEGROUP_ENUMPROCW lpLanguageGroupEnumProc, DWORD dwFlags, LONG_PTR lParam)
+    QXP(EnumSystemLanguageGroupsW);
+BOOL WINAPI EnumLanguageGroupLocalesW(LANGGROUPLOCALE_ENUMPROCW lpLangGroupLocaleEnumProc, LGRPID LanguageGroup,
+    DWORD dwFlags, LONG_PTR lParam) QXP(EnumLanguageGroupLocalesW);
 #define EnumSystemLocales EnumSystemLocalesW
 #define EnumSystemLanguageGroups EnumSystemLanguageGroupsW
 #define EnumLanguageGroupLocales EnumLanguageGroupLocalesW

@@ -32,18 +32,18 @@ typedef ACCESS_MASK REGSAM;
 
 EXTERN_C_START
 
-QXPLATFORM_API LSTATUS WINAPI RegCreateKeyExW(HKEY key, LPCWSTR subKey, DWORD reserved, LPWSTR className, DWORD options,
-    REGSAM access, LPSECURITY_ATTRIBUTES security, PHKEY result, LPDWORD disposition);
-QXPLATFORM_API LSTATUS WINAPI RegOpenKeyExW(HKEY key, LPCWSTR subKey, DWORD options, REGSAM access, PHKEY result);
-QXPLATFORM_API LSTATUS WINAPI RegOpenCurrentUser(REGSAM access, PHKEY result);
-QXPLATFORM_API LSTATUS WINAPI RegCloseKey(HKEY key);
-QXPLATFORM_API LSTATUS WINAPI RegDeleteKeyW(HKEY key, LPCWSTR subKey);
-QXPLATFORM_API LSTATUS WINAPI RegDeleteTreeW(HKEY key, LPCWSTR subKey);
+LSTATUS WINAPI RegCreateKeyExW(HKEY key, LPCWSTR subKey, DWORD reserved, LPWSTR className, DWORD options, REGSAM access,
+    LPSECURITY_ATTRIBUTES security, PHKEY result, LPDWORD disposition) QXP(RegCreateKeyExW);
+LSTATUS WINAPI RegOpenKeyExW(HKEY key, LPCWSTR subKey, DWORD options, REGSAM access, PHKEY result) QXP(RegOpenKeyExW);
+LSTATUS WINAPI RegOpenCurrentUser(REGSAM access, PHKEY result) QXP(RegOpenCurrentUser);
+LSTATUS WINAPI RegCloseKey(HKEY key) QXP(RegCloseKey);
+LSTATUS WINAPI RegDeleteKeyW(HKEY key, LPCWSTR subKey) QXP(RegDeleteKeyW);
+LSTATUS WINAPI RegDeleteTreeW(HKEY key, LPCWSTR subKey) QXP(RegDeleteTreeW);
 
-QXPLATFORM_API LSTATUS WINAPI RegQueryValueExW(
-    HKEY key, LPCWSTR name, LPDWORD reserved, LPDWORD type, LPBYTE data, LPDWORD size);
-QXPLATFORM_API LSTATUS WINAPI RegSetValueExW(
-    HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data, DWORD size);
-QXPLATFORM_API LSTATUS WINAPI RegDeleteValueW(HKEY key, LPCWSTR name);
+LSTATUS WINAPI RegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD reserved, LPDWORD type, LPBYTE data, LPDWORD size)
+    QXP(RegQueryValueExW);
+LSTATUS WINAPI RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data, DWORD size)
+    QXP(RegSetValueExW);
+LSTATUS WINAPI RegDeleteValueW(HKEY key, LPCWSTR name) QXP(RegDeleteValueW);
 
 EXTERN_C_END

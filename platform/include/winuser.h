@@ -82,20 +82,20 @@ typedef struct tagMSG
 } MSG, *PMSG, *NPMSG, *LPMSG;
 
 // The queue of the calling thread, which is created by the first such call.
-QXPLATFORM_API BOOL WINAPI PeekMessageW(
-    LPMSG lpMsg, HWND hWnd, UINT wMsgFilterMin, UINT wMsgFilterMax, UINT wRemoveMsg);
-QXPLATFORM_API BOOL WINAPI TranslateMessage(const MSG* lpMsg);
-QXPLATFORM_API LRESULT WINAPI DispatchMessageW(const MSG* lpMsg);
-QXPLATFORM_API BOOL WINAPI PostThreadMessageW(DWORD idThread, UINT Msg, WPARAM wParam, LPARAM lParam);
-QXPLATFORM_API DWORD WINAPI MsgWaitForMultipleObjects(
-    DWORD nCount, const HANDLE* pHandles, BOOL fWaitAll, DWORD dwMilliseconds, DWORD dwWakeMask);
-QXPLATFORM_API DWORD WINAPI MsgWaitForMultipleObjectsEx(
-    DWORD nCount, const HANDLE* pHandles, DWORD dwMilliseconds, DWORD dwWakeMask, DWORD dwFlags);
+BOOL WINAPI PeekMessageW(LPMSG lpMsg, HWND hWnd, UINT wMsgFilterMin, UINT wMsgFilterMax, UINT wRemoveMsg)
+    QXP(PeekMessageW);
+BOOL WINAPI TranslateMessage(const MSG* lpMsg) QXP(TranslateMessage);
+LRESULT WINAPI DispatchMessageW(const MSG* lpMsg) QXP(DispatchMessageW);
+BOOL WINAPI PostThreadMessageW(DWORD idThread, UINT Msg, WPARAM wParam, LPARAM lParam) QXP(PostThreadMessageW);
+DWORD WINAPI MsgWaitForMultipleObjects(DWORD nCount, const HANDLE* pHandles, BOOL fWaitAll, DWORD dwMilliseconds,
+    DWORD dwWakeMask) QXP(MsgWaitForMultipleObjects);
+DWORD WINAPI MsgWaitForMultipleObjectsEx(DWORD nCount, const HANDLE* pHandles, DWORD dwMilliseconds, DWORD dwWakeMask,
+    DWORD dwFlags) QXP(MsgWaitForMultipleObjectsEx);
 
 // Prints the text to the standard error stream. The answer is the button named by the environment variable
 // QXPLATFORM_MESSAGEBOX, such as "cancel", otherwise the default button.
-QXPLATFORM_API int WINAPI MessageBoxW(HWND hWnd, LPCWSTR lpText, LPCWSTR lpCaption, UINT uType);
-QXPLATFORM_API BOOL WINAPI MessageBeep(UINT uType);
+int WINAPI MessageBoxW(HWND hWnd, LPCWSTR lpText, LPCWSTR lpCaption, UINT uType) QXP(MessageBoxW);
+BOOL WINAPI MessageBeep(UINT uType) QXP(MessageBeep);
 
 typedef struct tagUSEROBJECTFLAGS
 {
@@ -105,27 +105,27 @@ typedef struct tagUSEROBJECTFLAGS
 } USEROBJECTFLAGS, *PUSEROBJECTFLAGS;
 
 // There is no screen, so all metrics are 0, and there is no remote session.
-QXPLATFORM_API int WINAPI GetSystemMetrics(int nIndex);
+int WINAPI GetSystemMetrics(int nIndex) QXP(GetSystemMetrics);
 
 // The process's only window station, which is invisible. Only its flags can be queried.
-QXPLATFORM_API HWINSTA WINAPI GetProcessWindowStation(void);
-QXPLATFORM_API BOOL WINAPI GetUserObjectInformationW(
-    HANDLE hObj, int nIndex, PVOID pvInfo, DWORD nLength, LPDWORD lpnLengthNeeded);
+HWINSTA WINAPI GetProcessWindowStation(void) QXP(GetProcessWindowStation);
+BOOL WINAPI GetUserObjectInformationW(HANDLE hObj, int nIndex, PVOID pvInfo, DWORD nLength, LPDWORD lpnLengthNeeded)
+    QXP(GetUserObjectInformationW);
 
 // The session's clipboard, which is stored on disk. Data is passed in blocks of global memory and stored immediately;
 // there is no conversion between formats.
 #define CF_TEXT 1
-QXPLATFORM_API BOOL WINAPI OpenClipboard(HWND hWndNewOwner);
-QXPLATFORM_API BOOL WINAPI CloseClipboard(void);
-QXPLATFORM_API BOOL WINAPI EmptyClipboard(void);
-QXPLATFORM_API HANDLE WINAPI SetClipboardData(UINT uFormat, HANDLE hMem);
-QXPLATFORM_API HANDLE WINAPI GetClipboardData(UINT uFormat);
-QXPLATFORM_API BOOL WINAPI IsClipboardFormatAvailable(UINT format);
-QXPLATFORM_API UINT WINAPI RegisterClipboardFormatW(LPCWSTR lpszFormat);
+BOOL WINAPI OpenClipboard(HWND hWndNewOwner) QXP(OpenClipboard);
+BOOL WINAPI CloseClipboard(void) QXP(CloseClipboard);
+BOOL WINAPI EmptyClipboard(void) QXP(EmptyClipboard);
+HANDLE WINAPI SetClipboardData(UINT uFormat, HANDLE hMem) QXP(SetClipboardData);
+HANDLE WINAPI GetClipboardData(UINT uFormat) QXP(GetClipboardData);
+BOOL WINAPI IsClipboardFormatAvailable(UINT format) QXP(IsClipboardFormatAvailable);
+UINT WINAPI RegisterClipboardFormatW(LPCWSTR lpszFormat) QXP(RegisterClipboardFormatW);
 
 // A pointer whose high part is 0 is a single character, and so is the result.
-QXPLATFORM_API LPWSTR WINAPI CharUpperW(LPWSTR lpsz);
-QXPLATFORM_API LPWSTR WINAPI CharLowerW(LPWSTR lpsz);
+LPWSTR WINAPI CharUpperW(LPWSTR lpsz) QXP(CharUpperW);
+LPWSTR WINAPI CharLowerW(LPWSTR lpsz) QXP(CharLowerW);
 
 EXTERN_C_END
 

@@ -24,9 +24,10 @@ typedef struct tagVS_FIXEDFILEINFO
 
 #define VS_VERSION_INFO 1
 
-QXPLATFORM_API DWORD WINAPI GetFileVersionInfoSizeW(LPCWSTR lptstrFilename, LPDWORD lpdwHandle);
-QXPLATFORM_API BOOL WINAPI GetFileVersionInfoW(LPCWSTR lptstrFilename, DWORD dwHandle, DWORD dwLen, LPVOID lpData);
-QXPLATFORM_API BOOL WINAPI VerQueryValueW(LPCVOID pBlock, LPCWSTR lpSubBlock, LPVOID* lplpBuffer, PUINT puLen);
+DWORD WINAPI GetFileVersionInfoSizeW(LPCWSTR lptstrFilename, LPDWORD lpdwHandle) QXP(GetFileVersionInfoSizeW);
+BOOL WINAPI GetFileVersionInfoW(LPCWSTR lptstrFilename, DWORD dwHandle, DWORD dwLen, LPVOID lpData)
+    QXP(GetFileVersionInfoW);
+BOOL WINAPI VerQueryValueW(LPCVOID pBlock, LPCWSTR lpSubBlock, LPVOID* lplpBuffer, PUINT puLen) QXP(VerQueryValueW);
 #define GetFileVersionInfoSize GetFileVersionInfoSizeW
 #define GetFileVersionInfo GetFileVersionInfoW
 #define VerQueryValue VerQueryValueW

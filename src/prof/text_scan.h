@@ -15,7 +15,7 @@ namespace qx
 {
 
 // A scan may read this many characters behind the text's terminator.
-constexpr size_t kScanPadding = 8;
+constexpr std::size_t kScanPadding = 8;
 
 struct scLineEnd
 {

@@ -53,7 +53,7 @@ public:
     // Returns the only line, or a text with the number of lines if there isn't exactly one.
     qx::String Only() const
     {
-        return Count() == 1 ? Last() : qx::String(qx::String::formatted, L"(%d lines)", static_cast<int>(Count()));
+        return Count() == 1 ? Last() : qx::String(qx::String::kFormatted, L"(%d lines)", static_cast<int>(Count()));
     }
 
 private:

@@ -3,6 +3,7 @@
 #include "text.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <fstream>
 #include <utility>
 
@@ -11,9 +12,9 @@ namespace qxut
 namespace
 {
 
-constexpr uint64_t kLongestLine = 2 * (1024 + 2); // in bytes, including the line end
-constexpr size_t kChunk = 1 << 16;
-constexpr size_t kTagWidth = 8;
+constexpr std::uint64_t kLongestLine = 2 * (1024 + 2); // in bytes, including the line end
+constexpr std::size_t kChunk = 1 << 16;
+constexpr std::size_t kTagWidth = 8;
 
 std::string ToUtf8(const std::u16string& units)
 {
@@ -43,9 +44,9 @@ std::string_view Take(std::string_view& text, std::string_view picture)
 // Returns true for a slash and two or more hexadecimal digits. Machines with very many processors need more than two.
 bool IsProcessor(std::string_view text)
 {
-    constexpr size_t shortest = 3;
-    constexpr size_t longest = 9;
-    return text.size() >= shortest && text.size() <= longest && text[0] == '/' &&
+    constexpr std::size_t kShortest = 3;
+    constexpr std::size_t kLongest = 9;
+    return text.size() >= kShortest && text.size() <= kLongest && text[0] == '/' &&
            text.find_first_not_of("0123456789abcdef", 1) == text.npos;
 }
 
@@ -71,10 +72,10 @@ bool TakeStamp(std::string_view rest, LogColumns& columns)
 
 // Starts at a position from which the requested number of lines of maximum length, plus one that may be incomplete,
 // reach to the end of the file.
-LogReader::LogReader(std::filesystem::path path, size_t lastLines) : _path(std::move(path))
+LogReader::LogReader(std::filesystem::path path, std::size_t lastLines) : _path(std::move(path))
 {
     std::error_code error;
-    const uint64_t size = std::filesystem::file_size(_path, error);
+    const std::uint64_t size = std::filesystem::file_size(_path, error);
     if (error || lastLines == kAll)
         return;
     const bool isPart = lastLines + 2 < size / kLongestLine;
@@ -99,7 +100,7 @@ std::vector<std::string> LogReader::Next()
         return std::exchange(_found, {});
     std::vector<std::string> lines;
     std::error_code error;
-    if (const uint64_t size = std::filesystem::file_size(_path, error); error || size < _position)
+    if (const std::uint64_t size = std::filesystem::file_size(_path, error); error || size < _position)
     {
         _position = 0;
         _line.clear();
@@ -113,7 +114,7 @@ std::vector<std::string> LogReader::Next()
     {
         bytes.resize(kChunk);
         file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        bytes.resize(static_cast<size_t>(file.gcount()) / 2 * 2);
+        bytes.resize(static_cast<std::size_t>(file.gcount()) / 2 * 2);
         _position += bytes.size();
         Append(bytes, lines);
     } while (lines.empty() && bytes.size() == kChunk);
@@ -122,12 +123,13 @@ std::vector<std::string> LogReader::Next()
 
 void LogReader::Append(const std::string& bytes, std::vector<std::string>& lines)
 {
-    for (size_t i = 0; i + 1 < bytes.size(); i += 2)
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2)
     {
         const auto low = static_cast<unsigned char>(bytes[i]);
         const auto high = static_cast<unsigned char>(bytes[i + 1]);
         _line.push_back(static_cast<char16_t>(high << 8 | low));
-        if (const size_t length = _line.size(); length >= 2 && _line[length - 2] == u'\r' && _line[length - 1] == u'\n')
+        if (const std::size_t length = _line.size();
+            length >= 2 && _line[length - 2] == u'\r' && _line[length - 1] == u'\n')
         {
             _line.erase(length - 2);
             lines.push_back(ToUtf8(_line));
@@ -147,7 +149,7 @@ LogColumns ColumnsOf(std::string_view line)
     if (TakeStamp(line, columns))
         return columns;
     // A tag may be longer than its column and contain any characters, so try each colon after the column.
-    for (size_t colon = line.find(": "); colon != line.npos; colon = line.find(": ", colon + 1))
+    for (std::size_t colon = line.find(": "); colon != line.npos; colon = line.find(": ", colon + 1))
         if (colon >= kTagWidth && TakeStamp(line.substr(colon + 2), columns))
         {
             columns.tag = line.substr(0, colon + 2);

@@ -1,6 +1,7 @@
 // Reads the lines of a log file, also while the file grows.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -13,10 +14,10 @@ namespace qxut
 class LogReader
 {
 public:
-    static constexpr size_t kAll = ~size_t{0};
+    static constexpr std::size_t kAll = ~std::size_t{0};
 
     // Starts with the last `lastLines` existing lines, or with all of them.
-    LogReader(std::filesystem::path path, size_t lastLines);
+    LogReader(std::filesystem::path path, std::size_t lastLines);
 
     // Returns the next lines in UTF-8, possibly not all lines that were added since the last call. Empty if there are
     // no new lines or no file. A file that has become shorter is read again from its start.
@@ -29,7 +30,7 @@ private:
     void Append(const std::string& bytes, std::vector<std::string>& lines);
 
     const std::filesystem::path _path;
-    uint64_t _position = 0;
+    std::uint64_t _position = 0;
     std::u16string _line;            // the part read so far
     std::vector<std::string> _found; // read by the constructor
 };

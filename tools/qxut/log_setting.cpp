@@ -21,7 +21,7 @@ constexpr wchar_t kFlush[] = L"Debug.LogFile.Flush";
 std::string Narrow(const wchar_t* text)
 {
     const int size = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
-    std::vector<char> bytes(size > 0 ? static_cast<size_t>(size) : 1);
+    std::vector<char> bytes(size > 0 ? static_cast<std::size_t>(size) : 1);
     WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes.data(), size, nullptr, nullptr);
     return bytes.data();
 }
@@ -29,7 +29,7 @@ std::string Narrow(const wchar_t* text)
 std::vector<wchar_t> Wide(const std::string& text)
 {
     const int size = MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, nullptr, 0);
-    std::vector<wchar_t> wide(size > 0 ? static_cast<size_t>(size) : 1);
+    std::vector<wchar_t> wide(size > 0 ? static_cast<std::size_t>(size) : 1);
     MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, wide.data(), size);
     return wide;
 }

@@ -3,6 +3,8 @@
 
 #include <qxut23/profile.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -34,10 +36,10 @@ public:
     HPROFLIST List(const std::string& path) const;
 
     // The form the file had when it was opened (a PROF_FORM_ value).
-    int32_t Form() const { return _form; }
+    std::int32_t Form() const { return _form; }
 
     // Saves to `path`, or to the job's own file if it is empty. `flags` are the flags of ProfSave.
-    void Save(const std::string& path, int32_t flags) const;
+    void Save(const std::string& path, std::int32_t flags) const;
     // Saves in the form that the file had, packed if it was packed.
     void Save(const std::string& path) const { Save(path, _form | PROF_SAVE_PACKED_AS_LOADED); }
 
@@ -49,7 +51,7 @@ private:
 
     std::string _path;
     HPROFJOB _job;
-    int32_t _form;
+    std::int32_t _form;
 };
 
 struct Entry
@@ -61,10 +63,10 @@ struct Entry
 
 // Calls `visit` for each entry of the list in order. After an entry that is a list, visits its entries one level deeper
 // and then calls `leave` with the depth of those entries.
-using Visitor = std::function<void(const Entry& entry, size_t depth)>;
-void Walk(HPROFJOB job, HPROFLIST list, const Visitor& visit, const std::function<void(size_t depth)>& leave);
+using Visitor = std::function<void(const Entry& entry, std::size_t depth)>;
+void Walk(HPROFJOB job, HPROFLIST list, const Visitor& visit, const std::function<void(std::size_t depth)>& leave);
 
 // Returns the number of entries in the whole profile.
-size_t CountEntries(HPROFJOB job);
+std::size_t CountEntries(HPROFJOB job);
 
 } // namespace qxut

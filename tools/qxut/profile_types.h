@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,7 @@ struct ValueType
     const char* name;
     const char* form; // the form of a value on the command line
     // Returns the code of the library's getter.
-    int32_t (*get)(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, nlohmann::ordered_json& value);
+    std::int32_t (*get)(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, nlohmann::ordered_json& value);
     // Returns false and does nothing if the text is not of the type.
     bool (*set)(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const std::string& text);
     bool (*append)(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const std::string& text);

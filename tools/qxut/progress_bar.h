@@ -12,7 +12,7 @@ class ProgressBar
 {
 public:
     // `total` is the amount of work in bytes.
-    explicit ProgressBar(uint64_t total);
+    explicit ProgressBar(std::uint64_t total);
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
     // Clears the line.
@@ -21,11 +21,11 @@ public:
     bool IsShown() const { return _isShown; }
 
     // Updates the amount of work done and the current item. Draws only at intervals, however often it is called.
-    void Set(uint64_t done, const std::string& what);
+    void Set(std::uint64_t done, const std::string& what);
 
 private:
     bool _isShown;
-    uint64_t _total;
+    std::uint64_t _total;
     std::chrono::steady_clock::time_point _next; // next time to draw
 };
 

@@ -3,6 +3,7 @@
 
 #include <qxut23/base.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,7 +22,7 @@ public:
     operator const QXWCHAR*() const { return _units.data(); }
 
 private:
-    void Append(uint32_t character);
+    void Append(std::uint32_t character);
 
     std::vector<QXWCHAR> _units;
 };

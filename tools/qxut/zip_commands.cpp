@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -48,7 +49,7 @@ std::string Utf8Path(const fs::path& path)
     return {text.begin(), text.end()};
 }
 
-std::string Count(size_t count, const char* one, const char* many)
+std::string Count(std::size_t count, const char* one, const char* many)
 {
     return std::to_string(count) + ' ' + (count == 1 ? one : many);
 }
@@ -59,7 +60,7 @@ struct Source
 {
     fs::path path;
     std::string name; // in the archive
-    uint64_t size = 0;
+    std::uint64_t size = 0;
 };
 
 // Returns the name in the archive: a relative path below the current folder as it is, otherwise the last component of
@@ -149,7 +150,7 @@ public:
     void Append(const Source& source)
     {
         const std::string path = Utf8Path(source.path);
-        const int32_t result = UtilZIPAppend(_zip, WideText(path), nullptr, WideText(source.name));
+        const std::int32_t result = UtilZIPAppend(_zip, WideText(path), nullptr, WideText(source.name));
         if (result == QXUT_ZIP_CANNOT_OPEN)
             throw Failure(kCannotRead, path + ": cannot open the file");
         if (result != QXUT_ZIP_OK)
@@ -158,7 +159,7 @@ public:
 
     void Close()
     {
-        const int32_t result = UtilZIPClose(std::exchange(_zip, nullptr));
+        const std::int32_t result = UtilZIPClose(std::exchange(_zip, nullptr));
         std::error_code error;
         if (result == QXUT_ZIP_OK)
             fs::rename(fs::u8path(_partPath), fs::u8path(_path), error);
@@ -187,13 +188,13 @@ void Create(const ZipOptions& options)
 {
     const std::vector<Source> sources = Sources(options.paths);
     CheckSources(sources, fs::u8path(options.archive));
-    uint64_t total = 0;
+    std::uint64_t total = 0;
     for (const Source& source : sources)
         total += source.size;
     NewArchive archive(options.archive, options.comment);
     {
         ProgressBar bar(total);
-        uint64_t done = 0;
+        std::uint64_t done = 0;
         for (const Source& source : sources)
         {
             bar.Set(done, source.name);
@@ -203,7 +204,7 @@ void Create(const ZipOptions& options)
         bar.Set(total, options.archive);
         archive.Close();
     }
-    const auto size = static_cast<uint64_t>(fs::file_size(fs::u8path(options.archive)));
+    const auto size = static_cast<std::uint64_t>(fs::file_size(fs::u8path(options.archive)));
     if (options.asJson)
         std::cout << ordered_json{{"archive", options.archive}, {"files", sources.size()}, {"bytes", total},
                          {"size", size}}
@@ -253,8 +254,8 @@ void ListAsJson(const std::vector<ZipEntry>& entries)
 
 void ListAsText(const std::vector<ZipEntry>& entries)
 {
-    uint64_t total = 0;
-    size_t files = 0;
+    std::uint64_t total = 0;
+    std::size_t files = 0;
     for (const ZipEntry& entry : entries)
     {
         char columns[96];
@@ -289,9 +290,9 @@ public:
     {
     }
 
-    uint64_t Total() const
+    std::uint64_t Total() const
     {
-        uint64_t total = 0;
+        std::uint64_t total = 0;
         for (const ZipEntry& entry : _entries)
             total += entry.size;
         return total;
@@ -312,7 +313,7 @@ private:
         std::error_code error;
         return fs::exists(PathOf(entry), error);
     }
-    uint64_t SizeOf(const ZipEntry& entry) const
+    std::uint64_t SizeOf(const ZipEntry& entry) const
     {
         std::error_code error;
         const auto size = fs::file_size(PathOf(entry), error);
@@ -321,8 +322,8 @@ private:
 
     const std::vector<ZipEntry>& _entries;
     fs::path _folder;
-    size_t _present = 0;
-    uint64_t _done = 0; // before the current entry
+    std::size_t _present = 0;
+    std::uint64_t _done = 0; // before the current entry
 };
 
 void ExtractAll(const ZipOptions& options, const std::vector<ZipEntry>& entries)
@@ -360,8 +361,8 @@ void Extract(const ZipOptions& options)
     {
         throw Failure(kMalformed, options.archive + ": " + Shown(exception.what()));
     }
-    uint64_t total = 0;
-    size_t files = 0;
+    std::uint64_t total = 0;
+    std::size_t files = 0;
     for (const ZipEntry& entry : entries)
     {
         total += entry.size;

@@ -23,7 +23,7 @@ constexpr bool ReadsWholeBlocks = true;
 constexpr bool ReadsWholeBlocks = true;
 #endif
 
-constexpr size_t BlockLength = 8;
+constexpr std::size_t BlockLength = 8;
 
 // The characters of a block for which something holds.
 class BlockLanes
@@ -38,7 +38,7 @@ public:
     unsigned Mask() const { return static_cast<unsigned>(_mm_movemask_epi8(_lanes)); }
 
     static constexpr unsigned All = 0xffff;
-    static size_t First(unsigned mask) { return static_cast<size_t>(__builtin_ctz(mask)) / 2; }
+    static std::size_t First(unsigned mask) { return static_cast<std::size_t>(__builtin_ctz(mask)) / 2; }
 
 private:
     __m128i _lanes;
@@ -73,21 +73,22 @@ private:
 // Where the aligned block that holds *text starts; it lies in one page.
 inline const wchar_t* BlockStart(const wchar_t* text)
 {
-    return reinterpret_cast<const wchar_t*>(reinterpret_cast<uintptr_t>(text) & ~uintptr_t{sizeof(TextBlock) - 1});
+    return reinterpret_cast<const wchar_t*>(
+        reinterpret_cast<std::uintptr_t>(text) & ~std::uintptr_t{sizeof(TextBlock) - 1});
 }
 
 // Four aligned blocks lie in one page as well, if the first of them starts so.
-constexpr size_t LineLength = 4 * BlockLength;
+constexpr std::size_t LineLength = 4 * BlockLength;
 inline bool IsLineStart(const wchar_t* text)
 {
-    return (reinterpret_cast<uintptr_t>(text) & (4 * sizeof(TextBlock) - 1)) == 0;
+    return (reinterpret_cast<std::uintptr_t>(text) & (4 * sizeof(TextBlock) - 1)) == 0;
 }
 
 // Whether eight characters from here on lie in one page, so that they can be read wherever the text ends.
 inline bool FitsInPage(const wchar_t* text)
 {
-    constexpr uintptr_t pageSize = 4096;
-    return (reinterpret_cast<uintptr_t>(text) & (pageSize - 1)) <= pageSize - sizeof(TextBlock);
+    constexpr std::uintptr_t kPageSize = 4096;
+    return (reinterpret_cast<std::uintptr_t>(text) & (kPageSize - 1)) <= kPageSize - sizeof(TextBlock);
 }
 
 } // namespace qxplatform

@@ -122,6 +122,12 @@ void* OpenPresent(const Module& module)
     return dlopen(isProgram ? nullptr : module.path.c_str(), RTLD_NOW | RTLD_NOLOAD);
 }
 
+// The name under which the layer exports a function of the system.
+std::string LinkNameOf(const char* name)
+{
+    return std::string("qxp_") + name;
+}
+
 void AddUse(const Module& module)
 {
     if (void* const library = OpenPresent(module))
@@ -148,8 +154,8 @@ BOOL WINAPI GetModuleHandleExW(DWORD dwFlags, LPCWSTR lpModuleName, HMODULE* phM
     *phModule = module ? module->handle : nullptr;
     if (!module)
         return Fail(ERROR_MOD_NOT_FOUND);
-    constexpr DWORD uncounted = GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
-    if ((dwFlags & uncounted) == 0)
+    constexpr DWORD kUncounted = GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    if ((dwFlags & kUncounted) == 0)
         AddUse(*module);
     return TRUE;
 }
@@ -215,7 +221,9 @@ FARPROC WINAPI GetProcAddress(HMODULE hModule, LPCSTR lpProcName)
         return nullptr;
     const bool isOrdinal = reinterpret_cast<ULONG_PTR>(lpProcName) <= 0xFFFF; // Linux exports by name only
     void* const library = isOrdinal ? nullptr : OpenPresent(*module);
-    void* const address = library == nullptr ? nullptr : dlsym(library, lpProcName);
+    const bool isLayer = module->handle == Layer().handle;
+    void* const address =
+        library == nullptr ? nullptr : dlsym(library, isLayer ? LinkNameOf(lpProcName).c_str() : lpProcName);
     if (library != nullptr)
         dlclose(library);
     // The dynamic linker also finds what the libraries behind this one export.

@@ -1,0 +1,197 @@
+#include "markup/html_tokenizer.h"
+
+#include "markup/html_attributes.h"
+
+#include <algorithm>
+
+namespace qx
+{
+namespace
+{
+
+constexpr bool IsLetter(wchar_t c)
+{
+    return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z');
+}
+
+constexpr wchar_t Lower(wchar_t c)
+{
+    return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c;
+}
+
+constexpr bool EndsTagName(wchar_t c)
+{
+    return IsHtmlSpace(c) || c == L'/' || c == L'>';
+}
+
+constexpr bool HasRawContent(HtmlElement element)
+{
+    return element >= HtmlElement::title && element <= HtmlElement::plainText;
+}
+
+} // namespace
+
+HtmlToken HtmlTokenizer::Next()
+{
+    if (_rawElement != HtmlElement::other)
+        return ReadRawText();
+    HtmlToken token;
+    while (_at < _html.size())
+    {
+        token.text = ReadText();
+        if (!token.text.empty())
+        {
+            token.kind = HtmlToken::Kind::text;
+            return token;
+        }
+        if (ReadMarkup(token))
+            return token;
+    }
+    return token;
+}
+
+bool HtmlTokenizer::BeginsMarkup(std::size_t less) const
+{
+    const wchar_t next = At(less + 1);
+    return IsLetter(next) || next == L'!' || next == L'?' || (next == L'/' && less + 2 < _html.size());
+}
+
+std::wstring_view HtmlTokenizer::ReadText()
+{
+    const std::size_t start = _at;
+    for (; _at < _html.size(); ++_at)
+        if (_html[_at] == L'<' && BeginsMarkup(_at))
+            break;
+    return _html.substr(start, _at - start);
+}
+
+// At a "<" that begins markup. False if it leaves no token.
+bool HtmlTokenizer::ReadMarkup(HtmlToken& token)
+{
+    const wchar_t next = At(_at + 1);
+    if (IsLetter(next) || (next == L'/' && IsLetter(At(_at + 2))))
+        return ReadTag(token);
+    if (_html.substr(_at, 4) == L"<!--")
+        SkipComment();
+    else // a document type, a processing instruction or nonsense
+        _at = std::min(_html.find(L'>', _at), _html.size() - 1) + 1;
+    return false;
+}
+
+// "<!-->" and "<!--->" are comments too.
+void HtmlTokenizer::SkipComment()
+{
+    const std::size_t start = _at + 4;
+    std::size_t end = start - 1;
+    while ((end = _html.find(L'>', end + 1)) != _html.npos)
+    {
+        const std::wstring_view before = _html.substr(start - 2, end - (start - 2));
+        const bool dashes = before.ends_with(L"--");
+        if (dashes || (before.ends_with(L"--!") && before.size() >= 5))
+            break;
+    }
+    _at = end == _html.npos ? _html.size() : end + 1;
+}
+
+// A tag that doesn't end is dropped with all that follows.
+bool HtmlTokenizer::ReadTag(HtmlToken& token)
+{
+    const bool closing = _html[_at + 1] == L'/';
+    const std::size_t nameStart = _at + (closing ? 2 : 1);
+    std::size_t nameEnd = nameStart + 1;
+    while (nameEnd < _html.size() && !EndsTagName(_html[nameEnd]))
+        ++nameEnd;
+    const std::wstring_view name = _html.substr(nameStart, nameEnd - nameStart);
+    const std::wstring_view rest = _html.substr(nameEnd);
+    HtmlAttributeReader attributes(rest);
+    while (attributes.Next())
+    {
+    }
+    const std::size_t end = attributes.Position();
+    _at = nameEnd + end;
+    if (_at == _html.size())
+        return false;
+    ++_at;
+
+    token.element = FindHtmlElement(name);
+    token.kind = closing ? HtmlToken::Kind::endTag : HtmlToken::Kind::startTag;
+    if (!closing)
+        token.text = rest.substr(0, end);
+    if (!closing && HasRawContent(token.element))
+    {
+        _rawElement = token.element;
+        _rawName = name;
+    }
+    return true;
+}
+
+// The content of an element that holds no markup. It may be empty.
+HtmlToken HtmlTokenizer::ReadRawText()
+{
+    std::size_t end = _html.size();
+    if (_rawElement == HtmlElement::script)
+        end = FindScriptEnd();
+    else if (_rawElement != HtmlElement::plainText)
+        end = FindEndTag();
+    const HtmlToken token{HtmlToken::Kind::text, _rawElement, _html.substr(_at, end - _at)};
+    _at = end;
+    _rawElement = HtmlElement::other;
+    return token;
+}
+
+bool HtmlTokenizer::IsTagAt(std::size_t less, bool closing, std::wstring_view name) const
+{
+    const std::size_t start = less + (closing ? 2 : 1);
+    if (closing && At(less + 1) != L'/')
+        return false;
+    const std::wstring_view found = _html.substr(std::min(start, _html.size()), name.size());
+    return start + name.size() < _html.size() && EndsTagName(_html[start + name.size()]) &&
+           std::equal(found.begin(), found.end(), name.begin(), name.end(),
+               [](wchar_t a, wchar_t b) { return Lower(a) == Lower(b); });
+}
+
+std::size_t HtmlTokenizer::FindEndTag() const
+{
+    std::size_t less = _at;
+    while ((less = _html.find(L'<', less)) != _html.npos && !IsTagAt(less, true, _rawName))
+        ++less;
+    return std::min(less, _html.size());
+}
+
+// Inside "<!--" a script may hold whole script elements; "-->" ends that.
+std::size_t HtmlTokenizer::FindScriptEnd() const
+{
+    enum
+    {
+        plain,
+        escaped,
+        doubleEscaped
+    } state = plain;
+    for (std::size_t at = _at; at < _html.size(); ++at)
+    {
+        if (_html[at] == L'-')
+        {
+            if (state != plain && _html.substr(at, 3) == L"-->")
+                state = plain;
+            continue;
+        }
+        if (_html[at] != L'<')
+            continue;
+        if (state == plain && _html.substr(at, 4) == L"<!--")
+        {
+            state = escaped;
+            ++at; // its dashes may belong to the end
+        }
+        else if (state == escaped && IsTagAt(at, false, _rawName))
+            state = doubleEscaped;
+        else if (IsTagAt(at, true, _rawName))
+        {
+            if (state != doubleEscaped)
+                return at;
+            state = escaped;
+        }
+    }
+    return _html.size();
+}
+
+} // namespace qx

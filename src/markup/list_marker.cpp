@@ -1,0 +1,51 @@
+#include "markup/list_marker.h"
+
+namespace qx
+{
+
+ListMarker::ListMarker(ListNumbering numbering, std::int32_t number)
+{
+    if (numbering == ListNumbering::none)
+        return Prepend(L'-');
+    constexpr std::int32_t lastRoman = 3999;
+    Prepend(L'.');
+    if (numbering == ListNumbering::lowerLetters && number > 0)
+        PrependLetters(number, L'a');
+    else if (numbering == ListNumbering::upperLetters && number > 0)
+        PrependLetters(number, L'A');
+    else if (numbering == ListNumbering::lowerRoman && number > 0 && number <= lastRoman)
+        PrependRoman(number, L"ivxlcdm");
+    else if (numbering == ListNumbering::upperRoman && number > 0 && number <= lastRoman)
+        PrependRoman(number, L"IVXLCDM");
+    else
+        PrependDecimal(number);
+}
+
+void ListMarker::PrependDecimal(std::int32_t number)
+{
+    std::uint32_t rest = number < 0 ? 0 - static_cast<std::uint32_t>(number) : static_cast<std::uint32_t>(number);
+    do
+        Prepend(static_cast<wchar_t>(L'0' + rest % 10));
+    while ((rest /= 10) != 0);
+    if (number < 0)
+        Prepend(L'-');
+}
+
+// a to z, aa, ab, ...
+void ListMarker::PrependLetters(std::int32_t number, wchar_t first)
+{
+    for (; number > 0; number = (number - 1) / 26)
+        Prepend(static_cast<wchar_t>(first + (number - 1) % 26));
+}
+
+// `symbols` are those of 1, 5, 10, ... 1000.
+void ListMarker::PrependRoman(std::int32_t number, std::wstring_view symbols)
+{
+    // The places of the symbols of each digit, from the last one to the first.
+    constexpr std::string_view digits[] = {"", "0", "00", "000", "10", "1", "01", "001", "0001", "20"};
+    for (std::size_t place = 0; number > 0; number /= 10, place += 2)
+        for (const char symbol : digits[number % 10])
+            Prepend(symbols[place + static_cast<std::size_t>(symbol - '0')]);
+}
+
+} // namespace qx
