@@ -1,6 +1,11 @@
 // Character types and casing of 16-bit characters in the "C" locale, in place of the C library's header of this name.
 #pragma once
 
+// A program with a wchar_t of 32 bits has the C library's functions.
+#if __SIZEOF_WCHAR_T__ != 2
+#include_next <wctype.h>
+#else
+
 #include <qxcrt_names.h>
 
 #include <bits/types/locale_t.h>
@@ -40,3 +45,5 @@ wctrans_t wctrans(const char* name) QXCRT_NO_TYPE;
 wctype_t wctype(const char* name) QXCRT_NO_TYPE;
 
 QXCRT_END
+
+#endif
