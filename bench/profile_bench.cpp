@@ -126,10 +126,10 @@ void LoadOurs(benchmark::State& state, const char* file)
         OurJob job(file);
 }
 
-size_t LookUpAll(HPROFJOB job, const std::vector<WideText>& paths)
+std::size_t LookUpAll(HPROFJOB job, const std::vector<WideText>& paths)
 {
     wchar_t buffer[256];
-    size_t found = 0;
+    std::size_t found = 0;
     for (const WideText& path : paths)
         found += ProfGetStringW(job, nullptr, path.data(), buffer, 256, L"") > 0;
     return found;
@@ -149,7 +149,7 @@ void SetOurs(benchmark::State& state)
     const OurJob job("profile");
     for (auto _ : state)
     {
-        for (size_t i = 0; i < OurPaths().size(); i += 10)
+        for (std::size_t i = 0; i < OurPaths().size(); i += 10)
             ProfSetStringW(job, nullptr, OurPaths()[i].data(), L"new value");
     }
 }
@@ -189,9 +189,9 @@ void LoadKeyFile(benchmark::State& state, const char* file)
         KeyFile loaded(file);
 }
 
-size_t LookUpAll(GKeyFile* file, const std::vector<LeafPath>& paths)
+std::size_t LookUpAll(GKeyFile* file, const std::vector<LeafPath>& paths)
 {
-    size_t found = 0;
+    std::size_t found = 0;
     for (const LeafPath& path : paths)
     {
         char* value = g_key_file_get_value(file, (path.group + "/" + path.section).c_str(), path.name.c_str(), nullptr);
@@ -214,7 +214,7 @@ void SetKeyFile(benchmark::State& state)
     const std::vector<LeafPath>& paths = MadeSettings().paths;
     for (auto _ : state)
     {
-        for (size_t i = 0; i < paths.size(); i += 10)
+        for (std::size_t i = 0; i < paths.size(); i += 10)
             g_key_file_set_value(
                 file, (paths[i].group + "/" + paths[i].section).c_str(), paths[i].name.c_str(), "new value");
     }
@@ -256,7 +256,7 @@ void LookUpDocument(benchmark::State& state)
     const Document document;
     for (auto _ : state)
     {
-        size_t found = 0;
+        std::size_t found = 0;
         for (const LeafPath& path : MadeSettings().paths)
             found += *document.Find(path).text().get() != 0;
         Check(found == MadeSettings().paths.size(), "looking up");
@@ -269,7 +269,7 @@ void SetDocument(benchmark::State& state)
     const std::vector<LeafPath>& paths = MadeSettings().paths;
     for (auto _ : state)
     {
-        for (size_t i = 0; i < paths.size(); i += 10)
+        for (std::size_t i = 0; i < paths.size(); i += 10)
             document.Find(paths[i]).text().set("new value");
     }
 }
@@ -331,7 +331,7 @@ void LookUpPropertyTree(benchmark::State& state)
     DottedPaths();
     for (auto _ : state)
     {
-        size_t found = 0;
+        std::size_t found = 0;
         for (const std::string& path : DottedPaths())
             found += !tree.get<std::string>(path).empty();
         Check(found == DottedPaths().size(), "looking up");
@@ -344,7 +344,7 @@ void SetPropertyTree(benchmark::State& state)
     DottedPaths();
     for (auto _ : state)
     {
-        for (size_t i = 0; i < DottedPaths().size(); i += 10)
+        for (std::size_t i = 0; i < DottedPaths().size(); i += 10)
             tree.put(DottedPaths()[i], "new value");
     }
 }
@@ -431,7 +431,7 @@ void SavePackedKeyFile(benchmark::State& state)
     const KeyFile file("ini");
     for (auto _ : state)
     {
-        size_t size = 0;
+        std::size_t size = 0;
         char* const bytes = g_key_file_to_data(file, &size, nullptr);
         TheFiles().Write("saved", Deflated(std::string(bytes, size)));
         g_free(bytes);
@@ -444,13 +444,13 @@ void SavePackedWideKeyFile(benchmark::State& state)
     const KeyFile file("ini");
     for (auto _ : state)
     {
-        size_t size = 0;
+        std::size_t size = 0;
         long units = 0;
         char* const bytes = g_key_file_to_data(file, &size, nullptr);
         gunichar2* const wide = g_utf8_to_utf16(bytes, static_cast<long>(size), nullptr, &units, nullptr);
         Check(wide != nullptr, "converting");
-        TheFiles().Write("saved",
-            Deflated(std::string(reinterpret_cast<const char*>(wide), static_cast<size_t>(units) * sizeof(*wide))));
+        TheFiles().Write("saved", Deflated(std::string(reinterpret_cast<const char*>(wide),
+                                      static_cast<std::size_t>(units) * sizeof(*wide))));
         g_free(wide);
         g_free(bytes);
     }

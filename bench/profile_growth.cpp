@@ -86,7 +86,7 @@ void WriteProfile(const fs::path& path, const Shape& shape, int leaves)
 }
 
 // A line of /proc/self/status, in bytes.
-uint64_t Status(std::string_view key)
+std::uint64_t Status(std::string_view key)
 {
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);)
@@ -111,7 +111,7 @@ WideText Wide(const std::string& text)
 
 int LookedUp(int n, int leaves)
 {
-    return static_cast<int>(int64_t{n} * 7919 % leaves);
+    return static_cast<int>(std::int64_t{n} * 7919 % leaves);
 }
 
 double LookUp(HPROFJOB job, const Shape& shape, int leaves)
@@ -186,14 +186,14 @@ struct Loaded
 {
     HPROFJOB job;
     double seconds;
-    uint64_t peak; // of memory, in bytes
+    std::uint64_t peak; // of memory, in bytes
 };
 
 Loaded Load(const fs::path& path)
 {
     ProfJobClose(ProfJobOpenW(nullptr));           // the settings are read
     std::ofstream("/proc/self/clear_refs") << "5"; // the peak begins anew
-    const uint64_t before = Status("VmRSS:");
+    const std::uint64_t before = Status("VmRSS:");
     const Clock::time_point start = Clock::now();
     const HPROFJOB job = ProfJobOpenW(Wide(path.string()).data());
     const double seconds = Seconds(start);
@@ -242,7 +242,7 @@ void Measure(const fs::path& folder, const Shape& shape, int leaves, int form)
 
 void MeasureLarge(const fs::path& folder)
 {
-    constexpr uint64_t kSize = uint64_t{1} << 30;
+    constexpr std::uint64_t kSize = std::uint64_t{1} << 30;
     constexpr int kLeavesOf1GB = 17500000;
     const fs::path path = folder / "profile";
     const auto print = [&](const char* what)

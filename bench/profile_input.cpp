@@ -18,14 +18,14 @@ namespace
 class PythonRandom
 {
 public:
-    explicit PythonRandom(uint32_t seed)
+    explicit PythonRandom(std::uint32_t seed)
     {
-        constexpr uint32_t n = 624;
-        std::array<uint32_t, n> state;
+        constexpr std::uint32_t n = 624;
+        std::array<std::uint32_t, n> state;
         state[0] = 19650218;
-        for (uint32_t i = 1; i < n; ++i)
+        for (std::uint32_t i = 1; i < n; ++i)
             state[i] = 1812433253u * (state[i - 1] ^ state[i - 1] >> 30) + i;
-        uint32_t i = 1;
+        std::uint32_t i = 1;
         const auto step = [&]
         {
             if (++i == n)
@@ -34,9 +34,9 @@ public:
                 i = 1;
             }
         };
-        for (uint32_t k = 0; k < n; ++k, step())
+        for (std::uint32_t k = 0; k < n; ++k, step())
             state[i] = (state[i] ^ (state[i - 1] ^ state[i - 1] >> 30) * 1664525u) + seed;
-        for (uint32_t k = 0; k < n - 1; ++k, step())
+        for (std::uint32_t k = 0; k < n - 1; ++k, step())
             state[i] = (state[i] ^ (state[i - 1] ^ state[i - 1] >> 30) * 1566083941u) - i;
         state[0] = 0x80000000;
         StateOnly sequence{state};
@@ -45,38 +45,38 @@ public:
 
     double Fraction()
     {
-        const uint32_t a = Draw() >> 5;
-        const uint32_t b = Draw() >> 6;
+        const std::uint32_t a = Draw() >> 5;
+        const std::uint32_t b = Draw() >> 6;
         return (a * 67108864.0 + b) / 9007199254740992.0;
     }
 
-    uint32_t Below(uint32_t limit)
+    std::uint32_t Below(std::uint32_t limit)
     {
         const int bits = std::bit_width(limit);
-        uint32_t drawn = 0;
+        std::uint32_t drawn = 0;
         do
             drawn = Draw() >> (32 - bits);
         while (drawn >= limit);
         return drawn;
     }
 
-    uint32_t Between(uint32_t first, uint32_t last) { return first + Below(last - first + 1); }
+    std::uint32_t Between(std::uint32_t first, std::uint32_t last) { return first + Below(last - first + 1); }
 
 private:
     // Hands a state over as a seed sequence would.
     struct StateOnly
     {
-        using result_type = uint32_t;
-        const std::array<uint32_t, 624>& state;
+        using result_type = std::uint32_t;
+        const std::array<std::uint32_t, 624>& state;
         template <class Iterator>
         void generate(Iterator begin, Iterator end)
         {
-            for (size_t i = 0; begin != end; ++begin, ++i)
+            for (std::size_t i = 0; begin != end; ++begin, ++i)
                 *begin = state[i % state.size()];
         }
     };
 
-    uint32_t Draw() { return static_cast<uint32_t>(_engine()); }
+    std::uint32_t Draw() { return static_cast<std::uint32_t>(_engine()); }
 
     std::mt19937 _engine;
 };
@@ -93,7 +93,7 @@ void Add(std::string& text, std::initializer_list<std::string_view> parts)
         text += part;
 }
 
-std::string Numbered(std::string_view name, uint32_t number, size_t digits)
+std::string Numbered(std::string_view name, std::uint32_t number, std::size_t digits)
 {
     const std::string text = std::to_string(number);
     std::string numbered(name);
@@ -104,7 +104,7 @@ std::string Numbered(std::string_view name, uint32_t number, size_t digits)
 std::string Words(PythonRandom& random)
 {
     std::string text;
-    for (uint32_t count = random.Between(5, 15); count != 0; --count)
+    for (std::uint32_t count = random.Between(5, 15); count != 0; --count)
         Add(text, {text.empty() ? "" : " ", kWords[random.Below(std::size(kWords))]});
     return text;
 }
@@ -131,13 +131,13 @@ Settings MakeSettings()
 {
     PythonRandom random(1);
     Settings settings;
-    for (uint32_t g = 0; g < 50; ++g)
+    for (std::uint32_t g = 0; g < 50; ++g)
     {
         Group group{Numbered("Group", g, 2), {}};
-        for (uint32_t s = 0; s < 100; ++s)
+        for (std::uint32_t s = 0; s < 100; ++s)
         {
             Section section{Numbered("Section", s, 3), {}};
-            for (uint32_t k = 0; k < 20; ++k)
+            for (std::uint32_t k = 0; k < 20; ++k)
             {
                 std::string value = MakeValue(random);
                 std::string name = Numbered("Key", k, 2);
@@ -150,7 +150,7 @@ Settings MakeSettings()
     }
     for (int i = 0; i < 100000; ++i)
     {
-        const uint32_t leaf = random.Below(100000);
+        const std::uint32_t leaf = random.Below(100000);
         const Group& group = settings.groups[leaf / 2000];
         const Section& section = group.sections[leaf / 20 % 100];
         settings.paths.push_back({group.name, section.name, section.leaves[leaf % 20].name});
@@ -161,7 +161,7 @@ Settings MakeSettings()
 std::string Utf16(std::string_view utf8)
 {
     std::string bytes = "\xFF\xFE";
-    for (size_t i = 0; i < utf8.size(); ++i)
+    for (std::size_t i = 0; i < utf8.size(); ++i)
     {
         unsigned c = static_cast<unsigned char>(utf8[i]);
         if (c >= 0x80) // of two bytes, as all there are

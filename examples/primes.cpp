@@ -15,7 +15,7 @@
 namespace
 {
 
-constexpr std::uint32_t sliceCount = 64;
+constexpr std::uint32_t kSliceCount = 64;
 
 struct InterfaceId
 {
@@ -24,7 +24,7 @@ struct InterfaceId
     std::uint8_t rest[8];
 };
 
-constexpr InterfaceId jobId = QXUT_IID_IUTTHREADEDJOB;
+constexpr InterfaceId kJobId = QXUT_IID_IUTTHREADEDJOB;
 
 bool IsPrime(std::uint32_t number)
 {
@@ -47,10 +47,10 @@ public:
 
     QXHRESULT QXUT_COMCALL QueryInterface(const _GUID& iid, void** object) override
     {
-        constexpr auto noInterface = static_cast<QXHRESULT>(0x80004002);
-        *object = std::memcmp(&iid, &jobId, sizeof jobId) == 0 ? static_cast<IUTThreadedJob*>(this) : nullptr;
+        constexpr auto kNoInterface = static_cast<QXHRESULT>(0x80004002);
+        *object = std::memcmp(&iid, &kJobId, sizeof kJobId) == 0 ? static_cast<IUTThreadedJob*>(this) : nullptr;
         if (!*object)
-            return noInterface;
+            return kNoInterface;
         AddRef();
         return 0;
     }
@@ -102,7 +102,7 @@ public:
         _primes += static_cast<Slice*>(job)->Primes();
         ++_slices;
         if (_slices % 8 == 0)
-            std::printf("%u of %u slices, %u primes so far\n", _slices, sliceCount, _primes);
+            std::printf("%u of %u slices, %u primes so far\n", _slices, kSliceCount, _primes);
         if (_slices == _stopAfter)
             UtilThreadPoolAbort(_pool, 0);
         return 0;
@@ -126,15 +126,15 @@ std::uint32_t Number(const char* text)
 
 void AddSlices(HUTTHREADPOOL pool, std::uint32_t end)
 {
-    constexpr QXWCHAR name[] = {'s', 'l', 'i', 'c', 'e', 0};
+    constexpr QXWCHAR kName[] = {'s', 'l', 'i', 'c', 'e', 0};
     const auto border = [end](std::uint32_t slice)
     {
-        return static_cast<std::uint32_t>(std::uint64_t{end} * slice / sliceCount);
+        return static_cast<std::uint32_t>(std::uint64_t{end} * slice / kSliceCount);
     };
-    for (std::uint32_t slice = 0; slice < sliceCount; ++slice)
+    for (std::uint32_t slice = 0; slice < kSliceCount; ++slice)
     {
         auto* const job = new Slice(border(slice), border(slice + 1));
-        UtilThreadPoolAdd(pool, name, reinterpret_cast<IUnknown*>(static_cast<IUTThreadedJob*>(job)), nullptr);
+        UtilThreadPoolAdd(pool, kName, reinterpret_cast<IUnknown*>(static_cast<IUTThreadedJob*>(job)), nullptr);
         job->Release(); // the pool has a reference of its own
     }
 }
@@ -149,17 +149,17 @@ int main(int argc, char** argv)
         std::puts("usage: primes NUMBER [--stop-after SLICES]");
         return 2;
     }
-    constexpr QXWCHAR name[] = {'p', 'r', 'i', 'm', 'e', 's', 0};
-    const HUTTHREADPOOL pool = UtilThreadPoolOpen(0, name);
+    constexpr QXWCHAR kName[] = {'p', 'r', 'i', 'm', 'e', 's', 0};
+    const HUTTHREADPOOL pool = UtilThreadPoolOpen(0, kName);
     Progress progress(pool, stops ? Number(argv[3]) : 0);
     AddSlices(pool, Number(argv[1]));
     UtilThreadPoolFinalize(pool, &progress);
     UtilThreadPoolClose(pool);
 
-    if (progress.Slices() == sliceCount)
+    if (progress.Slices() == kSliceCount)
         std::printf("%u primes below %u\n", progress.Primes(), Number(argv[1]));
     else
         std::printf(
-            "stopped after %u of %u slices, with %u primes\n", progress.Slices(), sliceCount, progress.Primes());
+            "stopped after %u of %u slices, with %u primes\n", progress.Slices(), kSliceCount, progress.Primes());
     return 0;
 }

@@ -7,6 +7,7 @@
 #include <objbase.h>
 #include <oleauto.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <fstream>
 
@@ -47,7 +48,8 @@ void PathsAndLists()
     ProfGetStringA(job, nullptr, "Column/Caption", caption, sizeof caption, "");
     std::printf("Column/Caption is %s\n", caption);
 
-    const ProfEnumCallbackA print = [](HPROFJOB, const char* name, const char* value, HPROFLIST child, void*) -> int32_t
+    const ProfEnumCallbackA print = [](HPROFJOB, const char* name, const char* value, HPROFLIST child,
+                                        void*) -> std::int32_t
     {
         if (child != nullptr)
             std::printf("[%s]\n", name);
@@ -85,7 +87,7 @@ void TypedValues()
     ProfSetVariant(job, nullptr, L"Printed", &printed);
     ProfSaveA(job, nullptr, PROF_FORM_TEXT);
 
-    int32_t copies = 0;
+    std::int32_t copies = 0;
     ProfPoint read{};
     ProfGetIntA(job, nullptr, "Copies", &copies, 1);
     ProfGetPointA(job, nullptr, "Size", &read, &size);
@@ -98,8 +100,8 @@ void Errors()
     const HPROFJOB job = ProfJobOpenA("typed.profile");
     ProfSetStringA(job, nullptr, "Note", "twelve");
 
-    int32_t value = 0;
-    int32_t result = ProfGetIntA(job, nullptr, "Copies", &value, 1);
+    std::int32_t value = 0;
+    std::int32_t result = ProfGetIntA(job, nullptr, "Copies", &value, 1);
     std::printf("Copies: %d, value %d\n", result, value);
     result = ProfGetIntA(job, nullptr, "Pages", &value, 1); // there is none: the default
     std::printf("Pages: %d, value %d\n", result, value);
@@ -124,8 +126,8 @@ void Errors()
         <item name="Size">(297,420)</item>
         </profile>)";
     const HPROFJOB damaged = ProfJobOpenA("damaged.xml");
-    const int32_t title = ProfGetStringLengthA(damaged, nullptr, "Title");
-    const int32_t size = ProfGetStringLengthA(damaged, nullptr, "Page/Size"); // its list never ended
+    const std::int32_t title = ProfGetStringLengthA(damaged, nullptr, "Title");
+    const std::int32_t size = ProfGetStringLengthA(damaged, nullptr, "Page/Size"); // its list never ended
     std::printf("damaged: %d, Title %d, Page/Size %d\n", ProfGetError(damaged), title, size);
     ProfJobClose(damaged);
 }
@@ -207,7 +209,7 @@ void Clipboard()
 void EmbeddedFiles()
 {
     const HPROFJOB job = ProfJobOpenA("bundle.profile");
-    int32_t count = ProfAppendFilesA(job, nullptr, "report.x*", "pass phrase");
+    std::int32_t count = ProfAppendFilesA(job, nullptr, "report.x*", "pass phrase");
     std::printf("embedded: %d files\n", count);
     ProfSaveA(job, nullptr, PROF_FORM_TEXT);
 
@@ -222,7 +224,7 @@ struct Scene
     void (*play)();
 };
 
-constexpr Scene scenes[] = {
+constexpr Scene kScenes[] = {
     {"FirstProfile", FirstProfile},
     {"PathsAndLists", PathsAndLists},
     {"TypedValues", TypedValues},
@@ -238,7 +240,7 @@ constexpr Scene scenes[] = {
 
 int main()
 {
-    for (const Scene& scene : scenes)
+    for (const Scene& scene : kScenes)
     {
         std::printf("== %s\n", scene.name);
         scene.play();

@@ -26,7 +26,7 @@ template <class Unit, class Convert>
 std::vector<Unit> Converted(Convert convert)
 {
     const int size = convert(nullptr, 0);
-    std::vector<Unit> units(static_cast<size_t>(size));
+    std::vector<Unit> units(static_cast<std::size_t>(size));
     if (size > 0)
         Require(convert(units.data(), size) == size);
     if (size > 1)
@@ -37,7 +37,7 @@ std::vector<Unit> Converted(Convert convert)
     return units;
 }
 
-std::vector<wchar_t> Decoded(UINT page, const char* bytes, size_t count, DWORD flags = 0)
+std::vector<wchar_t> Decoded(UINT page, const char* bytes, std::size_t count, DWORD flags = 0)
 {
     return Converted<wchar_t>([&](wchar_t* buffer, int size)
         { return MultiByteToWideChar(page, flags, bytes, static_cast<int>(count), buffer, size); });
@@ -55,7 +55,7 @@ std::vector<char> Encoded(UINT page, const std::vector<wchar_t>& text, DWORD fla
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     if (size < 2)
         return 0;

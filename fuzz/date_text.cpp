@@ -17,7 +17,7 @@ using namespace qx;
 namespace
 {
 
-constexpr SYSTEMTIME today{2021, 7, 0, 9, 10, 11, 12, 0};
+constexpr SYSTEMTIME kToday{2021, 7, 0, 9, 10, 11, 12, 0};
 
 clsLocaleDateInfo Info(DateOrder order, const wchar_t* dateSeparator, const wchar_t* timeSeparator)
 {
@@ -34,7 +34,7 @@ void Require(bool holds)
         std::abort();
 }
 
-void CheckParsed(const SYSTEMTIME& time, int32_t result, uint32_t flags)
+void CheckParsed(const SYSTEMTIME& time, std::int32_t result, std::uint32_t flags)
 {
     Require(time.wDayOfWeek == 0 && time.wMilliseconds == 0);
     const bool isNothing = time.wYear == 0 && time.wMonth == 0 && time.wDay == 0;
@@ -42,7 +42,7 @@ void CheckParsed(const SYSTEMTIME& time, int32_t result, uint32_t flags)
         Require(clsDate(time.wDay, time.wMonth, time.wYear).IsValid());
 }
 
-void ParseInAllSettings(const String& text, uint32_t flags)
+void ParseInAllSettings(const String& text, std::uint32_t flags)
 {
     static clsDateParser parsers[] = {
         clsDateParser({Info(DateOrder::DayMonthYear, L".", L":"), L"HH:mm:ss", L"dd.MM.yyyy"}),
@@ -53,7 +53,7 @@ void ParseInAllSettings(const String& text, uint32_t flags)
     for (clsDateParser& parser : parsers)
     {
         SYSTEMTIME time;
-        const int32_t result = parser.Parse(text, flags, today, time);
+        const std::int32_t result = parser.Parse(text, flags, kToday, time);
         CheckParsed(time, result, flags);
     }
 }
@@ -73,11 +73,11 @@ void CheckRFC822(const String& text)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     if (size < 1)
         return 0;
-    const uint32_t flags = data[0];
+    const std::uint32_t flags = data[0];
     std::vector<wchar_t> units(data + 1, data + size); // each byte a character: the patterns know no others
     units.push_back(0);
     String text(units.data());

@@ -13,7 +13,7 @@
 using namespace qx;
 
 // The bytes are 16-bit units in little-endian order, up to the first zero.
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     std::vector<wchar_t> text(size / 2 + 1);
     if (size != 0)

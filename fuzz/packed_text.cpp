@@ -19,12 +19,12 @@ namespace
 {
 
 // zlib's streams grow at most 1032 times; a little more for short ones.
-constexpr size_t kMostGrowth = 1100;
+constexpr std::size_t kMostGrowth = 1100;
 
-std::vector<uint8_t> ContentOf(clsFile& file)
+std::vector<std::uint8_t> ContentOf(clsFile& file)
 {
-    std::vector<uint8_t> bytes(static_cast<size_t>(file.GetSize()));
-    if (!bytes.empty() && file.clsFile::Read(bytes.data(), static_cast<uint32_t>(bytes.size())) != bytes.size())
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(file.GetSize()));
+    if (!bytes.empty() && file.clsFile::Read(bytes.data(), static_cast<std::uint32_t>(bytes.size())) != bytes.size())
         std::abort();
     return bytes;
 }
@@ -37,7 +37,7 @@ clsAutoRelease<IStream*> NewStream()
     return stream;
 }
 
-std::vector<uint8_t> Unpacked(const String& text, const String& key)
+std::vector<std::uint8_t> Unpacked(const String& text, const String& key)
 {
     const clsAutoRelease<IStream*> stream = NewStream();
     clsFileRW file(stream.Get());
@@ -46,7 +46,7 @@ std::vector<uint8_t> Unpacked(const String& text, const String& key)
     return ContentOf(file);
 }
 
-String Packed(const std::vector<uint8_t>& bytes, bool compress, const String& key)
+String Packed(const std::vector<std::uint8_t>& bytes, bool compress, const String& key)
 {
     const clsAutoRelease<IStream*> stream = NewStream();
     ULONG written = 0;
@@ -58,14 +58,14 @@ String Packed(const std::vector<uint8_t>& bytes, bool compress, const String& ke
 } // namespace
 
 // Of the first byte bit 0 chooses a key and bit 1 compression. The rest is the text, an 8-bit character each.
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     if (size == 0)
         return 0;
     const String key(data[0] & 1 ? L"key" : L"");
     std::vector<wchar_t> text(data + 1, data + size);
     text.push_back(0);
-    const std::vector<uint8_t> bytes = Unpacked(String(text.data()), key);
+    const std::vector<std::uint8_t> bytes = Unpacked(String(text.data()), key);
     if (bytes.size() > size * kMostGrowth)
         std::abort();
     const bool compress = (data[0] & 2) != 0;

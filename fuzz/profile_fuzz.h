@@ -8,6 +8,7 @@
 
 #include <objbase.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -17,7 +18,7 @@
 namespace profilefuzz
 {
 
-using Bytes = std::vector<uint8_t>;
+using Bytes = std::vector<std::uint8_t>;
 
 struct ReleaseJob
 {
@@ -36,7 +37,7 @@ inline JobHolder NewStreamObject()
     return JobHolder(new qx::clsProfJob(qx::ProfMode::Hold, L"object", 2));
 }
 
-inline qx::clsAutoRelease<IStream*> NewStream(const uint8_t* data, size_t size)
+inline qx::clsAutoRelease<IStream*> NewStream(const std::uint8_t* data, std::size_t size)
 {
     qx::clsAutoRelease<IStream*> stream;
     if (CreateStreamOnHGlobal(nullptr, TRUE, stream.Receive()) != S_OK)
@@ -58,8 +59,8 @@ inline Bytes Saved(qx::clsProfJob& job, qx::ProfForm form, unsigned packing = 0)
     if (job.Serialise(stream.Get(), static_cast<unsigned>(form) | packing) != qx::kProfOk)
         std::abort();
     qx::clsFileRO file(stream.Get());
-    Bytes bytes(static_cast<size_t>(file.GetSize()));
-    file.clsFile::Read(bytes.data(), static_cast<uint32_t>(bytes.size()));
+    Bytes bytes(static_cast<std::size_t>(file.GetSize()));
+    file.clsFile::Read(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
     return bytes;
 }
 

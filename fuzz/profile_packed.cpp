@@ -1,10 +1,12 @@
 // Packed profiles: whatever stands behind the magic gives some tree, which comes back as it is from its packed form.
 #include "profile_fuzz.h"
 
+#include <cstdint>
+
 using namespace profilefuzz;
 using qx::ProfForm;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     Bytes source{'Z', 'x', 'v', 'Q'};
     source.insert(source.end(), data, data + size);

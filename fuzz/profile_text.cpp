@@ -1,10 +1,12 @@
 // What the loader makes of any bytes: whatever tree comes out can be written, and what was written comes back as it is.
 #include "profile_fuzz.h"
 
+#include <cstdint>
+
 using namespace profilefuzz;
 using qx::ProfForm;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const Bytes source(data, data + size);
     const JobHolder job = NewJob();

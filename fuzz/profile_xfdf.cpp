@@ -2,10 +2,12 @@
 // as they are.
 #include "profile_fuzz.h"
 
+#include <cstdint>
+
 using namespace profilefuzz;
 using qx::ProfForm;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     constexpr std::string_view kFirstLine = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
     Bytes source(kFirstLine.begin(), kFirstLine.end());

@@ -3,6 +3,8 @@
 #include "prof/xml_form.h"
 #include "profile_fuzz.h"
 
+#include <cstdint>
+
 using namespace profilefuzz;
 using qx::ProfForm;
 
@@ -11,7 +13,7 @@ namespace
 
 void Append(Bytes& bytes, std::wstring_view text)
 {
-    const auto* first = reinterpret_cast<const uint8_t*>(text.data());
+    const auto* first = reinterpret_cast<const std::uint8_t*>(text.data());
     bytes.insert(bytes.end(), first, first + text.size() * sizeof(wchar_t));
 }
 
@@ -24,7 +26,7 @@ std::vector<std::wstring_view> Leaves(const Bytes& saved)
     {
         const std::wstring_view line = rest.substr(0, rest.find(L'\n'));
         rest.remove_prefix(std::min(line.size() + 1, rest.size()));
-        const size_t begin = line.find_first_not_of(L" \t");
+        const std::size_t begin = line.find_first_not_of(L" \t");
         if (begin != std::wstring_view::npos && line.substr(begin).starts_with(L"<i"))
             leaves.push_back(line);
     }
@@ -33,7 +35,7 @@ std::vector<std::wstring_view> Leaves(const Bytes& saved)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     Bytes source;
     Append(source, L"\xFEFF");

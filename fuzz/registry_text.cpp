@@ -6,7 +6,7 @@
 
 using namespace qxplatform;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     constexpr std::u16string_view kRoot = u"HKEY_CURRENT_USER";
     const RegistryText first = ReadRegistryText({reinterpret_cast<const char*>(data), size}, kRoot);

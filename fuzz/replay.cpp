@@ -23,12 +23,12 @@ void Feed(const std::vector<char>& bytes, std::size_t size)
 
 void Replay(const std::filesystem::path& file)
 {
-    constexpr std::size_t cuts = 32;
+    constexpr std::size_t kCuts = 32;
     std::ifstream stream(file, std::ios::binary);
     const std::vector<char> bytes{std::istreambuf_iterator<char>(stream), {}};
     Feed(bytes, bytes.size());
-    for (std::size_t i = 0; i < cuts && i < bytes.size(); ++i)
-        Feed(bytes, i * bytes.size() / cuts);
+    for (std::size_t i = 0; i < kCuts && i < bytes.size(); ++i)
+        Feed(bytes, i * bytes.size() / kCuts);
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 
 #include <objbase.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -14,7 +15,7 @@ using namespace qx;
 namespace
 {
 
-constexpr size_t kShortestGuess = 201;
+constexpr std::size_t kShortestGuess = 201;
 
 void Require(bool condition)
 {
@@ -55,17 +56,17 @@ bool IsPlainUTF8(std::string_view text)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     clsAutoRelease<IStream*> stream;
     Require(SUCCEEDED(CreateStreamOnHGlobal(nullptr, TRUE, stream.Receive())));
     clsFile file(stream.Get());
-    Require(file.Write(data, size) == static_cast<int64_t>(size));
+    Require(file.Write(data, size) == static_cast<std::int64_t>(size));
     file.Seek(0);
 
     const UTFType type = file.GetUTFType();
-    const int64_t position = file.Tell();
+    const std::int64_t position = file.Tell();
     if (BeginsWithMark(bytes))
     {
         Require(type != UTFType::Unknown);

@@ -7,6 +7,7 @@
 
 #include <objbase.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 
@@ -38,18 +39,18 @@ std::string Saved(const clsVariant& value)
 {
     MemoryFile file;
     Require(Save(value, file));
-    std::string bytes(static_cast<size_t>(file.GetSize()), '\0');
-    file.clsFile::Seek(int64_t{0});
-    Require(file.clsFile::Read(bytes.data(), static_cast<uint32_t>(bytes.size())) == bytes.size());
+    std::string bytes(static_cast<std::size_t>(file.GetSize()), '\0');
+    file.clsFile::Seek(std::int64_t{0});
+    Require(file.clsFile::Read(bytes.data(), static_cast<std::uint32_t>(bytes.size())) == bytes.size());
     return bytes;
 }
 
 // The value, and where the reading ended.
-clsVariant Loaded(const void* bytes, size_t size, int64_t& end)
+clsVariant Loaded(const void* bytes, std::size_t size, std::int64_t& end)
 {
     MemoryFile file;
-    Require(file.clsFile::Write(bytes, uint64_t{size}) == static_cast<int64_t>(size));
-    file.clsFile::Seek(int64_t{0});
+    Require(file.clsFile::Write(bytes, std::uint64_t{size}) == static_cast<std::int64_t>(size));
+    file.clsFile::Seek(std::int64_t{0});
     clsVariant value;
     Load(value, file);
     end = file.Tell();
@@ -58,11 +59,11 @@ clsVariant Loaded(const void* bytes, size_t size, int64_t& end)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    int64_t end = 0;
+    std::int64_t end = 0;
     const clsVariant value = Loaded(data, size, end);
-    Require(end >= 0 && end <= static_cast<int64_t>(size));
+    Require(end >= 0 && end <= static_cast<std::int64_t>(size));
     if (value.Type() & VT_ARRAY)
     {
         Require(value.Get().parray->rgsabound[0].cElements <= size / 2);
@@ -72,7 +73,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 
     const std::string once = Saved(value);
     const clsVariant again = Loaded(once.data(), once.size(), end);
-    Require(end == static_cast<int64_t>(once.size()));
+    Require(end == static_cast<std::int64_t>(once.size()));
     Require(Saved(again) == once);
     return 0;
 }

@@ -26,7 +26,7 @@ public:
     }
     ~Place() { fs::remove_all(_root); }
 
-    void WriteArchive(const uint8_t* data, size_t size) const
+    void WriteArchive(const std::uint8_t* data, std::size_t size) const
     {
         std::ofstream file(_root / "x.zip", std::ios::binary);
         file.write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
@@ -64,7 +64,7 @@ private:
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static const Place place;
     place.WriteArchive(data, size);

@@ -8,8 +8,8 @@ namespace qx
 namespace
 {
 
-constexpr std::uint32_t noPairs = 1;
-constexpr std::uint32_t sevenPairs = 0x3FFF;
+constexpr std::uint32_t kNoPairs = 1;
+constexpr std::uint32_t kSevenPairs = 0x3FFF;
 
 bool HasSeveralProcessors()
 {
@@ -20,7 +20,7 @@ bool HasSeveralProcessors()
 
 } // namespace
 
-WCLevelSource::WCLevelSource(int (*random)()) : _random(random), _several(HasSeveralProcessors()), _pairs(noPairs)
+WCLevelSource::WCLevelSource(int (*random)()) : _random(random), _several(HasSeveralProcessors()), _pairs(kNoPairs)
 {
     InitializeCriticalSection(&_lock);
 }
@@ -51,8 +51,8 @@ int WCLevelSource::Draw(unsigned selector, int limit)
 unsigned WCLevelSource::NextPair()
 {
     std::uint32_t pairs = _pairs.load(std::memory_order_relaxed);
-    if (pairs == noPairs)
-        pairs = (static_cast<std::uint32_t>(_random()) & sevenPairs) | (sevenPairs + 1);
+    if (pairs == kNoPairs)
+        pairs = (static_cast<std::uint32_t>(_random()) & kSevenPairs) | (kSevenPairs + 1);
     _pairs.store(pairs >> 2, std::memory_order_relaxed);
     return pairs & 3;
 }

@@ -14,9 +14,9 @@
 namespace qx
 {
 
-inline constexpr unsigned skipListSelector = 3; // a node rises one level in one of four cases
-inline constexpr int skipListLevels = 8;
-inline constexpr int skipListMostLevels = 20;
+inline constexpr unsigned kSkipListSelector = 3; // a node rises one level in one of four cases
+inline constexpr int kSkipListLevels = 8;
+inline constexpr int kSkipListMostLevels = 20;
 
 // An element of a dictionary, as its iterator gives it.
 template <class K, class V>
@@ -129,9 +129,9 @@ public:
 protected:
     WCSkipListBase(unsigned selector, int mostLevels)
         : _selector(selector == 1 ? 1 : 3),
-          _mostLevels(mostLevels < 1                    ? 1
-                      : mostLevels > skipListMostLevels ? skipListMostLevels
-                                                        : mostLevels)
+          _mostLevels(mostLevels < 1                     ? 1
+                      : mostLevels > kSkipListMostLevels ? kSkipListMostLevels
+                                                         : mostLevels)
     {
     }
 
@@ -170,7 +170,7 @@ protected:
     // The path to a place of level 0: on each level in use the link that leads past it.
     struct Path
     {
-        Node** links[skipListMostLevels];
+        Node** links[kSkipListMostLevels];
         Node* Next() const { return *links[0]; }
     };
 
@@ -371,7 +371,7 @@ class WCValSkipList : public WCSkipListBase<T, WCElementOrder<T>>
     using Base = WCSkipListBase<T, WCElementOrder<T>>;
 
 public:
-    explicit WCValSkipList(unsigned selector = skipListSelector, int mostLevels = skipListLevels)
+    explicit WCValSkipList(unsigned selector = kSkipListSelector, int mostLevels = kSkipListLevels)
         : Base(selector, mostLevels)
     {
     }
@@ -405,7 +405,7 @@ class WCValSkipListSet : public WCSkipListBase<T, WCElementOrder<T>>
     using Base = WCSkipListBase<T, WCElementOrder<T>>;
 
 public:
-    explicit WCValSkipListSet(unsigned selector = skipListSelector, int mostLevels = skipListLevels)
+    explicit WCValSkipListSet(unsigned selector = kSkipListSelector, int mostLevels = kSkipListLevels)
         : Base(selector, mostLevels)
     {
     }
@@ -448,7 +448,7 @@ class WCValSkipListDict : public WCSkipListBase<WCKeyValue<K, V>, WCKeyOrder<K, 
     using Base = WCSkipListBase<WCKeyValue<K, V>, WCKeyOrder<K, V>>;
 
 public:
-    explicit WCValSkipListDict(unsigned selector = skipListSelector, int mostLevels = skipListLevels)
+    explicit WCValSkipListDict(unsigned selector = kSkipListSelector, int mostLevels = kSkipListLevels)
         : Base(selector, mostLevels)
     {
     }
@@ -497,7 +497,7 @@ class WCPtrSkipListSet : public WCSkipListBase<T*, WCPointeeOrder<T>>
     using Base = WCSkipListBase<T*, WCPointeeOrder<T>>;
 
 public:
-    explicit WCPtrSkipListSet(unsigned selector = skipListSelector, int mostLevels = skipListLevels)
+    explicit WCPtrSkipListSet(unsigned selector = kSkipListSelector, int mostLevels = kSkipListLevels)
         : Base(selector, mostLevels)
     {
     }

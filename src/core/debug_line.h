@@ -22,7 +22,7 @@ protected:
     ~DebugLineSink() = default;
 };
 
-inline std::atomic<DebugLineSink*> debugLineSink{nullptr};
+inline std::atomic<DebugLineSink*> debugLineSink = nullptr;
 
 // Gives the former sink. Null takes the sink away; a call that is under way on another thread may still reach it.
 inline DebugLineSink* SetDebugLineSink(DebugLineSink* sink)

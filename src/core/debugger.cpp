@@ -12,23 +12,23 @@ namespace
 
 enum class Debugger
 {
-    notAsked,
-    absent,
-    present
+    NotAsked,
+    Absent,
+    Present
 };
 
-std::atomic<StackTraceHook> stackTraceHook{nullptr};
-std::atomic<Debugger> debugger{Debugger::notAsked};
+std::atomic<StackTraceHook> stackTraceHook = nullptr;
+std::atomic<Debugger> debugger = Debugger::NotAsked;
 
 bool IsDebugged()
 {
     Debugger known = debugger.load(std::memory_order_relaxed);
-    if (known == Debugger::notAsked)
+    if (known == Debugger::NotAsked)
     {
-        known = IsDebuggerPresent() ? Debugger::present : Debugger::absent;
+        known = IsDebuggerPresent() ? Debugger::Present : Debugger::Absent;
         debugger.store(known, std::memory_order_relaxed);
     }
-    return known == Debugger::present;
+    return known == Debugger::Present;
 }
 
 } // namespace
@@ -48,7 +48,7 @@ void BreakOrTrace(int frames)
 
 void ForgetDebuggerTest()
 {
-    debugger.store(Debugger::notAsked, std::memory_order_relaxed);
+    debugger.store(Debugger::NotAsked, std::memory_order_relaxed);
 }
 
 } // namespace qx

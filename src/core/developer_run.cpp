@@ -14,18 +14,18 @@ namespace
 
 enum class Answer
 {
-    notAsked,
-    no,
-    yes
+    NotAsked,
+    No,
+    Yes
 };
 
-std::atomic<Answer> answer{Answer::notAsked};
+std::atomic<Answer> answer = Answer::NotAsked;
 
 Answer AskEnvironment()
 {
     wchar_t user[9];
     const DWORD length = GetEnvironmentVariableW(L"user", user, 9);
-    return length == 3 && _wcsicmp(user, L"qvx") == 0 ? Answer::yes : Answer::no;
+    return length == 3 && _wcsicmp(user, L"qvx") == 0 ? Answer::Yes : Answer::No;
 }
 
 } // namespace
@@ -33,17 +33,17 @@ Answer AskEnvironment()
 bool UtilIsDeveloperRun()
 {
     Answer known = answer.load(std::memory_order_relaxed);
-    if (known == Answer::notAsked)
+    if (known == Answer::NotAsked)
     {
         known = AskEnvironment();
         answer.store(known, std::memory_order_relaxed);
     }
-    return known == Answer::yes;
+    return known == Answer::Yes;
 }
 
 void ForgetDeveloperRun()
 {
-    answer.store(Answer::notAsked, std::memory_order_relaxed);
+    answer.store(Answer::NotAsked, std::memory_order_relaxed);
 }
 
 } // namespace qx

@@ -8,7 +8,7 @@ namespace
 {
 
 // Each is reachable from here, so that leak checkers know it as alive.
-constinit std::atomic<Kept*> latest{nullptr};
+constinit std::atomic<Kept*> latest = nullptr;
 
 } // namespace
 

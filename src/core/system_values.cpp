@@ -8,9 +8,9 @@ namespace qx
 namespace
 {
 
-std::atomic<HMODULE> libraryHandle{nullptr};
-std::atomic<unsigned short> systemVersion{0};
-std::atomic<unsigned short> interfaceLanguage{0};
+std::atomic<HMODULE> libraryHandle = nullptr;
+std::atomic<unsigned short> systemVersion = 0;
+std::atomic<unsigned short> interfaceLanguage = 0;
 
 } // namespace
 

@@ -8,7 +8,7 @@
 namespace qx
 {
 
-inline std::atomic<unsigned> defaultCodePage{0}; // 0 until it is asked for
+inline std::atomic<unsigned> defaultCodePage = 0; // 0 until it is asked for
 
 unsigned AskDefaultCodePage();
 

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <memory>
 #include <string_view>
 
@@ -22,10 +23,10 @@ namespace qx
 namespace
 {
 
-constexpr int maxDepth = 50;
-constexpr wchar_t sectionMark = L'\u25A0';
-constexpr std::size_t bytesPerCharacter = 6; // in any code page
-constexpr unsigned closePatience = 100;      // ms
+constexpr int kMaxDepth = 50;
+constexpr wchar_t kSectionMark = L'\u25A0';
+constexpr std::size_t kBytesPerCharacter = 6; // in any code page
+constexpr unsigned kClosePatience = 100;      // ms
 
 // That a program is traced must not change what it finds.
 class ErrorsKept
@@ -111,7 +112,7 @@ void clsDebugChannels::SetMonitor(DebugMonitor* monitor)
 
 void clsDebugChannels::Close(void (*writeLastLine)())
 {
-    const bool isEntered = EnterWithin(_mainLock, closePatience);
+    const bool isEntered = EnterWithin(_mainLock, kClosePatience);
     if (isEntered && writeLastLine != nullptr)
         writeLastLine();
     _hasLogFile = false;
@@ -143,14 +144,14 @@ void clsDebugChannels::Line(
     const wchar_t* moduleTag, int indentChange, const wchar_t* format, va_list arguments) noexcept
 {
     const ErrorsKept errors;
-    std::atomic<int32_t>& stored = _pLOGTAPInfoAppLocal->depth;
-    const int32_t depth = indentChange < 0 ? stored.fetch_sub(1) - 1 : stored.load();
+    std::atomic<std::int32_t>& stored = _pLOGTAPInfoAppLocal->depth;
+    const std::int32_t depth = indentChange < 0 ? stored.fetch_sub(1) - 1 : stored.load();
     bool isCounted = true;
     if (format != nullptr)
     {
         try
         {
-            isCounted = Send(moduleTag, std::clamp(depth, 0, maxDepth), indentChange != 0, format, arguments);
+            isCounted = Send(moduleTag, std::clamp(depth, 0, kMaxDepth), indentChange != 0, format, arguments);
         }
         catch (...)
         {
@@ -212,7 +213,7 @@ void clsDebugChannels::MakeLine(DebugLineText& line, const wchar_t* moduleTag, i
     const wchar_t* format, va_list arguments)
 {
     std::wstring_view section;
-    if (const wchar_t* const mark = wcschr(format, sectionMark))
+    if (const wchar_t* const mark = wcschr(format, kSectionMark))
     {
         section = {format, static_cast<std::size_t>(mark - format)};
         format = mark + 1;
@@ -242,7 +243,7 @@ void clsDebugChannels::HandOut(const DebugLineText& line, bool alsoToMonitor)
 
 void clsDebugChannels::SendText(const DebugLineText& line)
 {
-    const std::size_t size = bytesPerCharacter * (line.Length() + 1);
+    const std::size_t size = kBytesPerCharacter * (line.Length() + 1);
     const std::unique_ptr<void, FreeGlobal> block(GlobalAlloc(GMEM_FIXED | GMEM_ZEROINIT, size));
     auto* const bytes = static_cast<char*>(block.get());
     if (bytes == nullptr ||

@@ -17,8 +17,8 @@ namespace qx
 // has its own for as long as there is no monitor channel, which brings the shared block.
 struct scLOGTAPInfoAppLocal
 {
-    std::atomic<int32_t> depth{0}; // as counted; what a line uses of it is kept within bounds
-    std::atomic<uint32_t> counter{0};
+    std::atomic<std::int32_t> depth = 0; // as counted; what a line uses of it is kept within bounds
+    std::atomic<std::uint32_t> counter = 0;
 };
 
 class clsDebugChannels final : private DebugLineSink
@@ -77,8 +77,8 @@ private:
     scLOGTAPInfoAppLocal* const _pLOGTAPInfoAppLocal = &_ownInfo;
     unsigned long long _lastCheck = 0;
     DebugLogFile _logFile;
-    std::atomic<bool> _hasLogFile{false}; // that the attach test needs no lock
-    std::atomic<int> _outputGuard{0};
+    std::atomic<bool> _hasLogFile = false; // that the attach test needs no lock
+    std::atomic<int> _outputGuard = 0;
     DebugMonitor* _monitor = nullptr;
     DebugTimeSource _timeSource;
 };

@@ -17,7 +17,7 @@ void DebugLineText::Append(const wchar_t* format, ...)
 
 void DebugLineText::AppendV(const wchar_t* format, va_list arguments)
 {
-    const std::size_t room = capacity - _length;
+    const std::size_t room = kCapacity - _length;
     const int count = FormatBounded(_text + _length, room + 1, format, arguments);
     // Negative where the text was cut, and where an argument could not be converted: then its beginning stands there.
     _length += count < 0 ? wcsnlen(_text + _length, room) : static_cast<std::size_t>(count);

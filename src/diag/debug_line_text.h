@@ -11,7 +11,7 @@ namespace qx
 class DebugLineText
 {
 public:
-    static constexpr std::size_t capacity = 1024;
+    static constexpr std::size_t kCapacity = 1024;
 
     void Append(const wchar_t* format, ...);
     void AppendV(const wchar_t* format, va_list arguments);
@@ -20,7 +20,7 @@ public:
     std::size_t Length() const { return _length; }
 
 private:
-    wchar_t _text[capacity + 1] = {}; // all of it zero, since a formatter that gives up leaves no terminator
+    wchar_t _text[kCapacity + 1] = {}; // all of it zero, since a formatter that gives up leaves no terminator
     std::size_t _length = 0;
 };
 

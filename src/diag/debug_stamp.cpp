@@ -9,8 +9,8 @@ namespace qx
 namespace
 {
 
-constexpr unsigned processorsOfGroup = 64;
-constexpr unsigned unknownProcessor = 1;
+constexpr unsigned kProcessorsOfGroup = 64;
+constexpr unsigned kUnknownProcessor = 1;
 
 // Of whatever type: what counts is the first character of what is stored.
 bool IsCounterForced()
@@ -98,11 +98,11 @@ unsigned CurrentProcessor()
     {
         PROCESSOR_NUMBER processor = {};
         kernel.p_GetCurrentProcessorNumberEx(&processor);
-        return processor.Group * processorsOfGroup + processor.Number;
+        return processor.Group * kProcessorsOfGroup + processor.Number;
     }
     else if (kernel.p_GetCurrentProcessorNumber.IsThere())
         return kernel.p_GetCurrentProcessorNumber();
-    return unknownProcessor;
+    return kUnknownProcessor;
 }
 
 } // namespace qx

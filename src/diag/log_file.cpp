@@ -18,8 +18,8 @@ namespace qx
 namespace
 {
 
-constexpr unsigned patience = 100; // ms
-constexpr UINT simpleBeep = 0xFFFFFFFF;
+constexpr unsigned kPatience = 100; // ms
+constexpr UINT kSimpleBeep = 0xFFFFFFFF;
 
 // However long the name is.
 bool HasFolder(const String& name)
@@ -29,7 +29,7 @@ bool HasFolder(const String& name)
 
 bool OpenPatiently(clsFileRW& file, const String& name)
 {
-    const unsigned long long limit = UtilGetTicks() + patience;
+    const unsigned long long limit = UtilGetTicks() + kPatience;
     while (file.Open(name, FileAccess::Write, FileDisposition::OpenAlways, FileShare::Read, kFileAttributeNormal) != 0)
     {
         if (UtilGetTicks() >= limit)
@@ -44,7 +44,7 @@ bool OpenPatiently(clsFileRW& file, const String& name)
 DebugLogFile DebugLogFile::FromSettings()
 {
     DebugLogFile log;
-    clsRegistryList settings(HKEY_LOCAL_MACHINE, L"software\\trelmo", clsRegistryList::Read);
+    clsRegistryList settings(HKEY_LOCAL_MACHINE, L"software\\trelmo", clsRegistryList::kRead);
     settings.GetString(L"Debug.LogFilename", log._name, L"");
     settings.GetBool(L"Debug.LogFile.Flush", log._isFlushed, false);
     if (log.IsSet() && !HasFolder(log._name))
@@ -58,11 +58,11 @@ void DebugLogFile::Append(const wchar_t* line, std::size_t length) const
     clsFileRW file;
     if (!OpenPatiently(file, _name))
     {
-        MessageBeep(simpleBeep);
+        MessageBeep(kSimpleBeep);
         return;
     }
-    wchar_t bytes[DebugLineText::capacity + 2];
-    length = std::min(length, DebugLineText::capacity);
+    wchar_t bytes[DebugLineText::kCapacity + 2];
+    length = std::min(length, DebugLineText::kCapacity);
     wmemcpy(bytes, line, length);
     bytes[length] = L'\r';
     bytes[length + 1] = L'\n';

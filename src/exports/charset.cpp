@@ -8,9 +8,11 @@
 
 #include <windows.h>
 
+#include <cstdint>
+
 using namespace qx;
 
-uint32_t UtilGetLikelyCharsetFromString(const QXWCHAR* text)
+std::uint32_t UtilGetLikelyCharsetFromString(const QXWCHAR* text)
 {
     return Guarded(0U, [&] { return LikelyCharset(text, DefaultCodePage()); });
 }
@@ -35,12 +37,12 @@ int UtilLocaleStricmp(const QXWCHAR* a, const QXWCHAR* b)
     return Guarded(-2, [&] { return LocaleCompare(a, b, LocaleCase::Ignored); });
 }
 
-int UtilLocaleStrncmp(const QXWCHAR* a, const QXWCHAR* b, uint32_t count)
+int UtilLocaleStrncmp(const QXWCHAR* a, const QXWCHAR* b, std::uint32_t count)
 {
     return Guarded(0, [&] { return LocaleCompareN(a, b, count, LocaleCase::Sensitive); });
 }
 
-int UtilLocaleStrnicmp(const QXWCHAR* a, const QXWCHAR* b, uint32_t count)
+int UtilLocaleStrnicmp(const QXWCHAR* a, const QXWCHAR* b, std::uint32_t count)
 {
     return Guarded(0, [&] { return LocaleCompareN(a, b, count, LocaleCase::Ignored); });
 }

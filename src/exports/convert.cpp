@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
 #include <memory>
 #include <optional>
 
@@ -36,14 +37,14 @@ PackedText PackStream(IStream* stream, bool compress)
 }
 
 // How the functions with a text buffer deliver.
-int32_t ToBuffer(const PackedText& packed, QXWCHAR* buffer, uint32_t bufferChars)
+std::int32_t ToBuffer(const PackedText& packed, QXWCHAR* buffer, std::uint32_t bufferChars)
 {
     if (!packed.IsWhole())
         return QXUT_CONVERT_FAILED;
-    const size_t length = packed.Length();
+    const std::size_t length = packed.Length();
     if (!buffer || bufferChars == 0)
-        return static_cast<int32_t>(length + 1);
-    const size_t copied = std::min<size_t>(length, bufferChars - 1);
+        return static_cast<std::int32_t>(length + 1);
+    const std::size_t copied = std::min<std::size_t>(length, bufferChars - 1);
     if (copied == length)
         packed.WriteTo(buffer);
     else
@@ -56,9 +57,9 @@ int32_t ToBuffer(const PackedText& packed, QXWCHAR* buffer, uint32_t bufferChars
     return copied == length ? 0 : QXUT_CONVERT_CUT;
 }
 
-int32_t ToBSTR(const PackedText& packed, QXWCHAR** target)
+std::int32_t ToBSTR(const PackedText& packed, QXWCHAR** target)
 {
-    const size_t length = packed.Length();
+    const std::size_t length = packed.Length();
     if (!packed.IsWhole() || length > UINT_MAX / sizeof(wchar_t) - 1)
         return QXUT_CONVERT_FAILED;
     const BSTR text = SysAllocStringLen(nullptr, static_cast<UINT>(length));
@@ -72,8 +73,8 @@ int32_t ToBSTR(const PackedText& packed, QXWCHAR** target)
 
 } // namespace
 
-int32_t UtilConvertBLOBToString(
-    const void* data, uint32_t size, QXWCHAR* buffer, uint32_t bufferChars, int32_t compress)
+std::int32_t UtilConvertBLOBToString(
+    const void* data, std::uint32_t size, QXWCHAR* buffer, std::uint32_t bufferChars, std::int32_t compress)
 {
     if (!data && size != 0)
         return QXUT_CONVERT_NULL;
@@ -81,7 +82,7 @@ int32_t UtilConvertBLOBToString(
         [&] { return ToBuffer(PackedText(data, size, compress != 0, String()), buffer, bufferChars); });
 }
 
-int32_t UtilConvertBLOBToBSTR(const void* data, uint32_t size, QXWCHAR** text, int32_t compress)
+std::int32_t UtilConvertBLOBToBSTR(const void* data, std::uint32_t size, QXWCHAR** text, std::int32_t compress)
 {
     if (!text)
         return QXUT_CONVERT_FAILED;
@@ -90,7 +91,7 @@ int32_t UtilConvertBLOBToBSTR(const void* data, uint32_t size, QXWCHAR** text, i
     return Guarded(QXUT_CONVERT_FAILED, [&] { return ToBSTR(PackedText(data, size, compress != 0, String()), text); });
 }
 
-int32_t UtilConvertStringToBLOB(const QXWCHAR* text, void* data, uint32_t size)
+std::int32_t UtilConvertStringToBLOB(const QXWCHAR* text, void* data, std::uint32_t size)
 {
     if (!text)
         return QXUT_CONVERT_NULL;
@@ -98,13 +99,14 @@ int32_t UtilConvertStringToBLOB(const QXWCHAR* text, void* data, uint32_t size)
         [&]
         {
             if (!data)
-                return static_cast<int32_t>(DataOfPackedText(text, String()).value_or(ByteBlock()).size());
-            const std::optional<size_t> count = UnpackTo(static_cast<unsigned char*>(data), size, text);
-            return count ? static_cast<int32_t>(*count) : QXUT_CONVERT_FAILED;
+                return static_cast<std::int32_t>(DataOfPackedText(text, String()).value_or(ByteBlock()).size());
+            const std::optional<std::size_t> count = UnpackTo(static_cast<unsigned char*>(data), size, text);
+            return count ? static_cast<std::int32_t>(*count) : QXUT_CONVERT_FAILED;
         });
 }
 
-int32_t UtilConvertStreamToString(IStream* stream, QXWCHAR* buffer, uint32_t bufferChars, int32_t compress)
+std::int32_t UtilConvertStreamToString(
+    IStream* stream, QXWCHAR* buffer, std::uint32_t bufferChars, std::int32_t compress)
 {
     if (!stream)
         return QXUT_CONVERT_NULL;
@@ -112,7 +114,7 @@ int32_t UtilConvertStreamToString(IStream* stream, QXWCHAR* buffer, uint32_t buf
         QXUT_CONVERT_FAILED, [&] { return ToBuffer(PackStream(stream, compress != 0), buffer, bufferChars); });
 }
 
-int32_t UtilConvertStreamToBSTR(IStream* stream, QXWCHAR** text, int32_t compress)
+std::int32_t UtilConvertStreamToBSTR(IStream* stream, QXWCHAR** text, std::int32_t compress)
 {
     if (!text)
         return QXUT_CONVERT_FAILED;
@@ -121,7 +123,7 @@ int32_t UtilConvertStreamToBSTR(IStream* stream, QXWCHAR** text, int32_t compres
     return Guarded(QXUT_CONVERT_FAILED, [&] { return ToBSTR(PackStream(stream, compress != 0), text); });
 }
 
-int32_t UtilConvertStringToStream(const QXWCHAR* text, IStream* stream)
+std::int32_t UtilConvertStringToStream(const QXWCHAR* text, IStream* stream)
 {
     if (!text || !stream)
         return QXUT_CONVERT_NULL;
@@ -134,7 +136,7 @@ int32_t UtilConvertStringToStream(const QXWCHAR* text, IStream* stream)
         });
 }
 
-int32_t UtilConvertHGLOBALToString(void* memory, QXWCHAR* buffer, uint32_t bufferChars, int32_t compress)
+std::int32_t UtilConvertHGLOBALToString(void* memory, QXWCHAR* buffer, std::uint32_t bufferChars, std::int32_t compress)
 {
     return Guarded(QXUT_CONVERT_FAILED,
         [&]
@@ -148,7 +150,7 @@ int32_t UtilConvertHGLOBALToString(void* memory, QXWCHAR* buffer, uint32_t buffe
         });
 }
 
-int32_t UtilConvertHGLOBALToBSTR(void* memory, QXWCHAR** text, int32_t compress)
+std::int32_t UtilConvertHGLOBALToBSTR(void* memory, QXWCHAR** text, std::int32_t compress)
 {
     if (!text)
         return QXUT_CONVERT_FAILED;
@@ -163,7 +165,7 @@ int32_t UtilConvertHGLOBALToBSTR(void* memory, QXWCHAR** text, int32_t compress)
         });
 }
 
-int32_t UtilConvertStringToHGLOBAL(const QXWCHAR* text, void** memory)
+std::int32_t UtilConvertStringToHGLOBAL(const QXWCHAR* text, void** memory)
 {
     if (!text || !memory)
         return QXUT_CONVERT_NULL;

@@ -8,6 +8,8 @@
 
 #include <oleauto.h>
 
+#include <cstdint>
+
 using namespace qx;
 
 namespace
@@ -52,7 +54,7 @@ void GiveCountryInfo(const String& name, std::uint32_t type, VARIANT* info)
 
 } // namespace
 
-int32_t UtilLocGetCountryList(QXWCHAR** list)
+std::int32_t UtilLocGetCountryList(QXWCHAR** list)
 {
     return Guarded(0,
         [&]
@@ -64,7 +66,7 @@ int32_t UtilLocGetCountryList(QXWCHAR** list)
         });
 }
 
-int32_t UtilLocGetCountryInfo(const QXWCHAR* name, uint32_t type, VARIANT* info)
+std::int32_t UtilLocGetCountryInfo(const QXWCHAR* name, std::uint32_t type, VARIANT* info)
 {
     if (!info)
         return QXUT_COUNTRY_NO_TYPE;
@@ -74,7 +76,7 @@ int32_t UtilLocGetCountryInfo(const QXWCHAR* name, uint32_t type, VARIANT* info)
     return Guarded(0, [&] { return GiveCountryInfo(name ? name : L"", type, info), 0; });
 }
 
-int32_t UtilLocGetLanguageInfo(const QXWCHAR* name, int32_t type, VARIANT* info)
+std::int32_t UtilLocGetLanguageInfo(const QXWCHAR* name, std::int32_t type, VARIANT* info)
 {
     if (!info)
         return QXUT_COUNTRY_NO_TYPE;

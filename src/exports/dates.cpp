@@ -8,15 +8,17 @@
 #include "locale/machine_date.h"
 #include "locale/time_zone.h"
 
+#include <cstdint>
+
 using namespace qx;
 
 namespace
 {
 
-constexpr int32_t kDone = 1;
-constexpr int32_t kFailed = 0;
+constexpr std::int32_t kDone = 1;
+constexpr std::int32_t kFailed = 0;
 
-void CopyCut(const String& text, QXWCHAR* buffer, uint32_t size)
+void CopyCut(const String& text, QXWCHAR* buffer, std::uint32_t size)
 {
     if (buffer == nullptr || size == 0)
         return;
@@ -26,26 +28,29 @@ void CopyCut(const String& text, QXWCHAR* buffer, uint32_t size)
 
 } // namespace
 
-int32_t UtilLocSystemTimeFromLocaleString(uint32_t locale, const QXWCHAR* text, SYSTEMTIME* time, uint32_t flags)
+std::int32_t UtilLocSystemTimeFromLocaleString(
+    std::uint32_t locale, const QXWCHAR* text, SYSTEMTIME* time, std::uint32_t flags)
 {
     if (time == nullptr)
         return 0;
     return Guarded(0, [&] { return ParseLocaleDate(locale, text, flags, *time); });
 }
 
-int32_t UtilLocLocaleStringFromSystemTime(uint32_t locale, const SYSTEMTIME* time, VARIANT* text)
+std::int32_t UtilLocLocaleStringFromSystemTime(std::uint32_t locale, const SYSTEMTIME* time, VARIANT* text)
 {
     return UtilLocLocaleStringFromSystemTimeEx(locale, time, text, QXUT_LOCTEXT_TIME | QXUT_LOCTEXT_DATE);
 }
 
-int32_t UtilLocLocaleStringFromSystemTimeEx(uint32_t locale, const SYSTEMTIME* time, VARIANT* text, uint32_t flags)
+std::int32_t UtilLocLocaleStringFromSystemTimeEx(
+    std::uint32_t locale, const SYSTEMTIME* time, VARIANT* text, std::uint32_t flags)
 {
     if (text != nullptr)
         Guarded([&] { clsVariant(LocaleDateText(locale, time, flags)).CopyTo(*text); });
     return 0;
 }
 
-int32_t UtilDateTimeFromLocaleString(const QXWCHAR* text, QXWCHAR* compact, uint32_t compactChars, uint32_t flags)
+std::int32_t UtilDateTimeFromLocaleString(
+    const QXWCHAR* text, QXWCHAR* compact, std::uint32_t compactChars, std::uint32_t flags)
 {
     CopyCut(String(), compact, compactChars);
     if (text == nullptr)
@@ -61,7 +66,7 @@ int32_t UtilDateTimeFromLocaleString(const QXWCHAR* text, QXWCHAR* compact, uint
         });
 }
 
-int32_t UtilDateTimeToLocaleString(const QXWCHAR* compact, QXWCHAR* text, uint32_t textChars)
+std::int32_t UtilDateTimeToLocaleString(const QXWCHAR* compact, QXWCHAR* text, std::uint32_t textChars)
 {
     return Guarded(kFailed,
         [&]
@@ -75,24 +80,24 @@ int32_t UtilDateTimeToLocaleString(const QXWCHAR* compact, QXWCHAR* text, uint32
         });
 }
 
-int32_t UtilLocDateTimeToSYSTEMTIME(const QXWCHAR* text, SYSTEMTIME* time)
+std::int32_t UtilLocDateTimeToSYSTEMTIME(const QXWCHAR* text, SYSTEMTIME* time)
 {
     if (time != nullptr)
         Guarded([&] { *time = ReadMachineDate(text); });
     return 0;
 }
 
-int32_t UtilLocConvertLocalTimeToUTCTime(SYSTEMTIME* time)
+std::int32_t UtilLocConvertLocalTimeToUTCTime(SYSTEMTIME* time)
 {
     return time == nullptr ? E_INVALIDARG : Guarded(E_INVALIDARG, [&] { return ConvertLocalTimeToUTC(*time); });
 }
 
-int32_t UtilLocConvertUTCTimeToLocalTime(SYSTEMTIME* time)
+std::int32_t UtilLocConvertUTCTimeToLocalTime(SYSTEMTIME* time)
 {
     return time == nullptr ? E_INVALIDARG : Guarded(E_INVALIDARG, [&] { return ConvertUTCToLocalTime(*time); });
 }
 
-int32_t UtilLocGetDSTStartAndEndInUTC(uint32_t year, SYSTEMTIME* start, SYSTEMTIME* end)
+std::int32_t UtilLocGetDSTStartAndEndInUTC(std::uint32_t year, SYSTEMTIME* start, SYSTEMTIME* end)
 {
     return Guarded(0,
         [&]

@@ -5,6 +5,8 @@
 #include "diag/debug_channels.h"
 #include "exports/guard.h"
 
+#include <cstdint>
+
 using namespace qx;
 
 void UtilDebug(const QXWCHAR* format, ...)
@@ -17,7 +19,7 @@ void UtilDebug(const QXWCHAR* format, ...)
     va_end(arguments);
 }
 
-void UtilDebugExt(const QXWCHAR* moduleTag, int32_t indentChange, const QXWCHAR* format, ...)
+void UtilDebugExt(const QXWCHAR* moduleTag, std::int32_t indentChange, const QXWCHAR* format, ...)
 {
     if (!UtilIsDebugActive())
         return;
@@ -27,7 +29,7 @@ void UtilDebugExt(const QXWCHAR* moduleTag, int32_t indentChange, const QXWCHAR*
     va_end(arguments);
 }
 
-void UtilDebugExtV(const QXWCHAR* moduleTag, int32_t indentChange, const QXWCHAR* format, va_list arguments)
+void UtilDebugExtV(const QXWCHAR* moduleTag, std::int32_t indentChange, const QXWCHAR* format, va_list arguments)
 {
     if (UtilIsDebugActive())
         DebugLineTagged(moduleTag, indentChange, format, arguments);
@@ -51,7 +53,7 @@ void UtilError(const QXWCHAR* where, const QXWCHAR* what)
         });
 }
 
-int32_t UtilGetFlags(void)
+std::int32_t UtilGetFlags(void)
 {
     return UtilIsDebugActive() ? 1 : 0;
 }

@@ -9,7 +9,7 @@
 namespace
 {
 
-constexpr qx::ModuleSteps steps = {
+constexpr qx::ModuleSteps kSteps = {
     .startChannels = &qx::StartDebugChannels,
     .closeChannels = &qx::CloseDebugChannels,
 };
@@ -19,12 +19,12 @@ constexpr qx::ModuleSteps steps = {
 extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID reserved)
 {
     if (reason == DLL_PROCESS_ATTACH)
-        qx::AttachModule(library, steps);
+        qx::AttachModule(library, kSteps);
     else if (reason == DLL_PROCESS_DETACH)
     {
         if (reserved)
             qx::SetProcessEnding();
-        qx::DetachModule(steps);
+        qx::DetachModule(kSteps);
         if (!reserved)
             qx::DropForeverObjects();
     }

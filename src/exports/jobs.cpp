@@ -4,12 +4,14 @@
 #include "exports/guard.h"
 #include "threads/port_job_dispatcher.h"
 
+#include <cstdint>
+
 using namespace qx;
 
 // The handle is the dispatcher itself.
 struct QxUtThreadPool
 {
-    QxUtThreadPool(uint32_t maximumWorkers, const QXWCHAR* name) : dispatcher(maximumWorkers, name) {}
+    QxUtThreadPool(std::uint32_t maximumWorkers, const QXWCHAR* name) : dispatcher(maximumWorkers, name) {}
 
     clsThreadedJobDispatcherUsingIoCompletionPort dispatcher;
 };
@@ -17,17 +19,17 @@ struct QxUtThreadPool
 static_assert(sizeof(QXHRESULT) == 4 && sizeof(QXULONG) == 4);
 static_assert(QXUT_E_INVALIDARG == E_INVALIDARG);
 
-HUTTHREADPOOL UtilThreadPoolOpen(uint32_t maximumWorkers, const QXWCHAR* name)
+HUTTHREADPOOL UtilThreadPoolOpen(std::uint32_t maximumWorkers, const QXWCHAR* name)
 {
     return Guarded(static_cast<HUTTHREADPOOL>(nullptr),
         [=] { return std::make_unique<QxUtThreadPool>(maximumWorkers, name).release(); });
 }
 
-int32_t UtilThreadPoolAdd(HUTTHREADPOOL pool, const QXWCHAR* name, IUnknown* job, IUTThreadedJobHost* host)
+std::int32_t UtilThreadPoolAdd(HUTTHREADPOOL pool, const QXWCHAR* name, IUnknown* job, IUTThreadedJobHost* host)
 {
     if (!pool)
         return QXUT_E_INVALIDARG;
-    return Guarded(static_cast<int32_t>(E_OUTOFMEMORY),
+    return Guarded(static_cast<std::int32_t>(E_OUTOFMEMORY),
         [=]
         {
             ThreadedJobs added;
@@ -37,11 +39,11 @@ int32_t UtilThreadPoolAdd(HUTTHREADPOOL pool, const QXWCHAR* name, IUnknown* job
         });
 }
 
-int32_t UtilThreadPoolAbort(HUTTHREADPOOL pool, int32_t group)
+std::int32_t UtilThreadPoolAbort(HUTTHREADPOOL pool, std::int32_t group)
 {
     if (!pool)
         return QXUT_E_INVALIDARG;
-    return Guarded(static_cast<int32_t>(E_FAIL),
+    return Guarded(static_cast<std::int32_t>(E_FAIL),
         [=]
         {
             pool->dispatcher.Abort(group);
@@ -49,11 +51,11 @@ int32_t UtilThreadPoolAbort(HUTTHREADPOOL pool, int32_t group)
         });
 }
 
-int32_t UtilThreadPoolFinalize(HUTTHREADPOOL pool, IUTThreadedJobHost* host)
+std::int32_t UtilThreadPoolFinalize(HUTTHREADPOOL pool, IUTThreadedJobHost* host)
 {
     if (!pool || !host)
         return QXUT_E_INVALIDARG;
-    return Guarded(static_cast<int32_t>(E_FAIL),
+    return Guarded(static_cast<std::int32_t>(E_FAIL),
         [=]
         {
             pool->dispatcher.Finalize(host);

@@ -6,6 +6,8 @@
 #include "markup/html_to_text.h"
 #include "markup/text_to_html.h"
 
+#include <cstdint>
+
 using namespace qx;
 
 namespace
@@ -31,12 +33,12 @@ void UtilDemaskAllHTMLCharacters(const QXWCHAR* text, QXWCHAR** result)
     Deliver(text, result, DemaskHtml);
 }
 
-void UtilConvertText2HTML(const QXWCHAR* text, QXWCHAR** result, uint32_t flags)
+void UtilConvertText2HTML(const QXWCHAR* text, QXWCHAR** result, std::uint32_t flags)
 {
     Deliver(text, result, [flags](const QXWCHAR* plain) { return TextToHtml(plain, flags != 0); });
 }
 
-void UtilConvertHtml2PlainText(const QXWCHAR* html, QXWCHAR** text, uint32_t flags)
+void UtilConvertHtml2PlainText(const QXWCHAR* html, QXWCHAR** text, std::uint32_t flags)
 {
     Deliver(html, text, [flags](const QXWCHAR* markup) { return HtmlToText(markup, flags != 0); });
 }

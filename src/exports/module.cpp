@@ -8,9 +8,11 @@
 
 #include <windows.h>
 
+#include <cstdint>
+
 using namespace qx;
 
-int32_t UtilGetVersion(int32_t which)
+std::int32_t UtilGetVersion(std::int32_t which)
 {
     switch (which)
     {
@@ -27,29 +29,29 @@ int32_t UtilGetVersion(int32_t which)
     }
 }
 
-int32_t UtilLanguageGet(void)
+std::int32_t UtilLanguageGet(void)
 {
     return Guarded(1, GetLanguage);
 }
 
-int32_t UtilLanguageSet(int32_t code)
+std::int32_t UtilLanguageSet(std::int32_t code)
 {
     return Guarded(ERROR_NOT_ENOUGH_MEMORY, [=] { return SetLanguage(code); });
 }
 
-void UtilAssert(const QXWCHAR* expression, const QXWCHAR* file, uint32_t line)
+void UtilAssert(const QXWCHAR* expression, const QXWCHAR* file, std::uint32_t line)
 {
     const bool goesOn = Guarded(false, [=] { return Assert(expression, file, line), true; });
     if (!goesOn) // nobody could be asked
         EndAfterAssertion();
 }
 
-int32_t UtilGetOSEnvironmentType(void)
+std::int32_t UtilGetOSEnvironmentType(void)
 {
-    return Guarded(QXUT_ENVIRONMENT_UNKNOWN, [] { return static_cast<int32_t>(GetOSEnvironmentType()); });
+    return Guarded(QXUT_ENVIRONMENT_UNKNOWN, [] { return static_cast<std::int32_t>(GetOSEnvironmentType()); });
 }
 
-int32_t UtilGetUIInteractionAllowed(void)
+std::int32_t UtilGetUIInteractionAllowed(void)
 {
-    return Guarded(0, [] { return static_cast<int32_t>(GetUIInteractionAllowed()); });
+    return Guarded(0, [] { return static_cast<std::int32_t>(GetUIInteractionAllowed()); });
 }

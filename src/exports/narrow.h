@@ -49,7 +49,7 @@ template <class T>
 constexpr bool kIsCallback = std::is_pointer_v<T>&& std::is_function_v<std::remove_pointer_t<T>>;
 
 // One place in the list of the narrow arguments.
-template <size_t Index, class Arguments>
+template <std::size_t Index, class Arguments>
 struct scArgumentPlace
 {
     const Arguments& all;
@@ -62,7 +62,7 @@ template <class T>
 class clsNarrowArgument
 {
 public:
-    template <size_t Index, class Arguments>
+    template <std::size_t Index, class Arguments>
     explicit clsNarrowArgument(scArgumentPlace<Index, Arguments> place) : _value(place.Value())
     {
     }
@@ -76,7 +76,7 @@ template <>
 class clsNarrowArgument<const wchar_t*>
 {
 public:
-    template <size_t Index, class Arguments>
+    template <std::size_t Index, class Arguments>
     explicit clsNarrowArgument(scArgumentPlace<Index, Arguments> place)
     {
         if (place.Value() != nullptr)
@@ -93,11 +93,11 @@ template <>
 class clsNarrowArgument<wchar_t*>
 {
 public:
-    template <size_t Index, class Arguments>
+    template <std::size_t Index, class Arguments>
     explicit clsNarrowArgument(scArgumentPlace<Index, Arguments> place)
     {
         if (place.Value() != nullptr && place.Following() > 0)
-            _buffer.emplace(place.Value(), static_cast<uint32_t>(place.Following()));
+            _buffer.emplace(place.Value(), static_cast<std::uint32_t>(place.Following()));
     }
     wchar_t* Wide() { return _buffer ? _buffer->WideBuffer() : nullptr; }
 
@@ -137,7 +137,7 @@ class clsNarrowArgument<Result (*)(Parameters...)>
     using NarrowCallback = typename NarrowType<WideCallback>::Type;
 
 public:
-    template <size_t Index, class Arguments>
+    template <std::size_t Index, class Arguments>
     explicit clsNarrowArgument(scArgumentPlace<Index, Arguments> place)
         : _callback(place.Value()),
           _context(place.Following())
@@ -146,7 +146,7 @@ public:
     WideCallback Wide() { return _callback != nullptr ? Forward : nullptr; }
 
 private:
-    static constexpr size_t kContext = sizeof...(Parameters) - 1;
+    static constexpr std::size_t kContext = sizeof...(Parameters) - 1;
 
     static Result Forward(Parameters... parameters)
     {
@@ -155,7 +155,7 @@ private:
         return self->CallNarrow(std::make_index_sequence<kContext>(), all);
     }
 
-    template <size_t... Indices>
+    template <std::size_t... Indices>
     Result CallNarrow(std::index_sequence<Indices...>, const std::tuple<Parameters&...>& all)
     {
         return _callback(
@@ -187,14 +187,14 @@ struct NarrowForm<Wide, Failed>
 private:
     using Holders = std::tuple<clsNarrowArgument<Parameters>...>;
 
-    template <size_t... Indices, class Arguments>
+    template <std::size_t... Indices, class Arguments>
     static Result CallWide(std::index_sequence<Indices...>, const Arguments& narrow)
     {
         Holders holders(scArgumentPlace<Indices, Arguments>{narrow}...);
         return Wide(WideArgument<Indices>(holders)...);
     }
 
-    template <size_t Index>
+    template <std::size_t Index>
     static auto WideArgument(Holders& holders)
     {
         if constexpr (Index > 0)

@@ -9,13 +9,14 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 
 using namespace qx;
 
 namespace
 {
 
-constexpr std::uint32_t longNameLength = 13; // longer than eight, dot and three
+constexpr std::uint32_t kLongNameLength = 13; // longer than eight, dot and three
 
 // A part that nobody wants has no size either.
 std::size_t SizeOf(const QXWCHAR* buffer, std::size_t size)
@@ -29,7 +30,7 @@ std::uint32_t FlagsOf(const FileSystemInfo& info)
     flags |= info.caseSensitive ? QXUT_FS_CASE_SENSITIVE : 0;
     flags |= info.casePreserved ? QXUT_FS_CASE_PRESERVED : 0;
     flags |= info.unicode ? QXUT_FS_UNICODE : 0;
-    flags |= info.maxNameLength >= longNameLength ? QXUT_FS_LONG_NAMES : 0;
+    flags |= info.maxNameLength >= kLongNameLength ? QXUT_FS_LONG_NAMES : 0;
     flags |= info.compressed ? QXUT_FS_COMPRESSED : 0;
     return flags;
 }
@@ -38,7 +39,8 @@ std::uint32_t FlagsOf(const FileSystemInfo& info)
 
 static_assert(sizeof(QXUTFSINFO) == 20);
 
-int32_t UtilSplitpath(const QXWCHAR* path, QXWCHAR* drive, QXWCHAR* directory, QXWCHAR* fileName, QXWCHAR* extension)
+std::int32_t UtilSplitpath(
+    const QXWCHAR* path, QXWCHAR* drive, QXWCHAR* directory, QXWCHAR* fileName, QXWCHAR* extension)
 {
     for (QXWCHAR* part : {drive, directory, fileName, extension})
         if (part)
@@ -49,7 +51,7 @@ int32_t UtilSplitpath(const QXWCHAR* path, QXWCHAR* drive, QXWCHAR* directory, Q
         fileName, SizeOf(fileName, QXUT_PATH_PART), extension, SizeOf(extension, QXUT_PATH_PART));
 }
 
-int32_t UtilMergepath(
+std::int32_t UtilMergepath(
     QXWCHAR* path, const QXWCHAR* drive, const QXWCHAR* directory, const QXWCHAR* fileName, const QXWCHAR* extension)
 {
     return path ? _wmakepath_s(path, QXUT_PATH_LENGTH, drive, directory, fileName, extension) : EINVAL;
@@ -63,7 +65,7 @@ QXWCHAR* UtilFullpath(const QXWCHAR* path, QXWCHAR* buffer, std::size_t size)
     return Guarded(static_cast<QXWCHAR*>(nullptr), [=] { return _wfullpath(buffer, path, size); });
 }
 
-uint32_t UtilGetFSInfo(const QXWCHAR* root, QXUTFSINFO* info)
+std::uint32_t UtilGetFSInfo(const QXWCHAR* root, QXUTFSINFO* info)
 {
     if (!info || info->size != sizeof(QXUTFSINFO))
         return QXUT_FS_BAD_SIZE;
@@ -75,7 +77,7 @@ uint32_t UtilGetFSInfo(const QXWCHAR* root, QXUTFSINFO* info)
     return info->flags;
 }
 
-int32_t UtilExpandDefaultTokensOfFolderPath(const QXWCHAR* path, QXWCHAR** out)
+std::int32_t UtilExpandDefaultTokensOfFolderPath(const QXWCHAR* path, QXWCHAR** out)
 {
     if (!path)
         return 0;

@@ -9,6 +9,7 @@
 #include "prof/path.h"
 #include "prof/values.h"
 
+#include <cstdint>
 #include <cwchar>
 #include <memory>
 #include <string_view>
@@ -61,7 +62,7 @@ HPROFJOB ProfJobOpenStream(IStream* stream)
     return OpenJob([stream](clsProfJob& job) { job.OpenStream(stream); }, ProfMode::Hold);
 }
 
-HPROFJOB ProfJobOpenStreamObjectW(IStream* stream, const wchar_t* name, uint32_t level)
+HPROFJOB ProfJobOpenStreamObjectW(IStream* stream, const wchar_t* name, std::uint32_t level)
 {
     return OpenJob([stream](clsProfJob& job) { job.OpenStream(stream); }, ProfMode::Hold,
         std::wstring_view(name != nullptr ? name : L""), level);
@@ -84,45 +85,45 @@ void ProfJobClose(HPROFJOB job)
         JobOf(job)->Release();
 }
 
-int32_t ProfGetError(HPROFJOB job)
+std::int32_t ProfGetError(HPROFJOB job)
 {
     return job == kInvalidJob ? kProfInvalidJob : JobOf(job)->Error();
 }
 
-int32_t ProfSaveW(HPROFJOB job, const wchar_t* name, int32_t flags)
+std::int32_t ProfSaveW(HPROFJOB job, const wchar_t* name, std::int32_t flags)
 {
     if (job == kInvalidJob)
         return kProfOk;
-    return Guarded(
-        int32_t{kProfCannotWrite}, [&] { return int32_t{JobOf(job)->Save(name, static_cast<unsigned>(flags))}; });
+    return Guarded(std::int32_t{kProfCannotWrite},
+        [&] { return std::int32_t{JobOf(job)->Save(name, static_cast<unsigned>(flags))}; });
 }
 
-int32_t ProfSaveToStream(HPROFJOB job, IStream* stream, int32_t flags)
+std::int32_t ProfSaveToStream(HPROFJOB job, IStream* stream, std::int32_t flags)
 {
     if (job == kInvalidJob)
         return kProfOk;
-    return Guarded(int32_t{kProfWriteFailed},
-        [&] { return int32_t{JobOf(job)->Serialise(stream, static_cast<unsigned>(flags))}; });
+    return Guarded(std::int32_t{kProfWriteFailed},
+        [&] { return std::int32_t{JobOf(job)->Serialise(stream, static_cast<unsigned>(flags))}; });
 }
 
-int32_t ProfSaveToClipboard(HPROFJOB job, void* window, int32_t flags)
+std::int32_t ProfSaveToClipboard(HPROFJOB job, void* window, std::int32_t flags)
 {
     if (job == kInvalidJob)
         return kProfOk;
-    return Guarded(int32_t{kProfStopped},
-        [&] { return int32_t{JobOf(job)->SaveToClipboard(static_cast<HWND>(window), static_cast<unsigned>(flags))}; });
+    return Guarded(std::int32_t{kProfStopped}, [&]
+        { return std::int32_t{JobOf(job)->SaveToClipboard(static_cast<HWND>(window), static_cast<unsigned>(flags))}; });
 }
 
-int32_t ProfIsClipboardDataAvailable()
+std::int32_t ProfIsClipboardDataAvailable()
 {
-    return Guarded(int32_t{0}, [] { return int32_t{IsProfileOnClipboard()}; });
+    return Guarded(std::int32_t{0}, [] { return std::int32_t{IsProfileOnClipboard()}; });
 }
 
-int32_t ProfGetVersion(int32_t which)
+std::int32_t ProfGetVersion(std::int32_t which)
 {
-    constexpr int32_t kMajor = 23;
-    constexpr int32_t kMinor = 2;
-    constexpr int32_t kVersion = 5890;
+    constexpr std::int32_t kMajor = 23;
+    constexpr std::int32_t kMinor = 2;
+    constexpr std::int32_t kVersion = 5890;
     switch (which)
     {
     case 0:
@@ -136,15 +137,15 @@ int32_t ProfGetVersion(int32_t which)
     }
 }
 
-int32_t ProfDebugList(HPROFJOB job, HPROFLIST list)
+std::int32_t ProfDebugList(HPROFJOB job, HPROFLIST list)
 {
     if (job == kInvalidJob)
         return kProfInvalidJob;
-    return Guarded(int32_t{kProfStopped},
+    return Guarded(std::int32_t{kProfStopped},
         [&]
         {
             WriteDebugList(ListOf(job, list));
-            return int32_t{kProfOk};
+            return std::int32_t{kProfOk};
         });
 }
 
@@ -200,11 +201,11 @@ void ProfDeleteItemW(HPROFJOB job, HPROFLIST list, const wchar_t* path)
 }
 
 // The walk is a step ahead of the callback, which may remove the entry that it was given.
-int32_t ProfEnumW(HPROFJOB job, HPROFLIST list, ProfEnumCallbackW callback, void* context)
+std::int32_t ProfEnumW(HPROFJOB job, HPROFLIST list, ProfEnumCallbackW callback, void* context)
 {
     if (job == kInvalidJob || callback == nullptr)
         return 0;
-    return Guarded(int32_t{0},
+    return Guarded(std::int32_t{0},
         [&]
         {
             for (WCValSListIter next(ListOf(job, list)); next;)
@@ -217,22 +218,22 @@ int32_t ProfEnumW(HPROFJOB job, HPROFLIST list, ProfEnumCallbackW callback, void
         });
 }
 
-int32_t ProfCopyList(HPROFJOB targetJob, HPROFLIST targetList, HPROFJOB sourceJob, HPROFLIST sourceList)
+std::int32_t ProfCopyList(HPROFJOB targetJob, HPROFLIST targetList, HPROFJOB sourceJob, HPROFLIST sourceList)
 {
     if (targetJob == kInvalidJob || sourceJob == kInvalidJob)
         return kProfInvalidJob;
-    return Guarded(int32_t{kProfStopped},
+    return Guarded(std::int32_t{kProfStopped},
         [&]
         {
             JobOf(targetJob)->CopyItems(ListOf(targetJob, targetList), ListOf(sourceJob, sourceList));
-            return int32_t{kProfOk};
+            return std::int32_t{kProfOk};
         });
 }
 
 // ---- Values
 
-int32_t ProfGetStringW(
-    HPROFJOB job, HPROFLIST list, const wchar_t* path, wchar_t* buffer, int32_t size, const wchar_t* defaultValue)
+std::int32_t ProfGetStringW(
+    HPROFJOB job, HPROFLIST list, const wchar_t* path, wchar_t* buffer, std::int32_t size, const wchar_t* defaultValue)
 {
     if (buffer != defaultValue)
         CopyToBuffer(defaultValue != nullptr ? defaultValue : L"", buffer, size);
@@ -242,15 +243,15 @@ int32_t ProfGetStringW(
     if (leaf == nullptr)
         return kProfNoLeaf;
     CopyToBuffer(leaf->Value(), buffer, size);
-    return static_cast<int32_t>(leaf->Value().size());
+    return static_cast<std::int32_t>(leaf->Value().size());
 }
 
-int32_t ProfGetStringLengthW(HPROFJOB job, HPROFLIST list, const wchar_t* path)
+std::int32_t ProfGetStringLengthW(HPROFJOB job, HPROFLIST list, const wchar_t* path)
 {
     if (job == kInvalidJob)
         return 0;
     const clsItem* leaf = FindLeafByPath(ListOf(job, list), path);
-    return leaf != nullptr ? static_cast<int32_t>(leaf->Value().size()) : int32_t{kProfNoLeaf};
+    return leaf != nullptr ? static_cast<std::int32_t>(leaf->Value().size()) : std::int32_t{kProfNoLeaf};
 }
 
 void ProfSetStringW(HPROFJOB job, HPROFLIST list, const wchar_t* path, const wchar_t* value)

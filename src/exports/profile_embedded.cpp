@@ -12,6 +12,8 @@
 
 #include <objidl.h>
 
+#include <cstdint>
+
 using namespace qx;
 
 namespace
@@ -27,7 +29,7 @@ public:
         if (stream == nullptr || FAILED(stream->Seek(LARGE_INTEGER{}, STREAM_SEEK_CUR, &position)))
             return;
         AttachStream(stream);
-        clsFile::Seek(static_cast<int64_t>(position.QuadPart));
+        clsFile::Seek(static_cast<std::int64_t>(position.QuadPart));
     }
 };
 
@@ -62,41 +64,41 @@ void ProfAppendStreamW(HPROFJOB job, HPROFLIST list, const wchar_t* path, const 
         });
 }
 
-int32_t ProfGetFileW(HPROFJOB job, HPROFLIST list, const wchar_t* path, const wchar_t* key, void* fileHandle)
+std::int32_t ProfGetFileW(HPROFJOB job, HPROFLIST list, const wchar_t* path, const wchar_t* key, void* fileHandle)
 {
-    return Guarded(int32_t{kProfStopped},
+    return Guarded(std::int32_t{kProfStopped},
         [&]
         {
             clsFileRW target(fileHandle);
-            return job == kInvalidJob ? int32_t{kProfOk}
-                                      : int32_t{UnpackLeafByPath(ListOf(job, list), path, key, target)};
+            return job == kInvalidJob ? std::int32_t{kProfOk}
+                                      : std::int32_t{UnpackLeafByPath(ListOf(job, list), path, key, target)};
         });
 }
 
-int32_t ProfGetStreamW(HPROFJOB job, HPROFLIST list, const wchar_t* path, const wchar_t* key, IStream* stream)
+std::int32_t ProfGetStreamW(HPROFJOB job, HPROFLIST list, const wchar_t* path, const wchar_t* key, IStream* stream)
 {
     if (job == kInvalidJob)
         return kProfOk;
-    return Guarded(int32_t{kProfStopped},
+    return Guarded(std::int32_t{kProfStopped},
         [&]
         {
             clsFileRW target(stream);
-            return int32_t{UnpackLeafByPath(ListOf(job, list), path, key, target)};
+            return std::int32_t{UnpackLeafByPath(ListOf(job, list), path, key, target)};
         });
 }
 
-int32_t ProfAppendFilesW(HPROFJOB job, HPROFLIST list, const wchar_t* pattern, const wchar_t* key)
+std::int32_t ProfAppendFilesW(HPROFJOB job, HPROFLIST list, const wchar_t* pattern, const wchar_t* key)
 {
     if (job == kInvalidJob)
         return 0;
-    return Guarded(int32_t{kProfStopped}, [&] { return AppendFiles(ListOf(job, list), pattern, key); });
+    return Guarded(std::int32_t{kProfStopped}, [&] { return AppendFiles(ListOf(job, list), pattern, key); });
 }
 
-int32_t ProfExtractFilesW(HPROFJOB job, HPROFLIST list, const wchar_t* directory, const wchar_t* key)
+std::int32_t ProfExtractFilesW(HPROFJOB job, HPROFLIST list, const wchar_t* directory, const wchar_t* key)
 {
     if (job == kInvalidJob)
         return 0;
-    return Guarded(int32_t{kProfStopped}, [&] { return ExtractFiles(ListOf(job, list), directory, key); });
+    return Guarded(std::int32_t{kProfStopped}, [&] { return ExtractFiles(ListOf(job, list), directory, key); });
 }
 
 void ProfAppendFileA(HPROFJOB job, HPROFLIST list, const char* path, const char* key, void* fileHandle)
@@ -109,22 +111,22 @@ void ProfAppendStreamA(HPROFJOB job, HPROFLIST list, const char* path, const cha
     NarrowForm<ProfAppendStreamW>::Call(job, list, path, key, stream);
 }
 
-int32_t ProfGetFileA(HPROFJOB job, HPROFLIST list, const char* path, const char* key, void* fileHandle)
+std::int32_t ProfGetFileA(HPROFJOB job, HPROFLIST list, const char* path, const char* key, void* fileHandle)
 {
     return NarrowForm<ProfGetFileW, PROF_ERR_STOPPED>::Call(job, list, path, key, fileHandle);
 }
 
-int32_t ProfGetStreamA(HPROFJOB job, HPROFLIST list, const char* path, const char* key, IStream* stream)
+std::int32_t ProfGetStreamA(HPROFJOB job, HPROFLIST list, const char* path, const char* key, IStream* stream)
 {
     return NarrowForm<ProfGetStreamW, PROF_ERR_STOPPED>::Call(job, list, path, key, stream);
 }
 
-int32_t ProfAppendFilesA(HPROFJOB job, HPROFLIST list, const char* pattern, const char* key)
+std::int32_t ProfAppendFilesA(HPROFJOB job, HPROFLIST list, const char* pattern, const char* key)
 {
     return NarrowForm<ProfAppendFilesW, PROF_ERR_STOPPED>::Call(job, list, pattern, key);
 }
 
-int32_t ProfExtractFilesA(HPROFJOB job, HPROFLIST list, const char* directory, const char* key)
+std::int32_t ProfExtractFilesA(HPROFJOB job, HPROFLIST list, const char* directory, const char* key)
 {
     return NarrowForm<ProfExtractFilesW, PROF_ERR_STOPPED>::Call(job, list, directory, key);
 }

@@ -3,6 +3,8 @@
 
 #include "exports/narrow.h"
 
+#include <cstdint>
+
 using qx::NarrowForm;
 
 HPROFJOB ProfJobOpenA(const char* name)
@@ -15,12 +17,12 @@ HPROFJOB ProfJobOpenExclusiveA(const char* name)
     return NarrowForm<ProfJobOpenExclusiveW>::Call(name);
 }
 
-HPROFJOB ProfJobOpenStreamObjectA(IStream* stream, const char* name, uint32_t level)
+HPROFJOB ProfJobOpenStreamObjectA(IStream* stream, const char* name, std::uint32_t level)
 {
     return NarrowForm<ProfJobOpenStreamObjectW>::Call(stream, name, level);
 }
 
-int32_t ProfSaveA(HPROFJOB job, const char* name, int32_t flags)
+std::int32_t ProfSaveA(HPROFJOB job, const char* name, std::int32_t flags)
 {
     return NarrowForm<ProfSaveW, PROF_ERR_CANNOT_WRITE>::Call(job, name, flags);
 }
@@ -50,18 +52,18 @@ void ProfDeleteItemA(HPROFJOB job, HPROFLIST list, const char* path)
     NarrowForm<ProfDeleteItemW>::Call(job, list, path);
 }
 
-int32_t ProfEnumA(HPROFJOB job, HPROFLIST list, ProfEnumCallbackA callback, void* context)
+std::int32_t ProfEnumA(HPROFJOB job, HPROFLIST list, ProfEnumCallbackA callback, void* context)
 {
     return NarrowForm<ProfEnumW, 0>::Call(job, list, callback, context);
 }
 
-int32_t ProfGetStringA(
-    HPROFJOB job, HPROFLIST list, const char* path, char* buffer, int32_t size, const char* defaultValue)
+std::int32_t ProfGetStringA(
+    HPROFJOB job, HPROFLIST list, const char* path, char* buffer, std::int32_t size, const char* defaultValue)
 {
     return NarrowForm<ProfGetStringW, PROF_ERR_STOPPED>::Call(job, list, path, buffer, size, defaultValue);
 }
 
-int32_t ProfGetStringLengthA(HPROFJOB job, HPROFLIST list, const char* path)
+std::int32_t ProfGetStringLengthA(HPROFJOB job, HPROFLIST list, const char* path)
 {
     return NarrowForm<ProfGetStringLengthW, PROF_ERR_STOPPED>::Call(job, list, path);
 }

@@ -8,6 +8,7 @@
 #include "prof/typed_variant.h"
 
 #include <bit>
+#include <cstdint>
 #include <string_view>
 
 using namespace qx;
@@ -30,21 +31,22 @@ void SetValue(HPROFJOB job, HPROFLIST list, const wchar_t* path, const scTypedFo
 }
 
 template <class T>
-int32_t GetValue(HPROFJOB job, HPROFLIST list, const wchar_t* path, const scTypedForm<T>& form, T& result)
+std::int32_t GetValue(HPROFJOB job, HPROFLIST list, const wchar_t* path, const scTypedForm<T>& form, T& result)
 {
     if (job == kInvalidJob)
         return kProfNoLeaf;
-    return Guarded(int32_t{kProfStopped}, [&] { return int32_t{GetTyped(ListOf(job, list), path, form, result)}; });
+    return Guarded(
+        std::int32_t{kProfStopped}, [&] { return std::int32_t{GetTyped(ListOf(job, list), path, form, result)}; });
 }
 
 // What the caller passes: numbers as they are, structures by address.
 
 template <class T>
-int32_t GetValue(
+std::int32_t GetValue(
     HPROFJOB job, HPROFLIST list, const wchar_t* path, const scTypedForm<T>& form, T* result, T defaultValue)
 {
     T value = result != nullptr ? *result : T{};
-    const int32_t code = GetValue(job, list, path, form, value);
+    const std::int32_t code = GetValue(job, list, path, form, value);
     if (result != nullptr)
         *result = code == kProfNoLeaf ? defaultValue : value;
     return code;
@@ -65,11 +67,11 @@ void SetValue(HPROFJOB job, HPROFLIST list, const wchar_t* path, const scTypedFo
 }
 
 template <class T, class Structure>
-int32_t GetValue(HPROFJOB job, HPROFLIST list, const wchar_t* path, const scTypedForm<T>& form, Structure* result,
+std::int32_t GetValue(HPROFJOB job, HPROFLIST list, const wchar_t* path, const scTypedForm<T>& form, Structure* result,
     const Structure* defaultValue)
 {
     T value = result != nullptr ? std::bit_cast<T>(*result) : T{};
-    const int32_t code = GetValue(job, list, path, form, value);
+    const std::int32_t code = GetValue(job, list, path, form, value);
     if (code == kProfNoLeaf && defaultValue != nullptr)
         value = std::bit_cast<T>(*defaultValue);
     if (result != nullptr)
@@ -117,11 +119,13 @@ void ReadText(
     QX_WRITER(Set, type, Argument, form)
 
 #define QX_READER(type, Result, Default, form)                                                                         \
-    int32_t ProfGet##type##W(HPROFJOB job, HPROFLIST list, const wchar_t* path, Result* result, Default defaultValue)  \
+    std::int32_t ProfGet##type##W(                                                                                     \
+        HPROFJOB job, HPROFLIST list, const wchar_t* path, Result* result, Default defaultValue)                       \
     {                                                                                                                  \
         return GetValue(job, list, path, form, result, defaultValue);                                                  \
     }                                                                                                                  \
-    int32_t ProfGet##type##A(HPROFJOB job, HPROFLIST list, const char* path, Result* result, Default defaultValue)     \
+    std::int32_t ProfGet##type##A(                                                                                     \
+        HPROFJOB job, HPROFLIST list, const char* path, Result* result, Default defaultValue)                          \
     {                                                                                                                  \
         return NarrowForm<ProfGet##type##W, PROF_ERR_STOPPED>::Call(job, list, path, result, defaultValue);            \
     }
@@ -144,21 +148,21 @@ void ReadText(
         NarrowForm<ProfLPSTRto##type##W>::Call(text, result, defaultValue);                                            \
     }
 
-QX_NUMBER(Bool, int32_t)
-QX_NUMBER(Colorref, uint32_t)
+QX_NUMBER(Bool, std::int32_t)
+QX_NUMBER(Colorref, std::uint32_t)
 QX_NUMBER(Double, double)
-QX_NUMBER(Int, int32_t)
-QX_NUMBER(Int64, int64_t)
+QX_NUMBER(Int, std::int32_t)
+QX_NUMBER(Int64, std::int64_t)
 QX_STRUCTURE(Point, ProfPoint)
 QX_STRUCTURE(Rect, ProfRect)
 QX_STRUCTURE(RectLTWH, ProfRect)
-QX_WRITERS(IntHex, int32_t, kProfIntHex)
-QX_WRITERS(Int64Hex, int64_t, kProfInt64Hex)
+QX_WRITERS(IntHex, std::int32_t, kProfIntHex)
+QX_WRITERS(Int64Hex, std::int64_t, kProfInt64Hex)
 
-QX_TEXT_READER(BOOL, int32_t, int32_t, ReadFlagText)
-QX_TEXT_READER(COLORREF, uint32_t, uint32_t, kProfColorref.read)
-QX_TEXT_READER(INT, int32_t, int32_t, ReadDecimalText)
-QX_TEXT_READER(INT64, int64_t, int64_t, ReadDecimalText)
+QX_TEXT_READER(BOOL, std::int32_t, std::int32_t, ReadFlagText)
+QX_TEXT_READER(COLORREF, std::uint32_t, std::uint32_t, kProfColorref.read)
+QX_TEXT_READER(INT, std::int32_t, std::int32_t, ReadDecimalText)
+QX_TEXT_READER(INT64, std::int64_t, std::int64_t, ReadDecimalText)
 QX_TEXT_READER(RECT, ProfRect, const ProfRect*, kProfRect.read)
 
 // ---- Variants
@@ -175,11 +179,12 @@ void ProfSetVariant(HPROFJOB job, HPROFLIST list, const wchar_t* path, const VAR
         Guarded([&] { ProfSetStringW(job, list, path, VariantToText(*value)); });
 }
 
-int32_t ProfGetVariant(HPROFJOB job, HPROFLIST list, const wchar_t* path, VARIANT* value, const VARIANT* defaultValue)
+std::int32_t ProfGetVariant(
+    HPROFJOB job, HPROFLIST list, const wchar_t* path, VARIANT* value, const VARIANT* defaultValue)
 {
     if (value == nullptr || job == kInvalidJob)
         return kProfOk;
-    return Guarded(int32_t{kProfStopped},
+    return Guarded(std::int32_t{kProfStopped},
         [&]
         {
             const clsItem* const leaf = FindLeafByPath(ListOf(job, list), path);
@@ -187,20 +192,20 @@ int32_t ProfGetVariant(HPROFJOB job, HPROFLIST list, const wchar_t* path, VARIAN
                 VariantFromText(leaf->Value(), *value);
             else if (defaultValue != nullptr)
                 VariantCopyInd(value, const_cast<VARIANT*>(defaultValue));
-            return int32_t{leaf != nullptr ? kProfOk : kProfNoLeaf};
+            return std::int32_t{leaf != nullptr ? kProfOk : kProfNoLeaf};
         });
 }
 
-int32_t ProfGetVariantFromContents(const wchar_t* text, VARIANT* value)
+std::int32_t ProfGetVariantFromContents(const wchar_t* text, VARIANT* value)
 {
     if (text == nullptr)
         return kProfNotOfThisType;
     if (value == nullptr)
         return kProfOk;
-    return Guarded(int32_t{kProfStopped},
+    return Guarded(std::int32_t{kProfStopped},
         [&]
         {
             VariantFromText(text, *value);
-            return int32_t{kProfOk};
+            return std::int32_t{kProfOk};
         });
 }

@@ -10,6 +10,7 @@
 #include <wchar.h>
 
 #include <cstdarg>
+#include <cstdint>
 #include <cstring>
 
 using namespace qx;
@@ -25,14 +26,14 @@ const wchar_t* Readable(const wchar_t* text)
 
 } // namespace
 
-size_t UtilStrlen(const QXWCHAR* text)
+std::size_t UtilStrlen(const QXWCHAR* text)
 {
     return Guarded(0, [&] { return TextLength(text); });
 }
 
-uint32_t UtilSafeStrlen(const void*, const QXWCHAR* text)
+std::uint32_t UtilSafeStrlen(const void*, const QXWCHAR* text)
 {
-    return Guarded(0, [&] { return static_cast<uint32_t>(TextLength(text)); });
+    return Guarded(0, [&] { return static_cast<std::uint32_t>(TextLength(text)); });
 }
 
 QXWCHAR* UtilStrcpy(QXWCHAR* target, const QXWCHAR* source)
@@ -47,7 +48,7 @@ QXWCHAR* UtilStrcat(QXWCHAR* target, const QXWCHAR* source)
     return target;
 }
 
-QXWCHAR* UtilStrncpy(QXWCHAR* target, const QXWCHAR* source, size_t size)
+QXWCHAR* UtilStrncpy(QXWCHAR* target, const QXWCHAR* source, std::size_t size)
 {
     Guarded([&] { CopyTextBounded(target, source, size); });
     return target;
@@ -63,12 +64,12 @@ int UtilStricmp(const QXWCHAR* a, const QXWCHAR* b)
     return Guarded(0, [&] { return _wcsicmp(Readable(a), Readable(b)); });
 }
 
-int UtilStrncmp(const QXWCHAR* a, const QXWCHAR* b, size_t count)
+int UtilStrncmp(const QXWCHAR* a, const QXWCHAR* b, std::size_t count)
 {
     return Guarded(0, [&] { return wcsncmp(Readable(a), Readable(b), count); });
 }
 
-int UtilStrnicmp(const QXWCHAR* a, const QXWCHAR* b, size_t count)
+int UtilStrnicmp(const QXWCHAR* a, const QXWCHAR* b, std::size_t count)
 {
     return Guarded(0, [&] { return _wcsnicmp(Readable(a), Readable(b), count); });
 }
@@ -88,7 +89,7 @@ QXWCHAR* UtilStrstr(const QXWCHAR* text, const QXWCHAR* part)
     return Guarded(nullptr, [&] { return text ? const_cast<QXWCHAR*>(wcsstr(text, Readable(part))) : nullptr; });
 }
 
-void* UtilMemcpy(void* target, const void* source, size_t count)
+void* UtilMemcpy(void* target, const void* source, std::size_t count)
 {
     Guarded(
         [&]
@@ -99,7 +100,7 @@ void* UtilMemcpy(void* target, const void* source, size_t count)
     return target;
 }
 
-void* UtilMemset(void* target, int value, size_t count)
+void* UtilMemset(void* target, int value, std::size_t count)
 {
     Guarded(
         [&]
@@ -133,19 +134,19 @@ QXWCHAR* UtilAtrim(QXWCHAR* text)
     return text;
 }
 
-QXWCHAR* UtilStuff(QXWCHAR* text, int32_t pos, int32_t count, const QXWCHAR* insert)
+QXWCHAR* UtilStuff(QXWCHAR* text, std::int32_t pos, std::int32_t count, const QXWCHAR* insert)
 {
     Guarded([&] { ReplaceInText(text, pos, count, insert); });
     return text;
 }
 
-QXWCHAR* UtilSubstr(QXWCHAR* text, int32_t pos, int32_t count)
+QXWCHAR* UtilSubstr(QXWCHAR* text, std::int32_t pos, std::int32_t count)
 {
     Guarded([&] { KeepPartOfText(text, pos, count); });
     return text;
 }
 
-int UtilSafeSprintf(QXWCHAR* buffer, size_t size, const QXWCHAR* format, ...)
+int UtilSafeSprintf(QXWCHAR* buffer, std::size_t size, const QXWCHAR* format, ...)
 {
     va_list arguments;
     va_start(arguments, format);

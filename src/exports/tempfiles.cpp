@@ -5,6 +5,8 @@
 #include "files/temp_files.h"
 #include "threads/temp_file_manager.h"
 
+#include <cstdint>
+
 using namespace qx;
 
 void UtilTempFileMgrOpen()
@@ -23,7 +25,8 @@ void UtilTempFileMgrAdd(const QXWCHAR* fileName)
         Guarded([=] { AddTempFile(fileName); });
 }
 
-int32_t UtilTempFileMgrCreateFile(const QXWCHAR* prefix, const QXWCHAR* extension, uint32_t flags, QXWCHAR** fileName)
+std::int32_t UtilTempFileMgrCreateFile(
+    const QXWCHAR* prefix, const QXWCHAR* extension, std::uint32_t flags, QXWCHAR** fileName)
 {
     if (!prefix || !extension || !fileName)
         return 0;
@@ -31,7 +34,7 @@ int32_t UtilTempFileMgrCreateFile(const QXWCHAR* prefix, const QXWCHAR* extensio
         [=]
         {
             const bool longNames = (flags & QXUT_TEMPFILE_LONG_PATH) != 0;
-            MakeTempFile(tempSubfolder, prefix, extension, longNames, nullptr).ToBSTR(fileName);
+            MakeTempFile(kTempSubfolder, prefix, extension, longNames, nullptr).ToBSTR(fileName);
             return 1;
         });
 }

@@ -5,6 +5,7 @@
 #include "zip/unzipper.h"
 #include "zip/zip_file.h"
 
+#include <cstdint>
 #include <memory>
 
 using namespace qx;
@@ -33,13 +34,13 @@ HZIPFILE UtilZIPCreate(const QXWCHAR* fileName, const QXWCHAR* comment)
         });
 }
 
-int32_t UtilZIPAppend(HZIPFILE zip, const QXWCHAR* path, const QXWCHAR* comment, const QXWCHAR* storedName)
+std::int32_t UtilZIPAppend(HZIPFILE zip, const QXWCHAR* path, const QXWCHAR* comment, const QXWCHAR* storedName)
 {
     return Guarded(clsZIPFile::kCannotStore,
         [&] { return zip ? FileOf(zip)->AddFile(path, storedName, comment) : clsZIPFile::kOk; });
 }
 
-int32_t UtilZIPAppendList(HZIPFILE zip, const QXWCHAR* folder, const QXWCHAR* pattern, uint32_t flags)
+std::int32_t UtilZIPAppendList(HZIPFILE zip, const QXWCHAR* folder, const QXWCHAR* pattern, std::uint32_t flags)
 {
     Guarded(
         [&]
@@ -50,14 +51,14 @@ int32_t UtilZIPAppendList(HZIPFILE zip, const QXWCHAR* folder, const QXWCHAR* pa
     return QXUT_ZIP_OK;
 }
 
-int32_t UtilZIPClose(HZIPFILE zip)
+std::int32_t UtilZIPClose(HZIPFILE zip)
 {
     const std::unique_ptr<clsZIPFile> file(FileOf(zip));
     return Guarded(clsZIPFile::kCannotWrite, [&] { return file ? file->Close() : clsZIPFile::kOk; });
 }
 
 // The one function that lets exceptions through.
-int32_t UtilExtractZip(const QXWCHAR* fileName, const QXWCHAR* folder)
+std::int32_t UtilExtractZip(const QXWCHAR* fileName, const QXWCHAR* folder)
 {
     ExtractZip(fileName, folder);
     return 1;

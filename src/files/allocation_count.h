@@ -10,7 +10,7 @@ namespace qx
 
 // Says with OutputDebugStringW that more objects of the type were destroyed than made. Not through the debug output,
 // whose own objects may be counted.
-void ReportNegativeObjectCount(const std::type_info& type, int32_t count);
+void ReportNegativeObjectCount(const std::type_info& type, std::int32_t count);
 
 // Base of the classes whose living objects are counted, process-wide and atomically, with the highest count ever seen.
 // The number tells apart several such bases of one class.
@@ -18,8 +18,8 @@ template <class T, int n>
 class clsAllocationCountVerifier
 {
 public:
-    static int32_t LivingObjects() { return _living.load(std::memory_order_relaxed); }
-    static int32_t MostLivingObjects() { return _highest.load(std::memory_order_relaxed); }
+    static std::int32_t LivingObjects() { return _living.load(std::memory_order_relaxed); }
+    static std::int32_t MostLivingObjects() { return _highest.load(std::memory_order_relaxed); }
 
 protected:
     clsAllocationCountVerifier() { CountOne(); }
@@ -30,7 +30,7 @@ protected:
     // made can go.
     ~clsAllocationCountVerifier()
     {
-        const int32_t count = _living.fetch_sub(1, std::memory_order_relaxed) - 1;
+        const std::int32_t count = _living.fetch_sub(1, std::memory_order_relaxed) - 1;
         if (count < 0)
             ReportNegativeObjectCount(typeid(T), count);
     }
@@ -38,15 +38,15 @@ protected:
 private:
     static void CountOne()
     {
-        const int32_t count = _living.fetch_add(1, std::memory_order_relaxed) + 1;
-        int32_t highest = _highest.load(std::memory_order_relaxed);
+        const std::int32_t count = _living.fetch_add(1, std::memory_order_relaxed) + 1;
+        std::int32_t highest = _highest.load(std::memory_order_relaxed);
         while (highest < count && !_highest.compare_exchange_weak(highest, count, std::memory_order_relaxed))
         {
         }
     }
 
-    inline static std::atomic<int32_t> _living{0};
-    inline static std::atomic<int32_t> _highest{0};
+    inline static std::atomic<std::int32_t> _living = 0;
+    inline static std::atomic<std::int32_t> _highest = 0;
 };
 
 } // namespace qx

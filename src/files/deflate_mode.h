@@ -35,6 +35,6 @@ constexpr DeflateMode DeflateModeOf(int mode)
 }
 
 // Window bits that leave out the head and the check sum of a zlib stream.
-constexpr int rawDeflateWindowBits = -15;
+constexpr int kRawDeflateWindowBits = -15;
 
 } // namespace qx

@@ -12,13 +12,13 @@ namespace qx
 namespace
 {
 
-constexpr std::uint32_t chunkSize = 0x100000;
+constexpr std::uint32_t kChunkSize = 0x100000;
 
 // The input block and the output block of one run; memory does not grow with the data.
 struct Chunks
 {
-    ByteBlock input{chunkSize};
-    ByteBlock output{chunkSize};
+    ByteBlock input{kChunkSize};
+    ByteBlock output{kChunkSize};
 
     void OfferInput(z_stream& stream, std::uint32_t count)
     {
@@ -29,20 +29,20 @@ struct Chunks
     void OfferOutput(z_stream& stream)
     {
         stream.next_out = output.data();
-        stream.avail_out = chunkSize;
+        stream.avail_out = kChunkSize;
     }
 
     /// Writes what the stream has left in the output block; false when the target takes less.
     bool Flush(clsFile& target, const z_stream& stream)
     {
-        const std::uint32_t made = chunkSize - stream.avail_out;
+        const std::uint32_t made = kChunkSize - stream.avail_out;
         return target.Write(output.data(), made) == made;
     }
 };
 
 std::uint32_t NextChunk(std::int64_t remaining)
 {
-    return static_cast<std::uint32_t>(std::min<std::int64_t>(remaining, chunkSize));
+    return static_cast<std::uint32_t>(std::min<std::int64_t>(remaining, kChunkSize));
 }
 
 // How many bytes to take from the source's position on; negative if it isn't open or the size makes no sense.
@@ -106,7 +106,7 @@ int InflateChunks(z_stream& stream, clsFile& target, clsFile& source, std::int64
         {
             chunks.OfferOutput(stream);
             const int failure = InflateFailure(inflate(&stream, remaining == 0 ? Z_FINISH : Z_NO_FLUSH));
-            limit -= chunkSize - stream.avail_out;
+            limit -= kChunkSize - stream.avail_out;
             if (limit < 0 || !chunks.Flush(target, stream))
                 return Z_BUF_ERROR;
             if (failure != 0)
@@ -128,7 +128,7 @@ int DeflateStream(clsFile& target, clsFile& source, int mode, std::uint32_t* crc
     const DeflateMode parameters = DeflateModeOf(mode);
     z_stream stream{};
     const int code = deflateInit2(
-        &stream, parameters.level, Z_DEFLATED, rawDeflateWindowBits, parameters.memoryLevel, parameters.strategy);
+        &stream, parameters.level, Z_DEFLATED, kRawDeflateWindowBits, parameters.memoryLevel, parameters.strategy);
     if (code != Z_OK)
         return code;
     const int result = DeflateChunks(stream, target, source, crc, count);
@@ -146,7 +146,7 @@ int InflateStream(clsFile& target, clsFile& source, std::int64_t size, std::int6
     target.Reserve(target.GetSize() + compressed + 512);
 
     z_stream stream{};
-    const int code = inflateInit2(&stream, rawDeflateWindowBits);
+    const int code = inflateInit2(&stream, kRawDeflateWindowBits);
     if (code != Z_OK)
     {
         DebugLine(L"ERR: ZLIB init error '%d'", code);

@@ -3,6 +3,7 @@
 #include "core/debug_line.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -14,12 +15,13 @@ namespace qx
 namespace
 {
 
-constexpr uint32_t kLargestCall = std::numeric_limits<uint32_t>::max();
-constexpr int64_t kLargestToldPosition = std::numeric_limits<uint32_t>::max();
+constexpr std::uint32_t kLargestCall = std::numeric_limits<std::uint32_t>::max();
+constexpr std::int64_t kLargestToldPosition = std::numeric_limits<std::uint32_t>::max();
 
 } // namespace
 
-clsFile::clsFile(const String& name, FileAccess access, FileDisposition disposition, FileShare share, uint32_t flags)
+clsFile::clsFile(
+    const String& name, FileAccess access, FileDisposition disposition, FileShare share, std::uint32_t flags)
 {
     Open(name, access, disposition, share, flags);
 }
@@ -100,7 +102,7 @@ const wchar_t* clsFile::LogName() const
     return _stream ? L"(Stream)" : _name.Text();
 }
 
-int64_t clsFile::GetSize()
+std::int64_t clsFile::GetSize()
 {
     if (_handle.IsValid())
     {
@@ -110,12 +112,13 @@ int64_t clsFile::GetSize()
     if (_stream)
     {
         STATSTG record = {};
-        return SUCCEEDED(_stream->Stat(&record, STATFLAG_NONAME)) ? static_cast<int64_t>(record.cbSize.QuadPart) : -1;
+        return SUCCEEDED(_stream->Stat(&record, STATFLAG_NONAME)) ? static_cast<std::int64_t>(record.cbSize.QuadPart)
+                                                                  : -1;
     }
     return -1;
 }
 
-int64_t clsFile::Seek(int64_t position)
+std::int64_t clsFile::Seek(std::int64_t position)
 {
     LARGE_INTEGER distance = {};
     distance.QuadPart = position;
@@ -128,24 +131,24 @@ int64_t clsFile::Seek(int64_t position)
     {
         ULARGE_INTEGER reached = {};
         const HRESULT result = _stream->Seek(distance, STREAM_SEEK_SET, &reached);
-        return SUCCEEDED(result) ? static_cast<int32_t>(reached.LowPart) : -1;
+        return SUCCEEDED(result) ? static_cast<std::int32_t>(reached.LowPart) : -1;
     }
     return -1;
 }
 
-int64_t clsFile::Tell()
+std::int64_t clsFile::Tell()
 {
-    const int64_t position = Position();
+    const std::int64_t position = Position();
     return _handle.IsValid() && position > kLargestToldPosition ? -1 : position;
 }
 
-int64_t clsFile::HandlePosition() const
+std::int64_t clsFile::HandlePosition() const
 {
     LARGE_INTEGER position = {};
     return SetFilePointerEx(_handle.Get(), LARGE_INTEGER{}, &position, FILE_CURRENT) ? position.QuadPart : -1;
 }
 
-int64_t clsFile::Position()
+std::int64_t clsFile::Position()
 {
     if (_handle.IsValid())
     {
@@ -154,12 +157,12 @@ int64_t clsFile::Position()
     ULARGE_INTEGER position = {};
     if (_stream && SUCCEEDED(_stream->Seek(LARGE_INTEGER{}, STREAM_SEEK_CUR, &position)))
     {
-        return static_cast<int64_t>(position.QuadPart);
+        return static_cast<std::int64_t>(position.QuadPart);
     }
     return -1;
 }
 
-bool clsFile::MoveHandle(int64_t distance, DWORD origin)
+bool clsFile::MoveHandle(std::int64_t distance, DWORD origin)
 {
     LARGE_INTEGER move = {};
     move.QuadPart = distance;
@@ -167,7 +170,7 @@ bool clsFile::MoveHandle(int64_t distance, DWORD origin)
 }
 
 // What Seek does, with a result that tells of every failure.
-bool clsFile::MoveTo(int64_t position)
+bool clsFile::MoveTo(std::int64_t position)
 {
     if (_handle.IsValid())
     {
@@ -178,7 +181,7 @@ bool clsFile::MoveTo(int64_t position)
     return _stream && SUCCEEDED(_stream->Seek(distance, STREAM_SEEK_SET, nullptr));
 }
 
-uint32_t clsFile::Read(void* buffer, uint32_t count)
+std::uint32_t clsFile::Read(void* buffer, std::uint32_t count)
 {
     if (_handle.IsValid())
     {
@@ -193,7 +196,7 @@ uint32_t clsFile::Read(void* buffer, uint32_t count)
     return 0;
 }
 
-int64_t clsFile::Write(const void* buffer, uint64_t count, int64_t position)
+std::int64_t clsFile::Write(const void* buffer, std::uint64_t count, std::int64_t position)
 {
     if (!_handle.IsValid() && !_stream)
     {
@@ -204,11 +207,11 @@ int64_t clsFile::Write(const void* buffer, uint64_t count, int64_t position)
         return 0; // rather than write somewhere else
     }
 
-    const auto* bytes = static_cast<const uint8_t*>(buffer);
-    uint64_t total = 0;
+    const auto* bytes = static_cast<const std::uint8_t*>(buffer);
+    std::uint64_t total = 0;
     while (total < count)
     {
-        const auto part = static_cast<uint32_t>(std::min<uint64_t>(count - total, kLargestCall));
+        const auto part = static_cast<std::uint32_t>(std::min<std::uint64_t>(count - total, kLargestCall));
         if (!(_handle.IsValid() ? WriteToHandle(bytes, part) : WriteToStream(bytes, part)))
         {
             break;
@@ -216,10 +219,10 @@ int64_t clsFile::Write(const void* buffer, uint64_t count, int64_t position)
         bytes += part;
         total += part;
     }
-    return static_cast<int64_t>(total);
+    return static_cast<std::int64_t>(total);
 }
 
-bool clsFile::WriteToHandle(const uint8_t* bytes, uint32_t count)
+bool clsFile::WriteToHandle(const std::uint8_t* bytes, std::uint32_t count)
 {
     DWORD written = 0;
     SetLastError(NO_ERROR);
@@ -232,7 +235,7 @@ bool clsFile::WriteToHandle(const uint8_t* bytes, uint32_t count)
     return false;
 }
 
-bool clsFile::WriteToStream(const uint8_t* bytes, uint32_t count)
+bool clsFile::WriteToStream(const std::uint8_t* bytes, std::uint32_t count)
 {
     ULONG written = 0;
     const HRESULT result = _stream->Write(bytes, count, &written);
@@ -244,22 +247,22 @@ bool clsFile::WriteToStream(const uint8_t* bytes, uint32_t count)
     return false;
 }
 
-void clsFile::LogWriteFailure(uint32_t written, uint32_t wanted, DWORD error)
+void clsFile::LogWriteFailure(std::uint32_t written, std::uint32_t wanted, DWORD error)
 {
     DebugLine(L"clsFile(%s)::Write(): write failure... %d/%d (%s)", LogName(), written, wanted,
         String::SystemErrorText(error).Text());
 }
 
-int64_t clsFile::WriteBytes(const char* text, size_t length)
+std::int64_t clsFile::WriteBytes(const char* text, std::size_t length)
 {
     return Write(text, length == kToTerminator ? strlen(text) : length);
 }
 
-int64_t clsFile::WriteChars(const wchar_t* text, size_t length)
+std::int64_t clsFile::WriteChars(const wchar_t* text, std::size_t length)
 {
-    const size_t characters = length == kToTerminator ? wcslen(text) : length;
-    const int64_t written = Write(text, uint64_t{characters} * sizeof(wchar_t));
-    return written > 0 ? written / static_cast<int64_t>(sizeof(wchar_t)) : written;
+    const std::size_t characters = length == kToTerminator ? wcslen(text) : length;
+    const std::int64_t written = Write(text, std::uint64_t{characters} * sizeof(wchar_t));
+    return written > 0 ? written / static_cast<std::int64_t>(sizeof(wchar_t)) : written;
 }
 
 void clsFile::SetEOF()
@@ -273,7 +276,7 @@ void clsFile::SetEOF()
     }
     else if (_stream)
     {
-        const int64_t position = Position();
+        const std::int64_t position = Position();
         ULARGE_INTEGER size = {};
         size.QuadPart = static_cast<ULONGLONG>(position);
         if (position < 0 || FAILED(_stream->SetSize(size)))
@@ -285,7 +288,7 @@ void clsFile::SetEOF()
 
 UTFType clsFile::GetUTFType()
 {
-    const int64_t size = GetSize();
+    const std::int64_t size = GetSize();
     if (size < 2)
     {
         return UTFType::Unknown;
@@ -296,8 +299,8 @@ UTFType clsFile::GetUTFType()
     }
     else
     {
-        uint8_t head[3] = {};
-        const uint32_t count = Read(head, size == 2 ? 2 : 3);
+        std::uint8_t head[3] = {};
+        const std::uint32_t count = Read(head, size == 2 ? 2 : 3);
         const scByteOrderMark mark = FindByteOrderMark(head, count);
         Seek(mark.length);
         if (mark.type != UTFType::Unknown)
@@ -309,18 +312,18 @@ UTFType clsFile::GetUTFType()
             return guess;
         }
     }
-    return GuessUTFType(static_cast<uint32_t>(size));
+    return GuessUTFType(static_cast<std::uint32_t>(size));
 }
 
 // Short texts tell too little to guess from. `count` has the low 32 bits of the size, which is what one read takes.
-UTFType clsFile::GuessUTFType(uint32_t count)
+UTFType clsFile::GuessUTFType(std::uint32_t count)
 {
-    constexpr uint32_t kShortest = 201;
+    constexpr std::uint32_t kShortest = 201;
     if (count < kShortest)
     {
         return UTFType::Unknown;
     }
-    const std::unique_ptr<uint8_t[]> bytes(new (std::nothrow) uint8_t[size_t{count} + 1]);
+    const std::unique_ptr<std::uint8_t[]> bytes(new (std::nothrow) std::uint8_t[std::size_t{count} + 1]);
     if (bytes == nullptr || Read(bytes.get(), count) != count)
     {
         return UTFType::Unknown;

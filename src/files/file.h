@@ -44,7 +44,7 @@ enum class FileShare
 };
 
 // Bits of the flag word.
-enum FileFlag : uint32_t
+enum FileFlag : std::uint32_t
 {
     kFileWriteThrough = 1,
     kFileSequentialScan = 2,
@@ -73,8 +73,8 @@ enum class FileError
 // A byte range that is locked until Unlock.
 struct scFileLock
 {
-    uint64_t offset = 0;
-    uint64_t length = 0;
+    std::uint64_t offset = 0;
+    std::uint64_t length = 0;
 
     friend bool operator==(const scFileLock&, const scFileLock&) = default;
 };
@@ -87,12 +87,12 @@ struct scFileLock
 class clsFile : public clsIUnknownImpl, public IStream
 {
 public:
-    static constexpr int64_t kCurrentPosition = -1;
-    static constexpr size_t kToTerminator = ~size_t{0};
+    static constexpr std::int64_t kCurrentPosition = -1;
+    static constexpr std::size_t kToTerminator = ~std::size_t{0};
 
     clsFile() = default;
     // IsOpen() tells how these ended.
-    clsFile(const String& name, FileAccess access, FileDisposition disposition, FileShare share, uint32_t flags);
+    clsFile(const String& name, FileAccess access, FileDisposition disposition, FileShare share, std::uint32_t flags);
     explicit clsFile(IStream* stream);
     // Takes the handle over, to close it.
     explicit clsFile(HANDLE handle);
@@ -110,7 +110,7 @@ public:
     // Both give 0, or -1 on failure. What was open is closed first.
     // An open is tried three times. Its error kind and text stay for GetErrorKind and GetErrorText; the last error is
     // the system's.
-    int Open(const String& name, FileAccess access, FileDisposition disposition, FileShare share, uint32_t flags);
+    int Open(const String& name, FileAccess access, FileDisposition disposition, FileShare share, std::uint32_t flags);
     // Holds the stream with a reference of its own, and begins at its start.
     int AttachStream(IStream* stream);
     void Close();
@@ -123,34 +123,34 @@ public:
     IStream* GetStream() const { return _stream.Get(); }
 
     // -1 when closed or on failure.
-    int64_t GetSize();
+    std::int64_t GetSize();
     // The new position; on failure 0 for a file and -1 for a stream; -1 when closed. Of a stream's new position the low
     // 32 bits come back, with sign.
-    int64_t Seek(int64_t position);
+    std::int64_t Seek(std::int64_t position);
     // The position, for a file as far as it has 32 bits; else -1.
-    int64_t Tell();
+    std::int64_t Tell();
     // The position with all its 64 bits, which Tell can't tell; -1 when closed or on failure.
-    int64_t Position();
+    std::int64_t Position();
 
     // Looks for the text's encoding, and leaves the position behind the byte order mark or at 0. Begin at 0.
     UTFType GetUTFType();
 
     // The bytes read, 0 on failure.
-    uint32_t Read(void* buffer, uint32_t count);
+    std::uint32_t Read(void* buffer, std::uint32_t count);
     // The bytes written; what a failed system call wrote doesn't count. -1 when closed.
-    int64_t Write(const void* buffer, uint64_t count, int64_t position = kCurrentPosition);
-    int64_t WriteBytes(const char* text, size_t length = kToTerminator);
+    std::int64_t Write(const void* buffer, std::uint64_t count, std::int64_t position = kCurrentPosition);
+    std::int64_t WriteBytes(const char* text, std::size_t length = kToTerminator);
     // The same in characters of 16 bits.
-    int64_t WriteChars(const wchar_t* text, size_t length = kToTerminator);
+    std::int64_t WriteChars(const wchar_t* text, std::size_t length = kToTerminator);
 
     // Makes the file end `count` bytes behind the position, which stays.
-    void Reserve(int64_t count);
+    void Reserve(std::int64_t count);
     // Makes the file end at the position.
     void SetEOF();
 
     // Takes a range of bytes for this object alone, waiting up to 10 seconds; nothing if someone else has it or nothing
     // is open. A stream without locks counts as locked.
-    std::optional<scFileLock> Lock(uint64_t offset, uint64_t length);
+    std::optional<scFileLock> Lock(std::uint64_t offset, std::uint64_t length);
     // Gives one lock of this range back; one that this object hasn't is reported. Nothing does nothing.
     void Unlock(const std::optional<scFileLock>& lock);
 
@@ -180,22 +180,22 @@ private:
     bool MayWrite();
     DWORD TryToOpen(DWORD access, DWORD share, DWORD disposition, DWORD flags);
 
-    int64_t HandlePosition() const;
-    bool MoveHandle(int64_t distance, DWORD origin);
-    bool MoveTo(int64_t position);
-    bool WriteToHandle(const uint8_t* bytes, uint32_t count);
-    bool WriteToStream(const uint8_t* bytes, uint32_t count);
-    void LogWriteFailure(uint32_t written, uint32_t wanted, DWORD error);
+    std::int64_t HandlePosition() const;
+    bool MoveHandle(std::int64_t distance, DWORD origin);
+    bool MoveTo(std::int64_t position);
+    bool WriteToHandle(const std::uint8_t* bytes, std::uint32_t count);
+    bool WriteToStream(const std::uint8_t* bytes, std::uint32_t count);
+    void LogWriteFailure(std::uint32_t written, std::uint32_t wanted, DWORD error);
 
-    UTFType GuessUTFType(uint32_t count);
+    UTFType GuessUTFType(std::uint32_t count);
 
-    bool TryLock(uint64_t offset, uint64_t length);
+    bool TryLock(std::uint64_t offset, std::uint64_t length);
     void ReleaseRange(const scFileLock& lock);
 
-    bool CopyBytes(clsFile& source, void* buffer, int64_t bufferSize, int64_t count);
+    bool CopyBytes(clsFile& source, void* buffer, std::int64_t bufferSize, std::int64_t count);
 
     String _name;
-    uint32_t _flags = 0;
+    std::uint32_t _flags = 0;
     clsGenericHandleObjectAutoRelease _handle;
 
 protected:

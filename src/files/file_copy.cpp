@@ -4,6 +4,7 @@
 #include "files/global_lock.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 
 namespace qx
@@ -12,14 +13,14 @@ namespace qx
 namespace
 {
 
-constexpr int64_t kLargestBuffer = 0x6400000;
+constexpr std::int64_t kLargestBuffer = 0x6400000;
 
 // The largest buffer that can be had, from `size` on down by halves; none if not even a byte can be had.
-std::unique_ptr<clsGlobalLock> AllocateBuffer(int64_t& size)
+std::unique_ptr<clsGlobalLock> AllocateBuffer(std::int64_t& size)
 {
     for (; size > 0; size /= 2)
     {
-        auto buffer = std::make_unique<clsGlobalLock>(GMEM_MOVEABLE | GMEM_ZEROINIT, static_cast<size_t>(size));
+        auto buffer = std::make_unique<clsGlobalLock>(GMEM_MOVEABLE | GMEM_ZEROINIT, static_cast<std::size_t>(size));
         if (buffer->IsLocked())
         {
             return buffer;
@@ -30,9 +31,9 @@ std::unique_ptr<clsGlobalLock> AllocateBuffer(int64_t& size)
 
 } // namespace
 
-void clsFile::Reserve(int64_t count)
+void clsFile::Reserve(std::int64_t count)
 {
-    const int64_t position = Position();
+    const std::int64_t position = Position();
     if (position < 0)
     {
         return;
@@ -64,25 +65,25 @@ void clsFile::Reserve(int64_t count)
 // Nothing is written before there is a buffer, so a copy that gets no memory leaves this object as it was.
 bool clsFile::CopyFrom(clsFile& source)
 {
-    const int64_t size = source.GetSize();
+    const std::int64_t size = source.GetSize();
     if (!source.IsOpen() || size == 0)
     {
         SetEOF();
         return true;
     }
-    const int64_t position = source.Position();
+    const std::int64_t position = source.Position();
     if (size < 0 || position < 0)
     {
         return false;
     }
-    const int64_t remaining = std::max<int64_t>(size - position, 0);
+    const std::int64_t remaining = std::max<std::int64_t>(size - position, 0);
     if (remaining == 0)
     {
         Reserve(0);
         return true;
     }
 
-    int64_t bufferSize = std::min(remaining, kLargestBuffer);
+    std::int64_t bufferSize = std::min(remaining, kLargestBuffer);
     const std::unique_ptr<clsGlobalLock> buffer = AllocateBuffer(bufferSize);
     if (buffer == nullptr)
     {
@@ -97,11 +98,11 @@ bool clsFile::CopyFrom(clsFile& source)
     return true;
 }
 
-bool clsFile::CopyBytes(clsFile& source, void* buffer, int64_t bufferSize, int64_t count)
+bool clsFile::CopyBytes(clsFile& source, void* buffer, std::int64_t bufferSize, std::int64_t count)
 {
     while (count > 0)
     {
-        const auto part = static_cast<uint32_t>(std::min(bufferSize, count));
+        const auto part = static_cast<std::uint32_t>(std::min(bufferSize, count));
         if (source.Read(buffer, part) != part || Write(buffer, part) != part)
         {
             return false;

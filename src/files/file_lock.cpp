@@ -4,6 +4,8 @@
 #include "core/ticks.h"
 #include "files/lock_back_off.h"
 
+#include <cstdint>
+
 namespace qx
 {
 
@@ -19,7 +21,7 @@ struct scRange
     ULARGE_INTEGER length;
 };
 
-scRange SystemRange(uint64_t offset, uint64_t length)
+scRange SystemRange(std::uint64_t offset, std::uint64_t length)
 {
     scRange range = {};
     range.offset.QuadPart = offset;
@@ -29,7 +31,7 @@ scRange SystemRange(uint64_t offset, uint64_t length)
 
 } // namespace
 
-std::optional<scFileLock> clsFile::Lock(uint64_t offset, uint64_t length)
+std::optional<scFileLock> clsFile::Lock(std::uint64_t offset, std::uint64_t length)
 {
     if (!_handle.IsValid() && !_stream)
     {
@@ -50,7 +52,7 @@ std::optional<scFileLock> clsFile::Lock(uint64_t offset, uint64_t length)
 
 // A stream that says that it has no locks counts as locked, so that the caller isn't held up for something that won't
 // come.
-bool clsFile::TryLock(uint64_t offset, uint64_t length)
+bool clsFile::TryLock(std::uint64_t offset, std::uint64_t length)
 {
     const scRange range = SystemRange(offset, length);
     if (_handle.IsValid())

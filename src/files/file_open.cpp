@@ -5,6 +5,8 @@
 #include "files/name_check.h"
 #include "files/open_flags.h"
 
+#include <cstdint>
+
 namespace qx
 {
 
@@ -35,7 +37,8 @@ bool IsSharingError(DWORD error)
 
 } // namespace
 
-int clsFile::Open(const String& name, FileAccess access, FileDisposition disposition, FileShare share, uint32_t flags)
+int clsFile::Open(
+    const String& name, FileAccess access, FileDisposition disposition, FileShare share, std::uint32_t flags)
 {
     Close();
     _name = name;

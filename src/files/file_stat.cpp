@@ -44,7 +44,7 @@ bool ReadAttributes(const wchar_t* name, WIN32_FILE_ATTRIBUTE_DATA& attributes)
 // Null where there is no memory: the record is right without it.
 wchar_t* CopyForCaller(const String& text)
 {
-    const size_t bytes = (text.Length() + 1) * sizeof(wchar_t);
+    const std::size_t bytes = (text.Length() + 1) * sizeof(wchar_t);
     void* const copy = CoTaskMemAlloc(bytes);
     if (copy != nullptr)
     {

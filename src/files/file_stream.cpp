@@ -3,6 +3,7 @@
 
 #include "files/trace_frame.h"
 
+#include <cstdint>
 #include <cstring>
 
 namespace qx
@@ -55,7 +56,7 @@ HRESULT clsFile::Read(void* buffer, ULONG count, ULONG* read)
     }
     else if (IsOpen())
     {
-        got = Read(buffer, uint32_t{count});
+        got = Read(buffer, std::uint32_t{count});
         result = got < count ? S_FALSE : S_OK;
     }
     if (read != nullptr)
@@ -84,12 +85,12 @@ HRESULT clsFile::Write(const void* buffer, ULONG count, ULONG* written)
     {
         return frame.End(E_ACCESSDENIED);
     }
-    const int64_t total = Write(buffer, uint64_t{count}, kCurrentPosition);
+    const std::int64_t total = Write(buffer, std::uint64_t{count}, kCurrentPosition);
     if (written != nullptr && total > 0)
     {
         *written = static_cast<ULONG>(total);
     }
-    return frame.End(total < int64_t{count} ? S_FALSE : S_OK);
+    return frame.End(total < std::int64_t{count} ? S_FALSE : S_OK);
 }
 
 HRESULT clsFile::Seek(LARGE_INTEGER distance, DWORD origin, ULARGE_INTEGER* position)
@@ -139,8 +140,8 @@ HRESULT clsFile::SetSize(ULARGE_INTEGER size)
     {
         return frame.End(E_ACCESSDENIED);
     }
-    const auto newSize = static_cast<int64_t>(size.QuadPart);
-    const int64_t before = Position();
+    const auto newSize = static_cast<std::int64_t>(size.QuadPart);
+    const std::int64_t before = Position();
     if (!MoveTo(newSize)) // the end would fall somewhere else
     {
         return frame.End(E_INVALIDARG);

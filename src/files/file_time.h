@@ -9,9 +9,9 @@ namespace qx
 {
 
 // Of 100 ns, in which file times count.
-constexpr std::uint64_t unitsPerMillisecond = 10'000;
-constexpr std::uint64_t unitsPerSecond = 1000 * unitsPerMillisecond;
-constexpr std::uint64_t unitsPerHour = 3600 * unitsPerSecond;
+constexpr std::uint64_t kUnitsPerMillisecond = 10'000;
+constexpr std::uint64_t kUnitsPerSecond = 1000 * kUnitsPerMillisecond;
+constexpr std::uint64_t kUnitsPerHour = 3600 * kUnitsPerSecond;
 
 inline std::uint64_t UnitsOf(const FILETIME& time)
 {

@@ -12,7 +12,7 @@ namespace qx
 namespace
 {
 
-constexpr wchar_t shellFolders[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
+constexpr wchar_t kShellFolders[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
 
 class clsShellFolderReplace : public IclsRegExGSubCB
 {
@@ -21,9 +21,9 @@ public:
     {
         for (HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE})
         {
-            clsRegistryList key(root, shellFolders, clsRegistryList::Read);
+            clsRegistryList key(root, kShellFolders, clsRegistryList::kRead);
             String folder;
-            if (key.GetString(matches[1].text, folder, L"") == clsRegistryList::Done)
+            if (key.GetString(matches[1].text, folder, L"") == clsRegistryList::kDone)
                 return folder;
         }
         return matches[0].text;
@@ -33,9 +33,9 @@ public:
 String ExpandEnvironment(const String& text)
 {
     // Another thread may make a variable longer meanwhile: then it is asked again, but not for ever.
-    constexpr int maxTries = 4;
+    constexpr int kMaxTries = 4;
     DWORD room = 260;
-    for (int tries = 0; tries < maxTries; ++tries)
+    for (int tries = 0; tries < kMaxTries; ++tries)
     {
         String expanded;
         const DWORD length = ExpandEnvironmentStringsW(text, expanded.GetBuffer(room), room); // with its terminator

@@ -18,7 +18,7 @@ int LockCount(HGLOBAL memory)
 
 } // namespace
 
-clsGlobalLock::clsGlobalLock(UINT flags, size_t size) : _memory(GlobalAlloc(flags, size))
+clsGlobalLock::clsGlobalLock(UINT flags, std::size_t size) : _memory(GlobalAlloc(flags, size))
 {
     Lock();
 }
@@ -60,7 +60,7 @@ void clsGlobalLock::Lock()
     if (_locked == nullptr)
     {
         const DWORD error = GetLastError();
-        const String line(String::formatted, L"clsGlobalLock::Lock(): Failed to lock handle %#p: %s", _memory,
+        const String line(String::kFormatted, L"clsGlobalLock::Lock(): Failed to lock handle %#p: %s", _memory,
             String::SystemErrorText(error).Text());
         OutputDebugStringW(line.Text());
         _freeIt = false;

@@ -14,7 +14,7 @@ class clsGlobalLock
 {
 public:
     // A block of its own, freed at the end. IsLocked() tells whether there is memory.
-    clsGlobalLock(UINT flags, size_t size);
+    clsGlobalLock(UINT flags, std::size_t size);
     // A block of the caller's.
     clsGlobalLock(HGLOBAL memory, bool freeIt);
     clsGlobalLock(const clsGlobalLock&) = delete;

@@ -52,14 +52,14 @@ protected:
     template <class Derived>
     static ULONG ReleaseObject(Derived* object)
     {
-        const uint32_t left = object->_referenceCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
+        const std::uint32_t left = object->_referenceCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
         if (left == 0 && object->_deleteOnLastRelease)
             delete object;
         return left;
     }
 
 private:
-    std::atomic<uint32_t> _referenceCount{0};
+    std::atomic<std::uint32_t> _referenceCount = 0;
     bool _deleteOnLastRelease = true;
     clsAutoRelease<IUnknown*> _marshaler;
 };

@@ -9,6 +9,7 @@
 #include <stdlib.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
 #include <string_view>
 
@@ -18,9 +19,9 @@ namespace qx
 namespace
 {
 
-constexpr size_t kPartSize = 256;
-constexpr size_t kNameSize = 260;
-constexpr uint32_t kExtended = 0x80;
+constexpr std::size_t kPartSize = 256;
+constexpr std::size_t kNameSize = 260;
+constexpr std::uint32_t kExtended = 0x80;
 
 constexpr wchar_t kAllowedNames[] = L"^(?!  (?:\tCON|PRN|AUX|NUL|\tCOM[1-9]|LPT[1-9]  )  (?:\\.[^.]*)?  $)"
                                     L"[^<>:\"/\\|?*\\x00-\\x1F]*[^<>:\"/\\|?*\\x00-\\x1F\\ .]$";
@@ -44,15 +45,15 @@ bool IsFileNameAllowed(const String& path)
 
 bool IsDeviceName(const String& name)
 {
-    constexpr std::wstring_view devices[] = {L"CON", L"PRN", L"AUX", L"NUL", L"CONIN$", L"CONOUT$"};
-    constexpr std::wstring_view numbers = L"123456789\xB9\xB2\xB3";
+    constexpr std::wstring_view kDevices[] = {L"CON", L"PRN", L"AUX", L"NUL", L"CONIN$", L"CONOUT$"};
+    constexpr std::wstring_view kNumbers = L"123456789\xB9\xB2\xB3";
     std::wstring_view stem = name.View().substr(0, name.View().find(L'.'));
     stem = stem.substr(0, stem.find_last_not_of(L' ') + 1);
     const String upper = String(stem).Upper();
     const std::wstring_view device = upper.View();
-    const bool isNumbered = device.size() == 4 && numbers.find(device[3]) != std::wstring_view::npos;
+    const bool isNumbered = device.size() == 4 && kNumbers.find(device[3]) != std::wstring_view::npos;
     return isNumbered ? device.starts_with(L"COM") || device.starts_with(L"LPT")
-                      : std::find(std::begin(devices), std::end(devices), device) != std::end(devices);
+                      : std::find(std::begin(kDevices), std::end(kDevices), device) != std::end(kDevices);
 }
 
 } // namespace qx

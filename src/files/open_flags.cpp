@@ -1,5 +1,7 @@
 #include "files/open_flags.h"
 
+#include <cstdint>
+
 namespace qx
 {
 
@@ -8,7 +10,7 @@ namespace
 
 struct scFlag
 {
-    uint32_t flag;
+    std::uint32_t flag;
     DWORD system;
 };
 
@@ -68,7 +70,7 @@ DWORD SystemShare(FileShare share)
     return 0;
 }
 
-DWORD SystemFlags(uint32_t flags)
+DWORD SystemFlags(std::uint32_t flags)
 {
     DWORD system = 0;
     for (const scFlag& row : kFlags)

@@ -18,28 +18,28 @@ namespace
 
 enum class Form
 {
-    plain,
-    version1,
-    version2
+    Plain,
+    Version1,
+    Version2
 };
 
-constexpr std::wstring_view version1Prefix = L"@1@";
-constexpr std::wstring_view version2Prefix = L"@2@";
+constexpr std::wstring_view kVersion1Prefix = L"@1@";
+constexpr std::wstring_view kVersion2Prefix = L"@2@";
 
-constexpr std::size_t sizeFieldLength = 4;
-constexpr char tag[] = "QvX_Packed"; // with its zero byte
-constexpr std::size_t version2HeadLength = sizeFieldLength + sizeof(tag);
+constexpr std::size_t kSizeFieldLength = 4;
+constexpr char kTag[] = "QvX_Packed"; // with its zero byte
+constexpr std::size_t kVersion2HeadLength = kSizeFieldLength + sizeof(kTag);
 
-constexpr int packedMode = 4;
-constexpr int zlibWindowBits = 15;
+constexpr int kPackedMode = 4;
+constexpr int kZlibWindowBits = 15;
 
 // The smallest images that the cipher is applied to. They differ: an image of 8 to 11 bytes cannot come back, since
 // Base64 of fewer than 12 bytes is never deciphered.
-constexpr std::size_t smallestEnciphered = 8;
-constexpr std::size_t smallestDeciphered = 12;
+constexpr std::size_t kSmallestEnciphered = 8;
+constexpr std::size_t kSmallestDeciphered = 12;
 
 // No deflate stream inflates to more than 1032 times its size, so a stored size beyond that is a lie.
-constexpr std::uint64_t maxExpansion = 1032;
+constexpr std::uint64_t kMaxExpansion = 1032;
 
 void StoreSize(unsigned char* at, std::uint32_t size)
 {
@@ -64,9 +64,9 @@ uInt ZlibCount(std::size_t count)
 // Gives the compressed size, or 0 when the data do not go into the room.
 std::size_t DeflateAtOnce(unsigned char* target, std::size_t room, const unsigned char* data, std::uint32_t size)
 {
-    const DeflateMode mode = DeflateModeOf(packedMode);
+    const DeflateMode mode = DeflateModeOf(kPackedMode);
     z_stream stream{};
-    if (deflateInit2(&stream, mode.level, Z_DEFLATED, zlibWindowBits, mode.memoryLevel, mode.strategy) != Z_OK)
+    if (deflateInit2(&stream, mode.level, Z_DEFLATED, kZlibWindowBits, mode.memoryLevel, mode.strategy) != Z_OK)
         return 0;
     stream.next_in = const_cast<unsigned char*>(data);
     stream.avail_in = size;
@@ -85,14 +85,14 @@ struct ZlibPart
     std::size_t length = 0;
     std::uint32_t size = 0;
 
-    bool IsLie() const { return size > length * maxExpansion; }
+    bool IsLie() const { return size > length * kMaxExpansion; }
 };
 
 // Whether the stream holds exactly the bytes that it is said to; `target` has room for them.
 bool InflateTo(unsigned char* target, const ZlibPart& part)
 {
     z_stream stream{};
-    if (inflateInit2(&stream, zlibWindowBits) != Z_OK)
+    if (inflateInit2(&stream, kZlibWindowBits) != Z_OK)
         return false;
     stream.next_in = const_cast<unsigned char*>(part.data);
     stream.avail_in = ZlibCount(part.length);
@@ -122,10 +122,10 @@ ByteBlock CompressedImage(const unsigned char* data, std::uint32_t size)
     // 23, some texts of 19 bytes wouldn't fit, and be lost. Readers don't see how much room there was.
     ByteBlock image(std::size_t{size} + size / 10 + 64);
     StoreSize(image.data(), size);
-    std::memcpy(image.data() + sizeFieldLength, tag, sizeof(tag));
+    std::memcpy(image.data() + kSizeFieldLength, kTag, sizeof(kTag));
     const std::size_t packed =
-        DeflateAtOnce(image.data() + version2HeadLength, image.size() - version2HeadLength, data, size);
-    image.Truncate(packed == 0 ? 0 : version2HeadLength + packed);
+        DeflateAtOnce(image.data() + kVersion2HeadLength, image.size() - kVersion2HeadLength, data, size);
+    image.Truncate(packed == 0 ? 0 : kVersion2HeadLength + packed);
     return image;
 }
 
@@ -157,25 +157,25 @@ std::optional<ByteBlock> ReadAll(clsFile& source)
 
 Form FormOf(std::wstring_view text)
 {
-    if (text.starts_with(version2Prefix))
-        return Form::version2;
-    return text.starts_with(version1Prefix) ? Form::version1 : Form::plain;
+    if (text.starts_with(kVersion2Prefix))
+        return Form::Version2;
+    return text.starts_with(kVersion1Prefix) ? Form::Version1 : Form::Plain;
 }
 
 // The bytes of a text, deciphered.
 std::optional<ByteBlock> ImageOfText(std::wstring_view text, Form form, const String& key)
 {
-    const std::wstring_view encoded = form == Form::plain ? text : text.substr(version2Prefix.size());
+    const std::wstring_view encoded = form == Form::Plain ? text : text.substr(kVersion2Prefix.size());
     ByteBlock image(Base64RoomForBytes(encoded.size()));
     const Base64Decoded decoded = Base64DecodeTo(
-        image.data(), image.size(), encoded, form == Form::version1 ? Base64Tail::whole : Base64Tail::byPadding);
+        image.data(), image.size(), encoded, form == Form::Version1 ? Base64Tail::Whole : Base64Tail::ByPadding);
     if (decoded.cut)
     {
         DebugLine(L"ERR: Base64 string has bad format!");
         return std::nullopt;
     }
     image.Truncate(decoded.size);
-    if (image.size() >= smallestDeciphered && key.Length() != 0)
+    if (image.size() >= kSmallestDeciphered && key.Length() != 0)
         clsBlowfish(key.NarrowText()).Decode(image.data(), image.size());
     return image;
 }
@@ -183,14 +183,14 @@ std::optional<ByteBlock> ImageOfText(std::wstring_view text, Form form, const St
 // Nothing where the image is the data themselves.
 std::optional<ZlibPart> ZlibPartOf(const ByteBlock& image, Form form)
 {
-    std::size_t head = sizeFieldLength;
-    if (form == Form::version1 && image.size() < head)
+    std::size_t head = kSizeFieldLength;
+    if (form == Form::Version1 && image.size() < head)
         return ZlibPart();
-    if (form != Form::version1)
+    if (form != Form::Version1)
     {
-        head = version2HeadLength;
-        if (form == Form::plain || image.size() < head ||
-            std::memcmp(image.data() + sizeFieldLength, tag, sizeof(tag)) != 0)
+        head = kVersion2HeadLength;
+        if (form == Form::Plain || image.size() < head ||
+            std::memcmp(image.data() + kSizeFieldLength, kTag, sizeof(kTag)) != 0)
             return std::nullopt;
     }
     return ZlibPart{image.data() + head, image.size() - head, LoadSize(image.data())};
@@ -228,10 +228,10 @@ void PackedText::Pack(bool compress, const String& key)
         return;
     if (compress)
     {
-        _prefix = version2Prefix;
+        _prefix = kVersion2Prefix;
         TakeImage(CompressedImage(_bytes, _size));
     }
-    if (_size >= smallestEnciphered && key.Length() != 0)
+    if (_size >= kSmallestEnciphered && key.Length() != 0)
     {
         if (_bytes != _image.data())
             TakeImage(CopyOf(_bytes, _size));
@@ -284,9 +284,9 @@ std::optional<ByteBlock> DataOfPackedText(std::wstring_view text, const String& 
 std::optional<std::size_t> UnpackTo(unsigned char* data, std::size_t room, std::wstring_view text)
 {
     const Form form = FormOf(text);
-    if (form == Form::plain && Base64MostBytes(text) <= room)
+    if (form == Form::Plain && Base64MostBytes(text) <= room)
     {
-        const Base64Decoded decoded = Base64DecodeTo(data, room, text, Base64Tail::byPadding);
+        const Base64Decoded decoded = Base64DecodeTo(data, room, text, Base64Tail::ByPadding);
         return decoded.cut ? std::nullopt : std::optional(decoded.size);
     }
 

@@ -14,29 +14,29 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t pathLength = 260;
-constexpr std::size_t driveLength = 3;
-constexpr std::size_t partLength = 256;
+constexpr std::size_t kPathLength = 260;
+constexpr std::size_t kDriveLength = 3;
+constexpr std::size_t kPartLength = 256;
 
 // The parts of a path; all empty if one of them is too long.
 struct PathParts
 {
     explicit PathParts(const wchar_t* path)
     {
-        if (_wsplitpath_s(path, drive, driveLength, directory, partLength, name, partLength, extension, partLength) !=
-            0)
+        if (_wsplitpath_s(
+                path, drive, kDriveLength, directory, kPartLength, name, kPartLength, extension, kPartLength) != 0)
             drive[0] = directory[0] = name[0] = extension[0] = 0;
     }
 
-    wchar_t drive[driveLength] = {};
-    wchar_t directory[partLength] = {};
-    wchar_t name[partLength] = {};
-    wchar_t extension[partLength] = {};
+    wchar_t drive[kDriveLength] = {};
+    wchar_t directory[kPartLength] = {};
+    wchar_t name[kPartLength] = {};
+    wchar_t extension[kPartLength] = {};
 };
 
 IString Joined(const wchar_t* drive, const wchar_t* directory, const wchar_t* name, const wchar_t* extension)
 {
-    wchar_t path[pathLength + 2 * partLength];
+    wchar_t path[kPathLength + 2 * kPartLength];
     return _wmakepath_s(path, std::size(path), drive, directory, name, extension) == 0 ? IString(path) : IString();
 }
 
@@ -66,40 +66,40 @@ IString GetPathExtension(const wchar_t* path)
 
 PathClass ClassifyPath(const String& path)
 {
-    constexpr std::uint32_t caseless = 8;
-    static clsRegEx& printerPort = MakeForever<clsRegEx>(L"^LPT\\d+:$", caseless);
-    static clsRegEx& serialPort = MakeForever<clsRegEx>(L"^COM\\d+:$", caseless);
-    static clsRegEx& usb = MakeForever<clsRegEx>(L"^USB:", caseless);
-    static clsRegEx& fileUrl = MakeForever<clsRegEx>(L"^FILE:(.*)", caseless);
-    constexpr std::size_t fileUrlLength = 5;
+    constexpr std::uint32_t kCaseless = 8;
+    static clsRegEx& printerPort = MakeForever<clsRegEx>(L"^LPT\\d+:$", kCaseless);
+    static clsRegEx& serialPort = MakeForever<clsRegEx>(L"^COM\\d+:$", kCaseless);
+    static clsRegEx& usb = MakeForever<clsRegEx>(L"^USB:", kCaseless);
+    static clsRegEx& fileUrl = MakeForever<clsRegEx>(L"^FILE:(.*)", kCaseless);
+    constexpr std::size_t kFileUrlLength = 5;
 
     if (printerPort.Match(path, nullptr))
-        return PathClass::printerPort;
+        return PathClass::PrinterPort;
     if (serialPort.Match(path, nullptr))
-        return PathClass::serialPort;
+        return PathClass::SerialPort;
     if (usb.Match(path, nullptr))
-        return PathClass::usb;
-    const String target = fileUrl.Match(path, nullptr) ? path.Mid(fileUrlLength) : path;
+        return PathClass::Usb;
+    const String target = fileUrl.Match(path, nullptr) ? path.Mid(kFileUrlLength) : path;
     const DWORD attributes = GetFileAttributesW(target);
     if (attributes == INVALID_FILE_ATTRIBUTES)
-        return PathClass::missing;
-    return attributes & FILE_ATTRIBUTE_DIRECTORY ? PathClass::folder : PathClass::file;
+        return PathClass::Missing;
+    return attributes & FILE_ATTRIBUTE_DIRECTORY ? PathClass::Folder : PathClass::File;
 }
 
 String NormalizePath(const String& path)
 {
-    wchar_t full[pathLength];
-    const DWORD length = GetFullPathNameW(path, static_cast<DWORD>(pathLength), full, nullptr);
-    if (length == 0 || length >= pathLength)
+    wchar_t full[kPathLength];
+    const DWORD length = GetFullPathNameW(path, static_cast<DWORD>(kPathLength), full, nullptr);
+    if (length == 0 || length >= kPathLength)
         return path;
 
     // A folder "." in each place lets the system fold separators that stand twice.
     String dotted(full);
     const String separator(&PATH_SEPARATOR, 0, 1);
     dotted.Replace(separator, separator + L"." + separator);
-    wchar_t canonical[pathLength];
+    wchar_t canonical[kPathLength];
     auto& canonicalize = Shlwapi().p_PathCanonicalize;
-    if (dotted.Length() >= pathLength || !canonicalize.IsThere() || !canonicalize(canonical, dotted))
+    if (dotted.Length() >= kPathLength || !canonicalize.IsThere() || !canonicalize(canonical, dotted))
         return full;
     return canonical;
 }

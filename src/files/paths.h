@@ -16,12 +16,12 @@ IString GetPathExtension(const wchar_t* path); // with its dot
 // What a path stands for.
 enum class PathClass
 {
-    missing = 0,
-    file = 1,
-    folder = 2,
-    printerPort = 3,
-    serialPort = 4,
-    usb = 6
+    Missing = 0,
+    File = 1,
+    Folder = 2,
+    PrinterPort = 3,
+    SerialPort = 4,
+    Usb = 6
 };
 
 // Ports are told by their names; "FILE:" in front of a path is taken off.

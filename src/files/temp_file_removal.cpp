@@ -18,13 +18,13 @@ Removal Failed(const wchar_t* format, const String& name)
     const DWORD error = GetLastError();
     if (UtilIsDeveloperRun())
         DebugLine(format, name.Text(), String::SystemErrorText(error).Text());
-    return error == ERROR_FILE_NOT_FOUND ? Removal::missing : Removal::failed;
+    return error == ERROR_FILE_NOT_FOUND ? Removal::Missing : Removal::Failed;
 }
 
 // Finer parts of a time than milliseconds don't count.
 bool IsBefore(const FILETIME& a, const FILETIME& b)
 {
-    return UnitsOf(a) / unitsPerMillisecond < UnitsOf(b) / unitsPerMillisecond;
+    return UnitsOf(a) / kUnitsPerMillisecond < UnitsOf(b) / kUnitsPerMillisecond;
 }
 
 } // namespace
@@ -34,25 +34,25 @@ Removal RemoveFile(const String& name)
     const DWORD attributes = GetFileAttributesW(name);
     if (attributes == INVALID_FILE_ATTRIBUTES)
         return GetLastError() == ERROR_FILE_NOT_FOUND
-                   ? Removal::missing
+                   ? Removal::Missing
                    : Failed(L"WRN: clsTempFileRemover: getting file attributes for '%s' failed: %s", name);
     if ((attributes & FILE_ATTRIBUTE_READONLY) != 0 &&
         !SetFileAttributesW(name, attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY)))
         return Failed(L"WRN: clsTempFileRemover: setting file '%s' r/w failed: %s", name);
     if (!DeleteFileW(name))
         return Failed(L"WRN: clsTempFileRemover: error deleting temp file '%s': %s", name);
-    return Removal::removed;
+    return Removal::Removed;
 }
 
 void SweepTempFiles(const String& activityFile, const FILETIME& now)
 {
     const IString folder = GetPathDirectory(activityFile);
-    const FILETIME limit = FileTimeOf(UnitsOf(now) - unitsPerHour);
+    const FILETIME limit = FileTimeOf(UnitsOf(now) - kUnitsPerHour);
     // Noted first, since deleting while the system lists the folder may make it skip entries.
     WCValSList<IString> names;
-    for (FileFinder finder(String(String::formatted, L"%s_%d_*", folder.Text(), tempNameVersion), false);
+    for (FileFinder finder(String(String::kFormatted, L"%s_%d_*", folder.Text(), kTempNameVersion), false);
          finder.Next();)
-        if (GetPathExtension(finder.Name()) != activityExtension && IsBefore(finder.Data().ftLastWriteTime, limit))
+        if (GetPathExtension(finder.Name()) != kActivityExtension && IsBefore(finder.Data().ftLastWriteTime, limit))
             names.Append(finder.Name());
     if (UtilIsDeveloperRun())
         DebugLine(

@@ -10,9 +10,9 @@ namespace qx
 
 enum class Removal
 {
-    removed,
-    missing, // there is no such file any more
-    failed
+    Removed,
+    Missing, // there is no such file any more
+    Failed
 };
 
 // Deletes a file, even a read-only one. What fails is logged in developers' runs.

@@ -20,10 +20,10 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t commonLength = 260;
-constexpr unsigned maxTries = 0xFFFFF;
-constexpr unsigned maxDeniedTries = 1000;
-constexpr double staleDays = 7.0;
+constexpr std::size_t kCommonLength = 260;
+constexpr unsigned kMaxTries = 0xFFFFF;
+constexpr unsigned kMaxDeniedTries = 1000;
+constexpr double kStaleDays = 7.0;
 
 String WithoutTrailingSeparators(String path)
 {
@@ -38,7 +38,7 @@ template <class Call>
 String TextFrom(Call call)
 {
     String text;
-    DWORD room = static_cast<DWORD>(commonLength);
+    DWORD room = static_cast<DWORD>(kCommonLength);
     DWORD length = call(text.GetBuffer(room), room);
     if (length >= room)
     {
@@ -90,7 +90,7 @@ String MakeSubfolders(const String& temp, const wchar_t* subfolders)
         folder += part;
         // A file of that name doesn't do for a folder.
         if (!CreateDirectoryW(folder, nullptr) &&
-            (GetLastError() != ERROR_ALREADY_EXISTS || ClassifyPath(folder) != PathClass::folder))
+            (GetLastError() != ERROR_ALREADY_EXISTS || ClassifyPath(folder) != PathClass::Folder))
             return temp;
     }
     folder += PATH_SEPARATOR;
@@ -103,7 +103,7 @@ double DaysFromNow(const FILETIME& time)
     FILETIME now;
     GetSystemTimeAsFileTime(&now);
     const double units = static_cast<double>(UnitsOf(now)) - static_cast<double>(UnitsOf(time));
-    return std::fabs(units) / static_cast<double>(24 * unitsPerHour);
+    return std::fabs(units) / static_cast<double>(24 * kUnitsPerHour);
 }
 
 HANDLE OpenFile(const String& name, DWORD disposition, DWORD flags)
@@ -116,13 +116,13 @@ HANDLE OpenFile(const String& name, DWORD disposition, DWORD flags)
 HANDLE TakeStaleFile(const String& name, DWORD flags)
 {
     WIN32_FILE_ATTRIBUTE_DATA data;
-    if (!GetFileData(name, data) || DaysFromNow(data.ftLastWriteTime) <= staleDays)
+    if (!GetFileData(name, data) || DaysFromNow(data.ftLastWriteTime) <= kStaleDays)
         return INVALID_HANDLE_VALUE;
     // Opened without the deletion on close first: a file that is in use after all must not vanish with the handle.
     clsGenericHandleObjectAutoRelease probe(OpenFile(name, OPEN_EXISTING, flags & ~FILE_FLAG_DELETE_ON_CLOSE), true);
     FILETIME lastWrite;
     if (!probe.IsValid() || !GetFileTime(probe.Get(), nullptr, nullptr, &lastWrite) ||
-        DaysFromNow(lastWrite) <= staleDays)
+        DaysFromNow(lastWrite) <= kStaleDays)
         return INVALID_HANDLE_VALUE;
     probe.Release();
     const HANDLE file = OpenFile(name, OPEN_EXISTING, flags);
@@ -141,7 +141,7 @@ bool IsWorthAnotherTry(DWORD error, unsigned tries)
     case ERROR_SHARING_VIOLATION:
         return true;
     case ERROR_ACCESS_DENIED: // also the answer for a name that is being deleted
-        return tries < maxDeniedTries;
+        return tries < kMaxDeniedTries;
     default:
         return false;
     }
@@ -175,7 +175,7 @@ struct NewFile
         if (folder.IsEmpty())
             folder = GetTempFolder(longNames);
         String middle;
-        middle.Format(L"_%d_", tempNameVersion);
+        middle.Format(L"_%d_", kTempNameVersion);
         middle += GetPathStem(base);
 
         DWORD flags = FILE_FLAG_SEQUENTIAL_SCAN | FILE_ATTRIBUTE_NORMAL;
@@ -183,7 +183,7 @@ struct NewFile
             flags |= FILE_FLAG_DELETE_ON_CLOSE | FILE_ATTRIBUTE_TEMPORARY;
 
         String name;
-        for (unsigned tries = 1; tries <= maxTries; ++tries)
+        for (unsigned tries = 1; tries <= kMaxTries; ++tries)
         {
             name.Format(L"%s%s%I64x.%s", folder.Text(), middle.Text(), nextNumber(), extension);
             HANDLE file = OpenFile(name, CREATE_NEW, flags);
@@ -219,7 +219,7 @@ String GetTempFolder(bool longNames)
 
 String GetTempSubfolder()
 {
-    return GetTempFolder(true) + tempSubfolder;
+    return GetTempFolder(true) + kTempSubfolder;
 }
 
 bool IsTempSubfolderForeign()
@@ -260,7 +260,7 @@ namespace
 HANDLE NewTempFile(const wchar_t* prefix, const wchar_t* extension)
 {
     clsGenericHandleObjectAutoRelease holder;
-    MakeTempFile(tempSubfolder, prefix, extension, true, &holder);
+    MakeTempFile(kTempSubfolder, prefix, extension, true, &holder);
     return holder.Detach();
 }
 

@@ -12,11 +12,11 @@
 namespace qx
 {
 
-constexpr wchar_t tempSubfolder[] = L"trelmo";
+constexpr wchar_t kTempSubfolder[] = L"trelmo";
 // The number in the names.
-constexpr int tempNameVersion = 23;
+constexpr int kTempNameVersion = 23;
 // The one file in the folder that is no temporary one: see clsTempFileRemover.
-constexpr wchar_t activityExtension[] = L".signal";
+constexpr wchar_t kActivityExtension[] = L".signal";
 
 // The user's temp folder, with a separator at its end; as the system gives it, or with long names. Asked for once.
 // Empty if there is none.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <climits>
+#include <cstdint>
 
 namespace qx
 {
@@ -20,7 +21,7 @@ static_assert(kUnicodeTests == 15 && kReversedUnicodeTests == 240);
 
 // The length of the UTF-8 sequence at `bytes`; 0 if there is none, or if it takes more than three bytes: all such
 // values lie above U+FFFF. A terminating zero ends the look-ahead, since it continues no sequence.
-unsigned SequenceLength(const uint8_t* bytes)
+unsigned SequenceLength(const std::uint8_t* bytes)
 {
     const auto length = static_cast<unsigned>(std::countl_one(bytes[0]));
     if (length == 0)
@@ -32,7 +33,7 @@ unsigned SequenceLength(const uint8_t* bytes)
         return 0;
     }
     const unsigned continuations = length - 1;
-    uint32_t value = bytes[0] & (63U >> continuations);
+    std::uint32_t value = bytes[0] & (63U >> continuations);
     for (unsigned i = 1; i <= continuations; ++i)
     {
         if ((bytes[i] & 0xC0) != 0x80)
@@ -44,7 +45,7 @@ unsigned SequenceLength(const uint8_t* bytes)
     return value > (length == 2 ? 0x7FU : 0x7FFU) ? length : 0;
 }
 
-bool IsUTF8(const uint8_t* bytes)
+bool IsUTF8(const std::uint8_t* bytes)
 {
     while (*bytes != 0)
     {
@@ -59,14 +60,14 @@ bool IsUTF8(const uint8_t* bytes)
 }
 
 // The system takes the count as int; the head of a larger text tells enough.
-bool PassesSystemTests(const uint8_t* bytes, size_t count, int tests)
+bool PassesSystemTests(const std::uint8_t* bytes, std::size_t count, int tests)
 {
-    return IsTextUnicode(bytes, static_cast<int>(std::min<size_t>(count, INT_MAX)), &tests) != FALSE;
+    return IsTextUnicode(bytes, static_cast<int>(std::min<std::size_t>(count, INT_MAX)), &tests) != FALSE;
 }
 
 } // namespace
 
-scByteOrderMark FindByteOrderMark(const uint8_t* bytes, size_t count)
+scByteOrderMark FindByteOrderMark(const std::uint8_t* bytes, std::size_t count)
 {
     if (count >= 3 && bytes[0] == 0xEF && bytes[1] == 0xBB && bytes[2] == 0xBF)
     {
@@ -83,7 +84,7 @@ scByteOrderMark FindByteOrderMark(const uint8_t* bytes, size_t count)
     return {UTFType::Unknown, 0};
 }
 
-UTFType GuessByZeroByte(const uint8_t* bytes, size_t count)
+UTFType GuessByZeroByte(const std::uint8_t* bytes, std::size_t count)
 {
     if (count < 2 || (bytes[0] == 0) == (bytes[1] == 0))
     {
@@ -92,7 +93,7 @@ UTFType GuessByZeroByte(const uint8_t* bytes, size_t count)
     return bytes[0] == 0 ? UTFType::UTF16BE : UTFType::UTF16LE;
 }
 
-UTFType GuessByContent(const uint8_t* bytes, size_t count)
+UTFType GuessByContent(const std::uint8_t* bytes, std::size_t count)
 {
     if (IsUTF8(bytes))
     {

@@ -18,17 +18,17 @@ enum class UTFType
 struct scByteOrderMark
 {
     UTFType type; // Unknown: there is none
-    uint32_t length;
+    std::uint32_t length;
 };
 
 // The mark at the start of `bytes`, of which the first three decide.
-scByteOrderMark FindByteOrderMark(const uint8_t* bytes, size_t count);
+scByteOrderMark FindByteOrderMark(const std::uint8_t* bytes, std::size_t count);
 
 // What two first bytes without a mark tell: a zero beside a byte that isn't.
-UTFType GuessByZeroByte(const uint8_t* bytes, size_t count);
+UTFType GuessByZeroByte(const std::uint8_t* bytes, std::size_t count);
 
 // What the text as a whole tells. `bytes` has a zero at index `count`. Text that is UTF-8 up to its first zero counts
 // as that, pure ASCII included; for other text the system's tests decide. Sequences above U+FFFF aren't accepted.
-UTFType GuessByContent(const uint8_t* bytes, size_t count);
+UTFType GuessByContent(const std::uint8_t* bytes, std::size_t count);
 
 } // namespace qx

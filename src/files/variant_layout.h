@@ -15,7 +15,7 @@ namespace qx
 constexpr int kMaxVariantDepth = 64;
 
 // 0 for those that have none, and for VT_BSTR, whose length is its own.
-constexpr uint8_t VariantPayloadSize(VARTYPE type)
+constexpr std::uint8_t VariantPayloadSize(VARTYPE type)
 {
     switch (type)
     {

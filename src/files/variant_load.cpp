@@ -4,6 +4,7 @@
 #include "files/variant_layout.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <deque>
 #include <utility>
@@ -48,7 +49,7 @@ public:
     }
 
 private:
-    static constexpr uint32_t kBlock = 4096;
+    static constexpr std::uint32_t kBlock = 4096;
 
     static bool HasPlace(VARTYPE type) { return type == VT_EMPTY || type == VT_NULL || VariantPayloadSize(type) != 0; }
 
@@ -91,14 +92,14 @@ private:
     }
 
     // All of it or nothing; what is left of the source then is gone too.
-    bool Take(void* target, size_t count)
+    bool Take(void* target, std::size_t count)
     {
         auto* bytes = static_cast<char*>(target);
         while (count != 0)
         {
             if (_next == _end && !Refill())
                 return false;
-            const size_t part = std::min(count, static_cast<size_t>(_end - _next));
+            const std::size_t part = std::min(count, static_cast<std::size_t>(_end - _next));
             std::memcpy(bytes, _next, part);
             _next += part;
             bytes += part;

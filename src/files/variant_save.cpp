@@ -5,6 +5,7 @@
 #include "files/file.h"
 #include "files/variant_layout.h"
 
+#include <cstdint>
 #include <string>
 
 namespace qx
@@ -40,7 +41,7 @@ public:
     }
 
 private:
-    static constexpr size_t kBlock = size_t{1} << 16;
+    static constexpr std::size_t kBlock = std::size_t{1} << 16;
 
     // The reader takes a zero for the end, so nothing goes behind one.
     void WriteText(BSTR text)
@@ -81,7 +82,7 @@ private:
         return static_cast<ULONG>(LONGLONG{last} - first + 1);
     }
 
-    void Put(const void* bytes, size_t count)
+    void Put(const void* bytes, std::size_t count)
     {
         _block.append(static_cast<const char*>(bytes), count);
         if (_block.size() >= kBlock)
@@ -91,7 +92,7 @@ private:
     void Flush()
     {
         if (!_block.empty() && !_isFull)
-            _isFull = _file.Write(_block.data(), _block.size()) != static_cast<int64_t>(_block.size());
+            _isFull = _file.Write(_block.data(), _block.size()) != static_cast<std::int64_t>(_block.size());
         _block.clear();
     }
 

@@ -12,7 +12,7 @@ namespace qx
 namespace
 {
 
-constexpr LCID languageBits = 0x3FF;
+constexpr LCID kLanguageBits = 0x3FF;
 
 String FromUtf8(std::string_view text)
 {
@@ -40,7 +40,7 @@ bool clsCountries::Resolve(const String& name, String& key) const
     if (_tables.aliasTable.Find(name, key))
         return true;
     // For this program a word alone is the name of a country and never a language.
-    if (_host == HostKind::vtz && name.View().find(L'-') == std::wstring_view::npos)
+    if (_host == HostKind::Vtz && name.View().find(L'-') == std::wstring_view::npos)
         return false;
     return _tables.tagTable.Find(name, key);
 }
@@ -97,7 +97,7 @@ String clsCountries::EnglishName(const String& name)
     String english = Find(_tables.displayTable, name, String());
     if (english.IsEmpty())
         english = NameByIsoCode(name);
-    if (english.IsEmpty() && _host == HostKind::vtz)
+    if (english.IsEmpty() && _host == HostKind::Vtz)
         english = NameByVehicleCode(name);
     return english;
 }
@@ -111,7 +111,7 @@ String clsCountries::NameByIsoCode(const String& code) const
 {
     const IString wanted(code);
     scCountryName row;
-    for (int id = firstCountryName; ReadCountryName(_source, id, row); ++id)
+    for (int id = kFirstCountryName; ReadCountryName(_source, id, row); ++id)
         if (wanted == row.code)
             return row.name;
     return String();
@@ -128,11 +128,11 @@ LCID clsCountries::Language(const String& name)
     EnsureLoaded();
     LCID locale = 0;
     if (_tables.languageTable.Find(name, locale))
-        return name.Length() == 2 ? locale & languageBits : locale;
+        return name.Length() == 2 ? locale & kLanguageBits : locale;
     const std::size_t hyphen = name.View().find(L'-');
     if (hyphen == std::wstring_view::npos || !_tables.languageTable.Find(name.Left(hyphen), locale))
         return 0;
-    return locale & languageBits;
+    return locale & kLanguageBits;
 }
 
 clsCountries& Countries()

@@ -17,12 +17,12 @@ namespace qx
 namespace
 {
 
-constexpr LCID mainRegion = 0x400;
-constexpr LCID regionBits = 0xFC00;
+constexpr LCID kMainRegion = 0x400;
+constexpr LCID kRegionBits = 0xFC00;
 
 bool IsMainRegion(LCID locale)
 {
-    return (locale & regionBits) == mainRegion;
+    return (locale & kRegionBits) == kMainRegion;
 }
 
 // Where the system has several locales for a country, the one that its plain names mean.
@@ -31,7 +31,7 @@ struct PreferredLocale
     const wchar_t* country;
     LCID locale;
 };
-constexpr PreferredLocale preferredLocales[] = {{L"AZ", 1068}, {L"BA", 5146}, {L"BE", 2060}, {L"BO", 16394},
+constexpr PreferredLocale kPreferredLocales[] = {{L"AZ", 1068}, {L"BA", 5146}, {L"BE", 2060}, {L"BO", 16394},
     {L"CA", 4105}, {L"CH", 2055}, {L"CL", 13322}, {L"EC", 12298}, {L"ES", 1034}, {L"FI", 1035}, {L"GB", 2057},
     {L"IE", 6153}, {L"IN", 1081}, {L"LU", 1134}, {L"MQ", 1036}, {L"NO", 2068}, {L"NZ", 5129}, {L"PE", 10250},
     {L"PH", 13321}, {L"RU", 1049}, {L"SE", 1053}, {L"SP", 6170}, {L"SY", 1114}, {L"UZ", 1091}, {L"ZA", 7177}};
@@ -43,7 +43,7 @@ LCID ChoosePreferred(const String& country, const LocalesOfCountry& locales)
     const LCID first = *locales.begin();
     if (locales.Count() == 1)
         return first;
-    for (const PreferredLocale& row : preferredLocales)
+    for (const PreferredLocale& row : kPreferredLocales)
         if (country == row.country)
             return row.locale;
     for (const LCID locale : locales)
@@ -54,12 +54,12 @@ LCID ChoosePreferred(const String& country, const LocalesOfCountry& locales)
 
 String Decimal(LCID locale)
 {
-    return String(String::formatted, L"%u", static_cast<unsigned>(locale));
+    return String(String::kFormatted, L"%u", static_cast<unsigned>(locale));
 }
 
 String Hexadecimal(LCID locale)
 {
-    return String(String::formatted, L"0x%04x", static_cast<unsigned>(locale));
+    return String(String::kFormatted, L"0x%04x", static_cast<unsigned>(locale));
 }
 
 // The text up to a separator, or all of it; what stands behind the separator goes to `behind`.
@@ -103,7 +103,7 @@ private:
     void ReadIsoNames()
     {
         scCountryName row;
-        for (int id = firstCountryName; ReadCountryName(_source, id, row); ++id)
+        for (int id = kFirstCountryName; ReadCountryName(_source, id, row); ++id)
             _isoNames.Insert(row.code, row.name);
     }
 
@@ -204,10 +204,10 @@ private:
     // Rows may be missing in between; the bound ends a list whose last row is.
     void AddResourceCountries()
     {
-        for (int id = firstCountry; id <= lastCountry; ++id)
+        for (int id = kFirstCountry; id <= kLastCountry; ++id)
         {
             const String row = _source.Row(id);
-            if (row == endOfRows)
+            if (row == kEndOfRows)
                 break;
             if (!row.IsEmpty())
                 AddResourceCountry(row);
@@ -280,7 +280,7 @@ private:
     {
         const std::vector<std::pair<String, String>> keys = CanonicalAliases();
         scCountryName row;
-        for (int id = firstCountryName; ReadCountryName(_source, id, row); ++id)
+        for (int id = kFirstCountryName; ReadCountryName(_source, id, row); ++id)
         {
             const IString beginning(row.name + L"*");
             const auto fits = [&, length = static_cast<int>(beginning.Length())](const String& key)
@@ -316,9 +316,9 @@ private:
         return keys;
     }
 
-    static constexpr int firstCountry = 400;
-    static constexpr int lastCountry = 520;
-    static constexpr const wchar_t* endOfRows = L"-";
+    static constexpr int kFirstCountry = 400;
+    static constexpr int kLastCountry = 520;
+    static constexpr const wchar_t* kEndOfRows = L"-";
 
     scCountryTables& _tables;
     const clsCountrySource& _source;
@@ -330,7 +330,7 @@ private:
 
 String CanonicalKey(const String& country, LCID locale)
 {
-    return String(String::formatted, L"%s*%d", country.Text(), static_cast<int>(locale));
+    return String(String::kFormatted, L"%s*%d", country.Text(), static_cast<int>(locale));
 }
 
 void LoadCountryTables(scCountryTables& tables, const clsCountrySource& source)

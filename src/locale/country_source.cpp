@@ -15,9 +15,9 @@ namespace qx
 namespace
 {
 
-constexpr int infoCharacters = 100;
-constexpr int nameCharacters = 85;
-constexpr unsigned short vista = 0x600;
+constexpr int kInfoCharacters = 100;
+constexpr int kNameCharacters = 85;
+constexpr unsigned short kVista = 0x600;
 
 // Callbacks of the older enumeration get no argument of the caller's. The load that asks is the only one.
 WCValSList<LCID>* listOfAll = nullptr;
@@ -63,8 +63,8 @@ public:
 
     bool Info(LCID locale, LCTYPE type, String& text) const override
     {
-        wchar_t buffer[infoCharacters];
-        if (GetLocaleInfoW(locale, type, buffer, infoCharacters) == 0)
+        wchar_t buffer[kInfoCharacters];
+        if (GetLocaleInfoW(locale, type, buffer, kInfoCharacters) == 0)
             return false;
         text = buffer;
         return true;
@@ -72,10 +72,10 @@ public:
 
     String LocaleName(LCID locale) const override
     {
-        wchar_t buffer[nameCharacters];
+        wchar_t buffer[kNameCharacters];
         clsKernel32& kernel = Kernel32();
-        const bool hasName = SystemVersion() >= vista && kernel.p_LCIDToLocaleName.IsThere() &&
-                             kernel.p_LCIDToLocaleName(locale, buffer, nameCharacters, 0) != 0;
+        const bool hasName = SystemVersion() >= kVista && kernel.p_LCIDToLocaleName.IsThere() &&
+                             kernel.p_LCIDToLocaleName(locale, buffer, kNameCharacters, 0) != 0;
         return hasName ? String(buffer) : String();
     }
 

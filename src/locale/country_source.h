@@ -30,7 +30,7 @@ public:
 const clsCountrySource& SystemCountrySource();
 
 // The rows of the list of names, from firstCountryName on: code, English name, registration code.
-inline constexpr int firstCountryName = 101;
+inline constexpr int kFirstCountryName = 101;
 
 struct scCountryName
 {

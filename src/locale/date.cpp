@@ -1,29 +1,31 @@
 #include "locale/date.h"
 
+#include <cstdint>
+
 namespace qx
 {
 
 namespace
 {
 
-constexpr int64_t kFirstGregorianDate = 15821015; // year, month, day in digits
-constexpr int64_t kFirstGregorianDay = 2299161;
-constexpr int64_t kFirstDayOfYear1 = 1721424;
+constexpr std::int64_t kFirstGregorianDate = 15821015; // year, month, day in digits
+constexpr std::int64_t kFirstGregorianDay = 2299161;
+constexpr std::int64_t kFirstDayOfYear1 = 1721424;
 
 // The steps are made in 64 bits: no combination of fields overflows there.
-int64_t Truncated(double value)
+std::int64_t Truncated(double value)
 {
-    return static_cast<int64_t>(value);
+    return static_cast<std::int64_t>(value);
 }
 
-int32_t DayOfWeek(uint32_t julianDay, int32_t firstDayOfWeek)
+std::int32_t DayOfWeek(std::uint32_t julianDay, std::int32_t firstDayOfWeek)
 {
-    return static_cast<int32_t>((int64_t{julianDay} - firstDayOfWeek + 3) % 7) + 1;
+    return static_cast<std::int32_t>((std::int64_t{julianDay} - firstDayOfWeek + 3) % 7) + 1;
 }
 
 } // namespace
 
-clsDate::clsDate(int32_t dayOfMonth, int32_t monthOfYear, int32_t yearOfEra)
+clsDate::clsDate(std::int32_t dayOfMonth, std::int32_t monthOfYear, std::int32_t yearOfEra)
     : year(yearOfEra),
       month(monthOfYear),
       day(dayOfMonth)
@@ -32,50 +34,50 @@ clsDate::clsDate(int32_t dayOfMonth, int32_t monthOfYear, int32_t yearOfEra)
     FromJulian();
     if (year != yearOfEra || month != monthOfYear || day != dayOfMonth)
     {
-        julianDay = invalidDay;
+        julianDay = kInvalidDay;
         year = month = day = 0;
     }
 }
 
 void clsDate::ToJulian()
 {
-    const int64_t months = int64_t{month} - 1;
-    const int64_t carry = months >= 0 ? months / 12 : -((11 - months) / 12);
-    month = static_cast<int32_t>(months - carry * 12 + 1);
-    year = static_cast<int32_t>(year + carry);
+    const std::int64_t months = std::int64_t{month} - 1;
+    const std::int64_t carry = months >= 0 ? months / 12 : -((11 - months) / 12);
+    month = static_cast<std::int32_t>(months - carry * 12 + 1);
+    year = static_cast<std::int32_t>(year + carry);
 
     // The year begins in March here, so that the leap day is its last.
-    int64_t y = year < 1 ? int64_t{year} + 1 : year;
-    int64_t m = month;
+    std::int64_t y = year < 1 ? std::int64_t{year} + 1 : year;
+    std::int64_t m = month;
     if (m < 3)
     {
         m += 12;
         --y;
     }
-    int64_t b = 0;
+    std::int64_t b = 0;
     if (m * 100 + y * 10000 + day >= kFirstGregorianDate)
         b = y / 100 / 4 - y / 100 + 2;
     const auto monthDays = Truncated(static_cast<double>(m + 1) * 30.6001);
     const auto yearDays = Truncated(static_cast<double>(y) * 365.25);
-    julianDay = static_cast<uint32_t>(monthDays + day + yearDays + 1720994 + b);
+    julianDay = static_cast<std::uint32_t>(monthDays + day + yearDays + 1720994 + b);
     dayOfWeek = DayOfWeek(julianDay, firstDayOfWeek);
 }
 
 void clsDate::FromJulian()
 {
-    int64_t a = int64_t{julianDay} + 1;
+    std::int64_t a = std::int64_t{julianDay} + 1;
     if (a >= kFirstGregorianDay)
     {
-        const int64_t alpha = Truncated((static_cast<double>(a) - 1867216.25) / 36524.25);
-        a = int64_t{julianDay} + 2 + alpha - alpha / 4;
+        const std::int64_t alpha = Truncated((static_cast<double>(a) - 1867216.25) / 36524.25);
+        a = std::int64_t{julianDay} + 2 + alpha - alpha / 4;
     }
-    const int64_t b = a < kFirstDayOfYear1 ? a + 1158 : a + 1524;
-    const int64_t c = Truncated((static_cast<double>(b) - 122.1) / 365.25);
-    const int64_t d = Truncated(static_cast<double>(c) * 365.25);
-    const int64_t e = Truncated(static_cast<double>(b - d) / 30.6001);
-    day = static_cast<int32_t>(b - d - Truncated(static_cast<double>(e) * 30.6001));
-    month = static_cast<int32_t>(e < 14 ? e - 1 : e - 13);
-    year = static_cast<int32_t>(month > 2 ? c - 4716 : c - 4715);
+    const std::int64_t b = a < kFirstDayOfYear1 ? a + 1158 : a + 1524;
+    const std::int64_t c = Truncated((static_cast<double>(b) - 122.1) / 365.25);
+    const std::int64_t d = Truncated(static_cast<double>(c) * 365.25);
+    const std::int64_t e = Truncated(static_cast<double>(b - d) / 30.6001);
+    day = static_cast<std::int32_t>(b - d - Truncated(static_cast<double>(e) * 30.6001));
+    month = static_cast<std::int32_t>(e < 14 ? e - 1 : e - 13);
+    year = static_cast<std::int32_t>(month > 2 ? c - 4716 : c - 4715);
     dayOfWeek = DayOfWeek(julianDay, firstDayOfWeek);
 }
 

@@ -16,7 +16,7 @@ class clsDate
 {
 public:
     // A date that doesn't exist gives the invalid one: all bits of julianDay set, and no day, month and year.
-    clsDate(int32_t dayOfMonth, int32_t monthOfYear, int32_t yearOfEra);
+    clsDate(std::int32_t dayOfMonth, std::int32_t monthOfYear, std::int32_t yearOfEra);
     virtual ~clsDate() = default;
 
     // Fills julianDay and dayOfWeek from the other fields, after a month out of bounds has been carried into the year.
@@ -25,16 +25,16 @@ public:
     // Fills the other fields from julianDay.
     void FromJulian();
 
-    bool IsValid() const { return julianDay != invalidDay; }
+    bool IsValid() const { return julianDay != kInvalidDay; }
 
-    static constexpr uint32_t invalidDay = 0xFFFFFFFF;
+    static constexpr std::uint32_t kInvalidDay = 0xFFFFFFFF;
 
-    uint32_t julianDay = 0; // the Julian date of the midnight that begins the day, without its half
-    int32_t year;
-    int32_t month;
-    int32_t day;
-    int32_t dayOfWeek = 0;      // 1 is Sunday, 7 Saturday
-    int32_t firstDayOfWeek = 1; // Sunday
+    std::uint32_t julianDay = 0; // the Julian date of the midnight that begins the day, without its half
+    std::int32_t year;
+    std::int32_t month;
+    std::int32_t day;
+    std::int32_t dayOfWeek = 0;      // 1 is Sunday, 7 Saturday
+    std::int32_t firstDayOfWeek = 1; // Sunday
 };
 
 } // namespace qx

@@ -5,6 +5,8 @@
 
 #include <wchar.h>
 
+#include <cstdint>
+
 namespace qx
 {
 
@@ -13,18 +15,18 @@ namespace
 
 struct DateFields
 {
-    int32_t day;
-    int32_t month;
-    int32_t year;
+    std::int32_t day;
+    std::int32_t month;
+    std::int32_t year;
 };
 
 // A number beyond all dates stays one. A group that took no part is 0.
-int32_t NumberAt(const clsRegExMatchList& matches, size_t entry, int32_t substitute)
+std::int32_t NumberAt(const clsRegExMatchList& matches, std::size_t entry, std::int32_t substitute)
 {
-    return entry < matches.Count() ? static_cast<int32_t>(wcstol(matches[entry].text, nullptr, 10)) : substitute;
+    return entry < matches.Count() ? static_cast<std::int32_t>(wcstol(matches[entry].text, nullptr, 10)) : substitute;
 }
 
-DateFields InOrder(const int32_t (&parts)[3], DateOrder order)
+DateFields InOrder(const std::int32_t (&parts)[3], DateOrder order)
 {
     switch (order)
     {
@@ -38,7 +40,7 @@ DateFields InOrder(const int32_t (&parts)[3], DateOrder order)
 }
 
 // Whether the field was missing and today's value stands in for it.
-bool FillMissing(int32_t& field, uint32_t flags, WORD ofToday)
+bool FillMissing(std::int32_t& field, std::uint32_t flags, WORD ofToday)
 {
     if (field != 0 && field != kNotGiven)
         return false;
@@ -56,33 +58,33 @@ bool Exists(const DateFields& date)
 
 } // namespace
 
-void SetTimeOnly(const clsRegExMatchList& matches, uint32_t flags, SYSTEMTIME& time)
+void SetTimeOnly(const clsRegExMatchList& matches, std::uint32_t flags, SYSTEMTIME& time)
 {
-    const int32_t missing = (flags & LOCDATE_ZERO_MISSING) != 0 ? 0 : kNotGiven;
+    const std::int32_t missing = (flags & LOCDATE_ZERO_MISSING) != 0 ? 0 : kNotGiven;
     time.wHour = static_cast<WORD>(NumberAt(matches, 1, missing));
     time.wMinute = static_cast<WORD>(NumberAt(matches, 2, missing));
     time.wSecond = static_cast<WORD>(NumberAt(matches, 3, missing));
 }
 
-int32_t SetDateAndTime(
-    const clsRegExMatchList& matches, DateOrder order, uint32_t flags, const SYSTEMTIME& today, SYSTEMTIME& time)
+std::int32_t SetDateAndTime(
+    const clsRegExMatchList& matches, DateOrder order, std::uint32_t flags, const SYSTEMTIME& today, SYSTEMTIME& time)
 {
     const bool zeroMissing = (flags & LOCDATE_ZERO_MISSING) != 0;
-    const int32_t missing = zeroMissing ? 0 : kNotGiven;
+    const std::int32_t missing = zeroMissing ? 0 : kNotGiven;
     DateFields date =
         InOrder({NumberAt(matches, 1, missing), NumberAt(matches, 2, missing), NumberAt(matches, 3, missing)}, order);
 
     bool isDefaulted = FillMissing(date.day, flags, today.wDay);
     isDefaulted |= FillMissing(date.month, flags, today.wMonth);
     isDefaulted |= FillMissing(date.year, flags, today.wYear);
-    int32_t result = isDefaulted && (flags & LOCDATE_REPORT_DEFAULT) != 0 ? kDateDefaulted : 0;
+    std::int32_t result = isDefaulted && (flags & LOCDATE_REPORT_DEFAULT) != 0 ? kDateDefaulted : 0;
     if ((flags & LOCDATE_EXPAND_YEAR) != 0 && date.year < 100)
         date.year += date.year >= 30 ? 1900 : 2000;
     time.wDay = static_cast<WORD>(date.day);
     time.wMonth = static_cast<WORD>(date.month);
     time.wYear = static_cast<WORD>(date.year);
 
-    const int32_t hour = NumberAt(matches, 4, kNotGiven);
+    const std::int32_t hour = NumberAt(matches, 4, kNotGiven);
     if (hour == kNotGiven)
     {
         time.wHour = time.wMinute = time.wSecond = (flags & LOCDATE_MARK_NO_TIME) != 0 ? kNotGiven : 0;

@@ -6,15 +6,17 @@
 #include "locale/date_fields.h"
 #include "locale/format_pattern.h"
 
+#include <cstdint>
+
 namespace qx
 {
 
 namespace
 {
 
-constexpr uint32_t kCaseless = 8;
-constexpr size_t kMarkerOfFullForm = 7; // behind three parts of a date and three of a time
-constexpr size_t kMarkerOfTime = 4;
+constexpr std::uint32_t kCaseless = 8;
+constexpr std::size_t kMarkerOfFullForm = 7; // behind three parts of a date and three of a time
+constexpr std::size_t kMarkerOfTime = 4;
 
 String UserFormat(LCTYPE type)
 {
@@ -23,7 +25,7 @@ String UserFormat(LCTYPE type)
 }
 
 // The marker in capitals, empty if there is none.
-String MarkerOf(const clsRegExMatchList& matches, const std::optional<size_t>& entry)
+String MarkerOf(const clsRegExMatchList& matches, const std::optional<std::size_t>& entry)
 {
     if (!entry || *entry >= matches.Count())
         return {};
@@ -49,19 +51,19 @@ bool DateSettings::IsEqual(const DateSettings& other) const
            dateFormat == other.dateFormat;
 }
 
-clsDateParser::Attempt::Attempt(const String& text, DateOrder dateOrder, std::optional<size_t> markerEntry)
+clsDateParser::Attempt::Attempt(const String& text, DateOrder dateOrder, std::optional<std::size_t> markerEntry)
     : pattern(text, kCaseless),
       order(dateOrder),
       marker(markerEntry)
 {
 }
 
-void clsDateParser::AddTimeOnly(const String& pattern, std::optional<size_t> marker)
+void clsDateParser::AddTimeOnly(const String& pattern, std::optional<std::size_t> marker)
 {
     _timesOnly.emplace_back(L"^" + pattern + L"$", _settings.info.dateOrder, marker);
 }
 
-void clsDateParser::AddFull(const String& date, const String& time, DateOrder order, std::optional<size_t> marker)
+void clsDateParser::AddFull(const String& date, const String& time, DateOrder order, std::optional<std::size_t> marker)
 {
     _full.emplace_back(L"^" + date + L"(?:[ ,]+" + time + L")?$", order, marker);
 }
@@ -97,7 +99,7 @@ clsDateParser::clsDateParser(const DateSettings& settings) : _settings(settings)
     AddFull(datePatternDotted, timePatternColon, DateOrder::DayMonthYear, std::nullopt);
 }
 
-int32_t clsDateParser::Parse(const String& text, uint32_t flags, const SYSTEMTIME& today, SYSTEMTIME& time)
+std::int32_t clsDateParser::Parse(const String& text, std::uint32_t flags, const SYSTEMTIME& today, SYSTEMTIME& time)
 {
     time = {};
     clsRegExMatchList matches;
@@ -112,7 +114,7 @@ int32_t clsDateParser::Parse(const String& text, uint32_t flags, const SYSTEMTIM
     for (Attempt& attempt : _full)
         if (attempt.pattern.Match(text, &matches))
         {
-            const int32_t result = SetDateAndTime(matches, attempt.order, flags, today, time);
+            const std::int32_t result = SetDateAndTime(matches, attempt.order, flags, today, time);
             ApplyMarker(MarkerOf(matches, attempt.marker), time);
             return result;
         }
@@ -121,7 +123,7 @@ int32_t clsDateParser::Parse(const String& text, uint32_t flags, const SYSTEMTIM
 
 std::shared_ptr<clsDateParser> FindDateParser(const DateSettings& settings)
 {
-    constexpr size_t kept = 8;
+    constexpr std::size_t kEpt = 8;
     struct Known
     {
         clsCriticalSection lock;
@@ -132,12 +134,12 @@ std::shared_ptr<clsDateParser> FindDateParser(const DateSettings& settings)
     for (const std::shared_ptr<clsDateParser>& parser : known.parsers)
         if (parser->Settings().IsEqual(settings))
             return parser;
-    if (known.parsers.size() == kept)
+    if (known.parsers.size() == kEpt)
         known.parsers.pop_back();
     return known.parsers.emplace_front(std::make_shared<clsDateParser>(settings));
 }
 
-int32_t ParseLocaleDate(LCID locale, const wchar_t* text, uint32_t flags, SYSTEMTIME& time)
+std::int32_t ParseLocaleDate(LCID locale, const wchar_t* text, std::uint32_t flags, SYSTEMTIME& time)
 {
     time = {};
     SYSTEMTIME now;

@@ -7,6 +7,7 @@
 
 #include <windows.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -15,7 +16,7 @@
 namespace qx
 {
 
-enum : uint32_t
+enum : std::uint32_t
 {
     LOCDATE_EXPAND_YEAR = 0x01,
     LOCDATE_REPORT_DEFAULT = 0x02,
@@ -24,8 +25,8 @@ enum : uint32_t
     LOCDATE_MARK_NO_TIME = 0x10
 };
 
-constexpr int32_t kDateDefaulted = -52; // or a date that doesn't exist
-constexpr WORD kNotGiven = 0xFFFF;      // what a field holds that the text doesn't give
+constexpr std::int32_t kDateDefaulted = -52; // or a date that doesn't exist
+constexpr WORD kNotGiven = 0xFFFF;           // what a field holds that the text doesn't give
 
 // All that a text's meaning depends on beside the flags and the present day.
 struct DateSettings
@@ -55,20 +56,20 @@ public:
     const DateSettings& Settings() const { return _settings; }
 
     // `text` is not empty and has no blanks at its ends. 0 or kDateDefaulted; the time is all zeros if nothing matches.
-    int32_t Parse(const String& text, uint32_t flags, const SYSTEMTIME& today, SYSTEMTIME& time);
+    std::int32_t Parse(const String& text, std::uint32_t flags, const SYSTEMTIME& today, SYSTEMTIME& time);
 
 private:
     struct Attempt
     {
-        Attempt(const String& pattern, DateOrder dateOrder, std::optional<size_t> markerEntry);
+        Attempt(const String& pattern, DateOrder dateOrder, std::optional<std::size_t> markerEntry);
 
         clsRegEx pattern;
         DateOrder order;
-        std::optional<size_t> marker; // the entry that tells the half of the day
+        std::optional<std::size_t> marker; // the entry that tells the half of the day
     };
 
-    void AddTimeOnly(const String& pattern, std::optional<size_t> marker);
-    void AddFull(const String& date, const String& time, DateOrder order, std::optional<size_t> marker);
+    void AddTimeOnly(const String& pattern, std::optional<std::size_t> marker);
+    void AddFull(const String& date, const String& time, DateOrder order, std::optional<std::size_t> marker);
 
     const DateSettings _settings;
     std::deque<Attempt> _timesOnly; // which leave their elements where they are
@@ -79,6 +80,6 @@ private:
 std::shared_ptr<clsDateParser> FindDateParser(const DateSettings& settings);
 
 // A text in the forms of a locale; of a time alone where the flags allow it. An empty one is the present local time.
-int32_t ParseLocaleDate(LCID locale, const wchar_t* text, uint32_t flags, SYSTEMTIME& time);
+std::int32_t ParseLocaleDate(LCID locale, const wchar_t* text, std::uint32_t flags, SYSTEMTIME& time);
 
 } // namespace qx

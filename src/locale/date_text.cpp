@@ -4,6 +4,7 @@
 #include "locale/machine_date.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace qx
 {
@@ -13,7 +14,7 @@ namespace
 
 constexpr int kTextChars = 20; // of a date or a time, with its terminator
 constexpr WORD kFirstYearOfSystem = 1601;
-constexpr size_t kFormatChars = 256;
+constexpr std::size_t kFormatChars = 256;
 
 String DateText(LCID locale, const SYSTEMTIME* time)
 {
@@ -34,7 +35,7 @@ bool ShowsTime(const SYSTEMTIME* time)
     return time == nullptr || time->wHour != 0 || time->wMinute != 0 || time->wSecond != 0;
 }
 
-String TimeText(LCID locale, const SYSTEMTIME* time, uint32_t flags)
+String TimeText(LCID locale, const SYSTEMTIME* time, std::uint32_t flags)
 {
     DWORD systemFlags = 0;
     if ((flags & kTextTimeWithoutSeconds) != 0)
@@ -54,10 +55,10 @@ wchar_t LowerLetter(wchar_t c)
 
 void AppendNumber(String& text, const wchar_t* format, int number)
 {
-    text.Append(String(String::formatted, format, number));
+    text.Append(String(String::kFormatted, format, number));
 }
 
-void AppendPart(String& text, wchar_t letter, size_t count, const clsDate& date)
+void AppendPart(String& text, wchar_t letter, std::size_t count, const clsDate& date)
 {
     switch (letter)
     {
@@ -79,7 +80,7 @@ void AppendPart(String& text, wchar_t letter, size_t count, const clsDate& date)
 
 } // namespace
 
-String FormatEarlyDate(const clsDate& date, LCID locale, const wchar_t* format, size_t maxChars)
+String FormatEarlyDate(const clsDate& date, LCID locale, const wchar_t* format, std::size_t maxChars)
 {
     wchar_t ownFormat[kFormatChars] = {};
     if (format == nullptr)
@@ -90,10 +91,10 @@ String FormatEarlyDate(const clsDate& date, LCID locale, const wchar_t* format, 
     const String held(format, 0, kFormatChars - 1);
     String text;
     bool isQuoted = false;
-    for (size_t i = 0; i < held.Length();)
+    for (std::size_t i = 0; i < held.Length();)
     {
         const wchar_t letter = LowerLetter(held.CharAt(i));
-        size_t end = i + 1;
+        std::size_t end = i + 1;
         if (letter == L'"')
         {
             isQuoted = !isQuoted;
@@ -113,7 +114,7 @@ String FormatEarlyDate(const clsDate& date, LCID locale, const wchar_t* format, 
     return text.Left(maxChars);
 }
 
-String LocaleDateText(LCID locale, const SYSTEMTIME* time, uint32_t flags)
+String LocaleDateText(LCID locale, const SYSTEMTIME* time, std::uint32_t flags)
 {
     String text;
     if ((flags & kTextDate) != 0)
@@ -127,14 +128,14 @@ String LocaleDateText(LCID locale, const SYSTEMTIME* time, uint32_t flags)
     return text;
 }
 
-bool CompactFromLocaleText(const wchar_t* text, uint32_t flags, String& compact)
+bool CompactFromLocaleText(const wchar_t* text, std::uint32_t flags, String& compact)
 {
-    constexpr size_t dateLength = 8;
-    constexpr size_t fullLength = 14;
+    constexpr std::size_t kDateLength = 8;
+    constexpr std::size_t kFullLength = 14;
     compact = text;
-    if ((compact.Length() == dateLength || compact.Length() == fullLength) && IsAllDigits(compact.View()))
+    if ((compact.Length() == kDateLength || compact.Length() == kFullLength) && IsAllDigits(compact.View()))
     {
-        if (compact.Length() == dateLength)
+        if (compact.Length() == kDateLength)
             compact.Append(L"000000");
         return true;
     }
@@ -158,7 +159,7 @@ String LocaleTextFromCompact(const wchar_t* compact)
         return {};
     SYSTEMTIME time = SplitCompactDate(trimmed.View());
     // A part of the time counts only if it is all there.
-    const size_t length = trimmed.Length();
+    const std::size_t length = trimmed.Length();
     if (length < 10)
         time.wHour = 0;
     if (length < 12)

@@ -77,7 +77,7 @@ TimePattern PatternOfTimeFormat(const String& format)
 {
     TimePattern result;
     WCValSList<String> literals;
-    size_t groups = 0;
+    std::size_t groups = 0;
     clsRegEx tokens(L"([^hHmst]+)?(h{1,2}|H{1,2}|m{1,2}|s{1,2}|t{1,2})", 0);
     const String withTokens = tokens.GSub(TakeLiteralsOut(format, literals),
         [&](const clsRegExMatchList& matches, String& replacement)

@@ -3,6 +3,7 @@
 
 #include "core/text/string.h"
 
+#include <cstddef>
 #include <optional>
 
 namespace qx
@@ -11,7 +12,7 @@ namespace qx
 struct TimePattern
 {
     String text;
-    std::optional<size_t> marker; // the group of the half of the day, counted from 1, if the format asks for one
+    std::optional<std::size_t> marker; // the group of the half of the day, counted from 1, if the format asks for one
 };
 
 // Of a format such as HH:mm:ss. Only doubled letters count: a single one stays a letter, so that the pattern of h:mm tt

@@ -12,7 +12,7 @@ namespace qx
 HostKind HostKindByName(const wchar_t* internalName)
 {
     const IString name(internalName);
-    return name == L"vtz" ? HostKind::vtz : name == L"hqd" ? HostKind::hqd : HostKind::other;
+    return name == L"vtz" ? HostKind::Vtz : name == L"hqd" ? HostKind::Hqd : HostKind::Other;
 }
 
 HostKind ThisHostKind()

@@ -7,9 +7,9 @@ namespace qx
 // Some programs get other answers than the rest.
 enum class HostKind
 {
-    vtz = 1,
-    hqd = 2,
-    other = 3
+    Vtz = 1,
+    Hqd = 2,
+    Other = 3
 };
 
 HostKind HostKindByName(const wchar_t* internalName);

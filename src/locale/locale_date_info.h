@@ -10,7 +10,7 @@
 namespace qx
 {
 
-enum class DateOrder : uint32_t
+enum class DateOrder : std::uint32_t
 {
     DayMonthYear = 0,
     MonthDayYear = 1,

@@ -15,10 +15,10 @@ namespace qx
 namespace
 {
 
-constexpr size_t kCompactLength = 14;
+constexpr std::size_t kCompactLength = 14;
 
 // A part may be cut short, or hold what is no digit: it is what its first digits say.
-WORD PartAt(std::wstring_view text, size_t offset, size_t length)
+WORD PartAt(std::wstring_view text, std::size_t offset, std::size_t length)
 {
     unsigned value = 0;
     for (const wchar_t c : offset < text.size() ? text.substr(offset, length) : std::wstring_view())
@@ -32,8 +32,8 @@ WORD PartAt(std::wstring_view text, size_t offset, size_t length)
 
 std::wstring_view WithoutBlanks(std::wstring_view text)
 {
-    const size_t begin = std::min(text.find_first_not_of(L' '), text.size());
-    const size_t end = text.find_last_not_of(L' ') + 1; // 0 if there is nothing else
+    const std::size_t begin = std::min(text.find_first_not_of(L' '), text.size());
+    const std::size_t end = text.find_last_not_of(L' ') + 1; // 0 if there is nothing else
     return text.substr(begin, end > begin ? end - begin : 0);
 }
 

@@ -107,7 +107,7 @@ bool MatchAnywhere(std::wstring_view text, clsRegExMatchList& matches, Parts& pa
     // Between its parts the date has white space, which most texts of the other forms don't have.
     if (std::none_of(text.begin(), text.end(), IsSpace) || !date.Match(String(text), &matches))
         return false;
-    const auto group = [&matches](size_t number)
+    const auto group = [&matches](std::size_t number)
     {
         return number < matches.Count() ? matches[number].text.View() : std::wstring_view();
     };
@@ -118,9 +118,9 @@ bool MatchAnywhere(std::wstring_view text, clsRegExMatchList& matches, Parts& pa
 // What is beyond a field's numbers is beyond all dates as well.
 WORD FieldOf(std::wstring_view digits)
 {
-    uint32_t value = 0;
+    std::uint32_t value = 0;
     for (const wchar_t digit : digits)
-        value = std::min<uint32_t>(value * 10 + static_cast<uint32_t>(digit - L'0'), 0xFFFF);
+        value = std::min<std::uint32_t>(value * 10 + static_cast<std::uint32_t>(digit - L'0'), 0xFFFF);
     return static_cast<WORD>(value);
 }
 

@@ -1,18 +1,20 @@
 #include "locale/time_arithmetic.h"
 
+#include <cstdint>
+
 namespace qx
 {
 
-void AddMinutes(SYSTEMTIME& time, int64_t minutes)
+void AddMinutes(SYSTEMTIME& time, std::int64_t minutes)
 {
-    constexpr int64_t unitsPerMinute = 600'000'000;
+    constexpr std::int64_t kUnitsPerMinute = 600'000'000;
     FILETIME fileTime;
     if (SystemTimeToFileTime(&time, &fileTime))
     {
         ULARGE_INTEGER units;
         units.LowPart = fileTime.dwLowDateTime;
         units.HighPart = fileTime.dwHighDateTime;
-        units.QuadPart += static_cast<ULONGLONG>(minutes * unitsPerMinute);
+        units.QuadPart += static_cast<ULONGLONG>(minutes * kUnitsPerMinute);
         fileTime = {units.LowPart, units.HighPart};
         if (FileTimeToSystemTime(&fileTime, &time))
             return;

@@ -12,6 +12,6 @@ namespace qx
 inline constexpr SYSTEMTIME kNoTime{0, 0, 0xFFFF, 0, 0, 0, 0, 0};
 
 // Carries over days, months and years, and sets the day of the week. kNoTime if either time isn't one of the system's.
-void AddMinutes(SYSTEMTIME& time, int64_t minutes);
+void AddMinutes(SYSTEMTIME& time, std::int64_t minutes);
 
 } // namespace qx

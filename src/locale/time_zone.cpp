@@ -4,6 +4,7 @@
 #include "locale/time_arithmetic.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace qx
 {
@@ -11,10 +12,10 @@ namespace qx
 namespace
 {
 
-constexpr int32_t kLastWeek = 5;
+constexpr std::int32_t kLastWeek = 5;
 
 template <class Call>
-int32_t Convert(SYSTEMTIME& time, Call call)
+std::int32_t Convert(SYSTEMTIME& time, Call call)
 {
     if (time.wYear == 0)
         return E_INVALIDARG;
@@ -26,58 +27,58 @@ int32_t Convert(SYSTEMTIME& time, Call call)
 }
 
 // Sunday is 0, as in the rules.
-int32_t DayOfWeek(int32_t day, int32_t month, int32_t year)
+std::int32_t DayOfWeek(std::int32_t day, std::int32_t month, std::int32_t year)
 {
     return clsDate(day, month, year).dayOfWeek - 1;
 }
 
-int32_t LastDayOf(int32_t month, int32_t year)
+std::int32_t LastDayOf(std::int32_t month, std::int32_t year)
 {
-    int32_t day = 31;
+    std::int32_t day = 31;
     while (day > 28 && !clsDate(day, month, year).IsValid())
         --day;
     return day;
 }
 
-int32_t DayOfRule(const SYSTEMTIME& rule, int32_t year)
+std::int32_t DayOfRule(const SYSTEMTIME& rule, std::int32_t year)
 {
-    const int32_t month = rule.wMonth;
+    const std::int32_t month = rule.wMonth;
     if (rule.wDay == kLastWeek)
     {
-        const int32_t last = LastDayOf(month, year);
+        const std::int32_t last = LastDayOf(month, year);
         return last - (DayOfWeek(last, month, year) - rule.wDayOfWeek + 7) % 7;
     }
-    const int32_t first = 1 + (rule.wDayOfWeek - DayOfWeek(1, month, year) + 7) % 7;
+    const std::int32_t first = 1 + (rule.wDayOfWeek - DayOfWeek(1, month, year) + 7) % 7;
     return first + (rule.wDay - 1) * 7;
 }
 
 } // namespace
 
-int32_t ConvertLocalTimeToUTC(SYSTEMTIME& time)
+std::int32_t ConvertLocalTimeToUTC(SYSTEMTIME& time)
 {
     return Convert(time,
         [](SYSTEMTIME* local, SYSTEMTIME* universal) { TzSpecificLocalTimeToSystemTime(nullptr, local, universal); });
 }
 
-int32_t ConvertUTCToLocalTime(SYSTEMTIME& time)
+std::int32_t ConvertUTCToLocalTime(SYSTEMTIME& time)
 {
     return Convert(time,
         [](SYSTEMTIME* universal, SYSTEMTIME* local) { SystemTimeToTzSpecificLocalTime(nullptr, universal, local); });
 }
 
-SYSTEMTIME ResolveZoneRule(const SYSTEMTIME& rule, uint32_t year)
+SYSTEMTIME ResolveZoneRule(const SYSTEMTIME& rule, std::uint32_t year)
 {
     SYSTEMTIME time = rule;
     time.wDayOfWeek = 0xFFFF;
     if (rule.wMonth == 0)
         return time;
-    time.wYear = static_cast<WORD>(std::min<uint32_t>(year, 0xFFFF));
+    time.wYear = static_cast<WORD>(std::min<std::uint32_t>(year, 0xFFFF));
     if (rule.wYear == 0)
         time.wDay = static_cast<WORD>(DayOfRule(rule, time.wYear));
     return time;
 }
 
-void GetDSTStartAndEndInUTC(uint32_t year, SYSTEMTIME& start, SYSTEMTIME& end)
+void GetDSTStartAndEndInUTC(std::uint32_t year, SYSTEMTIME& start, SYSTEMTIME& end)
 {
     start = end = {};
     TIME_ZONE_INFORMATION zone;
@@ -87,7 +88,7 @@ void GetDSTStartAndEndInUTC(uint32_t year, SYSTEMTIME& start, SYSTEMTIME& end)
     start = ResolveZoneRule(zone.DaylightDate, year);
     end = ResolveZoneRule(zone.StandardDate, year);
     AddMinutes(start, zone.Bias);
-    AddMinutes(end, int64_t{zone.Bias} + zone.DaylightBias);
+    AddMinutes(end, std::int64_t{zone.Bias} + zone.DaylightBias);
 }
 
 } // namespace qx

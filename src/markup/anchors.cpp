@@ -68,18 +68,18 @@ const wchar_t* FindAnchorStart(const wchar_t* from, const wchar_t* end)
 
 bool FindAnchor(const wchar_t* from, const wchar_t* end, Anchor& anchor)
 {
-    constexpr std::wstring_view hrefPart = L"href=\"", endTag = L"</a>";
+    constexpr std::wstring_view kHrefPart = L"href=\"", kEndTag = L"</a>";
     const wchar_t* start = FindAnchorStart(from, end);
-    const wchar_t* target = start ? FindBehind(start + 3, end, hrefPart) : nullptr;
+    const wchar_t* target = start ? FindBehind(start + 3, end, kHrefPart) : nullptr;
     const wchar_t* targetEnd = target ? FindUnit(target, end, L'"') : nullptr;
     const wchar_t* tagEnd = targetEnd ? FindUnit(targetEnd + 1, end, L'>') : nullptr;
-    const wchar_t* anchorEnd = tagEnd ? FindBehind(tagEnd + 1, end, endTag) : nullptr;
+    const wchar_t* anchorEnd = tagEnd ? FindBehind(tagEnd + 1, end, kEndTag) : nullptr;
     if (!anchorEnd)
         return false;
     const wchar_t* text = tagEnd + 1;
     anchor.start = start;
     anchor.target = {target, static_cast<std::size_t>(targetEnd - target)};
-    anchor.text = {text, static_cast<std::size_t>(anchorEnd - text) - endTag.size()};
+    anchor.text = {text, static_cast<std::size_t>(anchorEnd - text) - kEndTag.size()};
     anchor.end = anchorEnd;
     return true;
 }

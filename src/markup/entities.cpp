@@ -7,20 +7,20 @@ namespace qx
 namespace
 {
 
-constexpr auto byText = []
+constexpr auto kByText = []
 {
-    auto sorted = htmlEntities;
+    auto sorted = kHtmlEntities;
     std::sort(sorted.begin(), sorted.end(), [](const auto& a, const auto& b) { return a.text < b.text; });
     return sorted;
 }();
 
 // Where the rows of each first letter begin: few have the same.
-constexpr auto rowsOfLetter = []
+constexpr auto kRowsOfLetter = []
 {
     std::array<unsigned char, 129> begins{};
     for (std::size_t letter = 0; letter < begins.size(); ++letter)
         begins[letter] = static_cast<unsigned char>(
-            std::count_if(byText.begin(), byText.end(), [=](const auto& row) { return row.text[1] < letter; }));
+            std::count_if(kByText.begin(), kByText.end(), [=](const auto& row) { return row.text[1] < letter; }));
     return begins;
 }();
 
@@ -28,11 +28,11 @@ constexpr auto rowsOfLetter = []
 
 const HtmlEntity* FindHtmlEntity(std::wstring_view text)
 {
-    if (text.size() < 2 || text[1] + 1u >= rowsOfLetter.size())
+    if (text.size() < 2 || text[1] + 1u >= kRowsOfLetter.size())
         return nullptr;
-    const HtmlEntity* const end = byText.data() + rowsOfLetter[text[1] + 1u];
+    const HtmlEntity* const end = kByText.data() + kRowsOfLetter[text[1] + 1u];
     const HtmlEntity* const found =
-        std::find_if(byText.data() + rowsOfLetter[text[1]], end, [=](const auto& row) { return row.text == text; });
+        std::find_if(kByText.data() + kRowsOfLetter[text[1]], end, [=](const auto& row) { return row.text == text; });
     return found != end ? found : nullptr;
 }
 

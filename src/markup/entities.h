@@ -13,11 +13,11 @@ struct HtmlEntity
     std::wstring_view text; // with ampersand and semicolon
 };
 
-constexpr wchar_t firstLatin1Entity = 160;
+constexpr wchar_t kFirstLatin1Entity = 160;
 
 // Rows 0 to 95 stand for the codes 160 to 255 in order. "&euro;" has the place of the sign in code page 1252.
 // clang-format off
-inline constexpr std::array<HtmlEntity, 102> htmlEntities = {{
+inline constexpr std::array<HtmlEntity, 102> kHtmlEntities = {{
     {160, L"&nbsp;"}, {161, L"&iexcl;"}, {162, L"&cent;"}, {163, L"&pound;"}, {164, L"&curren;"}, {165, L"&yen;"},
     {166, L"&brvbar;"}, {167, L"&sect;"}, {168, L"&uml;"}, {169, L"&copy;"}, {170, L"&ordf;"}, {171, L"&laquo;"},
     {172, L"&not;"}, {173, L"&shy;"}, {174, L"&reg;"}, {175, L"&macr;"}, {176, L"&deg;"}, {177, L"&plusmn;"},

@@ -13,13 +13,13 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t numericLength = 8; // "&#x%04x;"
+constexpr std::size_t kNumericLength = 8; // "&#x%04x;"
 
 // What the units below 256 give; an empty text stands for the unit itself. 129 to 159 have no name.
-constexpr auto maskOfLatin1 = []
+constexpr auto kMaskOfLatin1 = []
 {
     std::array<std::wstring_view, 256> masks{};
-    for (const HtmlEntity& entity : htmlEntities)
+    for (const HtmlEntity& entity : kHtmlEntities)
         masks[entity.code] = entity.text;
     masks[L'\t'] = L"&#09;";
     masks[L'\''] = {}; // the table knows it, but it is only read
@@ -28,7 +28,7 @@ constexpr auto maskOfLatin1 = []
 
 constexpr bool IsNumeric(wchar_t c)
 {
-    return c > 255 || (c > 128 && c < firstLatin1Entity);
+    return c > 255 || (c > 128 && c < kFirstLatin1Entity);
 }
 
 std::size_t MaskedLength(const wchar_t* text)
@@ -37,28 +37,28 @@ std::size_t MaskedLength(const wchar_t* text)
     for (; *text; ++text)
     {
         if (IsNumeric(*text))
-            length += numericLength;
+            length += kNumericLength;
         else
-            length += std::max<std::size_t>(maskOfLatin1[*text].size(), 1);
+            length += std::max<std::size_t>(kMaskOfLatin1[*text].size(), 1);
     }
     return length;
 }
 
 wchar_t* WriteNumeric(wchar_t* out, wchar_t c)
 {
-    constexpr wchar_t digits[] = L"0123456789abcdef";
-    const wchar_t reference[numericLength] = {
-        L'&', L'#', L'x', digits[c >> 12], digits[c >> 8 & 15], digits[c >> 4 & 15], digits[c & 15], L';'};
-    return std::copy_n(reference, numericLength, out);
+    constexpr wchar_t kDigits[] = L"0123456789abcdef";
+    const wchar_t reference[kNumericLength] = {
+        L'&', L'#', L'x', kDigits[c >> 12], kDigits[c >> 8 & 15], kDigits[c >> 4 & 15], kDigits[c & 15], L';'};
+    return std::copy_n(reference, kNumericLength, out);
 }
 
 // The longest reference that is looked at, from "&" to ";".
-constexpr std::size_t longestSpan = 8;
+constexpr std::size_t kLongestSpan = 8;
 
 // Length of the reference that begins at `text`, or 0.
 std::size_t SpanAt(const wchar_t* text, const wchar_t* end)
 {
-    const std::size_t room = std::min<std::size_t>(longestSpan, static_cast<std::size_t>(end - text));
+    const std::size_t room = std::min<std::size_t>(kLongestSpan, static_cast<std::size_t>(end - text));
     const wchar_t* semicolon = std::find(text, text + room, L';');
     return semicolon == text + room ? 0 : static_cast<std::size_t>(semicolon - text) + 1;
 }
@@ -87,7 +87,7 @@ String MaskHtml(const wchar_t* text)
     {
         if (IsNumeric(*text))
             out = WriteNumeric(out, *text);
-        else if (const std::wstring_view mask = maskOfLatin1[*text]; mask.empty())
+        else if (const std::wstring_view mask = kMaskOfLatin1[*text]; mask.empty())
             *out++ = *text;
         else
             out = std::copy(mask.begin(), mask.end(), out);

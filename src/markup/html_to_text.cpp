@@ -55,20 +55,20 @@ std::size_t FoldBlankLines(wchar_t* text, std::size_t length)
 // The last end decides, not the first: what stands between two comments goes with them.
 std::size_t RemoveComments(wchar_t* html, std::size_t length)
 {
-    constexpr std::wstring_view opening = L"<!--", closing = L"-->";
+    constexpr std::wstring_view kOpening = L"<!--", kClosing = L"-->";
     const std::wstring_view text(html, length);
-    const std::size_t start = text.find(opening);
+    const std::size_t start = text.find(kOpening);
     if (start == std::wstring_view::npos)
         return length;
-    const std::size_t end = text.rfind(closing);
-    if (end == std::wstring_view::npos || end < start + opening.size())
+    const std::size_t end = text.rfind(kClosing);
+    if (end == std::wstring_view::npos || end < start + kOpening.size())
         return length;
-    return Terminate(html, std::copy(html + end + closing.size(), html + length, html + start));
+    return Terminate(html, std::copy(html + end + kClosing.size(), html + length, html + start));
 }
 
 std::size_t FoldBlanks(wchar_t* text, std::size_t length)
 {
-    constexpr wchar_t leftGuillemet = 0xAB, rightGuillemet = 0xBB, noBreakSpace = 0xA0;
+    constexpr wchar_t kLeftGuillemet = 0xAB, kRightGuillemet = 0xBB, kNoBreakSpace = 0xA0;
     const wchar_t* const end = text + length;
     wchar_t* out = text;
     bool space = false;
@@ -81,7 +81,7 @@ std::size_t FoldBlanks(wchar_t* text, std::size_t length)
         switch (c)
         {
         case L' ':
-        case noBreakSpace:
+        case kNoBreakSpace:
             keep = !space;
             isSpace = true;
             break;
@@ -89,11 +89,11 @@ std::size_t FoldBlanks(wchar_t* text, std::size_t length)
             keep = false;
             isSpace = space;
             break;
-        case leftGuillemet:
+        case kLeftGuillemet:
             keep = depth++ != 0;
             isSpace = keep && space; // the outermost ends a run of blanks, an inner one stands within it
             break;
-        case rightGuillemet:
+        case kRightGuillemet:
             keep = depth-- != 1;
             isSpace = keep && space;
             break;

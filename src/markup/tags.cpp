@@ -12,20 +12,20 @@ namespace
 
 enum class TagKind : unsigned char
 {
-    text,       // leaves its text, unless it stands in an ignored element
-    beginsSkip, // opens an ignored element
-    endsSkip
+    Text,       // leaves its text, unless it stands in an ignored element
+    BeginsSkip, // opens an ignored element
+    EndsSkip
 };
 
 struct Tag
 {
     std::wstring_view name;
     std::wstring_view text;
-    TagKind kind = TagKind::text;
+    TagKind kind = TagKind::Text;
 };
 
 // In lower case. A tag that isn't here leaves nothing, like those that are here with an empty text.
-constexpr auto tags = []
+constexpr auto kTags = []
 {
     std::array table = std::to_array<Tag>({
         {L"/h1", L"\r"},
@@ -50,30 +50,30 @@ constexpr auto tags = []
         {L"/th", L" "},
         {L"br", L"\r"},
         {L"hr", L"\r"},
-        {L"head", L"", TagKind::beginsSkip},
-        {L"/head", L"", TagKind::endsSkip},
-        {L"script", L"", TagKind::beginsSkip},
-        {L"/script", L"", TagKind::endsSkip},
-        {L"iframe", L"", TagKind::beginsSkip},
-        {L"/iframe", L"", TagKind::endsSkip},
-        {L"textarea", L"", TagKind::beginsSkip},
-        {L"/textarea", L"", TagKind::endsSkip},
-        {L"select", L"", TagKind::beginsSkip},
-        {L"/select", L"", TagKind::endsSkip},
-        {L"style", L"", TagKind::beginsSkip},
-        {L"/style", L"", TagKind::endsSkip},
+        {L"head", L"", TagKind::BeginsSkip},
+        {L"/head", L"", TagKind::EndsSkip},
+        {L"script", L"", TagKind::BeginsSkip},
+        {L"/script", L"", TagKind::EndsSkip},
+        {L"iframe", L"", TagKind::BeginsSkip},
+        {L"/iframe", L"", TagKind::EndsSkip},
+        {L"textarea", L"", TagKind::BeginsSkip},
+        {L"/textarea", L"", TagKind::EndsSkip},
+        {L"select", L"", TagKind::BeginsSkip},
+        {L"/select", L"", TagKind::EndsSkip},
+        {L"style", L"", TagKind::BeginsSkip},
+        {L"/style", L"", TagKind::EndsSkip},
     });
     std::sort(table.begin(), table.end(), [](const Tag& a, const Tag& b) { return a.name < b.name; });
     return table;
 }();
 
-constexpr std::size_t longestName = 11; // "/blockquote"
+constexpr std::size_t kLongestName = 11; // "/blockquote"
 
 const Tag* FindTag(std::wstring_view name)
 {
     const auto* at = std::lower_bound(
-        tags.begin(), tags.end(), name, [](const Tag& tag, std::wstring_view key) { return tag.name < key; });
-    return at != tags.end() && at->name == name ? at : nullptr;
+        kTags.begin(), kTags.end(), name, [](const Tag& tag, std::wstring_view key) { return tag.name < key; });
+    return at != kTags.end() && at->name == name ? at : nullptr;
 }
 
 // Finds a tag by its name as written: lower case is that of the user's locale, which gives each unit one unit.
@@ -82,7 +82,7 @@ class TagFinder
 public:
     const Tag* Find(std::wstring_view written)
     {
-        if (written.size() > longestName)
+        if (written.size() > kLongestName)
             return nullptr;
         if (std::all_of(written.begin(), written.end(), [](wchar_t c) { return c < 128 && !(c >= L'A' && c <= L'Z'); }))
             return FindTag(written);
@@ -155,9 +155,9 @@ private:
         if (!tag)
             return;
         // The depth has no floor: a closing tag alone drops text until an opening one comes.
-        if (tag->kind == TagKind::beginsSkip)
+        if (tag->kind == TagKind::BeginsSkip)
             ++_ignoreDepth;
-        else if (tag->kind == TagKind::endsSkip)
+        else if (tag->kind == TagKind::EndsSkip)
             --_ignoreDepth;
         else if (_ignoreDepth == 0)
             _out = std::copy(tag->text.begin(), tag->text.end(), _out);
@@ -169,7 +169,7 @@ private:
             return;
         if (c == L'\t' || c == L'\n' || c == L'\r')
             c = L' ';
-        const bool space = c == L' ' || c == noBreakSpace;
+        const bool space = c == L' ' || c == kNoBreakSpace;
         if (!space || !_lastWasSpace)
             *_out++ = c;
         _lastWasSpace = space;
@@ -184,10 +184,10 @@ private:
 
     static constexpr bool IsNameEnd(wchar_t c)
     {
-        return c == L'\t' || c == L'\n' || c == L'\r' || c == L' ' || c == noBreakSpace;
+        return c == L'\t' || c == L'\n' || c == L'\r' || c == L' ' || c == kNoBreakSpace;
     }
 
-    static constexpr wchar_t noBreakSpace = 0xA0;
+    static constexpr wchar_t kNoBreakSpace = 0xA0;
 
     wchar_t* const _html;
     const wchar_t* _in;

@@ -20,12 +20,12 @@ namespace qx
 namespace
 {
 
-constexpr const wchar_t* webServers[] = {L"aspnet_wp", L"iisexpress", L"w3wp"};
-constexpr const wchar_t* webServerPrefix = L"WebDev.WebServer";
-constexpr std::size_t webServerPrefixLength = 16;
+constexpr const wchar_t* kWebServers[] = {L"aspnet_wp", L"iisexpress", L"w3wp"};
+constexpr const wchar_t* kWebServerPrefix = L"WebDev.WebServer";
+constexpr std::size_t kWebServerPrefixLength = 16;
 
 // S-1-5-4, the group of those who logged on to work with the machine, as a SID is laid out in memory.
-constexpr unsigned char interactiveGroup[] = {1, 1, 0, 0, 0, 0, 0, 5, 4, 0, 0, 0};
+constexpr unsigned char kInteractiveGroup[] = {1, 1, 0, 0, 0, 0, 0, 5, 4, 0, 0, 0};
 
 struct Known
 {
@@ -56,8 +56,8 @@ bool IsInteractiveGroup(const SID_AND_ATTRIBUTES& group)
 {
     // The second byte tells how long the rest is.
     const auto* const sid = static_cast<const unsigned char*>(group.Sid);
-    return sid != nullptr && sid[0] == interactiveGroup[0] && sid[1] == interactiveGroup[1] &&
-           std::memcmp(sid, interactiveGroup, sizeof interactiveGroup) == 0;
+    return sid != nullptr && sid[0] == kInteractiveGroup[0] && sid[1] == kInteractiveGroup[1] &&
+           std::memcmp(sid, kInteractiveGroup, sizeof kInteractiveGroup) == 0;
 }
 
 // The groups of the process's token; empty if it can't be read.
@@ -92,12 +92,12 @@ bool HasUserSettings()
 EnvironmentType AskEnvironmentType()
 {
     const EnvironmentType byNames = EnvironmentTypeOfNames(UserName(), ProcessBaseName());
-    if (byNames != EnvironmentType::unknown)
+    if (byNames != EnvironmentType::Unknown)
         return byNames;
     const std::vector<std::byte> groups = ReadGroups();
     if (!groups.empty())
         return EnvironmentTypeOfGroups(*reinterpret_cast<const TOKEN_GROUPS*>(groups.data()));
-    return HasUserSettings() ? EnvironmentType::interactive : EnvironmentType::service;
+    return HasUserSettings() ? EnvironmentType::Interactive : EnvironmentType::Service;
 }
 
 bool IsWindowStationVisible()
@@ -112,7 +112,7 @@ bool IsWindowStationVisible()
 bool IsForcedInactive()
 {
     String names;
-    clsRegistryList(HKEY_LOCAL_MACHINE, L"Software\\trelmo", clsRegistryList::Read)
+    clsRegistryList(HKEY_LOCAL_MACHINE, L"Software\\trelmo", clsRegistryList::kRead)
         .GetString(L"NonInteractiveApps", names, L"");
     for (const String& name : names.Split(L';'))
         if (IsSame(name, ProcessBaseName()))
@@ -148,20 +148,20 @@ bool AskInteraction(Known& known)
 
 EnvironmentType EnvironmentTypeOfNames(const wchar_t* userName, const wchar_t* processBaseName)
 {
-    const bool isWebServer = std::any_of(std::begin(webServers), std::end(webServers),
+    const bool isWebServer = std::any_of(std::begin(kWebServers), std::end(kWebServers),
         [processBaseName](const wchar_t* name) { return IsSame(processBaseName, name); });
     if (IsSame(userName, L"aspnet") || isWebServer ||
-        _wcsnicmp(processBaseName, webServerPrefix, webServerPrefixLength) == 0)
-        return EnvironmentType::webServer;
-    return IsSame(userName, L"system") ? EnvironmentType::service : EnvironmentType::unknown;
+        _wcsnicmp(processBaseName, kWebServerPrefix, kWebServerPrefixLength) == 0)
+        return EnvironmentType::WebServer;
+    return IsSame(userName, L"system") ? EnvironmentType::Service : EnvironmentType::Unknown;
 }
 
 // A service has the service's group or neither of the two.
 EnvironmentType EnvironmentTypeOfGroups(const TOKEN_GROUPS& groups)
 {
     return std::any_of(groups.Groups, groups.Groups + groups.GroupCount, IsInteractiveGroup)
-               ? EnvironmentType::interactive
-               : EnvironmentType::service;
+               ? EnvironmentType::Interactive
+               : EnvironmentType::Service;
 }
 
 EnvironmentType GetOSEnvironmentType()

@@ -10,10 +10,10 @@ namespace qx
 
 enum class EnvironmentType : std::int32_t
 {
-    unknown = 0,
-    interactive = 1,
-    service = 3,
-    webServer = 4
+    Unknown = 0,
+    Interactive = 1,
+    Service = 3,
+    WebServer = 4
 };
 
 // What the names of the user and of the process (upper case, without extension) tell; unknown if they tell nothing.

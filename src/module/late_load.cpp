@@ -21,10 +21,10 @@ namespace
 {
 
 // Off unless a debugger or a test sets it: on most systems some of the libraries are missing, and that is no news.
-std::atomic<bool> lateLoadLog{false};
+std::atomic<bool> lateLoadLog = false;
 
 // Stands for a load that failed although the system gave no error.
-constexpr DWORD unknownLoadError = 0x20000000;
+constexpr DWORD kUnknownLoadError = 0x20000000;
 
 // Restores the DLL folder of the process at the end of its scope. Without one that is the empty folder, which keeps the
 // current folder out of the search: it can't be told whether the process had that before, and it is the safer one. One
@@ -78,7 +78,7 @@ bool IsExpectedToBeMissing(const wchar_t* moduleName, unsigned short systemVersi
 
 bool LateProcedure::Resolve()
 {
-    std::atomic<LateState> state = LateState::unasked;
+    std::atomic<LateState> state = LateState::Unasked;
     const FARPROC address = _library.Resolve(_name, state, _argumentBytes);
     // The address first: who sees the state as valid may call it.
     _address.store(address, std::memory_order_release);
@@ -127,7 +127,7 @@ void CLateLoadBase::SetModuleName(const wchar_t* name)
 bool CLateLoadBase::FinishLoad(HMODULE module, DWORD error)
 {
     _module = module;
-    _lastLoadError = module ? 0 : (error ? error : unknownLoadError);
+    _lastLoadError = module ? 0 : (error ? error : kUnknownLoadError);
     return module != nullptr;
 }
 
@@ -174,7 +174,7 @@ FARPROC CLateLoadBase::Resolve(const wchar_t* functionName, std::atomic<LateStat
     if (!_module && (_lastLoadError != 0 || !Load()))
         return nullptr;
     const FARPROC address = FindByAnyName(functionName, argumentBytes);
-    state = address ? LateState::valid : LateState::missing;
+    state = address ? LateState::Valid : LateState::Missing;
     return address;
 }
 

@@ -17,9 +17,9 @@ class CLateLoadBase;
 // What is known of a late-bound function.
 enum class LateState : std::uint32_t
 {
-    unasked = 0, // nobody asked, or its library isn't there
-    missing = 1, // the library is loaded but has no such function
-    valid = 2    // the address may be called
+    Unasked = 0, // nobody asked, or its library isn't there
+    Missing = 1, // the library is loaded but has no such function
+    Valid = 2    // the address may be called
 };
 
 // One function of a late-bound library: its address and its state, found at the first question.
@@ -40,7 +40,7 @@ public:
     // Resolves the function if that has not been done. Once the answer is known this takes no lock.
     bool IsThere()
     {
-        return _address.load(std::memory_order_acquire) != nullptr || (_state != LateState::missing && Resolve());
+        return _address.load(std::memory_order_acquire) != nullptr || (_state != LateState::Missing && Resolve());
     }
 
     LateState State() const { return _state; }
@@ -52,7 +52,7 @@ private:
     CLateLoadBase& _library;
     const wchar_t* _name;
     int _argumentBytes;
-    std::atomic<LateState> _state = LateState::unasked;
+    std::atomic<LateState> _state = LateState::Unasked;
     std::atomic<FARPROC> _address = nullptr;
 };
 

@@ -17,7 +17,7 @@ bool DecideForMapStringEx()
     if (SystemVersion() >= kWindows7)
         return true;
     bool isEnabled = false;
-    clsRegistryList(HKEY_LOCAL_MACHINE, L"software\\trelmo\\", clsRegistryList::Read)
+    clsRegistryList(HKEY_LOCAL_MACHINE, L"software\\trelmo\\", clsRegistryList::kRead)
         .GetBool(L"EnableMapStringEx", isEnabled, false);
     return isEnabled;
 }

@@ -20,10 +20,10 @@ namespace
 {
 
 // Modules of this maker show when they were linked if they tell no build.
-constexpr const wchar_t* ownCompany = L"trelmo ";
-constexpr int ownCompanyLength = 7;
+constexpr const wchar_t* kOwnCompany = L"trelmo ";
+constexpr int kOwnCompanyLength = 7;
 
-constexpr WORD versionName = 1;
+constexpr WORD kVersionName = 1;
 
 String UpperFileName(std::wstring_view path)
 {
@@ -34,8 +34,8 @@ String UpperFileName(std::wstring_view path)
 
 FILETIME FileTimeOf(std::uint32_t secondsSince1970)
 {
-    constexpr std::uint64_t secondsFrom1601To1970 = 11'644'473'600;
-    const std::uint64_t units = (secondsFrom1601To1970 + secondsSince1970) * 10'000'000;
+    constexpr std::uint64_t kSecondsFrom1601To1970 = 11'644'473'600;
+    const std::uint64_t units = (kSecondsFrom1601To1970 + secondsSince1970) * 10'000'000;
     return {static_cast<DWORD>(units), static_cast<DWORD>(units >> 32)};
 }
 
@@ -72,7 +72,7 @@ public:
     String Run()
     {
         if (!EnumResourceTypesW(_module, OnType, reinterpret_cast<LONG_PTR>(this)))
-            WriteToOutput(String(String::formatted, L"** EnumResourceTypes: ERROR %s\n",
+            WriteToOutput(String(String::kFormatted, L"** EnumResourceTypes: ERROR %s\n",
                 String::SystemErrorText(GetLastError()).Text()));
         return _text;
     }
@@ -87,7 +87,7 @@ private:
 
     static BOOL CALLBACK OnName(HMODULE module, LPCWSTR type, LPWSTR name, LONG_PTR walk)
     {
-        if (name == MAKEINTRESOURCEW(versionName))
+        if (name == MAKEINTRESOURCEW(kVersionName))
             EnumResourceLanguagesW(module, type, name, OnLanguage, walk);
         return TRUE;
     }
@@ -138,7 +138,7 @@ String DescribeVersionBlock(HMODULE module, const void* block)
     if (!build.IsEmpty())
         return text + L" " + build;
     const std::uint32_t linked = LinkTimeOf(module);
-    if (linked != 0 && texts.Get(L"CompanyName").Compare(ownCompany, ownCompanyLength) == 0)
+    if (linked != 0 && texts.Get(L"CompanyName").Compare(kOwnCompany, kOwnCompanyLength) == 0)
         text += L" " + LinkTimeText(linked);
     return text;
 }

@@ -22,10 +22,10 @@ namespace
 {
 
 // The application manifest among the library's resources.
-constexpr WORD manifestResource = 2;
+constexpr WORD kManifestResource = 2;
 
-std::atomic<HANDLE> activationContext{INVALID_HANDLE_VALUE};
-std::atomic<_invalid_parameter_handler> formerHandler{nullptr};
+std::atomic<HANDLE> activationContext = INVALID_HANDLE_VALUE;
+std::atomic<_invalid_parameter_handler> formerHandler = nullptr;
 
 // No step may keep the process from loading the library.
 template <class Work>
@@ -77,9 +77,9 @@ void AskModuleValues()
 
 void DecideTicks()
 {
-    constexpr unsigned short firstWithTickCount64 = 0x0600;
+    constexpr unsigned short kFirstWithTickCount64 = 0x0600;
     auto& tickCount64 = Kernel32().p_GetTickCount64;
-    DecideTickSource(SystemVersion() >= firstWithTickCount64 && tickCount64.IsThere()
+    DecideTickSource(SystemVersion() >= kFirstWithTickCount64 && tickCount64.IsThere()
                          ? reinterpret_cast<TickFunction>(tickCount64.Address())
                          : nullptr);
 }
@@ -96,7 +96,7 @@ void CreateActivationContext(HMODULE library)
     description.cbSize = sizeof description;
     description.dwFlags = ACTCTX_FLAG_RESOURCE_NAME_VALID | ACTCTX_FLAG_HMODULE_VALID;
     description.hModule = library;
-    description.lpResourceName = MAKEINTRESOURCEW(manifestResource);
+    description.lpResourceName = MAKEINTRESOURCEW(kManifestResource);
     activationContext = CreateActCtxW(&description);
     if (activationContext == INVALID_HANDLE_VALUE)
         OutputDebugStringW(L"hActCtx == NULL, no manifest added, I guess");
@@ -155,7 +155,7 @@ void DetachModule(const ModuleSteps& steps) noexcept
 namespace
 {
 
-std::atomic<bool> processIsEnding{false};
+std::atomic<bool> processIsEnding = false;
 
 } // namespace
 

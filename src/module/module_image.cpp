@@ -10,23 +10,23 @@ namespace
 {
 
 // Where the values stand in an image of the published format "Portable Executable": in the file's first header, ...
-constexpr std::size_t placeOfNewHeader = 0x3C;
+constexpr std::size_t kPlaceOfNewHeader = 0x3C;
 // ... from the signature of the second one on, ...
-constexpr std::size_t sectionCount = 6;
-constexpr std::size_t linkTime = 8;
-constexpr std::size_t optionalHeaderSize = 20;
-constexpr std::size_t optionalHeader = 24;
+constexpr std::size_t kSectionCount = 6;
+constexpr std::size_t kLinkTime = 8;
+constexpr std::size_t kOptionalHeaderSize = 20;
+constexpr std::size_t kOptionalHeader = 24;
 // ... from the optional header on (in its 64-bit and in its 32-bit form), ...
-constexpr std::size_t imageSize = 56;
-constexpr std::size_t resourceEntry64 = 112 + 2 * 8;
-constexpr std::size_t resourceEntry32 = 96 + 2 * 8;
-constexpr std::uint16_t magic64 = 0x20B;
+constexpr std::size_t kImageSize = 56;
+constexpr std::size_t kResourceEntry64 = 112 + 2 * 8;
+constexpr std::size_t kResourceEntry32 = 96 + 2 * 8;
+constexpr std::uint16_t kMagic64 = 0x20B;
 // ... and in the entry of a section.
-constexpr std::size_t sectionSize = 40;
-constexpr std::size_t sectionAddress = 12;
+constexpr std::size_t kSectionSize = 40;
+constexpr std::size_t kSectionAddress = 12;
 
 // The headers of an image that is loaded begin in its first page; those that go further are left to the system.
-constexpr std::size_t firstPage = 0x1000;
+constexpr std::size_t kFirstPage = 0x1000;
 
 struct ResourceDirectory
 {
@@ -42,10 +42,10 @@ struct ResourceEntry
     std::uint32_t name;
     std::uint32_t place; // from the start of all resources on
 
-    bool IsDirectory() const { return (place & directoryFlag) != 0; }
-    std::uint32_t Place() const { return place & ~directoryFlag; }
+    bool IsDirectory() const { return (place & kDirectoryFlag) != 0; }
+    std::uint32_t Place() const { return place & ~kDirectoryFlag; }
 
-    static constexpr std::uint32_t directoryFlag = 0x80000000;
+    static constexpr std::uint32_t kDirectoryFlag = 0x80000000;
 };
 
 struct ResourceData
@@ -61,9 +61,9 @@ public:
     {
         std::uint32_t place = 0;
         std::uint32_t size = 0;
-        if (!_begin || std::memcmp(_begin, "MZ", 2) != 0 || !Read(placeOfNewHeader, place) ||
-            place > _size - optionalHeader || std::memcmp(_begin + place, "PE\0", 4) != 0 ||
-            !Read(place + optionalHeader + imageSize, size))
+        if (!_begin || std::memcmp(_begin, "MZ", 2) != 0 || !Read(kPlaceOfNewHeader, place) ||
+            place > _size - kOptionalHeader || std::memcmp(_begin + place, "PE\0", 4) != 0 ||
+            !Read(place + kOptionalHeader + kImageSize, size))
             return;
         _header = place;
         _size = size;
@@ -83,7 +83,7 @@ public:
     std::uint32_t LinkTime() const
     {
         std::uint32_t time = 0;
-        Read(_header + linkTime, time);
+        Read(_header + kLinkTime, time);
         return time;
     }
 
@@ -92,18 +92,18 @@ public:
     {
         std::uint16_t magic = 0;
         std::uint32_t place = 0;
-        Read(_header + optionalHeader, magic);
-        Read(_header + optionalHeader + (magic == magic64 ? resourceEntry64 : resourceEntry32), place);
+        Read(_header + kOptionalHeader, magic);
+        Read(_header + kOptionalHeader + (magic == kMagic64 ? kResourceEntry64 : kResourceEntry32), place);
         std::uint16_t count = 0;
         std::uint16_t skipped = 0;
-        Read(_header + sectionCount, count);
-        Read(_header + optionalHeaderSize, skipped);
-        std::size_t section = _header + optionalHeader + skipped;
-        for (; count > 0; --count, section += sectionSize)
+        Read(_header + kSectionCount, count);
+        Read(_header + kOptionalHeaderSize, skipped);
+        std::size_t section = _header + kOptionalHeader + skipped;
+        for (; count > 0; --count, section += kSectionSize)
         {
             char name[8] = {};
             if (Read(section, name) && std::strncmp(name, ".rsrc", sizeof name) == 0)
-                Read(section + sectionAddress, place);
+                Read(section + kSectionAddress, place);
         }
         return place;
     }
@@ -116,7 +116,7 @@ public:
 private:
     const std::byte* _begin;
     std::size_t _header = 0;
-    std::size_t _size = firstPage; // until the image tells its own
+    std::size_t _size = kFirstPage; // until the image tells its own
 };
 
 // A directory of the three levels of resources.
@@ -162,14 +162,14 @@ private:
     ResourceDirectory _head = {};
 };
 
-constexpr std::uint32_t versionType = 16;
-constexpr std::uint32_t versionNumber = 1;
+constexpr std::uint32_t kVersionType = 16;
+constexpr std::uint32_t kVersionNumber = 1;
 
 // The directory of the version block's languages.
 std::optional<Directory> Languages(const ModuleImage& image, std::uint32_t resources)
 {
-    const auto names = Directory(image, resources, 0).Below(versionType);
-    return names && names->NumberedCount() == 1 ? names->Below(versionNumber) : std::nullopt;
+    const auto names = Directory(image, resources, 0).Below(kVersionType);
+    return names && names->NumberedCount() == 1 ? names->Below(kVersionNumber) : std::nullopt;
 }
 
 } // namespace

@@ -34,13 +34,13 @@ ModulePaths AskPaths(HMODULE module)
 
 String ModulePath(HMODULE module)
 {
-    constexpr DWORD longest = 0x8000;
+    constexpr DWORD kLongest = 0x8000;
     for (DWORD size = MAX_PATH;; size *= 2)
     {
         String path;
         const DWORD length = GetModuleFileNameW(module, path.GetBuffer(size), size);
         // What doesn't fit is cut to the buffer.
-        if (length < size || size >= longest)
+        if (length < size || size >= kLongest)
         {
             path.ReleaseBuffer(std::min(length, size - 1));
             return path;

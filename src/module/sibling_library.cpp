@@ -8,13 +8,13 @@ namespace
 {
 
 // The only version that this library works with.
-constexpr int fittingVersion = 23;
+constexpr int kFittingVersion = 23;
 
-std::atomic<int> siblingVersion{fittingVersion};
+std::atomic<int> siblingVersion = kFittingVersion;
 
 String FileNameOf(const wchar_t* filePart, int version)
 {
-    return String(String::formatted, L"%s%s%02d.dll", L"qx", filePart, version);
+    return String(String::kFormatted, L"%s%s%02d.dll", L"qx", filePart, version);
 }
 
 // The copy that the process has already, with one more reference.
@@ -43,7 +43,7 @@ CSiblingLibrary::CSiblingLibrary(const wchar_t* moduleName, const wchar_t* fileP
 
 bool CSiblingLibrary::Load()
 {
-    return LoadVersioned(_filePart, fittingVersion, fittingVersion, _foundVersion);
+    return LoadVersioned(_filePart, kFittingVersion, kFittingVersion, _foundVersion);
 }
 
 bool CSiblingLibrary::LoadVersioned(const wchar_t* filePart, int highest, int lowest, int& found)
@@ -55,7 +55,7 @@ bool CSiblingLibrary::LoadVersioned(const wchar_t* filePart, int highest, int lo
     (const wchar_t*) = {
         LoadPresent, [](const wchar_t* name) -> HMODULE { return LoadLibraryW(name); }, LoadFromOwnFolder};
     HMODULE module = nullptr;
-    int version = fittingVersion;
+    int version = kFittingVersion;
     for (const auto load : passes)
     {
         for (int tried = highest; tried >= lowest && !module; --tried)
@@ -66,7 +66,7 @@ bool CSiblingLibrary::LoadVersioned(const wchar_t* filePart, int highest, int lo
         }
     }
     if (!module)
-        module = LoadLibraryW(FileNameOf(filePart, fittingVersion));
+        module = LoadLibraryW(FileNameOf(filePart, kFittingVersion));
     if (!FinishLoad(module, module ? 0 : GetLastError()))
         return false;
     SetModuleName(L"");

@@ -15,8 +15,8 @@ DWORD ReadBuildNumber()
     wchar_t text[16] = {};
     DWORD size = sizeof(text) - sizeof(wchar_t);
     HKEY key = nullptr;
-    constexpr const wchar_t* path = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_QUERY_VALUE, &key) != ERROR_SUCCESS)
+    constexpr const wchar_t* kPath = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kPath, 0, KEY_QUERY_VALUE, &key) != ERROR_SUCCESS)
         return 0;
     const LSTATUS status =
         RegQueryValueExW(key, L"CurrentBuildNumber", nullptr, nullptr, reinterpret_cast<BYTE*>(text), &size);

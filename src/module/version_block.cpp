@@ -11,7 +11,7 @@ namespace
 {
 
 // Room for the path of a text, its end included.
-constexpr std::size_t longestPath = 81;
+constexpr std::size_t kLongestPath = 81;
 
 struct Translation
 {
@@ -90,7 +90,7 @@ clsVersionTexts::clsVersionTexts(const void* block) : _block(block), _path(PathO
 String clsVersionTexts::Get(const wchar_t* key) const
 {
     const String path = _path + key;
-    if (_path.IsEmpty() || path.Length() >= longestPath)
+    if (_path.IsEmpty() || path.Length() >= kLongestPath)
         return String();
     UINT length = 0;
     const auto* const text = Query<wchar_t>(_block, path, length);

@@ -25,7 +25,7 @@ void clsProfArena::StartChunk()
     _chunkSize = std::min(_chunkSize * 2, kLargestChunk);
 }
 
-void* clsProfArena::AllocateLarge(size_t bytes)
+void* clsProfArena::AllocateLarge(std::size_t bytes)
 {
     if (bytes > SIZE_MAX - sizeof(LargeBlock))
     {

@@ -22,18 +22,18 @@ public:
     ~clsProfArena();
 
     // Aligned to 8 bytes; throws std::bad_alloc.
-    void* Allocate(size_t bytes);
+    void* Allocate(std::size_t bytes);
     // `bytes` is what was asked for.
-    void Release(void* block, size_t bytes) noexcept;
+    void Release(void* block, std::size_t bytes) noexcept;
 
     // Keeps a source image, whose lines are texts of the tree from now on, until the arena dies.
     void Adopt(std::unique_ptr<wchar_t[]> image) { _images.push_back(std::move(image)); }
 
 private:
-    static constexpr size_t kUnit = 8;
-    static constexpr size_t kSmallUnits = 128; // up to 1 KB is cut from chunks, the rest are blocks of their own
-    static constexpr size_t kFirstChunk = 4096;
-    static constexpr size_t kLargestChunk = size_t{1} << 20;
+    static constexpr std::size_t kUnit = 8;
+    static constexpr std::size_t kSmallUnits = 128; // up to 1 KB is cut from chunks, the rest are blocks of their own
+    static constexpr std::size_t kFirstChunk = 4096;
+    static constexpr std::size_t kLargestChunk = std::size_t{1} << 20;
 
     struct FreeBlock
     {
@@ -47,21 +47,21 @@ private:
     };
 
     void StartChunk();
-    void* AllocateLarge(size_t bytes);
+    void* AllocateLarge(std::size_t bytes);
     void ReleaseLarge(void* block) noexcept;
 
     std::byte* _next = nullptr;
     std::byte* _end = nullptr;
-    size_t _chunkSize = kFirstChunk;
+    std::size_t _chunkSize = kFirstChunk;
     FreeBlock* _free[kSmallUnits + 1] = {};
     LargeBlock _large = {&_large, &_large};
     std::vector<std::unique_ptr<std::byte[]>> _chunks;
     std::vector<std::unique_ptr<wchar_t[]>> _images;
 };
 
-inline void* clsProfArena::Allocate(size_t bytes)
+inline void* clsProfArena::Allocate(std::size_t bytes)
 {
-    const size_t units = (bytes + kUnit - 1) / kUnit;
+    const std::size_t units = (bytes + kUnit - 1) / kUnit;
     if (units > kSmallUnits)
     {
         return AllocateLarge(bytes);
@@ -71,7 +71,7 @@ inline void* clsProfArena::Allocate(size_t bytes)
         _free[units] = block->next;
         return block;
     }
-    if (static_cast<size_t>(_end - _next) < units * kUnit)
+    if (static_cast<std::size_t>(_end - _next) < units * kUnit)
     {
         StartChunk();
     }
@@ -80,9 +80,9 @@ inline void* clsProfArena::Allocate(size_t bytes)
     return block;
 }
 
-inline void clsProfArena::Release(void* block, size_t bytes) noexcept
+inline void clsProfArena::Release(void* block, std::size_t bytes) noexcept
 {
-    const size_t units = (bytes + kUnit - 1) / kUnit;
+    const std::size_t units = (bytes + kUnit - 1) / kUnit;
     if (units > kSmallUnits)
     {
         ReleaseLarge(block);

@@ -54,7 +54,7 @@ private:
 class clsNewBlock
 {
 public:
-    explicit clsNewBlock(size_t size) : _lock(GMEM_MOVEABLE | GMEM_ZEROINIT | GMEM_DDESHARE, size + 1) {}
+    explicit clsNewBlock(std::size_t size) : _lock(GMEM_MOVEABLE | GMEM_ZEROINIT | GMEM_DDESHARE, size + 1) {}
 
     bool IsThere() const { return _lock.IsLocked(); }
     void* Bytes() const { return _lock.Get(); }
@@ -80,14 +80,14 @@ ProfError CopyToClipboard(HWND window, clsFile& image)
     if (!clipboard)
         return kProfCannotWrite;
 
-    const int64_t size = image.GetSize();
-    if (size < 0 || size > std::numeric_limits<uint32_t>::max())
+    const std::int64_t size = image.GetSize();
+    if (size < 0 || size > std::numeric_limits<std::uint32_t>::max())
         return kProfStopped;
-    clsNewBlock profile(static_cast<size_t>(size));
+    clsNewBlock profile(static_cast<std::size_t>(size));
     if (!profile.IsThere())
         return kProfStopped;
-    image.Seek(int64_t{0});
-    const auto count = static_cast<uint32_t>(size);
+    image.Seek(std::int64_t{0});
+    const auto count = static_cast<std::uint32_t>(size);
     if (image.Read(profile.Bytes(), count) != count || !profile.HandOver(ProfileFormat()))
         return kProfWriteFailed;
 
@@ -106,8 +106,8 @@ bool PasteFromClipboard(HWND window, clsFile& image)
     const clsGlobalLock block(GetClipboardData(ProfileFormat()), false);
     if (!block.IsLocked())
         return false;
-    const size_t size = GlobalSize(block.Memory());
-    return image.Write(block.Get(), size) == static_cast<int64_t>(size);
+    const std::size_t size = GlobalSize(block.Memory());
+    return image.Write(block.Get(), size) == static_cast<std::int64_t>(size);
 }
 
 } // namespace

@@ -12,6 +12,7 @@
 
 #include <objbase.h>
 
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -25,7 +26,7 @@ constexpr wchar_t kEntry[] = L"File.Entry";
 constexpr wchar_t kName[] = L"Name";
 constexpr wchar_t kContents[] = L"Contents";
 
-constexpr int64_t kLargestSource = 0xFFFFFFFF;
+constexpr std::int64_t kLargestSource = 0xFFFFFFFF;
 
 IStream* NewMemoryStream()
 {
@@ -34,7 +35,7 @@ IStream* NewMemoryStream()
     return stream.Detach();
 }
 
-bool IsReadable(clsFile& source, int64_t position)
+bool IsReadable(clsFile& source, std::int64_t position)
 {
     char first;
     const bool isRead = source.Read(&first, 1) == 1;
@@ -112,8 +113,8 @@ bool ExtractEntry(clsItemList& entry, const String& folder, const String& key)
 
 String PackRest(clsFile& source, const String& key)
 {
-    const int64_t size = source.GetSize();
-    const int64_t position = source.Tell();
+    const std::int64_t size = source.GetSize();
+    const std::int64_t position = source.Tell();
     if (position < 0 || position >= size || !IsReadable(source, position))
         return String();
     if (size - position > kLargestSource)
@@ -135,9 +136,9 @@ ProfError UnpackLeafByPath(clsItemList& start, const wchar_t* path, const String
     return Unpack(leaf->Value(), key, target) ? kProfOk : kProfWriteFailed;
 }
 
-int32_t AppendFiles(clsItemList& list, const String& pattern, const String& key)
+std::int32_t AppendFiles(clsItemList& list, const String& pattern, const String& key)
 {
-    int32_t count = 0;
+    std::int32_t count = 0;
     // However long it is.
     const std::wstring_view directory = pattern.View().substr(0, pattern.View().find_last_of(L"/\\:") + 1);
     const String folder(directory);
@@ -158,7 +159,7 @@ int32_t AppendFiles(clsItemList& list, const String& pattern, const String& key)
     return count;
 }
 
-int32_t ExtractFiles(const clsItemList& list, const String& folder, const String& key)
+std::int32_t ExtractFiles(const clsItemList& list, const String& folder, const String& key)
 {
     std::vector<clsItemList*> entries;
     for (const clsItem* item : list)
@@ -170,7 +171,7 @@ int32_t ExtractFiles(const clsItemList& list, const String& folder, const String
     String prefix = folder;
     if (!EndsWithSeparator(folder))
         prefix += PATH_SEPARATOR;
-    int32_t count = 0;
+    std::int32_t count = 0;
     for (clsItemList* entry : entries)
     {
         // Each time, since something may have taken it away meanwhile.

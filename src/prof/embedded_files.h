@@ -21,7 +21,7 @@ String PackRest(clsFile& source, const String& key);
 ProfError UnpackLeafByPath(clsItemList& start, const wchar_t* path, const String& key, clsFile& target);
 
 // Appends an entry for each file that fits the pattern; gives the count of these, empty and unreadable ones included.
-int32_t AppendFiles(clsItemList& list, const String& pattern, const String& key);
+std::int32_t AppendFiles(clsItemList& list, const String& pattern, const String& key);
 
 // Writes the files of the list's entries to the folder, which is made if there are entries and it is missing. Gives the
 // count of files, or kProfWriteFailed without a folder.
@@ -29,6 +29,6 @@ int32_t AppendFiles(clsItemList& list, const String& pattern, const String& key)
 // The names come from the profile, which may come from anywhere, so one that would lead out of the folder is refused:
 // any with a separator or a colon (other folders, drives, streams of other files), a device's in whatever case, and one
 // at which a link stands.
-int32_t ExtractFiles(const clsItemList& list, const String& folder, const String& key);
+std::int32_t ExtractFiles(const clsItemList& list, const String& folder, const String& key);
 
 } // namespace qx

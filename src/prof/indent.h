@@ -15,10 +15,10 @@ template <class Char>
 class clsIndent
 {
 public:
-    explicit clsIndent(uint32_t level)
+    explicit clsIndent(std::uint32_t level)
     {
-        const size_t tabs = std::min<size_t>(level / 4, kLongest);
-        const size_t blanks = std::min<size_t>(level % 4, kLongest - tabs);
+        const std::size_t tabs = std::min<std::size_t>(level / 4, kLongest);
+        const std::size_t blanks = std::min<std::size_t>(level % 4, kLongest - tabs);
         std::fill_n(_text, tabs, Char{'\t'});
         std::fill_n(_text + tabs, blanks, Char{' '});
         _length = tabs + blanks;
@@ -27,10 +27,10 @@ public:
     std::basic_string_view<Char> View() const { return {_text, _length}; }
 
 private:
-    static constexpr size_t kLongest = 255;
+    static constexpr std::size_t kLongest = 255;
 
     Char _text[kLongest];
-    size_t _length;
+    std::size_t _length;
 };
 
 } // namespace qx

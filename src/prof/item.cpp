@@ -3,6 +3,7 @@
 #include "prof/job.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace qx
 {
@@ -69,7 +70,7 @@ void clsItemList::ReleaseNode(Node* node) noexcept
 
 clsItem* clsItemList::Walk(const scItemKey& key)
 {
-    uint32_t visited = 0;
+    std::uint32_t visited = 0;
     clsItem* found = nullptr;
     for (clsItem* item : *this)
     {
@@ -84,7 +85,7 @@ clsItem* clsItemList::Walk(const scItemKey& key)
     return found;
 }
 
-void clsItemList::NoteWalk(uint32_t visited)
+void clsItemList::NoteWalk(std::uint32_t visited)
 {
     if (Count() <= kShortList || _index.IsRefused())
         return;

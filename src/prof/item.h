@@ -5,6 +5,7 @@
 #include "prof/list_index.h"
 #include "prof/text_record.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -35,7 +36,7 @@ private:
     friend class clsItemList;
     friend class clsProfJob;
 
-    static constexpr uint32_t kListEntry = UINT32_MAX;
+    static constexpr std::uint32_t kListEntry = UINT32_MAX;
 
     bool IsLeaf() const { return _valueRoom != kListEntry; }
     void BecomeEntryOf(clsItemList& list)
@@ -55,8 +56,8 @@ private:
         const wchar_t* _value = L"";
         clsItemList* _list;
     };
-    uint32_t _valueLength = 0;
-    uint32_t _valueRoom = 0;
+    std::uint32_t _valueLength = 0;
+    std::uint32_t _valueRoom = 0;
 };
 
 static_assert(sizeof(clsItem) == 40);
@@ -100,17 +101,17 @@ protected:
 private:
     friend class clsProfJob;
 
-    static constexpr size_t kShortList = 8;
+    static constexpr std::size_t kShortList = 8;
 
     clsItem* Walk(const scItemKey& key);
-    void NoteWalk(uint32_t visited);
+    void NoteWalk(std::uint32_t visited);
     void ForgetIndex() noexcept;
 
     clsProfJob& _job;
     clsItemList* _parent;
     const scProfText* _name;
     clsListIndex _index;
-    uint32_t _walked = 0; // items visited by walks since the list last had an index
+    std::uint32_t _walked = 0; // items visited by walks since the list last had an index
 };
 
 } // namespace qx

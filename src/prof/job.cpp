@@ -9,6 +9,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -32,13 +33,13 @@ bool ReadCacheSwitch()
 // Lengths are results of calls, so they have to fit 31 bits.
 void CheckLength(std::wstring_view text)
 {
-    if (text.size() > String::all)
+    if (text.size() > String::kAll)
         throw std::length_error("profile text");
 }
 
 } // namespace
 
-clsProfJob::clsProfJob(ProfMode mode, std::wstring_view rootName, uint32_t objectLevel)
+clsProfJob::clsProfJob(ProfMode mode, std::wstring_view rootName, std::uint32_t objectLevel)
     : _mode(mode),
       _root(*this, nullptr, *_names.Intern(rootName, TextHash(rootName))),
       _objectLevel(objectLevel),
@@ -56,7 +57,7 @@ void clsProfJob::Release()
 const scProfText& clsProfJob::InternName(std::wstring_view name)
 {
     CheckLength(name);
-    const uint64_t hash = TextHash(name);
+    const std::uint64_t hash = TextHash(name);
     const scProfText* shared = _isCacheEnabled ? _names.Intern(name, hash) : nullptr;
     return shared != nullptr ? *shared : *NewProfText(_arena, name, hash, false);
 }
@@ -80,11 +81,11 @@ clsItem& clsProfJob::NewLeaf(std::wstring_view name, std::wstring_view value)
     return item;
 }
 
-clsItem& clsProfJob::NewLeafInImage(std::wstring_view name, const wchar_t* value, size_t length)
+clsItem& clsProfJob::NewLeafInImage(std::wstring_view name, const wchar_t* value, std::size_t length)
 {
     clsItem& item = NewItem(name);
     item._value = value;
-    item._valueLength = static_cast<uint32_t>(length);
+    item._valueLength = static_cast<std::uint32_t>(length);
     return item;
 }
 
@@ -147,10 +148,10 @@ void clsProfJob::SetValue(clsItem& leaf, std::wstring_view value)
         return;
     }
 
-    const auto length = static_cast<uint32_t>(value.size());
+    const auto length = static_cast<std::uint32_t>(value.size());
     if (leaf._valueRoom <= length)
     {
-        const uint32_t room = (length + 4) & ~3u;
+        const std::uint32_t room = (length + 4) & ~3u;
         auto* block = static_cast<wchar_t*>(_arena.Allocate(room * sizeof(wchar_t)));
         CopyCharacters(block, value);
         ReleaseValue(leaf);

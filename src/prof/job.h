@@ -10,6 +10,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -19,7 +20,7 @@ namespace qx
 {
 
 // The codes of the whole family, as callers get them.
-enum ProfError : int32_t
+enum ProfError : std::int32_t
 {
     kProfOk = 0,
     kProfCannotRead = -1,
@@ -71,7 +72,7 @@ class clsProfJob
 {
 public:
     // Starts with one reference. The root of a stream object has that object's name and level.
-    explicit clsProfJob(ProfMode mode, std::wstring_view rootName = L"/", uint32_t objectLevel = 0);
+    explicit clsProfJob(ProfMode mode, std::wstring_view rootName = L"/", std::uint32_t objectLevel = 0);
     clsProfJob(const clsProfJob&) = delete;
     clsProfJob& operator=(const clsProfJob&) = delete;
 
@@ -97,7 +98,7 @@ public:
     ProfError SaveToClipboard(HWND window, unsigned flags) const;
 
     ProfError Error() const { return _error; }
-    uint32_t ObjectLevel() const { return _objectLevel; }
+    std::uint32_t ObjectLevel() const { return _objectLevel; }
     bool IsPacked() const { return _isPacked; }
 
     // --- The tree ---
@@ -108,7 +109,7 @@ public:
     // Makes an item that is in no list yet.
     clsItem& NewLeaf(std::wstring_view name, std::wstring_view value);
     // A leaf whose value stays where it is, zero-terminated, as long as the job (an adopted source image).
-    clsItem& NewLeafInImage(std::wstring_view name, const wchar_t* value, size_t length);
+    clsItem& NewLeafInImage(std::wstring_view name, const wchar_t* value, std::size_t length);
     // The list below `parent` isn't in it yet either, so that it can be filled before it is seen. Its name loses a
     // leading '[' and with it its last character, whatever that is.
     clsItem& NewList(clsItemList& parent, std::wstring_view name);
@@ -153,8 +154,8 @@ private:
     clsItemList _root;
     ProfError _error = kProfOk;
     clsAutoRelease<clsFile*> _heldFile;
-    uint32_t _objectLevel;
-    std::atomic<int32_t> _references{1};
+    std::uint32_t _objectLevel;
+    std::atomic<std::int32_t> _references = 1;
     bool _isPacked = false;
     bool _isCacheEnabled;
 };

@@ -8,6 +8,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <string>
@@ -61,7 +62,7 @@ Char* BehindLine(Char* lineEnd, Char* end, Find find)
     return std::min(lineEnd + 1, end);
 }
 
-bool IsAscii(const char* text, size_t length)
+bool IsAscii(const char* text, std::size_t length)
 {
     return std::all_of(text, text + length, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
@@ -70,10 +71,10 @@ bool IsAscii(const char* text, size_t length)
 
 clsProfLineReader::clsProfLineReader(clsFile& file, UTFType encoding)
 {
-    const int64_t bytes = file.GetSize() - std::max<int64_t>(file.Tell(), 0);
+    const std::int64_t bytes = file.GetSize() - std::max<std::int64_t>(file.Tell(), 0);
     if (bytes > kLargestSource)
         return;
-    const size_t count = static_cast<size_t>(std::max<int64_t>(bytes, 0));
+    const std::size_t count = static_cast<std::size_t>(std::max<std::int64_t>(bytes, 0));
     _sourceBytes = count;
     if (encoding == UTFType::UTF16LE || encoding == UTFType::UTF16BE)
         LoadWide(file, count);
@@ -84,14 +85,14 @@ clsProfLineReader::clsProfLineReader(clsFile& file, UTFType encoding)
     }
 }
 
-void clsProfLineReader::LoadWide(clsFile& file, size_t bytes)
+void clsProfLineReader::LoadWide(clsFile& file, std::size_t bytes)
 {
-    const size_t count = bytes / sizeof(wchar_t);
+    const std::size_t count = bytes / sizeof(wchar_t);
     _isWide = true;
     _wide.reset(new (std::nothrow) wchar_t[count + 1 + kScanPadding]);
     if (_wide == nullptr)
         return;
-    const auto wanted = static_cast<uint32_t>(count * sizeof(wchar_t));
+    const auto wanted = static_cast<std::uint32_t>(count * sizeof(wchar_t));
     const bool isWhole = file.Read(_wide.get(), wanted) == wanted;
     _nextWide = _wide.get();
     _endWide = _nextWide + (isWhole ? count : 0);
@@ -99,14 +100,14 @@ void clsProfLineReader::LoadWide(clsFile& file, size_t bytes)
     _isLoaded = true;
 }
 
-void clsProfLineReader::LoadNarrow(clsFile& file, size_t bytes)
+void clsProfLineReader::LoadNarrow(clsFile& file, std::size_t bytes)
 {
     _narrow.reset(new (std::nothrow) char[bytes + 2]);
     if (_narrow == nullptr)
         return;
-    const uint32_t read = file.Read(_narrow.get(), static_cast<uint32_t>(bytes));
+    const std::uint32_t read = file.Read(_narrow.get(), static_cast<std::uint32_t>(bytes));
     _nextNarrow = _narrow.get();
-    _endNarrow = _nextNarrow + std::min<size_t>(read, bytes);
+    _endNarrow = _nextNarrow + std::min<std::size_t>(read, bytes);
     _endNarrow[0] = _endNarrow[1] = 0;
     _isLoaded = true;
 }
@@ -123,7 +124,7 @@ bool clsProfLineReader::NextWideLine(scProfLine& line)
         return false;
     line.text = SkipBlanks(begin, _endWide);
     const scLineEnd found = FindLineEnd(line.text);
-    line.length = static_cast<size_t>(found.end - line.text);
+    line.length = static_cast<std::size_t>(found.end - line.text);
     line.mayBeEncoded = found.mayBeEncoded;
     _nextWide = BehindLine(found.end, _endWide, FindWideLineEnd);
     *found.end = 0;
@@ -139,12 +140,12 @@ bool clsProfLineReader::NextNarrowLine(scProfLine& line)
     char* const end = FindNarrowLineEnd(text);
     _nextNarrow = BehindLine(end, _endNarrow, FindNarrowLineEnd);
     *end = 0;
-    ConvertLine(text, static_cast<size_t>(end - text), line);
+    ConvertLine(text, static_cast<std::size_t>(end - text), line);
     return true;
 }
 
 // In every code page that a system runs on, the bytes below 0x80 are the characters of the same value.
-void clsProfLineReader::ConvertLine(const char* text, size_t length, scProfLine& line)
+void clsProfLineReader::ConvertLine(const char* text, std::size_t length, scProfLine& line)
 {
     if (IsAscii(text, length))
     {
@@ -164,14 +165,14 @@ void clsProfLineReader::ConvertLine(const char* text, size_t length, scProfLine&
 }
 
 // False if the line is no UTF-8.
-bool clsProfLineReader::ConvertUTF8(const char* text, size_t length)
+bool clsProfLineReader::ConvertUTF8(const char* text, std::size_t length)
 {
     _converted.resize(length + 1); // no character has more units than bytes
     const int room = static_cast<int>(length);
     const int count = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text, room, _converted.data(), room);
     if (count <= 0)
         return false;
-    _converted.resize(static_cast<size_t>(count));
+    _converted.resize(static_cast<std::size_t>(count));
     _converted.push_back(0);
     return true;
 }
@@ -183,7 +184,7 @@ String clsProfLineReader::PeekLine() const
     if (IsWide())
     {
         wchar_t* const text = SkipBlanks(SkipLineBreaks(_nextWide, _endWide), _endWide);
-        return String(text, 0, static_cast<size_t>(FindWideLineEnd(text) - text));
+        return String(text, 0, static_cast<std::size_t>(FindWideLineEnd(text) - text));
     }
     char* const text = SkipBlanks(SkipLineBreaks(_nextNarrow, _endNarrow), _endNarrow);
     const std::string line(text, FindNarrowLineEnd(text));

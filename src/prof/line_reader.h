@@ -20,7 +20,7 @@ class clsFile;
 struct scProfLine
 {
     wchar_t* text = nullptr;
-    size_t length = 0;
+    std::size_t length = 0;
     // Some character is one that reading turns back into another: a quick test, true more often than needed.
     bool mayBeEncoded = false;
 
@@ -34,14 +34,14 @@ struct scProfLine
 class clsProfLineReader
 {
 public:
-    static constexpr int64_t kLargestSource = 0x7FFFFFFE;
+    static constexpr std::int64_t kLargestSource = 0x7FFFFFFE;
 
     clsProfLineReader(clsFile& file, UTFType encoding);
 
     // False if the source is larger than memory or than the reader takes (2 GB). Then there are no lines.
     bool IsLoaded() const { return _isLoaded; }
     // The size of the source behind its mark.
-    uint64_t SourceBytes() const { return _sourceBytes; }
+    std::uint64_t SourceBytes() const { return _sourceBytes; }
 
     // False at the end of the text. A line is valid until the next call, and its caller may change it.
     bool NextLine(scProfLine& line);
@@ -59,12 +59,12 @@ public:
     std::unique_ptr<wchar_t[]> TakeImage() { return std::move(_wide); }
 
 private:
-    void LoadWide(clsFile& file, size_t bytes);
-    void LoadNarrow(clsFile& file, size_t bytes);
+    void LoadWide(clsFile& file, std::size_t bytes);
+    void LoadNarrow(clsFile& file, std::size_t bytes);
     bool NextWideLine(scProfLine& line);
     bool NextNarrowLine(scProfLine& line);
-    bool ConvertUTF8(const char* begin, size_t length);
-    void ConvertLine(const char* begin, size_t length, scProfLine& line);
+    bool ConvertUTF8(const char* begin, std::size_t length);
+    void ConvertLine(const char* begin, std::size_t length, scProfLine& line);
 
     std::unique_ptr<wchar_t[]> _wide;
     wchar_t* _nextWide = nullptr;
@@ -73,8 +73,8 @@ private:
     std::unique_ptr<char[]> _narrow;
     char* _nextNarrow = nullptr;
     char* _endNarrow = nullptr;
-    uint32_t _codePage = 0;
-    uint64_t _sourceBytes = 0;
+    std::uint32_t _codePage = 0;
+    std::uint64_t _sourceBytes = 0;
     std::vector<wchar_t> _converted;
 
     bool _prefersUTF8 = false;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstdint>
 #include <memory>
 #include <new>
 
@@ -32,9 +33,9 @@ bool scItemKey::Matches(const clsItem& item) const
     return item.Name().hash == hash && item.Kind() == kind && IsSameText(item.Name().View(), name);
 }
 
-void clsListIndex::Start(clsProfArena& arena, size_t count) noexcept
+void clsListIndex::Start(clsProfArena& arena, std::size_t count) noexcept
 {
-    const size_t capacity = std::bit_ceil(count + count / 2 + 2);
+    const std::size_t capacity = std::bit_ceil(count + count / 2 + 2);
     _slots = nullptr;
     _used = 0;
     try
@@ -45,7 +46,7 @@ void clsListIndex::Start(clsProfArena& arena, size_t count) noexcept
     catch (const std::bad_alloc&)
     {
     }
-    _capacity = IsBuilt() ? static_cast<uint32_t>(capacity) : 0;
+    _capacity = IsBuilt() ? static_cast<std::uint32_t>(capacity) : 0;
     _isRefused = !IsBuilt();
     std::uninitialized_fill_n(_slots, _capacity, Slot{});
 }
@@ -108,11 +109,11 @@ void* clsListIndex::Find(const scItemKey& key) const
 // The slot of the key, or a free one for it, or null.
 clsListIndex::Slot* clsListIndex::FindPlace(const scItemKey& key) const
 {
-    const uint32_t tag = Tag(key);
-    const uint32_t mask = _capacity - 1;
-    const uint32_t probes = std::min(_capacity, kLongestProbe);
-    uint32_t place = key.hash & mask;
-    for (uint32_t probe = 0; probe < probes; ++probe, place = (place + 1) & mask)
+    const std::uint32_t tag = Tag(key);
+    const std::uint32_t mask = _capacity - 1;
+    const std::uint32_t probes = std::min(_capacity, kLongestProbe);
+    std::uint32_t place = key.hash & mask;
+    for (std::uint32_t probe = 0; probe < probes; ++probe, place = (place + 1) & mask)
     {
         Slot& slot = _slots[place];
         if (slot.target == nullptr || (slot.tag == tag && IsSameText(slot.Name().View(), key.name)))
@@ -130,9 +131,9 @@ void clsListIndex::Refuse(clsProfArena& arena) noexcept
 void clsListIndex::Grow(clsProfArena& arena) noexcept
 {
     const Slot* oldSlots = _slots;
-    const uint32_t oldCapacity = _capacity;
+    const std::uint32_t oldCapacity = _capacity;
     Start(arena, oldCapacity);
-    for (uint32_t i = 0; i < oldCapacity && IsBuilt(); ++i)
+    for (std::uint32_t i = 0; i < oldCapacity && IsBuilt(); ++i)
     {
         const Slot& slot = oldSlots[i];
         if (slot.target != nullptr)

@@ -3,6 +3,7 @@
 
 #include "prof/text_record.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -27,7 +28,7 @@ struct scItemKey
     bool Matches(const clsItem& item) const;
 
     std::wstring_view name;
-    uint32_t hash; // as kept with a name
+    std::uint32_t hash; // as kept with a name
     ItemKind kind;
 };
 
@@ -41,7 +42,7 @@ public:
     bool IsRefused() const { return _isRefused; }
 
     // Makes room for `count` items. The items are then added in the order of the list.
-    void Start(clsProfArena& arena, size_t count) noexcept;
+    void Start(clsProfArena& arena, std::size_t count) noexcept;
     // An item that is behind all others of the list. Does nothing while there's no index.
     void Add(clsProfArena& arena, clsItem& item) noexcept;
     void Drop(clsProfArena& arena) noexcept;
@@ -51,22 +52,22 @@ public:
     clsItemList* FindList(const scItemKey& key) const { return static_cast<clsItemList*>(Find(key)); }
 
 private:
-    static constexpr uint32_t kLongestProbe = 64;
-    static constexpr size_t kLargestCapacity = size_t{1} << 31;
+    static constexpr std::uint32_t kLongestProbe = 64;
+    static constexpr std::size_t kLargestCapacity = std::size_t{1} << 31;
 
-    static constexpr uint32_t kListTag = 0x80000000u;
+    static constexpr std::uint32_t kListTag = 0x80000000u;
 
     struct Slot
     {
-        uint32_t tag; // hash and kind
-        void* target; // the leaf, or the list itself, which spares the way over its entry; null: free
+        std::uint32_t tag; // hash and kind
+        void* target;      // the leaf, or the list itself, which spares the way over its entry; null: free
         bool IsList() const { return (tag & kListTag) != 0; }
         const scProfText& Name() const;
     };
 
-    static uint32_t Tag(const scItemKey& key) { return key.hash | (key.kind == ItemKind::List ? kListTag : 0); }
-    bool IsFull() const { return uint64_t{_used} * 3 >= uint64_t{_capacity} * 2; }
-    bool IsSparse() const { return uint64_t{_used} * 8 < _capacity; }
+    static std::uint32_t Tag(const scItemKey& key) { return key.hash | (key.kind == ItemKind::List ? kListTag : 0); }
+    bool IsFull() const { return std::uint64_t{_used} * 3 >= std::uint64_t{_capacity} * 2; }
+    bool IsSparse() const { return std::uint64_t{_used} * 8 < _capacity; }
     void* Find(const scItemKey& key) const;
     Slot* FindPlace(const scItemKey& key) const;
     void Enter(clsProfArena& arena, const scItemKey& key, void* target) noexcept;
@@ -74,8 +75,8 @@ private:
     void Grow(clsProfArena& arena) noexcept;
 
     Slot* _slots = nullptr;
-    uint32_t _capacity = 0; // a power of two
-    uint32_t _used = 0;
+    std::uint32_t _capacity = 0; // a power of two
+    std::uint32_t _used = 0;
     bool _isRefused = false;
 };
 

@@ -13,6 +13,7 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -36,14 +37,14 @@ bool BeginsHead(const String& line, const wchar_t* head)
 }
 
 // Where a stream object begins: where the stream stands, or at its beginning if nothing follows.
-int64_t ObjectPosition(IStream& stream)
+std::int64_t ObjectPosition(IStream& stream)
 {
     ULARGE_INTEGER position{};
     ULARGE_INTEGER end{};
     if (FAILED(stream.Seek(LARGE_INTEGER{}, STREAM_SEEK_CUR, &position)) ||
         FAILED(stream.Seek(LARGE_INTEGER{}, STREAM_SEEK_END, &end)))
         return 0;
-    return position.QuadPart < end.QuadPart ? static_cast<int64_t>(position.QuadPart) : 0;
+    return position.QuadPart < end.QuadPart ? static_cast<std::int64_t>(position.QuadPart) : 0;
 }
 
 const wchar_t* SourceName(const clsFile& file)
@@ -105,7 +106,7 @@ void clsProfJob::OpenStream(IStream* stream)
 {
     if (stream == nullptr)
         return;
-    const int64_t position = _objectLevel != 0 ? ObjectPosition(*stream) : 0;
+    const std::int64_t position = _objectLevel != 0 ? ObjectPosition(*stream) : 0;
     const clsAutoRelease<clsFile*> file(new clsFileRW);
     if (file->AttachStream(stream) != 0)
     {
@@ -157,7 +158,7 @@ bool clsProfJob::RefuseLarge(const clsFile& file)
 // look is good for is that it passes over a mark at the stream's beginning.
 bool clsProfJob::LoadObject(clsFile& file)
 {
-    const int64_t position = file.Tell();
+    const std::int64_t position = file.Tell();
     file.GetUTFType();
     if (position != 0)
         file.Seek(position);
@@ -177,7 +178,7 @@ bool clsProfJob::LoadPacked(clsFile& file, unsigned layer)
     }
     if (!UnpackImage(file, image, clsProfLineReader::kLargestSource))
         return RefuseLarge(file);
-    image.Seek(int64_t{0});
+    image.Seek(std::int64_t{0});
     return image.GetSize() == 0 || LoadLayer(image, layer + 1);
 }
 

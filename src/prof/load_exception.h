@@ -15,7 +15,7 @@ namespace qx
 class clsLoadException
 {
 public:
-    clsLoadException(uint32_t line, String message, String namePath = String())
+    clsLoadException(std::uint32_t line, String message, String namePath = String())
         : _line(line),
           _message(std::move(message)),
           _namePath(std::move(namePath))
@@ -23,12 +23,12 @@ public:
         DebugLine(L"PROF load error line %d: '%s'", _line, _message.Text());
     }
 
-    uint32_t Line() const { return _line; }
+    std::uint32_t Line() const { return _line; }
     const String& Message() const { return _message; }
     const String& NamePath() const { return _namePath; }
 
 private:
-    uint32_t _line;
+    std::uint32_t _line;
     String _message;
     String _namePath;
 };

@@ -30,25 +30,25 @@ constexpr std::array kNamedMasks{
     scNamedMask{L"\"", L"&quot;"},
 };
 constexpr std::wstring_view kLineBreakMask = kNamedMasks[0].mask;
-constexpr size_t kNumberMaskLength = 8; // as in &#x0001;
+constexpr std::size_t kNumberMaskLength = 8; // as in &#x0001;
 
 // The length of the mask of each character that may have one; 1 for those that stay.
-constexpr size_t kMaskable = L'>' + 1;
+constexpr std::size_t kMaskable = L'>' + 1;
 constexpr auto kMaskLengths = []
 {
-    std::array<uint8_t, kMaskable> lengths{};
-    for (size_t c = 0; c < lengths.size(); ++c)
-        lengths[c] = static_cast<uint8_t>(c < L' ' ? kNumberMaskLength : 1);
-    lengths[L'\r'] = lengths[L'\n'] = static_cast<uint8_t>(kLineBreakMask.size());
+    std::array<std::uint8_t, kMaskable> lengths{};
+    for (std::size_t c = 0; c < lengths.size(); ++c)
+        lengths[c] = static_cast<std::uint8_t>(c < L' ' ? kNumberMaskLength : 1);
+    lengths[L'\r'] = lengths[L'\n'] = static_cast<std::uint8_t>(kLineBreakMask.size());
     for (const scNamedMask& named : kNamedMasks)
     {
         if (named.character.size() == 1)
-            lengths[named.character[0]] = static_cast<uint8_t>(named.mask.size());
+            lengths[named.character[0]] = static_cast<std::uint8_t>(named.mask.size());
     }
     return lengths;
 }();
 
-size_t MaskLength(wchar_t c)
+std::size_t MaskLength(wchar_t c)
 {
     return c < kMaskable ? kMaskLengths[c] : 1;
 }
@@ -69,7 +69,7 @@ bool IsLineBreak(wchar_t c)
 }
 
 // The number of characters at the front that are masked as one.
-size_t StepLength(std::wstring_view text)
+std::size_t StepLength(std::wstring_view text)
 {
     return text.starts_with(L"\r\n") ? 2 : 1;
 }
@@ -93,7 +93,7 @@ class clsNextSemicolon
 public:
     explicit clsNextSemicolon(std::wstring_view text) : _text(text) {}
 
-    size_t From(size_t position)
+    std::size_t From(std::size_t position)
     {
         if (_found < position || !_isSought)
             _found = _text.find(L';', position);
@@ -103,40 +103,40 @@ public:
 
 private:
     std::wstring_view _text;
-    size_t _found = 0;
+    std::size_t _found = 0;
     bool _isSought = false;
 };
 
 struct scUnmasked
 {
-    size_t end = 0; // behind the sequence; 0: it is none
+    std::size_t end = 0; // behind the sequence; 0: it is none
     wchar_t character = 0;
 };
 
 // A numbered sequence, which begins "&#" at the position. The lowest 16 bits of the number are the character; what
 // stands between the digits and the semicolon is dropped with it. A character of 0 would hide the rest of the text from
 // every caller, so a sequence that stands for it stays as it is, and so does one without a digit.
-scUnmasked ReadNumber(std::wstring_view text, size_t position, clsNextSemicolon& semicolon)
+scUnmasked ReadNumber(std::wstring_view text, std::size_t position, clsNextSemicolon& semicolon)
 {
     const unsigned base = text.substr(position).starts_with(L"&#x") ? 16 : 10;
-    size_t next = position + (base == 16 ? 3 : 2);
+    std::size_t next = position + (base == 16 ? 3 : 2);
     unsigned number = 0;
     for (int digit = 0; next < text.size() && (digit = DigitValue(text[next], base)) >= 0; ++next)
         number = number * base + static_cast<unsigned>(digit); // what overflows is none of the lowest bits
     const auto character = static_cast<wchar_t>(number);
     if (character == 0)
         return {};
-    const size_t end = semicolon.From(next);
+    const std::size_t end = semicolon.From(next);
     return end == std::wstring_view::npos ? scUnmasked{} : scUnmasked{end + 1, character};
 }
 
 } // namespace
 
-size_t clsProfMask::MaskedLength(std::wstring_view text)
+std::size_t clsProfMask::MaskedLength(std::wstring_view text)
 {
     if (!HasMaskedCharacter(text))
         return text.size();
-    size_t length = 0;
+    std::size_t length = 0;
     while (!text.empty())
     {
         length += MaskLength(text[0]);
@@ -170,7 +170,7 @@ wchar_t* clsProfMask::Mask(wchar_t* out, std::wstring_view text)
 String clsProfMask::Mask(const String& text)
 {
     const std::wstring_view view(text.Text(), text.Length());
-    const size_t length = MaskedLength(view);
+    const std::size_t length = MaskedLength(view);
     if (length == view.size())
         return text;
     String masked;
@@ -179,11 +179,11 @@ String clsProfMask::Mask(const String& text)
     return masked;
 }
 
-size_t clsProfMask::Unmask(wchar_t* text, size_t length)
+std::size_t clsProfMask::Unmask(wchar_t* text, std::size_t length)
 {
     const std::wstring_view view(text, length);
     clsNextSemicolon semicolon(view);
-    size_t position = view.find(L'&');
+    std::size_t position = view.find(L'&');
     if (position == std::wstring_view::npos)
         return length;
     wchar_t* out = text + position;
@@ -211,7 +211,7 @@ size_t clsProfMask::Unmask(wchar_t* text, size_t length)
         *out++ = rest[0];
         ++position;
     }
-    return static_cast<size_t>(out - text);
+    return static_cast<std::size_t>(out - text);
 }
 
 } // namespace qx

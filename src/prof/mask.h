@@ -15,7 +15,7 @@ class clsProfMask
 {
 public:
     // The length of the masked text, without making it.
-    static size_t MaskedLength(std::wstring_view text);
+    static std::size_t MaskedLength(std::wstring_view text);
 
     // Shared with the argument if there's nothing to mask.
     static String Mask(const String& text);
@@ -25,7 +25,7 @@ public:
 
     // Works in place, since no sequence is shorter than what it stands for; gives the new length. Unknown sequences and
     // those without an end stay as they are. Of a number the lowest 16 bits count; one that would give a zero stays.
-    static size_t Unmask(wchar_t* text, size_t length);
+    static std::size_t Unmask(wchar_t* text, std::size_t length);
 };
 
 } // namespace qx

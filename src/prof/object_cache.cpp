@@ -1,6 +1,7 @@
 #include "prof/object_cache.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace qx
 {
@@ -8,7 +9,7 @@ namespace qx
 namespace
 {
 
-constexpr uint32_t kHashMask = (uint32_t{1} << scProfText::kHashBits) - 1;
+constexpr std::uint32_t kHashMask = (std::uint32_t{1} << scProfText::kHashBits) - 1;
 
 // The characters that the text form replaces in a leaf's name.
 bool NeedsEncoding(std::wstring_view name)
@@ -19,10 +20,10 @@ bool NeedsEncoding(std::wstring_view name)
 
 } // namespace
 
-scProfText* NewProfText(clsProfArena& arena, std::wstring_view text, uint64_t hash, bool isShared)
+scProfText* NewProfText(clsProfArena& arena, std::wstring_view text, std::uint64_t hash, bool isShared)
 {
     auto* record = ::new (arena.Allocate(scProfText::Bytes(text.size()))) scProfText;
-    record->length = static_cast<uint32_t>(text.size());
+    record->length = static_cast<std::uint32_t>(text.size());
     record->hash = KeptHash(hash) & kHashMask;
     record->isShared = isShared;
     record->isPlain = !NeedsEncoding(text);
@@ -32,7 +33,7 @@ scProfText* NewProfText(clsProfArena& arena, std::wstring_view text, uint64_t ha
     return record;
 }
 
-const scProfText* clsRefCountedObjectCache::Intern(std::wstring_view text, uint64_t hash)
+const scProfText* clsRefCountedObjectCache::Intern(std::wstring_view text, std::uint64_t hash)
 {
     Bucket& bucket = _buckets[hash % kBuckets];
     if (bucket.count * 8 >= bucket.capacity * 5)
@@ -53,9 +54,9 @@ const scProfText* clsRefCountedObjectCache::Intern(std::wstring_view text, uint6
     return slot->Text();
 }
 
-size_t clsRefCountedObjectCache::Count() const
+std::size_t clsRefCountedObjectCache::Count() const
 {
-    size_t count = 0;
+    std::size_t count = 0;
     for (const Bucket& bucket : _buckets)
     {
         count += bucket.count;
@@ -65,12 +66,12 @@ size_t clsRefCountedObjectCache::Count() const
 
 // The slot that holds the text, or a free one for it, or null.
 clsRefCountedObjectCache::Slot* clsRefCountedObjectCache::FindPlace(
-    const Bucket& bucket, std::wstring_view text, uint32_t hash)
+    const Bucket& bucket, std::wstring_view text, std::uint32_t hash)
 {
-    const uint32_t mask = bucket.capacity - 1;
-    const uint32_t probes = std::min(bucket.capacity, kLongestProbe);
-    uint32_t place = hash & mask;
-    for (uint32_t probe = 0; probe < probes; ++probe, place = (place + 1) & mask)
+    const std::uint32_t mask = bucket.capacity - 1;
+    const std::uint32_t probes = std::min(bucket.capacity, kLongestProbe);
+    std::uint32_t place = hash & mask;
+    for (std::uint32_t probe = 0; probe < probes; ++probe, place = (place + 1) & mask)
     {
         Slot& slot = bucket.slots[place];
         if (slot.IsFree() || (slot.MayHold(hash) && IsSameText(slot.Text()->View(), text)))
@@ -84,12 +85,12 @@ clsRefCountedObjectCache::Slot* clsRefCountedObjectCache::FindPlace(
 void clsRefCountedObjectCache::Grow(Bucket& bucket)
 {
     const Bucket old = bucket;
-    const uint32_t capacity = old.capacity == 0 ? kFirstCapacity : old.capacity * 2;
+    const std::uint32_t capacity = old.capacity == 0 ? kFirstCapacity : old.capacity * 2;
     auto* slots = static_cast<Slot*>(_arena.Allocate(capacity * sizeof(Slot)));
     std::uninitialized_fill_n(slots, capacity, Slot{});
     bucket = {slots, capacity, 0};
 
-    for (uint32_t i = 0; i < old.capacity; ++i)
+    for (std::uint32_t i = 0; i < old.capacity; ++i)
     {
         const Slot& slot = old.slots[i];
         if (slot.IsFree())

@@ -3,6 +3,7 @@
 
 #include "prof/text_record.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -23,14 +24,14 @@ public:
     clsRefCountedObjectCache& operator=(const clsRefCountedObjectCache&) = delete;
 
     // The table's text that is equal, which is made if there is none; null if it finds no place. `hash` is the text's.
-    const scProfText* Intern(std::wstring_view text, uint64_t hash);
+    const scProfText* Intern(std::wstring_view text, std::uint64_t hash);
 
-    size_t Count() const;
+    std::size_t Count() const;
 
 private:
-    static constexpr uint32_t kBuckets = 256;
-    static constexpr uint32_t kFirstCapacity = 8;
-    static constexpr uint32_t kLongestProbe = 32;
+    static constexpr std::uint32_t kBuckets = 256;
+    static constexpr std::uint32_t kFirstCapacity = 8;
+    static constexpr std::uint32_t kLongestProbe = 32;
 
     // A text and 16 bits of its hash in one word, so that a table takes little beside its texts and a search looks at
     // few of them. Where an address should have more than its usual 48 bits the text isn't stored.
@@ -38,12 +39,12 @@ private:
     {
     public:
         bool IsFree() const { return _bits == 0; }
-        bool MayHold(uint32_t hash) const { return _bits >> kAddressBits == TagOf(hash); }
+        bool MayHold(std::uint32_t hash) const { return _bits >> kAddressBits == TagOf(hash); }
         const scProfText* Text() const { return reinterpret_cast<const scProfText*>(_bits & kAddressMask); }
 
         bool Take(const scProfText* text)
         {
-            const auto address = reinterpret_cast<uintptr_t>(text);
+            const auto address = reinterpret_cast<std::uintptr_t>(text);
             if ((address & ~kAddressMask) != 0)
                 return false;
             _bits = TagOf(text->hash) << kAddressBits | address;
@@ -52,22 +53,22 @@ private:
 
     private:
         static constexpr unsigned kAddressBits = 48;
-        static constexpr uint64_t kAddressMask = (uint64_t{1} << kAddressBits) - 1;
+        static constexpr std::uint64_t kAddressMask = (std::uint64_t{1} << kAddressBits) - 1;
 
         // Of the kept hash the bits that don't choose the place in small tables.
-        static uint64_t TagOf(uint32_t hash) { return hash >> (scProfText::kHashBits - 16); }
+        static std::uint64_t TagOf(std::uint32_t hash) { return hash >> (scProfText::kHashBits - 16); }
 
-        uint64_t _bits = 0;
+        std::uint64_t _bits = 0;
     };
 
     struct Bucket
     {
         Slot* slots;
-        uint32_t capacity; // a power of two, or 0 before the first text
-        uint32_t count;
+        std::uint32_t capacity; // a power of two, or 0 before the first text
+        std::uint32_t count;
     };
 
-    static Slot* FindPlace(const Bucket& bucket, std::wstring_view text, uint32_t hash);
+    static Slot* FindPlace(const Bucket& bucket, std::wstring_view text, std::uint32_t hash);
     void Grow(Bucket& bucket);
 
     clsProfArena& _arena;

@@ -17,12 +17,12 @@ class clsProfOutput
 {
 public:
     // Room for so many characters, or bytes, in one piece. What is used of it is told by its end.
-    wchar_t* Reserve(size_t count) { return static_cast<wchar_t*>(Room(count * sizeof(wchar_t))); }
-    char* ReserveBytes(size_t count) { return static_cast<char*>(Room(count)); }
+    wchar_t* Reserve(std::size_t count) { return static_cast<wchar_t*>(Room(count * sizeof(wchar_t))); }
+    char* ReserveBytes(std::size_t count) { return static_cast<char*>(Room(count)); }
     void SetUsed(void* end) { _next = static_cast<std::byte*>(end); }
 
     bool IsEmpty() const { return Bytes() == 0; }
-    uint64_t Bytes() const;
+    std::uint64_t Bytes() const;
 
     // Hands all pieces over in their order, as (const std::byte*, size_t), until one is refused; whether none was.
     template <class Visitor>
@@ -30,7 +30,7 @@ public:
     {
         for (const Chunk& chunk : _chunks)
         {
-            if (const size_t used = UsedOf(chunk); used != 0 && !visitor(chunk.bytes.get(), used))
+            if (const std::size_t used = UsedOf(chunk); used != 0 && !visitor(chunk.bytes.get(), used))
                 return false;
         }
         return true;
@@ -44,28 +44,28 @@ public:
     bool ReplaceContentOf(clsFile& target) const;
 
 private:
-    static constexpr size_t kFirstChunk = size_t{1} << 13;
-    static constexpr size_t kLargestChunk = size_t{1} << 21;
+    static constexpr std::size_t kFirstChunk = std::size_t{1} << 13;
+    static constexpr std::size_t kLargestChunk = std::size_t{1} << 21;
 
     struct Chunk
     {
         std::unique_ptr<std::byte[]> bytes;
-        size_t used; // of all but the last
+        std::size_t used; // of all but the last
     };
 
-    void* Room(size_t bytes)
+    void* Room(std::size_t bytes)
     {
-        if (static_cast<size_t>(_end - _next) < bytes)
+        if (static_cast<std::size_t>(_end - _next) < bytes)
             StartChunk(bytes);
         return _next;
     }
-    void StartChunk(size_t bytes);
-    size_t UsedOf(const Chunk& chunk) const;
-    bool WriteTo(clsFile& target, uint64_t begin, uint64_t end) const;
+    void StartChunk(std::size_t bytes);
+    std::size_t UsedOf(const Chunk& chunk) const;
+    bool WriteTo(clsFile& target, std::uint64_t begin, std::uint64_t end) const;
 
     std::byte* _next = nullptr;
     std::byte* _end = nullptr;
-    size_t _chunkSize = kFirstChunk;
+    std::size_t _chunkSize = kFirstChunk;
     std::vector<Chunk> _chunks;
 };
 

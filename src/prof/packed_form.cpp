@@ -23,8 +23,8 @@ class clsDeflater
 public:
     explicit clsDeflater(clsProfOutput& target) : _target(target)
     {
-        constexpr DeflateMode mode = DeflateModeOf(kPackedMode);
-        if (deflateInit2(&_stream, mode.level, Z_DEFLATED, rawDeflateWindowBits, mode.memoryLevel, mode.strategy) !=
+        constexpr DeflateMode kMode = DeflateModeOf(kPackedMode);
+        if (deflateInit2(&_stream, kMode.level, Z_DEFLATED, kRawDeflateWindowBits, kMode.memoryLevel, kMode.strategy) !=
             Z_OK)
             throw std::bad_alloc();
     }
@@ -60,11 +60,11 @@ void PackImage(const clsProfOutput& image, clsProfOutput& packed)
         std::copy(std::begin(kPackedMagic), std::end(kPackedMagic), packed.ReserveBytes(sizeof kPackedMagic)));
     clsDeflater deflater(packed);
     image.ForEachPiece(
-        [&](const std::byte* piece, size_t size)
+        [&](const std::byte* piece, std::size_t size)
         {
-            for (size_t part; size != 0; piece += part, size -= part)
+            for (std::size_t part; size != 0; piece += part, size -= part)
             {
-                part = std::min<size_t>(size, std::numeric_limits<uInt>::max());
+                part = std::min<std::size_t>(size, std::numeric_limits<uInt>::max());
                 deflater.Add(piece, static_cast<uInt>(part), Z_NO_FLUSH);
             }
             return true;

@@ -19,7 +19,7 @@ bool clsProfPath::SkipLeadingSlash()
 
 std::wstring_view clsProfPath::Component() const
 {
-    const auto length = static_cast<size_t>(_end - _begin);
+    const auto length = static_cast<std::size_t>(_end - _begin);
     return {_begin, IsLast() ? length : std::min(length, kLongestComponent)};
 }
 

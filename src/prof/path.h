@@ -3,6 +3,7 @@
 
 #include "prof/item.h"
 
+#include <cstddef>
 #include <string_view>
 
 namespace qx
@@ -25,7 +26,7 @@ public:
     void Next() { Begin(_end + 1); }
 
 private:
-    static constexpr size_t kLongestComponent = 255;
+    static constexpr std::size_t kLongestComponent = 255;
 
     void Begin(const wchar_t* component)
     {

@@ -5,6 +5,7 @@
 #include "prof/job.h"
 #include "prof/line_reader.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -23,8 +24,8 @@ constexpr wchar_t kEncodedClose = 0x301B;
 constexpr wchar_t kControlPictures = 0x2400;
 
 // In place. A name keeps its control pictures; a list's name isn't decoded at all.
-void DecodeName(wchar_t* name, size_t length);
-void DecodeValue(wchar_t* value, size_t length);
+void DecodeName(wchar_t* name, std::size_t length);
+void DecodeValue(wchar_t* value, std::size_t length);
 
 // --- Reading ---
 
@@ -34,7 +35,7 @@ struct scParseState
     clsProfJob& job;
     clsProfLineReader& reader;
     ProfForm form = ProfForm::Text; // the XML rules may change it to that of XFDF
-    uint32_t lineCounter = 0;
+    std::uint32_t lineCounter = 0;
     bool inComment = false;
 };
 
@@ -51,6 +52,6 @@ void ParseIni(scParseState& state, clsItemList& list);
 // --- Writing ---
 
 // The block of a list: its name in brackets, then its items between braces.
-void WriteTextForm(clsProfOutput& output, const clsItemList& list, uint32_t level);
+void WriteTextForm(clsProfOutput& output, const clsItemList& list, std::uint32_t level);
 
 } // namespace qx

@@ -10,7 +10,7 @@ namespace qx
 namespace
 {
 
-void DecodePart(wchar_t* text, size_t length, void (*decode)(wchar_t*, size_t), bool mayBeEncoded)
+void DecodePart(wchar_t* text, std::size_t length, void (*decode)(wchar_t*, std::size_t), bool mayBeEncoded)
 {
     if (mayBeEncoded)
         decode(text, length);
@@ -18,11 +18,11 @@ void DecodePart(wchar_t* text, size_t length, void (*decode)(wchar_t*, size_t), 
 
 void AppendLeaf(scParseState& state, clsItemList& list, const scProfLine& line)
 {
-    const size_t equals = line.View().find(L'=');
+    const std::size_t equals = line.View().find(L'=');
     const bool hasValue = equals != std::wstring_view::npos;
-    const size_t nameLength = hasValue ? equals : line.length;
+    const std::size_t nameLength = hasValue ? equals : line.length;
     wchar_t* const value = line.text + (hasValue ? equals + 1 : line.length);
-    const size_t valueLength = line.length - static_cast<size_t>(value - line.text);
+    const std::size_t valueLength = line.length - static_cast<std::size_t>(value - line.text);
     DecodePart(line.text, nameLength, DecodeName, line.mayBeEncoded);
     DecodePart(value, valueLength, DecodeValue, line.mayBeEncoded);
 
@@ -106,7 +106,7 @@ void ParseIni(scParseState& state, clsItemList& list)
     }
 }
 
-void DecodeName(wchar_t* name, size_t length)
+void DecodeName(wchar_t* name, std::size_t length)
 {
     for (wchar_t* c = name; c != name + length; ++c)
     {
@@ -127,7 +127,7 @@ void DecodeName(wchar_t* name, size_t length)
     }
 }
 
-void DecodeValue(wchar_t* value, size_t length)
+void DecodeValue(wchar_t* value, std::size_t length)
 {
     for (wchar_t* c = value; c != value + length; ++c)
     {

@@ -4,6 +4,7 @@
 #include "prof/arena.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <new>
 #include <string_view>
@@ -16,23 +17,23 @@ struct scProfText
 {
     static constexpr unsigned kHashBits = 30;
 
-    uint32_t length;
-    uint32_t hash : kHashBits;
-    uint32_t isShared : 1; // it is in one of the job's tables, which keep it until the job dies
-    uint32_t isPlain : 1;  // written as a leaf's name it needs no encoding
+    std::uint32_t length;
+    std::uint32_t hash : kHashBits;
+    std::uint32_t isShared : 1; // it is in one of the job's tables, which keep it until the job dies
+    std::uint32_t isPlain : 1;  // written as a leaf's name it needs no encoding
 
     const wchar_t* Text() const { return reinterpret_cast<const wchar_t*>(this + 1); }
     std::wstring_view View() const { return {Text(), length}; }
 
-    static size_t Bytes(size_t length) { return sizeof(scProfText) + (length + 1) * sizeof(wchar_t); }
+    static std::size_t Bytes(std::size_t length) { return sizeof(scProfText) + (length + 1) * sizeof(wchar_t); }
 };
 
 static_assert(sizeof(scProfText) == 8 && alignof(scProfText) >= alignof(wchar_t));
 
 // The part of a text's hash that is kept with it; the tables take their bucket from the lowest bits.
-constexpr uint32_t KeptHash(uint64_t hash)
+constexpr std::uint32_t KeptHash(std::uint64_t hash)
 {
-    return static_cast<uint32_t>(hash >> 34);
+    return static_cast<std::uint32_t>(hash >> 34);
 }
 
 inline bool IsSameText(std::wstring_view a, std::wstring_view b)
@@ -40,7 +41,7 @@ inline bool IsSameText(std::wstring_view a, std::wstring_view b)
     return std::equal(a.begin(), a.end(), b.begin(), b.end());
 }
 
-scProfText* NewProfText(clsProfArena& arena, std::wstring_view text, uint64_t hash, bool isShared);
+scProfText* NewProfText(clsProfArena& arena, std::wstring_view text, std::uint64_t hash, bool isShared);
 
 inline void ReleaseProfText(clsProfArena& arena, const scProfText* text) noexcept
 {

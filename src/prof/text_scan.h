@@ -12,7 +12,7 @@ namespace qx
 {
 
 // A scan may read this many characters behind the text's terminator.
-constexpr size_t kScanPadding = kTextBlockLength;
+constexpr std::size_t kScanPadding = kTextBlockLength;
 
 struct scLineEnd
 {

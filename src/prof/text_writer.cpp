@@ -5,6 +5,7 @@
 #include "prof/text_scan.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <vector>
 
@@ -50,7 +51,7 @@ wchar_t* CopyValue(wchar_t* out, std::wstring_view value)
 struct OpenBlock
 {
     WCValConstSListIter<clsItem*> next;
-    uint32_t level;
+    std::uint32_t level;
 };
 
 class clsTextWriter
@@ -58,7 +59,7 @@ class clsTextWriter
 public:
     explicit clsTextWriter(clsProfOutput& output) : _output(output) {}
 
-    void WriteBlock(const clsItemList& list, uint32_t level)
+    void WriteBlock(const clsItemList& list, std::uint32_t level)
     {
         Open(list, level);
         while (!_blocks.empty())
@@ -77,7 +78,7 @@ public:
     }
 
 private:
-    void Open(const clsItemList& list, uint32_t level)
+    void Open(const clsItemList& list, std::uint32_t level)
     {
         const clsIndent<wchar_t> head(level);
         wchar_t* out = _output.Reserve(head.View().size() + list.Name().length + 4);
@@ -127,7 +128,7 @@ private:
 
 } // namespace
 
-void WriteTextForm(clsProfOutput& output, const clsItemList& list, uint32_t level)
+void WriteTextForm(clsProfOutput& output, const clsItemList& list, std::uint32_t level)
 {
     clsTextWriter(output).WriteBlock(list, level);
 }

@@ -13,7 +13,7 @@ namespace qx
 //     Leaf(item, level)
 //     Begin(list, level), End(level) around the entries of a list, which are one level deeper.
 template <class Visitor>
-void WalkTree(const clsItemList& root, uint32_t level, Visitor& visitor)
+void WalkTree(const clsItemList& root, std::uint32_t level, Visitor& visitor)
 {
     std::vector<WCValConstSListIter<clsItem*>> open{root.begin()};
     while (!open.empty())

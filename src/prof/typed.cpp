@@ -1,5 +1,6 @@
 #include "prof/typed.h"
 
+#include <cstdint>
 #include <cwchar>
 #include <wchar.h>
 
@@ -13,7 +14,7 @@ template <class... Arguments>
 void Write(scValueText& target, const wchar_t* format, Arguments... arguments)
 {
     const int count = _snwprintf(target.text, std::size(target.text), format, arguments...);
-    target.length = count >= 0 ? static_cast<size_t>(count) : 0;
+    target.length = count >= 0 ? static_cast<std::size_t>(count) : 0;
 }
 
 // The number of fields that were read; none also for a text that is at its end too early.
@@ -49,7 +50,7 @@ void WriteDouble(scValueText& text, const wchar_t* format, const double& value)
 bool ReadDouble(std::wstring_view text, double& result)
 {
     wchar_t copy[200]; // wcstod knows no length
-    const size_t length = text.copy(copy, std::size(copy) - 1);
+    const std::size_t length = text.copy(copy, std::size(copy) - 1);
     copy[length] = 0;
     if (const wchar_t point = DecimalPoint(); point != L'.')
     {
@@ -67,12 +68,12 @@ bool BeginsTrue(std::wstring_view text)
     return text.starts_with(L'T') || text.starts_with(L'Y');
 }
 
-void WriteBool(scValueText& text, const wchar_t*, const int32_t& value)
+void WriteBool(scValueText& text, const wchar_t*, const std::int32_t& value)
 {
     Write(text, value != 0 ? L"TRUE" : L"FALSE");
 }
 
-bool ReadBool(std::wstring_view text, int32_t& result)
+bool ReadBool(std::wstring_view text, std::int32_t& result)
 {
     result = BeginsTrue(text);
     return true;
@@ -80,12 +81,12 @@ bool ReadBool(std::wstring_view text, int32_t& result)
 
 // ---- Numbers: the hexadecimal form first, since its x isn't the beginning of a decimal one.
 
-bool ReadInt(std::wstring_view text, int32_t& result)
+bool ReadInt(std::wstring_view text, std::int32_t& result)
 {
     return Scan(text, L"x%X", &result) == 1 || ReadDecimalText(text, result);
 }
 
-bool ReadInt64(std::wstring_view text, int64_t& result)
+bool ReadInt64(std::wstring_view text, std::int64_t& result)
 {
     return Scan(text, L"x%I64X", &result) == 1 || ReadDecimalText(text, result);
 }
@@ -113,14 +114,14 @@ bool ReadRect(std::wstring_view text, ProfFields4& result)
 }
 
 // Sizes may need the bit of the sign: a rectangle as wide as all coordinates comes back too.
-int32_t Sum(int32_t a, int32_t b)
+std::int32_t Sum(std::int32_t a, std::int32_t b)
 {
-    return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
 }
 
-int32_t Difference(int32_t a, int32_t b)
+std::int32_t Difference(std::int32_t a, std::int32_t b)
 {
-    return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
 }
 
 void WriteRectLTWH(scValueText& text, const wchar_t* format, const ProfFields4& value)
@@ -139,18 +140,18 @@ bool ReadRectLTWH(std::wstring_view text, ProfFields4& result)
 
 // ---- Colours: one number, or red, green and blue as they are written, whatever they are.
 
-void WriteColorref(scValueText& text, const wchar_t* format, const uint32_t& value)
+void WriteColorref(scValueText& text, const wchar_t* format, const std::uint32_t& value)
 {
     Write(text, format, value & 0xff, value >> 8 & 0xff, value >> 16 & 0xff);
 }
 
-bool ReadColorref(std::wstring_view text, uint32_t& result)
+bool ReadColorref(std::wstring_view text, std::uint32_t& result)
 {
     if (Scan(text, L"x%lx", &result) == 1)
         return true;
-    uint32_t red = 0;
-    uint32_t green = 0;
-    uint32_t blue = 0;
+    std::uint32_t red = 0;
+    std::uint32_t green = 0;
+    std::uint32_t blue = 0;
     if (Scan(text, L"(%d,%d,%d)", &red, &green, &blue) != 3)
         return false;
     result = red | green << 8 | blue << 16;
@@ -161,30 +162,30 @@ constexpr wchar_t kRectFormat[] = L"(%d,%d,%d,%d)";
 
 } // namespace
 
-bool ReadFlagText(std::wstring_view text, int32_t& result)
+bool ReadFlagText(std::wstring_view text, std::int32_t& result)
 {
     result = text.empty() || BeginsTrue(text);
     return true;
 }
 
-bool ReadDecimalText(std::wstring_view text, int32_t& result)
+bool ReadDecimalText(std::wstring_view text, std::int32_t& result)
 {
     return Scan(text, L"%d", &result) == 1;
 }
 
-bool ReadDecimalText(std::wstring_view text, int64_t& result)
+bool ReadDecimalText(std::wstring_view text, std::int64_t& result)
 {
     return Scan(text, L"%I64u", &result) == 1;
 }
 
 // Append and set differ in the hexadecimal forms, which callers' files show.
-constexpr scTypedForm<int32_t> kProfBool{WriteBool, nullptr, nullptr, ReadBool};
-constexpr scTypedForm<uint32_t> kProfColorref{WriteColorref, L"(%d,%d,%d)", L"(%d,%d,%d)", ReadColorref};
+constexpr scTypedForm<std::int32_t> kProfBool{WriteBool, nullptr, nullptr, ReadBool};
+constexpr scTypedForm<std::uint32_t> kProfColorref{WriteColorref, L"(%d,%d,%d)", L"(%d,%d,%d)", ReadColorref};
 constexpr scTypedForm<double> kProfDouble{WriteDouble, L"%f", L"%lf", ReadDouble};
-constexpr scTypedForm<int32_t> kProfInt{WriteNumber, L"%d", L"%d", ReadInt};
-constexpr scTypedForm<int32_t> kProfIntHex{WriteNumber, L"x%08X", L"x%x", nullptr};
-constexpr scTypedForm<int64_t> kProfInt64{WriteNumber, L"%I64u", L"%I64u", ReadInt64, 63};
-constexpr scTypedForm<int64_t> kProfInt64Hex{WriteNumber, L"x%I64X", L"x%I64x", nullptr};
+constexpr scTypedForm<std::int32_t> kProfInt{WriteNumber, L"%d", L"%d", ReadInt};
+constexpr scTypedForm<std::int32_t> kProfIntHex{WriteNumber, L"x%08X", L"x%x", nullptr};
+constexpr scTypedForm<std::int64_t> kProfInt64{WriteNumber, L"%I64u", L"%I64u", ReadInt64, 63};
+constexpr scTypedForm<std::int64_t> kProfInt64Hex{WriteNumber, L"x%I64X", L"x%I64x", nullptr};
 constexpr scTypedForm<ProfFields2> kProfPoint{WritePoint, L"(%d,%d)", L"(%d,%d)", ReadPoint};
 constexpr scTypedForm<ProfFields4> kProfRect{WriteRect, kRectFormat, kRectFormat, ReadRect};
 constexpr scTypedForm<ProfFields4> kProfRectLTWH{WriteRectLTWH, kRectFormat, kRectFormat, ReadRectLTWH};

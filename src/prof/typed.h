@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -14,14 +15,14 @@ namespace qx
 {
 
 // x, y; left, top, right, bottom.
-using ProfFields2 = std::array<int32_t, 2>;
-using ProfFields4 = std::array<int32_t, 4>;
+using ProfFields2 = std::array<std::int32_t, 2>;
+using ProfFields4 = std::array<std::int32_t, 4>;
 
 // A value's text; the longest is that of the largest double with its six decimals.
 struct scValueText
 {
     wchar_t text[340];
-    size_t length;
+    std::size_t length;
 
     std::wstring_view View() const { return {text, length}; }
 };
@@ -36,16 +37,16 @@ struct scTypedForm
     // Whether the text is one of the type; if not, fields in front of the first wrong one may be there already. Null
     // for a second way of writing a type.
     bool (*read)(std::wstring_view text, T& result);
-    size_t longest = 199; // characters of the text that are looked at
+    std::size_t longest = 199; // characters of the text that are looked at
 };
 
-extern const scTypedForm<int32_t> kProfBool;
-extern const scTypedForm<uint32_t> kProfColorref; // red in the low byte, then green, then blue
+extern const scTypedForm<std::int32_t> kProfBool;
+extern const scTypedForm<std::uint32_t> kProfColorref; // red in the low byte, then green, then blue
 extern const scTypedForm<double> kProfDouble;
-extern const scTypedForm<int32_t> kProfInt;
-extern const scTypedForm<int32_t> kProfIntHex;
-extern const scTypedForm<int64_t> kProfInt64;
-extern const scTypedForm<int64_t> kProfInt64Hex;
+extern const scTypedForm<std::int32_t> kProfInt;
+extern const scTypedForm<std::int32_t> kProfIntHex;
+extern const scTypedForm<std::int64_t> kProfInt64;
+extern const scTypedForm<std::int64_t> kProfInt64Hex;
 extern const scTypedForm<ProfFields2> kProfPoint;
 extern const scTypedForm<ProfFields4> kProfRect;
 extern const scTypedForm<ProfFields4> kProfRectLTWH; // in the text width and height instead of right and bottom
@@ -78,8 +79,8 @@ ProfError GetTyped(clsItemList& start, const wchar_t* path, const scTypedForm<T>
 
 // Readers of single texts, which are stricter and looser than those of the table: no hexadecimal numbers, and an empty
 // text is true.
-bool ReadFlagText(std::wstring_view text, int32_t& result);
-bool ReadDecimalText(std::wstring_view text, int32_t& result);
-bool ReadDecimalText(std::wstring_view text, int64_t& result);
+bool ReadFlagText(std::wstring_view text, std::int32_t& result);
+bool ReadDecimalText(std::wstring_view text, std::int32_t& result);
+bool ReadDecimalText(std::wstring_view text, std::int64_t& result);
 
 } // namespace qx

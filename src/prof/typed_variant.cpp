@@ -8,6 +8,8 @@
 
 #include <objbase.h>
 
+#include <cstdint>
+
 namespace qx
 {
 
@@ -15,7 +17,7 @@ namespace
 {
 
 constexpr std::wstring_view kPrefix = L"var://";
-constexpr int64_t kSmallestCompressed = 101;
+constexpr std::int64_t kSmallestCompressed = 101;
 
 class clsMemoryFile : public clsFileRW
 {

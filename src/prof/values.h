@@ -1,6 +1,7 @@
 // Which values are stored once, and how a value is handed to a caller.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -11,7 +12,7 @@ namespace qx
 // with a bracket or a digit, or with a minus and a digit, but for the short ones.
 constexpr bool IsInternedValue(std::wstring_view value)
 {
-    const auto isDigitAt = [&](size_t i)
+    const auto isDigitAt = [&](std::size_t i)
     {
         return i < value.size() && value[i] >= L'0' && value[i] <= L'9';
     };
@@ -26,6 +27,6 @@ constexpr bool IsInternedValue(std::wstring_view value)
 
 // Copies at most `size` - 1 characters and a terminator to the caller's buffer. Nothing is written to a null buffer or
 // one of size 0 or less.
-void CopyToBuffer(std::wstring_view text, wchar_t* buffer, int32_t size);
+void CopyToBuffer(std::wstring_view text, wchar_t* buffer, std::int32_t size);
 
 } // namespace qx

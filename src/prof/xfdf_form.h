@@ -25,9 +25,9 @@ void ParseXfdfLines(scParseState& state, int level, clsItemList& list);
 
 // Each leaf bears the names of all fields around it, so that the names of a source of n characters could have a length
 // of n * n. This is how many characters they may have in a source of so many bytes.
-constexpr uint64_t MostXfdfNameCharacters(uint64_t sourceBytes)
+constexpr std::uint64_t MostXfdfNameCharacters(std::uint64_t sourceBytes)
 {
-    return (uint64_t{1} << 23) + 16 * sourceBytes;
+    return (std::uint64_t{1} << 23) + 16 * sourceBytes;
 }
 
 // A whole file: the head, the entries of the root at level 1, and the end. False if its names would be too long to be
@@ -35,6 +35,6 @@ constexpr uint64_t MostXfdfNameCharacters(uint64_t sourceBytes)
 bool WriteXfdfFile(clsProfOutput& output, const clsItemList& root);
 
 // The entries alone, without a head.
-void WriteXfdfObject(clsProfOutput& output, const clsItemList& root, uint32_t level);
+void WriteXfdfObject(clsProfOutput& output, const clsItemList& root, std::uint32_t level);
 
 } // namespace qx

@@ -4,6 +4,7 @@
 #include "prof/xml_line.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -45,7 +46,7 @@ public:
 
 private:
     std::vector<wchar_t> _path;
-    std::vector<size_t> _lengths; // of the path in front of each name
+    std::vector<std::size_t> _lengths; // of the path in front of each name
     bool _isNew = true;
 };
 
@@ -210,7 +211,7 @@ private:
     scXmlText _text{nullptr, nullptr};
     clsFieldPath _fields;
     std::vector<wchar_t> _value; // of more than one line
-    uint64_t _nameCharacters = 0;
+    std::uint64_t _nameCharacters = 0;
 };
 
 } // namespace

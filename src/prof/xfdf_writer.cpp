@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 #include <vector>
@@ -46,7 +47,7 @@ constexpr std::array kReferences{
     scReference{L'\n', "&#x000a;"},
     scReference{L'\r', "&#x000d;"},
 };
-constexpr size_t kLongest = 8; // bytes that a character takes
+constexpr std::size_t kLongest = 8; // bytes that a character takes
 
 char* Copy(char* out, std::string_view text)
 {
@@ -65,24 +66,24 @@ bool IsLow(wchar_t c)
 }
 
 // The character at the front, which may take two units. What no XML text may hold is replaced.
-uint32_t TakeCharacter(std::wstring_view& text)
+std::uint32_t TakeCharacter(std::wstring_view& text)
 {
     const wchar_t c = text[0];
     text.remove_prefix(1);
     if (IsHigh(c) && !text.empty() && IsLow(text[0]))
     {
-        const auto low = static_cast<uint32_t>(text[0] - 0xDC00);
+        const auto low = static_cast<std::uint32_t>(text[0] - 0xDC00);
         text.remove_prefix(1);
-        return 0x10000 + (static_cast<uint32_t>(c - 0xD800) << 10) + low;
+        return 0x10000 + (static_cast<std::uint32_t>(c - 0xD800) << 10) + low;
     }
     if (IsHigh(c) || IsLow(c) || c >= 0xFFFE)
         return kReplacement;
-    return c < L' ' ? static_cast<uint32_t>(kControlPictures + c) : c;
+    return c < L' ' ? static_cast<std::uint32_t>(kControlPictures + c) : c;
 }
 
-char* CopyUTF8(char* out, uint32_t c)
+char* CopyUTF8(char* out, std::uint32_t c)
 {
-    const auto put = [&](uint32_t byte)
+    const auto put = [&](std::uint32_t byte)
     {
         *out++ = static_cast<char>(byte);
     };
@@ -128,15 +129,15 @@ char* CopyMasked(char* out, std::wstring_view text)
 class clsXfdfWriter
 {
 public:
-    clsXfdfWriter(clsProfOutput& output, uint32_t level) : _output(output), _indent(level) {}
+    clsXfdfWriter(clsProfOutput& output, std::uint32_t level) : _output(output), _indent(level) {}
 
     void Write(std::string_view text) { _output.SetUsed(Copy(_output.ReserveBytes(text.size()), text)); }
 
     // The length of all names that a reader makes of the fields.
-    uint64_t NameCharacters() const { return _nameCharacters; }
+    std::uint64_t NameCharacters() const { return _nameCharacters; }
 
     // The calls of a walk through the tree.
-    void Leaf(const clsItem& item, uint32_t)
+    void Leaf(const clsItem& item, std::uint32_t)
     {
         _nameCharacters += _pathLengths.back() + item.Name().length;
         BeginField(item.Name().View());
@@ -147,14 +148,14 @@ public:
         EndField();
     }
 
-    void Begin(const clsItemList& list, uint32_t level)
+    void Begin(const clsItemList& list, std::uint32_t level)
     {
         _pathLengths.push_back(_pathLengths.back() + list.Name().length + 1);
         BeginField(list.Name().View());
         _indent = clsIndent<char>(level + 1);
     }
 
-    void End(uint32_t level)
+    void End(std::uint32_t level)
     {
         _pathLengths.pop_back();
         _indent = clsIndent<char>(level);
@@ -179,10 +180,10 @@ private:
     // In pieces, since the room for one is that of the longest characters.
     void WriteMasked(std::wstring_view text)
     {
-        constexpr size_t kPiece = 1024;
+        constexpr std::size_t kPiece = 1024;
         while (!text.empty())
         {
-            size_t length = std::min(text.size(), kPiece);
+            std::size_t length = std::min(text.size(), kPiece);
             if (length < text.size() && IsHigh(text[length - 1]))
                 ++length; // the pair stays together
             _output.SetUsed(CopyMasked(_output.ReserveBytes(length * kLongest), text.substr(0, length)));
@@ -191,16 +192,16 @@ private:
     }
 
     clsProfOutput& _output;
-    clsIndent<char> _indent;               // of what is written next
-    std::vector<uint64_t> _pathLengths{0}; // of the names of the open fields, each with a dot behind it
-    uint64_t _nameCharacters = 0;
+    clsIndent<char> _indent;                    // of what is written next
+    std::vector<std::uint64_t> _pathLengths{0}; // of the names of the open fields, each with a dot behind it
+    std::uint64_t _nameCharacters = 0;
 };
 
 } // namespace
 
 bool WriteXfdfFile(clsProfOutput& output, const clsItemList& root)
 {
-    constexpr uint32_t kRootLevel = 1;
+    constexpr std::uint32_t kRootLevel = 1;
     clsXfdfWriter writer(output, kRootLevel);
     writer.Write(kHead);
     WalkTree(root, kRootLevel, writer);
@@ -208,7 +209,7 @@ bool WriteXfdfFile(clsProfOutput& output, const clsItemList& root)
     return writer.NameCharacters() <= MostXfdfNameCharacters(output.Bytes());
 }
 
-void WriteXfdfObject(clsProfOutput& output, const clsItemList& root, uint32_t level)
+void WriteXfdfObject(clsProfOutput& output, const clsItemList& root, std::uint32_t level)
 {
     clsXfdfWriter writer(output, level);
     WalkTree(root, level, writer);

@@ -23,6 +23,6 @@ void ParseXmlLines(scParseState& state, int level, clsItemList& list);
 void WriteXmlFile(clsProfOutput& output, const clsItemList& root);
 
 // The list alone, without mark and head: with a tag of its own unless it is the root of a profile.
-void WriteXmlObject(clsProfOutput& output, const clsItemList& root, uint32_t level);
+void WriteXmlObject(clsProfOutput& output, const clsItemList& root, std::uint32_t level);
 
 } // namespace qx

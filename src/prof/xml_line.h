@@ -3,6 +3,7 @@
 
 #include "prof/mask.h"
 
+#include <cstddef>
 #include <string_view>
 
 namespace qx
@@ -15,10 +16,10 @@ struct scXmlText
     wchar_t* end;
 
     bool IsEmpty() const { return begin == end; }
-    std::wstring_view View() const { return {begin, static_cast<size_t>(end - begin)}; }
+    std::wstring_view View() const { return {begin, static_cast<std::size_t>(end - begin)}; }
     wchar_t* Find(std::wstring_view what) const
     {
-        const size_t at = View().find(what);
+        const std::size_t at = View().find(what);
         return at == std::wstring_view::npos ? nullptr : begin + at;
     }
 
@@ -34,7 +35,7 @@ inline bool BeginsWithTag(std::wstring_view text, std::wstring_view tag)
 {
     if (text.size() < tag.size())
         return false;
-    for (size_t i = 0; i < tag.size(); ++i)
+    for (std::size_t i = 0; i < tag.size(); ++i)
     {
         const wchar_t c = text[i] >= L'A' && text[i] <= L'Z' ? static_cast<wchar_t>(text[i] | 0x20) : text[i];
         if (c != tag[i])
@@ -46,7 +47,7 @@ inline bool BeginsWithTag(std::wstring_view text, std::wstring_view tag)
 // The text between two places, unmasked in place.
 inline std::wstring_view Unmasked(wchar_t* begin, const wchar_t* end)
 {
-    return {begin, clsProfMask::Unmask(begin, static_cast<size_t>(end - begin))};
+    return {begin, clsProfMask::Unmask(begin, static_cast<std::size_t>(end - begin))};
 }
 
 // A failure of the name attribute of a tag.

@@ -6,6 +6,8 @@
 #include "prof/output.h"
 #include "prof/tree_walk.h"
 
+#include <cstdint>
+
 namespace qx
 {
 
@@ -42,7 +44,7 @@ class clsMaskedText
 public:
     explicit clsMaskedText(std::wstring_view text) : _text(text), _length(clsProfMask::MaskedLength(text)) {}
 
-    size_t Length() const { return _length; }
+    std::size_t Length() const { return _length; }
     wchar_t* CopyTo(wchar_t* out) const
     {
         return _length == _text.size() ? CopyCharacters(out, _text) : clsProfMask::Mask(out, _text);
@@ -50,18 +52,18 @@ public:
 
 private:
     std::wstring_view _text;
-    size_t _length;
+    std::size_t _length;
 };
 
 class clsXmlWriter
 {
 public:
-    clsXmlWriter(clsProfOutput& output, uint32_t level) : _output(output), _indent(level) {}
+    clsXmlWriter(clsProfOutput& output, std::uint32_t level) : _output(output), _indent(level) {}
 
     void Write(std::wstring_view text) { _output.SetUsed(CopyCharacters(_output.Reserve(text.size()), text)); }
 
     // The calls of a walk through the tree.
-    void Leaf(const clsItem& item, uint32_t)
+    void Leaf(const clsItem& item, std::uint32_t)
     {
         const std::wstring_view indent = _indent.View();
         const clsMaskedText name(item.Name().View());
@@ -74,7 +76,7 @@ public:
         _output.SetUsed(out);
     }
 
-    void Begin(const clsItemList& list, uint32_t level)
+    void Begin(const clsItemList& list, std::uint32_t level)
     {
         const clsMaskedText name(list.Name().View());
         Write(_indent.View());
@@ -85,7 +87,7 @@ public:
         _indent = clsIndent<wchar_t>(level + 1);
     }
 
-    void End(uint32_t level)
+    void End(std::uint32_t level)
     {
         _indent = clsIndent<wchar_t>(level);
         Write(_indent.View());
@@ -101,7 +103,7 @@ private:
 
 void WriteXmlFile(clsProfOutput& output, const clsItemList& root)
 {
-    constexpr uint32_t kRootLevel = 1;
+    constexpr std::uint32_t kRootLevel = 1;
     clsXmlWriter writer(output, kRootLevel);
     writer.Write(kMark);
     writer.Write(kXmlFirstLine);
@@ -110,7 +112,7 @@ void WriteXmlFile(clsProfOutput& output, const clsItemList& root)
     writer.Write(kXmlFileEnd);
 }
 
-void WriteXmlObject(clsProfOutput& output, const clsItemList& root, uint32_t level)
+void WriteXmlObject(clsProfOutput& output, const clsItemList& root, std::uint32_t level)
 {
     clsXmlWriter writer(output, level);
     const bool hasTag = root.Name().View() != L"/";

@@ -19,11 +19,11 @@ String Formatted(Formatter format, DWORD flags, const SYSTEMTIME& time)
 
 String WeekdayName(WORD dayOfWeek)
 {
-    constexpr LCTYPE names[] = {LOCALE_SDAYNAME7, LOCALE_SDAYNAME1, LOCALE_SDAYNAME2, LOCALE_SDAYNAME3,
+    constexpr LCTYPE kNames[] = {LOCALE_SDAYNAME7, LOCALE_SDAYNAME1, LOCALE_SDAYNAME2, LOCALE_SDAYNAME3,
         LOCALE_SDAYNAME4, LOCALE_SDAYNAME5, LOCALE_SDAYNAME6}; // from Sunday on
     wchar_t buffer[128];
-    if (dayOfWeek >= std::size(names) ||
-        GetLocaleInfoW(LOCALE_USER_DEFAULT, names[dayOfWeek], buffer, static_cast<int>(std::size(buffer))) <= 0)
+    if (dayOfWeek >= std::size(kNames) ||
+        GetLocaleInfoW(LOCALE_USER_DEFAULT, kNames[dayOfWeek], buffer, static_cast<int>(std::size(buffer))) <= 0)
         return String();
     return String(buffer);
 }
@@ -37,12 +37,12 @@ String ActivityNote(const SYSTEMTIME& time)
     if (clock.IsEmpty())
     {
         const String reason = String::SystemErrorText(GetLastError());
-        return String(String::formatted, L"[time %d:%02d:%02d.%03d is invalid: %s]\n", time.wHour, time.wMinute,
+        return String(String::kFormatted, L"[time %d:%02d:%02d.%03d is invalid: %s]\n", time.wHour, time.wMinute,
             time.wSecond, time.wMilliseconds, reason.Text());
     }
     const String weekday = WeekdayName(time.wDayOfWeek);
-    return weekday.IsEmpty() ? String(String::formatted, L"%s, %s", date.Text(), clock.Text())
-                             : String(String::formatted, L"%s, %s (%s)", date.Text(), clock.Text(), weekday.Text());
+    return weekday.IsEmpty() ? String(String::kFormatted, L"%s, %s", date.Text(), clock.Text())
+                             : String(String::kFormatted, L"%s, %s (%s)", date.Text(), clock.Text(), weekday.Text());
 }
 
 } // namespace qx

@@ -10,13 +10,13 @@ namespace qx
 namespace
 {
 
-constexpr DWORD threadNameException = 0x406D1388;
+constexpr DWORD kThreadNameException = 0x406D1388;
 
 // A debugger takes the exception and lets the thread go on. Where there is none, this does.
 LONG CALLBACK GoOn(EXCEPTION_POINTERS* exception)
 {
-    return exception->ExceptionRecord->ExceptionCode == threadNameException ? EXCEPTION_CONTINUE_EXECUTION
-                                                                            : EXCEPTION_CONTINUE_SEARCH;
+    return exception->ExceptionRecord->ExceptionCode == kThreadNameException ? EXCEPTION_CONTINUE_EXECUTION
+                                                                             : EXCEPTION_CONTINUE_SEARCH;
 }
 
 // Installed for moments only: this library may be unloaded at any time.
@@ -49,7 +49,7 @@ void NameThreadForDebugger(const char* name)
     std::memcpy(words.data(), &record, sizeof record);
     const GoOnHandler handler;
     if (handler)
-        RaiseException(threadNameException, 0, static_cast<DWORD>(words.size()), words.data());
+        RaiseException(kThreadNameException, 0, static_cast<DWORD>(words.size()), words.data());
 }
 
 } // namespace qx

@@ -12,12 +12,12 @@ class clsEvent : public clsGenericHandleObjectAutoRelease
 public:
     enum class Kind
     {
-        manualReset,
-        autoReset // by the one wait that it ends
+        ManualReset,
+        AutoReset // by the one wait that it ends
     };
 
-    explicit clsEvent(Kind kind = Kind::manualReset)
-        : clsGenericHandleObjectAutoRelease(CreateEventW(nullptr, kind == Kind::manualReset, FALSE, nullptr), true)
+    explicit clsEvent(Kind kind = Kind::ManualReset)
+        : clsGenericHandleObjectAutoRelease(CreateEventW(nullptr, kind == Kind::ManualReset, FALSE, nullptr), true)
     {
     }
     ~clsEvent() override = default;

@@ -9,7 +9,7 @@ namespace qx
 namespace
 {
 
-constexpr DWORD eventPatience = 1'000;
+constexpr DWORD kEventPatience = 1'000;
 
 // The exact sleeps of a wait that goes on.
 class ShortSleeps
@@ -142,7 +142,7 @@ void clsThreadedJobDispatcher::RunUntilDone(HandBack handBack, MayWait mayWait)
         if (didRun || job)
             continue;
         if (!JobsDone(0) && mayWait(_jobEvent.Get()))
-            WaitForSingleObject(_jobEvent.Get(), eventPatience);
+            WaitForSingleObject(_jobEvent.Get(), kEventPatience);
         if (JobsDone(0))
             break;
         sleeps.Sleep();

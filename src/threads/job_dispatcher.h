@@ -51,7 +51,7 @@ public:
 protected:
     class JobInHand; // threads/job_in_hand.h
 
-    static constexpr std::size_t cacheLine = 64;
+    static constexpr std::size_t kCacheLine = 64;
 
     // Whether jobs that are queued may never be run by a worker.
     virtual bool MayLackWorkers() const = 0;
@@ -62,14 +62,14 @@ protected:
 
     // By lines of the processor's caches, which each round of the lock brings from one processor to another: what
     // adding a job changes, what completing one changes besides, and what seldom changes.
-    alignas(cacheLine) mutable clsCriticalSection _lock{4000}; // the lists and the flag
+    alignas(kCacheLine) mutable clsCriticalSection _lock{4000}; // the lists and the flag
     ThreadedJobs _queued;
-    alignas(cacheLine) ThreadedJobs _finished;
+    alignas(kCacheLine) ThreadedJobs _finished;
     ThreadedJobs _running; // by workers
-    alignas(cacheLine) ThreadedJobs _callerJobs;
+    alignas(kCacheLine) ThreadedJobs _callerJobs;
     const unsigned _maximumWorkers;
     bool _isAborted = false;
-    clsEvent _jobEvent{clsEvent::Kind::autoReset}; // something has changed for the thread that drives
+    clsEvent _jobEvent{clsEvent::Kind::AutoReset}; // something has changed for the thread that drives
 
 private:
     template <class HandBack, class MayWait>

@@ -10,7 +10,7 @@ namespace qx
 namespace
 {
 
-constexpr DWORD packetBytes = 8;
+constexpr DWORD kPacketBytes = 8;
 
 // What a packet bears that wakes a worker; one without anything is for its end.
 OVERLAPPED wakeUp{};
@@ -100,7 +100,7 @@ bool clsThreadedJobDispatcherUsingIoCompletionPort::NeedsPacket() const
 
 void clsThreadedJobDispatcherUsingIoCompletionPort::PostPacket()
 {
-    if (PostQueuedCompletionStatus(_port.Get(), packetBytes, 0, &wakeUp))
+    if (PostQueuedCompletionStatus(_port.Get(), kPacketBytes, 0, &wakeUp))
         return;
     const clsCriticalSectionLock lock(_lock);
     --_packets;
@@ -158,11 +158,11 @@ clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::GetNextJob()
 // to wake this thread. Seldom, so as not to hold up those that add: a few jobs together cost less than each by itself.
 void clsThreadedJobDispatcherUsingIoCompletionPort::WatchQueue()
 {
-    constexpr int looks = 4, pauses = 400;
+    constexpr int kLooks = 4, kPauses = 400;
     if (_hasQueued || _isWatched.exchange(true))
         return;
-    for (int look = 0; look < looks && !_hasQueued && !_isClosing; ++look)
-        for (int pause = 0; pause < pauses; ++pause)
+    for (int look = 0; look < kLooks && !_hasQueued && !_isClosing; ++look)
+        for (int pause = 0; pause < kPauses; ++pause)
             YieldProcessor();
     _isWatched = false; // before the lock is taken: the next job may need somebody else
 }

@@ -91,7 +91,7 @@ private:
     std::size_t _waitingWorkers = 0;         // at the port, or on their way there
     std::size_t _packets = 0;                // posted, and not yet seen by the workers that they are for
     clsGenericHandleObjectAutoRelease _port;
-    alignas(cacheLine) std::atomic<long long> _waitTime = 0;
+    alignas(kCacheLine) std::atomic<long long> _waitTime = 0;
     long long _jobsHandedOut = 0;
 };
 

@@ -11,9 +11,9 @@ namespace qx
 namespace
 {
 
-constexpr USHORT usualGroups = 256;
-constexpr int dispatchersWithoutLimit = 10;
-constexpr unsigned workersBeyondThat = 2;
+constexpr USHORT kUsualGroups = 256;
+constexpr int kDispatchersWithoutLimit = 10;
+constexpr unsigned kWorkersBeyondThat = 2;
 
 // Empty where the system has no groups.
 std::vector<USHORT> GroupsOfProcess()
@@ -21,8 +21,8 @@ std::vector<USHORT> GroupsOfProcess()
     auto& groupsOf = Kernel32().p_GetProcessGroupAffinity;
     if (!groupsOf.IsThere())
         return {};
-    std::vector<USHORT> groups(usualGroups);
-    USHORT count = usualGroups;
+    std::vector<USHORT> groups(kUsualGroups);
+    USHORT count = kUsualGroups;
     BOOL isKnown = groupsOf(GetCurrentProcess(), &count, groups.data());
     if (!isKnown && GetLastError() == ERROR_INSUFFICIENT_BUFFER)
     {
@@ -62,7 +62,7 @@ unsigned ProcessorCount()
 unsigned MaximumWorkers(unsigned wanted, unsigned processors, int dispatchers)
 {
     const unsigned maximum = wanted != 0 ? wanted : std::max(processors, 2u) - 1;
-    return dispatchers > dispatchersWithoutLimit ? std::min(maximum, workersBeyondThat) : maximum;
+    return dispatchers > kDispatchersWithoutLimit ? std::min(maximum, kWorkersBeyondThat) : maximum;
 }
 
 } // namespace qx

@@ -10,7 +10,7 @@ namespace qx
 namespace
 {
 
-constexpr unsigned short firstSystemWithPools = 0x0600;
+constexpr unsigned short kFirstSystemWithPools = 0x0600;
 
 } // namespace
 
@@ -27,7 +27,7 @@ bool clsThreadPoolBase::HasAll()
 
 clsThreadPool::clsThreadPool()
 {
-    if (SystemVersion() < firstSystemWithPools || !HasAll())
+    if (SystemVersion() < kFirstSystemWithPools || !HasAll())
         return;
     _pool = p_CreateThreadpool(nullptr);
     _cleanupGroup = p_CreateThreadpoolCleanupGroup();

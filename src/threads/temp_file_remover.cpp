@@ -17,14 +17,14 @@ namespace qx
 namespace
 {
 
-constexpr DWORD endPatience = 10'000;
-constexpr DWORD longestPause = 10'000;
-constexpr DWORD shorterForEachFile = 100;
-constexpr std::size_t filesForTheShortestPause = 90;
-constexpr unsigned long long budgetOfAFile = 10; // milliseconds, on the average
-constexpr unsigned long long sweepInterval = 86'400'000;
-constexpr std::uint64_t activeFor = 3 * unitsPerHour;
-constexpr std::uint64_t restAfterWrite = 10 * unitsPerSecond;
+constexpr DWORD kEndPatience = 10'000;
+constexpr DWORD kLongestPause = 10'000;
+constexpr DWORD kShorterForEachFile = 100;
+constexpr std::size_t kFilesForTheShortestPause = 90;
+constexpr unsigned long long kBudgetOfAFile = 10; // milliseconds, on the average
+constexpr unsigned long long kSweepInterval = 86'400'000;
+constexpr std::uint64_t kActiveFor = 3 * kUnitsPerHour;
+constexpr std::uint64_t kRestAfterWrite = 10 * kUnitsPerSecond;
 
 // False, with the last error, if it can't be read.
 bool LastWriteOf(const String& name, std::uint64_t& time)
@@ -67,7 +67,7 @@ clsTempFileRemover::clsTempFileRemover(const TempFileClock& clock) : clsThreadBa
 
 clsTempFileRemover::~clsTempFileRemover()
 {
-    ThreadEnd(false, endPatience, true);
+    ThreadEnd(false, kEndPatience, true);
     // Without the lock: a thread that had to be forced may have left it taken.
     for (const IString& name : _files)
     {
@@ -93,17 +93,17 @@ void clsTempFileRemover::Start()
     if (_started)
         return;
     _signalFile.Format(
-        L"%s%c_%d_activity%s", GetTempSubfolder().Text(), PATH_SEPARATOR, tempNameVersion, activityExtension);
+        L"%s%c_%d_activity%s", GetTempSubfolder().Text(), PATH_SEPARATOR, kTempNameVersion, kActivityExtension);
     _started = ThreadStart(THREAD_PRIORITY_NORMAL);
 }
 
 unsigned clsTempFileRemover::ThreadProc()
 {
-    DWORD pause = longestPause;
+    DWORD pause = kLongestPause;
     int result = 0;
     while (WaitForEvents(_clock.Wait(pause), result, 0))
     {
-        if (result == waitFailed) // without its event the thread would never rest, nor end
+        if (result == kWaitFailed) // without its event the thread would never rest, nor end
             return 1;
         pause = Round();
     }
@@ -120,19 +120,20 @@ DWORD clsTempFileRemover::Round()
         {
             if (!IsSomebodyActive(UnitsOf(now)))
                 SweepTempFiles(_signalFile, now);
-            _nextSweep = ticks + sweepInterval;
+            _nextSweep = ticks + kSweepInterval;
         }
         TouchActivityFile(now);
     }
     const clsCriticalSectionLock lock(_lock);
     RemoveFiles(UnitsOf(now));
-    return longestPause - shorterForEachFile * static_cast<DWORD>(std::min(_files.Count(), filesForTheShortestPause));
+    return kLongestPause -
+           kShorterForEachFile * static_cast<DWORD>(std::min(_files.Count(), kFilesForTheShortestPause));
 }
 
 bool clsTempFileRemover::IsSomebodyActive(std::uint64_t now) const
 {
     std::uint64_t touched = 0;
-    return LastWriteOf(_signalFile, touched) && touched + activeFor >= now;
+    return LastWriteOf(_signalFile, touched) && touched + kActiveFor >= now;
 }
 
 void clsTempFileRemover::TouchActivityFile(const FILETIME& now) const
@@ -151,7 +152,7 @@ void clsTempFileRemover::TouchActivityFile(const FILETIME& now) const
 
 void clsTempFileRemover::RemoveFiles(std::uint64_t now)
 {
-    const unsigned long long end = _clock.Ticks() + budgetOfAFile * _files.Count();
+    const unsigned long long end = _clock.Ticks() + kBudgetOfAFile * _files.Count();
     bool isInTime = true;
     _files.RemoveIf(
         [&](const IString& name)
@@ -167,9 +168,9 @@ bool clsTempFileRemover::TryToRemove(const IString& name, std::uint64_t now) con
     std::uint64_t written = 0;
     if (!LastWriteOf(name, written))
         return GetLastError() == ERROR_FILE_NOT_FOUND || GetLastError() == ERROR_PATH_NOT_FOUND;
-    if (written + restAfterWrite > now)
+    if (written + kRestAfterWrite > now)
         return false;
-    if (RemoveFile(name) != Removal::failed)
+    if (RemoveFile(name) != Removal::Failed)
         return true;
     if (UtilIsDeveloperRun())
         DebugLine(L" ...trying again later");

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -23,9 +24,9 @@ namespace qx
 namespace
 {
 
-constexpr DWORD startPatience = 20'000;
-constexpr unsigned messageImportance = 4;
-constexpr DWORD suspendFailed = 0xFFFFFFFF;
+constexpr DWORD kStartPatience = 20'000;
+constexpr unsigned kMessageImportance = 4;
+constexpr DWORD kSuspendFailed = 0xFFFFFFFF;
 
 String LastErrorText()
 {
@@ -70,7 +71,7 @@ private:
 
 long long Milliseconds(const FILETIME& time)
 {
-    return static_cast<long long>(UnitsOf(time) / unitsPerMillisecond);
+    return static_cast<long long>(UnitsOf(time) / kUnitsPerMillisecond);
 }
 
 } // namespace
@@ -104,7 +105,7 @@ clsThreadBase::clsThreadBase(const wchar_t* name)
 {
     if (!name || !*name)
         return;
-    const String full(String::formatted, L"%s::%s", LibraryPaths().baseName.Text(), name);
+    const String full(String::kFormatted, L"%s::%s", LibraryPaths().baseName.Text(), name);
     const std::string_view narrow = full.NarrowText();
     _name.reset(static_cast<char*>(LocalAlloc(LMEM_FIXED, narrow.size() + 1)));
     if (_name)
@@ -154,12 +155,12 @@ bool clsThreadBase::Create(const std::shared_ptr<StartOrder>& order)
     const unsigned stackSize = GetStackSize();
     unsigned id = 0;
     errno = 0;
-    const uintptr_t handle = _beginthreadex(nullptr, stackSize, &Entry, argument.get(), CREATE_SUSPENDED, &id);
+    const std::uintptr_t handle = _beginthreadex(nullptr, stackSize, &Entry, argument.get(), CREATE_SUSPENDED, &id);
     if (handle == 0)
     {
         const int code = errno;
         const String reason = LastErrorText();
-        return FailStart(String(String::formatted,
+        return FailStart(String(String::kFormatted,
             L"clsThreadBase(%hs)::ThreadStart: Cannot create thread (stack size %d KiB): errno=%d, GetLastError()=%s",
             Name(), static_cast<int>(stackSize / 1024), code, reason.Text()));
     }
@@ -173,7 +174,7 @@ bool clsThreadBase::Create(const std::shared_ptr<StartOrder>& order)
 bool clsThreadBase::WaitForStart(StartOrder& order)
 {
     ResumeThread(_hThread);
-    const DWORD result = WaitForSingleObject(order.startSignal.Get(), startPatience);
+    const DWORD result = WaitForSingleObject(order.startSignal.Get(), kStartPatience);
     if (result == WAIT_OBJECT_0)
         return true;
     const String reason = LastErrorText();
@@ -184,7 +185,7 @@ bool clsThreadBase::WaitForStart(StartOrder& order)
         return true;
     }
     _isStarted = false;
-    return FailStart(String(String::formatted,
+    return FailStart(String(String::kFormatted,
         L"clsThreadBase(%hs)::ThreadStart: WaitForSingleObject() failed: result=%08x, GetLastError()=%s", Name(),
         result, reason.Text()));
 }
@@ -220,10 +221,10 @@ unsigned clsThreadBase::Run(std::shared_ptr<StartOrder> order)
 
     _marks = MakeThreadMarks(name);
     if (_marks)
-        _marks->WriteMessage(messageImportance, L"starting");
+        _marks->WriteMessage(kMessageImportance, L"starting");
     const unsigned result = ThreadProc();
     if (_marks)
-        _marks->WriteMessage(messageImportance, String(String::formatted, L"ending, result=%u", result).Text());
+        _marks->WriteMessage(kMessageImportance, String(String::kFormatted, L"ending, result=%u", result).Text());
     if (name)
         TheThreadNames().Remove(id, std::strstr(name, "::") + 2);
     return result;
@@ -281,8 +282,8 @@ int clsThreadBase::EndRunning(bool stopsSuspended, DWORD milliseconds, bool mayT
     const unsigned threadId = _threadId;
     const DWORD suspended = SuspendThread(thread);
     // It fails for a thread that has ended in between, which the wait below finds out at once.
-    const DWORD count = suspended == suspendFailed ? 0 : suspended;
-    if (suspended != suspendFailed)
+    const DWORD count = suspended == kSuspendFailed ? 0 : suspended;
+    if (suspended != kSuspendFailed)
         ResumeThread(thread);
 
     bool hasEnded = false;
@@ -413,7 +414,7 @@ bool clsThreadBase::WaitForEvents(DWORD milliseconds, int& result, int count, ..
 
     const DWORD all = static_cast<DWORD>(given) + 1;
     const Deadline deadline(milliseconds);
-    result = timedOut;
+    result = kTimedOut;
     do
     {
         DWORD outcome = Wait(all, handles, milliseconds);
@@ -421,15 +422,15 @@ bool clsThreadBase::WaitForEvents(DWORD milliseconds, int& result, int count, ..
         if (outcome >= WAIT_ABANDONED_0 && outcome < WAIT_ABANDONED_0 + all)
             outcome -= WAIT_ABANDONED_0 - WAIT_OBJECT_0;
         if (outcome == WAIT_OBJECT_0)
-            return result = stopRequested, false;
+            return result = kStopRequested, false;
         if (outcome < all)
             return result = static_cast<int>(outcome) - 1, true;
         if (outcome == all)
-            return result = messageArrived, true;
+            return result = kMessageArrived, true;
         if (outcome == WAIT_FAILED)
-            return result = waitFailed, true;
+            return result = kWaitFailed, true;
         if (outcome == WAIT_IO_COMPLETION && WaitsAlertable())
-            return result = completionRoutineRan, true;
+            return result = kCompletionRoutineRan, true;
     } while (!deadline.HasPassed());
     return true;
 }

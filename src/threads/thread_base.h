@@ -25,11 +25,11 @@ public:
     };
 
     // Results of WaitForEvents() beside the index of a handle.
-    static constexpr int timedOut = -1;
-    static constexpr int waitFailed = -2;
-    static constexpr int completionRoutineRan = -3;
-    static constexpr int messageArrived = -4;
-    static constexpr int stopRequested = static_cast<int>(0x80000000);
+    static constexpr int kTimedOut = -1;
+    static constexpr int kWaitFailed = -2;
+    static constexpr int kCompletionRoutineRan = -3;
+    static constexpr int kMessageArrived = -4;
+    static constexpr int kStopRequested = static_cast<int>(0x80000000);
 
     // The thread's name is that of the module, "::", and this one; without one, the thread has none.
     explicit clsThreadBase(const wchar_t* name);

@@ -7,7 +7,7 @@ namespace qx
 namespace
 {
 
-constexpr GUID jobId = QXUT_IID_IUTTHREADEDJOB;
+constexpr GUID kJobId = QXUT_IID_IUTTHREADEDJOB;
 
 } // namespace
 
@@ -16,7 +16,7 @@ clsUTThreadedJob::clsUTThreadedJob(const wchar_t* jobName, IUnknown* object, IUT
       host(itsHost)
 {
     void* found = nullptr;
-    if (object && SUCCEEDED(object->QueryInterface(jobId, &found)))
+    if (object && SUCCEEDED(object->QueryInterface(kJobId, &found)))
         job.Adopt(static_cast<IUTThreadedJob*>(found));
 }
 

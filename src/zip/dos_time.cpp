@@ -5,21 +5,21 @@ namespace qx
 namespace
 {
 
-constexpr WORD firstYear = 1980;
-constexpr WORD lastYear = 2107;
-constexpr scDosTime first{0x0021, 0};     // 1980-01-01 00:00:00
-constexpr scDosTime last{0xFF9F, 0xBF7D}; // 2107-12-31 23:59:58
+constexpr WORD kFirstYear = 1980;
+constexpr WORD kLastYear = 2107;
+constexpr scDosTime kFirst{0x0021, 0};     // 1980-01-01 00:00:00
+constexpr scDosTime kLast{0xFF9F, 0xBF7D}; // 2107-12-31 23:59:58
 
 scDosTime DosTimeOfLocal(const SYSTEMTIME& local)
 {
-    if (local.wYear < firstYear)
-        return first;
-    if (local.wYear > lastYear) // which the system may take for an early one
-        return last;
+    if (local.wYear < kFirstYear)
+        return kFirst;
+    if (local.wYear > kLastYear) // which the system may take for an early one
+        return kLast;
     FILETIME time;
     scDosTime result;
     const bool isMade = SystemTimeToFileTime(&local, &time) && FileTimeToDosDateTime(&time, &result.date, &result.time);
-    return isMade ? result : first;
+    return isMade ? result : kFirst;
 }
 
 } // namespace
@@ -28,7 +28,7 @@ scDosTime DosTimeOf(const FILETIME& universal)
 {
     SYSTEMTIME time{};
     if (!FileTimeToSystemTime(&universal, &time))
-        return first;
+        return kFirst;
     SYSTEMTIME local;
     return DosTimeOfLocal(SystemTimeToTzSpecificLocalTime(nullptr, &time, &local) ? local : time);
 }

@@ -17,11 +17,11 @@ namespace qx
 namespace
 {
 
-constexpr std::uint16_t unicodePathId = 0x7075;
-constexpr std::size_t unicodePathHead = 5; // version 1, and the CRC-32 of the name that it stands for
+constexpr std::uint16_t kUnicodePathId = 0x7075;
+constexpr std::size_t kUnicodePathHead = 5; // version 1, and the CRC-32 of the name that it stands for
 
-constexpr unsigned madeOnUnix = 3;
-constexpr unsigned madeOnDarwin = 19;
+constexpr unsigned kMadeOnUnix = 3;
+constexpr unsigned kMadeOnDarwin = 19;
 
 std::uint32_t Number(std::string_view bytes, std::size_t offset, std::size_t width)
 {
@@ -42,7 +42,7 @@ bool IsAscii(std::string_view bytes)
 bool IsUtf8(std::string_view bytes)
 {
     return MultiByteToWideChar(
-               zipUtf8CodePage, MB_ERR_INVALID_CHARS, bytes.data(), static_cast<int>(bytes.size()), nullptr, 0) > 0;
+               kZipUtf8CodePage, MB_ERR_INVALID_CHARS, bytes.data(), static_cast<int>(bytes.size()), nullptr, 0) > 0;
 }
 
 String Decoded(std::string_view bytes, unsigned codePage)
@@ -57,18 +57,18 @@ String Decoded(std::string_view bytes, unsigned codePage)
 // Empty if the field isn't there, or was left behind when the name was changed.
 std::string_view UnicodePath(std::string_view name, std::string_view extra)
 {
-    const std::string_view field = FindExtraField(extra, unicodePathId);
-    if (field.size() <= unicodePathHead || field[0] != 1)
+    const std::string_view field = FindExtraField(extra, kUnicodePathId);
+    if (field.size() <= kUnicodePathHead || field[0] != 1)
         return {};
     const auto crc = crc32(0, reinterpret_cast<const Bytef*>(name.data()), static_cast<uInt>(name.size()));
-    return Number(field, 1, 4) == crc ? field.substr(unicodePathHead) : std::string_view();
+    return Number(field, 1, 4) == crc ? field.substr(kUnicodePathHead) : std::string_view();
 }
 
 // A colon begins a stream of a file, if not a drive.
 bool IsPartAllowed(const String& part)
 {
-    constexpr std::wstring_view never(L":\0", 2); // the check takes a text to end at a zero
-    return part.View().find_first_of(never) == std::wstring_view::npos && !IsDeviceName(part) &&
+    constexpr std::wstring_view kNever(L":\0", 2); // the check takes a text to end at a zero
+    return part.View().find_first_of(kNever) == std::wstring_view::npos && !IsDeviceName(part) &&
            IsFileNameAllowed(part);
 }
 
@@ -82,35 +82,35 @@ bool HasDrive(const String& name)
 
 std::string_view FindExtraField(std::string_view extra, std::uint16_t id)
 {
-    constexpr std::size_t head = 4; // id and size
-    while (extra.size() >= head)
+    constexpr std::size_t kHead = 4; // id and size
+    while (extra.size() >= kHead)
     {
         const std::size_t size = Number(extra, 2, 2);
-        if (size > extra.size() - head)
+        if (size > extra.size() - kHead)
             break;
         if (Number(extra, 0, 2) == id)
-            return extra.substr(head, size);
-        extra.remove_prefix(head + size);
+            return extra.substr(kHead, size);
+        extra.remove_prefix(kHead + size);
     }
     return {};
 }
 
 String MemberName(std::string_view name, std::uint16_t flags, std::uint16_t versionMadeBy, std::string_view extra)
 {
-    if (flags & zipFlagUtf8)
-        return Decoded(name, zipUtf8CodePage);
+    if (flags & kZipFlagUtf8)
+        return Decoded(name, kZipUtf8CodePage);
     const std::string_view path = UnicodePath(name, extra);
     if (!path.empty())
-        return Decoded(path, zipUtf8CodePage);
+        return Decoded(path, kZipUtf8CodePage);
     const unsigned system = versionMadeBy >> 8;
-    const bool mayBeUtf8 = system == madeOnUnix || system == madeOnDarwin;
-    return Decoded(name, mayBeUtf8 && !IsAscii(name) && IsUtf8(name) ? zipUtf8CodePage : zipOemCodePage);
+    const bool mayBeUtf8 = system == kMadeOnUnix || system == kMadeOnDarwin;
+    return Decoded(name, mayBeUtf8 && !IsAscii(name) && IsUtf8(name) ? kZipUtf8CodePage : kZipOemCodePage);
 }
 
 MemberPathError SplitMemberName(const String& name, WCValSList<String>& parts)
 {
     if (IsPathSeparator(name.CharAt(0)) || HasDrive(name))
-        return MemberPathError::leadsOut;
+        return MemberPathError::LeadsOut;
     std::wstring_view rest = name.View();
     while (!rest.empty())
     {
@@ -118,14 +118,14 @@ MemberPathError SplitMemberName(const String& name, WCValSList<String>& parts)
         const String part(rest.substr(0, end));
         rest.remove_prefix(std::min(end + 1, rest.size()));
         if (part.View() == L"..")
-            return MemberPathError::leadsOut;
+            return MemberPathError::LeadsOut;
         if (part.IsEmpty() || part.View() == L".")
             continue;
         if (!IsPartAllowed(part))
-            return MemberPathError::notAllowed;
+            return MemberPathError::NotAllowed;
         parts.Append(part);
     }
-    return MemberPathError::none;
+    return MemberPathError::None;
 }
 
 } // namespace qx

@@ -19,9 +19,9 @@ String MemberName(std::string_view name, std::uint16_t flags, std::uint16_t vers
 
 enum class MemberPathError
 {
-    none,
-    leadsOut,  // of the folder to extract to: absolute, with a drive, or by ".."
-    notAllowed // a name that no file may have on the system
+    None,
+    LeadsOut,  // of the folder to extract to: absolute, with a drive, or by ".."
+    NotAllowed // a name that no file may have on the system
 };
 
 // The folders and the name of a member. Both separators separate, "." and empty names go. Names are refused on all

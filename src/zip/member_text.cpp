@@ -14,11 +14,11 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t longestText = 255; // of a record, in bytes
-constexpr std::uint8_t lowFlagFinalizer = 0x80;
+constexpr std::size_t kLongestText = 255; // of a record, in bytes
+constexpr std::uint8_t kLowFlagFinalizer = 0x80;
 
 // Far more than any document tells about itself; a member that unpacks to more is there to fill the memory.
-constexpr std::int64_t mostTextBytes = 64 << 20;
+constexpr std::int64_t kMostTextBytes = 64 << 20;
 
 template <class Record>
 bool ReadRecord(Record& record, clsFile& file, std::uint32_t signature)
@@ -59,7 +59,7 @@ String InflatedText(clsFile& file, std::uint32_t size, unsigned codePage)
     if (!HasBytes(file, size) || FAILED(CreateStreamOnHGlobal(nullptr, TRUE, &stream)))
         return String();
     clsFileRWTempStream inflated(stream);
-    if (InflateStream(inflated, file, size, mostTextBytes) < 0)
+    if (InflateStream(inflated, file, size, kMostTextBytes) < 0)
         return String();
     std::string bytes;
     inflated.Seek(0);
@@ -70,14 +70,14 @@ String InflatedText(clsFile& file, std::uint32_t size, unsigned codePage)
 // In the file's position on, where the member's data begin.
 String TextOfMember(clsFile& file, const scZIPLocalHeader& header, unsigned codePage)
 {
-    if (header.compressedSize == 0 || header.compressedSize > mostTextBytes ||
+    if (header.compressedSize == 0 || header.compressedSize > kMostTextBytes ||
         static_cast<std::int32_t>(header.uncompressedSize) <= 0)
         return String();
     switch (header.method)
     {
-    case zipMethodStored:
+    case kZipMethodStored:
         return StoredText(file, header.compressedSize);
-    case zipMethodDeflate:
+    case kZipMethodDeflate:
         return InflatedText(file, header.compressedSize, codePage);
     default:
         DebugLine(L"unknown compression method %d", header.method);
@@ -96,7 +96,7 @@ int FindDirectory(clsFile& file)
         return -1;
     }
     file.Seek(size - sizeof end);
-    if (!ReadRecord(end, file, zipEndSignature))
+    if (!ReadRecord(end, file, kZipEndSignature))
     {
         DebugLine(L"WRN: GetZIPFilenames: read error (no finalizer found)");
         return -1;
@@ -131,7 +131,7 @@ int GetZIPFilenames(IZIPTextReceiver& receiver, clsFile& file)
     {
         const wchar_t* name;
         ZIPTextKind kind;
-    } wanted[] = {{L"meta.xml", ZIPTextKind::openDocument}, {L"docProps/core.xml", ZIPTextKind::officeOpenXml}};
+    } kWanted[] = {{L"meta.xml", ZIPTextKind::OpenDocument}, {L"docProps/core.xml", ZIPTextKind::OfficeOpenXml}};
 
     for (int left = FindDirectory(file); left > 0; --left)
     {
@@ -143,7 +143,7 @@ int GetZIPFilenames(IZIPTextReceiver& receiver, clsFile& file)
         }
         IString name;
         name.Assign(record.name.c_str());
-        for (const auto& candidate : wanted)
+        for (const auto& candidate : kWanted)
             if (name == candidate.name)
             {
                 HandOver(receiver, candidate.kind, file, record);
@@ -156,8 +156,8 @@ int GetZIPFilenames(IZIPTextReceiver& receiver, clsFile& file)
 bool ReadCentralRecord(scZIPCentralRecord& record, clsFile& file)
 {
     const scZIPCentralHeader& header = record.header;
-    if (!HasBytes(file, sizeof header) || !ReadRecord(record.header, file, zipCentralSignature) ||
-        header.nameLength > longestText || header.extraLength > longestText || header.commentLength > longestText)
+    if (!HasBytes(file, sizeof header) || !ReadRecord(record.header, file, kZipCentralSignature) ||
+        header.nameLength > kLongestText || header.extraLength > kLongestText || header.commentLength > kLongestText)
         return false;
     const std::int64_t end = file.Tell() + header.nameLength + header.extraLength + header.commentLength;
     // In 32 bits: files of such sizes are no documents. The end record stands behind the last entry.
@@ -171,12 +171,12 @@ bool ReadLocalRecord(scZIPLocalRecord& record, const scZIPCentralRecord& central
 {
     scZIPLocalHeader& header = record.header;
     file.Seek(central.header.localHeaderOffset);
-    if (!HasBytes(file, sizeof header) || !ReadRecord(header, file, zipLocalSignature) ||
-        header.nameLength > longestText || !HasBytes(file, std::int64_t{header.nameLength} + 1))
+    if (!HasBytes(file, sizeof header) || !ReadRecord(header, file, kZipLocalSignature) ||
+        header.nameLength > kLongestText || !HasBytes(file, std::int64_t{header.nameLength} + 1))
         return false;
     if (!ReadBytes(record.name, header.nameLength, file) || !ReadBytes(record.extra, header.extraLength, file))
         return false;
-    if (header.flags & zipFlagDescriptor)
+    if (header.flags & kZipFlagDescriptor)
     {
         header.compressedSize = central.header.compressedSize;
         header.uncompressedSize = central.header.uncompressedSize;
@@ -187,7 +187,7 @@ bool ReadLocalRecord(scZIPLocalRecord& record, const scZIPCentralRecord& central
 bool ReadFinalizer(scZIPDescriptor& buffer, clsFile& file)
 {
     DebugLine(L"file finalizer: %I64x %I64x", file.Tell(), file.GetSize());
-    return HasBytes(file, sizeof buffer) && ReadRecord(buffer, file, zipDescriptorSignature);
+    return HasBytes(file, sizeof buffer) && ReadRecord(buffer, file, kZipDescriptorSignature);
 }
 
 String ReadEntryText(clsFile& file, const scZIPCentralRecord& central, unsigned codePage)
@@ -201,7 +201,7 @@ String ReadEntryText(clsFile& file, const scZIPCentralRecord& central, unsigned 
     {
         text = TextOfMember(file, local.header, codePage);
         scZIPDescriptor finalizer;
-        if ((central.header.flags & lowFlagFinalizer) != 0 && !ReadFinalizer(finalizer, file))
+        if ((central.header.flags & kLowFlagFinalizer) != 0 && !ReadFinalizer(finalizer, file))
             DebugLine(L"bad finalizer!");
     }
     file.Seek(static_cast<std::uint32_t>(position));

@@ -32,8 +32,8 @@ struct scZIPLocalRecord
 // By which of the two names the member was found, and so how its text is to be parsed.
 enum class ZIPTextKind
 {
-    openDocument, // "meta.xml"
-    officeOpenXml // "docProps/core.xml"
+    OpenDocument, // "meta.xml"
+    OfficeOpenXml // "docProps/core.xml"
 };
 
 // Reads the text of the found member again: its own beginning may tell another code page than the default one.

@@ -11,14 +11,14 @@ namespace qx
 namespace
 {
 
-constexpr wchar_t drivePattern[] = L"(?i)^([A-Z]:)(.*)$";
-constexpr wchar_t serverPattern[] = L"(?i)^(\\\\\\\\.*?)(\\\\.*)$";
+constexpr wchar_t kDrivePattern[] = L"(?i)^([A-Z]:)(.*)$";
+constexpr wchar_t kServerPattern[] = L"(?i)^(\\\\\\\\.*?)(\\\\.*)$";
 
 // The characters behind the drive or the server, if there is one.
 String WithoutRoot(const String& name)
 {
-    static clsRegEx& drive = MakeForever<clsRegEx>(drivePattern, 0u);
-    static clsRegEx& server = MakeForever<clsRegEx>(serverPattern, 0u);
+    static clsRegEx& drive = MakeForever<clsRegEx>(kDrivePattern, 0u);
+    static clsRegEx& server = MakeForever<clsRegEx>(kServerPattern, 0u);
     clsRegExMatchList matches;
     if (drive.Match(name, &matches) || server.Match(name, &matches))
         return matches.Count() > 2 ? matches[2].text : String();
@@ -28,7 +28,7 @@ String WithoutRoot(const String& name)
 // Characters that only look like one of the page count as not in it: a name must come back as it was.
 int Convert(const String& text, unsigned codePage, char* bytes, int room, BOOL* usedDefault)
 {
-    const DWORD flags = codePage == zipUtf8CodePage ? 0 : WC_NO_BEST_FIT_CHARS;
+    const DWORD flags = codePage == kZipUtf8CodePage ? 0 : WC_NO_BEST_FIT_CHARS;
     return WideCharToMultiByte(
         codePage, flags, text, static_cast<int>(text.Length()), bytes, room, nullptr, usedDefault);
 }
@@ -45,7 +45,7 @@ String StoredNameOf(const String& path, const String& given)
 bool IsOemText(const String& text)
 {
     BOOL usedDefault = FALSE;
-    return text.IsEmpty() || (Convert(text, zipOemCodePage, nullptr, 0, &usedDefault) > 0 && !usedDefault);
+    return text.IsEmpty() || (Convert(text, kZipOemCodePage, nullptr, 0, &usedDefault) > 0 && !usedDefault);
 }
 
 std::string EncodedText(const String& text, unsigned codePage)

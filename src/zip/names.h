@@ -8,8 +8,8 @@
 namespace qx
 {
 
-constexpr unsigned zipOemCodePage = 437;
-constexpr unsigned zipUtf8CodePage = 65001;
+constexpr unsigned kZipOemCodePage = 437;
+constexpr unsigned kZipUtf8CodePage = 65001;
 
 // The name under which a file is stored: that which was given, or else its path. The drive or the server goes, the
 // separator behind it stays; slashes separate.

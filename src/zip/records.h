@@ -7,23 +7,23 @@
 namespace qx
 {
 
-constexpr std::uint32_t zipLocalSignature = 0x04034B50;
-constexpr std::uint32_t zipCentralSignature = 0x02014B50;
-constexpr std::uint32_t zipEndSignature = 0x06054B50;
-constexpr std::uint32_t zipDescriptorSignature = 0x08074B50;
+constexpr std::uint32_t kZipLocalSignature = 0x04034B50;
+constexpr std::uint32_t kZipCentralSignature = 0x02014B50;
+constexpr std::uint32_t kZipEndSignature = 0x06054B50;
+constexpr std::uint32_t kZipDescriptorSignature = 0x08074B50;
 
-constexpr std::uint16_t zipVersionNeeded = 20;      // folders and deflate
-constexpr std::uint16_t zipVersionMadeBy = 0x0A14;  // 2.0, with the attributes of NTFS
-constexpr std::uint16_t zipFlagDescriptor = 0x0008; // the sizes stand behind the data
-constexpr std::uint16_t zipFlagEncrypted = 0x0001;
-constexpr std::uint16_t zipFlagUtf8 = 0x0800; // name and comment
-constexpr std::uint16_t zipMethodStored = 0;
-constexpr std::uint16_t zipMethodDeflate = 8;
+constexpr std::uint16_t kZipVersionNeeded = 20;      // folders and deflate
+constexpr std::uint16_t kZipVersionMadeBy = 0x0A14;  // 2.0, with the attributes of NTFS
+constexpr std::uint16_t kZipFlagDescriptor = 0x0008; // the sizes stand behind the data
+constexpr std::uint16_t kZipFlagEncrypted = 0x0001;
+constexpr std::uint16_t kZipFlagUtf8 = 0x0800; // name and comment
+constexpr std::uint16_t kZipMethodStored = 0;
+constexpr std::uint16_t kZipMethodDeflate = 8;
 
 // No ZIP64: what doesn't fit the fields is refused.
-constexpr std::int64_t zipLargestSize = 0xFFFFFFFF;
-constexpr std::size_t zipMostEntries = 0xFFFF;
-constexpr std::size_t zipLongestText = 0xFFFF; // in bytes
+constexpr std::int64_t kZipLargestSize = 0xFFFFFFFF;
+constexpr std::size_t kZipMostEntries = 0xFFFF;
+constexpr std::size_t kZipLongestText = 0xFFFF; // in bytes
 
 #pragma pack(push, 1)
 

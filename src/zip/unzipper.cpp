@@ -21,28 +21,28 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t bufferSize = 0x100000;
-constexpr std::size_t longestField = 0xFFFF;
+constexpr std::size_t kBufferSize = 0x100000;
+constexpr std::size_t kLongestField = 0xFFFF;
 
 // The upper half of the external attributes has the mode of a file of Unix.
-constexpr unsigned modeType = 0170000;
-constexpr unsigned modeLink = 0120000;
+constexpr unsigned kModeType = 0170000;
+constexpr unsigned kModeLink = 0120000;
 
-constexpr std::uint16_t unixTimesId = 0x5455;
-constexpr std::uint16_t zip64Id = 0x0001;
+constexpr std::uint16_t kUnixTimesId = 0x5455;
+constexpr std::uint16_t kZip64Id = 0x0001;
 
 // The exact time, in UTC, where the archiver added one; else that of the entry itself.
 bool TimeOfMember(const unz_file_info64& info, std::string_view extra, FILETIME& time)
 {
-    constexpr std::int64_t secondsFrom1601To1970 = 11'644'473'600;
-    constexpr std::int64_t unitsPerSecond = 10'000'000;
-    const std::string_view field = FindExtraField(extra, unixTimesId);
+    constexpr std::int64_t kSecondsFrom1601To1970 = 11'644'473'600;
+    constexpr std::int64_t kUnitsPerSecond = 10'000'000;
+    const std::string_view field = FindExtraField(extra, kUnixTimesId);
     if (field.size() >= 5 && (field[0] & 1) != 0)
     {
         std::uint32_t seconds = 0;
         for (std::size_t i = 4; i > 0; --i)
             seconds = seconds << 8 | static_cast<unsigned char>(field[i]);
-        const std::int64_t units = (static_cast<std::int32_t>(seconds) + secondsFrom1601To1970) * unitsPerSecond;
+        const std::int64_t units = (static_cast<std::int32_t>(seconds) + kSecondsFrom1601To1970) * kUnitsPerSecond;
         time = {static_cast<DWORD>(units), static_cast<DWORD>(units >> 32)};
         return true;
     }
@@ -100,7 +100,7 @@ bool IsEmptyArchive(const String& path)
 {
     clsFileRO file(path, FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileData);
     scZIPEndRecord end;
-    return file.Read(&end, sizeof end) == sizeof end && end.signature == zipEndSignature && end.entries == 0 &&
+    return file.Read(&end, sizeof end) == sizeof end && end.signature == kZipEndSignature && end.entries == 0 &&
            file.GetSize() == static_cast<std::int64_t>(sizeof end) + end.commentLength;
 }
 
@@ -123,14 +123,14 @@ std::string NarrowPath(const String& path)
 
 } // namespace
 
-clsZIPException::clsZIPException(const String& text) : _text(EncodedText(text, zipUtf8CodePage)) {}
+clsZIPException::clsZIPException(const String& text) : _text(EncodedText(text, kZipUtf8CodePage)) {}
 
 clsZIPException::clsZIPException(const wchar_t* format, const String& name)
-    : clsZIPException(String(String::formatted, format, name.Text()))
+    : clsZIPException(String(String::kFormatted, format, name.Text()))
 {
 }
 
-Unzipper::Unzipper(const char* archivePath) : _archive(unzOpen64(archivePath)), _buffer(bufferSize) {}
+Unzipper::Unzipper(const char* archivePath) : _archive(unzOpen64(archivePath)), _buffer(kBufferSize) {}
 
 void Unzipper::Close()
 {
@@ -166,8 +166,8 @@ bool Unzipper::Next()
 void Unzipper::ReadMember()
 {
     unz_file_info64 info{};
-    _name.resize(longestField);
-    _extra.resize(longestField);
+    _name.resize(kLongestField);
+    _extra.resize(kLongestField);
     if (unzGetCurrentFileInfo64(_archive, &info, _name.data(), static_cast<uLong>(_name.size()), _extra.data(),
             static_cast<uLong>(_extra.size()), nullptr, 0) != UNZ_OK)
         throw clsZIPException(L"The directory of the zip file is damaged");
@@ -176,14 +176,14 @@ void Unzipper::ReadMember()
     const auto flags = static_cast<std::uint16_t>(info.flag);
     _member.name = MemberName(name, flags, static_cast<std::uint16_t>(info.version), extra);
     _member.isFolder = EndsInPathSeparator(_member.name.View());
-    _member.isLink = (info.external_fa >> 16 & modeType) == modeLink;
-    _member.isEncrypted = (flags & zipFlagEncrypted) != 0;
+    _member.isLink = (info.external_fa >> 16 & kModeType) == kModeLink;
+    _member.isEncrypted = (flags & kZipFlagEncrypted) != 0;
     _member.method = static_cast<unsigned>(info.compression_method);
     _member.size = info.uncompressed_size;
     _member.crc = static_cast<std::uint32_t>(info.crc);
     // The minizip of some systems takes a long for 32 bits, and doesn't look into this field.
-    const std::string_view sizes = FindExtraField(extra, zip64Id);
-    _member.hasOpenSize = info.uncompressed_size == zipLargestSize && sizes.size() >= 8;
+    const std::string_view sizes = FindExtraField(extra, kZip64Id);
+    _member.hasOpenSize = info.uncompressed_size == kZipLargestSize && sizes.size() >= 8;
     if (_member.hasOpenSize)
         std::memcpy(&_member.size, sizes.data(), 8);
     _member.isZIP64 = !sizes.empty();
@@ -200,9 +200,9 @@ void Unzipper::CheckMember() const
     if (_member.isEncrypted)
         throw clsZIPException(L"The zip entry '%s' is encrypted", _member.name);
     // Of other methods minizip hands out the packed data as if they were the file's.
-    if (_member.method != zipMethodStored && _member.method != zipMethodDeflate)
+    if (_member.method != kZipMethodStored && _member.method != kZipMethodDeflate)
         throw clsZIPException(
-            String(String::formatted, L"The zip entry '%s' is packed by method %u, which can't be unpacked",
+            String(String::kFormatted, L"The zip entry '%s' is packed by method %u, which can't be unpacked",
                 _member.name.Text(), _member.method));
 }
 
@@ -211,11 +211,11 @@ void Unzipper::Extract(const String& folder)
     WCValSList<String> parts;
     switch (SplitMemberName(_member.name, parts))
     {
-    case MemberPathError::leadsOut:
+    case MemberPathError::LeadsOut:
         throw clsZIPException(L"The zip entry '%s' leads out of the folder", _member.name);
-    case MemberPathError::notAllowed:
+    case MemberPathError::NotAllowed:
         throw clsZIPException(L"The zip entry '%s' has a name that no file may have", _member.name);
-    case MemberPathError::none:
+    case MemberPathError::None:
         break;
     }
     CheckMember();
@@ -280,7 +280,7 @@ void Unzipper::ExtractFile(const String& path)
 
     FileInTheMaking target(path);
     if (!target.File().IsOpen())
-        throw clsZIPException(String(String::formatted, L"The file of the zip entry '%s' can't be made: %s",
+        throw clsZIPException(String(String::kFormatted, L"The file of the zip entry '%s' can't be made: %s",
             _member.name.Text(), target.File().GetErrorText().Text()));
     CopyData(target.File());
     if (unzCloseCurrentFile(_archive) != UNZ_OK)

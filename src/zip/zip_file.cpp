@@ -15,7 +15,7 @@ namespace qx
 namespace
 {
 
-constexpr int zipDeflateMode = 8;
+constexpr int kZipDeflateMode = 8;
 
 String Join(const String& a, const String& b)
 {
@@ -31,8 +31,8 @@ String Join(const String& a, const String& b)
 // The part of the bytes that a length field of 16 bits tells, so that names and headers stay together.
 void SetName(clsZIPFileEntry& entry, const String& name, bool isUtf8)
 {
-    entry.header.flags = isUtf8 ? zipFlagUtf8 : std::uint16_t{0};
-    entry.name = EncodedText(name, isUtf8 ? zipUtf8CodePage : zipOemCodePage);
+    entry.header.flags = isUtf8 ? kZipFlagUtf8 : std::uint16_t{0};
+    entry.name = EncodedText(name, isUtf8 ? kZipUtf8CodePage : kZipOemCodePage);
     entry.header.nameLength = static_cast<std::uint16_t>(entry.name.size());
     entry.name.resize(entry.header.nameLength);
 }
@@ -56,8 +56,8 @@ std::unique_ptr<clsZIPFileEntry> NewEntry(const String& path, const String& stor
     auto entry = std::make_unique<clsZIPFileEntry>();
     entry->storedName = StoredNameOf(path, storedName);
     entry->comment = comment;
-    entry->header.signature = zipLocalSignature;
-    entry->header.versionNeeded = zipVersionNeeded;
+    entry->header.signature = kZipLocalSignature;
+    entry->header.versionNeeded = kZipVersionNeeded;
     return entry;
 }
 
@@ -75,12 +75,12 @@ struct clsZIPIndexEntry
 clsZIPIndexEntry::clsZIPIndexEntry(const clsZIPFileEntry& entry)
     : name(entry.name),
       extra(entry.extra),
-      comment(EncodedText(entry.comment, entry.header.flags & zipFlagUtf8 ? zipUtf8CodePage : zipOemCodePage))
+      comment(EncodedText(entry.comment, entry.header.flags & kZipFlagUtf8 ? kZipUtf8CodePage : kZipOemCodePage))
 {
-    if (comment.size() > zipLongestText)
-        comment.resize(zipLongestText);
-    header.signature = zipCentralSignature;
-    header.versionMadeBy = zipVersionMadeBy;
+    if (comment.size() > kZipLongestText)
+        comment.resize(kZipLongestText);
+    header.signature = kZipCentralSignature;
+    header.versionMadeBy = kZipVersionMadeBy;
     header.versionNeeded = entry.header.versionNeeded;
     header.flags = entry.header.flags;
     header.method = entry.header.method;
@@ -143,27 +143,27 @@ int clsZIPFile::AddFile(const String& path, const String& storedName, const Stri
 bool clsZIPFile::Store(clsZIPFileEntry& entry, clsFile& source, const String& path)
 {
     const std::int64_t size = source.GetSize();
-    if (size > zipLargestSize)
+    if (size > kZipLargestSize)
     {
         DebugLine(L"ERR: source size > 4GB");
         return false;
     }
     std::uint32_t crc = 0;
     const int result =
-        size < 0 ? static_cast<int>(size) : DeflateStream(entry.compressed, source, zipDeflateMode, &crc, size);
+        size < 0 ? static_cast<int>(size) : DeflateStream(entry.compressed, source, kZipDeflateMode, &crc, size);
     if (result < 0)
     {
         DebugLine(L"ERR while compressing file '%s': %d", path.Text(), result);
         return false;
     }
     const std::int64_t compressedSize = entry.compressed.GetSize();
-    if (compressedSize > zipLargestSize)
+    if (compressedSize > kZipLargestSize)
     {
         DebugLine(L"ERR: compressed size > 4GB");
         return false;
     }
     entry.compressed.Seek(0);
-    entry.header.method = zipMethodDeflate;
+    entry.header.method = kZipMethodDeflate;
     entry.header.crc = crc;
     entry.header.compressedSize = static_cast<std::uint32_t>(compressedSize);
     entry.header.uncompressedSize = static_cast<std::uint32_t>(size);
@@ -201,7 +201,7 @@ void clsZIPFile::AddList(const String& base, const String& relative, const Strin
 int clsZIPFile::Close()
 {
     // The fields that count the entries have 16 bits, and a count that wraps would hide all but a few of them.
-    if (_entries.Count() > zipMostEntries)
+    if (_entries.Count() > kZipMostEntries)
     {
         DebugLine(L"ERR: more than 65535 entries in ZIP file '%s'", _archive.GetName().Text());
         return kCannotWrite;
@@ -216,7 +216,7 @@ int clsZIPFile::Close()
         index.Append(clsZIPIndexEntry(*entry));
     if (!WriteDirectory(index) || !WriteEnd(index, directoryOffset))
         return kCannotWrite;
-    if (_archive.GetSize() > zipLargestSize)
+    if (_archive.GetSize() > kZipLargestSize)
     {
         DebugLine(L"ERR: ZIP file size > 4GB");
         return kCannotWrite;
@@ -244,9 +244,9 @@ bool clsZIPFile::WriteDirectory(const clsIndexEntryList& index)
 
 bool clsZIPFile::WriteEnd(const clsIndexEntryList& index, std::uint32_t directoryOffset)
 {
-    const std::string comment = std::string(_comment.NarrowText()).substr(0, zipLongestText);
+    const std::string comment = std::string(_comment.NarrowText()).substr(0, kZipLongestText);
     scZIPEndRecord end{};
-    end.signature = zipEndSignature;
+    end.signature = kZipEndSignature;
     end.entriesOnDisk = end.entries = static_cast<std::uint16_t>(index.Count());
     end.directorySize = static_cast<std::uint32_t>(index.SizeInFile());
     end.directoryOffset = directoryOffset;

@@ -43,7 +43,7 @@ TEST_F(Clipboard, BelongsToTheThreadThatOpenedIt)
     EXPECT_EQ(ErrorOf(EmptyClipboard), DWORD{ERROR_CLIPBOARD_NOT_OPEN});
     EXPECT_EQ(ErrorOf(CloseClipboard), DWORD{ERROR_CLIPBOARD_NOT_OPEN});
 
-    if (!isLayer)
+    if (!kIsLayer)
         return; // the system tells those who open it apart by their windows, and lets all in that name none
     ASSERT_TRUE(OpenClipboard(nullptr));
     std::thread(

@@ -63,7 +63,7 @@ void Write(const StreamHolder& stream, const std::string& bytes)
     EXPECT_EQ(written, bytes.size());
 }
 
-std::string Read(const StreamHolder& stream, size_t count)
+std::string Read(const StreamHolder& stream, std::size_t count)
 {
     std::string bytes(count, '?');
     ULONG read = 0;

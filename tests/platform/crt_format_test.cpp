@@ -152,7 +152,7 @@ TEST(CrtFormat, CutsAtTheSize)
 {
     struct SizeCase
     {
-        size_t size;
+        std::size_t size;
         int result;
         std::wstring_view content; // with one character behind what may be written
     };
@@ -170,8 +170,8 @@ TEST(CrtFormat, CutsAtTheSize)
 
 TEST(CrtFormat, Times)
 {
-    constexpr time_t moment = 1707462303;
-    tm time = *gmtime(&moment);
+    constexpr time_t kMoment = 1707462303;
+    tm time = *gmtime(&kMoment);
     wchar_t text[40];
     EXPECT_EQ(wcsftime(text, 40, L"(%y-%m-%d %H:%M)", &time), 16u);
     EXPECT_STREQ(text, L"(24-02-09 07:05)");

@@ -25,10 +25,10 @@ TEST(CrtNumber, ReadsIntegersOfFourRanges)
     {
         const wchar_t* text;
         int base;
-        size_t length; // of the number, 0 if there is none
+        std::size_t length; // of the number, 0 if there is none
         unsigned long long magnitude;
         bool isOver = false; // of 64 bits
-    } constexpr cases[] = {{L"-12", 10, 3, 12}, {L" \t\r\n+12x", 10, 7, 12}, {L"\u00a0\u30005", 10, 3, 5},
+    } constexpr kCases[] = {{L"-12", 10, 3, 12}, {L" \t\r\n+12x", 10, 7, 12}, {L"\u00a0\u30005", 10, 3, 5},
         {L"", 10, 0, 0}, {L"- 1", 10, 0, 0}, {L"abc", 10, 0, 0}, {L"1_0", 10, 1, 1}, {L"-0X1fg", 16, 5, 31},
         {L"ffFF", 16, 4, 65535}, {L"0x1F", 10, 1, 0}, {L"0xg", 16, 0, 0}, {L"0x1F", 0, 4, 31}, {L"017", 0, 3, 15},
         {L"08", 0, 1, 0}, {L"zZ", 36, 2, 1295}, {L"102", 2, 2, 2}, {L"\uff11\u0662", 10, 2, 12}, // of all scripts
@@ -36,7 +36,7 @@ TEST(CrtNumber, ReadsIntegersOfFourRanges)
         {L"-2147483649", 10, 11, 2147483649}, {L"4294967295", 10, 10, 4294967295}, {L"4294967296", 10, 10, 4294967296},
         {L"9223372036854775807", 10, 19, LLONG_MAX}, {L"9223372036854775808", 10, 19, 9223372036854775808u},
         {L"FFFFFFFFFFFFFFFF", 16, 16, ULLONG_MAX}, {L"18446744073709551616", 10, 20, ULLONG_MAX, true}};
-    for (const auto& c : cases)
+    for (const auto& c : kCases)
     {
         const auto check = [&c]<class Range>(Range, auto read)
         {
@@ -51,8 +51,8 @@ TEST(CrtNumber, ReadsIntegersOfFourRanges)
             EXPECT_EQ(behind, c.text + c.length) << c.text;
             EXPECT_EQ(errno, isOver ? ERANGE : 0) << c.text;
         };
-        check(std::numeric_limits<int32_t>(), wcstol); // whatever the size of a long is
-        check(std::numeric_limits<uint32_t>(), wcstoul);
+        check(std::numeric_limits<std::int32_t>(), wcstol); // whatever the size of a long is
+        check(std::numeric_limits<std::uint32_t>(), wcstoul);
     }
     errno = 0;
     EXPECT_EQ(wcstol(L"12", nullptr, 1), 0);
@@ -65,9 +65,9 @@ TEST(CrtNumber, ReadsFloats)
     struct
     {
         const wchar_t* text;
-        size_t length;
+        std::size_t length;
         double value;
-    } constexpr cases[] = {{L"-1.5e3x", 6, -1500}, {L" \t+1.5", 6, 1.5}, {L".5", 2, 0.5}, {L"5.", 2, 5},
+    } constexpr kCases[] = {{L"-1.5e3x", 6, -1500}, {L" \t+1.5", 6, 1.5}, {L".5", 2, 0.5}, {L"5.", 2, 5},
         {L"-.5E-2", 6, -0.005}, {L"1e+x", 1, 1}, {L"1.5.5", 3, 1.5}, {L"1,5", 1, 1}, {L"", 0, 0}, {L".", 0, 0},
         {L"e5", 0, 0}, {L"0x10", 4, 16}, {L"0x1.8p1", 7, 3}, {L"infx", 3, std::numeric_limits<double>::infinity()},
         {L"-Infinity", 9, -std::numeric_limits<double>::infinity()},
@@ -76,7 +76,7 @@ TEST(CrtNumber, ReadsFloats)
         {L"1e0000000000000000001", 21, 10}, {L"0.000000000000000000000000000000000000000000001", 47, 1e-45},
         {L"0e99999999999999999999", 22, 0}, {L"1.7976931348623157e308", 22, std::numeric_limits<double>::max()},
         {L"2.2250738585072014e-308", 23, std::numeric_limits<double>::min()}, {L"5e-324", 6, 5e-324}};
-    for (const auto& c : cases)
+    for (const auto& c : kCases)
     {
         wchar_t* behind = nullptr;
         EXPECT_EQ(wcstod(c.text, &behind), c.value) << c.text;
@@ -89,9 +89,9 @@ TEST(CrtNumber, ReadsFloats)
     {
         const wchar_t* text;
         double value;
-    } constexpr outOfRange[] = {{L"1e400", HUGE_VAL}, {L"1e99999999999999999999", HUGE_VAL}, {L"-1e309", -HUGE_VAL},
+    } constexpr kOutOfRange[] = {{L"1e400", HUGE_VAL}, {L"1e99999999999999999999", HUGE_VAL}, {L"-1e309", -HUGE_VAL},
         {L"1e-400", 0}, {L"2e-324", 0}, {L"1e-99999999999999999999", 0}};
-    for (const auto& [text, value] : outOfRange)
+    for (const auto& [text, value] : kOutOfRange)
     {
         errno = 0;
         EXPECT_EQ(wcstod(text, nullptr), value) << text;
@@ -103,10 +103,10 @@ TEST(CrtNumber, ReadsFloats)
 TEST(CrtNumber, ReadsFloatsOfManyDigits)
 {
     // 2^53 + 1 lies halfway between two numbers: ever more zeros, and then something more or nothing.
-    constexpr std::wstring_view halfway = L"9007199254740993.";
-    for (const size_t zeros : {20u, 100u, 700u, 760u, 2000u})
+    constexpr std::wstring_view kHalfway = L"9007199254740993.";
+    for (const std::size_t zeros : {20u, 100u, 700u, 760u, 2000u})
     {
-        std::vector<wchar_t> text(halfway.begin(), halfway.end());
+        std::vector<wchar_t> text(kHalfway.begin(), kHalfway.end());
         text.insert(text.end(), zeros, L'0');
         text.insert(text.end(), {L'7', L'e', L'0', 0});
         EXPECT_EQ(wcstod(text.data(), nullptr), 9007199254740994.0) << zeros;
@@ -123,12 +123,12 @@ TEST(CrtNumber, ReadsFloatsOfManyDigits)
 // The count, and the fields that were written.
 std::string Scanned(const wchar_t* text, const wchar_t* format)
 {
-    constexpr int untouched = -7;
-    std::array<int, 4> fields = {untouched, untouched, untouched, untouched};
+    constexpr int kUntouched = -7;
+    std::array<int, 4> fields = {kUntouched, kUntouched, kUntouched, kUntouched};
     const int count = _snwscanf(text, wcslen(text), format, &fields[0], &fields[1], &fields[2], &fields[3]);
     std::string result = std::to_string(count) + ':';
     for (const int field : fields)
-        result += field == untouched ? "" : ' ' + std::to_string(field);
+        result += field == kUntouched ? "" : ' ' + std::to_string(field);
     return result;
 }
 
@@ -139,7 +139,7 @@ TEST(CrtScan, ReadsNumbers)
         const wchar_t* text;
         const wchar_t* format;
         const char* result;
-    } constexpr cases[] = {{L"-12x", L"%d", "1: -12"}, {L" \t\r\n\u00a0+12", L"%d", "1: 12"}, {L"--1", L"%d", "0:"},
+    } constexpr kCases[] = {{L"-12x", L"%d", "1: -12"}, {L" \t\r\n\u00a0+12", L"%d", "1: 12"}, {L"--1", L"%d", "0:"},
         {L"", L"%d", "-1:"}, {L"0x1F", L"%d", "1: 0"}, {L"\u0661", L"%d", "0:"}, // unlike wcstol
         {L"99999999999", L"%d", "1: 1215752191"}, {L"4294967295 -1", L"%u%u", "2: -1 -1"},
         {L"012 08 -0x10", L"%i%i%i%i", "4: 10 0 8 -16"}, {L"0xg", L"%i", "0:"}, {L"7778", L"%o", "1: 511"},
@@ -152,7 +152,7 @@ TEST(CrtScan, ReadsNumbers)
         {L"12 34", L"%*d%d", "1: 34"}, {L"123456", L"%3d%2d", "2: 123 45"}, {L"-5-5", L"%1d", "0:"},
         {L"-5-5", L"%2d%2d", "2: -5 -5"}, {L"0x1f", L"%3x", "1: 1"}, {L"0x1f", L"%2x", "0:"},
         {L"50 %", L"%d%%%n", "1: 50 4"}, {L"  a5", L" a%d", "1: 5"}, {L"abc", L"abc", "0:"}};
-    for (const auto& c : cases)
+    for (const auto& c : kCases)
         EXPECT_EQ(Scanned(c.text, c.format), c.result) << c.text << " by " << c.format;
 }
 
@@ -162,14 +162,14 @@ TEST(CrtScan, SizesOfNumbers)
     {
         const wchar_t* text;
         const wchar_t* format;
-        uint64_t value; // over bytes of 0xAA
-    } constexpr cases[] = {{L"-1", L"%I64d", ~uint64_t{0}}, {L"18446744073709551617", L"%I64u", 1},
+        std::uint64_t value; // over bytes of 0xAA
+    } constexpr kCases[] = {{L"-1", L"%I64d", ~std::uint64_t{0}}, {L"18446744073709551617", L"%I64u", 1},
         {L"12", L"%lld", 12}, {L"x12345678abcdef", L"x%I64x", 0x12345678abcdef}, {L"12", L"%Id", 12},
         {L"12AB", L"%p", 0x12AB}, {L"-1", L"%ld", 0xAAAAAAAAFFFFFFFF}, {L"-1", L"%I32d", 0xAAAAAAAAFFFFFFFF},
         {L"70000", L"%hd", 0xAAAAAAAAAAAA1170}};
-    for (const auto& c : cases)
+    for (const auto& c : kCases)
     {
-        uint64_t value = 0xAAAAAAAAAAAAAAAA;
+        std::uint64_t value = 0xAAAAAAAAAAAAAAAA;
         EXPECT_EQ(_snwscanf(c.text, wcslen(c.text), c.format, &value), 1) << c.text << " by " << c.format;
         EXPECT_EQ(value, c.value) << c.text << " by " << c.format;
     }

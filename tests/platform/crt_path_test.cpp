@@ -19,12 +19,12 @@ TEST(CrtPath, Splits)
     struct
     {
         const wchar_t *path, *drive, *directory, *name, *extension;
-    } constexpr cases[] = {{L"c:\\a\\b.txt", L"c:", L"\\a\\", L"b", L".txt"},
+    } constexpr kCases[] = {{L"c:\\a\\b.txt", L"c:", L"\\a\\", L"b", L".txt"},
         {L"/a/b/c.d.e", L"", L"/a/b/", L"c.d", L".e"}, {L"a/b\\c", L"", L"a/b\\", L"c", L""},
         {L"\\\\srv\\share\\f.x", L"", L"\\\\srv\\share\\", L"f", L".x"}, {L"a.b/c", L"", L"a.b/", L"c", L""},
         {L"c:x", L"c:", L"", L"x", L""}, {L"cc:x", L"", L"", L"cc:x", L""}, {L"ab/:c", L"", L"ab/", L":c", L""},
         {L".ext", L"", L"", L"", L".ext"}, {L"a/..", L"", L"a/", L".", L"."}, {L"", L"", L"", L"", L""}};
-    for (const auto& c : cases)
+    for (const auto& c : kCases)
     {
         wchar_t drive[3], directory[256], name[256], extension[256];
         EXPECT_EQ(_wsplitpath_s(c.path, drive, 3, directory, 256, name, 256, extension, 256), 0);
@@ -39,16 +39,16 @@ TEST(CrtPath, SplitsIntoRoomThatFits)
 {
     struct
     {
-        size_t drive, directory, name, extension;
+        std::size_t drive, directory, name, extension;
         int result;
-    } constexpr cases[] = {{3, 5, 3, 4, 0}, {2, 5, 3, 4, ERANGE}, {3, 4, 3, 4, ERANGE}, {3, 5, 2, 4, ERANGE},
+    } constexpr kCases[] = {{3, 5, 3, 4, 0}, {2, 5, 3, 4, ERANGE}, {3, 4, 3, 4, ERANGE}, {3, 5, 2, 4, ERANGE},
         {3, 5, 3, 3, ERANGE}, {0, 5, 3, 4, EINVAL}};
-    constexpr wchar_t path[] = L"c:\\ab\\cd.ef";
-    for (const auto& c : cases)
+    constexpr wchar_t kPath[] = L"c:\\ab\\cd.ef";
+    for (const auto& c : kCases)
     {
         wchar_t drive[3] = L"", directory[5] = L"", name[3] = L"", extension[4] = L"";
         errno = 0;
-        EXPECT_EQ(_wsplitpath_s(path, drive, c.drive, directory, c.directory, name, c.name, extension, c.extension),
+        EXPECT_EQ(_wsplitpath_s(kPath, drive, c.drive, directory, c.directory, name, c.name, extension, c.extension),
             c.result);
         EXPECT_EQ(errno, c.result);
         EXPECT_STREQ(drive, c.result == 0 ? L"c:" : L"");
@@ -57,9 +57,9 @@ TEST(CrtPath, SplitsIntoRoomThatFits)
         EXPECT_STREQ(extension, c.result == 0 ? L".ef" : L"");
     }
     wchar_t name[3];
-    EXPECT_EQ(_wsplitpath_s(path, nullptr, 0, nullptr, 0, name, 3, nullptr, 0), 0);
+    EXPECT_EQ(_wsplitpath_s(kPath, nullptr, 0, nullptr, 0, name, 3, nullptr, 0), 0);
     EXPECT_STREQ(name, L"cd");
-    EXPECT_EQ(_wsplitpath_s(path, nullptr, 3, nullptr, 0, name, 3, nullptr, 0), EINVAL);
+    EXPECT_EQ(_wsplitpath_s(kPath, nullptr, 3, nullptr, 0, name, 3, nullptr, 0), EINVAL);
     EXPECT_EQ(_wsplitpath_s(nullptr, nullptr, 0, nullptr, 0, name, 3, nullptr, 0), EINVAL);
 }
 
@@ -69,20 +69,20 @@ TEST(CrtPath, Makes)
     {
         const wchar_t *drive, *directory, *name, *extension;
         const wchar_t* expected; // with `|` for the separator that was added
-    } constexpr cases[] = {{L"c", L"a", L"b", L"t", L"c:a|b.t"}, {L"cde", L"x/", L"y", L".z", L"c:x/y.z"},
+    } constexpr kCases[] = {{L"c", L"a", L"b", L"t", L"c:a|b.t"}, {L"cde", L"x/", L"y", L".z", L"c:x/y.z"},
         {L"", L"", L"b", L"", L"b"}, {nullptr, L"\\", L"b", L".", L"\\b."}, {nullptr, L"a", L"", L"t", L"a|.t"},
         {nullptr, nullptr, nullptr, nullptr, L""}};
-    for (const auto& c : cases)
+    for (const auto& c : kCases)
     {
         wchar_t expected[20];
         wcscpy(expected, c.expected);
         if (wchar_t* added = wcschr(expected, L'|'))
             *added = Separator;
         wchar_t path[20];
-        const size_t length = wcslen(expected);
+        const std::size_t length = wcslen(expected);
         EXPECT_EQ(_wmakepath_s(path, length + 1, c.drive, c.directory, c.name, c.extension), 0);
         EXPECT_STREQ(path, expected);
-        for (size_t size = 1; size <= length; ++size)
+        for (std::size_t size = 1; size <= length; ++size)
         {
             errno = 0;
             path[size] = L'~';

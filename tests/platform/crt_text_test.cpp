@@ -16,7 +16,7 @@
 namespace
 {
 
-constexpr size_t Huge = 0x7FFFFFFE;
+constexpr std::size_t Huge = 0x7FFFFFFE;
 
 int Sign(int value)
 {
@@ -30,12 +30,12 @@ public:
     // The characters, copied so that the last one is the last that can be read.
     wchar_t* Place(const std::vector<wchar_t>& text) const
     {
-        const size_t bytes = text.size() * sizeof(wchar_t);
+        const std::size_t bytes = text.size() * sizeof(wchar_t);
         return static_cast<wchar_t*>(std::memcpy(_memory + PageSize - bytes, text.data(), bytes));
     }
 
 private:
-    static constexpr size_t PageSize = 4096;
+    static constexpr std::size_t PageSize = 4096;
 
     static char* Make()
     {
@@ -54,10 +54,10 @@ private:
 };
 
 // A text of `length` characters with its terminator, no character twice.
-std::vector<wchar_t> Distinct(size_t length)
+std::vector<wchar_t> Distinct(std::size_t length)
 {
     std::vector<wchar_t> text(length + 1);
-    for (size_t i = 0; i < length; ++i)
+    for (std::size_t i = 0; i < length; ++i)
         text[i] = static_cast<wchar_t>(0xFF01 + i);
     return text;
 }
@@ -65,7 +65,7 @@ std::vector<wchar_t> Distinct(size_t length)
 TEST(CrtText, FindsAtEveryAlignmentWithoutReadingBehindTheEnd)
 {
     PageEnd page;
-    for (size_t length = 0; length < 40; ++length)
+    for (std::size_t length = 0; length < 40; ++length)
     {
         wchar_t* text = page.Place(Distinct(length));
         SCOPED_TRACE(length);
@@ -77,7 +77,7 @@ TEST(CrtText, FindsAtEveryAlignmentWithoutReadingBehindTheEnd)
         EXPECT_EQ(wcschr(text, L'x'), nullptr);
         EXPECT_EQ(wcsrchr(text, L'x'), nullptr);
         EXPECT_EQ(wmemchr(text, L'x', length + 1), nullptr);
-        for (size_t i = 0; i < length; ++i)
+        for (std::size_t i = 0; i < length; ++i)
         {
             EXPECT_EQ(wcsnlen(text, i), i);
             EXPECT_EQ(wcschr(text, text[i]), text + i);
@@ -93,8 +93,8 @@ TEST(CrtText, FindsAtEveryAlignmentWithoutReadingBehindTheEnd)
 TEST(CrtText, ComparesAtEveryAlignmentByUnsignedUnits)
 {
     PageEnd pageA, pageB;
-    for (size_t length = 1; length < 40; ++length)
-        for (size_t at = 0; at < length; ++at)
+    for (std::size_t length = 1; length < 40; ++length)
+        for (std::size_t at = 0; at < length; ++at)
         {
             std::vector<wchar_t> source = Distinct(length);
             const wchar_t *a = pageA.Place(source), *b = pageB.Place(source);
@@ -132,10 +132,10 @@ TEST(CrtText, FoldsNothingButAToZ)
         const wchar_t* a;
         const wchar_t* b;
         int order;
-    } constexpr cases[] = {{L"azAZ@[`{", L"AZaz@[`{", 0}, {L"[", L"{", -1}, {L"@", L"`", -1}, {L"_", L"a", -1},
+    } constexpr kCases[] = {{L"azAZ@[`{", L"AZaz@[`{", 0}, {L"[", L"{", -1}, {L"@", L"`", -1}, {L"_", L"a", -1},
         {L"\u00c4", L"\u00e4", -1}, {L"\u212a", L"k", 1}, {L"0123456789", L"0123456789A", -1},
         {L"abcdefghijklmnopqrstuvwxyz\u8000", L"ABCDEFGHIJKLMNOPQRSTUVWXYZ\u7fff", 1}};
-    for (const auto& c : cases)
+    for (const auto& c : kCases)
     {
         EXPECT_EQ(Sign(_wcsicmp(c.a, c.b)), c.order) << c.a;
         EXPECT_EQ(Sign(_wcsicmp(c.b, c.a)), -c.order) << c.a;

@@ -13,7 +13,7 @@
 namespace
 {
 
-using qxtest::isLayer, qxtest::ReadableText;
+using qxtest::kIsLayer, qxtest::ReadableText;
 
 constexpr SYSTEMTIME MOMENT{2018, 2, 0, 3, 15, 4, 7, 0}; // whose day of the week isn't looked at
 
@@ -37,7 +37,7 @@ struct Case
     SYSTEMTIME time = MOMENT;
 };
 
-template <size_t N>
+template <std::size_t N>
 void Check(const Case (&cases)[N])
 {
     for (const Case& row : cases)
@@ -77,7 +77,7 @@ TEST(DateFormat, Pictures)
         {DATE, AMERICAN, DATE_LONGDATE, nullptr, "Saturday, February 3, 2018"},
         {TIME, AMERICAN, 0, nullptr, "3:04:07 PM"}, {TIME, GERMAN, TIME_NOSECONDS, nullptr, "15:04"}};
     Check(cases);
-    if (isLayer) // Wine has an era twice
+    if (kIsLayer) // Wine has an era twice
     {
         EXPECT_EQ(Formatted(DATE, AMERICAN, 0, MOMENT, L"gg"), "AD");
     }

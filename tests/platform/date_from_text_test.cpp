@@ -15,7 +15,7 @@
 namespace
 {
 
-using qxtest::isLayer, qxtest::ReadableText;
+using qxtest::kIsLayer, qxtest::ReadableText;
 
 constexpr char NONE[] = "80020005";
 
@@ -81,7 +81,7 @@ TEST(DateFromText, OfLocales)
         {JAPANESE, L"18/1/2", "2018-1-2 0:00:00"}, {JAPANESE, L"1/2/2018", "2018-1-2 0:00:00"}};
     for (const auto& row : cases)
         EXPECT_EQ(Read(row.locale, row.text), row.result) << ReadableText(row.text) << ' ' << row.locale;
-    if (isLayer) // Wine takes the first number for the year, and knows months in the nominative only
+    if (kIsLayer) // Wine takes the first number for the year, and knows months in the nominative only
     {
         EXPECT_EQ(Read(RUSSIAN, L"3 \x430\x43f\x440\x435\x43b\x44f 2018"), "2018-4-3 0:00:00");
         EXPECT_EQ(Read(AMERICAN, L"3 Apr 18"), "2018-4-3 0:00:00");

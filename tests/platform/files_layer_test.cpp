@@ -94,7 +94,7 @@ TEST_F(FilesOfTheLayer, NamesOfAnyBytesAreListedAndOpened)
     WIN32_FIND_DATAW data{};
     const HANDLE find = FindFirstFileW(folder / L"names/*.txt", &data);
     ASSERT_NE(find, INVALID_HANDLE_VALUE);
-    size_t count = 0;
+    std::size_t count = 0;
     do
     {
         ++count;
@@ -145,8 +145,8 @@ TEST_F(FilesOfTheLayer, WhatIsMadeInATempFolderForAllIsForItsUserAlone)
     EXPECT_EQ(mode("temp/own/below"), 0755u);
     EXPECT_EQ(mode("temp/file"), 0600u);
     EXPECT_EQ(mode("beside"), 0644u);
-    constexpr uid_t another = 65534;
-    if (geteuid() == 0 && chown((native / "temp/own").c_str(), another, another) == 0) // root alone can make one
+    constexpr uid_t kAnother = 65534;
+    if (geteuid() == 0 && chown((native / "temp/own").c_str(), kAnother, kAnother) == 0) // root alone can make one
     {
         EXPECT_EQ(ErrorOf([&] { return CreateDirectoryW(folder / L"temp/own", nullptr); }), DWORD{ERROR_ACCESS_DENIED});
     }

@@ -25,11 +25,11 @@ protected:
 
 TEST_F(FilesBetweenProcesses, NothingIsLeftOfAProcessThatIsKilled)
 {
-    Peer peer(folder, "lock", path, readWrite, 0);
+    Peer peer(folder, "lock", path, kReadWrite, 0);
     ASSERT_TRUE(peer.WaitUntilReady());
-    EXPECT_EQ(OpenError(path, GENERIC_READ, shareAll), DWORD{ERROR_SHARING_VIOLATION});
+    EXPECT_EQ(OpenError(path, GENERIC_READ, kShareAll), DWORD{ERROR_SHARING_VIOLATION});
     EXPECT_EQ(peer.Kill(77), 77u);
-    const Handle file = Open(path, readWrite, 0);
+    const Handle file = Open(path, kReadWrite, 0);
     ASSERT_TRUE(file);
     EXPECT_TRUE(LockFile(file, 0, 0, 1, 0));
 }
@@ -37,20 +37,20 @@ TEST_F(FilesBetweenProcesses, NothingIsLeftOfAProcessThatIsKilled)
 TEST_F(FilesBetweenProcesses, ByteLocksHold)
 {
     // Locks are taken through handles of either kind, and both kinds exclude each other.
-    for (const auto& [access, access2] : {std::pair<DWORD, DWORD>(GENERIC_READ, readWrite), {readWrite, GENERIC_READ},
-             {GENERIC_READ, GENERIC_READ}, {readWrite, readWrite}})
+    for (const auto& [access, access2] : {std::pair<DWORD, DWORD>(GENERIC_READ, kReadWrite), {kReadWrite, GENERIC_READ},
+             {GENERIC_READ, GENERIC_READ}, {kReadWrite, kReadWrite}})
     {
         SCOPED_TRACE(testing::Message() << std::hex << access << " then " << access2);
-        Peer peer(folder, "lock", path, access, shareAll); // locks bytes 2 to 4
+        Peer peer(folder, "lock", path, access, kShareAll); // locks bytes 2 to 4
         ASSERT_TRUE(peer.WaitUntilReady());
-        const Handle file = Open(path, access2, shareAll);
+        const Handle file = Open(path, access2, kShareAll);
         ASSERT_TRUE(file);
         EXPECT_EQ(ErrorOf([&] { return LockFile(file, 0, 0, 10, 0); }), DWORD{ERROR_LOCK_VIOLATION});
         EXPECT_EQ(ErrorOf([&] { return LockFile(file, 4, 0, 1, 0); }), DWORD{ERROR_LOCK_VIOLATION});
         EXPECT_TRUE(LockFile(file, 0, 0, 2, 0));
         EXPECT_TRUE(LockFile(file, 5, 0, 0xFFFFFFFF, 0xFFFFFFFF - 1)) << "up to the last offset";
         EXPECT_TRUE(UnlockFile(file, 0, 0, 2, 0));
-        if (isLayer && access == readWrite && access2 == readWrite) // Wine doesn't refuse these transfers
+        if (kIsLayer && access == kReadWrite && access2 == kReadWrite) // Wine doesn't refuse these transfers
         {
             EXPECT_EQ(ReadBytes(file, 10), "error " + std::to_string(ERROR_LOCK_VIOLATION));
             EXPECT_EQ(ReadBytes(file, 2), "01") << "before the locked bytes";
@@ -65,25 +65,25 @@ TEST_F(FilesBetweenProcesses, ByteLocksHold)
 // the same moment, over and over: the sum of their steps shows that each increment was made alone.
 TEST_F(FilesBetweenProcesses, OnlyOneOfManyGetsTheFileOrTheLock)
 {
-    constexpr int peers = 4, rounds = 150;
+    constexpr int kPeers = 4, kRounds = 150;
     for (const char* const task : {"count", "countlocked"})
     {
         const Text counter = folder / Text::Widen(task);
         MakeFile(counter, "0");
         std::vector<std::unique_ptr<Peer>> all;
-        for (int index = 0; index < peers; ++index)
+        for (int index = 0; index < kPeers; ++index)
             all.push_back(std::make_unique<Peer>(
-                folder, task, counter, index % 2 == 0 ? readWrite : DWORD{GENERIC_READ}, rounds));
+                folder, task, counter, index % 2 == 0 ? kReadWrite : DWORD{GENERIC_READ}, kRounds));
         for (const auto& peer : all)
             EXPECT_EQ(peer->Finish(), 0u);
-        EXPECT_EQ(BytesOf(counter), std::to_string(peers * rounds));
+        EXPECT_EQ(BytesOf(counter), std::to_string(kPeers * kRounds));
     }
 }
 
 // Of two that want a free file at the same moment, one gets it: a refusal must have a reason.
 TEST_F(FilesBetweenProcesses, OneOfTwoAlwaysGetsTheFile)
 {
-    constexpr int rounds = isLayer ? 5000 : 200;
+    constexpr int kRounds = kIsLayer ? 5000 : 200;
     std::atomic<int> arrivals = 0;
     // Spins, so that both go on as close to each other as can be.
     const auto meet = [&arrivals](int meeting)
@@ -93,13 +93,13 @@ TEST_F(FilesBetweenProcesses, OneOfTwoAlwaysGetsTheFile)
             if (turn > 1000)
                 std::this_thread::yield();
     };
-    std::atomic<int> winners[rounds] = {};
+    std::atomic<int> winners[kRounds] = {};
     const auto compete = [&]
     {
-        for (int round = 0; round < rounds; ++round)
+        for (int round = 0; round < kRounds; ++round)
         {
             meet(3 * round + 1);
-            Handle file = Open(path, readWrite, FILE_SHARE_READ);
+            Handle file = Open(path, kReadWrite, FILE_SHARE_READ);
             winners[round] += file ? 1 : 0;
             meet(3 * round + 2); // kept until the other has tried
             file.Close();

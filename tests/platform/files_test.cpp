@@ -20,20 +20,20 @@ TEST(FilesOpen, DispositionsTellWhatTheyFound)
         DWORD error;     // after a failure
         DWORD lastError; // after a success
         const char* content;
-    } cases[] = {{CREATE_NEW, false, 0, 0, ""}, {CREATE_NEW, true, ERROR_FILE_EXISTS, 0, "data"},
+    } kCases[] = {{CREATE_NEW, false, 0, 0, ""}, {CREATE_NEW, true, ERROR_FILE_EXISTS, 0, "data"},
         {CREATE_ALWAYS, false, 0, 0, ""}, {CREATE_ALWAYS, true, 0, ERROR_ALREADY_EXISTS, ""},
         {OPEN_EXISTING, false, ERROR_FILE_NOT_FOUND, 0, ""}, {OPEN_EXISTING, true, 0, 0, "data"},
         {OPEN_ALWAYS, false, 0, 0, ""}, {OPEN_ALWAYS, true, 0, ERROR_ALREADY_EXISTS, "data"}};
     const Folder folder;
     const Text path = folder / L"file";
-    for (const auto& expected : cases)
+    for (const auto& expected : kCases)
     {
         SCOPED_TRACE(testing::Message() << "disposition " << expected.value << ", there: " << expected.isThere);
         DeleteFileW(path);
         if (expected.isThere)
             MakeFile(path);
         SetLastError(0xBEEF);
-        Handle file = Open(path, readWrite, 0, expected.value);
+        Handle file = Open(path, kReadWrite, 0, expected.value);
         const DWORD error = GetLastError();
         EXPECT_EQ(static_cast<bool>(file), expected.error == 0);
         EXPECT_EQ(error, expected.error != 0 ? expected.error : expected.lastError);
@@ -61,7 +61,7 @@ TEST(FilesOpen, PathsThatLeadNowhere)
         {folder.path(), OPEN_EXISTING, ERROR_ACCESS_DENIED}, // a folder is no file
         {folder / L"missing", OPEN_EXISTING, ERROR_FILE_NOT_FOUND}, {folder.path(), CREATE_NEW, ERROR_FILE_EXISTS}};
     for (const auto& [path, disposition, error] : cases)
-        EXPECT_EQ(OpenError(path, GENERIC_READ, shareAll, disposition), error) << path.Narrow();
+        EXPECT_EQ(OpenError(path, GENERIC_READ, kShareAll, disposition), error) << path.Narrow();
     EXPECT_FALSE(Exists(folder / L"new"));
 }
 
@@ -70,25 +70,25 @@ constexpr struct
 {
     DWORD firstAccess, firstShare, secondAccess, secondShare;
     bool mayBoth;
-} sharingPairs[] = {{GENERIC_READ, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ, true},
+} kSharingPairs[] = {{GENERIC_READ, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ, true},
     {GENERIC_READ, FILE_SHARE_READ, GENERIC_READ, 0, false},
-    {GENERIC_READ, FILE_SHARE_READ, GENERIC_WRITE, shareAll, false}, {GENERIC_READ, 0, GENERIC_READ, shareAll, false},
+    {GENERIC_READ, FILE_SHARE_READ, GENERIC_WRITE, kShareAll, false}, {GENERIC_READ, 0, GENERIC_READ, kShareAll, false},
     {GENERIC_WRITE, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ, false},
     {GENERIC_WRITE, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, true},
     {GENERIC_WRITE, FILE_SHARE_WRITE, GENERIC_WRITE, FILE_SHARE_WRITE, true},
-    {readWrite, FILE_SHARE_READ | FILE_SHARE_WRITE, readWrite, FILE_SHARE_READ | FILE_SHARE_WRITE, true},
-    {GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, DELETE, shareAll, false},
+    {kReadWrite, FILE_SHARE_READ | FILE_SHARE_WRITE, kReadWrite, FILE_SHARE_READ | FILE_SHARE_WRITE, true},
+    {GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, DELETE, kShareAll, false},
     {GENERIC_READ, FILE_SHARE_DELETE, DELETE, FILE_SHARE_READ, true},
-    {DELETE, shareAll, GENERIC_READ, FILE_SHARE_READ, false}, {DELETE, 0, GENERIC_READ, shareAll, false},
+    {DELETE, kShareAll, GENERIC_READ, FILE_SHARE_READ, false}, {DELETE, 0, GENERIC_READ, kShareAll, false},
     // Who only looks at attributes neither disturbs nor is disturbed.
-    {0, 0, readWrite, 0, true}, {readWrite, 0, 0, 0, true}};
+    {0, 0, kReadWrite, 0, true}, {kReadWrite, 0, 0, 0, true}};
 
 TEST(FilesOpen, SharingBetweenHandles)
 {
     const Folder folder;
     const Text path = folder / L"file";
     MakeFile(path, "precious");
-    for (const auto& pair : sharingPairs)
+    for (const auto& pair : kSharingPairs)
     {
         SCOPED_TRACE(testing::Message() << std::hex << pair.firstAccess << '/' << pair.firstShare << " then "
                                         << pair.secondAccess << '/' << pair.secondShare);
@@ -100,8 +100,8 @@ TEST(FilesOpen, SharingBetweenHandles)
         EXPECT_TRUE(Open(path, pair.secondAccess, pair.secondShare)) << "free again";
     }
     // Of several that share with each other, the last one disturbs only the first.
-    const Handle writer = Open(path, readWrite, FILE_SHARE_READ | FILE_SHARE_WRITE);
-    const Handle reader = Open(path, GENERIC_READ, shareAll);
+    const Handle writer = Open(path, kReadWrite, FILE_SHARE_READ | FILE_SHARE_WRITE);
+    const Handle reader = Open(path, GENERIC_READ, kShareAll);
     EXPECT_TRUE(writer && reader);
     EXPECT_FALSE(Open(path, GENERIC_READ, FILE_SHARE_READ));
     EXPECT_EQ(OpenError(path, GENERIC_WRITE, 0, CREATE_ALWAYS), DWORD{ERROR_SHARING_VIOLATION});
@@ -112,13 +112,13 @@ TEST(FilesOpen, DeletedWithTheLastHandle)
 {
     const Folder folder;
     const Text path = folder / L"file";
-    constexpr DWORD flags = FILE_FLAG_DELETE_ON_CLOSE | FILE_ATTRIBUTE_TEMPORARY;
+    constexpr DWORD kFlags = FILE_FLAG_DELETE_ON_CLOSE | FILE_ATTRIBUTE_TEMPORARY;
     {
-        Handle file = Open(path, readWrite, FILE_SHARE_READ, CREATE_NEW, flags);
+        Handle file = Open(path, kReadWrite, FILE_SHARE_READ, CREATE_NEW, kFlags);
         EXPECT_TRUE(WriteBytes(file, "temporary"));
         EXPECT_EQ(OpenError(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE), DWORD{ERROR_SHARING_VIOLATION})
             << "must share deletion";
-        Handle reader = Open(path, GENERIC_READ, shareAll);
+        Handle reader = Open(path, GENERIC_READ, kShareAll);
         EXPECT_TRUE(reader);
         file.Close();
         reader.Close();
@@ -128,10 +128,10 @@ TEST(FilesOpen, DeletedWithTheLastHandle)
     MakeFile(path);
     {
         const Handle reader = Open(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
-        EXPECT_EQ(OpenError(path, GENERIC_READ, shareAll, OPEN_EXISTING, flags), DWORD{ERROR_SHARING_VIOLATION});
+        EXPECT_EQ(OpenError(path, GENERIC_READ, kShareAll, OPEN_EXISTING, kFlags), DWORD{ERROR_SHARING_VIOLATION});
     }
     EXPECT_TRUE(Exists(path));
-    EXPECT_TRUE(Open(path, GENERIC_READ, shareAll, OPEN_EXISTING, flags));
+    EXPECT_TRUE(Open(path, GENERIC_READ, kShareAll, OPEN_EXISTING, kFlags));
     EXPECT_FALSE(Exists(path));
 }
 
@@ -168,9 +168,9 @@ TEST(FilesPaths, FullPathsAreResolvedInTheText)
     {
         const wchar_t* path;
         const char* expected;
-    } constexpr cases[] = {{L"/a/./b/../c", "/a/c"}, {L"/a//b\\\\c", "/a/b/c"}, {L"/../../a", "/a"}, {L"/", "/"},
+    } constexpr kCases[] = {{L"/a/./b/../c", "/a/c"}, {L"/a//b\\\\c", "/a/b/c"}, {L"/../../a", "/a"}, {L"/", "/"},
         {L"/a/b/../", "/a/"}, {L"/missing/../a", "/a"}};
-    for (const auto& [path, expected] : cases)
+    for (const auto& [path, expected] : kCases)
         EXPECT_EQ(WithoutDrive(FullPath(path)), expected) << Text(path).Narrow();
 
     const Folder folder;
@@ -211,7 +211,7 @@ TEST(FilesFind, Patterns)
         {L"missing/*", {"error 3"}}};
     for (const auto& [pattern, expected, isLayerOnly] : cases)
     {
-        if (isLayer || !isLayerOnly)
+        if (kIsLayer || !isLayerOnly)
         {
             EXPECT_EQ(Find(folder / pattern), expected) << Text(pattern).Narrow();
         }
@@ -248,7 +248,7 @@ TEST(FilesAttributes, AreKept)
     EXPECT_TRUE(SetFileAttributesW(path, FILE_ATTRIBUTE_READONLY));
     EXPECT_EQ(GetFileAttributesW(path), DWORD{FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_ARCHIVE});
     EXPECT_TRUE(Open(path, GENERIC_READ, 0));
-    if (isLayer) // under Wine the administrator may all the same
+    if (kIsLayer) // under Wine the administrator may all the same
     {
         for (const DWORD disposition : {OPEN_EXISTING, CREATE_ALWAYS})
             EXPECT_EQ(OpenError(path, GENERIC_WRITE, 0, disposition), DWORD{ERROR_ACCESS_DENIED});
@@ -257,11 +257,11 @@ TEST(FilesAttributes, AreKept)
     }
     EXPECT_TRUE(SetFileAttributesW(path, FILE_ATTRIBUTE_NORMAL));
     EXPECT_EQ(GetFileAttributesW(path), DWORD{FILE_ATTRIBUTE_ARCHIVE});
-    EXPECT_TRUE(Open(path, readWrite, 0));
+    EXPECT_TRUE(Open(path, kReadWrite, 0));
 
     // A new file may be read-only from the beginning, and is still written by who made it.
     const Text second = folder / L"second";
-    EXPECT_TRUE(WriteBytes(Open(second, readWrite, 0, CREATE_NEW, FILE_ATTRIBUTE_READONLY), "bytes"));
+    EXPECT_TRUE(WriteBytes(Open(second, kReadWrite, 0, CREATE_NEW, FILE_ATTRIBUTE_READONLY), "bytes"));
     EXPECT_NE(GetFileAttributesW(second) & FILE_ATTRIBUTE_READONLY, 0u);
     EXPECT_EQ(BytesOf(second), "bytes");
 }
@@ -270,7 +270,7 @@ TEST(FilesAttributes, Times)
 {
     const Folder folder;
     const Text path = folder / L"file";
-    Handle file = Open(path, readWrite, shareAll, CREATE_NEW);
+    Handle file = Open(path, kReadWrite, kShareAll, CREATE_NEW);
     FILETIME now, write;
     GetSystemTimeAsFileTime(&now);
     const auto seconds = [](const FILETIME& time)
@@ -286,7 +286,7 @@ TEST(FilesAttributes, Times)
     EXPECT_TRUE(GetFileTime(file, &creation, &access, &write));
     EXPECT_EQ(std::memcmp(&write, &old, sizeof old), 0);
     EXPECT_NEAR(seconds(access), seconds(now), 5);
-    if (isLayer) // Wine gives the last write
+    if (kIsLayer) // Wine gives the last write
     {
         EXPECT_NEAR(seconds(creation), seconds(now), 5);
     }

@@ -14,36 +14,36 @@ namespace
 TEST(Handles, LookedUpWhileOthersCloseThem)
 {
     const Folder folder;
-    constexpr int files = 8, closers = 2, users = 2;
+    constexpr int kFiles = 8, kClosers = 2, kUsers = 2;
     const auto path = [&folder](int index)
     {
         return folder / Text::Widen(std::to_string(index));
     };
-    for (int index = 0; index < files; ++index)
+    for (int index = 0; index < kFiles; ++index)
         MakeFile(path(index), std::string(1, static_cast<char>('a' + index)));
-    std::atomic<HANDLE> handles[files] = {};
+    std::atomic<HANDLE> handles[kFiles] = {};
     std::atomic<bool> isOver = false;
     std::atomic<int> wrong = 0, uses = 0;
     std::vector<std::thread> threads;
-    for (int closer = 0; closer < closers; ++closer)
+    for (int closer = 0; closer < kClosers; ++closer)
         threads.emplace_back(
             [&, closer]
             {
                 while (!isOver)
-                    for (int index = closer; index < files; index += closers)
+                    for (int index = closer; index < kFiles; index += kClosers)
                     {
                         const HANDLE file =
-                            CreateFileW(path(index), GENERIC_READ, shareAll, nullptr, OPEN_EXISTING, 0, nullptr);
+                            CreateFileW(path(index), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
                         if (const HANDLE former = handles[index].exchange(file))
                             CloseHandle(former);
                     }
             });
-    for (int user = 0; user < users; ++user)
+    for (int user = 0; user < kUsers; ++user)
         threads.emplace_back(
             [&]
             {
                 while (!isOver)
-                    for (int index = 0; index < files; ++index)
+                    for (int index = 0; index < kFiles; ++index)
                     {
                         const HANDLE file = handles[index];
                         char byte = 0;
@@ -55,7 +55,7 @@ TEST(Handles, LookedUpWhileOthersCloseThem)
                         if (!ReadFile(file, &byte, 1, &count, &at))
                             wrong += GetLastError() != ERROR_INVALID_HANDLE;
                         // On the system a value may be given to the next file at once.
-                        else if (isLayer)
+                        else if (kIsLayer)
                             wrong += byte != static_cast<char>('a' + index);
                     }
             });
@@ -74,14 +74,14 @@ TEST(Handles, LookedUpWhileOthersCloseThem)
 // Of several threads that close one handle, one does it.
 TEST(Handles, ClosedOnce)
 {
-    if (!isLayer)
+    if (!kIsLayer)
         GTEST_SKIP()
             << "the system gives a closed value out again at once, so the second thread may close another handle";
     const Folder folder;
     MakeFile(folder / L"file");
     for (int round = 0; round < 200; ++round)
     {
-        const HANDLE file = CreateFileW(folder / L"file", GENERIC_READ, shareAll, nullptr, OPEN_EXISTING, 0, nullptr);
+        const HANDLE file = CreateFileW(folder / L"file", GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
         std::atomic<int> closed = 0;
         const auto close = [&]
         {

@@ -52,8 +52,8 @@ TEST(GlobalMemory, ForeignValuesAreRefused)
     EXPECT_NE(reused, stale);
     values.insert(
         values.end(), {nullptr, &onStack, static_cast<char*>(GlobalLock(reused)) + 1, GlobalLock(reused),
-                          INVALID_HANDLE_VALUE, reinterpret_cast<HGLOBAL>(uintptr_t{0xA}),
-                          reinterpret_cast<HGLOBAL>(uintptr_t{0xFFFFFFFA}), static_cast<char*>(reused) + 0x10});
+                          INVALID_HANDLE_VALUE, reinterpret_cast<HGLOBAL>(std::uintptr_t{0xA}),
+                          reinterpret_cast<HGLOBAL>(std::uintptr_t{0xFFFFFFFA}), static_cast<char*>(reused) + 0x10});
 #endif
     for (const HGLOBAL value : values)
     {

@@ -9,11 +9,11 @@ namespace qxtest
 namespace
 {
 
-constexpr DWORD patience = 20'000;
+constexpr DWORD kPatience = 20'000;
 
 bool WaitForFile(const Text& path, HANDLE process = nullptr)
 {
-    for (const ULONGLONG end = GetTickCount64() + patience; GetTickCount64() < end; Sleep(2))
+    for (const ULONGLONG end = GetTickCount64() + kPatience; GetTickCount64() < end; Sleep(2))
     {
         if (Exists(path))
             return true;
@@ -54,13 +54,13 @@ void Increment(HANDLE file)
 int Count(const Text& path, bool byLock, DWORD access, DWORD rounds)
 {
     const DWORD refusal = byLock ? ERROR_LOCK_VIOLATION : ERROR_SHARING_VIOLATION;
-    const Handle lock = byLock ? Open(path, access, shareAll) : Handle();
-    const ULONGLONG end = GetTickCount64() + patience;
+    const Handle lock = byLock ? Open(path, access, kShareAll) : Handle();
+    const ULONGLONG end = GetTickCount64() + kPatience;
     for (DWORD round = 0; round < rounds;)
     {
         if (GetTickCount64() > end)
             return 4;
-        const Handle file = Open(path, GENERIC_READ | GENERIC_WRITE, byLock ? shareAll : 0);
+        const Handle file = Open(path, GENERIC_READ | GENERIC_WRITE, byLock ? kShareAll : 0);
         if (byLock ? LockFile(lock, 100, 0, 1, 0) : static_cast<bool>(file))
         {
             Increment(file);

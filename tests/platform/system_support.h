@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -21,7 +22,7 @@ public:
 
     operator const wchar_t*() const { return reinterpret_cast<const wchar_t*>(_units.c_str()); }
     wchar_t* data() { return reinterpret_cast<wchar_t*>(_units.data()); }
-    size_t size() const { return _units.size(); }
+    std::size_t size() const { return _units.size(); }
 
     friend Text operator+(Text left, const Text& right)
     {
@@ -79,9 +80,9 @@ private:
     HANDLE _handle;
 };
 
-constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-inline constexpr DWORD readWrite = GENERIC_READ | GENERIC_WRITE;
+inline constexpr DWORD kReadWrite = GENERIC_READ | GENERIC_WRITE;
 
 inline Handle Open(const Text& path, DWORD access, DWORD share, DWORD disposition = OPEN_EXISTING, DWORD flags = 0)
 {
@@ -90,7 +91,7 @@ inline Handle Open(const Text& path, DWORD access, DWORD share, DWORD dispositio
 
 // Why a file can't be opened; 0 if it can.
 inline DWORD OpenError(
-    const Text& path, DWORD access, DWORD share = shareAll, DWORD disposition = OPEN_EXISTING, DWORD flags = 0)
+    const Text& path, DWORD access, DWORD share = kShareAll, DWORD disposition = OPEN_EXISTING, DWORD flags = 0)
 {
     return Open(path, access, share, disposition, flags) ? DWORD{ERROR_SUCCESS} : GetLastError();
 }
@@ -121,7 +122,7 @@ inline std::string ReadBytes(HANDLE file, DWORD count = 1000)
 
 inline std::string BytesOf(const Text& path)
 {
-    return ReadBytes(Open(path, GENERIC_READ, shareAll));
+    return ReadBytes(Open(path, GENERIC_READ, kShareAll));
 }
 
 inline void MakeFile(const Text& path, std::string_view bytes = "data")
@@ -184,7 +185,7 @@ private:
 #if defined(_WIN32)
 constexpr bool isLayer = false;
 #else
-constexpr bool isLayer = true;
+constexpr bool kIsLayer = true;
 #endif
 
 } // namespace qxtest

@@ -31,10 +31,10 @@ TEST(Times, FileTimeAndCalendar)
     {
         ULONGLONG units;
         SYSTEMTIME time;
-    } constexpr cases[] = {{0, {1601, 1, 1, 1, 0, 0, 0, 0}}, {94405824000000000, {1900, 3, 4, 1, 0, 0, 0, 0}},
+    } constexpr kCases[] = {{0, {1601, 1, 1, 1, 0, 0, 0, 0}}, {94405824000000000, {1900, 3, 4, 1, 0, 0, 0, 0}},
         {125962991990000000, {2000, 2, 2, 29, 11, 59, 59, 0}}, {133485407999990000, {2023, 12, 0, 31, 23, 59, 59, 999}},
         {2650467743999990000, {9999, 12, 5, 31, 23, 59, 59, 999}}};
-    for (const auto& [units, time] : cases)
+    for (const auto& [units, time] : kCases)
     {
         const FILETIME fileTime{static_cast<DWORD>(units), static_cast<DWORD>(units >> 32)};
         SYSTEMTIME split{};
@@ -99,7 +99,7 @@ TEST(Modules, ProgramIsFoundByItsName)
     WCHAR buffer[10] = {};
     EXPECT_EQ(GetModuleFileNameW(nullptr, buffer, 4), 4u) << "cut to the buffer";
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
-    if (isLayer) // Wine leaves out the terminator
+    if (kIsLayer) // Wine leaves out the terminator
     {
         EXPECT_EQ(Text(buffer).Narrow(), path.Narrow().substr(0, 3));
     }

@@ -14,13 +14,13 @@
 namespace qxtest
 {
 
-constexpr DWORD patience = 20'000;
+constexpr DWORD kPatience = 20'000;
 
 // Whether the layer can stop a thread that computes; under the thread sanitizer it stops where it blocks.
 #if defined(__SANITIZE_THREAD__)
 constexpr bool canStopComputing = false;
 #else
-constexpr bool canStopComputing = true;
+constexpr bool kCanStopComputing = true;
 #endif
 
 inline DWORD ExitCodeOf(HANDLE thread)
@@ -57,7 +57,7 @@ public:
     // The exit code. A thread that doesn't end may write to what its test gives up, so nothing goes on after that.
     DWORD Join() const
     {
-        if (WaitForSingleObject(*this, patience) != WAIT_OBJECT_0)
+        if (WaitForSingleObject(*this, kPatience) != WAIT_OBJECT_0)
         {
             ADD_FAILURE() << "thread " << id() << " doesn't end";
             std::abort();

@@ -102,7 +102,7 @@ TEST(Threads, TerminationRunsNoDestructors)
     EXPECT_TRUE(TerminateThread(suspended, 8));
     EXPECT_EQ(suspended.Join(), 8u);
 
-    if (!canStopComputing)
+    if (!kCanStopComputing)
         return;
     std::atomic<unsigned> count = 0;
     const Thread computing([&] { return Compute(count); });
@@ -119,7 +119,7 @@ TEST(Threads, TerminationRunsNoDestructors)
 // Whoever needs the allocator while a thread is stopped, or after it was terminated, gets it.
 TEST(Threads, TheAllocatorIsNeverStopped)
 {
-    if (!isLayer || !canStopComputing) // the system stops a thread anywhere
+    if (!kIsLayer || !kCanStopComputing) // the system stops a thread anywhere
         GTEST_SKIP();
     const LeaksAllowed leaksAllowed;
     for (int round = 0; round < 30; ++round)
@@ -138,7 +138,7 @@ TEST(Threads, TheAllocatorIsNeverStopped)
         while (count < 10)
             Sleep(1);
         ASSERT_EQ(SuspendThread(thread), 0u);
-        for (size_t size = 1; size < 1'000'000; size *= 3)
+        for (std::size_t size = 1; size < 1'000'000; size *= 3)
         {
             void* volatile block = std::malloc(size);
             std::free(block);
@@ -164,7 +164,7 @@ TEST(Waits, EachSettingOfAnAutomaticEventLetsOneThreadThrough)
     for (int count = 1; count <= 200; ++count)
     {
         SetEvent(event);
-        for (const ULONGLONG end = GetTickCount64() + patience; passed < count && GetTickCount64() < end;)
+        for (const ULONGLONG end = GetTickCount64() + kPatience; passed < count && GetTickCount64() < end;)
             std::this_thread::yield();
         ASSERT_EQ(passed, count);
     }
@@ -184,12 +184,12 @@ TEST(Messages, WaitsWakeForNewInput)
             PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // from now on there is a queue
             SetEvent(ready);
             const HANDLE handle = event;
-            EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, patience, QS_ALLINPUT), WAIT_OBJECT_0 + 1);
+            EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, kPatience, QS_ALLINPUT), WAIT_OBJECT_0 + 1);
             // What was looked at, without taking it, is not new.
             EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE));
             return MsgWaitForMultipleObjects(1, &handle, FALSE, 0, QS_ALLINPUT) == WAIT_TIMEOUT ? 0u : 1u;
         });
-    WaitForSingleObject(ready, patience);
+    WaitForSingleObject(ready, kPatience);
     Sleep(30);
     EXPECT_TRUE(PostThreadMessageW(thread.id(), WM_APP, 0, 0));
     EXPECT_EQ(thread.Join(), 0u);
@@ -197,19 +197,19 @@ TEST(Messages, WaitsWakeForNewInput)
 
 TEST(Messages, BoxesAnswerByThemselves)
 {
-    if (!isLayer) // the system's boxes wait for someone
+    if (!kIsLayer) // the system's boxes wait for someone
         GTEST_SKIP();
     struct
     {
         UINT style;
         const wchar_t* wanted;
         int answer;
-    } constexpr cases[] = {
+    } constexpr kCases[] = {
         {MB_OKCANCEL | MB_DEFBUTTON2 | MB_ICONHAND | MB_TASKMODAL | MB_SETFOREGROUND, nullptr, IDCANCEL},
         {MB_YESNOCANCEL | MB_DEFBUTTON3, L"", IDCANCEL}, {MB_YESNO, L"No", IDNO},
         {MB_YESNO | MB_DEFBUTTON3, L"cancel", IDYES}, {MB_CANCELTRYCONTINUE, L"continue", IDCONTINUE},
         {MB_TYPEMASK, L"ok", 0}};
-    for (const auto& entry : cases)
+    for (const auto& entry : kCases)
     {
         SetEnvironmentVariableW(L"QXPLATFORM_MESSAGEBOX", entry.wanted);
         testing::internal::CaptureStderr();

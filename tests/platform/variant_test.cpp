@@ -120,14 +120,14 @@ TEST(VariantChangeType, NumbersToText)
         Value source;
         const char* text;
         LCID locale = ENGLISH;
-    } const CASES[] = {{Value(VT_I1, -5), "-5"}, {Value(VT_UI8, -1), "18446744073709551615"},
+    } const cases[] = {{Value(VT_I1, -5), "-5"}, {Value(VT_UI8, -1), "18446744073709551615"},
         {Value(VT_BOOL, 0xffff), "-1"}, {R8(-0.0), "0"}, {R8(1.0 / 3), "0.333333333333333"},
         {R8(123456789012345), "123456789012345"}, {R8(1234567890123456), "1.23456789012346E+15"}, {R8(1e15), "1E+15"},
         {R8(0.0001), "0.0001"}, {R8(1e-5), "1E-05"}, {R8(-1e300), "-1E+300"}, {R4(0.1f), "0.1"}, {R4(1e10f), "1E+10"},
         {Value(VT_CY, 12345), "1.2345"}, {Value(VT_CY, -5000), "-0.5"}, {Value(VT_CY, 10000), "1"},
         {SmallDecimal(-150, 2), "-1.5"}, {Decimal(false, ~0u, ~0u, ~0u, 28), "7.9228162514264337593543950335"},
         {R8(-1234.5), "-1234,5", GERMAN}, {Value(VT_CY, 12345), "1,2345", GERMAN}, {SmallDecimal(5, 1), "0,5", GERMAN}};
-    for (const auto& row : CASES)
+    for (const auto& row : cases)
         EXPECT_EQ(Changed(row.source, VT_BSTR, row.locale), '"' + std::string(row.text) + '"');
 }
 
@@ -229,7 +229,7 @@ TEST(VarCmp, Orders)
         Value right;
         HRESULT expected;
         ULONG flags = 0;
-    } const CASES[] = {{Value(), Value(), VARCMP_EQ}, {Value(), R8(-1), VARCMP_GT}, {Value(), Text(L""), VARCMP_EQ},
+    } const cases[] = {{Value(), Value(), VARCMP_EQ}, {Value(), R8(-1), VARCMP_GT}, {Value(), Text(L""), VARCMP_EQ},
         {Value(), Text(L"x"), VARCMP_LT}, {Value(), Value(VT_NULL), VARCMP_NULL},
         {Text(L"x"), Value(VT_NULL), VARCMP_NULL}, {I4(1), R8(1.5), VARCMP_LT},
         {Value(VT_BOOL, 0xffff), I4(-1), VARCMP_EQ}, {Value(VT_BOOL, 0xffff), I4(0), VARCMP_LT},
@@ -247,7 +247,7 @@ TEST(VarCmp, Orders)
         {Value(VT_ERROR, 5), Value(VT_ERROR, 6), VARCMP_EQ}, {Value(VT_ERROR, 5), I4(5), DISP_E_TYPEMISMATCH},
         {Value(VT_I1, 1), I4(1), DISP_E_TYPEMISMATCH}, {I4(1), Value(VT_UI4, 1), DISP_E_TYPEMISMATCH},
         {Value(VT_UNKNOWN), I4(1), DISP_E_TYPEMISMATCH}, {I4(1), Value(VT_UI8, 1), DISP_E_BADVARTYPE}};
-    for (const auto& row : CASES)
+    for (const auto& row : cases)
     {
         Value left = row.left, right = row.right;
         EXPECT_EQ(VarCmp(&left, &right, ENGLISH, row.flags), row.expected)
@@ -271,13 +271,13 @@ TEST(VariantTime, ToSystemTime)
         const char* expected;
         int dayOfWeek = -1; // -1: Wine doesn't tell it right where a time is rounded up to the next day
         bool onWineToo = true;
-    } const CASES[] = {{0, "1899-12-30 0:0:0.0", 6}, {36526.5, "2000-1-1 12:0:0.0", 6},
+    } const cases[] = {{0, "1899-12-30 0:0:0.0", 6}, {36526.5, "2000-1-1 12:0:0.0", 6},
         {-1.25, "1899-12-29 6:0:0.0", 5}, {-0.5, "1899-12-30 12:0:0.0", 6}, {60, "1900-2-28 0:0:0.0", 3},
         {61, "1900-3-1 0:0:0.0", 4}, {1.49 / 86400, "1899-12-30 0:0:1.0", 6}, {2.5 / 86400, "1899-12-30 0:0:3.0", 6},
         {1.99999999, "1900-1-1 0:0:0.0"}, {-657434.5, "100-1-1 12:0:0.0", 5}, {-657435, "no"},
         {2958465.99999, "9999-12-31 23:59:59.0", 5}, {2958465.9999999, "no", -1, false}, // Wine: the year 10000
         {2958466, "no"}, {1e300, "no"}, {NOT_A_NUMBER, "no", -1, false}};                // Wine: day 0
-    for (const auto& row : CASES)
+    for (const auto& row : cases)
     {
         if (!row.onWineToo && !ON_LINUX)
             continue;

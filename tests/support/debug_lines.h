@@ -53,7 +53,7 @@ public:
     // The text of the only line there is; says what is wrong otherwise.
     qx::String Only() const
     {
-        return Count() == 1 ? Last() : qx::String(qx::String::formatted, L"(%d lines)", static_cast<int>(Count()));
+        return Count() == 1 ? Last() : qx::String(qx::String::kFormatted, L"(%d lines)", static_cast<int>(Count()));
     }
 
 private:

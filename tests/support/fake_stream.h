@@ -6,6 +6,7 @@
 #include <objidl.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -18,13 +19,13 @@ class FakeStream : public IStream
 {
 public:
     std::string bytes;
-    uint64_t position = 0;
+    std::uint64_t position = 0;
     ULONG references = 1;
 
-    ULONG readLimit = ~ULONG{0};  // of one call
-    ULONG writeLimit = ~ULONG{0}; // of one call
-    size_t room = ~size_t{0};     // of the stream
-    HRESULT writeResult = S_OK;   // once the limit is reached
+    ULONG readLimit = ~ULONG{0};        // of one call
+    ULONG writeLimit = ~ULONG{0};       // of one call
+    std::size_t room = ~std::size_t{0}; // of the stream
+    HRESULT writeResult = S_OK;         // once the limit is reached
     bool setSizeMovesPosition = false;
     HRESULT setSizeResult = S_OK;
     HRESULT lockResult = S_OK;
@@ -33,7 +34,7 @@ public:
     int locks = 0;
     int lockTries = 0;
     int commits = 0;
-    int64_t sizeSet = -1;
+    std::int64_t sizeSet = -1;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override
     {
@@ -45,8 +46,8 @@ public:
 
     HRESULT STDMETHODCALLTYPE Read(void* buffer, ULONG count, ULONG* read) override
     {
-        const size_t there = position < bytes.size() ? bytes.size() - position : 0;
-        const auto part = static_cast<ULONG>(std::min<size_t>(std::min(count, readLimit), there));
+        const std::size_t there = position < bytes.size() ? bytes.size() - position : 0;
+        const auto part = static_cast<ULONG>(std::min<std::size_t>(std::min(count, readLimit), there));
         memcpy(buffer, bytes.data() + position, part);
         position += part;
         if (read != nullptr)
@@ -55,8 +56,8 @@ public:
     }
     HRESULT STDMETHODCALLTYPE Write(const void* buffer, ULONG count, ULONG* written) override
     {
-        const auto part =
-            static_cast<ULONG>(std::min<size_t>(std::min(count, writeLimit), room - std::min<size_t>(position, room)));
+        const auto part = static_cast<ULONG>(
+            std::min<std::size_t>(std::min(count, writeLimit), room - std::min<std::size_t>(position, room)));
         if (bytes.size() < position + part)
             bytes.resize(position + part);
         memcpy(bytes.data() + position, buffer, part);
@@ -69,15 +70,15 @@ public:
     {
         if (FAILED(seekResult))
             return seekResult;
-        const uint64_t from = origin == STREAM_SEEK_SET ? 0 : origin == STREAM_SEEK_CUR ? position : bytes.size();
-        position = from + static_cast<uint64_t>(distance.QuadPart);
+        const std::uint64_t from = origin == STREAM_SEEK_SET ? 0 : origin == STREAM_SEEK_CUR ? position : bytes.size();
+        position = from + static_cast<std::uint64_t>(distance.QuadPart);
         if (reached != nullptr)
             reached->QuadPart = position;
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER size) override
     {
-        sizeSet = static_cast<int64_t>(size.QuadPart);
+        sizeSet = static_cast<std::int64_t>(size.QuadPart);
         if (FAILED(setSizeResult))
             return setSizeResult;
         bytes.resize(size.QuadPart);

@@ -4,6 +4,7 @@
 #include "core/pattern/regex.h"
 #include "support/temp_folder.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -18,7 +19,7 @@ inline std::vector<std::string> LogLines(const qx::String& path)
     std::vector<std::string> lines;
     std::string line;
     const std::string bytes = BytesOf(path);
-    for (size_t i = 0; i + 1 < bytes.size(); i += 2)
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2)
     {
         line += bytes[i + 1] == 0 && static_cast<unsigned char>(bytes[i]) < 0x80 ? bytes[i] : '?';
         if (line.ends_with("\r\n"))
@@ -45,14 +46,14 @@ struct LogLine
 
 inline LogLine Parse(const std::string& line)
 {
-    constexpr uint32_t dotAll = 0x20;
-    qx::clsRegEx stamp(L"^(.*?)(\\d\\d:\\d\\d:\\d\\d\\.\\d{3}) ([0-9a-f]{8})/([^ ]{2,}) (\\d) (.*)$", dotAll);
+    constexpr std::uint32_t kDotAll = 0x20;
+    qx::clsRegEx stamp(L"^(.*?)(\\d\\d:\\d\\d:\\d\\d\\.\\d{3}) ([0-9a-f]{8})/([^ ]{2,}) (\\d) (.*)$", kDotAll);
     qx::String text;
     text.Assign(line.c_str());
     qx::clsRegExMatchList parts;
     if (!stamp.Match(text, &parts))
         return {};
-    const auto part = [&parts](size_t group)
+    const auto part = [&parts](std::size_t group)
     {
         return std::string(parts[group].text.NarrowText());
     };

@@ -6,6 +6,7 @@
 
 #include <objbase.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -27,7 +28,7 @@ public:
     ~MemoryStream() { _stream->Release(); }
 
     operator IStream*() const { return _stream; }
-    void Seek(int64_t position) const
+    void Seek(std::int64_t position) const
     {
         LARGE_INTEGER distance = {};
         distance.QuadPart = position;
@@ -38,7 +39,7 @@ public:
     {
         STATSTG record = {};
         _stream->Stat(&record, STATFLAG_NONAME);
-        std::string bytes(static_cast<size_t>(record.cbSize.QuadPart), '\0');
+        std::string bytes(static_cast<std::size_t>(record.cbSize.QuadPart), '\0');
         ULONG read = 0;
         _stream->Read(bytes.data(), static_cast<ULONG>(bytes.size()), &read);
         return bytes.substr(0, read);

@@ -7,6 +7,8 @@
 
 #include <wchar.h>
 
+#include <cstddef>
+
 namespace qxtest
 {
 
@@ -49,7 +51,7 @@ public:
     {
         return Set(root, name, REG_SZ, text, (wcslen(text) + 1) * sizeof(wchar_t), keyName);
     }
-    bool Set(HKEY root, const wchar_t* name, DWORD type, const void* data, size_t bytes,
+    bool Set(HKEY root, const wchar_t* name, DWORD type, const void* data, std::size_t bytes,
         const wchar_t* keyName = kLibrarys) const
     {
         HKEY key = nullptr;

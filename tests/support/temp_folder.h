@@ -22,7 +22,7 @@ class TempFolder
 public:
     TempFolder()
     {
-        static std::atomic<int> number{0};
+        static std::atomic<int> number = 0;
         wchar_t temp[MAX_PATH + 1] = {};
         GetTempPathW(MAX_PATH, temp);
         _path.Format(L"%sqxut-test-%d-%d", temp, static_cast<int>(GetCurrentProcessId()), ++number);

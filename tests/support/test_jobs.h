@@ -8,6 +8,7 @@
 #include <unknwn.h>
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <utility>
@@ -37,8 +38,8 @@ public:
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override
     {
-        constexpr GUID job = QXUT_IID_IUTTHREADEDJOB;
-        const bool isKnown = offersInterface && iid == job;
+        constexpr GUID kJob = QXUT_IID_IUTTHREADEDJOB;
+        const bool isKnown = offersInterface && iid == kJob;
         *object = isKnown ? static_cast<Interface*>(this) : nullptr;
         if (!isKnown)
             return E_NOINTERFACE;
@@ -65,7 +66,7 @@ class TestJob final : public Counted<IUTThreadedJob>
 public:
     using Work = std::function<void()>;
 
-    explicit TestJob(JobCounts& counts, Work work = {}, int32_t group = 0, bool onWorker = true)
+    explicit TestJob(JobCounts& counts, Work work = {}, std::int32_t group = 0, bool onWorker = true)
         : _counts(counts),
           _work(std::move(work)),
           _group(group),
@@ -88,8 +89,8 @@ public:
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE GetResult() override { return S_OK; }
-    int32_t STDMETHODCALLTYPE GetGroup() override { return _group; }
-    int32_t STDMETHODCALLTYPE CanRunOnWorker() override { return _onWorker; }
+    std::int32_t STDMETHODCALLTYPE GetGroup() override { return _group; }
+    std::int32_t STDMETHODCALLTYPE CanRunOnWorker() override { return _onWorker; }
 
     // By the host; whether that is the first time.
     bool Take() { return ++_taken == 1; }
@@ -98,7 +99,7 @@ public:
 private:
     JobCounts& _counts;
     const Work _work;
-    const int32_t _group;
+    const std::int32_t _group;
     const bool _onWorker;
     std::atomic<int> _taken = 0;
     std::atomic<bool> _hasRun = false;
@@ -108,7 +109,7 @@ private:
 class TestHost final : public IUTThreadedJobHost
 {
 public:
-    using Answer = std::function<int32_t(const wchar_t* name, IUTThreadedJob* job)>;
+    using Answer = std::function<std::int32_t(const wchar_t* name, IUTThreadedJob* job)>;
 
     explicit TestHost(Answer answer) : _answer(std::move(answer)) {}
     TestHost(const TestHost&) = delete;
@@ -122,11 +123,11 @@ public:
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
     ULONG STDMETHODCALLTYPE Release() override { return --references; }
 
-    int32_t STDMETHODCALLTYPE OnJobDone(const QXWCHAR* name, IUTThreadedJob* job) override
+    std::int32_t STDMETHODCALLTYPE OnJobDone(const QXWCHAR* name, IUTThreadedJob* job) override
     {
         return _answer(name, job);
     }
-    int32_t STDMETHODCALLTYPE WaitForJobs(void* event) override
+    std::int32_t STDMETHODCALLTYPE WaitForJobs(void* event) override
     {
         ++waits;
         if (letsLibraryWait)
@@ -144,7 +145,7 @@ private:
 };
 
 // A host that only counts; 0 takes each job.
-inline TestHost::Answer CountAndAnswer(JobCounts& counts, int32_t answer)
+inline TestHost::Answer CountAndAnswer(JobCounts& counts, std::int32_t answer)
 {
     return [&counts, answer](const wchar_t*, IUTThreadedJob* job)
     {

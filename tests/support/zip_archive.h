@@ -78,7 +78,7 @@ inline std::vector<ZIPEntry> EntriesOf(const std::string& bytes)
         const std::size_t nameAt = header.localHeaderOffset + sizeof local;
         EXPECT_EQ(bytes.substr(nameAt, local.nameLength), entry.name);
         const std::string data = bytes.substr(nameAt + local.nameLength, local.compressedSize);
-        entry.content = local.method == zipMethodDeflate ? Inflated(data, local.uncompressedSize) : data;
+        entry.content = local.method == kZipMethodDeflate ? Inflated(data, local.uncompressedSize) : data;
         EXPECT_EQ(FieldValue(local.crc),
             crc32_z(0, reinterpret_cast<const Bytef*>(entry.content.data()), entry.content.size()));
     }

@@ -14,14 +14,14 @@ namespace qxtest
 // The usual form of a member; what differs is told by the change.
 struct BuiltMember
 {
-    BuiltMember(std::string memberName, std::string memberContent, std::uint16_t method = qx::zipMethodDeflate)
+    BuiltMember(std::string memberName, std::string memberContent, std::uint16_t method = qx::kZipMethodDeflate)
         : name(std::move(memberName)),
-          data(method == qx::zipMethodDeflate ? DeflatedByZlib(memberContent, 9, -15, 8, Z_DEFAULT_STRATEGY)
-                                              : memberContent)
+          data(method == qx::kZipMethodDeflate ? DeflatedByZlib(memberContent, 9, -15, 8, Z_DEFAULT_STRATEGY)
+                                               : memberContent)
     {
-        central.signature = qx::zipCentralSignature;
-        central.versionMadeBy = qx::zipVersionMadeBy;
-        central.versionNeeded = qx::zipVersionNeeded;
+        central.signature = qx::kZipCentralSignature;
+        central.versionMadeBy = qx::kZipVersionMadeBy;
+        central.versionNeeded = qx::kZipVersionNeeded;
         central.method = method;
         central.dosDate = 0x58EE; // 2024-07-14 12:34:56
         central.dosTime = 0x645C;
@@ -34,7 +34,7 @@ struct BuiltMember
     // Sizes and checksum stand behind the data, and not in the local header.
     BuiltMember& Streamed()
     {
-        central.flags |= qx::zipFlagDescriptor;
+        central.flags |= qx::kZipFlagDescriptor;
         return *this;
     }
     BuiltMember& Flags(unsigned flags)
@@ -76,9 +76,9 @@ inline std::string Build(const std::vector<BuiltMember>& members, const std::str
     for (const BuiltMember& member : members)
     {
         scZIPCentralHeader central = member.central;
-        const bool isStreamed = (central.flags & zipFlagDescriptor) != 0;
-        scZIPLocalHeader local{zipLocalSignature, central.versionNeeded, central.flags, central.method, central.dosTime,
-            central.dosDate, central.crc, central.compressedSize, central.uncompressedSize,
+        const bool isStreamed = (central.flags & kZipFlagDescriptor) != 0;
+        scZIPLocalHeader local{kZipLocalSignature, central.versionNeeded, central.flags, central.method,
+            central.dosTime, central.dosDate, central.crc, central.compressedSize, central.uncompressedSize,
             static_cast<std::uint16_t>(member.name.size()), 0};
         if (isStreamed)
             local.crc = local.compressedSize = local.uncompressedSize = 0;
@@ -88,12 +88,12 @@ inline std::string Build(const std::vector<BuiltMember>& members, const std::str
         central.localHeaderOffset = static_cast<std::uint32_t>(bytes.size());
         bytes += BytesOfRecord(local) + member.name + member.data;
         if (isStreamed)
-            bytes += BytesOfRecord(
-                scZIPDescriptor{zipDescriptorSignature, central.crc, central.compressedSize, central.uncompressedSize});
+            bytes += BytesOfRecord(scZIPDescriptor{
+                kZipDescriptorSignature, central.crc, central.compressedSize, central.uncompressedSize});
         directory += BytesOfRecord(central) + member.name + member.extra + member.comment;
     }
     scZIPEndRecord end{};
-    end.signature = zipEndSignature;
+    end.signature = kZipEndSignature;
     end.entries = end.entriesOnDisk = static_cast<std::uint16_t>(members.size());
     end.directorySize = static_cast<std::uint32_t>(directory.size());
     end.directoryOffset = static_cast<std::uint32_t>(bytes.size());

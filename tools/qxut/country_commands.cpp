@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cstdint>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -32,7 +33,7 @@ struct CountryOptions
 
 struct Property
 {
-    uint32_t type;
+    std::uint32_t type;
     const char* name;
     bool isNumber;
 };
@@ -87,9 +88,9 @@ std::vector<std::string> Keys()
     const std::string text = list == nullptr ? std::string() : Utf8(list);
     SysFreeString(list);
     std::vector<std::string> keys;
-    for (size_t begin = 0; begin < text.size();)
+    for (std::size_t begin = 0; begin < text.size();)
     {
-        const size_t end = std::min(text.find(';', begin), text.size());
+        const std::size_t end = std::min(text.find(';', begin), text.size());
         keys.push_back(text.substr(begin, end - begin));
         begin = end + 1;
     }

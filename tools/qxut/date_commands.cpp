@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <cstdio>
 #include <functional>
 #include <memory>
@@ -19,7 +20,7 @@
 // As the system defines it; its headers know another character than this program.
 struct _SYSTEMTIME
 {
-    uint16_t year, month, dayOfWeek, day, hour, minute, second, milliseconds;
+    std::uint16_t year, month, dayOfWeek, day, hour, minute, second, milliseconds;
 };
 
 namespace qxut
@@ -31,25 +32,25 @@ namespace
 using Time = _SYSTEMTIME;
 using Json = nlohmann::ordered_json;
 
-constexpr uint32_t usersLocale = 0x400;
-constexpr uint16_t notGiven = 0xFFFF;
+constexpr std::uint32_t kUsersLocale = 0x400;
+constexpr std::uint16_t kNotGiven = 0xFFFF;
 
 struct DateOptions
 {
     std::string file = "-";
     bool json = false;
     bool machine = false;
-    uint32_t locale = usersLocale;
-    uint32_t flags = 0;
+    std::uint32_t locale = kUsersLocale;
+    std::uint32_t flags = 0;
 };
 
 struct ParseFlag
 {
     const char* name;
-    uint32_t bit;
+    std::uint32_t bit;
     const char* description;
 };
-constexpr ParseFlag parseFlags[] = {
+constexpr ParseFlag kParseFlags[] = {
     {"--expand-year", QXUT_LOCDATE_EXPAND_YEAR, "a year below 100 is one of the years 1930 to 2029"},
     {"--report-default", QXUT_LOCDATE_REPORT_DEFAULT, "a text is no date if a part of it is missing"},
     {"--zero-missing", QXUT_LOCDATE_ZERO_MISSING, "a missing part is 0, and any numbers are a date"},
@@ -60,15 +61,15 @@ constexpr ParseFlag parseFlags[] = {
 // Without the line ends of either system.
 std::vector<std::string> Lines(std::string_view input)
 {
-    constexpr std::string_view mark = "\xEF\xBB\xBF";
-    if (input.substr(0, mark.size()) == mark)
-        input.remove_prefix(mark.size());
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    if (input.substr(0, kMark.size()) == kMark)
+        input.remove_prefix(kMark.size());
     if (input.find('\0') != input.npos)
         throw Failure(kMalformed, "the input is no text: it holds a zero byte");
     std::vector<std::string> lines;
     while (!input.empty())
     {
-        const size_t end = input.find('\n');
+        const std::size_t end = input.find('\n');
         std::string_view line = input.substr(0, end);
         input.remove_prefix(end == input.npos ? input.size() : end + 1);
         if (!line.empty() && line.back() == '\r')
@@ -78,11 +79,11 @@ std::vector<std::string> Lines(std::string_view input)
     return lines;
 }
 
-std::string Part(uint16_t value, const char* format)
+std::string Part(std::uint16_t value, const char* format)
 {
     char text[8];
     std::snprintf(text, sizeof text, format, value);
-    return value == notGiven ? "--" : text;
+    return value == kNotGiven ? "--" : text;
 }
 
 std::string DateTextOf(const Time& time)
@@ -164,7 +165,7 @@ void AddDateCommands(CLI::App& program)
     command.add_flag("--machine", parse->machine,
         "read digits, RFC 822 and ISO 8601 (both in UTC), then what the system reads, instead of a locale's forms");
     command.add_option("--locale", parse->locale, "the number of another locale than the user's: 0x407 for German");
-    for (const ParseFlag& flag : parseFlags)
+    for (const ParseFlag& flag : kParseFlags)
         command.add_flag_callback(
             flag.name, [parse, bit = flag.bit] { parse->flags |= bit; }, flag.description);
 

@@ -11,6 +11,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 #include <memory>
 #include <string>
@@ -37,14 +38,14 @@ using Filter = std::string (*)(const std::string& input, const FilterOptions& op
 // no UTF-8.
 WideText TextOf(const std::string& input)
 {
-    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
     std::string_view text = input;
     if (text.find('\0') != text.npos)
         throw Failure(kMalformed, "the input is no text: it holds a zero byte");
     if (!IsUtf8(text))
         throw Failure(kMalformed, "the input is no UTF-8");
-    if (text.substr(0, mark.size()) == mark)
-        text.remove_prefix(mark.size());
+    if (text.substr(0, kMark.size()) == kMark)
+        text.remove_prefix(kMark.size());
     return WideText(text);
 }
 
@@ -65,11 +66,11 @@ private:
 
 std::string Pack(const std::string& input, const FilterOptions& options)
 {
-    if (input.size() > std::numeric_limits<uint32_t>::max())
+    if (input.size() > std::numeric_limits<std::uint32_t>::max())
         throw Failure(kCannotRead, "the input has more than 4 GB");
     Bstr packed;
     if (UtilConvertBLOBToBSTR(
-            input.data(), static_cast<uint32_t>(input.size()), packed.Address(), options.compress ? 1 : 0) != 0)
+            input.data(), static_cast<std::uint32_t>(input.size()), packed.Address(), options.compress ? 1 : 0) != 0)
         throw Failure(kCannotRead, "there is not enough memory for the packed text");
     return packed.Text() + '\n';
 }
@@ -77,15 +78,15 @@ std::string Pack(const std::string& input, const FilterOptions& options)
 std::string Unpack(const std::string& input, const FilterOptions&)
 {
     const WideText text = TextOf(input);
-    const int32_t size = UtilConvertStringToBLOB(text, nullptr, 0);
+    const std::int32_t size = UtilConvertStringToBLOB(text, nullptr, 0);
     if (size < 0)
         throw Failure(kMalformed, "the input can't be unpacked");
     // The library gives nothing for damaged compressed data, and never makes a text of this form of nothing.
     const QXWCHAR* const begin = text;
     if (size == 0 && begin[0] == u'@' && (begin[1] == u'1' || begin[1] == u'2') && begin[2] == u'@')
         throw Failure(kMalformed, "the packed text is damaged");
-    std::string bytes(static_cast<size_t>(size), '\0');
-    if (size > 0 && UtilConvertStringToBLOB(text, bytes.data(), static_cast<uint32_t>(size)) != size)
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    if (size > 0 && UtilConvertStringToBLOB(text, bytes.data(), static_cast<std::uint32_t>(size)) != size)
         throw Failure(kMalformed, "the input can't be unpacked");
     return bytes;
 }
@@ -171,16 +172,16 @@ void AddFlag(CLI::App& program, const char* command, const char* flag, bool& val
 
 void AddFilterCommands(CLI::App& program)
 {
-    constexpr char placeholders[] = "tags are [_[p]_] and the like, instead of <p>";
+    constexpr char kPlaceholders[] = "tags are [_[p]_] and the like, instead of <p>";
 
     const auto pack = AddFilter(program, "pack", "turn any bytes into one line of text", Pack);
     AddFlag(program, "pack", "--compress", pack->compress, "compress the bytes first");
     AddFilter(program, "unpack", "turn packed text into its bytes again", Unpack);
 
     const auto toText = AddFilter(program, "html2text", "reduce HTML to plain text", HtmlToText);
-    AddFlag(program, "html2text", "--placeholders", toText->placeholders, placeholders);
+    AddFlag(program, "html2text", "--placeholders", toText->placeholders, kPlaceholders);
     const auto toHtml = AddFilter(program, "text2html", "make a paragraph of HTML of each line", TextToHtml);
-    AddFlag(program, "text2html", "--placeholders", toHtml->placeholders, placeholders);
+    AddFlag(program, "text2html", "--placeholders", toHtml->placeholders, kPlaceholders);
     AddFilter(program, "mask", "replace the characters that HTML masks by entities", Mask);
     AddFilter(program, "unmask", "replace entities by their characters", Unmask);
 }

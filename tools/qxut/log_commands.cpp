@@ -25,7 +25,7 @@ namespace
 
 using nlohmann::ordered_json;
 
-constexpr size_t kLinesBeforeFollowing = 20;
+constexpr std::size_t kLinesBeforeFollowing = 20;
 constexpr auto kTimeBetweenLooks = std::chrono::milliseconds(100); // between two looks at a growing file
 
 struct LogOptions
@@ -33,7 +33,7 @@ struct LogOptions
     std::string file;
     std::string colour = "auto";
     std::string newName;
-    size_t last = LogReader::kAll;
+    std::size_t last = LogReader::kAll;
     double seconds = -1;
     bool show = false;
     bool follow = false;
@@ -45,7 +45,7 @@ struct LogOptions
 // for a file in the temp folder, and one of a drive is left to the system.
 std::string SettingOf(const std::string& name)
 {
-    const size_t separator = name.find_first_of("\\/");
+    const std::size_t separator = name.find_first_of("\\/");
     const bool hasDrive = name.size() > 1 && name[1] == ':';
     if (separator == name.npos || separator == 0 || hasDrive)
         return name;
@@ -88,16 +88,16 @@ void TellWhere(const LogSetting& setting, bool asJson)
 // Each thread has a colour of its own, as far as there are any.
 std::string ThreadColour(std::string_view thread)
 {
-    constexpr int colours[] = {32, 33, 34, 35, 36, 92, 93, 94, 95, 96};
+    constexpr int kColours[] = {32, 33, 34, 35, 36, 92, 93, 94, 95, 96};
     unsigned sum = 0;
     for (const char c : thread)
         sum = sum * 31 + static_cast<unsigned char>(c);
-    return std::to_string(colours[sum % std::size(colours)]);
+    return std::to_string(kColours[sum % std::size(kColours)]);
 }
 
 std::string MessageColour(std::string_view text)
 {
-    const size_t begin = text.find_first_not_of(' ');
+    const std::size_t begin = text.find_first_not_of(' ');
     text.remove_prefix(begin == text.npos ? text.size() : begin);
     if (text.starts_with("ERR: ") || text.starts_with("ERROR: "))
         return "31";
@@ -184,7 +184,7 @@ void ShowLines(const LogOptions& options, const std::string& path)
     if (!options.follow && !std::filesystem::is_regular_file(file, error))
         throw Failure(
             kCannotRead, path + (std::filesystem::exists(file, error) ? ": it is no file" : ": there is no such file"));
-    const size_t before = options.follow && !options.show ? kLinesBeforeFollowing : LogReader::kAll;
+    const std::size_t before = options.follow && !options.show ? kLinesBeforeFollowing : LogReader::kAll;
     LogReader reader(file, options.last != LogReader::kAll ? options.last : before);
     const Printer printer(options);
     if (options.follow)

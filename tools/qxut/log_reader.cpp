@@ -3,6 +3,7 @@
 #include "text.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <fstream>
 #include <utility>
 
@@ -11,9 +12,9 @@ namespace qxut
 namespace
 {
 
-constexpr uint64_t kLongestLine = 2 * (1024 + 2); // in bytes, with its end
-constexpr size_t kChunk = 1 << 16;
-constexpr size_t kTagWidth = 8;
+constexpr std::uint64_t kLongestLine = 2 * (1024 + 2); // in bytes, with its end
+constexpr std::size_t kChunk = 1 << 16;
+constexpr std::size_t kTagWidth = 8;
 
 std::string ToUtf8(const std::u16string& units)
 {
@@ -42,9 +43,9 @@ std::string_view Take(std::string_view& text, std::string_view picture)
 // A slash and two hexadecimal digits, or more where there are very many processors.
 bool IsProcessor(std::string_view text)
 {
-    constexpr size_t shortest = 3;
-    constexpr size_t longest = 9;
-    return text.size() >= shortest && text.size() <= longest && text[0] == '/' &&
+    constexpr std::size_t kShortest = 3;
+    constexpr std::size_t kLongest = 9;
+    return text.size() >= kShortest && text.size() <= kLongest && text[0] == '/' &&
            text.find_first_not_of("0123456789abcdef", 1) == text.npos;
 }
 
@@ -69,10 +70,10 @@ bool TakeStamp(std::string_view rest, LogColumns& columns)
 } // namespace
 
 // Reads as many bytes as so many lines can have, and one line more, which may be begun in its middle.
-LogReader::LogReader(std::filesystem::path path, size_t lastLines) : _path(std::move(path))
+LogReader::LogReader(std::filesystem::path path, std::size_t lastLines) : _path(std::move(path))
 {
     std::error_code error;
-    const uint64_t size = std::filesystem::file_size(_path, error);
+    const std::uint64_t size = std::filesystem::file_size(_path, error);
     if (error || lastLines == kAll)
         return;
     const bool isPart = lastLines + 2 < size / kLongestLine;
@@ -97,7 +98,7 @@ std::vector<std::string> LogReader::Next()
         return std::exchange(_found, {});
     std::vector<std::string> lines;
     std::error_code error;
-    if (const uint64_t size = std::filesystem::file_size(_path, error); error || size < _position)
+    if (const std::uint64_t size = std::filesystem::file_size(_path, error); error || size < _position)
     {
         _position = 0;
         _line.clear();
@@ -111,7 +112,7 @@ std::vector<std::string> LogReader::Next()
     {
         bytes.resize(kChunk);
         file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        bytes.resize(static_cast<size_t>(file.gcount()) / 2 * 2);
+        bytes.resize(static_cast<std::size_t>(file.gcount()) / 2 * 2);
         _position += bytes.size();
         Append(bytes, lines);
     } while (lines.empty() && bytes.size() == kChunk);
@@ -120,12 +121,13 @@ std::vector<std::string> LogReader::Next()
 
 void LogReader::Append(const std::string& bytes, std::vector<std::string>& lines)
 {
-    for (size_t i = 0; i + 1 < bytes.size(); i += 2)
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2)
     {
         const auto low = static_cast<unsigned char>(bytes[i]);
         const auto high = static_cast<unsigned char>(bytes[i + 1]);
         _line.push_back(static_cast<char16_t>(high << 8 | low));
-        if (const size_t length = _line.size(); length >= 2 && _line[length - 2] == u'\r' && _line[length - 1] == u'\n')
+        if (const std::size_t length = _line.size();
+            length >= 2 && _line[length - 2] == u'\r' && _line[length - 1] == u'\n')
         {
             _line.erase(length - 2);
             lines.push_back(ToUtf8(_line));
@@ -145,7 +147,7 @@ LogColumns ColumnsOf(std::string_view line)
     if (TakeStamp(line, columns))
         return columns;
     // Behind a tag, which may be longer than its column and hold whatever it likes.
-    for (size_t colon = line.find(": "); colon != line.npos; colon = line.find(": ", colon + 1))
+    for (std::size_t colon = line.find(": "); colon != line.npos; colon = line.find(": ", colon + 1))
         if (colon >= kTagWidth && TakeStamp(line.substr(colon + 2), columns))
         {
             columns.tag = line.substr(0, colon + 2);

@@ -1,6 +1,7 @@
 // The lines of a log file, also while it grows.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -13,10 +14,10 @@ namespace qxut
 class LogReader
 {
 public:
-    static constexpr size_t kAll = ~size_t{0};
+    static constexpr std::size_t kAll = ~std::size_t{0};
 
     // Begins with the last lines that are there already, or with all of them.
-    LogReader(std::filesystem::path path, size_t lastLines);
+    LogReader(std::filesystem::path path, std::size_t lastLines);
 
     // The next lines, in UTF-8: some of those that came since the last call. None if nothing came, or if there is no
     // such file at present. A file that became shorter is read from its start.
@@ -29,7 +30,7 @@ private:
     void Append(const std::string& bytes, std::vector<std::string>& lines);
 
     const std::filesystem::path _path;
-    uint64_t _position = 0;
+    std::uint64_t _position = 0;
     std::u16string _line;            // as far as it is read
     std::vector<std::string> _found; // by the constructor
 };

@@ -12,6 +12,7 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <iostream>
@@ -46,9 +47,9 @@ struct ProfileOptions
     bool asJson = false;
 };
 
-std::string ValueOf(HPROFJOB job, HPROFLIST list, const std::string& path, int32_t length)
+std::string ValueOf(HPROFJOB job, HPROFLIST list, const std::string& path, std::int32_t length)
 {
-    std::vector<QXWCHAR> buffer(static_cast<size_t>(length) + 1);
+    std::vector<QXWCHAR> buffer(static_cast<std::size_t>(length) + 1);
     ProfGetStringW(job, list, WideText(path), buffer.data(), length + 1, nullptr);
     return Utf8(buffer.data());
 }
@@ -73,7 +74,7 @@ void Show(const ProfileOptions& options)
 // The value, or nothing where there is none.
 std::optional<ordered_json> ReadText(HPROFJOB job, HPROFLIST list, const ProfileOptions& options)
 {
-    const int32_t length = ProfGetStringLengthW(job, list, WideText(options.path));
+    const std::int32_t length = ProfGetStringLengthW(job, list, WideText(options.path));
     if (length < 0)
         return std::nullopt;
     return ValueOf(job, list, options.path, length);
@@ -82,7 +83,7 @@ std::optional<ordered_json> ReadText(HPROFJOB job, HPROFLIST list, const Profile
 std::optional<ordered_json> ReadTyped(HPROFJOB job, HPROFLIST list, const ProfileOptions& options)
 {
     ordered_json value;
-    const int32_t code = FindValueType(options.type)->get(job, list, WideText(options.path), value);
+    const std::int32_t code = FindValueType(options.type)->get(job, list, WideText(options.path), value);
     if (code == PROF_ERR_NOT_THAT_TYPE)
         throw Failure(
             kNotFound, options.file + ": the value '" + Shown(options.path) + "' is not of the type " + options.type);
@@ -106,7 +107,7 @@ void Get(const ProfileOptions& options)
 }
 
 // Says what a change did: in words to whoever looks on, as JSON to a program.
-void Report(const ProfileOptions& options, size_t changed)
+void Report(const ProfileOptions& options, std::size_t changed)
 {
     if (options.asJson)
         std::cout << ordered_json{{"file", options.output.empty() ? options.file : options.output},
@@ -116,11 +117,11 @@ void Report(const ProfileOptions& options, size_t changed)
 }
 
 // Opens the file, changes it, and saves it: in its place, with all who write to it kept out meanwhile, or to another.
-void Edit(const ProfileOptions& options, const std::function<size_t(HPROFJOB, HPROFLIST)>& change)
+void Edit(const ProfileOptions& options, const std::function<std::size_t(HPROFJOB, HPROFLIST)>& change)
 {
     const auto edit = [&](const ProfileFile& profile)
     {
-        const size_t changed = change(profile.Job(), profile.List(options.list));
+        const std::size_t changed = change(profile.Job(), profile.List(options.list));
         profile.Save(options.output);
         Report(options, changed);
     };
@@ -150,7 +151,7 @@ void Set(const ProfileOptions& options)
                 ProfSetStringW(job, list, WideText(options.path), WideText(options.value));
             else
                 FindValueType(options.type)->set(job, list, WideText(options.path), options.value);
-            return size_t{1};
+            return std::size_t{1};
         });
 }
 
@@ -167,7 +168,7 @@ void Append(const ProfileOptions& options)
                 FindValueType(options.type)->append(job, list, WideText(options.path), options.value);
             else
                 ProfAppendStringW(job, list, WideText(options.path), WideText(options.value));
-            return size_t{1};
+            return std::size_t{1};
         });
 }
 
@@ -176,9 +177,9 @@ void Delete(const ProfileOptions& options)
     Edit(options,
         [&](HPROFJOB job, HPROFLIST list)
         {
-            const size_t before = CountEntries(job);
+            const std::size_t before = CountEntries(job);
             (options.isList ? ProfDeleteListW : ProfDeleteItemW)(job, list, WideText(options.path));
-            const size_t removed = before - CountEntries(job);
+            const std::size_t removed = before - CountEntries(job);
             if (removed == 0)
                 throw Failure(kNotFound, options.file + ": there is no " + (options.isList ? "list" : "value") + " '" +
                                              Shown(options.path) + "'");
@@ -199,7 +200,7 @@ void Copy(const ProfileOptions& options)
         if (to == nullptr)
             to = ProfCreateListW(target.Job(), nullptr, path);
     }
-    const size_t before = CountEntries(target.Job());
+    const std::size_t before = CountEntries(target.Job());
     if (ProfCopyList(target.Job(), to, source.Job(), from) != PROF_OK)
         throw Failure(kCannotWrite, options.target + ": there is not enough memory for the copy");
     target.Save("");

@@ -8,6 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -29,15 +30,16 @@ struct ConvertOptions
     std::vector<std::string> patterns;
     std::string list;
     std::string key;
-    int32_t form = PROF_FORM_TEXT;
+    std::int32_t form = PROF_FORM_TEXT;
     bool create = false;
     bool pack = false;
     bool asJson = false;
 };
 
-const std::map<std::string, int32_t> kForms{{"text", PROF_FORM_TEXT}, {"xml", PROF_FORM_XML}, {"xfdf", PROF_FORM_XFDF}};
+const std::map<std::string, std::int32_t> kForms{
+    {"text", PROF_FORM_TEXT}, {"xml", PROF_FORM_XML}, {"xfdf", PROF_FORM_XFDF}};
 
-void Report(const ConvertOptions& options, const std::string& path, const char* what, size_t count)
+void Report(const ConvertOptions& options, const std::string& path, const char* what, std::size_t count)
 {
     if (options.asJson)
         std::cout << ordered_json{{"file", path}, {what, count}}.dump() << '\n';
@@ -56,16 +58,16 @@ void Embed(const ConvertOptions& options)
     {
         if (profile.Form() == PROF_FORM_XFDF)
             throw Failure(kWrongUsage, options.file + ": XFDF can't hold files; convert it to another form first");
-        size_t count = 0;
+        std::size_t count = 0;
         for (const std::string& pattern : options.patterns)
         {
-            const int32_t found =
+            const std::int32_t found =
                 ProfAppendFilesW(profile.Job(), profile.List(options.list), WideText(pattern), WideText(options.key));
             if (found < 0)
                 throw Failure(kCannotRead, Shown(pattern) + ": there is not enough memory");
             if (found == 0)
                 throw Failure(kNotFound, Shown(pattern) + ": there is no such file");
-            count += static_cast<size_t>(found);
+            count += static_cast<std::size_t>(found);
         }
         profile.Save("");
         Report(options, options.file, "files", count);
@@ -76,14 +78,14 @@ void Embed(const ConvertOptions& options)
         embed(ProfileFile(options.file, Sharing::NobodyWhoWrites));
 }
 
-size_t CountFiles(HPROFJOB job, HPROFLIST list)
+std::size_t CountFiles(HPROFJOB job, HPROFLIST list)
 {
-    size_t count = 0;
+    std::size_t count = 0;
     ProfEnumA(
         job, list,
-        [](HPROFJOB, const char* name, const char*, HPROFLIST child, void* context) -> int32_t
+        [](HPROFJOB, const char* name, const char*, HPROFLIST child, void* context) -> std::int32_t
         {
-            *static_cast<size_t*>(context) += child != nullptr && std::string(name) == "File.Entry";
+            *static_cast<std::size_t*>(context) += child != nullptr && std::string(name) == "File.Entry";
             return 1;
         },
         &count);
@@ -94,16 +96,17 @@ void Extract(const ConvertOptions& options)
 {
     const ProfileFile profile(options.file, Sharing::Readers);
     const HPROFLIST list = profile.List(options.list);
-    const size_t files = CountFiles(profile.Job(), list);
+    const std::size_t files = CountFiles(profile.Job(), list);
     if (files == 0)
         throw Failure(kNotFound, options.file + ": there are no files in it");
-    const int32_t written = ProfExtractFilesW(profile.Job(), list, WideText(options.target), WideText(options.key));
+    const std::int32_t written =
+        ProfExtractFilesW(profile.Job(), list, WideText(options.target), WideText(options.key));
     if (written == PROF_ERR_STOPPED)
         throw Failure(kCannotWrite, options.target + ": there is not enough memory");
     if (written < 0)
         throw Failure(kCannotWrite, options.target + ": there is no such folder, and it can't be made");
-    if (static_cast<size_t>(written) != files)
-        throw Failure(kCannotWrite, options.target + ": " + std::to_string(files - static_cast<size_t>(written)) +
+    if (static_cast<std::size_t>(written) != files)
+        throw Failure(kCannotWrite, options.target + ": " + std::to_string(files - static_cast<std::size_t>(written)) +
                                         " of " + std::to_string(files) +
                                         " files have names that lead out of it, or could not be written");
     Report(options, options.target, "files", files);

@@ -5,6 +5,7 @@
 #include "text.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
@@ -35,7 +36,7 @@ std::string ReasonOfMissing(const fs::path& file)
 }
 
 // Looks at the file itself for what the code leaves open.
-std::string ReasonOfFailedRead(const std::string& path, int32_t error)
+std::string ReasonOfFailedRead(const std::string& path, std::int32_t error)
 {
     std::error_code ignored;
     const fs::path file = fs::u8path(path);
@@ -59,7 +60,7 @@ std::string ReasonOfFailedRead(const std::string& path, int32_t error)
     }
 }
 
-ExitCode ExitCodeOf(int32_t error)
+ExitCode ExitCodeOf(std::int32_t error)
 {
     switch (error)
     {
@@ -89,7 +90,7 @@ std::vector<Entry> EntriesOf(HPROFJOB job, HPROFLIST list)
     std::vector<Entry> entries;
     ProfEnumW(
         job, list,
-        [](HPROFJOB, const QXWCHAR* name, const QXWCHAR* value, HPROFLIST child, void* context) -> int32_t
+        [](HPROFJOB, const QXWCHAR* name, const QXWCHAR* value, HPROFLIST child, void* context) -> std::int32_t
         {
             static_cast<std::vector<Entry>*>(context)->push_back({Utf8(name), Utf8(value), child});
             return 1;
@@ -106,7 +107,7 @@ bool IsMissing(const std::string& path)
     if (fs::exists(fs::u8path(path), ignored))
         return false;
     const HPROFJOB job = ProfJobOpenW(WideText(path));
-    const int32_t error = ProfGetError(job);
+    const std::int32_t error = ProfGetError(job);
     ProfJobClose(job);
     return error != PROF_OK && error != PROF_ERR_LOCKED && error != PROF_ERR_MALFORMED;
 }
@@ -118,7 +119,7 @@ ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MayBeMissing)
       _job(sharing == Sharing::Readers ? ProfJobOpenW(WideText(path)) : ProfJobOpenExclusiveW(WideText(path))),
       _form(FormOfFile(path))
 {
-    const int32_t error = ProfGetError(_job);
+    const std::int32_t error = ProfGetError(_job);
     if (error == PROF_OK)
         return;
     ProfJobClose(_job);
@@ -152,10 +153,10 @@ HPROFLIST ProfileFile::List(const std::string& path) const
     return list;
 }
 
-void ProfileFile::Save(const std::string& path, int32_t flags) const
+void ProfileFile::Save(const std::string& path, std::int32_t flags) const
 {
     const WideText name(path);
-    const int32_t error = ProfSaveW(_job, path.empty() ? nullptr : static_cast<const QXWCHAR*>(name), flags);
+    const std::int32_t error = ProfSaveW(_job, path.empty() ? nullptr : static_cast<const QXWCHAR*>(name), flags);
     if (error == PROF_OK)
         return;
     const std::string reason = error == PROF_ERR_CANNOT_WRITE
@@ -165,12 +166,12 @@ void ProfileFile::Save(const std::string& path, int32_t flags) const
 }
 
 // Without recursion: a file may nest its lists as deeply as it likes.
-void Walk(HPROFJOB job, HPROFLIST list, const Visitor& visit, const std::function<void(size_t depth)>& leave)
+void Walk(HPROFJOB job, HPROFLIST list, const Visitor& visit, const std::function<void(std::size_t depth)>& leave)
 {
     struct Level
     {
         std::vector<Entry> entries;
-        size_t next;
+        std::size_t next;
     };
     std::vector<Level> levels;
     levels.push_back({EntriesOf(job, list), 0});
@@ -190,11 +191,11 @@ void Walk(HPROFJOB job, HPROFLIST list, const Visitor& visit, const std::functio
     }
 }
 
-size_t CountEntries(HPROFJOB job)
+std::size_t CountEntries(HPROFJOB job)
 {
-    size_t count = 0;
+    std::size_t count = 0;
     Walk(
-        job, nullptr, [&](const Entry&, size_t) { ++count; }, [](size_t) {});
+        job, nullptr, [&](const Entry&, std::size_t) { ++count; }, [](std::size_t) {});
     return count;
 }
 

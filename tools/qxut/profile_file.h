@@ -3,6 +3,8 @@
 
 #include <qxut23/profile.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -34,10 +36,10 @@ public:
     HPROFLIST List(const std::string& path) const;
 
     // One of PROF_FORM_, that of the file when it was opened.
-    int32_t Form() const { return _form; }
+    std::int32_t Form() const { return _form; }
 
     // To another file, or to its own for the empty path. `flags` are those of ProfSave.
-    void Save(const std::string& path, int32_t flags) const;
+    void Save(const std::string& path, std::int32_t flags) const;
     // In the form that the file had, and packed if it was.
     void Save(const std::string& path) const { Save(path, _form | PROF_SAVE_PACKED_AS_LOADED); }
 
@@ -49,7 +51,7 @@ private:
 
     std::string _path;
     HPROFJOB _job;
-    int32_t _form;
+    std::int32_t _form;
 };
 
 struct Entry
@@ -61,10 +63,10 @@ struct Entry
 
 // Calls `visit` for each entry of the list in order, the entries of a list following it one level deeper, and `leave`
 // where a list ends, with the depth of its entries.
-using Visitor = std::function<void(const Entry& entry, size_t depth)>;
-void Walk(HPROFJOB job, HPROFLIST list, const Visitor& visit, const std::function<void(size_t depth)>& leave);
+using Visitor = std::function<void(const Entry& entry, std::size_t depth)>;
+void Walk(HPROFJOB job, HPROFLIST list, const Visitor& visit, const std::function<void(std::size_t depth)>& leave);
 
 // The number of entries in the whole profile.
-size_t CountEntries(HPROFJOB job);
+std::size_t CountEntries(HPROFJOB job);
 
 } // namespace qxut

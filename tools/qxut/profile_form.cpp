@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
@@ -16,7 +17,7 @@ namespace qxut
 namespace
 {
 
-constexpr size_t kSample = 4096; // bytes, in which a first line has room
+constexpr std::size_t kSample = 4096; // bytes, in which a first line has room
 constexpr std::string_view kPackedMagic = "ZxvQ";
 constexpr int kMostLayers = 16; // a packed file that is packed again, as often as the library takes it
 constexpr std::string_view kXmlFirstLine = R"(<?xml version="1.0" encoding="UTF-16" standalone="yes"?>)";
@@ -27,7 +28,7 @@ std::string BeginningOf(const std::string& path)
     std::ifstream file(std::filesystem::u8path(path), std::ios::binary);
     std::string bytes(kSample, '\0');
     file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    bytes.resize(static_cast<size_t>(file.gcount()));
+    bytes.resize(static_cast<std::size_t>(file.gcount()));
     return bytes;
 }
 
@@ -60,7 +61,7 @@ std::string FirstLine(std::string bytes)
 
 } // namespace
 
-int32_t FormOfFile(const std::string& path)
+std::int32_t FormOfFile(const std::string& path)
 {
     std::string bytes = BeginningOf(path);
     for (int layer = 0; layer < kMostLayers && std::string_view(bytes).starts_with(kPackedMagic); ++layer)

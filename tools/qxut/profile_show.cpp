@@ -14,11 +14,11 @@ namespace qxut
 namespace
 {
 
-constexpr size_t kIndent = 2;
-constexpr size_t kDeepestIndent = 100;
+constexpr std::size_t kIndent = 2;
+constexpr std::size_t kDeepestIndent = 100;
 
 // Deeper lists stand in one column: else what is shown would grow with the square of the depth.
-std::string Indent(size_t depth)
+std::string Indent(std::size_t depth)
 {
     return std::string(kIndent * std::min(depth, kDeepestIndent), ' ');
 }
@@ -34,7 +34,7 @@ void ShowAsText(std::ostream& out, HPROFJOB job, HPROFLIST list)
 {
     Walk(
         job, list,
-        [&](const Entry& entry, size_t depth)
+        [&](const Entry& entry, std::size_t depth)
         {
             out << Indent(depth);
             if (entry.list != nullptr)
@@ -42,7 +42,7 @@ void ShowAsText(std::ostream& out, HPROFJOB job, HPROFLIST list)
             else
                 out << Shown(entry.name) << " = " << Shown(entry.value) << '\n';
         },
-        [](size_t) {});
+        [](std::size_t) {});
 }
 
 // Written piece by piece, since a JSON object of the whole would be walked by recursion.
@@ -52,7 +52,7 @@ void ShowAsJson(std::ostream& out, HPROFJOB job, HPROFLIST list)
     out << '[';
     Walk(
         job, list,
-        [&](const Entry& entry, size_t depth)
+        [&](const Entry& entry, std::size_t depth)
         {
             out << (isFirst ? "\n" : ",\n") << Indent(depth + 1) << "{\"name\": " << JsonText(entry.name);
             isFirst = entry.list != nullptr;
@@ -61,7 +61,7 @@ void ShowAsJson(std::ostream& out, HPROFJOB job, HPROFLIST list)
             else
                 out << ", \"value\": " << JsonText(entry.value) << '}';
         },
-        [&](size_t depth)
+        [&](std::size_t depth)
         {
             if (!isFirst)
                 out << '\n' << Indent(depth);

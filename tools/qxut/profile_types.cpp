@@ -46,12 +46,12 @@ bool FromText(std::string_view text, Number& value)
     return read.ec == std::errc() && read.ptr == end;
 }
 
-template <size_t Count>
-bool FieldsFromText(std::string_view text, std::array<int32_t, Count>& fields)
+template <std::size_t Count>
+bool FieldsFromText(std::string_view text, std::array<std::int32_t, Count>& fields)
 {
-    for (size_t i = 0; i < Count; ++i)
+    for (std::size_t i = 0; i < Count; ++i)
     {
-        const size_t comma = i + 1 < Count ? text.find(',') : text.size();
+        const std::size_t comma = i + 1 < Count ? text.find(',') : text.size();
         if (comma == text.npos || !FromText(text.substr(0, comma), fields[i]))
             return false;
         text.remove_prefix(std::min(comma + 1, text.size()));
@@ -61,7 +61,7 @@ bool FieldsFromText(std::string_view text, std::array<int32_t, Count>& fields)
 
 bool FromText(std::string_view text, ProfPoint& value)
 {
-    std::array<int32_t, 2> fields;
+    std::array<std::int32_t, 2> fields;
     if (!FieldsFromText(text, fields))
         return false;
     value = {fields[0], fields[1]};
@@ -70,7 +70,7 @@ bool FromText(std::string_view text, ProfPoint& value)
 
 bool FromText(std::string_view text, ProfRect& value)
 {
-    std::array<int32_t, 4> fields;
+    std::array<std::int32_t, 4> fields;
     if (!FieldsFromText(text, fields))
         return false;
     value = {fields[0], fields[1], fields[2], fields[3]};
@@ -79,13 +79,13 @@ bool FromText(std::string_view text, ProfRect& value)
 
 struct Flag
 {
-    using Value = int32_t;
-    static bool FromText(std::string_view text, int32_t& value)
+    using Value = std::int32_t;
+    static bool FromText(std::string_view text, std::int32_t& value)
     {
         value = text == "true";
         return value != 0 || text == "false";
     }
-    static ordered_json ToJson(int32_t value) { return value != 0; }
+    static ordered_json ToJson(std::int32_t value) { return value != 0; }
 };
 
 template <class Number>
@@ -113,11 +113,11 @@ struct Rect
 // #rrggbb, whose order is the reverse of the library's.
 struct Colour
 {
-    using Value = uint32_t;
-    static bool FromText(std::string_view text, uint32_t& value)
+    using Value = std::uint32_t;
+    static bool FromText(std::string_view text, std::uint32_t& value)
     {
-        constexpr size_t kLength = 7;
-        uint32_t number = 0;
+        constexpr std::size_t kLength = 7;
+        std::uint32_t number = 0;
         const char* const end = text.data() + text.size();
         if (text.size() != kLength || text.front() != '#')
             return false;
@@ -125,7 +125,7 @@ struct Colour
         value = Reversed(number);
         return read.ec == std::errc() && read.ptr == end;
     }
-    static ordered_json ToJson(uint32_t value)
+    static ordered_json ToJson(std::uint32_t value)
     {
         char text[10];
         std::snprintf(text, sizeof text, "#%06x", static_cast<unsigned>(Reversed(value)));
@@ -133,7 +133,7 @@ struct Colour
     }
 
 private:
-    static uint32_t Reversed(uint32_t colour)
+    static std::uint32_t Reversed(std::uint32_t colour)
     {
         return (colour & 0xff) << 16 | (colour & 0xff00) | (colour >> 16 & 0xff);
     }
@@ -142,10 +142,10 @@ private:
 // ---- The library's functions, which take structures by address
 
 template <class Kind, auto Getter>
-int32_t Get(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, ordered_json& value)
+std::int32_t Get(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, ordered_json& value)
 {
     typename Kind::Value result{};
-    int32_t code;
+    std::int32_t code;
     if constexpr (std::is_arithmetic_v<typename Kind::Value>)
         code = Getter(job, list, path, &result, {});
     else
@@ -175,11 +175,12 @@ constexpr ValueType Row(const char* name, const char* form)
 
 constexpr ValueType kTypes[] = {
     Row<Flag, ProfGetBoolW, ProfSetBoolW, ProfAppendBoolW>("bool", "true or false"),
-    Row<Plain<int32_t>, ProfGetIntW, ProfSetIntW, ProfAppendIntW>("int", "a number of 32 bits, also as 0xff"),
-    Row<Plain<int32_t>, ProfGetIntW, ProfSetIntHexW, ProfAppendIntHexW>(
+    Row<Plain<std::int32_t>, ProfGetIntW, ProfSetIntW, ProfAppendIntW>("int", "a number of 32 bits, also as 0xff"),
+    Row<Plain<std::int32_t>, ProfGetIntW, ProfSetIntHexW, ProfAppendIntHexW>(
         "int-hex", "the same, in hexadecimal digits in the file"),
-    Row<Plain<int64_t>, ProfGetInt64W, ProfSetInt64W, ProfAppendInt64W>("int64", "a number of 64 bits, also as 0xff"),
-    Row<Plain<int64_t>, ProfGetInt64W, ProfSetInt64HexW, ProfAppendInt64HexW>(
+    Row<Plain<std::int64_t>, ProfGetInt64W, ProfSetInt64W, ProfAppendInt64W>(
+        "int64", "a number of 64 bits, also as 0xff"),
+    Row<Plain<std::int64_t>, ProfGetInt64W, ProfSetInt64HexW, ProfAppendInt64HexW>(
         "int64-hex", "the same, in hexadecimal digits in the file"),
     Row<Plain<double>, ProfGetDoubleW, ProfSetDoubleW, ProfAppendDoubleW>(
         "double", "a number below 1e190; the file holds six decimals"),

@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,7 @@ struct ValueType
     const char* name;
     const char* form; // how a value is written on the command line
     // The code of the library's getter.
-    int32_t (*get)(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, nlohmann::ordered_json& value);
+    std::int32_t (*get)(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, nlohmann::ordered_json& value);
     // False, with nothing done, for what is no value of the type.
     bool (*set)(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const std::string& text);
     bool (*append)(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const std::string& text);

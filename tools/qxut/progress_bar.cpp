@@ -4,6 +4,7 @@
 #include "text.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <iostream>
 
 namespace qxut
@@ -12,8 +13,8 @@ namespace qxut
 namespace
 {
 
-constexpr uint64_t kWidth = 30;
-constexpr size_t kLongestName = 35; // in bytes, so that the line fits into 80 columns
+constexpr std::uint64_t kWidth = 30;
+constexpr std::size_t kLongestName = 35; // in bytes, so that the line fits into 80 columns
 constexpr auto kTimeBetweenDrawings = std::chrono::milliseconds(50);
 
 // To the terminal's end of the line.
@@ -24,7 +25,7 @@ std::string Tail(const std::string& name)
 {
     if (name.size() <= kLongestName)
         return name;
-    size_t start = name.size() - kLongestName + 3;
+    std::size_t start = name.size() - kLongestName + 3;
     while (start < name.size() && (static_cast<unsigned char>(name[start]) & 0xC0) == 0x80)
         ++start;
     return "..." + name.substr(start);
@@ -32,7 +33,7 @@ std::string Tail(const std::string& name)
 
 } // namespace
 
-ProgressBar::ProgressBar(uint64_t total) : _isShown(ErrorsGoToTerminal()), _total(total) {}
+ProgressBar::ProgressBar(std::uint64_t total) : _isShown(ErrorsGoToTerminal()), _total(total) {}
 
 ProgressBar::~ProgressBar()
 {
@@ -40,14 +41,14 @@ ProgressBar::~ProgressBar()
         std::cerr << kBeginOfLine << std::flush;
 }
 
-void ProgressBar::Set(uint64_t done, const std::string& what)
+void ProgressBar::Set(std::uint64_t done, const std::string& what)
 {
     const auto now = std::chrono::steady_clock::now();
     if (!_isShown || (now < _next && done < _total))
         return;
     _next = now + kTimeBetweenDrawings;
     const double share = _total == 0 ? 1.0 : std::min(1.0, static_cast<double>(done) / static_cast<double>(_total));
-    const auto filled = static_cast<size_t>(share * kWidth);
+    const auto filled = static_cast<std::size_t>(share * kWidth);
     const std::string percent = std::to_string(static_cast<int>(share * 100));
     std::cerr << kBeginOfLine << '[' << std::string(filled, '=') << std::string(kWidth - filled, ' ') << "] "
               << std::string(3 - percent.size(), ' ') << percent << "%  " << Tail(Shown(what)) << std::flush;

@@ -12,7 +12,7 @@ class ProgressBar
 {
 public:
     // The whole work, in bytes.
-    explicit ProgressBar(uint64_t total);
+    explicit ProgressBar(std::uint64_t total);
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
     // Leaves an empty line.
@@ -21,11 +21,11 @@ public:
     bool IsShown() const { return _isShown; }
 
     // What is done, and what is being worked on. Draws now and then only, however often it is called.
-    void Set(uint64_t done, const std::string& what);
+    void Set(std::uint64_t done, const std::string& what);
 
 private:
     bool _isShown;
-    uint64_t _total;
+    std::uint64_t _total;
     std::chrono::steady_clock::time_point _next; // when to draw again
 };
 

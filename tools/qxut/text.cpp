@@ -10,10 +10,10 @@ namespace qxut
 namespace
 {
 
-constexpr uint32_t kReplacement = 0xFFFD;
+constexpr std::uint32_t kReplacement = 0xFFFD;
 
 // The length that the first byte of a sequence tells, or 0 if it is none.
-size_t SequenceLength(unsigned char lead)
+std::size_t SequenceLength(unsigned char lead)
 {
     if (lead < 0x80)
         return 1;
@@ -24,19 +24,19 @@ size_t SequenceLength(unsigned char lead)
 
 struct Character
 {
-    uint32_t value;
-    size_t length;
+    std::uint32_t value;
+    std::size_t length;
 };
 
 Character FirstCharacter(std::string_view utf8)
 {
-    constexpr uint32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+    constexpr std::uint32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
     const auto lead = static_cast<unsigned char>(utf8[0]);
-    const size_t length = SequenceLength(lead);
+    const std::size_t length = SequenceLength(lead);
     if (length == 0 || length > utf8.size())
         return {kReplacement, 1};
-    uint32_t value = length == 1 ? lead : lead & (0x7Fu >> length);
-    for (size_t i = 1; i < length; ++i)
+    std::uint32_t value = length == 1 ? lead : lead & (0x7Fu >> length);
+    for (std::size_t i = 1; i < length; ++i)
     {
         const auto next = static_cast<unsigned char>(utf8[i]);
         if ((next & 0xC0) != 0x80)
@@ -52,9 +52,9 @@ bool IsReplaced(std::string_view utf8, const Character& character)
     return character.value == kReplacement && utf8.substr(0, character.length) != "\xEF\xBF\xBD";
 }
 
-void AppendUtf8(std::string& out, uint32_t c)
+void AppendUtf8(std::string& out, std::uint32_t c)
 {
-    const auto append = [&](uint32_t byte)
+    const auto append = [&](std::uint32_t byte)
     {
         out.push_back(static_cast<char>(byte));
     };
@@ -105,7 +105,7 @@ WideText::WideText(std::string_view utf8)
     _units.push_back(0);
 }
 
-void WideText::Append(uint32_t character)
+void WideText::Append(std::uint32_t character)
 {
     if (character > 0xFFFF)
     {
@@ -120,8 +120,8 @@ std::string Utf8(const QXWCHAR* text)
     std::string out;
     for (; *text != 0; ++text)
     {
-        uint32_t c = static_cast<uint16_t>(*text);
-        const uint32_t next = static_cast<uint16_t>(text[1]);
+        std::uint32_t c = static_cast<std::uint16_t>(*text);
+        const std::uint32_t next = static_cast<std::uint16_t>(text[1]);
         if (c >= 0xD800 && c <= 0xDBFF && next >= 0xDC00 && next <= 0xDFFF)
         {
             c = 0x10000 + ((c - 0xD800) << 10) + (next - 0xDC00);
@@ -147,7 +147,7 @@ std::string Shown(std::string_view utf8)
     {
         const Character character = FirstCharacter(utf8);
         const std::string_view bytes = utf8.substr(0, character.length);
-        const uint32_t c = character.value;
+        const std::uint32_t c = character.value;
         if (c == '\r' || c == '\n' || c == '\t')
             out += c == '\r' ? "\\r" : c == '\n' ? "\\n" : "\\t";
         else if (c < 0x20 || (c >= 0x7F && c < 0xA0))

@@ -3,6 +3,7 @@
 
 #include <qxut23/base.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,7 +25,7 @@ public:
     uint32_t Bytes() const { return static_cast<uint32_t>(_units.size() * sizeof(QXWCHAR)); }
 
 private:
-    void Append(uint32_t character);
+    void Append(std::uint32_t character);
 
     std::vector<QXWCHAR> _units;
 };

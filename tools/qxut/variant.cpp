@@ -4,14 +4,16 @@
 
 #include <qxut23/bstr.h>
 
+#include <cstdint>
+
 namespace qxut
 {
 
 namespace
 {
 
-constexpr uint16_t kNumber = 3; // VT_I4
-constexpr uint16_t kText = 8;   // VT_BSTR
+constexpr std::uint16_t kNumber = 3; // VT_I4
+constexpr std::uint16_t kText = 8;   // VT_BSTR
 
 } // namespace
 
@@ -21,7 +23,7 @@ Variant::~Variant()
         SysFreeString(_layout.text);
 }
 
-int32_t Variant::Number() const
+std::int32_t Variant::Number() const
 {
     return _layout.type == kNumber ? _layout.number : 0;
 }

@@ -3,6 +3,7 @@
 
 #include <qxut23/base.h>
 
+#include <cstdint>
 #include <string>
 
 struct tagVARIANT;
@@ -21,18 +22,18 @@ public:
     struct tagVARIANT* Address() { return reinterpret_cast<struct tagVARIANT*>(&_layout); }
 
     // 0 and the empty text for a variant of another type.
-    int32_t Number() const;
+    std::int32_t Number() const;
     std::string Text() const;
 
 private:
     // As in the system's oaidl.h, as far as it is used here.
     struct Layout
     {
-        uint16_t type = 0;
-        uint16_t reserved[3] = {};
+        std::uint16_t type = 0;
+        std::uint16_t reserved[3] = {};
         union
         {
-            int32_t number;
+            std::int32_t number;
             QXWCHAR* text;
             void* room[2] = {};
         };

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -48,7 +49,7 @@ std::string Utf8Path(const fs::path& path)
     return {text.begin(), text.end()};
 }
 
-std::string Count(size_t count, const char* one, const char* many)
+std::string Count(std::size_t count, const char* one, const char* many)
 {
     return std::to_string(count) + ' ' + (count == 1 ? one : many);
 }
@@ -59,7 +60,7 @@ struct Source
 {
     fs::path path;
     std::string name; // in the archive
-    uint64_t size = 0;
+    std::uint64_t size = 0;
 };
 
 // A relative path that stays below the current folder is its own name; of any other the last part is.
@@ -148,7 +149,7 @@ public:
     void Append(const Source& source)
     {
         const std::string path = Utf8Path(source.path);
-        const int32_t result = UtilZIPAppend(_zip, WideText(path), nullptr, WideText(source.name));
+        const std::int32_t result = UtilZIPAppend(_zip, WideText(path), nullptr, WideText(source.name));
         if (result == QXUT_ZIP_CANNOT_OPEN)
             throw Failure(kCannotRead, path + ": it can't be opened");
         if (result != QXUT_ZIP_OK)
@@ -157,7 +158,7 @@ public:
 
     void Close()
     {
-        const int32_t result = UtilZIPClose(std::exchange(_zip, nullptr));
+        const std::int32_t result = UtilZIPClose(std::exchange(_zip, nullptr));
         std::error_code error;
         if (result == QXUT_ZIP_OK)
             fs::rename(fs::u8path(_partPath), fs::u8path(_path), error);
@@ -185,13 +186,13 @@ void Create(const ZipOptions& options)
 {
     const std::vector<Source> sources = Sources(options.paths);
     CheckSources(sources, fs::u8path(options.archive));
-    uint64_t total = 0;
+    std::uint64_t total = 0;
     for (const Source& source : sources)
         total += source.size;
     NewArchive archive(options.archive, options.comment);
     {
         ProgressBar bar(total);
-        uint64_t done = 0;
+        std::uint64_t done = 0;
         for (const Source& source : sources)
         {
             bar.Set(done, source.name);
@@ -201,7 +202,7 @@ void Create(const ZipOptions& options)
         bar.Set(total, options.archive);
         archive.Close();
     }
-    const auto size = static_cast<uint64_t>(fs::file_size(fs::u8path(options.archive)));
+    const auto size = static_cast<std::uint64_t>(fs::file_size(fs::u8path(options.archive)));
     if (options.asJson)
         std::cout << ordered_json{{"archive", options.archive}, {"files", sources.size()}, {"bytes", total},
                          {"size", size}}
@@ -251,8 +252,8 @@ void ListAsJson(const std::vector<ZipEntry>& entries)
 
 void ListAsText(const std::vector<ZipEntry>& entries)
 {
-    uint64_t total = 0;
-    size_t files = 0;
+    std::uint64_t total = 0;
+    std::size_t files = 0;
     for (const ZipEntry& entry : entries)
     {
         char columns[96];
@@ -286,9 +287,9 @@ public:
     {
     }
 
-    uint64_t Total() const
+    std::uint64_t Total() const
     {
-        uint64_t total = 0;
+        std::uint64_t total = 0;
         for (const ZipEntry& entry : _entries)
             total += entry.size;
         return total;
@@ -309,7 +310,7 @@ private:
         std::error_code error;
         return fs::exists(PathOf(entry), error);
     }
-    uint64_t SizeOf(const ZipEntry& entry) const
+    std::uint64_t SizeOf(const ZipEntry& entry) const
     {
         std::error_code error;
         const auto size = fs::file_size(PathOf(entry), error);
@@ -318,8 +319,8 @@ private:
 
     const std::vector<ZipEntry>& _entries;
     fs::path _folder;
-    size_t _present = 0;
-    uint64_t _done = 0; // before the present one
+    std::size_t _present = 0;
+    std::uint64_t _done = 0; // before the present one
 };
 
 void ExtractAll(const ZipOptions& options, const std::vector<ZipEntry>& entries)
@@ -357,8 +358,8 @@ void Extract(const ZipOptions& options)
     {
         throw Failure(kMalformed, options.archive + ": " + Shown(exception.what()));
     }
-    uint64_t total = 0;
-    size_t files = 0;
+    std::uint64_t total = 0;
+    std::size_t files = 0;
     for (const ZipEntry& entry : entries)
     {
         total += entry.size;

@@ -6,6 +6,7 @@
 #include <minizip/unzip.h>
 #include <zlib.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -19,10 +20,10 @@ namespace qxut
 namespace
 {
 
-constexpr uint64_t kLargest32 = 0xFFFFFFFF;
-constexpr uint16_t kZip64Field = 0x0001;
-constexpr uint16_t kUnicodePathField = 0x7075;
-constexpr size_t kUnicodePathHead = 5; // version, CRC-32 of the name that it stands for
+constexpr std::uint64_t kLargest32 = 0xFFFFFFFF;
+constexpr std::uint16_t kZip64Field = 0x0001;
+constexpr std::uint16_t kUnicodePathField = 0x7075;
+constexpr std::size_t kUnicodePathHead = 5; // version, CRC-32 of the name that it stands for
 constexpr unsigned kFlagEncrypted = 0x0001;
 constexpr unsigned kFlagUtf8 = 0x0800;
 constexpr unsigned kMadeOnUnix = 3;
@@ -93,9 +94,9 @@ struct CloseArchive
 };
 using Archive = std::unique_ptr<void, CloseArchive>;
 
-std::string_view Field(std::string_view extra, uint16_t id)
+std::string_view Field(std::string_view extra, std::uint16_t id)
 {
-    const auto number = [&](size_t at)
+    const auto number = [&](std::size_t at)
     {
         return static_cast<unsigned>(
             static_cast<unsigned char>(extra[at]) | static_cast<unsigned char>(extra[at + 1]) << 8);
@@ -127,7 +128,7 @@ std::string Name(std::string_view bytes, const unz_file_info64& info, std::strin
     const std::string_view path = Field(extra, kUnicodePathField);
     if (path.size() > kUnicodePathHead && path[0] == 1)
     {
-        uint32_t crc = 0;
+        std::uint32_t crc = 0;
         std::memcpy(&crc, path.data() + 1, sizeof crc);
         if (crc == Checksum(bytes))
             return std::string(path.substr(kUnicodePathHead));
@@ -175,7 +176,7 @@ ZipEntry Entry(unzFile archive, const std::string& path)
     entry.packed = info.compressed_size;
     // Not every minizip looks into this field; the sizes stand in it in this order, where they are needed.
     std::string_view field = Field(extra, kZip64Field);
-    for (uint64_t* size : {&entry.size, &entry.packed})
+    for (std::uint64_t* size : {&entry.size, &entry.packed})
         if (*size == kLargest32 && field.size() >= sizeof *size)
         {
             std::memcpy(size, field.data(), sizeof *size);
@@ -215,7 +216,7 @@ std::vector<ZipEntry> ReadZipDirectory(const std::string& path)
     unz_global_info64 info{};
     if (!archive || unzGetGlobalInfo64(archive.get(), &info) != UNZ_OK)
         throw Failure(kMalformed, path + ": it is no zip archive");
-    for (uint64_t i = 0; i < info.number_entry; ++i)
+    for (std::uint64_t i = 0; i < info.number_entry; ++i)
     {
         if ((i == 0 ? unzGoToFirstFile(archive.get()) : unzGoToNextFile(archive.get())) != UNZ_OK)
             FailDamaged(path);

@@ -11,8 +11,8 @@ namespace qxut
 struct ZipEntry
 {
     std::string name; // UTF-8
-    uint64_t size = 0;
-    uint64_t packed = 0;
+    std::uint64_t size = 0;
+    std::uint64_t packed = 0;
     unsigned method = 0;
     bool isFolder = false;
     bool isEncrypted = false;

@@ -33,7 +33,7 @@ struct Variable
 
 Variable Split(std::string_view entry)
 {
-    const size_t equals = entry.find('=', 1);
+    const std::size_t equals = entry.find('=', 1);
     if (equals == entry.npos)
         return {entry, {}};
     return {entry.substr(0, equals), entry.substr(equals + 1)};
@@ -72,8 +72,8 @@ std::u16string Expand(std::u16string_view text)
     while (!text.empty())
     {
         const bool isSign = text[0] == u'%';
-        const size_t sign = text.find(u'%', 1);
-        const size_t taken = std::min(isSign && sign != text.npos ? sign + 1 : sign, text.size());
+        const std::size_t sign = text.find(u'%', 1);
+        const std::size_t taken = std::min(isSign && sign != text.npos ? sign + 1 : sign, text.size());
         const std::optional<std::u16string> value =
             isSign && sign != text.npos ? ValueOf(text.substr(1, sign - 1)) : std::nullopt;
         result += value ? *value : text.substr(0, taken);

@@ -15,7 +15,7 @@ struct Pair
     DWORD error;
 };
 
-constexpr Pair pairs[] = {
+constexpr Pair kPairs[] = {
     {0, ERROR_SUCCESS},
     {EPERM, ERROR_ACCESS_DENIED},
     {ENOENT, ERROR_FILE_NOT_FOUND},
@@ -74,8 +74,8 @@ constexpr Pair pairs[] = {
 DWORD ErrorFromErrno(int code)
 {
     const Pair* const found =
-        std::find_if(std::begin(pairs), std::end(pairs), [code](const Pair& pair) { return pair.code == code; });
-    return found == std::end(pairs) ? DWORD{ERROR_GEN_FAILURE} : found->error;
+        std::find_if(std::begin(kPairs), std::end(kPairs), [code](const Pair& pair) { return pair.code == code; });
+    return found == std::end(kPairs) ? DWORD{ERROR_GEN_FAILURE} : found->error;
 }
 
 BOOL FailErrno()

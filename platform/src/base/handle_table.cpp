@@ -1,6 +1,7 @@
 #include "base/handle_table.h"
 
 #include <array>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <type_traits>
@@ -11,10 +12,10 @@ namespace qxplatform
 // `state` says which handle it is for, and whether it is open.
 struct HandleEntry
 {
-    std::atomic<uint64_t> state = uint64_t{1} << 32;
+    std::atomic<std::uint64_t> state = std::uint64_t{1} << 32;
     Object* object = nullptr;
     DWORD access = 0;
-    uint32_t nextFree = 0;
+    std::uint32_t nextFree = 0;
 };
 
 namespace
@@ -24,116 +25,117 @@ using Entry = HandleEntry;
 
 // The state word of an entry. A lookup pins the entry, takes a reference to the object and lets go; closing clears the
 // open bit; whoever leaves an entry that is closed and not pinned gives it back. So neither waits for the other.
-constexpr uint64_t openBit = 1;
-constexpr uint64_t onePin = 2;
-constexpr uint64_t pinMask = 0xFFFFFFFE;
-constexpr int generationShift = 32;
+constexpr std::uint64_t kOpenBit = 1;
+constexpr std::uint64_t kOnePin = 2;
+constexpr std::uint64_t kPinMask = 0xFFFFFFFE;
+constexpr int kGenerationShift = 32;
 
-constexpr uint32_t chunkSize = 1024;
-constexpr uint32_t chunkCount = 4096;
-constexpr uint32_t noEntry = chunkSize * chunkCount;
+constexpr std::uint32_t kChunkSize = 1024;
+constexpr std::uint32_t kChunkCount = 4096;
+constexpr std::uint32_t kNoEntry = kChunkSize * kChunkCount;
 
-using Chunk = std::array<Entry, chunkSize>;
+using Chunk = std::array<Entry, kChunkSize>;
 
 // Handles are multiples of 4, as callers know them, with the index above the two low bits and the generation above
 // that. Generations start at 1, so that small numbers of other origin are no handles.
-constexpr int indexShift = 2;
-constexpr int handleGenerationShift = 26;
-static_assert(noEntry <= 1u << (handleGenerationShift - indexShift));
+constexpr int kIndexShift = 2;
+constexpr int kHandleGenerationShift = 26;
+static_assert(kNoEntry <= 1u << (kHandleGenerationShift - kIndexShift));
 
-HANDLE MakeHandle(uint32_t index, uint32_t generation)
+HANDLE MakeHandle(std::uint32_t index, std::uint32_t generation)
 {
-    return reinterpret_cast<HANDLE>(uint64_t{generation} << handleGenerationShift | uint64_t{index} << indexShift);
+    return reinterpret_cast<HANDLE>(
+        std::uint64_t{generation} << kHandleGenerationShift | std::uint64_t{index} << kIndexShift);
 }
 
 class Table
 {
 public:
-    Entry* Find(HANDLE handle, uint32_t& generation) const;
+    Entry* Find(HANDLE handle, std::uint32_t& generation) const;
     HANDLE Add(Object* object, DWORD access);
-    void GiveBack(Entry& entry, uint32_t index);
-    uint32_t IndexOf(HANDLE handle) const;
+    void GiveBack(Entry& entry, std::uint32_t index);
+    std::uint32_t IndexOf(HANDLE handle) const;
     void ForEach(void (*function)(Object&));
 
 private:
-    Entry& At(uint32_t index) const
+    Entry& At(std::uint32_t index) const
     {
-        return (*_chunks[index / chunkSize].load(std::memory_order_acquire))[index % chunkSize];
+        return (*_chunks[index / kChunkSize].load(std::memory_order_acquire))[index % kChunkSize];
     }
-    uint32_t TakeFree();
+    std::uint32_t TakeFree();
 
-    std::array<std::atomic<Chunk*>, chunkCount> _chunks{};
+    std::array<std::atomic<Chunk*>, kChunkCount> _chunks{};
     std::mutex _freeLock; // guards what follows
-    uint32_t _used = 0;
-    uint32_t _firstFree = noEntry;
-    uint32_t _lastFree = noEntry;
+    std::uint32_t _used = 0;
+    std::uint32_t _firstFree = kNoEntry;
+    std::uint32_t _lastFree = kNoEntry;
 };
 
 // Never destroyed: static objects of callers may close handles after those of the layer are gone.
 static_assert(std::is_trivially_destructible_v<Table>);
 constinit Table theTable;
 
-uint32_t Table::IndexOf(HANDLE handle) const
+std::uint32_t Table::IndexOf(HANDLE handle) const
 {
-    constexpr uint64_t mask = (uint64_t{1} << handleGenerationShift) - 1;
-    return static_cast<uint32_t>((reinterpret_cast<uint64_t>(handle) & mask) >> indexShift);
+    constexpr std::uint64_t kMask = (std::uint64_t{1} << kHandleGenerationShift) - 1;
+    return static_cast<std::uint32_t>((reinterpret_cast<std::uint64_t>(handle) & kMask) >> kIndexShift);
 }
 
-Entry* Table::Find(HANDLE handle, uint32_t& generation) const
+Entry* Table::Find(HANDLE handle, std::uint32_t& generation) const
 {
-    const uint32_t index = IndexOf(handle);
-    const uint64_t high = reinterpret_cast<uint64_t>(handle) >> handleGenerationShift;
-    generation = static_cast<uint32_t>(high);
-    if (index >= noEntry || high != generation || MakeHandle(index, generation) != handle)
+    const std::uint32_t index = IndexOf(handle);
+    const std::uint64_t high = reinterpret_cast<std::uint64_t>(handle) >> kHandleGenerationShift;
+    generation = static_cast<std::uint32_t>(high);
+    if (index >= kNoEntry || high != generation || MakeHandle(index, generation) != handle)
         return nullptr;
-    Chunk* const chunk = _chunks[index / chunkSize].load(std::memory_order_acquire);
-    return chunk == nullptr ? nullptr : &(*chunk)[index % chunkSize];
+    Chunk* const chunk = _chunks[index / kChunkSize].load(std::memory_order_acquire);
+    return chunk == nullptr ? nullptr : &(*chunk)[index % kChunkSize];
 }
 
 // The entry that has been free for the longest, or a fresh one.
-uint32_t Table::TakeFree()
+std::uint32_t Table::TakeFree()
 {
-    if (_firstFree != noEntry)
+    if (_firstFree != kNoEntry)
     {
-        const uint32_t index = _firstFree;
+        const std::uint32_t index = _firstFree;
         _firstFree = At(index).nextFree;
-        if (_firstFree == noEntry)
-            _lastFree = noEntry;
+        if (_firstFree == kNoEntry)
+            _lastFree = kNoEntry;
         return index;
     }
-    if (_used == noEntry)
-        return noEntry;
-    if (_used % chunkSize == 0)
-        _chunks[_used / chunkSize].store(new Chunk, std::memory_order_release);
+    if (_used == kNoEntry)
+        return kNoEntry;
+    if (_used % kChunkSize == 0)
+        _chunks[_used / kChunkSize].store(new Chunk, std::memory_order_release);
     return _used++;
 }
 
 HANDLE Table::Add(Object* object, DWORD access)
 {
     const std::lock_guard lock(_freeLock);
-    const uint32_t index = TakeFree();
-    if (index == noEntry)
+    const std::uint32_t index = TakeFree();
+    if (index == kNoEntry)
         return nullptr;
     Entry& entry = At(index);
     object->AddRef();
     object->AddHandle();
     entry.object = object;
     entry.access = access;
-    const uint64_t state = entry.state.load(std::memory_order_relaxed);
-    entry.state.store(state | openBit, std::memory_order_release);
-    return MakeHandle(index, static_cast<uint32_t>(state >> generationShift));
+    const std::uint64_t state = entry.state.load(std::memory_order_relaxed);
+    entry.state.store(state | kOpenBit, std::memory_order_release);
+    return MakeHandle(index, static_cast<std::uint32_t>(state >> kGenerationShift));
 }
 
-void Table::GiveBack(Entry& entry, uint32_t index)
+void Table::GiveBack(Entry& entry, std::uint32_t index)
 {
     Object* const object = std::exchange(entry.object, nullptr);
-    const uint32_t generation =
-        static_cast<uint32_t>(entry.state.load(std::memory_order_relaxed) >> generationShift) + 1;
-    entry.state.store(uint64_t{generation == 0 ? 1 : generation} << generationShift, std::memory_order_release);
+    const std::uint32_t generation =
+        static_cast<std::uint32_t>(entry.state.load(std::memory_order_relaxed) >> kGenerationShift) + 1;
+    entry.state.store(std::uint64_t{generation == 0 ? 1 : generation} << kGenerationShift, std::memory_order_release);
     {
         const std::lock_guard lock(_freeLock);
-        entry.nextFree = noEntry;
-        (_lastFree == noEntry ? _firstFree : At(_lastFree).nextFree) = index;
+        entry.nextFree = kNoEntry;
+        (_lastFree == kNoEntry ? _firstFree : At(_lastFree).nextFree) = index;
         _lastFree = index;
     }
     object->Release();
@@ -141,15 +143,15 @@ void Table::GiveBack(Entry& entry, uint32_t index)
 
 void Table::ForEach(void (*function)(Object&))
 {
-    uint32_t used;
+    std::uint32_t used;
     {
         const std::lock_guard lock(_freeLock);
         used = _used;
     }
-    for (uint32_t index = 0; index < used; ++index)
+    for (std::uint32_t index = 0; index < used; ++index)
     {
-        const uint64_t state = At(index).state.load(std::memory_order_acquire);
-        const HandlePin pin(MakeHandle(index, static_cast<uint32_t>(state >> generationShift)));
+        const std::uint64_t state = At(index).state.load(std::memory_order_acquire);
+        const HandlePin pin(MakeHandle(index, static_cast<std::uint32_t>(state >> kGenerationShift)));
         if (pin)
             function(pin.object());
     }
@@ -159,17 +161,17 @@ void Table::ForEach(void (*function)(Object&))
 
 HandlePin::HandlePin(HANDLE handle) : _index(theTable.IndexOf(handle))
 {
-    uint32_t generation = 0;
+    std::uint32_t generation = 0;
     HandleEntry* const entry = theTable.Find(handle, generation);
     if (entry == nullptr)
         return;
-    uint64_t state = entry->state.load(std::memory_order_relaxed);
+    std::uint64_t state = entry->state.load(std::memory_order_relaxed);
     do
     {
-        if ((state & openBit) == 0 || state >> generationShift != generation)
+        if ((state & kOpenBit) == 0 || state >> kGenerationShift != generation)
             return;
     } while (!entry->state.compare_exchange_weak(
-        state, state + onePin, std::memory_order_acquire, std::memory_order_relaxed));
+        state, state + kOnePin, std::memory_order_acquire, std::memory_order_relaxed));
     _entry = entry;
 }
 
@@ -177,8 +179,8 @@ HandlePin::~HandlePin()
 {
     if (_entry == nullptr)
         return;
-    const uint64_t before = _entry->state.fetch_sub(onePin, std::memory_order_acq_rel);
-    if ((before & openBit) == 0 && (before & pinMask) == onePin)
+    const std::uint64_t before = _entry->state.fetch_sub(kOnePin, std::memory_order_acq_rel);
+    if ((before & kOpenBit) == 0 && (before & kPinMask) == kOnePin)
         theTable.GiveBack(*_entry, _index);
 }
 
@@ -194,7 +196,7 @@ DWORD HandlePin::access() const
 
 bool HandlePin::Close()
 {
-    return (_entry->state.fetch_and(~openBit, std::memory_order_acq_rel) & openBit) != 0;
+    return (_entry->state.fetch_and(~kOpenBit, std::memory_order_acq_rel) & kOpenBit) != 0;
 }
 
 HANDLE AddHandle(const Ref<Object>& object, DWORD access)

@@ -5,11 +5,13 @@
 #include "base/fail.h"
 #include "base/object.h"
 
+#include <cstdint>
+
 namespace qxplatform
 {
 
 // The rights of an entry that was opened without any to choose from.
-inline constexpr DWORD allAccess = 0xFFFFFFFF;
+inline constexpr DWORD kAllAccess = 0xFFFFFFFF;
 
 // Keeps the entry of a handle from being given back, and so its object, for as long as it lives.
 class HandlePin
@@ -29,11 +31,11 @@ public:
 
 private:
     struct HandleEntry* _entry = nullptr;
-    uint32_t _index;
+    std::uint32_t _index;
 };
 
 // A new entry for the object, or null with ERROR_NO_SYSTEM_RESOURCES.
-HANDLE AddHandle(const Ref<Object>& object, DWORD access = allAccess);
+HANDLE AddHandle(const Ref<Object>& object, DWORD access = kAllAccess);
 
 // The object of a handle and, if asked, the rights of its entry. An empty result leaves the last error alone.
 Ref<Object> ObjectOf(HANDLE handle, DWORD* access = nullptr);
@@ -41,7 +43,7 @@ Ref<Object> ObjectOf(HANDLE handle, DWORD* access = nullptr);
 // Closes the entry if its object is of a type that `mayClose` admits. False with ERROR_INVALID_HANDLE otherwise.
 BOOL CloseEntry(HANDLE handle, bool (*mayClose)(const Object&));
 
-// The object of a handle of type T, which names its type as `T::objectType`: else empty with ERROR_INVALID_HANDLE, or
+// The object of a handle of type T, which names its type as `T::kObjectType`: else empty with ERROR_INVALID_HANDLE, or
 // with ERROR_ACCESS_DENIED if the entry lacks one of the rights. For calls that end at once: they touch a word that all
 // users of the handle share half as often as one that takes a reference.
 template <class T>
@@ -50,7 +52,7 @@ class Pinned
 public:
     explicit Pinned(HANDLE handle, DWORD rights = 0) : _pin(handle)
     {
-        if (!_pin || _pin.object().type != T::objectType)
+        if (!_pin || _pin.object().type != T::kObjectType)
             SetLastError(ERROR_INVALID_HANDLE);
         else if ((_pin.access() & rights) != rights)
             SetLastError(ERROR_ACCESS_DENIED);

@@ -21,7 +21,7 @@ BOOL WINAPI DuplicateHandle(HANDLE hSourceProcessHandle, HANDLE hSourceHandle, H
     if (!IsCurrentProcess(hSourceProcessHandle) || !IsCurrentProcess(hTargetProcessHandle))
         return Fail(ObjectOf(hSourceProcessHandle) && ObjectOf(hTargetProcessHandle) ? ERROR_NOT_SUPPORTED
                                                                                      : ERROR_INVALID_HANDLE);
-    DWORD access = allAccess;
+    DWORD access = kAllAccess;
     const Ref<Object> object =
         IsPseudoHandle(hSourceHandle) ? PseudoHandleObject(hSourceHandle) : ObjectOf(hSourceHandle, &access);
     if (!object || !object->IsKernelObject())

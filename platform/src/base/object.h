@@ -10,7 +10,7 @@
 namespace qxplatform
 {
 
-enum class ObjectType : uint8_t
+enum class ObjectType : std::uint8_t
 {
     File,
     Find,
@@ -69,8 +69,8 @@ protected:
     virtual void LastHandleClosed() {}
 
 private:
-    std::atomic<uint32_t> _handles = 0;
-    std::atomic<uint32_t> _count = 0;
+    std::atomic<std::uint32_t> _handles = 0;
+    std::atomic<std::uint32_t> _count = 0;
 };
 
 // Holds one reference.

@@ -12,37 +12,37 @@ namespace
 
 // The kernel looks at memory on behalf of a futex call, and tells by EFAULT where it may not. Nobody waits at the place
 // that is woken.
-uint32_t nobodyWaitsHere = 0;
+std::uint32_t nobodyWaitsHere = 0;
 
-uintptr_t PageSize()
+std::uintptr_t PageSize()
 {
-    static const uintptr_t size = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
+    static const std::uintptr_t size = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
     return size;
 }
 
-uint32_t* WordOf(uintptr_t address)
+std::uint32_t* WordOf(std::uintptr_t address)
 {
-    return reinterpret_cast<uint32_t*>(address & ~uintptr_t{3}); // in the same page
+    return reinterpret_cast<std::uint32_t*>(address & ~std::uintptr_t{3}); // in the same page
 }
 
 // Requeues no one, after comparing the word.
-bool CanRead(uintptr_t address)
+bool CanRead(std::uintptr_t address)
 {
     return syscall(SYS_futex, WordOf(address), FUTEX_CMP_REQUEUE_PRIVATE, 0, 0, &nobodyWaitsHere, 0) >= 0 ||
            errno != EFAULT;
 }
 
-bool IsBadRange(uintptr_t first, UINT_PTR size)
+bool IsBadRange(std::uintptr_t first, UINT_PTR size)
 {
     if (size == 0)
         return false;
-    const uintptr_t last = first + (size - 1);
+    const std::uintptr_t last = first + (size - 1);
     if (first == 0 || last < first)
         return true;
-    const uintptr_t lastPage = last / PageSize();
-    for (uintptr_t page = first / PageSize();; ++page)
+    const std::uintptr_t lastPage = last / PageSize();
+    for (std::uintptr_t page = first / PageSize();; ++page)
     {
-        const uintptr_t begin = page * PageSize();
+        const std::uintptr_t begin = page * PageSize();
         if (!CanRead(begin > first ? begin : first))
             return true;
         if (page == lastPage)
@@ -54,18 +54,18 @@ bool IsBadRange(uintptr_t first, UINT_PTR size)
 
 BOOL WINAPI IsBadReadPtr(const void* lp, UINT_PTR ucb)
 {
-    return IsBadRange(reinterpret_cast<uintptr_t>(lp), ucb);
+    return IsBadRange(reinterpret_cast<std::uintptr_t>(lp), ucb);
 }
 
 // Looks at memory that may be anything, which the sanitizers must not take amiss.
 __attribute__((no_sanitize("address", "undefined"))) BOOL WINAPI IsBadStringPtrW(LPCWSTR lpsz, UINT_PTR ucchMax)
 {
-    uintptr_t address = reinterpret_cast<uintptr_t>(lpsz);
-    uintptr_t checkedEnd = 0;
+    std::uintptr_t address = reinterpret_cast<std::uintptr_t>(lpsz);
+    std::uintptr_t checkedEnd = 0;
     for (UINT_PTR index = 0; index < ucchMax; ++index, address += sizeof(WCHAR))
     {
         // A character at an odd address may lie in two pages.
-        const uintptr_t last = address + sizeof(WCHAR) - 1;
+        const std::uintptr_t last = address + sizeof(WCHAR) - 1;
         if (last >= checkedEnd)
         {
             if (IsBadRange(address, sizeof(WCHAR)))

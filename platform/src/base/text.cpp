@@ -10,35 +10,35 @@ namespace qxplatform
 namespace
 {
 
-constexpr char32_t firstEscape = 0xDC80; // stands for the byte 0x80
-constexpr char32_t lastEscape = 0xDCFF;
+constexpr char32_t kFirstEscape = 0xDC80; // stands for the byte 0x80
+constexpr char32_t kLastEscape = 0xDCFF;
 
 // The length of the well-formed UTF-8 sequence at the beginning of the bytes, and its character; 0 if there is none.
-size_t DecodeSequence(std::string_view bytes, char32_t& character)
+std::size_t DecodeSequence(std::string_view bytes, char32_t& character)
 {
-    const auto byteAt = [&bytes](size_t index)
+    const auto byteAt = [&bytes](std::size_t index)
     {
-        return static_cast<uint8_t>(bytes[index]);
+        return static_cast<std::uint8_t>(bytes[index]);
     };
-    const uint8_t lead = byteAt(0);
+    const std::uint8_t lead = byteAt(0);
     if (lead < 0x80)
     {
         character = lead;
         return 1;
     }
-    const size_t length = lead >= 0xF0 && lead < 0xF8 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC2 ? 2 : 0;
+    const std::size_t length = lead >= 0xF0 && lead < 0xF8 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC2 ? 2 : 0;
     if (length == 0 || lead >= 0xF8 || bytes.size() < length)
         return 0;
     character = lead & (0xFF >> (length + 1));
-    for (size_t index = 1; index < length; ++index)
+    for (std::size_t index = 1; index < length; ++index)
     {
         if ((byteAt(index) & 0xC0) != 0x80)
             return 0;
         character = character << 6 | (byteAt(index) & 0x3F);
     }
-    constexpr char32_t smallest[] = {0, 0, 0x80, 0x800, 0x10000};
+    constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
     const bool isSurrogate = character >= 0xD800 && character < 0xE000;
-    return character < smallest[length] || character > 0x10FFFF || isSurrogate ? 0 : length;
+    return character < kSmallest[length] || character > 0x10FFFF || isSurrogate ? 0 : length;
 }
 
 void AppendSequence(std::string& bytes, char32_t character)
@@ -84,10 +84,10 @@ std::u16string ToWide(std::string_view bytes)
     while (!bytes.empty())
     {
         char32_t character = 0;
-        size_t length = DecodeSequence(bytes, character);
+        std::size_t length = DecodeSequence(bytes, character);
         if (length == 0)
         {
-            character = firstEscape - 0x80 + static_cast<uint8_t>(bytes[0]);
+            character = kFirstEscape - 0x80 + static_cast<std::uint8_t>(bytes[0]);
             length = 1;
         }
         if (character >= 0x10000)
@@ -105,13 +105,13 @@ std::string ToBytes(std::u16string_view text)
 {
     std::string bytes;
     bytes.reserve(text.size());
-    for (size_t index = 0; index < text.size(); ++index)
+    for (std::size_t index = 0; index < text.size(); ++index)
     {
         char32_t character = text[index];
         if (IsHighSurrogate(text[index]) && index + 1 < text.size() && IsLowSurrogate(text[index + 1]))
             character = 0x10000 + ((character - 0xD800) << 10) + (text[++index] - 0xDC00u);
-        if (character >= firstEscape && character <= lastEscape)
-            bytes.push_back(static_cast<char>(character - firstEscape + 0x80));
+        if (character >= kFirstEscape && character <= kLastEscape)
+            bytes.push_back(static_cast<char>(character - kFirstEscape + 0x80));
         else
             AppendSequence(bytes, character);
     }

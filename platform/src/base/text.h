@@ -3,6 +3,7 @@
 
 #include <minwindef.h>
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -14,7 +15,7 @@ inline std::u16string_view View(LPCWSTR text)
     return reinterpret_cast<const char16_t*>(text);
 }
 
-inline std::u16string_view View(LPCWSTR text, size_t length)
+inline std::u16string_view View(LPCWSTR text, std::size_t length)
 {
     return {reinterpret_cast<const char16_t*>(text), length};
 }

@@ -23,7 +23,7 @@ namespace
 
 constexpr UINT kFirstRegistered = 0xC000;
 constexpr UINT kLastRegistered = 0xFFFF;
-constexpr size_t kLongestName = 255;
+constexpr std::size_t kLongestName = 255;
 constexpr mode_t kForUserAlone = S_IRUSR | S_IWUSR; // what is copied is nobody else's
 constexpr char kLockName[] = "/lock";
 constexpr char kNamesName[] = "/formats";
@@ -32,7 +32,7 @@ constexpr char kFreshSuffix[] = ".new";
 // Makes each missing folder of the path.
 bool MakeFolders(const std::string& path)
 {
-    for (size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1))
+    for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1))
         mkdir(path.substr(0, end).c_str(), S_IRWXU);
     return mkdir(path.c_str(), S_IRWXU) == 0 || errno == EEXIST;
 }
@@ -70,7 +70,7 @@ bool IsName(std::u16string_view name)
 UINT NumberOfName(std::string_view lines, std::u16string_view name, UINT& next)
 {
     next = kFirstRegistered;
-    for (size_t begin = 0, end; (end = lines.find('\n', begin)) != std::string_view::npos; begin = end + 1, ++next)
+    for (std::size_t begin = 0, end; (end = lines.find('\n', begin)) != std::string_view::npos; begin = end + 1, ++next)
     {
         if (EqualWithoutCase(ToWide(lines.substr(begin, end - begin)), name))
             return next;

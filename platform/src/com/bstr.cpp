@@ -10,16 +10,16 @@ namespace
 {
 
 // The length takes the last 4 bytes in front of the text; 8 keep the text aligned as on the system.
-constexpr size_t kHeaderSize = 8;
-constexpr size_t kLengthSize = sizeof(UINT);
-constexpr size_t kMaxBytes = UINT32_MAX - kHeaderSize - sizeof(wchar_t) - 1;
+constexpr std::size_t kHeaderSize = 8;
+constexpr std::size_t kLengthSize = sizeof(UINT);
+constexpr std::size_t kMaxBytes = UINT32_MAX - kHeaderSize - sizeof(wchar_t) - 1;
 
 char* BytesOf(BSTR bstr)
 {
     return reinterpret_cast<char*>(bstr);
 }
 
-BSTR Allocate(const void* source, size_t size)
+BSTR Allocate(const void* source, std::size_t size)
 {
     if (size > kMaxBytes)
         return nullptr;
@@ -44,7 +44,7 @@ BSTR WINAPI SysAllocString(const OLECHAR* text)
 
 BSTR WINAPI SysAllocStringLen(const OLECHAR* text, UINT length)
 {
-    return Allocate(text, size_t{length} * sizeof(OLECHAR));
+    return Allocate(text, std::size_t{length} * sizeof(OLECHAR));
 }
 
 BSTR WINAPI SysAllocStringByteLen(LPCSTR bytes, UINT length)

@@ -5,6 +5,7 @@
 
 #include <combaseapi.h>
 
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -45,16 +46,16 @@ public:
     std::mutex& Mutex() { return _mutex; }
 
     HGLOBAL Memory() const { return _memory; }
-    uint64_t Size() const { return _size; }
+    std::uint64_t Size() const { return _size; }
 
     // The block is the caller's too and may have been made smaller behind our back.
-    size_t Read(uint64_t position, void* buffer, size_t count) const
+    std::size_t Read(std::uint64_t position, void* buffer, std::size_t count) const
     {
-        const uint64_t size = SizeInMemory();
+        const std::uint64_t size = SizeInMemory();
         if (position >= size || count == 0)
             return 0;
-        const size_t available = static_cast<size_t>(size - position);
-        const size_t copied = count < available ? count : available;
+        const std::size_t available = static_cast<std::size_t>(size - position);
+        const std::size_t copied = count < available ? count : available;
         const auto data = static_cast<const char*>(GlobalLock(_memory));
         if (data == nullptr)
             return 0;
@@ -63,12 +64,12 @@ public:
         return copied;
     }
 
-    bool Write(uint64_t position, const void* buffer, size_t count)
+    bool Write(std::uint64_t position, const void* buffer, std::size_t count)
     {
-        if (count > std::numeric_limits<uint64_t>::max() - position)
+        if (count > std::numeric_limits<std::uint64_t>::max() - position)
             return false;
-        const uint64_t end = position + count;
-        const uint64_t size = SizeInMemory();
+        const std::uint64_t end = position + count;
+        const std::uint64_t size = SizeInMemory();
         const Fill fill = position > size ? Fill::Zero : Fill::None; // a gap, or all of it comes from the buffer
         if (end > size && !Resize(end > _size ? end : _size, fill))
             return false;
@@ -80,7 +81,7 @@ public:
         return true;
     }
 
-    bool Resize(uint64_t size, Fill fill)
+    bool Resize(std::uint64_t size, Fill fill)
     {
         // To nothing without GMEM_MOVEABLE, which would discard the block.
         const UINT flags = (size != 0 ? GMEM_MOVEABLE : 0u) | (fill == Fill::Zero ? GMEM_ZEROINIT : 0u);
@@ -93,22 +94,24 @@ public:
     }
 
 private:
-    uint64_t SizeInMemory() const
+    std::uint64_t SizeInMemory() const
     {
-        const uint64_t inMemory = GlobalSize(_memory);
+        const std::uint64_t inMemory = GlobalSize(_memory);
         return inMemory < _size ? inMemory : _size;
     }
 
     std::mutex _mutex;
     HGLOBAL _memory;
-    uint64_t _size;
+    std::uint64_t _size;
     bool _freeIt;
 };
 
 class GlobalStream final : public IStream
 {
 public:
-    GlobalStream(std::shared_ptr<SharedBlock> block, uint64_t position) : _block(std::move(block)), _position(position)
+    GlobalStream(std::shared_ptr<SharedBlock> block, std::uint64_t position)
+        : _block(std::move(block)),
+          _position(position)
     {
     }
 
@@ -148,7 +151,7 @@ public:
         if (buffer == nullptr)
             return STG_E_INVALIDPOINTER;
         std::lock_guard lock(_block->Mutex());
-        const size_t done = _block->Read(_position, buffer, count);
+        const std::size_t done = _block->Read(_position, buffer, count);
         _position += done;
         if (read != nullptr)
             *read = static_cast<ULONG>(done);
@@ -176,14 +179,14 @@ public:
     {
         std::lock_guard lock(_block->Mutex());
         HRESULT result = S_OK;
-        uint64_t target = 0;
+        std::uint64_t target = 0;
         if (origin > STREAM_SEEK_END)
             result = STG_E_SEEKERROR;
         else
         {
-            const uint64_t start = origin == STREAM_SEEK_SET   ? 0
-                                   : origin == STREAM_SEEK_CUR ? _position
-                                                               : _block->Size();
+            const std::uint64_t start = origin == STREAM_SEEK_SET   ? 0
+                                        : origin == STREAM_SEEK_CUR ? _position
+                                                                    : _block->Size();
             // No position before the start, and none that a caller couldn't reach again with a signed number.
             if (__builtin_add_overflow(start, move.QuadPart, &target) || target > INT64_MAX)
                 result = STG_E_SEEKERROR;
@@ -203,7 +206,7 @@ public:
 
     HRESULT CopyTo(IStream* target, ULARGE_INTEGER count, ULARGE_INTEGER* read, ULARGE_INTEGER* written) override
     {
-        uint64_t totalRead = 0, totalWritten = 0;
+        std::uint64_t totalRead = 0, totalWritten = 0;
         const HRESULT result =
             target != nullptr ? Copy(*target, count.QuadPart, totalRead, totalWritten) : STG_E_INVALIDPOINTER;
         if (read != nullptr)
@@ -243,14 +246,14 @@ public:
 private:
     ~GlobalStream() = default;
 
-    HRESULT Copy(IStream& target, uint64_t count, uint64_t& totalRead, uint64_t& totalWritten)
+    HRESULT Copy(IStream& target, std::uint64_t count, std::uint64_t& totalRead, std::uint64_t& totalWritten)
     {
         constexpr ULONG kChunk = 0x10000;
         const std::unique_ptr<char[]> chunk(new (std::nothrow) char[kChunk]);
         if (chunk == nullptr)
             return E_OUTOFMEMORY;
         // What the target appends isn't copied again if it stands on the same block.
-        uint64_t remaining = RemainingBytes();
+        std::uint64_t remaining = RemainingBytes();
         remaining = count < remaining ? count : remaining;
         while (remaining != 0)
         {
@@ -272,7 +275,7 @@ private:
         return S_OK;
     }
 
-    uint64_t RemainingBytes()
+    std::uint64_t RemainingBytes()
     {
         std::lock_guard lock(_block->Mutex());
         return _block->Size() > _position ? _block->Size() - _position : 0;
@@ -280,7 +283,7 @@ private:
 
     ReferenceCount _references;
     std::shared_ptr<SharedBlock> _block;
-    uint64_t _position;
+    std::uint64_t _position;
 };
 
 HRESULT CreateStream(HGLOBAL memory, bool freeIt, IStream** stream)

@@ -17,7 +17,7 @@ public:
     ULONG Drop() { return _count.fetch_sub(1, std::memory_order_acq_rel) - 1; }
 
 private:
-    std::atomic<ULONG> _count{1};
+    std::atomic<ULONG> _count = 1;
 };
 
 } // namespace qxplatform

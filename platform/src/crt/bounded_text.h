@@ -12,10 +12,10 @@ namespace qxplatform
 class BoundedText
 {
 public:
-    BoundedText(wchar_t* target, size_t capacity) : _target(target), _capacity(capacity) {}
+    BoundedText(wchar_t* target, std::size_t capacity) : _target(target), _capacity(capacity) {}
 
     // The length that the whole text has, whether it fitted or not.
-    size_t Length() const { return _length; }
+    std::size_t Length() const { return _length; }
     bool Fits() const { return _length <= _capacity; }
 
     void Append(wchar_t c)
@@ -40,23 +40,23 @@ public:
         _length += bytes.size();
     }
 
-    void Fill(wchar_t c, size_t count)
+    void Fill(wchar_t c, std::size_t count)
     {
         wmemset(_target + Position(), c, Room(count));
         _length += count;
     }
 
 private:
-    size_t Position() const { return Fits() ? _length : _capacity; }
-    size_t Room(size_t wanted) const
+    std::size_t Position() const { return Fits() ? _length : _capacity; }
+    std::size_t Room(std::size_t wanted) const
     {
-        const size_t left = _capacity - Position();
+        const std::size_t left = _capacity - Position();
         return wanted < left ? wanted : left;
     }
 
     wchar_t* _target;
-    size_t _capacity;
-    size_t _length = 0;
+    std::size_t _capacity;
+    std::size_t _length = 0;
 };
 
 } // namespace qxplatform

@@ -12,14 +12,14 @@ namespace
 {
 
 // More than any result can have; a field so wide makes the result too long for its count.
-constexpr size_t GreatestWidth = std::numeric_limits<int>::max();
+constexpr std::size_t GreatestWidth = std::numeric_limits<int>::max();
 
-size_t ReadNumber(const wchar_t*& format)
+std::size_t ReadNumber(const wchar_t*& format)
 {
-    size_t number = 0;
+    std::size_t number = 0;
     for (; *format >= L'0' && *format <= L'9'; ++format)
         if (number <= GreatestWidth)
-            number = number * 10 + static_cast<size_t>(*format - L'0');
+            number = number * 10 + static_cast<std::size_t>(*format - L'0');
     return number < GreatestWidth ? number : GreatestWidth;
 }
 
@@ -60,7 +60,7 @@ void ReadWidth(const wchar_t*& format, Conversion& conversion, Arguments& argume
     ++format;
     const long long width = arguments.Next<int>();
     conversion.left = conversion.left || width < 0;
-    conversion.width = static_cast<size_t>(width < 0 ? -width : width);
+    conversion.width = static_cast<std::size_t>(width < 0 ? -width : width);
 }
 
 void ReadPrecision(const wchar_t*& format, Conversion& conversion, Arguments& arguments)
@@ -76,7 +76,7 @@ void ReadPrecision(const wchar_t*& format, Conversion& conversion, Arguments& ar
     ++format;
     const int precision = arguments.Next<int>();
     if (precision >= 0)
-        conversion.precision = static_cast<size_t>(precision);
+        conversion.precision = static_cast<std::size_t>(precision);
 }
 
 bool Skip(const wchar_t*& format, std::wstring_view text)

@@ -45,8 +45,8 @@ struct Conversion
     bool blank = false;
     bool alternate = false;
     bool zero = false;
-    size_t width = 0;
-    std::optional<size_t> precision;
+    std::size_t width = 0;
+    std::optional<std::size_t> precision;
     ArgumentSize size = ArgumentSize::Default;
     wchar_t letter = 0; // 0 if the format ended within the conversion
 };

@@ -14,16 +14,17 @@ namespace
 // How many digits the value has behind the decimal point: one for each binary place there.
 int FractionDigits(double value)
 {
-    constexpr int mantissaBits = 52;
-    constexpr int bias = 1023;
-    const auto bits = std::bit_cast<uint64_t>(value);
-    const int storedExponent = static_cast<int>(bits >> mantissaBits);
-    uint64_t mantissa = bits & ((uint64_t{1} << mantissaBits) - 1);
+    constexpr int kMantissaBits = 52;
+    constexpr int kBias = 1023;
+    const auto bits = std::bit_cast<std::uint64_t>(value);
+    const int storedExponent = static_cast<int>(bits >> kMantissaBits);
+    std::uint64_t mantissa = bits & ((std::uint64_t{1} << kMantissaBits) - 1);
     if (storedExponent != 0)
-        mantissa |= uint64_t{1} << mantissaBits;
+        mantissa |= std::uint64_t{1} << kMantissaBits;
     if (mantissa == 0)
         return 0;
-    const int lowestBit = (storedExponent != 0 ? storedExponent : 1) - bias - mantissaBits + std::countr_zero(mantissa);
+    const int lowestBit =
+        (storedExponent != 0 ? storedExponent : 1) - kBias - kMantissaBits + std::countr_zero(mantissa);
     return lowestBit < 0 ? -lowestBit : 0;
 }
 
@@ -34,10 +35,10 @@ Decimal::Decimal(double value)
     char* const begin = _digits.data();
     const auto printed =
         std::to_chars(begin, begin + _digits.size(), value, std::chars_format::fixed, FractionDigits(value));
-    const std::string_view text(begin, static_cast<size_t>(printed.ptr - begin));
+    const std::string_view text(begin, static_cast<std::size_t>(printed.ptr - begin));
 
-    const size_t integerDigits = std::min(text.find('.'), text.size());
-    size_t first = 0;
+    const std::size_t integerDigits = std::min(text.find('.'), text.size());
+    std::size_t first = 0;
     while (first < text.size() && (text[first] == '0' || text[first] == '.'))
         ++first;
     if (first == text.size())
@@ -62,8 +63,8 @@ void Decimal::Round(long long digits)
 {
     if (digits >= static_cast<long long>(_count))
         return;
-    const bool up = digits >= 0 && _digits[static_cast<size_t>(digits)] >= '5';
-    _count = digits > 0 ? static_cast<size_t>(digits) : 0;
+    const bool up = digits >= 0 && _digits[static_cast<std::size_t>(digits)] >= '5';
+    _count = digits > 0 ? static_cast<std::size_t>(digits) : 0;
     if (up)
         CarryUp();
     else if (_count == 0)

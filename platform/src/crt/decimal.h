@@ -17,9 +17,9 @@ public:
     // Something that is treated as if it were digits.
     explicit Decimal(std::string_view digits);
 
-    size_t Count() const { return _count; }
+    std::size_t Count() const { return _count; }
     int Exponent() const { return _exponent; }
-    char Digit(size_t index) const { return index < _count ? _digits[index] : '0'; }
+    char Digit(std::size_t index) const { return index < _count ? _digits[index] : '0'; }
 
     // Keeps that many digits, half upwards; with 0 or fewer, what is left is 0 or the 1 that rounding gave.
     void Round(long long digits);
@@ -30,7 +30,7 @@ private:
 
     // The smallest numbers have 1074 digits behind the point.
     std::array<char, 1100> _digits;
-    size_t _count = 0;
+    std::size_t _count = 0;
     int _exponent = 0;
 };
 

@@ -5,6 +5,7 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstdint>
 
 namespace qxplatform
 {
@@ -12,7 +13,7 @@ namespace qxplatform
 namespace
 {
 
-constexpr size_t DefaultPrecision = 6;
+constexpr std::size_t DefaultPrecision = 6;
 
 class CharBuffer
 {
@@ -23,7 +24,7 @@ public:
 private:
     // Digits before the point, the point, and all that the smallest numbers have behind it.
     std::array<char, 1500> _text;
-    size_t _length = 0;
+    std::size_t _length = 0;
 };
 
 // `e+004`: an exponent has at least three digits.
@@ -38,19 +39,19 @@ std::string_view ExponentText(std::array<char, 8>& buffer, char letter, int expo
 // The point, if something follows it or the flags ask for it, and `precision` digits from the one at `index` on; the
 // zeros behind the last digit are only counted.
 void AppendFraction(
-    CharBuffer& text, NumberText& number, const Decimal& value, long long index, size_t precision, bool point)
+    CharBuffer& text, NumberText& number, const Decimal& value, long long index, std::size_t precision, bool point)
 {
     if (precision != 0 || point)
         text.Append('.');
     for (; index < 0 && precision != 0; ++index, --precision)
         text.Append('0');
     for (; precision != 0 && index < static_cast<long long>(value.Count()); ++index, --precision)
-        text.Append(value.Digit(static_cast<size_t>(index)));
+        text.Append(value.Digit(static_cast<std::size_t>(index)));
     number.trailingZeros = precision;
 }
 
-void AppendFixed(
-    BoundedText& target, const Conversion& conversion, const Decimal& value, size_t precision, std::string_view sign)
+void AppendFixed(BoundedText& target, const Conversion& conversion, const Decimal& value, std::size_t precision,
+    std::string_view sign)
 {
     CharBuffer text;
     NumberText number;
@@ -59,13 +60,13 @@ void AppendFixed(
     if (exponent < 0)
         text.Append('0');
     for (int i = 0; i <= exponent; ++i)
-        text.Append(value.Digit(static_cast<size_t>(i)));
+        text.Append(value.Digit(static_cast<std::size_t>(i)));
     AppendFraction(text, number, value, exponent + 1LL, precision, conversion.alternate);
     number.digits = text.View();
     AppendNumber(target, conversion, number);
 }
 
-void AppendScientific(BoundedText& target, const Conversion& conversion, const Decimal& value, size_t precision,
+void AppendScientific(BoundedText& target, const Conversion& conversion, const Decimal& value, std::size_t precision,
     std::string_view sign, char letter)
 {
     CharBuffer text;
@@ -80,7 +81,7 @@ void AppendScientific(BoundedText& target, const Conversion& conversion, const D
 }
 
 // The shorter one of the two forms, without trailing zeros unless the flags ask for them.
-void AppendGeneral(BoundedText& target, const Conversion& conversion, Decimal value, size_t precision,
+void AppendGeneral(BoundedText& target, const Conversion& conversion, Decimal value, std::size_t precision,
     std::string_view sign, char letter)
 {
     const auto digits = static_cast<long long>(precision == 0 ? 1 : precision);
@@ -90,9 +91,9 @@ void AppendGeneral(BoundedText& target, const Conversion& conversion, Decimal va
     const long long exponent = value.Exponent();
     const long long shown = conversion.alternate ? digits : static_cast<long long>(value.Count());
     if (exponent < -4 || exponent >= digits)
-        AppendScientific(target, conversion, value, static_cast<size_t>(shown - 1), sign, letter);
+        AppendScientific(target, conversion, value, static_cast<std::size_t>(shown - 1), sign, letter);
     else
-        AppendFixed(target, conversion, value, static_cast<size_t>(std::max(shown - 1 - exponent, 0LL)), sign);
+        AppendFixed(target, conversion, value, static_cast<std::size_t>(std::max(shown - 1 - exponent, 0LL)), sign);
 }
 
 // What isn't a number is shown as if it were digits, so that it is cut and even rounded like them.
@@ -102,39 +103,39 @@ Decimal DigitsOf(double value)
         return Decimal("1#INF");
     if (!std::isnan(value))
         return Decimal(std::fabs(value));
-    constexpr uint64_t indefinite = 0xFFF8000000000000;
-    constexpr uint64_t quiet = 0x0008000000000000;
-    const auto bits = std::bit_cast<uint64_t>(value);
-    if (bits == indefinite)
+    constexpr std::uint64_t kIndefinite = 0xFFF8000000000000;
+    constexpr std::uint64_t kQuiet = 0x0008000000000000;
+    const auto bits = std::bit_cast<std::uint64_t>(value);
+    if (bits == kIndefinite)
         return Decimal("1#IND");
-    return Decimal(bits & quiet ? "1#QNAN" : "1#SNAN");
+    return Decimal(bits & kQuiet ? "1#QNAN" : "1#SNAN");
 }
 
 // `0x1.8000000000000p+0`
 void AppendHexadecimal(BoundedText& target, const Conversion& conversion, double value, bool upperCase)
 {
-    constexpr int mantissaDigits = 13;
-    constexpr uint64_t hiddenBit = uint64_t{1} << (mantissaDigits * 4);
-    const auto bits = std::bit_cast<uint64_t>(value);
-    const int storedExponent = static_cast<int>(bits >> (mantissaDigits * 4)) & 0x7ff;
-    uint64_t mantissa = bits & (hiddenBit - 1);
+    constexpr int kMantissaDigits = 13;
+    constexpr std::uint64_t kHiddenBit = std::uint64_t{1} << (kMantissaDigits * 4);
+    const auto bits = std::bit_cast<std::uint64_t>(value);
+    const int storedExponent = static_cast<int>(bits >> (kMantissaDigits * 4)) & 0x7ff;
+    std::uint64_t mantissa = bits & (kHiddenBit - 1);
     if (storedExponent != 0)
-        mantissa |= hiddenBit;
+        mantissa |= kHiddenBit;
     int exponent = mantissa == 0 ? 0 : (storedExponent != 0 ? storedExponent : 1) - 1023;
 
-    const size_t precision = conversion.precision.value_or(mantissaDigits);
-    const auto shownDigits = static_cast<int>(std::min<size_t>(precision, mantissaDigits));
-    const int droppedBits = (mantissaDigits - shownDigits) * 4;
+    const std::size_t precision = conversion.precision.value_or(kMantissaDigits);
+    const auto shownDigits = static_cast<int>(std::min<std::size_t>(precision, kMantissaDigits));
+    const int droppedBits = (kMantissaDigits - shownDigits) * 4;
     if (droppedBits != 0)
-        mantissa += uint64_t{1} << (droppedBits - 1);
+        mantissa += std::uint64_t{1} << (droppedBits - 1);
 
     const char* const digits = upperCase ? "0123456789ABCDEF" : "0123456789abcdef";
     CharBuffer text;
-    text.Append(digits[mantissa / hiddenBit]);
+    text.Append(digits[mantissa / kHiddenBit]);
     if (precision != 0 || conversion.alternate)
         text.Append('.');
     for (int i = 1; i <= shownDigits; ++i)
-        text.Append(digits[(mantissa >> ((mantissaDigits - i) * 4)) & 0xf]);
+        text.Append(digits[(mantissa >> ((kMantissaDigits - i) * 4)) & 0xf]);
 
     CharBuffer prefix, suffix;
     for (const char c : SignText(conversion, std::signbit(value)))
@@ -148,7 +149,7 @@ void AppendHexadecimal(BoundedText& target, const Conversion& conversion, double
         suffix.Append(static_cast<char>('0' + exponent / unit % 10));
 
     AppendNumber(target, conversion,
-        {prefix.View(), 0, text.View(), precision - static_cast<size_t>(shownDigits), suffix.View()});
+        {prefix.View(), 0, text.View(), precision - static_cast<std::size_t>(shownDigits), suffix.View()});
 }
 
 } // namespace
@@ -161,7 +162,7 @@ void AppendFloat(BoundedText& target, const Conversion& conversion, double value
 
     Decimal decimal = DigitsOf(value);
     const std::string_view sign = SignText(conversion, std::signbit(value));
-    const size_t precision = conversion.precision.value_or(DefaultPrecision);
+    const std::size_t precision = conversion.precision.value_or(DefaultPrecision);
     const auto places = static_cast<long long>(precision);
     switch (conversion.letter)
     {

@@ -2,6 +2,7 @@
 
 #include "number_text.h"
 
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <string_view>
@@ -12,7 +13,7 @@ namespace qxplatform
 namespace
 {
 
-int64_t NextSigned(Arguments& arguments, ArgumentSize size)
+std::int64_t NextSigned(Arguments& arguments, ArgumentSize size)
 {
     if (size == ArgumentSize::Bits64)
         return arguments.Next<long long>();
@@ -20,7 +21,7 @@ int64_t NextSigned(Arguments& arguments, ArgumentSize size)
     return size == ArgumentSize::Short ? static_cast<short>(value) : value;
 }
 
-uint64_t NextUnsigned(Arguments& arguments, ArgumentSize size)
+std::uint64_t NextUnsigned(Arguments& arguments, ArgumentSize size)
 {
     if (size == ArgumentSize::Bits64)
         return arguments.Next<unsigned long long>();
@@ -40,7 +41,7 @@ bool IsNarrow(const Conversion& conversion)
 template <class View>
 void AppendText(BoundedText& target, const Conversion& conversion, View text)
 {
-    const size_t fill = conversion.width > text.size() ? conversion.width - text.size() : 0;
+    const std::size_t fill = conversion.width > text.size() ? conversion.width - text.size() : 0;
     if (!conversion.left)
         target.Fill(conversion.zero ? L'0' : L' ', fill);
     target.Append(text);
@@ -51,7 +52,7 @@ void AppendText(BoundedText& target, const Conversion& conversion, View text)
 void AppendString(BoundedText& target, const Conversion& conversion, Arguments& arguments)
 {
     // A text with a precision need not be terminated.
-    const size_t limit = conversion.precision.value_or(std::numeric_limits<int>::max());
+    const std::size_t limit = conversion.precision.value_or(std::numeric_limits<int>::max());
     if (IsNarrow(conversion))
     {
         const char* text = arguments.Next<const char*>();
@@ -70,7 +71,7 @@ void AppendCharacter(BoundedText& target, const Conversion& conversion, Argument
 {
     const int argument = arguments.Next<int>();
     const wchar_t c = IsNarrow(conversion) ? static_cast<unsigned char>(argument) : static_cast<wchar_t>(argument);
-    const size_t length = conversion.precision && *conversion.precision == 0 ? 0 : 1;
+    const std::size_t length = conversion.precision && *conversion.precision == 0 ? 0 : 1;
     AppendText(target, conversion, std::wstring_view(&c, length));
 }
 
@@ -130,7 +131,7 @@ void Format(BoundedText& target, const wchar_t* format, Arguments& arguments)
         const wchar_t* literal = format;
         while (*format != 0 && *format != L'%')
             ++format;
-        target.Append(std::wstring_view(literal, static_cast<size_t>(format - literal)));
+        target.Append(std::wstring_view(literal, static_cast<std::size_t>(format - literal)));
         if (*format == 0)
             return;
         ++format;

@@ -8,7 +8,7 @@
 namespace
 {
 
-std::atomic<_invalid_parameter_handler> theHandler{nullptr};
+std::atomic<_invalid_parameter_handler> theHandler = nullptr;
 
 } // namespace
 

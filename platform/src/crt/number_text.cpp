@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cstdint>
 
 namespace qxplatform
 {
@@ -11,19 +12,19 @@ namespace
 
 using DigitBuffer = std::array<char, 24>; // 64 bits have 22 octal digits
 
-std::string_view Digits(DigitBuffer& buffer, uint64_t value, int base, bool upperCase)
+std::string_view Digits(DigitBuffer& buffer, std::uint64_t value, int base, bool upperCase)
 {
     char* end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, base).ptr;
     if (upperCase)
         for (char* digit = buffer.data(); digit != end; ++digit)
             if (*digit >= 'a')
                 *digit = static_cast<char>(*digit - ('a' - 'A'));
-    return {buffer.data(), static_cast<size_t>(end - buffer.data())};
+    return {buffer.data(), static_cast<std::size_t>(end - buffer.data())};
 }
 
 // Brings the digits to the precision, which is their least number. A precision of 0 leaves nothing of the number 0, and
 // a precision switches the filling with zeros off.
-void AppendInteger(BoundedText& target, Conversion conversion, uint64_t value, NumberText number)
+void AppendInteger(BoundedText& target, Conversion conversion, std::uint64_t value, NumberText number)
 {
     if (conversion.precision)
     {
@@ -52,9 +53,9 @@ std::string_view SignText(const Conversion& conversion, bool negative)
 
 void AppendNumber(BoundedText& target, const Conversion& conversion, const NumberText& number)
 {
-    const size_t length =
+    const std::size_t length =
         number.prefix.size() + number.leadingZeros + number.digits.size() + number.trailingZeros + number.suffix.size();
-    const size_t fill = conversion.width > length ? conversion.width - length : 0;
+    const std::size_t fill = conversion.width > length ? conversion.width - length : 0;
     const bool zeros = conversion.zero && !conversion.left;
 
     if (!conversion.left && !zeros)
@@ -70,18 +71,18 @@ void AppendNumber(BoundedText& target, const Conversion& conversion, const Numbe
         target.Fill(L' ', fill);
 }
 
-void AppendSigned(BoundedText& target, const Conversion& conversion, int64_t value)
+void AppendSigned(BoundedText& target, const Conversion& conversion, std::int64_t value)
 {
     DigitBuffer buffer;
-    const auto bits = static_cast<uint64_t>(value);
-    const uint64_t magnitude = value < 0 ? 0 - bits : bits;
+    const auto bits = static_cast<std::uint64_t>(value);
+    const std::uint64_t magnitude = value < 0 ? 0 - bits : bits;
     NumberText number;
     number.prefix = SignText(conversion, value < 0);
     number.digits = Digits(buffer, magnitude, 10, false);
     AppendInteger(target, conversion, magnitude, number);
 }
 
-void AppendUnsigned(BoundedText& target, const Conversion& conversion, uint64_t value)
+void AppendUnsigned(BoundedText& target, const Conversion& conversion, std::uint64_t value)
 {
     DigitBuffer buffer;
     NumberText number;
@@ -110,7 +111,7 @@ void AppendPointer(BoundedText& target, const Conversion& conversion, const void
     Conversion hexadecimal = conversion;
     hexadecimal.letter = L'X';
     hexadecimal.precision = sizeof(pointer) * 2;
-    AppendUnsigned(target, hexadecimal, reinterpret_cast<uintptr_t>(pointer));
+    AppendUnsigned(target, hexadecimal, reinterpret_cast<std::uintptr_t>(pointer));
 }
 
 } // namespace qxplatform

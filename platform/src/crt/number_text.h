@@ -4,6 +4,7 @@
 #include "bounded_text.h"
 #include "conversion.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -15,16 +16,16 @@ namespace qxplatform
 struct NumberText
 {
     std::string_view prefix; // sign and base
-    size_t leadingZeros = 0;
+    std::size_t leadingZeros = 0;
     std::string_view digits;
-    size_t trailingZeros = 0;
+    std::size_t trailingZeros = 0;
     std::string_view suffix; // exponent
 };
 
 void AppendNumber(BoundedText& target, const Conversion& conversion, const NumberText& number);
 
-void AppendSigned(BoundedText& target, const Conversion& conversion, int64_t value);
-void AppendUnsigned(BoundedText& target, const Conversion& conversion, uint64_t value);
+void AppendSigned(BoundedText& target, const Conversion& conversion, std::int64_t value);
+void AppendUnsigned(BoundedText& target, const Conversion& conversion, std::uint64_t value);
 void AppendPointer(BoundedText& target, const Conversion& conversion, const void* pointer);
 void AppendFloat(BoundedText& target, const Conversion& conversion, double value);
 

@@ -11,13 +11,13 @@ namespace
 
 int Count(const BoundedText& text)
 {
-    constexpr size_t greatest = std::numeric_limits<int>::max();
-    return text.Length() <= greatest ? static_cast<int>(text.Length()) : -1;
+    constexpr std::size_t kGreatest = std::numeric_limits<int>::max();
+    return text.Length() <= kGreatest ? static_cast<int>(text.Length()) : -1;
 }
 
 } // namespace
 
-int _vsnwprintf(wchar_t* target, size_t size, const wchar_t* format, va_list arguments)
+int _vsnwprintf(wchar_t* target, std::size_t size, const wchar_t* format, va_list arguments)
 {
     Arguments list(arguments);
     wchar_t nothing = 0;
@@ -32,7 +32,7 @@ int _vsnwprintf(wchar_t* target, size_t size, const wchar_t* format, va_list arg
     return Count(text);
 }
 
-int _snwprintf(wchar_t* target, size_t size, const wchar_t* format, ...)
+int _snwprintf(wchar_t* target, std::size_t size, const wchar_t* format, ...)
 {
     va_list arguments;
     va_start(arguments, format);

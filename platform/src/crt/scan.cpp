@@ -22,7 +22,7 @@ public:
     explicit Input(std::wstring_view text) : _rest(text), _length(text.size()) {}
 
     bool AtEnd() const { return _rest.empty(); }
-    size_t Taken() const { return _length - _rest.size(); }
+    std::size_t Taken() const { return _length - _rest.size(); }
     wchar_t Next() const { return _rest.empty() ? L'\0' : _rest.front(); }
     void Take() { _rest.remove_prefix(1); }
 
@@ -42,7 +42,7 @@ public:
 
 private:
     std::wstring_view _rest;
-    size_t _length;
+    std::size_t _length;
 };
 
 int HexDigitValue(wchar_t c)
@@ -58,16 +58,16 @@ int HexDigitValue(wchar_t c)
 class IntegerScan
 {
 public:
-    IntegerScan(Input& input, size_t width) : _input(input), _left(width) {}
+    IntegerScan(Input& input, std::size_t width) : _input(input), _left(width) {}
 
-    std::optional<uint64_t> Read(int base)
+    std::optional<std::uint64_t> Read(int base)
     {
         const bool negative = Accept(L'-');
         if (!negative)
             Accept(L'+');
         if (base == 0 || base == 16)
             base = ReadPrefix(base);
-        uint64_t value = 0;
+        std::uint64_t value = 0;
         while (_left != 0 && HexDigitValue(_input.Next()) < base)
         {
             value = value * static_cast<unsigned>(base) + static_cast<unsigned>(HexDigitValue(_input.Next()));
@@ -105,14 +105,14 @@ private:
     }
 
     Input& _input;
-    size_t _left;
+    std::size_t _left;
     bool _found = false;
 };
 
 struct Field
 {
     bool stored = true;
-    size_t width = std::numeric_limits<size_t>::max();
+    std::size_t width = std::numeric_limits<std::size_t>::max();
     ArgumentSize size = ArgumentSize::Default;
     wchar_t letter = 0;
 };
@@ -125,9 +125,9 @@ Field ReadField(const wchar_t*& format)
         field.stored = false;
         ++format;
     }
-    size_t width = 0;
+    std::size_t width = 0;
     for (; *format >= L'0' && *format <= L'9'; ++format)
-        width = width * 10 + static_cast<size_t>(*format - L'0');
+        width = width * 10 + static_cast<std::size_t>(*format - L'0');
     if (width != 0)
         field.width = width;
     field.size = ReadArgumentSize(format);
@@ -157,14 +157,14 @@ std::optional<int> BaseOf(wchar_t letter)
     }
 }
 
-void Store(Arguments& arguments, const Field& field, uint64_t value)
+void Store(Arguments& arguments, const Field& field, std::uint64_t value)
 {
     if (field.size == ArgumentSize::Bits64 || field.letter == L'p')
-        *arguments.Next<uint64_t*>() = value;
+        *arguments.Next<std::uint64_t*>() = value;
     else if (field.size == ArgumentSize::Short)
-        *arguments.Next<uint16_t*>() = static_cast<uint16_t>(value);
+        *arguments.Next<std::uint16_t*>() = static_cast<std::uint16_t>(value);
     else
-        *arguments.Next<uint32_t*>() = static_cast<uint32_t>(value);
+        *arguments.Next<std::uint32_t*>() = static_cast<std::uint32_t>(value);
 }
 
 class Scan
@@ -211,7 +211,7 @@ private:
         const std::optional<int> base = BaseOf(field.letter);
         if (!base)
             return false;
-        const std::optional<uint64_t> value = IntegerScan(_input, field.width).Read(*base);
+        const std::optional<std::uint64_t> value = IntegerScan(_input, field.width).Read(*base);
         if (!value)
             return false;
         if (field.stored)
@@ -229,7 +229,7 @@ private:
 
 } // namespace
 
-int _snwscanf(const wchar_t* text, size_t length, const wchar_t* format, ...)
+int _snwscanf(const wchar_t* text, std::size_t length, const wchar_t* format, ...)
 {
     va_list list;
     va_start(list, format);

@@ -31,11 +31,11 @@ PathParts Split(std::wstring_view path)
         parts.drive = path.substr(0, 2);
         path.remove_prefix(2);
     }
-    const size_t separator = path.find_last_of(L"/\\");
-    const size_t nameStart = separator == path.npos ? 0 : separator + 1;
+    const std::size_t separator = path.find_last_of(L"/\\");
+    const std::size_t nameStart = separator == path.npos ? 0 : separator + 1;
     parts.directory = path.substr(0, nameStart);
     path.remove_prefix(nameStart);
-    const size_t nameLength = std::min(path.rfind(L'.'), path.size());
+    const std::size_t nameLength = std::min(path.rfind(L'.'), path.size());
     parts.name = path.substr(0, nameLength);
     parts.extension = path.substr(nameLength);
     return parts;
@@ -45,7 +45,7 @@ PathParts Split(std::wstring_view path)
 struct PartTarget
 {
     wchar_t* buffer;
-    size_t size;
+    std::size_t size;
 
     bool IsValid() const { return (buffer == nullptr) == (size == 0); }
     bool HasRoom(std::wstring_view part) const { return !buffer || part.size() < size; }
@@ -60,7 +60,7 @@ struct PartTarget
 class PathTarget
 {
 public:
-    PathTarget(wchar_t* buffer, size_t size) : _buffer(buffer), _size(size) {}
+    PathTarget(wchar_t* buffer, std::size_t size) : _buffer(buffer), _size(size) {}
 
     void Append(std::wstring_view text)
     {
@@ -78,8 +78,8 @@ public:
 
 private:
     wchar_t* _buffer;
-    size_t _size;
-    size_t _length = 0;
+    std::size_t _size;
+    std::size_t _length = 0;
     bool _fits = true;
 };
 
@@ -92,8 +92,9 @@ std::wstring_view ViewOf(const wchar_t* text)
 
 using qxplatform::RefuseParameter;
 
-errno_t _wsplitpath_s(const wchar_t* path, wchar_t* drive, size_t driveSize, wchar_t* directory, size_t directorySize,
-    wchar_t* name, size_t nameSize, wchar_t* extension, size_t extensionSize) noexcept
+errno_t _wsplitpath_s(const wchar_t* path, wchar_t* drive, std::size_t driveSize, wchar_t* directory,
+    std::size_t directorySize, wchar_t* name, std::size_t nameSize, wchar_t* extension,
+    std::size_t extensionSize) noexcept
 {
     const PartTarget targets[] = {
         {drive, driveSize}, {directory, directorySize}, {name, nameSize}, {extension, extensionSize}};
@@ -106,15 +107,15 @@ errno_t _wsplitpath_s(const wchar_t* path, wchar_t* drive, size_t driveSize, wch
     const PathParts parts = Split(path);
     const std::wstring_view texts[] = {parts.drive, parts.directory, parts.name, parts.extension};
     bool fits = true;
-    for (size_t i = 0; i < std::size(targets); ++i)
+    for (std::size_t i = 0; i < std::size(targets); ++i)
         fits = fits && targets[i].HasRoom(texts[i]);
-    for (size_t i = 0; i < std::size(targets); ++i)
+    for (std::size_t i = 0; i < std::size(targets); ++i)
         targets[i].Take(fits ? texts[i] : std::wstring_view());
     return fits ? 0 : RefuseParameter(ERANGE);
 }
 
-errno_t _wmakepath_s(wchar_t* path, size_t size, const wchar_t* drive, const wchar_t* directory, const wchar_t* name,
-    const wchar_t* extension) noexcept
+errno_t _wmakepath_s(wchar_t* path, std::size_t size, const wchar_t* drive, const wchar_t* directory,
+    const wchar_t* name, const wchar_t* extension) noexcept
 {
     if (!path || size == 0)
         return RefuseParameter(EINVAL);

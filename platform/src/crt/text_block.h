@@ -26,16 +26,16 @@ constexpr bool ReadsWholeBlocks = true;
 constexpr bool ReadsWholeBlocks = true;
 #endif
 
-constexpr size_t BlockLength = 8;
+constexpr std::size_t BlockLength = 8;
 
 // The compiler's own vectors, which it has for every processor. A comparison of them has all bits set in each element
 // for which it holds.
-typedef uint16_t BlockUnits __attribute__((vector_size(16)));
-typedef int16_t BlockTruths __attribute__((vector_size(16)));
+typedef std::uint16_t BlockUnits __attribute__((vector_size(16)));
+typedef std::int16_t BlockTruths __attribute__((vector_size(16)));
 
 inline BlockUnits EightOf(wchar_t c)
 {
-    const auto unit = static_cast<uint16_t>(c);
+    const auto unit = static_cast<std::uint16_t>(c);
     return BlockUnits{unit, unit, unit, unit, unit, unit, unit, unit};
 }
 
@@ -56,9 +56,9 @@ public:
 #else
         constexpr BlockUnits places = {0x3, 0xc, 0x30, 0xc0, 0x300, 0xc00, 0x3000, 0xc000};
         const BlockUnits bits = reinterpret_cast<BlockUnits>(_lanes) & places;
-        uint64_t halves[2];
+        std::uint64_t halves[2];
         std::memcpy(halves, &bits, sizeof halves);
-        uint64_t all = halves[0] | halves[1];
+        std::uint64_t all = halves[0] | halves[1];
         all |= all >> 32;
         all |= all >> 16;
         return static_cast<unsigned>(all & 0xffff);
@@ -66,9 +66,9 @@ public:
     }
 
     static constexpr unsigned All = 0xffff;
-    static size_t First(unsigned mask)
+    static std::size_t First(unsigned mask)
     {
-        return static_cast<size_t>(__builtin_ctz(mask)) / 2;
+        return static_cast<std::size_t>(__builtin_ctz(mask)) / 2;
     }
 
 private:
@@ -102,21 +102,22 @@ private:
 // Where the aligned block that holds *text starts; it lies in one page.
 inline const wchar_t* BlockStart(const wchar_t* text)
 {
-    return reinterpret_cast<const wchar_t*>(reinterpret_cast<uintptr_t>(text) & ~uintptr_t{sizeof(TextBlock) - 1});
+    return reinterpret_cast<const wchar_t*>(
+        reinterpret_cast<std::uintptr_t>(text) & ~std::uintptr_t{sizeof(TextBlock) - 1});
 }
 
 // Four aligned blocks lie in one page as well, if the first of them starts so.
-constexpr size_t LineLength = 4 * BlockLength;
+constexpr std::size_t LineLength = 4 * BlockLength;
 inline bool IsLineStart(const wchar_t* text)
 {
-    return (reinterpret_cast<uintptr_t>(text) & (4 * sizeof(TextBlock) - 1)) == 0;
+    return (reinterpret_cast<std::uintptr_t>(text) & (4 * sizeof(TextBlock) - 1)) == 0;
 }
 
 // Whether eight characters from here on lie in one page, so that they can be read wherever the text ends.
 inline bool FitsInPage(const wchar_t* text)
 {
-    constexpr uintptr_t pageSize = 4096;
-    return (reinterpret_cast<uintptr_t>(text) & (pageSize - 1)) <= pageSize - sizeof(TextBlock);
+    constexpr std::uintptr_t kPageSize = 4096;
+    return (reinterpret_cast<std::uintptr_t>(text) & (kPageSize - 1)) <= kPageSize - sizeof(TextBlock);
 }
 
 } // namespace qxplatform

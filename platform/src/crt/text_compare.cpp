@@ -9,7 +9,7 @@ using namespace qxplatform;
 namespace
 {
 
-constexpr size_t WholeText = std::numeric_limits<size_t>::max();
+constexpr std::size_t WholeText = std::numeric_limits<std::size_t>::max();
 
 struct Exact
 {
@@ -25,7 +25,7 @@ struct WithoutCase
 
 // The order of two terminated texts by their characters as `Form` gives them, in at most `limit` characters.
 template <class Form>
-int Compare(const wchar_t* a, const wchar_t* b, size_t limit)
+int Compare(const wchar_t* a, const wchar_t* b, std::size_t limit)
 {
     while (limit != 0)
     {
@@ -41,7 +41,7 @@ int Compare(const wchar_t* a, const wchar_t* b, size_t limit)
                 limit -= BlockLength;
                 continue;
             }
-            const size_t index = BlockLanes::First(stop);
+            const std::size_t index = BlockLanes::First(stop);
             return Form::Of(a[index]) - Form::Of(b[index]);
         }
         const int difference = Form::Of(*a) - Form::Of(*b);
@@ -61,7 +61,7 @@ int wcscmp(const wchar_t* a, const wchar_t* b) noexcept
     return Compare<Exact>(a, b, WholeText);
 }
 
-int wcsncmp(const wchar_t* a, const wchar_t* b, size_t count) noexcept
+int wcsncmp(const wchar_t* a, const wchar_t* b, std::size_t count) noexcept
 {
     return Compare<Exact>(a, b, count);
 }
@@ -71,17 +71,17 @@ int _wcsicmp(const wchar_t* a, const wchar_t* b) noexcept
     return Compare<WithoutCase>(a, b, WholeText);
 }
 
-int _wcsnicmp(const wchar_t* a, const wchar_t* b, size_t count) noexcept
+int _wcsnicmp(const wchar_t* a, const wchar_t* b, std::size_t count) noexcept
 {
     return Compare<WithoutCase>(a, b, count);
 }
 
-int wmemcmp(const wchar_t* a, const wchar_t* b, size_t count) noexcept
+int wmemcmp(const wchar_t* a, const wchar_t* b, std::size_t count) noexcept
 {
     for (; count >= BlockLength; a += BlockLength, b += BlockLength, count -= BlockLength)
         if (const unsigned different = TextBlock(a).WhereSame(TextBlock(b)).Mask() ^ BlockLanes::All)
         {
-            const size_t index = BlockLanes::First(different);
+            const std::size_t index = BlockLanes::First(different);
             return a[index] - b[index];
         }
     for (; count != 0; ++a, ++b, --count)

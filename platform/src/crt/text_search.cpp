@@ -35,9 +35,9 @@ bool FoundInLine(const wchar_t* line, Test test)
 // The index of the first character that passes the test, or a number of at least `limit`. Nothing is asked of the
 // characters behind it: the limit may be greater than what is there.
 template <class Test>
-inline size_t Find(const wchar_t* text, size_t limit, Test test)
+inline std::size_t Find(const wchar_t* text, std::size_t limit, Test test)
 {
-    size_t index = 0;
+    std::size_t index = 0;
     if constexpr (!ReadsWholeBlocks)
     {
         while (index < limit && !test(text[index]))
@@ -49,7 +49,7 @@ inline size_t Find(const wchar_t* text, size_t limit, Test test)
     const wchar_t* const start = BlockStart(text);
     if (const unsigned found = test(TextBlock(start)).Mask() >> ((text - start) * 2))
         return BlockLanes::First(found);
-    index = BlockLength - static_cast<size_t>(text - start);
+    index = BlockLength - static_cast<std::size_t>(text - start);
     while (index < limit)
     {
         if (IsLineStart(text + index) && !FoundInLine(text + index, test))
@@ -64,7 +64,7 @@ inline size_t Find(const wchar_t* text, size_t limit, Test test)
     return limit;
 }
 
-constexpr size_t NoLimit = std::numeric_limits<size_t>::max();
+constexpr std::size_t NoLimit = std::numeric_limits<std::size_t>::max();
 
 // The first character of a terminated text that is `c` or the terminator.
 const wchar_t* FindOrEnd(const wchar_t* text, wchar_t c)
@@ -89,14 +89,14 @@ bool StartsWith(const wchar_t* text, const wchar_t* part)
 
 } // namespace
 
-size_t wcslen(const wchar_t* text) noexcept
+std::size_t wcslen(const wchar_t* text) noexcept
 {
     return Find(text, NoLimit, Is{0});
 }
 
-size_t wcsnlen(const wchar_t* text, size_t limit) noexcept
+std::size_t wcsnlen(const wchar_t* text, std::size_t limit) noexcept
 {
-    const size_t index = Find(text, limit, Is{0});
+    const std::size_t index = Find(text, limit, Is{0});
     return index < limit ? index : limit;
 }
 
@@ -108,15 +108,15 @@ const wchar_t* wcschr(const wchar_t* text, wchar_t c) noexcept
 
 const wchar_t* wcsrchr(const wchar_t* text, wchar_t c) noexcept
 {
-    for (size_t count = wcslen(text) + 1; count != 0; --count)
+    for (std::size_t count = wcslen(text) + 1; count != 0; --count)
         if (text[count - 1] == c)
             return text + count - 1;
     return nullptr;
 }
 
-const wchar_t* wmemchr(const wchar_t* text, wchar_t c, size_t count) noexcept
+const wchar_t* wmemchr(const wchar_t* text, wchar_t c, std::size_t count) noexcept
 {
-    const size_t index = Find(text, count, Is{c});
+    const std::size_t index = Find(text, count, Is{c});
     return index < count ? text + index : nullptr;
 }
 
@@ -130,10 +130,10 @@ const wchar_t* wcsstr(const wchar_t* text, const wchar_t* part) noexcept
     return nullptr;
 }
 
-size_t wcsspn(const wchar_t* text, const wchar_t* accepted) noexcept
+std::size_t wcsspn(const wchar_t* text, const wchar_t* accepted) noexcept
 {
     const wchar_t* end = text;
     while (*end != 0 && Contains(accepted, *end))
         ++end;
-    return static_cast<size_t>(end - text);
+    return static_cast<std::size_t>(end - text);
 }

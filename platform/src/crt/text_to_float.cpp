@@ -31,7 +31,7 @@ int HexDigit(wchar_t c)
 // the greatest one: no text has digits enough to make up for it.
 long long ReadExponent(const wchar_t*& text, wchar_t letter)
 {
-    constexpr long long greatest = std::numeric_limits<long long>::max() / 100;
+    constexpr long long kGreatest = std::numeric_limits<long long>::max() / 100;
     if (towlower(*text) != static_cast<wint_t>(letter))
         return 0;
     const wchar_t* position = text + 1;
@@ -42,7 +42,7 @@ long long ReadExponent(const wchar_t*& text, wchar_t letter)
         return 0;
     long long exponent = 0;
     for (; IsDigit(*position); ++position)
-        exponent = std::min(exponent * 10 + (*position - L'0'), greatest);
+        exponent = std::min(exponent * 10 + (*position - L'0'), kGreatest);
     text = position;
     return negative ? -exponent : exponent;
 }
@@ -94,12 +94,12 @@ public:
 
 private:
     // Halfway between two numbers lie values of up to 767 digits; one more tells on which side the text is.
-    static constexpr size_t MostDigits = 768;
+    static constexpr std::size_t MostDigits = 768;
     // 1.8e308 and 2.5e-324 are the ends of what doesn't round to infinity or 0.
     static constexpr long long GreatestLeading = 308;
     static constexpr long long SmallestLeading = -324;
     std::array<char, MostDigits + 24> _digits;
-    size_t _count = 0;
+    std::size_t _count = 0;
     long long _dropped = 0;
 };
 
@@ -133,9 +133,9 @@ double ReadDecimal(const wchar_t*& text)
 // `0x1.8p3` behind its prefix.
 double ReadHexadecimal(const wchar_t*& text)
 {
-    constexpr uint64_t full = uint64_t{1} << 60;
+    constexpr std::uint64_t kFull = std::uint64_t{1} << 60;
     const wchar_t* position = text;
-    uint64_t mantissa = 0;
+    std::uint64_t mantissa = 0;
     long long exponent = 0;
     bool any = false;
     for (bool fraction = false;; ++position)
@@ -149,7 +149,7 @@ double ReadHexadecimal(const wchar_t*& text)
         if (digit < 0)
             break;
         any = true;
-        if (mantissa < full)
+        if (mantissa < kFull)
             mantissa = mantissa * 16 + static_cast<unsigned>(digit);
         else
         {

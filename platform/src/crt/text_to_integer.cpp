@@ -34,7 +34,7 @@ int DigitValue(wchar_t c)
 struct ParsedInteger
 {
     const wchar_t* end = nullptr; // behind the last digit; null if there was no number
-    uint64_t magnitude = 0;
+    std::uint64_t magnitude = 0;
     bool negative = false;
     bool overflow = false;
 };
@@ -74,16 +74,16 @@ template <class T>
 T InRangeOf(const ParsedInteger& number)
 {
     using Limits = std::numeric_limits<T>;
-    constexpr auto greatest = static_cast<uint64_t>(Limits::max());
+    constexpr auto kGreatest = static_cast<std::uint64_t>(Limits::max());
     if constexpr (std::is_unsigned_v<T>)
     {
-        if (number.overflow || number.magnitude > greatest)
+        if (number.overflow || number.magnitude > kGreatest)
             return OutOfRange(Limits::max());
         return static_cast<T>(number.negative ? 0 - number.magnitude : number.magnitude);
     }
     else
     {
-        if (number.overflow || number.magnitude > greatest + number.negative)
+        if (number.overflow || number.magnitude > kGreatest + number.negative)
             return OutOfRange(number.negative ? Limits::min() : Limits::max());
         return static_cast<T>(number.negative ? 0 - number.magnitude : number.magnitude);
     }
@@ -106,15 +106,15 @@ T Read(const wchar_t* text, wchar_t** end, int base)
 
 long wcstol(const wchar_t* text, wchar_t** end, int base) noexcept
 {
-    return Read<int32_t>(text, end, base);
+    return Read<std::int32_t>(text, end, base);
 }
 
 unsigned long wcstoul(const wchar_t* text, wchar_t** end, int base) noexcept
 {
-    return Read<uint32_t>(text, end, base);
+    return Read<std::uint32_t>(text, end, base);
 }
 
 int _wtoi(const wchar_t* text) noexcept
 {
-    return Read<int32_t>(text, nullptr, 10);
+    return Read<std::int32_t>(text, nullptr, 10);
 }

@@ -56,7 +56,7 @@ bool AppendConversion(BoundedText& text, wchar_t letter, const tm& time)
 
 } // namespace
 
-size_t wcsftime(wchar_t* target, size_t size, const wchar_t* format, const tm* time) noexcept
+std::size_t wcsftime(wchar_t* target, std::size_t size, const wchar_t* format, const tm* time) noexcept
 {
     BoundedText text(target, size);
     for (; *format != 0; ++format)

@@ -6,35 +6,37 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
 namespace qxplatform
 {
 namespace
 {
 
-constexpr uint64_t exactEnd = layerStart;
+constexpr std::uint64_t kExactEnd = kLayerStart;
 
 // Linux has offsets up to 2^63 where callers have 2^64, and the layer keeps a part for itself. So the offsets from 2^62
 // on, where no file has data, share the rest, four in one: two locks there that are less than four bytes apart may be
 // in each other's way, but no lock is ever overlooked.
-int64_t Place(uint64_t offset)
+std::int64_t Place(std::uint64_t offset)
 {
-    return static_cast<int64_t>(offset < exactEnd ? offset : static_cast<uint64_t>(layerEnd) + (offset - exactEnd) / 4);
+    return static_cast<std::int64_t>(
+        offset < kExactEnd ? offset : static_cast<std::uint64_t>(kLayerEnd) + (offset - kExactEnd) / 4);
 }
 
 // The pieces below and above the part that the layer keeps for itself. A piece may be empty.
 using Pieces = std::array<Range, 2>;
 
-Pieces PiecesOf(uint64_t offset, uint64_t length)
+Pieces PiecesOf(std::uint64_t offset, std::uint64_t length)
 {
     if (length == 0)
         return {};
-    const int64_t first = Place(offset);
-    const int64_t end = Place(offset + (length - 1)) + 1;
-    const int64_t lowEnd = std::min(end, layerStart);
-    const int64_t highFirst = std::max(first, layerEnd);
-    return {
-        Range{first, std::max<int64_t>(lowEnd - first, 0)}, Range{highFirst, std::max<int64_t>(end - highFirst, 0)}};
+    const std::int64_t first = Place(offset);
+    const std::int64_t end = Place(offset + (length - 1)) + 1;
+    const std::int64_t lowEnd = std::min(end, kLayerStart);
+    const std::int64_t highFirst = std::max(first, kLayerEnd);
+    return {Range{first, std::max<std::int64_t>(lowEnd - first, 0)},
+        Range{highFirst, std::max<std::int64_t>(end - highFirst, 0)}};
 }
 
 bool Overlap(const Pieces& first, const Pieces& second)
@@ -90,7 +92,7 @@ LockResult LockAlone(int descriptor, bool canWrite, const Pieces& pieces)
 
 } // namespace
 
-DWORD ByteLocks::Lock(int descriptor, bool canWrite, uint64_t offset, uint64_t length)
+DWORD ByteLocks::Lock(int descriptor, bool canWrite, std::uint64_t offset, std::uint64_t length)
 {
     if (length > 0 && offset + (length - 1) < offset)
         return ERROR_INVALID_PARAMETER;
@@ -114,7 +116,7 @@ DWORD ByteLocks::Lock(int descriptor, bool canWrite, uint64_t offset, uint64_t l
     return ERROR_SUCCESS;
 }
 
-DWORD ByteLocks::Unlock(int descriptor, uint64_t offset, uint64_t length)
+DWORD ByteLocks::Unlock(int descriptor, std::uint64_t offset, std::uint64_t length)
 {
     const std::lock_guard guard(_lock);
     const auto record = std::find_if(_records.begin(), _records.end(),
@@ -126,10 +128,10 @@ DWORD ByteLocks::Unlock(int descriptor, uint64_t offset, uint64_t length)
     return ERROR_SUCCESS;
 }
 
-bool IsLockedByOthers(int descriptor, LockKind transfer, int64_t offset, size_t length)
+bool IsLockedByOthers(int descriptor, LockKind transfer, std::int64_t offset, std::size_t length)
 {
-    return length > 0 && offset < layerStart &&
-           FindForeignLock(descriptor, transfer, {offset, static_cast<int64_t>(length)});
+    return length > 0 && offset < kLayerStart &&
+           FindForeignLock(descriptor, transfer, {offset, static_cast<std::int64_t>(length)});
 }
 
 } // namespace qxplatform

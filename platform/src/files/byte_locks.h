@@ -5,6 +5,8 @@
 
 #include <minwindef.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <mutex>
 #include <vector>
 
@@ -15,16 +17,16 @@ class ByteLocks
 {
 public:
     // Locks the range exclusively, or gives ERROR_LOCK_VIOLATION at once.
-    DWORD Lock(int descriptor, bool canWrite, uint64_t offset, uint64_t length);
+    DWORD Lock(int descriptor, bool canWrite, std::uint64_t offset, std::uint64_t length);
 
     // Unlocks a range that has been locked in just this form; else ERROR_NOT_LOCKED.
-    DWORD Unlock(int descriptor, uint64_t offset, uint64_t length);
+    DWORD Unlock(int descriptor, std::uint64_t offset, std::uint64_t length);
 
 private:
     struct Record
     {
-        uint64_t offset;
-        uint64_t length;
+        std::uint64_t offset;
+        std::uint64_t length;
     };
 
     std::mutex _lock;
@@ -33,6 +35,6 @@ private:
 
 // Whether others have locked a part of the range against a transfer of this kind. Only locks taken through a descriptor
 // that can write keep others from reading; any keeps them from writing.
-bool IsLockedByOthers(int descriptor, LockKind transfer, int64_t offset, size_t length);
+bool IsLockedByOthers(int descriptor, LockKind transfer, std::int64_t offset, std::size_t length);
 
 } // namespace qxplatform

@@ -1,5 +1,6 @@
 #include "files/claim.h"
 
+#include <cstdint>
 #include <ctime>
 
 #include <sched.h>
@@ -11,9 +12,9 @@ namespace
 {
 
 // A claim is held for microseconds. If one stays for this long, its process has been stopped in between.
-constexpr int64_t patience = 200'000'000;
+constexpr std::int64_t kPatience = 200'000'000;
 
-int64_t Nanoseconds()
+std::int64_t Nanoseconds()
 {
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
@@ -21,9 +22,9 @@ int64_t Nanoseconds()
 }
 
 // Earlier claims have lower numbers. The clock is the same for all processes; the thread tells two of one moment apart.
-int64_t NewNumber()
+std::int64_t NewNumber()
 {
-    return (Nanoseconds() << 8 | (gettid() & 0xFF)) % claimRange.length;
+    return (Nanoseconds() << 8 | (gettid() & 0xFF)) % kClaimRange.length;
 }
 
 class Claim
@@ -32,7 +33,7 @@ public:
     Claim(int descriptor, LockKind kind)
         : _descriptor(descriptor),
           _kind(kind),
-          _range{claimRange.start + NewNumber(), 1}
+          _range{kClaimRange.start + NewNumber(), 1}
     {
         Make();
     }
@@ -43,8 +44,8 @@ public:
     void Make() { LockRange(_descriptor, _kind, _range); }
     void Withdraw() { UnlockRange(_descriptor, _range); }
 
-    bool HasEarlier() const { return Exists({claimRange.start, _range.start - claimRange.start}); }
-    bool HasLater() const { return Exists({_range.end(), claimRange.end() - _range.end()}); }
+    bool HasEarlier() const { return Exists({kClaimRange.start, _range.start - kClaimRange.start}); }
+    bool HasLater() const { return Exists({_range.end(), kClaimRange.end() - _range.end()}); }
 
 private:
     // A lock that reaches beyond the range is none of the layer: another program has locked the whole file.
@@ -52,7 +53,7 @@ private:
     {
         Range found;
         return range.length > 0 && FindForeignLock(_descriptor, LockKind::Exclusive, range, &found) &&
-               claimRange.Contains(found);
+               kClaimRange.Contains(found);
     }
 
     int _descriptor;
@@ -65,7 +66,7 @@ private:
 LockResult LockWithClaim(int descriptor, LockKind claimKind, const ClaimedLock& lock)
 {
     Claim claim(descriptor, claimKind);
-    const int64_t deadline = Nanoseconds() + patience;
+    const std::int64_t deadline = Nanoseconds() + kPatience;
     bool wasAlone = false;
     while (true)
     {

@@ -46,7 +46,7 @@ struct Opened
 };
 
 // The file may go and come between two looks at it: then everything starts again, this often.
-constexpr int maximumRounds = 16;
+constexpr int kMaximumRounds = 16;
 
 DWORD CheckRequest(const Request& request)
 {
@@ -149,7 +149,7 @@ DWORD CheckAttributes(const Opened& opened, const Request& request, const struct
 void SetAttributes(const Opened& opened, const Request& request)
 {
     const std::string path = PathOfDescriptor(opened.descriptor.Get());
-    if ((request.flags & keptAttributes) != 0)
+    if ((request.flags & kEptAttributes) != 0)
         WriteKeptAttributes(path, request.flags);
     if (request.Has(FILE_ATTRIBUTE_READONLY))
         WriteReadOnly(path, true);
@@ -202,7 +202,7 @@ DWORD Open(const NativePath& path, const Request& request, Opened& opened, struc
 {
     if (path.endsInSeparator && request.MayCreate() && !IsFolder(path.text))
         return ERROR_INVALID_NAME;
-    for (int round = 0; round < maximumRounds; ++round)
+    for (int round = 0; round < kMaximumRounds; ++round)
     {
         opened = OpenOrCreate(path.text, request);
         if (!opened.descriptor)

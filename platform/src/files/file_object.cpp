@@ -41,7 +41,7 @@ bool IsSameFile(int descriptor, const char* path)
 } // namespace
 
 FileObject::FileObject(Descriptor descriptor, const Options& options)
-    : Object(objectType),
+    : Object(kObjectType),
       _descriptor(std::move(descriptor)),
       _options(options),
       _creator(getpid())
@@ -50,8 +50,8 @@ FileObject::FileObject(Descriptor descriptor, const Options& options)
 
 DWORD FileObject::MapFileAccess(DWORD access)
 {
-    constexpr DWORD generic = GENERIC_READ | GENERIC_WRITE | GENERIC_EXECUTE | GENERIC_ALL;
-    DWORD mapped = access & ~generic;
+    constexpr DWORD kGeneric = GENERIC_READ | GENERIC_WRITE | GENERIC_EXECUTE | GENERIC_ALL;
+    DWORD mapped = access & ~kGeneric;
     if (access & GENERIC_READ)
         mapped |= FILE_GENERIC_READ;
     if (access & GENERIC_WRITE)

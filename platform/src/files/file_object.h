@@ -5,6 +5,7 @@
 #include "base/object.h"
 #include "files/byte_locks.h"
 
+#include <cstdint>
 #include <mutex>
 #include <string>
 
@@ -14,7 +15,7 @@ namespace qxplatform
 class FileObject : public Object
 {
 public:
-    static constexpr ObjectType objectType = ObjectType::File;
+    static constexpr ObjectType kObjectType = ObjectType::File;
 
     struct Options
     {
@@ -41,7 +42,7 @@ public:
     // The file pointer belongs to the object: handles duplicated from each other share it. Whoever moves it or
     // transfers bytes at it holds the lock.
     std::mutex positionLock;
-    int64_t position = 0;
+    std::int64_t position = 0;
 
 private:
     ~FileObject() override { DeleteIfAsked(); }

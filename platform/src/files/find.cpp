@@ -27,11 +27,11 @@ struct CloseFolder
 class FindObject : public Object
 {
 public:
-    static constexpr ObjectType objectType = ObjectType::Find;
+    static constexpr ObjectType kObjectType = ObjectType::Find;
 
-    FindObject() : Object(objectType) {}
+    FindObject() : Object(kObjectType) {}
     FindObject(std::string path, DIR* folder, std::u16string_view pattern)
-        : Object(objectType),
+        : Object(kObjectType),
           _path(std::move(path)),
           _folder(folder),
           _pattern(pattern)

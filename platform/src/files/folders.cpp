@@ -34,7 +34,7 @@ DWORD WINAPI GetFullPathNameW(LPCWSTR lpFileName, DWORD nBufferLength, LPWSTR lp
     const DWORD result = CopyOut(full, lpBuffer, nBufferLength);
     if (lpFilePart != nullptr)
     {
-        const size_t name = full.rfind(u'/') + 1;
+        const std::size_t name = full.rfind(u'/') + 1;
         *lpFilePart = result == full.size() && name < full.size() ? lpBuffer + name : nullptr;
     }
     return result;

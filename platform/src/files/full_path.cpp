@@ -3,7 +3,7 @@
 
 #include <cerrno>
 
-wchar_t* _wfullpath(wchar_t* fullPath, const wchar_t* path, size_t size)
+wchar_t* _wfullpath(wchar_t* fullPath, const wchar_t* path, std::size_t size)
 {
     if (!path || !*path)
         path = L".";

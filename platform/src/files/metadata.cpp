@@ -16,7 +16,7 @@ namespace qxplatform
 namespace
 {
 
-constexpr char attributeName[] = "user.qxplatform.attributes"; // a number in base 16
+constexpr char kAttributeName[] = "user.qxplatform.attributes"; // a number in base 16
 
 FILETIME TimeOf(const statx_timestamp& time)
 {
@@ -39,13 +39,13 @@ FILETIME CreationOf(const struct statx& info)
 
 bool ReadMetadata(const std::string& path, Metadata& metadata, bool orLink)
 {
-    constexpr unsigned mask = STATX_BASIC_STATS | STATX_BTIME;
+    constexpr unsigned kMask = STATX_BASIC_STATS | STATX_BTIME;
     struct statx info
     {
     };
-    if (statx(AT_FDCWD, path.c_str(), orLink ? AT_SYMLINK_NOFOLLOW : 0, mask, &info) != 0)
+    if (statx(AT_FDCWD, path.c_str(), orLink ? AT_SYMLINK_NOFOLLOW : 0, kMask, &info) != 0)
         return false;
-    if (S_ISLNK(info.stx_mode) && statx(AT_FDCWD, path.c_str(), 0, mask, &info) != 0 && errno != ENOENT)
+    if (S_ISLNK(info.stx_mode) && statx(AT_FDCWD, path.c_str(), 0, kMask, &info) != 0 && errno != ENOENT)
         return false;
     const bool isFolder = S_ISDIR(info.stx_mode);
     metadata.attributes = (isFolder ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE) |
@@ -76,23 +76,23 @@ std::string PathOfDescriptor(int descriptor)
 DWORD ReadKeptAttributes(const std::string& path)
 {
     char text[16];
-    const ssize_t length = getxattr(path.c_str(), attributeName, text, sizeof text - 1);
+    const ssize_t length = getxattr(path.c_str(), kAttributeName, text, sizeof text - 1);
     if (length <= 0)
         return 0;
     text[length] = 0;
-    return static_cast<DWORD>(std::strtoul(text, nullptr, 16)) & keptAttributes;
+    return static_cast<DWORD>(std::strtoul(text, nullptr, 16)) & kEptAttributes;
 }
 
 bool WriteKeptAttributes(const std::string& path, DWORD attributes)
 {
-    const DWORD kept = attributes & keptAttributes;
+    const DWORD kept = attributes & kEptAttributes;
     if (kept == ReadKeptAttributes(path))
         return true;
     if (kept == 0)
-        return removexattr(path.c_str(), attributeName) == 0;
+        return removexattr(path.c_str(), kAttributeName) == 0;
     char text[16];
     const int length = std::snprintf(text, sizeof text, "%x", kept);
-    return setxattr(path.c_str(), attributeName, text, static_cast<size_t>(length), 0) == 0;
+    return setxattr(path.c_str(), kAttributeName, text, static_cast<std::size_t>(length), 0) == 0;
 }
 
 bool WriteReadOnly(const std::string& path, bool isReadOnly)

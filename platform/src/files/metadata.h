@@ -33,7 +33,7 @@ std::string PathOfDescriptor(int descriptor);
 
 // READONLY is told by the mode: no one may write. HIDDEN and SYSTEM, which Linux doesn't know, are kept in an extended
 // attribute; ARCHIVE stands at every file, DIRECTORY at folders, and no others are kept.
-inline constexpr DWORD keptAttributes = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+inline constexpr DWORD kEptAttributes = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
 
 DWORD ReadKeptAttributes(const std::string& path);
 

@@ -25,13 +25,13 @@ DWORD TakeDeleteRight(const std::string& path, const struct stat& info, Descript
 {
     if (!S_ISREG(info.st_mode))
         return ERROR_SUCCESS;
-    constexpr int flags = O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW;
+    constexpr int kFlags = O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW;
     bool canRead = true;
-    holder = Descriptor(open(path.c_str(), O_RDONLY | flags));
+    holder = Descriptor(open(path.c_str(), O_RDONLY | kFlags));
     if (!holder)
     {
         canRead = false;
-        holder = Descriptor(open(path.c_str(), O_WRONLY | flags));
+        holder = Descriptor(open(path.c_str(), O_WRONLY | kFlags));
     }
     // Who can't open the file at all can't tell how others have it, and the folder alone decides about the name.
     if (!holder)
@@ -42,10 +42,10 @@ DWORD TakeDeleteRight(const std::string& path, const struct stat& info, Descript
 
 bool CopyBytes(int from, int to)
 {
-    constexpr size_t blockSize = 1 << 20;
+    constexpr std::size_t kBlockSize = 1 << 20;
     while (true)
     {
-        const ssize_t copied = copy_file_range(from, nullptr, to, nullptr, blockSize * 64, 0);
+        const ssize_t copied = copy_file_range(from, nullptr, to, nullptr, kBlockSize * 64, 0);
         if (copied == 0)
             break;
         if (copied > 0 || errno == EINTR)
@@ -55,12 +55,12 @@ bool CopyBytes(int from, int to)
         break;
     }
     // What the kernel couldn't copy by itself, or said that it had come to its end too early, as with files of /proc.
-    std::string block(blockSize, '\0');
+    std::string block(kBlockSize, '\0');
     ssize_t length;
     while ((length = read(from, block.data(), block.size())) > 0)
         for (ssize_t done = 0; done < length;)
         {
-            const ssize_t written = write(to, block.data() + done, static_cast<size_t>(length - done));
+            const ssize_t written = write(to, block.data() + done, static_cast<std::size_t>(length - done));
             if (written < 0)
                 return false;
             done += written;

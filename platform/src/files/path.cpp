@@ -16,7 +16,7 @@ namespace qxplatform
 namespace
 {
 
-constexpr char16_t backslashInName = 0xF05C;
+constexpr char16_t kBackslashInName = 0xF05C;
 
 // Where a path starts, and what is left of it.
 struct Root
@@ -32,7 +32,7 @@ bool StartsWith(std::u16string_view text, std::u16string_view prefix)
 
 std::u16string_view TakeComponent(std::u16string_view& rest)
 {
-    const size_t end = std::min(rest.find_first_of(u"/\\"), rest.size());
+    const std::size_t end = std::min(rest.find_first_of(u"/\\"), rest.size());
     const std::u16string_view component = rest.substr(0, end);
     rest.remove_prefix(std::min(end + 1, rest.size()));
     return component;
@@ -100,7 +100,7 @@ Root TakeRoot(std::u16string_view& path)
 std::string NativeComponent(std::u16string_view component)
 {
     std::u16string name(component);
-    std::replace(name.begin(), name.end(), backslashInName, u'\\');
+    std::replace(name.begin(), name.end(), kBackslashInName, u'\\');
     return ToBytes(name);
 }
 
@@ -182,13 +182,13 @@ NativePath ToFullNative(LPCWSTR path)
 std::u16string FromNative(std::string_view path)
 {
     std::u16string text = ToWide(path);
-    std::replace(text.begin(), text.end(), u'\\', backslashInName);
+    std::replace(text.begin(), text.end(), u'\\', kBackslashInName);
     return text;
 }
 
 std::string FolderOf(const std::string& path)
 {
-    const size_t slash = path.rfind('/');
+    const std::size_t slash = path.rfind('/');
     return slash == path.npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
 }
 

@@ -13,11 +13,11 @@ namespace
 {
 
 // What ".." can't leave: a drive with its separator, a share's two separators, or the first separator.
-size_t RootLength(std::wstring_view path)
+std::size_t RootLength(std::wstring_view path)
 {
     if (path.size() >= 2 && path[1] == L':')
         return path.size() >= 3 && IsSeparator(path[2]) ? 3 : 2;
-    size_t length = 0;
+    std::size_t length = 0;
     while (length < path.size() && length < 2 && IsSeparator(path[length]))
         ++length;
     return length;
@@ -80,8 +80,8 @@ private:
     }
 
     wchar_t* _path;
-    size_t _root;
-    size_t _length;
+    std::size_t _root;
+    std::size_t _length;
 };
 
 } // namespace
@@ -95,12 +95,12 @@ BOOL WINAPI PathCanonicalizeW(LPWSTR target, LPCWSTR source)
     const std::wstring_view path(source);
     if (path.size() >= MAX_PATH)
         return Fail(ERROR_FILENAME_EXCED_RANGE);
-    const size_t root = RootLength(path);
+    const std::size_t root = RootLength(path);
     Canonical canonical(target, path.substr(0, root));
-    for (size_t at = root; at < path.size();)
+    for (std::size_t at = root; at < path.size();)
     {
-        const size_t end = static_cast<size_t>(
-            std::find_if(path.begin() + static_cast<ptrdiff_t>(at), path.end(), IsSeparator) - path.begin());
+        const std::size_t end = static_cast<std::size_t>(
+            std::find_if(path.begin() + static_cast<std::ptrdiff_t>(at), path.end(), IsSeparator) - path.begin());
         canonical.Add(path.substr(at, end - at), path.substr(end, 1));
         at = end + 1;
     }

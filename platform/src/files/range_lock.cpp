@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <limits>
 
 #include <fcntl.h>
@@ -51,8 +52,8 @@ bool FindForeignLock(int descriptor, LockKind kind, const Range& range, Range* f
         return false;
     if (found != nullptr)
     {
-        constexpr int64_t endOfAll = std::numeric_limits<int64_t>::max();
-        *found = {request.l_start, request.l_len == 0 ? endOfAll - request.l_start : request.l_len};
+        constexpr std::int64_t kEndOfAll = std::numeric_limits<std::int64_t>::max();
+        *found = {request.l_start, request.l_len == 0 ? kEndOfAll - request.l_start : request.l_len};
     }
     return true;
 }

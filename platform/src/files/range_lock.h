@@ -15,10 +15,10 @@ enum class LockKind
 
 struct Range
 {
-    int64_t start = 0;
-    int64_t length = 0;
+    std::int64_t start = 0;
+    std::int64_t length = 0;
 
-    int64_t end() const { return start + length; }
+    std::int64_t end() const { return start + length; }
     bool Overlaps(const Range& other) const { return start < other.end() && other.start < end(); }
     bool Contains(const Range& other) const { return start <= other.start && other.end() <= end(); }
 };
@@ -37,9 +37,9 @@ void UnlockRange(int descriptor, const Range& range);
 bool FindForeignLock(int descriptor, LockKind kind, const Range& range, Range* found = nullptr);
 
 // Where the layer keeps the locks that are no locks of callers, far behind any data. See share_mode.h and claim.h.
-inline constexpr int64_t layerStart = int64_t{1} << 62;
-inline constexpr Range shareModeRange{layerStart, int64_t{1} << 32};
-inline constexpr Range claimRange{shareModeRange.start + shareModeRange.length, int64_t{1} << 52};
-inline constexpr int64_t layerEnd = layerStart + (int64_t{1} << 53);
+inline constexpr std::int64_t kLayerStart = std::int64_t{1} << 62;
+inline constexpr Range kShareModeRange{kLayerStart, std::int64_t{1} << 32};
+inline constexpr Range kClaimRange{kShareModeRange.start + kShareModeRange.length, std::int64_t{1} << 52};
+inline constexpr std::int64_t kLayerEnd = kLayerStart + (std::int64_t{1} << 53);
 
 } // namespace qxplatform

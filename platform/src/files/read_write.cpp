@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <limits>
 #include <optional>
 
@@ -25,7 +26,7 @@ public:
             _guard.emplace(file.positionLock);
         offset = overlapped == nullptr
                      ? file.position
-                     : static_cast<int64_t>(ULONGLONG{overlapped->OffsetHigh} << 32 | overlapped->Offset);
+                     : static_cast<std::int64_t>(ULONGLONG{overlapped->OffsetHigh} << 32 | overlapped->Offset);
     }
 
     void Done(DWORD count)
@@ -42,7 +43,7 @@ public:
         }
     }
 
-    int64_t offset = 0;
+    std::int64_t offset = 0;
 
 private:
     FileObject& _file;
@@ -68,7 +69,7 @@ int MoveAll(DWORD count, DWORD& done, const Move& move)
 }
 
 // A pipe gives what is there; a file gives all that was asked for, unless it ends.
-int ReadBytes(FileObject& file, BYTE* buffer, DWORD count, int64_t offset, DWORD& done)
+int ReadBytes(FileObject& file, BYTE* buffer, DWORD count, std::int64_t offset, DWORD& done)
 {
     if (file.options().canSeek)
         return MoveAll(count, done,
@@ -81,7 +82,7 @@ int ReadBytes(FileObject& file, BYTE* buffer, DWORD count, int64_t offset, DWORD
     return length < 0 ? errno : 0;
 }
 
-int WriteBytes(FileObject& file, const BYTE* buffer, DWORD count, int64_t offset, DWORD& done)
+int WriteBytes(FileObject& file, const BYTE* buffer, DWORD count, std::int64_t offset, DWORD& done)
 {
     const bool isAtOffset = file.options().canSeek && !file.options().appends;
     return MoveAll(count, done,

@@ -6,6 +6,7 @@
 #include "files/claim.h"
 
 #include <atomic>
+#include <cstdint>
 
 #include <unistd.h>
 
@@ -14,27 +15,27 @@ namespace qxplatform
 namespace
 {
 
-constexpr unsigned modeBits = 3;
-constexpr unsigned slotCount = 1 << (2 * modeBits);
-constexpr int64_t slotLength = shareModeRange.length / slotCount;
+constexpr unsigned kModeBits = 3;
+constexpr unsigned kSlotCount = 1 << (2 * kModeBits);
+constexpr std::int64_t kSlotLength = kShareModeRange.length / kSlotCount;
 
 Range SlotRange(unsigned slot)
 {
-    return {shareModeRange.start + slot * slotLength, slotLength};
+    return {kShareModeRange.start + slot * kSlotLength, kSlotLength};
 }
 
 unsigned SlotOf(const ShareMode& mode)
 {
-    return mode.access << modeBits | mode.share;
+    return mode.access << kModeBits | mode.share;
 }
 
 ShareMode ModeOf(const Range& lock)
 {
     // What reaches further is no lock of the layer. A program that reads has locked the whole file against writers.
-    if (!shareModeRange.Contains(lock))
+    if (!kShareModeRange.Contains(lock))
         return {FILE_SHARE_READ, FILE_SHARE_READ | FILE_SHARE_DELETE};
-    const unsigned slot = static_cast<unsigned>((lock.start - shareModeRange.start) / slotLength);
-    return {slot >> modeBits, slot & ((1 << modeBits) - 1)};
+    const unsigned slot = static_cast<unsigned>((lock.start - kShareModeRange.start) / kSlotLength);
+    return {slot >> kModeBits, slot & ((1 << kModeBits) - 1)};
 }
 
 bool Excludes(const ShareMode& first, const ShareMode& second)
@@ -49,8 +50,8 @@ Range LockFor(bool canRead, const ShareMode& mode)
     const Range slot = SlotRange(SlotOf(mode));
     if (canRead)
         return {slot.start, 1};
-    static std::atomic<int64_t> count = 0;
-    return {slot.start + 1 + (getpid() * 4096 + count++) % (slotLength - 1), 1};
+    static std::atomic<std::int64_t> count = 0;
+    return {slot.start + 1 + (getpid() * 4096 + count++) % (kSlotLength - 1), 1};
 }
 
 // Whether a lock in the part of the range that begins with `first` and ends before `end`, counted in slots, excludes
@@ -59,14 +60,14 @@ bool MeetsExcluding(int descriptor, const ShareMode& mode, unsigned first, unsig
 {
     if (first >= end)
         return false;
-    const Range range{SlotRange(first).start, (end - first) * slotLength};
+    const Range range{SlotRange(first).start, (end - first) * kSlotLength};
     Range found;
     if (!FindForeignLock(descriptor, LockKind::Exclusive, range, &found))
         return false;
     const ShareMode other = ModeOf(found);
     if (Excludes(mode, other))
         return true;
-    if (shareModeRange.Contains(found))
+    if (kShareModeRange.Contains(found))
     {
         const unsigned slot = SlotOf(other);
         return MeetsExcluding(descriptor, mode, first, slot) || MeetsExcluding(descriptor, mode, slot + 1, end);
@@ -95,7 +96,7 @@ DWORD TakeShareMode(int descriptor, bool canRead, const ShareMode& mode)
     const Range own = LockFor(canRead, mode);
     const LockResult result = LockWithClaim(descriptor, kind,
         {[&] { return LockRange(descriptor, kind, own); },
-            [&] { return MeetsExcluding(descriptor, mode, 0, slotCount); },
+            [&] { return MeetsExcluding(descriptor, mode, 0, kSlotCount); },
             [&]
             {
                 UnlockRange(descriptor, own);

@@ -11,9 +11,9 @@ namespace
 
 // The old file system's names always had a dot in the middle. What patterns meant there is told by three characters
 // that stand in place of the plain ones; no name can hold them.
-constexpr char16_t anyUpToLastDot = u'<'; // `*` before a dot
-constexpr char16_t oneOrEnd = u'>';       // `?`
-constexpr char16_t dotOrEnd = u'"';       // a dot before `?` or `*`
+constexpr char16_t kAnyUpToLastDot = u'<'; // `*` before a dot
+constexpr char16_t kOneOrEnd = u'>';       // `?`
+constexpr char16_t kDotOrEnd = u'"';       // a dot before `?` or `*`
 
 std::u16string Translate(std::u16string_view pattern)
 {
@@ -22,18 +22,18 @@ std::u16string Translate(std::u16string_view pattern)
     const std::u16string_view whole = pattern;
     pattern = pattern.substr(0, pattern.find_last_not_of(u'.') + 1); // such dots aren't part of a name
     std::u16string result(pattern);
-    for (size_t index = 0; index < result.size(); ++index)
+    for (std::size_t index = 0; index < result.size(); ++index)
     {
         const char16_t previous = index > 0 ? pattern[index - 1] : u'\0';
         const char16_t current = pattern[index];
         if (current == u'.' && previous == u'*')
-            result[index - 1] = anyUpToLastDot;
+            result[index - 1] = kAnyUpToLastDot;
         if (previous == u'.' && (current == u'?' || current == u'*'))
-            result[index - 1] = dotOrEnd;
-        result[index] = current == u'?' ? oneOrEnd : UpperCase(current);
+            result[index - 1] = kDotOrEnd;
+        result[index] = current == u'?' ? kOneOrEnd : UpperCase(current);
     }
     if (whole.size() > pattern.size() && !pattern.empty() && pattern.back() == u'*')
-        result.back() = anyUpToLastDot;
+        result.back() = kAnyUpToLastDot;
     return result;
 }
 
@@ -50,7 +50,7 @@ public:
     {
         PassOverNothing(character);
         std::vector<bool> next(_places.size());
-        for (size_t place = 0; place < _pattern.size(); ++place)
+        for (std::size_t place = 0; place < _pattern.size(); ++place)
         {
             if (!_places[place])
                 continue;
@@ -59,15 +59,15 @@ public:
             case u'*':
                 next[place] = true;
                 break;
-            case anyUpToLastDot:
+            case kAnyUpToLastDot:
                 if (!isLastDot)
                     next[place] = true;
                 break;
-            case oneOrEnd:
+            case kOneOrEnd:
                 if (character != u'.')
                     next[place + 1] = true;
                 break;
-            case dotOrEnd:
+            case kDotOrEnd:
                 if (character == u'.')
                     next[place + 1] = true;
                 break;
@@ -81,8 +81,8 @@ public:
 
     bool Ends()
     {
-        constexpr char16_t endOfName = 0;
-        PassOverNothing(endOfName);
+        constexpr char16_t kEndOfName = 0;
+        PassOverNothing(kEndOfName);
         return _places.back();
     }
 
@@ -90,12 +90,12 @@ private:
     // What may stand for nothing before this character of the name is passed over.
     void PassOverNothing(char16_t next)
     {
-        for (size_t place = 0; place < _pattern.size(); ++place)
+        for (std::size_t place = 0; place < _pattern.size(); ++place)
         {
             const char16_t current = _pattern[place];
-            const bool mayBeNothing = current == u'*' || current == anyUpToLastDot ||
-                                      (current == oneOrEnd && (next == 0 || next == u'.')) ||
-                                      (current == dotOrEnd && next == 0);
+            const bool mayBeNothing = current == u'*' || current == kAnyUpToLastDot ||
+                                      (current == kOneOrEnd && (next == 0 || next == u'.')) ||
+                                      (current == kDotOrEnd && next == 0);
             if (_places[place] && mayBeNothing)
                 _places[place + 1] = true;
         }
@@ -111,9 +111,9 @@ Wildcard::Wildcard(std::u16string_view pattern) : _pattern(Translate(pattern)) {
 
 bool Wildcard::Matches(std::u16string_view name) const
 {
-    const size_t lastDot = name.rfind(u'.');
+    const std::size_t lastDot = name.rfind(u'.');
     Matcher matcher(_pattern);
-    for (size_t index = 0; index < name.size(); ++index)
+    for (std::size_t index = 0; index < name.size(); ++index)
         matcher.Step(UpperCase(name[index]), index == lastDot);
     return matcher.Ends();
 }

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -12,17 +13,17 @@ namespace
 {
 
 // The low bits of a movable block's handle. Addresses of blocks are multiples of 16, so that they never look like one.
-constexpr uintptr_t kMovableTag = 0xA;
-constexpr uintptr_t kTagMask = 0xF;
+constexpr std::uintptr_t kMovableTag = 0xA;
+constexpr std::uintptr_t kTagMask = 0xF;
 constexpr unsigned kIndexShift = 4;
 constexpr unsigned kGenerationShift = 32;
-constexpr size_t kMaxEntries = size_t{1} << (kGenerationShift - kIndexShift);
+constexpr std::size_t kMaxEntries = std::size_t{1} << (kGenerationShift - kIndexShift);
 
-void* AllocateBytes(size_t size, bool zero)
+void* AllocateBytes(std::size_t size, bool zero)
 {
     if (size > PTRDIFF_MAX)
         return nullptr;
-    const size_t least = size != 0 ? size : 1;
+    const std::size_t least = size != 0 ? size : 1;
     // calloc takes large blocks from the system, which has zeroed them already.
     return zero ? std::calloc(least, 1) : std::malloc(least);
 }
@@ -61,7 +62,7 @@ HGLOBAL MemoryBlocks::Allocate(UINT flags, SIZE_T size)
     block.size = block.capacity = size;
     block.movable = movable;
     if (data != nullptr)
-        _entryOfAddress[data] = static_cast<uint32_t>(&block - _blocks.data());
+        _entryOfAddress[data] = static_cast<std::uint32_t>(&block - _blocks.data());
     return HandleFor(block);
 }
 
@@ -171,7 +172,7 @@ UINT MemoryBlocks::Flags(HGLOBAL handle)
 
 MemoryBlocks::Block* MemoryBlocks::Find(HGLOBAL handle)
 {
-    const uintptr_t value = reinterpret_cast<uintptr_t>(handle);
+    const std::uintptr_t value = reinterpret_cast<std::uintptr_t>(handle);
     if ((value & kTagMask) != kMovableTag)
     {
         const auto found = _entryOfAddress.find(handle);
@@ -179,7 +180,7 @@ MemoryBlocks::Block* MemoryBlocks::Find(HGLOBAL handle)
             return nullptr;
         return &_blocks[found->second];
     }
-    const size_t index = (value & UINT32_MAX) >> kIndexShift;
+    const std::size_t index = (value & UINT32_MAX) >> kIndexShift;
     if (index >= _blocks.size())
         return nullptr;
     Block& block = _blocks[index];
@@ -190,8 +191,8 @@ HGLOBAL MemoryBlocks::HandleFor(const Block& block) const
 {
     if (!block.movable)
         return block.data;
-    const uintptr_t index = static_cast<uintptr_t>(&block - _blocks.data());
-    const uintptr_t generation = block.generation;
+    const std::uintptr_t index = static_cast<std::uintptr_t>(&block - _blocks.data());
+    const std::uintptr_t generation = block.generation;
     return reinterpret_cast<HGLOBAL>((generation << kGenerationShift) | (index << kIndexShift) | kMovableTag);
 }
 
@@ -213,15 +214,15 @@ void MemoryBlocks::ReleaseEntry(Block& block)
 {
     if (block.data != nullptr)
         _entryOfAddress.erase(block.data);
-    const uint32_t next = block.generation == UINT32_MAX ? 1 : block.generation + 1;
+    const std::uint32_t next = block.generation == UINT32_MAX ? 1 : block.generation + 1;
     block = Block{};
     block.generation = next;
-    _freeEntries.push_back(static_cast<uint32_t>(&block - _blocks.data()));
+    _freeEntries.push_back(static_cast<std::uint32_t>(&block - _blocks.data()));
 }
 
-bool MemoryBlocks::Resize(Block& block, size_t size, bool zero, bool mayMove)
+bool MemoryBlocks::Resize(Block& block, std::size_t size, bool zero, bool mayMove)
 {
-    const size_t oldSize = block.size;
+    const std::size_t oldSize = block.size;
     const bool tooLarge = size > block.capacity;
     const bool wasteful = mayMove && size < block.capacity / 2;
     if (block.data == nullptr || tooLarge || wasteful)
@@ -229,7 +230,7 @@ bool MemoryBlocks::Resize(Block& block, size_t size, bool zero, bool mayMove)
         if (!mayMove || size > PTRDIFF_MAX)
             return false;
         // The second growth of a block is taken for the first of many; its reserve isn't touched and costs no memory.
-        size_t capacity = size != 0 ? size : 1;
+        std::size_t capacity = size != 0 ? size : 1;
         if (tooLarge && oldSize != 0 && capacity < block.capacity + block.capacity / 2)
             capacity = block.capacity + block.capacity / 2;
         const auto oldData = block.data;
@@ -244,7 +245,7 @@ bool MemoryBlocks::Resize(Block& block, size_t size, bool zero, bool mayMove)
         if (data != oldData)
         {
             _entryOfAddress.erase(oldData);
-            _entryOfAddress[data] = static_cast<uint32_t>(&block - _blocks.data());
+            _entryOfAddress[data] = static_cast<std::uint32_t>(&block - _blocks.data());
         }
         block.data = data;
         block.capacity = capacity;

@@ -7,6 +7,7 @@
 
 #include <minwindef.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <mutex>
 #include <unordered_map>
@@ -33,10 +34,11 @@ private:
     struct Block
     {
         void* data = nullptr; // null for a movable block of no bytes
-        size_t size = 0;
-        size_t capacity = 0; // bytes that `data` has; growing step by step would copy at each step without a reserve
-        uint32_t generation = 1;
-        uint32_t lockCount = 0;
+        std::size_t size = 0;
+        std::size_t capacity =
+            0; // bytes that `data` has; growing step by step would copy at each step without a reserve
+        std::uint32_t generation = 1;
+        std::uint32_t lockCount = 0;
         bool inUse = false;
         bool movable = false;
     };
@@ -45,12 +47,12 @@ private:
     HGLOBAL HandleFor(const Block& block) const;
     Block& TakeEntry();
     void ReleaseEntry(Block& block);
-    bool Resize(Block& block, size_t size, bool zero, bool mayMove);
+    bool Resize(Block& block, std::size_t size, bool zero, bool mayMove);
 
     std::mutex _mutex;
     std::vector<Block> _blocks;
-    std::vector<uint32_t> _freeEntries;
-    std::unordered_map<const void*, uint32_t> _entryOfAddress;
+    std::vector<std::uint32_t> _freeEntries;
+    std::unordered_map<const void*, std::uint32_t> _entryOfAddress;
 };
 
 } // namespace qxplatform

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
 #include <iterator>
 
 #include <link.h>
@@ -17,7 +18,7 @@ namespace
 {
 
 // Libraries of the system whose functions, as far as anyone here calls them, stand in the layer.
-constexpr std::u16string_view systemLibraries[] = {
+constexpr std::u16string_view kSystemLibraries[] = {
     u"advapi32",
     u"combase",
     u"kernel32",
@@ -34,29 +35,29 @@ constexpr std::u16string_view systemLibraries[] = {
 struct Image
 {
     Module module;
-    uintptr_t begin = 0;
-    uintptr_t end = 0;
+    std::uintptr_t begin = 0;
+    std::uintptr_t end = 0;
 };
 
 std::string ProgramPath()
 {
     char path[PATH_MAX];
     const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-    return length < 0 ? std::string() : std::string(path, static_cast<size_t>(length));
+    return length < 0 ? std::string() : std::string(path, static_cast<std::size_t>(length));
 }
 
-int AddImage(dl_phdr_info* info, size_t, void* images)
+int AddImage(dl_phdr_info* info, std::size_t, void* images)
 {
-    uintptr_t begin = UINTPTR_MAX;
-    uintptr_t end = 0;
+    std::uintptr_t begin = UINTPTR_MAX;
+    std::uintptr_t end = 0;
     for (const ElfW(Phdr)* header = info->dlpi_phdr; header != info->dlpi_phdr + info->dlpi_phnum; ++header)
     {
         if (header->p_type != PT_LOAD)
             continue;
-        begin = std::min<uintptr_t>(begin, info->dlpi_addr + header->p_vaddr);
-        end = std::max<uintptr_t>(end, info->dlpi_addr + header->p_vaddr + header->p_memsz);
+        begin = std::min<std::uintptr_t>(begin, info->dlpi_addr + header->p_vaddr);
+        end = std::max<std::uintptr_t>(end, info->dlpi_addr + header->p_vaddr + header->p_memsz);
     }
-    const uintptr_t pageMask = ~static_cast<uintptr_t>(sysconf(_SC_PAGESIZE) - 1);
+    const std::uintptr_t pageMask = ~static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE) - 1);
     auto& list = *static_cast<std::vector<Image>*>(images);
     // The program is told first and without a name; the kernel's image in every process has a name that is no path.
     const std::string path = list.empty() ? ProgramPath() : info->dlpi_name;
@@ -89,9 +90,9 @@ bool EndsWithoutCase(std::u16string_view text, std::u16string_view end)
 
 std::u16string_view WithoutExtension(std::u16string_view name)
 {
-    constexpr std::u16string_view extension = u".dll";
-    if (EndsWithoutCase(name, extension))
-        name.remove_suffix(extension.size());
+    constexpr std::u16string_view kExtension = u".dll";
+    if (EndsWithoutCase(name, kExtension))
+        name.remove_suffix(kExtension.size());
     return name;
 }
 
@@ -124,7 +125,7 @@ std::optional<Module> ModuleOf(HMODULE handle)
 
 std::optional<Module> ModuleAt(const void* address)
 {
-    const auto value = reinterpret_cast<uintptr_t>(address);
+    const auto value = reinterpret_cast<std::uintptr_t>(address);
     for (Image& image : Images())
         if (value >= image.begin && value < image.end)
             return std::move(image.module);
@@ -151,7 +152,7 @@ std::optional<Module> FindModule(std::u16string_view name)
 bool IsSystemLibrary(std::u16string_view name)
 {
     const std::u16string_view stem = WithoutExtension(name);
-    return std::any_of(std::begin(systemLibraries), std::end(systemLibraries),
+    return std::any_of(std::begin(kSystemLibraries), std::end(kSystemLibraries),
         [stem](std::u16string_view library) { return EqualWithoutCase(stem, library); });
 }
 

@@ -154,8 +154,8 @@ BOOL WINAPI GetModuleHandleExW(DWORD dwFlags, LPCWSTR lpModuleName, HMODULE* phM
     *phModule = module ? module->handle : nullptr;
     if (!module)
         return Fail(ERROR_MOD_NOT_FOUND);
-    constexpr DWORD uncounted = GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
-    if ((dwFlags & uncounted) == 0)
+    constexpr DWORD kUncounted = GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    if ((dwFlags & kUncounted) == 0)
         AddUse(*module);
     return TRUE;
 }

@@ -21,9 +21,9 @@ struct Packet
 class PortObject : public WaitableQueue<Packet>
 {
 public:
-    static constexpr ObjectType objectType = ObjectType::CompletionPort;
+    static constexpr ObjectType kObjectType = ObjectType::CompletionPort;
 
-    PortObject() : WaitableQueue(objectType) {}
+    PortObject() : WaitableQueue(kObjectType) {}
 
     // Its packets are for GetQueuedCompletionStatus() alone.
     Waitable* AsWaitable() override { return nullptr; }

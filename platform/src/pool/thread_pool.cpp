@@ -12,8 +12,8 @@ using namespace qxplatform;
 namespace
 {
 
-constexpr size_t maximumThreads = 500;
-constexpr DWORD idlePatience = 5'000;
+constexpr std::size_t kMaximumThreads = 500;
+constexpr DWORD kIdlePatience = 5'000;
 
 } // namespace
 
@@ -33,7 +33,7 @@ struct _TP_WORK : Waitable
 
     bool IsSignalled() const override { return outstanding == 0; }
 
-    void Finish(size_t count);
+    void Finish(std::size_t count);
     // An item that is closed stays in its group until its callbacks have ended, so that the end of the group waits for
     // them. The caller has a reference.
     void LeaveGroupIfDone();
@@ -43,7 +43,7 @@ struct _TP_WORK : Waitable
     const Ref<_TP_POOL> pool;
     const PTP_CLEANUP_GROUP_CANCEL_CALLBACK cancelCallback;
 
-    size_t outstanding = 0; // callbacks that wait or run
+    std::size_t outstanding = 0; // callbacks that wait or run
     PTP_CLEANUP_GROUP group = nullptr;
     bool isClosed = false; // the caller's reference is given back
 };
@@ -55,15 +55,15 @@ struct _TP_POOL : WaitableQueue<Ref<_TP_WORK>>
     void Submit(_TP_WORK& work);
     // Takes back what waits.
     void Cancel(_TP_WORK& work);
-    bool MayGrow() const { return _threads < maximumThreads; }
+    bool MayGrow() const { return _threads < kMaximumThreads; }
 
 private:
     static unsigned ThreadMain(void* pool);
     void RunCallbacks();
     bool HasLeft();
 
-    size_t _threads = 0;
-    size_t _starting = 0; // threads among them that haven't come to the queue yet
+    std::size_t _threads = 0;
+    std::size_t _starting = 0; // threads among them that haven't come to the queue yet
 };
 
 struct _TP_CLEANUP_GROUP : Object
@@ -73,7 +73,7 @@ struct _TP_CLEANUP_GROUP : Object
     std::vector<Ref<_TP_WORK>> members;
 };
 
-void _TP_WORK::Finish(size_t count)
+void _TP_WORK::Finish(std::size_t count)
 {
     outstanding -= count;
     if (outstanding != 0)
@@ -140,7 +140,7 @@ void _TP_POOL::RunCallbacks()
     do
     {
         std::optional<Ref<_TP_WORK>> work;
-        while (FinishWait(WaitForItem(idlePatience, work)), work)
+        while (FinishWait(WaitForItem(kIdlePatience, work)), work)
         {
             _TP_CALLBACK_INSTANCE instance{*this};
             (*work)->callback(&instance, (*work)->context, work->get());

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -50,7 +51,7 @@ public:
             return std::nullopt;
         std::optional<Item> item(std::move(_items[_first++]));
         --_count;
-        if (_first == _items.size() || (_first >= compactAt && _first >= _items.size() / 2))
+        if (_first == _items.size() || (_first >= kCompactAt && _first >= _items.size() / 2))
             Compact();
         return item;
     }
@@ -85,15 +86,15 @@ public:
     }
 
     bool HasEnded() const { return _hasEnded; }
-    size_t Count() const { return _count.load(); }
+    std::size_t Count() const { return _count.load(); }
 
     // The items that the predicate names leave the queue; how many.
     template <class Predicate>
-    size_t Remove(Predicate predicate)
+    std::size_t Remove(Predicate predicate)
     {
         const std::lock_guard guard(_lock);
         Compact();
-        const size_t removed = std::erase_if(_items, predicate);
+        const std::size_t removed = std::erase_if(_items, predicate);
         _count -= removed;
         return removed;
     }
@@ -108,7 +109,7 @@ private:
 
     // A queue that is never empty would grow for ever. Where half of it is gone, moving the rest costs no more than
     // what was saved.
-    static constexpr size_t compactAt = 4096;
+    static constexpr std::size_t kCompactAt = 4096;
 
     void Append(Item item)
     {
@@ -125,8 +126,8 @@ private:
 
     mutable std::mutex _lock;
     std::vector<Item> _items; // from _first on; those in front of it were taken
-    size_t _first = 0;
-    std::atomic<size_t> _count = 0; // of those that are there; changed under the lock
+    std::size_t _first = 0;
+    std::atomic<std::size_t> _count = 0; // of those that are there; changed under the lock
     std::atomic<bool> _hasEnded = false;
 };
 

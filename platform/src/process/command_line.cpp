@@ -23,7 +23,7 @@ std::u16string TakeProgram(std::u16string_view& line)
     const bool isQuoted = !line.empty() && line[0] == u'"';
     if (isQuoted)
         line.remove_prefix(1);
-    const size_t end = std::min(isQuoted ? line.find(u'"') : line.find_first_of(u" \t"), line.size());
+    const std::size_t end = std::min(isQuoted ? line.find(u'"') : line.find_first_of(u" \t"), line.size());
     const std::u16string program(line.substr(0, end));
     line.remove_prefix(std::min(end + 1, line.size()));
     return program;
@@ -35,7 +35,7 @@ std::u16string TakeArgument(std::u16string_view& line)
     bool isQuoted = false;
     while (!line.empty() && (isQuoted || !IsBlank(line[0])))
     {
-        const size_t backslashes = std::min(line.find_first_not_of(u'\\'), line.size());
+        const std::size_t backslashes = std::min(line.find_first_not_of(u'\\'), line.size());
         line.remove_prefix(backslashes);
         if (line.empty() || line[0] != u'"')
         {

@@ -78,7 +78,7 @@ std::string FindProgram(const std::u16string& name)
     std::string folders = self.parent_path().string() + ':' + EnvironmentValue("PATH");
     while (!folders.empty())
     {
-        const size_t end = std::min(folders.find(':'), folders.size());
+        const std::size_t end = std::min(folders.find(':'), folders.size());
         std::string candidate = folders.substr(0, end) + '/' + bytes;
         if (end > 0 && IsProgram(candidate))
             return candidate;

@@ -31,7 +31,7 @@ DWORD CodeOfSignal(int signal)
         int signal;
         DWORD code;
     };
-    constexpr Pair pairs[] = {
+    constexpr Pair kPairs[] = {
         {SIGSEGV, 0xC0000005}, // access violation
         {SIGBUS, 0xC0000006},  // in-page error
         {SIGILL, 0xC000001D},  // illegal instruction
@@ -40,9 +40,9 @@ DWORD CodeOfSignal(int signal)
         {SIGINT, 0xC000013A},  // control C
         {SIGABRT, 3},
     };
-    const Pair* const found =
-        std::find_if(std::begin(pairs), std::end(pairs), [signal](const Pair& pair) { return pair.signal == signal; });
-    return found == std::end(pairs) ? 0xC0000001 : found->code; // unsuccessful
+    const Pair* const found = std::find_if(
+        std::begin(kPairs), std::end(kPairs), [signal](const Pair& pair) { return pair.signal == signal; });
+    return found == std::end(kPairs) ? 0xC0000001 : found->code; // unsuccessful
 }
 
 } // namespace

@@ -11,9 +11,9 @@ namespace qxplatform
 class ProcessObject : public Waitable
 {
 public:
-    static constexpr ObjectType objectType = ObjectType::Process;
+    static constexpr ObjectType kObjectType = ObjectType::Process;
 
-    explicit ProcessObject(pid_t processId) : Waitable(objectType), id(processId) {}
+    explicit ProcessObject(pid_t processId) : Waitable(kObjectType), id(processId) {}
 
     // Starts a thread that waits for the child's end.
     static void Watch(const Ref<ProcessObject>& child);

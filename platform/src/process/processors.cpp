@@ -18,13 +18,13 @@ using namespace qxplatform;
 namespace
 {
 
-constexpr unsigned processorsOfGroup = 64;
+constexpr unsigned kProcessorsOfGroup = 64;
 
 // A word for each group. Empty if there is no such process.
 std::vector<DWORD_PTR> ProcessorsOf(pid_t process)
 {
-    constexpr size_t mostGroups = 4096;
-    for (size_t groups = 16; groups <= mostGroups; groups *= 2)
+    constexpr std::size_t kMostGroups = 4096;
+    for (std::size_t groups = 16; groups <= kMostGroups; groups *= 2)
     {
         std::vector<DWORD_PTR> mask(groups);
         const auto set = reinterpret_cast<cpu_set_t*>(mask.data());
@@ -45,9 +45,9 @@ std::optional<pid_t> ProcessIdOf(HANDLE handle)
     return process ? std::optional(process->id) : std::nullopt;
 }
 
-DWORD_PTR FirstOf(size_t count)
+DWORD_PTR FirstOf(std::size_t count)
 {
-    return count >= processorsOfGroup ? ~DWORD_PTR{0} : (DWORD_PTR{1} << count) - 1;
+    return count >= kProcessorsOfGroup ? ~DWORD_PTR{0} : (DWORD_PTR{1} << count) - 1;
 }
 
 unsigned CurrentProcessor()
@@ -60,14 +60,14 @@ unsigned CurrentProcessor()
 
 DWORD WINAPI GetCurrentProcessorNumber(void)
 {
-    return CurrentProcessor() % processorsOfGroup;
+    return CurrentProcessor() % kProcessorsOfGroup;
 }
 
 void WINAPI GetCurrentProcessorNumberEx(PPROCESSOR_NUMBER ProcNumber)
 {
     const unsigned processor = CurrentProcessor();
     *ProcNumber = {
-        static_cast<WORD>(processor / processorsOfGroup), static_cast<BYTE>(processor % processorsOfGroup), 0};
+        static_cast<WORD>(processor / kProcessorsOfGroup), static_cast<BYTE>(processor % kProcessorsOfGroup), 0};
 }
 
 // As on the system both masks are zero where the process has processors in several groups.
@@ -80,7 +80,7 @@ BOOL WINAPI GetProcessAffinityMask(HANDLE hProcess, PDWORD_PTR lpProcessAffinity
     if (processors.empty())
         return FailErrno();
     DWORD_PTR own = 0;
-    size_t groups = 0;
+    std::size_t groups = 0;
     for (const DWORD_PTR group : processors)
     {
         groups += group != 0 ? 1 : 0;
@@ -88,7 +88,7 @@ BOOL WINAPI GetProcessAffinityMask(HANDLE hProcess, PDWORD_PTR lpProcessAffinity
     }
     const bool isOne = groups == 1;
     *lpProcessAffinityMask = isOne ? own : 0;
-    *lpSystemAffinityMask = isOne ? own | FirstOf(static_cast<size_t>(sysconf(_SC_NPROCESSORS_ONLN))) : 0;
+    *lpSystemAffinityMask = isOne ? own | FirstOf(static_cast<std::size_t>(sysconf(_SC_NPROCESSORS_ONLN))) : 0;
     return TRUE;
 }
 
@@ -101,7 +101,7 @@ BOOL WINAPI GetProcessGroupAffinity(HANDLE hProcess, PUSHORT GroupCount, PUSHORT
     if (processors.empty())
         return FailErrno();
     USHORT found = 0;
-    for (size_t group = 0; group < processors.size(); ++group)
+    for (std::size_t group = 0; group < processors.size(); ++group)
     {
         if (processors[group] == 0)
             continue;
@@ -119,7 +119,7 @@ DWORD WINAPI GetActiveProcessorCount(WORD GroupNumber)
 {
     DWORD count = 0;
     const std::vector<DWORD_PTR> processors = ProcessorsOf(getpid());
-    for (size_t group = 0; group < processors.size(); ++group)
+    for (std::size_t group = 0; group < processors.size(); ++group)
         if (GroupNumber == ALL_PROCESSOR_GROUPS || GroupNumber == group)
             count += static_cast<DWORD>(std::popcount(processors[group]));
     if (count == 0)

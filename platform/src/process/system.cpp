@@ -19,15 +19,15 @@ namespace
 {
 
 // The layer behaves as Windows 10, 22H2, and says so.
-constexpr DWORD majorVersion = 10;
-constexpr DWORD minorVersion = 0;
-constexpr DWORD buildNumber = 19045;
+constexpr DWORD kMajorVersion = 10;
+constexpr DWORD kMinorVersion = 0;
+constexpr DWORD kBuildNumber = 19045;
 
 } // namespace
 
 DWORD WINAPI GetVersion(void)
 {
-    return buildNumber << 16 | minorVersion << 8 | majorVersion;
+    return kBuildNumber << 16 | kMinorVersion << 8 | kMajorVersion;
 }
 
 BOOL WINAPI GetVersionExW(LPOSVERSIONINFOW lpVersionInformation)
@@ -37,9 +37,9 @@ BOOL WINAPI GetVersionExW(LPOSVERSIONINFOW lpVersionInformation)
         return Fail(ERROR_INSUFFICIENT_BUFFER);
     OSVERSIONINFOEXW info{};
     info.dwOSVersionInfoSize = size;
-    info.dwMajorVersion = majorVersion;
-    info.dwMinorVersion = minorVersion;
-    info.dwBuildNumber = buildNumber;
+    info.dwMajorVersion = kMajorVersion;
+    info.dwMinorVersion = kMinorVersion;
+    info.dwBuildNumber = kBuildNumber;
     info.dwPlatformId = VER_PLATFORM_WIN32_NT;
     info.wProductType = VER_NT_WORKSTATION;
     std::memcpy(lpVersionInformation, &info, size);
@@ -67,11 +67,11 @@ void WINAPI GetSystemInfo(LPSYSTEM_INFO lpSystemInfo)
 
 BOOL WINAPI IsDebuggerPresent(void)
 {
-    constexpr std::string_view label = "TracerPid:";
+    constexpr std::string_view kLabel = "TracerPid:";
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);)
-        if (line.compare(0, label.size(), label) == 0)
-            return line.find_first_of("123456789", label.size()) != line.npos;
+        if (line.compare(0, kLabel.size(), kLabel) == 0)
+            return line.find_first_of("123456789", kLabel.size()) != line.npos;
     return FALSE;
 }
 

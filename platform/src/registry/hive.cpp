@@ -24,7 +24,7 @@ bool MakeFolder(const std::string& folder)
 // Makes the folder with all above it that is missing, for its owner alone. False with errno.
 bool MakeFolders(const std::string& folder)
 {
-    for (size_t end = folder.find('/', 1); end != std::string::npos; end = folder.find('/', end + 1))
+    for (std::size_t end = folder.find('/', 1); end != std::string::npos; end = folder.find('/', end + 1))
     {
         // What exists above may be closed to us and still lead to the folder.
         if (!MakeFolder(folder.substr(0, end)) && errno != EACCES && errno != EROFS)

@@ -55,7 +55,7 @@ LSTATUS FindOpenKey(HKEY handle, REGSAM rights, Ref<OpenKey>& key)
     }
     DWORD access = 0;
     const Ref<Object> object = ObjectOf(handle, &access);
-    if (!object || object->type != OpenKey::objectType)
+    if (!object || object->type != OpenKey::kObjectType)
         return ERROR_INVALID_HANDLE;
     if ((access & rights) != rights)
         return ERROR_ACCESS_DENIED;

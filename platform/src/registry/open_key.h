@@ -14,9 +14,9 @@ namespace qxplatform
 class OpenKey final : public Object
 {
 public:
-    static constexpr ObjectType objectType = ObjectType::RegistryKey;
+    static constexpr ObjectType kObjectType = ObjectType::RegistryKey;
 
-    OpenKey(Hive& keyHive, KeyPath keyPath) : Object(objectType), hive(keyHive), path(std::move(keyPath)) {}
+    OpenKey(Hive& keyHive, KeyPath keyPath) : Object(kObjectType), hive(keyHive), path(std::move(keyPath)) {}
 
     Hive& hive;
     const KeyPath path;

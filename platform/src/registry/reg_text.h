@@ -3,6 +3,7 @@
 
 #include "registry/registry_tree.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -10,7 +11,7 @@ namespace qxplatform
 {
 
 // A larger file isn't read, and a tree that would make one isn't written.
-constexpr size_t kMaxRegistryFile = size_t{64} << 20;
+constexpr std::size_t kMaxRegistryFile = std::size_t{64} << 20;
 
 struct RegistryText
 {

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstdint>
 #include <cstring>
 
 namespace qxplatform
@@ -39,7 +40,7 @@ int HexDigit(char16_t c)
     return -1;
 }
 
-void AppendBytes(std::vector<BYTE>& data, const void* bytes, size_t count)
+void AppendBytes(std::vector<BYTE>& data, const void* bytes, std::size_t count)
 {
     const auto first = static_cast<const BYTE*>(bytes);
     data.insert(data.end(), first, first + count);
@@ -59,16 +60,16 @@ bool Decode(std::string_view bytes, std::u16string& text)
     if (bytes.starts_with("\xEF\xBB\xBF"))
         bytes.remove_prefix(3);
     text.resize(bytes.size());
-    int32_t length = 0, substitutions = 0;
+    std::int32_t length = 0, substitutions = 0;
     UErrorCode status = U_ZERO_ERROR;
-    u_strFromUTF8WithSub(text.data(), static_cast<int32_t>(text.size()), &length, bytes.data(),
-        static_cast<int32_t>(bytes.size()), 0xFFFD, &substitutions, &status);
+    u_strFromUTF8WithSub(text.data(), static_cast<std::int32_t>(text.size()), &length, bytes.data(),
+        static_cast<std::int32_t>(bytes.size()), 0xFFFD, &substitutions, &status);
     if (status > U_ZERO_ERROR) // warnings are below
     {
         text.clear();
         return false;
     }
-    text.resize(static_cast<size_t>(length));
+    text.resize(static_cast<std::size_t>(length));
     return substitutions == 0;
 }
 
@@ -93,7 +94,7 @@ public:
         while (!AtEnd())
         {
             SkipBlanks();
-            const size_t start = _at;
+            const std::size_t start = _at;
             if (ReadEntry())
                 continue;
             _result.damaged = true;
@@ -134,7 +135,7 @@ private:
     // The rest of the line without blanks at its end; goes to the start of the next.
     std::u16string_view TakeRestOfLine()
     {
-        const size_t start = _at;
+        const std::size_t start = _at;
         while (!AtLineEnd())
             ++_at;
         std::u16string_view line = _text.substr(start, _at - start);
@@ -292,7 +293,7 @@ private:
     bool ReadHexNumber(DWORD& number)
     {
         number = 0;
-        size_t digits = 0;
+        std::size_t digits = 0;
         for (; HexDigit(Peek()) >= 0 && digits < 9; ++digits)
             number = number << 4 | static_cast<DWORD>(HexDigit(_text[_at++]));
         return digits >= 1 && digits <= 8;
@@ -338,7 +339,7 @@ private:
     const std::u16string_view _text;
     const std::u16string_view _rootName;
     RegistryText& _result;
-    size_t _at = 0;
+    std::size_t _at = 0;
     RegistryKey* _key = nullptr;
     CommentLines _comments; // those that wait for what they stand in front of
 };

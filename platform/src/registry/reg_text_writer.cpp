@@ -11,7 +11,7 @@ namespace
 {
 
 constexpr std::u16string_view kLineEnd = u"\r\n";
-constexpr size_t kLastColumn = 76; // of the bytes in a line; a comma and a backslash may follow
+constexpr std::size_t kLastColumn = 76; // of the bytes in a line; a comma and a backslash may follow
 
 class Writer
 {
@@ -53,7 +53,7 @@ private:
             Value(entry.second);
         for (const auto& entry : key.keys)
         {
-            const size_t length = _path.size();
+            const std::size_t length = _path.size();
             _path += u'\\';
             _path += entry.second->name;
             Key(*entry.second);
@@ -104,7 +104,7 @@ private:
             return false;
         text.resize(data.size() / sizeof(char16_t));
         std::memcpy(text.data(), data.data(), data.size());
-        for (size_t i = 0; i + 1 < text.size(); ++i)
+        for (std::size_t i = 0; i + 1 < text.size(); ++i)
         {
             if (text[i] < u' ')
                 return false;
@@ -133,7 +133,7 @@ private:
             _text += u')';
         }
         _text += u':';
-        for (size_t i = 0; i < value.data.size(); ++i)
+        for (std::size_t i = 0; i < value.data.size(); ++i)
         {
             if (i != 0)
                 _text += u',';
@@ -149,7 +149,7 @@ private:
 
     std::u16string _text;
     std::u16string _path;
-    size_t _lineStart = 0;
+    std::size_t _lineStart = 0;
 };
 
 } // namespace

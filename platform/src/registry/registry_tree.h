@@ -3,6 +3,7 @@
 
 #include <minwindef.h>
 
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <string>
@@ -12,9 +13,9 @@
 namespace qxplatform
 {
 
-constexpr size_t kMaxKeyName = 255;
-constexpr size_t kMaxValueName = 16383;
-constexpr size_t kMaxKeyDepth = 512;
+constexpr std::size_t kMaxKeyName = 255;
+constexpr std::size_t kMaxValueName = 16383;
+constexpr std::size_t kMaxKeyDepth = 512;
 
 // The names of keys from the root of the tree down.
 using KeyPath = std::vector<std::u16string>;

@@ -17,7 +17,7 @@ public:
     ActivationContext() : Object(ObjectType::ActivationContext) {}
 };
 
-constexpr DWORD byResource = ACTCTX_FLAG_RESOURCE_NAME_VALID | ACTCTX_FLAG_HMODULE_VALID;
+constexpr DWORD kByResource = ACTCTX_FLAG_RESOURCE_NAME_VALID | ACTCTX_FLAG_HMODULE_VALID;
 
 } // namespace
 
@@ -26,7 +26,7 @@ HANDLE WINAPI CreateActCtxW(const ACTCTXW* pActCtx)
     HANDLE handle = nullptr;
     if (pActCtx == nullptr || pActCtx->cbSize != sizeof *pActCtx)
         Fail(ERROR_INVALID_PARAMETER);
-    else if (pActCtx->dwFlags != byResource)
+    else if (pActCtx->dwFlags != kByResource)
         Fail(ERROR_NOT_SUPPORTED);
     else if (FindResourceW(pActCtx->hModule, pActCtx->lpResourceName, RT_MANIFEST) != nullptr)
         handle = AddHandle(MakeObject<ActivationContext>());

@@ -4,6 +4,7 @@
 #include <unicode/unorm2.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <span>
 
 namespace qxplatform
@@ -365,7 +366,7 @@ wchar_t BaseOf(wchar_t unit)
     UErrorCode status = U_ZERO_ERROR;
     const UNormalizer2* const decomposition = unorm2_getNFKDInstance(&status);
     UChar parts[20];
-    const int32_t count = unorm2_getDecomposition(decomposition, unit, parts, std::size(parts), &status);
+    const std::int32_t count = unorm2_getDecomposition(decomposition, unit, parts, std::size(parts), &status);
     if (U_FAILURE(status) || count < 1)
         return 0;
     const auto last = std::remove_if(parts, parts + count, [](UChar part) { return u_getCombiningClass(part) != 0; });

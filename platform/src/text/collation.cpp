@@ -3,6 +3,7 @@
 #include <unicode/ucol.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -35,8 +36,8 @@ using Collator = std::unique_ptr<UCollator, CloseCollator>;
 Collator OpenRules(const std::u16string& rules)
 {
     UErrorCode status = U_ZERO_ERROR;
-    Collator collator(
-        ucol_openRules(rules.c_str(), static_cast<int32_t>(rules.size()), UCOL_ON, UCOL_TERTIARY, nullptr, &status));
+    Collator collator(ucol_openRules(
+        rules.c_str(), static_cast<std::int32_t>(rules.size()), UCOL_ON, UCOL_TERTIARY, nullptr, &status));
     return U_SUCCESS(status) ? std::move(collator) : nullptr;
 }
 
@@ -47,7 +48,7 @@ Collator MakeCollator(const std::string& icuLocale)
     std::u16string rules = SYSTEM_RULES;
     if (own != nullptr)
     {
-        int32_t length = 0;
+        std::int32_t length = 0;
         const UChar* const tailoring = ucol_getRules(own.get(), &length);
         rules.append(tailoring, static_cast<std::size_t>(length));
     }
@@ -75,8 +76,8 @@ int CompareWith(const UCollator* collator, std::wstring_view a, std::wstring_vie
 {
     if (collator == nullptr)
         return a.compare(b); // without ICU's data there is no better order
-    return ucol_strcoll(collator, reinterpret_cast<const UChar*>(a.data()), static_cast<int32_t>(a.size()),
-        reinterpret_cast<const UChar*>(b.data()), static_cast<int32_t>(b.size()));
+    return ucol_strcoll(collator, reinterpret_cast<const UChar*>(a.data()), static_cast<std::int32_t>(a.size()),
+        reinterpret_cast<const UChar*>(b.data()), static_cast<std::int32_t>(b.size()));
 }
 
 bool IsMinorSign(wchar_t unit)

@@ -3,6 +3,7 @@
 #include <unicode/udatpg.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 
 #include "text/icu_text.h"
@@ -31,7 +32,7 @@ std::u16string PatternOf(const Locale& locale, UDateFormatStyle time, UDateForma
     const DateFormat format(udat_open(time, date, GregorianName(locale).c_str(), nullptr, 0, nullptr, 0, &status));
     if (format == nullptr)
         return {};
-    return IcuText([&](UChar* buffer, int32_t size, UErrorCode* result)
+    return IcuText([&](UChar* buffer, std::int32_t size, UErrorCode* result)
         { return udat_toPattern(format.get(), false, buffer, size, result); });
 }
 
@@ -42,10 +43,10 @@ std::u16string PatternOfFields(const Locale& locale, std::u16string_view fields)
     if (U_FAILURE(status))
         return {};
     return IcuText(
-        [&](UChar* buffer, int32_t size, UErrorCode* result)
+        [&](UChar* buffer, std::int32_t size, UErrorCode* result)
         {
             return udatpg_getBestPattern(
-                generator.get(), fields.data(), static_cast<int32_t>(fields.size()), buffer, size, result);
+                generator.get(), fields.data(), static_cast<std::int32_t>(fields.size()), buffer, size, result);
         });
 }
 

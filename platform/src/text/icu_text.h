@@ -4,6 +4,8 @@
 #include <unicode/udat.h>
 #include <unicode/utypes.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -25,8 +27,8 @@ std::u16string IcuText(Call call)
 {
     UChar buffer[256];
     UErrorCode status = U_ZERO_ERROR;
-    const int32_t length = call(buffer, static_cast<int32_t>(std::size(buffer)), &status);
-    if (U_FAILURE(status) || length < 0 || length > static_cast<int32_t>(std::size(buffer)))
+    const std::int32_t length = call(buffer, static_cast<std::int32_t>(std::size(buffer)), &status);
+    if (U_FAILURE(status) || length < 0 || length > static_cast<std::int32_t>(std::size(buffer)))
         return {};
     return {buffer, static_cast<std::size_t>(length)};
 }

@@ -6,6 +6,7 @@
 #include <unicode/uloc.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
 #include <map>
 #include <mutex>
@@ -71,14 +72,14 @@ std::string Text(Call call)
 {
     char buffer[ULOC_FULLNAME_CAPACITY];
     UErrorCode status = U_ZERO_ERROR;
-    const int32_t length = call(buffer, static_cast<int32_t>(sizeof buffer), &status);
-    return U_SUCCESS(status) && length < static_cast<int32_t>(sizeof buffer) ? std::string(buffer) : std::string();
+    const std::int32_t length = call(buffer, static_cast<std::int32_t>(sizeof buffer), &status);
+    return U_SUCCESS(status) && length < static_cast<std::int32_t>(sizeof buffer) ? std::string(buffer) : std::string();
 }
 
-std::string Part(const std::string& icu, int32_t (*part)(const char*, char*, int32_t, UErrorCode*))
+std::string Part(const std::string& icu, std::int32_t (*part)(const char*, char*, std::int32_t, UErrorCode*))
 {
     return Text(
-        [&](char* buffer, int32_t size, UErrorCode* status) { return part(icu.c_str(), buffer, size, status); });
+        [&](char* buffer, std::int32_t size, UErrorCode* status) { return part(icu.c_str(), buffer, size, status); });
 }
 
 // ICU knows a language if it has a name for it in English that is not just its code.
@@ -104,7 +105,7 @@ std::string WithRegion(const std::string& icu)
 LCID NumberOf(const std::string& icu)
 {
     const LCID lcid = uloc_getLCID(icu.c_str());
-    const std::string back = Text([lcid](char* buffer, int32_t size, UErrorCode* status)
+    const std::string back = Text([lcid](char* buffer, std::int32_t size, UErrorCode* status)
         { return uloc_getLocaleForLCID(lcid, buffer, size, status); });
     const bool sameRegion = Part(back, uloc_getCountry) == Part(icu, uloc_getCountry);
     return lcid != 0 && sameRegion ? lcid : LOCALE_CUSTOM_UNSPECIFIED;
@@ -113,7 +114,7 @@ LCID NumberOf(const std::string& icu)
 std::string NameOf(const std::string& icu)
 {
     const std::string base = Part(icu, uloc_getBaseName);
-    return Text([&base](char* buffer, int32_t size, UErrorCode* status)
+    return Text([&base](char* buffer, std::int32_t size, UErrorCode* status)
         { return uloc_toLanguageTag(base.c_str(), buffer, size, false, status); });
 }
 
@@ -162,7 +163,7 @@ std::optional<Locale> MakeByNumber(LCID lcid)
     for (const NamedLocale& row : NAMED_APART)
         if (row.lcid == lcid)
             return Locale{row.icu, row.name, row.lcid};
-    const std::string icu = Text([lcid](char* buffer, int32_t size, UErrorCode* status)
+    const std::string icu = Text([lcid](char* buffer, std::int32_t size, UErrorCode* status)
         { return uloc_getLocaleForLCID(lcid, buffer, size, status); });
     // ICU answers for an unknown region of a known language with the language, and so for its orders of sorting.
     const bool isRegion = SUBLANGID(lcid) != SUBLANG_NEUTRAL && SORTIDFROMLCID(lcid) == SORT_DEFAULT;
@@ -188,8 +189,8 @@ std::optional<Locale> MakeByName(const std::string& name)
     for (const NamedLocale& row : NAMED_APART)
         if (EqualWithoutCase(row.name, name))
             return Locale{row.icu, row.name, row.lcid};
-    int32_t parsed = 0;
-    const std::string icu = Text([&](char* buffer, int32_t size, UErrorCode* status)
+    std::int32_t parsed = 0;
+    const std::string icu = Text([&](char* buffer, std::int32_t size, UErrorCode* status)
         { return uloc_forLanguageTag(name.c_str(), buffer, size, &parsed, status); });
     if (static_cast<std::size_t>(parsed) != name.size() || !IsKnownLanguage(icu))
         return std::nullopt;

@@ -4,6 +4,7 @@
 
 #include <unicode/uloc.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -99,8 +100,8 @@ std::string ScriptOf(const Locale& locale)
     char likely[ULOC_FULLNAME_CAPACITY];
     char script[ULOC_SCRIPT_CAPACITY];
     UErrorCode status = U_ZERO_ERROR;
-    uloc_addLikelySubtags(locale.icu.c_str(), likely, static_cast<int32_t>(sizeof likely), &status);
-    uloc_getScript(likely, script, static_cast<int32_t>(sizeof script), &status);
+    uloc_addLikelySubtags(locale.icu.c_str(), likely, static_cast<std::int32_t>(sizeof likely), &status);
+    uloc_getScript(likely, script, static_cast<std::int32_t>(sizeof script), &status);
     return U_SUCCESS(status) ? script : "";
 }
 

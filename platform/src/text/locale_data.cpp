@@ -5,6 +5,7 @@
 #include <unicode/unum.h>
 #include <unicode/ures.h>
 
+#include <cstdint>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -47,14 +48,14 @@ struct CloseNumberFormat
 };
 using NumberFormat = std::unique_ptr<UNumberFormat, CloseNumberFormat>;
 
-std::u16string Symbol(const Locale& locale, UDateFormatSymbolType type, int32_t index)
+std::u16string Symbol(const Locale& locale, UDateFormatSymbolType type, std::int32_t index)
 {
     UErrorCode status = U_ZERO_ERROR;
     const std::string name = IcuName(locale) + "@calendar=gregorian";
     const DateFormat format(udat_open(UDAT_NONE, UDAT_SHORT, name.c_str(), nullptr, 0, nullptr, 0, &status));
     if (format == nullptr)
         return {};
-    return IcuText([&](UChar* buffer, int32_t size, UErrorCode* result)
+    return IcuText([&](UChar* buffer, std::int32_t size, UErrorCode* result)
         { return udat_getSymbols(format.get(), type, index, buffer, size, result); });
 }
 
@@ -65,7 +66,7 @@ std::u16string NumberSymbol(const Locale& locale, UNumberFormatSymbol symbol)
     const NumberFormat format(unum_open(UNUM_DECIMAL, nullptr, 0, name.c_str(), nullptr, &status));
     if (U_FAILURE(status))
         return {};
-    return IcuText([&](UChar* buffer, int32_t size, UErrorCode* result)
+    return IcuText([&](UChar* buffer, std::int32_t size, UErrorCode* result)
         { return unum_getSymbol(format.get(), symbol, buffer, size, result); });
 }
 
@@ -84,10 +85,10 @@ Bundle OpenOwnData(const std::string& name)
     return U_SUCCESS(status) ? std::move(bundle) : nullptr;
 }
 
-std::u16string TextAt(const Bundle& bundle, int32_t index)
+std::u16string TextAt(const Bundle& bundle, std::int32_t index)
 {
     UErrorCode status = U_ZERO_ERROR;
-    int32_t length = 0;
+    std::int32_t length = 0;
     const UChar* const text =
         bundle == nullptr ? nullptr : ures_getStringByIndex(bundle.get(), index, &length, &status);
     return text != nullptr && U_SUCCESS(status) ? std::u16string(text, static_cast<std::size_t>(length))
@@ -98,7 +99,7 @@ std::u16string TextAt(const Bundle& bundle, int32_t index)
 std::string ParentOf(const std::string& name, const Bundle& bundle)
 {
     UErrorCode status = U_ZERO_ERROR;
-    int32_t length = 0;
+    std::int32_t length = 0;
     const UChar* const parent =
         bundle == nullptr ? nullptr : ures_getStringByKey(bundle.get(), "%%Parent", &length, &status);
     if (parent != nullptr && U_SUCCESS(status))
@@ -107,15 +108,15 @@ std::string ParentOf(const std::string& name, const Bundle& bundle)
     return end == name.npos ? "root" : name.substr(0, end);
 }
 
-std::u16string Display(
-    const Locale& locale, const Locale& in, int32_t (*display)(const char*, const char*, UChar*, int32_t, UErrorCode*))
+std::u16string Display(const Locale& locale, const Locale& in,
+    std::int32_t (*display)(const char*, const char*, UChar*, std::int32_t, UErrorCode*))
 {
     const auto ask = [&](const char* language, bool& isCode)
     {
         return IcuText(
-            [&](UChar* buffer, int32_t size, UErrorCode* status)
+            [&](UChar* buffer, std::int32_t size, UErrorCode* status)
             {
-                const int32_t length = display(locale.icu.c_str(), language, buffer, size, status);
+                const std::int32_t length = display(locale.icu.c_str(), language, buffer, size, status);
                 isCode = *status == U_USING_DEFAULT_WARNING;
                 return length;
             });
@@ -139,7 +140,7 @@ std::u16string CurrencyCode(const Locale& locale)
     for (const CurrencyOfPart& row : CURRENCIES_OF_PARTS)
         if (row.part == region)
             return row.currency;
-    return IcuText([&](UChar* buffer, int32_t size, UErrorCode* status)
+    return IcuText([&](UChar* buffer, std::int32_t size, UErrorCode* status)
         { return ucurr_forLocale(locale.icu.c_str(), buffer, size, status); });
 }
 
@@ -172,7 +173,7 @@ std::u16string DayName(const Locale& locale, int day, bool abbreviated)
     if (const char16_t* const own = SupplementOf(locale).days[day])
         return own;
     // ICU counts the days from Sunday = 1.
-    const int32_t index = (day + 1) % 7 + 1;
+    const std::int32_t index = (day + 1) % 7 + 1;
     return Symbol(locale, abbreviated ? UDAT_SHORT_WEEKDAYS : UDAT_WEEKDAYS, index);
 }
 
@@ -233,7 +234,7 @@ std::u16string CurrencySymbol(const Locale& locale)
     if (code.empty())
         return NumberSymbol(locale, UNUM_CURRENCY_SYMBOL);
     UErrorCode status = U_ZERO_ERROR;
-    int32_t length = 0;
+    std::int32_t length = 0;
     const UChar* const symbol =
         ucurr_getName(code.c_str(), IcuName(locale).c_str(), UCURR_NARROW_SYMBOL_NAME, nullptr, &length, &status);
     return U_SUCCESS(status) ? std::u16string(symbol, static_cast<std::size_t>(length)) : code;
@@ -269,7 +270,8 @@ std::u16string RegionCode(const Locale& locale)
 {
     char code[ULOC_COUNTRY_CAPACITY];
     UErrorCode status = U_ZERO_ERROR;
-    const int32_t length = uloc_getCountry(locale.icu.c_str(), code, static_cast<int32_t>(sizeof code), &status);
+    const std::int32_t length =
+        uloc_getCountry(locale.icu.c_str(), code, static_cast<std::int32_t>(sizeof code), &status);
     return U_SUCCESS(status) ? std::u16string(code, code + length) : std::u16string();
 }
 

@@ -5,6 +5,7 @@
 #include <unicode/uset.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 
 namespace qxplatform
@@ -108,8 +109,8 @@ public:
     {
         UErrorCode status = U_ZERO_ERROR;
         UChar units[4];
-        const int32_t count = ucnv_toUChars(
-            _converter.get(), units, std::size(units), bytes.data(), static_cast<int32_t>(bytes.size()), &status);
+        const std::int32_t count = ucnv_toUChars(
+            _converter.get(), units, std::size(units), bytes.data(), static_cast<std::int32_t>(bytes.size()), &status);
         return U_SUCCESS(status) && count == 1 ? static_cast<wchar_t>(units[0]) : UNDEFINED;
     }
 
@@ -119,7 +120,7 @@ public:
         UErrorCode status = U_ZERO_ERROR;
         const UChar text = static_cast<UChar>(unit);
         char bytes[8];
-        const int32_t count = ucnv_fromUChars(_converter.get(), bytes, std::size(bytes), &text, 1, &status);
+        const std::int32_t count = ucnv_fromUChars(_converter.get(), bytes, std::size(bytes), &text, 1, &status);
         if (U_FAILURE(status) || count < 1 || count > 2)
             return 0;
         const auto byte = [&bytes](int i)
@@ -147,7 +148,7 @@ public:
         uset_removeRange(all.get(), 0x10000, 0x10ffff);
         std::vector<Fallback> fallbacks;
         ucnv_setFallback(_converter.get(), true);
-        for (int32_t i = 0; i < uset_size(all.get()); ++i)
+        for (std::int32_t i = 0; i < uset_size(all.get()); ++i)
         {
             const auto unit = static_cast<wchar_t>(uset_charAt(all.get(), i));
             fallbacks.push_back({unit, ToCode(unit)});

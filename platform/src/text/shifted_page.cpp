@@ -3,6 +3,7 @@
 #include <unicode/unorm2.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <vector>
 
@@ -67,9 +68,9 @@ std::vector<wchar_t> WidenKatakana(std::wstring_view text)
         // Composition only joins units, so the run never grows by it.
         const std::size_t start = widened.size();
         widened.resize(start + (end - i) * 2);
-        const int32_t length = unorm2_normalize(composition, reinterpret_cast<const UChar*>(text.data() + i),
-            static_cast<int32_t>(end - i), reinterpret_cast<UChar*>(widened.data() + start),
-            static_cast<int32_t>(widened.size() - start), &status);
+        const std::int32_t length = unorm2_normalize(composition, reinterpret_cast<const UChar*>(text.data() + i),
+            static_cast<std::int32_t>(end - i), reinterpret_cast<UChar*>(widened.data() + start),
+            static_cast<std::int32_t>(widened.size() - start), &status);
         widened.resize(start + static_cast<std::size_t>(length));
         i = end;
     }

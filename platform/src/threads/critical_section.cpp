@@ -12,9 +12,9 @@ using namespace qxplatform;
 namespace
 {
 
-constexpr LONG isFree = 0;
-constexpr LONG isHeld = 1;
-constexpr LONG hasWaiters = 2;
+constexpr LONG kIsFree = 0;
+constexpr LONG kIsHeld = 1;
+constexpr LONG kHasWaiters = 2;
 
 // Each one once, however often it was entered. Read by the stop signal's handler, where the loader must not be asked
 // for the memory of thread-local objects.
@@ -37,16 +37,16 @@ std::atomic_ref<HANDLE> Owner(LPCRITICAL_SECTION section)
 
 bool TakeFree(LPCRITICAL_SECTION section)
 {
-    LONG expected = isFree;
+    LONG expected = kIsFree;
     return LockWord(section).compare_exchange_strong(
-        expected, isHeld, std::memory_order_acquire, std::memory_order_relaxed);
+        expected, kIsHeld, std::memory_order_acquire, std::memory_order_relaxed);
 }
 
 bool SpinForFree(LPCRITICAL_SECTION section)
 {
     for (ULONG_PTR round = 0; round < section->SpinCount; ++round)
     {
-        if (LockWord(section).load(std::memory_order_relaxed) == isFree && TakeFree(section))
+        if (LockWord(section).load(std::memory_order_relaxed) == kIsFree && TakeFree(section))
             return true;
         YieldProcessor();
     }
@@ -57,11 +57,11 @@ bool SpinForFree(LPCRITICAL_SECTION section)
 void WaitForFree(LPCRITICAL_SECTION section)
 {
     ThreadObject* const thread = ThreadObject::CurrentIfKnown();
-    while (LockWord(section).exchange(hasWaiters, std::memory_order_acquire) != isFree)
+    while (LockWord(section).exchange(kHasWaiters, std::memory_order_acquire) != kIsFree)
     {
         if (thread != nullptr)
             thread->gate.Enter();
-        FutexWait(&section->LockCount, hasWaiters);
+        FutexWait(&section->LockCount, kHasWaiters);
         if (thread != nullptr)
             thread->LeaveGate();
     }
@@ -140,7 +140,7 @@ void WINAPI LeaveCriticalSection(LPCRITICAL_SECTION lpCriticalSection)
     Owner(lpCriticalSection).store(nullptr, std::memory_order_relaxed);
     LONG* const word = &lpCriticalSection->LockCount;
     // From here on the section may be gone: another thread may have entered, left and deleted it.
-    if (std::atomic_ref<LONG>(*word).exchange(isFree, std::memory_order_release) == hasWaiters)
+    if (std::atomic_ref<LONG>(*word).exchange(kIsFree, std::memory_order_release) == kHasWaiters)
         FutexWakeOne(word);
     heldSections = heldSections - 1;
     if (heldSections == 0)

@@ -14,9 +14,9 @@ namespace
 class EventObject : public Waitable
 {
 public:
-    static constexpr ObjectType objectType = ObjectType::Event;
+    static constexpr ObjectType kObjectType = ObjectType::Event;
 
-    EventObject(bool isManual, bool isSet) : Waitable(objectType), _isManual(isManual), _isSet(isSet) {}
+    EventObject(bool isManual, bool isSet) : Waitable(kObjectType), _isManual(isManual), _isSet(isSet) {}
 
     bool IsSignalled() const override { return _isSet; }
     void Take() override

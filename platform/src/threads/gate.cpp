@@ -15,11 +15,11 @@ LONG* Gate::Word()
 bool Gate::Leave()
 {
     LONG state = _word.load();
-    while ((state & mustEnd) == 0)
+    while ((state & kMustEnd) == 0)
     {
-        if ((state & countMask) == 0)
+        if ((state & kCountMask) == 0)
         {
-            if (state == 0 || _word.compare_exchange_weak(state, state & ~atGate))
+            if (state == 0 || _word.compare_exchange_weak(state, state & ~kAtGate))
                 return true;
             continue;
         }
@@ -34,10 +34,10 @@ DWORD Gate::Suspend()
     LONG state = _word.load();
     do
     {
-        if ((state & countMask) == static_cast<LONG>(maximumSuspendCount))
-            return failed;
+        if ((state & kCountMask) == static_cast<LONG>(kMaximumSuspendCount))
+            return kFailed;
     } while (!_word.compare_exchange_weak(state, state + 1));
-    return static_cast<DWORD>(state & countMask);
+    return static_cast<DWORD>(state & kCountMask);
 }
 
 DWORD Gate::Resume()
@@ -45,17 +45,17 @@ DWORD Gate::Resume()
     LONG state = _word.load();
     do
     {
-        if ((state & countMask) == 0)
+        if ((state & kCountMask) == 0)
             return 0;
     } while (!_word.compare_exchange_weak(state, state - 1));
-    if ((state & countMask) == 1)
+    if ((state & kCountMask) == 1)
         FutexWakeOne(Word());
-    return static_cast<DWORD>(state & countMask);
+    return static_cast<DWORD>(state & kCountMask);
 }
 
 void Gate::OrderEnd()
 {
-    _word.fetch_or(mustEnd);
+    _word.fetch_or(kMustEnd);
     FutexWakeOne(Word());
 }
 

@@ -14,29 +14,29 @@ namespace qxplatform
 class Gate
 {
 public:
-    static constexpr DWORD maximumSuspendCount = 127;
-    static constexpr DWORD failed = 0xFFFFFFFF;
+    static constexpr DWORD kMaximumSuspendCount = 127;
+    static constexpr DWORD kFailed = 0xFFFFFFFF;
 
     // By the thread itself.
 
-    void Enter() { _word.fetch_or(atGate); }
+    void Enter() { _word.fetch_or(kAtGate); }
     // Sleeps while the thread is suspended. False if it is to end: then it stays at the gate.
     bool Leave();
     // Whether something keeps the thread from going on.
-    bool IsClosed() const { return (_word.load() & ~atGate) != 0; }
+    bool IsClosed() const { return (_word.load() & ~kAtGate) != 0; }
 
     // By any thread. The first two give the former count, and `failed` where it can't be raised further.
 
     DWORD Suspend();
     DWORD Resume();
     void OrderEnd();
-    bool IsEndOrdered() const { return (_word.load() & mustEnd) != 0; }
-    bool IsThreadAtGate() const { return (_word.load() & atGate) != 0; }
+    bool IsEndOrdered() const { return (_word.load() & kMustEnd) != 0; }
+    bool IsThreadAtGate() const { return (_word.load() & kAtGate) != 0; }
 
 private:
-    static constexpr LONG countMask = 0xFF;
-    static constexpr LONG atGate = 0x100;
-    static constexpr LONG mustEnd = 0x200;
+    static constexpr LONG kCountMask = 0xFF;
+    static constexpr LONG kAtGate = 0x100;
+    static constexpr LONG kMustEnd = 0x200;
 
     LONG* Word();
 

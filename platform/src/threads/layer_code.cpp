@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string_view>
@@ -18,8 +19,8 @@ namespace
 
 struct Range
 {
-    uintptr_t begin;
-    uintptr_t end;
+    std::uintptr_t begin;
+    std::uintptr_t end;
 };
 
 struct CodeList
@@ -57,7 +58,7 @@ bool NeedsLayer(const dl_phdr_info& module)
     return false;
 }
 
-int AddModule(dl_phdr_info* module, size_t, void* context)
+int AddModule(dl_phdr_info* module, std::size_t, void* context)
 {
     CodeList& list = *static_cast<CodeList*>(context);
     list.loads = module->dlpi_adds;
@@ -66,7 +67,7 @@ int AddModule(dl_phdr_info* module, size_t, void* context)
     for (int index = 0; index < module->dlpi_phnum; ++index)
     {
         const ElfW(Phdr)& header = module->dlpi_phdr[index];
-        const uintptr_t begin = module->dlpi_addr + header.p_vaddr;
+        const std::uintptr_t begin = module->dlpi_addr + header.p_vaddr;
         if (header.p_type == PT_LOAD && (header.p_flags & PF_X) != 0)
             list.ranges.push_back({begin, begin + header.p_memsz});
     }
@@ -89,7 +90,7 @@ void RefreshLayerCode()
     lists.push_back(std::move(list));
 }
 
-bool IsInLayerCode(uintptr_t address)
+bool IsInLayerCode(std::uintptr_t address)
 {
     const CodeList* const list = codeList.load();
     return list != nullptr &&

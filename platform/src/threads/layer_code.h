@@ -11,6 +11,6 @@ void RefreshLayerCode();
 
 // Whether the address lies in the code of a module that names the layer among the libraries it needs. That is never so
 // inside the C library, its allocator, the loader, a sanitizer or the layer itself. May be called by a signal handler.
-bool IsInLayerCode(uintptr_t address);
+bool IsInLayerCode(std::uintptr_t address);
 
 } // namespace qxplatform

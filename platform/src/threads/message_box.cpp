@@ -22,44 +22,44 @@ struct Button
     const char* name;
 };
 
-constexpr Button ok = {IDOK, "ok"};
-constexpr Button cancel = {IDCANCEL, "cancel"};
-constexpr Button abortButton = {IDABORT, "abort"};
-constexpr Button retry = {IDRETRY, "retry"};
-constexpr Button ignore = {IDIGNORE, "ignore"};
-constexpr Button yes = {IDYES, "yes"};
-constexpr Button no = {IDNO, "no"};
-constexpr Button tryAgain = {IDTRYAGAIN, "tryagain"};
-constexpr Button goOn = {IDCONTINUE, "continue"};
+constexpr Button kOk = {IDOK, "ok"};
+constexpr Button kCancel = {IDCANCEL, "cancel"};
+constexpr Button kAbortButton = {IDABORT, "abort"};
+constexpr Button kRetry = {IDRETRY, "retry"};
+constexpr Button kIgnore = {IDIGNORE, "ignore"};
+constexpr Button kYes = {IDYES, "yes"};
+constexpr Button kNo = {IDNO, "no"};
+constexpr Button kTryAgain = {IDTRYAGAIN, "tryagain"};
+constexpr Button kGoOn = {IDCONTINUE, "continue"};
 
-constexpr size_t mostButtons = 3;
+constexpr std::size_t kMostButtons = 3;
 
 // By the number that stands in the style's low bits.
-constexpr Button buttonsByType[][mostButtons] = {
-    {ok},
-    {ok, cancel},
-    {abortButton, retry, ignore},
-    {yes, no, cancel},
-    {yes, no},
-    {retry, cancel},
-    {cancel, tryAgain, goOn},
+constexpr Button kButtonsByType[][kMostButtons] = {
+    {kOk},
+    {kOk, kCancel},
+    {kAbortButton, kRetry, kIgnore},
+    {kYes, kNo, kCancel},
+    {kYes, kNo},
+    {kRetry, kCancel},
+    {kCancel, kTryAgain, kGoOn},
 };
 
-size_t CountOf(const Button (&buttons)[mostButtons])
+std::size_t CountOf(const Button (&buttons)[kMostButtons])
 {
-    return static_cast<size_t>(
-        std::count_if(buttons, buttons + mostButtons, [](const Button& button) { return button.name != nullptr; }));
+    return static_cast<std::size_t>(
+        std::count_if(buttons, buttons + kMostButtons, [](const Button& button) { return button.name != nullptr; }));
 }
 
 // A style whose default button isn't there has the first one.
-size_t DefaultOf(const Button (&buttons)[mostButtons], UINT style)
+std::size_t DefaultOf(const Button (&buttons)[kMostButtons], UINT style)
 {
-    const size_t index = (style & MB_DEFMASK) >> 8;
+    const std::size_t index = (style & MB_DEFMASK) >> 8;
     return index < CountOf(buttons) ? index : 0;
 }
 
 // The button that QXPLATFORM_MESSAGEBOX names, if the box has it.
-const Button& Answer(const Button (&buttons)[mostButtons], UINT style)
+const Button& Answer(const Button (&buttons)[kMostButtons], UINT style)
 {
     const std::string wanted = EnvironmentValue("QXPLATFORM_MESSAGEBOX");
     const Button* const end = buttons + CountOf(buttons);
@@ -76,12 +76,12 @@ std::string Bytes(LPCWSTR text)
 // In one call, so that boxes of several threads stay whole.
 void Print(const std::string& text)
 {
-    for (size_t done = 0; done < text.size();)
+    for (std::size_t done = 0; done < text.size();)
     {
         const ssize_t written = write(STDERR_FILENO, text.data() + done, text.size() - done);
         if (written <= 0)
             return;
-        done += static_cast<size_t>(written);
+        done += static_cast<std::size_t>(written);
     }
 }
 
@@ -92,9 +92,9 @@ int WINAPI MessageBoxW(HWND hWnd, LPCWSTR lpText, LPCWSTR lpCaption, UINT uType)
     const UINT type = uType & MB_TYPEMASK;
     if (hWnd != nullptr)
         return Fail(ERROR_INVALID_WINDOW_HANDLE);
-    if (type >= std::size(buttonsByType))
+    if (type >= std::size(kButtonsByType))
         return Fail(ERROR_INVALID_MSGBOX_STYLE);
-    const Button& answer = Answer(buttonsByType[type], uType);
+    const Button& answer = Answer(kButtonsByType[type], uType);
     Print(Bytes(lpCaption == nullptr ? L"Error" : lpCaption) + ": " + Bytes(lpText) + " [" + answer.name + "]\n");
     return answer.id;
 }

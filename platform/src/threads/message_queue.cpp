@@ -8,7 +8,7 @@ namespace qxplatform
 namespace
 {
 
-constexpr DWORD postedKinds = QS_POSTMESSAGE | QS_ALLPOSTMESSAGE;
+constexpr DWORD kPostedKinds = QS_POSTMESSAGE | QS_ALLPOSTMESSAGE;
 
 bool Admits(const MessageQueue::Filter& filter, const MSG& message)
 {
@@ -25,7 +25,7 @@ bool Admits(const MessageQueue::Filter& filter, const MSG& message)
 void MessageQueue::Post(const MSG& message)
 {
     _posted.push_back(message);
-    _new |= postedKinds;
+    _new |= kPostedKinds;
 }
 
 std::optional<MSG> MessageQueue::Get(const Filter& filter, bool remove)

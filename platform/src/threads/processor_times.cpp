@@ -17,7 +17,7 @@ namespace
 
 LONGLONG UnitsOfClock(const timeval& time)
 {
-    return time.tv_sec * unitsPerSecond + time.tv_usec * (unitsPerSecond / 1'000'000);
+    return time.tv_sec * kUnitsPerSecond + time.tv_usec * (kUnitsPerSecond / 1'000'000);
 }
 
 } // namespace
@@ -46,7 +46,7 @@ ProcessorTimes ProcessorTimesOf(DWORD threadId)
     if (nameEnd == nullptr ||
         std::sscanf(nameEnd + 1, " %*c %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %lu %lu", &user, &kernel) != 2)
         return {};
-    const LONGLONG unitsPerTick = unitsPerSecond / sysconf(_SC_CLK_TCK);
+    const LONGLONG unitsPerTick = kUnitsPerSecond / sysconf(_SC_CLK_TCK);
     return {static_cast<LONGLONG>(user) * unitsPerTick, static_cast<LONGLONG>(kernel) * unitsPerTick};
 }
 

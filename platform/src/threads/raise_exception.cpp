@@ -49,13 +49,13 @@ void TakeThreadName(const EXCEPTION_RECORD& record)
         DWORD threadId;
         DWORD flags;
     };
-    constexpr DWORD threadNameCode = 0x406D1388;
-    constexpr DWORD thisThread = 0xFFFFFFFF;
+    constexpr DWORD kThreadNameCode = 0x406D1388;
+    constexpr DWORD kThisThread = 0xFFFFFFFF;
     ThreadName name{};
-    if (record.ExceptionCode != threadNameCode || record.NumberParameters * sizeof(ULONG_PTR) < sizeof name)
+    if (record.ExceptionCode != kThreadNameCode || record.NumberParameters * sizeof(ULONG_PTR) < sizeof name)
         return;
     std::memcpy(&name, record.ExceptionInformation, sizeof name);
-    if (name.type != 0x1000 || name.threadId != thisThread || name.name == nullptr)
+    if (name.type != 0x1000 || name.threadId != kThisThread || name.name == nullptr)
         return;
     char text[16] = {};
     std::strncpy(text, name.name, sizeof text - 1);

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <ctime>
 #include <system_error>
 #include <thread>
@@ -27,10 +28,10 @@ int StopSignal()
     return SIGRTMIN + 5;
 }
 
-[[maybe_unused]] uintptr_t ProgramCounter(const mcontext_t& registers)
+[[maybe_unused]] std::uintptr_t ProgramCounter(const mcontext_t& registers)
 {
 #if defined(__x86_64__)
-    return static_cast<uintptr_t>(registers.gregs[REG_RIP]);
+    return static_cast<std::uintptr_t>(registers.gregs[REG_RIP]);
 #elif defined(__aarch64__)
     return registers.pc;
 #else
@@ -83,9 +84,9 @@ bool HasArrived(const ThreadObject& thread)
 std::chrono::nanoseconds ComputingTime(const ThreadObject& thread)
 {
     // The kernel's name of the clock: the thread may end at any moment, so the C library can't be asked for it.
-    constexpr unsigned ofThread = 4 | 2;
+    constexpr unsigned kOfThread = 4 | 2;
     timespec time{};
-    clock_gettime(static_cast<clockid_t>(~thread.id() << 3 | ofThread), &time);
+    clock_gettime(static_cast<clockid_t>(~thread.id() << 3 | kOfThread), &time);
     return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
@@ -94,10 +95,10 @@ std::chrono::nanoseconds ComputingTime(const ThreadObject& thread)
 // for it the pauses grow up to the given one.
 bool Drive(ThreadObject& thread, std::chrono::milliseconds time, std::chrono::microseconds longestPause)
 {
-    constexpr std::chrono::microseconds shortestPause = 20us;
-    constexpr std::chrono::microseconds moreThanSignalsCost = 50us;
+    constexpr std::chrono::microseconds kShortestPause = 20us;
+    constexpr std::chrono::microseconds kMoreThanSignalsCost = 50us;
     const auto end = std::chrono::steady_clock::now() + time;
-    std::chrono::microseconds pause = shortestPause;
+    std::chrono::microseconds pause = kShortestPause;
     for (std::chrono::nanoseconds before = ComputingTime(thread), now; !HasArrived(thread); before = now)
     {
         if (std::chrono::steady_clock::now() >= end)
@@ -106,7 +107,7 @@ bool Drive(ThreadObject& thread, std::chrono::milliseconds time, std::chrono::mi
             syscall(SYS_tgkill, getpid(), static_cast<pid_t>(thread.id()), StopSignal());
         std::this_thread::sleep_for(pause);
         now = ComputingTime(thread);
-        pause = now - before > moreThanSignalsCost ? shortestPause : std::min(2 * pause, longestPause);
+        pause = now - before > kMoreThanSignalsCost ? kShortestPause : std::min(2 * pause, longestPause);
     }
     return true;
 }

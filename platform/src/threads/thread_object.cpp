@@ -60,7 +60,7 @@ LONGLONG Now()
 class Attributes
 {
 public:
-    explicit Attributes(size_t stackSize)
+    explicit Attributes(std::size_t stackSize)
     {
         pthread_attr_init(&attributes);
         pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
@@ -75,24 +75,24 @@ public:
 
 // As on the system, a caller's size is what the thread can count on, not the end of its stack: it may use a megabyte at
 // least. No memory is spent on what it doesn't touch.
-size_t StackSizeFor(size_t wanted)
+std::size_t StackSizeFor(std::size_t wanted)
 {
-    constexpr size_t least = 1 << 20;
-    constexpr size_t page = 1 << 12;
-    return std::max(least, (wanted + page - 1) / page * page);
+    constexpr std::size_t kLeast = 1 << 20;
+    constexpr std::size_t kPage = 1 << 12;
+    return std::max(kLeast, (wanted + kPage - 1) / kPage * kPage);
 }
 
 } // namespace
 
 ThreadObject::ThreadObject(Routine routine, void* argument)
-    : Waitable(objectType),
+    : Waitable(kObjectType),
       _routine(routine),
       _argument(argument)
 {
     _times.created = Now();
 }
 
-Ref<ThreadObject> ThreadObject::Start(Routine routine, void* argument, size_t stackSize, bool isSuspended)
+Ref<ThreadObject> ThreadObject::Start(Routine routine, void* argument, std::size_t stackSize, bool isSuspended)
 {
     const auto thread = MakeObject<ThreadObject>(routine, argument);
     thread->gate.Enter();
@@ -224,10 +224,10 @@ DWORD ThreadObject::Suspend()
     if (HasEnded())
     {
         Fail(ERROR_ACCESS_DENIED);
-        return Gate::failed;
+        return Gate::kFailed;
     }
     const DWORD former = gate.Suspend();
-    if (former == Gate::failed)
+    if (former == Gate::kFailed)
         Fail(ERROR_SIGNAL_REFUSED);
     else if (current == this)
     {

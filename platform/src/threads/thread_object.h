@@ -9,6 +9,7 @@
 #include "threads/waitable.h"
 
 #include <csetjmp>
+#include <cstddef>
 #include <deque>
 #include <memory>
 #include <optional>
@@ -19,7 +20,7 @@ namespace qxplatform
 class ThreadObject : public Waitable
 {
 public:
-    static constexpr ObjectType objectType = ObjectType::Thread;
+    static constexpr ObjectType kObjectType = ObjectType::Thread;
 
     using Routine = unsigned (*)(void*);
 
@@ -37,7 +38,7 @@ public:
     };
 
     // Empty, with errno, if there can't be a new thread.
-    static Ref<ThreadObject> Start(Routine routine, void* argument, size_t stackSize, bool isSuspended);
+    static Ref<ThreadObject> Start(Routine routine, void* argument, std::size_t stackSize, bool isSuspended);
 
     // The object of the calling thread, made if it doesn't exist yet.
     static ThreadObject& Current();

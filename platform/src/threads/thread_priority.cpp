@@ -20,7 +20,7 @@ struct Level
     int nice; // beside that of the process
 };
 
-constexpr Level levels[] = {
+constexpr Level kLevels[] = {
     {THREAD_PRIORITY_IDLE, 19},
     {THREAD_PRIORITY_LOWEST, 10},
     {THREAD_PRIORITY_BELOW_NORMAL, 5},
@@ -50,8 +50,8 @@ bool MayGoBackToNormal()
 BOOL ThreadObject::SetPriority(int priority)
 {
     const Level* const level = std::find_if(
-        std::begin(levels), std::end(levels), [priority](const Level& entry) { return entry.priority == priority; });
-    if (level == std::end(levels))
+        std::begin(kLevels), std::end(kLevels), [priority](const Level& entry) { return entry.priority == priority; });
+    if (level == std::end(kLevels))
         return Fail(ERROR_INVALID_PARAMETER);
     const bool isChange = _priority.exchange(priority) != priority;
     if (isChange && !HasEnded() && MayGoBackToNormal())

@@ -7,12 +7,14 @@
 #include "threads/thread_handles.h"
 #include "time/file_time.h"
 
+#include <cstdint>
+
 using namespace qxplatform;
 
 namespace
 {
 
-HANDLE Start(ThreadObject::Routine routine, void* argument, size_t stackSize, DWORD flags, DWORD* id)
+HANDLE Start(ThreadObject::Routine routine, void* argument, std::size_t stackSize, DWORD flags, DWORD* id)
 {
     const Ref<ThreadObject> thread = ThreadObject::Start(routine, argument, stackSize, true);
     if (!thread)
@@ -35,7 +37,7 @@ HANDLE Start(ThreadObject::Routine routine, void* argument, size_t stackSize, DW
 
 } // namespace
 
-uintptr_t _beginthreadex(
+std::uintptr_t _beginthreadex(
     void*, unsigned stackSize, unsigned (*startAddress)(void*), void* argument, unsigned flags, unsigned* threadId)
 {
     if (startAddress == nullptr)
@@ -46,7 +48,7 @@ uintptr_t _beginthreadex(
     const HANDLE thread = Start(startAddress, argument, stackSize, flags, threadId);
     if (thread == nullptr)
         errno = EAGAIN;
-    return reinterpret_cast<uintptr_t>(thread);
+    return reinterpret_cast<std::uintptr_t>(thread);
 }
 
 HANDLE WINAPI OpenThread(DWORD dwDesiredAccess, BOOL, DWORD dwThreadId)
@@ -63,13 +65,13 @@ HANDLE WINAPI OpenThread(DWORD dwDesiredAccess, BOOL, DWORD dwThreadId)
 DWORD WINAPI SuspendThread(HANDLE hThread)
 {
     const Ref<ThreadObject> thread = ThreadOf(hThread, THREAD_SUSPEND_RESUME);
-    return thread ? thread->Suspend() : Gate::failed;
+    return thread ? thread->Suspend() : Gate::kFailed;
 }
 
 DWORD WINAPI ResumeThread(HANDLE hThread)
 {
     const Ref<ThreadObject> thread = ThreadOf(hThread, THREAD_SUSPEND_RESUME);
-    return thread ? thread->Resume() : Gate::failed;
+    return thread ? thread->Resume() : Gate::kFailed;
 }
 
 BOOL WINAPI TerminateThread(HANDLE hThread, DWORD dwExitCode)

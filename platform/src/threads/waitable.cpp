@@ -138,10 +138,10 @@ using Clock = std::chrono::steady_clock;
 
 timespec TimeIn(DWORD milliseconds)
 {
-    constexpr std::chrono::nanoseconds::rep second = 1'000'000'000;
+    constexpr std::chrono::nanoseconds::rep kSecond = 1'000'000'000;
     const auto time = std::chrono::nanoseconds(Clock::now().time_since_epoch()).count();
     const auto end = time + DWORDLONG{milliseconds} * 1'000'000;
-    return {static_cast<time_t>(end / second), static_cast<long>(end % second)};
+    return {static_cast<time_t>(end / kSecond), static_cast<long>(end % kSecond)};
 }
 
 bool HasCome(const timespec& time)

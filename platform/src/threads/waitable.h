@@ -4,6 +4,7 @@
 #include "base/object.h"
 
 #include <atomic>
+#include <cstddef>
 #include <mutex>
 #include <vector>
 
@@ -46,7 +47,7 @@ protected:
     // for that first.
     LONG* MarkLatestWaiter();
 
-    size_t WaiterCount() const { return _waiters.size(); }
+    std::size_t WaiterCount() const { return _waiters.size(); }
 
     // Without the lock. A wait is counted before it looks at its objects, so that whoever changes an object and then
     // finds nobody here has been seen.
@@ -54,7 +55,7 @@ protected:
 
 private:
     std::vector<Waiter*> _waiters;
-    std::atomic<size_t> _waiterCount = 0; // of them
+    std::atomic<std::size_t> _waiterCount = 0; // of them
 };
 
 // Lets a wait look again.

@@ -18,8 +18,8 @@ namespace qxplatform
 namespace
 {
 
-constexpr int lastYear = 9999;
-constexpr int lastYearOfTwoDigits = 2049; // as everywhere with dates of automation
+constexpr int kLastYear = 9999;
+constexpr int kLastYearOfTwoDigits = 2049; // as everywhere with dates of automation
 
 // The numbers of a date and its month's name, and the time, as they come.
 struct Parts
@@ -74,7 +74,7 @@ private:
     const DateWord* PeekDayHalf() const
     {
         const DateWord* const word = FindDateWord(_locale, _rest);
-        return word != nullptr && word->kind == DateWord::DayHalf ? word : nullptr;
+        return word != nullptr && word->kind == DateWord::kDayHalf ? word : nullptr;
     }
 
     bool IsTimeSeparatorNext() const
@@ -136,12 +136,12 @@ private:
     bool ReadWord(Parts& parts)
     {
         const DateWord* const word = FindDateWord(_locale, _rest);
-        if (word == nullptr || word->kind == DateWord::DayHalf || (word->kind == DateWord::Month && parts.month != 0))
+        if (word == nullptr || word->kind == DateWord::kDayHalf || (word->kind == DateWord::kMonth && parts.month != 0))
             return false;
         _rest.remove_prefix(word->text.size());
         Skip(u".");
         Skip(u",/-");
-        if (word->kind == DateWord::Month)
+        if (word->kind == DateWord::kMonth)
             parts.month = word->number;
         _endsWithSeparator = false;
         return true;
@@ -157,8 +157,8 @@ int FullYear(int year)
 {
     if (year > 99)
         return year;
-    const int inLastCentury = lastYearOfTwoDigits / 100 * 100 + year;
-    return inLastCentury > lastYearOfTwoDigits ? inLastCentury - 100 : inLastCentury;
+    const int inLastCentury = kLastYearOfTwoDigits / 100 * 100 + year;
+    return inLastCentury > kLastYearOfTwoDigits ? inLastCentury - 100 : inLastCentury;
 }
 
 int PresentYear()
@@ -171,7 +171,7 @@ int PresentYear()
 bool SetDate(int year, int month, int day, SYSTEMTIME& time)
 {
     using namespace std::chrono;
-    if (month < 1 || month > 12 || day < 1 || day > 31 || FullYear(year) > lastYear)
+    if (month < 1 || month > 12 || day < 1 || day > 31 || FullYear(year) > kLastYear)
         return false;
     const auto date = std::chrono::year(FullYear(year)) / month / day;
     if (!date.ok())

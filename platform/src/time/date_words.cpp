@@ -38,16 +38,16 @@ std::vector<DateWord> MakeWords(const Locale& locale)
     {
         for (int month = 0; month < 12; ++month)
         {
-            AddWord(words, MonthName(locale, month, abbreviated), DateWord::Month, month + 1);
-            AddWord(words, MonthNameInDate(locale, month, abbreviated), DateWord::Month, month + 1);
+            AddWord(words, MonthName(locale, month, abbreviated), DateWord::kMonth, month + 1);
+            AddWord(words, MonthNameInDate(locale, month, abbreviated), DateWord::kMonth, month + 1);
         }
         for (int day = 0; day < 7; ++day)
-            AddWord(words, DayName(locale, day, abbreviated), DateWord::DayOfWeek, day);
+            AddWord(words, DayName(locale, day, abbreviated), DateWord::kDayOfWeek, day);
     }
-    AddWord(words, DayHalfName(locale, false), DateWord::DayHalf, 0);
-    AddWord(words, DayHalfName(locale, true), DateWord::DayHalf, 1);
-    AddWord(words, u"AM", DateWord::DayHalf, 0);
-    AddWord(words, u"PM", DateWord::DayHalf, 1);
+    AddWord(words, DayHalfName(locale, false), DateWord::kDayHalf, 0);
+    AddWord(words, DayHalfName(locale, true), DateWord::kDayHalf, 1);
+    AddWord(words, u"AM", DateWord::kDayHalf, 0);
+    AddWord(words, u"PM", DateWord::kDayHalf, 1);
     std::stable_sort(
         words.begin(), words.end(), [](const DateWord& a, const DateWord& b) { return a.text.size() > b.text.size(); });
     return words;

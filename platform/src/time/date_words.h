@@ -14,9 +14,9 @@ struct DateWord
 {
     enum Kind
     {
-        Month,
-        DayOfWeek,
-        DayHalf
+        kMonth,
+        kDayOfWeek,
+        kDayHalf
     };
 
     std::u16string text; // in capitals, without a dot at its end

@@ -9,8 +9,8 @@ using namespace qxplatform;
 namespace
 {
 
-constexpr WORD firstDosYear = 1980;
-constexpr WORD lastDosYear = 2107;
+constexpr WORD kFirstDosYear = 1980;
+constexpr WORD kLastDosYear = 2107;
 
 } // namespace
 
@@ -19,9 +19,9 @@ BOOL WINAPI FileTimeToDosDateTime(const FILETIME* lpFileTime, LPWORD lpFatDate, 
     SYSTEMTIME time{};
     if (!FileTimeToSystemTime(lpFileTime, &time))
         return FALSE;
-    if (time.wYear < firstDosYear || time.wYear > lastDosYear)
+    if (time.wYear < kFirstDosYear || time.wYear > kLastDosYear)
         return Fail(ERROR_INVALID_PARAMETER);
-    *lpFatDate = static_cast<WORD>((time.wYear - firstDosYear) << 9 | time.wMonth << 5 | time.wDay);
+    *lpFatDate = static_cast<WORD>((time.wYear - kFirstDosYear) << 9 | time.wMonth << 5 | time.wDay);
     *lpFatTime = static_cast<WORD>(time.wHour << 11 | time.wMinute << 5 | time.wSecond / 2);
     return TRUE;
 }
@@ -29,7 +29,7 @@ BOOL WINAPI FileTimeToDosDateTime(const FILETIME* lpFileTime, LPWORD lpFatDate, 
 BOOL WINAPI DosDateTimeToFileTime(WORD wFatDate, WORD wFatTime, LPFILETIME lpFileTime)
 {
     SYSTEMTIME time{};
-    time.wYear = static_cast<WORD>(firstDosYear + (wFatDate >> 9));
+    time.wYear = static_cast<WORD>(kFirstDosYear + (wFatDate >> 9));
     time.wMonth = wFatDate >> 5 & 15;
     time.wDay = wFatDate & 31;
     time.wHour = wFatTime >> 11;

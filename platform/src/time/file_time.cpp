@@ -13,18 +13,17 @@ namespace qxplatform
 namespace
 {
 
-constexpr LONGLONG secondsFrom1601To1970 = 11'644'473'600;
-constexpr LONGLONG unitsPerDay = 86'400 * unitsPerSecond;
-constexpr WORD lastYear = 30827;
+constexpr LONGLONG kSecondsFrom1601To1970 = 11'644'473'600;
+constexpr LONGLONG kUnitsPerDay = 86'400 * kUnitsPerSecond;
+constexpr WORD kLastFileTimeYear = 30827;
 
 using Days = std::chrono::days;
-constexpr std::chrono::sys_days firstDay{std::chrono::year{1601} / 1 / 1};
 
 SYSTEMTIME SplitTime(LONGLONG units)
 {
-    const std::chrono::sys_days day = firstDay + Days(units / unitsPerDay);
+    const std::chrono::sys_days day = kFirstFileTimeDay + Days(units / kUnitsPerDay);
     const std::chrono::year_month_day date(day);
-    const LONGLONG milliseconds = units % unitsPerDay / (unitsPerSecond / 1000);
+    const LONGLONG milliseconds = units % kUnitsPerDay / (kUnitsPerSecond / 1000);
     SYSTEMTIME time{};
     time.wYear = static_cast<WORD>(static_cast<int>(date.year()));
     time.wMonth = static_cast<WORD>(static_cast<unsigned>(date.month()));
@@ -48,13 +47,13 @@ LONGLONG UnitsNow()
 
 FILETIME FileTimeOf(const timespec& time)
 {
-    return FileTimeOfUnits((time.tv_sec + secondsFrom1601To1970) * unitsPerSecond + time.tv_nsec / 100);
+    return FileTimeOfUnits((time.tv_sec + kSecondsFrom1601To1970) * kUnitsPerSecond + time.tv_nsec / 100);
 }
 
 timespec TimeSpecOf(const FILETIME& time)
 {
     const LONGLONG units = UnitsOf(time);
-    return {units / unitsPerSecond - secondsFrom1601To1970, units % unitsPerSecond * 100};
+    return {units / kUnitsPerSecond - kSecondsFrom1601To1970, units % kUnitsPerSecond * 100};
 }
 
 } // namespace qxplatform
@@ -76,13 +75,13 @@ BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFi
     const std::chrono::year_month_day date =
         std::chrono::year{time.wYear} / std::chrono::month{time.wMonth} / std::chrono::day{time.wDay};
     // The calendar takes months and days modulo 256.
-    if (time.wYear < 1601 || time.wYear > lastYear || time.wMonth > 12 || time.wDay > 31 || !date.ok() ||
+    if (time.wYear < 1601 || time.wYear > kLastFileTimeYear || time.wMonth > 12 || time.wDay > 31 || !date.ok() ||
         time.wHour > 23 || time.wMinute > 59 || time.wSecond > 59 || time.wMilliseconds > 999)
         return Fail(ERROR_INVALID_PARAMETER);
-    const LONGLONG days = (std::chrono::sys_days(date) - firstDay).count();
+    const LONGLONG days = (std::chrono::sys_days(date) - kFirstFileTimeDay).count();
     const LONGLONG seconds = time.wHour * 3600 + time.wMinute * 60 + time.wSecond;
-    *lpFileTime =
-        FileTimeOfUnits(days * unitsPerDay + seconds * unitsPerSecond + time.wMilliseconds * (unitsPerSecond / 1000));
+    *lpFileTime = FileTimeOfUnits(
+        days * kUnitsPerDay + seconds * kUnitsPerSecond + time.wMilliseconds * (kUnitsPerSecond / 1000));
     return TRUE;
 }
 

@@ -3,12 +3,16 @@
 
 #include <minwindef.h>
 
+#include <chrono>
 #include <ctime>
 
 namespace qxplatform
 {
 
-inline constexpr LONGLONG unitsPerSecond = 10'000'000;
+inline constexpr LONGLONG kUnitsPerSecond = 10'000'000;
+
+// The day on which file times begin.
+inline constexpr std::chrono::sys_days kFirstFileTimeDay{std::chrono::year{1601} / 1 / 1};
 
 inline LONGLONG UnitsOf(const FILETIME& time)
 {

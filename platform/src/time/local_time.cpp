@@ -13,7 +13,7 @@ using namespace qxplatform;
 namespace
 {
 
-constexpr LONGLONG unitsPerMinute = 60 * unitsPerSecond;
+constexpr LONGLONG kUnitsPerMinute = 60 * kUnitsPerSecond;
 
 BOOL SplitUnits(LONGLONG units, LPSYSTEMTIME time)
 {
@@ -28,13 +28,13 @@ time_t SecondsOf(LONGLONG units)
 
 LONGLONG LocalUnits(LONGLONG units)
 {
-    return units + ZoneOffsetAt(SecondsOf(units)) * unitsPerSecond;
+    return units + ZoneOffsetAt(SecondsOf(units)) * kUnitsPerSecond;
 }
 
 LONGLONG UniversalUnits(LONGLONG local)
 {
     const time_t seconds = SecondsOf(local);
-    return local + (MomentOfLocal(seconds) - seconds) * unitsPerSecond;
+    return local + (MomentOfLocal(seconds) - seconds) * kUnitsPerSecond;
 }
 
 bool TakeApart(const TIME_ZONE_INFORMATION* zone, const SYSTEMTIME* time, LONGLONG& units)
@@ -76,7 +76,7 @@ BOOL WINAPI SystemTimeToTzSpecificLocalTime(
         return FALSE;
     return SplitUnits(lpTimeZoneInformation == nullptr
                           ? LocalUnits(units)
-                          : units - BiasAtUniversal(*lpTimeZoneInformation, units) * unitsPerMinute,
+                          : units - BiasAtUniversal(*lpTimeZoneInformation, units) * kUnitsPerMinute,
         lpLocalTime);
 }
 
@@ -88,6 +88,6 @@ BOOL WINAPI TzSpecificLocalTimeToSystemTime(
         return FALSE;
     return SplitUnits(lpTimeZoneInformation == nullptr
                           ? UniversalUnits(units)
-                          : units + BiasAtLocal(*lpTimeZoneInformation, units) * unitsPerMinute,
+                          : units + BiasAtLocal(*lpTimeZoneInformation, units) * kUnitsPerMinute,
         lpUniversalTime);
 }

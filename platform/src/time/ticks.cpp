@@ -7,8 +7,8 @@
 namespace
 {
 
-constexpr LONGLONG counterFrequency = 10'000'000; // as on the system
-constexpr long nanosecondsPerTick = 1'000'000'000 / counterFrequency;
+constexpr LONGLONG kCounterFrequency = 10'000'000; // as on the system
+constexpr long kNanosecondsPerTick = 1'000'000'000 / kCounterFrequency;
 
 timespec Now(clockid_t clock)
 {
@@ -34,13 +34,13 @@ DWORD WINAPI GetTickCount(void)
 BOOL WINAPI QueryPerformanceCounter(LARGE_INTEGER* lpPerformanceCount)
 {
     const timespec time = Now(CLOCK_MONOTONIC);
-    lpPerformanceCount->QuadPart = time.tv_sec * counterFrequency + time.tv_nsec / nanosecondsPerTick;
+    lpPerformanceCount->QuadPart = time.tv_sec * kCounterFrequency + time.tv_nsec / kNanosecondsPerTick;
     return TRUE;
 }
 
 BOOL WINAPI QueryPerformanceFrequency(LARGE_INTEGER* lpFrequency)
 {
-    lpFrequency->QuadPart = counterFrequency;
+    lpFrequency->QuadPart = kCounterFrequency;
     return TRUE;
 }
 

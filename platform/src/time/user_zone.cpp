@@ -20,8 +20,8 @@ tm LocalAt(time_t universal)
 // times, which aren't whole minutes off universal time, as the system's zones always are.
 LONG FirstOffset()
 {
-    constexpr time_t halfYear = 182 * 86400;
-    return static_cast<LONG>(std::min(LocalAt(0).tm_gmtoff, LocalAt(halfYear).tm_gmtoff));
+    constexpr time_t kHalfYear = 182 * 86400;
+    return static_cast<LONG>(std::min(LocalAt(0).tm_gmtoff, LocalAt(kHalfYear).tm_gmtoff));
 }
 
 LONG OffsetAt(time_t universal)
@@ -39,10 +39,10 @@ LONG ZoneOffsetAt(time_t universal)
 
 time_t MomentOfLocal(time_t local)
 {
-    constexpr time_t day = 86400;
+    constexpr time_t kDay = 86400;
     tzset();
-    const LONG before = OffsetAt(local - day);
-    const LONG after = OffsetAt(local + day);
+    const LONG before = OffsetAt(local - kDay);
+    const LONG after = OffsetAt(local + kDay);
     if (before == after)
         return local - before;
     const auto isRight = [local](LONG offset)

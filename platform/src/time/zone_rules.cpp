@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <cstdint>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -21,9 +22,8 @@ namespace
 
 using namespace std::chrono;
 
-constexpr sys_days firstDay{year{1601} / 1 / 1};
-constexpr LONGLONG unitsPerMinute = 60 * unitsPerSecond;
-constexpr int lastWeek = 5;
+constexpr LONGLONG kUnitsPerMinute = 60 * kUnitsPerSecond;
+constexpr int kLastWeek = 5;
 
 struct Change
 {
@@ -55,12 +55,12 @@ time_t FindChange(time_t begin, time_t end)
 // A period of daylight saving time, or a pause of it, lasts more than a week.
 std::vector<Change> ChangesOf(year number)
 {
-    constexpr time_t week = 7 * 86400;
+    constexpr time_t kWeek = 7 * 86400;
     std::vector<Change> changes;
     const time_t end = YearBegin(number + years(1));
-    for (time_t begin = YearBegin(number); begin < end; begin += week)
+    for (time_t begin = YearBegin(number); begin < end; begin += kWeek)
     {
-        const time_t next = std::min(begin + week, end);
+        const time_t next = std::min(begin + kWeek, end);
         const LONG before = ZoneOffsetAt(begin);
         const LONG after = ZoneOffsetAt(next);
         if (before != after)
@@ -100,17 +100,17 @@ bool IsInLastWeek(year_month_day date)
 template <class PickChange>
 int WeekOfRule(year first, PickChange pick)
 {
-    constexpr int yearsLooked = 7;
+    constexpr int kYearsLooked = 7;
     const int week = WeekOf(pick(first));
     bool isAlwaysLast = true;
     bool isAlwaysSame = true;
-    for (year number = first; number < first + years(yearsLooked); ++number)
+    for (year number = first; number < first + years(kYearsLooked); ++number)
     {
         const year_month_day date = pick(number);
         isAlwaysLast = isAlwaysLast && IsInLastWeek(date);
         isAlwaysSame = isAlwaysSame && WeekOf(date) == week;
     }
-    return isAlwaysLast && (!isAlwaysSame || week == 4) ? lastWeek : week;
+    return isAlwaysLast && (!isAlwaysSame || week == 4) ? kLastWeek : week;
 }
 
 SYSTEMTIME RuleOf(year number, Change ChangePair::*which, const ChangePair& present)
@@ -146,8 +146,8 @@ std::u16string SystemNameOfZone()
     UChar zone[128];
     UChar name[128];
     UErrorCode status = U_ZERO_ERROR;
-    const int32_t zoneLength = ucal_getHostTimeZone(zone, std::size(zone), &status);
-    const int32_t length = ucal_getWindowsTimeZoneID(zone, zoneLength, name, std::size(name), &status);
+    const std::int32_t zoneLength = ucal_getHostTimeZone(zone, std::size(zone), &status);
+    const std::int32_t length = ucal_getWindowsTimeZoneID(zone, zoneLength, name, std::size(name), &status);
     if (U_FAILURE(status) || length <= 0)
         return {};
     return std::u16string(name, static_cast<std::size_t>(length));
@@ -155,18 +155,18 @@ std::u16string SystemNameOfZone()
 
 void NameZone(TIME_ZONE_INFORMATION& zone, time_t standard, time_t daylight)
 {
-    constexpr std::u16string_view kind = u"Standard";
+    constexpr std::u16string_view kInd = u"Standard";
     std::u16string name = SystemNameOfZone();
     CopyName(name.empty() ? ToWide(ZoneAbbreviationAt(standard)) : name, zone.StandardName);
-    if (const std::size_t at = name.find(kind); at != name.npos)
-        name.replace(at, kind.size(), u"Daylight");
+    if (const std::size_t at = name.find(kInd); at != name.npos)
+        name.replace(at, kInd.size(), u"Daylight");
     CopyName(name.empty() ? ToWide(ZoneAbbreviationAt(daylight)) : name, zone.DaylightName);
 }
 
 bool IsValidRule(const SYSTEMTIME& rule)
 {
     const bool isRelative = rule.wYear == 0;
-    return rule.wMonth >= 1 && rule.wMonth <= 12 && rule.wDay >= 1 && rule.wDay <= (isRelative ? lastWeek : 31) &&
+    return rule.wMonth >= 1 && rule.wMonth <= 12 && rule.wDay >= 1 && rule.wDay <= (isRelative ? kLastWeek : 31) &&
            rule.wDayOfWeek <= 6 && rule.wHour < 24 && rule.wMinute < 60 && rule.wSecond < 60 &&
            rule.wMilliseconds < 1000;
 }
@@ -177,15 +177,15 @@ sys_days DayOfRule(const SYSTEMTIME& rule, year number)
     if (rule.wYear != 0)
         return monthOfRule / static_cast<int>(rule.wDay);
     const weekday day(rule.wDayOfWeek);
-    return rule.wDay < lastWeek ? sys_days(monthOfRule / day[rule.wDay]) : sys_days(monthOfRule / day[last]);
+    return rule.wDay < kLastWeek ? sys_days(monthOfRule / day[rule.wDay]) : sys_days(monthOfRule / day[last]);
 }
 
 // The local time at which a rule applies in a year, on the clocks before the change.
 LONGLONG UnitsOfRule(const SYSTEMTIME& rule, year number)
 {
-    const LONGLONG dayCount = (DayOfRule(rule, number) - firstDay).count();
+    const LONGLONG dayCount = (DayOfRule(rule, number) - kFirstFileTimeDay).count();
     const LONGLONG secondCount = ((dayCount * 24 + rule.wHour) * 60 + rule.wMinute) * 60 + rule.wSecond;
-    return secondCount * unitsPerSecond + rule.wMilliseconds * (unitsPerSecond / 1000);
+    return secondCount * kUnitsPerSecond + rule.wMilliseconds * (kUnitsPerSecond / 1000);
 }
 
 LONG StandardBias(const TIME_ZONE_INFORMATION& zone)
@@ -205,8 +205,8 @@ bool IsBetween(LONGLONG units, LONGLONG begin, LONGLONG end)
 
 year YearOf(LONGLONG units)
 {
-    constexpr LONGLONG unitsPerDay = 24 * 60 * unitsPerMinute;
-    return year_month_day(firstDay + days(units / unitsPerDay)).year();
+    constexpr LONGLONG kUnitsPerDay = 24 * 60 * kUnitsPerMinute;
+    return year_month_day(kFirstFileTimeDay + days(units / kUnitsPerDay)).year();
 }
 
 // `shiftAtStart` and `shiftAtEnd` in minutes turn the rules' local times into those compared with.
@@ -215,8 +215,8 @@ LONG BiasAt(const TIME_ZONE_INFORMATION& zone, LONGLONG units, LONG shiftAtStart
     if (!HasDaylightTime(zone))
         return zone.Bias;
     const year number = YearOf(units);
-    const LONGLONG begin = UnitsOfRule(zone.DaylightDate, number) + shiftAtStart * unitsPerMinute;
-    const LONGLONG end = UnitsOfRule(zone.StandardDate, number) + shiftAtEnd * unitsPerMinute;
+    const LONGLONG begin = UnitsOfRule(zone.DaylightDate, number) + shiftAtStart * kUnitsPerMinute;
+    const LONGLONG end = UnitsOfRule(zone.StandardDate, number) + shiftAtEnd * kUnitsPerMinute;
     return IsBetween(units, begin, end) ? DaylightBias(zone) : StandardBias(zone);
 }
 

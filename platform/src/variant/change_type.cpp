@@ -39,7 +39,7 @@ HRESULT SetText(VARIANT& target, std::u16string_view text)
 std::u16string Localized(const std::string& number, const Locale& locale)
 {
     std::u16string text(number.begin(), number.end());
-    const size_t point = text.find(u'.');
+    const std::size_t point = text.find(u'.');
     if (point != text.npos)
         text.replace(point, 1, DecimalSeparator(locale));
     return text;
@@ -60,10 +60,10 @@ HRESULT ToText(VARIANT& target, const VARIANT& source, const Change& change)
     if (const HRESULT result = NumberOf(source, number); FAILED(result))
         return result;
     const auto* const exact = std::get_if<Exact>(&number);
-    return SetText(target,
-        Localized(exact != nullptr ? TextOf(*exact)
-                                   : TextOf(std::get<double>(number), source.vt == VT_R4 ? singleDigits : doubleDigits),
-            change.locale));
+    return SetText(target, Localized(exact != nullptr ? TextOf(*exact)
+                                                      : TextOf(std::get<double>(number),
+                                                            source.vt == VT_R4 ? kSingleDigits : kDoubleDigits),
+                               change.locale));
 }
 
 // ---- From text

@@ -88,7 +88,7 @@ HRESULT CompareNumbers(const VARIANT& left, const VARIANT& right)
         if (already != nullptr)
             result = *already;
         return already != nullptr ||
-               ExactOf(std::get<double>(number), value.vt == VT_R4 ? singleDigits : doubleDigits, result);
+               ExactOf(std::get<double>(number), value.vt == VT_R4 ? kSingleDigits : kDoubleDigits, result);
     };
     Exact leftExact, rightExact;
     // A floating-point number beyond all decimals.

@@ -77,7 +77,7 @@ bool SetValue(VARIANT& target, VARTYPE type, const Number& number, bool singlePr
     case VT_CY:
         return CurrencyOf(number, target.cyVal);
     case VT_DECIMAL:
-        return DecimalOf(number, singlePrecision ? singleDigits : doubleDigits, target.decVal);
+        return DecimalOf(number, singlePrecision ? kSingleDigits : kDoubleDigits, target.decVal);
     case VT_BOOL:
         target.boolVal = IsZero(number) ? VARIANT_FALSE : VARIANT_TRUE;
         return true;

@@ -9,8 +9,8 @@ namespace qxplatform
 {
 
 // Floating-point numbers are shown, and made decimal, with the digits that they surely have.
-inline constexpr int singleDigits = 7;
-inline constexpr int doubleDigits = 15;
+inline constexpr int kSingleDigits = 7;
+inline constexpr int kDoubleDigits = 15;
 
 // S_OK; DISP_E_TYPEMISMATCH for what is no number (nothing at all is 0); E_INVALIDARG for a malformed decimal.
 HRESULT NumberOf(const VARIANT& value, Number& number);

@@ -14,7 +14,7 @@ namespace
 {
 
 // 29 digits have a scale of 28 at most and always fit in 128 bits.
-constexpr size_t kMostDigits = 29;
+constexpr std::size_t kMostDigits = 29;
 
 UInt128 PowerOf10(int exponent)
 {
@@ -33,7 +33,7 @@ UInt128 DivideToEven(UInt128 value, UInt128 divisor)
 }
 
 // The first `kept` digits, rounded by the others.
-UInt128 Rounded(std::string_view digits, size_t kept)
+UInt128 Rounded(std::string_view digits, std::size_t kept)
 {
     UInt128 value = 0;
     for (const char digit : digits.substr(0, kept))
@@ -48,7 +48,7 @@ UInt128 Rounded(std::string_view digits, size_t kept)
 std::string_view WithoutZeros(std::string_view digits, long long& exponent)
 {
     digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));
-    const size_t end = digits.find_last_not_of('0') + 1;
+    const std::size_t end = digits.find_last_not_of('0') + 1;
     exponent += static_cast<long long>(digits.size() - end);
     return digits.substr(0, end);
 }
@@ -69,7 +69,7 @@ std::string_view Scientific(ScientificText& buffer, double value, int significan
 {
     const auto end = std::to_chars(
         buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::scientific, significantDigits - 1);
-    return {buffer.data(), static_cast<size_t>(end.ptr - buffer.data())};
+    return {buffer.data(), static_cast<std::size_t>(end.ptr - buffer.data())};
 }
 
 } // namespace
@@ -88,13 +88,13 @@ Exact ExactOf(ULONGLONG value)
 Exact ExactOf(CY value)
 {
     Exact number = ExactOf(value.int64);
-    number.scale = currencyScale;
+    number.scale = kCurrencyScale;
     return number;
 }
 
 bool ExactOf(const DECIMAL& value, Exact& result)
 {
-    if (value.scale > maxScale || (value.sign != 0 && value.sign != DECIMAL_NEG))
+    if (value.scale > kMaxScale || (value.sign != 0 && value.sign != DECIMAL_NEG))
         return false;
     result = {UInt128{value.Hi32} << 64 | value.Lo64, value.scale, value.sign != 0};
     return true;
@@ -112,16 +112,16 @@ bool ExactOf(std::string_view digits, long long exponent, bool negative, Exact& 
     if (exponent > 0)
     {
         result.mantissa = Rounded(digits, digits.size()) * PowerOf10(static_cast<int>(exponent));
-        return result.mantissa <= maxMantissa;
+        return result.mantissa <= kMaxMantissa;
     }
     // As many places as the type has, then as many as the mantissa has room for.
-    for (long long scale = std::min<long long>(-exponent, maxScale); scale >= 0; --scale)
+    for (long long scale = std::min<long long>(-exponent, kMaxScale); scale >= 0; --scale)
     {
         const long long kept = count + exponent + scale;
         if (kept > static_cast<long long>(kMostDigits))
             continue;
-        const UInt128 mantissa = kept >= 0 ? Rounded(digits, static_cast<size_t>(kept)) : 0;
-        if (mantissa <= maxMantissa)
+        const UInt128 mantissa = kept >= 0 ? Rounded(digits, static_cast<std::size_t>(kept)) : 0;
+        if (mantissa <= kMaxMantissa)
         {
             result.mantissa = mantissa;
             result.scale = mantissa != 0 ? static_cast<int>(scale) : 0;
@@ -200,7 +200,7 @@ bool CurrencyOf(const Number& number, CY& result)
         Exact shifted = *exact;
         if (shifted.mantissa / PowerOf10(shifted.scale) > std::numeric_limits<ULONGLONG>::max())
             return false;
-        shifted = WithScale(shifted, currencyScale);
+        shifted = WithScale(shifted, kCurrencyScale);
         shifted.scale = 0;
         scaled = shifted;
     }
@@ -242,8 +242,8 @@ int Compare(const Exact& left, const Exact& right)
     UInt128 rightPart = right.mantissa / rightUnit;
     if (leftPart == rightPart)
     {
-        leftPart = left.mantissa % leftUnit * PowerOf10(maxScale - left.scale);
-        rightPart = right.mantissa % rightUnit * PowerOf10(maxScale - right.scale);
+        leftPart = left.mantissa % leftUnit * PowerOf10(kMaxScale - left.scale);
+        rightPart = right.mantissa % rightUnit * PowerOf10(kMaxScale - right.scale);
     }
     const int order = leftPart < rightPart ? -1 : leftPart > rightPart;
     return left.negative ? -order : order;
@@ -252,7 +252,7 @@ int Compare(const Exact& left, const Exact& right)
 std::string TextOf(const Exact& number)
 {
     std::string text = DigitsOf(number.mantissa);
-    const auto scale = static_cast<size_t>(number.scale);
+    const auto scale = static_cast<std::size_t>(number.scale);
     if (text.size() <= scale)
         text.insert(0, scale + 1 - text.size(), '0');
     if (scale != 0)

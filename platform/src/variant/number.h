@@ -21,9 +21,9 @@ struct Exact
     bool negative = false;
 };
 
-inline constexpr UInt128 maxMantissa = (UInt128{1} << 96) - 1;
-inline constexpr int maxScale = 28;
-inline constexpr int currencyScale = 4;
+inline constexpr UInt128 kMaxMantissa = (UInt128{1} << 96) - 1;
+inline constexpr int kMaxScale = 28;
+inline constexpr int kCurrencyScale = 4;
 
 using Number = std::variant<Exact, double>;
 

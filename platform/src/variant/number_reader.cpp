@@ -61,7 +61,7 @@ private:
     {
         const auto end = std::find_if_not(_rest.begin(), _rest.end(), IsBlank);
         const bool any = end != _rest.begin();
-        _rest.remove_prefix(static_cast<size_t>(end - _rest.begin()));
+        _rest.remove_prefix(static_cast<std::size_t>(end - _rest.begin()));
         return any;
     }
 
@@ -173,7 +173,7 @@ private:
     static int DigitOf(char16_t c)
     {
         constexpr std::u16string_view kDigits = u"0123456789abcdef";
-        const size_t digit = kDigits.find(c >= u'A' && c <= u'F' ? static_cast<char16_t>(c - u'A' + u'a') : c);
+        const std::size_t digit = kDigits.find(c >= u'A' && c <= u'F' ? static_cast<char16_t>(c - u'A' + u'a') : c);
         return digit != kDigits.npos ? static_cast<int>(digit) : 16;
     }
 

@@ -18,7 +18,7 @@ constexpr USHORT kMadeAsVector = 0x2000;
 constexpr USHORT kNotOnTheHeap = FADF_AUTO | FADF_STATIC | FADF_EMBEDDED;
 
 // In front of the array: an interface's identifier, or the element type in the last four bytes.
-constexpr size_t kHeaderSize = sizeof(GUID);
+constexpr std::size_t kHeaderSize = sizeof(GUID);
 
 char* HeaderEnd(SAFEARRAY* array)
 {
@@ -50,18 +50,18 @@ void WriteHeader(SAFEARRAY* array, VARTYPE type)
     std::memcpy(HeaderEnd(array) - kHeaderSize, &id, sizeof id);
 }
 
-size_t CountElements(const SAFEARRAY* array)
+std::size_t CountElements(const SAFEARRAY* array)
 {
-    size_t count = 1;
+    std::size_t count = 1;
     for (USHORT i = 0; i < array->cDims; ++i)
         count *= array->rgsabound[i].cElements;
     return count;
 }
 
 // Whether the elements have a number and size that 32 bits can tell.
-bool FitsIn32Bits(const SAFEARRAYBOUND* bounds, UINT dimensions, size_t elementSize)
+bool FitsIn32Bits(const SAFEARRAYBOUND* bounds, UINT dimensions, std::size_t elementSize)
 {
-    size_t size = elementSize;
+    std::size_t size = elementSize;
     for (UINT i = 0; i < dimensions; ++i)
     {
         size *= bounds[i].cElements;
@@ -76,7 +76,7 @@ SAFEARRAY* Create(const ValueType& type, UINT dimensions, const SAFEARRAYBOUND* 
 {
     if (!FitsIn32Bits(bounds, dimensions, type.size))
         return nullptr;
-    const size_t size = kHeaderSize + sizeof(SAFEARRAY) + (dimensions - 1) * sizeof(SAFEARRAYBOUND);
+    const std::size_t size = kHeaderSize + sizeof(SAFEARRAY) + (dimensions - 1) * sizeof(SAFEARRAYBOUND);
     char* const block = static_cast<char*>(std::calloc(1, size));
     if (block == nullptr)
         return nullptr;
@@ -88,7 +88,7 @@ SAFEARRAY* Create(const ValueType& type, UINT dimensions, const SAFEARRAYBOUND* 
         array->rgsabound[i] = bounds[dimensions - 1 - i];
     WriteHeader(array, type.type);
     // An array without elements has a place for them all the same, for callers that take null for a failure.
-    const size_t dataSize = CountElements(array) * type.size;
+    const std::size_t dataSize = CountElements(array) * type.size;
     array->pvData = std::calloc(1, dataSize != 0 ? dataSize : 1);
     if (array->pvData == nullptr)
     {
@@ -112,15 +112,15 @@ Element* DataAs(SAFEARRAY* array)
 
 void ReleaseElements(SAFEARRAY* array)
 {
-    const size_t count = CountElements(array);
+    const std::size_t count = CountElements(array);
     if (array->fFeatures & FADF_BSTR)
-        for (size_t i = 0; i < count; ++i)
+        for (std::size_t i = 0; i < count; ++i)
             SysFreeString(DataAs<BSTR>(array)[i]);
     else if (array->fFeatures & FADF_VARIANT)
-        for (size_t i = 0; i < count; ++i)
+        for (std::size_t i = 0; i < count; ++i)
             VariantClear(&DataAs<VARIANT>(array)[i]);
     else if (array->fFeatures & (FADF_UNKNOWN | FADF_DISPATCH))
-        for (size_t i = 0; i < count; ++i)
+        for (std::size_t i = 0; i < count; ++i)
             if (IUnknown* const object = DataAs<IUnknown*>(array)[i])
                 object->Release();
 }
@@ -154,9 +154,9 @@ HRESULT CopyElement(SAFEARRAY* array, const void* source, void* target)
 
 HRESULT CopyElements(SAFEARRAY* source, SAFEARRAY* target)
 {
-    const size_t count = CountElements(source);
+    const std::size_t count = CountElements(source);
     const ULONG size = source->cbElements;
-    for (size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i)
         if (const HRESULT result =
                 CopyElement(source, DataAs<char>(source) + i * size, DataAs<char>(target) + i * size);
             FAILED(result))
@@ -173,15 +173,15 @@ const SAFEARRAYBOUND* BoundOf(SAFEARRAY* array, UINT dimension)
 // The first index varies fastest.
 void* PlaceOf(SAFEARRAY* array, const LONG* indices)
 {
-    size_t place = 0;
-    size_t step = 1;
+    std::size_t place = 0;
+    std::size_t step = 1;
     for (USHORT i = 0; i < array->cDims; ++i)
     {
         const SAFEARRAYBOUND& bound = array->rgsabound[array->cDims - 1 - i];
         const LONGLONG distance = LONGLONG{indices[i]} - bound.lLbound;
         if (distance < 0 || distance >= LONGLONG{bound.cElements})
             return nullptr;
-        place += static_cast<size_t>(distance) * step;
+        place += static_cast<std::size_t>(distance) * step;
         step *= bound.cElements;
     }
     return DataAs<char>(array) + place * array->cbElements;

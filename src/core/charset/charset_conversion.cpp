@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <climits>
+#include <cstdint>
 #include <cstring>
 #include <new>
 
@@ -18,24 +19,24 @@ constexpr wchar_t kEmptyWide[] = L"";
 constexpr char kEmptyNarrow[] = "";
 
 // The system takes lengths as int. A text that no int can tell converts to nothing.
-int SystemLength(size_t length)
+int SystemLength(std::size_t length)
 {
     return length < INT_MAX ? static_cast<int>(length) : 0;
 }
 
 // The system refuses any flag for UTF-8.
-DWORD WideningFlags(uint32_t codePage)
+DWORD WideningFlags(std::uint32_t codePage)
 {
     return codePage == CP_UTF8 ? 0 : MB_PRECOMPOSED;
 }
 
 // At most `size` - 1 characters are taken from a buffer whose terminator may be missing.
-int PresentLength(const char* buffer, uint32_t size)
+int PresentLength(const char* buffer, std::uint32_t size)
 {
     return size == 0 ? 0 : SystemLength(strnlen(buffer, size - 1));
 }
 
-int PresentLength(const wchar_t* buffer, uint32_t size)
+int PresentLength(const wchar_t* buffer, std::uint32_t size)
 {
     return size == 0 ? 0 : SystemLength(wcsnlen(buffer, size - 1));
 }
@@ -56,25 +57,25 @@ clsCharsetConversionString::clsCharsetConversionString(CodePage codePage) : _cod
 
 // The working buffer has one character more than the caller's, and is inline up to a capacity of 64 all the same: no
 // one writes more than `capacity` characters to it.
-clsCharsetConversionString::clsCharsetConversionString(char* buffer, uint32_t capacity)
+clsCharsetConversionString::clsCharsetConversionString(char* buffer, std::uint32_t capacity)
     : _narrowWriteBack(buffer),
       _writeBackCapacity(capacity)
 {
-    _wide = capacity <= kInlineSize ? _inlineWide : new wchar_t[size_t{capacity} + 1];
+    _wide = capacity <= kInlineSize ? _inlineWide : new wchar_t[std::size_t{capacity} + 1];
     int converted = 0;
     if (const int length = buffer != nullptr ? PresentLength(buffer, capacity) : 0; length > 0)
     {
-        const uint32_t codePage = EffectiveCodePage();
+        const std::uint32_t codePage = EffectiveCodePage();
         converted = MultiByteToWideChar(codePage, WideningFlags(codePage), buffer, length, _wide, length);
     }
     _wide[converted] = 0;
 }
 
-clsCharsetConversionString::clsCharsetConversionString(wchar_t* buffer, uint32_t capacity)
+clsCharsetConversionString::clsCharsetConversionString(wchar_t* buffer, std::uint32_t capacity)
     : _wideWriteBack(buffer),
       _writeBackCapacity(capacity)
 {
-    _narrow = capacity <= kInlineSize ? _inlineNarrow : new char[size_t{capacity} + 1];
+    _narrow = capacity <= kInlineSize ? _inlineNarrow : new char[std::size_t{capacity} + 1];
     int converted = 0;
     if (const int length = buffer != nullptr ? PresentLength(buffer, capacity) : 0; length > 0)
     {
@@ -114,7 +115,7 @@ const wchar_t* clsCharsetConversionString::GetWide()
     {
         return _wide;
     }
-    const size_t length = _narrow != nullptr ? strlen(_narrow) : 0;
+    const std::size_t length = _narrow != nullptr ? strlen(_narrow) : 0;
     if (length == 0)
     {
         return kEmptyWide;
@@ -123,17 +124,17 @@ const wchar_t* clsCharsetConversionString::GetWide()
     if (_codePage == kNoCodePage)
     {
         _wide = NewWide(length);
-        for (size_t i = 0; i <= length; ++i)
+        for (std::size_t i = 0; i <= length; ++i)
         {
             _wide[i] = static_cast<unsigned char>(_narrow[i]);
         }
         return _wide;
     }
 
-    const uint32_t codePage = EffectiveCodePage();
+    const std::uint32_t codePage = EffectiveCodePage();
     const DWORD flags = WideningFlags(codePage);
     const int size = MultiByteToWideChar(codePage, flags, _narrow, SystemLength(length), nullptr, 0);
-    _wide = NewWide(static_cast<size_t>(size));
+    _wide = NewWide(static_cast<std::size_t>(size));
     if (size > 0)
     {
         MultiByteToWideChar(codePage, flags, _narrow, SystemLength(length), _wide, size);
@@ -148,15 +149,15 @@ const char* clsCharsetConversionString::GetNarrow()
     {
         return _narrow;
     }
-    const size_t length = _wide != nullptr ? wcslen(_wide) : 0;
+    const std::size_t length = _wide != nullptr ? wcslen(_wide) : 0;
     if (length == 0)
     {
         return kEmptyNarrow;
     }
 
-    const uint32_t codePage = EffectiveCodePage();
+    const std::uint32_t codePage = EffectiveCodePage();
     const int size = WideCharToMultiByte(codePage, 0, _wide, SystemLength(length), nullptr, 0, nullptr, nullptr);
-    _narrow = NewNarrow(static_cast<size_t>(size));
+    _narrow = NewNarrow(static_cast<std::size_t>(size));
     // The terminator is converted with the text. Where that takes more room than one byte (code pages with shift
     // states), or the page doesn't exist, the text goes alone.
     if (WideCharToMultiByte(codePage, 0, _wide, SystemLength(length + 1), _narrow, size + 1, nullptr, nullptr) == 0)
@@ -170,31 +171,31 @@ const char* clsCharsetConversionString::GetNarrow()
     return _narrow;
 }
 
-uint32_t clsCharsetConversionString::EffectiveCodePage() const
+std::uint32_t clsCharsetConversionString::EffectiveCodePage() const
 {
     return _codePage == kDefaultCodePage ? DefaultCodePage() : _codePage;
 }
 
-wchar_t* clsCharsetConversionString::NewWide(size_t length)
+wchar_t* clsCharsetConversionString::NewWide(std::size_t length)
 {
     return length < kInlineSize ? _inlineWide : new wchar_t[length + 1];
 }
 
-char* clsCharsetConversionString::NewNarrow(size_t length)
+char* clsCharsetConversionString::NewNarrow(std::size_t length)
 {
     return length < kInlineSize ? _inlineNarrow : new char[length + 1];
 }
 
 void clsCharsetConversionString::StoreWide(const wchar_t* text)
 {
-    const size_t length = text != nullptr ? wcslen(text) : 0;
+    const std::size_t length = text != nullptr ? wcslen(text) : 0;
     _wide = NewWide(length);
     memcpy(_wide, length != 0 ? text : kEmptyWide, (length + 1) * sizeof(wchar_t));
 }
 
 void clsCharsetConversionString::StoreNarrow(const char* text)
 {
-    const size_t length = text != nullptr ? strlen(text) : 0;
+    const std::size_t length = text != nullptr ? strlen(text) : 0;
     _narrow = NewNarrow(length);
     memcpy(_narrow, length != 0 ? text : kEmptyNarrow, length + 1);
 }
@@ -231,18 +232,18 @@ void clsCharsetConversionString::Release()
     _narrow = nullptr;
 }
 
-clsCharsetConversionStringCP::clsCharsetConversionStringCP(uint32_t codePage)
+clsCharsetConversionStringCP::clsCharsetConversionStringCP(std::uint32_t codePage)
     : clsCharsetConversionString(CodePage{codePage})
 {
 }
 
-clsCharsetConversionStringCP::clsCharsetConversionStringCP(uint32_t codePage, const char* text)
+clsCharsetConversionStringCP::clsCharsetConversionStringCP(std::uint32_t codePage, const char* text)
     : clsCharsetConversionString(CodePage{codePage})
 {
     StoreNarrow(text);
 }
 
-clsCharsetConversionStringCP::clsCharsetConversionStringCP(uint32_t codePage, const wchar_t* text)
+clsCharsetConversionStringCP::clsCharsetConversionStringCP(std::uint32_t codePage, const wchar_t* text)
     : clsCharsetConversionString(CodePage{codePage})
 {
     StoreWide(text);

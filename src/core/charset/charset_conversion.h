@@ -18,9 +18,9 @@ namespace qx
 class clsCharsetConversionString
 {
 public:
-    static constexpr uint32_t kDefaultCodePage = 0;
-    static constexpr uint32_t kNoCodePage = 0xFFFFFFFF;
-    static constexpr uint32_t kInlineSize = 64;
+    static constexpr std::uint32_t kDefaultCodePage = 0;
+    static constexpr std::uint32_t kNoCodePage = 0xFFFFFFFF;
+    static constexpr std::uint32_t kInlineSize = 64;
 
     // Both copy the text; null gives the empty text.
     explicit clsCharsetConversionString(const wchar_t* text);
@@ -30,9 +30,9 @@ public:
     // begins with what the buffer holds now. Give WideBuffer() and the same capacity to a wide function; the
     // destructor delivers its text to the caller, cut to capacity - 1 bytes and terminated. A null buffer is allowed
     // and gets nothing.
-    clsCharsetConversionString(char* buffer, uint32_t capacity);
+    clsCharsetConversionString(char* buffer, std::uint32_t capacity);
     // The same the other way round: NarrowBuffer() works for a caller's wide buffer of `capacity` characters.
-    clsCharsetConversionString(wchar_t* buffer, uint32_t capacity);
+    clsCharsetConversionString(wchar_t* buffer, std::uint32_t capacity);
 
     clsCharsetConversionString(const clsCharsetConversionString&) = delete;
     clsCharsetConversionString& operator=(const clsCharsetConversionString&) = delete;
@@ -55,7 +55,7 @@ public:
 protected:
     struct CodePage
     {
-        uint32_t value;
+        std::uint32_t value;
     };
     explicit clsCharsetConversionString(CodePage codePage);
 
@@ -63,9 +63,9 @@ protected:
     void StoreNarrow(const char* text);
 
 private:
-    uint32_t EffectiveCodePage() const;
-    wchar_t* NewWide(size_t length);
-    char* NewNarrow(size_t length);
+    std::uint32_t EffectiveCodePage() const;
+    wchar_t* NewWide(std::size_t length);
+    char* NewNarrow(std::size_t length);
     void WriteBack();
     void Release();
 
@@ -75,17 +75,17 @@ private:
     char _inlineNarrow[kInlineSize];
     wchar_t* _wideWriteBack = nullptr;
     char* _narrowWriteBack = nullptr;
-    uint32_t _writeBackCapacity = 0;
-    uint32_t _codePage = kDefaultCodePage;
+    std::uint32_t _writeBackCapacity = 0;
+    std::uint32_t _codePage = kDefaultCodePage;
 };
 
 // The same with a code page of its own.
 class clsCharsetConversionStringCP : public clsCharsetConversionString
 {
 public:
-    explicit clsCharsetConversionStringCP(uint32_t codePage);
-    clsCharsetConversionStringCP(uint32_t codePage, const char* text);
-    clsCharsetConversionStringCP(uint32_t codePage, const wchar_t* text);
+    explicit clsCharsetConversionStringCP(std::uint32_t codePage);
+    clsCharsetConversionStringCP(std::uint32_t codePage, const char* text);
+    clsCharsetConversionStringCP(std::uint32_t codePage, const wchar_t* text);
 };
 
 } // namespace qx

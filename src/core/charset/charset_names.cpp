@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <iterator>
 
 namespace qx
@@ -15,7 +16,7 @@ namespace
 struct scCharset
 {
     const wchar_t* name;
-    uint32_t codePage;
+    std::uint32_t codePage;
 };
 
 // The first row that fits wins, so the second rows of iso-8859-1 and iso-2022-jp are never given.
@@ -68,7 +69,7 @@ static_assert(std::size(kCharsets) == 43);
 
 } // namespace
 
-uint32_t CharsetNameToCodePage(const IString& name)
+std::uint32_t CharsetNameToCodePage(const IString& name)
 {
     for (const scCharset& charset : kCharsets)
     {

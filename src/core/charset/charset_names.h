@@ -10,6 +10,6 @@ class IString;
 
 // The code page of a charset name, compared whole and without regard to case; GetACP() for any name that isn't in the
 // table, the empty one included.
-uint32_t CharsetNameToCodePage(const IString& name);
+std::uint32_t CharsetNameToCodePage(const IString& name);
 
 } // namespace qx

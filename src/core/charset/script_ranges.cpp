@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <bit>
+#include <cstdint>
 
 namespace qx
 {
@@ -10,7 +11,7 @@ namespace qx
 namespace
 {
 
-enum Script : uint32_t
+enum Script : std::uint32_t
 {
     kJapanese = 0x01,
     kIdeographs = 0x01 | 0x02 | 0x04, // shared by the East Asian scripts, so they never tell one alone
@@ -26,7 +27,7 @@ struct scScriptRange
 {
     wchar_t first;
     wchar_t last;
-    uint32_t scripts;
+    std::uint32_t scripts;
 };
 
 // Sorted by first unit, which ends the search.
@@ -47,7 +48,7 @@ constexpr scScriptRange kRanges[] = {
     {0xFE70, 0xFEFF, kArabic},
 };
 
-uint32_t ScriptsOfUnit(wchar_t unit)
+std::uint32_t ScriptsOfUnit(wchar_t unit)
 {
     for (const scScriptRange& range : kRanges)
     {
@@ -63,7 +64,7 @@ uint32_t ScriptsOfUnit(wchar_t unit)
     return 0;
 }
 
-uint32_t CharsetOfScript(uint32_t script)
+std::uint32_t CharsetOfScript(std::uint32_t script)
 {
     switch (script)
     {
@@ -86,7 +87,7 @@ uint32_t CharsetOfScript(uint32_t script)
     }
 }
 
-uint32_t CharsetOfCodePage(uint32_t codePage)
+std::uint32_t CharsetOfCodePage(std::uint32_t codePage)
 {
     switch (codePage)
     {
@@ -105,9 +106,9 @@ uint32_t CharsetOfCodePage(uint32_t codePage)
 
 } // namespace
 
-uint32_t LikelyCharset(const wchar_t* text, uint32_t codePage)
+std::uint32_t LikelyCharset(const wchar_t* text, std::uint32_t codePage)
 {
-    uint32_t scripts = 0;
+    std::uint32_t scripts = 0;
     for (; text != nullptr && *text != 0; ++text)
     {
         scripts |= ScriptsOfUnit(*text);

@@ -18,7 +18,7 @@ constexpr wchar_t kTooLarge[] = L"UCS-4 not supported!";
 
 // The largest value that the next shorter form holds, by the length of the sequence. A sequence of eight bytes can't
 // exceed its limit, since the value has 32 bits.
-constexpr uint32_t kShorterFormMax[] = {
+constexpr std::uint32_t kShorterFormMax[] = {
     0,
     0,
     0x7F,
@@ -32,13 +32,13 @@ constexpr uint32_t kShorterFormMax[] = {
 
 // Reads the sequence of `length` units that starts at `units`, of which `available` are there. Gives the message on
 // failure, null on success.
-const wchar_t* DecodeSequence(const wchar_t* units, size_t available, unsigned length, wchar_t& decoded)
+const wchar_t* DecodeSequence(const wchar_t* units, std::size_t available, unsigned length, wchar_t& decoded)
 {
     if (length == 1 || length > available)
     {
         return kBadSequence;
     }
-    uint32_t value = units[0] & (63U >> (length - 1));
+    std::uint32_t value = units[0] & (63U >> (length - 1));
     for (unsigned i = 1; i < length; ++i)
     {
         if ((units[i] & 0xC0) != 0x80)
@@ -64,7 +64,7 @@ const wchar_t* DecodeSequence(const wchar_t* units, size_t available, unsigned l
 String DecodeUTF8(const String& bytes)
 {
     String result;
-    const size_t length = bytes.Length();
+    const std::size_t length = bytes.Length();
     if (length == 0)
     {
         return result;
@@ -72,10 +72,10 @@ String DecodeUTF8(const String& bytes)
 
     const wchar_t* const units = bytes.Text();
     wchar_t* const target = result.GetBuffer(length + 1);
-    size_t written = 0;
-    for (size_t i = 0; i < length;)
+    std::size_t written = 0;
+    for (std::size_t i = 0; i < length;)
     {
-        const auto leadingOnes = static_cast<unsigned>(std::countl_one(static_cast<uint8_t>(units[i])));
+        const auto leadingOnes = static_cast<unsigned>(std::countl_one(static_cast<std::uint8_t>(units[i])));
         if (leadingOnes == 0)
         {
             target[written++] = units[i++];

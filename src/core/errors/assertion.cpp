@@ -7,7 +7,7 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t longestText = 80;
+constexpr std::size_t kLongestText = 80;
 
 const wchar_t* OrEmpty(const wchar_t* text)
 {
@@ -19,12 +19,12 @@ const wchar_t* OrEmpty(const wchar_t* text)
 String AssertionText(const wchar_t* expression, const wchar_t* file, unsigned line)
 {
     // Put together from its parts: a formatted text would be cut by an estimate of its own.
-    String text(String::formatted, L"line %u in file ", line);
+    String text(String::kFormatted, L"line %u in file ", line);
     text.Append(OrEmpty(file));
     text.Append(L":\n\"");
     text.Append(OrEmpty(expression));
     text.Append(L'"');
-    return text.Left(longestText);
+    return text.Left(kLongestText);
 }
 
 void Assert(const wchar_t* expression, const wchar_t* file, unsigned line)

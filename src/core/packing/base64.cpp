@@ -11,33 +11,33 @@ namespace qx
 namespace
 {
 
-constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 // Two characters for each 12 bits, so that three bytes cost two look-ups and two stores.
 using CharacterPair = std::array<wchar_t, 2>;
-constexpr auto pairOfBits = []
+constexpr auto kPairOfBits = []
 {
     std::array<CharacterPair, 4096> table{};
     for (std::size_t bits = 0; bits < table.size(); ++bits)
-        table[bits] = {static_cast<wchar_t>(alphabet[bits >> 6]), static_cast<wchar_t>(alphabet[bits & 63])};
+        table[bits] = {static_cast<wchar_t>(kAlphabet[bits >> 6]), static_cast<wchar_t>(kAlphabet[bits & 63])};
     return table;
 }();
 
-constexpr unsigned char padding = 64;
-constexpr unsigned char ignorable = 255;
-constexpr auto valueOfCharacter = []
+constexpr unsigned char kPadding = 64;
+constexpr unsigned char kIgnorable = 255;
+constexpr auto kValueOfCharacter = []
 {
     std::array<unsigned char, 256> table{};
-    table.fill(ignorable);
-    for (std::size_t value = 0; value < alphabet.size(); ++value)
-        table[static_cast<unsigned char>(alphabet[value])] = static_cast<unsigned char>(value);
-    table['='] = padding;
+    table.fill(kIgnorable);
+    for (std::size_t value = 0; value < kAlphabet.size(); ++value)
+        table[static_cast<unsigned char>(kAlphabet[value])] = static_cast<unsigned char>(value);
+    table['='] = kPadding;
     return table;
 }();
 
 unsigned char ValueOf(wchar_t c)
 {
-    return c < valueOfCharacter.size() ? valueOfCharacter[c] : ignorable;
+    return c < kValueOfCharacter.size() ? kValueOfCharacter[c] : kIgnorable;
 }
 
 void WriteGroup(unsigned char* bytes, std::uint32_t bits)
@@ -56,7 +56,7 @@ public:
     // Passes over what is no symbol; false when nothing else is left.
     bool FindGroup()
     {
-        while (_at != _end && ValueOf(*_at) == ignorable)
+        while (_at != _end && ValueOf(*_at) == kIgnorable)
             ++_at;
         return _at != _end;
     }
@@ -103,7 +103,7 @@ private:
         if (!FindGroup())
             return 0;
         const unsigned char value = ValueOf(*_at++);
-        return value == padding ? 0u : value;
+        return value == kPadding ? 0u : value;
     }
 
     const wchar_t* _at;
@@ -114,7 +114,7 @@ private:
 Base64Decoded ReadLastGroup(GroupReader& reader, unsigned char* bytes, std::size_t room, Base64Tail tail)
 {
     const std::size_t used = room / 3 * 3;
-    const std::size_t valid = tail == Base64Tail::whole ? 3 : reader.ValidBytes();
+    const std::size_t valid = tail == Base64Tail::Whole ? 3 : reader.ValidBytes();
     unsigned char group[3];
     reader.ReadGroup(group);
     if (valid > room - used || reader.FindGroup())
@@ -141,14 +141,14 @@ void Base64EncodeTo(wchar_t* text, const void* data, std::size_t size)
     for (; size >= 3; size -= 3, bytes += 3, text += 4)
     {
         const std::uint32_t bits = static_cast<std::uint32_t>(bytes[0]) << 16 | bytes[1] << 8 | bytes[2];
-        std::memcpy(text, pairOfBits[bits >> 12].data(), sizeof(CharacterPair));
-        std::memcpy(text + 2, pairOfBits[bits & 0xFFF].data(), sizeof(CharacterPair));
+        std::memcpy(text, kPairOfBits[bits >> 12].data(), sizeof(CharacterPair));
+        std::memcpy(text + 2, kPairOfBits[bits & 0xFFF].data(), sizeof(CharacterPair));
     }
     if (size == 0)
         return;
     const std::uint32_t bits = static_cast<std::uint32_t>(bytes[0]) << 16 | (size == 2 ? bytes[1] << 8 : 0);
-    std::memcpy(text, pairOfBits[bits >> 12].data(), sizeof(CharacterPair));
-    text[2] = size == 2 ? pairOfBits[bits & 0xFFF][0] : L'=';
+    std::memcpy(text, kPairOfBits[bits >> 12].data(), sizeof(CharacterPair));
+    text[2] = size == 2 ? kPairOfBits[bits & 0xFFF][0] : L'=';
     text[3] = L'=';
 }
 
@@ -182,7 +182,7 @@ Base64Decoded Base64DecodeTo(unsigned char* bytes, std::size_t room, std::wstrin
             validInLast = 3;
             continue;
         }
-        validInLast = tail == Base64Tail::whole ? 3 : reader.ValidBytes();
+        validInLast = tail == Base64Tail::Whole ? 3 : reader.ValidBytes();
         reader.ReadGroup(bytes + groups * 3);
         ++groups;
     }
@@ -193,7 +193,7 @@ std::size_t Base64DecodeToBytes(const String& text, ByteBlock& holder)
 {
     ByteBlock block(Base64RoomForBytes(text.Length()));
     const Base64Decoded decoded =
-        Base64DecodeTo(block.data(), block.size(), {text.Text(), text.Length()}, Base64Tail::byPadding);
+        Base64DecodeTo(block.data(), block.size(), {text.Text(), text.Length()}, Base64Tail::ByPadding);
     block.Truncate(decoded.size);
     holder = std::move(block);
     return decoded.size;
@@ -203,7 +203,7 @@ String Base64DecodeToText(const String& text, std::uint32_t codePage)
 {
     ByteBlock block(Base64RoomForBytes(text.Length()));
     const Base64Decoded decoded =
-        Base64DecodeTo(block.data(), block.size(), {text.Text(), text.Length()}, Base64Tail::whole);
+        Base64DecodeTo(block.data(), block.size(), {text.Text(), text.Length()}, Base64Tail::Whole);
     clsCHARString collected;
     for (std::size_t i = 0; i < decoded.size && block.data()[i] != 0; ++i)
         collected.Append(static_cast<char>(block.data()[i]));

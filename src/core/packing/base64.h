@@ -39,8 +39,8 @@ String Base64Encode(const void* data, std::size_t size);
 // What the last group of a text gives.
 enum class Base64Tail
 {
-    byPadding, // as many bytes as its padding says
-    whole      // always three bytes
+    ByPadding, // as many bytes as its padding says
+    Whole      // always three bytes
 };
 
 struct Base64Decoded

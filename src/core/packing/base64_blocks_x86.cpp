@@ -11,9 +11,9 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t groupsOfBlock = 4;
-constexpr std::size_t bytesOfBlock = 12;
-constexpr std::size_t symbolsOfBlock = 16;
+constexpr std::size_t kGroupsOfBlock = 4;
+constexpr std::size_t kBytesOfBlock = 12;
+constexpr std::size_t kSymbolsOfBlock = 16;
 
 bool CanShuffle()
 {
@@ -48,9 +48,9 @@ void Store(void* at, __m128i block)
     const __m128i isCapital = _mm_cmpgt_epi8(_mm_set1_epi8(26), numbers);
     const __m128i kinds =
         _mm_or_si128(_mm_subs_epu8(numbers, _mm_set1_epi8(51)), _mm_and_si128(isCapital, _mm_set1_epi8(13)));
-    constexpr char digit = '0' - 52;
-    const __m128i distances = _mm_setr_epi8(
-        'a' - 26, digit, digit, digit, digit, digit, digit, digit, digit, digit, digit, '+' - 62, '/' - 63, 'A', 0, 0);
+    constexpr char kDigit = '0' - 52;
+    const __m128i distances = _mm_setr_epi8('a' - 26, kDigit, kDigit, kDigit, kDigit, kDigit, kDigit, kDigit, kDigit,
+        kDigit, kDigit, '+' - 62, '/' - 63, 'A', 0, 0);
     return _mm_add_epi8(numbers, _mm_shuffle_epi8(distances, kinds));
 }
 
@@ -86,12 +86,12 @@ void Store(void* at, __m128i block)
 {
     std::size_t groups = 0;
     // Sixteen bytes are read, of which twelve are used.
-    for (; size >= sizeof(__m128i); size -= bytesOfBlock, bytes += bytesOfBlock, text += symbolsOfBlock)
+    for (; size >= sizeof(__m128i); size -= kBytesOfBlock, bytes += kBytesOfBlock, text += kSymbolsOfBlock)
     {
         const __m128i symbols = SymbolsOf(SplitBits(Load(bytes)));
         Store(text, _mm_unpacklo_epi8(symbols, _mm_setzero_si128()));
-        Store(text + symbolsOfBlock / 2, _mm_unpackhi_epi8(symbols, _mm_setzero_si128()));
-        groups += groupsOfBlock;
+        Store(text + kSymbolsOfBlock / 2, _mm_unpackhi_epi8(symbols, _mm_setzero_si128()));
+        groups += kGroupsOfBlock;
     }
     return groups;
 }
@@ -100,15 +100,15 @@ void Store(void* at, __m128i block)
     unsigned char* bytes, std::size_t maxGroups, const wchar_t* text, std::size_t length)
 {
     std::size_t groups = 0;
-    for (; maxGroups - groups >= groupsOfBlock && length >= symbolsOfBlock;
-         groups += groupsOfBlock, length -= symbolsOfBlock, text += symbolsOfBlock, bytes += bytesOfBlock)
+    for (; maxGroups - groups >= kGroupsOfBlock && length >= kSymbolsOfBlock;
+         groups += kGroupsOfBlock, length -= kSymbolsOfBlock, text += kSymbolsOfBlock, bytes += kBytesOfBlock)
     {
         // Characters beyond 8 bits become 0 or 255, which are no symbols.
         __m128i numbers;
-        if (!NumbersOf(_mm_packus_epi16(Load(text), Load(text + symbolsOfBlock / 2)), numbers))
+        if (!NumbersOf(_mm_packus_epi16(Load(text), Load(text + kSymbolsOfBlock / 2)), numbers))
             break;
         const __m128i joined = JoinBits(numbers);
-        std::memcpy(bytes, &joined, bytesOfBlock);
+        std::memcpy(bytes, &joined, kBytesOfBlock);
     }
     return groups;
 }

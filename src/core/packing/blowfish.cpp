@@ -11,7 +11,7 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t blockSize = 8;
+constexpr std::size_t kBlockSize = 8;
 
 std::uint32_t LoadWord(const unsigned char* at)
 {
@@ -26,7 +26,7 @@ void StoreWord(unsigned char* at, std::uint32_t word)
 
 } // namespace
 
-clsBlowfish::clsBlowfish(const char* key) : _p(blowfishInitialP), _s(blowfishInitialS)
+clsBlowfish::clsBlowfish(const char* key) : _p(kBlowfishInitialP), _s(kBlowfishInitialS)
 {
     CopyKey(key);
     ExpandKey();
@@ -34,11 +34,11 @@ clsBlowfish::clsBlowfish(const char* key) : _p(blowfishInitialP), _s(blowfishIni
 
 void clsBlowfish::CopyKey(const char* key)
 {
-    std::size_t length = strnlen(key, keyLength);
+    std::size_t length = strnlen(key, kEyLength);
     std::memcpy(_key.data(), key, length);
     // Nothing stands in front of an empty key's first byte: it counts as zero.
     unsigned previous = length == 0 ? 0 : static_cast<unsigned char>(_key[length - 1]);
-    for (; length < keyLength; ++length)
+    for (; length < kEyLength; ++length)
     {
         previous = previous * static_cast<unsigned>(length) * 97 % 255 + 1;
         _key[length] = static_cast<char>(previous);
@@ -49,7 +49,7 @@ void clsBlowfish::ExpandKey()
 {
     for (std::size_t word = 0; word < _p.size(); ++word)
         for (std::size_t i = 0; i < 4; ++i)
-            _p[word] ^= static_cast<std::uint32_t>(static_cast<unsigned char>(_key[(word * 4 + i) % keyLength]))
+            _p[word] ^= static_cast<std::uint32_t>(static_cast<unsigned char>(_key[(word * 4 + i) % kEyLength]))
                         << (24 - 8 * i);
 
     Block block{0, 0};
@@ -103,31 +103,31 @@ void clsBlowfish::Apply(Block (clsBlowfish::*cipher)(Block) const, unsigned char
 
 void clsBlowfish::Encode(void* buffer, std::size_t size) const
 {
-    if (size < blockSize)
+    if (size < kBlockSize)
     {
         DebugLine(L"clsBlowfish::Encode: buffer too small!!!");
         return;
     }
     auto* bytes = static_cast<unsigned char*>(buffer);
     // The tail goes first, so that `Decode`, which undoes this from front to back, finds it last.
-    if (size % blockSize != 0)
-        Apply(&clsBlowfish::Encipher, bytes + size - blockSize);
-    for (std::size_t offset = 0; offset + blockSize <= size; offset += blockSize)
+    if (size % kBlockSize != 0)
+        Apply(&clsBlowfish::Encipher, bytes + size - kBlockSize);
+    for (std::size_t offset = 0; offset + kBlockSize <= size; offset += kBlockSize)
         Apply(&clsBlowfish::Encipher, bytes + offset);
 }
 
 void clsBlowfish::Decode(void* buffer, std::size_t size) const
 {
-    if (size < blockSize)
+    if (size < kBlockSize)
     {
         DebugLine(L"clsBlowfish::Decode: buffer too small!!!");
         return;
     }
     auto* bytes = static_cast<unsigned char*>(buffer);
-    for (std::size_t offset = 0; offset + blockSize <= size; offset += blockSize)
+    for (std::size_t offset = 0; offset + kBlockSize <= size; offset += kBlockSize)
         Apply(&clsBlowfish::Decipher, bytes + offset);
-    if (size % blockSize != 0)
-        Apply(&clsBlowfish::Decipher, bytes + size - blockSize);
+    if (size % kBlockSize != 0)
+        Apply(&clsBlowfish::Decipher, bytes + size - kBlockSize);
 }
 
 } // namespace qx

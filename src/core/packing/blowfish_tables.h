@@ -9,12 +9,12 @@ namespace qx
 {
 
 // clang-format off
-inline constexpr std::array<std::uint32_t, 18> blowfishInitialP = {
+inline constexpr std::array<std::uint32_t, 18> kBlowfishInitialP = {
     0x243f6a88, 0x85a308d3, 0x13198a2e, 0x03707344, 0xa4093822, 0x299f31d0, 0x082efa98, 0xec4e6c89,
     0x452821e6, 0x38d01377, 0xbe5466cf, 0x34e90c6c, 0xc0ac29b7, 0xc97c50dd, 0x3f84d5b5, 0xb5470917,
     0x9216d5d9, 0x8979fb1b};
 
-inline constexpr std::array<std::array<std::uint32_t, 256>, 4> blowfishInitialS = {{
+inline constexpr std::array<std::array<std::uint32_t, 256>, 4> kBlowfishInitialS = {{
     {{
         0xd1310ba6, 0x98dfb5ac, 0x2ffd72db, 0xd01adfb7, 0xb8e1afed, 0x6a267e96, 0xba7c9045, 0xf12c7f99,
         0x24a19947, 0xb3916cf7, 0x0801f2e2, 0x858efc16, 0x636920d8, 0x71574e69, 0xa458fea3, 0xf4933d7e,

@@ -6,6 +6,7 @@
 #include <pcre2.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <vector>
 
 namespace qx
@@ -14,12 +15,13 @@ namespace qx
 namespace
 {
 
-constexpr uint32_t kCompileFlags = PCRE2_CASELESS | PCRE2_DOLLAR_ENDONLY | PCRE2_DOTALL | PCRE2_EXTENDED |
-                                   PCRE2_MULTILINE | PCRE2_UNGREEDY | PCRE2_ANCHORED;
-constexpr uint32_t kMatchFlags = PCRE2_PARTIAL_SOFT | PCRE2_ANCHORED | PCRE2_NOTBOL | PCRE2_NOTEOL | PCRE2_NOTEMPTY;
+constexpr std::uint32_t kCompileFlags = PCRE2_CASELESS | PCRE2_DOLLAR_ENDONLY | PCRE2_DOTALL | PCRE2_EXTENDED |
+                                        PCRE2_MULTILINE | PCRE2_UNGREEDY | PCRE2_ANCHORED;
+constexpr std::uint32_t kMatchFlags =
+    PCRE2_PARTIAL_SOFT | PCRE2_ANCHORED | PCRE2_NOTBOL | PCRE2_NOTEOL | PCRE2_NOTEMPTY;
 static_assert(kCompileFlags == 0x800404B8 && kMatchFlags == 0x80000017);
 
-constexpr size_t kErrorTextSize = 200;
+constexpr std::size_t kErrorTextSize = 200;
 
 // The one place where the library's characters become PCRE2's: both are UTF-16 code units of 16 bits.
 static_assert(sizeof(wchar_t) == sizeof(PCRE2_UCHAR16));
@@ -35,7 +37,7 @@ PCRE2_UCHAR16* EngineText(wchar_t* text)
 }
 
 // Takes the text as it is, zeros included.
-String MakeText(const wchar_t* text, size_t length)
+String MakeText(const wchar_t* text, std::size_t length)
 {
     String result;
     result.Append(text, length);
@@ -46,7 +48,7 @@ String MakeText(const wchar_t* text, size_t length)
 class TextCollector
 {
 public:
-    void Append(const wchar_t* text, size_t length) { _text.insert(_text.end(), text, text + length); }
+    void Append(const wchar_t* text, std::size_t length) { _text.insert(_text.end(), text, text + length); }
     void Append(const String& text) { Append(text.Text(), text.Length()); }
     String Finish() const { return MakeText(_text.data(), _text.size()); }
 
@@ -73,8 +75,8 @@ void WalkTemplate(const wchar_t* text, Literal literal, Reference reference)
         }
         else if (text[0] == L'\\' && IsDigit(text[1]))
         {
-            literal(pending, static_cast<size_t>(text - pending));
-            reference(static_cast<size_t>(text[1] - L'0'));
+            literal(pending, static_cast<std::size_t>(text - pending));
+            reference(static_cast<std::size_t>(text[1] - L'0'));
             text += 2;
             pending = text;
         }
@@ -83,21 +85,21 @@ void WalkTemplate(const wchar_t* text, Literal literal, Reference reference)
             ++text;
         }
     }
-    literal(pending, static_cast<size_t>(text - pending));
+    literal(pending, static_cast<std::size_t>(text - pending));
 }
 
 } // namespace
 
-const scRegExMatch& clsRegExMatchList::operator[](size_t index) const
+const scRegExMatch& clsRegExMatchList::operator[](std::size_t index) const
 {
     static const scRegExMatch kNone;
     const scRegExMatch* match = IsEmpty() ? nullptr : At(static_cast<std::ptrdiff_t>(std::min(index, Count() - 1)));
     return match != nullptr ? *match : kNone;
 }
 
-clsRegEx::clsRegEx(const String& pattern, uint32_t flags) : _pattern(pattern), _flags(flags) {}
+clsRegEx::clsRegEx(const String& pattern, std::uint32_t flags) : _pattern(pattern), _flags(flags) {}
 
-clsRegEx::clsRegEx(const wchar_t* pattern, uint32_t flags) : _pattern(pattern), _flags(flags) {}
+clsRegEx::clsRegEx(const wchar_t* pattern, std::uint32_t flags) : _pattern(pattern), _flags(flags) {}
 
 clsRegEx::~clsRegEx()
 {
@@ -187,15 +189,16 @@ clsRegEx::Found clsRegEx::Search(const Stretch& subject)
         DebugLine(L"clsRegEx: error: _pRegMatchData too small, or something else happened");
         return {};
     }
-    return {static_cast<size_t>(groups), pcre2_get_ovector_pointer_16(_pRegMatchData)[0], GroupText(subject, 0).length};
+    return {static_cast<std::size_t>(groups), pcre2_get_ovector_pointer_16(_pRegMatchData)[0],
+        GroupText(subject, 0).length};
 }
 
 // Of the last search, which was on this subject.
-clsRegEx::Stretch clsRegEx::GroupText(const Stretch& subject, size_t group) const
+clsRegEx::Stretch clsRegEx::GroupText(const Stretch& subject, std::size_t group) const
 {
     const PCRE2_SIZE* const range = pcre2_get_ovector_pointer_16(_pRegMatchData) + 2 * group;
-    const size_t start = range[0];
-    const size_t end = std::min<size_t>(range[1], subject.length);
+    const std::size_t start = range[0];
+    const std::size_t end = std::min<std::size_t>(range[1], subject.length);
     if (start >= end) // as for a group that took no part: its start has all bits set
     {
         return {};
@@ -203,10 +206,10 @@ clsRegEx::Stretch clsRegEx::GroupText(const Stretch& subject, size_t group) cons
     return {subject.text + start, end - start};
 }
 
-void clsRegEx::GiveMatches(const Stretch& subject, size_t groups, clsRegExMatchList& matches) const
+void clsRegEx::GiveMatches(const Stretch& subject, std::size_t groups, clsRegExMatchList& matches) const
 {
     matches.Clear();
-    for (size_t group = 0; group < groups; ++group)
+    for (std::size_t group = 0; group < groups; ++group)
     {
         const Stretch text = GroupText(subject, group);
         matches.Emplace(
@@ -232,7 +235,7 @@ String clsRegEx::Substitute(const String& subject, Replace replace)
         result.Append(rest.text, std::min(found.position, rest.length));
         const bool goOn = replace(rest, found, result);
 
-        const size_t advance = std::min(found.position + found.length, rest.length);
+        const std::size_t advance = std::min(found.position + found.length, rest.length);
         if (advance == 0)
         {
             break; // it would be found for ever; what remains is dropped
@@ -257,8 +260,8 @@ String clsRegEx::GSub(const String& subject, const wchar_t* replacementTemplate)
         [&](const Stretch& rest, const Found& found, TextCollector& result)
         {
             WalkTemplate(
-                replacementTemplate, [&](const wchar_t* text, size_t length) { result.Append(text, length); },
-                [&](size_t group)
+                replacementTemplate, [&](const wchar_t* text, std::size_t length) { result.Append(text, length); },
+                [&](std::size_t group)
                 {
                     if (group >= found.groups)
                     {
@@ -313,7 +316,7 @@ WCValSList<String> clsRegEx::MatchAll(const String& subject)
         }
         const Stretch text = GroupText(rest, found.groups > 1 ? 1 : 0);
         result.Append(MakeText(text.text, text.length));
-        const size_t advance = std::min(found.position + found.length, rest.length);
+        const std::size_t advance = std::min(found.position + found.length, rest.length);
         if (advance == 0)
         {
             break;
@@ -337,7 +340,7 @@ WCValSList<String> clsRegEx::Split(const String& subject)
             return result;
         }
         result.Append(MakeText(rest.text, std::min(found.position, rest.length)));
-        const size_t advance = std::min(found.position + found.length, rest.length);
+        const std::size_t advance = std::min(found.position + found.length, rest.length);
         if (advance == 0)
         {
             return result;
@@ -348,15 +351,15 @@ WCValSList<String> clsRegEx::Split(const String& subject)
 
 String clsRegEx::Quote(const String& text)
 {
-    const size_t length = text.Length();
+    const std::size_t length = text.Length();
     String result;
     if (length == 0)
     {
         return result;
     }
     wchar_t* const buffer = result.GetBuffer(2 * length + 1);
-    size_t written = 0;
-    for (size_t i = 0; i < length; ++i)
+    std::size_t written = 0;
+    for (std::size_t i = 0; i < length; ++i)
     {
         const wchar_t c = text.CharAt(i);
         if (c != 0 && wcschr(L".|()[^{+$*?\\", c) != nullptr)

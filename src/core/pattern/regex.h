@@ -18,8 +18,8 @@ namespace qx
 // One group of a match.
 struct scRegExMatch
 {
-    uint64_t offset = ~uint64_t{0}; // of the group's start in the subject; all bits set if it took no part
-    String text;                    // empty if it took no part
+    std::uint64_t offset = ~std::uint64_t{0}; // of the group's start in the subject; all bits set if it took no part
+    String text;                              // empty if it took no part
 };
 
 // The groups of a match: entry 0 is the whole match, entry n capture group n, up to the highest group that took part.
@@ -28,7 +28,7 @@ struct scRegExMatch
 class clsRegExMatchList : public WCValSList<scRegExMatch>
 {
 public:
-    const scRegExMatch& operator[](size_t index) const;
+    const scRegExMatch& operator[](std::size_t index) const;
 };
 
 // Gives the text that takes the place of a match.
@@ -56,8 +56,8 @@ protected:
 class clsRegEx
 {
 public:
-    clsRegEx(const String& pattern, uint32_t flags);
-    clsRegEx(const wchar_t* pattern, uint32_t flags);
+    clsRegEx(const String& pattern, std::uint32_t flags);
+    clsRegEx(const wchar_t* pattern, std::uint32_t flags);
     clsRegEx(const clsRegEx&) = delete;
     clsRegEx& operator=(const clsRegEx&) = delete;
     ~clsRegEx();
@@ -95,21 +95,21 @@ private:
     struct Stretch
     {
         const wchar_t* text = nullptr;
-        size_t length = 0;
+        std::size_t length = 0;
     };
     // What a search found: the number of groups up to the highest that took part, 0 if there was no match, and where
     // the whole match lies.
     struct Found
     {
-        size_t groups = 0;
-        size_t position = 0;
-        size_t length = 0;
+        std::size_t groups = 0;
+        std::size_t position = 0;
+        std::size_t length = 0;
     };
 
     bool IsCompiled();
     Found Search(const Stretch& subject);
-    Stretch GroupText(const Stretch& subject, size_t group) const;
-    void GiveMatches(const Stretch& subject, size_t groups, clsRegExMatchList& matches) const;
+    Stretch GroupText(const Stretch& subject, std::size_t group) const;
+    void GiveMatches(const Stretch& subject, std::size_t groups, clsRegExMatchList& matches) const;
     bool MatchStretch(const Stretch& subject, clsRegExMatchList* matches);
 
     // The loop behind the three forms of GSub. replace(rest, found, collector) appends the replacement, and says
@@ -118,7 +118,7 @@ private:
     String Substitute(const String& subject, Replace replace);
 
     String _pattern;
-    uint32_t _flags;
+    std::uint32_t _flags;
     String _errorText;
     clsCriticalSection _lock;
     pcre2_real_code_16* _code = nullptr;

@@ -4,6 +4,7 @@
 #include "core/developer_run.h"
 
 #include <atomic>
+#include <cstdint>
 #include <vector>
 
 namespace qx
@@ -22,11 +23,11 @@ enum class Impersonation
     Followed
 };
 
-std::atomic<Impersonation> impersonation{Impersonation::NotAsked};
+std::atomic<Impersonation> impersonation = Impersonation::NotAsked;
 
 Impersonation AskMachineSettings()
 {
-    clsRegistryList settings(HKEY_LOCAL_MACHINE, kMachineSettings, clsRegistryList::Read);
+    clsRegistryList settings(HKEY_LOCAL_MACHINE, kMachineSettings, clsRegistryList::kRead);
     bool aware = false;
     settings.GetBool(L"Registry.ImpersonationAware", aware, false);
     return aware ? Impersonation::Followed : Impersonation::Ignored;
@@ -85,7 +86,7 @@ void ForgetUserRootKey()
 
 clsRegistryList::clsRegistryList(HKEY root, const wchar_t* subkey, unsigned mode)
 {
-    const bool create = (mode & 3) == Create;
+    const bool create = (mode & 3) == kCreate;
     const bool usersRoot = root == HKEY_CURRENT_USER;
     if (usersRoot)
     {
@@ -116,7 +117,7 @@ void clsRegistryList::OpenSubkey(HKEY root, const wchar_t* subkey, bool create)
         return;
     }
     _key = nullptr;
-    _result = create ? NotCreated : NotOpened;
+    _result = create ? kNotCreated : kNotOpened;
     if (create && UtilIsDeveloperRun())
     {
         DebugLine(L"WRN: clsRegistryList::ct() cannot create subkey '%s' in key %#p: %s", subkey, root,
@@ -132,21 +133,21 @@ clsRegistryList::~clsRegistryList()
     }
 }
 
-int32_t clsRegistryList::GetString(const wchar_t* name, String& result, const wchar_t* defaultText)
+std::int32_t clsRegistryList::GetString(const wchar_t* name, String& result, const wchar_t* defaultText)
 {
     _result = ReadText(name, result);
-    if (_result != Done)
+    if (_result != kDone)
     {
         result.Assign(defaultText);
     }
     return _result;
 }
 
-int32_t clsRegistryList::ReadText(const wchar_t* name, String& result) const
+std::int32_t clsRegistryList::ReadText(const wchar_t* name, String& result) const
 {
     if (_key == nullptr)
     {
-        return NotOpen;
+        return kNotOpen;
     }
     wchar_t buffer[kFirstBuffer / sizeof(wchar_t)];
     DWORD type = REG_NONE;
@@ -154,12 +155,12 @@ int32_t clsRegistryList::ReadText(const wchar_t* name, String& result) const
     const LSTATUS status = RegQueryValueExW(_key, name, nullptr, &type, reinterpret_cast<BYTE*>(buffer), &bytes);
     if ((status != ERROR_SUCCESS && status != ERROR_MORE_DATA) || !IsText(type))
     {
-        return Unreadable;
+        return kUnreadable;
     }
     if (status == ERROR_SUCCESS)
     {
         AssignStored(result, buffer, bytes);
-        return Done;
+        return kDone;
     }
 
     std::vector<wchar_t> whole(bytes / sizeof(wchar_t) + 1);
@@ -167,18 +168,18 @@ int32_t clsRegistryList::ReadText(const wchar_t* name, String& result) const
     if (RegQueryValueExW(_key, name, nullptr, &type, reinterpret_cast<BYTE*>(whole.data()), &bytes) != ERROR_SUCCESS ||
         !IsText(type))
     {
-        return SecondReadFailed;
+        return kSecondReadFailed;
     }
     AssignStored(result, whole.data(), bytes);
-    return Done;
+    return kDone;
 }
 
-int32_t clsRegistryList::GetBool(const wchar_t* name, bool& result, bool defaultValue)
+std::int32_t clsRegistryList::GetBool(const wchar_t* name, bool& result, bool defaultValue)
 {
     String text;
-    const bool found = GetString(name, text, L"") == Done;
+    const bool found = GetString(name, text, L"") == kDone;
     result = found ? text.CharAt(0) == L'T' : defaultValue;
-    _result = found ? Done : NoValue;
+    _result = found ? kDone : kNoValue;
     return _result;
 }
 

@@ -25,19 +25,19 @@ class clsRegistryList
 public:
     enum Mode : unsigned
     {
-        Create = 0, // makes the key if it isn't there
-        Read = 1
+        kCreate = 0, // makes the key if it isn't there
+        kRead = 1
     };
 
-    enum Result : int32_t
+    enum Result : std::int32_t
     {
-        Done = 0,
-        NoValue = -1, // of GetBool
-        NotOpened = -2,
-        NotCreated = -3,
-        NotOpen = -5,
-        Unreadable = -6,
-        SecondReadFailed = -8
+        kDone = 0,
+        kNoValue = -1, // of GetBool
+        kNotOpened = -2,
+        kNotCreated = -3,
+        kNotOpen = -5,
+        kUnreadable = -6,
+        kSecondReadFailed = -8
     };
 
     // The low two bits of `mode` count; all but Create only read. HKEY_CURRENT_USER stands for the user's root. A null
@@ -48,19 +48,19 @@ public:
     ~clsRegistryList();
 
     // Of the last operation, the construction included.
-    int32_t LastResult() const { return _result; }
+    std::int32_t LastResult() const { return _result; }
 
-    int32_t GetString(const wchar_t* name, String& result, const wchar_t* defaultText);
+    std::int32_t GetString(const wchar_t* name, String& result, const wchar_t* defaultText);
 
     // True is a text that begins with an upper-case T. Done or NoValue.
-    int32_t GetBool(const wchar_t* name, bool& result, bool defaultValue);
+    std::int32_t GetBool(const wchar_t* name, bool& result, bool defaultValue);
 
 private:
     void OpenSubkey(HKEY root, const wchar_t* subkey, bool create);
-    int32_t ReadText(const wchar_t* name, String& result) const;
+    std::int32_t ReadText(const wchar_t* name, String& result) const;
 
     HKEY _key = nullptr;
-    int32_t _result = Done;
+    std::int32_t _result = kDone;
     bool _ownsKey = false;
 };
 

@@ -16,11 +16,11 @@ namespace
 {
 
 // What a width or the precision of a number adds at most; padding beyond it is cut.
-constexpr int mostPadding = 1 << 20;
+constexpr int kMostPadding = 1 << 20;
 
 int Bounded(int value)
 {
-    return std::clamp(value, 0, mostPadding);
+    return std::clamp(value, 0, kMostPadding);
 }
 
 // Own copy of an argument list, which reads on where the last read ended.
@@ -44,17 +44,17 @@ private:
 
 enum class Size
 {
-    none,
-    narrow,   // h
-    wide,     // l, w
-    integer64 // I64
+    None,
+    Narrow,   // h
+    Wide,     // l, w
+    Integer64 // I64
 };
 
 struct Conversion
 {
     int width = 0;
     int precision = -1; // none given
-    Size size = Size::none;
+    Size size = Size::None;
     wchar_t type = 0;
 };
 
@@ -108,21 +108,21 @@ private:
         case L'N':
         case L'z':
             ++_format;
-            return Size::none;
+            return Size::None;
         case L'I':
             if (_format[1] != L'6' || _format[2] != L'4')
-                return Size::none;
+                return Size::None;
             _format += 3;
-            return Size::integer64;
+            return Size::Integer64;
         case L'h':
             ++_format;
-            return Size::narrow;
+            return Size::Narrow;
         case L'l':
         case L'w':
             ++_format;
-            return Size::wide;
+            return Size::Wide;
         default:
-            return Size::none;
+            return Size::None;
         }
     }
 
@@ -158,7 +158,7 @@ private:
         case L'c':
         case L'C':
             _arguments.Next<int>();
-            AddItem(conversion.size == Size::wide ? 2 : 1, conversion);
+            AddItem(conversion.size == Size::Wide ? 2 : 1, conversion);
             return true;
         case L'd':
         case L'i':
@@ -166,7 +166,7 @@ private:
         case L'u':
         case L'x':
         case L'X':
-            if (conversion.size == Size::integer64)
+            if (conversion.size == Size::Integer64)
                 _arguments.Next<long long>();
             else
                 _arguments.Next<int>();
@@ -202,7 +202,7 @@ private:
             return false;
         // A text needs no terminator if its precision ends it.
         const std::size_t most = static_cast<std::size_t>(conversion.precision >= 0 ? conversion.precision : INT_MAX);
-        const bool wide = conversion.size == Size::wide;
+        const bool wide = conversion.size == Size::Wide;
         std::size_t length = 0;
         if (_outOfStep)
         {
@@ -212,7 +212,7 @@ private:
         }
         else if (wide && !IsReadable(text, most))
             return false;
-        else if (conversion.size == Size::narrow || (conversion.type == L'S' && !wide))
+        else if (conversion.size == Size::Narrow || (conversion.type == L'S' && !wide))
             length = strnlen(static_cast<const char*>(text), most);
         else
             length = wcsnlen(static_cast<const wchar_t*>(text), most);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
 
 namespace qx
 {
@@ -16,9 +17,9 @@ DWORD ComparisonFlags(LocaleCase sense)
     return sense == LocaleCase::Ignored ? NORM_IGNORECASE : 0;
 }
 
-int LengthUpTo(const wchar_t* text, uint32_t count)
+int LengthUpTo(const wchar_t* text, std::uint32_t count)
 {
-    return static_cast<int>(wcsnlen(text, std::min<uint32_t>(count, INT_MAX)));
+    return static_cast<int>(wcsnlen(text, std::min<std::uint32_t>(count, INT_MAX)));
 }
 
 } // namespace
@@ -28,7 +29,7 @@ int LocaleCompare(const wchar_t* a, const wchar_t* b, LocaleCase sense)
     return CompareStringW(LOCALE_USER_DEFAULT, ComparisonFlags(sense), a, -1, b, -1) - 2;
 }
 
-int LocaleCompareN(const wchar_t* a, const wchar_t* b, uint32_t count, LocaleCase sense)
+int LocaleCompareN(const wchar_t* a, const wchar_t* b, std::uint32_t count, LocaleCase sense)
 {
     if (a == nullptr || b == nullptr)
     {

@@ -16,6 +16,6 @@ enum class LocaleCase
 int LocaleCompare(const wchar_t* a, const wchar_t* b, LocaleCase sense);
 
 // At most `count` characters of each. -1, 0, 1; the shorter of equal beginnings sorts first.
-int LocaleCompareN(const wchar_t* a, const wchar_t* b, uint32_t count, LocaleCase sense);
+int LocaleCompareN(const wchar_t* a, const wchar_t* b, std::uint32_t count, LocaleCase sense);
 
 } // namespace qx

@@ -97,7 +97,7 @@ void String::Assign(const wchar_t* text, std::size_t start, std::size_t count)
         Empty();
         return;
     }
-    const std::size_t limit = count >= all || start > all - count ? all : start + count;
+    const std::size_t limit = count >= kAll || start > kAll - count ? kAll : start + count;
     const std::size_t found = wcsnlen(text, limit);
     if (start >= found)
         Empty();

@@ -29,12 +29,12 @@ class String
 {
 public:
     // As a count: all the rest.
-    static constexpr std::size_t all = 0x7FFFFFFE;
+    static constexpr std::size_t kAll = 0x7FFFFFFE;
 
     // Chooses the formatting constructor, whose arguments another one would take as positions.
     enum FormatTag
     {
-        formatted
+        kFormatted
     };
 
     String() noexcept : _codePage(DefaultCodePage()) {}
@@ -46,7 +46,7 @@ public:
     String(String&& other) noexcept { TakeFields(other); }
 
     // At most `count` characters of a zero-terminated text, from `start` on. Null is the empty text.
-    String(const wchar_t* text, std::size_t start = 0, std::size_t count = all);
+    String(const wchar_t* text, std::size_t start = 0, std::size_t count = kAll);
 
     // Exactly these characters.
     explicit String(std::wstring_view characters);
@@ -76,7 +76,7 @@ public:
     // 8-bit text in the string's code page, or with code page 0 characters of the same values as the bytes. `count`
     // bytes from `offset`, or up to the terminator. What the system can't convert, and more than 2 GB, gives the empty
     // text.
-    void Assign(const char* text, std::size_t offset = 0, std::size_t count = all);
+    void Assign(const char* text, std::size_t offset = 0, std::size_t count = kAll);
 
     void Fill(wchar_t c, std::size_t count);
 
@@ -90,7 +90,7 @@ public:
 
     std::size_t Length() const noexcept { return _length; }
     bool IsEmpty() const noexcept { return _length == 0; }
-    const wchar_t* Text() const noexcept { return _record ? _record->text : emptyText; }
+    const wchar_t* Text() const noexcept { return _record ? _record->text : kEmptyText; }
     operator const wchar_t*() const noexcept { return Text(); }
     std::wstring_view View() const noexcept { return {Text(), _length}; }
 
@@ -136,7 +136,7 @@ public:
 
     String Left(std::size_t n) const;
     String Right(std::size_t n) const;
-    String Mid(std::size_t start, std::size_t count = all) const;
+    String Mid(std::size_t start, std::size_t count = kAll) const;
     String Quoted() const;
     String Upper() const; // see MakeUpper
 
@@ -184,7 +184,7 @@ public:
     // ReleaseBuffer ends the writing and sets the length: `n`, or the place of the terminator if `n` isn't below the
     // capacity.
     wchar_t* GetBuffer(std::size_t minCapacity);
-    void ReleaseBuffer(std::size_t n = all);
+    void ReleaseBuffer(std::size_t n = kAll);
 
     void Append(wchar_t c);
     void Append(const wchar_t* text);
@@ -260,7 +260,7 @@ private:
     void Changing() noexcept;
     static void ReportGuard() noexcept;
 
-    static constexpr wchar_t emptyText[1] = {};
+    static constexpr wchar_t kEmptyText[1] = {};
     static inline wchar_t guard = 0;
 
     std::size_t _length = 0;

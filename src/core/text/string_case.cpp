@@ -16,7 +16,7 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t mappedOnStack = 200;
+constexpr std::size_t kMappedOnStack = 200;
 
 int MapString(
     unsigned locale, unsigned flags, const wchar_t* source, int sourceLength, wchar_t* target, int targetLength)
@@ -36,10 +36,10 @@ void String::LCMapString(unsigned flags, unsigned locale)
     if (result > 0)
     {
         const auto size = static_cast<std::size_t>(result);
-        wchar_t stack[mappedOnStack];
+        wchar_t stack[kMappedOnStack];
         std::unique_ptr<wchar_t[]> heap;
         wchar_t* target = stack;
-        if (size > mappedOnStack)
+        if (size > kMappedOnStack)
         {
             heap = std::make_unique_for_overwrite<wchar_t[]>(size);
             target = heap.get();

@@ -10,7 +10,7 @@ namespace qx
 namespace
 {
 
-constexpr int mostReplacements = 0x7FFFFFFE;
+constexpr int kMostReplacements = 0x7FFFFFFE;
 
 } // namespace
 
@@ -119,7 +119,7 @@ int String::Replace(wchar_t from, wchar_t to)
     std::size_t kept = first;
     for (std::size_t i = first; i < _length; ++i)
     {
-        if (text[i] != from || replacements == mostReplacements)
+        if (text[i] != from || replacements == kMostReplacements)
             text[kept++] = text[i];
         else if (++replacements, to != 0)
             text[kept++] = to;
@@ -137,7 +137,7 @@ int String::Replace(const String& from, const String& to)
         return 0;
 
     int replacements = 0;
-    for (std::size_t at = View().find(needle.View()); at != std::wstring_view::npos && replacements < mostReplacements;
+    for (std::size_t at = View().find(needle.View()); at != std::wstring_view::npos && replacements < kMostReplacements;
          at = View().find(needle.View(), at + needle._length))
         ++replacements;
     if (replacements == 0)

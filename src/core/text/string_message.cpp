@@ -17,9 +17,9 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t formattedOnStack = 100;
-constexpr unsigned short english = 9;
-constexpr unsigned short german = 7;
+constexpr std::size_t kFormattedOnStack = 100;
+constexpr unsigned short kEnglish = 9;
+constexpr unsigned short kGerman = 7;
 
 String ErrorText(unsigned code)
 {
@@ -58,7 +58,7 @@ public:
     {
         const unsigned short languages[] = {language, InterfaceLanguage(),
             static_cast<unsigned short>(LANGIDFROMLCID(GetThreadLocale())),
-            static_cast<unsigned short>(PRIMARYLANGID(GetUserDefaultLangID())), english, german};
+            static_cast<unsigned short>(PRIMARYLANGID(GetUserDefaultLangID())), kEnglish, kGerman};
         for (const unsigned short* tried = languages; tried != std::end(languages) && !_found; ++tried)
         {
             const bool isRepeated = std::find(+languages, tried, *tried) != tried;
@@ -115,10 +115,10 @@ int String::FormatV(const wchar_t* format, va_list arguments)
         Assign(L"<printf format error>");
         return 0;
     }
-    if (*estimate < formattedOnStack)
+    if (*estimate < kFormattedOnStack)
     {
-        wchar_t buffer[formattedOnStack];
-        FormatBounded(buffer, formattedOnStack, format, arguments);
+        wchar_t buffer[kFormattedOnStack];
+        FormatBounded(buffer, kFormattedOnStack, format, arguments);
         Assign(buffer);
         return 0;
     }
@@ -134,11 +134,11 @@ String String::SystemErrorText(unsigned code, unsigned short language)
     DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, language,
         buffer, static_cast<DWORD>(std::size(buffer)), nullptr);
     if (length == 0)
-        return String(formatted, L"(error code %#08lx)", code);
+        return String(kFormatted, L"(error code %#08lx)", code);
     while (length > 0 && (buffer[length - 1] == L'\r' || buffer[length - 1] == L'\n'))
         --length;
     String text(buffer, 0, length);
-    text.Append(String(formatted, L" (%08lx)", code));
+    text.Append(String(kFormatted, L" (%08lx)", code));
     return text;
 }
 

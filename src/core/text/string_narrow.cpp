@@ -11,14 +11,14 @@ namespace qx
 namespace
 {
 
-constexpr unsigned utf8 = 65001;
+constexpr unsigned kUtf8 = 65001;
 
 // The length of the bytes that stand for an 8-bit argument, or 0 for what can't be converted in one call.
 std::size_t LengthOf(const char* text, std::size_t offset, std::size_t count)
 {
     if (!text || *text == 0)
         return 0;
-    if (count == String::all)
+    if (count == String::kAll)
         count = std::strlen(text + offset);
     return count <= INT_MAX ? count : 0;
 }
@@ -44,7 +44,7 @@ void String::Assign(const char* text, std::size_t offset, std::size_t count)
         SetLength(bytes);
         return;
     }
-    const DWORD flags = _codePage == utf8 ? 0 : MB_PRECOMPOSED;
+    const DWORD flags = _codePage == kUtf8 ? 0 : MB_PRECOMPOSED;
     const int size = static_cast<int>(bytes);
     const int length = MultiByteToWideChar(_codePage, flags, source, size, nullptr, 0);
     if (length <= 0)

@@ -9,9 +9,9 @@ namespace qx
 namespace
 {
 
-constexpr int smallest = -10;
-constexpr int largest = 10;
-constexpr std::size_t numberCapacity = 32;
+constexpr int kSmallest = -10;
+constexpr int kLargest = 10;
+constexpr std::size_t kNumberCapacity = 32;
 
 template <class Number>
 String Decimal(Number value)
@@ -20,17 +20,17 @@ String Decimal(Number value)
     const char* end = std::to_chars(digits, digits + sizeof(digits), value).ptr;
     const auto length = static_cast<std::size_t>(end - digits);
     String text;
-    std::copy(digits, digits + length, text.GetBuffer(numberCapacity));
+    std::copy(digits, digits + length, text.GetBuffer(kNumberCapacity));
     text.ReleaseBuffer(length);
     return text;
 }
 
-using SmallNumbers = std::array<String, largest - smallest + 1>;
+using SmallNumbers = std::array<String, kLargest - kSmallest + 1>;
 
 SmallNumbers MakeSmallNumbers()
 {
     SmallNumbers numbers;
-    int value = smallest;
+    int value = kSmallest;
     for (String& number : numbers)
         number = Decimal(value++);
     return numbers;
@@ -41,19 +41,19 @@ SmallNumbers MakeSmallNumbers()
 const String& SmallNumber(int value)
 {
     static const SmallNumbers numbers = MakeSmallNumbers();
-    return numbers[static_cast<std::size_t>(value - smallest)];
+    return numbers[static_cast<std::size_t>(value - kSmallest)];
 }
 
 } // namespace
 
 String String::FromInt(int value)
 {
-    return smallest <= value && value <= largest ? SmallNumber(value) : Decimal(value);
+    return kSmallest <= value && value <= kLargest ? SmallNumber(value) : Decimal(value);
 }
 
 String String::FromUnsigned(unsigned value)
 {
-    return value <= unsigned{largest} ? SmallNumber(static_cast<int>(value)) : Decimal(value);
+    return value <= unsigned{kLargest} ? SmallNumber(static_cast<int>(value)) : Decimal(value);
 }
 
 } // namespace qx

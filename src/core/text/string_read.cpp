@@ -17,19 +17,19 @@ int String::Compare(const String& other, int maxChars) const
 {
     if (_record == other._record)
         return 0;
-    return CompareText(Text(), other.Text(), maxChars, CompareOrder::ordinal, IsCaseSensitive());
+    return CompareText(Text(), other.Text(), maxChars, CompareOrder::Ordinal, IsCaseSensitive());
 }
 
 int String::Compare(const wchar_t* other, int maxChars) const
 {
-    return CompareText(Text(), other, maxChars, CompareOrder::ordinal, IsCaseSensitive());
+    return CompareText(Text(), other, maxChars, CompareOrder::Ordinal, IsCaseSensitive());
 }
 
 int String::CompareLocale(const String& other, int maxChars) const
 {
     if (_record == other._record)
         return 0;
-    return CompareText(Text(), other.Text(), maxChars, CompareOrder::byLocale, IsCaseSensitive());
+    return CompareText(Text(), other.Text(), maxChars, CompareOrder::ByLocale, IsCaseSensitive());
 }
 
 std::uint64_t String::Hash() const noexcept

@@ -11,8 +11,8 @@ namespace qx
 StringRecord* StringRecord::Create(std::size_t capacity)
 {
     static_assert(alignof(StringRecord) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
-    constexpr std::size_t most = (SIZE_MAX / 2 - sizeof(StringRecord)) / sizeof(wchar_t);
-    if (capacity > most)
+    constexpr std::size_t kMost = (SIZE_MAX / 2 - sizeof(StringRecord)) / sizeof(wchar_t);
+    if (capacity > kMost)
         throw std::bad_alloc();
     void* memory = ::operator new(sizeof(StringRecord) + capacity * sizeof(wchar_t));
     auto* text = reinterpret_cast<wchar_t*>(static_cast<char*>(memory) + sizeof(StringRecord));

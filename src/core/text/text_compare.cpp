@@ -36,7 +36,7 @@ int CompareText(const wchar_t* a, const wchar_t* b, int maxChars, CompareOrder o
     const bool bEmpty = !b || *b == 0;
     if (aEmpty || bEmpty)
         return aEmpty && bEmpty ? 0 : aEmpty ? -1 : 1;
-    if (order == CompareOrder::byLocale)
+    if (order == CompareOrder::ByLocale)
         return CompareByLocale(a, b, maxChars, caseSensitive);
     if (maxChars < 1)
         return caseSensitive ? CompareUnits(a, b) : _wcsicmp(a, b);

@@ -5,8 +5,8 @@ namespace qx
 
 enum class CompareOrder
 {
-    ordinal,
-    byLocale // of the user interface language
+    Ordinal,
+    ByLocale // of the user interface language
 };
 
 // The comparison of String. Null and empty are the same and come before everything else. At most `maxChars` characters

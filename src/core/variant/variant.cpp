@@ -61,7 +61,7 @@ bool AreInBounds(const SAFEARRAY& array, std::initializer_list<ULONG> indexes)
 std::vector<LONG> PlaceOf(const SAFEARRAY& array, std::initializer_list<ULONG> indexes)
 {
     std::vector<LONG> place;
-    for (size_t i = indexes.size(); i-- > 0;)
+    for (std::size_t i = indexes.size(); i-- > 0;)
         place.push_back(static_cast<LONG>(array.rgsabound[i].lLbound + LONGLONG{indexes.begin()[i]}));
     return place;
 }
@@ -165,9 +165,9 @@ String ToString(const clsVariant& value)
     switch (copy.Type())
     {
     case VT_I8:
-        return String(String::formatted, L"%I64d", copy.Get().llVal);
+        return String(String::kFormatted, L"%I64d", copy.Get().llVal);
     case VT_UI8:
-        return String(String::formatted, L"%I64u", copy.Get().ullVal);
+        return String(String::kFormatted, L"%I64u", copy.Get().ullVal);
     default:
     {
         VARIANT text{};

@@ -15,9 +15,9 @@ namespace
 
 enum class TypeClass
 {
-    number,
-    text,
-    other
+    Number,
+    Text,
+    Other
 };
 
 constexpr TypeClass ClassOf(VARTYPE type)
@@ -40,13 +40,13 @@ constexpr TypeClass ClassOf(VARTYPE type)
     case VT_UINT:
     case VT_INT_PTR:
     case VT_UINT_PTR:
-        return TypeClass::number;
+        return TypeClass::Number;
     case VT_BSTR:
     case VT_LPSTR:
     case VT_LPWSTR:
-        return TypeClass::text;
+        return TypeClass::Text;
     default:
-        return TypeClass::other;
+        return TypeClass::Other;
     }
 }
 
@@ -152,12 +152,12 @@ bool operator==(const clsVariant& a, const clsVariant& b)
         return AreEqualOfOneType(a.Get(), b.Get());
     if (IsNothing(a.Type()) || IsNothing(b.Type()))
         return false;
-    const TypeClass common = ClassOf(a.Type()) == ClassOf(b.Type()) ? ClassOf(a.Type()) : TypeClass::other;
+    const TypeClass common = ClassOf(a.Type()) == ClassOf(b.Type()) ? ClassOf(a.Type()) : TypeClass::Other;
     switch (common)
     {
-    case TypeClass::number:
+    case TypeClass::Number:
         return ToDouble(a) == ToDouble(b);
-    case TypeClass::text:
+    case TypeClass::Text:
         return AreEqualTexts(ToString(a).View(), ToString(b).View());
     default:
         return AreEqualForTheSystem(a.Get(), b.Get());

@@ -4,15 +4,17 @@
 
 #include <windows.h>
 
+#include <cstdint>
+
 TEST(CharsetExports, LikelyCharsetUsesTheProcessCodePage)
 {
     EXPECT_EQ(UtilGetLikelyCharsetFromString(L"\u03B1\u03B2"), 161u);
     const UINT codePage = GetACP();
-    const uint32_t ideograph = codePage == 932   ? 128
-                               : codePage == 936 ? 134
-                               : codePage == 949 ? 129
-                               : codePage == 950 ? 136
-                                                 : 0;
+    const std::uint32_t ideograph = codePage == 932   ? 128
+                                    : codePage == 936 ? 134
+                                    : codePage == 949 ? 129
+                                    : codePage == 950 ? 136
+                                                      : 0;
     EXPECT_EQ(UtilGetLikelyCharsetFromString(L"\u4E00"), ideograph);
 }
 
@@ -32,7 +34,7 @@ TEST(CharsetExports, ComparisonsFollowTheLocaleAndThenTheLength)
     const struct
     {
         const QXWCHAR *a, *b;
-        uint32_t count;
+        std::uint32_t count;
         int sensitive, ignoring;
     } cases[] = {{L"abc", L"abd", 2, 0, 0}, {L"abc", L"abd", 3, -1, -1}, {L"ab", L"abc", 5, -1, -1},
         {L"abc", L"ab", 5, 1, 1}, {L"a", L"B", 5, -1, -1}, /* not by code unit */ {L"abc", L"ABC", 5, -1, 0},

@@ -11,6 +11,7 @@
 #include <objidl.h>
 #include <oleauto.h>
 
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -64,7 +65,7 @@ TEST(Convert, EachRoadIsTheSameText)
         HGLOBAL block = NewMemory(data);
         EXPECT_EQ(UtilConvertHGLOBALToString(block, memory.data(), 8000, compress), 0);
         std::vector<char> unpacked(GlobalSize(block));
-        EXPECT_EQ(UtilConvertStringToBLOB(memory.data(), unpacked.data(), static_cast<uint32_t>(unpacked.size())),
+        EXPECT_EQ(UtilConvertStringToBLOB(memory.data(), unpacked.data(), static_cast<std::uint32_t>(unpacked.size())),
             static_cast<int>(unpacked.size()));
         EXPECT_EQ(std::memcmp(unpacked.data(), data.data(), data.size()), 0);
         EXPECT_EQ(UtilConvertHGLOBALToBSTR(block, &text, compress), 0);

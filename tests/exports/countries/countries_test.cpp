@@ -8,6 +8,7 @@
 #include <oleauto.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <string>
 #include <thread>
 #include <vector>
@@ -26,7 +27,7 @@ std::string Text(const VARIANT& value)
     return WideCharToMultiByte(CP_UTF8, 0, value.bstrVal, -1, bytes, sizeof bytes, nullptr, nullptr) > 0 ? bytes : "?";
 }
 
-std::string Info(const wchar_t* name, uint32_t type)
+std::string Info(const wchar_t* name, std::uint32_t type)
 {
     VARIANT value;
     VariantInit(&value);
@@ -41,11 +42,11 @@ TEST(CountryExports, Values)
     struct Case
     {
         const wchar_t* name;
-        uint32_t type;
+        std::uint32_t type;
         const char* value;
     };
-    constexpr uint32_t LOCALE = QXUT_COUNTRY_LCID, ENGLISH = QXUT_COUNTRY_ENGLISH_NAME,
-                       NATIVE = QXUT_COUNTRY_NATIVE_NAME, CURRENCY = QXUT_COUNTRY_CURRENCY;
+    constexpr std::uint32_t LOCALE = QXUT_COUNTRY_LCID, ENGLISH = QXUT_COUNTRY_ENGLISH_NAME,
+                            NATIVE = QXUT_COUNTRY_NATIVE_NAME, CURRENCY = QXUT_COUNTRY_CURRENCY;
     constexpr Case CASES[] = {{L"DEU", LOCALE, "1031"}, {L"D", LOCALE, "1031"}, {L"de-AT", LOCALE, "3079"},
         {L"UK", LOCALE, "2057"}, {L"ROK", LOCALE, "1042"}, {L"CH", LOCALE, "2055"}, {L"BE", LOCALE, "2060"},
         {L"Ghana*2057", LOCALE, "2057"}, {L"", LOCALE, "0"}, {nullptr, LOCALE, "0"}, {L"Atlantis", LOCALE, "0"},
@@ -78,7 +79,7 @@ TEST(CountryExports, LanguagesTypesAndVariants)
     }
     EXPECT_EQ(UtilLocGetCountryInfo(L"DE", 8, &value), -18);
     EXPECT_EQ(value.vt, VT_EMPTY);
-    for (const int32_t type : {1, -1})
+    for (const std::int32_t type : {1, -1})
     {
         EXPECT_EQ(UtilLocGetLanguageInfo(L"de", type, &value), -18);
         EXPECT_EQ(value.vt, VT_EMPTY);

@@ -10,6 +10,7 @@
 
 #include <oleauto.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <string_view>
@@ -21,7 +22,7 @@ namespace
 
 using qxtest::Show;
 
-constexpr uint32_t USER = 0x400, AMERICAN = 0x409, GERMAN = 0x407, UNKNOWN = 0x9999;
+constexpr std::uint32_t USER = 0x400, AMERICAN = 0x409, GERMAN = 0x407, UNKNOWN = 0x9999;
 
 std::string Narrow(const wchar_t* text)
 {
@@ -29,7 +30,7 @@ std::string Narrow(const wchar_t* text)
     return WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes, sizeof bytes, nullptr, nullptr) > 0 ? bytes : "(none)";
 }
 
-std::string Written(uint32_t locale, const SYSTEMTIME* time, uint32_t flags)
+std::string Written(std::uint32_t locale, const SYSTEMTIME* time, std::uint32_t flags)
 {
     VARIANT text;
     VariantInit(&text);
@@ -53,8 +54,8 @@ void ExpectNow(const SYSTEMTIME& time)
 
 TEST(Dates, ReadInALocale)
 {
-    constexpr uint32_t REPORT = QXUT_LOCDATE_REPORT_DEFAULT;
-    constexpr std::tuple<uint32_t, const wchar_t*, int32_t, const char*> CASES[] = {
+    constexpr std::uint32_t REPORT = QXUT_LOCDATE_REPORT_DEFAULT;
+    constexpr std::tuple<std::uint32_t, const wchar_t*, std::int32_t, const char*> CASES[] = {
         {AMERICAN, L" 12/31/2018 1:05 PM ", 0, "2018-12-31 13:05:00"},
         {GERMAN, L"31.12.2018 13:05", 0, "2018-12-31 13:05:00"}, {GERMAN, L"31.2.2018", -52, "2018-02-31 00:00:00"},
         {UNKNOWN, L"31.12.2018", 0, "2018-12-31 00:00:00"}, // ".", ":", day first
@@ -78,8 +79,9 @@ TEST(Dates, ReadInALocale)
 TEST(Dates, WrittenInALocale)
 {
     constexpr SYSTEMTIME MOMENT{2018, 2, 0, 3, 15, 4, 7, 0}, MIDNIGHT{2018, 2, 0, 3}, EARLY{1500, 2, 0, 29, 1};
-    constexpr uint32_t DATE = QXUT_LOCTEXT_DATE, TIME = QXUT_LOCTEXT_TIME, SHORT_TIME = QXUT_LOCTEXT_TIME_NO_SECONDS;
-    const std::tuple<uint32_t, const SYSTEMTIME*, uint32_t, const char*> cases[] = {
+    constexpr std::uint32_t DATE = QXUT_LOCTEXT_DATE, TIME = QXUT_LOCTEXT_TIME,
+                            SHORT_TIME = QXUT_LOCTEXT_TIME_NO_SECONDS;
+    const std::tuple<std::uint32_t, const SYSTEMTIME*, std::uint32_t, const char*> cases[] = {
         {AMERICAN, &MOMENT, DATE | TIME, "2/3/2018 3:04:07 PM"}, {AMERICAN, &MOMENT, TIME, "3:04:07 PM"},
         {AMERICAN, &MOMENT, SHORT_TIME | TIME, "3:04 PM"}, {GERMAN, &MOMENT, SHORT_TIME, "15:04"},
         {AMERICAN, &MOMENT, TIME | QXUT_LOCTEXT_24_HOURS, "15:04:07 PM"},
@@ -104,8 +106,8 @@ TEST(Dates, WrittenInALocale)
 
 TEST(Dates, CompactFromTextsOfTheUsersLocale)
 {
-    constexpr uint32_t REPORT = QXUT_LOCDATE_REPORT_DEFAULT;
-    constexpr std::tuple<const wchar_t*, uint32_t, int32_t, const char*> CASES[] = {
+    constexpr std::uint32_t REPORT = QXUT_LOCDATE_REPORT_DEFAULT;
+    constexpr std::tuple<const wchar_t*, std::uint32_t, std::int32_t, const char*> CASES[] = {
         {L"99999999999999", 0, 1, "99999999999999"}, // whatever they say
         {L"2018-02-03 4:05", 0, 1, "20180203040500"}, {L"2018-02-03", QXUT_LOCDATE_MARK_NO_TIME, 1, "20180203000000"},
         {L"2018-02-31", 0, 0, ""}, {L"2018-02-", REPORT, 0, ""}, {L"nonsense", 0, 1, ""}, {nullptr, 0, 0, ""}};
@@ -140,7 +142,7 @@ TEST(Dates, TextsOfTheUsersLocaleFromCompact)
     EXPECT_EQ(Narrow(text), "");
 
     const std::string whole = Written(USER, &MOMENT, 6);
-    const auto length = static_cast<uint32_t>(whole.size());
+    const auto length = static_cast<std::uint32_t>(whole.size());
     EXPECT_EQ(UtilDateTimeToLocaleString(L"20180203150407", text, length), 1);
     EXPECT_EQ(Narrow(text), whole.substr(0, whole.size() - 1)); // its last character is the terminator's
     EXPECT_EQ(UtilDateTimeToLocaleString(L"20180203150407", text, length - 1), 0);
@@ -185,7 +187,7 @@ TEST(Dates, LocalTimeAndUTC)
 TEST(Dates, DaylightTimeOfTheZone)
 {
     static constexpr char NONE[] = "0000-00-00 00:00:00";
-    constexpr std::tuple<std::string_view, uint32_t, const char*, const char*> CASES[] = {
+    constexpr std::tuple<std::string_view, std::uint32_t, const char*, const char*> CASES[] = {
         {"Europe/Berlin", 2018, "2018-03-25 01:00:00", "2018-10-28 01:00:00"},
         {"Europe/Berlin", 2100, "2100-03-28 01:00:00", "2100-10-31 01:00:00"},
         {"Europe/Berlin", 1601, "1601-03-25 01:00:00", "1601-10-28 01:00:00"},

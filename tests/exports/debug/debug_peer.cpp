@@ -27,12 +27,12 @@
 namespace
 {
 
-constexpr int writers = 8;
-constexpr int linesOfWriter = 100;
+constexpr int kWriters = 8;
+constexpr int kLinesOfWriter = 100;
 
 qx::String Wide(std::string_view text)
 {
-    return qx::String(qx::String::formatted, L"%.*hs", static_cast<int>(text.size()), text.data());
+    return qx::String(qx::String::kFormatted, L"%.*hs", static_cast<int>(text.size()), text.data());
 }
 
 class Library
@@ -54,11 +54,11 @@ public:
     bool IsComplete() const { return _isComplete; }
 
     void (*UtilDebug)(const wchar_t* format, ...) = nullptr;
-    void (*UtilDebugExt)(const wchar_t* tag, int32_t indentChange, const wchar_t* format, ...) = nullptr;
-    void (*UtilDebugExtV)(const wchar_t* tag, int32_t indentChange, const wchar_t* format, va_list) = nullptr;
+    void (*UtilDebugExt)(const wchar_t* tag, std::int32_t indentChange, const wchar_t* format, ...) = nullptr;
+    void (*UtilDebugExtV)(const wchar_t* tag, std::int32_t indentChange, const wchar_t* format, va_list) = nullptr;
     void (*PasDebug)(const wchar_t* text) = nullptr;
     void (*UtilError)(const wchar_t* where, const wchar_t* what) = nullptr;
-    int32_t (*UtilGetFlags)() = nullptr;
+    std::int32_t (*UtilGetFlags)() = nullptr;
 
 private:
     template <class Function>
@@ -72,7 +72,7 @@ private:
     bool _isComplete = true;
 };
 
-void WriteByList(const Library& library, const wchar_t* tag, int32_t indentChange, const wchar_t* format, ...)
+void WriteByList(const Library& library, const wchar_t* tag, std::int32_t indentChange, const wchar_t* format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
@@ -112,11 +112,11 @@ int TryOff(const Library& library)
 void WriteLines(const Library& library, const char* name)
 {
     std::vector<std::thread> threads;
-    for (int thread = 0; thread < writers; ++thread)
+    for (int thread = 0; thread < kWriters; ++thread)
         threads.emplace_back(
             [&library, name, thread]
             {
-                for (int line = 0; line < linesOfWriter; ++line)
+                for (int line = 0; line < kLinesOfWriter; ++line)
                     library.UtilDebug(L"%hs %d %d %0*d.", name, thread, line, 20 + line % 50, 0);
             });
     for (std::thread& thread : threads)
@@ -140,13 +140,13 @@ int Run(const char* command, const char* argument)
 #if !defined(_WIN32) // users are switched by the system's own means
 int RunAsNobody(const char* command, const char* argument)
 {
-    constexpr uid_t nobody = 65534;
-    constexpr int noWay = 77;
+    constexpr uid_t kNobody = 65534;
+    constexpr int kNoWay = 77;
     const uid_t self = geteuid();
-    if (self != 0 || seteuid(nobody) != 0)
-        return noWay;
+    if (self != 0 || seteuid(kNobody) != 0)
+        return kNoWay;
     // The tree may stand where that user can't see it.
-    const int code = eaccess("/proc/self/exe", R_OK) == 0 ? Run(command, argument) : noWay;
+    const int code = eaccess("/proc/self/exe", R_OK) == 0 ? Run(command, argument) : kNoWay;
     return seteuid(self) == 0 ? code : 30;
 }
 #else

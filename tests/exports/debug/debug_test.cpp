@@ -29,7 +29,7 @@ protected:
     int Run(const String& rest) { return PeerProcess(L"debug_peer", WithLog(rest)).Wait(); }
     String WithLog(const String& rest) const
     {
-        return String(String::formatted, L"\"Debug.LogFilename=%s\" %s", log.Text(), rest.Text());
+        return String(String::kFormatted, L"\"Debug.LogFilename=%s\" %s", log.Text(), rest.Text());
     }
 
     const TempFolder folder;
@@ -87,12 +87,12 @@ TEST_F(DebugExports, WithoutALogFileNothingIsTouched)
 
 TEST_F(DebugExports, LinesOfManyThreadsAndProcesses)
 {
-    constexpr int processes = 4, threads = 8, linesOfThread = 100;
+    constexpr int kProcesses = 4, kThreads = 8, kLinesOfThread = 100;
     {
         std::vector<std::unique_ptr<PeerProcess>> peers;
-        for (int process = 0; process < processes; ++process)
+        for (int process = 0; process < kProcesses; ++process)
             peers.push_back(std::make_unique<PeerProcess>(
-                L"debug_peer", WithLog(String(String::formatted, L"lines p%d", process))));
+                L"debug_peer", WithLog(String(String::kFormatted, L"lines p%d", process))));
         for (const auto& peer : peers)
             EXPECT_EQ(peer->Wait(), 0);
     }
@@ -113,11 +113,11 @@ TEST_F(DebugExports, LinesOfManyThreadsAndProcesses)
             std::string(static_cast<std::size_t>(20 + number % 50), '0') + ".");
         ++count;
     }
-    EXPECT_EQ(last.size(), std::size_t{processes * threads});
+    EXPECT_EQ(last.size(), std::size_t{kProcesses * kThreads});
     // A line is lost if the file was in use for a tenth of a second, which is rare.
-    constexpr int all = processes * threads * linesOfThread;
-    RecordProperty("lost", all - count);
-    EXPECT_GE(count, all - all / 50);
+    constexpr int kAll = kProcesses * kThreads * kLinesOfThread;
+    RecordProperty("lost", kAll - count);
+    EXPECT_GE(count, kAll - kAll / 50);
 }
 
 // The library loads, and its functions return.

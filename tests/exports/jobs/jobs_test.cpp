@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <functional>
 #include <thread>
@@ -23,9 +24,9 @@ int JobsOfTheTest(int usual)
     return number ? std::atoi(number) : usual;
 }
 
-int32_t Add(HUTTHREADPOOL pool, TestJob* job, IUTThreadedJobHost* host)
+std::int32_t Add(HUTTHREADPOOL pool, TestJob* job, IUTThreadedJobHost* host)
 {
-    const int32_t result = UtilThreadPoolAdd(pool, L"job", reinterpret_cast<IUnknown*>(job), host);
+    const std::int32_t result = UtilThreadPoolAdd(pool, L"job", reinterpret_cast<IUnknown*>(job), host);
     job->Release();
     return result;
 }
@@ -110,9 +111,9 @@ TEST_F(JobPools, JobsAndHostsThatAddJobs)
     };
     grow(10);
     EXPECT_EQ(UtilThreadPoolFinalize(pool, &taking), 0);
-    constexpr int jobs = 2047 + 1365; // all, and one for each on an even depth
-    EXPECT_EQ(counts.runs, jobs);
-    EXPECT_EQ(counts.told, jobs);
+    constexpr int kJobs = 2047 + 1365; // all, and one for each on an even depth
+    EXPECT_EQ(counts.runs, kJobs);
+    EXPECT_EQ(counts.told, kJobs);
     EXPECT_EQ(adding.references, 1u);
     UtilThreadPoolClose(pool);
 }
@@ -120,7 +121,7 @@ TEST_F(JobPools, JobsAndHostsThatAddJobs)
 // No matter when the abort comes, a job is run once, and its host told once, or it is dropped.
 TEST_F(JobPools, AddAbortAndFinalizeFromSeveralThreads)
 {
-    constexpr int jobs = 300;
+    constexpr int kJobs = 300;
     for (int round = 0; round < 20; ++round)
     {
         const HUTTHREADPOOL pool = UtilThreadPoolOpen(2, L"pool");
@@ -139,7 +140,7 @@ TEST_F(JobPools, AddAbortAndFinalizeFromSeveralThreads)
             threads.emplace_back(
                 [&, hasHost]
                 {
-                    for (int i = 0; i < jobs; ++i)
+                    for (int i = 0; i < kJobs; ++i)
                         Add(pool, new TestJob(hasHost ? hosted : hostless, {}, i % 3, i % 7 != 0),
                             hasHost ? &declines : nullptr);
                 });
@@ -158,7 +159,7 @@ TEST_F(JobPools, AddAbortAndFinalizeFromSeveralThreads)
         for (const JobCounts* added : {&hosted, &hostless})
         {
             EXPECT_EQ(added->alive, 0);
-            EXPECT_EQ(added->runs + added->dropped, jobs);
+            EXPECT_EQ(added->runs + added->dropped, kJobs);
         }
         EXPECT_EQ(hosted.told, hosted.runs);
         EXPECT_EQ(declines.references, 1u);

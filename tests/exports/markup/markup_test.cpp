@@ -6,6 +6,8 @@
 
 #include <oleauto.h>
 
+#include <cstdint>
+
 TEST(Markup, StringsGoInAndOut)
 {
     BSTR text = nullptr;
@@ -13,7 +15,7 @@ TEST(Markup, StringsGoInAndOut)
     EXPECT_STREQ(text, L"a&lt;b");
     UtilDemaskAllHTMLCharacters(text, &text); // its own input is replaced
     EXPECT_STREQ(text, L"a<b");
-    for (const uint32_t flags : {0u, 0x80u})
+    for (const std::uint32_t flags : {0u, 0x80u})
     {
         UtilConvertText2HTML(L"a\rb", &text, flags);
         EXPECT_STREQ(text, flags == 0 ? L"<p>a</p><p>b</p>" : L"[_[p]_]a[_[/p]_][_[p]_]b[_[/p]_]");

@@ -18,11 +18,11 @@ int UseOnce()
     const HMODULE library = LoadLibraryW(L"qxUT23.dll");
     if (library == nullptr)
         return 1;
-    auto* const version = Find<int32_t(int32_t)>(library, "UtilGetVersion");
-    auto* const language = Find<int32_t()>(library, "UtilLanguageGet");
-    auto* const setLanguage = Find<int32_t(int32_t)>(library, "UtilLanguageSet");
-    auto* const environment = Find<int32_t()>(library, "UtilGetOSEnvironmentType");
-    auto* const interaction = Find<int32_t()>(library, "UtilGetUIInteractionAllowed");
+    auto* const version = Find<std::int32_t(std::int32_t)>(library, "UtilGetVersion");
+    auto* const language = Find<std::int32_t()>(library, "UtilLanguageGet");
+    auto* const setLanguage = Find<std::int32_t(std::int32_t)>(library, "UtilLanguageSet");
+    auto* const environment = Find<std::int32_t()>(library, "UtilGetOSEnvironmentType");
+    auto* const interaction = Find<std::int32_t()>(library, "UtilGetUIInteractionAllowed");
     if (!version || version(0) != 0x170002)
         return 2;
     if (!language || language() < 0)
@@ -41,7 +41,7 @@ int UseOnce()
 int FailAssertion()
 {
     const HMODULE library = LoadLibraryW(L"qxUT23.dll");
-    auto* const assertion = Find<void(const wchar_t*, const wchar_t*, uint32_t)>(library, "UtilAssert");
+    auto* const assertion = Find<void(const wchar_t*, const wchar_t*, std::uint32_t)>(library, "UtilAssert");
     if (!assertion)
         return 1;
     assertion(L"a < b", L"file.cpp", 42);

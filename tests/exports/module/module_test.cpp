@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+
 using namespace qx;
 using qxtest::PeerProcess;
 using qxtest::Variable;
@@ -56,10 +58,10 @@ TEST(ModuleExports, TheManifestMakesAnActivationContext)
 
 TEST(ModuleExports, TheUsersLanguageCountsBeforeTheSystems)
 {
-    const int32_t before = UtilLanguageGet();
+    const std::int32_t before = UtilLanguageGet();
     ASSERT_EQ(UtilLanguageSet(0), 0);
     EXPECT_EQ(UtilLanguageGet(), LanguageCode(GetUserDefaultUILanguage()));
-    for (const int32_t language : {48, -7})
+    for (const std::int32_t language : {48, -7})
     {
         EXPECT_EQ(UtilLanguageSet(language), 0);
         EXPECT_EQ(UtilLanguageGet(), language);

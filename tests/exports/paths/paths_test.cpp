@@ -6,6 +6,7 @@
 
 #include <oleauto.h>
 
+#include <cstdint>
 #include <cstring>
 
 TEST(PathExports, ApartAndTogether)
@@ -45,7 +46,7 @@ TEST(PathExports, FileSystem)
     EXPECT_EQ(info.maxPath, 0x55555555u);
     EXPECT_EQ(UtilGetFSInfo(nullptr, nullptr), 64u);
     info.size = 20;
-    const uint32_t flags = UtilGetFSInfo(nullptr, &info);
+    const std::uint32_t flags = UtilGetFSInfo(nullptr, &info);
     EXPECT_EQ(flags, info.flags);
     EXPECT_EQ(info.maxPath, 260u);
     EXPECT_EQ(info.driveLength, 3u);

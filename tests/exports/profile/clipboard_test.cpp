@@ -20,7 +20,7 @@ void PrepareClipboard()
 }
 
 // The system may round a block up.
-std::string BlockOf(UINT format, size_t size)
+std::string BlockOf(UINT format, std::size_t size)
 {
     EXPECT_TRUE(OpenClipboard(nullptr));
     const HANDLE block = GetClipboardData(format);

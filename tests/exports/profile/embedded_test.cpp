@@ -60,7 +60,7 @@ TEST(ProfileEmbedded, FileAndStreamFromTheirPositionOn)
             const std::string target = folder.Make("target", "what was there is longer than that");
             EXPECT_EQ(ProfGetFileA(job, nullptr, "list/file", "key", OpenFile(target, GENERIC_READ | GENERIC_WRITE)),
                 PROF_OK);
-            EXPECT_EQ(BytesOf(target), "0123456789"s.substr(static_cast<size_t>(position)));
+            EXPECT_EQ(BytesOf(target), "0123456789"s.substr(static_cast<std::size_t>(position)));
             const Stream streamTarget("what was there");
             EXPECT_EQ(ProfGetStreamW(job, nullptr, L"list/stream", L"key", streamTarget), PROF_OK);
             EXPECT_EQ(streamTarget.Rest(), BytesOf(target));

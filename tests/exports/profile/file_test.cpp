@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <utility>
 
 using namespace profiletest;
@@ -162,7 +163,7 @@ TEST(ProfileLarge, MoreThanTheLoaderTakesIsRefused)
 {
     const TempFolder folder;
     const std::string path = folder.Make("large", "[/]\r\na=1\r\n");
-    std::filesystem::resize_file(path, uint64_t{1} << 31); // with a hole, so that it takes no room
+    std::filesystem::resize_file(path, std::uint64_t{1} << 31); // with a hole, so that it takes no room
     const Job job(path);
     EXPECT_EQ(job.Error(), PROF_ERR_LOCKED);
     EXPECT_EQ(Tree(job), "");

@@ -7,6 +7,7 @@
 // Ends with 0, or a code of the profile family without its sign.
 #include "exports/profile/whole_content.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <thread>
 
@@ -17,7 +18,7 @@ namespace
 
 constexpr int kLeaves = 400;
 
-int32_t Hold(const std::string& path)
+std::int32_t Hold(const std::string& path)
 {
     const Job job = Job::Exclusive(path);
     std::ofstream(path + ".ready").put('r');
@@ -26,21 +27,21 @@ int32_t Hold(const std::string& path)
     return job.Error();
 }
 
-int32_t Save(const std::string& path, char letter, int count)
+std::int32_t Save(const std::string& path, char letter, int count)
 {
     const Job job;
     FillWhole(job, letter, kLeaves);
-    int32_t error = PROF_OK;
+    std::int32_t error = PROF_OK;
     for (int i = 0; i < count && error == PROF_OK; ++i)
         error = job.Save(path);
     return error;
 }
 
 // Longer and shorter by turns, and on both roads to the held file.
-int32_t Rewrite(const std::string& path, int count)
+std::int32_t Rewrite(const std::string& path, int count)
 {
     const Job job = Job::Exclusive(path);
-    int32_t error = job.Error();
+    std::int32_t error = job.Error();
     for (int i = 0; i < count && error == PROF_OK; ++i)
     {
         FillWhole(job, static_cast<char>('a' + i % 26), i % 2 == 0 ? kLeaves : kLeaves / 3);
@@ -49,7 +50,7 @@ int32_t Rewrite(const std::string& path, int count)
     return error;
 }
 
-int32_t Paste(const std::string& path)
+std::int32_t Paste(const std::string& path)
 {
     const Job job(ProfJobOpenClipboard(nullptr));
     return job.Error() == PROF_OK ? job.Save(path) : job.Error();

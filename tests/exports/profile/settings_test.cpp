@@ -12,7 +12,7 @@ TEST(ProfileSettings, LoadByTheIniRulesAndSurviveASave)
         const char* name;
         const wchar_t* path;
         const char* value;
-    } cases[] = {{"python3.11.desktop", L"NoDisplay", "true"},
+    } kCases[] = {{"python3.11.desktop", L"NoDisplay", "true"},
         {"org.xfce.mousepad.desktop", L"Name[ar]", "\xD9\x85\xD8\xA7\xD9\x88\xD8\xB3 \xD8\xA8\xD8\xA7\xD8\xAF"},
         {"org.xfce.mousepad.desktop", L"Desktop Action preferences/Exec", "mousepad --preferences"},
         {"adwaita-index.theme", L"ZipOverlay", "zip_overlay"},
@@ -20,7 +20,7 @@ TEST(ProfileSettings, LoadByTheIniRulesAndSurviveASave)
         {"php.ini-production",
             L"CLI Server/Date/filter/iconv/imap/intl/sqlite3/Pcre/Pdo/Pdo_mysql/pdo_mysql.default_socket", ""},
         {"smb.conf", L"global", "(none)"}}; // the first line, a comment, decides
-    for (const auto& [name, path, value] : cases)
+    for (const auto& [name, path, value] : kCases)
     {
         const Job job(std::string(QXUT_TEST_DATA "/settings/") + name);
         ASSERT_EQ(job.Error(), PROF_OK);

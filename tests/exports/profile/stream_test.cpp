@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <tuple>
 
 using namespace profiletest;
@@ -44,7 +45,7 @@ TEST(ProfilePacked, FollowsTheFlags)
 {
     const TempFolder folder;
     const std::string packed = Packed(kImage);
-    const std::tuple<std::string, int32_t, std::string> cases[] = {{kImage, PROF_SAVE_PACKED, packed},
+    const std::tuple<std::string, std::int32_t, std::string> cases[] = {{kImage, PROF_SAVE_PACKED, packed},
         {kImage, PROF_SAVE_PACKED_AS_LOADED, kImage}, {packed, 0, kImage}, {packed, PROF_SAVE_PACKED, packed},
         {packed, PROF_SAVE_PACKED_AS_LOADED | 0x700, packed}};
     for (const auto& [loaded, flags, saved] : cases)
@@ -65,7 +66,7 @@ TEST(ProfilePacked, FewBytesAndPackedAgain)
     std::string image = kImage;
     for (int layer = 0; layer < 16; ++layer)
         image = Packed(image);
-    const std::tuple<std::string, int32_t, const char*> cases[] = {
+    const std::tuple<std::string, std::int32_t, const char*> cases[] = {
         {"ZxvQ", PROF_OK, ""}, {Packed(kImage) + "what follows", PROF_OK, kTree}, {"ZxvQ\xFF\xFF\xFF", PROF_OK, ""},
         {Packed("[/]"), PROF_ERR_LOCKED, ""}, // as a file of three bytes is
         {Packed("[/]\r\na=1"), PROF_OK, "a=1;"}, {Packed("[section]\r\na=1"), PROF_OK, "a=1;"}, {image, PROF_OK, kTree},

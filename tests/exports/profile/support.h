@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -26,10 +27,10 @@ public:
     {
         const int length = MultiByteToWideChar(
             CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), _text.data(), static_cast<int>(_text.size()));
-        _text.resize(static_cast<size_t>(length));
+        _text.resize(static_cast<std::size_t>(length));
         _text.push_back(0);
     }
-    Wide(size_t count, wchar_t character) : _text(count, character) { _text.push_back(0); }
+    Wide(std::size_t count, wchar_t character) : _text(count, character) { _text.push_back(0); }
 
     Wide& operator+=(std::wstring_view text)
     {
@@ -47,7 +48,7 @@ inline std::string Utf8(std::wstring_view text)
     std::string bytes(3 * text.size(), '\0');
     const int length = WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), bytes.data(),
         static_cast<int>(bytes.size()), nullptr, nullptr);
-    return bytes.substr(0, static_cast<size_t>(length));
+    return bytes.substr(0, static_cast<std::size_t>(length));
 }
 
 // In the byte order of both targets, with the mark.
@@ -62,7 +63,7 @@ inline std::string Tree(HPROFJOB job, HPROFLIST list = nullptr)
     std::string text;
     ProfEnumW(
         job, list,
-        [](HPROFJOB owner, const wchar_t* name, const wchar_t* value, HPROFLIST child, void* context) -> int32_t
+        [](HPROFJOB owner, const wchar_t* name, const wchar_t* value, HPROFLIST child, void* context) -> std::int32_t
         {
             auto& out = *static_cast<std::string*>(context);
             out += child != nullptr ? "[" + Utf8(name) + "]{" + Tree(owner, child) + "}"
@@ -76,12 +77,12 @@ inline std::string Tree(HPROFJOB job, HPROFLIST list = nullptr)
 // The value of a leaf, or "(none)".
 inline std::string Value(HPROFJOB job, const wchar_t* path, HPROFLIST list = nullptr)
 {
-    const int32_t length = ProfGetStringLengthW(job, list, path);
+    const std::int32_t length = ProfGetStringLengthW(job, list, path);
     if (length < 0)
         return "(none)";
-    std::vector<wchar_t> buffer(static_cast<size_t>(length) + 1);
+    std::vector<wchar_t> buffer(static_cast<std::size_t>(length) + 1);
     ProfGetStringW(job, list, path, buffer.data(), length + 1, nullptr);
-    return Utf8({buffer.data(), static_cast<size_t>(length)});
+    return Utf8({buffer.data(), static_cast<std::size_t>(length)});
 }
 
 class Job
@@ -96,8 +97,8 @@ public:
     ~Job() { ProfJobClose(_job); }
 
     operator HPROFJOB() const { return _job; }
-    int32_t Error() const { return ProfGetError(_job); }
-    int32_t Save(const std::string& path, int32_t flags = PROF_FORM_TEXT) const
+    std::int32_t Error() const { return ProfGetError(_job); }
+    std::int32_t Save(const std::string& path, std::int32_t flags = PROF_FORM_TEXT) const
     {
         return ProfSaveW(_job, Wide(path), flags);
     }
@@ -118,7 +119,7 @@ class TempFolder
 public:
     TempFolder()
     {
-        static std::atomic<int> number{0};
+        static std::atomic<int> number = 0;
         const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
         _folder = std::filesystem::temp_directory_path() /
                   ("qxut-profile-" + std::to_string(now) + "-" + std::to_string(++number));

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <tuple>
 #include <utility>
 
@@ -177,7 +178,7 @@ TEST(ProfileTree, GetStringCutsAndTellsTheWholeLength)
     const struct
     {
         const char* path;
-        int32_t size, result;
+        std::int32_t size, result;
         const char* text;
     } cases[] = {{"a", 6, 6, "abcde"}, {"a", 7, 6, "abcdef"}, {"a", 1, 6, ""}, {"a", 0, 6, "##########"},
         {"b", 8, PROF_ERR_NO_LEAF, "default"}, {"b", 0, PROF_ERR_NO_LEAF, "##########"}};
@@ -203,14 +204,14 @@ TEST(ProfileEnum, StopsOnZeroAndLetsTheCallbackChangeAndRemoveItsEntry)
     for (const wchar_t* name : {L"a", L"b", L"c", L"d"})
         Set(job, name, L"12345"); // a number isn't shared, so that the leaf owns its text
     int visits = 0;
-    const auto stop = [](HPROFJOB, const wchar_t*, const wchar_t*, HPROFLIST, void* context) -> int32_t
+    const auto stop = [](HPROFJOB, const wchar_t*, const wchar_t*, HPROFLIST, void* context) -> std::int32_t
     {
         return ++*static_cast<int*>(context) < 2;
     };
     EXPECT_EQ(ProfEnumW(job, nullptr, stop, &visits), 0);
     EXPECT_EQ(visits, 2);
     EXPECT_EQ(ProfEnumW(job, nullptr, nullptr, nullptr), 0);
-    const auto change = [](HPROFJOB owner, const wchar_t* name, const wchar_t* value, HPROFLIST, void*) -> int32_t
+    const auto change = [](HPROFJOB owner, const wchar_t* name, const wchar_t* value, HPROFLIST, void*) -> std::int32_t
     {
         if (*name == L'a' || *name == L'd')
             ProfDeleteItemW(owner, nullptr, name);
@@ -255,7 +256,7 @@ TEST(ProfileNarrow, ConvertsArgumentsBuffersAndCallbacks)
     ProfEmptyList(job, nullptr);
     Set(job, L"Gr\u00F6\u00DFe", L"\u00E4\u00F6\u00FC");
     std::string name;
-    const auto collect = [](HPROFJOB, const char* text, const char*, HPROFLIST, void* context) -> int32_t
+    const auto collect = [](HPROFJOB, const char* text, const char*, HPROFLIST, void* context) -> std::int32_t
     {
         *static_cast<std::string*>(context) = text;
         return 0;

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <cstdint>
 #include <limits>
 #include <sstream>
 #include <tuple>
@@ -35,8 +36,8 @@ TEST(ProfileValues, TextsThatAreWritten)
     EXPECT_EQ(Written(ProfAppendBoolW, ProfSetBoolW, -2), "TRUE TRUE");
     EXPECT_EQ(Written(ProfAppendIntW, ProfSetIntW, -12), "-12 -12");
     EXPECT_EQ(Written(ProfAppendIntHexW, ProfSetIntHexW, 255), "x000000FF xff");
-    EXPECT_EQ(Written(ProfAppendInt64W, ProfSetInt64W, int64_t{-1}), "18446744073709551615 18446744073709551615");
-    EXPECT_EQ(Written(ProfAppendInt64HexW, ProfSetInt64HexW, int64_t{255}), "xFF xff");
+    EXPECT_EQ(Written(ProfAppendInt64W, ProfSetInt64W, std::int64_t{-1}), "18446744073709551615 18446744073709551615");
+    EXPECT_EQ(Written(ProfAppendInt64HexW, ProfSetInt64HexW, std::int64_t{255}), "xFF xff");
     EXPECT_EQ(Written(ProfAppendDoubleW, ProfSetDoubleW, 1.5), "1.500000 1.500000");
     EXPECT_EQ(Written(ProfAppendDoubleW, ProfSetDoubleW, -std::numeric_limits<double>::max()).size(), 2 * 317u + 1);
     EXPECT_EQ(Written(ProfAppendPointW, ProfSetPointW, &point), "(-1,2) (-1,2)");
@@ -58,7 +59,7 @@ TEST(ProfileValues, AppendAddsAndSetReplacesInBothForms)
     ProfSetIntW(nullptr, nullptr, L"n", 6);
     ProfSetRectLTWHA(job, nullptr, "l/r", std::data({ProfRect{1, 2, 4, 6}}));
     EXPECT_EQ(Tree(job), "[l]{n=3;n=2;r=(1,2,3,4);}=4;");
-    int32_t number = 0;
+    std::int32_t number = 0;
     ProfRect rect = {};
     const ProfRect defaultRect = {1, 2, 3, 4};
     EXPECT_EQ(ProfGetRectLTWHA(job, nullptr, "l/r", &rect, nullptr), PROF_OK);
@@ -76,7 +77,7 @@ std::string Read(Get get, const wchar_t* text)
     const Job job;
     ProfSetStringW(job, nullptr, L"v", text);
     T value = -7;
-    const int32_t code = get(job, nullptr, L"v", &value, T{99});
+    const std::int32_t code = get(job, nullptr, L"v", &value, T{99});
     char shown[60];
     std::snprintf(shown, sizeof shown, "%d %.15g", static_cast<int>(code), static_cast<double>(value));
     return shown;
@@ -84,8 +85,8 @@ std::string Read(Get get, const wchar_t* text)
 
 TEST(ProfileValues, NumbersThatAreRead)
 {
-    const auto asInt = Read<int32_t, decltype(&ProfGetIntW)>;
-    const auto asInt64 = Read<int64_t, decltype(&ProfGetInt64W)>;
+    const auto asInt = Read<std::int32_t, decltype(&ProfGetIntW)>;
+    const auto asInt64 = Read<std::int64_t, decltype(&ProfGetInt64W)>;
     const auto asDouble = Read<double, decltype(&ProfGetDoubleW)>;
     // As the two integers, as a double, as a flag.
     constexpr std::pair<const wchar_t*, const char*> CASES[] = {{L"", "-6 99|-6 99|-6 99|-6 99"},
@@ -95,7 +96,7 @@ TEST(ProfileValues, NumbersThatAreRead)
         {L"yes", "-9 -7|-9 -7|0 0|0 0"}};
     for (const auto& [text, expected] : CASES)
         EXPECT_EQ(asInt(ProfGetIntW, text) + '|' + asInt64(ProfGetInt64W, text) + '|' + asDouble(ProfGetDoubleW, text) +
-                      '|' + Read<int32_t>(ProfGetBoolW, text),
+                      '|' + Read<std::int32_t>(ProfGetBoolW, text),
             expected)
             << Utf8(text);
     // 199 characters are looked at, 63 for the 64-bit numbers.
@@ -133,9 +134,9 @@ std::string ReadRect(Get get, const wchar_t* text)
     ProfSetStringW(job, nullptr, L"v", text);
     const ProfRect defaultRect = {9, 9, 9, 9};
     ProfRect rect = {};
-    const int32_t code = get(job, nullptr, L"v", &rect, &defaultRect);
+    const std::int32_t code = get(job, nullptr, L"v", &rect, &defaultRect);
     std::string shown = std::to_string(code);
-    for (const int64_t edge : {rect.left, rect.top, rect.right, rect.bottom})
+    for (const std::int64_t edge : {rect.left, rect.top, rect.right, rect.bottom})
         shown += ' ' + std::to_string(edge);
     return shown;
 }
@@ -162,7 +163,7 @@ TEST(ProfileValues, StructuresThatAreRead)
     EXPECT_EQ(point.x * 10 + point.y, 34);
     EXPECT_EQ(ProfGetPointW(job, nullptr, L"p", nullptr, nullptr), PROF_OK);
 
-    const auto asColour = Read<uint32_t, decltype(&ProfGetColorrefW)>;
+    const auto asColour = Read<std::uint32_t, decltype(&ProfGetColorrefW)>;
     EXPECT_EQ(asColour(ProfGetColorrefW, L"x00332211"), "0 " + std::to_string(0x332211));
     EXPECT_EQ(asColour(ProfGetColorrefW, L"(256,0,-1)"), "0 " + std::to_string(0xffff0100u));
     EXPECT_EQ(asColour(ProfGetColorrefW, L"(1,2)"), "-9 " + std::to_string(0u - 7));
@@ -177,9 +178,9 @@ TEST(ProfileValues, SingleTexts)
         {L"(1,2,3,4)", "0 9 9 30201 1 4"}};
     for (const auto& [text, expected] : CASES)
     {
-        int32_t flag = -7, number = -7;
-        int64_t large = -7;
-        uint32_t colour = 7;
+        std::int32_t flag = -7, number = -7;
+        std::int64_t large = -7;
+        std::uint32_t colour = 7;
         ProfRect rect = {};
         const ProfRect defaultRect = {9, 9, 9, 9};
         ProfLPSTRtoBOOLW(text, &flag, 9);
@@ -204,7 +205,7 @@ std::string Back(HPROFJOB job, const wchar_t* path)
 {
     VariantValue value = I4(-7);
     const VariantValue defaultValue = qxtest::Text(L"default");
-    const int32_t code = ProfGetVariant(job, nullptr, path, &value, &defaultValue);
+    const std::int32_t code = ProfGetVariant(job, nullptr, path, &value, &defaultValue);
     return std::to_string(code) + ' ' + Readable(value);
 }
 
@@ -227,7 +228,7 @@ TEST(ProfileVariants, ComeBack)
     EXPECT_EQ(Tree(job), "v=var://AwAHAAAA;v=var://AwACAAAA;");
 
     // 2 bytes of type, the text, 2 bytes of terminator: the longer ones are compressed.
-    for (const size_t characters : {48u, 49u})
+    for (const std::size_t characters : {48u, 49u})
     {
         const VariantValue text = qxtest::Text(Wide(characters, L'x'));
         ProfSetVariant(job, nullptr, L"v", &text);

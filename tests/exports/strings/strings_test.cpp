@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
 #include <ostream>
 
@@ -59,12 +60,12 @@ TEST(StringExportsTest, CopiesReturnTheTarget)
     EXPECT_STREQ(buffer.content, L"");
     // A bounded copy always terminates.
     for (const auto& [size, expected] :
-        {std::pair<size_t, const QXWCHAR*>{0, L"old"}, {1, L""}, {6, L"abcde"}, {7, L"abcdef"}, {32, L"abcdef"}})
+        {std::pair<std::size_t, const QXWCHAR*>{0, L"old"}, {1, L""}, {6, L"abcde"}, {7, L"abcdef"}, {32, L"abcdef"}})
     {
         Buffer bounded(L"old");
         EXPECT_EQ(UtilStrncpy(bounded.content, L"abcdef", size), bounded.content);
         EXPECT_STREQ(bounded.content, expected) << size;
-        EXPECT_EQ(bounded.content[std::max<size_t>(UtilStrlen(expected) + 1, 4)], L'#') << size;
+        EXPECT_EQ(bounded.content[std::max<std::size_t>(UtilStrlen(expected) + 1, 4)], L'#') << size;
     }
 }
 
@@ -132,7 +133,7 @@ TEST(StringExportsTest, StuffReplacesAPart)
 {
     const struct
     {
-        int32_t pos, count;
+        std::int32_t pos, count;
         const QXWCHAR *insert, *expected;
     } cases[] = {{1, 2, nullptr, L"cdef"}, {3, 2, L"", L"abef"}, {3, 2, L"XYZ", L"abXYZef"}, {3, 2, L"X", L"abXef"},
         {1, 0, L"X", L"Xabcdef"}, {6, 99, L"X", L"abcdeX"}, {7, 5, L"XY", L"abcdefXY"}, // right behind the text
@@ -143,7 +144,7 @@ TEST(StringExportsTest, StuffReplacesAPart)
         Buffer buffer(L"abcdef");
         EXPECT_EQ(UtilStuff(buffer.content, c.pos, c.count, c.insert), buffer.content);
         EXPECT_STREQ(buffer.content, c.expected) << c.pos << ", " << c.count;
-        EXPECT_EQ(buffer.content[std::max<size_t>(UtilStrlen(c.expected) + 1, 7)], L'#') << c.pos;
+        EXPECT_EQ(buffer.content[std::max<std::size_t>(UtilStrlen(c.expected) + 1, 7)], L'#') << c.pos;
     }
 }
 
@@ -151,7 +152,7 @@ TEST(StringExportsTest, SubstrKeepsAPart)
 {
     const struct
     {
-        int32_t pos, count;
+        std::int32_t pos, count;
         const QXWCHAR* expected;
     } cases[] = {{2, 3, L"bcd"}, {2, -1, L"abcdef"}, {99, -1, L"abcdef"}, {0, -1, L"abcdef"}, {2, 0, L""}, {2, -2, L""},
         {1, 99, L"abcdef"}, {6, 2, L"f"}, {7, 2, L""}, {0, 2, L""}, {-1, 5, L"f"}, {-6, 2, L"ab"}, {-7, 2, L""},
@@ -168,7 +169,7 @@ TEST(StringExportsTest, SafeSprintfCutsAndTerminates)
 {
     const struct
     {
-        size_t size;
+        std::size_t size;
         int result;
         const QXWCHAR* expected;
     } cases[] = {{32, 8, L"wide n 7"}, {9, 8, L"wide n 7"}, {8, -1, L"wide n "}, {1, -1, L""}, {0, -1, L"old"}};
@@ -178,7 +179,7 @@ TEST(StringExportsTest, SafeSprintfCutsAndTerminates)
         const int result = UtilSafeSprintf(buffer.content, c.size, L"%s %hs %I64d", L"wide", "n", 7LL);
         EXPECT_EQ(std::max(result, -1), c.result) << c.size;
         EXPECT_STREQ(buffer.content, c.expected) << c.size;
-        EXPECT_EQ(buffer.content[std::max<size_t>(c.size, 4)], L'#');
+        EXPECT_EQ(buffer.content[std::max<std::size_t>(c.size, 4)], L'#');
     }
     Buffer buffer(L"old");
     EXPECT_LT(UtilSafeSprintf(buffer.content, 8, nullptr), 0);

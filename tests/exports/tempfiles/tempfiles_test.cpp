@@ -6,6 +6,7 @@
 
 #include <oleauto.h>
 
+#include <cstdint>
 #include <string_view>
 
 namespace
@@ -23,7 +24,7 @@ TEST(TempFileExports, MadeAndHandedOver)
     EXPECT_EQ(UtilTempFileMgrCreateFile(L"x", nullptr, 1, &name), 0);
     EXPECT_EQ(UtilTempFileMgrCreateFile(L"x", L"tmp", 1, nullptr), 0);
     EXPECT_EQ(name, nullptr);
-    for (const uint32_t flags : {1u, 0xFFFFFFFEu})
+    for (const std::uint32_t flags : {1u, 0xFFFFFFFEu})
     {
         ASSERT_EQ(UtilTempFileMgrCreateFile(L"pre", L".ext", flags, &name), 1);
         const std::wstring_view view(name);

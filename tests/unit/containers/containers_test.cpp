@@ -374,13 +374,13 @@ TEST(SkipListTest, LevelsThinOutBySelector)
         int levels;
         double share; // of a level's nodes that rise to the next
     } cases[] = {{3, 8, 0.25}, {1, 20, 0.5}, {3, 3, 0.25}};
-    constexpr int count = 20000;
+    constexpr int kCount = 20000;
     for (const auto& c : cases)
     {
         std::srand(5);
         WCValSkipListSet<int> set(c.selector, c.levels);
         int top = set.LevelsInUse();
-        for (int i = 0; i < count; ++i)
+        for (int i = 0; i < kCount; ++i)
         {
             set.Insert(i * 7919 % 20011);
             ASSERT_LE(set.LevelsInUse(), top + 1);
@@ -388,7 +388,7 @@ TEST(SkipListTest, LevelsThinOutBySelector)
         }
         EXPECT_LE(top, c.levels);
         // Five standard deviations of the binomial distribution, and some for the first nodes, which the top cuts.
-        double expected = count;
+        double expected = kCount;
         for (int level = 0; level < top; ++level, expected *= c.share)
             EXPECT_NEAR(static_cast<double>(set.CountOnLevel(level)), expected, 5 * std::sqrt(expected) + 10) << level;
     }

@@ -6,6 +6,7 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -15,7 +16,7 @@ using namespace qx;
 namespace
 {
 
-std::vector<wchar_t> Letters(size_t count)
+std::vector<wchar_t> Letters(std::size_t count)
 {
     std::vector<wchar_t> text(count, L'x');
     text.push_back(0);
@@ -25,8 +26,8 @@ std::vector<wchar_t> Letters(size_t count)
 // A buffer that shows what was written behind its end.
 struct Destination
 {
-    explicit Destination(size_t size) : bytes(size + 8, '#') {}
-    bool IsUntouchedFrom(size_t index) const { return bytes.find_first_not_of('#', index) == std::string::npos; }
+    explicit Destination(std::size_t size) : bytes(size + 8, '#') {}
+    bool IsUntouchedFrom(std::size_t index) const { return bytes.find_first_not_of('#', index) == std::string::npos; }
     std::string bytes;
 };
 
@@ -35,7 +36,7 @@ struct Destination
 // The object has room for 64 units of its own in each form.
 TEST(CharsetConversion, TextsAroundTheInlineSizeAndLongOnes)
 {
-    for (const size_t length : {0u, 63u, 64u, 1000u})
+    for (const std::size_t length : {0u, 63u, 64u, 1000u})
     {
         SCOPED_TRACE(length);
         const std::vector<wchar_t> wide = Letters(length);
@@ -55,9 +56,9 @@ TEST(CharsetConversion, CodePagesAndNull)
 {
     EXPECT_STREQ(clsCharsetConversionStringCP(1252, "\x80\xE4").GetWide(), L"\u20AC\u00E4");
     EXPECT_STREQ(clsCharsetConversionStringCP(932, L"\u30A2\u4E00").GetNarrow(), "\x83\x41\x88\xEA");
-    constexpr auto none = clsCharsetConversionString::kNoCodePage;
-    EXPECT_STREQ(clsCharsetConversionStringCP(none, "a\x80\xFF").GetWide(), L"a\u0080\u00FF");
-    EXPECT_STREQ(clsCharsetConversionStringCP(none, L"abc").GetNarrow(), "");
+    constexpr auto kNone = clsCharsetConversionString::kNoCodePage;
+    EXPECT_STREQ(clsCharsetConversionStringCP(kNone, "a\x80\xFF").GetWide(), L"a\u0080\u00FF");
+    EXPECT_STREQ(clsCharsetConversionStringCP(kNone, L"abc").GetNarrow(), "");
     clsCharsetConversionString ansi(L"\u00E4"), wide(static_cast<const wchar_t*>(nullptr)),
         narrow(static_cast<const char*>(nullptr));
     EXPECT_STREQ(ansi.GetNarrow(), clsCharsetConversionStringCP(DefaultCodePage(), L"\u00E4").GetNarrow());
@@ -95,7 +96,7 @@ TEST(CharsetConversion, OutputFormDeliversCutAndTerminated)
         EXPECT_STREQ(destination.bytes.c_str(), "1234");
         EXPECT_TRUE(destination.IsUntouchedFrom(5));
     }
-    for (const uint32_t capacity : {1U, 2U, 63U, 64U, 65U, 66U, 1000U})
+    for (const std::uint32_t capacity : {1U, 2U, 63U, 64U, 65U, 66U, 1000U})
     {
         SCOPED_TRACE(capacity);
         Destination destination(capacity); // no terminator within the capacity

@@ -7,6 +7,8 @@
 
 #include <windows.h>
 
+#include <cstdint>
+
 using namespace qx;
 
 TEST(CharsetNames, FirstRowOfAWholeNameWinsWithoutRegardToCase)
@@ -14,7 +16,7 @@ TEST(CharsetNames, FirstRowOfAWholeNameWinsWithoutRegardToCase)
     const struct
     {
         const wchar_t* name;
-        uint32_t codePage;
+        std::uint32_t codePage;
     } cases[] = {{L"ISO-8859-1", 1252}, {L"iso-8859-2", 28592}, {L"iso-2022-jp", 50220}, {L"csiso2022jp", 50221},
         {L"unicode", 1200}, {L"unicodefeff", 1201}, {L"Utf-8", 65001}, {L"Shift-JIS", 932}, {L"x-user-defined", 50000},
         {L"iso-8859-", GetACP()}, {L"iso-8859-15", GetACP()}, {L"", GetACP()}};
@@ -24,23 +26,24 @@ TEST(CharsetNames, FirstRowOfAWholeNameWinsWithoutRegardToCase)
 
 TEST(DecodeUTF8, GivesTheCharactersOrTheMessage)
 {
-    constexpr wchar_t sequence[] = L"invalid UTF-8 sequence found!";
-    constexpr wchar_t encoding[] = L"invalid UTF-8 encoding!";
-    constexpr wchar_t tooLarge[] = L"UCS-4 not supported!";
+    constexpr wchar_t kSequence[] = L"invalid UTF-8 sequence found!";
+    constexpr wchar_t kEncoding[] = L"invalid UTF-8 encoding!";
+    constexpr wchar_t kTooLarge[] = L"UCS-4 not supported!";
     const struct
     {
         const wchar_t *bytes, *decoded;
     } cases[] = {{L"", L""}, {L"a\u00C2\u0080b", L"a\u0080b"},
         {L"\u00E2\u0082\u00AC\u00EF\u00BF\u00BF", L"\u20AC\uFFFF"}, {L"\u00E0\u00A0\u0080", L"\u0800"},
         // The low byte alone tells what a unit is, and a unit of plain ASCII goes through whole.
-        {L"\u0141\u12C3\u34A4", L"\u0141\u00E4"}, {L"a\u0080", sequence}, {L"a\u00C3", sequence},
-        {L"\u00C3a", sequence}, {L"\u00E2\u0082", sequence}, {L"\u00E2\u0082\u00C2", sequence},
-        {L"\u00C0\u0080", encoding}, {L"\u00C1\u00BF", encoding}, {L"\u00E0\u009F\u00BF", encoding},
-        {L"\u00F0\u008F\u00BF\u00BF", encoding}, {L"\u00F0\u009F\u0098\u0080", tooLarge},
-        {L"\u00F8\u0087\u00BF\u00BF\u00BF", encoding}, {L"\u00F8\u0088\u0080\u0080\u0080", tooLarge},
-        {L"\u00FC\u0084\u0080\u0080\u0080\u0080", tooLarge}, {L"\u00FE\u0081\u00BF\u00BF\u00BF\u00BF\u00BF", encoding},
-        {L"\u00FE\u0082\u0080\u0080\u0080\u0080\u0080", tooLarge},
-        {L"\u00FF\u00BF\u00BF\u00BF\u00BF\u00BF\u00BF\u00BF", encoding}};
+        {L"\u0141\u12C3\u34A4", L"\u0141\u00E4"}, {L"a\u0080", kSequence}, {L"a\u00C3", kSequence},
+        {L"\u00C3a", kSequence}, {L"\u00E2\u0082", kSequence}, {L"\u00E2\u0082\u00C2", kSequence},
+        {L"\u00C0\u0080", kEncoding}, {L"\u00C1\u00BF", kEncoding}, {L"\u00E0\u009F\u00BF", kEncoding},
+        {L"\u00F0\u008F\u00BF\u00BF", kEncoding}, {L"\u00F0\u009F\u0098\u0080", kTooLarge},
+        {L"\u00F8\u0087\u00BF\u00BF\u00BF", kEncoding}, {L"\u00F8\u0088\u0080\u0080\u0080", kTooLarge},
+        {L"\u00FC\u0084\u0080\u0080\u0080\u0080", kTooLarge},
+        {L"\u00FE\u0081\u00BF\u00BF\u00BF\u00BF\u00BF", kEncoding},
+        {L"\u00FE\u0082\u0080\u0080\u0080\u0080\u0080", kTooLarge},
+        {L"\u00FF\u00BF\u00BF\u00BF\u00BF\u00BF\u00BF\u00BF", kEncoding}};
     for (const auto& c : cases)
         EXPECT_STREQ(DecodeUTF8(String(c.bytes)).Text(), c.decoded) << &c - cases;
 
@@ -61,7 +64,7 @@ TEST(LikelyCharset, ScriptsAndCodePagesDecide)
     const struct
     {
         const wchar_t* text;
-        uint32_t codePage, charset;
+        std::uint32_t codePage, charset;
     } cases[] = {{nullptr, 932, 0}, {L"", 932, 0}, {L"plain \u00E4\u036F", 932, 0}, {L"\u0370", 932, 161},
         {L"x\u03FF\u1F00\u1FFF", 1252, 161}, {L"\u0400\u052F", 1252, 204}, {L"\u0530\u058F", 1252, 0},
         {L"\u0590\u05FF", 1252, 177}, {L"\u0600\u06FF\uFE70\uFEFF", 1252, 178}, {L"\u0700\u0DFF\uFF00", 1252, 0},

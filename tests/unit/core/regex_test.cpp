@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdint>
 #include <thread>
 
 using namespace qx;
@@ -13,12 +14,12 @@ using qxtest::DebugLines;
 namespace
 {
 
-constexpr uint32_t kCaseless = 0x8;
-constexpr uint32_t kDotAll = 0x20;
-constexpr uint32_t kExtended = 0x80;
-constexpr uint32_t kMultiLine = 0x400;
-constexpr uint32_t kUngreedy = 0x40000;
-constexpr uint64_t kUnset = ~uint64_t{0};
+constexpr std::uint32_t kCaseless = 0x8;
+constexpr std::uint32_t kDotAll = 0x20;
+constexpr std::uint32_t kExtended = 0x80;
+constexpr std::uint32_t kMultiLine = 0x400;
+constexpr std::uint32_t kUngreedy = 0x40000;
+constexpr std::uint64_t kUnset = ~std::uint64_t{0};
 
 String Joined(const WCValSList<String>& pieces)
 {
@@ -42,7 +43,7 @@ public:
     String OnMatch(const clsRegExMatchList& matches) override
     {
         ++count;
-        return String(String::formatted, L"<%s@%d>", matches[0].text.Text(), static_cast<int>(matches[0].offset));
+        return String(String::kFormatted, L"<%s@%d>", matches[0].text.Text(), static_cast<int>(matches[0].offset));
     }
     int count = 0;
 };
@@ -74,7 +75,7 @@ TEST(RegEx, FlagsReachTheEngineAndOthersAreIgnored)
     const struct
     {
         const wchar_t* pattern;
-        uint32_t flags;
+        std::uint32_t flags;
         const wchar_t* subject;
         const wchar_t* match; // null: none
     } cases[] = {{L"ABC", kCaseless, L"xabc", L"abc"}, {L"ABC", 0, L"xabc", nullptr},
@@ -229,10 +230,10 @@ TEST(RegEx, QuotedTextMatchesItself)
 // With a cost for each match that grows with what stands behind it, this takes hours.
 TEST(RegEx, LoopsAreLinearInTheSubject)
 {
-    constexpr size_t kMatches = 500000;
+    constexpr std::size_t kMatches = 500000;
     String subject;
     subject.Reserve(2 * kMatches + 1);
-    for (size_t i = 0; i < kMatches; ++i)
+    for (std::size_t i = 0; i < kMatches; ++i)
         subject.Append(L"a,", 2);
     clsRegEx comma(L",", 0);
     EXPECT_EQ(comma.GSub(subject, L"--").Length(), 3 * kMatches);
@@ -243,7 +244,7 @@ TEST(RegEx, LoopsAreLinearInTheSubject)
 TEST(RegEx, ThreadsShareAnObject)
 {
     clsRegEx pattern(L"([a-z]+)([0-9]+)", 0);
-    std::atomic<int> wrong{0};
+    std::atomic<int> wrong = 0;
     const auto work = [&](const wchar_t* letters, const wchar_t* digits)
     {
         const String subject = String(L"--") + letters + digits;

@@ -29,7 +29,7 @@ protected:
             RegDeleteKeyW(HKEY_CURRENT_USER, (_name + below).Text());
     }
 
-    void SetBytes(const wchar_t* name, DWORD type, const void* bytes, size_t count)
+    void SetBytes(const wchar_t* name, DWORD type, const void* bytes, std::size_t count)
     {
         ASSERT_EQ(RegSetValueExW(_key, name, 0, type, static_cast<const BYTE*>(bytes), static_cast<DWORD>(count)),
             ERROR_SUCCESS);
@@ -47,11 +47,11 @@ protected:
 
 TEST_F(Registry, TextsOfAnyLengthWithAndWithoutATerminator)
 {
-    clsRegistryList list(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::Read);
+    clsRegistryList list(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::kRead);
     ASSERT_EQ(list.LastResult(), 0);
     // 255 characters and the terminator fill the first buffer of 512 bytes.
-    for (const size_t length : {0U, 1U, 255U, 256U, 257U, 5000U})
-        for (const size_t terminator : {0U, 1U})
+    for (const std::size_t length : {0U, 1U, 255U, 256U, 257U, 5000U})
+        for (const std::size_t terminator : {0U, 1U})
         {
             SCOPED_TRACE(length);
             String text, read(L"before");
@@ -76,8 +76,8 @@ TEST_F(Registry, TextsOfAnyLengthWithAndWithoutATerminator)
 
 TEST_F(Registry, DefaultsStandForWhatCannotBeRead)
 {
-    clsRegistryList list(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::Read);
-    clsRegistryList missing(HKEY_CURRENT_USER, L"Software\\qxut-test-missing", clsRegistryList::Read);
+    clsRegistryList list(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::kRead);
+    clsRegistryList missing(HKEY_CURRENT_USER, L"Software\\qxut-test-missing", clsRegistryList::kRead);
     EXPECT_EQ(missing.LastResult(), -2);
     const DWORD number = 7;
     SetBytes(L"number", REG_DWORD, &number, sizeof number);
@@ -102,15 +102,15 @@ TEST_F(Registry, DefaultsStandForWhatCannotBeRead)
 TEST_F(Registry, CreatingModeMakesTheKeyOrReportsToDevelopers)
 {
     const String name = _name + L"\\made\\deep";
-    EXPECT_EQ(clsRegistryList(HKEY_CURRENT_USER, name.Text(), clsRegistryList::Create | 4).LastResult(), 0);
-    EXPECT_EQ(clsRegistryList(HKEY_CURRENT_USER, name.Text(), clsRegistryList::Read).LastResult(), 0);
+    EXPECT_EQ(clsRegistryList(HKEY_CURRENT_USER, name.Text(), clsRegistryList::kCreate | 4).LastResult(), 0);
+    EXPECT_EQ(clsRegistryList(HKEY_CURRENT_USER, name.Text(), clsRegistryList::kRead).LastResult(), 0);
 
     const auto foreign = reinterpret_cast<HKEY>(static_cast<ULONG_PTR>(0x12344));
     const DebugLines lines;
-    EXPECT_EQ(clsRegistryList(foreign, L"sub", clsRegistryList::Create).LastResult(), -3);
+    EXPECT_EQ(clsRegistryList(foreign, L"sub", clsRegistryList::kCreate).LastResult(), -3);
     EXPECT_EQ(lines.Count(), 0U);
     const qxtest::UserIs developer(L"qvx");
-    EXPECT_EQ(clsRegistryList(foreign, L"sub", clsRegistryList::Create).LastResult(), -3);
+    EXPECT_EQ(clsRegistryList(foreign, L"sub", clsRegistryList::kCreate).LastResult(), -3);
     EXPECT_TRUE(lines.Only().View().starts_with(L"WRN: clsRegistryList::ct() cannot create subkey 'sub' in key "));
 }
 
@@ -119,7 +119,7 @@ TEST_F(Registry, NullSubkeyAdoptsTheRoot)
     SetText(L"value", L"here");
     const DebugLines lines;
     {
-        clsRegistryList adopted(_key, nullptr, clsRegistryList::Read);
+        clsRegistryList adopted(_key, nullptr, clsRegistryList::kRead);
         EXPECT_STREQ(lines.Only().Text(), L"ATTN: possibly non-ref-counted registry key acces...");
         String read;
         EXPECT_EQ(adopted.GetString(L"value", read, L""), 0);
@@ -131,9 +131,9 @@ TEST_F(Registry, NullSubkeyAdoptsTheRoot)
 
     // The user's root itself lives on.
     {
-        clsRegistryList root(HKEY_CURRENT_USER, nullptr, clsRegistryList::Read);
+        clsRegistryList root(HKEY_CURRENT_USER, nullptr, clsRegistryList::kRead);
     }
-    EXPECT_EQ(clsRegistryList(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::Read).LastResult(), 0);
+    EXPECT_EQ(clsRegistryList(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::kRead).LastResult(), 0);
 }
 
 TEST_F(Registry, UsersRootFollowsTheMachineSetting)
@@ -157,7 +157,7 @@ TEST_F(Registry, UsersRootFollowsTheMachineSetting)
     const HKEY opened = UtilGetUserRootKey(true);
     EXPECT_NE(opened, HKEY_CURRENT_USER);
     CloseUserRootKey(opened);
-    clsRegistryList list(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::Read);
+    clsRegistryList list(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::kRead);
     String read;
     EXPECT_EQ(list.GetString(L"value", read, L""), 0);
     EXPECT_STREQ(read.Text(), L"mine");

@@ -16,7 +16,7 @@ using qxtest::UserIs;
 namespace
 {
 
-constexpr const wchar_t* printfError = L"<printf format error>";
+constexpr const wchar_t* kPrintfError = L"<printf format error>";
 
 String Letters(std::size_t count)
 {
@@ -52,7 +52,7 @@ TEST(FormatTest, EstimatesByTheWalk)
     EXPECT_EQ(EstimateOf(L"%Ts %d %s", L"abc", 16, L"de"), 2u + 2 + 34 + 2 + 1);
     EXPECT_EQ(EstimateOf(L"%Ts%s", L"abc", L"defgh"), 2u + 3); // measures the text before
     EXPECT_EQ(EstimateOf(L"%Id%s", static_cast<std::ptrdiff_t>(16), L"de"), 2u + 1);
-    EXPECT_STREQ(String(String::formatted, L"%Ts %d %s", L"abc", 16, L"de").Text(), L"abc 16 de");
+    EXPECT_STREQ(String(String::kFormatted, L"%Ts %d %s", L"abc", 16, L"de").Text(), L"abc 16 de");
 }
 
 TEST(FormatTest, ResultReplacesTheText)
@@ -63,16 +63,16 @@ TEST(FormatTest, ResultReplacesTheText)
         const wchar_t* expected;
         String result;
     } cases[] = {
-        {L"abc", String(String::formatted, L"%.3s", raw)},
-        {L"-5 wide narrow c 1f", String(String::formatted, L"%d %s %hs %c %x", -5, L"wide", "narrow", L'c', 31)},
-        {L"123456789012 0x00000005 ff", String(String::formatted, L"%I64d %#010x %I64x", 123456789012LL, 5, 0xFFLL)},
-        {L"[  ab][ab  ][002.50]", String(String::formatted, L"[%4s][%-*s][%06.2f]", L"ab", 4, L"ab", 2.5)},
-        {L"wide w T", String(String::formatted, L"%ls %ws %Ts", L"wide", L"w", L"T")},
-        {L"50%Ts x T", String(String::formatted, L"50%%Ts %Tc %-1Ts", L'x', L"T")},
-        {L"", String(String::formatted, L"%s", L"")},
-        {L"", String(String::formatted, nullptr)},
-        {printfError, String(String::formatted, L"%s", static_cast<wchar_t*>(nullptr))},
-        {printfError, String(String::formatted, L"lost %d %n", 1, static_cast<int*>(nullptr))},
+        {L"abc", String(String::kFormatted, L"%.3s", raw)},
+        {L"-5 wide narrow c 1f", String(String::kFormatted, L"%d %s %hs %c %x", -5, L"wide", "narrow", L'c', 31)},
+        {L"123456789012 0x00000005 ff", String(String::kFormatted, L"%I64d %#010x %I64x", 123456789012LL, 5, 0xFFLL)},
+        {L"[  ab][ab  ][002.50]", String(String::kFormatted, L"[%4s][%-*s][%06.2f]", L"ab", 4, L"ab", 2.5)},
+        {L"wide w T", String(String::kFormatted, L"%ls %ws %Ts", L"wide", L"w", L"T")},
+        {L"50%Ts x T", String(String::kFormatted, L"50%%Ts %Tc %-1Ts", L'x', L"T")},
+        {L"", String(String::kFormatted, L"%s", L"")},
+        {L"", String(String::kFormatted, nullptr)},
+        {kPrintfError, String(String::kFormatted, L"%s", static_cast<wchar_t*>(nullptr))},
+        {kPrintfError, String(String::kFormatted, L"lost %d %n", 1, static_cast<int*>(nullptr))},
     };
     for (const auto& c : cases)
         EXPECT_STREQ(c.result.Text(), c.expected);
@@ -196,13 +196,13 @@ TEST(StringCaseTest, MapsTextsOfAnyLengthByTheLinguisticRules)
 }
 
 // What the system refuses: both at once.
-constexpr unsigned hiraganaAndKatakana = 0x00300000;
+constexpr unsigned kHiraganaAndKatakana = 0x00300000;
 
 TEST(StringCaseTest, FailureIsLoggedAndLeavesTheText)
 {
     DebugLines lines;
     String s(L"abc");
-    s.LCMapString(hiraganaAndKatakana, 0x400);
+    s.LCMapString(kHiraganaAndKatakana, 0x400);
     EXPECT_STREQ(s.Text(), L"abc");
     EXPECT_EQ(lines.CountOf(L"ERR: String::LCMapString[Ex](0x400) failed: 0/4/3 : "), 1u);
     EXPECT_EQ(lines.CountOf(L"! (Even if SUCCEEDED is returned, the result is garbage)"), 1u);

@@ -31,7 +31,7 @@ TEST(StringValueTest, TakesAPartOfAText)
         std::size_t start, count;
         const wchar_t* expected;
     } cases[] = {{L"abcd", 5, 3, L""}, {L"abcd", 4, 3, L""}, {L"abcdefghij", 5, 3, L"fgh"},
-        {L"abcdefghij", 8, 3, L"ij"}, {L"abcdefghij", 3, String::all, L"defghij"},
+        {L"abcdefghij", 8, 3, L"ij"}, {L"abcdefghij", 3, String::kAll, L"defghij"},
         {L"abcdefghij", 3, SIZE_MAX, L"defghij"}, {L"abcdefghij", SIZE_MAX, 3, L""}, {nullptr, 0, 3, L""}};
     for (const auto& c : cases)
     {
@@ -103,7 +103,7 @@ TEST(StringValueTest, BufferIsWrittenAndReleased)
 TEST(StringValueTest, NumbersAndConcatenations)
 {
     for (const int value : {0, 10, -10, 11, -11, 2147483647, -2147483647 - 1})
-        EXPECT_STREQ(String::FromInt(value).Text(), String(String::formatted, L"%d", value).Text());
+        EXPECT_STREQ(String::FromInt(value).Text(), String(String::kFormatted, L"%d", value).Text());
     EXPECT_STREQ(String::FromUnsigned(4294967295u).Text(), L"4294967295");
     EXPECT_TRUE(String::FromInt(10).SharesRecordWith(String::FromUnsigned(10))); // as all up to ten do
 
@@ -154,7 +154,7 @@ TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
         {L"abc", [](String& s) { s.TrimRight(); }, L"abc"},
         {L"abc", [](String& s) { s.Insert(2, s); }, L"ababcc"},
         {L"abc", [](String& s) { s.Insert(1, String()); }, L"abc"},
-        {L"abc", [](String& s) { s.Delete(1, String::all); }, L"a"},
+        {L"abc", [](String& s) { s.Delete(1, String::kAll); }, L"a"},
         {L"abc", [](String& s) { s.Delete(3, 1); }, L"abc"},
         {L"banana", [](String& s) { EXPECT_EQ(s.Replace(L'a', L'o'), 3); }, L"bonono"},
         {L"banana", [](String& s) { EXPECT_EQ(s.Replace(L'a', L'\0'), 3); }, L"bnn"},

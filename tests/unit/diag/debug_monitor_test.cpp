@@ -25,12 +25,12 @@ public:
         const wchar_t* tag, int first, int second, int depth, const wchar_t* text, std::size_t length) override
     {
         EXPECT_EQ(wcslen(text), length);
-        sent.push_back(String(String::formatted, L"%s %d %d %d %s", tag ? tag : L"-", first, second, depth, text));
+        sent.push_back(String(String::kFormatted, L"%s %d %d %d %s", tag ? tag : L"-", first, second, depth, text));
     }
     unsigned CodePage() const override { return codePage; }
     void SendText(const char* text) override
     {
-        sent.push_back(String(String::formatted, L"%hs", text));
+        sent.push_back(String(String::kFormatted, L"%hs", text));
         if (isTalkative)
             DebugLineIndent(1, L">sent");
     }

@@ -26,8 +26,8 @@ BOOL WINAPI ReadFrequency(LARGE_INTEGER* value)
     return TRUE;
 }
 
-constexpr DebugTimeSource::Counter counter = {&ReadTicks, &ReadFrequency};
-constexpr SYSTEMTIME noon = {2024, 2, 0, 5, 12, 34, 56, 789};
+constexpr DebugTimeSource::Counter kCounter = {&ReadTicks, &ReadFrequency};
+constexpr SYSTEMTIME kNoon = {2024, 2, 0, 5, 12, 34, 56, 789};
 
 } // namespace
 
@@ -39,10 +39,10 @@ TEST(DebugStamp, ColumnsByTheTable)
         scDebugStamp stamp;
         const wchar_t* section;
         int depth;
-    } cases[] = {{L"12:34:56.789 00001a2c/03 7 message", {false, noon, 0, 0x1A2C, 3, 7}, L"", 0},
-        {L"12:34:56.789 00001a2c/03 7 INIT   message", {false, noon, 0, 0x1A2C, 3, 47}, L"INIT", 2},
+    } cases[] = {{L"12:34:56.789 00001a2c/03 7 message", {false, kNoon, 0, 0x1A2C, 3, 7}, L"", 0},
+        {L"12:34:56.789 00001a2c/03 7 INIT   message", {false, kNoon, 0, 0x1A2C, 3, 47}, L"INIT", 2},
         {L"00:00:00.000 ffffffff/40 5   message", {false, {}, 0, 0xFFFFFFFF, 64, 0xFFFFFFFF}, L"", 2},
-        {L"34:56.789 00000001/13f 9 a b message", {true, noon, 2'096'789, 1, 319, 9}, L"a b", 0},
+        {L"34:56.789 00000001/13f 9 a b message", {true, kNoon, 2'096'789, 1, 319, 9}, L"a b", 0},
         {L"00:00.000 00000001/00 0 message", {true, {}, 3'600'000, 1, 0, 0}, L"", 0},
         // Only the low 32 bits count: 71,582 minutes and 47.295 seconds
         {L"02:47.295 00000001/00 0 message", {true, {}, 0x7'FFFF'FFFF, 1, 0, 0}, L"", 0}};
@@ -58,21 +58,21 @@ TEST(DebugStamp, ColumnsByTheTable)
 TEST(DebugStamp, TheUsersSettingDecidesOnceForTheTimeSource)
 {
     const qxtest::OwnSettings settings;
-    EXPECT_FALSE(DebugTimeSource(counter).UsesCounter()); // no key
+    EXPECT_FALSE(DebugTimeSource(kCounter).UsesCounter()); // no key
     // A text of more than 63 characters doesn't fit the buffer of 128 bytes.
     for (const auto& [value, usesCounter] :
         {std::pair<String, bool>(L"T", true), {L"f", true}, {L"", true}, {L" F", true}, {Filled(L'x', 63), true},
             {L"F", false}, {L"False", false}, {L"0", false}, {L"01", false}, {Filled(L'x', 64), false}})
     {
         ASSERT_TRUE(settings.Set(HKEY_CURRENT_USER, L"ForceUsePerfCounters", value));
-        EXPECT_EQ(DebugTimeSource(counter).UsesCounter(), usesCounter) << value.NarrowText();
+        EXPECT_EQ(DebugTimeSource(kCounter).UsesCounter(), usesCounter) << value.NarrowText();
     }
     // The type is ignored.
-    constexpr DWORD one = 1;
-    ASSERT_TRUE(settings.Set(HKEY_CURRENT_USER, L"ForceUsePerfCounters", REG_DWORD, &one, sizeof one));
-    EXPECT_TRUE(DebugTimeSource(counter).UsesCounter());
+    constexpr DWORD kOne = 1;
+    ASSERT_TRUE(settings.Set(HKEY_CURRENT_USER, L"ForceUsePerfCounters", REG_DWORD, &kOne, sizeof kOne));
+    EXPECT_TRUE(DebugTimeSource(kCounter).UsesCounter());
     hasCounter = FALSE;
-    EXPECT_FALSE(DebugTimeSource(counter).UsesCounter());
+    EXPECT_FALSE(DebugTimeSource(kCounter).UsesCounter());
     hasCounter = TRUE;
 }
 
@@ -81,7 +81,7 @@ TEST(DebugStamp, TheCounterBeginsWithTheDecisionWhichStays)
     const qxtest::OwnSettings settings;
     ASSERT_TRUE(settings.Set(HKEY_CURRENT_USER, L"ForceUsePerfCounters", L"T"));
     ticks = 5'000'000'000;
-    DebugTimeSource source(counter);
+    DebugTimeSource source(kCounter);
     EXPECT_EQ(MakeDebugStamp(source, 3, 8).elapsed, 0);
     ticks += 12'345;
     ASSERT_TRUE(settings.Set(HKEY_CURRENT_USER, L"ForceUsePerfCounters", L"F"));

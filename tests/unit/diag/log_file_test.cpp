@@ -34,8 +34,8 @@ TEST(LogFile, SettingsByTheTable)
         ASSERT_TRUE(settings.Set(HKEY_LOCAL_MACHINE, L"Debug.LogFile.Flush", value));
         EXPECT_EQ(DebugLogFile::FromSettings().IsFlushed(), isFlushed) << value;
     }
-    constexpr DWORD one = 1;
-    ASSERT_TRUE(settings.Set(HKEY_LOCAL_MACHINE, L"Debug.LogFilename", REG_DWORD, &one, sizeof one));
+    constexpr DWORD kOne = 1;
+    ASSERT_TRUE(settings.Set(HKEY_LOCAL_MACHINE, L"Debug.LogFilename", REG_DWORD, &kOne, sizeof kOne));
     EXPECT_FALSE(DebugLogFile::FromSettings().IsSet());
 }
 

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <thread>
 #include <vector>
 
@@ -97,7 +98,7 @@ TEST(FileOpen, GivesTheSystemItsArguments)
         FileAccess access;
         FileDisposition disposition;
         FileShare share;
-        uint32_t flags;
+        std::uint32_t flags;
         ScriptedFile::Call call;
     } cases[] = {
         {FileAccess::Read, FileDisposition::OpenExisting, FileShare::None, 0, {GENERIC_READ, 0, OPEN_EXISTING, 0}},
@@ -135,7 +136,7 @@ TEST(FileOpen, MissingFile)
         Reader again(path);
     }
     const String expected(
-        String::formatted, L"clsFile::Open('%s') failed: '%s'", path.Text(), file.GetErrorText().Text());
+        String::kFormatted, L"clsFile::Open('%s') failed: '%s'", path.Text(), file.GetErrorText().Text());
     EXPECT_STREQ(lines.Only().Text(), expected.Text());
 
     folder.Make(L"none", "x");
@@ -149,7 +150,7 @@ TEST(FileOpen, TriesThreeTimesAndWaitsOnlyForTemporaryFiles)
     const struct
     {
         std::vector<DWORD> errors;
-        uint32_t flags;
+        std::uint32_t flags;
         FileError kind;
         bool waits;
     } cases[] = {

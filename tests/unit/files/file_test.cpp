@@ -11,6 +11,7 @@
 
 #include <combaseapi.h>
 
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <tuple>
@@ -22,14 +23,14 @@ using namespace qxtest;
 namespace
 {
 
-LARGE_INTEGER Distance(int64_t value)
+LARGE_INTEGER Distance(std::int64_t value)
 {
     LARGE_INTEGER distance = {};
     distance.QuadPart = value;
     return distance;
 }
 
-ULARGE_INTEGER Large(uint64_t value)
+ULARGE_INTEGER Large(std::uint64_t value)
 {
     ULARGE_INTEGER large = {};
     large.QuadPart = value;
@@ -40,11 +41,11 @@ ULARGE_INTEGER Large(uint64_t value)
 class CutStream : public FakeStream
 {
 public:
-    uint64_t end = 0;
+    std::uint64_t end = 0;
     HRESULT STDMETHODCALLTYPE Read(void* buffer, ULONG count, ULONG* read) override
     {
-        const uint64_t left = position < end ? end - position : 0;
-        return FakeStream::Read(buffer, static_cast<ULONG>(std::min<uint64_t>(count, left)), read);
+        const std::uint64_t left = position < end ? end - position : 0;
+        return FakeStream::Read(buffer, static_cast<ULONG>(std::min<std::uint64_t>(count, left)), read);
     }
 };
 
@@ -168,7 +169,7 @@ TEST(File, FailedWritesAreLoggedAndDontCount)
 {
     const auto message = [](const wchar_t* name, int written, int count, unsigned error)
     {
-        return String(String::formatted, L"clsFile(%s)::Write(): write failure... %d/%d (%s)", name, written, count,
+        return String(String::kFormatted, L"clsFile(%s)::Write(): write failure... %d/%d (%s)", name, written, count,
             String::SystemErrorText(error).Text());
     };
     const DebugLines lines;
@@ -231,7 +232,7 @@ TEST(File, ReserveMakesRoomAndStays)
 // Beyond what Tell can tell: the file is sparse, so nothing of that size is stored.
 TEST(File, PositionsFrom4GB)
 {
-    constexpr int64_t kFar = 0x100000000 + 10;
+    constexpr std::int64_t kFar = 0x100000000 + 10;
     const TempFolder folder;
     Writer file(folder.Path(L"large"), FileDisposition::CreateAlways, kFileData | kFileDeleteOnClose);
     EXPECT_EQ(file.Seek(0xFFFFFFFF), 0xFFFFFFFF);
@@ -350,12 +351,12 @@ TEST_F(FileStream, SetSizeKeepsThePositionOrGoesToTheStart)
     file.Seek(4);
     for (const auto& [size, position] : {std::pair(20, 4), {5, 4}, {4, 0}})
     {
-        EXPECT_EQ(stream->SetSize(Large(static_cast<uint64_t>(size))), S_OK);
+        EXPECT_EQ(stream->SetSize(Large(static_cast<std::uint64_t>(size))), S_OK);
         EXPECT_EQ(file.GetSize(), size);
         EXPECT_EQ(file.Tell(), position);
     }
     // A size that no file can have doesn't cut it.
-    EXPECT_EQ(stream->SetSize(Large(~uint64_t{0})), E_INVALIDARG);
+    EXPECT_EQ(stream->SetSize(Large(~std::uint64_t{0})), E_INVALIDARG);
     EXPECT_EQ(file.GetSize(), 4);
 }
 
@@ -437,7 +438,7 @@ TEST_F(FileStream, Interfaces)
     again->Release();
     marshal->Release();
     EXPECT_EQ(unknown->Release(), 1U);
-    const int32_t living = clsFile::LivingObjects();
+    const std::int32_t living = clsFile::LivingObjects();
     EXPECT_EQ(stream->Release(), 0U);
     EXPECT_EQ(clsFile::LivingObjects(), living - 1);
 }
@@ -471,7 +472,7 @@ TEST_F(FileStream, OperationsAreTracedInDevelopersRuns)
 
     const String denied = String(L"<") + String::SystemErrorText(0x80070005);
     const String notImplemented = String(L"<") + String::SystemErrorText(0x80004001);
-    const String copyTo(String::formatted, L">clsFile::Stream::CopyTo(%#p,8)", static_cast<IStream*>(&fake));
+    const String copyTo(String::kFormatted, L">clsFile::Stream::CopyTo(%#p,8)", static_cast<IStream*>(&fake));
     const String expected[] = {L">clsFile::Stream::Read(20)", L"<S_FALSE (read 1 bytes)",
         L">clsFile::Stream::Seek(-1,2)", L"<S_OK", L">clsFile::Stream::SetSize(5)", denied, copyTo, L"<S_OK (r=8, w=4)",
         L">clsFile::Stream::Commit(2)", L"<S_OK", L">clsFile::Stream::Revert()", notImplemented,
@@ -479,7 +480,7 @@ TEST_F(FileStream, OperationsAreTracedInDevelopersRuns)
         L">clsFile::Stream::Write(2)", L"<S_OK"};
     const auto entries = lines.Entries();
     ASSERT_EQ(entries.size(), std::size(expected));
-    for (size_t i = 0; i < entries.size(); ++i)
+    for (std::size_t i = 0; i < entries.size(); ++i)
     {
         EXPECT_STREQ(entries[i].text.Text(), expected[i].Text());
         EXPECT_EQ(entries[i].indentChange, i % 2 == 0 ? 1 : -1);

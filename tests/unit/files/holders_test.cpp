@@ -123,14 +123,14 @@ TEST(GlobalLock, FreesItsBlockAndReportsOneThatIsStillLocked)
         ASSERT_TRUE(block.IsLocked());
         EXPECT_EQ(static_cast<const char*>(block.Get())[99], 0);
     }
-    EXPECT_FALSE(clsGlobalLock(GMEM_MOVEABLE, ~size_t{0}).IsLocked());
+    EXPECT_FALSE(clsGlobalLock(GMEM_MOVEABLE, ~std::size_t{0}).IsLocked());
     EXPECT_EQ(lines.Count(), 0U);
 
     const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, 10);
     GlobalLock(memory);
     for (const bool report : {true, false})
         clsGlobalLock(memory, false).SetReport(report);
-    const String start(String::formatted, L"clsGlobalLock::Unlock(%#p): The handle is still locked 1 times: ", memory);
+    const String start(String::kFormatted, L"clsGlobalLock::Unlock(%#p): The handle is still locked 1 times: ", memory);
     EXPECT_EQ(String::Find(lines.Only().Text(), start.Text()), 0) << lines.Last().NarrowText();
     EXPECT_EQ(GlobalFlags(memory) & GMEM_LOCKCOUNT, 1U);
     GlobalUnlock(memory);

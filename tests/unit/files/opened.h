@@ -3,6 +3,8 @@
 
 #include "files/file.h"
 
+#include <cstdint>
+
 namespace qxtest
 {
 
@@ -19,7 +21,7 @@ class Writer : public qx::clsFileRW
 {
 public:
     explicit Writer(const qx::String& path, qx::FileDisposition disposition = qx::FileDisposition::OpenExisting,
-        uint32_t flags = qx::kFileData)
+        std::uint32_t flags = qx::kFileData)
         : clsFileRW(path, qx::FileAccess::ReadWrite, disposition, qx::FileShare::None, flags)
     {
     }

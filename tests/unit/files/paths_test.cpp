@@ -36,7 +36,7 @@ void MakeOldFile(const String& path, unsigned days)
 {
     FILETIME now;
     GetSystemTimeAsFileTime(&now);
-    const FILETIME then = FileTimeOf(UnitsOf(now) - 24 * unitsPerHour * days);
+    const FILETIME then = FileTimeOf(UnitsOf(now) - 24 * kUnitsPerHour * days);
     const HANDLE file = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
     DWORD written = 0;
     WriteFile(file, "old", 3, &written, nullptr);
@@ -81,10 +81,10 @@ TEST(Paths, Classes)
     {
         String path;
         PathClass expected;
-    } cases[] = {{L"lpt12:", PathClass::printerPort}, {L"COM3:", PathClass::serialPort}, {L"LPT:", PathClass::missing},
-        {L"usb:abc", PathClass::usb}, {folder, PathClass::folder}, {String(L"FILE:") + file, PathClass::file},
-        {String(L"file:") + folder, PathClass::folder}, {file + L".no", PathClass::missing},
-        {L"FILE:", PathClass::missing}};
+    } cases[] = {{L"lpt12:", PathClass::PrinterPort}, {L"COM3:", PathClass::SerialPort}, {L"LPT:", PathClass::Missing},
+        {L"usb:abc", PathClass::Usb}, {folder, PathClass::Folder}, {String(L"FILE:") + file, PathClass::File},
+        {String(L"file:") + folder, PathClass::Folder}, {file + L".no", PathClass::Missing},
+        {L"FILE:", PathClass::Missing}};
     for (const auto& c : cases)
         EXPECT_EQ(ClassifyPath(c.path), c.expected) << ::testing::PrintToString(c.path.Text());
     EXPECT_TRUE(DeleteFileW(file));

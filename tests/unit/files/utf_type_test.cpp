@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 
 using namespace qx;
@@ -44,7 +45,7 @@ TEST(UTFTypeOfFile, ByMarkZeroBytesAndContent)
         const char* what;
         std::string bytes;
         UTFType type;
-        int64_t position;
+        std::int64_t position;
     } cases[] = {{"empty", "", UTFType::Unknown, 0}, {"one byte", "\xFF", UTFType::Unknown, 0},
         {"mark alone, little", "\xFF\xFE", UTFType::UTF16LE, 2}, {"mark alone, big", "\xFE\xFF", UTFType::UTF16BE, 2},
         {"mark and a byte", "\xFF\xFE\x41", UTFType::UTF16LE, 2},
@@ -77,11 +78,11 @@ TEST(UTFTypeOfFile, WhatIsNoUTF8)
     for (const char* sequence : bad)
     {
         const std::string text = filler + sequence;
-        EXPECT_NE(GuessByContent(reinterpret_cast<const uint8_t*>(text.c_str()), text.size()), UTFType::UTF8)
+        EXPECT_NE(GuessByContent(reinterpret_cast<const std::uint8_t*>(text.c_str()), text.size()), UTFType::UTF8)
             << testing::PrintToString(sequence);
     }
     const std::string good = filler + "\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF";
-    EXPECT_EQ(GuessByContent(reinterpret_cast<const uint8_t*>(good.c_str()), good.size()), UTFType::UTF8);
+    EXPECT_EQ(GuessByContent(reinterpret_cast<const std::uint8_t*>(good.c_str()), good.size()), UTFType::UTF8);
 }
 
 TEST(UTFTypeOfFile, NotAtTheBeginning)

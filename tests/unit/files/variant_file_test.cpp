@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -23,7 +24,7 @@ std::string Saved(const VARIANT& value)
     return file.Bytes();
 }
 
-clsVariant Loaded(std::string_view bytes, int64_t expectedPosition)
+clsVariant Loaded(std::string_view bytes, std::int64_t expectedPosition)
 {
     MemoryFile file(bytes);
     clsVariant value(I4(-7));
@@ -69,7 +70,7 @@ TEST(VariantFile, LayoutAndBack)
     for (const auto& row : cases)
     {
         EXPECT_EQ(Saved(row.value), row.bytes) << row.value.vt;
-        const clsVariant back = Loaded(row.bytes, static_cast<int64_t>(row.bytes.size()));
+        const clsVariant back = Loaded(row.bytes, static_cast<std::int64_t>(row.bytes.size()));
         EXPECT_EQ(back.Type(), row.comesBack ? row.value.vt : VARTYPE{VT_EMPTY});
         EXPECT_EQ(back == clsVariant(row.value), row.comesBack) << row.value.vt;
     }
@@ -91,7 +92,7 @@ TEST(VariantFile, Arrays)
                      "\3\0\7\0\0\0"
                      "\x08\x20\3\0\1\0\0\0\x08\0b\0\0\0"
                      "\0\0"sv);
-    const clsVariant back = Loaded(bytes, static_cast<int64_t>(bytes.size()));
+    const clsVariant back = Loaded(bytes, static_cast<std::int64_t>(bytes.size()));
     ASSERT_EQ(back.Type(), VT_ARRAY | VT_VARIANT);
     ASSERT_EQ(back.Get().parray->rgsabound[0].cElements, 3u);
     EXPECT_TRUE(GetElement(back, {0}) == clsVariant(I4(7)));
@@ -115,10 +116,10 @@ TEST(VariantFile, TextEndsAtAZero)
     {
         std::string_view bytes;
         const wchar_t* text;
-        int64_t position;
-    } cases[] = {{"\x08\0a\0\0\0more"sv, L"a", 6}, {"\x08\0a\0b\0"sv, L"ab", 6}, {"\x08\0a\0b"sv, L"a", 5},
+        std::int64_t position;
+    } kCases[] = {{"\x08\0a\0\0\0more"sv, L"a", 6}, {"\x08\0a\0b\0"sv, L"ab", 6}, {"\x08\0a\0b"sv, L"a", 5},
         {"\x08\0"sv, L"", 2}, {"\x08\0a"sv, L"", 3}};
-    for (const auto& row : cases)
+    for (const auto& row : kCases)
     {
         const clsVariant value = Loaded(row.bytes, row.position);
         EXPECT_EQ(value.Type(), VT_BSTR);
@@ -146,13 +147,13 @@ TEST(VariantFile, DamageGivesLessOrNothing)
     EXPECT_TRUE(Loaded("", 0) == clsVariant(I4(-7)));
     EXPECT_TRUE(Loaded("\3", 1) == clsVariant(I4(-7)));
     for (const std::string_view bytes : {"\3\0\7\0\0"sv, "\x49\0"sv, "\x0d\0"sv, "\3\x40"sv, "\x25\0"sv})
-        EXPECT_EQ(Loaded(bytes, static_cast<int64_t>(bytes.size())).Type(), VT_EMPTY);
+        EXPECT_EQ(Loaded(bytes, static_cast<std::int64_t>(bytes.size())).Type(), VT_EMPTY);
 
     const std::string whole =
         Saved(ArrayOf(VT_VARIANT, {I4(7), Text(L"ab"), ArrayOf(VT_VARIANT, {R8(1)}), Value(VT_NULL)}));
-    for (size_t size = 2; size < whole.size(); ++size)
+    for (std::size_t size = 2; size < whole.size(); ++size)
     {
-        const clsVariant value = Loaded({whole.data(), size}, static_cast<int64_t>(size));
+        const clsVariant value = Loaded({whole.data(), size}, static_cast<std::int64_t>(size));
         EXPECT_EQ(value.Type(), VT_ARRAY | VT_VARIANT);
         EXPECT_LE(value.Get().parray->rgsabound[0].cElements, 4u);
     }
@@ -193,7 +194,7 @@ TEST(VariantFile, NestingHasAnEnd)
     EXPECT_FALSE(Save(clsVariant(nested), file)) << "not all of it";
     const std::string saved = file.Bytes();
     EXPECT_EQ(saved.size(), 64u * 8 + 2);
-    EXPECT_EQ(Saved(Loaded(saved, static_cast<int64_t>(saved.size())).Get()), saved);
+    EXPECT_EQ(Saved(Loaded(saved, static_cast<std::int64_t>(saved.size())).Get()), saved);
 }
 
 } // namespace

@@ -13,7 +13,7 @@ namespace
 {
 
 // Of the day's noon. Years are astronomical: 0 is the year before 1.
-int64_t JulianDayNumber(int year, int month, int day, bool isGregorian)
+std::int64_t JulianDayNumber(int year, int month, int day, bool isGregorian)
 {
     const int beforeMarch = month < 3 ? 1 : 0;
     const int y = year + 4800 - beforeMarch, m = month + 12 * beforeMarch - 3;
@@ -28,7 +28,7 @@ TEST(Calendar, CountsEveryDay)
             for (int day = 1; day <= 31; ++day)
             {
                 const bool isGregorian = std::tuple(year, month, day) >= std::tuple(1582, 10, 15);
-                const int64_t number = JulianDayNumber(year, month, day, isGregorian);
+                const std::int64_t number = JulianDayNumber(year, month, day, isGregorian);
                 const bool isInMonth = number < JulianDayNumber(year + month / 12, month % 12 + 1, 1, isGregorian);
                 const bool exists = isInMonth && !(year == 1582 && month == 10 && day > 4 && !isGregorian);
                 // Before the year 1 the class gives the leap days of the years -1, -5, ... to -4, -8, ...
@@ -54,7 +54,7 @@ TEST(Calendar, RefusesWhatIsNoDate)
 {
     struct Case
     {
-        int32_t day, month, year;
+        std::int32_t day, month, year;
     };
     constexpr Case CASES[] = {{0, 1, 2018}, {-1, 1, 2018}, {31, 4, 2018}, {29, 2, 2018}, {30, 2, 2020}, {29, 2, 1900},
         {1, 0, 2018}, {1, 13, 2018}, {1, 1, 0}, {5, 10, 1582}, {14, 10, 1582}, {1, 1, -4714}, {65535, 65535, 65535},

@@ -84,7 +84,7 @@ struct Resolved
 // All that is told of a country: English and native name, ISO code, calling code, currency, code page.
 String Told(clsCountries& countries, const wchar_t* name)
 {
-    return String(String::formatted, L"%s, %s, %s, %d, %s, %d", countries.EnglishName(name).Text(),
+    return String(String::kFormatted, L"%s, %s, %s, %d, %s, %d", countries.EnglishName(name).Text(),
         countries.NativeName(name).Text(), countries.IsoCode(name).Text(),
         static_cast<int>(countries.CallingCode(name)), countries.Currency(name).Text(),
         static_cast<int>(countries.CodePage(name)));
@@ -93,7 +93,7 @@ String Told(clsCountries& countries, const wchar_t* name)
 TEST(Countries, AreFoundByEveryName)
 {
     const clsFakeSource source = Europe();
-    clsCountries countries(source, HostKind::other);
+    clsCountries countries(source, HostKind::Other);
     constexpr Resolved CASES[] = {{L"Germany", 1031}, {L"DEU", 1031}, {L"DE", 1031}, {L"49", 1031},
         {L"Deutschland", 1031}, {L"1031", 1031}, {L"0x0407", 1031}, {L"Germany*1031", 1031}, {L"GERMANY", 1031},
         {L"Allemagne", 1031}, {L"D", 1031}, {L"de", 1031},                        // an ISO code before it is a language
@@ -112,7 +112,7 @@ TEST(Countries, AreFoundByEveryName)
 TEST(Countries, Values)
 {
     const clsFakeSource source = Europe();
-    clsCountries countries(source, HostKind::other);
+    clsCountries countries(source, HostKind::Other);
     constexpr std::pair<const wchar_t*, const wchar_t*> CASES[] = {
         {L"Autriche", L"Austria, Österreich, AT, 43, €, 1252"},
         // Only the preferred locale has the values of the country, but for the row of names, which finds this key
@@ -134,7 +134,7 @@ TEST(Countries, RowsWinOverTheSystem)
     clsFakeSource source = Europe();
     source.rows[402] = L"Austria*3079:NativeName=Ostarrichi;ISO3166=AT/AUT;CallingCode=1;Currency=Schilling;ANSICP=850";
     source.rows[403] = L"Bavaria*1031:ISO3166=DE;LanguageCode=de-de";
-    clsCountries countries(source, HostKind::other);
+    clsCountries countries(source, HostKind::Other);
     EXPECT_STREQ(Told(countries, L"43"), L"Austria, Ostarrichi, AUT, 1, Schilling, 850");
     for (const wchar_t* name : {L"1031", L"0x0407", L"DE", L"de-DE"})
         EXPECT_EQ(countries.EnglishName(name), L"Bavaria") << testing::PrintToString(name);
@@ -145,7 +145,7 @@ TEST(Countries, RowsWinOverTheSystem)
 TEST(Countries, OneProgramHasNoLanguagesButVehicles)
 {
     const clsFakeSource source = Europe();
-    clsCountries countries(source, HostKind::vtz);
+    clsCountries countries(source, HostKind::Vtz);
     EXPECT_EQ(countries.Locale(L"de-AT"), LCID{3079});
     EXPECT_EQ(countries.Locale(L"hsb"), LCID{0});
     EXPECT_EQ(countries.Locale(L"de"), LCID{1031}) << "the ISO code";
@@ -153,18 +153,18 @@ TEST(Countries, OneProgramHasNoLanguagesButVehicles)
     EXPECT_EQ(countries.EnglishName(L"AX"), L"Åland Islands");
     for (const wchar_t* name : {L"cdn", L"CDNX", L"ZZ", L"0", L""})
         EXPECT_EQ(countries.EnglishName(name), L"") << testing::PrintToString(name);
-    EXPECT_EQ(clsCountries(source, HostKind::hqd).EnglishName(L"CDN"), L"");
+    EXPECT_EQ(clsCountries(source, HostKind::Hqd).EnglishName(L"CDN"), L"");
 
-    EXPECT_EQ(HostKindByName(L"VTZ"), HostKind::vtz);
-    EXPECT_EQ(HostKindByName(L"hqd"), HostKind::hqd);
-    EXPECT_EQ(HostKindByName(L"hqd2"), HostKind::other);
-    EXPECT_EQ(HostKindByName(L""), HostKind::other);
+    EXPECT_EQ(HostKindByName(L"VTZ"), HostKind::Vtz);
+    EXPECT_EQ(HostKindByName(L"hqd"), HostKind::Hqd);
+    EXPECT_EQ(HostKindByName(L"hqd2"), HostKind::Other);
+    EXPECT_EQ(HostKindByName(L""), HostKind::Other);
 }
 
 TEST(Countries, Languages)
 {
     const clsFakeSource source = Europe();
-    clsCountries countries(source, HostKind::vtz);
+    clsCountries countries(source, HostKind::Vtz);
     constexpr Resolved CASES[] = {{L"de-DE", 1031}, {L"DE-at", 3079}, {L"de", 7}, {L"De", 7}, {L"de-XX", 7},
         {L"de-XX-YY", 7}, {L"hsb", 1070}, {L"hsb-XX", 0x2e}, {L"uz-UZ", 1091}, {L"uz-Latn-UZ", 1091}, {L"uz", 0x43},
         {L"ar", 1}, {L"en-gh", 2057}, {L"en", 9}, {L"de-nw", 1031}, {L"xx", 0}, {L"xx-DE", 0}, {L"-DE", 0}, {L"", 0},
@@ -193,7 +193,7 @@ TEST(Countries, WithoutSomeValues)
     {
         clsFakeSource source = Europe();
         source.values.erase({3079, row.missing});
-        clsCountries countries(source, HostKind::other);
+        clsCountries countries(source, HostKind::Other);
         EXPECT_STREQ(Told(countries, row.name), row.told) << row.missing;
         EXPECT_EQ(countries.Language(L"de-AT"), row.language) << row.missing;
     }
@@ -201,14 +201,14 @@ TEST(Countries, WithoutSomeValues)
     // Without names of locales the tag is made of the codes, and the language alone is no name of a country.
     clsFakeSource nameless = Europe();
     std::erase_if(nameless.values, [](const auto& value) { return value.first.second == NAME; });
-    clsCountries countries(nameless, HostKind::other);
+    clsCountries countries(nameless, HostKind::Other);
     EXPECT_EQ(countries.Locale(L"de-AT"), LCID{3079});
     EXPECT_EQ(countries.Locale(L"hsb"), LCID{0});
     EXPECT_EQ(countries.Language(L"hsb"), LCID{1070});
     EXPECT_EQ(countries.Language(L"de"), LCID{7});
 
     const clsFakeSource nothing;
-    clsCountries none(nothing, HostKind::other);
+    clsCountries none(nothing, HostKind::Other);
     EXPECT_EQ(none.List(), L"");
     EXPECT_EQ(none.Locale(L"DE"), LCID{0});
     EXPECT_EQ(nothing.loads, 1) << "an empty load isn't repeated";

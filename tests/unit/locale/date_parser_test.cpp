@@ -5,6 +5,7 @@
 
 #include "locale/format_pattern.h"
 
+#include <cstdint>
 #include <initializer_list>
 
 using namespace qx;
@@ -13,13 +14,13 @@ using namespace qxtest;
 namespace
 {
 
-constexpr uint32_t EXPAND = LOCDATE_EXPAND_YEAR, REPORT = LOCDATE_REPORT_DEFAULT, ZERO = LOCDATE_ZERO_MISSING,
-                   TIME = LOCDATE_ALLOW_TIME_ONLY, MARK = LOCDATE_MARK_NO_TIME;
+constexpr std::uint32_t EXPAND = LOCDATE_EXPAND_YEAR, REPORT = LOCDATE_REPORT_DEFAULT, ZERO = LOCDATE_ZERO_MISSING,
+                        TIME = LOCDATE_ALLOW_TIME_ONLY, MARK = LOCDATE_MARK_NO_TIME;
 
 struct DateText
 {
     const wchar_t* text;
-    uint32_t flags;
+    std::uint32_t flags;
     const char* result;
 };
 

@@ -6,6 +6,8 @@
 #include "core/text/string.h"
 #include "locale/date_parser.h"
 
+#include <cstdint>
+
 namespace qxtest
 {
 
@@ -35,10 +37,10 @@ inline qx::DateSettings American()
 constexpr SYSTEMTIME TODAY{2021, 7, 0, 9, 10, 11, 12, 0};
 
 // The fields, and " -52" behind them if that is the result.
-inline std::string Parsed(qx::clsDateParser& parser, const wchar_t* text, uint32_t flags)
+inline std::string Parsed(qx::clsDateParser& parser, const wchar_t* text, std::uint32_t flags)
 {
     SYSTEMTIME time;
-    const int32_t result = parser.Parse(text, flags, TODAY, time);
+    const std::int32_t result = parser.Parse(text, flags, TODAY, time);
     EXPECT_EQ(time.wDayOfWeek, 0);
     EXPECT_EQ(time.wMilliseconds, 0);
     return Show(time) + (result == 0 ? "" : ' ' + std::to_string(result));

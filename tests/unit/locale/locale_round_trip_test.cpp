@@ -4,6 +4,7 @@
 
 #include "unit/locale/date_support.h"
 
+#include <cstdint>
 #include <set>
 #include <string>
 
@@ -58,7 +59,8 @@ std::set<std::string> Lost(LCID locale, bool withDate, bool withTime)
         if (!withDate)
             time.wYear = time.wMonth = time.wDay = 0;
         SYSTEMTIME read;
-        const int32_t result = parser.Parse(text, withDate ? 0u : uint32_t{LOCDATE_ALLOW_TIME_ONLY}, TODAY, read);
+        const std::int32_t result =
+            parser.Parse(text, withDate ? 0u : std::uint32_t{LOCDATE_ALLOW_TIME_ONLY}, TODAY, read);
         if (result != 0 || Show(read) != Show(time))
             lost.insert(text.NarrowText());
     }
@@ -70,7 +72,7 @@ TEST(RoundTrip, OfLocales)
     struct Case
     {
         LCID locale;
-        size_t lost[3]; // of six dates, of dates with their times, of times
+        std::size_t lost[3]; // of six dates, of dates with their times, of times
     };
     constexpr Case CASES[] = {{0x0407, {}}, {0x0409, {}}, {0x0809, {}}, {0x040c, {}}, {0x0411, {}}, {0x041e, {}},
         {0x041d, {}},         // German, American, British, French, Japanese, Thai, Swedish

@@ -101,7 +101,7 @@ TEST(MachineDate, RFC822IsWhatThePatternFinds)
         String text(FORM);
         for (auto changes = random() % 3; changes-- != 0;)
         {
-            const size_t place = random() % text.Length();
+            const std::size_t place = random() % text.Length();
             if (random() % 3 == 0)
                 text.Delete(place, 1 + random() % 3);
             else

@@ -65,7 +65,7 @@ TEST(HtmlMask, EachUnitComesBack)
     for (int c = 1; c <= 0xFFFF; ++c)
         all += static_cast<wchar_t>(c);
     EXPECT_TRUE(DemaskHtml(MaskHtml(all.Text()).Text()) == all);
-    for (const HtmlEntity& entity : htmlEntities)
+    for (const HtmlEntity& entity : kHtmlEntities)
         EXPECT_EQ(FindHtmlEntity(entity.text)->code, entity.code);
 }
 

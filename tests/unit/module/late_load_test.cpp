@@ -48,7 +48,7 @@ public:
 
 LateState StateAfterAsking(Library& library, const wchar_t* name, int argumentBytes = 0)
 {
-    std::atomic<LateState> state = LateState::unasked;
+    std::atomic<LateState> state = LateState::Unasked;
     library.Resolve(name, state, argumentBytes);
     return state;
 }
@@ -99,7 +99,7 @@ TEST(LateLoad, NamesAreTriedInTheirOrderUpToTheFirstThatIsThere)
         library.PretendToBeLoaded();
         answeredName = c.answered;
         const bool isThere = std::string(c.answered) != "none";
-        EXPECT_EQ(StateAfterAsking(library, c.name, 12), isThere ? LateState::valid : LateState::missing);
+        EXPECT_EQ(StateAfterAsking(library, c.name, 12), isThere ? LateState::Valid : LateState::Missing);
         EXPECT_EQ(askedNames, c.asked);
     }
 }
@@ -111,8 +111,8 @@ TEST(LateLoad, AnswersAreKeptAndFailuresLoggedOnRequest)
     EXPECT_EQ(lines.Count(), 0u);
     SetLateLoadLog(true);
     Library library(L"qx-no-such-library");
-    EXPECT_EQ(StateAfterAsking(library, L"p_Foo"), LateState::unasked);
-    EXPECT_EQ(StateAfterAsking(library, L"p_Bar"), LateState::unasked);
+    EXPECT_EQ(StateAfterAsking(library, L"p_Foo"), LateState::Unasked);
+    EXPECT_EQ(StateAfterAsking(library, L"p_Bar"), LateState::Unasked);
     EXPECT_EQ(library.loads, 1);
     EXPECT_NE(library.LastLoadError(), 0u);
     EXPECT_FALSE(library.EnsureLoaded(L"kernel32", false));
@@ -120,10 +120,10 @@ TEST(LateLoad, AnswersAreKeptAndFailuresLoggedOnRequest)
 
     Library loaded(L"kernel32");
     LateProcedure missing(loaded, L"p_QxNoSuchFunction");
-    EXPECT_EQ(missing.State(), LateState::unasked);
+    EXPECT_EQ(missing.State(), LateState::Unasked);
     for (int time = 0; time < 2; ++time)
         EXPECT_FALSE(missing.IsThere());
-    EXPECT_EQ(missing.State(), LateState::missing);
+    EXPECT_EQ(missing.State(), LateState::Missing);
     EXPECT_EQ(loaded.loads, 1);
 
     Library later(L""); // gets its name later
@@ -158,7 +158,7 @@ TEST_F(Siblings, TheFolderThatIsSetAndTheCopyThatIsThere)
     ASSERT_TRUE(library.Load());
     EXPECT_EQ(library.FoundVersion(), 23);
     EXPECT_EQ(SiblingVersion(), 23);
-    EXPECT_EQ(library.p_CtlJobOpenEx.State(), LateState::valid);
+    EXPECT_EQ(library.p_CtlJobOpenEx.State(), LateState::Valid);
     EXPECT_FALSE(library.p_CtlAbortDlgStart.IsThere());
 
     SetDllDirectoryW(L"");
@@ -173,7 +173,7 @@ TEST_F(Siblings, TheFolderThatIsSetAndTheCopyThatIsThere)
     EXPECT_EQ(adopted.p_CtlXlatPath.Address(), GetProcAddress(library.Module(), "CtlXlatPath"));
     EXPECT_FALSE(none.EnsureLoaded(L"kernel32", true));
     EXPECT_FALSE(none.p_CtlXlatPath.IsThere());
-    EXPECT_EQ(none.p_CtlXlatPath.State(), LateState::unasked);
+    EXPECT_EQ(none.p_CtlXlatPath.State(), LateState::Unasked);
 }
 
 TEST_F(Siblings, TheLibrarysOwnFolderComesLastAndThenTheOldOneIsBack)

@@ -21,7 +21,7 @@ using namespace qxtest;
 namespace
 {
 
-constexpr std::uint32_t below = 0x80000000; // marks the place of a directory
+constexpr std::uint32_t kBelow = 0x80000000; // marks the place of a directory
 
 class Bytes : public std::vector<std::uint8_t>
 {
@@ -82,42 +82,42 @@ Bytes Translation()
 class FakeImage : public Bytes
 {
 public:
-    static constexpr std::uint32_t resources = 0x1000;
-    static constexpr std::uint32_t size = 0x2000;
-    static constexpr std::size_t header = 0x80;
-    static constexpr std::size_t optional = header + 24;
-    static constexpr std::size_t resourcesPlace = optional + 112 + 16;
-    static constexpr std::size_t section = optional + 240;
+    static constexpr std::uint32_t kResources = 0x1000;
+    static constexpr std::uint32_t kSize = 0x2000;
+    static constexpr std::size_t kHeader = 0x80;
+    static constexpr std::size_t kOptional = kHeader + 24;
+    static constexpr std::size_t kResourcesPlace = kOptional + 112 + 16;
+    static constexpr std::size_t kSection = kOptional + 240;
 
-    FakeImage() : Bytes(size)
+    FakeImage() : Bytes(kSize)
     {
         Put(0, 'M' | 'Z' << 8);
-        Put<std::uint32_t>(0x3C, header);
-        Put(header, 'P' | 'E' << 8);
-        Put<std::uint16_t>(header + 6, 1);
-        Put<std::uint32_t>(header + 8, 1'000'000'000);
-        Put<std::uint16_t>(header + 20, 240);
-        Put<std::uint16_t>(optional, 0x20B);
-        Put<std::uint32_t>(optional + 56, size);
-        Put<std::uint32_t>(resourcesPlace, resources);
-        Put<std::uint32_t>(section + 12, 0x1800);
+        Put<std::uint32_t>(0x3C, kHeader);
+        Put(kHeader, 'P' | 'E' << 8);
+        Put<std::uint16_t>(kHeader + 6, 1);
+        Put<std::uint32_t>(kHeader + 8, 1'000'000'000);
+        Put<std::uint16_t>(kHeader + 20, 240);
+        Put<std::uint16_t>(kOptional, 0x20B);
+        Put<std::uint32_t>(kOptional + 56, kSize);
+        Put<std::uint32_t>(kResourcesPlace, kResources);
+        Put<std::uint32_t>(kSection + 12, 0x1800);
     }
 
     // A directory of resources; places count from the start of the resources on.
     void Directory(std::uint32_t place, std::uint16_t named, std::uint16_t numbered)
     {
-        Put(resources + place + 12, named);
-        Put(resources + place + 14, numbered);
+        Put(kResources + place + 12, named);
+        Put(kResources + place + 14, numbered);
     }
     void Entry(std::uint32_t directory, unsigned index, std::uint32_t name, std::uint32_t place)
     {
-        Put(resources + directory + 16 + index * 8, name);
-        Put(resources + directory + 16 + index * 8 + 4, place);
+        Put(kResources + directory + 16 + index * 8, name);
+        Put(kResources + directory + 16 + index * 8 + 4, place);
     }
     void Leaf(std::uint32_t place, std::uint32_t address, std::uint32_t length)
     {
-        Put(resources + place, address);
-        Put(resources + place + 4, length);
+        Put(kResources + place, address);
+        Put(kResources + place + 4, length);
     }
 
     HMODULE Module() const { return reinterpret_cast<HMODULE>(const_cast<std::uint8_t*>(data())); }
@@ -128,11 +128,11 @@ FakeImage ImageWithBlock()
 {
     FakeImage image;
     image.Directory(0, 1, 2);
-    image.Entry(0, 0, below | 0x400, below | 0x300); // by name: passed over
-    image.Entry(0, 1, 3, below | 0x300);
-    image.Entry(0, 2, 16, below | 0x100);
+    image.Entry(0, 0, kBelow | 0x400, kBelow | 0x300); // by name: passed over
+    image.Entry(0, 1, 3, kBelow | 0x300);
+    image.Entry(0, 2, 16, kBelow | 0x100);
     image.Directory(0x100, 0, 1);
-    image.Entry(0x100, 0, 1, below | 0x200);
+    image.Entry(0x100, 0, 1, kBelow | 0x200);
     image.Directory(0x200, 0, 2);
     image.Entry(0x200, 0, 0x407, 0x500);
     image.Entry(0x200, 1, 0x409, 0x510);
@@ -173,15 +173,15 @@ TEST(ModuleImage, TheLastLanguageOfTheBlockWithTheNumberOneAlone)
         std::ptrdiff_t place;
     } cases[] = {
         {[](FakeImage&) {}, 0x1700},
-        {[](FakeImage& image) { image.Entry(0x100, 0, 2, below | 0x200); }, -1},
+        {[](FakeImage& image) { image.Entry(0x100, 0, 2, kBelow | 0x200); }, -1},
         {[](FakeImage& image) { image.Directory(0x100, 0, 2); }, -1},
-        {[](FakeImage& image) { image.Directory(0x100, 1, 1), image.Entry(0x100, 1, 1, below | 0x200); }, 0x1700},
-        {[](FakeImage& image) { image.Entry(0, 2, 17, below | 0x100); }, -1},
+        {[](FakeImage& image) { image.Directory(0x100, 1, 1), image.Entry(0x100, 1, 1, kBelow | 0x200); }, 0x1700},
+        {[](FakeImage& image) { image.Entry(0, 2, 17, kBelow | 0x100); }, -1},
         // Nothing behind the end is read.
-        {[](FakeImage& image) { image.Leaf(0x510, FakeImage::size - 0x10, 0x40); }, 0x1600},
+        {[](FakeImage& image) { image.Leaf(0x510, FakeImage::kSize - 0x10, 0x40); }, 0x1600},
         {[](FakeImage& image) { image.Entry(0x100, 0, 1, 0xFFFFFFF0); }, -1},
         {[](FakeImage& image) { image.Entry(0, 2, 16, 0xFFFFFFF0); }, -1},
-        {[](FakeImage& image) { image.Put<std::uint32_t>(FakeImage::resourcesPlace, 0xFFFFFFF0); }, -1},
+        {[](FakeImage& image) { image.Put<std::uint32_t>(FakeImage::kResourcesPlace, 0xFFFFFFF0); }, -1},
         {[](FakeImage& image) { image.Put<std::uint32_t>(0x3C, 0xFFFFFFF0); }, -1},
         {[](FakeImage& image) { image.Put(0, 'Z' | 'M' << 8); }, -1},
     };
@@ -195,10 +195,10 @@ TEST(ModuleImage, TheLastLanguageOfTheBlockWithTheNumberOneAlone)
 
     // A section of resources takes the directory's place.
     FakeImage image = ImageWithBlock();
-    image.Put<std::uint32_t>(FakeImage::resourcesPlace, 0x1900);
+    image.Put<std::uint32_t>(FakeImage::kResourcesPlace, 0x1900);
     EXPECT_EQ(PlaceOfBlock(image), -1);
-    std::memcpy(&image[FakeImage::section], ".rsrc", 5);
-    image.Put<std::uint32_t>(FakeImage::section + 12, FakeImage::resources);
+    std::memcpy(&image[FakeImage::kSection], ".rsrc", 5);
+    image.Put<std::uint32_t>(FakeImage::kSection + 12, FakeImage::kResources);
     EXPECT_EQ(PlaceOfBlock(image), 0x1700);
 }
 

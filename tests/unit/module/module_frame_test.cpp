@@ -13,6 +13,7 @@
 #include <stdlib.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <new>
 #include <string>
 #include <vector>
@@ -31,7 +32,7 @@ void Note(const char* step)
     done += LibraryHandle() ? " with the library, " : " without the library, ";
 }
 
-constexpr ModuleSteps noted = {
+constexpr ModuleSteps kNoted = {
     [] { Note("start"); },
     [] { Note("report"); },
     [] { Note("close"); },
@@ -69,17 +70,17 @@ protected:
 
 TEST_F(ModuleFrame, StepsRunWhileTheLibraryIsKnown)
 {
-    AttachModule(GetModuleHandleW(nullptr), noted);
+    AttachModule(GetModuleHandleW(nullptr), kNoted);
     EXPECT_EQ(LibraryHandle(), GetModuleHandleW(nullptr));
     EXPECT_EQ(done, "start with the library, ");
-    DetachModule(noted);
+    DetachModule(kNoted);
     EXPECT_EQ(LibraryHandle(), nullptr);
-    DetachModule(noted); // nothing is left to do
+    DetachModule(kNoted); // nothing is left to do
     EXPECT_EQ(done, "start with the library, report with the library, close with the library, ");
 
     // One that fails keeps none of the next from being done.
     done.clear();
-    const ModuleSteps failing = {[] { throw std::bad_alloc(); }, [] { throw 1; }, noted.closeChannels};
+    const ModuleSteps failing = {[] { throw std::bad_alloc(); }, [] { throw 1; }, kNoted.closeChannels};
     AttachModule(GetModuleHandleW(nullptr), failing);
     DetachModule(failing);
     EXPECT_EQ(done, "close with the library, ");
@@ -114,8 +115,8 @@ TEST_F(ModuleFrame, InvalidParametersOfTheRuntimeAreLogged)
 TEST_F(ModuleFrame, TheFormerHandlerComesBackUnlessAnotherTookItsPlace)
 {
     const _invalid_parameter_handler others[] = {
-        [](const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t) {},
-        [](const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t)
+        [](const wchar_t*, const wchar_t*, const wchar_t*, unsigned, std::uintptr_t) {},
+        [](const wchar_t*, const wchar_t*, const wchar_t*, unsigned, std::uintptr_t)
         {
             done += "called";
         }};
@@ -147,11 +148,11 @@ TEST_F(Environment, NamesOfUsersAndPrograms)
     {
         const wchar_t *user, *process;
         EnvironmentType expected;
-    } cases[] = {{L"ASPNET", L"ANY", EnvironmentType::webServer}, {L"jane", L"aspnet_wp", EnvironmentType::webServer},
-        {L"jane", L"IISEXPRESS", EnvironmentType::webServer}, {L"system", L"W3WP", EnvironmentType::webServer},
-        {L"jane", L"W3WP2", EnvironmentType::unknown}, {L"jane", L"WEBDEV.WEBSERVER40", EnvironmentType::webServer},
-        {L"jane", L"WEBDEV.WEBSERVE", EnvironmentType::unknown}, {L"System", L"ANY", EnvironmentType::service},
-        {L"", L"", EnvironmentType::unknown}};
+    } cases[] = {{L"ASPNET", L"ANY", EnvironmentType::WebServer}, {L"jane", L"aspnet_wp", EnvironmentType::WebServer},
+        {L"jane", L"IISEXPRESS", EnvironmentType::WebServer}, {L"system", L"W3WP", EnvironmentType::WebServer},
+        {L"jane", L"W3WP2", EnvironmentType::Unknown}, {L"jane", L"WEBDEV.WEBSERVER40", EnvironmentType::WebServer},
+        {L"jane", L"WEBDEV.WEBSERVE", EnvironmentType::Unknown}, {L"System", L"ANY", EnvironmentType::Service},
+        {L"", L"", EnvironmentType::Unknown}};
     for (const auto& c : cases)
         EXPECT_EQ(EnvironmentTypeOfNames(c.user, c.process), c.expected) << String(c.process).NarrowText();
 }
@@ -163,11 +164,11 @@ TEST_F(Environment, GroupsOfTheToken)
     const std::vector<unsigned char> everyone = {1, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
     const std::vector<unsigned char> longer = {1, 2, 0, 0, 0, 0, 0, 5, 4, 0, 0, 0, 1, 0, 0, 0};
     const std::vector<unsigned char> none = {1, 0, 0, 0, 0, 0, 0, 5};
-    EXPECT_EQ(TypeOfGroups({everyone, interactive}), EnvironmentType::interactive);
-    EXPECT_EQ(TypeOfGroups({service, interactive}), EnvironmentType::interactive);
-    EXPECT_EQ(TypeOfGroups({everyone, service}), EnvironmentType::service);
-    EXPECT_EQ(TypeOfGroups({longer, none}), EnvironmentType::service);
-    EXPECT_EQ(TypeOfGroups({}), EnvironmentType::service);
+    EXPECT_EQ(TypeOfGroups({everyone, interactive}), EnvironmentType::Interactive);
+    EXPECT_EQ(TypeOfGroups({service, interactive}), EnvironmentType::Interactive);
+    EXPECT_EQ(TypeOfGroups({everyone, service}), EnvironmentType::Service);
+    EXPECT_EQ(TypeOfGroups({longer, none}), EnvironmentType::Service);
+    EXPECT_EQ(TypeOfGroups({}), EnvironmentType::Service);
 }
 
 #ifndef _WIN32 // the layer's session has no screen

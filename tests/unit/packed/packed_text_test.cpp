@@ -171,9 +171,9 @@ TEST(DeflateStream, EachModeGivesTheBytesOfZlib)
     constexpr struct
     {
         int mode, level, memoryLevel, strategy;
-    } rows[] = {{1, 1, 8, 0}, {2, -1, 8, 0}, {3, 9, 8, 0}, {4, 9, 9, 1}, {5, 9, 9, 0}, {6, 1, 9, 1}, {7, 1, 7, 0},
+    } kRows[] = {{1, 1, 8, 0}, {2, -1, 8, 0}, {3, 9, 8, 0}, {4, 9, 9, 1}, {5, 9, 9, 0}, {6, 1, 9, 1}, {7, 1, 7, 0},
         {8, -1, 8, 0}};
-    for (const auto& [mode, level, memoryLevel, strategy] : rows)
+    for (const auto& [mode, level, memoryLevel, strategy] : kRows)
     {
         const std::string data = Sample(level == 1 ? 1'100'000 : 100'000); // more than one chunk where that is quick
         MemoryFile source(data), packed, unpacked;

@@ -4,6 +4,8 @@
 #include "support/temp_folder.h"
 #include "unit/prof/job_support.h"
 
+#include <cstdint>
+
 using namespace qx;
 using namespace qxtest;
 
@@ -17,7 +19,7 @@ TEST(ProfEmbedded, WhatIsLogged)
     {
         const wchar_t *name, *contents;
         String directory;
-        int32_t result;
+        std::int32_t result;
         String line;
     } cases[] = {{L"a", L"QUJD", folder.Path(), 1, L""}, {L"a", L"QUJD", prefix, 1, L""}, // no second separator
         {L"", L"QUJD", folder.Path(), 0, L"ProfExtractFiles:\"Filename=\" not found"},

@@ -3,6 +3,7 @@
 #include "prof/path.h"
 #include "unit/prof/job_support.h"
 
+#include <cstdint>
 #include <cstring>
 #include <set>
 #include <utility>
@@ -31,29 +32,29 @@ bool AreNamesShared()
 }
 
 // The unit that takes the hash from one state to another: each step of the hash can be turned round.
-uint64_t UnitBetween(uint64_t from, uint64_t to)
+std::uint64_t UnitBetween(std::uint64_t from, std::uint64_t to)
 {
-    constexpr uint64_t kFactor = 0x9DDFEA08EB382D69;
-    uint64_t inverse = kFactor; // each round doubles the bits that are right
+    constexpr std::uint64_t kFactor = 0x9DDFEA08EB382D69;
+    std::uint64_t inverse = kFactor; // each round doubles the bits that are right
     for (int round = 0; round < 6; ++round)
         inverse *= 2 - kFactor * inverse;
-    const auto unshift = [](uint64_t mixed)
+    const auto unshift = [](std::uint64_t mixed)
     {
         return mixed ^ (mixed >> 47);
     };
-    const uint64_t b = unshift(to * inverse);
-    const uint64_t a = unshift((b * inverse) ^ from);
+    const std::uint64_t b = unshift(to * inverse);
+    const std::uint64_t a = unshift((b * inverse) ^ from);
     return (a * inverse) ^ from;
 }
 
 // Of 8 characters each, without zeros and slashes; the hash of the library doesn't tell them apart.
-std::vector<String> CollidingNames(size_t count)
+std::vector<String> CollidingNames(std::size_t count)
 {
     std::vector<String> names;
     for (wchar_t i = 1; names.size() < count; ++i)
     {
         wchar_t text[9] = {L'n', L'a', L'm', i};
-        const uint64_t unit = UnitBetween(TextHash({text, 4}), 0x0123456789ABCDEF);
+        const std::uint64_t unit = UnitBetween(TextHash({text, 4}), 0x0123456789ABCDEF);
         memcpy(text + 4, &unit, sizeof(unit));
         if (wcslen(text) == 8 && wcschr(text, L'/') == nullptr)
             names.emplace_back(text);
@@ -96,7 +97,7 @@ TEST(ProfIntern, ChangingAValueForEverTakesNoMemory)
     std::set<const wchar_t*> places;
     for (int i = 0; i < 10000; ++i)
     {
-        const String number = String(String::formatted, L"%0*d", 4 + i % 60, i);
+        const String number = String(String::kFormatted, L"%0*d", 4 + i % 60, i);
         SetLeafByPath(job->Root(), L"a", number.Text());
         places.insert(FindLeafByPath(job->Root(), L"a")->ValueText());
         SetLeafByPath(job->Root(), L"a", L"text");

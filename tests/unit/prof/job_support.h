@@ -5,6 +5,7 @@
 #include "prof/job.h"
 #include "support/memory_stream.h"
 
+#include <cstdint>
 #include <memory>
 
 namespace qxtest
@@ -17,7 +18,7 @@ struct ReleaseJob
 
 using JobHolder = std::unique_ptr<qx::clsProfJob, ReleaseJob>;
 
-inline JobHolder NewJob(qx::ProfMode mode = qx::ProfMode::Read, std::wstring_view root = L"/", uint32_t level = 0)
+inline JobHolder NewJob(qx::ProfMode mode = qx::ProfMode::Read, std::wstring_view root = L"/", std::uint32_t level = 0)
 {
     return JobHolder(new qx::clsProfJob(mode, root, level));
 }

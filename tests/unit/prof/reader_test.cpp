@@ -6,6 +6,7 @@
 #include "unit/prof/job_support.h"
 
 #include <algorithm>
+#include <cstdint>
 
 using namespace qx;
 using namespace qxtest;
@@ -74,7 +75,7 @@ TEST(ProfPacked, EndsAtTheLargestSize)
         const MemoryStream stream, target;
         clsFileRW source(stream), unpacked(target);
         ASSERT_TRUE(packed.WriteTo(source));
-        source.Seek(int64_t{4});
+        source.Seek(std::int64_t{4});
         EXPECT_EQ(UnpackImage(source, unpacked, largest), largest == 100ll * 0x10000);
         EXPECT_LE(unpacked.GetSize(), largest);
     }

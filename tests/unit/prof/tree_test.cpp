@@ -23,7 +23,7 @@ String TextOf(const std::vector<ModelItem>& model)
 {
     String text;
     for (const ModelItem& item : model)
-        text += String(String::formatted, item.isList ? L"[%d]{v=%d;}" : L"%d=%d;", item.name, item.value);
+        text += String(String::kFormatted, item.isList ? L"[%d]{v=%d;}" : L"%d=%d;", item.name, item.value);
     return text;
 }
 

@@ -52,7 +52,7 @@ String Loaded(std::string_view bytes, const JobHolder& job = NewJob())
 
 String LoadError(int line, const wchar_t* message, const wchar_t* tree = L"")
 {
-    return String(String::formatted, L"PROF load error line %d: '%s'|%s", line, message, tree);
+    return String(String::kFormatted, L"PROF load error line %d: '%s'|%s", line, message, tree);
 }
 
 std::string Saved(const JobHolder& job, unsigned form)
@@ -284,7 +284,7 @@ TEST(ProfXfdf, NamesOfNestedFieldsAreBounded)
 // What is written can be read again, or isn't written.
 TEST(ProfXfdf, LongAndDeepNamesComeBackOrAreRefused)
 {
-    const auto tree = [](int depth, size_t nameLength, int leaves)
+    const auto tree = [](int depth, std::size_t nameLength, int leaves)
     {
         JobHolder job = NewJob();
         clsItemList* list = &job->Root();
@@ -292,21 +292,21 @@ TEST(ProfXfdf, LongAndDeepNamesComeBackOrAreRefused)
         for (int level = 0; level <= depth; ++level)
         {
             for (int i = 0; i < (level == depth ? leaves : 1); ++i)
-                list->AppendItem(job->NewLeaf(String(String::formatted, L"%d", i).View(), L"v"));
+                list->AppendItem(job->NewLeaf(String(String::kFormatted, L"%d", i).View(), L"v"));
             clsItem& entry = job->NewList(*list, {name.data(), name.size()});
             list->AppendItem(entry);
             list = entry.List();
         }
         return job;
     };
-    const std::tuple<int, size_t, int> kept[] = {{4, 255, 10000}, {1200, 3, 1}};
+    const std::tuple<int, std::size_t, int> kept[] = {{4, 255, 10000}, {1200, 3, 1}};
     for (const auto& [depth, nameLength, leaves] : kept)
     {
         const JobHolder job = tree(depth, nameLength, leaves);
         const JobHolder again = NewJob();
         clsFileRO file(MemoryStream(Saved(job, 2)));
         EXPECT_TRUE(again->Load(file));
-        EXPECT_EQ(again->Root().Count(), static_cast<size_t>(depth + leaves));
+        EXPECT_EQ(again->Root().Count(), static_cast<std::size_t>(depth + leaves));
     }
     const JobHolder job = tree(4000, 20, 1);
     EXPECT_EQ(job->Serialise(MemoryStream(), 2), kProfWriteFailed);
@@ -332,9 +332,9 @@ TEST(ProfForms, DamageGivesATreeOrTheError)
             // Whatever is in the tree can be written.
             EXPECT_EQ(job->Serialise(MemoryStream(), 1), kProfOk);
         };
-        for (size_t size = 0; size < whole.size(); ++size)
+        for (std::size_t size = 0; size < whole.size(); ++size)
             load(whole.substr(0, size));
-        for (size_t bit = 0; bit < whole.size() * 8; bit += 3)
+        for (std::size_t bit = 0; bit < whole.size() * 8; bit += 3)
         {
             std::string flipped = whole;
             flipped[bit / 8] = static_cast<char>(flipped[bit / 8] ^ 1 << bit % 8);

@@ -45,7 +45,7 @@ protected:
     clsEvent go;
     const TestJob::Work hold = [this]
     {
-        WaitForSingleObject(go.Get(), patience);
+        WaitForSingleObject(go.Get(), kPatience);
     };
 };
 
@@ -56,9 +56,9 @@ TEST(Workers, HowMany)
         unsigned wanted, processors;
         int dispatchers;
         unsigned expected;
-    } cases[] = {{0, 1, 1, 1}, {0, 2, 1, 1}, {0, 8, 10, 7}, {0, 8, 11, 2}, {0, 2, 11, 1}, {5, 1, 10, 5}, {5, 1, 11, 2},
+    } kCases[] = {{0, 1, 1, 1}, {0, 2, 1, 1}, {0, 8, 10, 7}, {0, 8, 11, 2}, {0, 2, 11, 1}, {5, 1, 10, 5}, {5, 1, 11, 2},
         {1, 8, 11, 1}};
-    for (const auto& c : cases)
+    for (const auto& c : kCases)
         EXPECT_EQ(MaximumWorkers(c.wanted, c.processors, c.dispatchers), c.expected);
     EXPECT_GE(ProcessorCount(), 1u);
 
@@ -155,7 +155,7 @@ TEST_F(JobDispatcher, NoFinalizeEndsBeforeAJobThatAnotherOneRuns)
     };
     pool.AddJob(MakeJob(new TestJob(counts, work, 0, false), &host));
     std::thread first([&] { pool.Finalize(&host); });
-    WaitForSingleObject(isRunning.Get(), patience);
+    WaitForSingleObject(isRunning.Get(), kPatience);
     pool.Finalize(&host);
     EXPECT_TRUE(hasEnded);
     first.join();
@@ -254,7 +254,7 @@ TEST_F(JobDispatcher, AReleaseMayTakeAnyTime)
     };
     const auto untilRelease = [&]
     {
-        WaitForSingleObject(isReleasing.Get(), patience);
+        WaitForSingleObject(isReleasing.Get(), kPatience);
     };
     Dispatcher pool(2, L"pool");
     pool.AddJob(MakeJob(slowAtItsEnd(3), &host));

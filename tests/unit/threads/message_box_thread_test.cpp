@@ -21,14 +21,14 @@ namespace
 // Stands for the standard error stream, where message boxes appear: whoever shows one waits until it is emptied.
 class FullStream
 {
-    static constexpr std::size_t filling = 4096;
+    static constexpr std::size_t kFilling = 4096;
 
 public:
     FullStream()
     {
         EXPECT_EQ(pipe2(_ends, O_CLOEXEC), 0);
-        EXPECT_EQ(fcntl(_ends[1], F_SETPIPE_SZ, static_cast<int>(filling)), static_cast<int>(filling));
-        EXPECT_EQ(write(_ends[1], std::string(filling, '.').data(), filling), static_cast<ssize_t>(filling));
+        EXPECT_EQ(fcntl(_ends[1], F_SETPIPE_SZ, static_cast<int>(kFilling)), static_cast<int>(kFilling));
+        EXPECT_EQ(write(_ends[1], std::string(kFilling, '.').data(), kFilling), static_cast<ssize_t>(kFilling));
         dup2(_ends[1], STDERR_FILENO);
         close(_ends[1]);
     }
@@ -42,7 +42,7 @@ public:
     // The next bytes of so many that were written to it.
     std::string Take(std::size_t count)
     {
-        std::string text(filling + count, 0);
+        std::string text(kFilling + count, 0);
         for (std::size_t done = 0; done < text.size();)
         {
             const ssize_t part = read(_ends[0], text.data() + done, text.size() - done);
@@ -50,7 +50,7 @@ public:
                 return "(nothing)";
             done += static_cast<std::size_t>(part);
         }
-        return text.substr(filling);
+        return text.substr(kFilling);
     }
 
 private:

@@ -18,7 +18,7 @@ using namespace qxtest;
 namespace
 {
 
-constexpr std::uint64_t hour = unitsPerHour;
+constexpr std::uint64_t kHour = kUnitsPerHour;
 
 std::uint64_t Now()
 {
@@ -30,7 +30,7 @@ std::uint64_t Now()
 // How many lines have the name in this place.
 std::size_t CountOf(const DebugLines& lines, const wchar_t* format, const String& name)
 {
-    return lines.CountOf(String(String::formatted, format, name.Text()).View());
+    return lines.CountOf(String(String::kFormatted, format, name.Text()).View());
 }
 
 // Stands still unless it is told, and the thread waits until it is told to end: the test calls the rounds itself.
@@ -91,7 +91,7 @@ TEST_F(TempFileRemover, FilesGoWhenTheyHaveRestedForTenSeconds)
     remover.Add(name);
     EXPECT_EQ(remover.Round(), 9900u);
     EXPECT_TRUE(Exists(name));
-    clock.utc += 10 * unitsPerSecond - 10'000;
+    clock.utc += 10 * kUnitsPerSecond - 10'000;
     remover.Round();
     EXPECT_TRUE(Exists(name));
     clock.utc += 10'000;
@@ -102,8 +102,8 @@ TEST_F(TempFileRemover, FilesGoWhenTheyHaveRestedForTenSeconds)
 
 TEST_F(TempFileRemover, AFileInUseStaysOnTheList)
 {
-    const String held = Make(L"_23_a.tmp", hour);
-    const String free = Make(L"_23_b.tmp", hour);
+    const String held = Make(L"_23_a.tmp", kHour);
+    const String free = Make(L"_23_b.tmp", kHour);
     clsGenericHandleObjectAutoRelease holder(
         CreateFileW(held, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr), true);
     const UserIs developer(L"qvx");
@@ -147,11 +147,11 @@ TEST_F(TempFileRemover, ManyFiles)
         {std::pair(3, 9700u), std::pair(89, 1100u), std::pair(90, 1000u), std::pair(100, 1000u)})
     {
         for (; count < files; ++count)
-            remover.Add(Make(String(String::formatted, L"_23_%d.tmp", count), 0));
+            remover.Add(Make(String(String::kFormatted, L"_23_%d.tmp", count), 0));
         EXPECT_EQ(remover.Round(), pause);
     }
     // Looking at a file takes 25 ms now; each of them has 10 on the average.
-    clock.utc += hour;
+    clock.utc += kHour;
     clock.ticksForAsking = 25;
     EXPECT_EQ(remover.Round(), 10'000u - 100 * 61);
     EXPECT_FALSE(Exists(InFolder(L"_23_38.tmp")));
@@ -163,9 +163,9 @@ TEST_F(TempFileRemover, OncePerDayAnHourOldFilesAreSwept)
     clsTempFileRemover remover(clock);
     const auto isSwept = [&](unsigned long long ticks, std::uint64_t signalAge)
     {
-        const String old = Make(L"_23_old.tmp", hour + 10'000);
-        const String fresh = Make(L"_23_fresh.tmp", hour);
-        const String ofOthers = Make(L"_22_old.tmp", 24 * hour);
+        const String old = Make(L"_23_old.tmp", kHour + 10'000);
+        const String fresh = Make(L"_23_fresh.tmp", kHour);
+        const String ofOthers = Make(L"_22_old.tmp", 24 * kHour);
         Make(L"_23_activity.signal", signalAge);
         clock.ticks += ticks;
         const UserIs developer(L"qvx");
@@ -181,22 +181,22 @@ TEST_F(TempFileRemover, OncePerDayAnHourOldFilesAreSwept)
             DeleteFileW(name);
         return isGone;
     };
-    EXPECT_TRUE(isSwept(0, 3 * hour + 1000));
-    EXPECT_FALSE(isSwept(86'399'999, 4 * hour));
-    EXPECT_TRUE(isSwept(1, 400 * hour));
-    EXPECT_FALSE(isSwept(86'400'000, 3 * hour)); // somebody is alive
-    EXPECT_FALSE(isSwept(86'399'999, 4 * hour)); // and that was this day's try
-    EXPECT_TRUE(isSwept(1, 4 * hour));
+    EXPECT_TRUE(isSwept(0, 3 * kHour + 1000));
+    EXPECT_FALSE(isSwept(86'399'999, 4 * kHour));
+    EXPECT_TRUE(isSwept(1, 400 * kHour));
+    EXPECT_FALSE(isSwept(86'400'000, 3 * kHour)); // somebody is alive
+    EXPECT_FALSE(isSwept(86'399'999, 4 * kHour)); // and that was this day's try
+    EXPECT_TRUE(isSwept(1, 4 * kHour));
 }
 
 TEST_F(TempFileRemover, EachRoundTouchesTheActivityFile)
 {
     clsTempFileRemover remover(clock);
-    Make(L"_23_activity.signal", 5 * hour);
+    Make(L"_23_activity.signal", 5 * kHour);
     remover.Round();
     WIN32_FILE_ATTRIBUTE_DATA data{};
     ASSERT_TRUE(GetFileAttributesExW(Signal(), GetFileExInfoStandard, &data));
-    EXPECT_GE(UnitsOf(data.ftLastWriteTime), clock.utc - 60 * unitsPerSecond);
+    EXPECT_GE(UnitsOf(data.ftLastWriteTime), clock.utc - 60 * kUnitsPerSecond);
     const std::string note = BytesOf(Signal());
     ASSERT_GT(note.size(), 12u);
     EXPECT_EQ(note.size() % 2, 0u);
@@ -215,7 +215,7 @@ TEST_F(TempFileRemover, WithoutTheFolderTheFirstFileStartsTheThread)
     ASSERT_TRUE(RemoveDirectoryW(Folder()));
     const DebugLines lines;
     clsTempFileRemover remover(clock);
-    EXPECT_EQ(lines.Only(), String(String::formatted, L"WRN: UTIL: path '%s' does not exist", Folder().Text()));
+    EXPECT_EQ(lines.Only(), String(String::kFormatted, L"WRN: UTIL: path '%s' does not exist", Folder().Text()));
     EXPECT_EQ(remover.GetThreadState(), clsThreadBase::State::None);
     remover.Add(L"none");
     EXPECT_EQ(remover.GetThreadState(), clsThreadBase::State::Running);

@@ -61,7 +61,7 @@ TEST(ThreadBase, NamesInTheObjectAndInTheDictionary)
             return UntilStopped(self);
         },
         L"Work::er");
-    EXPECT_STREQ(String(String::formatted, L"%hs", thread.Name()), LibraryPaths().baseName + L"::Work::er");
+    EXPECT_STREQ(String(String::kFormatted, L"%hs", thread.Name()), LibraryPaths().baseName + L"::Work::er");
     ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
     const unsigned id = thread.ThreadId();
     thread.ThreadEnd(false, INFINITE, true);
@@ -98,11 +98,11 @@ TEST(ThreadBase, WaitWithoutHandlesIsASleepThatStopEnds)
         {
             const Stopwatch watch;
             int result = 0;
-            const bool isRight = self.WaitForEvents(200, result, 0) && result == clsThreadBase::timedOut;
+            const bool isRight = self.WaitForEvents(200, result, 0) && result == clsThreadBase::kTimedOut;
             priority = GetThreadPriority(GetCurrentThread());
             elapsed = watch.Milliseconds();
-            const bool goesOn = self.WaitForEvents(patience, result, 0);
-            return isRight && !goesOn && result == clsThreadBase::stopRequested ? 5u : 6u;
+            const bool goesOn = self.WaitForEvents(kPatience, result, 0);
+            return isRight && !goesOn && result == clsThreadBase::kStopRequested ? 5u : 6u;
         });
     ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_BELOW_NORMAL));
     EXPECT_TRUE(WaitUntil([&] { return elapsed != 0; }));
@@ -123,11 +123,11 @@ TEST(ThreadBase, WhatEndsAWait)
             WaitForSingleObject(go.Get(), INFINITE);
             int result = 0;
             const bool goesOn = self.WaitForEvents(INFINITE, result, 1, first.Get());
-            return !goesOn && result == clsThreadBase::stopRequested ? 1u : 0u;
+            return !goesOn && result == clsThreadBase::kStopRequested ? 1u : 0u;
         });
     int result = 0;
     EXPECT_TRUE(thread.WaitForEvents(0, result, 2, first.Get(), second.Get()));
-    EXPECT_EQ(result, clsThreadBase::timedOut);
+    EXPECT_EQ(result, clsThreadBase::kTimedOut);
     second.Set();
     EXPECT_TRUE(thread.WaitForEvents(INFINITE, result, 2, first.Get(), second.Get()));
     EXPECT_EQ(result, 1);
@@ -135,11 +135,11 @@ TEST(ThreadBase, WhatEndsAWait)
     EXPECT_TRUE(thread.WaitForEvents(INFINITE, result, 2, first.Get(), second.Get()));
     EXPECT_EQ(result, 0);
     EXPECT_TRUE(thread.WaitForEvents(INFINITE, result, 2, first.Get(), HANDLE{nullptr}));
-    EXPECT_EQ(result, clsThreadBase::waitFailed);
+    EXPECT_EQ(result, clsThreadBase::kWaitFailed);
 
     // The stop event comes before those that are given.
     ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
-    WaitForSingleObject(isReady.Get(), patience);
+    WaitForSingleObject(isReady.Get(), kPatience);
     EXPECT_EQ(thread.ThreadEnd(false, 0, false), 1); // sets the stop event, and leaves the thread
     go.Set();
     EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
@@ -171,8 +171,8 @@ TEST(ThreadBase, KindsOfWaits)
             thread.waitsAlertable = isAlertable;
             ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
             ASSERT_TRUE(WaitUntil([&] { return thread.GetThreadState() == State::Exited; }));
-            EXPECT_EQ(forMessage, pumps ? clsThreadBase::messageArrived : clsThreadBase::timedOut);
-            EXPECT_EQ(forCall, isAlertable ? clsThreadBase::completionRoutineRan : clsThreadBase::timedOut);
+            EXPECT_EQ(forMessage, pumps ? clsThreadBase::kMessageArrived : clsThreadBase::kTimedOut);
+            EXPECT_EQ(forCall, isAlertable ? clsThreadBase::kCompletionRoutineRan : clsThreadBase::kTimedOut);
         }
 }
 
@@ -186,7 +186,7 @@ TEST(ThreadBase, AStartThatFails)
         const MemoryBound bound(1 << 30);
         EXPECT_FALSE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
     }
-    const String start(String::formatted,
+    const String start(String::kFormatted,
         L"clsThreadBase(%hs)::ThreadStart: Cannot create thread (stack size 4194300 KiB): errno=%d, GetLastError()=",
         thread.Name(), EAGAIN);
     EXPECT_EQ(thread.GetLastErrorString().View().substr(0, start.Length()), start.View());

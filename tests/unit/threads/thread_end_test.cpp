@@ -29,7 +29,7 @@ TEST(ThreadEnd, FromTheThreadItselfOnlySetsTheStopEvent)
     const DebugLines lines;
     EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
     EXPECT_EQ(thread.ExitCode(), 7u);
-    const String start(String::formatted, L"thread '%hs' was alive for ", thread.Name());
+    const String start(String::kFormatted, L"thread '%hs' was alive for ", thread.Name());
     EXPECT_EQ(lines.Only().View().substr(0, start.Length()), start.View());
     EXPECT_EQ(lines.CountOf(L" ms (UserMode: "), 1u);
 }
@@ -70,7 +70,7 @@ TEST(ThreadEnd, AThreadInACriticalSectionHasToLeaveItFirst)
             return WaitForSingleObject(go.Get(), INFINITE);
         });
     ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
-    ASSERT_EQ(WaitForSingleObject(isInside.Get(), patience), WAIT_OBJECT_0);
+    ASSERT_EQ(WaitForSingleObject(isInside.Get(), kPatience), WAIT_OBJECT_0);
     const UserIs developer(L"qvx");
     const DebugLines lines;
     EXPECT_EQ(thread.ThreadEnd(false, 50, true), 0);
@@ -119,7 +119,7 @@ TEST(ThreadEnd, WhileAnotherEndWaits)
     std::atomic<int> outer = -1;
     TestThread ender([&](TestThread&) { return outer = thread.ThreadEnd(false, INFINITE, true), 0u; });
     ASSERT_TRUE(ender.ThreadStart(THREAD_PRIORITY_NORMAL));
-    ASSERT_EQ(WaitForSingleObject(isStopping.Get(), patience), WAIT_OBJECT_0);
+    ASSERT_EQ(WaitForSingleObject(isStopping.Get(), kPatience), WAIT_OBJECT_0);
     {
         const UserIs developer(L"qvx");
         const DebugLines lines;
@@ -153,12 +153,12 @@ TEST(ThreadEnd, TheDestructorEndsWhatASubclassLeft)
                 isRunning.Set();
                 return WaitUntil([&] { return lines.Count() != 0; }) ? 0u : 1u;
             });
-        name = String(String::formatted, L"%hs", thread.Name());
+        name = String(String::kFormatted, L"%hs", thread.Name());
         ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
-        WaitForSingleObject(isRunning.Get(), patience);
+        WaitForSingleObject(isRunning.Get(), kPatience);
     }
     EXPECT_EQ(lines.Only(),
-        String(String::formatted,
+        String(String::kFormatted,
             L"clsThreadBase(%s)::~clsThreadBase: warning: derived class does not end thread. I do it here - cross your "
             L"fingers that the derived class does not access any members in the thread function!!!",
             name.Text()));

@@ -22,7 +22,7 @@
 namespace qxtest
 {
 
-constexpr DWORD patience = 20'000;
+constexpr DWORD kPatience = 20'000;
 
 // Runs a function, which gets the thread's object.
 class TestThread : public qx::clsThreadBase
@@ -68,7 +68,7 @@ inline unsigned Hang(TestThread&)
 template <class Condition>
 bool WaitUntil(Condition&& condition)
 {
-    const ULONGLONG end = GetTickCount64() + patience;
+    const ULONGLONG end = GetTickCount64() + kPatience;
     while (!condition())
     {
         if (GetTickCount64() > end)

@@ -37,7 +37,7 @@ BuiltMember Changed(BuiltMember member, void (*change)(BuiltMember&))
     return member;
 }
 
-BuiltMember Meta(const std::string& content, std::uint16_t method = zipMethodDeflate)
+BuiltMember Meta(const std::string& content, std::uint16_t method = kZipMethodDeflate)
 {
     return BuiltMember("meta.xml", content, method);
 }
@@ -54,10 +54,10 @@ const BuiltMember other("content.xml", "content"), meta = Meta("<meta>"), core("
 TEST(ZIPMemberText, Table)
 {
     const std::wstring_view none; // no text is handed over
-    constexpr wchar_t noFinalizer[] = L"WRN: GetZIPFilenames: file has bad format (no finalizer)";
-    constexpr wchar_t noneFound[] = L"WRN: GetZIPFilenames: read error (no finalizer found)";
-    constexpr wchar_t badFormat[] = L"WRN: GetZIPFilenames: file has bad format";
-    constexpr wchar_t badEntry[] = L"ERR: bad ZIP FILE ENTRY";
+    constexpr wchar_t kNoFinalizer[] = L"WRN: GetZIPFilenames: file has bad format (no finalizer)";
+    constexpr wchar_t kNoneFound[] = L"WRN: GetZIPFilenames: read error (no finalizer found)";
+    constexpr wchar_t kBadFormat[] = L"WRN: GetZIPFilenames: file has bad format";
+    constexpr wchar_t kBadEntry[] = L"ERR: bad ZIP FILE ENTRY";
     const std::string usual = Build({other, meta}), single = Build({meta});
     const std::size_t place = usual.size() - 6; // of the directory
     const std::string long255(255, 'n'), long256(256, 'n');
@@ -68,8 +68,8 @@ TEST(ZIPMemberText, Table)
         std::wstring_view text;
         const wchar_t* line = L""; // the only debug line
         unsigned codePage = 0;
-    } cases[] = {{std::string(21, 'P'), -1, none, noFinalizer}, {"", -1, none, noFinalizer},
-        {std::string(22, 'P'), -1, none, noneFound}, {Build({meta}, "!"), -1, none, noneFound}, {Build({}), -1, none},
+    } cases[] = {{std::string(21, 'P'), -1, none, kNoFinalizer}, {"", -1, none, kNoFinalizer},
+        {std::string(22, 'P'), -1, none, kNoneFound}, {Build({meta}, "!"), -1, none, kNoneFound}, {Build({}), -1, none},
         {Build({other}), -1, none}, {usual, 0, L"<meta>"}, {Build({other, core}), 0, L"<core>"},
         {Build({core, meta}), 0, L"<core>"}, {Build({BuiltMember("META.XML", "x")}), 0, L"x"},
         {Build({BuiltMember("x/meta.xml", "x")}), -1, none}, {Build({Meta("stored", 0)}), 0, L"stored"},
@@ -84,16 +84,16 @@ TEST(ZIPMemberText, Table)
         {Build({Changed(meta, [](BuiltMember& m) { m.central.compressedSize = 0x7FFFFFF0; })}), 0, none},
         {Build({Changed(meta, [](BuiltMember& m) { m.data[0] = 7; })}), 0, none},
         // texts of more than 255 bytes
-        {Build({BuiltMember(long256, "x"), meta}), -1, none, badFormat},
+        {Build({BuiltMember(long256, "x"), meta}), -1, none, kBadFormat},
         {Build({BuiltMember(long255, "x"), meta}), 0, L"<meta>"},
-        {Build({Changed(meta, [](BuiltMember& m) { m.extra.assign(256, 'e'); })}), -1, none, badFormat},
-        {Build({Changed(meta, [](BuiltMember& m) { m.comment.assign(256, 'c'); })}), -1, none, badFormat},
+        {Build({Changed(meta, [](BuiltMember& m) { m.extra.assign(256, 'e'); })}), -1, none, kBadFormat},
+        {Build({Changed(meta, [](BuiltMember& m) { m.comment.assign(256, 'c'); })}), -1, none, kBadFormat},
         {Build({Changed(meta, [](BuiltMember& m) { m.comment = m.extra = std::string(255, 'c'); })}), 0, L"<meta>"},
         // a directory behind the end, and one at something else; local headers
-        {With(usual, place, std::string("\0\1\0\0", 4)), -1, none, badFormat},
-        {With(usual, place, std::string("\0\0\0\0", 4)), -1, none, badFormat},
-        {With(single, 0, "x"), 0, none, badEntry}, {With(single, 26, std::string("\0\1", 2)), 0, none, badEntry},
-        {With(single, 26, "\xFF"), 0, none, badEntry},
+        {With(usual, place, std::string("\0\1\0\0", 4)), -1, none, kBadFormat},
+        {With(usual, place, std::string("\0\0\0\0", 4)), -1, none, kBadFormat},
+        {With(single, 0, "x"), 0, none, kBadEntry}, {With(single, 26, std::string("\0\1", 2)), 0, none, kBadEntry},
+        {With(single, 26, "\xFF"), 0, none, kBadEntry},
         // code pages; stored text is in the default one
         {Build({Meta("\xC3\xA4")}), 0, L"\u00E4", L"", 65001}, {Build({Meta("plain", 0)}), 0, L"plain", L"", 1200},
         {Build({Meta("\xE4")}), 0, L"\u0434", L"", 1251}, {Build({Meta(std::string("a\0b", 3))}), 0, L"a"}};
@@ -110,7 +110,7 @@ TEST(ZIPMemberText, Table)
         EXPECT_STREQ(receiver.text, String(test.text));
         if (receiver.kind)
         {
-            EXPECT_EQ(receiver.kind == ZIPTextKind::officeOpenXml, test.text == L"<core>");
+            EXPECT_EQ(receiver.kind == ZIPTextKind::OfficeOpenXml, test.text == L"<core>");
         }
         EXPECT_STREQ(lines.Last(), test.line);
     }

@@ -175,7 +175,7 @@ TEST(Unzipper, NamesThatAreRefused)
         {"has no name", {"", "."}}};
     for (const auto& [problem, names] : cases)
         for (const std::string& name : names)
-            for (const unsigned flags : {0u, unsigned{zipFlagUtf8}})
+            for (const unsigned flags : {0u, unsigned{kZipFlagUtf8}})
             {
                 SCOPED_TRACE(name);
                 const Place place;

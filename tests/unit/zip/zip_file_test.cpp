@@ -334,7 +334,7 @@ TEST(ZIPFile, WithoutAPlaceForTemporaryFiles)
     std::filesystem::rename(temp, temp.string() + "-away");
     DebugLines lines;
     EXPECT_EQ(file.AddFile(source, L"", L""), clsZIPFile::kCannotStore);
-    EXPECT_STREQ(lines.Last(), String(String::formatted, L"ERR while compressing file '%s': -5", source));
+    EXPECT_STREQ(lines.Last(), String(String::kFormatted, L"ERR while compressing file '%s': -5", source));
     std::filesystem::rename(temp.string() + "-away", temp);
     ZIPFileTestAccess::Archive(file).Close();
     DeleteFileW(path);
@@ -354,7 +354,7 @@ TEST(ZIPFile, TooManyEntries)
         DebugLines lines;
         EXPECT_EQ(file.Close(), clsZIPFile::kCannotWrite);
         EXPECT_STREQ(
-            lines.Only(), String(String::formatted, L"ERR: more than 65535 entries in ZIP file '%s'", path.Text()));
+            lines.Only(), String(String::kFormatted, L"ERR: more than 65535 entries in ZIP file '%s'", path.Text()));
     }
     ZIPFileTestAccess::Archive(file).Close();
     EXPECT_EQ(BytesOf(path), "");
@@ -387,7 +387,7 @@ TEST(ZIPFile, WriteErrors)
         DebugLines lines;
         EXPECT_EQ(file.Close(), place == 0 ? clsZIPFile::kOk : clsZIPFile::kCannotWrite);
         EXPECT_STREQ(
-            lines.Last(), place == 0 ? String() : String(String::formatted, L"ERR: write error file '' (%d)", place))
+            lines.Last(), place == 0 ? String() : String(String::kFormatted, L"ERR: write error file '' (%d)", place))
             << room;
     }
 }
