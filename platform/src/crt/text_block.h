@@ -39,6 +39,23 @@ inline BlockUnits EightOf(wchar_t c)
     return BlockUnits{unit, unit, unit, unit, unit, unit, unit, unit};
 }
 
+// Two bits for each character, the first one lowest.
+inline unsigned MaskOf(BlockTruths lanes)
+{
+#if defined(__SSE2__)
+    return static_cast<unsigned>(_mm_movemask_epi8(reinterpret_cast<__m128i>(lanes)));
+#else
+    constexpr BlockUnits places = {0x3, 0xc, 0x30, 0xc0, 0x300, 0xc00, 0x3000, 0xc000};
+    const BlockUnits bits = reinterpret_cast<BlockUnits>(lanes) & places;
+    std::uint64_t halves[2];
+    std::memcpy(halves, &bits, sizeof halves);
+    std::uint64_t all = halves[0] | halves[1];
+    all |= all >> 32;
+    all |= all >> 16;
+    return static_cast<unsigned>(all & 0xffff);
+#endif
+}
+
 // The characters of a block for which something holds.
 class BlockLanes
 {
@@ -48,28 +65,10 @@ public:
     BlockLanes operator|(BlockLanes other) const { return BlockLanes(_lanes | other._lanes); }
     BlockLanes Without(BlockLanes other) const { return BlockLanes(_lanes & ~other._lanes); }
 
-    // Two bits for each character, the first one lowest.
-    unsigned Mask() const
-    {
-#if defined(__SSE2__)
-        return static_cast<unsigned>(_mm_movemask_epi8(reinterpret_cast<__m128i>(_lanes)));
-#else
-        constexpr BlockUnits places = {0x3, 0xc, 0x30, 0xc0, 0x300, 0xc00, 0x3000, 0xc000};
-        const BlockUnits bits = reinterpret_cast<BlockUnits>(_lanes) & places;
-        std::uint64_t halves[2];
-        std::memcpy(halves, &bits, sizeof halves);
-        std::uint64_t all = halves[0] | halves[1];
-        all |= all >> 32;
-        all |= all >> 16;
-        return static_cast<unsigned>(all & 0xffff);
-#endif
-    }
+    unsigned Mask() const { return MaskOf(_lanes); }
 
     static constexpr unsigned All = 0xffff;
-    static std::size_t First(unsigned mask)
-    {
-        return static_cast<std::size_t>(__builtin_ctz(mask)) / 2;
-    }
+    static std::size_t First(unsigned mask) { return static_cast<std::size_t>(__builtin_ctz(mask)) / 2; }
 
 private:
     BlockTruths _lanes;
