@@ -1,10 +1,13 @@
 // Eight characters at a time, for the functions that walk texts.
 #pragma once
 
-#include <emmintrin.h>
-
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace qxplatform
 {
@@ -25,49 +28,74 @@ constexpr bool ReadsWholeBlocks = true;
 
 constexpr std::size_t BlockLength = 8;
 
+// The compiler's own vectors, which it has for every processor. A comparison of them has all bits set in each element
+// for which it holds.
+typedef std::uint16_t BlockUnits __attribute__((vector_size(16)));
+typedef std::int16_t BlockTruths __attribute__((vector_size(16)));
+
+inline BlockUnits EightOf(wchar_t c)
+{
+    const auto unit = static_cast<std::uint16_t>(c);
+    return BlockUnits{unit, unit, unit, unit, unit, unit, unit, unit};
+}
+
+// Two bits for each character, the first one lowest.
+inline unsigned MaskOf(BlockTruths lanes)
+{
+#if defined(__SSE2__)
+    return static_cast<unsigned>(_mm_movemask_epi8(reinterpret_cast<__m128i>(lanes)));
+#else
+    constexpr BlockUnits places = {0x3, 0xc, 0x30, 0xc0, 0x300, 0xc00, 0x3000, 0xc000};
+    const BlockUnits bits = reinterpret_cast<BlockUnits>(lanes) & places;
+    std::uint64_t halves[2];
+    std::memcpy(halves, &bits, sizeof halves);
+    std::uint64_t all = halves[0] | halves[1];
+    all |= all >> 32;
+    all |= all >> 16;
+    return static_cast<unsigned>(all & 0xffff);
+#endif
+}
+
 // The characters of a block for which something holds.
 class BlockLanes
 {
 public:
-    explicit BlockLanes(__m128i lanes) : _lanes(lanes) {}
+    explicit BlockLanes(BlockTruths lanes) : _lanes(lanes) {}
 
-    BlockLanes operator|(BlockLanes other) const { return BlockLanes(_mm_or_si128(_lanes, other._lanes)); }
-    BlockLanes Without(BlockLanes other) const { return BlockLanes(_mm_andnot_si128(other._lanes, _lanes)); }
+    BlockLanes operator|(BlockLanes other) const { return BlockLanes(_lanes | other._lanes); }
+    BlockLanes Without(BlockLanes other) const { return BlockLanes(_lanes & ~other._lanes); }
 
-    // Two bits for each character, the first one lowest.
-    unsigned Mask() const { return static_cast<unsigned>(_mm_movemask_epi8(_lanes)); }
+    unsigned Mask() const { return MaskOf(_lanes); }
 
     static constexpr unsigned All = 0xffff;
     static std::size_t First(unsigned mask) { return static_cast<std::size_t>(__builtin_ctz(mask)) / 2; }
 
 private:
-    __m128i _lanes;
+    BlockTruths _lanes;
 };
 
 class TextBlock
 {
 public:
-    explicit TextBlock(const wchar_t* text) : _data(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text))) {}
+    explicit TextBlock(const wchar_t* text) { std::memcpy(&_data, text, sizeof _data); }
 
-    BlockLanes Where(wchar_t c) const
-    {
-        return BlockLanes(_mm_cmpeq_epi16(_data, _mm_set1_epi16(static_cast<short>(c))));
-    }
-    BlockLanes WhereSame(TextBlock other) const { return BlockLanes(_mm_cmpeq_epi16(_data, other._data)); }
+    BlockLanes Where(wchar_t c) const { return BlockLanes(_data == EightOf(c)); }
+    BlockLanes WhereSame(TextBlock other) const { return BlockLanes(_data == other._data); }
 
     // With A to Z as a to z.
     TextBlock Folded() const
     {
-        const __m128i fromA = _mm_cmpgt_epi16(_data, _mm_set1_epi16(L'A' - 1));
-        const __m128i toZ = _mm_cmplt_epi16(_data, _mm_set1_epi16(L'Z' + 1));
-        const __m128i shift = _mm_and_si128(_mm_and_si128(fromA, toZ), _mm_set1_epi16(L'a' - L'A'));
-        return TextBlock(_mm_add_epi16(_data, shift));
+        // Signed numbers are compared in one step, and those from U+8000 on are below 0.
+        const auto numbers = reinterpret_cast<BlockTruths>(_data);
+        const BlockTruths isCapital = (numbers > reinterpret_cast<BlockTruths>(EightOf(L'A' - 1))) &
+                                      (numbers < reinterpret_cast<BlockTruths>(EightOf(L'Z' + 1)));
+        return TextBlock(_data + (reinterpret_cast<BlockUnits>(isCapital) & EightOf(L'a' - L'A')));
     }
 
 private:
-    explicit TextBlock(__m128i data) : _data(data) {}
+    explicit TextBlock(BlockUnits data) : _data(data) {}
 
-    __m128i _data;
+    BlockUnits _data;
 };
 
 // Where the aligned block that holds *text starts; it lies in one page.

@@ -28,17 +28,27 @@ int StopSignal()
     return SIGRTMIN + 5;
 }
 
+[[maybe_unused]] std::uintptr_t ProgramCounter(const mcontext_t& registers)
+{
+#if defined(__x86_64__)
+    return static_cast<std::uintptr_t>(registers.gregs[REG_RIP]);
+#elif defined(__aarch64__)
+    return registers.pc;
+#else
+#error "where does this processor's context keep the program counter?"
+#endif
+}
+
 // Stopped anywhere else, a thread could hold the allocator's lock or one of the layer's, and whoever needs that lock
 // would wait for as long as the thread is stopped: for ever, where it is to end.
 bool IsHarmlessPlace(const void* context)
 {
-#if defined(__SANITIZE_THREAD__) || !defined(__x86_64__)
+#if defined(__SANITIZE_THREAD__)
     // The thread sanitizer runs handlers later than the place that they are told. Threads then stop where they block.
     (void)context;
     return false;
 #else
-    const auto& registers = static_cast<const ucontext_t*>(context)->uc_mcontext.gregs;
-    return IsInLayerCode(static_cast<std::uintptr_t>(registers[REG_RIP]));
+    return IsInLayerCode(ProgramCounter(static_cast<const ucontext_t*>(context)->uc_mcontext));
 #endif
 }
 
