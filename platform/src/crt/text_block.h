@@ -1,4 +1,4 @@
-// Eight characters at a time, for the functions that walk texts.
+// Processes eight characters at a time, for functions that scan texts.
 #pragma once
 
 #include <emmintrin.h>
@@ -9,8 +9,8 @@
 namespace qxplatform
 {
 
-// Terminated texts are read in whole blocks, which can reach behind the terminator but never into another page. The
-// sanitizers would take that for a fault, and are to see each character read on its own.
+// Terminated texts are read in whole blocks, which may extend past the terminator but never into another page. The
+// sanitizers would report this, and should check each character individually.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool ReadsWholeBlocks = false;
 #elif defined(__has_feature)
@@ -25,7 +25,7 @@ constexpr bool ReadsWholeBlocks = true;
 
 constexpr std::size_t BlockLength = 8;
 
-// The characters of a block for which something holds.
+// The characters of a block that satisfy a condition.
 class BlockLanes
 {
 public:
@@ -55,7 +55,7 @@ public:
     }
     BlockLanes WhereSame(TextBlock other) const { return BlockLanes(_mm_cmpeq_epi16(_data, other._data)); }
 
-    // With A to Z as a to z.
+    // The block with A to Z converted to a to z.
     TextBlock Folded() const
     {
         const __m128i fromA = _mm_cmpgt_epi16(_data, _mm_set1_epi16(L'A' - 1));
@@ -70,21 +70,21 @@ private:
     __m128i _data;
 };
 
-// Where the aligned block that holds *text starts; it lies in one page.
+// Returns the start of the aligned block that contains *text. It is in the same page.
 inline const wchar_t* BlockStart(const wchar_t* text)
 {
     return reinterpret_cast<const wchar_t*>(
         reinterpret_cast<std::uintptr_t>(text) & ~std::uintptr_t{sizeof(TextBlock) - 1});
 }
 
-// Four aligned blocks lie in one page as well, if the first of them starts so.
+// Four aligned blocks are also in one page if the first of them starts here.
 constexpr std::size_t LineLength = 4 * BlockLength;
 inline bool IsLineStart(const wchar_t* text)
 {
     return (reinterpret_cast<std::uintptr_t>(text) & (4 * sizeof(TextBlock) - 1)) == 0;
 }
 
-// Whether eight characters from here on lie in one page, so that they can be read wherever the text ends.
+// Returns true if the next eight characters are in one page, so that they can be read wherever the text ends.
 inline bool FitsInPage(const wchar_t* text)
 {
     constexpr std::uintptr_t kPageSize = 4096;
