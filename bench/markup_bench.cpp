@@ -1,6 +1,7 @@
 // HTML to text, masking and unmasking of 5 MB, compared with libxml2's HTML parser plus a text walk and with GLib's
 // escaping. The peers process UTF-8, the library UTF-16 of the same text.
 #include <qxut23/markup.h>
+#include <qxut23/page_text.h>
 
 #include <oleauto.h>
 #include <windows.h>
@@ -76,6 +77,11 @@ void HtmlToText_Ours(benchmark::State& state)
     Ours(state, Wide(Page()), [](const wchar_t* text, BSTR* result) { UtilConvertHtml2PlainText(text, result, 0); });
 }
 
+void PageText_Ours(benchmark::State& state)
+{
+    Ours(state, Wide(Page()), [](const wchar_t* text, BSTR* result) { QxConvertHtml2PlainText(text, result, 0); });
+}
+
 void HtmlToText_Libxml2(benchmark::State& state)
 {
     for (auto _ : state)
@@ -117,6 +123,8 @@ void Demask_Ours(benchmark::State& state)
 
 BENCHMARK(HtmlToText_Ours)->Name("html to text/ours")->Unit(benchmark::kMillisecond);
 BENCHMARK(HtmlToText_Libxml2)->Name("html to text/libxml2")->Unit(benchmark::kMillisecond);
+BENCHMARK(PageText_Ours)->Name("page text/ours")->Unit(benchmark::kMillisecond);
+BENCHMARK(HtmlToText_Libxml2)->Name("page text/libxml2")->Unit(benchmark::kMillisecond);
 BENCHMARK(Mask_Ours)->Name("mask/ours")->Unit(benchmark::kMillisecond);
 BENCHMARK(Mask_GLib)->Name("mask/GLib")->Unit(benchmark::kMillisecond);
 BENCHMARK(Demask_Ours)->Name("demask/ours")->Unit(benchmark::kMillisecond);
