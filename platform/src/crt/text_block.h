@@ -1,4 +1,4 @@
-// Eight characters at a time, for the functions that walk texts.
+// Processes eight characters at a time, for functions that scan texts.
 #pragma once
 
 #include <cstddef>
@@ -12,8 +12,8 @@
 namespace qxplatform
 {
 
-// Terminated texts are read in whole blocks, which can reach behind the terminator but never into another page. The
-// sanitizers would take that for a fault, and are to see each character read on its own.
+// Terminated texts are read in whole blocks, which may extend past the terminator but never into another page. The
+// sanitizers would report this, and should check each character individually.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool ReadsWholeBlocks = false;
 #elif defined(__has_feature)
@@ -28,8 +28,8 @@ constexpr bool ReadsWholeBlocks = true;
 
 constexpr std::size_t BlockLength = 8;
 
-// The compiler's own vectors, which it has for every processor. A comparison of them has all bits set in each element
-// for which it holds.
+// The compiler's own vectors, which exist for every processor. A comparison sets all bits of each element that satisfies
+// it.
 typedef std::uint16_t BlockUnits __attribute__((vector_size(16)));
 typedef std::int16_t BlockTruths __attribute__((vector_size(16)));
 
@@ -39,14 +39,14 @@ inline BlockUnits EightOf(wchar_t c)
     return BlockUnits{unit, unit, unit, unit, unit, unit, unit, unit};
 }
 
-// Two bits for each character, the first one lowest.
+// Returns two bits per character, the first character lowest.
 inline unsigned MaskOf(BlockTruths lanes)
 {
 #if defined(__SSE2__)
     return static_cast<unsigned>(_mm_movemask_epi8(reinterpret_cast<__m128i>(lanes)));
 #else
-    constexpr BlockUnits places = {0x3, 0xc, 0x30, 0xc0, 0x300, 0xc00, 0x3000, 0xc000};
-    const BlockUnits bits = reinterpret_cast<BlockUnits>(lanes) & places;
+    constexpr BlockUnits kPlaces = {0x3, 0xc, 0x30, 0xc0, 0x300, 0xc00, 0x3000, 0xc000};
+    const BlockUnits bits = reinterpret_cast<BlockUnits>(lanes) & kPlaces;
     std::uint64_t halves[2];
     std::memcpy(halves, &bits, sizeof halves);
     std::uint64_t all = halves[0] | halves[1];
@@ -56,7 +56,7 @@ inline unsigned MaskOf(BlockTruths lanes)
 #endif
 }
 
-// The characters of a block for which something holds.
+// The characters of a block that satisfy a condition.
 class BlockLanes
 {
 public:
@@ -82,7 +82,7 @@ public:
     BlockLanes Where(wchar_t c) const { return BlockLanes(_data == EightOf(c)); }
     BlockLanes WhereSame(TextBlock other) const { return BlockLanes(_data == other._data); }
 
-    // With A to Z as a to z.
+    // The block with A to Z converted to a to z.
     TextBlock Folded() const
     {
         // Signed numbers are compared in one step, and those from U+8000 on are below 0.
@@ -98,21 +98,21 @@ private:
     BlockUnits _data;
 };
 
-// Where the aligned block that holds *text starts; it lies in one page.
+// Returns the start of the aligned block that contains *text. It is in the same page.
 inline const wchar_t* BlockStart(const wchar_t* text)
 {
     return reinterpret_cast<const wchar_t*>(
         reinterpret_cast<std::uintptr_t>(text) & ~std::uintptr_t{sizeof(TextBlock) - 1});
 }
 
-// Four aligned blocks lie in one page as well, if the first of them starts so.
+// Four aligned blocks are also in one page if the first of them starts here.
 constexpr std::size_t LineLength = 4 * BlockLength;
 inline bool IsLineStart(const wchar_t* text)
 {
     return (reinterpret_cast<std::uintptr_t>(text) & (4 * sizeof(TextBlock) - 1)) == 0;
 }
 
-// Whether eight characters from here on lie in one page, so that they can be read wherever the text ends.
+// Returns true if the next eight characters are in one page, so that they can be read wherever the text ends.
 inline bool FitsInPage(const wchar_t* text)
 {
     constexpr std::uintptr_t kPageSize = 4096;
