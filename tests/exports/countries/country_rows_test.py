@@ -1,6 +1,6 @@
-"""country_rows_test.py SOURCE_FOLDER: compares the library's lists of countries with what others publish: Debian's
+"""country_rows_test.py SOURCE_FOLDER: compares the library's lists of countries with published data: Debian's
 iso-codes (ISO 3166, ISO 4217), the table of countries of the time zone data, the locale definitions of the C library
-(calling codes and codes of vehicles), the metadata of phonenumbers (calling codes), and ICU (currencies, native names)."""
+(calling codes and vehicle codes), the metadata of phonenumbers (calling codes), and ICU (currencies, native names)."""
 
 import glob
 import json
@@ -21,13 +21,13 @@ def iso_codes(name):
 
 
 def comparable(name):
-    """The parts of a name, in whatever order they stand: "Virgin Islands, British" is "British Virgin Islands"."""
+    """Returns the sorted words of a name, so that "Virgin Islands, British" equals "British Virgin Islands"."""
     name = name.replace("&", "and").replace("’", "'").lower()
     return sorted(re.findall(r"[^\s,()]+", re.sub(r"\bst\b", "saint", name)))
 
 
 def definitions():
-    """By ISO 3166 code: what the C library's locales say of calling codes and vehicles."""
+    """Returns calling codes and vehicle codes by ISO 3166 code from the C library's locales."""
     calling, vehicles = {}, {}
     for path in glob.glob("/usr/share/i18n/locales/*"):
         values = dict(re.findall(r'^(country_ab2|int_prefix|country_car)\s+"([^"\n]+)"',
@@ -47,7 +47,7 @@ TODAY = {row["alpha_2"]: row for row in iso_codes("3166-1")}
 FORMER = {row["alpha_2"]: row for row in iso_codes("3166-3")}
 CALLING, VEHICLES = definitions()
 
-# The codes of vehicles that changed behind the C library's back: Cambodia is told by it by its ISO code.
+# Vehicle codes that have changed but are outdated in the C library. For Cambodia it has the ISO code.
 NEWER_VEHICLES = {"GB": "UK", "KG": "KG", "KH": "K", "MK": "NMK"}
 
 
@@ -72,7 +72,7 @@ OTHER_NAMES = {
 
 
 def names_of(code):
-    """Every name under which a country is published."""
+    """Returns all published names of a country."""
     row = TODAY.get(code) or FORMER[code]
     names = [row[kind] for kind in ("name", "common_name", "official_name") if kind in row]
     with open("/usr/share/zoneinfo/iso3166.tab", encoding="utf-8") as table:
@@ -89,9 +89,9 @@ class CountryRows(unittest.TestCase):
         self.assertEqual(set(ROWS), set(range(101, 360)) | {number for number in ROWS if 400 <= number <= 520})
 
     def test_every_code_of_today_is_there(self):
-        """By a row of names, or as a country of its own; the system has the rest."""
+        """Each country has a row of names or a row of values, or is known to the system."""
         known = {row[0] for row in NAMES} | {values["ISO3166"][:2] for _, values in VALUES}
-        self.assertEqual(set(TODAY) - known, {"FO", "GE", "HR", "SS"}, "the system has these, or nobody")
+        self.assertEqual(set(TODAY) - known, {"FO", "GE", "HR", "SS"}, "known to the system only, or not at all")
         self.assertEqual(known - set(TODAY), {"AN", "CT", "YU", "ZR"})
 
     def test_names(self):

@@ -1,4 +1,4 @@
-"""country_test.py COMMAND...: runs `qxut country` and `qxut language` as their users do. COMMAND starts the program."""
+"""country_test.py COMMAND...: tests `qxut country` and `qxut language`. COMMAND starts the program."""
 
 import json
 import pathlib

@@ -1,4 +1,4 @@
-"""Packing and markup, as filters of files and standard streams, beside python's own modules."""
+"""Tests the filters for packing and markup against Python's own modules."""
 
 import base64
 import html
@@ -15,7 +15,7 @@ BREAKING = ("/h1 /h2 /h3 /h4 /h5 /h6 /p /div /ol /tr /ul /thead /tbody /blockquo
 
 
 def next_link(page):
-    """What stands before the first link with a target, that target, the link's text, and what follows."""
+    """Returns the text before the first link with a target, the target, the link's text, and the rest."""
     pieces, place = [], 0
     for border in (r"<a\s", 'href="', '"', ">", "</a>"):
         match = re.compile(border, re.I).search(page, place)
@@ -35,7 +35,7 @@ def expand_links(page):
 
 
 def words_of(page):
-    """An independent reading of a page: the words that a reader of its text should see."""
+    """An independent implementation: returns the words that should remain of a page."""
     page = expand_links(re.sub("<!--.*-->", "", page, flags=re.S))
     text = ""
     depth = 0
