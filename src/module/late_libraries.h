@@ -1,5 +1,6 @@
 // The late-bound libraries and the functions that are used from each. Functions that nothing calls yet have no
 // signature; add one with the first caller.
+//
 // The members have the prefix "p_", which Resolve removes. Many of the function names are macros in the system's
 // headers, so without the prefix the result would depend on which headers are included.
 #pragma once

@@ -23,6 +23,7 @@ enum class LateState : std::uint32_t
 };
 
 // A function of a late-bound library: its address and state, resolved at first use.
+//
 // `argumentBytes` is the size of the arguments on the stack, which is part of the decorated names on older systems.
 class LateProcedure
 {
@@ -72,6 +73,7 @@ public:
 };
 
 // A late-bound library. Derived classes have a member for each function that they use.
+//
 // Code of other modules is compiled against the order of the virtual functions (Load, Log, destructor) and of the
 // fields.
 class CLateLoadBase

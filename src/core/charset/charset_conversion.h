@@ -9,8 +9,10 @@ namespace qx
 
 // Intended as a local variable of one export. Texts below 64 characters are stored inside the object, so that wrapping
 // an ordinary argument doesn't allocate.
+//
 // The code page is 0 for the module's default code page, a Windows code page, or kNoCodePage. kNoCodePage widens byte
 // by byte; it works only towards wide text, and the other direction produces an empty text.
+//
 // Conversion errors aren't reported. What can't be converted becomes empty or whatever the system substitutes.
 class clsCharsetConversionString
 {

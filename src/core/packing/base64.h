@@ -1,4 +1,5 @@
 // Base64 (RFC 4648, section 4) in wide characters. The encoder adds no line breaks; the decoders are lenient.
+//
 // A decoder reads groups of four symbols (letters, digits, "+", "/" and "="). It skips every other character and treats
 // "=" and the end of the text as the value 0. Other characters before a group are skipped before the number of valid
 // bytes of the group is determined. Decoding ends when no symbols are left.

@@ -1,4 +1,5 @@
 // Blowfish with 16 rounds (B. Schneier, 1993) on a block of memory, without chaining.
+//
 // It differs from the published algorithm in two ways: the two words of a block are in little-endian order in memory,
 // and if the size of a buffer is not a multiple of 8, its last 8 bytes are an additional block that overlaps the
 // previous one.

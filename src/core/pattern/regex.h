@@ -43,13 +43,16 @@ protected:
 
 // A regular expression, compiled at its first use. Compiled patterns aren't cached anywhere else, so keep the object
 // outside of loops.
+//
 // The flags are PCRE2's option bits; all others are ignored. Compiling: 0x8 caseless, 0x10 dollar matches only at the
 // very end, 0x20 dot-all, 0x80 extended, 0x400 multi-line, 0x40000 ungreedy, 0x80000000 anchored. Matching: 0x1 not at
 // line begin, 0x2 not at line end, 0x4 not empty, 0x10 partial matching, 0x80000000 anchored. A character is a code
 // unit.
+//
 // A pattern that doesn't compile matches nothing. Each use tries to compile it again and reports the error to the debug
 // output.
 // All operations are serialised by a recursive lock, so a callback may use the object that calls it.
+//
 // The loops (GSub, MatchAll, Split) treat the text after the previous match as a new subject: ^ matches at its start,
 // and look-behind and \b don't see earlier text. An empty match at the very start ends the loop, and the rest of the
 // text is dropped.

@@ -22,6 +22,7 @@ namespace qx
 // costs one atomic addition. Positions and counts are in characters; positions start at 0. The text always ends with a
 // terminator. A zero character within the length, as some decoders produce, counts as a character but ends the text for
 // all operations on zero-terminated text: comparison, search, formatting.
+//
 // A String may be used by one thread at a time. Objects on different threads may share a record. An operation that
 // changes nothing leaves a shared record shared. Failed allocations throw std::bad_alloc and leave the text unchanged.
 class String
