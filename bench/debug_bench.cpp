@@ -1,5 +1,5 @@
-// The debug output: a line that nobody takes, beside spdlog with its level off; and a line to a log file, beside a
-// writer that opens the file, appends and closes it, and does nothing else.
+// The debug output: a line while the output is off, compared with spdlog with its level off; and a line to a log file,
+// compared with a writer that only opens the file, appends and closes it.
 #include <qxut23/debug.h>
 
 #include "core/debug_line.h"
@@ -38,7 +38,7 @@ private:
     char _folder[32] = "/tmp/qxut-bench-XXXXXX";
 };
 
-// The line of the classes, as the library's own code writes it.
+// The line as the library's own code writes it.
 void Off_Ours(benchmark::State& state)
 {
     int number = 0;
@@ -46,7 +46,7 @@ void Off_Ours(benchmark::State& state)
         qx::DebugLine(L"line %d of %s", number++, L"text");
 }
 
-// The exported function, as a program calls it.
+// The exported function as a program calls it.
 void Off_Export(benchmark::State& state)
 {
     int number = 0;
@@ -74,7 +74,7 @@ void File_Ours(benchmark::State& state)
     channels.Close();
 }
 
-// The same columns and the same bytes.
+// Writes the same columns and the same bytes.
 void File_Writer(benchmark::State& state)
 {
     const LogPath path;

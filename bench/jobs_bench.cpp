@@ -1,5 +1,5 @@
-// Tiny jobs, beside GLib's thread pool: a million added, run by two threads, and handed back. "back" hands each job to
-// the thread that added it; "taken" lets a callback on the worker have it.
+// Tiny jobs, compared with GLib's thread pool: a million jobs are added, run by two threads, and returned. "back"
+// returns each job to the thread that added it; "taken" passes it to a callback on the worker.
 #include <qxut23/jobs.h>
 
 #include <benchmark/benchmark.h>
@@ -90,7 +90,7 @@ void RunOurs(benchmark::State& state, bool isTaken)
     }
 }
 
-// What a job is to the peer.
+// A job for the peer.
 struct Item
 {
     std::uint32_t number;

@@ -1,5 +1,5 @@
-// Dates read: in the forms of a locale beside ICU with a format made at each call (which is how a caller of ICU has it
-// who keeps nothing), and the machine forms beside GLib and GMime. 1,000 texts of a form, the same for all.
+// Parsing of dates: locale forms, compared with ICU with a format created for each call (like a caller that caches
+// nothing), and machine-readable forms, compared with GLib and GMime. 1,000 texts of each form, the same for all.
 #include <qxut23/dates.h>
 
 #include <windows.h>
@@ -89,7 +89,7 @@ const std::vector<std::string>& ISO8601()
     return texts;
 }
 
-// GLib has no compact date; this is the nearest.
+// GLib has no compact date; this is the closest form.
 const std::vector<std::string>& CompactISO8601()
 {
     static const auto texts = Texts(
@@ -123,7 +123,7 @@ std::vector<std::vector<wchar_t>> Wide(const std::vector<std::string>& texts)
     return wide;
 }
 
-// A text that isn't read would make a parser look fast.
+// Fails if a text isn't parsed: rejecting texts would make a parser look fast.
 template <class Texts, class Read>
 void Run(benchmark::State& state, const Texts& texts, Read read)
 {
@@ -157,7 +157,7 @@ void Locale_ICU(benchmark::State& state, const std::vector<std::string>& texts, 
                 icu::DateFormat::kMedium, icu::DateFormat::kMedium, icu::Locale(locale)));
             format->setLenient(true);
             format->parse(icu::UnicodeString::fromUTF8(text), status);
-            benchmark::DoNotOptimize(status); // whether it reads each text isn't the point
+            benchmark::DoNotOptimize(status); // the status is irrelevant here
             return true;
         });
 }

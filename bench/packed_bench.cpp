@@ -1,6 +1,6 @@
-// Packed text of 64 MB, beside zlib and OpenSSL's Base64 doing the same work, but in 8-bit text, and Base64 alone
-// beside a plain copy that reads and writes as many bytes. What is made goes to a buffer of the caller's that stays;
-// what is needed on the way is the work of each.
+// Packed text of 64 MB, compared with zlib and OpenSSL's Base64, which do the same work but produce 8-bit text; and
+// Base64 alone, compared with a plain copy that reads and writes the same number of bytes. Results go to a reused
+// buffer of the caller. Temporary memory is part of the measured work.
 #include <qxut23/convert.h>
 
 #include <benchmark/benchmark.h>
@@ -19,7 +19,7 @@ namespace
 
 constexpr std::size_t dataSize = 64u << 20;
 
-// Words of a small vocabulary and some noise: compresses like the text of a report.
+// Words of a small vocabulary plus noise: compresses like the text of a report.
 const std::vector<unsigned char>& Data()
 {
     static const std::vector<unsigned char> data = []
@@ -54,7 +54,7 @@ void PackOurs(bool compress, std::vector<wchar_t>& text)
         std::abort();
 }
 
-// Gives the length of the text.
+// Returns the length of the text.
 int PackPeer(bool compress, std::vector<unsigned char>& text)
 {
     const auto& data = Data();

@@ -1,7 +1,7 @@
-// How the profile store grows with its input: the time a leaf takes to be loaded and saved, the time of a look-up, and
-// the peak of memory against the size of the file, the unpacked one if it is packed. Each row is a process of its own.
-// Beside the look-ups in one list stand those of GLib's GKeyFile in one group, which grow by the processor's caches
-// too. With "large" as the argument: a file of 1 GB, with leaves and as a hole.
+// Scaling of the profile store: the time to load and save a leaf, the time of a look-up, and the peak memory relative
+// to the size of the file (unpacked, if it is packed). Each row is measured in a process of its own. Look-ups in one
+// list are compared with GLib's GKeyFile with one group, which also depend on the processor's caches. With the argument
+// "large": a file of 1 GB, with leaves and as a sparse file.
 #include <qxut23/profile.h>
 
 #include <sys/wait.h>
@@ -28,7 +28,7 @@ using WideText = std::vector<wchar_t>;
 
 constexpr int kLookUps = 200000;
 
-// A tree of leaves in lists of a size, all below the root; a size of 0 means that they are in the root itself.
+// A tree with its leaves in lists of a given size below the root. With a size of 0 all leaves are in the root.
 struct Shape
 {
     const char* name;
@@ -85,7 +85,7 @@ void WriteProfile(const fs::path& path, const Shape& shape, int leaves)
     file << bytes;
 }
 
-// A line of /proc/self/status, in bytes.
+// Returns a line of /proc/self/status in bytes.
 std::uint64_t Status(std::string_view key)
 {
     std::ifstream status("/proc/self/status");
@@ -125,7 +125,7 @@ double LookUp(HPROFJOB job, const Shape& shape, int leaves)
                                          : LeafName(i)));
     }
     wchar_t buffer[64];
-    ProfGetStringW(job, nullptr, paths[0].data(), buffer, 64, nullptr); // lists get what makes them quick
+    ProfGetStringW(job, nullptr, paths[0].data(), buffer, 64, nullptr); // builds the indexes of the lists
     for (const WideText& path : paths)
         ProfGetStringW(job, nullptr, path.data(), buffer, 64, nullptr);
     const Clock::time_point start = Clock::now();
@@ -137,7 +137,7 @@ double LookUp(HPROFJOB job, const Shape& shape, int leaves)
     return Seconds(start) / kLookUps;
 }
 
-// In seconds.
+// Returns seconds.
 double LookUpInKeyFile(int leaves)
 {
     std::string text = "[list]\n";
@@ -161,7 +161,7 @@ double LookUpInKeyFile(int leaves)
     return seconds;
 }
 
-// Does the work in a child, so that each row has the memory to itself.
+// Runs the work in a child process, so that each row starts with fresh memory.
 template <class Work>
 void InChild(Work work)
 {
@@ -186,13 +186,13 @@ struct Loaded
 {
     HPROFJOB job;
     double seconds;
-    std::uint64_t peak; // of memory, in bytes
+    std::uint64_t peak; // peak memory in bytes
 };
 
 Loaded Load(const fs::path& path)
 {
-    ProfJobClose(ProfJobOpenW(nullptr));           // the settings are read
-    std::ofstream("/proc/self/clear_refs") << "5"; // the peak begins anew
+    ProfJobClose(ProfJobOpenW(nullptr));           // reads the settings
+    std::ofstream("/proc/self/clear_refs") << "5"; // resets the peak
     const std::uint64_t before = Status("VmRSS:");
     const Clock::time_point start = Clock::now();
     const HPROFJOB job = ProfJobOpenW(Wide(path.string()).data());

@@ -14,7 +14,7 @@ namespace bench
 namespace
 {
 
-// The generator of Python with its ways to draw, so that the input is that of the measured peers byte by byte.
+// Python's random generator and its drawing functions, so that the input is byte for byte that of the measured peers.
 class PythonRandom
 {
 public:
@@ -63,7 +63,7 @@ public:
     std::uint32_t Between(std::uint32_t first, std::uint32_t last) { return first + Below(last - first + 1); }
 
 private:
-    // Hands a state over as a seed sequence would.
+    // Passes a state in the form of a seed sequence.
     struct StateOnly
     {
         using result_type = std::uint32_t;
@@ -86,7 +86,7 @@ constexpr std::string_view kWords[] = {"report", "page", "size", "title", "autho
     "Gr\u00F6\u00DFe", "Stra\u00DFe", "\u00DCbersicht", "caf\u00E9", "na\u00EFve", "tr\u00F6ste", "font", "color",
     "width", "height", "index", "table", "chart", "image", "export", "import", "user", "server"};
 
-// Appends all parts: sums of strings make some compilers warn of overlapping copies.
+// Appends all parts. Concatenation with + makes some compilers warn about overlapping copies.
 void Add(std::string& text, std::initializer_list<std::string_view> parts)
 {
     for (const std::string_view part : parts)
@@ -164,7 +164,7 @@ std::string Utf16(std::string_view utf8)
     for (std::size_t i = 0; i < utf8.size(); ++i)
     {
         unsigned c = static_cast<unsigned char>(utf8[i]);
-        if (c >= 0x80) // of two bytes, as all there are
+        if (c >= 0x80) // all non-ASCII characters here have two bytes
             c = (c & 0x1F) << 6 | (static_cast<unsigned char>(utf8[++i]) & 0x3Fu);
         bytes += static_cast<char>(c & 0xFF);
         bytes += static_cast<char>(c >> 8);

@@ -1,4 +1,4 @@
-// The settings that the profile benchmark works on: 100,000 leaves in 5,000 lists, in the spelling of each peer.
+// The settings used by the profile benchmarks: 100,000 leaves in 5,000 lists, in the format of each peer.
 #pragma once
 
 #include <string>
@@ -38,12 +38,12 @@ struct Settings
     std::vector<LeafPath> paths; // 100,000, drawn at random
 };
 
-// Always the same.
+// Returns the same settings in every run.
 const Settings& MadeSettings();
 
-std::string ProfileText(const Settings& settings); // UTF-16 with the mark, as the library saves it
-std::string XmlText(const Settings& settings);     // the same, as the library's XML form has it
-std::string XmlTextUtf8(const Settings& settings); // and in UTF-8
-std::string IniText(const Settings& settings);     // UTF-8, a section for each list
+std::string ProfileText(const Settings& settings); // UTF-16 with a byte order mark, as saved by the library
+std::string XmlText(const Settings& settings);     // the same in the library's XML form
+std::string XmlTextUtf8(const Settings& settings); // the same in UTF-8
+std::string IniText(const Settings& settings);     // UTF-8, one section per list
 
 } // namespace bench

@@ -1,6 +1,6 @@
-// The main function of all benchmarks: runs them, then sets ours beside the peers. A benchmark is named
-// "operation/who", and "ours" is the library; each other name of the same operation is a peer, and the ratio is our
-// time in its time, so 1.00 or less is no slower.
+// The main function of all benchmarks: runs them and prints the ratios. Benchmarks are named "operation/who", where
+// "ours" is the library and any other name a peer. The ratio is our time divided by the peer's, so 1.00 or less means
+// no slower.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>

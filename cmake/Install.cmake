@@ -28,3 +28,5 @@ set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/qxUT23")
 install(EXPORT qxUT23Targets NAMESPACE qxUT23:: DESTINATION "${package_folder}" FILE qxUT23Config.cmake)
 write_basic_package_version_file("${CMAKE_BINARY_DIR}/qxUT23ConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
 install(FILES "${CMAKE_BINARY_DIR}/qxUT23ConfigVersion.cmake" DESTINATION "${package_folder}")
+
+install(FILES LICENSE THIRD-PARTY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")

@@ -20,7 +20,8 @@ function(qx_add_resources target script)
     set(base "${CMAKE_CURRENT_BINARY_DIR}/${target}_${QX_RESOURCE_NAME}")
     set(QX_RESOURCE_FILE "${base}.res")
     add_custom_command(OUTPUT "${QX_RESOURCE_FILE}"
-        COMMAND "${QX_WINDRES}" -O res -i "${script}" -o "${QX_RESOURCE_FILE}"
+        COMMAND "${QX_WINDRES}" --preprocessor "${CMAKE_C_COMPILER}" --preprocessor-arg=-E --preprocessor-arg=-xc-header
+            --preprocessor-arg=-DRC_INVOKED -I "${PROJECT_SOURCE_DIR}/platform/include" -O res -i "${script}" -o "${QX_RESOURCE_FILE}"
         DEPENDS "${script}" ${ARG_DEPENDS}
         VERBATIM)
     configure_file("${PROJECT_SOURCE_DIR}/cmake/resource_note.c.in" "${base}.c" @ONLY)

@@ -1,5 +1,5 @@
-// Any bytes as text of any code page: the first byte chooses the page. A size that is asked for is the size that is
-// used, a smaller buffer is refused, and what a page can write comes back.
+// Arbitrary bytes as text of any code page; the first byte selects the page. The size returned by a measuring call must
+// be the size used, smaller buffers must be refused, and text that a page can represent must survive a round trip.
 #include <windows.h>
 
 #include <cstdint>
@@ -12,7 +12,7 @@ namespace
 
 constexpr UINT kPages[] = {
     CP_UTF8, CP_UTF7, 932, 936, 949, 950, 1252, 1255, 1258, 50220, 50221, 50222, 50225, 51932, 51949, 52936};
-// Their text may hold what looks like a change of the character set.
+// In these pages, text may contain what looks like a change of the character set.
 constexpr UINT kFirstShifted = 50220, kLastShifted = 50225, kHz = 52936;
 
 void Require(bool condition)
@@ -21,7 +21,7 @@ void Require(bool condition)
         std::abort();
 }
 
-// Calls convert(buffer, size) as callers do: for the size, with the room for it, and with too little.
+// Calls convert(buffer, size) three times: for the size, with a buffer of that size, and with one that is too small.
 template <class Unit, class Convert>
 std::vector<Unit> Converted(Convert convert)
 {
@@ -70,7 +70,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::vector<wchar_t> strict = Decoded(page, bytes, size - 1, MB_ERR_INVALID_CHARS);
         Require(strict.empty() || strict == text);
     }
-    if (text.empty()) // a change of the character set alone
+    if (text.empty()) // only a change of the character set
     {
         Require(isShifted || page == CP_UTF7);
         return 0;

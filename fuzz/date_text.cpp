@@ -1,5 +1,6 @@
-// Dates of any text: in the forms of German, American, Hungarian and odd settings, and as machines write them. Whatever
-// comes out keeps the promises that callers rely on, and RFC 822 is read as its pattern says.
+// Dates in arbitrary text, parsed in the forms of German, American, Hungarian and unusual settings and in
+// machine-readable forms. Results must satisfy the guarantees that callers rely on, and RFC 822 must be parsed as its
+// pattern says.
 #include "locale/date_text.h"
 #include "core/pattern/regex.h"
 #include "locale/date.h"
@@ -78,7 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size < 1)
         return 0;
     const std::uint32_t flags = data[0];
-    std::vector<wchar_t> units(data + 1, data + size); // each byte a character: the patterns know no others
+    std::vector<wchar_t> units(data + 1, data + size); // each byte is one character: the patterns contain no others
     units.push_back(0);
     String text(units.data());
     text.TrimLeft();
@@ -92,7 +93,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     String compact;
     if (CompactFromLocaleText(text, flags, compact) && !compact.IsEmpty())
         Require(IsAllDigits(compact.View()));
-    // What stands for a format too.
+    // The text also serves as a format.
     FormatEarlyDate(clsDate(3, 2, 904), 0x0409, text, 19);
     return 0;
 }

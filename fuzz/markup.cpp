@@ -1,5 +1,5 @@
-// What masking, unmasking and the reduction of HTML make of any text: masked text comes back, and no reduction grows
-// but by what it inserts for tags and links.
+// Masking, unmasking and HTML reduction of arbitrary text. Unmasking must restore masked text, and a reduction may grow
+// only by the text it inserts for tags and links.
 #include "core/text/string.h"
 #include "markup/html_mask.h"
 #include "markup/html_to_text.h"
@@ -12,7 +12,7 @@
 
 using namespace qx;
 
-// The bytes are 16-bit units in little-endian order, up to the first zero.
+// The bytes are little-endian 16-bit units, up to the first zero.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     std::vector<wchar_t> text(size / 2 + 1);
@@ -26,7 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::abort();
     for (const bool placeholders : {false, true})
     {
-        // A closing "/p" or "</p>" gives less than it is long, but "<li>" may stand beside a link that gains blanks.
+        // The output for "/p" or "</p>" is shorter than the tag, but "<li>" may occur next to a link that gains blanks.
         if (HtmlToText(original, placeholders).Length() > 2 * original.Length() + 3)
             std::abort();
         HtmlToText(TextToHtml(original, placeholders), placeholders);

@@ -1,5 +1,5 @@
-// What unpacking makes of any text, sizes that lie included: bytes that packing brings back, and no more than the text
-// can hold.
+// Unpacking of arbitrary text, including wrong sizes. The result must survive packing and unpacking, and must not be
+// larger than the text can represent.
 #include "files/packed_text.h"
 #include "core/text/string.h"
 #include "files/file.h"
@@ -18,7 +18,7 @@ using namespace qx;
 namespace
 {
 
-// zlib's streams grow at most 1032 times; a little more for short ones.
+// zlib streams expand at most 1032 times; short ones slightly more.
 constexpr std::size_t kMostGrowth = 1100;
 
 std::vector<std::uint8_t> ContentOf(clsFile& file)
@@ -57,7 +57,7 @@ String Packed(const std::vector<std::uint8_t>& bytes, bool compress, const Strin
 
 } // namespace
 
-// Of the first byte bit 0 chooses a key and bit 1 compression. The rest is the text, an 8-bit character each.
+// In the first byte, bit 0 selects a key and bit 1 compression. The rest is the text, one 8-bit character per byte.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     if (size == 0)
@@ -69,7 +69,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (bytes.size() > size * kMostGrowth)
         std::abort();
     const bool compress = (data[0] & 2) != 0;
-    // Enciphered images of 8 to 11 bytes are too short to be deciphered.
+    // Encrypted images of 8 to 11 bytes are too short to be decrypted.
     const bool comesBack = compress || key.Length() == 0 || bytes.size() < 8 || bytes.size() > 11;
     if (!bytes.empty() && comesBack && Unpacked(Packed(bytes, compress, key), key) != bytes)
         std::abort();

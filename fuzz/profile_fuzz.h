@@ -1,4 +1,4 @@
-// What the fuzz targets of the profile store share: jobs on streams in memory.
+// Helpers shared by the fuzz targets of the profile store: jobs on streams in memory.
 #pragma once
 
 #include "files/file.h"
@@ -31,7 +31,7 @@ inline JobHolder NewJob()
     return JobHolder(new qx::clsProfJob(qx::ProfMode::Read));
 }
 
-// A stream object's root has a name of its own, and its source no mark.
+// The root of a stream object has its own name, and its source has no byte order mark.
 inline JobHolder NewStreamObject()
 {
     return JobHolder(new qx::clsProfJob(qx::ProfMode::Hold, L"object", 2));
@@ -64,7 +64,7 @@ inline Bytes Saved(qx::clsProfJob& job, qx::ProfForm form, unsigned packing = 0)
     return bytes;
 }
 
-// The same after it was loaded; what the library writes itself has to load.
+// Loads and saves again. The library must be able to load what it has written.
 inline Bytes SavedAgain(const Bytes& saved, qx::ProfForm form)
 {
     const JobHolder job = NewJob();

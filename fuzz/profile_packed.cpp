@@ -1,4 +1,4 @@
-// Packed profiles: whatever stands behind the magic gives some tree, which comes back as it is from its packed form.
+// Packed profiles: any data after the magic produces a tree, which must survive saving and loading in packed form.
 #include "profile_fuzz.h"
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// What the loader makes of any bytes: whatever tree comes out can be written, and what was written comes back as it is.
+// Loads arbitrary bytes. The resulting tree must be writable, and must be loaded unchanged from the output.
 #include "profile_fuzz.h"
 
 #include <cstdint>
@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Bytes once = Saved(*job, ProfForm::Text);
     if (SavedAgain(once, ProfForm::Text) != once)
         std::abort();
-    // A stream object comes back one list deeper, so there is nothing to compare with.
+    // A stream object is read back one list deeper, so the results can't be compared.
     const JobHolder object = NewStreamObject();
     Load(*object, source);
     Saved(*object, ProfForm::Text);

@@ -1,5 +1,5 @@
-// What the rules of form data make of any lines behind the head: the leaves that come out can be written, and come back
-// as they are.
+// Parses arbitrary lines after the head as form data. The resulting leaves must be writable, and must be loaded
+// unchanged from the output.
 #include "profile_fuzz.h"
 
 #include <cstdint>
@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const JobHolder job = NewJob();
     Load(*job, source);
     Saved(*job, ProfForm::Xml);
-    // Characters that XML can't hold are replaced once.
+    // Characters that XML can't represent are replaced once.
     const Bytes once = SavedAgain(Saved(*job, ProfForm::Xfdf), ProfForm::Xfdf);
     if (SavedAgain(once, ProfForm::Xfdf) != once)
         std::abort();

@@ -1,5 +1,6 @@
-// What the XML rules make of any lines behind the head, in 16 bits: whatever tree comes out can be written in each
-// form, and its leaves come back from the XML form. (The name of a list that begins with a bracket loses it each time.)
+// Parses arbitrary lines after the head by the XML rules, in 16 bits. The resulting tree must be writable in each form,
+// and its leaves must be loaded unchanged from the XML form. (A list name that begins with a bracket loses it each
+// time.)
 #include "prof/xml_form.h"
 #include "profile_fuzz.h"
 
@@ -17,7 +18,7 @@ void Append(Bytes& bytes, std::wstring_view text)
     bytes.insert(bytes.end(), first, first + text.size() * sizeof(wchar_t));
 }
 
-// The lines of leaves, which begin "<i" behind their indent.
+// Returns the lines of leaves, which begin with "<i" after their indentation.
 std::vector<std::wstring_view> Leaves(const Bytes& saved)
 {
     std::vector<std::wstring_view> leaves;

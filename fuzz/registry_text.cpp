@@ -1,4 +1,4 @@
-// The text form of the registry: whatever is read must come back the same once it is written.
+// The text form of the registry: contents that can be read must be read back unchanged after writing.
 #include "registry/reg_text.h"
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Replays a seed corpus through a fuzz target: every file of the folder, whole and cut short at many places. The target
-// shows a fault by ending the process.
+// Replays a seed corpus through a fuzz target: every file of the folder, complete and truncated at many positions. The
+// target signals a fault by aborting the process.
 
 #include <cstddef>
 #include <cstdint>
@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 namespace
 {
 
-// A block of its exact size, so that a sanitizer sees the first byte that is read behind it.
+// Copies the bytes to a block of exactly their size, so that a sanitizer detects reads past the end.
 void Feed(const std::vector<char>& bytes, std::size_t size)
 {
     const std::vector<std::uint8_t> block(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size));

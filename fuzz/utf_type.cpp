@@ -1,4 +1,4 @@
-// What clsFile::GetUTFType makes of any bytes.
+// clsFile::GetUTFType with arbitrary bytes.
 #include "files/file.h"
 
 #include <windows.h>
@@ -35,7 +35,7 @@ bool ShowsZeroByte(std::string_view bytes)
     return (bytes[0] == 0) != (bytes[1] == 0);
 }
 
-// By the system's strict decoder, and without characters above U+FFFF, which the guess doesn't accept.
+// Uses the system's strict decoder, and excludes characters above U+FFFF, which the detection doesn't accept.
 bool IsPlainUTF8(std::string_view text)
 {
     if (text.empty())

@@ -1,4 +1,5 @@
-// Any bytes as a variant: what is read can be written, read again and asked for its text and number.
+// Arbitrary bytes as a variant: a variant that can be read must be writable, readable again, and convertible to text
+// and to a number.
 #include "files/auto_release.h"
 #include "files/file.h"
 #include "files/variant_file.h"
@@ -45,7 +46,7 @@ std::string Saved(const clsVariant& value)
     return bytes;
 }
 
-// The value, and where the reading ended.
+// Returns the value and the position after it.
 clsVariant Loaded(const void* bytes, std::size_t size, std::int64_t& end)
 {
     MemoryFile file;

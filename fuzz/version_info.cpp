@@ -1,4 +1,4 @@
-// What GetFileVersionInfoW reads of a file that may be anyone's: notes of an ELF file, resources, version blocks.
+// GetFileVersionInfoW with a file of arbitrary contents: notes of an ELF file, resources, version blocks.
 #include "resources/resource_image.h"
 #include "resources/resource_notes.h"
 #include "resources/version_block.h"

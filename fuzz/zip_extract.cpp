@@ -1,4 +1,4 @@
-// What extraction makes of any bytes: it ends by itself or by an exception, and leaves nothing outside of its folder.
+// Extraction of arbitrary bytes must end, possibly with an exception, and must not write outside its folder.
 #include "zip/unzipper.h"
 
 #include <cstdint>
@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 namespace
 {
 
-// A folder of the program's own, with the archive, a folder for what comes out, and nothing else.
+// A private folder that contains only the archive and the target folder.
 class Place
 {
 public:
@@ -51,7 +51,7 @@ public:
     void Clear() const { fs::remove_all(_root / "a/b/out"); }
 
 private:
-    // The path of the temp folder is taken to be in ASCII.
+    // Assumes that the path of the temp folder is ASCII.
     static String Wide(const fs::path& path)
     {
         String text;

@@ -1,4 +1,4 @@
-// What the reader of one member makes of any bytes: a result, and never a text without one.
+// Reading one member of arbitrary bytes returns a result, and never success without a text.
 #include "files/file.h"
 #include "zip/member_text.h"
 
@@ -14,7 +14,7 @@ using namespace qx;
 namespace
 {
 
-// Reads the member again as a parser does that found another code page in it.
+// Reads the member again, like a parser that has found another code page in it.
 struct Receiver : IZIPTextReceiver
 {
     void OnText(ZIPTextKind, const String& text, const clsZIPMemberReader& reader) override

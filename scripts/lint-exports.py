@@ -18,6 +18,8 @@ def definition_file_names(path):
 
 
 listed = definition_file_names("src/exports/qxUT23.def")
+EXTRA = "Qx"  # additions to the families: with headers of their own, and listed after the families
+
 interface = [line for line in read("src/exports/interface.txt").splitlines() if line and not line.startswith("#")]
 declared = {}
 umbrella = read("include/qxut23/qxut23.h")
@@ -37,3 +39,10 @@ for name in sorted(set(declared) - set(listed)):
     print(f"{name}: declared in {declared[name]}, but not listed in qxUT23.def")
 for name in sorted(set(listed) - set(interface)):
     print(f"{name}: not a name of the interface (see interface.txt)")
+
+for name, header in declared.items():
+    if name.startswith(EXTRA) != any(other.startswith(EXTRA) for other in declared if declared[other] == header):
+        print(f"{name}: declared in {header} together with functions that have the prefix {EXTRA}")
+extra = [name.startswith(EXTRA) for name in interface]
+if extra != sorted(extra):
+    print(f"interface.txt: names with the prefix {EXTRA} before others")

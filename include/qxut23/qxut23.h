@@ -9,9 +9,11 @@
 #include <qxut23/countries.h>
 #include <qxut23/dates.h>
 #include <qxut23/debug.h>
+#include <qxut23/iso_countries.h>
 #include <qxut23/jobs.h>
 #include <qxut23/markup.h>
 #include <qxut23/module.h>
+#include <qxut23/page_text.h>
 #include <qxut23/paths.h>
 #include <qxut23/profile.h>
 #include <qxut23/profile_values.h>

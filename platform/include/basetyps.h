@@ -1,4 +1,4 @@
-// How COM's methods are declared and defined.
+// Macros to declare and define COM methods.
 #pragma once
 
 #include <minwindef.h>

@@ -1,4 +1,4 @@
-// COM for a thread, its memory, streams on global memory.
+// COM initialisation of threads, task memory, streams on global memory.
 #pragma once
 
 #include <objidl.h>

@@ -5,7 +5,7 @@
 
 EXTERN_C_START
 
-// A null time is the present one; a null picture the locale's: the short date (without a flag too) or the long one.
+// A null time is the current time. A null picture selects the locale's short date (also without a flag) or long date.
 int WINAPI GetDateFormatW(LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpDate, LPCWSTR lpFormat, LPWSTR lpDateStr,
     int cchDate) QXP(GetDateFormatW);
 int WINAPI GetTimeFormatW(LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpTime, LPCWSTR lpFormat, LPWSTR lpTimeStr,

@@ -1,4 +1,4 @@
-// What a program tells its debugger.
+// Output to a debugger.
 #pragma once
 
 #include <minwindef.h>

@@ -14,7 +14,7 @@ UINT WINAPI SetErrorMode(UINT uMode) QXP(SetErrorMode);
 PVOID WINAPI AddVectoredExceptionHandler(ULONG First, PVECTORED_EXCEPTION_HANDLER Handler)
     QXP(AddVectoredExceptionHandler);
 ULONG WINAPI RemoveVectoredExceptionHandler(PVOID Handle) QXP(RemoveVectoredExceptionHandler);
-// An exception that no handler takes ends the process.
+// An unhandled exception ends the process.
 void WINAPI RaiseException(DWORD dwExceptionCode, DWORD dwExceptionFlags, DWORD nNumberOfArguments,
     const ULONG_PTR* lpArguments) QXP(RaiseException);
 

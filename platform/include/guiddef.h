@@ -1,4 +1,4 @@
-// Identifiers of 128 bits: references to them, comparison, definition.
+// 128-bit identifiers: references, comparison, definition.
 #pragma once
 
 #include <string.h>
@@ -24,7 +24,7 @@ typedef FMTID* LPFMTID;
 #define REFFMTID const FMTID* const
 #endif
 
-// With INITGUID the identifier is defined where the macro stands, in as many units as want it; else it is declared.
+// With INITGUID the macro defines the identifier, and any number of units may do so. Otherwise it only declares it.
 #ifdef INITGUID
 #define DEFINE_GUID(name, l, w1, w2, b1, b2, b3, b4, b5, b6, b7, b8)                                                   \
     EXTERN_C const GUID name __attribute__((weak));                                                                    \

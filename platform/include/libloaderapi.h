@@ -15,8 +15,8 @@ HMODULE WINAPI LoadLibraryW(LPCWSTR lpLibFileName) QXP(LoadLibraryW);
 BOOL WINAPI FreeLibrary(HMODULE hLibModule) QXP(FreeLibrary);
 FARPROC WINAPI GetProcAddress(HMODULE hModule, LPCSTR lpProcName) QXP(GetProcAddress);
 
-// A language with a region also finds the same without one, any language a resource of no language. A search without a
-// language takes those of the user, and in the end any.
+// A language with a region also matches the same language without a region, and any language matches a language-neutral
+// resource. A search without a language uses the user's languages, and finally any language.
 HRSRC WINAPI FindResourceW(HMODULE hModule, LPCWSTR lpName, LPCWSTR lpType) QXP(FindResourceW);
 HRSRC WINAPI FindResourceExW(HMODULE hModule, LPCWSTR lpType, LPCWSTR lpName, WORD wLanguage) QXP(FindResourceExW);
 HGLOBAL WINAPI LoadResource(HMODULE hModule, HRSRC hResInfo) QXP(LoadResource);

@@ -1,4 +1,4 @@
-// Records that several interfaces share: overlapped transfers, find data.
+// Structures shared by several interfaces: overlapped transfers, find data.
 #pragma once
 
 #include <minwindef.h>

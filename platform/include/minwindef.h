@@ -1,4 +1,4 @@
-// The basic types of the system's interfaces, with the widths that they have on 64-bit Windows.
+// The basic types of the system's API, with their widths on 64-bit Windows.
 #pragma once
 
 #include <stddef.h>
@@ -46,7 +46,7 @@ typedef short SHORT;
 typedef unsigned short WORD, USHORT, *PUSHORT;
 typedef int INT, INT32, LONG;
 typedef unsigned int UINT, UINT32, DWORD, ULONG;
-// As in the documented headers, 64-bit numbers are `long long`, which the formatter's %I64d takes.
+// As in the documented headers, 64-bit numbers are `long long`, which matches the formatter's %I64d.
 typedef long long INT64, LONG64, LONGLONG, INT_PTR, LONG_PTR, SSIZE_T;
 typedef unsigned long long UINT64, ULONG64, ULONGLONG, DWORD64, DWORDLONG, UINT_PTR, ULONG_PTR, DWORD_PTR;
 typedef size_t SIZE_T;

@@ -1,4 +1,4 @@
-// Types of automation: variants, safe arrays, and the interface that objects are called by name through.
+// Automation types: variants, safe arrays, and IDispatch.
 #pragma once
 
 #include <objidl.h>
@@ -41,7 +41,7 @@ typedef struct tagSAFEARRAYBOUND
     LONG lLbound;
 } SAFEARRAYBOUND, *LPSAFEARRAYBOUND;
 
-// The bounds stand in reverse order: the last dimension, which varies slowest, comes first.
+// The bounds are in reverse order: the last dimension, which varies slowest, comes first.
 typedef struct tagSAFEARRAY
 {
     USHORT cDims;
@@ -52,14 +52,14 @@ typedef struct tagSAFEARRAY
     SAFEARRAYBOUND rgsabound[1];
 } SAFEARRAY, *LPSAFEARRAY;
 
-// Allocated elsewhere, so freed elsewhere.
+// Allocated elsewhere, and therefore freed elsewhere.
 #define FADF_AUTO 0x1
 #define FADF_STATIC 0x2
 #define FADF_EMBEDDED 0x4
-// Something lies in front of the array: a record's description, an interface's identifier or the element type.
+// Data precedes the array: the description of a record, an interface identifier or the element type.
 #define FADF_HAVEIID 0x40
 #define FADF_HAVEVARTYPE 0x80
-// The elements own something.
+// The elements own resources.
 #define FADF_BSTR 0x100
 #define FADF_UNKNOWN 0x200
 #define FADF_DISPATCH 0x400
@@ -127,7 +127,7 @@ struct tagVARIANT
                 };
             };
         };
-        DECIMAL decVal; // overlays the type too, in the number's reserved word
+        DECIMAL decVal; // also overlays the type, which is in the number's reserved word
     };
 };
 

@@ -1,4 +1,4 @@
-// COM for a thread in its older form, modes of storages.
+// The older COM initialisation functions, and access modes of storages.
 #pragma once
 
 #include <combaseapi.h>

@@ -9,12 +9,12 @@ EXTERN_C const IID IID_IEnumSTATSTG QXP(IID_IEnumSTATSTG);
 EXTERN_C const IID IID_IStorage QXP(IID_IStorage);
 EXTERN_C const IID IID_IMarshal QXP(IID_IMarshal);
 
-// Names of elements to leave out, ended by a null pointer.
+// Names of elements to exclude, terminated by a null pointer.
 typedef LPOLESTR* SNB;
 
 typedef struct tagSTATSTG
 {
-    LPOLESTR pwcsName; // from CoTaskMemAlloc, the caller's to free
+    LPOLESTR pwcsName; // allocated with CoTaskMemAlloc; the caller frees it
     DWORD type;        // a STGTY
     ULARGE_INTEGER cbSize;
     FILETIME mtime;

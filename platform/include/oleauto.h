@@ -1,4 +1,4 @@
-// Texts, variants and safe arrays of automation.
+// Strings, variants and safe arrays of automation.
 #pragma once
 
 #include <oaidl.h>

@@ -5,7 +5,7 @@
 
 EXTERN_C_START
 
-// 0 with errno if there can't be a thread.
+// Returns 0 and sets errno if the thread can't be created.
 uintptr_t __cdecl _beginthreadex(void* security, unsigned stackSize, unsigned(__stdcall* startAddress)(void*),
     void* argument, unsigned flags, unsigned* threadId) QXP(_beginthreadex);
 

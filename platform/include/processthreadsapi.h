@@ -37,7 +37,7 @@ typedef struct _PROCESS_INFORMATION
 
 HANDLE WINAPI GetCurrentProcess(void) QXP(GetCurrentProcess);
 DWORD WINAPI GetCurrentProcessId(void) QXP(GetCurrentProcessId);
-// All processes are of session 0.
+// All processes belong to session 0.
 BOOL WINAPI ProcessIdToSessionId(DWORD dwProcessId, DWORD* pSessionId) QXP(ProcessIdToSessionId);
 HANDLE WINAPI GetCurrentThread(void) QXP(GetCurrentThread);
 DWORD WINAPI GetCurrentThreadId(void) QXP(GetCurrentThreadId);

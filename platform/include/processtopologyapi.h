@@ -12,7 +12,7 @@ typedef struct _PROCESSOR_NUMBER
 
 EXTERN_C_START
 
-// On which one the calling thread runs; the first function tells it within its group.
+// Return the processor on which the calling thread runs. The first function returns its number within its group.
 DWORD WINAPI GetCurrentProcessorNumber(void) QXP(GetCurrentProcessorNumber);
 void WINAPI GetCurrentProcessorNumberEx(PPROCESSOR_NUMBER ProcNumber) QXP(GetCurrentProcessorNumberEx);
 

@@ -1,4 +1,4 @@
-// How the headers of the 16-bit C runtime bind its functions.
+// Binds the functions of the 16-bit C runtime to their symbols.
 #pragma once
 
 #ifdef __cplusplus
@@ -15,12 +15,12 @@
 #define QXCRT_INLINE extern inline __attribute__((always_inline, gnu_inline))
 #endif
 
-// The process holds other functions under the standard's names: those of the C library, made for characters of 32 bits,
-// and the sanitizers' interceptors of them, which the linker would even prefer. So each function has a symbol of its
-// own, hidden in the binary that it was linked into: then the order of libraries doesn't matter, and no compiler takes
-// it for the function that it knows by that name.
+// The process contains other functions with the standard's names: the functions of the C library, which expect 32-bit
+// characters, and the sanitizers' interceptors, which the linker would even prefer. Therefore each function has a
+// symbol of its own, hidden in the binary it is linked into. The order of libraries then doesn't matter, and no
+// compiler mistakes the function for its built-in of that name.
 #define QXCRT(name) __asm__("qxcrt_" #name)
 
-// What the C library offers for characters and the runtime here doesn't: standard headers may name it, nobody may call
-// it.
+// Character functions of the C library without a counterpart in this runtime. Standard headers may name them; a call
+// doesn't compile.
 #define QXCRT_NOT_HERE(why) __attribute__((error("not with characters of 16 bits: " why)))

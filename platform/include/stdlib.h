@@ -1,4 +1,4 @@
-// The C library's header with the names that the Microsoft runtime adds.
+// The C library's header plus the names added by the Microsoft runtime.
 #pragma once
 
 #include_next <stdlib.h>
@@ -14,26 +14,26 @@
 
 QXCRT_BEGIN
 
-// Takes a path apart at its last separator, which is `/` or `\`, and its last point. A part is left out by a null
-// buffer and size 0. If a part doesn't fit, all become empty, and the result is ERANGE.
+// Splits a path at its last separator (`/` or `\`) and its last dot. A part with a null buffer and size 0 is skipped.
+// If a part doesn't fit, all parts become empty and the result is ERANGE.
 errno_t _wsplitpath_s(const wchar_t* path, wchar_t* drive, size_t driveSize, wchar_t* directory, size_t directorySize,
     wchar_t* name, size_t nameSize, wchar_t* extension, size_t extensionSize) QXCRT_NOEXCEPT QXCRT(_wsplitpath_s);
 
-// Puts the parts that aren't null or empty together, with the colon, the separator `/` and the point that are missing.
-// If the path doesn't fit it becomes empty, and the result is ERANGE.
+// Merges the parts that aren't null or empty, adding a missing colon, separator (`/`) or dot. If the path doesn't fit,
+// it becomes empty and the result is ERANGE.
 errno_t _wmakepath_s(wchar_t* path, size_t size, const wchar_t* drive, const wchar_t* directory, const wchar_t* name,
     const wchar_t* extension) QXCRT_NOEXCEPT QXCRT(_wmakepath_s);
 
 typedef void (*_invalid_parameter_handler)(
     const wchar_t* expression, const wchar_t* function, const wchar_t* file, unsigned line, uintptr_t reserved);
 
-// Who is told that a function of this runtime got an argument that it refuses; no texts come with it. The result is the
-// former one. Each program and library has its own.
+// Sets the handler that is called when a function of this runtime rejects an argument; it receives no texts. Returns
+// the previous handler. Each program and library has its own.
 _invalid_parameter_handler _set_invalid_parameter_handler(_invalid_parameter_handler handler) QXCRT_NOEXCEPT
     QXCRT(_set_invalid_parameter_handler);
 
 QXCRT_END
 
-// The full path in the form /a/b. A null buffer gets one from malloc. Null, with errno, on failure: ERANGE if it
-// doesn't fit.
+// Stores the full path in the form /a/b. If the buffer is null, allocates one with malloc. Returns null and sets errno
+// on failure: ERANGE if the path doesn't fit.
 EXTERN_C wchar_t* _wfullpath(wchar_t* fullPath, const wchar_t* path, size_t size) QXP(_wfullpath);

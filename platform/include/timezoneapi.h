@@ -1,4 +1,4 @@
-// Conversions between the forms of a time, and time zones.
+// Conversions between time formats, and time zones.
 #pragma once
 
 #include <minwindef.h>
@@ -25,7 +25,7 @@ BOOL WINAPI FileTimeToSystemTime(const FILETIME* lpFileTime, LPSYSTEMTIME lpSyst
 BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFileTime) QXP(SystemTimeToFileTime);
 
 DWORD WINAPI GetTimeZoneInformation(LPTIME_ZONE_INFORMATION lpTimeZoneInformation) QXP(GetTimeZoneInformation);
-// A null zone is that of the user, with its past as far as it is known.
+// A null zone stands for the user's zone, including its history as far as it is known.
 BOOL WINAPI SystemTimeToTzSpecificLocalTime(const TIME_ZONE_INFORMATION* lpTimeZoneInformation,
     const SYSTEMTIME* lpUniversalTime, LPSYSTEMTIME lpLocalTime) QXP(SystemTimeToTzSpecificLocalTime);
 BOOL WINAPI TzSpecificLocalTimeToSystemTime(const TIME_ZONE_INFORMATION* lpTimeZoneInformation,

@@ -1,4 +1,4 @@
-// IUnknown, the root of all interfaces.
+// IUnknown, the root of all COM interfaces.
 #pragma once
 
 #include <basetyps.h>
@@ -8,8 +8,9 @@ EXTERN_C const IID IID_IUnknown QXP(IID_IUnknown);
 
 #ifdef __cplusplus
 
-// Here and in all interfaces the order of the functions is the order of their slots, which callers rely on; a virtual
-// destructor would take slots too. Objects end by their count and are never deleted through an interface.
+// In all interfaces the order of the functions is the order of their vtable slots, which callers rely on. A virtual
+// destructor would occupy slots, too. Objects are destroyed through their reference count and never deleted through an
+// interface.
 struct IUnknown
 {
     virtual HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppvObject) = 0;

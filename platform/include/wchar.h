@@ -1,5 +1,5 @@
-// The C runtime's functions for text of 16-bit characters, in place of the C library's header of this name, whose
-// functions are made for 32 bits. All of them work as in the "C" locale, whatever locale the process has set.
+// The C runtime's functions for 16-bit text. Replaces the C library's header of this name, whose functions expect 32
+// bits. All functions behave as in the "C" locale, whatever locale the process has set.
 #pragma once
 
 #include <qxcrt_names.h>
@@ -30,7 +30,7 @@ typedef int errno_t;
 
 QXCRT_BEGIN
 
-// Lengths, copies, comparisons. A comparison is by unsigned code unit.
+// Lengths, copies, comparisons. Comparisons are by unsigned code unit.
 size_t wcslen(const wchar_t* text) QXCRT_NOEXCEPT QXCRT(wcslen);
 size_t wcsnlen(const wchar_t* text, size_t limit) QXCRT_NOEXCEPT QXCRT(wcsnlen);
 wchar_t* wcscpy(wchar_t* target, const wchar_t* source) QXCRT_NOEXCEPT QXCRT(wcscpy);
@@ -42,37 +42,38 @@ wchar_t* wmemcpy(wchar_t* target, const wchar_t* source, size_t count) QXCRT_NOE
 wchar_t* wmemmove(wchar_t* target, const wchar_t* source, size_t count) QXCRT_NOEXCEPT QXCRT(wmemmove);
 wchar_t* wmemset(wchar_t* target, wchar_t c, size_t count) QXCRT_NOEXCEPT QXCRT(wmemset);
 
-// These fold A to Z and nothing else.
+// Ignore the case of A to Z only.
 int _wcsicmp(const wchar_t* a, const wchar_t* b) QXCRT_NOEXCEPT QXCRT(_wcsicmp);
 int _wcsnicmp(const wchar_t* a, const wchar_t* b, size_t count) QXCRT_NOEXCEPT QXCRT(_wcsnicmp);
-int wcscasecmp(const wchar_t* a, const wchar_t* b) QXCRT_NOEXCEPT QXCRT(_wcsicmp); // the name that GoogleTest uses
+int wcscasecmp(const wchar_t* a, const wchar_t* b) QXCRT_NOEXCEPT QXCRT(_wcsicmp); // the name used by GoogleTest
 
 // Searches.
 size_t wcsspn(const wchar_t* text, const wchar_t* accepted) QXCRT_NOEXCEPT QXCRT(wcsspn);
 
-// The formatter of wide text in the Microsoft dialect: `%s` and `%c` are wide, `%hs`, `%S`, `%C` narrow; `l` means 32
-// bits, `ll` and `I64` 64. A text that is longer than `size` is cut and gives -1; a terminator is only written where
-// there is room. Without a target and with size 0 the result is the length that the text would have.
+// The wide formatter in the Microsoft dialect: `%s` and `%c` are wide, `%hs`, `%S`, `%C` narrow; `l` means 32 bits,
+// `ll` and `I64` 64 bits. A text longer than `size` is truncated, and the result is -1. A terminator is written only if
+// there is room. With a null target and size 0, returns the length of the whole text.
 int _vsnwprintf(wchar_t* target, size_t size, const wchar_t* format, va_list arguments) QXCRT(_vsnwprintf);
 int _snwprintf(wchar_t* target, size_t size, const wchar_t* format, ...) QXCRT(_snwprintf);
 
-// Numbers from text. `*end` is set behind the number, or to `text` if there is none.
-// The range of wcstol and wcstoul is that of 32 bits, as everywhere with the Microsoft runtime, though `long` has 64
-// here: what is greater gives 0x7fffffff or 0xffffffff and the error ERANGE, and -1 as unsigned is 0xffffffff.
+// Parsing of numbers. `*end` is set to the end of the number, or to `text` if there is none.
+// wcstol and wcstoul have a range of 32 bits, as always in the Microsoft runtime, although `long` has 64 bits here.
+// Larger values return 0x7fffffff or 0xffffffff with the error ERANGE; -1 as an unsigned number is 0xffffffff.
 long wcstol(const wchar_t* text, wchar_t** end, int base) QXCRT_NOEXCEPT QXCRT(wcstol);
 unsigned long wcstoul(const wchar_t* text, wchar_t** end, int base) QXCRT_NOEXCEPT QXCRT(wcstoul);
 double wcstod(const wchar_t* text, wchar_t** end) QXCRT_NOEXCEPT QXCRT(wcstod);
 int _wtoi(const wchar_t* text) QXCRT_NOEXCEPT QXCRT(_wtoi);
 
-// The scanner of the Microsoft dialect, for numbers: %d %i %u %o %x %X %p with a width and a size, `*`, %n, %%. The
-// result is the count of stored numbers, or -1 if the text is empty. A number that is too great loses its upper bits.
+// The scanner in the Microsoft dialect, for numbers only: %d %i %u %o %x %X %p with width and size, `*`, %n, %%.
+// Returns the number of values stored, or -1 if the text is empty. Numbers that are too large lose their upper bits.
 int _snwscanf(const wchar_t* text, size_t length, const wchar_t* format, ...) QXCRT(_snwscanf);
 
-// A time by %Y %y %m %d %H %M %S; the length, or 0 if the text doesn't fit or another conversion is asked for.
+// Formats a time with %Y %y %m %d %H %M %S. Returns the length, or 0 if the text doesn't fit or the format contains
+// another conversion.
 size_t wcsftime(wchar_t* target, size_t size, const wchar_t* format, const struct tm* time) QXCRT_NOEXCEPT
     QXCRT(wcsftime);
 
-// As good as the copies of bytes, about which the compiler knows everything.
+// Inline wrappers of the byte functions, which compilers optimise.
 QXCRT_INLINE wchar_t* wmemcpy(wchar_t* target, const wchar_t* source, size_t count) QXCRT_NOEXCEPT
 {
     return (wchar_t*)__builtin_memcpy(target, source, count * sizeof(wchar_t));
@@ -85,8 +86,8 @@ QXCRT_INLINE wchar_t* wmemmove(wchar_t* target, const wchar_t* source, size_t co
 
 QXCRT_END
 
-// In C++ the result is as constant as the text that was searched; the standard library's headers ask for it by this
-// name.
+// In C++ the result is const if the searched text is. This is the name by which the standard library's headers test for
+// these overloads.
 #ifdef __cplusplus
 #define __CORRECT_ISO_CPP_WCHAR_H_PROTO
 extern "C++" const wchar_t* wcschr(const wchar_t* text, wchar_t c) QXCRT_NOEXCEPT QXCRT(wcschr);
@@ -104,7 +105,7 @@ wchar_t* wcsstr(const wchar_t* text, const wchar_t* part) QXCRT(wcsstr);
 wchar_t* wmemchr(const wchar_t* text, wchar_t c, size_t count) QXCRT(wmemchr);
 #endif
 
-// Declared because <cwchar> names them; a call doesn't compile.
+// Declared because <cwchar> names them. A call doesn't compile.
 #define QXCRT_WIDE_IO QXCRT_NOT_HERE("C library streams of wide characters")
 #define QXCRT_MULTIBYTE QXCRT_NOT_HERE("use MultiByteToWideChar and WideCharToMultiByte")
 #define QXCRT_DIALECT QXCRT_NOT_HERE("the formatter's dialect would differ, use _snwprintf, _vsnwprintf or _snwscanf")

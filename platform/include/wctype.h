@@ -1,4 +1,5 @@
-// Character types and casing of 16-bit characters in the "C" locale, in place of the C library's header of this name.
+// Character types and case conversion of 16-bit characters in the "C" locale. Replaces the C library's header of this
+// name.
 #pragma once
 
 #include <qxcrt_names.h>
@@ -15,13 +16,13 @@ typedef const int* wctrans_t;
 
 QXCRT_BEGIN
 
-// A to Z only; other letters have their case by LCMapStringW.
+// Convert A to Z only; use LCMapStringW for other letters.
 wint_t towlower(wint_t c) QXCRT_NOEXCEPT QXCRT(towlower);
 wint_t towupper(wint_t c) QXCRT_NOEXCEPT QXCRT(towupper);
-// The blanks of all scripts: the runtime's types of characters don't depend on the locale.
+// White space of all scripts: the runtime's character types don't depend on the locale.
 int iswspace(wint_t c) QXCRT_NOEXCEPT QXCRT(iswspace);
 
-// Declared because <cwctype> names them; a call doesn't compile.
+// Declared because <cwctype> names them. A call doesn't compile.
 #define QXCRT_NO_TYPE QXCRT_NOT_HERE("use GetStringTypeW")
 int iswalnum(wint_t c) QXCRT_NO_TYPE;
 int iswalpha(wint_t c) QXCRT_NO_TYPE;

@@ -1,4 +1,4 @@
-// Global memory, FormatMessageW, pointer tests and what has no header of its own.
+// Global memory, FormatMessageW, pointer tests, and functions without a header of their own.
 #pragma once
 
 #include <stdarg.h>
@@ -11,7 +11,7 @@
 #define GMEM_DDESHARE 0x2000
 #define GHND (GMEM_MOVEABLE | GMEM_ZEROINIT)
 #define GPTR (GMEM_FIXED | GMEM_ZEROINIT)
-// What GlobalFlags reports.
+// Results of GlobalFlags.
 #define GMEM_LOCKCOUNT 0x00ff
 #define GMEM_INVALID_HANDLE 0x8000
 
@@ -59,12 +59,12 @@ typedef struct tagACTCTXW
     HMODULE hModule;
 } ACTCTXW, *PACTCTXW;
 
-// Of a manifest among the resources of a module. There are no libraries in several versions to choose from, so it has
-// no further effect.
+// Creates a context from a manifest in a module's resources. Since no library exists in several versions, the context
+// has no further effect.
 HANDLE WINAPI CreateActCtxW(const ACTCTXW* pActCtx) QXP(CreateActCtxW);
 void WINAPI ReleaseActCtx(HANDLE hActCtx) QXP(ReleaseActCtx);
 
-// In local time or not, as the caller means it.
+// The caller decides whether times are local.
 BOOL WINAPI FileTimeToDosDateTime(const FILETIME* lpFileTime, LPWORD lpFatDate, LPWORD lpFatTime)
     QXP(FileTimeToDosDateTime);
 BOOL WINAPI DosDateTimeToFileTime(WORD wFatDate, WORD wFatTime, LPFILETIME lpFileTime) QXP(DosDateTimeToFileTime);

@@ -1,4 +1,4 @@
-// The system's interface as one header, in the grouping of the published documentation.
+// Includes the system's API, grouped as in the published documentation.
 #pragma once
 
 #include <wchar.h>

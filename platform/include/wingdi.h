@@ -1,4 +1,4 @@
-// Character sets of fonts.
+// Font character sets.
 #pragma once
 
 #define ANSI_CHARSET 0

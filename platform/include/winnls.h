@@ -1,4 +1,4 @@
-// Code pages, casing, comparison and locale information.
+// Code pages, case conversion, comparison and locale information.
 #pragma once
 
 #include <minwindef.h>
@@ -89,7 +89,7 @@ EXTERN_C_START
 #define LOCALE_STIMEFORMAT 0x00001003
 #define LOCALE_IDEFAULTANSICODEPAGE 0x00001004
 
-// Groups of languages that use one kind of writing.
+// Groups of languages with a common script.
 #define LGRPID_INSTALLED 0x00000001
 #define LGRPID_SUPPORTED 0x00000002
 #define LGRPID_WESTERN_EUROPE 0x0001

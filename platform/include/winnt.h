@@ -1,12 +1,11 @@
-// Access rights, attributes and other constants of the system's core; critical sections' record; interlocked
-// operations.
+// Access rights, attributes and other core constants; the critical section structure; interlocked operations.
 #pragma once
 
 #include <minwindef.h>
 
 EXTERN_C_START
 
-// Rights.
+// Access rights.
 #define DELETE 0x00010000
 #define READ_CONTROL 0x00020000
 #define SYNCHRONIZE 0x00100000
@@ -92,8 +91,8 @@ typedef struct _OSVERSIONINFOEXW
     BYTE wReserved;
 } OSVERSIONINFOEXW, *POSVERSIONINFOEXW, *LPOSVERSIONINFOEXW;
 
-// LockCount is 0 while the section is free, 1 while it is held and 2 while others may wait for it. A section of zeros
-// is free, so that static ones can be entered before their constructors ran.
+// LockCount is 0 if the section is free, 1 if it is held, and 2 if it is held and other threads may be waiting. A
+// zeroed section is free, so static sections can be entered before their constructors have run.
 typedef struct _RTL_CRITICAL_SECTION
 {
     PVOID DebugInfo;
@@ -104,7 +103,7 @@ typedef struct _RTL_CRITICAL_SECTION
     ULONG_PTR SpinCount;
 } RTL_CRITICAL_SECTION, *PRTL_CRITICAL_SECTION;
 
-// Exceptions. What a processor's registers held is not told.
+// Exceptions. Processor registers are not reported.
 #define EXCEPTION_NONCONTINUABLE 0x1
 #define EXCEPTION_MAXIMUM_PARAMETERS 15
 #define EXCEPTION_EXECUTE_HANDLER 1
@@ -144,7 +143,7 @@ typedef void(NTAPI* PTP_WORK_CALLBACK)(PTP_CALLBACK_INSTANCE Instance, PVOID Con
 typedef void(NTAPI* PTP_SIMPLE_CALLBACK)(PTP_CALLBACK_INSTANCE Instance, PVOID Context);
 typedef void(NTAPI* PTP_CLEANUP_GROUP_CANCEL_CALLBACK)(PVOID ObjectContext, PVOID CleanupContext);
 
-// Versions 1, which ends before CallbackPriority, and 3.
+// Versions 1 (which ends before CallbackPriority) and 3.
 typedef struct _TP_CALLBACK_ENVIRON
 {
     DWORD Version;
@@ -161,7 +160,7 @@ typedef struct _TP_CALLBACK_ENVIRON
 
 EXTERN_C_END
 
-// For loops that wait for another processor.
+// For loops that spin until another processor makes progress.
 static inline void YieldProcessor(void)
 {
 #if defined(__x86_64__)
@@ -169,7 +168,7 @@ static inline void YieldProcessor(void)
 #endif
 }
 
-// What tokens tell of the process's user.
+// Token information about the process's user.
 #define TOKEN_QUERY 0x0008
 
 typedef PVOID PSID;
@@ -192,7 +191,7 @@ typedef enum _TOKEN_INFORMATION_CLASS
     TokenGroups
 } TOKEN_INFORMATION_CLASS;
 
-// Why a module's DllMain is called.
+// Reasons for a call of DllMain.
 #define DLL_PROCESS_DETACH 0
 #define DLL_PROCESS_ATTACH 1
 

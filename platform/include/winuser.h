@@ -1,9 +1,9 @@
-// Messages, message boxes, casing of texts, string resources.
+// Messages, message boxes, case conversion, string resources.
 #pragma once
 
 #include <windef.h>
 
-// Types and names of resources by number.
+// Numeric types and names of resources.
 #define MAKEINTRESOURCEW(i) ((LPWSTR)(ULONG_PTR)(WORD)(i))
 #define IS_INTRESOURCE(r) (((ULONG_PTR)(r) >> 16) == 0)
 #define RT_STRING MAKEINTRESOURCEW(6)
@@ -81,7 +81,7 @@ typedef struct tagMSG
     POINT pt;
 } MSG, *PMSG, *NPMSG, *LPMSG;
 
-// The queue of the calling thread, which it has from its first such call on.
+// The queue of the calling thread, which is created by the first such call.
 BOOL WINAPI PeekMessageW(LPMSG lpMsg, HWND hWnd, UINT wMsgFilterMin, UINT wMsgFilterMax, UINT wRemoveMsg)
     QXP(PeekMessageW);
 BOOL WINAPI TranslateMessage(const MSG* lpMsg) QXP(TranslateMessage);
@@ -92,8 +92,8 @@ DWORD WINAPI MsgWaitForMultipleObjects(DWORD nCount, const HANDLE* pHandles, BOO
 DWORD WINAPI MsgWaitForMultipleObjectsEx(DWORD nCount, const HANDLE* pHandles, DWORD dwMilliseconds, DWORD dwWakeMask,
     DWORD dwFlags) QXP(MsgWaitForMultipleObjectsEx);
 
-// Written to the standard error stream. The answer is the button that the environment's QXPLATFORM_MESSAGEBOX names,
-// such as "cancel", else the default button.
+// Prints the text to the standard error stream. The answer is the button named by the environment variable
+// QXPLATFORM_MESSAGEBOX, such as "cancel", otherwise the default button.
 int WINAPI MessageBoxW(HWND hWnd, LPCWSTR lpText, LPCWSTR lpCaption, UINT uType) QXP(MessageBoxW);
 BOOL WINAPI MessageBeep(UINT uType) QXP(MessageBeep);
 
@@ -104,16 +104,16 @@ typedef struct tagUSEROBJECTFLAGS
     DWORD dwFlags;
 } USEROBJECTFLAGS, *PUSEROBJECTFLAGS;
 
-// There is no screen, so every number about it is 0, and nobody works on it from afar.
+// There is no screen, so all metrics are 0, and there is no remote session.
 int WINAPI GetSystemMetrics(int nIndex) QXP(GetSystemMetrics);
 
-// The one window station of the process, which nobody sees. Only its flags can be asked for.
+// The process's only window station, which is invisible. Only its flags can be queried.
 HWINSTA WINAPI GetProcessWindowStation(void) QXP(GetProcessWindowStation);
 BOOL WINAPI GetUserObjectInformationW(HANDLE hObj, int nIndex, PVOID pvInfo, DWORD nLength, LPDWORD lpnLengthNeeded)
     QXP(GetUserObjectInformationW);
 
-// The session's clipboard, which is kept on disk. Data are blocks of global memory, there when they are set; none is
-// made of another format's.
+// The session's clipboard, which is stored on disk. Data is passed in blocks of global memory and stored immediately;
+// there is no conversion between formats.
 #define CF_TEXT 1
 BOOL WINAPI OpenClipboard(HWND hWndNewOwner) QXP(OpenClipboard);
 BOOL WINAPI CloseClipboard(void) QXP(CloseClipboard);

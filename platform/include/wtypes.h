@@ -1,4 +1,4 @@
-// Basic types of COM: texts and the flags that several interfaces share.
+// Basic COM types: strings, and flags shared by several interfaces.
 #pragma once
 
 #include <guiddef.h>
@@ -9,11 +9,11 @@ typedef OLECHAR* LPOLESTR;
 typedef const OLECHAR* LPCOLESTR;
 #define OLESTR(text) L##text
 
-// A text with its length in bytes, as 32 bits, in front of the first character.
+// A string preceded by its length in bytes as a 32-bit number.
 typedef OLECHAR* BSTR;
 typedef BSTR* LPBSTR;
 
-// How a commit treats what others changed meanwhile.
+// How a commit treats changes made by others in the meantime.
 typedef enum tagSTGC
 {
     STGC_DEFAULT = 0,
@@ -23,7 +23,7 @@ typedef enum tagSTGC
     STGC_CONSOLIDATE = 8
 } STGC;
 
-// What Stat may leave out.
+// What Stat may omit.
 typedef enum tagSTATFLAG
 {
     STATFLAG_DEFAULT = 0,
@@ -31,8 +31,8 @@ typedef enum tagSTATFLAG
     STATFLAG_NOOPEN = 2
 } STATFLAG;
 
-// Dates are days since 30 December 1899, with the time of day in the fraction; before that day the fraction counts
-// away from midnight all the same, so that -1.25 is 6 o'clock in the morning of the 29th.
+// Dates are days since 30 December 1899, with the time of day in the fraction. For negative dates the fraction is still
+// counted forward from midnight: -1.25 is 6 a.m. on the 29th.
 typedef double DATE;
 
 typedef short VARIANT_BOOL;
@@ -53,10 +53,10 @@ typedef union tagCY
 } CY, *LPCY;
 typedef CY CURRENCY;
 
-// A whole number of 96 bits, divided by 10 as often as `scale` says, 28 times at most.
+// A 96-bit integer divided by 10 to the power of `scale`, at most 28.
 typedef struct tagDEC
 {
-    USHORT wReserved; // holds the type of a variant that the number lies in
+    USHORT wReserved; // holds the type if the number is part of a variant
     union
     {
         struct

@@ -19,7 +19,7 @@ namespace
 constexpr auto kEscapes = []
 {
     std::array<std::wstring_view, 256> escapes{};
-    for (const HtmlEntity& entity : htmlEntities)
+    for (const HtmlEntity& entity : kHtmlEntities)
         escapes[entity.code] = entity.text;
     escapes[L'\t'] = L"&#09;";
     escapes[L'\''] = {};

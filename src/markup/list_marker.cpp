@@ -5,10 +5,10 @@ namespace qx
 
 ListMarker::ListMarker(ListNumbering numbering, std::int32_t number)
 {
-    if (numbering == ListNumbering::none)
-        return Prepend(L'-');
     constexpr std::int32_t lastRoman = 3999;
-    Prepend(L'.');
+    Prepend(numbering == ListNumbering::none ? L'-' : L'.');
+    if (numbering == ListNumbering::none)
+        return;
     if (numbering == ListNumbering::lowerLetters && number > 0)
         PrependLetters(number, L'a');
     else if (numbering == ListNumbering::upperLetters && number > 0)

@@ -1,12 +1,12 @@
-"""check_document.py DOCUMENT SOURCE PROGRAM QXUT [EMULATOR...]: runs an example program in a fresh folder and proves that
-its document shows nothing but what is in the program, and what it does. Each block of the document has a line in front of
-it that says what it is:
+"""check_document.py DOCUMENT SOURCE PROGRAM QXUT [EMULATOR...]: runs an example program in an empty folder and checks that
+its document shows exactly the program's code, output and files. A line before each block of the document describes the
+block:
 
     <!-- code NAME -->    the body of the function NAME in the program
-    <!-- prints NAME -->  what the program prints while that function runs
-    <!-- file NAME -->    lines of a file that the program wrote; "…" stands for what is left out
-    <!-- commands -->     lines that begin with "$ ", run in that folder, with what they print
-    <!-- python -->       statements that run there without an exception
+    <!-- prints NAME -->  the output of the program while that function runs
+    <!-- file NAME -->    lines of a file written by the program; "…" stands for omitted text
+    <!-- commands -->     commands after "$ ", run in that folder, followed by their output
+    <!-- python -->       statements that must run in that folder without an exception
 """
 
 import pathlib

@@ -1,12 +1,13 @@
-"""check_library.py LIBRARY DEFINITION_FILE OBJDUMP: proves that exactly the listed names come out of the built library,
-each under the library's version where the format has versions, and that it needs nothing but what its system, its
-dependencies or this tree bring."""
+"""check_library.py LIBRARY DEFINITION_FILE OBJDUMP: checks that the built library exports exactly the listed names, with
+the library's version if the format has versions, and that it depends only on the system, its dependencies and
+libraries of this tree."""
 
 import re
 import subprocess
 import sys
 
-# What Windows itself brings. A compiler's runtime (libstdc++-6.dll, libwinpthread-1.dll, ...) or zlib is not among it.
+# The libraries that are part of Windows. Compiler runtimes (libstdc++-6.dll, libwinpthread-1.dll, ...) and zlib are
+# not.
 WINDOWS_LIBRARIES = {
     "advapi32.dll", "comctl32.dll", "crypt32.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "netapi32.dll",
     "ntdll.dll", "ole32.dll", "oleaut32.dll", "propsys.dll", "psapi.dll", "rpcrt4.dll", "secur32.dll", "shell32.dll",

@@ -44,7 +44,7 @@ TEST_F(Clipboard, BelongsToTheThreadThatOpenedIt)
     EXPECT_EQ(ErrorOf(CloseClipboard), DWORD{ERROR_CLIPBOARD_NOT_OPEN});
 
     if (!kIsLayer)
-        return; // the system tells those who open it apart by their windows, and lets all in that name none
+        return; // the system distinguishes callers by their windows and admits all callers without one
     ASSERT_TRUE(OpenClipboard(nullptr));
     std::thread(
         []

@@ -123,7 +123,7 @@ TEST(GlobalStream, MovesAndChangesItsSize)
     EXPECT_EQ(WholeContent(stream), "");
 }
 
-// Promises of the layer that the system does not make.
+// Guarantees of the layer that the system doesn't give.
 #ifndef _WIN32
 TEST(GlobalStream, BytesThatAGrowthBringsAreZero)
 {
@@ -157,7 +157,7 @@ TEST(GlobalStream, HandleHoldsExactlyTheContent)
     EXPECT_LT(moves, 40) << "small writes don't copy the block each time";
     EXPECT_EQ(GlobalFlags(memory), 0u) << "neither locked nor discarded";
 
-    // Whoever makes the block smaller behind the stream's back gets short reads, no crash.
+    // If the block is made smaller behind the stream's back, reads are short but don't crash.
     ASSERT_EQ(GlobalReAlloc(memory, 3, GMEM_MOVEABLE), memory);
     SeekTo(stream, 0);
     EXPECT_EQ(Read(stream, 100), "xxx");
@@ -225,7 +225,7 @@ TEST(GlobalStream, CopiesFromItsPositionToTheOthers)
     EXPECT_EQ(source->CopyTo(nullptr, Unsigned(1), nullptr, nullptr), STG_E_INVALIDPOINTER);
 }
 
-// A promise of the layer.
+// A guarantee of the layer.
 #ifndef _WIN32
 TEST(GlobalStream, ClonesMayBeUsedByDifferentThreads)
 {

@@ -1,4 +1,4 @@
-// COM's base: texts with a length, identifiers.
+// Basics of COM: BSTRs and identifiers.
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -64,7 +64,7 @@ TEST(Bstr, ReallocationReplacesTheText)
         EXPECT_TRUE(TextOf(bstr).substr(0, 6) == L"longer"sv);
         EXPECT_EQ(bstr[length], L'\0');
     }
-#ifndef _WIN32 // undefined on the system, but callers do it: the text lies in the old one
+#ifndef _WIN32 // undefined on the system, but callers do it: the text is part of the old string
     EXPECT_TRUE(SysReAllocStringLen(&bstr, bstr + 1, 4));
     EXPECT_TRUE(TextOf(bstr) == L"onge"sv);
 #endif

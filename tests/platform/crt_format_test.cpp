@@ -1,4 +1,4 @@
-// The formatter of wide text: each case holds for msvcrt as it does for the layer, unless a comment says otherwise.
+// The wide formatter. Each case applies to msvcrt and to the layer, unless a comment says otherwise.
 #include <gtest/gtest.h>
 
 #include <stdio.h>
@@ -28,7 +28,7 @@ TEST(CrtFormat, IntegersAndPointers)
     void* const pointer = reinterpret_cast<void*>(0x1234abcd);
     Prints(L"-2147483648 7 4294967295", L"%d %i %u", INT_MIN, 7, -1);
     Prints(L"+5  5 +5 -5", L"%+d % d %+ d % d", 5, 5, 5, -5);
-    Prints(L"55", L"%+u% x", 5, 5); // a sign is for signed numbers
+    Prints(L"55", L"%+u% x", 5, 5); // only signed numbers get a sign
     Prints(L"[   42][42   ][-0042][42   ]", L"[%5d][%-5d][%05d][%-05d]", 42, 42, -42, 42);
     Prints(L"[-00042][  -00042][-00042  ]", L"[%.5d][%8.5d][%-8.5d]", -42, -42, -42);
     Prints(L"[][     ][+][]", L"[%.0d][%5.0d][%+.0d][%.d]", 0, 0, 0, 0);
@@ -45,7 +45,7 @@ TEST(CrtFormat, IntegersAndPointers)
     Prints(L"-1 4294967295 ffffffff -1 42", L"%ld %lu %lx %I32d %d", -1, -1, -1, -1, 42);
     Prints(L"9029 -1 65535 2345", L"%hd %hd %hu %hx", 0x12345, -1, -1, 0x12345);
     Prints(L"0x0000000056789abc 42", L"0x%016Lx %d", 0x56789abcULL, 42);              // `L` isn't `ll`: 32 bits
-    Prints(L"9029 74565 5 6 7", L"%lhd %hld %wd %Fd %Nd", 0x12345, 0x12345, 5, 6, 7); // the last size counts
+    Prints(L"9029 74565 5 6 7", L"%lhd %hld %wd %Fd %Nd", 0x12345, 0x12345, 5, 6, 7); // the last size prefix wins
     Prints(L"000000001234ABCD 0X000000001234ABCD 0000000000000000", L"%p %#p %p", pointer, pointer, nullptr);
     Prints(L"[000000001234ABCD    ][  0X000000001234ABCD][    000000001234ABCD][000000001234ABCD]",
         L"[%-20p][%#20p][%020p][%+p]", pointer, pointer, pointer, pointer);
@@ -83,9 +83,9 @@ TEST(CrtFormat, FixedNumbers)
     Prints(L"10000000000000000000000.000000", L"%f", 1e22);
     Prints(L"0.10000000000000000555", L"%.20f", 0.1);
     Prints(L"0.000001 0.000000 1000000.000000", L"%f %f %f", 0.00000051, 0.00000049, 999999.9999999);
-    Prints(L"3 4 0 4.", L"%.0f %.0f %.0f %#.0f", 2.5, 3.5, 0.4, 3.5); // half goes up
+    Prints(L"3 4 0 4.", L"%.0f %.0f %.0f %#.0f", 2.5, 3.5, 0.4, 3.5); // half is rounded up
     Prints(L"1 0 10 9994.13", L"%.0f %.0f %.0f %.2f", 0.5, 0.05, 9.5, 9994.125);
-    Prints(L"0.3 0.3 1.00", L"%.1f %.1f %.2f", 0.25, 0.35, 1.005); // 0.35 and 1.005 lie below themselves
+    Prints(L"0.3 0.3 1.00", L"%.1f %.1f %.2f", 0.25, 0.35, 1.005); // 0.35 and 1.005 are below half in binary
     Prints(L"[     3.142][3.142     ][-00003.142]", L"[%10.3f][%-10.3f][%010.3f]", 3.14159, 3.14159, -3.14159);
     Prints(L"+3.00  3.00 +3.00", L"%+.2f % .2f %+ .2f", 3.0, 3.0, 3.0);
 
@@ -110,7 +110,7 @@ TEST(CrtFormat, ScientificAndGeneralNumbers)
     Prints(L"0x1.0000000000000p+0 -0X1.8000000000000P+0 0x1.999999999999ap-4", L"%a %A %a", 1.0, -1.5, 0.1);
     Prints(L"0x2.00p+0 0x2p+0 0x1.p+0", L"%.2a %.0a %#.0a", 1.999, 1.9, 1.0);
     Prints(L"0x0.0000000000000p+0 0x0.012688b70e62bp-1022", L"%a %a", 0.0, 1e-310);
-    // what is no number
+    // infinities and NaN
     Prints(L"1.#INF00 -1.#INF00 +1.#INF00", L"%f %f %+f", Infinity, -Infinity, Infinity);
     Prints(L"1.#INF 1.#INF 1.#INF00e+000", L"%g %G %e", Infinity, Infinity, Infinity);
     Prints(L"1.#QNAN0 1.#QNAN -1.#IND", L"%f %g %g", NotANumber, NotANumber, -NotANumber);
@@ -132,10 +132,10 @@ TEST(CrtFormat, WhatIsNoConversion)
 }
 
 #if !defined(_WIN32)
-// What the documentation promises and Wine doesn't keep.
+// Behaviour that the documentation promises and Wine doesn't implement.
 TEST(CrtFormat, FollowsTheDocumentation)
 {
-    Prints(L"[  -00042]", L"[%08.5d]", -42); // a precision switches the filling with zeros off
+    Prints(L"[  -00042]", L"[%08.5d]", -42); // a precision disables zero padding
     Prints(L"0000000000000000", L"%.4p", nullptr);
     Prints(L"%| 0", L"%5%| %#.0o", 0);
     Prints(L"[1.#INF00  ]", L"[%-10f]", Infinity);
@@ -143,7 +143,7 @@ TEST(CrtFormat, FollowsTheDocumentation)
     Prints(L"abcd", L"abc%hnd", count);
     EXPECT_EQ(count[0], 3);
     EXPECT_EQ(count[1], -1);
-    EXPECT_EQ(_snwprintf(nullptr, 0, L"%2147483647d%d", 1, 1), -1); // longer than a count can say
+    EXPECT_EQ(_snwprintf(nullptr, 0, L"%2147483647d%d", 1, 1), -1); // too long for the result type
     EXPECT_EQ(_snwprintf(nullptr, 0, L"%99999999999d%d", 1, 1), -1);
 }
 #endif
@@ -154,7 +154,7 @@ TEST(CrtFormat, CutsAtTheSize)
     {
         std::size_t size;
         int result;
-        std::wstring_view content; // with one character behind what may be written
+        std::wstring_view content; // with one character past the permitted end
     };
     for (const SizeCase& c :
         {SizeCase{0, -1, L"~"}, {1, -1, L"a~"}, {4, -1, L"ab12~"}, {5, 5, L"ab12c~"}, // full: no terminator

@@ -1,5 +1,5 @@
-// Numbers from text, alone and by the scanner. Each case holds for the runtime under Wine too, unless a comment says
-// otherwise.
+// Parsing of numbers, directly and by the scanner. Each case also applies to the runtime library under Wine, unless a
+// comment says otherwise.
 #include <gtest/gtest.h>
 
 #include <errno.h>
@@ -27,11 +27,12 @@ TEST(CrtNumber, ReadsIntegersOfFourRanges)
         int base;
         std::size_t length; // of the number, 0 if there is none
         unsigned long long magnitude;
-        bool isOver = false; // of 64 bits
+        bool isOver = false; // overflows 64 bits
     } constexpr kCases[] = {{L"-12", 10, 3, 12}, {L" \t\r\n+12x", 10, 7, 12}, {L"\u00a0\u30005", 10, 3, 5},
         {L"", 10, 0, 0}, {L"- 1", 10, 0, 0}, {L"abc", 10, 0, 0}, {L"1_0", 10, 1, 1}, {L"-0X1fg", 16, 5, 31},
         {L"ffFF", 16, 4, 65535}, {L"0x1F", 10, 1, 0}, {L"0xg", 16, 0, 0}, {L"0x1F", 0, 4, 31}, {L"017", 0, 3, 15},
-        {L"08", 0, 1, 0}, {L"zZ", 36, 2, 1295}, {L"102", 2, 2, 2}, {L"\uff11\u0662", 10, 2, 12}, // of all scripts
+        {L"08", 0, 1, 0}, {L"zZ", 36, 2, 1295}, {L"102", 2, 2, 2},
+        {L"\uff11\u0662", 10, 2, 12}, // digits of all scripts
         {L"2147483647", 10, 10, 2147483647}, {L"2147483648", 10, 10, 2147483648}, {L"-2147483648", 10, 11, 2147483648},
         {L"-2147483649", 10, 11, 2147483649}, {L"4294967295", 10, 10, 4294967295}, {L"4294967296", 10, 10, 4294967296},
         {L"9223372036854775807", 10, 19, LLONG_MAX}, {L"9223372036854775808", 10, 19, 9223372036854775808u},
@@ -51,7 +52,7 @@ TEST(CrtNumber, ReadsIntegersOfFourRanges)
             EXPECT_EQ(behind, c.text + c.length) << c.text;
             EXPECT_EQ(errno, isOver ? ERANGE : 0) << c.text;
         };
-        check(std::numeric_limits<std::int32_t>(), wcstol); // whatever the size of a long is
+        check(std::numeric_limits<std::int32_t>(), wcstol); // whatever the size of long
         check(std::numeric_limits<std::uint32_t>(), wcstoul);
     }
     errno = 0;
@@ -72,7 +73,7 @@ TEST(CrtNumber, ReadsFloats)
         {L"e5", 0, 0}, {L"0x10", 4, 16}, {L"0x1.8p1", 7, 3}, {L"infx", 3, std::numeric_limits<double>::infinity()},
         {L"-Infinity", 9, -std::numeric_limits<double>::infinity()},
         {L"123456789012345678901234567890", 30, 123456789012345678901234567890.0},
-        {L"9007199254740993", 16, 9007199254740992.0}, // halfway: to even
+        {L"9007199254740993", 16, 9007199254740992.0}, // halfway: rounded to even
         {L"1e0000000000000000001", 21, 10}, {L"0.000000000000000000000000000000000000000000001", 47, 1e-45},
         {L"0e99999999999999999999", 22, 0}, {L"1.7976931348623157e308", 22, std::numeric_limits<double>::max()},
         {L"2.2250738585072014e-308", 23, std::numeric_limits<double>::min()}, {L"5e-324", 6, 5e-324}};
@@ -99,10 +100,11 @@ TEST(CrtNumber, ReadsFloats)
     }
 }
 
-#if !defined(_WIN32) // where digits behind the first twenty or so are lost
+#if !defined(_WIN32) // Wine loses the digits after the first twenty or so
 TEST(CrtNumber, ReadsFloatsOfManyDigits)
 {
-    // 2^53 + 1 lies halfway between two numbers: ever more zeros, and then something more or nothing.
+    // 2^53 + 1 is halfway between two numbers, followed by more and more zeros and then either a nonzero digit or
+    // nothing.
     constexpr std::wstring_view kHalfway = L"9007199254740993.";
     for (const std::size_t zeros : {20u, 100u, 700u, 760u, 2000u})
     {
@@ -120,7 +122,7 @@ TEST(CrtNumber, ReadsFloatsOfManyDigits)
 }
 #endif
 
-// The count, and the fields that were written.
+// Returns the count and the fields that were assigned.
 std::string Scanned(const wchar_t* text, const wchar_t* format)
 {
     constexpr int kUntouched = -7;
@@ -162,7 +164,7 @@ TEST(CrtScan, SizesOfNumbers)
     {
         const wchar_t* text;
         const wchar_t* format;
-        std::uint64_t value; // over bytes of 0xAA
+        std::uint64_t value; // initially bytes of 0xAA
     } constexpr kCases[] = {{L"-1", L"%I64d", ~std::uint64_t{0}}, {L"18446744073709551617", L"%I64u", 1},
         {L"12", L"%lld", 12}, {L"x12345678abcdef", L"x%I64x", 0x12345678abcdef}, {L"12", L"%Id", 12},
         {L"12AB", L"%p", 0x12AB}, {L"-1", L"%ld", 0xAAAAAAAAFFFFFFFF}, {L"-1", L"%I32d", 0xAAAAAAAAFFFFFFFF},

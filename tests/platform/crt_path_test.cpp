@@ -7,7 +7,7 @@
 namespace
 {
 
-// Paths that the layer gives out have the form of its own system.
+// Paths produced by the layer have the form of its own system.
 #if defined(_WIN32)
 constexpr wchar_t Separator = L'\\';
 #else
@@ -68,7 +68,7 @@ TEST(CrtPath, Makes)
     struct
     {
         const wchar_t *drive, *directory, *name, *extension;
-        const wchar_t* expected; // with `|` for the separator that was added
+        const wchar_t* expected; // with `|` in place of an added separator
     } constexpr kCases[] = {{L"c", L"a", L"b", L"t", L"c:a|b.t"}, {L"cde", L"x/", L"y", L".z", L"c:x/y.z"},
         {L"", L"", L"b", L"", L"b"}, {nullptr, L"\\", L"b", L".", L"\\b."}, {nullptr, L"a", L"", L"t", L"a|.t"},
         {nullptr, nullptr, nullptr, nullptr, L""}};

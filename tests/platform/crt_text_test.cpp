@@ -7,7 +7,7 @@
 #include <cstring>
 #include <vector>
 
-#if defined(_WIN32) // each system has its own call to protect a page, and the layer none
+#if defined(_WIN32) // each system has its own call to protect a page, and the layer has none
 #include <windows.h>
 #else
 #include <sys/mman.h>
@@ -23,11 +23,11 @@ int Sign(int value)
     return (value > 0) - (value < 0);
 }
 
-// Memory that ends where reading ends: the page behind it can't be touched, so a read too far ends the program.
+// Memory followed by an inaccessible page, so that reading past the end crashes the program.
 class PageEnd
 {
 public:
-    // The characters, copied so that the last one is the last that can be read.
+    // Copies the characters so that the last one is directly before the inaccessible page.
     wchar_t* Place(const std::vector<wchar_t>& text) const
     {
         const std::size_t bytes = text.size() * sizeof(wchar_t);
@@ -39,7 +39,7 @@ private:
 
     static char* Make()
     {
-#if defined(_WIN32) // as above
+#if defined(_WIN32) // see above
         void* const memory = VirtualAlloc(nullptr, 2 * PageSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
         DWORD before = 0;
         VirtualProtect(static_cast<char*>(memory) + PageSize, PageSize, PAGE_NOACCESS, &before);
@@ -50,10 +50,10 @@ private:
         return static_cast<char*>(memory);
     }
 
-    char* const _memory = Make(); // stays until the end of the process
+    char* const _memory = Make(); // allocated until the process ends
 };
 
-// A text of `length` characters with its terminator, no character twice.
+// Returns a text of `length` characters with its terminator. No character occurs twice.
 std::vector<wchar_t> Distinct(std::size_t length)
 {
     std::vector<wchar_t> text(length + 1);
@@ -102,7 +102,7 @@ TEST(CrtText, ComparesAtEveryAlignmentByUnsignedUnits)
             ASSERT_EQ(wcsncmp(a, b, Huge), 0);
             ASSERT_EQ(_wcsicmp(a, b), 0);
 
-            source[at] = L'B'; // less than any other unit there is
+            source[at] = L'B'; // less than any other unit in the text
             b = pageB.Place(source);
             ASSERT_GT(wcscmp(a, b), 0) << length << " " << at;
             ASSERT_LT(wcsncmp(b, a, Huge), 0);
@@ -117,7 +117,7 @@ TEST(CrtText, ComparesAtEveryAlignmentByUnsignedUnits)
             ASSERT_EQ(_wcsicmp(a, b), 0);
             ASSERT_EQ(_wcsnicmp(a, b, Huge), 0);
 
-            source[at] = 0; // the shorter one is less
+            source[at] = 0; // the shorter text is less
             a = pageA.Place(source);
             ASSERT_LT(wcscmp(a, b), 0);
             ASSERT_GT(_wcsnicmp(b, a, Huge), 0);

@@ -15,7 +15,7 @@ namespace
 
 using qxtest::kIsLayer, qxtest::ReadableText;
 
-constexpr SYSTEMTIME MOMENT{2018, 2, 0, 3, 15, 4, 7, 0}; // whose day of the week isn't looked at
+constexpr SYSTEMTIME MOMENT{2018, 2, 0, 3, 15, 4, 7, 0}; // the day of the week is ignored
 
 using Format = int(WINAPI*)(LCID, DWORD, const SYSTEMTIME*, LPCWSTR, LPWSTR, int);
 
@@ -55,7 +55,7 @@ TEST(DateFormat, Pictures)
         {DATE, AMERICAN, 0, L"d'a''", "3a'"}, {DATE, AMERICAN, 0, L"H h m s t D Y", "H h m s t D Y"},
         {DATE, AMERICAN, 0, L"\"d\"", "\"3\""}, {DATE, AMERICAN, 0, L"", ""},
         {DATE, GERMAN, 0, L"dddd, d. MMMM yyyy", "Samstag, 3. Februar 2018"},
-        // A month beside a day's number has a form of its own.
+        // A month next to a day number has its own form.
         {DATE, POLISH, 0, L"d MMMM", "3 lutego"}, {DATE, POLISH, 0, L"dddd MMMM", "sobota luty"},
         {DATE, RUSSIAN, 0, L"d MMMM", "3 <444><435><432><440><430><43b><44f>"},
         {TIME, AMERICAN, 0, L"h hh hhh H HH HHH", "3 03 03 15 15 15"},
@@ -71,13 +71,13 @@ TEST(DateFormat, Pictures)
         {TIME, AMERICAN, TIME_NOSECONDS, L"h 'h' m 'm' s 's' tt", "3 h 4  PM"},
         {TIME, AMERICAN, TIME_NOSECONDS, L"hh-mm-ss-tt-x", "03-04PM-x"},
         {TIME, AMERICAN, TIME_NOSECONDS, L"s ss sss", ""},
-        // What comes without a picture is of the locale; more of these are held to the reference.
+        // Without a picture, the locale's format is used; the reference test has more cases.
         {DATE, AMERICAN, DATE_SHORTDATE, nullptr, "2/3/2018"},
         {DATE, AMERICAN, LOCALE_NOUSEROVERRIDE, nullptr, "2/3/2018"},
         {DATE, AMERICAN, DATE_LONGDATE, nullptr, "Saturday, February 3, 2018"},
         {TIME, AMERICAN, 0, nullptr, "3:04:07 PM"}, {TIME, GERMAN, TIME_NOSECONDS, nullptr, "15:04"}};
     Check(cases);
-    if (kIsLayer) // Wine has an era twice
+    if (kIsLayer) // Wine writes the era twice
     {
         EXPECT_EQ(Formatted(DATE, AMERICAN, 0, MOMENT, L"gg"), "AD");
     }

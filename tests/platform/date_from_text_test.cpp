@@ -1,4 +1,4 @@
-// Dates of automation from text and as text.
+// Parsing and formatting of automation dates.
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -81,7 +81,7 @@ TEST(DateFromText, OfLocales)
         {JAPANESE, L"18/1/2", "2018-1-2 0:00:00"}, {JAPANESE, L"1/2/2018", "2018-1-2 0:00:00"}};
     for (const auto& row : cases)
         EXPECT_EQ(Read(row.locale, row.text), row.result) << ReadableText(row.text) << ' ' << row.locale;
-    if (kIsLayer) // Wine takes the first number for the year, and knows months in the nominative only
+    if (kIsLayer) // Wine takes the first number as the year and knows only the nominative of months
     {
         EXPECT_EQ(Read(RUSSIAN, L"3 \x430\x43f\x440\x435\x43b\x44f 2018"), "2018-4-3 0:00:00");
         EXPECT_EQ(Read(AMERICAN, L"3 Apr 18"), "2018-4-3 0:00:00");
@@ -94,13 +94,13 @@ TEST(DateFromText, AndBack)
     EXPECT_EQ(Written(AMERICAN, 43103), "1/3/2018");
     EXPECT_EQ(Written(AMERICAN, 0), "12:00:00 AM");
     EXPECT_EQ(Written(AMERICAN, -1.25), "12/29/1899 6:00:00 AM");
-    EXPECT_EQ(Written(AMERICAN, -109206), "12/31/1600"); // which GetDateFormatW refuses
+    EXPECT_EQ(Written(AMERICAN, -109206), "12/31/1600"); // GetDateFormatW rejects this year
     EXPECT_EQ(Written(JAPANESE, 0.25), "6:00:00");
     EXPECT_EQ(Written(AMERICAN, 2958466), "error");
     EXPECT_EQ(Written(0x9999, 43103), "error");
 }
 
-// A long text of parts that are almost a date.
+// A long text of almost-date parts.
 TEST(DateFromText, TakesTimeInTheLengthOnly)
 {
     std::u16string text;

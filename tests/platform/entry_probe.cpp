@@ -1,10 +1,10 @@
-// A library that tells in which order its beginning and its end come.
+// A library that records the order in which its initialisation and cleanup run.
 #include <windows.h>
 
 #include <cstdio>
 #include <cstring>
 
-#if defined(_WIN32) // each target marks exported names in a way of its own
+#if defined(_WIN32) // each target marks exported names differently
 #define EXPORTED __declspec(dllexport)
 #else
 #define EXPORTED __attribute__((visibility("default")))
@@ -30,7 +30,7 @@ struct Static
 
 } // namespace
 
-// From now on the steps go to the caller's buffer, which gets the former ones.
+// Copies the steps recorded so far to the caller's buffer, which also receives all further steps.
 extern "C" EXPORTED void QxTakeSteps(char* buffer)
 {
     std::strcpy(buffer, steps);

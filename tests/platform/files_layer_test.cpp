@@ -1,4 +1,4 @@
-// What only the layer has: drives and shares as links, names that are no UTF-8, links, other programs' locks.
+// Features only the layer has: drives and shares as links, names that are not UTF-8, links, locks of other programs.
 #include "system_support.h"
 
 #include <algorithm>
@@ -48,7 +48,7 @@ protected:
             unsetenv("QXPLATFORM_HOME");
         else
             setenv("QXPLATFORM_HOME", _formerHome.c_str(), 1);
-        fs::remove_all(native / "home"); // links, which the folder's own clearing would follow
+        fs::remove_all(native / "home"); // contains links, which the folder's own cleanup would follow
     }
 
     const Folder folder;
@@ -67,9 +67,9 @@ TEST_F(FilesOfTheLayer, FormsOfPaths)
     const std::pair<Text, const char*> cases[] = {{backslashed + L"\\file", "at the root"},
         {Text(L"z:") + root + L"/file", "at the root"}, {Text(L"\\\\?\\Z:") + backslashed + L"\\file", "at the root"},
         {Text(L"\\\\?\\") + root + L"/file", "at the root"},
-        {Text(L"/") + root + L"/file", "at the root"}, // two slashes are one
+        {Text(L"/") + root + L"/file", "at the root"}, // two slashes count as one
         {L"C:\\file", "on the drive"}, {L"c:file", "on the drive"},
-        {L"C:\\..\\..\\file", "on the drive"}, // nothing is above a drive
+        {L"C:\\..\\..\\file", "on the drive"}, // the root of a drive has no parent
         {L"\\\\?\\C:\\file", "on the drive"}, {L"\\\\server\\share\\file", "on the share"},
         {L"\\\\SERVER\\Share\\sub\\..\\file", "on the share"}, {L"\\\\mixed\\SHARE\\file", "on the share"},
         {L"\\\\?\\UNC\\server\\share\\file", "on the share"}};
@@ -146,14 +146,15 @@ TEST_F(FilesOfTheLayer, WhatIsMadeInATempFolderForAllIsForItsUserAlone)
     EXPECT_EQ(mode("temp/file"), 0600u);
     EXPECT_EQ(mode("beside"), 0644u);
     constexpr uid_t kAnother = 65534;
-    if (geteuid() == 0 && chown((native / "temp/own").c_str(), kAnother, kAnother) == 0) // root alone can make one
+    if (geteuid() == 0 &&
+        chown((native / "temp/own").c_str(), kAnother, kAnother) == 0) // only root can create such a folder
     {
         EXPECT_EQ(ErrorOf([&] { return CreateDirectoryW(folder / L"temp/own", nullptr); }), DWORD{ERROR_ACCESS_DENIED});
     }
     SetEnvironmentVariableW(L"TMPDIR", nullptr);
 }
 
-// Programs that know nothing of the layer lock files in ways of their own.
+// Programs that don't use the layer lock files in other ways.
 TEST_F(FilesOfTheLayer, LocksOfOtherPrograms)
 {
     const Text path = folder / L"file";
@@ -168,17 +169,17 @@ TEST_F(FilesOfTheLayer, LocksOfOtherPrograms)
         request.l_len = length;
         return fcntl(other, F_OFD_SETLK, &request);
     };
-    // The layer's marks don't keep such a program from its own locks, as long as those stay where data is.
+    // The layer's locks don't prevent such a program from locking the data of the file.
     {
         const Handle file = Open(path, GENERIC_READ | GENERIC_WRITE, 0);
         EXPECT_TRUE(file);
         EXPECT_EQ(lock(F_WRLCK, 1000), 0);
         EXPECT_EQ(ErrorOf([&] { return LockFile(file, 0, 0, 1, 0); }), DWORD{ERROR_LOCK_VIOLATION});
-        // And hide nothing of what stood there before.
+        // The layer's locks don't hide locks that already existed.
         EXPECT_EQ(lock(F_RDLCK, 0), 0);
         EXPECT_EQ(OpenError(path, GENERIC_READ), DWORD{ERROR_SHARING_VIOLATION});
     }
-    // A whole file that another program writes is in use; one that it reads may be read.
+    // A file that another program has write-locked as a whole is in use; a read-locked one may be read.
     EXPECT_EQ(lock(F_WRLCK, 0), 0);
     EXPECT_EQ(OpenError(path, GENERIC_READ), DWORD{ERROR_SHARING_VIOLATION});
     EXPECT_EQ(lock(F_RDLCK, 0), 0);

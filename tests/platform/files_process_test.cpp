@@ -1,4 +1,4 @@
-// What holds between processes: sharing modes, byte locks, the end of a process. The second process is this program.
+// Guarantees between processes: sharing modes, byte locks, the end of a process. The second process is this program.
 #include "system_support.h"
 
 #include "peer.h"
@@ -36,7 +36,7 @@ TEST_F(FilesBetweenProcesses, NothingIsLeftOfAProcessThatIsKilled)
 
 TEST_F(FilesBetweenProcesses, ByteLocksHold)
 {
-    // Locks are taken through handles of either kind, and both kinds exclude each other.
+    // Locks are taken through handles of both kinds, and both kinds exclude each other.
     for (const auto& [access, access2] : {std::pair<DWORD, DWORD>(GENERIC_READ, kReadWrite), {kReadWrite, GENERIC_READ},
              {GENERIC_READ, GENERIC_READ}, {kReadWrite, kReadWrite}})
     {
@@ -61,8 +61,8 @@ TEST_F(FilesBetweenProcesses, ByteLocksHold)
     }
 }
 
-// Many processes try to open the same file for themselves, or to lock it (two that write, and two that only read), at
-// the same moment, over and over: the sum of their steps shows that each increment was made alone.
+// Many processes repeatedly open the same file exclusively at the same time, or lock it (two with write access, two
+// read-only). The final sum shows that each increment was made under exclusive access.
 TEST_F(FilesBetweenProcesses, OnlyOneOfManyGetsTheFileOrTheLock)
 {
     constexpr int kPeers = 4, kRounds = 150;
@@ -80,12 +80,12 @@ TEST_F(FilesBetweenProcesses, OnlyOneOfManyGetsTheFileOrTheLock)
     }
 }
 
-// Of two that want a free file at the same moment, one gets it: a refusal must have a reason.
+// If two callers open an unused file at the same moment, exactly one succeeds: no open is refused without reason.
 TEST_F(FilesBetweenProcesses, OneOfTwoAlwaysGetsTheFile)
 {
     constexpr int kRounds = kIsLayer ? 5000 : 200;
     std::atomic<int> arrivals = 0;
-    // Spins, so that both go on as close to each other as can be.
+    // Spins, so that both threads continue as simultaneously as possible.
     const auto meet = [&arrivals](int meeting)
     {
         ++arrivals;
@@ -101,7 +101,7 @@ TEST_F(FilesBetweenProcesses, OneOfTwoAlwaysGetsTheFile)
             meet(3 * round + 1);
             Handle file = Open(path, kReadWrite, FILE_SHARE_READ);
             winners[round] += file ? 1 : 0;
-            meet(3 * round + 2); // kept until the other has tried
+            meet(3 * round + 2); // kept open until the other thread has tried
             file.Close();
             meet(3 * round + 3);
         }

@@ -1,4 +1,4 @@
-// Opening and sharing between the handles of one process; paths in all their forms, finds, attributes and times.
+// Opening and sharing between the handles of one process; all forms of paths, finds, attributes and times.
 #include "system_support.h"
 
 #include <algorithm>
@@ -58,14 +58,14 @@ TEST(FilesOpen, PathsThatLeadNowhere)
         {folder / L"missing/file", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
         {folder / L"file/below", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
         {folder / L"file/", OPEN_EXISTING, ERROR_INVALID_NAME}, {folder / L"new/", CREATE_ALWAYS, ERROR_INVALID_NAME},
-        {folder.path(), OPEN_EXISTING, ERROR_ACCESS_DENIED}, // a folder is no file
+        {folder.path(), OPEN_EXISTING, ERROR_ACCESS_DENIED}, // a folder is not a file
         {folder / L"missing", OPEN_EXISTING, ERROR_FILE_NOT_FOUND}, {folder.path(), CREATE_NEW, ERROR_FILE_EXISTS}};
     for (const auto& [path, disposition, error] : cases)
         EXPECT_EQ(OpenError(path, GENERIC_READ, kShareAll, disposition), error) << path.Narrow();
     EXPECT_FALSE(Exists(folder / L"new"));
 }
 
-// Each pair of openings, as access and share mode of the first and of the second.
+// Pairs of opens: access and sharing mode of the first and of the second.
 constexpr struct
 {
     DWORD firstAccess, firstShare, secondAccess, secondShare;
@@ -80,7 +80,7 @@ constexpr struct
     {GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, DELETE, kShareAll, false},
     {GENERIC_READ, FILE_SHARE_DELETE, DELETE, FILE_SHARE_READ, true},
     {DELETE, kShareAll, GENERIC_READ, FILE_SHARE_READ, false}, {DELETE, 0, GENERIC_READ, kShareAll, false},
-    // Who only looks at attributes neither disturbs nor is disturbed.
+    // Opens for attributes only don't conflict with any others.
     {0, 0, kReadWrite, 0, true}, {kReadWrite, 0, 0, 0, true}};
 
 TEST(FilesOpen, SharingBetweenHandles)
@@ -99,7 +99,7 @@ TEST(FilesOpen, SharingBetweenHandles)
         first.Close();
         EXPECT_TRUE(Open(path, pair.secondAccess, pair.secondShare)) << "free again";
     }
-    // Of several that share with each other, the last one disturbs only the first.
+    // Of several opens that share with each other, the last one conflicts only with the first.
     const Handle writer = Open(path, kReadWrite, FILE_SHARE_READ | FILE_SHARE_WRITE);
     const Handle reader = Open(path, GENERIC_READ, kShareAll);
     EXPECT_TRUE(writer && reader);
@@ -124,7 +124,7 @@ TEST(FilesOpen, DeletedWithTheLastHandle)
         reader.Close();
         EXPECT_FALSE(Exists(path));
     }
-    // A file that is open already must have been opened with deletion shared.
+    // If a file is already open, it must have been opened with FILE_SHARE_DELETE.
     MakeFile(path);
     {
         const Handle reader = Open(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
@@ -135,7 +135,7 @@ TEST(FilesOpen, DeletedWithTheLastHandle)
     EXPECT_FALSE(Exists(path));
 }
 
-// With slashes, and without what stands before the first one.
+// Returns the path with slashes and without the part before the first one.
 std::string WithoutDrive(const Text& path)
 {
     std::string narrow = path.Narrow();
@@ -143,7 +143,7 @@ std::string WithoutDrive(const Text& path)
     return narrow.substr(narrow.find('/'));
 }
 
-// The names that a pattern finds in a folder, without the folder's own two.
+// Returns the names that a pattern finds in a folder, without "." and "..".
 std::set<std::string> Find(const Text& pattern)
 {
     std::set<std::string> names;
@@ -203,7 +203,7 @@ TEST(FilesFind, Patterns)
     {
         const wchar_t* pattern;
         Names expected;
-        bool isLayerOnly = false; // Wine takes `?` for just one character, and a final dot for nothing
+        bool isLayerOnly = false; // Wine matches `?` to exactly one character and a final dot to nothing
     } const cases[] = {{L"*.*", all}, {L"*.txt", {"a.txt", "ab.txt", "a.b.txt", "x.TXT"}},
         {L"A*.TXT", {"a.txt", "ab.txt", "a.b.txt"}}, {L"??.txt", {"a.txt", "ab.txt", "x.TXT"}, true},
         {L"a*.*.*", {"a", "a.txt", "a.b.txt", "ab.txt", "a.txt.bak"}}, {L"*.", {"a", "readme", "sub"}, true},
@@ -248,7 +248,7 @@ TEST(FilesAttributes, AreKept)
     EXPECT_TRUE(SetFileAttributesW(path, FILE_ATTRIBUTE_READONLY));
     EXPECT_EQ(GetFileAttributesW(path), DWORD{FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_ARCHIVE});
     EXPECT_TRUE(Open(path, GENERIC_READ, 0));
-    if (kIsLayer) // under Wine the administrator may all the same
+    if (kIsLayer) // under Wine the administrator may write all the same
     {
         for (const DWORD disposition : {OPEN_EXISTING, CREATE_ALWAYS})
             EXPECT_EQ(OpenError(path, GENERIC_WRITE, 0, disposition), DWORD{ERROR_ACCESS_DENIED});
@@ -259,7 +259,7 @@ TEST(FilesAttributes, AreKept)
     EXPECT_EQ(GetFileAttributesW(path), DWORD{FILE_ATTRIBUTE_ARCHIVE});
     EXPECT_TRUE(Open(path, kReadWrite, 0));
 
-    // A new file may be read-only from the beginning, and is still written by who made it.
+    // A new file may be created read-only; its creator can still write it.
     const Text second = folder / L"second";
     EXPECT_TRUE(WriteBytes(Open(second, kReadWrite, 0, CREATE_NEW, FILE_ATTRIBUTE_READONLY), "bytes"));
     EXPECT_NE(GetFileAttributesW(second) & FILE_ATTRIBUTE_READONLY, 0u);
@@ -277,7 +277,7 @@ TEST(FilesAttributes, Times)
     {
         return static_cast<double>(ULONGLONG{time.dwHighDateTime} << 32 | time.dwLowDateTime) / 1e7;
     };
-    // The last write of eight days ago: to the unit, since files are told apart by it.
+    // A last write eight days ago, exact to the unit, since files are distinguished by this time.
     FILETIME old = now;
     old.dwHighDateTime -= 1610; // 8.0 days
     old.dwLowDateTime = 1234567890;
@@ -286,7 +286,7 @@ TEST(FilesAttributes, Times)
     EXPECT_TRUE(GetFileTime(file, &creation, &access, &write));
     EXPECT_EQ(std::memcmp(&write, &old, sizeof old), 0);
     EXPECT_NEAR(seconds(access), seconds(now), 5);
-    if (kIsLayer) // Wine gives the last write
+    if (kIsLayer) // Wine returns the last write
     {
         EXPECT_NEAR(seconds(creation), seconds(now), 5);
     }

@@ -9,8 +9,8 @@ using namespace qxtest;
 namespace
 {
 
-// While some threads open and close, others use handles that may go at any moment: each use succeeds or is refused, and
-// none meets another file than its own.
+// While some threads open and close, others use handles that may be closed at any moment. Each use succeeds or is
+// refused, and none accesses another thread's file.
 TEST(Handles, LookedUpWhileOthersCloseThem)
 {
     const Folder folder;
@@ -54,13 +54,13 @@ TEST(Handles, LookedUpWhileOthersCloseThem)
                         ++uses;
                         if (!ReadFile(file, &byte, 1, &count, &at))
                             wrong += GetLastError() != ERROR_INVALID_HANDLE;
-                        // On the system a value may be given to the next file at once.
+                        // The system may reuse a value immediately.
                         else if (kIsLayer)
                             wrong += byte != static_cast<char>('a' + index);
                     }
             });
     Sleep(300);
-    for (int left = 100; left > 0 && uses <= 100; --left) // a busy machine gets to it later
+    for (int left = 100; left > 0 && uses <= 100; --left) // a busy machine may need more time
         Sleep(100);
     isOver = true;
     for (std::thread& thread : threads)
@@ -71,7 +71,7 @@ TEST(Handles, LookedUpWhileOthersCloseThem)
     EXPECT_EQ(wrong, 0);
 }
 
-// Of several threads that close one handle, one does it.
+// If several threads close one handle, exactly one succeeds.
 TEST(Handles, ClosedOnce)
 {
     if (!kIsLayer)

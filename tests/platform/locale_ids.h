@@ -1,4 +1,4 @@
-// Locales by their ids.
+// Locale identifiers.
 #pragma once
 
 #include <windows.h>

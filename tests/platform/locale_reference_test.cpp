@@ -1,5 +1,5 @@
-// What locales tell, beside the values that an independent implementation of the same interfaces gives for 255 of them.
-// Each type is held to the share that was measured; `--gtest_output=xml` writes the present ones down.
+// Locale data compared with the values of an independent implementation of the same API for 255 locales. For each type,
+// the share of equal values must not fall below the measured one. `--gtest_output=xml` writes the current shares.
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -16,7 +16,7 @@ namespace
 {
 
 #ifndef _WIN32
-// Before anything asks for it: the names that come in the user's language are English ones there.
+// Must precede the first query: the reference's names in the user's language are English.
 const bool isEnglish = setenv("LC_ALL", "C", 1) == 0;
 #endif
 
@@ -53,7 +53,7 @@ LCID NumberOf(const Row& row)
     return static_cast<LCID>(std::strtoul(row[0].c_str(), nullptr, 16));
 }
 
-// What the callbacks collect.
+// Results collected by the callbacks.
 std::set<LCID> listed;
 
 BOOL CALLBACK CollectLocale(LPWSTR text)
@@ -62,7 +62,7 @@ BOOL CALLBACK CollectLocale(LPWSTR text)
     return TRUE;
 }
 
-// Some are there with other orders than their usual one as well.
+// Some locales are also listed with alternate sort orders.
 BOOL CALLBACK CollectLocaleOfGroup(LGRPID, LCID locale, LPWSTR text, LONG_PTR)
 {
     EXPECT_EQ(static_cast<LCID>(wcstoul(text, nullptr, 16)), locale);
@@ -122,7 +122,7 @@ TEST(LocaleReference, Values)
     {
         std::string_view column;
         DWORD type;       // or the flags of a format
-        int least = 1000; // of 1000 values at least so many are those of the reference
+        int least = 1000; // minimum number of values per 1000 that agree with the reference
         std::string (*value)(LCID, DWORD) = Info;
     } constexpr TYPES[] = {{"LOCALE_SDATE", LOCALE_SDATE, 980}, {"LOCALE_STIME", LOCALE_STIME, 996},
         {"LOCALE_IDATE", LOCALE_IDATE, 968}, {"LOCALE_SLONGDATE", LOCALE_SLONGDATE, 988},

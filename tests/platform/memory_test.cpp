@@ -26,7 +26,7 @@ TEST(GlobalMemory, MovableBlockCountsItsLocks)
     EXPECT_EQ(GlobalFlags(memory) & GMEM_LOCKCOUNT, 2u);
 
     EXPECT_TRUE(GlobalUnlock(memory));
-    // The last unlock gives FALSE too; only the last error tells it from a failure.
+    // The last unlock also returns FALSE; only the last error distinguishes it from a failure.
     EXPECT_EQ(LastErrorOf([&] { EXPECT_FALSE(GlobalUnlock(memory)); }), DWORD{NO_ERROR});
     EXPECT_EQ(LastErrorOf([&] { EXPECT_FALSE(GlobalUnlock(memory)); }), DWORD{ERROR_NOT_LOCKED});
     GlobalLock(memory);
@@ -40,13 +40,13 @@ TEST(GlobalMemory, MovableBlockCountsItsLocks)
     EXPECT_EQ(GlobalFree(fixed), nullptr);
 }
 
-// The system itself follows some of these values into memory.
+// The system itself would dereference some of these values.
 TEST(GlobalMemory, ForeignValuesAreRefused)
 {
     const HGLOBAL stale = GlobalAlloc(GMEM_MOVEABLE, 16);
     GlobalFree(stale);
     std::vector<HGLOBAL> values = {stale};
-#ifndef _WIN32 // as said
+#ifndef _WIN32 // see above
     int onStack = 0;
     const HGLOBAL reused = GlobalAlloc(GMEM_MOVEABLE, 16);
     EXPECT_NE(reused, stale);
@@ -64,12 +64,12 @@ TEST(GlobalMemory, ForeignValuesAreRefused)
         EXPECT_EQ(LastErrorOf([&] { EXPECT_EQ(GlobalReAlloc(value, 8, GMEM_MOVEABLE), nullptr); }),
             DWORD{ERROR_INVALID_HANDLE})
             << value;
-        if (value != nullptr) // freeing nothing is no failure
+        if (value != nullptr) // freeing null succeeds
         {
             EXPECT_EQ(LastErrorOf([&] { EXPECT_EQ(GlobalFree(value), value); }), DWORD{ERROR_INVALID_HANDLE}) << value;
         }
     }
-#ifndef _WIN32 // as said
+#ifndef _WIN32 // see above
     GlobalFree(reused);
 #endif
 }

@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-// The system keeps its registry to itself.
+// The system's registry is not a file.
 #ifndef _WIN32
 #include <filesystem>
 #include <fstream>
@@ -14,7 +14,7 @@
 namespace
 {
 
-// Made before the first test and removed after the last one.
+// Created before the first test and removed after the last one.
 class OwnRegistry : public testing::Environment
 {
 public:
@@ -51,7 +51,7 @@ const std::string& OwnRegistryFolder()
 
 void ReadRegistryAnew()
 {
-    // The same bytes in a new file.
+    // Replaces the file with a copy.
     const std::filesystem::path file = std::filesystem::path(OwnRegistryFolder()) / "user.reg";
     const std::filesystem::path copy = file.string() + ".copy";
     std::filesystem::copy_file(file, copy);

@@ -1,11 +1,11 @@
-// A registry of the test program's own.
+// A private registry for the test program.
 #pragma once
 
 #include <string>
 
-// Where the registry is a file: the folder that holds it, made for this program. Elsewhere empty; tests keep to a key
-// of their own there.
+// Returns the folder with the registry's files, created for this program. Returns an empty text if the registry isn't a
+// file; tests then use a key of their own.
 const std::string& OwnRegistryFolder();
 
-// Makes the layer forget what it knows of the files, so that the next call reads them.
+// Makes the layer discard its cached contents, so that the next call reads the files.
 void ReadRegistryAnew();

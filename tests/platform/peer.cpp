@@ -33,14 +33,14 @@ Text EndFile(const Text& signal)
     return signal + L".end";
 }
 
-// Says that it is so far, and waits for the other process to allow the end.
+// Signals that this process is ready, and waits until the other process allows it to end.
 int Hold(const Text& signal)
 {
     MakeFile(ReadyFile(signal));
     return WaitForFile(EndFile(signal)) ? 0 : 3;
 }
 
-// Adds one to the number in the file, under whatever protection the caller has got.
+// Adds one to the number in the file, under the protection that the caller has established.
 void Increment(HANDLE file)
 {
     SetFilePointer(file, 0, nullptr, FILE_BEGIN);
@@ -49,8 +49,8 @@ void Increment(HANDLE file)
     WriteBytes(file, next);
 }
 
-// Each round is protected by the file itself, which is opened for nobody else; or by a lock beside the number, taken by
-// a handle of its own, so that it needs no right to write.
+// Each round is protected either by opening the file exclusively, or by a lock next to the number, taken through a
+// separate handle so that it needs no write access.
 int Count(const Text& path, bool byLock, DWORD access, DWORD rounds)
 {
     const DWORD refusal = byLock ? ERROR_LOCK_VIOLATION : ERROR_SHARING_VIOLATION;
@@ -76,7 +76,7 @@ int Count(const Text& path, bool byLock, DWORD access, DWORD rounds)
     return 0;
 }
 
-// Puts the text on the clipboard, which stays open for as long as the other process likes.
+// Puts the text on the clipboard and keeps the clipboard open until the other process allows it to end.
 int CopyToClipboard(const Text& signal, const std::string& text, UINT format)
 {
     const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, text.size() + 1);
@@ -164,7 +164,7 @@ DWORD Peer::WaitForEnd()
 
 } // namespace qxtest
 
-// Takes the place of GoogleTest's own.
+// Replaces GoogleTest's main().
 int main(int count, char** arguments)
 {
     if (count > 1 && std::string(arguments[1]) == "--peer")

@@ -1,4 +1,4 @@
-// The second process of a test: this same program, started with other arguments.
+// The second process of a test: this program, started with other arguments.
 #pragma once
 
 #include "system_support.h"
@@ -8,7 +8,7 @@
 namespace qxtest
 {
 
-// What the second process does, as its first argument tells; each ends when the first one says so, or when done.
+// Runs the role given by the first argument. Ends when the role is done or when the first process signals it to end.
 int RunPeer(int count, char** arguments);
 
 class Peer
@@ -19,10 +19,10 @@ public:
     Peer& operator=(const Peer&) = delete;
     ~Peer();
 
-    // True once the other process has done what it is to hold.
+    // Returns true once the other process is ready.
     bool WaitUntilReady();
 
-    // Tells the other process to end, and gives its exit code.
+    // Signals the other process to end and returns its exit code.
     DWORD Finish();
 
     DWORD Kill(DWORD exitCode);
@@ -32,7 +32,7 @@ public:
 private:
     DWORD WaitForEnd();
 
-    Text _signal; // the common part of the names of two files by which the processes talk
+    Text _signal; // the common prefix of the two files through which the processes communicate
     PROCESS_INFORMATION _process{};
 };
 

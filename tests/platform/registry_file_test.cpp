@@ -1,4 +1,4 @@
-// The registry's files: their text form, damage, other processes.
+// The registry's files: text form, damage, other processes.
 #include "platform/own_registry.h"
 
 #include <gtest/gtest.h>
@@ -72,7 +72,7 @@ protected:
     {
         return RegSetValueExW(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof(number));
     }
-    // The data as hex with the type in front; the error where there is none.
+    // Returns the data in hex preceded by the type, or the error if the value can't be read.
     static std::string Value(const wchar_t* keyName, const wchar_t* name)
     {
         HKEY key = nullptr;
@@ -99,7 +99,7 @@ protected:
     const std::string _file = OwnRegistryFolder() + "/user.reg";
 };
 
-// What a system's own editor exports, in its form, is written so again.
+// A file in the export form of the system's editor is written back unchanged.
 TEST_F(RegistryFile, WritesTheFormOfTheSystemsEditor)
 {
     const std::u16string text =
@@ -128,7 +128,7 @@ TEST_F(RegistryFile, WritesTheFormOfTheSystemsEditor)
     EXPECT_EQ(ReadFile(), ToUtf16(text.substr(0, text.size() - 2) + u"\"Zero\"=dword:00000000\r\n"));
 }
 
-// By hand, in UTF-8, with all the freedom that the form leaves.
+// Edited by hand, in UTF-8, with all variations that the syntax permits.
 TEST_F(RegistryFile, ReadsWhatPeopleWrite)
 {
     WriteFile(std::string("\xEF\xBB\xBF") + "Windows Registry Editor Version 5.00\n"
@@ -166,7 +166,7 @@ TEST_F(RegistryFile, ReadsWhatPeopleWrite)
     for (const auto& c : cases)
         EXPECT_EQ(Value(c.key, c.name), c.value) << c.key << L" " << c.name;
 
-    // The comments of people outlive our changes.
+    // Comments written by people survive our changes.
     const HKEY key = Open(L"A");
     EXPECT_EQ(SetNumber(key, L"blanks", 1), ERROR_SUCCESS);
     RegCloseKey(key);
@@ -222,7 +222,7 @@ TEST_F(RegistryFile, WhatCouldNotBeReadBackIsNotWritten)
     EXPECT_EQ(Create(reinterpret_cast<const wchar_t*>(path.c_str())), ERROR_SUCCESS);
     const HKEY key = Open(L"k");
     ASSERT_EQ(SetNumber(key, L"v", 1), ERROR_SUCCESS);
-    const std::vector<BYTE> data(12 << 20); // six bytes of the file for each
+    const std::vector<BYTE> data(12 << 20); // six bytes of the file for each byte
     EXPECT_EQ(RegSetValueExW(key, L"v", 0, REG_BINARY, data.data(), static_cast<DWORD>(data.size())),
         ERROR_NO_SYSTEM_RESOURCES);
     EXPECT_EQ(Value(L"k", L"v"), "4:01000000");
@@ -243,7 +243,7 @@ TEST_F(RegistryFile, ChangesOfOthersAreSeenAtOnce)
     std::string text = ReadFile();
     for (char digit = '2'; digit <= '9'; ++digit)
     {
-        // In place, with the same size, as quickly as can be.
+        // Changes the file in place, with the same size, as quickly as possible.
         text[text.rfind(static_cast<char>(digit - 1))] = digit;
         WriteFile(text);
         EXPECT_EQ(Value(L"k", L"v"), std::string("4:0") + digit + "000000");
@@ -253,7 +253,7 @@ TEST_F(RegistryFile, ChangesOfOthersAreSeenAtOnce)
     RegCloseKey(key);
 }
 
-// Four processes, each with two threads that write values of their own and read them back.
+// Four processes, each with two threads that write their own values and read them back.
 TEST_F(RegistryFile, NobodyLosesTheChangesOfOthers)
 {
     ASSERT_EQ(Create(L"k"), ERROR_SUCCESS);
@@ -334,7 +334,7 @@ TEST_F(RegistryFile, WithoutAUsableFolderReadingFindsNothingAndWritingFails)
     }
     setenv("QXPLATFORM_HOME", (OwnRegistryFolder() + "/made/at/once").c_str(), 1);
     EXPECT_EQ(Create(L"Software"), ERROR_SUCCESS);
-    // What stands in the place of the file and is none is neither waited for nor replaced.
+    // If the path is occupied by something other than a file, the layer neither blocks on it nor replaces it.
     const std::string odd = OwnRegistryFolder() + "/odd";
     fs::create_directory(odd);
     ASSERT_EQ(mkfifo((odd + "/user.reg").c_str(), 0600), 0);

@@ -1,4 +1,4 @@
-// The registry's functions: codes, buffers.
+// The registry functions: result codes and buffers.
 #include "platform/own_registry.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@ class Registry : public testing::Test
 protected:
     void SetUp() override
     {
-        // Where the registry is shared, tests run beside each other.
+        // If the registry is shared, tests running in parallel need different keys.
         const std::string test = testing::UnitTest::GetInstance()->current_test_info()->name();
         _root = u"Software\\qxplatform test " + std::u16string(test.begin(), test.end());
         ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, Root(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &_key, nullptr),

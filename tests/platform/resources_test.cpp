@@ -1,4 +1,4 @@
-// Resources of a module: finding, languages, string tables, enumeration, version blocks.
+// Resources of a module: look-up, languages, string tables, enumeration, version blocks.
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -62,7 +62,7 @@ TEST(Resources, ByNumberAndByName)
     EXPECT_EQ(Bytes(L"#junk", L"#3"), "error 1813");
 }
 
-// The language of the block that was chosen, told by its first text; or the error.
+// Returns the language of the selected block, identified by its first text, or the error.
 std::string Chosen(int id, WORD language)
 {
     SetLastError(ERROR_SUCCESS);
@@ -89,14 +89,15 @@ TEST(Resources, Languages)
     constexpr Case CASES[] = {{100, ENGLISH, "english"}, {100, GERMAN, "deutsch <e4><f6><fc> <20ac>"},
         {100, GERMAN_ALONE, "error 1815"}, {200, GERMAN, "german of no region"}, {200, AUSTRIAN, "german of no region"},
         {200, ENGLISH, "error 1815"}, {300, CANADIAN_FRENCH, "error 1815"}, {400, GERMAN, "of no language"},
-        // The defaults take what there is.
+        // Default languages accept whatever exists.
         {300, LANG_NEUTRAL, "french"}, {300, LANG_USER_DEFAULT, "french"}, {500, ENGLISH, "error 1814"}};
     for (const Case& row : CASES)
         EXPECT_EQ(Chosen(row.id, row.language), row.text) << row.id << ' ' << row.language;
 }
 
 #ifndef _WIN32
-// Cut anywhere, or with any number in it changed, a block gives only what lies in it. The system trusts a block.
+// Truncated anywhere, or with any number in it changed, a block never makes the layer read outside it. The system
+// trusts the block.
 TEST(VersionBlock, DamageStaysInTheBlock)
 {
     wchar_t program[MAX_PATH];

@@ -1,4 +1,4 @@
-// What the tests of files, processes and modules share.
+// Helpers shared by the tests of files, processes and modules.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@
 namespace qxtest
 {
 
-// Wide text of the tests. (The library's own wide string isn't made for 16 bits.)
+// A wide text for tests. (std::wstring doesn't support 16-bit characters.)
 class Text
 {
 public:
@@ -31,7 +31,7 @@ public:
     }
     friend bool operator==(const Text& left, const Text& right) { return left._units == right._units; }
 
-    // For texts of ASCII.
+    // ASCII texts only.
     std::string Narrow() const { return std::string(_units.begin(), _units.end()); }
     static Text Widen(std::string_view text)
     {
@@ -46,7 +46,7 @@ private:
     std::u16string _units;
 };
 
-// The last error after a call that is to fail.
+// Returns the last error after a call that must fail.
 template <class Call>
 DWORD ErrorOf(Call&& call)
 {
@@ -89,7 +89,7 @@ inline Handle Open(const Text& path, DWORD access, DWORD share, DWORD dispositio
     return Handle(CreateFileW(path, access, share, nullptr, disposition, flags, nullptr));
 }
 
-// Why a file can't be opened; 0 if it can.
+// Returns the error of opening a file, or 0 if it can be opened.
 inline DWORD OpenError(
     const Text& path, DWORD access, DWORD share = kShareAll, DWORD disposition = OPEN_EXISTING, DWORD flags = 0)
 {
@@ -135,7 +135,7 @@ inline bool Exists(const Text& path)
     return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
 }
 
-// A folder of the test's own; it goes with all that is in it.
+// A private folder of a test that is deleted with its contents.
 class Folder
 {
 public:
@@ -181,7 +181,7 @@ private:
     Text _path;
 };
 
-// True on the layer; false on the system itself, and so where Wine stands in for it.
+// True if the layer is tested, false if the system itself (or Wine) is.
 #if defined(_WIN32)
 constexpr bool isLayer = false;
 #else

@@ -1,4 +1,4 @@
-// Environment, times, pointer tests; modules, their names and functions.
+// Environment, times, pointer tests; modules with their names and functions.
 #include "system_support.h"
 
 #include <cstdlib>
@@ -99,7 +99,7 @@ TEST(Modules, ProgramIsFoundByItsName)
     WCHAR buffer[10] = {};
     EXPECT_EQ(GetModuleFileNameW(nullptr, buffer, 4), 4u) << "cut to the buffer";
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
-    if (kIsLayer) // Wine leaves out the terminator
+    if (kIsLayer) // Wine omits the terminator
     {
         EXPECT_EQ(Text(buffer).Narrow(), path.Narrow().substr(0, 3));
     }
@@ -122,8 +122,8 @@ TEST(Modules, FunctionsOfTheSystem)
     EXPECT_EQ(error(nowhere, "GetTickCount64"), DWORD{ERROR_MOD_NOT_FOUND});
 }
 
-// A library of the tests, in a folder that only SetDllDirectoryW names. Its static objects are made before its entry is
-// called and destroyed after, so that the entry can use them.
+// A test library in a folder that only SetDllDirectoryW names. Its static objects must be constructed before its
+// DllMain is called and destroyed afterwards, so that DllMain can use them.
 TEST(Modules, LibraryOfTheSetFolder)
 {
     const Text name = L"qxentry_probe";

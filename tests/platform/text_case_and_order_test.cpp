@@ -1,4 +1,4 @@
-// Case and order of texts: CharUpperW, LCMapStringW, CompareStringW.
+// Case and sort order of texts: CharUpperW, LCMapStringW, CompareStringW.
 #include "platform/locale_ids.h"
 
 #include <gtest/gtest.h>
@@ -30,7 +30,7 @@ TEST(Casing, SingleCharactersAndTextsInPlace)
     EXPECT_EQ(Upper(0x00ff), 0x0178);
     EXPECT_EQ(Upper(L'{'), L'{');
     EXPECT_EQ(Upper(0), 0);
-    // No capital letter that leads back.
+    // No capital letter maps back to these.
     for (const wchar_t unit : L"\x00df\x00b5\x0131\x017f\x01c5\x03c2"sv)
         EXPECT_EQ(Upper(unit), unit);
     for (const wchar_t unit : L"\x0130\x01c5\x1e9e\x2126\x212a"sv)
@@ -107,7 +107,7 @@ int Compare(LCID locale, DWORD flags, std::wstring_view a, std::wstring_view b)
     return CompareStringW(locale, flags, a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()));
 }
 
-// In both directions, each with the other's result.
+// Compared in both directions, which must give opposite results.
 TEST(Order, WordSort)
 {
     struct
@@ -117,7 +117,7 @@ TEST(Order, WordSort)
         {L"_", L"a"}, {L"a b", L"ab"}, {L"z", L"\x03b1"}, {L"\x03c9", L"\x0430"}, {L"a", L"\x00e4"}, {L"\x00e4", L"az"},
         {L"\x00e4", L"\x00c4"}, {L"ete", L"\x00e9t\x00e9"}, {L"resume", L"r\x00e9sum\x00e9"}, {L"t", L"\x00fe"},
         {L"\x4e00", L"\x4e01"}, {L"a", L"a\0b"sv},
-        // Hyphen and apostrophe only decide between equal words.
+        // Hyphens and apostrophes only decide between otherwise equal words.
         {L"coop", L"co-op"}, {L"co-op", L"coops"}, {L"cant", L"can't"}, {L"a-b", L"-ab"}, {L"ab-c", L"a-bc"},
         {L"a-bc", L"a-b-c"}, {L"a'b", L"a-b"}, {L"-", L"-a"}, {L"Co-op", L"coops"}};
     for (const auto& [less, greater] : CASES)
@@ -145,7 +145,7 @@ TEST(Order, FlagsAndLocales)
         {ENGLISH, NORM_IGNORECASE, L"STRASSE\x0416", L"stra\u00dfe\x0436", CSTR_EQUAL},
         {ENGLISH, NORM_IGNORECASE, L"A1", L"a2", CSTR_LESS_THAN},
         {ENGLISH, NORM_IGNORECASE, L"Co-op", L"coop", CSTR_GREATER_THAN},
-        {ENGLISH, NORM_IGNORECASE, L"\x00e4", L"a", CSTR_GREATER_THAN}, // accents and width still count
+        {ENGLISH, NORM_IGNORECASE, L"\x00e4", L"a", CSTR_GREATER_THAN}, // accents and width are still significant
         {ENGLISH, NORM_IGNORECASE, L"a", L"\xff21", CSTR_LESS_THAN}, {TURKISH, NORM_IGNORECASE, L"I", L"i", CSTR_EQUAL},
         {GERMAN, 0, L"\x00e4", L"z", CSTR_LESS_THAN}, {SWEDISH, 0, L"\x00e4", L"z", CSTR_GREATER_THAN},
         {SWEDISH, 0, L"\x00e5", L"\x00e4", CSTR_LESS_THAN}, {CZECH, 0, L"ch", L"cz", CSTR_GREATER_THAN},

@@ -1,4 +1,4 @@
-// Code pages: what bytes mean in each page and back, damage, replacement characters, sizes and last errors.
+// Code pages: decoding and encoding, damage, replacement characters, sizes and last errors.
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -34,7 +34,8 @@ std::string ErrorText()
     return "error " + std::to_string(GetLastError());
 }
 
-// The units as hexadecimal numbers, or "error N". The size that the call asks for must be the size that it uses.
+// Returns the units as hexadecimal numbers, or "error N". Checks that the size returned by the measuring call is the
+// size used.
 std::string Decode(UINT page, std::string_view bytes, DWORD flags = 0)
 {
     const int length = static_cast<int>(bytes.size());
@@ -94,7 +95,7 @@ TEST_F(CodePages, BytesMeanWhatThePageSays)
             EXPECT_EQ(Decode(row.page, row.bytes, flags), row.units) << row.page << ' ' << flags;
 }
 
-// What the bytes become when they are let pass, and that they are refused when asked for.
+// The result of decoding damaged bytes leniently. With strict decoding they must be refused.
 constexpr DecodeCase DAMAGED[] = {{1253, "\xaa\xd2\xff", "f8f9 f8fa f8fb"}, {1255, "\xd9\xff", "f88d f896"},
     {1257, "\xa1\xa5", "f8fc f8fd"}, {874, "\xdb\xff", "f8c1 f8c8"}, {28596, "\xa1\xff", "f7c8 f7f4"},
     {28598, "\xa1\xfd", "f79c f7bf"}, {932, "\xa0\xfd\xff", "f8f0 f8f1 f8f3"}, {932, "\x81", "30fb"},
@@ -163,7 +164,7 @@ TEST_F(CodePages, ReplacementCharacters)
     EXPECT_EQ(Encode(CP_UTF8, L"a\xd800", WC_ERR_INVALID_CHARS), "error 1113");
 }
 
-// Each character of a page, and each byte that means one, survives the way there and back.
+// Each character of a page, and each byte that represents one, survives a round trip.
 TEST_F(CodePages, EveryCharacterOfAPageReturns)
 {
     for (const UINT page : {437u, 737u, 775u, 850u, 852u, 855u, 857u, 862u, 866u, 874u, 932u, 936u, 949u, 950u, 1250u,
@@ -204,7 +205,7 @@ TEST_F(CodePages, EveryScalarValueOfUtf8Returns)
     }
 }
 
-// Long runs and every alignment of the first character beyond ASCII: the runs are read by whole words.
+// Long runs, with the first non-ASCII character at every alignment: ASCII runs are processed in machine words.
 TEST_F(CodePages, RunsOfAsciiEndWhereTheyEnd)
 {
     for (const UINT page : {1252u, 932u, static_cast<UINT>(CP_UTF8)})
@@ -244,7 +245,7 @@ TEST_F(CodePages, SizesAndBuffers)
         EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
         EXPECT_EQ(wide[3], L'#');
         EXPECT_EQ(narrow[3], '#');
-        // A character of several units that fits in part is no fit.
+        // A character of several bytes of which only a part fits counts as not fitting.
         EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, L"\x20ac", 1, narrow, 2, nullptr, nullptr), 0);
         EXPECT_EQ(narrow[2], 'c');
     }
@@ -273,13 +274,13 @@ TEST_F(CodePages, ArgumentsAreChecked)
     EXPECT_EQ(Decode(CP_UTF7, "a", MB_ERR_INVALID_CHARS), "error 1004");
     EXPECT_EQ(Decode(1252, "a", MB_PRECOMPOSED), "0061");
     EXPECT_EQ(Encode(CP_UTF7, L"a", WC_NO_BEST_FIT_CHARS), "error 1004");
-    // UTF-16 and the pages that only detect are no pages of these calls.
+    // UTF-16 and the detection-only pages are not valid for these calls.
     for (const UINT page : {1200u, 1201u, 12000u, 50000u, 50932u, 50949u, 4u})
     {
         EXPECT_EQ(Decode(page, "a"), "error 87") << page;
         EXPECT_EQ(Encode(page, L"a"), "error 87") << page;
     }
-#ifndef _WIN32 // Wine does not refuse what the documentation says is refused
+#ifndef _WIN32 // Wine doesn't refuse flags that the documentation says are refused
     EXPECT_EQ(Decode(CP_UTF8, "a", MB_PRECOMPOSED), "error 1004");
     EXPECT_EQ(Encode(CP_UTF8, L"a", WC_NO_BEST_FIT_CHARS), "error 1004");
     EXPECT_EQ(Encode(1252, L"a", WC_ERR_INVALID_CHARS), "error 1004");
@@ -301,7 +302,7 @@ constexpr DecodeCase SHIFTED[] = {{50220, "a\x1b$B$\"%\"\x1b(Bz", "0061 3042 30a
     {20105, "a$~", "0061 00a4 203e"}, {20106, "@[\\]{|}~", "00a7 00c4 00d6 00dc 00e4 00f6 00fc 00df"},
     {20107, "$[\\]{|}~", "00a4 00c4 00d6 00c5 00e4 00f6 00e5 203e"},
     {20108, "$[\\]{|}~", "0024 00c6 00d8 00c5 00e6 00f8 00e5 203e"},
-    // Damage: an unknown escape, half a character, a shift without end.
+    // Damage: an unknown escape, half a character, an unterminated shift.
     {50220, "\x1b$Z\x1b$B$", "001b 0024 005a 30fb"}, {52936, "~{VP", "4e2d"}, {51932, "\xa4", "30fb"}};
 
 constexpr EncodeCase SHIFTED_WRITTEN[] = {{50220, L"a\x3042z", "61 1b 24 42 24 22 1b 28 42 7a"},

@@ -1,4 +1,4 @@
-// Locales: names, numbers, what they tell; the defaults of the environment; the guess for UTF-16.
+// Locales: names, identifiers, data; defaults from the environment; the UTF-16 heuristic.
 #include "platform/locale_ids.h"
 #include "support/readable_text.h"
 
@@ -34,7 +34,7 @@ std::string Info(LCID locale, LCTYPE type)
                      : ReadableText({value, static_cast<std::size_t>(size - 1)});
 }
 
-// Beside those that the reference lists.
+// Cases in addition to the reference.
 TEST(Locales, NamesAndNumbers)
 {
     struct
@@ -51,7 +51,7 @@ TEST(Locales, NamesAndNumbers)
     EXPECT_EQ(LocaleNameToLCID(L"DE-de", 0), LCID{0x0407});
     EXPECT_EQ(LocaleNameToLCID(L"en-DE", 0), LCID{LOCALE_CUSTOM_UNSPECIFIED});
     EXPECT_EQ(LocaleNameToLCID(L"xx", 0), LCID{0});
-    // A language stands for its main region unless asked otherwise.
+    // A language stands for its main region unless neutral names are allowed.
     EXPECT_EQ(NameOf(0x0007), "de-DE");
     EXPECT_EQ(NameOf(0x0007, LOCALE_ALLOW_NEUTRAL_NAMES), "de");
     EXPECT_EQ(LocaleNameToLCID(L"de", 0), LCID{0x0407});
@@ -61,7 +61,7 @@ TEST(Locales, NamesAndNumbers)
         EXPECT_EQ(NameOf(locale), "error 87") << locale;
 }
 
-// The types and locales that the reference doesn't tell.
+// Types and locales that the reference doesn't contain.
 TEST(Locales, Information)
 {
     struct
@@ -70,7 +70,7 @@ TEST(Locales, Information)
         LCTYPE type;
         const char* value;
     } constexpr CASES[] = {
-#ifndef _WIN32 // Wine has CLDR's own forms of short dates in part
+#ifndef _WIN32 // Wine uses CLDR's own short dates in part
         {0x0c07, LOCALE_SSHORTDATE, "dd.MM.yyyy"}, {0x0407, LOCALE_SSHORTDATE, "dd.MM.yyyy"},
         {0x0807, LOCALE_SSHORTDATE, "dd.MM.yyyy"}, {0x0415, LOCALE_SSHORTDATE, "dd.MM.yyyy"},
         {0x0419, LOCALE_SSHORTDATE, "dd.MM.yyyy"}, {0x0809, LOCALE_SSHORTDATE, "dd/MM/yyyy"},
@@ -82,8 +82,7 @@ TEST(Locales, Information)
         {0x0409, LOCALE_ILANGUAGE, "0409"}, {0x0409, LOCALE_SNAME, "en-US"}, {0x0409, LOCALE_SDAYNAME7, "Sunday"},
         {0x0409, LOCALE_SABBREVDAYNAME3, "Wed"}, {0x0409, LOCALE_SMONTHNAME12, "December"},
         {0x0409, LOCALE_SABBREVMONTHNAME2, "Feb"}, {0x0407, LOCALE_SMONTHNAME3, "M<e4>rz"},
-        {0x0407, LOCALE_SENGLANGUAGE, "German"},
-        {0x00010407, LOCALE_SMONTHNAME3, "M<e4>rz"}, // in the order of telephone books
+        {0x0407, LOCALE_SENGLANGUAGE, "German"}, {0x00010407, LOCALE_SMONTHNAME3, "M<e4>rz"}, // in phone book order
         {0x00010407, LOCALE_SENGCOUNTRY, "Germany"}, {0x007f, LOCALE_SISO639LANGNAME, "iv"},
         {0x007f, LOCALE_SENGCOUNTRY, "Invariant Country"}, {0x007f, LOCALE_STIMEFORMAT, "HH:mm:ss"},
         {UNKNOWN, LOCALE_SDECIMAL, "error 87"}, {0x0409, 0x0fff, "error 1004"}};
@@ -113,7 +112,7 @@ TEST(Locales, InformationSizesAndNumbers)
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_FLAGS});
 }
 
-// The masks by which files are told: all tests of one byte order.
+// The tests by which files are recognised: all tests of one byte order.
 TEST(IsTextUnicode, TellsTheByteOrder)
 {
     const auto test = [](std::string_view bytes, int mask)
@@ -137,7 +136,7 @@ TEST(IsTextUnicode, TellsTheByteOrder)
     for (const auto& row : CASES)
     {
         EXPECT_EQ(test(row.bytes, FORWARD), row.isForward) << testing::PrintToString(row.bytes);
-#ifndef _WIN32 // Wine answers FALSE to every reversed test
+#ifndef _WIN32 // Wine returns FALSE for every reversed test
         EXPECT_EQ(test(row.bytes, FORWARD << 4), row.isReverse) << testing::PrintToString(row.bytes);
 #endif
     }
@@ -147,13 +146,13 @@ TEST(IsTextUnicode, TellsTheByteOrder)
 }
 
 #ifndef _WIN32
-// All are read once, so each case needs a process of its own. Wine takes its defaults from elsewhere.
+// All are read only once, so each case needs its own process. Wine takes its defaults from elsewhere.
 TEST(DefaultsDeathTest, ComeFromTheEnvironment)
 {
     struct
     {
         std::vector<std::string> variables;
-        const char* result; // code pages of windows and consoles, locale and its number, language of texts
+        const char* result; // ANSI and OEM code page, locale and its identifier, UI language
     } const cases[] = {{{}, "1252 437 en-US 409 409"}, {{"LANG=de_DE.UTF-8"}, "65001 65001 de-DE 407 407"},
         {{"LANG=de_DE.utf8@euro"}, "65001 65001 de-DE 407 407"},
         {{"LC_CTYPE=C", "LANG=de_DE.UTF-8"}, "1252 437 de-DE 407 407"},

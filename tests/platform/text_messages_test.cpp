@@ -1,4 +1,4 @@
-// FormatMessageW: escapes, inserts, buffers, texts of system errors.
+// FormatMessageW: escapes, inserts, buffers, system error messages.
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -13,7 +13,7 @@ namespace
 
 using namespace std::string_view_literals;
 
-// The result as ASCII, with line breaks as they are; or "error N".
+// Returns the result as ASCII with its line breaks, or "error N".
 std::string Result(DWORD length, const wchar_t* buffer)
 {
     if (length == 0)
@@ -53,7 +53,8 @@ TEST(Messages, Escapes)
         EXPECT_EQ(Format(FORMAT_MESSAGE_IGNORE_INSERTS, row.message), row.withoutInserts);
     }
 #ifndef _WIN32
-    EXPECT_EQ(Format(0, L"a%bc"), "a c"); // a blank by the documentation of message files, which Wine does not know
+    EXPECT_EQ(Format(0, L"a%bc"),
+        "a c"); // a blank, according to the documentation of message files; Wine doesn't implement it
 #endif
 }
 
@@ -64,7 +65,7 @@ TEST(Messages, Inserts)
     EXPECT_EQ(Format(0, L"%1!d! %1!5d!|%1!-5d!|%1!05u! %1!#X!", 42), "42    42|42   |00042 0X2A");
     EXPECT_EQ(Format(0, L"%1!I64d! %2!c!", 0x123456789abLL, 'z'), "1250999896491 z");
     EXPECT_EQ(Format(0, L"%1!.2s!|%1!6.3s!", L"abcdef"), "ab|   abc");
-    // The documentation's example: the numbers of a list are not those of an array.
+    // The example in the documentation: a va_list and an array number their arguments differently.
     EXPECT_EQ(Format(0, L"%1!*.*s! %3 %4!*s!", 4, 2, L"Bill", L"Bob", 6, L"Bill"), "  Bi Bob   Bill");
     EXPECT_EQ(Format(0, L"%2!d! %1!*d! %3!d!", 6, 10, 20, 30), "10     20 30");
     EXPECT_EQ(
@@ -76,8 +77,8 @@ TEST(Messages, Inserts)
     const std::vector<wchar_t> longText(400, L'x');
     EXPECT_EQ(Format(0, L"%1!.400s!", longText.data()), std::string(400, 'x'));
 #ifndef _WIN32
-    // Whatever could make the formatter write, or read something else than the argument is, is plain text; Wine hands
-    // it to the formatter.
+    // Formats that would make the formatter write to memory, or read something other than the argument, are plain text.
+    // Wine passes them to its formatter.
     EXPECT_EQ(Format(0, L"%1!n!|%1!f!|%1!s%s!|%1!%!", L"x"), "n|f|s%s|%");
     EXPECT_EQ(Format(0, L"%1!**d!", 7), "**d");
     EXPECT_EQ(Format(0, L"%1!99999999d!", 7), "error 87");
@@ -122,7 +123,7 @@ TEST(SystemMessages, UnknownCodesAndMissingArguments)
 }
 
 #ifndef _WIN32
-// Wine has wordings and languages of its own.
+// Wine has its own wordings and languages.
 TEST(SystemMessages, Texts)
 {
     struct

@@ -1,9 +1,9 @@
-// The system's thread pool, completion ports, and the processors that it has.
+// The system's thread pool, completion ports, and the processors of the process.
 #include "threads_support.h"
 
 #include <bit>
 
-// Affinity is set by other means on each system; only on the layer does it count for GetActiveProcessorCount.
+// Each system has its own function to set the affinity. Only the layer's GetActiveProcessorCount depends on it.
 #if defined(__linux__)
 #include <sched.h>
 #endif
@@ -61,7 +61,7 @@ TEST(CompletionPorts, AWaitingThreadCanBeTerminated)
     EXPECT_EQ(take(), 7u);
 }
 
-// What a container shares out counts for the layer, not what the machine has.
+// The layer counts the processors assigned to a container rather than those of the machine.
 #if defined(__linux__)
 TEST(Processors, ByAffinity)
 {

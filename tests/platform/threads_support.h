@@ -1,4 +1,4 @@
-// What the tests of threads, waits and messages share.
+// Helpers shared by the tests of threads, waits and messages.
 #pragma once
 
 #include "support/leaks_allowed.h"
@@ -16,7 +16,7 @@ namespace qxtest
 
 constexpr DWORD kPatience = 20'000;
 
-// Whether the layer can stop a thread that computes; under the thread sanitizer it stops where it blocks.
+// Whether the layer can stop a thread that computes. Under the thread sanitizer it can stop only blocked threads.
 #if defined(__SANITIZE_THREAD__)
 constexpr bool canStopComputing = false;
 #else
@@ -38,7 +38,7 @@ public:
     }
 };
 
-// Runs a function, for as long as this object stands.
+// Runs a function on a thread as long as this object exists.
 class Thread : public Handle
 {
 public:
@@ -54,7 +54,8 @@ public:
 
     DWORD id() const { return _id; }
 
-    // The exit code. A thread that doesn't end may write to what its test gives up, so nothing goes on after that.
+    // Returns the exit code. If the thread doesn't end, the process is aborted, because the thread may access objects
+    // of the finished test.
     DWORD Join() const
     {
         if (WaitForSingleObject(*this, kPatience) != WAIT_OBJECT_0)
@@ -66,7 +67,7 @@ public:
     }
 
 private:
-    // The function's object outlives a thread that is terminated.
+    // The function object must outlive a thread that is terminated.
     static unsigned __stdcall Run(void* argument)
     {
         static thread_local std::unique_ptr<Function> function;

@@ -1,4 +1,4 @@
-// Threads that are suspended and terminated, events, message queues, message boxes.
+// Suspending and terminating threads, events, message queues, message boxes.
 #include "threads_support.h"
 
 #include <atomic>
@@ -11,7 +11,7 @@ using namespace qxtest;
 namespace
 {
 
-// Without a call in which it could be stopped.
+// Makes no call in which the thread could be stopped.
 unsigned Compute(std::atomic<unsigned>& count)
 {
     for (;;)
@@ -42,7 +42,7 @@ TEST(Threads, ObjectsOfTheThreadAreGoneBeforeItsHandleIsSignalled)
     EXPECT_TRUE(isGone);
 }
 
-// Also where it waits for a critical section, which it doesn't enter then.
+// Also while the thread waits for a critical section, which it then doesn't enter.
 TEST(Threads, SuspensionsAreCounted)
 {
     CRITICAL_SECTION section;
@@ -116,7 +116,7 @@ TEST(Threads, TerminationRunsNoDestructors)
     EXPECT_EQ(computing.Join(), 7u);
 }
 
-// Whoever needs the allocator while a thread is stopped, or after it was terminated, gets it.
+// Other threads can use the allocator while a thread is suspended or after it was terminated.
 TEST(Threads, TheAllocatorIsNeverStopped)
 {
     if (!kIsLayer || !kCanStopComputing) // the system stops a thread anywhere
@@ -125,7 +125,8 @@ TEST(Threads, TheAllocatorIsNeverStopped)
     for (int round = 0; round < 30; ++round)
     {
         std::atomic<unsigned> count = 0;
-        // This thread's block stays in the part of the allocator that this thread asks: both want the same lock.
+        // The block belongs to the allocator arena of this thread, so freeing it and this thread's allocations contend
+        // for the same lock.
         void* const given = std::malloc(2'000);
         const Thread thread(
             [&count, given]
@@ -181,11 +182,11 @@ TEST(Messages, WaitsWakeForNewInput)
         [&]
         {
             MSG message;
-            PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // from now on there is a queue
+            PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // creates the queue
             SetEvent(ready);
             const HANDLE handle = event;
             EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, kPatience, QS_ALLINPUT), WAIT_OBJECT_0 + 1);
-            // What was looked at, without taking it, is not new.
+            // A message that has been peeked at but not removed doesn't count as new.
             EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE));
             return MsgWaitForMultipleObjects(1, &handle, FALSE, 0, QS_ALLINPUT) == WAIT_TIMEOUT ? 0u : 1u;
         });
@@ -197,7 +198,7 @@ TEST(Messages, WaitsWakeForNewInput)
 
 TEST(Messages, BoxesAnswerByThemselves)
 {
-    if (!kIsLayer) // the system's boxes wait for someone
+    if (!kIsLayer) // the system's message boxes wait for a user
         GTEST_SKIP();
     struct
     {

@@ -1,4 +1,4 @@
-// Time zones, and local time in them.
+// Time zones and local time.
 #include "support/shown_time.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ namespace
 
 using qxtest::Show;
 
-// The conversions differ in what they declare as constant.
+// The conversion functions differ in their const parameters.
 BOOL ToLocal(TIME_ZONE_INFORMATION* zone, SYSTEMTIME* universal, LPSYSTEMTIME local)
 {
     return SystemTimeToTzSpecificLocalTime(zone, universal, local);
@@ -25,7 +25,7 @@ BOOL ToUniversal(TIME_ZONE_INFORMATION* zone, SYSTEMTIME* local, LPSYSTEMTIME un
     return TzSpecificLocalTimeToSystemTime(zone, local, universal);
 }
 
-// Whatever the zone is: its own information converts as the zone itself does.
+// In any zone, the zone's own information must convert times like the zone itself.
 void CheckThatZoneAndItsInformationAgree()
 {
     TIME_ZONE_INFORMATION zone;
@@ -55,7 +55,7 @@ TEST(TimeZones, TheUsersZoneAndItsInformationAgree)
 }
 
 #ifndef _WIN32
-// Wine reads TZ once, at the start of the process.
+// Wine reads TZ only once, when the process starts.
 void SetZone(const char* zone)
 {
     setenv("TZ", zone, 1);
@@ -79,7 +79,7 @@ std::string Converted(Convert convert, TIME_ZONE_INFORMATION* zone, const char* 
     return Show(result).substr(0, 16);
 }
 
-// "month/week hour" of a Sunday, or "-".
+// Returns "month/week hour" of a rule for a Sunday, or "-".
 std::string RuleText(const SYSTEMTIME& rule)
 {
     if (rule.wMonth == 0)
@@ -97,11 +97,11 @@ TEST(UsersZone, RulesOfKnownZones)
         const char* toDaylight;
         const char* toStandard;
         LONG daylightBias = -60;
-    } constexpr CASES[] = {{"Europe/Dublin", 0, "3/5 1", "10/5 2"}, // its law has it the other way round
+    } constexpr CASES[] = {{"Europe/Dublin", 0, "3/5 1", "10/5 2"}, // Irish law defines winter time as the deviation
         {"America/New_York", 300, "3/2 2", "11/1 2"}, {"Australia/Sydney", -600, "10/1 2", "4/1 3"},
         {"Australia/Lord_Howe", -630, "10/1 2", "4/1 2", -30}, {"America/Sao_Paulo", 180, "-", "-"},
         {"Asia/Kolkata", -330, "-", "-"}, {"BRT3BRST,M11.1.0/0,M2.3.0/0", 180, "11/1 0", "2/3 0"},
-        {"XST-1XDT,M3.4.0,M10.4.0", -60, "3/4 2", "10/4 2"}, // a fourth Sunday that is seldom the last
+        {"XST-1XDT,M3.4.0,M10.4.0", -60, "3/4 2", "10/4 2"}, // a fourth Sunday, which is rarely the last one
         {"Europe/Berlin", -60, "3/5 2", "10/5 3"}};
     TIME_ZONE_INFORMATION zone;
     for (const auto& row : CASES)
@@ -121,7 +121,7 @@ TEST(UsersZone, RulesOfKnownZones)
     EXPECT_STREQ(zone.DaylightName, L"W. Europe Daylight Time");
 }
 
-// The user's zone has its past too, from 1970 on; before, the standard time of that year.
+// The history of the user's zone is used from 1970 on; before that, the standard time of the year.
 TEST(UsersZone, TimesOfThePast)
 {
     struct
@@ -136,13 +136,14 @@ TEST(UsersZone, TimesOfThePast)
         {"Europe/Berlin", ToLocal, "2018-03-25 00:59", "2018-03-25 01:59"},
         {"Europe/Berlin", ToLocal, "2018-03-25 01:00", "2018-03-25 03:00"},
         {"Europe/Berlin", ToLocal, "2018-10-28 01:00", "2018-10-28 02:00"},
-        {"Europe/Berlin", ToUniversal, "2018-03-25 02:30", "2018-03-25 00:30"}, // which the clocks skip
-        {"Europe/Berlin", ToUniversal, "2018-10-28 02:30", "2018-10-28 00:30"}, // which they show twice
+        {"Europe/Berlin", ToUniversal, "2018-03-25 02:30", "2018-03-25 00:30"}, // skipped by the clocks
+        {"Europe/Berlin", ToUniversal, "2018-10-28 02:30", "2018-10-28 00:30"}, // occurs twice
         {"Europe/Berlin", ToUniversal, "1601-01-01 00:00", "error 87"},
         {"Europe/Berlin", ToUniversal, "2018-13-01 00:00", "error 87"},
         {"Europe/Berlin", ToLocal, "1600-07-01 00:00", "error 87"},
         {"Europe/Berlin", ToLocal, "2100-07-01 00:00", "2100-07-01 02:00"},
-        {"America/New_York", ToLocal, "2006-03-20 12:00", "2006-03-20 07:00"}, // the rule of 2007 would differ
+        {"America/New_York", ToLocal, "2006-03-20 12:00",
+            "2006-03-20 07:00"}, // the rule of 2007 would give another result
         {"America/New_York", ToLocal, "2018-03-11 06:59", "2018-03-11 01:59"},
         {"America/New_York", ToLocal, "2018-03-11 07:00", "2018-03-11 03:00"},
         {"America/Sao_Paulo", ToLocal, "2017-10-15 02:59", "2017-10-14 23:59"},

@@ -1,4 +1,4 @@
-// Variants and safe arrays as owners: copies, references, locks, what is released.
+// Ownership in variants and safe arrays: copies, references, locks, releases.
 #include "support/variant_values.h"
 
 #include <gtest/gtest.h>
@@ -65,7 +65,7 @@ TEST(VariantCopyInd, ResolvesReferences)
         EXPECT_EQ(copy.vt, row.type);
         EXPECT_EQ(Readable(copy), row.expected);
     }
-    EXPECT_EQ(VariantCopyInd(&toNumber, &toNumber), S_OK); // in its own place
+    EXPECT_EQ(VariantCopyInd(&toNumber, &toNumber), S_OK); // onto itself
     EXPECT_EQ(Readable(toNumber), "9");
     toVariant.pvarVal = &toText;
     EXPECT_EQ(VariantCopyInd(&copy, &toReference), E_INVALIDARG);
@@ -73,7 +73,7 @@ TEST(VariantCopyInd, ResolvesReferences)
     EXPECT_EQ(copy.pbstrVal, &text.bstrVal) << "a plain copy stays a reference";
 }
 
-// 2 columns (the first index, which varies fastest) with the bounds 10 to 12 for the rows.
+// 2 columns (the first index, which varies fastest) and rows with the bounds 10 to 12.
 TEST(SafeArray, BoundsAndPlaces)
 {
     SAFEARRAYBOUND bounds[] = {{2, 0}, {3, 10}};
@@ -104,7 +104,7 @@ TEST(SafeArray, TypesOfElements)
     struct Case
     {
         int type;
-        UINT size; // 0: there are no such arrays
+        UINT size; // 0 if there are no such arrays
         USHORT features;
     };
     for (const Case& row : {Case{VT_I1, 1, 0x80}, {VT_BOOL, 2, 0x80}, {VT_R4, 4, 0x80}, {VT_DATE, 8, 0x80},
@@ -124,7 +124,7 @@ TEST(SafeArray, TypesOfElements)
         EXPECT_EQ(SafeArrayDestroy(array), S_OK);
     }
     EXPECT_EQ(SafeArrayCreate(VT_I4, 0, nullptr), nullptr);
-#ifndef _WIN32 // Wine doesn't notice that the number of bytes overflows
+#ifndef _WIN32 // Wine doesn't detect the overflow of the size in bytes
     SAFEARRAYBOUND huge[] = {{0x10000, 0}, {0x10000, 0}};
     EXPECT_EQ(SafeArrayCreate(VT_I4, 2, huge), nullptr);
 #endif
@@ -141,7 +141,7 @@ TEST(SafeArray, LockedIsNotDestroyed)
     EXPECT_EQ(SafeArrayUnlock(array), S_OK);
     EXPECT_EQ(SafeArrayDestroy(array), DISP_E_ARRAYISLOCKED);
     EXPECT_EQ(VariantClear(&holder), DISP_E_ARRAYISLOCKED);
-#ifndef _WIN32 // where the variant forgets the array
+#ifndef _WIN32 // on the system the variant forgets the array
     EXPECT_EQ(holder.vt, VT_ARRAY | VT_I4);
 #endif
     EXPECT_EQ(SafeArrayUnaccessData(array), S_OK);
@@ -164,7 +164,7 @@ TEST(SafeArray, ElementsAreCopiesOfTheirOwn)
 
     Value values(VT_ARRAY | VT_VARIANT), inner = Text(L"is cleared");
     values.parray = SafeArrayCreateVector(VT_VARIANT, 0, 1);
-    EXPECT_EQ(SafeArrayPutElement(values.parray, &index, &texts), S_OK); // an array inside
+    EXPECT_EQ(SafeArrayPutElement(values.parray, &index, &texts), S_OK); // a nested array
     EXPECT_EQ(SafeArrayGetElement(values.parray, &index, &inner), S_OK);
     EXPECT_EQ(inner.vt, VT_ARRAY | VT_BSTR);
 

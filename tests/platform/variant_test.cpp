@@ -1,5 +1,5 @@
-// Variants: changes of type, comparison, dates as numbers. The expectations hold on both targets; a row that only linux
-// has says what Wine gives instead.
+// Variants: conversions, comparison, dates as numbers. The expectations apply to both targets. If a row runs only on
+// linux, a comment says what Wine returns instead.
 #include "platform/locale_ids.h"
 #include "support/variant_values.h"
 
@@ -14,7 +14,7 @@ namespace
 
 using namespace qxtest;
 
-#ifdef _WIN32 // Wine's bugs and gaps are no expectation
+#ifdef _WIN32 // bugs and gaps of Wine are not expectations
 constexpr bool ON_LINUX = false;
 #else
 constexpr bool ON_LINUX = true;
@@ -58,7 +58,7 @@ TEST(VariantChangeType, NumbersToNumbers)
 {
     CheckChanges({{I4(70000), {{VT_I2, "overflow"}, {VT_UI2, "overflow"}, {VT_UI4, "70000"}, {VT_R4, "70000"},
                                   {VT_CY, "700000000"}, {VT_DATE, "70000"}, {VT_DECIMAL, "70000/0"}, {VT_BOOL, "-1"}}},
-        // Integers of one size are the same bits.
+        // Integers of the same size have the same bits.
         {I4(-1), {{VT_UI4, "4294967295"}, {VT_UINT, "4294967295"}, {VT_INT, "-1"}, {VT_UI2, "overflow"},
                      {VT_UI8, "overflow"}, {VT_I1, "-1"}, {VT_UI1, "overflow"}}},
         {Value(VT_I8, -5'000'000'000),
@@ -67,11 +67,11 @@ TEST(VariantChangeType, NumbersToNumbers)
         {Value(VT_UI8, -1), {{VT_I8, "-1"}, {VT_UI4, "overflow"}, {VT_R8, "18446744073709551616"}, {VT_CY, "overflow"},
                                 {VT_DECIMAL, "0:ffffffff:ffffffff/0"}}},
         {Value(VT_UINT, 4'000'000'000), {{VT_I4, "-294967296"}, {VT_I8, "4000000000"}, {VT_R8, "4e+09"}}},
-        // True has all bits of any type.
+        // True sets all bits of any type.
         {Value(VT_BOOL, 0xffff), {{VT_UI1, "255"}, {VT_UI2, "65535"}, {VT_UI8, "18446744073709551615"}, {VT_I1, "-1"},
                                      {VT_R8, "-1"}, {VT_CY, "-10000"}, {VT_DECIMAL, "-1/0", false}}}, // Wine: 1
         {Value(VT_BOOL, 5), {{VT_BOOL, "5"}, {VT_I4, "5"}}},
-        // Half goes to the even neighbour.
+        // Half is rounded to even.
         {R8(2.5), {{VT_I4, "2"}, {VT_CY, "25000"}, {VT_DECIMAL, "25/1"}}}, {R8(3.5), {{VT_I1, "4"}, {VT_UI8, "4"}}},
         {R8(-0.5), {{VT_UI1, "0"}, {VT_I8, "0"}, {VT_BOOL, "-1"}}}, {R8(-0.51), {{VT_UI1, "overflow"}, {VT_I4, "-1"}}},
         {R8(255.5), {{VT_UI1, "overflow"}, {VT_I2, "256"}}}, {R8(32767.5), {{VT_I2, "overflow"}, {VT_UI2, "32768"}}},
@@ -80,7 +80,7 @@ TEST(VariantChangeType, NumbersToNumbers)
         {R8(1.9e19), {{VT_UI8, "overflow"}}},
         {R8(1e300), {{VT_R4, "overflow"}, {VT_DECIMAL, "overflow"}, {VT_DATE, "overflow"}, {VT_BOOL, "-1"}}},
         {R8(1e-5), {{VT_DECIMAL, "1/5"}, {VT_CY, "0"}}},
-        {R8(1.0 / 3), {{VT_DECIMAL, "0:12f2a:36ecd555/15", false}}}, // Wine: a digit more
+        {R8(1.0 / 3), {{VT_DECIMAL, "0:12f2a:36ecd555/15", false}}}, // Wine: one more digit
         {R8(123456.123456), {{VT_CY, "1234561235"}, {VT_DECIMAL, "0:1c:be8ef240/6"}}},
         {R8(UNBOUNDED), {{VT_I4, "overflow"}, {VT_R4, "overflow"}, {VT_DECIMAL, "overflow"}, {VT_CY, "overflow"}}},
         {R8(NOT_A_NUMBER), {{VT_I4, "overflow", false}, {VT_UI8, "overflow", false}, {VT_CY, "overflow"},
@@ -167,7 +167,7 @@ TEST(VariantChangeType, TextToNumbers)
         {Text(L"#TRUE#"), {{VT_BOOL, "-1"}}}, {Text(L"#true#"), {{VT_BOOL, "mismatch"}}},
         {Text(L"yes"), {{VT_BOOL, "mismatch"}}}, {Text(L"0.5"), {{VT_BOOL, "-1"}}}});
 
-    // A text ends at a zero for numbers only.
+    // A zero ends the text only for numbers.
     Value text(VT_BSTR);
     text.bstrVal = SysAllocStringLen(L"1\0x", 3);
     EXPECT_EQ(Changed(text, VT_I4), "1");
@@ -241,7 +241,7 @@ TEST(VarCmp, Orders)
         {SmallDecimal(1, 28), Decimal(false, 0x204fce5e, 0x3e250261, 0x10000000, 0), VARCMP_LT},
         {SmallDecimal(-1, 1), SmallDecimal(-1, 2), VARCMP_LT}, {SmallDecimal(1), R8(1e300), VARCMP_LT},
         {SmallDecimal(1, 1), R8(0.1), VARCMP_EQ}, {R8(NOT_A_NUMBER), R8(NOT_A_NUMBER), VARCMP_GT},
-        // A text stands behind all that is none.
+        // A text is greater than any value of another type.
         {Text(L"1"), I4(2), VARCMP_GT}, {R8(1.5), Text(L"1.50"), VARCMP_LT}, {Text(L"abc"), Text(L"ABC"), VARCMP_LT},
         {Text(L"abc"), Text(L"ABC"), VARCMP_EQ, NORM_IGNORECASE}, {Value(VT_BSTR), Text(L""), VARCMP_EQ},
         {Value(VT_ERROR, 5), Value(VT_ERROR, 6), VARCMP_EQ}, {Value(VT_ERROR, 5), I4(5), DISP_E_TYPEMISMATCH},
@@ -269,7 +269,7 @@ TEST(VariantTime, ToSystemTime)
     {
         double date;
         const char* expected;
-        int dayOfWeek = -1; // -1: Wine doesn't tell it right where a time is rounded up to the next day
+        int dayOfWeek = -1; // -1 if Wine returns a wrong day for times that are rounded up to the next day
         bool onWineToo = true;
     } const cases[] = {{0, "1899-12-30 0:0:0.0", 6}, {36526.5, "2000-1-1 12:0:0.0", 6},
         {-1.25, "1899-12-29 6:0:0.0", 5}, {-0.5, "1899-12-30 12:0:0.0", 6}, {60, "1900-2-28 0:0:0.0", 3},

@@ -1,4 +1,4 @@
-// The debug output of a test.
+// Captures the debug output of a test.
 #pragma once
 
 #include "core/debug_line.h"
@@ -13,7 +13,7 @@
 namespace qxtest
 {
 
-// Takes the debug lines for as long as it lives.
+// Captures the debug lines as long as it exists.
 class DebugLines : private qx::DebugLineSink
 {
 public:
@@ -43,14 +43,14 @@ public:
             [part](const Entry& entry) { return entry.text.View().find(part) != std::wstring_view::npos; }));
     }
 
-    // The last line, or an empty text.
+    // Returns the last line, or an empty text.
     qx::String Last() const
     {
         const std::lock_guard lock(_mutex);
         return _entries.empty() ? qx::String() : _entries.back().text;
     }
 
-    // The text of the only line there is; says what is wrong otherwise.
+    // Returns the only line, or a text with the number of lines if there isn't exactly one.
     qx::String Only() const
     {
         return Count() == 1 ? Last() : qx::String(qx::String::kFormatted, L"(%d lines)", static_cast<int>(Count()));
@@ -59,7 +59,7 @@ public:
 private:
     void Line(int indentChange, const wchar_t* format, va_list arguments) override
     {
-        // A line written while one is taken is dropped, as every sink must do: the strings of this one may cause it.
+        // Drops lines written while a line is being captured, as every sink must: the strings used here may write some.
         static thread_local bool isTaking = false;
         if (isTaking)
             return;

@@ -7,7 +7,7 @@
 namespace qxtest
 {
 
-// Makes the process a developer's, or somebody's, for as long as it lives.
+// Makes the process a developer's run, or another user's, as long as it exists.
 class UserIs
 {
 public:

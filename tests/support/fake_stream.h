@@ -1,4 +1,4 @@
-// A stream in memory that behaves badly on demand.
+// A stream in memory that misbehaves on demand.
 #pragma once
 
 #include <windows.h>
@@ -14,7 +14,7 @@
 namespace qxtest
 {
 
-// Lives on the stack of a test; `references` shows what was given back.
+// Lives on the stack of a test. `references` shows whether all references were released.
 class FakeStream : public IStream
 {
 public:
@@ -22,10 +22,10 @@ public:
     std::uint64_t position = 0;
     ULONG references = 1;
 
-    ULONG readLimit = ~ULONG{0};        // of one call
-    ULONG writeLimit = ~ULONG{0};       // of one call
-    std::size_t room = ~std::size_t{0}; // of the stream
-    HRESULT writeResult = S_OK;         // once the limit is reached
+    ULONG readLimit = ~ULONG{0};        // per call
+    ULONG writeLimit = ~ULONG{0};       // per call
+    std::size_t room = ~std::size_t{0}; // total size of the stream
+    HRESULT writeResult = S_OK;         // returned once the limit is reached
     bool setSizeMovesPosition = false;
     HRESULT setSizeResult = S_OK;
     HRESULT lockResult = S_OK;

@@ -1,5 +1,5 @@
-// For tests that terminate a thread: it leaves its memory behind. What the present thread allocates in the scope of
-// this is no leak to the sanitizer.
+// For tests that terminate a thread, whose memory is lost. Allocations of the current thread while this object exists
+// don't count as leaks.
 #pragma once
 
 #if defined(__SANITIZE_ADDRESS__)

@@ -12,8 +12,8 @@
 namespace qxtest
 {
 
-// In 8 bits; what is no ASCII is a question mark. Without the line ends, which are "\r\n"; a rest without one counts as
-// a line that says so.
+// Returns the lines in 8 bits, without their "\r\n"; non-ASCII characters become question marks. An incomplete last
+// line is marked as such.
 inline std::vector<std::string> LogLines(const qx::String& path)
 {
     std::vector<std::string> lines;
@@ -33,10 +33,10 @@ inline std::vector<std::string> LogLines(const qx::String& path)
     return lines;
 }
 
-// A line taken apart where its stamp stands; with an empty time if it has none.
+// A line split at its stamp. `time` is empty if it has none.
 struct LogLine
 {
-    std::string tag; // with what stands behind it
+    std::string tag; // with everything before the stamp
     std::string time;
     std::string thread;
     std::string processor;

@@ -1,4 +1,4 @@
-// A stream in memory, with what is in it as a text of bytes.
+// A stream in memory, with its contents as a string of bytes.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -34,7 +34,7 @@ public:
         distance.QuadPart = position;
         _stream->Seek(distance, STREAM_SEEK_SET, nullptr);
     }
-    // From the present position on.
+    // Returns the bytes from the current position on.
     std::string Rest() const
     {
         STATSTG record = {};

@@ -1,4 +1,5 @@
-// A registry of this process's own, empty at first, for as long as it lives. Made before anyone reads a setting.
+// A private registry for this process, initially empty, as long as this object exists. Create it before any setting is
+// read.
 #pragma once
 
 #include "support/temp_folder.h"
@@ -15,7 +16,7 @@ namespace qxtest
 class OwnSettings
 {
 public:
-#if defined(_WIN32) // one registry for all; its roots can be put elsewhere for a process
+#if defined(_WIN32) // all processes share one registry; its roots can be redirected for a process
     OwnSettings()
     {
         _name.Format(L"Software\\qxut-test-%d", static_cast<int>(GetCurrentProcessId()));
@@ -46,7 +47,7 @@ public:
     OwnSettings(const OwnSettings&) = delete;
     OwnSettings& operator=(const OwnSettings&) = delete;
 
-    // A value of the library's key or another; false if it can't be stored.
+    // Stores a value under the library's key or another one. Returns false on failure.
     bool Set(HKEY root, const wchar_t* name, const wchar_t* text, const wchar_t* keyName = kLibrarys) const
     {
         return Set(root, name, REG_SZ, text, (wcslen(text) + 1) * sizeof(wchar_t), keyName);
@@ -69,7 +70,7 @@ public:
 
 private:
     static constexpr wchar_t kLibrarys[] = L"Software\\trelmo";
-#if defined(_WIN32) // as above
+#if defined(_WIN32) // see above
     HKEY Make(const wchar_t* part) const
     {
         HKEY key = nullptr;

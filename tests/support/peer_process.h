@@ -1,4 +1,4 @@
-// A second process of a test: a program beside the test program.
+// A second process of a test: a program in the folder of the test program.
 #pragma once
 
 #include "core/text/string.h"
@@ -12,7 +12,7 @@ namespace qxtest
 class PeerProcess
 {
 public:
-    // The arguments as on a command line.
+    // `arguments` is in command line syntax.
     PeerProcess(const wchar_t* program, const qx::String& arguments)
     {
         wchar_t own[MAX_PATH] = {};
@@ -36,7 +36,7 @@ public:
     PeerProcess(const PeerProcess&) = delete;
     PeerProcess& operator=(const PeerProcess&) = delete;
 
-    // The exit code; -1 if it didn't start.
+    // Returns the exit code, or -1 if the process didn't start.
     int Wait()
     {
         DWORD code = static_cast<DWORD>(-1);

@@ -1,4 +1,4 @@
-// Wide text as a narrow one that a table can hold.
+// Converts wide text to narrow text for use in tables.
 #pragma once
 
 #include <cstdio>
@@ -8,7 +8,7 @@
 namespace qxtest
 {
 
-// ASCII as it is, other units as numbers.
+// ASCII characters are kept, other units become numbers.
 inline std::string ReadableText(std::wstring_view text)
 {
     std::string readable;

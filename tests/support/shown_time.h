@@ -1,4 +1,4 @@
-// A time as tests compare it.
+// Formats times for comparison in tests.
 #pragma once
 
 #include <windows.h>
@@ -9,7 +9,7 @@
 namespace qxtest
 {
 
-// "2018-12-31 23:59:58", with -- for a field that wasn't given.
+// Returns for example "2018-12-31 23:59:58", with -- for a missing field.
 inline std::string Show(const SYSTEMTIME& time)
 {
     const auto part = [](WORD value, const char* format)

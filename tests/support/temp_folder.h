@@ -1,4 +1,4 @@
-// A folder of a test's own, and the bytes of files without the library's file object.
+// A private folder for a test, and raw file access without the library's file class.
 #pragma once
 
 #include "core/text/string.h"
@@ -16,7 +16,7 @@
 namespace qxtest
 {
 
-// Goes at the end, with all files in it.
+// Deleted at the end with all its files.
 class TempFolder
 {
 public:
@@ -50,7 +50,7 @@ public:
         return path;
     }
 
-    // A file of these bytes; gives its path.
+    // Creates a file with these bytes and returns its path.
     qx::String Make(const wchar_t* name, std::string_view bytes) const
     {
         const qx::String path = Path(name);
@@ -68,7 +68,7 @@ private:
 
 inline std::filesystem::path NativePath(const qx::String& path)
 {
-    return std::filesystem::u8path(path.NarrowText()); // of ASCII characters alone
+    return std::filesystem::u8path(path.NarrowText()); // ASCII characters only
 }
 
 inline bool Exists(const qx::String& path)
@@ -76,7 +76,7 @@ inline bool Exists(const qx::String& path)
     return GetFileAttributesW(path.Text()) != INVALID_FILE_ATTRIBUTES;
 }
 
-// Empty also if the file can't be opened.
+// Returns the bytes of a file, or an empty text if it can't be opened.
 inline std::string BytesOf(const qx::String& path)
 {
     std::string bytes;

@@ -1,4 +1,4 @@
-// Jobs and hosts for the tests of job pools, which count what is done to them.
+// Jobs and hosts for the tests of job pools. They count how they are used.
 #pragma once
 
 #include <qxut23/jobs.h>
@@ -16,17 +16,17 @@
 namespace qxtest
 {
 
-// The counts of a test, which outlive its jobs.
+// The counters of a test, which outlive its jobs.
 struct JobCounts
 {
     std::atomic<int> alive = 0;
     std::atomic<int> runs = 0;
     std::atomic<int> told = 0;
-    std::atomic<int> dropped = 0;    // jobs that went without a run
-    std::atomic<int> takenAgain = 0; // jobs that a host took which had been taken before
+    std::atomic<int> dropped = 0;    // jobs released without having run
+    std::atomic<int> takenAgain = 0; // jobs taken by a host that had already been taken
 };
 
-// Counted from 1 on; goes with its last reference. Both interfaces of a pool begin like this.
+// A reference-counted object with an initial count of 1. Both interfaces of a pool start with these functions.
 template <class Interface>
 class Counted : public Interface
 {
@@ -92,7 +92,7 @@ public:
     std::int32_t STDMETHODCALLTYPE GetGroup() override { return _group; }
     std::int32_t STDMETHODCALLTYPE CanRunOnWorker() override { return _onWorker; }
 
-    // By the host; whether that is the first time.
+    // Called by the host. Returns true the first time.
     bool Take() { return ++_taken == 1; }
     bool HasRun() const { return _hasRun; }
 
@@ -105,7 +105,7 @@ private:
     std::atomic<bool> _hasRun = false;
 };
 
-// Lives on the stack; `references` tells whether all came back.
+// Lives on the stack. `references` shows whether all references were released.
 class TestHost final : public IUTThreadedJobHost
 {
 public:
@@ -144,7 +144,7 @@ private:
     const Answer _answer;
 };
 
-// A host that only counts; 0 takes each job.
+// A host that only counts. An answer of 0 takes each job.
 inline TestHost::Answer CountAndAnswer(JobCounts& counts, std::int32_t answer)
 {
     return [&counts, answer](const wchar_t*, IUTThreadedJob* job)

@@ -1,4 +1,4 @@
-// A variable of the environment, as processes that are started inherit it.
+// An environment variable that child processes inherit.
 #pragma once
 
 #include "core/text/string.h"
@@ -8,7 +8,7 @@
 namespace qxtest
 {
 
-// Has the value for as long as this lives; null takes the variable away.
+// Sets the value as long as it exists; null removes the variable.
 class Variable
 {
 public:

@@ -1,4 +1,4 @@
-// Variants in one word, and what they hold as a text that a table can compare.
+// Shorthands for variants, and their values as text for use in tables.
 #pragma once
 
 #include "support/readable_text.h"
@@ -62,7 +62,7 @@ inline Value Text(const wchar_t* text)
     return result;
 }
 
-// mantissa / 10^scale, the mantissa's words from the highest to the lowest.
+// Returns mantissa / 10^scale; the words of the mantissa are given from highest to lowest.
 inline Value Decimal(bool negative, ULONG high, ULONG middle, ULONG low, BYTE scale)
 {
     Value result;
@@ -86,7 +86,7 @@ inline std::string DigitsOf(double value)
     return {text, std::to_chars(text, text + sizeof text, value).ptr};
 }
 
-// The value alone, without its type; a text in quotes, a decimal as its words and scale.
+// Returns the value without its type: texts in quotes, decimals as their words and scale.
 inline std::string Readable(const VARIANT& value)
 {
     switch (value.vt)

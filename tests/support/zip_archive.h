@@ -1,4 +1,4 @@
-// An archive taken apart by its records, for tests: what disagrees about a member is a failure.
+// Parses an archive by its records for tests. Records of a member that disagree cause a failure.
 #pragma once
 
 #include "zip/records.h"
@@ -21,7 +21,7 @@ struct ZIPEntry
     std::string content;
 };
 
-// Packed records lie at any address, and no reference may be bound to their fields.
+// Packed records may be unaligned, so no reference may be bound to their fields.
 template <class Field>
 Field FieldValue(Field field)
 {
@@ -40,7 +40,7 @@ Record RecordAt(const std::string& bytes, std::size_t position)
 
 inline std::string Inflated(const std::string& data, std::size_t size)
 {
-    std::string content(size + 1, '\0'); // an address for a content of no bytes
+    std::string content(size + 1, '\0'); // provides an address even if there are no bytes
     z_stream stream{};
     inflateInit2(&stream, -15);
     stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data()));
@@ -54,7 +54,7 @@ inline std::string Inflated(const std::string& data, std::size_t size)
     return content.substr(0, size);
 }
 
-// In the order of the directory.
+// Returns the entries in the order of the directory.
 inline std::vector<ZIPEntry> EntriesOf(const std::string& bytes)
 {
     using namespace qx;
@@ -73,7 +73,7 @@ inline std::vector<ZIPEntry> EntriesOf(const std::string& bytes)
         entry.name = take(header.nameLength);
         entry.comment = take(header.commentLength);
         const auto local = RecordAt<scZIPLocalHeader>(bytes, header.localHeaderOffset);
-        // From the version needed to the length of the extra field both headers hold the same.
+        // Both headers contain the same values from the version needed to the length of the extra field.
         EXPECT_EQ(std::memcmp(&header.versionNeeded, &local.versionNeeded, 26), 0);
         const std::size_t nameAt = header.localHeaderOffset + sizeof local;
         EXPECT_EQ(bytes.substr(nameAt, local.nameLength), entry.name);

@@ -1,4 +1,4 @@
-// Archives made to measure: each field of each record can be set to what a test wants to see refused or taken.
+// Builds archives in which each field of each record can be set to any value, for tests of what is accepted or refused.
 #pragma once
 
 #include "support/zlib_reference.h"
@@ -11,7 +11,7 @@
 namespace qxtest
 {
 
-// The usual form of a member; what differs is told by the change.
+// A member in its usual form. Tests change what they need.
 struct BuiltMember
 {
     BuiltMember(std::string memberName, std::string memberContent, std::uint16_t method = qx::kZipMethodDeflate)
@@ -31,7 +31,7 @@ struct BuiltMember
         central.uncompressedSize = static_cast<std::uint32_t>(memberContent.size());
     }
 
-    // Sizes and checksum stand behind the data, and not in the local header.
+    // Stores sizes and checksum after the data instead of in the local header.
     BuiltMember& Streamed()
     {
         central.flags |= qx::kZipFlagDescriptor;
@@ -47,7 +47,7 @@ struct BuiltMember
         extra = std::move(bytes);
         return *this;
     }
-    // Of a file in Unix.
+    // Sets the mode of a file on Unix.
     BuiltMember& Mode(unsigned mode)
     {
         central.externalAttributes = mode << 16;
@@ -57,7 +57,7 @@ struct BuiltMember
 
     std::string name;
     std::string data;
-    std::string extra; // of the central record alone
+    std::string extra; // of the central record only
     std::string comment;
     qx::scZIPCentralHeader central{}; // without lengths and offset
 };

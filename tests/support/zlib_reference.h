@@ -1,4 +1,4 @@
-// zlib called straight, with its own parameters, as the peer of the library's compression.
+// Calls zlib directly with given parameters, for comparison with the library's compression.
 #pragma once
 
 #include <zlib.h>

@@ -6,6 +6,7 @@
 
 #include <qxut23/bstr.h>
 #include <qxut23/countries.h>
+#include <qxut23/iso_countries.h>
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
@@ -27,6 +28,12 @@ using nlohmann::ordered_json;
 
 struct CountryOptions
 {
+    std::vector<std::string> names;
+    bool asJson = false;
+};
+
+struct LanguageOptions
+{
     std::string name;
     bool asJson = false;
 };
@@ -47,8 +54,8 @@ constexpr Property kProperties[] = {
     {QXUT_COUNTRY_CODE_PAGE, "code-page", true},
 };
 
-// Returns the known values of a country. Empty if there is no such country.
-ordered_json ValuesOf(const std::string& country)
+// Returns the values that UtilLocGetCountryInfo knows. Empty if there is no such country.
+ordered_json ValuesByName(const std::string& country)
 {
     const WideText name(country);
     ordered_json values;
@@ -64,21 +71,69 @@ ordered_json ValuesOf(const std::string& country)
     return values;
 }
 
+// What ISO 3166-1 and other standards say of the country, and what only the system can add; nothing if there is no such
+// country.
+ordered_json ValuesByCode(const std::string& code)
+{
+    QxCountry country{};
+    country.size = sizeof country;
+    if (QxGetCountryByCode(WideText(code), &country) != QXUT_ISO_COUNTRY_OK)
+        return {};
+    ordered_json values = {{"name", Utf8(country.name)}, {"official-name", Utf8(country.officialName)},
+        {"native-name", Utf8(country.nativeName)}, {"iso3166", Utf8(country.alpha2)}, {"alpha-3", Utf8(country.alpha3)},
+        {"numeric", Utf8(country.numeric)}};
+    // Two letters may be the tag of a language there, and any name that of another country.
+    const ordered_json others = ValuesByName(values["alpha-3"]);
+    const std::string iso3166 = others.value("iso3166", "");
+    const bool isSame = iso3166 == values["iso3166"] || iso3166 == values["alpha-3"];
+    const auto add = [&](const char* name)
+    {
+        if (isSame && others.contains(name))
+            values[name] = others[name];
+    };
+    add("lcid");
+    if (country.callingCode != 0)
+        values["calling-code"] = country.callingCode;
+    if (country.currency[0] != 0)
+        values["currency-code"] = Utf8(country.currency);
+    add("currency");
+    add("code-page");
+    return values;
+}
+
 std::string AsText(const ordered_json& value)
 {
     return value.is_string() ? Shown(value.get<std::string>()) : value.dump();
 }
 
-void ShowCountry(const CountryOptions& options)
+// "+49" is a calling code and nothing else; "276" is Germany's code.
+ordered_json ValuesOf(const std::string& name)
 {
-    const ordered_json values = ValuesOf(options.name);
-    if (values.empty())
-        throw Failure(kNotFound, "unknown country '" + Shown(options.name) + "'");
-    if (options.asJson)
-        std::cout << values.dump() << '\n';
-    else
-        for (const auto& [name, value] : values.items())
+    if (name.starts_with('+'))
+        return ValuesByName(name.substr(1));
+    ordered_json values = ValuesByCode(name);
+    return values.empty() ? ValuesByName(name) : values;
+}
+
+// JSON has a line for each country; text has an empty line between two.
+void ShowCountries(const CountryOptions& options)
+{
+    std::vector<ordered_json> countries;
+    for (const std::string& name : options.names)
+        if (countries.push_back(ValuesOf(name)); countries.back().empty())
+            throw Failure(kNotFound, "unknown country '" + Shown(name) + "'");
+    for (std::size_t i = 0; i < countries.size(); ++i)
+    {
+        if (options.asJson)
+        {
+            std::cout << countries[i].dump() << '\n';
+            continue;
+        }
+        if (i != 0)
+            std::cout << '\n';
+        for (const auto& [name, value] : countries[i].items())
             std::cout << name << " = " << AsText(value) << '\n';
+    }
 }
 
 std::vector<std::string> Keys()
@@ -107,7 +162,7 @@ void ShowKeys(const CountryOptions& options)
             std::cout << key << '\n';
 }
 
-void ShowLanguage(const CountryOptions& options)
+void ShowLanguage(const LanguageOptions& options)
 {
     Variant value;
     UtilLocGetLanguageInfo(WideText(options.name), QXUT_LANGUAGE_LCID, value.Address());
@@ -126,16 +181,18 @@ void AddCountryCommands(CLI::App& program)
     const auto options = std::make_shared<CountryOptions>();
 
     CLI::App* const country =
-        program.add_subcommand("country", "print the data of a country, or the list of all countries");
-    country->add_option("name", options->name,
-        "any name of the country: in English or its own language, an ISO 3166 code, a calling code, a language tag");
-    country->add_flag("--json", options->asJson, "print JSON");
-    country->callback([options] { options->name.empty() ? ShowKeys(*options) : ShowCountry(*options); });
+        program.add_subcommand("country", "print the data of countries, or the list of all countries");
+    country->add_option("name", options->names,
+        "ISO 3166 codes of countries (two letters, three letters or three digits) or English names; failing these, any "
+        "other name: in the country's own language, a calling code (+49), the code of its vehicles, a language tag");
+    country->add_flag("--json", options->asJson, "print JSON, one line for each country");
+    country->callback([options] { options->names.empty() ? ShowKeys(*options) : ShowCountries(*options); });
 
+    const auto languageOptions = std::make_shared<LanguageOptions>();
     CLI::App* const language = program.add_subcommand("language", "print the locale identifier (LCID) of a language");
-    language->add_option("name", options->name, "a language tag or code: de-AT, de")->required();
-    language->add_flag("--json", options->asJson, "print JSON");
-    language->callback([options] { ShowLanguage(*options); });
+    language->add_option("name", languageOptions->name, "a language tag or code: de-AT, de")->required();
+    language->add_flag("--json", languageOptions->asJson, "print JSON");
+    language->callback([languageOptions] { ShowLanguage(*languageOptions); });
 }
 
 } // namespace qxut

@@ -7,6 +7,7 @@
 #include <qxut23/bstr.h>
 #include <qxut23/convert.h>
 #include <qxut23/markup.h>
+#include <qxut23/page_text.h>
 
 #include <CLI/CLI.hpp>
 
@@ -14,6 +15,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -29,6 +31,8 @@ struct FilterOptions
     std::string output = "-";
     bool compress = false;
     bool placeholders = false;
+    bool links = false;
+    bool simple = false;
 };
 
 // A filter converts the whole input at once.
@@ -92,10 +96,24 @@ std::string Unpack(const std::string& input, const FilterOptions&)
     return bytes;
 }
 
-// The library ends lines with carriage returns; terminals expect line feeds.
+void CheckMemory(std::int32_t result)
+{
+    if (result == QXUT_PAGE_NO_MEMORY)
+        throw std::bad_alloc();
+}
+
 std::string HtmlToText(const std::string& input, const FilterOptions& options)
 {
     Bstr text;
+    if (!options.simple && !options.placeholders)
+    {
+        CheckMemory(QxConvertHtml2PlainText(TextOf(input), text.Address(), options.links ? QXUT_PAGE_LINKS : 0));
+        std::string lines = text.Text();
+        if (!lines.empty())
+            lines += '\n';
+        return lines;
+    }
+    // This function ends lines with carriage returns.
     UtilConvertHtml2PlainText(TextOf(input), text.Address(), options.placeholders ? 1 : 0);
     std::string lines = text.Text();
     std::replace(lines.begin(), lines.end(), '\r', '\n');
@@ -132,14 +150,14 @@ std::string TextToHtml(const std::string& input, const FilterOptions& options)
 std::string Mask(const std::string& input, const FilterOptions&)
 {
     Bstr masked;
-    UtilMaskAllHTMLCharacters(TextOf(input), masked.Address());
+    CheckMemory(QxMaskHtmlCharacters(TextOf(input), masked.Address()));
     return masked.Text();
 }
 
 std::string Unmask(const std::string& input, const FilterOptions&)
 {
     Bstr text;
-    UtilDemaskAllHTMLCharacters(TextOf(input), text.Address());
+    CheckMemory(QxDemaskHtmlCharacters(TextOf(input), text.Address()));
     return text.Text();
 }
 
@@ -180,12 +198,18 @@ void AddFilterCommands(CLI::App& program)
     AddFlag(program, "pack", "--compress", pack->compress, "compress the bytes first");
     AddFilter(program, "unpack", "convert packed text back to bytes", Unpack);
 
-    const auto toText = AddFilter(program, "html2text", "reduce HTML to plain text", HtmlToText);
-    AddFlag(program, "html2text", "--placeholders", toText->placeholders, kPlaceholders);
+    const auto toText = AddFilter(program, "html2text", "print the text of an HTML page", HtmlToText);
+    AddFlag(program, "html2text", "--links", toText->links, "append the target of each link in brackets");
+    AddFlag(program, "html2text", "--simple", toText->simple,
+        "use the simpler rules of UtilConvertHtml2PlainText, which handle only some elements");
+    AddFlag(
+        program, "html2text", "--placeholders", toText->placeholders, "like --simple, but tags are written as [_[p]_]");
+    CLI::App& command = *program.get_subcommand("html2text");
+    command.get_option("--links")->excludes("--simple")->excludes("--placeholders");
     const auto toHtml = AddFilter(program, "text2html", "convert each line to an HTML paragraph", TextToHtml);
     AddFlag(program, "text2html", "--placeholders", toHtml->placeholders, kPlaceholders);
-    AddFilter(program, "mask", "replace special characters with HTML entities", Mask);
-    AddFilter(program, "unmask", "replace HTML entities with characters", Unmask);
+    AddFilter(program, "mask", "replace special characters with HTML character references", Mask);
+    AddFilter(program, "unmask", "replace HTML character references with characters", Unmask);
 }
 
 } // namespace qxut

@@ -37,7 +37,7 @@ TEST(CharsetExports, ComparisonsFollowTheLocaleAndThenTheLength)
         std::uint32_t count;
         int sensitive, ignoring;
     } cases[] = {{L"abc", L"abd", 2, 0, 0}, {L"abc", L"abd", 3, -1, -1}, {L"ab", L"abc", 5, -1, -1},
-        {L"abc", L"ab", 5, 1, 1}, {L"a", L"B", 5, -1, -1}, /* not by code unit */ {L"abc", L"ABC", 5, -1, 0},
+        {L"abc", L"ab", 5, 1, 1}, {L"a", L"B", 5, -1, -1}, /* by locale, not by code unit */ {L"abc", L"ABC", 5, -1, 0},
         {L"", L"x", 5, -1, -1}, {L"x", L"y", 0, 0, 0}, {nullptr, L"x", 5, 0, 0}, {L"x", nullptr, 5, 0, 0},
         {L"ab", L"abc", 0xFFFFFFFF, -1, -1}};
     for (const auto& c : cases)

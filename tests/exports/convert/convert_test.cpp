@@ -56,7 +56,7 @@ TEST(Convert, EachRoadIsTheSameText)
         EXPECT_EQ(std::wcsncmp(blob.data(), L"@2@", 3) == 0, compress != 0);
 
         const MemoryStream source(data);
-        source.Seek(100); // all of it counts
+        source.Seek(100); // the position is ignored
         EXPECT_EQ(UtilConvertStreamToString(source, stream.data(), 8000, compress), 0);
         EXPECT_STREQ(stream.data(), blob.data());
         BSTR text = nullptr;
@@ -72,7 +72,7 @@ TEST(Convert, EachRoadIsTheSameText)
         EXPECT_STREQ(text, memory.data());
         GlobalFree(block);
 
-        // A string that is there is replaced.
+        // An existing string is replaced.
         EXPECT_EQ(UtilConvertBLOBToBSTR(data.data(), 3000, &text, compress), 0);
         EXPECT_STREQ(text, blob.data());
         SysFreeString(text);

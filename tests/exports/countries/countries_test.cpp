@@ -1,4 +1,4 @@
-// The exports, on the system that the tests run on and with the library's own rows.
+// The exports, with the real system and the library's own rows.
 #include <qxut23/countries.h>
 
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@
 namespace
 {
 
-// As text: numbers in decimal, texts in UTF-8, "-" for nothing.
+// Formats a value as text: numbers in decimal, texts in UTF-8, "-" for no value.
 std::string Text(const VARIANT& value)
 {
     if (value.vt == VT_I4)
@@ -57,7 +57,7 @@ TEST(CountryExports, Values)
         {L"CDN", ENGLISH, "Canada"}, {L"WAG", ENGLISH, "Republic of The Gambia"}, {L"yt", ENGLISH, "Mayotte"},
         {L"Atlantis", ENGLISH, ""}, {L"CI", ENGLISH, "Côte d'Ivoire"}, {L"CY", NATIVE, "Κύπρος"},
         {L"Djibouti*1025", NATIVE, "جيبوتي"}, {L"Algeria*5121", NATIVE, "الجزائر"}, // the last row
-        // Rows are set over the system's values, the last one of a number over the others.
+        // Rows override the system's values; of several rows with the same LCID the last one wins.
         {L"1033", ENGLISH, "American Samoa"}, {L"2057", ENGLISH, "State of Grenada"},
         {L"Lao Peoples's Democratic Republic", QXUT_COUNTRY_CALLING_CODE, "856"}};
     for (const Case& row : CASES)

@@ -1,6 +1,6 @@
-"""country_rows_test.py SOURCE_FOLDER: holds the library's lists of countries against what others publish: Debian's
-iso-codes (ISO 3166, ISO 4217), the table of countries of the time zone data, and the locale definitions of the C library
-(calling codes and codes of vehicles)."""
+"""country_rows_test.py SOURCE_FOLDER: compares the library's lists of countries with published data: Debian's
+iso-codes (ISO 3166, ISO 4217), the table of countries of the time zone data, the locale definitions of the C library
+(calling codes and vehicle codes), the metadata of phonenumbers (calling codes), and ICU (currencies, native names)."""
 
 import glob
 import json
@@ -10,6 +10,8 @@ import sys
 import unittest
 
 ROOT = pathlib.Path(sys.argv.pop(1))
+sys.path.insert(0, str(ROOT / "scripts"))
+import iso_country_sources as sources
 ROW = re.compile(r'^    (\d+) "(.*)"$', re.M)
 
 
@@ -19,13 +21,13 @@ def iso_codes(name):
 
 
 def comparable(name):
-    """The parts of a name, in whatever order they stand: "Virgin Islands, British" is "British Virgin Islands"."""
+    """Returns the sorted words of a name, so that "Virgin Islands, British" equals "British Virgin Islands"."""
     name = name.replace("&", "and").replace("’", "'").lower()
     return sorted(re.findall(r"[^\s,()]+", re.sub(r"\bst\b", "saint", name)))
 
 
 def definitions():
-    """By ISO 3166 code: what the C library's locales say of calling codes and vehicles."""
+    """Returns calling codes and vehicle codes by ISO 3166 code from the C library's locales."""
     calling, vehicles = {}, {}
     for path in glob.glob("/usr/share/i18n/locales/*"):
         values = dict(re.findall(r'^(country_ab2|int_prefix|country_car)\s+"([^"\n]+)"',
@@ -45,12 +47,32 @@ TODAY = {row["alpha_2"]: row for row in iso_codes("3166-1")}
 FORMER = {row["alpha_2"]: row for row in iso_codes("3166-3")}
 CALLING, VEHICLES = definitions()
 
-# The codes of vehicles that changed behind the C library's back: Cambodia is told by it by its ISO code.
+# Vehicle codes that have changed but are outdated in the C library. For Cambodia it has the ISO code.
 NEWER_VEHICLES = {"GB": "UK", "KG": "KG", "KH": "K", "MK": "NMK"}
 
 
+# Native names other than ICU's, with the reason.
+OTHER_NAMES = {
+    "Ghana*2057": ("Republic of Ghana", "the official name"),
+    "Bangladesh*1095": ("গণপ্রজাতন্ত্রী বাংলাদেশ", "the official name"),
+    "Saint Lucia*2057": ("Saint Lucia", "ICU abbreviates"),
+    "Saint Vincent and the Grenadines*2057": ("Saint Vincent and the Grenadines", "ICU abbreviates"),
+    "Antigua and Barbuda*2057": ("Antigua and Barbuda", "ICU abbreviates"),
+    "Federation of Saint Kitts and Nevis*2057": ("Saint Kitts and Nevis", "ICU abbreviates"),
+    "Central African Republic*1078": ("Ködörösêse tî Bêafrîka", "in Sango, the country's other official language"),
+    "Congo*1036": ("République du Congo", "the official name; ICU tells the two Congos apart by their capitals"),
+    "Democratic Republic of the Congo*1036": ("République démocratique du Congo", "the official name, as above"),
+    "Côte d'Ivoire*1036": ("Côte d'Ivoire", "with the apostrophe of keyboards, as people type it"),
+    "Macao*5124": ("澳門", "traditional characters, as the region writes; ICU's name is simplified and has the status"),
+    "Macao*2070": ("Macau", "ICU's name has the status as a region of China"),
+    "Lao Peoples's Democratic Republic*????": ("ສາທາລະນະລັດ ປະຊາທິປະໄຕ ປະຊາຊົນລາວ", "the official name"),
+    "Democratic People's Republic of Korea*1042": ("조선민주주의인민공화국", "its own name; ICU has the southern one"),
+    "Republic of The Gambia*2057": ("The Gambia", "the article is part of the name"),
+}
+
+
 def names_of(code):
-    """Every name under which a country is published."""
+    """Returns all published names of a country."""
     row = TODAY.get(code) or FORMER[code]
     names = [row[kind] for kind in ("name", "common_name", "official_name") if kind in row]
     with open("/usr/share/zoneinfo/iso3166.tab", encoding="utf-8") as table:
@@ -67,9 +89,9 @@ class CountryRows(unittest.TestCase):
         self.assertEqual(set(ROWS), set(range(101, 360)) | {number for number in ROWS if 400 <= number <= 520})
 
     def test_every_code_of_today_is_there(self):
-        """By a row of names, or as a country of its own; the system has the rest."""
+        """Each country has a row of names or a row of values, or is known to the system."""
         known = {row[0] for row in NAMES} | {values["ISO3166"][:2] for _, values in VALUES}
-        self.assertEqual(set(TODAY) - known, {"FO", "GE", "HR", "SS"}, "the system has these, or nobody")
+        self.assertEqual(set(TODAY) - known, {"FO", "GE", "HR", "SS"}, "known to the system only, or not at all")
         self.assertEqual(known - set(TODAY), {"AN", "CT", "YU", "ZR"})
 
     def test_names(self):
@@ -101,6 +123,22 @@ class CountryRows(unittest.TestCase):
                 self.assertIn(values["CallingCode"], CALLING[code], key)
             self.assertRegex(values["LanguageCode"], rf"^\?$|^[a-z]+(-latn|-cyrl)?-({code.lower()}|cs)$", key)
         self.assertGreater(checked, 30)
+
+    def test_values_of_countries(self):
+        icu, calling = sources.Icu(), sources.calling_codes()
+        money = {row["alpha_3"]: row["name"].lower() for row in iso_codes("4217")}
+        others = {}
+        for key, values in VALUES:
+            code = values["ISO3166"][:2]
+            self.assertEqual(int(values["CallingCode"]), calling[code], key)
+            published = money[sources.CURRENCIES.get(code) or icu.currency(code)]
+            currency = values["Currency"].lower()
+            self.assertTrue(published == currency or published.endswith(" " + currency), (key, currency, published))
+            language = values["LanguageCode"].rpartition("-")[0]
+            name = icu.country_name(code, language) if language else icu.native_name(code)
+            if name != values["NativeName"]:
+                others[key] = values["NativeName"]
+        self.assertEqual(others, {key: name for key, (name, _) in OTHER_NAMES.items()})
 
     def test_table_of_vehicles(self):
         source = (ROOT / "src/locale/vehicle_codes.cpp").read_text(encoding="utf-8")

@@ -1,5 +1,5 @@
-// Dates and times as callers get them. The user's locale is whatever the machine has, so that forms of a locale are
-// told by their number.
+// Dates and times as callers receive them. The user's locale depends on the machine, so tests of locale forms pass an
+// explicit LCID.
 #include <qxut23/dates.h>
 
 #include "support/shown_time.h"
@@ -34,7 +34,7 @@ std::string Written(std::uint32_t locale, const SYSTEMTIME* time, std::uint32_t 
 {
     VARIANT text;
     VariantInit(&text);
-    text.vt = VT_I4; // which goes
+    text.vt = VT_I4; // is replaced
     EXPECT_EQ(UtilLocLocaleStringFromSystemTimeEx(locale, time, &text, flags), 0);
     EXPECT_EQ(text.vt, VT_BSTR);
     const std::string written = Narrow(text.bstrVal);
@@ -90,7 +90,7 @@ TEST(Dates, WrittenInALocale)
     for (const auto& [locale, time, flags, text] : cases)
         EXPECT_EQ(Written(locale, time, flags), text);
 
-    // Today's date stands in for one that can't be written.
+    // Today's date replaces a date that can't be formatted.
     constexpr SYSTEMTIME IMPOSSIBLE{2018, 2, 0, 30, 15};
     EXPECT_EQ(Written(AMERICAN, &IMPOSSIBLE, DATE), Written(AMERICAN, nullptr, DATE));
     EXPECT_EQ(Written(AMERICAN, &IMPOSSIBLE, TIME), "3:00:00 PM");
@@ -108,7 +108,7 @@ TEST(Dates, CompactFromTextsOfTheUsersLocale)
 {
     constexpr std::uint32_t REPORT = QXUT_LOCDATE_REPORT_DEFAULT;
     constexpr std::tuple<const wchar_t*, std::uint32_t, std::int32_t, const char*> CASES[] = {
-        {L"99999999999999", 0, 1, "99999999999999"}, // whatever they say
+        {L"99999999999999", 0, 1, "99999999999999"}, // even if they are no date
         {L"2018-02-03 4:05", 0, 1, "20180203040500"}, {L"2018-02-03", QXUT_LOCDATE_MARK_NO_TIME, 1, "20180203000000"},
         {L"2018-02-31", 0, 0, ""}, {L"2018-02-", REPORT, 0, ""}, {L"nonsense", 0, 1, ""}, {nullptr, 0, 0, ""}};
     for (const auto& [text, flags, result, expected] : CASES)
@@ -144,7 +144,7 @@ TEST(Dates, TextsOfTheUsersLocaleFromCompact)
     const std::string whole = Written(USER, &MOMENT, 6);
     const auto length = static_cast<std::uint32_t>(whole.size());
     EXPECT_EQ(UtilDateTimeToLocaleString(L"20180203150407", text, length), 1);
-    EXPECT_EQ(Narrow(text), whole.substr(0, whole.size() - 1)); // its last character is the terminator's
+    EXPECT_EQ(Narrow(text), whole.substr(0, whole.size() - 1)); // the terminator takes the place of the last character
     EXPECT_EQ(UtilDateTimeToLocaleString(L"20180203150407", text, length - 1), 0);
     EXPECT_EQ(Narrow(text), "");
 }
@@ -154,7 +154,7 @@ TEST(Dates, OfMachines)
     SYSTEMTIME time;
     EXPECT_EQ(UtilLocDateTimeToSYSTEMTIME(nullptr, &time), 0);
     ExpectNow(time);
-    // What only the system reads, in a form that many locales share.
+    // A form that only the system recognises, common to many locales.
     EXPECT_EQ(UtilLocDateTimeToSYSTEMTIME(L"2018/4/3 16:05:06", &time), 0);
     EXPECT_EQ(Show(time), "2018-04-03 16:05:06");
     EXPECT_EQ(UtilLocDateTimeToSYSTEMTIME(L"nonsense", &time), 0);
@@ -171,7 +171,7 @@ TEST(Dates, LocalTimeAndUTC)
         EXPECT_EQ(convert(nullptr), E_INVALIDARG);
         time = {0, 2, 0, 3};
         EXPECT_EQ(convert(&time), E_INVALIDARG);
-        time = {2018, 2, 0, 30}; // what can't be converted is all zeros
+        time = {2018, 2, 0, 30}; // a time that can't be converted becomes all zeros
         EXPECT_EQ(convert(&time), 0);
         EXPECT_EQ(Show(time), "0000-00-00 00:00:00");
     }
@@ -182,8 +182,8 @@ TEST(Dates, LocalTimeAndUTC)
     EXPECT_EQ(time.wMilliseconds, 250);
 }
 
-// By the published rules; the days are those that calendars of these years show. The zone is that of the process, so
-// this runs once more in each of these.
+// By the published rules; the days are from calendars of these years. The zone is the zone of the process, so this test
+// runs once in each of them.
 TEST(Dates, DaylightTimeOfTheZone)
 {
     static constexpr char NONE[] = "0000-00-00 00:00:00";
@@ -191,7 +191,7 @@ TEST(Dates, DaylightTimeOfTheZone)
         {"Europe/Berlin", 2018, "2018-03-25 01:00:00", "2018-10-28 01:00:00"},
         {"Europe/Berlin", 2100, "2100-03-28 01:00:00", "2100-10-31 01:00:00"},
         {"Europe/Berlin", 1601, "1601-03-25 01:00:00", "1601-10-28 01:00:00"},
-        {"Europe/Berlin", 1600, NONE, NONE}, // which the system doesn't know
+        {"Europe/Berlin", 1600, NONE, NONE}, // a year that the system doesn't support
         {"Europe/Berlin", 99999, NONE, NONE}, {"America/New_York", 2018, "2018-03-11 07:00:00", "2018-11-04 06:00:00"},
         {"Australia/Sydney", 2018, "2018-10-06 16:00:00", "2018-03-31 16:00:00"}, {"Asia/Kolkata", 2018, NONE, NONE},
         {"BRT3BRST,M11.1.0/0,M2.3.0/0", 2018, "2018-11-04 03:00:00", "2018-02-18 02:00:00"}}; // São Paulo before 2019

@@ -1,13 +1,13 @@
-// debug_peer SETTING... COMMAND: loads the library with settings of this process alone, writes lines by its functions,
-// and unloads it.
+// debug_peer SETTING... COMMAND: loads the library with private settings, writes lines through its functions, and
+// unloads it.
 //
-// Settings are NAME=TEXT, of the machine. Commands:
-//   forms        one line by each function
-//   off          calls all functions in a way that they must not look at their arguments
+// Settings have the form NAME=TEXT and belong to the machine. Commands:
+//   forms        writes one line with each function
+//   off          calls all functions with arguments that they must not access
 //   twice        loads and unloads the library two times
 //   lines NAME   8 threads write numbered lines
 //
-// Exit code 0 if all went well, else the number of what didn't; 77 if there is no way to become such a user here.
+// Exit code: 0 on success, otherwise the number of the failed check; 77 if the process can't switch to another user.
 #include "support/own_settings.h"
 
 #include <windows.h>
@@ -20,7 +20,7 @@
 #include <thread>
 #include <vector>
 
-#if !defined(_WIN32) // for another user's eyes
+#if !defined(_WIN32) // to switch to another user
 #include <unistd.h>
 #endif
 
@@ -137,7 +137,7 @@ int Run(const char* command, const char* argument)
     return 0;
 }
 
-#if !defined(_WIN32) // users are switched by the system's own means
+#if !defined(_WIN32) // each system has its own functions for switching users
 int RunAsNobody(const char* command, const char* argument)
 {
     constexpr uid_t kNobody = 65534;
@@ -145,7 +145,7 @@ int RunAsNobody(const char* command, const char* argument)
     const uid_t self = geteuid();
     if (self != 0 || seteuid(kNobody) != 0)
         return kNoWay;
-    // The tree may stand where that user can't see it.
+    // The other user may have no access to the source tree.
     const int code = eaccess("/proc/self/exe", R_OK) == 0 ? Run(command, argument) : kNoWay;
     return seteuid(self) == 0 ? code : 30;
 }

@@ -1,4 +1,4 @@
-// The debug output of the library as a program that loads it has it: through the log file that the settings name.
+// The library's debug output as seen by a program that loads it: through the log file named in the settings.
 #include "module/module_paths.h"
 #include "support/log_lines.h"
 #include "support/peer_process.h"
@@ -25,7 +25,7 @@ namespace
 class DebugExports : public testing::Test
 {
 protected:
-    // Runs the peer with the log file and these settings and commands.
+    // Runs the peer with the log file and the given settings and command.
     int Run(const String& rest) { return PeerProcess(L"debug_peer", WithLog(rest)).Wait(); }
     String WithLog(const String& rest) const
     {
@@ -36,7 +36,7 @@ protected:
     const String log = folder.Path(L"trace.log");
 };
 
-// The lines between the one that opens the process and the one that closes it, each with a tag in front of its rest.
+// Returns the lines between the opening and the closing line of the process, each with its tag before its rest.
 std::vector<std::string> InnerLines(const String& log)
 {
     std::vector<std::string> inner;
@@ -65,7 +65,7 @@ TEST_F(DebugExports, TheProcessIsOpenedAndClosed)
     ASSERT_EQ(Run(L"twice"), 0);
     const std::vector<std::string> lines = LogLines(log);
     ASSERT_EQ(lines.size(), 4u);
-    String own = ProcessPaths().directory; // that of the peer and of the library too
+    String own = ProcessPaths().directory; // the folder of the peer and of the library
     const std::string folderText(own.NarrowText());
     for (const std::size_t i : {0, 1, 2, 3})
     {
@@ -120,7 +120,7 @@ TEST_F(DebugExports, LinesOfManyThreadsAndProcesses)
     EXPECT_GE(count, kAll - kAll / 50);
 }
 
-// The library loads, and its functions return.
+// The library loads and its functions return even if no log file can be created.
 TEST_F(DebugExports, WhereThereCanBeNoLogFile)
 {
     folder.Make(L"file", "");
@@ -138,5 +138,5 @@ TEST_F(DebugExports, LoadsWithoutPermission)
     if (code == 77)
         GTEST_SKIP() << "there is no other user here";
     EXPECT_EQ(code, 0);
-    EXPECT_FALSE(Exists(log)); // it may read the settings, and not write to the folder
+    EXPECT_FALSE(Exists(log)); // the user can read the settings, but not write to the folder
 }

@@ -1,4 +1,4 @@
-// Job pools as a caller has them, under load: each job told once, each reference back.
+// Job pools under load: each job is reported once, and each reference is released.
 #include <qxut23/jobs.h>
 
 #include "support/test_jobs.h"
@@ -17,7 +17,7 @@ using namespace qxtest;
 namespace
 {
 
-// The everyday number; QXUT_TEST_JOBS=1000000 is the long form.
+// Returns the usual number of jobs. QXUT_TEST_JOBS=1000000 selects the long form of the test.
 int JobsOfTheTest(int usual)
 {
     const char* const number = std::getenv("QXUT_TEST_JOBS");
@@ -63,7 +63,7 @@ TEST_F(JobPools, Arguments)
     UtilThreadPoolClose(pool);
 }
 
-// Some of them are for the caller, some have no host.
+// Some jobs run on the caller's thread, and some have no host.
 TEST_F(JobPools, ManyTinyJobs)
 {
     int expected = 0;
@@ -89,7 +89,7 @@ TEST_F(JobPools, ManyTinyJobs)
     }
 }
 
-// A tree of jobs of which each adds two; and each host that is told adds one more job.
+// A tree of jobs, each of which adds two more; each notified host adds another job.
 TEST_F(JobPools, JobsAndHostsThatAddJobs)
 {
     const HUTTHREADPOOL pool = UtilThreadPoolOpen(3, L"pool");
@@ -111,14 +111,14 @@ TEST_F(JobPools, JobsAndHostsThatAddJobs)
     };
     grow(10);
     EXPECT_EQ(UtilThreadPoolFinalize(pool, &taking), 0);
-    constexpr int kJobs = 2047 + 1365; // all, and one for each on an even depth
+    constexpr int kJobs = 2047 + 1365; // all jobs, plus one for each job at an even depth
     EXPECT_EQ(counts.runs, kJobs);
     EXPECT_EQ(counts.told, kJobs);
     EXPECT_EQ(adding.references, 1u);
     UtilThreadPoolClose(pool);
 }
 
-// No matter when the abort comes, a job is run once, and its host told once, or it is dropped.
+// Whenever the abort happens, a job either runs once and its host is notified once, or the job is dropped.
 TEST_F(JobPools, AddAbortAndFinalizeFromSeveralThreads)
 {
     constexpr int kJobs = 300;

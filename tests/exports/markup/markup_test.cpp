@@ -13,7 +13,7 @@ TEST(Markup, StringsGoInAndOut)
     BSTR text = nullptr;
     UtilMaskAllHTMLCharacters(L"a<b", &text);
     EXPECT_STREQ(text, L"a&lt;b");
-    UtilDemaskAllHTMLCharacters(text, &text); // its own input is replaced
+    UtilDemaskAllHTMLCharacters(text, &text); // the result replaces the input string
     EXPECT_STREQ(text, L"a<b");
     for (const std::uint32_t flags : {0u, 0x80u})
     {
@@ -23,7 +23,7 @@ TEST(Markup, StringsGoInAndOut)
         EXPECT_STREQ(text, L"a\rb\r");
     }
 
-    // An empty result is a string too, and a null text is an empty one.
+    // An empty result is still a string, and a null text counts as empty.
     SysFreeString(text);
     for (const wchar_t* empty : {L"", static_cast<const wchar_t*>(nullptr)})
     {

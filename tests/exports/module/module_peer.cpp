@@ -1,5 +1,5 @@
-// module_peer: loads the library, uses it, unloads it, and loads it again. Exit code 0 if all of that went well, else
-// the number of what didn't. With an argument: fails an assertion.
+// module_peer: loads the library, uses it, unloads it, and loads it again. Exit code: 0 on success, otherwise the
+// number of the failed check. With an argument: fails an assertion.
 #include <windows.h>
 
 #include <cstdint>
@@ -45,7 +45,7 @@ int FailAssertion()
     if (!assertion)
         return 1;
     assertion(L"a < b", L"file.cpp", 42);
-    return 0; // an assertion that failed doesn't come back
+    return 0; // a failed assertion doesn't return
 }
 
 } // namespace

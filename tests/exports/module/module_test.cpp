@@ -67,7 +67,7 @@ TEST(ModuleExports, TheUsersLanguageCountsBeforeTheSystems)
         EXPECT_EQ(UtilLanguageGet(), language);
     }
 
-    // Whatever else stands there is no choice.
+    // A value of another type doesn't count as a choice.
     HKEY key = nullptr;
     ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, L"Software\\trelmo\\Appearance", 0, KEY_ALL_ACCESS, &key), 0);
     EXPECT_EQ(RegSetValueExW(key, L"Language", 0, REG_SZ, reinterpret_cast<const BYTE*>(L"6"), 4), 0);
@@ -77,11 +77,11 @@ TEST(ModuleExports, TheUsersLanguageCountsBeforeTheSystems)
     EXPECT_EQ(UtilLanguageGet(), before);
 }
 
-#ifndef _WIN32 // the system's box waits for a user
+#ifndef _WIN32 // the system's message box waits for a user
 TEST(ModuleExports, AFailedAssertionEndsTheProcess)
 {
     const Variable answer(L"QXPLATFORM_MESSAGEBOX", L"retry");
-    // A process of linux has an exit code of 8 bits only.
+    // On linux exit codes have only 8 bits.
     EXPECT_EQ(PeerProcess(L"module_peer", L"assert").Wait() & 0xFF, 0xFF);
 }
 #endif
@@ -94,7 +94,7 @@ TEST(ModuleExports, LoadsWithoutHomeRegistryOrTempFolder)
         {L"TMPDIR", none}, {L"TMP", none}, {L"TEMP", none}, {L"USERPROFILE", nullptr}, {L"APPDATA", nullptr},
         {L"LOCALAPPDATA", nullptr}};
     EXPECT_EQ(PeerProcess(L"module_peer", L"").Wait(), 0);
-    // A folder of settings that can't be one.
+    // A settings folder that can't exist.
     const Variable home(L"QXPLATFORM_HOME", ModulePath(nullptr) + L"/home");
     EXPECT_EQ(PeerProcess(L"module_peer", L"").Wait(), 0);
 }

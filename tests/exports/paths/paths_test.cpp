@@ -61,7 +61,7 @@ TEST(PathExports, Tokens)
     BSTR text = nullptr;
     EXPECT_EQ(UtilExpandDefaultTokensOfFolderPath(L"%QXUT_TEST_TOKEN%\\x", &text), 1);
     EXPECT_STREQ(text, L"value\\x");
-    EXPECT_EQ(UtilExpandDefaultTokensOfFolderPath(L"y", &text), 1); // replaces it
+    EXPECT_EQ(UtilExpandDefaultTokensOfFolderPath(L"y", &text), 1); // replaces the string
     EXPECT_EQ(UtilExpandDefaultTokensOfFolderPath(L"y", nullptr), 1);
     EXPECT_EQ(UtilExpandDefaultTokensOfFolderPath(nullptr, &text), 0);
     EXPECT_STREQ(text, L"y");

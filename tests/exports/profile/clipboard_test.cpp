@@ -1,4 +1,4 @@
-// Profiles on the clipboard, which is one for all processes.
+// Profiles on the clipboard, which all processes share.
 #include "exports/profile/support.h"
 #include "support/peer_process.h"
 
@@ -9,7 +9,7 @@ using namespace profiletest;
 namespace
 {
 
-// Nothing on it but a text.
+// Leaves nothing but a text on the clipboard.
 void PrepareClipboard()
 {
     const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, 8);
@@ -19,7 +19,7 @@ void PrepareClipboard()
     ASSERT_TRUE(CloseClipboard());
 }
 
-// The system may round a block up.
+// The system may round up the size of a block.
 std::string BlockOf(UINT format, std::size_t size)
 {
     EXPECT_TRUE(OpenClipboard(nullptr));
@@ -71,7 +71,7 @@ TEST(ProfileClipboard, AnotherProcessPastes)
     EXPECT_EQ(Tree(Job(folder.Path("pasted"))), Tree(job));
 }
 
-// The system tells those who open it apart by their windows, and lets all in that name none.
+// The system distinguishes callers by their windows and admits all callers without one.
 #ifndef _WIN32
 TEST(ProfileClipboard, ThatSomeoneElseHasIsNeitherReadNorWritten)
 {

@@ -1,4 +1,4 @@
-// Files and streams inside profiles.
+// Files and streams embedded in profiles.
 #include "exports/profile/support.h"
 #include "support/memory_stream.h"
 
@@ -20,7 +20,7 @@ HANDLE OpenFile(const std::string& path, DWORD access)
 
 using Files = std::map<std::string, std::string>;
 
-// The files of a folder by their names.
+// The contents of a folder's files by name.
 Files FilesOf(const std::string& folder)
 {
     Files files;
@@ -33,7 +33,7 @@ Files FilesOf(const std::string& folder)
 void AppendEntry(HPROFJOB job, const wchar_t* name, const wchar_t* contents)
 {
     const HPROFLIST entry = ProfAppendListW(job, nullptr, L"File.Entry");
-    ProfAppendStringW(job, entry, L"Name", name); // none for null
+    ProfAppendStringW(job, entry, L"Name", name); // does nothing for null
     ProfAppendStringW(job, entry, L"Contents", contents);
 }
 
@@ -78,14 +78,14 @@ TEST(ProfileEmbedded, ResultsOfWhatCannotBe)
     const TempFolder folder;
     const std::string path = folder.Make("file", "content");
     const Job job;
-    // What can't be read is the empty value.
+    // A file that can't be read produces the empty value.
     ProfAppendFileW(job, nullptr, L"v", L"", OpenFile(path, GENERIC_WRITE));
     ProfAppendFileW(job, nullptr, L"v", nullptr, nullptr);
     ProfAppendFileW(job, nullptr, nullptr, nullptr, INVALID_HANDLE_VALUE);
     ProfAppendStreamW(job, nullptr, L"v", L"", nullptr);
     EXPECT_EQ(Tree(job), "v=;v=;=;v=;");
 
-    // Each takes its handle over: the file could not be opened again otherwise.
+    // The functions take ownership of the handle; otherwise the file could not be opened again.
     const auto readWrite = [&]
     {
         const HANDLE handle = OpenFile(path, GENERIC_READ | GENERIC_WRITE);
@@ -139,7 +139,7 @@ TEST(ProfileEmbedded, EntriesThatAreNotExtracted)
     AppendEntry(job, nullptr, L"QUJD");
     AppendEntry(job, L"no contents", nullptr);
     AppendEntry(job, L"empty contents", L"");
-    AppendEntry(job, L"sub", L"QUJD"); // a folder
+    AppendEntry(job, L"sub", L"QUJD"); // a folder with this name exists
     EXPECT_EQ(ProfExtractFilesW(job, nullptr, Wide(out), L""), 0);
     EXPECT_EQ(FilesOf(out), Files());
     EXPECT_EQ(FilesOf(folder.Path("out/sub")), Files());
@@ -153,7 +153,7 @@ TEST(ProfileEmbedded, EntriesThatAreNotExtracted)
     EXPECT_EQ(BytesOf(victim), "safe");
     EXPECT_FALSE(std::filesystem::exists(folder.Path("nothing yet")));
 
-    // The later one of a name stays, and both count.
+    // The later entry of the same name wins, and both are counted.
     const Job twice;
     AppendEntry(twice, L"file", L"QUJD");
     AppendEntry(twice, L"file", L"REVG");

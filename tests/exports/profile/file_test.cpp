@@ -10,7 +10,7 @@ using namespace profiletest;
 namespace
 {
 
-// The tree that a source gives, or "error N" with what is in it all the same.
+// Returns the tree loaded from the bytes, or "error N" followed by the part that was loaded.
 std::string Loaded(const TempFolder& folder, std::string_view bytes)
 {
     const Job job(folder.Make("source", bytes));
@@ -47,21 +47,21 @@ TEST(ProfileRead, LinesOfTheTextFormAndOfIniFiles)
     const TempFolder folder;
     const std::pair<std::wstring_view, const char*> cases[] = {
         {L"[/]\na\n=1\nb=\n=\nb=c=d\n", "a=;=1;b=;=;b=c=d;"},
-        {L"[/]\n\t a b =  c \t\n", "a b =  c \t;"}, // leading white space only goes
+        {L"[/]\n\t a b =  c \t\n", "a b =  c \t;"}, // only leading white space is removed
         {L"[/]\r\r\r\n\n a=1\r b=2\n\n\n   \n\t\nc=3", "a=1;b=2;c=3;"}, {L"[/]\n#a=1\n;b=2\n{c=3\n  # d\n", ""},
-        {L"[/]\n[l]\na=1\n} is the end\nb=2\n}\nc=3\n", "[l]{a=1;}b=2;"}, // nothing is read behind the root
+        {L"[/]\n[l]\na=1\n} is the end\nb=2\n}\nc=3\n", "[l]{a=1;}b=2;"}, // nothing is read after the root's end
         {L"[/]\n[l]\n[m]\na=1\n", "[l]{[m]{a=1;}}"},                      // missing ends are accepted
         {L"[/]\n[abc\n}\n[d]e\n}\n[f] \n}\n[\n}\n[]\n}\n[[g]]\n}\n", "[ab]{}[d]]{}[f]]{}[]{}[]{}[[g]]{}"},
         {L"[/]\n[/]\na=1\n", "[/]{a=1;}"},
         {L"[/]\n\x2338\x301A\x301B\x2401=\x2338\x301A\x2401\x2409\x240D\x240A\x241F\x2400\x2420\n",
             "=[]\xE2\x90\x81=\xE2\x8C\xB8\xE3\x80\x9A\x01\t\r\n\x1F\xE2\x90\x80\xE2\x90\xA0;"},
-        {L"[/]\n[\x2338\x2401]\n", "[\xE2\x8C\xB8\xE2\x90\x81]{}"}, // a list's name isn't decoded
-        {L"a=1\n[/]\nb=2\n", "b=2;"},                               // all is passed over up to the root
+        {L"[/]\n[\x2338\x2401]\n", "[\xE2\x8C\xB8\xE2\x90\x81]{}"}, // list names aren't decoded
+        {L"a=1\n[/]\nb=2\n", "b=2;"},                               // everything before the root is skipped
         {L"a=1\n[/] \nb=2\n", ""}, {L"a=1\nb=2\n", ""},
         {std::wstring_view(L"[/]\na=1\0x\n=2\n\0b=3\nc=4\n", 22), "a=1;=2;c=4;"}, // a zero ends its line
         // sections
         {L"[a]\r\nx=1\r\n[b]\r\ny=2\r\n[c]\r\nz=3\r\n", "x=1;[b]{y=2;[c]{z=3;}}"}, {L"\r\n\r\n  [a]\nx=1\n", "x=1;"},
-        {L"[a] ; comment\nx = 1\n", "x = 1;"}, {L"[/] \nx=1\n", "x=1;"}, // only the exact line is the root's marker
+        {L"[a] ; comment\nx = 1\n", "x = 1;"}, {L"[/] \nx=1\n", "x=1;"}, // only the exact line marks the root
         {L"[a]\n[b]\nx=1\n}\ny=2\n}\nz=3\n", "[b]{x=1;}y=2;"}, {L"[a", ""},
         {L"; comment\n[a]\nx=1\n", ""} // the first line decides
     };
@@ -80,7 +80,7 @@ TEST(ProfileRead, Encodings)
     EXPECT_EQ(Loaded(folder, "[/]" + padding + umlauts), umlauts + ";") << "201 bytes and more are recognised";
     EXPECT_EQ(Loaded(folder, Utf16File(L"[/]\r\na=1\r\n").substr(2)), "a=1;") << "by its zeros";
 
-    // Of 8-bit text in no UTF-8 the reader makes what the process's code page makes.
+    // 8-bit text that is not valid UTF-8 is read in the process's code page.
     const Job job;
     ProfSetStringA(job, nullptr, "a", "\xE4\xF6\xFC|");
     EXPECT_EQ(Loaded(folder, "[/]\na=\xE4\xF6\xFC|\n"), Tree(job));
@@ -132,7 +132,7 @@ TEST(ProfileWrite, TargetsOfASave)
     EXPECT_EQ(Tree(Job(folder.Path("narrow"))), "a=1;");
 }
 
-// A depth that would overflow any stack, and an indent that would fill the disk.
+// A depth that would overflow the stack with recursion, and an indentation that would fill the disk.
 TEST(ProfileLarge, DeepNesting)
 {
     constexpr int kDepth = 100000;
@@ -163,7 +163,7 @@ TEST(ProfileLarge, MoreThanTheLoaderTakesIsRefused)
 {
     const TempFolder folder;
     const std::string path = folder.Make("large", "[/]\r\na=1\r\n");
-    std::filesystem::resize_file(path, std::uint64_t{1} << 31); // with a hole, so that it takes no room
+    std::filesystem::resize_file(path, std::uint64_t{1} << 31); // sparse, so it occupies no space
     const Job job(path);
     EXPECT_EQ(job.Error(), PROF_ERR_LOCKED);
     EXPECT_EQ(Tree(job), "");

@@ -1,4 +1,4 @@
-// Two processes with one profile.
+// Two processes that share a profile.
 #include "exports/profile/whole_content.h"
 #include "support/peer_process.h"
 
@@ -18,7 +18,7 @@ namespace
 using Clock = std::chrono::steady_clock;
 using std::chrono::seconds;
 
-// Of the command COMMAND FILE REST.
+// Builds the peer's command line: COMMAND FILE REST.
 qx::String Line(const std::string& command, const std::string& path, const std::string& rest)
 {
     return qx::String(Wide(command + " \"" + path + "\" " + rest));
@@ -31,7 +31,7 @@ void MakeFile(const std::string& path)
     ASSERT_EQ(job.Save(path), PROF_OK);
 }
 
-// Reads the file until the peer's work is done, and gives all letters that were seen whole.
+// Reads the file until the peer is done. Returns the letters of all complete contents that were read.
 std::set<std::string> ReadMeanwhile(const std::string& path, const std::future<int>& work)
 {
     std::set<std::string> letters;
@@ -58,7 +58,7 @@ TEST(ProfileProcesses, ExclusiveJobLetsReadersInAndKeepsWritersOut)
 
     EXPECT_EQ(LetterOfWhole(Job(path)), "z");
 
-    // Both wait the whole time that the rules give them, so they wait together.
+    // Both wait for the full time limit, so they run in parallel.
     const Clock::time_point start = Clock::now();
     auto save = std::async(std::launch::async, [&] { return Job().Save(path); });
     EXPECT_EQ(Job::Exclusive(path).Error(), PROF_ERR_LOCKED);
@@ -67,7 +67,7 @@ TEST(ProfileProcesses, ExclusiveJobLetsReadersInAndKeepsWritersOut)
     EXPECT_GE(Clock::now() - start, seconds(10));
     EXPECT_EQ(LetterOfWhole(Job(path)), "z");
 
-    // An open that is waiting when the holder goes gets the file.
+    // A waiting open succeeds when the holder closes the file.
     auto release = std::async(std::launch::async,
         [&]
         {

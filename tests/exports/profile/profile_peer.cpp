@@ -1,10 +1,10 @@
-// The other process of the tests with two.
-//     hold FILE                 holds the file exclusively, makes FILE.ready, and ends when FILE.go is there
-//     save FILE LETTER COUNT    saves a profile of its own to the file, so many times
-//     rewrite FILE COUNT        holds the file exclusively and saves to it in place, so many times
-//     paste FILE                saves what the clipboard holds to the file
-//     copy                      puts an empty profile on the clipboard
-// Ends with 0, or a code of the profile family without its sign.
+// The second process of the tests that need two.
+//    hold FILE                 holds the file exclusively, creates FILE.ready, and ends when FILE.go exists
+//    save FILE LETTER COUNT    saves its own profile to the file COUNT times
+//    rewrite FILE COUNT        holds the file exclusively and saves to it in place COUNT times
+//    paste FILE                saves the clipboard's contents to the file
+//    copy                      puts an empty profile on the clipboard
+// Exit code: 0, or the absolute value of a PROF_ERR_ code.
 #include "exports/profile/whole_content.h"
 
 #include <cstdint>
@@ -37,7 +37,7 @@ std::int32_t Save(const std::string& path, char letter, int count)
     return error;
 }
 
-// Longer and shorter by turns, and on both roads to the held file.
+// Alternates between longer and shorter contents and between both ways to save to the held file.
 std::int32_t Rewrite(const std::string& path, int count)
 {
     const Job job = Job::Exclusive(path);

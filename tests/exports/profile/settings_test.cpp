@@ -1,4 +1,4 @@
-// Files that this project didn't make.
+// Settings files from other projects.
 #include "exports/profile/support.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@ TEST(ProfileSettings, LoadByTheIniRulesAndSurviveASave)
         {"org.xfce.mousepad.desktop", L"Name[ar]", "\xD9\x85\xD8\xA7\xD9\x88\xD8\xB3 \xD8\xA8\xD8\xA7\xD8\xAF"},
         {"org.xfce.mousepad.desktop", L"Desktop Action preferences/Exec", "mousepad --preferences"},
         {"adwaita-index.theme", L"ZipOverlay", "zip_overlay"},
-        {"php.ini-production", L"CLI Server/cli_server.color ", " On"}, // blanks around the equals sign stay
+        {"php.ini-production", L"CLI Server/cli_server.color ", " On"}, // blanks around the equals sign are preserved
         {"php.ini-production",
             L"CLI Server/Date/filter/iconv/imap/intl/sqlite3/Pcre/Pdo/Pdo_mysql/pdo_mysql.default_socket", ""},
         {"smb.conf", L"global", "(none)"}}; // the first line, a comment, decides

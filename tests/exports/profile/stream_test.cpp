@@ -14,7 +14,7 @@ using Stream = qxtest::MemoryStream;
 namespace
 {
 
-// By zlib itself, at one go.
+// Packs with zlib itself, in one call.
 std::string Packed(std::string_view image)
 {
     return "ZxvQ" + qxtest::DeflatedByZlib(image, 9, -15, 9, Z_DEFAULT_STRATEGY);
@@ -29,7 +29,7 @@ TEST(ProfilePacked, IsTheDeflatedFile)
 {
     const TempFolder folder;
     const Job job;
-    for (int i = 0; i < 10000; ++i) // of more than one piece
+    for (int i = 0; i < 10000; ++i) // larger than one block
         ProfAppendStringW(job, nullptr, L"name", Wide(std::to_string(i * 7919)));
     ASSERT_EQ(job.Save(folder.Path("plain")), PROF_OK);
     ASSERT_EQ(job.Save(folder.Path("packed"), PROF_SAVE_PACKED), PROF_OK);
@@ -68,9 +68,9 @@ TEST(ProfilePacked, FewBytesAndPackedAgain)
         image = Packed(image);
     const std::tuple<std::string, std::int32_t, const char*> cases[] = {
         {"ZxvQ", PROF_OK, ""}, {Packed(kImage) + "what follows", PROF_OK, kTree}, {"ZxvQ\xFF\xFF\xFF", PROF_OK, ""},
-        {Packed("[/]"), PROF_ERR_LOCKED, ""}, // as a file of three bytes is
+        {Packed("[/]"), PROF_ERR_LOCKED, ""}, // like a file of three bytes
         {Packed("[/]\r\na=1"), PROF_OK, "a=1;"}, {Packed("[section]\r\na=1"), PROF_OK, "a=1;"}, {image, PROF_OK, kTree},
-        {Packed(image), PROF_ERR_LOCKED, ""} // nobody packs that many times
+        {Packed(image), PROF_ERR_LOCKED, ""} // exceeds the limit of nested packing
     };
     for (const auto& [bytes, error, tree] : cases)
     {

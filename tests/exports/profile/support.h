@@ -1,4 +1,4 @@
-// What the tests of the profile exports share: texts, trees as text, jobs and files.
+// Helpers shared by the tests of the profile exports: texts, trees as text, jobs and files.
 #pragma once
 
 #include <qxut23/profile.h>
@@ -19,7 +19,7 @@
 namespace profiletest
 {
 
-// A zero-terminated wide text that is put together at run time.
+// A zero-terminated wide text composed at run time.
 class Wide
 {
 public:
@@ -51,13 +51,13 @@ inline std::string Utf8(std::wstring_view text)
     return bytes.substr(0, static_cast<std::size_t>(length));
 }
 
-// In the byte order of both targets, with the mark.
+// Returns the text as a UTF-16LE file with a byte order mark.
 inline std::string Utf16File(std::wstring_view text)
 {
     return "\xFF\xFE" + std::string(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t));
 }
 
-// A list in one line: leaves as "name=value;", lists as "[name]{...}".
+// Returns a list as one line: leaves as "name=value;", lists as "[name]{...}".
 inline std::string Tree(HPROFJOB job, HPROFLIST list = nullptr)
 {
     std::string text;
@@ -74,7 +74,7 @@ inline std::string Tree(HPROFJOB job, HPROFLIST list = nullptr)
     return text;
 }
 
-// The value of a leaf, or "(none)".
+// Returns the value of a leaf, or "(none)".
 inline std::string Value(HPROFJOB job, const wchar_t* path, HPROFLIST list = nullptr)
 {
     const std::int32_t length = ProfGetStringLengthW(job, list, path);
@@ -113,7 +113,7 @@ inline std::string BytesOf(const std::string& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// A folder that goes with all its files.
+// A temporary folder that is deleted with all its files.
 class TempFolder
 {
 public:

@@ -80,10 +80,10 @@ TEST(ProfileTree, ListsByPath)
     const HPROFLIST root = ProfGetListW(job, a, L"..");
     EXPECT_NE(root, nullptr);
     const std::tuple<HPROFLIST, const wchar_t*, HPROFLIST> cases[] = {{nullptr, L"a", a}, {a, L"b", ab},
-        {ab, L"/a", a}, // from the root, whatever list is given
+        {ab, L"/a", a}, // from the root, whatever the list
         {ab, L"a", nullptr}, {ab, nullptr, ab}, {ab, L"..", a}, {nullptr, L"a/..", root}, {nullptr, L"a/b/..", a},
-        {nullptr, L"..", nullptr}, {nullptr, L"../d", dots}, // in front of a slash it is a name like others
-        {nullptr, L"a/c", nullptr},                          // no going back to the second list of the name
+        {nullptr, L"..", nullptr}, {nullptr, L"../d", dots}, // before a slash it is an ordinary name
+        {nullptr, L"a/c", nullptr},                          // only the first list with the name is searched
         {second, L"c", onlyInSecond}, {nullptr, L"A", nullptr}, {nullptr, L"", nullptr}, {nullptr, L"a/", nullptr}};
     for (const auto& [list, path, expected] : cases)
         EXPECT_EQ(ProfGetListW(job, list, path), expected) << Utf8(path ? path : L"(null)");
@@ -152,8 +152,9 @@ TEST(ProfileTree, Deleting)
         const char* left;
     } cases[] = {
         {false, L"x", "y=1;[l]{x=2;[m]{}[m]{}}[l]{x=2;[m]{}[m]{}}[]{x=3;}"},
-        {false, L"l/x", "x=1;x=1;y=1;[l]{[m]{}[m]{}}[l]{[m]{}[m]{}}[]{x=3;}"},    // in every matching list
-        {false, L"/x", "x=1;x=1;y=1;[l]{x=2;[m]{}[m]{}}[l]{x=2;[m]{}[m]{}}[]{}"}, // a slash stands behind a name
+        {false, L"l/x", "x=1;x=1;y=1;[l]{[m]{}[m]{}}[l]{[m]{}[m]{}}[]{x=3;}"}, // in every matching list
+        {false, L"/x",
+            "x=1;x=1;y=1;[l]{x=2;[m]{}[m]{}}[l]{x=2;[m]{}[m]{}}[]{}"}, // a leading slash follows an empty name
         {false, L"l", kWhole}, {false, nullptr, kWhole}, {false, L"", ""},
         {true, L"l/m", "x=1;x=1;y=1;[l]{x=2;}[l]{x=2;}[]{x=3;}"}, {true, L"x", kWhole}, {true, L"", ""},
         {true, nullptr, kWhole} // the root has no entry
@@ -202,7 +203,7 @@ TEST(ProfileEnum, StopsOnZeroAndLetsTheCallbackChangeAndRemoveItsEntry)
 {
     const Job job;
     for (const wchar_t* name : {L"a", L"b", L"c", L"d"})
-        Set(job, name, L"12345"); // a number isn't shared, so that the leaf owns its text
+        Set(job, name, L"12345"); // numbers aren't interned, so the leaf owns its text
     int visits = 0;
     const auto stop = [](HPROFJOB, const wchar_t*, const wchar_t*, HPROFLIST, void* context) -> std::int32_t
     {
@@ -216,7 +217,7 @@ TEST(ProfileEnum, StopsOnZeroAndLetsTheCallbackChangeAndRemoveItsEntry)
         if (*name == L'a' || *name == L'd')
             ProfDeleteItemW(owner, nullptr, name);
         else
-            ProfSetStringW(owner, nullptr, name, value + 1); // a part of the value that it replaces
+            ProfSetStringW(owner, nullptr, name, value + 1); // a part of the value being replaced
         return 1;
     };
     EXPECT_EQ(ProfEnumW(job, nullptr, change, nullptr), 1);
@@ -236,7 +237,7 @@ TEST(ProfileCopy, ListIntoItselfAndIntoItsOwnChild)
     EXPECT_EQ(ProfGetListW(job, ProfGetListW(job, copy, L"m"), L".."), copy);
 }
 
-// Umlauts are in every western code page and in UTF-8, whichever the process has.
+// Umlauts exist in all western code pages and in UTF-8, whichever the process uses.
 TEST(ProfileNarrow, ConvertsArgumentsBuffersAndCallbacks)
 {
     const Job job;

@@ -1,4 +1,4 @@
-// Values that are no texts: what they look like in the tree, and what is read of texts that others wrote.
+// Typed values: their form in the tree, and how texts from other writers are parsed.
 #include "exports/profile/support.h"
 
 #include <qxut23/profile_values.h>
@@ -18,7 +18,7 @@ using namespace profiletest;
 namespace
 {
 
-// The text after an append, then the one after a set.
+// Returns the text after an append, then the text after a set.
 template <class Append, class Set, class T>
 std::string Written(Append append, Set set, T value)
 {
@@ -70,7 +70,7 @@ TEST(ProfileValues, AppendAddsAndSetReplacesInBothForms)
     EXPECT_EQ(rect.bottom, 4);
 }
 
-// The code, and the value where the getter gave one; -7 was there before, 99 is the default.
+// Returns the code and the value, if the getter stored one. The initial value is -7, the default 99.
 template <class T, class Get>
 std::string Read(Get get, const wchar_t* text)
 {
@@ -88,7 +88,7 @@ TEST(ProfileValues, NumbersThatAreRead)
     const auto asInt = Read<std::int32_t, decltype(&ProfGetIntW)>;
     const auto asInt64 = Read<std::int64_t, decltype(&ProfGetInt64W)>;
     const auto asDouble = Read<double, decltype(&ProfGetDoubleW)>;
-    // As the two integers, as a double, as a flag.
+    // As the two integer types, as a double, as a flag.
     constexpr std::pair<const wchar_t*, const char*> CASES[] = {{L"", "-6 99|-6 99|-6 99|-6 99"},
         {L"12abc", "0 12|0 12|0 12|0 0"}, {L"x", "-9 -7|-9 -7|0 0|0 0"}, {L"xfF", "0 255|0 255|0 0|0 0"},
         {L"XfF", "-9 -7|-9 -7|0 0|0 0"}, {L"xFFFFFFFF", "0 -1|0 4294967295|0 0|0 0"}, {L" \t-7", "0 -7|0 -7|0 -7|0 0"},
@@ -99,7 +99,7 @@ TEST(ProfileValues, NumbersThatAreRead)
                       '|' + Read<std::int32_t>(ProfGetBoolW, text),
             expected)
             << Utf8(text);
-    // 199 characters are looked at, 63 for the 64-bit numbers.
+    // Getters look at 199 characters, or 63 for 64-bit numbers.
     Wide blanks(198, L' '), fewer(62, L' ');
     blanks += L"12";
     fewer += L"12";
@@ -108,7 +108,7 @@ TEST(ProfileValues, NumbersThatAreRead)
     EXPECT_EQ(asInt64(ProfGetInt64W, fewer), "0 1");
 }
 
-#ifdef _WIN32 // elsewhere the runtime library knows no locale
+#ifdef _WIN32 // on linux the runtime library has no other locales
 TEST(ProfileValues, DoublesInALocaleWithACommaAreTheSame)
 {
     ASSERT_NE(std::setlocale(LC_NUMERIC, "German"), nullptr);
@@ -169,12 +169,13 @@ TEST(ProfileValues, StructuresThatAreRead)
     EXPECT_EQ(asColour(ProfGetColorrefW, L"(1,2)"), "-9 " + std::to_string(0u - 7));
 }
 
-// Flag, numbers and colour in hexadecimal digits, then the left and lower edge; nines are the default.
+// Parsed as a flag, as numbers and as a colour, all shown in hexadecimal; then the left and lower edges of the
+// rectangle. The default is all nines.
 TEST(ProfileValues, SingleTexts)
 {
     constexpr std::pair<const wchar_t*, const char*> CASES[] = {{nullptr, "9 9 9 9 9 9"}, {L"", "1 9 9 9 9 9"},
         {L"T", "1 9 9 9 9 9"}, {L"Y", "1 9 9 9 9 9"}, {L"12a", "0 c c 9 9 9"}, {L"x1F", "0 9 9 1f 9 9"},
-        {L"(1,2,3)", "0 9 9 30201 9 9"}, // all of the default or nothing
+        {L"(1,2,3)", "0 9 9 30201 9 9"}, // either the whole default or none of it
         {L"(1,2,3,4)", "0 9 9 30201 1 4"}};
     for (const auto& [text, expected] : CASES)
     {
@@ -227,7 +228,7 @@ TEST(ProfileVariants, ComeBack)
     ProfAppendVariant(job, nullptr, L"v", &two);
     EXPECT_EQ(Tree(job), "v=var://AwAHAAAA;v=var://AwACAAAA;");
 
-    // 2 bytes of type, the text, 2 bytes of terminator: the longer ones are compressed.
+    // 2 bytes of type, the text, 2 bytes of terminator; longer values are compressed.
     for (const std::size_t characters : {48u, 49u})
     {
         const VariantValue text = qxtest::Text(Wide(characters, L'x'));
@@ -243,7 +244,7 @@ TEST(ProfileVariants, OtherTexts)
     EXPECT_EQ(Back(job, L"none"), "-6 \"default\"");
     constexpr std::pair<const wchar_t*, const char*> CASES[] = {
         {L"", "0 empty"}, {L"abc", "0 \"abc\""}, {L"VAR://AwAHAAAA", "0 \"VAR://AwAHAAAA\""}, {L"var://", "0 empty"},
-        {L"var://@2@AAAA", "0 empty"}, {L"var://AwAH", "0 empty"}, // cut off
+        {L"var://@2@AAAA", "0 empty"}, {L"var://AwAH", "0 empty"}, // truncated
         {L"var://DQA=", "0 empty"}                                 // an object
     };
     for (const auto& [text, expected] : CASES)

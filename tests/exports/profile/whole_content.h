@@ -1,4 +1,4 @@
-// A profile that shows when it is put together from two.
+// A profile whose contents reveal a mixture of two saves.
 #pragma once
 
 #include "exports/profile/support.h"
@@ -6,7 +6,7 @@
 namespace profiletest
 {
 
-// Many leaves that all hold the one letter, and their number as the first and the last leaf.
+// Many leaves with the same letter; the first and the last leaf contain their number.
 inline void FillWhole(HPROFJOB job, char letter, int leaves)
 {
     ProfEmptyList(job, nullptr);
@@ -17,7 +17,7 @@ inline void FillWhole(HPROFJOB job, char letter, int leaves)
     ProfAppendStringW(job, nullptr, L"end", Wide(std::to_string(leaves)));
 }
 
-// The letter, or what is wrong.
+// Returns the letter, or a description of the inconsistency.
 inline std::string LetterOfWhole(HPROFJOB job)
 {
     const std::string letter = Value(job, L"leaf").substr(0, 1);

@@ -10,7 +10,7 @@
 namespace
 {
 
-// A buffer that shows what was written behind a text.
+// A buffer that reveals writes past the end of a text.
 struct Buffer
 {
     explicit Buffer(const QXWCHAR* text)
@@ -34,12 +34,12 @@ TEST(StringExportsTest, NullTextsAreEmptyAndNullTargetsAreLeft)
     EXPECT_EQ(UtilSubstr(nullptr, 1, 1), nullptr);
     EXPECT_LT(UtilSafeSprintf(nullptr, 8, L"%d", 1), 0);
     char bytes[] = "abcd";
-    EXPECT_EQ(UtilMemset(bytes, 0x158, 1), bytes); // the low byte alone
+    EXPECT_EQ(UtilMemset(bytes, 0x158, 1), bytes); // only the low byte is used
     EXPECT_EQ(UtilMemcpy(bytes + 1, bytes + 3, 1), bytes + 1);
     EXPECT_EQ(UtilMemcpy(bytes, nullptr, 0), bytes);
     EXPECT_STREQ(bytes, "Xdcd");
     EXPECT_EQ(UtilMemset(nullptr, 1, 0), nullptr);
-    EXPECT_EQ(UtilIsRPtr(nullptr), 1); // every pointer is accepted
+    EXPECT_EQ(UtilIsRPtr(nullptr), 1); // all pointers are accepted
     EXPECT_EQ(UtilIsRPtr(reinterpret_cast<void*>(3)), 1);
     EXPECT_EQ(UtilIsString(nullptr), 1);
     EXPECT_EQ(UtilIsWPtr(nullptr), 1);
@@ -81,7 +81,7 @@ TEST(StringExportsTest, ComparesByCodeUnitAndFoldsOnlyAToZ)
         const QXWCHAR *a, *b;
         int ordinal, withoutCase;
     } cases[] = {{L"a", L"a", 0, 0}, {L"a", L"B", 1, -1}, {L"ABC", L"abd", -1, -1},
-        {L"Z", L"[", -1, 1},                                     // folded to lower case
+        {L"Z", L"[", -1, 1},                                     // compared in lower case
         {L"\u00E4", L"\u00C4", 1, 1}, {L"a", L"\uFF41", -1, -1}, // unsigned
         {L"ab", L"abc", -1, -1}, {nullptr, L"", 0, 0}, {nullptr, L"a", -1, -1}, {L"a", nullptr, 1, 1}};
     for (const auto& c : cases)
@@ -136,7 +136,7 @@ TEST(StringExportsTest, StuffReplacesAPart)
         std::int32_t pos, count;
         const QXWCHAR *insert, *expected;
     } cases[] = {{1, 2, nullptr, L"cdef"}, {3, 2, L"", L"abef"}, {3, 2, L"XYZ", L"abXYZef"}, {3, 2, L"X", L"abXef"},
-        {1, 0, L"X", L"Xabcdef"}, {6, 99, L"X", L"abcdeX"}, {7, 5, L"XY", L"abcdefXY"}, // right behind the text
+        {1, 0, L"X", L"Xabcdef"}, {6, 99, L"X", L"abcdeX"}, {7, 5, L"XY", L"abcdefXY"}, // directly after the text
         {7, 5, nullptr, L"abcdef"}, {8, 0, L"X", L"abcdef"}, {0, 1, L"X", L"abcdef"}, {-3, 1, L"X", L"abcdef"},
         {2, -1, L"X", L"aXbcdef"}, {1, 0x7FFFFFFF, nullptr, L""}};
     for (const auto& c : cases)

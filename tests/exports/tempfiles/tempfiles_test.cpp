@@ -32,7 +32,7 @@ TEST(TempFileExports, MadeAndHandedOver)
         EXPECT_NE(view.find(L"_23_pre"), view.npos);
         EXPECT_EQ(view.substr(view.size() - 4), L".ext");
         EXPECT_TRUE(Exists(name));
-        UtilTempFileMgrAdd(name); // no manager: at once
+        UtilTempFileMgrAdd(name); // without a manager, deleted immediately
         EXPECT_FALSE(Exists(name));
     }
     UtilTempFileMgrClose();

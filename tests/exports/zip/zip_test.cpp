@@ -38,7 +38,7 @@ TEST(ZIPExports, WrittenArchive)
     EXPECT_EQ(UtilZIPCreate(nullptr, nullptr), nullptr);
 }
 
-// The exception is made in the library and caught here, across the border of two modules.
+// The exception is thrown in the library and caught here, across the module boundary.
 TEST(ZIPExports, ExtractionLetsExceptionsThrough)
 {
     const TempFolder folder;

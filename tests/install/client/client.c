@@ -1,4 +1,4 @@
-/* A caller in C11: makes a profile, saves it into the current folder, and reads it again. */
+/* A C11 caller: creates a profile, saves it to the current folder, and reads it again. */
 #include <qxut23/qxut23.h>
 
 #include <stdio.h>

@@ -1,4 +1,4 @@
-// A caller in C++17, who counts the entries of a list through a callback.
+// A C++17 caller that counts the entries of a list with a callback.
 #include <qxut23/qxut23.h>
 
 #include <cstdio>
@@ -9,7 +9,7 @@ namespace
 
 using Text = std::basic_string<QXWCHAR>;
 
-// The character type differs between systems, so the literals do too.
+// The character type differs between systems, and so do the literals.
 Text ToText(const char* letters)
 {
     return Text(letters, letters + std::char_traits<char>::length(letters));

@@ -1,4 +1,4 @@
-// A caller on linux who also uses the layer's own interfaces, with their wchar_t of 16 bits.
+// A caller on linux that also uses the layer's interfaces, with their 16-bit wchar_t.
 #include <qxut23/qxut23.h>
 
 #include <windows.h>

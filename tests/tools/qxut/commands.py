@@ -1,4 +1,4 @@
-"""What the tests of the commands share. A test is started as `NAME_test.py COMMAND...`; COMMAND starts qxut."""
+"""Helpers shared by the tests of the commands. Usage: `NAME_test.py COMMAND...`, where COMMAND starts qxut."""
 
 import pathlib
 import subprocess
@@ -17,7 +17,7 @@ class CommandTest(unittest.TestCase):
         self.folder = pathlib.Path(folder.name)
 
     def run_qxut(self, *arguments, code=0, stdin=b"", cwd=None):
-        """What qxut writes, as bytes: on success to its standard output, else to its standard error."""
+        """Returns the output of qxut as bytes: standard output on success, standard error otherwise."""
         done = subprocess.run([*COMMAND, *arguments], input=stdin, capture_output=True, cwd=cwd)
         self.assertEqual(done.returncode, code, done)
         if code != 0:

@@ -1,4 +1,4 @@
-"""Dates and times, as filters of lines, beside python's own modules."""
+"""Tests the filters for dates and times against Python's own modules."""
 
 import datetime
 import email.utils
@@ -27,7 +27,7 @@ class DateCommands(commands.CommandTest):
         self.assertRegex(self.date("parse", text="\n"), r"^20\d\d-\d\d-\d\d \d\d:\d\d:\d\d\n$")
 
     def test_parse_of_machine_forms(self):
-        """Random moments in zones of whole minutes, as python writes them."""
+        """Random moments in zones of whole minutes, formatted by Python."""
         numbers = random.Random(3)
         lines, expected = [], []
         for _ in range(200):
@@ -45,7 +45,7 @@ class DateCommands(commands.CommandTest):
         self.assertEqual(json.loads(self.date("format", "--json", text="")), [])
 
     def test_format_comes_back(self):
-        """Whatever the locale of the user is: the parts are those of the date."""
+        """In any user locale, the output must contain the parts of the date."""
         file = self.folder / "dates"
         file.write_bytes(b"\xef\xbb\xbf20181231235958\r\n20181231\r\n")
         moment, day = self.date("format", str(file)).splitlines()

@@ -1,7 +1,8 @@
-"""Packing and markup, as filters of files and standard streams, beside python's own modules."""
+"""Tests the filters for packing and markup against Python's own modules."""
 
 import base64
 import html
+import html.entities
 import random
 import re
 import zlib
@@ -14,7 +15,7 @@ BREAKING = ("/h1 /h2 /h3 /h4 /h5 /h6 /p /div /ol /tr /ul /thead /tbody /blockquo
 
 
 def next_link(page):
-    """What stands before the first link with a target, that target, the link's text, and what follows."""
+    """Returns the text before the first link with a target, the target, the link's text, and the rest."""
     pieces, place = [], 0
     for border in (r"<a\s", 'href="', '"', ">", "</a>"):
         match = re.compile(border, re.I).search(page, place)
@@ -34,7 +35,7 @@ def expand_links(page):
 
 
 def words_of(page):
-    """An independent reading of a page: the words that a reader of its text should see."""
+    """An independent implementation: returns the words that should remain of a page."""
     page = expand_links(re.sub("<!--.*-->", "", page, flags=re.S))
     text = ""
     depth = 0
@@ -78,8 +79,21 @@ class Filters(commands.CommandTest):
     def test_masking(self):
         text = "\ufeff<p class=\"x\">\u00e4 \u20ac \U0001f600\t'&'\r\n"
         masked = self.qxut("mask", text).decode()
-        self.assertEqual(masked, "&lt;p class=&quot;x&quot;&gt;&auml; &#x20ac; &#xd83d;&#xde00;&#09;'&amp;'\r\n")
+        self.assertEqual(masked, "&lt;p class=&quot;x&quot;&gt;&auml; &#x20ac; &#x1f600;&#09;'&amp;'\r\n")
         self.assertEqual(self.qxut("unmask", masked).decode(), text[1:])
+
+    def test_every_reference(self):
+        """The names of the HTML standard, alone and in front of what may or may not belong to them."""
+        names = sorted(html.entities.html5)
+        self.assertGreater(len(names), 2200)
+        for behind in ("", "x", "="):
+            masked = "\n".join(f"&{name}{behind}" for name in names)
+            expected = "\n".join(html.unescape(f"&{name}{behind}") for name in names)
+            self.assertEqual(self.qxut("unmask", masked).decode(), expected)
+        for name in names:
+            self.assertEqual(html.unescape(f"&{name}"), html.entities.html5[name])
+        numbers = "\n".join(f"&#{number};" for number in [*range(0x80, 0x3000), 0xFFFD, 0x10000, 0x10FFFF])
+        self.assertEqual(self.qxut("unmask", numbers).decode(), html.unescape(numbers))
 
     def test_paragraphs(self):
         self.assertEqual(self.qxut("text2html", "a\n\nb\r\nc<\n"),
@@ -87,14 +101,19 @@ class Filters(commands.CommandTest):
         marked = self.qxut("text2html", "a\nb", "--placeholders")
         self.assertEqual(marked, b"[_[p]_]a[_[/p]_][_[p]_]b[_[/p]_]\n")
         self.assertEqual(self.qxut("html2text", marked, "--placeholders"), b"a\nb\n ")
+        page = "<p>\u00e4&#x1f600;<script>x</script><li><a href=u>b</a>"
+        self.assertEqual(self.qxut("html2text", page).decode(), "\u00e4\U0001f600\n\n- b\n")
+        self.assertEqual(self.qxut("html2text", page, "--links").decode(), "\u00e4\U0001f600\n\n- b [u]\n")
+        self.assertEqual(self.qxut("html2text", ""), b"")
+        self.assertIn(b"excludes", self.run_qxut("html2text", "--links", "--simple", code=2))
 
-    def test_pages_of_others(self):
+    def test_pages_of_others_by_simple_rules(self):
         pages = sorted((commands.DATA / "html").glob("*.html"))
         self.assertEqual(len(pages), 12)
         for page in pages:
             content = page.read_text(encoding="utf-8")
             with self.subTest(page=page.name):
-                self.assertEqual(self.qxut("html2text", content).decode().split(), words_of(content))
+                self.assertEqual(self.qxut("html2text", content, "--simple").decode().split(), words_of(content))
 
 
 if __name__ == "__main__":

@@ -1,4 +1,4 @@
-"""log_test.py COMMAND...: runs `qxut log` as its users do. COMMAND starts the program."""
+"""log_test.py COMMAND...: tests `qxut log`. COMMAND starts the program."""
 
 import json
 import os
@@ -8,7 +8,7 @@ import unittest
 
 import commands
 
-# Where the program is run by another one, the settings are those of all tests together, and stay as they are.
+# If the program runs under an emulator, all tests share one set of settings, which must not be changed.
 HAS_OWN_SETTINGS = len(commands.COMMAND) == 1
 
 STAMPED = "12:34:56.789 00001a2c/03 7 INIT   state 1"
@@ -50,7 +50,7 @@ class LogCommands(commands.CommandTest):
         self.qxut("on", os.path.relpath(self.file))
         where = json.loads(self.qxut("--json"))
         self.assertEqual((where["file"], where["flush"], where["time"]), (str(self.file), False, "clock"))
-        # The library writes there what the program shows.
+        # The library logs to the file that the program prints.
         texts = [json.loads(line)["text"] for line in self.qxut("--show", "--json").splitlines()]
         self.assertEqual([text[:2] for text in texts], ["++", "--"] * (len(texts) // 2) + ["++"])
         self.assertGreaterEqual(len(texts), 3)
@@ -94,8 +94,8 @@ class LogCommands(commands.CommandTest):
         self.assertEqual(len(self.show().splitlines()), 3000)
 
     def follow(self, steps, expected, *arguments):
-        """Takes the steps one after another while `qxut log --follow` runs. A busy machine may be too slow for the
-        program to see each of them, so it is given more time before it counts as wrong."""
+        """Runs the steps one after another while `qxut log --follow` runs. On a busy machine the program may be too slow
+        to see each of them, so the test is repeated with more time before it fails."""
         for pause in (0.5, 3, 15):
             self.file.unlink(missing_ok=True)
             steps[0]()

@@ -1,4 +1,4 @@
-"""profile_test.py COMMAND...: runs `qxut profile` as its users do. COMMAND starts the program."""
+"""profile_test.py COMMAND...: tests `qxut profile`. COMMAND starts the program."""
 
 import json
 import os
@@ -70,7 +70,7 @@ class ProfileCommands(commands.CommandTest):
         self.assertEqual(self.show(str(self.folder / "none")), "a = 1\n")
 
     def test_typed_values(self):
-        # type, what is given, what stands in the file, what comes back
+        # type, input, text in the file, output
         for kind, given, text, back in [
                 ("bool", "true", "TRUE", True), ("int", "-5", "-5", -5), ("int", "0xff", "255", 255),
                 ("int-hex", "255", "xff", 255), ("int64", "-1", "18446744073709551615", -1),
@@ -133,7 +133,7 @@ class ProfileCommands(commands.CommandTest):
         self.assertEqual(pathlib.Path(text).read_bytes(), pathlib.Path(self.file).read_bytes())
         self.qxut("convert", text, xfdf, "--form", "xfdf")
         self.assertEqual(self.show(xfdf), "a = 1\nl.b = 2\nl.b = 3\nl.<&>\"' =  \u00fc\\t\nl.b = 4\nc = x\\r\\ny\u241B[31m\n")
-        # By another reader.
+        # With an independent reader.
         values = ElementTree.parse(xfdf).getroot().iter("{http://ns.adobe.com/xfdf/}value")
         self.assertEqual([value.text for value in values], ["1", "2", "3", " \u00fc\t", "4", "x\r\ny\u241B[31m"])
         self.assertEqual(subprocess.run(["xmllint", "--noout", xfdf]).returncode, 0)
@@ -219,7 +219,7 @@ class ProfileCommands(commands.CommandTest):
     def test_a_full_disk_leaves_the_file(self):
         before = pathlib.Path(self.file).read_bytes()
         done = subprocess.run([*commands.COMMAND, "profile", "set", self.file, "--path", "x", "x" * 1000],
-                              capture_output=True, encoding="utf-8", restore_signals=False,  # no SIGXFSZ
+                              capture_output=True, encoding="utf-8", restore_signals=False,  # without SIGXFSZ
                               preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000)))
         self.assertEqual((done.returncode, done.stderr), (6, f"qxut: {self.file}: cannot write the file; is the disk full?\n"))
         self.assertEqual(pathlib.Path(self.file).read_bytes(), before)

@@ -1,4 +1,4 @@
-"""zip_test.py COMMAND...: runs `qxut zip` as its users do, and hands its archives to other programs. COMMAND starts the
+"""zip_test.py COMMAND...: tests `qxut zip` and reads its archives with other programs. COMMAND starts the
 program."""
 
 import json
@@ -19,10 +19,10 @@ FILES = {
     "sub/Gr\u00f6\u00dfe.txt": b"Gr\xc3\xb6\xc3\x9fe",
     "sub/deep/\u65e5\u672c\u8a9e.bin": bytes(range(256)) * 50,
     "sub/two words": b"x",
-    # More than one piece of the compressor, in part incompressible.
+    # More than one block of the compressor, partly incompressible.
     "sub/large": random.Random(1).randbytes(1_200_000) + b"packs well" * 100_000 + random.Random(2).randbytes(300_000),
 }
-# What tests an archive, with it as the last argument.
+# Commands that test an archive given as the last argument.
 TESTERS = [["unzip", "-tqq"], ["7zz", "t"], ["bsdtar", "-tf"], [sys.executable, "-m", "zipfile", "-t"]]
 
 
@@ -68,7 +68,7 @@ class ZipCommands(commands.CommandTest):
         self.assertEqual(sorted(path.name for path in self.folder.iterdir()), ["tree", "x.zip"])
 
     def test_other_programs_read_our_archives(self):
-        # A name of code page 437 these programs know on Windows only; python and we ourselves everywhere.
+        # These programs decode names in code page 437 only on Windows; Python and qxut do so everywhere.
         expected = {name: content for name, content in FILES.items() if "\u00f6" not in name}
         (self.tree / "sub/Gr\u00f6\u00dfe.txt").unlink()
         self.qxut("create", self.archive, self.tree)

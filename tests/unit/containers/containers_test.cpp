@@ -26,7 +26,7 @@ static_assert(std::forward_iterator<WCValSkipList<int>::const_iterator>);
 namespace
 {
 
-// An element that knows how many of its kind live, and whose copies can be made to fail.
+// An element that counts the living objects of its kind and whose copies can be made to fail.
 class Counted
 {
 public:
@@ -53,7 +53,7 @@ private:
     int _value;
 };
 
-// Lets the copy after so many others fail, for as long as it lives.
+// Makes a copy fail after a number of successful ones, as long as this object exists.
 class FailingCopies
 {
 public:
@@ -70,7 +70,7 @@ std::vector<int> Values(const List& list)
     return values;
 }
 
-// What both lists promise alike.
+// Guarantees shared by both lists.
 template <class List>
 class ListTest : public testing::Test
 {
@@ -89,7 +89,7 @@ TYPED_TEST(ListTest, CopiesAreDeepAndMovesLeaveNothing)
     EXPECT_THAT(Values(source), ElementsAre(1, 2, 3));
     TypeParam moved(std::move(source));
     EXPECT_TRUE(source.IsEmpty());
-    source.Append(4); // a list that was moved from is a list like any other
+    source.Append(4); // a moved-from list is usable
     EXPECT_THAT(Values(source), ElementsAre(4));
     copy = std::move(moved);
     EXPECT_THAT(Values(copy), ElementsAre(1, 2, 3));
@@ -187,7 +187,7 @@ TEST(SListMoveTest, TakesTheNodeAlong)
     WCValSList<Counted> target;
     const Counted* const moved = source.At(1);
     EXPECT_EQ(source.MoveAt(1, target), moved);
-    EXPECT_EQ(source.MoveAt(7, target)->Value(), 2); // clipped to the last
+    EXPECT_EQ(source.MoveAt(7, target)->Value(), 2); // clipped to the last element
     EXPECT_EQ(source.MoveAt(0, target)->Value(), 0);
     EXPECT_EQ(source.MoveAt(0, target), nullptr);
     source.Append(3);
@@ -196,7 +196,7 @@ TEST(SListMoveTest, TakesTheNodeAlong)
     EXPECT_THAT(Values(target), ElementsAre(1, 2, 0, 4));
 }
 
-// A list that owns what its pointers point at and compares by what these hold.
+// A list that owns the objects its pointers refer to, and compares by their values.
 class OwningList : public WCPtrSList<Counted>
 {
 public:
@@ -221,7 +221,7 @@ TEST(SListHookTest, DerivedListReleasesItsElementsAndDecidesEquality)
         EXPECT_EQ(list.IndexOf(&three), 3);
         EXPECT_TRUE(list.Remove(&three));
         EXPECT_EQ(list.RemoveIf([](const Counted* c) { return c->Value() == 0; }), 1u);
-        const std::unique_ptr<Counted> taken(*list.TakeAt(0)); // belongs to the taker
+        const std::unique_ptr<Counted> taken(*list.TakeAt(0)); // now owned by the caller
         EXPECT_EQ(taken->Value(), 1);
         EXPECT_EQ(Counted::living, 4);
     }
@@ -299,7 +299,7 @@ TEST(VectorTest, ResizeKeepsTheFirstAndMakesTheRest)
 
 // ---- Skip lists
 
-// Gives what the test wrote down.
+// Returns the numbers given by the test.
 struct ScriptedRandom
 {
     explicit ScriptedRandom(std::vector<int> numbers)
@@ -312,7 +312,7 @@ struct ScriptedRandom
     static inline std::vector<int> script;
 };
 
-// The bits of seven pairs, the first drawn first.
+// Packs seven pairs of bits, the first to be drawn first.
 int Pairs(const std::vector<int>& pairs)
 {
     int bits = 0;
@@ -335,7 +335,7 @@ TEST(LevelSourceTest, CountsPairsThatAreZeroUnderTheSelector)
         EXPECT_EQ(ScriptedRandom::calls, 2u);
     }
     {
-        ScriptedRandom random({~0x3FFF, 0x3FFF}); // 14 bits of a call are used
+        ScriptedRandom random({~0x3FFF, 0x3FFF}); // 14 bits of each call are used
         WCLevelSource source(&ScriptedRandom::Next);
         EXPECT_EQ(source.Draw(3, 19), 7);
     }
@@ -343,7 +343,7 @@ TEST(LevelSourceTest, CountsPairsThatAreZeroUnderTheSelector)
         ScriptedRandom random({first, second});
         WCLevelSource source(&ScriptedRandom::Next);
         EXPECT_EQ(source.Draw(1, 19), 2); // 0 0 | 1
-        EXPECT_EQ(source.Draw(1, 2), 2);  // 0 2 0 0, 0 | 3: five, cut to the limit, all of them used up
+        EXPECT_EQ(source.Draw(1, 2), 2);  // 0 2 0 0, 0 | 3: five, limited to 2; all of them are consumed
         EXPECT_EQ(source.Draw(1, 19), 0);
         EXPECT_EQ(ScriptedRandom::calls, 2u);
     }
@@ -372,7 +372,7 @@ TEST(SkipListTest, LevelsThinOutBySelector)
     {
         unsigned selector;
         int levels;
-        double share; // of a level's nodes that rise to the next
+        double share; // share of a level's nodes that are promoted to the next level
     } cases[] = {{3, 8, 0.25}, {1, 20, 0.5}, {3, 3, 0.25}};
     constexpr int kCount = 20000;
     for (const auto& c : cases)
@@ -387,7 +387,8 @@ TEST(SkipListTest, LevelsThinOutBySelector)
             top = set.LevelsInUse();
         }
         EXPECT_LE(top, c.levels);
-        // Five standard deviations of the binomial distribution, and some for the first nodes, which the top cuts.
+        // Five standard deviations of the binomial distribution, plus a margin for the first nodes, which the top level
+        // limits.
         double expected = kCount;
         for (int level = 0; level < top; ++level, expected *= c.share)
             EXPECT_NEAR(static_cast<double>(set.CountOnLevel(level)), expected, 5 * std::sqrt(expected) + 10) << level;

@@ -23,7 +23,7 @@ std::vector<wchar_t> Letters(std::size_t count)
     return text;
 }
 
-// A buffer that shows what was written behind its end.
+// A buffer that reveals writes past its end.
 struct Destination
 {
     explicit Destination(std::size_t size) : bytes(size + 8, '#') {}
@@ -33,7 +33,7 @@ struct Destination
 
 } // namespace
 
-// The object has room for 64 units of its own in each form.
+// The object has an internal buffer of 64 units for each form.
 TEST(CharsetConversion, TextsAroundTheInlineSizeAndLongOnes)
 {
     for (const std::size_t length : {0u, 63u, 64u, 1000u})
@@ -83,7 +83,7 @@ TEST(CharsetConversion, SetNarrowStartsAnewInTheSameCodePage)
 
 TEST(CharsetConversion, OutputFormDeliversCutAndTerminated)
 {
-    // What is longer than the buffer is cut, also if only the code page makes it so.
+    // Text longer than the buffer is truncated, even if it becomes longer only in the code page.
     for (const wchar_t* given : {L"1234", L"12345"})
     {
         Destination destination(5);

@@ -34,7 +34,7 @@ TEST(DecodeUTF8, GivesTheCharactersOrTheMessage)
         const wchar_t *bytes, *decoded;
     } cases[] = {{L"", L""}, {L"a\u00C2\u0080b", L"a\u0080b"},
         {L"\u00E2\u0082\u00AC\u00EF\u00BF\u00BF", L"\u20AC\uFFFF"}, {L"\u00E0\u00A0\u0080", L"\u0800"},
-        // The low byte alone tells what a unit is, and a unit of plain ASCII goes through whole.
+        // Only the low byte determines the kind of a unit, and a unit whose low byte is ASCII is copied unchanged.
         {L"\u0141\u12C3\u34A4", L"\u0141\u00E4"}, {L"a\u0080", kSequence}, {L"a\u00C3", kSequence},
         {L"\u00C3a", kSequence}, {L"\u00E2\u0082", kSequence}, {L"\u00E2\u0082\u00C2", kSequence},
         {L"\u00C0\u0080", kEncoding}, {L"\u00C1\u00BF", kEncoding}, {L"\u00E0\u009F\u00BF", kEncoding},
@@ -70,7 +70,7 @@ TEST(LikelyCharset, ScriptsAndCodePagesDecide)
         {L"\u0590\u05FF", 1252, 177}, {L"\u0600\u06FF\uFE70\uFEFF", 1252, 178}, {L"\u0700\u0DFF\uFF00", 1252, 0},
         {L"\u0E00\u0E7F", 1252, 222}, {L"\u1100\u3130\u3400\u4DFF\uAC00\uD7A3", 1252, 129}, {L"\uD7A4", 1252, 0},
         {L"\u3040\u30FF\u3300\u3357", 950, 128}, {L"\u3358", 950, 0},
-        // Mixed scripts, and ideographs, which several share.
+        // Mixed scripts, and ideographs, which several scripts share.
         {L"\u03B1\u0431", 1252, 0}, {L"\u03B1\u0431", 949, 129}, {L"\u4E00", 1252, 0}, {L"\u4E00", 932, 128},
         {L"\u9FAF", 936, 134}, {L"\u4E00\u3040", 950, 136}, {L"\u9FB0", 932, 0}};
     for (const auto& c : cases)

@@ -61,12 +61,12 @@ TEST(RegEx, GroupsUpToTheHighestThatTookPart)
     EXPECT_STREQ(matches[1].text.Text(), L"");
     EXPECT_EQ(matches[1].offset, kUnset);
     EXPECT_STREQ(matches[2].text.Text(), L"b");
-    EXPECT_STREQ(matches[7].text.Text(), L"b"); // behind the end: the last one
+    EXPECT_STREQ(matches[7].text.Text(), L"b"); // past the end: the last one
 
     ASSERT_TRUE(pattern.Match(L"a", &matches));
     EXPECT_EQ(matches.Count(), 2U);
     EXPECT_FALSE(pattern.Match(L"c", &matches));
-    EXPECT_EQ(matches.Count(), 2U); // untouched
+    EXPECT_EQ(matches.Count(), 2U); // unchanged
     EXPECT_EQ(clsRegExMatchList()[3].offset, kUnset);
 }
 
@@ -77,13 +77,13 @@ TEST(RegEx, FlagsReachTheEngineAndOthersAreIgnored)
         const wchar_t* pattern;
         std::uint32_t flags;
         const wchar_t* subject;
-        const wchar_t* match; // null: none
+        const wchar_t* match; // null if there is no match
     } cases[] = {{L"ABC", kCaseless, L"xabc", L"abc"}, {L"ABC", 0, L"xabc", nullptr},
         {L"a.b", kDotAll, L"a\nb", L"a\nb"}, {L"a.b", 0, L"a\nb", nullptr}, {L"a b # note", kExtended, L"ab", L"ab"},
         {L"^b", kMultiLine, L"a\nb", L"b"}, {L"^b", 0, L"a\nb", nullptr}, {L"a+", kUngreedy, L"aaa", L"a"},
         {L"b", 0x80000000, L"ab", nullptr}, {L"a$", 0, L"a\n", L"a"}, {L"a$", 0x10, L"a\n", nullptr},
         {L"^a", 0x1, L"a", nullptr}, {L"a$", 0x2, L"a", nullptr}, {L"a*", 0x4, L"b", nullptr},
-        {L"^.$", 0x00080000, L"\xD83D\xDE00", nullptr}, // no UTF mode: two characters
+        {L"^.$", 0x00080000, L"\xD83D\xDE00", nullptr}, // not in UTF mode: two characters
         {L"\xDE00", 0, L"\xD83D\xDE00", L"\xDE00"}};
     for (const auto& c : cases)
     {
@@ -133,10 +133,11 @@ TEST(RegEx, TemplateRules)
         {L"(b)(c)", L"abcd", L"\\\\1", L"a\\\\1d"}, {L"(b)(c)", L"abcd", L"\\\\\\1", L"a\\\\bd"},
         {L"(b)(c)", L"abcd", L"\\", L"a\\d"}, {L"(b)(c)", L"abcd", L"\\x\\12", L"a\\xb2d"},
         {L"(b)(c)", L"abcd", nullptr, L"ad"}, {L"(x)|(b)", L"ab", L"[\\1\\2]", L"a[b]"},
-        {L"x*", L"abc", L"-", L"-"},   // empty at the start: the rest is dropped
-        {L"x*", L"xabc", L"-", L"--"}, // also where the rest begins later
-        {L"^a", L"aaa", L"b", L"bbb"}, // each search starts a new subject
-        {L"(?<=a)b", L"abab", L"X", L"aXaX"}, {L"a|(?<=a)b", L"ab", L"X", L"Xb"}, // nothing is seen behind the seam
+        {L"x*", L"abc", L"-", L"-"},   // an empty match at the start: the rest is dropped
+        {L"x*", L"xabc", L"-", L"--"}, // also if the rest begins later
+        {L"^a", L"aaa", L"b", L"bbb"}, // each search starts with a new subject
+        {L"(?<=a)b", L"abab", L"X", L"aXaX"},
+        {L"a|(?<=a)b", L"ab", L"X", L"Xb"}, // look-behind doesn't see beyond the end of the previous match
         {L"b", L"", L"X", L""}, {L"", L"ab", L"X", L"X"}, {L"b", L"aaa", L"X", L"aaa"}, {L"b$", L"ab", L"", L"a"}};
     for (const auto& c : cases)
     {
@@ -153,11 +154,11 @@ TEST(RegEx, CallbackForms)
 {
     clsRegEx pattern(L"[0-9]+", 0);
     Recorder recorder;
-    // Offsets count from the end of the former match.
+    // Offsets count from the end of the previous match.
     EXPECT_STREQ(pattern.GSub(String(L"a1bc22"), recorder).Text(), L"a<1@1>bc<22@2>");
     EXPECT_EQ(recorder.count, 2);
 
-    // What begins as the match stays if nothing is done.
+    // A callback that does nothing leaves the matched text unchanged.
     int calls = 0;
     const auto keep = [&](const clsRegExMatchList&, String&)
     {
@@ -194,7 +195,7 @@ TEST(RegEx, CallbackMayUseTheObjectChangeTheSubjectAndThrow)
         throw 1;
     };
     EXPECT_THROW(pattern.GSub(String(L"a=1"), fail), int);
-    bool matched = false; // the object isn't left locked
+    bool matched = false; // the object must not remain locked
     std::thread([&] { matched = pattern.Match(L"a=1", nullptr); }).join();
     EXPECT_TRUE(matched);
 }
@@ -227,7 +228,7 @@ TEST(RegEx, QuotedTextMatchesItself)
     EXPECT_EQ(clsRegEx::Quote(WithZero(L".", L".")).Length(), 5U);
 }
 
-// With a cost for each match that grows with what stands behind it, this takes hours.
+// If the cost of a match grew with the length of the remaining text, this would take hours.
 TEST(RegEx, LoopsAreLinearInTheSubject)
 {
     constexpr std::size_t kMatches = 500000;

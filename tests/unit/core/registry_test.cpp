@@ -12,7 +12,7 @@ using qxtest::DebugLines;
 namespace
 {
 
-// A key of a test's own below the user's root, gone at the end.
+// A private key for each test below the user's root, deleted at the end.
 class Registry : public testing::Test
 {
 protected:
@@ -49,7 +49,7 @@ TEST_F(Registry, TextsOfAnyLengthWithAndWithoutATerminator)
 {
     clsRegistryList list(HKEY_CURRENT_USER, _name.Text(), clsRegistryList::kRead);
     ASSERT_EQ(list.LastResult(), 0);
-    // 255 characters and the terminator fill the first buffer of 512 bytes.
+    // 255 characters and the terminator fill the initial buffer of 512 bytes.
     for (const std::size_t length : {0U, 1U, 255U, 256U, 257U, 5000U})
         for (const std::size_t terminator : {0U, 1U})
         {
@@ -62,7 +62,7 @@ TEST_F(Registry, TextsOfAnyLengthWithAndWithoutATerminator)
             EXPECT_EQ(list.LastResult(), 0);
         }
     String read;
-    for (const wchar_t* text : {L"True", L"t", L"F", L""}) // only what begins with an upper-case T is true
+    for (const wchar_t* text : {L"True", L"t", L"F", L""}) // only a text that begins with an upper-case T is true
     {
         SetText(L"flag", text);
         bool flag = *text != L'T';
@@ -129,7 +129,7 @@ TEST_F(Registry, NullSubkeyAdoptsTheRoot)
     EXPECT_EQ(RegQueryValueExW(_key, L"value", nullptr, nullptr, nullptr, &bytes), ERROR_INVALID_HANDLE);
     _key = nullptr;
 
-    // The user's root itself lives on.
+    // The user's root itself is not deleted.
     {
         clsRegistryList root(HKEY_CURRENT_USER, nullptr, clsRegistryList::kRead);
     }
@@ -164,7 +164,7 @@ TEST_F(Registry, UsersRootFollowsTheMachineSetting)
 
     RegDeleteValueW(machine, L"Registry.ImpersonationAware");
     RegCloseKey(machine);
-    EXPECT_NE(UtilGetUserRootKey(true), HKEY_CURRENT_USER); // asked once
+    EXPECT_NE(UtilGetUserRootKey(true), HKEY_CURRENT_USER); // queried once
     ForgetUserRootKey();
     EXPECT_EQ(UtilGetUserRootKey(true), HKEY_CURRENT_USER);
 }

@@ -40,24 +40,24 @@ TEST(FormatTest, EstimatesByTheWalk)
     EXPECT_EQ(EstimateOf(L"%Fd%Ld%Nd%zd", 1, 1, 1, 1), 4 * 34u);
     EXPECT_EQ(EstimateOf(L"%150.20e%f%p", 1.0, 1.0, nullptr), 182u + 138 + 18);
     EXPECT_EQ(EstimateOf(L"%c%hc%lc%wC", 'a', 'a', 'a', 'a'), 6u);
-    // The formatter takes 8-bit text for %S.
+    // For %S the formatter expects 8-bit text.
     EXPECT_EQ(EstimateOf(L"%s%ls%S%10.2s", L"", L"", "abcde", L"abc"), 1u + 2 + 5 + 2);
     EXPECT_EQ(EstimateOf(L"%.*s%.*s", 2, L"abc", -1, L"abc"), 2u + 3);
     EXPECT_EQ(EstimateOf(L"a%"), 2u);
     EXPECT_EQ(EstimateOf(L"%s", static_cast<wchar_t*>(nullptr)), std::nullopt);
     EXPECT_EQ(EstimateOf(L"%n", static_cast<int*>(nullptr)), std::nullopt);
     EXPECT_EQ(EstimateOf(L"%ls", reinterpret_cast<wchar_t*>(16)), std::nullopt);
-    // Behind a conversion that the walk doesn't know it reads the wrong arguments; it must not follow what is no
-    // pointer.
+    // After a conversion it doesn't support, the estimate reads the wrong arguments. It must not dereference a value
+    // that is not a pointer.
     EXPECT_EQ(EstimateOf(L"%Ts %d %s", L"abc", 16, L"de"), 2u + 2 + 34 + 2 + 1);
-    EXPECT_EQ(EstimateOf(L"%Ts%s", L"abc", L"defgh"), 2u + 3); // measures the text before
+    EXPECT_EQ(EstimateOf(L"%Ts%s", L"abc", L"defgh"), 2u + 3); // measures only the text before it
     EXPECT_EQ(EstimateOf(L"%Id%s", static_cast<std::ptrdiff_t>(16), L"de"), 2u + 1);
     EXPECT_STREQ(String(String::kFormatted, L"%Ts %d %s", L"abc", 16, L"de").Text(), L"abc 16 de");
 }
 
 TEST(FormatTest, ResultReplacesTheText)
 {
-    const wchar_t raw[] = {L'a', L'b', L'c'}; // ends with its precision only
+    const wchar_t raw[] = {L'a', L'b', L'c'}; // terminated only by the precision
     const struct
     {
         const wchar_t* expected;
@@ -162,10 +162,11 @@ TEST(StringMessageTest, MissingResourceIsLoggedForDevelopersOnly)
     EXPECT_EQ(lines.CountOf(L"String::Message(): String ressource 60000 not found in "), 1u);
 }
 
-// string_resources.rc: three languages, of which French stands for its Belgian form only.
+// string_resources.rc: three languages; French exists only in its Belgian form.
 TEST(StringMessageTest, ResourceIsSoughtInTheOrderOfLanguages)
 {
-    // The last ones: a block with an empty entry, no German block, German is tried last, any language in the end.
+    // The last rows: a block with an empty entry, a missing German block, German as the last attempt, and finally any
+    // language.
     const struct
     {
         WORD language;
@@ -190,12 +191,12 @@ TEST(StringCaseTest, MapsTextsOfAnyLengthByTheLinguisticRules)
         String expected;
         expected.Fill(L'A', length);
         s.Fill(L'a', length);
-        s.LCMapString(LCMAP_UPPERCASE, 127); // through the function for the invariant locale
+        s.LCMapString(LCMAP_UPPERCASE, 127); // uses the function for the invariant locale
         EXPECT_EQ(s, expected) << length;
     }
 }
 
-// What the system refuses: both at once.
+// The system refuses both flags at once.
 constexpr unsigned kHiraganaAndKatakana = 0x00300000;
 
 TEST(StringCaseTest, FailureIsLoggedAndLeavesTheText)

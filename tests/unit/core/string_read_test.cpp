@@ -29,7 +29,7 @@ TEST(StringReadTest, FindsOccurrencesOneAfterTheOther)
 
     String s(L"aXaXXa");
     const String x(L"X");
-    EXPECT_EQ(s.FindNext(x), -1); // nothing was found before
+    EXPECT_EQ(s.FindNext(x), -1); // there was no previous match
     EXPECT_EQ(s.FindFirst(x), 1);
     const String copy(s);
     EXPECT_EQ(String(copy).FindNext(x), -1); // the position isn't copied
@@ -37,10 +37,10 @@ TEST(StringReadTest, FindsOccurrencesOneAfterTheOther)
     EXPECT_EQ(s.FindNext(x), 4);
     EXPECT_EQ(s.FindNext(x), -1);
     s.FindFirst(String(L"a"));
-    EXPECT_EQ(s.FindNext(String(L"aX")), 2); // found at 0, goes on behind the length of what is sought now
+    EXPECT_EQ(s.FindNext(String(L"aX")), 2); // found at 0; the search continues after the length of the new pattern
     s.FindFirst(String(L"XXa"));
     s.Delete(1, 5);
-    EXPECT_EQ(s.FindNext(x), -1); // the position is behind the end by now
+    EXPECT_EQ(s.FindNext(x), -1); // the position is past the end by now
     EXPECT_EQ(String().FindFirst(x), -1);
 }
 
@@ -135,7 +135,7 @@ TEST(StringCompareTest, ComparesByLanguage)
     EXPECT_EQ(IString(L"\u00E9A").CompareLocale(String(L"\u00C9a")), 0);
     EXPECT_NE(String(L"\u00E9").CompareLocale(String(L"\u00C9")), 0);
     EXPECT_EQ(String(L"abX").CompareLocale(String(L"abY"), 2), 0);
-    EXPECT_EQ(String(L"ab").CompareLocale(String(L"abc"), 99), -1); // the count doesn't reach behind the end
+    EXPECT_EQ(String(L"ab").CompareLocale(String(L"abc"), 99), -1); // a count beyond the end is limited to the text
 }
 
 } // namespace

@@ -41,7 +41,7 @@ TEST(StringValueTest, TakesAPartOfAText)
         EXPECT_STREQ(assigned.Text(), c.expected);
         EXPECT_EQ(assigned.Length(), wcslen(c.expected));
     }
-    const wchar_t raw[] = {L'a', L'b', L'c'}; // without a terminator behind it
+    const wchar_t raw[] = {L'a', L'b', L'c'}; // without a terminator
     EXPECT_STREQ(String(raw, 1, 2).Text(), L"bc");
 }
 
@@ -60,7 +60,7 @@ TEST(StringValueTest, CapacityGrowsInStepsOfEightAndStays)
     String s(L"0123456789");
     const wchar_t* text = s.Text();
     s.Empty();
-    s = L"abc"; // fits, so nothing is reallocated and nothing shrinks
+    s = L"abc"; // fits, so nothing is reallocated and the capacity doesn't shrink
     EXPECT_EQ(s.Text(), text);
     EXPECT_EQ(s.Capacity(), 16u);
     for (const std::size_t size : {20u, 3u})
@@ -91,7 +91,7 @@ TEST(StringValueTest, BufferIsWrittenAndReleased)
     wcscpy(buffer, L"0123456789");
     s.ReleaseBuffer();
     EXPECT_EQ(s.Length(), 10u);
-    std::fill_n(s.GetBuffer(16), 16, L'x'); // even the last one: the text ends with the capacity
+    std::fill_n(s.GetBuffer(16), 16, L'x'); // including the last character: the text ends at the capacity
     s.ReleaseBuffer(16);
     EXPECT_EQ(s.Length(), 15u);
     String none;
@@ -105,7 +105,7 @@ TEST(StringValueTest, NumbersAndConcatenations)
     for (const int value : {0, 10, -10, 11, -11, 2147483647, -2147483647 - 1})
         EXPECT_STREQ(String::FromInt(value).Text(), String(String::kFormatted, L"%d", value).Text());
     EXPECT_STREQ(String::FromUnsigned(4294967295u).Text(), L"4294967295");
-    EXPECT_TRUE(String::FromInt(10).SharesRecordWith(String::FromUnsigned(10))); // as all up to ten do
+    EXPECT_TRUE(String::FromInt(10).SharesRecordWith(String::FromUnsigned(10))); // like all numbers up to ten
 
     String a(L"ab"), b(L"cd");
     a.SetCodePage(1251);
@@ -123,8 +123,8 @@ void Write(String& s)
     s.ReleaseBuffer();
 }
 
-// Of a record of its own as of a shared one, which its other user keeps as it was. What changes nothing leaves it
-// shared.
+// On a private record as well as on a shared one, which must not change for its other user. An operation without effect
+// leaves the record shared.
 TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
 {
     const struct
@@ -186,7 +186,7 @@ TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
     }
 }
 
-// Random sequences of changes on two strings that now and then share, against std::u16string.
+// Random sequences of changes on two strings that sometimes share a record, compared with std::u16string.
 TEST(StringChangeTest, MatchesAModelUnderRandomChanges)
 {
     std::mt19937 random(11);
@@ -276,7 +276,7 @@ TEST(StringNarrowTest, TakesAPartOfTheBytesByTheCodePage)
     EXPECT_STREQ(s.Text(), L"cd\u20AC");
     s.Assign("abcdef", 2, 3);
     EXPECT_STREQ(s.Text(), L"cde");
-    s.Assign("ab\0d", 0, 4); // counted bytes may hold zeros
+    s.Assign("ab\0d", 0, 4); // counted bytes may contain zeros
     EXPECT_EQ(s.View(), std::wstring_view(L"ab\0d", 4));
     s.Assign(static_cast<const char*>(nullptr));
     EXPECT_TRUE(s.IsEmpty());
@@ -295,8 +295,8 @@ TEST(StringNarrowTest, CopyIsKeptUntilTheNextChange)
     s.SetCodePage(1252);
     const char* narrow = s.NarrowText();
     EXPECT_EQ(s.NarrowText(), narrow);
-    EXPECT_NE(String(s).NarrowText(), narrow); // a copy has none of its own yet
-    // Assigning what has the same record changes only the code page.
+    EXPECT_NE(String(s).NarrowText(), narrow); // a copy doesn't have the 8-bit form yet
+    // Assigning a string with the same record changes only the code page.
     String copy(s);
     s = copy;
     s = std::move(copy);
@@ -349,7 +349,7 @@ TEST(StringRecordTest, SecondReleaseIsReportedAndTheProgramGoesOn)
     ForgetDebuggerTest();
     const StackTraceHook former = SetStackTraceHook([](int frames) { tracedFrames = frames; });
     StringRecord* record = StringRecord::Create(8);
-    record->usage = 0; // as after a release that was one too many
+    record->usage = 0; // as after one release too many
     StringRecord::Release(record);
     SetStackTraceHook(former);
     EXPECT_STREQ(lines.Last().Text(), L"WRN: String buffer released twice (usage=-1)");
@@ -393,7 +393,7 @@ TEST(StringValueTest, ThreadsShareARecord)
         thread.join();
     const wchar_t* const text = shared.Text();
     shared[0] = L'S';
-    EXPECT_EQ(shared.Text(), text); // nobody else uses it any more, so it is changed in place
+    EXPECT_EQ(shared.Text(), text); // no longer shared, so it is changed in place
     EXPECT_STREQ(text, L"Shared by all");
 }
 

@@ -22,12 +22,13 @@ TEST(Variant, Equality)
         Value a, b;
         bool areEqual;
     } cases[] = {{Value(), Value(), true}, {Value(VT_NULL), Value(VT_NULL), true}, {Value(), Value(VT_NULL), false},
-        {Value(), I4(0), false}, {Value(), Text(L""), false}, // though the system has it so
+        {Value(), I4(0), false}, {Value(), Text(L""), false}, // although they are equal for the system
         {I4(1), R8(1), true}, {Value(VT_I1, -1), Value(VT_I8, -1), true},
         {Value(VT_I1, -1), Value(VT_UI1, 0xff), false}, {SmallDecimal(15, 1), Value(VT_CY, 15000), true},
         {SmallDecimal(15, 1), SmallDecimal(150, 2), true}, {Value(VT_CY, 15000), Value(VT_CY, 15001), false},
         {R4(0.1f), R8(0.1), false}, {R8(notANumber), R8(notANumber), false}, {R8(notANumber), I4(0), false},
-        {Value(VT_BOOL, 0xffff), Value(VT_BOOL, 1), false}, {Value(VT_BOOL, 0xffff), I4(-1), true}, // by the system
+        {Value(VT_BOOL, 0xffff), Value(VT_BOOL, 1), false},
+        {Value(VT_BOOL, 0xffff), I4(-1), true}, // equal by the system's rules
         {Date(1.5), R8(1.5), true}, {Date(1.5), Date(1.25), false}, {Text(L"a"), Text(L"a"), true},
         {Text(L"a"), Text(L"A"), false}, {Text(L"co-op"), Text(L"coop"), false}, {Text(L""), Value(VT_BSTR), true},
         {Text(L"1"), I4(1), false}, {Value(VT_ERROR, 5), Value(VT_ERROR, 5), true},
@@ -87,7 +88,7 @@ TEST(Variant, TextAndNumber)
 
 TEST(Variant, ElementsByIndex)
 {
-    // The bounds 0 to 1 and 10 to 12.
+    // The bounds are 0 to 1 and 10 to 12.
     SAFEARRAYBOUND bounds[] = {{2, 0}, {3, 10}};
     Value texts(VT_ARRAY | VT_BSTR);
     texts.parray = SafeArrayCreate(VT_BSTR, 2, bounds);

@@ -55,7 +55,7 @@ TEST(DebugChannels, DepthByItsRules)
         for (const auto& [change, text] : lines)
             output.Write(nullptr, change, text);
     };
-    // The sign counts, and there are changes without a line.
+    // Only the sign counts, and the nesting may change without a line.
     write({{5, L">enter"}, {0, L"inside"}, {1, nullptr}, {0, L"deeper"}, {0, nullptr}, {-7, L"<leave"}, {-1, nullptr},
         {0, L"outside"}, {-1, L"<below"}, {-1, L"<below"}});
     EXPECT_EQ(output.channels.Depth(), -2);
@@ -103,7 +103,7 @@ TEST(DebugChannels, WithoutASinkNothingIsTouched)
     clsDebugChannels channels;
     EXPECT_FALSE(channels.IsActive());
     EXPECT_FALSE(UtilIsDebugActive());
-    DebugLine(reinterpret_cast<const wchar_t*>(1)); // not to be read
+    DebugLine(reinterpret_cast<const wchar_t*>(1)); // must not be read
     DebugLineIndent(1, L">");
     {
         OwnOutput output;
@@ -123,7 +123,7 @@ TEST(DebugChannels, WithoutASinkNothingIsTouched)
     }
 }
 
-// A thread that is gone may have held the lock when the system ended it.
+// The system may have terminated a thread while it held the lock.
 TEST(DebugChannels, CloseDoesNotWaitForEver)
 {
     OwnOutput output;
@@ -136,7 +136,7 @@ TEST(DebugChannels, CloseDoesNotWaitForEver)
             [&]
             {
                 for (int i = 0; i < 10; ++i)
-                    output.Write(nullptr, 0, L"line"); // a tenth of a second each, as long as there is a log file
+                    output.Write(nullptr, 0, L"line"); // each takes a tenth of a second as long as there is a log file
             });
         Sleep(20);
         const ULONGLONG begin = GetTickCount64();
@@ -148,7 +148,7 @@ TEST(DebugChannels, CloseDoesNotWaitForEver)
     EXPECT_FALSE(UtilIsDebugActive());
 }
 
-#ifndef _WIN32 // there the system ends a thread anywhere, also inside the lock
+#ifndef _WIN32 // the system ends a thread anywhere, even inside the lock
 TEST(DebugChannels, AThreadThatIsTerminatedWhileItTracesLeavesNoLock)
 {
     OwnOutput output;
@@ -167,7 +167,7 @@ TEST(DebugChannels, AThreadThatIsTerminatedWhileItTracesLeavesNoLock)
             Sleep(1);
         ASSERT_TRUE(TerminateThread(thread.Get(), 0));
         if (WaitForSingleObject(thread.Get(), 20'000) != WAIT_OBJECT_0)
-            std::abort(); // it would go on, in what this test gives up
+            std::abort(); // otherwise the thread would go on using objects of the finished test
         output.Write(nullptr, 0, L"still there");
     }
     std::size_t closing = 0;

@@ -1,4 +1,4 @@
-// What the debug output hands to a monitor.
+// The output that a monitor receives.
 #include "diag/debug_monitor.h"
 
 #include "core/thread_names.h"
@@ -69,12 +69,12 @@ TEST_F(DebugMonitorTest, LogFileAndTextGetEveryLine)
 {
     output.Write(L"TAG", 1, L">enter");
     output.Write(L"TAG", 0, L"inside");
-    monitor.hasData = true; // a channel that is to open later gets the line as it stands in the log
+    monitor.hasData = true; // until the channel is open, lines are sent in the form of the log
     output.Write(L"TAG", 0, L"data");
     EXPECT_THAT(Rests(), ElementsAre(">enter", " inside", " data"));
     EXPECT_EQ(output.Rests(), Rests());
     EXPECT_THAT(std::string(monitor.sent[2].NarrowText()), testing::StartsWith("- 1 0 0 TAG     : "));
-    EXPECT_EQ(monitor.searches, 0); // the log file is reason enough
+    EXPECT_EQ(monitor.searches, 0); // the log file is reason enough to write
 }
 
 TEST_F(DebugMonitorTest, OpenDataGetsTheMessageAlone)
@@ -83,7 +83,7 @@ TEST_F(DebugMonitorTest, OpenDataGetsTheMessageAlone)
     TheThreadNames().Enter(GetCurrentThreadId(), "Worker");
     output.Write(L"TAG", 1, L"INIT\u25A0>enter %d", 1);
     TheThreadNames().Remove(GetCurrentThreadId(), TheThreadNames().Find(GetCurrentThreadId()));
-    output.Write(nullptr, 1, L""); // an empty text only counts
+    output.Write(nullptr, 1, L""); // an empty text only increases the counter
     output.Write(nullptr, 0, L"");
     output.Write(nullptr, -1, L"<leave");
     EXPECT_THAT(monitor.sent,
@@ -114,7 +114,7 @@ TEST_F(DebugMonitorTest, ALineOutOfAnotherIsDropped)
     monitor.isTalkative = true;
     output.Write(nullptr, 0, L"first");
     output.Write(nullptr, 0, L"second");
-    EXPECT_THAT(Rests(), ElementsAre("first", " second")); // its nesting counts
+    EXPECT_THAT(Rests(), ElementsAre("first", " second")); // the nesting of such lines counts
     EXPECT_EQ(output.Rests(), Rests());
 }
 

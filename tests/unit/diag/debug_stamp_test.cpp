@@ -35,7 +35,7 @@ TEST(DebugStamp, ColumnsByTheTable)
 {
     const struct
     {
-        const wchar_t* expected; // with the message "message" behind it
+        const wchar_t* expected; // followed by the message "message"
         scDebugStamp stamp;
         const wchar_t* section;
         int depth;
@@ -44,7 +44,7 @@ TEST(DebugStamp, ColumnsByTheTable)
         {L"00:00:00.000 ffffffff/40 5   message", {false, {}, 0, 0xFFFFFFFF, 64, 0xFFFFFFFF}, L"", 2},
         {L"34:56.789 00000001/13f 9 a b message", {true, kNoon, 2'096'789, 1, 319, 9}, L"a b", 0},
         {L"00:00.000 00000001/00 0 message", {true, {}, 3'600'000, 1, 0, 0}, L"", 0},
-        // Only the low 32 bits count: 71,582 minutes and 47.295 seconds
+        // Only the low 32 bits are used: 71,582 minutes and 47.295 seconds
         {L"02:47.295 00000001/00 0 message", {true, {}, 0x7'FFFF'FFFF, 1, 0, 0}, L"", 0}};
     for (const auto& row : cases)
     {
@@ -59,7 +59,7 @@ TEST(DebugStamp, TheUsersSettingDecidesOnceForTheTimeSource)
 {
     const qxtest::OwnSettings settings;
     EXPECT_FALSE(DebugTimeSource(kCounter).UsesCounter()); // no key
-    // A text of more than 63 characters doesn't fit the buffer of 128 bytes.
+    // A text of more than 63 characters doesn't fit in the buffer of 128 bytes.
     for (const auto& [value, usesCounter] :
         {std::pair<String, bool>(L"T", true), {L"f", true}, {L"", true}, {L" F", true}, {Filled(L'x', 63), true},
             {L"F", false}, {L"False", false}, {L"0", false}, {L"01", false}, {Filled(L'x', 64), false}})

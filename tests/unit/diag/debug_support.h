@@ -1,4 +1,4 @@
-// A debug output of a test's own, which writes to a log file.
+// A private debug output for a test, which writes to a log file.
 #pragma once
 
 #include "diag/debug_channels.h"
@@ -24,7 +24,7 @@ public:
     OwnOutput() { channels.SetLogFile(qx::DebugLogFile(path, false)); }
     ~OwnOutput() { channels.Close(); }
 
-    // As the exported functions do.
+    // Writes a line like the exported functions.
     void Write(const wchar_t* tag, int indentChange, const wchar_t* format, ...)
     {
         va_list arguments;
@@ -34,7 +34,7 @@ public:
     }
 
     std::vector<std::string> Lines() const { return LogLines(path); }
-    // What stands behind the stamps: sections, indentation, messages.
+    // Returns the text after the stamps: sections, indentation, messages.
     std::vector<std::string> Rests() const
     {
         std::vector<std::string> rests;

@@ -52,7 +52,7 @@ TEST(LogFile, HoldsPlainUnitsAndGrowsWhileSomebodyReads)
     EXPECT_EQ(BytesOf(path), std::string("olda\0\xA0\x25\r\0\n\0a\0\xA0\x25\r\0\n\0", 19));
 }
 
-// A tenth of a second is what a line waits for a file that somebody keeps.
+// A line waits a tenth of a second for a locked file.
 TEST(LogFile, ALineIsLostWhereTheFileIsLocked)
 {
     OwnOutput output;
@@ -62,7 +62,7 @@ TEST(LogFile, ALineIsLostWhereTheFileIsLocked)
     ASSERT_NE(keeper, INVALID_HANDLE_VALUE);
     const ULONGLONG begin = GetTickCount64();
     output.Write(nullptr, 1, L">lost");
-    EXPECT_GE(GetTickCount64() - begin, 85u); // less the coarseness of the clock
+    EXPECT_GE(GetTickCount64() - begin, 85u); // minus the resolution of the clock
     CloseHandle(keeper);
     output.Write(nullptr, -1, L"<after");
     EXPECT_EQ(output.Rests(), (std::vector<std::string>{"before", "<after"}));

@@ -20,7 +20,7 @@ using namespace qxtest;
 namespace
 {
 
-// Answers each attempt of an open with an error of the test's choice, and the last with a handle if there is one.
+// Fails each attempt of an open with an error given by the test. The last attempt returns the handle, if there is one.
 class ScriptedFile : public clsFileRW
 {
 public:
@@ -47,7 +47,7 @@ protected:
 class FileLock : public testing::Test
 {
 protected:
-    // Whether another object could have the range. Between processes the system's locks are tested with the layer.
+    // Returns true if another object could lock the range. The layer's tests cover locks between processes.
     bool IsFree(DWORD offset, DWORD length)
     {
         Reader other(_path, FileShare::ReadWrite);
@@ -71,9 +71,10 @@ TEST(NameCheck, Devices)
 
 TEST(NameCheck, LooksAtTheLastComponent)
 {
-    for (const wchar_t* name : {L"dir\\a.txt", L"CON/a.txt", L"COM0", L"LPT0.log", L"CON.a.b", // one extension only
-             L"con", L"nul.txt",                                                               // case counts
-             L"CONX", L"XCON", L".a", L"a b.c d", L"\u00E4\u4E00"})
+    for (const wchar_t* name :
+        {L"dir\\a.txt", L"CON/a.txt", L"COM0", L"LPT0.log", L"CON.a.b", // only one extension is removed
+            L"con", L"nul.txt",                                         // case is significant
+            L"CONX", L"XCON", L".a", L"a b.c d", L"\u00E4\u4E00"})
         EXPECT_TRUE(IsFileNameAllowed(name)) << testing::PrintToString(name);
     for (const wchar_t* name :
         {L"CON", L"dir\\CON", L"dir/NUL.txt", L"PRN.a", L"AUX", L"COM1", L"COM9.log", L"LPT1.log", L"", L"dir/",
@@ -161,7 +162,7 @@ TEST(FileOpen, TriesThreeTimesAndWaitsOnlyForTemporaryFiles)
     };
     for (const auto& c : cases)
     {
-        // On a busy machine any of them may take long, but not all.
+        // On a busy machine some of them may take long, but not all.
         ULONGLONG shortest = ~0ULL;
         for (int i = 0; i < 5; ++i)
         {
@@ -216,13 +217,13 @@ TEST_F(FileLock, HoldsUntilItIsGivenBack)
 {
     Reader file(_path, FileShare::ReadWrite);
     const auto lock = file.Lock(4, 2);
-    ASSERT_TRUE(lock && file.Lock(1000, 1)); // also behind the end
+    ASSERT_TRUE(lock && file.Lock(1000, 1)); // also past the end
     EXPECT_FALSE(IsFree(5, 1));
     EXPECT_TRUE(IsFree(6, 4) && IsFree(0, 4));
     file.Unlock(lock);
     EXPECT_TRUE(IsFree(4, 2));
     EXPECT_FALSE(IsFree(1000, 1));
-    file.Close(); // gives the rest back
+    file.Close(); // releases the remaining locks
     EXPECT_TRUE(IsFree(1000, 1));
 }
 
@@ -269,7 +270,7 @@ TEST(StreamLock, GivesUpAfterTenSeconds)
     EXPECT_GE(stream.lockTries, 3);
 }
 
-// A record is told by its range, so of two equal ones each can be given back once.
+// Locks are identified by their range, so two equal ones can be released once each.
 TEST(StreamLock, EqualRangesAreGivenBackOneByOneAndTheRestAtTheEnd)
 {
     FakeStream stream;

@@ -1,4 +1,4 @@
-// A file object over a file or a stream, by its own operations and as COM consumers see it.
+// The file class over a file or a stream, through its own functions and as COM callers see it.
 #include "files/file.h"
 
 #include "support/debug_lines.h"
@@ -37,7 +37,7 @@ ULARGE_INTEGER Large(std::uint64_t value)
     return large;
 }
 
-// Fails from some byte on, as a file does that another process cuts meanwhile.
+// Fails from a given byte on, like a file that another process truncates in the meantime.
 class CutStream : public FakeStream
 {
 public:
@@ -105,7 +105,7 @@ TEST(File, ReadsAndWritesAStream)
     EXPECT_EQ(file.WriteChars(L"a"), 1);
     EXPECT_EQ(stream.bytes, std::string("0123XYa\0", 8));
 
-    // Of a new position the low 32 bits come back, with sign; Tell has them all.
+    // Seek returns the low 32 bits of the new position with sign; Tell returns all bits.
     EXPECT_EQ(file.Seek(0x180000000), -0x80000000LL);
     EXPECT_EQ(file.Tell(), 0x180000000);
     stream.seekResult = E_FAIL;
@@ -229,7 +229,7 @@ TEST(File, ReserveMakesRoomAndStays)
     EXPECT_STREQ(lines.Last().Text(), L"ERR: Stream->SetEOF(4) failed!");
 }
 
-// Beyond what Tell can tell: the file is sparse, so nothing of that size is stored.
+// Positions above 4 GB. The file is sparse, so it occupies little space.
 TEST(File, PositionsFrom4GB)
 {
     constexpr std::int64_t kFar = 0x100000000 + 10;
@@ -270,7 +270,7 @@ TEST(FileCopy, CopiesTheRemainderAndEndsThere)
     back.Close();
     EXPECT_EQ(BytesOf(to), "##" + bytes);
 
-    // With nothing to copy the end is set all the same.
+    // The end is set even if there is nothing to copy.
     clsFile closed;
     file.Seek(4000000);
     for (clsFile* source : {static_cast<clsFile*>(&file), &closed})
@@ -328,7 +328,7 @@ TEST_F(FileStream, OnlyARWWrites)
 {
     clsFileRO readOnly;
     clsFileRW noWriting, file;
-    OpenAs(readOnly); // with write access: the type decides
+    OpenAs(readOnly); // with write access: the type of the object decides
     OpenAs(noWriting, FileAccess::Read);
     OpenAs(file);
     ULONG written = 99;
@@ -355,7 +355,7 @@ TEST_F(FileStream, SetSizeKeepsThePositionOrGoesToTheStart)
         EXPECT_EQ(file.GetSize(), size);
         EXPECT_EQ(file.Tell(), position);
     }
-    // A size that no file can have doesn't cut it.
+    // A size that no file can have doesn't truncate the file.
     EXPECT_EQ(stream->SetSize(Large(~std::uint64_t{0})), E_INVALIDARG);
     EXPECT_EQ(file.GetSize(), 4);
 }
@@ -410,7 +410,7 @@ TEST_F(FileStream, HeldStreamDoesTheWorkWhateverTheType)
     STATSTG record = {};
     EXPECT_EQ(stream->Stat(&record, STATFLAG_NONAME), S_OK);
     EXPECT_EQ(record.cbSize.QuadPart, 3U);
-    // Committing isn't left to it where the type may not write.
+    // Commit isn't forwarded if the type doesn't permit writing.
     EXPECT_EQ(stream->Commit(0), S_OK);
     EXPECT_EQ(fake.commits, 0);
     EXPECT_EQ(writer.Commit(0), S_OK);
@@ -429,7 +429,7 @@ TEST_F(FileStream, Interfaces)
     IUnknown *unknown = nullptr, *again = nullptr, *marshal = nullptr;
     ASSERT_EQ(stream->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&unknown)), S_OK);
     ASSERT_EQ(stream->QueryInterface(IID_IMarshal, reinterpret_cast<void**>(&marshal)), S_OK);
-    // The marshaler is part of the object: it leads back to the same identity.
+    // The marshaler is part of the object: it returns the same identity.
     ASSERT_EQ(marshal->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&again)), S_OK);
     EXPECT_EQ(again, unknown);
     void* nothing = &nothing;

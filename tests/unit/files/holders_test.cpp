@@ -45,7 +45,7 @@ TEST(AutoRelease, CountsReferences)
         EXPECT_EQ(stream.references, 2U);
         c.Adopt(a.Detach());
         EXPECT_EQ(stream.references, 2U);
-        *c.Receive() = &stream; // as a call does that gives a reference
+        *c.Receive() = &stream; // like a call that returns a reference
         EXPECT_EQ(stream.references, 1U);
         stream.AddRef();
     }

@@ -1,4 +1,4 @@
-// Files opened in the two ways that nearly all tests need.
+// Opens files in the two ways that nearly all tests need.
 #pragma once
 
 #include "files/file.h"

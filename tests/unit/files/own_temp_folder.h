@@ -1,4 +1,4 @@
-// A temp folder of the test program's own, set before anything asks for the user's.
+// A private temp folder for the test program, set before the user's folder is queried.
 #pragma once
 
 #include "support/temp_folder.h"
@@ -17,7 +17,7 @@ public:
     ~OwnTempFolder() { RemoveDirectoryW(Path(L"trelmo")); }
 };
 
-// The one of this program.
+// Returns the temp folder of this program.
 inline const OwnTempFolder& TempFolderOfTests()
 {
     static const OwnTempFolder folder;

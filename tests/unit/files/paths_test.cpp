@@ -22,7 +22,7 @@ using namespace qxtest;
 namespace
 {
 
-// Chosen before anything asks for the user's.
+// Must be set before the user's folder is queried.
 const OwnTempFolder& temp = TempFolderOfTests();
 
 std::uint64_t nextNumber;
@@ -31,7 +31,7 @@ std::uint64_t CountedNumber()
     return nextNumber++;
 }
 
-// A file with some bytes that was last written to some days ago.
+// Creates a file with some bytes and a last write time several days ago.
 void MakeOldFile(const String& path, unsigned days)
 {
     FILETIME now;
@@ -67,7 +67,7 @@ TEST(Paths, Parts)
         EXPECT_STREQ(GetPathName(c.path).Text(), c.name);
         EXPECT_STREQ(GetPathExtension(c.path).Text(), c.extension);
     }
-    // What doesn't fit gives nothing, and overruns nothing.
+    // A text that doesn't fit produces an empty result and no overrun.
     String longName;
     longName.Fill(L'n', 5000);
     EXPECT_STREQ(GetPathName(longName).Text(), L"");
@@ -184,12 +184,12 @@ TEST(TempFiles, FallIntoTheTempFolderWithoutASubfolder)
 
 TEST(TempFiles, StaleOnesAreTakenOver)
 {
-    DeleteFileW(MakeTempFile(L"trelmo", L"x", L"tmp", true, nullptr)); // the folder is there
+    DeleteFileW(MakeTempFile(L"trelmo", L"x", L"tmp", true, nullptr)); // creates the folder
     MakeOldFile(NumberedFile(L"10"), 6);
     MakeOldFile(NumberedFile(L"11"), 8);
     MakeOldFile(NumberedFile(L"12"), 8);
 
-    // Six days are too fresh.
+    // Six days are too recent.
     nextNumber = 0x10;
     clsGenericHandleObjectAutoRelease holder;
     EXPECT_STREQ(MakeTempFile(L"trelmo", L"old", L"tmp", true, &holder, CountedNumber).Text(), NumberedFile(L"11"));
@@ -197,7 +197,7 @@ TEST(TempFiles, StaleOnesAreTakenOver)
     EXPECT_TRUE(GetFileSizeEx(holder.Get(), &size));
     EXPECT_EQ(size.QuadPart, 0);
 
-    // One in use is left alone, and without a holder nothing is taken over.
+    // A file in use is left alone, and without a holder no file is reused.
     nextNumber = 0x11;
     const String fresh = MakeTempFile(L"trelmo", L"old", L"tmp", true, nullptr, CountedNumber);
     EXPECT_STREQ(fresh.Text(), NumberedFile(L"13").Text());

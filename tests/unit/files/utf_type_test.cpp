@@ -24,7 +24,7 @@ std::string UTF16LE(const std::wstring_view text)
     return {reinterpret_cast<const char*>(text.data()), 2 * text.size()};
 }
 
-// Has no zero among its first two bytes in UTF-16, and no UTF-8 before its first zero.
+// In UTF-16 its first two bytes contain no zero, and the bytes before the first zero are not valid UTF-8.
 String LongText()
 {
     String text;
@@ -68,11 +68,11 @@ TEST(UTFTypeOfFile, ByMarkZeroBytesAndContent)
     }
 }
 
-// Whether the text is taken for UTF-8 without the system's tests having a say: these say no, or are asked last.
+// Texts that must not be detected as UTF-8 by the library's own test: the system's tests say no, or come last.
 TEST(UTFTypeOfFile, WhatIsNoUTF8)
 {
     const std::string filler(250, 'x');
-    // A continuation without a lead, longer than needed, cut by the end, above U+FFFF.
+    // A continuation byte without a lead, overlong forms, sequences truncated by the end, characters above U+FFFF.
     const char* const bad[] = {"\x80", "\xC0\x80", "\xC1\xBF", "\xE0\x9F\xBF", "\xC3", "\xE2\x82", "\xC3x",
         "\xF0\x9F\x98\x80", "\xF8\x88\x80\x80\x80", "\xFE", "\xFF"};
     for (const char* sequence : bad)
@@ -92,7 +92,7 @@ TEST(UTFTypeOfFile, NotAtTheBeginning)
     Reader file(folder.Make(L"marked", "\xEF\xBB\xBF" + std::string(300, 'a')));
     EXPECT_EQ(file.GetUTFType(), UTFType::UTF8);
     EXPECT_EQ(lines.Count(), 0U);
-    // The size test passes, but what is left is shorter than the size.
+    // The size test passes, but less than the size remains.
     EXPECT_EQ(file.GetUTFType(), UTFType::Unknown);
     EXPECT_STREQ(lines.Only().Text(), L"clsFile::GetUTFType(): file not at BOF!");
 

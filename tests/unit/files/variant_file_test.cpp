@@ -1,4 +1,4 @@
-// Variants as bytes.
+// Variants in binary form.
 #include "files/variant_file.h"
 
 #include "support/variant_values.h"
@@ -96,11 +96,11 @@ TEST(VariantFile, Arrays)
     ASSERT_EQ(back.Type(), VT_ARRAY | VT_VARIANT);
     ASSERT_EQ(back.Get().parray->rgsabound[0].cElements, 3u);
     EXPECT_TRUE(GetElement(back, {0}) == clsVariant(I4(7)));
-    EXPECT_EQ(GetElement(back, {1}).Type(), VT_ARRAY | VT_VARIANT); // the element type is gone
+    EXPECT_EQ(GetElement(back, {1}).Type(), VT_ARRAY | VT_VARIANT); // the element type is lost
     EXPECT_STREQ(ToString(GetElement(GetElement(back, {1}), {0})), L"b");
     EXPECT_EQ(GetElement(back, {2}).Type(), VT_EMPTY);
 
-    // Elements of other types have no value of their own.
+    // Elements of other types are written without a value.
     EXPECT_EQ(Saved(ArrayOf(VT_I4, {I4(1), I4(2)})), "\3\x20\3\0\2\0\0\0\0\0\0\0"sv);
     Value none(VT_ARRAY | VT_I4);
     EXPECT_EQ(Saved(none), "\3\x20\3\0\0\0\0\0"sv);
@@ -125,7 +125,7 @@ TEST(VariantFile, TextEndsAtAZero)
         EXPECT_EQ(value.Type(), VT_BSTR);
         EXPECT_STREQ(ToString(value), row.text);
     }
-    // Longer than what is read at a time, between other values.
+    // Longer than one read block, between other values.
     String longText;
     longText.Fill(L'x', 10001);
     MemoryFile file;
@@ -143,7 +143,7 @@ TEST(VariantFile, TextEndsAtAZero)
 
 TEST(VariantFile, DamageGivesLessOrNothing)
 {
-    // Nothing to read leaves the value; what can't be read makes it empty.
+    // With nothing to read, the value is unchanged; unreadable data makes it empty.
     EXPECT_TRUE(Loaded("", 0) == clsVariant(I4(-7)));
     EXPECT_TRUE(Loaded("\3", 1) == clsVariant(I4(-7)));
     for (const std::string_view bytes : {"\3\0\7\0\0"sv, "\x49\0"sv, "\x0d\0"sv, "\3\x40"sv, "\x25\0"sv})
@@ -158,7 +158,7 @@ TEST(VariantFile, DamageGivesLessOrNothing)
         EXPECT_LE(value.Get().parray->rgsabound[0].cElements, 4u);
     }
 
-    // A count that the source can't hold, a count that is none, one of another type.
+    // A count beyond the available data, an invalid count, a count of another type.
     for (const auto& row : {std::pair<std::string_view, ULONG>{"\x0c\x20\3\0\xff\xff\xff\x7f\1\0\1\0"sv, 2},
              {"\x0c\x20\3\0\xff\xff\xff\xff\1\0"sv, 0}, {"\x0c\x20\x08\0x\0\0\0\1\0"sv, 0},
              {"\x0c\x20\x08\0\x32\0\0\0\1\0\1\0"sv, 2}})
@@ -176,7 +176,7 @@ TEST(VariantFile, NestingHasAnEnd)
     std::string bytes;
     for (int i = 0; i < 100'000; ++i)
         bytes += "\x0c\x20\3\0\1\0\0\0"sv;
-    for (const std::string& damaged : {bytes, std::string(200'000, '\x20')}) // the second: counts that are arrays
+    for (const std::string& damaged : {bytes, std::string(200'000, '\x20')}) // the second one: counts that are arrays
     {
         MemoryFile file(damaged);
         clsVariant value;

@@ -1,4 +1,4 @@
-// The calendar class against the usual formula of Julian day numbers, which is one of whole numbers.
+// Compares the calendar class with the standard integer formula for Julian day numbers.
 #include "locale/date.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@ using namespace qx;
 namespace
 {
 
-// Of the day's noon. Years are astronomical: 0 is the year before 1.
+// Returns the number for noon of the day. Years are astronomical: 0 is the year before 1.
 std::int64_t JulianDayNumber(int year, int month, int day, bool isGregorian)
 {
     const int beforeMarch = month < 3 ? 1 : 0;
@@ -31,7 +31,7 @@ TEST(Calendar, CountsEveryDay)
                 const std::int64_t number = JulianDayNumber(year, month, day, isGregorian);
                 const bool isInMonth = number < JulianDayNumber(year + month / 12, month % 12 + 1, 1, isGregorian);
                 const bool exists = isInMonth && !(year == 1582 && month == 10 && day > 4 && !isGregorian);
-                // Before the year 1 the class gives the leap days of the years -1, -5, ... to -4, -8, ...
+                // Before the year 1 the class assigns the leap days of the years -1, -5, ... to -4, -8, ...
                 const bool isLeapDayBefore1 = year < 1 && month == 2 && day == 29;
                 const int yearOfEra = year < 1 ? year - 1 : year;
                 const clsDate date(day, month, yearOfEra);
@@ -39,8 +39,8 @@ TEST(Calendar, CountsEveryDay)
                     << yearOfEra << '-' << month << '-' << day;
                 if (!date.IsValid() || isLeapDayBefore1)
                     continue;
-                // Days begin at midnight. Before the year 1 the numbers are one off unless the March on which the class
-                // counts belongs to a leap year.
+                // Days begin at midnight. Before the year 1 the numbers are one too low unless the March from which the
+                // class counts belongs to a leap year.
                 const bool isOneHigher = year < 1 && (month < 3 ? year - 1 : year) % 4 != 0;
                 ASSERT_EQ(date.julianDay, number - (isOneHigher ? 0 : 1)) << yearOfEra << '-' << month << '-' << day;
                 if (year >= 1)

@@ -1,4 +1,4 @@
-// The merge of the system's locales with the library's rows, and the look-ups, on a system made for the purpose.
+// Merging the system's locales with the library's rows, and look-ups, on a simulated system.
 #include "locale/countries.h"
 
 #include <gtest/gtest.h>
@@ -81,7 +81,7 @@ struct Resolved
     LCID locale;
 };
 
-// All that is told of a country: English and native name, ISO code, calling code, currency, code page.
+// Returns all data of a country: English and native name, ISO code, calling code, currency, code page.
 String Told(clsCountries& countries, const wchar_t* name)
 {
     return String(String::kFormatted, L"%s, %s, %s, %d, %s, %d", countries.EnglishName(name).Text(),
@@ -96,13 +96,14 @@ TEST(Countries, AreFoundByEveryName)
     clsCountries countries(source, HostKind::Other);
     constexpr Resolved CASES[] = {{L"Germany", 1031}, {L"DEU", 1031}, {L"DE", 1031}, {L"49", 1031},
         {L"Deutschland", 1031}, {L"1031", 1031}, {L"0x0407", 1031}, {L"Germany*1031", 1031}, {L"GERMANY", 1031},
-        {L"Allemagne", 1031}, {L"D", 1031}, {L"de", 1031},                        // an ISO code before it is a language
-        {L"Germany*1070", 1070}, {L"1070", 1070}, {L"hsb", 1070}, {L"Nimska", 0}, // plain names are of the preferred
+        {L"Allemagne", 1031}, {L"D", 1031}, {L"de", 1031}, // an ISO code takes precedence over a language
+        {L"Germany*1070", 1070}, {L"1070", 1070}, {L"hsb", 1070},
+        {L"Nimska", 0}, // plain names refer to the preferred locale
         {L"de-AT", 3079}, {L"DE-at", 3079}, {L"A", 3079}, {L"Oesterreich", 0}, {L"CH", 2055}, {L"rm-CH", 1047},
         {L"Schweiz", 2055}, // preferred by its code
         {L"UZ", 1091}, {L"uz-Cyrl-UZ", 2115}, {L"uz", 1091}, {L"ar", 1025}, {L"Ghana*2057", 2057}, {L"GH", 2057},
         {L"gha", 2057}, {L"2057", 2057}, {L"0x0809", 2057}, {L"Republic of Ghana", 2057}, {L"en-GH", 2057},
-        {L"Ghana", 0}, {L"Nowhere*66567", 1031}, // the number is cut to 16 bits
+        {L"Ghana", 0}, {L"Nowhere*66567", 1031}, // the number is truncated to 16 bits
         {L"AQ", 0}, {L"FR", 0}, {L"ML", 0}, {L"", 0}, {L"Germany*", 0}, {L"?", 0}};
     for (const Resolved& row : CASES)
         EXPECT_EQ(countries.Locale(row.name), row.locale) << testing::PrintToString(row.name);
@@ -115,11 +116,11 @@ TEST(Countries, Values)
     clsCountries countries(source, HostKind::Other);
     constexpr std::pair<const wchar_t*, const wchar_t*> CASES[] = {
         {L"Autriche", L"Austria, Österreich, AT, 43, €, 1252"},
-        // Only the preferred locale has the values of the country, but for the row of names, which finds this key
+        // Only the preferred locale has the values of the country, except for the row of names, which finds this key
         // first.
         {L"rm-CH", L"Switzerland, , CH, 0, , 1252"}, {L"hsb-DE", L", , DE, 0, , 1252"},
-        {L"aq", L"Antarctica, , , 0, , 0"},                         // by the row alone
-        {L"fr", L", , , 0, , 0"}, {L"", L", , , 0, , 0"},           // behind the end of the rows
+        {L"aq", L"Antarctica, , , 0, , 0"},                         // only from the row
+        {L"fr", L", , , 0, , 0"}, {L"", L", , , 0, , 0"},           // past the end of the rows
         {L"GH", L"Ghana, Republic of Ghana, GHA, 233, cedi, 1252"}, // the last of the codes
         {L"Lao", L"Laos, Lao, LAO, 856, , 0"}}; // a key without a number, and a value with a question mark
     for (const auto& [name, told] : CASES)
@@ -173,7 +174,7 @@ TEST(Countries, Languages)
         EXPECT_EQ(countries.Language(row.name), row.locale) << testing::PrintToString(row.name);
 }
 
-// What the system doesn't tell is missing, and nothing else.
+// Only the values that the system doesn't provide are missing.
 TEST(Countries, WithoutSomeValues)
 {
     struct Case
@@ -198,7 +199,7 @@ TEST(Countries, WithoutSomeValues)
         EXPECT_EQ(countries.Language(L"de-AT"), row.language) << row.missing;
     }
 
-    // Without names of locales the tag is made of the codes, and the language alone is no name of a country.
+    // Without locale names the tag is composed of the codes, and a language alone is not a country name.
     clsFakeSource nameless = Europe();
     std::erase_if(nameless.values, [](const auto& value) { return value.first.second == NAME; });
     clsCountries countries(nameless, HostKind::Other);

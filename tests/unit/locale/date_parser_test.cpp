@@ -1,4 +1,4 @@
-// What users type, with given formats of a locale.
+// Dates as users type them, with given formats of a locale.
 #include <gtest/gtest.h>
 
 #include "unit/locale/date_support.h"
@@ -33,7 +33,7 @@ void Check(const DateSettings& settings, std::initializer_list<DateText> cases)
 
 TEST(DateParser, Patterns)
 {
-    EXPECT_STREQ(PatternOfDateFormat(L"yyyy. MM. dd."), // a prefix is one character, what else there is stays as it is
+    EXPECT_STREQ(PatternOfDateFormat(L"yyyy. MM. dd."), // a prefix is one character; anything else is kept
         L"(\\d{1,4}). (0?[0-9]|1[0-2]). ([012]?[1-9]|3[01]).");
     EXPECT_STREQ(PatternOfDateFormat(L"d 'de' M''yy"), L"([012]?[1-9]|3[01]) de (0?[0-9]|1[0-2])(\\d{1,4})");
     EXPECT_STREQ(PatternOfDateFormat(L"'d.'d'?'"), L"d\\.([012]?[1-9]|3[01])\\?");
@@ -51,7 +51,7 @@ TEST(DateParser, GermanTexts)
     Check(German(),
         {{L"31.12.2018 23:59:58", 0, "2018-12-31 23:59:58"}, {L"31.12.2018", MARK, "2018-12-31 --:--:--"},
             {L"31.12.2018 0:00", MARK, "2018-12-31 00:00:00"},
-            {L"10.12.2018", 0, "2018-12-10 00:00:00"}, // not by the format's own pattern
+            {L"10.12.2018", 0, "2018-12-10 00:00:00"}, // doesn't match the format's own pattern
             {L"20.12.2018 1:2:3", 0, "2018-12-20 01:02:03"}, {L"10.12.2018 1:05 pm", 0, "2018-12-10 13:05:00"},
             {L"1 . 2 . 2018", 0, "2018-02-01 00:00:00"}, {L"1.2.18", EXPAND, "2018-02-01 00:00:00"},
             {L"1.2.30", EXPAND, "1930-02-01 00:00:00"}, {L"1.2.29", EXPAND, "2029-02-01 00:00:00"},
@@ -59,7 +59,7 @@ TEST(DateParser, GermanTexts)
             {L"12.3.", 0, "2021-03-12 00:00:00"}, {L"12.3.", REPORT, "2021-03-12 00:00:00 -52"},
             {L"12.3.", ZERO, "0000-03-12 00:00:00"}, {L"12.3.", ZERO | REPORT, "0000-03-12 00:00:00"},
             {L"12.3.", ZERO | EXPAND, "2000-03-12 00:00:00"}, {L"12.", 0, "2021-07-12 00:00:00"},
-            {L"2018", 0, "2018-07-09 00:00:00"}, // a number alone is the year
+            {L"2018", 0, "2018-07-09 00:00:00"}, // a single number is the year
             {L"0.0.2018", REPORT, "2018-07-09 00:00:00 -52"}, {L"31.2.2018", 0, "2018-02-31 00:00:00 -52"},
             {L"31.2.2018", ZERO, "2018-02-31 00:00:00"}, {L"5.10.1582", 0, "1582-10-05 00:00:00 -52"},
             {L"1.13.2018", 0, "2018-13-01 00:00:00 -52"},
@@ -70,7 +70,7 @@ TEST(DateParser, GermanTexts)
             {L"2018-02-03T04:05", 0, NOTHING}, {L"1/2/2018", 0, NOTHING}, {L"1.2.2018 24:00", 0, NOTHING},
             {L"1.2.2018 x", 0, NOTHING}, {L"x", REPORT, NOTHING}, {L"12:30", 0, NOTHING},
             {L"12:30", TIME, "0000-00-00 12:30:--"}, {L"12:30", TIME | ZERO, "0000-00-00 12:30:00"},
-            {L"12:05:12", TIME, "0000-00-00 12:05:12"}, // seconds aren't the half of the day
+            {L"12:05:12", TIME, "0000-00-00 12:05:12"}, // seconds are not an AM or PM marker
             {L"1:05:06 pm", TIME, "0000-00-00 13:05:06"}, {L"12:05 AM", TIME | REPORT, "0000-00-00 00:05:00"},
             {L"24:00", TIME, NOTHING}, {L"1.2.2018", TIME, "2018-02-01 00:00:00"}});
 }
@@ -83,22 +83,22 @@ TEST(DateParser, AmericanTexts)
             {L"12/31/2018 13:05", 0, "2018-12-31 13:05:00"}, {L"12/31/2018 13:05 PM", 0, NOTHING},
             {L"12/31/2018 0:05 AM", 0, NOTHING}, {L"10/20/2018", 0, "2018-10-20 00:00:00"},
             {L"31/12/2018", 0, "2018-31-12 00:00:00 -52"},
-            {L"31.12.2018 13:05", 0, "2018-12-31 13:05:00"}, // dotted ones begin with the day
+            {L"31.12.2018 13:05", 0, "2018-12-31 13:05:00"}, // dotted dates begin with the day
             {L"2018-12-31 1:05 PM", 0, "2018-12-31 13:05:00"}, {L"1:05 PM", TIME, "0000-00-00 13:05:00"},
             {L"1:05", TIME, "0000-00-00 01:05:--"}});
 }
 
-// The own format with two digits of an hour of the half day.
+// The locale's own format with two-digit hours and an AM or PM marker.
 TEST(DateParser, TimesInAFormatWithAMarker)
 {
     DateSettings settings = American();
     settings.timeFormat = L"hh:mm:ss tt";
     Check(settings, {{L"05:06:07 pm", TIME, "0000-00-00 17:06:07"}, {L"12:06 am", TIME, "0000-00-00 00:06:00"},
                         {L"12:06:07 ", TIME, "0000-00-00 12:06:07"}});
-    // Together with a date the own format comes first too, and takes the hour as it stands.
+    // With a date, too, the own format is tried first. It takes the hour without regard to the marker.
     settings.dateFormat = L"MM/dd/yyyy";
     Check(settings, {{L"12/31/2018 05:06:07 pm", 0, "2018-12-31 05:06:07"}});
-    settings.timeFormat = L"hh:mm tt"; // where the third group isn't the seconds
+    settings.timeFormat = L"hh:mm tt"; // here the third group isn't the seconds
     Check(settings, {{L"05:06 PM", TIME, "0000-00-00 17:06:00"}});
 }
 
@@ -124,7 +124,7 @@ TEST(DateParser, AreKeptBySettings)
         own.dateFormat.Append(L'.');
         FindDateParser(own);
     }
-    EXPECT_EQ(Parsed(*german, L"1.2.2018", 0), "2018-02-01 00:00:00"); // whoever has one keeps it
+    EXPECT_EQ(Parsed(*german, L"1.2.2018", 0), "2018-02-01 00:00:00"); // an existing reference stays valid
 }
 
 } // namespace

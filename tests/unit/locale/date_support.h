@@ -1,4 +1,4 @@
-// What the tests of dates share.
+// Helpers shared by the tests of dates.
 #pragma once
 
 #include "support/shown_time.h"
@@ -11,7 +11,7 @@
 namespace qxtest
 {
 
-// What Show makes of no date at all.
+// The result of Show for no date.
 inline constexpr char NOTHING[] = "0000-00-00 00:00:00";
 
 inline qx::clsLocaleDateInfo Info(qx::DateOrder order, const wchar_t* dateSeparator, const wchar_t* timeSeparator)
@@ -23,7 +23,7 @@ inline qx::clsLocaleDateInfo Info(qx::DateOrder order, const wchar_t* dateSepara
     return info;
 }
 
-// As the system has them, without anyone's own settings.
+// The system's settings, without a user's changes.
 inline qx::DateSettings German()
 {
     return {Info(qx::DateOrder::DayMonthYear, L".", L":"), L"HH:mm:ss", L"dd.MM.yyyy"};
@@ -36,7 +36,7 @@ inline qx::DateSettings American()
 
 constexpr SYSTEMTIME TODAY{2021, 7, 0, 9, 10, 11, 12, 0};
 
-// The fields, and " -52" behind them if that is the result.
+// Returns the fields, followed by " -52" if that is the result.
 inline std::string Parsed(qx::clsDateParser& parser, const wchar_t* text, std::uint32_t flags)
 {
     SYSTEMTIME time;

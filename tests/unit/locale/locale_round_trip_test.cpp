@@ -1,5 +1,5 @@
-// What the system writes in a locale, read again by the formats of that locale: where it comes back as the same moment,
-// and where the rules of reading don't allow it.
+// Formats dates with the system's formats of a locale and parses them again with the same formats. Most must produce
+// the same moment; the tables list the ones for which the parsing rules prevent it.
 #include <gtest/gtest.h>
 
 #include "unit/locale/date_support.h"
@@ -14,11 +14,11 @@ using namespace qxtest;
 namespace
 {
 
-constexpr SYSTEMTIME MOMENTS[] = {{2018, 12, 0, 31, 23, 59, 58, 0}, // by any pattern
-    {2018, 12, 0, 10, 1, 2, 3, 0},                                  // a day that the format's own pattern doesn't take
-    {2020, 2, 0, 29, 0, 5, 0, 0},                                   // the first hour of the day
-    {1999, 11, 0, 9, 12, 0, 1, 0},                                  // the twelfth
-    {1601, 1, 0, 1, 9, 0, 0, 0},                                    // the first year that the system writes
+constexpr SYSTEMTIME MOMENTS[] = {{2018, 12, 0, 31, 23, 59, 58, 0}, // matches every pattern
+    {2018, 12, 0, 10, 1, 2, 3, 0}, // a day that the format's own pattern doesn't accept
+    {2020, 2, 0, 29, 0, 5, 0, 0},  // the first hour of the day
+    {1999, 11, 0, 9, 12, 0, 1, 0}, // the twelfth hour
+    {1601, 1, 0, 1, 9, 0, 0, 0},   // the first year that the system formats
     {2100, 7, 0, 20, 15, 4, 7, 0}};
 
 String Info(LCID locale, LCTYPE type)
@@ -27,7 +27,7 @@ String Info(LCID locale, LCTYPE type)
     return GetLocaleInfoW(locale, type, text, 256) > 0 ? text : L"";
 }
 
-// As if the locale were the user's.
+// Returns the settings as if the locale were the user's.
 DateSettings SettingsOf(LCID locale)
 {
     return {clsLocaleDateInfo(locale), Info(locale, LOCALE_STIMEFORMAT), Info(locale, LOCALE_SSHORTDATE)};
@@ -46,7 +46,7 @@ String Written(LCID locale, const SYSTEMTIME& time, bool withDate, bool withTime
     return text;
 }
 
-// The texts of the moments that don't come back.
+// Returns the texts of the moments that are not parsed back.
 std::set<std::string> Lost(LCID locale, bool withDate, bool withTime)
 {
     clsDateParser parser(SettingsOf(locale));
@@ -72,13 +72,13 @@ TEST(RoundTrip, OfLocales)
     struct Case
     {
         LCID locale;
-        std::size_t lost[3]; // of six dates, of dates with their times, of times
+        std::size_t lost[3]; // of six dates, of dates with times, of times
     };
     constexpr Case CASES[] = {{0x0407, {}}, {0x0409, {}}, {0x0809, {}}, {0x040c, {}}, {0x0411, {}}, {0x041e, {}},
         {0x041d, {}},         // German, American, British, French, Japanese, Thai, Swedish
-        {0x0401, {0, 6, 6}},  // Arabic: a half of the day by other letters than A and P isn't read
-        {0x040e, {2, 6, 0}}}; // Hungarian: a dot behind the date is only in the format's pattern, whose hour isn't
-                              // doubled and which takes no day 10 and 20
+        {0x0401, {0, 6, 6}},  // Arabic: AM/PM markers with letters other than A and P aren't recognised
+        {0x040e, {2, 6, 0}}}; // Hungarian: only the format's own pattern accepts a dot after the date, and it doesn't
+                              // accept single-digit hours or the days 10 and 20
     for (const Case& row : CASES)
         for (const int what : {0, 1, 2})
         {

@@ -1,4 +1,4 @@
-// Dates as machines write them; the rules of time zones.
+// Machine-readable dates; the rules of time zones.
 #include <gtest/gtest.h>
 
 #include "unit/locale/date_support.h"
@@ -61,7 +61,7 @@ TEST(MachineDate, ISO8601ByTheLetter)
     EXPECT_TRUE(ReadISO8601Date(L"2018-04-03T10:00:00+02:", time));
     EXPECT_EQ(Show(time), "2018-04-03 08:00:00");
 
-    // Without a sign it is local time, and "Z" is none.
+    // Without an offset the time is local, and "Z" is not an offset.
     for (const wchar_t* text :
         {L"2018-07-03", L"2018-07-03T00", L"2018-07-03T00:00", L"2018-07-03T00:00:00", L"2018-07-03T00:00:00Z"})
     {
@@ -86,7 +86,7 @@ TEST(MachineDate, ZonesByName)
     EXPECT_EQ(untouched.wMilliseconds, 8);
 }
 
-// What is read without the pattern is what the pattern would have found.
+// The hand-written parser must find exactly what the pattern finds.
 TEST(MachineDate, RFC822IsWhatThePatternFinds)
 {
     clsRegEx pattern(L"(?:\\w{3},\\s+)?(\\d+)\\s+(\\w{3})\\s+(\\d{4})\\s+(\\d+):(\\d+):(\\d+)"
@@ -111,7 +111,7 @@ TEST(MachineDate, RFC822IsWhatThePatternFinds)
         SYSTEMTIME time{};
         const bool isDate = pattern.Match(text, &matches);
         ASSERT_EQ(ReadRFC822Date(text.View(), time), isDate) << text.NarrowText();
-        if (!isDate || matches.Count() > 7) // with a zone the fields have moved
+        if (!isDate || matches.Count() > 7) // with a zone, the fields would be converted
             continue;
         ++found;
         for (const auto& [group, field] : {std::pair(1u, time.wDay), {3u, time.wYear}, {6u, time.wSecond}})
@@ -128,7 +128,7 @@ TEST(TimeZoneRules, OfOneYearAndOfAll)
     EXPECT_EQ(Show(ResolveZoneRule(absolute, 2030)), "2030-03-17 02:30:00");
     absolute.wMonth = 0;
     EXPECT_EQ(Show(ResolveZoneRule(absolute, 2030)), "2018-00-17 02:30:00");
-    // A leap year's last day of February, by all weekdays.
+    // The last day of February in a leap year, for each weekday.
     for (WORD day = 0; day < 7; ++day)
     {
         const SYSTEMTIME last{0, 2, day, 5, 0, 0, 0, 0}, third{0, 2, day, 3, 0, 0, 0, 0};

@@ -26,7 +26,7 @@ String Anchors(String html)
     return html;
 }
 
-// The same by the pattern itself.
+// The same conversion by the pattern itself.
 String AnchorsByPattern(const String& html)
 {
     clsRegEx findStart(L"<a", 0x8);
@@ -105,7 +105,7 @@ TEST(HtmlToText, Cases)
         {L"x<p <i>y</p>", L"xy\r"}, {L"x<p class=<td>y</td>z", L"xy z"}, {L"<a href=\"u\">text</a>", L"text [u]"},
         {L"<A class=c HREF=\"u\" id=i>U</A>!", L"u!"}, {L"<a href='u'>text</a>", L"text"},
         {L"\u00ABa \u00ABb\u00BB c\u00BB \u00AB \u00BB", L"a \u00ABb\u00BB c  "}, {L"\u00BB\u00ABx", L"\u00BB\u00ABx"},
-        {L"x \u00BB y", L"x \u00BBy"}, // an inner one ends no run of blanks
+        {L"x \u00BB y", L"x \u00BBy"}, // an inner guillemet doesn't end a run of blanks
         {L"a<br><br><br><br><br>b", L"a\r\rb"}, {L"a<br><br><br>b<br><br>c", L"a\r\rb\r\rc"}};
     for (const Case& c : cases)
         EXPECT_STREQ(HtmlToText(c.in, false).Text(), c.out) << ::testing::PrintToString(c.in);
@@ -126,7 +126,7 @@ TEST(HtmlToText, TextComesBack)
         EXPECT_STREQ(HtmlToText(TextToHtml(text, placeholders).Text(), placeholders).Text(), text + L"\r");
 }
 
-// The walk finds what the pattern finds, on markup put together at random from the pieces that matter.
+// The hand-written scan must find what the pattern finds, on random markup composed of the relevant pieces.
 TEST(ExpandAnchors, AgreesWithThePattern)
 {
     const wchar_t* pieces[] = {L"<a ", L"<A\n", L"<a", L"href=\"", L"HREF=\"", L"\"", L">", L"</a>", L"</A>", L"u",
@@ -141,7 +141,7 @@ TEST(ExpandAnchors, AgreesWithThePattern)
     }
 }
 
-// Texts that make a naive reader scan again and again. A quadratic walk would take minutes.
+// Texts that would make a naive parser rescan repeatedly. With quadratic time this would take minutes.
 TEST(HtmlToText, HostileTextTakesLinearTime)
 {
     const auto begin = std::chrono::steady_clock::now();

@@ -23,7 +23,7 @@ FARPROC WINAPI FakeGetProcAddress(HMODULE, LPCSTR name)
     return std::string(name) == answeredName ? reinterpret_cast<FARPROC>(1) : nullptr;
 }
 
-// A library that is there whatever its name, or that loads by its name and counts how often that is tried.
+// A library that counts as loaded under any name, or that loads by name and counts the attempts.
 class Library : public CLateLoadBase
 {
 public:
@@ -126,7 +126,7 @@ TEST(LateLoad, AnswersAreKeptAndFailuresLoggedOnRequest)
     EXPECT_EQ(missing.State(), LateState::Missing);
     EXPECT_EQ(loaded.loads, 1);
 
-    Library later(L""); // gets its name later
+    Library later(L""); // receives its name later
     EXPECT_FALSE(later.EnsureLoaded(L"kernel32", false));
     EXPECT_TRUE(later.EnsureLoaded(L"another", true));
     EXPECT_EQ(later.Module(), GetModuleHandleW(L"kernel32"));
@@ -187,7 +187,7 @@ TEST_F(Siblings, TheLibrarysOwnFolderComesLastAndThenTheOldOneIsBack)
     {
         SiblingOfAnyVersion library;
         int found = 0;
-        // The last attempt is for the version that is known to fit, even if nobody asked for it.
+        // The last attempt uses the version known to be compatible, even if it wasn't requested.
         EXPECT_FALSE(library.LoadVersioned(L"no", 25, 24, found));
     }
     clsTrlmCTL library;

@@ -21,7 +21,7 @@ using namespace qxtest;
 namespace
 {
 
-constexpr std::uint32_t kBelow = 0x80000000; // marks the place of a directory
+constexpr std::uint32_t kBelow = 0x80000000; // marks the offset of a directory
 
 class Bytes : public std::vector<std::uint8_t>
 {
@@ -34,7 +34,7 @@ public:
         resize(std::max(size(), place + sizeof value));
         std::memcpy(data() + place, &value, sizeof value);
     }
-    void Add(std::wstring_view text) // with its end
+    void Add(std::wstring_view text) // with its terminator
     {
         for (const wchar_t unit : text)
             Put(size(), unit);
@@ -43,7 +43,7 @@ public:
     void Align() { resize((size() + 3) / 4 * 4); }
 };
 
-// A node of a version block.
+// Returns a node of a version block.
 Bytes VersionNode(std::wstring_view key, const std::vector<Bytes>& children)
 {
     Bytes node(6);
@@ -68,7 +68,7 @@ Bytes VersionText(std::wstring_view key, std::wstring_view text)
     return node;
 }
 
-// The translation 0409, 04b0.
+// Returns the translation 0409, 04b0.
 Bytes Translation()
 {
     Bytes value = VersionNode(L"Translation", {});
@@ -78,7 +78,7 @@ Bytes Translation()
     return VersionNode(L"VarFileInfo", {value});
 }
 
-// A loaded image with one section and its resources at `resources`, where the test puts them.
+// A loaded image with one section and its resources at `resources`, where tests put them.
 class FakeImage : public Bytes
 {
 public:
@@ -103,7 +103,7 @@ public:
         Put<std::uint32_t>(kSection + 12, 0x1800);
     }
 
-    // A directory of resources; places count from the start of the resources on.
+    // Adds a resource directory; offsets are relative to the start of the resources.
     void Directory(std::uint32_t place, std::uint16_t named, std::uint16_t numbered)
     {
         Put(kResources + place + 12, named);
@@ -123,12 +123,12 @@ public:
     HMODULE Module() const { return reinterpret_cast<HMODULE>(const_cast<std::uint8_t*>(data())); }
 };
 
-// Types at 0, names of type 16 at 0x100, languages at 0x200, two leaves.
+// Types are at 0, names of type 16 at 0x100, languages at 0x200; two leaves.
 FakeImage ImageWithBlock()
 {
     FakeImage image;
     image.Directory(0, 1, 2);
-    image.Entry(0, 0, kBelow | 0x400, kBelow | 0x300); // by name: passed over
+    image.Entry(0, 0, kBelow | 0x400, kBelow | 0x300); // has a name and is skipped
     image.Entry(0, 1, 3, kBelow | 0x300);
     image.Entry(0, 2, 16, kBelow | 0x100);
     image.Directory(0x100, 0, 1);
@@ -177,7 +177,7 @@ TEST(ModuleImage, TheLastLanguageOfTheBlockWithTheNumberOneAlone)
         {[](FakeImage& image) { image.Directory(0x100, 0, 2); }, -1},
         {[](FakeImage& image) { image.Directory(0x100, 1, 1), image.Entry(0x100, 1, 1, kBelow | 0x200); }, 0x1700},
         {[](FakeImage& image) { image.Entry(0, 2, 17, kBelow | 0x100); }, -1},
-        // Nothing behind the end is read.
+        // Nothing is read past the end.
         {[](FakeImage& image) { image.Leaf(0x510, FakeImage::kSize - 0x10, 0x40); }, 0x1600},
         {[](FakeImage& image) { image.Entry(0x100, 0, 1, 0xFFFFFFF0); }, -1},
         {[](FakeImage& image) { image.Entry(0, 2, 16, 0xFFFFFFF0); }, -1},
@@ -193,7 +193,7 @@ TEST(ModuleImage, TheLastLanguageOfTheBlockWithTheNumberOneAlone)
     }
     EXPECT_EQ(FindVersionBlock(nullptr), nullptr);
 
-    // A section of resources takes the directory's place.
+    // A section of resources replaces the directory.
     FakeImage image = ImageWithBlock();
     image.Put<std::uint32_t>(FakeImage::kResourcesPlace, 0x1900);
     EXPECT_EQ(PlaceOfBlock(image), -1);
@@ -209,7 +209,7 @@ TEST(ModuleDescription, VersionBuildAndLinkTime)
     {
         return Describe(image.Module(), Block(L"040904b0", texts));
     };
-    // A module of nobody has no file name; linked on 9 September 2001, 1:46 UTC.
+    // A module that doesn't exist has no file name; the link time is 9 September 2001, 1:46 UTC.
     const Bytes version = VersionText(L"FileVersion", L"5.6");
     const Bytes own = VersionText(L"CompanyName", L"trelmo or so");
     const String linked = describe({own, version});

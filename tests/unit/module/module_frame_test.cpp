@@ -78,7 +78,7 @@ TEST_F(ModuleFrame, StepsRunWhileTheLibraryIsKnown)
     DetachModule(kNoted); // nothing is left to do
     EXPECT_EQ(done, "start with the library, report with the library, close with the library, ");
 
-    // One that fails keeps none of the next from being done.
+    // A failing step must not prevent the following ones.
     done.clear();
     const ModuleSteps failing = {[] { throw std::bad_alloc(); }, [] { throw 1; }, kNoted.closeChannels};
     AttachModule(GetModuleHandleW(nullptr), failing);
@@ -101,7 +101,7 @@ TEST_F(ModuleFrame, InvalidParametersOfTheRuntimeAreLogged)
     AttachModule(GetModuleHandleW(nullptr), {});
     {
         const DebugLines lines;
-#ifndef _WIN32 // Wine's msvcrt.dll has no handlers, and mingw's stand-in only keeps them
+#ifndef _WIN32 // Wine's msvcrt.dll has no handlers, and mingw's replacement only stores them
         wchar_t path[4] = L"abc";
         EXPECT_NE(_wmakepath_s(path, 0, L"c", nullptr, nullptr, nullptr), 0);
         EXPECT_STREQ(lines.Only(), L"INVALID PARAMETER in CRT function detected - ignored");

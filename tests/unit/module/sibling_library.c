@@ -1,4 +1,4 @@
-/* What the tests take for a sibling library. */
+/* Plays the role of a sibling library in the tests. */
 #if defined(_WIN32)
 #define EXPORTED __declspec(dllexport)
 #else

@@ -26,7 +26,7 @@ Bytes FromHex(std::string_view hex)
     return bytes;
 }
 
-// The published vectors hold big-endian words, the library's blocks little-endian ones.
+// The published vectors use big-endian words, the library's blocks little-endian ones.
 Bytes WithSwappedWords(Bytes bytes)
 {
     for (auto word = bytes.begin(); word != bytes.end(); word += 4)
@@ -34,7 +34,7 @@ Bytes WithSwappedWords(Bytes bytes)
     return bytes;
 }
 
-// A key of 8 bytes is used in a cycle, so it is the same as its ninefold repetition, which fills all 72 bytes here.
+// A key of 8 bytes is used cyclically, so it is equivalent to its ninefold repetition, which has the full 72 bytes.
 std::string FullKey(std::string_view hex)
 {
     std::string key;
@@ -53,7 +53,7 @@ std::string Decoded(const wchar_t* text)
 
 } // namespace
 
-// Published by E. Young with the cipher; those whose key has no zero byte.
+// The vectors by E. Young, published with the cipher, whose keys contain no zero byte.
 TEST(Blowfish, PublishedVectors)
 {
     const struct
@@ -80,7 +80,7 @@ TEST(Blowfish, PublishedVectors)
 
 TEST(Blowfish, ShortKeysAreExtended)
 {
-    // The byte behind "abc" is ("c" * 3 * 97) % 255 + 1 = 250; in front of an empty key stands zero.
+    // The byte after "abc" is ("c" * 3 * 97) % 255 + 1 = 250; an empty key is preceded by zero.
     const auto sameCipher = [](const char* a, const char* b)
     {
         Bytes x(8, 1), y(8, 1);
@@ -110,7 +110,7 @@ TEST(Blowfish, LastBlockOverlapsTheOthers)
     cipher.Encode(encoded.data(), encoded.size());
     EXPECT_EQ(encoded, expected);
 
-    // There and back, whatever the length; less than a block is left alone.
+    // Round trips of every length; less than a block is left unchanged.
     std::mt19937 random(2);
     for (std::size_t size = 0; size < 64; ++size)
     {
@@ -125,7 +125,7 @@ TEST(Blowfish, LastBlockOverlapsTheOthers)
     }
 }
 
-// The vectors of RFC 4648, section 10, both ways.
+// The vectors of RFC 4648, section 10, in both directions.
 TEST(Base64, PublishedVectors)
 {
     const struct
@@ -147,13 +147,13 @@ TEST(Base64, ReadsLeniently)
     {
         const wchar_t* text;
         std::string bytes;
-    } cases[] = {{L" Zm9v\r\n\tYmFy \r\n", "foobar"}, // blanks around groups and behind the last
-        {L"Zm\u4E2D9v-_YmFy", "foobar"},              // any other character, inside a group too
-        {L"Zm9vYg", "foob\0\0"s},                     // an end without padding counts as zero bits
-        {L"Zm9vY", "foo`\0\0"s}, {L"@2@", "\xD8\0\0"s}, {L"Zg==Zm9v", "f\0\0foo"s}, // padding in the middle stays
-        {L"=AAA", ""}, {L"Zm9v====", "foo"}, // a group that begins with padding holds nothing
-        {L"Zg=A", "f"},                      // the third byte needs the second
-        {L"Zg\n==", "f\0"s},                 // inside a group the look-ahead is literal: it sees "\n="
+    } cases[] = {{L" Zm9v\r\n\tYmFy \r\n", "foobar"}, // blanks around groups and after the last one
+        {L"Zm\u4E2D9v-_YmFy", "foobar"},              // any other character, even inside a group
+        {L"Zm9vYg", "foob\0\0"s},                     // missing padding at the end counts as zero bits
+        {L"Zm9vY", "foo`\0\0"s}, {L"@2@", "\xD8\0\0"s}, {L"Zg==Zm9v", "f\0\0foo"s}, // padding in the middle is decoded
+        {L"=AAA", ""}, {L"Zm9v====", "foo"}, // a group that begins with padding contains nothing
+        {L"Zg=A", "f"},                      // the third byte requires the second
+        {L"Zg\n==", "f\0"s},                 // inside a group the look-ahead doesn't skip blanks: it sees "\n="
         {L"\n \x2192", ""}};                 // no symbol
     for (const auto& c : cases)
         EXPECT_EQ(Decoded(c.text), c.bytes) << "of " << ::testing::PrintToString(c.text);

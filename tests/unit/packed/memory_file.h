@@ -14,7 +14,7 @@
 namespace qxtest
 {
 
-// A file object over a stream in memory, at its beginning.
+// A file object over a stream in memory, positioned at the beginning.
 class MemoryFile : public qx::clsFileRW
 {
 public:

@@ -57,7 +57,7 @@ std::string RandomBytes(std::mt19937& random, std::size_t size)
 
 const std::string tag("QvX_Packed", 11);
 
-// Of matches short and long, so that each of zlib's parameters shows in what comes out.
+// Returns data with short and long matches, so that each of zlib's parameters affects the output.
 std::string Sample(std::size_t size)
 {
     std::mt19937 random(5);
@@ -93,7 +93,7 @@ TEST(PackedText, RoundTripsUnderEachForm)
         for (const bool compress : {false, true})
             for (const wchar_t* key : {L"", L"pass phrase", L"p\u00E4ss"})
             {
-                // An enciphered image of 8 to 11 bytes is never deciphered.
+                // An encrypted image of 8 to 11 bytes is never decrypted.
                 if (!compress && *key && size >= 8 && size < 12)
                     continue;
                 const std::string data = RandomBytes(random, size);
@@ -139,7 +139,7 @@ TEST(PackedText, ReadsFormsAndDamage)
         EXPECT_EQ(Unpack(c.text), c.bytes) << c.what;
 }
 
-// Straight to memory of any size as by way of a block, whatever stands between the symbols.
+// Unpacks directly to memory of any size or through a block, whatever is between the symbols.
 TEST(PackedText, UnpacksToMemoryThatJustFits)
 {
     std::mt19937 random(11);
@@ -175,7 +175,7 @@ TEST(DeflateStream, EachModeGivesTheBytesOfZlib)
         {8, -1, 8, 0}};
     for (const auto& [mode, level, memoryLevel, strategy] : kRows)
     {
-        const std::string data = Sample(level == 1 ? 1'100'000 : 100'000); // more than one chunk where that is quick
+        const std::string data = Sample(level == 1 ? 1'100'000 : 100'000); // more than one chunk at the fast level
         MemoryFile source(data), packed, unpacked;
         std::uint32_t crc = 1;
         EXPECT_EQ(DeflateStream(packed, source, mode, &crc, -1), Z_STREAM_END);

@@ -9,7 +9,7 @@
 using namespace qx;
 using namespace qxtest;
 
-// Whoever looks for a file that isn't there finds the reason in the log.
+// The log contains the reason for a missing file.
 TEST(ProfEmbedded, WhatIsLogged)
 {
     const TempFolder folder;

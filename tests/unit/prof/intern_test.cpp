@@ -31,11 +31,11 @@ bool AreNamesShared()
     return &FindLeafByPath(job->Root(), L"a")->Name() == &FindLeafByPath(job->Root(), L"l/a")->Name();
 }
 
-// The unit that takes the hash from one state to another: each step of the hash can be turned round.
+// Returns the unit that takes the hash from one state to another. Each step of the hash is invertible.
 std::uint64_t UnitBetween(std::uint64_t from, std::uint64_t to)
 {
     constexpr std::uint64_t kFactor = 0x9DDFEA08EB382D69;
-    std::uint64_t inverse = kFactor; // each round doubles the bits that are right
+    std::uint64_t inverse = kFactor; // each round doubles the number of correct bits
     for (int round = 0; round < 6; ++round)
         inverse *= 2 - kFactor * inverse;
     const auto unshift = [](std::uint64_t mixed)
@@ -47,7 +47,7 @@ std::uint64_t UnitBetween(std::uint64_t from, std::uint64_t to)
     return (a * inverse) ^ from;
 }
 
-// Of 8 characters each, without zeros and slashes; the hash of the library doesn't tell them apart.
+// Returns names of 8 characters without zeros and slashes that all have the same hash.
 std::vector<String> CollidingNames(std::size_t count)
 {
     std::vector<String> names;
@@ -105,8 +105,8 @@ TEST(ProfIntern, ChangingAValueForEverTakesNoMemory)
     EXPECT_LT(places.size(), 60u);
 }
 
-// Names made to have one hash, as a hostile file could hold them: the intern table and the list's index give up on
-// them, and nobody sees it.
+// Names constructed to have the same hash, as in a hostile file. The intern table and the list's index give up on them,
+// without any visible effect.
 TEST(ProfIntern, NamesOfOneHash)
 {
     const std::vector<String> names = CollidingNames(1500);

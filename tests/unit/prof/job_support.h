@@ -1,4 +1,4 @@
-// Jobs in memory, and trees as texts.
+// Jobs in memory, and trees as text.
 #pragma once
 
 #include "files/file.h"
@@ -28,7 +28,7 @@ inline std::string Bytes(std::wstring_view text)
     return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)};
 }
 
-// A tree in one line: leaves as "name=value;", lists as "[name]{...}".
+// Returns a tree as one line: leaves as "name=value;", lists as "[name]{...}".
 inline qx::String Tree(const qx::clsItemList& list)
 {
     qx::String text;

@@ -33,7 +33,7 @@ TEST(ProfReader, EightBitTextByTheCodePage)
         const wchar_t* tree;
     } cases[] = {{1252, "[/]\ngr\xFC\xDF=\x80\n", L"gr\u00FC\u00DF=\u20AC;"},
         {1251, "[/]\n\xEF\xF0=\xFF\n", L"\u043F\u0440=\u044F;"},
-        // The second byte of a character may be one of the syntax, as 0x5B and 0x7D here.
+        // The second byte of a character may be a syntax character, like 0x5B and 0x7D here.
         {932, "[/]\n\x83\x5B=\x83\x7D\n[\x83\x5B]\n", L"\u30BC=\u30DE;[\u30BC]{}"}};
     for (const auto& test : cases)
     {
@@ -62,7 +62,7 @@ TEST(ProfStream, TargetWithoutRoomKeepsWhatItHolds)
     }
 }
 
-// A few bytes can stand for very many. No more is unpacked than could be read.
+// A few bytes can decompress to very many. The size unpacked is limited to the size that can be read.
 TEST(ProfPacked, EndsAtTheLargestSize)
 {
     clsProfOutput image, packed;

@@ -11,7 +11,7 @@ using namespace qxtest;
 namespace
 {
 
-// What a list is told to be: a row of items, searched from the front.
+// A model of a list: a sequence of items, searched from the front.
 struct ModelItem
 {
     int name;
@@ -29,7 +29,8 @@ String TextOf(const std::vector<ModelItem>& model)
 
 } // namespace
 
-// The index of a list comes and goes behind the operations; order, first ones and duplicates stay those of the walk.
+// The index of a list is created and dropped internally. Order, first matches and duplicates must remain those of a
+// linear search.
 TEST(ProfTree, BehavesLikeAPlainRowOfItems)
 {
     std::mt19937 random(11);

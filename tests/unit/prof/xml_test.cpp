@@ -1,4 +1,4 @@
-// The two XML forms: what is written byte by byte, what is read, and every message.
+// The two XML forms: output byte by byte, input, and every message.
 #include "prof/path.h"
 #include "support/debug_lines.h"
 #include "unit/prof/job_support.h"
@@ -33,7 +33,7 @@ std::string XfdfSource(std::string_view lines)
     return std::string(kXfdfHead) + std::string(lines);
 }
 
-// The tree that a source gives; if it is refused, what is logged in front of it.
+// Returns the tree that is loaded. If the source is refused, the tree is preceded by the logged message.
 String Loaded(std::string_view bytes, const JobHolder& job = NewJob())
 {
     const MemoryStream stream(bytes);
@@ -98,7 +98,7 @@ TEST(ProfXml, EveryByteThatIsWritten)
                                                 L"[1]{[2]{a=\"b\"=;[3]{}}\r\n=line\r\n\r\nend;}");
     EXPECT_EQ(Saved(NewJob(), 1), "");
 
-    // At level 4 the indent is a tab.
+    // At level 4 the indentation becomes a tab.
     const JobHolder deep = NewJob();
     SetLeafByPath(deep->Root(), L"1/2/3/4/a", L"");
     EXPECT_NE(Saved(deep, 1).find(Bytes(L"\r\n\t<list name=\"4\">\r\n\t <item name=\"a\"></item>\r\n\t</list>\r\n")),
@@ -117,7 +117,7 @@ TEST(ProfXml, WhatIsReadAndWhatIsRefused)
 {
     const struct
     {
-        std::wstring_view lines; // behind the first
+        std::wstring_view lines; // after the first line
         String result;
     } cases[] = {{L"<profile>\n<item name=\"a\">b</item>\n</profile>\n", L"a=b;"},
         {L"<profile>\n<list name=\"l\">\n<item name=\"a\">b</item>\n", L"[l]{a=b;}"}, // missing ends are accepted
@@ -135,15 +135,16 @@ TEST(ProfXml, WhatIsReadAndWhatIsRefused)
         {L"<profile>\n<item name=\"a\">&#xFFFF;&#x10041;&#65601;&#x123456789ABC0042;</item>\n", L"a=\xFFFF"
                                                                                                 L"AAB;"},
         {L"<profile>\n<item name=\"a\">&#x;&#;&#0;&#x10000;&#xg;&#X41;</item>\n",
-            L"a=&#x;&#;&#0;&#x10000;&#xg;&#X41;;"}, // no zero is made
+            L"a=&#x;&#;&#0;&#x10000;&#xg;&#X41;;"}, // no zero is produced
         // comments
         {L"<profile>\n<!-- a --><item name=\"a\">b</item>\n", L"a=b;"},
         {L"<profile>\n<!-- a\t-->\t <item name=\"a\">b</item>\n", L"a=b;"},
         {L"<profile>\n<!--\n<item name=\"a\">b</item>\n--> <item name=\"c\">d</item>\n", L"c=d;"},
         {L"<profile>\n<!-- a\n<item name=\"a\">b</item> --> \n<item name=\"c\">d</item>\n", L"c=d;"},
         {L"<profile>\n<list name=\"l\">\n<!--\n</list>\n--></list>\n<item name=\"c\">d</item>\n", L"[l]{}c=d;"},
-        {L"<profile>\n<!-- a --> <!-- b\n<item name=\"c\">d</item>\n", L"c=d;"}, // one comment a line is looked for
-        {L"<profile>\n<!---->\n<item name=\"c\">d</item>\n", L""},               // no blank, no end
+        {L"<profile>\n<!-- a --> <!-- b\n<item name=\"c\">d</item>\n",
+            L"c=d;"},                                              // only one comment per line is recognised
+        {L"<profile>\n<!---->\n<item name=\"c\">d</item>\n", L""}, // without a blank the comment doesn't end
         {L"<profile>\n<!-- a --> text\n", LoadError(3, L"prof::xml: bad format")},
         {L"<profile>\n<!--\ntext -->\n", LoadError(4, L"prof::xml: bad format")},
         {L"<profile>\n<!--\n-->text\n", LoadError(4, L"prof::xml: bad format")},
@@ -155,7 +156,7 @@ TEST(ProfXml, WhatIsReadAndWhatIsRefused)
         {L"<profile>\n<profile>\n", LoadError(3, L"prof::xml::profile: bad nesting level (should be -1)")},
         {L"</profile>\n", LoadError(2, L"prof::xml::profile: bad nesting level (should be 0)")},
         {L"<profile>\n<item name=\"a\">b</item>\n<list name=\"l\">\n<item name=\"c\">d</item>\n</profile>\n",
-            LoadError(6, L"prof::xml::profile: bad nesting level (should be 0)", L"a=b;")}, // the unfinished list goes
+            LoadError(6, L"prof::xml::profile: bad nesting level (should be 0)", L"a=b;")}, // unfinished list dropped
         {L"<profile>\n<xfdf x>\n", LoadError(3, L"prof::xml::xfdf: bad nesting level (should be -1)")},
         {L"</xfdf>\n", LoadError(2, L"prof::xml::xfdf: bad nesting level (should be 0)")},
         {L"<profile>\n</xfdf>\n", L""}, {L"<profile>\n<item >\n", LoadError(3, L"prof::xml::item empty name")},
@@ -166,13 +167,13 @@ TEST(ProfXml, WhatIsReadAndWhatIsRefused)
         {L"<profile>\n<ITEM name=\"a\">b</ITEM>\n", LoadError(3, L"prof::xml::item no '</item>' tag found")},
         {L"<profile>\n<list x>\n", LoadError(3, L"prof::xml::list: name is empty")},
         {L"<profile>\n<list name=\"a>\n", LoadError(3, L"prof::xml::list: name is unfinished")},
-        // form data behind the head of the other form
+        // form data after the head of the other form
         {L"<xfdf x>\n<field name=\"a\">\n<value>b</value>\n</field>\n</xfdf>\n", L"a=b;"},
         {L"<xfdf x>\ntext\n", LoadError(3, L"prof::xml::xfdf: bad format ('<' expected)")}};
     for (const auto& test : cases)
         EXPECT_STREQ(Loaded(XmlSource(test.lines)), test.result) << testing::PrintToString(test.lines);
 
-    // In 8 bits too, and in a stream object, whose first line is no root's.
+    // Also in 8 bits, and in a stream object, whose first line isn't the root's.
     EXPECT_STREQ(Loaded("\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-16\" standalone=\"yes\"?>\n<profile>\n"
                         "<list name=\"\xC3\xA4\">\n<item name=\"a\">\xE2\x82\xAC&lt;</item>\n"),
         L"[\xE4]{a=\x20AC<;}");
@@ -195,7 +196,8 @@ TEST(ProfXfdf, EveryByteThatIsWritten)
     EXPECT_EQ(Saved(job, 2), whole);
     EXPECT_STREQ(Loaded(whole), L"Title= Report <&> \"'\r\n\t\x2401\x20AC\xD83D\xDE00;1.2.a=\"b\"=;1.\r=line\n\rend;");
     EXPECT_EQ(Saved(NewJob(), 2), "");
-    // The root of a stream object has no tag either; what XML can't hold is replaced; long values are written whole.
+    // The root of a stream object has no tag either; characters that XML can't represent are replaced; long values are
+    // written completely.
     const JobHolder object = NewJob(ProfMode::Hold, L"object", 3);
     String value;
     for (int i = 0; i < 1023; ++i)
@@ -212,7 +214,7 @@ TEST(ProfXfdf, WhatIsReadAndWhatIsRefused)
     const std::string tag = std::string(kXfdfTag);
     const struct
     {
-        std::string lines; // behind the head
+        std::string lines; // after the head
         String result;
     } cases[] = {{tag + "<fields>\n<field name=\"a\">\n<field "
                         "name=\"b\">\n<value>c</value>\n</field>\n<value>d</value>\n</field>\n"
@@ -230,7 +232,7 @@ TEST(ProfXfdf, WhatIsReadAndWhatIsRefused)
             L"a=1;c=;"},
         {tag + "<!-- <value>a</value> --><value>b</value>\n<ids original=\"x\"/>\n<f href=\"a.pdf\"/>\n<x", L"=b;"},
         {"", L""},
-        // in any encoding: what is no UTF-8 is of the default code page
+        // in any encoding: invalid UTF-8 is read in the default code page
         {tag + "<value>\xC3\xA4\xF0\x9F\x98\x80</value>\n", L"=\xE4\xD83D\xDE00;"},
         // messages
         {tag + "text\n", LoadError(3, L"prof::xml::xfdf: bad format ('<' expected)")},
@@ -246,7 +248,7 @@ TEST(ProfXfdf, WhatIsReadAndWhatIsRefused)
         EXPECT_STREQ(Loaded(XfdfSource(test.lines)), test.result) << test.lines;
 }
 
-// Sequences that nothing ends, or that stay: a search to the end of the text for each would take hours.
+// Sequences that are unterminated or unknown. If each caused a search to the end of the text, this would take hours.
 TEST(ProfXml, UnmasksInLinearTime)
 {
     for (const String sequence : {L"&#1", L"&#0", L"&lt"})
@@ -261,7 +263,7 @@ TEST(ProfXml, UnmasksInLinearTime)
     }
 }
 
-// Fields inside each other make long names of few characters.
+// Nested fields produce long names from few characters.
 TEST(ProfXfdf, NamesOfNestedFieldsAreBounded)
 {
     const auto nested = [](int depth, bool hasValues)
@@ -281,7 +283,7 @@ TEST(ProfXfdf, NamesOfNestedFieldsAreBounded)
     EXPECT_GT(job->Root().Count(), 300u);
 }
 
-// What is written can be read again, or isn't written.
+// What can't be read back must not be written.
 TEST(ProfXfdf, LongAndDeepNamesComeBackOrAreRefused)
 {
     const auto tree = [](int depth, std::size_t nameLength, int leaves)
@@ -325,11 +327,11 @@ TEST(ProfForms, DamageGivesATreeOrTheError)
             clsFileRO file(stream);
             const JobHolder job = NewJob();
             const bool isLoaded = job->Load(file);
-            if (form != kProfSavePacked) // which has no check sum: some bytes come out, perhaps a few only
+            if (form != kProfSavePacked) // without a checksum some bytes are decoded, perhaps only a few
             {
                 EXPECT_EQ(job->Error(), isLoaded || bytes.size() < 4 ? kProfOk : kProfMalformed);
             }
-            // Whatever is in the tree can be written.
+            // Any tree can be written.
             EXPECT_EQ(job->Serialise(MemoryStream(), 1), kProfOk);
         };
         for (std::size_t size = 0; size < whole.size(); ++size)
@@ -343,7 +345,7 @@ TEST(ProfForms, DamageGivesATreeOrTheError)
     }
 }
 
-// Trees of any characters that no form replaces, with names that are empty or repeat, go from form to form.
+// Random trees without replaceable characters, with empty and repeated names, survive conversion from form to form.
 TEST(ProfForms, RandomTreesComeBack)
 {
     std::mt19937 random(5);
@@ -353,7 +355,7 @@ TEST(ProfForms, RandomTreesComeBack)
         {
             constexpr std::wstring_view kSpecial = L"&<>'\" ;#x[]=/.{}\xFFFD\xD800\x2400\x2420\t\x01\x1F";
             const auto any = static_cast<wchar_t>(0x20 + random() % 0xFFDF);
-            const unsigned row = any >> 8; // of those that stand for others
+            const unsigned row = any >> 8; // characters that represent others
             switch (random() % 4)
             {
             case 0:

@@ -1,4 +1,4 @@
-// The job dispatcher: lists, workers, the ways that a job goes; and the wrapper over the system's thread pool.
+// The job dispatcher: lists, workers, the paths of a job; and the wrapper of the system's thread pool.
 #include "support/test_jobs.h"
 #include "threads/port_job_dispatcher.h"
 #include "threads/processor_count.h"
@@ -23,7 +23,7 @@ ThreadedJobs MakeJob(TestJob* job, IUTThreadedJobHost* host, const wchar_t* name
     ThreadedJobs record;
     record.Emplace(name, reinterpret_cast<IUnknown*>(job), host);
     if (job)
-        job->Release(); // the record's now
+        job->Release(); // now owned by the record
     return record;
 }
 
@@ -79,7 +79,7 @@ TEST_F(JobDispatcher, WorkersComeWithTheJobsThatNeedThem)
     {
         pool.AddJob(MakeJob(new TestJob(counts, hold), &host));
         EXPECT_EQ(pool.WorkerCount(), workers);
-        EXPECT_TRUE(WaitUntil([&] { return counts.runs != 0; })); // the second job is queued then
+        EXPECT_TRUE(WaitUntil([&] { return counts.runs != 0; })); // the second job is queued by now
     }
     EXPECT_FALSE(pool.IsIdle());
     go.Set();
@@ -101,7 +101,7 @@ TEST_F(JobDispatcher, WhoIsTold)
             EXPECT_EQ(GetCurrentThreadId(), caller);
             EXPECT_EQ(job == nullptr, *name == L'n' || *name == 0);
             back.push_back(*name == L'n' ? L"none" : *name == L'd' ? L"declined" : L"hostless");
-            return 1; // doesn't matter here
+            return 1; // ignored here
         });
     finalizing.letsLibraryWait = false;
     pool.AddJob(MakeJob(new TestJob(counts), nullptr, L"hostless"));
@@ -133,12 +133,12 @@ TEST_F(JobDispatcher, JobsForTheCaller)
                                 0, false),
             i == 1 ? &host : &declining));
     EXPECT_EQ(pool.WorkerCount(), 0u);
-    pool.AddJob(MakeJob(new TestJob(counts), &host)); // its worker leaves the others alone
+    pool.AddJob(MakeJob(new TestJob(counts), &host)); // its worker doesn't touch the others
     EXPECT_TRUE(WaitUntil([&] { return counts.told == 1; }));
     EXPECT_EQ(counts.runs, 1);
     pool.Finalize(&declining);
     EXPECT_EQ(order, (std::vector{0, 1, 2}));
-    EXPECT_EQ(counts.told, 1 + 3 + 2); // the two that were declined came back once more
+    EXPECT_EQ(counts.told, 1 + 3 + 2); // the two declined jobs are reported once more
 }
 
 TEST_F(JobDispatcher, NoFinalizeEndsBeforeAJobThatAnotherOneRuns)
@@ -150,7 +150,7 @@ TEST_F(JobDispatcher, NoFinalizeEndsBeforeAJobThatAnotherOneRuns)
     {
         isRunning.Set();
         Sleep(50);
-        pool.Finalize(&host); // one from within doesn't wait for the job that it is called by
+        pool.Finalize(&host); // a nested call doesn't wait for the job that calls it
         hasEnded = true;
     };
     pool.AddJob(MakeJob(new TestJob(counts, work, 0, false), &host));
@@ -164,7 +164,7 @@ TEST_F(JobDispatcher, NoFinalizeEndsBeforeAJobThatAnotherOneRuns)
 TEST_F(JobDispatcher, AbortOfAGroup)
 {
     Dispatcher pool(1, L"pool");
-    pool.AddJob(MakeJob(new TestJob(counts, hold, 5), &host)); // runs on to its end
+    pool.AddJob(MakeJob(new TestJob(counts, hold, 5), &host)); // runs to its end
     EXPECT_TRUE(WaitUntil([&] { return counts.runs == 1; }));
     for (const int group : {5, 4, 0})
     {
@@ -175,7 +175,7 @@ TEST_F(JobDispatcher, AbortOfAGroup)
     pool.Abort(5);
     EXPECT_EQ(counts.alive, 5);
     EXPECT_TRUE(pool.IsAborted());
-    EXPECT_FALSE(pool.JobsDone(5)); // it still runs
+    EXPECT_FALSE(pool.JobsDone(5)); // it is still running
     pool.Abort(0);                  // too late
     EXPECT_EQ(counts.alive, 5);
     pool.AddJob(MakeJob(new TestJob(counts), &host));
@@ -190,7 +190,7 @@ TEST_F(JobDispatcher, AbortOfAGroup)
     pool.AddJob(MakeJob(new TestJob(counts), nullptr));
     EXPECT_TRUE(WaitUntil([&] { return counts.runs == 6; }));
     EXPECT_FALSE(pool.JobsDone(0));
-    pool.Abort(0); // takes the finished one
+    pool.Abort(0); // drops the finished job
     EXPECT_TRUE(WaitUntil([&] { return pool.IsIdle() || (pool.ResetAbort(), pool.Abort(0), false); }));
     EXPECT_EQ(counts.told, 5);
 }
@@ -217,7 +217,7 @@ TEST_F(JobDispatcher, CloseWaitsForWhatRuns)
         EXPECT_EQ(counts.runs, 1);
         EXPECT_EQ(counts.alive, 0);
     }
-    // After the abort of a group the others run.
+    // After the abort of a group the other jobs run.
     {
         Dispatcher pool(1, L"pool");
         keepBusyUntilAbort(pool);
@@ -233,11 +233,11 @@ TEST_F(JobDispatcher, CloseWaitsForWhatRuns)
     Dispatcher(1, L"pool").Close();
     Dispatcher pool(1, L"pool");
     pool.Finalize(&host);
-    EXPECT_LT(watch.Milliseconds(), 900); // nothing to wait for
+    EXPECT_LT(watch.Milliseconds(), 900); // there is nothing to wait for
     EXPECT_EQ(host.waits, 0);
 }
 
-// Neither what is queued nor what runs waits for a thread that releases a job.
+// A thread that releases a job must not hold up queued or running jobs.
 TEST_F(JobDispatcher, AReleaseMayTakeAnyTime)
 {
     clsEvent isReleasing;
@@ -321,7 +321,7 @@ private:
     const std::function<void(Once&)> _run;
 };
 
-// Three that wait for each other, which takes a thread for each.
+// Three callbacks that wait for each other, which requires a thread for each.
 TEST(SystemThreadPool, TheEndWaitsForWhatRuns)
 {
     clsThreadPool pool;
@@ -342,7 +342,7 @@ TEST(SystemThreadPool, TheEndWaitsForWhatRuns)
     EXPECT_EQ(ended, 3);
 }
 
-// Before the pool ends, and while that waits for it.
+// Before the pool ends, and while the pool's end waits for it.
 TEST(SystemThreadPool, MayDeleteItself)
 {
     for (const DWORD pause : {0u, 50u})
@@ -353,7 +353,7 @@ TEST(SystemThreadPool, MayDeleteItself)
             auto work = std::make_unique<Once>(pool,
                 [&](Once& self)
                 {
-                    std::atomic<bool>&running = runs, &ended = hasEnded; // this function goes with the object
+                    std::atomic<bool>&running = runs, &ended = hasEnded; // this function is destroyed with the object
                     const DWORD rest = 50 - pause;
                     running = pause != 0;
                     Sleep(pause);

@@ -2,7 +2,7 @@
 
 #include "threads_support.h"
 
-// The system itself would wait for someone to press a button.
+// The system itself would wait for a user to press a button.
 #if !defined(_WIN32)
 #include <atomic>
 #include <memory>
@@ -18,7 +18,8 @@ using namespace qxtest;
 namespace
 {
 
-// Stands for the standard error stream, where message boxes appear: whoever shows one waits until it is emptied.
+// Replaces the standard error stream, to which message boxes are written. Showing one blocks until the stream is
+// drained.
 class FullStream
 {
     static constexpr std::size_t kFilling = 4096;
@@ -39,7 +40,7 @@ public:
         close(_ends[0]);
     }
 
-    // The next bytes of so many that were written to it.
+    // Returns the next `count` bytes written to the stream.
     std::string Take(std::size_t count)
     {
         std::string text(kFilling + count, 0);
@@ -77,7 +78,7 @@ TEST(MessageBoxThread, NobodyWaitsForTheBoxButTheDestructor)
     EXPECT_TRUE(WaitUntil([&] { return next.Result() == IDNO; }));
 }
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // memory can be bounded
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // memory can be limited
 TEST(MessageBoxThread, WithoutAThreadTheConstructorShowsTheBox)
 {
     testing::internal::CaptureStderr();

@@ -1,4 +1,4 @@
-// The temp file manager, whose hours pass in no time here.
+// The temp file manager, with a simulated clock.
 #include "threads/temp_file_remover.h"
 
 #include "core/ticks.h"
@@ -27,13 +27,13 @@ std::uint64_t Now()
     return UnitsOf(now);
 }
 
-// How many lines have the name in this place.
+// Returns the number of lines with the name at this position.
 std::size_t CountOf(const DebugLines& lines, const wchar_t* format, const String& name)
 {
     return lines.CountOf(String(String::kFormatted, format, name.Text()).View());
 }
 
-// Stands still unless it is told, and the thread waits until it is told to end: the test calls the rounds itself.
+// Stands still unless the test advances it. The thread only waits for its end, since the test runs the rounds itself.
 class TestClock : public TempFileClock
 {
 public:
@@ -65,7 +65,7 @@ protected:
     static String InFolder(const wchar_t* name) { return Folder() + String(&PATH_SEPARATOR, 0, 1) + name; }
     static String Signal() { return InFolder(L"_23_activity.signal"); }
 
-    // A file that was last written to so long ago.
+    // Creates a file with a last write time `age` ago.
     String Make(const wchar_t* name, std::uint64_t age) const
     {
         const String path = InFolder(name);
@@ -114,7 +114,7 @@ TEST_F(TempFileRemover, AFileInUseStaysOnTheList)
         remover.Add(held);
         remover.Add(free);
         EXPECT_EQ(remover.Round(), 9900u);
-        EXPECT_FALSE(Exists(free)); // it stood behind the one that is in use
+        EXPECT_FALSE(Exists(free)); // follows the file in use
         EXPECT_EQ(CountOf(lines, L"WRN: clsTempFileRemover: error deleting temp file '%s': ", held), 1u);
         EXPECT_EQ(lines.Last(), String(L" ...trying again later"));
 
@@ -122,7 +122,7 @@ TEST_F(TempFileRemover, AFileInUseStaysOnTheList)
         EXPECT_EQ(remover.Round(), 10'000u);
         EXPECT_FALSE(Exists(held));
     }
-    // The end tries once more.
+    // The end makes one more attempt.
     Make(L"_23_a.tmp", 0);
     holder.Take(
         CreateFileW(held, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr), true);
@@ -150,7 +150,7 @@ TEST_F(TempFileRemover, ManyFiles)
             remover.Add(Make(String(String::kFormatted, L"_23_%d.tmp", count), 0));
         EXPECT_EQ(remover.Round(), pause);
     }
-    // Looking at a file takes 25 ms now; each of them has 10 on the average.
+    // Checking a file takes 25 ms now; the average is 10 ms for each.
     clock.utc += kHour;
     clock.ticksForAsking = 25;
     EXPECT_EQ(remover.Round(), 10'000u - 100 * 61);
@@ -184,8 +184,8 @@ TEST_F(TempFileRemover, OncePerDayAnHourOldFilesAreSwept)
     EXPECT_TRUE(isSwept(0, 3 * kHour + 1000));
     EXPECT_FALSE(isSwept(86'399'999, 4 * kHour));
     EXPECT_TRUE(isSwept(1, 400 * kHour));
-    EXPECT_FALSE(isSwept(86'400'000, 3 * kHour)); // somebody is alive
-    EXPECT_FALSE(isSwept(86'399'999, 4 * kHour)); // and that was this day's try
+    EXPECT_FALSE(isSwept(86'400'000, 3 * kHour)); // another manager is active
+    EXPECT_FALSE(isSwept(86'399'999, 4 * kHour)); // and this was the attempt of the day
     EXPECT_TRUE(isSwept(1, 4 * kHour));
 }
 
@@ -202,7 +202,7 @@ TEST_F(TempFileRemover, EachRoundTouchesTheActivityFile)
     EXPECT_EQ(note.size() % 2, 0u);
     EXPECT_EQ(note.substr(note.size() - 2), std::string(")\0", 2));
 
-    // Another process has it.
+    // Another process has the file open.
     const clsGenericHandleObjectAutoRelease holder(
         CreateFileW(Signal(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr), true);
     const DebugLines lines;

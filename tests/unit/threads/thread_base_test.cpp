@@ -1,4 +1,4 @@
-// Start, state, names, and the wait of the thread itself.
+// Start, state, names, and the thread's own wait.
 #include "threads_support.h"
 
 #include "core/thread_names.h"
@@ -44,7 +44,7 @@ TEST(ThreadBase, AThreadThatHasExitedCanBeStartedAgain)
     {
         ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
         ASSERT_TRUE(WaitUntil([&] { return thread.GetThreadState() == State::Exited; }));
-        EXPECT_EQ(thread.ExitCode(), 0xFFFFFFFF); // its handle is still there
+        EXPECT_EQ(thread.ExitCode(), 0xFFFFFFFF); // its handle still exists
     }
     EXPECT_EQ(thread.ThreadEnd(false, INFINITE, false), 1);
     EXPECT_EQ(thread.ExitCode(), 2u);
@@ -112,7 +112,7 @@ TEST(ThreadBase, WaitWithoutHandlesIsASleepThatStopEnds)
     EXPECT_EQ(thread.ExitCode(), 5u);
 }
 
-// The wait is called here on the test's own thread: it belongs to the object, not to the thread.
+// The wait is called on the test's own thread: it belongs to the object, not to the thread.
 TEST(ThreadBase, WhatEndsAWait)
 {
     clsEvent first, second, isReady, go;
@@ -137,10 +137,10 @@ TEST(ThreadBase, WhatEndsAWait)
     EXPECT_TRUE(thread.WaitForEvents(INFINITE, result, 2, first.Get(), HANDLE{nullptr}));
     EXPECT_EQ(result, clsThreadBase::kWaitFailed);
 
-    // The stop event comes before those that are given.
+    // The stop event precedes the given events.
     ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
     WaitForSingleObject(isReady.Get(), kPatience);
-    EXPECT_EQ(thread.ThreadEnd(false, 0, false), 1); // sets the stop event, and leaves the thread
+    EXPECT_EQ(thread.ThreadEnd(false, 0, false), 1); // sets the stop event and doesn't wait for the thread
     go.Set();
     EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
     EXPECT_EQ(thread.ExitCode(), 1u);
@@ -176,7 +176,7 @@ TEST(ThreadBase, KindsOfWaits)
         }
 }
 
-#if !defined(_WIN32) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // memory can be bounded
+#if !defined(_WIN32) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // memory can be limited
 TEST(ThreadBase, AStartThatFails)
 {
     TestThread thread(&UntilStopped);

@@ -1,4 +1,4 @@
-// How a thread is ended: politely, by force, not at all; and what is said about it.
+// The ways to end a thread: by request, by force, not at all; and the messages about them.
 #include "core/thread_names.h"
 #include "threads_support.h"
 
@@ -25,7 +25,7 @@ TEST(ThreadEnd, FromTheThreadItselfOnlySetsTheStopEvent)
     ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
     ASSERT_TRUE(WaitUntil([&] { return thread.GetThreadState() == State::Exited; }));
     EXPECT_EQ(inner, 1);
-    const UserIs developer(L"qvx"); // is told of the times
+    const UserIs developer(L"qvx"); // logs the times
     const DebugLines lines;
     EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
     EXPECT_EQ(thread.ExitCode(), 7u);
@@ -99,11 +99,11 @@ TEST(ThreadEnd, ASuspendedThread)
     EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1); // resumed
     EXPECT_EQ(thread.ExitCode(), 7u);
     suspend(thread);
-    EXPECT_EQ(thread.ThreadEnd(true, INFINITE, true), 0); // at once
+    EXPECT_EQ(thread.ThreadEnd(true, INFINITE, true), 0); // immediately
     EXPECT_EQ(thread.ExitCode(), 0u);
 }
 
-// Another caller, or one from within a message that the wait dispatches, doesn't wait a second time.
+// A second caller, or a call from within a message that the wait dispatches, doesn't wait.
 TEST(ThreadEnd, WhileAnotherEndWaits)
 {
     clsEvent isStopping, go;
@@ -138,7 +138,10 @@ TEST(ThreadEnd, TheDestructorEndsWhatASubclassLeft)
     struct Careless : clsThreadBase
     {
         explicit Careless(std::function<unsigned()> body) : clsThreadBase(L"Careless"), _body(std::move(body)) {}
-        unsigned ThreadProc() override { return std::function(_body)(); } // a copy: the member goes before the thread
+        unsigned ThreadProc() override
+        {
+            return std::function(_body)();
+        } // a copy: the member is destroyed before the thread ends
 
     private:
         const std::function<unsigned()> _body;
@@ -164,8 +167,8 @@ TEST(ThreadEnd, TheDestructorEndsWhatASubclassLeft)
             name.Text()));
 }
 
-// Starts, waits, ends and questions from several threads at once, of a thread that ends by itself and of one that
-// doesn't. Of most use under the thread sanitizer.
+// Several threads start, wait for, end and query a thread that ends by itself, and one that doesn't. Most useful under
+// the thread sanitizer.
 TEST(ThreadRaces, WhoeverComesStartsAndEndsOneThread)
 {
     for (const bool isShort : {false, true})

@@ -1,4 +1,4 @@
-// Threads of the tests.
+// Threads for the tests.
 #pragma once
 
 #include "support/debug_lines.h"
@@ -12,7 +12,7 @@
 #include <functional>
 #include <utility>
 
-#if !defined(_WIN32) // for a bound of memory
+#if !defined(_WIN32) // to limit memory
 #include <fstream>
 
 #include <sys/resource.h>
@@ -24,7 +24,7 @@ namespace qxtest
 
 constexpr DWORD kPatience = 20'000;
 
-// Runs a function, which gets the thread's object.
+// Runs a function, which receives the thread object.
 class TestThread : public qx::clsThreadBase
 {
 public:
@@ -48,7 +48,7 @@ private:
     Body _body;
 };
 
-// The usual body: works until it is told to stop.
+// The usual body: works until it is asked to stop.
 inline unsigned UntilStopped(TestThread& thread)
 {
     int result = 0;
@@ -58,7 +58,7 @@ inline unsigned UntilStopped(TestThread& thread)
     return 7;
 }
 
-// Doesn't listen.
+// Ignores the request to stop.
 inline unsigned Hang(TestThread&)
 {
     Sleep(INFINITE);
@@ -91,8 +91,8 @@ private:
     std::chrono::steady_clock::time_point _begin = std::chrono::steady_clock::now();
 };
 
-#if !defined(_WIN32) // a limit that the system has no counterpart of
-// The process gets no more than so many bytes beside what it has, for as long as this lives.
+#if !defined(_WIN32) // a limit without a counterpart on the system
+// Limits the process to the given number of bytes beyond its current memory, as long as this object exists.
 class MemoryBound
 {
 public:

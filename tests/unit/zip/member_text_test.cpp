@@ -1,4 +1,4 @@
-// The reader that finds the one member of a document that tells of it.
+// The reader that finds the one member that describes a document.
 #include "zip/member_text.h"
 
 #include "support/debug_lines.h"
@@ -53,7 +53,7 @@ const BuiltMember other("content.xml", "content"), meta = Meta("<meta>"), core("
 
 TEST(ZIPMemberText, Table)
 {
-    const std::wstring_view none; // no text is handed over
+    const std::wstring_view none; // the text argument is unchanged
     constexpr wchar_t kNoFinalizer[] = L"WRN: GetZIPFilenames: file has bad format (no finalizer)";
     constexpr wchar_t kNoneFound[] = L"WRN: GetZIPFilenames: read error (no finalizer found)";
     constexpr wchar_t kBadFormat[] = L"WRN: GetZIPFilenames: file has bad format";
@@ -89,12 +89,12 @@ TEST(ZIPMemberText, Table)
         {Build({Changed(meta, [](BuiltMember& m) { m.extra.assign(256, 'e'); })}), -1, none, kBadFormat},
         {Build({Changed(meta, [](BuiltMember& m) { m.comment.assign(256, 'c'); })}), -1, none, kBadFormat},
         {Build({Changed(meta, [](BuiltMember& m) { m.comment = m.extra = std::string(255, 'c'); })}), 0, L"<meta>"},
-        // a directory behind the end, and one at something else; local headers
+        // a directory past the end, and one that points elsewhere; local headers
         {With(usual, place, std::string("\0\1\0\0", 4)), -1, none, kBadFormat},
         {With(usual, place, std::string("\0\0\0\0", 4)), -1, none, kBadFormat},
         {With(single, 0, "x"), 0, none, kBadEntry}, {With(single, 26, std::string("\0\1", 2)), 0, none, kBadEntry},
         {With(single, 26, "\xFF"), 0, none, kBadEntry},
-        // code pages; stored text is in the default one
+        // code pages; stored text is in the default code page
         {Build({Meta("\xC3\xA4")}), 0, L"\u00E4", L"", 65001}, {Build({Meta("plain", 0)}), 0, L"plain", L"", 1200},
         {Build({Meta("\xE4")}), 0, L"\u0434", L"", 1251}, {Build({Meta(std::string("a\0b", 3))}), 0, L"a"}};
     int row = 0;
@@ -118,7 +118,7 @@ TEST(ZIPMemberText, Table)
 
 TEST(ZIPMemberText, LongTexts)
 {
-    std::string content; // of several chunks
+    std::string content; // several chunks
     for (unsigned i = 0; content.size() < 3'000'000; ++i)
         content += static_cast<char>('a' + i * i / 100 % 26);
     MemoryFile file(Build({BuiltMember("docProps/core.xml", content)}));
@@ -126,7 +126,7 @@ TEST(ZIPMemberText, LongTexts)
     EXPECT_EQ(GetZIPFilenames(receiver, file), 0);
     EXPECT_TRUE(receiver.text.NarrowText() == content);
 
-    MemoryFile bomb(Build({Meta(std::string(70'000'000, 'x'))})); // a member that would fill the memory
+    MemoryFile bomb(Build({Meta(std::string(70'000'000, 'x'))})); // a member that would exhaust memory
     Receiver nothing;
     EXPECT_EQ(GetZIPFilenames(nothing, bomb), 0);
     EXPECT_FALSE(nothing.kind.has_value());

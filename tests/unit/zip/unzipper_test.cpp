@@ -1,4 +1,4 @@
-// Extraction: what comes out of archives of many makers, and that nothing gets out of the folder.
+// Extraction of archives by many programs, and its confinement to the target folder.
 #include "zip/unzipper.h"
 
 #include "support/temp_folder.h"
@@ -28,10 +28,10 @@ std::string Utf8(const fs::path& path)
     return {text.begin(), text.end()};
 }
 
-// Relative paths in UTF-8, with a slash behind a folder, and the files' contents.
+// Maps relative paths in UTF-8, with a trailing slash for folders, to file contents.
 using Tree = std::map<std::string, std::string>;
 
-// A folder for extraction inside another one, which has a witness beside it.
+// A target folder inside another one, with a witness file next to it.
 class Place
 {
 public:
@@ -59,7 +59,7 @@ public:
         return tree;
     }
 
-    // The exception's text; empty if there was none.
+    // Returns the exception's text, or an empty text without one.
     std::string Extract(std::string_view bytes) const { return ExtractFile(_outer.Make(L"x.zip", bytes)); }
     std::string ExtractFile(const String& archive) const
     {
@@ -203,7 +203,7 @@ TEST(Unzipper, NamesThatAreTaken)
 
 TEST(Unzipper, CharactersOfNames)
 {
-    // The field holds the checksum of the name that it stands for.
+    // The field contains the checksum of the name it replaces.
     const std::string pathField("\x75\x70\x08\0\x01\x43\xBE\xB7\xE8\xD0\x96!", 12);
     const struct
     {
@@ -214,8 +214,8 @@ TEST(Unzipper, CharactersOfNames)
     } cases[] = {{"\x84\xE1", 0, 0, "", L"\u00E4\u00DF"}, {"\xC3\xA4", 0, 0, "", L"\u251C\u00F1"},
         {"\xC3\xA4", 0, 3, "", L"\u00E4"}, {"\xC3\xA4", 0, 19, "", L"\u00E4"}, {"\x84\xE1", 0, 3, "", L"\u00E4\u00DF"},
         {"\xF0\x9F\x98\x80", 0x800, 0, "", L"\U0001F600"}, {"a", 0, 0, pathField, L"\u0416!"},
-        {"a", 0x800, 0, pathField, L"a"}, {"b", 0, 0, pathField, L"b"},    // the name was changed since
-        {"a", 0, 0, std::string("\1\2\2\0xx", 6) + pathField, L"\u0416!"}, // behind another field
+        {"a", 0x800, 0, pathField, L"a"}, {"b", 0, 0, pathField, L"b"},    // the name was changed later
+        {"a", 0, 0, std::string("\1\2\2\0xx", 6) + pathField, L"\u0416!"}, // after another field
         {"a", 0, 0, pathField.substr(0, 11), L"a"}, {"a", 0, 0, std::string("\1\2\xFF\xFF", 4) + pathField, L"a"}};
     for (const auto& test : cases)
         EXPECT_STREQ(MemberName(test.name, static_cast<std::uint16_t>(test.flags),

@@ -1,4 +1,4 @@
-// Archives as they are written, byte by byte.
+// Archives byte by byte as written.
 #include "zip/zip_file.h"
 
 #include "support/debug_lines.h"
@@ -41,7 +41,7 @@ Bytes operator""_b(const char* bytes, std::size_t count)
     return {bytes, count};
 }
 
-// Closes the file, and takes the archive apart.
+// Closes the file and parses the archive.
 std::vector<ZIPEntry> Closed(std::unique_ptr<clsZIPFile> file, const String& path)
 {
     EXPECT_EQ(file->Close(), clsZIPFile::kOk);
@@ -63,7 +63,7 @@ void SetWriteTime(const String& path, const FILETIME& time)
     EXPECT_TRUE(SetFileTime(file.GetHandle(), nullptr, nullptr, &time));
 }
 
-// The stamp that a time has, by the user's zone.
+// Returns the DOS time stamp of a time in the user's zone.
 scDosTime Stamp(const FILETIME& universal)
 {
     SYSTEMTIME time, local;
@@ -151,7 +151,7 @@ TEST(ZIPFile, EncodingOfNameAndComment)
     } cases[] = {{L"\u00E4.txt", L"\u00DF", 0, "\x84.txt", "\xE1"}, {L"\u2592\u0393", L"", 0, "\xB1\xE2", ""},
         {L"\u20AC.txt", L"\u00E4", 0x800, "\xE2\x82\xAC.txt", "\xC3\xA4"},
         {L"plain", L"\u20AC", 0x800, "plain", "\xE2\x82\xAC"},
-        {L"\u0141\u00F3d\u017A", L"", 0x800, "\xC5\x81\xC3\xB3\x64\xC5\xBA", ""}, // has letters that are alike
+        {L"\u0141\u00F3d\u017A", L"", 0x800, "\xC5\x81\xC3\xB3\x64\xC5\xBA", ""}, // has similar letters
         {L"\U0001F600", L"", 0x800, "\xF0\x9F\x98\x80", ""}};
     const TempFolder folder;
     const String source = folder.Make(L"source", "x");
@@ -172,7 +172,7 @@ TEST(ZIPFile, EncodingOfNameAndComment)
         EXPECT_EQ(entry.name, cases[i].nameBytes);
         EXPECT_EQ(entry.comment, cases[i].commentBytes);
         EXPECT_EQ(entry.content, "x");
-        // For a folder the name alone counts.
+        // For a folder only the name counts.
         const ZIPEntry& folderEntry = entries[2 * i + 1];
         EXPECT_EQ(FieldValue(folderEntry.header.flags), IsOemText(cases[i].name) ? 0 : 0x800) << i;
         EXPECT_EQ(folderEntry.name, cases[i].nameBytes + '/');
@@ -199,7 +199,7 @@ TEST(ZIPFile, LengthFieldsAndTheBytesBehindThemStayTogether)
 
 TEST(ZIPFile, Times)
 {
-    SetEnvironmentVariableW(L"TZ", L"America/New_York"); // the layer's zone; another system's isn't changed by this
+    SetEnvironmentVariableW(L"TZ", L"America/New_York"); // the layer's zone; another system isn't affected
     const FILETIME winter = TimeOf(2024, 1, 31, 12, 0, 1), last = TimeOf(2107, 12, 30, 0, 0, 0);
     const std::pair<FILETIME, scDosTime> cases[] = {{winter, Stamp(winter)}, {last, Stamp(last)},
         {TimeOf(1970, 1, 2, 0, 0, 0), {0x0021, 0}}, {TimeOf(2108, 1, 3, 0, 0, 0), {0xFF9F, 0xBF7D}}};
@@ -209,7 +209,7 @@ TEST(ZIPFile, Times)
     };
     for (const auto& [time, stamp] : cases)
         EXPECT_EQ(number(DosTimeOf(time)), number(stamp));
-    // Without the file's own time it is now.
+    // If the file's own time isn't available, the current time is used.
     FILETIME before, after;
     GetSystemTimeAsFileTime(&before);
     const unsigned now = number(DosTimeNow());
@@ -326,7 +326,7 @@ TEST(ZIPFile, WhatCannotBeAdded)
 
 TEST(ZIPFile, WithoutAPlaceForTemporaryFiles)
 {
-    wchar_t source[MAX_PATH] = {}; // the test program, which lies elsewhere
+    wchar_t source[MAX_PATH] = {}; // the test program, which is in another folder
     GetModuleFileNameW(nullptr, source, MAX_PATH);
     const String path = tempFolder.Path() + L".zip";
     clsZIPFile file(path, L"");
@@ -348,7 +348,7 @@ TEST(ZIPFile, TooManyEntries)
     file.AddDirectory(L"", L"d", WIN32_FIND_DATAW{});
     auto& entries = ZIPFileTestAccess::Entries(file);
     clsZIPFileEntry* const entry = *entries.begin();
-    while (entries.Count() < 0x10000) // one folder many times, rather than as many open files
+    while (entries.Count() < 0x10000) // adds one folder many times, which doesn't need that many open files
         entries.Append(entry);
     {
         DebugLines lines;
@@ -371,7 +371,7 @@ TEST(ZIPFile, TooManyEntries)
     EXPECT_EQ(bytes.substr(bytes.size() - 22, 12), "PK\5\6\0\0\0\0\xFF\xFF\xFF\xFF"_b);
 }
 
-// Room for a header of 30 bytes, a name of one, packed data of three, then 47 and 22 bytes of directory and end.
+// Room for a header of 30 bytes, a name of one, packed data of three, then 47 and 22 bytes of directory and end record.
 TEST(ZIPFile, WriteErrors)
 {
     const TempFolder folder;
