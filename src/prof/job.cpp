@@ -20,7 +20,7 @@ namespace qx
 namespace
 {
 
-// Reading the switch makes its key, so that whoever wants to set it finds the place.
+// Reading the switch creates its registry key, so that users can find where to set it.
 bool ReadCacheSwitch()
 {
     const String key = String(L"software\\trelmo\\trlmut\\") + ProcessBaseName();
@@ -30,7 +30,7 @@ bool ReadCacheSwitch()
     return isEnabled;
 }
 
-// Lengths are results of calls, so they have to fit 31 bits.
+// Lengths are returned by exported functions, so they must fit 31 bits.
 void CheckLength(std::wstring_view text)
 {
     if (text.size() > String::kAll)
@@ -62,7 +62,7 @@ const scProfText& clsProfJob::InternName(std::wstring_view name)
     return shared != nullptr ? *shared : *NewProfText(_arena, name, hash, false);
 }
 
-// The value as the table has it, or null if it is none that is kept there.
+// Returns the shared text of the value, or null if such values aren't shared.
 const scProfText* clsProfJob::InternValue(std::wstring_view value)
 {
     return _isCacheEnabled && IsInternedValue(value) ? _values.Intern(value, TextHash(value)) : nullptr;
@@ -101,8 +101,8 @@ clsItem& clsProfJob::NewList(clsItemList& parent, std::wstring_view name)
     return item;
 }
 
-// Without recursion, since lists may be nested as deeply as a file likes: the ring of a list joins the chain of what is
-// still to be released.
+// Not recursive, because a file may nest lists to any depth. The items of a list are inserted at the front of the chain
+// of items still to be released.
 void clsProfJob::ReleaseItem(clsItem& first) noexcept
 {
     WCSListNode<clsItem*>* pending = &first._node;
@@ -136,7 +136,7 @@ void clsProfJob::ReleaseValue(clsItem& item) noexcept
     item._valueRoom = 0;
 }
 
-// The new value may be part of the old one, which a callback of an enumeration has in its hands.
+// `value` may point into the old value, for example if it comes from the callback of an enumeration.
 void clsProfJob::SetValue(clsItem& leaf, std::wstring_view value)
 {
     CheckLength(value);
@@ -173,7 +173,7 @@ void clsProfJob::CopyItems(clsItemList& target, const clsItemList& source)
         WCValConstSListIter<clsItem*> next;
         clsItemList* target;
     };
-    // The copy grows beside the tree and joins it when it is whole.
+    // Build the copy outside the tree and insert it when it is complete.
     clsItemList copy(*this, nullptr, target.Name());
     std::vector<Level> levels{{source.begin(), &copy}};
     try

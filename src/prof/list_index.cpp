@@ -61,7 +61,7 @@ void clsListIndex::Add(clsProfArena& arena, clsItem& item) noexcept
         Enter(arena, scItemKey(item), &item);
 }
 
-// The first one of a key stays.
+// If the key exists, its first item is kept.
 void clsListIndex::Enter(clsProfArena& arena, const scItemKey& key, void* target) noexcept
 {
     if (IsFull())
@@ -77,7 +77,7 @@ void clsListIndex::Enter(clsProfArena& arena, const scItemKey& key, void* target
             }
             return;
         }
-        // A crowd in a table with room everywhere else won't go away in a larger one.
+        // The table is mostly empty, so a larger one wouldn't resolve this cluster of collisions.
         if (IsSparse())
             Refuse(arena);
         else
@@ -101,12 +101,12 @@ const scProfText& clsListIndex::Slot::Name() const
 
 void* clsListIndex::Find(const scItemKey& key) const
 {
-    // Every key of the list has its place here, so no place means no item.
+    // Every key of the list is within reach of a search, so a failed search means that there is no such item.
     const Slot* slot = FindPlace(key);
     return slot != nullptr ? slot->target : nullptr;
 }
 
-// The slot of the key, or a free one for it, or null.
+// Returns the slot of the key, or a free slot for it, or null if the search reaches its limit.
 clsListIndex::Slot* clsListIndex::FindPlace(const scItemKey& key) const
 {
     const std::uint32_t tag = Tag(key);

@@ -1,4 +1,4 @@
-// The scans that loading and saving spend their time in.
+// The inner loops of loading and saving.
 #pragma once
 
 #include <algorithm>
@@ -14,23 +14,23 @@
 namespace qx
 {
 
-// A scan may read this many characters behind the text's terminator.
+// A scan may read up to this many characters beyond the terminator.
 constexpr std::size_t kScanPadding = 8;
 
 struct scLineEnd
 {
     wchar_t* end;
-    bool mayBeEncoded; // some character near the line lies in a row of characters that reading may turn back
+    bool mayBeEncoded; // a character nearby is in a row with replacement characters
 };
 
-// The characters that reading turns back are in the rows U+23xx, U+24xx and U+30xx.
+// The replacement characters that loading decodes are in the rows U+23xx, U+24xx and U+30xx.
 constexpr bool IsInDecodedRow(wchar_t c)
 {
     const unsigned row = static_cast<unsigned>(c) >> 8;
     return row == 0x23 || row == 0x24 || row == 0x30;
 }
 
-// The first carriage return, line feed or zero from `text` on. The text ends with a zero.
+// Returns the first carriage return, line feed or zero. The text must be zero-terminated.
 inline scLineEnd FindLineEnd(wchar_t* text)
 {
 #if defined(__SSE2__)
@@ -58,7 +58,7 @@ inline scLineEnd FindLineEnd(wchar_t* text)
 #endif
 }
 
-// Whether a character below the blank is in the text.
+// Returns true if the text contains a control character (below U+0020).
 inline bool HasControlCharacter(std::wstring_view text)
 {
     const wchar_t* next = text.data();
@@ -69,7 +69,7 @@ inline bool HasControlCharacter(std::wstring_view text)
     for (; end - next >= 8; next += 8)
     {
         const __m128i characters = _mm_loadu_si128(reinterpret_cast<const __m128i*>(next));
-        // The difference with saturation is 0 for what isn't larger.
+        // Saturating subtraction yields 0 for characters up to the limit.
         const __m128i controls = _mm_cmpeq_epi16(_mm_subs_epu16(characters, largestControl), zero);
         if (_mm_movemask_epi8(controls) != 0)
             return true;
@@ -78,7 +78,7 @@ inline bool HasControlCharacter(std::wstring_view text)
     return std::any_of(next, end, [](wchar_t c) { return c < L' '; });
 }
 
-// Whether a character is in the text that the XML forms mask: one below the blank or of the markup.
+// Returns true if the text contains a character that the XML forms mask: a control or markup character.
 inline bool HasMaskedCharacter(std::wstring_view text)
 {
     const wchar_t* next = text.data();
@@ -86,7 +86,7 @@ inline bool HasMaskedCharacter(std::wstring_view text)
 #if defined(__SSE2__)
     const __m128i largestControl = _mm_set1_epi16(0x1F);
     const __m128i zero = _mm_setzero_si128();
-    // '&' and '\'' are neighbours that differ in the lowest bit, and '<' and '>' differ in the second one.
+    // '&' and '\'' differ only in bit 0, '<' and '>' only in bit 1.
     for (; end - next >= 8; next += 8)
     {
         const __m128i characters = _mm_loadu_si128(reinterpret_cast<const __m128i*>(next));
