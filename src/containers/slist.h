@@ -288,6 +288,20 @@ protected:
         return std::exchange(_last, nullptr);
     }
 
+    // Returns the last node, or null. The first node follows it.
+    Node* LastNode() const { return _last; }
+
+    // Removes the node after `before` from the ring without releasing it.
+    Node* Unlink(Node* before) noexcept
+    {
+        Node* node = before->next;
+        before->next = node->next;
+        if (node == _last)
+            _last = node == before ? nullptr : before;
+        --_count;
+        return node;
+    }
+
     // Gives up a node whose element leaves with it (Clear, Remove, RemoveIf, destruction). An override does what the
     // element needs and passes the node on to this one.
     virtual void ReleaseNode(Node* node) noexcept { DeleteNode(node); }
@@ -354,17 +368,6 @@ private:
             _last = node;
         }
         ++_count;
-        return node;
-    }
-
-    // Takes the node behind `before` out of the ring.
-    Node* Unlink(Node* before) noexcept
-    {
-        Node* node = before->next;
-        before->next = node->next;
-        if (node == _last)
-            _last = node == before ? nullptr : before;
-        --_count;
         return node;
     }
 
