@@ -290,6 +290,20 @@ protected:
         return std::exchange(_last, nullptr);
     }
 
+    // Returns the last node, or null. The first node follows it.
+    Node* LastNode() const { return _last; }
+
+    // Unlinks the node after `before` from the ring and returns it.
+    Node* Unlink(Node* before) noexcept
+    {
+        Node* node = before->next;
+        before->next = node->next;
+        if (node == _last)
+            _last = node == before ? nullptr : before;
+        --_count;
+        return node;
+    }
+
     // Releases a node along with its element (for Clear, Remove, RemoveIf and the destructor). An override cleans up
     // the element and then calls this function with the node.
     virtual void ReleaseNode(Node* node) noexcept { DeleteNode(node); }
@@ -357,17 +371,6 @@ private:
             _last = node;
         }
         ++_count;
-        return node;
-    }
-
-    // Unlinks the node after `before` from the ring and returns it.
-    Node* Unlink(Node* before) noexcept
-    {
-        Node* node = before->next;
-        before->next = node->next;
-        if (node == _last)
-            _last = node == before ? nullptr : before;
-        --_count;
         return node;
     }
 
