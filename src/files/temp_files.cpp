@@ -9,7 +9,9 @@
 #include <windows.h>
 
 #include <wchar.h>
+#if defined(__x86_64__)
 #include <x86intrin.h>
+#endif
 
 #include <cmath>
 
@@ -151,7 +153,13 @@ bool IsWorthAnotherTry(DWORD error, unsigned tries)
 
 std::uint64_t TimeStamp()
 {
+#if defined(__x86_64__)
     return __rdtsc();
+#else
+    LARGE_INTEGER count;
+    QueryPerformanceCounter(&count);
+    return static_cast<std::uint64_t>(count.QuadPart);
+#endif
 }
 
 // The arguments of MakeTempFile except for the folder.

@@ -3,6 +3,7 @@
 
 #include "containers/slist.h"
 #include "prof/list_index.h"
+#include "prof/list_links.h"
 #include "prof/text_record.h"
 
 #include <cstddef>
@@ -87,6 +88,10 @@ public:
     clsItem* FindLeaf(std::wstring_view name);
     clsItemList* FindList(std::wstring_view name);
 
+    // Calls visitor(clsItemList&) for each list with the given name, in any order.
+    template <class Visitor>
+    void ForEachList(std::wstring_view name, Visitor visitor);
+
     // Appends an item that isn't in any list.
     void AppendItem(clsItem& item);
     // Moves all items of another list of the same job to the end of this list.
@@ -105,15 +110,49 @@ private:
 
     static constexpr std::size_t kShortList = 8;
 
+    static const void* TargetOf(const clsItem& item)
+    {
+        return item.List() != nullptr ? static_cast<const void*>(item.List()) : &item;
+    }
+
     clsItem* Walk(const scItemKey& key);
-    void NoteWalk(std::uint32_t visited);
+    void NoteWalk(std::size_t visited);
+    bool FindAll(const scItemKey& key, const void*& first);
+    void BuildLinks();
+    void RemoveLinked(const void* first);
     void ForgetIndex() noexcept;
 
     clsProfJob& _job;
     clsItemList* _parent;
     const scProfText* _name;
     clsListIndex _index;
-    std::uint32_t _walked = 0; // items visited by searches since the list last had an index
+    clsListLinks _links;       // only while the index is built
+    std::size_t _walked = 0; // items visited by searches since the index, or else the list, was last rebuilt
 };
+
+template <class Visitor>
+void clsItemList::ForEachList(std::wstring_view name, Visitor visitor)
+{
+    const scItemKey key(name, ItemKind::List);
+    const void* first = nullptr;
+    if (FindAll(key, first))
+    {
+        const void* target = first;
+        while (target != nullptr)
+        {
+            visitor(*static_cast<clsItemList*>(const_cast<void*>(target)));
+            target = _links.LinkOf(target).next;
+            if (target == first)
+                return;
+        }
+        return;
+    }
+    for (clsItem* item : *this)
+    {
+        if (key.Matches(*item))
+            visitor(*item->List());
+    }
+    NoteWalk(Count());
+}
 
 } // namespace qx

@@ -54,12 +54,16 @@ void clsProfJob::Release()
         delete this;
 }
 
-const scProfText& clsProfJob::InternName(std::wstring_view name)
+const scProfText* clsProfJob::SharedName(std::wstring_view name)
 {
     CheckLength(name);
-    const std::uint64_t hash = TextHash(name);
-    const scProfText* shared = _isCacheEnabled ? _names.Intern(name, hash) : nullptr;
-    return shared != nullptr ? *shared : *NewProfText(_arena, name, hash, false);
+    return _isCacheEnabled ? _names.Intern(name, TextHash(name)) : nullptr;
+}
+
+const scProfText& clsProfJob::InternName(std::wstring_view name)
+{
+    const scProfText* shared = SharedName(name);
+    return shared != nullptr ? *shared : *NewProfText(_arena, name, TextHash(name), false);
 }
 
 // Returns the shared text of the value, or null if such values aren't shared.
@@ -72,6 +76,13 @@ clsItem& clsProfJob::NewItem(std::wstring_view name)
 {
     const scProfText& text = InternName(name);
     return *::new (_arena.Allocate(sizeof(clsItem))) clsItem(text);
+}
+
+clsItem& clsProfJob::NewLeaf(const scProfText& sharedName, std::wstring_view value)
+{
+    clsItem& item = *::new (_arena.Allocate(sizeof(clsItem))) clsItem(sharedName);
+    SetValue(item, value);
+    return item;
 }
 
 clsItem& clsProfJob::NewLeaf(std::wstring_view name, std::wstring_view value)
@@ -113,7 +124,7 @@ void clsProfJob::ReleaseItem(clsItem& first) noexcept
         pending = pending->next;
         if (clsItemList* list = item.List())
         {
-            list->_index.Drop(_arena);
+            list->ForgetIndex();
             if (WCSListNode<clsItem*>* last = list->AbandonNodes())
                 pending = std::exchange(last->next, pending);
             list->~clsItemList();

@@ -108,6 +108,10 @@ public:
 
     // Creates a leaf that isn't in any list yet.
     clsItem& NewLeaf(std::wstring_view name, std::wstring_view value);
+    // Returns the interned name, or null if each item needs a name of its own.
+    const scProfText* SharedName(std::wstring_view name);
+    // Creates a leaf with a name from SharedName. This doesn't take longer if the name is long.
+    clsItem& NewLeaf(const scProfText& sharedName, std::wstring_view value);
     // The same, but the value isn't copied. It must be zero-terminated and live as long as the job, as an adopted
     // source image does.
     clsItem& NewLeafInImage(std::wstring_view name, const wchar_t* value, std::size_t length);

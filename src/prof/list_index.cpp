@@ -94,6 +94,27 @@ void clsListIndex::Drop(clsProfArena& arena) noexcept
     _used = 0;
 }
 
+// Moves later slots of the same run back, so that no search ends too early.
+void clsListIndex::Remove(const scItemKey& key) noexcept
+{
+    const Slot* const removed = IsBuilt() ? FindPlace(key) : nullptr;
+    if (removed == nullptr || removed->target == nullptr)
+        return;
+    const std::uint32_t mask = _capacity - 1;
+    auto hole = static_cast<std::uint32_t>(removed - _slots);
+    for (std::uint32_t place = (hole + 1) & mask; _slots[place].target != nullptr; place = (place + 1) & mask)
+    {
+        const std::uint32_t distance = (place - (_slots[place].tag & ~kListTag)) & mask;
+        if (distance >= ((place - hole) & mask))
+        {
+            _slots[hole] = _slots[place];
+            hole = place;
+        }
+    }
+    _slots[hole] = {};
+    --_used;
+}
+
 const scProfText& clsListIndex::Slot::Name() const
 {
     return IsList() ? static_cast<const clsItemList*>(target)->Name() : static_cast<const clsItem*>(target)->Name();

@@ -46,10 +46,14 @@ public:
     // Adds the last item of the list. Does nothing if the index isn't built.
     void Add(clsProfArena& arena, clsItem& item) noexcept;
     void Drop(clsProfArena& arena) noexcept;
+    // Removes a key, after which the list must not contain an item with it.
+    void Remove(const scItemKey& key) noexcept;
 
     bool Has(const scItemKey& key) const { return Find(key) != nullptr; }
     clsItem* FindLeaf(const scItemKey& key) const { return static_cast<clsItem*>(Find(key)); }
     clsItemList* FindList(const scItemKey& key) const { return static_cast<clsItemList*>(Find(key)); }
+    // Returns the leaf or list as the target of its links (see clsListLinks), or null.
+    const void* FindTarget(const scItemKey& key) const { return Find(key); }
 
 private:
     static constexpr std::uint32_t kLongestProbe = 64;

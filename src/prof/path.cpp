@@ -140,14 +140,9 @@ void RemoveByPath(clsItemList& start, const wchar_t* text, ItemKind kind)
             step.list->RemoveAll(step.path.Component(), kind);
             continue;
         }
-        const scItemKey key(step.path.Component(), ItemKind::List);
         clsProfPath rest = step.path;
         rest.Next();
-        for (clsItem* item : *step.list)
-        {
-            if (key.Matches(*item))
-                steps.push_back({item->List(), rest});
-        }
+        step.list->ForEachList(step.path.Component(), [&](clsItemList& list) { steps.push_back({&list, rest}); });
     }
 }
 
