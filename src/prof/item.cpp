@@ -30,7 +30,7 @@ void clsItemList::AppendItem(clsItem& item)
     _index.Add(_job.Arena(), item);
     if (!_links.IsBuilt())
         return;
-    // Without the index, the links can't be kept up.
+    // The links can't be maintained without the index.
     const void* const first = _index.IsBuilt() ? _index.FindTarget(scItemKey(item)) : nullptr;
     if (first == nullptr)
     {
