@@ -17,6 +17,7 @@ if(WIN32)
     # can't mark an image for control-flow guard, so the compiler's options for it would change nothing.
     target_link_options(qx_hardening INTERFACE
         LINKER:--high-entropy-va LINKER:--dynamicbase LINKER:--nxcompat)
+    target_link_libraries(qx_hardening INTERFACE ssp) # the stack protector's functions
 else()
     target_compile_options(qx_hardening INTERFACE -fstack-clash-protection)
     if(CMAKE_SYSTEM_PROCESSOR STREQUAL "aarch64")

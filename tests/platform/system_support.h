@@ -183,7 +183,7 @@ private:
 
 // True if the layer is tested, false if the system itself (or Wine) is.
 #if defined(_WIN32)
-constexpr bool isLayer = false;
+constexpr bool kIsLayer = false;
 #else
 constexpr bool kIsLayer = true;
 #endif

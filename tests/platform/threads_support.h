@@ -18,7 +18,7 @@ constexpr DWORD kPatience = 20'000;
 
 // Whether the layer can stop a thread that computes. Under the thread sanitizer it can stop only blocked threads.
 #if defined(__SANITIZE_THREAD__)
-constexpr bool canStopComputing = false;
+constexpr bool kCanStopComputing = false;
 #else
 constexpr bool kCanStopComputing = true;
 #endif

@@ -192,7 +192,7 @@ TEST_F(Environment, TheRegistryCanSilenceAProgram)
         RegSetValueExW(key, L"NonInteractiveApps", 0, REG_SZ, reinterpret_cast<const BYTE*>(names.Text()),
             static_cast<DWORD>((names.Length() + 1) * sizeof(wchar_t)));
     };
-    const bool isInteractive = GetOSEnvironmentType() == EnvironmentType::interactive;
+    const bool isInteractive = GetOSEnvironmentType() == EnvironmentType::Interactive;
     set(L"other;" + ProcessBaseName() + L"x");
     EXPECT_EQ(GetUIInteractionAllowed(), isInteractive);
 
