@@ -27,7 +27,8 @@ def listed():
 
 own = {"libqxUT23.so", "libqxplatform.so", "libqxct23.so", "qxUT23.dll", "qxct23.dll"}
 # The C library's parts, of which each release of it and each processor loads others.
-always = {"libc.so", "libm.so", "libdl.so", "libpthread.so", "ld-linux-x86-64.so", "ld-linux-aarch64.so", "libicudata.so"}
+always = {"libc.so", "libm.so", "libdl.so", "libpthread.so", "ld-linux-x86-64.so", "ld-linux-aarch64.so",
+          "libicudata.so"}
 needed = set().union(*(loaded(file) for file in files)) - own
 assert needed, "the files load nothing: they can't have been read"
 missing = sorted(needed - listed())
