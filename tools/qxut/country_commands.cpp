@@ -122,7 +122,7 @@ void ShowCountries(const CountryOptions& options)
     for (const std::string& name : options.names)
         if (countries.push_back(ValuesOf(name)); countries.back().empty())
             throw Failure(kNotFound, "unknown country '" + Shown(name) + "'");
-    for (size_t i = 0; i < countries.size(); ++i)
+    for (std::size_t i = 0; i < countries.size(); ++i)
     {
         if (options.asJson)
         {
