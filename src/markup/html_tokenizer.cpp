@@ -50,9 +50,8 @@ bool HtmlTokenizer::BeginsMarkup(std::size_t less) const
 std::wstring_view HtmlTokenizer::ReadText()
 {
     const std::size_t start = _at;
-    for (; _at < _html.size(); ++_at)
-        if (_html[_at] == L'<' && BeginsMarkup(_at))
-            break;
+    while ((_at = FindHtmlCharacter(_html, L'<', _at)) != _html.size() && !BeginsMarkup(_at))
+        ++_at;
     return _html.substr(start, _at - start);
 }
 

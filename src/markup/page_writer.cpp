@@ -42,31 +42,43 @@ void PageWriter::FoldedText(std::wstring_view html, bool inAttribute)
     const wchar_t* const end = in + html.size();
     while (in != end)
     {
-        const wchar_t* const start = in;
-        while (in != end && !EndsRun(*in))
-            ++in;
-        if (in != start)
-            Word({start, static_cast<std::size_t>(in - start)});
-        if (in == end)
-            return;
-        if (*in != L'&')
+        if (IsHtmlSpace(*in))
         {
             _space = true;
             ++in;
             continue;
         }
-        const HtmlReference reference = ReadHtmlReference({in, static_cast<std::size_t>(end - in)}, inAttribute);
-        if (reference.length == 0)
-            Word({in++, 1});
-        else
+        if (*in == L'&')
         {
-            if (IsHtmlSpace(reference.units[0]))
-                _space = true;
-            else
-                Word(reference.Units());
-            in += reference.length;
+            const HtmlReference reference = ReadHtmlReference({in, static_cast<std::size_t>(end - in)}, inAttribute);
+            if (reference.length != 0)
+            {
+                if (IsHtmlSpace(reference.units[0]))
+                    _space = true;
+                else
+                    Word(reference.Units());
+                in += reference.length;
+                continue;
+            }
         }
+        in = CopyWords(in, end);
     }
+}
+
+// Copies the character at `in` and all that follows up to the next reference or white space other than single blanks.
+// Returns the end of the copied text.
+const wchar_t* PageWriter::CopyWords(const wchar_t* in, const wchar_t* end)
+{
+    BeginText(true);
+    MakeRoom(static_cast<std::size_t>(end - in));
+    wchar_t* out = _text + _length;
+    do
+        do
+            *out++ = *in++;
+        while (in != end && !EndsRun(*in));
+    while (end - in >= 2 && *in == L' ' && !EndsRun(in[1]));
+    _length = static_cast<std::size_t>(out - _text);
+    return in;
 }
 
 void PageWriter::Verbatim(std::wstring_view html, bool resolveReferences)

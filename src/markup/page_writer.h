@@ -64,6 +64,7 @@ public:
 
 private:
     void FoldedText(std::wstring_view html, bool inAttribute);
+    const wchar_t* CopyWords(const wchar_t* in, const wchar_t* end);
     void Word(std::wstring_view text);
     void BeginText(bool indented);
     void WriteDue(bool indented);
