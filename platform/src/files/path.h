@@ -36,6 +36,9 @@ NativePath ToFullNative(LPCWSTR path);
 // have there is the backslash: U+F05C stands for it, both ways.
 std::u16string FromNative(std::string_view path);
 
+// The same in the other direction, for a single name.
+std::string NativeName(std::u16string_view component);
+
 // The folder part of a path: "." for a name alone.
 std::string FolderOf(const std::string& path);
 std::string_view NameOf(std::string_view path);

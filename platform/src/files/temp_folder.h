@@ -15,6 +15,9 @@ std::string TempFolder();
 // on the system, where the rights of the user's own temp folder are inherited.
 mode_t ModeOfNew(const std::string& path, mode_t usual);
 
+// Returns true if the descriptor is that of a temp folder where everybody may make files.
+bool IsSharedTempFolder(int folder);
+
 // Whether a name in such a folder is another user's. Root's count as another's too, and so do users' for root: who owns
 // a folder can lay links in it.
 bool IsTakenByAnother(const std::string& path);
