@@ -14,7 +14,7 @@ namespace qxplatform
 namespace
 {
 
-// Handles that are open when the process ends are closed by that; the files that go with them go too.
+// Handles open at process end are closed then, and files to be deleted on close are deleted.
 struct AtExit
 {
     ~AtExit()
@@ -67,7 +67,7 @@ DWORD FileObject::MapFileAccess(DWORD access)
 
 void FileObject::DeleteIfAsked()
 {
-    // A forked child has copies of the objects, but the file is its parent's.
+    // A forked child has copies of the objects, but the file belongs to the parent.
     if (!_isDeletedOnClose || _creator != getpid())
         return;
     const std::lock_guard guard(_deleteLock);
@@ -80,7 +80,7 @@ void FileObject::DeleteIfAsked()
             unlinkat(folder, _options.name.c_str(), 0);
         return;
     }
-    // The kernel knows the file's current name.
+    // The kernel provides the current name of the file.
     char path[PATH_MAX];
     const ssize_t length = readlink(PathOfDescriptor(descriptor()).c_str(), path, sizeof path - 1);
     if (length <= 0)

@@ -21,7 +21,7 @@ public:
     struct Options
     {
         bool canSeek = false;
-        bool canWrite = false; // the descriptor, whatever the handle may do
+        bool canWrite = false; // access of the descriptor, whatever the rights of the handle
         bool appends = false;
         // Set for a file that was opened relative to a folder: where its name is removed.
         Ref<FileObject> folder{};
@@ -30,7 +30,7 @@ public:
 
     FileObject(Descriptor descriptor, const Options& options);
 
-    // The rights that the generic ones stand for with a file.
+    // Maps generic rights to the rights of a file.
     static DWORD MapFileAccess(DWORD access);
     DWORD MapAccess(DWORD access) const override { return MapFileAccess(access); }
 
@@ -44,8 +44,8 @@ public:
 
     ByteLocks byteLocks;
 
-    // The file pointer belongs to the object: handles duplicated from each other share it. Whoever moves it or
-    // transfers bytes at it holds the lock.
+    // The file pointer belongs to the object and is shared by duplicated handles. Hold this lock to move it or to
+    // transfer bytes at it.
     std::mutex positionLock;
     std::int64_t position = 0;
 
