@@ -93,7 +93,7 @@ String NormalizePath(const String& path)
     if (length == 0 || length >= kPathLength)
         return path;
 
-    // Inserts "." folders so that the system's canonicalization removes doubled separators.
+    // Inserts "." folders so that the system's canonicalisation removes doubled separators.
     String dotted(full);
     const String separator(&PATH_SEPARATOR, 0, 1);
     dotted.Replace(separator, separator + L"." + separator);

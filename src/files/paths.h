@@ -1,4 +1,4 @@
-// Splitting, normalizing and classifying paths. Both separators are accepted on every system.
+// Splitting, normalising and classifying paths. Both separators are accepted on every system.
 #pragma once
 
 #include "core/text/string.h"

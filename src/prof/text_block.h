@@ -1,4 +1,4 @@
-// Eight characters at a time, in the compiler's own vectors, which it has for every processor.
+// Blocks of eight characters in the compiler's vector types, which work on every processor.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@ namespace qx
 
 typedef std::uint16_t TextBlock __attribute__((vector_size(16)));
 
-// The result of a comparison: all bits of each character for which it holds.
+// The result of a comparison: all bits of a character are set if the comparison holds for it.
 typedef std::int16_t TextBlockTruths __attribute__((vector_size(16)));
 
 constexpr std::size_t kTextBlockLength = 8;
@@ -31,7 +31,7 @@ inline TextBlock EightOf(std::uint16_t c)
     return TextBlock{c, c, c, c, c, c, c, c};
 }
 
-// Two bits for each character, the first one lowest.
+// Returns two bits for each character. The first character is in the lowest bits.
 inline unsigned MaskOf(TextBlockTruths truths)
 {
 #if defined(__SSE2__)

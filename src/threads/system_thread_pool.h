@@ -60,7 +60,7 @@ private:
     Environment _environment;
     PTP_POOL _pool = nullptr;
     PTP_CLEANUP_GROUP _cleanupGroup = nullptr;
-    clsCriticalSection _lock; // serializes the closing of items with the destructor
+    clsCriticalSection _lock; // serialises the closing of items with the destructor
     bool _isEnding = false;
 };
 

@@ -1,6 +1,6 @@
 #include "core/packing/base64_blocks.h"
 
-// For processors without a variant of their own: the caller's loops over groups do all of it.
+// The version for processors without a vectorised one: processes nothing, so the caller's loops handle all groups.
 namespace qx
 {
 

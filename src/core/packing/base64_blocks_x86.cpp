@@ -44,7 +44,7 @@ void Store(void* at, __m128i block)
 // Converts numbers to symbols by adding an offset, which differs for each of the five kinds of symbols.
 [[gnu::target("ssse3")]] __m128i SymbolsOf(__m128i numbers)
 {
-    // 0 for small letters, 1 to 12 for digits and signs, 13 for capital letters.
+    // 0 for lower-case letters, 1 to 12 for digits and signs, 13 for upper-case letters.
     const __m128i isCapital = _mm_cmpgt_epi8(_mm_set1_epi8(26), numbers);
     const __m128i kinds =
         _mm_or_si128(_mm_subs_epu8(numbers, _mm_set1_epi8(51)), _mm_and_si128(isCapital, _mm_set1_epi8(13)));
@@ -104,7 +104,7 @@ void Store(void* at, __m128i block)
     for (; maxGroups - groups >= kGroupsOfBlock && length >= kSymbolsOfBlock;
          groups += kGroupsOfBlock, length -= kSymbolsOfBlock, text += kSymbolsOfBlock, bytes += kBytesOfBlock)
     {
-        // Characters beyond 8 bits become 0 or 255, which are no symbols.
+        // Saturates characters above 8 bits to 0 or 255, which are not symbols.
         __m128i numbers;
         if (!NumbersOf(_mm_packus_epi16(Load(text), Load(text + kSymbolsOfBlock / 2)), numbers))
             break;
