@@ -20,7 +20,8 @@ enum
     QXUT_EXTRACT_NOT_ARCHIVE = -2,  /* the file is not an archive, or its directory is damaged */
     QXUT_EXTRACT_INCOMPLETE = -3,   /* some entries were not extracted; all others were */
     QXUT_EXTRACT_CANNOT_WRITE = -4, /* a folder can't be created or the disk is full; the rest was not extracted */
-    QXUT_EXTRACT_NO_MEMORY = -5
+    QXUT_EXTRACT_NO_MEMORY = -5,
+    QXUT_EXTRACT_STOPPED = -6 /* by the progress function; complete entries are kept */
 };
 
 /* Flag of QxExtractZip: links are left out, which is not a failure. */
@@ -30,11 +31,15 @@ enum
    reason. The texts are valid during the call. It must not throw. */
 typedef void (*QxExtractProblem)(void* context, const QXWCHAR* name, const QXWCHAR* reason);
 
-/* Extracts an archive like UtilExtractZip, but doesn't throw. `problem` (may be null) is called with `context` for each
-   entry that was not extracted. If there are several, QxGetErrorText describes the first. Returns a QXUT_EXTRACT code.
- */
-QXUT_API int32_t QxExtractZip(
-    const QXWCHAR* fileName, const QXWCHAR* folder, uint32_t flags, QxExtractProblem problem, void* context);
+/* Receives the entry that is being extracted and the number of bytes extracted so far, of all entries together. Called
+   for each entry and each megabyte. Returns 0 to stop the extraction. It must not throw. */
+typedef int32_t (*QxExtractProgress)(void* context, const QXWCHAR* name, uint64_t done);
+
+/* Extracts an archive like UtilExtractZip, but doesn't throw. `problem` is called for each entry that was not extracted,
+   and `progress` all the time, both with `context`; either may be null. If there are several problems, QxGetErrorText
+   describes the first. Returns a QXUT_EXTRACT code. */
+QXUT_API int32_t QxExtractZip(const QXWCHAR* fileName, const QXWCHAR* folder, uint32_t flags, QxExtractProblem problem,
+    QxExtractProgress progress, void* context);
 
 /* Flags of QxZIPAppend. */
 #define QXUT_ZIP_MODES 0x2u /* permissions, as archivers on Unix store them; names and comments in UTF-8 */

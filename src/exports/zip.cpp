@@ -30,7 +30,8 @@ static_assert(QXUT_EXTRACT_OK == static_cast<int>(ExtractResult::Done) &&
               QXUT_EXTRACT_CANNOT_OPEN == static_cast<int>(ExtractResult::CannotOpen) &&
               QXUT_EXTRACT_NOT_ARCHIVE == static_cast<int>(ExtractResult::NotArchive) &&
               QXUT_EXTRACT_INCOMPLETE == static_cast<int>(ExtractResult::Incomplete) &&
-              QXUT_EXTRACT_CANNOT_WRITE == static_cast<int>(ExtractResult::CannotWrite));
+              QXUT_EXTRACT_CANNOT_WRITE == static_cast<int>(ExtractResult::CannotWrite) &&
+              QXUT_EXTRACT_STOPPED == static_cast<int>(ExtractResult::Stopped));
 
 HZIPFILE UtilZIPCreate(const QXWCHAR* fileName, const QXWCHAR* comment)
 {
@@ -85,22 +86,28 @@ std::int32_t UtilExtractZip(const QXWCHAR* fileName, const QXWCHAR* folder)
     return 1;
 }
 
-std::int32_t QxExtractZip(
-    const QXWCHAR* fileName, const QXWCHAR* folder, std::uint32_t flags, QxExtractProblem problem, void* context)
+std::int32_t QxExtractZip(const QXWCHAR* fileName, const QXWCHAR* folder, std::uint32_t flags, QxExtractProblem problem,
+    QxExtractProgress progress, void* context)
 {
     return Guarded(std::int32_t{QXUT_EXTRACT_NO_MEMORY},
         [=]
         {
             String first;
-            const ExtractResult result = ExtractArchive(fileName, folder, (flags & QXUT_EXTRACT_NO_LINKS) == 0,
-                [&](const String& name, const String& reason)
-                {
-                    if (first.IsEmpty())
-                        first = reason;
-                    if (problem)
-                        problem(context, name, reason);
-                });
-            if (result != ExtractResult::Done)
+            const auto report = [&](const String& name, const String& reason)
+            {
+                if (first.IsEmpty())
+                    first = reason;
+                if (problem)
+                    problem(context, name, reason);
+            };
+            ExtractProgress show;
+            if (progress)
+                show = [=](const String& name, std::uint64_t done) { return progress(context, name, done) != 0; };
+            const bool withLinks = (flags & QXUT_EXTRACT_NO_LINKS) == 0;
+            const ExtractResult result = ExtractArchive(fileName, folder, withLinks, report, show);
+            if (result == ExtractResult::Stopped)
+                SetFailureText(L"the extraction was stopped");
+            else if (result != ExtractResult::Done)
                 SetFailureText(first);
             return static_cast<std::int32_t>(result);
         });

@@ -32,6 +32,10 @@ public:
     using clsZIPException::clsZIPException;
 };
 
+class clsStopped
+{
+};
+
 bool IsFolder(const String& path)
 {
     const DWORD attributes = GetFileAttributesW(path);
@@ -119,11 +123,13 @@ struct scPendingLink
 class Extraction
 {
 public:
-    Extraction(Unzipper& unzipper, const String& folder, bool withLinks, const ExtractProblem& report)
+    Extraction(Unzipper& unzipper, const String& folder, bool withLinks, const ExtractProblem& report,
+        const ExtractProgress& progress)
         : _unzipper(unzipper),
           _folders(folder),
           _withLinks(withLinks),
-          _report(report)
+          _report(report),
+          _progress(progress)
     {
     }
 
@@ -135,6 +141,10 @@ public:
                 Attempt(_unzipper.Member().name, [this] { ExtractMember(); });
             for (const scPendingLink& link : _links)
                 Attempt(link.member, [&] { MakeMemberLink(link); });
+        }
+        catch (const clsStopped&)
+        {
+            return ExtractResult::Stopped;
         }
         catch (const clsCannotWrite& exception)
         {
@@ -167,6 +177,13 @@ private:
         }
     }
 
+    void ShowProgress(std::size_t count)
+    {
+        _done += count;
+        if (_progress && !_progress(_unzipper.Member().name, _done))
+            throw clsStopped();
+    }
+
     void Report(const String& member, const clsZIPException& exception)
     {
         _hasProblem = true;
@@ -178,6 +195,7 @@ private:
 
     void ExtractMember()
     {
+        ShowProgress(0);
         const scZIPMember& member = _unzipper.Member();
         WCValSList<String> names;
         switch (SplitMemberName(member.name, member.isFromPosix, names))
@@ -219,8 +237,12 @@ private:
             throw clsZIPException(String(String::kFormatted, L"The file of the zip entry '%s' can't be made: %s",
                 member.name.Text(), String::SystemErrorText(error).Text()));
         }
-        const bool isTaken = _unzipper.CopyData([&](const unsigned char* bytes, std::size_t count)
-            { return file.File().Write(bytes, count) == static_cast<std::int64_t>(count); });
+        const bool isTaken = _unzipper.CopyData(
+            [&](const unsigned char* bytes, std::size_t count)
+            {
+                ShowProgress(count);
+                return file.File().Write(bytes, count) == static_cast<std::int64_t>(count);
+            });
         if (!isTaken)
             throw clsCannotWrite(L"The file of the zip entry '%s' can't be written", member.name);
         if (member.hasTime)
@@ -261,17 +283,20 @@ private:
     MemberFolders _folders;
     const bool _withLinks;
     const ExtractProblem& _report;
+    const ExtractProgress& _progress;
+    std::uint64_t _done = 0;
     std::vector<scPendingLink> _links;
     bool _hasProblem = false;
 };
 
 } // namespace
 
-ExtractResult ExtractArchive(const String& archive, const String& folder, bool withLinks, const ExtractProblem& report)
+ExtractResult ExtractArchive(const String& archive, const String& folder, bool withLinks, const ExtractProblem& report,
+    const ExtractProgress& progress)
 {
     Unzipper unzipper(archive);
     if (unzipper.IsOpen() && unzipper.HasMembers())
-        return Extraction(unzipper, folder, withLinks, report).Run();
+        return Extraction(unzipper, folder, withLinks, report, progress).Run();
     if (unzipper.IsEmptyArchive())
         return ExtractResult::Done;
     report(String(), L"Error loading zip file!");
