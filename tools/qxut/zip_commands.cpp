@@ -62,7 +62,8 @@ struct Source
     fs::path path;
     std::string name; // in the archive
     std::uint64_t size = 0;
-    bool mayBeLink = false; // stored as one if it stays inside
+    bool isLink = false;
+    bool staysInside = false; // the link, in the folder on the command line
 };
 
 // The files to store, and what can't be stored, with the reason.
@@ -82,9 +83,19 @@ fs::path NameOf(const fs::path& path)
     return normal.has_filename() ? normal.filename() : normal.parent_path().filename();
 }
 
-void AddSource(Sources& sources, const fs::path& path, const fs::path& name, bool mayBeLink = false)
+void AddSource(Sources& sources, const fs::path& path, const fs::path& name)
 {
-    sources.files.push_back({path, Utf8Path(name), mayBeLink ? 0 : fs::file_size(path), mayBeLink});
+    sources.files.push_back({path, Utf8Path(name), fs::file_size(path)});
+}
+
+// `relative` is the path of the link in the folder.
+void AddLink(Sources& sources, const fs::path& path, const fs::path& relative, const fs::path& name)
+{
+    std::error_code error;
+    const fs::path target = fs::read_symlink(path, error);
+    const fs::path end = (relative.parent_path() / target).lexically_normal();
+    const bool staysInside = !error && target.is_relative() && !end.empty() && *end.begin() != "..";
+    sources.files.push_back({path, Utf8Path(name), 0, true, staysInside});
 }
 
 // Rejects the archive itself as a source, and duplicate names: readers would see only one of the entries.
@@ -119,7 +130,14 @@ void AddFolder(Sources& sources, const fs::path& folder, bool withLinks)
     std::sort(files.begin(), files.end());
     const fs::path name = NameOf(folder);
     for (const auto& [file, isLink] : files)
-        AddSource(sources, file, (name / file.lexically_relative(folder)).lexically_normal(), isLink);
+    {
+        const fs::path relative = file.lexically_relative(folder);
+        const fs::path stored = (name / relative).lexically_normal();
+        if (isLink)
+            AddLink(sources, file, relative, stored);
+        else
+            AddSource(sources, file, stored);
+    }
 }
 
 Sources FindSources(const ZipOptions& options)
@@ -157,11 +175,11 @@ void Append(NewArchive& archive, const Source& source, std::vector<std::string>&
     const bool isFile = fs::is_regular_file(source.path, error);
     try
     {
-        archive.Append(Utf8Path(source.path), source.name, QXUT_ZIP_MODES | (source.mayBeLink ? QXUT_ZIP_LINKS : 0));
+        archive.Append(Utf8Path(source.path), source.name, QXUT_ZIP_MODES | (source.staysInside ? QXUT_ZIP_LINKS : 0));
     }
     catch (const Failure&)
     {
-        if (!source.mayBeLink || isFile)
+        if (!source.isLink || isFile)
             throw;
         leftOut.push_back(
             Utf8Path(source.path) + ": is a link that leads to no file in the archive, and is not in the archive");
