@@ -2,6 +2,7 @@
 #ifndef QXUT23_QXUT23_H
 #define QXUT23_QXUT23_H
 
+#include <qxut23/archives.h>
 #include <qxut23/base.h>
 #include <qxut23/bstr.h>
 #include <qxut23/charset.h>
@@ -9,6 +10,7 @@
 #include <qxut23/countries.h>
 #include <qxut23/dates.h>
 #include <qxut23/debug.h>
+#include <qxut23/errors.h>
 #include <qxut23/iso_countries.h>
 #include <qxut23/jobs.h>
 #include <qxut23/markup.h>

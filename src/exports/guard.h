@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/debug_line.h"
+#include "core/errors/failure_text.h"
 
 #include <windows.h>
 
@@ -25,6 +26,7 @@ auto Guarded(Failure failure, Work work) noexcept -> decltype(work())
     catch (const std::bad_alloc&)
     {
         DebugLine(L"ERR: out of memory in an exported function");
+        SetFailureText(L"out of memory");
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     }
     catch (const std::exception& exception)

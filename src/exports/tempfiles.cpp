@@ -26,15 +26,14 @@ void UtilTempFileMgrAdd(const QXWCHAR* fileName)
 }
 
 std::int32_t UtilTempFileMgrCreateFile(
-    const QXWCHAR* prefix, const QXWCHAR* extension, std::uint32_t flags, QXWCHAR** fileName)
+    const QXWCHAR* prefix, const QXWCHAR* extension, std::uint32_t, QXWCHAR** fileName)
 {
     if (!prefix || !extension || !fileName)
         return 0;
     return Guarded(0,
         [=]
         {
-            const bool longNames = (flags & QXUT_TEMPFILE_LONG_PATH) != 0;
-            MakeTempFile(kTempSubfolder, prefix, extension, longNames, nullptr).ToBSTR(fileName);
+            MakeTempFile(kTempSubfolder, prefix, extension, nullptr).ToBSTR(fileName);
             return 1;
         });
 }

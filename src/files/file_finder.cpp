@@ -8,6 +8,8 @@ namespace qx
 FileFinder::FileFinder(const String& pattern, bool directories) : _directories(directories)
 {
     _find.Take(FindFirstFileW(pattern, &_data), true);
+    if (!_find.IsValid())
+        _error = GetLastError();
 }
 
 bool FileFinder::Next()

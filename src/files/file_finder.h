@@ -29,6 +29,9 @@ public:
     // Moves to the next entry; the first call moves to the first entry. Returns false at the end.
     bool Next();
 
+    // The last error of a search that couldn't begin; ERROR_FILE_NOT_FOUND if nothing matches.
+    DWORD Error() const { return _error; }
+
     const wchar_t* Name() const { return _data.cFileName; }
     const WIN32_FIND_DATAW& Data() const { return _data; }
 
@@ -37,6 +40,7 @@ private:
 
     WIN32_FIND_DATAW _data{};
     clsFindDataObjectAutoRelease _find;
+    DWORD _error = ERROR_SUCCESS;
     bool _directories;
     bool _atFirst = true;
 };

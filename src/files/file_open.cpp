@@ -14,6 +14,7 @@ namespace
 {
 
 constexpr wchar_t kNameRefused[] = L"file name is reserved by Windows";
+constexpr wchar_t kNoFile[] = L"is a pipe or a device, not a file";
 constexpr int kAttempts = 3;
 constexpr DWORD kWaitForTemporary = 100; // ms
 
@@ -29,6 +30,13 @@ public:
 private:
     UINT _before;
 };
+
+// A pipe would be read or written for ever, or keep nothing.
+bool IsPipeOrDevice(HANDLE file)
+{
+    const DWORD type = GetFileType(file);
+    return type == FILE_TYPE_PIPE || type == FILE_TYPE_CHAR;
+}
 
 bool IsSharingError(DWORD error)
 {
@@ -85,7 +93,14 @@ DWORD clsFile::TryToOpen(DWORD access, DWORD share, DWORD disposition, DWORD fla
         error = GetLastError();
         if (_handle.IsValid())
         {
-            break;
+            if (!IsPipeOrDevice(_handle.Get()))
+            {
+                break;
+            }
+            _handle.Release();
+            _errorKind = FileError::Other;
+            _errorText = kNoFile;
+            return ERROR_BAD_FILE_TYPE;
         }
         _errorKind = ClassifyOpenError(error);
         _errorText = String::SystemErrorText(error);

@@ -4,6 +4,8 @@
 #include "core/developer_run.h"
 #include "files/file_finder.h"
 #include "files/file_time.h"
+#include "files/folder.h"
+#include "files/handle_holder.h"
 #include "files/paths.h"
 #include "files/temp_files.h"
 
@@ -27,6 +29,19 @@ bool IsBefore(const FILETIME& a, const FILETIME& b)
     return UnitsOf(a) / kUnitsPerMillisecond < UnitsOf(b) / kUnitsPerMillisecond;
 }
 
+// Clears the attribute by handle, so that a link that takes the name's place is not followed.
+bool MakeWritable(const String& name)
+{
+    const clsGenericHandleObjectAutoRelease file(CreateFileW(name, FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES,
+                                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                                     OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr),
+        true);
+    BY_HANDLE_FILE_INFORMATION info{};
+    return file.IsValid() && GetFileInformationByHandle(file.Get(), &info) &&
+           ((info.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 ||
+               ClearReadOnly(file.Get(), info.dwFileAttributes));
+}
+
 } // namespace
 
 Removal RemoveFile(const String& name)
@@ -36,8 +51,9 @@ Removal RemoveFile(const String& name)
         return GetLastError() == ERROR_FILE_NOT_FOUND
                    ? Removal::Missing
                    : Failed(L"WRN: clsTempFileRemover: getting file attributes for '%s' failed: %s", name);
-    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0 &&
-        !SetFileAttributesW(name, attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY)))
+    // The attributes of a link are those of its target, and the target is none of our business.
+    if ((attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_REPARSE_POINT)) == FILE_ATTRIBUTE_READONLY &&
+        !MakeWritable(name))
         return Failed(L"WRN: clsTempFileRemover: setting file '%s' r/w failed: %s", name);
     if (!DeleteFileW(name))
         return Failed(L"WRN: clsTempFileRemover: error deleting temp file '%s': %s", name);

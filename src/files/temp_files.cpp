@@ -3,6 +3,7 @@
 #include "core/critical_section.h"
 #include "core/forever.h"
 #include "files/file_time.h"
+#include "files/folder.h"
 #include "files/path_separator.h"
 #include "files/paths.h"
 
@@ -14,6 +15,7 @@
 #endif
 
 #include <cmath>
+#include <utility>
 
 namespace qx
 {
@@ -78,25 +80,34 @@ struct KnownFolders
     String folders[2]; // as the system returns it, with long names
 };
 
-// Creates the subfolders. Returns the folder for new files, with a trailing separator.
-String MakeSubfolders(const String& temp, const wchar_t* subfolders)
+// A folder for new files, and its path with a separator at the end.
+struct scOpenFolder
 {
-    String folder = WithoutTrailingSeparators(temp);
+    clsFolder folder;
+    String path;
+};
+
+// Opens the subfolders of the temp folder, creating them if necessary. If one can't be opened or created, or is a link,
+// the folder is the temp folder itself.
+scOpenFolder OpenSubfolders(const String& temp, const wchar_t* subfolders)
+{
+    scOpenFolder opened{clsFolder(temp), WithoutTrailingSeparators(temp)};
     String parts(subfolders);
     parts.Replace(L'/', L'\\');
     for (const String& part : parts.Split(L'\\'))
     {
         if (part.IsEmpty())
             continue;
-        folder += PATH_SEPARATOR;
-        folder += part;
-        // A file with the folder's name is no substitute.
-        if (!CreateDirectoryW(folder, nullptr) &&
-            (GetLastError() != ERROR_ALREADY_EXISTS || ClassifyPath(folder) != PathClass::Folder))
-            return temp;
+        opened.path += PATH_SEPARATOR;
+        opened.path += part;
+        clsFolder subfolder;
+        subfolder.OpenSubfolder(opened.folder, part, kModePrivateFolder);
+        if (!subfolder.IsOpen())
+            return {clsFolder(temp), temp};
+        opened.folder = std::move(subfolder);
     }
-    folder += PATH_SEPARATOR;
-    return folder;
+    opened.path += PATH_SEPARATOR;
+    return opened;
 }
 
 // Returns the distance between a time and now, in days.
@@ -108,30 +119,20 @@ double DaysFromNow(const FILETIME& time)
     return std::fabs(units) / static_cast<double>(24 * kUnitsPerHour);
 }
 
-HANDLE OpenFile(const String& name, DWORD disposition, DWORD flags)
-{
-    return CreateFileW(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr, disposition, flags, nullptr);
-}
+constexpr DWORD kReadAndWrite = GENERIC_READ | GENERIC_WRITE;
 
-// Takes over a file that hasn't been written for a week: opens it exclusively and truncates it. The age is checked
-// twice, because another process may take the file in between.
-HANDLE TakeStaleFile(const String& name, DWORD flags)
+// Takes over a file that nobody has written to for a week, and empties it.
+HANDLE TakeStaleFile(const clsFolder& folder, const String& name, DWORD flags)
 {
-    WIN32_FILE_ATTRIBUTE_DATA data;
-    if (!GetFileData(name, data) || DaysFromNow(data.ftLastWriteTime) <= kStaleDays)
-        return INVALID_HANDLE_VALUE;
-    // Opens the file without delete-on-close first. A file that is in use after all must not be deleted when the handle
-    // is closed.
-    clsGenericHandleObjectAutoRelease probe(OpenFile(name, OPEN_EXISTING, flags & ~FILE_FLAG_DELETE_ON_CLOSE), true);
+    // Opened without deletion on close: a file that is in use after all must not vanish with the handle.
+    clsGenericHandleObjectAutoRelease file(
+        folder.OpenExisting(name, kReadAndWrite | DELETE, 0, flags & ~FILE_FLAG_DELETE_ON_CLOSE), true);
     FILETIME lastWrite;
-    if (!probe.IsValid() || !GetFileTime(probe.Get(), nullptr, nullptr, &lastWrite) ||
-        DaysFromNow(lastWrite) <= kStaleDays)
+    if (!file.IsValid() || !GetFileTime(file.Get(), nullptr, nullptr, &lastWrite) ||
+        DaysFromNow(lastWrite) <= kStaleDays || !SetDeletedOnClose(file.Get(), true))
         return INVALID_HANDLE_VALUE;
-    probe.Release();
-    const HANDLE file = OpenFile(name, OPEN_EXISTING, flags);
-    if (file != INVALID_HANDLE_VALUE)
-        SetEndOfFile(file);
-    return file;
+    SetEndOfFile(file.Get());
+    return file.Detach();
 }
 
 // Returns true if another name might succeed. The number of attempts after a denial is limited, because the folder may
@@ -162,46 +163,46 @@ std::uint64_t TimeStamp()
 #endif
 }
 
-// The arguments of MakeTempFile except for the folder.
+// Returns false for a text that would lead out of the folder, or to a stream of another file.
+bool IsPartOfName(std::wstring_view text)
+{
+    return text.find_first_of(L"/\\:") == std::wstring_view::npos;
+}
+
+// The arguments of MakeTempFile without the folder.
 struct NewFile
 {
     const wchar_t* prefix;
     const wchar_t* extension;
-    bool longNames;
     clsGenericHandleObjectAutoRelease* holder;
     std::uint64_t (*nextNumber)();
 
-    // Creates the file and returns its name. On failure, returns an empty text and sets `error`. `parent` must end with
-    // a separator.
-    String Make(const String& parent, DWORD& error) const
+    // Returns the path, or an empty text and the error.
+    String Make(const scOpenFolder& parent, DWORD& error) const
     {
-        const String base = parent + prefix;
-        String folder = GetPathDirectory(base);
-        if (folder.IsEmpty())
-            folder = GetTempFolder(longNames);
-        String middle;
-        middle.Format(L"_%d_", kTempNameVersion);
-        middle += GetPathStem(base);
-
+        DWORD access = kReadAndWrite;
         DWORD flags = FILE_FLAG_SEQUENTIAL_SCAN | FILE_ATTRIBUTE_NORMAL;
         if (holder)
+        {
+            access |= DELETE;
             flags |= FILE_FLAG_DELETE_ON_CLOSE | FILE_ATTRIBUTE_TEMPORARY;
-
+        }
+        const String stem = GetPathStem(prefix);
         String name;
         for (unsigned tries = 1; tries <= kMaxTries; ++tries)
         {
-            name.Format(L"%s%s%I64x.%s", folder.Text(), middle.Text(), nextNumber(), extension);
-            HANDLE file = OpenFile(name, CREATE_NEW, flags);
+            name.Format(L"_%d_%s%I64x.%s", kTempNameVersion, stem.Text(), nextNumber(), extension);
+            HANDLE file = parent.folder.CreateNew(name, access, 0, flags, kModePrivateFile);
             error = GetLastError();
             if (file == INVALID_HANDLE_VALUE && holder)
-                file = TakeStaleFile(name, flags);
+                file = TakeStaleFile(parent.folder, name, flags);
             if (file != INVALID_HANDLE_VALUE)
             {
                 if (holder)
                     holder->Take(file, true);
                 else
                     CloseHandle(file);
-                return name;
+                return parent.path + name;
             }
             if (!IsWorthAnotherTry(error, tries))
                 break;
@@ -235,28 +236,28 @@ bool IsTempSubfolderForeign()
            GetLastError() == ERROR_ACCESS_DENIED;
 }
 
-String MakeTempFile(const wchar_t* subfolders, const wchar_t* prefix, const wchar_t* extension, bool longNames,
+String MakeTempFile(const wchar_t* subfolders, const wchar_t* prefix, const wchar_t* extension,
     clsGenericHandleObjectAutoRelease* holder, std::uint64_t (*nextNumber)())
 {
     const String temp = GetTempFolder(true);
-    if (temp.IsEmpty())
+    if (temp.IsEmpty() || !IsPartOfName(prefix) || !IsPartOfName(extension))
         return String();
     if (*extension == L'.')
         ++extension;
-    const NewFile file{prefix, extension, longNames, holder, nextNumber};
-    const String folder = MakeSubfolders(temp, subfolders);
+    const NewFile file{prefix, extension, holder, nextNumber};
+    const scOpenFolder folder = OpenSubfolders(temp, subfolders);
     DWORD error = ERROR_SUCCESS;
     String name = file.Make(folder, error);
-    // A folder in which this user can't create files is treated like a folder that can't be created.
-    if (name.IsEmpty() && error == ERROR_ACCESS_DENIED && folder != temp)
-        name = file.Make(temp, error);
+    // A folder in which this user may not create files is treated like one that can't be created.
+    if (name.IsEmpty() && error == ERROR_ACCESS_DENIED && folder.path != temp)
+        name = file.Make({clsFolder(temp), temp}, error);
     return name;
 }
 
-String MakeTempFile(const wchar_t* subfolders, const wchar_t* prefix, const wchar_t* extension, bool longNames,
+String MakeTempFile(const wchar_t* subfolders, const wchar_t* prefix, const wchar_t* extension,
     clsGenericHandleObjectAutoRelease* holder)
 {
-    return MakeTempFile(subfolders, prefix, extension, longNames, holder, TimeStamp);
+    return MakeTempFile(subfolders, prefix, extension, holder, TimeStamp);
 }
 
 namespace
@@ -265,7 +266,7 @@ namespace
 HANDLE NewTempFile(const wchar_t* prefix, const wchar_t* extension)
 {
     clsGenericHandleObjectAutoRelease holder;
-    MakeTempFile(kTempSubfolder, prefix, extension, true, &holder);
+    MakeTempFile(kTempSubfolder, prefix, extension, &holder);
     return holder.Detach();
 }
 

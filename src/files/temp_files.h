@@ -34,11 +34,11 @@ bool IsTempSubfolderForeign();
 // `subfolders` (separated by backslashes) are created below the temp folder. If that fails, or this user has no access
 // to them, the file is created in the temp folder itself. Without a `holder`, the file remains as an empty file. With a
 // `holder`, the file stays open and is deleted when the handle is closed.
-String MakeTempFile(const wchar_t* subfolders, const wchar_t* prefix, const wchar_t* extension, bool longNames,
+String MakeTempFile(const wchar_t* subfolders, const wchar_t* prefix, const wchar_t* extension,
     clsGenericHandleObjectAutoRelease* holder);
 
 // The same with a number generator for the names, for tests. The default is the processor's time stamp counter.
-String MakeTempFile(const wchar_t* subfolders, const wchar_t* prefix, const wchar_t* extension, bool longNames,
+String MakeTempFile(const wchar_t* subfolders, const wchar_t* prefix, const wchar_t* extension,
     clsGenericHandleObjectAutoRelease* holder, std::uint64_t (*nextNumber)());
 
 // A temporary file that is deleted with the object. Not open if no file could be created.

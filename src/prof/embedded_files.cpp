@@ -3,7 +3,9 @@
 #include "core/debug_line.h"
 #include "files/file.h"
 #include "files/file_finder.h"
+#include "files/folder.h"
 #include "files/name_check.h"
+#include "files/new_file.h"
 #include "files/packed_text.h"
 #include "files/path_separator.h"
 #include "prof/path.h"
@@ -63,22 +65,8 @@ bool IsPlainName(const String& name)
            !IsDeviceName(name) && IsFileNameAllowed(name);
 }
 
-bool MakeFolder(const String& folder)
-{
-    if (CreateDirectoryW(folder, nullptr))
-        return true;
-    const DWORD attributes = GetFileAttributesW(folder);
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
-
-bool EndsWithSeparator(const String& folder)
-{
-    const std::wstring_view view = folder.View();
-    return view.ends_with(L'\\') || view.ends_with(L'/');
-}
-
-// `folder` must end with a separator.
-bool ExtractEntry(clsItemList& entry, const String& folder, const String& key)
+// `prefix` is the path of the folder with a separator, for messages.
+bool ExtractEntry(clsItemList& entry, const clsFolder& folder, const String& prefix, const String& key)
 {
     const clsItem* const nameLeaf = entry.FindLeaf(kName);
     if (nameLeaf == nullptr || nameLeaf->Value().empty())
@@ -87,25 +75,22 @@ bool ExtractEntry(clsItemList& entry, const String& folder, const String& key)
         return false;
     }
     const String name(nameLeaf->Value());
-    const String path = folder + name;
-    if (!IsPlainName(name) || IsLink(path))
+    if (!IsPlainName(name) || folder.IsLink(name))
     {
         DebugLine(L"ProfExtractFiles: '%s' is refused, it leads out of the directory", name.Text());
         return false;
     }
 
-    clsFileRW file(path, FileAccess::ReadWrite, FileDisposition::CreateAlways, FileShare::None, kFileData);
+    clsNewFile file(folder, name);
     if (!file.IsOpen())
     {
-        DebugLine(L"'%s' could not be created", path.Text());
+        DebugLine(L"'%s' could not be created", (prefix + name).Text());
         return false;
     }
     const clsItem* const contents = entry.FindLeaf(kContents);
-    if (contents != nullptr && Unpack(contents->Value(), key, file))
+    if (contents != nullptr && Unpack(contents->Value(), key, file.File()) && file.SetWhole())
         return true;
-    DebugLine(L"ProfExtractFiles: '%s' could not be unpacked", path.Text());
-    file.Close();
-    DeleteFileW(path);
+    DebugLine(L"ProfExtractFiles: '%s' could not be unpacked", (prefix + name).Text());
     return false;
 }
 
@@ -169,18 +154,22 @@ std::int32_t ExtractFiles(const clsItemList& list, const String& folder, const S
     }
 
     String prefix = folder;
-    if (!EndsWithSeparator(folder))
+    if (!EndsInPathSeparator(folder.View()))
         prefix += PATH_SEPARATOR;
+    clsFolder open;
     std::int32_t count = 0;
     for (clsItemList* entry : entries)
     {
-        // Checked for each entry, because another process may have deleted the folder in the meantime.
-        if (!MakeFolder(folder))
+        // Created again if another process has deleted it. Otherwise the first one stays open, whatever the path leads
+        // to now.
+        if (!open.IsOpen() || GetFileAttributesW(folder) == INVALID_FILE_ATTRIBUTES)
+            open.OpenOrCreate(folder, !open.IsOpen());
+        if (!open.IsOpen())
         {
             DebugLine(L"problem creating directory '%s'", folder.Text());
             return kProfWriteFailed;
         }
-        count += ExtractEntry(*entry, prefix, key);
+        count += ExtractEntry(*entry, open, prefix, key);
     }
     return count;
 }

@@ -64,18 +64,35 @@ std::string_view UnicodePath(std::string_view name, std::string_view extra)
     return Number(field, 1, 4) == crc ? field.substr(kUnicodePathHead) : std::string_view();
 }
 
-// Colons aren't allowed: they name a drive or an alternate stream.
+constexpr std::size_t kLongestPosixName = 255; // bytes
+
+// The rules of Windows. Colons aren't allowed: they name a drive or an alternate stream.
+bool IsAllowedOnWindows(const String& part)
+{
+    return part.View().find(L':') == std::wstring_view::npos && !IsDeviceName(part) && IsFileNameAllowed(part);
+}
+
 bool IsPartAllowed(const String& part)
 {
-    constexpr std::wstring_view kNever(L":\0", 2); // zero included because IsFileNameAllowed stops at one
-    return part.View().find_first_of(kNever) == std::wstring_view::npos && !IsDeviceName(part) &&
-           IsFileNameAllowed(part);
+    if (part.View().find(L'\0') != std::wstring_view::npos)
+        return false;
+    return kHasPosixFiles ? EncodedText(part, kZipUtf8CodePage).size() <= kLongestPosixName : IsAllowedOnWindows(part);
 }
 
 bool HasDrive(const String& name)
 {
     const wchar_t letter = name.CharAt(0) | 0x20;
     return letter >= L'a' && letter <= L'z' && name.CharAt(1) == L':';
+}
+
+// Where colons are legal in names, a letter and a colon are a drive only in a path as Windows writes it.
+bool LeadsOut(const String& name, bool isFromPosix)
+{
+    if (!kHasPosixFiles)
+        return IsPathSeparator(name.CharAt(0)) || HasDrive(name);
+    if (isFromPosix)
+        return name.CharAt(0) == L'/';
+    return IsPathSeparator(name.CharAt(0)) || (HasDrive(name) && IsPathSeparator(name.CharAt(2)));
 }
 
 } // namespace
@@ -102,20 +119,26 @@ String MemberName(std::string_view name, std::uint16_t flags, std::uint16_t vers
     const std::string_view path = UnicodePath(name, extra);
     if (!path.empty())
         return Decoded(path, kZipUtf8CodePage);
-    const unsigned system = versionMadeBy >> 8;
-    const bool mayBeUtf8 = system == kMadeOnUnix || system == kMadeOnDarwin;
-    return Decoded(name, mayBeUtf8 && !IsAscii(name) && IsUtf8(name) ? kZipUtf8CodePage : kZipOemCodePage);
+    return Decoded(
+        name, IsMadeOnPosix(versionMadeBy) && !IsAscii(name) && IsUtf8(name) ? kZipUtf8CodePage : kZipOemCodePage);
 }
 
-MemberPathError SplitMemberName(const String& name, WCValSList<String>& parts)
+bool IsMadeOnPosix(std::uint16_t versionMadeBy)
 {
-    if (IsPathSeparator(name.CharAt(0)) || HasDrive(name))
+    const unsigned system = versionMadeBy >> 8;
+    return system == kMadeOnUnix || system == kMadeOnDarwin;
+}
+
+MemberPathError SplitMemberName(const String& name, bool isFromPosix, WCValSList<String>& parts)
+{
+    if (LeadsOut(name, isFromPosix))
         return MemberPathError::LeadsOut;
+    const bool keepsBackslash = kHasPosixFiles && isFromPosix;
     std::wstring_view rest = name.View();
     while (!rest.empty())
     {
-        const std::size_t end = std::min(rest.find_first_of(L"\\/"), rest.size());
-        const String part(rest.substr(0, end));
+        const std::size_t end = std::min(rest.find_first_of(keepsBackslash ? L"/" : L"\\/"), rest.size());
+        String part(rest.substr(0, end));
         rest.remove_prefix(std::min(end + 1, rest.size()));
         if (part.View() == L"..")
             return MemberPathError::LeadsOut;
@@ -123,6 +146,8 @@ MemberPathError SplitMemberName(const String& name, WCValSList<String>& parts)
             continue;
         if (!IsPartAllowed(part))
             return MemberPathError::NotAllowed;
+        if (keepsBackslash)
+            part.Replace(L'\\', kBackslashInName);
         parts.Append(part);
     }
     return MemberPathError::None;

@@ -24,8 +24,11 @@ enum class MemberPathError
     NotAllowed // contains a name that the system doesn't allow for files
 };
 
-// Splits an entry's name into folders and file name. Both separators are accepted; "." and empty components are
-// dropped. The checks are the same on all systems, so that a name has the same meaning everywhere.
-MemberPathError SplitMemberName(const String& name, WCValSList<String>& parts);
+// Returns true for the systems on which a backslash is part of a name and names are UTF-8.
+bool IsMadeOnPosix(std::uint16_t versionMadeBy);
+
+// Splits an entry's name into folders and file name; "." and empty components are dropped. A slash is a separator; so
+// is a backslash, unless the archive was made on a POSIX system and is read on one.
+MemberPathError SplitMemberName(const String& name, bool isFromPosix, WCValSList<String>& parts);
 
 } // namespace qx

@@ -12,8 +12,16 @@ constexpr std::uint32_t kZipCentralSignature = 0x02014B50;
 constexpr std::uint32_t kZipEndSignature = 0x06054B50;
 constexpr std::uint32_t kZipDescriptorSignature = 0x08074B50;
 
-constexpr std::uint16_t kZipVersionNeeded = 20;      // folders and deflate
-constexpr std::uint16_t kZipVersionMadeBy = 0x0A14;  // 2.0, with NTFS attributes
+constexpr std::uint16_t kZipVersionNeeded = 20;         // folders and deflate
+constexpr std::uint16_t kZipVersionMadeBy = 0x0A14;     // 2.0, with NTFS attributes
+constexpr std::uint16_t kZipVersionMadeByUnix = 0x0314; // 2.0, with modes of Unix
+
+// For archives from Unix, the upper half of the external attributes contains the file mode.
+constexpr std::uint32_t kZipModeType = 0170000;
+constexpr std::uint32_t kZipModeFile = 0100000;
+constexpr std::uint32_t kZipModeLink = 0120000;
+constexpr std::uint32_t kZipModePermissions = 0777;
+
 constexpr std::uint16_t kZipFlagDescriptor = 0x0008; // the sizes follow the data
 constexpr std::uint16_t kZipFlagEncrypted = 0x0001;
 constexpr std::uint16_t kZipFlagUtf8 = 0x0800; // applies to name and comment

@@ -1,20 +1,20 @@
-// Extracts archives, using minizip.
+// Reads archives: minizip walks the directory, and the data is read here.
 #pragma once
 
-#include "containers/slist.h"
-#include "core/packing/byte_block.h"
 #include "core/text/string.h"
+#include "zip/archive_input.h"
+#include "zip/member_data.h"
 
 #include <windows.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 
 namespace qx
 {
-
-class clsFile;
-class clsZIPException;
 
 // A member, as described in the central directory.
 struct scZIPMember
@@ -23,11 +23,13 @@ struct scZIPMember
     bool isFolder = false;
     bool isLink = false;
     bool isEncrypted = false;
+    bool isFromPosix = false; // a backslash is part of the name
     unsigned method = 0;
     std::uint64_t size = 0;
+    std::uint64_t packedSize = 0;
     std::uint32_t crc = 0;
-    bool isZIP64 = false;
-    bool hasOpenSize = false; // minizip doesn't know the size
+    std::uint64_t headerOffset = 0;
+    std::optional<std::uint32_t> mode; // permissions
     bool hasTime = false;
     FILETIME time{};
 };
@@ -40,13 +42,20 @@ class Unzipper
 {
 public:
     // There is no support for passwords, so encrypted members can't be read.
-    explicit Unzipper(const char* archivePath);
+    explicit Unzipper(const String& archivePath);
     Unzipper(const Unzipper&) = delete;
     Unzipper& operator=(const Unzipper&) = delete;
     ~Unzipper() { Close(); }
 
+    // Returns true if the file could be opened, even if it isn't an archive.
+    bool IsFileOpen() const { return _input.IsOpen(); }
     bool IsOpen() const { return _archive != nullptr; }
     void Close();
+
+    // Returns true for an archive that consists only of its end record, which minizip rejects.
+    bool IsEmptyArchive();
+
+    bool HasMembers() const;
 
     // Move to a member. Return false if there are no more members.
     bool First();
@@ -54,33 +63,23 @@ public:
 
     const scZIPMember& Member() const { return _member; }
 
-    // Extracts the current member below a folder. Missing folders are created, including those in the member's name. An
-    // existing file is replaced. The file gets the member's time but not its attributes: a read-only file would block
-    // the next extraction, and modes of other systems mean nothing here.
-    //
-    // Nothing is written outside the folder. Names that lead out of it, members that are links, and names that pass
-    // through an existing link are rejected. If extraction fails, the incomplete file is deleted.
-    void Extract(const String& folder);
+    // Throws unless the current member is a file that can be decompressed.
+    void CheckMember() const;
+
+    // Passes the data of the current member to the sink. Throws if the data is damaged. Returns false if the sink does.
+    bool CopyData(const std::function<bool(const unsigned char* bytes, std::size_t count)>& sink);
 
 private:
     void ReadMember();
-    String MakeFolders(const String& folder, const WCValSList<String>& parts, std::size_t count);
-    void CheckMember() const;
-    void ExtractFile(const String& path);
-    void CopyData(clsFile& target);
-    clsZIPException Damaged() const;
+    std::uint64_t DataPosition();
 
-    void* _archive;          // minizip's handle
-    std::uint64_t _left = 0; // number of members from the current one on
+    clsArchiveInput _input;
+    void* _archive = nullptr;  // minizip's handle
+    std::uint64_t _left = 0;   // number of members from the current one on
+    std::uint64_t _prefix = 0; // bytes in front of the archive, as in programs that unpack themselves
     scZIPMember _member;
-    String _folderThere;       // the last folder that was found or created
-    bool _isFolderNew = false; // created here, so it contains nothing but members
     std::string _name;
     std::string _extra;
-    ByteBlock _buffer;
 };
-
-// Extracts a whole archive below a folder. Throws clsZIPException on failure; an empty archive is no failure.
-void ExtractZip(const String& archive, const String& folder);
 
 } // namespace qx

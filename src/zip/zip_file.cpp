@@ -1,13 +1,19 @@
 #include "zip/zip_file.h"
 
 #include "core/debug_line.h"
+#include "core/errors/failure_text.h"
 #include "files/deflate_stream.h"
 #include "files/file_finder.h"
 #include "files/path_separator.h"
+#include "files/posix_files.h"
 #include "zip/dos_time.h"
 #include "zip/folder_links.h"
+#include "zip/link_target.h"
 #include "zip/names.h"
 
+#include <zlib.h>
+
+#include <algorithm>
 #include <memory>
 
 namespace qx
@@ -16,6 +22,9 @@ namespace
 {
 
 constexpr int kZipDeflateMode = 8;
+constexpr std::size_t kCopyBytes = 0x100000;
+
+constexpr std::uint32_t kDosAttributes = 0x3F; // in the lower half of the external attributes
 
 String Join(const String& a, const String& b)
 {
@@ -51,10 +60,57 @@ void SetTimeAndAttributes(clsZIPFileEntry& entry, HANDLE source, const String& p
     entry.attributes = isKnown ? info.dwFileAttributes : GetFileAttributesW(path);
 }
 
-std::unique_ptr<clsZIPFileEntry> NewEntry(const String& path, const String& storedName, const String& comment)
+// Where names may contain characters that Windows doesn't allow, they aren't checked against its rules.
+clsFileRO OpenedSource(const String& path)
+{
+    if (!kHasPosixFiles)
+        return clsFileRO(path, FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileData);
+    clsGenericHandleObjectAutoRelease file(
+        path.IsEmpty() ? nullptr
+                       : CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                             FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr),
+        true);
+    if (file.IsValid() && GetFileType(file.Get()) != FILE_TYPE_DISK)
+    {
+        file.Release();
+        SetLastError(ERROR_BAD_FILE_TYPE);
+    }
+    return clsFileRO(file.Detach());
+}
+
+// Names are stored as they are on Unix, in UTF-8.
+void SetPosixName(clsZIPFileEntry& entry, const String& name, const String& comment)
+{
+    const auto isAscii = [](wchar_t c)
+    {
+        return c < 0x80;
+    };
+    const std::wstring_view view = name.View();
+    const std::wstring_view note = comment.View();
+    const bool isPlain =
+        std::all_of(view.begin(), view.end(), isAscii) && std::all_of(note.begin(), note.end(), isAscii);
+    String unmasked = name;
+    unmasked.Replace(kBackslashInName, L'\\');
+    SetName(entry, unmasked, !isPlain);
+    entry.versionMadeBy = kZipVersionMadeByUnix;
+}
+
+std::size_t DepthOf(const String& name)
+{
+    const std::wstring_view view = name.View();
+    return static_cast<std::size_t>(std::count(view.begin(), view.end(), L'/'));
+}
+
+std::unique_ptr<clsZIPFileEntry> NewEntry(
+    const String& path, const String& storedName, const String& comment, std::uint32_t flags)
 {
     auto entry = std::make_unique<clsZIPFileEntry>();
     entry->storedName = StoredNameOf(path, storedName);
+    if ((flags & clsZIPFile::kModes) != 0)
+    {
+        entry->storedName = storedName.IsEmpty() ? path : storedName;
+        entry->storedName.Replace(L'\\', L'/');
+    }
     entry->comment = comment;
     entry->header.signature = kZipLocalSignature;
     entry->header.versionNeeded = kZipVersionNeeded;
@@ -80,7 +136,7 @@ clsZIPIndexEntry::clsZIPIndexEntry(const clsZIPFileEntry& entry)
     if (comment.size() > kZipLongestText)
         comment.resize(kZipLongestText);
     header.signature = kZipCentralSignature;
-    header.versionMadeBy = kZipVersionMadeBy;
+    header.versionMadeBy = entry.versionMadeBy;
     header.versionNeeded = entry.header.versionNeeded;
     header.flags = entry.header.flags;
     header.method = entry.header.method;
@@ -116,6 +172,8 @@ clsZIPFile::clsZIPFile(const String& fileName, const String& comment)
 {
     if (_archive.IsOpen())
         _archive.SetEOF();
+    else
+        SetFailureText(String(String::kFormatted, L"%s: %s", fileName.Text(), _archive.GetErrorText().Text()));
 }
 
 clsZIPFile::~clsZIPFile()
@@ -124,45 +182,117 @@ clsZIPFile::~clsZIPFile()
         std::unique_ptr<clsZIPFileEntry>(entry).reset();
 }
 
-int clsZIPFile::AddFile(const String& path, const String& storedName, const String& comment)
+int clsZIPFile::Fail(int code, const String& text) const
 {
-    clsFileRO source(path, FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileData);
+    SetFailureText(text);
+    return code;
+}
+
+int clsZIPFile::AddFile(const String& path, const String& storedName, const String& comment, std::uint32_t flags)
+{
+    std::unique_ptr<clsZIPFileEntry> entry = NewEntry(path, storedName, comment, flags);
+    const bool hasModes = (flags & kModes) != 0;
+    if (hasModes)
+        SetPosixName(*entry, entry->storedName, comment);
+    else
+        SetName(*entry, entry->storedName, !IsOemText(entry->storedName) || !IsOemText(comment));
+    if (hasModes && (flags & kLinks) != 0 && AddLink(path, *entry))
+    {
+        Append(std::move(entry));
+        return kOk;
+    }
+
+    clsFileRO source(OpenedSource(path));
     if (!source.IsOpen())
-        return kCannotOpen;
-    std::unique_ptr<clsZIPFileEntry> entry = NewEntry(path, storedName, comment);
-    SetName(*entry, entry->storedName, !IsOemText(entry->storedName) || !IsOemText(comment));
+    {
+        const DWORD error = GetLastError();
+        const String reason = error == ERROR_BAD_FILE_TYPE ? String(L"is a pipe or a device, not a file")
+                                                           : String::SystemErrorText(error);
+        return Fail(kCannotOpen, String(String::kFormatted, L"%s: %s", path.Text(), reason.Text()));
+    }
     if (!Store(*entry, source, path))
         return kCannotStore;
     SetTimeAndAttributes(*entry, source.GetHandle(), path);
-    _entries.Append(entry.get());
-    entry.release();
+    if (hasModes)
+    {
+        const std::uint32_t mode = PosixModeOf(source.GetHandle()).value_or(0644) & kZipModePermissions;
+        entry->attributes = (kZipModeFile | mode) << 16 | (entry->attributes & kDosAttributes);
+    }
+    Append(std::move(entry));
     return kOk;
 }
 
-// Compresses the source into the entry's temporary file and fills in method, checksum and sizes.
+// Returns false if the path isn't a link, or a link that leads out of the archive: then the file it leads to is stored.
+bool clsZIPFile::AddLink(const String& path, clsZIPFileEntry& entry)
+{
+    const std::optional<std::string> target = LinkTargetOf(path);
+    if (!target || !StaysInside(*target, DepthOf(entry.storedName)) || !StoreLink(entry, *target))
+        return false;
+    WIN32_FIND_DATAW data{};
+    const clsFindDataObjectAutoRelease find(FindFirstFileW(path, &data), true);
+    SetTime(entry, find.IsValid() ? DosTimeOf(data.ftLastWriteTime) : DosTimeNow());
+    entry.attributes = (kZipModeLink | kZipModePermissions) << 16;
+    return true;
+}
+
+bool clsZIPFile::StoreLink(clsZIPFileEntry& entry, const std::string& target)
+{
+    clsFile& spool = Spool();
+    entry.dataPosition = _spoolEnd;
+    spool.Seek(_spoolEnd);
+    if (spool.WriteBytes(target.data(), target.size()) != static_cast<std::int64_t>(target.size()))
+        return false;
+    const auto size = static_cast<std::uint32_t>(target.size());
+    entry.header.method = kZipMethodStored;
+    entry.header.crc = static_cast<std::uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(target.data()), size));
+    entry.header.compressedSize = entry.header.uncompressedSize = size;
+    return true;
+}
+
+clsFile& clsZIPFile::Spool()
+{
+    if (!_spool)
+        _spool.emplace(L"ZIP");
+    return *_spool;
+}
+
+void clsZIPFile::Append(std::unique_ptr<clsZIPFileEntry> entry)
+{
+    _entries.Append(entry.get());
+    _spoolEnd += entry.release()->header.compressedSize;
+}
+
+// Compresses the source to the end of the temporary file and sets the fields that follow from that. What a failure has
+// written there is overwritten by the next member.
 bool clsZIPFile::Store(clsZIPFileEntry& entry, clsFile& source, const String& path)
 {
+    const auto fail = [&](const wchar_t* reason)
+    {
+        Fail(kCannotStore, String(String::kFormatted, L"%s: %s", path.Text(), reason));
+        return false;
+    };
     const std::int64_t size = source.GetSize();
     if (size > kZipLargestSize)
     {
         DebugLine(L"ERR: source size > 4GB");
-        return false;
+        return fail(L"the file is larger than 4 GB");
     }
     std::uint32_t crc = 0;
-    const int result =
-        size < 0 ? static_cast<int>(size) : DeflateStream(entry.compressed, source, kZipDeflateMode, &crc, size);
+    clsFile& spool = Spool();
+    spool.Seek(_spoolEnd);
+    const int result = size < 0 ? static_cast<int>(size) : DeflateStream(spool, source, kZipDeflateMode, &crc, size);
     if (result < 0)
     {
         DebugLine(L"ERR while compressing file '%s': %d", path.Text(), result);
-        return false;
+        return fail(result == Z_BUF_ERROR ? L"the temporary file can't be written" : L"the file can't be read");
     }
-    const std::int64_t compressedSize = entry.compressed.GetSize();
+    const std::int64_t compressedSize = spool.Position() - _spoolEnd;
     if (compressedSize > kZipLargestSize)
     {
         DebugLine(L"ERR: compressed size > 4GB");
-        return false;
+        return fail(L"the compressed file is larger than 4 GB");
     }
-    entry.compressed.Seek(0);
+    entry.dataPosition = _spoolEnd;
     entry.header.method = kZipMethodDeflate;
     entry.header.crc = crc;
     entry.header.compressedSize = static_cast<std::uint32_t>(compressedSize);
@@ -170,32 +300,58 @@ bool clsZIPFile::Store(clsZIPFileEntry& entry, clsFile& source, const String& pa
     return true;
 }
 
-// Only the header contains the trailing slash that marks a folder.
+// Only the name in the header ends with a slash.
 void clsZIPFile::AddDirectory(const String& path, const String& storedName, const WIN32_FIND_DATAW& data)
 {
-    std::unique_ptr<clsZIPFileEntry> entry = NewEntry(path, storedName, String());
+    std::unique_ptr<clsZIPFileEntry> entry = NewEntry(path, storedName, String(), 0);
     SetName(*entry, entry->storedName + L"/", !IsOemText(entry->storedName));
     SetTime(*entry, DosTimeOf(data.ftLastWriteTime));
     entry->attributes = data.dwFileAttributes;
-    _entries.Append(entry.get());
-    entry.release();
+    Append(std::move(entry));
 }
 
-void clsZIPFile::AddList(const String& base, const String& relative, const String& pattern, std::uint32_t flags)
+int clsZIPFile::ListFiles(const String& folder, const String& relative, const String& pattern)
+{
+    int result = kOk;
+    String text;
+    FileFinder finder(Join(folder, pattern), false);
+    while (finder.Next())
+    {
+        const int added = AddFile(Join(folder, finder.Name()), Join(relative, finder.Name()), String());
+        if (added == kOk || result != kOk)
+            continue;
+        result = added;
+        text = FailureText();
+    }
+    if (result != kOk)
+        return Fail(result, text); // a later failure has replaced it
+    if (finder.Error() == ERROR_SUCCESS || finder.Error() == ERROR_FILE_NOT_FOUND)
+        return kOk;
+    return Fail(kCannotOpen,
+        String(String::kFormatted, L"%s: %s", folder.Text(), String::SystemErrorText(finder.Error()).Text()));
+}
+
+int clsZIPFile::AddList(const String& base, const String& relative, const String& pattern, std::uint32_t flags)
 {
     const String folder = Join(base, relative);
-    for (FileFinder finder(Join(folder, pattern), false); finder.Next();)
-        AddFile(Join(folder, finder.Name()), Join(relative, finder.Name()), String());
+    int result = ListFiles(folder, relative, pattern);
     if ((flags & kSubfolders) == 0)
-        return;
+        return result;
+    String text = result == kOk ? String() : FailureText();
     for (FileFinder finder(Join(folder, L"*.*"), true); finder.Next();)
     {
         const String subfolder = Join(relative, finder.Name());
         AddDirectory(Join(base, finder.Name()), subfolder, finder.Data());
         const bool isLink = (finder.Data().dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-        if (!isLink || !LeadsBack(Join(folder, finder.Name()), folder))
-            AddList(base, subfolder, L"*.*", flags);
+        if (isLink && LeadsBack(Join(folder, finder.Name()), folder))
+            continue;
+        const int added = AddList(base, subfolder, L"*.*", flags);
+        if (added == kOk || result != kOk)
+            continue;
+        result = added;
+        text = FailureText();
     }
+    return result == kOk ? kOk : Fail(result, text);
 }
 
 int clsZIPFile::Close()
@@ -204,7 +360,7 @@ int clsZIPFile::Close()
     if (_entries.Count() > kZipMostEntries)
     {
         DebugLine(L"ERR: more than 65535 entries in ZIP file '%s'", _archive.GetName().Text());
-        return kCannotWrite;
+        return Fail(kCannotWrite, _archive.GetName() + L": more than 65535 entries");
     }
     for (clsZIPFileEntry* entry : _entries)
         if (!WriteMember(*entry))
@@ -219,7 +375,7 @@ int clsZIPFile::Close()
     if (_archive.GetSize() > kZipLargestSize)
     {
         DebugLine(L"ERR: ZIP file size > 4GB");
-        return kCannotWrite;
+        return Fail(kCannotWrite, _archive.GetName() + L": the archive is larger than 4 GB");
     }
     return kOk;
 }
@@ -230,7 +386,25 @@ bool clsZIPFile::WriteMember(clsZIPFileEntry& entry)
     if (!Write(&entry.header, sizeof entry.header) || !Write(entry.name.data(), entry.name.size()) ||
         !Write(entry.extra.data(), entry.extra.size()))
         return LogWriteError(1);
-    return (_archive.IsOpen() && _archive.CopyFrom(entry.compressed)) || LogWriteError(2);
+    return (_archive.IsOpen() && CopyData(entry)) || LogWriteError(2);
+}
+
+// Copies the compressed data of a member from the temporary file to the archive.
+bool clsZIPFile::CopyData(const clsZIPFileEntry& entry)
+{
+    if (entry.header.compressedSize == 0)
+        return true;
+    if (_buffer.size() == 0)
+        _buffer = ByteBlock(kCopyBytes);
+    Spool().Seek(entry.dataPosition);
+    for (std::uint32_t left = entry.header.compressedSize; left > 0;)
+    {
+        const std::uint32_t part = std::min<std::uint32_t>(left, kCopyBytes);
+        if (Spool().Read(_buffer.data(), part) != part || !Write(_buffer.data(), part))
+            return false;
+        left -= part;
+    }
+    return true;
 }
 
 bool clsZIPFile::WriteDirectory(const clsIndexEntryList& index)
@@ -263,6 +437,7 @@ bool clsZIPFile::Write(const void* bytes, std::size_t count)
 bool clsZIPFile::LogWriteError(int place) const
 {
     DebugLine(L"ERR: write error file '%s' (%d)", _archive.GetName().Text(), place);
+    SetFailureText(_archive.GetName() + L": the archive can't be written");
     return false;
 }
 

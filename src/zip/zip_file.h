@@ -1,8 +1,9 @@
-// Writes ZIP archives. Adding a member compresses it into a temporary file. The archive is written only at the end,
-// when all sizes and checksums are known, so nothing is written twice.
+// Writes ZIP archives. Adding a member compresses it into a temporary file that all members share, so that the number
+// of open files doesn't grow. The archive is written only at the end, when all sizes and checksums are known.
 #pragma once
 
 #include "containers/slist.h"
+#include "core/packing/byte_block.h"
 #include "core/text/string.h"
 #include "files/file.h"
 #include "files/temp_files.h"
@@ -11,6 +12,8 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
 
 namespace qx
@@ -20,10 +23,11 @@ namespace qx
 struct clsZIPFileEntry
 {
     scZIPLocalHeader header{};
-    std::string name;  // in the encoding that the flags declare
-    std::string extra; // always empty
-    clsFileRWTemp compressed{L"ZIP"};
-    std::uint32_t attributes = 0; // the attributes of the source file
+    std::string name;              // in the encoding that the flags declare
+    std::string extra;             // always empty
+    std::int64_t dataPosition = 0; // of the compressed data in the temporary file
+    std::uint16_t versionMadeBy = kZipVersionMadeBy;
+    std::uint32_t attributes = 0; // the external attributes
     String storedName;
     String comment;
     std::uint32_t offset = 0; // of the header in the archive, once written
@@ -40,6 +44,9 @@ public:
     static constexpr int kCannotWrite = -3;
 
     static constexpr std::uint32_t kSubfolders = 1; // flag of AddList
+    // Flags of AddFile.
+    static constexpr std::uint32_t kModes = 2; // stores permissions, and names in UTF-8, as archivers on Unix do
+    static constexpr std::uint32_t kLinks = 4; // with kModes: stores links that stay inside the archive as links
 
     // Creates the archive, which stays empty until Close. IsOpen returns false if it couldn't be created.
     clsZIPFile(const String& fileName, const String& comment);
@@ -49,16 +56,17 @@ public:
 
     bool IsOpen() const { return _archive.IsOpen(); }
 
-    // Adds a file, under its path if `storedName` is empty. Returns kOk, kCannotOpen or kCannotStore.
-    int AddFile(const String& path, const String& storedName, const String& comment);
+    // Adds a file, under its path if `storedName` is empty. With kModes the name is stored as it is, without removing a
+    // drive. Returns kOk, kCannotOpen or kCannotStore, and sets the failure text.
+    int AddFile(const String& path, const String& storedName, const String& comment, std::uint32_t flags = 0);
 
     // Adds an entry for a folder, without its contents.
     void AddDirectory(const String& path, const String& storedName, const WIN32_FIND_DATAW& data);
 
     // Adds the files in the folder `relative` below `base` that match the pattern, with names relative to `base`. With
     // kSubfolders, also adds everything in the subfolders, regardless of the pattern. Files that can't be added are
-    // skipped.
-    void AddList(const String& base, const String& relative, const String& pattern, std::uint32_t flags);
+    // skipped: the result is the first failure's, and the failure text names that file.
+    int AddList(const String& base, const String& relative, const String& pattern, std::uint32_t flags);
 
     // Writes the archive. Returns kOk or kCannotWrite. On failure, a partial archive remains.
     int Close();
@@ -68,7 +76,14 @@ private:
 
     class clsIndexEntryList;
 
+    int Fail(int code, const String& text) const;
     bool Store(clsZIPFileEntry& entry, clsFile& source, const String& path);
+    bool StoreLink(clsZIPFileEntry& entry, const std::string& target);
+    bool AddLink(const String& path, clsZIPFileEntry& entry);
+    clsFile& Spool();
+    void Append(std::unique_ptr<clsZIPFileEntry> entry);
+    int ListFiles(const String& folder, const String& relative, const String& pattern);
+    bool CopyData(const clsZIPFileEntry& entry);
     bool Write(const void* bytes, std::size_t count);
     bool WriteMember(clsZIPFileEntry& entry);
     bool WriteDirectory(const clsIndexEntryList& index);
@@ -78,6 +93,9 @@ private:
     WCPtrSList<clsZIPFileEntry> _entries; // in insertion order; owned by this object
     clsFileRW _archive;
     String _comment;
+    std::optional<clsFileRWTemp> _spool; // the compressed data of all members, created for the first one
+    std::int64_t _spoolEnd = 0;          // behind the last member
+    ByteBlock _buffer;                   // for copying
 };
 
 } // namespace qx

@@ -21,11 +21,12 @@ enum ExitCode
 class Failure : public std::runtime_error
 {
 public:
-    Failure(ExitCode code, const std::string& message) : std::runtime_error(message), _code(code) {}
-    ExitCode Code() const { return _code; }
+    // `code` is an ExitCode, or 128 plus the number of a signal.
+    Failure(int code, const std::string& message) : std::runtime_error(message), _code(code) {}
+    int Code() const { return _code; }
 
 private:
-    ExitCode _code;
+    int _code;
 };
 
 } // namespace qxut

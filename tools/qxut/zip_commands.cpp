@@ -1,22 +1,22 @@
 #include "zip_commands.h"
 
 #include "failure.h"
+#include "interruption.h"
+#include "new_archive.h"
+#include "processes.h"
 #include "progress_bar.h"
 #include "text.h"
 #include "zip_directory.h"
 
-#include <qxut23/zip.h>
+#include <qxut23/archives.h>
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
-#include <future>
 #include <iostream>
 #include <memory>
 #include <set>
@@ -40,6 +40,7 @@ struct ZipOptions
     std::vector<std::string> paths;
     std::string folder;
     std::string comment;
+    bool noLinks = false;
     bool asJson = false;
 };
 
@@ -61,6 +62,15 @@ struct Source
     fs::path path;
     std::string name; // in the archive
     std::uint64_t size = 0;
+    bool isLink = false;
+    bool staysInside = false; // the link, in the folder on the command line
+};
+
+// The files to store, and what can't be stored, with the reason.
+struct Sources
+{
+    std::vector<Source> files;
+    std::vector<std::string> leftOut;
 };
 
 // Returns the name in the archive: a relative path below the current folder as it is, otherwise the last component of
@@ -73,9 +83,19 @@ fs::path NameOf(const fs::path& path)
     return normal.has_filename() ? normal.filename() : normal.parent_path().filename();
 }
 
-void AddSource(std::vector<Source>& sources, const fs::path& path, const fs::path& name)
+void AddSource(Sources& sources, const fs::path& path, const fs::path& name)
 {
-    sources.push_back({path, Utf8Path(name), fs::file_size(path)});
+    sources.files.push_back({path, Utf8Path(name), fs::file_size(path)});
+}
+
+// `relative` is the path of the link in the folder.
+void AddLink(Sources& sources, const fs::path& path, const fs::path& relative, const fs::path& name)
+{
+    std::error_code error;
+    const fs::path target = fs::read_symlink(path, error);
+    const fs::path end = (relative.parent_path() / target).lexically_normal();
+    const bool staysInside = !error && target.is_relative() && !end.empty() && *end.begin() != "..";
+    sources.files.push_back({path, Utf8Path(name), 0, true, staysInside});
 }
 
 // Rejects the archive itself as a source, and duplicate names: readers would see only one of the entries.
@@ -94,27 +114,41 @@ void CheckSources(const std::vector<Source>& sources, const fs::path& archive)
 }
 
 // Adds the files of a folder sorted by name, so that the same folder produces the same archive.
-void AddFolder(std::vector<Source>& sources, const fs::path& folder)
+void AddFolder(Sources& sources, const fs::path& folder, bool withLinks)
 {
-    std::vector<fs::path> files;
+    std::vector<std::pair<fs::path, bool>> files;
     for (const auto& entry : fs::recursive_directory_iterator(folder))
-        if (entry.is_regular_file())
-            files.push_back(entry.path());
+        if (entry.is_symlink())
+        {
+            if (withLinks)
+                files.emplace_back(entry.path(), true);
+        }
+        else if (entry.is_regular_file())
+            files.emplace_back(entry.path(), false);
+        else if (!entry.is_directory())
+            sources.leftOut.push_back(Utf8Path(entry.path()) + ": is a pipe or a device, and is not in the archive");
     std::sort(files.begin(), files.end());
     const fs::path name = NameOf(folder);
-    for (const fs::path& file : files)
-        AddSource(sources, file, (name / file.lexically_relative(folder)).lexically_normal());
+    for (const auto& [file, isLink] : files)
+    {
+        const fs::path relative = file.lexically_relative(folder);
+        const fs::path stored = (name / relative).lexically_normal();
+        if (isLink)
+            AddLink(sources, file, relative, stored);
+        else
+            AddSource(sources, file, stored);
+    }
 }
 
-std::vector<Source> Sources(const std::vector<std::string>& paths)
+Sources FindSources(const ZipOptions& options)
 {
-    std::vector<Source> sources;
-    for (const std::string& text : paths)
+    Sources sources;
+    for (const std::string& text : options.paths)
     {
         const fs::path path = fs::u8path(text);
         std::error_code error;
         if (fs::is_directory(path, error))
-            AddFolder(sources, path);
+            AddFolder(sources, path, !options.noLinks);
         else if (fs::is_regular_file(path, error))
             AddSource(sources, path, NameOf(path));
         else
@@ -123,96 +157,67 @@ std::vector<Source> Sources(const std::vector<std::string>& paths)
     return sources;
 }
 
-// An archive that is being written under a temporary name next to its final name. It is renamed when it is complete, so
-// an existing archive stays intact until then.
-class NewArchive
+// Throws a message of several lines if there are any.
+void FailFor(int code, const std::vector<std::string>& lines)
 {
-public:
-    NewArchive(const std::string& path, const std::string& comment)
-        : _path(path),
-          _partPath(path + ".part"),
-          _zip(IsFree(_partPath) ? UtilZIPCreate(WideText(_partPath), WideText(comment)) : nullptr)
-    {
-        if (_zip == nullptr)
-            throw Failure(kCannotWrite, path + ": cannot create the archive");
-    }
-    ~NewArchive()
-    {
-        if (_isWhole)
-            return;
-        UtilZIPClose(_zip);
-        std::error_code ignored;
-        fs::remove(fs::u8path(_partPath), ignored);
-    }
-    NewArchive(const NewArchive&) = delete;
-    NewArchive& operator=(const NewArchive&) = delete;
+    std::string text;
+    for (const std::string& line : lines)
+        text += (text.empty() ? "" : "\nqxut: ") + line;
+    if (!lines.empty())
+        throw Failure(code, text);
+}
 
-    void Append(const Source& source)
+// A link that leads out of the archive to a folder, or nowhere, can't be stored; a file that can't be read ends the
+// work.
+void Append(NewArchive& archive, const Source& source, std::vector<std::string>& leftOut)
+{
+    std::error_code error;
+    const bool isFile = fs::is_regular_file(source.path, error);
+    try
     {
-        const std::string path = Utf8Path(source.path);
-        const std::int32_t result = UtilZIPAppend(_zip, WideText(path), nullptr, WideText(source.name));
-        if (result == QXUT_ZIP_CANNOT_OPEN)
-            throw Failure(kCannotRead, path + ": cannot open the file");
-        if (result != QXUT_ZIP_OK)
-            throw Failure(kCannotRead, path + ": cannot store the file");
+        archive.Append(Utf8Path(source.path), source.name, QXUT_ZIP_MODES | (source.staysInside ? QXUT_ZIP_LINKS : 0));
     }
-
-    void Close()
+    catch (const Failure&)
     {
-        const std::int32_t result = UtilZIPClose(std::exchange(_zip, nullptr));
-        std::error_code error;
-        if (result == QXUT_ZIP_OK)
-            fs::rename(fs::u8path(_partPath), fs::u8path(_path), error);
-        _isWhole = result == QXUT_ZIP_OK && !error;
-        if (!_isWhole)
-            throw Failure(
-                kCannotWrite, _path + ": cannot write the archive, or it has too many entries or is too large");
+        if (!source.isLink || isFile)
+            throw;
+        leftOut.push_back(
+            Utf8Path(source.path) + ": is a link that leads to no file in the archive, and is not in the archive");
     }
-
-private:
-    static bool IsFree(const std::string& path)
-    {
-        std::error_code error;
-        if (!fs::exists(fs::symlink_status(fs::u8path(path), error)))
-            return true;
-        throw Failure(kCannotWrite, path + ": the file exists, but is needed as a temporary file; delete it first");
-    }
-
-    std::string _path;
-    std::string _partPath;
-    HZIPFILE _zip;
-    bool _isWhole = false;
-};
+}
 
 void Create(const ZipOptions& options)
 {
-    const std::vector<Source> sources = Sources(options.paths);
-    CheckSources(sources, fs::u8path(options.archive));
+    const Sources sources = FindSources(options);
+    CheckSources(sources.files, fs::u8path(options.archive));
+    std::vector<std::string> leftOut = sources.leftOut;
     std::uint64_t total = 0;
-    for (const Source& source : sources)
+    for (const Source& source : sources.files)
         total += source.size;
     NewArchive archive(options.archive, options.comment);
     {
+        const Interruption interruption([&] { archive.Abandon(); });
         ProgressBar bar(total);
         std::uint64_t done = 0;
-        for (const Source& source : sources)
+        for (const Source& source : sources.files)
         {
             bar.Set(done, source.name);
-            archive.Append(source);
+            Append(archive, source, leftOut);
             done += source.size;
         }
         bar.Set(total, options.archive);
         archive.Close();
     }
+    FailFor(kCannotRead, leftOut);
+    const std::size_t count = sources.files.size();
     const auto size = static_cast<std::uint64_t>(fs::file_size(fs::u8path(options.archive)));
     if (options.asJson)
-        std::cout << ordered_json{{"archive", options.archive}, {"files", sources.size()}, {"bytes", total},
-                         {"size", size}}
-                         .dump()
-                  << '\n';
+        std::cout
+            << ordered_json{{"archive", options.archive}, {"files", count}, {"bytes", total}, {"size", size}}.dump()
+            << '\n';
     else
-        std::cout << options.archive << ": " << Count(sources.size(), "file", "files") << ", " << total
-                  << " bytes packed into " << size << '\n';
+        std::cout << options.archive << ": " << Count(count, "file", "files") << ", " << total << " bytes packed into "
+                  << size << '\n';
 }
 
 // ---- list
@@ -279,88 +284,52 @@ void List(const ZipOptions& options)
 
 // ---- extract
 
-// Reports the progress of the library's extraction, determined from the files that exist: the library extracts entries
-// in the archive's order.
-class ExtractionProgress
+// What the library's functions share during an extraction.
+struct Work
 {
-public:
-    ExtractionProgress(const std::vector<ZipEntry>& entries, const std::string& folder)
-        : _entries(entries),
-          _folder(fs::u8path(folder))
-    {
-    }
-
-    std::uint64_t Total() const
-    {
-        std::uint64_t total = 0;
-        for (const ZipEntry& entry : _entries)
-            total += entry.size;
-        return total;
-    }
-
-    void Show(ProgressBar& bar)
-    {
-        while (_present + 1 < _entries.size() && IsThere(_entries[_present + 1]))
-            _done += _entries[_present++].size;
-        if (_present < _entries.size())
-            bar.Set(_done + SizeOf(_entries[_present]), _entries[_present].name);
-    }
-
-private:
-    fs::path PathOf(const ZipEntry& entry) const { return _folder / fs::u8path(entry.name); }
-    bool IsThere(const ZipEntry& entry) const
-    {
-        std::error_code error;
-        return fs::exists(PathOf(entry), error);
-    }
-    std::uint64_t SizeOf(const ZipEntry& entry) const
-    {
-        std::error_code error;
-        const auto size = fs::file_size(PathOf(entry), error);
-        return error ? 0 : size;
-    }
-
-    const std::vector<ZipEntry>& _entries;
-    fs::path _folder;
-    std::size_t _present = 0;
-    std::uint64_t _done = 0; // before the current entry
+    ProgressBar& bar;
+    const Interruption& interruption;
+    std::string archive;
+    std::vector<std::string> problems;
 };
 
-void ExtractAll(const ZipOptions& options, const std::vector<ZipEntry>& entries)
+void OnProblem(void* context, const QXWCHAR*, const QXWCHAR* reason)
 {
-    const auto extract = [&]
-    {
-        UtilExtractZip(WideText(options.archive), WideText(options.folder));
-    };
-    ExtractionProgress progress(entries, options.folder);
-    ProgressBar bar(progress.Total());
-    if (!bar.IsShown())
-    {
-        extract();
+    auto& work = *static_cast<Work*>(context);
+    work.problems.push_back(work.archive + ": " + Shown(Utf8(reason)));
+}
+
+std::int32_t OnProgress(void* context, const QXWCHAR* name, std::uint64_t done)
+{
+    const auto& work = *static_cast<Work*>(context);
+    if (work.bar.IsShown())
+        work.bar.Set(done, Utf8(name));
+    return work.interruption.ExitCode() == 0 ? 1 : 0;
+}
+
+// Returns when the progress bar and the signals are as before.
+void ExtractAll(const ZipOptions& options, std::uint64_t total)
+{
+    const Interruption interruption;
+    ProgressBar bar(total);
+    Work work{bar, interruption, options.archive, {}};
+    const std::int32_t result =
+        QxExtractZip(WideText(LibraryPath(options.archive)), WideText(LibraryPath(options.folder)),
+            options.noLinks ? QXUT_EXTRACT_NO_LINKS : 0, OnProblem, OnProgress, &work);
+    if (const int code = interruption.ExitCode(); code != 0)
+        throw Failure(code, options.archive + ": interrupted");
+    if (result == QXUT_EXTRACT_OK)
         return;
-    }
-    auto work = std::async(std::launch::async, extract);
-    while (work.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready)
-        progress.Show(bar);
-    bar.Set(progress.Total(), options.archive);
-    work.get();
+    FailFor(result == QXUT_EXTRACT_CANNOT_OPEN    ? kCannotRead
+            : result == QXUT_EXTRACT_CANNOT_WRITE ? kCannotWrite
+                                                  : kMalformed,
+        work.problems);
+    throw Failure(kCannotRead, options.archive + ": " + LibraryErrorText("cannot extract the archive"));
 }
 
 void Extract(const ZipOptions& options)
 {
     const std::vector<ZipEntry> entries = ReadZipDirectory(options.archive);
-    try
-    {
-        ExtractAll(options, entries);
-    }
-    catch (const Failure&)
-    {
-        throw;
-    }
-    catch (const std::exception& exception)
-    {
-        throw Failure(kMalformed, options.archive + ": " + Shown(exception.what()));
-    }
     std::uint64_t total = 0;
     std::size_t files = 0;
     for (const ZipEntry& entry : entries)
@@ -368,6 +337,7 @@ void Extract(const ZipOptions& options)
         total += entry.size;
         files += !entry.isFolder;
     }
+    ExtractAll(options, total);
     if (options.asJson)
         std::cout << ordered_json{{"archive", options.archive}, {"folder", options.folder}, {"files", files},
                          {"bytes", total}}
@@ -400,6 +370,10 @@ void AddZipCommands(CLI::App& program)
         AddCommand(zip, "create", "create an archive from files and folders with all their files", options, Create);
     create.add_option("PATH", options->paths, "the files and folders; empty folders are skipped")->required();
     create.add_option("--comment", options->comment, "the comment of the archive");
+    create.add_flag("--no-links", options->noLinks, "leave links out");
+    create.footer(
+        "On linux permissions are stored, and so are links that stay inside the archive; other links are stored\n"
+        "as the files they lead to. If something can't be stored, it is named and the exit code is 3.");
 
     AddCommand(zip, "list", "list the entries of an archive", options, List);
 
@@ -407,9 +381,10 @@ void AddZipCommands(CLI::App& program)
     extract
         .add_option("FOLDER", options->folder, "the target folder, created if necessary; existing files are replaced")
         ->required();
+    extract.add_flag("--no-links", options->noLinks, "leave links out");
     extract.footer(
-        "Extraction stops at links, at damaged or encrypted entries, and at names that lead out of the folder.\n"
-        "Files extracted before are kept.");
+        "Entries that can't be extracted are named, and the exit code is 4: encrypted or damaged ones, names that\n"
+        "lead out of the folder or pass through a link, and links that lead out. All others are extracted.");
 }
 
 } // namespace qxut

@@ -184,7 +184,9 @@ ZipEntry Entry(unzFile archive, const std::string& path)
             field.remove_prefix(sizeof *size);
         }
     entry.method = static_cast<unsigned>(info.compression_method);
-    entry.isFolder = !entry.name.empty() && (entry.name.back() == '/' || entry.name.back() == '\\');
+    const auto system = static_cast<unsigned>(info.version >> 8);
+    const bool isFromPosix = system == kMadeOnUnix || system == kMadeOnDarwin;
+    entry.isFolder = !entry.name.empty() && (entry.name.back() == '/' || (!isFromPosix && entry.name.back() == '\\'));
     entry.isEncrypted = (info.flag & kFlagEncrypted) != 0;
     entry.modified = TimeText(info.tmu_date);
     return entry;
@@ -208,6 +210,8 @@ std::vector<ZipEntry> ReadZipDirectory(const std::string& path)
         throw Failure(kCannotRead, path + ": no such file");
     if (std::filesystem::is_directory(native, error))
         throw Failure(kCannotRead, path + ": is a folder");
+    if (!std::filesystem::is_regular_file(native, error))
+        throw Failure(kCannotRead, path + ": is a pipe or a device, not a file");
     std::vector<ZipEntry> entries;
     if (IsEmptyArchive(native))
         return entries;

@@ -29,7 +29,18 @@ bool ReadByName(LPCWSTR name, Metadata& metadata)
 bool ReadByHandle(HANDLE handle, DWORD rights, Metadata& metadata)
 {
     const Ref<FileObject> file = LookUp<FileObject>(handle, rights);
-    return file && (ReadMetadata(PathOfDescriptor(file->descriptor()), metadata) || FailErrno());
+    if (!file)
+        return false;
+    const std::string path = PathOfDescriptor(file->descriptor());
+    if (!ReadMetadata(path, metadata))
+        return FailErrno();
+    // A handle of a link itself, which the path of the descriptor doesn't follow.
+    struct stat info
+    {
+    };
+    if (fstat(file->descriptor(), &info) == 0 && S_ISLNK(info.st_mode))
+        metadata.attributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+    return true;
 }
 
 // Returns the time to set, or the value that leaves the time unchanged.

@@ -1,3 +1,6 @@
+#include <qxut23/archives.h>
+#include <qxut23/bstr.h>
+#include <qxut23/errors.h>
 #include <qxut23/zip.h>
 
 #include "support/temp_folder.h"
@@ -62,4 +65,69 @@ TEST(ZIPExports, ExtractionLetsExceptionsThrough)
     EXPECT_THROW(UtilExtractZip(nullptr, nullptr), std::exception);
     UtilZIPClose(UtilZIPCreate(path, nullptr));
     EXPECT_EQ(UtilExtractZip(path, folder.Path(L"out")), 1);
+}
+
+namespace
+{
+
+std::string ErrorText()
+{
+    QXWCHAR* text = nullptr;
+    EXPECT_EQ(QxGetErrorText(&text), 1);
+    const qx::String result(text);
+    SysFreeString(text);
+    return result.NarrowText();
+}
+
+struct Calls
+{
+    std::vector<std::string> problems;
+    int allowed = 1000; // calls before the extraction is to stop
+};
+
+void OnProblem(void* context, const QXWCHAR* name, const QXWCHAR*)
+{
+    static_cast<Calls*>(context)->problems.push_back(qx::String(name).NarrowText());
+}
+
+int32_t OnProgress(void* context, const QXWCHAR*, uint64_t)
+{
+    return static_cast<Calls*>(context)->allowed-- > 0;
+}
+
+} // namespace
+
+TEST(ArchiveExports, CodesAndTextsInsteadOfExceptions)
+{
+    const TempFolder folder;
+    const qx::String path = folder.Path(L"x.zip"), source = folder.Make(L"a.txt", "content"), out = folder.Path(L"out");
+    HZIPFILE zip = UtilZIPCreate(path, nullptr);
+    EXPECT_EQ(QxZIPAppend(zip, source, nullptr, L"first", QXUT_ZIP_MODES | QXUT_ZIP_LINKS), QXUT_ZIP_OK);
+    EXPECT_EQ(QxZIPAppend(zip, source, nullptr, L"../a", 0), QXUT_ZIP_OK);
+    EXPECT_EQ(QxZIPAppend(zip, source, nullptr, L"/b", 0), QXUT_ZIP_OK);
+    EXPECT_EQ(QxZIPAppend(zip, source, nullptr, L"last", 0), QXUT_ZIP_OK);
+    EXPECT_EQ(QxZIPAppend(zip, folder.Path(L"none"), nullptr, L"x", 0), QXUT_ZIP_CANNOT_OPEN);
+    EXPECT_NE(ErrorText().find("none: "), std::string::npos);
+    EXPECT_EQ(QxZIPAppendList(zip, folder.Path(), L"*.txt", 0), QXUT_ZIP_OK);
+    EXPECT_EQ(QxZIPAppendList(zip, folder.Path(), L"*.none", 0), QXUT_ZIP_OK);
+    EXPECT_EQ(QxZIPAppendList(zip, folder.Path(), L"*", 0), QXUT_ZIP_CANNOT_OPEN) << "the archive itself is in use";
+    EXPECT_NE(ErrorText().find("x.zip: "), std::string::npos);
+    EXPECT_EQ(QxZIPAppendList(zip, folder.Path(L"none"), nullptr, 0), QXUT_ZIP_CANNOT_OPEN);
+    EXPECT_EQ(UtilZIPClose(zip), QXUT_ZIP_OK);
+
+    Calls calls;
+    EXPECT_EQ(QxExtractZip(path, out, 0, OnProblem, OnProgress, &calls), QXUT_EXTRACT_INCOMPLETE);
+    EXPECT_EQ(calls.problems, (std::vector<std::string>{"../a", "/b"}));
+    EXPECT_EQ(ErrorText(), "The zip entry '../a' leads out of the folder");
+    EXPECT_EQ(BytesOf(out + L"/last"), "content");
+    calls.allowed = 1;
+    DeleteFileW(out + L"/first");
+    EXPECT_EQ(QxExtractZip(path, out, 0, nullptr, OnProgress, &calls), QXUT_EXTRACT_STOPPED);
+    EXPECT_FALSE(Exists(out + L"/first")) << "it was begun, and is removed";
+    EXPECT_EQ(QxExtractZip(folder.Path(L"none"), out, 0, nullptr, nullptr, nullptr), QXUT_EXTRACT_CANNOT_OPEN);
+    EXPECT_EQ(QxExtractZip(source, out, 0, nullptr, nullptr, nullptr), QXUT_EXTRACT_NOT_ARCHIVE);
+    EXPECT_EQ(QxExtractZip(path, source, 0, nullptr, nullptr, nullptr), QXUT_EXTRACT_CANNOT_WRITE);
+    for (const wchar_t* name : {L"/first", L"/last", L"/a.txt"})
+        DeleteFileW(out + name);
+    RemoveDirectoryW(out);
 }

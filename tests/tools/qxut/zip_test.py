@@ -5,8 +5,10 @@ import json
 import os
 import pathlib
 import random
+import signal
 import subprocess
 import sys
+import time
 import unittest
 import zipfile
 
@@ -141,6 +143,152 @@ class ZipCommands(commands.CommandTest):
             self.assertEqual(done.returncode, 0)
             self.assertIn("[" + 30 * "=" + "] 100%", shown)
             self.assertTrue(shown.endswith("\r\x1b[K"), "the line is empty at the end")
+
+
+ON_WINDOWS = len(commands.COMMAND) > 1  # under a wrapper
+
+
+@unittest.skipIf(ON_WINDOWS, "files have no modes, links and pipes there")
+class PosixArchives(commands.CommandTest):
+    def setUp(self):
+        super().setUp()
+        self.archive = self.folder / "x.zip"
+        self.out = self.folder / "out"
+        self.temp = self.folder / "temp"
+        self.temp.mkdir()
+
+    def qxut(self, *arguments, **options):
+        return self.run_qxut("zip", *map(str, arguments), **options).decode()
+
+    def start(self, *arguments):
+        return subprocess.Popen([*commands.COMMAND, "zip", *map(str, arguments)], stdout=subprocess.DEVNULL,
+                                stderr=subprocess.PIPE, env=dict(os.environ, TMPDIR=str(self.temp)))
+
+    def test_names_modes_and_links_come_back(self):
+        tree = self.folder / "tree"
+        (tree / "sub").mkdir(parents=True)
+        modes = {"aux": 0o644, "AUX": 0o600, "what?": 0o755, "a:b": 0o640, "end.": 0o444, "back\\slash": 0o644,
+                 "Gr\u00f6\u00dfe": 0o644, "sub/NUL.txt": 0o644}
+        for name, mode in modes.items():
+            (tree / name).write_text(name)
+            (tree / name).chmod(mode)
+        links = {"sub/up": "../aux", "here": ".", "gone": "nothing"}
+        for name, target in links.items():
+            (tree / name).symlink_to(target)
+        (self.folder / "outside").write_text("from outside")
+        (tree / "out").symlink_to("../../outside")
+        (tree / "sub/absolute").symlink_to("/nowhere/at/all")
+        os.chmod(tree / "aux", 0o6755)
+        modes["aux"] = 0o755
+        (self.folder / "deep").mkdir()
+        tree = tree.rename(self.folder / "deep/tree")
+        error = self.qxut("create", self.archive, "deep/tree", code=3, cwd=self.folder)
+        self.assertIn("sub/absolute: is a link", error)
+        (tree / "sub/absolute").unlink()
+        self.qxut("create", self.archive, "deep/tree", cwd=self.folder)
+        readers = {"qxut": [*commands.COMMAND, "zip", "extract", self.archive, self.out / "qxut"],
+                   "unzip": ["unzip", "-q", self.archive, "-d", self.out / "unzip"],
+                   "bsdtar": ["bsdtar", "-xf", self.archive, "-C", self.out / "bsdtar"],
+                   "7zz": ["7zz", "x", "-bso0", self.archive, f"-o{self.out / '7zz'}"]}
+        for reader, command in readers.items():
+            (self.out / reader).mkdir(parents=True)
+            done = subprocess.run(command, env=dict(os.environ, LC_ALL="C.UTF-8"), capture_output=True)
+            # 7zz calls all links dangerous that contain a dot.
+            self.assertTrue(done.returncode == 0 or reader == "7zz", done)
+            root = self.out / reader / "deep/tree"
+            for name, mode in modes.items():
+                if reader == "7zz" and "\\" in name:
+                    continue  # it replaces backslashes
+                self.assertEqual((root / name).read_text(), name, reader)
+                self.assertEqual((root / name).stat().st_mode & 0o7777, mode & ~self.mask(), (reader, name))
+            for name, target in links.items():
+                self.assertTrue(reader == "7zz" or os.readlink(root / name) == target, (reader, name))
+            self.assertEqual((root / "out").read_text(), "from outside")
+        self.qxut("extract", self.archive, self.out / "none", "--no-links")
+        self.assertFalse(os.path.lexists(self.out / "none/deep/tree/here"))
+        self.assertTrue((self.out / "none/deep/tree/a:b").exists())
+
+    @staticmethod
+    def mask():
+        mask = os.umask(0)
+        os.umask(mask)
+        return mask
+
+    def test_the_rest_is_extracted(self):
+        with zipfile.ZipFile(self.archive, "w") as archive:
+            for name in ("first", "../evil", "/etc/evil", "b" * 300, "last"):
+                archive.writestr(name, name)
+        error = self.qxut("extract", self.archive, self.out, code=4)
+        self.assertEqual(error.count("qxut: "), 3, error)
+        for name in ("../evil", "/etc/evil", "b" * 300):
+            self.assertIn(f"'{name}'", error)
+        self.assertEqual(sorted(path.name for path in self.out.iterdir()), ["first", "last"])
+
+    def test_many_files_with_few_open(self):
+        tree = self.folder / "many"
+        tree.mkdir()
+        for number in range(1500):
+            (tree / str(number)).write_text(str(number))
+        import resource
+        done = subprocess.run([*commands.COMMAND, "zip", "create", self.archive, tree], capture_output=True,
+                              preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (32, 32)))
+        self.assertEqual(done.returncode, 0, done)
+        with zipfile.ZipFile(self.archive) as archive:
+            self.assertEqual(len(archive.namelist()), 1500)
+            self.assertIsNone(archive.testzip())
+
+    def test_interrupted(self):
+        large = self.folder / "large"
+        large.write_bytes(random.Random(1).randbytes(1 << 20) * 120)
+        self.qxut("create", self.archive, large)
+        before = self.archive.read_bytes()
+        for number, code in ((signal.SIGINT, 130), (signal.SIGTERM, 143), (signal.SIGHUP, 129)):
+            for arguments in (("create", self.archive, large), ("extract", self.archive, self.out)):
+                program = self.start(*arguments)
+                while not (any(self.out.glob("*")) if arguments[0] == "extract" else any(self.temp.rglob("_23_*"))):
+                    self.assertIsNone(program.poll())
+                    time.sleep(0.01)
+                for path in self.temp.rglob("*"):
+                    self.assertEqual(path.stat().st_mode & 0o077, 0, "for the user alone")
+                program.send_signal(number)
+                self.assertEqual(program.wait(20), code, (arguments[0], program.stderr.read()))
+                program.stderr.close()
+                self.assertEqual(sorted(path.name for path in self.folder.iterdir() if path != self.out),
+                                 ["large", "temp", "x.zip"])
+                self.assertEqual([path for path in self.temp.rglob("*") if path.is_file()], [])
+                self.assertFalse(self.out.exists() and any(self.out.iterdir()))
+        self.assertTrue(self.archive.read_bytes() == before)
+
+    def test_what_a_killed_process_left_is_removed(self):
+        source = self.folder / "source"
+        source.write_bytes(b"x")
+        dead = subprocess.Popen(["true"])
+        dead.wait()
+        stale = self.folder / f"x.zip.{dead.pid}-1.part"
+        alive = self.folder / f"x.zip.{os.getpid()}-1.part"
+        for path in (stale, alive, self.folder / "x.zip.part"):
+            path.write_text("")
+        self.qxut("create", self.archive, source)
+        self.assertFalse(stale.exists())
+        self.assertTrue(alive.exists() and (self.folder / "x.zip.part").exists())
+
+    def test_pipes_and_devices(self):
+        pipe = self.folder / "tree/pipe"
+        pipe.parent.mkdir()
+        os.mkfifo(pipe)
+        for command in (("list", pipe), ("extract", pipe, self.out), ("create", self.archive, pipe)):
+            self.assertRegex(self.qxut(*command, code=3), "is (a pipe or a device|not a file)")
+        self.assertIn("tree/pipe: is a pipe", self.qxut("create", self.archive, "tree", code=3, cwd=self.folder))
+        with zipfile.ZipFile(self.archive, "w") as archive:
+            archive.writestr("pipe", "content")
+            archive.writestr("name", "new")
+        self.out.mkdir()
+        os.mkfifo(self.out / "pipe")
+        (self.folder / "other").write_text("old")
+        os.link(self.folder / "other", self.out / "name")
+        self.qxut("extract", self.archive, self.out)
+        self.assertEqual((self.out / "pipe").read_text() + (self.out / "name").read_text(), "contentnew")
+        self.assertEqual((self.folder / "other").read_text(), "old", "another name of the file keeps its content")
 
 
 if __name__ == "__main__":

@@ -153,7 +153,7 @@ TEST(TempFiles, NamesAndPlaces)
     clsRegEx form(L"^_23_ZIP[0-9a-f]+\\.tmp$", 0);
     for (const wchar_t* extension : {L"tmp", L".tmp"})
     {
-        const String name = MakeTempFile(L"trelmo", L"ZIP", extension, true, nullptr);
+        const String name = MakeTempFile(L"trelmo", L"ZIP", extension, nullptr);
         EXPECT_TRUE(form.Match(GetPathName(name), nullptr)) << ::testing::PrintToString(name.Text());
         EXPECT_STREQ(
             GetPathDirectory(name).Text(), (GetTempFolder(true) + L"trelmo" + String(&PATH_SEPARATOR, 0, 1)).Text());
@@ -164,7 +164,7 @@ TEST(TempFiles, NamesAndPlaces)
 TEST(TempFiles, VanishWithTheirHandle)
 {
     clsGenericHandleObjectAutoRelease holder;
-    const String name = MakeTempFile(L"trelmo", L"x", L"tmp", true, &holder);
+    const String name = MakeTempFile(L"trelmo", L"x", L"tmp", &holder);
     EXPECT_TRUE(Exists(name));
     holder.Release();
     EXPECT_FALSE(Exists(name));
@@ -176,7 +176,7 @@ TEST(TempFiles, VanishWithTheirHandle)
 TEST(TempFiles, FallIntoTheTempFolderWithoutASubfolder)
 {
     const String obstacle = temp.Make(L"obstacle", "");
-    const String name = MakeTempFile(L"obstacle\\below", L"x", L"tmp", true, nullptr);
+    const String name = MakeTempFile(L"obstacle\\below", L"x", L"tmp", nullptr);
     EXPECT_STREQ(GetPathDirectory(name).Text(), GetTempFolder(true).Text());
     EXPECT_TRUE(DeleteFileW(name));
     EXPECT_TRUE(DeleteFileW(obstacle));
@@ -184,7 +184,7 @@ TEST(TempFiles, FallIntoTheTempFolderWithoutASubfolder)
 
 TEST(TempFiles, StaleOnesAreTakenOver)
 {
-    DeleteFileW(MakeTempFile(L"trelmo", L"x", L"tmp", true, nullptr)); // creates the folder
+    DeleteFileW(MakeTempFile(L"trelmo", L"x", L"tmp", nullptr)); // creates the folder
     MakeOldFile(NumberedFile(L"10"), 6);
     MakeOldFile(NumberedFile(L"11"), 8);
     MakeOldFile(NumberedFile(L"12"), 8);
@@ -192,14 +192,14 @@ TEST(TempFiles, StaleOnesAreTakenOver)
     // Six days are too recent.
     nextNumber = 0x10;
     clsGenericHandleObjectAutoRelease holder;
-    EXPECT_STREQ(MakeTempFile(L"trelmo", L"old", L"tmp", true, &holder, CountedNumber).Text(), NumberedFile(L"11"));
+    EXPECT_STREQ(MakeTempFile(L"trelmo", L"old", L"tmp", &holder, CountedNumber).Text(), NumberedFile(L"11"));
     LARGE_INTEGER size{};
     EXPECT_TRUE(GetFileSizeEx(holder.Get(), &size));
     EXPECT_EQ(size.QuadPart, 0);
 
     // A file in use is left alone, and without a holder no file is reused.
     nextNumber = 0x11;
-    const String fresh = MakeTempFile(L"trelmo", L"old", L"tmp", true, nullptr, CountedNumber);
+    const String fresh = MakeTempFile(L"trelmo", L"old", L"tmp", nullptr, CountedNumber);
     EXPECT_STREQ(fresh.Text(), NumberedFile(L"13").Text());
     holder.Release();
     EXPECT_FALSE(Exists(NumberedFile(L"11")));

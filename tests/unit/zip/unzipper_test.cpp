@@ -1,7 +1,9 @@
 // Extraction of archives by many programs, and its confinement to the target folder.
-#include "zip/unzipper.h"
+#include "zip/extraction.h"
 
+#include "files/path_separator.h"
 #include "support/temp_folder.h"
+#include "support/zip_archive.h"
 #include "support/zip_builder.h"
 #include "zip/exception.h"
 #include "zip/member_name.h"
@@ -165,26 +167,136 @@ TEST(Unzipper, ExactlyAsManyEntriesAsTheFieldCounts)
 
 TEST(Unzipper, NamesThatAreRefused)
 {
-    const std::pair<const char*, std::vector<std::string>> cases[] = {
-        {"leads out of the folder",
+    // Names that are legal where files have POSIX names are refused only on windows.
+    const std::string notOnWindows = kHasPosixFiles ? "" : "has a name that no file may have";
+    const std::tuple<std::string, unsigned, std::vector<std::string>> cases[] = {
+        {"leads out of the folder", 0,
             {"/absolute", "\\absolute", "//server/share", "..", "../witness", "..\\witness", "a/../../witness",
-                "a\\..\\..\\witness", "a/../b", "../inner/x", "../", "c:\\witness", "C:witness", "z:/"}},
-        {"has a name that no file may have",
-            {"a/c:/b", "witness:stream", ".. /witness", ".../witness", ". ./witness", "a./b", "nul", "a/Con.txt",
-                "aux .tar.gz", "a?b", std::string("a\0b", 3), "tab\there", std::string(300, 'n')}},
-        {"has no name", {"", "."}}};
-    for (const auto& [problem, names] : cases)
+                "a\\..\\..\\witness", "a/../b", "../inner/x", "../", "c:\\witness", "z:/"}},
+        {"leads out of the folder", 0100644, {"/absolute", "//server/share", "..", "../witness", "a/../b", "../"}},
+        {notOnWindows, 0100644,
+            {"c:/witness", "a/c:/b", "witness:stream", ".. /witness", ".../witness", ". ./witness", "a./b", "nul",
+                "a/Con.txt", "aux .tar.gz", "a?b", "tab\there", "trailing."}},
+        {"has a name that no file may have", 0, {std::string("a\0b", 3), std::string(300, 'n')}},
+        {"has no name", 0, {"", "."}}};
+    for (const auto& [problem, mode, names] : cases)
         for (const std::string& name : names)
             for (const unsigned flags : {0u, unsigned{kZipFlagUtf8}})
             {
                 SCOPED_TRACE(name);
                 const Place place;
+                BuiltMember member = BuiltMember(name, "evil").Flags(flags);
+                if (mode != 0)
+                    member.Mode(mode);
                 const std::string text =
-                    place.Extract(Build({BuiltMember("first", "1"), BuiltMember(name, "evil").Flags(flags)}));
-                EXPECT_NE(text.find(problem), std::string::npos) << text;
-                EXPECT_EQ(place.Extracted(), (Tree{{"first", "1"}})) << "what came before stays";
+                    place.Extract(Build({BuiltMember("first", "1"), member, BuiltMember("last", "2")}));
+                Tree tree = place.Extracted();
+                EXPECT_EQ(tree["first"] + tree["last"], "12") << "the others are extracted";
+                if (problem.empty())
+                {
+                    EXPECT_EQ(text, "");
+                    EXPECT_EQ(tree[name], "evil");
+                }
+                else
+                {
+                    EXPECT_NE(text.find(problem), std::string::npos) << text;
+                    EXPECT_EQ(tree.size(), 2u);
+                }
                 place.ExpectNothingOutside();
             }
+}
+
+TEST(Unzipper, BackslashesBelongToNamesOfPosix)
+{
+    const Place place;
+    EXPECT_EQ(place.Extract(Build({BuiltMember("a\\b", "dos"), BuiltMember("c\\d", "unix").Mode(0100644),
+                  BuiltMember("..\\witness", "no way out").Mode(0100644)})) == "",
+        kHasPosixFiles);
+    const Tree windows = {{"a/", ""}, {"a/b", "dos"}, {"c/", ""}, {"c/d", "unix"}};
+    const Tree posix = {{"a/", ""}, {"a/b", "dos"}, {"c\\d", "unix"}, {"..\\witness", "no way out"}};
+    EXPECT_EQ(place.Extracted(), kHasPosixFiles ? posix : windows);
+    place.ExpectNothingOutside();
+}
+
+TEST(Unzipper, ModesAndLinks)
+{
+    if (!kHasPosixFiles)
+        GTEST_SKIP() << "files have no modes and links here";
+    const Place place;
+    const fs::path root = NativePath(place.Folder());
+    const auto link = [](std::string name, std::string target)
+    {
+        return BuiltMember(name, target, 0).Mode(0120777);
+    };
+    const std::vector<BuiltMember> members = {BuiltMember("run", "x").Mode(0106755),
+        BuiltMember("secret", "x").Mode(0100600), BuiltMember("fixed", "x").Mode(0100444), link("a/b/up", "../../run"),
+        link("a/here", "."), link("dangling", "none"), link("out", "../witness"), link("a/out", "../../witness"),
+        link("top", "/etc/passwd"), link("a/b/twice", "up/../.."), link("sub", "a"),
+        BuiltMember("sub/x", "a folder before the link")};
+    std::string text;
+    for (int i = 0; i < 2; ++i) // also over what the first extraction has left
+        text = place.Extract(Build(members));
+    EXPECT_EQ(text, "The zip entry 'out' is a link, which may lead out of the folder (and 4 more)");
+    const auto mode = [&](const char* name)
+    {
+        return static_cast<unsigned>(fs::status(root / name).permissions());
+    };
+    EXPECT_EQ(mode("run") & 07100, 0100u) << "no other user's rights";
+    EXPECT_EQ(mode("secret"), 0600u);
+    EXPECT_EQ(mode("fixed") & 0222, 0u);
+    for (const auto& [name, target] : {std::pair("a/b/up", "../../run"), {"a/here", "."}, {"dangling", "none"}})
+        EXPECT_EQ(fs::read_symlink(root / name), target);
+    for (const char* name : {"out", "a/out", "top", "a/b/twice"})
+        EXPECT_FALSE(fs::exists(fs::symlink_status(root / name))) << name;
+    EXPECT_TRUE(fs::is_directory(fs::symlink_status(root / "sub"))) << "a link isn't made in the place of a folder";
+    place.ExpectNothingOutside();
+}
+
+TEST(Unzipper, OddArchives)
+{
+    const auto field = [](const std::vector<std::uint64_t>& values)
+    {
+        std::string bytes("\1\0", 2);
+        bytes += static_cast<char>(8 * values.size());
+        bytes += '\0';
+        for (const std::uint64_t value : values)
+            bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
+        return bytes;
+    };
+    constexpr std::uint64_t kFourGB = std::uint64_t{1} << 32;
+    const std::string content = PlainText();
+    for (const std::uint16_t method : {std::uint16_t{0}, std::uint16_t{8}})
+        for (const auto [more, isWhole] : {std::pair(kFourGB, true), {3 * kFourGB, true}, {kFourGB + 1, false}})
+        {
+            BuiltMember member("m", content, method);
+            const std::uint64_t packed = member.central.compressedSize;
+            member.central.compressedSize = member.central.uncompressedSize = 0xFFFFFFFF;
+            const Place place;
+            EXPECT_EQ(
+                place.Extract(Build({member.Extra(field({content.size() + more, packed + more}))})) == "", isWhole)
+                << method << ' ' << more;
+            EXPECT_EQ(place.Extracted(), isWhole ? Tree({{"m", content}}) : Tree());
+        }
+    // An end record that contradicts a ZIP64 one.
+    std::string bytes = Build({BuiltMember("a", "1"), BuiltMember("b", "2")});
+    const std::size_t at = bytes.size() - sizeof(scZIPEndRecord);
+    auto end = RecordAt<scZIPEndRecord>(bytes, at);
+    const auto number = [](std::uint64_t value, std::size_t width)
+    {
+        return std::string(reinterpret_cast<const char*>(&value), width);
+    };
+    const std::string record = "PK\6\6" + number(44, 8) + number(45, 2) + number(45, 2) + number(0, 8) + number(2, 8) +
+                               number(2, 8) + number(end.directorySize, 8) + number(end.directoryOffset, 8);
+    const std::string locator = "PK\6\7" + number(0, 4) + number(at, 8) + number(1, 4);
+    end.entries = end.entriesOnDisk = 1;
+    end.directorySize += 100;
+    end.directoryOffset = 7;
+    bytes = bytes.substr(0, at) + record + locator + BytesOfRecord(end);
+    const Place place;
+    EXPECT_EQ(place.Extract(bytes), "");
+    EXPECT_EQ(place.Extracted(), (Tree{{"a", "1"}, {"b", "2"}}));
+    EXPECT_EQ(place.Extract("a program that unpacks itself" + Build({BuiltMember("c", "3")})), "");
+    EXPECT_EQ(place.Extracted()["c"], "3");
 }
 
 TEST(Unzipper, NamesThatAreTaken)
@@ -235,14 +347,12 @@ TEST(Unzipper, MembersThatAreRefused)
     const std::pair<BuiltMember, const char*> cases[] = {
         {damaged([](BuiltMember& m) { m.central.crc ^= 1; }), "The zip entry 'm' is damaged: its checksum doesn't fit"},
         {damaged([](BuiltMember& m) { m.central.uncompressedSize += 1; }), "The zip entry 'm' is damaged"},
-        {damaged([](BuiltMember& m) { m.central.uncompressedSize -= 1; }),
-            "The zip entry 'm' is damaged: its checksum doesn't fit"},
+        {damaged([](BuiltMember& m) { m.central.uncompressedSize -= 1; }), "The zip entry 'm' is damaged"},
         {damaged([](BuiltMember& m) { m.data[3] ^= 0x55; }), "The zip entry 'm' is damaged"},
         {damaged([](BuiltMember& m) { m.central.compressedSize -= 3; }), "The zip entry 'm' is damaged"},
         {damaged([](BuiltMember& m) { m.central.compressedSize += 1000; }), "The zip entry 'm' is damaged"},
         {damaged([](BuiltMember& m) { m.central.flags |= 1; }), "The zip entry 'm' is encrypted"},
-        {damaged([](BuiltMember& m) { m.Mode(0120777); }),
-            "The zip entry 'm' is a link, which may lead out of the folder"},
+        {BuiltMember("m", "/target", 0).Mode(0120777), "The zip entry 'm' is a link, which may lead out of the folder"},
         {BuiltMember("m", "x", 1), "The zip entry 'm' is packed by method 1, which can't be unpacked"},
         {BuiltMember("m", "x", 0xFFFF), "The zip entry 'm' is packed by method 65535, which can't be unpacked"}};
     for (const auto& [member, expected] : cases)
@@ -250,7 +360,7 @@ TEST(Unzipper, MembersThatAreRefused)
         const Place place;
         const std::string text = place.Extract(Build({BuiltMember("before", "1"), member, BuiltMember("behind", "2")}));
         EXPECT_EQ(text.rfind(expected, 0), 0u) << text;
-        EXPECT_EQ(place.Extracted(), (Tree{{"before", "1"}}));
+        EXPECT_EQ(place.Extracted(), (Tree{{"before", "1"}, {"behind", "2"}}));
     }
 }
 

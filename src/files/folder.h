@@ -1,0 +1,79 @@
+// A folder that is held open. Its entries are opened, created and removed relative to the handle, one name at a time
+// and never through a link, so another process that swaps a folder for a link can't redirect the operation.
+#pragma once
+
+#include "core/text/string.h"
+#include "files/handle_holder.h"
+
+#include <windows.h>
+
+#include <cstdint>
+#include <optional>
+
+namespace qx
+{
+
+// The last error of an operation that met a link, a pipe or a device.
+constexpr DWORD kErrorIsLink = ERROR_CANT_RESOLVE_FILENAME;
+
+// Permissions of files and folders that nobody else may read, as POSIX modes.
+constexpr std::uint32_t kModePrivateFile = 0600;
+constexpr std::uint32_t kModePrivateFolder = 0700;
+
+// Failures set the last error. Names are single components; separators, "." and ".." are refused. Modes are those of
+// POSIX, cut by the process's mask; they have no effect on windows.
+class clsFolder
+{
+public:
+    clsFolder() = default;
+    // Opens a folder by its path, through links if the path has some. An empty path is the current folder.
+    explicit clsFolder(const String& path);
+    clsFolder(clsFolder&& other) noexcept { *this = static_cast<clsFolder&&>(other); }
+    clsFolder& operator=(clsFolder&& other) noexcept;
+
+    bool IsOpen() const { return _handle.IsValid(); }
+
+    // Opens a folder by its path, creating it if necessary, but not its parents. If the last component is a link, it is
+    // followed only if `followsLink` is set. The folder is closed on failure.
+    void OpenOrCreate(const String& path, bool followsLink);
+
+    // Opens the folder `name` of `parent`, creating it if necessary. This object is closed on failure; the last error
+    // is kErrorIsLink if the name is a link.
+    void OpenSubfolder(const clsFolder& parent, const String& name, std::optional<std::uint32_t> mode = {});
+
+    // Creates a file. If any entry of that name exists, the last error is ERROR_FILE_EXISTS. `flags` are the attributes
+    // and flags of CreateFileW. Returns the handle, or INVALID_HANDLE_VALUE.
+    HANDLE CreateNew(
+        const String& name, DWORD access, DWORD share, DWORD flags, std::optional<std::uint32_t> mode = {}) const;
+
+    // Opens an existing file likewise; anything but a file is an error.
+    HANDLE OpenExisting(const String& name, DWORD access, DWORD share, DWORD flags) const;
+
+    // Removes an entry that isn't a folder: a file, even if it is read-only, a pipe, or a link itself.
+    bool Remove(const String& name) const;
+
+    bool IsLink(const String& name) const;
+
+private:
+    // The arguments of NtCreateFile. `kind` requires a folder or forbids one; 0 accepts both.
+    struct scEntryOpen
+    {
+        DWORD access;
+        DWORD share;
+        DWORD disposition;
+        DWORD flags;
+        DWORD kind;
+        std::optional<std::uint32_t> mode;
+    };
+    HANDLE Open(const String& name, const scEntryOpen& open) const;
+
+    clsGenericHandleObjectAutoRelease _handle;
+};
+
+// Lets the close of the last handle delete the file, or keep it after all. The handle needs the right DELETE.
+bool SetDeletedOnClose(HANDLE file, bool isDeleted);
+
+// Removes the read-only attribute from the attributes that the file has. Needs the right FILE_WRITE_ATTRIBUTES.
+bool ClearReadOnly(HANDLE file, DWORD attributes);
+
+} // namespace qx

@@ -1,0 +1,38 @@
+// A file that is being written inside an open folder.
+#pragma once
+
+#include "files/file.h"
+#include "files/folder.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace qx
+{
+
+// Until SetWhole, the file is deleted with the object, and also when the process ends or is interrupted.
+class clsNewFile
+{
+public:
+    // Creates the file for writing, without sharing. An existing entry is removed first, so that nothing is written to
+    // a pipe, a device or another name of the same file. A folder or a link in its place is an error, as is a file that
+    // another process uses. On failure the last error is set; it is kErrorIsLink for a link.
+    clsNewFile(const clsFolder& folder, const String& name, std::optional<std::uint32_t> mode = {});
+    clsNewFile(const clsNewFile&) = delete;
+    clsNewFile& operator=(const clsNewFile&) = delete;
+
+    bool IsOpen() const { return _file.has_value(); }
+    // Only while the file is open.
+    clsFile& File() { return *_file; }
+
+    // Keeps the file. Returns false if that fails.
+    bool SetWhole();
+
+private:
+    std::optional<clsFileRW> _file;
+};
+
+// Creates a link in the place of an existing entry that isn't a folder.
+bool CreateLink(const clsFolder& folder, const String& name, std::string_view target);
+
+} // namespace qx

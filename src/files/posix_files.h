@@ -1,0 +1,26 @@
+// What files have on POSIX systems beside their attributes: permissions and targets of links. Windows stores the same
+// for the Windows Subsystem for Linux, in the forms that these functions use.
+#pragma once
+
+#include "core/text/string.h"
+
+#include <windows.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace qx
+{
+
+// Returns the type and permissions of an open file as st_mode has them, or nothing if the system stores none.
+std::optional<std::uint32_t> PosixModeOf(HANDLE file);
+
+// Returns the target of a link as its bytes, or nothing if the path isn't a link or can't be read.
+std::optional<std::string> LinkTargetOf(const String& path);
+
+// Turns a new, empty file into a link. The file must have been created by clsFolder with write access.
+bool MakeLink(HANDLE file, std::string_view target);
+
+} // namespace qx

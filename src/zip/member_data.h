@@ -1,0 +1,35 @@
+// The data of an entry: decompressed, counted and checked.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+
+namespace qx
+{
+
+class clsArchiveInput;
+
+struct scMemberData
+{
+    std::uint64_t position = 0; // of the data in the archive
+    std::uint64_t packedSize = 0;
+    std::uint64_t size = 0;
+    std::uint32_t crc = 0;
+    bool isDeflated = false;
+};
+
+enum class MemberDataResult
+{
+    Whole,
+    Damaged,
+    WrongChecksum,
+    NotTaken // the sink returned false
+};
+
+// Passes the data to the sink in pieces of at most 1 MB. Both sizes may be off by a multiple of 4 GB, as programs
+// without ZIP64 write them, if the data and its checksum are right. Otherwise no more than `size` bytes are passed.
+MemberDataResult CopyMemberData(clsArchiveInput& input, const scMemberData& data,
+    const std::function<bool(const unsigned char* bytes, std::size_t count)>& sink);
+
+} // namespace qx

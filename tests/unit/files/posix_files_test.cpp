@@ -1,0 +1,142 @@
+// Links, pipes, further names of a file and permissions in the places of files. Only for linux: the tests create them
+// by its own functions.
+#include "files/folder.h"
+#include "files/new_file.h"
+#include "files/posix_files.h"
+#include "files/temp_file_removal.h"
+#include "files/temp_files.h"
+#include "support/temp_folder.h"
+#include "unit/files/own_temp_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace qx;
+using namespace qxtest;
+namespace fs = std::filesystem;
+
+namespace
+{
+
+const OwnTempFolder& posixTemp = TempFolderOfTests();
+
+unsigned ModeOf(const String& path)
+{
+    struct stat info
+    {
+    };
+    return lstat(NativePath(path).c_str(), &info) == 0 ? info.st_mode & 07777u : 0u;
+}
+
+void MakePipe(const String& path)
+{
+    ASSERT_EQ(mkfifo(NativePath(path).c_str(), 0600), 0);
+}
+
+} // namespace
+
+TEST(Folder, EntriesAreReplacedAndLinksAreNot)
+{
+    const TempFolder own;
+    const String other = own.Make(L"other", "old");
+    fs::create_hard_link(NativePath(other), NativePath(own.Path(L"hard")));
+    fs::create_symlink("other", NativePath(own.Path(L"link")));
+    fs::create_directory_symlink(".", NativePath(own.Path(L"folder")));
+    own.Make(L"fixed", "old");
+    chmod(NativePath(own.Path(L"fixed")).c_str(), 0444);
+    MakePipe(own.Path(L"pipe"));
+    const clsFolder folder(own.Path());
+    for (const wchar_t* name : {L"hard", L"fixed", L"pipe", L"new"})
+    {
+        clsNewFile file(folder, name, 0640);
+        ASSERT_TRUE(file.IsOpen()) << String(name).NarrowText();
+        EXPECT_EQ(file.File().WriteBytes("new"), 3);
+        EXPECT_TRUE(file.SetWhole());
+        EXPECT_EQ(BytesOf(own.Path(name)), "new");
+        EXPECT_EQ(ModeOf(own.Path(name)) & ~0640u, 0u);
+    }
+    for (const wchar_t* name : {L"link", L"folder"})
+    {
+        EXPECT_FALSE(clsNewFile(folder, name).IsOpen());
+        EXPECT_EQ(GetLastError(), kErrorIsLink);
+        clsFolder below;
+        below.OpenSubfolder(folder, name);
+        EXPECT_FALSE(below.IsOpen());
+        EXPECT_TRUE(folder.IsLink(name));
+    }
+    for (const wchar_t* name : {L"", L".", L"..", L"a/b", L"a\\b", L"../other"})
+        EXPECT_FALSE(clsNewFile(folder, name).IsOpen()) << String(name).NarrowText();
+    EXPECT_EQ(BytesOf(other), "old");
+    {
+        const clsNewFile unfinished(folder, L"unfinished");
+        EXPECT_TRUE(Exists(own.Path(L"unfinished")));
+    }
+    EXPECT_FALSE(Exists(own.Path(L"unfinished")));
+    EXPECT_TRUE(CreateLink(folder, L"link", "new/target"));
+    EXPECT_EQ(LinkTargetOf(own.Path(L"link")), "new/target");
+    EXPECT_EQ(LinkTargetOf(other), std::nullopt);
+    fs::remove(NativePath(own.Path(L"link")));
+    fs::remove(NativePath(own.Path(L"folder")));
+}
+
+// Without a check these opens wait, read nothing for ever, or write to nobody.
+TEST(Pipes, AreNoFiles)
+{
+    const TempFolder own;
+    MakePipe(own.Path(L"pipe"));
+    for (const String& path : {own.Path(L"pipe"), String(L"/dev/null")})
+        for (const FileAccess access : {FileAccess::Read, FileAccess::Write, FileAccess::ReadWrite})
+            for (const FileDisposition disposition :
+                {FileDisposition::OpenExisting, FileDisposition::OpenAlways, FileDisposition::CreateAlways})
+            {
+                clsFileRW file;
+                EXPECT_EQ(file.Open(path, access, disposition, FileShare::Read, kFileData), -1);
+                EXPECT_EQ(GetLastError(), DWORD{ERROR_BAD_FILE_TYPE});
+                EXPECT_EQ(file.GetErrorKind(), FileError::Other);
+                EXPECT_STREQ(file.GetErrorText().Text(), L"is a pipe or a device, not a file");
+            }
+}
+
+TEST(TempFiles, AreForTheirUserAlone)
+{
+    umask(0);
+    chmod(NativePath(posixTemp.Path()).c_str(), 0755);
+    const String name = MakeTempFile(L"trelmo", L"x", L"tmp", nullptr);
+    EXPECT_EQ(ModeOf(name), 0600u);
+    EXPECT_EQ(ModeOf(GetTempSubfolder()), 0700u);
+    EXPECT_TRUE(DeleteFileW(name));
+    for (const auto& [prefix, extension] :
+        {std::pair(L"../x", L"tmp"), {L"x", L"/../../y"}, {L"a\\b", L""}, {L"x", L"a:b"}})
+        EXPECT_STREQ(MakeTempFile(L"trelmo", prefix, extension, nullptr).Text(), L"");
+
+    // A link in the place of the folder isn't followed.
+    fs::remove(NativePath(GetTempSubfolder()));
+    const TempFolder elsewhere;
+    fs::create_directory_symlink(NativePath(elsewhere.Path()), NativePath(GetTempSubfolder()));
+    const String beside = MakeTempFile(L"trelmo", L"x", L"tmp", nullptr);
+    EXPECT_STREQ(beside.Left(GetTempFolder(true).Length()).Text(), GetTempFolder(true).Text());
+    EXPECT_TRUE(fs::is_empty(NativePath(elsewhere.Path())));
+    EXPECT_TRUE(DeleteFileW(beside));
+    fs::remove(NativePath(GetTempSubfolder()));
+}
+
+TEST(TempFiles, RemovalAndSweepTouchNoTargetsAndWaitForNoPipes)
+{
+    const TempFolder own;
+    const String target = own.Make(L"target", "kept");
+    chmod(NativePath(target).c_str(), 0444);
+    fs::create_symlink("target", NativePath(own.Path(L"link")));
+    EXPECT_EQ(RemoveFile(own.Path(L"link")), Removal::Removed);
+    EXPECT_EQ(ModeOf(target), 0444u);
+    EXPECT_EQ(RemoveFile(target), Removal::Removed) << "read-only files go";
+    MakePipe(own.Path(L"_23_pipe"));
+    FILETIME later;
+    GetSystemTimeAsFileTime(&later);
+    later.dwHighDateTime += 1000;
+    SweepTempFiles(own.Path(L"_23_activity.signal"), later);
+    EXPECT_FALSE(fs::exists(NativePath(own.Path(L"_23_pipe"))));
+}

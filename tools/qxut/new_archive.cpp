@@ -1,0 +1,135 @@
+#include "new_archive.h"
+
+#include "failure.h"
+#include "processes.h"
+#include "text.h"
+
+#include <qxut23/bstr.h>
+#include <qxut23/errors.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <system_error>
+#include <utility>
+
+namespace qxut
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+constexpr char kPartExtension[] = ".part";
+
+std::string Utf8Name(const fs::path& path)
+{
+    const auto text = path.filename().generic_u8string();
+    return {text.begin(), text.end()};
+}
+
+// The names are ARCHIVE.PROCESS-RANDOM.part. Returns 0 for any other name.
+unsigned long ProcessOfPart(const std::string& name, const std::string& archive)
+{
+    if (name.rfind(archive + '.', 0) != 0 || !name.ends_with(kPartExtension))
+        return 0;
+    const std::string middle =
+        name.substr(archive.size() + 1, name.size() - archive.size() - 1 - (sizeof kPartExtension - 1));
+    const std::size_t dash = middle.find('-');
+    if (dash == std::string::npos || middle.find_first_not_of("0123456789-") != std::string::npos)
+        return 0;
+    return std::strtoul(middle.c_str(), nullptr, 10);
+}
+
+// Removes what processes have left that were killed.
+void RemoveStaleParts(const fs::path& archive)
+{
+    const std::string name = Utf8Name(archive);
+    const fs::path folder = archive.has_parent_path() ? archive.parent_path() : fs::path(".");
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
+    {
+        const unsigned long process = ProcessOfPart(Utf8Name(entry->path()), name);
+        std::error_code ignored;
+        if (process != 0 && fs::is_regular_file(entry->symlink_status(ignored)) && !IsProcessAlive(process))
+            fs::remove(entry->path(), ignored);
+    }
+}
+
+std::string NewPartPath(const std::string& archive)
+{
+    RemoveStaleParts(fs::u8path(archive));
+    std::random_device random;
+    for (;;)
+    {
+        const std::string path =
+            archive + '.' + std::to_string(ProcessId()) + '-' + std::to_string(random()) + kPartExtension;
+        std::error_code error;
+        if (!fs::exists(fs::symlink_status(fs::u8path(path), error)))
+            return path;
+    }
+}
+
+} // namespace
+
+std::string LibraryErrorText(const std::string& otherwise)
+{
+    QXWCHAR* text = nullptr;
+    if (QxGetErrorText(&text) == 0)
+        return otherwise;
+    const std::string result = Utf8(text);
+    SysFreeString(text);
+    return result;
+}
+
+NewArchive::NewArchive(const std::string& path, const std::string& comment)
+    : _path(path),
+      _partPath(NewPartPath(path)),
+      _zip(UtilZIPCreate(WideText(LibraryPath(_partPath)), WideText(comment)))
+{
+    if (_zip == nullptr)
+        throw Failure(kCannotWrite, path + ": cannot create the archive");
+}
+
+NewArchive::~NewArchive()
+{
+    const std::lock_guard guard(_ending);
+    if (_isWhole)
+        return;
+    UtilZIPClose(_zip);
+    std::error_code ignored;
+    fs::remove(fs::u8path(_partPath), ignored);
+}
+
+void NewArchive::Append(const std::string& file, const std::string& name, std::uint32_t flags)
+{
+    const std::int32_t result =
+        QxZIPAppend(_zip, WideText(LibraryPath(file)), nullptr, WideText(LibraryPath(name)), flags);
+    if (result != QXUT_ZIP_OK)
+        throw Failure(kCannotRead,
+            file + (result == QXUT_ZIP_CANNOT_OPEN ? ": cannot open the file (" : ": cannot store the file (") +
+                LibraryErrorText("") + ")");
+}
+
+void NewArchive::Close()
+{
+    const std::lock_guard guard(_ending);
+    const std::int32_t result = UtilZIPClose(std::exchange(_zip, nullptr));
+    std::error_code error;
+    if (result == QXUT_ZIP_OK)
+        fs::rename(fs::u8path(_partPath), fs::u8path(_path), error);
+    _isWhole = result == QXUT_ZIP_OK && !error;
+    if (!_isWhole)
+        throw Failure(kCannotWrite, _path + ": cannot write the archive, or it has too many entries or is too large");
+}
+
+void NewArchive::Abandon()
+{
+    _ending.lock(); // for good
+    std::error_code ignored;
+    if (!_isWhole)
+        fs::remove(fs::u8path(_partPath), ignored);
+}
+
+} // namespace qxut
