@@ -180,16 +180,21 @@ private:
         return Unmasked(_value.data(), _value.data() + _value.size());
     }
 
+    // The values of one field share its name. A name that can't be shared is copied, and counted, for each value.
     void AppendLeaf(std::wstring_view value)
     {
         const std::wstring_view name = _fields.View();
-        if (_fields.TakeNew())
+        const bool isNew = _fields.TakeNew();
+        if (isNew || _sharedName == nullptr)
         {
             _nameCharacters += name.size();
             if (_nameCharacters > MostXfdfNameCharacters(_state.reader.SourceBytes()))
                 Fail(L"prof::xml::field: too many fields inside each other");
         }
-        _list.AppendItem(_state.job.NewLeaf(name, value));
+        if (isNew)
+            _sharedName = _state.job.SharedName(name);
+        _list.AppendItem(_sharedName != nullptr ? _state.job.NewLeaf(*_sharedName, value)
+                                                : _state.job.NewLeaf(name, value));
     }
 
     void ExpectLevel(const wchar_t* message) const
@@ -209,6 +214,7 @@ private:
     scXmlText _text{nullptr, nullptr};
     clsFieldPath _fields;
     std::vector<wchar_t> _value; // a value that spans lines
+    const scProfText* _sharedName = nullptr; // of the open fields
     std::uint64_t _nameCharacters = 0;
 };
 
