@@ -152,8 +152,8 @@ private:
     bool IsHeldTarget(const wchar_t* name) const;
 
     clsProfArena _arena; // declared before the members that allocate from it
-    clsRefCountedObjectCache _names{_arena};
-    clsRefCountedObjectCache _values{_arena};
+    clsRefCountedObjectCache _names{_arena, clsRefCountedObjectCache::Counting::Off};
+    clsRefCountedObjectCache _values{_arena, clsRefCountedObjectCache::Counting::On};
     String _fileName; // as passed to Open
     ProfMode _mode;
     clsItemList _root;
