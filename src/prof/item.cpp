@@ -30,7 +30,7 @@ void clsItemList::AppendItem(clsItem& item)
     _index.Add(_job.Arena(), item);
     if (!_links.IsBuilt())
         return;
-    // Without the index, the links can't be kept up.
+    // The links can't be maintained without the index.
     const void* const first = _index.IsBuilt() ? _index.FindTarget(scItemKey(item)) : nullptr;
     if (first == nullptr)
     {
@@ -84,8 +84,8 @@ void clsItemList::RemoveItem(clsItem& item)
         ForgetIndex();
 }
 
-// Finds all items of a key without a walk: returns true and the first target of their ring, or null if there is no
-// such item. Returns false if the list must be walked.
+// Finds all items of a key without walking the list. Returns true and sets `first` to the first target of their ring,
+// or to null if there is no such item. Returns false if the list must be walked.
 bool clsItemList::FindAll(const scItemKey& key, const void*& first)
 {
     if (!_index.IsBuilt())
@@ -149,8 +149,8 @@ clsItem* clsItemList::Walk(const scItemKey& key)
     return found;
 }
 
-// Builds the index once walks have visited as many items as that takes. With an index, the walks are removals, and the
-// next one builds the links.
+// Builds the index once walks have visited as many items as building it takes. If the index exists already, the walks
+// come from removals, and FindAll builds the links once they have visited enough items.
 void clsItemList::NoteWalk(std::size_t visited)
 {
     if (Count() <= kShortList || _index.IsRefused())

@@ -130,7 +130,7 @@ private:
     clsItemList* _parent;
     const scProfText* _name;
     clsListIndex _index;
-    clsListLinks _links;       // only while the index is built
+    clsListLinks _links;     // only while the index is built
     std::size_t _walked = 0; // items visited by searches since the index, or else the list, was last rebuilt
 };
 

@@ -1,4 +1,4 @@
-// Objects that live as long as the process.
+// Objects that exist until the process ends.
 #pragma once
 
 #include <utility>
@@ -6,8 +6,8 @@
 namespace qxplatform
 {
 
-// For what other modules' static objects may still ask for while the process ends: never destroyed, and reachable from
-// the static reference that holds the result, so that leak checkers know it as alive.
+// Creates an object that is never destroyed, because static objects of other modules may use it while the process ends.
+// Leak checkers find it through the static reference that holds the result.
 template <class T, class... Arguments>
 T& MakeForever(Arguments&&... arguments)
 {

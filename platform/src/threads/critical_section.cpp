@@ -16,8 +16,8 @@ constexpr LONG kIsFree = 0;
 constexpr LONG kIsHeld = 1;
 constexpr LONG kHasWaiters = 2;
 
-// Each one once, however often it was entered. Read by the stop signal's handler, where the loader must not be asked
-// for the memory of thread-local objects.
+// Counts each section once, however often it was entered. The stop signal's handler reads it and must not make the
+// loader allocate memory for thread-local objects.
 [[gnu::tls_model("initial-exec")]] constinit thread_local volatile int heldSections = 0;
 
 std::atomic_ref<LONG> LockWord(LPCRITICAL_SECTION section)
@@ -53,7 +53,7 @@ bool SpinForFree(LPCRITICAL_SECTION section)
     return false;
 }
 
-// Whoever takes the section here marks it as waited for, since it can't know of others that wait beside it.
+// A thread that takes the section here marks it as contended, because it doesn't know whether other threads wait.
 void WaitForFree(LPCRITICAL_SECTION section)
 {
     ThreadObject* const thread = ThreadObject::CurrentIfKnown();
@@ -82,7 +82,7 @@ void BecomeOwner(LPCRITICAL_SECTION section, HANDLE thread)
     heldSections = heldSections + 1;
 }
 
-// Where a thread ends that was told to while it had a section.
+// Ends a thread that was terminated while it held a section.
 void EndIfOrdered()
 {
     ThreadObject* const thread = ThreadObject::CurrentIfKnown();
@@ -107,7 +107,7 @@ void WINAPI InitializeCriticalSection(LPCRITICAL_SECTION lpCriticalSection)
 BOOL WINAPI InitializeCriticalSectionAndSpinCount(LPCRITICAL_SECTION lpCriticalSection, DWORD dwSpinCount)
 {
     *lpCriticalSection = CRITICAL_SECTION{};
-    // The high byte holds flags.
+    // The high byte contains flags.
     lpCriticalSection->SpinCount = dwSpinCount & 0x00FFFFFF;
     return TRUE;
 }
@@ -139,7 +139,7 @@ void WINAPI LeaveCriticalSection(LPCRITICAL_SECTION lpCriticalSection)
         return;
     Owner(lpCriticalSection).store(nullptr, std::memory_order_relaxed);
     LONG* const word = &lpCriticalSection->LockCount;
-    // From here on the section may be gone: another thread may have entered, left and deleted it.
+    // From here on the section may no longer exist: another thread may have entered, left and deleted it.
     if (std::atomic_ref<LONG>(*word).exchange(kIsFree, std::memory_order_release) == kHasWaiters)
         FutexWakeOne(word);
     heldSections = heldSections - 1;

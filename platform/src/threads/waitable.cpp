@@ -18,10 +18,10 @@
 namespace qxplatform
 {
 
-// The word that a wait sleeps on.
+// The word on which a wait blocks.
 struct Waiter
 {
-    LONG isWoken = FALSE; // and has not looked again since
+    LONG isWoken = FALSE; // and hasn't checked again since
 };
 
 std::mutex& DispatcherLock()
@@ -84,7 +84,7 @@ std::optional<DWORD> TakeSignalled(const Objects& objects, bool forAll)
     return WAIT_OBJECT_0 + static_cast<DWORD>(first - objects.begin());
 }
 
-// Stands on the lists of all objects, and is known to the thread, for the time of a wait.
+// Registers the wait with all objects and the thread for its duration.
 class Registration
 {
 public:
@@ -120,7 +120,7 @@ Ref<Waitable> WaitableOf(HANDLE handle)
     return Ref<Waitable>(object ? object->AsWaitable() : nullptr);
 }
 
-// What ends the wait, if anything does by now. An object comes before calls that are queued.
+// Returns the reason for the wait to end, if there is one. Signalled objects take precedence over queued calls.
 std::optional<DWORD> Outcome(const Objects& objects, const WaitOptions& options, ThreadObject* thread)
 {
     if (const std::optional<DWORD> taken = TakeSignalled(objects, options.forAll))
@@ -130,7 +130,7 @@ std::optional<DWORD> Outcome(const Objects& objects, const WaitOptions& options,
     if (options.isAlertable && thread->HasApcs())
         return WAIT_IO_COMPLETION;
     if (thread->gate.IsEndOrdered() && !HoldsCriticalSections())
-        return WAIT_TIMEOUT; // FinishWait() doesn't give it to anyone
+        return WAIT_TIMEOUT; // FinishWait() doesn't return this value
     return std::nullopt;
 }
 

@@ -8,7 +8,7 @@ namespace qxplatform
 namespace
 {
 
-// localtime_r need not look at a changed zone; tzset() does, for the calls that follow.
+// localtime_r need not detect a changed zone; tzset() does, for the calls that follow.
 tm LocalAt(time_t universal)
 {
     tm local{};
@@ -16,8 +16,8 @@ tm LocalAt(time_t universal)
     return local;
 }
 
-// The standard time of the year 1970. The zone's past before that is known for few zones, and goes back to local mean
-// times, which aren't whole minutes off universal time, as the system's zones always are.
+// The standard time of the year 1970. Earlier history is known for few zones and includes local mean times, whose
+// offsets aren't whole minutes, as the system's zones require.
 LONG FirstOffset()
 {
     constexpr time_t kHalfYear = 182 * 86400;

@@ -10,7 +10,7 @@ namespace qx
 namespace
 {
 
-// The place of the next `T` in front of a text or character conversion, or null.
+// Returns the position of the next `T` before a text or character conversion, or null.
 const wchar_t* FindOwnWidth(const wchar_t* format)
 {
     while ((format = wcschr(format, L'%')) != nullptr)
@@ -28,7 +28,8 @@ const wchar_t* FindOwnWidth(const wchar_t* format)
     return nullptr;
 }
 
-// `%Ts` takes text of the format's own width. Not every runtime library knows it, so it is handed on as `%ls`.
+// A format in which `%Ts`, text of the format's own width, is replaced by `%ls`, because not every runtime library
+// supports it.
 class PortableFormat
 {
 public:
