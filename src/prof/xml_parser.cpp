@@ -28,9 +28,15 @@ public:
         while (_state.reader.NextLine(line))
         {
             ++_state.lineCounter;
-            if (!ParseLine({line.text, line.text + line.length}))
-                return;
+            const scXmlText text{line.text, line.text + line.length};
+            const bool isHead = _level < 0 && IsHeadLine(text.View());
+            const std::uint32_t sourceBefore = _state.source;
+            if (!ParseLine(text))
+                return IgnoreRest(_state);
+            if (isHead)
+                _state.source = sourceBefore;
         }
+        _state.source |= kSourceTruncated;
         _open.CloseAll(); // missing end tags are no error
     }
 
@@ -54,6 +60,8 @@ private:
         Action action;
     };
 
+    static bool IsHeadLine(std::wstring_view line) { return line == kXmlFirstLine || IsXmlHeadLine(line); }
+
     bool ParseLine(scXmlText text)
     {
         if (_state.inComment && text.View().starts_with(L"-->"))
@@ -68,6 +76,7 @@ private:
         if (!_state.inComment && text.View().starts_with(L"<!--"))
         {
             _state.inComment = true;
+            _state.source |= kSourceComments;
             text.begin += 4;
             text.SkipBlanks();
         }
@@ -118,6 +127,7 @@ private:
 
     bool ParseItem(scXmlText text)
     {
+        NoteTag(text);
         std::wstring_view name;
         switch (TakeName(text, name))
         {
@@ -136,7 +146,10 @@ private:
         if (valueEnd == nullptr)
             Fail(L"prof::xml::item no '</item>' tag found");
 
+        NoteIgnored(_state, {valueEnd + 7, static_cast<std::size_t>(text.end - valueEnd) - 7});
         const std::wstring_view value = Unmasked(text.begin, valueEnd);
+        if (HasSingleBreak(value))
+            _state.source |= kSourceIgnored;
         text.begin[value.size()] = 0;
         clsItemList& list = _open.Current();
         clsProfJob& job = _state.job;
@@ -147,6 +160,7 @@ private:
 
     bool BeginList(scXmlText text)
     {
+        NoteTag(text);
         std::wstring_view name;
         switch (TakeName(text, name))
         {
@@ -157,20 +171,24 @@ private:
         case XmlNameFault::Unfinished:
             Fail(L"prof::xml::list: name is unfinished");
         }
+        if (text.Find(L">") != nullptr)
+            NoteIgnored(_state, {text.begin + 1, static_cast<std::size_t>(text.end - text.begin) - 1});
         _open.Open(name);
         return true;
     }
 
-    bool EndList(scXmlText)
+    bool EndList(scXmlText text)
     {
+        NoteIgnored(_state, text.View());
         if (_open.IsEmpty())
             return false;
         _open.Close();
         return true;
     }
 
-    bool BeginProfile(scXmlText)
+    bool BeginProfile(scXmlText text)
     {
+        NoteIgnored(_state, text.View());
         _level = 0;
         return true;
     }
@@ -182,7 +200,33 @@ private:
         return false;
     }
 
-    bool End(scXmlText) { return false; }
+    bool End(scXmlText text)
+    {
+        NoteIgnored(_state, text.View());
+        return false;
+    }
+
+    // Notes attributes other than the name.
+    void NoteTag(const scXmlText& text)
+    {
+        constexpr std::wstring_view kAttribute = L"name=\"";
+        const std::size_t end = text.View().find(L'"', kAttribute.size());
+        if (!text.View().starts_with(kAttribute) || end == std::wstring_view::npos ||
+            !text.View().substr(end + 1).starts_with(L'>'))
+            _state.source |= kSourceIgnored;
+    }
+
+    // A line feed or carriage return alone is written like a pair of both.
+    static bool HasSingleBreak(std::wstring_view value)
+    {
+        for (std::size_t at = value.find_first_of(L"\r\n"); at != std::wstring_view::npos;
+             at = value.find_first_of(L"\r\n", at + 2))
+        {
+            if (value.substr(at, 2) != L"\r\n")
+                return true;
+        }
+        return false;
+    }
 
     [[noreturn]] void Fail(const wchar_t* message) const { throw new clsLoadException(_state.lineCounter, message); }
 
@@ -215,6 +259,7 @@ bool clsXmlParser::ParseTag(scXmlText text)
         text.begin += tag.beginning.size();
         return (this->*tag.action)(text);
     }
+    _state.source |= kSourceIgnored;
     return true;
 }
 
