@@ -123,7 +123,7 @@ std::int32_t clsDateParser::Parse(const String& text, std::uint32_t flags, const
 
 std::shared_ptr<clsDateParser> FindDateParser(const DateSettings& settings)
 {
-    constexpr std::size_t kEpt = 8;
+    constexpr std::size_t kMostParsers = 8;
     struct Known
     {
         clsCriticalSection lock;
@@ -134,7 +134,7 @@ std::shared_ptr<clsDateParser> FindDateParser(const DateSettings& settings)
     for (const std::shared_ptr<clsDateParser>& parser : known.parsers)
         if (parser->Settings().IsEqual(settings))
             return parser;
-    if (known.parsers.size() == kEpt)
+    if (known.parsers.size() == kMostParsers)
         known.parsers.pop_back();
     return known.parsers.emplace_front(std::make_shared<clsDateParser>(settings));
 }

@@ -17,7 +17,7 @@ struct VehicleCode
 
 // Distinguishing signs of vehicles in international traffic, including former and unofficial ones. Sorted by the bytes
 // of the code, because the search ends at the first greater code.
-constexpr VehicleCode CODES[] = {
+constexpr VehicleCode kVehicleCodes[] = {
     {"A", "Austria"},
     {"AFG", "Afghanistan"},
     {"AG", "Antigua and Barbuda"},
@@ -246,19 +246,19 @@ constexpr VehicleCode CODES[] = {
     {"ZRE", "Democratic Republic of the Congo"},
     {"ZW", "Zimbabwe"},
 };
-static_assert(std::size(CODES) == 227);
+static_assert(std::size(kVehicleCodes) == 227);
 
 constexpr bool Less(const VehicleCode& a, const VehicleCode& b)
 {
     return a.code < b.code;
 }
-static_assert(std::is_sorted(std::begin(CODES), std::end(CODES), Less));
+static_assert(std::is_sorted(std::begin(kVehicleCodes), std::end(kVehicleCodes), Less));
 
 } // namespace
 
 std::string_view CountryOfVehicleCode(std::string_view code)
 {
-    for (const VehicleCode& row : CODES)
+    for (const VehicleCode& row : kVehicleCodes)
     {
         if (row.code == code)
             return row.country;

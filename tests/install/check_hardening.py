@@ -7,7 +7,7 @@ import subprocess
 import sys
 
 MAX_SIZE = 1_500_000
-SWITCHES = ["-fstack-protector-strong", "-fstack-clash-protection"]
+SWITCHES = ["-fstack-protector-strong"]
 faults = []
 
 
@@ -55,7 +55,7 @@ def check_elf(prefix, objdump, readelf, file, function):
     build_id = re.search(r"Build ID: (\w\w)(\w+)", output(readelf, "-n", file))
     debug = os.path.join(prefix, "lib/debug/.build-id", build_id[1], build_id[2] + ".debug")
     check_stripped(objdump, file, debug)
-    check_switches(objdump, file, debug, SWITCHES + ["-mbranch-protection" if is_arm else "-fcf-protection"])
+    check_switches(objdump, file, debug, SWITCHES + ["-fstack-clash-protection", "-mbranch-protection" if is_arm else "-fcf-protection"])
 
 
 def check_pe(objdump, file):

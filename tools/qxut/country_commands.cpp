@@ -58,7 +58,7 @@ constexpr Property kProperties[] = {
 ordered_json ValuesByName(const std::string& country)
 {
     const WideText name(country);
-    ordered_json values;
+    ordered_json values = ordered_json::object();
     for (const Property& property : kProperties)
     {
         Variant value;

@@ -28,8 +28,8 @@ constexpr bool ReadsWholeBlocks = true;
 
 constexpr std::size_t BlockLength = 8;
 
-// The compiler's own vectors, which exist for every processor. A comparison sets all bits of each element that satisfies
-// it.
+// The compiler's own vectors, which exist for every processor. A comparison sets all bits of each element that
+// satisfies it.
 typedef std::uint16_t BlockUnits __attribute__((vector_size(16)));
 typedef std::int16_t BlockTruths __attribute__((vector_size(16)));
 

@@ -34,11 +34,11 @@ clsBlowfish::clsBlowfish(const char* key) : _p(kBlowfishInitialP), _s(kBlowfishI
 
 void clsBlowfish::CopyKey(const char* key)
 {
-    std::size_t length = strnlen(key, kEyLength);
+    std::size_t length = strnlen(key, kKeyLength);
     std::memcpy(_key.data(), key, length);
     // For an empty key, the byte before the first one counts as zero.
     unsigned previous = length == 0 ? 0 : static_cast<unsigned char>(_key[length - 1]);
-    for (; length < kEyLength; ++length)
+    for (; length < kKeyLength; ++length)
     {
         previous = previous * static_cast<unsigned>(length) * 97 % 255 + 1;
         _key[length] = static_cast<char>(previous);
@@ -49,7 +49,7 @@ void clsBlowfish::ExpandKey()
 {
     for (std::size_t word = 0; word < _p.size(); ++word)
         for (std::size_t i = 0; i < 4; ++i)
-            _p[word] ^= static_cast<std::uint32_t>(static_cast<unsigned char>(_key[(word * 4 + i) % kEyLength]))
+            _p[word] ^= static_cast<std::uint32_t>(static_cast<unsigned char>(_key[(word * 4 + i) % kKeyLength]))
                         << (24 - 8 * i);
 
     Block block{0, 0};

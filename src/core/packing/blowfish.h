@@ -38,9 +38,9 @@ private:
     Block Decipher(Block block) const;
     void Apply(Block (clsBlowfish::*cipher)(Block) const, unsigned char* at) const;
 
-    static constexpr std::size_t kEyLength = 72;
+    static constexpr std::size_t kKeyLength = 72;
 
-    std::array<char, kEyLength + 4> _key{};
+    std::array<char, kKeyLength + 4> _key{};
     std::array<std::uint32_t, 18> _p{};
     std::array<std::array<std::uint32_t, 256>, 4> _s{};
 };

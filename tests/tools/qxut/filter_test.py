@@ -92,7 +92,7 @@ class Filters(commands.CommandTest):
             self.assertEqual(self.qxut("unmask", masked).decode(), expected)
         for name in names:
             self.assertEqual(html.unescape(f"&{name}"), html.entities.html5[name])
-        numbers = "\n".join(f"&#{number};" for number in [*range(0x80, 0x3000), 0xFFFD, 0x10000, 0x10FFFF])
+        numbers = "\n".join(f"&#{number};" for number in [*range(0x80, 0x3000), 0xFFFD, 0x10000, 0x10FFFD])
         self.assertEqual(self.qxut("unmask", numbers).decode(), html.unescape(numbers))
 
     def test_paragraphs(self):
@@ -102,8 +102,8 @@ class Filters(commands.CommandTest):
         self.assertEqual(marked, b"[_[p]_]a[_[/p]_][_[p]_]b[_[/p]_]\n")
         self.assertEqual(self.qxut("html2text", marked, "--placeholders"), b"a\nb\n ")
         page = "<p>\u00e4&#x1f600;<script>x</script><li><a href=u>b</a>"
-        self.assertEqual(self.qxut("html2text", page).decode(), "\u00e4\U0001f600\n\n- b\n")
-        self.assertEqual(self.qxut("html2text", page, "--links").decode(), "\u00e4\U0001f600\n\n- b [u]\n")
+        self.assertEqual(self.qxut("html2text", page).decode(), "\u00e4\U0001f600\n- b\n")
+        self.assertEqual(self.qxut("html2text", page, "--links").decode(), "\u00e4\U0001f600\n- b [u]\n")
         self.assertEqual(self.qxut("html2text", ""), b"")
         self.assertIn(b"excludes", self.run_qxut("html2text", "--links", "--simple", code=2))
 
