@@ -42,6 +42,12 @@ typedef enum _GET_FILEEX_INFO_LEVELS
     GetFileExMaxInfoLevel
 } GET_FILEEX_INFO_LEVELS;
 
+typedef enum _FILE_INFO_BY_HANDLE_CLASS
+{
+    FileBasicInfo = 0,
+    FileDispositionInfo = 4
+} FILE_INFO_BY_HANDLE_CLASS;
+
 EXTERN_C_END
 
 #ifdef __cplusplus

@@ -46,6 +46,20 @@
 
 EXTERN_C_START
 
+typedef struct _FILE_BASIC_INFO
+{
+    LARGE_INTEGER CreationTime;
+    LARGE_INTEGER LastAccessTime;
+    LARGE_INTEGER LastWriteTime;
+    LARGE_INTEGER ChangeTime;
+    DWORD FileAttributes;
+} FILE_BASIC_INFO, *PFILE_BASIC_INFO;
+
+typedef struct _FILE_DISPOSITION_INFO
+{
+    BOOLEAN DeleteFile;
+} FILE_DISPOSITION_INFO, *PFILE_DISPOSITION_INFO;
+
 typedef struct tagACTCTXW
 {
     ULONG cbSize;

@@ -3,6 +3,8 @@
 
 #include <minwindef.h>
 
+typedef DWORD ACCESS_MASK;
+
 EXTERN_C_START
 
 // Access rights.

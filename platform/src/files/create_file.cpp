@@ -3,11 +3,14 @@
 #include "base/handle_table.h"
 #include "files/file_object.h"
 #include "files/metadata.h"
+#include "files/open_beneath.h"
 #include "files/path.h"
+#include "files/relative_open.h"
 #include "files/share_mode.h"
 #include "files/temp_folder.h"
 
 #include <cerrno>
+#include <optional>
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -17,13 +20,23 @@ using namespace qxplatform;
 namespace
 {
 
+// Where the file is: at a path, or under a name in a folder that is open, where no link is followed.
+struct Place
+{
+    std::string path;
+    Ref<FileObject> folder;
+
+    int Folder() const { return folder ? folder->descriptor() : AT_FDCWD; }
+};
+
 // The arguments of CreateFileW.
 struct Request
 {
     DWORD access = 0; // specific rights
     DWORD share = 0;
     DWORD disposition = 0;
-    DWORD flags = 0; // including attributes
+    DWORD flags = 0;            // including attributes
+    std::optional<mode_t> mode; // of a new file
 
     bool Has(DWORD flag) const { return (flags & flag) != 0; }
     bool Writes() const { return (access & (FILE_WRITE_DATA | FILE_APPEND_DATA)) != 0; }
@@ -32,6 +45,8 @@ struct Request
     {
         return (access & ~(FILE_READ_ATTRIBUTES | SYNCHRONIZE | READ_CONTROL)) == 0 && !Truncates();
     }
+    // Opens the entry itself, even if it is a link.
+    bool OpensLink() const { return Has(FILE_FLAG_OPEN_REPARSE_POINT); }
     bool MayCreate() const { return disposition != OPEN_EXISTING; }
     bool Truncates() const { return disposition == CREATE_ALWAYS; }
     bool IsOnlyAppending() const { return (access & (FILE_WRITE_DATA | FILE_APPEND_DATA)) == FILE_APPEND_DATA; }
@@ -66,51 +81,74 @@ bool RaiseDescriptorLimit()
     return setrlimit(RLIMIT_NOFILE, &limit) == 0;
 }
 
-int OpenDescriptor(const std::string& path, int flags)
+mode_t ModeOf(const Place& place, const Request& request)
 {
-    const mode_t mode = flags & O_CREAT ? ModeOfNew(path, 0666) : 0;
+    constexpr mode_t kUsual = 0666;
+    return request.mode ? *request.mode : place.folder ? kUsual : ModeOfNew(place.path, kUsual);
+}
+
+int OpenDescriptor(const Place& place, const Request& request, int flags)
+{
+    const mode_t mode = flags & O_CREAT ? ModeOf(place, request) : 0;
+    // Without O_NONBLOCK the open of a pipe without a partner would block; to files it makes no difference.
+    flags |= O_CLOEXEC | O_NOCTTY | O_NONBLOCK | (request.OpensLink() ? O_NOFOLLOW : 0);
     int descriptor;
     do
-        // Without O_NONBLOCK, opening a pipe without a partner would block. Files aren't affected.
-        descriptor = open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode);
+        descriptor = place.folder ? OpenBeneath(place.Folder(), place.path, flags, mode)
+                                  : open(place.path.c_str(), flags, mode);
     while (descriptor < 0 && (errno == EINTR || (errno == EMFILE && RaiseDescriptorLimit())));
     return descriptor;
 }
 
+// Returns true for an entry that is not opened but only named, to be looked at or deleted.
+bool IsLinkOrPipe(const Place& place, const Request& request)
+{
+    struct stat info
+    {
+    };
+    return !request.Reads() && !request.Writes() &&
+           fstatat(place.Folder(), place.path.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 && !S_ISREG(info.st_mode);
+}
+
 // Opens the file with the required access, and with read access if possible, because shared locks need it.
-Opened OpenFor(const std::string& path, const Request& request, int creationFlags)
+Opened OpenFor(const Place& place, const Request& request, int creationFlags)
 {
     Opened opened;
     const bool needsWriting = request.Writes() || request.Truncates();
-    if (request.IsOnlyLooking() && creationFlags == 0)
+    if (creationFlags == 0 && (request.IsOnlyLooking() || (request.OpensLink() && IsLinkOrPipe(place, request))))
     {
-        opened.descriptor = Descriptor(open(path.c_str(), O_PATH | O_CLOEXEC));
+        const int flags = O_PATH | O_CLOEXEC | (request.OpensLink() ? O_NOFOLLOW : 0);
+        opened.descriptor = Descriptor(place.folder ? OpenBeneath(place.Folder(), place.path, flags, 0)
+                                                    : open(place.path.c_str(), flags));
         return opened;
     }
     const int flags = creationFlags | (request.Has(FILE_FLAG_WRITE_THROUGH) ? O_DSYNC : 0) |
                       (request.IsOnlyAppending() ? O_APPEND : 0);
     opened.canRead = true;
     opened.canWrite = needsWriting;
-    opened.descriptor = Descriptor(OpenDescriptor(path, flags | (needsWriting ? O_RDWR : O_RDONLY)));
+    opened.descriptor = Descriptor(OpenDescriptor(place, request, flags | (needsWriting ? O_RDWR : O_RDONLY)));
     if (!opened.descriptor && errno == EACCES && needsWriting && !request.Reads())
     {
         opened.canRead = false;
-        opened.descriptor = Descriptor(OpenDescriptor(path, flags | O_WRONLY));
+        opened.descriptor = Descriptor(OpenDescriptor(place, request, flags | O_WRONLY));
     }
+    // To delete a file, the rights on its folder suffice.
+    if (!opened.descriptor && errno == EACCES && place.folder && !needsWriting && !request.Reads())
+        opened.descriptor = Descriptor(OpenBeneath(place.Folder(), place.path, O_PATH, 0));
     return opened;
 }
 
 // Opens or creates the file according to the disposition. On failure the descriptor is empty and errno is set.
-Opened OpenOrCreate(const std::string& path, const Request& request)
+Opened OpenOrCreate(const Place& place, const Request& request)
 {
     Opened opened;
     if (request.disposition != CREATE_NEW)
     {
-        opened = OpenFor(path, request, 0);
+        opened = OpenFor(place, request, 0);
         if (opened.descriptor || errno != ENOENT || !request.MayCreate())
             return opened;
     }
-    opened = OpenFor(path, request, O_CREAT | O_EXCL);
+    opened = OpenFor(place, request, O_CREAT | O_EXCL);
     opened.isNew = true;
     if (opened.descriptor || errno != EEXIST || request.disposition == CREATE_NEW)
         return opened;
@@ -118,8 +156,8 @@ Opened OpenOrCreate(const std::string& path, const Request& request)
     struct stat info
     {
     };
-    if (lstat(path.c_str(), &info) == 0 && S_ISLNK(info.st_mode))
-        opened = OpenFor(path, request, O_CREAT);
+    if (!request.OpensLink() && lstat(place.path.c_str(), &info) == 0 && S_ISLNK(info.st_mode))
+        opened = OpenFor(place, request, O_CREAT);
     else
         errno = EAGAIN;
     opened.isNew = true;
@@ -135,7 +173,7 @@ DWORD CheckAttributes(const Opened& opened, const Request& request, const struct
         return ERROR_SUCCESS;
     // Even the administrator must clear the attribute first.
     const bool changes = request.Writes() || request.Truncates() || request.Has(FILE_FLAG_DELETE_ON_CLOSE);
-    if (changes && IsReadOnly(info.st_mode))
+    if (changes && !S_ISLNK(info.st_mode) && IsReadOnly(info.st_mode))
         return ERROR_ACCESS_DENIED;
     if (request.disposition != CREATE_ALWAYS)
         return ERROR_SUCCESS;
@@ -200,23 +238,21 @@ bool IsFolder(const std::string& path)
     return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
-DWORD Open(const NativePath& path, const Request& request, Opened& opened, struct stat& info)
+DWORD Open(const Place& place, const Request& request, Opened& opened, struct stat& info)
 {
-    if (path.endsInSeparator && request.MayCreate() && !IsFolder(path.text))
-        return ERROR_INVALID_NAME;
     for (int round = 0; round < kMaximumRounds; ++round)
     {
-        opened = OpenOrCreate(path.text, request);
+        opened = OpenOrCreate(place, request);
         if (!opened.descriptor)
         {
             if (errno == EAGAIN)
                 continue;
-            return errno == EEXIST ? DWORD{ERROR_FILE_EXISTS} : PathError(errno, path.text);
+            return errno == EEXIST ? DWORD{ERROR_FILE_EXISTS}
+                   : place.folder  ? ErrorFromErrno(errno)
+                                   : PathError(errno, place.path);
         }
         if (fstat(opened.descriptor.Get(), &info) != 0)
             return ErrorFromErrno(errno);
-        if (path.endsInSeparator && !S_ISDIR(info.st_mode))
-            return ERROR_INVALID_NAME;
         DWORD error = CheckAttributes(opened, request, info);
         if (error != ERROR_SUCCESS)
             return error;
@@ -228,6 +264,29 @@ DWORD Open(const NativePath& path, const Request& request, Opened& opened, struc
             return Finish(opened, request, info);
     }
     return ERROR_SHARING_VIOLATION;
+}
+
+// Opens the file and makes a handle for it. `isNew` becomes true if the file was created. Returns the error.
+DWORD OpenHandle(const Place& place, Request& request, HANDLE& handle, bool& isNew)
+{
+    if (request.Has(FILE_FLAG_DELETE_ON_CLOSE))
+        request.access |= DELETE;
+    if (const DWORD error = CheckRequest(request); error != ERROR_SUCCESS)
+        return error;
+    Opened opened;
+    struct stat info
+    {
+    };
+    if (const DWORD error = Open(place, request, opened, info); error != ERROR_SUCCESS)
+        return error;
+    const bool canSeek = S_ISREG(info.st_mode) || S_ISBLK(info.st_mode);
+    const auto file = MakeObject<FileObject>(std::move(opened.descriptor),
+        FileObject::Options{canSeek, opened.canWrite, request.IsOnlyAppending(), place.folder,
+            place.folder ? place.path : std::string()});
+    file->SetDeletedOnClose(request.Has(FILE_FLAG_DELETE_ON_CLOSE));
+    isNew = opened.isNew;
+    handle = AddHandle(file, request.access);
+    return handle == nullptr ? GetLastError() : DWORD{ERROR_SUCCESS};
 }
 
 HANDLE FailOpen(DWORD error)
@@ -246,26 +305,28 @@ HANDLE WINAPI CreateFileW(LPCWSTR lpFileName, DWORD dwDesiredAccess, DWORD dwSha
         return INVALID_HANDLE_VALUE;
     Request request{FileObject::MapFileAccess(dwDesiredAccess) | FILE_READ_ATTRIBUTES | SYNCHRONIZE, dwShareMode,
         dwCreationDisposition, dwFlagsAndAttributes};
-    if (request.Has(FILE_FLAG_DELETE_ON_CLOSE))
-        request.access |= DELETE;
-    if (const DWORD error = CheckRequest(request); error != ERROR_SUCCESS)
-        return FailOpen(error);
-
-    Opened opened;
-    struct stat info
+    if (path.endsInSeparator && !IsFolder(path.text))
     {
-    };
-    if (const DWORD error = Open(path, request, opened, info); error != ERROR_SUCCESS)
+        struct stat info
+        {
+        };
+        const bool exists = request.MayCreate() || stat(path.text.c_str(), &info) == 0;
+        return FailOpen(exists ? DWORD{ERROR_INVALID_NAME} : PathError(errno, path.text));
+    }
+
+    HANDLE handle = nullptr;
+    bool isNew = false;
+    if (const DWORD error = OpenHandle({path.text, {}}, request, handle, isNew); error != ERROR_SUCCESS)
         return FailOpen(error);
-    const bool canSeek = S_ISREG(info.st_mode) || S_ISBLK(info.st_mode);
-    const auto file = MakeObject<FileObject>(
-        std::move(opened.descriptor), FileObject::Options{canSeek, opened.canWrite, request.IsOnlyAppending(),
-                                          request.Has(FILE_FLAG_DELETE_ON_CLOSE)});
-    const HANDLE handle = AddHandle(file, request.access);
-    if (handle == nullptr)
-        return INVALID_HANDLE_VALUE;
-    const bool wasThere =
-        !opened.isNew && (dwCreationDisposition == CREATE_ALWAYS || dwCreationDisposition == OPEN_ALWAYS);
-    SetLastError(wasThere ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
+    const bool existed = !isNew && (dwCreationDisposition == CREATE_ALWAYS || dwCreationDisposition == OPEN_ALWAYS);
+    SetLastError(existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
     return handle;
+}
+
+DWORD qxplatform::OpenRelative(
+    const Ref<FileObject>& folder, const std::string& name, const RelativeOpen& arguments, HANDLE& handle, bool& isNew)
+{
+    Request request{arguments.access, arguments.share, arguments.disposition,
+        arguments.flags | FILE_FLAG_OPEN_REPARSE_POINT, arguments.mode};
+    return OpenHandle({name, folder}, request, handle, isNew);
 }

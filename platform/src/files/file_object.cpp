@@ -7,6 +7,8 @@
 
 #include <climits>
 
+#include <fcntl.h>
+
 namespace qxplatform
 {
 namespace
@@ -26,7 +28,7 @@ struct AtExit
     }
 } atExit;
 
-bool IsSameFile(int descriptor, const char* path)
+bool IsSameFile(int descriptor, int folder, const char* path)
 {
     struct stat opened
     {
@@ -34,7 +36,7 @@ bool IsSameFile(int descriptor, const char* path)
     struct stat named
     {
     };
-    return fstat(descriptor, &opened) == 0 && lstat(path, &named) == 0 && opened.st_dev == named.st_dev &&
+    return fstat(descriptor, &opened) == 0 && fstatat(folder, path, &named, AT_SYMLINK_NOFOLLOW) == 0 && opened.st_dev == named.st_dev &&
            opened.st_ino == named.st_ino;
 }
 
@@ -66,18 +68,25 @@ DWORD FileObject::MapFileAccess(DWORD access)
 void FileObject::DeleteIfAsked()
 {
     // A forked child has copies of the objects, but the file belongs to the parent.
-    if (!_options.isDeletedOnClose || _creator != getpid())
+    if (!_isDeletedOnClose || _creator != getpid())
         return;
     const std::lock_guard guard(_deleteLock);
     if (std::exchange(_isDeleted, true))
         return;
+    if (_options.folder)
+    {
+        const int folder = _options.folder->descriptor();
+        if (IsSameFile(descriptor(), folder, _options.name.c_str()))
+            unlinkat(folder, _options.name.c_str(), 0);
+        return;
+    }
     // The kernel provides the current name of the file.
     char path[PATH_MAX];
     const ssize_t length = readlink(PathOfDescriptor(descriptor()).c_str(), path, sizeof path - 1);
     if (length <= 0)
         return;
     path[length] = 0;
-    if (IsSameFile(descriptor(), path))
+    if (IsSameFile(descriptor(), AT_FDCWD, path))
         unlink(path);
 }
 

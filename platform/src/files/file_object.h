@@ -5,6 +5,7 @@
 #include "base/object.h"
 #include "files/byte_locks.h"
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -22,7 +23,9 @@ public:
         bool canSeek = false;
         bool canWrite = false; // access of the descriptor, whatever the rights of the handle
         bool appends = false;
-        bool isDeletedOnClose = false;
+        // Set for a file that was opened relative to a folder: where its name is removed.
+        Ref<FileObject> folder{};
+        std::string name{};
     };
 
     FileObject(Descriptor descriptor, const Options& options);
@@ -34,7 +37,9 @@ public:
     int descriptor() const { return _descriptor.Get(); }
     const Options& options() const { return _options; }
 
-    // Deletes the file under its current name if this process opened it with delete-on-close.
+    // Lets the last close delete the file, or not. The file is deleted only by the process that opened it.
+    void SetDeletedOnClose(bool isDeleted) { _isDeletedOnClose = isDeleted; }
+    // Removes the file's current name if the last close is to delete it.
     void DeleteIfAsked();
 
     ByteLocks byteLocks;
@@ -50,6 +55,7 @@ private:
     Descriptor _descriptor;
     const Options _options;
     const pid_t _creator;
+    std::atomic<bool> _isDeletedOnClose = false;
     std::mutex _deleteLock;
     bool _isDeleted = false;
 };

@@ -97,13 +97,6 @@ Root TakeRoot(std::u16string_view& path)
     return {DeviceFolder({static_cast<char>(letter), ':'}), true};
 }
 
-std::string NativeComponent(std::u16string_view component)
-{
-    std::u16string name(component);
-    std::replace(name.begin(), name.end(), kBackslashInName, u'\\');
-    return ToBytes(name);
-}
-
 // Returns the components with "." and ".." resolved. The root has no parent; a relative path may begin with "..".
 std::vector<std::string> Components(std::u16string_view path, bool isAbsolute)
 {
@@ -114,7 +107,7 @@ std::vector<std::string> Components(std::u16string_view path, bool isAbsolute)
         if (component.empty() || component == u".")
             continue;
         if (component != u"..")
-            components.push_back(NativeComponent(component));
+            components.push_back(NativeName(component));
         else if (!components.empty() && components.back() != "..")
             components.pop_back();
         else if (!isAbsolute)
@@ -177,6 +170,13 @@ NativePath ToFullNative(LPCWSTR path)
     native = Convert(full);
     native.endsInSeparator = endsInSeparator;
     return native;
+}
+
+std::string NativeName(std::u16string_view component)
+{
+    std::u16string name(component);
+    std::replace(name.begin(), name.end(), kBackslashInName, u'\\');
+    return ToBytes(name);
 }
 
 std::u16string FromNative(std::string_view path)

@@ -36,6 +36,9 @@ NativePath ToFullNative(LPCWSTR path);
 // in names and callers can't use there: it is represented by U+F05C, in both directions.
 std::u16string FromNative(std::string_view path);
 
+// The same in the other direction, for a single name.
+std::string NativeName(std::u16string_view component);
+
 // Returns the folder part of a path, or "." for a name without one.
 std::string FolderOf(const std::string& path);
 std::string_view NameOf(std::string_view path);

@@ -11,16 +11,21 @@ namespace qxplatform
 namespace
 {
 
+bool IsSharedTempFolder(const struct stat& folder)
+{
+    struct stat temp
+    {
+    };
+    return (folder.st_mode & S_IWOTH) != 0 && stat(TempFolder().c_str(), &temp) == 0 &&
+           folder.st_dev == temp.st_dev && folder.st_ino == temp.st_ino;
+}
+
 bool IsInSharedTempFolder(const std::string& path)
 {
     struct stat folder
     {
     };
-    struct stat temp
-    {
-    };
-    return stat(FolderOf(path).c_str(), &folder) == 0 && (folder.st_mode & S_IWOTH) != 0 &&
-           stat(TempFolder().c_str(), &temp) == 0 && folder.st_dev == temp.st_dev && folder.st_ino == temp.st_ino;
+    return stat(FolderOf(path).c_str(), &folder) == 0 && IsSharedTempFolder(folder);
 }
 
 } // namespace
@@ -36,6 +41,14 @@ std::string TempFolder()
 mode_t ModeOfNew(const std::string& path, mode_t usual)
 {
     return IsInSharedTempFolder(path) ? usual & S_IRWXU : usual;
+}
+
+bool IsSharedTempFolder(int folder)
+{
+    struct stat info
+    {
+    };
+    return fstat(folder, &info) == 0 && IsSharedTempFolder(info);
 }
 
 bool IsTakenByAnother(const std::string& path)
