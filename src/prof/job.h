@@ -167,6 +167,7 @@ private:
     bool WantsPacked(unsigned flags) const;
     bool WriteImage(clsProfOutput& image, unsigned flags) const;
     bool WriteForm(clsProfOutput& output, ProfForm form) const;
+    ProfError SaveToHeldFile(const clsProfOutput& image);
     bool IsHeldTarget(const wchar_t* name) const;
 
     clsProfArena _arena; // declared before the members that allocate from it
@@ -182,6 +183,8 @@ private:
     std::uint64_t _unpackLimit = 0; // 0: in proportion to the source
     std::atomic<std::int32_t> _references = 1;
     bool _isPacked = false;
+    bool _expectsName = false; // the file being loaded must still have its name
+    bool _isReplaced = false;  // it doesn't
     bool _isCacheEnabled;
 };
 

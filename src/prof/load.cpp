@@ -4,6 +4,7 @@
 #include "files/name_check.h"
 #include "files/temp_files.h"
 #include "prof/file_guard.h"
+#include "prof/file_replacement.h"
 #include "prof/job.h"
 #include "prof/load_exception.h"
 #include "prof/packed_form.h"
@@ -18,6 +19,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace qx
 {
@@ -67,10 +69,21 @@ void clsProfJob::Open(const wchar_t* name)
     }
 
     const clsAutoRelease<clsFile*> file(new clsFileRW);
-    _error = OpenFile(*file);
-    if (_error != kProfOk)
-        return;
-    if (file->GetSize() != 0 && !Load(*file))
+    bool isLoaded = false;
+    // While the job waits for the file, a save may put another one in its place. In the end, the old one is read.
+    constexpr int kMostRounds = 100;
+    int rounds = 0;
+    do
+    {
+        _error = OpenFile(*file);
+        if (_error != kProfOk)
+            return;
+        _isReplaced = false;
+        _expectsName = ++rounds < kMostRounds;
+        isLoaded = file->GetSize() == 0 || Load(*file);
+    } while (_isReplaced);
+    _expectsName = false;
+    if (!isLoaded)
     {
         if (_error != kProfMalformed)
             _error = kProfLocked;
@@ -128,6 +141,11 @@ bool clsProfJob::LoadLayer(clsFile& file, unsigned layer)
     if (!guard.IsLocked())
     {
         _error = kProfLocked;
+        return false;
+    }
+    if (std::exchange(_expectsName, false) && !IsFileOfName(file, file.GetName()))
+    {
+        _isReplaced = true;
         return false;
     }
 
