@@ -58,10 +58,10 @@ void Embed(const ConvertOptions& options)
 {
     const auto embed = [&](const ProfileFile& profile)
     {
-        if (!options.force)
-            profile.ExpectNoLoss("change it with --force");
         if (profile.Form() == PROF_FORM_XFDF)
             throw Failure(kWrongUsage, options.file + ": XFDF cannot contain files; convert it to another form first");
+        if (!options.force)
+            profile.ExpectNoLoss("change it with --force");
         std::size_t count = 0;
         for (const std::string& pattern : options.patterns)
         {
