@@ -127,7 +127,7 @@ private:
 
     bool ParseItem(scXmlText text)
     {
-        NoteTag(text);
+        const bool beginsWithName = BeginsWithName(text);
         std::wstring_view name;
         switch (TakeName(text, name))
         {
@@ -138,6 +138,7 @@ private:
         case XmlNameFault::Unfinished:
             Fail(L"prof::xml::item no end tag");
         }
+        NoteTag(beginsWithName, text);
         wchar_t* const tagEnd = text.Find(L">");
         if (tagEnd == nullptr)
             Fail(L"prof::xml::item no end tag (2)");
@@ -148,7 +149,8 @@ private:
 
         NoteIgnored(_state, {valueEnd + 7, static_cast<std::size_t>(text.end - valueEnd) - 7});
         const std::wstring_view value = Unmasked(text.begin, valueEnd);
-        if (HasSingleBreak(value))
+        const bool wasMasked = text.begin + value.size() != valueEnd;
+        if (wasMasked && HasSingleBreak(value))
             _state.source |= kSourceIgnored;
         text.begin[value.size()] = 0;
         clsItemList& list = _open.Current();
@@ -160,7 +162,7 @@ private:
 
     bool BeginList(scXmlText text)
     {
-        NoteTag(text);
+        const bool beginsWithName = BeginsWithName(text);
         std::wstring_view name;
         switch (TakeName(text, name))
         {
@@ -171,8 +173,9 @@ private:
         case XmlNameFault::Unfinished:
             Fail(L"prof::xml::list: name is unfinished");
         }
-        if (text.Find(L">") != nullptr)
-            NoteIgnored(_state, {text.begin + 1, static_cast<std::size_t>(text.end - text.begin) - 1});
+        NoteTag(beginsWithName, text);
+        if (!text.IsEmpty())
+            NoteIgnored(_state, text.View().substr(1));
         _open.Open(name);
         return true;
     }
@@ -206,13 +209,10 @@ private:
         return false;
     }
 
-    // Notes attributes other than the name.
-    void NoteTag(const scXmlText& text)
+    // Notes attributes other than the name, which has been taken.
+    void NoteTag(bool beginsWithName, const scXmlText& rest)
     {
-        constexpr std::wstring_view kAttribute = L"name=\"";
-        const std::size_t end = text.View().find(L'"', kAttribute.size());
-        if (!text.View().starts_with(kAttribute) || end == std::wstring_view::npos ||
-            !text.View().substr(end + 1).starts_with(L'>'))
+        if (!beginsWithName || *rest.begin != L'>')
             _state.source |= kSourceIgnored;
     }
 
