@@ -18,6 +18,7 @@
 #include <qxut23/page_text.h>
 #include <qxut23/paths.h>
 #include <qxut23/profile.h>
+#include <qxut23/profile_source.h>
 #include <qxut23/profile_values.h>
 #include <qxut23/strings.h>
 #include <qxut23/tempfiles.h>

@@ -105,6 +105,10 @@ DWORD WINAPI GetLongPathNameW(LPCWSTR lpszShortPath, LPWSTR lpszLongPath, DWORD 
 BOOL WINAPI GetVolumeInformationW(LPCWSTR lpRootPathName, LPWSTR lpVolumeNameBuffer, DWORD nVolumeNameSize,
     LPDWORD lpVolumeSerialNumber, LPDWORD lpMaximumComponentLength, LPDWORD lpFileSystemFlags,
     LPWSTR lpFileSystemNameBuffer, DWORD nFileSystemNameSize) QXP(GetVolumeInformationW);
+// Returns a path of the form /a/b. Fails with ERROR_FILE_NOT_FOUND for a file that has no name any more, and with
+// ERROR_NOT_SUPPORTED for any flags.
+DWORD WINAPI GetFinalPathNameByHandleW(HANDLE hFile, LPWSTR lpszFilePath, DWORD cchFilePath, DWORD dwFlags)
+    QXP(GetFinalPathNameByHandleW);
 DWORD WINAPI GetTempPathW(DWORD nBufferLength, LPWSTR lpBuffer) QXP(GetTempPathW);
 
 EXTERN_C_END

@@ -11,7 +11,6 @@
 
 #include <cstdint>
 #include <cwchar>
-#include <memory>
 #include <string_view>
 
 using namespace qx;
@@ -21,29 +20,6 @@ static_assert(PROF_ERR_CANNOT_READ == int{kProfCannotRead} && PROF_ERR_CANNOT_WR
               PROF_ERR_NO_LEAF == int{kProfNoLeaf} && PROF_ERR_MALFORMED == int{kProfMalformed} &&
               PROF_ERR_STOPPED == int{kProfStopped} && PROF_ERR_NOT_THAT_TYPE == int{kProfNotOfThisType} &&
               PROF_ERR_LOCKED == int{kProfLocked});
-
-namespace
-{
-
-struct ReleaseJob
-{
-    void operator()(clsProfJob* job) const { job->Release(); }
-};
-
-// Creates a job with the given constructor arguments and calls `open` on it.
-template <class Open, class... Arguments>
-HPROFJOB OpenJob(Open open, Arguments... arguments)
-{
-    return Guarded(HPROFJOB{},
-        [&]
-        {
-            std::unique_ptr<clsProfJob, ReleaseJob> job(new clsProfJob(arguments...));
-            open(*job);
-            return HandleOf(job.release());
-        });
-}
-
-} // namespace
 
 // ---- Jobs
 

@@ -3,7 +3,10 @@
 
 #include <qxut23/profile.h>
 
+#include "exports/guard.h"
 #include "prof/job.h"
+
+#include <memory>
 
 namespace qx
 {
@@ -34,6 +37,24 @@ inline clsItemList& ListOf(HPROFJOB job, HPROFLIST list)
 inline HPROFLIST HandleOf(clsItemList* list)
 {
     return reinterpret_cast<HPROFLIST>(list);
+}
+
+struct ReleaseJob
+{
+    void operator()(clsProfJob* job) const { job->Release(); }
+};
+
+// Creates a job with the given constructor arguments and calls `open` on it.
+template <class Open, class... Arguments>
+HPROFJOB OpenJob(Open open, Arguments... arguments)
+{
+    return Guarded(HPROFJOB{},
+        [&]
+        {
+            std::unique_ptr<clsProfJob, ReleaseJob> job(new clsProfJob(arguments...));
+            open(*job);
+            return HandleOf(job.release());
+        });
 }
 
 } // namespace qx

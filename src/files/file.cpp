@@ -31,7 +31,7 @@ clsFile::clsFile(IStream* stream)
     AttachStream(stream);
 }
 
-clsFile::clsFile(HANDLE handle) : _handle(handle, true), _ownsHandle(true) {}
+clsFile::clsFile(HANDLE handle, const String& name) : _name(name), _handle(handle, true), _ownsHandle(true) {}
 
 clsFile::~clsFile()
 {

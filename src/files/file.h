@@ -95,7 +95,7 @@ public:
     clsFile(const String& name, FileAccess access, FileDisposition disposition, FileShare share, std::uint32_t flags);
     explicit clsFile(IStream* stream);
     // Takes ownership of the handle.
-    explicit clsFile(HANDLE handle);
+    explicit clsFile(HANDLE handle, const String& name = String());
 
     HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** object) override;
     ULONG STDMETHODCALLTYPE NonDelegatingRelease() override;

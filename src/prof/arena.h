@@ -1,4 +1,4 @@
-// The memory allocator of a job's tree.
+// The memory of one job's tree.
 #pragma once
 
 #include <cstddef>
@@ -9,10 +9,11 @@
 namespace qx
 {
 
-// An arena for the many small records of a tree (items, lists, texts), most of which live as long as their job. Records
-// are cut from chunks in allocation order. When the job is destroyed, the chunks are freed without visiting the
-// records. Records released earlier go to a free list for their size and are reused, so a job whose values keep
-// changing doesn't grow.
+// A tree consists of very many small records (items, lists, texts), most of which live as long as their job. They are
+// cut from chunks one after another, in loading order, and are freed with the chunks when the job ends, without visiting
+// each of them. Records released before that are kept in a list for their size and reused for the same size. Once these
+// lists have grown by half of what the tree uses, neighbours are merged, so that a job whose values change their sizes
+// forever doesn't grow.
 class clsProfArena
 {
 public:
@@ -21,23 +22,40 @@ public:
     clsProfArena& operator=(const clsProfArena&) = delete;
     ~clsProfArena();
 
-    // Returns memory aligned to 8 bytes. Throws std::bad_alloc.
+    // Returns a block aligned to 8 bytes. Throws std::bad_alloc.
     void* Allocate(std::size_t bytes);
-    // `bytes` must be the size passed to Allocate.
+    // `bytes` is the size that was passed to Allocate.
     void Release(void* block, std::size_t bytes) noexcept;
 
-    // Takes ownership of a source image until the arena is destroyed, because texts of the tree point into it.
+    // Keeps a source image, whose lines are now texts of the tree, until the arena is destroyed.
     void Adopt(std::unique_ptr<wchar_t[]> image) { _images.push_back(std::move(image)); }
+
+    // Returns the memory taken from the heap, without images.
+    std::size_t Bytes() const { return _chunkBytes + _largeBytes; }
 
 private:
     static constexpr std::size_t kUnit = 8;
-    static constexpr std::size_t kSmallUnits = 128; // larger blocks, above 1 KB, are allocated one by one
+    static constexpr std::size_t kSmallUnits = 128; // up to 1 KB is cut from chunks; larger blocks are allocated singly
     static constexpr std::size_t kFirstChunk = 4096;
-    static constexpr std::size_t kLargestChunk = std::size_t{1} << 20;
+    static constexpr std::size_t kLargestChunk = std::size_t{1} << 15;
+    static constexpr std::size_t kLeastMerge = std::size_t{1} << 16; // free bytes
+
+    struct Chunk
+    {
+        std::unique_ptr<std::byte[]> bytes;
+        std::size_t size;
+    };
 
     struct FreeBlock
     {
         FreeBlock* next;
+    };
+
+    // Merged free memory that is larger than any small block. Blocks are cut from it as from a chunk.
+    struct FreeRun
+    {
+        FreeRun* next;
+        std::size_t bytes;
     };
 
     struct LargeBlock
@@ -46,16 +64,26 @@ private:
         LargeBlock* next;
     };
 
-    void StartChunk();
+    void KeepFree(std::byte* begin, std::size_t bytes) noexcept;
+    void StartArea();
+    void MergeFree() noexcept;
+    void SetMergeAt();
     void* AllocateLarge(std::size_t bytes);
     void ReleaseLarge(void* block) noexcept;
 
+    // The area that blocks are cut from: the rest of a chunk or of a run.
     std::byte* _next = nullptr;
     std::byte* _end = nullptr;
     std::size_t _chunkSize = kFirstChunk;
-    FreeBlock* _free[kSmallUnits + 1] = {};
+    FreeBlock* _free[kSmallUnits + 1] = {}; // by size in units
+    FreeRun* _runs = nullptr;
+    std::size_t _freeBytes = 0; // in both
+    std::size_t _freeAfterMerge = 0; // what couldn't be merged to whole chunks
+    std::size_t _mergeAt = kLeastMerge;
+    std::size_t _chunkBytes = 0;
+    std::size_t _largeBytes = 0;
     LargeBlock _large = {&_large, &_large};
-    std::vector<std::unique_ptr<std::byte[]>> _chunks;
+    std::vector<Chunk> _chunks;
     std::vector<std::unique_ptr<wchar_t[]>> _images;
 };
 
@@ -69,11 +97,12 @@ inline void* clsProfArena::Allocate(std::size_t bytes)
     if (FreeBlock* block = _free[units])
     {
         _free[units] = block->next;
+        _freeBytes -= units * kUnit;
         return block;
     }
     if (static_cast<std::size_t>(_end - _next) < units * kUnit)
     {
-        StartChunk();
+        StartArea();
     }
     void* block = _next;
     _next += units * kUnit;
@@ -85,11 +114,17 @@ inline void clsProfArena::Release(void* block, std::size_t bytes) noexcept
     const std::size_t units = (bytes + kUnit - 1) / kUnit;
     if (units > kSmallUnits)
     {
+        _largeBytes -= bytes;
         ReleaseLarge(block);
     }
     else if (units > 0)
     {
         _free[units] = ::new (block) FreeBlock{_free[units]};
+        _freeBytes += units * kUnit;
+        if (_freeBytes >= _mergeAt)
+        {
+            MergeFree();
+        }
     }
 }
 

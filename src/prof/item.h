@@ -38,8 +38,12 @@ private:
     friend class clsProfJob;
 
     static constexpr std::uint32_t kListEntry = UINT32_MAX;
+    static constexpr std::uint32_t kSharedValue = UINT32_MAX - 1;
 
     bool IsLeaf() const { return _valueRoom != kListEntry; }
+    bool HasSharedValue() const { return _valueRoom == kSharedValue; }
+    // Returns the size of the item's own block in characters, including the terminator, or 0 if it has none.
+    std::uint32_t OwnRoom() const { return HasSharedValue() ? 0 : _valueRoom; }
     void BecomeEntryOf(clsItemList& list)
     {
         _list = &list;
@@ -50,9 +54,9 @@ private:
     WCSListNode<clsItem*> _node{nullptr, this}; // links the item into its list
     const scProfText* _name;
     // The value of a leaf is zero-terminated and is stored in one of three places. If `_valueRoom` is 0, it is in the
-    // job's value table or in the source image, both of which live as long as the job. Otherwise it is in a block owned
-    // by the item; `_valueRoom` is the block's size in characters, including the terminator. A list entry stores its
-    // list here instead.
+    // source image, which lives as long as the job. If it is kSharedValue, it is in the job's value table, and the item
+    // has a reference to it. Otherwise it is in a block owned by the item; `_valueRoom` is the block's size in
+    // characters, including the terminator. A list entry stores its list here instead.
     union
     {
         const wchar_t* _value = L"";

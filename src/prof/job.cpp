@@ -140,7 +140,9 @@ void clsProfJob::ReleaseItem(clsItem& first) noexcept
 
 void clsProfJob::ReleaseValue(clsItem& item) noexcept
 {
-    if (item._valueRoom != 0)
+    if (item.HasSharedValue())
+        _values.Release(scProfText::Of(item._value));
+    else if (item._valueRoom != 0)
         _arena.Release(const_cast<wchar_t*>(item._value), item._valueRoom * sizeof(wchar_t));
     item._value = L"";
     item._valueLength = 0;
@@ -156,13 +158,14 @@ void clsProfJob::SetValue(clsItem& leaf, std::wstring_view value)
         ReleaseValue(leaf);
         leaf._value = shared->Text();
         leaf._valueLength = shared->length;
+        leaf._valueRoom = clsItem::kSharedValue;
         return;
     }
 
     const auto length = static_cast<std::uint32_t>(value.size());
-    if (leaf._valueRoom <= length)
+    const std::uint32_t room = (length + 4) & ~3u;
+    if (leaf.OwnRoom() <= length || leaf.OwnRoom() / 4 > room)
     {
-        const std::uint32_t room = (length + 4) & ~3u;
         auto* block = static_cast<wchar_t*>(_arena.Allocate(room * sizeof(wchar_t)));
         CopyCharacters(block, value);
         ReleaseValue(leaf);

@@ -58,6 +58,19 @@ constexpr ProfForm FormOf(unsigned flags)
     }
 }
 
+// What a load found, in bits above the form. A save of the job would lose what these describe.
+enum ProfSource : std::uint32_t
+{
+    kSourcePacked = 0x40,
+    kSourceForeign = 0x100,
+    kSourceIni = 0x200,
+    kSourceTruncated = 0x400,
+    kSourceComments = 0x800,
+    kSourceIgnored = 0x1000,
+    kSourceFlattened = 0x2000,
+    kSourceTooLarge = 0x4000
+};
+
 enum class ProfMode
 {
     Read = 0, // the source is closed after loading
@@ -83,6 +96,8 @@ public:
 
     // Opens and loads the named file. A failure is reported by Error().
     void Open(const wchar_t* name);
+    // Sets the largest size to which a packed source may unpack, instead of one in proportion to the source.
+    void SetUnpackLimit(std::uint64_t bytes) { _unpackLimit = bytes; }
     // Attaches a stream and loads it from its beginning, or, for a stream object, from its current position. The job
     // holds the stream afterwards, even if loading fails.
     void OpenStream(IStream* stream);
@@ -100,6 +115,8 @@ public:
     ProfError Error() const { return _error; }
     std::uint32_t ObjectLevel() const { return _objectLevel; }
     bool IsPacked() const { return _isPacked; }
+    // Returns the form of the source and ProfSource bits.
+    std::uint32_t Source() const { return _source; }
 
     // --- The tree ---
 
@@ -142,6 +159,7 @@ private:
     bool LoadText(clsFile& file, UTFType encoding);
     bool LoadLayer(clsFile& file, unsigned layer);
     bool RefuseLarge(const clsFile& file);
+    std::uint64_t UnpackLimit(clsFile& file) const;
     bool LoadObject(clsFile& file);
     bool LoadPacked(clsFile& file, unsigned layer);
 
@@ -149,19 +167,24 @@ private:
     bool WantsPacked(unsigned flags) const;
     bool WriteImage(clsProfOutput& image, unsigned flags) const;
     bool WriteForm(clsProfOutput& output, ProfForm form) const;
+    ProfError SaveToHeldFile(const clsProfOutput& image);
     bool IsHeldTarget(const wchar_t* name) const;
 
     clsProfArena _arena; // declared before the members that allocate from it
-    clsRefCountedObjectCache _names{_arena};
-    clsRefCountedObjectCache _values{_arena};
+    clsRefCountedObjectCache _names{_arena, clsRefCountedObjectCache::Counting::Off};
+    clsRefCountedObjectCache _values{_arena, clsRefCountedObjectCache::Counting::On};
     String _fileName; // as passed to Open
     ProfMode _mode;
     clsItemList _root;
     ProfError _error = kProfOk;
     clsAutoRelease<clsFile*> _heldFile;
     std::uint32_t _objectLevel;
+    std::uint32_t _source = 0;
+    std::uint64_t _unpackLimit = 0; // 0: in proportion to the source
     std::atomic<std::int32_t> _references = 1;
     bool _isPacked = false;
+    bool _expectsName = false; // the file being loaded must still have its name
+    bool _isReplaced = false;  // it doesn't
     bool _isCacheEnabled;
 };
 

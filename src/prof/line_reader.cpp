@@ -89,6 +89,7 @@ void clsProfLineReader::LoadWide(clsFile& file, std::size_t bytes)
 {
     const std::size_t count = bytes / sizeof(wchar_t);
     _isWide = true;
+    _hasLostText = bytes % sizeof(wchar_t) != 0;
     _wide.reset(new (std::nothrow) wchar_t[count + 1 + kScanPadding]);
     if (_wide == nullptr)
         return;
@@ -127,6 +128,7 @@ bool clsProfLineReader::NextWideLine(scProfLine& line)
     line.length = static_cast<std::size_t>(found.end - line.text);
     line.mayBeEncoded = found.mayBeEncoded;
     _nextWide = BehindLine(found.end, _endWide, FindWideLineEnd);
+    _hasLostText |= *found.end == 0 && found.end < _endWide; // behind a zero
     *found.end = 0;
     return true;
 }
@@ -139,6 +141,7 @@ bool clsProfLineReader::NextNarrowLine(scProfLine& line)
     char* const text = SkipBlanks(begin, _endNarrow);
     char* const end = FindNarrowLineEnd(text);
     _nextNarrow = BehindLine(end, _endNarrow, FindNarrowLineEnd);
+    _hasLostText |= *end == 0 && end < _endNarrow;
     *end = 0;
     ConvertLine(text, static_cast<std::size_t>(end - text), line);
     return true;
@@ -161,6 +164,8 @@ void clsProfLineReader::ConvertLine(const char* text, std::size_t length, scProf
         _converted.push_back(0);
     }
     const std::wstring_view converted(_converted.data(), _converted.size() - 1);
+    constexpr wchar_t kReplacement = 0xFFFD;
+    _hasLostText |= converted.find(kReplacement) != std::wstring_view::npos;
     line = {_converted.data(), converted.size(), std::any_of(converted.begin(), converted.end(), IsInDecodedRow)};
 }
 

@@ -41,6 +41,8 @@ public:
 
     // Returns false if the source is larger than 2 GB or than the available memory. There are no lines in this case.
     bool IsLoaded() const { return _isLoaded; }
+    // Returns true if characters of the lines read so far were dropped or couldn't be decoded.
+    bool HasLostText() const { return _hasLostText; }
     // Returns the size of the source without its byte order mark.
     std::uint64_t SourceBytes() const { return _sourceBytes; }
 
@@ -81,6 +83,7 @@ private:
     bool _prefersUTF8 = false;
     bool _isWide = false;
     bool _isLoaded = false;
+    bool _hasLostText = false;
 };
 
 } // namespace qx

@@ -4,6 +4,7 @@
 #include "files/name_check.h"
 #include "files/temp_files.h"
 #include "prof/file_guard.h"
+#include "prof/file_replacement.h"
 #include "prof/job.h"
 #include "prof/load_exception.h"
 #include "prof/packed_form.h"
@@ -13,10 +14,12 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace qx
 {
@@ -66,10 +69,21 @@ void clsProfJob::Open(const wchar_t* name)
     }
 
     const clsAutoRelease<clsFile*> file(new clsFileRW);
-    _error = OpenFile(*file);
-    if (_error != kProfOk)
-        return;
-    if (file->GetSize() != 0 && !Load(*file))
+    bool isLoaded = false;
+    // While the job waits for the file, a save may put another one in its place. In the end, the old one is read.
+    constexpr int kMostRounds = 100;
+    int rounds = 0;
+    do
+    {
+        _error = OpenFile(*file);
+        if (_error != kProfOk)
+            return;
+        _isReplaced = false;
+        _expectsName = ++rounds < kMostRounds;
+        isLoaded = file->GetSize() == 0 || Load(*file);
+    } while (_isReplaced);
+    _expectsName = false;
+    if (!isLoaded)
     {
         if (_error != kProfMalformed)
             _error = kProfLocked;
@@ -129,6 +143,11 @@ bool clsProfJob::LoadLayer(clsFile& file, unsigned layer)
         _error = kProfLocked;
         return false;
     }
+    if (std::exchange(_expectsName, false) && !IsFileOfName(file, file.GetName()))
+    {
+        _isReplaced = true;
+        return false;
+    }
 
     if (file.GetSize() > clsProfLineReader::kLargestSource)
         return RefuseLarge(file);
@@ -142,6 +161,8 @@ bool clsProfJob::LoadLayer(clsFile& file, unsigned layer)
     if (memcmp(magic, kPackedMagic, sizeof(magic)) == 0)
     {
         _isPacked = true;
+        _source |= kSourcePacked;
+        _unpackLimit = UnpackLimit(file); // of the outermost layer
         return LoadPacked(file, layer);
     }
     file.Seek(0);
@@ -151,8 +172,19 @@ bool clsProfJob::LoadLayer(clsFile& file, unsigned layer)
 bool clsProfJob::RefuseLarge(const clsFile& file)
 {
     DebugLine(L"ERR: %s: the profile is too large", SourceName(file));
+    _source |= kSourceTooLarge;
     _error = kProfLocked;
     return false;
+}
+
+// A few bytes can stand for very many.
+std::uint64_t clsProfJob::UnpackLimit(clsFile& file) const
+{
+    constexpr std::uint64_t kMostExpansion = 64;
+    constexpr std::uint64_t kLeastLimit = std::uint64_t{64} << 20;
+    if (_unpackLimit != 0)
+        return _unpackLimit;
+    return std::max(kLeastLimit, kMostExpansion * static_cast<std::uint64_t>(std::max<std::int64_t>(file.GetSize(), 0)));
 }
 
 // A stream object is part of a stream with other contents. It is always UTF-16LE, whatever encoding is detected for the
@@ -177,7 +209,8 @@ bool clsProfJob::LoadPacked(clsFile& file, unsigned layer)
         _error = kProfLocked;
         return false;
     }
-    if (!UnpackImage(file, image, clsProfLineReader::kLargestSource))
+    const std::uint64_t largest = std::min<std::uint64_t>(_unpackLimit, clsProfLineReader::kLargestSource);
+    if (!UnpackImage(file, image, static_cast<std::int64_t>(largest)))
         return RefuseLarge(file);
     image.Seek(std::int64_t{0});
     return image.GetSize() == 0 || LoadLayer(image, layer + 1);
@@ -208,6 +241,7 @@ bool clsProfJob::LoadText(clsFile& file, UTFType encoding)
             ParseIni(state, _root);
         else
             ParseLevel(state, static_cast<int>(_objectLevel - 1), _root);
+        _source |= state.source | static_cast<std::uint32_t>(state.form) | (reader.HasLostText() ? kSourceIgnored : 0u);
         return true;
     }
     catch (const std::bad_alloc&)

@@ -20,9 +20,9 @@ bool NeedsEncoding(std::wstring_view name)
 
 } // namespace
 
-scProfText* NewProfText(clsProfArena& arena, std::wstring_view text, std::uint64_t hash, bool isShared)
+scProfText* MakeProfText(void* memory, std::wstring_view text, std::uint64_t hash, bool isShared)
 {
-    auto* record = ::new (arena.Allocate(scProfText::Bytes(text.size()))) scProfText;
+    auto* record = ::new (memory) scProfText;
     record->length = static_cast<std::uint32_t>(text.size());
     record->hash = KeptHash(hash) & kHashMask;
     record->isShared = isShared;
@@ -47,11 +47,62 @@ const scProfText* clsRefCountedObjectCache::Intern(std::wstring_view text, std::
     }
     if (slot->IsFree())
     {
-        const scProfText* made = NewProfText(_arena, text, hash, true);
+        const scProfText* made = Make(text, hash);
         bucket.count += slot->Take(made);
         return made;
     }
+    if (_counting == Counting::On)
+    {
+        ++CountOf(slot->Text()).references;
+    }
     return slot->Text();
+}
+
+const scProfText* clsRefCountedObjectCache::Make(std::wstring_view text, std::uint64_t hash)
+{
+    if (_counting == Counting::Off)
+    {
+        return NewProfText(_arena, text, hash, true);
+    }
+    void* const memory = _arena.Allocate(sizeof(scCount) + scProfText::Bytes(text.size()));
+    auto* const count = ::new (memory) scCount{1, static_cast<std::uint32_t>(hash % kBuckets)};
+    return MakeProfText(count + 1, text, hash, true);
+}
+
+void clsRefCountedObjectCache::Release(const scProfText* text) noexcept
+{
+    scCount& count = CountOf(text);
+    if (--count.references == 0)
+    {
+        Remove(_buckets[count.bucket], text);
+        _arena.Release(&count, sizeof(scCount) + scProfText::Bytes(text->length));
+    }
+}
+
+// Moves later slots of the same run back, so that no search ends too early. A text that lost its slot when the table
+// grew isn't found.
+void clsRefCountedObjectCache::Remove(Bucket& bucket, const scProfText* text)
+{
+    const std::uint32_t mask = bucket.capacity - 1;
+    std::uint32_t hole = text->hash & mask;
+    for (std::uint32_t probe = 0; bucket.slots[hole].Text() != text; hole = (hole + 1) & mask)
+    {
+        if (++probe == kLongestProbe || bucket.slots[hole].IsFree())
+        {
+            return;
+        }
+    }
+    for (std::uint32_t place = (hole + 1) & mask; !bucket.slots[place].IsFree(); place = (place + 1) & mask)
+    {
+        const std::uint32_t distance = (place - bucket.slots[place].Text()->hash) & mask;
+        if (distance >= ((place - hole) & mask))
+        {
+            bucket.slots[hole] = bucket.slots[place];
+            hole = place;
+        }
+    }
+    bucket.slots[hole] = {};
+    --bucket.count;
 }
 
 std::size_t clsRefCountedObjectCache::Count() const

@@ -10,7 +10,8 @@
 namespace qx
 {
 
-// Not a cache that expires: a table only grows, and is freed with the job's arena.
+// Not a cache that expires: it contains the texts that are in use. A table that counts references frees a text with its
+// last reference. A table that doesn't only grows, and is freed with the job's arena.
 //
 // The low 8 bits of String::Hash select one of 256 buckets. Each bucket is a hash set with open addressing, in which a
 // search takes one or two memory accesses regardless of the number of texts. The hash has no secret key, so a hostile
@@ -20,13 +21,23 @@ namespace qx
 class clsRefCountedObjectCache
 {
 public:
-    explicit clsRefCountedObjectCache(clsProfArena& arena) : _arena(arena) {}
+    enum class Counting
+    {
+        Off,
+        On
+    };
+
+    clsRefCountedObjectCache(clsProfArena& arena, Counting counting) : _arena(arena), _counting(counting) {}
     clsRefCountedObjectCache(const clsRefCountedObjectCache&) = delete;
     clsRefCountedObjectCache& operator=(const clsRefCountedObjectCache&) = delete;
 
     // Returns the equal text of the table, inserting one if necessary. Returns null if no slot is free within reach.
     // `hash` must be the hash of `text`.
+    // If the table counts references, the caller gets one.
     const scProfText* Intern(std::wstring_view text, std::uint64_t hash);
+
+    // Gives back one reference. Only for tables that count them.
+    void Release(const scProfText* text) noexcept;
 
     std::size_t Count() const;
 
@@ -34,6 +45,13 @@ private:
     static constexpr std::uint32_t kBuckets = 256;
     static constexpr std::uint32_t kFirstCapacity = 8;
     static constexpr std::uint32_t kLongestProbe = 32;
+
+    // Precedes a text whose references are counted.
+    struct scCount
+    {
+        std::uint32_t references;
+        std::uint32_t bucket;
+    };
 
     // A text pointer and 16 bits of the text's hash in one word. This keeps the table small, and a search reads few
     // texts. A text whose address needs more than the usual 48 bits isn't stored.
@@ -70,10 +88,18 @@ private:
         std::uint32_t count;
     };
 
+    static scCount& CountOf(const scProfText* text)
+    {
+        return *(reinterpret_cast<scCount*>(const_cast<scProfText*>(text)) - 1);
+    }
+
     static Slot* FindPlace(const Bucket& bucket, std::wstring_view text, std::uint32_t hash);
+    const scProfText* Make(std::wstring_view text, std::uint64_t hash);
+    static void Remove(Bucket& bucket, const scProfText* text);
     void Grow(Bucket& bucket);
 
     clsProfArena& _arena;
+    const Counting _counting;
     Bucket _buckets[kBuckets] = {};
 };
 

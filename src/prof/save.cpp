@@ -3,6 +3,7 @@
 #include "files/file.h"
 #include "files/name_check.h"
 #include "prof/file_guard.h"
+#include "prof/file_replacement.h"
 #include "prof/job.h"
 #include "prof/output.h"
 #include "prof/packed_form.h"
@@ -26,29 +27,94 @@ constexpr DWORD kSavePause = 5;                     // ms
 constexpr wchar_t kByteOrderMark = 0xFEFF;
 constexpr wchar_t kStreamName[] = L"(Stream)";
 
-// Opens the file exclusively for saving. Waits while other programs have it open. The old contents are kept until the
-// new contents have been reserved space.
-bool OpenTarget(clsFile& file, const String& name)
+// Writes the contents over those of the target, which is locked.
+ProfError WriteInPlace(const clsProfOutput& content, clsFile& target)
 {
-    if (!IsFileNameAllowed(name))
-        return false;
-    const unsigned long long deadline = UtilGetTicks() + kSavePatience;
-    for (;;)
-    {
-        if (file.Open(name, FileAccess::Write, FileDisposition::OpenAlways, FileShare::None, kFileData) == 0)
-            return true;
-        if (UtilGetTicks() >= deadline)
-            return false;
-        Sleep(kSavePause);
-    }
+    if (!content.ReplaceContentOf(target))
+        return kProfWriteFailed;
+    if (target.GetStream() == nullptr)
+        FlushFileBuffers(target.GetHandle());
+    return kProfOk;
 }
 
-ProfError Deliver(const clsProfOutput& output, clsFile& target)
+// Replaces the target or, where that isn't possible, writes its contents in place. `successor` receives the file that
+// has replaced it.
+ProfError Deliver(
+    const clsProfOutput& content, clsFile& target, FileShare share, clsAutoRelease<clsFile*>& successor)
 {
     const clsFileGuard guard(target);
     if (!guard.IsLocked())
         return kProfCannotWrite;
-    return output.ReplaceContentOf(target) ? kProfOk : kProfWriteFailed;
+    switch (ReplaceFileOf(target, content, share, successor))
+    {
+    case FileReplacement::Done:
+        return kProfOk;
+    case FileReplacement::Failed:
+        return kProfWriteFailed;
+    case FileReplacement::Impossible:
+        break;
+    }
+    return WriteInPlace(content, target);
+}
+
+ProfError DeliverAndClose(const clsProfOutput& content, clsFile& target)
+{
+    clsAutoRelease<clsFile*> successor;
+    const ProfError error = Deliver(content, target, FileShare::None, successor);
+    if (successor)
+        successor->Close();
+    return error;
+}
+
+// Creates a file through a link that leads nowhere, or where nothing else is possible. It vanishes again if the contents
+// can't be written.
+ProfError CreateInPlace(const clsProfOutput& content, const String& name)
+{
+    clsFileRW target;
+    if (target.Open(name, FileAccess::Write, FileDisposition::OpenAlways, FileShare::None, kFileData) != 0)
+        return kProfCannotWrite;
+    const bool isNew = GetLastError() != ERROR_ALREADY_EXISTS;
+    const ProfError error = DeliverAndClose(content, target);
+    if (isNew && error != kProfOk)
+    {
+        target.Close();
+        DeleteFileW(name.Text());
+    }
+    return error;
+}
+
+// One attempt to save to a name. kProfCannotWrite may mean that another process has the file open.
+ProfError TryToSave(const clsProfOutput& content, const String& name)
+{
+    clsFileRW target;
+    if (target.Open(name, FileAccess::Write, FileDisposition::OpenExisting, FileShare::None, kFileData) == 0)
+        return DeliverAndClose(content, target);
+    if (GetLastError() != ERROR_FILE_NOT_FOUND)
+        return kProfCannotWrite;
+    switch (CreateFileOf(name, content))
+    {
+    case FileReplacement::Done:
+        return kProfOk;
+    case FileReplacement::Failed:
+        return kProfWriteFailed;
+    case FileReplacement::Impossible:
+        break;
+    }
+    return CreateInPlace(content, name);
+}
+
+ProfError SaveToName(const clsProfOutput& content, const String& name)
+{
+    if (!IsFileNameAllowed(name))
+        return kProfCannotWrite;
+    const unsigned long long deadline = UtilGetTicks() + kSavePatience;
+    for (;;)
+    {
+        const ProfError error = TryToSave(content, name);
+        if (error != kProfCannotWrite || UtilGetTicks() >= deadline)
+            return error;
+        Sleep(kSavePause);
+    }
 }
 
 } // namespace
@@ -61,11 +127,21 @@ ProfError clsProfJob::Save(const wchar_t* name, unsigned flags)
         return kProfCannotWrite;
 
     if (IsHeldTarget(name))
-        return Deliver(image, *_heldFile);
-    clsFileRW target;
-    if (!OpenTarget(target, name != nullptr ? String(name) : _fileName))
-        return kProfCannotWrite;
-    return Deliver(image, target);
+        return SaveToHeldFile(image);
+    return SaveToName(image, name != nullptr ? String(name) : _fileName);
+}
+
+// The file that replaces the held one is opened and locked before it gets the name, and held from then on.
+ProfError clsProfJob::SaveToHeldFile(const clsProfOutput& image)
+{
+    clsAutoRelease<clsFile*> successor;
+    const ProfError error = Deliver(image, *_heldFile, FileShare::Read, successor);
+    if (successor)
+    {
+        _heldFile = successor;
+        _heldFile->Unlock(scFileLock{0, 1});
+    }
+    return error;
 }
 
 bool clsProfJob::IsHeldTarget(const wchar_t* name) const
@@ -85,7 +161,7 @@ ProfError clsProfJob::Serialise(IStream* stream, unsigned flags)
         return kProfWriteFailed;
 
     if (_heldFile && (stream == nullptr || stream == _heldFile->GetStream()))
-        return Deliver(image, *_heldFile);
+        return SaveToHeldFile(image);
     // If `stream` is null, the file isn't open and the write fails.
     clsFileRW target(stream);
     return image.ReplaceContentOf(target) ? kProfOk : kProfWriteFailed;

@@ -37,7 +37,18 @@ struct scParseState
     ProfForm form = ProfForm::Text; // the XML parser may change it to XFDF
     std::uint32_t lineCounter = 0;
     bool inComment = false;
+    std::uint32_t source = 0; // ProfSource bits found so far
 };
+
+inline bool IsBlank(std::wstring_view text)
+{
+    return text.find_first_not_of(L" \t") == std::wstring_view::npos;
+}
+
+// Notes what is lost with a part of the source that isn't part of any entry.
+void NoteIgnored(scParseState& state, std::wstring_view text);
+// Reads what follows the end of the profile, which isn't part of it.
+void IgnoreRest(scParseState& state);
 
 constexpr int kBeforeRoot = -1; // level until the marker of the root has been read
 

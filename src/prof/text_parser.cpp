@@ -1,6 +1,7 @@
 #include "prof/text_form.h"
 
 #include "prof/open_lists.h"
+#include "prof/text_scan.h"
 #include "prof/xfdf_form.h"
 #include "prof/xml_form.h"
 
@@ -28,8 +29,12 @@ void AppendLeaf(scParseState& state, clsItemList& list, const scProfLine& line)
 
     const std::wstring_view name(line.text, nameLength);
     clsProfJob& job = state.job;
-    list.AppendItem(
-        state.reader.IsWide() ? job.NewLeafInImage(name, value, valueLength) : job.NewLeaf(name, {value, valueLength}));
+    clsItem& leaf =
+        state.reader.IsWide() ? job.NewLeafInImage(name, value, valueLength) : job.NewLeaf(name, {value, valueLength});
+    list.AppendItem(leaf);
+    // Control characters of names are read back as their pictures.
+    if (!leaf.Name().isPlain && HasControlCharacter(name))
+        state.source |= kSourceIgnored;
 }
 
 // Returns false if the source has no root marker. Such a source is ignored.
@@ -41,13 +46,16 @@ bool FindRoot(scParseState& state)
         ++state.lineCounter;
         if (line.View() == L"[/]")
             return true;
+        NoteIgnored(state, line.View());
     }
+    state.source |= kSourceForeign;
     return false;
 }
 
 void ParseTextLines(scParseState& state, clsItemList& list)
 {
     clsOpenLists open(state.job, list);
+    std::size_t openBraces = 0;
     scProfLine line;
     while (state.reader.NextLine(line))
     {
@@ -55,26 +63,53 @@ void ParseTextLines(scParseState& state, clsItemList& list)
         switch (line.text[0])
         {
         case 0: // blank line
+            break;
         case L'#':
         case L';':
+            state.source |= kSourceComments;
+            break;
         case L'{':
+            ++openBraces;
+            NoteIgnored(state, line.View().substr(1));
             break;
         case L'[':
+            if (!line.View().ends_with(L']'))
+                state.source |= kSourceIgnored;
             open.Open(line.View());
             break;
         case L'}':
+            openBraces -= openBraces != 0 ? 1 : 0;
+            NoteIgnored(state, line.View().substr(1));
             if (open.IsEmpty())
-                return; // end of the root; the rest is ignored
+                return IgnoreRest(state); // end of the root
             open.Close();
             break;
         default:
             AppendLeaf(state, open.Current(), line);
         }
     }
+    // Files written by hand may have no braces at all.
+    if (openBraces != 0)
+        state.source |= kSourceTruncated;
     open.CloseAll(); // missing closing braces are no error
 }
 
 } // namespace
+
+void NoteIgnored(scParseState& state, std::wstring_view text)
+{
+    if (text.starts_with(L'#') || text.starts_with(L';'))
+        state.source |= kSourceComments;
+    else if (!IsBlank(text))
+        state.source |= kSourceIgnored;
+}
+
+void IgnoreRest(scParseState& state)
+{
+    scProfLine line;
+    while (state.reader.NextLine(line))
+        NoteIgnored(state, line.View());
+}
 
 void ParseLevel(scParseState& state, int level, clsItemList& list)
 {
@@ -95,6 +130,7 @@ void ParseLevel(scParseState& state, int level, clsItemList& list)
 
 void ParseIni(scParseState& state, clsItemList& list)
 {
+    state.source |= kSourceForeign | kSourceIni;
     scProfLine line;
     while (state.reader.NextLine(line))
     {

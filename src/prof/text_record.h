@@ -19,11 +19,14 @@ struct scProfText
 
     std::uint32_t length;
     std::uint32_t hash : kHashBits;
-    std::uint32_t isShared : 1; // stored in one of the job's tables, which keep it until the job is destroyed
+    std::uint32_t isShared : 1; // stored in one of the job's tables, which owns it
     std::uint32_t isPlain : 1;  // as the name of a leaf it needs no encoding
 
     const wchar_t* Text() const { return reinterpret_cast<const wchar_t*>(this + 1); }
     std::wstring_view View() const { return {Text(), length}; }
+
+    // Returns the record of characters that are part of one.
+    static const scProfText* Of(const wchar_t* text) { return reinterpret_cast<const scProfText*>(text) - 1; }
 
     static std::size_t Bytes(std::size_t length) { return sizeof(scProfText) + (length + 1) * sizeof(wchar_t); }
 };
@@ -41,7 +44,13 @@ inline bool IsSameText(std::wstring_view a, std::wstring_view b)
     return std::equal(a.begin(), a.end(), b.begin(), b.end());
 }
 
-scProfText* NewProfText(clsProfArena& arena, std::wstring_view text, std::uint64_t hash, bool isShared);
+// Creates a record in memory of scProfText::Bytes(text.size()) bytes.
+scProfText* MakeProfText(void* memory, std::wstring_view text, std::uint64_t hash, bool isShared);
+
+inline scProfText* NewProfText(clsProfArena& arena, std::wstring_view text, std::uint64_t hash, bool isShared)
+{
+    return MakeProfText(arena.Allocate(scProfText::Bytes(text.size())), text, hash, isShared);
+}
 
 inline void ReleaseProfText(clsProfArena& arena, const scProfText* text) noexcept
 {

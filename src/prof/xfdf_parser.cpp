@@ -1,8 +1,10 @@
 #include "prof/xfdf_form.h"
 
 #include "prof/load_exception.h"
+#include "prof/text_scan.h"
 #include "prof/xml_line.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -39,6 +41,7 @@ public:
     }
 
     std::wstring_view View() const { return {_path.data(), _path.size()}; }
+    std::size_t Depth() const { return _lengths.size(); }
 
     // Returns true for the first call after a change of the path. Only then does the tree store the path as a new text.
     bool TakeNew() { return std::exchange(_isNew, false); }
@@ -67,10 +70,15 @@ public:
             {
                 ++_text.begin;
                 if (!ParseTag())
-                    return;
+                {
+                    NoteIgnored(_state, _text.View());
+                    return IgnoreRest(_state);
+                }
                 _text.SkipBlanks();
             }
+            NoteIgnored(_state, _text.View());
         }
+        _state.source |= kSourceTruncated;
     }
 
 private:
@@ -106,7 +114,7 @@ private:
         else if (TakeTag(L"/field>"))
         {
             ExpectLevel(L"prof::xml::field: bad format (negative level)");
-            _fields.Pop();
+            EndField();
         }
         else if (_level == kBeforeRoot && TakeTag(L"xfdf "))
         {
@@ -116,9 +124,18 @@ private:
         else if (_level == 0 && TakeTag(L"/xfdf>"))
             return false;
         else if (TakeTag(L"!--"))
+        {
+            _state.source |= kSourceComments;
             SkipBehind(L"-->");
+        }
         else
+        {
+            if (!TakeTag(L"fields>") && !TakeTag(L"/fields>") && !(_level == kBeforeRoot && TakeTag(L"?xml ")))
+                _state.source |= kSourceIgnored;
+            else if (_text.begin[-1] == L'>')
+                return true;
             SkipTag();
+        }
         return true;
     }
 
@@ -150,10 +167,14 @@ private:
         case XmlNameFault::Unfinished:
             Fail(L"prof::xml::field: name unfinished");
         }
+        NoteText(name);
         _fields.Push(name);
+        _isEmpty = true;
+        if (*_text.begin != L'>')
+            _state.source |= kSourceIgnored; // other attributes, or a field without a value
         SkipTag();
         if (_text.begin[-1] == L'>' && _text.begin[-2] == L'/')
-            _fields.Pop(); // an empty element
+            EndField(); // nothing is inside
     }
 
     // Returns the unmasked value. A value may span lines; leading blanks of its lines and empty lines are dropped.
@@ -166,6 +187,7 @@ private:
             wchar_t* const value = std::exchange(_text.begin, end + kEnd.size());
             return Unmasked(value, end);
         }
+        _state.source |= kSourceIgnored; // leading blanks and empty lines of its further lines
         _value.assign(_text.begin, _text.end);
         do
         {
@@ -180,16 +202,43 @@ private:
         return Unmasked(_value.data(), _value.data() + _value.size());
     }
 
+    // The values of one field share its name. A name that can't be shared is copied, and counted, for each value.
     void AppendLeaf(std::wstring_view value)
     {
         const std::wstring_view name = _fields.View();
-        if (_fields.TakeNew())
+        const bool isNew = _fields.TakeNew();
+        if (!isNew || _fields.Depth() != 1)
+            _state.source |= kSourceFlattened;
+        NoteText(value);
+        _isEmpty = false;
+        if (isNew || _sharedName == nullptr)
         {
             _nameCharacters += name.size();
             if (_nameCharacters > MostXfdfNameCharacters(_state.reader.SourceBytes()))
                 Fail(L"prof::xml::field: too many fields inside each other");
         }
-        _list.AppendItem(_state.job.NewLeaf(name, value));
+        if (isNew)
+            _sharedName = _state.job.SharedName(name);
+        _list.AppendItem(_sharedName != nullptr ? _state.job.NewLeaf(*_sharedName, value)
+                                                : _state.job.NewLeaf(name, value));
+    }
+
+    // A field without any value isn't stored.
+    void EndField()
+    {
+        if (_isEmpty)
+            _state.source |= kSourceIgnored;
+        _isEmpty = false;
+        _fields.Pop();
+    }
+
+    // Notes characters that XML can't represent.
+    void NoteText(std::wstring_view text)
+    {
+        if (HasControlCharacter(text) &&
+            std::any_of(text.begin(), text.end(),
+                [](wchar_t c) { return c < L' ' && c != L'\t' && c != L'\r' && c != L'\n'; }))
+            _state.source |= kSourceIgnored;
     }
 
     void ExpectLevel(const wchar_t* message) const
@@ -209,7 +258,9 @@ private:
     scXmlText _text{nullptr, nullptr};
     clsFieldPath _fields;
     std::vector<wchar_t> _value; // a value that spans lines
+    const scProfText* _sharedName = nullptr; // of the open fields
     std::uint64_t _nameCharacters = 0;
+    bool _isEmpty = false; // the innermost field contains neither values nor fields so far
 };
 
 } // namespace

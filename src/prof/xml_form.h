@@ -15,6 +15,9 @@ class clsProfOutput;
 // A source that begins with this line is in XML form.
 constexpr wchar_t kXmlFirstLine[] = L"<?xml version=\"1.0\" encoding=\"UTF-16\" standalone=\"yes\"?>";
 
+// Returns true for the lines between the first line and <profile> that WriteXmlFile writes, without leading blanks.
+bool IsXmlHeadLine(std::wstring_view line);
+
 // Reads lines into the list, like ParseLevel. If the source turns out to be XFDF, it continues with the XFDF parser.
 void ParseXmlLines(scParseState& state, int level, clsItemList& list);
 

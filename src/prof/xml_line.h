@@ -50,6 +50,12 @@ inline std::wstring_view Unmasked(wchar_t* begin, const wchar_t* end)
     return {begin, clsProfMask::Unmask(begin, static_cast<std::size_t>(end - begin))};
 }
 
+// Returns true if the name is the first attribute.
+inline bool BeginsWithName(const scXmlText& text)
+{
+    return text.View().starts_with(L"name=\"");
+}
+
 // Errors in the name attribute of a tag.
 enum class XmlNameFault
 {

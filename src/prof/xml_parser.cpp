@@ -28,9 +28,15 @@ public:
         while (_state.reader.NextLine(line))
         {
             ++_state.lineCounter;
-            if (!ParseLine({line.text, line.text + line.length}))
-                return;
+            const scXmlText text{line.text, line.text + line.length};
+            const bool isHead = _level < 0 && IsHeadLine(text.View());
+            const std::uint32_t sourceBefore = _state.source;
+            if (!ParseLine(text))
+                return IgnoreRest(_state);
+            if (isHead)
+                _state.source = sourceBefore;
         }
+        _state.source |= kSourceTruncated;
         _open.CloseAll(); // missing end tags are no error
     }
 
@@ -54,6 +60,8 @@ private:
         Action action;
     };
 
+    static bool IsHeadLine(std::wstring_view line) { return line == kXmlFirstLine || IsXmlHeadLine(line); }
+
     bool ParseLine(scXmlText text)
     {
         if (_state.inComment && text.View().starts_with(L"-->"))
@@ -68,6 +76,7 @@ private:
         if (!_state.inComment && text.View().starts_with(L"<!--"))
         {
             _state.inComment = true;
+            _state.source |= kSourceComments;
             text.begin += 4;
             text.SkipBlanks();
         }
@@ -118,6 +127,7 @@ private:
 
     bool ParseItem(scXmlText text)
     {
+        const bool beginsWithName = BeginsWithName(text);
         std::wstring_view name;
         switch (TakeName(text, name))
         {
@@ -128,6 +138,7 @@ private:
         case XmlNameFault::Unfinished:
             Fail(L"prof::xml::item no end tag");
         }
+        NoteTag(beginsWithName, text);
         wchar_t* const tagEnd = text.Find(L">");
         if (tagEnd == nullptr)
             Fail(L"prof::xml::item no end tag (2)");
@@ -136,7 +147,11 @@ private:
         if (valueEnd == nullptr)
             Fail(L"prof::xml::item no '</item>' tag found");
 
+        NoteIgnored(_state, {valueEnd + 7, static_cast<std::size_t>(text.end - valueEnd) - 7});
         const std::wstring_view value = Unmasked(text.begin, valueEnd);
+        const bool wasMasked = text.begin + value.size() != valueEnd;
+        if (wasMasked && HasSingleBreak(value))
+            _state.source |= kSourceIgnored;
         text.begin[value.size()] = 0;
         clsItemList& list = _open.Current();
         clsProfJob& job = _state.job;
@@ -147,6 +162,7 @@ private:
 
     bool BeginList(scXmlText text)
     {
+        const bool beginsWithName = BeginsWithName(text);
         std::wstring_view name;
         switch (TakeName(text, name))
         {
@@ -157,20 +173,25 @@ private:
         case XmlNameFault::Unfinished:
             Fail(L"prof::xml::list: name is unfinished");
         }
+        NoteTag(beginsWithName, text);
+        if (!text.IsEmpty())
+            NoteIgnored(_state, text.View().substr(1));
         _open.Open(name);
         return true;
     }
 
-    bool EndList(scXmlText)
+    bool EndList(scXmlText text)
     {
+        NoteIgnored(_state, text.View());
         if (_open.IsEmpty())
             return false;
         _open.Close();
         return true;
     }
 
-    bool BeginProfile(scXmlText)
+    bool BeginProfile(scXmlText text)
     {
+        NoteIgnored(_state, text.View());
         _level = 0;
         return true;
     }
@@ -182,7 +203,30 @@ private:
         return false;
     }
 
-    bool End(scXmlText) { return false; }
+    bool End(scXmlText text)
+    {
+        NoteIgnored(_state, text.View());
+        return false;
+    }
+
+    // Notes attributes other than the name, which has been taken.
+    void NoteTag(bool beginsWithName, const scXmlText& rest)
+    {
+        if (!beginsWithName || *rest.begin != L'>')
+            _state.source |= kSourceIgnored;
+    }
+
+    // A line feed or carriage return alone is written like a pair of both.
+    static bool HasSingleBreak(std::wstring_view value)
+    {
+        for (std::size_t at = value.find_first_of(L"\r\n"); at != std::wstring_view::npos;
+             at = value.find_first_of(L"\r\n", at + 2))
+        {
+            if (value.substr(at, 2) != L"\r\n")
+                return true;
+        }
+        return false;
+    }
 
     [[noreturn]] void Fail(const wchar_t* message) const { throw new clsLoadException(_state.lineCounter, message); }
 
@@ -215,6 +259,7 @@ bool clsXmlParser::ParseTag(scXmlText text)
         text.begin += tag.beginning.size();
         return (this->*tag.action)(text);
     }
+    _state.source |= kSourceIgnored;
     return true;
 }
 

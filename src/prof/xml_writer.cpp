@@ -101,6 +101,13 @@ private:
 
 } // namespace
 
+bool IsXmlHeadLine(std::wstring_view line)
+{
+    const std::size_t at = kHeadBehindFirstLine.find(line);
+    return at != std::wstring_view::npos && kHeadBehindFirstLine.substr(at + line.size()).starts_with(kLineEnd) &&
+           (kHeadBehindFirstLine[at - 1] == L' ' || kHeadBehindFirstLine[at - 1] == L'\n');
+}
+
 void WriteXmlFile(clsProfOutput& output, const clsItemList& root)
 {
     constexpr std::uint32_t kRootLevel = 1;

@@ -44,7 +44,9 @@ struct ProfileOptions
     bool hasDefault = false;
     bool isList = false;
     bool create = false;
+    bool force = false;
     bool asJson = false;
+    MaxSize maxSize;
 };
 
 std::string ValueOf(HPROFJOB job, HPROFLIST list, const std::string& path, std::int32_t length)
@@ -56,7 +58,7 @@ std::string ValueOf(HPROFJOB job, HPROFLIST list, const std::string& path, std::
 
 void Show(const ProfileOptions& options)
 {
-    const ProfileFile profile(options.file, Sharing::Readers);
+    const ProfileFile profile(options.file, Sharing::Readers, options.maxSize);
     const HPROFLIST list = profile.List(options.list);
     if (options.asJson)
         ShowAsJson(std::cout, profile.Job(), list);
@@ -93,7 +95,7 @@ std::optional<ordered_json> ReadTyped(HPROFJOB job, HPROFLIST list, const Profil
 
 void Get(const ProfileOptions& options)
 {
-    const ProfileFile profile(options.file, Sharing::Readers);
+    const ProfileFile profile(options.file, Sharing::Readers, options.maxSize);
     const HPROFLIST list = profile.List(options.list);
     const std::optional<ordered_json> value =
         (options.type.empty() ? ReadText : ReadTyped)(profile.Job(), list, options);
@@ -117,20 +119,23 @@ void Report(const ProfileOptions& options, std::size_t changed)
                   << '\n';
 }
 
-// Opens the file, changes it and saves it. Without --output the file is saved in place, and other writers are locked
-// out in the meantime.
+// Opens the file, changes it and saves it. Without --output the file is saved in place: other writers are locked out in
+// the meantime, and a file that would lose something by it is refused without --force.
 void Edit(const ProfileOptions& options, const std::function<std::size_t(HPROFJOB, HPROFLIST)>& change)
 {
     const auto edit = [&](const ProfileFile& profile)
     {
+        if (options.output.empty() && !options.force)
+            profile.ExpectNoLoss("write the result to another file with --output, or change it with --force");
         const std::size_t changed = change(profile.Job(), profile.List(options.list));
         profile.Save(options.output);
         Report(options, changed);
     };
     if (options.create)
-        edit(ProfileFile::OpenOrMake(options.file));
+        edit(ProfileFile::OpenOrMake(options.file, options.maxSize));
     else
-        edit(ProfileFile(options.file, options.output.empty() ? Sharing::NobodyWhoWrites : Sharing::Readers));
+        edit(ProfileFile(
+            options.file, options.output.empty() ? Sharing::NobodyWhoWrites : Sharing::Readers, options.maxSize));
 }
 
 // Checks the value before any file is opened or created. The setters validate the value and do nothing for the invalid
@@ -192,9 +197,11 @@ void Delete(const ProfileOptions& options)
 
 void Copy(const ProfileOptions& options)
 {
-    const ProfileFile source(options.file, Sharing::Readers);
+    const ProfileFile source(options.file, Sharing::Readers, options.maxSize);
     const HPROFLIST from = source.List(options.list);
-    const ProfileFile target = ProfileFile::OpenOrMake(options.target);
+    const ProfileFile target = ProfileFile::OpenOrMake(options.target, options.maxSize);
+    if (!options.force)
+        target.ExpectNoLoss("change it with --force");
     HPROFLIST to = nullptr;
     if (!options.targetList.empty())
     {
@@ -222,6 +229,7 @@ public:
         _command.add_option("FILE", _options->file, "the profile or INI file")->required();
         _command.add_option("--list", _options->list, "the path of the list to start from; the root if omitted");
         _command.add_flag("--json", _options->asJson, "print JSON");
+        AddMaxSize(_command, _options->maxSize);
         _command.callback([options = _options, run] { run(*options); });
     }
 
@@ -254,6 +262,12 @@ public:
         _command.add_option("--output", _options->output, "save to this file and leave FILE unchanged");
         return *this;
     }
+    CommandMaker& Force()
+    {
+        _command.add_flag(
+            "--force", _options->force, "change the file even if comments or other text in it are lost by that");
+        return *this;
+    }
     CommandMaker& Create()
     {
         _command.add_flag("--create", _options->create, "create the file if it doesn't exist");
@@ -284,9 +298,10 @@ void AddProfileCommands(CLI::App& program)
     profile.require_subcommand(1);
     profile.footer(
         "A path consists of list names and the name of the value, separated by /. Names are case-sensitive.\n"
-        "Saving preserves the form of the file, including packing, but converts an INI file to the text form of a\n"
-        "profile. --output leaves the file unchanged; convert writes the other forms. XFDF contains only values:\n"
-        "its lists are read back as dotted names.");
+        "Saving preserves the form of the file, including packing. A file is changed in place only if nothing in it is\n"
+        "lost by that: an INI file becomes a profile in the text form, and comments aren't kept. --output writes the\n"
+        "result to another file, --force changes the file nevertheless; convert writes the other forms. XFDF contains\n"
+        "only values: its lists are read back as dotted names.");
 
     CommandMaker(profile, "show", "print a profile, or one list of it, as a tree", Show);
     CommandMaker(profile, "get", "print one value", Get).Path("the path of the value").Type().Default();
@@ -295,6 +310,7 @@ void AddProfileCommands(CLI::App& program)
         .Type()
         .Value(true)
         .Output()
+        .Force()
         .Create();
     CommandMaker(profile, "append", "add a value or a list after the existing entries", Append)
         .Path("the path of the value or list")
@@ -302,13 +318,16 @@ void AddProfileCommands(CLI::App& program)
         .Value(false)
         .IsList("--new-list", "add a list for each name of the path instead of a value")
         .Output()
+        .Force()
         .Create();
     CommandMaker(profile, "delete", "remove all values or lists with a path", Delete)
         .Path("the path of the values or lists")
         .IsList("--lists", "remove lists instead of values")
-        .Output();
+        .Output()
+        .Force();
     CommandMaker(profile, "copy", "append all entries of a profile, or of one of its lists, to another profile", Copy)
-        .Target();
+        .Target()
+        .Force();
     AddConvertCommands(profile);
 }
 

@@ -33,7 +33,9 @@ struct ConvertOptions
     std::int32_t form = PROF_FORM_TEXT;
     bool create = false;
     bool pack = false;
+    bool force = false;
     bool asJson = false;
+    MaxSize maxSize;
 };
 
 const std::map<std::string, std::int32_t> kForms{
@@ -47,7 +49,7 @@ void Report(const ConvertOptions& options, const std::string& path, const char* 
 
 void Convert(const ConvertOptions& options)
 {
-    const ProfileFile profile(options.file, Sharing::Readers);
+    const ProfileFile profile(options.file, Sharing::Readers, options.maxSize);
     profile.Save(options.target, options.pack ? options.form | PROF_SAVE_PACKED : options.form);
     Report(options, options.target, "entries", CountEntries(profile.Job()));
 }
@@ -58,6 +60,8 @@ void Embed(const ConvertOptions& options)
     {
         if (profile.Form() == PROF_FORM_XFDF)
             throw Failure(kWrongUsage, options.file + ": XFDF cannot contain files; convert it to another form first");
+        if (!options.force)
+            profile.ExpectNoLoss("change it with --force");
         std::size_t count = 0;
         for (const std::string& pattern : options.patterns)
         {
@@ -73,9 +77,9 @@ void Embed(const ConvertOptions& options)
         Report(options, options.file, "files", count);
     };
     if (options.create)
-        embed(ProfileFile::OpenOrMake(options.file));
+        embed(ProfileFile::OpenOrMake(options.file, options.maxSize));
     else
-        embed(ProfileFile(options.file, Sharing::NobodyWhoWrites));
+        embed(ProfileFile(options.file, Sharing::NobodyWhoWrites, options.maxSize));
 }
 
 std::size_t CountFiles(HPROFJOB job, HPROFLIST list)
@@ -94,7 +98,7 @@ std::size_t CountFiles(HPROFJOB job, HPROFLIST list)
 
 void Extract(const ConvertOptions& options)
 {
-    const ProfileFile profile(options.file, Sharing::Readers);
+    const ProfileFile profile(options.file, Sharing::Readers, options.maxSize);
     const HPROFLIST list = profile.List(options.list);
     const std::size_t files = CountFiles(profile.Job(), list);
     if (files == 0)
@@ -117,6 +121,7 @@ CLI::App& AddCommand(CLI::App& parent, const char* name, const char* description
 {
     CLI::App& command = *parent.add_subcommand(name, description);
     command.add_flag("--json", options->asJson, "print JSON");
+    AddMaxSize(command, options->maxSize);
     command.callback([options, run] { run(*options); });
     return command;
 }
@@ -128,6 +133,15 @@ void AddListAndKey(CLI::App& command, ConvertOptions& options)
 }
 
 } // namespace
+
+void AddMaxSize(CLI::App& command, MaxSize& maxSize)
+{
+    command
+        .add_option("--max-size", maxSize,
+            "the size to which a packed file may unpack, such as 500MB; 0 for any; 64 times its size, or 64 MB, if "
+            "omitted")
+        ->transform(CLI::AsSizeValue(false));
+}
 
 void AddConvertCommands(CLI::App& profile)
 {
@@ -147,6 +161,8 @@ void AddConvertCommands(CLI::App& profile)
     embed.add_option("PATTERN", options->patterns, "the files to embed; names may contain * and ?")->required();
     AddListAndKey(embed, *options);
     embed.add_flag("--create", options->create, "create the profile if it doesn't exist");
+    embed.add_flag(
+        "--force", options->force, "change the profile even if comments or other text in it are lost by that");
 
     options = std::make_shared<ConvertOptions>();
     CLI::App& extract = AddCommand(profile, "extract", "extract the files of a profile to a folder", Extract, options);

@@ -1,13 +1,13 @@
 #include "profile_file.h"
 
 #include "failure.h"
-#include "profile_form.h"
 #include "text.h"
 
 #include <cerrno>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <system_error>
 #include <vector>
 
@@ -36,8 +36,12 @@ std::string ReasonOfMissing(const fs::path& file)
 }
 
 // Examines the file to find the reason that the library's code doesn't state.
-std::string ReasonOfFailedRead(const std::string& path, std::int32_t error)
+std::string ReasonOfFailedRead(const std::string& path, std::int32_t error, std::uint32_t source)
 {
+    if ((source & QXUT_SOURCE_TOO_LARGE) != 0)
+        return (source & QXUT_SOURCE_PACKED) != 0
+                   ? "unpacks to more than the limit, which is 64 times its size or 64 MB unless --max-size sets another"
+                   : "is larger than 2 GB";
     std::error_code ignored;
     const fs::path file = fs::u8path(path);
     if (fs::is_directory(file, ignored))
@@ -58,6 +62,32 @@ std::string ReasonOfFailedRead(const std::string& path, std::int32_t error)
     default:
         return "cannot open the file" + ReasonOfFailedOpen(file, std::ios::in);
     }
+}
+
+HPROFJOB Open(const std::string& path, Sharing sharing, MaxSize maxSize)
+{
+    const std::uint32_t flags = (sharing == Sharing::NobodyWhoWrites ? QXUT_PROFILE_EXCLUSIVE : 0) |
+                                (maxSize == std::uint64_t{0} ? QXUT_PROFILE_ANY_SIZE : 0);
+    return QxProfJobOpen(WideText(path), flags, maxSize.value_or(0));
+}
+
+// Returns what a save in place would lose.
+std::string LossOf(std::uint32_t source)
+{
+    if ((source & QXUT_SOURCE_FOREIGN) != 0 && (source & QXUT_SOURCE_INI) == 0)
+        return "everything in it, because it is not a profile";
+    std::string loss;
+    const auto add = [&](std::uint32_t bits, const char* what)
+    {
+        if ((source & bits) == bits)
+            loss += (loss.empty() ? "" : "; ") + std::string(what);
+    };
+    add(QXUT_SOURCE_INI, "the name of the first section and the order of sections, because it is an INI file");
+    add(QXUT_SOURCE_COMMENTS, "comments");
+    add(QXUT_SOURCE_IGNORED, "text that belongs to no entry, or that the form can't represent");
+    add(QXUT_SOURCE_FLATTENED, "the nesting of its fields");
+    add(QXUT_SOURCE_TRUNCATED, "what was cut off: it ends inside a list");
+    return loss;
 }
 
 ExitCode ExitCodeOf(std::int32_t error)
@@ -114,19 +144,22 @@ bool IsMissing(const std::string& path)
 
 } // namespace
 
-ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MayBeMissing)
+ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSize, MayBeMissing)
     : _path(WithoutPipes(path)),
-      _job(sharing == Sharing::Readers ? ProfJobOpenW(WideText(path)) : ProfJobOpenExclusiveW(WideText(path))),
-      _form(FormOfFile(path))
+      _job(Open(path, sharing, maxSize))
 {
     const std::int32_t error = ProfGetError(_job);
-    if (error == PROF_OK)
-        return;
-    ProfJobClose(_job);
-    throw Failure(ExitCodeOf(error), path + ": " + ReasonOfFailedRead(path, error));
+    const std::uint32_t source = QxProfGetSource(_job);
+    if (error != PROF_OK)
+    {
+        ProfJobClose(_job);
+        throw Failure(ExitCodeOf(error), path + ": " + ReasonOfFailedRead(path, error, source));
+    }
+    if ((source & QXUT_SOURCE_TRUNCATED) != 0)
+        std::cerr << "qxut: warning: " << path << ": ends inside a list; it may have been cut off\n";
 }
 
-ProfileFile::ProfileFile(const std::string& path, Sharing sharing)
+ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSize)
     : ProfileFile(
           [&]() -> const std::string&
           {
@@ -134,13 +167,21 @@ ProfileFile::ProfileFile(const std::string& path, Sharing sharing)
                   throw Failure(kCannotRead, path + ": " + ReasonOfMissing(fs::u8path(path)));
               return path;
           }(),
-          sharing, MayBeMissing{})
+          sharing, maxSize, MayBeMissing{})
 {
 }
 
-ProfileFile ProfileFile::OpenOrMake(const std::string& path)
+ProfileFile ProfileFile::OpenOrMake(const std::string& path, MaxSize maxSize)
 {
-    return ProfileFile(path, Sharing::NobodyWhoWrites, MayBeMissing{});
+    return ProfileFile(path, Sharing::NobodyWhoWrites, maxSize, MayBeMissing{});
+}
+
+void ProfileFile::ExpectNoLoss(const std::string& remedy) const
+{
+    const std::uint32_t source = QxProfGetSource(_job);
+    if ((source & QXUT_SOURCE_LOSSY) != 0)
+        throw Failure(
+            kCannotWrite, _path + ": not changed, because saving it would lose " + LossOf(source) + "; " + remedy);
 }
 
 HPROFLIST ProfileFile::List(const std::string& path) const

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <qxut23/profile.h>
+#include <qxut23/profile_source.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -19,13 +21,17 @@ enum class Sharing
     NobodyWhoWrites, // the job holds the file in order to save it; others may only read
 };
 
+// The largest size in bytes to which a packed file may unpack: 0 for any, nothing for the library's limit.
+using MaxSize = std::optional<std::uint64_t>;
+
+// A profile that seems to be cut off is reported on standard error.
 class ProfileFile
 {
 public:
     // Opens an existing file.
-    ProfileFile(const std::string& path, Sharing sharing);
+    ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSize);
     // Opens a file. If it is missing, creates it with an empty profile.
-    static ProfileFile OpenOrMake(const std::string& path);
+    static ProfileFile OpenOrMake(const std::string& path, MaxSize maxSize);
 
     ProfileFile(const ProfileFile&) = delete;
     ProfileFile& operator=(const ProfileFile&) = delete;
@@ -36,22 +42,25 @@ public:
     HPROFLIST List(const std::string& path) const;
 
     // The form the file had when it was opened (a PROF_FORM_ value).
-    std::int32_t Form() const { return _form; }
+    std::int32_t Form() const { return static_cast<std::int32_t>(QxProfGetSource(_job) & QXUT_SOURCE_FORM); }
+
+    // Throws a Failure that names what would be lost if a save in place would lose anything. `remedy` tells the user
+    // what to do.
+    void ExpectNoLoss(const std::string& remedy) const;
 
     // Saves to `path`, or to the job's own file if it is empty. `flags` are the flags of ProfSave.
     void Save(const std::string& path, std::int32_t flags) const;
     // Saves in the form that the file had, packed if it was packed.
-    void Save(const std::string& path) const { Save(path, _form | PROF_SAVE_PACKED_AS_LOADED); }
+    void Save(const std::string& path) const { Save(path, Form() | PROF_SAVE_PACKED_AS_LOADED); }
 
 private:
     struct MayBeMissing
     {
     };
-    ProfileFile(const std::string& path, Sharing sharing, MayBeMissing);
+    ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSize, MayBeMissing);
 
     std::string _path;
     HPROFJOB _job;
-    std::int32_t _form;
 };
 
 struct Entry

@@ -83,8 +83,9 @@ bool RaiseDescriptorLimit()
 
 mode_t ModeOf(const Place& place, const Request& request)
 {
-    constexpr mode_t kUsual = 0666;
-    return request.mode ? *request.mode : place.folder ? kUsual : ModeOfNew(place.path, kUsual);
+    // Temporary files contain what others may not be allowed to read.
+    const mode_t usual = request.Has(FILE_ATTRIBUTE_TEMPORARY) ? 0600 : 0666;
+    return request.mode ? *request.mode : place.folder ? usual : ModeOfNew(place.path, usual);
 }
 
 int OpenDescriptor(const Place& place, const Request& request, int flags)

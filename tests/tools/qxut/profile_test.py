@@ -111,6 +111,72 @@ class ProfileCommands(commands.CommandTest):
         self.assertEqual(source.read_bytes(), before)
         self.assertEqual(self.qxut("get", str(self.folder / "out"), "--path", "Type"), "Changed\n")
 
+    def test_changes_in_place_lose_nothing(self):
+        head = XML_HEAD + "<profile>\n"
+        fields = '<?xml version="1.0" encoding="UTF-8"?>\n<xfdf xmlns="x">\n<fields>\n'
+        field = '<field name="a">\n<value>1</value>\n</field>\n'
+        end = "</fields>\n</xfdf>\n"
+        lossy = [
+            ((SETTINGS / "smb.conf").read_text(), "not a profile"),
+            ((SETTINGS / "python3.11.desktop").read_text(), "the first section and the order of sections"),
+            ("[a]\nx=1\n; note\n", "comments"), ("[/]\n# note\na=1\n", "comments"),
+            ("[/]\n{\na=1\n}\nb=2\n", "no entry"), ("x\n[/]\na=1\n", "no entry"), ("[/]\n[l] x\na=1\n}\n", "no entry"),
+            ("[/]\n{ x\na=1\n", "no entry"), ("[/]\na=1\0x\n", "no entry"), ("[/]\na\tb=1\n", "no entry"),
+            ("[/]\n {\n a=1\n [l]\n  {\n  b=1\n", "ends inside a list"), ("[/]\n {\n a=1", "ends inside a list"),
+            (head + "<!-- note -->\n</profile>\n", "comments"), (head + "<other>\n</profile>\n", "no entry"),
+            (head + '<item name="a" b="c">1</item>\n</profile>\n', "no entry"),
+            (head + '<item name="a">1</item> x\n</profile>\n', "no entry"),
+            (head + '<item name="a">&#x000a;</item>\n</profile>\n', "no entry"),
+            (head + '<list name="l">\n<item name="a">1</item>\n', "ends inside a list"),
+            (fields + f'<field name="l">\n{field}</field>\n' + end, "nesting"),
+            (fields + field + "<!-- note -->\n" + end, "comments"), (fields + '<f href="a.pdf"/>\n' + end, "no entry"),
+            (fields + '<field name="a"/>\n' + end, "no entry"), (fields + field, "ends inside a list")]
+        kept = ["", "[/]\n", "[/]\n  a b = c \n[l]\nx\n}\n\n[/]\n{\n}\n}\n",
+                head + '<item name="a">&#x41;&cr;</item>\n<list name="l">\n</list>\n</profile>\n', fields + field + end]
+        name = self.folder / "checked"
+        for text, reason in lossy + [(text, None) for text in kept]:
+            for encoding in ("utf-8-sig", "utf-16"):
+                content = text.encode(encoding) if text else b""
+                if "xfdf" in text and encoding == "utf-16":
+                    continue
+                for command in (["set", "--path", "n", "1"], ["append", "--path", "n", "1"], ["delete", "--path", "a"]):
+                    with self.subTest(text, command=command):
+                        name.write_bytes(content)
+                        if reason is None:
+                            if command[0] != "delete":
+                                self.qxut(command[0], str(name), *command[1:])
+                                self.assertIn("n = 1", self.show(str(name)))
+                            continue
+                        message = self.qxut(command[0], str(name), *command[1:], code=6)
+                        self.assertIn(f"{name}: not changed", message)
+                        self.assertIn(reason, message)
+                        self.assertEqual(name.read_bytes(), content)
+                if reason is not None:
+                    self.qxut("set", str(name), "--path", "n", "1", "--output", str(self.folder / "out"))
+                    self.assertEqual(name.read_bytes(), content)
+                    self.qxut("set", str(name), "--path", "n", "1", "--force")
+                    self.assertEqual(name.read_bytes(), (self.folder / "out").read_bytes())
+        self.assertIn("not changed", self.qxut("copy", self.file, self.write("ini", "[a]\nx=1\n"), code=6))
+        cut = self.write("cut", "[/]\n {\n a=1\n")
+        done = subprocess.run([*commands.COMMAND, "profile", "get", cut, "--path", "a"], capture_output=True)
+        self.assertEqual((done.returncode, done.stdout.strip()), (0, b"1"))
+        self.assertIn(b"ends inside a list", done.stderr)
+
+    def test_limit_of_unpacking(self):
+        def packed(name, text):
+            compressor = zlib.compressobj(9, wbits=-15)
+            path = self.folder / name
+            path.write_bytes(b"ZxvQ" + compressor.compress(text.encode("utf-16")) + compressor.flush())
+            return str(path)
+
+        small = packed("small", "[/]\n {\na=1\nb=" + "x" * 1000000 + "\n }\n")  # 1,000 times, but less than 64 MB
+        large = packed("large", "[/]\n {\na=1\nb=" + "x" * 35000000 + "\n }\n")
+        self.assertEqual(self.qxut("get", small, "--path", "a"), "1\n")
+        self.assertIn("--max-size", self.qxut("get", large, "--path", "a", code=5))
+        self.assertIn("--max-size", self.qxut("get", small, "--path", "a", "--max-size", "1MB", code=5))
+        for size in ("0", "100MB"):
+            self.assertEqual(self.qxut("get", large, "--path", "a", "--max-size", size), "1\n")
+
     def test_delete(self):
         self.assertEqual(json.loads(self.qxut("delete", self.file, "--path", "l/b", "--json"))["changed"], 3)
         self.assertIn("no value 'l'", self.qxut("delete", self.file, "--path", "l", code=1))
@@ -148,7 +214,7 @@ class ProfileCommands(commands.CommandTest):
             for pack in ([], ["--pack"]):
                 with self.subTest(form, pack=pack):
                     self.qxut("convert", self.file, changed, "--form", form, *pack)
-                    self.qxut("set", changed, "--path", "a", "new")
+                    self.qxut("set", changed, "--path", "a", "new", "--force")  # XFDF loses its nesting
                     self.qxut("convert", changed, expected, "--form", form, *pack)
                     content = pathlib.Path(changed).read_bytes()
                     self.assertEqual(content, pathlib.Path(expected).read_bytes())

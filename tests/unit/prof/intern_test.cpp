@@ -5,6 +5,8 @@
 
 #include <cstdint>
 #include <cstring>
+#include <map>
+#include <random>
 #include <set>
 #include <utility>
 #include <vector>
@@ -29,6 +31,19 @@ bool AreNamesShared()
     AppendLeafByPath(job->Root(), L"a", L"1");
     AppendLeafByPath(job->Root(), L"l/a", L"2");
     return &FindLeafByPath(job->Root(), L"a")->Name() == &FindLeafByPath(job->Root(), L"l/a")->Name();
+}
+
+// Loads 20,000 values of a field whose name has 40,000 characters.
+bool AreManyLongNamesLoaded()
+{
+    std::string source = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<xfdf >\n";
+    for (int i = 0; i < 20000; ++i)
+        source += "<field name=\"x\">\n";
+    for (int i = 0; i < 20000; ++i)
+        source += "<value/>\n";
+    const JobHolder job = NewJob();
+    clsFileRO file{MemoryStream(source)};
+    return job->Load(file);
 }
 
 // Returns the unit that takes the hash from one state to another. Each step of the hash is invertible.
@@ -84,6 +99,7 @@ TEST(ProfIntern, SwitchInTheRegistry)
             static_cast<DWORD>((wcslen(value) + 1) * sizeof(wchar_t)));
         EXPECT_EQ(AreValuesShared(L"text"), *value == L'T') << String(value).NarrowText();
         EXPECT_EQ(AreNamesShared(), *value == L'T') << String(value).NarrowText();
+        EXPECT_EQ(AreManyLongNamesLoaded(), *value == L'T') << "names that aren't shared count once for each value";
     }
     RegDeleteValueW(key, L"ProfCacheEnabled");
     RegCloseKey(key);
@@ -103,6 +119,76 @@ TEST(ProfIntern, ChangingAValueForEverTakesNoMemory)
         SetLeafByPath(job->Root(), L"a", L"text");
     }
     EXPECT_LT(places.size(), 60u);
+}
+
+// Values of both kinds, shared and owned by their item, that grow and shrink for ever: what they release is reused.
+TEST(ProfIntern, ValuesThatChangeTheirSizesWasteLittle)
+{
+    const auto text = [](wchar_t first, std::size_t length, std::size_t number)
+    {
+        std::vector<wchar_t> characters(length, first);
+        for (std::size_t i = 1; i < length && number != 0; ++i, number /= 10)
+            characters[i] = static_cast<wchar_t>(L'0' + number % 10);
+        return characters;
+    };
+    const auto set = [](const JobHolder& job, std::size_t item, const std::vector<wchar_t>& value)
+    {
+        SetLeafByPath(job->Root(), String::FromInt(static_cast<int>(item)), {value.data(), value.size()});
+    };
+    for (const wchar_t first : {L'x', L'1'})
+    {
+        const JobHolder large = NewJob();
+        for (std::size_t i = 0; i < 500; ++i)
+            set(large, 0, text(first, (i + 1) * 1000, 0));
+        EXPECT_LT(large->Arena().Bytes(), 1500000u) << "one value, growing";
+
+        constexpr std::size_t kItems = 2000;
+        const JobHolder many = NewJob();
+        for (std::size_t length = 8; length <= 500; length += 8)
+            for (std::size_t i = 0; i < kItems; ++i)
+                set(many, i, text(first, length, i));
+        EXPECT_LT(many->Arena().Bytes(), 3 * kItems * 1000) << "growing together";
+        for (std::size_t length = 500; length >= 8; length -= 4)
+            for (std::size_t i = 0; i < kItems; ++i)
+                set(many, i, text(first, length, i));
+        EXPECT_LT(many->Arena().Bytes(), 2000000u) << "shrinking together";
+        for (std::size_t i = 0; i < kItems; ++i)
+            EXPECT_TRUE(FindLeafByPath(many->Root(), String::FromInt(static_cast<int>(i)))->Value() ==
+                        std::wstring_view(text(first, 8, i).data(), 8));
+    }
+}
+
+// A shared value lives as long as any item uses it, however the others lose theirs.
+TEST(ProfIntern, SharedValuesLiveWithTheirLastItem)
+{
+    const JobHolder job = NewJob();
+    std::mt19937 random(5);
+    std::map<int, int> model;
+    for (int step = 0; step < 50000; ++step)
+    {
+        const int name = static_cast<int>(random() % 40);
+        const int value = static_cast<int>(random() % 30);
+        const String path = String::FromInt(name);
+        const auto action = random() % 10;
+        if (action == 0)
+        {
+            RemoveByPath(job->Root(), path, ItemKind::Leaf);
+            model.erase(name);
+        }
+        else if (action < 6)
+        {
+            SetLeafByPath(job->Root(), path, String(String::kFormatted, L"value %d", value).View());
+            model[name] = value;
+        }
+        else if (const clsItem* leaf = FindLeafByPath(job->Root(), path))
+            SetLeafByPath(job->Root(), path, leaf->Value()); // which is the old value itself
+        if (step % 100 == 0)
+        {
+            for (const auto& [known, expected] : model)
+                ASSERT_STREQ(FindLeafByPath(job->Root(), String::FromInt(known))->ValueText(),
+                    String(String::kFormatted, L"value %d", expected).Text());
+        }
+    }
 }
 
 // Names constructed to have the same hash, as in a hostile file. The intern table and the list's index give up on them,

@@ -4,6 +4,7 @@
 #include "unit/prof/job_support.h"
 
 #include <algorithm>
+#include <chrono>
 #include <random>
 #include <tuple>
 #include <vector>
@@ -281,6 +282,32 @@ TEST(ProfXfdf, NamesOfNestedFieldsAreBounded)
     EXPECT_NE(lines.Entries().front().text.View().find(L"prof::xml::field: too many fields inside each other"),
         std::wstring_view::npos);
     EXPECT_GT(job->Root().Count(), 300u);
+}
+
+// The values of the innermost field share one long name, which must not be read or stored again for each of them.
+TEST(ProfXfdf, ManyValuesInDeepFieldsTakeLinearTime)
+{
+    constexpr int kCount = 64000;
+    const auto source = [](int depth)
+    {
+        std::string lines(kXfdfTag);
+        for (int i = 0; i < depth; ++i)
+            lines += "<field name=\"x\">\n";
+        for (int i = 0; i < kCount; ++i)
+            lines += "<value>1</value>\n";
+        return XfdfSource(lines);
+    };
+    const auto secondsOf = [](const std::string& bytes)
+    {
+        const auto start = std::chrono::steady_clock::now();
+        const JobHolder job = NewJob();
+        clsFileRO file{MemoryStream(bytes)};
+        EXPECT_TRUE(job->Load(file));
+        EXPECT_EQ(job->Root().Count(), std::size_t{kCount});
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    };
+    const double flat = secondsOf(source(1));
+    EXPECT_LT(secondsOf(source(kCount)), 30 * flat) << "a factor, because the machine may be busy";
 }
 
 // What can't be read back must not be written.

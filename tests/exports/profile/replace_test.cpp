@@ -1,0 +1,174 @@
+// Saves on linux, which replace the file: what stays of it, and who may open it in the meantime.
+#include "exports/profile/support.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <thread>
+
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+using namespace profiletest;
+namespace fs = std::filesystem;
+
+namespace
+{
+
+constexpr wchar_t kSide[] = L".file.qxsave";
+
+struct stat StatOf(const std::string& path)
+{
+    struct stat info
+    {
+    };
+    EXPECT_EQ(lstat(path.c_str(), &info), 0) << path;
+    return info;
+}
+
+std::int32_t SaveValue(const std::string& path, const wchar_t* value)
+{
+    const Job job;
+    ProfSetStringW(job, nullptr, L"a", value);
+    return job.Save(path);
+}
+
+std::size_t CountFiles(const TempFolder& folder)
+{
+    const fs::path parent = fs::path(folder.Path("x")).parent_path();
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(parent), fs::directory_iterator()));
+}
+
+} // namespace
+
+TEST(ProfileReplace, KeepsModeAndLinks)
+{
+    const TempFolder folder;
+    const std::string path = folder.Make("file", "[/]\r\na=0\r\n");
+    ASSERT_EQ(chmod(path.c_str(), 0640), 0);
+    const ino_t before = StatOf(path).st_ino;
+    ASSERT_EQ(SaveValue(path, L"1"), PROF_OK);
+    EXPECT_EQ(StatOf(path).st_mode & 07777, 0640u);
+    EXPECT_NE(StatOf(path).st_ino, before) << "another file";
+
+    const std::string link = folder.Path("link");
+    fs::create_symlink("file", link);
+    ASSERT_EQ(SaveValue(link, L"2"), PROF_OK);
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_EQ(Tree(Job(path)), "a=2;");
+
+    const std::string second = folder.Path("second");
+    fs::create_hard_link(path, second);
+    ASSERT_EQ(SaveValue(path, L"3"), PROF_OK);
+    EXPECT_EQ(StatOf(path).st_ino, StatOf(second).st_ino);
+    EXPECT_EQ(Tree(Job(second)), "a=3;");
+
+    fs::create_symlink("target", folder.Path("dangling"));
+    ASSERT_EQ(SaveValue(folder.Path("dangling"), L"4"), PROF_OK);
+    EXPECT_EQ(Tree(Job(folder.Path("target"))), "a=4;");
+
+    const mode_t mask = umask(027);
+    ASSERT_EQ(SaveValue(folder.Path("new"), L"5"), PROF_OK);
+    umask(mask);
+    EXPECT_EQ(StatOf(folder.Path("new")).st_mode & 07777, 0640u);
+    EXPECT_EQ(CountFiles(folder), 6u);
+}
+
+// What a killed save has left is reused, and what someone else has put in its place isn't followed.
+TEST(ProfileReplace, SideFilesOfOthers)
+{
+    const TempFolder folder;
+    const std::string path = folder.Make("file", "[/]\r\na=0\r\n");
+    const std::string victim = folder.Make("victim", "unchanged");
+    const std::string side = folder.Path(Utf8(kSide));
+    fs::create_symlink("victim", side);
+    ASSERT_EQ(SaveValue(path, L"1"), PROF_OK);
+    folder.Make(Utf8(kSide), "left by a killed process");
+    ASSERT_EQ(SaveValue(path, L"2"), PROF_OK);
+    EXPECT_FALSE(fs::exists(side));
+    EXPECT_EQ(BytesOf(victim), "unchanged");
+    fs::create_directory(side);
+    ASSERT_EQ(SaveValue(path, L"3"), PROF_OK) << "in place";
+    EXPECT_EQ(Tree(Job(path)), "a=3;");
+}
+
+TEST(ProfileReplace, FullDiskLeavesTheOldFileAndNoNewOne)
+{
+    const TempFolder folder;
+    const std::string path = folder.Make("file", "[/]\r\na=0\r\n");
+    const Job job;
+    ProfSetStringW(job, nullptr, L"a", Wide(100000, L'x'));
+    const Job held = Job::Exclusive(folder.Make("held", "[/]\r\na=0\r\n"));
+    ProfSetStringW(held, nullptr, L"a", Wide(100000, L'x'));
+
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit small{50000, limit.rlim_max};
+    const auto handler = signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    const std::int32_t existing = job.Save(path);
+    const std::int32_t fresh = job.Save(folder.Path("new"));
+    const std::int32_t inPlace = ProfSaveW(held, nullptr, PROF_FORM_TEXT);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    signal(SIGXFSZ, handler);
+    EXPECT_EQ(existing, PROF_ERR_WRITE_FAILED);
+    EXPECT_EQ(fresh, PROF_ERR_WRITE_FAILED);
+    EXPECT_EQ(inPlace, PROF_ERR_WRITE_FAILED);
+    EXPECT_EQ(BytesOf(path), "[/]\r\na=0\r\n");
+    EXPECT_EQ(BytesOf(folder.Path("held")), "[/]\r\na=0\r\n");
+    EXPECT_EQ(CountFiles(folder), 2u);
+    EXPECT_EQ(ProfSaveW(held, nullptr, PROF_FORM_TEXT), PROF_OK) << "once there is room";
+}
+
+TEST(ProfileReplace, HeldFileIsNeverFree)
+{
+    const TempFolder folder;
+    const std::string path = folder.Path("file");
+    const Job held = Job::Exclusive(path);
+    std::atomic<bool> isDone = false;
+    std::atomic<int> tries = 0;
+    auto intruder = std::async(std::launch::async,
+        [&]
+        {
+            const Wide name(path);
+            for (; !isDone; ++tries)
+            {
+                const HANDLE file = CreateFileW(name, GENERIC_WRITE,
+                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING, 0, nullptr);
+                if (file != INVALID_HANDLE_VALUE)
+                {
+                    CloseHandle(file);
+                    return false;
+                }
+            }
+            return true;
+        });
+    std::int32_t error = PROF_OK;
+    for (int i = 0; i < 200 && error == PROF_OK; ++i)
+    {
+        ProfSetStringW(held, nullptr, L"a", Wide(std::to_string(i)));
+        error = ProfSaveW(held, nullptr, PROF_FORM_TEXT);
+    }
+    isDone = true;
+    EXPECT_EQ(error, PROF_OK);
+    EXPECT_TRUE(intruder.get()) << "after " << tries << " tries";
+    EXPECT_EQ(Tree(Job(path)), "a=199;");
+}
+
+TEST(ProfileReplace, WaitingReaderOpensTheNewFile)
+{
+    const TempFolder folder;
+    const std::string path = folder.Make("file", "[/]\r\na=old\r\n");
+    const std::string fresh = folder.Make("fresh", "[/]\r\na=new\r\n");
+    const HANDLE old = CreateFileW(Wide(path), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+        OPEN_EXISTING, 0, nullptr);
+    ASSERT_TRUE(LockFile(old, 0, 0, 1, 0));
+    auto reader = std::async(std::launch::async, [&] { return Tree(Job(path)); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    fs::rename(fresh, path);
+    UnlockFile(old, 0, 0, 1, 0);
+    CloseHandle(old);
+    EXPECT_EQ(reader.get(), "a=new;");
+}
