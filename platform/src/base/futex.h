@@ -12,5 +12,6 @@ namespace qxplatform
 void FutexWait(LONG* word, LONG value, const timespec* end = nullptr);
 // The word itself isn't looked at, and may be gone by now: whoever sleeps on another one at its place looks again.
 void FutexWakeOne(LONG* word);
+void FutexWakeAll(LONG* word);
 
 } // namespace qxplatform

@@ -1,5 +1,7 @@
 #include "base/handle_table.h"
 
+#include "base/mutex.h"
+
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -65,7 +67,7 @@ private:
     std::uint32_t TakeFree();
 
     std::array<std::atomic<Chunk*>, kChunkCount> _chunks{};
-    std::mutex _freeLock; // guards what follows
+    Mutex _freeLock; // guards what follows
     std::uint32_t _used = 0;
     std::uint32_t _firstFree = kNoEntry;
     std::uint32_t _lastFree = kNoEntry;

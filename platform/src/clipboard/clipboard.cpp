@@ -26,8 +26,8 @@ class OpenedClipboard
 public:
     static OpenedClipboard& Instance()
     {
-        static OpenedClipboard& opened = MakeForever<OpenedClipboard>();
-        return opened;
+        static constinit Forever<OpenedClipboard> opened;
+        return opened.Get();
     }
 
     BOOL Open(HWND window)
@@ -129,7 +129,7 @@ private:
         _blocks.clear();
     }
 
-    std::mutex _mutex;
+    Mutex _mutex;
     Descriptor _file; // the lock, while it is open
     DWORD _thread = 0;
     HWND _window = nullptr;

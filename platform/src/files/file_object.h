@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/descriptor.h"
+#include "base/mutex.h"
 #include "base/object.h"
 #include "files/byte_locks.h"
 
@@ -41,7 +42,7 @@ public:
 
     // The file pointer belongs to the object: handles duplicated from each other share it. Whoever moves it or
     // transfers bytes at it holds the lock.
-    std::mutex positionLock;
+    Mutex positionLock;
     std::int64_t position = 0;
 
 private:
@@ -50,7 +51,7 @@ private:
     Descriptor _descriptor;
     const Options _options;
     const pid_t _creator;
-    std::mutex _deleteLock;
+    Mutex _deleteLock;
     bool _isDeleted = false;
 };
 

@@ -1,6 +1,8 @@
+#include <mutex>
 #include <fileapi.h>
 
 #include "base/handle_table.h"
+#include "base/mutex.h"
 #include "files/file_object.h"
 
 #include <algorithm>
@@ -48,7 +50,7 @@ public:
 private:
     FileObject& _file;
     OVERLAPPED* const _overlapped;
-    std::optional<std::unique_lock<std::mutex>> _guard;
+    std::optional<std::unique_lock<Mutex>> _guard;
 };
 
 // Calls `move(done)` until all is moved, or nothing more comes. The result is 0 or errno.

@@ -1,9 +1,11 @@
 // A queue from which waiting threads take: each item goes to one of them, the one that waits for the shortest time.
 #pragma once
 
-#include "threads/futex.h"
+#include "base/futex.h"
+#include "base/mutex.h"
 #include "threads/wait.h"
 
+#include <mutex>
 #include <sysinfoapi.h>
 
 #include <algorithm>
@@ -99,6 +101,14 @@ public:
         return removed;
     }
 
+    template <class Predicate>
+    std::size_t CountIf(Predicate predicate)
+    {
+        const std::lock_guard guard(_lock);
+        return static_cast<std::size_t>(
+            std::count_if(_items.begin() + static_cast<std::ptrdiff_t>(_first), _items.end(), predicate));
+    }
+
     bool IsSignalled() const override { return _hasEnded || Count() != 0; }
 
     // Runs on the thread that waited.
@@ -124,7 +134,7 @@ private:
         _first = 0;
     }
 
-    mutable std::mutex _lock;
+    mutable Mutex _lock;
     std::vector<Item> _items; // from _first on; those in front of it were taken
     std::size_t _first = 0;
     std::atomic<std::size_t> _count = 0; // of those that are there; changed under the lock

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "base/environment.h"
+#include "base/forever.h"
 #include "text/code_page.h"
 #include "text/posix_locale.h"
 
@@ -45,8 +46,8 @@ UINT FromEnvironment()
 // Read once: the system's default page does not change under a running process either.
 UINT DefaultCodePage()
 {
-    static const UINT page = FromEnvironment();
-    return page;
+    static constinit Forever<UINT> page;
+    return page.Get(&FromEnvironment);
 }
 
 // The console page that the system pairs with each default page.

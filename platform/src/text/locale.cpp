@@ -63,8 +63,8 @@ constexpr LCID AMERICAN_ENGLISH = MAKELCID(MAKELANGID(LANG_ENGLISH, SUBLANG_ENGL
 
 const Locale& InvariantLocale()
 {
-    static const Locale& locale = MakeForever<Locale>("", "", static_cast<LCID>(LOCALE_INVARIANT));
-    return locale;
+    static constinit Forever<Locale> locale;
+    return locale.Get([] { return Locale{"", "", static_cast<LCID>(LOCALE_INVARIANT)}; });
 }
 
 template <class Call>
@@ -154,7 +154,7 @@ public:
     }
 
 private:
-    std::mutex _mutex;
+    Mutex _mutex;
     std::map<Key, Locale> _locales; // whose elements stay where they are
 };
 
@@ -201,14 +201,14 @@ std::optional<Locale> MakeByName(const std::string& name)
 
 const Locale& UserLocale()
 {
-    static const Locale& locale = MakeForever<Locale>(FromEnvironment("LC_TIME"));
-    return locale;
+    static constinit Forever<Locale> locale;
+    return locale.Get([] { return FromEnvironment("LC_TIME"); });
 }
 
 const Locale& UserInterfaceLocale()
 {
-    static const Locale& locale = MakeForever<Locale>(FromEnvironment("LC_MESSAGES"));
-    return locale;
+    static constinit Forever<Locale> locale;
+    return locale.Get([] { return FromEnvironment("LC_MESSAGES"); });
 }
 
 const Locale* FindLocale(LCID lcid)
@@ -226,8 +226,8 @@ const Locale* FindLocale(LCID lcid)
     case LOCALE_INVARIANT:
         return &InvariantLocale();
     default:
-        static KnownLocales<LCID>& known = MakeForever<KnownLocales<LCID>>();
-        return known.Get(lcid, [lcid] { return MakeByNumber(lcid); });
+        static constinit Forever<KnownLocales<LCID>> known;
+        return known.Get().Get(lcid, [lcid] { return MakeByNumber(lcid); });
     }
 }
 
@@ -238,8 +238,8 @@ const Locale* FindLocale(std::string_view name)
     if (name == "!x-sys-default-locale")
         return &UserLocale();
     const std::string key(name);
-    static KnownLocales<std::string>& known = MakeForever<KnownLocales<std::string>>();
-    return known.Get(key, [&key] { return MakeByName(key); });
+    static constinit Forever<KnownLocales<std::string>> known;
+    return known.Get().Get(key, [&key] { return MakeByName(key); });
 }
 
 const Locale* FindLocale(const wchar_t* name)

@@ -78,8 +78,8 @@ int AddModule(dl_phdr_info* module, std::size_t, void* context)
 
 void RefreshLayerCode()
 {
-    static std::mutex& lock = MakeForever<std::mutex>();
-    static auto& lists = MakeForever<std::vector<std::unique_ptr<const CodeList>>>();
+    static constinit Mutex lock;
+    static constinit Forever<std::vector<std::unique_ptr<const CodeList>>> lists;
     auto list = std::make_unique<CodeList>();
     dl_iterate_phdr(&AddModule, list.get());
     const std::lock_guard guard(lock);
@@ -87,7 +87,7 @@ void RefreshLayerCode()
     if (known != nullptr && known->loads >= list->loads)
         return;
     codeList.store(list.get());
-    lists.push_back(std::move(list));
+    lists.Get().push_back(std::move(list));
 }
 
 bool IsInLayerCode(std::uintptr_t address)

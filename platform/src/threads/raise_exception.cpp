@@ -20,14 +20,14 @@ namespace
 
 struct Handlers
 {
-    std::mutex lock;
+    Mutex lock;
     std::list<PVECTORED_EXCEPTION_HANDLER> list; // the address of an element is its handle
 };
 
 Handlers& TheHandlers()
 {
-    static Handlers& handlers = MakeForever<Handlers>();
-    return handlers;
+    static constinit Forever<Handlers> handlers;
+    return handlers.Get();
 }
 
 // Handlers may come and go while one runs.

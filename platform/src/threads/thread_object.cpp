@@ -4,13 +4,13 @@
 
 #include "base/fail.h"
 #include "base/forever.h"
+#include "base/futex.h"
 #include "threads/held_sections.h"
 #include "threads/stop_signal.h"
 #include "time/file_time.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <condition_variable>
 #include <ctime>
 #include <unordered_map>
 
@@ -27,14 +27,8 @@ namespace
 // The living threads by id, guarded by the dispatcher's lock.
 std::unordered_map<DWORD, ThreadObject*>& Threads()
 {
-    static auto& threads = MakeForever<std::unordered_map<DWORD, ThreadObject*>>();
-    return threads;
-}
-
-std::condition_variable& ThreadHasRegistered()
-{
-    static auto& condition = MakeForever<std::condition_variable>();
-    return condition;
+    static constinit Forever<std::unordered_map<DWORD, ThreadObject*>> threads;
+    return threads.Get();
 }
 
 // The destructor of this key's values runs when the thread's thread-local objects are gone: the last moment before its
@@ -108,8 +102,8 @@ Ref<ThreadObject> ThreadObject::Start(Routine routine, void* argument, std::size
         errno = code;
         return {};
     }
-    std::unique_lock guard(DispatcherLock());
-    ThreadHasRegistered().wait(guard, [&thread] { return thread->_id.load() != 0; });
+    while (std::atomic_ref(thread->_isRegistered).load() == FALSE)
+        FutexWait(&thread->_isRegistered, FALSE);
     return thread;
 }
 
@@ -145,8 +139,40 @@ void ThreadObject::Register()
     const std::lock_guard guard(DispatcherLock());
     _id = GetCurrentThreadId();
     Threads()[_id] = this;
-    ThreadHasRegistered().notify_all();
+    std::atomic_ref(_isRegistered).store(TRUE);
+    FutexWakeOne(&_isRegistered);
 }
+
+// The threads of the parent count as ended: who waits for one of them would wait for ever.
+void ThreadObject::AfterForkInChild()
+{
+    constexpr DWORD kGone = 1;
+    const std::lock_guard guard(DispatcherLock());
+    std::unordered_map<DWORD, ThreadObject*>& threads = Threads();
+    for (const auto& [id, thread] : threads)
+        if (thread != current)
+        {
+            if (!thread->_terminationCode)
+                thread->_terminationCode = kGone;
+            thread->_waiter = nullptr;
+            thread->_hasEnded = true;
+        }
+    threads.clear();
+    if (current == nullptr)
+        return;
+    current->_id = GetCurrentThreadId();
+    threads[current->_id] = current;
+}
+
+namespace
+{
+
+[[gnu::constructor]] void PrepareThreadsForForks()
+{
+    pthread_atfork(nullptr, nullptr, &ThreadObject::AfterForkInChild);
+}
+
+} // namespace
 
 ThreadObject* ThreadObject::CurrentIfKnown()
 {

@@ -64,6 +64,8 @@ public:
     // critical section: then it goes on until it has left the last one.
     void LeaveGate();
 
+    static void AfterForkInChild();
+
     BOOL QueueApc(const Apc& apc);
     // Runs what is queued to the calling thread.
     void RunApcs();
@@ -94,6 +96,7 @@ private:
     const Routine _routine; // null for a thread that the layer didn't start
     void* const _argument;
     std::atomic<DWORD> _id = 0;
+    LONG _isRegistered = FALSE; // its starter sleeps on it
     std::atomic<int> _priority = 0;
     DWORD _exitCode = 0; // of the thread itself
     sigjmp_buf _start;

@@ -1,11 +1,13 @@
+#include "base/mutex.h"
 #include "threads/wait.h"
 
+#include <mutex>
 #include <synchapi.h>
 #include <winbase.h>
 
 #include "base/handle_table.h"
 #include "base/pseudo_handles.h"
-#include "threads/futex.h"
+#include "base/futex.h"
 #include "threads/held_sections.h"
 #include "threads/thread_object.h"
 
@@ -24,10 +26,27 @@ struct Waiter
     LONG isWoken = FALSE; // and has not looked again since
 };
 
-std::mutex& DispatcherLock()
+Mutex& DispatcherLock()
 {
-    static std::mutex* const lock = new std::mutex; // outlives the static objects of callers
-    return *lock;
+    static constinit Mutex lock;
+    return lock;
+}
+
+// In a forked child the waits of the parent's threads are gone, and their stacks may serve other threads.
+void Waitable::ForgetForeignWaiters()
+{
+    if (_generation == ForkGeneration())
+        return;
+    _generation = ForkGeneration();
+    _waiters.clear();
+    _waiterCount = 0;
+}
+
+void Waitable::AddWaiter(Waiter& waiter)
+{
+    ForgetForeignWaiters();
+    _waiters.push_back(&waiter);
+    ++_waiterCount;
 }
 
 void Waitable::RemoveWaiter(Waiter& waiter)
@@ -38,12 +57,14 @@ void Waitable::RemoveWaiter(Waiter& waiter)
 
 void Waitable::WakeWaiters()
 {
+    ForgetForeignWaiters();
     for (Waiter* const waiter : _waiters)
         WakeWaiter(*waiter);
 }
 
 LONG* Waitable::MarkLatestWaiter()
 {
+    ForgetForeignWaiters();
     const auto latest =
         std::find_if(_waiters.rbegin(), _waiters.rend(), [](const Waiter* waiter) { return !waiter->isWoken; });
     if (latest == _waiters.rend())

@@ -1,6 +1,7 @@
 // Objects that can be waited for.
 #pragma once
 
+#include "base/mutex.h"
 #include "base/object.h"
 
 #include <atomic>
@@ -15,7 +16,7 @@ struct Waiter;
 
 // One lock guards the state of all such objects, so that a wait for several sees them at one moment. It is held for
 // moments only.
-std::mutex& DispatcherLock();
+Mutex& DispatcherLock();
 
 class Waitable : public Object
 {
@@ -31,11 +32,7 @@ public:
     // What a wait that ends by this object does to it.
     virtual void Take() {}
 
-    void AddWaiter(Waiter& waiter)
-    {
-        _waiters.push_back(&waiter);
-        ++_waiterCount;
-    }
+    void AddWaiter(Waiter& waiter);
     void RemoveWaiter(Waiter& waiter);
 
 protected:
@@ -47,14 +44,21 @@ protected:
     // for that first.
     LONG* MarkLatestWaiter();
 
-    std::size_t WaiterCount() const { return _waiters.size(); }
+    std::size_t WaiterCount()
+    {
+        ForgetForeignWaiters();
+        return _waiters.size();
+    }
 
     // Without the lock. A wait is counted before it looks at its objects, so that whoever changes an object and then
     // finds nobody here has been seen.
     bool HasWaiters() const { return _waiterCount.load() != 0; }
 
 private:
+    void ForgetForeignWaiters();
+
     std::vector<Waiter*> _waiters;
+    unsigned _generation = ForkGeneration(); // of the process whose threads wait
     std::atomic<std::size_t> _waiterCount = 0; // of them
 };
 
