@@ -19,6 +19,23 @@ if(NOT WIN32)
     set(QXUT_SYSTEM_LIBRARY -lqxplatform)
 endif()
 
+# A sanitizer's reports are of use only with what would be taken out here.
+if(NOT QXUT_SANITIZE)
+    set(split_files "${CMAKE_INSTALL_BINDIR}/$<TARGET_FILE_NAME:qxut>")
+    if(WIN32)
+        list(APPEND split_files "${CMAKE_INSTALL_BINDIR}/$<TARGET_FILE_NAME:qxUT23>")
+    else()
+        list(APPEND split_files
+            "${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:qxUT23>" "${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:qxplatform>")
+    endif()
+    install(CODE "
+        set(QX_FILES \"${split_files}\")
+        set(QX_OBJCOPY \"${CMAKE_OBJCOPY}\")
+        set(QX_READELF \"${CMAKE_READELF}\")
+        set(QX_WINDOWS \"${WIN32}\")")
+    install(SCRIPT cmake/SplitDebug.cmake)
+endif()
+
 foreach(package IN LISTS packages)
     configure_file("cmake/${package}.pc.in" "${CMAKE_BINARY_DIR}/${package}.pc" @ONLY)
     install(FILES "${CMAKE_BINARY_DIR}/${package}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
@@ -28,3 +45,5 @@ set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/qxUT23")
 install(EXPORT qxUT23Targets NAMESPACE qxUT23:: DESTINATION "${package_folder}" FILE qxUT23Config.cmake)
 write_basic_package_version_file("${CMAKE_BINARY_DIR}/qxUT23ConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
 install(FILES "${CMAKE_BINARY_DIR}/qxUT23ConfigVersion.cmake" DESTINATION "${package_folder}")
+
+install(FILES LICENSE THIRD-PARTY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")

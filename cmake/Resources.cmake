@@ -21,7 +21,7 @@ function(qx_add_resources target script)
     set(QX_RESOURCE_FILE "${base}.res")
     add_custom_command(OUTPUT "${QX_RESOURCE_FILE}"
         COMMAND "${QX_WINDRES}" --preprocessor "${CMAKE_C_COMPILER}" --preprocessor-arg=-E --preprocessor-arg=-xc-header
-            --preprocessor-arg=-DRC_INVOKED -O res -i "${script}" -o "${QX_RESOURCE_FILE}"
+            --preprocessor-arg=-DRC_INVOKED -I "${PROJECT_SOURCE_DIR}/platform/include" -O res -i "${script}" -o "${QX_RESOURCE_FILE}"
         DEPENDS "${script}" ${ARG_DEPENDS}
         VERBATIM)
     configure_file("${PROJECT_SOURCE_DIR}/cmake/resource_note.c.in" "${base}.c" @ONLY)

@@ -12,7 +12,7 @@
 using namespace qx;
 
 // The bytes are 16-bit units in little-endian order; a zero is a unit like any other.
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     std::vector<wchar_t> units(size / 2);
     if (!units.empty())

@@ -17,10 +17,19 @@
 
 #if defined(_WIN32)
 #define QXUT_API
-#define QXUT_SYSTEM_API(type) __declspec(dllimport) type __stdcall /* a function that the operating system provides */
 #else
 #define QXUT_API __attribute__((visibility("default")))
+#endif
+
+/* Declares a function of the system: QXUT_SYSTEM_API(type) name(arguments) QXUT_SYSTEM(name). On windows the system
+   provides it. Elsewhere the platform library provides it under the link name qxp_NAME, because other libraries in the
+   process may export the plain name. */
+#if defined(_WIN32)
+#define QXUT_SYSTEM_API(type) __declspec(dllimport) type __stdcall
+#define QXUT_SYSTEM(name)
+#else
 #define QXUT_SYSTEM_API(type) QXUT_API type
+#define QXUT_SYSTEM(name) __asm__("qxp_" #name)
 #endif
 
 QXUT_EXTERN_C_BEGIN

@@ -13,13 +13,13 @@ QXUT_EXTERN_C_BEGIN
 
 /* Allocates a BSTR of `length` characters plus a terminator and copies `length` characters from `text` into it. If
    `text` is null, the characters are left uninitialised. Returns null if memory runs out. */
-QXUT_SYSTEM_API(QXWCHAR*) SysAllocStringLen(const QXWCHAR* text, unsigned int length);
+QXUT_SYSTEM_API(QXWCHAR*) SysAllocStringLen(const QXWCHAR* text, unsigned int length) QXUT_SYSTEM(SysAllocStringLen);
 
 /* Returns the length of a BSTR in characters, without the terminator. Returns 0 for null. */
-QXUT_SYSTEM_API(unsigned int) SysStringLen(QXWCHAR* text);
+QXUT_SYSTEM_API(unsigned int) SysStringLen(QXWCHAR* text) QXUT_SYSTEM(SysStringLen);
 
 /* Frees a BSTR. Null is ignored. */
-QXUT_SYSTEM_API(void) SysFreeString(QXWCHAR* text);
+QXUT_SYSTEM_API(void) SysFreeString(QXWCHAR* text) QXUT_SYSTEM(SysFreeString);
 
 QXUT_EXTERN_C_END
 

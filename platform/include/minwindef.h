@@ -52,7 +52,20 @@ typedef unsigned long long UINT64, ULONG64, ULONGLONG, DWORD64, DWORDLONG, UINT_
 typedef size_t SIZE_T;
 typedef float FLOAT;
 typedef double DOUBLE;
+
+// A UTF-16 code unit. With -fshort-wchar it is wchar_t; programs that are compiled without it pass u"..." texts. TEXT
+// makes a literal of that type.
+#if __SIZEOF_WCHAR_T__ == 2
 typedef wchar_t WCHAR;
+#define TEXT(quote) L##quote
+#else
+#ifdef __cplusplus
+typedef char16_t WCHAR;
+#else
+typedef uint16_t WCHAR;
+#endif
+#define TEXT(quote) u##quote
+#endif
 
 typedef void *PVOID, *LPVOID;
 typedef const void* LPCVOID;
@@ -172,7 +185,7 @@ typedef struct _GUID
 #define MAKEWORD(a, b) ((WORD)(((BYTE)((DWORD_PTR)(a)&0xff)) | ((WORD)((BYTE)((DWORD_PTR)(b)&0xff))) << 8))
 
 #ifdef __cplusplus
-static_assert(sizeof(wchar_t) == 2, "the layer needs -fshort-wchar");
+static_assert(sizeof(WCHAR) == 2);
 static_assert(sizeof(BOOL) == 4 && sizeof(LONG) == 4 && sizeof(DWORD) == 4 && sizeof(HRESULT) == 4);
 static_assert(sizeof(WORD) == 2 && sizeof(INT_PTR) == 8 && sizeof(SIZE_T) == 8 && sizeof(HANDLE) == 8);
 static_assert(sizeof(LARGE_INTEGER) == 8 && sizeof(FILETIME) == 8 && sizeof(SYSTEMTIME) == 16 && sizeof(GUID) == 16);

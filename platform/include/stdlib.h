@@ -3,6 +3,9 @@
 
 #include_next <stdlib.h>
 
+// Programs with a wchar_t of 32 bits have the C library's header alone.
+#if __SIZEOF_WCHAR_T__ == 2
+
 #include <minwindef.h>
 #include <wchar.h>
 
@@ -37,3 +40,5 @@ QXCRT_END
 // Stores the full path in the form /a/b. If the buffer is null, allocates one with malloc. Returns null and sets errno
 // on failure: ERANGE if the path doesn't fit.
 EXTERN_C wchar_t* _wfullpath(wchar_t* fullPath, const wchar_t* path, size_t size) QXP(_wfullpath);
+
+#endif

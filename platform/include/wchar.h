@@ -2,6 +2,11 @@
 // bits. All functions behave as in the "C" locale, whatever locale the process has set.
 #pragma once
 
+// A program with a wchar_t of 32 bits has the C library's functions.
+#if __SIZEOF_WCHAR_T__ != 2
+#include_next <wchar.h>
+#else
+
 #include <qxcrt_names.h>
 
 #include <stdarg.h>
@@ -16,12 +21,6 @@
 
 #ifndef WEOF
 #define WEOF (0xffffffffu)
-#endif
-
-#ifdef __cplusplus
-static_assert(sizeof(wchar_t) == 2, "compile with -fshort-wchar");
-#else
-_Static_assert(sizeof(wchar_t) == 2, "compile with -fshort-wchar");
 #endif
 
 struct tm;
@@ -153,3 +152,5 @@ size_t wcsxfrm(wchar_t* target, const wchar_t* source, size_t size) QXCRT_NO_CAL
 float wcstof(const wchar_t* text, wchar_t** end) QXCRT_NO_CALLER;
 long double wcstold(const wchar_t* text, wchar_t** end) QXCRT_NO_CALLER;
 QXCRT_END
+
+#endif

@@ -2,6 +2,11 @@
 // name.
 #pragma once
 
+// A program with a wchar_t of 32 bits has the C library's functions.
+#if __SIZEOF_WCHAR_T__ != 2
+#include_next <wctype.h>
+#else
+
 #include <qxcrt_names.h>
 
 #include <bits/types/locale_t.h>
@@ -41,3 +46,5 @@ wctrans_t wctrans(const char* name) QXCRT_NO_TYPE;
 wctype_t wctype(const char* name) QXCRT_NO_TYPE;
 
 QXCRT_END
+
+#endif

@@ -1,5 +1,9 @@
-// Version resources.
+// Version resources. Resource scripts include this header for its constant.
 #pragma once
+
+#define VS_VERSION_INFO 1
+
+#ifndef RC_INVOKED
 
 #include <minwindef.h>
 
@@ -22,8 +26,6 @@ typedef struct tagVS_FIXEDFILEINFO
     DWORD dwFileDateLS;
 } VS_FIXEDFILEINFO;
 
-#define VS_VERSION_INFO 1
-
 DWORD WINAPI GetFileVersionInfoSizeW(LPCWSTR lptstrFilename, LPDWORD lpdwHandle) QXP(GetFileVersionInfoSizeW);
 BOOL WINAPI GetFileVersionInfoW(LPCWSTR lptstrFilename, DWORD dwHandle, DWORD dwLen, LPVOID lpData)
     QXP(GetFileVersionInfoW);
@@ -33,3 +35,5 @@ BOOL WINAPI VerQueryValueW(LPCVOID pBlock, LPCWSTR lpSubBlock, LPVOID* lplpBuffe
 #define VerQueryValue VerQueryValueW
 
 EXTERN_C_END
+
+#endif

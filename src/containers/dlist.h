@@ -18,8 +18,8 @@ namespace qx
 template <class T>
 class WCValDList;
 
-// A link of the ring. The list itself holds the one link without an element, which stands before the first and behind
-// the last.
+// A link of the ring. The list itself contains the one link without an element, which connects the last element to the
+// first.
 struct WCDListLink
 {
     WCDListLink* next = this;
@@ -51,7 +51,7 @@ public:
 
     WCValDListIter() = default;
 
-    // From the form that may change the elements; a template, so that it takes nothing from the copy constructor.
+    // Converts from the non-const iterator. This is a template so that it doesn't replace the copy constructor.
     template <std::same_as<std::remove_const_t<T>> Other>
     requires std::is_const_v<T> WCValDListIter(const WCValDListIter<Other>& other) : _link(other._link) {}
 
@@ -98,7 +98,7 @@ private:
 template <class T>
 using WCValConstDListIter = WCValDListIter<const T>;
 
-// The list of slist.h in doubly linked form: the same operations with the same results, and walks in both directions.
+// A doubly linked list with the same operations and results as the list in slist.h, and iterators in both directions.
 template <class T>
 class WCValDList
 {
@@ -162,7 +162,7 @@ public:
     T& InsertHead(const T& value) { return LinkBefore(_ring.next, value); }
     T& InsertHead(T&& value) { return LinkBefore(_ring.next, std::move(value)); }
 
-    // The element at an index (clipped), or null if the list is empty.
+    // Returns the element at an index (clipped to the list), or null if the list is empty.
     T* At(std::ptrdiff_t index) { return _count ? std::addressof(NodeAt(index)->value) : nullptr; }
     const T* At(std::ptrdiff_t index) const { return _count ? std::addressof(NodeAt(index)->value) : nullptr; }
 
@@ -171,7 +171,7 @@ public:
     T* Last() { return At(static_cast<std::ptrdiff_t>(_count)); }
     const T* Last() const { return At(static_cast<std::ptrdiff_t>(_count)); }
 
-    // Removes the element at an index (clipped) and gives it. Nothing if the list is empty.
+    // Removes and returns the element at an index (clipped to the list). Returns nothing if the list is empty.
     std::optional<T> TakeAt(std::ptrdiff_t index)
     {
         if (_count == 0)
@@ -182,7 +182,7 @@ public:
         return value;
     }
 
-    // The index of the first element that is equal, or -1.
+    // Returns the index of the first equal element, or -1.
     std::ptrdiff_t IndexOf(const T& value) const requires std::equality_comparable<T>
     {
         std::ptrdiff_t index = 0;
@@ -197,7 +197,7 @@ public:
 
     bool Contains(const T& value) const requires std::equality_comparable<T> { return IndexOf(value) >= 0; }
 
-    // Removes the first element that is equal; whether there was one.
+    // Removes the first equal element. Returns true if there was one.
     bool Remove(const T& value) requires std::equality_comparable<T>
     {
         for (WCDListLink* link = _ring.next; link != &_ring; link = link->next)
@@ -211,7 +211,7 @@ public:
         return false;
     }
 
-    // Removes all elements that the predicate names; how many.
+    // Removes all elements for which the predicate is true. Returns their number.
     template <class Predicate>
     std::size_t RemoveIf(Predicate predicate)
     {
@@ -271,7 +271,7 @@ private:
         delete node;
     }
 
-    // Counted from the nearer end. The list isn't empty.
+    // Searches from the nearer end. The list must not be empty.
     Node* NodeAt(std::ptrdiff_t index) const
     {
         const auto last = static_cast<std::ptrdiff_t>(_count) - 1;

@@ -6,8 +6,8 @@
 namespace qx
 {
 
-// Where the nodes of a container live: the default of the `Memory` argument of the lists. A type with the same two
-// functions puts them elsewhere (a list whose nodes another component frees needs that component's allocator).
+// Allocates the nodes of a container: the default for the `Memory` argument of the lists. A type with the same two
+// functions replaces it. A list whose nodes are freed by another component needs the allocator of that component.
 // Releasing null does nothing.
 struct WCHeap
 {

@@ -8,31 +8,32 @@
 namespace qx
 {
 
-// Draws the levels of skip-list nodes. Random bits are used in pairs: one call of the generator gives seven of them,
-// and what a draw leaves over serves the next one.
+// Draws random levels for skip-list nodes. It uses random bits in pairs: one call of the generator provides seven
+// pairs, and pairs that one draw leaves over are used by the next.
 class WCLevelSource
 {
 public:
-    // `random` gives at least 14 random bits, as rand() does everywhere.
+    // `random` must return at least 14 random bits, as rand() does on all systems.
     explicit WCLevelSource(int (*random)());
     WCLevelSource(const WCLevelSource&) = delete;
     WCLevelSource& operator=(const WCLevelSource&) = delete;
     ~WCLevelSource();
 
-    // Counts the pairs whose AND with the selector (1 or 3) is 0, up to the first where it isn't; at most `limit`.
+    // Counts the pairs whose AND with the selector (1 or 3) is 0, up to the first pair where it isn't. Returns at most
+    // `limit`.
     int Draw(unsigned selector, int limit);
 
-    // The one that all skip lists of the module draw from.
+    // Returns the instance that all skip lists of the module use.
     static WCLevelSource& Module();
 
 private:
     unsigned NextPair();
 
     int (*_random)();
-    const bool _several; // processors: with one there is nothing to guard against but a switch of threads, see below
+    const bool _several; // true with more than one processor; with a single one no lock is needed, see below
     CRITICAL_SECTION _lock;
-    // The pairs left, below a marker bit. One word, so that a thread switch on a single processor can at worst hand out
-    // a pair twice.
+    // The remaining pairs, below a marker bit. They are in one word, so the worst effect of a thread switch on a single
+    // processor is that a pair is used twice.
     std::atomic<std::uint32_t> _pairs;
 };
 

@@ -14,15 +14,15 @@
 namespace qx
 {
 
-inline constexpr unsigned kSkipListSelector = 3; // a node rises one level in one of four cases
+inline constexpr unsigned kSkipListSelector = 3; // a node rises one level with probability 1/4
 inline constexpr int kSkipListLevels = 8;
 inline constexpr int kSkipListMostLevels = 20;
 
-// An element of a dictionary, as its iterator gives it.
+// A key and its value: the element type of dictionary iterators.
 template <class K, class V>
 struct WCKeyValue
 {
-    // Each from one argument, so that an entry is made where it stays.
+    // Constructs each member from one argument, so that entries are created in place.
     template <class KeyArgument, class ValueArgument>
     WCKeyValue(KeyArgument&& keyArgument, ValueArgument&& valueArgument)
         : key(std::forward<KeyArgument>(keyArgument)),
@@ -34,13 +34,13 @@ struct WCKeyValue
     V value;
 };
 
-// The levels, the nodes and the search that all skip lists share. `Entry` is what a node holds, `Order` says which of
-// two keys comes first (Order::Less) and where the key of an entry is (Order::Key).
+// The levels, nodes and searches shared by all skip lists. `Entry` is the type stored in a node. `Order` compares two
+// keys (Order::Less) and returns the key of an entry (Order::Key).
 template <class Entry, class Order>
 class WCSkipListBase
 {
-    // In memory the node is followed by its links, one for each level from 0 to its own. The head has links only, so it
-    // is an array of its own.
+    // In memory a node is followed by its links, one for each level from 0 to its own. The head consists only of links
+    // and is a separate array.
     struct alignas(void*) Node
     {
         Node*& Link(int onLevel) { return reinterpret_cast<Node**>(this + 1)[onLevel]; }
@@ -97,7 +97,7 @@ public:
     unsigned Selector() const { return _selector; }
     int MostLevels() const { return _mostLevels; }
 
-    // How many levels are in use, and how many nodes take part in one of them.
+    // Return the number of levels in use, and the number of nodes on a level.
     int LevelsInUse() const { return _top + 1; }
     std::size_t CountOnLevel(int level) const
     {
@@ -167,15 +167,15 @@ protected:
 
     ~WCSkipListBase() { Clear(); }
 
-    // The path to a place of level 0: on each level in use the link that leads past it.
+    // The path to a position on level 0: for each level in use, the link that passes over the position.
     struct Path
     {
         Node** links[kSkipListMostLevels];
         Node* Next() const { return *links[0]; }
     };
 
-    // Finds the place in front of the first entry whose key isn't less than `key`; with `behind`, in front of the first
-    // that is greater, which is behind all equal ones.
+    // Finds the position before the first entry whose key isn't less than `key`. With `behind`, finds the position
+    // before the first entry whose key is greater, which is after all equal entries.
     template <class Key>
     Path FindPath(const Key& key, bool behind = false)
     {
@@ -213,7 +213,7 @@ protected:
         return next && !Order::Less(key, Order::Key(next->entry)) ? next : nullptr;
     }
 
-    // Puts a new node at the place. One that rises above the top raises the top by one level.
+    // Inserts a new node at the position. A node above the highest level in use raises that level by one.
     template <class... Arguments>
     Node* InsertAt(Path& path, Arguments&&... arguments)
     {
@@ -234,7 +234,7 @@ protected:
         return node;
     }
 
-    // Whether the entry behind the place (found without `behind`) has that key.
+    // Returns true if the entry after the position (found without `behind`) has this key.
     template <class Key>
     bool HoldsAt(const Path& path, const Key& key) const
     {
@@ -254,7 +254,7 @@ protected:
         return true;
     }
 
-    // Takes the node behind the place out and destroys it.
+    // Removes and destroys the node after the position.
     void RemoveAt(const Path& path) noexcept
     {
         Node* node = path.Next();
@@ -297,7 +297,7 @@ private:
         ::operator delete(static_cast<void*>(node));
     }
 
-    // The copy keeps each node's level, so it costs one walk and no random bits.
+    // Copies the level of each node as well, so the copy takes one pass and no random bits.
     void CopyNodes(const WCSkipListBase& other)
     {
         if (other._count == 0)
@@ -332,10 +332,10 @@ private:
     int _mostLevels;
     int _top = 0; // the highest level in use
     std::size_t _count = 0;
-    std::unique_ptr<Node*[]> _head; // one link for each level; null until the first insert
+    std::unique_ptr<Node*[]> _head; // one link per level; null until the first insertion
 };
 
-// The orders of the four containers below.
+// The orders used by the containers below.
 
 template <class T>
 struct WCElementOrder
@@ -364,7 +364,7 @@ struct WCPointeeOrder
     static bool Less(const T& a, const T& b) { return a < b; }
 };
 
-// Ascending by operator<; duplicates are allowed and stay in the order of their insertion.
+// A list in ascending order by operator<. Duplicates are allowed and keep their insertion order.
 template <class T>
 class WCValSkipList : public WCSkipListBase<T, WCElementOrder<T>>
 {
@@ -382,7 +382,7 @@ public:
         return this->InsertAt(path, std::move(value))->entry;
     }
 
-    // The first of the equal elements, or null.
+    // Returns the first of the equal elements, or null.
     const T* Find(const T& value) const
     {
         auto* node = this->FindNode(value);
@@ -391,14 +391,14 @@ public:
 
     bool Contains(const T& value) const { return Find(value) != nullptr; }
 
-    // Removes the first of the equal elements; whether there was one.
+    // Removes the first of the equal elements. Returns true if there was one.
     bool Remove(const T& value) { return this->RemoveKey(value); }
 
     auto begin() const { return typename Base::const_iterator(this->First()); }
     auto end() const { return typename Base::const_iterator(); }
 };
 
-// Ascending by operator<, each element once.
+// A set in ascending order by operator<, without duplicates.
 template <class T>
 class WCValSkipListSet : public WCSkipListBase<T, WCElementOrder<T>>
 {
@@ -410,7 +410,7 @@ public:
     {
     }
 
-    // False if an equal element is there already; that one stays.
+    // Returns false if the set already contains an equal element, which is kept.
     bool Insert(T value)
     {
         auto path = this->FindPath(value);
@@ -420,7 +420,7 @@ public:
         return true;
     }
 
-    // The element that is equal, which is put in if there is none.
+    // Returns the equal element, inserting one if necessary.
     const T& FindOrInsert(const T& value)
     {
         auto path = this->FindPath(value);
@@ -441,7 +441,7 @@ public:
     auto end() const { return typename Base::const_iterator(); }
 };
 
-// Ascending by the key's operator<, each key once.
+// A dictionary in ascending order by the keys' operator<, without duplicate keys.
 template <class K, class V>
 class WCValSkipListDict : public WCSkipListBase<WCKeyValue<K, V>, WCKeyOrder<K, V>>
 {
@@ -453,7 +453,7 @@ public:
     {
     }
 
-    // False if the key is there already; its first value stays.
+    // Returns false if the key already exists; its value is kept.
     bool Insert(K key, V value)
     {
         auto path = this->FindPath(key);
@@ -463,14 +463,14 @@ public:
         return true;
     }
 
-    // The value of a key, which is put in with a default-constructed value if it isn't there.
+    // Returns the value of a key, inserting a default-constructed value if necessary.
     V& operator[](const K& key)
     {
         auto path = this->FindPath(key);
         return this->HoldsAt(path, key) ? path.Next()->entry.value : this->InsertAt(path, key, V())->entry.value;
     }
 
-    // The value of a key, or null.
+    // Returns the value of a key, or null.
     V* Find(const K& key)
     {
         auto* node = this->FindNode(key);
@@ -489,8 +489,8 @@ public:
     auto end() const { return typename Base::const_iterator(); }
 };
 
-// The set over pointers: ordered by what they point at, which they don't own and which must not change its place in the
-// order. Null isn't taken in.
+// A set of pointers, ordered by the objects they point to. It doesn't own the objects. They must not change their
+// position in the order while they are in the set. Null pointers are rejected.
 template <class T>
 class WCPtrSkipListSet : public WCSkipListBase<T*, WCPointeeOrder<T>>
 {
@@ -502,7 +502,8 @@ public:
     {
     }
 
-    // False if a pointer to an equal element is there already; that one stays.
+    // Returns false if the pointer is null, or if the set already contains a pointer to an equal element, which is
+    // kept.
     bool Insert(T* element)
     {
         if (!element)
@@ -514,7 +515,7 @@ public:
         return true;
     }
 
-    // The pointer to the equal element, or null.
+    // Returns the pointer to the equal element, or null.
     T* Find(const T& element) const
     {
         auto* node = this->FindNode(element);

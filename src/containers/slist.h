@@ -25,8 +25,9 @@ struct WCSListNode
     T value;
 };
 
-// Walks a list from its first element to its last. Behind the last element, and on an empty list, it is false and equal
-// to end(). Elements that are appended during the walk are visited; removing the element it stands on invalidates it.
+// Iterates from the first element to the last. After the last element, and for an empty list, the iterator is false and
+// equal to end(). Elements appended during the iteration are visited. Removing the current element invalidates the
+// iterator.
 //
 //     for (WCValSListIter it(list); it; ++it)        for (auto& element : list)
 template <class T>
@@ -53,7 +54,7 @@ public:
     requires std::is_const_v<T>
     explicit WCValSListIter(const WCValSList<Element, Memory>& list) : WCValSListIter(list.begin()) {}
 
-    // From the form that may change the elements; a template, so that it takes nothing from the copy constructor.
+    // Converts from the non-const iterator. This is a template so that it doesn't replace the copy constructor.
     template <std::same_as<Element> Other>
     requires std::is_const_v<T> WCValSListIter(const WCValSListIter<Other>& other)
         : _last(other._last),
@@ -100,9 +101,9 @@ WCValSListIter(const WCValSList<T, Memory>&) -> WCValSListIter<const T>;
 template <class T>
 using WCValConstSListIter = WCValSListIter<const T>;
 
-// Singly linked ring, addressed by its last element: tail and head are both one step away. Keeps the order of
-// insertion; duplicates are allowed. An index is clipped to the elements that there are, so only an empty list has
-// nothing to give.
+// A singly linked ring, addressed by its last element, so that both head and tail are one step away. It keeps the
+// insertion order; duplicates are allowed. Indexes are clipped to the existing elements, so only an empty list has no
+// element for an index.
 template <class T, class Memory = WCHeap>
 class WCValSList
 {
@@ -149,8 +150,8 @@ public:
         return *this;
     }
 
-    // Slot order of the virtual operations: destructor, ReleaseNode, AreEqual. A class that overrides ReleaseNode calls
-    // Clear in its own destructor: here its override is gone already.
+    // Vtable order of the virtual functions: destructor, ReleaseNode, AreEqual. A class that overrides ReleaseNode must
+    // call Clear in its own destructor, because its override no longer exists here.
     virtual ~WCValSList() { Clear(); }
 
     std::size_t Count() const { return _count; }
@@ -159,7 +160,7 @@ public:
     T& Append(const T& value) { return Emplace(value); }
     T& Append(T&& value) { return Emplace(std::move(value)); }
 
-    // Appends an element that is made in place.
+    // Appends an element that is constructed in place.
     template <class... Arguments>
     T& Emplace(Arguments&&... arguments)
     {
@@ -171,7 +172,7 @@ public:
     T& InsertHead(const T& value) { return LinkBehindLast(MakeNode(value))->value; }
     T& InsertHead(T&& value) { return LinkBehindLast(MakeNode(std::move(value)))->value; }
 
-    // The element at an index, or null if the list is empty.
+    // Returns the element at an index, or null if the list is empty.
     T* At(std::ptrdiff_t index) { return const_cast<T*>(std::as_const(*this).At(index)); }
     const T* At(std::ptrdiff_t index) const
     {
@@ -187,7 +188,7 @@ public:
     T* Last() { return _last ? std::addressof(_last->value) : nullptr; }
     const T* Last() const { return _last ? std::addressof(_last->value) : nullptr; }
 
-    // Removes the element at an index and gives it; ReleaseNode isn't asked. Nothing if the list is empty.
+    // Removes and returns the element at an index without calling ReleaseNode. Returns nothing if the list is empty.
     std::optional<T> TakeAt(std::ptrdiff_t index)
     {
         if (!_last)
@@ -198,8 +199,8 @@ public:
         return value;
     }
 
-    // Moves the element at an index behind the others of another list, node and all; null if the list is empty. Either
-    // list's nodes must be from WCValSList itself.
+    // Moves the element at an index, with its node, to the end of another list. Returns null if the list is empty. The
+    // nodes of both lists must have been allocated by WCValSList itself.
     T* MoveAt(std::ptrdiff_t index, WCValSList& target) noexcept
     {
         if (!_last)
@@ -209,7 +210,7 @@ public:
         return std::addressof(node->value);
     }
 
-    // The index of the first element that is equal, or -1.
+    // Returns the index of the first equal element, or -1.
     std::ptrdiff_t IndexOf(const T& value) const
     {
         std::ptrdiff_t index = 0;
@@ -224,20 +225,20 @@ public:
 
     bool Contains(const T& value) const { return IndexOf(value) >= 0; }
 
-    // Removes the first element that is equal; whether there was one.
+    // Removes the first equal element. Returns true if there was one.
     bool Remove(const T& value)
     {
         return RemoveWhere([&](const T& element) { return AreEqual(element, value); }, 1) != 0;
     }
 
-    // Removes all elements that the predicate names; how many.
+    // Removes all elements for which the predicate is true. Returns their number.
     template <class Predicate>
     std::size_t RemoveIf(Predicate predicate)
     {
         return RemoveWhere(predicate, _count);
     }
 
-    // Releases all nodes. The list is empty before the first of them goes, so a release may use the list.
+    // Releases all nodes. The list is empty before the first node is released, so ReleaseNode may use the list.
     void Clear() noexcept
     {
         Node* last = std::exchange(_last, nullptr);
@@ -274,25 +275,40 @@ public:
     const_iterator end() const { return const_iterator(&_last, nullptr); }
 
 protected:
-    // For a derived class whose elements bring their own nodes: it links them in here and overrides ReleaseNode.
+    // For derived classes whose elements provide their own nodes: links the node at the end. Such a class overrides
+    // ReleaseNode.
     void AppendNode(Node* node) noexcept
     {
         LinkBehindLast(node);
         _last = node;
     }
 
-    // Leaves the ring to whoever else owns it, by its last node.
+    // Transfers ownership of all nodes to the caller. Returns the last node of the ring.
     Node* AbandonNodes() noexcept
     {
         _count = 0;
         return std::exchange(_last, nullptr);
     }
 
-    // Gives up a node whose element leaves with it (Clear, Remove, RemoveIf, destruction). An override does what the
-    // element needs and passes the node on to this one.
+    // Returns the last node, or null. The first node follows it.
+    Node* LastNode() const { return _last; }
+
+    // Unlinks the node after `before` from the ring and returns it.
+    Node* Unlink(Node* before) noexcept
+    {
+        Node* node = before->next;
+        before->next = node->next;
+        if (node == _last)
+            _last = node == before ? nullptr : before;
+        --_count;
+        return node;
+    }
+
+    // Releases a node along with its element (for Clear, Remove, RemoveIf and the destructor). An override cleans up
+    // the element and then calls this function with the node.
     virtual void ReleaseNode(Node* node) noexcept { DeleteNode(node); }
 
-    // Elements without operator== are equal to themselves only.
+    // Elements without operator== are only equal to themselves.
     virtual bool AreEqual(const T& a, const T& b) const
     {
         if constexpr (std::equality_comparable<T>)
@@ -340,7 +356,8 @@ private:
         return node;
     }
 
-    // Puts a node between the last and the first element: the new head, unless the caller makes it the last.
+    // Inserts a node between the last and the first element. It becomes the first element, unless the caller makes it
+    // the last.
     Node* LinkBehindLast(Node* node) noexcept
     {
         if (_last)
@@ -354,17 +371,6 @@ private:
             _last = node;
         }
         ++_count;
-        return node;
-    }
-
-    // Takes the node behind `before` out of the ring.
-    Node* Unlink(Node* before) noexcept
-    {
-        Node* node = before->next;
-        before->next = node->next;
-        if (node == _last)
-            _last = node == before ? nullptr : before;
-        --_count;
         return node;
     }
 
@@ -398,7 +404,7 @@ private:
     std::size_t _count = 0;
 };
 
-// The same over pointers. It doesn't own what they point at, and two elements are equal if they are the same pointer.
+// A list of pointers. It doesn't own the objects; two elements are equal if they are the same pointer.
 template <class T, class Memory = WCHeap>
 using WCPtrSList = WCValSList<T*, Memory>;
 

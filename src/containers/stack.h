@@ -9,7 +9,7 @@
 namespace qx
 {
 
-// A stack on top of a list: the newest element is the list's first.
+// A stack based on a list; the newest element is the first of the list.
 template <class T, class List = WCValSList<T>>
 class WCStack
 {
@@ -20,16 +20,16 @@ public:
     void Push(const T& value) { _list.InsertHead(value); }
     void Push(T&& value) { _list.InsertHead(std::move(value)); }
 
-    // Takes the newest element off and gives it; nothing if the stack is empty.
+    // Removes and returns the newest element. Returns nothing if the stack is empty.
     std::optional<T> Pop() { return _list.TakeAt(0); }
 
-    // The newest element, or null.
+    // Returns the newest element, or null.
     T* Top() { return _list.First(); }
     const T* Top() const { return _list.First(); }
 
     void Clear() { _list.Clear(); }
 
-    // Newest first.
+    // Iterates from the newest element to the oldest.
     auto begin() { return _list.begin(); }
     auto end() { return _list.end(); }
     auto begin() const { return _list.begin(); }

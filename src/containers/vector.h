@@ -10,8 +10,8 @@
 namespace qx
 {
 
-// Array with an element count. Every resize takes a new block, so it costs a copy of what stays, and holds no more
-// memory than its elements need.
+// A dynamic array without spare capacity. Every resize allocates a new block and copies the remaining elements, so the
+// array takes no more memory than its elements need.
 template <class T>
 class WCValVector
 {
@@ -36,8 +36,8 @@ public:
     std::size_t Count() const { return _block.size(); }
     bool IsEmpty() const { return _block.empty(); }
 
-    // Keeps the first elements, at most `count` of them, and default-constructs what is missing. An exception leaves
-    // the array as it was, provided that its elements are copied or moved without one.
+    // Keeps at most the first `count` elements and default-constructs the missing ones. If an exception is thrown, the
+    // array is unchanged, provided that copying or moving its elements doesn't throw.
     void Resize(std::size_t count)
     {
         std::vector<T> block;
@@ -49,8 +49,8 @@ public:
         _block.swap(block);
     }
 
-    // Grows to hold the index. The largest index stands for a count that is none: it is refused like any other that is
-    // too large, by std::length_error.
+    // Grows the array if necessary. Throws std::length_error if the index is too large. That includes the largest
+    // index, for which index + 1 would overflow.
     T& operator[](std::size_t index)
     {
         if (index >= Count())
@@ -58,7 +58,7 @@ public:
         return _block[index];
     }
 
-    // The element at an index, or null behind the end.
+    // Returns the element at an index, or null past the end.
     T* At(std::size_t index) { return index < Count() ? _block.data() + index : nullptr; }
     const T* At(std::size_t index) const { return index < Count() ? _block.data() + index : nullptr; }
 

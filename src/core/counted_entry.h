@@ -1,4 +1,4 @@
-// A guard against coming in again.
+// Detects re-entry.
 #pragma once
 
 #include <atomic>
@@ -6,7 +6,7 @@
 namespace qx
 {
 
-// Counts those that are inside, to the end of its scope.
+// Counts the callers that are inside a scope.
 class CountedEntry
 {
 public:

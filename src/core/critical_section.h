@@ -22,7 +22,7 @@ private:
     CRITICAL_SECTION _section;
 };
 
-// Holds a critical section to the end of its scope.
+// Owns a critical section until the end of the scope.
 class clsCriticalSectionLock
 {
 public:

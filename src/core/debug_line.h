@@ -3,19 +3,20 @@
 #include <atomic>
 #include <cstdarg>
 
-// The trace lines of the whole library. Everyone may include this header; the debug output stands far above and enters
-// itself here as the sink. Formats are wide, in the formatter's own dialect (%s wide, %hs narrow).
+// The trace lines of the whole library. Every file may include this header. The debug output is in a much higher layer
+// and registers itself here as the sink. Formats are wide, in the formatter's own dialect (%s wide, %hs narrow).
 namespace qx
 {
 
-// Takes the lines, on whatever thread they are written. The sink formats, so nothing is formatted without one.
+// Receives the lines on whatever thread writes them. The sink does the formatting, so nothing is formatted without a
+// sink.
 class DebugLineSink
 {
 public:
-    // Whether a line would reach anyone at present.
+    // Returns true if a line would currently reach an output.
     virtual bool IsActive() { return true; }
 
-    // `format` is null where only the nesting changes.
+    // `format` is null if only the nesting changes.
     virtual void Line(int indentChange, const wchar_t* format, va_list arguments) = 0;
 
 protected:
@@ -24,20 +25,21 @@ protected:
 
 inline std::atomic<DebugLineSink*> debugLineSink = nullptr;
 
-// Gives the former sink. Null takes the sink away; a call that is under way on another thread may still reach it.
+// Sets the sink and returns the previous one. Null removes the sink, but calls in progress on other threads may still
+// reach it.
 inline DebugLineSink* SetDebugLineSink(DebugLineSink* sink)
 {
     return debugLineSink.exchange(sink, std::memory_order_acq_rel);
 }
 
-// The test in front of every line. Without a sink it costs the reading of one word.
+// Returns true if lines are being received; checked before every line. Without a sink it costs one atomic load.
 inline bool UtilIsDebugActive()
 {
     DebugLineSink* const sink = debugLineSink.load(std::memory_order_acquire);
     return sink != nullptr && sink->IsActive();
 }
 
-// Hands a line to the sink, if there is one. The two functions below test for it before they come here.
+// Passes a line to the sink, if there is one. The two functions below check UtilIsDebugActive first.
 void WriteDebugLine(int indentChange, const wchar_t* format, ...);
 
 template <class... Arguments>
@@ -47,8 +49,8 @@ inline void DebugLine(const wchar_t* format, Arguments... arguments)
         WriteDebugLine(0, format, arguments...);
 }
 
-// A line that opens (above 0) or closes (below 0) a level of nesting; only the sign counts. Null for `format` changes
-// the nesting without a line.
+// Writes a line that opens (`indentChange` above 0) or closes (below 0) a nesting level; only the sign matters. With a
+// null `format`, the nesting changes without a line.
 template <class... Arguments>
 inline void DebugLineIndent(int indentChange, const wchar_t* format, Arguments... arguments)
 {

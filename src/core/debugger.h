@@ -3,17 +3,18 @@
 namespace qx
 {
 
-// Writes the return addresses of the calling thread, nearest first, to the debug output.
+// Writes the return addresses of the calling thread to the debug output, innermost first.
 using StackTraceHook = void (*)(int frames);
 
-// The stack tools stand above the classes that ask for a trace, and enter themselves here. Gives the former hook.
+// Sets the stack trace hook and returns the previous one. The stack tools are in a higher layer than the classes that
+// request a trace, so they register themselves here.
 StackTraceHook SetStackTraceHook(StackTraceHook hook);
 
-// What a failure does that only a programming fault can cause: stops under a debugger (whose presence is asked for once
-// and remembered), else writes a stack trace of so many frames. The program goes on.
+// Reports a failure that only a programming error can cause. Breaks into the debugger if one is attached (checked once
+// and cached); otherwise writes a stack trace of at most `frames` frames. Returns in both cases.
 void BreakOrTrace(int frames);
 
-// Makes the next failure ask for the debugger again.
+// Makes the next failure check for a debugger again.
 void ForgetDebuggerTest();
 
 } // namespace qx

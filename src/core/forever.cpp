@@ -7,7 +7,7 @@ namespace qx
 namespace
 {
 
-// Each is reachable from here, so that leak checkers know it as alive.
+// All objects are reachable from here, so leak checkers don't report them.
 constinit std::atomic<Kept*> latest = nullptr;
 
 } // namespace

@@ -1,4 +1,4 @@
-// Objects that live as long as the process, or until the library is unloaded.
+// Objects that live until the process ends or the library is unloaded.
 #pragma once
 
 #include <memory>
@@ -7,7 +7,7 @@
 namespace qx
 {
 
-// One of them, whatever its type is.
+// The type-erased base of these objects.
 class Kept
 {
 public:
@@ -25,8 +25,8 @@ private:
 
 void Keep(std::unique_ptr<Kept> object);
 
-// For what static objects, and threads that nobody has ended, may still ask for while the process ends: it isn't
-// destroyed then.
+// Creates an object that is not destroyed at process end, because static objects and threads that are still running may
+// use it then.
 template <class T, class... Arguments>
 T& MakeForever(Arguments&&... arguments)
 {
@@ -42,8 +42,8 @@ T& MakeForever(Arguments&&... arguments)
     return object;
 }
 
-// Destroys them all, the latest first. For the moment at which the library goes and the process stays: nobody asks for
-// any of them after that.
+// Destroys all these objects, the most recent first. Called when the library is unloaded and the process continues;
+// nothing may use the objects afterwards.
 void DropForeverObjects();
 
 } // namespace qx

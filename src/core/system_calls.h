@@ -1,5 +1,5 @@
-// System functions that older systems lack. Text needs them, but late loading is built on text: so they are declared
-// here and defined in module/late_system_calls.cpp, where late-bound libraries live.
+// System functions that older systems lack. Text needs them, but late loading is built on text. Therefore they are
+// declared here and defined in module/late_system_calls.cpp, next to the late-bound libraries.
 #pragma once
 
 #include <windows.h>
@@ -7,11 +7,11 @@
 namespace qx
 {
 
-// LCMapStringW by the rules of the invariant locale. Calls LCMapStringEx where the system and the machine's settings
-// offer it. The arguments, the result and the last error are those of LCMapStringW.
+// Calls LCMapStringW for the invariant locale, or LCMapStringEx if the system and the machine's settings allow it.
+// Arguments, result and last error are those of LCMapStringW.
 int MapInvariantString(unsigned flags, const wchar_t* source, int sourceLength, wchar_t* target, int targetLength);
 
-// Returns the language of the user interface, or the user's default language on systems that don't have one.
+// Returns the language of the user interface, or the user's default language on systems without one.
 LANGID UserInterfaceLanguage();
 
 } // namespace qx

@@ -4,29 +4,30 @@
 
 #include <atomic>
 
-// Values of the module as a whole.
+// Values that hold for the whole module.
 namespace qx
 {
 
-inline std::atomic<unsigned> defaultCodePage = 0; // 0 until it is asked for
+inline std::atomic<unsigned> defaultCodePage = 0; // 0 until the first query
 
 unsigned AskDefaultCodePage();
 
-// The system's code page for 8-bit text, asked for once: that of every new String and of all 8-bit arguments.
+// Returns the system's code page for 8-bit text, which is queried once. New strings and all 8-bit arguments use it.
 inline unsigned DefaultCodePage()
 {
     const unsigned known = defaultCodePage.load(std::memory_order_relaxed);
     return known ? known : AskDefaultCodePage();
 }
 
-// The system's version: major number in the high byte, minor in the low one.
+// Returns the system's version: the major number in the high byte, the minor number in the low byte.
 unsigned short SystemVersion();
 
-// The language of the user interface, by which texts are compared and resources chosen. Asked for until it isn't 0.
+// Returns the language of the user interface, which determines the comparison of texts and the choice of resources. The
+// result is cached unless it is 0.
 unsigned short InterfaceLanguage();
 
-// The module handle of the library, for its resources; null in a program that links the classes and has not said
-// otherwise.
+// Returns the module handle of the library, used to load its resources. It is null in programs that link the classes
+// directly, unless they call SetLibraryHandle.
 HMODULE LibraryHandle();
 void SetLibraryHandle(HMODULE handle);
 

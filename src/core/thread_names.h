@@ -1,4 +1,4 @@
-// The names of the library's threads, as the debug lines show them.
+// The names of the library's threads, as shown in debug lines.
 #pragma once
 
 #include "containers/skip_list.h"
@@ -10,20 +10,22 @@ namespace qx
 class ThreadNames
 {
 public:
-    // The text is borrowed until it is removed. A thread that reused the id of one that was never removed takes over.
+    // Registers a name. The text must remain valid until it is removed. If the id of an earlier thread was reused
+    // without removal, the new name replaces the old one.
     void Enter(unsigned threadId, const char* name);
-    // Only if it is that very text that stands there.
+    // Removes the name, but only if the registered pointer is `name`.
     void Remove(unsigned threadId, const char* name);
-    // Null for a thread without a name. A thread that asks for its own may use the text until it ends.
+    // Returns null for a thread without a name. A thread that looks up its own name may use the text until the thread
+    // ends.
     const char* Find(unsigned threadId);
 
 private:
-    clsCriticalSection _outerLock; // taken first
+    clsCriticalSection _outerLock; // acquired first
     clsCriticalSection _innerLock; // guards the dictionary
     WCValSkipListDict<unsigned, const char*> _names;
 };
 
-// Lives as long as the process.
+// Returns the one table of names, which lives until the process ends.
 ThreadNames& TheThreadNames();
 
 } // namespace qx

@@ -34,7 +34,7 @@ void DecideTickSource(TickFunction tickCount64)
     tickFunction = tickCount64 ? tickCount64 : &CountedTicks;
 }
 
-// The counter is read with the lock held, so that readings come in their order.
+// The counter is read while the lock is held, so that readings are in order.
 unsigned long long WrappingTicks::Now()
 {
     const clsCriticalSectionLock lock(_lock);

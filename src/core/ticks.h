@@ -6,16 +6,17 @@
 namespace qx
 {
 
-// Milliseconds since the system's start.
+// Returns the milliseconds since the system started.
 unsigned long long UtilGetTicks();
 
 using TickFunction = unsigned long long(WINAPI*)();
 
-// Called once while the library starts, with the system's 64-bit counter where that could be bound; without it, by
-// null, the wraps of the 32-bit one are counted. Before this call the 32-bit counter is given as it is.
+// Called once while the library starts. `tickCount64` is the system's 64-bit counter, or null if the system has none;
+// then UtilGetTicks counts the wraps of the 32-bit counter. Before this call UtilGetTicks returns the 32-bit counter
+// unchanged.
 void DecideTickSource(TickFunction tickCount64);
 
-// Makes 64 bits of a counter that wraps at 32, provided that it is asked in every round.
+// Extends a 32-bit counter to 64 bits. Now must be called at least once per wrap of the counter.
 class WrappingTicks
 {
 public:

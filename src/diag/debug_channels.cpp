@@ -28,7 +28,7 @@ constexpr wchar_t kSectionMark = L'\u25A0';
 constexpr std::size_t kBytesPerCharacter = 6; // in any code page
 constexpr unsigned kClosePatience = 100;      // ms
 
-// That a program is traced must not change what it finds.
+// Restores the last error and errno, so that tracing doesn't change the behaviour of the traced program.
 class ErrorsKept
 {
 public:
@@ -62,7 +62,7 @@ struct FreeGlobal
     void operator()(void* block) const { GlobalFree(block); }
 };
 
-// Waits a little only: at the end of a process the system may have ended a thread that held the lock.
+// Waits only for a limited time: at the end of a process the system may have terminated a thread that held the lock.
 bool EnterWithin(clsCriticalSection& lock, unsigned milliseconds)
 {
     const unsigned long long limit = UtilGetTicks() + milliseconds;
@@ -91,7 +91,7 @@ void clsDebugChannels::EnterAsSink()
     else
     {
         DebugLineSink* own = this;
-        debugLineSink.compare_exchange_strong(own, nullptr); // another one is none of ours
+        debugLineSink.compare_exchange_strong(own, nullptr); // don't remove a sink set by others
     }
 }
 
@@ -155,14 +155,14 @@ void clsDebugChannels::Line(
         }
         catch (...)
         {
-            // The line is lost; the nesting goes on.
+            // The line is lost, but the nesting must be updated.
         }
     }
     if (isCounted && indentChange > 0)
         ++stored;
 }
 
-// A log file gets every line, beside the monitor and also while that doesn't record.
+// The log file receives every line, regardless of the monitor's state.
 clsDebugChannels::Wanted clsDebugChannels::WhatIsWanted()
 {
     const clsCriticalSectionLock lock(_mainLock);
@@ -172,7 +172,7 @@ clsDebugChannels::Wanted clsDebugChannels::WhatIsWanted()
     return {isData && _monitor->IsRecording(), _logFile.IsSet(), !isData};
 }
 
-// False if nobody wants the line any more; then it doesn't deepen the nesting either.
+// Returns false if lines are no longer wanted. The nesting doesn't change in this case.
 bool clsDebugChannels::Send(
     const wchar_t* moduleTag, int depth, bool changesDepth, const wchar_t* format, va_list arguments)
 {
@@ -187,7 +187,7 @@ bool clsDebugChannels::Send(
     if (!wanted.inLogFile && !wanted.asStampedLine)
         return wanted.asData;
 
-    const unsigned processor = CurrentProcessor(); // outside the lock, since it may take another one
+    const unsigned processor = CurrentProcessor(); // outside the lock, because it may take another lock
     const clsCriticalSectionLock lock(_mainLock);
     if (!IsActive())
         return false;
@@ -197,7 +197,7 @@ bool clsDebugChannels::Send(
     return true;
 }
 
-// Time, thread and depth travel beside the text, so that threads hold each other up no longer than it is sent.
+// Sends time, thread and depth next to the text, so that the lock is held only while the line is sent.
 void clsDebugChannels::SendData(
     const wchar_t* moduleTag, int depth, bool changesDepth, const wchar_t* format, va_list arguments)
 {
@@ -225,7 +225,7 @@ void clsDebugChannels::MakeLine(DebugLineText& line, const wchar_t* moduleTag, i
     line.AppendV(format, arguments);
 }
 
-// A line that comes out of the writing of another one is dropped.
+// Drops lines that are written while another line is being output by the same call chain.
 void clsDebugChannels::HandOut(const DebugLineText& line, bool alsoToMonitor)
 {
     const CountedEntry entry(_outputGuard);
@@ -264,7 +264,7 @@ void DebugLineTagged(const wchar_t* moduleTag, int indentChange, const wchar_t* 
 namespace
 {
 
-// The program that repairs installations keeps quiet.
+// The installation repair program writes no lines about its start and end.
 bool IsQuietProcess(std::size_t comparedCharacters)
 {
     return _wcsnicmp(ProcessPaths().file.Text(), L"resmender", comparedCharacters) == 0;
@@ -279,7 +279,7 @@ void WriteClosingLine()
     }
     catch (...)
     {
-        // Without memory the process closes without a line.
+        // Out of memory: skip the line.
     }
 }
 

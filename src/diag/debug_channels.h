@@ -1,4 +1,4 @@
-// The debug output of the process: takes lines from everyone, and hands them to the log file and to the monitor.
+// The debug output of the process: receives all lines and passes them to the log file and the monitor.
 #pragma once
 
 #include "core/critical_section.h"
@@ -13,11 +13,11 @@
 namespace qx
 {
 
-// What all copies of the library in one process are to share: the nesting of lines and their running number. Each copy
-// has its own for as long as there is no monitor channel, which brings the shared block.
+// State shared by all copies of the library in a process: the nesting level and the line counter. Each copy has its own
+// until a monitor channel supplies the shared block.
 struct scLOGTAPInfoAppLocal
 {
-    std::atomic<std::int32_t> depth = 0; // as counted; what a line uses of it is kept within bounds
+    std::atomic<std::int32_t> depth = 0; // the raw count; clamped when a line uses it
     std::atomic<std::uint32_t> counter = 0;
 };
 
@@ -29,22 +29,22 @@ public:
     clsDebugChannels(const clsDebugChannels&) = delete;
     clsDebugChannels& operator=(const clsDebugChannels&) = delete;
 
-    // Made at the first call, and there until the process ends: calls stay safe before the library's start and after
-    // its end, when nobody takes lines.
+    // Creates the instance at the first call. It exists until the process ends, so calls are safe before the library's
+    // start and after its end, when no lines are received.
     static clsDebugChannels& Instance();
 
-    // The lines of the whole library come here as long as there is a log file or a monitor.
+    // While a log file or a monitor is set, this object receives the lines of the whole library.
     void SetLogFile(const DebugLogFile& file);
     void SetMonitor(DebugMonitor* monitor);
-    // Takes all sinks away, behind a last line that the function writes. Returns after a tenth of a second at the
-    // latest, without the line, even if a thread that is gone held the lock.
+    // Calls `writeLastLine` and removes all sinks. If the lock isn't available within 100 ms, because a terminated
+    // thread held it, the sinks are removed without a last line.
     void Close(void (*writeLastLine)() = nullptr);
 
-    // The attach test.
+    // Implements the attach test.
     bool IsActive() override;
 
-    // A line with a module's tag, which may be null or empty. `indentChange` counts by its sign; a null format changes
-    // the nesting and nothing else. Leaves the last error alone, and never fails.
+    // Writes a line. `moduleTag` may be null or empty. Only the sign of `indentChange` matters. A null format changes
+    // the nesting without writing a line. Never fails and doesn't change the last error.
     void Line(const wchar_t* moduleTag, int indentChange, const wchar_t* format, va_list arguments) noexcept;
 
     int Depth() const { return _pLOGTAPInfoAppLocal->depth; }
@@ -55,12 +55,12 @@ private:
         Line(nullptr, indentChange, format, arguments);
     }
 
-    // By whom a line is wanted at present.
+    // The current receivers of a line.
     struct Wanted
     {
         bool asData = false;
         bool inLogFile = false;
-        bool asStampedLine = false; // by the monitor
+        bool asStampedLine = false; // for the monitor
     };
 
     void EnterAsSink();
@@ -72,23 +72,23 @@ private:
     void HandOut(const DebugLineText& line, bool alsoToMonitor);
     void SendText(const DebugLineText& line);
 
-    clsCriticalSection _mainLock; // one thread may take it again
+    clsCriticalSection _mainLock; // recursive
     scLOGTAPInfoAppLocal _ownInfo;
     scLOGTAPInfoAppLocal* const _pLOGTAPInfoAppLocal = &_ownInfo;
     unsigned long long _lastCheck = 0;
     DebugLogFile _logFile;
-    std::atomic<bool> _hasLogFile = false; // that the attach test needs no lock
+    std::atomic<bool> _hasLogFile = false; // lets the attach test work without the lock
     std::atomic<int> _outputGuard = 0;
     DebugMonitor* _monitor = nullptr;
     DebugTimeSource _timeSource;
 };
 
-// A line with a tag, from an exported function.
+// Writes a line with a module tag, for the exported functions.
 void DebugLineTagged(const wchar_t* moduleTag, int indentChange, const wchar_t* format, va_list arguments) noexcept;
 
-// The library's start: reads the log file setting, and writes the line that opens the process.
+// Called when the library is loaded. Reads the log file setting and writes the first line of the process.
 void StartDebugChannels();
-// Its end: the line that closes the process, and then no more.
+// Called when the library is unloaded. Writes the last line and closes the debug output.
 void CloseDebugChannels();
 
 } // namespace qx

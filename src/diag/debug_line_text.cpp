@@ -19,7 +19,7 @@ void DebugLineText::AppendV(const wchar_t* format, va_list arguments)
 {
     const std::size_t room = kCapacity - _length;
     const int count = FormatBounded(_text + _length, room + 1, format, arguments);
-    // Negative where the text was cut, and where an argument could not be converted: then its beginning stands there.
+    // Negative if the text was truncated or an argument couldn't be converted; the converted part is kept then.
     _length += count < 0 ? wcsnlen(_text + _length, room) : static_cast<std::size_t>(count);
 }
 

@@ -1,4 +1,4 @@
-// One line of the debug output while it is made.
+// A line of the debug output while it is composed.
 #pragma once
 
 #include <cstdarg>
@@ -7,7 +7,7 @@
 namespace qx
 {
 
-// On the stack of whoever writes the line, so that a line needs no memory. What doesn't fit is cut off.
+// Lives on the stack of the caller, so that writing a line needs no memory. Text that doesn't fit is truncated.
 class DebugLineText
 {
 public:
@@ -20,7 +20,7 @@ public:
     std::size_t Length() const { return _length; }
 
 private:
-    wchar_t _text[kCapacity + 1] = {}; // all of it zero, since a formatter that gives up leaves no terminator
+    wchar_t _text[kCapacity + 1] = {}; // zeroed, because a formatter that fails writes no terminator
     std::size_t _length = 0;
 };
 

@@ -1,5 +1,5 @@
-// The place for the live channel to a monitor program. Nothing in the library stands here yet; the debug output knows
-// only this much of it.
+// The interface for a live channel to a monitor program. It has no implementation yet; the debug output uses only this
+// interface.
 #pragma once
 
 #include <cstddef>
@@ -7,25 +7,27 @@
 namespace qx
 {
 
-// All of it is called with the main lock of the debug output held. Failures must not go back into the debug output.
+// All functions are called with the main lock of the debug output held. Implementations must not report failures to the
+// debug output.
 class DebugMonitor
 {
 public:
-    // Part of the attach test: finds a monitor that has appeared, and one that was started anew.
+    // Part of the attach test: detects a monitor that was started or restarted.
     virtual void Search() = 0;
 
-    // Whether a monitor is there and wants lines at present.
+    // Returns true if a monitor is running and currently wants lines.
     virtual bool IsRecording() const = 0;
 
-    // Whether there is, or will be, a channel for SendData(). Otherwise lines go by SendText().
+    // Returns true if there is, or will be, a channel for SendData(). Otherwise lines are sent with SendText().
     virtual bool HasData() const = 0;
-    // Whether that channel is open: it carries time, thread and depth beside the message, so the line is not stamped.
+    // Returns true if this channel is open. It carries time, thread and depth next to the message, so lines have no
+    // stamp.
     virtual bool IsDataOpen() const = 0;
-    // A null tag stands for the library's name.
+    // A null tag means the library's name.
     virtual void SendData(
         const wchar_t* moduleTag, int first, int second, int depth, const wchar_t* text, std::size_t length) = 0;
 
-    // The code page that SendText() takes.
+    // Returns the code page of the text for SendText().
     virtual unsigned CodePage() const = 0;
     virtual void SendText(const char* text) = 0;
 

@@ -12,7 +12,7 @@ namespace
 constexpr unsigned kProcessorsOfGroup = 64;
 constexpr unsigned kUnknownProcessor = 1;
 
-// Of whatever type: what counts is the first character of what is stored.
+// Ignores the type of the value. Only the first character of the stored data matters.
 bool IsCounterForced()
 {
     wchar_t value[64] = {};
@@ -76,7 +76,7 @@ scDebugStamp MakeDebugStamp(DebugTimeSource& source, unsigned processor, unsigne
 
 void AppendStamp(DebugLineText& line, const scDebugStamp& stamp, std::wstring_view section, int depth)
 {
-    const String name(section); // no memory is taken for an empty one
+    const String name(section); // doesn't allocate if empty
     const int width = (section.empty() ? 0 : 1) + depth;
     const int digit = L'0' + static_cast<int>(stamp.counter % 10);
     if (stamp.usesCounter)

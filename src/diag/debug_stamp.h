@@ -1,4 +1,4 @@
-// What stands in front of a line's message: time, thread, processor, running digit, section and indentation.
+// The stamp before a line's message: time, thread, processor, running digit, section and indentation.
 #pragma once
 
 #include "core/critical_section.h"
@@ -11,7 +11,7 @@
 namespace qx
 {
 
-// Where the time comes from: the wall clock, or a counter that begins with the first line.
+// The time source: the wall clock, or a counter that starts with the first line.
 class DebugTimeSource
 {
 public:
@@ -26,9 +26,9 @@ public:
     {
     }
 
-    // The user's setting ForceUsePerfCounters decides at the first call, for good.
+    // Decided once, at the first call, by the user's setting ForceUsePerfCounters.
     bool UsesCounter();
-    // Milliseconds since the decision for the counter.
+    // Returns the milliseconds since the counter was selected.
     long long Elapsed() const;
 
 private:
@@ -45,20 +45,20 @@ private:
 struct scDebugStamp
 {
     bool usesCounter = false;
-    SYSTEMTIME time = {};  // of the wall clock
-    long long elapsed = 0; // milliseconds of the counter
+    SYSTEMTIME time = {};  // if the wall clock is used
+    long long elapsed = 0; // milliseconds, if the counter is used
     unsigned thread = 0;
-    unsigned processor = 0; // counted through all groups
-    unsigned counter = 0;   // of the process's lines; its last digit is shown
+    unsigned processor = 0; // numbered across all processor groups
+    unsigned counter = 0;   // the number of the line in the process; the last digit is shown
 };
 
-// Present time, thread and processor.
+// Returns a stamp with the current time and thread.
 scDebugStamp MakeDebugStamp(DebugTimeSource& source, unsigned processor, unsigned counter);
 
-// `section` is empty for a line without one. The depth is that of the line, 0 to 50.
+// `section` may be empty. `depth` must be 0 to 50.
 void AppendStamp(DebugLineText& line, const scDebugStamp& stamp, std::wstring_view section, int depth);
 
-// 1 where the system doesn't tell.
+// Returns the number of the current processor, or 1 if the system doesn't report it.
 unsigned CurrentProcessor();
 
 } // namespace qx

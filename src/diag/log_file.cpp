@@ -21,7 +21,7 @@ namespace
 constexpr unsigned kPatience = 100; // ms
 constexpr UINT kSimpleBeep = 0xFFFFFFFF;
 
-// However long the name is.
+// Works for names of any length.
 bool HasFolder(const String& name)
 {
     return name.View().find_first_of(L"\\/") != std::wstring_view::npos || name.CharAt(1) == L':';
@@ -52,7 +52,7 @@ DebugLogFile DebugLogFile::FromSettings()
     return log;
 }
 
-// Line and line end go out in one write, so that a process which dies leaves no half of them.
+// Writes the line and its line end in a single call, so that a process that is killed leaves no partial line.
 void DebugLogFile::Append(const wchar_t* line, std::size_t length) const
 {
     clsFileRW file;

@@ -8,22 +8,23 @@
 namespace qx
 {
 
-// Raw UTF-16LE, without a byte order mark. Every line opens the file and closes it, so several processes may share one.
+// A file of raw UTF-16LE without a byte order mark. It is opened and closed for each line, so several processes can
+// share it.
 class DebugLogFile
 {
 public:
     DebugLogFile() = default;
     DebugLogFile(const String& name, bool isFlushed) : _name(name), _isFlushed(isFlushed) {}
 
-    // As the machine's settings Debug.LogFilename and Debug.LogFile.Flush say. Without a name there is no log. A name
-    // without a folder stands for a file in the temp folder.
+    // Reads the machine settings Debug.LogFilename and Debug.LogFile.Flush. Without a name there is no log file. A name
+    // without a folder refers to the temp folder.
     static DebugLogFile FromSettings();
 
     bool IsSet() const { return !_name.IsEmpty(); }
     const String& Name() const { return _name; }
     bool IsFlushed() const { return _isFlushed; }
 
-    // Waits a tenth of a second for a file that somebody else has; then beeps, and the line is lost.
+    // Waits up to 100 ms if the file is in use. After that, beeps and drops the line.
     void Append(const wchar_t* line, std::size_t length) const;
 
 private:

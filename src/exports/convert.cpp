@@ -22,7 +22,7 @@ using namespace qx;
 namespace
 {
 
-// An empty holder if no stream can be made.
+// Returns an empty holder if the stream can't be created.
 clsAutoRelease<IStream*> StreamOnMemory(HGLOBAL memory, BOOL deleteOnRelease)
 {
     clsAutoRelease<IStream*> stream;
@@ -36,7 +36,8 @@ PackedText PackStream(IStream* stream, bool compress)
     return PackedText(source, compress, String());
 }
 
-// How the functions with a text buffer deliver.
+// Writes the text to the caller's buffer, truncated if necessary. Without a buffer, returns the required size in
+// characters, including the terminator.
 std::int32_t ToBuffer(const PackedText& packed, QXWCHAR* buffer, std::uint32_t bufferChars)
 {
     if (!packed.IsWhole())
@@ -141,7 +142,7 @@ std::int32_t UtilConvertHGLOBALToString(void* memory, QXWCHAR* buffer, std::uint
     return Guarded(QXUT_CONVERT_FAILED,
         [&]
         {
-            // A null handle would make a new block.
+            // A null handle would create a new block.
             if (!memory)
                 return QXUT_CONVERT_NULL;
             const auto stream = StreamOnMemory(memory, FALSE);
@@ -157,7 +158,7 @@ std::int32_t UtilConvertHGLOBALToBSTR(void* memory, QXWCHAR** text, std::int32_t
     return Guarded(QXUT_CONVERT_FAILED,
         [&]
         {
-            // A null handle would make a new block.
+            // A null handle would create a new block.
             if (!memory)
                 return QXUT_CONVERT_NULL;
             const auto stream = StreamOnMemory(memory, FALSE);

@@ -21,7 +21,7 @@ void Give(VARIANT* info, int value)
     info->lVal = value;
 }
 
-// Without memory the variant stays empty.
+// Leaves the variant empty if memory runs out.
 void Give(VARIANT* info, const String& text)
 {
     info->bstrVal = SysAllocStringLen(text, static_cast<UINT>(text.Length()));

@@ -40,7 +40,7 @@ void PasDebug(const QXWCHAR* text)
     UtilDebug(L"%s", text);
 }
 
-// Three of the four fields are told; the last one is the thread's last error.
+// The first field is always empty; the last one is the text of the thread's last error.
 void UtilError(const QXWCHAR* where, const QXWCHAR* what)
 {
     if (!UtilIsDebugActive())

@@ -1,4 +1,4 @@
-// Where the process's loader enters the library.
+// DllMain, the library's entry point.
 
 #include "core/forever.h"
 #include "diag/debug_channels.h"

@@ -11,8 +11,8 @@
 namespace qx
 {
 
-// What every exported function does around its work: no exception crosses the boundary. One that would is logged, the
-// last error tells its kind, and the caller gets `failure`.
+// Keeps exceptions from crossing the boundary of the library; every exported function runs its work in it. An exception
+// is logged, the last error is set to its kind, and the caller gets `failure`.
 //
 //     int UtilSomething(...) { return Guarded(-1, [&] { return Something(...); }); }
 template <class Failure, class Work>

@@ -4,11 +4,12 @@
 #include "locale/iso_countries.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
 
 using namespace qx;
 
-int32_t QxGetCountryByCode(const QXWCHAR* code, QxCountry* country)
+std::int32_t QxGetCountryByCode(const QXWCHAR* code, QxCountry* country)
 {
     if (!country || country->size < sizeof(QxCountry))
         return QXUT_ISO_COUNTRY_BAD_RECORD;

@@ -8,7 +8,7 @@
 
 using namespace qx;
 
-// The handle is the dispatcher itself.
+// A handle points directly to the dispatcher.
 struct QxUtThreadPool
 {
     QxUtThreadPool(std::uint32_t maximumWorkers, const QXWCHAR* name) : dispatcher(maximumWorkers, name) {}

@@ -13,7 +13,7 @@ using namespace qx;
 namespace
 {
 
-// Runs a conversion and delivers its result, unless nobody wants it.
+// Runs a conversion and returns its result through `result`. Does nothing if `result` is null.
 template <class Convert>
 void Deliver(const QXWCHAR* text, QXWCHAR** result, Convert convert)
 {

@@ -1,4 +1,4 @@
-// The 8-bit form of an export, made from the signature of its wide form.
+// Generates the 8-bit form of an exported function from the signature of its wide form.
 #pragma once
 
 #include "core/charset/charset_conversion.h"
@@ -14,10 +14,10 @@
 namespace qx
 {
 
-// NarrowForm<ProfGetStringW>::Call takes the arguments of ProfGetStringA: each `const wchar_t*` is a `const char*`,
-// each `wchar_t*`, which the size of the buffer follows, a `char*`, and a callback has its texts in 8 bits too; the
-// context of a callback follows it. Null stays null. Everything else is passed on as it is. `Failed` is the result
-// where there is no memory for a conversion.
+// NarrowForm<ProfGetStringW>::Call takes the arguments of ProfGetStringA. `const wchar_t*` becomes `const char*`.
+// `wchar_t*` becomes `char*`; the next argument must be the size of the buffer. A callback becomes a callback with
+// 8-bit texts; the next argument must be its context. Null stays null, and all other arguments are passed on unchanged.
+// `Failed` is the result if memory for a conversion runs out.
 template <auto Wide, auto Failed = nullptr>
 struct NarrowForm;
 
@@ -48,7 +48,7 @@ struct NarrowType<Result (*)(Parameters...)>
 template <class T>
 constexpr bool kIsCallback = std::is_pointer_v<T>&& std::is_function_v<std::remove_pointer_t<T>>;
 
-// One place in the list of the narrow arguments.
+// A position in the list of the narrow arguments.
 template <std::size_t Index, class Arguments>
 struct scArgumentPlace
 {
@@ -57,7 +57,7 @@ struct scArgumentPlace
     auto Following() const { return std::get<Index + 1>(all); }
 };
 
-// An argument in both forms, for the length of one call.
+// Holds an argument in both forms for the duration of one call.
 template <class T>
 class clsNarrowArgument
 {
@@ -88,7 +88,7 @@ private:
     std::optional<clsCharsetConversionString> _text;
 };
 
-// A buffer whose size follows. It delivers to the caller when it goes, which is after the call.
+// A buffer; the next argument is its size. The destructor, which runs after the call, copies the text to the caller.
 template <>
 class clsNarrowArgument<wchar_t*>
 {
@@ -105,7 +105,7 @@ private:
     std::optional<clsCharsetConversionString> _buffer;
 };
 
-// An argument on its way to an 8-bit callback.
+// An argument for an 8-bit callback.
 template <class T>
 class clsCallbackArgument
 {
@@ -128,8 +128,8 @@ private:
     clsCharsetConversionString _text;
 };
 
-// A callback whose context follows. The wide function gets Forward for it, and this object as the context, which is the
-// last argument of every callback.
+// A callback; the next argument is its context. The wide function gets Forward as its callback and this object as the
+// context, which is the last argument of every callback.
 template <class Result, class... Parameters>
 class clsNarrowArgument<Result (*)(Parameters...)>
 {
@@ -173,7 +173,7 @@ struct NarrowForm<Wide, Failed>
 {
     static Result Call(typename NarrowType<Parameters>::Type... arguments) noexcept
     {
-        // The null is what follows the last argument.
+        // The null stands in for an argument after the last one.
         const auto call = [&]
         {
             return CallWide(std::index_sequence_for<Parameters...>(), std::tuple(arguments..., nullptr));

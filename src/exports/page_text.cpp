@@ -5,6 +5,7 @@
 #include "markup/html_escape.h"
 #include "markup/page_text.h"
 
+#include <cstdint>
 #include <string_view>
 
 using namespace qx;
@@ -12,9 +13,9 @@ using namespace qx;
 namespace
 {
 
-// Runs a conversion and stores its result, unless nobody wants it.
+// Runs a conversion and returns its result through `result`. Does nothing if `result` is null.
 template <class Convert>
-int32_t Store(const QXWCHAR* text, QXWCHAR** result, Convert convert)
+std::int32_t Store(const QXWCHAR* text, QXWCHAR** result, Convert convert)
 {
     if (!result)
         return QXUT_PAGE_OK;
@@ -28,19 +29,19 @@ int32_t Store(const QXWCHAR* text, QXWCHAR** result, Convert convert)
 
 } // namespace
 
-int32_t QxConvertHtml2PlainText(const QXWCHAR* html, QXWCHAR** text, uint32_t flags)
+std::int32_t QxConvertHtml2PlainText(const QXWCHAR* html, QXWCHAR** text, std::uint32_t flags)
 {
     if ((flags & ~QXUT_PAGE_LINKS) != 0)
         return QXUT_PAGE_BAD_FLAGS;
     return Store(html, text, [=](std::wstring_view page) { return PageText(page, (flags & QXUT_PAGE_LINKS) != 0); });
 }
 
-int32_t QxMaskHtmlCharacters(const QXWCHAR* text, QXWCHAR** result)
+std::int32_t QxMaskHtmlCharacters(const QXWCHAR* text, QXWCHAR** result)
 {
     return Store(text, result, EscapeHtml);
 }
 
-int32_t QxDemaskHtmlCharacters(const QXWCHAR* text, QXWCHAR** result)
+std::int32_t QxDemaskHtmlCharacters(const QXWCHAR* text, QXWCHAR** result)
 {
     return Store(text, result, [](std::wstring_view masked) { return UnescapeHtml(masked); });
 }

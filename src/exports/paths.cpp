@@ -16,9 +16,9 @@ using namespace qx;
 namespace
 {
 
-constexpr std::uint32_t kLongNameLength = 13; // longer than eight, dot and three
+constexpr std::uint32_t kLongNameLength = 13; // more than an 8.3 name
 
-// A part that nobody wants has no size either.
+// Without a buffer the size must be 0.
 std::size_t SizeOf(const QXWCHAR* buffer, std::size_t size)
 {
     return buffer ? size : 0;
@@ -59,7 +59,7 @@ std::int32_t UtilMergepath(
 
 QXWCHAR* UtilFullpath(const QXWCHAR* path, QXWCHAR* buffer, std::size_t size)
 {
-    // Without a buffer the runtime library would allocate one, which the caller couldn't free.
+    // Without a buffer, the C runtime would allocate one that the caller couldn't free.
     if (!buffer || size == 0)
         return nullptr;
     return Guarded(static_cast<QXWCHAR*>(nullptr), [=] { return _wfullpath(buffer, path, size); });

@@ -30,7 +30,7 @@ struct ReleaseJob
     void operator()(clsProfJob* job) const { job->Release(); }
 };
 
-// A new job, on which `open` is called; the arguments are those of its constructor.
+// Creates a job with the given constructor arguments and calls `open` on it.
 template <class Open, class... Arguments>
 HPROFJOB OpenJob(Open open, Arguments... arguments)
 {
@@ -200,7 +200,7 @@ void ProfDeleteItemW(HPROFJOB job, HPROFLIST list, const wchar_t* path)
         Guarded([&] { RemoveByPath(ListOf(job, list), path, ItemKind::Leaf); });
 }
 
-// The walk is a step ahead of the callback, which may remove the entry that it was given.
+// Advances before each callback, because the callback may remove the entry it receives.
 std::int32_t ProfEnumW(HPROFJOB job, HPROFLIST list, ProfEnumCallbackW callback, void* context)
 {
     if (job == kInvalidJob || callback == nullptr)

@@ -19,7 +19,7 @@ using namespace qx;
 namespace
 {
 
-// A file object on a stream begins at the stream's start; here its position counts.
+// A file object on a stream that keeps the stream's current position. AttachStream would rewind it.
 class clsRestOfStream : public clsFileRO
 {
 public:
@@ -40,7 +40,7 @@ void AppendPacked(HPROFJOB job, HPROFLIST list, const wchar_t* path, const wchar
 
 } // namespace
 
-// The handle is taken over in any case, so that its owner need not ask what became of it.
+// Always takes ownership of the handle, so that the caller doesn't need to handle failures.
 void ProfAppendFileW(HPROFJOB job, HPROFLIST list, const wchar_t* path, const wchar_t* key, void* fileHandle)
 {
     Guarded(

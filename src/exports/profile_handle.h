@@ -1,4 +1,4 @@
-// The handles of the profile family, and what they stand for.
+// Conversions between the handles of the profile functions and the objects they refer to.
 #pragma once
 
 #include <qxut23/profile.h>
@@ -25,7 +25,7 @@ inline clsItemList* ListOf(HPROFLIST list)
     return reinterpret_cast<clsItemList*>(list);
 }
 
-// The null list is the root.
+// A null list refers to the root.
 inline clsItemList& ListOf(HPROFJOB job, HPROFLIST list)
 {
     return list != nullptr ? *ListOf(list) : JobOf(job)->Root();

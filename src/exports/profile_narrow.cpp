@@ -1,4 +1,4 @@
-// The 8-bit forms of the profile family.
+// The 8-bit forms of the profile functions.
 #include <qxut23/profile.h>
 
 #include "exports/narrow.h"

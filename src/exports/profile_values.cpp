@@ -1,4 +1,4 @@
-// The typed values of profiles: a row for each type makes its exports in both spellings.
+// The typed profile values: one row for each type generates its exports in wide and 8-bit form.
 #include <qxut23/profile_values.h>
 
 #include "exports/guard.h"
@@ -39,7 +39,7 @@ std::int32_t GetValue(HPROFJOB job, HPROFLIST list, const wchar_t* path, const s
         std::int32_t{kProfStopped}, [&] { return std::int32_t{GetTyped(ListOf(job, list), path, form, result)}; });
 }
 
-// What the caller passes: numbers as they are, structures by address.
+// Overloads for the callers' argument types: numbers are passed by value, structures by address.
 
 template <class T>
 std::int32_t GetValue(
@@ -102,7 +102,7 @@ void ReadText(
 
 } // namespace
 
-// Names of functions are what only the preprocessor can put together.
+// Macros, because only the preprocessor can assemble function names.
 
 #define QX_WRITER(operation, type, Argument, form)                                                                     \
     void Prof##operation##type##W(HPROFJOB job, HPROFLIST list, const wchar_t* path, Argument value)                   \

@@ -18,7 +18,7 @@ using namespace qx;
 namespace
 {
 
-// A null text reads as the empty one, also for the runtime library's functions.
+// Maps null to the empty text, which the C runtime's functions require.
 const wchar_t* Readable(const wchar_t* text)
 {
     return text ? text : L"";

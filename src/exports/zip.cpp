@@ -57,7 +57,7 @@ std::int32_t UtilZIPClose(HZIPFILE zip)
     return Guarded(clsZIPFile::kCannotWrite, [&] { return file ? file->Close() : clsZIPFile::kOk; });
 }
 
-// The one function that lets exceptions through.
+// The only exported function that lets exceptions through.
 std::int32_t UtilExtractZip(const QXWCHAR* fileName, const QXWCHAR* folder)
 {
     ExtractZip(fileName, folder);

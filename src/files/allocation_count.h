@@ -1,4 +1,4 @@
-// Counts the living objects of a class.
+// Counts the live objects of a class.
 #pragma once
 
 #include <atomic>
@@ -8,12 +8,12 @@
 namespace qx
 {
 
-// Says with OutputDebugStringW that more objects of the type were destroyed than made. Not through the debug output,
-// whose own objects may be counted.
+// Reports through OutputDebugStringW that more objects of the type were destroyed than created. The debug output can't
+// be used, because its own objects may be among the counted ones.
 void ReportNegativeObjectCount(const std::type_info& type, std::int32_t count);
 
-// Base of the classes whose living objects are counted, process-wide and atomically, with the highest count ever seen.
-// The number tells apart several such bases of one class.
+// Base class that counts the live objects of a class, process-wide and atomically, and records the highest count. `n`
+// distinguishes several such bases of one class.
 template <class T, int n>
 class clsAllocationCountVerifier
 {
@@ -26,8 +26,7 @@ protected:
     clsAllocationCountVerifier(const clsAllocationCountVerifier&) { CountOne(); }
     clsAllocationCountVerifier& operator=(const clsAllocationCountVerifier&) = default;
 
-    // A negative count comes from an object that was destroyed twice, or never constructed: only objects that were
-    // made can go.
+    // A negative count means that an object was destroyed twice or never constructed.
     ~clsAllocationCountVerifier()
     {
         const std::int32_t count = _living.fetch_sub(1, std::memory_order_relaxed) - 1;

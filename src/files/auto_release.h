@@ -1,4 +1,4 @@
-// Holder of a reference to a counted object: a COM interface pointer, or a clsIUnknownImpl.
+// Holds a reference to a reference-counted object: a COM interface pointer or a clsIUnknownImpl.
 #pragma once
 
 #include "core/developer_run.h"
@@ -9,11 +9,11 @@
 namespace qx
 {
 
-// Says to the debug output that an empty holder is about to be dereferenced, and stops in the debugger if there is one.
-// For developers' runs: what follows is a crash.
+// Reports to the debug output that an empty holder is about to be dereferenced, and breaks into the debugger if one is
+// attached. A diagnostic for developers' runs: the dereference itself will crash.
 void ReportNullInterface();
 
-// clsAutoRelease<IStream*> holds an IStream.
+// Holds a reference; clsAutoRelease<IStream*> holds an IStream.
 template <class T>
 class clsAutoRelease
 {
@@ -22,7 +22,7 @@ class clsAutoRelease
 
 public:
     clsAutoRelease() = default;
-    // Takes a reference of its own.
+    // Adds a reference.
     explicit clsAutoRelease(T object) : _object(object) { AddReference(); }
     clsAutoRelease(const clsAutoRelease& other) : _object(other._object) { AddReference(); }
     clsAutoRelease(clsAutoRelease&& other) noexcept : _object(std::exchange(other._object, nullptr)) {}
@@ -35,17 +35,17 @@ public:
     }
     clsAutoRelease& operator=(T object) { return *this = clsAutoRelease(object); }
 
-    // Takes over a reference that the caller has.
+    // Takes ownership of the caller's reference.
     void Adopt(T object)
     {
         Release();
         _object = object;
     }
 
-    // Gives the reference to the caller.
+    // Transfers ownership of the reference to the caller.
     T Detach() { return std::exchange(_object, nullptr); }
 
-    // The holder is empty before the object goes, which may come back to it.
+    // Clears the holder before it releases the object, because the object's destructor may access the holder.
     void Release()
     {
         if (T object = Detach())
@@ -57,7 +57,7 @@ public:
         }
     }
 
-    // For calls that give a reference through an address; what was held goes first.
+    // Releases the held object and returns an address for calls that return a reference through a pointer.
     T* Receive()
     {
         Release();

@@ -1,4 +1,4 @@
-// The parameters of zlib's compressor that stand behind the mode numbers.
+// The zlib compressor parameters for each compression mode number.
 #pragma once
 
 #include <zlib.h>
@@ -34,7 +34,7 @@ constexpr DeflateMode DeflateModeOf(int mode)
     }
 }
 
-// Window bits that leave out the head and the check sum of a zlib stream.
+// Window bits for raw deflate data, without the header and checksum of a zlib stream.
 constexpr int kRawDeflateWindowBits = -15;
 
 } // namespace qx

@@ -14,7 +14,7 @@ namespace
 
 constexpr std::uint32_t kChunkSize = 0x100000;
 
-// The input block and the output block of one run; memory does not grow with the data.
+// The input and output buffers of one run. Memory use doesn't depend on the amount of data.
 struct Chunks
 {
     ByteBlock input{kChunkSize};
@@ -32,7 +32,7 @@ struct Chunks
         stream.avail_out = kChunkSize;
     }
 
-    /// Writes what the stream has left in the output block; false when the target takes less.
+    // Writes the contents of the output buffer. Returns false if the write is incomplete.
     bool Flush(clsFile& target, const z_stream& stream)
     {
         const std::uint32_t made = kChunkSize - stream.avail_out;
@@ -45,7 +45,8 @@ std::uint32_t NextChunk(std::int64_t remaining)
     return static_cast<std::uint32_t>(std::min<std::int64_t>(remaining, kChunkSize));
 }
 
-// How many bytes to take from the source's position on; negative if it isn't open or the size makes no sense.
+// Returns the number of bytes to process. Returns a negative value if the source isn't open or `size` is negative but
+// not -1.
 std::int64_t BytesToTake(clsFile& source, std::int64_t size)
 {
     if (size != -1)
@@ -73,7 +74,7 @@ int DeflateChunks(z_stream& stream, clsFile& target, clsFile& source, std::uint3
         {
             chunks.OfferOutput(stream);
             code = deflate(&stream, remaining == 0 ? Z_FINISH : Z_NO_FLUSH);
-            // A target that takes less would lose data behind a good result, so this is a failure too.
+            // Otherwise data would be lost although the result reports success.
             if (!chunks.Flush(target, stream))
                 return Z_BUF_ERROR;
         } while (stream.avail_out == 0);
@@ -82,7 +83,7 @@ int DeflateChunks(z_stream& stream, clsFile& target, clsFile& source, std::uint3
     }
 }
 
-// What a code of the decompressor means for the run; the end of the stream is no failure.
+// Maps a result of inflate to the result of the run. The end of the stream is no failure.
 int InflateFailure(int code)
 {
     if (code == Z_DATA_ERROR || code == Z_MEM_ERROR)
@@ -142,7 +143,7 @@ int InflateStream(clsFile& target, clsFile& source, std::int64_t size, std::int6
     const std::int64_t compressed = BytesToTake(source, size);
     if (compressed < 0)
         return Z_DATA_ERROR;
-    // Room for the usual case before any byte is written; the end is set where the data end.
+    // Reserves enough space for typical data before the first write. The end is set exactly afterwards.
     target.Reserve(target.GetSize() + compressed + 512);
 
     z_stream stream{};

@@ -9,13 +9,14 @@ namespace qx
 
 class clsFile;
 
-// Compresses `size` bytes from the source's position on (-1: all that follows) to the target's position, and cuts the
-// target there. `mode` chooses level, memory and strategy: 1, 3 to 7, any other the defaults. `crc`, if given, gets
-// the CRC-32 of the source's bytes. Result: zlib's last code, 1 on success, negative on failure.
+// Compresses `size` bytes from the source's current position (-1: up to its end), writes them at the target's position
+// and truncates the target after them. `mode` selects level, memory use and strategy: 1 and 3 to 7 are defined, all
+// other values select zlib's defaults. If `crc` isn't null, it receives the CRC-32 of the source bytes. Returns zlib's
+// last code: 1 on success, a negative value on failure.
 int DeflateStream(clsFile& target, clsFile& source, int mode, std::uint32_t* crc, std::int64_t size);
 
-// Decompresses `size` bytes of raw deflate data (-1: all that follows) likewise. Result: 0, negative on failure. Data
-// of more than `limit` bytes are a failure too: a few bytes can stand for very many.
+// Decompresses `size` bytes of raw deflate data in the same way. Returns 0 on success, a negative value on failure. A
+// result of more than `limit` bytes is a failure too, because a few bytes can expand to a huge amount.
 int InflateStream(
     clsFile& target, clsFile& source, std::int64_t size, std::int64_t limit = std::numeric_limits<std::int64_t>::max());
 

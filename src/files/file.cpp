@@ -48,7 +48,7 @@ clsFile::~clsFile()
 
 int clsFile::AttachStream(IStream* stream)
 {
-    const clsAutoRelease<IStream*> held(stream); // the same stream may be open now
+    const clsAutoRelease<IStream*> held(stream); // keeps the stream alive if it is the one that is open now
     Close();
     _name.Empty();
     _stream = held;
@@ -169,7 +169,7 @@ bool clsFile::MoveHandle(std::int64_t distance, DWORD origin)
     return SetFilePointerEx(_handle.Get(), move, nullptr, origin) != FALSE;
 }
 
-// What Seek does, with a result that tells of every failure.
+// Like Seek, but reports every failure.
 bool clsFile::MoveTo(std::int64_t position)
 {
     if (_handle.IsValid())
@@ -204,7 +204,7 @@ std::int64_t clsFile::Write(const void* buffer, std::uint64_t count, std::int64_
     }
     if (position != kCurrentPosition && !MoveTo(position))
     {
-        return 0; // rather than write somewhere else
+        return 0; // don't write to the wrong place
     }
 
     const auto* bytes = static_cast<const std::uint8_t*>(buffer);
@@ -315,7 +315,8 @@ UTFType clsFile::GetUTFType()
     return GuessUTFType(static_cast<std::uint32_t>(size));
 }
 
-// Short texts tell too little to guess from. `count` has the low 32 bits of the size, which is what one read takes.
+// Returns Unknown for short texts, which are too short for a reliable guess. `count` contains the low 32 bits of the
+// size, the maximum of a single read.
 UTFType clsFile::GuessUTFType(std::uint32_t count)
 {
     constexpr std::uint32_t kShortest = 201;

@@ -1,5 +1,5 @@
-// The one object for a place where bytes live: a file by name, a handle taken over, or a caller's stream. It is a
-// stream itself, so that it can be handed to any COM consumer.
+// clsFile, the common object for byte storage: a file opened by name, an adopted handle, or a caller's stream. It is an
+// IStream itself, so that it can be passed to any COM consumer.
 #pragma once
 
 #include "containers/dlist.h"
@@ -34,16 +34,16 @@ enum class FileDisposition
     CreateAlways = 2
 };
 
-// What others may do with the file meanwhile.
+// The access that others have to the file while it is open.
 enum class FileShare
 {
     None = 0,
-    Exclusive = 1, // as None
+    Exclusive = 1, // same as None
     Read = 2,
     ReadWrite = 3
 };
 
-// Bits of the flag word.
+// Flag bits for opening a file.
 enum FileFlag : std::uint32_t
 {
     kFileWriteThrough = 1,
@@ -55,10 +55,10 @@ enum FileFlag : std::uint32_t
     kFileAttributeReadOnly = 0x400,
     kFileAttributeTemporary = 0x800,
 
-    kFileData = kFileAttributeNormal | kFileSequentialScan // what all data files are opened with
+    kFileData = kFileAttributeNormal | kFileSequentialScan // used for all data files
 };
 
-// Why an open failed.
+// The reason why an open failed.
 enum class FileError
 {
     None = 0,
@@ -67,10 +67,10 @@ enum class FileError
     AlreadyExists = 3,
     AccessDenied = 4,
     Other = 5,
-    NameRefused = 6 // nothing was tried
+    NameRefused = 6 // the name is invalid; no open was attempted
 };
 
-// A byte range that is locked until Unlock.
+// A byte range that is locked until Unlock is called.
 struct scFileLock
 {
     std::uint64_t offset = 0;
@@ -79,11 +79,11 @@ struct scFileLock
     friend bool operator==(const scFileLock&, const scFileLock&) = default;
 };
 
-// Not synchronised: one thread at a time. Only the reference count is atomic. Nothing here throws.
+// A file or stream. Not thread-safe, except for the reference count. No function throws.
 //
-// A file or a stream may be open; where there were both, the file goes first.
+// Normally either a file or a stream is open. If both are, the file is used.
 //
-// Slot order of the virtual operations: the three of INonDelegatingUnknown, CreateHandle, then the rest.
+// Vtable order: the three functions of INonDelegatingUnknown, CreateHandle, then the rest.
 class clsFile : public clsIUnknownImpl, public IStream
 {
 public:
@@ -91,74 +91,75 @@ public:
     static constexpr std::size_t kToTerminator = ~std::size_t{0};
 
     clsFile() = default;
-    // IsOpen() tells how these ended.
+    // Success is reported by IsOpen().
     clsFile(const String& name, FileAccess access, FileDisposition disposition, FileShare share, std::uint32_t flags);
     explicit clsFile(IStream* stream);
-    // Takes the handle over, to close it.
+    // Takes ownership of the handle.
     explicit clsFile(HANDLE handle);
 
     HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** object) override;
     ULONG STDMETHODCALLTYPE NonDelegatingRelease() override;
 
 protected:
-    // Opens the file by name for Open, all arguments being the system's. Null or -1, and the last error, on failure.
+    // Opens the file for Open; all arguments have the system's meaning. Returns null or INVALID_HANDLE_VALUE on failure
+    // and sets the last error.
     virtual HANDLE CreateHandle(const String& name, DWORD access, DWORD share, DWORD disposition, DWORD flags);
 
 public:
     virtual ~clsFile();
 
-    // Both give 0, or -1 on failure. What was open is closed first.
-    // An open is tried three times. Its error kind and text stay for GetErrorKind and GetErrorText; the last error is
-    // the system's.
+    // Open and AttachStream close the object first. Both return 0, or -1 on failure. Open makes up to three attempts.
+    // GetErrorKind and GetErrorText describe a failed attempt, and the last error is the system's.
     int Open(const String& name, FileAccess access, FileDisposition disposition, FileShare share, std::uint32_t flags);
-    // Holds the stream with a reference of its own, and begins at its start.
+    // Adds a reference to the stream and moves it to its beginning.
     int AttachStream(IStream* stream);
     void Close();
 
     bool IsOpen() const;
     FileError GetErrorKind() const { return _errorKind; }
     const String& GetErrorText() const { return _errorText; }
-    const String& GetName() const { return _name; } // empty for a stream or a handle taken over
+    const String& GetName() const { return _name; } // empty for a stream or an adopted handle
     HANDLE GetHandle() const { return _handle.Get(); }
     IStream* GetStream() const { return _stream.Get(); }
 
-    // -1 when closed or on failure.
+    // Returns -1 if nothing is open, or on failure.
     std::int64_t GetSize();
-    // The new position; on failure 0 for a file and -1 for a stream; -1 when closed. Of a stream's new position the low
-    // 32 bits come back, with sign.
+    // Returns the new position. On failure the result is 0 for a file and -1 for a stream. Returns -1 if nothing is
+    // open. For a stream, only the low 32 bits of the position are returned, sign-extended.
     std::int64_t Seek(std::int64_t position);
-    // The position, for a file as far as it has 32 bits; else -1.
+    // Returns the position, or -1 on failure and for a file position that exceeds 32 bits.
     std::int64_t Tell();
-    // The position with all its 64 bits, which Tell can't tell; -1 when closed or on failure.
+    // Returns the position without a 32-bit limit, or -1 if nothing is open or on failure.
     std::int64_t Position();
 
-    // Looks for the text's encoding, and leaves the position behind the byte order mark or at 0. Begin at 0.
+    // Detects the encoding of the text. The position must be 0; it is left after the byte order mark, or at 0.
     UTFType GetUTFType();
 
-    // The bytes read, 0 on failure.
+    // Returns the number of bytes read, 0 on failure.
     std::uint32_t Read(void* buffer, std::uint32_t count);
-    // The bytes written; what a failed system call wrote doesn't count. -1 when closed.
+    // Returns the number of bytes written. Bytes of a failed system call aren't counted. Returns -1 if nothing is open.
     std::int64_t Write(const void* buffer, std::uint64_t count, std::int64_t position = kCurrentPosition);
     std::int64_t WriteBytes(const char* text, std::size_t length = kToTerminator);
-    // The same in characters of 16 bits.
+    // The same, counted in 16-bit characters.
     std::int64_t WriteChars(const wchar_t* text, std::size_t length = kToTerminator);
 
-    // Makes the file end `count` bytes behind the position, which stays.
+    // Sets the end of the file `count` bytes after the current position, which doesn't change.
     void Reserve(std::int64_t count);
-    // Makes the file end at the position.
+    // Truncates or extends the file to the current position.
     void SetEOF();
 
-    // Takes a range of bytes for this object alone, waiting up to 10 seconds; nothing if someone else has it or nothing
-    // is open. A stream without locks counts as locked.
+    // Locks a byte range exclusively for this object, waiting up to 10 seconds. Returns nothing if the range remains
+    // locked elsewhere or nothing is open. A stream that doesn't support locks counts as locked.
     std::optional<scFileLock> Lock(std::uint64_t offset, std::uint64_t length);
-    // Gives one lock of this range back; one that this object hasn't is reported. Nothing does nothing.
+    // Releases one lock of this range. A range that this object hasn't locked is reported to the debug output. An empty
+    // `lock` is ignored.
     void Unlock(const std::optional<scFileLock>& lock);
 
-    // Copies what the source holds from its position on to this object's position, and ends this object there. A source
-    // that isn't open counts as empty. On failure part of it may be written.
+    // Copies the source from its current position to its end to this object's position and truncates this object there.
+    // A source that isn't open counts as empty. Returns false on failure; part of the data may have been written.
     bool CopyFrom(clsFile& source);
 
-    // IStream. A held stream does the work itself; only a clsFileRW writes to a file.
+    // IStream. Calls are passed on to a held stream. Writing to a file requires a clsFileRW.
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
     ULONG STDMETHODCALLTYPE AddRef() override;
     ULONG STDMETHODCALLTYPE Release() override;
@@ -199,18 +200,18 @@ private:
     clsGenericHandleObjectAutoRelease _handle;
 
 protected:
-    // Nothing in the library puts a storage here; a derived class may, and Close and Commit know it.
+    // Never set by this class. A derived class may set it; Close and Commit handle it.
     clsAutoRelease<IStorage*> _storage;
 
 private:
     clsAutoRelease<IStream*> _stream;
     FileError _errorKind = FileError::None;
     String _errorText;
-    bool _ownsHandle = false; // opened or taken over by this object; else Close only forgets it
+    bool _ownsHandle = false; // false: Close doesn't close the handle
     WCValDList<scFileLock> _locks;
 };
 
-// Read-only by its type: no consumer of its stream can write to the file.
+// A read-only file: consumers of its stream can't write to it.
 class clsFileRO : public clsFile
 {
 public:
@@ -223,7 +224,7 @@ public:
     using clsFile::clsFile;
 };
 
-// On a stream whose reference the caller gives away.
+// Takes ownership of the caller's reference to the stream.
 class clsFileRWTempStream : public clsFileRW
 {
 public:

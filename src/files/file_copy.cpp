@@ -15,7 +15,8 @@ namespace
 
 constexpr std::int64_t kLargestBuffer = 0x6400000;
 
-// The largest buffer that can be had, from `size` on down by halves; none if not even a byte can be had.
+// Allocates the largest available buffer, starting with `size` bytes and halving it on failure. Returns null if nothing
+// can be allocated.
 std::unique_ptr<clsGlobalLock> AllocateBuffer(std::int64_t& size)
 {
     for (; size > 0; size /= 2)
@@ -62,7 +63,7 @@ void clsFile::Reserve(std::int64_t count)
     Seek(position);
 }
 
-// Nothing is written before there is a buffer, so a copy that gets no memory leaves this object as it was.
+// The buffer is allocated before the first write, so that this object doesn't change if memory runs out.
 bool clsFile::CopyFrom(clsFile& source)
 {
     const std::int64_t size = source.GetSize();

@@ -35,7 +35,7 @@ bool FileFinder::Fits() const
     return !isDirectory || (wcscmp(_data.cFileName, L".") != 0 && wcscmp(_data.cFileName, L"..") != 0);
 }
 
-// A find tells of the link itself, where other questions may be answered for what it leads to.
+// Uses a search because it reports the link itself; other queries may follow the link.
 bool IsLink(const String& path)
 {
     WIN32_FIND_DATAW data;

@@ -1,4 +1,4 @@
-// The entries of a folder that fit a pattern, in the system's order.
+// Iterates over the entries of a folder that match a pattern, in the system's order.
 #pragma once
 
 #include "core/text/string.h"
@@ -9,7 +9,7 @@
 namespace qx
 {
 
-// Holds the handle of a search.
+// Owns the handle of a search.
 class clsFindDataObjectAutoRelease : public clsGenericHandleObjectAutoRelease
 {
 public:
@@ -23,10 +23,10 @@ public:
 class FileFinder
 {
 public:
-    // Either all that aren't folders, or the folders without "." and "..".
+    // Finds either everything except folders, or only the folders, without "." and "..".
     FileFinder(const String& pattern, bool directories);
 
-    // Goes to the next entry, at first to the first; false at the end.
+    // Moves to the next entry; the first call moves to the first entry. Returns false at the end.
     bool Next();
 
     const wchar_t* Name() const { return _data.cFileName; }
@@ -41,7 +41,8 @@ private:
     bool _atFirst = true;
 };
 
-// Also of a link that leads nowhere yet: what is written to that comes to be where it leads.
+// Returns true if the path is a link, including a dangling one. Writing to a dangling link would create a file at its
+// target.
 bool IsLink(const String& path);
 
 } // namespace qx

@@ -50,8 +50,8 @@ std::optional<scFileLock> clsFile::Lock(std::uint64_t offset, std::uint64_t leng
     return _locks.Append(scFileLock{offset, length});
 }
 
-// A stream that says that it has no locks counts as locked, so that the caller isn't held up for something that won't
-// come.
+// If the stream reports that it doesn't support locks, the range counts as locked. Retrying would only delay the
+// caller.
 bool clsFile::TryLock(std::uint64_t offset, std::uint64_t length)
 {
     const scRange range = SystemRange(offset, length);
@@ -64,14 +64,14 @@ bool clsFile::TryLock(std::uint64_t offset, std::uint64_t length)
     return SUCCEEDED(result) || result == STG_E_INVALIDFUNCTION || result == E_NOTIMPL;
 }
 
-// The system goes first, and whether it had such a lock doesn't matter: the record alone tells whether this object had.
+// Releases the system's lock first and ignores the result. Only this object's record decides whether the lock existed.
 void clsFile::Unlock(const std::optional<scFileLock>& lock)
 {
     if (!lock)
     {
         return;
     }
-    const scFileLock range = *lock; // which may be a record of the list
+    const scFileLock range = *lock; // a copy, because `lock` may refer to an element of _locks
     ReleaseRange(range);
     if (!_locks.Remove(range))
     {

@@ -17,7 +17,7 @@ constexpr wchar_t kNameRefused[] = L"file name is reserved by Windows";
 constexpr int kAttempts = 3;
 constexpr DWORD kWaitForTemporary = 100; // ms
 
-// Keeps the system's own message box about a missing file away.
+// Suppresses the system's message box about missing files.
 class ErrorModeScope
 {
 public:
@@ -73,8 +73,8 @@ int clsFile::Open(
     return _ownsHandle ? 0 : -1;
 }
 
-// Gives the last error of the last attempt. The kind and the text of a failed attempt stay even where a later one
-// succeeds: they tell what the open had to wait for.
+// Returns the last error of the last attempt. The error kind and text of a failed attempt are kept even if a later
+// attempt succeeds; they show why the open was delayed.
 DWORD clsFile::TryToOpen(DWORD access, DWORD share, DWORD disposition, DWORD flags)
 {
     DWORD error = NO_ERROR;

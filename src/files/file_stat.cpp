@@ -1,4 +1,4 @@
-// What a file object tells about itself as a stream.
+// clsFile::Stat, the properties of a file object as a stream.
 #include "files/file.h"
 
 #include "files/trace_frame.h"
@@ -15,7 +15,8 @@ namespace
 
 constexpr HRESULT kNoAttributes = 2;
 
-// The folder entry has the same values where the file itself can't be asked (it is held without sharing, say).
+// Reads the folder entry, which has the same values, for files that can't be queried, for example because they are open
+// without sharing.
 bool ReadFolderEntry(const wchar_t* name, WIN32_FILE_ATTRIBUTE_DATA& attributes)
 {
     WIN32_FIND_DATAW found = {};
@@ -41,7 +42,7 @@ bool ReadAttributes(const wchar_t* name, WIN32_FILE_ATTRIBUTE_DATA& attributes)
     return error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND && ReadFolderEntry(name, attributes);
 }
 
-// Null where there is no memory: the record is right without it.
+// Returns null if memory runs out. The record is valid without the name.
 wchar_t* CopyForCaller(const String& text)
 {
     const std::size_t bytes = (text.Length() + 1) * sizeof(wchar_t);

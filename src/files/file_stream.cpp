@@ -1,4 +1,4 @@
-// The stream that a file object is.
+// The IStream functions of clsFile.
 #include "files/file.h"
 
 #include "files/trace_frame.h"
@@ -142,7 +142,7 @@ HRESULT clsFile::SetSize(ULARGE_INTEGER size)
     }
     const auto newSize = static_cast<std::int64_t>(size.QuadPart);
     const std::int64_t before = Position();
-    if (!MoveTo(newSize)) // the end would fall somewhere else
+    if (!MoveTo(newSize)) // otherwise the end would be set at the wrong place
     {
         return frame.End(E_INVALIDARG);
     }

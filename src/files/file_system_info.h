@@ -1,4 +1,4 @@
-// What the file system at a root can do.
+// Properties of a file system.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@ struct FileSystemInfo
     bool compressed = false;
 };
 
-// All empty if the system can't tell. Null is the root of the current folder.
+// Returns empty values if the system reports an error. Null selects the root of the current folder.
 FileSystemInfo GetFileSystemInfo(const wchar_t* root);
 
 } // namespace qx

@@ -1,4 +1,4 @@
-// File times as numbers.
+// File times as integers.
 #pragma once
 
 #include <windows.h>
@@ -8,7 +8,7 @@
 namespace qx
 {
 
-// Of 100 ns, in which file times count.
+// File times count units of 100 ns.
 constexpr std::uint64_t kUnitsPerMillisecond = 10'000;
 constexpr std::uint64_t kUnitsPerSecond = 1000 * kUnitsPerMillisecond;
 constexpr std::uint64_t kUnitsPerHour = 3600 * kUnitsPerSecond;

@@ -32,13 +32,13 @@ public:
 
 String ExpandEnvironment(const String& text)
 {
-    // Another thread may make a variable longer meanwhile: then it is asked again, but not for ever.
+    // Another thread may lengthen a variable between two calls, so the call is repeated, but only a few times.
     constexpr int kMaxTries = 4;
     DWORD room = 260;
     for (int tries = 0; tries < kMaxTries; ++tries)
     {
         String expanded;
-        const DWORD length = ExpandEnvironmentStringsW(text, expanded.GetBuffer(room), room); // with its terminator
+        const DWORD length = ExpandEnvironmentStringsW(text, expanded.GetBuffer(room), room); // includes the terminator
         if (length == 0)
             break;
         if (length <= room)

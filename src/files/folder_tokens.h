@@ -1,4 +1,4 @@
-// Names between percent signs in the paths of folders.
+// Expands names between percent signs in folder paths.
 #pragma once
 
 #include "core/text/string.h"
@@ -6,8 +6,8 @@
 namespace qx
 {
 
-// Replaces environment variables, and what the environment doesn't know by the shell folders of that name ("Personal",
-// "My Pictures", ...), which the system keeps in the registry. Other names stay as they are, with their signs.
+// Replaces environment variables, and shell folders from the registry ("Personal", "My Pictures", ...) for names that
+// aren't environment variables. Unknown names are kept, with their percent signs.
 String ExpandFolderTokens(const String& text);
 
 } // namespace qx

@@ -8,14 +8,15 @@
 namespace qx
 {
 
-// Locks a block of global memory for its own life, and frees it at its end if it is told to. What goes wrong at the end
-// goes to the debug output, unless SetReport(false); a failure to lock goes to the system's debug channel at once.
+// Locks a block of global memory for the lifetime of the object, and optionally frees it in the destructor. Errors in
+// the destructor are reported to the debug output unless SetReport(false) was called. A failure to lock is reported
+// immediately through OutputDebugStringW.
 class clsGlobalLock
 {
 public:
-    // A block of its own, freed at the end. IsLocked() tells whether there is memory.
+    // Allocates a block and frees it in the destructor. IsLocked() returns false if memory ran out.
     clsGlobalLock(UINT flags, std::size_t size);
-    // A block of the caller's.
+    // Locks the caller's block.
     clsGlobalLock(HGLOBAL memory, bool freeIt);
     clsGlobalLock(const clsGlobalLock&) = delete;
     clsGlobalLock& operator=(const clsGlobalLock&) = delete;
@@ -24,7 +25,7 @@ public:
     bool IsLocked() const { return _locked != nullptr; }
     void* Get() const { return _locked; }
     HGLOBAL Memory() const { return _memory; }
-    // Unlocks the block now and leaves it to the caller.
+    // Unlocks the block and returns it to the caller, who owns it.
     HGLOBAL Release();
     void SetFree(bool freeIt) { _freeIt = freeIt; }
     void SetReport(bool report) { _report = report; }

@@ -1,4 +1,4 @@
-// Holder of a system handle.
+// Holds a system handle.
 #pragma once
 
 #include <windows.h>
@@ -6,11 +6,11 @@
 namespace qx
 {
 
-// Owns a handle, or only knows one that someone else closes. 0 and -1 both mean that there is none: system calls use
-// the one or the other.
+// Holds a handle and closes it, or only refers to a handle that is closed elsewhere. 0 and -1 both mean "no handle",
+// because system calls return either.
 //
-// Slot order of the virtual operations: EmptyValue, CloseHandle, Duplicate, destructor. A class that overrides
-// CloseHandle releases in its own destructor: here its override is gone already.
+// Vtable order: EmptyValue, CloseHandle, Duplicate, destructor. A class that overrides CloseHandle must call Release in
+// its own destructor, because its override no longer exists when the base destructor runs.
 class clsGenericHandleObjectAutoRelease
 {
 public:
@@ -21,15 +21,16 @@ public:
 
     virtual HANDLE EmptyValue() const { return nullptr; }
     virtual void CloseHandle();
-    // Holds an inheritable duplicate of a handle of this process, with the same rights; false leaves it empty.
+    // Replaces the handle with an inheritable duplicate of `handle` with the same rights. Returns false on failure, and
+    // the holder is empty then.
     virtual bool Duplicate(HANDLE handle);
     virtual ~clsGenericHandleObjectAutoRelease() { Release(); }
 
-    // What was held goes first.
+    // Releases the current handle first.
     void Take(HANDLE handle, bool close);
-    // Closes the handle if it is this object's to close; the holder is empty afterwards.
+    // Closes the handle if the holder owns it. The holder is empty afterwards.
     void Release();
-    // Forgets the handle without closing it, and gives it.
+    // Empties the holder without closing the handle, and returns the handle.
     HANDLE Detach();
 
     HANDLE Get() const { return _handle; }

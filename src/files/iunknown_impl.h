@@ -1,4 +1,4 @@
-// Base of the library's reference-counted objects.
+// Base class of the library's reference-counted objects.
 #pragma once
 
 #include "files/allocation_count.h"
@@ -14,7 +14,7 @@
 namespace qx
 {
 
-// The slots that come first in each of these objects; an interface's own three entries call them.
+// The first slots of the vtable of each such object. The three functions of an implemented interface call them.
 class INonDelegatingUnknown
 {
 public:
@@ -26,17 +26,17 @@ protected:
     ~INonDelegatingUnknown() = default;
 };
 
-// Holds an atomic count that starts at 0, so that an object may also live on the stack, and the free-threaded
-// marshaler, which lets any thread use the object's interfaces as plain pointers.
+// Holds an atomic reference count and the free-threaded marshaler, which lets any thread use the object's interfaces as
+// plain pointers. The count starts at 0, so that the object may also live on the stack.
 //
-// The destructor isn't virtual, to keep the fourth slot for the derived class: the derived class declares its own
-// virtual destructor behind its operations, and its NonDelegatingRelease is ReleaseObject(this).
+// The destructor isn't virtual, to leave the fourth vtable slot to the derived class. A derived class declares its own
+// virtual destructor after its functions and implements NonDelegatingRelease as ReleaseObject(this).
 class clsIUnknownImpl : public INonDelegatingUnknown, public clsAllocationCountVerifier<clsIUnknownImpl, 0>
 {
 public:
     ULONG STDMETHODCALLTYPE NonDelegatingAddRef() override;
 
-    // False keeps the object alive when its count falls to 0: someone else destroys it.
+    // If false, the object isn't deleted when its count drops to 0; its owner destroys it.
     void SetDeleteOnLastRelease(bool deleteIt) { _deleteOnLastRelease = deleteIt; }
 
 protected:
@@ -45,8 +45,8 @@ protected:
     clsIUnknownImpl& operator=(const clsIUnknownImpl&) = delete;
     ~clsIUnknownImpl() = default;
 
-    // The answer for the interfaces that every object has: IUnknown, which is `identity`, and IMarshal; E_NOINTERFACE
-    // for all others.
+    // Implements the interfaces common to all objects: IUnknown, which is `identity`, and IMarshal. Returns
+    // E_NOINTERFACE for all others.
     HRESULT QueryOwnInterface(IUnknown* identity, REFIID iid, void** object);
 
     template <class Derived>

@@ -1,4 +1,4 @@
-// How long to wait between the tries for a lock.
+// The wait between attempts to take a lock.
 #pragma once
 
 #include <windows.h>
@@ -6,9 +6,9 @@
 namespace qx
 {
 
-// Gives the processor away at once between most tries, and sleeps for a millisecond once in each tenth of a second: who
-// has the lock holds it briefly as a rule, and a sleep is the longer the coarser the system's timer is. So its
-// resolution is raised from the first real sleep to the end.
+// Usually only yields the processor, and sleeps for 1 ms once in each 100 ms. Locks are normally held briefly, and a
+// sleep lasts longer the coarser the system's timer is. The timer resolution is therefore raised from the first sleep
+// until this object is destroyed.
 class clsLockBackOff
 {
 public:
@@ -22,7 +22,7 @@ public:
 private:
     bool _waited = false;
     bool _raised = false;
-    ULONGLONG _slice = 0; // of the last wait
+    ULONGLONG _slice = 0; // the slice of the last wait
 };
 
 } // namespace qx

@@ -28,7 +28,7 @@ constexpr wchar_t kAllowedNames[] = L"^(?!  (?:\tCON|PRN|AUX|NUL|\tCOM[1-9]|LPT[
 
 } // namespace
 
-// A component that doesn't fit the buffers comes out empty, and so is refused.
+// A component that doesn't fit the buffers becomes empty and is rejected.
 bool IsFileNameAllowed(const String& path)
 {
     wchar_t name[kPartSize] = {};

@@ -1,4 +1,4 @@
-// Which file names the system refuses.
+// Checks for file names that the system rejects.
 #pragma once
 
 namespace qx
@@ -6,12 +6,12 @@ namespace qx
 
 class String;
 
-// Looks at the last component of the path: false for an empty one, a device name in upper case with or without one
-// extension, one with a character that no name may have, and one that ends in a blank or a dot.
+// Checks the last component of the path. Returns false if it is empty, a device name in upper case with at most one
+// extension, contains a character that isn't allowed in names, or ends in a blank or dot.
 bool IsFileNameAllowed(const String& path);
 
-// Whether the system takes a file of this name, in whatever folder, for a device. Neither case counts, nor what follows
-// the first dot, nor blanks in front of it: "aux .tar.gz" is one. For names from outside.
+// Returns true if the system treats a file of this name as a device in any folder. Case, everything after the first
+// dot, and blanks before that dot are ignored: "aux .tar.gz" is a device. Use it for names from untrusted sources.
 bool IsDeviceName(const String& name);
 
 } // namespace qx

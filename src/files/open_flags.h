@@ -1,4 +1,4 @@
-// What the open arguments of a file object mean to the system.
+// Maps the arguments of clsFile::Open to the system's flags.
 #pragma once
 
 #include "files/file.h"
@@ -13,7 +13,7 @@ DWORD SystemDisposition(FileDisposition disposition);
 DWORD SystemShare(FileShare share);
 DWORD SystemFlags(std::uint32_t flags);
 
-// The kind of failure that a system error of an open stands for.
+// Returns the kind of failure for a system error of an open call.
 FileError ClassifyOpenError(DWORD error);
 
 } // namespace qx

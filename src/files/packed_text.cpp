@@ -27,18 +27,18 @@ constexpr std::wstring_view kVersion1Prefix = L"@1@";
 constexpr std::wstring_view kVersion2Prefix = L"@2@";
 
 constexpr std::size_t kSizeFieldLength = 4;
-constexpr char kTag[] = "QvX_Packed"; // with its zero byte
+constexpr char kTag[] = "QvX_Packed"; // including the terminating zero
 constexpr std::size_t kVersion2HeadLength = kSizeFieldLength + sizeof(kTag);
 
 constexpr int kPackedMode = 4;
 constexpr int kZlibWindowBits = 15;
 
-// The smallest images that the cipher is applied to. They differ: an image of 8 to 11 bytes cannot come back, since
-// Base64 of fewer than 12 bytes is never deciphered.
+// The smallest images that are encrypted and decrypted. The limits differ: an encrypted image of 8 to 11 bytes can't be
+// restored, because fewer than 12 bytes are never decrypted.
 constexpr std::size_t kSmallestEnciphered = 8;
 constexpr std::size_t kSmallestDeciphered = 12;
 
-// No deflate stream inflates to more than 1032 times its size, so a stored size beyond that is a lie.
+// Deflate data never expand to more than 1032 times their size, so a larger stored size is invalid.
 constexpr std::uint64_t kMaxExpansion = 1032;
 
 void StoreSize(unsigned char* at, std::uint32_t size)
@@ -55,13 +55,13 @@ std::uint32_t LoadSize(const unsigned char* at)
     return size;
 }
 
-// zlib's counts have 32 bits.
+// zlib counts have 32 bits.
 uInt ZlibCount(std::size_t count)
 {
     return static_cast<uInt>(std::min<std::size_t>(count, std::numeric_limits<uInt>::max()));
 }
 
-// Gives the compressed size, or 0 when the data do not go into the room.
+// Returns the compressed size, or 0 if the result doesn't fit `room`.
 std::size_t DeflateAtOnce(unsigned char* target, std::size_t room, const unsigned char* data, std::uint32_t size)
 {
     const DeflateMode mode = DeflateModeOf(kPackedMode);
@@ -78,7 +78,7 @@ std::size_t DeflateAtOnce(unsigned char* target, std::size_t room, const unsigne
     return code == Z_STREAM_END ? made : 0;
 }
 
-// A zlib stream of an image, and how many bytes it is said to hold.
+// The zlib stream of an image and the stored size of its data.
 struct ZlibPart
 {
     const unsigned char* data = nullptr;
@@ -88,7 +88,7 @@ struct ZlibPart
     bool IsLie() const { return size > length * kMaxExpansion; }
 };
 
-// Whether the stream holds exactly the bytes that it is said to; `target` has room for them.
+// Returns true if the stream contains exactly `part.size` bytes. `target` must have room for them.
 bool InflateTo(unsigned char* target, const ZlibPart& part)
 {
     z_stream stream{};
@@ -104,22 +104,23 @@ bool InflateTo(unsigned char* target, const ZlibPart& part)
     return isWhole;
 }
 
-// The data of a stream, or an empty block.
+// Returns the data of the stream, or an empty block on failure.
 ByteBlock Inflated(const ZlibPart& part)
 {
     if (part.IsLie())
         return {};
-    // One byte to spare: a stream of no bytes needs an address too.
+    // One extra byte, because zlib needs an output address even for an empty stream.
     ByteBlock block(std::size_t{part.size} + 1);
     block.Truncate(InflateTo(block.data(), part) ? part.size : 0);
     return block;
 }
 
-// Size, tag and zlib stream; empty if compression failed.
+// Returns size, tag and zlib stream, or an empty block if compression fails.
 ByteBlock CompressedImage(const unsigned char* data, std::uint32_t size)
 {
-    // A tenth more than the data, and 64 bytes for the head and what zlib adds to a few bytes that don't compress: with
-    // 23, some texts of 19 bytes wouldn't fit, and be lost. Readers don't see how much room there was.
+    // Room for 10 % more than the data, plus 64 bytes for the head and zlib's overhead on short incompressible data.
+    // With only 23 bytes, some texts of 19 bytes wouldn't fit and would be lost. The room has no influence on the
+    // result.
     ByteBlock image(std::size_t{size} + size / 10 + 64);
     StoreSize(image.data(), size);
     std::memcpy(image.data() + kSizeFieldLength, kTag, sizeof(kTag));
@@ -136,7 +137,8 @@ ByteBlock CopyOf(const unsigned char* data, std::size_t size)
     return copy;
 }
 
-// All of the source, in as many pieces as it gives them; nothing if it doesn't give all that it says it has.
+// Reads the whole source, in as many calls as necessary. Returns nothing if the source yields fewer bytes than it
+// reports.
 std::optional<ByteBlock> ReadAll(clsFile& source)
 {
     const std::int64_t told = source.GetSize();
@@ -162,7 +164,7 @@ Form FormOf(std::wstring_view text)
     return text.starts_with(kVersion1Prefix) ? Form::Version1 : Form::Plain;
 }
 
-// The bytes of a text, deciphered.
+// Returns the decoded and decrypted bytes of a text.
 std::optional<ByteBlock> ImageOfText(std::wstring_view text, Form form, const String& key)
 {
     const std::wstring_view encoded = form == Form::Plain ? text : text.substr(kVersion2Prefix.size());
@@ -180,7 +182,7 @@ std::optional<ByteBlock> ImageOfText(std::wstring_view text, Form form, const St
     return image;
 }
 
-// Nothing where the image is the data themselves.
+// Returns nothing if the image isn't compressed.
 std::optional<ZlibPart> ZlibPartOf(const ByteBlock& image, Form form)
 {
     std::size_t head = kSizeFieldLength;

@@ -1,8 +1,8 @@
-// Binary data as one line of text: optionally compressed (zlib, RFC 1950), optionally enciphered under the caller's
-// pass phrase (`clsBlowfish`), and written in Base64 (RFC 4648).
+// Binary data as one line of text: optionally compressed (zlib, RFC 1950), optionally encrypted with the caller's pass
+// phrase (`clsBlowfish`), and encoded in Base64 (RFC 4648).
 //
-// Compressed data stand behind the prefix "@2@", and their image begins with the original size (4 bytes, little-endian)
-// and a tag by which a wrong pass phrase is told. The older form "@1@", without the tag, is read only.
+// Compressed data have the prefix "@2@". Their image begins with the original size (4 bytes, little-endian) and a tag
+// that reveals a wrong pass phrase. The older prefix "@1@", without the tag, is only read, never written.
 #pragma once
 
 #include "core/packing/byte_block.h"
@@ -18,18 +18,18 @@ namespace qx
 
 class clsFile;
 
-// A packed text that isn't written yet, so that it can go straight to where it is wanted. No data give the empty text.
+// Packed text that is ready to be written directly to its destination. Empty data yield an empty text.
 class PackedText
 {
 public:
-    // `data` is the caller's and must stay until the text is written.
+    // `data` belongs to the caller and must remain valid until the text is written.
     PackedText(const void* data, std::uint32_t size, bool compress, const String& key);
-    // All of the source, as PackToString takes it.
+    // Packs the whole source, like PackToString.
     PackedText(clsFile& source, bool compress, const String& key);
     PackedText(const PackedText&) = delete;
     PackedText& operator=(const PackedText&) = delete;
 
-    // False if the source couldn't be read to its end; the text is empty then.
+    // Returns false if the source couldn't be read completely. The text is empty then.
     bool IsWhole() const { return _isWhole; }
 
     std::size_t Length() const;
@@ -41,26 +41,27 @@ private:
     void TakeImage(ByteBlock image);
 
     std::wstring_view _prefix;
-    ByteBlock _image; // what is encoded, unless that is the caller's data
+    ByteBlock _image; // the bytes to encode, unless the caller's data are encoded directly
     const unsigned char* _bytes;
     std::uint32_t _size;
     bool _isWhole = true;
 };
 
-// The data of a packed text; nothing for an empty one. See UnpackFromString.
+// Returns the data of a packed text, or nothing for an empty text. See UnpackFromString.
 std::optional<ByteBlock> DataOfPackedText(std::wstring_view text, const String& key);
 
-// All of the source, whatever its position, as packed text; an empty source gives the empty text, and so does one
-// that can't be read whole. Sizes are cut to 32 bits. An empty key means no encipherment.
+// Returns the whole source, regardless of its position, as packed text. Returns an empty text if the source is empty or
+// can't be read completely. Sizes are truncated to 32 bits. An empty key means no encryption.
 String PackToString(clsFile& source, bool compress, const String& key);
 
-// Unpacks to memory and gives the count of bytes, 0 for what UnpackFromString refuses. Nothing, with the memory
-// untouched unless the text ends inside a group, if there are more than `room`. No key.
+// Unpacks to memory, without a key. Returns the number of bytes, or 0 for damaged data. Returns nothing if there are
+// more than `room` bytes; `data` is unchanged then, unless the text ends inside a Base64 group.
 std::optional<std::size_t> UnpackTo(unsigned char* data, std::size_t room, std::wstring_view text);
 
-// Writes the data of a packed text to the target from 0 on, cuts it there and rewinds it. False, with the target
-// untouched, for an empty text. A wrong key gives meaningless bytes and damaged compressed data give none; both are
-// true, since the text cannot tell them from data.
+// Writes the data of a packed text to the target, starting at 0, truncates the target after them and rewinds it.
+// Returns false for an empty text and leaves the target unchanged. With a wrong key the data are meaningless, and
+// damaged compressed data yield no bytes; both return true, because the text doesn't allow telling them from valid
+// data.
 bool UnpackFromString(clsFile& target, std::wstring_view text, const String& key);
 
 } // namespace qx

@@ -18,7 +18,7 @@ constexpr std::size_t kPathLength = 260;
 constexpr std::size_t kDriveLength = 3;
 constexpr std::size_t kPartLength = 256;
 
-// The parts of a path; all empty if one of them is too long.
+// The parts of a path. All are empty if one of them is too long.
 struct PathParts
 {
     explicit PathParts(const wchar_t* path)
@@ -93,7 +93,7 @@ String NormalizePath(const String& path)
     if (length == 0 || length >= kPathLength)
         return path;
 
-    // A folder "." in each place lets the system fold separators that stand twice.
+    // Inserts "." folders so that the system's canonicalization removes doubled separators.
     String dotted(full);
     const String separator(&PATH_SEPARATOR, 0, 1);
     dotted.Replace(separator, separator + L"." + separator);

@@ -1,4 +1,4 @@
-// Paths taken apart and put in form, and what stands at them. Both separators are taken, on every system.
+// Splitting, normalizing and classifying paths. Both separators are accepted on every system.
 #pragma once
 
 #include "core/text/string.h"
@@ -8,12 +8,12 @@
 namespace qx
 {
 
-IString GetPathDirectory(const wchar_t* path); // drive and directory, with the separator at its end
+IString GetPathDirectory(const wchar_t* path); // drive and folder, with a trailing separator
 IString GetPathStem(const wchar_t* path);      // file name without extension
 IString GetPathName(const wchar_t* path);      // file name with extension
 IString GetPathExtension(const wchar_t* path); // with its dot
 
-// What a path stands for.
+// What a path refers to.
 enum class PathClass
 {
     Missing = 0,
@@ -24,13 +24,14 @@ enum class PathClass
     Usb = 6
 };
 
-// Ports are told by their names; "FILE:" in front of a path is taken off.
+// Ports are recognised by their names. A leading "FILE:" is removed first.
 PathClass ClassifyPath(const String& path);
 
-// The full path in canonical form; the path itself if the system can't make it full.
+// Returns the full path in canonical form, or the path itself if the system can't resolve it.
 String NormalizePath(const String& path);
 
-// Attributes, times and size of what stands at a path; also where a file can't be opened but is listed in its folder.
+// Returns the attributes, times and size of a file or folder. Also works for a file that can't be opened but is listed
+// in its folder.
 bool GetFileData(const String& path, WIN32_FILE_ATTRIBUTE_DATA& data);
 
 } // namespace qx

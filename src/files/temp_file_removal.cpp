@@ -12,7 +12,7 @@ namespace qx
 namespace
 {
 
-// What the last error says of a file that couldn't be removed; `format` takes the name and the error's text.
+// Handles the last error after a failed removal. `format` takes the file name and the error text.
 Removal Failed(const wchar_t* format, const String& name)
 {
     const DWORD error = GetLastError();
@@ -21,7 +21,7 @@ Removal Failed(const wchar_t* format, const String& name)
     return error == ERROR_FILE_NOT_FOUND ? Removal::Missing : Removal::Failed;
 }
 
-// Finer parts of a time than milliseconds don't count.
+// Compares with a precision of 1 ms.
 bool IsBefore(const FILETIME& a, const FILETIME& b)
 {
     return UnitsOf(a) / kUnitsPerMillisecond < UnitsOf(b) / kUnitsPerMillisecond;
@@ -48,7 +48,7 @@ void SweepTempFiles(const String& activityFile, const FILETIME& now)
 {
     const IString folder = GetPathDirectory(activityFile);
     const FILETIME limit = FileTimeOf(UnitsOf(now) - kUnitsPerHour);
-    // Noted first, since deleting while the system lists the folder may make it skip entries.
+    // The names are collected first, because deleting files during the listing may make the system skip entries.
     WCValSList<IString> names;
     for (FileFinder finder(String(String::kFormatted, L"%s_%d_*", folder.Text(), kTempNameVersion), false);
          finder.Next();)

@@ -1,4 +1,4 @@
-// Getting rid of temporary files: one by name, and those that others left behind.
+// Removal of temporary files: a single file by name, or the files that other processes left behind.
 #pragma once
 
 #include "core/text/string.h"
@@ -11,15 +11,15 @@ namespace qx
 enum class Removal
 {
     Removed,
-    Missing, // there is no such file any more
+    Missing, // the file doesn't exist
     Failed
 };
 
-// Deletes a file, even a read-only one. What fails is logged in developers' runs.
+// Deletes a file, even if it is read-only. Failures are logged in developers' runs.
 Removal RemoveFile(const String& name);
 
-// Deletes this version's temporary files that stand in the folder of the activity file and were last written to more
-// than an hour before `now`. The activity file itself stays.
+// Deletes the temporary files of this version that are in the folder of the activity file and were last modified more
+// than an hour before `now`. The activity file itself is kept.
 void SweepTempFiles(const String& activityFile, const FILETIME& now);
 
 } // namespace qx

@@ -9,7 +9,9 @@
 #include <windows.h>
 
 #include <wchar.h>
+#if defined(__x86_64__)
 #include <x86intrin.h>
+#endif
 
 #include <cmath>
 
@@ -31,7 +33,8 @@ String WithoutTrailingSeparators(String path)
     return path.Left(length);
 }
 
-// What a system call writes into a buffer; the call gives the length, or the room that it needs. Empty if it gives 0.
+// Calls a system function that fills a buffer and returns the length of the text, or the required size. Returns an
+// empty text if the function returns 0.
 template <class Call>
 String TextFrom(Call call)
 {
@@ -43,11 +46,12 @@ String TextFrom(Call call)
         room = length + 1;
         length = call(text.GetBuffer(room), room);
     }
-    text.ReleaseBuffer(length < room ? length : 0); // it grew again meanwhile: as if it weren't there
+    text.ReleaseBuffer(length < room ? length : 0); // if it grew again between the calls, give up
     return text;
 }
 
-// Empty where the system knows none: files of the library then can't be made, rather than at the root.
+// Returns an empty text if the system has no temp folder. Creating files fails then; they must not be created in the
+// root.
 String AskTempFolder(bool longNames)
 {
     String folder = TextFrom([](wchar_t* buffer, DWORD room) { return GetTempPathW(room, buffer); });
@@ -67,14 +71,14 @@ String AskTempFolder(bool longNames)
     return folder;
 }
 
-// For threads that still run while the process ends too.
+// Never destroyed, because threads may still use it while the process ends.
 struct KnownFolders
 {
     clsCriticalSection lock{4000};
-    String folders[2]; // as the system gives it, with long names
+    String folders[2]; // as the system returns it, with long names
 };
 
-// The folder for new files, with a separator at its end.
+// Creates the subfolders. Returns the folder for new files, with a trailing separator.
 String MakeSubfolders(const String& temp, const wchar_t* subfolders)
 {
     String folder = WithoutTrailingSeparators(temp);
@@ -86,7 +90,7 @@ String MakeSubfolders(const String& temp, const wchar_t* subfolders)
             continue;
         folder += PATH_SEPARATOR;
         folder += part;
-        // A file of that name doesn't do for a folder.
+        // A file with the folder's name is no substitute.
         if (!CreateDirectoryW(folder, nullptr) &&
             (GetLastError() != ERROR_ALREADY_EXISTS || ClassifyPath(folder) != PathClass::Folder))
             return temp;
@@ -95,7 +99,7 @@ String MakeSubfolders(const String& temp, const wchar_t* subfolders)
     return folder;
 }
 
-// How far a time lies from now, in days.
+// Returns the distance between a time and now, in days.
 double DaysFromNow(const FILETIME& time)
 {
     FILETIME now;
@@ -109,14 +113,15 @@ HANDLE OpenFile(const String& name, DWORD disposition, DWORD flags)
     return CreateFileW(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr, disposition, flags, nullptr);
 }
 
-// A file that nobody has written to for a week is left over: it is emptied and taken over. Looked at twice, since
-// someone may take it meanwhile.
+// Takes over a file that hasn't been written for a week: opens it exclusively and truncates it. The age is checked
+// twice, because another process may take the file in between.
 HANDLE TakeStaleFile(const String& name, DWORD flags)
 {
     WIN32_FILE_ATTRIBUTE_DATA data;
     if (!GetFileData(name, data) || DaysFromNow(data.ftLastWriteTime) <= kStaleDays)
         return INVALID_HANDLE_VALUE;
-    // Opened without the deletion on close first: a file that is in use after all must not vanish with the handle.
+    // Opens the file without delete-on-close first. A file that is in use after all must not be deleted when the handle
+    // is closed.
     clsGenericHandleObjectAutoRelease probe(OpenFile(name, OPEN_EXISTING, flags & ~FILE_FLAG_DELETE_ON_CLOSE), true);
     FILETIME lastWrite;
     if (!probe.IsValid() || !GetFileTime(probe.Get(), nullptr, nullptr, &lastWrite) ||
@@ -129,7 +134,8 @@ HANDLE TakeStaleFile(const String& name, DWORD flags)
     return file;
 }
 
-// Whether another name may do where this one didn't. Told tries would only cost time where the folder is the obstacle.
+// Returns true if another name might succeed. The number of attempts after a denial is limited, because the folder may
+// be the reason.
 bool IsWorthAnotherTry(DWORD error, unsigned tries)
 {
     switch (error)
@@ -138,7 +144,7 @@ bool IsWorthAnotherTry(DWORD error, unsigned tries)
     case ERROR_ALREADY_EXISTS:
     case ERROR_SHARING_VIOLATION:
         return true;
-    case ERROR_ACCESS_DENIED: // also the answer for a name that is being deleted
+    case ERROR_ACCESS_DENIED: // also returned for a name that is being deleted
         return tries < kMaxDeniedTries;
     default:
         return false;
@@ -147,10 +153,16 @@ bool IsWorthAnotherTry(DWORD error, unsigned tries)
 
 std::uint64_t TimeStamp()
 {
+#if defined(__x86_64__)
     return __rdtsc();
+#else
+    LARGE_INTEGER count;
+    QueryPerformanceCounter(&count);
+    return static_cast<std::uint64_t>(count.QuadPart);
+#endif
 }
 
-// What MakeTempFile is asked for, the folder apart.
+// The arguments of MakeTempFile except for the folder.
 struct NewFile
 {
     const wchar_t* prefix;
@@ -159,7 +171,8 @@ struct NewFile
     clsGenericHandleObjectAutoRelease* holder;
     std::uint64_t (*nextNumber)();
 
-    // The name, or, if it is empty, the error. `parent` ends with a separator.
+    // Creates the file and returns its name. On failure, returns an empty text and sets `error`. `parent` must end with
+    // a separator.
     String Make(const String& parent, DWORD& error) const
     {
         const String base = parent + prefix;
@@ -217,7 +230,7 @@ String GetTempSubfolder()
 bool IsTempSubfolderForeign()
 {
     const String folder = GetTempSubfolder();
-    // To make it once more tells: another user's is refused for another reason than one's own.
+    // Creating the existing folder again fails with "access denied" only if it belongs to another user.
     return GetFileAttributesW(folder) != INVALID_FILE_ATTRIBUTES && !CreateDirectoryW(folder, nullptr) &&
            GetLastError() == ERROR_ACCESS_DENIED;
 }
@@ -234,7 +247,7 @@ String MakeTempFile(const wchar_t* subfolders, const wchar_t* prefix, const wcha
     const String folder = MakeSubfolders(temp, subfolders);
     DWORD error = ERROR_SUCCESS;
     String name = file.Make(folder, error);
-    // A folder that is there but takes no files of this user is as good as one that can't be made.
+    // A folder in which this user can't create files is treated like a folder that can't be created.
     if (name.IsEmpty() && error == ERROR_ACCESS_DENIED && folder != temp)
         name = file.Make(temp, error);
     return name;

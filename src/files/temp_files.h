@@ -1,6 +1,6 @@
-// Temporary files. All of them stand in one folder of the library's own below the user's temp folder, and their names
-// begin with the library's version between underscores: by that they are found when they are swept, and two versions on
-// one machine leave each other's alone.
+// Temporary files. They are created in a folder of the library's own below the user's temp folder. Their names begin
+// with the library's version between underscores. The version is used to find them for sweeping, and keeps two versions
+// on one machine from deleting each other's files.
 #pragma once
 
 #include "core/text/string.h"
@@ -13,42 +13,42 @@ namespace qx
 {
 
 constexpr wchar_t kTempSubfolder[] = L"trelmo";
-// The number in the names.
+// The version number in the file names.
 constexpr int kTempNameVersion = 23;
-// The one file in the folder that is no temporary one: see clsTempFileRemover.
+// The extension of the one file in the folder that isn't temporary: see clsTempFileRemover.
 constexpr wchar_t kActivityExtension[] = L".signal";
 
-// The user's temp folder, with a separator at its end; as the system gives it, or with long names. Asked for once.
-// Empty if there is none.
+// Returns the user's temp folder with a trailing separator, either as the system returns it or with long names. The
+// value is determined once. Returns an empty text if there is no temp folder.
 String GetTempFolder(bool longNames);
 
-// The folder of the library's own below it, without a separator at its end.
+// Returns the library's own folder below the temp folder, without a trailing separator.
 String GetTempSubfolder();
 
-// Whether that folder is another user's, as may be where users share a temp folder. Links may lie in it then: nothing
-// is to be written there, nor swept.
+// Returns true if the library's folder belongs to another user, which is possible if users share a temp folder. It may
+// contain malicious links then, so nothing must be written to it or swept in it.
 bool IsTempSubfolderForeign();
 
-// Makes a new file and gives its name, which is empty if none could be made.
+// Creates a new file and returns its name, or an empty text on failure.
 //
-// `subfolders` (separated by backslashes) are made below the temp folder; if that fails, or they are closed to this
-// user, the file falls into the temp folder itself. Without a `holder` the file stays, empty, and keeps the name; with
-// one it is open, and vanishes with the handle that the holder gets.
+// `subfolders` (separated by backslashes) are created below the temp folder. If that fails, or this user has no access
+// to them, the file is created in the temp folder itself. Without a `holder`, the file remains as an empty file. With a
+// `holder`, the file stays open and is deleted when the handle is closed.
 String MakeTempFile(const wchar_t* subfolders, const wchar_t* prefix, const wchar_t* extension, bool longNames,
     clsGenericHandleObjectAutoRelease* holder);
 
-// The same with the numbers that make the names, for tests; the usual ones come from the processor's time stamp.
+// The same with a number generator for the names, for tests. The default is the processor's time stamp counter.
 String MakeTempFile(const wchar_t* subfolders, const wchar_t* prefix, const wchar_t* extension, bool longNames,
     clsGenericHandleObjectAutoRelease* holder, std::uint64_t (*nextNumber)());
 
-// A file in the temp folder that is there as long as the object. Not open if no file could be made.
+// A temporary file that is deleted with the object. Not open if no file could be created.
 class clsFileRWTemp : public clsFileRW
 {
 public:
     explicit clsFileRWTemp(const wchar_t* prefix = L"qvx", const wchar_t* extension = L"tmp");
 
 protected:
-    // It can't be opened again by name.
+    // The file can't be opened again by name.
     HANDLE CreateHandle(const String&, DWORD, DWORD, DWORD, DWORD) override { return INVALID_HANDLE_VALUE; }
 };
 

@@ -1,4 +1,4 @@
-// The frame of a stream operation in the debug output.
+// Traces the begin and end of a stream operation in the debug output.
 #pragma once
 
 #include "core/debug_line.h"
@@ -10,8 +10,8 @@
 namespace qx
 {
 
-// Writes a line as the operation begins, and one with its result as it ends: in developers' runs, and as long as
-// someone listens. Costs two tests otherwise.
+// Writes a line at the beginning of the operation and a line with its result at the end. Active only in developers'
+// runs while debug output is received. Otherwise it costs two tests.
 class clsTraceFrame
 {
 public:
@@ -34,7 +34,7 @@ public:
             WriteEnd();
     }
 
-    // Both give the result back, for the return statement.
+    // Both return `result`, for use in a return statement.
     HRESULT End(HRESULT result)
     {
         _result = result;

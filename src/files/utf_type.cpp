@@ -19,8 +19,9 @@ constexpr int kReversedUnicodeTests = IS_TEXT_UNICODE_REVERSE_ASCII16 | IS_TEXT_
                                       IS_TEXT_UNICODE_REVERSE_CONTROLS | IS_TEXT_UNICODE_REVERSE_SIGNATURE;
 static_assert(kUnicodeTests == 15 && kReversedUnicodeTests == 240);
 
-// The length of the UTF-8 sequence at `bytes`; 0 if there is none, or if it takes more than three bytes: all such
-// values lie above U+FFFF. A terminating zero ends the look-ahead, since it continues no sequence.
+// Returns the length of the UTF-8 sequence at `bytes`. Returns 0 if there is no valid sequence or it takes more than
+// three bytes, because such sequences encode characters above U+FFFF. The terminating zero ends the look-ahead, because
+// it is not a continuation byte.
 unsigned SequenceLength(const std::uint8_t* bytes)
 {
     const auto length = static_cast<unsigned>(std::countl_one(bytes[0]));
@@ -59,7 +60,7 @@ bool IsUTF8(const std::uint8_t* bytes)
     return true;
 }
 
-// The system takes the count as int; the head of a larger text tells enough.
+// The system takes the count as an int. The head of a larger text is sufficient.
 bool PassesSystemTests(const std::uint8_t* bytes, std::size_t count, int tests)
 {
     return IsTextUnicode(bytes, static_cast<int>(std::min<std::size_t>(count, INT_MAX)), &tests) != FALSE;

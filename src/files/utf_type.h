@@ -1,4 +1,4 @@
-// Which Unicode encoding the bytes of a text have.
+// Detection of the Unicode encoding of a text.
 #pragma once
 
 #include <cstddef>
@@ -17,18 +17,19 @@ enum class UTFType
 
 struct scByteOrderMark
 {
-    UTFType type; // Unknown: there is none
+    UTFType type; // Unknown if there is no mark
     std::uint32_t length;
 };
 
-// The mark at the start of `bytes`, of which the first three decide.
+// Finds a byte order mark at the start of `bytes`. At most three bytes are examined.
 scByteOrderMark FindByteOrderMark(const std::uint8_t* bytes, std::size_t count);
 
-// What two first bytes without a mark tell: a zero beside a byte that isn't.
+// Guesses from the first two bytes of a text without a mark: exactly one zero byte means UTF-16.
 UTFType GuessByZeroByte(const std::uint8_t* bytes, std::size_t count);
 
-// What the text as a whole tells. `bytes` has a zero at index `count`. Text that is UTF-8 up to its first zero counts
-// as that, pure ASCII included; for other text the system's tests decide. Sequences above U+FFFF aren't accepted.
+// Guesses from the whole text. `bytes` must have a zero at index `count`. Text that is valid UTF-8 up to its first
+// zero, including pure ASCII, is UTF-8; other text is classified by the system's tests. UTF-8 sequences above U+FFFF
+// aren't accepted.
 UTFType GuessByContent(const std::uint8_t* bytes, std::size_t count);
 
 } // namespace qx

@@ -1,4 +1,4 @@
-// How many bytes of its value a variant has in a file.
+// The size of each variant type's value in a file.
 #pragma once
 
 #include <windows.h>
@@ -11,10 +11,11 @@
 namespace qx
 {
 
-// Arrays hold arrays; files come from outside, and reading, writing and freeing take a call for each level.
+// The nesting limit for arrays. Files may come from untrusted sources, and reading, writing and freeing recurse once
+// for each level.
 constexpr int kMaxVariantDepth = 64;
 
-// 0 for those that have none, and for VT_BSTR, whose length is its own.
+// Returns 0 for types without a value, and for VT_BSTR, whose length varies.
 constexpr std::uint8_t VariantPayloadSize(VARTYPE type)
 {
     switch (type)

@@ -16,7 +16,8 @@ namespace qx
 namespace
 {
 
-// Reads ahead, so that small pieces take no call each, and gives back what nobody wanted.
+// Reads in blocks, so that small values don't need a call each. The destructor moves the file back to the end of the
+// consumed data.
 class clsVariantReader
 {
 public:
@@ -32,7 +33,7 @@ public:
         _file.Seek(back, STREAM_SEEK_CUR, nullptr);
     }
 
-    // False at the end of the source.
+    // Returns false at the end of the source.
     bool Read(clsVariant& value, int depth)
     {
         VARIANT plain{};
@@ -61,7 +62,7 @@ private:
         std::deque<clsVariant> elements;
         for (LONG count = ReadCount(depth); count > 0; --count)
         {
-            // Each element has two bytes at least, which keeps the memory in proportion to the source.
+            // Each element takes at least two bytes, which keeps memory use proportional to the size of the source.
             clsVariant element;
             if (!Read(element, depth + 1))
                 break;
@@ -79,7 +80,7 @@ private:
         return SUCCEEDED(result) ? number.lVal : 0;
     }
 
-    // Collected first: a text copies itself whole each time it grows.
+    // Collects the characters first, because a String copies itself each time it grows.
     String ReadText()
     {
         std::vector<wchar_t> units;
@@ -91,7 +92,7 @@ private:
         return text;
     }
 
-    // All of it or nothing; what is left of the source then is gone too.
+    // Copies exactly `count` bytes. If the source has fewer, returns false, and the rest of the source is consumed.
     bool Take(void* target, std::size_t count)
     {
         auto* bytes = static_cast<char*>(target);

@@ -14,7 +14,7 @@ namespace qx
 namespace
 {
 
-// Collects small pieces for few writes.
+// Collects small pieces into a few large writes.
 class clsVariantWriter
 {
 public:
@@ -43,7 +43,7 @@ public:
 private:
     static constexpr std::size_t kBlock = std::size_t{1} << 16;
 
-    // The reader takes a zero for the end, so nothing goes behind one.
+    // The text ends at its first zero, because the reader stops there.
     void WriteText(BSTR text)
     {
         const std::wstring_view whole(text != nullptr ? text : L"", SysStringLen(text));
@@ -98,8 +98,8 @@ private:
 
     clsFile& _file;
     std::string _block;
-    bool _isWhole = true; // nothing was left out
-    bool _isFull = false; // the file takes no more
+    bool _isWhole = true; // false if something was left out
+    bool _isFull = false; // a write failed
 };
 
 } // namespace

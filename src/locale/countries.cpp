@@ -39,7 +39,7 @@ bool clsCountries::Resolve(const String& name, String& key) const
         return false;
     if (_tables.aliasTable.Find(name, key))
         return true;
-    // For this program a word alone is the name of a country and never a language.
+    // For this program a single word is always the name of a country, never a language.
     if (_host == HostKind::Vtz && name.View().find(L'-') == std::wstring_view::npos)
         return false;
     return _tables.tagTable.Find(name, key);

@@ -1,4 +1,4 @@
-// Answers about countries and languages.
+// Look-ups of countries and languages.
 #pragma once
 
 #include "core/critical_section.h"
@@ -11,17 +11,17 @@
 namespace qx
 {
 
-// All answers come from tables that the first question loads; a load that fails isn't repeated. Whoever asks meanwhile
-// waits for it.
+// All results come from tables that are loaded by the first look-up. A failed load isn't repeated. Look-ups on other
+// threads wait for the load.
 class clsCountries
 {
 public:
     clsCountries(const clsCountrySource& source, HostKind host) : _source(source), _host(host) {}
 
-    // All canonical keys, sorted, separated by ";".
+    // Returns all canonical keys, sorted and separated by ";".
     String List();
 
-    // Of a country by any of its names; 0 or the empty text for what isn't known.
+    // Look up a country by any of its names. Return 0 or the empty text if it is unknown.
     LCID Locale(const String& name);
     int CallingCode(const String& name);
     String IsoCode(const String& name);
@@ -30,8 +30,8 @@ public:
     String EnglishName(const String& name);
     String NativeName(const String& name);
 
-    // Of a language by its tag or code. For a tag whose region isn't known, and for a code of two letters, the language
-    // without a region.
+    // Looks up a language by its tag or code. For a tag whose region isn't known, and for a two-letter code, returns
+    // the language without a region.
     LCID Language(const String& name);
 
 private:
@@ -50,7 +50,7 @@ private:
     scCountryTables _tables;
 };
 
-// Those of the running system.
+// Returns the look-ups based on the running system.
 clsCountries& Countries();
 
 } // namespace qx

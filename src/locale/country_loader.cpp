@@ -1,4 +1,4 @@
-// The merge: what the system tells of its locales first, then the library's own rows over it.
+// Merges the data on countries: first from the system's locales, then from the library's own rows, which override it.
 
 #include "locale/country_tables.h"
 
@@ -25,7 +25,7 @@ bool IsMainRegion(LCID locale)
     return (locale & kRegionBits) == kMainRegion;
 }
 
-// Where the system has several locales for a country, the one that its plain names mean.
+// For countries with several locales on the system, the locale that the plain country names refer to.
 struct PreferredLocale
 {
     const wchar_t* country;
@@ -36,7 +36,7 @@ constexpr PreferredLocale kPreferredLocales[] = {{L"AZ", 1068}, {L"BA", 5146}, {
     {L"IE", 6153}, {L"IN", 1081}, {L"LU", 1134}, {L"MQ", 1036}, {L"NO", 2068}, {L"NZ", 5129}, {L"PE", 10250},
     {L"PH", 13321}, {L"RU", 1049}, {L"SE", 1053}, {L"SP", 6170}, {L"SY", 1114}, {L"UZ", 1091}, {L"ZA", 7177}};
 
-using LocalesOfCountry = WCValSkipList<LCID>; // ascending
+using LocalesOfCountry = WCValSkipList<LCID>; // in ascending order
 
 LCID ChoosePreferred(const String& country, const LocalesOfCountry& locales)
 {
@@ -62,7 +62,7 @@ String Hexadecimal(LCID locale)
     return String(String::kFormatted, L"0x%04x", static_cast<unsigned>(locale));
 }
 
-// The text up to a separator, or all of it; what stands behind the separator goes to `behind`.
+// Returns the text up to the separator, or all of it, and stores the part after the separator in `behind`.
 String CutAt(const String& text, wchar_t separator, String& behind)
 {
     const std::size_t position = text.View().find(separator);
@@ -117,7 +117,7 @@ private:
         }
     }
 
-    // The empty name is none.
+    // An empty name is not an alias.
     void InsertAlias(const String& alias, const String& key)
     {
         if (!alias.IsEmpty())
@@ -201,7 +201,7 @@ private:
         _tables.languageTable.Insert(tag, locale);
     }
 
-    // Rows may be missing in between; the bound ends a list whose last row is.
+    // Row numbers may have gaps. The upper bound ends the list even if the end mark is missing.
     void AddResourceCountries()
     {
         for (int id = kFirstCountry; id <= kLastCountry; ++id)
@@ -291,7 +291,7 @@ private:
                 std::find_if(keys.begin(), keys.end(), [&](const auto& entry) { return fits(entry.first); });
             if (found == keys.end())
                 continue;
-            // The codes lead to the country's main language where that is known.
+            // The codes refer to the country's main language if it is known.
             String key;
             if (!_tables.aliasTable.Find(row.name, key) || !fits(key))
                 key = found->second;
@@ -302,8 +302,8 @@ private:
         }
     }
 
-    // Aliases that may begin with a name and "*", in their order. The codes that join them while the rows are walked
-    // are none of these.
+    // Returns the aliases that contain a "*", in order. Codes that are inserted while the rows are processed are not
+    // among them.
     std::vector<std::pair<String, String>> CanonicalAliases() const
     {
         std::vector<std::pair<String, String>> keys;

@@ -19,7 +19,7 @@ constexpr int kInfoCharacters = 100;
 constexpr int kNameCharacters = 85;
 constexpr unsigned short kVista = 0x600;
 
-// Callbacks of the older enumeration get no argument of the caller's. The load that asks is the only one.
+// The callback of the older enumeration has no user argument. Only one load runs at a time.
 WCValSList<LCID>* listOfAll = nullptr;
 
 BOOL CALLBACK OnLocale(LPWSTR number)
@@ -30,7 +30,7 @@ BOOL CALLBACK OnLocale(LPWSTR number)
 
 BOOL CALLBACK OnLocaleOfGroup(LGRPID, LCID locale, LPWSTR, LONG_PTR list)
 {
-    // Other orders of the same locale.
+    // Skip alternative sort orders of the same locale.
     if (SORTIDFROMLCID(locale) == SORT_DEFAULT)
         reinterpret_cast<WCValSList<LCID>*>(list)->Append(locale);
     return TRUE;

@@ -1,4 +1,4 @@
-// Where what is known of countries comes from: the system's locales and the library's own lists.
+// The sources of the data on countries: the system's locales and the library's own lists.
 #pragma once
 
 #include "containers/slist.h"
@@ -16,20 +16,21 @@ public:
 
     virtual WCValSList<LCID> Locales() const = 0;
 
-    // A LOCALE_ text of at most 99 characters; false if the system doesn't tell.
+    // Retrieves a LOCALE_ text of at most 99 characters. Returns false if the system doesn't have it.
     virtual bool Info(LCID locale, LCTYPE type, String& text) const = 0;
 
-    // The name such as "de-DE"; empty if the system has none.
+    // Returns the name of the locale, such as "de-DE", or an empty text if the system has none.
     virtual String LocaleName(LCID locale) const = 0;
 
-    // A row of the lists; empty for a number without one.
+    // Returns a row of the lists, or an empty text if there is no such row.
     virtual String Row(int id) const = 0;
 };
 
-// The running system, and the string resources of the library.
+// Returns the source that uses the running system and the library's string resources.
 const clsCountrySource& SystemCountrySource();
 
-// The rows of the list of names, from firstCountryName on: code, English name, registration code.
+// The rows of the list of names start at kFirstCountryName and contain the code, the English name and the vehicle
+// registration code.
 inline constexpr int kFirstCountryName = 101;
 
 struct scCountryName
@@ -39,7 +40,7 @@ struct scCountryName
     String vehicleCode;
 };
 
-// False for the row that ends the list, or none.
+// Returns false if the row ends the list or doesn't exist.
 bool ReadCountryName(const clsCountrySource& source, int id, scCountryName& row);
 
 } // namespace qx

@@ -1,4 +1,4 @@
-// What is known of countries and languages, and the look-ups in it.
+// Tables of countries and languages, and look-ups in them.
 #pragma once
 
 #include "containers/skip_list.h"
@@ -11,19 +11,20 @@
 namespace qx
 {
 
-// A dictionary that many threads ask. A look-up copies its key into the one key object, under the lock of the table.
+// A dictionary that several threads read. A look-up copies its key to the single key object, protected by the lock of
+// the table.
 template <class Key, class Value>
 class clsCountryTable
 {
 public:
-    // The first value of a key stays.
+    // If the key already exists, its value is kept.
     void Insert(const String& key, const Value& value)
     {
         const clsCriticalSectionLock lock(_lock);
         _entries.Insert(Key(key), value);
     }
 
-    // The last value of a key stays.
+    // If the key already exists, its value is replaced.
     void Set(const String& key, const Value& value)
     {
         const clsCriticalSectionLock lock(_lock);
@@ -53,7 +54,7 @@ private:
     mutable clsCriticalSection _lock;
 };
 
-// A country and a language together are known by a canonical key: English country name, "*", locale in decimal.
+// A canonical key identifies a country and a language: English country name, "*", locale in decimal.
 struct scCountryTables
 {
     clsCountryTable<IString, String> aliasTable;     // any name of a country: canonical key
@@ -68,7 +69,7 @@ struct scCountryTables
     clsCountryTable<IString, LCID> languageTable;    // language tag or code: locale
 };
 
-// Fills the tables. What the system doesn't tell is missing from them.
+// Fills the tables. Data that the system lacks is missing from them.
 void LoadCountryTables(scCountryTables& tables, const clsCountrySource& source);
 
 String CanonicalKey(const String& country, LCID locale);

@@ -8,11 +8,11 @@ namespace qx
 namespace
 {
 
-constexpr std::int64_t kFirstGregorianDate = 15821015; // year, month, day in digits
+constexpr std::int64_t kFirstGregorianDate = 15821015; // the digits of year, month and day
 constexpr std::int64_t kFirstGregorianDay = 2299161;
 constexpr std::int64_t kFirstDayOfYear1 = 1721424;
 
-// The steps are made in 64 bits: no combination of fields overflows there.
+// All steps use 64 bits, in which no combination of fields overflows.
 std::int64_t Truncated(double value)
 {
     return static_cast<std::int64_t>(value);
@@ -46,7 +46,7 @@ void clsDate::ToJulian()
     month = static_cast<std::int32_t>(months - carry * 12 + 1);
     year = static_cast<std::int32_t>(year + carry);
 
-    // The year begins in March here, so that the leap day is its last.
+    // Here the year starts in March, so that the leap day is its last day.
     std::int64_t y = year < 1 ? std::int64_t{year} + 1 : year;
     std::int64_t m = month;
     if (m < 3)

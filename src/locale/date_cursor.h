@@ -1,4 +1,4 @@
-// Walks a text that consists of numbers and single characters.
+// Reads a text that consists of numbers and single characters.
 #pragma once
 
 #include <windows.h>
@@ -22,7 +22,7 @@ public:
     bool IsAtEnd() const { return _rest.empty(); }
     std::wstring_view Rest() const { return _rest; }
 
-    // Skips one character if it is one of these; whether it did.
+    // Skips the next character if it is one of `characters`. Returns true if it was skipped.
     bool Skip(std::wstring_view characters)
     {
         if (_rest.empty() || characters.find(_rest.front()) == characters.npos)
@@ -31,7 +31,7 @@ public:
         return true;
     }
 
-    // Takes a character off for as long as the test likes it.
+    // Takes characters as long as the test is true. Returns the characters taken.
     template <class Test>
     std::wstring_view TakeWhile(Test test)
     {
@@ -48,7 +48,7 @@ public:
         return taken;
     }
 
-    // Exactly so many digits. False, and nothing is taken, if there are fewer.
+    // Reads a number of exactly `digits` digits. If there are fewer, returns false and takes nothing.
     bool Number(std::size_t digits, WORD& number)
     {
         if (_rest.size() < digits)

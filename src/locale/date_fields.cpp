@@ -20,7 +20,7 @@ struct DateFields
     std::int32_t year;
 };
 
-// A number beyond all dates stays one. A group that took no part is 0.
+// A number out of range is limited to a value that is no valid date. A group that took no part is 0.
 std::int32_t NumberAt(const clsRegExMatchList& matches, std::size_t entry, std::int32_t substitute)
 {
     return entry < matches.Count() ? static_cast<std::int32_t>(wcstol(matches[entry].text, nullptr, 10)) : substitute;
@@ -39,7 +39,8 @@ DateFields InOrder(const std::int32_t (&parts)[3], DateOrder order)
     }
 }
 
-// Whether the field was missing and today's value stands in for it.
+// If the field is missing, sets it to 0 or today's value, depending on the flags. Returns true if today's value was
+// used.
 bool FillMissing(std::int32_t& field, std::uint32_t flags, WORD ofToday)
 {
     if (field != 0 && field != kNotGiven)
@@ -53,7 +54,7 @@ bool Exists(const DateFields& date)
 {
     const clsDate calendar(date.day, date.month, date.year);
     return calendar.day == date.day && calendar.month == date.month && calendar.year == date.year &&
-           date.year < kNotGiven; // what a field can't hold
+           date.year < kNotGiven; // the field must not have the value that means "not given"
 }
 
 } // namespace

@@ -15,7 +15,7 @@ namespace
 {
 
 constexpr std::uint32_t kCaseless = 8;
-constexpr std::size_t kMarkerOfFullForm = 7; // behind three parts of a date and three of a time
+constexpr std::size_t kMarkerOfFullForm = 7; // after three parts of the date and three parts of the time
 constexpr std::size_t kMarkerOfTime = 4;
 
 String UserFormat(LCTYPE type)
@@ -24,7 +24,7 @@ String UserFormat(LCTYPE type)
     return GetLocaleInfoW(LOCALE_USER_DEFAULT, type, format, 256) > 0 ? format : L"";
 }
 
-// The marker in capitals, empty if there is none.
+// Returns the AM/PM marker in upper case, or an empty text if there is none.
 String MarkerOf(const clsRegExMatchList& matches, const std::optional<std::size_t>& entry)
 {
     if (!entry || *entry >= matches.Count())
@@ -84,8 +84,8 @@ clsDateParser::clsDateParser(const DateSettings& settings) : _settings(settings)
     const String timePattern12 = L"(0?[1-9]|1[012])" + afterHour + L" *([AP]M)";
     const String timePatternColon = L"([01]?[0-9]|2[0-3]):([0-5]?[0-9])(?::([0-5]?[0-9]))?";
 
-    // A format of the locale whose own letters ask for the half of the day has it in its own group. Any other time that
-    // a user's format matches is taken as it stands: 12:05:12 stays at noon.
+    // Only if the locale's format contains letters for the AM/PM marker, its pattern has a group for the marker. Any
+    // other time that matches a user's format is used unchanged, for example 12:05:12 is a time after noon.
     AddTimeOnly(timePatternFormat.text, timePatternFormat.marker);
     AddTimeOnly(timePattern12, kMarkerOfTime);
     AddTimeOnly(timePatternLocale, std::nullopt);
@@ -127,7 +127,7 @@ std::shared_ptr<clsDateParser> FindDateParser(const DateSettings& settings)
     struct Known
     {
         clsCriticalSection lock;
-        std::deque<std::shared_ptr<clsDateParser>> parsers; // the latest first
+        std::deque<std::shared_ptr<clsDateParser>> parsers; // most recent first
     };
     static Known& known = MakeForever<Known>();
     const clsCriticalSectionLock lock(known.lock);

@@ -1,4 +1,4 @@
-// Dates and times as users type them.
+// Parses dates and times that users type.
 #pragma once
 
 #include "core/pattern/regex.h"
@@ -25,13 +25,13 @@ enum : std::uint32_t
     LOCDATE_MARK_NO_TIME = 0x10
 };
 
-constexpr std::int32_t kDateDefaulted = -52; // or a date that doesn't exist
-constexpr WORD kNotGiven = 0xFFFF;           // what a field holds that the text doesn't give
+constexpr std::int32_t kDateDefaulted = -52; // also for a date that doesn't exist
+constexpr WORD kNotGiven = 0xFFFF;           // the value of a field that the text doesn't specify
 
-// All that a text's meaning depends on beside the flags and the present day.
+// All settings that determine the meaning of a text, apart from the flags and the current date.
 struct DateSettings
 {
-    // Of the locale; the formats are always those of the user's.
+    // Uses the order and the separators of the locale. The formats are always those of the user's locale.
     explicit DateSettings(const clsLocaleDateInfo& locale);
     DateSettings(const clsLocaleDateInfo& locale, const String& time, const String& date)
         : info(locale),
@@ -46,8 +46,8 @@ struct DateSettings
     String dateFormat;
 };
 
-// The patterns of one set of settings, tried in a fixed order: the first one that matches tells the meaning. They are
-// compiled at their first use. Objects may be shared by threads.
+// The patterns for one set of settings. They are tried in a fixed order, and the first match determines the meaning.
+// They are compiled at first use. Several threads may share an object.
 class clsDateParser
 {
 public:
@@ -55,7 +55,8 @@ public:
 
     const DateSettings& Settings() const { return _settings; }
 
-    // `text` is not empty and has no blanks at its ends. 0 or kDateDefaulted; the time is all zeros if nothing matches.
+    // `text` must not be empty and must not start or end with spaces. Returns 0 or kDateDefaulted. If nothing matches,
+    // all fields of the time are 0.
     std::int32_t Parse(const String& text, std::uint32_t flags, const SYSTEMTIME& today, SYSTEMTIME& time);
 
 private:
@@ -65,21 +66,22 @@ private:
 
         clsRegEx pattern;
         DateOrder order;
-        std::optional<std::size_t> marker; // the entry that tells the half of the day
+        std::optional<std::size_t> marker; // the group of the AM/PM marker
     };
 
     void AddTimeOnly(const String& pattern, std::optional<std::size_t> marker);
     void AddFull(const String& date, const String& time, DateOrder order, std::optional<std::size_t> marker);
 
     const DateSettings _settings;
-    std::deque<Attempt> _timesOnly; // which leave their elements where they are
+    std::deque<Attempt> _timesOnly; // a deque, because it doesn't move its elements
     std::deque<Attempt> _full;
 };
 
-// Those of the latest settings are kept.
+// Returns a parser for the settings. The parsers of the most recent settings are cached.
 std::shared_ptr<clsDateParser> FindDateParser(const DateSettings& settings);
 
-// A text in the forms of a locale; of a time alone where the flags allow it. An empty one is the present local time.
+// Parses a text in the formats of a locale. The text may be a time without a date if the flags allow it. An empty text
+// is the current local time.
 std::int32_t ParseLocaleDate(LCID locale, const wchar_t* text, std::uint32_t flags, SYSTEMTIME& time);
 
 } // namespace qx

@@ -12,7 +12,7 @@ namespace qx
 namespace
 {
 
-constexpr int kTextChars = 20; // of a date or a time, with its terminator
+constexpr int kTextChars = 20; // size of the text of a date or a time, including the terminator
 constexpr WORD kFirstYearOfSystem = 1601;
 constexpr std::size_t kFormatChars = 256;
 
@@ -158,7 +158,7 @@ String LocaleTextFromCompact(const wchar_t* compact)
     if (trimmed.IsEmpty())
         return {};
     SYSTEMTIME time = SplitCompactDate(trimmed.View());
-    // A part of the time counts only if it is all there.
+    // Incomplete parts of the time are ignored.
     const std::size_t length = trimmed.Length();
     if (length < 10)
         time.wHour = 0;

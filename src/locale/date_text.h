@@ -1,4 +1,4 @@
-// Dates and times written for users, and the compact form.
+// Formats dates and times for users, and converts them to and from the compact form.
 #pragma once
 
 #include "core/text/string.h"
@@ -20,17 +20,20 @@ enum : std::uint32_t
     kTextTimeOf24Hours = 0x10
 };
 
-// In the forms of a locale. Null is the present; midnight shows no time. A date that can't be written is today's.
+// Formats a time by the rules of a locale. Null is the current time. Midnight is formatted without a time. A date that
+// the system can't format is replaced by today's date.
 String LocaleDateText(LCID locale, const SYSTEMTIME* time, std::uint32_t flags);
 
-// For the years that the system doesn't write. Knows runs of d, M and y in either case and text in double quotes, all
-// else is copied. Without a format it is the locale's short date. At most `maxChars` characters.
+// Formats dates before the first year that the system supports. Replaces runs of d, M and y in either case, copies text
+// in double quotes, and copies all other characters. Without a format, uses the locale's short date format. Returns at
+// most `maxChars` characters.
 String FormatEarlyDate(const clsDate& date, LCID locale, const wchar_t* format, std::size_t maxChars);
 
-// A text in the forms of the user's locale as YYYYMMDDhhmmss. Empty if it is none; false if it was refused.
+// Converts a text in the formats of the user's locale to YYYYMMDDhhmmss. The result is empty if the text contains no
+// date. Returns false if the parser rejects the text.
 bool CompactFromLocaleText(const wchar_t* text, std::uint32_t flags, String& compact);
 
-// The other way round; positions that hold no digits count as 0.
+// Converts the compact form to a text in the user's locale. Positions without digits count as 0.
 String LocaleTextFromCompact(const wchar_t* compact);
 
 } // namespace qx

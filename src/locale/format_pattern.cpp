@@ -10,7 +10,7 @@ namespace qx
 namespace
 {
 
-// Quoted text of a format stands aside as one unit of the private use area while the letters are replaced.
+// While the letters are replaced, each quoted literal of the format is represented by one unit of the private use area.
 constexpr wchar_t kFirstLiteral = 0xF000;
 
 String TakeLiteralsOut(const String& format, WCValSList<String>& literals)
@@ -25,7 +25,7 @@ String TakeLiteralsOut(const String& format, WCValSList<String>& literals)
         });
 }
 
-// A unit that the format itself had gets the nearest literal there is.
+// If the format itself contained such a unit, it is replaced by the literal with the nearest number.
 String PutLiteralsBack(const String& pattern, const WCValSList<String>& literals)
 {
     clsRegEx units(L"([\\x{f000}-\\x{f0ff}])", 0);

@@ -1,4 +1,4 @@
-// Patterns that match what a locale's formats of dates and times write.
+// Patterns that match text written in a locale's date and time formats.
 #pragma once
 
 #include "core/text/string.h"
@@ -12,14 +12,15 @@ namespace qx
 struct TimePattern
 {
     String text;
-    std::optional<std::size_t> marker; // the group of the half of the day, counted from 1, if the format asks for one
+    std::optional<std::size_t> marker; // number of the group of the AM/PM marker, counted from 1, if the format has one
 };
 
-// Of a format such as HH:mm:ss. Only doubled letters count: a single one stays a letter, so that the pattern of h:mm tt
-// matches no time.
+// Returns the pattern for a format such as HH:mm:ss. Only doubled letters are replaced; single letters are kept, so the
+// pattern for h:mm tt matches no time.
 TimePattern PatternOfTimeFormat(const String& format);
 
-// Of a format such as dd.MM.yyyy: a group for each part, in their order. The day's takes no 10 and 20.
+// Returns the pattern for a format such as dd.MM.yyyy, with a group for each part, in the order of the format. The
+// group of the day doesn't match 10 and 20.
 String PatternOfDateFormat(const String& format);
 
 } // namespace qx

@@ -1,10 +1,10 @@
-// Which program has loaded the library.
+// Identifies the program that has loaded the library.
 #pragma once
 
 namespace qx
 {
 
-// Some programs get other answers than the rest.
+// Some programs get different results.
 enum class HostKind
 {
     Vtz = 1,
@@ -14,7 +14,7 @@ enum class HostKind
 
 HostKind HostKindByName(const wchar_t* internalName);
 
-// By the version block of the process's program; asked for once.
+// Determined by the version block of the process's program; cached.
 HostKind ThisHostKind();
 
 } // namespace qx

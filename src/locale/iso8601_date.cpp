@@ -11,7 +11,7 @@ namespace
 constexpr int kMinutesPerDay = 24 * 60;
 constexpr std::wstring_view kHyphens = L"-\u2010";
 
-// The optional separator and two digits, which must stand there.
+// Reads an optional separator and two mandatory digits.
 bool ReadPart(DateCursor& cursor, std::wstring_view separators, WORD& part)
 {
     cursor.Skip(separators);
@@ -24,7 +24,7 @@ bool ReadDate(DateCursor& cursor, SYSTEMTIME& time)
            ReadPart(cursor, kHyphens, time.wDay);
 }
 
-// Behind the "T". Each part may be the last one.
+// Reads the time after the "T". It may end after each part.
 bool ReadTime(DateCursor& cursor, SYSTEMTIME& time)
 {
     if (!cursor.Number(2, time.wHour))
@@ -49,7 +49,7 @@ bool ReadZone(DateCursor& cursor, int& minutes)
     WORD rest = 0;
     if (!cursor.Number(2, hours))
         return false;
-    ReadPart(cursor, L":", rest); // may be missing
+    ReadPart(cursor, L":", rest); // optional
     minutes = hours * 60 + rest;
     return true;
 }

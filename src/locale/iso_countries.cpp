@@ -10,15 +10,15 @@ namespace qx
 namespace
 {
 
-constexpr wchar_t Upper(wchar_t c)
+constexpr wchar_t UpperLetter(wchar_t c)
 {
     return c >= L'a' && c <= L'z' ? static_cast<wchar_t>(c - (L'a' - L'A')) : c;
 }
 
-bool EqualsWithoutCase(std::wstring_view a, std::wstring_view b)
+bool EqualsCountryName(std::wstring_view a, std::wstring_view b)
 {
     return std::equal(
-        a.begin(), a.end(), b.begin(), b.end(), [](wchar_t c, wchar_t d) { return Upper(c) == Upper(d); });
+        a.begin(), a.end(), b.begin(), b.end(), [](wchar_t c, wchar_t d) { return UpperLetter(c) == UpperLetter(d); });
 }
 
 template <class Condition>
@@ -33,15 +33,15 @@ const IsoCountry* FindCountry(Condition condition)
 const IsoCountry* FindIsoCountry(std::wstring_view name)
 {
     if (name.size() == 2)
-        return FindCountry([=](const IsoCountry& country) { return EqualsWithoutCase(country.alpha2, name); });
+        return FindCountry([=](const IsoCountry& country) { return EqualsCountryName(country.alpha2, name); });
     if (name.size() == 3)
         return FindCountry([=](const IsoCountry& country)
-            { return EqualsWithoutCase(country.alpha3, name) || country.numeric == name; });
+            { return EqualsCountryName(country.alpha3, name) || country.numeric == name; });
     return FindCountry(
         [=](const IsoCountry& country)
         {
-            return EqualsWithoutCase(country.name, name) || EqualsWithoutCase(country.shortName, name) ||
-                   EqualsWithoutCase(country.officialName, name);
+            return EqualsCountryName(country.name, name) || EqualsCountryName(country.shortName, name) ||
+                   EqualsCountryName(country.officialName, name);
         });
 }
 

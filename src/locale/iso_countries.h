@@ -20,8 +20,8 @@ struct IsoCountry
     const wchar_t* nativeName;
 };
 
-// Finds a country by its code of two or three letters or of three digits, or by one of its English names, without
-// regard to the case of A to Z. Returns null if there is no such country.
+// Finds a country by its two-letter, three-letter or three-digit code, or by one of its English names, ignoring the case
+// of A to Z. Returns null if there is no such country.
 const IsoCountry* FindIsoCountry(std::wstring_view name);
 
 } // namespace qx

@@ -16,7 +16,7 @@ String SeparatorOf(LCID locale, LCTYPE type, const wchar_t* substitute)
     return text;
 }
 
-// The system counts month-day-year first.
+// The system's value 0 is month-day-year.
 DateOrder OrderOf(LCID locale)
 {
     wchar_t order[10];

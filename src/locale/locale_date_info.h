@@ -1,4 +1,4 @@
-// How a locale writes dates and times.
+// The order and the separators of a locale's dates and times.
 #pragma once
 
 #include "core/text/string.h"
@@ -24,11 +24,11 @@ struct clsLocaleDateInfo
 
     LCID lcid = 0;
     DateOrder dateOrder = DateOrder::DayMonthYear;
-    String dateSeparator; // without blanks, as the other
+    String dateSeparator; // both separators are without spaces
     String timeSeparator;
 };
 
-// That of the user's locale, as it was when it was asked for first.
+// Returns the information of the user's locale as it was at the first call.
 const clsLocaleDateInfo& DefaultDateInfo();
 
 } // namespace qx

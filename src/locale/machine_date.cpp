@@ -17,7 +17,7 @@ namespace
 
 constexpr std::size_t kCompactLength = 14;
 
-// A part may be cut short, or hold what is no digit: it is what its first digits say.
+// Returns the value of the leading digits of a part. The part may be truncated or contain other characters.
 WORD PartAt(std::wstring_view text, std::size_t offset, std::size_t length)
 {
     unsigned value = 0;
@@ -33,7 +33,7 @@ WORD PartAt(std::wstring_view text, std::size_t offset, std::size_t length)
 std::wstring_view WithoutBlanks(std::wstring_view text)
 {
     const std::size_t begin = std::min(text.find_first_not_of(L' '), text.size());
-    const std::size_t end = text.find_last_not_of(L' ') + 1; // 0 if there is nothing else
+    const std::size_t end = text.find_last_not_of(L' ') + 1; // 0 if there are only spaces
     return text.substr(begin, end > begin ? end - begin : 0);
 }
 

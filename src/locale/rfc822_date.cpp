@@ -21,7 +21,7 @@ struct NamedZone
     std::wstring_view name;
     int hoursToAdd;
 };
-// What has no row is no other time than UTC: GMT.
+// Zones without a row are UTC, such as GMT.
 constexpr NamedZone kZones[] = {
     {L"UT", 0}, {L"EST", 5}, {L"EDT", 4}, {L"CST", 6}, {L"CDT", 5}, {L"MST", 7}, {L"MDT", 6}, {L"PST", 8}, {L"PDT", 7}};
 constexpr std::wstring_view kZoneWithoutRow = L"GMT";
@@ -32,7 +32,7 @@ constexpr std::wstring_view kMonths = L"janfebmaraprmayjunjulaugsepoctnovdec";
 struct Parts
 {
     std::wstring_view day, month, year, hour, minute, second;
-    std::wstring_view zone; // with the white space before it; empty if there is none
+    std::wstring_view zone; // including leading white space; empty if there is none
 };
 
 bool IsSpace(wchar_t c)
@@ -83,8 +83,8 @@ std::wstring_view TakeZone(DateCursor& cursor)
     return length == 0 ? std::wstring_view() : rest.substr(0, spaces + length);
 }
 
-// What the pattern matches at the very start of a text, which is where a date header has it. Without this, the pattern
-// takes several times as long as all the rest.
+// Matches the same as the pattern, but only at the start of the text, where date headers have the date. Running the
+// regular expression would take several times as long as all other steps together.
 bool MatchAtStart(std::wstring_view text, Parts& parts)
 {
     DateCursor cursor(text);
@@ -104,7 +104,7 @@ bool MatchAtStart(std::wstring_view text, Parts& parts)
 bool MatchAnywhere(std::wstring_view text, clsRegExMatchList& matches, Parts& parts)
 {
     static clsRegEx& date = MakeForever<clsRegEx>(kDatePattern, 0);
-    // Between its parts the date has white space, which most texts of the other forms don't have.
+    // A date has white space between its parts, which most texts in the other forms lack.
     if (std::none_of(text.begin(), text.end(), IsSpace) || !date.Match(String(text), &matches))
         return false;
     const auto group = [&matches](std::size_t number)
@@ -115,7 +115,7 @@ bool MatchAnywhere(std::wstring_view text, clsRegExMatchList& matches, Parts& pa
     return true;
 }
 
-// What is beyond a field's numbers is beyond all dates as well.
+// Values that don't fit into a field are limited to one that is no valid date.
 WORD FieldOf(std::wstring_view digits)
 {
     std::uint32_t value = 0;
@@ -160,7 +160,7 @@ void AddZone(std::wstring_view zone, SYSTEMTIME& time)
 bool ReadRFC822Date(std::wstring_view text, SYSTEMTIME& time)
 {
     Parts parts;
-    clsRegExMatchList matches; // what the parts may lie in
+    clsRegExMatchList matches; // the parts may refer to it
     if (!MatchAtStart(text, parts) && !MatchAnywhere(text, matches, parts))
         return false;
     SYSTEMTIME read{};

@@ -1,4 +1,4 @@
-// Sums and tests of system times.
+// Arithmetic on system times.
 #pragma once
 
 #include <windows.h>
@@ -8,10 +8,11 @@
 namespace qx
 {
 
-// What a time becomes that nothing can be made of.
+// The result for times that can't be converted.
 inline constexpr SYSTEMTIME kNoTime{0, 0, 0xFFFF, 0, 0, 0, 0, 0};
 
-// Carries over days, months and years, and sets the day of the week. kNoTime if either time isn't one of the system's.
+// Adds minutes with carry into days, months and years, and sets the day of the week. Sets the time to kNoTime if the
+// time or the result is out of the system's range.
 void AddMinutes(SYSTEMTIME& time, std::int64_t minutes);
 
 } // namespace qx

@@ -1,4 +1,4 @@
-// Local time and UTC, and the rules of time zones.
+// Conversion between local time and UTC, and the rules of time zones.
 #pragma once
 
 #include <windows.h>
@@ -8,14 +8,16 @@
 namespace qx
 {
 
-// For the present zone. 0, or E_INVALIDARG for a year of 0; a time that the system can't convert becomes all zeros.
+// Convert in the current time zone. Return 0, or E_INVALIDARG if the year is 0. A time that the system can't convert
+// becomes all zeros.
 std::int32_t ConvertLocalTimeToUTC(SYSTEMTIME& time);
 std::int32_t ConvertUTCToLocalTime(SYSTEMTIME& time);
 
-// The local time at which a rule of TIME_ZONE_INFORMATION applies in a year.
+// Returns the local time at which a rule of TIME_ZONE_INFORMATION takes effect in a year.
 SYSTEMTIME ResolveZoneRule(const SYSTEMTIME& rule, std::uint32_t year);
 
-// Of the present zone; all zeros if it has no daylight saving time.
+// Stores the start and the end, in UTC, of daylight saving time in the current time zone, or all zeros if there is
+// none.
 void GetDSTStartAndEndInUTC(std::uint32_t year, SYSTEMTIME& start, SYSTEMTIME& end);
 
 } // namespace qx

@@ -15,8 +15,8 @@ struct VehicleCode
     std::string_view country; // UTF-8
 };
 
-// Distinguishing signs of vehicles in international traffic, former and unofficial ones among them. Sorted by the
-// code's bytes, since the walk ends at the first that lies behind what is looked for.
+// Distinguishing signs of vehicles in international traffic, including former and unofficial ones. Sorted by the bytes
+// of the code, because the search ends at the first greater code.
 constexpr VehicleCode CODES[] = {
     {"A", "Austria"},
     {"AFG", "Afghanistan"},

@@ -1,4 +1,4 @@
-// Countries by the codes that vehicles show abroad.
+// Looks up countries by the distinguishing signs of their vehicles.
 #pragma once
 
 #include <string_view>
@@ -6,7 +6,7 @@
 namespace qx
 {
 
-// The English name of a country in UTF-8, empty for a code that no country has. Case counts.
+// Returns the English name of a country in UTF-8, or an empty text for an unknown code. Codes are case-sensitive.
 std::string_view CountryOfVehicleCode(std::string_view code);
 
 } // namespace qx

@@ -1,6 +1,6 @@
 #include "markup/html_attributes.h"
 
-#include <algorithm>
+#include "markup/html_characters.h"
 
 namespace qx
 {
@@ -18,7 +18,7 @@ bool HtmlAttributeReader::Next()
     if (_at == _text.size() || _text[_at] == L'>')
         return false;
 
-    const std::size_t start = _at++; // "=" may begin a name
+    const std::size_t start = _at++; // a name may begin with "="
     while (_at < _text.size() && !IsHtmlSpace(_text[_at]) && _text[_at] != L'/' && _text[_at] != L'>' &&
            _text[_at] != L'=')
         ++_at;
@@ -32,7 +32,7 @@ bool HtmlAttributeReader::Next()
     return ReadValue();
 }
 
-// An open quotation runs to the end of the text, and the tag with it.
+// Without a closing quote the value, and so the tag, extends to the end of the text.
 bool HtmlAttributeReader::ReadValue()
 {
     if (_at == _text.size())
@@ -53,12 +53,6 @@ bool HtmlAttributeReader::ReadValue()
         ++_at;
     _value = _text.substr(start, _at - start);
     return true;
-}
-
-bool EqualsHtmlName(std::wstring_view name, std::wstring_view lower)
-{
-    return std::equal(name.begin(), name.end(), lower.begin(), lower.end(),
-        [](wchar_t a, wchar_t b) { return (a >= L'A' && a <= L'Z' ? a + (L'a' - L'A') : a) == b; });
 }
 
 std::optional<std::wstring_view> FindHtmlAttribute(std::wstring_view attributes, std::wstring_view name)

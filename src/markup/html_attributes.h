@@ -1,4 +1,4 @@
-// The attributes of a start tag, read as HTML tokenizes them.
+// Reads the attributes of a tag as the HTML standard tokenizes them.
 #pragma once
 
 #include <cstddef>
@@ -8,19 +8,14 @@
 namespace qx
 {
 
-constexpr bool IsHtmlSpace(wchar_t c)
-{
-    return c == L' ' || (c >= L'\t' && c <= L'\r' && c != L'\v');
-}
-
-// Reads one attribute after the other, up to the ">" that ends the tag, or the end of the text.
+// Iterates over the attributes up to the ">" that ends the tag, or to the end of the text.
 class HtmlAttributeReader
 {
 public:
-    // The text behind the name of the tag.
+    // `text` begins after the name of the tag.
     explicit HtmlAttributeReader(std::wstring_view text) : _text(text) {}
 
-    // Reads the next attribute; false if there is none.
+    // Advances to the next attribute. Returns false if there is none.
     bool Next();
 
     std::wstring_view Name() const { return _name; }
@@ -39,10 +34,7 @@ private:
     std::wstring_view _value;
 };
 
-// Compares without regard to the case of A to Z; `lower` has none of these.
-bool EqualsHtmlName(std::wstring_view name, std::wstring_view lower);
-
-// The value of the first attribute with that name (lower case), with references.
+// Returns the value of the first attribute with that name (in lower case), with unresolved references.
 std::optional<std::wstring_view> FindHtmlAttribute(std::wstring_view attributes, std::wstring_view name);
 
 } // namespace qx

@@ -9,13 +9,13 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t kLongestName = 10; // of those in the table
+constexpr std::size_t kLongestElement = 10; // in the table
 
-// A name of letters and digits packed into a number, six bits each; 0 if it is none of the table for certain.
+// Packs a name into a number, six bits for each letter or digit. Returns 0 for names that cannot be in the table.
 template <class Character>
-constexpr std::uint64_t Key(std::basic_string_view<Character> name)
+constexpr std::uint64_t KeyOfName(std::basic_string_view<Character> name)
 {
-    if (name.size() > kLongestName)
+    if (name.size() > kLongestElement)
         return 0;
     std::uint64_t key = 0;
     for (const Character c : name)
@@ -34,13 +34,13 @@ constexpr std::uint64_t Key(std::basic_string_view<Character> name)
     return key;
 }
 
-struct Row
+struct ElementRow
 {
     std::string_view name;
     HtmlElement element;
 };
 
-constexpr Row kRows[] = {
+constexpr ElementRow kElementRows[] = {
     {"address", HtmlElement::block},
     {"article", HtmlElement::block},
     {"aside", HtmlElement::block},
@@ -106,28 +106,28 @@ constexpr Row kRows[] = {
     {"template", HtmlElement::templateContent},
 };
 
-struct KeyedRow
+struct KeyedElement
 {
     std::uint64_t key;
     HtmlElement element;
 };
 
-// An open hash table, half full at most.
-constexpr std::size_t kBuckets = 256;
-constexpr std::size_t BucketOf(std::uint64_t key)
+// A hash table with linear probing, at most half full.
+constexpr std::size_t kElementBuckets = 256;
+constexpr std::size_t BucketOfKey(std::uint64_t key)
 {
     return static_cast<std::size_t>(key * 0x9E3779B97F4A7C15u >> 56);
 }
-constexpr auto kTable = []
+constexpr auto kElementTable = []
 {
-    static_assert(std::size(kRows) * 2 <= kBuckets);
-    std::array<KeyedRow, kBuckets> table{};
-    for (const Row& row : kRows)
+    static_assert(std::size(kElementRows) * 2 <= kElementBuckets);
+    std::array<KeyedElement, kElementBuckets> table{};
+    for (const ElementRow& row : kElementRows)
     {
-        const std::uint64_t key = Key(row.name);
-        std::size_t bucket = BucketOf(key);
+        const std::uint64_t key = KeyOfName(row.name);
+        std::size_t bucket = BucketOfKey(key);
         while (table[bucket].key != 0)
-            bucket = (bucket + 1) % kBuckets;
+            bucket = (bucket + 1) % kElementBuckets;
         table[bucket] = {key, row.element};
     }
     return table;
@@ -137,12 +137,12 @@ constexpr auto kTable = []
 
 HtmlElement FindHtmlElement(std::wstring_view name)
 {
-    const std::uint64_t key = Key(name);
-    for (std::size_t bucket = BucketOf(key);; bucket = (bucket + 1) % kBuckets)
+    const std::uint64_t key = KeyOfName(name);
+    for (std::size_t bucket = BucketOfKey(key);; bucket = (bucket + 1) % kElementBuckets)
     {
-        if (kTable[bucket].key == key)
-            return kTable[bucket].element; // an empty bucket, found for key 0, has `other`
-        if (kTable[bucket].key == 0)
+        if (kElementTable[bucket].key == key)
+            return kElementTable[bucket].element; // key 0 ends at an empty bucket, which contains `other`
+        if (kElementTable[bucket].key == 0)
             return HtmlElement::other;
     }
 }

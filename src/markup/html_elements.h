@@ -1,4 +1,4 @@
-// The elements of HTML by what they do to the text of a page.
+// Classifies the elements of HTML by their effect on the text of a page.
 #pragma once
 
 #include <string_view>
@@ -8,7 +8,7 @@ namespace qx
 
 enum class HtmlElement : unsigned char
 {
-    other, // leaves no trace: inline elements, and unknown ones
+    other, // no effect: inline and unknown elements
 
     // Blocks.
     block,     // begins and ends a line
@@ -34,18 +34,18 @@ enum class HtmlElement : unsigned char
     input,
     option,
 
-    // Content that is no markup.
+    // Elements with raw content.
     title,           // text with references
     textArea,        // text with references, and with its line breaks
     rawPreformatted, // shown as it is
-    script,          // hidden; ends by rules of its own
+    script,          // hidden; has its own rules for its end
     rawHidden,
     plainText, // never ends
 
     templateContent // hidden
 };
 
-// By the name of a tag as written, without regard to case.
+// Looks up the name of a tag, ignoring case.
 HtmlElement FindHtmlElement(std::wstring_view name);
 
 } // namespace qx

@@ -15,7 +15,7 @@ namespace qx
 namespace
 {
 
-// An empty text stands for the character itself.
+// The replacement of each character; empty if the character stays.
 constexpr auto kEscapes = []
 {
     std::array<std::wstring_view, 256> escapes{};
@@ -23,7 +23,7 @@ constexpr auto kEscapes = []
         escapes[entity.code] = entity.text;
     escapes[L'\t'] = L"&#09;";
     escapes[L'\''] = {};
-    escapes[128] = {}; // the row of the euro sign, whose character is U+20AC here
+    escapes[128] = {}; // the table has the euro sign here, which is U+20AC in this file
     return escapes;
 }();
 
@@ -42,10 +42,10 @@ struct NumericReference
 {
     explicit NumericReference(std::uint32_t code)
     {
-        constexpr wchar_t digits[] = L"0123456789abcdef";
+        constexpr wchar_t kDigits[] = L"0123456789abcdef";
         int shift = code > 0xFFFFF ? 20 : code > 0xFFFF ? 16 : 12;
         for (; shift >= 0; shift -= 4)
-            _text[_length++] = digits[code >> shift & 15];
+            _text[_length++] = kDigits[code >> shift & 15];
         _text[_length++] = L';';
     }
     std::wstring_view Text() const { return {_text.data(), _length}; }

@@ -1,5 +1,6 @@
 #include "markup/html_references.h"
 
+#include "markup/html_characters.h"
 #include "markup/html_reference_table.h"
 
 #include <algorithm>
@@ -19,7 +20,7 @@ constexpr std::size_t kNamesLength = []
     return length;
 }();
 
-// The table without pointers, which the loader would have to relocate.
+// The table without pointers, so that the loader has nothing to relocate.
 struct CompactRow
 {
     std::uint16_t nameStart;
@@ -32,9 +33,10 @@ struct CompactTable
 {
     std::array<char, kNamesLength> names{};
     std::array<CompactRow, kRowCount> rows{};
-    std::array<std::uint16_t, 129> rowsOfLetter{}; // the first row of each initial, and the row behind the last one
+    std::array<std::uint16_t, 129>
+        rowsOfLetter{}; // index of the first row with that initial; the last element is the row count
 };
-constexpr CompactTable kTable = []
+constexpr CompactTable kReferences = []
 {
     CompactTable table;
     std::size_t used = 0;
@@ -51,14 +53,14 @@ constexpr CompactTable kTable = []
     return table;
 }();
 
-constexpr std::size_t kLongestName = []
+constexpr std::size_t kLongestReference = []
 {
     std::size_t longest = 0;
     for (const HtmlReferenceRow& row : kHtmlReferenceRows)
         longest = std::max(longest, row.name.size());
     return longest;
 }();
-constexpr std::size_t kLongestNameThatEndsAnywhere = []
+constexpr std::size_t kLongestOldReference = []
 {
     std::size_t longest = 0;
     for (const HtmlReferenceRow& row : kHtmlReferenceRows)
@@ -66,7 +68,7 @@ constexpr std::size_t kLongestNameThatEndsAnywhere = []
     return longest;
 }();
 
-// What numeric references of 0x80 to 0x9F stand for: the characters of code page 1252.
+// The characters of code page 1252, which HTML substitutes for the numeric references 0x80 to 0x9F.
 // clang-format off
 constexpr wchar_t kC1Characters[] = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
@@ -74,19 +76,14 @@ constexpr wchar_t kC1Characters[] = {
 };
 // clang-format on
 
-constexpr bool IsDigit(wchar_t c)
-{
-    return c >= L'0' && c <= L'9';
-}
-
 constexpr bool IsLetterOrDigit(wchar_t c)
 {
-    return IsDigit(c) || (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z');
+    return IsHtmlDigit(c) || IsHtmlLetter(c);
 }
 
 constexpr int HexDigit(wchar_t c)
 {
-    if (IsDigit(c))
+    if (IsHtmlDigit(c))
         return c - L'0';
     if (c >= L'a' && c <= L'f')
         return c - L'a' + 10;
@@ -95,22 +92,22 @@ constexpr int HexDigit(wchar_t c)
     return -1;
 }
 
-const CompactRow* FindName(std::wstring_view name)
+const CompactRow* FindReference(std::wstring_view name)
 {
-    if (name.empty() || name[0] >= kTable.rowsOfLetter.size() - 1)
+    if (name.empty() || name[0] >= kReferences.rowsOfLetter.size() - 1)
         return nullptr;
-    const CompactRow* const end = kTable.rows.data() + kTable.rowsOfLetter[name[0] + 1u];
+    const CompactRow* const end = kReferences.rows.data() + kReferences.rowsOfLetter[name[0] + 1u];
     const auto compare = [name](const CompactRow& row)
     {
-        const char* const text = kTable.names.data() + row.nameStart;
+        const char* const text = kReferences.names.data() + row.nameStart;
         const std::size_t common = std::min<std::size_t>(row.nameLength, name.size());
         for (std::size_t i = 0; i < common; ++i)
             if (static_cast<wchar_t>(text[i]) != name[i])
                 return static_cast<wchar_t>(text[i]) < name[i] ? -1 : 1;
         return row.nameLength < name.size() ? -1 : row.nameLength > name.size();
     };
-    const CompactRow* const found = std::lower_bound(kTable.rows.data() + kTable.rowsOfLetter[name[0]], end, name,
-        [&](const CompactRow& row, std::wstring_view) { return compare(row) < 0; });
+    const CompactRow* const found = std::lower_bound(kReferences.rows.data() + kReferences.rowsOfLetter[name[0]], end,
+        name, [&](const CompactRow& row, std::wstring_view) { return compare(row) < 0; });
     return found != end && compare(*found) == 0 ? found : nullptr;
 }
 
@@ -119,21 +116,21 @@ HtmlReference Resolve(const CompactRow& row, std::size_t length)
     return {length, {row.first, row.second}, row.second != 0 ? 2u : 1u};
 }
 
-HtmlReference ResolveNumber(std::uint32_t code, std::size_t length)
+HtmlReference ResolveCode(std::uint32_t code, std::size_t length)
 {
-    constexpr wchar_t replacement = 0xFFFD;
+    constexpr wchar_t kReplacement = 0xFFFD;
     if (code >= 0x80 && code <= 0x9F)
         code = kC1Characters[code - 0x80];
     if (code == 0 || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF))
-        code = replacement;
+        code = kReplacement;
     if (code < 0x10000)
         return {length, {static_cast<wchar_t>(code)}, 1};
     code -= 0x10000;
     return {length, {static_cast<wchar_t>(0xD800 + (code >> 10)), static_cast<wchar_t>(0xDC00 + (code & 0x3FF))}, 2};
 }
 
-// Behind "&#".
-HtmlReference ReadNumber(std::wstring_view text)
+// Reads a numeric reference; `text` begins with "&#".
+HtmlReference ReadNumericReference(std::wstring_view text)
 {
     std::size_t at = 2;
     const bool hexadecimal = at < text.size() && (text[at] == L'x' || text[at] == L'X');
@@ -152,7 +149,7 @@ HtmlReference ReadNumber(std::wstring_view text)
         return {};
     if (at < text.size() && text[at] == L';')
         ++at;
-    return ResolveNumber(code, at);
+    return ResolveCode(code, at);
 }
 
 } // namespace
@@ -160,19 +157,20 @@ HtmlReference ReadNumber(std::wstring_view text)
 HtmlReference ReadHtmlReference(std::wstring_view text, bool inAttribute)
 {
     if (text.size() >= 2 && text[1] == L'#')
-        return ReadNumber(text);
+        return ReadNumericReference(text);
 
-    // A name with a semicolon covers all letters and digits, so there is no longer match than that.
+    // A name that ends with a semicolon covers the whole run of letters and digits, so it is the longest possible
+    // match.
     std::size_t end = 1;
-    while (end < text.size() && end <= kLongestName && IsLetterOrDigit(text[end]))
+    while (end < text.size() && end <= kLongestReference && IsLetterOrDigit(text[end]))
         ++end;
     if (end < text.size() && text[end] == L';')
-        if (const CompactRow* row = FindName(text.substr(1, end - 1)))
+        if (const CompactRow* row = FindReference(text.substr(1, end - 1)))
             return Resolve(*row, end + 1);
 
-    for (end = std::min(end, kLongestNameThatEndsAnywhere + 1); end > 2; --end)
+    for (end = std::min(end, kLongestOldReference + 1); end > 2; --end)
     {
-        const CompactRow* row = FindName(text.substr(1, end - 1));
+        const CompactRow* row = FindReference(text.substr(1, end - 1));
         if (!row || !row->endsAnywhere)
             continue;
         if (inAttribute && end < text.size() && (text[end] == L'=' || IsLetterOrDigit(text[end])))

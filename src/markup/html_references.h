@@ -18,8 +18,8 @@ struct HtmlReference
     std::wstring_view Units() const { return {units.data(), count}; }
 };
 
-// Resolves the reference at the start of `text`, which begins with an ampersand. Inside an attribute a name without a
-// semicolon is no reference if a letter, a digit or "=" follows, so that the addresses of links stay whole.
+// Resolves the reference at the start of `text`, which begins with an ampersand. In an attribute value a name without a
+// semicolon is not a reference if a letter, a digit or "=" follows, so that query strings of links stay intact.
 HtmlReference ReadHtmlReference(std::wstring_view text, bool inAttribute);
 
 } // namespace qx

@@ -1,6 +1,7 @@
 #include "markup/html_tokenizer.h"
 
 #include "markup/html_attributes.h"
+#include "markup/html_characters.h"
 
 #include <algorithm>
 
@@ -8,16 +9,6 @@ namespace qx
 {
 namespace
 {
-
-constexpr bool IsLetter(wchar_t c)
-{
-    return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z');
-}
-
-constexpr wchar_t Lower(wchar_t c)
-{
-    return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c;
-}
 
 constexpr bool EndsTagName(wchar_t c)
 {
@@ -53,7 +44,7 @@ HtmlToken HtmlTokenizer::Next()
 bool HtmlTokenizer::BeginsMarkup(std::size_t less) const
 {
     const wchar_t next = At(less + 1);
-    return IsLetter(next) || next == L'!' || next == L'?' || (next == L'/' && less + 2 < _html.size());
+    return IsHtmlLetter(next) || next == L'!' || next == L'?' || (next == L'/' && less + 2 < _html.size());
 }
 
 std::wstring_view HtmlTokenizer::ReadText()
@@ -65,15 +56,15 @@ std::wstring_view HtmlTokenizer::ReadText()
     return _html.substr(start, _at - start);
 }
 
-// At a "<" that begins markup. False if it leaves no token.
+// Reads markup at a "<". Returns false if it produces no token.
 bool HtmlTokenizer::ReadMarkup(HtmlToken& token)
 {
     const wchar_t next = At(_at + 1);
-    if (IsLetter(next) || (next == L'/' && IsLetter(At(_at + 2))))
+    if (IsHtmlLetter(next) || (next == L'/' && IsHtmlLetter(At(_at + 2))))
         return ReadTag(token);
     if (_html.substr(_at, 4) == L"<!--")
         SkipComment();
-    else // a document type, a processing instruction or nonsense
+    else // a document type, a processing instruction or malformed markup
         _at = std::min(_html.find(L'>', _at), _html.size() - 1) + 1;
     return false;
 }
@@ -93,7 +84,7 @@ void HtmlTokenizer::SkipComment()
     _at = end == _html.npos ? _html.size() : end + 1;
 }
 
-// A tag that doesn't end is dropped with all that follows.
+// An unterminated tag is dropped together with the rest of the text.
 bool HtmlTokenizer::ReadTag(HtmlToken& token)
 {
     const bool closing = _html[_at + 1] == L'/';
@@ -125,7 +116,7 @@ bool HtmlTokenizer::ReadTag(HtmlToken& token)
     return true;
 }
 
-// The content of an element that holds no markup. It may be empty.
+// Reads the content of an element without markup. The token may be empty.
 HtmlToken HtmlTokenizer::ReadRawText()
 {
     std::size_t end = _html.size();
@@ -145,9 +136,7 @@ bool HtmlTokenizer::IsTagAt(std::size_t less, bool closing, std::wstring_view na
     if (closing && At(less + 1) != L'/')
         return false;
     const std::wstring_view found = _html.substr(std::min(start, _html.size()), name.size());
-    return start + name.size() < _html.size() && EndsTagName(_html[start + name.size()]) &&
-           std::equal(found.begin(), found.end(), name.begin(), name.end(),
-               [](wchar_t a, wchar_t b) { return Lower(a) == Lower(b); });
+    return start + name.size() < _html.size() && EndsTagName(_html[start + name.size()]) && EqualsHtmlName(found, name);
 }
 
 std::size_t HtmlTokenizer::FindEndTag() const
@@ -158,7 +147,7 @@ std::size_t HtmlTokenizer::FindEndTag() const
     return std::min(less, _html.size());
 }
 
-// Inside "<!--" a script may hold whole script elements; "-->" ends that.
+// A script may contain complete script elements between "<!--" and "-->".
 std::size_t HtmlTokenizer::FindScriptEnd() const
 {
     enum
@@ -180,7 +169,7 @@ std::size_t HtmlTokenizer::FindScriptEnd() const
         if (state == plain && _html.substr(at, 4) == L"<!--")
         {
             state = escaped;
-            ++at; // its dashes may belong to the end
+            ++at; // the dashes may be part of "-->" too
         }
         else if (state == escaped && IsTagAt(at, false, _rawName))
             state = doubleEscaped;

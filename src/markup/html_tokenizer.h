@@ -1,5 +1,5 @@
-// HTML split into text and tags, as section 13.2.5 of the HTML Living Standard says: comments, tags and the content of
-// scripts end where a browser ends them. Time is linear in the length of the text, and nothing is copied.
+// Splits HTML into text and tags according to section 13.2.5 of the HTML Living Standard, so that comments, tags and
+// scripts end where a browser ends them. Runs in linear time and copies nothing.
 #pragma once
 
 #include "markup/html_elements.h"
@@ -21,8 +21,8 @@ struct HtmlToken
     };
 
     Kind kind = Kind::end;
-    HtmlElement element = HtmlElement::other; // of a tag; of raw text the element whose content it is
-    std::wstring_view text;                   // of text: as written, with references; of a start tag: its attributes
+    HtmlElement element = HtmlElement::other; // the element of a tag, or the element that contains raw text
+    std::wstring_view text;                   // text with unresolved references, or the attributes of a start tag
 };
 
 class HtmlTokenizer
@@ -31,7 +31,7 @@ public:
     // `html` must outlive the tokens.
     explicit HtmlTokenizer(std::wstring_view html) : _html(html) {}
 
-    // Returns tokens of the kind `end` once the text is used up. Comments, document types and the like are skipped.
+    // Returns the next token, or a token of the kind `end` at the end of the text. Skips comments and document types.
     HtmlToken Next();
 
 private:
@@ -48,7 +48,7 @@ private:
 
     std::wstring_view _html;
     std::size_t _at = 0;
-    HtmlElement _rawElement = HtmlElement::other; // whose content comes next, if it is no markup
+    HtmlElement _rawElement = HtmlElement::other; // the element whose raw content follows, or `other`
     std::wstring_view _rawName;                   // as written
 };
 

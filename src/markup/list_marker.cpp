@@ -5,7 +5,7 @@ namespace qx
 
 ListMarker::ListMarker(ListNumbering numbering, std::int32_t number)
 {
-    constexpr std::int32_t lastRoman = 3999;
+    constexpr std::int32_t kLastRoman = 3999;
     Prepend(numbering == ListNumbering::none ? L'-' : L'.');
     if (numbering == ListNumbering::none)
         return;
@@ -13,9 +13,9 @@ ListMarker::ListMarker(ListNumbering numbering, std::int32_t number)
         PrependLetters(number, L'a');
     else if (numbering == ListNumbering::upperLetters && number > 0)
         PrependLetters(number, L'A');
-    else if (numbering == ListNumbering::lowerRoman && number > 0 && number <= lastRoman)
+    else if (numbering == ListNumbering::lowerRoman && number > 0 && number <= kLastRoman)
         PrependRoman(number, L"ivxlcdm");
-    else if (numbering == ListNumbering::upperRoman && number > 0 && number <= lastRoman)
+    else if (numbering == ListNumbering::upperRoman && number > 0 && number <= kLastRoman)
         PrependRoman(number, L"IVXLCDM");
     else
         PrependDecimal(number);
@@ -38,13 +38,13 @@ void ListMarker::PrependLetters(std::int32_t number, wchar_t first)
         Prepend(static_cast<wchar_t>(first + (number - 1) % 26));
 }
 
-// `symbols` are those of 1, 5, 10, ... 1000.
+// `symbols` are the numerals for 1, 5, 10, 50, 100, 500 and 1000.
 void ListMarker::PrependRoman(std::int32_t number, std::wstring_view symbols)
 {
-    // The places of the symbols of each digit, from the last one to the first.
-    constexpr std::string_view digits[] = {"", "0", "00", "000", "10", "1", "01", "001", "0001", "20"};
+    // The numerals of each digit in reverse order: 0 is the one, 1 the five and 2 the ten of the decimal place.
+    constexpr std::string_view kDigits[] = {"", "0", "00", "000", "10", "1", "01", "001", "0001", "20"};
     for (std::size_t place = 0; number > 0; number /= 10, place += 2)
-        for (const char symbol : digits[number % 10])
+        for (const char symbol : kDigits[number % 10])
             Prepend(symbols[place + static_cast<std::size_t>(symbol - '0')]);
 }
 

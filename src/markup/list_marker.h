@@ -24,7 +24,7 @@ class ListMarker
 public:
     ListMarker() = default; // empty
 
-    // Numbers that letters or Roman numerals can't show are decimal.
+    // Falls back to decimal for numbers that letters or Roman numerals cannot express.
     ListMarker(ListNumbering numbering, std::int32_t number);
 
     std::wstring_view Text() const { return {_text.data() + _start, _text.size() - _start}; }
@@ -36,7 +36,7 @@ private:
     void PrependLetters(std::int32_t number, wchar_t first);
     void PrependRoman(std::int32_t number, std::wstring_view symbols);
 
-    // Filled from its end. The longest numeral is MMMDCCCLXXXVIII.
+    // Filled from the end. The longest text is the numeral MMMDCCCLXXXVIII and a full stop.
     std::array<wchar_t, 16> _text{};
     std::size_t _start = 16;
 };

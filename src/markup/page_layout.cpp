@@ -1,6 +1,7 @@
 #include "markup/page_layout.h"
 
 #include "markup/html_attributes.h"
+#include "markup/html_characters.h"
 #include "markup/html_escape.h"
 
 #include <algorithm>
@@ -16,7 +17,7 @@ constexpr unsigned char kListIndentation = 2;
 constexpr unsigned char kNumberIndentation = 3;
 constexpr unsigned char kQuoteIndentation = 4;
 
-std::wstring_view Trimmed(std::wstring_view text)
+std::wstring_view TrimHtmlSpace(std::wstring_view text)
 {
     while (!text.empty() && IsHtmlSpace(text.front()))
         text.remove_prefix(1);
@@ -25,25 +26,25 @@ std::wstring_view Trimmed(std::wstring_view text)
     return text;
 }
 
-std::optional<std::int32_t> ReadNumber(std::wstring_view text)
+std::optional<std::int32_t> ReadInteger(std::wstring_view text)
 {
-    text = Trimmed(text);
+    text = TrimHtmlSpace(text);
     const bool negative = text.starts_with(L'-');
     if (negative || text.starts_with(L'+'))
         text.remove_prefix(1);
     std::int64_t number = 0;
     std::size_t digits = 0;
-    for (; digits < text.size() && text[digits] >= L'0' && text[digits] <= L'9'; ++digits)
+    for (; digits < text.size() && IsHtmlDigit(text[digits]); ++digits)
         number = std::min<std::int64_t>(number * 10 + (text[digits] - L'0'), std::numeric_limits<std::int32_t>::max());
     if (digits == 0)
         return std::nullopt;
     return static_cast<std::int32_t>(negative ? -number : number);
 }
 
-std::optional<std::int32_t> ReadNumber(std::wstring_view attributes, std::wstring_view name)
+std::optional<std::int32_t> ReadInteger(std::wstring_view attributes, std::wstring_view name)
 {
     const auto value = FindHtmlAttribute(attributes, name);
-    return value ? ReadNumber(*value) : std::nullopt;
+    return value ? ReadInteger(*value) : std::nullopt;
 }
 
 ListNumbering ReadNumbering(std::wstring_view attributes)
@@ -58,16 +59,6 @@ ListNumbering ReadNumbering(std::wstring_view attributes)
     if (type == L"I")
         return ListNumbering::upperRoman;
     return ListNumbering::decimal;
-}
-
-bool EqualsWithoutCase(std::wstring_view a, std::wstring_view b)
-{
-    constexpr auto lower = [](wchar_t c)
-    {
-        return c >= L'A' && c <= L'Z' ? c + (L'a' - L'A') : c;
-    };
-    return std::equal(
-        a.begin(), a.end(), b.begin(), b.end(), [=](wchar_t c, wchar_t d) { return lower(c) == lower(d); });
 }
 
 } // namespace
@@ -110,7 +101,7 @@ void PageLayout::AddText(const HtmlToken& token)
     case HtmlElement::script:
     case HtmlElement::rawHidden:
         return;
-    case HtmlElement::title: // that of the page; drawings may have titles of their own, which aren't shown
+    case HtmlElement::title: // only the title of the page is shown, not the titles of drawings
         if (_writer.Length() == 0)
             _writer.Text(text);
         return _writer.RequireBreaks(2);
@@ -132,7 +123,7 @@ void PageLayout::AddText(const HtmlToken& token)
     _writer.Verbatim(text, true);
 }
 
-// What an element does to the lines, at its start as at its end.
+// Applies the line breaks and blanks that an element has both at its start and at its end.
 void PageLayout::Separate(HtmlElement element)
 {
     switch (element)
@@ -236,7 +227,7 @@ void PageLayout::StartList(HtmlElement element, std::wstring_view attributes)
     if (element == HtmlElement::orderedList)
     {
         list.numbering = ReadNumbering(attributes);
-        list.next = ReadNumber(attributes, L"start").value_or(1);
+        list.next = ReadInteger(attributes, L"start").value_or(1);
         list.indentation = kNumberIndentation;
     }
     else if (element == HtmlElement::unorderedList)
@@ -246,7 +237,7 @@ void PageLayout::StartList(HtmlElement element, std::wstring_view attributes)
     UpdateIndentation();
 }
 
-// Ends the innermost list of that kind in this cell, and what is left open in it.
+// Closes the innermost list of that kind in this cell, and all lists inside it.
 void PageLayout::EndList(HtmlElement element)
 {
     _writer.EndMarkedText();
@@ -276,13 +267,13 @@ void PageLayout::StartItem(std::wstring_view attributes)
     std::int32_t number = list.next;
     if (list.numbering != ListNumbering::none)
     {
-        number = ReadNumber(attributes, L"value").value_or(number);
+        number = ReadInteger(attributes, L"value").value_or(number);
         list.next = number == std::numeric_limits<std::int32_t>::max() ? number : number + 1;
     }
     _writer.Mark(_indentation - std::min<std::size_t>(_indentation, list.indentation), {list.numbering, number});
 }
 
-// Terms stand at the margin of their list, definitions are indented.
+// Terms start at the margin of their list; definitions are indented.
 void PageLayout::StartDefinition(bool indented)
 {
     _writer.EndMarkedText();
@@ -324,7 +315,7 @@ void PageLayout::EndTable()
         --_tableDepth;
 }
 
-// What a cell leaves open ends with it.
+// Closes all elements that the cell left open.
 void PageLayout::EndCell()
 {
     const Table& table = _tables[_tableDepth - 1];
@@ -385,26 +376,26 @@ void PageLayout::StartLink(std::wstring_view attributes)
     _linkStart = _writer.Length();
 }
 
-// A target that the text shows already, one in the same page and a script aren't written, nor is one without a text.
+// Writes no target if the link has no text or its text equals the target, nor targets in the same page and scripts.
 void PageLayout::EndLink()
 {
     if (!_target)
         return;
-    String target = UnescapeHtml(Trimmed(*_target), true);
+    String target = UnescapeHtml(TrimHtmlSpace(*_target), true);
     _target.reset();
     for (const wchar_t removed : {L'\t', L'\n', L'\r'})
         target.Replace(removed, L'\0');
-    const std::wstring_view text = Trimmed(_writer.Written().substr(_linkStart));
+    const std::wstring_view text = TrimHtmlSpace(_writer.Written().substr(_linkStart));
     const std::wstring_view view = target.View();
-    if (text.empty() || view.empty() || view[0] == L'#' || EqualsWithoutCase(view.substr(0, 11), L"javascript:") ||
-        EqualsWithoutCase(text, view))
+    if (text.empty() || view.empty() || view[0] == L'#' || EqualsHtmlName(view.substr(0, 11), L"javascript:") ||
+        EqualsHtmlName(text, view))
         return;
     _writer.AppendToWord(L" [");
     _writer.AppendToWord(view);
     _writer.AppendToWord(L"]");
 }
 
-// The text that stands for an element without content.
+// Writes an attribute as the replacement text of an element without content.
 void PageLayout::WriteAttribute(std::wstring_view attributes, std::wstring_view name)
 {
     const auto value = FindHtmlAttribute(attributes, name);

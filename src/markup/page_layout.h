@@ -1,4 +1,4 @@
-// Lays the tokens of a page out as plain text: what each element means for lines, lists, tables and links.
+// Lays out the tokens of a page as plain text: implements the effect of each element on lines, lists, tables and links.
 #pragma once
 
 #include "markup/html_tokenizer.h"
@@ -24,7 +24,7 @@ public:
     String Take();
 
 private:
-    // Nesting beyond these depths is laid out like the deepest level that is kept.
+    // Deeper levels share the state of the deepest level that is stored.
     static constexpr std::size_t kMaxListDepth = 64;
     static constexpr std::size_t kMaxTableDepth = 32;
     static constexpr std::size_t kMaxIndentation = 32;
@@ -39,9 +39,9 @@ private:
     };
     struct Table
     {
-        bool hasCell;         // in this row
+        bool hasCell;         // the current row has an open cell
         std::size_t rowStart; // length of the text before the row
-        // As they were outside; what is left open in a cell ends with it.
+        // Counts outside the table, restored at the end of each cell.
         std::size_t lists;
         std::size_t preformatted;
     };
@@ -71,13 +71,13 @@ private:
 
     PageWriter _writer;
     const bool _showsLinks;
-    std::size_t _templates = 0;    // open ones, whose content is hidden
-    std::size_t _preformatted = 0; // open ones
-    bool _skipsLineFeed = false;   // directly behind <pre>
+    std::size_t _templates = 0;    // number of open templates, whose content is hidden
+    std::size_t _preformatted = 0; // number of open pre elements
+    bool _skipsLineFeed = false;   // set directly after <pre>
 
     std::array<List, kMaxListDepth> _lists;
     std::size_t _listDepth = 0;
-    std::size_t _surplusLists = 0; // open ones beyond the array
+    std::size_t _surplusLists = 0; // number of open lists beyond the array
     std::size_t _indentation = 0;
     std::array<Table, kMaxTableDepth> _tables;
     std::size_t _tableDepth = 0;

@@ -1,4 +1,4 @@
-// The text of an HTML page as its reader sees it.
+// Converts HTML pages to the text that a reader sees.
 #pragma once
 
 #include "core/text/string.h"
@@ -8,8 +8,8 @@
 namespace qx
 {
 
-// Lines end with line feeds. With `showsLinks` the text of a link is followed by its target in brackets. Time is linear
-// in the length of the page; nesting of any depth takes no more memory.
+// Lines are separated by line feeds. With `showsLinks` the text of a link is followed by its target in brackets. Runs
+// in linear time; the depth of nesting does not affect the memory it needs.
 String PageText(std::wstring_view html, bool showsLinks);
 
 } // namespace qx

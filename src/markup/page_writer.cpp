@@ -1,6 +1,6 @@
 #include "markup/page_writer.h"
 
-#include "markup/html_attributes.h"
+#include "markup/html_characters.h"
 #include "markup/html_references.h"
 
 #include <algorithm>
@@ -13,7 +13,7 @@ namespace
 {
 
 // What ends a run of ordinary characters in folded text.
-constexpr auto kIsSpecial = []
+constexpr auto kEndsRun = []
 {
     std::array<bool, 64> special{};
     for (wchar_t c = 0; c < special.size(); ++c)
@@ -21,9 +21,9 @@ constexpr auto kIsSpecial = []
     return special;
 }();
 
-constexpr bool IsSpecial(wchar_t c)
+constexpr bool EndsRun(wchar_t c)
 {
-    return c < kIsSpecial.size() && kIsSpecial[c];
+    return c < kEndsRun.size() && kEndsRun[c];
 }
 
 } // namespace
@@ -43,7 +43,7 @@ void PageWriter::FoldedText(std::wstring_view html, bool inAttribute)
     while (in != end)
     {
         const wchar_t* const start = in;
-        while (in != end && !IsSpecial(*in))
+        while (in != end && !EndsRun(*in))
             ++in;
         if (in != start)
             Word({start, static_cast<std::size_t>(in - start)});
@@ -74,11 +74,11 @@ void PageWriter::Verbatim(std::wstring_view html, bool resolveReferences)
     for (std::size_t at = 0; at < html.size();)
     {
         const std::wstring_view rest = html.substr(at);
-        const auto isSpecial = [=](wchar_t c)
+        const auto endsLine = [=](wchar_t c)
         {
             return c == L'\n' || c == L'\r' || (c == L'&' && resolveReferences);
         };
-        const auto plain = static_cast<std::size_t>(std::find_if(rest.begin(), rest.end(), isSpecial) - rest.begin());
+        const auto plain = static_cast<std::size_t>(std::find_if(rest.begin(), rest.end(), endsLine) - rest.begin());
         if (plain != 0)
         {
             BeginText(false);

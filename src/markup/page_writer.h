@@ -1,4 +1,4 @@
-// The plain text of a page as it grows: white space, line breaks, indentation and tabs take effect once text follows.
+// Builds the plain text of a page. White space, line breaks, indentation and tabs are written only once text follows.
 #pragma once
 
 #include "core/text/string.h"
@@ -13,53 +13,53 @@ namespace qx
 class PageWriter
 {
 public:
-    // `expected` is the likely length of the result, which may grow beyond it.
+    // `expected` is an estimate of the length of the result.
     explicit PageWriter(std::size_t expected);
 
-    // Text as it is written in HTML: white space is folded, references are resolved.
+    // Appends HTML text: folds white space and resolves references.
     void Text(std::wstring_view html) { FoldedText(html, false); }
     void AttributeText(std::wstring_view html) { FoldedText(html, true); }
 
-    // Text whose white space and lines stay as they are.
+    // Appends text with its white space and line breaks.
     void Verbatim(std::wstring_view html, bool resolveReferences);
 
-    // Separates what was written from the text that follows by a blank.
+    // Separates the next text from the previous one by a blank.
     void Space() { _space = true; }
 
-    // Ends the line; each call is one line end.
+    // Ends the line. Further calls add blank lines.
     void BreakLine();
 
-    // What follows begins a line: behind 1 line end, or 2 for a blank line, but no more than are due already.
+    // Makes the next text begin a line, after at least `count` line ends: 2 for a blank line.
     void RequireBreaks(std::size_t count);
 
-    // The columns by which lines are indented from now on.
+    // Sets the indentation of the lines that follow, in columns.
     void Indent(std::size_t columns) { _indentation = columns; }
 
-    // The text that follows begins with a marker, which starts at this column, and stays in its line.
+    // Puts a marker, which starts at `column`, before the next text, and keeps that text in the same line.
     void Mark(std::size_t column, const ListMarker& marker);
 
-    // Writes a marker to which no text belongs.
+    // Writes the marker if no text followed it.
     void EndMarkedText();
 
-    // What follows stays in this line although blocks begin: the start of a table's cell.
+    // Ignores line breaks until text follows: a block at the start of a cell begins no line.
     void KeepLine();
 
-    // Begins a further cell of a row, whose text begins at `rowStart`.
+    // Begins another cell. `rowStart` is the length of the text before the row.
     void Tab(std::size_t rowStart);
 
-    // Ends a cell: line breaks that are due are dropped if the row has text.
+    // Ends a cell. Drops pending line breaks if the row has text.
     void EndCell(std::size_t rowStart);
 
     // Ends the last cell of a row.
     void EndRow(std::size_t rowStart);
 
-    // Writes to the end of the last word, whatever is due for the next one.
+    // Appends text directly to the last word, before anything that is pending.
     void AppendToWord(std::wstring_view text);
 
     std::wstring_view Written() const { return {_text, _length}; }
     std::size_t Length() const { return _length; }
 
-    // Ends the writing.
+    // Moves the result out; the writer cannot be used afterwards.
     String Take();
 
 private:
@@ -77,7 +77,7 @@ private:
     wchar_t* _text; // the buffer of the result
     std::size_t _length = 0;
 
-    // What is due before the next text.
+    // Pending output, written before the next text.
     std::size_t _breaks = 0;
     std::size_t _tabs = 0;
     bool _lineBegins = true;

@@ -24,12 +24,12 @@ constexpr const wchar_t* kWebServers[] = {L"aspnet_wp", L"iisexpress", L"w3wp"};
 constexpr const wchar_t* kWebServerPrefix = L"WebDev.WebServer";
 constexpr std::size_t kWebServerPrefixLength = 16;
 
-// S-1-5-4, the group of those who logged on to work with the machine, as a SID is laid out in memory.
+// The SID S-1-5-4 as laid out in memory: the group of users who are logged on interactively.
 constexpr unsigned char kInteractiveGroup[] = {1, 1, 0, 0, 0, 0, 0, 5, 4, 0, 0, 0};
 
 struct Known
 {
-    clsCriticalSection lock; // of what follows
+    clsCriticalSection lock; // guards the members below
     std::optional<EnvironmentType> type;
     std::optional<bool> interaction;
 };
@@ -47,20 +47,20 @@ bool IsSame(const wchar_t* a, const wchar_t* b)
 
 String UserName()
 {
-    wchar_t name[257] = {}; // the longest name and its end
+    wchar_t name[257] = {}; // the longest name and its terminator
     DWORD size = static_cast<DWORD>(std::size(name));
     return GetUserNameW(name, &size) ? String(name) : String();
 }
 
 bool IsInteractiveGroup(const SID_AND_ATTRIBUTES& group)
 {
-    // The second byte tells how long the rest is.
+    // The second byte determines the length of the rest, so compare it before reading on.
     const auto* const sid = static_cast<const unsigned char*>(group.Sid);
     return sid != nullptr && sid[0] == kInteractiveGroup[0] && sid[1] == kInteractiveGroup[1] &&
            std::memcmp(sid, kInteractiveGroup, sizeof kInteractiveGroup) == 0;
 }
 
-// The groups of the process's token; empty if it can't be read.
+// Returns the groups of the process token, or an empty vector if they can't be read.
 std::vector<std::byte> ReadGroups()
 {
     auto& advAPI = AdvAPI32();
@@ -77,7 +77,7 @@ std::vector<std::byte> ReadGroups()
     return isRead ? groups : std::vector<std::byte>();
 }
 
-// Who has settings of his own works with the machine.
+// Returns true if the user has settings, which indicates an interactive user.
 bool HasUserSettings()
 {
     const HKEY root = UtilGetUserRootKey(true);
@@ -156,7 +156,7 @@ EnvironmentType EnvironmentTypeOfNames(const wchar_t* userName, const wchar_t* p
     return IsSame(userName, L"system") ? EnvironmentType::Service : EnvironmentType::Unknown;
 }
 
-// A service has the service's group or neither of the two.
+// A service's token contains either the service group or neither group.
 EnvironmentType EnvironmentTypeOfGroups(const TOKEN_GROUPS& groups)
 {
     return std::any_of(groups.Groups, groups.Groups + groups.GroupCount, IsInteractiveGroup)

@@ -1,4 +1,4 @@
-// What kind of session the process runs in, and whether someone is there to answer a question.
+// Determines the kind of session that the process runs in, and whether a user is present to answer questions.
 #pragma once
 
 #include <windows.h>
@@ -16,17 +16,19 @@ enum class EnvironmentType : std::int32_t
     WebServer = 4
 };
 
-// What the names of the user and of the process (upper case, without extension) tell; unknown if they tell nothing.
+// Determines the type from the names of the user and of the process (upper case, without extension). Returns Unknown if
+// the names don't determine it.
 EnvironmentType EnvironmentTypeOfNames(const wchar_t* userName, const wchar_t* processBaseName);
 
-// What a token's groups, a TOKEN_GROUPS, tell: interactive if the interactive group is among them.
+// Determines the type from the groups of a token: Interactive if the interactive group is among them, otherwise
+// Service.
 EnvironmentType EnvironmentTypeOfGroups(const TOKEN_GROUPS& groups);
 
-// Both are found out once.
+// Both results are determined once and cached.
 EnvironmentType GetOSEnvironmentType();
 bool GetUIInteractionAllowed();
 
-// Makes the next calls find out again. For tests.
+// Makes the next calls determine the results again. For tests.
 void ForgetEnvironment();
 
 } // namespace qx

@@ -19,7 +19,7 @@ struct Entry
     std::uint8_t code;
 };
 
-// Whatever the sublanguage is.
+// Applies to all sublanguages that are not in the table below.
 constexpr Entry kByPrimary[] = {{1, 2}, {2, 6}, {3, 8}, {5, 11}, {6, 12}, {7, 0}, {8, 19}, {10, 37}, {11, 17}, {12, 18},
     {13, 20}, {14, 21}, {15, 22}, {16, 24}, {17, 25}, {18, 26}, {19, 13}, {20, 29}, {21, 30}, {22, 31}, {24, 32},
     {25, 33}, {26, 10}, {27, 34}, {28, 4}, {29, 38}, {30, 39}, {31, 40}, {33, 23}, {34, 41}, {35, 7}, {36, 35},
@@ -32,10 +32,10 @@ struct SpecialEntry
     std::uint8_t code;
 };
 
-// Looked at first.
+// Takes precedence over the table above.
 constexpr SpecialEntry kBySublanguage[] = {{4, 2, 9}, {4, 1, 48}, {10, 9, 130}, {22, 1, 129}, {26, 3, 36}, {26, 2, 42}};
 
-// 0 if nothing was chosen.
+// Returns the language code chosen by the user, or 0 if there is none.
 std::int32_t ReadChoice()
 {
     const HKEY root = UtilGetUserRootKey(true);

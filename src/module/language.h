@@ -1,4 +1,4 @@
-// The language in which the library's callers speak to the user, as a code of their own.
+// The language in which the library's callers address the user, as a code of their own numbering.
 #pragma once
 
 #include <windows.h>
@@ -8,13 +8,13 @@
 namespace qx
 {
 
-// The code of a language of the system; 1 for those that have none.
+// Returns the code for a language of the system, or 1 if it has none.
 std::int32_t LanguageCode(LANGID language);
 
-// The code that the user chose, or else that of the user interface's language.
+// Returns the code that the user chose, or else the code of the user interface language.
 std::int32_t GetLanguage();
 
-// Stores the user's choice; 0 takes it back. 0, or the error of the registry.
+// Stores the user's choice; 0 removes it. Returns 0 or a registry error code.
 std::int32_t SetLanguage(std::int32_t code);
 
 } // namespace qx

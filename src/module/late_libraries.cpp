@@ -5,7 +5,7 @@ namespace qx
 namespace
 {
 
-// A function's own static object, so that whoever asks first, be it another static object, finds it made.
+// A static object inside a function, so that it is constructed even if another static object uses it first.
 template <class Library>
 Library& TheOne()
 {

@@ -1,8 +1,8 @@
-// The libraries that are bound late, each with the functions that are used of it. A function without a signature here
-// gets one with the code that calls it.
+// The late-bound libraries and the functions that are used from each. Functions that nothing calls yet have no
+// signature; add one with the first caller.
 //
-// The members have a "p_" in front of the function's name, which Resolve takes off: many of the names are macros of the
-// system's headers, and whether one is seen as a macro would depend on what else was included.
+// The members have the prefix "p_", which Resolve removes. Many of the function names are macros in the system's
+// headers, so without the prefix the result would depend on which headers are included.
 #pragma once
 
 #include "module/late_load.h"
@@ -133,7 +133,7 @@ public:
     LateProcedure p_CredUIConfirmCredentials{*this, L"p_CredUIConfirmCredentials", 8};
 };
 
-// Functions of this library's own kind, as another copy of it offers them.
+// Functions of another copy of this library.
 class clsTrlmUTILBase : public CSiblingLibrary
 {
 public:
@@ -149,7 +149,7 @@ class clsTrlmUTIL : public clsTrlmUTILBase
 {
 };
 
-// The control library: the progress dialog and paths of its own.
+// The control library: the progress dialog and path translation.
 class clsTrlmCTLBase : public CSiblingLibrary
 {
 public:
@@ -169,11 +169,11 @@ public:
 class clsTrlmCTL : public clsTrlmCTLBase
 {
 public:
-    // Once it is loaded, its version is that of the sibling libraries for the whole module.
+    // Also stores the version of the loaded library as the sibling version of the whole module.
     bool Load() override;
 };
 
-// A control library that is in the process already, whatever its name: it is never loaded from here, nor unloaded.
+// A control library that is already loaded, whatever its name. This object neither loads nor unloads it.
 class clsCTL : public CLateLoadBase
 {
 public:
@@ -184,7 +184,7 @@ public:
     LateProcedure p_CtlXlatPath{*this, L"p_CtlXlatPath"};
 };
 
-// Nothing of these is called here; they stand ready for the users of the same frame.
+// Libraries from which nothing is called yet.
 class clsGDI32 : public CLateLoadBase
 {
 public:
@@ -243,7 +243,8 @@ public:
     clsIEFrame() : CLateLoadBase(L"IEFrame") {}
 };
 
-// One object for each library, made at its first use and kept as long as the module.
+// Each function returns the single object for its library, which is created at first use and lives as long as the
+// module.
 clsKernel32& Kernel32();
 clsAdvAPI32& AdvAPI32();
 clsNTdll& NTdll();

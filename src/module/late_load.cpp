@@ -20,15 +20,16 @@ namespace qx
 namespace
 {
 
-// Off unless a debugger or a test sets it: on most systems some of the libraries are missing, and that is no news.
+// Off unless a debugger or a test turns it on, because on most systems some of the libraries are missing as expected.
 std::atomic<bool> lateLoadLog = false;
 
-// Stands for a load that failed although the system gave no error.
+// The error of a load that failed although the system reported no error.
 constexpr DWORD kUnknownLoadError = 0x20000000;
 
-// Restores the DLL folder of the process at the end of its scope. Without one that is the empty folder, which keeps the
-// current folder out of the search: it can't be told whether the process had that before, and it is the safer one. One
-// at a time: two that restore in the wrong order would leave the library's folder set.
+// Sets the DLL folder of the process and restores it at the end of the scope. If the process had none, the empty folder
+// is restored, which removes the current folder from the search. The system doesn't distinguish the two cases, and the
+// empty folder is safer. Only one object exists at a time, because two that restore in the wrong order would leave the
+// library's folder set.
 class DllFolder
 {
 public:
@@ -46,7 +47,7 @@ public:
     {
         if (!_changed)
             return;
-        const DWORD error = GetLastError(); // of the load, which is asked for afterwards
+        const DWORD error = GetLastError(); // the error of the load, which the caller queries afterwards
         Kernel32().p_SetDllDirectory(_before);
         SetLastError(error);
     }
@@ -80,7 +81,7 @@ bool LateProcedure::Resolve()
 {
     std::atomic<LateState> state = LateState::Unasked;
     const FARPROC address = _library.Resolve(_name, state, _argumentBytes);
-    // The address first: who sees the state as valid may call it.
+    // Store the address first: a thread that sees the state Valid may call it.
     _address.store(address, std::memory_order_release);
     _state.store(state, std::memory_order_release);
     return address != nullptr;
@@ -133,13 +134,13 @@ bool CLateLoadBase::FinishLoad(HMODULE module, DWORD error)
 
 HMODULE CLateLoadBase::LoadFromOwnFolder(const wchar_t* fileName)
 {
-    // Not the directory of LibraryPaths, whose upper case not every system takes for the same.
+    // Don't use LibraryPaths().directory, because its upper-case form is a different folder on case-sensitive systems.
     const String path = ModulePath(LibraryHandle());
     const DllFolder folder(path.Left(path.Length() - FileNameOf(path.View()).size()));
     return LoadLibraryW(fileName);
 }
 
-// The maker's own modules are told by the first two letters of their names.
+// Modules of this product family are recognised by the first two letters of their names.
 bool CLateLoadBase::IsOwnModule() const
 {
     return _wcsnicmp(_moduleName, L"TR", 2) == 0;
@@ -185,7 +186,7 @@ FARPROC CLateLoadBase::FindByAnyName(const wchar_t* name, int argumentBytes) con
     names[1] = String(name) + L"W";
     names[2].Format(L"_%s@%d", name, argumentBytes);
     names[3].Format(L"_%s%c@%d", name, L'W', argumentBytes);
-    // The shell has functions whose plain name takes 8-bit text.
+    // In the shell, some functions have a plain name for the 8-bit version.
     if (_wcsicmp(_moduleName, L"shell32") == 0)
         std::swap(names[0], names[1]);
     for (const String& candidate : names)

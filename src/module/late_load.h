@@ -1,4 +1,4 @@
-// Libraries that are bound while the program runs, so that one that is missing, or too old, is a normal absence.
+// Libraries that are bound at run time, so that a missing or outdated library is not an error.
 #pragma once
 
 #include "core/critical_section.h"
@@ -14,17 +14,17 @@ namespace qx
 
 class CLateLoadBase;
 
-// What is known of a late-bound function.
+// The state of a late-bound function.
 enum class LateState : std::uint32_t
 {
-    Unasked = 0, // nobody asked, or its library isn't there
-    Missing = 1, // the library is loaded but has no such function
+    Unasked = 0, // not resolved yet, or the library isn't available
+    Missing = 1, // the library is loaded but lacks the function
     Valid = 2    // the address may be called
 };
 
-// One function of a late-bound library: its address and its state, found at the first question.
+// A function of a late-bound library: its address and state, resolved at first use.
 //
-// `argumentBytes` is what the arguments take on the stack in the decorated names of older systems.
+// `argumentBytes` is the size of the arguments on the stack, which is part of the decorated names on older systems.
 class LateProcedure
 {
 public:
@@ -37,7 +37,7 @@ public:
     LateProcedure(const LateProcedure&) = delete;
     LateProcedure& operator=(const LateProcedure&) = delete;
 
-    // Resolves the function if that has not been done. Once the answer is known this takes no lock.
+    // Returns true if the function is available, resolving it if necessary. Takes no lock once the result is known.
     bool IsThere()
     {
         return _address.load(std::memory_order_acquire) != nullptr || (_state != LateState::Missing && Resolve());
@@ -56,7 +56,7 @@ private:
     std::atomic<FARPROC> _address = nullptr;
 };
 
-// The same with a signature. Call it only after IsThere gave true.
+// A late-bound function with a signature. Call it only after IsThere returned true.
 template <class Signature>
 class LateFunction;
 
@@ -72,32 +72,33 @@ public:
     }
 };
 
-// A library by name. A derived class has a member for each function that is used.
+// A late-bound library. Derived classes have a member for each function that they use.
 //
-// Other modules' code is compiled against the order of the virtual operations (Load, Log, destructor) and of the
+// Code of other modules is compiled against the order of the virtual functions (Load, Log, destructor) and of the
 // fields.
 class CLateLoadBase
 {
 public:
-    // `skippedCharacters` are taken off the front of function names before they are looked for.
+    // `skippedCharacters` is the number of characters to remove from the start of function names before the look-up.
     explicit CLateLoadBase(const wchar_t* moduleName, std::size_t skippedCharacters = 0);
     CLateLoadBase(const CLateLoadBase&) = delete;
     CLateLoadBase& operator=(const CLateLoadBase&) = delete;
 
-    // Loads the library; a failure is kept as the last load error, and then Resolve does not try again.
+    // Loads the library. A failure is stored as the last load error, and Resolve doesn't try again.
     virtual bool Load();
 
-    // To the debug output, while SetLateLoadLog is on.
+    // Writes to the debug output if SetLateLoadLog is on.
     virtual void Log(const wchar_t* format, ...);
 
-    // Unloads the library unless that was switched off.
+    // Unloads the library unless SetFreeOnDestruction(false) was called.
     virtual ~CLateLoadBase();
 
-    // Sets the name if there is none yet; whether the library is loaded, `load` trying that first.
+    // Sets the module name if there is none yet. Returns true if the library is loaded; with `load`, tries to load it
+    // first.
     bool EnsureLoaded(const wchar_t* name, bool load);
 
-    // The address of a function, or null. A "p_" in front of the name goes; then the name itself, the name with "W" and
-    // the decorated forms of both are tried.
+    // Returns the address of a function, or null. Removes a leading "p_", then tries the name, the name with "W"
+    // appended, and the decorated forms of both.
     FARPROC Resolve(const wchar_t* functionName, std::atomic<LateState>& state, int argumentBytes);
 
     HMODULE Module() const { return _module; }
@@ -105,13 +106,13 @@ public:
     void SetFreeOnDestruction(bool free) { _freeOnDestruction = free; }
 
 protected:
-    // Searches the library's own folder instead of the one that is set as DLL folder.
+    // Loads a library with the library's own folder as the DLL folder.
     static HMODULE LoadFromOwnFolder(const wchar_t* fileName);
 
-    // Cuts a name that is too long.
+    // Truncates a name that is too long.
     void SetModuleName(const wchar_t* name);
 
-    // Ends a Load with a module, or with the last error of the attempt.
+    // Stores the result of a load attempt: the module, or the error.
     bool FinishLoad(HMODULE module, DWORD error);
 
     HMODULE _module = nullptr;
@@ -127,10 +128,10 @@ private:
     FARPROC FindByAnyName(const wchar_t* name, int argumentBytes) const;
 };
 
-// Two libraries came with later systems only.
+// Returns true for the two libraries that only later systems have, if the system is older.
 bool IsExpectedToBeMissing(const wchar_t* moduleName, unsigned short systemVersion, unsigned short systemGeneration);
 
-// Whether the loaders write to the debug output; off at the start.
+// Turns messages of the loaders to the debug output on or off. Initially off.
 void SetLateLoadLog(bool on);
 
 } // namespace qx

@@ -26,7 +26,7 @@ bool DecideForMapStringEx()
 
 int MapInvariantString(unsigned flags, const wchar_t* source, int sourceLength, wchar_t* target, int targetLength)
 {
-    // LCMapStringEx maps by the invariant rules, LCMapStringW by the rules of some language.
+    // LCMapStringEx uses the invariant rules, whereas LCMapStringW uses the rules of some language.
     static const bool useEx = SystemVersion() >= kWindowsVista && DecideForMapStringEx();
     if (!useEx)
         return LCMapStringW(LOCALE_INVARIANT, flags, source, sourceLength, target, targetLength);

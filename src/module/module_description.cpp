@@ -19,7 +19,7 @@ namespace qx
 namespace
 {
 
-// Modules of this maker show when they were linked if they tell no build.
+// Modules of this company show their link time if they specify no build.
 constexpr const wchar_t* kOwnCompany = L"trelmo ";
 constexpr int kOwnCompanyLength = 7;
 
@@ -62,13 +62,13 @@ void WriteToOutput(const String& line)
     std::fputs(line.NarrowText(), stdout);
 }
 
-// The walk through the version resources of one module, by the system.
+// Enumerates the version resources of a module through the system.
 class VersionWalk
 {
 public:
     explicit VersionWalk(HMODULE module) : _module(module) {}
 
-    // The description by the last block that the system tells of.
+    // Returns the description from the last block that the system enumerates.
     String Run()
     {
         if (!EnumResourceTypesW(_module, OnType, reinterpret_cast<LONG_PTR>(this)))
@@ -110,12 +110,12 @@ private:
         std::uint16_t told = 0;
         if (!bytes || size < sizeof told)
             return;
-        // Who reads the block goes by the length that it tells of itself.
+        // Readers of the block rely on the length in its first word.
         std::memcpy(&told, bytes, sizeof told);
         if (told > size)
             return;
-        // A copy: the block in the module can't be written, which some systems do when they look for a text. Twice the
-        // size, as for the blocks of files.
+        // Make a copy, because some systems write to the block when they look for a text and the one in the module is
+        // read-only. It has twice the size, like the blocks that are read from files.
         std::vector<std::byte> block(2 * size);
         std::copy_n(bytes, size, block.begin());
         _text = DescribeVersionBlock(_module, block.data());

@@ -1,4 +1,4 @@
-// The one text by which logs and reports name a module: its file, its version and its build.
+// The description of a module in logs and reports: file name, version and build.
 #pragma once
 
 #include "core/text/string.h"
@@ -10,13 +10,14 @@
 namespace qx
 {
 
-// Of a module by its version block. Empty if the block names no version.
+// Returns the description of a module from its version block, or an empty text if the block contains no version.
 String DescribeVersionBlock(HMODULE module, const void* block);
 
-// Empty for null. A module without a version gets a text that says so.
+// Returns the description of a module, or an empty text for null. If the module has no version information, the
+// description says so.
 String GetModuleDescription(HMODULE module);
 
-// Of a module of this name that is loaded, or else of the file: a zero-terminated text.
+// Returns the description of the loaded module with this name, or else of the file, as zero-terminated text.
 std::unique_ptr<wchar_t[]> GetNamedModuleDescription(const wchar_t* fileName);
 
 } // namespace qx

@@ -21,13 +21,13 @@ namespace qx
 namespace
 {
 
-// The application manifest among the library's resources.
+// The resource number of the library's application manifest.
 constexpr WORD kManifestResource = 2;
 
 std::atomic<HANDLE> activationContext = INVALID_HANDLE_VALUE;
 std::atomic<_invalid_parameter_handler> formerHandler = nullptr;
 
-// No step may keep the process from loading the library.
+// Runs a step and catches all exceptions, because a failing step must not keep the process from loading the library.
 template <class Work>
 void Step(Work work) noexcept
 {
@@ -41,7 +41,7 @@ void Step(Work work) noexcept
     }
 }
 
-// The runtime library would end the process otherwise. Its release form gives no texts.
+// Replaces the runtime library's handler, which would end the process. The release runtime passes no texts.
 void LogInvalidParameter(
     const wchar_t* expression, const wchar_t* function, const wchar_t* file, unsigned line, std::uintptr_t)
 {
@@ -55,8 +55,8 @@ void LogInvalidParameter(
         });
 }
 
-// The runtime library may be one that the process has for all: it must not call into this one once that is unloaded. A
-// handler that somebody set meanwhile stays.
+// The runtime library may be shared by the whole process and must not call into this library once it is unloaded. A
+// handler that another module has set since then is kept.
 void GiveHandlerBack()
 {
     const _invalid_parameter_handler former = formerHandler.exchange(nullptr);
@@ -65,7 +65,7 @@ void GiveHandlerBack()
         _set_invalid_parameter_handler(present);
 }
 
-// Asked for while no other thread is here yet, so that nobody who reads them later has to wait.
+// Queries these values while there is only one thread, so that later readers never wait for each other.
 void AskModuleValues()
 {
     AskDefaultCodePage();
@@ -109,7 +109,7 @@ void ReleaseActivationContext()
         ReleaseActCtx(context);
 }
 
-// Parts of the diagnostics find the program by these names.
+// Parts of the diagnostics find the program's module by these names.
 void CheckModuleNames()
 {
     if (GetModuleHandleW(ProcessPaths().path) == nullptr)

@@ -1,4 +1,4 @@
-// The library's own beginning and end within the process that loads it.
+// Initialisation and cleanup of the library when a process loads and unloads it.
 #pragma once
 
 #include <windows.h>
@@ -6,24 +6,23 @@
 namespace qx
 {
 
-// What the subsystems above have to do at the beginning and the end, each at its place in the order. A null step is
-// left out.
+// The steps of the subsystems in higher layers. Null steps are skipped.
 struct ModuleSteps
 {
-    void (*startChannels)() = nullptr; // of the debug output
-    void (*reportHandles)() = nullptr; // that were never closed
+    void (*startChannels)() = nullptr; // starts the debug output
+    void (*reportHandles)() = nullptr; // reports handles that were never closed
     void (*closeChannels)() = nullptr;
 };
 
-// To be called once the static objects are made. Never fails: what can't be had is logged at most, and a step that goes
-// wrong doesn't keep the next ones from being done.
+// Called after the static objects are constructed. Never fails: a failing step is at most logged, and the next steps
+// still run.
 void AttachModule(HMODULE library, const ModuleSteps& steps) noexcept;
 
-// To be called before the static objects go, those excepted that functions made for themselves only after the attach:
-// the steps must not need them. Does nothing where nothing was attached.
+// Called before the static objects are destroyed. Static objects that functions created after the attach are already
+// gone, so the steps must not use them. Does nothing if AttachModule wasn't called.
 void DetachModule(const ModuleSteps& steps) noexcept;
 
-// Whether the library goes with its process, by whose end all other threads are gone already.
+// True if the library is unloaded because the process ends. All other threads have been terminated by then.
 bool IsProcessEnding();
 void SetProcessEnding();
 

@@ -9,23 +9,24 @@ namespace qx
 namespace
 {
 
-// Where the values stand in an image of the published format "Portable Executable": in the file's first header, ...
+// Offsets in an image in the Portable Executable format: in the DOS header,
 constexpr std::size_t kPlaceOfNewHeader = 0x3C;
-// ... from the signature of the second one on, ...
+// from the PE signature,
 constexpr std::size_t kSectionCount = 6;
 constexpr std::size_t kLinkTime = 8;
 constexpr std::size_t kOptionalHeaderSize = 20;
 constexpr std::size_t kOptionalHeader = 24;
-// ... from the optional header on (in its 64-bit and in its 32-bit form), ...
+// from the optional header (in its 64-bit and its 32-bit form),
 constexpr std::size_t kImageSize = 56;
 constexpr std::size_t kResourceEntry64 = 112 + 2 * 8;
 constexpr std::size_t kResourceEntry32 = 96 + 2 * 8;
 constexpr std::uint16_t kMagic64 = 0x20B;
-// ... and in the entry of a section.
+// and in a section header.
 constexpr std::size_t kSectionSize = 40;
 constexpr std::size_t kSectionAddress = 12;
 
-// The headers of an image that is loaded begin in its first page; those that go further are left to the system.
+// The headers of a loaded image start in its first page. If they extend beyond it, this file doesn't read them; the
+// system does.
 constexpr std::size_t kFirstPage = 0x1000;
 
 struct ResourceDirectory
@@ -40,7 +41,7 @@ struct ResourceDirectory
 struct ResourceEntry
 {
     std::uint32_t name;
-    std::uint32_t place; // from the start of all resources on
+    std::uint32_t place; // offset from the start of the resources
 
     bool IsDirectory() const { return (place & kDirectoryFlag) != 0; }
     std::uint32_t Place() const { return place & ~kDirectoryFlag; }
@@ -87,7 +88,8 @@ public:
         return time;
     }
 
-    // Where all resources begin; 0 if there are none. A section of their own counts more than the directory's entry.
+    // Returns the offset of the resources, or 0 if there are none. A ".rsrc" section takes precedence over the
+    // directory entry.
     std::uint32_t Resources() const
     {
         std::uint16_t magic = 0;
@@ -116,10 +118,10 @@ public:
 private:
     const std::byte* _begin;
     std::size_t _header = 0;
-    std::size_t _size = kFirstPage; // until the image tells its own
+    std::size_t _size = kFirstPage; // until the image's own size is read
 };
 
-// A directory of the three levels of resources.
+// A directory of the three-level resource tree.
 class Directory
 {
 public:
@@ -141,7 +143,7 @@ public:
         return _image.Read(_entries + index * sizeof entry, entry) ? std::optional(entry) : std::nullopt;
     }
 
-    // The directory behind an entry by number; those by name stand in front of them.
+    // Returns the subdirectory of a numbered entry. Named entries precede the numbered ones.
     std::optional<Directory> Below(std::uint32_t number) const
     {
         for (unsigned i = _head.namedEntries; i < Count(); ++i)
@@ -165,7 +167,7 @@ private:
 constexpr std::uint32_t kVersionType = 16;
 constexpr std::uint32_t kVersionNumber = 1;
 
-// The directory of the version block's languages.
+// Returns the directory of the version block's languages.
 std::optional<Directory> Languages(const ModuleImage& image, std::uint32_t resources)
 {
     const auto names = Directory(image, resources, 0).Below(kVersionType);
@@ -184,10 +186,10 @@ const void* FindVersionBlock(HMODULE module)
     {
         const auto entry = languages->Entry(i);
         ResourceData data;
-        std::uint16_t told = 0; // the block's length by its own word, by which its readers go
+        std::uint16_t told = 0; // the length in the block's first word, on which its readers rely
         if (entry && !entry->IsDirectory() && image.Read(resources + std::size_t{entry->Place()}, data) &&
             image.At(data) != nullptr && image.Read(data.address, told) && told <= data.size)
-            block = image.At(data); // the last language stands
+            block = image.At(data); // the last language wins
     }
     return block;
 }

@@ -1,4 +1,5 @@
-// What a loaded module tells of itself in its memory, without the system being asked: so also where it must not be.
+// Reads information from the memory of a loaded module without calling the system, so it can be used where system calls
+// aren't allowed.
 #pragma once
 
 #include <windows.h>
@@ -8,10 +9,10 @@
 namespace qx
 {
 
-// The version block; null if there is none, or if the module's image has another form than that of Windows.
+// Returns the version block, or null if there is none or if the image isn't in the Portable Executable format.
 const void* FindVersionBlock(HMODULE module);
 
-// When the module was linked, in seconds since 1970; 0 if it doesn't tell, as on other systems than Windows.
+// Returns the link time in seconds since 1970, or 0 if it is unknown, as it is on systems other than Windows.
 std::uint32_t LinkTimeOf(HMODULE module);
 
 } // namespace qx

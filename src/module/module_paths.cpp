@@ -24,7 +24,7 @@ ModulePaths AskPaths(HMODULE module)
 {
     wchar_t buffer[MAX_PATH + 1] = {};
     const DWORD length = GetModuleFileNameW(module, buffer, MAX_PATH);
-    const std::wstring_view path(buffer, wcsnlen(buffer, length)); // one that was cut ends before its length
+    const std::wstring_view path(buffer, wcsnlen(buffer, length)); // a truncated path ends before `length`
     const std::wstring_view file = FileNameOf(path);
     return {UpperCase(path), UpperCase(file), UpperCase(file.substr(0, file.rfind(L'.'))),
         UpperCase(path.substr(0, path.size() - file.size()))};
@@ -39,7 +39,7 @@ String ModulePath(HMODULE module)
     {
         String path;
         const DWORD length = GetModuleFileNameW(module, path.GetBuffer(size), size);
-        // What doesn't fit is cut to the buffer.
+        // The system truncates a path that doesn't fit.
         if (length < size || size >= kLongest)
         {
             path.ReleaseBuffer(std::min(length, size - 1));

@@ -1,4 +1,4 @@
-// Where the process and the library come from.
+// The paths of the process and of the library.
 #pragma once
 
 #include "core/text/string.h"
@@ -10,22 +10,22 @@
 namespace qx
 {
 
-// All in upper case; the path is cut at 260 characters.
+// All members are in upper case. Paths are truncated to 260 characters.
 struct ModulePaths
 {
     String path;
     String file;      // name with extension
     String baseName;  // name without extension
-    String directory; // with the drive, and the separator at its end
+    String directory; // with drive and trailing separator
 };
 
-// The path of a module's file, however long; empty if there is no such module.
+// Returns the path of a module's file, however long, or an empty text if there is no such module.
 String ModulePath(HMODULE module);
 
-// What stands behind the last separator.
+// Returns the part of a path after the last separator.
 std::wstring_view FileNameOf(std::wstring_view path);
 
-// Both are asked for once.
+// Both are determined once and cached.
 const ModulePaths& ProcessPaths();
 const ModulePaths& LibraryPaths();
 

@@ -7,7 +7,7 @@ namespace qx
 namespace
 {
 
-// The only version that this library works with.
+// The only sibling version that this library works with.
 constexpr int kFittingVersion = 23;
 
 std::atomic<int> siblingVersion = kFittingVersion;
@@ -17,7 +17,7 @@ String FileNameOf(const wchar_t* filePart, int version)
     return String(String::kFormatted, L"%s%s%02d.dll", L"qx", filePart, version);
 }
 
-// The copy that the process has already, with one more reference.
+// Returns the already loaded library with an additional reference, or null if it isn't loaded.
 HMODULE LoadPresent(const wchar_t* fileName)
 {
     return GetModuleHandleW(fileName) ? LoadLibraryW(fileName) : nullptr;

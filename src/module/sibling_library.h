@@ -1,4 +1,4 @@
-// Libraries of the same maker, which bear their version in their file names.
+// Libraries of the same product family, whose file names contain their version.
 #pragma once
 
 #include "module/late_load.h"
@@ -6,25 +6,25 @@
 namespace qx
 {
 
-// The version of the sibling libraries that the module works with.
+// The version of the sibling libraries used by this module.
 int SiblingVersion();
 void SetSiblingVersion(int version);
 
 class CSiblingLibrary : public CLateLoadBase
 {
 public:
-    // `filePart` stands between the prefix and the version in the name of the file.
+    // `filePart` is the part of the file name between the prefix and the version.
     CSiblingLibrary(const wchar_t* moduleName, const wchar_t* filePart);
 
-    // Looks for a version that fits this library.
+    // Loads the version that matches this library.
     bool Load() override;
 
-    // The version that was loaded; 0 before.
+    // Returns the version that was loaded, or 0 if none was.
     int FoundVersion() const { return _foundVersion; }
 
 protected:
-    // Looks for the versions from `highest` down to `lowest`: first for one that the process has already, then where
-    // the system looks, then in the library's own folder. Once one is loaded, the module has no name any more.
+    // Tries the versions from `highest` down to `lowest`: first libraries that are already loaded, then the system's
+    // search path, then the library's own folder. After success, the module name is empty.
     bool LoadVersioned(const wchar_t* filePart, int highest, int lowest, int& found);
 
 private:

@@ -9,7 +9,7 @@ namespace qx
 namespace
 {
 
-// The number of the system's build as its own settings tell it, or 0.
+// Returns the build number from the system's settings, or 0.
 DWORD ReadBuildNumber()
 {
     wchar_t text[16] = {};
@@ -24,8 +24,8 @@ DWORD ReadBuildNumber()
     return status == ERROR_SUCCESS ? static_cast<DWORD>(wcstoul(text, nullptr, 10)) : 0;
 }
 
-// The system's version record. Where the system refuses it, it is put together from the plain version number and the
-// system's settings.
+// Returns the system's version record. If the system call fails, the record is composed of the plain version number and
+// the system's settings.
 OSVERSIONINFOW ReadSystemRecord()
 {
     OSVERSIONINFOW record{};

@@ -1,4 +1,4 @@
-// What the library knows of the system beside its plain version.
+// Facts about the system beyond its plain version.
 #pragma once
 
 #include <windows.h>
@@ -6,11 +6,11 @@
 namespace qx
 {
 
-// The version from the system's record, in the form of SystemVersion: it tells later systems apart where the plain
-// number stands still.
+// Returns the version from the system's version record, in the form of SystemVersion. It distinguishes later systems,
+// for which the plain version number no longer changes.
 unsigned short GetSystemGeneration();
 
-// The session of this process where the user works from afar, else 0.
+// Returns the session id of this process in a remote session, otherwise 0.
 DWORD SessionId();
 
 } // namespace qx

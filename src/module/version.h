@@ -1,4 +1,4 @@
-// The library's version, for the compiler and for the resource compiler, which knows macros only.
+// The library's version, as macros because the resource compiler supports nothing else.
 #pragma once
 
 #define QX_VERSION_MAJOR 23

@@ -10,7 +10,7 @@ namespace qx
 namespace
 {
 
-// Room for the path of a text, its end included.
+// Maximum length of the path of a text, including its terminator.
 constexpr std::size_t kLongestPath = 81;
 
 struct Translation
@@ -19,7 +19,7 @@ struct Translation
     WORD codePage;
 };
 
-// What stands in a block in front of its value.
+// The header of each block, which precedes its value.
 struct BlockHead
 {
     WORD length;
@@ -36,7 +36,7 @@ const Value* Query(const void* block, const wchar_t* path, UINT& length)
     return VerQueryValueW(block, path, &value, &length) ? static_cast<const Value*>(value) : nullptr;
 }
 
-// Whether so many bytes of the block begin at an address.
+// Returns true if `size` bytes at `address` are within the block.
 bool IsInBlock(const void* block, const void* address, std::size_t size)
 {
     const auto* const begin = static_cast<const std::byte*>(block);
@@ -45,7 +45,7 @@ bool IsInBlock(const void* block, const void* address, std::size_t size)
     return at >= begin && at <= end && size <= static_cast<std::size_t>(end - at);
 }
 
-// The key of the first block of texts; empty if it doesn't begin like the number of a language.
+// Returns the key of the first block of texts, or an empty text if the key doesn't start like a language number.
 String FirstLanguage(const void* block)
 {
     UINT length = 0;
@@ -78,7 +78,7 @@ std::vector<std::byte> ReadBlockOfFile(const wchar_t* path)
     const DWORD size = GetFileVersionInfoSizeW(path, &ignored);
     if (size == 0 || size > 0x7FFFFFFF)
         return {};
-    // The second half is room that the system takes for texts that it converts.
+    // The second half is working space that the system needs when it converts texts.
     std::vector<std::byte> block(std::size_t{size} * 2);
     return GetFileVersionInfoW(path, 0, size * 2, block.data()) ? block : std::vector<std::byte>();
 }

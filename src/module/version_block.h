@@ -1,4 +1,4 @@
-// The texts of version blocks.
+// Reads the texts of version blocks.
 #pragma once
 
 #include "core/text/string.h"
@@ -6,26 +6,26 @@
 namespace qx
 {
 
-// The texts of one block in its first language.
+// The texts of a version block in its first language.
 class clsVersionTexts
 {
 public:
-    // The block stays the caller's.
+    // The caller keeps ownership of the block, which must outlive this object.
     explicit clsVersionTexts(const void* block);
 
-    // The text of a key; empty if it isn't there.
+    // Returns the text of a key, or an empty text if the key is missing.
     String Get(const wchar_t* key) const;
 
 private:
     const void* _block;
-    String _path; // of the texts; empty if there are none
+    String _path; // path of the texts; empty if there are none
 };
 
-// One text of the version block of a file, which need not be loaded; empty for every failure.
+// Returns a text from the version block of a file, which need not be loaded. Returns an empty text on any failure.
 String GetFileVersionValue(const wchar_t* path, const wchar_t* key);
 
-// The file's version, and behind a blank its build if it tells one. The file's description goes to `description` unless
-// that is null.
+// Returns the file version, followed by a space and the build if the file specifies one. Stores the file's description
+// in `description` unless that is null.
 String GetFileVersionText(const wchar_t* path, String* description = nullptr);
 
 } // namespace qx

@@ -14,8 +14,8 @@ clsProfArena::~clsProfArena()
     }
 }
 
-// What is left of the old chunk is less than one block and stays unused. Chunks grow with the job, so that a small job
-// takes little and a large one asks rarely.
+// Any space left in the old chunk is smaller than the requested block and stays unused. Chunk sizes grow with the job:
+// small jobs use little memory and large jobs allocate rarely.
 void clsProfArena::StartChunk()
 {
     std::unique_ptr<std::byte[]> chunk(new std::byte[_chunkSize]);

@@ -1,4 +1,4 @@
-// The memory of one job's tree.
+// The memory allocator of a job's tree.
 #pragma once
 
 #include <cstddef>
@@ -9,10 +9,10 @@
 namespace qx
 {
 
-// A tree has very many small records (items, lists, texts) that mostly live as long as their job: they are cut from
-// chunks one behind the other, in the order of loading, and go with the chunks in one step when the job dies, without a
-// visit to any of them. What is given back before that is kept by size and handed out again for the same size, so that
-// a job whose values change for ever doesn't grow.
+// An arena for the many small records of a tree (items, lists, texts), most of which live as long as their job. Records
+// are cut from chunks in allocation order. When the job is destroyed, the chunks are freed without visiting the
+// records. Records released earlier go to a free list for their size and are reused, so a job whose values keep
+// changing doesn't grow.
 class clsProfArena
 {
 public:
@@ -21,17 +21,17 @@ public:
     clsProfArena& operator=(const clsProfArena&) = delete;
     ~clsProfArena();
 
-    // Aligned to 8 bytes; throws std::bad_alloc.
+    // Returns memory aligned to 8 bytes. Throws std::bad_alloc.
     void* Allocate(std::size_t bytes);
-    // `bytes` is what was asked for.
+    // `bytes` must be the size passed to Allocate.
     void Release(void* block, std::size_t bytes) noexcept;
 
-    // Keeps a source image, whose lines are texts of the tree from now on, until the arena dies.
+    // Takes ownership of a source image until the arena is destroyed, because texts of the tree point into it.
     void Adopt(std::unique_ptr<wchar_t[]> image) { _images.push_back(std::move(image)); }
 
 private:
     static constexpr std::size_t kUnit = 8;
-    static constexpr std::size_t kSmallUnits = 128; // up to 1 KB is cut from chunks, the rest are blocks of their own
+    static constexpr std::size_t kSmallUnits = 128; // larger blocks, above 1 KB, are allocated one by one
     static constexpr std::size_t kFirstChunk = 4096;
     static constexpr std::size_t kLargestChunk = std::size_t{1} << 20;
 

@@ -1,5 +1,5 @@
-// A profile on its way through the clipboard: a block of a format of its own with the image of a file and a zero byte
-// behind it. It passes through a temporary file both ways.
+// Copies profiles to and from the clipboard. They have a clipboard format of their own: the image of a profile file
+// followed by a zero byte. Both directions use a temporary file.
 #include "prof/clipboard.h"
 
 #include "files/global_lock.h"
@@ -22,10 +22,10 @@ namespace
 {
 
 constexpr wchar_t kTempPrefix[] = L"Prf";
-// For programs that show text, so that they have a sign of what is there.
+// Shown by programs that can only paste text.
 constexpr std::string_view kNotice = "PROF data available";
 
-// Asked for at first use: the number stays the same, and a process that copies nothing needs no clipboard.
+// Registered at first use. The number never changes, and processes that don't use the clipboard never register it.
 UINT ProfileFormat()
 {
     static const UINT format = RegisterClipboardFormatW(L"QvxProfCBFormat");
@@ -50,7 +50,7 @@ private:
     bool _isOpen;
 };
 
-// A block for the clipboard, with a zero byte behind the room that it has.
+// A new memory block for the clipboard. A zero byte follows the requested size.
 class clsNewBlock
 {
 public:
@@ -59,7 +59,7 @@ public:
     bool IsThere() const { return _lock.IsLocked(); }
     void* Bytes() const { return _lock.Get(); }
 
-    // Unlocks the block, which belongs to the clipboard from then on if that takes it.
+    // Unlocks the block and passes it to the clipboard, which owns it if the call succeeds.
     bool HandOver(UINT format)
     {
         const HGLOBAL block = _lock.Release();
@@ -73,7 +73,7 @@ private:
     clsGlobalLock _lock;
 };
 
-// What else is on the clipboard stays there.
+// Leaves other formats on the clipboard untouched.
 ProfError CopyToClipboard(HWND window, clsFile& image)
 {
     const clsOpenClipboard clipboard(window);

@@ -1,10 +1,10 @@
-// What a profile on the clipboard is.
+// Profiles on the clipboard.
 #pragma once
 
 namespace qx
 {
 
-// Whether the clipboard holds a profile now. It need not be open.
+// Returns true if the clipboard currently holds a profile. The clipboard need not be open.
 bool IsProfileOnClipboard();
 
 } // namespace qx

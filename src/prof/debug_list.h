@@ -1,4 +1,4 @@
-// A tree in the debug output.
+// Writes a tree to the debug output.
 #pragma once
 
 namespace qx
@@ -6,7 +6,7 @@ namespace qx
 
 class clsItemList;
 
-// A line for the list, and below it, one level deeper, one for each of its entries.
+// Writes a line for the list, followed by a line for each of its entries, indented by one level.
 void WriteDebugList(const clsItemList& list);
 
 } // namespace qx

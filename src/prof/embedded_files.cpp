@@ -43,8 +43,8 @@ bool IsReadable(clsFile& source, std::int64_t position)
     return isRead;
 }
 
-// Goes by way of memory: the target's own writes aren't watched while a text is unpacked, and one that is full is no
-// success.
+// Unpacks into memory first, because unpacking doesn't check the target's writes and would report success even on a
+// full disk.
 bool Unpack(std::wstring_view text, const String& key, clsFile& target)
 {
     clsFileRWTempStream unpacked(NewMemoryStream());
@@ -56,7 +56,7 @@ bool Unpack(std::wstring_view text, const String& key, clsFile& target)
     return isWhole;
 }
 
-// The name of a file alone, of one that isn't a device's.
+// Returns true for a plain file name that isn't a device name.
 bool IsPlainName(const String& name)
 {
     return name.View().find_first_of(L"/\\:") == std::wstring_view::npos && name != L"." && name != L".." &&
@@ -77,7 +77,7 @@ bool EndsWithSeparator(const String& folder)
     return view.ends_with(L'\\') || view.ends_with(L'/');
 }
 
-// `folder` ends with a separator.
+// `folder` must end with a separator.
 bool ExtractEntry(clsItemList& entry, const String& folder, const String& key)
 {
     const clsItem* const nameLeaf = entry.FindLeaf(kName);
@@ -139,7 +139,7 @@ ProfError UnpackLeafByPath(clsItemList& start, const wchar_t* path, const String
 std::int32_t AppendFiles(clsItemList& list, const String& pattern, const String& key)
 {
     std::int32_t count = 0;
-    // However long it is.
+    // May be longer than MAX_PATH.
     const std::wstring_view directory = pattern.View().substr(0, pattern.View().find_last_of(L"/\\:") + 1);
     const String folder(directory);
     for (FileFinder finder(pattern, false); finder.Next();)
@@ -174,7 +174,7 @@ std::int32_t ExtractFiles(const clsItemList& list, const String& folder, const S
     std::int32_t count = 0;
     for (clsItemList* entry : entries)
     {
-        // Each time, since something may have taken it away meanwhile.
+        // Checked for each entry, because another process may have deleted the folder in the meantime.
         if (!MakeFolder(folder))
         {
             DebugLine(L"problem creating directory '%s'", folder.Text());

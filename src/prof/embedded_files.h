@@ -1,5 +1,5 @@
-// Files and streams inside a profile: a leaf holds one as packed text, and a set of files is a row of lists, each with
-// the name and the contents of one.
+// Files and streams stored in a profile. A leaf holds the contents as packed text. A set of files is a sequence of
+// lists, one for each file, with its name and contents.
 #pragma once
 
 #include "core/text/string.h"
@@ -13,22 +13,23 @@ namespace qx
 
 class clsFile;
 
-// The packed text of what a source holds from its position on. Empty for nothing, for a source that can't be read, and
-// for 4 GB and more, which packed text can't hold.
+// Returns the contents of `source` from its current position on as packed text. Returns an empty text if nothing is
+// left, if the source can't be read, or if 4 GB or more are left, which exceeds the limit of packed text.
 String PackRest(clsFile& source, const String& key);
 
-// Makes the unpacked text of the first leaf of the path the whole content of the target, and rewinds it.
+// Unpacks the first leaf of the path, replaces the contents of `target` with the result, and rewinds `target`.
 ProfError UnpackLeafByPath(clsItemList& start, const wchar_t* path, const String& key, clsFile& target);
 
-// Appends an entry for each file that fits the pattern; gives the count of these, empty and unreadable ones included.
+// Appends an entry for each file that matches the pattern. Returns the number of matching files, including empty and
+// unreadable files, for which no entry is made.
 std::int32_t AppendFiles(clsItemList& list, const String& pattern, const String& key);
 
-// Writes the files of the list's entries to the folder, which is made if there are entries and it is missing. Gives the
-// count of files, or kProfWriteFailed without a folder.
+// Extracts the files of the list's entries into `folder`, creating it if necessary; without entries no folder is
+// created. Returns the number of extracted files, or kProfWriteFailed if the folder can't be created.
 //
-// The names come from the profile, which may come from anywhere, so one that would lead out of the folder is refused:
-// any with a separator or a colon (other folders, drives, streams of other files), a device's in whatever case, and one
-// at which a link stands.
+// The profile may come from an untrusted source. Names that could lead out of the folder are therefore refused: names
+// with a separator or colon (other folders, drives, alternate streams), device names in upper or lower case, and names
+// of existing links.
 std::int32_t ExtractFiles(const clsItemList& list, const String& folder, const String& key);
 
 } // namespace qx

@@ -1,4 +1,4 @@
-// The lock that keeps the processes apart that read and write one profile.
+// The lock between processes that read and write the same profile.
 #pragma once
 
 #include "files/file.h"
@@ -8,7 +8,7 @@
 namespace qx
 {
 
-// Holds the first byte of a file, which stands for all of it while a profile is read or written.
+// Locks the first byte of a file while a profile is read or written. By convention this byte represents the whole file.
 class clsFileGuard
 {
 public:

@@ -1,4 +1,4 @@
-// The white space in front of a line of a saved profile, which shows the depth to a reader's eye.
+// The indentation of the lines of a saved profile, which shows the nesting to human readers.
 #pragma once
 
 #include <algorithm>
@@ -9,8 +9,8 @@
 namespace qx
 {
 
-// A tab for each four levels and a blank for each one left. Readers skip it, so where it would have more than 255
-// characters it stays at that: the text of a tree of any depth then grows with the tree and not with its square.
+// One tab for every four levels and one blank for each remaining level, at most 255 characters. Parsers skip the
+// indentation. The limit keeps the size of a deeply nested profile linear instead of quadratic.
 template <class Char>
 class clsIndent
 {

@@ -25,15 +25,28 @@ clsItemList* clsItemList::FindList(std::wstring_view name)
 
 void clsItemList::AppendItem(clsItem& item)
 {
+    Node* const last = LastNode();
     AppendNode(&item._node);
     _index.Add(_job.Arena(), item);
+    if (!_links.IsBuilt())
+        return;
+    // Without the index, the links can't be kept up.
+    const void* const first = _index.IsBuilt() ? _index.FindTarget(scItemKey(item)) : nullptr;
+    if (first == nullptr)
+    {
+        _links.Drop(_job.Arena());
+        return;
+    }
+    _links.Add(_job.Arena(), TargetOf(item), last != nullptr ? last : &item._node, first);
+    if (_links.IsBuilt())
+        _links.LinkOf(TargetOf(*item._node.next->value)).before = &item._node;
 }
 
 void clsItemList::AppendAllOf(clsItemList& other)
 {
     Node* node = nullptr;
     Node* const last = other.AbandonNodes();
-    other._index.Drop(_job.Arena());
+    other.ForgetIndex();
     for (Node* next = last != nullptr ? last->next : nullptr; node != last;)
     {
         node = next;
@@ -44,23 +57,74 @@ void clsItemList::AppendAllOf(clsItemList& other)
 
 void clsItemList::RemoveAll()
 {
-    _index.Drop(_job.Arena());
+    ForgetIndex();
     Clear();
 }
 
 void clsItemList::RemoveAll(std::wstring_view name, ItemKind kind)
 {
     const scItemKey key(name, kind);
-    if (_index.IsBuilt() && !_index.Has(key))
+    const void* first = nullptr;
+    if (FindAll(key, first))
+    {
+        _index.Remove(key);
+        if (first != nullptr)
+            RemoveLinked(first);
         return;
-    if (RemoveIf([&](const clsItem* item) { return key.Matches(*item); }) != 0)
-        ForgetIndex();
+    }
+    const std::size_t visited = Count();
+    _index.Remove(key);
+    RemoveIf([&](const clsItem* item) { return key.Matches(*item); });
+    NoteWalk(visited);
 }
 
 void clsItemList::RemoveItem(clsItem& item)
 {
     if (Remove(&item))
         ForgetIndex();
+}
+
+// Finds all items of a key without a walk: returns true and the first target of their ring, or null if there is no
+// such item. Returns false if the list must be walked.
+bool clsItemList::FindAll(const scItemKey& key, const void*& first)
+{
+    if (!_index.IsBuilt())
+        return false;
+    first = _index.FindTarget(key);
+    if (first == nullptr)
+        return true;
+    if (!_links.IsBuilt() && Count() > kShortList && _walked >= Count())
+        BuildLinks();
+    return _links.IsBuilt();
+}
+
+void clsItemList::BuildLinks()
+{
+    clsProfArena& arena = _job.Arena();
+    _walked = 0;
+    _links.Start(arena, Count());
+    Node* before = LastNode();
+    for (clsItem* item : *this)
+    {
+        if (_links.IsBuilt())
+            _links.Add(arena, TargetOf(*item), before, _index.FindTarget(scItemKey(*item)));
+        before = &item->_node;
+    }
+}
+
+void clsItemList::RemoveLinked(const void* first)
+{
+    const void* target = first;
+    do
+    {
+        const clsListLinks::Link link = _links.LinkOf(target);
+        _links.Remove(target);
+        Node* const node = Unlink(link.before);
+        if (!IsEmpty())
+            _links.LinkOf(TargetOf(*link.before->next->value)).before = link.before;
+        ReleaseNode(node);
+        target = link.next;
+    } while (target != first);
 }
 
 void clsItemList::ReleaseNode(Node* node) noexcept
@@ -70,7 +134,7 @@ void clsItemList::ReleaseNode(Node* node) noexcept
 
 clsItem* clsItemList::Walk(const scItemKey& key)
 {
-    std::uint32_t visited = 0;
+    std::size_t visited = 0;
     clsItem* found = nullptr;
     for (clsItem* item : *this)
     {
@@ -85,12 +149,14 @@ clsItem* clsItemList::Walk(const scItemKey& key)
     return found;
 }
 
-void clsItemList::NoteWalk(std::uint32_t visited)
+// Builds the index once walks have visited as many items as that takes. With an index, the walks are removals, and the
+// next one builds the links.
+void clsItemList::NoteWalk(std::size_t visited)
 {
     if (Count() <= kShortList || _index.IsRefused())
         return;
     _walked += visited;
-    if (_walked < Count())
+    if (_index.IsBuilt() || _walked < Count())
         return;
 
     _walked = 0;
@@ -102,6 +168,7 @@ void clsItemList::NoteWalk(std::uint32_t visited)
 void clsItemList::ForgetIndex() noexcept
 {
     _index.Drop(_job.Arena());
+    _links.Drop(_job.Arena());
     _walked = 0;
 }
 

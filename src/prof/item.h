@@ -1,8 +1,9 @@
-// The tree of a job: items and the lists that hold them.
+// The tree of a job: items and lists of items.
 #pragma once
 
 #include "containers/slist.h"
 #include "prof/list_index.h"
+#include "prof/list_links.h"
 #include "prof/text_record.h"
 
 #include <cstddef>
@@ -15,8 +16,8 @@ namespace qx
 class clsItemList;
 class clsProfJob;
 
-// One node of the tree: a leaf with a value, or the entry of a list. A list entry and a leaf of one list may have the
-// same name. Items live in the arena of their job, which makes and releases them.
+// One node of the tree: a leaf with a value, or the entry of a list in its parent. A list may contain a leaf and a list
+// entry of the same name. Items are allocated in the arena of their job, which also releases them.
 class clsItem
 {
 public:
@@ -25,10 +26,10 @@ public:
     clsItem& operator=(const clsItem&) = delete;
 
     const scProfText& Name() const { return *_name; }
-    // A list entry has the empty value.
+    // Returns an empty text for a list entry.
     const wchar_t* ValueText() const { return IsLeaf() ? _value : L""; }
     std::wstring_view Value() const { return {ValueText(), _valueLength}; }
-    // The list that the item is the entry of, null for a leaf.
+    // Returns the list that this item is the entry of, or null for a leaf.
     clsItemList* List() const { return IsLeaf() ? nullptr : _list; }
     ItemKind Kind() const { return IsLeaf() ? ItemKind::Leaf : ItemKind::List; }
 
@@ -45,12 +46,13 @@ private:
         _valueRoom = kListEntry;
     }
 
-    // Kept small: most of what a tree takes are its items.
-    WCSListNode<clsItem*> _node{nullptr, this}; // its place in the ring of the list that holds it
+    // Kept small, because items take up most of a tree's memory.
+    WCSListNode<clsItem*> _node{nullptr, this}; // links the item into its list
     const scProfText* _name;
-    // The value is zero-terminated and lies in one of three places: the job's value table or the source image, where it
-    // stays as long as the job, or (with room, counted with the terminator) in a block that is the item's own. The
-    // entry of a list has that in its place.
+    // The value of a leaf is zero-terminated and is stored in one of three places. If `_valueRoom` is 0, it is in the
+    // job's value table or in the source image, both of which live as long as the job. Otherwise it is in a block owned
+    // by the item; `_valueRoom` is the block's size in characters, including the terminator. A list entry stores its
+    // list here instead.
     union
     {
         const wchar_t* _value = L"";
@@ -62,9 +64,9 @@ private:
 
 static_assert(sizeof(clsItem) == 40);
 
-// The items of one list in the order of their making; names may repeat. Its items bring their own nodes, so that a walk
-// touches one record an item. Small lists are walked; a list that has been walked for longer than an index takes to
-// build gets one.
+// The items of a list, in insertion order. Names may repeat. The list nodes are embedded in the items, so that
+// iteration touches one record for each item. Short lists are searched linearly. A longer list gets an index once its
+// searches have visited as many items as building the index takes.
 class clsItemList : public WCValSList<clsItem*>
 {
 public:
@@ -73,21 +75,26 @@ public:
     }
     clsItemList(const clsItemList&) = delete;
     clsItemList& operator=(const clsItemList&) = delete;
-    // The nodes belong to the job's arena, which goes in one piece; lists that go earlier are emptied by the job.
+    // The nodes belong to the job's arena and are freed with it. If a list is destroyed earlier, the job empties it
+    // first.
     ~clsItemList() override { AbandonNodes(); }
 
     const scProfText& Name() const { return *_name; }
     clsProfJob& Job() const { return _job; }
-    // The enclosing list, null for the root.
+    // Returns the enclosing list, or null for the root.
     clsItemList* Parent() const { return _parent; }
 
-    // The first leaf or list entry of a name, or null.
+    // Return the first leaf or list with the given name, or null.
     clsItem* FindLeaf(std::wstring_view name);
     clsItemList* FindList(std::wstring_view name);
 
-    // Takes an item that is in no list yet as its last one.
+    // Calls visitor(clsItemList&) for each list with the given name, in any order.
+    template <class Visitor>
+    void ForEachList(std::wstring_view name, Visitor visitor);
+
+    // Appends an item that isn't in any list.
     void AppendItem(clsItem& item);
-    // Takes all items of another list of the same job, which is left empty.
+    // Moves all items of another list of the same job to the end of this list.
     void AppendAllOf(clsItemList& other);
 
     void RemoveAll();
@@ -95,7 +102,7 @@ public:
     void RemoveItem(clsItem& item);
 
 protected:
-    // Slot order of the virtual operations: destructor, ReleaseNode, AreEqual (pointers).
+    // Vtable order: destructor, ReleaseNode, AreEqual (pointers).
     void ReleaseNode(Node* node) noexcept override;
 
 private:
@@ -103,15 +110,49 @@ private:
 
     static constexpr std::size_t kShortList = 8;
 
+    static const void* TargetOf(const clsItem& item)
+    {
+        return item.List() != nullptr ? static_cast<const void*>(item.List()) : &item;
+    }
+
     clsItem* Walk(const scItemKey& key);
-    void NoteWalk(std::uint32_t visited);
+    void NoteWalk(std::size_t visited);
+    bool FindAll(const scItemKey& key, const void*& first);
+    void BuildLinks();
+    void RemoveLinked(const void* first);
     void ForgetIndex() noexcept;
 
     clsProfJob& _job;
     clsItemList* _parent;
     const scProfText* _name;
     clsListIndex _index;
-    std::uint32_t _walked = 0; // items visited by walks since the list last had an index
+    clsListLinks _links;       // only while the index is built
+    std::size_t _walked = 0; // items visited by searches since the index, or else the list, was last rebuilt
 };
+
+template <class Visitor>
+void clsItemList::ForEachList(std::wstring_view name, Visitor visitor)
+{
+    const scItemKey key(name, ItemKind::List);
+    const void* first = nullptr;
+    if (FindAll(key, first))
+    {
+        const void* target = first;
+        while (target != nullptr)
+        {
+            visitor(*static_cast<clsItemList*>(const_cast<void*>(target)));
+            target = _links.LinkOf(target).next;
+            if (target == first)
+                return;
+        }
+        return;
+    }
+    for (clsItem* item : *this)
+    {
+        if (key.Matches(*item))
+            visitor(*item->List());
+    }
+    NoteWalk(Count());
+}
 
 } // namespace qx

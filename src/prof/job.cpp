@@ -20,7 +20,7 @@ namespace qx
 namespace
 {
 
-// Reading the switch makes its key, so that whoever wants to set it finds the place.
+// Reading the switch creates its registry key, so that users can find where to set it.
 bool ReadCacheSwitch()
 {
     const String key = String(L"software\\trelmo\\trlmut\\") + ProcessBaseName();
@@ -30,7 +30,7 @@ bool ReadCacheSwitch()
     return isEnabled;
 }
 
-// Lengths are results of calls, so they have to fit 31 bits.
+// Lengths are returned by exported functions, so they must fit 31 bits.
 void CheckLength(std::wstring_view text)
 {
     if (text.size() > String::kAll)
@@ -54,15 +54,19 @@ void clsProfJob::Release()
         delete this;
 }
 
-const scProfText& clsProfJob::InternName(std::wstring_view name)
+const scProfText* clsProfJob::SharedName(std::wstring_view name)
 {
     CheckLength(name);
-    const std::uint64_t hash = TextHash(name);
-    const scProfText* shared = _isCacheEnabled ? _names.Intern(name, hash) : nullptr;
-    return shared != nullptr ? *shared : *NewProfText(_arena, name, hash, false);
+    return _isCacheEnabled ? _names.Intern(name, TextHash(name)) : nullptr;
 }
 
-// The value as the table has it, or null if it is none that is kept there.
+const scProfText& clsProfJob::InternName(std::wstring_view name)
+{
+    const scProfText* shared = SharedName(name);
+    return shared != nullptr ? *shared : *NewProfText(_arena, name, TextHash(name), false);
+}
+
+// Returns the shared text of the value, or null if such values aren't shared.
 const scProfText* clsProfJob::InternValue(std::wstring_view value)
 {
     return _isCacheEnabled && IsInternedValue(value) ? _values.Intern(value, TextHash(value)) : nullptr;
@@ -72,6 +76,13 @@ clsItem& clsProfJob::NewItem(std::wstring_view name)
 {
     const scProfText& text = InternName(name);
     return *::new (_arena.Allocate(sizeof(clsItem))) clsItem(text);
+}
+
+clsItem& clsProfJob::NewLeaf(const scProfText& sharedName, std::wstring_view value)
+{
+    clsItem& item = *::new (_arena.Allocate(sizeof(clsItem))) clsItem(sharedName);
+    SetValue(item, value);
+    return item;
 }
 
 clsItem& clsProfJob::NewLeaf(std::wstring_view name, std::wstring_view value)
@@ -101,8 +112,8 @@ clsItem& clsProfJob::NewList(clsItemList& parent, std::wstring_view name)
     return item;
 }
 
-// Without recursion, since lists may be nested as deeply as a file likes: the ring of a list joins the chain of what is
-// still to be released.
+// Not recursive, because a file may nest lists to any depth. The items of a list are inserted at the front of the chain
+// of items still to be released.
 void clsProfJob::ReleaseItem(clsItem& first) noexcept
 {
     WCSListNode<clsItem*>* pending = &first._node;
@@ -113,7 +124,7 @@ void clsProfJob::ReleaseItem(clsItem& first) noexcept
         pending = pending->next;
         if (clsItemList* list = item.List())
         {
-            list->_index.Drop(_arena);
+            list->ForgetIndex();
             if (WCSListNode<clsItem*>* last = list->AbandonNodes())
                 pending = std::exchange(last->next, pending);
             list->~clsItemList();
@@ -136,7 +147,7 @@ void clsProfJob::ReleaseValue(clsItem& item) noexcept
     item._valueRoom = 0;
 }
 
-// The new value may be part of the old one, which a callback of an enumeration has in its hands.
+// `value` may point into the old value, for example if it comes from the callback of an enumeration.
 void clsProfJob::SetValue(clsItem& leaf, std::wstring_view value)
 {
     CheckLength(value);
@@ -173,7 +184,7 @@ void clsProfJob::CopyItems(clsItemList& target, const clsItemList& source)
         WCValConstSListIter<clsItem*> next;
         clsItemList* target;
     };
-    // The copy grows beside the tree and joins it when it is whole.
+    // Build the copy outside the tree and insert it when it is complete.
     clsItemList copy(*this, nullptr, target.Name());
     std::vector<Level> levels{{source.begin(), &copy}};
     try

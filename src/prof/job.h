@@ -1,4 +1,4 @@
-// One open profile.
+// An open profile.
 #pragma once
 
 #include "core/text/string.h"
@@ -19,7 +19,7 @@ struct IStream;
 namespace qx
 {
 
-// The codes of the whole family, as callers get them.
+// Error codes of all profile functions, as returned to callers.
 enum ProfError : std::int32_t
 {
     kProfOk = 0,
@@ -34,14 +34,14 @@ enum ProfError : std::int32_t
     kProfLocked = -10
 };
 
-// The low four bits of the flags of a save, and what stands above them.
+// The form of a saved profile: the low four bits of the flags of a save. The higher bits are the kProfSave... flags.
 enum class ProfForm : unsigned
 {
     Text = 0,
     Xml = 1,
     Xfdf = 2
 };
-constexpr unsigned kProfFormMask = 0x0F; // any other value in it is that of XML
+constexpr unsigned kProfFormMask = 0x0F; // values other than those of ProfForm select XML
 constexpr unsigned kProfSavePacked = 0x40;
 constexpr unsigned kProfSavePackedAsLoaded = 0x80;
 
@@ -60,18 +60,18 @@ constexpr ProfForm FormOf(unsigned flags)
 
 enum class ProfMode
 {
-    Read = 0, // the source is closed when it's loaded
-    Hold = 1  // the source stays open as long as the job
+    Read = 0, // the source is closed after loading
+    Hold = 1  // the source stays open as long as the job exists
 };
 
 class clsProfOutput;
 
-// The tree with its memory, and the tie to a file. One job is for one thread at a time; only the reference count may be
-// changed from several. No virtual operations.
+// An open profile: the tree, its memory and the connection to a file. A job may be used by one thread at a time; only
+// the reference count is thread-safe. No virtual functions.
 class clsProfJob
 {
 public:
-    // Starts with one reference. The root of a stream object has that object's name and level.
+    // The new job has one reference. The root of a stream object has the name and level of that object.
     explicit clsProfJob(ProfMode mode, std::wstring_view rootName = L"/", std::uint32_t objectLevel = 0);
     clsProfJob(const clsProfJob&) = delete;
     clsProfJob& operator=(const clsProfJob&) = delete;
@@ -79,22 +79,22 @@ public:
     void AddRef() { _references.fetch_add(1, std::memory_order_relaxed); }
     void Release();
 
-    // --- The file side ---
+    // --- Files ---
 
-    // Opens and loads the named file. Whatever fails is left as the job's error.
+    // Opens and loads the named file. A failure is reported by Error().
     void Open(const wchar_t* name);
-    // Attaches and loads a stream, which the job holds from then on, also when loading fails: from its beginning, or
-    // for a stream object from where it stands.
+    // Attaches a stream and loads it from its beginning, or, for a stream object, from its current position. The job
+    // holds the stream afterwards, even if loading fails.
     void OpenStream(IStream* stream);
-    // Loads what the clipboard holds. `window` opens it.
+    // Loads the profile on the clipboard. `window` is the window that opens the clipboard.
     void OpenFromClipboard(HWND window);
-    // Reads an open file or stream into the tree; true when parsing ran to its end.
+    // Reads an open file or stream into the tree. Returns true if the source was parsed to its end.
     bool Load(clsFile& file) { return LoadLayer(file, 0); }
-    // Writes the tree to the named file, or with null to the job's own.
+    // Writes the tree to the named file, or to the job's own file if `name` is null.
     ProfError Save(const wchar_t* name, unsigned flags);
-    // Writes the tree to a stream, or with null to the held file, from its beginning.
+    // Writes the tree to the beginning of a stream, or of the held file if `stream` is null.
     ProfError Serialise(IStream* stream, unsigned flags);
-    // Adds the tree to what the clipboard holds, never packed.
+    // Adds the tree to the clipboard, keeping its other formats. Never packed.
     ProfError SaveToClipboard(HWND window, unsigned flags) const;
 
     ProfError Error() const { return _error; }
@@ -106,20 +106,25 @@ public:
     clsItemList& Root() { return _root; }
     const clsItemList& Root() const { return _root; }
 
-    // Makes an item that is in no list yet.
+    // Creates a leaf that isn't in any list yet.
     clsItem& NewLeaf(std::wstring_view name, std::wstring_view value);
-    // A leaf whose value stays where it is, zero-terminated, as long as the job (an adopted source image).
+    // Returns the interned name, or null if each item needs a name of its own.
+    const scProfText* SharedName(std::wstring_view name);
+    // Creates a leaf with a name from SharedName. This doesn't take longer if the name is long.
+    clsItem& NewLeaf(const scProfText& sharedName, std::wstring_view value);
+    // The same, but the value isn't copied. It must be zero-terminated and live as long as the job, as an adopted
+    // source image does.
     clsItem& NewLeafInImage(std::wstring_view name, const wchar_t* value, std::size_t length);
-    // The list below `parent` isn't in it yet either, so that it can be filled before it is seen. Its name loses a
-    // leading '[' and with it its last character, whatever that is.
+    // Creates a list for `parent` without inserting it, so that it can be filled before it becomes visible. If the name
+    // begins with '[', its first and last characters are removed.
     clsItem& NewList(clsItemList& parent, std::wstring_view name);
-    // Gives up an item that is in no list, with all that is below it.
+    // Releases an item that isn't in any list, with everything below it.
     void ReleaseItem(clsItem& item) noexcept;
 
     void SetValue(clsItem& leaf, std::wstring_view value);
 
-    // Appends a deep copy of all entries of `source`, which may be any list of any job, also the target itself or a
-    // list around it: what is copied is what it held at the beginning.
+    // Appends a deep copy of all items of `source`, which may be any list of any job, including the target and the
+    // lists that enclose it. The copy contains the state of `source` at the time of the call.
     void CopyItems(clsItemList& target, const clsItemList& source);
 
     clsProfArena& Arena() { return _arena; }
@@ -132,7 +137,7 @@ private:
     const scProfText* InternValue(std::wstring_view value);
     void ReleaseValue(clsItem& item) noexcept;
 
-    // load.cpp
+    // Defined in load.cpp.
     ProfError OpenFile(clsFile& file) const;
     bool LoadText(clsFile& file, UTFType encoding);
     bool LoadLayer(clsFile& file, unsigned layer);
@@ -140,16 +145,16 @@ private:
     bool LoadObject(clsFile& file);
     bool LoadPacked(clsFile& file, unsigned layer);
 
-    // save.cpp
+    // Defined in save.cpp.
     bool WantsPacked(unsigned flags) const;
     bool WriteImage(clsProfOutput& image, unsigned flags) const;
     bool WriteForm(clsProfOutput& output, ProfForm form) const;
     bool IsHeldTarget(const wchar_t* name) const;
 
-    clsProfArena _arena; // before all that lives in it
+    clsProfArena _arena; // declared before the members that allocate from it
     clsRefCountedObjectCache _names{_arena};
     clsRefCountedObjectCache _values{_arena};
-    String _fileName; // as given at open
+    String _fileName; // as passed to Open
     ProfMode _mode;
     clsItemList _root;
     ProfError _error = kProfOk;

@@ -52,8 +52,8 @@ wchar_t* FindWideLineEnd(wchar_t* text)
     return FindLineEnd(text).end;
 }
 
-// Where the next line is sought, given where a line's text ended: behind its line break, or behind that of the rest
-// which a zero has cut off.
+// Returns the position where the search for the next line starts. `lineEnd` is the end of a line's text. If a zero
+// ended the line, the rest of the line is skipped.
 template <class Char, class Find>
 Char* BehindLine(Char* lineEnd, Char* end, Find find)
 {
@@ -144,7 +144,7 @@ bool clsProfLineReader::NextNarrowLine(scProfLine& line)
     return true;
 }
 
-// In every code page that a system runs on, the bytes below 0x80 are the characters of the same value.
+// In every code page that a system can run on, bytes below 0x80 represent the characters of the same value.
 void clsProfLineReader::ConvertLine(const char* text, std::size_t length, scProfLine& line)
 {
     if (IsAscii(text, length))
@@ -164,10 +164,10 @@ void clsProfLineReader::ConvertLine(const char* text, std::size_t length, scProf
     line = {_converted.data(), converted.size(), std::any_of(converted.begin(), converted.end(), IsInDecodedRow)};
 }
 
-// False if the line is no UTF-8.
+// Returns false if the line isn't valid UTF-8.
 bool clsProfLineReader::ConvertUTF8(const char* text, std::size_t length)
 {
-    _converted.resize(length + 1); // no character has more units than bytes
+    _converted.resize(length + 1); // UTF-16 never needs more units than UTF-8 needs bytes
     const int room = static_cast<int>(length);
     const int count = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text, room, _converted.data(), room);
     if (count <= 0)

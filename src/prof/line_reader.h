@@ -1,4 +1,4 @@
-// The lines of a source, which is read into memory at once.
+// Splits a source into lines. The whole source is read into memory at once.
 #pragma once
 
 #include "core/text/string.h"
@@ -16,21 +16,22 @@ namespace qx
 
 class clsFile;
 
-// One line without its leading blanks and tabs; zero-terminated, and without a zero inside.
+// One line without its leading blanks and tabs. Zero-terminated, with no zeros inside.
 struct scProfLine
 {
     wchar_t* text = nullptr;
     std::size_t length = 0;
-    // Some character is one that reading turns back into another: a quick test, true more often than needed.
+    // True if the line may contain characters that the text form uses as replacements for others. A quick test with
+    // false positives.
     bool mayBeEncoded = false;
 
     std::wstring_view View() const { return {text, length}; }
 };
 
-// Works on a file that stands behind any byte order mark, with the encoding as clsFile::GetUTFType tells it. A byte
-// order other than ours is read without swapping, so such a source gives few lines and no values that make sense.
+// Reads a file from its current position, which must follow any byte order mark. `encoding` is the result of
+// clsFile::GetUTFType. UTF-16BE is read without swapping bytes, so such a source yields few lines and no useful values.
 //
-// A zero character in a source ends its line: what follows it up to the line's end is passed over.
+// A zero character ends its line; the rest of the line is skipped.
 class clsProfLineReader
 {
 public:
@@ -38,23 +39,23 @@ public:
 
     clsProfLineReader(clsFile& file, UTFType encoding);
 
-    // False if the source is larger than memory or than the reader takes (2 GB). Then there are no lines.
+    // Returns false if the source is larger than 2 GB or than the available memory. There are no lines in this case.
     bool IsLoaded() const { return _isLoaded; }
-    // The size of the source behind its mark.
+    // Returns the size of the source without its byte order mark.
     std::uint64_t SourceBytes() const { return _sourceBytes; }
 
-    // False at the end of the text. A line is valid until the next call, and its caller may change it.
+    // Returns false at the end of the text. The line is valid until the next call, and the caller may modify it.
     bool NextLine(scProfLine& line);
 
-    // The next line without moving on; empty at the end of the text.
+    // Returns the next line without consuming it. Returns an empty text at the end of the source.
     String PeekLine() const;
 
-    // For a source whose head says that it is UTF-8: 8-bit lines that are, are read as that, whatever the look at the
-    // whole has told.
+    // For a source whose head declares UTF-8. Lines that are valid UTF-8 are decoded as UTF-8 even if the detected
+    // encoding is a different one.
     void PreferUTF8() { _prefersUTF8 = true; }
 
-    // A 16-bit source is cut into lines in place: whoever takes its text over can keep the lines. The reader goes on
-    // reading from it.
+    // A 16-bit source is split into lines in place. A caller that takes the image can keep the lines; the reader
+    // continues to read from it.
     bool IsWide() const { return _isWide; }
     std::unique_ptr<wchar_t[]> TakeImage() { return std::move(_wide); }
 

@@ -61,7 +61,7 @@ void clsListIndex::Add(clsProfArena& arena, clsItem& item) noexcept
         Enter(arena, scItemKey(item), &item);
 }
 
-// The first one of a key stays.
+// If the key exists, its first item is kept.
 void clsListIndex::Enter(clsProfArena& arena, const scItemKey& key, void* target) noexcept
 {
     if (IsFull())
@@ -77,7 +77,7 @@ void clsListIndex::Enter(clsProfArena& arena, const scItemKey& key, void* target
             }
             return;
         }
-        // A crowd in a table with room everywhere else won't go away in a larger one.
+        // The table is mostly empty, so a larger one wouldn't resolve this cluster of collisions.
         if (IsSparse())
             Refuse(arena);
         else
@@ -94,6 +94,27 @@ void clsListIndex::Drop(clsProfArena& arena) noexcept
     _used = 0;
 }
 
+// Moves later slots of the same run back, so that no search ends too early.
+void clsListIndex::Remove(const scItemKey& key) noexcept
+{
+    const Slot* const removed = IsBuilt() ? FindPlace(key) : nullptr;
+    if (removed == nullptr || removed->target == nullptr)
+        return;
+    const std::uint32_t mask = _capacity - 1;
+    auto hole = static_cast<std::uint32_t>(removed - _slots);
+    for (std::uint32_t place = (hole + 1) & mask; _slots[place].target != nullptr; place = (place + 1) & mask)
+    {
+        const std::uint32_t distance = (place - (_slots[place].tag & ~kListTag)) & mask;
+        if (distance >= ((place - hole) & mask))
+        {
+            _slots[hole] = _slots[place];
+            hole = place;
+        }
+    }
+    _slots[hole] = {};
+    --_used;
+}
+
 const scProfText& clsListIndex::Slot::Name() const
 {
     return IsList() ? static_cast<const clsItemList*>(target)->Name() : static_cast<const clsItem*>(target)->Name();
@@ -101,12 +122,12 @@ const scProfText& clsListIndex::Slot::Name() const
 
 void* clsListIndex::Find(const scItemKey& key) const
 {
-    // Every key of the list has its place here, so no place means no item.
+    // Every key of the list is within reach of a search, so a failed search means that there is no such item.
     const Slot* slot = FindPlace(key);
     return slot != nullptr ? slot->target : nullptr;
 }
 
-// The slot of the key, or a free one for it, or null.
+// Returns the slot of the key, or a free slot for it, or null if the search reaches its limit.
 clsListIndex::Slot* clsListIndex::FindPlace(const scItemKey& key) const
 {
     const std::uint32_t tag = Tag(key);

@@ -1,4 +1,4 @@
-// Name to first leaf and name to first list, for the look-ups in one large list.
+// A hash index of one large list: finds the first leaf or the first list of a name.
 #pragma once
 
 #include "prof/text_record.h"
@@ -19,7 +19,7 @@ enum class ItemKind
     List
 };
 
-// What a linear walk looks for: the first item of a kind with a name.
+// The key of a search: the first item with this name and kind.
 struct scItemKey
 {
     scItemKey(std::wstring_view wantedName, ItemKind wantedKind);
@@ -28,28 +28,32 @@ struct scItemKey
     bool Matches(const clsItem& item) const;
 
     std::wstring_view name;
-    std::uint32_t hash; // as kept with a name
+    std::uint32_t hash; // as stored in scProfText
     ItemKind kind;
 };
 
-// Open addressing with the job's arena as memory; it has no destructor, its list or the arena gives the slots back.
-// Only the first item of each key is in it. It can always be done without: when names with one hash crowd one stretch
-// of the table too much, or there is no memory, it gives itself up for good, and its list is walked instead.
+// A hash table with open addressing, allocated in the job's arena. It has no destructor; its slots are released by the
+// list or freed with the arena. It contains only the first item of each key. The index is optional: if too many names
+// with the same hash collide, or memory runs out, it disables itself permanently and the list is searched linearly.
 class clsListIndex
 {
 public:
     bool IsBuilt() const { return _slots != nullptr; }
     bool IsRefused() const { return _isRefused; }
 
-    // Makes room for `count` items. The items are then added in the order of the list.
+    // Makes room for `count` items, which are then added in list order.
     void Start(clsProfArena& arena, std::size_t count) noexcept;
-    // An item that is behind all others of the list. Does nothing while there's no index.
+    // Adds the last item of the list. Does nothing if the index isn't built.
     void Add(clsProfArena& arena, clsItem& item) noexcept;
     void Drop(clsProfArena& arena) noexcept;
+    // Removes a key, after which the list must not contain an item with it.
+    void Remove(const scItemKey& key) noexcept;
 
     bool Has(const scItemKey& key) const { return Find(key) != nullptr; }
     clsItem* FindLeaf(const scItemKey& key) const { return static_cast<clsItem*>(Find(key)); }
     clsItemList* FindList(const scItemKey& key) const { return static_cast<clsItemList*>(Find(key)); }
+    // Returns the leaf or list as the target of its links (see clsListLinks), or null.
+    const void* FindTarget(const scItemKey& key) const { return Find(key); }
 
 private:
     static constexpr std::uint32_t kLongestProbe = 64;
@@ -60,7 +64,7 @@ private:
     struct Slot
     {
         std::uint32_t tag; // hash and kind
-        void* target;      // the leaf, or the list itself, which spares the way over its entry; null: free
+        void* target;      // a leaf, or a list itself (not its entry, to save a step); null: free
         bool IsList() const { return (tag & kListTag) != 0; }
         const scProfText& Name() const;
     };

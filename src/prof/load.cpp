@@ -27,16 +27,16 @@ namespace
 constexpr unsigned long long kOpenPatience = 10000; // ms
 constexpr DWORD kOpenPause = 100;                   // ms
 
-// A packed profile may be packed again, but no one does that many times: a file could be made that comes out of itself.
+// Limits how often a profile may be packed, because a crafted file can unpack to itself endlessly.
 constexpr unsigned kMostLayers = 16;
 
-// Compares only what the line holds, so that an empty line begins like any head.
+// Compares only as many characters as the line has, so that an empty line matches any head.
 bool BeginsHead(const String& line, const wchar_t* head)
 {
     return line.Compare(head, static_cast<int>(line.Length())) == 0;
 }
 
-// Where a stream object begins: where the stream stands, or at its beginning if nothing follows.
+// Returns where a stream object begins: at the stream's current position, or at its beginning if no data follow.
 std::int64_t ObjectPosition(IStream& stream)
 {
     ULARGE_INTEGER position{};
@@ -79,7 +79,7 @@ void clsProfJob::Open(const wchar_t* name)
         _heldFile = file;
 }
 
-// Another process may have the file to itself for a moment, to write it, so that alone is waited for.
+// Retries only sharing violations: another process may have opened the file exclusively for a moment, to write it.
 ProfError clsProfJob::OpenFile(clsFile& file) const
 {
     const unsigned long long deadline = UtilGetTicks() + kOpenPatience;
@@ -118,8 +118,9 @@ void clsProfJob::OpenStream(IStream* stream)
     Load(*file);
 }
 
-// What can't be fetched is told here, since a job on a stream has nobody else to tell it. A source of a few bytes is
-// left to the caller: in a file it is none, a stream or a clipboard begins that way.
+// Sets the error itself if the source can't be locked or is too large, because a job on a stream has no caller that
+// would. A source shorter than the magic number is reported by false alone: Open treats it as an error, but an empty
+// stream or clipboard is a valid start.
 bool clsProfJob::LoadLayer(clsFile& file, unsigned layer)
 {
     const clsFileGuard guard(file);
@@ -154,8 +155,8 @@ bool clsProfJob::RefuseLarge(const clsFile& file)
     return false;
 }
 
-// A stream object lies somewhere in a stream of others. It is UTF-16 whatever the look at the whole tells; what that
-// look is good for is that it passes over a mark at the stream's beginning.
+// A stream object is part of a stream with other contents. It is always UTF-16LE, whatever encoding is detected for the
+// stream. GetUTFType is called only to skip a byte order mark at the beginning of the stream.
 bool clsProfJob::LoadObject(clsFile& file)
 {
     const std::int64_t position = file.Tell();
@@ -165,8 +166,8 @@ bool clsProfJob::LoadObject(clsFile& file)
     return LoadText(file, UTFType::UTF16LE);
 }
 
-// Through a file, so that memory doesn't grow with what comes out. What comes out as nothing is an empty profile, as it
-// is in a file of its own; what is too large to be read isn't unpacked to its end.
+// Unpacks into a temporary file, so that memory use doesn't grow with the unpacked size. Nothing after unpacking means
+// an empty profile, as for an empty file. Unpacking stops when the result is too large to be loaded.
 bool clsProfJob::LoadPacked(clsFile& file, unsigned layer)
 {
     clsFileRWTemp image(L"PRF", L"prf");

@@ -1,4 +1,4 @@
-// A source that is not a well-formed profile.
+// The exception for a source that is not a well-formed profile.
 #pragma once
 
 #include "core/debug_line.h"
@@ -10,8 +10,8 @@
 namespace qx
 {
 
-// Thrown by pointer by the parser and deleted by the load that catches it. The name path is that of the open fields of
-// an XFDF source, joined by dots.
+// Thrown by pointer by the parser; the load function that catches it deletes it. For XFDF sources the name path
+// contains the names of the open fields, joined by dots.
 class clsLoadException
 {
 public:

@@ -32,7 +32,7 @@ constexpr std::array kNamedMasks{
 constexpr std::wstring_view kLineBreakMask = kNamedMasks[0].mask;
 constexpr std::size_t kNumberMaskLength = 8; // as in &#x0001;
 
-// The length of the mask of each character that may have one; 1 for those that stay.
+// The length of each character's mask, or 1 for characters that aren't masked.
 constexpr std::size_t kMaskable = L'>' + 1;
 constexpr auto kMaskLengths = []
 {
@@ -68,7 +68,7 @@ bool IsLineBreak(wchar_t c)
     return c == L'\r' || c == L'\n';
 }
 
-// The number of characters at the front that are masked as one.
+// Returns how many characters at the front are masked as one unit.
 std::size_t StepLength(std::wstring_view text)
 {
     return text.starts_with(L"\r\n") ? 2 : 1;
@@ -86,8 +86,8 @@ int DigitValue(wchar_t c, unsigned base)
     return value < static_cast<int>(base) ? value : -1;
 }
 
-// Where the next semicolon is. Sequences that stay as they are may be many, and what ends them far away, so it is
-// sought once for all of them.
+// Finds the next semicolon and caches its position. Without the cache, a text with many unfinished sequences and a
+// distant semicolon would be searched once for each sequence.
 class clsNextSemicolon
 {
 public:
@@ -109,20 +109,20 @@ private:
 
 struct scUnmasked
 {
-    std::size_t end = 0; // behind the sequence; 0: it is none
+    std::size_t end = 0; // after the sequence; 0 if there is no valid sequence
     wchar_t character = 0;
 };
 
-// A numbered sequence, which begins "&#" at the position. The lowest 16 bits of the number are the character; what
-// stands between the digits and the semicolon is dropped with it. A character of 0 would hide the rest of the text from
-// every caller, so a sequence that stands for it stays as it is, and so does one without a digit.
+// Reads a numeric sequence, which begins with "&#" at `position`. The lowest 16 bits of the number are the character;
+// any text between the digits and the semicolon is dropped. Sequences without digits are kept. So are sequences for
+// character 0, which would hide the rest of the text from every caller.
 scUnmasked ReadNumber(std::wstring_view text, std::size_t position, clsNextSemicolon& semicolon)
 {
     const unsigned base = text.substr(position).starts_with(L"&#x") ? 16 : 10;
     std::size_t next = position + (base == 16 ? 3 : 2);
     unsigned number = 0;
     for (int digit = 0; next < text.size() && (digit = DigitValue(text[next], base)) >= 0; ++next)
-        number = number * base + static_cast<unsigned>(digit); // what overflows is none of the lowest bits
+        number = number * base + static_cast<unsigned>(digit); // overflow doesn't affect the lowest 16 bits
     const auto character = static_cast<wchar_t>(number);
     if (character == 0)
         return {};

@@ -1,4 +1,4 @@
-// The masking of characters that the XML forms give a meaning.
+// Masking of characters that have a meaning in the XML forms.
 #pragma once
 
 #include "core/text/string.h"
@@ -9,22 +9,23 @@
 namespace qx
 {
 
-// A line break, in whatever form, is masked as one sequence that comes back as CR LF; tabs and the five characters of
-// the markup have names, other characters below the blank four hex digits.
+// A line break of any form is masked as one sequence, which is unmasked to CR LF. Tabs and the five markup characters
+// have named sequences; other control characters are written with four hexadecimal digits.
 class clsProfMask
 {
 public:
-    // The length of the masked text, without making it.
+    // Returns the length of the masked text without creating it.
     static std::size_t MaskedLength(std::wstring_view text);
 
-    // Shared with the argument if there's nothing to mask.
+    // Returns the argument itself, sharing its buffer, if there is nothing to mask.
     static String Mask(const String& text);
 
-    // Writes the masked text, MaskedLength characters without a terminator, and gives its end.
+    // Writes the masked text, MaskedLength characters without a terminator, and returns its end.
     static wchar_t* Mask(wchar_t* out, std::wstring_view text);
 
-    // Works in place, since no sequence is shorter than what it stands for; gives the new length. Unknown sequences and
-    // those without an end stay as they are. Of a number the lowest 16 bits count; one that would give a zero stays.
+    // Unmasks in place, which works because no sequence is shorter than the text it represents. Returns the new length.
+    // Unknown and unfinished sequences are kept. Numbers are reduced to their lowest 16 bits; sequences that would
+    // become a zero are kept.
     static std::size_t Unmask(wchar_t* text, std::size_t length);
 };
 

@@ -11,7 +11,7 @@ namespace
 
 constexpr std::uint32_t kHashMask = (std::uint32_t{1} << scProfText::kHashBits) - 1;
 
-// The characters that the text form replaces in a leaf's name.
+// Tests for the characters that the text form encodes in the name of a leaf.
 bool NeedsEncoding(std::wstring_view name)
 {
     return std::any_of(
@@ -64,7 +64,7 @@ std::size_t clsRefCountedObjectCache::Count() const
     return count;
 }
 
-// The slot that holds the text, or a free one for it, or null.
+// Returns the slot with the text, or a free slot for it, or null if the search reaches its limit.
 clsRefCountedObjectCache::Slot* clsRefCountedObjectCache::FindPlace(
     const Bucket& bucket, std::wstring_view text, std::uint32_t hash)
 {
@@ -97,7 +97,7 @@ void clsRefCountedObjectCache::Grow(Bucket& bucket)
         {
             continue;
         }
-        // A text without a place in the new table lives on, but isn't found any more.
+        // A text that finds no slot in the new table stays alive but can't be found any more.
         const scProfText* text = slot.Text();
         if (Slot* place = FindPlace(bucket, text->View(), text->hash); place != nullptr)
         {

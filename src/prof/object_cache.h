@@ -1,4 +1,4 @@
-// The intern table of a job: each distinct text is stored once.
+// The intern table of a job, which stores each distinct text once.
 #pragma once
 
 #include "prof/text_record.h"
@@ -10,12 +10,13 @@
 namespace qx
 {
 
-// No cache in the sense of expiry: a table only grows, and goes with the job whose arena it lives in.
+// Not a cache that expires: a table only grows, and is freed with the job's arena.
 //
-// 256 buckets, chosen by the low 8 bits of String::Hash. A bucket is a set with open addressing under the whole hash,
-// which finds a text with one or two memory accesses however many there are. The hash has no secret, so a hostile file
-// can hold any number of texts with one hash: a search ends after kLongestProbe places, and a text that finds no place
-// by then isn't stored. That costs memory, nothing else, since equal texts are never told apart by their place.
+// The low 8 bits of String::Hash select one of 256 buckets. Each bucket is a hash set with open addressing, in which a
+// search takes one or two memory accesses regardless of the number of texts. The hash has no secret key, so a hostile
+// file can contain any number of texts with the same hash. A search therefore stops after kLongestProbe slots, and a
+// text that finds no free slot by then isn't stored. This costs only memory, because texts are always compared by
+// content.
 class clsRefCountedObjectCache
 {
 public:
@@ -23,7 +24,8 @@ public:
     clsRefCountedObjectCache(const clsRefCountedObjectCache&) = delete;
     clsRefCountedObjectCache& operator=(const clsRefCountedObjectCache&) = delete;
 
-    // The table's text that is equal, which is made if there is none; null if it finds no place. `hash` is the text's.
+    // Returns the equal text of the table, inserting one if necessary. Returns null if no slot is free within reach.
+    // `hash` must be the hash of `text`.
     const scProfText* Intern(std::wstring_view text, std::uint64_t hash);
 
     std::size_t Count() const;
@@ -33,8 +35,8 @@ private:
     static constexpr std::uint32_t kFirstCapacity = 8;
     static constexpr std::uint32_t kLongestProbe = 32;
 
-    // A text and 16 bits of its hash in one word, so that a table takes little beside its texts and a search looks at
-    // few of them. Where an address should have more than its usual 48 bits the text isn't stored.
+    // A text pointer and 16 bits of the text's hash in one word. This keeps the table small, and a search reads few
+    // texts. A text whose address needs more than the usual 48 bits isn't stored.
     class Slot
     {
     public:
@@ -55,7 +57,7 @@ private:
         static constexpr unsigned kAddressBits = 48;
         static constexpr std::uint64_t kAddressMask = (std::uint64_t{1} << kAddressBits) - 1;
 
-        // Of the kept hash the bits that don't choose the place in small tables.
+        // Returns the bits of the stored hash that don't select the slot in small tables.
         static std::uint64_t TagOf(std::uint32_t hash) { return hash >> (scProfText::kHashBits - 16); }
 
         std::uint64_t _bits = 0;

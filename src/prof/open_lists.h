@@ -1,4 +1,4 @@
-// The lists that a parser has begun and not ended.
+// The lists that a parser has opened but not yet closed.
 #pragma once
 
 #include "prof/job.h"
@@ -10,8 +10,8 @@
 namespace qx
 {
 
-// Innermost last. They take the place of a recursion, whose depth a file would otherwise choose. Each is in its
-// parent's care only when it has ended: those that an exception leaves open are gone.
+// A stack that replaces recursion, because the source determines the nesting depth. A list is inserted into its parent
+// when it is closed. If an exception occurs, the open lists are released.
 class clsOpenLists
 {
 public:

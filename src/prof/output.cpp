@@ -48,8 +48,8 @@ bool clsProfOutput::WriteTo(clsFile& target, std::uint64_t begin, std::uint64_t 
         });
 }
 
-// What reaches beyond the old end is written first, into room that is asked for at once. When it is there, nothing that
-// follows needs more room.
+// Writes the part beyond the old end first, into space reserved in one step. After that, overwriting the old contents
+// needs no more space.
 bool clsProfOutput::ReplaceContentOf(clsFile& target) const
 {
     const std::uint64_t size = Bytes();

@@ -1,4 +1,4 @@
-// The serialised form of a profile, while it is in memory.
+// The serialised form of a profile in memory.
 #pragma once
 
 #include <cstddef>
@@ -11,12 +11,13 @@ namespace qx
 
 class clsFile;
 
-// Grows by chunks, so that what is written is never moved, and goes to its target in a few large writes. It is wide
-// text as a rule; forms of 8 bits and packed data are written as bytes. One output holds either the one or the other.
+// Consists of chunks, so that it grows without moving data and is written in a few large writes. It normally holds wide
+// text; 8-bit forms and packed data are written as bytes. One output never mixes the two.
 class clsProfOutput
 {
 public:
-    // Room for so many characters, or bytes, in one piece. What is used of it is told by its end.
+    // Return contiguous room for `count` characters or bytes. SetUsed must follow with the end of the part that was
+    // filled.
     wchar_t* Reserve(std::size_t count) { return static_cast<wchar_t*>(Room(count * sizeof(wchar_t))); }
     char* ReserveBytes(std::size_t count) { return static_cast<char*>(Room(count)); }
     void SetUsed(void* end) { _next = static_cast<std::byte*>(end); }
@@ -24,7 +25,8 @@ public:
     bool IsEmpty() const { return Bytes() == 0; }
     std::uint64_t Bytes() const;
 
-    // Hands all pieces over in their order, as (const std::byte*, size_t), until one is refused; whether none was.
+    // Calls the visitor with each piece in order, as (const std::byte*, size_t), until it returns false. Returns true
+    // if all calls returned true.
     template <class Visitor>
     bool ForEachPiece(Visitor visitor) const
     {
@@ -36,11 +38,11 @@ public:
         return true;
     }
 
-    // Writes all to the target's position. False if not all of it could be written.
+    // Writes everything at the target's current position. Returns false if the write was incomplete.
     bool WriteTo(clsFile& target) const { return WriteTo(target, 0, Bytes()); }
 
-    // Makes this the whole content of the target. What the target holds is overwritten only when there is room for all
-    // of this: where there isn't, it stays as it was, and the result is false.
+    // Replaces the contents of the target. Old contents are overwritten only if there is room for everything. Otherwise
+    // the target stays unchanged, and the result is false.
     bool ReplaceContentOf(clsFile& target) const;
 
 private:
@@ -50,7 +52,7 @@ private:
     struct Chunk
     {
         std::unique_ptr<std::byte[]> bytes;
-        std::size_t used; // of all but the last
+        std::size_t used; // of all chunks but the last
     };
 
     void* Room(std::size_t bytes)

@@ -32,7 +32,7 @@ public:
     clsDeflater& operator=(const clsDeflater&) = delete;
     ~clsDeflater() { deflateEnd(&_stream); }
 
-    // With memory for the output there's nothing that could fail.
+    // Can't fail, because memory for the output is always available here.
     void Add(const std::byte* bytes, uInt count, int flush)
     {
         _stream.next_in = reinterpret_cast<Bytef*>(const_cast<std::byte*>(bytes));
@@ -53,7 +53,7 @@ private:
 
 } // namespace
 
-// The data are the same whatever the pieces in which they come and go.
+// The packed data don't depend on how the image is divided into pieces.
 void PackImage(const clsProfOutput& image, clsProfOutput& packed)
 {
     packed.SetUsed(

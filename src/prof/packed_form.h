@@ -1,5 +1,5 @@
-// The packed form of a profile: four letters, then the file image of one of the other forms as raw deflate data (RFC
-// 1951). It has neither a length nor a check sum.
+// The packed form of a profile: a magic number of four letters, followed by the file image of another form as raw
+// deflate data (RFC 1951). It contains neither a length nor a checksum.
 #pragma once
 
 namespace qx
@@ -10,12 +10,12 @@ class clsProfOutput;
 
 constexpr char kPackedMagic[4] = {'Z', 'x', 'v', 'Q'};
 
-// Writes the packed form of an image behind what `packed` holds.
+// Appends the packed form of an image to `packed`.
 void PackImage(const clsProfOutput& image, clsProfOutput& packed);
 
-// Unpacks what follows the magic, where the source stands, into the target, as far as it goes: data that are damaged or
-// end early give what comes out before that. False if that is more than `largest` bytes, or than the target takes: no
-// more than those are unpacked.
+// Unpacks the data at the current position of `source`, which must follow the magic number. Damaged or truncated data
+// are unpacked as far as possible. Returns false if the result would exceed `largest` bytes or the target can't store
+// it; unpacking stops at that point.
 bool UnpackImage(clsFile& source, clsFile& target, long long largest);
 
 } // namespace qx

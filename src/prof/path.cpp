@@ -44,7 +44,7 @@ clsItemList& EnterOrMakeList(clsItemList& parent, std::wstring_view name)
     return found != nullptr ? *found : AppendNewList(parent, name);
 }
 
-// The list that holds, or is to hold, the leaf of the path; the path then stands at its last component.
+// Returns the list for the leaf of the path, creating missing lists. `path` is left at its last component.
 clsItemList& MakeListsOfLeaf(clsItemList& start, clsProfPath& path)
 {
     clsItemList* list = &StartOf(start, path);
@@ -115,7 +115,8 @@ void AppendLeafByPath(clsItemList& start, const wchar_t* text, std::wstring_view
     list.AppendItem(list.Job().NewLeaf(path.Component(), value));
 }
 
-// A worklist in place of recursion. The text of the path may be part of what is removed, so it is copied first.
+// Uses a worklist instead of recursion. The path is copied first, because its text may belong to an item that is
+// removed.
 void RemoveByPath(clsItemList& start, const wchar_t* text, ItemKind kind)
 {
     const String copy(text);
@@ -139,14 +140,9 @@ void RemoveByPath(clsItemList& start, const wchar_t* text, ItemKind kind)
             step.list->RemoveAll(step.path.Component(), kind);
             continue;
         }
-        const scItemKey key(step.path.Component(), ItemKind::List);
         clsProfPath rest = step.path;
         rest.Next();
-        for (clsItem* item : *step.list)
-        {
-            if (key.Matches(*item))
-                steps.push_back({item->List(), rest});
-        }
+        step.list->ForEachList(step.path.Component(), [&](clsItemList& list) { steps.push_back({&list, rest}); });
     }
 }
 

@@ -1,4 +1,4 @@
-// Lists and leaves by slash-separated paths.
+// Access to lists and leaves by slash-separated paths.
 #pragma once
 
 #include "prof/item.h"
@@ -9,20 +9,20 @@
 namespace qx
 {
 
-// Takes a path apart from left to right. Null is the empty path, and every path has at least one component: that of the
-// empty path is the empty name. A component with a slash behind it counts up to its first 255 characters.
+// Iterates over the components of a path. Null counts as an empty path. Every path has at least one component; an empty
+// path has one empty component. A component followed by a slash is truncated to 255 characters.
 class clsProfPath
 {
 public:
     explicit clsProfPath(const wchar_t* path) { Begin(path != nullptr ? path : L""); }
 
-    // A leading slash is skipped, if there is one.
+    // Skips a leading slash. Returns true if there was one.
     bool SkipLeadingSlash();
 
-    // The present component, and whether another one follows.
+    // Component returns the current component. IsLast returns true if no component follows.
     std::wstring_view Component() const;
     bool IsLast() const { return *_end == 0; }
-    // Goes on to the next component; only if this wasn't the last.
+    // Moves to the next component. Must not be called on the last one.
     void Next() { Begin(_end + 1); }
 
 private:
@@ -36,36 +36,38 @@ private:
     }
 
     const wchar_t* _begin;
-    const wchar_t* _end; // at the slash or the terminator
+    const wchar_t* _end; // the slash or the terminator
 };
 
-// The rules below share the first steps: a leading slash begins at the root of the list's job, and components lead
-// through the first list of each name, with no going back to a second one.
+// Common rules: a leading slash starts at the root of the list's job. Each component before the last selects the first
+// list with its name; there is no backtracking to later lists of the same name.
 
-// The first list of the path. Null gives the start list, ".." as the rest of the path the list around the present one.
+// Returns the first list of the path. Null selects the start list. ".." as the last component selects the enclosing
+// list.
 clsItemList* FindListByPath(clsItemList& start, const wchar_t* path);
 
-// The first leaf of the path's last component.
+// Returns the first leaf of the path, or null.
 clsItem* FindLeafByPath(clsItemList& start, const wchar_t* path);
 
-// Enters existing lists and makes the missing ones. A last list that was there already is emptied.
+// Returns the list of the path, creating missing lists. If the last list exists already, it is emptied.
 clsItemList& CreateListByPath(clsItemList& start, const wchar_t* path);
 
-// Makes a new list for each component, whatever is there already.
+// Creates a new list for each component, even if lists of these names exist.
 clsItemList& AppendListByPath(clsItemList& start, const wchar_t* path);
 
-// The leaf gets the value; missing lists and a missing leaf are made.
+// Sets the value of a leaf, creating missing lists and the leaf itself.
 void SetLeafByPath(clsItemList& start, const wchar_t* path, std::wstring_view value);
 
-// The same, but always with a new leaf.
+// The same, but always appends a new leaf.
 void AppendLeafByPath(clsItemList& start, const wchar_t* path, std::wstring_view value);
 
-// Removes all items of the kind that have the last component's name, in every list that the components before it match.
-// Here a leading slash is none: it stands behind an empty component. The empty path removes all items of the start
-// list, of either kind.
+// Removes all items of the given kind whose name is the last component, in every list that matches the preceding
+// components. A leading slash doesn't select the root here; it follows an empty component. An empty path removes all
+// items of the start list, of both kinds.
 void RemoveByPath(clsItemList& start, const wchar_t* path, ItemKind kind);
 
-// Removes the entry of a list, which is sought in the whole tree first, so that a list that is gone isn't touched.
+// Removes a list's entry. Searches the whole tree for the list first, so that a pointer to a list that no longer exists
+// is never dereferenced.
 void RemoveList(clsItemList& root, const clsItemList* list);
 
 } // namespace qx

@@ -26,8 +26,8 @@ constexpr DWORD kSavePause = 5;                     // ms
 constexpr wchar_t kByteOrderMark = 0xFEFF;
 constexpr wchar_t kStreamName[] = L"(Stream)";
 
-// Opens the file for a save, for this process alone. Whoever has it open is waited for. What it holds isn't taken away
-// yet: that comes when the new content has its place.
+// Opens the file exclusively for saving. Waits while other programs have it open. The old contents are kept until the
+// new contents have been reserved space.
 bool OpenTarget(clsFile& file, const String& name)
 {
     if (!IsFileNameAllowed(name))
@@ -53,7 +53,7 @@ ProfError Deliver(const clsProfOutput& output, clsFile& target)
 
 } // namespace
 
-// The image is made first, so that the target is held for the copy only.
+// The image is created first, so that the target is locked only while it is copied.
 ProfError clsProfJob::Save(const wchar_t* name, unsigned flags)
 {
     clsProfOutput image;
@@ -76,8 +76,8 @@ bool clsProfJob::IsHeldTarget(const wchar_t* name) const
     return name == nullptr || heldName == name;
 }
 
-// Whatever the form, the image begins where the target does: nothing that was read from a held stream stays in front of
-// it.
+// In every form, the image starts at the beginning of the target, so that nothing loaded from a held stream remains in
+// front of it.
 ProfError clsProfJob::Serialise(IStream* stream, unsigned flags)
 {
     clsProfOutput image;
@@ -86,7 +86,7 @@ ProfError clsProfJob::Serialise(IStream* stream, unsigned flags)
 
     if (_heldFile && (stream == nullptr || stream == _heldFile->GetStream()))
         return Deliver(image, *_heldFile);
-    // What isn't open takes no byte.
+    // If `stream` is null, the file isn't open and the write fails.
     clsFileRW target(stream);
     return image.ReplaceContentOf(target) ? kProfOk : kProfWriteFailed;
 }
@@ -107,8 +107,8 @@ bool clsProfJob::WriteImage(clsProfOutput& image, unsigned flags) const
     return true;
 }
 
-// A profile with an empty root is nothing at all, not even a byte order mark. A stream object has neither head nor end.
-// False where the form doesn't hold the tree.
+// Writes nothing if the root is empty, not even a byte order mark. A stream object has no head and no end. Returns
+// false if the form can't represent the tree.
 bool clsProfJob::WriteForm(clsProfOutput& output, ProfForm form) const
 {
     if (_root.IsEmpty())

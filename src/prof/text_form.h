@@ -14,44 +14,45 @@ namespace qx
 
 class clsProfOutput;
 
-// --- Characters that stand for others, so that every leaf fits one line ---
+// --- Replacement characters, which let every leaf fit on one line ---
 
-// In a leaf's name '=', '[' and ']', which the syntax needs.
+// Replace '=', '[' and ']' in the name of a leaf, because they are part of the syntax.
 constexpr wchar_t kEncodedEquals = 0x2338;
 constexpr wchar_t kEncodedOpen = 0x301A;
 constexpr wchar_t kEncodedClose = 0x301B;
-// In names and values the characters below the blank: the pictures of the control characters.
+// Control pictures: replace control characters in names and values.
 constexpr wchar_t kControlPictures = 0x2400;
 
-// In place. A name keeps its control pictures; a list's name isn't decoded at all.
+// Decode in place. DecodeName doesn't decode control pictures. Names of lists aren't decoded at all.
 void DecodeName(wchar_t* name, std::size_t length);
 void DecodeValue(wchar_t* value, std::size_t length);
 
 // --- Reading ---
 
-// What the parsers of all forms share while one source is read.
+// The state shared by the parsers of all forms while they read one source.
 struct scParseState
 {
     clsProfJob& job;
     clsProfLineReader& reader;
-    ProfForm form = ProfForm::Text; // the XML rules may change it to that of XFDF
+    ProfForm form = ProfForm::Text; // the XML parser may change it to XFDF
     std::uint32_t lineCounter = 0;
     bool inComment = false;
 };
 
-constexpr int kBeforeRoot = -1; // level until the root's marker has been seen
+constexpr int kBeforeRoot = -1; // level until the marker of the root has been read
 
-// Reads lines into the list, from the level on, until that level ends or the text does. A list joins the one around it
-// when it ends; when a clsLoadException (or any other) leaves this function, those that haven't ended are gone.
+// Reads lines into the list, starting at `level`, until that level or the source ends. A list is inserted into its
+// parent when it ends. If this function throws (a clsLoadException or another exception), unfinished lists are
+// released.
 void ParseLevel(scParseState& state, int level, clsItemList& list);
 
-// Plain INI files: the keys of the first section become leaves of the list, and each further section a list inside the
-// one before it, since nothing ends a section.
+// Reads a plain INI file. The keys of the first section become leaves of the list. Each further section becomes a list
+// inside the previous one, because nothing marks the end of a section.
 void ParseIni(scParseState& state, clsItemList& list);
 
 // --- Writing ---
 
-// The block of a list: its name in brackets, then its items between braces.
+// Writes a list: its name in brackets, then its items in braces.
 void WriteTextForm(clsProfOutput& output, const clsItemList& list, std::uint32_t level);
 
 } // namespace qx

@@ -32,7 +32,7 @@ void AppendLeaf(scParseState& state, clsItemList& list, const scProfLine& line)
         state.reader.IsWide() ? job.NewLeafInImage(name, value, valueLength) : job.NewLeaf(name, {value, valueLength}));
 }
 
-// Without the marker nothing is read, whatever the lines hold.
+// Returns false if the source has no root marker. Such a source is ignored.
 bool FindRoot(scParseState& state)
 {
     scProfLine line;
@@ -54,7 +54,7 @@ void ParseTextLines(scParseState& state, clsItemList& list)
         ++state.lineCounter;
         switch (line.text[0])
         {
-        case 0: // nothing but blanks
+        case 0: // blank line
         case L'#':
         case L';':
         case L'{':
@@ -64,14 +64,14 @@ void ParseTextLines(scParseState& state, clsItemList& list)
             break;
         case L'}':
             if (open.IsEmpty())
-                return; // the root has ended; the rest isn't read
+                return; // end of the root; the rest is ignored
             open.Close();
             break;
         default:
             AppendLeaf(state, open.Current(), line);
         }
     }
-    open.CloseAll(); // a missing brace is no error
+    open.CloseAll(); // missing closing braces are no error
 }
 
 } // namespace

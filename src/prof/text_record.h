@@ -1,4 +1,4 @@
-// A text of the tree that is stored once and used by pointer.
+// A text of the tree, stored once and shared by pointer.
 #pragma once
 
 #include "prof/arena.h"
@@ -12,15 +12,15 @@
 namespace qx
 {
 
-// The head; the characters and a terminator follow it in the same block of the job's arena. It never changes.
+// The header of a text. The characters and a terminator follow it in the same arena block. Immutable.
 struct scProfText
 {
     static constexpr unsigned kHashBits = 30;
 
     std::uint32_t length;
     std::uint32_t hash : kHashBits;
-    std::uint32_t isShared : 1; // it is in one of the job's tables, which keep it until the job dies
-    std::uint32_t isPlain : 1;  // written as a leaf's name it needs no encoding
+    std::uint32_t isShared : 1; // stored in one of the job's tables, which keep it until the job is destroyed
+    std::uint32_t isPlain : 1;  // as the name of a leaf it needs no encoding
 
     const wchar_t* Text() const { return reinterpret_cast<const wchar_t*>(this + 1); }
     std::wstring_view View() const { return {Text(), length}; }
@@ -30,7 +30,7 @@ struct scProfText
 
 static_assert(sizeof(scProfText) == 8 && alignof(scProfText) >= alignof(wchar_t));
 
-// The part of a text's hash that is kept with it; the tables take their bucket from the lowest bits.
+// Returns the part of a hash that is stored with its text. The intern tables select their bucket by the lowest bits.
 constexpr std::uint32_t KeptHash(std::uint64_t hash)
 {
     return static_cast<std::uint32_t>(hash >> 34);

@@ -47,7 +47,7 @@ wchar_t* CopyValue(wchar_t* out, std::wstring_view value)
                                       : CopyCharacters(out, value);
 }
 
-// A list that is being written: what comes next of it, and the indent of its items.
+// A list that is being written: its next item and the indent of its items.
 struct OpenBlock
 {
     WCValConstSListIter<clsItem*> next;
@@ -92,7 +92,7 @@ private:
         _blocks.push_back({list.begin(), level + 1});
     }
 
-    // Stops at an entry of a list, which it gives, or at the end.
+    // Writes leaves until it reaches a list entry or the end. Returns the list of that entry, or null at the end.
     const clsItemList* WriteLeaves(OpenBlock& block, std::wstring_view indent)
     {
         while (block.next)

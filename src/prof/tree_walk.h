@@ -1,4 +1,4 @@
-// The order in which a tree is written.
+// The traversal that the writers use.
 #pragma once
 
 #include "prof/item.h"
@@ -9,9 +9,9 @@
 namespace qx
 {
 
-// Visits all below the list, in order and without recursion. The visitor gets
+// Visits everything below `root` in order, without recursion. Calls on the visitor:
 //     Leaf(item, level)
-//     Begin(list, level), End(level) around the entries of a list, which are one level deeper.
+//     Begin(list, level), End(level): before and after the items of a list, which are one level deeper
 template <class Visitor>
 void WalkTree(const clsItemList& root, std::uint32_t level, Visitor& visitor)
 {

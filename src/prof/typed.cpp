@@ -17,7 +17,7 @@ void Write(scValueText& target, const wchar_t* format, Arguments... arguments)
     target.length = count >= 0 ? static_cast<std::size_t>(count) : 0;
 }
 
-// The number of fields that were read; none also for a text that is at its end too early.
+// Returns the number of fields that were read, 0 if the text ends too early.
 template <class... Fields>
 int Scan(std::wstring_view text, const wchar_t* format, Fields*... fields)
 {
@@ -30,8 +30,8 @@ void WriteNumber(scValueText& text, const wchar_t* format, const T& value)
     Write(text, format, value);
 }
 
-// ---- Doubles: with a point, also where the process has set a locale with a comma in the runtime library that it
-// shares with this one.
+// ---- Doubles: always written with a point, even if the process has set a locale with a decimal comma in a C runtime
+// that it shares with this library.
 
 wchar_t DecimalPoint()
 {
@@ -46,10 +46,10 @@ void WriteDouble(scValueText& text, const wchar_t* format, const double& value)
     std::replace(text.text, text.text + text.length, DecimalPoint(), L'.');
 }
 
-// Any text is a number, if only 0.
+// Accepts any text. Text that isn't a number becomes 0.
 bool ReadDouble(std::wstring_view text, double& result)
 {
-    wchar_t copy[200]; // wcstod knows no length
+    wchar_t copy[200]; // wcstod needs a terminator
     const std::size_t length = text.copy(copy, std::size(copy) - 1);
     copy[length] = 0;
     if (const wchar_t point = DecimalPoint(); point != L'.')
@@ -61,7 +61,7 @@ bool ReadDouble(std::wstring_view text, double& result)
     return true;
 }
 
-// ---- Flags: by the first character, in upper case only.
+// ---- Flags: decided by the first character, which must be in upper case to mean true.
 
 bool BeginsTrue(std::wstring_view text)
 {
@@ -79,7 +79,7 @@ bool ReadBool(std::wstring_view text, std::int32_t& result)
     return true;
 }
 
-// ---- Numbers: the hexadecimal form first, since its x isn't the beginning of a decimal one.
+// ---- Numbers: the hexadecimal format is tried first; its 'x' can't begin a decimal number.
 
 bool ReadInt(std::wstring_view text, std::int32_t& result)
 {
@@ -113,7 +113,7 @@ bool ReadRect(std::wstring_view text, ProfFields4& result)
     return Scan(text, L"(%d,%d,%d,%d)", &result[0], &result[1], &result[2], &result[3]) == 4;
 }
 
-// Sizes may need the bit of the sign: a rectangle as wide as all coordinates comes back too.
+// Adds with wrap-around, because a width or height may exceed 31 bits. A rectangle that spans all coordinates survives.
 std::int32_t Sum(std::int32_t a, std::int32_t b)
 {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));
@@ -138,7 +138,7 @@ bool ReadRectLTWH(std::wstring_view text, ProfFields4& result)
     return true;
 }
 
-// ---- Colours: one number, or red, green and blue as they are written, whatever they are.
+// ---- Colours: one number, or red, green and blue, without range checks.
 
 void WriteColorref(scValueText& text, const wchar_t* format, const std::uint32_t& value)
 {
@@ -178,7 +178,7 @@ bool ReadDecimalText(std::wstring_view text, std::int64_t& result)
     return Scan(text, L"%I64u", &result) == 1;
 }
 
-// Append and set differ in the hexadecimal forms, which callers' files show.
+// Append and set use different formats for hexadecimal numbers. The difference shows in files, so it must stay.
 constexpr scTypedForm<std::int32_t> kProfBool{WriteBool, nullptr, nullptr, ReadBool};
 constexpr scTypedForm<std::uint32_t> kProfColorref{WriteColorref, L"(%d,%d,%d)", L"(%d,%d,%d)", ReadColorref};
 constexpr scTypedForm<double> kProfDouble{WriteDouble, L"%f", L"%lf", ReadDouble};

@@ -1,5 +1,5 @@
-// Values that are no texts: how each type is written as text and read back. The table of the types is in typed.cpp; a
-// new type is a row there, one here, and one where the exports are made.
+// Typed values: how each type is formatted as text and parsed. The table of types is in typed.cpp. To add a type, add a
+// row there, a declaration here and its exports.
 #pragma once
 
 #include "prof/job.h"
@@ -18,7 +18,7 @@ namespace qx
 using ProfFields2 = std::array<std::int32_t, 2>;
 using ProfFields4 = std::array<std::int32_t, 4>;
 
-// A value's text; the longest is that of the largest double with its six decimals.
+// The text of a value. The size fits the longest one, the largest double with six decimals.
 struct scValueText
 {
     wchar_t text[340];
@@ -27,17 +27,17 @@ struct scValueText
     std::wstring_view View() const { return {text, length}; }
 };
 
-// A row of the table. Numbers are written by the formatter and read by the scanner, in its "C" locale.
+// A row of the table. Numbers are formatted and scanned in the "C" locale.
 template <class T>
 struct scTypedForm
 {
     void (*write)(scValueText& text, const wchar_t* format, const T& value);
     const wchar_t* appendFormat;
     const wchar_t* setFormat;
-    // Whether the text is one of the type; if not, fields in front of the first wrong one may be there already. Null
-    // for a second way of writing a type.
+    // Parses the text. Returns false if it doesn't match the type; fields before the first invalid one may have been
+    // stored. Null for rows that only add a second format for writing a type.
     bool (*read)(std::wstring_view text, T& result);
-    std::size_t longest = 199; // characters of the text that are looked at
+    std::size_t longest = 199; // the number of characters that are parsed
 };
 
 extern const scTypedForm<std::int32_t> kProfBool;
@@ -49,7 +49,7 @@ extern const scTypedForm<std::int64_t> kProfInt64;
 extern const scTypedForm<std::int64_t> kProfInt64Hex;
 extern const scTypedForm<ProfFields2> kProfPoint;
 extern const scTypedForm<ProfFields4> kProfRect;
-extern const scTypedForm<ProfFields4> kProfRectLTWH; // in the text width and height instead of right and bottom
+extern const scTypedForm<ProfFields4> kProfRectLTWH; // the text has width and height instead of right and bottom
 
 template <class T>
 void AppendTyped(clsItemList& start, const wchar_t* path, const scTypedForm<T>& form, const T& value)
@@ -67,7 +67,8 @@ void SetTyped(clsItemList& start, const wchar_t* path, const scTypedForm<T>& for
     SetLeafByPath(start, path, text.View());
 }
 
-// kProfNoLeaf, and `result` untouched, if there is no leaf or it is empty; kProfNotOfThisType if it is something else.
+// Returns kProfNoLeaf if the leaf is missing or empty; `result` is unchanged then. Returns kProfNotOfThisType if the
+// text doesn't match the type.
 template <class T>
 ProfError GetTyped(clsItemList& start, const wchar_t* path, const scTypedForm<T>& form, T& result)
 {
@@ -77,8 +78,8 @@ ProfError GetTyped(clsItemList& start, const wchar_t* path, const scTypedForm<T>
     return form.read(leaf->Value().substr(0, form.longest), result) ? kProfOk : kProfNotOfThisType;
 }
 
-// Readers of single texts, which are stricter and looser than those of the table: no hexadecimal numbers, and an empty
-// text is true.
+// Parsers for single texts. Unlike the parsers of the table they accept no hexadecimal numbers, and an empty text is
+// true.
 bool ReadFlagText(std::wstring_view text, std::int32_t& result);
 bool ReadDecimalText(std::wstring_view text, std::int32_t& result);
 bool ReadDecimalText(std::wstring_view text, std::int64_t& result);

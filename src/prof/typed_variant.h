@@ -1,4 +1,4 @@
-// Variants as the text of a value: "var://" and their packed bytes.
+// Variants stored as text: the prefix "var://", followed by the packed bytes of the variant.
 #pragma once
 
 #include "core/text/string.h"
@@ -12,11 +12,12 @@
 namespace qx
 {
 
-// Compressed from 101 bytes on.
+// Compresses variants of more than 100 bytes.
 String VariantToText(const VARIANT& value);
 
-// Into a variant of the caller's. A text of no variant becomes a VT_BSTR, an empty one, and one that can't be unpacked,
-// VT_EMPTY as far as the system makes that of what the variant holds.
+// Stores the value in `value`, which must be an initialised variant. Text that isn't a variant becomes a VT_BSTR. An
+// empty text, and a variant that can't be unpacked, become VT_EMPTY if the system can convert the old contents of
+// `value`.
 void VariantFromText(std::wstring_view text, VARIANT& value);
 
 } // namespace qx

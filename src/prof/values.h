@@ -1,4 +1,4 @@
-// Which values are stored once, and how a value is handed to a caller.
+// Which values are interned, and how values are copied to callers.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +8,8 @@
 namespace qx
 {
 
-// Texts that are mostly coordinates and numbers rarely repeat, so they stay out of the value table: those that begin
-// with a bracket or a digit, or with a minus and a digit, but for the short ones.
+// Returns false for values that look like coordinates or numbers, because these rarely repeat: those that begin with
+// '(', with a digit, or with a minus sign and a digit. Numbers of up to three digits are interned.
 constexpr bool IsInternedValue(std::wstring_view value)
 {
     const auto isDigitAt = [&](std::size_t i)
@@ -25,8 +25,8 @@ constexpr bool IsInternedValue(std::wstring_view value)
     return true;
 }
 
-// Copies at most `size` - 1 characters and a terminator to the caller's buffer. Nothing is written to a null buffer or
-// one of size 0 or less.
+// Copies at most `size` - 1 characters and a terminator to `buffer`. Writes nothing if the buffer is null or `size` is
+// 0 or negative.
 void CopyToBuffer(std::wstring_view text, wchar_t* buffer, std::int32_t size);
 
 } // namespace qx

@@ -15,7 +15,7 @@ namespace qx
 namespace
 {
 
-// The names of the open fields, oldest first, joined by dots.
+// The names of the open fields, outermost first, joined by dots.
 class clsFieldPath
 {
 public:
@@ -28,7 +28,7 @@ public:
         _isNew = true;
     }
 
-    // Without an open field there is nothing to remove.
+    // Does nothing if no field is open.
     void Pop()
     {
         if (_lengths.empty())
@@ -40,13 +40,12 @@ public:
 
     std::wstring_view View() const { return {_path.data(), _path.size()}; }
 
-    // Whether this path is asked for the first time since it changed: as often as not, it is a text of its own in the
-    // tree then.
+    // Returns true for the first call after a change of the path. Only then does the tree store the path as a new text.
     bool TakeNew() { return std::exchange(_isNew, false); }
 
 private:
     std::vector<wchar_t> _path;
-    std::vector<std::size_t> _lengths; // of the path in front of each name
+    std::vector<std::size_t> _lengths; // the length of the path before each name
     bool _isNew = true;
 };
 
@@ -63,7 +62,7 @@ public:
                 continue;
             if (*_text.begin != L'<')
                 Fail(L"prof::xml::xfdf: bad format ('<' expected)");
-            // Other software writes more than one tag to a line. What follows a tag and isn't one is passed over.
+            // Other software writes several tags on one line. Text between tags is skipped.
             while (*_text.begin == L'<')
             {
                 ++_text.begin;
@@ -85,8 +84,8 @@ private:
         return true;
     }
 
-    // Takes the tag, which begins behind its bracket, and a value with all that belongs to it. False where reading
-    // ends.
+    // Parses a tag, starting after its '<', and a value together with its contents. Returns false if reading is
+    // finished.
     bool ParseTag()
     {
         if (TakeTag(L"value>"))
@@ -131,7 +130,7 @@ private:
         return true;
     }
 
-    // To the end of the line if it isn't there.
+    // Skips to the end of the line if `what` isn't found.
     void SkipBehind(std::wstring_view what)
     {
         wchar_t* const found = _text.Find(what);
@@ -154,11 +153,10 @@ private:
         _fields.Push(name);
         SkipTag();
         if (_text.begin[-1] == L'>' && _text.begin[-2] == L'/')
-            _fields.Pop(); // nothing is inside
+            _fields.Pop(); // an empty element
     }
 
-    // The value, unmasked. It may go over lines, which come without blanks at their beginning, and empty ones not at
-    // all.
+    // Returns the unmasked value. A value may span lines; leading blanks of its lines and empty lines are dropped.
     std::wstring_view ReadValue()
     {
         constexpr std::wstring_view kEnd = L"</value>";
@@ -210,7 +208,7 @@ private:
     clsItemList& _list;
     scXmlText _text{nullptr, nullptr};
     clsFieldPath _fields;
-    std::vector<wchar_t> _value; // of more than one line
+    std::vector<wchar_t> _value; // a value that spans lines
     std::uint64_t _nameCharacters = 0;
 };
 

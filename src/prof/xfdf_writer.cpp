@@ -36,7 +36,7 @@ struct scReference
     std::string_view text;
 };
 
-// What doesn't go into a text or an attribute as it is, or wouldn't come out of it so.
+// Characters that can't be written literally, or would be read back differently.
 constexpr std::array kReferences{
     scReference{L'<', "&lt;"},
     scReference{L'>', "&gt;"},
@@ -47,7 +47,7 @@ constexpr std::array kReferences{
     scReference{L'\n', "&#x000a;"},
     scReference{L'\r', "&#x000d;"},
 };
-constexpr std::size_t kLongest = 8; // bytes that a character takes
+constexpr std::size_t kLongest = 8; // bytes per character, at most
 
 char* Copy(char* out, std::string_view text)
 {
@@ -65,7 +65,8 @@ bool IsLow(wchar_t c)
     return c >= 0xDC00 && c < 0xE000;
 }
 
-// The character at the front, which may take two units. What no XML text may hold is replaced.
+// Removes the first character from the text and returns it. It may take two UTF-16 units. Characters that XML can't
+// represent are replaced.
 std::uint32_t TakeCharacter(std::wstring_view& text)
 {
     const wchar_t c = text[0];
@@ -133,10 +134,10 @@ public:
 
     void Write(std::string_view text) { _output.SetUsed(Copy(_output.ReserveBytes(text.size()), text)); }
 
-    // The length of all names that a reader makes of the fields.
+    // Returns the total length of the names that a reader will create for the fields.
     std::uint64_t NameCharacters() const { return _nameCharacters; }
 
-    // The calls of a walk through the tree.
+    // The visitor functions of WalkTree.
     void Leaf(const clsItem& item, std::uint32_t)
     {
         _nameCharacters += _pathLengths.back() + item.Name().length;
@@ -177,7 +178,7 @@ private:
         Write(kFieldEnd);
     }
 
-    // In pieces, since the room for one is that of the longest characters.
+    // Writes in pieces, because the buffer of a piece must have room for the longest encoding of each character.
     void WriteMasked(std::wstring_view text)
     {
         constexpr std::size_t kPiece = 1024;
@@ -185,15 +186,15 @@ private:
         {
             std::size_t length = std::min(text.size(), kPiece);
             if (length < text.size() && IsHigh(text[length - 1]))
-                ++length; // the pair stays together
+                ++length; // keep surrogate pairs together
             _output.SetUsed(CopyMasked(_output.ReserveBytes(length * kLongest), text.substr(0, length)));
             text.remove_prefix(length);
         }
     }
 
     clsProfOutput& _output;
-    clsIndent<char> _indent;                    // of what is written next
-    std::vector<std::uint64_t> _pathLengths{0}; // of the names of the open fields, each with a dot behind it
+    clsIndent<char> _indent;                    // of the next line
+    std::vector<std::uint64_t> _pathLengths{0}; // the length of the path of each open field, including a trailing dot
     std::uint64_t _nameCharacters = 0;
 };
 

@@ -1,4 +1,4 @@
-// The tags in the lines of the two XML forms.
+// Parsing of the tags in a line, for both XML forms.
 #pragma once
 
 #include "prof/mask.h"
@@ -9,7 +9,7 @@
 namespace qx
 {
 
-// The part of a line that is still to be read, zero-terminated and writable.
+// The part of a line that hasn't been parsed yet. Zero-terminated and writable.
 struct scXmlText
 {
     wchar_t* begin;
@@ -30,7 +30,7 @@ struct scXmlText
     }
 };
 
-// Without regard to the case of A to Z. The tag is in lower case.
+// Compares A to Z without regard to case. `tag` must be in lower case.
 inline bool BeginsWithTag(std::wstring_view text, std::wstring_view tag)
 {
     if (text.size() < tag.size())
@@ -44,13 +44,13 @@ inline bool BeginsWithTag(std::wstring_view text, std::wstring_view tag)
     return true;
 }
 
-// The text between two places, unmasked in place.
+// Unmasks the text between two positions in place and returns it.
 inline std::wstring_view Unmasked(wchar_t* begin, const wchar_t* end)
 {
     return {begin, clsProfMask::Unmask(begin, static_cast<std::size_t>(end - begin))};
 }
 
-// A failure of the name attribute of a tag.
+// Errors in the name attribute of a tag.
 enum class XmlNameFault
 {
     None,
@@ -58,7 +58,7 @@ enum class XmlNameFault
     Unfinished
 };
 
-// Takes `name="..."` out of the text, which begins behind its closing quote then. Other attributes are passed over.
+// Parses `name="..."` and moves `text` past the closing quote. Other attributes are skipped.
 inline XmlNameFault TakeName(scXmlText& text, std::wstring_view& name)
 {
     constexpr std::wstring_view kAttribute = L"name=\"";

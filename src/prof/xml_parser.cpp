@@ -31,11 +31,11 @@ public:
             if (!ParseLine({line.text, line.text + line.length}))
                 return;
         }
-        _open.CloseAll(); // missing ends are no error
+        _open.CloseAll(); // missing end tags are no error
     }
 
 private:
-    // Each gives false where reading ends.
+    // Returns false if reading is finished.
     using Action = bool (clsXmlParser::*)(scXmlText behindTag);
 
     enum class Place
@@ -45,7 +45,7 @@ private:
         AtRoot      // at level 0
     };
 
-    // A tag, which is told by its beginning; where it may stand, and what is said where it may not.
+    // A tag, identified by its beginning; the place where it is allowed; and the error message for other places.
     struct scTag
     {
         std::wstring_view beginning;
@@ -87,7 +87,7 @@ private:
             Fail(L"prof::xml: bad format");
     }
 
-    // A comment's end has white space in front of it, or begins its line.
+    // The end of a comment must follow a blank or tab, or begin the line.
     bool EndComment(scXmlText& text)
     {
         wchar_t* end = text.Find(L" -->");
@@ -187,12 +187,12 @@ private:
     [[noreturn]] void Fail(const wchar_t* message) const { throw new clsLoadException(_state.lineCounter, message); }
 
     scParseState& _state;
-    int _level; // of the list that parsing began with
+    int _level; // the level at which parsing began
     clsItemList& _list;
     clsOpenLists _open;
 };
 
-// The first that fits counts. Others, the head among them, are passed over.
+// The first matching tag is used. Unknown tags, including the head, are skipped.
 bool clsXmlParser::ParseTag(scXmlText text)
 {
     static constexpr scTag kTags[] = {

@@ -38,7 +38,7 @@ constexpr std::wstring_view kListEnd = L"</list>\r\n";
 constexpr std::wstring_view kXmlNameEnd = L"\">";
 constexpr std::wstring_view kLineEnd = L"\r\n";
 
-// A text on its way into the markup. Most have nothing to mask and are copied as they are.
+// A text to be written masked. Most texts have nothing to mask and are copied unchanged.
 class clsMaskedText
 {
 public:
@@ -62,7 +62,7 @@ public:
 
     void Write(std::wstring_view text) { _output.SetUsed(CopyCharacters(_output.Reserve(text.size()), text)); }
 
-    // The calls of a walk through the tree.
+    // The visitor functions of WalkTree.
     void Leaf(const clsItem& item, std::uint32_t)
     {
         const std::wstring_view indent = _indent.View();
@@ -96,7 +96,7 @@ public:
 
 private:
     clsProfOutput& _output;
-    clsIndent<wchar_t> _indent; // of what is written next
+    clsIndent<wchar_t> _indent; // of the next line
 };
 
 } // namespace

@@ -9,7 +9,7 @@ namespace
 
 using Formatter = int(WINAPI*)(LCID, DWORD, const SYSTEMTIME*, LPCWSTR, LPWSTR, int);
 
-// Empty where the system can't.
+// Returns an empty text if the system can't format the time.
 String Formatted(Formatter format, DWORD flags, const SYSTEMTIME& time)
 {
     wchar_t buffer[256];
@@ -20,7 +20,7 @@ String Formatted(Formatter format, DWORD flags, const SYSTEMTIME& time)
 String WeekdayName(WORD dayOfWeek)
 {
     constexpr LCTYPE kNames[] = {LOCALE_SDAYNAME7, LOCALE_SDAYNAME1, LOCALE_SDAYNAME2, LOCALE_SDAYNAME3,
-        LOCALE_SDAYNAME4, LOCALE_SDAYNAME5, LOCALE_SDAYNAME6}; // from Sunday on
+        LOCALE_SDAYNAME4, LOCALE_SDAYNAME5, LOCALE_SDAYNAME6}; // starting with Sunday
     wchar_t buffer[128];
     if (dayOfWeek >= std::size(kNames) ||
         GetLocaleInfoW(LOCALE_USER_DEFAULT, kNames[dayOfWeek], buffer, static_cast<int>(std::size(buffer))) <= 0)

@@ -1,4 +1,4 @@
-// The text in the activity file of temporary files.
+// The text of the activity file of temporary files.
 #pragma once
 
 #include "core/text/string.h"
@@ -8,7 +8,7 @@
 namespace qx
 {
 
-// A time by the user's locale: short date, time without seconds, and the weekday. For people who look into the file.
+// Formats a time in the user's locale: short date, time without seconds, and weekday. For people who look at the file.
 String ActivityNote(const SYSTEMTIME& time);
 
 } // namespace qx

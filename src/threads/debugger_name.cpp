@@ -12,14 +12,14 @@ namespace
 
 constexpr DWORD kThreadNameException = 0x406D1388;
 
-// A debugger takes the exception and lets the thread go on. Where there is none, this does.
+// A debugger handles the exception and continues the thread. Without a debugger, this handler does the same.
 LONG CALLBACK GoOn(EXCEPTION_POINTERS* exception)
 {
     return exception->ExceptionRecord->ExceptionCode == kThreadNameException ? EXCEPTION_CONTINUE_EXECUTION
                                                                              : EXCEPTION_CONTINUE_SEARCH;
 }
 
-// Installed for moments only: this library may be unloaded at any time.
+// Installed only for the duration of a call, because this library may be unloaded at any time.
 class GoOnHandler
 {
 public:
@@ -44,7 +44,7 @@ void NameThreadForDebugger(const char* name)
         const char* name;
         DWORD threadId;
         DWORD flags;
-    } record = {0x1000, name, 0xFFFFFFFF, 0}; // that id stands for the calling thread
+    } record = {0x1000, name, 0xFFFFFFFF, 0}; // this id means the calling thread
     std::array<ULONG_PTR, sizeof record / sizeof(ULONG_PTR)> words;
     std::memcpy(words.data(), &record, sizeof record);
     const GoOnHandler handler;

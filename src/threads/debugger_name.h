@@ -3,7 +3,7 @@
 namespace qx
 {
 
-// Tells the debugger, if there is one, the name of the calling thread.
+// Reports the name of the calling thread to a debugger, if one is attached.
 void NameThreadForDebugger(const char* name);
 
 } // namespace qx

@@ -1,4 +1,4 @@
-// An event of the system's.
+// A system event.
 #pragma once
 
 #include "files/handle_holder.h"
@@ -6,14 +6,14 @@
 namespace qx
 {
 
-// Unset at first, without a name.
+// An unnamed event, initially not signalled.
 class clsEvent : public clsGenericHandleObjectAutoRelease
 {
 public:
     enum class Kind
     {
         ManualReset,
-        AutoReset // by the one wait that it ends
+        AutoReset // reset by the wait that it releases
     };
 
     explicit clsEvent(Kind kind = Kind::ManualReset)

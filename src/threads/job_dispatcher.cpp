@@ -11,7 +11,7 @@ namespace
 
 constexpr DWORD kEventPatience = 1'000;
 
-// The exact sleeps of a wait that goes on.
+// Sleeps of 1 ms. Raises the timer resolution at the first sleep and restores it in the destructor.
 class ShortSleeps
 {
 public:
@@ -45,8 +45,8 @@ bool HasGroup(const ThreadedJobs& jobs, int group)
 
 } // namespace
 
-// A thread that has a job in its hands itself, which a host or a job that waits for the end has, doesn't wait for those
-// of others: they may wait for its own.
+// Returns true if other threads hold jobs of the group. Returns false if the calling thread holds a job itself, that
+// is, if a host or a job waits for the end. Waiting could deadlock then, because other threads may wait for that job.
 bool clsThreadedJobDispatcher::OthersHaveJobs(int group) const
 {
     bool haveAny = false;
@@ -84,7 +84,8 @@ void clsThreadedJobDispatcher::Abort(int group)
     _jobEvent.Set();
 }
 
-// With the lock held. Those that are to be released, by the first abort.
+// Must be called with the lock held. Removes the group's jobs from the lists and returns them, so that the caller
+// releases them. Only the first abort removes jobs.
 ThreadedJobs clsThreadedJobDispatcher::DropJobs(int group)
 {
     ThreadedJobs dropped;
@@ -124,8 +125,9 @@ void clsThreadedJobDispatcher::Close()
     RunUntilDone([](const clsUTThreadedJob&) {}, [](HANDLE) { return true; });
 }
 
-// Each job that is finished goes through `handBack`. Where there is none, and nothing to run, `mayWait` is asked
-// whether to wait for the event, or has done so itself. Only then is there a reason to yield, and to ask for the end.
+// Runs jobs and passes each finished job to `handBack` until no jobs are left. If there is neither a job to run nor a
+// finished job, calls `mayWait`: true means that this function must wait for the event, false that `mayWait` has waited
+// itself. Only in this case does it check for the end and yield.
 template <class HandBack, class MayWait>
 void clsThreadedJobDispatcher::RunUntilDone(HandBack handBack, MayWait mayWait)
 {
@@ -133,7 +135,7 @@ void clsThreadedJobDispatcher::RunUntilDone(HandBack handBack, MayWait mayWait)
     JobInHand job(*this);
     for (;;)
     {
-        // What the run job leads to comes before the finished one is taken, such as an abort.
+        // Run the job first and take a finished job afterwards, because the run may cause an abort, for example.
         const bool didRun = RunJob(job);
         if (didRun)
             job.Take([this] { return GetFinishedJob(); });
@@ -147,13 +149,13 @@ void clsThreadedJobDispatcher::RunUntilDone(HandBack handBack, MayWait mayWait)
             break;
         sleeps.Sleep();
     }
-    // The event wakes one thread only, and several may wait for this end.
+    // The event wakes only one thread, but several may be waiting for the end.
     _jobEvent.Set();
 }
 
-// Runs a job that waits for the caller, or one for which no worker comes: without that the driving thread would wait
-// for ever. With nothing to run there is a finished job in hand, if there is one: most often this is so, and the lock
-// is taken once for all of it.
+// Runs a job that must run on the calling thread, or a queued job that might never reach a worker; otherwise the
+// calling thread could wait forever. If there is nothing to run, takes a finished job instead. That is the most common
+// case, and it takes the lock only once.
 bool clsThreadedJobDispatcher::RunJob(JobInHand& inHand)
 {
     clsUTThreadedJob* queued = nullptr;
@@ -181,7 +183,7 @@ void clsThreadedJobDispatcher::RunOwnJob(JobInHand& job)
 {
     job->Run();
     if (job->job)
-        job->job->GetResult(); // a job may count on being asked
+        job->job->GetResult(); // jobs may rely on this call
     if (!job->TellOwnHost())
         job.Keep();
 }

@@ -1,4 +1,4 @@
-// Runs jobs on threads and brings them back.
+// Runs jobs on worker threads and returns them.
 #pragma once
 
 #include "core/critical_section.h"
@@ -10,14 +10,15 @@
 namespace qx
 {
 
-// A list of jobs that owns them. A job is made in a list of its own, and moves from list to list without being copied.
+// A list that owns its jobs. Each job is created in a list of its own and moves between lists without being copied.
 using ThreadedJobs = WCValSList<clsUTThreadedJob>;
 
-// The lists of a dispatcher, and what the thread that drives it does; a derived class brings the workers.
+// Base class of dispatchers: the job lists, and the work of the thread that finalizes or closes the dispatcher (the
+// driving thread). A derived class supplies the workers.
 //
-// A job is in one list at a time: queued, or to be run by the caller; then running, unless the caller runs it; then
-// finished, unless its host took it. References of a job are given back before it counts as gone, so that who was told
-// that all is done may take hosts and jobs away.
+// A job is in one list at a time. It starts as queued, or as a caller job if it must run on the caller's thread. Queued
+// jobs become running. A job that has run becomes finished, unless its host has accepted it. All references of a job
+// are released before the job counts as done, so that callers may destroy hosts and jobs as soon as everything is done.
 class clsThreadedJobDispatcher : public clsAllocationCountVerifier<clsThreadedJobDispatcher, 0>
 {
 public:
@@ -25,27 +26,27 @@ public:
     clsThreadedJobDispatcher(const clsThreadedJobDispatcher&) = delete;
     clsThreadedJobDispatcher& operator=(const clsThreadedJobDispatcher&) = delete;
 
-    // The order of the virtual operations is part of the interface.
+    // The vtable order is part of the interface.
 
     virtual ~clsThreadedJobDispatcher() = default;
     virtual bool IsIdle() const;
-    // Whether no job of the group is left; group 0 stands for all.
+    // Returns true if no job of the group is left. Group 0 means all jobs.
     virtual bool JobsDone(int group) const;
-    // The one in the list.
+    // Adds the job in the list.
     virtual void AddJob(ThreadedJobs job) = 0;
-    // The first one, or none.
+    // Returns the first finished job, or an empty list.
     virtual ThreadedJobs GetFinishedJob() = 0;
     virtual void Abort(int group);
-    // By the worker that ran it.
+    // Called by the worker that ran the job.
     virtual void JobCompleted(clsUTThreadedJob& job) = 0;
-    // Waits for a job. Null tells the worker to end.
+    // Waits for a job. Returns null if the worker must end.
     virtual clsUTThreadedJob* GetNextJob() = 0;
     virtual void ResetAbort();
     virtual bool IsAborted() const;
-    // Until no job is left. Without a host the jobs' own hosts are told.
+    // Runs until no job is left. Finished jobs are reported to `host`, or to their own hosts if `host` is null.
     virtual void Finalize(IUTThreadedJobHost* host);
 
-    // Aborts, and until no job is left.
+    // Aborts all jobs and waits until none is left.
     void Close();
 
 protected:
@@ -53,23 +54,23 @@ protected:
 
     static constexpr std::size_t kCacheLine = 64;
 
-    // Whether jobs that are queued may never be run by a worker.
+    // Returns true if queued jobs might never reach a worker.
     virtual bool MayLackWorkers() const = 0;
 
-    // Both with the lock held.
+    // Both must be called with the lock held.
     void MoveRunning(const clsUTThreadedJob& job, ThreadedJobs& target);
     clsUTThreadedJob* MoveFirstToRunning();
 
-    // By lines of the processor's caches, which each round of the lock brings from one processor to another: what
-    // adding a job changes, what completing one changes besides, and what seldom changes.
-    alignas(kCacheLine) mutable clsCriticalSection _lock{4000}; // the lists and the flag
+    // Grouped by cache lines, because these move between processors with each use of the lock: data that change when a
+    // job is added, data that also change when one is completed, and data that rarely change.
+    alignas(kCacheLine) mutable clsCriticalSection _lock{4000}; // protects the lists and the flag
     ThreadedJobs _queued;
     alignas(kCacheLine) ThreadedJobs _finished;
-    ThreadedJobs _running; // by workers
+    ThreadedJobs _running; // on workers
     alignas(kCacheLine) ThreadedJobs _callerJobs;
     const unsigned _maximumWorkers;
     bool _isAborted = false;
-    clsEvent _jobEvent{clsEvent::Kind::AutoReset}; // something has changed for the thread that drives
+    clsEvent _jobEvent{clsEvent::Kind::AutoReset}; // wakes the driving thread after a change
 
 private:
     template <class HandBack, class MayWait>

@@ -1,4 +1,4 @@
-// A job that a thread has in its hands.
+// A job that is temporarily held by a thread.
 #pragma once
 
 #include "threads/job_dispatcher.h"
@@ -9,9 +9,9 @@
 namespace qx
 {
 
-// The job that a driving thread runs or tells the host of, and those that it, a worker or an abort releases. They stand
-// in no list, but aren't gone yet for the other threads that wait for the end of all. A job is released without the
-// lock, since the end of the caller's objects may take any time.
+// The job that a driving thread runs or reports to its host, and jobs that are being released by a driving thread, a
+// worker or an abort. They aren't in any list, but still count as unfinished for other threads that wait for the end.
+// Jobs are released without the lock, because destroying the caller's objects may take arbitrarily long.
 class clsThreadedJobDispatcher::JobInHand
 {
 public:
@@ -32,7 +32,8 @@ public:
         *link = _next;
     }
 
-    // `take` is called with the lock held, and may give none; whether there is one. The former job is released.
+    // Takes the job that `take` returns and releases the previous one. `take` is called with the lock held and may
+    // return an empty list. Returns true if there is a job.
     template <class Source>
     bool Take(Source take)
     {
@@ -46,7 +47,7 @@ public:
         return !_job.IsEmpty();
     }
 
-    // Releases what `take` gives, which is called with the lock held.
+    // Releases the jobs that `take` returns. `take` is called with the lock held.
     template <class Source>
     void Release(Source take)
     {
@@ -65,7 +66,7 @@ public:
     const clsUTThreadedJob* operator->() const { return _job.First(); }
     const JobInHand* Next() const { return _next; }
 
-    // With the lock held, as for all that looks at those of other threads.
+    // Must be called with the lock held, like all functions that read the state of other threads.
     bool IsEmpty() const { return _job.IsEmpty() && !_isReleasing.load(std::memory_order_acquire); }
     bool MayHaveGroup(int group) const
     {
@@ -73,7 +74,7 @@ public:
     }
     DWORD ThreadId() const { return _threadId; }
 
-    // As one that is finished.
+    // Moves the job to the finished jobs.
     void Keep()
     {
         const clsCriticalSectionLock lock(_dispatcher._lock);
@@ -85,7 +86,7 @@ private:
     clsThreadedJobDispatcher& _dispatcher;
     const DWORD _threadId = GetCurrentThreadId();
     ThreadedJobs _job;                      // at most one
-    std::atomic<bool> _isReleasing = false; // becomes true with the lock held
+    std::atomic<bool> _isReleasing = false; // set to true only with the lock held
     JobInHand* _next = nullptr;
 };
 

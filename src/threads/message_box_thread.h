@@ -1,4 +1,4 @@
-// A message box that nobody has to wait for.
+// A message box that doesn't block its caller.
 #pragma once
 
 #include "threads/thread_base.h"
@@ -6,8 +6,8 @@
 namespace qx
 {
 
-// Shows the box from a thread of its own; where there can't be one, the constructor shows it and waits. The destructor
-// waits until the user has closed the box.
+// Shows the box on a thread of its own. If the thread can't be created, the constructor shows the box and blocks. The
+// destructor waits until the user has closed the box.
 class clsMessageBoxThread final : public clsThreadBase
 {
 public:
@@ -16,7 +16,7 @@ public:
 
     unsigned ThreadProc() override;
 
-    // The initial one until the box is closed.
+    // Returns `initialResult` until the box is closed.
     int Result() const { return _result; }
 
 private:

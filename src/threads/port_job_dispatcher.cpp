@@ -12,7 +12,7 @@ namespace
 
 constexpr DWORD kPacketBytes = 8;
 
-// What a packet bears that wakes a worker; one without anything is for its end.
+// The packet that wakes a worker. A packet without it ends the worker.
 OVERLAPPED wakeUp{};
 
 long long CounterNow()
@@ -44,7 +44,7 @@ unsigned clsThreadedJobProcessorUsingIoCompletionPort::ThreadProc()
     return 0;
 }
 
-// Without a port there are no workers, and the thread that finalizes or closes runs the jobs itself.
+// Without a port there are no workers, and the thread that finalizes or closes the dispatcher runs all jobs.
 clsThreadedJobDispatcherUsingIoCompletionPort::clsThreadedJobDispatcherUsingIoCompletionPort(
     unsigned maximumWorkers, const wchar_t* name)
     : clsThreadedJobDispatcher(qx::MaximumWorkers(maximumWorkers, maximumWorkers == 0 ? ProcessorCount() : 0, number)),
@@ -67,11 +67,11 @@ void clsThreadedJobDispatcherUsingIoCompletionPort::AddJob(ThreadedJobs job)
     {
         const clsCriticalSectionLock lock(_lock);
         if (_isAborted)
-            return; // the record and its references go with the argument
+            return; // the argument releases the job
         if (!job.First()->CanRunOnWorker())
         {
             job.MoveAt(0, _callerJobs);
-            _jobEvent.Set(); // whoever waits for jobs may run this one
+            _jobEvent.Set(); // a waiting driving thread may run it
             return;
         }
         if ((!_queued.IsEmpty() || _workers.IsEmpty()) && _workers.Count() < _maximumWorkers)
@@ -85,14 +85,15 @@ void clsThreadedJobDispatcherUsingIoCompletionPort::AddJob(ThreadedJobs job)
     PostPacket();
 }
 
-// With the lock held. A value that is there already isn't written, which would take the line from those that read it.
+// Must be called with the lock held. Doesn't write an unchanged value, because that would invalidate the cache line of
+// the readers.
 void clsThreadedJobDispatcherUsingIoCompletionPort::SetHasQueued(bool hasQueued)
 {
     if (_hasQueued.load(std::memory_order_relaxed) != hasQueued)
         _hasQueued.store(hasQueued, std::memory_order_relaxed);
 }
 
-// With the lock held.
+// Must be called with the lock held.
 bool clsThreadedJobDispatcherUsingIoCompletionPort::NeedsPacket() const
 {
     return _packets < _waitingWorkers && _packets + _isWatched < _queued.Count();
@@ -108,12 +109,12 @@ void clsThreadedJobDispatcherUsingIoCompletionPort::PostPacket()
     _jobEvent.Set();
 }
 
-// One that can't be started is not missed: the next job tries again.
+// A failure to start a worker is ignored; the next job tries again.
 void clsThreadedJobDispatcherUsingIoCompletionPort::StartWorker()
 {
     if (!_port.IsValid())
         return;
-    // In the list before it runs: one that couldn't be put there would have to be terminated.
+    // Add the worker to the list before it starts: if the list can't grow, no running thread has to be terminated.
     auto& worker = _workers.Append(std::make_unique<clsThreadedJobProcessorUsingIoCompletionPort>(*this, _name.Text()));
     ++_activeWorkers;
     bool isStarted = false;
@@ -123,7 +124,7 @@ void clsThreadedJobDispatcherUsingIoCompletionPort::StartWorker()
     }
     catch (const std::bad_alloc&)
     {
-        // the job is queued all the same
+        // the job is queued anyway
     }
     if (isStarted)
         return;
@@ -154,8 +155,9 @@ clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::GetNextJob()
     }
 }
 
-// For a job that is likely to come at once: looks out for it about as long as it takes to be woken, so that nobody has
-// to wake this thread. Seldom, so as not to hold up those that add: a few jobs together cost less than each by itself.
+// Watches the queue about as long as waking a thread takes, in case the next job follows immediately; nobody has to
+// wake this thread then. Checks only rarely, so as not to slow down threads that add jobs: taking a few jobs together
+// is cheaper than taking each one separately.
 void clsThreadedJobDispatcherUsingIoCompletionPort::WatchQueue()
 {
     constexpr int kLooks = 4, kPauses = 400;
@@ -164,7 +166,7 @@ void clsThreadedJobDispatcherUsingIoCompletionPort::WatchQueue()
     for (int look = 0; look < kLooks && !_hasQueued && !_isClosing; ++look)
         for (int pause = 0; pause < kPauses; ++pause)
             YieldProcessor();
-    _isWatched = false; // before the lock is taken: the next job may need somebody else
+    _isWatched = false; // cleared before the lock is taken, because the next job may need another worker
 }
 
 bool clsThreadedJobDispatcherUsingIoCompletionPort::WaitForPacket()
@@ -178,7 +180,7 @@ bool clsThreadedJobDispatcherUsingIoCompletionPort::WaitForPacket()
     return isThere && packet;
 }
 
-// By each worker.
+// The loop of each worker.
 void clsThreadedJobDispatcherUsingIoCompletionPort::RunJobs(ThreadMarks* marks)
 {
     {
@@ -192,8 +194,9 @@ void clsThreadedJobDispatcherUsingIoCompletionPort::RunJobs(ThreadMarks* marks)
     --_activeWorkers;
 }
 
-// As JobCompleted() and GetNextJob() do, in one round of the lock as long as there are jobs and none to release, which
-// may take any time: the next job would wait for that, with other workers asleep.
+// Does the work of JobCompleted() and GetNextJob() with a single use of the lock, unless the queue is empty or the
+// completed job must be released. A release may take arbitrarily long, and the next job must not wait for it while
+// other workers sleep.
 clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::CompleteAndGetNextJob(
     clsUTThreadedJob& job, JobInHand& inHand)
 {
@@ -210,7 +213,7 @@ clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::CompleteAndGetN
     return next ? next : GetNextJob();
 }
 
-// With the lock held.
+// Must be called with the lock held.
 clsUTThreadedJob* clsThreadedJobDispatcherUsingIoCompletionPort::TakeJob()
 {
     clsUTThreadedJob* const job = MoveFirstToRunning();
@@ -225,7 +228,8 @@ void clsThreadedJobDispatcherUsingIoCompletionPort::JobCompleted(clsUTThreadedJo
     _jobEvent.Set();
 }
 
-// With the lock held, also while the host is told. The job, if the host takes it.
+// Must be called with the lock held, which is kept while the host is notified. Returns the job if the host accepts it,
+// otherwise an empty list.
 ThreadedJobs clsThreadedJobDispatcherUsingIoCompletionPort::Complete(clsUTThreadedJob& job)
 {
     ThreadedJobs completed;

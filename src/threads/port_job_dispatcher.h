@@ -1,4 +1,4 @@
-// The job dispatcher whose workers wait at a completion port.
+// A job dispatcher whose workers wait at an I/O completion port.
 #pragma once
 
 #include "threads/job_dispatcher.h"
@@ -12,7 +12,7 @@ namespace qx
 
 class clsThreadedJobDispatcherUsingIoCompletionPort;
 
-// A worker.
+// A worker thread.
 class clsThreadedJobProcessorUsingIoCompletionPort final : public clsThreadBase
 {
 public:
@@ -27,8 +27,8 @@ private:
     clsThreadedJobDispatcherUsingIoCompletionPort& _dispatcher;
 };
 
-// How many dispatchers of the process are alive, with this one. A base, so that one which can't be made whole counts no
-// longer than that.
+// Counts the dispatchers of the process, including this one. A base class, so that the count is corrected if the
+// constructor of the derived class throws.
 struct DispatcherNumber
 {
     DispatcherNumber() : number(++alive) {}
@@ -42,14 +42,14 @@ private:
     static std::atomic<int> alive;
 };
 
-// A worker that has run a job, and released it if its host took it, takes the next one of the queue at once, or watches
-// the queue for a moment, and only then waits at the port. A packet there wakes one worker, and is posted only where
-// one waits and those that are awake or woken already can't take all that is queued: each packet costs two calls of the
-// system, and a thread to be woken. Should one not have been posted, the thread that finalizes or closes helps.
+// After a job, a worker takes the next queued job immediately. If there is none, it watches the queue for a moment
+// before it waits at the port. A packet wakes one worker. Each packet costs two system calls and a thread switch, so
+// one is posted only if a worker is waiting and the workers that are awake or already woken can't take all queued jobs.
+// If posting fails, the thread that finalizes or closes the dispatcher runs the jobs.
 class clsThreadedJobDispatcherUsingIoCompletionPort final : private DispatcherNumber, public clsThreadedJobDispatcher
 {
 public:
-    // 0 for as many workers as the process has processors for.
+    // 0 selects one worker less than the number of processors, but at least one.
     clsThreadedJobDispatcherUsingIoCompletionPort(unsigned maximumWorkers, const wchar_t* name);
     ~clsThreadedJobDispatcherUsingIoCompletionPort() override;
 
@@ -58,7 +58,7 @@ public:
     void JobCompleted(clsUTThreadedJob& job) override;
     clsUTThreadedJob* GetNextJob() override;
 
-    // The ticks of the performance counter that workers spent waiting.
+    // Returns the time that workers spent waiting, in ticks of the performance counter.
     long long WaitTime() const { return _waitTime; }
     long long JobsHandedOut() const;
     unsigned MaximumWorkers() const { return _maximumWorkers; }
@@ -83,13 +83,13 @@ private:
 
     const String _name;
     WCValSList<std::unique_ptr<clsThreadedJobProcessorUsingIoCompletionPort>> _workers;
-    std::atomic<int> _activeWorkers = 0; // not yet at their end
+    std::atomic<int> _activeWorkers = 0; // that haven't ended yet
     std::atomic<bool> _isClosing = false;
-    std::atomic<bool> _lacksPackets = false; // one couldn't be posted, so a job may stay queued
-    std::atomic<bool> _hasQueued = false;    // for whoever watches without the lock
-    std::atomic<bool> _isWatched = false;    // by a worker that takes what it sees
-    std::size_t _waitingWorkers = 0;         // at the port, or on their way there
-    std::size_t _packets = 0;                // posted, and not yet seen by the workers that they are for
+    std::atomic<bool> _lacksPackets = false; // posting failed, so a job may stay queued
+    std::atomic<bool> _hasQueued = false;    // readable without the lock
+    std::atomic<bool> _isWatched = false;    // by a worker that will take the next job
+    std::size_t _waitingWorkers = 0;         // at the port, or about to wait there
+    std::size_t _packets = 0;                // posted, but not yet received by a worker
     clsGenericHandleObjectAutoRelease _port;
     alignas(kCacheLine) std::atomic<long long> _waitTime = 0;
     long long _jobsHandedOut = 0;

@@ -15,7 +15,7 @@ constexpr USHORT kUsualGroups = 256;
 constexpr int kDispatchersWithoutLimit = 10;
 constexpr unsigned kWorkersBeyondThat = 2;
 
-// Empty where the system has no groups.
+// Returns an empty list if the system has no processor groups.
 std::vector<USHORT> GroupsOfProcess()
 {
     auto& groupsOf = Kernel32().p_GetProcessGroupAffinity;

@@ -3,11 +3,11 @@
 namespace qx
 {
 
-// The processors of the process; at least 1.
+// Returns the number of processors that the process may use, at least 1.
 unsigned ProcessorCount();
 
-// How many workers a dispatcher gets: those that were asked for, or by the processors for 0; few where many dispatchers
-// are alive, the new one included.
+// Returns the maximum number of workers of a new dispatcher: `wanted`, or one less than `processors` if `wanted` is 0.
+// If more than 10 dispatchers exist, including the new one, at most 2.
 unsigned MaximumWorkers(unsigned wanted, unsigned processors, int dispatchers);
 
 } // namespace qx

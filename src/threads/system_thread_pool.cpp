@@ -35,7 +35,7 @@ clsThreadPool::clsThreadPool()
     _environment.cleanupGroup = _cleanupGroup;
 }
 
-// At the end of the process the threads are gone already, and there is nothing to wait for.
+// At the end of the process there is nothing to wait for, because the threads no longer exist.
 clsThreadPool::~clsThreadPool()
 {
     if (IsProcessEnding())
@@ -58,7 +58,8 @@ PTP_WORK clsThreadPool::CreateWork(PTP_WORK_CALLBACK callback, void* context)
     return _pool ? p_CreateThreadpoolWork(callback, context, &_environment) : nullptr;
 }
 
-// The end of the group closes the items that are in it, and one that closes itself meanwhile would be released twice.
+// Does nothing once the group is being closed: closing the group also closes its items, and this one would be closed
+// twice.
 void clsThreadPool::CloseWork(PTP_WORK work)
 {
     const clsCriticalSectionLock lock(_lock);
@@ -72,7 +73,7 @@ clsThreadPoolWorkerBaseRunOnce::clsThreadPoolWorkerBaseRunOnce(clsThreadPool& po
 {
 }
 
-// Run() may have deleted the object before the system's function returns.
+// Uses a copy of the handle, because Run() may delete the object before the system call returns.
 bool clsThreadPoolWorkerBaseRunOnce::Submit()
 {
     const PTP_WORK work = _work;
@@ -81,8 +82,8 @@ bool clsThreadPoolWorkerBaseRunOnce::Submit()
     return work != nullptr;
 }
 
-// The lock isn't held across the wait: Run() may come to here itself meanwhile, and finds nothing left to do. At the
-// end of the process there is no thread any more that could be waited for.
+// The lock isn't held during the wait, because Run() may call this function itself; that call finds nothing left to do.
+// At the end of the process there is no thread to wait for.
 void clsThreadPoolWorkerBaseRunOnce::Finish()
 {
     PTP_WORK work = nullptr;
@@ -103,7 +104,7 @@ bool clsThreadPoolWorkerBaseRunOnce::MayRunLong() const
     return instance && _pool.p_CallbackMayRunLong(instance) != FALSE;
 }
 
-// Behind Run() the object may be gone.
+// Run() may delete the object.
 void CALLBACK clsThreadPoolWorkerBaseRunOnce::Callback(PTP_CALLBACK_INSTANCE instance, void* context, PTP_WORK)
 {
     auto& worker = *static_cast<clsThreadPoolWorkerBaseRunOnce*>(context);

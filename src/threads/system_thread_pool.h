@@ -1,5 +1,4 @@
-// The system's own thread pool, for work that is done once. (Job pools have threads of their own: see
-// job_dispatcher.h.)
+// The system's thread pool, for one-time work. Job pools have threads of their own: see job_dispatcher.h.
 #pragma once
 
 #include "core/critical_section.h"
@@ -33,22 +32,22 @@ protected:
     bool HasAll();
 };
 
-// A pool with a cleanup group. Empty on systems that have none.
+// A thread pool with a cleanup group. Empty on systems without thread pools.
 class clsThreadPool : public clsThreadPoolBase
 {
 public:
     clsThreadPool();
-    // Waits for the callbacks that run, and drops the others.
+    // Waits for running callbacks and cancels the others.
     ~clsThreadPool() override;
 
     explicit operator bool() const { return _pool != nullptr; }
 
-    // Null without a pool or memory.
+    // Returns null if there is no pool or memory runs out.
     PTP_WORK CreateWork(PTP_WORK_CALLBACK callback, void* context);
     void CloseWork(PTP_WORK work);
 
 private:
-    // The system's record in its first version, which all of them take.
+    // The first version of the system's structure, which all systems accept.
     struct Environment
     {
         DWORD version = 1;
@@ -61,12 +60,12 @@ private:
     Environment _environment;
     PTP_POOL _pool = nullptr;
     PTP_CLEANUP_GROUP _cleanupGroup = nullptr;
-    clsCriticalSection _lock; // the closing of items, beside the end
+    clsCriticalSection _lock; // serializes the closing of items with the destructor
     bool _isEnding = false;
 };
 
-// Something that a thread of the pool does once. The subclass's constructor calls Submit(), and its destructor Finish()
-// if Run() uses members of its own. Run() may delete the object.
+// Work that a pool thread runs once. The subclass calls Submit() in its constructor. If Run() uses members of the
+// subclass, its destructor must call Finish(). Run() may delete the object.
 class clsThreadPoolWorkerBaseRunOnce
 {
 public:
@@ -74,24 +73,24 @@ public:
     clsThreadPoolWorkerBaseRunOnce(const clsThreadPoolWorkerBaseRunOnce&) = delete;
     clsThreadPoolWorkerBaseRunOnce& operator=(const clsThreadPoolWorkerBaseRunOnce&) = delete;
 
-    // The order of the virtual operations is part of the interface.
+    // The vtable order is part of the interface.
 
     virtual void Run() = 0;
     virtual ~clsThreadPoolWorkerBaseRunOnce() { Finish(); }
 
 protected:
-    // False where there is no pool: then it will never run.
+    // Returns false if there is no pool; Run() will never be called then.
     bool Submit();
-    // Drops a run that hasn't begun, and waits for one that has, except for that which calls this.
+    // Cancels a run that hasn't started, or waits for a run in progress unless it is called by that run.
     void Finish();
-    // For a run that takes long: whether the pool has other threads for others.
+    // Reports a long run. Returns true if the pool has other threads for other work.
     bool MayRunLong() const;
 
 private:
     static void CALLBACK Callback(PTP_CALLBACK_INSTANCE instance, void* context, PTP_WORK work);
 
     clsThreadPool& _pool;
-    clsCriticalSection _lock; // the end
+    clsCriticalSection _lock; // protects Finish
     PTP_WORK _work;
     std::atomic<PTP_CALLBACK_INSTANCE> _instance = nullptr;
     std::atomic<DWORD> _threadId = 0;

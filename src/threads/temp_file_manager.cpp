@@ -15,15 +15,14 @@ namespace
 
 struct Manager
 {
-    // A manager that its caller didn't close has a thread, which nobody may wait for while the library is unloaded.
+    // Leaks a manager that wasn't closed. Its thread can't be waited for while the library is unloaded.
     ~Manager() { static_cast<void>(remover.release()); }
 
     clsCriticalSection lock;
     std::unique_ptr<clsTempFileRemover> remover;
 };
 
-// Not destroyed with the static objects: a caller that doesn't close the manager doesn't wait for its thread at the
-// process's end.
+// Not a static object: if the caller doesn't close the manager, the end of the process must not wait for its thread.
 Manager& TheManager()
 {
     static Manager& manager = MakeForever<Manager>();
@@ -44,7 +43,7 @@ void CloseTempFileManager()
 {
     Manager& manager = TheManager();
     const clsCriticalSectionLock lock(manager.lock);
-    // Taken out first: while it ends its thread it dispatches window messages, which may come back to here.
+    // Removed from the manager first: ending the thread dispatches window messages, which may call this function again.
     const std::unique_ptr<clsTempFileRemover> ending = std::move(manager.remover);
 }
 

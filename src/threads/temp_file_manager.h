@@ -1,14 +1,14 @@
-// The one temp file manager of the process.
+// The temp file manager, of which each process has one.
 #pragma once
 
 namespace qx
 {
 
-// Any thread may call these.
+// All functions are thread-safe.
 void OpenTempFileManager();
 void CloseTempFileManager();
 
-// Without a manager the file is tried once, now, and forgotten.
+// Without a manager, tries once to delete the file.
 void AddTempFile(const wchar_t* name);
 
 } // namespace qx

@@ -21,12 +21,12 @@ constexpr DWORD kEndPatience = 10'000;
 constexpr DWORD kLongestPause = 10'000;
 constexpr DWORD kShorterForEachFile = 100;
 constexpr std::size_t kFilesForTheShortestPause = 90;
-constexpr unsigned long long kBudgetOfAFile = 10; // milliseconds, on the average
+constexpr unsigned long long kBudgetOfAFile = 10; // milliseconds, on average
 constexpr unsigned long long kSweepInterval = 86'400'000;
 constexpr std::uint64_t kActiveFor = 3 * kUnitsPerHour;
 constexpr std::uint64_t kRestAfterWrite = 10 * kUnitsPerSecond;
 
-// False, with the last error, if it can't be read.
+// Returns false and sets the last error if the time can't be read.
 bool LastWriteOf(const String& name, std::uint64_t& time)
 {
     WIN32_FILE_ATTRIBUTE_DATA data;
@@ -68,7 +68,7 @@ clsTempFileRemover::clsTempFileRemover(const TempFileClock& clock) : clsThreadBa
 clsTempFileRemover::~clsTempFileRemover()
 {
     ThreadEnd(false, kEndPatience, true);
-    // Without the lock: a thread that had to be forced may have left it taken.
+    // Doesn't take the lock, because a terminated thread may have left it locked.
     for (const IString& name : _files)
     {
         if (DeleteFileW(name))
@@ -87,7 +87,7 @@ void clsTempFileRemover::Add(const wchar_t* name)
     Start();
 }
 
-// A thread that can't be started is tried again with the next file.
+// If the thread can't be started, the next file tries again.
 void clsTempFileRemover::Start()
 {
     if (_started)
@@ -103,7 +103,7 @@ unsigned clsTempFileRemover::ThreadProc()
     int result = 0;
     while (WaitForEvents(_clock.Wait(pause), result, 0))
     {
-        if (result == kWaitFailed) // without its event the thread would never rest, nor end
+        if (result == kWaitFailed) // without its event the thread would neither pause nor end
             return 1;
         pause = Round();
     }
@@ -162,7 +162,7 @@ void clsTempFileRemover::RemoveFiles(std::uint64_t now)
         });
 }
 
-// Whether the file is finished with.
+// Returns true if the file needs no further attempts.
 bool clsTempFileRemover::TryToRemove(const IString& name, std::uint64_t now) const
 {
     std::uint64_t written = 0;

@@ -1,4 +1,4 @@
-// The thread that gets rid of temporary files.
+// The thread that deletes temporary files.
 #pragma once
 
 #include "core/critical_section.h"
@@ -8,7 +8,7 @@
 namespace qx
 {
 
-// What the remover knows of time. Tests have one of their own, whose hours pass in no time.
+// The remover's source of time. Tests replace it by a clock in which hours pass immediately.
 class TempFileClock
 {
 public:
@@ -16,28 +16,29 @@ public:
 
     virtual unsigned long long Ticks() const;
     virtual FILETIME UtcNow() const;
-    // How long the thread really waits when it is to wait for so long.
+    // Returns how long the thread actually waits for a pause of this length.
     virtual DWORD Wait(DWORD milliseconds) const { return milliseconds; }
 
     static const TempFileClock& OfSystem();
 };
 
-// Deletes files once nothing holds them, and once a day what other processes left in the library's temp folder.
+// Deletes files as soon as they are no longer in use. Once a day, deletes files that other processes left in the
+// library's temp folder.
 //
-// Processes stay out of each other's way without talking to each other: each touches the activity file in every round,
-// and none sweeps while that was touched in the last three hours. So the first process after a quiet spell sweeps.
+// Processes coordinate without communicating: each one touches the activity file in every round, and none sweeps if the
+// file was touched within the last three hours. The first process after a quiet period therefore sweeps.
 class clsTempFileRemover final : public clsThreadBase
 {
 public:
     explicit clsTempFileRemover(const TempFileClock& clock = TempFileClock::OfSystem());
-    // Ends the thread, and tries the files that are left one last time.
+    // Ends the thread and tries once more to delete the remaining files.
     ~clsTempFileRemover() override;
 
     void Add(const wchar_t* name);
 
     unsigned ThreadProc() override;
 
-    // What the thread does again and again; gives the milliseconds to wait before the next round.
+    // The periodic work of the thread. Returns the pause before the next round in milliseconds.
     DWORD Round();
 
 private:
@@ -48,10 +49,10 @@ private:
     bool TryToRemove(const IString& name, std::uint64_t now) const;
 
     const TempFileClock& _clock;
-    clsCriticalSection _lock;   // the files, and the start of the thread
-    WCValSList<IString> _files; // still to be deleted, in the order in which they came
+    clsCriticalSection _lock;   // protects the files and the start of the thread
+    WCValSList<IString> _files; // files to delete, in insertion order
     unsigned long long _nextSweep = 0;
-    String _signalFile; // set before the thread starts; empty until then
+    String _signalFile; // set before the thread starts, empty until then
     bool _started = false;
 };
 

@@ -33,7 +33,7 @@ String LastErrorText()
     return String::SystemErrorText(GetLastError());
 }
 
-// Gives a lock away for the time of a wait.
+// Releases a lock for the duration of a wait.
 class LockReleased
 {
 public:
@@ -56,7 +56,7 @@ void PumpMessages()
     }
 }
 
-// No deadline for a wait without end.
+// A deadline. INFINITE means that it never passes.
 class Deadline
 {
 public:
@@ -76,8 +76,8 @@ long long Milliseconds(const FILETIME& time)
 
 } // namespace
 
-// What the starter hands to the thread. It outlives both of them: a thread that comes after the starter's patience has
-// ended finds the order withdrawn, and leaves the object alone, which may be gone by then.
+// Shared by the starter and the new thread, and outlives both. If the thread begins only after the starter has given
+// up, it finds the order withdrawn and doesn't touch the object, which may already be destroyed.
 struct clsThreadBase::StartOrder
 {
     enum class Stage
@@ -87,7 +87,7 @@ struct clsThreadBase::StartOrder
         Withdrawn,
     };
 
-    // False if the other side was first.
+    // Returns false if the other side was first.
     bool MoveTo(Stage next)
     {
         Stage expected = Stage::Open;
@@ -125,11 +125,11 @@ clsThreadBase::~clsThreadBase()
         CleanUpHandle();
 }
 
-// All of it under the lock, so that two starters don't both find that there is no thread.
+// Holds the lock throughout, so that two callers can't both start a thread.
 bool clsThreadBase::ThreadStart(int priority)
 {
     const clsCriticalSectionLock lock(_lock);
-    // A thread whose order was withdrawn, since it didn't begin in time, is none any more.
+    // A thread whose order was withdrawn because it didn't start in time doesn't count as a thread.
     if (GetThreadState() == State::Exited || (_hThread && !_isStarted))
         CleanUpHandle();
     if (_hThread)
@@ -164,7 +164,7 @@ bool clsThreadBase::Create(const std::shared_ptr<StartOrder>& order)
             L"clsThreadBase(%hs)::ThreadStart: Cannot create thread (stack size %d KiB): errno=%d, GetLastError()=%s",
             Name(), static_cast<int>(stackSize / 1024), code, reason.Text()));
     }
-    argument.release(); // the thread's now
+    argument.release(); // now owned by the thread
     _hThread = reinterpret_cast<HANDLE>(handle);
     _threadId = id;
     ++_starts;
@@ -180,7 +180,7 @@ bool clsThreadBase::WaitForStart(StartOrder& order)
     const String reason = LastErrorText();
     if (!order.MoveTo(StartOrder::Stage::Withdrawn))
     {
-        // It has begun in this very moment.
+        // The thread has started at this very moment.
         WaitForSingleObject(order.startSignal.Get(), INFINITE);
         return true;
     }
@@ -206,7 +206,8 @@ unsigned __stdcall clsThreadBase::Entry(void* order)
     return thread.Run(std::move(*argument));
 }
 
-// The order goes when the starter knows: a thread that runs keeps no event, which one that is terminated would leave.
+// Releases the order as soon as the starter is notified, so that a running thread owns no event. A thread that is
+// terminated would leak it.
 unsigned clsThreadBase::Run(std::shared_ptr<StartOrder> order)
 {
     const unsigned id = GetCurrentThreadId();
@@ -249,7 +250,7 @@ int clsThreadBase::ThreadEnd(bool stopsSuspended, DWORD milliseconds, bool mayTe
     const unsigned start = _starts;
     bool keepsHandle = false;
     const int result = EndRunning(stopsSuspended, milliseconds, mayTerminate, keepsHandle);
-    // While the lock was released for the wait, somebody may have started the next thread.
+    // While the lock was released for the wait, another thread may have been started.
     if (start != _starts || !_hThread)
         return result;
     if (UtilIsDeveloperRun())
@@ -274,14 +275,14 @@ int clsThreadBase::EndRunning(bool stopsSuspended, DWORD milliseconds, bool mayT
     if (code != STILL_ACTIVE)
         return 1;
 
-    // A duplicate, since another thread may find this one exited and close its handle.
+    // Use a duplicate, because another caller may find this thread exited and close its handle.
     clsGenericHandleObjectAutoRelease handle;
     if (!handle.Duplicate(_hThread))
         handle.Take(_hThread, false);
     const HANDLE thread = handle.Get();
     const unsigned threadId = _threadId;
     const DWORD suspended = SuspendThread(thread);
-    // It fails for a thread that has ended in between, which the wait below finds out at once.
+    // Fails if the thread has ended in the meantime; the wait below detects that immediately.
     const DWORD count = suspended == kSuspendFailed ? 0 : suspended;
     if (suspended != kSuspendFailed)
         ResumeThread(thread);
@@ -297,7 +298,7 @@ int clsThreadBase::EndRunning(bool stopsSuspended, DWORD milliseconds, bool mayT
         hasEnded =
             EndPumpsMessages() ? WaitForThreadAndMessages(thread, milliseconds) : WaitForThread(thread, milliseconds);
     }
-    // The next thread has been started only where this one had ended.
+    // Another thread can have been started only if this one had ended.
     if (hasEnded || start != _starts)
         return 1;
     if (!mayTerminate)
@@ -314,7 +315,7 @@ bool clsThreadBase::WaitForThread(HANDLE thread, DWORD milliseconds)
     return WaitForSingleObject(thread, milliseconds) != WAIT_TIMEOUT;
 }
 
-// False if the thread hasn't ended by the deadline.
+// Returns false if the thread hasn't ended by the deadline.
 bool clsThreadBase::WaitForThreadAndMessages(HANDLE thread, DWORD milliseconds)
 {
     const Deadline deadline(milliseconds);
@@ -341,7 +342,7 @@ bool clsThreadBase::WaitForThreadAndMessages(HANDLE thread, DWORD milliseconds)
     return false;
 }
 
-// What the thread would have taken back itself at its end is taken back here.
+// Also does the clean-up that the thread would have done itself at its end.
 void clsThreadBase::Terminate(HANDLE thread, unsigned threadId)
 {
     TerminateThread(thread, 0);
@@ -403,7 +404,7 @@ DWORD clsThreadBase::Wait(DWORD count, const HANDLE* handles, DWORD milliseconds
 
 bool clsThreadBase::WaitForEvents(DWORD milliseconds, int& result, int count, ...)
 {
-    // One more than the system takes, so that it is the system which refuses too many.
+    // Has room for one handle more than the system accepts, so that the system rejects too many handles.
     HANDLE handles[MAXIMUM_WAIT_OBJECTS + 1] = {_stopEvent.Get()};
     const int given = std::clamp(count, 0, static_cast<int>(MAXIMUM_WAIT_OBJECTS));
     va_list arguments;
@@ -418,7 +419,7 @@ bool clsThreadBase::WaitForEvents(DWORD milliseconds, int& result, int count, ..
     do
     {
         DWORD outcome = Wait(all, handles, milliseconds);
-        // A mutex whose owner is gone belongs to the one who waited for it, like any other.
+        // An abandoned mutex belongs to the thread that waited for it, like any other.
         if (outcome >= WAIT_ABANDONED_0 && outcome < WAIT_ABANDONED_0 + all)
             outcome -= WAIT_ABANDONED_0 - WAIT_OBJECT_0;
         if (outcome == WAIT_OBJECT_0)

@@ -1,4 +1,4 @@
-// The one thread object of the library.
+// The base class of all threads of the library.
 #pragma once
 
 #include "core/critical_section.h"
@@ -12,8 +12,9 @@
 namespace qx
 {
 
-// A thread that can be started, asked to stop, waited for, and started again. A subclass supplies the body, which
-// watches the stop event by WaitForEvents(), and calls ThreadEnd() in its own destructor, before its members are gone.
+// A thread that can be started, asked to stop, waited for, and started again. A subclass implements ThreadProc(), which
+// checks the stop event through WaitForEvents(). Its destructor must call ThreadEnd() before the members used by the
+// thread are destroyed.
 class clsThreadBase
 {
 public:
@@ -24,54 +25,56 @@ public:
         Exited = 3,
     };
 
-    // Results of WaitForEvents() beside the index of a handle.
+    // Results of WaitForEvents() in addition to handle indexes.
     static constexpr int kTimedOut = -1;
     static constexpr int kWaitFailed = -2;
     static constexpr int kCompletionRoutineRan = -3;
     static constexpr int kMessageArrived = -4;
     static constexpr int kStopRequested = static_cast<int>(0x80000000);
 
-    // The thread's name is that of the module, "::", and this one; without one, the thread has none.
+    // The thread's full name is the name of the module, "::" and `name`. If `name` is null or empty, the thread has no
+    // name.
     explicit clsThreadBase(const wchar_t* name);
     clsThreadBase(const clsThreadBase&) = delete;
     clsThreadBase& operator=(const clsThreadBase&) = delete;
 
-    // The order of the virtual operations is part of the interface.
+    // The vtable order is part of the interface.
 
-    // The body; its result is the exit code.
+    // The body of the thread. Returns the exit code.
     virtual unsigned ThreadProc() { return 0; }
     virtual unsigned GetStackSize() const { return 0x4000; }
-    // Whether WaitForEvents() wakes for window messages too.
+    // If true, WaitForEvents() also returns when window messages arrive.
     virtual bool WaitsPumpMessages() const { return false; }
-    // Whether ThreadEnd() keeps the caller's message queue running while it waits.
+    // If true, ThreadEnd() dispatches the caller's window messages while it waits.
     virtual bool EndPumpsMessages() const { return true; }
     virtual bool WaitsAlertable() const { return false; }
     virtual ~clsThreadBase();
 
-    // True when the thread runs; it has said so itself. A thread that runs already is resumed.
+    // Starts the thread and returns true once it runs. If it is already running, resumes it.
     bool ThreadStart(int priority);
 
-    // Asks the thread to stop and waits. 1 when it ended by itself, when there was none to end, or when it is left
-    // alone for now; 0 when it was terminated. Called by the thread itself it only sets the stop event. The platform
-    // layer ends a thread where it comes back from a foreign library, or leaves its last critical section: that may be
-    // after this has returned, so a body that may block there uses nothing that goes with the object.
+    // Asks the thread to stop and waits for it. Returns 1 if the thread has ended, if there was none, or if it is left
+    // running because `mayTerminate` is false. Returns 0 if it was terminated. When called by the thread itself, only
+    // sets the stop event. On linux, the platform layer terminates a thread only when it returns from a foreign library
+    // or leaves its last critical section. That may happen after ThreadEnd has returned, so a body that may block there
+    // must not use anything that is destroyed with the object.
     int ThreadEnd(bool stopsSuspended, DWORD milliseconds, bool mayTerminate);
 
-    // False when the thread is to stop. The handles follow their count.
+    // Returns false if the thread must stop. `count` is the number of handles that follow.
     bool WaitForEvents(DWORD milliseconds, int& result, int count, ...);
 
     State GetThreadState();
-    // The text of the last failure of ThreadStart().
+    // Returns the message of the last failure of ThreadStart().
     String& GetLastErrorString();
 
     const char* Name() const { return _name.get(); }
     unsigned ThreadId() const { return _threadId; }
     unsigned StarterId() const { return _starterId; }
-    // Filled when the handle is closed; -1 from the start on.
+    // Set when the handle is closed; (unsigned)-1 from the start until then.
     unsigned ExitCode() const { return _exitCode; }
 
 protected:
-    // For the body alone; null while nobody draws.
+    // For use by the thread only. Null if no timeline is recorded.
     ThreadMarks* Marks() const { return _marks.get(); }
 
 private:
@@ -97,7 +100,7 @@ private:
 
     DWORD Wait(DWORD count, const HANDLE* handles, DWORD milliseconds) const;
 
-    clsCriticalSection _lock{100}; // the handle, starts and ends
+    clsCriticalSection _lock{100}; // protects the handle, starts and ends
     HANDLE _hThread = nullptr;
     std::atomic<unsigned> _threadId = 0;
     std::atomic<unsigned> _starterId = 0;
@@ -108,7 +111,7 @@ private:
     std::unique_ptr<String> _lastError;
     std::atomic<int> _endGuard = 0;
     bool _isStarted = false;
-    unsigned _starts = 0; // tells a thread from the one that was started after it
+    unsigned _starts = 0; // distinguishes a thread from the next one
 };
 
 } // namespace qx

@@ -1,4 +1,4 @@
-// Marks of a thread's life on a timeline, for whoever draws one.
+// Marks for displaying the life of a thread on a timeline.
 #pragma once
 
 #include <memory>
@@ -6,18 +6,19 @@
 namespace qx
 {
 
-// What one thread writes to. It is made and used on that thread, and goes with the thread's object or its next start.
+// Receives the marks of one thread. Created and used on that thread, and destroyed with the thread object or at its
+// next start.
 class ThreadMarks
 {
 public:
     virtual ~ThreadMarks() = default;
     virtual void WriteMessage(unsigned importance, const wchar_t* text) = 0;
-    // A stretch of time, which may lie within another one.
+    // Begins a time span. Spans may be nested.
     virtual void EnterSpan(const wchar_t* text) = 0;
     virtual void LeaveSpan() = 0;
 };
 
-// A stretch of time for as long as it lives; nothing without marks.
+// A time span that lasts as long as this object. Does nothing if `marks` is null.
 class ThreadSpan
 {
 public:
@@ -38,10 +39,10 @@ private:
     ThreadMarks* const _marks;
 };
 
-// Null while nobody draws. The name is null for a thread without one.
+// Creates the marks of a thread. The name is null for a thread without a name.
 using ThreadMarksMaker = std::unique_ptr<ThreadMarks> (*)(const char* threadName);
 
-// Marks stand above the threads, and enter themselves here. Gives the former maker.
+// Marks are implemented in a higher layer, which registers itself here. Returns the previous maker.
 ThreadMarksMaker SetThreadMarksMaker(ThreadMarksMaker maker);
 std::unique_ptr<ThreadMarks> MakeThreadMarks(const char* threadName);
 

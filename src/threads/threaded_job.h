@@ -1,4 +1,4 @@
-// What a job dispatcher keeps of one job.
+// The record that a job dispatcher keeps for each job.
 #pragma once
 
 #include "core/text/string.h"
@@ -15,21 +15,22 @@ namespace qx
 class clsUTThreadedJob : public clsAllocationCountVerifier<clsUTThreadedJob, 0>
 {
 public:
-    // The object may have no IUTThreadedJob, and be null: the record passes through the dispatcher all the same.
+    // `object` may be null or lack the IUTThreadedJob interface. Such a record passes through the dispatcher without
+    // being run.
     clsUTThreadedJob(const wchar_t* jobName, IUnknown* object, IUTThreadedJobHost* itsHost);
     clsUTThreadedJob(const clsUTThreadedJob&) = delete;
     clsUTThreadedJob& operator=(const clsUTThreadedJob&) = delete;
     virtual ~clsUTThreadedJob() = default;
 
     bool CanRunOnWorker() const { return !job || job->CanRunOnWorker() != 0; }
-    // Group 0 stands for all.
+    // Group 0 means all groups.
     bool IsOfGroup(int group) const { return group == 0 || group == (job ? job->GetGroup() : 0); }
     void Run() const
     {
         if (job)
             job->Run();
     }
-    // Whether the host finishes with the job.
+    // Notifies a host. Returns true if the host accepts the job, which is then done.
     bool Tell(IUTThreadedJobHost* someHost) const
     {
         return someHost && someHost->OnJobDone(name.Text(), job.Get()) == 0;

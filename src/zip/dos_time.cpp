@@ -14,7 +14,7 @@ scDosTime DosTimeOfLocal(const SYSTEMTIME& local)
 {
     if (local.wYear < kFirstYear)
         return kFirst;
-    if (local.wYear > kLastYear) // which the system may take for an early one
+    if (local.wYear > kLastYear) // the system might wrap such a year to an earlier one
         return kLast;
     FILETIME time;
     scDosTime result;

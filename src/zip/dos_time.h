@@ -1,4 +1,4 @@
-// The time stamps of members: local time in steps of two seconds, from 1980 to 2107.
+// The time stamps of archive entries: local time with a resolution of two seconds, from 1980 to 2107.
 #pragma once
 
 #include <windows.h>
@@ -14,12 +14,12 @@ struct scDosTime
     std::uint16_t time = 0;
 };
 
-// Of a file's time, in the user's zone. A time out of range becomes the nearest that there is.
+// Converts a file time to local time. Times out of range become the nearest representable time.
 scDosTime DosTimeOf(const FILETIME& universal);
 
 scDosTime DosTimeNow();
 
-// The time back, by the user's zone; whether it is one.
+// Converts back to UTC, using the user's time zone. Returns false if `time` is invalid.
 bool FileTimeOf(const scDosTime& time, FILETIME& universal);
 
 } // namespace qx

@@ -1,4 +1,4 @@
-// What ends an extraction.
+// The exception that ends an extraction.
 #pragma once
 
 #include "core/text/string.h"
@@ -9,11 +9,11 @@
 namespace qx
 {
 
-// Leaves the library, so it is one of the standard's kind; its text is UTF-8.
+// Thrown to callers outside the library, so it derives from a standard exception. Its text is UTF-8.
 class clsZIPException : public std::exception
 {
 public:
-    // A format with one %s, for a name.
+    // `format` contains one %s, for the name.
     explicit clsZIPException(const wchar_t* format, const String& name = String());
     explicit clsZIPException(const String& text);
 

@@ -12,7 +12,7 @@ namespace qx
 namespace
 {
 
-// What tells a folder from all others, by whatever path it is reached.
+// Identifies a folder, regardless of the path by which it is reached.
 struct FolderId
 {
     DWORD volume;
@@ -40,7 +40,7 @@ bool LeadsBack(const String& link, const String& folder)
 {
     const std::optional<FolderId> target = IdOf(link);
     if (!target)
-        return true; // it leads nowhere, so there is nothing to follow
+        return true; // a dangling link; there is nothing to follow
     if (IdOf(folder) == target)
         return true;
     for (std::size_t i = folder.Length(); i > 0; --i)

@@ -1,4 +1,4 @@
-// Folders that are links to folders.
+// Detects cycles of folder links.
 #pragma once
 
 #include "core/text/string.h"
@@ -6,7 +6,7 @@
 namespace qx
 {
 
-// Whether a link leads to `folder` or to one that holds it: who follows it walks in a circle.
+// Returns true if a link leads to `folder` or to a folder that contains it. Following it would never end.
 bool LeadsBack(const String& link, const String& folder);
 
 } // namespace qx

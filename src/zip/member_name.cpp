@@ -18,7 +18,7 @@ namespace
 {
 
 constexpr std::uint16_t kUnicodePathId = 0x7075;
-constexpr std::size_t kUnicodePathHead = 5; // version 1, and the CRC-32 of the name that it stands for
+constexpr std::size_t kUnicodePathHead = 5; // the version, 1, and the CRC-32 of the name that the field replaces
 
 constexpr unsigned kMadeOnUnix = 3;
 constexpr unsigned kMadeOnDarwin = 19;
@@ -54,7 +54,7 @@ String Decoded(std::string_view bytes, unsigned codePage)
     return text;
 }
 
-// Empty if the field isn't there, or was left behind when the name was changed.
+// Returns an empty text if the field is missing, or if it is stale because the name was changed later.
 std::string_view UnicodePath(std::string_view name, std::string_view extra)
 {
     const std::string_view field = FindExtraField(extra, kUnicodePathId);
@@ -64,10 +64,10 @@ std::string_view UnicodePath(std::string_view name, std::string_view extra)
     return Number(field, 1, 4) == crc ? field.substr(kUnicodePathHead) : std::string_view();
 }
 
-// A colon begins a stream of a file, if not a drive.
+// Colons aren't allowed: they name a drive or an alternate stream.
 bool IsPartAllowed(const String& part)
 {
-    constexpr std::wstring_view kNever(L":\0", 2); // the check takes a text to end at a zero
+    constexpr std::wstring_view kNever(L":\0", 2); // zero included because IsFileNameAllowed stops at one
     return part.View().find_first_of(kNever) == std::wstring_view::npos && !IsDeviceName(part) &&
            IsFileNameAllowed(part);
 }

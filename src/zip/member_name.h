@@ -1,4 +1,4 @@
-// The names of members of any archive: what characters they have, and where they lead.
+// Entry names of any archive: their encoding and the path they lead to.
 #pragma once
 
 #include "containers/slist.h"
@@ -10,22 +10,22 @@
 namespace qx
 {
 
-// The data of the first extra field of this kind (APPNOTE.TXT 4.5), or an empty view.
+// Returns the data of the first extra field with this id (APPNOTE.TXT 4.5), or an empty view.
 std::string_view FindExtraField(std::string_view extra, std::uint16_t id);
 
-// In this order: UTF-8 if the flag tells so; the name of the Unicode Path field if it fits the stored one; UTF-8 if the
-// archive was made on Unix and its name is that; code page 437.
+// Decodes an entry's name. Rules in this order: UTF-8 if the flag says so; the name in the Unicode Path field if the
+// field matches the stored name; UTF-8 if the archive was created on Unix and the name is valid UTF-8; code page 437.
 String MemberName(std::string_view name, std::uint16_t flags, std::uint16_t versionMadeBy, std::string_view extra);
 
 enum class MemberPathError
 {
     None,
-    LeadsOut,  // of the folder to extract to: absolute, with a drive, or by ".."
-    NotAllowed // a name that no file may have on the system
+    LeadsOut,  // absolute, with a drive, or with ".."
+    NotAllowed // contains a name that the system doesn't allow for files
 };
 
-// The folders and the name of a member. Both separators separate, "." and empty names go. Names are refused on all
-// systems alike, so that no name means one thing here and another elsewhere.
+// Splits an entry's name into folders and file name. Both separators are accepted; "." and empty components are
+// dropped. The checks are the same on all systems, so that a name has the same meaning everywhere.
 MemberPathError SplitMemberName(const String& name, WCValSList<String>& parts);
 
 } // namespace qx

@@ -14,10 +14,10 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t kLongestText = 255; // of a record, in bytes
+constexpr std::size_t kLongestText = 255; // limit of each variable field, in bytes
 constexpr std::uint8_t kLowFlagFinalizer = 0x80;
 
-// Far more than any document tells about itself; a member that unpacks to more is there to fill the memory.
+// Far more than the properties of any document. A larger result is an attempt to exhaust memory.
 constexpr std::int64_t kMostTextBytes = 64 << 20;
 
 template <class Record>
@@ -32,7 +32,7 @@ bool ReadBytes(std::string& bytes, std::size_t count, clsFile& file)
     return count == 0 || file.Read(bytes.data(), static_cast<std::uint32_t>(count)) == count;
 }
 
-// Bytes that the file can't have aren't asked for.
+// Returns true if the file has `count` more bytes.
 bool HasBytes(clsFile& file, std::int64_t count)
 {
     return file.Tell() + count <= file.GetSize();
@@ -67,7 +67,7 @@ String InflatedText(clsFile& file, std::uint32_t size, unsigned codePage)
                                                                                     : String();
 }
 
-// In the file's position on, where the member's data begin.
+// Reads the member's data, which start at the file's current position.
 String TextOfMember(clsFile& file, const scZIPLocalHeader& header, unsigned codePage)
 {
     if (header.compressedSize == 0 || header.compressedSize > kMostTextBytes ||
@@ -85,7 +85,7 @@ String TextOfMember(clsFile& file, const scZIPLocalHeader& header, unsigned code
     }
 }
 
-// Goes to the central directory, and gives the number of its entries; -1 if there is none.
+// Moves to the central directory. Returns the number of its entries, or -1 if there is none.
 int FindDirectory(clsFile& file)
 {
     const auto size = static_cast<std::uint32_t>(file.GetSize());
@@ -160,7 +160,7 @@ bool ReadCentralRecord(scZIPCentralRecord& record, clsFile& file)
         header.nameLength > kLongestText || header.extraLength > kLongestText || header.commentLength > kLongestText)
         return false;
     const std::int64_t end = file.Tell() + header.nameLength + header.extraLength + header.commentLength;
-    // In 32 bits: files of such sizes are no documents. The end record stands behind the last entry.
+    // Compared as 32-bit values; documents are never that large. The end record must follow the last entry.
     if (static_cast<std::int32_t>(end) >= static_cast<std::int32_t>(file.GetSize()))
         return false;
     return ReadBytes(record.name, header.nameLength, file) && ReadBytes(record.extra, header.extraLength, file) &&

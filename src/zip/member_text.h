@@ -1,6 +1,6 @@
-// Finds the one member of a document's archive that tells of the document, and reads its text. Works on a stream as on
-// a file, and touches the central directory and that member only. What is damaged ends in a result, never in an
-// exception; each count and length is held against the size of the file before anything is made of it.
+// Finds the member of a document archive that contains the document's properties, and reads its text. Works on files
+// and streams, and reads only the central directory and that member. Damaged archives yield an error code, never an
+// exception. Each count and length is checked against the file size before it is used.
 #pragma once
 
 #include "core/text/string.h"
@@ -13,7 +13,7 @@ namespace qx
 
 class clsFile;
 
-// Records as they were read, and what stands behind them. A std::string has a zero byte behind its last one.
+// Records as read, with their variable fields.
 struct scZIPCentralRecord
 {
     scZIPCentralHeader header{};
@@ -29,14 +29,14 @@ struct scZIPLocalRecord
     std::string extra;
 };
 
-// By which of the two names the member was found, and so how its text is to be parsed.
+// Which of the two names the member has, and therefore how its text must be parsed.
 enum class ZIPTextKind
 {
     OpenDocument, // "meta.xml"
     OfficeOpenXml // "docProps/core.xml"
 };
 
-// Reads the text of the found member again: its own beginning may tell another code page than the default one.
+// Reads the text of the found member again, because its beginning may declare a code page other than the default one.
 class clsZIPMemberReader
 {
 public:
@@ -49,7 +49,7 @@ private:
     const scZIPCentralRecord& _record;
 };
 
-// Takes the text of the member.
+// Receives the text of the member.
 class IZIPTextReceiver
 {
 public:
@@ -59,23 +59,25 @@ protected:
     ~IZIPTextReceiver() = default;
 };
 
-// Goes through the central directory, whose end record has to stand at the very end of the file, and hands the text of
-// the first member that has one of the two names, in upper or lower case, to the receiver; an empty text isn't handed
-// over. 0, or -1 if the archive isn't usable or has neither.
+// Searches the central directory, whose end record must be at the very end of the file, for the first member with one
+// of the two names, ignoring case. Passes its text to the receiver unless it is empty. Returns 0, or -1 if the archive
+// is damaged or contains neither name.
 int GetZIPFilenames(IZIPTextReceiver& receiver, clsFile& file);
 
-// The steps of that, each from the file's position on; false for what isn't there in full or breaks a limit.
+// The steps of GetZIPFilenames. Each starts at the file's current position. They return false if data are missing or a
+// limit is exceeded.
 
-// Name, extra field and comment have at most 255 bytes each.
+// Name, extra field and comment are limited to 255 bytes each.
 bool ReadCentralRecord(scZIPCentralRecord& record, clsFile& file);
 
-// Seeks to the member. The name has at most 255 bytes. Sizes that are told behind the data come from the central
-// record.
+// Seeks to the member. The name is limited to 255 bytes. If the sizes are stored after the data, they are taken from
+// the central record.
 bool ReadLocalRecord(scZIPLocalRecord& record, const scZIPCentralRecord& central, clsFile& file);
 
 bool ReadFinalizer(scZIPDescriptor& buffer, clsFile& file);
 
-// The member's text, in the default code page if that is 0; empty on any failure. The position stays.
+// Returns the member's text, or an empty text on any failure. Code page 0 selects the default code page. The position
+// doesn't change.
 String ReadEntryText(clsFile& file, const scZIPCentralRecord& central, unsigned codePage);
 
 } // namespace qx

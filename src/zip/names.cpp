@@ -14,7 +14,7 @@ namespace
 constexpr wchar_t kDrivePattern[] = L"(?i)^([A-Z]:)(.*)$";
 constexpr wchar_t kServerPattern[] = L"(?i)^(\\\\\\\\.*?)(\\\\.*)$";
 
-// The characters behind the drive or the server, if there is one.
+// Returns the name without a drive or server.
 String WithoutRoot(const String& name)
 {
     static clsRegEx& drive = MakeForever<clsRegEx>(kDrivePattern, 0u);
@@ -25,7 +25,7 @@ String WithoutRoot(const String& name)
     return name;
 }
 
-// Characters that only look like one of the page count as not in it: a name must come back as it was.
+// Look-alike replacements count as missing characters, because a name must survive the round trip.
 int Convert(const String& text, unsigned codePage, char* bytes, int room, BOOL* usedDefault)
 {
     const DWORD flags = codePage == kZipUtf8CodePage ? 0 : WC_NO_BEST_FIT_CHARS;

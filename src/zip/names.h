@@ -1,4 +1,4 @@
-// Names and comments of members: the form in which they are stored, and their two encodings.
+// Names and comments of archive entries: their stored form and their two encodings.
 #pragma once
 
 #include "core/text/string.h"
@@ -11,14 +11,14 @@ namespace qx
 constexpr unsigned kZipOemCodePage = 437;
 constexpr unsigned kZipUtf8CodePage = 65001;
 
-// The name under which a file is stored: that which was given, or else its path. The drive or the server goes, the
-// separator behind it stays; slashes separate.
+// Returns the name under which a file is stored: `given`, or the path if `given` is empty. The drive or server is
+// removed, but not the separator after it; separators become slashes.
 String StoredNameOf(const String& path, const String& given);
 
-// Whether code page 437 has all characters of the text.
+// Returns true if code page 437 contains all characters of the text.
 bool IsOemText(const String& text);
 
-// The text in a code page; for page 437 what isn't in it becomes the default character.
+// Encodes the text in a code page. Characters missing in code page 437 become the default character.
 std::string EncodedText(const String& text, unsigned codePage);
 
 } // namespace qx

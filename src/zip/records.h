@@ -1,5 +1,5 @@
-// The records of a ZIP archive in file layout (PKWARE's APPNOTE.TXT, without ZIP64). All numbers are little-endian, as
-// both targets are, so that a record is written and read as it stands.
+// The records of a ZIP archive in file layout (PKWARE's APPNOTE.TXT, without ZIP64). All numbers are little-endian,
+// like both targets, so records are read and written without conversion.
 #pragma once
 
 #include <cstdint>
@@ -13,21 +13,21 @@ constexpr std::uint32_t kZipEndSignature = 0x06054B50;
 constexpr std::uint32_t kZipDescriptorSignature = 0x08074B50;
 
 constexpr std::uint16_t kZipVersionNeeded = 20;      // folders and deflate
-constexpr std::uint16_t kZipVersionMadeBy = 0x0A14;  // 2.0, with the attributes of NTFS
-constexpr std::uint16_t kZipFlagDescriptor = 0x0008; // the sizes stand behind the data
+constexpr std::uint16_t kZipVersionMadeBy = 0x0A14;  // 2.0, with NTFS attributes
+constexpr std::uint16_t kZipFlagDescriptor = 0x0008; // the sizes follow the data
 constexpr std::uint16_t kZipFlagEncrypted = 0x0001;
-constexpr std::uint16_t kZipFlagUtf8 = 0x0800; // name and comment
+constexpr std::uint16_t kZipFlagUtf8 = 0x0800; // applies to name and comment
 constexpr std::uint16_t kZipMethodStored = 0;
 constexpr std::uint16_t kZipMethodDeflate = 8;
 
-// No ZIP64: what doesn't fit the fields is refused.
+// The limits of the format without ZIP64. Larger input is rejected.
 constexpr std::int64_t kZipLargestSize = 0xFFFFFFFF;
 constexpr std::size_t kZipMostEntries = 0xFFFF;
 constexpr std::size_t kZipLongestText = 0xFFFF; // in bytes
 
 #pragma pack(push, 1)
 
-// In front of each member. The name and the extra field follow, then the data.
+// Precedes each member. Followed by the name, the extra field and the data.
 struct scZIPLocalHeader
 {
     std::uint32_t signature;
@@ -43,7 +43,7 @@ struct scZIPLocalHeader
     std::uint16_t extraLength;
 };
 
-// Of the central directory. The name, the extra field and the comment follow.
+// An entry of the central directory. Followed by the name, the extra field and the comment.
 struct scZIPCentralHeader
 {
     std::uint32_t signature;
@@ -65,7 +65,7 @@ struct scZIPCentralHeader
     std::uint32_t localHeaderOffset;
 };
 
-// At the end of the archive. The comment follows.
+// The end of the archive. Followed by the comment.
 struct scZIPEndRecord
 {
     std::uint32_t signature;
@@ -78,7 +78,7 @@ struct scZIPEndRecord
     std::uint16_t commentLength;
 };
 
-// Behind the data of a member that was written without knowing its sizes.
+// Follows the data of a member whose sizes weren't known when its header was written.
 struct scZIPDescriptor
 {
     std::uint32_t signature;

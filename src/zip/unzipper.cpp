@@ -24,14 +24,15 @@ namespace
 constexpr std::size_t kBufferSize = 0x100000;
 constexpr std::size_t kLongestField = 0xFFFF;
 
-// The upper half of the external attributes has the mode of a file of Unix.
+// For archives from Unix, the upper half of the external attributes contains the file mode.
 constexpr unsigned kModeType = 0170000;
 constexpr unsigned kModeLink = 0120000;
 
 constexpr std::uint16_t kUnixTimesId = 0x5455;
 constexpr std::uint16_t kZip64Id = 0x0001;
 
-// The exact time, in UTC, where the archiver added one; else that of the entry itself.
+// Sets `time` to the exact UTC time from the extra field, if there is one, otherwise to the time in the entry. Returns
+// false if the entry's time is invalid.
 bool TimeOfMember(const unz_file_info64& info, std::string_view extra, FILETIME& time)
 {
     constexpr std::int64_t kSecondsFrom1601To1970 = 11'644'473'600;
@@ -56,19 +57,19 @@ bool IsFolder(const String& path)
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-// With the folders around it; whether it is there.
+// Creates the folder and its parents. Returns true if the folder exists afterwards.
 bool MakeFolder(const String& path)
 {
     if (path.IsEmpty() || IsFolder(path))
         return true;
     for (std::size_t i = 1; i < path.Length(); ++i)
         if (IsPathSeparator(path.CharAt(i)) && !IsPathSeparator(path.CharAt(i - 1)))
-            CreateDirectoryW(path.Left(i), nullptr); // the last one counts
+            CreateDirectoryW(path.Left(i), nullptr); // only the last result matters
     CreateDirectoryW(path, nullptr);
     return IsFolder(path);
 }
 
-// Removes the file again unless it is told that all of it is there.
+// A file that is being extracted. Deleted by the destructor unless SetWhole was called.
 class FileInTheMaking
 {
 public:
@@ -94,8 +95,8 @@ private:
     bool _isWhole = false;
 };
 
-// Asked where minizip finds no entries: it takes an archive that is nothing but its end record for none at all, and
-// fields behind the end of the file for zeros.
+// Detects empty archives when minizip reports no entries. minizip rejects an archive that consists only of its end
+// record, and treats fields beyond the end of the file as zeros.
 bool IsEmptyArchive(const String& path)
 {
     clsFileRO file(path, FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileData);
@@ -104,7 +105,7 @@ bool IsEmptyArchive(const String& path)
            file.GetSize() == static_cast<std::int64_t>(sizeof end) + end.commentLength;
 }
 
-// The path as the C library takes it; empty if its 8-bit form names another file, or none.
+// Returns the path as the C library expects it, or an empty text if the path has no exact 8-bit form.
 std::string NarrowPath(const String& path)
 {
     wchar_t* name = nullptr;
@@ -152,7 +153,7 @@ bool Unzipper::First()
     return true;
 }
 
-// Counted here: minizip itself doesn't find the end where there are just 65,535 members.
+// Counts members itself, because minizip misses the end of archives with exactly 65,535 members.
 bool Unzipper::Next()
 {
     if (--_left == 0)
@@ -181,7 +182,7 @@ void Unzipper::ReadMember()
     _member.method = static_cast<unsigned>(info.compression_method);
     _member.size = info.uncompressed_size;
     _member.crc = static_cast<std::uint32_t>(info.crc);
-    // The minizip of some systems takes a long for 32 bits, and doesn't look into this field.
+    // Some builds of minizip use a 32-bit long and ignore this field.
     const std::string_view sizes = FindExtraField(extra, kZip64Id);
     _member.hasOpenSize = info.uncompressed_size == kZipLargestSize && sizes.size() >= 8;
     if (_member.hasOpenSize)
@@ -190,7 +191,7 @@ void Unzipper::ReadMember()
     _member.hasTime = TimeOfMember(info, extra, _member.time);
 }
 
-// What can't be extracted isn't begun.
+// Throws if the member can't be extracted, before anything is written.
 void Unzipper::CheckMember() const
 {
     if (_member.isLink)
@@ -199,7 +200,7 @@ void Unzipper::CheckMember() const
         return;
     if (_member.isEncrypted)
         throw clsZIPException(L"The zip entry '%s' is encrypted", _member.name);
-    // Of other methods minizip hands out the packed data as if they were the file's.
+    // For other methods, minizip would return the packed data as if they were the contents.
     if (_member.method != kZipMethodStored && _member.method != kZipMethodDeflate)
         throw clsZIPException(
             String(String::kFormatted, L"The zip entry '%s' is packed by method %u, which can't be unpacked",
@@ -231,7 +232,7 @@ void Unzipper::Extract(const String& folder)
     ExtractFile(path);
 }
 
-// Makes the folders of the first `count` parts. Gives the last one with a separator at its end.
+// Creates the folders of the first `count` parts. Returns the innermost folder with a trailing separator.
 String Unzipper::MakeFolders(const String& folder, const WCValSList<String>& parts, std::size_t count)
 {
     String path = folder;
@@ -290,7 +291,7 @@ void Unzipper::ExtractFile(const String& path)
     target.SetWhole();
 }
 
-// minizip holds the checksum against the data only where it knows how many there are.
+// minizip verifies the checksum only if it knows the size.
 void Unzipper::CopyData(clsFile& target)
 {
     std::uint64_t left = _member.size;

@@ -1,4 +1,4 @@
-// Extracts archives through minizip.
+// Extracts archives, using minizip.
 #pragma once
 
 #include "containers/slist.h"
@@ -16,7 +16,7 @@ namespace qx
 class clsFile;
 class clsZIPException;
 
-// A member, as the central directory tells of it.
+// A member, as described in the central directory.
 struct scZIPMember
 {
     String name;
@@ -27,19 +27,19 @@ struct scZIPMember
     std::uint64_t size = 0;
     std::uint32_t crc = 0;
     bool isZIP64 = false;
-    bool hasOpenSize = false; // minizip doesn't know it
+    bool hasOpenSize = false; // minizip doesn't know the size
     bool hasTime = false;
     FILETIME time{};
 };
 
-// An archive that is open for reading. Failures but that of the opening are exceptions (clsZIPException).
+// An archive that is open for reading. A failure to open is reported by IsOpen, all others by clsZIPException.
 //
 //     for (bool more = unzipper.First(); more; more = unzipper.Next())
 //         ... unzipper.Member() ...
 class Unzipper
 {
 public:
-    // Without a password encrypted members can't be read.
+    // There is no support for passwords, so encrypted members can't be read.
     explicit Unzipper(const char* archivePath);
     Unzipper(const Unzipper&) = delete;
     Unzipper& operator=(const Unzipper&) = delete;
@@ -48,18 +48,18 @@ public:
     bool IsOpen() const { return _archive != nullptr; }
     void Close();
 
-    // Goes to a member; false if there is none.
+    // Move to a member. Return false if there are no more members.
     bool First();
     bool Next();
 
     const scZIPMember& Member() const { return _member; }
 
-    // Extracts the present member below a folder, which is made if it is missing, as are those that the member's name
-    // asks for. A file that is there is replaced. It gets the member's time, but not its attributes: one that can't be
-    // written would stand in the way of the next extraction, and modes of other systems mean nothing here.
+    // Extracts the current member below a folder. Missing folders are created, including those in the member's name. An
+    // existing file is replaced. The file gets the member's time but not its attributes: a read-only file would block
+    // the next extraction, and modes of other systems mean nothing here.
     //
-    // Nothing is written outside of the folder: names that lead out of it are refused, and so are members that are
-    // links, and names that pass through a link that is there. A file that couldn't be extracted whole is removed.
+    // Nothing is written outside the folder. Names that lead out of it, members that are links, and names that pass
+    // through an existing link are rejected. If extraction fails, the incomplete file is deleted.
     void Extract(const String& folder);
 
 private:
@@ -71,16 +71,16 @@ private:
     clsZIPException Damaged() const;
 
     void* _archive;          // minizip's handle
-    std::uint64_t _left = 0; // members from the present one on
+    std::uint64_t _left = 0; // number of members from the current one on
     scZIPMember _member;
-    String _folderThere;       // the last one that was made or found
-    bool _isFolderNew = false; // and made here, so that nothing but members can be in it
+    String _folderThere;       // the last folder that was found or created
+    bool _isFolderNew = false; // created here, so it contains nothing but members
     std::string _name;
     std::string _extra;
     ByteBlock _buffer;
 };
 
-// Extracts all of an archive below a folder. Throws what its export is told to throw.
+// Extracts a whole archive below a folder. Throws clsZIPException on failure; an empty archive is no failure.
 void ExtractZip(const String& archive, const String& folder);
 
 } // namespace qx

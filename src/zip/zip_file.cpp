@@ -28,7 +28,7 @@ String Join(const String& a, const String& b)
     return path;
 }
 
-// The part of the bytes that a length field of 16 bits tells, so that names and headers stay together.
+// Cuts the name to the number of bytes that its 16-bit length field stores, so that name and header agree.
 void SetName(clsZIPFileEntry& entry, const String& name, bool isUtf8)
 {
     entry.header.flags = isUtf8 ? kZipFlagUtf8 : std::uint16_t{0};
@@ -61,7 +61,7 @@ std::unique_ptr<clsZIPFileEntry> NewEntry(const String& path, const String& stor
     return entry;
 }
 
-// A record of the central directory, as it goes to the file, and what goes behind it.
+// A record of the central directory in file layout, with its variable fields.
 struct clsZIPIndexEntry
 {
     explicit clsZIPIndexEntry(const clsZIPFileEntry& entry);
@@ -139,7 +139,7 @@ int clsZIPFile::AddFile(const String& path, const String& storedName, const Stri
     return kOk;
 }
 
-// Compresses the source into the entry's file, and fills in what is known from that.
+// Compresses the source into the entry's temporary file and fills in method, checksum and sizes.
 bool clsZIPFile::Store(clsZIPFileEntry& entry, clsFile& source, const String& path)
 {
     const std::int64_t size = source.GetSize();
@@ -170,7 +170,7 @@ bool clsZIPFile::Store(clsZIPFileEntry& entry, clsFile& source, const String& pa
     return true;
 }
 
-// The slash that tells a folder stands in the header alone.
+// Only the header contains the trailing slash that marks a folder.
 void clsZIPFile::AddDirectory(const String& path, const String& storedName, const WIN32_FIND_DATAW& data)
 {
     std::unique_ptr<clsZIPFileEntry> entry = NewEntry(path, storedName, String());
@@ -200,7 +200,7 @@ void clsZIPFile::AddList(const String& base, const String& relative, const Strin
 
 int clsZIPFile::Close()
 {
-    // The fields that count the entries have 16 bits, and a count that wraps would hide all but a few of them.
+    // The entry counts have 16 bits. A count that wraps around would hide most of the entries.
     if (_entries.Count() > kZipMostEntries)
     {
         DebugLine(L"ERR: more than 65535 entries in ZIP file '%s'", _archive.GetName().Text());
@@ -259,7 +259,7 @@ bool clsZIPFile::Write(const void* bytes, std::size_t count)
     return _archive.Write(bytes, count) == static_cast<std::int64_t>(count);
 }
 
-// For the writing functions, whose result it gives.
+// Logs a write error and returns false, the result of the calling functions.
 bool clsZIPFile::LogWriteError(int place) const
 {
     DebugLine(L"ERR: write error file '%s' (%d)", _archive.GetName().Text(), place);

@@ -1,6 +1,5 @@
-// Writes ZIP archives. Nothing of a member is written to the archive while it is added: it is compressed into a
-// temporary file of its own, and the whole archive is laid down at the end. So the sizes and check sums are known
-// before the headers are written, and nothing is ever written twice.
+// Writes ZIP archives. Adding a member compresses it into a temporary file. The archive is written only at the end,
+// when all sizes and checksums are known, so nothing is written twice.
 #pragma once
 
 #include "containers/slist.h"
@@ -17,24 +16,24 @@
 namespace qx
 {
 
-// A member: the header as it goes to the file, and what goes behind it.
+// A member: its header in file layout, with its variable fields.
 struct clsZIPFileEntry
 {
     scZIPLocalHeader header{};
-    std::string name;  // as stored, in the encoding that the flags tell
+    std::string name;  // in the encoding that the flags declare
     std::string extra; // always empty
     clsFileRWTemp compressed{L"ZIP"};
-    std::uint32_t attributes = 0; // of the file
+    std::uint32_t attributes = 0; // the attributes of the source file
     String storedName;
     String comment;
-    std::uint32_t offset = 0; // of the header in the archive, once that is written
+    std::uint32_t offset = 0; // of the header in the archive, once written
 };
 
-// One thread at a time.
+// A ZIP archive that is being written. Not thread-safe.
 class clsZIPFile
 {
 public:
-    // Result codes, which are also those of the exported functions.
+    // Result codes, shared with the exported functions.
     static constexpr int kOk = 0;
     static constexpr int kCannotOpen = -1;
     static constexpr int kCannotStore = -2;
@@ -42,7 +41,7 @@ public:
 
     static constexpr std::uint32_t kSubfolders = 1; // flag of AddList
 
-    // Makes the archive, which stays empty until Close; IsOpen tells whether it could be made.
+    // Creates the archive, which stays empty until Close. IsOpen returns false if it couldn't be created.
     clsZIPFile(const String& fileName, const String& comment);
     clsZIPFile(const clsZIPFile&) = delete;
     clsZIPFile& operator=(const clsZIPFile&) = delete;
@@ -50,17 +49,18 @@ public:
 
     bool IsOpen() const { return _archive.IsOpen(); }
 
-    // Adds a file, under its path if there is no stored name: kOk, kCannotOpen or kCannotStore.
+    // Adds a file, under its path if `storedName` is empty. Returns kOk, kCannotOpen or kCannotStore.
     int AddFile(const String& path, const String& storedName, const String& comment);
 
-    // Adds an entry for a folder alone.
+    // Adds an entry for a folder, without its contents.
     void AddDirectory(const String& path, const String& storedName, const WIN32_FIND_DATAW& data);
 
-    // Adds the files of the folder `relative` below `base` that fit the pattern, under their names from `base` on; with
-    // kSubfolders also all that its subfolders hold, whatever the pattern. What can't be added is left out.
+    // Adds the files in the folder `relative` below `base` that match the pattern, with names relative to `base`. With
+    // kSubfolders, also adds everything in the subfolders, regardless of the pattern. Files that can't be added are
+    // skipped.
     void AddList(const String& base, const String& relative, const String& pattern, std::uint32_t flags);
 
-    // Writes the archive: kOk or kCannotWrite. What was written before a failure stays.
+    // Writes the archive. Returns kOk or kCannotWrite. On failure, a partial archive remains.
     int Close();
 
 private:
@@ -75,7 +75,7 @@ private:
     bool WriteEnd(const clsIndexEntryList& index, std::uint32_t directoryOffset);
     bool LogWriteError(int place) const;
 
-    WCPtrSList<clsZIPFileEntry> _entries; // in order of adding; they are this object's
+    WCPtrSList<clsZIPFileEntry> _entries; // in insertion order; owned by this object
     clsFileRW _archive;
     String _comment;
 };

@@ -71,8 +71,8 @@ ordered_json ValuesByName(const std::string& country)
     return values;
 }
 
-// What ISO 3166-1 and other standards say of the country, and what only the system can add; nothing if there is no such
-// country.
+// Returns the data of the country with that ISO 3166-1 code or English name, completed by the locale data of the
+// system. Empty if there is no such country.
 ordered_json ValuesByCode(const std::string& code)
 {
     QxCountry country{};
@@ -82,7 +82,7 @@ ordered_json ValuesByCode(const std::string& code)
     ordered_json values = {{"name", Utf8(country.name)}, {"official-name", Utf8(country.officialName)},
         {"native-name", Utf8(country.nativeName)}, {"iso3166", Utf8(country.alpha2)}, {"alpha-3", Utf8(country.alpha3)},
         {"numeric", Utf8(country.numeric)}};
-    // Two letters may be the tag of a language there, and any name that of another country.
+    // That function may find another country of the same name, so its values count only if the code agrees.
     const ordered_json others = ValuesByName(values["alpha-3"]);
     const std::string iso3166 = others.value("iso3166", "");
     const bool isSame = iso3166 == values["iso3166"] || iso3166 == values["alpha-3"];
@@ -106,7 +106,7 @@ std::string AsText(const ordered_json& value)
     return value.is_string() ? Shown(value.get<std::string>()) : value.dump();
 }
 
-// "+49" is a calling code and nothing else; "276" is Germany's code.
+// A plus sign selects calling codes; other digits are ISO 3166 codes first.
 ordered_json ValuesOf(const std::string& name)
 {
     if (name.starts_with('+'))
@@ -115,14 +115,14 @@ ordered_json ValuesOf(const std::string& name)
     return values.empty() ? ValuesByName(name) : values;
 }
 
-// JSON has a line for each country; text has an empty line between two.
+// Prints a line of JSON for each country, or its values as text, with blank lines between countries.
 void ShowCountries(const CountryOptions& options)
 {
     std::vector<ordered_json> countries;
     for (const std::string& name : options.names)
         if (countries.push_back(ValuesOf(name)); countries.back().empty())
             throw Failure(kNotFound, "unknown country '" + Shown(name) + "'");
-    for (size_t i = 0; i < countries.size(); ++i)
+    for (std::size_t i = 0; i < countries.size(); ++i)
     {
         if (options.asJson)
         {

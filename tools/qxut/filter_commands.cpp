@@ -96,7 +96,7 @@ std::string Unpack(const std::string& input, const FilterOptions&)
     return bytes;
 }
 
-void CheckMemory(int32_t result)
+void CheckMemory(std::int32_t result)
 {
     if (result == QXUT_PAGE_NO_MEMORY)
         throw std::bad_alloc();

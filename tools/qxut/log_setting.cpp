@@ -1,8 +1,7 @@
-// Compiled with a 16-bit wchar_t to match the system's interfaces. Don't include headers here that use the public
-// headers' character type.
 #include "log_setting.h"
 
 #include "failure.h"
+#include "text.h"
 
 #include <windows.h>
 
@@ -14,25 +13,9 @@ namespace qxut
 namespace
 {
 
-constexpr wchar_t kKey[] = L"software\\trelmo";
-constexpr wchar_t kName[] = L"Debug.LogFilename";
-constexpr wchar_t kFlush[] = L"Debug.LogFile.Flush";
-
-std::string Narrow(const wchar_t* text)
-{
-    const int size = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
-    std::vector<char> bytes(size > 0 ? static_cast<std::size_t>(size) : 1);
-    WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes.data(), size, nullptr, nullptr);
-    return bytes.data();
-}
-
-std::vector<wchar_t> Wide(const std::string& text)
-{
-    const int size = MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, nullptr, 0);
-    std::vector<wchar_t> wide(size > 0 ? static_cast<std::size_t>(size) : 1);
-    MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, wide.data(), size);
-    return wide;
-}
+constexpr WCHAR kKey[] = TEXT("software\\trelmo");
+constexpr WCHAR kName[] = TEXT("Debug.LogFilename");
+constexpr WCHAR kFlush[] = TEXT("Debug.LogFile.Flush");
 
 class Key
 {
@@ -51,14 +34,14 @@ public:
     Key& operator=(const Key&) = delete;
 
     // Returns a zero-terminated text, or an empty one if the value doesn't exist.
-    std::vector<wchar_t> Text(const wchar_t* name) const
+    std::vector<WCHAR> Text(const WCHAR* name) const
     {
         DWORD type = 0;
         DWORD bytes = 0;
         if (_key == nullptr || RegQueryValueExW(_key, name, nullptr, &type, nullptr, &bytes) != ERROR_SUCCESS)
             return {0};
-        std::vector<wchar_t> text(bytes / sizeof(wchar_t) + 2);
-        bytes = static_cast<DWORD>((text.size() - 1) * sizeof(wchar_t));
+        std::vector<WCHAR> text(bytes / sizeof(WCHAR) + 2);
+        bytes = static_cast<DWORD>((text.size() - 1) * sizeof(WCHAR));
         if (RegQueryValueExW(_key, name, nullptr, &type, reinterpret_cast<BYTE*>(text.data()), &bytes) !=
                 ERROR_SUCCESS ||
             (type != REG_SZ && type != REG_EXPAND_SZ))
@@ -67,13 +50,13 @@ public:
     }
 
     // Returns the first character of a value of any type, up to 128 bytes long, or 'F' if it can't be read.
-    wchar_t FirstCharacter(const wchar_t* name) const
+    WCHAR FirstCharacter(const WCHAR* name) const
     {
-        wchar_t value[64] = {};
+        WCHAR value[64] = {};
         DWORD bytes = sizeof(value);
         const bool isRead = _key != nullptr && RegQueryValueExW(_key, name, nullptr, nullptr,
                                                    reinterpret_cast<BYTE*>(value), &bytes) == ERROR_SUCCESS;
-        return isRead ? value[0] : L'F';
+        return isRead ? value[0] : TEXT('F');
     }
 
 private:
@@ -83,17 +66,17 @@ private:
 // Returns the temp folder with a trailing separator.
 std::string TempFolder()
 {
-    std::vector<wchar_t> folder(MAX_PATH + 2);
+    std::vector<WCHAR> folder(MAX_PATH + 2);
     GetTempPathW(MAX_PATH + 1, folder.data());
-    std::vector<wchar_t> longFolder(32768);
+    std::vector<WCHAR> longFolder(32768);
     const DWORD length = GetLongPathNameW(folder.data(), longFolder.data(), static_cast<DWORD>(longFolder.size()));
-    return Narrow(length != 0 && length < longFolder.size() ? longFolder.data() : folder.data());
+    return Utf8(length != 0 && length < longFolder.size() ? longFolder.data() : folder.data());
 }
 
-void SetText(HKEY key, const wchar_t* name, const std::vector<wchar_t>& text)
+void SetText(HKEY key, const WCHAR* name, const WideText& text)
 {
-    const LSTATUS status = RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.data()),
-        static_cast<DWORD>(text.size() * sizeof(wchar_t)));
+    const LSTATUS status = RegSetValueExW(
+        key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(static_cast<const WCHAR*>(text)), text.Bytes());
     if (status != ERROR_SUCCESS)
         throw Failure(kCannotWrite, "cannot write the machine's settings (error " + std::to_string(status) + ")");
 }
@@ -104,14 +87,14 @@ LogSetting ReadLogSetting()
 {
     const Key machine(HKEY_LOCAL_MACHINE);
     LogSetting setting;
-    setting.path = Narrow(machine.Text(kName).data());
+    setting.path = Utf8(machine.Text(kName).data());
     const bool hasFolder =
         setting.path.find_first_of("\\/") != std::string::npos || (setting.path.size() > 1 && setting.path[1] == ':');
     if (!setting.path.empty() && !hasFolder)
         setting.path = TempFolder() + setting.path;
-    setting.isFlushed = machine.Text(kFlush)[0] == L'T';
-    const wchar_t force = Key(HKEY_CURRENT_USER).FirstCharacter(L"ForceUsePerfCounters");
-    setting.usesCounter = force != L'F' && force != L'0';
+    setting.isFlushed = machine.Text(kFlush)[0] == TEXT('T');
+    const WCHAR force = Key(HKEY_CURRENT_USER).FirstCharacter(TEXT("ForceUsePerfCounters"));
+    setting.usesCounter = force != TEXT('F') && force != TEXT('0');
     return setting;
 }
 
@@ -128,8 +111,8 @@ void WriteLogSetting(const std::string& name, bool isFlushed)
             RegDeleteValueW(key, kName);
         else
         {
-            SetText(key, kName, Wide(name));
-            SetText(key, kFlush, Wide(isFlushed ? "True" : "False"));
+            SetText(key, kName, WideText(name));
+            SetText(key, kFlush, WideText(isFlushed ? "True" : "False"));
         }
     }
     catch (...)

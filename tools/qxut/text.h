@@ -21,6 +21,9 @@ public:
     explicit WideText(std::string_view utf8);
     operator const QXWCHAR*() const { return _units.data(); }
 
+    // The size in memory, with the terminator.
+    uint32_t Bytes() const { return static_cast<uint32_t>(_units.size() * sizeof(QXWCHAR)); }
+
 private:
     void Append(std::uint32_t character);
 

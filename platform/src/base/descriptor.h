@@ -1,4 +1,4 @@
-// A file descriptor, and what is done with one in a loop because signals interrupt it or it takes a part only.
+// A file descriptor, and read and write loops that handle interrupted and partial transfers.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@
 namespace qxplatform
 {
 
-// Closes it at the end of its scope.
+// Closes the descriptor at the end of its scope.
 class Descriptor
 {
 public:
@@ -37,12 +37,12 @@ private:
     int _descriptor;
 };
 
-// All of these are false, with errno, if they fail.
+// These functions return false and set errno on failure.
 
-// Appends what follows, up to the end or until there is more than the limit.
+// Appends the remaining bytes, up to the end of the file or until the limit is exceeded.
 bool ReadAll(int file, std::string& bytes, std::size_t limit = SIZE_MAX);
 bool WriteAll(int file, std::string_view bytes);
-// As flock().
+// Like flock().
 bool Lock(int file, int operation);
 
 } // namespace qxplatform

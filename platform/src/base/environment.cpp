@@ -17,8 +17,8 @@ namespace qxplatform
 namespace
 {
 
-// The variables are those of the C library, so that other libraries of the process see the same ones. The lock keeps
-// the layer's own calls apart; a setenv elsewhere at the same time is as wrong as it always is.
+// The variables are those of the C library, so that other libraries of the process see the same values. The lock
+// serialises the layer's own calls; a concurrent setenv elsewhere is as unsafe as always.
 Mutex& Lock()
 {
     static constinit Mutex lock;
@@ -39,7 +39,7 @@ Variable Split(std::string_view entry)
     return {entry.substr(0, equals), entry.substr(equals + 1)};
 }
 
-// Names are compared without case, but the one with the same case goes first: Linux knows http_proxy beside HTTP_PROXY.
+// Names are compared without regard to case, but an exact match comes first: Linux has both http_proxy and HTTP_PROXY.
 std::optional<Variable> Find(std::u16string_view name)
 {
     const std::string exact = ToBytes(name);
@@ -64,8 +64,8 @@ std::optional<std::u16string> ValueOf(std::u16string_view name)
     return ToWide(variable->value);
 }
 
-// Replaces each %name% of a known variable. The text between two percent signs is a name, known or not: what isn't
-// known stays, with both of its signs.
+// Replaces each %name% of an existing variable. The text between two percent signs is always treated as a name; unknown
+// names are kept with both signs.
 std::u16string Expand(std::u16string_view text)
 {
     std::u16string result;
@@ -111,7 +111,7 @@ DWORD WINAPI GetEnvironmentVariableW(LPCWSTR lpName, LPWSTR lpBuffer, DWORD nSiz
     const std::optional<std::u16string> value = ValueOf(View(lpName));
     if (!value)
         return Fail(ERROR_ENVVAR_NOT_FOUND);
-    // An empty value gives 0 too: this tells it from a missing one.
+    // An empty value also returns 0. The last error distinguishes it from a missing one.
     SetLastError(ERROR_SUCCESS);
     return CopyOut(*value, lpBuffer, nSize);
 }

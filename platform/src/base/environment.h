@@ -8,10 +8,10 @@
 namespace qxplatform
 {
 
-// The value of a variable by its exact name, empty if it isn't set.
+// Returns the value of a variable by its exact name, or an empty text if it isn't set.
 std::string EnvironmentValue(std::string_view name);
 
-// All variables, as "name=value".
+// Returns all variables as "name=value".
 std::vector<std::string> EnvironmentEntries();
 
 } // namespace qxplatform

@@ -40,7 +40,7 @@ constexpr Pair kPairs[] = {
     {EINVAL, ERROR_INVALID_PARAMETER},
     {ENFILE, ERROR_TOO_MANY_OPEN_FILES},
     {EMFILE, ERROR_TOO_MANY_OPEN_FILES},
-    // A program that runs can't be written.
+    // The program is running and can't be written.
     {ETXTBSY, ERROR_SHARING_VIOLATION},
     {EFBIG, ERROR_FILE_TOO_LARGE},
     {ENOSPC, ERROR_DISK_FULL},
@@ -59,7 +59,7 @@ constexpr Pair kPairs[] = {
     {EILSEQ, ERROR_NO_UNICODE_TRANSLATION},
     {EOPNOTSUPP, ERROR_NOT_SUPPORTED},
     {ETIMEDOUT, ERROR_SEM_TIMEOUT},
-    // A mounted share whose server doesn't answer.
+    // The server of a mounted share doesn't answer.
     {EHOSTDOWN, ERROR_BAD_NETPATH},
     {EHOSTUNREACH, ERROR_BAD_NETPATH},
     {ENETUNREACH, ERROR_BAD_NETPATH},

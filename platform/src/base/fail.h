@@ -1,4 +1,4 @@
-// How the layer's functions end without success: one place to set the last error, one table from errno.
+// Error reporting of the layer: one function that sets the last error, one table for errno.
 #pragma once
 
 #include <errhandlingapi.h>
@@ -7,17 +7,17 @@
 namespace qxplatform
 {
 
-// Sets the last error; the result is that of a failed BOOL function.
+// Sets the last error and returns FALSE, the result of a failed BOOL function.
 inline BOOL Fail(DWORD error)
 {
     SetLastError(error);
     return FALSE;
 }
 
-// The system error code that the documentation names for the cause which errno tells.
+// Returns the documented system error code for an errno value.
 DWORD ErrorFromErrno(int code);
 
-// Fail() with the error for the present errno.
+// Calls Fail() with the error for the current errno.
 BOOL FailErrno();
 
 } // namespace qxplatform

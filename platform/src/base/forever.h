@@ -1,4 +1,4 @@
-// Objects that live as long as the process.
+// Objects that exist until the process ends.
 #pragma once
 
 #include "base/mutex.h"

@@ -1,4 +1,4 @@
-// Sleeping on a 32-bit word of this process.
+// Blocking on a 32-bit word of this process.
 #pragma once
 
 #include <minwindef.h>
@@ -8,9 +8,11 @@
 namespace qxplatform
 {
 
-// Sleeps while the word holds the value, at most until `end` by the steady clock. May return early: callers look again.
+// Blocks while the word has the value, at most until `end` on the monotonic clock. May return early; callers check
+// again.
 void FutexWait(LONG* word, LONG value, const timespec* end = nullptr);
-// The word itself isn't looked at, and may be gone by now: whoever sleeps on another one at its place looks again.
+// Doesn't access the word, which may no longer exist. A thread that blocks on another word at that address checks
+// again.
 void FutexWakeOne(LONG* word);
 void FutexWakeAll(LONG* word);
 

@@ -11,7 +11,7 @@
 namespace qxplatform
 {
 
-// `state` says which handle it is for, and whether it is open.
+// `state` identifies the handle and contains the open flag.
 struct HandleEntry
 {
     std::atomic<std::uint64_t> state = std::uint64_t{1} << 32;
@@ -25,8 +25,9 @@ namespace
 
 using Entry = HandleEntry;
 
-// The state word of an entry. A lookup pins the entry, takes a reference to the object and lets go; closing clears the
-// open bit; whoever leaves an entry that is closed and not pinned gives it back. So neither waits for the other.
+// The state word of an entry. A look-up pins the entry, takes a reference to the object and unpins it. Closing clears
+// the open bit. Whoever leaves an entry that is closed and no longer pinned returns it to the free list, so neither
+// side waits for the other.
 constexpr std::uint64_t kOpenBit = 1;
 constexpr std::uint64_t kOnePin = 2;
 constexpr std::uint64_t kPinMask = 0xFFFFFFFE;
@@ -38,8 +39,8 @@ constexpr std::uint32_t kNoEntry = kChunkSize * kChunkCount;
 
 using Chunk = std::array<Entry, kChunkSize>;
 
-// Handles are multiples of 4, as callers know them, with the index above the two low bits and the generation above
-// that. Generations start at 1, so that small numbers of other origin are no handles.
+// Handles are multiples of 4, as callers expect. The index follows the two low bits, and the generation follows the
+// index. Generations start at 1, so that small numbers from elsewhere are never valid handles.
 constexpr int kIndexShift = 2;
 constexpr int kHandleGenerationShift = 26;
 static_assert(kNoEntry <= 1u << (kHandleGenerationShift - kIndexShift));
@@ -67,13 +68,13 @@ private:
     std::uint32_t TakeFree();
 
     std::array<std::atomic<Chunk*>, kChunkCount> _chunks{};
-    Mutex _freeLock; // guards what follows
+    Mutex _freeLock; // guards the members below
     std::uint32_t _used = 0;
     std::uint32_t _firstFree = kNoEntry;
     std::uint32_t _lastFree = kNoEntry;
 };
 
-// Never destroyed: static objects of callers may close handles after those of the layer are gone.
+// Never destroyed: callers' static objects may close handles after the layer's static objects are gone.
 static_assert(std::is_trivially_destructible_v<Table>);
 constinit Table theTable;
 
@@ -94,7 +95,7 @@ Entry* Table::Find(HANDLE handle, std::uint32_t& generation) const
     return chunk == nullptr ? nullptr : &(*chunk)[index % kChunkSize];
 }
 
-// The entry that has been free for the longest, or a fresh one.
+// Returns the entry that has been free for the longest time, or a new one.
 std::uint32_t Table::TakeFree()
 {
     if (_firstFree != kNoEntry)

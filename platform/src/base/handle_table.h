@@ -1,5 +1,5 @@
-// The one table behind all handles of the process. A handle names an entry by index and generation, so that a value
-// whose entry was closed, or which never was a handle, is told from a living one. Looking up takes no lock.
+// The table behind all handles of the process. A handle contains the index and the generation of an entry, so that
+// closed handles and values that never were handles are detected. Look-ups take no lock.
 #pragma once
 
 #include "base/fail.h"
@@ -10,10 +10,10 @@
 namespace qxplatform
 {
 
-// The rights of an entry that was opened without any to choose from.
+// The access rights of an entry that was opened without selectable rights.
 inline constexpr DWORD kAllAccess = 0xFFFFFFFF;
 
-// Keeps the entry of a handle from being given back, and so its object, for as long as it lives.
+// Keeps a handle's entry, and thus its object, from being released as long as it exists.
 class HandlePin
 {
 public:
@@ -26,7 +26,7 @@ public:
     Object& object() const;
     DWORD access() const;
 
-    // False if another thread has closed the handle in the meantime.
+    // Returns false if another thread has closed the handle in the meantime.
     bool Close();
 
 private:
@@ -34,18 +34,19 @@ private:
     std::uint32_t _index;
 };
 
-// A new entry for the object, or null with ERROR_NO_SYSTEM_RESOURCES.
+// Creates an entry for the object. Returns null with ERROR_NO_SYSTEM_RESOURCES on failure.
 HANDLE AddHandle(const Ref<Object>& object, DWORD access = kAllAccess);
 
-// The object of a handle and, if asked, the rights of its entry. An empty result leaves the last error alone.
+// Returns the object of a handle and, if requested, the access rights of its entry. If the result is empty, the last
+// error is unchanged.
 Ref<Object> ObjectOf(HANDLE handle, DWORD* access = nullptr);
 
-// Closes the entry if its object is of a type that `mayClose` admits. False with ERROR_INVALID_HANDLE otherwise.
+// Closes the entry if `mayClose` accepts the type of its object. Otherwise returns FALSE with ERROR_INVALID_HANDLE.
 BOOL CloseEntry(HANDLE handle, bool (*mayClose)(const Object&));
 
-// The object of a handle of type T, which names its type as `T::kObjectType`: else empty with ERROR_INVALID_HANDLE, or
-// with ERROR_ACCESS_DENIED if the entry lacks one of the rights. For calls that end at once: they touch a word that all
-// users of the handle share half as often as one that takes a reference.
+// Pins the object of a handle if it has type T (identified by `T::kObjectType`). Otherwise empty with
+// ERROR_INVALID_HANDLE, or with ERROR_ACCESS_DENIED if the entry lacks one of the rights. For calls that return
+// quickly: pinning modifies a word shared by all users of the handle half as often as taking a reference.
 template <class T>
 class Pinned
 {
@@ -76,7 +77,7 @@ Ref<T> LookUp(HANDLE handle, DWORD rights = 0)
     return Ref<T>(Pinned<T>(handle, rights).get());
 }
 
-// Calls the function with every living object. Meant for the end of the process.
+// Calls the function with every existing object. Intended for the end of the process.
 void ForEachObject(void (*function)(Object&));
 
 } // namespace qxplatform

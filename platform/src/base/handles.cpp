@@ -17,7 +17,7 @@ BOOL WINAPI CloseHandle(HANDLE hObject)
 BOOL WINAPI DuplicateHandle(HANDLE hSourceProcessHandle, HANDLE hSourceHandle, HANDLE hTargetProcessHandle,
     LPHANDLE lpTargetHandle, DWORD dwDesiredAccess, BOOL, DWORD dwOptions)
 {
-    // Handles of other processes stand in tables of theirs.
+    // Handles of other processes are in other tables.
     if (!IsCurrentProcess(hSourceProcessHandle) || !IsCurrentProcess(hTargetProcessHandle))
         return Fail(ObjectOf(hSourceProcessHandle) && ObjectOf(hTargetProcessHandle) ? ERROR_NOT_SUPPORTED
                                                                                      : ERROR_INVALID_HANDLE);
@@ -36,7 +36,7 @@ BOOL WINAPI DuplicateHandle(HANDLE hSourceProcessHandle, HANDLE hSourceHandle, H
         *lpTargetHandle = AddHandle(object, dwOptions & DUPLICATE_SAME_ACCESS ? access : wanted);
         result = *lpTargetHandle != nullptr;
     }
-    // The source goes in any case, as the documentation says.
+    // As documented, the source is closed in any case.
     if (dwOptions & DUPLICATE_CLOSE_SOURCE)
         CloseHandle(hSourceHandle);
     return result;

@@ -1,4 +1,4 @@
-// The folder that holds the layer's state.
+// The folder that contains the layer's state.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 namespace qxplatform
 {
 
-// QXPLATFORM_HOME if set, else `qxplatform` below XDG_CONFIG_HOME or below ~/.config. The folder need not exist. Empty
-// if even the user has no home folder: then there is no state, and whatever needs some fails in its own way.
+// Returns QXPLATFORM_HOME if set, otherwise `qxplatform` in XDG_CONFIG_HOME or in ~/.config. The folder need not exist.
+// Returns an empty text if the user has no home folder either; functions that need state then fail in their own way.
 std::string HomeFolder();
 
 } // namespace qxplatform

@@ -20,7 +20,7 @@ void WINAPI SetLastError(DWORD dwErrCode)
     lastError = dwErrCode;
 }
 
-// The layer shows no boxes of its own, so the mode is only kept for the callers that put it back.
+// The layer shows no error boxes, so the mode is only stored for callers that restore it.
 UINT WINAPI SetErrorMode(UINT uMode)
 {
     return errorMode.exchange(uMode);

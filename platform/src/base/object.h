@@ -1,4 +1,4 @@
-// What handles stand for: reference-counted objects with a type.
+// The objects behind handles: reference-counted, with a type.
 #pragma once
 
 #include <minwindef.h>
@@ -41,7 +41,7 @@ public:
             delete this;
     }
 
-    // Kernel objects are closed by CloseHandle; the others have functions of their own for it.
+    // Kernel objects are closed with CloseHandle; other objects have their own functions.
     bool IsKernelObject() const
     {
         return type != ObjectType::Find && type != ObjectType::RegistryKey && type != ObjectType::ActivationContext;
@@ -49,7 +49,7 @@ public:
 
     virtual class Waitable* AsWaitable() { return nullptr; }
 
-    // How many handles name the object, told by the table.
+    // Count the handles of the object. Called by the table.
     void AddHandle() { _handles.fetch_add(1, std::memory_order_relaxed); }
     void RemoveHandle()
     {
@@ -57,7 +57,7 @@ public:
             LastHandleClosed();
     }
 
-    // The specific rights that GENERIC_READ and the like stand for.
+    // Maps generic rights such as GENERIC_READ to the specific rights of the type.
     virtual DWORD MapAccess(DWORD access) const { return access; }
 
     const ObjectType type;
@@ -65,7 +65,7 @@ public:
 protected:
     virtual ~Object() = default;
 
-    // Calls that are under way may use the object still.
+    // Calls in progress may still use the object.
     virtual void LastHandleClosed() {}
 
 private:

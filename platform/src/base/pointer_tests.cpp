@@ -10,8 +10,8 @@
 namespace
 {
 
-// The kernel looks at memory on behalf of a futex call, and tells by EFAULT where it may not. Nobody waits at the place
-// that is woken.
+// The kernel accesses memory on behalf of a futex call and reports inaccessible memory with EFAULT. Nobody waits on the
+// word that is woken.
 std::uint32_t nobodyWaitsHere = 0;
 
 std::uintptr_t PageSize()
@@ -25,7 +25,7 @@ std::uint32_t* WordOf(std::uintptr_t address)
     return reinterpret_cast<std::uint32_t*>(address & ~std::uintptr_t{3}); // in the same page
 }
 
-// Requeues no one, after comparing the word.
+// Compares the word and requeues no thread.
 bool CanRead(std::uintptr_t address)
 {
     return syscall(SYS_futex, WordOf(address), FUTEX_CMP_REQUEUE_PRIVATE, 0, 0, &nobodyWaitsHere, 0) >= 0 ||
@@ -57,14 +57,14 @@ BOOL WINAPI IsBadReadPtr(const void* lp, UINT_PTR ucb)
     return IsBadRange(reinterpret_cast<std::uintptr_t>(lp), ucb);
 }
 
-// Looks at memory that may be anything, which the sanitizers must not take amiss.
+// Reads arbitrary memory, which the sanitizers must not report.
 __attribute__((no_sanitize("address", "undefined"))) BOOL WINAPI IsBadStringPtrW(LPCWSTR lpsz, UINT_PTR ucchMax)
 {
     std::uintptr_t address = reinterpret_cast<std::uintptr_t>(lpsz);
     std::uintptr_t checkedEnd = 0;
     for (UINT_PTR index = 0; index < ucchMax; ++index, address += sizeof(WCHAR))
     {
-        // A character at an odd address may lie in two pages.
+        // A character at an odd address may span two pages.
         const std::uintptr_t last = address + sizeof(WCHAR) - 1;
         if (last >= checkedEnd)
         {

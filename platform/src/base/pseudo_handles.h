@@ -1,4 +1,4 @@
-// The handles that name the calling process and thread without standing in the table.
+// The pseudo handles of the calling process and thread, which are not in the table.
 #pragma once
 
 #include "base/object.h"
@@ -10,10 +10,10 @@ namespace qxplatform
 
 bool IsPseudoHandle(HANDLE handle);
 
-// Whether a handle, pseudo or not, stands for this process.
+// Returns true if a handle, pseudo or not, refers to this process.
 bool IsCurrentProcess(HANDLE handle);
 
-// The object that a pseudo handle stands for, such as a duplicate of it needs.
+// Returns the object behind a pseudo handle, for example to duplicate it.
 Ref<Object> PseudoHandleObject(HANDLE handle);
 
 } // namespace qxplatform

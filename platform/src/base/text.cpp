@@ -13,7 +13,8 @@ namespace
 constexpr char32_t kFirstEscape = 0xDC80; // stands for the byte 0x80
 constexpr char32_t kLastEscape = 0xDCFF;
 
-// The length of the well-formed UTF-8 sequence at the beginning of the bytes, and its character; 0 if there is none.
+// Returns the length of the well-formed UTF-8 sequence at the beginning of the bytes, and its character; 0 if there is
+// none.
 std::size_t DecodeSequence(std::string_view bytes, char32_t& character)
 {
     const auto byteAt = [&bytes](std::size_t index)

@@ -14,7 +14,7 @@ using namespace qxplatform;
 namespace
 {
 
-// A user without an entry has a number at least.
+// A user without a passwd entry is named by the numeric id.
 std::u16string UserName()
 {
     const ForkHold hold; // the C library has locks of its own
@@ -28,7 +28,7 @@ std::u16string UserName()
 
 } // namespace
 
-// The size that is told counts the terminator, after a success too.
+// The size includes the terminator, even after success.
 BOOL WINAPI GetUserNameW(LPWSTR lpBuffer, LPDWORD pcbBuffer)
 {
     const std::u16string name = UserName();

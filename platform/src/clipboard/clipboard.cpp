@@ -1,4 +1,4 @@
-// The clipboard: one for all processes of the session, opened by one thread at a time.
+// The clipboard: shared by all processes of the session, opened by one thread at a time.
 #include "base/fail.h"
 #include "base/forever.h"
 #include "base/text.h"
@@ -19,8 +19,7 @@ namespace qxplatform
 namespace
 {
 
-// The clipboard while this process has it open. Blocks that were handed over or given out belong to it, and go when it
-// is closed.
+// The clipboard while this process has it open. It owns the blocks that were stored or returned; closing it frees them.
 class OpenedClipboard
 {
 public:
@@ -69,7 +68,7 @@ public:
             return Null(ERROR_CLIPBOARD_NOT_OPEN);
         if (format == 0)
             return Null(ERROR_INVALID_PARAMETER);
-        if (block == nullptr) // data that are made when someone asks
+        if (block == nullptr) // delayed rendering
             return Null(ERROR_NOT_SUPPORTED);
         const void* const bytes = GlobalLock(block);
         if (bytes == nullptr)
@@ -130,13 +129,13 @@ private:
     }
 
     Mutex _mutex;
-    Descriptor _file; // the lock, while it is open
+    Descriptor _file; // holds the lock while the clipboard is open
     DWORD _thread = 0;
     HWND _window = nullptr;
     std::map<UINT, HGLOBAL> _blocks;
 };
 
-// What runs out of memory fails with that error.
+// Turns an out-of-memory exception into that error.
 template <class Result, class Work>
 Result WithoutExceptions(Result failure, Work work)
 {

@@ -24,12 +24,12 @@ namespace
 constexpr UINT kFirstRegistered = 0xC000;
 constexpr UINT kLastRegistered = 0xFFFF;
 constexpr std::size_t kLongestName = 255;
-constexpr mode_t kForUserAlone = S_IRUSR | S_IWUSR; // what is copied is nobody else's
+constexpr mode_t kForUserAlone = S_IRUSR | S_IWUSR; // copied data is private to the user
 constexpr char kLockName[] = "/lock";
 constexpr char kNamesName[] = "/formats";
 constexpr char kFreshSuffix[] = ".new";
 
-// Makes each missing folder of the path.
+// Creates the missing folders of a path.
 bool MakeFolders(const std::string& path)
 {
     for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1))
@@ -37,7 +37,7 @@ bool MakeFolders(const std::string& path)
     return mkdir(path.c_str(), S_IRWXU) == 0 || errno == EEXIST;
 }
 
-// Empty where there is no home.
+// Returns an empty text if there is no home folder.
 std::string ClipboardFolder()
 {
     const std::string home = HomeFolder();
@@ -59,14 +59,15 @@ Descriptor OpenInFolder(const char* name, int flags)
     return Descriptor(open((folder + name).c_str(), flags | O_CLOEXEC, kForUserAlone));
 }
 
-// A name is a line of its own, so it has no line break, nor any other control character.
+// Each name is stored as a line, so it must not contain line breaks or other control characters.
 bool IsName(std::u16string_view name)
 {
     return !name.empty() && name.size() <= kLongestName &&
            std::all_of(name.begin(), name.end(), [](char16_t character) { return character >= u' '; });
 }
 
-// The number is the line's place. What isn't ended by a line break was cut off by the end of its writer.
+// The number is derived from the position of the line. A last line without a line break was truncated when its writer
+// ended.
 UINT NumberOfName(std::string_view lines, std::u16string_view name, UINT& next)
 {
     next = kFirstRegistered;

@@ -1,6 +1,6 @@
-// The session's clipboard on disk: a folder below the layer's own, with a file for each format that holds data, named
-// by the format's number, and the names of the registered formats. So what one process copies another can paste, also
-// when the first one is gone.
+// The session's clipboard on disk: a folder in the layer's home with one file for each format that has data, named by
+// the format's number, and a file with the names of the registered formats. Other processes can therefore paste data
+// even after the process that copied it has ended.
 #pragma once
 
 #include "base/descriptor.h"
@@ -13,20 +13,20 @@
 namespace qxplatform
 {
 
-// The functions fail like the system's: FALSE, 0 or an empty result, and the last error.
+// The functions fail like the system's: with FALSE, 0 or an empty result, and a last error.
 
-// Holds the clipboard against all others, until it is destroyed or the process ends. Empty with ERROR_ACCESS_DENIED if
-// someone else has it.
+// Locks the clipboard until the result is destroyed or the process ends. Empty with ERROR_ACCESS_DENIED if somebody
+// else holds the lock.
 Descriptor LockClipboard();
 
-// For the one who has the lock. A format's data are replaced at once, or stay as they are.
+// For the holder of the lock. The data of a format is either replaced completely or unchanged.
 BOOL StoreClipboardData(UINT format, std::string_view bytes);
 BOOL RemoveClipboardData();
 BOOL ReadClipboardData(UINT format, std::string& bytes);
 
 bool HasClipboardData(UINT format);
 
-// The number of a format by its name, which is compared without case; a new one if nobody has asked for that name yet.
+// Returns the number of a format by its name, compared without regard to case. Registers the name if it is new.
 UINT ClipboardFormatNumber(std::u16string_view name);
 
 } // namespace qxplatform

@@ -1,6 +1,6 @@
-// COM's state of a thread: how often it was initialised, and for which model.
+// Per-thread COM state: initialisation count and apartment model.
 //
-// All objects of the layer can be called from any thread, so that apartments differ in nothing else.
+// All objects of the layer can be called from any thread, so the apartment model has no other effect.
 #include <objbase.h>
 
 namespace

@@ -1,4 +1,4 @@
-// Texts with their length in front.
+// Length-prefixed strings.
 #include <oleauto.h>
 
 #include <wchar.h>
@@ -9,7 +9,7 @@
 namespace
 {
 
-// The length takes the last 4 bytes in front of the text; 8 keep the text aligned as on the system.
+// The length occupies the last 4 bytes before the text; 8 bytes keep the text aligned as on the system.
 constexpr std::size_t kHeaderSize = 8;
 constexpr std::size_t kLengthSize = sizeof(UINT);
 constexpr std::size_t kMaxBytes = UINT32_MAX - kHeaderSize - sizeof(wchar_t) - 1;
@@ -23,7 +23,7 @@ BSTR Allocate(const void* source, std::size_t size)
 {
     if (size > kMaxBytes)
         return nullptr;
-    // A terminating zero character follows the bytes, also where their number is odd.
+    // The bytes are followed by a terminating zero character, even if their number is odd.
     const auto block = static_cast<char*>(std::malloc(kHeaderSize + size + sizeof(wchar_t)));
     if (block == nullptr)
         return nullptr;
@@ -61,7 +61,7 @@ INT WINAPI SysReAllocStringLen(BSTR* bstr, const OLECHAR* text, UINT length)
         return FALSE;
     if (text == nullptr && *bstr != nullptr)
     {
-        // Without a text only the length changes.
+        // If the text is null, the old characters are kept and only the length changes.
         const UINT oldLength = SysStringLen(*bstr);
         std::memcpy(fresh, *bstr, (oldLength < length ? oldLength : length) * sizeof(OLECHAR));
     }

@@ -1,4 +1,4 @@
-// The marshaler that objects aggregate which may be called from any thread.
+// The marshaler aggregated by objects that may be called from any thread.
 #include "com/reference_count.h"
 
 #include <combaseapi.h>
@@ -11,8 +11,8 @@ namespace qxplatform
 namespace
 {
 
-// Two faces: IUnknown for the owner, with a count of its own, and IMarshal for the world, whose IUnknown is the outer
-// object's.
+// It has two interfaces: IUnknown for the owner, with its own reference count, and IMarshal for everyone else, whose
+// IUnknown functions belong to the outer object.
 class FreeThreadedMarshaler final : public IMarshal
 {
 public:
@@ -24,8 +24,8 @@ public:
     ULONG AddRef() override { return _outer->AddRef(); }
     ULONG Release() override { return _outer->Release(); }
 
-    // Objects are handed from thread to thread as plain pointers here and never leave the process, so that nothing is
-    // ever written to a stream: the functions for it fail with the code that is documented for them.
+    // Objects are passed between threads as plain pointers and never leave the process, so nothing is ever written to a
+    // stream. The functions for that fail with their documented code.
     HRESULT GetUnmarshalClass(REFIID, void*, DWORD, void*, DWORD, CLSID* clsid) override
     {
         if (clsid != nullptr)

@@ -1,4 +1,4 @@
-// Streams on a block of global memory.
+// Streams on a global memory block.
 #include "base/mutex.h"
 #include "com/reference_count.h"
 
@@ -19,18 +19,18 @@ namespace qxplatform
 namespace
 {
 
-// By this the layer knows its own streams among all that callers pass.
+// Identifies the layer's own streams among those passed by callers.
 constexpr IID kGlobalStreamId = {0x0B8E6E3D, 0x7A51, 0x4C0C, {0x9D, 0x5B, 0x5E, 0x1F, 0x63, 0xC8, 0x20, 0x77}};
 
-// What the bytes hold that a growth brings.
+// The contents of bytes added by growth.
 enum class Fill
 {
     None,
     Zero
 };
 
-// The block with the size that its streams give it. The size is the block's own as well, so that a caller who takes
-// the memory over finds in GlobalSize what was written.
+// The block with the size of its streams. The size is also the block's own, so that callers who take over the memory
+// find it in GlobalSize.
 class SharedBlock
 {
 public:
@@ -43,13 +43,13 @@ public:
     SharedBlock(const SharedBlock&) = delete;
     SharedBlock& operator=(const SharedBlock&) = delete;
 
-    // Held by a stream for the span of each operation: streams on one block may be used by several threads.
+    // Held by a stream during each operation, because streams on one block may be used by several threads.
     Mutex& Lock() { return _mutex; }
 
     HGLOBAL Memory() const { return _memory; }
     std::uint64_t Size() const { return _size; }
 
-    // The block is the caller's too and may have been made smaller behind our back.
+    // The caller also has access to the block and may have made it smaller.
     std::size_t Read(std::uint64_t position, void* buffer, std::size_t count) const
     {
         const std::uint64_t size = SizeInMemory();
@@ -71,7 +71,8 @@ public:
             return false;
         const std::uint64_t end = position + count;
         const std::uint64_t size = SizeInMemory();
-        const Fill fill = position > size ? Fill::Zero : Fill::None; // a gap, or all of it comes from the buffer
+        const Fill fill =
+            position > size ? Fill::Zero : Fill::None; // zero a gap; otherwise the buffer provides all new bytes
         if (end > size && !Resize(end > _size ? end : _size, fill))
             return false;
         const auto data = static_cast<char*>(GlobalLock(_memory));
@@ -84,7 +85,7 @@ public:
 
     bool Resize(std::uint64_t size, Fill fill)
     {
-        // To nothing without GMEM_MOVEABLE, which would discard the block.
+        // With size 0, omit GMEM_MOVEABLE, which would discard the block.
         const UINT flags = (size != 0 ? GMEM_MOVEABLE : 0u) | (fill == Fill::Zero ? GMEM_ZEROINIT : 0u);
         const HGLOBAL memory = GlobalReAlloc(_memory, size, flags);
         if (memory == nullptr)
@@ -156,7 +157,7 @@ public:
         _position += done;
         if (read != nullptr)
             *read = static_cast<ULONG>(done);
-        return S_OK; // also with fewer bytes, and with none at the end
+        return S_OK; // also if fewer or no bytes are left
     }
 
     HRESULT Write(const void* buffer, ULONG count, ULONG* written) override
@@ -188,7 +189,7 @@ public:
             const std::uint64_t start = origin == STREAM_SEEK_SET   ? 0
                                         : origin == STREAM_SEEK_CUR ? _position
                                                                     : _block->Size();
-            // No position before the start, and none that a caller couldn't reach again with a signed number.
+            // Reject positions before the start, and positions that callers couldn't reach with a signed number.
             if (__builtin_add_overflow(start, move.QuadPart, &target) || target > INT64_MAX)
                 result = STG_E_SEEKERROR;
             else
@@ -217,7 +218,7 @@ public:
         return result;
     }
 
-    // All is in memory at once: nothing is kept back, and nothing can be taken back.
+    // Changes take effect immediately, so there is nothing to commit or revert.
     HRESULT Commit(DWORD) override { return S_OK; }
     HRESULT Revert() override { return S_OK; }
 
@@ -253,7 +254,7 @@ private:
         const std::unique_ptr<char[]> chunk(new (std::nothrow) char[kChunk]);
         if (chunk == nullptr)
             return E_OUTOFMEMORY;
-        // What the target appends isn't copied again if it stands on the same block.
+        // If the target uses the same block, the bytes it appends must not be copied as well.
         std::uint64_t remaining = RemainingBytes();
         remaining = count < remaining ? count : remaining;
         while (remaining != 0)
@@ -264,7 +265,7 @@ private:
                 break;
             totalRead += read;
             remaining -= read;
-            // Called without the lock: the target may stand on the same block.
+            // Called without the lock, because the target may use the same block.
             ULONG written = 0;
             const HRESULT result = target.Write(chunk.get(), read, &written);
             totalWritten += written;

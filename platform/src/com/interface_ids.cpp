@@ -1,7 +1,7 @@
-// The identifiers of the interfaces that the layer declares.
+// The identifiers of the interfaces declared by the layer.
 #include <oaidl.h>
 
-// Nearly all of them differ in their first number alone.
+// Nearly all of them differ only in their first number.
 namespace
 {
 constexpr GUID CommonId(DWORD number)

@@ -1,4 +1,4 @@
-// The count of an object's references. Objects come to life with one, which belongs to who made them.
+// The reference count of an object. It starts at 1; that reference belongs to the creator.
 #pragma once
 
 #include <minwindef.h>
@@ -13,7 +13,7 @@ class ReferenceCount
 public:
     ULONG Add() { return _count.fetch_add(1, std::memory_order_relaxed) + 1; }
 
-    // At 0 the object is to be deleted; all that other holders did to it is visible then.
+    // Returns the remaining count. At 0 the object must be deleted; all changes made by other holders are visible then.
     ULONG Drop() { return _count.fetch_sub(1, std::memory_order_acq_rel) - 1; }
 
 private:

@@ -1,4 +1,4 @@
-// The allocator for what one side of an interface hands over and the other side frees.
+// The allocator for memory that one side of an interface allocates and the other side frees.
 #include <combaseapi.h>
 
 #include <cstdlib>

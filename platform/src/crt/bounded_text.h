@@ -1,4 +1,4 @@
-// The target of the formatter: takes what fits and counts all of it.
+// The output buffer of the formatter. Stores what fits and counts everything.
 #pragma once
 
 #include <wchar.h>
@@ -14,7 +14,7 @@ class BoundedText
 public:
     BoundedText(wchar_t* target, std::size_t capacity) : _target(target), _capacity(capacity) {}
 
-    // The length that the whole text has, whether it fitted or not.
+    // The length of the whole text, whether or not it fits.
     std::size_t Length() const { return _length; }
     bool Fits() const { return _length <= _capacity; }
 
@@ -31,7 +31,7 @@ public:
         _length += text.size();
     }
 
-    // Each byte as the character of the same value, as in the "C" locale.
+    // Appends each byte as the character with the same value, as in the "C" locale.
     void Append(std::string_view bytes)
     {
         wchar_t* position = _target + Position();

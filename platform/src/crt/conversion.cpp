@@ -11,7 +11,7 @@ namespace qxplatform
 namespace
 {
 
-// More than any result can have; a field so wide makes the result too long for its count.
+// Exceeds any possible result; a field of this width makes the result too long to be counted.
 constexpr std::size_t GreatestWidth = std::numeric_limits<int>::max();
 
 std::size_t ReadNumber(const wchar_t*& format)
@@ -105,11 +105,11 @@ ArgumentSize ReadArgumentSize(const wchar_t*& format)
             size = ArgumentSize::Own;
         else if (*format == L'I' && format[1] != 0 && wcschr(L"diouxX", format[1]))
         {
-            // The size of a pointer; before anything else `I` is no size.
+            // `I` alone means pointer size, but only before an integer conversion.
             ++format;
             size = ArgumentSize::Bits64;
         }
-        else if (!Skip(format, L"L") && !Skip(format, L"F") && !Skip(format, L"N")) // these say nothing any more
+        else if (!Skip(format, L"L") && !Skip(format, L"F") && !Skip(format, L"N")) // these have no meaning any more
             return size;
     }
 }

@@ -1,4 +1,4 @@
-// One conversion of a format in the Microsoft dialect, and the arguments that go with it.
+// A conversion specification in the Microsoft dialect, and its arguments.
 #pragma once
 
 #include <cstdarg>
@@ -8,7 +8,7 @@
 namespace qxplatform
 {
 
-// A list of arguments that can be handed on by reference.
+// An argument list that can be passed by reference.
 class Arguments
 {
 public:
@@ -27,7 +27,7 @@ private:
     va_list _list;
 };
 
-// What the letters before the conversion say of the argument's size. `l` and `w` mean 32 bits for a number and wide for
+// The argument size given by the letters before the conversion. `l` and `w` mean 32 bits for a number and wide for
 // text, `h` 16 bits and narrow.
 enum class ArgumentSize
 {
@@ -51,10 +51,10 @@ struct Conversion
     wchar_t letter = 0; // 0 if the format ended within the conversion
 };
 
-// Reads the size letters at `format`, and goes behind them.
+// Parses the size letters at `format` and advances past them.
 ArgumentSize ReadArgumentSize(const wchar_t*& format);
 
-// Reads the conversion whose `%` stands before `format`, takes its `*` arguments, and goes behind it.
+// Parses the conversion whose `%` precedes `format`, reads its `*` arguments, and advances past it.
 Conversion ReadConversion(const wchar_t*& format, Arguments& arguments);
 
 } // namespace qxplatform

@@ -11,7 +11,7 @@ namespace qxplatform
 namespace
 {
 
-// How many digits the value has behind the decimal point: one for each binary place there.
+// Returns the number of digits after the decimal point, one for each binary place.
 int FractionDigits(double value)
 {
     constexpr int kMantissaBits = 52;

@@ -1,4 +1,4 @@
-// The decimal digits of a floating-point number, all of them.
+// All decimal digits of a floating-point number.
 #pragma once
 
 #include <array>
@@ -8,27 +8,27 @@
 namespace qxplatform
 {
 
-// d.ddd * 10^exponent. Behind the last digit stand zeros.
+// d.ddd * 10^exponent. The last digit is followed by zeros.
 class Decimal
 {
 public:
-    // The exact value of a finite number of at least 0.
+    // The exact value of a finite number that is not negative.
     explicit Decimal(double value);
-    // Something that is treated as if it were digits.
+    // Characters that are treated as if they were digits.
     explicit Decimal(std::string_view digits);
 
     std::size_t Count() const { return _count; }
     int Exponent() const { return _exponent; }
     char Digit(std::size_t index) const { return index < _count ? _digits[index] : '0'; }
 
-    // Keeps that many digits, half upwards; with 0 or fewer, what is left is 0 or the 1 that rounding gave.
+    // Keeps `digits` digits and rounds half up. With 0 or fewer, the result is 0, or the 1 produced by rounding.
     void Round(long long digits);
     void DropTrailingZeros();
 
 private:
     void CarryUp();
 
-    // The smallest numbers have 1074 digits behind the point.
+    // The smallest numbers have 1074 digits after the point.
     std::array<char, 1100> _digits;
     std::size_t _count = 0;
     int _exponent = 0;

@@ -22,7 +22,7 @@ public:
     std::string_view View() const { return {_text.data(), _length}; }
 
 private:
-    // Digits before the point, the point, and all that the smallest numbers have behind it.
+    // Room for the digits before the point, the point, and all digits of the smallest numbers after it.
     std::array<char, 1500> _text;
     std::size_t _length = 0;
 };
@@ -36,8 +36,8 @@ std::string_view ExponentText(std::array<char, 8>& buffer, char letter, int expo
     return {buffer.data(), 5};
 }
 
-// The point, if something follows it or the flags ask for it, and `precision` digits from the one at `index` on; the
-// zeros behind the last digit are only counted.
+// Appends the point, if something follows it or the flags require it, and `precision` digits starting with the one at
+// `index`. Zeros after the last digit are only counted.
 void AppendFraction(
     CharBuffer& text, NumberText& number, const Decimal& value, long long index, std::size_t precision, bool point)
 {
@@ -80,7 +80,7 @@ void AppendScientific(BoundedText& target, const Conversion& conversion, const D
     AppendNumber(target, conversion, number);
 }
 
-// The shorter one of the two forms, without trailing zeros unless the flags ask for them.
+// Appends the shorter one of the two forms, without trailing zeros unless the flags require them.
 void AppendGeneral(BoundedText& target, const Conversion& conversion, Decimal value, std::size_t precision,
     std::string_view sign, char letter)
 {
@@ -96,7 +96,7 @@ void AppendGeneral(BoundedText& target, const Conversion& conversion, Decimal va
         AppendFixed(target, conversion, value, static_cast<std::size_t>(std::max(shown - 1 - exponent, 0LL)), sign);
 }
 
-// What isn't a number is shown as if it were digits, so that it is cut and even rounded like them.
+// Infinities and NaN are processed as if they were digits, so they are truncated and even rounded.
 Decimal DigitsOf(double value)
 {
     if (std::isinf(value))

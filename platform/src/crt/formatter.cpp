@@ -29,7 +29,7 @@ std::uint64_t NextUnsigned(Arguments& arguments, ArgumentSize size)
     return size == ArgumentSize::Short ? static_cast<unsigned short>(value) : value;
 }
 
-// Text is wide unless the conversion or its size says otherwise; the letter in upper case turns what is the default.
+// Text is wide unless the conversion or its size says otherwise; an upper-case letter inverts the default.
 bool IsNarrow(const Conversion& conversion)
 {
     if (conversion.size == ArgumentSize::Short)

@@ -1,4 +1,4 @@
-// The formatter of wide text in the Microsoft dialect.
+// The wide formatter in the Microsoft dialect.
 #pragma once
 
 #include "bounded_text.h"
@@ -7,8 +7,8 @@
 namespace qxplatform
 {
 
-// `%s` and `%c` are wide, `%S`, `%C` and what follows `h` narrow; `l` means 32 bits, `ll`, `I64` and `I` 64. Exponents
-// have three digits, numbers the decimal point. What isn't known as a conversion is written as it is.
+// `%s` and `%c` are wide, `%S`, `%C` and conversions with `h` narrow; `l` means 32 bits, `ll`, `I64` and `I` 64 bits.
+// Exponents have three digits, and the decimal separator is a point. Unknown conversions are copied unchanged.
 void Format(BoundedText& target, const wchar_t* format, Arguments& arguments);
 
 } // namespace qxplatform

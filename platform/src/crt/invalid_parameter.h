@@ -1,4 +1,4 @@
-// Arguments that a function of the runtime refuses.
+// Reporting of invalid arguments to functions of the runtime.
 #pragma once
 
 #include <errno.h>
@@ -7,7 +7,7 @@
 namespace qxplatform
 {
 
-// Tells the handler, if there is one, and sets errno to the error, which is the result too.
+// Calls the handler, if there is one, sets errno to the error and returns it.
 errno_t RefuseParameter(errno_t error);
 
 } // namespace qxplatform

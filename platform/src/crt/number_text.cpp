@@ -22,8 +22,8 @@ std::string_view Digits(DigitBuffer& buffer, std::uint64_t value, int base, bool
     return {buffer.data(), static_cast<std::size_t>(end - buffer.data())};
 }
 
-// Brings the digits to the precision, which is their least number. A precision of 0 leaves nothing of the number 0, and
-// a precision switches the filling with zeros off.
+// Extends the digits to the precision, which is their minimum number. With precision 0 the number 0 has no digits. A
+// precision disables zero padding.
 void AppendInteger(BoundedText& target, Conversion conversion, std::uint64_t value, NumberText number)
 {
     if (conversion.precision)

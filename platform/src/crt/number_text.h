@@ -1,4 +1,4 @@
-// Numbers as the formatter writes them.
+// Numbers in the form written by the formatter.
 #pragma once
 
 #include "bounded_text.h"
@@ -11,8 +11,8 @@
 namespace qxplatform
 {
 
-// A number's characters in the order in which they are written. A field is filled with blanks around them, or with
-// zeros behind the prefix.
+// The characters of a number in the order of output. A field is padded with blanks around them, or with zeros after the
+// prefix.
 struct NumberText
 {
     std::string_view prefix; // sign and base
@@ -29,7 +29,7 @@ void AppendUnsigned(BoundedText& target, const Conversion& conversion, std::uint
 void AppendPointer(BoundedText& target, const Conversion& conversion, const void* pointer);
 void AppendFloat(BoundedText& target, const Conversion& conversion, double value);
 
-// The sign of a signed number as the flags ask for it, or nothing.
+// Returns the sign of a signed number according to the flags, or nothing.
 std::string_view SignText(const Conversion& conversion, bool negative);
 
 } // namespace qxplatform

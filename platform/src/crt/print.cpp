@@ -24,7 +24,7 @@ int _vsnwprintf(wchar_t* target, std::size_t size, const wchar_t* format, va_lis
     BoundedText text(target != nullptr ? target : &nothing, size);
     Format(text, format, list);
     if (target == nullptr && size == 0)
-        return Count(text); // the length that it would have
+        return Count(text); // the length of the whole text
     if (!text.Fits())
         return -1;
     if (text.Length() < size)

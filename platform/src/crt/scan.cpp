@@ -15,7 +15,7 @@ namespace
 
 constexpr int EndOfText = -1;
 
-// The rest of the text that is scanned.
+// The rest of the scanned text.
 class Input
 {
 public:
@@ -53,8 +53,8 @@ int HexDigitValue(wchar_t c)
     return lower >= L'a' && lower <= L'f' ? static_cast<int>(lower - L'a') + 10 : 16;
 }
 
-// A number of at most `width` characters, its sign and its prefix included. A value that is too great loses its upper
-// bits, as in the Microsoft scanner. Base 0 goes by the prefix.
+// Scans a number of at most `width` characters, including sign and prefix. Values that are too large lose their upper
+// bits, as in the Microsoft scanner. With base 0 the prefix determines the base.
 class IntegerScan
 {
 public:
@@ -182,7 +182,7 @@ public:
     }
 
 private:
-    // Matches one element of the format; false ends the scan.
+    // Matches one element of the format. Returns false if the scan ends.
     bool Step(const wchar_t*& format)
     {
         if (iswspace(*format))

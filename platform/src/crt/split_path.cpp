@@ -10,7 +10,7 @@
 namespace
 {
 
-// What the layer puts between names; it reads both.
+// The separator that the layer writes; it accepts both.
 constexpr wchar_t Separator = L'/';
 
 bool IsSeparator(wchar_t c)
@@ -41,7 +41,7 @@ PathParts Split(std::wstring_view path)
     return parts;
 }
 
-// Where a part goes, if the caller wants it.
+// The destination of a part, if the caller wants it.
 struct PartTarget
 {
     wchar_t* buffer;
@@ -56,7 +56,7 @@ struct PartTarget
     }
 };
 
-// A path in the making; what doesn't fit is noted.
+// A path under construction. Records whether it fits.
 class PathTarget
 {
 public:

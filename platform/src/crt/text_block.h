@@ -1,16 +1,19 @@
-// Eight characters at a time, for the functions that walk texts.
+// Processes eight characters at a time, for functions that scan texts.
 #pragma once
-
-#include <emmintrin.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace qxplatform
 {
 
-// Terminated texts are read in whole blocks, which can reach behind the terminator but never into another page. The
-// sanitizers would take that for a fault, and are to see each character read on its own.
+// Terminated texts are read in whole blocks, which may extend past the terminator but never into another page. The
+// sanitizers would report this, and should check each character individually.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool ReadsWholeBlocks = false;
 #elif defined(__has_feature)
@@ -25,66 +28,91 @@ constexpr bool ReadsWholeBlocks = true;
 
 constexpr std::size_t BlockLength = 8;
 
-// The characters of a block for which something holds.
+// The compiler's own vectors, which exist for every processor. A comparison sets all bits of each element that satisfies
+// it.
+typedef std::uint16_t BlockUnits __attribute__((vector_size(16)));
+typedef std::int16_t BlockTruths __attribute__((vector_size(16)));
+
+inline BlockUnits EightOf(wchar_t c)
+{
+    const auto unit = static_cast<std::uint16_t>(c);
+    return BlockUnits{unit, unit, unit, unit, unit, unit, unit, unit};
+}
+
+// Returns two bits per character, the first character lowest.
+inline unsigned MaskOf(BlockTruths lanes)
+{
+#if defined(__SSE2__)
+    return static_cast<unsigned>(_mm_movemask_epi8(reinterpret_cast<__m128i>(lanes)));
+#else
+    constexpr BlockUnits kPlaces = {0x3, 0xc, 0x30, 0xc0, 0x300, 0xc00, 0x3000, 0xc000};
+    const BlockUnits bits = reinterpret_cast<BlockUnits>(lanes) & kPlaces;
+    std::uint64_t halves[2];
+    std::memcpy(halves, &bits, sizeof halves);
+    std::uint64_t all = halves[0] | halves[1];
+    all |= all >> 32;
+    all |= all >> 16;
+    return static_cast<unsigned>(all & 0xffff);
+#endif
+}
+
+// The characters of a block that satisfy a condition.
 class BlockLanes
 {
 public:
-    explicit BlockLanes(__m128i lanes) : _lanes(lanes) {}
+    explicit BlockLanes(BlockTruths lanes) : _lanes(lanes) {}
 
-    BlockLanes operator|(BlockLanes other) const { return BlockLanes(_mm_or_si128(_lanes, other._lanes)); }
-    BlockLanes Without(BlockLanes other) const { return BlockLanes(_mm_andnot_si128(other._lanes, _lanes)); }
+    BlockLanes operator|(BlockLanes other) const { return BlockLanes(_lanes | other._lanes); }
+    BlockLanes Without(BlockLanes other) const { return BlockLanes(_lanes & ~other._lanes); }
 
-    // Two bits for each character, the first one lowest.
-    unsigned Mask() const { return static_cast<unsigned>(_mm_movemask_epi8(_lanes)); }
+    unsigned Mask() const { return MaskOf(_lanes); }
 
     static constexpr unsigned All = 0xffff;
     static std::size_t First(unsigned mask) { return static_cast<std::size_t>(__builtin_ctz(mask)) / 2; }
 
 private:
-    __m128i _lanes;
+    BlockTruths _lanes;
 };
 
 class TextBlock
 {
 public:
-    explicit TextBlock(const wchar_t* text) : _data(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text))) {}
+    explicit TextBlock(const wchar_t* text) { std::memcpy(&_data, text, sizeof _data); }
 
-    BlockLanes Where(wchar_t c) const
-    {
-        return BlockLanes(_mm_cmpeq_epi16(_data, _mm_set1_epi16(static_cast<short>(c))));
-    }
-    BlockLanes WhereSame(TextBlock other) const { return BlockLanes(_mm_cmpeq_epi16(_data, other._data)); }
+    BlockLanes Where(wchar_t c) const { return BlockLanes(_data == EightOf(c)); }
+    BlockLanes WhereSame(TextBlock other) const { return BlockLanes(_data == other._data); }
 
-    // With A to Z as a to z.
+    // The block with A to Z converted to a to z.
     TextBlock Folded() const
     {
-        const __m128i fromA = _mm_cmpgt_epi16(_data, _mm_set1_epi16(L'A' - 1));
-        const __m128i toZ = _mm_cmplt_epi16(_data, _mm_set1_epi16(L'Z' + 1));
-        const __m128i shift = _mm_and_si128(_mm_and_si128(fromA, toZ), _mm_set1_epi16(L'a' - L'A'));
-        return TextBlock(_mm_add_epi16(_data, shift));
+        // Signed numbers are compared in one step, and those from U+8000 on are below 0.
+        const auto numbers = reinterpret_cast<BlockTruths>(_data);
+        const BlockTruths isCapital = (numbers > reinterpret_cast<BlockTruths>(EightOf(L'A' - 1))) &
+                                      (numbers < reinterpret_cast<BlockTruths>(EightOf(L'Z' + 1)));
+        return TextBlock(_data + (reinterpret_cast<BlockUnits>(isCapital) & EightOf(L'a' - L'A')));
     }
 
 private:
-    explicit TextBlock(__m128i data) : _data(data) {}
+    explicit TextBlock(BlockUnits data) : _data(data) {}
 
-    __m128i _data;
+    BlockUnits _data;
 };
 
-// Where the aligned block that holds *text starts; it lies in one page.
+// Returns the start of the aligned block that contains *text. It is in the same page.
 inline const wchar_t* BlockStart(const wchar_t* text)
 {
     return reinterpret_cast<const wchar_t*>(
         reinterpret_cast<std::uintptr_t>(text) & ~std::uintptr_t{sizeof(TextBlock) - 1});
 }
 
-// Four aligned blocks lie in one page as well, if the first of them starts so.
+// Four aligned blocks are also in one page if the first of them starts here.
 constexpr std::size_t LineLength = 4 * BlockLength;
 inline bool IsLineStart(const wchar_t* text)
 {
     return (reinterpret_cast<std::uintptr_t>(text) & (4 * sizeof(TextBlock) - 1)) == 0;
 }
 
-// Whether eight characters from here on lie in one page, so that they can be read wherever the text ends.
+// Returns true if the next eight characters are in one page, so that they can be read wherever the text ends.
 inline bool FitsInPage(const wchar_t* text)
 {
     constexpr std::uintptr_t kPageSize = 4096;

@@ -23,7 +23,7 @@ struct WithoutCase
     static TextBlock Of(TextBlock block) { return block.Folded(); }
 };
 
-// The order of two terminated texts by their characters as `Form` gives them, in at most `limit` characters.
+// Compares two terminated texts by their characters as mapped by `Form`, up to `limit` characters.
 template <class Form>
 int Compare(const wchar_t* a, const wchar_t* b, std::size_t limit)
 {

@@ -9,7 +9,7 @@ using namespace qxplatform;
 namespace
 {
 
-// What is searched for: one character, or one or the terminator.
+// The search conditions: one character, or one character or the terminator.
 struct Is
 {
     wchar_t c;
@@ -32,8 +32,8 @@ bool FoundInLine(const wchar_t* line, Test test)
     return (first | second).Mask() != 0;
 }
 
-// The index of the first character that passes the test, or a number of at least `limit`. Nothing is asked of the
-// characters behind it: the limit may be greater than what is there.
+// Returns the index of the first character that satisfies the test, or a number of at least `limit`. The characters
+// after the match are not examined: the limit may exceed the size of the text.
 template <class Test>
 inline std::size_t Find(const wchar_t* text, std::size_t limit, Test test)
 {
@@ -66,7 +66,7 @@ inline std::size_t Find(const wchar_t* text, std::size_t limit, Test test)
 
 constexpr std::size_t NoLimit = std::numeric_limits<std::size_t>::max();
 
-// The first character of a terminated text that is `c` or the terminator.
+// Returns the first character of a terminated text that is `c` or the terminator.
 const wchar_t* FindOrEnd(const wchar_t* text, wchar_t c)
 {
     return text + Find(text, NoLimit, IsOrEnds{c});

@@ -27,8 +27,8 @@ int HexDigit(wchar_t c)
     return lower >= L'a' && lower <= L'f' ? static_cast<int>(lower - L'a') + 10 : -1;
 }
 
-// `e-12` at `text`, if a number stands behind the letter; goes behind it. What is beyond all exponents is as good as
-// the greatest one: no text has digits enough to make up for it.
+// Parses an exponent such as `e-12`, if a number follows the letter, and advances past it. Huge exponents are limited:
+// no text has enough digits to compensate for them.
 long long ReadExponent(const wchar_t*& text, wchar_t letter)
 {
     constexpr long long kGreatest = std::numeric_limits<long long>::max() / 100;
@@ -53,7 +53,7 @@ double OutOfRange(double value)
     return value;
 }
 
-// The digits of a decimal number that can decide on its value. Those behind them only say whether there is more.
+// The decimal digits that can affect the value. Of the digits after them, only the presence of a nonzero one matters.
 class SignificantDigits
 {
 public:
@@ -71,7 +71,7 @@ public:
 
     bool Empty() const { return _count == 0; }
 
-    // The value with the last digit taken at 10^exponent.
+    // Returns the value, with the last digit at 10^exponent.
     double Value(long long exponent)
     {
         if (_count == 0)
@@ -93,9 +93,9 @@ public:
     }
 
 private:
-    // Halfway between two numbers lie values of up to 767 digits; one more tells on which side the text is.
+    // Values halfway between two numbers have up to 767 digits; one more digit decides on which side the text is.
     static constexpr std::size_t MostDigits = 768;
-    // 1.8e308 and 2.5e-324 are the ends of what doesn't round to infinity or 0.
+    // 1.8e308 and 2.5e-324 are the limits of values that don't round to infinity or 0.
     static constexpr long long GreatestLeading = 308;
     static constexpr long long SmallestLeading = -324;
     std::array<char, MostDigits + 24> _digits;
@@ -130,7 +130,7 @@ double ReadDecimal(const wchar_t*& text)
     return digits.Value(exponent);
 }
 
-// `0x1.8p3` behind its prefix.
+// Parses `0x1.8p3` after its prefix.
 double ReadHexadecimal(const wchar_t*& text)
 {
     constexpr std::uint64_t kFull = std::uint64_t{1} << 60;
@@ -154,7 +154,7 @@ double ReadHexadecimal(const wchar_t*& text)
         else
         {
             exponent += 4;
-            mantissa |= digit != 0; // far below the last bit that counts
+            mantissa |= digit != 0; // far below the last significant bit
         }
         exponent -= fraction ? 4 : 0;
     }

@@ -11,13 +11,13 @@
 namespace
 {
 
-// The digit 0 of each script whose decimal digits the runtime reads, ascending.
+// The digit 0 of each script whose decimal digits the runtime recognises, ascending.
 constexpr wchar_t ScriptZeros[] = {0x660, 0x6f0, 0x966, 0x9e6, 0xa66, 0xae6, 0xb66, 0xc66, 0xce6, 0xd66, 0xe50, 0xed0,
     0xf20, 0x1040, 0x17e0, 0x1810, 0xff10};
 
 constexpr int GreatestBase = 36;
 
-// The value of a digit or letter in the greatest base, or more than any digit has.
+// Returns the value of a digit or letter in the largest base, or a larger value for any other character.
 int DigitValue(wchar_t c)
 {
     if (c >= L'0' && c <= L'9')
@@ -33,7 +33,7 @@ int DigitValue(wchar_t c)
 
 struct ParsedInteger
 {
-    const wchar_t* end = nullptr; // behind the last digit; null if there was no number
+    const wchar_t* end = nullptr; // after the last digit; null if there was no number
     std::uint64_t magnitude = 0;
     bool negative = false;
     bool overflow = false;
@@ -69,7 +69,8 @@ T OutOfRange(T limit)
     return limit;
 }
 
-// The value in the range of T: outside of it the nearer limit, and the error ERANGE. What is unsigned wraps at a minus.
+// Returns the value limited to the range of T, with the error ERANGE if it is outside. Unsigned values wrap after a
+// minus.
 template <class T>
 T InRangeOf(const ParsedInteger& number)
 {

@@ -1,5 +1,5 @@
-// Calls the DllMain of the module that this is linked into, as the system's loader would. The build puts it behind all
-// other objects of the module, so that the static ones are made before.
+// Calls the DllMain of the module it is linked into, like the system's loader. The build places it after all other
+// objects of the module, so that static objects are constructed before.
 #include <libloaderapi.h>
 #include <minwindef.h>
 #include <winnt.h>
@@ -16,12 +16,12 @@ static HINSTANCE OwnModule(void)
     return module;
 }
 
-// Of the C++ ABI: what static objects register their destructors with, by the module that they belong to.
+// Part of the C++ ABI: registers the destructors of static objects for a module.
 int __cxa_atexit(void (*function)(void*), void* argument, void* module);
 extern char __dso_handle __attribute__((visibility("hidden")));
 
-// The loader calls destructor functions first when it unloads a module; at the end of the process they come last, when
-// all that was registered is done. So this one is too late for the detach there, but tells the two ends apart.
+// When a module is unloaded, the loader calls destructor functions first; at process end they run last, after all
+// registered functions. That is too late for the detach, but it distinguishes the two cases.
 static int isUnloaded;
 static void __attribute__((destructor)) NoteUnload(void)
 {
@@ -31,12 +31,12 @@ static void __attribute__((destructor)) NoteUnload(void)
 static void Detach(void* unused)
 {
     (void)unused;
-    // Where the process ends the system passes an address that means nothing else.
+    // At process end the system passes a non-null pointer without further meaning.
     DllMain(OwnModule(), DLL_PROCESS_DETACH, isUnloaded ? NULL : &isUnloaded);
 }
 
-// What is registered last comes first, at both ends, so that the static objects are still there. Not atexit(), which
-// the thread sanitizer replaces by one that knows the process's end alone.
+// Functions registered last run first in both cases, so the static objects still exist. Not atexit(), whose replacement
+// by the thread sanitizer handles only process end.
 static void __attribute__((constructor)) Attach(void)
 {
     if (DllMain(OwnModule(), DLL_PROCESS_ATTACH, NULL))

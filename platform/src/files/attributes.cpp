@@ -32,10 +32,10 @@ bool ReadByHandle(HANDLE handle, DWORD rights, Metadata& metadata)
     return file && (ReadMetadata(PathOfDescriptor(file->descriptor()), metadata) || FailErrno());
 }
 
-// The time to set, or the one that means: leave it.
+// Returns the time to set, or the value that leaves the time unchanged.
 timespec TimeToSet(const FILETIME* time)
 {
-    // All bits set also ask for no further changes by this handle, which Linux doesn't offer.
+    // All bits set also requests that this handle make no further changes, which Linux doesn't support.
     const bool isLeft = time == nullptr || UnitsOf(*time) == -1 || UnitsOf(*time) == 0;
     return isLeft ? timespec{0, UTIME_OMIT} : TimeSpecOf(*time);
 }
@@ -69,7 +69,7 @@ BOOL WINAPI SetFileAttributesW(LPCWSTR lpFileName, DWORD dwFileAttributes)
     const bool isReadOnly = (dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
     if (metadata.attributes & FILE_ATTRIBUTE_DIRECTORY)
     {
-        // To take away a folder's mode of writing would do another thing: nothing could be made in it any more.
+        // Removing a folder's write mode would have another effect: nothing could be created in it any more.
         if (isReadOnly)
             return Fail(ERROR_NOT_SUPPORTED);
     }
@@ -106,7 +106,7 @@ BOOL WINAPI GetFileTime(
     return TRUE;
 }
 
-// The time of creation can't be changed on Linux. A caller who sets all three gets the other two.
+// The creation time can't be changed on Linux. If a caller sets all three times, the other two are set.
 BOOL WINAPI SetFileTime(
     HANDLE hFile, const FILETIME* lpCreationTime, const FILETIME* lpLastAccessTime, const FILETIME* lpLastWriteTime)
 {
@@ -118,7 +118,7 @@ BOOL WINAPI SetFileTime(
     const timespec times[] = {TimeToSet(lpLastAccessTime), TimeToSet(lpLastWriteTime)};
     if (futimens(file->descriptor(), times) == 0)
         return TRUE;
-    // Not by the descriptor itself, if that was opened for nothing but its attributes.
+    // The descriptor itself can't be used if it was opened for attributes only.
     return (errno == EBADF && utimensat(AT_FDCWD, PathOfDescriptor(file->descriptor()).c_str(), times, 0) == 0) ||
            FailErrno();
 }

@@ -15,16 +15,16 @@ namespace
 
 constexpr std::uint64_t kExactEnd = kLayerStart;
 
-// Linux has offsets up to 2^63 where callers have 2^64, and the layer keeps a part for itself. So the offsets from 2^62
-// on, where no file has data, share the rest, four in one: two locks there that are less than four bytes apart may be
-// in each other's way, but no lock is ever overlooked.
+// Linux has offsets up to 2^63, callers have 2^64, and the layer reserves a range. Offsets from 2^62 on, where no file
+// has data, are therefore mapped four to one to the rest: two locks there that are less than four bytes apart may
+// conflict, but no lock is overlooked.
 std::int64_t Place(std::uint64_t offset)
 {
     return static_cast<std::int64_t>(
         offset < kExactEnd ? offset : static_cast<std::uint64_t>(kLayerEnd) + (offset - kExactEnd) / 4);
 }
 
-// The pieces below and above the part that the layer keeps for itself. A piece may be empty.
+// The pieces of a range below and above the range reserved by the layer. A piece may be empty.
 using Pieces = std::array<Range, 2>;
 
 Pieces PiecesOf(std::uint64_t offset, std::uint64_t length)
@@ -41,7 +41,7 @@ Pieces PiecesOf(std::uint64_t offset, std::uint64_t length)
 
 bool Overlap(const Pieces& first, const Pieces& second)
 {
-    // Piece by piece, as each stays on its side.
+    // Compare piece by piece, because each piece stays on its side.
     return (first[0].length > 0 && second[0].length > 0 && first[0].Overlaps(second[0])) ||
            (first[1].length > 0 && second[1].length > 0 && first[1].Overlaps(second[1]));
 }
@@ -49,7 +49,7 @@ bool Overlap(const Pieces& first, const Pieces& second)
 void UnlockPieces(int descriptor, const Pieces& pieces)
 {
     for (const Range& piece : pieces)
-        if (piece.length > 0) // a length of 0 would mean everything behind
+        if (piece.length > 0) // a length of 0 would mean everything up to the end
             UnlockRange(descriptor, piece);
 }
 
@@ -80,7 +80,7 @@ LockResult LockAlone(int descriptor, bool canWrite, const Pieces& pieces)
 {
     if (canWrite)
         return LockPieces(descriptor, LockKind::Exclusive, pieces);
-    // Callers may lock through a handle that only reads, where the kernel grants shared locks alone.
+    // Callers may lock through a read-only handle, for which the kernel grants only shared locks.
     return LockWithClaim(descriptor, LockKind::Shared,
         {[&] { return LockPieces(descriptor, LockKind::Shared, pieces); },
             [&] { return MeetsOthers(descriptor, pieces); },
@@ -98,7 +98,7 @@ DWORD ByteLocks::Lock(int descriptor, bool canWrite, std::uint64_t offset, std::
         return ERROR_INVALID_PARAMETER;
     const Pieces pieces = PiecesOf(offset, length);
     const std::lock_guard guard(_lock);
-    // To the kernel two locks of one descriptor are one; to callers the second is refused.
+    // For the kernel, two locks of one descriptor are one lock; callers expect the second one to be refused.
     const bool isOwn = std::any_of(_records.begin(), _records.end(),
         [&pieces](const Record& record) { return Overlap(pieces, PiecesOf(record.offset, record.length)); });
     if (isOwn)

@@ -1,4 +1,4 @@
-// The byte ranges that callers lock through one opened file.
+// The byte ranges that callers have locked through one opened file.
 #pragma once
 
 #include "base/mutex.h"
@@ -17,10 +17,10 @@ namespace qxplatform
 class ByteLocks
 {
 public:
-    // Locks the range exclusively, or gives ERROR_LOCK_VIOLATION at once.
+    // Locks the range exclusively, or returns ERROR_LOCK_VIOLATION immediately.
     DWORD Lock(int descriptor, bool canWrite, std::uint64_t offset, std::uint64_t length);
 
-    // Unlocks a range that has been locked in just this form; else ERROR_NOT_LOCKED.
+    // Unlocks a range that was locked in exactly this form. Otherwise returns ERROR_NOT_LOCKED.
     DWORD Unlock(int descriptor, std::uint64_t offset, std::uint64_t length);
 
 private:
@@ -34,8 +34,8 @@ private:
     std::vector<Record> _records;
 };
 
-// Whether others have locked a part of the range against a transfer of this kind. Only locks taken through a descriptor
-// that can write keep others from reading; any keeps them from writing.
+// Returns true if others have locked a part of the range against a transfer of this kind. Only locks taken through a
+// descriptor with write access block reading by others; any lock blocks writing.
 bool IsLockedByOthers(int descriptor, LockKind transfer, std::int64_t offset, std::size_t length);
 
 } // namespace qxplatform

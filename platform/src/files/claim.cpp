@@ -11,7 +11,7 @@ namespace qxplatform
 namespace
 {
 
-// A claim is held for microseconds. If one stays for this long, its process has been stopped in between.
+// A claim is held for microseconds. If one lasts this long, its process has been stopped in the meantime.
 constexpr std::int64_t kPatience = 200'000'000;
 
 std::int64_t Nanoseconds()
@@ -21,7 +21,8 @@ std::int64_t Nanoseconds()
     return now.tv_sec * 1'000'000'000 + now.tv_nsec;
 }
 
-// Earlier claims have lower numbers. The clock is the same for all processes; the thread tells two of one moment apart.
+// Earlier claims have lower numbers. All processes share the clock; the thread id distinguishes claims made at the same
+// moment.
 std::int64_t NewNumber()
 {
     return (Nanoseconds() << 8 | (gettid() & 0xFF)) % kClaimRange.length;
@@ -48,7 +49,7 @@ public:
     bool HasLater() const { return Exists({_range.end(), kClaimRange.end() - _range.end()}); }
 
 private:
-    // A lock that reaches beyond the range is none of the layer: another program has locked the whole file.
+    // A lock that extends beyond the range doesn't belong to the layer: another program has locked the whole file.
     bool Exists(const Range& range) const
     {
         Range found;
@@ -79,8 +80,8 @@ LockResult LockWithClaim(int descriptor, LockKind claimKind, const ClaimedLock& 
         const bool hasEarlier = claim.HasEarlier();
         const bool isAlone = !hasEarlier && !claim.HasLater();
         lock.withdraw();
-        // The lock that was met belongs to one of the other claims, or is there to stay. It is there to stay if it is
-        // met a second time with no claims around: the first time, its owner might just have taken it away.
+        // The conflicting lock belongs to another claim or is permanent. It is permanent if the conflict occurs twice
+        // without any claims present: the first time, its owner might just have withdrawn it.
         if ((isAlone && wasAlone) || Nanoseconds() > deadline)
             return LockResult::Refused;
         wasAlone = isAlone;

@@ -1,7 +1,7 @@
-// Taking what only one of several may have, by locks that can only be shared: a descriptor that can't write gets no
-// others. One sets one's lock first and looks for the locks of others afterwards, so that two which exclude each other
-// are never both granted; and so that not both are refused either, each holds a claim for that short time, by whose
-// number the earlier one goes first.
+// Acquires exclusive locks although only shared ones are available, because a descriptor without write access gets no
+// others. The caller first sets its own lock and then checks for conflicting ones, so two conflicting locks are never
+// both granted. To avoid that both are refused, each caller holds a claim for that short time, and the claim's number
+// lets the earlier one succeed.
 #pragma once
 
 #include "files/range_lock.h"
@@ -11,7 +11,7 @@
 namespace qxplatform
 {
 
-// How to set, look for and withdraw the locks in question.
+// The functions to set, check for and withdraw the locks.
 struct ClaimedLock
 {
     std::function<LockResult()> set;

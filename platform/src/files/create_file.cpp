@@ -17,13 +17,13 @@ using namespace qxplatform;
 namespace
 {
 
-// What CreateFileW was asked for.
+// The arguments of CreateFileW.
 struct Request
 {
     DWORD access = 0; // specific rights
     DWORD share = 0;
     DWORD disposition = 0;
-    DWORD flags = 0; // attributes too
+    DWORD flags = 0; // including attributes
 
     bool Has(DWORD flag) const { return (flags & flag) != 0; }
     bool Writes() const { return (access & (FILE_WRITE_DATA | FILE_APPEND_DATA)) != 0; }
@@ -45,7 +45,7 @@ struct Opened
     bool isNew = false;
 };
 
-// The file may go and come between two looks at it: then everything starts again, this often.
+// The file may appear or disappear between two checks. The operation is then repeated up to this number of times.
 constexpr int kMaximumRounds = 16;
 
 DWORD CheckRequest(const Request& request)
@@ -55,8 +55,8 @@ DWORD CheckRequest(const Request& request)
     return request.Has(FILE_FLAG_OVERLAPPED) ? ERROR_NOT_SUPPORTED : ERROR_SUCCESS;
 }
 
-// The system has no limit on open files that a program would meet, and the usual one here is low. False if the
-// administrator's limit is reached.
+// The system has no limit on open files that programs usually reach, while the default here is low. Returns false if
+// the hard limit is reached.
 bool RaiseDescriptorLimit()
 {
     rlimit limit{};
@@ -71,13 +71,13 @@ int OpenDescriptor(const std::string& path, int flags)
     const mode_t mode = flags & O_CREAT ? ModeOfNew(path, 0666) : 0;
     int descriptor;
     do
-        // Without O_NONBLOCK a pipe without a partner would hold us up here; to files it makes no difference.
+        // Without O_NONBLOCK, opening a pipe without a partner would block. Files aren't affected.
         descriptor = open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode);
     while (descriptor < 0 && (errno == EINTR || (errno == EMFILE && RaiseDescriptorLimit())));
     return descriptor;
 }
 
-// Opens for what is needed. Where it can be had, reading comes along: shared locks need it.
+// Opens the file with the required access, and with read access if possible, because shared locks need it.
 Opened OpenFor(const std::string& path, const Request& request, int creationFlags)
 {
     Opened opened;
@@ -100,7 +100,7 @@ Opened OpenFor(const std::string& path, const Request& request, int creationFlag
     return opened;
 }
 
-// Opens what is there or makes it, as the disposition says. The descriptor is empty, with errno, if that fails.
+// Opens or creates the file according to the disposition. On failure the descriptor is empty and errno is set.
 Opened OpenOrCreate(const std::string& path, const Request& request)
 {
     Opened opened;
@@ -114,7 +114,7 @@ Opened OpenOrCreate(const std::string& path, const Request& request)
     opened.isNew = true;
     if (opened.descriptor || errno != EEXIST || request.disposition == CREATE_NEW)
         return opened;
-    // Either someone was quicker, or this is a link to a file that isn't there yet.
+    // Either another process was faster, or this is a link whose target doesn't exist.
     struct stat info
     {
     };
@@ -126,26 +126,26 @@ Opened OpenOrCreate(const std::string& path, const Request& request)
     return opened;
 }
 
-// The access that the file's attributes and kind allow.
+// Returns an error if the file's attributes or type don't permit the access.
 DWORD CheckAttributes(const Opened& opened, const Request& request, const struct stat& info)
 {
     if (S_ISDIR(info.st_mode))
         return request.Has(FILE_FLAG_BACKUP_SEMANTICS) && !request.Truncates() ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
     if (opened.isNew)
         return ERROR_SUCCESS;
-    // The system's administrator too must take the attribute away first.
+    // Even the administrator must clear the attribute first.
     const bool changes = request.Writes() || request.Truncates() || request.Has(FILE_FLAG_DELETE_ON_CLOSE);
     if (changes && IsReadOnly(info.st_mode))
         return ERROR_ACCESS_DENIED;
     if (request.disposition != CREATE_ALWAYS)
         return ERROR_SUCCESS;
-    // A file that is replaced must keep these.
+    // A file that is replaced must keep these attributes.
     const DWORD kept = ReadKeptAttributes(PathOfDescriptor(opened.descriptor.Get()));
     return (kept & ~request.flags) == 0 ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
 }
 
-// Gives a file that is new or replaced its attributes. They are hints: a file system that can't keep them is no
-// failure of the open.
+// Sets the attributes of a new or replaced file. They are hints: if the file system can't store them, the open still
+// succeeds.
 void SetAttributes(const Opened& opened, const Request& request)
 {
     const std::string path = PathOfDescriptor(opened.descriptor.Get());
@@ -171,7 +171,8 @@ DWORD Finish(Opened& opened, const Request& request, const struct stat& info)
     return ERROR_SUCCESS;
 }
 
-// The part of sharing comes before anything is changed. `isStale` tells that the name went elsewhere in the meantime.
+// Sharing is checked before anything is changed. `isStale` reports that the name has been moved to another file in the
+// meantime.
 DWORD Share(const Opened& opened, const Request& request, const struct stat& info, bool& isStale)
 {
     isStale = false;
@@ -181,7 +182,8 @@ DWORD Share(const Opened& opened, const Request& request, const struct stat& inf
         SharedAccessOf(request.access), request.share & (FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE)};
     const DWORD error = TakeShareMode(opened.descriptor.Get(), opened.canRead, mode);
     if (error != ERROR_SUCCESS)
-        // Between the making of a new file and this another may have opened it: as if that one had made it.
+        // Another process may have opened the new file before this point; the result is the same as if that process had
+        // created it.
         return opened.isNew && request.disposition == CREATE_NEW ? DWORD{ERROR_FILE_EXISTS} : error;
     struct stat now
     {

@@ -12,7 +12,7 @@ namespace qxplatform
 namespace
 {
 
-// Handles that are open when the process ends are closed by that; the files that go with them go too.
+// Handles open at process end are closed then, and files to be deleted on close are deleted.
 struct AtExit
 {
     ~AtExit()
@@ -65,13 +65,13 @@ DWORD FileObject::MapFileAccess(DWORD access)
 
 void FileObject::DeleteIfAsked()
 {
-    // A forked child has copies of the objects, but the file is its parent's.
+    // A forked child has copies of the objects, but the file belongs to the parent.
     if (!_options.isDeletedOnClose || _creator != getpid())
         return;
     const std::lock_guard guard(_deleteLock);
     if (std::exchange(_isDeleted, true))
         return;
-    // The kernel knows the name that the file has by now.
+    // The kernel provides the current name of the file.
     char path[PATH_MAX];
     const ssize_t length = readlink(PathOfDescriptor(descriptor()).c_str(), path, sizeof path - 1);
     if (length <= 0)

@@ -21,27 +21,27 @@ public:
     struct Options
     {
         bool canSeek = false;
-        bool canWrite = false; // the descriptor, whatever the handle may do
+        bool canWrite = false; // access of the descriptor, whatever the rights of the handle
         bool appends = false;
         bool isDeletedOnClose = false;
     };
 
     FileObject(Descriptor descriptor, const Options& options);
 
-    // The rights that the generic ones stand for with a file.
+    // Maps generic rights to the rights of a file.
     static DWORD MapFileAccess(DWORD access);
     DWORD MapAccess(DWORD access) const override { return MapFileAccess(access); }
 
     int descriptor() const { return _descriptor.Get(); }
     const Options& options() const { return _options; }
 
-    // Removes the file's present name, if it was opened to be deleted on close by this process.
+    // Deletes the file under its current name if this process opened it with delete-on-close.
     void DeleteIfAsked();
 
     ByteLocks byteLocks;
 
-    // The file pointer belongs to the object: handles duplicated from each other share it. Whoever moves it or
-    // transfers bytes at it holds the lock.
+    // The file pointer belongs to the object and is shared by duplicated handles. Hold this lock to move it or to
+    // transfer bytes at it.
     Mutex positionLock;
     std::int64_t position = 0;
 

@@ -24,7 +24,7 @@ struct CloseFolder
     void operator()(DIR* folder) const { closedir(folder); }
 };
 
-// A find under way. With a pattern it walks a folder; without one it has found its one file already.
+// A find in progress. With a pattern it reads a folder; without one it has already found its only file.
 class FindObject : public Object
 {
 public:
@@ -39,14 +39,14 @@ public:
     {
     }
 
-    // False at the end.
+    // Returns false at the end.
     bool Next(WIN32_FIND_DATAW& data);
 
 private:
     std::string _path;
     std::unique_ptr<DIR, CloseFolder> _folder;
     std::optional<Wildcard> _pattern;
-    Mutex _lock; // a position in a folder is for one thread at a time
+    Mutex _lock; // a position in a folder may be used by one thread at a time
 };
 
 void Fill(WIN32_FIND_DATAW& data, const Metadata& metadata, std::u16string_view name)
@@ -58,7 +58,7 @@ void Fill(WIN32_FIND_DATAW& data, const Metadata& metadata, std::u16string_view 
     data.ftLastWriteTime = metadata.write;
     data.nFileSizeHigh = static_cast<DWORD>(metadata.size >> 32);
     data.nFileSizeLow = static_cast<DWORD>(metadata.size);
-    CopyOut(name, data.cFileName, MAX_PATH); // a name of Linux has at most 255 bytes
+    CopyOut(name, data.cFileName, MAX_PATH); // a file name on Linux has at most 255 bytes
 }
 
 bool FindObject::Next(WIN32_FIND_DATAW& data)
@@ -68,7 +68,7 @@ bool FindObject::Next(WIN32_FIND_DATAW& data)
     {
         const std::u16string name = FromNative(entry->d_name);
         Metadata metadata;
-        // What has gone since the folder was read is passed over.
+        // Skip files that have been deleted since the folder was read.
         if (!_pattern->Matches(name) || !ReadMetadata(_path + '/' + entry->d_name, metadata, true))
             continue;
         if (entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN)

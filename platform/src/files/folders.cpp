@@ -40,7 +40,7 @@ DWORD WINAPI GetFullPathNameW(LPCWSTR lpFileName, DWORD nBufferLength, LPWSTR lp
     return result;
 }
 
-// Linux has no short names: the path comes back as it is, if there is such a file.
+// Linux has no short names: if the file exists, the path is returned unchanged.
 DWORD WINAPI GetLongPathNameW(LPCWSTR lpszShortPath, LPWSTR lpszLongPath, DWORD cchBuffer)
 {
     const NativePath path = ToNative(lpszShortPath);

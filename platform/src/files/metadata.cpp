@@ -16,14 +16,14 @@ namespace qxplatform
 namespace
 {
 
-constexpr char kAttributeName[] = "user.qxplatform.attributes"; // a number in base 16
+constexpr char kAttributeName[] = "user.qxplatform.attributes"; // a hexadecimal number
 
 FILETIME TimeOf(const statx_timestamp& time)
 {
     return FileTimeOf({time.tv_sec, static_cast<long>(time.tv_nsec)});
 }
 
-// Where the file system doesn't store it, a file is as old as the oldest of its times.
+// If the file system doesn't store the creation time, the oldest of the file's times is used.
 FILETIME CreationOf(const struct statx& info)
 {
     if (info.stx_mask & STATX_BTIME)
@@ -104,7 +104,7 @@ bool WriteReadOnly(const std::string& path, bool isReadOnly)
         return false;
     if (IsReadOnly(info.st_mode) == isReadOnly)
         return true;
-    // Back again only the owner may write: who else could before isn't known any more.
+    // When the attribute is removed, only the owner may write: the previous mode isn't known any more.
     const mode_t mode = isReadOnly ? info.st_mode & ~0222u : info.st_mode | S_IWUSR;
     return chmod(path.c_str(), mode & 07777) == 0;
 }

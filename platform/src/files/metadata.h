@@ -1,4 +1,4 @@
-// What the system tells about a file: attributes, times, size.
+// The system's view of a file: attributes, times, size.
 #pragma once
 
 #include <fileapi.h>
@@ -22,22 +22,23 @@ struct Metadata
     ULONGLONG index = 0;
 };
 
-// A link is followed; one that leads nowhere is told of itself if `orLink` is set. False with errno otherwise.
+// Follows links. If a link's target doesn't exist and `orLink` is set, reads the link itself. Returns false and sets
+// errno on failure.
 bool ReadMetadata(const std::string& path, Metadata& metadata, bool orLink = false);
 
-// REPARSE_POINT for a path that is a link, whatever it leads to; else 0.
+// Returns REPARSE_POINT if the path is a link, whatever its target, otherwise 0.
 DWORD LinkAttribute(const std::string& path);
 
-// A path by which an opened file can be reached, whatever has become of its name.
+// Returns a path that refers to an opened file whatever has become of its name.
 std::string PathOfDescriptor(int descriptor);
 
-// READONLY is told by the mode: no one may write. HIDDEN and SYSTEM, which Linux doesn't know, are kept in an extended
-// attribute; ARCHIVE stands at every file, DIRECTORY at folders, and no others are kept.
+// READONLY is represented by the mode: nobody may write. HIDDEN and SYSTEM, which Linux lacks, are stored in an
+// extended attribute. All files have ARCHIVE and all folders DIRECTORY; no other attributes are stored.
 inline constexpr DWORD kEptAttributes = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
 
 DWORD ReadKeptAttributes(const std::string& path);
 
-// Both fail with errno.
+// Both set errno on failure.
 bool WriteKeptAttributes(const std::string& path, DWORD attributes);
 bool WriteReadOnly(const std::string& path, bool isReadOnly);
 

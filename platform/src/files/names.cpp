@@ -19,8 +19,8 @@ using namespace qxplatform;
 namespace
 {
 
-// Whether the name may be taken away from its file. That counts as opening it with the right to delete: whoever has it
-// open must share that. The right stays for as long as the descriptor lives.
+// Checks whether the file's name may be removed. This counts as opening the file for deletion, which everyone who has
+// it open must share. The right is held as long as the descriptor exists.
 DWORD TakeDeleteRight(const std::string& path, const struct stat& info, Descriptor& holder)
 {
     if (!S_ISREG(info.st_mode))
@@ -33,7 +33,7 @@ DWORD TakeDeleteRight(const std::string& path, const struct stat& info, Descript
         canRead = false;
         holder = Descriptor(open(path.c_str(), O_WRONLY | kFlags));
     }
-    // Who can't open the file at all can't tell how others have it, and the folder alone decides about the name.
+    // If the caller can't open the file, its sharing modes can't be checked, and only the folder's permissions decide.
     if (!holder)
         return ERROR_SUCCESS;
     return TakeShareMode(
@@ -54,7 +54,8 @@ bool CopyBytes(int from, int to)
             return false;
         break;
     }
-    // What the kernel couldn't copy by itself, or said that it had come to its end too early, as with files of /proc.
+    // Copies the data that the kernel couldn't copy itself, or after which it reported the end too early, as with files
+    // of /proc.
     std::string block(kBlockSize, '\0');
     ssize_t length;
     while ((length = read(from, block.data(), block.size())) > 0)
@@ -143,10 +144,10 @@ BOOL WINAPI CreateDirectoryW(LPCWSTR lpPathName, LPSECURITY_ATTRIBUTES)
     if (mkdir(path.text.c_str(), ModeOfNew(path.text, 0777)) == 0)
         return TRUE;
     const int code = errno;
-    // Not as if it were there for the caller, who would trust it.
+    // Don't report that the folder exists, because the caller would trust it.
     if (code == EEXIST && IsTakenByAnother(path.text))
         return Fail(ERROR_ACCESS_DENIED);
-    // The missing folder is always one on the way.
+    // A missing folder is always a parent.
     return Fail(code == ENOENT ? DWORD{ERROR_PATH_NOT_FOUND} : ErrorFromErrno(code));
 }
 

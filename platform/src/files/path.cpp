@@ -18,10 +18,10 @@ namespace
 
 constexpr char16_t kBackslashInName = 0xF05C;
 
-// Where a path starts, and what is left of it.
+// The start of a path, and the rest of it.
 struct Root
 {
-    std::string folder; // empty: the root of the file system
+    std::string folder; // empty for the root of the file system
     bool isAbsolute = false;
 };
 
@@ -50,7 +50,7 @@ std::string DeviceFolder(const std::string& name)
     return HomeFolder() + "/dosdevices/" + name;
 }
 
-// Names of servers and shares have no case: a link may be named as the caller writes it, else in lower case.
+// Server and share names are case-insensitive: a link may have the name as the caller writes it, or else in lower case.
 std::string ShareFolder(std::u16string_view server, std::u16string_view share)
 {
     const std::string name = "unc/" + ToBytes(server) + '/' + ToBytes(share);
@@ -91,7 +91,7 @@ Root TakeRoot(std::u16string_view& path)
         return {"", !path.empty() && IsSeparator(path[0])};
     const char16_t letter = path[0] | 0x20;
     path.remove_prefix(2);
-    // Z: is the whole file system, so that Z:name is a name in the current folder. Other drives have no such folder.
+    // Z: is the whole file system, so Z:name is in the current folder. Other drives have no current folder.
     if (letter == u'z')
         return {"", !path.empty() && IsSeparator(path[0])};
     return {DeviceFolder({static_cast<char>(letter), ':'}), true};
@@ -104,7 +104,7 @@ std::string NativeComponent(std::u16string_view component)
     return ToBytes(name);
 }
 
-// The components with "." and ".." resolved. Above the root there is nothing; a relative path may begin with "..".
+// Returns the components with "." and ".." resolved. The root has no parent; a relative path may begin with "..".
 std::vector<std::string> Components(std::u16string_view path, bool isAbsolute)
 {
     std::vector<std::string> components;

@@ -1,4 +1,4 @@
-// Paths as callers write them, and as Linux has them.
+// Conversion between callers' paths and Linux paths.
 #pragma once
 
 #include "base/text.h"
@@ -8,39 +8,39 @@
 namespace qxplatform
 {
 
-// Callers may write either.
+// Callers may use either separator.
 constexpr bool IsSeparator(char16_t character)
 {
     return character == u'/' || character == u'\\';
 }
 
-// A caller may write /a/b or a/b, `\` for `/`, Z:\a\b for /a/b, and \\?\ before any of it. Another drive is the link
-// `c:` in the folder `dosdevices` of the layer's home, \\server\share the link `unc/server/share` there. Folders of the
-// form "." and ".." are resolved in the text, as the system does: so a path and its full path always name the same
+// Callers may write /a/b or a/b, `\` instead of `/`, Z:\a\b for /a/b, and \\?\ before any of them. Other drives are
+// links such as `c:` in the folder `dosdevices` of the layer's home; \\server\share is the link `unc/server/share`
+// there. "." and ".." are resolved textually, as on the system, so a path and its full path always refer to the same
 // file.
 struct NativePath
 {
-    std::string text; // absolute, or relative to the current folder; never ends in a separator, unless it is the root
+    std::string text; // absolute, or relative to the current folder; no trailing separator unless it is the root
     bool endsInSeparator = false;
 
     bool IsEmpty() const { return text.empty(); }
 };
 
-// Empty, with ERROR_PATH_NOT_FOUND, for a null or empty path and for one of a device.
+// Returns an empty path with ERROR_PATH_NOT_FOUND for null, empty and device paths.
 NativePath ToNative(LPCWSTR path);
 
 // The same, made absolute.
 NativePath ToFullNative(LPCWSTR path);
 
-// A name or path of Linux as the layer gives it out. The one character that Linux allows in a name and callers can't
-// have there is the backslash: U+F05C stands for it, both ways.
+// Converts a Linux name or path to the form returned to callers. The backslash is the only character that Linux permits
+// in names and callers can't use there: it is represented by U+F05C, in both directions.
 std::u16string FromNative(std::string_view path);
 
-// The folder part of a path: "." for a name alone.
+// Returns the folder part of a path, or "." for a name without one.
 std::string FolderOf(const std::string& path);
 std::string_view NameOf(std::string_view path);
 
-// The error for a path whose file was not found, by errno: a folder on the way may be what is missing.
+// Returns the error for a path that was not found, according to errno: a parent folder may be missing.
 DWORD PathError(int code, const std::string& path);
 
 } // namespace qxplatform

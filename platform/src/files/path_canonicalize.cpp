@@ -12,7 +12,8 @@ using namespace qxplatform;
 namespace
 {
 
-// What ".." can't leave: a drive with its separator, a share's two separators, or the first separator.
+// Returns the length of the part that ".." can't leave: a drive with its separator, a share's two separators, or the
+// first separator.
 std::size_t RootLength(std::wstring_view path)
 {
     if (path.size() >= 2 && path[1] == L':')
@@ -23,8 +24,8 @@ std::size_t RootLength(std::wstring_view path)
     return length;
 }
 
-// Builds the path in the caller's buffer, whose size the caller has checked: the result is never longer than the path,
-// but for the root that an empty one becomes.
+// Builds the path in the caller's buffer, whose size the caller has checked. The result is never longer than the path,
+// except that an empty path becomes the root.
 class Canonical
 {
 public:
@@ -33,7 +34,7 @@ public:
         std::copy(root.begin(), root.end(), path);
     }
 
-    // A component with the separator behind it, if there is one.
+    // Adds a component and the separator after it, if there is one.
     void Add(std::wstring_view component, std::wstring_view separator)
     {
         if (component == L".")
@@ -67,12 +68,12 @@ private:
     void DropLast()
     {
         if (_length > _root)
-            --_length; // the separator behind it
+            --_length; // the separator after it
         while (_length > _root && !IsSeparator(_path[_length - 1]))
             --_length;
     }
 
-    // A dot at the end of the path takes the separator in front of it along.
+    // A dot at the end of the path removes the separator before it.
     void DropSeparatorAtEnd(std::wstring_view separator)
     {
         if (separator.empty() && _length > _root && IsSeparator(_path[_length - 1]))

@@ -1,5 +1,5 @@
-// Locks of byte ranges that belong to one opened file. The kernel holds them: they work between processes, and go with
-// the descriptor however its process ends. (Linux: open file description locks.)
+// Byte range locks that belong to an opened file. The kernel holds them: they work between processes and are released
+// with the descriptor, however its process ends. (Linux: open file description locks.)
 #pragma once
 
 #include <cstdint>
@@ -9,8 +9,8 @@ namespace qxplatform
 
 enum class LockKind
 {
-    Shared,    // needs a descriptor that can read
-    Exclusive, // needs one that can write
+    Shared,    // requires a descriptor with read access
+    Exclusive, // requires a descriptor with write access
 };
 
 struct Range
@@ -27,16 +27,17 @@ enum class LockResult
 {
     Granted,
     Refused,
-    Unsupported, // the file system has no locks
+    Unsupported, // the file system doesn't support locks
 };
 
 LockResult LockRange(int descriptor, LockKind kind, const Range& range);
 void UnlockRange(int descriptor, const Range& range);
 
-// Whether another opened file has a lock in the range that a lock of this kind would meet; if so, which.
+// Returns true if another opened file has a lock in the range that conflicts with a lock of this kind, and optionally
+// returns that lock.
 bool FindForeignLock(int descriptor, LockKind kind, const Range& range, Range* found = nullptr);
 
-// Where the layer keeps the locks that are no locks of callers, far behind any data. See share_mode.h and claim.h.
+// The ranges of the layer's own locks, far beyond any data. See share_mode.h and claim.h.
 inline constexpr std::int64_t kLayerStart = std::int64_t{1} << 62;
 inline constexpr Range kShareModeRange{kLayerStart, std::int64_t{1} << 32};
 inline constexpr Range kClaimRange{kShareModeRange.start + kShareModeRange.length, std::int64_t{1} << 52};

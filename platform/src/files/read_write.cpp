@@ -1,4 +1,3 @@
-#include <mutex>
 #include <fileapi.h>
 
 #include "base/handle_table.h"
@@ -9,6 +8,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <limits>
+#include <mutex>
 #include <optional>
 
 #include <sys/stat.h>
@@ -18,7 +18,7 @@ using namespace qxplatform;
 namespace
 {
 
-// Where a transfer begins: at the file pointer, or where the caller says.
+// A transfer, which starts at the file pointer or at the caller's offset.
 class Transfer
 {
 public:
@@ -33,7 +33,7 @@ public:
 
     void Done(DWORD count)
     {
-        // The pointer follows the bytes, also those of an overlapped call on a handle that isn't.
+        // The file pointer follows the bytes, even for an overlapped call on a synchronous handle.
         if (_overlapped == nullptr)
             _file.position = offset + count;
         else
@@ -53,7 +53,7 @@ private:
     std::optional<std::unique_lock<Mutex>> _guard;
 };
 
-// Calls `move(done)` until all is moved, or nothing more comes. The result is 0 or errno.
+// Calls `move(done)` until everything is transferred or nothing more can be. Returns 0 or errno.
 template <class Move>
 int MoveAll(DWORD count, DWORD& done, const Move& move)
 {
@@ -70,7 +70,7 @@ int MoveAll(DWORD count, DWORD& done, const Move& move)
     return 0;
 }
 
-// A pipe gives what is there; a file gives all that was asked for, unless it ends.
+// A pipe returns the available bytes; a file returns all requested bytes unless it ends.
 int ReadBytes(FileObject& file, BYTE* buffer, DWORD count, std::int64_t offset, DWORD& done)
 {
     if (file.options().canSeek)
@@ -207,7 +207,7 @@ DWORD WINAPI SetFilePointer(HANDLE hFile, LONG lDistanceToMove, PLONG lpDistance
     LARGE_INTEGER position{};
     if (!SetPosition(*file, distance.QuadPart, dwMoveMethod, position.QuadPart))
         return INVALID_SET_FILE_POINTER;
-    // A caller without a place for the high part can't be told of positions from 4 GB on.
+    // Without a place for the high part, the caller can't receive positions of 4 GB and more.
     if (lpDistanceToMoveHigh == nullptr && position.HighPart != 0)
     {
         Fail(ERROR_INVALID_PARAMETER);
@@ -216,7 +216,7 @@ DWORD WINAPI SetFilePointer(HANDLE hFile, LONG lDistanceToMove, PLONG lpDistance
     file->position = position.QuadPart;
     if (lpDistanceToMoveHigh != nullptr)
         *lpDistanceToMoveHigh = position.HighPart;
-    // This low part looks like a failure; the last error tells that it is none.
+    // This low part looks like a failure; the last error says that it is none.
     if (position.LowPart == INVALID_SET_FILE_POINTER)
         SetLastError(NO_ERROR);
     return position.LowPart;
@@ -248,7 +248,7 @@ BOOL WINAPI GetFileSizeEx(HANDLE hFile, PLARGE_INTEGER lpFileSize)
 BOOL WINAPI FlushFileBuffers(HANDLE hFile)
 {
     const Ref<FileObject> file = LookUp<FileObject>(hFile, FILE_APPEND_DATA);
-    // Pipes and the like have nothing to flush.
+    // Pipes and similar files have nothing to flush.
     return file && (fsync(file->descriptor()) == 0 || errno == EINVAL || errno == EROFS || FailErrno());
 }
 

@@ -31,7 +31,8 @@ unsigned SlotOf(const ShareMode& mode)
 
 ShareMode ModeOf(const Range& lock)
 {
-    // What reaches further is no lock of the layer. A program that reads has locked the whole file against writers.
+    // A lock that extends further doesn't belong to the layer. A program has read-locked the whole file, which excludes
+    // writers.
     if (!kShareModeRange.Contains(lock))
         return {FILE_SHARE_READ, FILE_SHARE_READ | FILE_SHARE_DELETE};
     const unsigned slot = static_cast<unsigned>((lock.start - kShareModeRange.start) / kSlotLength);
@@ -43,8 +44,8 @@ bool Excludes(const ShareMode& first, const ShareMode& second)
     return (first.access & ~second.share) != 0 || (second.access & ~first.share) != 0;
 }
 
-// Shared locks of one slot stand in the same place. A descriptor that only writes gets no shared locks; its exclusive
-// one goes to a place of its own in the slot.
+// Shared locks of one slot overlap. A write-only descriptor gets no shared locks; its exclusive lock has a place of its
+// own in the slot.
 Range LockFor(bool canRead, const ShareMode& mode)
 {
     const Range slot = SlotRange(SlotOf(mode));
@@ -54,8 +55,8 @@ Range LockFor(bool canRead, const ShareMode& mode)
     return {slot.start + 1 + (getpid() * 4096 + count++) % (kSlotLength - 1), 1};
 }
 
-// Whether a lock in the part of the range that begins with `first` and ends before `end`, counted in slots, excludes
-// the mode. The kernel tells one lock at a time; one that doesn't exclude it parts the range in two.
+// Returns true if a lock in the given part of the range (in slots, from `first` to before `end`) excludes the mode. The
+// kernel reports one lock at a time; a lock that doesn't exclude the mode splits the range in two.
 bool MeetsExcluding(int descriptor, const ShareMode& mode, unsigned first, unsigned end)
 {
     if (first >= end)
@@ -72,7 +73,7 @@ bool MeetsExcluding(int descriptor, const ShareMode& mode, unsigned first, unsig
         const unsigned slot = SlotOf(other);
         return MeetsExcluding(descriptor, mode, first, slot) || MeetsExcluding(descriptor, mode, slot + 1, end);
     }
-    // The lock of another program hides those behind it that came later. It is there all over the range: part evenly.
+    // The lock of another program hides later locks. It covers the whole range, so split the range evenly.
     const unsigned middle = first + (end - first) / 2;
     return middle > first &&
            (MeetsExcluding(descriptor, mode, first, middle) || MeetsExcluding(descriptor, mode, middle, end));
@@ -89,7 +90,7 @@ unsigned SharedAccessOf(DWORD access)
 
 DWORD TakeShareMode(int descriptor, bool canRead, const ShareMode& mode)
 {
-    // Who only looks at attributes is in nobody's way.
+    // Opens for attributes only never conflict.
     if (mode.access == 0)
         return ERROR_SUCCESS;
     const LockKind kind = canRead ? LockKind::Shared : LockKind::Exclusive;

@@ -1,9 +1,9 @@
-// Sharing modes that hold between all opened files of all processes that use the layer.
+// Sharing modes across all opened files of all processes that use the layer.
 //
-// Every opened file keeps one lock near 2^62, far behind any data, whose place says how the file was opened: the rights
-// that count (reading, writing, deleting) and what it shares make one of 64 slots. Whoever opens the file looks whether
-// a lock stands in a slot that excludes it. The kernel drops the lock with the descriptor, so that a process that dies
-// leaves nothing behind, and programs that don't use the layer neither see these locks nor are held up by them.
+// Every opened file holds one lock near 2^62, far beyond any data, whose position encodes how the file was opened: the
+// relevant rights (reading, writing, deleting) and the sharing mode select one of 64 slots. Each open checks whether a
+// lock exists in a slot that excludes it. The kernel releases the lock with the descriptor, so a process that dies
+// leaves nothing behind. Programs that don't use the layer neither see these locks nor are blocked by them.
 #pragma once
 
 #include <minwindef.h>
@@ -18,11 +18,11 @@ struct ShareMode
     unsigned share = 0;
 };
 
-// What counts of the specific rights of a handle.
+// Returns the relevant part of a handle's specific rights.
 unsigned SharedAccessOf(DWORD access);
 
-// Takes the share mode for the descriptor. Null if it is granted, and also where the file system has no locks;
-// ERROR_SHARING_VIOLATION if another opened file excludes it.
+// Acquires the sharing mode for the descriptor. Returns 0 if it is granted, and also if the file system doesn't support
+// locks. Returns ERROR_SHARING_VIOLATION if another opened file excludes it.
 DWORD TakeShareMode(int descriptor, bool canRead, const ShareMode& mode);
 
 } // namespace qxplatform

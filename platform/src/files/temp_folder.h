@@ -1,4 +1,4 @@
-// The temp folder, which on the system is the user's own and here may be everybody's, as /tmp is.
+// The temp folder, which belongs to the user on the system but may be world-writable here, like /tmp.
 #pragma once
 
 #include <string>
@@ -8,15 +8,15 @@
 namespace qxplatform
 {
 
-// Where temporary files go: the first of TMPDIR, TMP and TEMP that is set, else /tmp.
+// Returns the folder for temporary files: the first of TMPDIR, TMP and TEMP that is set, otherwise /tmp.
 std::string TempFolder();
 
-// The mode for a new file or folder. In a temp folder where everybody may make files it is for its user alone, as it is
-// on the system, where the rights of the user's own temp folder are inherited.
+// Returns the mode for a new file or folder. In a world-writable temp folder it is accessible only to the user, as on
+// the system, where the permissions of the user's temp folder are inherited.
 mode_t ModeOfNew(const std::string& path, mode_t usual);
 
-// Whether a name in such a folder is another user's. Root's count as another's too, and so do users' for root: who owns
-// a folder can lay links in it.
+// Returns true if a name in such a folder belongs to another user. For users this includes root, and for root all
+// users, because the owner of a folder can put links in it.
 bool IsTakenByAnother(const std::string& path);
 
 } // namespace qxplatform

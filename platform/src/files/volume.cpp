@@ -8,7 +8,7 @@
 
 using namespace qxplatform;
 
-// What names a volume and its kind on Linux depends on tools and rights; no caller asks for it.
+// Volume names and file system names depend on tools and permissions on Linux; no caller needs them.
 BOOL WINAPI GetVolumeInformationW(LPCWSTR root, LPWSTR volumeName, DWORD, LPDWORD serialNumber,
     LPDWORD maximumComponentLength, LPDWORD fileSystemFlags, LPWSTR fileSystemName, DWORD)
 {

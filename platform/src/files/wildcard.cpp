@@ -9,8 +9,8 @@ namespace qxplatform
 namespace
 {
 
-// The old file system's names always had a dot in the middle. What patterns meant there is told by three characters
-// that stand in place of the plain ones; no name can hold them.
+// Names on the old file system always had a dot in the middle. Patterns of that time are expressed by three special
+// characters in place of the ordinary ones; no name can contain them.
 constexpr char16_t kAnyUpToLastDot = u'<'; // `*` before a dot
 constexpr char16_t kOneOrEnd = u'>';       // `?`
 constexpr char16_t kDotOrEnd = u'"';       // a dot before `?` or `*`
@@ -20,7 +20,7 @@ std::u16string Translate(std::u16string_view pattern)
     if (pattern == u"*.*")
         return u"*";
     const std::u16string_view whole = pattern;
-    pattern = pattern.substr(0, pattern.find_last_not_of(u'.') + 1); // such dots aren't part of a name
+    pattern = pattern.substr(0, pattern.find_last_not_of(u'.') + 1); // trailing dots aren't part of a name
     std::u16string result(pattern);
     for (std::size_t index = 0; index < result.size(); ++index)
     {
@@ -37,7 +37,7 @@ std::u16string Translate(std::u16string_view pattern)
     return result;
 }
 
-// Walks the name once, with the set of places in the pattern that may be reached so far.
+// Scans the name once, with the set of pattern positions that can be reached so far.
 class Matcher
 {
 public:
@@ -87,7 +87,7 @@ public:
     }
 
 private:
-    // What may stand for nothing before this character of the name is passed over.
+    // Skips pattern elements that may match nothing before this character of the name.
     void PassOverNothing(char16_t next)
     {
         for (std::size_t place = 0; place < _pattern.size(); ++place)

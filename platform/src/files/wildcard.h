@@ -1,4 +1,4 @@
-// The patterns of a find.
+// The patterns of finds.
 #pragma once
 
 #include <string>
@@ -7,9 +7,8 @@
 namespace qxplatform
 {
 
-// `*` and `?` as the system takes them, without regard to case. Before a dot or at the end, `?` also stands for
-// nothing;
-// "*." asks for names without extension, "*.*" for all names.
+// `*` and `?` by the system's rules, without regard to case. Before a dot or at the end, `?` also matches nothing.
+// "*." matches names without extension, "*.*" all names.
 class Wildcard
 {
 public:

@@ -14,7 +14,7 @@ namespace qxplatform
 namespace
 {
 
-// The low bits of a movable block's handle. Addresses of blocks are multiples of 16, so that they never look like one.
+// The low bits of a movable block's handle. Addresses of blocks are multiples of 16 and thus never have these bits.
 constexpr std::uintptr_t kMovableTag = 0xA;
 constexpr std::uintptr_t kTagMask = 0xF;
 constexpr unsigned kIndexShift = 4;
@@ -26,7 +26,7 @@ void* AllocateBytes(std::size_t size, bool zero)
     if (size > PTRDIFF_MAX)
         return nullptr;
     const std::size_t least = size != 0 ? size : 1;
-    // calloc takes large blocks from the system, which has zeroed them already.
+    // calloc takes large blocks from the system, which has already zeroed them.
     return zero ? std::calloc(least, 1) : std::malloc(least);
 }
 
@@ -34,7 +34,7 @@ void* AllocateBytes(std::size_t size, bool zero)
 
 MemoryBlocks& MemoryBlocks::Instance()
 {
-    // Never destroyed: blocks may be freed by whatever is destroyed after the layer's own static objects.
+    // Never destroyed: objects destroyed after the layer's static objects may still free blocks.
     static constinit Forever<MemoryBlocks> instance;
     return instance.Get();
 }
@@ -99,7 +99,7 @@ HGLOBAL MemoryBlocks::Free(HGLOBAL handle)
             SetLastError(ERROR_INVALID_HANDLE);
             return handle;
         }
-        // A locked block is freed too, as documented.
+        // As documented, a locked block is freed, too.
         data = block->data;
         ReleaseEntry(*block);
     }
@@ -136,7 +136,7 @@ BOOL MemoryBlocks::Unlock(HGLOBAL handle)
         return FALSE;
     }
     if (!block->movable)
-        return TRUE; // a fixed block counts no locks
+        return TRUE; // a fixed block has no lock count
     if (block->lockCount == 0)
     {
         SetLastError(ERROR_NOT_LOCKED);
@@ -231,7 +231,8 @@ bool MemoryBlocks::Resize(Block& block, std::size_t size, bool zero, bool mayMov
     {
         if (!mayMove || size > PTRDIFF_MAX)
             return false;
-        // The second growth of a block is taken for the first of many; its reserve isn't touched and costs no memory.
+        // The second growth of a block is taken as the first of many. The reserve is not touched and therefore uses no
+        // memory.
         std::size_t capacity = size != 0 ? size : 1;
         if (tooLarge && oldSize != 0 && capacity < block.capacity + block.capacity / 2)
             capacity = block.capacity + block.capacity / 2;

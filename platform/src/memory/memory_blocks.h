@@ -1,8 +1,8 @@
-// The blocks that GlobalAlloc and LocalAlloc hand out: one table for both, since the system treats their handles alike.
+// The blocks allocated by GlobalAlloc and LocalAlloc: one table for both, because the system treats their handles
+// alike.
 //
-// A fixed block is known by its address, a movable one by a handle that is no address: index and generation of its
-// entry. Both are looked up before they are used, so that a stale or foreign value is told from a valid one and never
-// followed.
+// A fixed block is identified by its address, a movable one by a handle that is not an address: index and generation of
+// its entry. Both are looked up before use, so stale and foreign values are detected and never dereferenced.
 #pragma once
 
 #include "base/mutex.h"
@@ -23,7 +23,7 @@ class MemoryBlocks
 public:
     static MemoryBlocks& Instance();
 
-    // Each function gives the value that the system's function of its name gives, and sets the last error like it.
+    // Each function returns the result of the system's function of that name and sets the last error accordingly.
     HGLOBAL Allocate(UINT flags, SIZE_T size);
     HGLOBAL Reallocate(HGLOBAL handle, SIZE_T size, UINT flags);
     HGLOBAL Free(HGLOBAL handle);
@@ -35,10 +35,10 @@ public:
 private:
     struct Block
     {
-        void* data = nullptr; // null for a movable block of no bytes
+        void* data = nullptr; // null for a movable block of 0 bytes
         std::size_t size = 0;
         std::size_t capacity =
-            0; // bytes that `data` has; growing step by step would copy at each step without a reserve
+            0; // allocated size of `data`; without a reserve, growing in small steps would copy the data in each step
         std::uint32_t generation = 1;
         std::uint32_t lockCount = 0;
         bool inUse = false;

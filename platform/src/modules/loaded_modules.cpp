@@ -17,7 +17,7 @@ namespace qxplatform
 namespace
 {
 
-// Libraries of the system whose functions, as far as anyone here calls them, stand in the layer.
+// System libraries whose functions, as far as they are used here, are implemented in the layer.
 constexpr std::u16string_view kSystemLibraries[] = {
     u"advapi32",
     u"combase",
@@ -59,7 +59,8 @@ int AddImage(dl_phdr_info* info, std::size_t, void* images)
     }
     const std::uintptr_t pageMask = ~static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE) - 1);
     auto& list = *static_cast<std::vector<Image>*>(images);
-    // The program is told first and without a name; the kernel's image in every process has a name that is no path.
+    // The program is reported first and without a name. The kernel's image in every process has a name that isn't a
+    // path.
     const std::string path = list.empty() ? ProgramPath() : info->dlpi_name;
     if (begin < end && path.find('/') != path.npos)
         list.push_back({{reinterpret_cast<HMODULE>(begin & pageMask), path}, begin, end});
@@ -96,7 +97,7 @@ std::u16string_view WithoutExtension(std::u16string_view name)
     return name;
 }
 
-// libname.so.3 too is the library libname.so.
+// libname.so.3 also counts as libname.so.
 bool IsFileOf(std::u16string_view file, std::u16string_view name)
 {
     return EqualWithoutCase(file, name) ||

@@ -21,18 +21,18 @@ using namespace qxplatform;
 namespace
 {
 
-// What was loaded by LoadLibraryW, and how often: only that may be unloaded.
+// The modules loaded by LoadLibraryW, with their counts: only these may be unloaded.
 struct Loaded
 {
-    void* library = nullptr; // as the dynamic linker calls it
+    void* library = nullptr; // the dynamic linker's handle
     int count = 0;
 };
 
 struct Loader
 {
-    Mutex lock; // guards what follows
+    Mutex lock; // guards the members below
     std::map<HMODULE, Loaded> loaded;
-    std::u16string folder; // as SetDllDirectoryW left it
+    std::u16string folder; // as set by SetDllDirectoryW
 };
 
 Loader& TheLoader()
@@ -47,8 +47,8 @@ std::string FolderOfProgram()
     return program ? FolderOf(program->path) : std::string();
 }
 
-// Where a library may be, in the order of looking: the folder set for it, the program's, then where the dynamic linker
-// looks. Never the current folder: it may be anyone's.
+// Returns the places to search for a library, in order: the folder set with SetDllDirectoryW, the program's folder, and
+// the dynamic linker's search path. Never the current folder, which may contain anyone's files.
 std::vector<std::string> PlacesOf(std::u16string_view name)
 {
     std::vector<std::string> places;
@@ -87,7 +87,7 @@ void* OpenLibrary(std::u16string_view name)
     DWORD error = ERROR_MOD_NOT_FOUND;
     for (const std::string& place : PlacesOf(name))
     {
-        // A name without a folder stays one: the dynamic linker looks for it in its own places.
+        // A name without a folder is passed on unchanged: the dynamic linker searches its own places.
         if (void* const library = dlopen(place.c_str(), RTLD_NOW | RTLD_LOCAL))
             return library;
         if (place.find('/') != place.npos && access(place.c_str(), F_OK) == 0 && !IsImage(place))
@@ -116,7 +116,7 @@ HMODULE Remember(void* library)
     return handle;
 }
 
-// Counts one more use of a module that is there.
+// Counts one more use of a loaded module.
 void* OpenPresent(const Module& module)
 {
     const bool isProgram = module.handle == LoadedModules().front().handle;
@@ -172,7 +172,7 @@ DWORD WINAPI GetModuleFileNameW(HMODULE hModule, LPWSTR lpFilename, DWORD nSize)
         SetLastError(ERROR_SUCCESS);
         return CopyOut(path, lpFilename, nSize);
     }
-    // Here what fits is given, and ends within the buffer.
+    // Stores the part that fits, terminated within the buffer.
     Fail(ERROR_INSUFFICIENT_BUFFER);
     if (nSize > 0)
         CopyOut(path.substr(0, nSize - 1), lpFilename, nSize);
@@ -206,12 +206,12 @@ BOOL WINAPI FreeLibrary(HMODULE hLibModule)
         const std::lock_guard guard(TheLoader().lock);
         const auto entry = TheLoader().loaded.find(hLibModule);
         if (entry == TheLoader().loaded.end())
-            return TRUE; // linked with the program: it stays
+            return TRUE; // linked with the program, so it stays loaded
         library = entry->second.library;
         if (--entry->second.count == 0)
             TheLoader().loaded.erase(entry);
     }
-    dlclose(library); // not under the lock: the library's own end may come back here
+    dlclose(library); // without the lock, because the library's own cleanup may call back
     return TRUE;
 }
 
@@ -227,7 +227,7 @@ FARPROC WINAPI GetProcAddress(HMODULE hModule, LPCSTR lpProcName)
         library == nullptr ? nullptr : dlsym(library, isLayer ? LinkNameOf(lpProcName).c_str() : lpProcName);
     if (library != nullptr)
         dlclose(library);
-    // The dynamic linker also finds what the libraries behind this one export.
+    // The dynamic linker also finds functions exported by the library's dependencies.
     const std::optional<Module> owner = address == nullptr ? std::nullopt : ModuleAt(address);
     if (owner && owner->handle == module->handle)
         return reinterpret_cast<FARPROC>(address);

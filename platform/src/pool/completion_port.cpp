@@ -1,4 +1,4 @@
-// Completion ports: queues of packets for threads that work on them.
+// Completion ports: packet queues processed by threads.
 #include <ioapiset.h>
 
 #include "base/handle_table.h"
@@ -25,7 +25,7 @@ public:
 
     PortObject() : WaitableQueue(kObjectType) {}
 
-    // Its packets are for GetQueuedCompletionStatus() alone.
+    // Only GetQueuedCompletionStatus() receives packets.
     Waitable* AsWaitable() override { return nullptr; }
 
 protected:
@@ -36,7 +36,7 @@ protected:
     }
 };
 
-// A packet that is there. Empty with the port, if there is one, for whoever may wait.
+// Returns a packet if one is available. Otherwise returns the port, if the handle is valid, for callers that may wait.
 std::optional<Packet> TakeAtOnce(HANDLE handle, Ref<PortObject>& port)
 {
     const Pinned<PortObject> pinned(handle, IO_COMPLETION_MODIFY_STATE);
@@ -59,7 +59,7 @@ DWORD WaitForPacket(HANDLE handle, DWORD milliseconds, std::optional<Packet>& pa
 
 } // namespace
 
-// Files here complete each transfer at once, so none can be bound to a port.
+// Files complete transfers immediately, so none can be associated with a port.
 HANDLE WINAPI CreateIoCompletionPort(HANDLE FileHandle, HANDLE ExistingCompletionPort, ULONG_PTR, DWORD)
 {
     DWORD error = ERROR_INVALID_PARAMETER;

@@ -1,4 +1,4 @@
-// The system's thread pool: work items, cleanup groups, and threads that come and go with what there is to do.
+// The system's thread pool: work items, cleanup groups, and threads that are started and ended as needed.
 #include <threadpoolapiset.h>
 
 #include "base/forever.h"
@@ -17,8 +17,8 @@ constexpr DWORD kIdlePatience = 5'000;
 
 } // namespace
 
-// Waitable: signalled while none of its callbacks waits or runs. All fields behind the constants are guarded by the
-// dispatcher's lock.
+// Waitable: signalled while none of its callbacks waits or runs. The dispatcher lock guards all members after the
+// constants.
 struct _TP_WORK : Waitable
 {
     _TP_WORK(PTP_WORK_CALLBACK workCallback, void* workContext, const Ref<_TP_POOL>& itsPool,
@@ -35,8 +35,8 @@ struct _TP_WORK : Waitable
 
     void ForgetForeignCallbacks();
     void Finish(std::size_t count);
-    // An item that is closed stays in its group until its callbacks have ended, so that the end of the group waits for
-    // them. The caller has a reference.
+    // A closed item stays in its group until its callbacks have ended, so that closing the group waits for them. The
+    // caller holds a reference.
     void LeaveGroupIfDone();
 
     const PTP_WORK_CALLBACK callback;
@@ -47,7 +47,7 @@ struct _TP_WORK : Waitable
     std::size_t outstanding = 0; // callbacks that wait or run
     unsigned generation = ForkGeneration(); // of the process whose callbacks they are
     PTP_CLEANUP_GROUP group = nullptr;
-    bool isClosed = false; // the caller's reference is given back
+    bool isClosed = false; // the caller's reference has been released
 };
 
 struct _TP_POOL : WaitableQueue<Ref<_TP_WORK>>
@@ -57,7 +57,7 @@ struct _TP_POOL : WaitableQueue<Ref<_TP_WORK>>
     void Submit(_TP_WORK& work);
     // For a forked child, which has none of the parent's threads.
     void ReplaceForeignThreads();
-    // Takes back what waits.
+    // Removes the item's waiting callbacks.
     void Cancel(_TP_WORK& work);
     bool MayGrow() const { return _threads < kMaximumThreads; }
 
@@ -70,7 +70,7 @@ private:
 
     unsigned _generation = ForkGeneration(); // of the process whose threads they are
     std::size_t _threads = 0;
-    std::size_t _starting = 0; // threads among them that haven't come to the queue yet
+    std::size_t _starting = 0; // the threads that haven't reached the queue yet
 };
 
 struct _TP_CLEANUP_GROUP : Object
@@ -111,7 +111,7 @@ struct _TP_CALLBACK_INSTANCE
     _TP_POOL& pool;
 };
 
-// A callback never waits for another one to end: there is a thread for each, up to the maximum.
+// No callback waits for another one to end: each has its own thread, up to the maximum.
 void _TP_POOL::Submit(_TP_WORK& work)
 {
     std::unique_lock guard(DispatcherLock());
@@ -191,7 +191,7 @@ void _TP_POOL::RunCallbacks()
     } while (!HasLeft());
 }
 
-// Not if something came in the moment behind the wait.
+// Returns false if a callback was added just after the wait.
 bool _TP_POOL::HasLeft()
 {
     const std::lock_guard guard(DispatcherLock());
@@ -210,7 +210,7 @@ _TP_POOL& DefaultPool()
     return *pool.Get([] { return MakeObject<_TP_POOL>(); });
 }
 
-// A reference that the caller of the interface has.
+// Transfers a reference to the caller of the API.
 template <class T>
 T* GiveAway(const Ref<T>& object)
 {
@@ -235,7 +235,7 @@ PTP_POOL WINAPI CreateThreadpool(PVOID)
     return GiveAway(MakeObject<_TP_POOL>());
 }
 
-// Its threads end when nothing is left to do.
+// The threads end when there is nothing left to do.
 void WINAPI CloseThreadpool(PTP_POOL ptpp)
 {
     {
@@ -279,7 +279,7 @@ void WINAPI CloseThreadpoolCleanupGroupMembers(
             continue;
         if (fCancelPendingCallbacks && work->cancelCallback != nullptr)
             work->cancelCallback(work->context, pvCleanupContext);
-        work->Release(); // the caller's
+        work->Release(); // the caller's reference
     }
 }
 
@@ -310,7 +310,7 @@ void WINAPI WaitForThreadpoolWorkCallbacks(PTP_WORK pwk, BOOL fCancelPendingCall
     FinishWait(WaitForCallbacks(work));
 }
 
-// Callbacks that wait or run keep the object.
+// Waiting and running callbacks keep the object alive.
 void WINAPI CloseThreadpoolWork(PTP_WORK pwk)
 {
     const Ref<_TP_WORK> work(pwk);
@@ -319,7 +319,7 @@ void WINAPI CloseThreadpoolWork(PTP_WORK pwk)
         work->isClosed = true;
         work->LeaveGroupIfDone();
     }
-    work->Release(); // the caller's
+    work->Release(); // the caller's reference
 }
 
 BOOL WINAPI CallbackMayRunLong(PTP_CALLBACK_INSTANCE pci)

@@ -1,16 +1,16 @@
-// A queue from which waiting threads take: each item goes to one of them, the one that waits for the shortest time.
+// A queue for waiting threads: each item goes to one of them, the one that has waited for the shortest time.
 #pragma once
 
 #include "base/futex.h"
 #include "base/mutex.h"
 #include "threads/wait.h"
 
-#include <mutex>
 #include <sysinfoapi.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
+#include <mutex>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -18,15 +18,16 @@
 namespace qxplatform
 {
 
-// The items have a lock of their own below the dispatcher's, so that threads that needn't wait, and those that have
-// nobody to wake, leave that one alone.
+// The items have their own lock below the dispatcher lock, so that threads that needn't wait and threads that have
+// nobody to wake don't take the dispatcher lock.
 template <class Item>
 class WaitableQueue : public Waitable
 {
 public:
     using Waitable::Waitable;
 
-    // No item if none came in time, or when the queue has ended. The result is that of WaitFor().
+    // Waits for an item. No item is returned after a time-out or when the queue has ended. Returns the result of
+    // WaitFor().
     DWORD WaitForItem(DWORD milliseconds, std::optional<Item>& item)
     {
         const ULONGLONG begin = GetTickCount64();
@@ -37,13 +38,13 @@ public:
             item = std::exchange(taken, std::nullopt);
             if (result != WAIT_OBJECT_0 || item || _hasEnded)
                 return result;
-            // One who didn't wait was quicker.
+            // A thread that didn't wait took the item first.
             if (milliseconds != INFINITE)
                 left = milliseconds - static_cast<DWORD>(std::min<ULONGLONG>(GetTickCount64() - begin, milliseconds));
         }
     }
 
-    // An item that is there.
+    // Returns an item if one is available.
     std::optional<Item> TakeAtOnce()
     {
         if (Count() == 0)
@@ -58,7 +59,7 @@ public:
         return item;
     }
 
-    // Without the dispatcher's lock, which is taken only if somebody has to be woken.
+    // Called without the dispatcher lock, which is taken only to wake a thread.
     void PutAndWake(Item item)
     {
         Append(std::move(item));
@@ -71,7 +72,7 @@ public:
             FutexWakeOne(word);
     }
 
-    // With the dispatcher's lock held.
+    // Called with the dispatcher lock held.
 
     void Put(Item item)
     {
@@ -80,7 +81,7 @@ public:
             FutexWakeOne(word);
     }
 
-    // What is in the queue can still be taken.
+    // Items in the queue can still be taken.
     void End()
     {
         _hasEnded = true;
@@ -90,7 +91,7 @@ public:
     bool HasEnded() const { return _hasEnded; }
     std::size_t Count() const { return _count.load(); }
 
-    // The items that the predicate names leave the queue; how many.
+    // Removes the items selected by the predicate and returns their number.
     template <class Predicate>
     std::size_t Remove(Predicate predicate)
     {
@@ -117,8 +118,8 @@ public:
 private:
     inline static thread_local std::optional<Item> taken;
 
-    // A queue that is never empty would grow for ever. Where half of it is gone, moving the rest costs no more than
-    // what was saved.
+    // A queue that is never empty would grow forever. Once half of it has been taken, moving the rest costs no more
+    // than what was saved.
     static constexpr std::size_t kCompactAt = 4096;
 
     void Append(Item item)
@@ -135,9 +136,9 @@ private:
     }
 
     mutable Mutex _lock;
-    std::vector<Item> _items; // from _first on; those in front of it were taken
+    std::vector<Item> _items; // valid from _first on; earlier items have been taken
     std::size_t _first = 0;
-    std::atomic<std::size_t> _count = 0; // of those that are there; changed under the lock
+    std::atomic<std::size_t> _count = 0; // the number of valid items; changed with the lock held
     std::atomic<bool> _hasEnded = false;
 };
 

@@ -1,4 +1,4 @@
-// The one line that a program is started with, and its arguments.
+// Splits a program's command line into arguments.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 namespace qxplatform
 {
 
-// By the rules that C programs of the system take their arguments by: blanks part, quotes hold together, and
-// backslashes before a quote count in pairs. The first argument knows no backslashes.
+// Applies the rules of the system's C programs: blanks separate, quotes group, and backslashes before a quote are
+// halved. In the first argument, backslashes have no special meaning.
 std::vector<std::u16string> SplitCommandLine(std::u16string_view line);
 
 } // namespace qxplatform

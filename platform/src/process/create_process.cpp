@@ -32,7 +32,7 @@ std::vector<char*> Pointers(Strings& strings)
     return pointers;
 }
 
-// Released when the process has started.
+// Freed after the process has started.
 class SpawnActions
 {
 public:
@@ -40,7 +40,7 @@ public:
     {
         posix_spawn_file_actions_init(&actions);
         posix_spawnattr_init(&attributes);
-        // A program of its own begins with no signal blocked, whatever the calling thread has.
+        // The new program starts with no signals blocked, whatever the calling thread's mask.
         sigset_t none;
         sigemptyset(&none);
         posix_spawnattr_setsigmask(&attributes, &none);
@@ -66,7 +66,7 @@ bool IsProgram(const std::string& path)
     return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && access(path.c_str(), X_OK) == 0;
 }
 
-// A bare name is looked for beside the calling program, then along the PATH.
+// A name without a folder is searched in the calling program's folder, then along the PATH.
 std::string FindProgram(const std::u16string& name)
 {
     const bool isBare = name.find_first_of(u"/\\:") == name.npos;
@@ -101,7 +101,7 @@ Strings EnvironmentOf(LPVOID block, bool isWide)
     return entries;
 }
 
-// The new process's standard streams, where the caller names some.
+// Sets the standard streams of the new process as specified by the caller.
 BOOL AddStreams(const STARTUPINFOW& info, posix_spawn_file_actions_t& actions)
 {
     if ((info.dwFlags & STARTF_USESTDHANDLES) == 0)
@@ -137,7 +137,7 @@ BOOL GiveHandles(pid_t id, PROCESS_INFORMATION& information)
 {
     const auto process = MakeObject<ProcessObject>(id);
     ProcessObject::Watch(process);
-    // The thread that the child starts with lives as long as the child here.
+    // The child's initial thread is represented by the process, which lives as long.
     information = {AddHandle(process), AddHandle(process), static_cast<DWORD>(id), static_cast<DWORD>(id)};
     return information.hProcess != nullptr && information.hThread != nullptr;
 }

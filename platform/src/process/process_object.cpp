@@ -23,7 +23,7 @@ namespace qxplatform
 namespace
 {
 
-// A process that crashes ends with the code of its exception.
+// A process that crashes has the code of the exception as its exit code.
 DWORD CodeOfSignal(int signal)
 {
     struct Pair
@@ -35,7 +35,7 @@ DWORD CodeOfSignal(int signal)
         {SIGSEGV, 0xC0000005}, // access violation
         {SIGBUS, 0xC0000006},  // in-page error
         {SIGILL, 0xC000001D},  // illegal instruction
-        {SIGFPE, 0xC0000094},  // integer divided by zero
+        {SIGFPE, 0xC0000094},  // integer division by zero
         {SIGTRAP, 0x80000003}, // breakpoint
         {SIGINT, 0xC000013A},  // control C
         {SIGABRT, 3},
@@ -62,7 +62,7 @@ void ProcessObject::WaitForEnd()
 
     const std::lock_guard guard(DispatcherLock());
     if (result < 0)
-        _exitCode = 0xFFFFFFFF; // the host process waits for children itself, and has taken the status
+        _exitCode = 0xFFFFFFFF; // the host process waits for children itself and has consumed the status
     else if (WIFEXITED(status))
         _exitCode = static_cast<DWORD>(WEXITSTATUS(status));
     else
@@ -82,7 +82,7 @@ BOOL ProcessObject::Terminate(DWORD exitCode)
     if (id == getpid())
         _exit(static_cast<int>(exitCode));
     const std::lock_guard guard(DispatcherLock());
-    // Once it has ended its number may belong to another process.
+    // After the process has ended, its id may belong to another process.
     if (_hasEnded)
         return Fail(ERROR_ACCESS_DENIED);
     _terminationCode = exitCode;
@@ -125,7 +125,7 @@ Ref<ProcessObject> ProcessOf(HANDLE handle)
 
 using namespace qxplatform;
 
-// Linux keeps the low eight bits of an exit code.
+// Linux keeps only the low eight bits of an exit code.
 void WINAPI ExitProcess(UINT uExitCode)
 {
     std::exit(static_cast<int>(uExitCode));

@@ -1,4 +1,4 @@
-// A process: this one, or a child.
+// A process: this one or a child.
 #pragma once
 
 #include "threads/waitable.h"
@@ -15,13 +15,13 @@ public:
 
     explicit ProcessObject(pid_t processId) : Waitable(kObjectType), id(processId) {}
 
-    // Starts a thread that waits for the child's end.
+    // Starts a thread that waits for the child to end.
     static void Watch(const Ref<ProcessObject>& child);
 
     bool IsSignalled() const override { return _hasEnded; }
     DWORD ExitCode() const;
 
-    // Ends the process, with that exit code.
+    // Ends the process with the given exit code.
     BOOL Terminate(DWORD exitCode);
 
     const pid_t id;

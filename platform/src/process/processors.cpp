@@ -1,4 +1,4 @@
-// The processors that a process may use, in groups of 64 as callers count them.
+// The processors that a process may use, in groups of 64.
 #include <processtopologyapi.h>
 #include <winbase.h>
 
@@ -20,7 +20,7 @@ namespace
 
 constexpr unsigned kProcessorsOfGroup = 64;
 
-// A word for each group. Empty if there is no such process.
+// Returns one word for each group. Empty if there is no such process.
 std::vector<DWORD_PTR> ProcessorsOf(pid_t process)
 {
     constexpr std::size_t kMostGroups = 4096;
@@ -30,13 +30,13 @@ std::vector<DWORD_PTR> ProcessorsOf(pid_t process)
         const auto set = reinterpret_cast<cpu_set_t*>(mask.data());
         if (sched_getaffinity(process, groups * sizeof(DWORD_PTR), set) == 0)
             return mask;
-        if (errno != EINVAL) // else the kernel has more processors than that
+        if (errno != EINVAL) // EINVAL means that the kernel has more processors than fit
             break;
     }
     return {};
 }
 
-// The process of a handle, for sched_getaffinity; nothing, with the last error, without one.
+// Returns the process id of a handle for sched_getaffinity. Empty with a last error if the handle is invalid.
 std::optional<pid_t> ProcessIdOf(HANDLE handle)
 {
     if (IsCurrentProcess(handle))
@@ -70,7 +70,7 @@ void WINAPI GetCurrentProcessorNumberEx(PPROCESSOR_NUMBER ProcNumber)
         static_cast<WORD>(processor / kProcessorsOfGroup), static_cast<BYTE>(processor % kProcessorsOfGroup), 0};
 }
 
-// As on the system both masks are zero where the process has processors in several groups.
+// As on the system, both masks are zero if the process has processors in several groups.
 BOOL WINAPI GetProcessAffinityMask(HANDLE hProcess, PDWORD_PTR lpProcessAffinityMask, PDWORD_PTR lpSystemAffinityMask)
 {
     const std::optional<pid_t> id = ProcessIdOf(hProcess);
@@ -114,7 +114,7 @@ BOOL WINAPI GetProcessGroupAffinity(HANDLE hProcess, PUSHORT GroupCount, PUSHORT
     return fits || Fail(ERROR_INSUFFICIENT_BUFFER);
 }
 
-// Only those that this process may run on: where a container has a share of the machine, the rest isn't there for it.
+// Counts only the processors that this process may run on: a container may be limited to a part of the machine.
 DWORD WINAPI GetActiveProcessorCount(WORD GroupNumber)
 {
     DWORD count = 0;

@@ -1,4 +1,4 @@
-// The session that the process runs in: one without a screen.
+// The session of the process, which has no screen.
 
 #include <processthreadsapi.h>
 #include <winuser.h>
@@ -14,7 +14,7 @@ using namespace qxplatform;
 namespace
 {
 
-// Its address stands for the window station.
+// Its address serves as the handle of the window station.
 char station;
 
 } // namespace
@@ -44,7 +44,7 @@ BOOL WINAPI GetUserObjectInformationW(HANDLE hObj, int nIndex, PVOID pvInfo, DWO
         return Fail(ERROR_INVALID_HANDLE);
     if (nIndex != UOI_FLAGS)
         return Fail(ERROR_NOT_SUPPORTED);
-    const USEROBJECTFLAGS flags = {}; // not WSF_VISIBLE: whatever is shown, nobody sees it
+    const USEROBJECTFLAGS flags = {}; // not WSF_VISIBLE: nothing that is displayed is visible
     if (lpnLengthNeeded != nullptr)
         *lpnLengthNeeded = sizeof flags;
     if (pvInfo == nullptr || nLength < sizeof flags)

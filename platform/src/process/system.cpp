@@ -19,7 +19,7 @@ using namespace qxplatform;
 namespace
 {
 
-// The layer behaves as Windows 10, 22H2, and says so.
+// The layer behaves like Windows 10, 22H2, and reports this version.
 constexpr DWORD kMajorVersion = 10;
 constexpr DWORD kMinorVersion = 0;
 constexpr DWORD kBuildNumber = 19045;
@@ -81,8 +81,7 @@ void WINAPI DebugBreak(void)
     raise(SIGTRAP);
 }
 
-// A debugger on Linux doesn't listen for these texts; they go to the standard error output of a process that asks for
-// them with QXPLATFORM_DEBUGSTRINGS.
+// Debuggers on Linux don't receive these texts. They are written to standard error if QXPLATFORM_DEBUGSTRINGS is set.
 void WINAPI OutputDebugStringW(LPCWSTR lpOutputString)
 {
     static constinit Forever<bool> isWanted;

@@ -22,12 +22,12 @@ bool MakeFolder(const std::string& folder)
     return mkdir(folder.c_str(), S_IRWXU) == 0 || errno == EEXIST;
 }
 
-// Makes the folder with all above it that is missing, for its owner alone. False with errno.
+// Creates the folder and its missing parents, accessible only to the owner. Returns false and sets errno on failure.
 bool MakeFolders(const std::string& folder)
 {
     for (std::size_t end = folder.find('/', 1); end != std::string::npos; end = folder.find('/', end + 1))
     {
-        // What exists above may be closed to us and still lead to the folder.
+        // An existing parent may be inaccessible and still lead to the folder.
         if (!MakeFolder(folder.substr(0, end)) && errno != EACCES && errno != EROFS)
             return false;
     }
@@ -70,7 +70,7 @@ LSTATUS Hive::Change(const std::function<LSTATUS(RegistryKey&)>& changer)
         status = Refresh(folder);
     if (status != ERROR_SUCCESS)
         return status;
-    // The tree lacks what couldn't be read, and saving it would lose that for good.
+    // The tree lacks the part that couldn't be read; saving it would lose that part.
     if (_damaged)
         return ERROR_REGISTRY_CORRUPT;
     status = changer(_tree.root);
@@ -101,7 +101,7 @@ LSTATUS Hive::Refresh(const std::string& folder)
 LSTATUS Hive::Save(const std::string& path)
 {
     const std::string bytes = WriteRegistryText(_tree, _rootName);
-    // It couldn't be read back.
+    // A file of this size couldn't be read back.
     if (bytes.size() > kMaxRegistryFile)
         return ERROR_NO_SYSTEM_RESOURCES;
     return _file.Replace(path, bytes, _mode);

@@ -1,4 +1,4 @@
-// A hive: the tree of one predefined key, kept in a file that other processes read and change too.
+// A hive: the tree of one predefined key, stored in a file that other processes also read and change.
 #pragma once
 
 #include "base/mutex.h"
@@ -24,14 +24,14 @@ public:
     {
     }
 
-    // Calls the function with the tree as the file has it now, and gives its result.
+    // Calls the function with the current contents of the file and returns its result.
     LSTATUS Read(const std::function<LSTATUS(const RegistryKey& root)>& reader);
 
-    // Calls the function with the tree, while no other process changes it, and saves the tree if the function gives
-    // ERROR_SUCCESS. With any other result, and if saving fails, all stays as it was.
+    // Calls the function with the tree while no other process changes it. If it returns ERROR_SUCCESS, saves the tree.
+    // With any other result, or if saving fails, nothing changes.
     LSTATUS Change(const std::function<LSTATUS(RegistryKey& root)>& changer);
 
-    // What a changer gives if it finds all as it should be: a success without saving.
+    // Returned by a changer if no change is necessary: success without saving.
     static constexpr LSTATUS kUnchanged = -1;
 
 private:

@@ -42,7 +42,7 @@ bool SameVersion(const struct stat& left, const struct stat& right)
            SameTime(left.st_mtim, right.st_mtim) && SameTime(left.st_ctim, right.st_ctim);
 }
 
-// A link to the file stays a link: what it leads to is replaced.
+// If the file is a link, the target is replaced and the link is preserved.
 std::string RealPath(const std::string& path)
 {
     char* const real = realpath(path.c_str(), nullptr);
@@ -51,7 +51,7 @@ std::string RealPath(const std::string& path)
     return result;
 }
 
-// So that the new name outlives a loss of power. Some file systems have no such thing, and the file is in place anyway.
+// Makes the new name survive a power failure. Some file systems don't support this; the file is in place anyway.
 void FlushFolderOf(const std::string& path)
 {
     const Descriptor folder(open(path.substr(0, path.rfind('/') + 1).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -75,7 +75,7 @@ LSTATUS HiveFile::Load(const std::string& path, std::string& bytes)
 {
     _known = false;
     bytes.clear();
-    // Without O_NONBLOCK a pipe in the file's place would hold us up.
+    // Without O_NONBLOCK, opening would block if a pipe is in the file's place.
     Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!file)
     {
@@ -84,11 +84,11 @@ LSTATUS HiveFile::Load(const std::string& path, std::string& bytes)
         Keep(path, Descriptor());
         return ERROR_SUCCESS;
     }
-    // Its times are taken before its content, so that a change in between is seen by the next call.
+    // The times are read before the contents, so that a change in between is detected by the next call.
     const int descriptor = file.Get();
     if (!Keep(path, std::move(file)))
         return StatusOfErrno();
-    // One that grows meanwhile is refused by its reader.
+    // The reader refuses a file that grows too large in the meantime.
     if (!S_ISREG(_status.st_mode) || !ReadAll(descriptor, bytes, kMaxRegistryFile))
     {
         _known = false;
@@ -105,12 +105,12 @@ LSTATUS HiveFile::Replace(const std::string& path, std::string_view bytes, mode_
     struct stat old;
     if (stat(target.c_str(), &old) == 0)
         mode = old.st_mode & 07777;
-    // One may be left over from a process that ended in between; the lock says that nobody writes it now.
+    // The file may be left over from a process that ended prematurely; the lock guarantees that nobody is writing it.
     unlink(fresh.c_str());
     Descriptor file(open(fresh.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
     if (!file)
         return StatusOfErrno();
-    fchmod(file.Get(), mode); // without the process's mask; a failure leaves it stricter
+    fchmod(file.Get(), mode); // independent of the umask; on failure the mode is stricter
     if (!WriteAll(file.Get(), bytes) || fsync(file.Get()) != 0 || rename(fresh.c_str(), target.c_str()) != 0)
     {
         const LSTATUS status = StatusOfErrno();

@@ -1,4 +1,4 @@
-// The file of a hive: noticing changes, replacing it whole, a lock between processes.
+// The file of a hive: change detection, atomic replacement, inter-process locking.
 #pragma once
 
 #include "base/descriptor.h"
@@ -13,22 +13,22 @@
 namespace qxplatform
 {
 
-// One version of the file, as it was read or written last. It is held open, so that no other file gets its number
-// while we compare by that; since writers replace the file, the same number then means the same content. Times and
-// size are for people who edit it in place.
+// The version of the file that was last read or written. It is kept open so that its inode number isn't reused while we
+// compare it. Since writers replace the file, an equal inode number means equal contents. Times and size detect edits
+// in place.
 class HiveFile
 {
 public:
-    // Whether `path` still is what was read or written last.
+    // Returns true if `path` is still the version that was last read or written.
     bool IsCurrent(const std::string& path) const;
 
-    // Reads the whole file; a file that isn't there is empty.
+    // Reads the whole file. A missing file counts as empty.
     LSTATUS Load(const std::string& path, std::string& bytes);
 
-    // Writes a new file and puts it in the place of the old one, whose mode it takes over; `mode` is for the first.
+    // Writes a new file that replaces the old one and takes over its mode. `mode` is used if there is no old file.
     LSTATUS Replace(const std::string& path, std::string_view bytes, mode_t mode);
 
-    // Nothing is current until the next load.
+    // Invalidates the cached version until the next load.
     void Forget() { _known = false; }
 
 private:
@@ -36,11 +36,11 @@ private:
 
     bool _known = false;
     std::string _path;
-    Descriptor _file; // none for a file that isn't there
+    Descriptor _file; // empty if the file doesn't exist
     struct stat _status = {};
 };
 
-// Held while a hive is read, changed and replaced. Readers need none. Waits as long as another process holds it.
+// Held while a hive is read, changed and replaced. Readers don't need it. Waits while another process holds it.
 class HiveLock
 {
 public:
@@ -48,7 +48,7 @@ public:
     LSTATUS Status() const { return _status; }
 
 private:
-    Descriptor _file; // closing it ends the lock
+    Descriptor _file; // closing it releases the lock
     LSTATUS _status;
 };
 

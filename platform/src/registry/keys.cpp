@@ -1,4 +1,4 @@
-// Opening, making and deleting keys.
+// Opening, creating and deleting keys.
 #include "base/text.h"
 #include "registry/open_key.h"
 
@@ -9,8 +9,8 @@ using namespace qxplatform;
 namespace
 {
 
-// The open key that `subKey` leads to from `handle`, which needs no rights for it: they are those of the new handle.
-// The key needn't exist, but the one of the handle must.
+// Returns the open key for `subKey` relative to `handle`. No rights of `handle` are required, because the new handle
+// has its own. The key needn't exist, but the key of `handle` must.
 LSTATUS Locate(HKEY handle, LPCWSTR subKey, Ref<OpenKey>& located)
 {
     Ref<OpenKey> base;
@@ -35,7 +35,7 @@ bool Exists(const OpenKey& key)
 
 enum class Below
 {
-    Refuse, // a key with keys below it isn't removed
+    Refuse, // a key with subkeys is not deleted
     Remove
 };
 
@@ -43,7 +43,7 @@ LSTATUS Remove(const OpenKey& key, Below below)
 {
     if (key.path.empty())
         return ERROR_ACCESS_DENIED; // a predefined key
-    // Asked first, so that nothing is written, not even the lock, for what isn't there.
+    // Checked first, so that nothing is written, not even the lock file, if the key doesn't exist.
     if (!Exists(key))
         return ERROR_FILE_NOT_FOUND;
     return key.hive.Change(
@@ -70,7 +70,7 @@ LSTATUS WINAPI RegOpenKeyExW(HKEY key, LPCWSTR subKey, DWORD, REGSAM access, PHK
     *result = nullptr;
     if (IsPredefined(key) && (subKey == nullptr || *subKey == 0))
     {
-        *result = key; // as documented, and with all its rights
+        *result = key; // as documented, with all its rights
         return ERROR_SUCCESS;
     }
     Ref<OpenKey> located;
@@ -108,7 +108,7 @@ LSTATUS WINAPI RegCreateKeyExW(HKEY key, LPCWSTR subKey, DWORD reserved, LPWSTR,
             [&](RegistryKey& root) -> LSTATUS
             {
                 if (root.Find(located->path) != nullptr)
-                    return Hive::kUnchanged; // another process was quicker
+                    return Hive::kUnchanged; // another process was faster
                 root.Ensure(located->path);
                 created = true;
                 return ERROR_SUCCESS;
@@ -125,7 +125,7 @@ LSTATUS WINAPI RegCloseKey(HKEY key)
 {
     if (IsPredefined(key))
         return ERROR_SUCCESS;
-    const DWORD lastError = GetLastError(); // which these functions leave alone
+    const DWORD lastError = GetLastError(); // these functions don't change the last error
     const auto isKey = [](const Object& object)
     {
         return object.type == ObjectType::RegistryKey;
@@ -154,7 +154,7 @@ LSTATUS WINAPI RegDeleteTreeW(HKEY handle, LPCWSTR subKey)
         const LSTATUS status = Locate(handle, subKey, located);
         return status == ERROR_SUCCESS ? Remove(*located, Below::Remove) : status;
     }
-    // Without a sub key the key itself stays, empty.
+    // Without a subkey, the key itself is kept and emptied.
     return ChangeKey(handle, KEY_ENUMERATE_SUB_KEYS | KEY_QUERY_VALUE | KEY_SET_VALUE,
         [](RegistryKey& key) -> LSTATUS
         {

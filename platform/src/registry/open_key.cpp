@@ -10,7 +10,7 @@ namespace qxplatform
 namespace
 {
 
-// The generic rights of a key, and those that the system says it may ignore.
+// Maps the generic rights of a key and drops the rights that the system ignores.
 REGSAM SpecificRights(REGSAM access)
 {
     constexpr struct

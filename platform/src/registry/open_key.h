@@ -1,4 +1,4 @@
-// What a key's handle stands for: the place of a key in its hive.
+// The object behind a key handle: the location of a key in its hive.
 #pragma once
 
 #include "base/handle_table.h"
@@ -9,8 +9,8 @@
 namespace qxplatform
 {
 
-// The key itself is looked up by its path at each call, since another process may have changed the hive meanwhile. A
-// path that leads nowhere any more is that of a deleted key; one that was made again is open again.
+// The key is looked up by its path in each call, because other processes may have changed the hive. If the path no
+// longer exists, the key has been deleted; if the key is created again, the handle becomes valid again.
 class OpenKey final : public Object
 {
 public:
@@ -22,16 +22,16 @@ public:
     const KeyPath path;
 };
 
-// The open key behind a handle, a predefined one included, with ERROR_INVALID_HANDLE if there is none, and
-// ERROR_ACCESS_DENIED if it wasn't opened with all of the rights.
+// Returns the open key behind a handle, including predefined ones. ERROR_INVALID_HANDLE if there is none;
+// ERROR_ACCESS_DENIED if it lacks one of the rights.
 LSTATUS FindOpenKey(HKEY handle, REGSAM rights, Ref<OpenKey>& key);
 
-// A new handle with the specific rights that `access` asks for.
+// Creates a handle with the specific rights requested by `access`.
 LSTATUS AddOpenKey(const Ref<OpenKey>& key, REGSAM access, HKEY* handle);
 
 bool IsPredefined(HKEY handle);
 
-// The functions of the key of a handle. Both give ERROR_KEY_DELETED for one that isn't there any more.
+// Access the key of a handle. Both return ERROR_KEY_DELETED if the key no longer exists.
 LSTATUS ReadKey(HKEY handle, REGSAM rights, const std::function<LSTATUS(const RegistryKey& key)>& reader);
 LSTATUS ChangeKey(HKEY handle, REGSAM rights, const std::function<LSTATUS(RegistryKey& key)>& changer);
 

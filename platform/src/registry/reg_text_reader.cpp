@@ -46,7 +46,7 @@ void AppendBytes(std::vector<BYTE>& data, const void* bytes, std::size_t count)
     data.insert(data.end(), first, first + count);
 }
 
-// False if a part of the bytes is no text of their encoding; the rest is converted all the same.
+// Returns false if a part of the bytes is invalid in their encoding; the rest is still converted.
 bool Decode(std::string_view bytes, std::u16string& text)
 {
     static_assert(std::endian::native == std::endian::little);
@@ -64,7 +64,7 @@ bool Decode(std::string_view bytes, std::u16string& text)
     UErrorCode status = U_ZERO_ERROR;
     u_strFromUTF8WithSub(text.data(), static_cast<std::int32_t>(text.size()), &length, bytes.data(),
         static_cast<std::int32_t>(bytes.size()), 0xFFFD, &substitutions, &status);
-    if (status > U_ZERO_ERROR) // warnings are below
+    if (status > U_ZERO_ERROR) // warnings are negative
     {
         text.clear();
         return false;
@@ -73,7 +73,7 @@ bool Decode(std::string_view bytes, std::u16string& text)
     return substitutions == 0;
 }
 
-// Walks the text once from its start to its end. A line that can't be understood is passed over and remembered.
+// Parses the text once from start to end. Malformed lines are skipped and recorded.
 class Reader
 {
 public:
@@ -98,7 +98,7 @@ public:
             if (ReadEntry())
                 continue;
             _result.damaged = true;
-            // Not from where it stopped: an unclosed text may have run over what follows.
+            // Not from the current position: an unterminated text may have consumed the following lines.
             _at = start;
             TakeRestOfLine();
         }
@@ -132,7 +132,7 @@ private:
         return true;
     }
 
-    // The rest of the line without blanks at its end; goes to the start of the next.
+    // Returns the rest of the line without trailing blanks and advances to the next line.
     std::u16string_view TakeRestOfLine()
     {
         const std::size_t start = _at;
@@ -168,10 +168,10 @@ private:
         }
     }
 
-    // [HKEY_...\name\name], or with a minus in front of the name for a key that is to vanish.
+    // Parses [HKEY_...\name\name], or with a minus before the name for a key to be deleted.
     bool ReadKey()
     {
-        _key = nullptr; // what follows a key that isn't understood belongs to none
+        _key = nullptr; // values after a malformed key belong to no key
         std::u16string_view line = TakeRestOfLine();
         if (!line.ends_with(u']'))
             return false;
@@ -209,7 +209,7 @@ private:
         _comments.clear();
     }
 
-    // "name"=data or @=data
+    // Parses "name"=data or @=data.
     bool ReadValue()
     {
         std::u16string name;
@@ -241,7 +241,7 @@ private:
         return true;
     }
 
-    // A text in quotes; line ends may stand in it, as the system's editor writes them.
+    // Parses a quoted text, which may contain line ends, as the system's editor writes them.
     bool ReadQuoted(std::u16string& text)
     {
         ++_at;
@@ -299,7 +299,7 @@ private:
         return digits >= 1 && digits <= 8;
     }
 
-    // Bytes divided by commas; a backslash at the end of a line goes on in the next.
+    // Parses bytes separated by commas; a backslash at the end of a line continues on the next one.
     bool ReadHexBytes(std::vector<BYTE>& data)
     {
         for (;;)
@@ -341,7 +341,7 @@ private:
     RegistryText& _result;
     std::size_t _at = 0;
     RegistryKey* _key = nullptr;
-    CommentLines _comments; // those that wait for what they stand in front of
+    CommentLines _comments; // comments waiting for the item they precede
 };
 
 } // namespace

@@ -11,7 +11,7 @@ namespace
 {
 
 constexpr std::u16string_view kLineEnd = u"\r\n";
-constexpr std::size_t kLastColumn = 76; // of the bytes in a line; a comma and a backslash may follow
+constexpr std::size_t kLastColumn = 76; // limit for the bytes in a line; a comma and a backslash may follow
 
 class Writer
 {
@@ -41,7 +41,7 @@ private:
             Line(line);
     }
 
-    // A key with all below it. The recursion is as deep as keys may be.
+    // Writes a key and its subkeys. The recursion depth is limited by the depth of keys.
     void Key(const RegistryKey& key)
     {
         _text += kLineEnd;
@@ -97,7 +97,7 @@ private:
         _text += u'"';
     }
 
-    // Text in quotes has exactly one terminator, and no character that other programs take for the end of a line.
+    // A quoted text must have exactly one terminator and no characters that other programs treat as line ends.
     static bool IsPlainText(const std::vector<BYTE>& data, std::u16string& text)
     {
         if (data.size() < sizeof(char16_t) || data.size() % sizeof(char16_t) != 0)

@@ -18,8 +18,8 @@ LSTATUS AppendNames(KeyPath& path, std::u16string_view text)
         const std::u16string_view name = text.substr(0, text.find(u'\\'));
         text.remove_prefix(std::min(text.size(), name.size() + 1));
         if (name.empty())
-            continue; // backslashes in a row, or one at the end
-        // A line of the file ends at a control character.
+            continue; // repeated or trailing backslashes
+        // In the file, a control character would end the line.
         const bool printable = std::ranges::all_of(name, [](char16_t c) { return c >= u' '; });
         if (name.size() > kMaxKeyName || !printable || path.size() == kMaxKeyDepth)
             return ERROR_INVALID_PARAMETER;

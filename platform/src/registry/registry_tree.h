@@ -17,17 +17,17 @@ constexpr std::size_t kMaxKeyName = 255;
 constexpr std::size_t kMaxValueName = 16383;
 constexpr std::size_t kMaxKeyDepth = 512;
 
-// The names of keys from the root of the tree down.
+// The names of keys from the root of the tree downwards.
 using KeyPath = std::vector<std::u16string>;
 
-// Appends the names of `text`, which backslashes divide, to the path. Gives the code of the failure for a text that
-// names no key.
+// Appends the names in `text`, separated by backslashes, to the path. Returns an error code if the text is not a valid
+// key name.
 LSTATUS AppendNames(KeyPath& path, std::u16string_view text);
 
-// Names are the same that differ in case alone.
+// Returns the form by which names are compared without regard to case.
 std::u16string FoldName(std::u16string_view name);
 
-// Lines of text that stood in front of something in the file, as people write them there.
+// Comment lines that precede an item in the file.
 using CommentLines = std::vector<std::u16string>;
 
 struct RegistryValue
@@ -41,14 +41,14 @@ struct RegistryValue
 struct RegistryKey
 {
     std::u16string name;
-    std::map<std::u16string, RegistryValue> values; // by folded name, the unnamed one first
+    std::map<std::u16string, RegistryValue> values; // by folded name, the unnamed value first
     std::map<std::u16string, std::unique_ptr<RegistryKey>> keys;
     CommentLines comments;
 
     RegistryKey* Find(const KeyPath& path);
     const RegistryKey* Find(const KeyPath& path) const { return const_cast<RegistryKey*>(this)->Find(path); }
 
-    // Makes what is missing of the path.
+    // Creates the missing keys of a path.
     RegistryKey& Ensure(const KeyPath& path);
 
     const RegistryValue* FindValue(std::u16string_view valueName) const;
@@ -60,7 +60,7 @@ struct RegistryKey
 struct RegistryTree
 {
     RegistryKey root;
-    CommentLines comments; // behind all else
+    CommentLines comments; // after everything else
 };
 
 } // namespace qxplatform

@@ -12,14 +12,15 @@ using namespace qxplatform;
 namespace
 {
 
-// A null name means the value without one.
+// A null name refers to the unnamed value.
 std::u16string_view ValueName(LPCWSTR name)
 {
     return name != nullptr ? View(name) : std::u16string_view();
 }
 
-// Type and data, each if asked for. `size` is the buffer's before and the data's after. ERROR_MORE_DATA if the buffer
-// is too small, and then only the size and the type are told; without a buffer as well, as a success.
+// Returns type and data as requested. `size` is the size of the buffer on input and of the data on output. If the
+// buffer is too small, returns ERROR_MORE_DATA with the size and the type only. Without a buffer, returns success with
+// the size.
 LSTATUS CopyValue(const RegistryValue& value, LPDWORD type, LPBYTE data, LPDWORD size)
 {
     if (type != nullptr)
@@ -74,7 +75,7 @@ LSTATUS WINAPI RegSetValueExW(HKEY handle, LPCWSTR name, DWORD, DWORD type, cons
 
 LSTATUS WINAPI RegDeleteValueW(HKEY handle, LPCWSTR name)
 {
-    // Asked first, so that nothing is written, not even the lock, for what isn't there.
+    // Checked first, so that nothing is written, not even the lock file, if the value doesn't exist.
     const LSTATUS status = ReadKey(handle, KEY_SET_VALUE,
         [&](const RegistryKey& key) -> LSTATUS
         { return key.FindValue(ValueName(name)) != nullptr ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND; });

@@ -10,7 +10,7 @@ using namespace qxplatform;
 namespace
 {
 
-// What a manifest stands for where no library has several versions: nothing but its handle.
+// The context of a manifest. No library exists in several versions, so it consists only of its handle.
 class ActivationContext : public Object
 {
 public:

@@ -11,7 +11,7 @@ using namespace qxplatform;
 namespace
 {
 
-// Calls `visit` with one resource for each run of those that are the same by `isSame`, until it gives false.
+// Calls `visit` with one resource of each run of equal ones (according to `isSame`), until it returns false.
 template <class IsSame, class Visit>
 BOOL VisitEach(std::span<const Resource> resources, DWORD errorIfNone, IsSame isSame, Visit visit)
 {

@@ -1,4 +1,4 @@
-// Resources of a module: finding one, its bytes, its size.
+// Finding a module's resources, their bytes and their size.
 
 #include <libloaderapi.h>
 #include <winbase.h>
@@ -13,7 +13,7 @@ using namespace qxplatform;
 namespace
 {
 
-// What is missing decides on the error.
+// The error depends on whether type, name or language is missing.
 const Resource* Find(const ResourceImage& image, const ResourceKey& type, const ResourceKey& name, LANGID language)
 {
     const std::span<const Resource> languages = image.OfName(type, name);
@@ -49,7 +49,7 @@ HGLOBAL WINAPI LoadResource(HMODULE, HRSRC hResInfo)
     return resource ? const_cast<std::byte*>(resource->data.data()) : nullptr;
 }
 
-// A loaded resource is its bytes already.
+// A loaded resource already is a pointer to its bytes.
 LPVOID WINAPI LockResource(HGLOBAL hResData)
 {
     return hResData;

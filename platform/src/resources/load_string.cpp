@@ -1,4 +1,4 @@
-// Texts of string tables.
+// Texts in string tables.
 
 #include <libloaderapi.h>
 #include <winbase.h>
@@ -12,7 +12,7 @@
 namespace
 {
 
-// A block holds the texts of 16 numbers, each behind its length in characters.
+// A block contains the texts of 16 ids, each preceded by its length in characters.
 constexpr UINT TEXTS_PER_BLOCK = 16;
 
 struct TextInBlock
@@ -37,7 +37,7 @@ TextInBlock FindText(const WORD* block, std::size_t units, UINT index)
 
 } // namespace
 
-// With a size of 0 the buffer receives a pointer to the text in the image, which has no terminator there.
+// With a size of 0, the buffer receives a pointer to the text in the image, which is not terminated.
 int WINAPI LoadStringW(HINSTANCE hInstance, UINT uID, LPWSTR lpBuffer, int cchBufferMax)
 {
     if (lpBuffer == nullptr || cchBufferMax < 0)

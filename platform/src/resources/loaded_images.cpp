@@ -18,7 +18,7 @@ namespace
 
 using Images = std::map<HMODULE, std::shared_ptr<const ResourceImage>>;
 
-// How often the dynamic linker has loaded and unloaded something: as long as neither changes, what was found stands.
+// The dynamic linker's counts of loads and unloads. Cached results are valid as long as neither changes.
 struct Generation
 {
     unsigned long long loads = 0;
@@ -69,7 +69,7 @@ Images FindImages()
     return images;
 }
 
-// What the modules hold at present.
+// Returns the resources of all loaded modules.
 Images PresentImages()
 {
     struct Cache

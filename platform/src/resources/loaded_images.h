@@ -11,13 +11,14 @@
 namespace qxplatform
 {
 
-// The resources of a module, of the program for null. Null with ERROR_RESOURCE_DATA_NOT_FOUND if it has none.
+// Returns the resources of a module, or of the program for null. Null with ERROR_RESOURCE_DATA_NOT_FOUND if it has
+// none.
 std::shared_ptr<const ResourceImage> ImageOf(HMODULE module);
 
-// The handle of a resource is the address of its header, which stays as long as the module is loaded.
+// Returns the handle of a resource: the address of its header, valid as long as the module is loaded.
 HRSRC HandleOf(const Resource& resource);
 
-// Empty with ERROR_INVALID_HANDLE for whatever else a pointer may point to.
+// Empty with ERROR_INVALID_HANDLE if the pointer is not a resource handle.
 std::optional<Resource> ResourceOf(HRSRC handle);
 
 } // namespace qxplatform

@@ -23,7 +23,7 @@ std::u16string UpperCaseOf(std::u16string_view text)
     return upper;
 }
 
-// Reads numbers and keys off a part of the image; what is not there ends the reading.
+// Reads numbers and keys from a part of the image. Missing data ends the reading.
 class Reader
 {
 public:
@@ -64,7 +64,7 @@ private:
     std::size_t _position = 0;
 };
 
-// The header of one resource, from its type on.
+// Parses the header of a resource from its type on.
 std::optional<Resource> ReadHeader(std::span<const std::byte> header)
 {
     Reader reader(header);
@@ -86,7 +86,7 @@ bool LessByPlace(const Resource& a, const Resource& b)
     return std::tie(a.type, a.name, a.language) < std::tie(b.type, b.name, b.language);
 }
 
-// The first entry of each file is empty and only tells 32-bit files from older ones.
+// The first entry of a file is empty; it only marks a 32-bit resource file.
 bool IsFileMark(const Resource& resource)
 {
     return resource.type.IsNumber() && resource.type.number == 0;

@@ -1,5 +1,4 @@
-// Compiled resource files (.res): each a row of resources, each of these behind a header with its type, name and
-// language.
+// Compiled resource files (.res): sequences of resources, each preceded by a header with type, name and language.
 #pragma once
 
 #include <minwindef.h>
@@ -12,10 +11,10 @@
 namespace qxplatform
 {
 
-// A type or a name: a number, or a text that is compared without regard to case.
+// A type or name: a number, or a text compared without regard to case.
 struct ResourceKey
 {
-    // From a caller's pointer, as the system reads it: a number in the pointer's place, a text "#number", or a text.
+    // Interprets a caller's pointer like the system: a number in place of the pointer, a text "#number", or a text.
     static ResourceKey FromCaller(LPCWSTR key);
 
     bool IsNumber() const { return text.empty(); }
@@ -27,7 +26,7 @@ struct ResourceKey
 
 bool operator==(const ResourceKey& a, const ResourceKey& b);
 
-// Texts come before numbers, each in its order, as in an image of the system.
+// Texts precede numbers, each in its own order, as in a system image.
 bool operator<(const ResourceKey& a, const ResourceKey& b);
 
 struct Resource
@@ -42,7 +41,8 @@ struct Resource
 class ResourceImage
 {
 public:
-    // Reads each file as far as it is sound, and keeps references to it. The result is sorted by type, name, language.
+    // Reads each file up to the first malformed part and keeps references to the data. The resources are sorted by
+    // type, name and language.
     explicit ResourceImage(std::span<const std::span<const std::byte>> files);
 
     std::span<const Resource> All() const { return _resources; }

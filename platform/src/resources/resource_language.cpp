@@ -22,7 +22,7 @@ LANGID WithoutRegion(LANGID language)
     return MAKELANGID(PRIMARYLANGID(language), SUBLANG_NEUTRAL);
 }
 
-// A language with its region, then the language alone.
+// Looks up a language with its region, then the language alone.
 const Resource* FindEither(std::span<const Resource> languages, LANGID wanted)
 {
     const Resource* const exact = FindLanguage(languages, wanted);
@@ -31,8 +31,8 @@ const Resource* FindEither(std::span<const Resource> languages, LANGID wanted)
 
 } // namespace
 
-// A language that is named is the only one that will do, but for the same without a region, and for a resource of no
-// language. A default stands for the languages of the user, then English, then whatever there is.
+// A specific language matches only itself, the same language without a region, and a language-neutral resource. A
+// default language stands for the user's languages, then English, then any language.
 const Resource* ChooseLanguage(std::span<const Resource> languages, LANGID wanted)
 {
     if (PRIMARYLANGID(wanted) != LANG_NEUTRAL)

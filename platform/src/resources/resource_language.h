@@ -1,4 +1,4 @@
-// Which of a resource's languages a caller gets.
+// Selects a resource's language for a caller.
 #pragma once
 
 #include "resources/resource_image.h"
@@ -6,7 +6,7 @@
 namespace qxplatform
 {
 
-// `languages` holds one resource in its languages. Null if none of them is what was asked for.
+// `languages` contains one resource in all its languages. Returns null if none matches.
 const Resource* ChooseLanguage(std::span<const Resource> languages, LANGID wanted);
 
 } // namespace qxplatform

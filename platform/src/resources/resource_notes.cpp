@@ -13,7 +13,7 @@ namespace
 
 constexpr char NAME[] = "QXRES";
 
-// Files with more than this in their notes are none of ours.
+// Files with larger notes weren't built here.
 constexpr std::size_t MAX_NOTES = 64 << 20;
 
 std::size_t Aligned(std::size_t place, std::size_t alignment)
@@ -32,7 +32,7 @@ bool IsElf64(const Elf64_Ehdr& header)
 void AddResourceImages(
     std::span<const std::byte> notes, std::size_t alignment, std::vector<std::span<const std::byte>>& images)
 {
-    const std::size_t unit = alignment == 8 ? 8 : 4; // as the format has it
+    const std::size_t unit = alignment == 8 ? 8 : 4; // as the format requires
     Elf64_Nhdr note;
     while (notes.size() >= sizeof note)
     {

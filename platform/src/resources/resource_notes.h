@@ -1,4 +1,4 @@
-// Resource images as the build links them into a module: ELF notes with the name QXRES.
+// Resource images that the build links into a module: ELF notes with the name QXRES.
 #pragma once
 
 #include <cstddef>
@@ -10,11 +10,11 @@
 namespace qxplatform
 {
 
-// The images in one segment of notes, whose program header tells the alignment.
+// Appends the images in one note segment. The alignment is the one in its program header.
 void AddResourceImages(
     std::span<const std::byte> notes, std::size_t alignment, std::vector<std::span<const std::byte>>& images);
 
-// Fills a buffer from a place of a file; false if the file has not all of it.
+// Fills a buffer from a position in a file. Returns false if the file is too short.
 using ReadAt = std::function<bool(std::uint64_t place, void* buffer, std::size_t size)>;
 
 struct NoteSegment
@@ -23,7 +23,7 @@ struct NoteSegment
     std::size_t alignment;
 };
 
-// The segments of notes of an ELF file, as far as it is sound; none if it is no such file.
+// Returns the note segments of an ELF file, up to the first malformed part. Empty if the file is not an ELF file.
 std::vector<NoteSegment> ReadNoteSegments(const ReadAt& read);
 
 } // namespace qxplatform

@@ -14,18 +14,18 @@ namespace
 
 struct Head
 {
-    WORD length;      // of the node with its children
-    WORD valueLength; // in characters where the value is a text
+    WORD length;      // of the node including its children
+    WORD valueLength; // in characters if the value is a text
     WORD isText;
 };
 
-// Places are counted from the block's beginning, since everything in it is aligned to 4 bytes of that.
+// Positions are relative to the start of the block, because everything in it is aligned to 4 bytes from there.
 struct Node
 {
     std::size_t begin;
     std::size_t end;
     std::u16string key;
-    std::size_t value; // where the value stands, or would
+    std::size_t value; // where the value is, or would be
     std::size_t valueEnd;
     UINT valueLength;
 };

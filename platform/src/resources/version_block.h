@@ -1,4 +1,4 @@
-// A version resource: a tree of nodes with a key, a value and children.
+// Version resources: a tree of nodes with a key, a value and children.
 #pragma once
 
 #include <minwindef.h>
@@ -14,14 +14,15 @@ namespace qxplatform
 struct VersionValue
 {
     const std::byte* bytes;
-    UINT length; // in characters for texts, else in bytes
+    UINT length; // in characters for texts, otherwise in bytes
 };
 
-// The node at a path of keys divided by backslashes, compared without regard to case; empty parts count for nothing, so
-// the root is at "\". Nothing outside `block` is read. A node without a value gives where its children begin.
+// Returns the node with the given path of keys, separated by backslashes and compared without regard to case. Empty
+// components are ignored, so the root is "\". Never reads outside `block`. For a node without a value, returns the
+// position of its children.
 std::optional<VersionValue> FindVersionValue(std::span<const std::byte> block, std::u16string_view path);
 
-// The length that the root tells, at most `size`.
+// Returns the length stored in the root, limited to `size`.
 std::size_t VersionBlockSize(const void* block, std::size_t size);
 
 } // namespace qxplatform

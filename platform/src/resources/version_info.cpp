@@ -1,4 +1,4 @@
-// Version blocks of files, and the values in them.
+// Version blocks of files, and their values.
 
 #include <winbase.h>
 #include <winnt.h>
@@ -62,7 +62,7 @@ std::optional<std::vector<std::byte>> VersionBlockIn(const std::vector<NoteSegme
     return std::vector<std::byte>(found->data.begin(), found->data.end());
 }
 
-// The version block of a program or library, empty with the last error if it has none.
+// Returns the version block of a program or library. Empty with a last error if it has none.
 std::optional<std::vector<std::byte>> VersionBlockOf(LPCWSTR fileName)
 {
     if (fileName == nullptr)
@@ -93,7 +93,8 @@ DWORD WINAPI GetFileVersionInfoSizeW(LPCWSTR lptstrFilename, LPDWORD lpdwHandle)
     return block ? static_cast<DWORD>(block->size()) : 0;
 }
 
-// A block that does not fit is cut, and says so by its own length, so that no value of it lies behind the buffer.
+// A block that doesn't fit is truncated and its own length is adjusted, so that none of its values is outside the
+// buffer.
 BOOL WINAPI GetFileVersionInfoW(LPCWSTR lptstrFilename, DWORD, DWORD dwLen, LPVOID lpData)
 {
     if (lpData == nullptr)

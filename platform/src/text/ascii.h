@@ -1,4 +1,4 @@
-// Runs of ASCII, which every file and nearly every text is made of.
+// Fast handling of ASCII runs, which make up most text.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 namespace qxplatform
 {
 
-// How many of the bytes from `begin` on are below 0x80.
+// Returns the number of bytes from `begin` on that are below 0x80.
 inline std::size_t AsciiRun(const char* begin, const char* end)
 {
     const char* next = begin;

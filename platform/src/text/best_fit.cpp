@@ -17,11 +17,11 @@ struct Approximation
 {
     wchar_t unit;
     wchar_t similar;
-    wchar_t lessSimilar = 0; // where the page lacks that too
+    wchar_t lessSimilar = 0; // used if the page lacks the first character as well
 };
 
-// Letters without a decomposition, quotation marks, dashes, blanks: what the standards' and the Cyrillic and Greek
-// pages replace. Sorted by unit.
+// Letters without a decomposition, quotation marks, dashes and blanks that the standards' pages and the Cyrillic and
+// Greek pages replace. Sorted by unit.
 constexpr Approximation COMMON[] = {
     {0x00a1, L'!'},
     {0x00a2, L'c'},
@@ -107,7 +107,7 @@ constexpr Approximation COMMON[] = {
     {0x2122, L'T', L't'},
 };
 
-// What the Latin pages of the system and the old console pages replace besides. Sorted by unit.
+// Further characters replaced by the system's Latin pages and the old console pages. Sorted by unit.
 constexpr Approximation LATIN[] = {
     {0x00a3, L'L'},
     {0x00a8, L'"'},
@@ -354,13 +354,14 @@ struct Range
     wchar_t last;
 };
 
-// Where a character falls back to the base of its decomposition: accented Latin letters and full-width forms in
-// every page, numbers in high or low position and letterlike symbols in the Latin ones.
+// Characters that fall back to the base of their decomposition: accented Latin letters and full-width forms in all
+// pages, superscript and subscript digits and letterlike symbols in the Latin ones.
 constexpr Range COMMON_BASES[] = {{0x00aa, 0x017e}, {0x01a0, 0x01b0}, {0x01cd, 0x01dc}, {0x01de, 0x01df},
     {0x01e6, 0x01f0}, {0xfb50, 0xfbaf}, {0xfe80, 0xfefc}, {0xff01, 0xff1e}, {0xff20, 0xff5e}};
 constexpr Range LATIN_BASES[] = {{0x2070, 0x2070}, {0x2074, 0x2078}, {0x207f, 0x2089}, {0x2102, 0x2134}};
 
-// The one character that is left of a compatibility decomposition without its marks; 0 if there is not just one.
+// Returns the single character that remains of a compatibility decomposition without its marks, or 0 if there isn't
+// exactly one.
 wchar_t BaseOf(wchar_t unit)
 {
     UErrorCode status = U_ZERO_ERROR;

@@ -1,4 +1,4 @@
-// Which character stands for one that a code page lacks.
+// Similar characters for characters that a code page lacks.
 #pragma once
 
 #include <vector>
@@ -8,7 +8,7 @@ namespace qxplatform
 
 enum class BestFit
 {
-    AsConverter, // only what ICU's tables of the page tell
+    AsConverter, // only ICU's tables of the page
     LatinOne,    // the part of Common below U+0100
     Common,
     Latin
@@ -20,7 +20,7 @@ struct Similar
     wchar_t similar;
 };
 
-// In the order of preference: a later row of the same unit is for pages that lack the earlier one's character.
+// In order of preference: later rows of the same unit are for pages that lack the character of the earlier row.
 std::vector<Similar> SimilarCharacters(BestFit bestFit);
 
 } // namespace qxplatform

@@ -1,4 +1,4 @@
-// The codes that the ITU's list of E.164 country codes has.
+// The codes in the ITU's list of E.164 country codes.
 #include "text/calling_codes.h"
 
 #include <algorithm>
@@ -16,7 +16,7 @@ struct RegionAndCode
     unsigned code;
 };
 
-// Sorted by region. Islands without a code of their own have that of the country which serves them.
+// Sorted by region. Islands without a code of their own have the code of the country that serves them.
 // clang-format off
 constexpr RegionAndCode CODES[] = {
     {"001", 388}, {"029", 1}, {"419", 1}, {"AC", 247}, {"AD", 376}, {"AE", 971}, {"AF", 93}, {"AG", 1}, {"AI", 1},

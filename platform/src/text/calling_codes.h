@@ -6,7 +6,7 @@
 namespace qxplatform
 {
 
-// By the ISO 3166 code of a country, or the number of a part of the world; 0 if there is none.
+// Returns the code for an ISO 3166 country code or the number of a world region; 0 if there is none.
 unsigned CallingCodeOf(std::string_view region);
 
 } // namespace qxplatform

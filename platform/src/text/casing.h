@@ -1,21 +1,21 @@
-// One character to another in case, as the system maps them.
+// Case mapping of single characters as on the system.
 #pragma once
 
 namespace qxplatform
 {
 
-// The plain mapping, which names of files and registry keys are compared by: only pairs that lead to each other. So
-// the dotless i and the long s have no capital letter.
+// The simple mapping by which file names and registry keys are compared. It contains only pairs that map to each other;
+// the dotless i and the long s therefore have no capital letter.
 char32_t ToUpper(char32_t character);
 char32_t ToLower(char32_t character);
 
 enum class LetterI
 {
     Latin,
-    Turkic // i is the small form of a capital letter with a dot, and I the capital of one without
+    Turkic // i is the small form of a capital with a dot, and I the capital of a letter without one
 };
 
-// The mapping by language: every character that has one of another case.
+// The linguistic mapping: every character that has another case.
 char32_t ToUpperLinguistic(char32_t character, LetterI letterI);
 char32_t ToLowerLinguistic(char32_t character, LetterI letterI);
 

@@ -1,4 +1,4 @@
-// The calls that change the case of whole texts.
+// The functions that change the case of whole texts.
 
 #include <winnls.h>
 #include <winuser.h>
@@ -22,7 +22,7 @@ bool IsSurrogatePair(const wchar_t* next, const wchar_t* end)
     return U16_IS_LEAD(*next) && end - next > 1 && U16_IS_TRAIL(next[1]);
 }
 
-// Each mapping keeps a character's plane, so a text keeps its length and may be mapped in place.
+// No mapping changes a character's plane, so texts keep their length and may be mapped in place.
 template <class Map>
 void MapCharacters(const wchar_t* next, const wchar_t* end, wchar_t* target, Map map)
 {
@@ -74,7 +74,7 @@ int MapText(const Locale& locale, DWORD flags, std::wstring_view source, wchar_t
     return static_cast<int>(source.size());
 }
 
-// `text` is a text to be changed in place, or a single character in the place of the pointer.
+// `text` is a text to be changed in place, or a single character in place of the pointer.
 template <class Map>
 LPWSTR ChangeInPlace(LPWSTR text, Map map)
 {

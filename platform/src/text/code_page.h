@@ -1,4 +1,4 @@
-// A code page: how its bytes become UTF-16, and back.
+// A code page: converts its bytes to UTF-16 and back.
 #pragma once
 
 #include <minwindef.h>
@@ -19,8 +19,8 @@ enum class OnInvalid
 struct Encoding
 {
     OnInvalid onInvalid = OnInvalid::Replace;
-    bool bestFit = true;                // a similar character may stand in for one that the page lacks
-    std::string_view replacement = "?"; // for characters that have no place in the page
+    bool bestFit = true;                // whether similar characters may replace characters that the page lacks
+    std::string_view replacement = "?"; // for characters that the page can't represent
 };
 
 struct EncodeResult
@@ -37,24 +37,24 @@ public:
     CodePage& operator=(const CodePage&) = delete;
     virtual ~CodePage() = default;
 
-    // False where the bytes are not text of this page and `onInvalid` refuses such bytes.
+    // Returns false if the bytes are invalid in this page and `onInvalid` refuses invalid bytes.
     virtual bool Decode(std::string_view bytes, OnInvalid onInvalid, WideOutput& out) const = 0;
     virtual EncodeResult Encode(std::wstring_view text, const Encoding& encoding, ByteOutput& out) const = 0;
 
-    // The flags that the two conversion calls take for this page.
+    // The flags that the two conversion functions accept for this page.
     virtual DWORD DecodeFlags() const = 0;
     virtual DWORD EncodeFlags() const = 0;
 
-    // Pages that can write every character have no replacement for the caller to choose.
+    // Pages that can represent every character don't accept a replacement from the caller.
     virtual bool TakesReplacement() const { return true; }
     virtual bool IsLeadByte(unsigned char) const { return false; }
 };
 
-// Null for a page that is not offered. CP_ACP, CP_OEMCP and CP_THREAD_ACP name the default pages. A page is made at
-// its first use and lives as long as the process; safe to call from any thread.
+// Returns null if the page is not supported. CP_ACP, CP_OEMCP and CP_THREAD_ACP name the default pages. A page is
+// created at its first use and kept until the process ends. Thread-safe.
 const CodePage* FindCodePage(UINT number);
 
-// The same question without making the page; the names of the default pages are no numbers of pages.
+// Checks for a page without creating it. The names of the default pages are not page numbers.
 bool IsCodePageOffered(UINT number);
 
 UINT DefaultCodePage();

@@ -20,7 +20,7 @@ namespace qxplatform
 namespace
 {
 
-// Pages of one table, by number.
+// Pages that consist of one table, by number.
 constexpr TablePageSource TABLE_PAGES[] = {
     {437, "ibm-437_P100-1995", BestFit::Latin},
     {737, "ibm-737_P100-1997", BestFit::Common},
@@ -69,7 +69,7 @@ constexpr TablePageSource TABLE_PAGES[] = {
     {28605, "ISO-8859-15", BestFit::Common},
 };
 
-// Pages that hold the characters of a page of the list above in another form.
+// Pages with the characters of a page above in another encoding.
 struct DerivedPageSource
 {
     UINT number;
@@ -114,7 +114,7 @@ std::unique_ptr<CodePage> MakeDerivedPage(const DerivedPageSource& source)
     return std::make_unique<ShiftedPage>(*source.rules, std::move(plane));
 }
 
-// One page, made when it is first asked for.
+// A page that is created at its first use.
 template <class Source>
 struct Slot
 {
@@ -134,7 +134,7 @@ struct Pages
     std::array<Slot<DerivedPageSource>, std::size(DERIVED_PAGES)> derived;
 };
 
-// Other modules' static objects convert text while the process ends.
+// Never destroyed: static objects of other modules convert text while the process ends.
 Pages& AllPages()
 {
     static constinit Forever<Pages> pages;

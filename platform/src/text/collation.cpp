@@ -19,9 +19,8 @@ namespace qxplatform
 namespace
 {
 
-// Where the system's order is not that of ICU's root: the signs of ASCII stand in the order of their codes, with the
-// mathematical ones behind, and ligatures are equal to the letters that they join. What a locale says of a letter
-// comes after these rules and so has its way.
+// Rules for the differences between the system's order and ICU's root: ASCII symbols are in code order, followed by the
+// mathematical ones, and ligatures equal the letters they join. Rules of the locale follow these and take precedence.
 constexpr const char16_t* SYSTEM_RULES =
     u"&' '<''''<'-'<'!'<'\"'<'#'<'$'<'%'<'&'<'('<')'<'*'<','<'.'<'/'<':'<';'<'?'<'@'"
     u"<'['<\\\\<']'<'^'<'_'<'`'<'{'<'|'<'}'<'~'<'+'<'<'<'='<'>'"
@@ -56,7 +55,7 @@ Collator MakeCollator(const std::string& icuLocale)
     return collator != nullptr ? std::move(collator) : OpenRules(SYSTEM_RULES);
 }
 
-// A collator may be used by several threads at once as long as nobody changes its attributes.
+// Several threads may use a collator at once as long as nobody changes its attributes.
 const UCollator* CollatorOf(const Locale& locale)
 {
     struct Known
@@ -86,12 +85,12 @@ bool IsMinorSign(wchar_t unit)
     return unit == L'\'' || unit == L'-';
 }
 
-// A text without its minor signs, and where these stood.
+// A text without its minor symbols, and their positions.
 struct Words
 {
     struct Sign
     {
-        std::size_t position; // in the text without signs
+        std::size_t position; // in the text without these symbols
         wchar_t unit;
     };
 
@@ -113,7 +112,7 @@ struct Words
     std::vector<Sign> signs;
 };
 
-// A sign sorts behind its absence, an earlier one behind a later one, a hyphen behind an apostrophe.
+// A symbol sorts after its absence, an earlier one after a later one, and a hyphen after an apostrophe.
 int CompareSigns(const std::vector<Words::Sign>& a, const std::vector<Words::Sign>& b)
 {
     const std::size_t common = std::min(a.size(), b.size());

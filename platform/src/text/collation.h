@@ -1,4 +1,4 @@
-// The order of texts in a locale.
+// Sort order of texts in a locale.
 #pragma once
 
 #include <string_view>
@@ -8,14 +8,14 @@
 namespace qxplatform
 {
 
-// Hyphens and apostrophes count only between texts that are otherwise equal ("word sort"), or as any other sign.
+// Hyphens and apostrophes either decide only between otherwise equal texts ("word sort") or count like other symbols.
 enum class Signs
 {
     WordSort,
     StringSort
 };
 
-// Below 0, 0 or above 0.
+// Returns a negative value, 0 or a positive value.
 int Collate(const Locale& locale, Signs signs, std::wstring_view a, std::wstring_view b);
 
 } // namespace qxplatform

@@ -24,7 +24,7 @@ std::wstring_view TextOf(LPCWSTR text, int length)
     return length < 0 ? std::wstring_view(text) : std::wstring_view(text, static_cast<std::size_t>(length));
 }
 
-// Only case is ignored: width, kana and accents still count, as they would not at a lower strength of collation.
+// Ignores only case. Width, kana and accents remain significant, unlike with a lower collation strength.
 std::vector<wchar_t> Fold(std::wstring_view text)
 {
     std::vector<wchar_t> folded(text.size());

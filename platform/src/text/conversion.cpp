@@ -1,4 +1,4 @@
-// The two conversion calls: arguments, flags and results. What a page does stands with the page.
+// The two conversion functions: arguments, flags and results. The pages do the conversion.
 
 #include <stringapiset.h>
 #include <winerror.h>
@@ -16,7 +16,7 @@ namespace
 
 using qxplatform::Fail;
 
-// The count of what was written or is needed, or 0 with the reason as last error.
+// Returns the count of written or required units, or 0 with a last error.
 template <class Unit>
 int Finish(const qxplatform::Output<Unit>& out, bool valid)
 {
@@ -29,7 +29,7 @@ int Finish(const qxplatform::Output<Unit>& out, bool valid)
     return static_cast<int>(out.Count());
 }
 
-// The caller's default character: one byte, or two where the first is a lead byte of the page.
+// Returns the caller's default character: one byte, or two if the first is a lead byte of the page.
 std::string_view Replacement(const qxplatform::CodePage& page, const char* defaultChar)
 {
     if (defaultChar == nullptr)

@@ -50,7 +50,7 @@ std::u16string PatternOfFields(const Locale& locale, std::u16string_view fields)
         });
 }
 
-// A letter of a CLDR pattern in the system's picture language; `count` times it stood there.
+// Returns a letter of a CLDR pattern, repeated `count` times, in the system's picture language.
 std::u16string PictureOf(char16_t letter, std::size_t count, DateStyle style)
 {
     switch (letter)
@@ -80,7 +80,7 @@ bool IsPatternLetter(char16_t unit)
     return (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z');
 }
 
-// Where the run of equal letters that begins at `begin` ends.
+// Returns the end of the run of equal letters that starts at `begin`.
 std::size_t EndOfRun(std::u16string_view text, std::size_t begin)
 {
     std::size_t end = begin + 1;
@@ -89,7 +89,7 @@ std::size_t EndOfRun(std::u16string_view text, std::size_t begin)
     return end;
 }
 
-// The first letter from `begin` on that stands for a part, that is outside quotes.
+// Returns the first letter from `begin` on that stands for a part of the date, outside quotes.
 std::size_t FindPart(std::u16string_view picture, std::size_t begin)
 {
     bool quoted = false;
@@ -118,7 +118,7 @@ std::u16string ToPicture(std::u16string_view pattern, DateStyle style)
     return picture;
 }
 
-// Texts that users type have plain blanks.
+// Texts typed by users contain plain blanks.
 std::u16string PlainBlanks(std::u16string text)
 {
     for (char16_t& unit : text)

@@ -1,4 +1,4 @@
-// How a locale writes dates and times, in the system's picture language: dd.MM.yyyy, h:mm:ss tt.
+// The date and time formats of a locale in the system's picture language: dd.MM.yyyy, h:mm:ss tt.
 #pragma once
 
 #include <string>
@@ -13,16 +13,16 @@ enum class DateStyle
 {
     Short,
     Long,
-    Numbers // of numbers alone, without fillers: what tells the order and the separator
+    Numbers // only numbers, without filler text; determines order and separator
 };
 
 std::u16string DatePicture(const Locale& locale, DateStyle style);
 std::u16string TimePicture(const Locale& locale);
 
-// What stands between the first two parts of a date, as "." in dd.MM.yyyy.
+// Returns the text between the first two parts of a date, such as "." in dd.MM.yyyy.
 std::u16string DateSeparatorOf(std::u16string_view picture);
 
-// What stands between hour and minute.
+// Returns the text between hour and minute.
 std::u16string TimeSeparatorOf(std::u16string_view picture);
 
 } // namespace qxplatform

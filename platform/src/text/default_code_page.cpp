@@ -1,4 +1,4 @@
-// The system's default code pages, which the environment tells.
+// The system's default code pages, determined by the environment.
 
 #include <winnls.h>
 
@@ -43,14 +43,14 @@ UINT FromEnvironment()
 
 } // namespace
 
-// Read once: the system's default page does not change under a running process either.
+// Read once: the system's default page doesn't change while a process runs either.
 UINT DefaultCodePage()
 {
     static constinit Forever<UINT> page;
     return page.Get(&FromEnvironment);
 }
 
-// The console page that the system pairs with each default page.
+// Returns the console page that the system combines with each default page.
 UINT DefaultOemCodePage()
 {
     switch (const UINT page = DefaultCodePage())

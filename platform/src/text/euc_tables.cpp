@@ -38,7 +38,7 @@ void SetPair(PageTables& tables, unsigned code, wchar_t unit)
         tables.exact[unit] = static_cast<std::uint16_t>(code);
 }
 
-// Row and column of the JIS plane, both from 0, to a code of page 932.
+// Converts row and column of the JIS plane, both from 0, to a code of page 932.
 unsigned ShiftJis(unsigned row, unsigned column)
 {
     const unsigned lead = row / 2 + (row < 62 ? 0x81 : 0xc1);
@@ -46,7 +46,7 @@ unsigned ShiftJis(unsigned row, unsigned column)
     return lead << 8 | trail;
 }
 
-// Best fits of the base page are kept where they lead into the plane.
+// Keeps the best fits of the base page that are in the plane.
 void FitLikeBase(const PageTables& base, PageTables& tables)
 {
     tables.fitted = tables.exact;

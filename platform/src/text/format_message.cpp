@@ -1,4 +1,4 @@
-// FormatMessageW: where the text comes from and where the result goes.
+// FormatMessageW: the sources of the text and the output buffers.
 
 #include <winbase.h>
 #include <winnls.h>
@@ -22,7 +22,7 @@ DWORD Failed(DWORD error)
     return static_cast<DWORD>(Fail(error));
 }
 
-// The system's texts exist in English, which any default stands for.
+// The system messages exist in English, which is used for every default language.
 bool IsLanguageOfSystemMessages(DWORD language)
 {
     const WORD primary = PRIMARYLANGID(language);
@@ -55,7 +55,7 @@ DWORD FindMessage(DWORD flags, LPCVOID source, DWORD code, DWORD language, std::
     return ERROR_INVALID_PARAMETER;
 }
 
-// For the caller to free by LocalFree.
+// The caller frees the text with LocalFree.
 DWORD GiveAllocated(const std::u16string& text, LPWSTR* target, DWORD minimum)
 {
     const std::size_t size = std::max<std::size_t>(text.size() + 1, minimum);

@@ -1,4 +1,4 @@
-// How ICU hands out texts, for those who ask it for a locale's data.
+// Helpers to retrieve texts from ICU.
 #pragma once
 
 #include <unicode/udat.h>
@@ -21,7 +21,7 @@ struct CloseDateFormat
 };
 using DateFormat = std::unique_ptr<UDateFormat, CloseDateFormat>;
 
-// ICU's habit of filling buffers: what does not fit counts as nothing, since nothing here is that long.
+// Calls an ICU function with a buffer. Texts that don't fit count as empty, since no text here is that long.
 template <class Call>
 std::u16string IcuText(Call call)
 {
@@ -33,7 +33,7 @@ std::u16string IcuText(Call call)
     return {buffer, static_cast<std::size_t>(length)};
 }
 
-// ICU's name of the data that a locale has.
+// Returns ICU's name for the data of a locale.
 std::string IcuName(const Locale& locale);
 
 } // namespace qxplatform

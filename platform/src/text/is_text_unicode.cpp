@@ -1,4 +1,4 @@
-// A guess whether bytes are UTF-16.
+// Guesses whether bytes are UTF-16.
 
 #include <winbase.h>
 
@@ -8,7 +8,7 @@
 namespace
 {
 
-// As much as the system looks at for its counts.
+// The part that the system examines for its statistics.
 constexpr std::size_t SAMPLE = 256;
 
 struct Units
@@ -45,8 +45,8 @@ int CountedTests(const Units& units)
         if (IsControl(Reversed(unit)))
             result |= IS_TEXT_UNICODE_REVERSE_CONTROLS;
     }
-    // Most characters of most texts are Latin letters, blanks and digits, with a zero in one of their bytes; 8-bit
-    // text has no zeros.
+    // Most characters of most texts are Latin letters, blanks and digits, with a zero in one of their bytes; 8-bit text
+    // has no zeros.
     if (latin * 2 > count)
         result |= IS_TEXT_UNICODE_STATISTICS;
     if (reversedLatin * 2 > count)
@@ -74,7 +74,7 @@ int WholeTests(const Units& units)
 int AllTests(const unsigned char* bytes, std::size_t size)
 {
     const Units units{bytes, size / 2};
-    // A lone ASCII character and its zero byte tell nothing.
+    // A single ASCII character with its zero byte proves nothing.
     if (units.count == 0 || (size == 2 && units[0] <= 0x7f))
         return 0;
     return CountedTests(units) | WholeTests(units);

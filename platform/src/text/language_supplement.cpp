@@ -87,7 +87,7 @@ constexpr LanguageSupplement SUPPLEMENTS[] = {
 
 constexpr LanguageSupplement NONE;
 
-// "iu" and "iu_Cans" are names for iu_Cans_CA, "i" is none.
+// "iu" and "iu_Cans" match iu_Cans_CA, "i" doesn't.
 bool IsLanguageOf(std::string_view language, std::string_view locale)
 {
     return locale.starts_with(language) && (locale.size() == language.size() || locale[language.size()] == '_');

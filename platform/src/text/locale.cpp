@@ -28,7 +28,7 @@ struct NamedLocale
     const char* icu;
 };
 
-// Where the system's name or number is not what ICU makes of the other.
+// Locales for which ICU's conversion between name and identifier differs from the system.
 constexpr NamedLocale NAMED_APART[] = {
     {0x0404, "zh-TW", "zh_Hant_TW"},
     {0x040a, "es-ES_tradnl", "es_ES@collation=traditional"},
@@ -47,7 +47,7 @@ constexpr NamedLocale NAMED_APART[] = {
     {0x1004, "zh-SG", "zh_Hans_SG"},
     {0x1404, "zh-MO", "zh_Hant_MO"},
     {0x4c09, "en-AE", "en_AE"},
-    // other orders of sorting
+    // alternate sort orders
     {0x00010407, "de-DE_phoneb", "de_DE@collation=phonebook"},
     {0x0001040e, "hu-HU_technl", "hu_HU@collation=standard"},
     {0x00010437, "ka-GE_modern", "ka_GE@collation=standard"},
@@ -82,7 +82,7 @@ std::string Part(const std::string& icu, std::int32_t (*part)(const char*, char*
         [&](char* buffer, std::int32_t size, UErrorCode* status) { return part(icu.c_str(), buffer, size, status); });
 }
 
-// ICU knows a language if it has a name for it in English that is not just its code.
+// ICU has a language if its English name for it is not just the code.
 bool IsKnownLanguage(const std::string& icu)
 {
     const std::string language = Part(icu, uloc_getLanguage);
@@ -101,7 +101,7 @@ std::string WithRegion(const std::string& icu)
     return Part(icu, uloc_getLanguage) + (script.empty() ? "" : "_" + script) + "_" + Part(likely, uloc_getCountry);
 }
 
-// A number that ICU gives only for the language does not name the locale.
+// An identifier that ICU returns only for the language doesn't identify the locale.
 LCID NumberOf(const std::string& icu)
 {
     const LCID lcid = uloc_getLCID(icu.c_str());
@@ -133,7 +133,7 @@ Locale FromEnvironment(const char* category)
     return IsKnownLanguage(icu) ? FromIcuName(icu) : Locale{"en_US", "en-US", AMERICAN_ENGLISH};
 }
 
-// Locales that were asked for, kept since callers get pointers to them.
+// Cache of locales, because callers receive pointers to them.
 template <class Key>
 class KnownLocales
 {
@@ -155,7 +155,7 @@ public:
 
 private:
     Mutex _mutex;
-    std::map<Key, Locale> _locales; // whose elements stay where they are
+    std::map<Key, Locale> _locales; // elements don't move
 };
 
 std::optional<Locale> MakeByNumber(LCID lcid)
@@ -165,7 +165,7 @@ std::optional<Locale> MakeByNumber(LCID lcid)
             return Locale{row.icu, row.name, row.lcid};
     const std::string icu = Text([lcid](char* buffer, std::int32_t size, UErrorCode* status)
         { return uloc_getLocaleForLCID(lcid, buffer, size, status); });
-    // ICU answers for an unknown region of a known language with the language, and so for its orders of sorting.
+    // For an unknown region of a known language ICU returns the language; likewise for its sort orders.
     const bool isRegion = SUBLANGID(lcid) != SUBLANG_NEUTRAL && SORTIDFROMLCID(lcid) == SORT_DEFAULT;
     const bool isUnknownRegion = isRegion && Part(icu, uloc_getCountry).empty();
     if (icu.empty() || isUnknownRegion || !IsKnownLanguage(icu))

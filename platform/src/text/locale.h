@@ -1,4 +1,4 @@
-// Locales by the system's names and numbers, with ICU's name for what stands behind them.
+// Locales by the system's names and identifiers, with ICU's name.
 #pragma once
 
 #include <minwindef.h>
@@ -12,21 +12,21 @@ namespace qxplatform
 struct Locale
 {
     std::string icu;  // "de_DE"; empty for the invariant locale
-    std::string name; // the system's: "de-DE"
-    LCID lcid;        // LOCALE_CUSTOM_UNSPECIFIED for one that has no number of its own
+    std::string name; // the system's name: "de-DE"
+    LCID lcid;        // LOCALE_CUSTOM_UNSPECIFIED if it has no identifier of its own
 };
 
-// Those of the environment: LC_ALL, LC_TIME, LANG, and LC_ALL, LC_MESSAGES, LANG for the language of texts. en-US where
-// these name none.
+// The locales in the environment: LC_ALL, LC_TIME, LANG, and for the UI language LC_ALL, LC_MESSAGES, LANG. en-US if
+// these specify none.
 const Locale& UserLocale();
 const Locale& UserInterfaceLocale();
 
-// Null for what is no locale. The defaults count as the user's; a language alone gives its main region. The results
-// live as long as the process.
+// Return null if there is no such locale. The default identifiers refer to the user's locale; a language alone refers
+// to its main region. The results are valid until the process ends.
 const Locale* FindLocale(LCID lcid);
 const Locale* FindLocale(std::string_view name);
 
-// A null name is the user's locale, an empty one the invariant locale.
+// A null name is the user's locale, an empty name the invariant locale.
 const Locale* FindLocale(const wchar_t* name);
 
 } // namespace qxplatform

@@ -16,14 +16,14 @@ namespace
 
 constexpr CodePages UNICODE_ONLY{CP_ACP, CP_OEMCP};
 
-// By the beginning of the locale's name; the longest row that fits counts.
+// Keyed by a prefix of the locale's name; the longest matching row is used.
 struct ByName
 {
     std::string_view beginning;
     CodePages pages;
 };
 constexpr ByName BY_NAME[] = {
-    // central Europe
+    // Central Europe
     {"bs", {1250, 852}},
     {"cs", {1250, 852}},
     {"hr", {1250, 852}},
@@ -35,16 +35,16 @@ constexpr ByName BY_NAME[] = {
     {"sq", {1250, 852}},
     {"sr", {1250, 852}},
     {"tk", {1250, 852}},
-    // the Baltic
+    // the Baltic states
     {"et", {1257, 775}},
     {"lt", {1257, 775}},
     {"lv", {1257, 775}},
-    // Turkic languages in Latin letters
+    // Turkic languages in Latin script
     {"az", {1254, 857}},
     {"tr", {1254, 857}},
     {"uz", {1254, 857}},
     {"vi", {1258, 1258}},
-    // those of American consoles
+    // locales with American console pages
     {"en-029", {1252, 850}},
     {"en-IN", {1252, 437}},
     {"en-MY", {1252, 437}},
@@ -62,7 +62,7 @@ constexpr ByName BY_NAME[] = {
     {"rw", {1252, 437}},
     {"sw", {1252, 437}},
     {"yo", {1252, 437}},
-    // Latin letters and others, of which no page has all
+    // Latin letters plus others that no page contains completely
     {"en-AE", UNICODE_ONLY},
     {"mi", UNICODE_ONLY},
     {"mt", UNICODE_ONLY},
@@ -71,7 +71,7 @@ constexpr ByName BY_NAME[] = {
     {"st", UNICODE_ONLY},
     {"ts", UNICODE_ONLY},
     {"ve", UNICODE_ONLY},
-    // those that came to the system when it had Unicode
+    // languages added when the system already had Unicode
     {"kk", UNICODE_ONLY},
     {"ps", UNICODE_ONLY},
     {"yi", UNICODE_ONLY},
@@ -105,7 +105,7 @@ std::string ScriptOf(const Locale& locale)
     return U_SUCCESS(status) ? script : "";
 }
 
-// Whether `name` is `beginning` or goes on from it with a hyphen.
+// Returns true if `name` equals `beginning`, or continues with a hyphen.
 bool BeginsWith(std::string_view name, std::string_view beginning)
 {
     return name.substr(0, beginning.size()) == beginning &&
@@ -117,7 +117,7 @@ CodePages OfScript(const std::string& script)
     for (const ByScript& row : BY_SCRIPT)
         if (row.script == script)
             return row.pages;
-    // Languages that are in no list of ICU's get its answer for Latin letters, or none.
+    // Languages in none of ICU's lists get its result for Latin script, or none.
     return script.empty() ? CodePages{1252, 850} : UNICODE_ONLY;
 }
 
@@ -129,7 +129,7 @@ CodePages CodePagesOf(const Locale& locale)
         return {1252, 437};
     const std::string script = ScriptOf(locale);
     CodePages pages = OfScript(script);
-    // South-east Europe's Cyrillic has a console page of its own.
+    // Cyrillic in South-east Europe has its own console page.
     if (script == "Cyrl" && (BeginsWith(locale.name, "sr") || BeginsWith(locale.name, "bs")))
         pages.oem = 855;
     const bool isLatin = script == "Latn";
@@ -181,7 +181,7 @@ LGRPID LanguageGroupOf(const Locale& locale)
     default:
         return LGRPID_WESTERN_EUROPE;
     }
-    // Without a code page the letters tell.
+    // Without a code page, the script decides.
     const std::string script = ScriptOf(locale);
     if (script == "Geor")
         return LGRPID_GEORGIAN;

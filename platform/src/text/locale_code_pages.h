@@ -1,4 +1,4 @@
-// The code pages that the system has for the 8-bit text of a locale.
+// The system's code pages for 8-bit text in a locale.
 #pragma once
 
 #include <winnls.h>
@@ -10,13 +10,13 @@ namespace qxplatform
 
 struct CodePages
 {
-    unsigned ansi; // CP_ACP for a locale that has Unicode only
-    unsigned oem;  // CP_OEMCP for such a one
+    unsigned ansi; // CP_ACP for a Unicode-only locale
+    unsigned oem;  // CP_OEMCP for a Unicode-only locale
 };
 
 CodePages CodePagesOf(const Locale& locale);
 
-// The group of languages that a locale belongs to: one of the LGRPID_ constants.
+// Returns the language group of a locale, an LGRPID_ constant.
 LGRPID LanguageGroupOf(const Locale& locale);
 
 } // namespace qxplatform

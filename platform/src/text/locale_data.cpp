@@ -26,7 +26,7 @@ struct CloseBundle
 };
 using Bundle = std::unique_ptr<UResourceBundle, CloseBundle>;
 
-// Languages without data of their own that get those of their kin, as the system gives them.
+// Languages without data that use the data of a related language, as on the system.
 struct Kin
 {
     std::string_view language;
@@ -34,7 +34,7 @@ struct Kin
 };
 constexpr Kin KIN[] = {{"sma", "se"}, {"smj", "se"}, {"sms", "se"}};
 
-// For a language without data ICU answers with those of the process's own, so that has to be told apart.
+// For a language without data ICU returns the data of the process's own locale. This detects that case.
 bool HasData(const std::string& icu)
 {
     UErrorCode status = U_ZERO_ERROR;
@@ -77,7 +77,7 @@ Bundle Child(const Bundle& bundle, const char* key)
     return U_SUCCESS(status) ? std::move(child) : nullptr;
 }
 
-// The bundle of a name itself, without what its parents add.
+// Opens the bundle of a name without the data inherited from its parents.
 Bundle OpenOwnData(const std::string& name)
 {
     UErrorCode status = U_ZERO_ERROR;
@@ -95,7 +95,7 @@ std::u16string TextAt(const Bundle& bundle, std::int32_t index)
                                                 : std::u16string();
 }
 
-// The name whose data stand behind those of `name`; "root" behind all.
+// Returns the name from which `name` inherits; "root" for the last one.
 std::string ParentOf(const std::string& name, const Bundle& bundle)
 {
     UErrorCode status = U_ZERO_ERROR;
@@ -126,7 +126,7 @@ std::u16string Display(const Locale& locale, const Locale& in,
     return isCode ? ask("en", isCode) : name;
 }
 
-// ICU knows the money of countries only.
+// ICU has currencies only for countries.
 struct CurrencyOfPart
 {
     std::u16string_view part;
@@ -149,13 +149,13 @@ bool IsVowel(char16_t letter)
     return std::u16string_view(u"aeiou").find(letter) != std::u16string_view::npos;
 }
 
-// The country that the system calls by half its name.
+// The system omits the first part of this country's name.
 constexpr std::u16string_view SOUTH_KOREA = u"South Korea";
 
 } // namespace
 
-// The invariant locale is American English without its region's habits, and ICU's nearest to that is POSIX English.
-// What has no data and no kin gets those that all locales begin with.
+// The invariant locale is American English without regional conventions; ICU's closest locale is POSIX English. A
+// locale without data or a related language gets the root's data.
 std::string IcuName(const Locale& locale)
 {
     if (locale.icu.empty())
@@ -164,7 +164,7 @@ std::string IcuName(const Locale& locale)
     for (const Kin& row : KIN)
         if (row.language == language)
             return row.data;
-    const std::string name = locale.icu.substr(0, locale.icu.find('@')); // an order of sorting has no data of its own
+    const std::string name = locale.icu.substr(0, locale.icu.find('@')); // a sort order has no data of its own
     return HasData(name) ? name : "root";
 }
 
@@ -197,7 +197,7 @@ std::u16string EraName(const Locale& locale)
     return Symbol(locale, UDAT_ERAS, 1);
 }
 
-// The abbreviated form, which ICU's own interfaces pass over.
+// Returns the abbreviated form, which ICU's own functions ignore.
 std::u16string DayHalfName(const Locale& locale, bool afternoon)
 {
     if (const char16_t* const own = SupplementOf(locale).halves[afternoon ? 1 : 0])
@@ -220,14 +220,14 @@ std::u16string DecimalSeparator(const Locale& locale)
     return NumberSymbol(locale, UNUM_DECIMAL_SEPARATOR_SYMBOL);
 }
 
-// Narrow blanks are the plain no-break ones in the system's data.
+// The system's data has plain no-break blanks instead of narrow ones.
 std::u16string GroupSeparator(const Locale& locale)
 {
     const std::u16string separator = NumberSymbol(locale, UNUM_GROUPING_SEPARATOR_SYMBOL);
     return separator == u"\u202f" ? u"\u00a0" : separator;
 }
 
-// The sign by which a currency is known at home, without what tells it from the same sign of others.
+// Returns the currency's symbol in its own country, without the prefix that distinguishes it from other currencies.
 std::u16string CurrencySymbol(const Locale& locale)
 {
     const std::u16string code = CurrencyCode(locale);
@@ -259,7 +259,7 @@ std::u16string RegionName(const Locale& locale, const Locale& in)
     return name == SOUTH_KOREA ? u"Korea" : std::move(name);
 }
 
-// The system's own name has it: its codes for Dari and Quechua are not ICU's.
+// Derived from the system's name, because its codes for Dari and Quechua differ from ICU's.
 std::u16string LanguageCode(const Locale& locale)
 {
     const std::string_view code = std::string_view(locale.name).substr(0, locale.name.find('-'));
@@ -275,7 +275,7 @@ std::u16string RegionCode(const Locale& locale)
     return U_SUCCESS(status) ? std::u16string(code, code + length) : std::u16string();
 }
 
-// Parts of the world have their number in either form.
+// World regions have their number in both forms.
 std::u16string LetterRegionCode(const Locale& locale)
 {
     const std::string_view code = uloc_getISO3Country(locale.icu.c_str());

@@ -1,4 +1,4 @@
-// Numbers and names of locales.
+// Identifiers and names of locales.
 
 #include <winnls.h>
 #include <winnt.h>
@@ -43,7 +43,7 @@ LANGID WINAPI GetUserDefaultUILanguage(void)
     return LanguageId(UserInterfaceLocale());
 }
 
-// The environment knows no other settings for the system than for the user, and none for a thread.
+// The environment doesn't distinguish between system and user settings and has none for threads.
 LCID WINAPI GetSystemDefaultLCID(void)
 {
     return UserLocale().lcid;

@@ -1,4 +1,4 @@
-// GetLocaleInfoW: one table from the type of information to what gives it.
+// GetLocaleInfoW: one table that maps information types to functions.
 
 #include <winnls.h>
 
@@ -25,7 +25,7 @@ struct InfoType
 {
     LCTYPE type;
     std::u16string (*text)(const Locale& locale);
-    DWORD (*number)(const Locale& locale) = nullptr; // for types that LOCALE_RETURN_NUMBER can ask for
+    DWORD (*number)(const Locale& locale) = nullptr; // for types that support LOCALE_RETURN_NUMBER
 };
 
 const Locale& English()
@@ -100,7 +100,7 @@ std::u16string MonthNamed(const Locale& locale)
     return MonthName(locale, Month, Abbreviated);
 }
 
-// A list separator has to differ from the decimal one.
+// The list separator must differ from the decimal separator.
 std::u16string ListSeparator(const Locale& locale)
 {
     return DecimalSeparator(locale) == u"," ? u";" : u",";
@@ -226,7 +226,7 @@ constexpr InfoType TYPES[] = {
     {LOCALE_IDEFAULTANSICODEPAGE, Decimal<AnsiCodePage>, AnsiCodePage},
 };
 
-// What the invariant locale has otherwise than American English.
+// The values of the invariant locale that differ from American English.
 struct InvariantText
 {
     LCTYPE type;
@@ -260,7 +260,7 @@ std::u16string MakeText(const Locale& locale, const InfoType& type)
     return type.text(locale);
 }
 
-// Made once for each locale and type: ICU takes its time, and none of it changes.
+// Cached for each locale and type: ICU is slow, and the values don't change.
 const std::u16string& TextOf(const Locale& locale, const InfoType& type)
 {
     struct Known

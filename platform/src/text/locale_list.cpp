@@ -1,4 +1,4 @@
-// The lists of locales: all, and by the groups of languages.
+// Enumeration of locales: all of them, and by language group.
 
 #include <winnls.h>
 #include <winnt.h>
@@ -24,12 +24,12 @@ struct ListedLocale
     LGRPID group;
 };
 
-// Numbers of languages that exist lie below this, and so do those of their regions.
+// Upper limits of the language and region numbers in use.
 constexpr WORD MOST_LANGUAGES = 0xa0;
 constexpr WORD MOST_REGIONS = 0x20;
 
-// Numbers that ICU knows beside the system's: of former countries, and of regions and scripts that never got into its
-// list.
+// Identifiers known to ICU but not listed by the system: former countries, and regions and scripts that were never
+// added to its list.
 constexpr LCID NOT_LISTED[] = {0x045f, 0x0460, 0x0469, 0x0479, 0x0493, 0x0812, 0x081a, 0x0851, 0x0c1a, 0x105f};
 
 bool IsListed(LCID lcid)
@@ -39,7 +39,7 @@ bool IsListed(LCID lcid)
            std::find(std::begin(NOT_LISTED), std::end(NOT_LISTED), lcid) == std::end(NOT_LISTED);
 }
 
-// Those that have a number, ascending. A language without its region is no locale of its own.
+// Locales with an identifier, ascending. A language without a region is not listed.
 const std::vector<ListedLocale>& AllLocales()
 {
     static constinit Forever<std::vector<ListedLocale>> list;
@@ -85,7 +85,7 @@ constexpr LanguageGroup GROUPS[] = {
     {LGRPID_ARMENIAN, u"11", u"Armenian"},
 };
 
-// Callbacks get texts that they might write to.
+// Copies a text for a callback, which might modify it.
 template <std::size_t Size>
 void Fill(wchar_t (&buffer)[Size], std::u16string_view text)
 {
@@ -109,7 +109,7 @@ bool AreWrongFlags(DWORD flags, DWORD installed, DWORD supported)
 
 } // namespace
 
-// Every locale that is supported is installed.
+// All supported locales are installed.
 BOOL WINAPI EnumSystemLocalesW(LOCALE_ENUMPROCW lpLocaleEnumProc, DWORD dwFlags)
 {
     if (lpLocaleEnumProc == nullptr)

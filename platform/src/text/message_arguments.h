@@ -13,7 +13,7 @@ namespace qxplatform
 class MessageArguments
 {
 public:
-    static constexpr unsigned MAX_STARS = 2; // for width and precision, which stand in front of a value
+    static constexpr unsigned MAX_STARS = 2; // for width and precision, which precede a value
 
     struct Insert
     {
@@ -21,8 +21,8 @@ public:
         DWORD_PTR value;
     };
 
-    // Null if there are no arguments. The list is read as far as numbers ask for, since only the message knows how many
-    // there are.
+    // Null if there are no arguments. The list is read only as far as the message refers to it, because only the
+    // message determines their number.
     explicit MessageArguments(va_list* list) : _list(list) {}
 
     bool Any() const { return _list != nullptr; }
@@ -39,8 +39,8 @@ public:
 private:
     static constexpr unsigned MAX_NUMBER = 99;
 
-    // As documented by example, the one in front of an insert's others has the insert's number only until the next is
-    // read: "%1!*.*s! %3" names the first and the fourth.
+    // As in the documented example, an argument before an insert's other arguments has the insert's number only until
+    // the next one is read: "%1!*.*s! %3" refers to the first and the fourth argument.
     DWORD_PTR FromList(unsigned number, unsigned behind)
     {
         if (behind == 0)

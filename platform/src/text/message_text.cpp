@@ -13,7 +13,7 @@ namespace qxplatform
 namespace
 {
 
-// No insert with a format of its own needs more; one that asks for more by its width gets an error.
+// Sufficient for inserts with a format; an insert whose width exceeds it produces an error.
 constexpr std::size_t MAX_FORMATTED = 0x10000;
 
 bool IsDigit(char16_t unit)
@@ -21,8 +21,8 @@ bool IsDigit(char16_t unit)
     return unit >= u'0' && unit <= u'9';
 }
 
-// The form of a formatter's conversion for which an insert may ask. What an argument is read as depends on it, so
-// nothing else reaches the formatter.
+// The form of formatter conversions that inserts may use. It determines the type as which an argument is read, so
+// nothing else is passed to the formatter.
 class InsertFormat
 {
 public:
@@ -111,7 +111,7 @@ private:
 
     void PutBreak() { _out += u"\r\n"; }
 
-    // In the text itself a line may be broken in each system's way.
+    // The text itself may contain line breaks of any system.
     void PutBreakOfText(char16_t unit)
     {
         if (unit == u'\r' && !_rest.empty() && _rest[0] == u'\n')
@@ -132,7 +132,7 @@ private:
             if (_withInserts)
                 PutInsert();
             else
-                _out += u'%'; // and the number follows as plain text
+                _out += u'%'; // the number follows as plain text
             return;
         }
         _rest.remove_prefix(1);
@@ -155,7 +155,7 @@ private:
         }
     }
 
-    // "%%", "%.", "%!" and "% " stand for what follows the percent sign, and stay whole where inserts do.
+    // "%%", "%.", "%!" and "% " stand for the second character. They are kept unchanged if inserts are.
     void PutLiteral(char16_t unit)
     {
         if (!_withInserts)

@@ -1,4 +1,4 @@
-// A message's text with its escapes and inserts put in.
+// Expands escapes and inserts in a message.
 #pragma once
 
 #include <minwindef.h>
@@ -11,7 +11,7 @@
 namespace qxplatform
 {
 
-// Without inserts their numbers stay as they are in the text. The result is the system's error code.
+// Without inserts, their numbers remain in the text. Returns a system error code.
 DWORD ExpandMessage(std::u16string_view text, bool withInserts, MessageArguments& arguments, std::u16string& expanded);
 
 } // namespace qxplatform

@@ -1,4 +1,4 @@
-// Where a conversion writes: the caller's buffer as far as it goes, and a count of all that there was to write.
+// The output of a conversion: writes to the caller's buffer as far as it reaches, and counts all units.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +11,7 @@ template <class Unit>
 class Output
 {
 public:
-    // A size of 0 only counts, which is how callers ask for the room that they need.
+    // With a size of 0 it only counts, which is how callers query the required size.
     Output(Unit* buffer, std::size_t size) : _buffer(buffer), _size(size) {}
 
     void Put(Unit unit)
@@ -21,7 +21,7 @@ public:
         ++_count;
     }
 
-    // For runs whose output has the input's length: the room is tested here once.
+    // For runs with equal input and output length: the available room is checked once.
     template <class Source, class Convert>
     void PutAll(const Source* source, std::size_t length, Convert convert)
     {

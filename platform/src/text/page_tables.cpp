@@ -20,10 +20,10 @@ struct Amendment
 {
     UINT page;
     unsigned char byte;
-    wchar_t unit; // UNDEFINED: the byte counts as undefined in the system's page
+    wchar_t unit; // UNDEFINED if the byte is undefined in the system's page
 };
 
-// Where the system's page differs from ICU's. The four pages of seven bits are the national forms of ISO 646.
+// Differences between the system's pages and ICU's. The four 7-bit pages are the national variants of ISO 646.
 constexpr Amendment AMENDMENTS[] = {
     {437, 0xe6, 0x00b5},
     {852, 0xaa, 0x00ac},
@@ -76,7 +76,7 @@ constexpr Amendment AMENDMENTS[] = {
 
 constexpr wchar_t FIRST_PRIVATE = 0xe000;
 constexpr wchar_t LAST_PRIVATE = 0xf8ff;
-constexpr wchar_t KATAKANA_MIDDLE_DOT = 0x30fb; // page 932's character for what means nothing
+constexpr wchar_t KATAKANA_MIDDLE_DOT = 0x30fb; // represents invalid bytes in page 932
 
 class Converter
 {
@@ -92,7 +92,7 @@ public:
         ucnv_setFallback(_converter.get(), false);
     }
 
-    // False where the installed ICU data lack the converter.
+    // Returns false if the installed ICU data lacks the converter.
     bool IsOpen() const { return _converter != nullptr; }
 
     bool IsDoubleByte() const { return ucnv_getMaxCharSize(_converter.get()) == 2; }
@@ -114,7 +114,7 @@ public:
         return U_SUCCESS(status) && count == 1 ? static_cast<wchar_t>(units[0]) : UNDEFINED;
     }
 
-    // 0 for none. Codes of more than two bytes do not occur in the pages that are asked for.
+    // Returns 0 if there is no such code. The supported code pages have no codes longer than two bytes.
     std::uint16_t ToCode(wchar_t unit) const
     {
         UErrorCode status = U_ZERO_ERROR;
@@ -136,7 +136,7 @@ public:
         std::uint16_t code;
     };
 
-    // What the converter writes for characters that it does not read back as such.
+    // Returns what the converter writes for characters that it doesn't decode.
     std::vector<Fallback> Fallbacks()
     {
         UErrorCode status = U_ZERO_ERROR;
@@ -181,7 +181,7 @@ wchar_t SingleByte(const TablePageSource& source, const Converter& converter, un
     for (const Amendment& amendment : AMENDMENTS)
         if (amendment.page == source.number && amendment.byte == byte)
             return amendment.unit;
-    // ICU's console pages swap some control characters, as a mainframe wants them.
+    // ICU's console pages swap some control characters for mainframes.
     if (byte < 0x20 || byte == 0x7f)
         return byte;
     const char text = static_cast<char>(byte);
@@ -220,7 +220,8 @@ void ReadPairs(const Converter& converter, PageTables& tables)
     }
 }
 
-// The lowest code of a unit stands for it, unless ICU knows better (page 932 has characters at up to three places).
+// A unit is encoded as its lowest code, unless ICU prefers another one (page 932 has characters at up to three
+// positions).
 void Invert(const Converter& converter, PageTables& tables)
 {
     tables.exact.assign(PageTables::UNITS, 0);

@@ -1,4 +1,4 @@
-// Makes the tables of a page from ICU's converter and what the system does otherwise.
+// Builds the tables of a page from ICU's converter and the system's differences.
 #pragma once
 
 #include <minwindef.h>
@@ -16,12 +16,12 @@ struct TablePageSource
     UINT number;
     const char* converter; // ICU's name
     BestFit bestFit;
-    // The bytes that the page leaves undefined become characters of the private use area from here on; 0 where ICU's
-    // table has no such bytes.
+    // Undefined bytes of the page are mapped to private use characters starting here; 0 if ICU's table has no undefined
+    // bytes.
     wchar_t undefinedFrom = 0;
 };
 
-// Nothing where the installed ICU lacks the converter.
+// Empty if the installed ICU lacks the converter.
 std::optional<PageTables> MakePageTables(const TablePageSource& source);
 
 } // namespace qxplatform

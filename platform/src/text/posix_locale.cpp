@@ -14,7 +14,7 @@ struct ScriptModifier
     const char* script;
 };
 
-// Modifiers that name a script. The others (@euro, @valencia) don't change what is asked of a locale here.
+// Modifiers that specify a script. Other modifiers (@euro, @valencia) have no effect here.
 constexpr ScriptModifier SCRIPTS[] = {{"latin", "Latn"}, {"cyrillic", "Cyrl"}, {"devanagari", "Deva"}};
 
 struct NameParts
@@ -25,7 +25,7 @@ struct NameParts
     std::string_view modifier;
 };
 
-// Cuts `text` at the first `separator` and gives what stood behind it.
+// Truncates `text` at the first `separator` and returns the text after it.
 std::string_view CutAt(std::string_view& text, char separator)
 {
     const std::size_t position = text.find(separator);

@@ -1,4 +1,4 @@
-// What the environment says of locales: names such as de_DE.UTF-8@euro.
+// Locales in the environment: names such as de_DE.UTF-8@euro.
 #pragma once
 
 #include <string>
@@ -7,14 +7,14 @@
 namespace qxplatform
 {
 
-// The value for a category (LC_CTYPE, LC_TIME, LC_MESSAGES): that of the first variable of LC_ALL, the category's own
-// and LANG that is set and not empty; else an empty text.
+// Returns the value for a category (LC_CTYPE, LC_TIME, LC_MESSAGES): the first nonempty variable of LC_ALL, the
+// category's own and LANG, or an empty text.
 std::string PosixLocaleOf(std::string_view category);
 
-// The encoding's part of a name, as written; empty if there is none.
+// Returns the encoding in a name as written, or an empty text.
 std::string_view EncodingOfPosixLocale(std::string_view posixName);
 
-// As ICU names it: de_DE, sr_Latn_RS. Empty for "C", "POSIX" and an empty name.
+// Returns ICU's name: de_DE, sr_Latn_RS. Empty for "C", "POSIX" and an empty name.
 std::string IcuNameOfPosixLocale(std::string_view posixName);
 
 } // namespace qxplatform

@@ -49,7 +49,7 @@ bool IsHalfWidthKatakana(wchar_t unit)
     return unit >= 0xff61 && unit <= 0xff9f;
 }
 
-// Half-width katakana as full-width ones; a sound mark joins the letter before it.
+// Converts half-width katakana to full-width; a sound mark is combined with the preceding letter.
 std::vector<wchar_t> WidenKatakana(std::wstring_view text)
 {
     UErrorCode status = U_ZERO_ERROR;
@@ -65,7 +65,7 @@ std::vector<wchar_t> WidenKatakana(std::wstring_view text)
             widened.push_back(text[i++]);
             continue;
         }
-        // Composition only joins units, so the run never grows by it.
+        // Composition never increases the number of units.
         const std::size_t start = widened.size();
         widened.resize(start + (end - i) * 2);
         const std::int32_t length = unorm2_normalize(composition, reinterpret_cast<const UChar*>(text.data() + i),
@@ -137,7 +137,7 @@ bool ShiftedPage::Decode(std::string_view bytes, OnInvalid, WideOutput& out) con
         const CharacterSet current = set == CharacterSet::Ascii && byte >= 0x80 ? _eightBitSet : set;
         if (!isGraphic || current == CharacterSet::Ascii)
         {
-            // A line's end also ends what was shifted to: senders forget the escape.
+            // A line end resets the character set, because senders forget the escape.
             if (byte == '\n')
                 set = CharacterSet::Ascii;
             out.Put(byte < 0x80 ? static_cast<wchar_t>(byte) : _plane.undefinedCharacter);

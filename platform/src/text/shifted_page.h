@@ -1,4 +1,4 @@
-// Code pages of seven bits that change between sets by escape sequences: ISO 2022 and HZ.
+// 7-bit code pages that switch character sets with escape sequences: ISO 2022 and HZ.
 #pragma once
 
 #include "text/table_page.h"
@@ -22,11 +22,11 @@ struct ShiftSequence
 struct ShiftRules
 {
     std::array<ShiftSequence, 8> readable; // an empty sequence ends the list
-    std::string_view toAscii;              // what is written, also at the end of a text
+    std::string_view toAscii;              // written to return to ASCII, also at the end of a text
     std::string_view toDoubleByte;
-    std::string_view toKatakana; // empty: half-width katakana are written as full-width ones
-    std::string_view header;     // stands in front of every text
-    bool tildeEscapes = false;   // "~~" is a tilde, and "~" in front of a line feed joins lines
+    std::string_view toKatakana; // empty if half-width katakana are written as full-width ones
+    std::string_view header;     // precedes every text
+    bool tildeEscapes = false;   // "~~" is a tilde, and "~" before a line feed joins lines
 };
 
 extern const ShiftRules ISO_2022_JP;           // page 50220
@@ -38,7 +38,7 @@ extern const ShiftRules HZ;                    // page 52936
 class ShiftedPage final : public CodePage
 {
 public:
-    // `plane` holds the sets in their EUC form.
+    // `plane` contains the sets in their EUC form.
     ShiftedPage(const ShiftRules& rules, PageTables plane);
 
     bool Decode(std::string_view bytes, OnInvalid onInvalid, WideOutput& out) const override;
@@ -53,7 +53,7 @@ private:
 
     const ShiftRules& _rules;
     const PageTables _plane;
-    const CharacterSet _eightBitSet; // of bytes from 0x80 on, which should not be there, outside any shift
+    const CharacterSet _eightBitSet; // for bytes from 0x80 on outside any shift, which are invalid
 };
 
 } // namespace qxplatform

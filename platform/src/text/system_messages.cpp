@@ -17,7 +17,7 @@ struct Message
     const char* text;
 };
 
-// Sorted by code: the system's errors, those of sockets from 10004 on, and COM results.
+// Sorted by code: system errors, socket errors from 10004 on, and COM results.
 constexpr Message MESSAGES[] = {
     {0, "The operation completed successfully."},
     {1, "Incorrect function."},

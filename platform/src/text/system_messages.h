@@ -1,4 +1,4 @@
-// The texts of the system's error codes.
+// The messages of the system's error codes.
 #pragma once
 
 #include <minwindef.h>
@@ -8,8 +8,8 @@
 namespace qxplatform
 {
 
-// As published, without the line's end that the system puts behind each; empty for a code that has none here. A COM
-// result that carries a system error code has that code's text.
+// Returns the published message text without the trailing line break, or an empty text if there is none. A COM result
+// that contains a system error code has the message of that code.
 std::string_view SystemMessage(DWORD code);
 
 } // namespace qxplatform

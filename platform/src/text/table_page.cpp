@@ -43,7 +43,8 @@ bool TablePage::DecodeDouble(std::string_view bytes, OnInvalid onInvalid, WideOu
             bool invalid = _tables.strict[byte];
             if (_tables.lead[byte])
             {
-                // A lead takes any byte but a zero with it, so that a damaged text still ends where it ends.
+                // A lead byte consumes any following byte except zero, so that a damaged text doesn't lose its
+                // terminator.
                 const bool hasTrail = next != end && *next != 0;
                 if (hasTrail)
                     unit = _tables.pairs[(byte - 0x80u) << 8 | static_cast<unsigned char>(*next++)];

@@ -1,4 +1,4 @@
-// Code pages of one or two bytes a character, held as tables in both directions.
+// Single-byte and double-byte code pages, stored as tables in both directions.
 #pragma once
 
 #include <array>
@@ -9,19 +9,19 @@
 namespace qxplatform
 {
 
-// What a page means, as gathered by its maker. Codes of two bytes have the lead in the high byte.
+// The contents of a page. Two-byte codes have the lead byte in the high byte.
 struct PageTables
 {
     static constexpr wchar_t UNDEFINED = 0xffff;
     static constexpr std::size_t UNITS = 0x10000;
 
-    std::array<wchar_t, 256> single{}; // for a lead byte: UNDEFINED
-    std::array<bool, 256> strict{};    // bytes that are refused when invalid bytes are
+    std::array<wchar_t, 256> single{}; // UNDEFINED for a lead byte
+    std::array<bool, 256> strict{};    // bytes that are refused if invalid bytes are refused
     std::array<bool, 256> lead{};      //
-    std::vector<wchar_t> pairs;        // [code - 0x8000], empty in a page without lead bytes
-    std::vector<std::uint16_t> exact;  // code by unit; 0 for none, but for U+0000
-    std::vector<std::uint16_t> fitted; // the same with best fits
-    wchar_t undefinedCharacter = L'?'; // for bytes that mean nothing
+    std::vector<wchar_t> pairs;        // indexed by code - 0x8000; empty if the page has no lead bytes
+    std::vector<std::uint16_t> exact;  // codes indexed by unit; 0 if there is none, except for U+0000
+    std::vector<std::uint16_t> fitted; // the same including best fits
+    wchar_t undefinedCharacter = L'?'; // for undefined bytes
     bool asciiTransparent = true;
 };
 

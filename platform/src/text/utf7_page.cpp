@@ -8,7 +8,7 @@ namespace
 
 constexpr std::string_view BASE64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// What stands for itself: letters, digits, set D of the standard, white space, and the end of the text.
+// Characters that represent themselves: letters, digits, set D of the standard, white space, and the terminator.
 constexpr std::string_view DIRECT("'(),-./:?\t\n\r \0", 15);
 
 bool IsDirect(wchar_t unit)
@@ -17,7 +17,7 @@ bool IsDirect(wchar_t unit)
            (unit < 0x80 && DIRECT.find(static_cast<char>(unit)) != DIRECT.npos);
 }
 
-// Gathers the units of one shifted run into sextets.
+// Collects the units of a shifted run as sextets.
 class Base64Writer
 {
 public:
@@ -63,7 +63,7 @@ bool Utf7Page::Decode(std::string_view bytes, OnInvalid, WideOutput& out) const
         unsigned bits = 0;
         int count = 0;
         std::size_t digit;
-        // Bits left over at the end of a run are padding.
+        // Remaining bits at the end of a run are padding.
         for (; i < bytes.size() && (digit = BASE64.find(bytes[i])) != BASE64.npos; ++i)
         {
             bits = bits << 6 | static_cast<unsigned>(digit);
@@ -101,7 +101,7 @@ EncodeResult Utf7Page::Encode(std::wstring_view text, const Encoding&, ByteOutpu
                 writer.Put(text[i]);
             writer.Flush();
         }
-        // Closing every run, even where the standard lets it end by itself, is what the system does.
+        // The system explicitly ends every run, even where the standard permits an implicit end.
         out.Put('-');
     }
     return {};

@@ -17,8 +17,8 @@ bool IsContinuation(unsigned char byte)
     return (byte & 0xc0) == 0x80;
 }
 
-// The number of bytes that `lead` announces; 0 for one that begins no character: continuation bytes, the leads
-// of forms that are longer than needed (C0, C1) and those beyond U+10FFFF (F5 and up).
+// Returns the length announced by a lead byte, or 0 if the byte can't begin a character: continuation bytes, the leads
+// of overlong forms (C0, C1) and those beyond U+10FFFF (F5 and up).
 int SequenceLength(unsigned char lead)
 {
     if (lead >= 0xc2 && lead <= 0xdf)
@@ -30,7 +30,7 @@ int SequenceLength(unsigned char lead)
     return 0;
 }
 
-// A second byte that would make an overlong form, a surrogate or a value beyond U+10FFFF.
+// Returns true if the second byte would form an overlong sequence, a surrogate or a value beyond U+10FFFF.
 bool IsForbiddenPair(unsigned char lead, unsigned char second)
 {
     switch (lead)
@@ -51,12 +51,12 @@ bool IsForbiddenPair(unsigned char lead, unsigned char second)
 struct Sequence
 {
     char32_t value;
-    int length; // of what is consumed, for an invalid sequence too
+    int length; // of the consumed bytes, also for an invalid sequence
     bool valid;
 };
 
-// The system replaces an ill-formed sequence as a whole: the lead with the continuation bytes that it can have. A
-// forbidden second byte still belongs to its lead; what follows it does not.
+// The system replaces an ill-formed sequence as a whole: the lead byte with the continuation bytes it can have. A
+// forbidden second byte still belongs to its lead byte; the bytes after it don't.
 Sequence ReadSequence(const char* next, const char* end)
 {
     const auto byte = [next](int i)

@@ -10,8 +10,8 @@ using namespace qxplatform;
 namespace
 {
 
-// Each one once, however often it was entered. Read by the stop signal's handler, where the loader must not be asked
-// for the memory of thread-local objects.
+// Counts each section once, however often it was entered. The stop signal's handler reads it and must not make the
+// loader allocate memory for thread-local objects.
 [[gnu::tls_model("initial-exec")]] constinit thread_local volatile int heldSections = 0;
 
 LockWord WordOf(LPCRITICAL_SECTION section)
@@ -61,7 +61,7 @@ void BecomeOwner(LPCRITICAL_SECTION section)
     heldSections = heldSections + 1;
 }
 
-// Where a thread ends that was told to while it had a section.
+// Ends a thread that was terminated while it held a section.
 void EndIfOrdered()
 {
     ThreadObject* const thread = ThreadObject::CurrentIfKnown();
@@ -86,7 +86,7 @@ void WINAPI InitializeCriticalSection(LPCRITICAL_SECTION lpCriticalSection)
 BOOL WINAPI InitializeCriticalSectionAndSpinCount(LPCRITICAL_SECTION lpCriticalSection, DWORD dwSpinCount)
 {
     *lpCriticalSection = CRITICAL_SECTION{};
-    // The high byte holds flags.
+    // The high byte contains flags.
     lpCriticalSection->SpinCount = dwSpinCount & 0x00FFFFFF;
     return TRUE;
 }

@@ -6,9 +6,9 @@
 namespace
 {
 
-[[gnu::tls_model("initial-exec")]] constinit thread_local DWORD threadId = 0; // every lock asks for it
+[[gnu::tls_model("initial-exec")]] constinit thread_local DWORD threadId = 0; // used by every lock
 
-// A forked child's one thread has another id than the thread that it is a copy of.
+// The only thread of a forked child has another id than the thread it was copied from.
 [[maybe_unused]] const int forkHandler = pthread_atfork(nullptr, nullptr, [] { threadId = 0; });
 
 } // namespace

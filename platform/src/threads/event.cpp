@@ -25,7 +25,7 @@ public:
             _isSet = false;
     }
 
-    // The lock is for waking only: who waits is counted before looking at the event, so none is missed.
+    // The lock is needed only to wake threads. Waiters are counted before they check the event, so none is missed.
     void Set()
     {
         if (_isSet.exchange(true) || !HasWaiters())
@@ -46,7 +46,7 @@ private:
 
 } // namespace
 
-// Events of a name, which processes share, are not offered.
+// Named events, which processes would share, are not supported.
 HANDLE WINAPI CreateEventW(LPSECURITY_ATTRIBUTES, BOOL bManualReset, BOOL bInitialState, LPCWSTR lpName)
 {
     if (lpName != nullptr && *lpName != 0)
@@ -54,7 +54,7 @@ HANDLE WINAPI CreateEventW(LPSECURITY_ATTRIBUTES, BOOL bManualReset, BOOL bIniti
         SetLastError(ERROR_NOT_SUPPORTED);
         return nullptr;
     }
-    SetLastError(ERROR_SUCCESS); // told from ERROR_ALREADY_EXISTS by those who ask
+    SetLastError(ERROR_SUCCESS); // callers test for ERROR_ALREADY_EXISTS
     return AddHandle(MakeObject<EventObject>(bManualReset != FALSE, bInitialState != FALSE));
 }
 

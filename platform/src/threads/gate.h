@@ -1,4 +1,4 @@
-// Where a thread stands while it is suspended, and where it learns that it is to end.
+// The gate at which a thread stops while it is suspended, and at which it detects that it has been terminated.
 #pragma once
 
 #include <minwindef.h>
@@ -8,24 +8,24 @@
 namespace qxplatform
 {
 
-// A thread enters its gate before it blocks, and where the stop signal finds it at a harmless place. It leaves only
-// while nobody has it suspended. So a thread that is at its gate counts as stopped, wherever it sleeps, and nobody
-// needs to see it sleep. One word holds all of this, so that the signal's handler can use it.
+// A thread enters its gate before it blocks, and when the stop signal interrupts it at a safe point. It leaves only
+// while nobody has suspended it. A thread at its gate thus counts as stopped, wherever it blocks, without having to
+// block for that purpose. All state is in one word, so that the signal handler can use it.
 class Gate
 {
 public:
     static constexpr DWORD kMaximumSuspendCount = 127;
     static constexpr DWORD kFailed = 0xFFFFFFFF;
 
-    // By the thread itself.
+    // Called by the thread itself.
 
     void Enter() { _word.fetch_or(kAtGate); }
-    // Sleeps while the thread is suspended. False if it is to end: then it stays at the gate.
+    // Blocks while the thread is suspended. Returns false if the thread has been terminated; it then stays at the gate.
     bool Leave();
-    // Whether something keeps the thread from going on.
+    // Returns true if the thread may not continue.
     bool IsClosed() const { return (_word.load() & ~kAtGate) != 0; }
 
-    // By any thread. The first two give the former count, and `failed` where it can't be raised further.
+    // Called by any thread. The first two return the previous count, or `failed` if it can't be increased further.
 
     DWORD Suspend();
     DWORD Resume();

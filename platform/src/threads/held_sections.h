@@ -1,12 +1,12 @@
-// The critical sections that a thread has.
+// The critical sections held by a thread.
 #pragma once
 
 namespace qxplatform
 {
 
-// Whether the calling thread is inside of any. It isn't ended there, since nobody could enter that section any more:
-// its end comes when it leaves the last one. A thread that blocks in one for ever is therefore never gone, nor is its
-// handle ever signalled; who needs the section waits for ever in either case. May be called by a signal handler.
+// Returns true if the calling thread holds any. A thread isn't ended while it does, because nobody could enter the
+// section any more; it ends when it leaves the last one. If it blocks in a section forever, it never ends and its
+// handle is never signalled; threads that need the section would wait forever in either case. Async-signal-safe.
 bool HoldsCriticalSections();
 
 } // namespace qxplatform

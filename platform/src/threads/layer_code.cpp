@@ -26,13 +26,14 @@ struct Range
 struct CodeList
 {
     std::vector<Range> ranges;
-    unsigned long long loads = 0; // how many modules had been loaded
+    unsigned long long loads = 0; // number of modules loaded so far
 };
 
-// What a handler may just be reading is never freed. A new list is made only where modules were loaded in between.
+// A list is never freed, because a handler may be reading it. A new one is created only if modules have been loaded in
+// the meantime.
 std::atomic<const CodeList*> codeList = nullptr;
 
-// The loader turns the addresses of a dynamic section into those in memory, but not the kernel's own module's.
+// The loader relocates the addresses in a dynamic section, except for the kernel's own module.
 const char* StringsOf(const dl_phdr_info& module, const ElfW(Dyn) * entries)
 {
     for (; entries->d_tag != DT_NULL; ++entries)

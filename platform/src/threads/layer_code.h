@@ -1,4 +1,4 @@
-// Which code of the process was built on the layer.
+// Detects code that was built on the layer.
 #pragma once
 
 #include <cstdint>
@@ -6,11 +6,11 @@
 namespace qxplatform
 {
 
-// Brings the list of such code up to date. Not for a signal handler.
+// Updates the list of such code. Not async-signal-safe.
 void RefreshLayerCode();
 
-// Whether the address lies in the code of a module that names the layer among the libraries it needs. That is never so
-// inside the C library, its allocator, the loader, a sanitizer or the layer itself. May be called by a signal handler.
+// Returns true if the address is in the code of a module that lists the layer as a dependency. This is never the case
+// for the C library, its allocator, the loader, a sanitizer or the layer itself. Async-signal-safe.
 bool IsInLayerCode(std::uintptr_t address);
 
 } // namespace qxplatform

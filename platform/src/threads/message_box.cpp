@@ -1,4 +1,4 @@
-// Message boxes without a screen: the text goes to the standard error stream, the answer comes from the environment.
+// Message boxes without a screen: the text is written to standard error, the answer comes from the environment.
 #include <winuser.h>
 
 #include "base/environment.h"
@@ -34,7 +34,7 @@ constexpr Button kGoOn = {IDCONTINUE, "continue"};
 
 constexpr std::size_t kMostButtons = 3;
 
-// By the number that stands in the style's low bits.
+// Indexed by the low bits of the style.
 constexpr Button kButtonsByType[][kMostButtons] = {
     {kOk},
     {kOk, kCancel},
@@ -51,14 +51,14 @@ std::size_t CountOf(const Button (&buttons)[kMostButtons])
         std::count_if(buttons, buttons + kMostButtons, [](const Button& button) { return button.name != nullptr; }));
 }
 
-// A style whose default button isn't there has the first one.
+// If the style's default button doesn't exist, the first button is used.
 std::size_t DefaultOf(const Button (&buttons)[kMostButtons], UINT style)
 {
     const std::size_t index = (style & MB_DEFMASK) >> 8;
     return index < CountOf(buttons) ? index : 0;
 }
 
-// The button that QXPLATFORM_MESSAGEBOX names, if the box has it.
+// Returns the button named by QXPLATFORM_MESSAGEBOX if the box has it, otherwise the default button.
 const Button& Answer(const Button (&buttons)[kMostButtons], UINT style)
 {
     const std::string wanted = EnvironmentValue("QXPLATFORM_MESSAGEBOX");
@@ -73,7 +73,7 @@ std::string Bytes(LPCWSTR text)
     return text == nullptr ? std::string() : ToBytes(View(text));
 }
 
-// In one call, so that boxes of several threads stay whole.
+// Written in one call, so that boxes of several threads are not interleaved.
 void Print(const std::string& text)
 {
     for (std::size_t done = 0; done < text.size();)

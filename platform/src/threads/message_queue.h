@@ -1,4 +1,4 @@
-// The messages that wait for a thread.
+// The message queue of a thread.
 #pragma once
 
 #include <winuser.h>
@@ -9,26 +9,26 @@
 namespace qxplatform
 {
 
-// All of it is guarded by the dispatcher's lock.
+// Guarded by the dispatcher lock.
 class MessageQueue
 {
 public:
     struct Filter
     {
-        HWND window; // null for any, -1 for those without a window
+        HWND window; // null for any window, -1 for messages without one
         UINT first;
-        UINT last; // both 0 for all
+        UINT last; // both 0 for all messages
     };
 
     void Post(const MSG& message);
 
-    // The first message that the filter lets through.
+    // Returns the first message that matches the filter.
     std::optional<MSG> Get(const Filter& filter, bool remove);
 
-    // What counts as looked at is not new any more.
+    // Messages of these kinds no longer count as new.
     void Look(DWORD kinds) { _new &= ~kinds; }
 
-    // The kinds of input (QS_...) that came since somebody looked.
+    // Returns the kinds of input (QS_...) that have arrived since the last check.
     DWORD New() const { return _new; }
 
 private:

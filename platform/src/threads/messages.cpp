@@ -1,4 +1,4 @@
-// The functions of message queues. There are no windows yet, so that messages are those of threads.
+// The message queue functions. There are no windows yet, so all messages are thread messages.
 #include <sysinfoapi.h>
 #include <winbase.h>
 #include <winuser.h>
@@ -12,14 +12,14 @@ using namespace qxplatform;
 namespace
 {
 
-// Signalled while its thread has new input of the kinds that a wait asks for. Only that thread waits for it.
+// Signalled while its thread has new input of the kinds requested by a wait. Only that thread waits for it.
 class Input : public Waitable
 {
 public:
     Input(ThreadObject& thread, DWORD kinds) : Waitable(ObjectType::Thread), _thread(thread), _kinds(kinds) {}
 
     bool IsSignalled() const override { return (_thread.queue()->New() & _kinds) != 0; }
-    // What ended one wait doesn't end the next: the queue is to be looked at in between.
+    // Input that ended one wait doesn't end the next one; the caller is expected to check the queue in between.
     void Take() override { _thread.queue()->Look(_kinds); }
 
 private:
@@ -104,7 +104,7 @@ BOOL WINAPI PostThreadMessageW(DWORD idThread, UINT Msg, WPARAM wParam, LPARAM l
     return TRUE;
 }
 
-// There is no keyboard whose keys could become characters.
+// There is no keyboard, and thus no key messages to translate.
 BOOL WINAPI TranslateMessage(const MSG*)
 {
     return FALSE;

@@ -29,7 +29,7 @@ ProcessorTimes ProcessorTimesOfThisThread()
     return {UnitsOfClock(usage.ru_utime), UnitsOfClock(usage.ru_stime)};
 }
 
-// The thread may end at any moment: then there is nothing to read.
+// If the thread has ended, there is nothing to read.
 ProcessorTimes ProcessorTimesOf(DWORD threadId)
 {
     char buffer[1024] = {};
@@ -39,7 +39,7 @@ ProcessorTimes ProcessorTimesOf(DWORD threadId)
         return {};
     const ssize_t length = read(file, buffer, sizeof buffer - 1);
     close(file);
-    // The name, in brackets, may hold anything. Eleven fields lie between it and the times.
+    // The name, in parentheses, may contain any characters. Eleven fields separate it from the times.
     const char* const nameEnd = length > 0 ? std::strrchr(buffer, ')') : nullptr;
     unsigned long user = 0;
     unsigned long kernel = 0;

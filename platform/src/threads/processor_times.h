@@ -1,4 +1,4 @@
-// The processor time that threads have used, in units of 100 ns.
+// The processor time used by threads, in units of 100 ns.
 #pragma once
 
 #include <minwindef.h>
@@ -14,7 +14,7 @@ struct ProcessorTimes
 
 ProcessorTimes ProcessorTimesOfThisThread();
 
-// To the kernel's clock tick. Zeros where there is no such thread in the process.
+// Accurate to the kernel's clock tick. Zeros if the process has no such thread.
 ProcessorTimes ProcessorTimesOf(DWORD threadId);
 
 } // namespace qxplatform

@@ -1,4 +1,4 @@
-// Exceptions that a program raises itself, and the handlers that see them first.
+// Exceptions raised by a program, and their vectored handlers.
 #include <errhandlingapi.h>
 #include <winnt.h>
 
@@ -30,7 +30,7 @@ Handlers& TheHandlers()
     return handlers.Get();
 }
 
-// Handlers may come and go while one runs.
+// Returns a copy, because handlers may be added and removed while one runs.
 std::vector<PVECTORED_EXCEPTION_HANDLER> PresentHandlers()
 {
     Handlers& handlers = TheHandlers();
@@ -38,8 +38,8 @@ std::vector<PVECTORED_EXCEPTION_HANDLER> PresentHandlers()
     return {handlers.list.begin(), handlers.list.end()};
 }
 
-// By this exception a thread tells the debugger its name. The kernel's name of a thread, of 15 characters, is what
-// debuggers show here.
+// With this exception a thread reports its name to the debugger. It is stored as the kernel's thread name (15
+// characters), which debuggers show.
 void TakeThreadName(const EXCEPTION_RECORD& record)
 {
     struct ThreadName
@@ -102,5 +102,5 @@ void WINAPI RaiseException(
     for (const PVECTORED_EXCEPTION_HANDLER handler : PresentHandlers())
         if (handler(&pointers) == EXCEPTION_CONTINUE_EXECUTION && record.ExceptionFlags == 0)
             return;
-    std::abort(); // nobody wanted it
+    std::abort(); // unhandled
 }

@@ -28,17 +28,28 @@ int StopSignal()
     return SIGRTMIN + 5;
 }
 
-// Stopped anywhere else, a thread could hold the allocator's lock or one of the layer's, and whoever needs that lock
-// would wait for as long as the thread is stopped: for ever, where it is to end.
+[[maybe_unused]] std::uintptr_t ProgramCounter(const mcontext_t& registers)
+{
+#if defined(__x86_64__)
+    return static_cast<std::uintptr_t>(registers.gregs[REG_RIP]);
+#elif defined(__aarch64__)
+    return registers.pc;
+#else
+#error "where does this processor's context keep the program counter?"
+#endif
+}
+
+// Anywhere else, a stopped thread might hold the lock of the allocator or of the layer, and threads that need the lock
+// would wait as long as the thread is stopped; if it is terminated, forever.
 bool IsHarmlessPlace(const void* context)
 {
-#if defined(__SANITIZE_THREAD__) || !defined(__x86_64__)
-    // The thread sanitizer runs handlers later than the place that they are told. Threads then stop where they block.
+#if defined(__SANITIZE_THREAD__)
+    // The thread sanitizer delays signal handlers, so the reported code position is not the actual one. Threads then
+    // stop only where they block.
     (void)context;
     return false;
 #else
-    const auto& registers = static_cast<const ucontext_t*>(context)->uc_mcontext.gregs;
-    return IsInLayerCode(static_cast<std::uintptr_t>(registers[REG_RIP]));
+    return IsInLayerCode(ProgramCounter(static_cast<const ucontext_t*>(context)->uc_mcontext));
 #endif
 }
 
@@ -65,24 +76,24 @@ void InstallHandler()
 
 bool HasArrived(const ThreadObject& thread)
 {
-    if (!thread.gate.IsClosed()) // somebody has resumed it
+    if (!thread.gate.IsClosed()) // the thread has been resumed
         return true;
     return thread.gate.IsEndOrdered() ? thread.HasEnded() : thread.gate.IsThreadAtGate();
 }
 
-// What the thread has used of a processor; zero when it is gone.
+// Returns the processor time used by the thread, or zero if it has ended.
 std::chrono::nanoseconds ComputingTime(const ThreadObject& thread)
 {
-    // The kernel's name of the clock: the thread may end at any moment, so the C library can't be asked for it.
+    // The kernel's id of the clock. The C library can't be used, because the thread may end at any moment.
     constexpr unsigned kOfThread = 4 | 2;
     timespec time{};
     clock_gettime(static_cast<clockid_t>(~thread.id() << 3 | kOfThread), &time);
     return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
-// False if it hasn't arrived by the time. A thread that computes, and most of it in foreign code, is met at a harmless
-// place by chance only, so it is tried as often as can be. One that blocks in foreign code may be woken by each signal:
-// for it the pauses grow up to the given one.
+// Returns false if the thread hasn't arrived within the given time. A thread that computes, mostly in foreign code, is
+// interrupted at a safe point only by chance, so the signal is repeated as often as possible. A thread that blocks in
+// foreign code may be woken by each signal; for it the pauses grow up to `longestPause`.
 bool Drive(ThreadObject& thread, std::chrono::milliseconds time, std::chrono::microseconds longestPause)
 {
     constexpr std::chrono::microseconds kShortestPause = 20us;
@@ -134,7 +145,8 @@ void DriveToGate(ThreadObject& thread)
     }
     catch (const std::system_error&)
     {
-        // There can't be another thread. The order stays, and holds wherever the thread comes to its gate by itself.
+        // The helper thread can't be created. The request remains and takes effect when the thread reaches its gate by
+        // itself.
     }
 }
 

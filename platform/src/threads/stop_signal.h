@@ -1,4 +1,4 @@
-// The signal that stops a thread which runs.
+// The signal that stops a running thread.
 #pragma once
 
 #include <minwindef.h>
@@ -8,12 +8,12 @@ namespace qxplatform
 
 class ThreadObject;
 
-// Lets the calling thread be stopped by the signal.
+// Enables the calling thread to be stopped by the signal.
 void AdmitStopSignal();
 
-// Sends the signal until the thread stands at its gate, or has ended where its end is ordered. That takes longer only
-// where the thread is inside the C library or another foreign one, which it has to leave first: after a fifth of a
-// second a thread of the layer goes on with it, and the caller needn't wait.
+// Sends the signal until the thread is at its gate or, if it has been terminated, has ended. This takes longer only
+// while the thread is inside the C library or another foreign library, which it has to leave first. After a fifth of a
+// second a helper thread continues, and the caller returns.
 void DriveToGate(ThreadObject& thread);
 
 } // namespace qxplatform

@@ -1,4 +1,4 @@
-// Threads by handle.
+// Look-up of threads by handle.
 #pragma once
 
 #include "base/handle_table.h"
@@ -7,7 +7,8 @@
 namespace qxplatform
 {
 
-// Of a handle with these rights, or of the pseudo handle of the calling thread. Empty with the last error.
+// Returns the thread of a handle with these rights, or of the calling thread's pseudo handle. Empty with a last error
+// on failure.
 inline Ref<ThreadObject> ThreadOf(HANDLE handle, DWORD rights = 0)
 {
     if (handle == GetCurrentThread())

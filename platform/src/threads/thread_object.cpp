@@ -21,18 +21,18 @@ namespace qxplatform
 namespace
 {
 
-// Read by the stop signal's handler, where the loader must not be asked for the memory of thread-local objects.
+// The stop signal's handler reads it and must not make the loader allocate memory for thread-local objects.
 [[gnu::tls_model("initial-exec")]] constinit thread_local ThreadObject* current = nullptr;
 
-// The living threads by id, guarded by the dispatcher's lock.
+// Existing threads by id, guarded by the dispatcher lock.
 std::unordered_map<DWORD, ThreadObject*>& Threads()
 {
     static constinit Forever<std::unordered_map<DWORD, ThreadObject*>> threads;
     return threads.Get();
 }
 
-// The destructor of this key's values runs when the thread's thread-local objects are gone: the last moment before its
-// end that it can tell of.
+// The destructor of this key's value runs after the thread's thread-local objects have been destroyed: the last moment
+// at which the end of the thread can be detected.
 pthread_key_t EndKey(void (*onThreadEnd)(void*))
 {
     static const pthread_key_t key = [onThreadEnd]
@@ -67,8 +67,8 @@ public:
     pthread_attr_t attributes;
 };
 
-// As on the system, a caller's size is what the thread can count on, not the end of its stack: it may use a megabyte at
-// least. No memory is spent on what it doesn't touch.
+// As on the system, a caller's size is the guaranteed size, not the limit: a thread may use at least one megabyte.
+// Pages that it doesn't touch use no memory.
 std::size_t StackSizeFor(std::size_t wanted)
 {
     constexpr std::size_t kLeast = 1 << 20;
@@ -92,7 +92,7 @@ Ref<ThreadObject> ThreadObject::Start(Routine routine, void* argument, std::size
     thread->gate.Enter();
     if (isSuspended)
         thread->gate.Suspend();
-    thread->AddRef(); // the thread's own
+    thread->AddRef(); // the thread's own reference
     Attributes attributes(StackSizeFor(stackSize));
     pthread_t handle;
     const int code = pthread_create(&handle, &attributes.attributes, &Entry, thread.get());
@@ -118,8 +118,8 @@ void* ThreadObject::Entry(void* object)
     return nullptr;
 }
 
-// EndNow() comes back here from wherever the thread is. No function in between is told of it, which is what ending
-// without destructors means.
+// EndNow() jumps back here from any point of the thread. The functions in between are not unwound, which is the meaning
+// of ending without destructors.
 void ThreadObject::Run()
 {
     if (sigsetjmp(_start, 1) == 0)
@@ -128,7 +128,7 @@ void ThreadObject::Run()
         _exitCode = _routine(_argument);
     }
     gate.Enter();
-    // Where it is suspended in this last moment, it isn't gone before it is resumed.
+    // If the thread is suspended at this moment, it doesn't end before it is resumed.
     gate.Leave();
     gate.Enter();
     current = nullptr;
@@ -187,7 +187,7 @@ ThreadObject& ThreadObject::Current()
     if (void* const object = pthread_getspecific(key))
         return *static_cast<ThreadObject*>(object);
     const auto thread = MakeObject<ThreadObject>(nullptr, nullptr);
-    thread->AddRef(); // the thread's own
+    thread->AddRef(); // the thread's own reference
     pthread_setspecific(key, thread.get());
     thread->Register();
     current = thread.get();
@@ -226,7 +226,7 @@ bool ThreadObject::HasEnded() const
     return _hasEnded;
 }
 
-// A thread whose end is ordered has its code, even where it is still on its way.
+// A terminated thread has its exit code even if it has not yet ended.
 DWORD ThreadObject::ExitCode() const
 {
     const std::lock_guard guard(DispatcherLock());
@@ -274,7 +274,7 @@ BOOL ThreadObject::Terminate(DWORD exitCode)
 {
     if (current == this)
         EndNow(exitCode);
-    if (_routine == nullptr) // there is no place that the layer could take it back to
+    if (_routine == nullptr) // the layer has no point to return to
         return Fail(ERROR_NOT_SUPPORTED);
     {
         const std::lock_guard guard(DispatcherLock());
@@ -299,7 +299,7 @@ void ThreadObject::EndNow(DWORD exitCode)
 void ThreadObject::LeaveGate()
 {
     if (!gate.Leave() && !HoldsCriticalSections())
-        EndNow(0); // the code is the one that came with the order
+        EndNow(0); // the exit code is the one of the termination
 }
 
 void ThreadObject::Wake()

@@ -1,4 +1,4 @@
-// A thread of this process: one that the layer started, or another one that was asked for.
+// A thread of this process, started by the layer or by other code.
 #pragma once
 
 #include <processthreadsapi.h>
@@ -33,18 +33,19 @@ public:
     struct Times
     {
         LONGLONG created; // as a file time
-        LONGLONG ended;   // 0 while it runs
+        LONGLONG ended;   // 0 while the thread runs
         ProcessorTimes processor;
     };
 
-    // Empty, with errno, if there can't be a new thread.
+    // Starts a thread. Empty and sets errno on failure.
     static Ref<ThreadObject> Start(Routine routine, void* argument, std::size_t stackSize, bool isSuspended);
 
-    // The object of the calling thread, made if it doesn't exist yet.
+    // Returns the object of the calling thread, creating it if necessary.
     static ThreadObject& Current();
-    // Null where the calling thread has none yet, or is so near its end that it can't be stopped any more.
+    // Returns null if the calling thread has no object yet, or is so close to its end that it can't be stopped any
+    // more.
     static ThreadObject* CurrentIfKnown();
-    // The living thread with that id, if it has an object.
+    // Returns the running thread with that id, if it has an object.
     static Ref<ThreadObject> Find(DWORD id);
 
     ThreadObject(Routine routine, void* argument);
@@ -54,20 +55,20 @@ public:
     DWORD ExitCode() const;
     Times GetTimes() const;
 
-    // The former count, or Gate::failed with the last error.
+    // Return the previous count, or Gate::failed with a last error.
     DWORD Suspend();
     DWORD Resume();
     BOOL Terminate(DWORD exitCode);
-    // Ends the calling thread, without running destructors of its functions.
+    // Ends the calling thread without running destructors of its functions.
     [[noreturn]] void EndNow(DWORD exitCode);
-    // Passes the gate that the calling thread entered. Doesn't return if the thread is to end, unless it is inside a
-    // critical section: then it goes on until it has left the last one.
+    // Passes the gate that the calling thread has entered. Doesn't return if the thread has been terminated, unless it
+    // holds a critical section; then it continues until it has left the last one.
     void LeaveGate();
 
     static void AfterForkInChild();
 
     BOOL QueueApc(const Apc& apc);
-    // Runs what is queued to the calling thread.
+    // Runs the calls queued to the calling thread.
     void RunApcs();
 
     int priority() const { return _priority.load(); }
@@ -75,15 +76,15 @@ public:
 
     Gate gate;
 
-    // What follows is guarded by the dispatcher's lock.
+    // The dispatcher lock guards the members below.
 
     bool IsSignalled() const override { return _hasEnded; }
     bool HasApcs() const { return !_apcs.empty(); }
-    // Lets the thread's wait, if there is one, look again.
+    // Makes the thread's wait, if there is one, check again.
     void Wake();
     void SetWaiter(Waiter* waiter) { _waiter = waiter; }
     MessageQueue* queue() { return _queue ? &*_queue : nullptr; }
-    // The calling thread's own, made if it doesn't exist yet.
+    // Returns the calling thread's queue, creating it if necessary.
     MessageQueue& OwnQueue();
 
 private:
@@ -93,7 +94,7 @@ private:
     void Register();
     void Run();
 
-    const Routine _routine; // null for a thread that the layer didn't start
+    const Routine _routine; // null if the layer didn't start the thread
     void* const _argument;
     std::atomic<DWORD> _id = 0;
     LONG _isRegistered = FALSE; // its starter sleeps on it

@@ -17,7 +17,7 @@ namespace
 struct Level
 {
     int priority;
-    int nice; // beside that of the process
+    int nice; // relative to the process
 };
 
 constexpr Level kLevels[] = {
@@ -36,7 +36,7 @@ int NiceOfProcess()
     return nice;
 }
 
-// A thread that was made slower has to become as fast as before when it is asked to.
+// A thread whose priority has been lowered must be able to return to normal priority.
 bool MayGoBackToNormal()
 {
     rlimit limit{};
@@ -46,7 +46,7 @@ bool MayGoBackToNormal()
 
 } // namespace
 
-// The number is kept in any case; the scheduler gets to know it where the process has the right to take that back.
+// The priority is always stored. It is applied to the scheduler only if the process may restore it.
 BOOL ThreadObject::SetPriority(int priority)
 {
     const Level* const level = std::find_if(

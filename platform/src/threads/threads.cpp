@@ -1,4 +1,4 @@
-// The functions of threads.
+// The thread functions.
 #include <errno.h>
 #include <process.h>
 #include <processthreadsapi.h>
@@ -25,7 +25,7 @@ HANDLE Start(ThreadObject::Routine routine, void* argument, std::size_t stackSiz
     const HANDLE handle = AddHandle(thread);
     if (handle == nullptr)
     {
-        thread->Terminate(0); // it hasn't begun
+        thread->Terminate(0); // it hasn't started
         return nullptr;
     }
     if (id != nullptr)

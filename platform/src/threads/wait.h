@@ -1,4 +1,4 @@
-// Waiting for objects, by object and by handle.
+// Waiting for objects and handles.
 #pragma once
 
 #include "threads/waitable.h"
@@ -15,15 +15,15 @@ struct WaitOptions
     bool isAlertable = false;
 };
 
-// The objects of the handles; fewer, with the last error, if one of the handles can't be waited for.
+// Returns the objects of the handles. If a handle can't be waited for, returns fewer objects and sets the last error.
 std::vector<Ref<Waitable>> WaitablesOf(DWORD count, const HANDLE* handles);
 
-// WAIT_OBJECT_0 and the index of the object, WAIT_TIMEOUT, or WAIT_IO_COMPLETION where calls are queued to the thread.
-// The result goes through FinishWait(), without fail.
+// Returns WAIT_OBJECT_0 plus the index of the object, WAIT_TIMEOUT, or WAIT_IO_COMPLETION if calls are queued to the
+// thread. The result must be passed to FinishWait().
 DWORD WaitFor(const std::vector<Ref<Waitable>>& objects, const WaitOptions& options);
 
-// Lets the thread go on: it stays here while it is suspended, ends here if that was ordered, and runs the calls that
-// were queued. To be called when nothing has to be cleaned up any more.
+// Lets the thread continue: blocks while it is suspended, ends it if it has been terminated, and runs queued calls.
+// Call it when no cleanup is pending.
 DWORD FinishWait(DWORD result);
 
 } // namespace qxplatform

@@ -1,18 +1,18 @@
-#include "base/mutex.h"
 #include "threads/wait.h"
 
-#include <mutex>
 #include <synchapi.h>
 #include <winbase.h>
 
-#include "base/handle_table.h"
-#include "base/pseudo_handles.h"
 #include "base/futex.h"
+#include "base/handle_table.h"
+#include "base/mutex.h"
+#include "base/pseudo_handles.h"
 #include "threads/held_sections.h"
 #include "threads/thread_object.h"
 
 #include <algorithm>
 #include <chrono>
+#include <mutex>
 #include <optional>
 
 #include <sched.h>
@@ -20,10 +20,10 @@
 namespace qxplatform
 {
 
-// The word that a wait sleeps on.
+// The word on which a wait blocks.
 struct Waiter
 {
-    LONG isWoken = FALSE; // and has not looked again since
+    LONG isWoken = FALSE; // and hasn't checked again since
 };
 
 Mutex& DispatcherLock()
@@ -105,7 +105,7 @@ std::optional<DWORD> TakeSignalled(const Objects& objects, bool forAll)
     return WAIT_OBJECT_0 + static_cast<DWORD>(first - objects.begin());
 }
 
-// Stands on the lists of all objects, and is known to the thread, for the time of a wait.
+// Registers the wait with all objects and the thread for its duration.
 class Registration
 {
 public:
@@ -141,7 +141,7 @@ Ref<Waitable> WaitableOf(HANDLE handle)
     return Ref<Waitable>(object ? object->AsWaitable() : nullptr);
 }
 
-// What ends the wait, if anything does by now. An object comes before calls that are queued.
+// Returns the reason for the wait to end, if there is one. Signalled objects take precedence over queued calls.
 std::optional<DWORD> Outcome(const Objects& objects, const WaitOptions& options, ThreadObject* thread)
 {
     if (const std::optional<DWORD> taken = TakeSignalled(objects, options.forAll))
@@ -151,7 +151,7 @@ std::optional<DWORD> Outcome(const Objects& objects, const WaitOptions& options,
     if (options.isAlertable && thread->HasApcs())
         return WAIT_IO_COMPLETION;
     if (thread->gate.IsEndOrdered() && !HoldsCriticalSections())
-        return WAIT_TIMEOUT; // FinishWait() doesn't give it to anyone
+        return WAIT_TIMEOUT; // FinishWait() doesn't return this value
     return std::nullopt;
 }
 

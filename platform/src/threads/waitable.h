@@ -14,8 +14,8 @@ namespace qxplatform
 
 struct Waiter;
 
-// One lock guards the state of all such objects, so that a wait for several sees them at one moment. It is held for
-// moments only.
+// One lock guards the state of all such objects, so that a wait for several of them sees a consistent state. It is held
+// only briefly.
 Mutex& DispatcherLock();
 
 class Waitable : public Object
@@ -25,23 +25,23 @@ public:
 
     Waitable* AsWaitable() override { return this; }
 
-    // All of these are called with the dispatcher's lock held.
+    // All functions are called with the dispatcher lock held, unless noted otherwise.
 
     virtual bool IsSignalled() const = 0;
 
-    // What a wait that ends by this object does to it.
+    // The effect on the object of a wait that it ends.
     virtual void Take() {}
 
     void AddWaiter(Waiter& waiter);
     void RemoveWaiter(Waiter& waiter);
 
 protected:
-    // To be called when the object has become signalled.
+    // Call this when the object has become signalled.
     void WakeWaiters();
 
-    // For objects from which each wait takes something: the latest of those waits that weren't woken yet counts as
-    // woken now. Gives the word that it sleeps on, for FutexWakeOne(), or null. Woken without the lock, it needn't wait
-    // for that first.
+    // For objects from which each wait takes something: marks the latest wait that hasn't been woken as woken. Returns
+    // the word on which it blocks, for FutexWakeOne(), or null. If it is woken without the lock, it needn't wait for
+    // the lock first.
     LONG* MarkLatestWaiter();
 
     std::size_t WaiterCount()
@@ -50,8 +50,8 @@ protected:
         return _waiters.size();
     }
 
-    // Without the lock. A wait is counted before it looks at its objects, so that whoever changes an object and then
-    // finds nobody here has been seen.
+    // Called without the lock. A wait is counted before it checks its objects. If an object is changed and then no
+    // waiter is found here, later waits see the change.
     bool HasWaiters() const { return _waiterCount.load() != 0; }
 
 private:
@@ -59,10 +59,10 @@ private:
 
     std::vector<Waiter*> _waiters;
     unsigned _generation = ForkGeneration(); // of the process whose threads wait
-    std::atomic<std::size_t> _waiterCount = 0; // of them
+    std::atomic<std::size_t> _waiterCount = 0; // their number
 };
 
-// Lets a wait look again.
+// Makes a wait check again.
 void WakeWaiter(Waiter& waiter);
 
 } // namespace qxplatform

@@ -38,7 +38,7 @@ int Give(const std::u16string& text, LPWSTR buffer, int size)
     return needed;
 }
 
-// With the day of the week that it has; the time of the day doesn't count.
+// Determines the day of the week; the time of day is ignored.
 bool CheckedDate(const SYSTEMTIME& given, SYSTEMTIME& date)
 {
     date = {given.wYear, given.wMonth, 0, given.wDay, 0, 0, 0, 0};
@@ -103,7 +103,8 @@ std::u16string TimeToken(const PicturePiece& token, const SYSTEMTIME& time, cons
     }
 }
 
-// What both functions ask of their arguments; null if it isn't so. `own` are the flags of the one function.
+// Checks the arguments of both functions. Returns null if they are invalid. `own` are the flags specific to one
+// function.
 const Locale* CheckedLocale(
     LCID lcid, DWORD flags, DWORD own, DWORD withoutPicture, LPCWSTR picture, LPWSTR buffer, int size)
 {
@@ -145,8 +146,7 @@ std::u16string FormatDate(const std::u16string& picture, const SYSTEMTIME& date,
     return text;
 }
 
-// A part that is left out takes along the text between it and the part before, and of the text behind it all but the
-// blanks.
+// If a part is omitted, so are the text between it and the previous part, and the text after it except blanks.
 std::u16string FormatTime(const std::u16string& picture, const SYSTEMTIME& time, const Pictures& pictures, DWORD flags)
 {
     std::u16string text;
@@ -164,7 +164,7 @@ std::u16string FormatTime(const std::u16string& picture, const SYSTEMTIME& time,
         isBehindLeftOut = IsLeftOut(piece.letter, flags);
         if (isBehindLeftOut)
         {
-            // Nothing stands before a first part that could belong to it.
+            // The first part has no text before it that belongs to it.
             text.resize(endOfToken);
             continue;
         }

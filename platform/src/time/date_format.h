@@ -1,4 +1,4 @@
-// Dates and times by pictures, for years that the system's functions refuse as well.
+// Formats dates and times by pictures, also for years that the system's functions refuse.
 #pragma once
 
 #include <minwindef.h>
@@ -11,10 +11,10 @@
 namespace qxplatform
 {
 
-// `date` has its day of the week.
+// `date` must include its day of the week.
 std::u16string FormatDate(const std::u16string& picture, const SYSTEMTIME& date, const Locale& locale);
 
-// `flags` are those of GetTimeFormatW.
+// `flags` are the flags of GetTimeFormatW.
 std::u16string FormatTime(const std::u16string& picture, const SYSTEMTIME& time, const Pictures& pictures, DWORD flags);
 
 } // namespace qxplatform

@@ -19,9 +19,9 @@ namespace
 {
 
 constexpr int kLastYear = 9999;
-constexpr int kLastYearOfTwoDigits = 2049; // as everywhere with dates of automation
+constexpr int kLastYearOfTwoDigits = 2049; // as in all of automation
 
-// The numbers of a date and its month's name, and the time, as they come.
+// The fields of a date and time as parsed: numbers and the month name.
 struct Parts
 {
     int numbers[3];
@@ -61,7 +61,7 @@ private:
         return true;
     }
 
-    // At most four digits: longer ones are part of no date.
+    // At most four digits: longer numbers are not part of a date.
     bool TakeNumber(int& number)
     {
         number = 0;
@@ -104,7 +104,7 @@ private:
         if (parts.count == 3)
             return false;
         parts.numbers[parts.count++] = number;
-        // A comma ends what stands before it; any other separator asks for something behind it.
+        // A comma ends the preceding part; any other separator must be followed by another part.
         if (!Skip(u","))
             _endsWithSeparator = Skip(_dotIsOfDates ? u"/-." : u"/-");
         return true;
@@ -182,7 +182,7 @@ bool SetDate(int year, int month, int day, SYSTEMTIME& time)
     return true;
 }
 
-// The order of the numbers is one of these, the first that makes a date. A letter that is missing is not among them.
+// Tries these orders of the numbers; the first valid date is used. Missing parts have no letter.
 bool SetInOrder(const Parts& parts, std::initializer_list<std::u16string_view> orders, SYSTEMTIME& time)
 {
     for (const std::u16string_view order : orders)

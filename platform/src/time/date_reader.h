@@ -10,15 +10,15 @@
 namespace qxplatform
 {
 
-// What a text says; a part that isn't there is null or 0.
+// The contents of a text; missing parts are null or 0.
 struct ReadDate
 {
     SYSTEMTIME time{};
     bool hasDate = false;
 };
 
-// Numbers in the order of the locale, or in another one where they don't fit it; months by name; a time of 24 hours or
-// with a marker, before or behind the date or alone. A missing day is the first, a missing year the present one.
+// Accepts numbers in the locale's order, or in another order if they don't fit; month names; a 24-hour time or one with
+// AM or PM, before or after the date or alone. A missing day is the first, a missing year the current one.
 bool ReadDateText(std::u16string_view text, const Locale& locale, ReadDate& result);
 
 } // namespace qxplatform

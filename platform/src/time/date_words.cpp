@@ -26,7 +26,7 @@ void AddWord(std::vector<DateWord>& words, std::u16string text, DateWord::Kind k
     while (!text.empty() && (text.back() == u'.' || text.back() == u' '))
         text.pop_back();
     std::transform(text.begin(), text.end(), text.begin(), UpperCase);
-    // What begins with a digit, as months in Japanese do, would be in the way of numbers.
+    // Words that begin with a digit, such as Japanese months, would conflict with numbers.
     if (!text.empty() && !u_isdigit(text.front()))
         words.push_back({std::move(text), kind, number});
 }
@@ -66,7 +66,7 @@ const std::vector<DateWord>& DateWordsOf(const Locale& locale)
     struct Known
     {
         Mutex mutex;
-        std::map<const Locale*, std::vector<DateWord>> words; // whose elements stay where they are
+        std::map<const Locale*, std::vector<DateWord>> words; // elements don't move
     };
     static constinit Forever<Known> theKnown;
     Known& known = theKnown.Get();

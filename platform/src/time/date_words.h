@@ -1,4 +1,4 @@
-// The words that may stand in a date.
+// The words that may occur in a date.
 #pragma once
 
 #include <string>
@@ -19,15 +19,15 @@ struct DateWord
         kDayHalf
     };
 
-    std::u16string text; // in capitals, without a dot at its end
+    std::u16string text; // in capitals, without a trailing dot
     Kind kind;
-    int number; // of the month from 1; of the half of the day from 0
+    int number; // months from 1, AM and PM from 0
 };
 
-// Of one that FindLocale gave; lives as long as the process. The longest ones come first.
+// `locale` must come from FindLocale. The result is valid until the process ends. The longest words come first.
 const std::vector<DateWord>& DateWordsOf(const Locale& locale);
 
-// The word at the begin of a text, as a whole; null if there is none.
+// Returns the whole word at the beginning of a text, or null.
 const DateWord* FindDateWord(const Locale& locale, std::u16string_view text);
 
 } // namespace qxplatform

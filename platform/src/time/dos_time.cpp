@@ -1,4 +1,4 @@
-// Dates and times of FAT: 1980 to 2107, in steps of two seconds.
+// FAT dates and times: 1980 to 2107, with a resolution of two seconds.
 #include <timezoneapi.h>
 #include <winbase.h>
 

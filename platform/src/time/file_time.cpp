@@ -74,7 +74,7 @@ BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFi
     const SYSTEMTIME& time = *lpSystemTime;
     const std::chrono::year_month_day date =
         std::chrono::year{time.wYear} / std::chrono::month{time.wMonth} / std::chrono::day{time.wDay};
-    // The calendar takes months and days modulo 256.
+    // The calendar reduces months and days modulo 256.
     if (time.wYear < 1601 || time.wYear > kLastFileTimeYear || time.wMonth > 12 || time.wDay > 31 || !date.ok() ||
         time.wHour > 23 || time.wMinute > 59 || time.wSecond > 59 || time.wMilliseconds > 999)
         return Fail(ERROR_INVALID_PARAMETER);

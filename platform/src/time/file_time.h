@@ -1,4 +1,4 @@
-// Times of the system: 100 ns units since the year 1601, in UTC.
+// System times: 100 ns units since 1601, in UTC.
 #pragma once
 
 #include <minwindef.h>
@@ -11,7 +11,7 @@ namespace qxplatform
 
 inline constexpr LONGLONG kUnitsPerSecond = 10'000'000;
 
-// The day on which file times begin.
+// The day from which file times are counted.
 inline constexpr std::chrono::sys_days kFirstFileTimeDay{std::chrono::year{1601} / 1 / 1};
 
 inline LONGLONG UnitsOf(const FILETIME& time)

@@ -1,4 +1,4 @@
-// Local time: the present one, and conversions for a zone.
+// Local time: the current time, and conversions for a zone.
 
 #include <sysinfoapi.h>
 #include <timezoneapi.h>

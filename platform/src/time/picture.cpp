@@ -6,7 +6,7 @@ namespace qxplatform
 namespace
 {
 
-// Behind the quoted text, whose first quote stands at `begin`.
+// Returns the position after the quoted text whose first quote is at `begin`.
 std::size_t TakeQuoted(std::u16string_view picture, std::size_t begin, std::u16string& text)
 {
     std::size_t i = begin + 1;

@@ -1,4 +1,4 @@
-// The system's language of pictures (dd.MM.yyyy, h:mm:ss tt) taken apart.
+// Parses the system's picture language (dd.MM.yyyy, h:mm:ss tt).
 #pragma once
 
 #include <string>
@@ -10,13 +10,13 @@ namespace qxplatform
 
 struct PicturePiece
 {
-    char16_t letter = 0; // of a token; 0 for text that stands for itself
+    char16_t letter = 0; // of a token; 0 for literal text
     std::size_t count = 0;
     std::u16string text;
 };
 
-// Runs of one of the letters are tokens. Text in single quotes, two of which are one inside of them, stands for itself,
-// and so does all else; where the second quote is missing, all to the end is quoted.
+// Runs of one of the letters are tokens. Text in single quotes is literal, with two quotes inside standing for one; so
+// is everything else. If the closing quote is missing, the rest is quoted.
 std::vector<PicturePiece> SplitPicture(std::u16string_view picture, std::u16string_view letters);
 
 } // namespace qxplatform

@@ -1,5 +1,5 @@
-// The pictures of a locale's dates and times. ICU takes long to make them and callers ask for them at each date, so
-// they are made once.
+// The pictures of a locale's dates and times. ICU creates them slowly and callers need them for each date, so they are
+// cached.
 #pragma once
 
 #include <string>
@@ -15,11 +15,11 @@ struct Pictures
     std::u16string shortDate;
     std::u16string longDate;
     std::u16string time;
-    std::u16string morning; // what stands for tt
+    std::u16string morning; // the text for tt
     std::u16string afternoon;
 };
 
-// Of one that FindLocale gave; lives as long as the process.
+// `locale` must come from FindLocale. The result is valid until the process ends.
 const Pictures& PicturesOf(const Locale& locale);
 
 } // namespace qxplatform

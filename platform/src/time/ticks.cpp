@@ -19,7 +19,7 @@ timespec Now(clockid_t clock)
 
 } // namespace
 
-// Counts the time that the machine slept too.
+// Includes the time during which the machine was suspended.
 ULONGLONG WINAPI GetTickCount64(void)
 {
     const timespec time = Now(CLOCK_BOOTTIME);
@@ -44,7 +44,7 @@ BOOL WINAPI QueryPerformanceFrequency(LARGE_INTEGER* lpFrequency)
     return TRUE;
 }
 
-// Sleeps are as exact as asked here, whatever the period.
+// Sleeps always have the requested resolution, whatever the period.
 MMRESULT WINAPI timeBeginPeriod(UINT uPeriod)
 {
     return uPeriod == 0 ? TIMERR_NOCANDO : TIMERR_NOERROR;

@@ -10,7 +10,7 @@ namespace qxplatform
 namespace
 {
 
-// localtime_r need not look at a changed zone; tzset() does, for the calls that follow.
+// localtime_r need not detect a changed zone; tzset() does, for the calls that follow.
 tm LocalAt(time_t universal)
 {
     const ForkHold hold; // the C library has a lock of its own
@@ -19,8 +19,8 @@ tm LocalAt(time_t universal)
     return local;
 }
 
-// The standard time of the year 1970. The zone's past before that is known for few zones, and goes back to local mean
-// times, which aren't whole minutes off universal time, as the system's zones always are.
+// The standard time of the year 1970. Earlier history is known for few zones and includes local mean times, whose
+// offsets aren't whole minutes, as the system's zones require.
 LONG FirstOffset()
 {
     constexpr time_t kHalfYear = 182 * 86400;

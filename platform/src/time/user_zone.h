@@ -1,4 +1,4 @@
-// The time zone of the user: TZ, else the machine's.
+// The user's time zone: TZ, otherwise the machine's zone.
 #pragma once
 
 #include <minwindef.h>
@@ -9,14 +9,14 @@
 namespace qxplatform
 {
 
-// Seconds to add to universal time for local time at a moment (seconds since 1970).
+// Returns the offset of local time from UTC in seconds at a moment (seconds since 1970).
 LONG ZoneOffsetAt(time_t universal);
 
-// The moment of a local time (counted as if it were universal). Of a time that the clocks show twice the first, in
-// daylight saving time; one that they skip is read as daylight saving time too.
+// Returns the moment of a local time (counted like UTC). A local time that occurs twice is the first one, in daylight
+// saving time; a skipped one also counts as daylight saving time.
 time_t MomentOfLocal(time_t local);
 
-// As the C library abbreviates it at a moment: CET.
+// Returns the C library's abbreviation of the zone at a moment, such as CET.
 std::string ZoneAbbreviationAt(time_t universal);
 
 } // namespace qxplatform

@@ -32,7 +32,7 @@ struct Change
     LONG before;
     LONG after;
 
-    // What the clocks showed until then.
+    // The local time of the change on the old clock.
     sys_seconds Local() const { return sys_seconds(seconds(moment + before)); }
 };
 
@@ -41,7 +41,7 @@ time_t YearBegin(year number)
     return sys_seconds(sys_days(number / 1 / 1)).time_since_epoch().count();
 }
 
-// The first second in (begin, end] whose offset is that of the end.
+// Returns the first second in (begin, end] that has the offset of the end.
 time_t FindChange(time_t begin, time_t end)
 {
     const LONG after = ZoneOffsetAt(end);
@@ -53,7 +53,7 @@ time_t FindChange(time_t begin, time_t end)
     return end;
 }
 
-// A period of daylight saving time, or a pause of it, lasts more than a week.
+// Daylight saving time, and an interruption of it, lasts more than a week.
 std::vector<Change> ChangesOf(year number)
 {
     constexpr time_t kWeek = 7 * 86400;
@@ -70,7 +70,7 @@ std::vector<Change> ChangesOf(year number)
     return changes;
 }
 
-// The change to the larger offset, and the one back.
+// The change to the larger offset, and the change back.
 struct ChangePair
 {
     Change toDaylight;
@@ -97,7 +97,7 @@ bool IsInLastWeek(year_month_day date)
     return date.day() + days(7) > (date.year() / date.month() / last).day();
 }
 
-// Which of the month's weeks a rule means shows only in several years: a fourth Sunday may be the last one.
+// The week of the month in a rule can be determined only from several years: a fourth Sunday may be the last one.
 template <class PickChange>
 int WeekOfRule(year first, PickChange pick)
 {
@@ -141,7 +141,7 @@ void CopyName(std::u16string_view name, WCHAR (&target)[32])
     *std::copy_n(name.begin(), length, target) = 0;
 }
 
-// The system's own name ("W. Europe Standard Time") where ICU knows the zone, else the C library's abbreviation.
+// Returns the system's name ("W. Europe Standard Time") if ICU has the zone, otherwise the C library's abbreviation.
 std::u16string SystemNameOfZone()
 {
     const ForkHold hold; // ICU has locks of its own
@@ -182,7 +182,7 @@ sys_days DayOfRule(const SYSTEMTIME& rule, year number)
     return rule.wDay < kLastWeek ? sys_days(monthOfRule / day[rule.wDay]) : sys_days(monthOfRule / day[last]);
 }
 
-// The local time at which a rule applies in a year, on the clocks before the change.
+// Returns the local time at which a rule takes effect in a year, on the clock before the change.
 LONGLONG UnitsOfRule(const SYSTEMTIME& rule, year number)
 {
     const LONGLONG dayCount = (DayOfRule(rule, number) - kFirstFileTimeDay).count();
@@ -211,7 +211,7 @@ year YearOf(LONGLONG units)
     return year_month_day(kFirstFileTimeDay + days(units / kUnitsPerDay)).year();
 }
 
-// `shiftAtStart` and `shiftAtEnd` in minutes turn the rules' local times into those compared with.
+// `shiftAtStart` and `shiftAtEnd`, in minutes, convert the local times of the rules to the clock of the compared time.
 LONG BiasAt(const TIME_ZONE_INFORMATION& zone, LONGLONG units, LONG shiftAtStart, LONG shiftAtEnd)
 {
     if (!HasDaylightTime(zone))
@@ -228,7 +228,7 @@ bool ZoneInformationAt(time_t universal, TIME_ZONE_INFORMATION& zone)
 {
     const year number = year_month_day(floor<days>(sys_seconds(seconds(universal)))).year();
     zone = {};
-    zone.DaylightBias = -60; // as the system has it for a zone without daylight saving time
+    zone.DaylightBias = -60; // the system's value for a zone without daylight saving time
     ChangePair pair;
     if (!FindPair(number, pair))
     {

@@ -1,4 +1,4 @@
-// Changes of a variant's type.
+// Conversion of a variant's type.
 #include <oleauto.h>
 
 #include <winnt.h>
@@ -70,7 +70,7 @@ HRESULT ToText(VARIANT& target, const VARIANT& source, const Change& change)
 
 std::u16string_view TextOf(BSTR text)
 {
-    // Like all who read the text, up to a zero character.
+    // Like all functions that parse the text, stop at the first zero character.
     const std::u16string_view whole(reinterpret_cast<const char16_t*>(text), SysStringLen(text));
     return whole.substr(0, whole.find(u'\0'));
 }
@@ -81,7 +81,7 @@ bool EqualWithoutCase(std::u16string_view text, std::u16string_view lowerCase)
         [](char16_t a, char16_t b) { return (a >= u'A' && a <= u'Z' ? a + (u'a' - u'A') : a) == b; });
 }
 
-// The words for true and false, as Basic writes them too.
+// The words for true and false, including their Basic forms.
 bool BoolOfWord(std::u16string_view text, VARIANT& target)
 {
     const bool isTrue = EqualWithoutCase(text, u"true") || text == u"#TRUE#";
@@ -92,7 +92,7 @@ bool BoolOfWord(std::u16string_view text, VARIANT& target)
     return true;
 }
 
-// The nearest number, which for the smallest is 0; false for what is too large.
+// Converts to the nearest number, which is 0 for the smallest ones. Returns false if the number is too large.
 bool DoubleOfDigits(const ReadNumber& text, double& value)
 {
     value = 0;
@@ -110,7 +110,7 @@ bool DoubleOfDigits(const ReadNumber& text, double& value)
     return true;
 }
 
-// A hexadecimal number that has all bits of a signed type is a negative one.
+// A hexadecimal number that uses all bits of a signed type may be negative.
 HRESULT SetTextBits(VARIANT& target, VARTYPE type, ULONGLONG bits)
 {
     const unsigned size = IsSignedInteger(type) ? FindValueType(type)->size : 0;
@@ -141,7 +141,7 @@ HRESULT FromText(VARIANT& target, const VARIANT& source, const Change& change)
     if (number.isBits)
         return SetTextBits(target, change.type, number.bits);
 
-    // What is exact must not go through a floating-point number, nor a very small number through an exact one.
+    // Exact values must not be converted through floating point, nor very small numbers through an exact value.
     if (change.type == VT_R4 || change.type == VT_R8 || change.type == VT_BOOL)
     {
         double value;
@@ -163,7 +163,7 @@ HRESULT FromNumber(VARIANT& target, const VARIANT& source, const Change& change)
     if (const HRESULT result = NumberOf(source, number); FAILED(result))
         return result;
     const bool isInteger = IsInteger(change.type);
-    // Integers of one size are the same bits, whether they have a sign or not; and true has all bits of any.
+    // Integers of the same size have the same bits, signed or not; true sets all bits of any type.
     if (isInteger && IsInteger(source.vt) && FindValueType(source.vt)->size == FindValueType(change.type)->size)
         SetBits(target, change.type, source.llVal);
     else if (isInteger && source.vt == VT_BOOL)
@@ -173,7 +173,7 @@ HRESULT FromNumber(VARIANT& target, const VARIANT& source, const Change& change)
     return S_OK;
 }
 
-// ---- All else
+// ---- Everything else
 
 HRESULT ToInterface(VARIANT& target, const VARIANT& source, const Change& change)
 {
@@ -263,7 +263,7 @@ HRESULT WINAPI VariantChangeTypeEx(
         VARIANT target{};
         HRESULT result = ChangeValue(target, source, {*locale, vt});
         if (SUCCEEDED(result))
-            result = VariantClear(pvargDest); // which may be the source
+            result = VariantClear(pvargDest); // it may be the source
         if (SUCCEEDED(result))
             *pvargDest = target;
         else

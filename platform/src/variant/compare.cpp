@@ -1,4 +1,4 @@
-// The order of two variants.
+// Comparison of two variants.
 #include <oleauto.h>
 
 #include <stringapiset.h>
@@ -11,7 +11,7 @@ using namespace qxplatform;
 namespace
 {
 
-// The documentation leaves the other types out: whole numbers beyond the classic ones, references, arrays.
+// The documentation excludes the other types: newer integers, references, arrays.
 constexpr bool IsCompared(VARTYPE type)
 {
     switch (type)
@@ -36,7 +36,7 @@ constexpr bool IsCompared(VARTYPE type)
     }
 }
 
-// Which of the two errors it is for the types that aren't compared.
+// Determines which of the two errors applies to types that aren't compared.
 constexpr bool IsKnown(VARTYPE type)
 {
     return type <= VT_DECIMAL || (type >= VT_I1 && type <= VT_I8);
@@ -64,8 +64,8 @@ bool IsFloat(VARTYPE type)
     return type == VT_R4 || type == VT_R8 || type == VT_DATE;
 }
 
-// As the wider of the two types: decimal, floating-point, currency, whole. A single has no more digits to compare than
-// it was made with, so a double next to it is cut to them.
+// Compares in the wider of the two types: decimal, floating-point, currency, integer. A single is precise only to its
+// own digits, so a double compared with it is rounded to them.
 HRESULT CompareNumbers(const VARIANT& left, const VARIANT& right)
 {
     Number leftNumber, rightNumber;
@@ -91,7 +91,7 @@ HRESULT CompareNumbers(const VARIANT& left, const VARIANT& right)
                ExactOf(std::get<double>(number), value.vt == VT_R4 ? kSingleDigits : kDoubleDigits, result);
     };
     Exact leftExact, rightExact;
-    // A floating-point number beyond all decimals.
+    // A floating-point number beyond the range of decimals.
     if (!exact(leftNumber, left, leftExact) || !exact(rightNumber, right, rightExact))
         return OrderOf(DoubleOf(leftNumber), DoubleOf(rightNumber));
     return OrderOf(Compare(leftExact, rightExact), 0);
@@ -107,7 +107,7 @@ HRESULT WINAPI VarCmp(LPVARIANT pvarLeft, LPVARIANT pvarRight, LCID lcid, ULONG 
         return DISP_E_BADVARTYPE;
     if (!IsCompared(left.vt) || !IsCompared(right.vt))
         return DISP_E_TYPEMISMATCH;
-    if (left.vt == VT_ERROR || right.vt == VT_ERROR) // which have no order: all are alike
+    if (left.vt == VT_ERROR || right.vt == VT_ERROR) // errors have no order: all are equal
         return left.vt == right.vt ? VARCMP_EQ : DISP_E_TYPEMISMATCH;
     if (left.vt == VT_NULL || right.vt == VT_NULL)
         return VARCMP_NULL;
@@ -115,7 +115,7 @@ HRESULT WINAPI VarCmp(LPVARIANT pvarLeft, LPVARIANT pvarRight, LCID lcid, ULONG 
     const bool rightIsText = right.vt == VT_BSTR;
     if (!leftIsText && !rightIsText)
         return CompareNumbers(left, right);
-    // Nothing at all is the empty text; any other value stands before all texts.
+    // VT_EMPTY counts as the empty text; any other value sorts before all texts.
     if ((leftIsText || left.vt == VT_EMPTY) && (rightIsText || right.vt == VT_EMPTY))
         return CompareTexts(leftIsText ? left.bstrVal : nullptr, rightIsText ? right.bstrVal : nullptr, lcid, dwFlags);
     return leftIsText ? VARCMP_GT : VARCMP_LT;

@@ -1,4 +1,4 @@
-// Values of variants as numbers and back, for those who change types or compare.
+// Conversion between variants and numbers, used for type changes and comparison.
 #pragma once
 
 #include <oaidl.h>
@@ -8,21 +8,22 @@
 namespace qxplatform
 {
 
-// Floating-point numbers are shown, and made decimal, with the digits that they surely have.
+// The number of digits that floating-point numbers reliably have; used for text and decimals.
 inline constexpr int kSingleDigits = 7;
 inline constexpr int kDoubleDigits = 15;
 
-// S_OK; DISP_E_TYPEMISMATCH for what is no number (nothing at all is 0); E_INVALIDARG for a malformed decimal.
+// Returns S_OK; DISP_E_TYPEMISMATCH if the value is not a number (VT_EMPTY counts as 0); E_INVALIDARG for a malformed
+// decimal.
 HRESULT NumberOf(const VARIANT& value, Number& number);
 
-// S_OK, DISP_E_OVERFLOW, or DISP_E_TYPEMISMATCH for a type that is no number's. `singlePrecision` tells where the
-// number comes from.
+// Returns S_OK, DISP_E_OVERFLOW, or DISP_E_TYPEMISMATCH if the type is not numeric. `singlePrecision` says that the
+// number comes from a single.
 HRESULT SetNumber(VARIANT& target, VARTYPE type, const Number& number, bool singlePrecision);
 
-// The lowest bytes of a value that has the target's size.
+// Stores the lowest bytes of a value, as many as the target's type has.
 void SetBits(VARIANT& target, VARTYPE type, LONGLONG bits);
 
-// Whether a date can be told as a day of the years 100 to 9999.
+// Returns true if the date is in the years 100 to 9999.
 bool IsDate(double date);
 
 } // namespace qxplatform

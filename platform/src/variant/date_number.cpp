@@ -1,4 +1,4 @@
-// Dates as numbers of days.
+// Conversion of dates to numbers of days.
 #include <oleauto.h>
 
 #include <chrono>
@@ -17,7 +17,7 @@ using namespace std::chrono;
 constexpr sys_days kDayZero{1899y / December / 30};
 constexpr int kSecondsPerDay = 86'400;
 
-// Two digits of a year mean one of the hundred years up to this.
+// Two-digit years are within the hundred years up to this one.
 constexpr int kLastOfTwoDigits = 2049;
 
 int FullYear(int year)
@@ -28,7 +28,7 @@ int FullYear(int year)
     return inLastCentury > kLastOfTwoDigits ? inLastCentury - 100 : inLastCentury;
 }
 
-// A month or a day of 0 is the last one before, and a day that the month hasn't is one of the next.
+// A month or day of 0 is the last one of the previous period, and a day beyond the end of a month is in the next month.
 sys_days DayOf(const SYSTEMTIME& time)
 {
     const year_month first = year{FullYear(time.wYear)} / January + months(time.wMonth - 1);
@@ -41,7 +41,7 @@ INT WINAPI SystemTimeToVariantTime(LPSYSTEMTIME lpSystemTime, DOUBLE* pvtime)
 {
     const SYSTEMTIME& time = *lpSystemTime;
     constexpr int kLastYear = 9999;
-    // Milliseconds don't count. What is too large of the time of day is carried over.
+    // Milliseconds are ignored. Excess hours, minutes and seconds are carried over.
     const auto isTooLarge = [](WORD value)
     {
         return value > 0x7fff;

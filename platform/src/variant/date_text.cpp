@@ -1,4 +1,4 @@
-// Dates as text.
+// Conversion of dates to text.
 #include <oleauto.h>
 
 #include <cmath>
@@ -12,7 +12,7 @@ using namespace qxplatform;
 namespace
 {
 
-// Where no date was given the day is that of the number 0.
+// The date of a text that contains only a time: the day of the number 0.
 constexpr SYSTEMTIME kDateOfTimes{1899, 12, 6, 30, 0, 0, 0, 0};
 
 SYSTEMTIME WithDateOf(const SYSTEMTIME& date, const SYSTEMTIME& time)

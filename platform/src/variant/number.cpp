@@ -13,7 +13,7 @@ namespace qxplatform
 namespace
 {
 
-// 29 digits have a scale of 28 at most and always fit in 128 bits.
+// 29 digits have a scale of at most 28 and always fit in 128 bits.
 constexpr std::size_t kMostDigits = 29;
 
 UInt128 PowerOf10(int exponent)
@@ -32,7 +32,7 @@ UInt128 DivideToEven(UInt128 value, UInt128 divisor)
     return quotient + up;
 }
 
-// The first `kept` digits, rounded by the others.
+// Returns the first `kept` digits, rounded by the others.
 UInt128 Rounded(std::string_view digits, std::size_t kept)
 {
     UInt128 value = 0;
@@ -63,7 +63,7 @@ std::string DigitsOf(UInt128 value)
     return digits;
 }
 
-// Digits and exponent as the formatter gives them: d.ddde+dd.
+// Digits and exponent as written by the formatter: d.ddde+dd.
 using ScientificText = std::array<char, 40>;
 std::string_view Scientific(ScientificText& buffer, double value, int significantDigits)
 {
@@ -114,7 +114,7 @@ bool ExactOf(std::string_view digits, long long exponent, bool negative, Exact& 
         result.mantissa = Rounded(digits, digits.size()) * PowerOf10(static_cast<int>(exponent));
         return result.mantissa <= kMaxMantissa;
     }
-    // As many places as the type has, then as many as the mantissa has room for.
+    // As many decimal places as the type has, reduced to what the mantissa has room for.
     for (long long scale = std::min<long long>(-exponent, kMaxScale); scale >= 0; --scale)
     {
         const long long kept = count + exponent + scale;
@@ -196,7 +196,7 @@ bool CurrencyOf(const Number& number, CY& result)
     Number scaled;
     if (const auto* const exact = std::get_if<Exact>(&number))
     {
-        // More than that is out of bounds anyhow, and would not fit when it is multiplied.
+        // Larger values are out of range anyway and would overflow in the multiplication.
         Exact shifted = *exact;
         if (shifted.mantissa / PowerOf10(shifted.scale) > std::numeric_limits<ULONGLONG>::max())
             return false;
@@ -235,7 +235,7 @@ int Compare(const Exact& left, const Exact& right)
         return 0;
     if (left.negative != right.negative)
         return left.negative ? -1 : 1;
-    // Whole parts first, then fractions with the same number of places: neither outgrows its 128 bits.
+    // Compare integer parts first, then fractions with the same number of places. Neither exceeds 128 bits.
     const UInt128 leftUnit = PowerOf10(left.scale);
     const UInt128 rightUnit = PowerOf10(right.scale);
     UInt128 leftPart = left.mantissa / leftUnit;
@@ -271,7 +271,7 @@ std::string TextOf(double value, int significantDigits)
         return std::signbit(value) ? "-1.#IND" : "1.#QNAN";
     if (std::isinf(value))
         return value < 0 ? "-1.#INF" : "1.#INF";
-    if (value == 0) // also the negative one
+    if (value == 0) // including negative zero
         return "0";
     ScientificText buffer;
     const auto end = std::to_chars(

@@ -1,4 +1,4 @@
-// A number on its way from one type of variant to another.
+// A number during the conversion from one variant type to another.
 #pragma once
 
 #include <oaidl.h>
@@ -12,8 +12,8 @@ namespace qxplatform
 
 using UInt128 = unsigned __int128;
 
-// mantissa / 10^scale: whole numbers, currency and decimals, which lose nothing on their way. A mantissa has at most
-// 96 bits, a scale is at most 28.
+// mantissa / 10^scale: integers, currency and decimals, which are converted without loss. A mantissa has at most 96
+// bits, a scale is at most 28.
 struct Exact
 {
     UInt128 mantissa = 0;
@@ -30,33 +30,33 @@ using Number = std::variant<Exact, double>;
 Exact ExactOf(LONGLONG value);
 Exact ExactOf(ULONGLONG value);
 Exact ExactOf(CY value);
-// False for a scale or sign that no number has.
+// Returns false if scale or sign is invalid.
 bool ExactOf(const DECIMAL& value, Exact& result);
-// digits * 10^exponent, rounded to what fits, half to even; false where it is too large.
+// Returns digits * 10^exponent, rounded half to even to what fits. Returns false if it is too large.
 bool ExactOf(std::string_view digits, long long exponent, bool negative, Exact& result);
-// That many significant digits count, as those behind them are the format's and not the number's. False for what is
-// too large, or no number.
+// Uses only `significantDigits` digits; those after them are artefacts of the binary format. Returns false if the value
+// is too large or not a number.
 bool ExactOf(double value, int significantDigits, Exact& result);
 
-// With fewer places or more, half to even. More have to fit in 128 bits.
+// Changes the number of decimal places, rounding half to even. The result must fit in 128 bits.
 Exact WithScale(const Exact& number, int scale);
 
 double DoubleOf(const Exact& number);
 double DoubleOf(const Number& number);
 
-// False where it is out of bounds.
+// Return false if the number is out of range.
 bool CurrencyOf(const Number& number, CY& result);
 bool DecimalOf(const Number& number, int significantDigits, DECIMAL& result);
-// A whole number, half to even; the bounds are those of a type.
+// Rounds to an integer, half to even, within the range of a type.
 bool WholeOf(const Number& number, LONGLONG least, ULONGLONG most, LONGLONG& result);
 bool IsZero(const Number& number);
 
-// -1, 0 or 1, without loss.
+// Returns -1, 0 or 1. The comparison is exact.
 int Compare(const Exact& left, const Exact& right);
 
-// With '.' and without zeros at the end.
+// With '.' and without trailing zeros.
 std::string TextOf(const Exact& number);
-// As %.*G, with an exponent of two digits or more.
+// Like %.*G, with an exponent of at least two digits.
 std::string TextOf(double value, int significantDigits);
 
 } // namespace qxplatform

@@ -99,7 +99,7 @@ private:
         return true;
     }
 
-    // Where groups are set apart by a blank, any kind of blank will do.
+    // If the group separator is a blank, any kind of blank is accepted.
     bool TakeGroupSeparator()
     {
         if (Take(_symbols.group))
@@ -129,7 +129,7 @@ private:
         return any;
     }
 
-    // Nothing, or all of one.
+    // Parses a complete exponent, or nothing.
     bool TakeExponent()
     {
         if (!Take(u"e") && !Take(u"E"))
@@ -139,7 +139,7 @@ private:
             Take(u"+");
         if (_rest.empty() || !IsDigit(_rest.front()))
             return false;
-        // Beyond all bounds of numbers, but far from those of the sum with the places of a long text.
+        // Beyond any numeric range, but small enough to be added to the number of digits in a long text.
         constexpr long long kLargest = 1LL << 40;
         long long exponent = 0;
         for (; !_rest.empty() && IsDigit(_rest.front()); _rest.remove_prefix(1))
@@ -169,7 +169,7 @@ private:
         return any && _rest.empty() ? S_OK : DISP_E_TYPEMISMATCH;
     }
 
-    // 16 for what is no digit.
+    // Returns 16 if the character is not a digit.
     static int DigitOf(char16_t c)
     {
         constexpr std::u16string_view kDigits = u"0123456789abcdef";

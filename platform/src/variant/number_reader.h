@@ -1,4 +1,4 @@
-// Numbers as people write them, in the signs of their locale.
+// Parses numbers as users write them, with the symbols of their locale.
 #pragma once
 
 #include <minwindef.h>
@@ -19,7 +19,7 @@ struct NumberSymbols
 };
 NumberSymbols SymbolsOf(const Locale& locale);
 
-// What a text says: digits * 10^exponent, or the bits of "&H1F" and "&O37".
+// The parsed number: digits * 10^exponent, or the bits of "&H1F" and "&O37".
 struct ReadNumber
 {
     bool negative = false;
@@ -30,9 +30,9 @@ struct ReadNumber
     ULONGLONG bits = 0;
 };
 
-// S_OK, DISP_E_TYPEMISMATCH for what is no number, DISP_E_OVERFLOW for more than 64 bits. Around the number may stand
-// blanks, one sign before or behind it, one currency symbol, brackets for a negative number; group separators may stand
-// anywhere behind the first digit, and an exponent at the end.
+// Returns S_OK, DISP_E_TYPEMISMATCH if the text is not a number, or DISP_E_OVERFLOW beyond 64 bits. The number may be
+// surrounded by blanks, one sign before or after it, one currency symbol, and parentheses for a negative number. Group
+// separators may occur anywhere after the first digit, and an exponent at the end.
 HRESULT ReadNumberText(std::u16string_view text, const NumberSymbols& symbols, ReadNumber& result);
 
 } // namespace qxplatform

@@ -1,4 +1,4 @@
-// A variant without its references.
+// Resolves references in variants.
 #pragma once
 
 #include <oaidl.h>
@@ -6,8 +6,9 @@
 namespace qxplatform
 {
 
-// What the variant holds or refers to, as bytes that still belong to its owner: not to be cleared. DISP_E_BADVARTYPE
-// for no type of a variant, E_INVALIDARG for a reference to nothing or to another reference to a variant.
+// Returns the value that the variant contains or refers to. Its bytes still belong to the owner and must not be
+// cleared. DISP_E_BADVARTYPE if the type is invalid; E_INVALIDARG for a null reference or a reference to another
+// reference to a variant.
 HRESULT Resolve(const VARIANT& source, VARIANT& shared);
 
 } // namespace qxplatform

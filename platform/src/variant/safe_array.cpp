@@ -1,4 +1,4 @@
-// Arrays that know their type, their bounds and how many users have them locked.
+// Safe arrays, which store their type, bounds and lock count.
 #include <oleauto.h>
 
 #include <cstdlib>
@@ -17,7 +17,7 @@ namespace
 constexpr USHORT kMadeAsVector = 0x2000;
 constexpr USHORT kNotOnTheHeap = FADF_AUTO | FADF_STATIC | FADF_EMBEDDED;
 
-// In front of the array: an interface's identifier, or the element type in the last four bytes.
+// Before the array: an interface identifier, or the element type in the last four bytes.
 constexpr std::size_t kHeaderSize = sizeof(GUID);
 
 char* HeaderEnd(SAFEARRAY* array)
@@ -58,7 +58,7 @@ std::size_t CountElements(const SAFEARRAY* array)
     return count;
 }
 
-// Whether the elements have a number and size that 32 bits can tell.
+// Returns true if the number of elements and their size fit in 32 bits.
 bool FitsIn32Bits(const SAFEARRAYBOUND* bounds, UINT dimensions, std::size_t elementSize)
 {
     std::size_t size = elementSize;
@@ -71,7 +71,7 @@ bool FitsIn32Bits(const SAFEARRAYBOUND* bounds, UINT dimensions, std::size_t ele
     return true;
 }
 
-// `bounds` in the caller's order, which is the reverse of the array's.
+// `bounds` are in the caller's order, which is the reverse of the array's.
 SAFEARRAY* Create(const ValueType& type, UINT dimensions, const SAFEARRAYBOUND* bounds, USHORT moreFeatures)
 {
     if (!FitsIn32Bits(bounds, dimensions, type.size))
@@ -87,7 +87,7 @@ SAFEARRAY* Create(const ValueType& type, UINT dimensions, const SAFEARRAYBOUND* 
     for (UINT i = 0; i < dimensions; ++i)
         array->rgsabound[i] = bounds[dimensions - 1 - i];
     WriteHeader(array, type.type);
-    // An array without elements has a place for them all the same, for callers that take null for a failure.
+    // An array without elements still allocates memory, for callers that treat null as a failure.
     const std::size_t dataSize = CountElements(array) * type.size;
     array->pvData = std::calloc(1, dataSize != 0 ? dataSize : 1);
     if (array->pvData == nullptr)
@@ -134,7 +134,7 @@ HRESULT CopyText(BSTR source, BSTR& target)
     return target != nullptr ? S_OK : E_OUTOFMEMORY;
 }
 
-// From one place to another that holds nothing to release.
+// Copies to a place that contains nothing to release.
 HRESULT CopyElement(SAFEARRAY* array, const void* source, void* target)
 {
     if (array->fFeatures & FADF_BSTR)
@@ -164,7 +164,7 @@ HRESULT CopyElements(SAFEARRAY* source, SAFEARRAY* target)
     return S_OK;
 }
 
-// The bound of a dimension that is counted from 1, as callers do.
+// Returns the bound of a dimension, counted from 1 as in the API.
 const SAFEARRAYBOUND* BoundOf(SAFEARRAY* array, UINT dimension)
 {
     return dimension != 0 && dimension <= array->cDims ? &array->rgsabound[array->cDims - dimension] : nullptr;
@@ -187,7 +187,7 @@ void* PlaceOf(SAFEARRAY* array, const LONG* indices)
     return DataAs<char>(array) + place * array->cbElements;
 }
 
-// Holds an array for the length of one call.
+// Locks an array for the duration of one call.
 class Lock
 {
 public:
@@ -231,7 +231,7 @@ HRESULT WINAPI SafeArrayDestroy(SAFEARRAY* psa)
         return DISP_E_ARRAYISLOCKED;
     if (psa->pvData != nullptr)
         ReleaseElements(psa);
-    // What the caller made room for is the caller's to free; only its elements end here.
+    // Memory provided by the caller is freed by the caller; only its elements are released here.
     if (psa->fFeatures & kNotOnTheHeap)
         return S_OK;
     std::free(psa->pvData);
@@ -256,7 +256,7 @@ HRESULT WINAPI SafeArrayCopy(SAFEARRAY* psa, SAFEARRAY** ppsaOut)
     SAFEARRAY* const copy = Create(*type, psa->cDims, psa->rgsabound, psa->fFeatures & kMadeAsVector);
     if (copy == nullptr)
         return E_OUTOFMEMORY;
-    std::memcpy(copy->rgsabound, psa->rgsabound, psa->cDims * sizeof(SAFEARRAYBOUND)); // Create turned them round
+    std::memcpy(copy->rgsabound, psa->rgsabound, psa->cDims * sizeof(SAFEARRAYBOUND)); // Create reversed them
     if (const HRESULT result = CopyElements(psa, copy); FAILED(result))
     {
         SafeArrayDestroy(copy);
@@ -344,7 +344,7 @@ HRESULT WINAPI SafeArrayGetElement(SAFEARRAY* psa, LONG* rgIndices, void* pv)
     void* const place = PlaceOf(psa, rgIndices);
     if (place == nullptr)
         return DISP_E_BADINDEX;
-    if (psa->fFeatures & FADF_VARIANT) // the caller's one is cleared
+    if (psa->fFeatures & FADF_VARIANT) // the caller's variant is cleared
         return VariantCopy(static_cast<VARIANT*>(pv), static_cast<const VARIANT*>(place));
     return CopyElement(psa, place, pv);
 }
@@ -360,7 +360,7 @@ HRESULT WINAPI SafeArrayPutElement(SAFEARRAY* psa, LONG* rgIndices, void* pv)
     if (place == nullptr)
         return DISP_E_BADINDEX;
 
-    // A text and an object are handed over by themselves, and may be null; all else by its address.
+    // Strings and objects are passed directly and may be null; everything else is passed by address.
     if (psa->fFeatures & FADF_BSTR)
     {
         BSTR text = nullptr;

@@ -24,7 +24,7 @@ constexpr ValueType kTypes[] = {
     {VT_DISPATCH, 8, FADF_HAVEIID | FADF_DISPATCH, true},
     {VT_ERROR, 4, kPlain, true},
     {VT_BOOL, 2, kPlain, true},
-    {VT_VARIANT, sizeof(VARIANT), kPlain | FADF_VARIANT, true}, // in a variant by reference only
+    {VT_VARIANT, sizeof(VARIANT), kPlain | FADF_VARIANT, true}, // in a variant only by reference
     {VT_UNKNOWN, 8, FADF_HAVEIID | FADF_UNKNOWN, true},
     {VT_DECIMAL, sizeof(DECIMAL), kPlain, true},
     {VT_I1, 1, kPlain, true},

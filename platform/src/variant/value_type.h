@@ -1,4 +1,4 @@
-// Which types a variant and a safe array can hold, and how much room a value takes.
+// The types that variants and safe arrays can contain, and the size of their values.
 #pragma once
 
 #include <oaidl.h>
@@ -9,18 +9,19 @@ namespace qxplatform
 struct ValueType
 {
     VARTYPE type;
-    USHORT size;     // 0: nothing but the type
-    USHORT features; // FADF_ of an array with such elements; 0 where there are no such arrays
+    USHORT size;     // 0 if the type has no value
+    USHORT features; // FADF_ flags of an array with such elements; 0 if there are no such arrays
     bool inVariant;
 };
 
-// Null for what is no type, which VT_RECORD is too: the layer has no descriptions of records.
+// Returns null for an invalid type. This includes VT_RECORD: the layer has no descriptions of records.
 const ValueType* FindValueType(VARTYPE type);
 
-// S_OK, or DISP_E_BADVARTYPE for what no variant can hold. Only VT_ARRAY and VT_BYREF may go with a type.
+// Returns S_OK, or DISP_E_BADVARTYPE if no variant can have the type. Only VT_ARRAY and VT_BYREF may be combined with a
+// type.
 HRESULT CheckVariantType(VARTYPE type);
 
-// Whole numbers, and how many bytes they have.
+// Return true for integers, and for signed integers.
 bool IsInteger(VARTYPE type);
 bool IsSignedInteger(VARTYPE type);
 

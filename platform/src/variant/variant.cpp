@@ -1,4 +1,4 @@
-// The life of a variant: beginning, copies, end.
+// Initialising, copying and clearing variants.
 #include <oleauto.h>
 
 #include <cstring>
@@ -30,7 +30,7 @@ HRESULT Dereference(const VARIANT& source, VARIANT& target)
     if (type & VT_ARRAY)
         target.parray = *source.pparray;
     else if (type == VT_DECIMAL)
-        target.decVal = *source.pdecVal; // the type stands in what the number leaves free
+        target.decVal = *source.pdecVal; // the type is in a member that the number doesn't use
     else
         std::memcpy(&target.llVal, source.byref, FindValueType(type)->size);
     target.vt = type;
@@ -56,7 +56,7 @@ using namespace qxplatform;
 namespace
 {
 
-// What a variant owns apart from its own bytes.
+// Releases what a variant owns apart from its own bytes.
 void Release(VARTYPE type, const VARIANT& value)
 {
     if (type == VT_BSTR)
@@ -65,7 +65,7 @@ void Release(VARTYPE type, const VARIANT& value)
         value.punkVal->Release();
 }
 
-// Gives the copy, whose bytes are those of the original, something of its own to own.
+// Replaces the resources of a bytewise copy with copies of its own.
 HRESULT Duplicate(VARIANT& copy)
 {
     if (copy.vt & VT_BYREF)
@@ -74,7 +74,7 @@ HRESULT Duplicate(VARIANT& copy)
         return SafeArrayCopy(copy.parray, &copy.parray);
     if (copy.vt == VT_BSTR)
     {
-        // Null becomes a text without characters.
+        // Null becomes an empty string.
         copy.bstrVal =
             SysAllocStringByteLen(reinterpret_cast<const char*>(copy.bstrVal), SysStringByteLen(copy.bstrVal));
         return copy.bstrVal != nullptr ? S_OK : E_OUTOFMEMORY;
@@ -84,7 +84,7 @@ HRESULT Duplicate(VARIANT& copy)
     return S_OK;
 }
 
-// `copy` has the bytes of what it is a copy of.
+// `copy` is a bytewise copy.
 HRESULT Replace(VARIANT& target, VARIANT copy)
 {
     if (const HRESULT result = CheckVariantType(copy.vt); FAILED(result))

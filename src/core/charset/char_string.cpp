@@ -21,7 +21,7 @@ void clsCHARString::Append(const char* bytes, std::size_t count)
         return;
     if (count >= SIZE_MAX / 2 - _length)
         throw std::bad_alloc();
-    // The bytes may be this object's own, so they are copied before the old block goes.
+    // The bytes may belong to this object, so they are copied before the old block is freed.
     std::unique_ptr<char[]> old;
     if (_length + count + 1 > _capacity)
     {
@@ -66,7 +66,7 @@ String clsCHARString::ToString(unsigned codePage) const
         return String::EmptyString();
     if (codePage != 0)
         return String(clsCharsetConversionStringCP(codePage, Text()).GetWide());
-    // Zero bytes too, which a decoder may have collected.
+    // Includes zero bytes, which a decoder may have produced.
     String text;
     wchar_t* characters = text.GetBuffer(_length + 1);
     for (std::size_t i = 0; i < _length; ++i)

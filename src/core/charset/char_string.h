@@ -8,8 +8,8 @@
 namespace qx
 {
 
-// Collects the bytes that a decoder puts out, to be converted to text at the end. Zero-terminated once it holds
-// anything. It grows in steps of 256 bytes; who knows how much is coming reserves first.
+// Collects the bytes that a decoder produces, for conversion to text at the end. Zero-terminated once it contains
+// anything. It grows in steps of 256 bytes; if the size is known in advance, call Reserve.
 class clsCHARString
 {
 public:
@@ -33,19 +33,19 @@ public:
 
     void Append(const char* bytes, std::size_t count);
 
-    // Room for a total of so many bytes and the terminator.
+    // Ensures room for a total of `length` bytes and the terminator.
     void Reserve(std::size_t length);
 
     std::size_t Length() const { return _length; }
     std::size_t Capacity() const { return _capacity; }
     const char* Text() const { return _bytes ? _bytes.get() : ""; }
 
-    // The text up to its first zero byte, read in a code page; with code page 0 each byte becomes the character of the
-    // same value. The result has the default code page.
+    // Converts the text up to its first zero byte from a code page. With code page 0, each byte becomes the character
+    // of the same value and zero bytes are included. The result has the default code page.
     String ToString(unsigned codePage) const;
 
 private:
-    // The capacity to have before another byte joins so many.
+    // Returns the capacity needed to append a byte to `length` bytes.
     static std::size_t CapacityFor(std::size_t length) { return ((length + 1) & ~std::size_t{255}) + 256; }
     void Grow(std::size_t capacity);
     void Swap(clsCHARString& other) noexcept;

@@ -18,19 +18,19 @@ namespace
 constexpr wchar_t kEmptyWide[] = L"";
 constexpr char kEmptyNarrow[] = "";
 
-// The system takes lengths as int. A text that no int can tell converts to nothing.
+// The system takes lengths as int. A text that is too long for an int is converted to the empty text.
 int SystemLength(std::size_t length)
 {
     return length < INT_MAX ? static_cast<int>(length) : 0;
 }
 
-// The system refuses any flag for UTF-8.
+// The system rejects all flags for UTF-8.
 DWORD WideningFlags(std::uint32_t codePage)
 {
     return codePage == CP_UTF8 ? 0 : MB_PRECOMPOSED;
 }
 
-// At most `size` - 1 characters are taken from a buffer whose terminator may be missing.
+// Returns the length of the text in a buffer, at most size - 1, because the terminator may be missing.
 int PresentLength(const char* buffer, std::uint32_t size)
 {
     return size == 0 ? 0 : SystemLength(strnlen(buffer, size - 1));
@@ -55,8 +55,8 @@ clsCharsetConversionString::clsCharsetConversionString(const char* text)
 
 clsCharsetConversionString::clsCharsetConversionString(CodePage codePage) : _codePage(codePage.value) {}
 
-// The working buffer has one character more than the caller's, and is inline up to a capacity of 64 all the same: no
-// one writes more than `capacity` characters to it.
+// The working buffer has one character more than the caller's buffer. The inline buffer has no extra character for a
+// capacity of 64, but never receives more than `capacity` characters.
 clsCharsetConversionString::clsCharsetConversionString(char* buffer, std::uint32_t capacity)
     : _narrowWriteBack(buffer),
       _writeBackCapacity(capacity)
@@ -85,7 +85,8 @@ clsCharsetConversionString::clsCharsetConversionString(wchar_t* buffer, std::uin
     _narrow[converted] = 0;
 }
 
-// Without memory for the conversion the caller's buffer gets the empty text: nothing may leave a destructor.
+// If memory for the conversion runs out, the caller's buffer receives the empty text, because a destructor must not
+// throw.
 clsCharsetConversionString::~clsCharsetConversionString()
 {
     try
@@ -158,8 +159,8 @@ const char* clsCharsetConversionString::GetNarrow()
     const std::uint32_t codePage = EffectiveCodePage();
     const int size = WideCharToMultiByte(codePage, 0, _wide, SystemLength(length), nullptr, 0, nullptr, nullptr);
     _narrow = NewNarrow(static_cast<std::size_t>(size));
-    // The terminator is converted with the text. Where that takes more room than one byte (code pages with shift
-    // states), or the page doesn't exist, the text goes alone.
+    // The terminator is converted along with the text. If the terminator takes more than one byte (code pages with
+    // shift states) or the code page doesn't exist, the text is converted without it.
     if (WideCharToMultiByte(codePage, 0, _wide, SystemLength(length + 1), _narrow, size + 1, nullptr, nullptr) == 0)
     {
         if (size > 0)
@@ -200,7 +201,7 @@ void clsCharsetConversionString::StoreNarrow(const char* text)
     memcpy(_narrow, length != 0 ? text : kEmptyNarrow, length + 1);
 }
 
-// A buffer without room gets nothing, not even a terminator.
+// A buffer of size 0 is left untouched; no terminator is written.
 void clsCharsetConversionString::WriteBack()
 {
     if (_narrowWriteBack != nullptr && _writeBackCapacity != 0)

@@ -1,5 +1,4 @@
-// One text in a wide and an 8-bit form, each made on demand: what stands between the 8-bit exports and the wide
-// library.
+// A text in both a wide and an 8-bit form, each converted on demand. The 8-bit exports use it to call the wide library.
 #pragma once
 
 #include <cstddef>
@@ -8,13 +7,13 @@
 namespace qx
 {
 
-// A local object of one thread, for the length of one export. Texts below 64 characters live inside the object, so
-// that wrapping an ordinary argument allocates nothing.
+// Intended as a local variable of one export. Texts below 64 characters are stored inside the object, so that wrapping
+// an ordinary argument doesn't allocate.
 //
-// The code page is 0 for the module's default one, kNoCodePage for widening byte by byte (towards wide text only;
-// the other direction then finds no page and gives empty text), or any Windows code page.
+// The code page is 0 for the module's default code page, a Windows code page, or kNoCodePage. kNoCodePage widens byte
+// by byte; it works only towards wide text, and the other direction produces an empty text.
 //
-// Conversion errors aren't reported: what can't be converted becomes empty or what the system puts in its place.
+// Conversion errors aren't reported. What can't be converted becomes empty or whatever the system substitutes.
 class clsCharsetConversionString
 {
 public:
@@ -22,33 +21,34 @@ public:
     static constexpr std::uint32_t kNoCodePage = 0xFFFFFFFF;
     static constexpr std::uint32_t kInlineSize = 64;
 
-    // Both copy the text; null gives the empty text.
+    // Both copy the text. Null is the empty text.
     explicit clsCharsetConversionString(const wchar_t* text);
     explicit clsCharsetConversionString(const char* text);
 
-    // The output form: a caller's 8-bit buffer of `capacity` bytes, and a wide working buffer in its place, which
-    // begins with what the buffer holds now. Give WideBuffer() and the same capacity to a wide function; the
-    // destructor delivers its text to the caller, cut to capacity - 1 bytes and terminated. A null buffer is allowed
-    // and gets nothing.
+    // Wraps an output buffer: the caller's 8-bit buffer of `capacity` bytes. WideBuffer() returns a wide working buffer
+    // that initially contains the converted contents. Pass it with the same capacity to a wide function. The destructor
+    // converts the result back and stores it in the caller's buffer, truncated to capacity - 1 bytes and terminated. A
+    // null buffer is allowed; nothing is stored then.
     clsCharsetConversionString(char* buffer, std::uint32_t capacity);
-    // The same the other way round: NarrowBuffer() works for a caller's wide buffer of `capacity` characters.
+    // The same in the other direction: NarrowBuffer() is the working buffer for the caller's wide buffer of `capacity`
+    // characters.
     clsCharsetConversionString(wchar_t* buffer, std::uint32_t capacity);
 
     clsCharsetConversionString(const clsCharsetConversionString&) = delete;
     clsCharsetConversionString& operator=(const clsCharsetConversionString&) = delete;
 
-    // Delivers the output form's result and releases the texts.
+    // Stores the result in the output buffer, if there is one, and frees the texts.
     virtual ~clsCharsetConversionString();
 
-    // As if the object were destroyed and made anew from `text`, which must not be one of its own texts. The code
-    // page stays.
+    // Behaves as if the object were destroyed and constructed again from `text`, which must not be one of the object's
+    // own texts. The code page is kept.
     void SetNarrow(const char* text);
 
-    // The text in that form, valid as long as the object and until SetNarrow. Never null.
+    // Return the text in the respective form. It is valid until SetNarrow or the destructor is called. Never null.
     const wchar_t* GetWide();
     const char* GetNarrow();
 
-    // The working buffer of an output form.
+    // Return the working buffer of an output buffer.
     wchar_t* WideBuffer() { return _wide; }
     char* NarrowBuffer() { return _narrow; }
 
@@ -69,7 +69,7 @@ private:
     void WriteBack();
     void Release();
 
-    wchar_t* _wide = nullptr; // the inline buffer or a block of its own; null until that form exists
+    wchar_t* _wide = nullptr; // the inline buffer or a heap block; null until this form exists
     char* _narrow = nullptr;
     wchar_t _inlineWide[kInlineSize];
     char _inlineNarrow[kInlineSize];
@@ -79,7 +79,7 @@ private:
     std::uint32_t _codePage = kDefaultCodePage;
 };
 
-// The same with a code page of its own.
+// The same with an explicit code page.
 class clsCharsetConversionStringCP : public clsCharsetConversionString
 {
 public:

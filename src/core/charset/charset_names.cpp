@@ -19,7 +19,7 @@ struct scCharset
     std::uint32_t codePage;
 };
 
-// The first row that fits wins, so the second rows of iso-8859-1 and iso-2022-jp are never given.
+// The first match wins, so the second entries for iso-8859-1 and iso-2022-jp are never used.
 constexpr scCharset kCharsets[] = {
     {L"windows-1250", 1250},
     {L"windows-1251", 1251},

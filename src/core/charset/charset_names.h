@@ -1,4 +1,4 @@
-// Charset names of documents as Windows code pages.
+// Maps the charset names of documents to Windows code pages.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,8 @@ namespace qx
 
 class IString;
 
-// The code page of a charset name, compared whole and without regard to case; GetACP() for any name that isn't in the
-// table, the empty one included.
+// Returns the code page for a charset name. The name must match completely; case doesn't matter. Returns GetACP() for
+// an unknown or empty name.
 std::uint32_t CharsetNameToCodePage(const IString& name);
 
 } // namespace qx

@@ -14,7 +14,7 @@ namespace
 enum Script : std::uint32_t
 {
     kJapanese = 0x01,
-    kIdeographs = 0x01 | 0x02 | 0x04, // shared by the East Asian scripts, so they never tell one alone
+    kIdeographs = 0x01 | 0x02 | 0x04, // shared by the East Asian scripts, so ideographs alone don't identify one
     kKorean = 0x08,
     kThai = 0x10,
     kGreek = 0x20,
@@ -30,7 +30,7 @@ struct scScriptRange
     std::uint32_t scripts;
 };
 
-// Sorted by first unit, which ends the search.
+// Sorted by the first unit, which allows the search to stop early.
 constexpr scScriptRange kRanges[] = {
     {0x0370, 0x03FF, kGreek},
     {0x0400, 0x052F, kCyrillic},

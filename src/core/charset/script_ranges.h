@@ -1,4 +1,4 @@
-// The guess of a GDI charset from the letters of a text.
+// Guesses a GDI charset from the letters of a text.
 #pragma once
 
 #include <cstdint>
@@ -6,8 +6,9 @@
 namespace qx
 {
 
-// ANSI_CHARSET for text without letters that tell a script; the script's charset if all of them tell the same; and
-// where several meet, or an ideograph stands, what `codePage` suggests. Null counts as empty.
+// Returns ANSI_CHARSET if no letter identifies a script, or the charset of the script if all identifying letters agree.
+// If the letters belong to several scripts, or one is an ideograph, `codePage` determines the charset. Null counts as
+// empty.
 std::uint32_t LikelyCharset(const wchar_t* text, std::uint32_t codePage);
 
 } // namespace qx

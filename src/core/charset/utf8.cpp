@@ -16,8 +16,8 @@ constexpr wchar_t kBadSequence[] = L"invalid UTF-8 sequence found!";
 constexpr wchar_t kBadEncoding[] = L"invalid UTF-8 encoding!";
 constexpr wchar_t kTooLarge[] = L"UCS-4 not supported!";
 
-// The largest value that the next shorter form holds, by the length of the sequence. A sequence of eight bytes can't
-// exceed its limit, since the value has 32 bits.
+// The largest value that the next shorter form can encode, by the length of the sequence. A sequence of eight bytes is
+// always within its limit, because the value has 32 bits.
 constexpr std::uint32_t kShorterFormMax[] = {
     0,
     0,
@@ -30,8 +30,8 @@ constexpr std::uint32_t kShorterFormMax[] = {
     0xFFFFFFFF,
 };
 
-// Reads the sequence of `length` units that starts at `units`, of which `available` are there. Gives the message on
-// failure, null on success.
+// Decodes the sequence of `length` units at `units`, of which `available` exist. Returns null on success and a message
+// on failure.
 const wchar_t* DecodeSequence(const wchar_t* units, std::size_t available, unsigned length, wchar_t& decoded)
 {
     if (length == 1 || length > available)

@@ -1,4 +1,4 @@
-// UTF-8 that reached the library as bytes in a String.
+// Decodes UTF-8 that the library received as bytes in a String.
 #pragma once
 
 namespace qx
@@ -6,12 +6,12 @@ namespace qx
 
 class String;
 
-// Each unit of `bytes` holds one byte. Where the bytes aren't well-formed, or tell a character above U+FFFF, the result
-// is the decoder's message and nothing that was decoded: "invalid UTF-8 sequence found!", "invalid UTF-8 encoding!" or
+// Decodes UTF-8; each unit of `bytes` holds one byte. If the bytes aren't well-formed or encode a character above
+// U+FFFF, the result is just the decoder's message: "invalid UTF-8 sequence found!", "invalid UTF-8 encoding!" or
 // "UCS-4 not supported!".
 String DecodeUTF8(const String& bytes);
 
-// What the document readers call: decodes if the declared encoding is "UTF-8", and else gives the text as it is.
+// Decodes the text if the declared encoding is "UTF-8"; otherwise returns it unchanged. Used by the document readers.
 String DecodeDeclared(const String& text, const String& encoding);
 
 } // namespace qx

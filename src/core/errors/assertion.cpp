@@ -18,7 +18,7 @@ const wchar_t* OrEmpty(const wchar_t* text)
 
 String AssertionText(const wchar_t* expression, const wchar_t* file, unsigned line)
 {
-    // Put together from its parts: a formatted text would be cut by an estimate of its own.
+    // Appends the parts one by one, because Format would truncate the text to its estimate.
     String text(String::kFormatted, L"line %u in file ", line);
     text.Append(OrEmpty(file));
     text.Append(L":\n\"");

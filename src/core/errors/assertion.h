@@ -1,4 +1,4 @@
-// The box of a failed assertion.
+// The message box of a failed assertion.
 #pragma once
 
 #include "core/text/string.h"
@@ -6,14 +6,14 @@
 namespace qx
 {
 
-// What the box shows.
+// Returns the text of the message box.
 String AssertionText(const wchar_t* expression, const wchar_t* file, unsigned line);
 
-// Shows the box. Retry and Cancel both end the process, with exit code -1: only a replacement of the box that answers
-// OK lets it go on.
+// Shows the message box. Retry and Cancel both end the process with exit code -1. The process continues only if a
+// replacement of the message box returns IDOK.
 void Assert(const wchar_t* expression, const wchar_t* file, unsigned line);
 
-// Ends the process as the box does.
+// Ends the process like a failed assertion does.
 void EndAfterAssertion();
 
 } // namespace qx

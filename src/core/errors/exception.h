@@ -1,4 +1,4 @@
-// How the library's parsers signal a failure.
+// Exceptions by which the library's parsers report failures.
 #pragma once
 
 #include "containers/slist.h"
@@ -7,19 +7,19 @@
 namespace qx
 {
 
-// Messages, the newest first.
+// A list of messages, newest first.
 class clsErrorStack : public WCValSList<String>
 {
 public:
     void Push(const String& message) { InsertHead(message); }
 };
 
-// Thrown by pointer, caught and deleted at the top of the operation. Formats have %1, %2, ... in the place of their
-// arguments; each message is logged as it comes.
+// Thrown by pointer; the top of the operation catches and deletes it. Formats refer to their arguments as %1, %2, ...
+// Each message is logged when it is added.
 class clsException
 {
 public:
-    // A null format gives an empty stack.
+    // With a null format, the stack is empty.
     explicit clsException(const wchar_t* format, ...);
     clsException(const clsException& other) = default;
     clsException& operator=(const clsException&) = delete;

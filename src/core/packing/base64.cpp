@@ -47,13 +47,13 @@ void WriteGroup(unsigned char* bytes, std::uint32_t bits)
     bytes[2] = static_cast<unsigned char>(bits);
 }
 
-// Walks a text group by group.
+// Reads a text group by group.
 class GroupReader
 {
 public:
     explicit GroupReader(std::wstring_view text) : _at(text.data()), _end(text.data() + text.size()) {}
 
-    // Passes over what is no symbol; false when nothing else is left.
+    // Skips characters that are not symbols. Returns false at the end of the text.
     bool FindGroup()
     {
         while (_at != _end && ValueOf(*_at) == kIgnorable)
@@ -61,7 +61,7 @@ public:
         return _at != _end;
     }
 
-    // The common case: groups of four neighbouring symbols without padding. Gives the count of groups written.
+    // Decodes groups of four adjacent symbols without padding, the common case. Returns the number of groups written.
     std::size_t ReadPlainGroups(unsigned char* bytes, std::size_t maxGroups)
     {
         std::size_t groups = DecodeBase64Blocks(bytes, maxGroups, _at, static_cast<std::size_t>(_end - _at));
@@ -77,7 +77,8 @@ public:
         return groups;
     }
 
-    // Valid bytes of the group that begins here, told from what stands at the places of its padding.
+    // Returns the number of valid bytes of the group at the current position, determined by the characters at the
+    // positions of its padding.
     std::size_t ValidBytes() const
     {
         if (*_at == L'=')
@@ -110,7 +111,7 @@ private:
     const wchar_t* _end;
 };
 
-// For room that ends inside a group: the group's valid bytes, if they go in and nothing follows.
+// Handles room that ends inside a group: stores the valid bytes of the group if they fit and nothing follows.
 Base64Decoded ReadLastGroup(GroupReader& reader, unsigned char* bytes, std::size_t room, Base64Tail tail)
 {
     const std::size_t used = room / 3 * 3;
@@ -163,8 +164,8 @@ String Base64Encode(const void* data, std::size_t size)
     return text;
 }
 
-// A padded group in the middle of a text counts like any other: the bytes behind it stay where they would be without
-// the padding, and only the last group is cut by its own.
+// A padded group in the middle of a text produces three bytes like any other, so the bytes after it keep their
+// positions. Only the padding of the last group truncates the result.
 Base64Decoded Base64DecodeTo(unsigned char* bytes, std::size_t room, std::wstring_view text, Base64Tail tail)
 {
     GroupReader reader(text);

@@ -36,7 +36,7 @@ void clsBlowfish::CopyKey(const char* key)
 {
     std::size_t length = strnlen(key, kEyLength);
     std::memcpy(_key.data(), key, length);
-    // Nothing stands in front of an empty key's first byte: it counts as zero.
+    // For an empty key, the byte before the first one counts as zero.
     unsigned previous = length == 0 ? 0 : static_cast<unsigned char>(_key[length - 1]);
     for (; length < kEyLength; ++length)
     {
@@ -109,7 +109,7 @@ void clsBlowfish::Encode(void* buffer, std::size_t size) const
         return;
     }
     auto* bytes = static_cast<unsigned char*>(buffer);
-    // The tail goes first, so that `Decode`, which undoes this from front to back, finds it last.
+    // The overlapping tail is encrypted first, because `Decode`, which works from front to back, decrypts it last.
     if (size % kBlockSize != 0)
         Apply(&clsBlowfish::Encipher, bytes + size - kBlockSize);
     for (std::size_t offset = 0; offset + kBlockSize <= size; offset += kBlockSize)

@@ -1,7 +1,8 @@
 // Blowfish with 16 rounds (B. Schneier, 1993) on a block of memory, without chaining.
 //
-// Two things differ from the published use: the two words of a block stand in memory in little-endian order, and a
-// buffer whose size is no multiple of 8 is covered by letting its last 8 bytes overlap the whole blocks.
+// It differs from the published algorithm in two ways: the two words of a block are in little-endian order in memory,
+// and if the size of a buffer is not a multiple of 8, its last 8 bytes are an additional block that overlaps the
+// previous one.
 #pragma once
 
 #include <array>
@@ -14,13 +15,14 @@ namespace qx
 class clsBlowfish
 {
 public:
-    // The first 72 bytes of a zero-terminated key; a shorter key is extended to 72 bytes by a rule of its own.
+    // Uses the first 72 bytes of a zero-terminated key. A shorter key is extended to 72 bytes by this library's own
+    // rule.
     explicit clsBlowfish(const char* key);
 
-    // Enciphers in place. A buffer below 8 bytes stays unchanged.
+    // Encrypts in place. Leaves buffers of less than 8 bytes unchanged.
     void Encode(void* buffer, std::size_t size) const;
 
-    // The inverse of `Encode`.
+    // Reverses `Encode`.
     void Decode(void* buffer, std::size_t size) const;
 
 private:

@@ -1,5 +1,5 @@
-// The published initial values of Blowfish: the first 33,344 binary digits of the fraction of pi, in reading order
-// (B. Schneier, "Description of a New Variable-Length Key, 64-Bit Block Cipher", 1993).
+// The published initial values of Blowfish: the first 33,344 binary digits of the fraction of pi, in order (B.
+// Schneier, "Description of a New Variable-Length Key, 64-Bit Block Cipher", 1993).
 #pragma once
 
 #include <array>

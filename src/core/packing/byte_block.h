@@ -1,4 +1,4 @@
-// A block of bytes on the heap whose contents nobody has written yet.
+// A heap block of bytes that is not initialised.
 #pragma once
 
 #include <cstddef>
@@ -17,7 +17,7 @@ public:
     const unsigned char* data() const { return _data.get(); }
     std::size_t size() const { return _size; }
 
-    // Makes the block shorter; the memory stays as it is.
+    // Reduces the size of the block. The memory isn't reallocated.
     void Truncate(std::size_t size) { _size = size < _size ? size : _size; }
 
 private:

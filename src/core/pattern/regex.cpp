@@ -23,7 +23,7 @@ static_assert(kCompileFlags == 0x800404B8 && kMatchFlags == 0x80000017);
 
 constexpr std::size_t kErrorTextSize = 200;
 
-// The one place where the library's characters become PCRE2's: both are UTF-16 code units of 16 bits.
+// The only place where the library's characters are converted to PCRE2's. Both are UTF-16 code units of 16 bits.
 static_assert(sizeof(wchar_t) == sizeof(PCRE2_UCHAR16));
 
 PCRE2_SPTR16 EngineText(const wchar_t* text)
@@ -36,7 +36,7 @@ PCRE2_UCHAR16* EngineText(wchar_t* text)
     return reinterpret_cast<PCRE2_UCHAR16*>(text);
 }
 
-// Takes the text as it is, zeros included.
+// Copies the characters, including zeros.
 String MakeText(const wchar_t* text, std::size_t length)
 {
     String result;
@@ -44,7 +44,8 @@ String MakeText(const wchar_t* text, std::size_t length)
     return result;
 }
 
-// A long text that comes in many pieces. String grows by single steps, so it is made once at the end.
+// Collects a long text piece by piece. String would reallocate in small steps, so the String is created once at the
+// end.
 class TextCollector
 {
 public:
@@ -61,8 +62,8 @@ bool IsDigit(wchar_t c)
     return c >= L'0' && c <= L'9';
 }
 
-// Splits a replacement template into stretches that are copied as they stand and references to groups: calls
-// literal(text, length) and reference(group) in turn.
+// Splits a replacement template into literal text and references to groups. Calls literal(text, length) and
+// reference(group) in order.
 template <class Literal, class Reference>
 void WalkTemplate(const wchar_t* text, Literal literal, Reference reference)
 {
@@ -71,7 +72,7 @@ void WalkTemplate(const wchar_t* text, Literal literal, Reference reference)
     {
         if (text[0] == L'\\' && text[1] == L'\\')
         {
-            text += 2; // the pair stays a pair, and guards what follows it
+            text += 2; // both backslashes are kept, and the second one doesn't escape the next character
         }
         else if (text[0] == L'\\' && IsDigit(text[1]))
         {
@@ -165,7 +166,7 @@ bool clsRegEx::MatchStretch(const Stretch& subject, clsRegExMatchList* matches)
     return found.groups != 0;
 }
 
-// The engine always gets the stretch from its start and no start offset, so that it can't look at what lies before.
+// Always passes the rest of the text without a start offset, so that the engine can't look at earlier text.
 clsRegEx::Found clsRegEx::Search(const Stretch& subject)
 {
     if (_code == nullptr && !Compile())
@@ -174,7 +175,7 @@ clsRegEx::Found clsRegEx::Search(const Stretch& subject)
     }
     if (_pRegMatchData == nullptr)
     {
-        // Where there is no memory for it, the match below fails.
+        // If memory runs out, the match below fails.
         _pRegMatchData = pcre2_match_data_create_from_pattern_16(_code, nullptr);
     }
 
@@ -193,13 +194,13 @@ clsRegEx::Found clsRegEx::Search(const Stretch& subject)
         GroupText(subject, 0).length};
 }
 
-// Of the last search, which was on this subject.
+// Refers to the last search, which must have been on this subject.
 clsRegEx::Stretch clsRegEx::GroupText(const Stretch& subject, std::size_t group) const
 {
     const PCRE2_SIZE* const range = pcre2_get_ovector_pointer_16(_pRegMatchData) + 2 * group;
     const std::size_t start = range[0];
     const std::size_t end = std::min<std::size_t>(range[1], subject.length);
-    if (start >= end) // as for a group that took no part: its start has all bits set
+    if (start >= end) // a group that took no part has a start with all bits set
     {
         return {};
     }
@@ -221,7 +222,7 @@ template <class Replace>
 String clsRegEx::Substitute(const String& subject, Replace replace)
 {
     const clsCriticalSectionLock lock(_lock);
-    const String held = subject; // a callback may change the caller's
+    const String held = subject; // a callback may change the caller's string
     Stretch rest{held.Text(), held.Length()};
     TextCollector result;
     while (rest.length != 0)
@@ -238,7 +239,7 @@ String clsRegEx::Substitute(const String& subject, Replace replace)
         const std::size_t advance = std::min(found.position + found.length, rest.length);
         if (advance == 0)
         {
-            break; // it would be found for ever; what remains is dropped
+            break; // the empty match would be found forever; the rest is dropped
         }
         rest = {rest.text + advance, rest.length - advance};
         if (!goOn)

@@ -1,4 +1,4 @@
-// Regular expressions: PCRE2's 16-bit build on the wide text of the library.
+// Regular expressions on wide text, matched by PCRE2's 16-bit library.
 #pragma once
 
 #include "containers/slist.h"
@@ -18,20 +18,20 @@ namespace qx
 // One group of a match.
 struct scRegExMatch
 {
-    std::uint64_t offset = ~std::uint64_t{0}; // of the group's start in the subject; all bits set if it took no part
+    std::uint64_t offset = ~std::uint64_t{0}; // in the subject; all bits set if it took no part
     String text;                              // empty if it took no part
 };
 
-// The groups of a match: entry 0 is the whole match, entry n capture group n, up to the highest group that took part.
-// A read behind the end gives the last entry, so look at Count() where that matters; an empty list gives an empty
-// entry.
+// The groups of a match: entry 0 is the whole match, entry n is capture group n, up to the highest group that took
+// part. An index past the end returns the last entry; an empty list returns an empty entry. Check Count() where it
+// matters.
 class clsRegExMatchList : public WCValSList<scRegExMatch>
 {
 public:
     const scRegExMatch& operator[](std::size_t index) const;
 };
 
-// Gives the text that takes the place of a match.
+// Produces the replacement for a match.
 class IclsRegExGSubCB
 {
 public:
@@ -41,18 +41,21 @@ protected:
     ~IclsRegExGSubCB() = default;
 };
 
-// A pattern that is compiled at its first use. Keep the object outside of loops: nothing else keeps compiled patterns.
+// A regular expression, compiled at its first use. Compiled patterns aren't cached anywhere else, so keep the object
+// outside of loops.
 //
-// The flags are PCRE2's own bits, the rest is ignored: 0x8 caseless, 0x10 dollar at the very end only (while matching:
-// partial matching), 0x20 dot-all, 0x80 extended, 0x400 multi-line, 0x40000 ungreedy, 0x80000000 anchored; while
-// matching also 0x1 not at line begin, 0x2 not at line end, 0x4 not empty. A code unit is a character.
+// The flags are PCRE2's option bits; all others are ignored. Compiling: 0x8 caseless, 0x10 dollar matches only at the
+// very end, 0x20 dot-all, 0x80 extended, 0x400 multi-line, 0x40000 ungreedy, 0x80000000 anchored. Matching: 0x1 not at
+// line begin, 0x2 not at line end, 0x4 not empty, 0x10 partial matching, 0x80000000 anchored. A character is a code
+// unit.
 //
-// A pattern that doesn't compile matches nothing; it is tried anew, and reported to the debug output, each time.
-// All operations are serialised by a lock that the same thread may enter again, so a callback may use the object that
-// calls it.
+// A pattern that doesn't compile matches nothing. Each use tries to compile it again and reports the error to the debug
+// output.
+// All operations are serialised by a recursive lock, so a callback may use the object that calls it.
 //
-// The loops (GSub, MatchAll, Split) look at what stands behind the last match as at a subject of its own: there ^
-// matches, and look-behind and \b see nothing. An empty match at its very start ends them, without the rest.
+// The loops (GSub, MatchAll, Split) treat the text after the previous match as a new subject: ^ matches at its start,
+// and look-behind and \b don't see earlier text. An empty match at the very start ends the loop, and the rest of the
+// text is dropped.
 class clsRegEx
 {
 public:
@@ -62,43 +65,44 @@ public:
     clsRegEx& operator=(const clsRegEx&) = delete;
     ~clsRegEx();
 
-    // Gives up the compiled pattern; the next use compiles it again.
+    // Frees the compiled pattern. The next use compiles it again.
     void Free();
     bool Compile();
 
-    // Of the last compilation; empty if it succeeded.
+    // Returns the error of the last compilation, or an empty text if it succeeded.
     String ErrorText();
 
-    // The first match. `matches` may be null, and stays as it is if there is none. A String is searched over its whole
-    // length, zeros included.
+    // Finds the first match. Returns true and stores the groups in `matches`, which may be null, if there is one.
+    // Otherwise `matches` is unchanged. A String is searched over its whole length, including zeros.
     bool Match(const String& subject, clsRegExMatchList* matches);
     bool Match(const wchar_t* subject, clsRegExMatchList* matches);
 
-    // Replaces each match by the template, in which \0 to \9 stand for the match's groups. Two backslashes stay two,
-    // and guard a digit behind them.
+    // Replaces each match by the template, in which \0 to \9 insert groups of the match. Two backslashes are copied as
+    // two and prevent a following digit from being a reference.
     String GSub(const String& subject, const wchar_t* replacementTemplate);
     String GSub(const String& subject, IclsRegExGSubCB& callback);
-    // The text begins as the match and may be changed; false makes this the last replacement.
+    // The text initially contains the match and may be changed. If the callback returns false, this is the last
+    // replacement.
     String GSub(const String& subject, std::function<bool(const clsRegExMatchList&, String&)> callback);
 
-    // For each match the first group's text, or the whole match's if no group took part.
+    // Returns the first group of each match, or the whole match if no group took part.
     WCValSList<String> MatchAll(const String& subject);
 
-    // The pieces between the matches, the last one even if it is empty.
+    // Returns the parts between the matches, including the last one even if it is empty.
     WCValSList<String> Split(const String& subject);
 
-    // A pattern that matches the text.
+    // Returns a pattern that matches the text literally.
     static String Quote(const String& text);
 
 private:
-    // A stretch of the text being searched.
+    // A part of the text that is searched.
     struct Stretch
     {
         const wchar_t* text = nullptr;
         std::size_t length = 0;
     };
-    // What a search found: the number of groups up to the highest that took part, 0 if there was no match, and where
-    // the whole match lies.
+    // The result of a search: the number of groups up to the highest that took part (0 if there is no match), and the
+    // position and length of the whole match.
     struct Found
     {
         std::size_t groups = 0;
@@ -112,8 +116,8 @@ private:
     void GiveMatches(const Stretch& subject, std::size_t groups, clsRegExMatchList& matches) const;
     bool MatchStretch(const Stretch& subject, clsRegExMatchList* matches);
 
-    // The loop behind the three forms of GSub. replace(rest, found, collector) appends the replacement, and says
-    // whether to go on.
+    // The loop shared by the three forms of GSub. replace(rest, found, collector) appends the replacement and returns
+    // true to continue.
     template <class Replace>
     String Substitute(const String& subject, Replace replace);
 

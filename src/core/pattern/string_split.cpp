@@ -1,4 +1,5 @@
-// The operation of String that needs patterns. It lives here because patterns are built on text.
+// The operation of String that needs regular expressions. It is defined here because regular expressions are built on
+// String.
 #include "core/pattern/regex.h"
 
 namespace qx

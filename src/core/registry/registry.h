@@ -1,4 +1,4 @@
-// The settings of the library in the system's registry.
+// The library's settings in the system's registry.
 #pragma once
 
 #include "core/text/string.h"
@@ -10,29 +10,29 @@
 namespace qx
 {
 
-// The root of the user's settings: HKEY_CURRENT_USER, or where the machine's settings ask for it, the key of the user
-// that the calling thread impersonates. CloseUserRootKey gives it back.
+// Returns the root of the user's settings: HKEY_CURRENT_USER or, if the machine's settings say so, the key of the user
+// whom the calling thread impersonates. The caller releases it with CloseUserRootKey.
 HKEY UtilGetUserRootKey(bool readOnly);
 void CloseUserRootKey(HKEY key);
 
-// Makes the next call ask the machine's settings again. For tests.
+// Makes the next call read the machine's settings again. For tests.
 void ForgetUserRootKey();
 
-// Reads text values of one key. That a key can't be opened or a value can't be read is no failure for the caller: the
-// default stands, and the codes tell.
+// Reads text values of one registry key. If the key can't be opened or a value can't be read, the getters return the
+// default; the result code says why.
 class clsRegistryList
 {
 public:
     enum Mode : unsigned
     {
-        kCreate = 0, // makes the key if it isn't there
+        kCreate = 0, // creates the key if it is missing
         kRead = 1
     };
 
     enum Result : std::int32_t
     {
         kDone = 0,
-        kNoValue = -1, // of GetBool
+        kNoValue = -1, // from GetBool
         kNotOpened = -2,
         kNotCreated = -3,
         kNotOpen = -5,
@@ -40,19 +40,19 @@ public:
         kSecondReadFailed = -8
     };
 
-    // The low two bits of `mode` count; all but Create only read. HKEY_CURRENT_USER stands for the user's root. A null
-    // subkey adopts `root` itself.
+    // Only the low two bits of `mode` matter; all values except kCreate open the key read-only. HKEY_CURRENT_USER is
+    // replaced by UtilGetUserRootKey. With a null subkey, `root` itself is used.
     clsRegistryList(HKEY root, const wchar_t* subkey, unsigned mode);
     clsRegistryList(const clsRegistryList&) = delete;
     clsRegistryList& operator=(const clsRegistryList&) = delete;
     ~clsRegistryList();
 
-    // Of the last operation, the construction included.
+    // Returns the result of the last operation, which may be the constructor.
     std::int32_t LastResult() const { return _result; }
 
     std::int32_t GetString(const wchar_t* name, String& result, const wchar_t* defaultText);
 
-    // True is a text that begins with an upper-case T. Done or NoValue.
+    // A text that starts with an upper-case T is true. Returns kDone or kNoValue.
     std::int32_t GetBool(const wchar_t* name, bool& result, bool defaultValue);
 
 private:

@@ -1,5 +1,4 @@
-// Characters on their way from one place to another. The standard library's own functions are compiled for characters
-// of 32 bits on linux.
+// Copying of characters. The standard library's wide functions are compiled for 32-bit characters on linux.
 #pragma once
 
 #include <cstddef>
@@ -9,13 +8,13 @@
 namespace qx
 {
 
-// The places may overlap.
+// The ranges may overlap.
 inline void MoveCharacters(wchar_t* to, const wchar_t* from, std::size_t count)
 {
     std::memmove(to, from, count * sizeof(wchar_t));
 }
 
-// The place behind the copy, which must not overlap the text.
+// The ranges must not overlap. Returns the position after the copy.
 inline wchar_t* CopyCharacters(wchar_t* to, std::wstring_view text)
 {
     std::memcpy(to, text.data(), text.size() * sizeof(wchar_t));

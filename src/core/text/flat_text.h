@@ -3,34 +3,33 @@
 #include <cstddef>
 #include <cstdint>
 
-// Operations on zero-terminated texts in buffers of the caller. A null text reads as the empty one; a null buffer is
-// left alone.
+// Operations on zero-terminated text in the caller's buffers. A null text is read as the empty text; a null buffer is
+// ignored.
 namespace qx
 {
 
 std::size_t TextLength(const wchar_t* text);
 
-// By code unit, unsigned: -1, 0 or 1. Neither text is null.
+// Compares by unsigned code unit. Returns -1, 0 or 1. Neither text may be null.
 int CompareUnits(const wchar_t* a, const wchar_t* b);
 
-// The terminator is copied too; the texts may overlap.
+// Copy or append the text including its terminator. The texts may overlap.
 void CopyText(wchar_t* target, const wchar_t* source);
 void AppendText(wchar_t* target, const wchar_t* source);
 
-// At most size - 1 characters and always the terminator; nothing for size 0.
+// Copies at most size - 1 characters and terminates the text. With size 0, writes nothing.
 void CopyTextBounded(wchar_t* target, const wchar_t* source, std::size_t size);
 
-// Remove U+0020 from the beginning and the end.
+// Remove U+0020 from the beginning or the end.
 void TrimTextLeft(wchar_t* text);
 void TrimTextRight(wchar_t* text);
 
-// Removes `count` characters (clipped to what there is) at the 1-based position and puts `insert` in their place. A
-// position that isn't within the text or right behind it does nothing. `insert` may be null, and may not overlap
-// `text`.
+// Replaces `count` characters at the 1-based position by `insert`; a count that is too large is clipped. Does nothing
+// if the position is neither within the text nor directly after it. `insert` may be null and must not overlap `text`.
 void ReplaceInText(wchar_t* text, std::int32_t pos, std::int32_t count, const wchar_t* insert);
 
-// Leaves at most `count` characters from the 1-based position on. A negative position counts from the end. A count of
-// -1 leaves the text as it is; else a position outside the text empties it.
+// Keeps at most `count` characters from the 1-based position on and removes the rest. A negative position counts from
+// the end. A count of -1 leaves the text unchanged; otherwise a position outside the text empties it.
 void KeepPartOfText(wchar_t* text, std::int32_t pos, std::int32_t count);
 
 } // namespace qx

@@ -15,7 +15,7 @@ namespace qx
 namespace
 {
 
-// What a width or the precision of a number adds at most; padding beyond it is cut.
+// The upper limit for a width or the precision of a number. Padding beyond it is truncated.
 constexpr int kMostPadding = 1 << 20;
 
 int Bounded(int value)
@@ -23,7 +23,7 @@ int Bounded(int value)
     return std::clamp(value, 0, kMostPadding);
 }
 
-// Own copy of an argument list, which reads on where the last read ended.
+// A copy of an argument list that reads one argument after the other.
 class ArgumentWalk
 {
 public:
@@ -53,7 +53,7 @@ enum class Size
 struct Conversion
 {
     int width = 0;
-    int precision = -1; // none given
+    int precision = -1; // none specified
     Size size = Size::None;
     wchar_t type = 0;
 };
@@ -188,25 +188,26 @@ private:
         case L'n':
             return _arguments.Next<void*>() != nullptr;
         default:
-            // Takes no argument. If the formatter does take one here (%Ts, %Id), the walk is out of step from now on.
+            // Takes no argument here. If the formatter does take one (%Ts, %Id), all further arguments are misaligned.
             _outOfStep = true;
             return true;
         }
     }
 
-    // A plain %S is measured as what the formatter reads it as, 8-bit text: as wide text it would be read past its end.
+    // A plain %S is measured as 8-bit text, as the formatter reads it. Measuring it as wide text could read past its
+    // end.
     bool AddText(const Conversion& conversion)
     {
         const void* text = _arguments.Next<const void*>();
         if (!text)
             return false;
-        // A text needs no terminator if its precision ends it.
+        // With a precision, the text needs no terminator.
         const std::size_t most = static_cast<std::size_t>(conversion.precision >= 0 ? conversion.precision : INT_MAX);
         const bool wide = conversion.size == Size::Wide;
         std::size_t length = 0;
         if (_outOfStep)
         {
-            // The argument may be anything, so it is measured only if it can be read.
+            // The argument may be anything, so it is measured only if it is readable.
             if (IsReadable(text, most))
                 length = wcsnlen(static_cast<const wchar_t*>(text), most);
         }

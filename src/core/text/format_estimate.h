@@ -7,8 +7,8 @@
 namespace qx
 {
 
-// How many characters a format will take, estimated by a walk of the format and its arguments. Nothing if an argument
-// is a null pointer where a text or a count is to be, or under `l` or `w` not readable.
+// Estimates how many characters a format produces, from the format and its arguments. Returns nothing if a text or
+// count argument is a null pointer, or if a text under `l` or `w` isn't readable.
 std::optional<std::size_t> EstimateFormat(const wchar_t* format, va_list arguments);
 
 } // namespace qx

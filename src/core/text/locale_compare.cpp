@@ -33,7 +33,7 @@ int LocaleCompareN(const wchar_t* a, const wchar_t* b, std::uint32_t count, Loca
 {
     if (a == nullptr || b == nullptr)
     {
-        return 0; // as for every comparison that the system refuses
+        return 0; // like any comparison that the system rejects
     }
     const int lengthA = LengthUpTo(a, count);
     const int lengthB = LengthUpTo(b, count);

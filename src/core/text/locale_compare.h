@@ -1,4 +1,4 @@
-// Comparison and casing of zero-terminated texts by the rules of the user's locale.
+// Compares zero-terminated texts by the rules of the user's locale.
 #pragma once
 
 #include <cstdint>
@@ -12,10 +12,11 @@ enum class LocaleCase
     Ignored
 };
 
-// -1, 0, 1; -2 if the system can't compare the texts.
+// Returns -1, 0 or 1, or -2 if the system can't compare the texts.
 int LocaleCompare(const wchar_t* a, const wchar_t* b, LocaleCase sense);
 
-// At most `count` characters of each. -1, 0, 1; the shorter of equal beginnings sorts first.
+// Compares at most `count` characters of each text. If one text is a prefix of the other, the shorter one sorts first.
+// Returns -1, 0 or 1, and also 0 if the system can't compare the texts.
 int LocaleCompareN(const wchar_t* a, const wchar_t* b, std::uint32_t count, LocaleCase sense);
 
 } // namespace qx

@@ -112,7 +112,7 @@ void String::AssignCharacters(const wchar_t* text, std::size_t count)
         Empty();
         return;
     }
-    // The characters may be this string's own, so the old record goes only after the copy.
+    // The characters may belong to this string, so the old record is released only after the copy.
     if (_record && !_record->IsShared() && _record->capacity > count)
     {
         Changing();
@@ -144,7 +144,7 @@ void String::Take(String& other) noexcept
 {
     if (this == &other)
         return;
-    if (SharesRecordWith(other)) // nothing changes but the code page: the narrow copy may stay
+    if (SharesRecordWith(other)) // only the code page changes, so the narrow copy can stay valid
     {
         SetCodePage(other._codePage);
         other.Empty();
@@ -155,7 +155,7 @@ void String::Take(String& other) noexcept
     TakeFields(other);
 }
 
-// The narrow copy goes with the text that it was made of.
+// The cached narrow text moves along with the text.
 void String::TakeFields(String& other) noexcept
 {
     other.OnChange();
@@ -228,7 +228,7 @@ void String::Reserve(std::size_t capacity, bool keep)
         MakeUnique(keep);
         return;
     }
-    // What is too small is replaced in any case, so a shared record isn't copied first.
+    // A record that is too small is replaced in any case, so don't copy a shared record first.
     StringRecord* record = capacity > 0 ? StringRecord::Create(capacity) : nullptr;
     if (_record && keep)
         MoveCharacters(record->text, _record->text, _record->capacity);

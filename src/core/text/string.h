@@ -18,20 +18,20 @@
 namespace qx
 {
 
-// The text type of the library: 16-bit characters in a record that copies share and the first change makes exclusive,
-// so that a copy costs one atomic add. Positions and counts are in characters and begin at 0. The text always ends with
-// a zero character; a zero inside the length (some decoders make them) counts as a character, but ends the text for all
-// operations that take zero-terminated text: comparison, search, formatting.
+// The library's text type: 16-bit characters in a record that copies share until one of them changes, so that a copy
+// costs one atomic addition. Positions and counts are in characters; positions start at 0. The text always ends with a
+// terminator. A zero character within the length, as some decoders produce, counts as a character but ends the text for
+// all operations on zero-terminated text: comparison, search, formatting.
 //
-// One object belongs to one thread at a time; objects on different threads may share a record. A change that finds
-// nothing to do leaves a shared record shared. Failed allocations throw std::bad_alloc and leave the text as it was.
+// A String may be used by one thread at a time. Objects on different threads may share a record. An operation that
+// changes nothing leaves a shared record shared. Failed allocations throw std::bad_alloc and leave the text unchanged.
 class String
 {
 public:
-    // As a count: all the rest.
+    // As a count, the rest of the text.
     static constexpr std::size_t kAll = 0x7FFFFFFE;
 
-    // Chooses the formatting constructor, whose arguments another one would take as positions.
+    // Selects the formatting constructor. Without it, the arguments would match the constructor that takes positions.
     enum FormatTag
     {
         kFormatted
@@ -45,13 +45,13 @@ public:
     }
     String(String&& other) noexcept { TakeFields(other); }
 
-    // At most `count` characters of a zero-terminated text, from `start` on. Null is the empty text.
+    // Copies at most `count` characters of a zero-terminated text from position `start`. Null is the empty text.
     String(const wchar_t* text, std::size_t start = 0, std::size_t count = kAll);
 
-    // Exactly these characters.
+    // Copies all characters of the view, including zeros.
     explicit String(std::wstring_view characters);
 
-    // Concatenation; the code page is that of `a`.
+    // Concatenates. The result has the code page of `a`.
     String(const String& a, const wchar_t* b);
     String(const String& a, const String& b);
 
@@ -73,9 +73,9 @@ public:
     void Assign(const wchar_t* text);
     void Assign(const wchar_t* text, std::size_t start, std::size_t count);
 
-    // 8-bit text in the string's code page, or with code page 0 characters of the same values as the bytes. `count`
-    // bytes from `offset`, or up to the terminator. What the system can't convert, and more than 2 GB, gives the empty
-    // text.
+    // Converts 8-bit text from the string's code page. With code page 0, each byte becomes the character of the same
+    // value. Takes `count` bytes from `offset`, or up to the terminator. The text becomes empty if the system can't
+    // convert it or if it has more than 2 GB.
     void Assign(const char* text, std::size_t offset = 0, std::size_t count = kAll);
 
     void Fill(wchar_t c, std::size_t count);
@@ -83,7 +83,7 @@ public:
     static String FromInt(int value);
     static String FromUnsigned(unsigned value);
 
-    // Moves the text out of another string, which is empty then. The code page comes with it.
+    // Moves the text and the code page out of another string, which becomes empty.
     void Take(String& other) noexcept;
 
     // ---- Reading
@@ -94,7 +94,7 @@ public:
     operator const wchar_t*() const noexcept { return Text(); }
     std::wstring_view View() const noexcept { return {Text(), _length}; }
 
-    // The character at a position, or 0 out of bounds.
+    // Returns the character at a position, or 0 out of bounds.
     wchar_t CharAt(std::size_t i) const noexcept { return i < _length ? _record->text[i] : L'\0'; }
     template <std::integral Index>
     wchar_t operator[](Index i) const noexcept
@@ -102,15 +102,15 @@ public:
         return CharAt(static_cast<std::size_t>(i));
     }
 
-    // The writable form: it makes the record exclusive, so use CharAt to read. Out of bounds it gives the guard
-    // character, and writing to that is reported when a String is destroyed.
+    // Returns a writable character and makes the record exclusive; use CharAt to read. Out of bounds, returns a guard
+    // character. A write to the guard is reported when a String is destroyed.
     template <std::integral Index>
     wchar_t& operator[](Index i)
     {
         return WritableChar(static_cast<std::size_t>(i));
     }
 
-    // The text in the string's code page, made on demand and kept until the next change.
+    // Returns the text in the string's code page. It is converted on demand and cached until the next change.
     const char* NarrowText() const;
     explicit operator const char*() const { return NarrowText(); }
 
@@ -122,15 +122,16 @@ public:
 
     std::uint64_t Hash() const noexcept;
 
-    // The index of the first occurrence, or -1. An empty needle is never found.
+    // Returns the index of the first occurrence, or -1. An empty needle is never found.
     static int Find(const wchar_t* haystack, const wchar_t* needle);
 
-    // Find in the own text; FindNext goes on behind what was found, and gives -1 once nothing was.
+    // Search this text. FindNext continues after the previous match and returns -1 if there was none.
     int FindFirst(const String& s);
     int FindNext(const String& s);
 
-    // Field `index` of the text cut at the separator; with `remove` it is cut out, together with one separator: that
-    // behind it for field 0, that before it for the others. An empty separator leaves one field, the whole text.
+    // Splits the text at the separator and returns field `index`. With `remove`, the field is deleted from the text
+    // together with one separator: the one after it for field 0, the one before it otherwise. With an empty separator
+    // the whole text is one field.
     String GetField(int index, const String& separator, bool remove);
     String GetField(int index, wchar_t separator, bool remove);
 
@@ -140,26 +141,27 @@ public:
     String Quoted() const;
     String Upper() const; // see MakeUpper
 
-    // Copies the text to the BSTR *target, which is allocated if it is null and reallocated otherwise; whether that
-    // succeeded.
+    // Copies the text to the BSTR `*target`, which is allocated if it is null and reallocated otherwise. Returns true
+    // on success.
     bool ToBSTR(wchar_t** target) const;
 
-    // Every stretch that ends at a separator, and the tail if it isn't empty.
+    // Returns the part before each separator, and the part after the last one unless it is empty.
     WCValSList<String> Split(wchar_t separator) const;
 
-    // The pieces between the matches of a regular expression.
+    // Returns the parts between the matches of a regular expression.
     WCValSList<String> Split(const String& pattern) const;
 
-    // ---- Virtual operations, in slot order; other modules' code is compiled against it.
+    // ---- Virtual operations, in vtable order. Code of other modules is compiled against this order.
 
     virtual bool IsCaseSensitive() const noexcept;
 
-    // Below 0, 0 or above 0 (-1 and 1 for whole texts with case). At most `maxChars` characters count: all if it is
-    // negative, none if it is 0. The left string says whether case counts, and null is the empty text.
+    // Returns a value below 0, 0 or above 0 (-1 or 1 for case-sensitive comparisons of whole texts). Compares at most
+    // `maxChars` characters: all if it is negative, none if it is 0. The left string determines whether case matters.
+    // Null is the empty text.
     virtual int Compare(const String& other, int maxChars = -1) const;
     virtual int Compare(const wchar_t* other, int maxChars = -1) const;
 
-    // By the rules of the user interface language: -1, 0 or 1, or -2 if the system can't compare.
+    // Compares by the rules of the user interface language. Returns -1, 0 or 1, or -2 if the system can't compare.
     virtual int CompareLocale(const String& other, int maxChars = -1) const;
 
     // Called before each change of the text.
@@ -177,12 +179,12 @@ public:
 
     void Empty() noexcept;
 
-    // Makes room; never gives any back. Without `keep` the text is lost where a new record is made.
+    // Ensures the capacity; never shrinks it. Without `keep`, the text is lost if a new record is allocated.
     void Reserve(std::size_t capacity, bool keep = true);
 
-    // Room for the caller to write to: `minCapacity` characters, terminator included, that begin with the present text.
-    // ReleaseBuffer ends the writing and sets the length: `n`, or the place of the terminator if `n` isn't below the
-    // capacity.
+    // Returns a buffer of at least `minCapacity` characters, terminator included, that starts with the current text.
+    // The caller writes to it and calls ReleaseBuffer, which sets the length to `n`, or to the position of the
+    // terminator if `n` is not less than the capacity.
     wchar_t* GetBuffer(std::size_t minCapacity);
     void ReleaseBuffer(std::size_t n = kAll);
 
@@ -206,7 +208,7 @@ public:
         return *this;
     }
 
-    // With the separator in front unless the string is empty.
+    // Append the separator, unless the string is empty, and then `s`.
     void AppendWithSeparator(const String& separator, const String& s);
     void AppendWithSeparator(wchar_t separator, const String& s);
 
@@ -215,40 +217,42 @@ public:
     void Insert(std::size_t pos, const String& s);
     void Delete(std::size_t pos, std::size_t count);
 
-    // The number of replacements. With `to` = 0 the character is removed; an inserted text isn't searched again.
+    // Replace all occurrences and return their number. If the character `to` is 0, `from` is removed. Inserted text
+    // isn't searched again.
     int Replace(wchar_t from, wchar_t to);
     int Replace(const String& from, const String& to);
 
-    // Maps the text by LCMapString. A failure is logged and leaves the text as it was.
+    // Maps the text with LCMapString. A failure is logged and leaves the text unchanged.
     void LCMapString(unsigned flags, unsigned locale);
     void MakeUpper();
     void MakeLower();
 
     // ---- Formatting and messages
 
-    // Formats with the formatter's own dialect into a buffer of a size that is estimated from the format: 100
-    // characters if the estimate is below that. What is longer is cut. The result is the formatter's count if the
-    // estimate was 100 or more (-1 if the text was cut), else 0.
+    // Formats in the formatter's own dialect into a buffer whose size is estimated from the format, at least 100
+    // characters. Longer text is truncated. Returns 0 if the estimate was below 100 characters. Otherwise returns the
+    // formatter's count, or -1 if the text was truncated.
     int Format(const wchar_t* format, ...);
     int FormatV(const wchar_t* format, va_list arguments);
 
-    // The system's text of an error code with the code behind it.
+    // Returns the system's text for an error code, followed by the code.
     static String SystemErrorText(unsigned code, unsigned short language = 0x400);
 
-    // String resource `id` in the user interface language with the arguments put in for %1, %2, ...
+    // Returns string resource `id` in the user interface language, with the arguments inserted for %1, %2, ...
     static String Message(HMODULE module, int id, ...);
     static String VMessage(const wchar_t* format, va_list arguments);
 
     static String LoadResourceString(HMODULE module, unsigned short language, int id);
 
-    // A text of the user's locale, by its LOCALE_ constant.
+    // Returns a text of the user's locale. `type` is a LOCALE_ constant.
     static String LocaleInfo(unsigned type);
 
-    // The one constant empty string.
+    // Returns a shared, constant empty string.
     static const String& EmptyString();
 
 protected:
-    // The first step of every change: with `keep` a shared record is replaced by a copy, without it by none.
+    // Detaches the string from a shared record before a change. With `keep` the shared record is replaced by a copy,
+    // otherwise it is dropped.
     void MakeUnique(bool keep);
 
 private:
@@ -264,13 +268,13 @@ private:
     static inline wchar_t guard = 0;
 
     std::size_t _length = 0;
-    StringRecord* _record = nullptr; // null: empty, and never held text
+    StringRecord* _record = nullptr; // null: empty, nothing allocated yet
     std::int32_t _searchPosition = -1;
     std::uint32_t _codePage = 0;
     mutable std::unique_ptr<char[]> _narrow;
 };
 
-// The same string compared without case (A to Z only): the usual key of the dictionaries.
+// A String that compares without regard to the case of A to Z. The usual key type of dictionaries.
 class IString : public String
 {
 public:
@@ -283,7 +287,7 @@ public:
     bool IsCaseSensitive() const noexcept override;
 };
 
-// The left operand decides whether case counts.
+// The left operand determines whether case matters.
 inline bool operator==(const String& a, const String& b)
 {
     return a.Compare(b) == 0;

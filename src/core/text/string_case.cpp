@@ -31,7 +31,7 @@ void String::LCMapString(unsigned flags, unsigned locale)
 {
     if (IsEmpty())
         return;
-    const int sourceLength = _length < INT_MAX ? static_cast<int>(_length) + 1 : 0; // the terminator is mapped too
+    const int sourceLength = _length < INT_MAX ? static_cast<int>(_length) + 1 : 0; // includes the terminator
     int result = MapString(locale, flags, Text(), sourceLength, nullptr, 0);
     if (result > 0)
     {

@@ -35,7 +35,7 @@ void String::Append(const wchar_t* text, std::size_t count)
 {
     if (count == 0)
         return;
-    // The appended characters may be this string's own, which move with the record.
+    // The appended characters may belong to this string and move with its record.
     const wchar_t* const begin = Text();
     const bool own = std::less_equal<>()(begin, text) && std::less_equal<>()(text, begin + _length);
     const std::size_t offset = own ? static_cast<std::size_t>(text - begin) : 0;
@@ -54,7 +54,7 @@ void String::AppendWithSeparator(const String& separator, const String& s)
     }
     if (separator.IsEmpty() && s.IsEmpty())
         return;
-    // Both may be this string, whose text changes between the two appends.
+    // Both arguments may be this string, whose text changes between the two appends.
     const String tail(s);
     Reserve(StringRecord::CapacityFor(_length + separator._length + tail._length));
     Append(separator);
@@ -90,7 +90,7 @@ void String::Insert(std::size_t pos, const String& s)
 {
     if (pos > _length || s.IsEmpty())
         return;
-    const String source(s); // this string itself may be inserted
+    const String source(s); // `s` may be this string
     Reserve(StringRecord::CapacityFor(_length + source._length));
     wchar_t* place = _record->text + pos;
     MoveCharacters(place + source._length, place, _length - pos);
@@ -130,7 +130,7 @@ int String::Replace(wchar_t from, wchar_t to)
 
 int String::Replace(const String& from, const String& to)
 {
-    // Both may be this string, or share its record, which then keeps them while it is left.
+    // Both arguments may be this string or share its record. The copies keep their records alive and unchanged.
     const String needle(from);
     const String insert(to);
     if (IsEmpty() || needle.IsEmpty())
@@ -147,8 +147,8 @@ int String::Replace(const String& from, const String& to)
     const std::size_t length = _length - hits * needle._length + hits * insert._length;
     Reserve(StringRecord::CapacityFor(std::max(length, _length)));
 
-    // One pass from left to right. If the text grows it is moved up first, by as much as it grows: so what is written
-    // never overtakes what is still to be read.
+    // Single pass from left to right. If the text grows, it is first moved up by the growth, so that the write position
+    // never overtakes the read position.
     wchar_t* const text = _record->text;
     const std::size_t shift = length > _length ? length - _length : 0;
     MoveCharacters(text + shift, text, _length);

@@ -33,8 +33,8 @@ String ModuleFileName(HMODULE module)
     return String(name, 0, length);
 }
 
-// A block of string resources: 16 texts, each behind its length, of which an entry may be missing at the end of a
-// damaged block.
+// Returns an entry of a block of string resources: 16 length-prefixed texts. In a damaged block, entries may be missing
+// at the end.
 String EntryOfBlock(const WORD* block, std::size_t words, int entry)
 {
     for (std::size_t at = 0; at < words; at += 1u + block[at], --entry)
@@ -53,7 +53,7 @@ String EntryOfBlock(const WORD* block, std::size_t words, int entry)
 class StringBlock
 {
 public:
-    // Searches the languages in their order, each once, then whatever the system finds without one.
+    // Searches the languages in order, each once, and finally lets the system choose a language.
     StringBlock(HMODULE module, unsigned short language, int id) : _module(module), _name(MAKEINTRESOURCEW(id / 16 + 1))
     {
         const unsigned short languages[] = {language, InterfaceLanguage(),

@@ -13,7 +13,7 @@ namespace
 
 constexpr unsigned kUtf8 = 65001;
 
-// The length of the bytes that stand for an 8-bit argument, or 0 for what can't be converted in one call.
+// Returns the number of bytes to convert, or 0 if there is no text or too much for one call.
 std::size_t LengthOf(const char* text, std::size_t offset, std::size_t count)
 {
     if (!text || *text == 0)
@@ -33,7 +33,7 @@ void String::Assign(const char* text, std::size_t offset, std::size_t count)
         Empty();
         return;
     }
-    // The narrow copy may be the source, so it lives on until the end.
+    // The cached narrow text may be the source, so it is kept until the end.
     const std::unique_ptr<char[]> narrow = std::move(_narrow);
     const char* source = text + offset;
     if (_codePage == 0)

@@ -36,8 +36,8 @@ SmallNumbers MakeSmallNumbers()
     return numbers;
 }
 
-// Made on first use. The compiler's guard makes the others wait meanwhile, and afterwards costs a load, where a
-// critical section would cost each caller an entry.
+// The strings are created on first use. The compiler's guard for static variables makes other threads wait and later
+// costs only a load, whereas a critical section would have to be entered by each caller.
 const String& SmallNumber(int value)
 {
     static const SmallNumbers numbers = MakeSmallNumbers();

@@ -23,8 +23,8 @@ StringRecord* StringRecord::Create(std::size_t capacity)
 
 void StringRecord::Release(StringRecord* record) noexcept
 {
-    // Nobody else can add a usage to a record that has just one, so its owner needs no atomic subtraction. What it
-    // leaves is what a second release finds, as long as nothing else took the memory.
+    // Only the owner of the last reference could add another one, so no atomic subtraction is needed here. The 0 that
+    // is stored lets a second release be detected, as long as the memory isn't reused.
     std::int32_t left = 0;
     if (record->usage.load(std::memory_order_acquire) != 1)
         left = record->usage.fetch_sub(1, std::memory_order_acq_rel) - 1;

@@ -7,24 +7,25 @@
 namespace qx
 {
 
-// The text that several String objects share: this head and behind it the characters, in one allocation. The text is
-// read-only as long as more than one String uses it.
+// The text shared by several String objects: this header, followed by the characters in the same allocation. The text
+// is read-only while more than one String uses it.
 struct alignas(16) StringRecord
 {
-    wchar_t* text;        // the characters behind the head
+    wchar_t* text;        // the characters, which follow this header
     std::size_t capacity; // in characters, terminator included
     std::atomic<std::int32_t> usage;
 
-    // With usage 1 and an empty text.
+    // Allocates a record with a reference count of 1 and an empty text.
     static StringRecord* Create(std::size_t capacity);
 
     void AddUser() { usage.fetch_add(1, std::memory_order_relaxed); }
     bool IsShared() const { return usage.load(std::memory_order_acquire) > 1; }
 
-    // Gives up one usage; the last one frees the record. One too many is reported, and the record is left alone.
+    // Releases one reference and frees the record after the last. A release too many is reported and leaves the record
+    // alone.
     static void Release(StringRecord* record) noexcept;
 
-    // The capacity that a text of so many characters asks for: room for the terminator, in steps of 8.
+    // Returns the capacity for a text of `length` characters: a multiple of 8 with room for the terminator.
     static constexpr std::size_t CapacityFor(std::size_t length) { return (length + 8) & ~std::size_t{7}; }
 };
 

@@ -13,7 +13,7 @@ namespace qx
 namespace
 {
 
-// A count that is longer than a text would make the system read behind its end.
+// Limits the count to the text, because the system would read past the end of a shorter text.
 int LengthWithin(const wchar_t* text, int maxChars)
 {
     return maxChars < 0 ? -1 : static_cast<int>(wcsnlen(text, static_cast<std::size_t>(maxChars)));

@@ -6,11 +6,11 @@ namespace qx
 enum class CompareOrder
 {
     Ordinal,
-    ByLocale // of the user interface language
+    ByLocale // by the rules of the user interface language
 };
 
-// The comparison of String. Null and empty are the same and come before everything else. At most `maxChars` characters
-// count: all if it is negative, none if it is 0.
+// Compares two zero-terminated texts for String. Null and the empty text are equal and sort before any other text.
+// Compares at most `maxChars` characters: all if it is negative, none if it is 0.
 int CompareText(const wchar_t* a, const wchar_t* b, int maxChars, CompareOrder order, bool caseSensitive);
 
 } // namespace qx

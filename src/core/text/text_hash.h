@@ -1,4 +1,4 @@
-// The hash of a text, for strings and for texts that aren't held by one.
+// A hash of text, for String and for text that is not stored in a String.
 #pragma once
 
 #include <cstddef>
@@ -9,8 +9,9 @@
 namespace qx
 {
 
-// 64 bits over the bytes of the text: as many words of 8 bytes as fit, then one of 4, then one of 2, each taken
-// little-endian. Both targets are. No secret goes into it, so outside texts can be made to collide.
+// Returns a 64-bit hash of the bytes of the text: as many 8-byte words as fit, then at most one of 4 bytes and one of 2
+// bytes. The words are read as little-endian, the byte order of both targets. The hash isn't seeded, so an attacker who
+// controls the texts can produce collisions.
 inline std::uint64_t TextHash(std::wstring_view text) noexcept
 {
     constexpr std::uint64_t kFactor = 0x9DDFEA08EB382D69;

@@ -13,7 +13,7 @@ namespace qx
 namespace
 {
 
-// Keeps an array in its place and unchanged in size.
+// Locks an array, so that it is neither moved nor resized.
 class clsArrayLock
 {
 public:
@@ -57,7 +57,8 @@ bool AreInBounds(const SAFEARRAY& array, std::initializer_list<ULONG> indexes)
     return true;
 }
 
-// The array keeps the bounds of its last dimension first, and wants the index of its first one first.
+// The array stores the bounds of its last dimension first, whereas SafeArrayGetElement expects the index of the first
+// dimension first.
 std::vector<LONG> PlaceOf(const SAFEARRAY& array, std::initializer_list<ULONG> indexes)
 {
     std::vector<LONG> place;
@@ -66,7 +67,7 @@ std::vector<LONG> PlaceOf(const SAFEARRAY& array, std::initializer_list<ULONG> i
     return place;
 }
 
-// The element types that are read, and where SafeArrayGetElement puts them.
+// Reads an element of one of the supported types: texts, variants and objects.
 clsVariant ReadElement(SAFEARRAY* array, LONG* place)
 {
     VARIANT element{};
@@ -129,7 +130,7 @@ HRESULT clsVariant::MoveTo(VARIANT& target) noexcept
     return result;
 }
 
-// From the last one on, so that what the elements leave can go back to the system while the array fills.
+// Fills the array from the end, so that the memory of elements already moved can be released meanwhile.
 clsVariant clsVariant::ArrayOf(std::deque<clsVariant> elements)
 {
     VARIANT array{};

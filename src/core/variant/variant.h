@@ -1,4 +1,4 @@
-// A value that knows its type: the platform's VARIANT with copies that own what they hold.
+// clsVariant, a VARIANT whose copies own their contents.
 #pragma once
 
 #include "containers/slist.h"
@@ -14,8 +14,8 @@
 namespace qx
 {
 
-// A copy never holds a reference: what VT_BYREF leads to is copied. What the system can't copy (a type that is none of
-// a variant, no memory) becomes empty. Nothing here throws but String.
+// A copy never contains a reference: the target of VT_BYREF is copied instead. A value that the system can't copy
+// (invalid type, out of memory) becomes empty. No function throws, except for those that create a String.
 class clsVariant
 {
 public:
@@ -31,10 +31,10 @@ public:
     }
     ~clsVariant() { VariantClear(&_value); }
 
-    // Takes the value over with all that it owns.
+    // Takes ownership of the value and everything in it.
     static clsVariant Adopt(const VARIANT& value) noexcept;
 
-    // An array of variants with the lower bound 0. Without memory for it the value is empty.
+    // Returns an array of variants with the lower bound 0. If memory runs out, the result is empty.
     static clsVariant ArrayOf(std::deque<clsVariant> elements);
 
     void Swap(clsVariant& other) noexcept;
@@ -42,30 +42,32 @@ public:
     VARTYPE Type() const noexcept { return _value.vt; }
     const VARIANT& Get() const noexcept { return _value; }
 
-    // Copies to the caller's variant, which is cleared; the system's result.
+    // Copies to the caller's variant, whose old value is cleared. Returns the system's result.
     HRESULT CopyTo(VARIANT& target) const noexcept;
-    // The same, but the target takes all over that the value owns, and the value is empty.
+    // Moves the value to the caller's variant, whose old value is cleared. This value becomes empty. Returns the
+    // system's result.
     HRESULT MoveTo(VARIANT& target) noexcept;
 
-    // Replaces the value by such an array, in the order of the list.
+    // Replaces the value by an array of variants in the order of the list.
     void SetArray(WCValSList<clsVariant> list);
 
 private:
-    VARIANT _value{}; // all bytes are defined, since a comparison may look at them all
+    VARIANT _value{}; // all bytes are defined, because comparisons may read them all
 };
 
-// Numbers compare as numbers and texts as texts of the user interface language, whatever their types. Nothing
-// (VT_EMPTY) and VT_NULL are equal to themselves alone. What is left is for the system to say.
+// Numbers are compared as numbers and texts as texts of the user interface language, whatever their types. VT_EMPTY and
+// VT_NULL are only equal to themselves. The system compares all other pairs of types.
 bool operator==(const clsVariant& a, const clsVariant& b);
 
-// The text that the value is in the user's locale; empty if it has none.
+// Returns the value as text in the user's locale, or an empty text if it can't be converted.
 String ToString(const clsVariant& value);
 
-// The number that the value is, or 0.
+// Returns the value as a number, or 0 if it can't be converted.
 double ToDouble(const clsVariant& value);
 
-// An element of an array of texts, variants or objects, with an index for each dimension, the last one first. Whatever
-// the lower bounds, indexes begin at 0. Empty for other arrays, for what is no array, and for a wrong index.
+// Returns an element of an array of texts, variants or objects. There is one index per dimension, the last dimension
+// first; indexes start at 0 whatever the lower bounds are. Returns an empty value for other arrays, for values that are
+// no arrays, and for an index out of range.
 clsVariant GetElement(const clsVariant& array, std::initializer_list<ULONG> indexes);
 
 } // namespace qx

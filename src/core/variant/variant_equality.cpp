@@ -1,4 +1,4 @@
-// When two variants are equal.
+// Equality of variants.
 #include "core/variant/variant.h"
 
 #include "core/debug_line.h"

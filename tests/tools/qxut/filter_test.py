@@ -73,7 +73,7 @@ class Filters(commands.CommandTest):
         self.assertIn(b"no such file", self.run_qxut("mask", str(self.folder / "none"), code=3))
         self.assertIn(b"folder", self.run_qxut("mask", str(self.folder), code=3))
         self.assertIn(b"zero byte", self.run_qxut("mask", code=4, stdin=b"a\0b"))
-        self.assertIn(b"no UTF-8", self.run_qxut("mask", code=4, stdin=b"a\xFF"))
+        self.assertIn(b"not UTF-8", self.run_qxut("mask", code=4, stdin=b"a\xFF"))
         self.assertIn(b"cannot write the file", self.run_qxut("mask", "--output", str(self.folder), code=6))
 
     def test_masking(self):

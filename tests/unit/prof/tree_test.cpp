@@ -2,6 +2,7 @@
 #include "unit/prof/job_support.h"
 
 #include <algorithm>
+#include <chrono>
 #include <random>
 #include <vector>
 
@@ -16,14 +17,18 @@ struct ModelItem
 {
     int name;
     bool isList;
-    int value;
+    int value; // a list contains it as its only leaf
 };
+
+constexpr int kNoValue = -1;
 
 String TextOf(const std::vector<ModelItem>& model)
 {
     String text;
     for (const ModelItem& item : model)
-        text += String(String::kFormatted, item.isList ? L"[%d]{v=%d;}" : L"%d=%d;", item.name, item.value);
+        text += item.value == kNoValue
+                    ? String(String::kFormatted, L"[%d]{}", item.name)
+                    : String(String::kFormatted, item.isList ? L"[%d]{v=%d;}" : L"%d=%d;", item.name, item.value);
     return text;
 }
 
@@ -53,8 +58,14 @@ TEST(ProfTree, BehavesLikeAPlainRowOfItems)
         const auto action = random() % 60;
         if (action < 2)
         {
-            RemoveByPath(list, item, isList ? ItemKind::List : ItemKind::Leaf);
-            std::erase_if(model, isIt);
+            // Removing what lists with a name contain must find all of them, too.
+            const bool isWithin = isList && value % 2 == 0;
+            RemoveByPath(list, isWithin ? leaf : item, isList && !isWithin ? ItemKind::List : ItemKind::Leaf);
+            if (isWithin)
+                for (ModelItem& other : model)
+                    other.value = isIt(other) ? kNoValue : other.value;
+            else
+                std::erase_if(model, isIt);
         }
         else if (action == 2 && step % 40 == 0)
         {
@@ -80,7 +91,7 @@ TEST(ProfTree, BehavesLikeAPlainRowOfItems)
         else
         {
             const clsItem* found = FindLeafByPath(list, leaf);
-            ASSERT_EQ(found != nullptr, expected != model.end()) << step;
+            ASSERT_EQ(found != nullptr, expected != model.end() && expected->value != kNoValue) << step;
             if (found != nullptr)
             {
                 ASSERT_STREQ(found->ValueText(), String::FromInt(expected->value)) << step;
@@ -91,4 +102,58 @@ TEST(ProfTree, BehavesLikeAPlainRowOfItems)
             ASSERT_STREQ(Tree(list), TextOf(model)) << step;
         }
     }
+}
+
+// Removing must not walk the list. A factor, because the machine may be busy; walks take more than 1,000 times as long.
+TEST(ProfTree, RemovingFromALargeListIsAsCheapAsFinding)
+{
+    constexpr int kItems = 80000;
+    using Clock = std::chrono::steady_clock;
+    const JobHolder job = NewJob();
+    clsItemList& list = job->Root();
+    std::vector<String> names;
+    for (int i = 0; i < kItems; ++i)
+        names.push_back(L"name" + String::FromInt(i));
+    const auto secondsOf = [&](auto operation)
+    {
+        const Clock::time_point start = Clock::now();
+        for (const String& name : names)
+            operation(name);
+        return std::chrono::duration<double>(Clock::now() - start).count();
+    };
+    const auto fill = [&]
+    {
+        for (const wchar_t* value : {L"first", L"second"})
+            for (int i = 0; i < kItems; ++i)
+                AppendLeafByPath(list, L"name" + String::FromInt(i), value);
+    };
+    fill();
+    const double finding = secondsOf([&](const String& name) { EXPECT_NE(FindLeafByPath(list, name), nullptr); });
+    const auto removing = [&](bool looksUp)
+    {
+        return secondsOf(
+            [&](const String& name)
+            {
+                RemoveByPath(list, name, ItemKind::Leaf);
+                if (looksUp)
+                {
+                    EXPECT_EQ(FindLeafByPath(list, name), nullptr);
+                }
+            });
+    };
+    EXPECT_LT(removing(false), 100 * finding) << "in list order";
+    EXPECT_TRUE(list.IsEmpty());
+    fill();
+    std::reverse(names.begin(), names.end());
+    EXPECT_LT(removing(false), 100 * finding) << "from the end";
+    fill();
+    std::shuffle(names.begin(), names.end(), std::mt19937(3));
+    EXPECT_LT(removing(true), 100 * finding) << "mixed, and looked up in between";
+    EXPECT_TRUE(list.IsEmpty());
+
+    for (const String& name : names)
+        SetLeafByPath(list, name + L"/x", L"1");
+    EXPECT_LT(secondsOf([&](const String& name) { RemoveByPath(list, name + L"/x", ItemKind::Leaf); }), 100 * finding)
+        << "within lists of a large list";
+    EXPECT_TRUE(list.FindList(names.front().Text())->IsEmpty());
 }

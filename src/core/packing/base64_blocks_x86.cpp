@@ -4,8 +4,8 @@
 
 #include <cstring>
 
-// After W. Muła and D. Lemire, "Faster Base64 Encoding and Decoding Using AVX2 Instructions" (2018), with blocks of
-// half that size.
+// Based on W. Muła and D. Lemire, "Faster Base64 Encoding and Decoding Using AVX2 Instructions" (2018), with blocks of
+// half the size.
 namespace qx
 {
 namespace
@@ -30,10 +30,10 @@ void Store(void* at, __m128i block)
     _mm_storeu_si128(static_cast<__m128i*>(at), block);
 }
 
-// Twelve bytes become sixteen numbers of six bits.
+// Splits twelve bytes into sixteen numbers of six bits.
 [[gnu::target("ssse3")]] __m128i SplitBits(__m128i bytes)
 {
-    // Each group's three bytes as two pairs, whose bits are moved by multiplying.
+    // Duplicates the three bytes of each group into two pairs, whose bits are then shifted by multiplication.
     const __m128i pairs = _mm_shuffle_epi8(bytes, _mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10));
     const __m128i first = _mm_mulhi_epu16(_mm_and_si128(pairs, _mm_set1_epi32(0x0FC0FC00)), _mm_set1_epi32(0x04000040));
     const __m128i second =
@@ -41,7 +41,7 @@ void Store(void* at, __m128i block)
     return _mm_or_si128(first, second);
 }
 
-// Numbers become symbols by what lies between the two, which differs for each of the five kinds of symbols.
+// Converts numbers to symbols by adding an offset, which differs for each of the five kinds of symbols.
 [[gnu::target("ssse3")]] __m128i SymbolsOf(__m128i numbers)
 {
     // 0 for small letters, 1 to 12 for digits and signs, 13 for capital letters.
@@ -54,12 +54,13 @@ void Store(void* at, __m128i block)
     return _mm_add_epi8(numbers, _mm_shuffle_epi8(distances, kinds));
 }
 
-// Symbols become numbers; false if there is another character among them.
+// Converts symbols to numbers. Returns false if there is any other character.
 [[gnu::target("ssse3")]] bool NumbersOf(__m128i symbols, __m128i& numbers)
 {
     const __m128i low = _mm_and_si128(symbols, _mm_set1_epi8(0x0F));
     const __m128i high = _mm_and_si128(_mm_srli_epi32(symbols, 4), _mm_set1_epi8(0x0F));
-    // By each half of a character, which kinds it rules out: what both rule out is none.
+    // For each half of a character, the kinds that it excludes. A character whose halves exclude a common kind is not a
+    // symbol.
     const __m128i byLow =
         _mm_setr_epi8(0x15, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x13, 0x1A, 0x1B, 0x1B, 0x1B, 0x1A);
     const __m128i byHigh =
@@ -67,14 +68,14 @@ void Store(void* at, __m128i block)
     const __m128i faults = _mm_and_si128(_mm_shuffle_epi8(byLow, low), _mm_shuffle_epi8(byHigh, high));
     if (_mm_movemask_epi8(_mm_cmpeq_epi8(faults, _mm_setzero_si128())) != 0xFFFF)
         return false;
-    const __m128i isSlash = _mm_cmpeq_epi8(symbols, _mm_set1_epi8('/')); // shares its upper half with the plus sign
+    const __m128i isSlash = _mm_cmpeq_epi8(symbols, _mm_set1_epi8('/')); // has the same upper half as the plus sign
     const __m128i distances =
         _mm_setr_epi8(0, 63 - '/', 62 - '+', 52 - '0', -'A', -'A', 26 - 'a', 26 - 'a', 0, 0, 0, 0, 0, 0, 0, 0);
     numbers = _mm_add_epi8(symbols, _mm_shuffle_epi8(distances, _mm_add_epi8(high, isSlash)));
     return true;
 }
 
-// Sixteen numbers become twelve bytes, at the front.
+// Joins sixteen numbers into twelve bytes at the front.
 [[gnu::target("ssse3")]] __m128i JoinBits(__m128i numbers)
 {
     const __m128i pairs = _mm_maddubs_epi16(numbers, _mm_set1_epi32(0x01400140));
@@ -85,7 +86,7 @@ void Store(void* at, __m128i block)
 [[gnu::target("ssse3")]] std::size_t Encode(wchar_t* text, const unsigned char* bytes, std::size_t size)
 {
     std::size_t groups = 0;
-    // Sixteen bytes are read, of which twelve are used.
+    // Each step reads sixteen bytes and uses twelve.
     for (; size >= sizeof(__m128i); size -= kBytesOfBlock, bytes += kBytesOfBlock, text += kSymbolsOfBlock)
     {
         const __m128i symbols = SymbolsOf(SplitBits(Load(bytes)));
