@@ -4,6 +4,7 @@
 #include "threads/processor_count.h"
 
 #include <new>
+#include <utility>
 
 namespace qx
 {
@@ -183,15 +184,29 @@ bool clsThreadedJobDispatcherUsingIoCompletionPort::WaitForPacket()
 // The loop of each worker.
 void clsThreadedJobDispatcherUsingIoCompletionPort::RunJobs(ThreadMarks* marks)
 {
+    // Also runs if a job ends the thread, which unwinds the stack: the job counts as done.
+    struct Worker
     {
-        JobInHand inHand(*this);
-        for (clsUTThreadedJob* job = GetNextJob(); job; job = CompleteAndGetNextJob(*job, inHand))
+        ~Worker()
         {
-            const ThreadSpan span(marks, job->name.Text());
-            job->Run();
+            if (job)
+                dispatcher.JobCompleted(*job);
+            --dispatcher._activeWorkers;
         }
+        clsThreadedJobDispatcherUsingIoCompletionPort& dispatcher;
+        clsUTThreadedJob* job = nullptr;
+    };
+    Worker worker{*this};
+    JobInHand inHand(*this);
+    worker.job = GetNextJob();
+    while (worker.job)
+    {
+        {
+            const ThreadSpan span(marks, worker.job->name.Text());
+            worker.job->Run();
+        }
+        worker.job = CompleteAndGetNextJob(*std::exchange(worker.job, nullptr), inHand);
     }
-    --_activeWorkers;
 }
 
 // Does the work of JobCompleted() and GetNextJob() with a single use of the lock, unless the queue is empty or the

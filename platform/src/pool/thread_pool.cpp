@@ -225,7 +225,7 @@ DWORD WaitForCallbacks(const Ref<_TP_WORK>& work)
         const std::lock_guard guard(DispatcherLock());
         work->ForgetForeignCallbacks();
     }
-    return WaitFor({work}, {});
+    return WaitFor(WaitObjects(*work), {});
 }
 
 } // namespace

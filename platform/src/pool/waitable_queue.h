@@ -34,7 +34,7 @@ public:
         DWORD left = milliseconds;
         for (;;)
         {
-            const DWORD result = WaitFor({Ref<Waitable>(this)}, {false, left, false});
+            const DWORD result = WaitFor(WaitObjects(*this), {false, left, false});
             item = std::exchange(taken, std::nullopt);
             if (result != WAIT_OBJECT_0 || item || _hasEnded)
                 return result;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
 #include <map>
 #include <mutex>
@@ -67,9 +68,26 @@ const Locale& InvariantLocale()
     return locale.Get([] { return Locale{"", "", static_cast<LCID>(LOCALE_INVARIANT)}; });
 }
 
+// ICU takes its default locale from the environment too, and copies its name, whatever its length, into a buffer of
+// fixed size when it looks for a locale without data. A name that doesn't fit there is replaced.
+void BoundDefaultOfIcu()
+{
+    static constinit Forever<bool> isBounded;
+    isBounded.Get(
+        []
+        {
+            UErrorCode status = U_ZERO_ERROR;
+            if (std::strlen(uloc_getDefault()) >= ULOC_FULLNAME_CAPACITY)
+                uloc_setDefault("en_US", &status);
+            return U_SUCCESS(status) != 0;
+        });
+}
+
+// All calls for the making of a locale go through here, and no data is read without a locale.
 template <class Call>
 std::string Text(Call call)
 {
+    BoundDefaultOfIcu();
     char buffer[ULOC_FULLNAME_CAPACITY];
     UErrorCode status = U_ZERO_ERROR;
     const std::int32_t length = call(buffer, static_cast<std::int32_t>(sizeof buffer), &status);

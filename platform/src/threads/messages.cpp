@@ -65,10 +65,10 @@ DWORD WaitForInput(DWORD count, const HANDLE* handles, DWORD milliseconds, DWORD
         SetLastError(ERROR_INVALID_PARAMETER);
         return WAIT_FAILED;
     }
-    std::vector<Ref<Waitable>> objects = WaitablesOf(count, handles);
-    if (objects.size() != count)
+    WaitObjects objects;
+    if (!AddWaitables(objects, count, handles))
         return WAIT_FAILED;
-    objects.push_back(MakeObject<Input>(ThreadWithQueue(), kinds));
+    objects.Add(*MakeObject<Input>(ThreadWithQueue(), kinds));
     return WaitFor(objects, {(flags & MWMO_WAITALL) != 0, milliseconds, (flags & MWMO_ALERTABLE) != 0});
 }
 

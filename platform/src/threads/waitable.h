@@ -7,12 +7,19 @@
 #include <atomic>
 #include <cstddef>
 #include <mutex>
-#include <vector>
 
 namespace qxplatform
 {
 
 struct Waiter;
+
+// One wait in the list of one object; part of the waiting thread's stack, so that a wait needs no memory.
+struct WaitEntry
+{
+    Waiter* waiter;
+    WaitEntry* next;
+    WaitEntry** link; // the pointer to this entry
+};
 
 // One lock guards the state of all such objects, so that a wait for several of them sees a consistent state. It is held
 // only briefly.
@@ -32,8 +39,9 @@ public:
     // The effect on the object of a wait that it ends.
     virtual void Take() {}
 
-    void AddWaiter(Waiter& waiter);
-    void RemoveWaiter(Waiter& waiter);
+    // Adds and removes an entry whose waiter is set.
+    void AddWaiter(WaitEntry& entry);
+    void RemoveWaiter(WaitEntry& entry);
 
 protected:
     // Call this when the object has become signalled.
@@ -47,7 +55,7 @@ protected:
     std::size_t WaiterCount()
     {
         ForgetForeignWaiters();
-        return _waiters.size();
+        return _waiterCount.load();
     }
 
     // Called without the lock. A wait is counted before it checks its objects. If an object is changed and then no
@@ -57,9 +65,9 @@ protected:
 private:
     void ForgetForeignWaiters();
 
-    std::vector<Waiter*> _waiters;
+    WaitEntry* _latestWaiter = nullptr; // the first of the list
     unsigned _generation = ForkGeneration(); // of the process whose threads wait
-    std::atomic<std::size_t> _waiterCount = 0; // their number
+    std::atomic<std::size_t> _waiterCount = 0; // the length of the list
 };
 
 // Makes a wait check again.
