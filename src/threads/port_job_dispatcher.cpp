@@ -57,8 +57,11 @@ clsThreadedJobDispatcherUsingIoCompletionPort::clsThreadedJobDispatcherUsingIoCo
 clsThreadedJobDispatcherUsingIoCompletionPort::~clsThreadedJobDispatcherUsingIoCompletionPort()
 {
     _isClosing = true;
+    bool areTold = true;
     for (std::size_t worker = 0; worker < _workers.Count(); ++worker)
-        PostQueuedCompletionStatus(_port.Get(), 0, 0, nullptr);
+        areTold = PostQueuedCompletionStatus(_port.Get(), 0, 0, nullptr) && areTold;
+    if (!areTold) // there is no memory for a packet; the end of the port ends the waits as well
+        _port.Release();
     _workers.Clear();
     _port.Release();
 }

@@ -16,6 +16,7 @@
 #include <cstdarg>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -219,7 +220,14 @@ unsigned clsThreadBase::Run(std::shared_ptr<StartOrder> order)
             if (!_name)
                 return;
             NameThreadForDebugger(name);
-            TheThreadNames().Enter(_id, _name);
+            try
+            {
+                TheThreadNames().Enter(_id, _name);
+            }
+            catch (const std::bad_alloc&)
+            {
+                _name = nullptr; // its lines of the debug output lack the name
+            }
         }
         EnteredName(const EnteredName&) = delete;
         EnteredName& operator=(const EnteredName&) = delete;
@@ -231,7 +239,7 @@ unsigned clsThreadBase::Run(std::shared_ptr<StartOrder> order)
 
     private:
         const unsigned _id = GetCurrentThreadId();
-        const char* const _name;
+        const char* _name;
     };
     const char* const name = Name();
     const EnteredName enteredName(name);

@@ -142,7 +142,7 @@ TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
                 while (!isOver)
                     failures += !use();
             });
-    for (int i = 0; i < 150; ++i)
+    for (int i = 0; i < 50; ++i)
     {
         const int code = RunChild(
             []

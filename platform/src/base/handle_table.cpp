@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <type_traits>
 
 namespace qxplatform
@@ -109,7 +110,12 @@ std::uint32_t Table::TakeFree()
     if (_used == kNoEntry)
         return kNoEntry;
     if (_used % kChunkSize == 0)
-        _chunks[_used / kChunkSize].store(new Chunk, std::memory_order_release);
+    {
+        Chunk* const chunk = new (std::nothrow) Chunk;
+        if (chunk == nullptr)
+            return kNoEntry;
+        _chunks[_used / kChunkSize].store(chunk, std::memory_order_release);
+    }
     return _used++;
 }
 

@@ -3,7 +3,6 @@
 #include <winbase.h>
 
 #include "base/fail.h"
-#include "base/forever.h"
 #include "base/futex.h"
 #include "threads/held_sections.h"
 #include "threads/stop_signal.h"
@@ -12,7 +11,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
-#include <unordered_map>
+#include <utility>
 
 #include <pthread.h>
 
@@ -23,13 +22,6 @@ namespace
 
 // The stop signal's handler reads it and must not make the loader allocate memory for thread-local objects.
 [[gnu::tls_model("initial-exec")]] constinit thread_local ThreadObject* current = nullptr;
-
-// Existing threads by id, guarded by the dispatcher lock.
-std::unordered_map<DWORD, ThreadObject*>& Threads()
-{
-    static constinit Forever<std::unordered_map<DWORD, ThreadObject*>> threads;
-    return threads.Get();
-}
 
 // The destructor of this key's value runs after the thread's thread-local objects have been destroyed: the last moment
 // at which the end of the thread can be detected.
@@ -77,6 +69,8 @@ std::size_t StackSizeFor(std::size_t wanted)
 }
 
 } // namespace
+
+constinit ThreadObject* ThreadObject::_first = nullptr;
 
 ThreadObject::ThreadObject(Routine routine, void* argument)
     : Waitable(kObjectType),
@@ -138,7 +132,7 @@ void ThreadObject::Register()
 {
     const std::lock_guard guard(DispatcherLock());
     _id = GetCurrentThreadId();
-    Threads()[_id] = this;
+    Link();
     std::atomic_ref(_isRegistered).store(TRUE);
     FutexWakeOne(&_isRegistered);
 }
@@ -148,8 +142,7 @@ void ThreadObject::AfterForkInChild()
 {
     constexpr DWORD kGone = 1;
     const std::lock_guard guard(DispatcherLock());
-    std::unordered_map<DWORD, ThreadObject*>& threads = Threads();
-    for (const auto& [id, thread] : threads)
+    for (ThreadObject* thread = std::exchange(_first, nullptr); thread != nullptr; thread = thread->_next)
         if (thread != current)
         {
             if (!thread->_terminationCode)
@@ -157,11 +150,26 @@ void ThreadObject::AfterForkInChild()
             thread->_waiter = nullptr;
             thread->_hasEnded = true;
         }
-    threads.clear();
     if (current == nullptr)
         return;
     current->_id = GetCurrentThreadId();
-    threads[current->_id] = current;
+    current->Link();
+}
+
+void ThreadObject::Link()
+{
+    _next = _first;
+    _link = &_first;
+    if (_first != nullptr)
+        _first->_link = &_next;
+    _first = this;
+}
+
+void ThreadObject::Unlink()
+{
+    *_link = _next;
+    if (_next != nullptr)
+        _next->_link = _link;
 }
 
 namespace
@@ -198,8 +206,10 @@ ThreadObject& ThreadObject::Current()
 Ref<ThreadObject> ThreadObject::Find(DWORD id)
 {
     const std::lock_guard guard(DispatcherLock());
-    const auto found = Threads().find(id);
-    return found == Threads().end() ? Ref<ThreadObject>() : Ref<ThreadObject>(found->second);
+    ThreadObject* thread = _first;
+    while (thread != nullptr && thread->_id != id)
+        thread = thread->_next;
+    return Ref<ThreadObject>(thread);
 }
 
 void ThreadObject::OnThreadEnd(void* object)
@@ -211,7 +221,7 @@ void ThreadObject::OnThreadEnd(void* object)
         const std::lock_guard guard(DispatcherLock());
         thread->_times.ended = Now();
         thread->_times.processor = ProcessorTimesOfThisThread();
-        Threads().erase(thread->_id);
+        thread->Unlink();
         thread->_queue.reset();
         thread->_apcs.clear();
         thread->_hasEnded = true;

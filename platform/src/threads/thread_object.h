@@ -102,6 +102,13 @@ private:
     DWORD _exitCode = 0; // of the thread itself
     sigjmp_buf _start;
 
+    // The living threads, in a list that needs no memory of its own.
+    void Link();
+    void Unlink();
+    static ThreadObject* _first;
+    ThreadObject* _next = nullptr;
+    ThreadObject** _link = nullptr;
+
     bool _hasEnded = false;
     std::optional<DWORD> _terminationCode;
     Times _times{};

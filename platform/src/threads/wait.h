@@ -38,6 +38,7 @@ public:
         object.AddRef();
         _objects[_count++] = &object;
     }
+    void RemoveLast() { _objects[--_count]->Release(); }
     std::size_t Count() const { return _count; }
     Waitable* const* begin() const { return _objects; }
     Waitable* const* end() const { return _objects + _count; }
