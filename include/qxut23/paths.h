@@ -38,7 +38,7 @@ typedef struct QXUTFSINFO
     uint32_t maxPath;       /* always 260 */
     uint32_t driveLength;   /* always 3 */
     uint32_t maxNameLength; /* the longest component of a path, in characters */
-    uint32_t flags;         /* QXUT_FS_... */
+    uint32_t flags;         /* what the file system can do: QXUT_FS_... */
 } QXUTFSINFO;
 
 #define QXUT_FS_CASE_SENSITIVE 1
@@ -48,8 +48,9 @@ typedef struct QXUTFSINFO
 #define QXUT_FS_COMPRESSED 16
 #define QXUT_FS_BAD_SIZE 64
 
-/* Returns the flags of the file system at a root path ("c:\", or null for the root of the current folder) and fills in
-   `info`. If the system can't provide the information, the flags and the name length are 0. Returns QXUT_FS_BAD_SIZE
+/* Returns the flags of the file system at a root path ("c:\", or null for the root of the current folder) as
+   GetVolumeInformation returns them, and fills in `info`. If the system can't provide the information, all flags and the
+   name length are 0. Returns QXUT_FS_BAD_SIZE
    and writes nothing if `info` is null or has another size. */
 QXUT_API uint32_t UtilGetFSInfo(const QXWCHAR* root, QXUTFSINFO* info);
 

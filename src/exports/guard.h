@@ -5,6 +5,8 @@
 
 #include <windows.h>
 
+#include <cxxabi.h>
+
 #include <exception>
 #include <new>
 #include <utility>
@@ -15,13 +17,21 @@ namespace qx
 // Keeps exceptions from crossing the boundary of the library; every exported function runs its work in it. An exception
 // is logged, the last error is set to its kind, and the caller gets `failure`.
 //
+// A callback may end its thread with pthread_exit, and the thread may be cancelled there. The runtime library then unwinds
+// the stack, and aborts the process if a function keeps it from doing so. It isn't an exception of the library's: it
+// passes, and the destructors on its way release locks and memory.
+//
 //     int UtilSomething(...) { return Guarded(-1, [&] { return Something(...); }); }
 template <class Failure, class Work>
-auto Guarded(Failure failure, Work work) noexcept -> decltype(work())
+auto Guarded(Failure failure, Work work) -> decltype(work())
 {
     try
     {
         return work();
+    }
+    catch (const abi::__forced_unwind&)
+    {
+        throw;
     }
     catch (const std::bad_alloc&)
     {
@@ -44,7 +54,7 @@ auto Guarded(Failure failure, Work work) noexcept -> decltype(work())
 
 // For functions without a result.
 template <class Work>
-void Guarded(Work work) noexcept
+void Guarded(Work work)
 {
     Guarded(0, [&] { return work(), 0; });
 }

@@ -171,7 +171,7 @@ private:
 template <class Result, class... Parameters, Result (*Wide)(Parameters...), auto Failed>
 struct NarrowForm<Wide, Failed>
 {
-    static Result Call(typename NarrowType<Parameters>::Type... arguments) noexcept
+    static Result Call(typename NarrowType<Parameters>::Type... arguments)
     {
         // The null stands in for an argument after the last one.
         const auto call = [&]

@@ -74,7 +74,7 @@ std::uint32_t UtilGetFSInfo(const QXWCHAR* root, QXUTFSINFO* info)
     info->driveLength = QXUT_PATH_DRIVE;
     info->maxNameLength = found.maxNameLength;
     info->flags = FlagsOf(found);
-    return info->flags;
+    return found.flags;
 }
 
 std::int32_t UtilExpandDefaultTokensOfFolderPath(const QXWCHAR* path, QXWCHAR** out)

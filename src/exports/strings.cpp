@@ -86,7 +86,14 @@ QXWCHAR* UtilStrrchr(const QXWCHAR* text, QXWCHAR c)
 
 QXWCHAR* UtilStrstr(const QXWCHAR* text, const QXWCHAR* part)
 {
-    return Guarded(nullptr, [&] { return text ? const_cast<QXWCHAR*>(wcsstr(text, Readable(part))) : nullptr; });
+    return Guarded(nullptr,
+        [&]() -> QXWCHAR*
+        {
+            // Not every runtime library finds an empty text in an empty one.
+            if (!text || !part || !*part)
+                return const_cast<QXWCHAR*>(text);
+            return const_cast<QXWCHAR*>(wcsstr(text, part));
+        });
 }
 
 void* UtilMemcpy(void* target, const void* source, std::size_t count)

@@ -8,6 +8,7 @@ namespace qx
 
 struct FileSystemInfo
 {
+    std::uint32_t flags = 0; // as the system returns them
     std::uint32_t maxNameLength = 0;
     bool caseSensitive = false;
     bool casePreserved = false;

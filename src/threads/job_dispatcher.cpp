@@ -127,13 +127,13 @@ void clsThreadedJobDispatcher::Close()
 
 // Runs jobs and passes each finished job to `handBack` until no jobs are left. If there is neither a job to run nor a
 // finished job, calls `mayWait`: true means that this function must wait for the event, false that `mayWait` has waited
-// itself. Only in this case does it check for the end and yield.
+// itself. Only in this case does it check for the end and yield. An empty dispatcher calls `mayWait` once.
 template <class HandBack, class MayWait>
 void clsThreadedJobDispatcher::RunUntilDone(HandBack handBack, MayWait mayWait)
 {
     ShortSleeps sleeps;
     JobInHand job(*this);
-    for (;;)
+    for (bool isFirst = true;; isFirst = false)
     {
         // Run the job first and take a finished job afterwards, because the run may cause an abort, for example.
         const bool didRun = RunJob(job);
@@ -143,7 +143,7 @@ void clsThreadedJobDispatcher::RunUntilDone(HandBack handBack, MayWait mayWait)
             handBack(*job);
         if (didRun || job)
             continue;
-        if (!JobsDone(0) && mayWait(_jobEvent.Get()))
+        if ((isFirst || !JobsDone(0)) && mayWait(_jobEvent.Get()) && !JobsDone(0))
             WaitForSingleObject(_jobEvent.Get(), kEventPatience);
         if (JobsDone(0))
             break;
@@ -173,8 +173,14 @@ bool clsThreadedJobDispatcher::RunJob(JobInHand& inHand)
         RunOwnJob(inHand);
     else if (queued)
     {
+        // Also a job that ends the thread, which unwinds the stack, counts as done.
+        struct Completion
+        {
+            ~Completion() { dispatcher.JobCompleted(job); }
+            clsThreadedJobDispatcher& dispatcher;
+            clsUTThreadedJob& job;
+        } completion{*this, *queued};
         queued->Run();
-        JobCompleted(*queued);
     }
     return isOwn || queued;
 }

@@ -4,6 +4,7 @@
 #include "threads/processor_count.h"
 
 #include <new>
+#include <utility>
 
 namespace qx
 {
@@ -56,8 +57,11 @@ clsThreadedJobDispatcherUsingIoCompletionPort::clsThreadedJobDispatcherUsingIoCo
 clsThreadedJobDispatcherUsingIoCompletionPort::~clsThreadedJobDispatcherUsingIoCompletionPort()
 {
     _isClosing = true;
+    bool areTold = true;
     for (std::size_t worker = 0; worker < _workers.Count(); ++worker)
-        PostQueuedCompletionStatus(_port.Get(), 0, 0, nullptr);
+        areTold = PostQueuedCompletionStatus(_port.Get(), 0, 0, nullptr) && areTold;
+    if (!areTold) // there is no memory for a packet; the end of the port ends the waits as well
+        _port.Release();
     _workers.Clear();
     _port.Release();
 }
@@ -183,15 +187,29 @@ bool clsThreadedJobDispatcherUsingIoCompletionPort::WaitForPacket()
 // The loop of each worker.
 void clsThreadedJobDispatcherUsingIoCompletionPort::RunJobs(ThreadMarks* marks)
 {
+    // Also runs if a job ends the thread, which unwinds the stack: the job counts as done.
+    struct Worker
     {
-        JobInHand inHand(*this);
-        for (clsUTThreadedJob* job = GetNextJob(); job; job = CompleteAndGetNextJob(*job, inHand))
+        ~Worker()
         {
-            const ThreadSpan span(marks, job->name.Text());
-            job->Run();
+            if (job)
+                dispatcher.JobCompleted(*job);
+            --dispatcher._activeWorkers;
         }
+        clsThreadedJobDispatcherUsingIoCompletionPort& dispatcher;
+        clsUTThreadedJob* job = nullptr;
+    };
+    Worker worker{*this};
+    JobInHand inHand(*this);
+    worker.job = GetNextJob();
+    while (worker.job)
+    {
+        {
+            const ThreadSpan span(marks, worker.job->name.Text());
+            worker.job->Run();
+        }
+        worker.job = CompleteAndGetNextJob(*std::exchange(worker.job, nullptr), inHand);
     }
-    --_activeWorkers;
 }
 
 // Does the work of JobCompleted() and GetNextJob() with a single use of the lock, unless the queue is empty or the

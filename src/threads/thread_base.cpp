@@ -16,6 +16,7 @@
 #include <cstdarg>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -210,13 +211,38 @@ unsigned __stdcall clsThreadBase::Entry(void* order)
 // terminated would leak it.
 unsigned clsThreadBase::Run(std::shared_ptr<StartOrder> order)
 {
-    const unsigned id = GetCurrentThreadId();
-    const char* const name = Name();
-    if (name)
+    // The body may end the thread, which unwinds the stack.
+    class EnteredName
     {
-        NameThreadForDebugger(name);
-        TheThreadNames().Enter(id, std::strstr(name, "::") + 2);
-    }
+    public:
+        explicit EnteredName(const char* name) : _name(name ? std::strstr(name, "::") + 2 : nullptr)
+        {
+            if (!_name)
+                return;
+            NameThreadForDebugger(name);
+            try
+            {
+                TheThreadNames().Enter(_id, _name);
+            }
+            catch (const std::bad_alloc&)
+            {
+                _name = nullptr; // its lines of the debug output lack the name
+            }
+        }
+        EnteredName(const EnteredName&) = delete;
+        EnteredName& operator=(const EnteredName&) = delete;
+        ~EnteredName()
+        {
+            if (_name)
+                TheThreadNames().Remove(_id, _name);
+        }
+
+    private:
+        const unsigned _id = GetCurrentThreadId();
+        const char* _name;
+    };
+    const char* const name = Name();
+    const EnteredName enteredName(name);
     order->startSignal.Set();
     order.reset();
 
@@ -226,8 +252,6 @@ unsigned clsThreadBase::Run(std::shared_ptr<StartOrder> order)
     const unsigned result = ThreadProc();
     if (_marks)
         _marks->WriteMessage(kMessageImportance, String(String::kFormatted, L"ending, result=%u", result).Text());
-    if (name)
-        TheThreadNames().Remove(id, std::strstr(name, "::") + 2);
     return result;
 }
 

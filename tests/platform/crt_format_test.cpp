@@ -126,9 +126,6 @@ TEST(CrtFormat, WhatIsNoConversion)
     Prints(L"ab", L"ab%");
     Prints(L"ab", L"ab%-05.3I64");
     Prints(L"[42   ][+0042]", L"[%--5d][%0+5d]", 42, 42);
-    int count = -1;
-    Prints(L"abcde", L"abc%nd%s", &count, L"e");
-    EXPECT_EQ(count, 3);
 }
 
 #if !defined(_WIN32)
@@ -139,12 +136,12 @@ TEST(CrtFormat, FollowsTheDocumentation)
     Prints(L"0000000000000000", L"%.4p", nullptr);
     Prints(L"%| 0", L"%5%| %#.0o", 0);
     Prints(L"[1.#INF00  ]", L"[%-10f]", Infinity);
-    short count[2] = {-1, -1};
-    Prints(L"abcd", L"abc%hnd", count);
-    EXPECT_EQ(count[0], 3);
-    EXPECT_EQ(count[1], -1);
     EXPECT_EQ(_snwprintf(nullptr, 0, L"%2147483647d%d", 1, 1), -1); // too long for the result type
     EXPECT_EQ(_snwprintf(nullptr, 0, L"%99999999999d%d", 1, 1), -1);
+    // Differs from the system on purpose: %n takes its argument and doesn't write to it.
+    long long count = -1;
+    Prints(L"abcde", L"a%hnb%*I64nc%nd%s", &count, 3, &count, &count, L"e");
+    EXPECT_EQ(count, -1);
 }
 #endif
 

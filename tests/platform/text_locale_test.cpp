@@ -168,7 +168,13 @@ TEST(DefaultsDeathTest, ComeFromTheEnvironment)
         {{"LC_ALL=POSIX", "LANG=de_DE"}, "1252 437 en-US 409 409"},
         {{"LANG=sr_RS@latin"}, "1252 437 sr-Latn-RS 241a 241a"}, {{"LANG=zh_TW.big5"}, "1252 437 zh-TW 404 404"},
         {{"LANG=de"}, "1252 437 de-DE 407 407"}, {{"LANG=en_DE"}, "1252 437 en-DE 1000 1000"},
-        {{"LANG=nonsense"}, "1252 437 en-US 409 409"}, {{"LANG=\xff\xfe.UTF-8"}, "65001 65001 en-US 409 409"}};
+        {{"LANG=nonsense"}, "1252 437 en-US 409 409"},
+        {{"LANG=de_DE.UTF-8@" + std::string(100, 'x')}, "65001 65001 de-DE 407 407"},
+        {{"LANG=de_DE@" + std::string(160, 'x')}, "1252 437 en-US 409 409"},
+        {{"LC_ALL=" + std::string(160, 'a'), "LANG=de_DE"}, "1252 437 en-US 409 409"},
+        {{"LC_ALL=" + std::string(4000, 'a') + "_DE@" + std::string(4000, 'b')}, "1252 437 en-US 409 409"},
+        {{"LC_ALL=de_DE@collation=" + std::string(4000, '=')}, "1252 437 en-US 409 409"},
+        {{"LANG=\xff\xfe.UTF-8"}, "65001 65001 en-US 409 409"}};
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     for (const auto& row : cases)
         EXPECT_EXIT(
@@ -177,6 +183,13 @@ TEST(DefaultsDeathTest, ComeFromTheEnvironment)
                     unsetenv(name);
                 for (std::string variable : row.variables)
                     setenv(variable.substr(0, variable.find('=')).c_str(), &variable[variable.find('=') + 1], 1);
+                // Looking for a locale without data, ICU uses its own default, from the same variables.
+                wchar_t month[80] = {};
+                GetLocaleInfoW(0x0483, LOCALE_SMONTHNAME1, month, 80);
+                if (CompareStringW(0x0483, 0, month, -1, L"ghjennaghju", -1) != CSTR_EQUAL)
+                    std::abort();
+                GetLocaleInfoW(0x0483, LOCALE_SDAYNAME1, month, 80);
+                GetLocaleInfoW(0x046c, LOCALE_S1159, month, 80);
                 std::fprintf(stderr, "%u %u %s %x %x", GetACP(), GetOEMCP(), NameOf(LOCALE_USER_DEFAULT).c_str(),
                     GetUserDefaultLCID(), GetUserDefaultUILanguage());
                 std::exit(0);

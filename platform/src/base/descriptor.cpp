@@ -9,7 +9,7 @@ namespace qxplatform
 
 bool ReadAll(int file, std::string& bytes, std::size_t limit)
 {
-    char chunk[0x10000];
+    char chunk[0x4000]; // small enough for threads with little stack
     while (bytes.size() <= limit)
     {
         const ssize_t count = read(file, chunk, sizeof chunk);

@@ -3,12 +3,12 @@
 #include <processenv.h>
 
 #include "base/fail.h"
+#include "base/mutex.h"
 #include "base/text.h"
 
 #include <cstdlib>
 #include <mutex>
 #include <optional>
-#include <shared_mutex>
 
 extern "C" char** environ;
 
@@ -19,10 +19,10 @@ namespace
 
 // The variables are those of the C library, so that other libraries of the process see the same values. The lock
 // serialises the layer's own calls; a concurrent setenv elsewhere is as unsafe as always.
-std::shared_mutex& Lock()
+Mutex& Lock()
 {
-    static std::shared_mutex* const lock = new std::shared_mutex;
-    return *lock;
+    static constinit Mutex lock;
+    return lock;
 }
 
 struct Variable
@@ -57,7 +57,7 @@ std::optional<Variable> Find(std::u16string_view name)
 
 std::optional<std::u16string> ValueOf(std::u16string_view name)
 {
-    const std::shared_lock guard(Lock());
+    const std::lock_guard guard(Lock());
     const std::optional<Variable> variable = Find(name);
     if (!variable)
         return std::nullopt;
@@ -86,14 +86,14 @@ std::u16string Expand(std::u16string_view text)
 
 std::string EnvironmentValue(std::string_view name)
 {
-    const std::shared_lock guard(Lock());
+    const std::lock_guard guard(Lock());
     const char* const value = std::getenv(std::string(name).c_str());
     return value == nullptr ? std::string() : value;
 }
 
 std::vector<std::string> EnvironmentEntries()
 {
-    const std::shared_lock guard(Lock());
+    const std::lock_guard guard(Lock());
     std::vector<std::string> entries;
     for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry)
         entries.emplace_back(*entry);

@@ -1,17 +1,51 @@
 // Objects that exist until the process ends.
 #pragma once
 
+#include "base/mutex.h"
+
+#include <atomic>
+#include <mutex>
 #include <utility>
 
 namespace qxplatform
 {
 
-// Creates an object that is never destroyed, because static objects of other modules may use it while the process ends.
-// Leak checkers find it through the static reference that holds the result.
-template <class T, class... Arguments>
-T& MakeForever(Arguments&&... arguments)
+// An object that is made at its first use and never destroyed: static objects of other modules may need it while the
+// process ends. Unlike a static object of a function it can be used in a forked child, even if another thread was making
+// it. A leak checker finds the object through this one.
+//
+//     static constinit Forever<Cache> cache;
+//     cache.Get().Find(...)
+template <class T>
+class Forever
 {
-    return *new T{std::forward<Arguments>(arguments)...};
-}
+public:
+    constexpr Forever() = default;
+    Forever(const Forever&) = delete;
+    Forever& operator=(const Forever&) = delete;
+
+    T& Get()
+    {
+        return Get([] { return T(); });
+    }
+
+    // Makes the object from the result of the function.
+    template <class Make>
+    T& Get(Make make)
+    {
+        if (T* const made = _object.load(std::memory_order_acquire))
+            return *made;
+        const std::lock_guard guard(_lock);
+        if (T* const made = _object.load(std::memory_order_relaxed))
+            return *made;
+        T* const object = new T(make());
+        _object.store(object, std::memory_order_release);
+        return *object;
+    }
+
+private:
+    std::atomic<T*> _object = nullptr;
+    Mutex _lock;
+};
 
 } // namespace qxplatform

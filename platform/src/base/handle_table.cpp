@@ -1,9 +1,12 @@
 #include "base/handle_table.h"
 
+#include "base/mutex.h"
+
 #include <array>
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <type_traits>
 
 namespace qxplatform
@@ -66,7 +69,7 @@ private:
     std::uint32_t TakeFree();
 
     std::array<std::atomic<Chunk*>, kChunkCount> _chunks{};
-    std::mutex _freeLock; // guards the members below
+    Mutex _freeLock; // guards the members below
     std::uint32_t _used = 0;
     std::uint32_t _firstFree = kNoEntry;
     std::uint32_t _lastFree = kNoEntry;
@@ -107,7 +110,12 @@ std::uint32_t Table::TakeFree()
     if (_used == kNoEntry)
         return kNoEntry;
     if (_used % kChunkSize == 0)
-        _chunks[_used / kChunkSize].store(new Chunk, std::memory_order_release);
+    {
+        Chunk* const chunk = new (std::nothrow) Chunk;
+        if (chunk == nullptr)
+            return kNoEntry;
+        _chunks[_used / kChunkSize].store(chunk, std::memory_order_release);
+    }
     return _used++;
 }
 

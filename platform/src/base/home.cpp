@@ -1,6 +1,7 @@
 #include "base/home.h"
 
 #include "base/environment.h"
+#include "base/fork_gate.h"
 
 #include <pwd.h>
 #include <unistd.h>
@@ -16,6 +17,7 @@ std::string UserHome()
 {
     if (const std::string home = EnvironmentValue("HOME"); !home.empty())
         return home;
+    const ForkHold hold; // the C library has locks of its own
     std::vector<char> buffer(4096);
     passwd entry{};
     passwd* found = nullptr;

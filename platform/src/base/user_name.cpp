@@ -1,6 +1,7 @@
 #include <winbase.h>
 
 #include "base/fail.h"
+#include "base/fork_gate.h"
 #include "base/text.h"
 
 #include <vector>
@@ -16,6 +17,7 @@ namespace
 // A user without a passwd entry is named by the numeric id.
 std::u16string UserName()
 {
+    const ForkHold hold; // the C library has locks of its own
     std::vector<char> buffer(4096);
     passwd entry{};
     passwd* found = nullptr;

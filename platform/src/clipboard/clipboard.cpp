@@ -25,8 +25,8 @@ class OpenedClipboard
 public:
     static OpenedClipboard& Instance()
     {
-        static OpenedClipboard& opened = MakeForever<OpenedClipboard>();
-        return opened;
+        static constinit Forever<OpenedClipboard> opened;
+        return opened.Get();
     }
 
     BOOL Open(HWND window)
@@ -128,7 +128,7 @@ private:
         _blocks.clear();
     }
 
-    std::mutex _mutex;
+    Mutex _mutex;
     Descriptor _file; // holds the lock while the clipboard is open
     DWORD _thread = 0;
     HWND _window = nullptr;

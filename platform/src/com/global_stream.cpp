@@ -1,4 +1,5 @@
 // Streams on a global memory block.
+#include "base/mutex.h"
 #include "com/reference_count.h"
 
 #include <windows.h>
@@ -43,7 +44,7 @@ public:
     SharedBlock& operator=(const SharedBlock&) = delete;
 
     // Held by a stream during each operation, because streams on one block may be used by several threads.
-    std::mutex& Mutex() { return _mutex; }
+    Mutex& Lock() { return _mutex; }
 
     HGLOBAL Memory() const { return _memory; }
     std::uint64_t Size() const { return _size; }
@@ -101,7 +102,7 @@ private:
         return inMemory < _size ? inMemory : _size;
     }
 
-    std::mutex _mutex;
+    Mutex _mutex;
     HGLOBAL _memory;
     std::uint64_t _size;
     bool _freeIt;
@@ -151,7 +152,7 @@ public:
             *read = 0;
         if (buffer == nullptr)
             return STG_E_INVALIDPOINTER;
-        std::lock_guard lock(_block->Mutex());
+        std::lock_guard lock(_block->Lock());
         const std::size_t done = _block->Read(_position, buffer, count);
         _position += done;
         if (read != nullptr)
@@ -167,7 +168,7 @@ public:
             return STG_E_INVALIDPOINTER;
         if (count == 0)
             return S_OK;
-        std::lock_guard lock(_block->Mutex());
+        std::lock_guard lock(_block->Lock());
         if (!_block->Write(_position, buffer, count))
             return STG_E_MEDIUMFULL;
         _position += count;
@@ -178,7 +179,7 @@ public:
 
     HRESULT Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* position) override
     {
-        std::lock_guard lock(_block->Mutex());
+        std::lock_guard lock(_block->Lock());
         HRESULT result = S_OK;
         std::uint64_t target = 0;
         if (origin > STREAM_SEEK_END)
@@ -201,7 +202,7 @@ public:
 
     HRESULT SetSize(ULARGE_INTEGER size) override
     {
-        std::lock_guard lock(_block->Mutex());
+        std::lock_guard lock(_block->Lock());
         return _block->Resize(size.QuadPart, Fill::Zero) ? S_OK : STG_E_MEDIUMFULL;
     }
 
@@ -228,7 +229,7 @@ public:
     {
         if (status == nullptr)
             return STG_E_INVALIDPOINTER;
-        std::lock_guard lock(_block->Mutex());
+        std::lock_guard lock(_block->Lock());
         *status = {}; // no name
         status->type = STGTY_STREAM;
         status->cbSize.QuadPart = _block->Size();
@@ -239,7 +240,7 @@ public:
     {
         if (clone == nullptr)
             return STG_E_INVALIDPOINTER;
-        std::lock_guard lock(_block->Mutex());
+        std::lock_guard lock(_block->Lock());
         *clone = new (std::nothrow) GlobalStream(_block, _position);
         return *clone != nullptr ? S_OK : E_OUTOFMEMORY;
     }
@@ -278,7 +279,7 @@ private:
 
     std::uint64_t RemainingBytes()
     {
-        std::lock_guard lock(_block->Mutex());
+        std::lock_guard lock(_block->Lock());
         return _block->Size() > _position ? _block->Size() - _position : 0;
     }
 
@@ -331,7 +332,7 @@ HRESULT WINAPI GetHGlobalFromStream(LPSTREAM stream, HGLOBAL* memory)
         return E_INVALIDARG;
     const auto own = static_cast<qxplatform::GlobalStream*>(object);
     {
-        std::lock_guard lock(own->Block().Mutex());
+        std::lock_guard lock(own->Block().Lock());
         *memory = own->Block().Memory();
     }
     own->Release();

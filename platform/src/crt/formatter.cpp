@@ -75,16 +75,6 @@ void AppendCharacter(BoundedText& target, const Conversion& conversion, Argument
     AppendText(target, conversion, std::wstring_view(&c, length));
 }
 
-void StoreCount(const BoundedText& target, const Conversion& conversion, Arguments& arguments)
-{
-    if (conversion.size == ArgumentSize::Short)
-        *arguments.Next<short*>() = static_cast<short>(target.Length());
-    else if (conversion.size == ArgumentSize::Bits64)
-        *arguments.Next<long long*>() = static_cast<long long>(target.Length());
-    else
-        *arguments.Next<int*>() = static_cast<int>(target.Length());
-}
-
 void AppendConversion(BoundedText& target, const Conversion& conversion, Arguments& arguments)
 {
     switch (conversion.letter)
@@ -114,7 +104,9 @@ void AppendConversion(BoundedText& target, const Conversion& conversion, Argumen
     case L'G':
         return AppendFloat(target, conversion, arguments.Next<double>());
     case L'n':
-        return StoreCount(target, conversion, arguments);
+        // Never obeyed: it would let a format from outside write to memory. It takes its argument all the same.
+        arguments.Next<void*>();
+        return;
     case 0:
         return;
     default:

@@ -1,6 +1,7 @@
 // The byte ranges that callers have locked through one opened file.
 #pragma once
 
+#include "base/mutex.h"
 #include "files/range_lock.h"
 
 #include <minwindef.h>
@@ -29,7 +30,7 @@ private:
         std::uint64_t length;
     };
 
-    std::mutex _lock;
+    Mutex _lock;
     std::vector<Record> _records;
 };
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/descriptor.h"
+#include "base/mutex.h"
 #include "base/object.h"
 #include "files/byte_locks.h"
 
@@ -46,7 +47,7 @@ public:
 
     // The file pointer belongs to the object and is shared by duplicated handles. Hold this lock to move it or to
     // transfer bytes at it.
-    std::mutex positionLock;
+    Mutex positionLock;
     std::int64_t position = 0;
 
 private:
@@ -56,7 +57,7 @@ private:
     const Options _options;
     const pid_t _creator;
     std::atomic<bool> _isDeletedOnClose = false;
-    std::mutex _deleteLock;
+    Mutex _deleteLock;
     bool _isDeleted = false;
 };
 

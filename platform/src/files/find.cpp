@@ -1,6 +1,7 @@
 #include <fileapi.h>
 
 #include "base/handle_table.h"
+#include "base/mutex.h"
 #include "files/metadata.h"
 #include "files/path.h"
 #include "files/wildcard.h"
@@ -45,7 +46,7 @@ private:
     std::string _path;
     std::unique_ptr<DIR, CloseFolder> _folder;
     std::optional<Wildcard> _pattern;
-    std::mutex _lock; // a position in a folder may be used by one thread at a time
+    Mutex _lock; // a position in a folder may be used by one thread at a time
 };
 
 void Fill(WIN32_FIND_DATAW& data, const Metadata& metadata, std::u16string_view name)

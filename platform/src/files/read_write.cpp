@@ -1,12 +1,14 @@
 #include <fileapi.h>
 
 #include "base/handle_table.h"
+#include "base/mutex.h"
 #include "files/file_object.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <limits>
+#include <mutex>
 #include <optional>
 
 #include <sys/stat.h>
@@ -48,7 +50,7 @@ public:
 private:
     FileObject& _file;
     OVERLAPPED* const _overlapped;
-    std::optional<std::unique_lock<std::mutex>> _guard;
+    std::optional<std::unique_lock<Mutex>> _guard;
 };
 
 // Calls `move(done)` until everything is transferred or nothing more can be. Returns 0 or errno.

@@ -1,5 +1,7 @@
 #include "memory/memory_blocks.h"
 
+#include "base/forever.h"
+
 #include <windows.h>
 
 #include <cstdint>
@@ -33,8 +35,8 @@ void* AllocateBytes(std::size_t size, bool zero)
 MemoryBlocks& MemoryBlocks::Instance()
 {
     // Never destroyed: objects destroyed after the layer's static objects may still free blocks.
-    static MemoryBlocks& instance = *new MemoryBlocks;
-    return instance;
+    static constinit Forever<MemoryBlocks> instance;
+    return instance.Get();
 }
 
 HGLOBAL MemoryBlocks::Allocate(UINT flags, SIZE_T size)

@@ -5,6 +5,8 @@
 // its entry. Both are looked up before use, so stale and foreign values are detected and never dereferenced.
 #pragma once
 
+#include "base/mutex.h"
+
 #include <minwindef.h>
 
 #include <cstddef>
@@ -49,7 +51,7 @@ private:
     void ReleaseEntry(Block& block);
     bool Resize(Block& block, std::size_t size, bool zero, bool mayMove);
 
-    std::mutex _mutex;
+    Mutex _mutex;
     std::vector<Block> _blocks;
     std::vector<std::uint32_t> _freeEntries;
     std::unordered_map<const void*, std::uint32_t> _entryOfAddress;

@@ -2,6 +2,7 @@
 #include <winbase.h>
 
 #include "base/fail.h"
+#include "base/forever.h"
 #include "base/text.h"
 #include "files/path.h"
 #include "modules/loaded_modules.h"
@@ -29,15 +30,15 @@ struct Loaded
 
 struct Loader
 {
-    std::mutex lock; // guards the members below
+    Mutex lock; // guards the members below
     std::map<HMODULE, Loaded> loaded;
     std::u16string folder; // as set by SetDllDirectoryW
 };
 
 Loader& TheLoader()
 {
-    static Loader* const loader = new Loader; // outlives the static objects of callers
-    return *loader;
+    static constinit Forever<Loader> loader;
+    return loader.Get();
 }
 
 std::string FolderOfProgram()

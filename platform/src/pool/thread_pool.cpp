@@ -33,6 +33,7 @@ struct _TP_WORK : Waitable
 
     bool IsSignalled() const override { return outstanding == 0; }
 
+    void ForgetForeignCallbacks();
     void Finish(std::size_t count);
     // A closed item stays in its group until its callbacks have ended, so that closing the group waits for them. The
     // caller holds a reference.
@@ -44,6 +45,7 @@ struct _TP_WORK : Waitable
     const PTP_CLEANUP_GROUP_CANCEL_CALLBACK cancelCallback;
 
     std::size_t outstanding = 0; // callbacks that wait or run
+    unsigned generation = ForkGeneration(); // of the process whose callbacks they are
     PTP_CLEANUP_GROUP group = nullptr;
     bool isClosed = false; // the caller's reference has been released
 };
@@ -53,6 +55,8 @@ struct _TP_POOL : WaitableQueue<Ref<_TP_WORK>>
     _TP_POOL() : WaitableQueue(ObjectType::ThreadPool) {}
 
     void Submit(_TP_WORK& work);
+    // For a forked child, which has none of the parent's threads.
+    void ReplaceForeignThreads();
     // Removes the item's waiting callbacks.
     void Cancel(_TP_WORK& work);
     bool MayGrow() const { return _threads < kMaximumThreads; }
@@ -61,7 +65,10 @@ private:
     static unsigned ThreadMain(void* pool);
     void RunCallbacks();
     bool HasLeft();
+    void StartThreads(std::unique_lock<Mutex>& guard);
+    void ForgetForeignThreads();
 
+    unsigned _generation = ForkGeneration(); // of the process whose threads they are
     std::size_t _threads = 0;
     std::size_t _starting = 0; // the threads that haven't reached the queue yet
 };
@@ -72,6 +79,15 @@ struct _TP_CLEANUP_GROUP : Object
 
     std::vector<Ref<_TP_WORK>> members;
 };
+
+// What a thread of the parent process was running never ends in a forked child.
+void _TP_WORK::ForgetForeignCallbacks()
+{
+    if (generation == ForkGeneration())
+        return;
+    generation = ForkGeneration();
+    outstanding = pool->CountIf([this](const Ref<_TP_WORK>& waiting) { return waiting.get() == this; });
+}
 
 void _TP_WORK::Finish(std::size_t count)
 {
@@ -98,29 +114,54 @@ struct _TP_CALLBACK_INSTANCE
 // No callback waits for another one to end: each has its own thread, up to the maximum.
 void _TP_POOL::Submit(_TP_WORK& work)
 {
+    std::unique_lock guard(DispatcherLock());
+    ForgetForeignThreads();
+    work.ForgetForeignCallbacks();
+    ++work.outstanding;
+    Put(Ref<_TP_WORK>(&work));
+    StartThreads(guard);
+}
+
+void _TP_POOL::StartThreads(std::unique_lock<Mutex>& guard)
+{
+    while (Count() > WaiterCount() + _starting && MayGrow())
     {
-        const std::lock_guard guard(DispatcherLock());
-        ++work.outstanding;
-        Put(Ref<_TP_WORK>(&work));
-        if (Count() <= WaiterCount() + _starting || !MayGrow())
-            return;
         ++_threads;
         ++_starting;
-    }
-    AddRef(); // the thread's own reference
-    if (ThreadObject::Start(&ThreadMain, this, 0, false))
-        return;
-    {
-        const std::lock_guard guard(DispatcherLock());
+        guard.unlock();
+        AddRef(); // the thread's own
+        const bool isStarted = static_cast<bool>(ThreadObject::Start(&ThreadMain, this, 0, false));
+        guard.lock();
+        if (isStarted)
+            continue;
         --_threads;
         --_starting;
+        Release(); // the caller has another reference
+        return;
     }
-    Release();
+}
+
+void _TP_POOL::ForgetForeignThreads()
+{
+    if (_generation == ForkGeneration())
+        return;
+    _generation = ForkGeneration();
+    _threads = _starting = 0;
+}
+
+void _TP_POOL::ReplaceForeignThreads()
+{
+    std::unique_lock guard(DispatcherLock());
+    if (_generation == ForkGeneration())
+        return;
+    ForgetForeignThreads();
+    StartThreads(guard);
 }
 
 void _TP_POOL::Cancel(_TP_WORK& work)
 {
     const std::lock_guard guard(DispatcherLock());
+    work.ForgetForeignCallbacks();
     work.Finish(Remove([&work](const Ref<_TP_WORK>& waiting) { return waiting.get() == &work; }));
 }
 
@@ -165,8 +206,8 @@ namespace
 
 _TP_POOL& DefaultPool()
 {
-    static Ref<_TP_POOL>& pool = MakeForever<Ref<_TP_POOL>>(MakeObject<_TP_POOL>());
-    return *pool;
+    static constinit Forever<Ref<_TP_POOL>> pool;
+    return *pool.Get([] { return MakeObject<_TP_POOL>(); });
 }
 
 // Transfers a reference to the caller of the API.
@@ -179,7 +220,12 @@ T* GiveAway(const Ref<T>& object)
 
 DWORD WaitForCallbacks(const Ref<_TP_WORK>& work)
 {
-    return WaitFor({work}, {});
+    work->pool->ReplaceForeignThreads();
+    {
+        const std::lock_guard guard(DispatcherLock());
+        work->ForgetForeignCallbacks();
+    }
+    return WaitFor(WaitObjects(*work), {});
 }
 
 } // namespace

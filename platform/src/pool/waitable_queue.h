@@ -1,7 +1,8 @@
 // A queue for waiting threads: each item goes to one of them, the one that has waited for the shortest time.
 #pragma once
 
-#include "threads/futex.h"
+#include "base/futex.h"
+#include "base/mutex.h"
 #include "threads/wait.h"
 
 #include <sysinfoapi.h>
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
+#include <mutex>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -32,7 +34,7 @@ public:
         DWORD left = milliseconds;
         for (;;)
         {
-            const DWORD result = WaitFor({Ref<Waitable>(this)}, {false, left, false});
+            const DWORD result = WaitFor(WaitObjects(*this), {false, left, false});
             item = std::exchange(taken, std::nullopt);
             if (result != WAIT_OBJECT_0 || item || _hasEnded)
                 return result;
@@ -100,6 +102,14 @@ public:
         return removed;
     }
 
+    template <class Predicate>
+    std::size_t CountIf(Predicate predicate)
+    {
+        const std::lock_guard guard(_lock);
+        return static_cast<std::size_t>(
+            std::count_if(_items.begin() + static_cast<std::ptrdiff_t>(_first), _items.end(), predicate));
+    }
+
     bool IsSignalled() const override { return _hasEnded || Count() != 0; }
 
     // Runs on the thread that waited.
@@ -125,7 +135,7 @@ private:
         _first = 0;
     }
 
-    mutable std::mutex _lock;
+    mutable Mutex _lock;
     std::vector<Item> _items; // valid from _first on; earlier items have been taken
     std::size_t _first = 0;
     std::atomic<std::size_t> _count = 0; // the number of valid items; changed with the lock held

@@ -3,6 +3,7 @@
 
 #include "base/environment.h"
 #include "base/fail.h"
+#include "base/forever.h"
 #include "base/text.h"
 
 #include <csignal>
@@ -83,7 +84,7 @@ void WINAPI DebugBreak(void)
 // Debuggers on Linux don't receive these texts. They are written to standard error if QXPLATFORM_DEBUGSTRINGS is set.
 void WINAPI OutputDebugStringW(LPCWSTR lpOutputString)
 {
-    static const bool isWanted = !EnvironmentValue("QXPLATFORM_DEBUGSTRINGS").empty();
-    if (isWanted && lpOutputString != nullptr)
+    static constinit Forever<bool> isWanted;
+    if (isWanted.Get([] { return !EnvironmentValue("QXPLATFORM_DEBUGSTRINGS").empty(); }) && lpOutputString != nullptr)
         std::fputs(ToBytes(View(lpOutputString)).c_str(), stderr);
 }

@@ -1,6 +1,7 @@
 #include "registry/hive.h"
 
 #include "base/fail.h"
+#include "base/forever.h"
 #include "base/home.h"
 #include "registry/reg_text.h"
 
@@ -37,14 +38,14 @@ bool MakeFolders(const std::string& folder)
 
 Hive& Hive::User()
 {
-    static Hive& hive = *new Hive("user.reg", u"HKEY_CURRENT_USER", 0600);
-    return hive;
+    static constinit Forever<Hive> hive;
+    return hive.Get([] { return Hive("user.reg", u"HKEY_CURRENT_USER", 0600); });
 }
 
 Hive& Hive::Machine()
 {
-    static Hive& hive = *new Hive("machine.reg", u"HKEY_LOCAL_MACHINE", 0644);
-    return hive;
+    static constinit Forever<Hive> hive;
+    return hive.Get([] { return Hive("machine.reg", u"HKEY_LOCAL_MACHINE", 0644); });
 }
 
 LSTATUS Hive::Read(const std::function<LSTATUS(const RegistryKey&)>& reader)

@@ -1,6 +1,7 @@
 // A hive: the tree of one predefined key, stored in a file that other processes also read and change.
 #pragma once
 
+#include "base/mutex.h"
 #include "registry/hive_file.h"
 #include "registry/registry_tree.h"
 
@@ -40,7 +41,7 @@ private:
     const std::string _fileName;
     const std::u16string _rootName;
     const mode_t _mode;
-    std::mutex _mutex;
+    Mutex _mutex;
     HiveFile _file;
     RegistryTree _tree;
     bool _damaged = false;

@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include "base/forever.h"
+
 namespace qxplatform
 {
 
@@ -32,11 +34,13 @@ REGSAM SpecificRights(REGSAM access)
 
 const Ref<OpenKey>* Predefined(HKEY handle)
 {
-    static const Ref<OpenKey>& user = *new Ref(MakeObject<OpenKey>(Hive::User(), KeyPath()));
-    static const Ref<OpenKey>& machine = *new Ref(MakeObject<OpenKey>(Hive::Machine(), KeyPath()));
+    static constinit Forever<Ref<OpenKey>> user;
+    static constinit Forever<Ref<OpenKey>> machine;
     if (handle == HKEY_CURRENT_USER)
-        return &user;
-    return handle == HKEY_LOCAL_MACHINE ? &machine : nullptr;
+        return &user.Get([] { return MakeObject<OpenKey>(Hive::User(), KeyPath()); });
+    if (handle == HKEY_LOCAL_MACHINE)
+        return &machine.Get([] { return MakeObject<OpenKey>(Hive::Machine(), KeyPath()); });
+    return nullptr;
 }
 
 } // namespace

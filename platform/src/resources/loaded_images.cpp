@@ -74,11 +74,12 @@ Images PresentImages()
 {
     struct Cache
     {
-        std::mutex mutex;
+        Mutex mutex;
         Generation generation;
         Images images;
     };
-    static Cache& cache = MakeForever<Cache>();
+    static constinit Forever<Cache> theCache;
+    Cache& cache = theCache.Get();
     const Generation present = PresentGeneration();
     const std::lock_guard guard(cache.mutex);
     if (!(cache.generation == present))
@@ -93,7 +94,8 @@ Images PresentImages()
 
 std::shared_ptr<const ResourceImage> ImageOf(HMODULE module)
 {
-    static const HMODULE program = ModuleOf(nullptr).value_or(Module()).handle;
+    static constinit Forever<HMODULE> theProgram;
+    const HMODULE program = theProgram.Get([] { return ModuleOf(nullptr).value_or(Module()).handle; });
     const Images images = PresentImages();
     const auto found = images.find(module != nullptr ? module : program);
     if (found != images.end())

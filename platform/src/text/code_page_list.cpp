@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <memory>
-#include <mutex>
 
 #include "base/forever.h"
 #include "text/euc_tables.h"
@@ -119,13 +118,11 @@ std::unique_ptr<CodePage> MakeDerivedPage(const DerivedPageSource& source)
 template <class Source>
 struct Slot
 {
-    std::once_flag once;
-    std::unique_ptr<CodePage> page;
+    Forever<std::unique_ptr<CodePage>> page;
 
     const CodePage* Get(const Source& source, std::unique_ptr<CodePage> (*make)(const Source&))
     {
-        std::call_once(once, [&] { page = make(source); });
-        return page.get();
+        return page.Get([&] { return make(source); }).get();
     }
 };
 
@@ -140,8 +137,8 @@ struct Pages
 // Never destroyed: static objects of other modules convert text while the process ends.
 Pages& AllPages()
 {
-    static Pages& pages = MakeForever<Pages>();
-    return pages;
+    static constinit Forever<Pages> pages;
+    return pages.Get();
 }
 
 template <class Source, std::size_t Count>

@@ -60,10 +60,11 @@ const UCollator* CollatorOf(const Locale& locale)
 {
     struct Known
     {
-        std::mutex mutex;
+        Mutex mutex;
         std::map<std::string, Collator> collators;
     };
-    static Known& known = MakeForever<Known>();
+    static constinit Forever<Known> theKnown;
+    Known& known = theKnown.Get();
     const std::lock_guard lock(known.mutex);
     const auto [entry, isNew] = known.collators.try_emplace(locale.icu);
     if (isNew)

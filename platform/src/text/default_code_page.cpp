@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "base/environment.h"
+#include "base/forever.h"
 #include "text/code_page.h"
 #include "text/posix_locale.h"
 
@@ -45,8 +46,8 @@ UINT FromEnvironment()
 // Read once: the system's default page doesn't change while a process runs either.
 UINT DefaultCodePage()
 {
-    static const UINT page = FromEnvironment();
-    return page;
+    static constinit Forever<UINT> page;
+    return page.Get(&FromEnvironment);
 }
 
 // Returns the console page that the system combines with each default page.

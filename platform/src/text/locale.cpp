@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
 #include <map>
 #include <mutex>
@@ -63,13 +64,30 @@ constexpr LCID AMERICAN_ENGLISH = MAKELCID(MAKELANGID(LANG_ENGLISH, SUBLANG_ENGL
 
 const Locale& InvariantLocale()
 {
-    static const Locale& locale = MakeForever<Locale>("", "", static_cast<LCID>(LOCALE_INVARIANT));
-    return locale;
+    static constinit Forever<Locale> locale;
+    return locale.Get([] { return Locale{"", "", static_cast<LCID>(LOCALE_INVARIANT)}; });
 }
 
+// ICU takes its default locale from the environment too, and copies its name, whatever its length, into a buffer of
+// fixed size when it looks for a locale without data. A name that doesn't fit there is replaced.
+void BoundDefaultOfIcu()
+{
+    static constinit Forever<bool> isBounded;
+    isBounded.Get(
+        []
+        {
+            UErrorCode status = U_ZERO_ERROR;
+            if (std::strlen(uloc_getDefault()) >= ULOC_FULLNAME_CAPACITY)
+                uloc_setDefault("en_US", &status);
+            return U_SUCCESS(status) != 0;
+        });
+}
+
+// All calls for the making of a locale go through here, and no data is read without a locale.
 template <class Call>
 std::string Text(Call call)
 {
+    BoundDefaultOfIcu();
     char buffer[ULOC_FULLNAME_CAPACITY];
     UErrorCode status = U_ZERO_ERROR;
     const std::int32_t length = call(buffer, static_cast<std::int32_t>(sizeof buffer), &status);
@@ -154,7 +172,7 @@ public:
     }
 
 private:
-    std::mutex _mutex;
+    Mutex _mutex;
     std::map<Key, Locale> _locales; // elements don't move
 };
 
@@ -201,14 +219,14 @@ std::optional<Locale> MakeByName(const std::string& name)
 
 const Locale& UserLocale()
 {
-    static const Locale& locale = MakeForever<Locale>(FromEnvironment("LC_TIME"));
-    return locale;
+    static constinit Forever<Locale> locale;
+    return locale.Get([] { return FromEnvironment("LC_TIME"); });
 }
 
 const Locale& UserInterfaceLocale()
 {
-    static const Locale& locale = MakeForever<Locale>(FromEnvironment("LC_MESSAGES"));
-    return locale;
+    static constinit Forever<Locale> locale;
+    return locale.Get([] { return FromEnvironment("LC_MESSAGES"); });
 }
 
 const Locale* FindLocale(LCID lcid)
@@ -226,8 +244,8 @@ const Locale* FindLocale(LCID lcid)
     case LOCALE_INVARIANT:
         return &InvariantLocale();
     default:
-        static KnownLocales<LCID>& known = MakeForever<KnownLocales<LCID>>();
-        return known.Get(lcid, [lcid] { return MakeByNumber(lcid); });
+        static constinit Forever<KnownLocales<LCID>> known;
+        return known.Get().Get(lcid, [lcid] { return MakeByNumber(lcid); });
     }
 }
 
@@ -238,8 +256,8 @@ const Locale* FindLocale(std::string_view name)
     if (name == "!x-sys-default-locale")
         return &UserLocale();
     const std::string key(name);
-    static KnownLocales<std::string>& known = MakeForever<KnownLocales<std::string>>();
-    return known.Get(key, [&key] { return MakeByName(key); });
+    static constinit Forever<KnownLocales<std::string>> known;
+    return known.Get().Get(key, [&key] { return MakeByName(key); });
 }
 
 const Locale* FindLocale(const wchar_t* name)

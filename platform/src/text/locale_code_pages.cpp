@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/fork_gate.h"
+
 namespace qxplatform
 {
 
@@ -97,6 +99,7 @@ constexpr ByScript BY_SCRIPT[] = {
 
 std::string ScriptOf(const Locale& locale)
 {
+    const ForkHold hold; // ICU has locks of its own
     char likely[ULOC_FULLNAME_CAPACITY];
     char script[ULOC_SCRIPT_CAPACITY];
     UErrorCode status = U_ZERO_ERROR;

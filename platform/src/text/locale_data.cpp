@@ -10,6 +10,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/fork_gate.h"
 #include "text/calling_codes.h"
 #include "text/icu_text.h"
 #include "text/language_supplement.h"
@@ -19,6 +20,8 @@ namespace qxplatform
 
 namespace
 {
+
+// ICU has locks of its own, which a forked child must not find taken: all calls that open data are inside a ForkHold.
 
 struct CloseBundle
 {
@@ -37,6 +40,7 @@ constexpr Kin KIN[] = {{"sma", "se"}, {"smj", "se"}, {"sms", "se"}};
 // For a language without data ICU returns the data of the process's own locale. This detects that case.
 bool HasData(const std::string& icu)
 {
+    const ForkHold hold;
     UErrorCode status = U_ZERO_ERROR;
     const Bundle bundle(ures_open(nullptr, icu.c_str(), &status));
     return U_SUCCESS(status) && status != U_USING_DEFAULT_WARNING;
@@ -50,6 +54,7 @@ using NumberFormat = std::unique_ptr<UNumberFormat, CloseNumberFormat>;
 
 std::u16string Symbol(const Locale& locale, UDateFormatSymbolType type, std::int32_t index)
 {
+    const ForkHold hold;
     UErrorCode status = U_ZERO_ERROR;
     const std::string name = IcuName(locale) + "@calendar=gregorian";
     const DateFormat format(udat_open(UDAT_NONE, UDAT_SHORT, name.c_str(), nullptr, 0, nullptr, 0, &status));
@@ -61,6 +66,7 @@ std::u16string Symbol(const Locale& locale, UDateFormatSymbolType type, std::int
 
 std::u16string NumberSymbol(const Locale& locale, UNumberFormatSymbol symbol)
 {
+    const ForkHold hold;
     UErrorCode status = U_ZERO_ERROR;
     const std::string name = IcuName(locale) + "@numbers=latn";
     const NumberFormat format(unum_open(UNUM_DECIMAL, nullptr, 0, name.c_str(), nullptr, &status));
@@ -111,6 +117,7 @@ std::string ParentOf(const std::string& name, const Bundle& bundle)
 std::u16string Display(const Locale& locale, const Locale& in,
     std::int32_t (*display)(const char*, const char*, UChar*, std::int32_t, UErrorCode*))
 {
+    const ForkHold hold;
     const auto ask = [&](const char* language, bool& isCode)
     {
         return IcuText(
@@ -136,6 +143,7 @@ constexpr CurrencyOfPart CURRENCIES_OF_PARTS[] = {{u"001", u"XDR"}, {u"029", u"X
 
 std::u16string CurrencyCode(const Locale& locale)
 {
+    const ForkHold hold;
     const std::u16string region = RegionCode(locale);
     for (const CurrencyOfPart& row : CURRENCIES_OF_PARTS)
         if (row.part == region)
@@ -200,6 +208,7 @@ std::u16string EraName(const Locale& locale)
 // Returns the abbreviated form, which ICU's own functions ignore.
 std::u16string DayHalfName(const Locale& locale, bool afternoon)
 {
+    const ForkHold hold;
     if (const char16_t* const own = SupplementOf(locale).halves[afternoon ? 1 : 0])
         return own;
     for (std::string name = IcuName(locale); name != "root";)
@@ -230,6 +239,7 @@ std::u16string GroupSeparator(const Locale& locale)
 // Returns the currency's symbol in its own country, without the prefix that distinguishes it from other currencies.
 std::u16string CurrencySymbol(const Locale& locale)
 {
+    const ForkHold hold;
     const std::u16string code = CurrencyCode(locale);
     if (code.empty())
         return NumberSymbol(locale, UNUM_CURRENCY_SYMBOL);

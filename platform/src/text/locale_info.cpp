@@ -265,10 +265,11 @@ const std::u16string& TextOf(const Locale& locale, const InfoType& type)
 {
     struct Known
     {
-        std::mutex mutex;
+        Mutex mutex;
         std::map<std::pair<const Locale*, LCTYPE>, std::u16string> texts;
     };
-    static Known& known = MakeForever<Known>();
+    static constinit Forever<Known> theKnown;
+    Known& known = theKnown.Get();
     const std::lock_guard lock(known.mutex);
     const auto [entry, isNew] = known.texts.try_emplace({&locale, type.type});
     if (isNew)
@@ -291,8 +292,10 @@ const InfoType* FindType(LCTYPE type)
 
 constexpr LCTYPE OPTIONS = LOCALE_NOUSEROVERRIDE | LOCALE_USE_CP_ACP | LOCALE_RETURN_NUMBER;
 
-int GiveNumber(DWORD number, wchar_t* buffer, int size)
+int GiveNumber(const Locale& locale, const InfoType& type, wchar_t* buffer, int size)
 {
+    const ForkHold hold; // ICU has locks of its own
+    const DWORD number = type.number(locale);
     constexpr int NEEDED = sizeof number / sizeof(wchar_t);
     if (size == 0)
         return NEEDED;
@@ -324,6 +327,6 @@ int WINAPI GetLocaleInfoW(LCID Locale, LCTYPE LCType, LPWSTR lpLCData, int cchDa
     const bool wantsNumber = (LCType & LOCALE_RETURN_NUMBER) != 0;
     if (type == nullptr || (wantsNumber && type->number == nullptr))
         return Fail(ERROR_INVALID_FLAGS);
-    return wantsNumber ? GiveNumber(type->number(*locale), lpLCData, cchData)
+    return wantsNumber ? GiveNumber(*locale, *type, lpLCData, cchData)
                        : GiveText(TextOf(*locale, *type), lpLCData, cchData);
 }

@@ -42,19 +42,20 @@ bool IsListed(LCID lcid)
 // Locales with an identifier, ascending. A language without a region is not listed.
 const std::vector<ListedLocale>& AllLocales()
 {
-    static const std::vector<ListedLocale>& list = []() -> std::vector<ListedLocale>&
-    {
-        std::vector<ListedLocale>& locales = MakeForever<std::vector<ListedLocale>>();
-        for (WORD region = SUBLANG_NEUTRAL + 1; region < MOST_REGIONS; ++region)
-            for (WORD language = LANG_NEUTRAL + 1; language < MOST_LANGUAGES; ++language)
-            {
-                const LCID lcid = MAKELCID(MAKELANGID(language, region), SORT_DEFAULT);
-                if (IsListed(lcid))
-                    locales.push_back({lcid, LanguageGroupOf(*FindLocale(lcid))});
-            }
-        return locales;
-    }();
-    return list;
+    static constinit Forever<std::vector<ListedLocale>> list;
+    return list.Get(
+        []
+        {
+            std::vector<ListedLocale> locales;
+            for (WORD region = SUBLANG_NEUTRAL + 1; region < MOST_REGIONS; ++region)
+                for (WORD language = LANG_NEUTRAL + 1; language < MOST_LANGUAGES; ++language)
+                {
+                    const LCID lcid = MAKELCID(MAKELANGID(language, region), SORT_DEFAULT);
+                    if (IsListed(lcid))
+                        locales.push_back({lcid, LanguageGroupOf(*FindLocale(lcid))});
+                }
+            return locales;
+        });
 }
 
 struct LanguageGroup

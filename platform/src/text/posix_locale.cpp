@@ -1,5 +1,7 @@
 #include "text/posix_locale.h"
 
+#include <unicode/uloc.h>
+
 #include "base/environment.h"
 
 namespace qxplatform
@@ -16,6 +18,9 @@ struct ScriptModifier
 
 // Modifiers that specify a script. Other modifiers (@euro, @valencia) have no effect here.
 constexpr ScriptModifier SCRIPTS[] = {{"latin", "Latn"}, {"cyrillic", "Cyrl"}, {"devanagari", "Deva"}};
+
+// ICU copies names into buffers that hold one more character. No locale has a name that long.
+constexpr std::size_t kMaxPosixLocale = ULOC_FULLNAME_CAPACITY - 1;
 
 struct NameParts
 {
@@ -52,7 +57,7 @@ std::string PosixLocaleOf(std::string_view category)
 {
     for (const std::string_view name : {std::string_view("LC_ALL"), category, std::string_view("LANG")})
         if (std::string value = EnvironmentValue(name); !value.empty())
-            return value;
+            return value.size() <= kMaxPosixLocale ? value : std::string();
     return {};
 }
 

@@ -8,7 +8,7 @@ namespace qxplatform
 {
 
 // Returns the value for a category (LC_CTYPE, LC_TIME, LC_MESSAGES): the first nonempty variable of LC_ALL, the
-// category's own and LANG, or an empty text.
+// category's own and LANG. Returns an empty text if there is none, and for a name of more than 156 characters.
 std::string PosixLocaleOf(std::string_view category);
 
 // Returns the encoding in a name as written, or an empty text.

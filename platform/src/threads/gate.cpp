@@ -1,6 +1,6 @@
 #include "threads/gate.h"
 
-#include "threads/futex.h"
+#include "base/futex.h"
 
 namespace qxplatform
 {

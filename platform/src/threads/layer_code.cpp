@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string_view>
 #include <vector>
 
@@ -60,6 +61,7 @@ bool NeedsLayer(const dl_phdr_info& module)
 }
 
 int AddModule(dl_phdr_info* module, std::size_t, void* context)
+try
 {
     CodeList& list = *static_cast<CodeList*>(context);
     list.loads = module->dlpi_adds;
@@ -74,21 +76,32 @@ int AddModule(dl_phdr_info* module, std::size_t, void* context)
     }
     return 0;
 }
+catch (const std::bad_alloc&)
+{
+    return 1; // ends the iteration
+}
 
 } // namespace
 
 void RefreshLayerCode()
 {
-    static std::mutex& lock = MakeForever<std::mutex>();
-    static auto& lists = MakeForever<std::vector<std::unique_ptr<const CodeList>>>();
-    auto list = std::make_unique<CodeList>();
-    dl_iterate_phdr(&AddModule, list.get());
+    static constinit Mutex lock;
+    static constinit Forever<std::vector<std::unique_ptr<const CodeList>>> lists;
+    std::unique_ptr<CodeList> list(new (std::nothrow) CodeList);
+    if (list == nullptr || dl_iterate_phdr(&AddModule, list.get()) != 0)
+        return; // without memory, the former list is used
     const std::lock_guard guard(lock);
     const CodeList* const known = codeList.load();
     if (known != nullptr && known->loads >= list->loads)
         return;
-    codeList.store(list.get());
-    lists.push_back(std::move(list));
+    try
+    {
+        lists.Get().push_back(std::move(list));
+        codeList.store(lists.Get().back().get());
+    }
+    catch (const std::bad_alloc&)
+    {
+    }
 }
 
 bool IsInLayerCode(std::uintptr_t address)

@@ -3,7 +3,7 @@
 
 #include <winuser.h>
 
-#include <deque>
+#include <list>
 #include <optional>
 
 namespace qxplatform
@@ -32,7 +32,7 @@ public:
     DWORD New() const { return _new; }
 
 private:
-    std::deque<MSG> _posted;
+    std::list<MSG> _posted; // an empty one needs no memory
     DWORD _new = 0;
 };
 

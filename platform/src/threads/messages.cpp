@@ -7,6 +7,8 @@
 #include "threads/thread_object.h"
 #include "threads/wait.h"
 
+#include <new>
+
 using namespace qxplatform;
 
 namespace
@@ -25,6 +27,15 @@ public:
 private:
     ThreadObject& _thread;
     const DWORD _kinds;
+};
+
+// Part of the stack of the thread that waits, so that the wait needs no memory. The reference keeps it from being
+// deleted.
+class InputOfWait : public Input
+{
+public:
+    InputOfWait(ThreadObject& thread, DWORD kinds) : Input(thread, kinds) { AddRef(); }
+    ~InputOfWait() override = default;
 };
 
 ThreadObject& ThreadWithQueue()
@@ -65,11 +76,24 @@ DWORD WaitForInput(DWORD count, const HANDLE* handles, DWORD milliseconds, DWORD
         SetLastError(ERROR_INVALID_PARAMETER);
         return WAIT_FAILED;
     }
-    std::vector<Ref<Waitable>> objects = WaitablesOf(count, handles);
-    if (objects.size() != count)
+    WaitObjects objects;
+    if (!AddWaitables(objects, count, handles))
         return WAIT_FAILED;
-    objects.push_back(MakeObject<Input>(ThreadWithQueue(), kinds));
-    return WaitFor(objects, {(flags & MWMO_WAITALL) != 0, milliseconds, (flags & MWMO_ALERTABLE) != 0});
+    const WaitOptions options{(flags & MWMO_WAITALL) != 0, milliseconds, (flags & MWMO_ALERTABLE) != 0};
+    ThreadObject* thread = nullptr;
+    try
+    {
+        thread = &ThreadWithQueue();
+    }
+    catch (const std::bad_alloc&)
+    {
+        return WaitFor(objects, options); // no other thread can send it messages
+    }
+    InputOfWait input(*thread, kinds);
+    objects.Add(input);
+    const DWORD result = WaitFor(objects, options);
+    objects.RemoveLast();
+    return result;
 }
 
 } // namespace

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <list>
 #include <mutex>
-#include <vector>
+#include <new>
 
 #include <pthread.h>
 
@@ -18,25 +18,34 @@ using namespace qxplatform;
 namespace
 {
 
+constexpr std::size_t kMostHandlers = 64;
+
 struct Handlers
 {
-    std::mutex lock;
+    Mutex lock;
     std::list<PVECTORED_EXCEPTION_HANDLER> list; // the address of an element is its handle
 };
 
 Handlers& TheHandlers()
 {
-    static Handlers& handlers = MakeForever<Handlers>();
-    return handlers;
+    static constinit Forever<Handlers> handlers;
+    return handlers.Get();
 }
 
-// Returns a copy, because handlers may be added and removed while one runs.
-std::vector<PVECTORED_EXCEPTION_HANDLER> PresentHandlers()
+// A copy of the list, because handlers may come and go while one of them runs. It needs no memory: exceptions are raised
+// where there is none left, too.
+struct PresentHandlers
 {
-    Handlers& handlers = TheHandlers();
-    const std::lock_guard guard(handlers.lock);
-    return {handlers.list.begin(), handlers.list.end()};
-}
+    PresentHandlers()
+    {
+        Handlers& handlers = TheHandlers();
+        const std::lock_guard guard(handlers.lock);
+        end = std::copy(handlers.list.begin(), handlers.list.end(), array);
+    }
+
+    PVECTORED_EXCEPTION_HANDLER array[kMostHandlers];
+    PVECTORED_EXCEPTION_HANDLER* end;
+};
 
 // With this exception a thread reports its name to the debugger. It is stored as the kernel's thread name (15
 // characters), which debuggers show.
@@ -69,7 +78,14 @@ PVOID WINAPI AddVectoredExceptionHandler(ULONG First, PVECTORED_EXCEPTION_HANDLE
     Handlers& handlers = TheHandlers();
     const std::lock_guard guard(handlers.lock);
     const auto position = First != 0 ? handlers.list.begin() : handlers.list.end();
-    return &*handlers.list.insert(position, Handler);
+    try
+    {
+        return handlers.list.size() < kMostHandlers ? &*handlers.list.insert(position, Handler) : nullptr;
+    }
+    catch (const std::bad_alloc&)
+    {
+        return nullptr;
+    }
 }
 
 ULONG WINAPI RemoveVectoredExceptionHandler(PVOID Handle)
@@ -99,8 +115,9 @@ void WINAPI RaiseException(
     TakeThreadName(record);
 
     EXCEPTION_POINTERS pointers{&record, nullptr};
-    for (const PVECTORED_EXCEPTION_HANDLER handler : PresentHandlers())
-        if (handler(&pointers) == EXCEPTION_CONTINUE_EXECUTION && record.ExceptionFlags == 0)
+    const PresentHandlers handlers;
+    for (const PVECTORED_EXCEPTION_HANDLER* handler = handlers.array; handler != handlers.end; ++handler)
+        if ((*handler)(&pointers) == EXCEPTION_CONTINUE_EXECUTION && record.ExceptionFlags == 0)
             return;
     std::abort(); // unhandled
 }

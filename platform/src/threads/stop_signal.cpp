@@ -9,7 +9,7 @@
 #include <csignal>
 #include <cstdint>
 #include <ctime>
-#include <system_error>
+#include <exception>
 #include <thread>
 
 #include <sys/syscall.h>
@@ -143,7 +143,7 @@ void DriveToGate(ThreadObject& thread)
             })
             .detach();
     }
-    catch (const std::system_error&)
+    catch (const std::exception&)
     {
         // The helper thread can't be created. The request remains and takes effect when the thread reaches its gate by
         // itself.

@@ -3,16 +3,15 @@
 #include <winbase.h>
 
 #include "base/fail.h"
-#include "base/forever.h"
+#include "base/futex.h"
 #include "threads/held_sections.h"
 #include "threads/stop_signal.h"
 #include "time/file_time.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <condition_variable>
 #include <ctime>
-#include <unordered_map>
+#include <utility>
 
 #include <pthread.h>
 
@@ -23,19 +22,6 @@ namespace
 
 // The stop signal's handler reads it and must not make the loader allocate memory for thread-local objects.
 [[gnu::tls_model("initial-exec")]] constinit thread_local ThreadObject* current = nullptr;
-
-// Existing threads by id, guarded by the dispatcher lock.
-std::unordered_map<DWORD, ThreadObject*>& Threads()
-{
-    static auto& threads = MakeForever<std::unordered_map<DWORD, ThreadObject*>>();
-    return threads;
-}
-
-std::condition_variable& ThreadHasRegistered()
-{
-    static auto& condition = MakeForever<std::condition_variable>();
-    return condition;
-}
 
 // The destructor of this key's value runs after the thread's thread-local objects have been destroyed: the last moment
 // at which the end of the thread can be detected.
@@ -84,6 +70,8 @@ std::size_t StackSizeFor(std::size_t wanted)
 
 } // namespace
 
+constinit ThreadObject* ThreadObject::_first = nullptr;
+
 ThreadObject::ThreadObject(Routine routine, void* argument)
     : Waitable(kObjectType),
       _routine(routine),
@@ -108,8 +96,8 @@ Ref<ThreadObject> ThreadObject::Start(Routine routine, void* argument, std::size
         errno = code;
         return {};
     }
-    std::unique_lock guard(DispatcherLock());
-    ThreadHasRegistered().wait(guard, [&thread] { return thread->_id.load() != 0; });
+    while (std::atomic_ref(thread->_isRegistered).load() == FALSE)
+        FutexWait(&thread->_isRegistered, FALSE);
     return thread;
 }
 
@@ -144,9 +132,55 @@ void ThreadObject::Register()
 {
     const std::lock_guard guard(DispatcherLock());
     _id = GetCurrentThreadId();
-    Threads()[_id] = this;
-    ThreadHasRegistered().notify_all();
+    Link();
+    std::atomic_ref(_isRegistered).store(TRUE);
+    FutexWakeOne(&_isRegistered);
 }
+
+// The threads of the parent count as ended: who waits for one of them would wait for ever.
+void ThreadObject::AfterForkInChild()
+{
+    constexpr DWORD kGone = 1;
+    const std::lock_guard guard(DispatcherLock());
+    for (ThreadObject* thread = std::exchange(_first, nullptr); thread != nullptr; thread = thread->_next)
+        if (thread != current)
+        {
+            if (!thread->_terminationCode)
+                thread->_terminationCode = kGone;
+            thread->_waiter = nullptr;
+            thread->_hasEnded = true;
+        }
+    if (current == nullptr)
+        return;
+    current->_id = GetCurrentThreadId();
+    current->Link();
+}
+
+void ThreadObject::Link()
+{
+    _next = _first;
+    _link = &_first;
+    if (_first != nullptr)
+        _first->_link = &_next;
+    _first = this;
+}
+
+void ThreadObject::Unlink()
+{
+    *_link = _next;
+    if (_next != nullptr)
+        _next->_link = _link;
+}
+
+namespace
+{
+
+[[gnu::constructor]] void PrepareThreadsForForks()
+{
+    pthread_atfork(nullptr, nullptr, &ThreadObject::AfterForkInChild);
+}
+
+} // namespace
 
 ThreadObject* ThreadObject::CurrentIfKnown()
 {
@@ -172,8 +206,10 @@ ThreadObject& ThreadObject::Current()
 Ref<ThreadObject> ThreadObject::Find(DWORD id)
 {
     const std::lock_guard guard(DispatcherLock());
-    const auto found = Threads().find(id);
-    return found == Threads().end() ? Ref<ThreadObject>() : Ref<ThreadObject>(found->second);
+    ThreadObject* thread = _first;
+    while (thread != nullptr && thread->_id != id)
+        thread = thread->_next;
+    return Ref<ThreadObject>(thread);
 }
 
 void ThreadObject::OnThreadEnd(void* object)
@@ -185,7 +221,7 @@ void ThreadObject::OnThreadEnd(void* object)
         const std::lock_guard guard(DispatcherLock());
         thread->_times.ended = Now();
         thread->_times.processor = ProcessorTimesOfThisThread();
-        Threads().erase(thread->_id);
+        thread->Unlink();
         thread->_queue.reset();
         thread->_apcs.clear();
         thread->_hasEnded = true;

@@ -65,6 +65,8 @@ public:
     // holds a critical section; then it continues until it has left the last one.
     void LeaveGate();
 
+    static void AfterForkInChild();
+
     BOOL QueueApc(const Apc& apc);
     // Runs the calls queued to the calling thread.
     void RunApcs();
@@ -95,9 +97,17 @@ private:
     const Routine _routine; // null if the layer didn't start the thread
     void* const _argument;
     std::atomic<DWORD> _id = 0;
+    LONG _isRegistered = FALSE; // its starter sleeps on it
     std::atomic<int> _priority = 0;
     DWORD _exitCode = 0; // of the thread itself
     sigjmp_buf _start;
+
+    // The living threads, in a list that needs no memory of its own.
+    void Link();
+    void Unlink();
+    static ThreadObject* _first;
+    ThreadObject* _next = nullptr;
+    ThreadObject** _link = nullptr;
 
     bool _hasEnded = false;
     std::optional<DWORD> _terminationCode;

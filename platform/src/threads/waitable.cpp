@@ -3,14 +3,17 @@
 #include <synchapi.h>
 #include <winbase.h>
 
+#include "base/fail.h"
+#include "base/futex.h"
 #include "base/handle_table.h"
+#include "base/mutex.h"
 #include "base/pseudo_handles.h"
-#include "threads/futex.h"
 #include "threads/held_sections.h"
 #include "threads/thread_object.h"
 
 #include <algorithm>
 #include <chrono>
+#include <mutex>
 #include <optional>
 
 #include <sched.h>
@@ -24,32 +27,58 @@ struct Waiter
     LONG isWoken = FALSE; // and hasn't checked again since
 };
 
-std::mutex& DispatcherLock()
+Mutex& DispatcherLock()
 {
-    static std::mutex* const lock = new std::mutex; // outlives the static objects of callers
-    return *lock;
+    static constinit Mutex lock;
+    return lock;
 }
 
-void Waitable::RemoveWaiter(Waiter& waiter)
+// In a forked child the waits of the parent's threads are gone, and their stacks may serve other threads.
+void Waitable::ForgetForeignWaiters()
 {
-    _waiters.erase(std::find(_waiters.begin(), _waiters.end(), &waiter));
+    if (_generation == ForkGeneration())
+        return;
+    _generation = ForkGeneration();
+    _latestWaiter = nullptr;
+    _waiterCount = 0;
+}
+
+void Waitable::AddWaiter(WaitEntry& entry)
+{
+    ForgetForeignWaiters();
+    entry.next = _latestWaiter;
+    entry.link = &_latestWaiter;
+    if (_latestWaiter != nullptr)
+        _latestWaiter->link = &entry.next;
+    _latestWaiter = &entry;
+    ++_waiterCount;
+}
+
+void Waitable::RemoveWaiter(WaitEntry& entry)
+{
+    *entry.link = entry.next;
+    if (entry.next != nullptr)
+        entry.next->link = entry.link;
     --_waiterCount;
 }
 
 void Waitable::WakeWaiters()
 {
-    for (Waiter* const waiter : _waiters)
-        WakeWaiter(*waiter);
+    ForgetForeignWaiters();
+    for (const WaitEntry* entry = _latestWaiter; entry != nullptr; entry = entry->next)
+        WakeWaiter(*entry->waiter);
 }
 
 LONG* Waitable::MarkLatestWaiter()
 {
-    const auto latest =
-        std::find_if(_waiters.rbegin(), _waiters.rend(), [](const Waiter* waiter) { return !waiter->isWoken; });
-    if (latest == _waiters.rend())
-        return nullptr;
-    (*latest)->isWoken = TRUE;
-    return &(*latest)->isWoken;
+    ForgetForeignWaiters();
+    for (const WaitEntry* entry = _latestWaiter; entry != nullptr; entry = entry->next)
+        if (!entry->waiter->isWoken)
+        {
+            entry->waiter->isWoken = TRUE;
+            return &entry->waiter->isWoken;
+        }
+    return nullptr;
 }
 
 void WakeWaiter(Waiter& waiter)
@@ -61,19 +90,17 @@ void WakeWaiter(Waiter& waiter)
 namespace
 {
 
-using Objects = std::vector<Ref<Waitable>>;
-
-std::optional<DWORD> TakeSignalled(const Objects& objects, bool forAll)
+std::optional<DWORD> TakeSignalled(const WaitObjects& objects, bool forAll)
 {
-    const auto isSignalled = [](const Ref<Waitable>& object)
+    const auto isSignalled = [](const Waitable* object)
     {
         return object->IsSignalled();
     };
-    if (forAll && !objects.empty())
+    if (forAll && objects.Count() != 0)
     {
         if (!std::all_of(objects.begin(), objects.end(), isSignalled))
             return std::nullopt;
-        for (const Ref<Waitable>& object : objects)
+        for (Waitable* const object : objects)
             object->Take();
         return WAIT_OBJECT_0;
     }
@@ -88,15 +115,18 @@ std::optional<DWORD> TakeSignalled(const Objects& objects, bool forAll)
 class Registration
 {
 public:
-    Registration(const Objects& objects, ThreadObject* thread, Waiter& waiter)
+    Registration(const WaitObjects& objects, ThreadObject* thread, Waiter& waiter)
         : _objects(objects),
-          _thread(thread),
-          _waiter(waiter)
+          _thread(thread)
     {
         if (_thread != nullptr)
             _thread->SetWaiter(&waiter);
-        for (const Ref<Waitable>& object : _objects)
-            object->AddWaiter(_waiter);
+        WaitEntry* entry = _entries;
+        for (Waitable* const object : _objects)
+        {
+            entry->waiter = &waiter;
+            object->AddWaiter(*entry++);
+        }
     }
     Registration(const Registration&) = delete;
     Registration& operator=(const Registration&) = delete;
@@ -104,14 +134,15 @@ public:
     {
         if (_thread != nullptr)
             _thread->SetWaiter(nullptr);
-        for (const Ref<Waitable>& object : _objects)
-            object->RemoveWaiter(_waiter);
+        WaitEntry* entry = _entries;
+        for (Waitable* const object : _objects)
+            object->RemoveWaiter(*entry++);
     }
 
 private:
-    const Objects& _objects;
+    const WaitObjects& _objects;
     ThreadObject* const _thread;
-    Waiter& _waiter;
+    WaitEntry _entries[WaitObjects::kCapacity];
 };
 
 Ref<Waitable> WaitableOf(HANDLE handle)
@@ -121,7 +152,7 @@ Ref<Waitable> WaitableOf(HANDLE handle)
 }
 
 // Returns the reason for the wait to end, if there is one. Signalled objects take precedence over queued calls.
-std::optional<DWORD> Outcome(const Objects& objects, const WaitOptions& options, ThreadObject* thread)
+std::optional<DWORD> Outcome(const WaitObjects& objects, const WaitOptions& options, ThreadObject* thread)
 {
     if (const std::optional<DWORD> taken = TakeSignalled(objects, options.forAll))
         return taken;
@@ -152,23 +183,19 @@ bool HasCome(const timespec& time)
 
 } // namespace
 
-Objects WaitablesOf(DWORD count, const HANDLE* handles)
+bool AddWaitables(WaitObjects& objects, DWORD count, const HANDLE* handles)
 {
-    Objects objects;
     for (DWORD index = 0; index < count; ++index)
     {
-        Ref<Waitable> object = WaitableOf(handles[index]);
+        const Ref<Waitable> object = WaitableOf(handles[index]);
         if (!object)
-        {
-            SetLastError(ERROR_INVALID_HANDLE);
-            break;
-        }
-        objects.push_back(std::move(object));
+            return Fail(ERROR_INVALID_HANDLE);
+        objects.Add(*object);
     }
-    return objects;
+    return true;
 }
 
-DWORD WaitFor(const Objects& objects, const WaitOptions& options)
+DWORD WaitFor(const WaitObjects& objects, const WaitOptions& options)
 {
     const timespec end = TimeIn(options.milliseconds);
     ThreadObject* const thread = ThreadObject::CurrentIfKnown();
@@ -218,8 +245,8 @@ DWORD WaitForHandles(DWORD count, const HANDLE* handles, const WaitOptions& opti
         SetLastError(ERROR_INVALID_PARAMETER);
         return WAIT_FAILED;
     }
-    const Objects objects = WaitablesOf(count, handles);
-    return objects.size() == count ? WaitFor(objects, options) : WAIT_FAILED;
+    WaitObjects objects;
+    return AddWaitables(objects, count, handles) ? WaitFor(objects, options) : WAIT_FAILED;
 }
 
 } // namespace
@@ -244,5 +271,5 @@ void WINAPI Sleep(DWORD dwMilliseconds)
 {
     if (dwMilliseconds == 0)
         sched_yield();
-    FinishWait(WaitFor({}, {false, dwMilliseconds}));
+    FinishWait(WaitFor(WaitObjects(), {false, dwMilliseconds}));
 }

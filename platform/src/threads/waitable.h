@@ -1,21 +1,29 @@
 // Objects that can be waited for.
 #pragma once
 
+#include "base/mutex.h"
 #include "base/object.h"
 
 #include <atomic>
 #include <cstddef>
 #include <mutex>
-#include <vector>
 
 namespace qxplatform
 {
 
 struct Waiter;
 
+// One wait in the list of one object; part of the waiting thread's stack, so that a wait needs no memory.
+struct WaitEntry
+{
+    Waiter* waiter;
+    WaitEntry* next;
+    WaitEntry** link; // the pointer to this entry
+};
+
 // One lock guards the state of all such objects, so that a wait for several of them sees a consistent state. It is held
 // only briefly.
-std::mutex& DispatcherLock();
+Mutex& DispatcherLock();
 
 class Waitable : public Object
 {
@@ -31,12 +39,9 @@ public:
     // The effect on the object of a wait that it ends.
     virtual void Take() {}
 
-    void AddWaiter(Waiter& waiter)
-    {
-        _waiters.push_back(&waiter);
-        ++_waiterCount;
-    }
-    void RemoveWaiter(Waiter& waiter);
+    // Adds and removes an entry whose waiter is set.
+    void AddWaiter(WaitEntry& entry);
+    void RemoveWaiter(WaitEntry& entry);
 
 protected:
     // Call this when the object has become signalled.
@@ -47,15 +52,22 @@ protected:
     // the lock first.
     LONG* MarkLatestWaiter();
 
-    std::size_t WaiterCount() const { return _waiters.size(); }
+    std::size_t WaiterCount()
+    {
+        ForgetForeignWaiters();
+        return _waiterCount.load();
+    }
 
     // Called without the lock. A wait is counted before it checks its objects. If an object is changed and then no
     // waiter is found here, later waits see the change.
     bool HasWaiters() const { return _waiterCount.load() != 0; }
 
 private:
-    std::vector<Waiter*> _waiters;
-    std::atomic<std::size_t> _waiterCount = 0; // their number
+    void ForgetForeignWaiters();
+
+    WaitEntry* _latestWaiter = nullptr; // the first of the list
+    unsigned _generation = ForkGeneration(); // of the process whose threads wait
+    std::atomic<std::size_t> _waiterCount = 0; // the length of the list
 };
 
 // Makes a wait check again.

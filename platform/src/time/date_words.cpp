@@ -65,10 +65,11 @@ const std::vector<DateWord>& DateWordsOf(const Locale& locale)
 {
     struct Known
     {
-        std::mutex mutex;
+        Mutex mutex;
         std::map<const Locale*, std::vector<DateWord>> words; // elements don't move
     };
-    static Known& known = MakeForever<Known>();
+    static constinit Forever<Known> theKnown;
+    Known& known = theKnown.Get();
     const std::lock_guard lock(known.mutex);
     const auto [entry, isNew] = known.words.try_emplace(&locale);
     if (isNew)

@@ -3,7 +3,6 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <shared_mutex>
 
 #include "base/forever.h"
 #include "text/date_pictures.h"
@@ -24,7 +23,7 @@ Pictures MakePictures(const Locale& locale)
 
 struct KnownPictures
 {
-    std::shared_mutex mutex;
+    Mutex mutex;
     std::map<const Locale*, std::unique_ptr<const Pictures>> pictures;
 };
 
@@ -32,12 +31,14 @@ struct KnownPictures
 
 const Pictures& PicturesOf(const Locale& locale)
 {
-    static KnownPictures& known = MakeForever<KnownPictures>();
+    static constinit Forever<KnownPictures> theKnown;
+    KnownPictures& known = theKnown.Get();
     {
-        const std::shared_lock lock(known.mutex);
+        const std::lock_guard lock(known.mutex);
         if (const auto found = known.pictures.find(&locale); found != known.pictures.end())
             return *found->second;
     }
+    const ForkHold hold; // ICU has locks of its own
     auto made = std::make_unique<const Pictures>(MakePictures(locale));
     const std::lock_guard lock(known.mutex);
     return *known.pictures.try_emplace(&locale, std::move(made)).first->second;

@@ -1,5 +1,7 @@
 #include "time/user_zone.h"
 
+#include "base/fork_gate.h"
+
 #include <algorithm>
 
 namespace qxplatform
@@ -11,6 +13,7 @@ namespace
 // localtime_r need not detect a changed zone; tzset() does, for the calls that follow.
 tm LocalAt(time_t universal)
 {
+    const ForkHold hold; // the C library has a lock of its own
     tm local{};
     localtime_r(&universal, &local);
     return local;
@@ -33,6 +36,7 @@ LONG OffsetAt(time_t universal)
 
 LONG ZoneOffsetAt(time_t universal)
 {
+    const ForkHold hold;
     tzset();
     return OffsetAt(universal);
 }
@@ -40,6 +44,7 @@ LONG ZoneOffsetAt(time_t universal)
 time_t MomentOfLocal(time_t local)
 {
     constexpr time_t kDay = 86400;
+    const ForkHold hold;
     tzset();
     const LONG before = OffsetAt(local - kDay);
     const LONG after = OffsetAt(local + kDay);
@@ -56,6 +61,7 @@ time_t MomentOfLocal(time_t local)
 
 std::string ZoneAbbreviationAt(time_t universal)
 {
+    const ForkHold hold;
     tzset();
     return LocalAt(universal).tm_zone;
 }

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "base/fork_gate.h"
 #include "base/text.h"
 #include "time/file_time.h"
 #include "time/user_zone.h"
@@ -143,6 +144,7 @@ void CopyName(std::u16string_view name, WCHAR (&target)[32])
 // Returns the system's name ("W. Europe Standard Time") if ICU has the zone, otherwise the C library's abbreviation.
 std::u16string SystemNameOfZone()
 {
+    const ForkHold hold; // ICU has locks of its own
     UChar zone[128];
     UChar name[128];
     UErrorCode status = U_ZERO_ERROR;

@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "variant/owned_value.h"
 #include "variant/resolve.h"
 #include "variant/value_type.h"
 
@@ -53,55 +54,6 @@ HRESULT Resolve(const VARIANT& source, VARIANT& shared)
 
 using namespace qxplatform;
 
-namespace
-{
-
-// Releases what a variant owns apart from its own bytes.
-void Release(VARTYPE type, const VARIANT& value)
-{
-    if (type == VT_BSTR)
-        SysFreeString(value.bstrVal);
-    else if ((type == VT_UNKNOWN || type == VT_DISPATCH) && value.punkVal != nullptr)
-        value.punkVal->Release();
-}
-
-// Replaces the resources of a bytewise copy with copies of its own.
-HRESULT Duplicate(VARIANT& copy)
-{
-    if (copy.vt & VT_BYREF)
-        return S_OK;
-    if (copy.vt & VT_ARRAY)
-        return SafeArrayCopy(copy.parray, &copy.parray);
-    if (copy.vt == VT_BSTR)
-    {
-        // Null becomes an empty string.
-        copy.bstrVal =
-            SysAllocStringByteLen(reinterpret_cast<const char*>(copy.bstrVal), SysStringByteLen(copy.bstrVal));
-        return copy.bstrVal != nullptr ? S_OK : E_OUTOFMEMORY;
-    }
-    if ((copy.vt == VT_UNKNOWN || copy.vt == VT_DISPATCH) && copy.punkVal != nullptr)
-        copy.punkVal->AddRef();
-    return S_OK;
-}
-
-// `copy` is a bytewise copy.
-HRESULT Replace(VARIANT& target, VARIANT copy)
-{
-    if (const HRESULT result = CheckVariantType(copy.vt); FAILED(result))
-        return result;
-    if (const HRESULT result = Duplicate(copy); FAILED(result))
-        return result;
-    if (const HRESULT result = VariantClear(&target); FAILED(result))
-    {
-        VariantClear(&copy);
-        return result;
-    }
-    target = copy;
-    return S_OK;
-}
-
-} // namespace
-
 void WINAPI VariantInit(VARIANTARG* pvarg)
 {
     *pvarg = {};
@@ -109,27 +61,14 @@ void WINAPI VariantInit(VARIANTARG* pvarg)
 
 HRESULT WINAPI VariantClear(VARIANTARG* pvarg)
 {
-    if (const HRESULT result = CheckVariantType(pvarg->vt); FAILED(result))
-        return result;
-    if ((pvarg->vt & VT_BYREF) == 0)
-    {
-        if (pvarg->vt & VT_ARRAY)
-        {
-            if (const HRESULT result = SafeArrayDestroy(pvarg->parray); FAILED(result))
-                return result;
-        }
-        else
-            Release(pvarg->vt, *pvarg);
-    }
-    pvarg->vt = VT_EMPTY;
-    return S_OK;
+    return ClearValue(*pvarg);
 }
 
 HRESULT WINAPI VariantCopy(VARIANTARG* pvargDest, const VARIANTARG* pvargSrc)
 {
     if (pvargDest == pvargSrc)
         return CheckVariantType(pvargSrc->vt);
-    return Replace(*pvargDest, *pvargSrc);
+    return ReplaceValue(*pvargDest, *pvargSrc);
 }
 
 HRESULT WINAPI VariantCopyInd(VARIANT* pvarDest, const VARIANTARG* pvargSrc)
@@ -139,5 +78,5 @@ HRESULT WINAPI VariantCopyInd(VARIANT* pvarDest, const VARIANTARG* pvargSrc)
     VARIANT value{};
     if (const HRESULT result = Resolve(*pvargSrc, value); FAILED(result))
         return result;
-    return Replace(*pvarDest, value);
+    return ReplaceValue(*pvarDest, value);
 }

@@ -2,7 +2,9 @@
 
 #include <wchar.h>
 
+#include <algorithm>
 #include <memory>
+#include <string_view>
 
 namespace qx
 {
@@ -10,45 +12,104 @@ namespace qx
 namespace
 {
 
-// Returns the position of the next `T` before a text or character conversion, or null.
-const wchar_t* FindOwnWidth(const wchar_t* format)
+// Returns true for the characters that may appear between `%` and the letter of a conversion. The formatters differ in
+// the order they accept; this includes all of them, so that no form of %n is overlooked.
+constexpr bool IsModifier(wchar_t c)
+{
+    switch (c)
+    {
+    case L'-':
+    case L'+':
+    case L' ':
+    case L'#':
+    case L'.':
+    case L'*':
+    case L'h':
+    case L'l':
+    case L'L':
+    case L'w':
+    case L'F':
+    case L'N':
+    case L'I':
+    case L'T':
+    case L'j':
+    case L't':
+    case L'z':
+        return true;
+    default:
+        return c >= L'0' && c <= L'9';
+    }
+}
+
+// The part of a format that the runtime library must not see as it is.
+struct Replacement
+{
+    const wchar_t* begin = nullptr; // null if there is none
+    const wchar_t* end = nullptr;
+    bool isCount = false; // a %n of any size; otherwise the T of a %Ts
+};
+
+Replacement FindReplacement(const wchar_t* format)
 {
     while ((format = wcschr(format, L'%')) != nullptr)
     {
-        ++format;
-        if (*format == L'%')
-        {
+        const wchar_t* const begin = format++;
+        const wchar_t* ownWidth = nullptr;
+        for (; IsModifier(*format); ++format)
+            if (*format == L'T')
+                ownWidth = format;
+        if (*format == L'n')
+            return {begin, format + 1, true};
+        if (ownWidth && ownWidth + 1 == format && *format != 0 && wcschr(L"sScC", *format))
+            return {ownWidth, format, false};
+        if (*format != 0)
             ++format;
-            continue;
-        }
-        format += wcsspn(format, L"-+ #0123456789.*");
-        if (*format == L'T' && format[1] != 0 && wcschr(L"sScC", format[1]))
-            return format;
     }
-    return nullptr;
+    return {};
 }
 
-// A format in which `%Ts`, text of the format's own width, is replaced by `%ls`, because not every runtime library
-// supports it.
+// A format that the runtime library may obey: `%Ts`, text of the format's own width, becomes `%ls`, because not every
+// runtime library supports it. `%n` writes through a pointer of the caller, which turns a format from outside into a way
+// to overwrite memory. It becomes a conversion that takes the same arguments and has no output.
 class PortableFormat
 {
 public:
     explicit PortableFormat(const wchar_t* format) : _format(format)
     {
-        const wchar_t* found = FindOwnWidth(format);
-        if (!found)
+        Replacement found = FindReplacement(format);
+        if (!found.begin)
             return;
-        const std::size_t size = wcslen(format) + 1;
-        _copy = std::make_unique_for_overwrite<wchar_t[]>(size);
-        wmemcpy(_copy.get(), format, size);
-        for (; found; found = FindOwnWidth(found))
-            _copy[static_cast<std::size_t>(found - format)] = L'l';
+        // The longest replacement has six characters for each character that it replaces.
+        _copy = std::make_unique_for_overwrite<wchar_t[]>(6 * wcslen(format) + 1);
+        wchar_t* target = _copy.get();
+        for (; found.begin; found = FindReplacement(format))
+        {
+            target = Append(target, std::wstring_view(format, static_cast<std::size_t>(found.begin - format)));
+            if (found.isCount)
+                target = AppendSkippedArguments(target, found);
+            else
+                *target++ = L'l';
+            format = found.end;
+        }
+        *Append(target, format) = 0;
         _format = _copy.get();
     }
 
     const wchar_t* Text() const { return _format; }
 
 private:
+    static wchar_t* Append(wchar_t* target, std::wstring_view text) { return std::copy(text.begin(), text.end(), target); }
+
+    // Text of no characters takes any argument without reading it: all arguments are passed in places of one size.
+    static wchar_t* AppendSkippedArguments(wchar_t* target, const Replacement& count)
+    {
+        constexpr std::wstring_view kSkipped = L"%.0s";
+        for (const wchar_t* c = count.begin; c != count.end; ++c)
+            if (*c == L'*')
+                target = Append(target, kSkipped);
+        return Append(target, kSkipped);
+    }
+
     const wchar_t* _format;
     std::unique_ptr<wchar_t[]> _copy;
 };

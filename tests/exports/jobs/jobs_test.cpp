@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include <pthread.h>
+
 using namespace qxtest;
 
 namespace
@@ -44,6 +46,72 @@ protected:
     JobCounts counts;
     TestHost taking{CountAndAnswer(counts, 0)};
 };
+
+// The host of an empty pool is asked once, and not waited for.
+TEST_F(JobPools, EmptyPool)
+{
+    const HUTTHREADPOOL pool = UtilThreadPoolOpen(1, L"pool");
+    const ULONGLONG begin = GetTickCount64();
+    EXPECT_EQ(UtilThreadPoolFinalize(pool, &taking), 0);
+    EXPECT_EQ(taking.waits, 1);
+    UtilThreadPoolClose(pool);
+    EXPECT_LT(GetTickCount64() - begin, 900u);
+}
+
+#ifndef _WIN32 // There, the end of a thread doesn't unwind its stack.
+// A thread may end in a callback: the job counts as done, and the pool can be used and closed.
+TEST_F(JobPools, ThreadsThatEndInCallbacks)
+{
+    using Body = std::function<void()>;
+    const auto runOnThread = [](Body body)
+    {
+        pthread_t thread;
+        ASSERT_EQ(pthread_create(&thread, nullptr,
+                      [](void* given) -> void*
+                      {
+                          (*static_cast<Body*>(given))();
+                          return given;
+                      },
+                      &body),
+            0);
+        void* result = nullptr;
+        ASSERT_EQ(pthread_join(thread, &result), 0);
+        EXPECT_NE(result, &body); // ended in the callback
+    };
+    const auto endThread = [] { pthread_exit(nullptr); };
+    const auto cancelThread = []
+    {
+        pthread_cancel(pthread_self());
+        pthread_testcancel();
+    };
+    for (const Body& end : {Body(endThread), Body(cancelThread)})
+    {
+        const HUTTHREADPOOL pool = UtilThreadPoolOpen(2, L"pool");
+        Add(pool, new TestJob(counts, end), &taking); // on a worker
+        runOnThread(
+            [&]
+            {
+                Add(pool, new TestJob(counts, end, 0, false), nullptr);
+                UtilThreadPoolFinalize(pool, &taking);
+            });
+        TestHost ending{[&](const wchar_t*, IUTThreadedJob*)
+            {
+                end();
+                return 0;
+            }};
+        runOnThread(
+            [&]
+            {
+                Add(pool, new TestJob(counts, {}, 0, false), &ending); // asked with the pool's lock held
+                UtilThreadPoolFinalize(pool, &taking);
+            });
+        Add(pool, new TestJob(counts), &taking);
+        EXPECT_EQ(UtilThreadPoolFinalize(pool, &taking), 0);
+        UtilThreadPoolClose(pool);
+        EXPECT_EQ(ending.references, 1u);
+    }
+}
+#endif
 
 TEST_F(JobPools, Arguments)
 {

@@ -107,6 +107,7 @@ TEST(StringExportsTest, Searches)
     EXPECT_EQ(UtilStrchr(text, L'x'), nullptr);
     EXPECT_EQ(UtilStrstr(text, L"ca"), text + 2);
     EXPECT_EQ(UtilStrstr(text, L""), text);
+    EXPECT_EQ(UtilStrstr(text + 6, L""), text + 6);
     EXPECT_EQ(UtilStrstr(text, L"abcd"), nullptr);
 }
 
@@ -183,6 +184,26 @@ TEST(StringExportsTest, SafeSprintfCutsAndTerminates)
     }
     Buffer buffer(L"old");
     EXPECT_LT(UtilSafeSprintf(buffer.content, 8, nullptr), 0);
+}
+
+// A format from outside must not be able to write to memory.
+TEST(StringExportsTest, SafeSprintfWritesNoCounts)
+{
+    const QXWCHAR* formats[] = {L"[%n%s %d]", L"[%hn%s %d]", L"[%ln%s %d]", L"[%lln%s %d]", L"[%I64n%s %d]",
+        L"[%In%s %d]", L"[%-5n%s %d]", L"[%.3n%s %d]", L"[%wn%s %d]", L"[%hhn%s %d]"};
+    for (const QXWCHAR* format : formats)
+    {
+        long long count = 0x5555555555555555;
+        Buffer buffer(L"");
+        EXPECT_EQ(UtilSafeSprintf(buffer.content, 32, format, &count, L"wide", 7), 8);
+        EXPECT_STREQ(buffer.content, L"[wide 7]");
+        EXPECT_EQ(count, 0x5555555555555555);
+    }
+    long long count = -1;
+    Buffer buffer(L"");
+    EXPECT_EQ(UtilSafeSprintf(buffer.content, 32, L"%%n%*.*n%Ts%n%d", 9, 8, &count, L"x", &count, 3), 4);
+    EXPECT_STREQ(buffer.content, L"%nx3");
+    EXPECT_EQ(count, -1);
 }
 
 } // namespace

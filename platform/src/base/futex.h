@@ -14,5 +14,6 @@ void FutexWait(LONG* word, LONG value, const timespec* end = nullptr);
 // Doesn't access the word, which may no longer exist. A thread that blocks on another word at that address checks
 // again.
 void FutexWakeOne(LONG* word);
+void FutexWakeAll(LONG* word);
 
 } // namespace qxplatform

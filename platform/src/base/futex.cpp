@@ -1,4 +1,6 @@
-#include "threads/futex.h"
+#include "base/futex.h"
+
+#include <climits>
 
 #include <linux/futex.h>
 #include <sys/syscall.h>
@@ -15,6 +17,11 @@ void FutexWait(LONG* word, LONG value, const timespec* end)
 void FutexWakeOne(LONG* word)
 {
     syscall(SYS_futex, word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+}
+
+void FutexWakeAll(LONG* word)
+{
+    syscall(SYS_futex, word, FUTEX_WAKE_PRIVATE, INT_MAX, nullptr, nullptr, 0);
 }
 
 } // namespace qxplatform

@@ -1,0 +1,34 @@
+#include "base/lock_word.h"
+
+namespace qxplatform
+{
+
+bool LockWord::TryToTake()
+{
+    LONG state = Word().load(std::memory_order_relaxed);
+    if (state != 0 && !WasAbandoned(static_cast<std::uint32_t>(state) >> 1))
+        return false;
+    const LONG wanted = Mine() | (state & kHasWaiters);
+    return Word().compare_exchange_strong(state, wanted, std::memory_order_acquire, std::memory_order_relaxed);
+}
+
+// Marks the lock as waited for. A thread that takes it here keeps the mark, since it can't know who else waits. False
+// with the word to sleep on.
+bool LockWord::MarkOrTake(LONG& state)
+{
+    state = Word().load(std::memory_order_relaxed);
+    for (;;)
+    {
+        const bool isFree = state == 0 || WasAbandoned(static_cast<std::uint32_t>(state) >> 1);
+        if (!isFree && (state & kHasWaiters) != 0)
+            return false;
+        const LONG wanted = (isFree ? Mine() : state) | kHasWaiters;
+        if (!Word().compare_exchange_weak(state, wanted, std::memory_order_acquire, std::memory_order_relaxed))
+            continue;
+        if (isFree)
+            return true;
+        state = wanted;
+    }
+}
+
+} // namespace qxplatform

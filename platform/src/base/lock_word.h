@@ -1,0 +1,66 @@
+// The word of a lock: the thread that holds it, and whether others wait. The owner is part of the word so that a forked
+// child can take over a lock of a thread that exists in the parent only.
+#pragma once
+
+#include "base/fork_gate.h"
+#include "base/futex.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace qxplatform
+{
+
+// Refers to a LONG that is 0 while the lock is free. All operations run inside a ForkHold.
+class LockWord
+{
+public:
+    explicit LockWord(LONG& word) : _word(word) {}
+
+    bool IsFree() const { return Word().load(std::memory_order_relaxed) == 0; }
+    bool IsMine() const { return (Word().load(std::memory_order_relaxed) & ~kHasWaiters) == Mine(); }
+
+    bool TakeIfFree()
+    {
+        LONG expected = 0;
+        return Word().compare_exchange_strong(
+            expected, Mine(), std::memory_order_acquire, std::memory_order_relaxed);
+    }
+
+    // Also takes the lock of a thread that exists in the parent process only.
+    bool TryToTake();
+
+    // Takes the lock, sleeping as long as another thread holds it. Each sleep is outside the caller's hold, and between
+    // the two calls.
+    template <class BeforeSleep, class AfterSleep>
+    void Take(BeforeSleep beforeSleep, AfterSleep afterSleep)
+    {
+        for (LONG state = 0; !MarkOrTake(state);)
+        {
+            EndForkHold();
+            beforeSleep();
+            FutexWait(&_word, state);
+            afterSleep();
+            BeginForkHold();
+        }
+    }
+
+    // Afterwards the memory of the lock may be gone: another thread may have taken, released and destroyed it.
+    void Release()
+    {
+        LONG* const word = &_word;
+        if ((Word().exchange(0, std::memory_order_release) & kHasWaiters) != 0)
+            FutexWakeOne(word);
+    }
+
+private:
+    static constexpr LONG kHasWaiters = 1;
+
+    static LONG Mine() { return static_cast<LONG>(ThreadSerial() << 1); }
+    std::atomic_ref<LONG> Word() const { return std::atomic_ref<LONG>(_word); }
+    bool MarkOrTake(LONG& state);
+
+    LONG& _word;
+};
+
+} // namespace qxplatform

@@ -1,0 +1,244 @@
+// Makes each allocation of an operation fail in turn. The operation must report the failure, leave nothing behind and not
+// end the process.
+#include <qxut23/jobs.h>
+#include <qxut23/markup.h>
+#include <qxut23/profile.h>
+#include <qxut23/zip.h>
+
+#include "faults/failing_allocations.h"
+#include "support/test_jobs.h"
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace faulttest;
+
+namespace
+{
+
+// What an operation reported, and what it did.
+enum class Outcome
+{
+    done,
+    failed,
+    lied, // reported success without having done all
+};
+
+using Operation = Outcome (*)();
+
+// Paths of the test, made without allocations later.
+struct Paths
+{
+    Paths()
+    {
+        char name[] = "/tmp/qxut-allocations-XXXXXX";
+        folder = mkdtemp(name);
+        std::ofstream(folder + "/in") << "[/]\n {\n a=1\n [list]\n  {\n  b=2\n  c=a longer text of a value\n  }\n }\n";
+        std::ofstream(folder + "/member") << std::string(5000, 'm');
+        const std::pair<wchar_t*, const char*> targets[] = {
+            {in, "/in"}, {out, "/out"}, {member, "/member"}, {zip, "/zip"}, {extracted, "/extracted"}};
+        for (const auto& [target, file] : targets)
+        {
+            const std::string path = folder + file;
+            *std::copy(path.begin(), path.end(), target) = 0;
+        }
+        std::filesystem::create_directory(folder + "/extracted");
+        setenv("QXPLATFORM_HOME", folder.c_str(), 1);
+    }
+    ~Paths() { std::filesystem::remove_all(folder); }
+
+    std::string folder;
+    wchar_t in[100], out[100], member[100], zip[100], extracted[100];
+};
+
+Paths* paths = nullptr;
+
+bool Reads(const wchar_t* profile)
+{
+    const HPROFJOB job = ProfJobOpenW(profile);
+    QXWCHAR value[40] = {};
+    const bool isRight = job != nullptr && ProfGetError(job) == PROF_OK &&
+                         ProfGetStringW(job, nullptr, L"list/c", value, 40, L"") > 0 &&
+                         std::wstring_view(value) == L"a longer text of a value";
+    ProfJobClose(job);
+    return isRight;
+}
+
+Outcome Profile()
+{
+    const HPROFJOB job = ProfJobOpenW(paths->in);
+    if (job == nullptr)
+        return Outcome::failed;
+    const bool isRead = ProfGetError(job) == PROF_OK;
+    const bool isSaved = isRead && ProfSaveW(job, paths->out, 0) == PROF_OK;
+    ProfJobClose(job);
+    FailAllocation(0);
+    return !isSaved ? Outcome::failed : Reads(paths->out) ? Outcome::done : Outcome::lied;
+}
+
+struct PoolJob final : qxtest::Counted<IUTThreadedJob>
+{
+    explicit PoolJob(std::atomic<int>& runs) : _runs(runs) {}
+    HRESULT STDMETHODCALLTYPE Run() override { return ++_runs, S_OK; }
+    HRESULT STDMETHODCALLTYPE GetResult() override { return S_OK; }
+    std::int32_t STDMETHODCALLTYPE GetGroup() override { return 0; }
+    std::int32_t STDMETHODCALLTYPE CanRunOnWorker() override { return 1; }
+
+private:
+    std::atomic<int>& _runs;
+};
+
+struct PoolHost final : qxtest::Counted<IUTThreadedJobHost>
+{
+    std::int32_t STDMETHODCALLTYPE OnJobDone(const QXWCHAR*, IUTThreadedJob*) override { return 0; }
+    std::int32_t STDMETHODCALLTYPE WaitForJobs(void*) override { return 1; }
+};
+
+Outcome Pool()
+{
+    std::atomic<int> runs = 0;
+    PoolJob first(runs), second(runs);
+    PoolHost host;
+    const HUTTHREADPOOL pool = UtilThreadPoolOpen(2, L"pool");
+    if (pool == nullptr)
+        return Outcome::failed;
+    int added = 0;
+    for (PoolJob* const job : {&first, &second})
+        added += UtilThreadPoolAdd(pool, L"job", reinterpret_cast<IUnknown*>(job), &host) == 0;
+    const bool isFinal = UtilThreadPoolFinalize(pool, &host) == 0;
+    UtilThreadPoolClose(pool);
+    FailAllocation(0);
+    if (isFinal && runs != added)
+        return Outcome::lied;
+    return isFinal && added == 2 ? Outcome::done : Outcome::failed;
+}
+
+Outcome Archive()
+{
+    bool isDone = false;
+    if (const HZIPFILE zip = UtilZIPCreate(paths->zip, L"comment"))
+    {
+        isDone = UtilZIPAppend(zip, paths->member, L"", L"member") != 0;
+        isDone = UtilZIPClose(zip) != 0 && isDone;
+    }
+    try
+    {
+        isDone = UtilExtractZip(paths->zip, paths->extracted) == 1 && isDone; // documented to throw
+    }
+    catch (const std::exception&)
+    {
+        isDone = false;
+    }
+    FailAllocation(0);
+    if (!isDone)
+        return Outcome::failed;
+    std::ifstream file(paths->folder + "/extracted/member");
+    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    return bytes == std::string(5000, 'm') ? Outcome::done : Outcome::lied;
+}
+
+Outcome Document()
+{
+    // Without results: a failure leaves the text null.
+    BSTR html = nullptr, text = nullptr;
+    SetLastError(0);
+    UtilConvertText2HTML(L"a < b\r\n\u20AC", &html, 0);
+    if (html != nullptr)
+        UtilConvertHtml2PlainText(html, &text, 0);
+    const bool isReported = GetLastError() == ERROR_NOT_ENOUGH_MEMORY;
+    const bool isThere = text != nullptr && SysStringLen(text) > 6;
+    SysFreeString(html);
+    SysFreeString(text);
+    FailAllocation(0);
+    return isThere ? Outcome::done : isReported ? Outcome::failed : Outcome::lied;
+}
+
+class Allocations : public testing::TestWithParam<std::pair<const char*, Operation>>
+{
+protected:
+    void SetUp() override { paths = new Paths; }
+    void TearDown() override { delete std::exchange(paths, nullptr); }
+    static Outcome Run(long number, bool also)
+    {
+        FailAllocation(number, also);
+        const Outcome outcome = GetParam().second();
+        FailAllocation(0);
+        return outcome;
+    }
+    static constexpr long kMost = 100'000;
+};
+
+// In processes that use the operation for the first time, so that what is made once can fail too.
+TEST_P(Allocations, FailAtTheFirstUse)
+{
+    for (const bool also : {false, true})
+    {
+        bool hasReached = true;
+        for (long number = 1; hasReached && number < kMost; ++number)
+        {
+            const pid_t child = fork();
+            if (child == 0)
+            {
+                alarm(60);
+                FailAllocation(number, also);
+                const Outcome outcome = GetParam().second();
+                // The operation ends the failures, which clears nothing.
+                _exit(outcome == Outcome::lied ? 9 : HasFailed() ? 1 : 0);
+            }
+            int status = 0;
+            waitpid(child, &status, 0);
+            ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) <= 1)
+                << "allocation " << number << (also ? " and all after it" : "") << ": status " << std::hex << status;
+            hasReached = WEXITSTATUS(status) == 1;
+        }
+        EXPECT_FALSE(hasReached);
+    }
+}
+
+TEST_P(Allocations, FailWithoutALeak)
+{
+    for (int i = 0; i < 3; ++i)
+        ASSERT_EQ(Run(0, false), Outcome::done); // what stays is there
+    for (const bool also : {false, true})
+        for (long number = 1;; ++number)
+        {
+            const long before = LiveBlocks();
+            FailAllocation(number, also);
+            const Outcome outcome = GetParam().second();
+            const bool hasFailed = HasFailed();
+            FailAllocation(0);
+            EXPECT_NE(outcome, Outcome::lied) << "allocation " << number;
+            // Threads free their last blocks after they have counted as ended.
+            for (int i = 0; i < 100 && LiveBlocks() > before; ++i)
+                Sleep(5);
+            EXPECT_LE(LiveBlocks() - before, 0) << "allocation " << number << (also ? " and all after it" : "");
+            if (!hasFailed)
+            {
+                EXPECT_EQ(outcome, Outcome::done);
+                break;
+            }
+            ASSERT_LT(number, kMost);
+        }
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, Allocations,
+    testing::Values(std::pair("Profile", &Profile), std::pair("Pool", &Pool), std::pair("Archive", &Archive),
+        std::pair("Document", &Document)),
+    [](const testing::TestParamInfo<std::pair<const char*, Operation>>& parameter)
+    { return std::string(parameter.param.first); });
+
+} // namespace

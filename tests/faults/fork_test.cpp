@@ -1,0 +1,259 @@
+// Forks of a process whose other threads use the library and the layer all the time.
+#include <qxut23/debug.h>
+#include <qxut23/jobs.h>
+#include <qxut23/profile.h>
+#include <qxut23/strings.h>
+
+#include "support/test_jobs.h"
+
+#include <windows.h>
+
+#include <process.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace qxtest;
+
+namespace
+{
+
+constexpr unsigned kPatience = 30; // seconds that a child has
+
+std::string folder; // of this process and its children
+
+std::vector<wchar_t> Wide(const std::string& text)
+{
+    std::vector<wchar_t> wide(text.begin(), text.end());
+    wide.push_back(0);
+    return wide;
+}
+
+// Each returns true if all went well.
+
+bool UseRegistry(const std::string& name)
+{
+    HKEY key = nullptr;
+    if (RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\forks", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr) != 0)
+        return false;
+    DWORD value = 7, size = sizeof value;
+    const bool isWritten =
+        RegSetValueExW(key, Wide(name).data(), 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value), size) == 0;
+    value = 0;
+    RegQueryValueExW(key, Wide(name).data(), nullptr, nullptr, reinterpret_cast<BYTE*>(&value), &size);
+    RegCloseKey(key);
+    return isWritten && value == 7;
+}
+
+bool UseProfile(const std::string& name)
+{
+    const std::vector<wchar_t> path = Wide(folder + "/" + name);
+    HPROFJOB job = ProfJobOpenW(path.data());
+    ProfSetStringW(job, nullptr, L"list/value", L"text");
+    const bool isSaved = ProfSaveW(job, path.data(), 0) == PROF_OK;
+    ProfJobClose(job);
+    job = ProfJobOpenW(path.data());
+    QXWCHAR value[8] = {};
+    ProfGetStringW(job, nullptr, L"list/value", value, 8, L"");
+    ProfJobClose(job);
+    return isSaved && std::wstring_view(value) == L"text";
+}
+
+bool UseTexts()
+{
+    QXWCHAR text[80];
+    UtilDebug(L"a line of %d", static_cast<int>(getpid()));
+    if (UtilSafeSprintf(text, 80, L"%d %s", 7, L"wide") != 6 || std::wstring_view(text) != L"7 wide")
+        return false;
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    if (GetDateFormatW(LOCALE_USER_DEFAULT, DATE_LONGDATE, &now, nullptr, text, 80) == 0 ||
+        GetLocaleInfoW(0x0407, LOCALE_SMONTHNAME1 + now.wMilliseconds % 12, text, 80) == 0)
+        return false;
+    SetEnvironmentVariableW(L"QXUT_FORKS", L"value");
+    return GetEnvironmentVariableW(L"QXUT_FORKS", text, 80) == 5;
+}
+
+bool UsePool()
+{
+    JobCounts counts;
+    TestHost host{CountAndAnswer(counts, 0)};
+    const HUTTHREADPOOL pool = UtilThreadPoolOpen(2, L"pool");
+    for (int i = 0; i < 10; ++i)
+    {
+        auto* const job = new TestJob(counts, [] { UtilDebug(L"in a job"); });
+        UtilThreadPoolAdd(pool, L"job", reinterpret_cast<IUnknown*>(job), &host);
+        job->Release();
+    }
+    UtilThreadPoolFinalize(pool, &host);
+    UtilThreadPoolClose(pool);
+    return counts.runs == 10 && counts.alive == 0;
+}
+
+bool UseMemoryAndEvents()
+{
+    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, 100);
+    const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    std::thread setter([event] { SetEvent(event); });
+    const bool isSet = WaitForSingleObject(event, INFINITE) == WAIT_OBJECT_0;
+    setter.join();
+    CloseHandle(event);
+    return isSet && GlobalFree(block) == nullptr;
+}
+
+// Runs the function in a child with a time limit, and returns its exit code, or -1 for another end.
+int RunChild(const std::function<int()>& body)
+{
+    const pid_t child = fork();
+    if (child == 0)
+    {
+        alarm(kPatience);
+        _exit(body());
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
+{
+    std::atomic<bool> isOver = false;
+    const std::function<bool()> uses[] = {[] { return UseRegistry("parent"); }, [] { return UseProfile("parent"); },
+        UseTexts, UseTexts, UsePool, UseMemoryAndEvents};
+    std::vector<std::thread> threads;
+    std::atomic<int> failures = 0;
+    for (const std::function<bool()>& use : uses)
+        threads.emplace_back(
+            [&]
+            {
+                while (!isOver)
+                    failures += !use();
+            });
+    for (int i = 0; i < 50; ++i)
+    {
+        const int code = RunChild(
+            []
+            {
+                if (!UseRegistry("child"))
+                    return 1;
+                if (!UseProfile("child"))
+                    return 2;
+                if (!UseTexts())
+                    return 3;
+                if (!UsePool())
+                    return 4;
+                return UseMemoryAndEvents() ? 0 : 5;
+            });
+        ASSERT_EQ(code, 0) << "fork " << i;
+    }
+    isOver = true;
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(failures, 0);
+}
+
+// What threads of the parent held for long, and waited for, doesn't keep the child from anything.
+TEST(Forks, ChildTakesOverWhatTheParentsThreadsHeld)
+{
+    CRITICAL_SECTION section;
+    InitializeCriticalSection(&section);
+    const HANDLE isHeld = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const HANDLE ended = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const HANDLE automatic = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    std::thread holder(
+        [&]
+        {
+            EnterCriticalSection(&section);
+            SetEvent(isHeld);
+            WaitForSingleObject(ended, INFINITE);
+            LeaveCriticalSection(&section);
+        });
+    std::thread waiter([&] { WaitForSingleObject(automatic, INFINITE); });
+    WaitForSingleObject(isHeld, INFINITE);
+    const HANDLE thread = reinterpret_cast<HANDLE>(_beginthreadex(
+        nullptr, 0, [](void* event) -> unsigned { return WaitForSingleObject(event, INFINITE); }, ended, 0, nullptr));
+    Sleep(20);
+    const ULONGLONG begin = GetTickCount64();
+    const int code = RunChild(
+        [&]
+        {
+            EnterCriticalSection(&section);
+            if (WaitForSingleObject(thread, INFINITE) != WAIT_OBJECT_0)
+                return 1;
+            // The waits of the parent's threads must not take the event from a thread of the child.
+            std::thread own([&] { WaitForSingleObject(automatic, INFINITE); });
+            Sleep(20);
+            SetEvent(automatic);
+            own.join();
+            LeaveCriticalSection(&section);
+            return TryEnterCriticalSection(&section) ? 0 : 2;
+        });
+    EXPECT_EQ(code, 0);
+    EXPECT_LT(GetTickCount64() - begin, 10'000u);
+    SetEvent(ended);
+    SetEvent(automatic);
+    holder.join();
+    waiter.join();
+    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    for (const HANDLE handle : {isHeld, ended, automatic, thread})
+        CloseHandle(handle);
+}
+
+// A thread that forks inside a section still owns it in the child.
+TEST(Forks, ChildKeepsItsOwnSections)
+{
+    CRITICAL_SECTION section;
+    InitializeCriticalSection(&section);
+    EnterCriticalSection(&section);
+    const int code = RunChild(
+        [&]
+        {
+            EnterCriticalSection(&section);
+            LeaveCriticalSection(&section);
+            bool isFree = true;
+            std::thread([&] { isFree = TryEnterCriticalSection(&section) != FALSE; }).join();
+            if (isFree)
+                return 1;
+            LeaveCriticalSection(&section);
+            return RunChild([&] { return TryEnterCriticalSection(&section) ? 0 : 2; });
+        });
+    EXPECT_EQ(code, 0);
+    LeaveCriticalSection(&section);
+}
+
+} // namespace
+
+// The library reads the name of its log file when it is loaded. So a first process makes the settings, and executes the
+// program again with them.
+int main(int count, char** arguments)
+{
+    if (const char* const known = std::getenv("QXUT_FORK_TEST"))
+    {
+        folder = known;
+        testing::InitGoogleTest(&count, arguments);
+        const int result = RUN_ALL_TESTS();
+        std::filesystem::remove_all(folder);
+        return result;
+    }
+    char name[] = "/tmp/qxut-forks-XXXXXX";
+    folder = mkdtemp(name);
+    std::ofstream(folder + "/machine.reg") << "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\software\\trelmo]\n"
+                                           << "\"Debug.LogFilename\"=\"" << folder << "/trace.log\"\n";
+    setenv("QXUT_FORK_TEST", name, 1);
+    setenv("QXPLATFORM_HOME", name, 1);
+    execv("/proc/self/exe", arguments);
+    return 1;
+}

@@ -1,0 +1,184 @@
+// The deepest input on threads with small stacks.
+#include <qxut23/debug.h>
+#include <qxut23/jobs.h>
+#include <qxut23/markup.h>
+#include <qxut23/profile.h>
+#include <qxut23/strings.h>
+
+#include "core/pattern/regex.h"
+#include "files/variant_file.h"
+#include "support/temp_folder.h"
+#include "unit/packed/memory_file.h"
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <functional>
+#include <string>
+
+#include <pthread.h>
+
+using namespace qxtest;
+
+namespace
+{
+
+constexpr std::size_t kDepth = 20'000; // of lists and elements
+constexpr int kGroupDepth = 250;       // of groups in patterns, the limit of PCRE2
+constexpr int kArrayDepth = 64;        // of arrays in variants
+
+// Runs the function on a thread with that much stack, and lets the process end if it needs more.
+void RunOnStack(std::size_t kilobytes, std::function<void()> body)
+{
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, kilobytes * 1024), 0);
+    pthread_t thread;
+    ASSERT_EQ(pthread_create(&thread, &attributes,
+                  [](void* given) -> void*
+                  {
+                      (*static_cast<std::function<void()>*>(given))();
+                      return nullptr;
+                  },
+                  &body),
+        0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
+void UseProfiles(const TempFolder& folder)
+{
+    const HPROFJOB job = ProfJobOpenW(nullptr);
+    HPROFLIST list = nullptr;
+    for (std::size_t i = 0; i < kDepth; ++i)
+        list = ProfAppendListW(job, list, L"l");
+    ProfSetStringW(job, list, L"leaf", L"value");
+    const qx::String path = folder.Path(L"deep");
+    for (const std::int32_t form : {PROF_FORM_TEXT + 0, PROF_FORM_XML + 0, PROF_FORM_TEXT + PROF_SAVE_PACKED, PROF_FORM_XFDF + 0})
+    {
+        ASSERT_EQ(ProfSaveW(job, path.Text(), form), PROF_OK) << form;
+        const HPROFJOB loaded = ProfJobOpenW(path.Text());
+        // Names of fields have a greatest length.
+        EXPECT_TRUE(form == PROF_FORM_XFDF || ProfGetError(loaded) == PROF_OK) << form;
+        const HPROFJOB copy = ProfJobOpenW(nullptr);
+        ProfCopyList(copy, nullptr, loaded, nullptr);
+        ProfJobClose(copy);
+        ProfJobClose(loaded);
+    }
+    ProfEmptyList(job, nullptr);
+    ProfJobClose(job);
+}
+
+void UseMarkup()
+{
+    for (const wchar_t* const element : {L"div", L"ul", L"table", L"b", L"blockquote", L"a href=x"})
+    {
+        qx::String page;
+        for (std::size_t i = 0; i < kDepth; ++i)
+            page += qx::String(L"<") + element + L">";
+        page += L"text";
+        BSTR text = nullptr;
+        UtilConvertHtml2PlainText(page.Text(), &text, 0);
+        UtilConvertText2HTML(text, &text, 0);
+        EXPECT_NE(text, nullptr);
+        SysFreeString(text);
+    }
+}
+
+void UsePatterns()
+{
+    qx::String pattern, subject;
+    for (int i = 0; i < kGroupDepth; ++i)
+    {
+        pattern += L"(a|";
+        subject += L"ab";
+    }
+    for (int i = 0; i < kGroupDepth; ++i)
+        pattern += L")*";
+    qx::clsRegEx deep(pattern, 0);
+    qx::clsRegExMatchList matches;
+    deep.Match(subject, &matches);
+    EXPECT_STREQ(deep.ErrorText().Text(), L"");
+    subject.Fill(L'a', 200'000);
+    EXPECT_TRUE(qx::clsRegEx(L"^(a|b)*$", 0).Match(subject, nullptr));
+}
+
+void UseVariants()
+{
+    qx::clsVariant value;
+    for (int i = 0; i < kArrayDepth; ++i)
+        value = qx::clsVariant::ArrayOf({value});
+    MemoryFile file;
+    EXPECT_TRUE(Save(value, file));
+    MemoryFile source(file.Bytes());
+    qx::clsVariant loaded;
+    Load(loaded, source);
+    qx::clsVariant copy = loaded;
+    EXPECT_EQ(copy.Type(), VT_ARRAY | VT_VARIANT);
+}
+
+void UseTexts()
+{
+    wchar_t text[200];
+    EXPECT_GT(UtilSafeSprintf(text, 200, L"%s %d %hs %f %n", L"a", 5, "b", 1e100, nullptr), 0);
+    UtilDebug(L"line");
+    const HUTTHREADPOOL pool = UtilThreadPoolOpen(1, L"pool");
+    UtilThreadPoolClose(pool);
+}
+
+TEST(SmallStacks, Of256Kilobytes)
+{
+    const TempFolder folder;
+    RunOnStack(256,
+        [&]
+        {
+            UseProfiles(folder);
+            UseMarkup();
+            UsePatterns();
+            UseVariants();
+            UseTexts();
+        });
+}
+
+TEST(SmallStacks, Of64Kilobytes)
+{
+    const TempFolder folder;
+    RunOnStack(64,
+        [&]
+        {
+            UseProfiles(folder);
+            UseMarkup();
+            UseVariants();
+            UseTexts();
+        });
+}
+
+// Destroying arrays needs no stack, and copying them ends before it needs too much.
+TEST(SmallStacks, ArraysOfAnyDepth)
+{
+    RunOnStack(64,
+        []
+        {
+            VARIANT value = {};
+            for (int depth = 1; depth <= 100'000; ++depth)
+            {
+                SAFEARRAY* const array = SafeArrayCreateVector(VT_VARIANT, 0, 2);
+                *static_cast<VARIANT*>(array->pvData) = value;
+                value.vt = VT_ARRAY | VT_VARIANT;
+                value.parray = array;
+                VARIANT copy = {};
+                if (depth == 256 || depth == 257)
+                {
+                    EXPECT_EQ(VariantCopy(&copy, &value), depth == 256 ? S_OK : E_OUTOFMEMORY);
+                    VariantClear(&copy);
+                }
+            }
+            EXPECT_EQ(VariantClear(&value), S_OK);
+        });
+}
+
+} // namespace
