@@ -52,10 +52,12 @@ TEST(Folder, EntriesAreReplacedAndLinksAreNot)
     const clsFolder folder(own.Path());
     for (const wchar_t* name : {L"hard", L"fixed", L"pipe", L"new"})
     {
-        clsNewFile file(folder, name, 0640);
-        ASSERT_TRUE(file.IsOpen()) << String(name).NarrowText();
-        EXPECT_EQ(file.File().WriteBytes("new"), 3);
-        EXPECT_TRUE(file.SetWhole());
+        {
+            clsNewFile file(folder, name, 0640);
+            ASSERT_TRUE(file.IsOpen()) << String(name).NarrowText();
+            EXPECT_EQ(file.File().WriteBytes("new"), 3);
+            EXPECT_TRUE(file.SetWhole());
+        }
         EXPECT_EQ(BytesOf(own.Path(name)), "new");
         EXPECT_EQ(ModeOf(own.Path(name)) & ~0640u, 0u);
     }
