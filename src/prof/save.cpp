@@ -27,7 +27,7 @@ constexpr DWORD kSavePause = 5;                     // ms
 constexpr wchar_t kByteOrderMark = 0xFEFF;
 constexpr wchar_t kStreamName[] = L"(Stream)";
 
-// Writes the contents over those of the target, which is locked.
+// Overwrites the contents of the target, which must be locked.
 ProfError WriteInPlace(const clsProfOutput& content, clsFile& target)
 {
     if (!content.ReplaceContentOf(target))

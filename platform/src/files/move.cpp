@@ -1,4 +1,4 @@
-// Files that take another file's name, and the name that an open file has.
+// Moving and replacing files, and the final path of an open file.
 #include <fileapi.h>
 #include <winbase.h>
 

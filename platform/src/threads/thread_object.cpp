@@ -309,7 +309,7 @@ void ThreadObject::EndNow(DWORD exitCode)
 void ThreadObject::LeaveGate()
 {
     if (!gate.Leave() && !HoldsCriticalSections())
-        EndNow(0); // the exit code is the one of the termination
+        EndNow(0); // ignored, because a terminated thread already has its exit code
 }
 
 void ThreadObject::Wake()
