@@ -37,7 +37,7 @@ constexpr bool IsLowSurrogate(wchar_t c)
     return c >= 0xDC00 && c < 0xE000;
 }
 
-// "&#x10ffff;", with four digits at least.
+// A numeric reference such as "&#x10ffff;", with at least four digits.
 struct NumericReference
 {
     explicit NumericReference(std::uint32_t code)

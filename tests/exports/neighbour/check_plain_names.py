@@ -5,8 +5,8 @@ import re
 import subprocess
 import sys
 
-# Each name exported by the layer has the layer's prefix and version, each name exported by the library the library's
-# version.
+# Names exported by the layer have its prefix and its symbol version. Names exported by the library have only the
+# library's symbol version.
 FAMILY = re.compile(r"(qxp_\w+@@QXPLATFORM_23|(?!qxp_|_Z)\w+@@QXUT23_23)")
 
 
