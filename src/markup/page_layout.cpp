@@ -376,7 +376,8 @@ void PageLayout::StartLink(std::wstring_view attributes)
     _linkStart = _writer.Length();
 }
 
-// Writes no target if the link has no text or its text equals the target, nor targets in the same page and scripts.
+// Writes the target of the link, unless the link has no text, the text equals the target, or the target is a script or
+// a place in the same page.
 void PageLayout::EndLink()
 {
     if (!_target)

@@ -31,9 +31,9 @@ using namespace qxtest;
 namespace
 {
 
-constexpr unsigned kPatience = 30; // seconds that a child has
+constexpr unsigned kPatience = 30; // time limit of a child in seconds
 
-std::string folder; // of this process and its children
+std::string folder; // the temporary folder of this process and its children
 
 std::vector<wchar_t> Wide(const std::string& text)
 {
@@ -42,12 +42,13 @@ std::vector<wchar_t> Wide(const std::string& text)
     return wide;
 }
 
-// Each returns true if all went well.
+// These functions return true if everything worked.
 
 bool UseRegistry(const std::string& name)
 {
     HKEY key = nullptr;
-    if (RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\forks", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr) != 0)
+    if (RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\forks", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr) !=
+        0)
         return false;
     DWORD value = 7, size = sizeof value;
     const bool isWritten =
@@ -114,7 +115,7 @@ bool UseMemoryAndEvents()
     return isSet && GlobalFree(block) == nullptr;
 }
 
-// Runs the function in a child with a time limit, and returns its exit code, or -1 for another end.
+// Runs the function in a child with a time limit. Returns its exit code, or -1 if it ended in any other way.
 int RunChild(const std::function<int()>& body)
 {
     const pid_t child = fork();
@@ -165,7 +166,7 @@ TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
     EXPECT_EQ(failures, 0);
 }
 
-// What threads of the parent held for long, and waited for, doesn't keep the child from anything.
+// A lock that a thread of the parent held for a long time, or waited for, doesn't block the child.
 TEST(Forks, ChildTakesOverWhatTheParentsThreadsHeld)
 {
     CRITICAL_SECTION section;
@@ -193,7 +194,7 @@ TEST(Forks, ChildTakesOverWhatTheParentsThreadsHeld)
             EnterCriticalSection(&section);
             if (WaitForSingleObject(thread, INFINITE) != WAIT_OBJECT_0)
                 return 1;
-            // The waits of the parent's threads must not take the event from a thread of the child.
+            // A wait of a thread of the parent must not consume the event that a thread of the child waits for.
             std::thread own([&] { WaitForSingleObject(automatic, INFINITE); });
             Sleep(20);
             SetEvent(automatic);
@@ -236,8 +237,8 @@ TEST(Forks, ChildKeepsItsOwnSections)
 
 } // namespace
 
-// The library reads the name of its log file when it is loaded. So a first process makes the settings, and executes the
-// program again with them.
+// The library reads the name of its log file when it is loaded. Therefore the first process stores the settings and
+// executes the program again.
 int main(int count, char** arguments)
 {
     if (const char* const known = std::getenv("QXUT_FORK_TEST"))
@@ -250,8 +251,9 @@ int main(int count, char** arguments)
     }
     char name[] = "/tmp/qxut-forks-XXXXXX";
     folder = mkdtemp(name);
-    std::ofstream(folder + "/machine.reg") << "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\software\\trelmo]\n"
-                                           << "\"Debug.LogFilename\"=\"" << folder << "/trace.log\"\n";
+    std::ofstream(folder + "/machine.reg")
+        << "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\software\\trelmo]\n"
+        << "\"Debug.LogFilename\"=\"" << folder << "/trace.log\"\n";
     setenv("QXUT_FORK_TEST", name, 1);
     setenv("QXPLATFORM_HOME", name, 1);
     execv("/proc/self/exe", arguments);

@@ -119,8 +119,8 @@ void Report(const ProfileOptions& options, std::size_t changed)
                   << '\n';
 }
 
-// Opens the file, changes it and saves it. Without --output the file is saved in place: other writers are locked out in
-// the meantime, and a file that would lose something by it is refused without --force.
+// Opens the file, changes it and saves it. Without --output the file is saved in place: other processes can't write it
+// in the meantime, and without --force a file is refused if the save would lose something.
 void Edit(const ProfileOptions& options, const std::function<std::size_t(HPROFJOB, HPROFLIST)>& change)
 {
     const auto edit = [&](const ProfileFile& profile)
@@ -298,7 +298,8 @@ void AddProfileCommands(CLI::App& program)
     profile.require_subcommand(1);
     profile.footer(
         "A path consists of list names and the name of the value, separated by /. Names are case-sensitive.\n"
-        "Saving preserves the form of the file, including packing. A file is changed in place only if nothing in it is\n"
+        "Saving preserves the form of the file, including packing. A file is changed in place only if nothing in it "
+        "is\n"
         "lost by that: an INI file becomes a profile in the text form, and comments aren't kept. --output writes the\n"
         "result to another file, --force changes the file nevertheless; convert writes the other forms. XFDF contains\n"
         "only values: its lists are read back as dotted names.");

@@ -19,7 +19,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-// Returns the system's error message for opening the file, because the library's code contains no details.
+// Returns the system's error message for opening the file, because the library's result code has no details.
 std::string ReasonOfFailedOpen(const fs::path& file, std::ios::openmode mode)
 {
     errno = 0;
@@ -35,13 +35,13 @@ std::string ReasonOfMissing(const fs::path& file)
     return isFolderMissing ? "no such folder" : "no such file";
 }
 
-// Examines the file to find the reason that the library's code doesn't state.
+// Examines the file to find the reason, because the library's result code doesn't state it.
 std::string ReasonOfFailedRead(const std::string& path, std::int32_t error, std::uint32_t source)
 {
     if ((source & QXUT_SOURCE_TOO_LARGE) != 0)
-        return (source & QXUT_SOURCE_PACKED) != 0
-                   ? "unpacks to more than the limit, which is 64 times its size or 64 MB unless --max-size sets another"
-                   : "is larger than 2 GB";
+        return (source & QXUT_SOURCE_PACKED) != 0 ? "unpacks to more than the limit, which is 64 times its size or 64 "
+                                                    "MB unless --max-size sets another"
+                                                  : "is larger than 2 GB";
     std::error_code ignored;
     const fs::path file = fs::u8path(path);
     if (fs::is_directory(file, ignored))
@@ -129,8 +129,8 @@ std::vector<Entry> EntriesOf(HPROFJOB job, HPROFLIST list)
     return entries;
 }
 
-// Returns true if the file is missing. The library also accepts names that this system doesn't (with drives, shares and
-// backslashes), so its result decides.
+// Returns true if the file is missing. The library also accepts names that the standard library doesn't (with drives,
+// shares and backslashes), so the library's result decides.
 bool IsMissing(const std::string& path)
 {
     std::error_code ignored;

@@ -12,7 +12,7 @@
 #include <string>
 #include <thread>
 
-// The neighbour's.
+// Functions of the other library.
 extern "C"
 {
     void* CreateEventA(void* attributes, int manualReset, int initialState, const char* name);

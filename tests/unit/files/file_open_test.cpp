@@ -20,7 +20,8 @@ using namespace qxtest;
 namespace
 {
 
-// Fails each attempt of an open with an error given by the test. The last attempt returns the handle, if there is one.
+// Makes each attempt to open a file fail with an error given by the test. The last attempt succeeds if the test
+// provides a handle.
 class ScriptedFile : public clsFileRW
 {
 public:

@@ -1,4 +1,4 @@
-// The text of HTML pages: what browsers make of them, and what of damaged ones.
+// The text of HTML pages, including malformed ones, compared with the text that browsers show.
 #include "markup/html_escape.h"
 #include "markup/page_text.h"
 
@@ -119,7 +119,7 @@ TEST(PageText, Links)
     EXPECT_STREQ(PageText(L"<a href=u>text</a>", false), L"text");
 }
 
-// Nothing recurses, and no nesting makes the text grow beyond its share of the page.
+// No recursion, and the length of the text stays proportional to the page, however deeply it is nested.
 TEST(PageText, DeepAndLongPages)
 {
     for (const wchar_t* const piece :
