@@ -18,7 +18,7 @@ using namespace qxplatform;
 namespace
 {
 
-constexpr DWORD LOCALE_OPTIONS = LOCALE_NOUSEROVERRIDE | LOCALE_USE_CP_ACP;
+constexpr DWORD kLocaleOptions = LOCALE_NOUSEROVERRIDE | LOCALE_USE_CP_ACP;
 
 std::u16string Digits(unsigned number, std::size_t atLeast)
 {
@@ -114,7 +114,7 @@ const Locale* CheckedLocale(
         Fail(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    if ((flags & ~(own | LOCALE_OPTIONS)) != 0 ||
+    if ((flags & ~(own | kLocaleOptions)) != 0 ||
         (picture != nullptr && (flags & (withoutPicture | LOCALE_NOUSEROVERRIDE)) != 0))
     {
         Fail(ERROR_INVALID_FLAGS);
@@ -179,12 +179,12 @@ std::u16string FormatTime(const std::u16string& picture, const SYSTEMTIME& time,
 int WINAPI GetDateFormatW(
     LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpDate, LPCWSTR lpFormat, LPWSTR lpDateStr, int cchDate)
 {
-    constexpr DWORD STYLES = DATE_SHORTDATE | DATE_LONGDATE;
+    constexpr DWORD kStyles = DATE_SHORTDATE | DATE_LONGDATE;
     const qxplatform::Locale* const locale =
-        CheckedLocale(Locale, dwFlags, STYLES, STYLES, lpFormat, lpDateStr, cchDate);
+        CheckedLocale(Locale, dwFlags, kStyles, kStyles, lpFormat, lpDateStr, cchDate);
     if (locale == nullptr)
         return 0;
-    if ((dwFlags & STYLES) == STYLES)
+    if ((dwFlags & kStyles) == kStyles)
         return Fail(ERROR_INVALID_FLAGS);
     SYSTEMTIME date;
     if (!CheckedDate(lpDate != nullptr ? *lpDate : Now(), date))
@@ -198,8 +198,8 @@ int WINAPI GetDateFormatW(
 int WINAPI GetTimeFormatW(
     LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpTime, LPCWSTR lpFormat, LPWSTR lpTimeStr, int cchTime)
 {
-    constexpr DWORD FLAGS = TIME_NOMINUTESORSECONDS | TIME_NOSECONDS | TIME_NOTIMEMARKER | TIME_FORCE24HOURFORMAT;
-    const qxplatform::Locale* const locale = CheckedLocale(Locale, dwFlags, FLAGS, 0, lpFormat, lpTimeStr, cchTime);
+    constexpr DWORD kFlags = TIME_NOMINUTESORSECONDS | TIME_NOSECONDS | TIME_NOTIMEMARKER | TIME_FORCE24HOURFORMAT;
+    const qxplatform::Locale* const locale = CheckedLocale(Locale, dwFlags, kFlags, 0, lpFormat, lpTimeStr, cchTime);
     if (locale == nullptr)
         return 0;
     const SYSTEMTIME time = lpTime != nullptr ? *lpTime : Now();
