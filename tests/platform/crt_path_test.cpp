@@ -9,7 +9,7 @@ namespace
 
 // Paths produced by the layer have the form of its own system.
 #if defined(_WIN32)
-constexpr wchar_t Separator = L'\\';
+constexpr wchar_t kSeparator = L'\\';
 #else
 constexpr wchar_t kSeparator = L'/';
 #endif

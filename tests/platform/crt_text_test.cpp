@@ -40,9 +40,9 @@ private:
     static char* Make()
     {
 #if defined(_WIN32) // see above
-        void* const memory = VirtualAlloc(nullptr, 2 * PageSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+        void* const memory = VirtualAlloc(nullptr, 2 * kPageSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
         DWORD before = 0;
-        VirtualProtect(static_cast<char*>(memory) + PageSize, PageSize, PAGE_NOACCESS, &before);
+        VirtualProtect(static_cast<char*>(memory) + kPageSize, kPageSize, PAGE_NOACCESS, &before);
 #else
         void* const memory = mmap(nullptr, 2 * kPageSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         mprotect(static_cast<char*>(memory) + kPageSize, kPageSize, PROT_NONE);

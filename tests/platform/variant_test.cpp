@@ -15,7 +15,7 @@ namespace
 using namespace qxtest;
 
 #ifdef _WIN32 // bugs and gaps of Wine are not expectations
-constexpr bool ON_LINUX = false;
+constexpr bool kOnLinux = false;
 #else
 constexpr bool kOnLinux = true;
 #endif

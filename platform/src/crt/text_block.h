@@ -15,15 +15,15 @@ namespace qxplatform
 // Terminated texts are read in whole blocks, which may extend past the terminator but never into another page. The
 // sanitizers would report this, and should check each character individually.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool ReadsWholeBlocks = false;
+constexpr bool kReadsWholeBlocks = false;
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
-constexpr bool ReadsWholeBlocks = false;
+constexpr bool kReadsWholeBlocks = false;
 #else
 constexpr bool kReadsWholeBlocks = true;
 #endif
 #else
-constexpr bool ReadsWholeBlocks = true;
+constexpr bool kReadsWholeBlocks = true;
 #endif
 
 constexpr std::size_t kBlockLength = 8;
