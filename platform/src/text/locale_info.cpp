@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "base/fail.h"
+#include "base/give_text.h"
 #include "base/forever.h"
 #include "text/date_pictures.h"
 #include "text/locale.h"
@@ -303,17 +304,6 @@ int GiveNumber(const Locale& locale, const InfoType& type, wchar_t* buffer, int 
         return Fail(ERROR_INSUFFICIENT_BUFFER);
     std::memcpy(buffer, &number, sizeof number);
     return kNeeded;
-}
-
-int GiveText(const std::u16string& text, wchar_t* buffer, int size)
-{
-    const int needed = static_cast<int>(text.size()) + 1;
-    if (size == 0)
-        return needed;
-    if (size < needed)
-        return Fail(ERROR_INSUFFICIENT_BUFFER);
-    *std::copy(text.begin(), text.end(), buffer) = 0;
-    return needed;
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "base/fail.h"
+#include "base/give_text.h"
 #include "base/text.h"
 #include "text/locale_data.h"
 #include "time/picture.h"
@@ -25,17 +26,6 @@ std::u16string Digits(unsigned number, std::size_t atLeast)
     const std::string digits = std::to_string(number);
     std::u16string text(atLeast - std::min(atLeast, digits.size()), u'0');
     return text.append(digits.begin(), digits.end());
-}
-
-int Give(const std::u16string& text, LPWSTR buffer, int size)
-{
-    const int needed = static_cast<int>(text.size()) + 1;
-    if (size == 0)
-        return needed;
-    if (size < needed)
-        return Fail(ERROR_INSUFFICIENT_BUFFER);
-    *std::copy(text.begin(), text.end(), buffer) = 0;
-    return needed;
 }
 
 // Determines the day of the week; the time of day is ignored.
@@ -192,7 +182,7 @@ int WINAPI GetDateFormatW(
     const Pictures& pictures = PicturesOf(*locale);
     const std::u16string& own = (dwFlags & DATE_LONGDATE) != 0 ? pictures.longDate : pictures.shortDate;
     const std::u16string picture = lpFormat != nullptr ? std::u16string(View(lpFormat)) : own;
-    return Give(FormatDate(picture, date, *locale), lpDateStr, cchDate);
+    return GiveText(FormatDate(picture, date, *locale), lpDateStr, cchDate);
 }
 
 int WINAPI GetTimeFormatW(
@@ -207,5 +197,5 @@ int WINAPI GetTimeFormatW(
         return Fail(ERROR_INVALID_PARAMETER);
     const Pictures& pictures = PicturesOf(*locale);
     const std::u16string picture = lpFormat != nullptr ? std::u16string(View(lpFormat)) : pictures.time;
-    return Give(FormatTime(picture, time, pictures, dwFlags), lpTimeStr, cchTime);
+    return GiveText(FormatTime(picture, time, pictures, dwFlags), lpTimeStr, cchTime);
 }
