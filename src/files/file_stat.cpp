@@ -43,7 +43,7 @@ HRESULT clsFile::Stat(STATSTG* record, DWORD flag)
     }
     *record = {};
     WIN32_FILE_ATTRIBUTE_DATA attributes = {};
-    if (!GetFileData(_name.Text(), attributes))
+    if (!GetFileData(_name, attributes))
     {
         return frame.End(kNoAttributes);
     }
