@@ -142,6 +142,8 @@ public:
         UErrorCode status = U_ZERO_ERROR;
         const Set roundtrip(uset_openEmpty());
         const Set all(uset_openEmpty());
+        if (!roundtrip || !all)
+            throw std::bad_alloc();
         ucnv_getUnicodeSet(_converter.get(), roundtrip.get(), UCNV_ROUNDTRIP_SET, &status);
         ucnv_getUnicodeSet(_converter.get(), all.get(), UCNV_ROUNDTRIP_AND_FALLBACK_SET, &status);
         uset_removeAll(all.get(), roundtrip.get());

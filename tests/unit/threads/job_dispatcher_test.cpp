@@ -292,6 +292,7 @@ TEST_F(JobDispatcher, WithoutWorkersTheCallerRunsTheJobs)
 
     protected:
         bool MayLackWorkers() const override { return true; }
+        void ForgetWorkers() override {}
     } pool;
     for (int i = 0; i < 3; ++i)
         pool.AddJob(MakeJob(new TestJob(counts), nullptr));
