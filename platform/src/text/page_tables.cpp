@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <new>
 
 namespace qxplatform
 {
@@ -85,6 +86,8 @@ public:
     {
         UErrorCode status = U_ZERO_ERROR;
         _converter.reset(ucnv_open(name, &status));
+        if (status == U_MEMORY_ALLOCATION_ERROR) // the data exist, so a later attempt may succeed
+            throw std::bad_alloc();
         if (!IsOpen())
             return;
         ucnv_setToUCallBack(_converter.get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
@@ -146,6 +149,8 @@ public:
             throw std::bad_alloc();
         ucnv_getUnicodeSet(_converter.get(), roundtrip.get(), UCNV_ROUNDTRIP_SET, &status);
         ucnv_getUnicodeSet(_converter.get(), all.get(), UCNV_ROUNDTRIP_AND_FALLBACK_SET, &status);
+        if (status == U_MEMORY_ALLOCATION_ERROR)
+            throw std::bad_alloc();
         uset_removeAll(all.get(), roundtrip.get());
         uset_removeRange(all.get(), 0x10000, 0x10ffff);
         std::vector<Fallback> fallbacks;
