@@ -32,7 +32,7 @@ std::string Info(const wchar_t* name, std::uint32_t type)
     VARIANT value;
     VariantInit(&value);
     EXPECT_EQ(UtilLocGetCountryInfo(name, type, &value), 0);
-    const std::string text = Text(value);
+    std::string text = Text(value);
     VariantClear(&value);
     return text;
 }

@@ -37,7 +37,7 @@ std::string Written(std::uint32_t locale, const SYSTEMTIME* time, std::uint32_t 
     text.vt = VT_I4; // is replaced
     EXPECT_EQ(UtilLocLocaleStringFromSystemTimeEx(locale, time, &text, flags), 0);
     EXPECT_EQ(text.vt, VT_BSTR);
-    const std::string written = Narrow(text.bstrVal);
+    std::string written = Narrow(text.bstrVal);
     VariantClear(&text);
     return written;
 }
