@@ -4,6 +4,7 @@
 #include <qxut23/profile.h>
 #include <qxut23/strings.h>
 
+#include "faults/rounds.h"
 #include "support/test_jobs.h"
 
 #include <windows.h>
@@ -47,7 +48,8 @@ std::vector<wchar_t> Wide(const std::string& text)
 bool UseRegistry(const std::string& name)
 {
     HKEY key = nullptr;
-    if (RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\forks", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr) != 0)
+    if (RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\forks", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr) !=
+        0)
         return false;
     DWORD value = 7, size = sizeof value;
     const bool isWritten =
@@ -142,7 +144,7 @@ TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
                 while (!isOver)
                     failures += !use();
             });
-    for (int i = 0; i < 50; ++i)
+    for (int i = 0, rounds = faults::Rounds(50); i < rounds; ++i)
     {
         const int code = RunChild(
             []
@@ -250,8 +252,9 @@ int main(int count, char** arguments)
     }
     char name[] = "/tmp/qxut-forks-XXXXXX";
     folder = mkdtemp(name);
-    std::ofstream(folder + "/machine.reg") << "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\software\\trelmo]\n"
-                                           << "\"Debug.LogFilename\"=\"" << folder << "/trace.log\"\n";
+    std::ofstream(folder + "/machine.reg")
+        << "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\software\\trelmo]\n"
+        << "\"Debug.LogFilename\"=\"" << folder << "/trace.log\"\n";
     setenv("QXUT_FORK_TEST", name, 1);
     setenv("QXPLATFORM_HOME", name, 1);
     execv("/proc/self/exe", arguments);

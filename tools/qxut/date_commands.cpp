@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <functional>
+#include <iostream>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -120,22 +121,31 @@ std::string FormatLine(const std::string& line, const DateOptions&)
     return Utf8(text);
 }
 
-// Converts each line. A line without a result becomes an empty line, or null in JSON.
+// Converts each line. A line without a result becomes an empty line, or null in JSON, and is named in a message.
 void Run(const DateOptions& options, std::string (*convert)(const std::string&, const DateOptions&))
 {
     std::string output;
     Json list = Json::array();
+    std::vector<std::string> problems;
+    std::size_t number = 0;
     for (const std::string& line : Lines(ReadInput(options.file)))
     {
+        ++number;
         const std::string result = convert(line, options);
+        if (result.empty())
+            problems.push_back((options.file == "-" ? "line " : options.file + ": line ") + std::to_string(number) +
+                               ": '" + line + "' is not a date");
         if (options.json)
             list.push_back({{"input", line}, {"result", result.empty() ? Json() : Json(result)}});
         else
             output += result + '\n';
     }
     if (options.json)
-        output = list.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+        output = JsonText(list, 2) + '\n';
     WriteOutput("-", output);
+    std::cout.flush();
+    if (!problems.empty())
+        throw Failure(kMalformed, problems);
 }
 
 std::shared_ptr<DateOptions> AddConversion(CLI::App& date, const char* name, const char* description,
@@ -158,7 +168,7 @@ void AddDateCommands(CLI::App& program)
 
     const auto parse = AddConversion(date, "parse",
         "parse each line and print it as 2018-02-03 04:05:06; an empty line is the current time; a line that is no "
-        "date prints an empty line",
+        "date prints an empty line, is named on standard error, and makes the exit code 4",
         ParseLine);
     CLI::App& command = *date.get_subcommand("parse");
     command.add_flag("--machine", parse->machine,

@@ -39,9 +39,9 @@ std::string ReasonOfMissing(const fs::path& file)
 std::string ReasonOfFailedRead(const std::string& path, std::int32_t error, std::uint32_t source)
 {
     if ((source & QXUT_SOURCE_TOO_LARGE) != 0)
-        return (source & QXUT_SOURCE_PACKED) != 0
-                   ? "unpacks to more than the limit, which is 64 times its size or 64 MB unless --max-size sets another"
-                   : "is larger than 2 GB";
+        return (source & QXUT_SOURCE_PACKED) != 0 ? "unpacks to more than the limit, which is 64 times its size or 64 "
+                                                    "MB unless --max-size sets another"
+                                                  : "is larger than 2 GB";
     std::error_code ignored;
     const fs::path file = fs::u8path(path);
     if (fs::is_directory(file, ignored))
@@ -156,7 +156,7 @@ ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSi
         throw Failure(ExitCodeOf(error), path + ": " + ReasonOfFailedRead(path, error, source));
     }
     if ((source & QXUT_SOURCE_TRUNCATED) != 0)
-        std::cerr << "qxut: warning: " << path << ": ends inside a list; it may have been cut off\n";
+        std::cerr << "qxut: warning: " << Shown(path) << ": ends inside a list; it may have been cut off\n";
 }
 
 ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSize)
