@@ -14,7 +14,8 @@ namespace bench
 namespace
 {
 
-// Python's random generator and its drawing functions, so that the input is byte for byte that of the measured peers.
+// Python's random generator and its drawing functions, so that the input is byte for byte the same as for the measured
+// peers.
 class PythonRandom
 {
 public:

@@ -1,8 +1,8 @@
-# The hardening options of the installed files: both libraries, the program, and the objects that are linked into them.
-# They are off with the sanitizers, which check more and replace the functions that _FORTIFY_SOURCE checks. Tests and
-# examples don't use them: they are compiled without optimisation, where _FORTIFY_SOURCE does nothing.
+# The hardening options of the installed files: both libraries, the program, and the objects linked into them. The
+# options are off in sanitizer builds, because the sanitizers check more and replace the functions that _FORTIFY_SOURCE
+# checks. Tests and examples don't use them, because _FORTIFY_SOURCE does nothing without optimisation.
 #
-# tests/install/check_hardening.py reads these properties from the built files.
+# tests/install/check_hardening.py checks the built files for these properties.
 
 add_library(qx_hardening INTERFACE)
 if(QXUT_SANITIZE)
@@ -13,11 +13,11 @@ target_compile_options(qx_hardening INTERFACE
     -fstack-protector-strong
     -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
 if(WIN32)
-    # Windows' own stack probes take the place of -fstack-clash-protection, at which the cross compiler crashes. GNU ld
-    # can't mark an image for control-flow guard, so the compiler's options for it would change nothing.
+    # Not -fstack-clash-protection, which makes the cross compiler crash; Windows has stack probes of its own. The
+    # compiler's options for control-flow guard would have no effect, because GNU ld can't mark an image for it.
     target_link_options(qx_hardening INTERFACE
         LINKER:--high-entropy-va LINKER:--dynamicbase LINKER:--nxcompat)
-    target_link_libraries(qx_hardening INTERFACE ssp) # the stack protector's functions
+    target_link_libraries(qx_hardening INTERFACE ssp) # contains the functions of the stack protector
 else()
     target_compile_options(qx_hardening INTERFACE -fstack-clash-protection)
     if(CMAKE_SYSTEM_PROCESSOR STREQUAL "aarch64")

@@ -19,7 +19,7 @@ if(NOT WIN32)
     set(QXUT_SYSTEM_LIBRARY -lqxplatform)
 endif()
 
-# A sanitizer's reports are of use only with what would be taken out here.
+# Not for sanitizer builds, because their reports need the debug information that stripping removes.
 if(NOT QXUT_SANITIZE)
     set(split_files "${CMAKE_INSTALL_BINDIR}/$<TARGET_FILE_NAME:qxut>")
     if(WIN32)

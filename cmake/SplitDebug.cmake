@@ -1,6 +1,7 @@
-# Run at installation, with QX_FILES (paths below the prefix), QX_OBJCOPY, QX_READELF and QX_WINDOWS: moves the debug
-# information of the installed files into files of their own, so that the files themselves stay small. For ELF these are
-# lib/debug/.build-id/xx/yyy.debug, where debuggers look for them by the build id; for windows NAME.debug beside NAME.
+# Moves the debug information of the installed files into separate files, so that the installed files stay small. Runs
+# during installation, with QX_FILES (paths below the prefix), QX_OBJCOPY, QX_READELF and QX_WINDOWS set. For ELF the
+# separate files are lib/debug/.build-id/xx/yyy.debug, where debuggers find them through the build id; for windows
+# NAME.debug next to NAME.
 
 foreach(name IN LISTS QX_FILES)
     set(file "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/${name}")

@@ -1,5 +1,5 @@
-# 64-bit ARM by Debian's cross compiler; the built programs run under qemu-user. The libraries that are called come from
-# build/deps/linux-arm64, where scripts/fetch-arm64-libraries unpacks them.
+# 64-bit ARM, built with Debian's cross compiler; the programs run under qemu-user. scripts/fetch-arm64-libraries
+# unpacks the libraries they need into build/deps/linux-arm64.
 
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
@@ -18,7 +18,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(ENV{PKG_CONFIG_LIBDIR} "${QXUT_ARM64_ROOT}/usr/lib/${QXUT_TRIPLE}/pkgconfig")
 set(ENV{PKG_CONFIG_SYSROOT_DIR} "${QXUT_ARM64_ROOT}")
 
-# Where the linker and the emulator find what those libraries need themselves.
+# The folders in which the linker and the emulator find the dependencies of those libraries.
 set(QXUT_ARM64_LIBRARIES "${QXUT_ARM64_ROOT}/usr/lib/${QXUT_TRIPLE}:${QXUT_ARM64_ROOT}/lib/${QXUT_TRIPLE}")
 add_link_options("LINKER:-rpath-link,${QXUT_ARM64_LIBRARIES}")
 set(CMAKE_CROSSCOMPILING_EMULATOR

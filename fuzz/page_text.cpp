@@ -1,4 +1,5 @@
-// The text of any page: it is bounded by the page, and text that is masked comes back, also as the text of a page.
+// The text of arbitrary pages. Its length must be bounded by the page, and masked text must survive unmasking and the
+// conversion of a page that contains it.
 #include "markup/page_text.h"
 #include "core/text/string.h"
 #include "markup/html_escape.h"
@@ -11,7 +12,7 @@
 
 using namespace qx;
 
-// The bytes are 16-bit units in little-endian order; a zero is a unit like any other.
+// The bytes are little-endian 16-bit units, including zeros.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     std::vector<wchar_t> units(size / 2);
@@ -25,7 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const String masked = EscapeHtml(page);
     if (UnescapeHtml(masked.View()).View() != page || UnescapeHtml(page).Length() > page.size())
         std::abort();
-    // The text holds no markup once it is masked, and its lines are folded already.
+    // Masked text contains no markup, and the lines of this text are already folded.
     const String preformatted = String(L"<pre>\n") + EscapeHtml(text.View());
     if (text.View().find_first_of(std::wstring_view(L"\r\n\0", 3)) == std::wstring_view::npos &&
         PageText(preformatted.View(), false).View() != text.View())

@@ -1,5 +1,5 @@
 // Extraction of arbitrary bytes must end, possibly with an exception, and must not write outside its folder.
-#include "zip/unzipper.h"
+#include "zip/extraction.h"
 
 #include <cstdint>
 #include <cstdlib>

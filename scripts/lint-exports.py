@@ -18,7 +18,7 @@ def definition_file_names(path):
 
 
 listed = definition_file_names("src/exports/qxUT23.def")
-EXTRA = "Qx"  # additions to the families: with headers of their own, and listed after the families
+EXTRA = "Qx"  # the prefix of functions with their own headers, which are listed after the families
 
 interface = [line for line in read("src/exports/interface.txt").splitlines() if line and not line.startswith("#")]
 declared = {}

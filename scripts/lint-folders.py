@@ -25,7 +25,7 @@ def first_line(folder):
 
 
 def tree(lines):
-    width = max(len(folder) for folder, _ in lines) + 3
+    width = max((len(folder) for folder, _ in lines), default=0) + 3
     return "".join(f"{folder + '/':{width}}{text}\n" for folder, text in lines)
 
 

@@ -6,10 +6,11 @@ import re
 
 COMMENT = re.compile(r"/\*.*?\*/|//[^\n]*", re.S)
 DIRECTIVE = re.compile(r"^[ \t]*#(?:[^\n]*\\\n)*[^\n]*", re.M)
-# A function or constant of the layer up to its semicolon, and the macro at its end. Inline functions aren't exported.
+# Matches the declaration of a function or constant of the layer, up to its semicolon, with the macro at its end. Inline
+# functions aren't exported.
 LAYER = re.compile(
     r"\b(?:(?:WINAPI|__cdecl)\s+(\w+)\s*\([^;{]*?\)|EXTERN_C\s+const\s+\w+\s+(\w+))\s*(?:QXP\(\s*(\w+)\s*\))?\s*;")
-# The same for the functions of the system that the public headers declare.
+# Matches the declarations of system functions in the public headers in the same way.
 PUBLIC = re.compile(
     r"\bQXUT_SYSTEM_API\([^)]*\)\s*(\w+)\s*\([^;{]*?\)()\s*(?:QXUT_SYSTEM\(\s*(\w+)\s*\))?\s*;")
 VISIBLE = re.compile(r'visibility\s*\(\s*"default"')

@@ -35,9 +35,9 @@ typedef void (*QxExtractProblem)(void* context, const QXWCHAR* name, const QXWCH
    for each entry and each megabyte. Returns 0 to stop the extraction. It must not throw. */
 typedef int32_t (*QxExtractProgress)(void* context, const QXWCHAR* name, uint64_t done);
 
-/* Extracts an archive like UtilExtractZip, but doesn't throw. `problem` is called for each entry that was not extracted,
-   and `progress` all the time, both with `context`; either may be null. If there are several problems, QxGetErrorText
-   describes the first. Returns a QXUT_EXTRACT code. */
+/* Extracts an archive like UtilExtractZip, but doesn't throw. `problem` is called for each entry that was not
+   extracted, and `progress` repeatedly during the extraction, both with `context`; either may be null. If there are
+   several problems, QxGetErrorText describes the first. Returns a QXUT_EXTRACT code. */
 QXUT_API int32_t QxExtractZip(const QXWCHAR* fileName, const QXWCHAR* folder, uint32_t flags, QxExtractProblem problem,
     QxExtractProgress progress, void* context);
 

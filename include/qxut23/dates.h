@@ -35,7 +35,7 @@ enum
 
 /* Parses a date, with or without a time, as users of the locale type it: in the user's own formats, with the locale's
    separators (in the locale's order; the time in 24 hours or with AM or PM), as year-month-day, or as day.month.year.
-   Missing parts of the date are filled in from today's date. An empty text stands for the current local time. A text in
+   Missing parts of the date are filled in from today's date. An empty text means the current local time. A text in
    none of these forms sets all fields to 0. The day of the week and the milliseconds are always 0. Returns 0, or -52 if
    the date doesn't exist or, with QXUT_LOCDATE_REPORT_DEFAULT, is incomplete. The fields are filled in both cases. */
 QXUT_API int32_t UtilLocSystemTimeFromLocaleString(
@@ -47,7 +47,7 @@ QXUT_API int32_t UtilLocLocaleStringFromSystemTime(
     uint32_t locale, const struct _SYSTEMTIME* time, struct tagVARIANT* text);
 
 /* Stores the parts that `flags` (QXUT_LOCTEXT_...) select, in the forms of the locale, in `text`: the date, then a
-   blank and the time unless it is 0:00:00. A null `time` stands for the current time. A date that can't be formatted is
+   blank and the time unless it is 0:00:00. A null `time` means the current time. A date that can't be formatted is
    replaced by today's date. Years before 1601 are formatted by the library, in the Julian calendar up to 4 October
    1582. `text` must be an initialised variant; it becomes a VT_BSTR whatever its previous type, and the caller clears
    it. Returns 0. */
@@ -65,10 +65,10 @@ QXUT_API int32_t UtilDateTimeFromLocaleString(
    less than the length of the result. If textChars equals the length, the last character is lost to the terminator. */
 QXUT_API int32_t UtilDateTimeToLocaleString(const QXWCHAR* compact, QXWCHAR* text, uint32_t textChars);
 
-/* Parses dates as machines write them. Tries in this order: up to 14 digits (a compact date truncated at any point,
+/* Parses machine-readable dates. Tries in this order: up to 14 digits (a compact date truncated at any point,
    with the time taken as it is); an RFC 822 date anywhere in the text; an ISO 8601 date at the start of the text; any
    date that the system recognises. RFC 822 and ISO 8601 dates are converted to UTC. Without a zone, an RFC 822 time is
-   taken as it is, and an ISO 8601 time counts as local time, even with "Z". An empty text stands for the current local
+   taken as it is, and an ISO 8601 time counts as local time, even with "Z". An empty text means the current local
    time. A text that is no date produces zeros with 0xFFFF as the day of the week. Returns 0. */
 QXUT_API int32_t UtilLocDateTimeToSYSTEMTIME(const QXWCHAR* text, struct _SYSTEMTIME* time);
 

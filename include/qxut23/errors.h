@@ -7,12 +7,13 @@
 QXUT_EXTERN_C_BEGIN
 
 /* Stores a description of the calling thread's last failure in `*text`: what failed, for which file or entry, and why.
-   The functions of archives.h and zip.h set it, and so does every function that runs out of memory. A success leaves it
-   as it is, so call this only after a failure. The descriptions of the 256 threads that failed last are kept.
+   The functions of archives.h and zip.h set it, and so does every function that runs out of memory. A successful call
+   leaves it unchanged, so call this only after a failure. The descriptions of the 256 threads that failed last are
+   kept.
 
    `text` is an in-out BSTR: a null string is allocated with SysAllocStringLen, any other is replaced with
-   SysReAllocStringLen, and the caller frees it with SysFreeString. Returns 1, or 0 if there is no description, there is
-   no memory, or `text` is null; the string is then left as it was. */
+   SysReAllocStringLen, and the caller frees it with SysFreeString. Returns 1. Returns 0 and leaves the string unchanged
+   if there is no description, if memory runs out, or if `text` is null. */
 QXUT_API int32_t QxGetErrorText(QXWCHAR** text);
 
 QXUT_EXTERN_C_END

@@ -126,7 +126,7 @@ typedef struct QxUtThreadPool* HUTTHREADPOOL;
 /* The result of the functions below if an argument that must not be null is null. */
 #define QXUT_E_INVALIDARG ((int32_t)0x80070057)
 
-/* Opens a pool with at most `maximumWorkers` workers. 0 stands for the number of processors available to the process
+/* Opens a pool with at most `maximumWorkers` workers. 0 means the number of processors available to the process
    minus 1, but at least 1. While ten or more pools are open, a new pool gets at most 2 workers. Workers are started
    when jobs need them and end with the pool. `name` names the threads in debuggers and in the debug output. Returns
    null only if memory runs out. */
@@ -146,8 +146,8 @@ QXUT_API int32_t UtilThreadPoolAdd(
 QXUT_API int32_t UtilThreadPoolAbort(HUTTHREADPOOL pool, int32_t group);
 
 /* Runs the jobs that must run on this thread, notifies `host` of each finished job that its own host has not taken, and
-   returns when no job is left. Don't call this from a job that runs on a worker: that job itself is still left. A job
-   that runs on the calling thread may call it. Returns 0, or QXUT_E_INVALIDARG if `pool` or `host` is null. */
+   returns when no job is left. Don't call this from a job that runs on a worker: it would wait for that job forever. A
+   job that runs on the calling thread may call it. Returns 0, or QXUT_E_INVALIDARG if `pool` or `host` is null. */
 QXUT_API int32_t UtilThreadPoolFinalize(HUTTHREADPOOL pool, struct IUTThreadedJobHost* host);
 
 /* Aborts all jobs, waits for the running ones, and frees the pool. A pool that was aborted for one group only finishes

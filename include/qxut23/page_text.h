@@ -33,8 +33,9 @@ QXUT_EXTERN_C_BEGIN
      - Each row of a table is a line; its cells are separated by tabs.
      - Images are replaced by their alternative text, buttons and text fields by their values.
      - With QXUT_PAGE_LINKS, " [target]" follows the text of a link unless the text equals the target or the target
-   begins with "#" or "javascript:". Relative targets are not resolved. Returns QXUT_PAGE_OK, QXUT_PAGE_NO_MEMORY or
-   QXUT_PAGE_BAD_FLAGS. */
+       begins with "#" or "javascript:". Relative targets are not resolved.
+
+   Returns QXUT_PAGE_OK, QXUT_PAGE_NO_MEMORY or QXUT_PAGE_BAD_FLAGS. */
 QXUT_API int32_t QxConvertHtml2PlainText(const QXWCHAR* html, QXWCHAR** text, uint32_t flags);
 
 /* Replaces tabs ("&#09;"), quotation marks, ampersands, angle brackets and the characters U+00A0 to U+00FF with the

@@ -119,13 +119,15 @@ QXUT_API void ProfJobClose(HPROFJOB job);
    only), PROF_ERR_MALFORMED, PROF_ERR_LOCKED, or PROF_ERR_INVALID_JOB. Later calls don't change it. */
 QXUT_API int32_t ProfGetError(HPROFJOB job);
 
-/* Writes the job to the file `name`, replacing its contents. Null stands for the file with which the job was opened. If
+/* Writes the job to the file `name`, replacing its contents. Null means the file with which the job was opened. If
    the file can't be opened, for example because another process has it open, the function retries for up to 10 seconds.
    The job is not changed. A profile without entries is written as a file of 0 bytes. `flags` are the PROF_FORM_ and
    PROF_SAVE_ values above.
    Returns PROF_OK (also for the invalid job), PROF_ERR_CANNOT_WRITE (there is no target, or not enough memory for the
-   contents) or PROF_ERR_WRITE_FAILED (the disk is full; the file keeps its old contents). The contents are written over
-   the old ones, so a process that is killed during a save may leave a file with parts of both.
+   contents) or PROF_ERR_WRITE_FAILED (the disk is full; the file keeps its old contents).
+   On linux a save replaces the file: it contains either the old or the new contents, even if the process is killed.
+   Where the file can't be replaced (on windows, if it has several names, or if its folder can't be written), the
+   contents are written over the old ones, and a killed process may leave a file with parts of both.
 
    PROF_FORM_TEXT and PROF_FORM_XML, both UTF-16, preserve the whole tree. In the text form, control characters in
    values are preserved; control characters in names are read back as their Unicode pictures (U+2401 to U+241F). The XML

@@ -13,10 +13,10 @@ QXUT_EXTERN_C_BEGIN
 
 /* Flags of QxProfJobOpen. */
 #define QXUT_PROFILE_EXCLUSIVE 0x1u /* as ProfJobOpenExclusive */
-#define QXUT_PROFILE_ANY_SIZE 0x2u  /* no limit on the unpacked size but 2 GB */
+#define QXUT_PROFILE_ANY_SIZE 0x2u  /* no limit on the unpacked size except 2 GB */
 
 /* Opens a job like ProfJobOpen, or like ProfJobOpenExclusive with QXUT_PROFILE_EXCLUSIVE. `mostUnpacked` is the largest
-   size in bytes to which a packed file may unpack; 0 stands for the usual limit, which is 64 times the size of the file
+   size in bytes to which a packed file may unpack; 0 means the usual limit, which is 64 times the size of the file
    and at least 64 MB. The limit is the same for a packed file inside a packed file. A file beyond it is not read: the
    job's error is PROF_ERR_LOCKED and its source QXUT_SOURCE_TOO_LARGE.
    Returns null if memory runs out or for unknown flags. */
@@ -40,14 +40,14 @@ QXUT_API HPROFJOB QxProfJobOpen(const QXWCHAR* name, uint32_t flags, uint64_t mo
 #define QXUT_SOURCE_FLATTENED 0x2000u
 /* The unpacked text exceeds the limit, or a file 2 GB, and was not read. */
 #define QXUT_SOURCE_TOO_LARGE 0x4000u
-/* Any of these means that a save in place would lose something. Encoding, indentation, empty lines, and missing braces
-   of lists that have none may change with a save and don't count. */
+/* Any of these means that a save in place would lose something. Changes of the encoding, the indentation, empty lines,
+   and added braces of lists that have none don't count as losses. */
 #define QXUT_SOURCE_LOSSY                                                                                              \
     (QXUT_SOURCE_FOREIGN | QXUT_SOURCE_TRUNCATED | QXUT_SOURCE_COMMENTS | QXUT_SOURCE_IGNORED |                        \
         QXUT_SOURCE_FLATTENED | QXUT_SOURCE_TOO_LARGE)
 
-/* Returns what was found when the job was loaded. Later changes of the job don't matter. An empty or new file, a job
-   without a file and the invalid job give 0. */
+/* Returns what was found when the job was loaded. Later changes of the job have no effect. Returns 0 for an empty or
+   new file, a job without a file, and the invalid job. */
 QXUT_API uint32_t QxProfGetSource(HPROFJOB job);
 
 QXUT_EXTERN_C_END

@@ -7,8 +7,8 @@
  * provided that no process's manager has been active in the last three hours. To signal its activity, each manager
  * touches the file "_23_activity.signal" in the folder.
  *
- * A process has at most one manager. All functions may be called on any thread. None reports a failure; the debug
- * output tells what happens to the files.
+ * A process has at most one manager. All functions may be called on any thread. Failures aren't reported; the debug
+ * output shows what happens to the files.
  */
 #ifndef QXUT23_TEMPFILES_H
 #define QXUT23_TEMPFILES_H

@@ -30,8 +30,8 @@ enum
    sharing. Returns a handle, or null if the file can't be created. */
 QXUT_API HZIPFILE UtilZIPCreate(const QXWCHAR* fileName, const QXWCHAR* comment);
 
-/* Adds the file `path`. It is compressed immediately into a temporary file that stays open until UtilZIPClose, so the
-   original may be changed or deleted afterwards.
+/* Adds the file `path`. It is compressed immediately into a temporary file, which all entries share and which stays
+   open until UtilZIPClose, so the original may be changed or deleted afterwards.
 
    `storedName` is its name in the archive; if it is null or empty, `path` is used. A leading drive ("C:") or server
    ("\\server") is removed, the backslash after it is kept, and backslashes become slashes: "C:\dir\a.txt" is stored as
@@ -53,8 +53,7 @@ QXUT_API int32_t UtilZIPAppend(HZIPFILE zip, const QXWCHAR* path, const QXWCHAR*
    whole contents; the pattern applies only to `folder` itself. Links that lead back to an enclosing folder are not
    followed.
 
-   Files that can't be added are skipped. Always returns QXUT_ZIP_OK. Each entry keeps a temporary file open until the
-   archive is closed. Once the process reaches its limit of open files, the remaining files are skipped, too. */
+   Files that can't be added are skipped. Always returns QXUT_ZIP_OK. */
 QXUT_API int32_t UtilZIPAppendList(HZIPFILE zip, const QXWCHAR* folder, const QXWCHAR* pattern, uint32_t flags);
 
 /* Writes the archive, closes it and frees the handle, whatever the result. Returns QXUT_ZIP_OK, also for a null handle.

@@ -14,8 +14,8 @@ BOOL WINAPI PostQueuedCompletionStatus(HANDLE CompletionPort, DWORD dwNumberOfBy
     ULONG_PTR dwCompletionKey, LPOVERLAPPED lpOverlapped) QXP(PostQueuedCompletionStatus);
 
 // FSCTL_GET_REPARSE_POINT reads the target of a link, and FSCTL_SET_REPARSE_POINT turns an empty file that was opened
-// relative to a folder into a link. The buffer is a REPARSE_DATA_BUFFER with the tag of the Windows Subsystem for Linux,
-// IO_REPARSE_TAG_LX_SYMLINK. Other codes fail with ERROR_NOT_SUPPORTED.
+// relative to a folder into a link. The buffer is a REPARSE_DATA_BUFFER with the tag of the Windows Subsystem for
+// Linux, IO_REPARSE_TAG_LX_SYMLINK. Other codes fail with ERROR_NOT_SUPPORTED.
 BOOL WINAPI DeviceIoControl(HANDLE hDevice, DWORD dwIoControlCode, LPVOID lpInBuffer, DWORD nInBufferSize,
     LPVOID lpOutBuffer, DWORD nOutBufferSize, LPDWORD lpBytesReturned, LPOVERLAPPED lpOverlapped) QXP(DeviceIoControl);
 

@@ -52,7 +52,7 @@ typedef struct tagSAFEARRAY
     SAFEARRAYBOUND rgsabound[1];
 } SAFEARRAY, *LPSAFEARRAY;
 
-// Allocated elsewhere, and therefore freed elsewhere.
+// The array's memory was allocated by the caller, who also frees it.
 #define FADF_AUTO 0x1
 #define FADF_STATIC 0x2
 #define FADF_EMBEDDED 0x4

@@ -25,7 +25,7 @@ BOOL WINAPI FileTimeToSystemTime(const FILETIME* lpFileTime, LPSYSTEMTIME lpSyst
 BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFileTime) QXP(SystemTimeToFileTime);
 
 DWORD WINAPI GetTimeZoneInformation(LPTIME_ZONE_INFORMATION lpTimeZoneInformation) QXP(GetTimeZoneInformation);
-// A null zone stands for the user's zone, including its history as far as it is known.
+// A null zone means the user's zone, including its history as far as it is known.
 BOOL WINAPI SystemTimeToTzSpecificLocalTime(const TIME_ZONE_INFORMATION* lpTimeZoneInformation,
     const SYSTEMTIME* lpUniversalTime, LPSYSTEMTIME lpLocalTime) QXP(SystemTimeToTzSpecificLocalTime);
 BOOL WINAPI TzSpecificLocalTimeToSystemTime(const TIME_ZONE_INFORMATION* lpTimeZoneInformation,

@@ -88,8 +88,8 @@ BOOL WINAPI DosDateTimeToFileTime(WORD wFatDate, WORD wFatTime, LPFILETIME lpFil
 
 // Never replaces a file. Only MOVEFILE_WRITE_THROUGH is supported; other flags fail with ERROR_NOT_SUPPORTED.
 BOOL WINAPI MoveFileExW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, DWORD dwFlags) QXP(MoveFileExW);
-// Replaces the file even if it is open, however it is shared: its handles keep the old file, which has no name any more.
-// A backup and other flags fail with ERROR_NOT_SUPPORTED.
+// Replaces the file even if it is open, however it is shared: its handles keep the old file, which has no name any
+// more. A backup and other flags fail with ERROR_NOT_SUPPORTED.
 BOOL WINAPI ReplaceFileW(LPCWSTR lpReplacedFileName, LPCWSTR lpReplacementFileName, LPCWSTR lpBackupFileName,
     DWORD dwReplaceFlags, LPVOID lpExclude, LPVOID lpReserved) QXP(ReplaceFileW);
 BOOL WINAPI CopyFileW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, BOOL bFailIfExists) QXP(CopyFileW);

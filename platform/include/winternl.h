@@ -67,23 +67,23 @@ typedef enum _FILE_INFORMATION_CLASS
 #define FILE_DELETE_ON_CLOSE 0x00001000
 #define FILE_OPEN_REPARSE_POINT 0x00200000
 
-// What IO_STATUS_BLOCK::Information says about a successful open.
+// Values of IO_STATUS_BLOCK::Information after a successful open.
 #define FILE_OPENED 0x00000001
 #define FILE_CREATED 0x00000002
 
 // Opens or creates an entry of the folder RootDirectory. The name is a single component, and the entry itself is opened
-// even if it is a link, so FILE_OPEN_REPARSE_POINT is required. The extended attribute $LXMOD (4 bytes) is the mode of a
-// new file or folder, as in the Windows Subsystem for Linux; the process's mask applies. Other names, options and
+// even if it is a link, so FILE_OPEN_REPARSE_POINT is required. The extended attribute $LXMOD (4 bytes) is the mode of
+// a new file or folder, as in the Windows Subsystem for Linux; the process's mask applies. Other names, options and
 // attributes fail with the status of ERROR_NOT_SUPPORTED. Failures are NTSTATUS_FROM_WIN32 codes.
 NTSTATUS NTAPI NtCreateFile(PHANDLE FileHandle, ACCESS_MASK DesiredAccess, POBJECT_ATTRIBUTES ObjectAttributes,
     PIO_STATUS_BLOCK IoStatusBlock, PLARGE_INTEGER AllocationSize, ULONG FileAttributes, ULONG ShareAccess,
     ULONG CreateDisposition, ULONG CreateOptions, PVOID EaBuffer, ULONG EaLength) QXP(NtCreateFile);
 
-// Only class 70 (FileStatLxInformation).
+// Supports only class 70 (FileStatLxInformation).
 NTSTATUS NTAPI NtQueryInformationFile(HANDLE FileHandle, PIO_STATUS_BLOCK IoStatusBlock, PVOID FileInformation,
     ULONG Length, FILE_INFORMATION_CLASS FileInformationClass) QXP(NtQueryInformationFile);
 
-// Only for the codes that this layer returns.
+// Supports only the codes that this layer returns.
 ULONG NTAPI RtlNtStatusToDosError(NTSTATUS Status) QXP(RtlNtStatusToDosError);
 
 EXTERN_C_END

@@ -81,7 +81,7 @@ typedef struct tagMSG
     POINT pt;
 } MSG, *PMSG, *NPMSG, *LPMSG;
 
-// The queue of the calling thread, which is created by the first such call.
+// Message queues. A thread's queue is created when the thread first calls one of these functions.
 BOOL WINAPI PeekMessageW(LPMSG lpMsg, HWND hWnd, UINT wMsgFilterMin, UINT wMsgFilterMax, UINT wRemoveMsg)
     QXP(PeekMessageW);
 BOOL WINAPI TranslateMessage(const MSG* lpMsg) QXP(TranslateMessage);

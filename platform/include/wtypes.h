@@ -23,7 +23,7 @@ typedef enum tagSTGC
     STGC_CONSOLIDATE = 8
 } STGC;
 
-// What Stat may omit.
+// Flags of Stat: the members to omit.
 typedef enum tagSTATFLAG
 {
     STATFLAG_DEFAULT = 0,

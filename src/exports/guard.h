@@ -14,12 +14,12 @@
 namespace qx
 {
 
-// Keeps exceptions from crossing the boundary of the library; every exported function runs its work in it. An exception
-// is logged, the last error is set to its kind, and the caller gets `failure`.
+// Keeps exceptions from crossing the boundary of the library. Every exported function runs its work in Guarded. An
+// exception is logged, the last error is set according to its kind, and the caller gets `failure`.
 //
-// A callback may end its thread with pthread_exit, and the thread may be cancelled there. The runtime library then unwinds
-// the stack, and aborts the process if a function keeps it from doing so. It isn't an exception of the library's: it
-// passes, and the destructors on its way release locks and memory.
+// A callback may end its thread with pthread_exit, and the thread may be cancelled inside the callback. The runtime
+// library then unwinds the stack with an exception of its own, and aborts the process if a function swallows that
+// exception. Guarded lets it pass, so that destructors release locks and memory.
 //
 //     int UtilSomething(...) { return Guarded(-1, [&] { return Something(...); }); }
 template <class Failure, class Work>

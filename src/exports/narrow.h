@@ -208,7 +208,7 @@ struct NarrowForm<Wide, Failed>
 {
     static Result Call(typename NarrowType<Parameters>::Type... arguments)
     {
-        // The null stands in for an argument after the last one.
+        // The additional null is the "next argument" of the last one.
         const auto call = [&]
         {
             return CallWide(std::index_sequence_for<Parameters...>(), std::tuple(arguments..., nullptr));

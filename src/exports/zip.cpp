@@ -102,7 +102,10 @@ std::int32_t QxExtractZip(const QXWCHAR* fileName, const QXWCHAR* folder, std::u
             };
             ExtractProgress show;
             if (progress)
-                show = [=](const String& name, std::uint64_t done) { return progress(context, name, done) != 0; };
+                show = [=](const String& name, std::uint64_t done)
+                {
+                    return progress(context, name, done) != 0;
+                };
             const bool withLinks = (flags & QXUT_EXTRACT_NO_LINKS) == 0;
             const ExtractResult result = ExtractArchive(fileName, folder, withLinks, report, show);
             if (result == ExtractResult::Stopped)

@@ -31,7 +31,7 @@ private:
     UINT _before;
 };
 
-// A pipe would be read or written for ever, or keep nothing.
+// Such a file is refused, because reading or writing it may never end, and it may not keep the data.
 bool IsPipeOrDevice(HANDLE file)
 {
     const DWORD type = GetFileType(file);

@@ -17,7 +17,8 @@ namespace
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr DWORD kAttributeBits = 0xFFFF; // the part of CreateFileW's flags that are attributes
 
-// The attribute $LXMOD, in which the Windows Subsystem for Linux keeps the mode of a file, as FILE_FULL_EA_INFORMATION.
+// The attribute $LXMOD, in which the Windows Subsystem for Linux stores the mode of a file, as
+// FILE_FULL_EA_INFORMATION.
 std::array<unsigned char, 19> ModeAttribute(std::uint32_t mode)
 {
     std::array<unsigned char, 19> bytes{0, 0, 0, 0, 0, 6, sizeof mode, 0, '$', 'L', 'X', 'M', 'O', 'D', 0};
@@ -103,7 +104,8 @@ void clsFolder::OpenOrCreate(const String& path, bool followsLink)
     const std::size_t nameAt = rest.find_last_of(L"/\\:") + 1; // 0 without a separator
     const String name(rest.substr(nameAt));
     const clsFolder parent{String(path.View().substr(0, nameAt))};
-    // Roots, drives and shares have no parent, and neither can they be swapped.
+    // Roots, drives and shares have no parent. They can't be replaced with a link either, so opening them by path is
+    // safe.
     if (!IsSingleName(name.View()) || !parent.IsOpen())
         *this = path.IsEmpty() ? clsFolder() : clsFolder(path);
     else
@@ -179,7 +181,7 @@ bool ClearReadOnly(HANDLE file, DWORD attributes)
     FILE_BASIC_INFO info{};
     info.FileAttributes = attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY);
     if (info.FileAttributes == 0)
-        info.FileAttributes = FILE_ATTRIBUTE_NORMAL; // 0 would leave them as they are
+        info.FileAttributes = FILE_ATTRIBUTE_NORMAL; // 0 would leave the attributes unchanged
     return SetFileInformationByHandle(file, FileBasicInfo, &info, sizeof info) != FALSE;
 }
 

@@ -13,20 +13,20 @@
 namespace qx
 {
 
-// The last error of an operation that met a link, a pipe or a device.
+// The last error of an operation that found a link, a pipe or a device in the place of a file or folder.
 constexpr DWORD kErrorIsLink = ERROR_CANT_RESOLVE_FILENAME;
 
 // Permissions of files and folders that nobody else may read, as POSIX modes.
 constexpr std::uint32_t kModePrivateFile = 0600;
 constexpr std::uint32_t kModePrivateFolder = 0700;
 
-// Failures set the last error. Names are single components; separators, "." and ".." are refused. Modes are those of
-// POSIX, cut by the process's mask; they have no effect on windows.
+// Failures set the last error. Names are single components; separators, "." and ".." are refused. Modes are POSIX
+// modes, restricted by the process's umask; they have no effect on windows.
 class clsFolder
 {
 public:
     clsFolder() = default;
-    // Opens a folder by its path, through links if the path has some. An empty path is the current folder.
+    // Opens a folder by its path, following links. An empty path is the current folder.
     explicit clsFolder(const String& path);
     clsFolder(clsFolder&& other) noexcept { *this = static_cast<clsFolder&&>(other); }
     clsFolder& operator=(clsFolder&& other) noexcept;
@@ -46,7 +46,7 @@ public:
     HANDLE CreateNew(
         const String& name, DWORD access, DWORD share, DWORD flags, std::optional<std::uint32_t> mode = {}) const;
 
-    // Opens an existing file likewise; anything but a file is an error.
+    // Opens an existing file in the same way. Anything other than a file is an error.
     HANDLE OpenExisting(const String& name, DWORD access, DWORD share, DWORD flags) const;
 
     // Removes an entry that isn't a folder: a file, even if it is read-only, a pipe, or a link itself.
@@ -70,10 +70,11 @@ private:
     clsGenericHandleObjectAutoRelease _handle;
 };
 
-// Lets the close of the last handle delete the file, or keep it after all. The handle needs the right DELETE.
+// Sets whether the file is deleted when its last handle is closed. The handle must have the right DELETE.
 bool SetDeletedOnClose(HANDLE file, bool isDeleted);
 
-// Removes the read-only attribute from the attributes that the file has. Needs the right FILE_WRITE_ATTRIBUTES.
+// Clears the read-only attribute. `attributes` are the file's current attributes. The handle must have the right
+// FILE_WRITE_ATTRIBUTES.
 bool ClearReadOnly(HANDLE file, DWORD attributes);
 
 } // namespace qx

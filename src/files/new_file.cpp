@@ -11,7 +11,7 @@ namespace
 constexpr DWORD kNewAccess = GENERIC_READ | GENERIC_WRITE | DELETE;
 constexpr DWORD kNewFlags = FILE_FLAG_SEQUENTIAL_SCAN | FILE_ATTRIBUTE_NORMAL;
 
-// Another process may create the name again and again.
+// Limits the attempts, because another process may create the name again each time.
 constexpr int kMostReplacements = 100;
 
 HANDLE Replace(const clsFolder& folder, const String& name, bool replaceLink, std::optional<std::uint32_t> mode)

@@ -10,7 +10,7 @@
 namespace qx
 {
 
-// Until SetWhole, the file is deleted with the object, and also when the process ends or is interrupted.
+// The file is deleted with the object, and also when the process ends or is interrupted, unless SetWhole was called.
 class clsNewFile
 {
 public:
@@ -22,7 +22,7 @@ public:
     clsNewFile& operator=(const clsNewFile&) = delete;
 
     bool IsOpen() const { return _file.has_value(); }
-    // Only while the file is open.
+    // Valid only while the file is open.
     clsFile& File() { return *_file; }
 
     // Keeps the file. Returns false if that fails.
@@ -32,7 +32,7 @@ private:
     std::optional<clsFileRW> _file;
 };
 
-// Creates a link in the place of an existing entry that isn't a folder.
+// Creates a link, replacing an existing entry unless it is a folder.
 bool CreateLink(const clsFolder& folder, const String& name, std::string_view target);
 
 } // namespace qx

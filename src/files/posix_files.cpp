@@ -36,7 +36,7 @@ struct scLinkHead
 constexpr std::uint32_t kLinkTag = 0xA000001D;
 constexpr std::uint32_t kLinkVersion = 2;
 constexpr std::size_t kUncounted = offsetof(scLinkHead, version);
-constexpr std::size_t kMostLinkBytes = 16 * 1024; // the system's limit of such a buffer
+constexpr std::size_t kMostLinkBytes = 16 * 1024; // the system's limit for this buffer
 
 } // namespace
 

@@ -1,5 +1,5 @@
-// What files have on POSIX systems beside their attributes: permissions and targets of links. Windows stores the same
-// for the Windows Subsystem for Linux, in the forms that these functions use.
+// POSIX properties of files: permissions and the targets of links. On windows, the Windows Subsystem for Linux stores
+// the same properties, and these functions use its formats.
 #pragma once
 
 #include "core/text/string.h"
@@ -14,7 +14,7 @@
 namespace qx
 {
 
-// Returns the type and permissions of an open file as st_mode has them, or nothing if the system stores none.
+// Returns the type and permissions of an open file in the form of st_mode, or nothing if the system stores none.
 std::optional<std::uint32_t> PosixModeOf(HANDLE file);
 
 // Returns the target of a link as its bytes, or nothing if the path isn't a link or can't be read.

@@ -51,7 +51,7 @@ Removal RemoveFile(const String& name)
         return GetLastError() == ERROR_FILE_NOT_FOUND
                    ? Removal::Missing
                    : Failed(L"WRN: clsTempFileRemover: getting file attributes for '%s' failed: %s", name);
-    // The attributes of a link are those of its target, and the target is none of our business.
+    // The attribute of a link is left alone, because changing it would change the link's target.
     if ((attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_REPARSE_POINT)) == FILE_ATTRIBUTE_READONLY &&
         !MakeWritable(name))
         return Failed(L"WRN: clsTempFileRemover: setting file '%s' r/w failed: %s", name);

@@ -26,7 +26,7 @@ std::int32_t Convert(SYSTEMTIME& time, Call call)
     return 0;
 }
 
-// Returns 0 for Sunday, as in the rules.
+// Returns 0 for Sunday, like the rules of TIME_ZONE_INFORMATION.
 std::int32_t DayOfWeek(std::int32_t day, std::int32_t month, std::int32_t year)
 {
     return clsDate(day, month, year).dayOfWeek - 1;

@@ -1,9 +1,10 @@
-// Links. What is looked for is the first match of
+// Expands links. The result is the same as searching repeatedly, each time in the text after the previous match, for
 //
-//     ^(.*)<a\s+(.*)href="(.*)"(.*)>(.*)</a>(.*)$        ungreedy, without case, dots taking line ends too
+//     ^(.*)<a\s+(.*)href="(.*)"(.*)>(.*)</a>(.*)$        ungreedy, caseless, dots match line ends
 //
-// again and again in what follows the last one. Each part is the shortest, so the next place of each delimiter decides,
-// and where one is missing behind the first link, it is missing behind all: one walk finds what the pattern would.
+// Each part is as short as possible, so the next occurrence of each delimiter determines the match. A delimiter that is
+// missing after one link is also missing after all later links. A single pass therefore finds what the pattern would
+// find.
 #include "markup/html_to_text.h"
 
 #include <wchar.h>
@@ -46,7 +47,8 @@ const wchar_t* FindUnit(const wchar_t* from, const wchar_t* end, wchar_t unit)
     return wmemchr(from, unit, static_cast<std::size_t>(end - from));
 }
 
-// Finds a lower-case text without regard to case; `last` is its last unit, which has no case.
+// Returns the position after the first occurrence of a lower-case text, ignoring case, or null. The last character of
+// `text` must not be a letter.
 const wchar_t* FindBehind(const wchar_t* from, const wchar_t* end, std::wstring_view text)
 {
     const auto length = static_cast<std::ptrdiff_t>(text.size());
@@ -91,7 +93,8 @@ std::size_t ExpandAnchors(wchar_t* html, std::size_t length)
     const wchar_t* rest = html;
     const wchar_t* end = html + length;
     wchar_t* out = html;
-    std::vector<wchar_t> target; // stands in front of the text, so writing the text may run over it
+    std::vector<wchar_t>
+        target; // a copy, because the text is written first and may overwrite the target, which precedes it
     for (Anchor anchor; FindAnchor(rest, end, anchor);)
     {
         out = std::copy(rest, anchor.start, out);
@@ -107,7 +110,7 @@ std::size_t ExpandAnchors(wchar_t* html, std::size_t length)
             *out++ = L']';
         }
         rest = anchor.end;
-        // `$` holds in front of a final line feed too, and what stands behind it is in no group.
+        // `$` also matches before a final line feed. That line feed is in no group and is dropped.
         if (rest != end && end[-1] == L'\n')
             --end;
     }

@@ -14,7 +14,7 @@ constexpr auto kByText = []
     return sorted;
 }();
 
-// Where the rows of each first letter begin: few have the same.
+// The index of the first row for each first letter. Only few rows share a letter.
 constexpr auto kRowsOfLetter = []
 {
     std::array<unsigned char, 129> begins{};

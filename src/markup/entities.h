@@ -1,4 +1,4 @@
-// The named entities that the markup conversions know: the Latin-1 set of HTML 4 and six more.
+// The named entities that the markup conversions support: the Latin-1 set of HTML 4 and six more.
 #pragma once
 
 #include <array>
@@ -15,7 +15,7 @@ struct HtmlEntity
 
 constexpr wchar_t kFirstLatin1Entity = 160;
 
-// Rows 0 to 95 stand for the codes 160 to 255 in order. "&euro;" has the place of the sign in code page 1252.
+// Rows 0 to 95 have the codes 160 to 255 in order. "&euro;" has the code of the euro sign in code page 1252.
 // clang-format off
 inline constexpr std::array<HtmlEntity, 102> kHtmlEntities = {{
     {160, L"&nbsp;"}, {161, L"&iexcl;"}, {162, L"&cent;"}, {163, L"&pound;"}, {164, L"&curren;"}, {165, L"&yen;"},
@@ -38,7 +38,7 @@ inline constexpr std::array<HtmlEntity, 102> kHtmlEntities = {{
 }};
 // clang-format on
 
-// The entity by its text, with case; null if there is none.
+// Returns the entity with this text, compared case-sensitively, or null.
 const HtmlEntity* FindHtmlEntity(std::wstring_view text);
 
 } // namespace qx

@@ -32,7 +32,7 @@ bool HtmlAttributeReader::Next()
     return ReadValue();
 }
 
-// Without a closing quote the value, and so the tag, extends to the end of the text.
+// Without a closing quote, the value and therefore the tag extend to the end of the text.
 bool HtmlAttributeReader::ReadValue()
 {
     if (_at == _text.size())

@@ -1,4 +1,4 @@
-// Classes of characters in HTML syntax, which knows only ASCII letters.
+// Classes of characters in HTML syntax, in which only ASCII characters are letters.
 #pragma once
 
 #include <algorithm>
@@ -30,8 +30,8 @@ constexpr wchar_t LowerHtmlLetter(wchar_t c)
     return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c;
 }
 
-// Returns the position of the first `c` from `start` on, or the length of the text if there is none. Four characters at
-// a time: most pages are long runs of text between tags.
+// Returns the position of the first `c` from `start` on, or the length of the text if there is none. Examines four
+// characters at a time, because most of a page is long runs of text between tags.
 inline std::size_t FindHtmlCharacter(std::wstring_view text, wchar_t c, std::size_t start)
 {
     constexpr std::uint64_t kOnes = 0x0001000100010001u;

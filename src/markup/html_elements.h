@@ -8,41 +8,41 @@ namespace qx
 
 enum class HtmlElement : unsigned char
 {
-    other, // no effect: inline and unknown elements
+    Other, // no effect: inline and unknown elements
 
     // Blocks.
-    block,     // begins and ends a line
-    paragraph, // begins and ends with a blank line
-    rule,
-    preformatted,
-    quote,
-    unorderedList,
-    orderedList,
-    item,
-    definitionList,
-    term,
-    definition,
-    table,
-    row,
-    cell,
+    Block,     // begins and ends a line
+    Paragraph, // begins and ends with a blank line
+    Rule,
+    Preformatted,
+    Quote,
+    UnorderedList,
+    OrderedList,
+    Item,
+    DefinitionList,
+    Term,
+    Definition,
+    Table,
+    Row,
+    Cell,
 
     // Inline.
-    lineBreak,
-    quotation,
-    anchor,
-    image,
-    input,
-    option,
+    LineBreak,
+    Quotation,
+    Anchor,
+    Image,
+    Input,
+    Option,
 
     // Elements with raw content.
-    title,           // text with references
-    textArea,        // text with references, and with its line breaks
-    rawPreformatted, // shown as it is
-    script,          // hidden; has its own rules for its end
-    rawHidden,
-    plainText, // never ends
+    Title,           // text with references
+    TextArea,        // text with references, and with its line breaks
+    RawPreformatted, // shown as it is
+    Script,          // hidden; has its own rules for its end
+    RawHidden,
+    PlainText, // never ends
 
-    templateContent // hidden
+    TemplateContent // hidden
 };
 
 // Looks up the name of a tag, ignoring case.

@@ -23,7 +23,7 @@ constexpr auto kEscapes = []
         escapes[entity.code] = entity.text;
     escapes[L'\t'] = L"&#09;";
     escapes[L'\''] = {};
-    escapes[128] = {}; // the table has the euro sign here, which is U+20AC in this file
+    escapes[128] = {}; // the table contains the euro sign at its place in code page 1252; in this file it is U+20AC
     return escapes;
 }();
 
@@ -37,7 +37,7 @@ constexpr bool IsLowSurrogate(wchar_t c)
     return c >= 0xDC00 && c < 0xE000;
 }
 
-// "&#x10ffff;", with four digits at least.
+// A numeric reference such as "&#x10ffff;", with at least four digits.
 struct NumericReference
 {
     explicit NumericReference(std::uint32_t code)
@@ -91,7 +91,7 @@ String EscapeHtml(std::wstring_view text)
     return escaped;
 }
 
-// No reference is shorter than the characters that it stands for.
+// The result fits in the length of the text, because no reference is shorter than the characters it represents.
 String UnescapeHtml(std::wstring_view text, bool inAttribute)
 {
     String unescaped;

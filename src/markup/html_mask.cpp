@@ -15,14 +15,14 @@ namespace
 
 constexpr std::size_t kNumericLength = 8; // "&#x%04x;"
 
-// What the units below 256 give; an empty text stands for the unit itself. 129 to 159 have no name.
+// The replacement of each unit below 256, empty if the unit is kept. The units 129 to 159 have no names.
 constexpr auto kMaskOfLatin1 = []
 {
     std::array<std::wstring_view, 256> masks{};
     for (const HtmlEntity& entity : kHtmlEntities)
         masks[entity.code] = entity.text;
     masks[L'\t'] = L"&#09;";
-    masks[L'\''] = {}; // the table knows it, but it is only read
+    masks[L'\''] = {}; // the table contains it, but only for unmasking
     return masks;
 }();
 
@@ -52,10 +52,10 @@ wchar_t* WriteNumeric(wchar_t* out, wchar_t c)
     return std::copy_n(reference, kNumericLength, out);
 }
 
-// The longest reference that is looked at, from "&" to ";".
+// The longest reference that is recognised, from "&" to ";".
 constexpr std::size_t kLongestSpan = 8;
 
-// Length of the reference that begins at `text`, or 0.
+// Returns the length of the reference that begins at `text`, or 0 if there is none.
 std::size_t SpanAt(const wchar_t* text, const wchar_t* end)
 {
     const std::size_t room = std::min<std::size_t>(kLongestSpan, static_cast<std::size_t>(end - text));
@@ -63,8 +63,8 @@ std::size_t SpanAt(const wchar_t* text, const wchar_t* end)
     return semicolon == text + room ? 0 : static_cast<std::size_t>(semicolon - text) + 1;
 }
 
-// The unit of a numeric reference, or 0 if it is none. What stands for digits is read by wcstoul, so blanks and a sign
-// in front of them count as digits.
+// Returns the unit of a numeric reference, or 0 if the reference is malformed. wcstoul parses the digits, so blanks and
+// a sign before them are accepted.
 wchar_t NumericUnit(std::wstring_view span)
 {
     const bool hex = span[2] == L'x';
@@ -104,7 +104,7 @@ String DemaskHtml(const wchar_t* text)
     return demasked;
 }
 
-// Never reads what it has written: the output lags behind the input.
+// Works in place, because the output is never ahead of the input.
 std::size_t DemaskHtmlInPlace(wchar_t* text, std::size_t length)
 {
     const wchar_t* in = text;
@@ -129,7 +129,7 @@ std::size_t DemaskHtmlInPlace(wchar_t* text, std::size_t length)
             const wchar_t unit = NumericUnit(span);
             if (unit != 0)
                 *out++ = unit;
-            // What is no reference after all loses its ampersand only.
+            // A malformed reference loses only its ampersand.
             in += unit != 0 ? span.size() : 1;
         }
         else

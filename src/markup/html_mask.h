@@ -1,5 +1,4 @@
-// Text made safe inside HTML, and back, one 16-bit unit at a time: each half of a surrogate pair has a reference of its
-// own.
+// Masks text for HTML and unmasks it, one 16-bit unit at a time: each half of a surrogate pair gets its own reference.
 #pragma once
 
 #include "core/text/string.h"
@@ -12,7 +11,8 @@ namespace qx
 String MaskHtml(const wchar_t* text);
 String DemaskHtml(const wchar_t* text);
 
-// In place; gives the new length, which is never above the old one. The text ends with a zero before and afterwards.
+// Unmasks in place. Returns the new length, which never exceeds the old one. The text must be zero-terminated, and
+// stays so.
 std::size_t DemaskHtmlInPlace(wchar_t* text, std::size_t length);
 
 } // namespace qx

@@ -1,5 +1,5 @@
-// Character references of HTML ("&auml;", "&#228;", "&amp"), resolved as section 13.2.5.72 of the HTML Living Standard
-// says.
+// Character references of HTML ("&auml;", "&#228;", "&amp"), resolved according to section 13.2.5.72 of the HTML Living
+// Standard.
 #pragma once
 
 #include <array>

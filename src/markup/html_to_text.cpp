@@ -28,7 +28,8 @@ std::size_t JoinLineEnds(wchar_t* text, std::size_t length)
     return Terminate(text, out);
 }
 
-// What is left of `count` returns in a row when each three become two, and then each four.
+// Returns the remaining length of a run of carriage returns after each three are replaced by two, and then each four by
+// two.
 std::size_t ReturnsLeft(std::size_t count)
 {
     const std::size_t first = count / 3 * 2 + count % 3;
@@ -52,7 +53,7 @@ std::size_t FoldBlankLines(wchar_t* text, std::size_t length)
 
 } // namespace
 
-// The last end decides, not the first: what stands between two comments goes with them.
+// The last "-->" counts, not the first one: text between two comments is removed as well.
 std::size_t RemoveComments(wchar_t* html, std::size_t length)
 {
     constexpr std::wstring_view kOpening = L"<!--", kClosing = L"-->";
@@ -91,7 +92,7 @@ std::size_t FoldBlanks(wchar_t* text, std::size_t length)
             break;
         case kLeftGuillemet:
             keep = depth++ != 0;
-            isSpace = keep && space; // the outermost ends a run of blanks, an inner one stands within it
+            isSpace = keep && space; // an outermost guillemet ends a run of blanks, an inner one doesn't
             break;
         case kRightGuillemet:
             keep = depth-- != 1;

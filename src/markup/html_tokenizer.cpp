@@ -17,14 +17,14 @@ constexpr bool EndsTagName(wchar_t c)
 
 constexpr bool HasRawContent(HtmlElement element)
 {
-    return element >= HtmlElement::title && element <= HtmlElement::plainText;
+    return element >= HtmlElement::Title && element <= HtmlElement::PlainText;
 }
 
 } // namespace
 
 HtmlToken HtmlTokenizer::Next()
 {
-    if (_rawElement != HtmlElement::other)
+    if (_rawElement != HtmlElement::Other)
         return ReadRawText();
     HtmlToken token;
     while (_at < _html.size())
@@ -32,7 +32,7 @@ HtmlToken HtmlTokenizer::Next()
         token.text = ReadText();
         if (!token.text.empty())
         {
-            token.kind = HtmlToken::Kind::text;
+            token.kind = HtmlToken::Kind::Text;
             return token;
         }
         if (ReadMarkup(token))
@@ -104,7 +104,7 @@ bool HtmlTokenizer::ReadTag(HtmlToken& token)
     ++_at;
 
     token.element = FindHtmlElement(name);
-    token.kind = closing ? HtmlToken::Kind::endTag : HtmlToken::Kind::startTag;
+    token.kind = closing ? HtmlToken::Kind::EndTag : HtmlToken::Kind::StartTag;
     if (!closing)
         token.text = rest.substr(0, end);
     if (!closing && HasRawContent(token.element))
@@ -119,13 +119,13 @@ bool HtmlTokenizer::ReadTag(HtmlToken& token)
 HtmlToken HtmlTokenizer::ReadRawText()
 {
     std::size_t end = _html.size();
-    if (_rawElement == HtmlElement::script)
+    if (_rawElement == HtmlElement::Script)
         end = FindScriptEnd();
-    else if (_rawElement != HtmlElement::plainText)
+    else if (_rawElement != HtmlElement::PlainText)
         end = FindEndTag();
-    const HtmlToken token{HtmlToken::Kind::text, _rawElement, _html.substr(_at, end - _at)};
+    const HtmlToken token{HtmlToken::Kind::Text, _rawElement, _html.substr(_at, end - _at)};
     _at = end;
-    _rawElement = HtmlElement::other;
+    _rawElement = HtmlElement::Other;
     return token;
 }
 
@@ -151,32 +151,32 @@ std::size_t HtmlTokenizer::FindScriptEnd() const
 {
     enum
     {
-        plain,
-        escaped,
-        doubleEscaped
-    } state = plain;
+        kPlain,
+        kEscaped,
+        kDoubleEscaped
+    } state = kPlain;
     for (std::size_t at = _at; at < _html.size(); ++at)
     {
         if (_html[at] == L'-')
         {
-            if (state != plain && _html.substr(at, 3) == L"-->")
-                state = plain;
+            if (state != kPlain && _html.substr(at, 3) == L"-->")
+                state = kPlain;
             continue;
         }
         if (_html[at] != L'<')
             continue;
-        if (state == plain && _html.substr(at, 4) == L"<!--")
+        if (state == kPlain && _html.substr(at, 4) == L"<!--")
         {
-            state = escaped;
+            state = kEscaped;
             ++at; // the dashes may be part of "-->" too
         }
-        else if (state == escaped && IsTagAt(at, false, _rawName))
-            state = doubleEscaped;
+        else if (state == kEscaped && IsTagAt(at, false, _rawName))
+            state = kDoubleEscaped;
         else if (IsTagAt(at, true, _rawName))
         {
-            if (state != doubleEscaped)
+            if (state != kDoubleEscaped)
                 return at;
-            state = escaped;
+            state = kEscaped;
         }
     }
     return _html.size();

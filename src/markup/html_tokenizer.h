@@ -14,14 +14,14 @@ struct HtmlToken
 {
     enum class Kind : unsigned char
     {
-        end,
-        text,
-        startTag,
-        endTag
+        End,
+        Text,
+        StartTag,
+        EndTag
     };
 
-    Kind kind = Kind::end;
-    HtmlElement element = HtmlElement::other; // the element of a tag, or the element that contains raw text
+    Kind kind = Kind::End;
+    HtmlElement element = HtmlElement::Other; // the element of a tag, or the element that contains raw text
     std::wstring_view text;                   // text with unresolved references, or the attributes of a start tag
 };
 
@@ -48,7 +48,7 @@ private:
 
     std::wstring_view _html;
     std::size_t _at = 0;
-    HtmlElement _rawElement = HtmlElement::other; // the element whose raw content follows, or `other`
+    HtmlElement _rawElement = HtmlElement::Other; // the element whose raw content follows, or `other`
     std::wstring_view _rawName;                   // as written
 };
 

@@ -6,16 +6,16 @@ namespace qx
 ListMarker::ListMarker(ListNumbering numbering, std::int32_t number)
 {
     constexpr std::int32_t kLastRoman = 3999;
-    Prepend(numbering == ListNumbering::none ? L'-' : L'.');
-    if (numbering == ListNumbering::none)
+    Prepend(numbering == ListNumbering::None ? L'-' : L'.');
+    if (numbering == ListNumbering::None)
         return;
-    if (numbering == ListNumbering::lowerLetters && number > 0)
+    if (numbering == ListNumbering::LowerLetters && number > 0)
         PrependLetters(number, L'a');
-    else if (numbering == ListNumbering::upperLetters && number > 0)
+    else if (numbering == ListNumbering::UpperLetters && number > 0)
         PrependLetters(number, L'A');
-    else if (numbering == ListNumbering::lowerRoman && number > 0 && number <= kLastRoman)
+    else if (numbering == ListNumbering::LowerRoman && number > 0 && number <= kLastRoman)
         PrependRoman(number, L"ivxlcdm");
-    else if (numbering == ListNumbering::upperRoman && number > 0 && number <= kLastRoman)
+    else if (numbering == ListNumbering::UpperRoman && number > 0 && number <= kLastRoman)
         PrependRoman(number, L"IVXLCDM");
     else
         PrependDecimal(number);

@@ -11,12 +11,12 @@ namespace qx
 
 enum class ListNumbering : unsigned char
 {
-    none,
-    decimal,
-    lowerLetters,
-    upperLetters,
-    lowerRoman,
-    upperRoman
+    None,
+    Decimal,
+    LowerLetters,
+    UpperLetters,
+    LowerRoman,
+    UpperRoman
 };
 
 class ListMarker

@@ -51,14 +51,14 @@ ListNumbering ReadNumbering(std::wstring_view attributes)
 {
     const std::wstring_view type = FindHtmlAttribute(attributes, L"type").value_or(L"");
     if (type == L"a")
-        return ListNumbering::lowerLetters;
+        return ListNumbering::LowerLetters;
     if (type == L"A")
-        return ListNumbering::upperLetters;
+        return ListNumbering::UpperLetters;
     if (type == L"i")
-        return ListNumbering::lowerRoman;
+        return ListNumbering::LowerRoman;
     if (type == L"I")
-        return ListNumbering::upperRoman;
-    return ListNumbering::decimal;
+        return ListNumbering::UpperRoman;
+    return ListNumbering::Decimal;
 }
 
 } // namespace
@@ -67,21 +67,21 @@ void PageLayout::Add(const HtmlToken& token)
 {
     if (_templates != 0)
     {
-        if (token.element == HtmlElement::templateContent)
-            token.kind == HtmlToken::Kind::startTag ? ++_templates : --_templates;
+        if (token.element == HtmlElement::TemplateContent)
+            token.kind == HtmlToken::Kind::StartTag ? ++_templates : --_templates;
         return;
     }
     switch (token.kind)
     {
-    case HtmlToken::Kind::text:
+    case HtmlToken::Kind::Text:
         return AddText(token);
-    case HtmlToken::Kind::startTag:
+    case HtmlToken::Kind::StartTag:
         _skipsLineFeed = false;
         return StartTag(token.element, token.text);
-    case HtmlToken::Kind::endTag:
+    case HtmlToken::Kind::EndTag:
         _skipsLineFeed = false;
         return EndTag(token.element);
-    case HtmlToken::Kind::end:
+    case HtmlToken::Kind::End:
         return;
     }
 }
@@ -98,20 +98,20 @@ void PageLayout::AddText(const HtmlToken& token)
     std::wstring_view text = token.text;
     switch (token.element)
     {
-    case HtmlElement::script:
-    case HtmlElement::rawHidden:
+    case HtmlElement::Script:
+    case HtmlElement::RawHidden:
         return;
-    case HtmlElement::title: // only the title of the page is shown, not the titles of drawings
+    case HtmlElement::Title: // only the title of the page is shown, not the titles of drawings
         if (_writer.Length() == 0)
             _writer.Text(text);
         return _writer.RequireBreaks(2);
-    case HtmlElement::textArea:
-    case HtmlElement::rawPreformatted:
-    case HtmlElement::plainText:
+    case HtmlElement::TextArea:
+    case HtmlElement::RawPreformatted:
+    case HtmlElement::PlainText:
         _writer.RequireBreaks(1);
-        if (token.element == HtmlElement::textArea && (text.starts_with(L'\n') || text.starts_with(L"\r\n")))
+        if (token.element == HtmlElement::TextArea && (text.starts_with(L'\n') || text.starts_with(L"\r\n")))
             text.remove_prefix(text[0] == L'\r' ? 2 : 1);
-        _writer.Verbatim(text, token.element == HtmlElement::textArea);
+        _writer.Verbatim(text, token.element == HtmlElement::TextArea);
         return _writer.RequireBreaks(1);
     default:
         break;
@@ -128,18 +128,18 @@ void PageLayout::Separate(HtmlElement element)
 {
     switch (element)
     {
-    case HtmlElement::block:
+    case HtmlElement::Block:
         return _writer.RequireBreaks(1);
-    case HtmlElement::paragraph:
-    case HtmlElement::preformatted:
-    case HtmlElement::rule:
-    case HtmlElement::quote:
+    case HtmlElement::Paragraph:
+    case HtmlElement::Preformatted:
+    case HtmlElement::Rule:
+    case HtmlElement::Quote:
         return _writer.RequireBreaks(2);
-    case HtmlElement::lineBreak:
+    case HtmlElement::LineBreak:
         return _writer.BreakLine();
-    case HtmlElement::quotation:
+    case HtmlElement::Quotation:
         return _writer.Text(L"\"");
-    case HtmlElement::option:
+    case HtmlElement::Option:
         return _writer.Space();
     default:
         return;
@@ -151,34 +151,34 @@ void PageLayout::StartTag(HtmlElement element, std::wstring_view attributes)
     Separate(element);
     switch (element)
     {
-    case HtmlElement::preformatted:
+    case HtmlElement::Preformatted:
         ++_preformatted;
         _skipsLineFeed = true;
         return;
-    case HtmlElement::quote:
-    case HtmlElement::unorderedList:
-    case HtmlElement::orderedList:
-    case HtmlElement::definitionList:
+    case HtmlElement::Quote:
+    case HtmlElement::UnorderedList:
+    case HtmlElement::OrderedList:
+    case HtmlElement::DefinitionList:
         return StartList(element, attributes);
-    case HtmlElement::item:
+    case HtmlElement::Item:
         return StartItem(attributes);
-    case HtmlElement::term:
+    case HtmlElement::Term:
         return StartDefinition(false);
-    case HtmlElement::definition:
+    case HtmlElement::Definition:
         return StartDefinition(true);
-    case HtmlElement::table:
+    case HtmlElement::Table:
         return StartTable();
-    case HtmlElement::row:
+    case HtmlElement::Row:
         return StartRow();
-    case HtmlElement::cell:
+    case HtmlElement::Cell:
         return StartCell();
-    case HtmlElement::anchor:
+    case HtmlElement::Anchor:
         return StartLink(attributes);
-    case HtmlElement::image:
+    case HtmlElement::Image:
         return WriteAttribute(attributes, L"alt");
-    case HtmlElement::input:
+    case HtmlElement::Input:
         return WriteInput(attributes);
-    case HtmlElement::templateContent:
+    case HtmlElement::TemplateContent:
         ++_templates;
         return;
     default:
@@ -191,22 +191,22 @@ void PageLayout::EndTag(HtmlElement element)
     Separate(element);
     switch (element)
     {
-    case HtmlElement::preformatted:
+    case HtmlElement::Preformatted:
         _preformatted -= _preformatted != 0;
         return;
-    case HtmlElement::quote:
-    case HtmlElement::unorderedList:
-    case HtmlElement::orderedList:
-    case HtmlElement::definitionList:
+    case HtmlElement::Quote:
+    case HtmlElement::UnorderedList:
+    case HtmlElement::OrderedList:
+    case HtmlElement::DefinitionList:
         return EndList(element);
-    case HtmlElement::item:
+    case HtmlElement::Item:
         _writer.EndMarkedText();
         return _writer.RequireBreaks(1);
-    case HtmlElement::table:
+    case HtmlElement::Table:
         return EndTable();
-    case HtmlElement::row:
+    case HtmlElement::Row:
         return EndRow();
-    case HtmlElement::anchor:
+    case HtmlElement::Anchor:
         return EndLink();
     default:
         return;
@@ -223,16 +223,16 @@ void PageLayout::StartList(HtmlElement element, std::wstring_view attributes)
         return;
     }
     List& list = _lists[_listDepth++];
-    list = {element, ListNumbering::none, 1, 0};
-    if (element == HtmlElement::orderedList)
+    list = {element, ListNumbering::None, 1, 0};
+    if (element == HtmlElement::OrderedList)
     {
         list.numbering = ReadNumbering(attributes);
         list.next = ReadInteger(attributes, L"start").value_or(1);
         list.indentation = kNumberIndentation;
     }
-    else if (element == HtmlElement::unorderedList)
+    else if (element == HtmlElement::UnorderedList)
         list.indentation = kListIndentation;
-    else if (element == HtmlElement::quote)
+    else if (element == HtmlElement::Quote)
         list.indentation = kQuoteIndentation;
     UpdateIndentation();
 }
@@ -260,12 +260,12 @@ void PageLayout::StartItem(std::wstring_view attributes)
 {
     _writer.EndMarkedText();
     _writer.RequireBreaks(1);
-    List unlisted{HtmlElement::unorderedList, ListNumbering::none, 1, 0};
-    const bool listed = _listDepth != 0 && (_lists[_listDepth - 1].element == HtmlElement::orderedList ||
-                                               _lists[_listDepth - 1].element == HtmlElement::unorderedList);
+    List unlisted{HtmlElement::UnorderedList, ListNumbering::None, 1, 0};
+    const bool listed = _listDepth != 0 && (_lists[_listDepth - 1].element == HtmlElement::OrderedList ||
+                                               _lists[_listDepth - 1].element == HtmlElement::UnorderedList);
     List& list = listed ? _lists[_listDepth - 1] : unlisted;
     std::int32_t number = list.next;
-    if (list.numbering != ListNumbering::none)
+    if (list.numbering != ListNumbering::None)
     {
         number = ReadInteger(attributes, L"value").value_or(number);
         list.next = number == std::numeric_limits<std::int32_t>::max() ? number : number + 1;
@@ -278,7 +278,7 @@ void PageLayout::StartDefinition(bool indented)
 {
     _writer.EndMarkedText();
     _writer.RequireBreaks(1);
-    if (_listDepth == 0 || _lists[_listDepth - 1].element != HtmlElement::definitionList)
+    if (_listDepth == 0 || _lists[_listDepth - 1].element != HtmlElement::DefinitionList)
         return;
     _lists[_listDepth - 1].indentation = indented ? kQuoteIndentation : 0;
     UpdateIndentation();
@@ -376,7 +376,8 @@ void PageLayout::StartLink(std::wstring_view attributes)
     _linkStart = _writer.Length();
 }
 
-// Writes no target if the link has no text or its text equals the target, nor targets in the same page and scripts.
+// Writes the target of the link, unless the link has no text, the text equals the target, or the target is a script or
+// a place in the same page.
 void PageLayout::EndLink()
 {
     if (!_target)

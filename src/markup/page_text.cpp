@@ -10,7 +10,7 @@ String PageText(std::wstring_view html, bool showsLinks)
 {
     HtmlTokenizer tokenizer(html);
     PageLayout layout(html.size(), showsLinks);
-    for (HtmlToken token = tokenizer.Next(); token.kind != HtmlToken::Kind::end; token = tokenizer.Next())
+    for (HtmlToken token = tokenizer.Next(); token.kind != HtmlToken::Kind::End; token = tokenizer.Next())
         layout.Add(token);
     return layout.Take();
 }

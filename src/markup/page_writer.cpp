@@ -12,7 +12,7 @@ namespace qx
 namespace
 {
 
-// What ends a run of ordinary characters in folded text.
+// True for the characters that end a run of ordinary characters in folded text.
 constexpr auto kEndsRun = []
 {
     std::array<bool, 64> special{};
@@ -226,7 +226,7 @@ void PageWriter::WriteDue(bool indented)
 void PageWriter::Write(std::wstring_view text)
 {
     MakeRoom(text.size());
-    // Most words are shorter than what a call costs.
+    // A plain loop, because for most words a call of memcpy would take longer.
     wchar_t* out = _text + _length;
     for (const wchar_t c : text)
         *out++ = c;

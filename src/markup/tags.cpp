@@ -1,4 +1,4 @@
-// What tags leave in the text.
+// Removes tags from a text. Some tags are replaced by a line end or other text.
 #include "markup/html_to_text.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@ namespace
 
 enum class TagKind : unsigned char
 {
-    Text,       // leaves its text, unless it stands in an ignored element
+    Text,       // is replaced by its text, unless it is inside an ignored element
     BeginsSkip, // opens an ignored element
     EndsSkip
 };
@@ -24,7 +24,7 @@ struct Tag
     TagKind kind = TagKind::Text;
 };
 
-// In lower case. A tag that isn't here leaves nothing, like those that are here with an empty text.
+// Names are in lower case. Tags that aren't listed are removed without a replacement.
 constexpr auto kTags = []
 {
     std::array table = std::to_array<Tag>({
@@ -76,7 +76,8 @@ const Tag* FindTag(std::wstring_view name)
     return at != kTags.end() && at->name == name ? at : nullptr;
 }
 
-// Finds a tag by its name as written: lower case is that of the user's locale, which gives each unit one unit.
+// Finds a tag by its name as written. Converts the name to lower case by the rules of the user's locale, which map each
+// unit to one unit.
 class TagFinder
 {
 public:
@@ -121,7 +122,7 @@ public:
     }
 
 private:
-    // Begins behind the opening character, and goes on behind the end of the tag, or at the end of the text.
+    // Starts after the opening character. Continues after the end of the tag, or at the end of the text.
     void BeginTag()
     {
         StartName();
@@ -129,7 +130,7 @@ private:
         {
             const wchar_t c = *_in++;
             if (c == _open)
-                StartName(); // the tag starts over wholly
+                StartName(); // a new opening character discards the tag so far
             else if (c == _close)
             {
                 const wchar_t* end = _nameEnd ? _nameEnd : _in - 1;
@@ -154,7 +155,8 @@ private:
         const Tag* tag = _finder.Find(name);
         if (!tag)
             return;
-        // The depth has no floor: a closing tag alone drops text until an opening one comes.
+        // The depth can fall below 0: after a closing tag without an opening one, text is dropped until the next
+        // opening tag.
         if (tag->kind == TagKind::BeginsSkip)
             ++_ignoreDepth;
         else if (tag->kind == TagKind::EndsSkip)
@@ -175,7 +177,7 @@ private:
         _lastWasSpace = space;
     }
 
-    // Behind an opening or closing bracket a placeholder has an underscore and the bracket once more.
+    // In placeholders, each bracket is followed by an underscore and a second bracket.
     void SkipPlaceholder(wchar_t bracket)
     {
         if (_placeholders && _end - _in >= 2 && _in[0] == L'_' && _in[1] == bracket)
@@ -197,7 +199,7 @@ private:
     const wchar_t _open;
     const wchar_t _close;
     const wchar_t* _name = nullptr;
-    const wchar_t* _nameEnd = nullptr; // null while the name goes on
+    const wchar_t* _nameEnd = nullptr; // null until the end of the name is found
     unsigned _ignoreDepth = 0;
     bool _lastWasSpace = false;
     TagFinder _finder;

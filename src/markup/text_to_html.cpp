@@ -24,7 +24,7 @@ String TextToHtml(const wchar_t* text, bool placeholders)
     const String open = MakeTag(L"p", true, placeholders);
     const String close = MakeTag(L"p", false, placeholders);
 
-    // Doubled, since the way back takes the outermost pair of guillemets away.
+    // Guillemets are doubled, because HtmlToText removes the outermost pair.
     String html(text);
     html.Replace(L"\u00AB", L"\u00AB\u00AB");
     html.Replace(L"\u00BB", L"\u00BB\u00BB");

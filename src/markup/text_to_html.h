@@ -1,4 +1,4 @@
-// Plain text as a run of HTML paragraphs.
+// Converts plain text to HTML paragraphs.
 #pragma once
 
 #include "core/text/string.h"
@@ -6,7 +6,8 @@
 namespace qx
 {
 
-// With `placeholders` the tags are written as "[_[p]_]" and "[_[/p]_]", for callers that make the real ones later.
+// With `placeholders` the tags are written as "[_[p]_]" and "[_[/p]_]", for callers that replace them with real tags
+// later.
 String TextToHtml(const wchar_t* text, bool placeholders);
 
 } // namespace qx

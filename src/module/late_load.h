@@ -131,7 +131,7 @@ private:
 // Returns true for the two libraries that only later systems have, if the system is older.
 bool IsExpectedToBeMissing(const wchar_t* moduleName, unsigned short systemVersion, unsigned short systemGeneration);
 
-// Turns messages of the loaders to the debug output on or off. Initially off.
+// Sets whether loading a library writes messages to the debug output. Initially off.
 void SetLateLoadLog(bool on);
 
 } // namespace qx

@@ -25,8 +25,8 @@ constexpr std::uint16_t kMagic64 = 0x20B;
 constexpr std::size_t kSectionSize = 40;
 constexpr std::size_t kSectionAddress = 12;
 
-// The headers of a loaded image start in its first page. If they extend beyond it, this file doesn't read them; the
-// system does.
+// The headers of a loaded image start in its first page. Headers that extend beyond the first page aren't supported
+// here; the caller then gets the information from the system.
 constexpr std::size_t kFirstPage = 0x1000;
 
 struct ResourceDirectory

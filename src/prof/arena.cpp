@@ -85,7 +85,8 @@ void clsProfArena::SetMergeAt()
     _mergeAt = _freeAfterMerge + std::max(kLeastMerge, (_chunkBytes - _freeBytes) / 2);
 }
 
-// Starts a new area. Chunks grow with the job, so that a small job takes little memory and a large one allocates rarely.
+// Starts a new area. Chunks grow with the job, so that a small job takes little memory and a large one allocates
+// rarely.
 void clsProfArena::StartArea()
 {
     if (_runs == nullptr)
@@ -125,7 +126,7 @@ void clsProfArena::MergeFree() noexcept
         for (const Chunk& chunk : _chunks)
             marks.emplace_back(chunk.size / kUnit);
 
-        std::size_t at = 0; // most blocks are in the chunk of the one before
+        std::size_t at = 0; // the chunk of the previous block, which usually contains the next one too
         const auto mark = [&](void* block, std::size_t bytes)
         {
             auto* const begin = static_cast<std::byte*>(block);

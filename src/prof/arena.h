@@ -10,10 +10,10 @@ namespace qx
 {
 
 // A tree consists of very many small records (items, lists, texts), most of which live as long as their job. They are
-// cut from chunks one after another, in loading order, and are freed with the chunks when the job ends, without visiting
-// each of them. Records released before that are kept in a list for their size and reused for the same size. Once these
-// lists have grown by half of what the tree uses, neighbours are merged, so that a job whose values change their sizes
-// forever doesn't grow.
+// cut from chunks one after another, in loading order, and are freed with the chunks when the job ends, without
+// visiting each of them. Records released before that are kept in a list for their size and reused for the same size.
+// Once these lists have grown by half of what the tree uses, neighbours are merged, so that a job whose values change
+// their sizes forever doesn't grow.
 class clsProfArena
 {
 public:
@@ -77,8 +77,8 @@ private:
     std::size_t _chunkSize = kFirstChunk;
     FreeBlock* _free[kSmallUnits + 1] = {}; // by size in units
     FreeRun* _runs = nullptr;
-    std::size_t _freeBytes = 0; // in both
-    std::size_t _freeAfterMerge = 0; // what couldn't be merged to whole chunks
+    std::size_t _freeBytes = 0;      // in the lists and in the runs
+    std::size_t _freeAfterMerge = 0; // _freeBytes after the last merge
     std::size_t _mergeAt = kLeastMerge;
     std::size_t _chunkBytes = 0;
     std::size_t _largeBytes = 0;

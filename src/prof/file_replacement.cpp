@@ -45,12 +45,12 @@ String SideNameOf(const String& path)
 class clsSideFile
 {
 public:
-    // `name` is the name of the target for callers. A private file can't be read by other users until it takes over the
-    // access rights of the target.
+    // `name` is the name that the file object reports to callers: the target's. A private file can't be read by other
+    // users until it takes over the access rights of the target.
     clsSideFile(const String& path, const String& name, FileShare share, bool isPrivate) : _name(SideNameOf(path))
     {
         HANDLE handle = Create(share, isPrivate);
-        // What another save of a new file of this name is writing can't be deleted.
+        // The deletion fails if another save is currently writing a new file of this name.
         if (handle == INVALID_HANDLE_VALUE && GetLastError() == ERROR_FILE_EXISTS && DeleteFileW(_name.Text()))
             handle = Create(share, isPrivate);
         if (handle != INVALID_HANDLE_VALUE)
@@ -155,7 +155,7 @@ bool IsFileOfName(clsFile& file, const String& name)
         CreateFileW(name.Text(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr), true);
     BY_HANDLE_FILE_INFORMATION one{};
     BY_HANDLE_FILE_INFORMATION other{};
-    // What can't be found out is no reason to refuse a file.
+    // If a file can't be examined, assume that it is the same one.
     if (!named.IsValid())
         return GetLastError() != ERROR_FILE_NOT_FOUND;
     if (!ReadInformation(named.Get(), one) || !ReadInformation(file.GetHandle(), other))

@@ -9,7 +9,7 @@ namespace qx
 
 class clsProfOutput;
 
-// How an attempt ended to give a file new contents by putting another file in its place.
+// The outcome of an attempt to replace a file with a new one.
 enum class FileReplacement
 {
     Done,
@@ -18,19 +18,19 @@ enum class FileReplacement
 };
 
 // Writes the contents to a new file in the same folder, flushes it and moves it to the name of the target, which is
-// open. `share` is how the new file is opened. If it becomes the target, `successor` receives it, opened and with its
-// first byte locked since before it got the name.
+// open. `share` is the sharing mode of the new file. After the move, `successor` receives the new file, still open,
+// with its first byte locked since before the move.
 //
-// Impossible for streams, for files with several names, where the folder can't be written, and where the system can't
+// Returns Impossible for streams, for files with several names, if the folder can't be written, and if the system can't
 // replace an open file (Windows).
 FileReplacement ReplaceFileOf(
     clsFile& target, const clsProfOutput& content, FileShare share, clsAutoRelease<clsFile*>& successor);
 
-// Writes the contents to a new file of this name, which appears with all of its contents. Impossible if the name exists
-// by now, or if no file can be created in its folder.
+// Writes the contents to a new file of this name, which appears with all of its contents. Returns Impossible if a file
+// of this name exists by then, or if no file can be created in its folder.
 FileReplacement CreateFileOf(const String& name, const clsProfOutput& content);
 
-// Returns true if the name leads to the open file. A file that was waited for may have been replaced in the meantime.
+// Returns true if the name leads to the open file. While a caller waited for the file, a save may have replaced it.
 bool IsFileOfName(clsFile& file, const String& name);
 
 } // namespace qx

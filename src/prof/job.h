@@ -58,7 +58,8 @@ constexpr ProfForm FormOf(unsigned flags)
     }
 }
 
-// What a load found, in bits above the form. A save of the job would lose what these describe.
+// Properties of the source found by a load, in the bits above the form. A save of the job would lose the parts that
+// they describe.
 enum ProfSource : std::uint32_t
 {
     kSourcePacked = 0x40,

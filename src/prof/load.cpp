@@ -177,14 +177,15 @@ bool clsProfJob::RefuseLarge(const clsFile& file)
     return false;
 }
 
-// A few bytes can stand for very many.
+// Returns the largest size to which the source may unpack, because a few bytes can expand to an enormous size.
 std::uint64_t clsProfJob::UnpackLimit(clsFile& file) const
 {
     constexpr std::uint64_t kMostExpansion = 64;
     constexpr std::uint64_t kLeastLimit = std::uint64_t{64} << 20;
     if (_unpackLimit != 0)
         return _unpackLimit;
-    return std::max(kLeastLimit, kMostExpansion * static_cast<std::uint64_t>(std::max<std::int64_t>(file.GetSize(), 0)));
+    return std::max(
+        kLeastLimit, kMostExpansion * static_cast<std::uint64_t>(std::max<std::int64_t>(file.GetSize(), 0)));
 }
 
 // A stream object is part of a stream with other contents. It is always UTF-16LE, whatever encoding is detected for the

@@ -36,7 +36,7 @@ public:
     // If the table counts references, the caller gets one.
     const scProfText* Intern(std::wstring_view text, std::uint64_t hash);
 
-    // Gives back one reference. Only for tables that count them.
+    // Releases one reference. Only for tables that count references.
     void Release(const scProfText* text) noexcept;
 
     std::size_t Count() const;

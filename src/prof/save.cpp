@@ -27,7 +27,7 @@ constexpr DWORD kSavePause = 5;                     // ms
 constexpr wchar_t kByteOrderMark = 0xFEFF;
 constexpr wchar_t kStreamName[] = L"(Stream)";
 
-// Writes the contents over those of the target, which is locked.
+// Overwrites the contents of the target, which must be locked.
 ProfError WriteInPlace(const clsProfOutput& content, clsFile& target)
 {
     if (!content.ReplaceContentOf(target))
@@ -39,8 +39,7 @@ ProfError WriteInPlace(const clsProfOutput& content, clsFile& target)
 
 // Replaces the target or, where that isn't possible, writes its contents in place. `successor` receives the file that
 // has replaced it.
-ProfError Deliver(
-    const clsProfOutput& content, clsFile& target, FileShare share, clsAutoRelease<clsFile*>& successor)
+ProfError Deliver(const clsProfOutput& content, clsFile& target, FileShare share, clsAutoRelease<clsFile*>& successor)
 {
     const clsFileGuard guard(target);
     if (!guard.IsLocked())
@@ -66,8 +65,8 @@ ProfError DeliverAndClose(const clsProfOutput& content, clsFile& target)
     return error;
 }
 
-// Creates a file through a link that leads nowhere, or where nothing else is possible. It vanishes again if the contents
-// can't be written.
+// Writes the file directly under its name, creating it if necessary: for dangling links, and where no side file can be
+// created. A new file is deleted again if the contents can't be written.
 ProfError CreateInPlace(const clsProfOutput& content, const String& name)
 {
     clsFileRW target;
@@ -131,7 +130,7 @@ ProfError clsProfJob::Save(const wchar_t* name, unsigned flags)
     return SaveToName(image, name != nullptr ? String(name) : _fileName);
 }
 
-// The file that replaces the held one is opened and locked before it gets the name, and held from then on.
+// If a new file replaces the held one, it is opened and locked before the move and becomes the held file.
 ProfError clsProfJob::SaveToHeldFile(const clsProfOutput& image)
 {
     clsAutoRelease<clsFile*> successor;

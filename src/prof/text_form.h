@@ -45,9 +45,9 @@ inline bool IsBlank(std::wstring_view text)
     return text.find_first_not_of(L" \t") == std::wstring_view::npos;
 }
 
-// Notes what is lost with a part of the source that isn't part of any entry.
+// Records what a save would lose of this text, which isn't part of any entry.
 void NoteIgnored(scParseState& state, std::wstring_view text);
-// Reads what follows the end of the profile, which isn't part of it.
+// Reads and ignores the lines after the end of the profile.
 void IgnoreRest(scParseState& state);
 
 constexpr int kBeforeRoot = -1; // level until the marker of the root has been read

@@ -25,7 +25,7 @@ struct scProfText
     const wchar_t* Text() const { return reinterpret_cast<const wchar_t*>(this + 1); }
     std::wstring_view View() const { return {Text(), length}; }
 
-    // Returns the record of characters that are part of one.
+    // Returns the record that contains the characters.
     static const scProfText* Of(const wchar_t* text) { return reinterpret_cast<const scProfText*>(text) - 1; }
 
     static std::size_t Bytes(std::size_t length) { return sizeof(scProfText) + (length + 1) * sizeof(wchar_t); }

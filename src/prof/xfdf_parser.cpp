@@ -219,8 +219,8 @@ private:
         }
         if (isNew)
             _sharedName = _state.job.SharedName(name);
-        _list.AppendItem(_sharedName != nullptr ? _state.job.NewLeaf(*_sharedName, value)
-                                                : _state.job.NewLeaf(name, value));
+        _list.AppendItem(
+            _sharedName != nullptr ? _state.job.NewLeaf(*_sharedName, value) : _state.job.NewLeaf(name, value));
     }
 
     // A field without any value isn't stored.
@@ -236,8 +236,8 @@ private:
     void NoteText(std::wstring_view text)
     {
         if (HasControlCharacter(text) &&
-            std::any_of(text.begin(), text.end(),
-                [](wchar_t c) { return c < L' ' && c != L'\t' && c != L'\r' && c != L'\n'; }))
+            std::any_of(
+                text.begin(), text.end(), [](wchar_t c) { return c < L' ' && c != L'\t' && c != L'\r' && c != L'\n'; }))
             _state.source |= kSourceIgnored;
     }
 
@@ -257,7 +257,7 @@ private:
     clsItemList& _list;
     scXmlText _text{nullptr, nullptr};
     clsFieldPath _fields;
-    std::vector<wchar_t> _value; // a value that spans lines
+    std::vector<wchar_t> _value;             // a value that spans lines
     const scProfText* _sharedName = nullptr; // of the open fields
     std::uint64_t _nameCharacters = 0;
     bool _isEmpty = false; // the innermost field contains neither values nor fields so far

@@ -8,7 +8,7 @@
 namespace qx
 {
 
-// Formats a time in the user's locale: short date, time without seconds, and weekday. For people who look at the file.
+// Formats a time for human readers, in the user's locale: short date, time without seconds, and weekday.
 String ActivityNote(const SYSTEMTIME& time);
 
 } // namespace qx

@@ -173,7 +173,7 @@ bool clsThreadedJobDispatcher::RunJob(JobInHand& inHand)
         RunOwnJob(inHand);
     else if (queued)
     {
-        // Also a job that ends the thread, which unwinds the stack, counts as done.
+        // A destructor, so that a job that ends its thread, which unwinds the stack, also counts as done.
         struct Completion
         {
             ~Completion() { dispatcher.JobCompleted(job); }

@@ -187,7 +187,7 @@ bool clsThreadedJobDispatcherUsingIoCompletionPort::WaitForPacket()
 // The loop of each worker.
 void clsThreadedJobDispatcherUsingIoCompletionPort::RunJobs(ThreadMarks* marks)
 {
-    // Also runs if a job ends the thread, which unwinds the stack: the job counts as done.
+    // The destructor also runs if a job ends the thread, which unwinds the stack. The job then counts as done.
     struct Worker
     {
         ~Worker()

@@ -83,7 +83,7 @@ protected:
     bool Submit();
     // Cancels a run that hasn't started, or waits for a run in progress unless it is called by that run.
     void Finish();
-    // Reports a long run. Returns true if the pool has other threads for other work.
+    // Notifies the pool that this run will take long. Returns true if the pool has other threads for other work.
     bool MayRunLong() const;
 
 private:

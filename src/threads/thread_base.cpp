@@ -211,7 +211,7 @@ unsigned __stdcall clsThreadBase::Entry(void* order)
 // terminated would leak it.
 unsigned clsThreadBase::Run(std::shared_ptr<StartOrder> order)
 {
-    // The body may end the thread, which unwinds the stack.
+    // Removes the name in a destructor, because the body may end the thread, which unwinds the stack.
     class EnteredName
     {
     public:

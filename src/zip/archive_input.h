@@ -1,4 +1,4 @@
-// An archive as minizip and the library read it.
+// The file of an archive, open for reading by minizip and by the library.
 #pragma once
 
 #include "core/packing/byte_block.h"
@@ -18,7 +18,7 @@ namespace qx
 class clsArchiveInput
 {
 public:
-    // Opens a file; a pipe or a device is refused without waiting for it.
+    // Opens a file. Pipes and devices are refused without waiting for them.
     explicit clsArchiveInput(const String& path);
     clsArchiveInput(const clsArchiveInput&) = delete;
     clsArchiveInput& operator=(const clsArchiveInput&) = delete;
@@ -26,7 +26,8 @@ public:
     bool IsOpen() const { return _file.has_value(); }
     std::uint64_t Size() const { return _size; }
 
-    // Reads at the position and moves it. Returns the number of bytes, which is smaller only at the end or on an error.
+    // Reads `count` bytes at the position and advances it. Returns the number of bytes read, which is smaller only at
+    // the end of the file or after an error.
     std::size_t Read(void* target, std::size_t count);
     void SetPosition(std::uint64_t position) { _position = position; }
     bool ReadAt(std::uint64_t position, void* target, std::size_t count);
@@ -34,8 +35,8 @@ public:
     // The functions for unzOpen2_64. They refer to this object.
     zlib_filefunc64_def Functions();
 
-    // The position of the first seek since WatchSeeks: minizip begins by it to read an entry of the directory, whose
-    // position it doesn't tell otherwise.
+    // WatchSeeks starts recording; FirstSeek returns the position of the first seek since then. minizip seeks to an
+    // entry of the directory to read it, but doesn't report the position of the entry in any other way.
     void WatchSeeks() { _firstSeek.reset(); }
     std::optional<std::uint64_t> FirstSeek() const { return _firstSeek; }
 

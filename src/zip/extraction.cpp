@@ -25,7 +25,7 @@ constexpr std::uint32_t kFolderAccess = 0700; // permissions that extraction its
 
 using Parts = std::vector<String>;
 
-// Ends the extraction, where a clsZIPException ends that of a member.
+// Ends the whole extraction, whereas any other clsZIPException ends only the extraction of one member.
 class clsCannotWrite : public clsZIPException
 {
 public:

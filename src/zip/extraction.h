@@ -12,9 +12,9 @@ namespace qx
 enum class ExtractResult
 {
     Done = 0,
-    CannotOpen = -1, // the archive is missing, can't be opened, or is a pipe or a device
-    NotArchive = -2, // or its directory is damaged; members before the damage are extracted
-    Incomplete = -3, // some members were not extracted, all others were
+    CannotOpen = -1,  // the archive is missing, can't be opened, or is a pipe or a device
+    NotArchive = -2,  // or its directory is damaged; members before the damage are extracted
+    Incomplete = -3,  // some members were not extracted, all others were
     CannotWrite = -4, // a folder can't be created, or the disk is full; the members that follow were not extracted
     Stopped = -6      // by the progress function
 };
@@ -27,12 +27,14 @@ using ExtractProgress = std::function<bool(const String& name, std::uint64_t don
 
 // Extracts the archive below a folder, which is created if it is missing and the archive has members.
 //
-// Existing files are replaced. Where files have modes, a file gets the permissions of its member, cut by the process's
-// mask, and never the bits that let it run as another user. Links are created last, unless `withLinks` is false; their
-// targets must be inside the folder. Elsewhere links are problems.
+// Existing files are replaced. On systems where files have modes, a file gets the permissions of its member, restricted
+// by the process's umask, but never the bits that let it run as another user. Links are created last, unless
+// `withLinks` is false; their targets must be inside the folder. On systems without modes, links are reported as
+// problems.
 //
-// Nothing is written outside the folder: names that lead out of it and names that pass through a link are problems, and
-// folders are walked by handle. A file that couldn't be extracted whole is removed.
+// Nothing is written outside the folder: names that lead out of it and names that pass through a link are reported as
+// problems, and folders are opened relative to the handles of their parents. A file that couldn't be extracted
+// completely is removed.
 ExtractResult ExtractArchive(const String& archive, const String& folder, bool withLinks, const ExtractProblem& report,
     const ExtractProgress& progress = {});
 

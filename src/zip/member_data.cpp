@@ -51,7 +51,7 @@ public:
     {
     }
 
-    // Returns false if the data is longer than it may be, or isn't taken.
+    // Returns false if the data is longer than it may be, or if the sink refuses it.
     bool Take(const unsigned char* bytes, std::size_t count)
     {
         _count += count;
@@ -86,7 +86,7 @@ MemberDataResult CopyStored(clsArchiveInput& input, const scMemberData& data, st
 {
     ByteBlock buffer(kOutputBytes);
     std::uint64_t count = 0;
-    // The smallest size that is possible comes first.
+    // Tries the smallest possible size first.
     for (std::uint64_t end = data.size % kFourGB; end <= available; end += kFourGB)
     {
         while (count < end)

@@ -27,8 +27,8 @@ enum class MemberDataResult
     NotTaken // the sink returned false
 };
 
-// Passes the data to the sink in pieces of at most 1 MB. Both sizes may be off by a multiple of 4 GB, as programs
-// without ZIP64 write them, if the data and its checksum are right. Otherwise no more than `size` bytes are passed.
+// Passes the data to the sink in pieces of at most 1 MB. Programs without ZIP64 write sizes modulo 4 GB; such sizes are
+// accepted if the data and its checksum are right. Otherwise no more than `size` bytes are passed.
 MemberDataResult CopyMemberData(clsArchiveInput& input, const scMemberData& data,
     const std::function<bool(const unsigned char* bytes, std::size_t count)>& sink);
 

@@ -85,7 +85,7 @@ bool HasDrive(const String& name)
     return letter >= L'a' && letter <= L'z' && name.CharAt(1) == L':';
 }
 
-// Where colons are legal in names, a letter and a colon are a drive only in a path as Windows writes it.
+// On systems that allow colons in names, "c:" is a drive only if a separator follows, and never in a name from POSIX.
 bool LeadsOut(const String& name, bool isFromPosix)
 {
     if (!kHasPosixFiles)

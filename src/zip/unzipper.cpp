@@ -41,7 +41,7 @@ bool TimeOfMember(const unz_file_info64& info, std::string_view extra, FILETIME&
     return FileTimeOf({static_cast<std::uint16_t>(stamp >> 16), static_cast<std::uint16_t>(stamp)}, time);
 }
 
-// Replaces the values that don't fit 32 bits by those of the ZIP64 field, which contains only these, in this order.
+// Takes the values that don't fit in 32 bits from the ZIP64 field. The field contains only these values, in this order.
 void TakeZIP64(scZIPMember& member, std::string_view field)
 {
     for (std::uint64_t* value : {&member.size, &member.packedSize, &member.headerOffset})
@@ -158,7 +158,8 @@ void Unzipper::CheckMember() const
                 _member.name.Text(), _member.method));
 }
 
-// The sizes of the local header are ignored: those of the directory are as good, and the data shows which are right.
+// The sizes in the local header are ignored: the sizes in the directory are no less reliable, and decompressing the
+// data shows whether they are right.
 std::uint64_t Unzipper::DataPosition()
 {
     const std::uint64_t position = _member.headerOffset + _prefix;

@@ -60,7 +60,7 @@ void SetTimeAndAttributes(clsZIPFileEntry& entry, HANDLE source, const String& p
     entry.attributes = isKnown ? info.dwFileAttributes : GetFileAttributesW(path);
 }
 
-// Where names may contain characters that Windows doesn't allow, they aren't checked against its rules.
+// The name of the source isn't checked against the rules of Windows on systems that allow more characters.
 clsFileRO OpenedSource(const String& path)
 {
     if (!kHasPosixFiles)
@@ -78,7 +78,7 @@ clsFileRO OpenedSource(const String& path)
     return clsFileRO(file.Detach());
 }
 
-// Names are stored as they are on Unix, in UTF-8.
+// Name and comment are stored unchanged and in UTF-8, as on Unix.
 void SetPosixName(clsZIPFileEntry& entry, const String& name, const String& comment)
 {
     const auto isAscii = [](wchar_t c)
@@ -222,7 +222,8 @@ int clsZIPFile::AddFile(const String& path, const String& storedName, const Stri
     return kOk;
 }
 
-// Returns false if the path isn't a link, or a link that leads out of the archive: then the file it leads to is stored.
+// Returns false if the path isn't a link, or if the link leads out of the archive. The caller then stores the file that
+// it leads to.
 bool clsZIPFile::AddLink(const String& path, clsZIPFileEntry& entry)
 {
     const std::optional<std::string> target = LinkTargetOf(path);
@@ -262,8 +263,8 @@ void clsZIPFile::Append(std::unique_ptr<clsZIPFileEntry> entry)
     _spoolEnd += entry.release()->header.compressedSize;
 }
 
-// Compresses the source to the end of the temporary file and sets the fields that follow from that. What a failure has
-// written there is overwritten by the next member.
+// Compresses the source to the end of the temporary file and sets the fields that result from that. If this fails, the
+// next member overwrites the incomplete data.
 bool clsZIPFile::Store(clsZIPFileEntry& entry, clsFile& source, const String& path)
 {
     const auto fail = [&](const wchar_t* reason)
@@ -300,7 +301,7 @@ bool clsZIPFile::Store(clsZIPFileEntry& entry, clsFile& source, const String& pa
     return true;
 }
 
-// Only the name in the header ends with a slash.
+// Only the name in the header gets the trailing slash; storedName doesn't.
 void clsZIPFile::AddDirectory(const String& path, const String& storedName, const WIN32_FIND_DATAW& data)
 {
     std::unique_ptr<clsZIPFileEntry> entry = NewEntry(path, storedName, String(), 0);
@@ -324,7 +325,7 @@ int clsZIPFile::ListFiles(const String& folder, const String& relative, const St
         text = FailureText();
     }
     if (result != kOk)
-        return Fail(result, text); // a later failure has replaced it
+        return Fail(result, text); // set again, because a later failure has replaced it
     if (finder.Error() == ERROR_SUCCESS || finder.Error() == ERROR_FILE_NOT_FOUND)
         return kOk;
     return Fail(kCannotOpen,

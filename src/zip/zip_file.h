@@ -94,7 +94,7 @@ private:
     clsFileRW _archive;
     String _comment;
     std::optional<clsFileRWTemp> _spool; // the compressed data of all members, created for the first one
-    std::int64_t _spoolEnd = 0;          // behind the last member
+    std::int64_t _spoolEnd = 0;          // the end of the last member
     ByteBlock _buffer;                   // for copying
 };
 

@@ -1,5 +1,5 @@
-// Makes each allocation of an operation fail in turn. The operation must report the failure, leave nothing behind and not
-// end the process.
+// Makes each allocation of an operation fail in turn. The operation must report the failure, leave nothing behind and
+// not end the process.
 #include <qxut23/jobs.h>
 #include <qxut23/markup.h>
 #include <qxut23/profile.h>
@@ -30,17 +30,17 @@ using namespace faulttest;
 namespace
 {
 
-// What an operation reported, and what it did.
+// The result that an operation reported, compared with its effect.
 enum class Outcome
 {
     done,
     failed,
-    lied, // reported success without having done all
+    lied, // reported success although a part was missing
 };
 
 using Operation = Outcome (*)();
 
-// Paths of the test, made without allocations later.
+// The paths used by the test, converted in advance so that no allocation is needed later.
 struct Paths
 {
     Paths()
@@ -137,7 +137,7 @@ Outcome Archive()
     }
     try
     {
-        isDone = UtilExtractZip(paths->zip, paths->extracted) == 1 && isDone; // documented to throw
+        isDone = UtilExtractZip(paths->zip, paths->extracted) == 1 && isDone; // throws on failure, as documented
     }
     catch (const std::exception&)
     {
@@ -153,7 +153,7 @@ Outcome Archive()
 
 Outcome Document()
 {
-    // Without results: a failure leaves the text null.
+    // These functions have no result code. A failure leaves the text null.
     BSTR html = nullptr, text = nullptr;
     SetLastError(0);
     UtilConvertText2HTML(L"a < b\r\n\u20AC", &html, 0);
@@ -182,7 +182,7 @@ protected:
     static constexpr long kMost = 100'000;
 };
 
-// In processes that use the operation for the first time, so that what is made once can fail too.
+// Each attempt runs in a new process, so that allocations that happen only at the first use fail too.
 TEST_P(Allocations, FailAtTheFirstUse)
 {
     for (const bool also : {false, true})
@@ -196,7 +196,7 @@ TEST_P(Allocations, FailAtTheFirstUse)
                 alarm(60);
                 FailAllocation(number, also);
                 const Outcome outcome = GetParam().second();
-                // The operation ends the failures, which clears nothing.
+                // Ends the failures first; that doesn't clear HasFailed().
                 _exit(outcome == Outcome::lied ? 9 : HasFailed() ? 1 : 0);
             }
             int status = 0;
@@ -212,7 +212,7 @@ TEST_P(Allocations, FailAtTheFirstUse)
 TEST_P(Allocations, FailWithoutALeak)
 {
     for (int i = 0; i < 3; ++i)
-        ASSERT_EQ(Run(0, false), Outcome::done); // what stays is there
+        ASSERT_EQ(Run(0, false), Outcome::done); // allocations that remain, such as caches, are made here
     for (const bool also : {false, true})
         for (long number = 1;; ++number)
         {
@@ -222,7 +222,7 @@ TEST_P(Allocations, FailWithoutALeak)
             const bool hasFailed = HasFailed();
             FailAllocation(0);
             EXPECT_NE(outcome, Outcome::lied) << "allocation " << number;
-            // Threads free their last blocks after they have counted as ended.
+            // A thread frees its last blocks only after it counts as ended.
             for (int i = 0; i < 100 && LiveBlocks() > before; ++i)
                 Sleep(5);
             EXPECT_LE(LiveBlocks() - before, 0) << "allocation " << number << (also ? " and all after it" : "");

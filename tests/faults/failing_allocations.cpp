@@ -14,7 +14,7 @@ extern "C" void __libc_free(void* block);
 namespace
 {
 
-constinit std::atomic<long> left = 0; // allocations up to the one that fails; 0 for none
+constinit std::atomic<long> left = 0; // number of allocations until one fails, including that one; 0 if none fails
 constinit std::atomic<bool> failsOn = false;
 constinit std::atomic<bool> hasFailed = false;
 constinit std::atomic<long> live = 0;

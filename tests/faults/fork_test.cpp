@@ -32,9 +32,9 @@ using namespace qxtest;
 namespace
 {
 
-constexpr unsigned kPatience = 30; // seconds that a child has
+constexpr unsigned kPatience = 30; // time limit of a child in seconds
 
-std::string folder; // of this process and its children
+std::string folder; // the temporary folder of this process and its children
 
 std::vector<wchar_t> Wide(const std::string& text)
 {
@@ -43,7 +43,7 @@ std::vector<wchar_t> Wide(const std::string& text)
     return wide;
 }
 
-// Each returns true if all went well.
+// These functions return true if everything worked.
 
 bool UseRegistry(const std::string& name)
 {
@@ -116,7 +116,7 @@ bool UseMemoryAndEvents()
     return isSet && GlobalFree(block) == nullptr;
 }
 
-// Runs the function in a child with a time limit, and returns its exit code, or -1 for another end.
+// Runs the function in a child with a time limit. Returns its exit code, or -1 if it ended in any other way.
 int RunChild(const std::function<int()>& body)
 {
     const pid_t child = fork();
@@ -167,7 +167,7 @@ TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
     EXPECT_EQ(failures, 0);
 }
 
-// What threads of the parent held for long, and waited for, doesn't keep the child from anything.
+// A lock that a thread of the parent held for a long time, or waited for, doesn't block the child.
 TEST(Forks, ChildTakesOverWhatTheParentsThreadsHeld)
 {
     CRITICAL_SECTION section;
@@ -195,7 +195,7 @@ TEST(Forks, ChildTakesOverWhatTheParentsThreadsHeld)
             EnterCriticalSection(&section);
             if (WaitForSingleObject(thread, INFINITE) != WAIT_OBJECT_0)
                 return 1;
-            // The waits of the parent's threads must not take the event from a thread of the child.
+            // A wait of a thread of the parent must not consume the event that a thread of the child waits for.
             std::thread own([&] { WaitForSingleObject(automatic, INFINITE); });
             Sleep(20);
             SetEvent(automatic);
@@ -238,8 +238,8 @@ TEST(Forks, ChildKeepsItsOwnSections)
 
 } // namespace
 
-// The library reads the name of its log file when it is loaded. So a first process makes the settings, and executes the
-// program again with them.
+// The library reads the name of its log file when it is loaded. Therefore the first process stores the settings and
+// executes the program again.
 int main(int count, char** arguments)
 {
     if (const char* const known = std::getenv("QXUT_FORK_TEST"))

@@ -16,7 +16,7 @@ using namespace profiletest;
 namespace
 {
 
-// Starts the peer of the profile tests, which is next to this program.
+// Starts the peer program of the profile tests, which is in the folder of this program.
 pid_t StartPeer(const std::vector<std::string>& arguments)
 {
     const std::string program = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "profile_peer";
@@ -56,7 +56,7 @@ TEST(SaveKills, LeaveTheOldOrTheNewContents)
         }
         const pid_t peer =
             round % 2 == 0 ? StartPeer({"rewrite", path, "1000000"}) : StartPeer({"save", path, "b", "1000000"});
-        // Most of the kills are to happen after the first save has begun.
+        // Waits until the first save has begun, so that most of the kills happen during a save.
         for (int i = 0; i < 1000 && (isNew ? !std::filesystem::exists(path) : LetterOfWhole(Job(path)) == "0") &&
                         random() % 50 != 0;
              ++i)

@@ -27,18 +27,19 @@ using namespace qxtest;
 namespace
 {
 
-constexpr std::size_t kDepth = 20'000; // of lists and elements
-constexpr int kGroupDepth = 250;       // of groups in patterns, the limit of PCRE2
-constexpr int kArrayDepth = 64;        // of arrays in variants
+constexpr std::size_t kDepth = 20'000; // nested lists and elements
+constexpr int kGroupDepth = 250;       // nested groups of a pattern: the limit of PCRE2
+constexpr int kArrayDepth = 64;        // nested arrays of a variant
 
-// Runs the function on a thread with that much stack, and lets the process end if it needs more.
+// Runs the function on a thread with a stack of the given size. The process crashes if the function needs more.
 void RunOnStack(std::size_t kilobytes, std::function<void()> body)
 {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     ASSERT_EQ(pthread_attr_setstacksize(&attributes, kilobytes * 1024), 0);
     pthread_t thread;
-    ASSERT_EQ(pthread_create(&thread, &attributes,
+    ASSERT_EQ(pthread_create(
+                  &thread, &attributes,
                   [](void* given) -> void*
                   {
                       (*static_cast<std::function<void()>*>(given))();
@@ -58,11 +59,12 @@ void UseProfiles(const TempFolder& folder)
         list = ProfAppendListW(job, list, L"l");
     ProfSetStringW(job, list, L"leaf", L"value");
     const qx::String path = folder.Path(L"deep");
-    for (const std::int32_t form : {PROF_FORM_TEXT + 0, PROF_FORM_XML + 0, PROF_FORM_TEXT + PROF_SAVE_PACKED, PROF_FORM_XFDF + 0})
+    for (const std::int32_t form :
+        {PROF_FORM_TEXT + 0, PROF_FORM_XML + 0, PROF_FORM_TEXT + PROF_SAVE_PACKED, PROF_FORM_XFDF + 0})
     {
         ASSERT_EQ(ProfSaveW(job, path.Text(), form), PROF_OK) << form;
         const HPROFJOB loaded = ProfJobOpenW(path.Text());
-        // Names of fields have a greatest length.
+        // The total length of XFDF names is limited, so that form may be refused.
         EXPECT_TRUE(form == PROF_FORM_XFDF || ProfGetError(loaded) == PROF_OK) << form;
         const HPROFJOB copy = ProfJobOpenW(nullptr);
         ProfCopyList(copy, nullptr, loaded, nullptr);
@@ -157,7 +159,7 @@ TEST(SmallStacks, Of64Kilobytes)
         });
 }
 
-// Destroying arrays needs no stack, and copying them ends before it needs too much.
+// Destroying nested arrays needs no stack, and copying them is refused before it needs too much.
 TEST(SmallStacks, ArraysOfAnyDepth)
 {
     RunOnStack(64,

@@ -1,5 +1,5 @@
-// Extracts archives and embedded files many times while another process swaps a folder of the
-// target, and the names of files in it, for links that lead outside. Fails if anything is written outside.
+// Extracts archives and embedded files many times. Meanwhile another process swaps a folder of the target, and files in
+// it, with links that lead outside. Fails if anything is written outside.
 #include <qxut23/archives.h>
 #include <qxut23/profile.h>
 
@@ -50,7 +50,8 @@ public:
     static std::string Name(int number) { return "file" + std::to_string(number); }
     fs::path Path(const char* name) const { return _root / name; }
 
-    // A new target with the folder `folder`, a link `link` that leads outside, and for each file a link of its own.
+    // Creates a new target with the folder `folder`, a link `link` that leads outside, and for each file another link
+    // that leads outside.
     void Prepare() const
     {
         for (const char* name : {"target", "outside", "links"})
@@ -81,7 +82,7 @@ void SwapFolders(const Place& place)
         Exchange(place.Path("target/folder"), place.Path("target/link"));
 }
 
-// A folder that is a link from the start would be the caller's choice.
+// Starts with the first file, because a folder that was a link from the start would be the caller's choice.
 void SwapFoldersAfterTheFirstFile(const Place& place)
 {
     while (!fs::exists(place.Path("target/folder") / Place::Name(0)))
@@ -150,7 +151,7 @@ int main()
         ProfExtractFilesW(job, nullptr, Wide(place.Path("target/folder")).data(), Wide("key").data());
     };
 
-    // Both must write when nobody interferes, or the attacks prove nothing.
+    // Without interference all files must be extracted; otherwise the attacks would prove nothing.
     place.Prepare();
     extractArchive();
     const bool archiveWrites = fs::exists(place.Path("target/folder") / Place::Name(kFiles - 1));

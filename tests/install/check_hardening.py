@@ -47,10 +47,10 @@ def check_elf(prefix, objdump, readelf, file, function):
     expect("TEXTREL" not in dynamic, file, "relocations in the code")
     expect("/bin/" not in file or re.search(r"FLAGS_1.*\bPIE\b", dynamic), file, "not position-independent")
     expect("__stack_chk_fail@" in imports, file, "no stack protector")
-    if "libqxUT23" not in file:  # which calls the layer where others call the C library
+    if "libqxUT23" not in file:  # the library calls no functions that have checked forms
         expect(re.search(r"__(?!stack)\w+_chk@", imports), file, "no function is checked by _FORTIFY_SOURCE")
     is_arm = "AArch64" in output(readelf, "-h", file)
-    if function:  # the whole image isn't marked, as the C library's start files aren't
+    if function:  # the image as a whole isn't marked, because the C library's start files aren't
         code = output(objdump, "-d", f"--disassemble={function}", file)
         expect(re.search(r"\b(paciasp|bti)\b" if is_arm else r"\bendbr64\b", code), file,
                f"{function} is no marked target of an indirect call")

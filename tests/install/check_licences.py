@@ -26,7 +26,7 @@ def listed():
 
 
 own = {"libqxUT23.so", "libqxplatform.so", "libqxct23.so", "qxUT23.dll", "qxct23.dll"}
-# The C library's parts, of which each release of it and each processor loads others.
+# The parts of the C library. Which of them are loaded depends on its version and on the processor.
 always = {"libc.so", "libm.so", "libdl.so", "libpthread.so", "ld-linux-x86-64.so", "ld-linux-aarch64.so",
           "libicudata.so"}
 needed = set().union(*(loaded(file) for file in files)) - own

@@ -7,7 +7,7 @@ import tempfile
 
 GOOD = "BOOL WINAPI SetEvent(HANDLE hEvent) QXP(SetEvent);\n"
 CASES = [
-    # file, content, the name or file that the linter must report; none where there is no fault
+    # file, content, and the name or file that the linter must report (empty if the content is correct)
     ("platform/include/synchapi.h", GOOD, ""),
     ("platform/include/synchapi.h", GOOD + "BOOL WINAPI ResetEvent(\n    HANDLE hEvent);\n", "ResetEvent"),
     ("platform/include/synchapi.h", "BOOL WINAPI ResetEvent(HANDLE hEvent) QXP(SetEvent);\n", "ResetEvent"),

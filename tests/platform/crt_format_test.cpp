@@ -138,7 +138,7 @@ TEST(CrtFormat, FollowsTheDocumentation)
     Prints(L"[1.#INF00  ]", L"[%-10f]", Infinity);
     EXPECT_EQ(_snwprintf(nullptr, 0, L"%2147483647d%d", 1, 1), -1); // too long for the result type
     EXPECT_EQ(_snwprintf(nullptr, 0, L"%99999999999d%d", 1, 1), -1);
-    // Differs from the system on purpose: %n takes its argument and doesn't write to it.
+    // A deliberate difference from the system: %n skips its argument and writes nothing.
     long long count = -1;
     Prints(L"abcde", L"a%hnb%*I64nc%nd%s", &count, 3, &count, &count, L"e");
     EXPECT_EQ(count, -1);

@@ -57,7 +57,7 @@ TEST(DateFromText, OfLocales)
         std::string result;
     } const cases[] = {{AMERICAN, L"1/2/2018", "2018-1-2 0:00:00"}, {AMERICAN, L" 1 / 2 / 2018 ", "2018-1-2 0:00:00"},
         {AMERICAN, L"1 2 2018", "2018-1-2 0:00:00"}, {AMERICAN, L"12/29/1899 6:00", "1899-12-29 6:00:00"},
-        {AMERICAN, L"1.2.2018", NONE}, // a time
+        {AMERICAN, L"1.2.2018", NONE}, // dots separate the parts of a time
         {AMERICAN, L"13/2/2018", "2018-2-13 0:00:00"}, {AMERICAN, L"2018/2/3", "2018-2-3 0:00:00"},
         {AMERICAN, L"1/2/49", "2049-1-2 0:00:00"}, {AMERICAN, L"1/2/50", "1950-1-2 0:00:00"},
         {AMERICAN, L"1/2/9999", "9999-1-2 0:00:00"}, {AMERICAN, L"1/2/10000", NONE},

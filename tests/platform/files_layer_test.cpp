@@ -169,7 +169,7 @@ TEST_F(FilesOfTheLayer, LocksOfOtherPrograms)
         request.l_len = length;
         return fcntl(other, F_OFD_SETLK, &request);
     };
-    // The layer's locks don't prevent such a program from locking the data of the file.
+    // Another program can lock a file's data in spite of the layer's locks.
     {
         const Handle file = Open(path, GENERIC_READ | GENERIC_WRITE, 0);
         EXPECT_TRUE(file);

@@ -248,7 +248,7 @@ TEST(FilesAttributes, AreKept)
     EXPECT_TRUE(SetFileAttributesW(path, FILE_ATTRIBUTE_READONLY));
     EXPECT_EQ(GetFileAttributesW(path), DWORD{FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_ARCHIVE});
     EXPECT_TRUE(Open(path, GENERIC_READ, 0));
-    if (kIsLayer) // under Wine the administrator may write all the same
+    if (kIsLayer) // under Wine the administrator may write nevertheless
     {
         for (const DWORD disposition : {OPEN_EXISTING, CREATE_ALWAYS})
             EXPECT_EQ(OpenError(path, GENERIC_WRITE, 0, disposition), DWORD{ERROR_ACCESS_DENIED});

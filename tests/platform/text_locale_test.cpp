@@ -51,7 +51,7 @@ TEST(Locales, NamesAndNumbers)
     EXPECT_EQ(LocaleNameToLCID(L"DE-de", 0), LCID{0x0407});
     EXPECT_EQ(LocaleNameToLCID(L"en-DE", 0), LCID{LOCALE_CUSTOM_UNSPECIFIED});
     EXPECT_EQ(LocaleNameToLCID(L"xx", 0), LCID{0});
-    // A language stands for its main region unless neutral names are allowed.
+    // A language means its main region unless neutral names are allowed.
     EXPECT_EQ(NameOf(0x0007), "de-DE");
     EXPECT_EQ(NameOf(0x0007, LOCALE_ALLOW_NEUTRAL_NAMES), "de");
     EXPECT_EQ(LocaleNameToLCID(L"de", 0), LCID{0x0407});

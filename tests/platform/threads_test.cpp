@@ -42,7 +42,7 @@ TEST(Threads, ObjectsOfTheThreadAreGoneBeforeItsHandleIsSignalled)
     EXPECT_TRUE(isGone);
 }
 
-// Also while the thread waits for a critical section, which it then doesn't enter.
+// Includes a suspension while the thread waits for a critical section, which it must not enter then.
 TEST(Threads, SuspensionsAreCounted)
 {
     CRITICAL_SECTION section;

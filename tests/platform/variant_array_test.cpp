@@ -8,7 +8,7 @@ namespace
 
 using namespace qxtest;
 
-// Counts its references.
+// An object that counts its references.
 class Counted : public IUnknown
 {
 public:

@@ -23,7 +23,7 @@ struct JobCounts
     std::atomic<int> runs = 0;
     std::atomic<int> told = 0;
     std::atomic<int> dropped = 0;    // jobs released without having run
-    std::atomic<int> takenAgain = 0; // jobs taken by a host that had already been taken
+    std::atomic<int> takenAgain = 0; // jobs that a host has taken more than once
 };
 
 // A reference-counted object with an initial count of 1. Both interfaces of a pool start with these functions.

@@ -54,7 +54,7 @@ constexpr Property kProperties[] = {
     {QXUT_COUNTRY_CODE_PAGE, "code-page", true},
 };
 
-// Returns the values that UtilLocGetCountryInfo knows. Empty if there is no such country.
+// Returns all values of UtilLocGetCountryInfo. Empty if there is no such country.
 ordered_json ValuesByName(const std::string& country)
 {
     const WideText name(country);
@@ -71,8 +71,8 @@ ordered_json ValuesByName(const std::string& country)
     return values;
 }
 
-// Returns the data of the country with that ISO 3166-1 code or English name, completed by the locale data of the
-// system. Empty if there is no such country.
+// Returns the data of the country with this ISO 3166-1 code or English name, completed with the system's locale data.
+// Empty if there is no such country.
 ordered_json ValuesByCode(const std::string& code)
 {
     QxCountry country{};
@@ -82,7 +82,7 @@ ordered_json ValuesByCode(const std::string& code)
     ordered_json values = {{"name", Utf8(country.name)}, {"official-name", Utf8(country.officialName)},
         {"native-name", Utf8(country.nativeName)}, {"iso3166", Utf8(country.alpha2)}, {"alpha-3", Utf8(country.alpha3)},
         {"numeric", Utf8(country.numeric)}};
-    // That function may find another country of the same name, so its values count only if the code agrees.
+    // ValuesByName may find another country with the same name, so its values are used only if the codes match.
     const ordered_json others = ValuesByName(values["alpha-3"]);
     const std::string iso3166 = others.value("iso3166", "");
     const bool isSame = iso3166 == values["iso3166"] || iso3166 == values["alpha-3"];

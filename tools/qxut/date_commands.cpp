@@ -18,7 +18,7 @@
 #include <string_view>
 #include <vector>
 
-// As the system defines it. The system's headers use another character type than this program.
+// Declared as the system declares it, because the system's headers use another character type than this program.
 struct _SYSTEMTIME
 {
     std::uint16_t year, month, dayOfWeek, day, hour, minute, second, milliseconds;

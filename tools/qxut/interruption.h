@@ -1,4 +1,4 @@
-// Ctrl-C and its like: the program removes what is unfinished before it ends.
+// Handles Ctrl-C and similar signals: the program removes unfinished files before it ends.
 #pragma once
 
 #include <functional>
@@ -7,13 +7,13 @@
 namespace qxut
 {
 
-// While the object exists, SIGINT, SIGTERM and SIGHUP (on windows Ctrl-C, Ctrl-Break and the close of the window) don't
-// end the program at once. A signal that was ignored when the program started stays ignored.
+// While the object exists, SIGINT, SIGTERM and SIGHUP (on windows Ctrl-C, Ctrl-Break and closing the window) don't end
+// the program immediately. A signal that was ignored when the program started stays ignored.
 class Interruption
 {
 public:
-    // Without a function, an interruption is only noted: see ExitCode. With one, the function is called in another
-    // thread, and the program exits with the code.
+    // Without `cleanUp`, an interruption is only recorded: see ExitCode. With it, the function is called on another
+    // thread, and then the program exits with that code.
     explicit Interruption(std::function<void()> cleanUp = {});
     Interruption(const Interruption&) = delete;
     Interruption& operator=(const Interruption&) = delete;

@@ -19,7 +19,8 @@ namespace
 
 constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
-// A program started by nohup, or in the background by a simple shell, is not to be ended by these signals.
+// Excludes ignored signals: a program started by nohup, or in the background by a simple shell, must not be ended by
+// them.
 sigset_t SignalsToHandle()
 {
     sigset_t set;
@@ -59,7 +60,7 @@ struct Interruption::State
             signalfd_siginfo info{};
             if (read(signals, &info, sizeof info) != sizeof info)
                 continue;
-            // The second one doesn't wait for a piece of work that takes too long.
+            // A second signal ends the program immediately, in case the interrupted work takes too long.
             if (const int code = 128 + static_cast<int>(info.ssi_signo); exitCode.exchange(code) != 0)
                 _exit(code);
             if (cleanUp)

@@ -17,7 +17,7 @@ struct Interruption::State
 namespace
 {
 
-// The system calls the handler without a context, and there is one command line.
+// The system calls the handler without a context. At most one object exists at a time.
 std::atomic<Interruption*> current = nullptr;
 std::function<void(int)> handle;
 

@@ -53,7 +53,7 @@ std::string SettingOf(const std::string& name)
     return {path.begin(), path.end()};
 }
 
-// For option checks, which report an error by a non-empty text.
+// Returns the reason if the option is refused, otherwise an empty text. CLI11 expects this from the checks of options.
 std::string RefusedIf(bool isRefused, const char* reason)
 {
     return isRefused ? reason : "";

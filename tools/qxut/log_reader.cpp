@@ -24,8 +24,8 @@ std::string ToUtf8(const std::u16string& units)
     return Utf8(text.data());
 }
 
-// Removes the prefix that matches the picture and returns it, or returns an empty text. In the picture, 9 stands for a
-// digit and f for a hexadecimal digit.
+// Removes the prefix that matches the picture and returns it, or returns an empty text. In the picture, 9 means a digit
+// and f a hexadecimal digit.
 std::string_view Take(std::string_view& text, std::string_view picture)
 {
     const auto fits = [](char c, char pictured)

@@ -29,7 +29,7 @@ std::string Utf8Name(const fs::path& path)
     return {text.begin(), text.end()};
 }
 
-// The names are ARCHIVE.PROCESS-RANDOM.part. Returns 0 for any other name.
+// Returns the process id in a name of the form ARCHIVE.PROCESS-RANDOM.part, or 0 for any other name.
 unsigned long ProcessOfPart(const std::string& name, const std::string& archive)
 {
     if (name.rfind(archive + '.', 0) != 0 || !name.ends_with(kPartExtension))
@@ -42,7 +42,7 @@ unsigned long ProcessOfPart(const std::string& name, const std::string& archive)
     return std::strtoul(middle.c_str(), nullptr, 10);
 }
 
-// Removes what processes have left that were killed.
+// Removes the temporary files of processes that were killed.
 void RemoveStaleParts(const fs::path& archive)
 {
     const std::string name = Utf8Name(archive);
@@ -126,7 +126,7 @@ void NewArchive::Close()
 
 void NewArchive::Abandon()
 {
-    _ending.lock(); // for good
+    _ending.lock(); // never unlocked, because the program ends
     std::error_code ignored;
     if (!_isWhole)
         fs::remove(fs::u8path(_partPath), ignored);

@@ -13,8 +13,8 @@ namespace qxut
 // Returns the library's description of its last failure, or the given text if there is none.
 std::string LibraryErrorText(const std::string& otherwise);
 
-// Written under a temporary name beside the final one and renamed when it is complete, so an existing archive stays
-// intact until then. An archive that isn't complete is removed.
+// Written under a temporary name next to the final one and renamed when it is complete, so an existing archive stays
+// intact until then. An incomplete archive is removed.
 class NewArchive
 {
 public:
@@ -23,11 +23,12 @@ public:
     NewArchive& operator=(const NewArchive&) = delete;
     ~NewArchive();
 
-    // Throws a Failure for a file that can't be read or stored. `flags` are those of QxZIPAppend.
+    // Throws a Failure for a file that can't be read or stored. `flags` are the flags of QxZIPAppend.
     void Append(const std::string& file, const std::string& name, std::uint32_t flags);
     void Close();
 
-    // Removes the unfinished archive, from another thread. Nothing can be done with this object then: the program ends.
+    // Removes the unfinished archive. Called on another thread when the program is about to end; the object can't be
+    // used afterwards.
     void Abandon();
 
 private:

@@ -8,11 +8,11 @@ namespace qxut
 
 unsigned long ProcessId();
 
-// Returns true also if that can't be found out.
+// Also returns true if the state of the process can't be determined.
 bool IsProcessAlive(unsigned long id);
 
-// Converts a path of the system to the form that the library takes. On linux a backslash is a character of a name like
-// any other, which the library represents by U+F05C.
+// Converts a path of the system to the form that the library expects. On linux a backslash is an ordinary character of
+// a name, which the library represents by U+F05C.
 std::string LibraryPath(std::string path);
 
 } // namespace qxut

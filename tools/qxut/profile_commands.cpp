@@ -117,8 +117,8 @@ void Report(const ProfileOptions& options, std::size_t changed)
                   << '\n';
 }
 
-// Opens the file, changes it and saves it. Without --output the file is saved in place: other writers are locked out in
-// the meantime, and a file that would lose something by it is refused without --force.
+// Opens the file, changes it and saves it. Without --output the file is saved in place: other processes can't write it
+// in the meantime, and without --force a file is refused if the save would lose something.
 void Edit(const ProfileOptions& options, const std::function<std::size_t(HPROFJOB, HPROFLIST)>& change)
 {
     const auto edit = [&](const ProfileFile& profile)

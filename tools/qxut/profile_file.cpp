@@ -19,7 +19,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-// Returns the system's error message for opening the file, because the library's code contains no details.
+// Returns the system's error message for opening the file, because the library's result code has no details.
 std::string ReasonOfFailedOpen(const fs::path& file, std::ios::openmode mode)
 {
     errno = 0;
@@ -35,7 +35,7 @@ std::string ReasonOfMissing(const fs::path& file)
     return isFolderMissing ? "no such folder" : "no such file";
 }
 
-// Examines the file to find the reason that the library's code doesn't state.
+// Examines the file to find the reason, because the library's result code doesn't state it.
 std::string ReasonOfFailedRead(const std::string& path, std::int32_t error, std::uint32_t source)
 {
     if ((source & QXUT_SOURCE_TOO_LARGE) != 0)
@@ -129,8 +129,8 @@ std::vector<Entry> EntriesOf(HPROFJOB job, HPROFLIST list)
     return entries;
 }
 
-// Returns true if the file is missing. The library also accepts names that this system doesn't (with drives, shares and
-// backslashes), so its result decides.
+// Returns true if the file is missing. The library also accepts names that the standard library doesn't (with drives,
+// shares and backslashes), so the library's result decides.
 bool IsMissing(const std::string& path)
 {
     std::error_code ignored;

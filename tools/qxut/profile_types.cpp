@@ -39,7 +39,7 @@ bool FromText(std::string_view text, Number& value)
     const auto read = std::from_chars(text.data(), end, value);
     if constexpr (std::is_floating_point_v<Number>)
     {
-        // Of longer numbers the library reads only a part, and for infinities and NaN only a digit.
+        // The library reads only a part of longer numbers, and only a digit of infinities and NaN.
         if (!(std::abs(value) < kTooLarge))
             return false;
     }

@@ -63,10 +63,10 @@ struct Source
     std::string name; // in the archive
     std::uint64_t size = 0;
     bool isLink = false;
-    bool staysInside = false; // the link, in the folder on the command line
+    bool staysInside = false; // a link whose target is inside the folder on the command line
 };
 
-// The files to store, and what can't be stored, with the reason.
+// The files to store, and the files that can't be stored, each with the reason.
 struct Sources
 {
     std::vector<Source> files;
@@ -157,14 +157,15 @@ Sources FindSources(const ZipOptions& options)
     return sources;
 }
 
+// Throws a Failure with all the messages, if there are any.
 void FailIfAny(int code, const std::vector<std::string>& messages)
 {
     if (!messages.empty())
         throw Failure(code, messages);
 }
 
-// A link that leads out of the archive to a folder, or nowhere, can't be stored; a file that can't be read ends the
-// work.
+// A link that leads to a folder outside the archive, or nowhere, can't be stored and is added to `leftOut`. A file that
+// can't be read throws.
 void Append(NewArchive& archive, const Source& source, std::vector<std::string>& leftOut)
 {
     std::error_code error;
@@ -279,7 +280,7 @@ void List(const ZipOptions& options)
 
 // ---- extract
 
-// What the library's functions share during an extraction.
+// The state shared by the library's callbacks during an extraction.
 struct Work
 {
     ProgressBar& bar;
@@ -302,7 +303,7 @@ std::int32_t OnProgress(void* context, const QXWCHAR* name, std::uint64_t done)
     return work.interruption.ExitCode() == 0 ? 1 : 0;
 }
 
-// Returns when the progress bar and the signals are as before.
+// Returns after the progress bar has been cleared and the signals have been restored.
 void ExtractAll(const ZipOptions& options, std::uint64_t total)
 {
     const Interruption interruption;

@@ -41,7 +41,7 @@ constexpr QXWCHAR kUpperHalf[] = {0xC7, 0xFC, 0xE9, 0xE2, 0xE4, 0xE0, 0xE5, 0xE7
     0x207F, 0xB2, 0x25A0, 0xA0};
 static_assert(std::size(kUpperHalf) == 128);
 
-// The file functions of minizip, so that paths may contain any characters on both targets.
+// File functions for minizip, so that paths may contain any characters on both targets.
 std::ifstream& StreamOf(voidpf stream)
 {
     return *static_cast<std::ifstream*>(stream);

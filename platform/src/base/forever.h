@@ -10,9 +10,9 @@
 namespace qxplatform
 {
 
-// An object that is made at its first use and never destroyed: static objects of other modules may need it while the
-// process ends. Unlike a static object of a function it can be used in a forked child, even if another thread was making
-// it. A leak checker finds the object through this one.
+// An object that is created at its first use and never destroyed, because static objects of other modules may need it
+// while the process ends. Unlike a static object of a function, it can be used in a forked child even if another thread
+// was creating it. Leak checkers find the object through this one.
 //
 //     static constinit Forever<Cache> cache;
 //     cache.Get().Find(...)
@@ -29,7 +29,7 @@ public:
         return Get([] { return T(); });
     }
 
-    // Makes the object from the result of the function.
+    // Creates the object from the result of the function.
     template <class Make>
     T& Get(Make make)
     {

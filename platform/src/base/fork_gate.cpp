@@ -26,10 +26,10 @@ constinit pthread_mutex_t listLock = PTHREAD_MUTEX_INITIALIZER; // also held dur
 constinit ForkRecord* first = nullptr;
 constinit std::atomic<std::uint32_t> nextSerial = 1;
 constinit std::atomic<std::uint32_t> firstOfProcess = 0; // threads with a smaller number belong to a parent process
-constinit std::atomic<std::uint32_t> survivor = 0;       // except this one
-constinit std::atomic<std::uint32_t> forking = 0;        // the thread that forks
+constinit std::atomic<std::uint32_t> survivor = 0;       // the exception: the thread that called fork()
+constinit std::atomic<std::uint32_t> forking = 0;        // the thread that is calling fork()
 constinit std::atomic<unsigned> generation = 0;
-constinit LONG forkWord = FALSE; // what waiting threads sleep on
+constinit LONG forkWord = FALSE; // the futex word of threads that wait for the end of a fork
 pthread_key_t endKey;
 bool hasEndKey = false;
 
@@ -50,8 +50,8 @@ void Unlink(ForkRecord& record)
     record.link = nullptr;
 }
 
-// Later destructors of the thread may take locks again: then the record is entered again, as long as this is certain to
-// be called once more.
+// Removes the record. Later destructors of the thread may take locks again, so the record is entered again, provided
+// that this function will be called once more.
 void OnThreadEnd(void*)
 {
     pthread_mutex_lock(&listLock);
@@ -73,13 +73,13 @@ LONGLONG Now()
     return now.tv_sec * 1'000'000'000LL + now.tv_nsec;
 }
 
-// Threads write that they hold something and then read whether there is a fork, without a barrier that would make each
-// lock dearer. This one runs on all their processors.
+// Threads store that they hold something and then check for a fork. A memory barrier between the two would slow down
+// every lock. Instead, this function runs a barrier on all processors that run such threads.
 void RunBarriers()
 {
     if (syscall(SYS_membarrier, MEMBARRIER_CMD_PRIVATE_EXPEDITED, 0, 0) == 0)
         return;
-    const timespec longer{0, 1'000'000}; // than any write takes to be seen
+    const timespec longer{0, 1'000'000}; // longer than any store takes to become visible
     nanosleep(&longer, nullptr);
 }
 
@@ -141,7 +141,7 @@ void AfterForkInChild()
 
 } // namespace
 
-// A thread whose end couldn't be noticed is not waited for.
+// If the end of the thread couldn't be detected, the record isn't entered, and forks don't wait for the thread.
 void EnterForkRecord()
 {
     forkRecord.serial = nextSerial.fetch_add(1);

@@ -12,8 +12,9 @@ bool LockWord::TryToTake()
     return Word().compare_exchange_strong(state, wanted, std::memory_order_acquire, std::memory_order_relaxed);
 }
 
-// Marks the lock as waited for. A thread that takes it here keeps the mark, since it can't know who else waits. False
-// with the word to sleep on.
+// Takes the lock if it is free, and otherwise marks that threads wait for it. A thread that takes the lock here sets
+// the mark too, because others may still be waiting. Returns false if another thread holds the lock; `state` is then
+// the value to wait on.
 bool LockWord::MarkOrTake(LONG& state)
 {
     state = Word().load(std::memory_order_relaxed);

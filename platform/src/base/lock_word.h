@@ -1,5 +1,5 @@
-// The word of a lock: the thread that holds it, and whether others wait. The owner is part of the word so that a forked
-// child can take over a lock of a thread that exists in the parent only.
+// The word of a lock: the thread that holds it, and a flag for waiting threads. The owner is part of the word so that a
+// forked child can take over a lock of a thread that exists only in the parent.
 #pragma once
 
 #include "base/fork_gate.h"
@@ -23,15 +23,14 @@ public:
     bool TakeIfFree()
     {
         LONG expected = 0;
-        return Word().compare_exchange_strong(
-            expected, Mine(), std::memory_order_acquire, std::memory_order_relaxed);
+        return Word().compare_exchange_strong(expected, Mine(), std::memory_order_acquire, std::memory_order_relaxed);
     }
 
-    // Also takes the lock of a thread that exists in the parent process only.
+    // Also takes a lock that is held by a thread of the parent process.
     bool TryToTake();
 
-    // Takes the lock, sleeping as long as another thread holds it. Each sleep is outside the caller's hold, and between
-    // the two calls.
+    // Takes the lock, sleeping while another thread holds it. Before each sleep the caller's ForkHold ends and
+    // `beforeSleep` is called; after it `afterSleep` is called and the hold begins again.
     template <class BeforeSleep, class AfterSleep>
     void Take(BeforeSleep beforeSleep, AfterSleep afterSleep)
     {
@@ -45,7 +44,7 @@ public:
         }
     }
 
-    // Afterwards the memory of the lock may be gone: another thread may have taken, released and destroyed it.
+    // Doesn't access the lock afterwards, because another thread may already have taken, released and destroyed it.
     void Release()
     {
         LONG* const word = &_word;

@@ -6,8 +6,9 @@
 namespace qxplatform
 {
 
-// A lock as std::mutex, which a forked child can use too. It is held for moments only. Constant initialisation and no
-// destructor: it may be a static object and outlive those of other modules.
+// A lock like std::mutex that also works in a forked child. For short critical sections only. It is
+// constant-initialised and has no destructor, so static objects of other modules can use it before and after its own
+// module's.
 class Mutex
 {
 public:

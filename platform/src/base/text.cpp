@@ -10,7 +10,7 @@ namespace qxplatform
 namespace
 {
 
-constexpr char32_t kFirstEscape = 0xDC80; // stands for the byte 0x80
+constexpr char32_t kFirstEscape = 0xDC80; // represents the byte 0x80
 constexpr char32_t kLastEscape = 0xDCFF;
 
 // Returns the length of the well-formed UTF-8 sequence at the beginning of the bytes, and its character; 0 if there is

@@ -1,4 +1,4 @@
-// The reference count of an object. It starts at 1; that reference belongs to the creator.
+// The reference count of an object. It starts at 1, for the reference of the creator.
 #pragma once
 
 #include <minwindef.h>

@@ -104,7 +104,7 @@ void AppendConversion(BoundedText& target, const Conversion& conversion, Argumen
     case L'G':
         return AppendFloat(target, conversion, arguments.Next<double>());
     case L'n':
-        // Never obeyed: it would let a format from outside write to memory. It takes its argument all the same.
+        // %n isn't supported, because it would let an untrusted format write to memory. Its argument is skipped.
         arguments.Next<void*>();
         return;
     case 0:

@@ -20,7 +20,7 @@ using namespace qxplatform;
 namespace
 {
 
-// Where the file is: at a path, or under a name in a folder that is open, where no link is followed.
+// The location of a file: a path, or a name in an open folder. In the latter case no link is followed.
 struct Place
 {
     std::string path;
@@ -83,7 +83,7 @@ bool RaiseDescriptorLimit()
 
 mode_t ModeOf(const Place& place, const Request& request)
 {
-    // Temporary files contain what others may not be allowed to read.
+    // Temporary files may contain private data.
     const mode_t usual = request.Has(FILE_ATTRIBUTE_TEMPORARY) ? 0600 : 0666;
     return request.mode ? *request.mode : place.folder ? usual : ModeOfNew(place.path, usual);
 }
@@ -95,13 +95,13 @@ int OpenDescriptor(const Place& place, const Request& request, int flags)
     flags |= O_CLOEXEC | O_NOCTTY | O_NONBLOCK | (request.OpensLink() ? O_NOFOLLOW : 0);
     int descriptor;
     do
-        descriptor = place.folder ? OpenBeneath(place.Folder(), place.path, flags, mode)
-                                  : open(place.path.c_str(), flags, mode);
+        descriptor =
+            place.folder ? OpenBeneath(place.Folder(), place.path, flags, mode) : open(place.path.c_str(), flags, mode);
     while (descriptor < 0 && (errno == EINTR || (errno == EMFILE && RaiseDescriptorLimit())));
     return descriptor;
 }
 
-// Returns true for an entry that is not opened but only named, to be looked at or deleted.
+// Returns true for a link or pipe that is only named by the handle, for queries or deletion, and is not opened itself.
 bool IsLinkOrPipe(const Place& place, const Request& request)
 {
     struct stat info
@@ -119,8 +119,8 @@ Opened OpenFor(const Place& place, const Request& request, int creationFlags)
     if (creationFlags == 0 && (request.IsOnlyLooking() || (request.OpensLink() && IsLinkOrPipe(place, request))))
     {
         const int flags = O_PATH | O_CLOEXEC | (request.OpensLink() ? O_NOFOLLOW : 0);
-        opened.descriptor = Descriptor(place.folder ? OpenBeneath(place.Folder(), place.path, flags, 0)
-                                                    : open(place.path.c_str(), flags));
+        opened.descriptor = Descriptor(
+            place.folder ? OpenBeneath(place.Folder(), place.path, flags, 0) : open(place.path.c_str(), flags));
         return opened;
     }
     const int flags = creationFlags | (request.Has(FILE_FLAG_WRITE_THROUGH) ? O_DSYNC : 0) |
@@ -281,9 +281,9 @@ DWORD OpenHandle(const Place& place, Request& request, HANDLE& handle, bool& isN
     if (const DWORD error = Open(place, request, opened, info); error != ERROR_SUCCESS)
         return error;
     const bool canSeek = S_ISREG(info.st_mode) || S_ISBLK(info.st_mode);
-    const auto file = MakeObject<FileObject>(std::move(opened.descriptor),
-        FileObject::Options{canSeek, opened.canWrite, request.IsOnlyAppending(), place.folder,
-            place.folder ? place.path : std::string()});
+    const auto file = MakeObject<FileObject>(
+        std::move(opened.descriptor), FileObject::Options{canSeek, opened.canWrite, request.IsOnlyAppending(),
+                                          place.folder, place.folder ? place.path : std::string()});
     file->SetDeletedOnClose(request.Has(FILE_FLAG_DELETE_ON_CLOSE));
     isNew = opened.isNew;
     handle = AddHandle(file, request.access);

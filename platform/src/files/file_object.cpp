@@ -36,8 +36,8 @@ bool IsSameFile(int descriptor, int folder, const char* path)
     struct stat named
     {
     };
-    return fstat(descriptor, &opened) == 0 && fstatat(folder, path, &named, AT_SYMLINK_NOFOLLOW) == 0 && opened.st_dev == named.st_dev &&
-           opened.st_ino == named.st_ino;
+    return fstat(descriptor, &opened) == 0 && fstatat(folder, path, &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
 } // namespace

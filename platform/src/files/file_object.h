@@ -24,7 +24,7 @@ public:
         bool canSeek = false;
         bool canWrite = false; // access of the descriptor, whatever the rights of the handle
         bool appends = false;
-        // Set for a file that was opened relative to a folder: where its name is removed.
+        // The folder that contains the name to remove, if the file was opened relative to a folder.
         Ref<FileObject> folder{};
         std::string name{};
     };
@@ -38,7 +38,7 @@ public:
     int descriptor() const { return _descriptor.Get(); }
     const Options& options() const { return _options; }
 
-    // Lets the last close delete the file, or not. The file is deleted only by the process that opened it.
+    // Sets whether closing the last handle deletes the file. Only the process that opened the file deletes it.
     void SetDeletedOnClose(bool isDeleted) { _isDeletedOnClose = isDeleted; }
     // Removes the file's current name if the last close is to delete it.
     void DeleteIfAsked();

@@ -68,8 +68,8 @@ DWORD WINAPI GetFileType(HANDLE hFile)
     }
 }
 
-BOOL WINAPI SetFileInformationByHandle(HANDLE hFile, FILE_INFO_BY_HANDLE_CLASS FileInformationClass,
-    LPVOID lpFileInformation, DWORD dwBufferSize)
+BOOL WINAPI SetFileInformationByHandle(
+    HANDLE hFile, FILE_INFO_BY_HANDLE_CLASS FileInformationClass, LPVOID lpFileInformation, DWORD dwBufferSize)
 {
     switch (FileInformationClass)
     {

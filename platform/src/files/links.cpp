@@ -21,7 +21,7 @@ namespace
 struct LinkHead
 {
     ULONG tag;
-    USHORT length; // of what follows `reserved`
+    USHORT length; // of the data after `reserved`
     USHORT reserved;
     ULONG version;
 };
@@ -47,7 +47,8 @@ BOOL ReadLink(const FileObject& file, void* buffer, DWORD size, DWORD& returned)
     return TRUE;
 }
 
-// The name changes hands: from the empty file to the link. Whoever takes it in between keeps it.
+// Replaces the empty file by a link of the same name. An entry that another process creates under the name in between
+// is kept, and the call fails.
 BOOL MakeLink(const FileObject& file, const void* buffer, DWORD size)
 {
     LinkHead head{};

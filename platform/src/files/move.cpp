@@ -1,4 +1,4 @@
-// Files that take another file's name, and the name that an open file has.
+// Moving and replacing files, and the final path of an open file.
 #include <fileapi.h>
 #include <winbase.h>
 
@@ -23,7 +23,8 @@ using namespace qxplatform;
 namespace
 {
 
-// Makes the names in a folder survive a crash of the system. File systems without that have nothing to flush.
+// Flushes the names in a folder to disk, so that they survive a crash of the system. File systems without support for
+// that have nothing to flush.
 bool FlushFolderOf(const std::string& path)
 {
     const Descriptor folder(open(FolderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -40,7 +41,8 @@ bool RenameToNew(const std::string& from, const std::string& to)
     return link(from.c_str(), to.c_str()) == 0 && unlink(from.c_str()) == 0;
 }
 
-// Copies what the file system permits, among it the attributes of the layer and access control lists.
+// Copies the extended attributes that the file system permits to copy, including the layer's attributes and access
+// control lists.
 void CopyExtendedAttributes(const std::string& from, const std::string& to)
 {
     const ssize_t length = listxattr(from.c_str(), nullptr, 0);
@@ -55,8 +57,8 @@ void CopyExtendedAttributes(const std::string& from, const std::string& to)
     }
 }
 
-// Gives a file the owner, mode and attributes of another one. Where the owner or group can't be kept, no one gets more
-// rights by that. Returns false, with errno, if the mode can't be set.
+// Gives a file the owner, mode and attributes of another one. If the owner or group can't be set, the mode is
+// restricted so that nobody gains rights. Returns false and sets errno if the mode can't be set.
 bool TakeMetadata(const std::string& path, const std::string& model, const struct stat& info)
 {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
@@ -66,10 +68,8 @@ bool TakeMetadata(const std::string& path, const std::string& model, const struc
     if (!file || fstat(file.Get(), &own) != 0)
         return false;
     mode_t mode = info.st_mode & 07777;
-    const bool keepsOwner =
-        own.st_uid == info.st_uid || fchown(file.Get(), info.st_uid, static_cast<gid_t>(-1)) == 0;
-    const bool keepsGroup =
-        own.st_gid == info.st_gid || fchown(file.Get(), static_cast<uid_t>(-1), info.st_gid) == 0;
+    const bool keepsOwner = own.st_uid == info.st_uid || fchown(file.Get(), info.st_uid, static_cast<gid_t>(-1)) == 0;
+    const bool keepsGroup = own.st_gid == info.st_gid || fchown(file.Get(), static_cast<uid_t>(-1), info.st_gid) == 0;
     if (!keepsOwner)
         mode &= ~static_cast<mode_t>(S_ISUID);
     if (!keepsGroup)

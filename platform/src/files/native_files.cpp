@@ -94,7 +94,7 @@ DWORD OpenFolder(const NativeOpen& arguments, HANDLE& handle, bool& isNew)
         return ErrorFromErrno(errno);
     if (!S_ISDIR(info.st_mode) && !S_ISLNK(info.st_mode))
         return ERROR_DIRECTORY;
-    // As CreateDirectoryW: nobody is to trust another user's folder.
+    // As in CreateDirectoryW: another user's folder must not be used.
     if (!isNew && info.st_uid != geteuid() && IsSharedTempFolder(parent))
         return ERROR_ACCESS_DENIED;
     const auto file = MakeObject<FileObject>(std::move(folder), FileObject::Options{});
@@ -128,15 +128,14 @@ NTSTATUS NTAPI NtCreateFile(PHANDLE FileHandle, ACCESS_MASK DesiredAccess, POBJE
         return StatusOf(ERROR_INVALID_HANDLE);
     if (arguments.name.empty())
         return StatusOf(ERROR_INVALID_NAME);
-    if (!arguments.Has(FILE_OPEN_REPARSE_POINT) || (CreateOptions & ~kOptions) != 0 ||
-        CreateDisposition < FILE_OPEN || CreateDisposition > FILE_OPEN_IF)
+    if (!arguments.Has(FILE_OPEN_REPARSE_POINT) || (CreateOptions & ~kOptions) != 0 || CreateDisposition < FILE_OPEN ||
+        CreateDisposition > FILE_OPEN_IF)
         return StatusOf(ERROR_NOT_SUPPORTED);
     if (!ReadMode(EaBuffer, EaLength, arguments.mode))
         return StatusOf(ERROR_EAS_NOT_SUPPORTED);
     bool isNew = false;
     const bool isFolder = arguments.Has(FILE_DIRECTORY_FILE);
-    const DWORD error =
-        isFolder ? OpenFolder(arguments, *FileHandle, isNew) : OpenFile(arguments, *FileHandle, isNew);
+    const DWORD error = isFolder ? OpenFolder(arguments, *FileHandle, isNew) : OpenFile(arguments, *FileHandle, isNew);
     IoStatusBlock->Status = StatusOf(error);
     IoStatusBlock->Information = isNew ? FILE_CREATED : FILE_OPENED;
     return StatusOf(error);
@@ -169,8 +168,8 @@ NTSTATUS NTAPI NtQueryInformationFile(HANDLE FileHandle, PIO_STATUS_BLOCK IoStat
     result = {metadata.index, static_cast<ULONGLONG>(UnitsOf(metadata.creation)),
         static_cast<ULONGLONG>(UnitsOf(metadata.access)), static_cast<ULONGLONG>(UnitsOf(metadata.write)),
         static_cast<ULONGLONG>(UnitsOf(metadata.write)), static_cast<ULONGLONG>(info.st_blocks) * 512, metadata.size,
-        metadata.attributes, 0, metadata.links, 0, kHasAll, info.st_uid, info.st_gid, info.st_mode,
-        major(info.st_rdev), minor(info.st_rdev)};
+        metadata.attributes, 0, metadata.links, 0, kHasAll, info.st_uid, info.st_gid, info.st_mode, major(info.st_rdev),
+        minor(info.st_rdev)};
     std::memcpy(FileInformation, &result, sizeof result);
     *IoStatusBlock = {{0}, sizeof result};
     return 0;

@@ -29,13 +29,14 @@ int OpenBeneath(int folder, const std::string& name, int flags, mode_t mode)
         how.mode = flags & O_CREAT ? mode : 0;
         how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
         const long descriptor = syscall(SYS_openat2, folder, name.c_str(), &how, sizeof how);
-        // A filter of system calls may answer EPERM, which is also a proper result: the older call decides.
+        // A filter of system calls may return EPERM for an unknown call, but the call itself can return it too. The
+        // older call is therefore tried as well.
         if (descriptor >= 0 || (errno != ENOSYS && errno != EPERM))
             return static_cast<int>(descriptor);
         if (errno == ENOSYS)
             hasOpenat2.store(false, std::memory_order_relaxed);
     }
-    // The name has no separator and isn't "..", so that O_NOFOLLOW is as strict.
+    // Equally strict, because the name is neither ".." nor contains a separator, and O_NOFOLLOW is set.
     return openat(folder, name.c_str(), flags, mode);
 }
 

@@ -16,8 +16,8 @@ bool IsSharedTempFolder(const struct stat& folder)
     struct stat temp
     {
     };
-    return (folder.st_mode & S_IWOTH) != 0 && stat(TempFolder().c_str(), &temp) == 0 &&
-           folder.st_dev == temp.st_dev && folder.st_ino == temp.st_ino;
+    return (folder.st_mode & S_IWOTH) != 0 && stat(TempFolder().c_str(), &temp) == 0 && folder.st_dev == temp.st_dev &&
+           folder.st_ino == temp.st_ino;
 }
 
 bool IsInSharedTempFolder(const std::string& path)

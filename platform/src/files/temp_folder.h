@@ -15,11 +15,11 @@ std::string TempFolder();
 // the system, where the permissions of the user's temp folder are inherited.
 mode_t ModeOfNew(const std::string& path, mode_t usual);
 
-// Returns true if the descriptor is that of a temp folder where everybody may make files.
+// Returns true if the descriptor refers to a temp folder that is world-writable.
 bool IsSharedTempFolder(int folder);
 
-// Returns true if a name in such a folder belongs to another user. For users this includes root, and for root all
-// users, because the owner of a folder can put links in it.
+// Returns true if a name in a world-writable temp folder belongs to another user. For users this includes root, and for
+// root all users, because the owner of a folder can put links in it.
 bool IsTakenByAnother(const std::string& path);
 
 } // namespace qxplatform

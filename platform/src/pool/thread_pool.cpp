@@ -44,8 +44,8 @@ struct _TP_WORK : Waitable
     const Ref<_TP_POOL> pool;
     const PTP_CLEANUP_GROUP_CANCEL_CALLBACK cancelCallback;
 
-    std::size_t outstanding = 0; // callbacks that wait or run
-    unsigned generation = ForkGeneration(); // of the process whose callbacks they are
+    std::size_t outstanding = 0;            // callbacks that wait or run
+    unsigned generation = ForkGeneration(); // of the process that runs the callbacks
     PTP_CLEANUP_GROUP group = nullptr;
     bool isClosed = false; // the caller's reference has been released
 };
@@ -68,7 +68,7 @@ private:
     void StartThreads(std::unique_lock<Mutex>& guard);
     void ForgetForeignThreads();
 
-    unsigned _generation = ForkGeneration(); // of the process whose threads they are
+    unsigned _generation = ForkGeneration(); // of the process that runs the threads
     std::size_t _threads = 0;
     std::size_t _starting = 0; // the threads that haven't reached the queue yet
 };
@@ -80,7 +80,7 @@ struct _TP_CLEANUP_GROUP : Object
     std::vector<Ref<_TP_WORK>> members;
 };
 
-// What a thread of the parent process was running never ends in a forked child.
+// Callbacks that threads of the parent process were running never end in a forked child.
 void _TP_WORK::ForgetForeignCallbacks()
 {
     if (generation == ForkGeneration())

@@ -52,7 +52,7 @@ std::u16string TakeArgument(std::u16string_view& line)
                 argument += u'"';
             else if (isDoubled)
             {
-                // Two quotes inside quotes stand for one.
+                // Inside quotes, two quotes mean one.
                 argument += u'"';
                 line.remove_prefix(1);
             }

@@ -32,7 +32,7 @@ const Resource* FindEither(std::span<const Resource> languages, LANGID wanted)
 } // namespace
 
 // A specific language matches only itself, the same language without a region, and a language-neutral resource. A
-// default language stands for the user's languages, then English, then any language.
+// default language selects the user's languages, then English, then any language.
 const Resource* ChooseLanguage(std::span<const Resource> languages, LANGID wanted)
 {
     if (PRIMARYLANGID(wanted) != LANG_NEUTRAL)

@@ -92,7 +92,7 @@ std::size_t EndOfRun(std::u16string_view text, std::size_t begin)
     return end;
 }
 
-// Returns the first letter from `begin` on that stands for a part of the date, outside quotes.
+// Returns the first letter from `begin` on that represents a part of the date, outside quotes.
 std::size_t FindPart(std::u16string_view picture, std::size_t begin)
 {
     bool quoted = false;

@@ -83,7 +83,8 @@ void BoundDefaultOfIcu()
         });
 }
 
-// All calls for the making of a locale go through here, and no data is read without a locale.
+// Calls an ICU function that returns a name. All locales are created through such calls, and no ICU data is read before
+// a locale is created, so this is the place to bound ICU's default.
 template <class Call>
 std::string Text(Call call)
 {

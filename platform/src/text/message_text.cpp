@@ -155,7 +155,7 @@ private:
         }
     }
 
-    // "%%", "%.", "%!" and "% " stand for the second character. They are kept unchanged if inserts are.
+    // "%%", "%.", "%!" and "% " mean the second character. They are kept unchanged if inserts are.
     void PutLiteral(char16_t unit)
     {
         if (!_withInserts)

@@ -32,8 +32,8 @@ Handlers& TheHandlers()
     return handlers.Get();
 }
 
-// A copy of the list, because handlers may come and go while one of them runs. It needs no memory: exceptions are raised
-// where there is none left, too.
+// A copy of the list, because handlers may be added and removed while one of them runs. It doesn't allocate memory,
+// because an exception may be raised when memory has run out.
 struct PresentHandlers
 {
     PresentHandlers()

@@ -39,8 +39,8 @@ int StopSignal()
 #endif
 }
 
-// Anywhere else, a stopped thread might hold the lock of the allocator or of the layer, and threads that need the lock
-// would wait as long as the thread is stopped; if it is terminated, forever.
+// Returns true if the thread can be stopped here. Anywhere else it might hold the lock of the allocator or of the
+// layer, and threads that need the lock would wait as long as the thread is stopped; if it is terminated, forever.
 bool IsHarmlessPlace(const void* context)
 {
 #if defined(__SANITIZE_THREAD__)

@@ -112,8 +112,8 @@ void* ThreadObject::Entry(void* object)
     return nullptr;
 }
 
-// EndNow() jumps back here from any point of the thread. The functions in between are not unwound, which is the meaning
-// of ending without destructors.
+// EndNow() jumps back here from any point of the thread. The functions in between are not unwound, because the thread
+// must end without running destructors.
 void ThreadObject::Run()
 {
     if (sigsetjmp(_start, 1) == 0)
@@ -137,7 +137,7 @@ void ThreadObject::Register()
     FutexWakeOne(&_isRegistered);
 }
 
-// The threads of the parent count as ended: who waits for one of them would wait for ever.
+// The parent's threads count as ended, because a wait for one of them would never end.
 void ThreadObject::AfterForkInChild()
 {
     constexpr DWORD kGone = 1;
@@ -309,7 +309,7 @@ void ThreadObject::EndNow(DWORD exitCode)
 void ThreadObject::LeaveGate()
 {
     if (!gate.Leave() && !HoldsCriticalSections())
-        EndNow(0); // the exit code is the one of the termination
+        EndNow(0); // ignored, because a terminated thread already has its exit code
 }
 
 void ThreadObject::Wake()

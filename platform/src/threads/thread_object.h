@@ -97,7 +97,7 @@ private:
     const Routine _routine; // null if the layer didn't start the thread
     void* const _argument;
     std::atomic<DWORD> _id = 0;
-    LONG _isRegistered = FALSE; // its starter sleeps on it
+    LONG _isRegistered = FALSE; // the thread that starts this one waits on it
     std::atomic<int> _priority = 0;
     DWORD _exitCode = 0; // of the thread itself
     sigjmp_buf _start;

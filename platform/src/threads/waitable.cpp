@@ -33,7 +33,7 @@ Mutex& DispatcherLock()
     return lock;
 }
 
-// In a forked child the waits of the parent's threads are gone, and their stacks may serve other threads.
+// In a forked child the waits of the parent's threads no longer exist, and other threads may be using their stacks.
 void Waitable::ForgetForeignWaiters()
 {
     if (_generation == ForkGeneration())
@@ -115,9 +115,7 @@ std::optional<DWORD> TakeSignalled(const WaitObjects& objects, bool forAll)
 class Registration
 {
 public:
-    Registration(const WaitObjects& objects, ThreadObject* thread, Waiter& waiter)
-        : _objects(objects),
-          _thread(thread)
+    Registration(const WaitObjects& objects, ThreadObject* thread, Waiter& waiter) : _objects(objects), _thread(thread)
     {
         if (_thread != nullptr)
             _thread->SetWaiter(&waiter);

@@ -47,9 +47,9 @@ protected:
     // Call this when the object has become signalled.
     void WakeWaiters();
 
-    // For objects from which each wait takes something: marks the latest wait that hasn't been woken as woken. Returns
-    // the word on which it blocks, for FutexWakeOne(), or null. If it is woken without the lock, it needn't wait for
-    // the lock first.
+    // For objects from which each wait takes something: marks the most recent wait that hasn't been woken as woken.
+    // Returns the word on which that wait blocks, for FutexWakeOne(), or null. Waking it after the lock is released
+    // saves the woken thread a wait for the lock.
     LONG* MarkLatestWaiter();
 
     std::size_t WaiterCount()
@@ -65,8 +65,8 @@ protected:
 private:
     void ForgetForeignWaiters();
 
-    WaitEntry* _latestWaiter = nullptr; // the first of the list
-    unsigned _generation = ForkGeneration(); // of the process whose threads wait
+    WaitEntry* _latestWaiter = nullptr;        // the first of the list
+    unsigned _generation = ForkGeneration();   // of the process whose threads wait
     std::atomic<std::size_t> _waiterCount = 0; // the length of the list
 };
 

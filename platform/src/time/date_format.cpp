@@ -164,7 +164,7 @@ std::u16string FormatTime(const std::u16string& picture, const SYSTEMTIME& time,
         isBehindLeftOut = IsLeftOut(piece.letter, flags);
         if (isBehindLeftOut)
         {
-            // The first part has no text before it that belongs to it.
+            // Keeps the text before the first part, because it doesn't belong to any part.
             text.resize(endOfToken);
             continue;
         }

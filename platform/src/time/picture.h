@@ -15,8 +15,8 @@ struct PicturePiece
     std::u16string text;
 };
 
-// Runs of one of the letters are tokens. Text in single quotes is literal, with two quotes inside standing for one; so
-// is everything else. If the closing quote is missing, the rest is quoted.
+// Runs of one of the letters are tokens. Everything else is literal, as is text in single quotes, in which two quotes
+// mean one. If the closing quote is missing, the rest is quoted.
 std::vector<PicturePiece> SplitPicture(std::u16string_view picture, std::u16string_view letters);
 
 } // namespace qxplatform

@@ -53,7 +53,8 @@ time_t FindChange(time_t begin, time_t end)
     return end;
 }
 
-// Daylight saving time, and an interruption of it, lasts more than a week.
+// Compares the offsets at the ends of each week, because daylight saving time, and any interruption of it, lasts longer
+// than a week.
 std::vector<Change> ChangesOf(year number)
 {
     constexpr time_t kWeek = 7 * 86400;

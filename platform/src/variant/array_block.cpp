@@ -122,7 +122,8 @@ HRESULT LockArray(SAFEARRAY* array)
     {
         if (locks >= kMostLocks)
             return E_UNEXPECTED;
-    } while (!__atomic_compare_exchange_n(&array->cLocks, &locks, locks + 1, false, __ATOMIC_ACQUIRE, __ATOMIC_RELAXED));
+    } while (
+        !__atomic_compare_exchange_n(&array->cLocks, &locks, locks + 1, false, __ATOMIC_ACQUIRE, __ATOMIC_RELAXED));
     return S_OK;
 }
 
@@ -133,7 +134,8 @@ HRESULT UnlockArray(SAFEARRAY* array)
     {
         if (locks == 0)
             return E_UNEXPECTED;
-    } while (!__atomic_compare_exchange_n(&array->cLocks, &locks, locks - 1, false, __ATOMIC_RELEASE, __ATOMIC_RELAXED));
+    } while (
+        !__atomic_compare_exchange_n(&array->cLocks, &locks, locks - 1, false, __ATOMIC_RELEASE, __ATOMIC_RELAXED));
     return S_OK;
 }
 

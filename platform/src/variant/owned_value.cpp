@@ -48,8 +48,9 @@ SAFEARRAY* ArrayToDestroy(const VARIANT& value)
     return owns && value.parray != nullptr && value.parray->cLocks == 0 ? value.parray : nullptr;
 }
 
-// Destroys an array of variants. While an array inside it is destroyed, the variant that owns the inner array stores in
-// its unused half the variant that owns the outer one, so that the way back needs neither memory nor stack.
+// Destroys an array of variants without recursion. While an inner array is destroyed, the unused half of the variant
+// that owns it stores a pointer to the variant that owns the outer array. The way back therefore needs neither memory
+// nor stack.
 void DestroyTree(SAFEARRAY* root)
 {
     VARIANT* owner = nullptr; // of `array`; null for the root

@@ -41,7 +41,7 @@ constexpr bool IsModifier(wchar_t c)
     }
 }
 
-// The part of a format that the runtime library must not see as it is.
+// A part of a format that must be replaced before the runtime library sees it.
 struct Replacement
 {
     const wchar_t* begin = nullptr; // null if there is none
@@ -68,9 +68,9 @@ Replacement FindReplacement(const wchar_t* format)
     return {};
 }
 
-// A format that the runtime library may obey: `%Ts`, text of the format's own width, becomes `%ls`, because not every
-// runtime library supports it. `%n` writes through a pointer of the caller, which turns a format from outside into a way
-// to overwrite memory. It becomes a conversion that takes the same arguments and has no output.
+// A copy of a format that is safe to pass to the runtime library. `%Ts`, text of the format's own width, becomes `%ls`,
+// because not every runtime library supports it. `%n` writes through a pointer argument, so a format from an untrusted
+// source could overwrite memory. It becomes a conversion that takes the same arguments and writes nothing.
 class PortableFormat
 {
 public:
@@ -98,9 +98,12 @@ public:
     const wchar_t* Text() const { return _format; }
 
 private:
-    static wchar_t* Append(wchar_t* target, std::wstring_view text) { return std::copy(text.begin(), text.end(), target); }
+    static wchar_t* Append(wchar_t* target, std::wstring_view text)
+    {
+        return std::copy(text.begin(), text.end(), target);
+    }
 
-    // Text of no characters takes any argument without reading it: all arguments are passed in places of one size.
+    // `%.0s` takes any argument without reading it, because all arguments are passed in slots of the same size.
     static wchar_t* AppendSkippedArguments(wchar_t* target, const Replacement& count)
     {
         constexpr std::wstring_view kSkipped = L"%.0s";

@@ -47,7 +47,8 @@ TODAY = {row["alpha_2"]: row for row in iso_codes("3166-1")}
 FORMER = {row["alpha_2"]: row for row in iso_codes("3166-3")}
 CALLING, VEHICLES = definitions()
 
-# Vehicle codes that have changed but are outdated in the C library. For Cambodia it has the ISO code.
+# Vehicle codes that have changed and are out of date in the C library. For Cambodia, the C library returns the ISO
+# code.
 NEWER_VEHICLES = {"GB": "UK", "KG": "KG", "KH": "K", "MK": "NMK"}
 
 

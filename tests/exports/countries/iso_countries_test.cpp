@@ -10,10 +10,10 @@ TEST(IsoCountries, CodesComeBeforeNames)
     {
         const wchar_t *code, *alpha2;
     };
-    constexpr Case cases[] = {{L"SS", L"SS"}, {L"gu", L"GU"}, {L"Deu", L"DE"}, {L"004", L"AF"}, {L"276", L"DE"},
+    constexpr Case kCases[] = {{L"SS", L"SS"}, {L"gu", L"GU"}, {L"Deu", L"DE"}, {L"004", L"AF"}, {L"276", L"DE"},
         {L"bolivia", L"BO"}, {L"Bolivia, Plurinational State of", L"BO"}, {L"Plurinational State of Bolivia", L"BO"},
         {L"C\u00F4te d'Ivoire", L"CI"}};
-    for (const Case& row : cases)
+    for (const Case& row : kCases)
     {
         QxCountry country{};
         country.size = sizeof country;

@@ -182,8 +182,8 @@ TEST(Dates, LocalTimeAndUTC)
     EXPECT_EQ(time.wMilliseconds, 250);
 }
 
-// By the published rules; the days are from calendars of these years. The zone is the zone of the process, so this test
-// runs once in each of them.
+// The expected days are from published calendars of these years. The function uses the time zone of the process, so
+// this test runs once in each zone.
 TEST(Dates, DaylightTimeOfTheZone)
 {
     static constexpr char NONE[] = "0000-00-00 00:00:00";

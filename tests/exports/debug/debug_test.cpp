@@ -120,7 +120,7 @@ TEST_F(DebugExports, LinesOfManyThreadsAndProcesses)
     EXPECT_GE(count, kAll - kAll / 50);
 }
 
-// The library loads and its functions return even if no log file can be created.
+// If no log file can be created, the library still loads and its functions return.
 TEST_F(DebugExports, WhereThereCanBeNoLogFile)
 {
     folder.Make(L"file", "");

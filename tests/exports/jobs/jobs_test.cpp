@@ -47,7 +47,7 @@ protected:
     TestHost taking{CountAndAnswer(counts, 0)};
 };
 
-// The host of an empty pool is asked once, and not waited for.
+// For an empty pool, the host's WaitForJobs is called once and its event isn't waited for.
 TEST_F(JobPools, EmptyPool)
 {
     const HUTTHREADPOOL pool = UtilThreadPoolOpen(1, L"pool");
@@ -66,7 +66,8 @@ TEST_F(JobPools, ThreadsThatEndInCallbacks)
     const auto runOnThread = [](Body body)
     {
         pthread_t thread;
-        ASSERT_EQ(pthread_create(&thread, nullptr,
+        ASSERT_EQ(pthread_create(
+                      &thread, nullptr,
                       [](void* given) -> void*
                       {
                           (*static_cast<Body*>(given))();
@@ -78,7 +79,10 @@ TEST_F(JobPools, ThreadsThatEndInCallbacks)
         ASSERT_EQ(pthread_join(thread, &result), 0);
         EXPECT_NE(result, &body); // ended in the callback
     };
-    const auto endThread = [] { pthread_exit(nullptr); };
+    const auto endThread = []
+    {
+        pthread_exit(nullptr);
+    };
     const auto cancelThread = []
     {
         pthread_cancel(pthread_self());
@@ -102,7 +106,7 @@ TEST_F(JobPools, ThreadsThatEndInCallbacks)
         runOnThread(
             [&]
             {
-                Add(pool, new TestJob(counts, {}, 0, false), &ending); // asked with the pool's lock held
+                Add(pool, new TestJob(counts, {}, 0, false), &ending); // the host is called with the pool's lock held
                 UtilThreadPoolFinalize(pool, &taking);
             });
         Add(pool, new TestJob(counts), &taking);

@@ -21,7 +21,7 @@ TEST(PageText, StringsGoInAndOut)
     EXPECT_EQ(QxDemaskHtmlCharacters(text, &text), QXUT_PAGE_OK); // its own input is replaced
     EXPECT_STREQ(text, L"<\U0001F600>");
 
-    // An empty result is a string too, and a null text is an empty one.
+    // An empty result is still a string, and a null text counts as empty.
     SysFreeString(text);
     text = nullptr;
     EXPECT_EQ(QxConvertHtml2PlainText(nullptr, &text, 0), QXUT_PAGE_OK);

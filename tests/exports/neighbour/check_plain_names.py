@@ -5,14 +5,15 @@ import re
 import subprocess
 import sys
 
-# Every name of the layer carries the layer's prefix, every other one the library's.
+# Names exported by the layer have its prefix and its symbol version. Names exported by the library have only the
+# library's symbol version.
 FAMILY = re.compile(r"(qxp_\w+@@QXPLATFORM_23|(?!qxp_|_Z)\w+@@QXUT23_23)")
 
 
 def exported(nm, library):
     lines = subprocess.run([nm, "-D", "--defined-only", "--with-symbol-versions", library], check=True,
                            capture_output=True, text=True).stdout.splitlines()
-    names = [line.split()[-1] for line in lines if " A " not in line]  # the names of the versions are absolute
+    names = [line.split()[-1] for line in lines if " A " not in line]  # the names of the versions are absolute symbols
     if len(names) < 100:
         sys.exit(f"{library}: only {len(names)} names: not the library that was meant")
     return names

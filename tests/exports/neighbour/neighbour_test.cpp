@@ -12,7 +12,7 @@
 #include <string>
 #include <thread>
 
-// The neighbour's.
+// Functions of the other library.
 extern "C"
 {
     void* CreateEventA(void* attributes, int manualReset, int initialState, const char* name);
@@ -74,8 +74,8 @@ TEST_F(Neighbour, StringsOfTheSystem)
 {
     QXWCHAR* text = SysAllocStringLen(nullptr, 100);
     ASSERT_NE(text, nullptr);
-    static constexpr QXWCHAR html[] = {'<', 'b', '>', 'a', '&', 'l', 't', ';', 0};
-    UtilConvertHtml2PlainText(html, &text, 0);
+    static constexpr QXWCHAR kHtml[] = {'<', 'b', '>', 'a', '&', 'l', 't', ';', 0};
+    UtilConvertHtml2PlainText(kHtml, &text, 0);
     EXPECT_EQ(SysStringLen(text), 2u) << "a<";
     SysFreeString(text);
 }

@@ -1,4 +1,5 @@
-// Saves on linux, which replace the file: what stays of it, and who may open it in the meantime.
+// Saves on linux, which replace the file: the properties of the old file that are kept, and who may open it during a
+// save.
 #include "exports/profile/support.h"
 
 #include <gtest/gtest.h>
@@ -76,7 +77,8 @@ TEST(ProfileReplace, KeepsModeAndLinks)
     EXPECT_EQ(CountFiles(folder), 6u);
 }
 
-// What a killed save has left is reused, and what someone else has put in its place isn't followed.
+// A side file that a killed save has left is reused. A link that someone else has created under its name isn't
+// followed.
 TEST(ProfileReplace, SideFilesOfOthers)
 {
     const TempFolder folder;
@@ -162,8 +164,8 @@ TEST(ProfileReplace, WaitingReaderOpensTheNewFile)
     const TempFolder folder;
     const std::string path = folder.Make("file", "[/]\r\na=old\r\n");
     const std::string fresh = folder.Make("fresh", "[/]\r\na=new\r\n");
-    const HANDLE old = CreateFileW(Wide(path), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-        OPEN_EXISTING, 0, nullptr);
+    const HANDLE old = CreateFileW(Wide(path), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+        nullptr, OPEN_EXISTING, 0, nullptr);
     ASSERT_TRUE(LockFile(old, 0, 0, 1, 0));
     auto reader = std::async(std::launch::async, [&] { return Tree(Job(path)); });
     std::this_thread::sleep_for(std::chrono::milliseconds(300));

@@ -88,7 +88,7 @@ TEST(ProfileValues, NumbersThatAreRead)
     const auto asInt = Read<std::int32_t, decltype(&ProfGetIntW)>;
     const auto asInt64 = Read<std::int64_t, decltype(&ProfGetInt64W)>;
     const auto asDouble = Read<double, decltype(&ProfGetDoubleW)>;
-    // As the two integer types, as a double, as a flag.
+    // Each text is parsed as both integer types, as a double and as a flag.
     constexpr std::pair<const wchar_t*, const char*> CASES[] = {{L"", "-6 99|-6 99|-6 99|-6 99"},
         {L"12abc", "0 12|0 12|0 12|0 0"}, {L"x", "-9 -7|-9 -7|0 0|0 0"}, {L"xfF", "0 255|0 255|0 0|0 0"},
         {L"XfF", "-9 -7|-9 -7|0 0|0 0"}, {L"xFFFFFFFF", "0 -1|0 4294967295|0 0|0 0"}, {L" \t-7", "0 -7|0 -7|0 -7|0 0"},
@@ -143,7 +143,7 @@ std::string ReadRect(Get get, const wchar_t* text)
 
 TEST(ProfileValues, StructuresThatAreRead)
 {
-    // As edges, and with width and height.
+    // Each text is parsed as a rectangle with edges, and as one with width and height.
     constexpr std::tuple<const wchar_t*, const char*, const char*> CASES[] = {
         {L"( 1, -2, 3, 4", "0 1 -2 3 4", "0 1 -2 4 2"}, {L"(1,2,3)", "-9 1 2 3 0", "-9 1 2 3 0"},
         {L"1,2,3,4", "-9 0 0 0 0", "-9 0 0 0 0"}, {L"", "-6 9 9 9 9", "-6 9 9 9 9"},

@@ -186,7 +186,7 @@ TEST(StringExportsTest, SafeSprintfCutsAndTerminates)
     EXPECT_LT(UtilSafeSprintf(buffer.content, 8, nullptr), 0);
 }
 
-// A format from outside must not be able to write to memory.
+// An untrusted format must not be able to write to memory.
 TEST(StringExportsTest, SafeSprintfWritesNoCounts)
 {
     const QXWCHAR* formats[] = {L"[%n%s %d]", L"[%hn%s %d]", L"[%ln%s %d]", L"[%lln%s %d]", L"[%I64n%s %d]",

@@ -82,7 +82,7 @@ std::string ErrorText()
 struct Calls
 {
     std::vector<std::string> problems;
-    int allowed = 1000; // calls before the extraction is to stop
+    int allowed = 1000; // number of progress calls before the extraction is stopped
 };
 
 void OnProblem(void* context, const QXWCHAR* name, const QXWCHAR*)

@@ -9,7 +9,7 @@ import subprocess
 
 import commands
 
-# The packages are in scripts/packages.txt.
+# HTML files of Debian packages, which scripts/packages.txt lists.
 PAGES = {
     "bash-doc": ["usr/share/doc/bash/examples/INDEX.html", "usr/share/doc/bash/bash.html"],
     "ccache": ["usr/share/doc/ccache/manual.html"],

@@ -202,7 +202,7 @@ class ProfileCommands(commands.CommandTest):
         self.assertEqual(pathlib.Path(text).read_bytes(), pathlib.Path(self.file).read_bytes())
         self.qxut("convert", text, xfdf, "--form", "xfdf")
         self.assertEqual(self.show(xfdf), "a = 1\nl.b = 2\nl.b = 3\nl.<&>\"' =  \u00fc\\t\nl.b = 4\nc = x\\r\\ny\u241B[31m\n")
-        # With an independent reader.
+        # Reads the form with a parser that is independent of the library.
         values = ElementTree.parse(xfdf).getroot().iter("{http://ns.adobe.com/xfdf/}value")
         self.assertEqual([value.text for value in values], ["1", "2", "3", " \u00fc\t", "4", "x\r\ny\u241B[31m"])
         self.assertEqual(subprocess.run(["xmllint", "--noout", xfdf]).returncode, 0)
@@ -369,7 +369,7 @@ class ProfileCommands(commands.CommandTest):
     def test_a_full_disk_leaves_the_file(self):
         before = pathlib.Path(self.file).read_bytes()
         done = subprocess.run([*commands.COMMAND, "profile", "set", self.file, "--path", "x", "x" * 1000],
-                              capture_output=True, encoding="utf-8", restore_signals=False,  # without SIGXFSZ
+                              capture_output=True, encoding="utf-8", restore_signals=False,  # SIGXFSZ stays ignored
                               preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000)))
         self.assertEqual((done.returncode, done.stderr), (6, f"qxut: {self.file}: cannot write the file; is the disk full?\n"))
         self.assertEqual(pathlib.Path(self.file).read_bytes(), before)

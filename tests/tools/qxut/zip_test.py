@@ -193,12 +193,12 @@ class PosixArchives(commands.CommandTest):
         for reader, command in readers.items():
             (self.out / reader).mkdir(parents=True)
             done = subprocess.run(command, env=dict(os.environ, LC_ALL="C.UTF-8"), capture_output=True)
-            # 7zz calls all links dangerous that contain a dot.
+            # 7zz reports every link whose target contains a dot as dangerous.
             self.assertTrue(done.returncode == 0 or reader == "7zz", done)
             root = self.out / reader / "deep/tree"
             for name, mode in modes.items():
                 if reader == "7zz" and "\\" in name:
-                    continue  # it replaces backslashes
+                    continue  # this program replaces backslashes
                 self.assertEqual((root / name).read_text(), name, reader)
                 self.assertEqual((root / name).stat().st_mode & 0o7777, mode & ~self.mask(), (reader, name))
             for name, target in links.items():

@@ -123,8 +123,8 @@ void Write(String& s)
     s.ReleaseBuffer();
 }
 
-// On a private record as well as on a shared one, which must not change for its other user. An operation without effect
-// leaves the record shared.
+// Each change is made on a private record and on a shared one, which must not change for its other user. An operation
+// without effect leaves the record shared.
 TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
 {
     const struct

@@ -1,5 +1,6 @@
 #include "files/file.h"
 
+#include "core/ticks.h"
 #include "files/name_check.h"
 #include "support/debug_lines.h"
 #include "support/developer_run.h"
@@ -20,7 +21,8 @@ using namespace qxtest;
 namespace
 {
 
-// Fails each attempt of an open with an error given by the test. The last attempt returns the handle, if there is one.
+// Makes each attempt to open a file fail with an error given by the test. The last attempt succeeds if the test
+// provides a handle.
 class ScriptedFile : public clsFileRW
 {
 public:
@@ -259,14 +261,29 @@ TEST(StreamLock, StreamWithoutLocksCountsAsLocked)
     }
 }
 
+namespace
+{
+
+unsigned long long fakeTicks; // in milliseconds
+
+unsigned long long WINAPI AdvancingTicks()
+{
+    return fakeTicks += 50;
+}
+
+} // namespace
+
 TEST(StreamLock, GivesUpAfterTenSeconds)
 {
     FakeStream stream;
     stream.lockResult = STG_E_LOCKVIOLATION;
     clsFile file(&stream);
-    const ULONGLONG start = GetTickCount64();
+    fakeTicks = 0;
+    DecideTickSource(AdvancingTicks);
     EXPECT_FALSE(file.Lock(0, 1));
-    EXPECT_GE(GetTickCount64() - start, 10000U);
+    DecideTickSource(GetTickCount64);
+    EXPECT_GE(fakeTicks, 10'000U);
+    EXPECT_LT(fakeTicks, 11'000U);
     EXPECT_GE(stream.lockTries, 3);
 }
 

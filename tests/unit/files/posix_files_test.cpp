@@ -1,5 +1,5 @@
-// Links, pipes, further names of a file and permissions in the places of files. Only for linux: the tests create them
-// by its own functions.
+// Links, pipes, hard links and permissions in places where the library expects files. Only for linux, because the tests
+// create them with functions of linux.
 #include "files/folder.h"
 #include "files/new_file.h"
 #include "files/posix_files.h"
@@ -52,10 +52,12 @@ TEST(Folder, EntriesAreReplacedAndLinksAreNot)
     const clsFolder folder(own.Path());
     for (const wchar_t* name : {L"hard", L"fixed", L"pipe", L"new"})
     {
-        clsNewFile file(folder, name, 0640);
-        ASSERT_TRUE(file.IsOpen()) << String(name).NarrowText();
-        EXPECT_EQ(file.File().WriteBytes("new"), 3);
-        EXPECT_TRUE(file.SetWhole());
+        {
+            clsNewFile file(folder, name, 0640);
+            ASSERT_TRUE(file.IsOpen()) << String(name).NarrowText();
+            EXPECT_EQ(file.File().WriteBytes("new"), 3);
+            EXPECT_TRUE(file.SetWhole());
+        }
         EXPECT_EQ(BytesOf(own.Path(name)), "new");
         EXPECT_EQ(ModeOf(own.Path(name)) & ~0640u, 0u);
     }
@@ -83,7 +85,7 @@ TEST(Folder, EntriesAreReplacedAndLinksAreNot)
     fs::remove(NativePath(own.Path(L"folder")));
 }
 
-// Without a check these opens wait, read nothing for ever, or write to nobody.
+// Without a check, these opens would block, reads would never end, or written data would be lost.
 TEST(Pipes, AreNoFiles)
 {
     const TempFolder own;

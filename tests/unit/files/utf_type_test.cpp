@@ -68,7 +68,7 @@ TEST(UTFTypeOfFile, ByMarkZeroBytesAndContent)
     }
 }
 
-// Texts that must not be detected as UTF-8 by the library's own test: the system's tests say no, or come last.
+// Texts that the library's own test must not detect as UTF-8. The system's tests reject them or come last.
 TEST(UTFTypeOfFile, WhatIsNoUTF8)
 {
     const std::string filler(250, 'x');

@@ -26,7 +26,7 @@ String Anchors(String html)
     return html;
 }
 
-// The same conversion by the pattern itself.
+// Expands links with the pattern itself, for comparison.
 String AnchorsByPattern(const String& html)
 {
     clsRegEx findStart(L"<a", 0x8);

@@ -121,7 +121,8 @@ TEST(ProfIntern, ChangingAValueForEverTakesNoMemory)
     EXPECT_LT(places.size(), 60u);
 }
 
-// Values of both kinds, shared and owned by their item, that grow and shrink for ever: what they release is reused.
+// Values of both kinds, shared and owned by their items, that keep growing and shrinking. The memory they release is
+// reused.
 TEST(ProfIntern, ValuesThatChangeTheirSizesWasteLittle)
 {
     const auto text = [](wchar_t first, std::size_t length, std::size_t number)
@@ -158,7 +159,7 @@ TEST(ProfIntern, ValuesThatChangeTheirSizesWasteLittle)
     }
 }
 
-// A shared value lives as long as any item uses it, however the others lose theirs.
+// A shared value lives until the last item stops using it, in whatever order and way the items do so.
 TEST(ProfIntern, SharedValuesLiveWithTheirLastItem)
 {
     const JobHolder job = NewJob();
@@ -181,7 +182,7 @@ TEST(ProfIntern, SharedValuesLiveWithTheirLastItem)
             model[name] = value;
         }
         else if (const clsItem* leaf = FindLeafByPath(job->Root(), path))
-            SetLeafByPath(job->Root(), path, leaf->Value()); // which is the old value itself
+            SetLeafByPath(job->Root(), path, leaf->Value()); // the new value is the old value itself
         if (step % 100 == 0)
         {
             for (const auto& [known, expected] : model)

@@ -62,7 +62,7 @@ TEST(ProfStream, TargetWithoutRoomKeepsWhatItHolds)
     }
 }
 
-// A few bytes can decompress to very many. The size unpacked is limited to the size that can be read.
+// A few bytes can decompress to an enormous size. The unpacked size is limited to the largest size that can be read.
 TEST(ProfPacked, EndsAtTheLargestSize)
 {
     clsProfOutput image, packed;

@@ -104,7 +104,8 @@ TEST(ProfTree, BehavesLikeAPlainRowOfItems)
     }
 }
 
-// Removing must not walk the list. A factor, because the machine may be busy; walks take more than 1,000 times as long.
+// Removing an item must not walk the list. The comparison allows a factor, because the machine may be busy; walks would
+// take more than 1,000 times as long.
 TEST(ProfTree, RemovingFromALargeListIsAsCheapAsFinding)
 {
     constexpr int kItems = 80000;

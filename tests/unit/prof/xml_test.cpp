@@ -174,7 +174,7 @@ TEST(ProfXml, WhatIsReadAndWhatIsRefused)
     for (const auto& test : cases)
         EXPECT_STREQ(Loaded(XmlSource(test.lines)), test.result) << testing::PrintToString(test.lines);
 
-    // Also in 8 bits, and in a stream object, whose first line isn't the root's.
+    // The same in 8 bits, and in a stream object, whose first line isn't the root's.
     EXPECT_STREQ(Loaded("\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-16\" standalone=\"yes\"?>\n<profile>\n"
                         "<list name=\"\xC3\xA4\">\n<item name=\"a\">\xE2\x82\xAC&lt;</item>\n"),
         L"[\xE4]{a=\x20AC<;}");

@@ -217,7 +217,7 @@ TEST_F(JobDispatcher, CloseWaitsForWhatRuns)
         EXPECT_EQ(counts.runs, 1);
         EXPECT_EQ(counts.alive, 0);
     }
-    // After the abort of a group the other jobs run.
+    // The abort of a group doesn't affect the other jobs.
     {
         Dispatcher pool(1, L"pool");
         keepBusyUntilAbort(pool);

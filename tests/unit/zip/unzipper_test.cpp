@@ -167,7 +167,7 @@ TEST(Unzipper, ExactlyAsManyEntriesAsTheFieldCounts)
 
 TEST(Unzipper, NamesThatAreRefused)
 {
-    // Names that are legal where files have POSIX names are refused only on windows.
+    // Names that windows forbids are accepted on systems with POSIX names.
     const std::string notOnWindows = kHasPosixFiles ? "" : "has a name that no file may have";
     const std::tuple<std::string, unsigned, std::vector<std::string>> cases[] = {
         {"leads out of the folder", 0,
@@ -234,7 +234,7 @@ TEST(Unzipper, ModesAndLinks)
         link("top", "/etc/passwd"), link("a/b/twice", "up/../.."), link("sub", "a"),
         BuiltMember("sub/x", "a folder before the link")};
     std::string text;
-    for (int i = 0; i < 2; ++i) // also over what the first extraction has left
+    for (int i = 0; i < 2; ++i) // the second round overwrites the files of the first
         text = place.Extract(Build(members));
     EXPECT_EQ(text, "The zip entry 'out' is a link, which may lead out of the folder (and 4 more)");
     const auto mode = [&](const char* name)
@@ -434,7 +434,7 @@ TEST(Unzipper, Damage)
         std::string bytes = whole;
         bytes[bit / 8] ^= static_cast<char>(1 << bit % 8);
         extract(bytes);
-        for (const auto& [name, content] : place.Extracted()) // whatever their names are now
+        for (const auto& [name, content] : place.Extracted()) // the name may be damaged
             EXPECT_TRUE(name.back() == '/' || content == tree.at("a/b") || content == "stored") << bit;
     }
     place.ExpectNothingOutside();

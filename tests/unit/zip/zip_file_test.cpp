@@ -151,7 +151,8 @@ TEST(ZIPFile, EncodingOfNameAndComment)
     } cases[] = {{L"\u00E4.txt", L"\u00DF", 0, "\x84.txt", "\xE1"}, {L"\u2592\u0393", L"", 0, "\xB1\xE2", ""},
         {L"\u20AC.txt", L"\u00E4", 0x800, "\xE2\x82\xAC.txt", "\xC3\xA4"},
         {L"plain", L"\u20AC", 0x800, "plain", "\xE2\x82\xAC"},
-        {L"\u0141\u00F3d\u017A", L"", 0x800, "\xC5\x81\xC3\xB3\x64\xC5\xBA", ""}, // has similar letters
+        {L"\u0141\u00F3d\u017A", L"", 0x800, "\xC5\x81\xC3\xB3\x64\xC5\xBA",
+            ""}, // code page 437 has only similar letters
         {L"\U0001F600", L"", 0x800, "\xF0\x9F\x98\x80", ""}};
     const TempFolder folder;
     const String source = folder.Make(L"source", "x");
@@ -209,7 +210,7 @@ TEST(ZIPFile, Times)
     };
     for (const auto& [time, stamp] : cases)
         EXPECT_EQ(number(DosTimeOf(time)), number(stamp));
-    // If the file's own time isn't available, the current time is used.
+    // If the last write time of the file isn't available, the current time is used.
     FILETIME before, after;
     GetSystemTimeAsFileTime(&before);
     const unsigned now = number(DosTimeNow());
@@ -348,7 +349,7 @@ TEST(ZIPFile, TooManyEntries)
     file.AddDirectory(L"", L"d", WIN32_FIND_DATAW{});
     auto& entries = ZIPFileTestAccess::Entries(file);
     clsZIPFileEntry* const entry = *entries.begin();
-    while (entries.Count() < 0x10000) // adds one folder many times, which doesn't need that many open files
+    while (entries.Count() < 0x10000) // adds the same entry many times, which needs no files
         entries.Append(entry);
     {
         DebugLines lines;
