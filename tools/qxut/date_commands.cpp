@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
@@ -93,16 +94,31 @@ std::string DateTextOf(const Time& time)
            Part(time.hour, "%02d") + ':' + Part(time.minute, "%02d") + ':' + Part(time.second, "%02d");
 }
 
+// Returns true if the calendar and the clock have this moment, the 60th second included.
+bool Exists(const Time& time)
+{
+    const std::chrono::year_month_day day{
+        std::chrono::year{time.year}, std::chrono::month{time.month}, std::chrono::day{time.day}};
+    return day.ok() && time.hour < 24 && time.minute < 60 && time.second <= 60;
+}
+
+// Reads the forms that don't depend on a locale. The library also accepts numbers that are no date.
+bool ReadMachineForm(const std::string& line, Time& time)
+{
+    time = {};
+    UtilLocDateTimeToSYSTEMTIME(WideText{line}, &time);
+    return Exists(time);
+}
+
 // Returns false if the text is not a date, or if the options reject it.
 bool Read(const std::string& line, const DateOptions& options, Time& time)
 {
-    time = {};
-    const WideText text{line};
     if (options.machine)
-        UtilLocDateTimeToSYSTEMTIME(text, &time);
-    else if (UtilLocSystemTimeFromLocaleString(options.locale, text, &time, options.flags) != 0)
+        return ReadMachineForm(line, time);
+    time = {};
+    if (UtilLocSystemTimeFromLocaleString(options.locale, WideText{line}, &time, options.flags) != 0)
         return false;
-    const bool mayBeTime = !options.machine && (options.flags & QXUT_LOCDATE_ALLOW_TIME_ONLY) != 0;
+    const bool mayBeTime = (options.flags & QXUT_LOCDATE_ALLOW_TIME_ONLY) != 0;
     const bool isAllZero = time.year == 0 && time.month == 0 && time.day == 0;
     return !isAllZero || (mayBeTime && line.find_first_of("123456789") != line.npos);
 }
@@ -113,8 +129,18 @@ std::string ParseLine(const std::string& line, const DateOptions& options)
     return Read(line, options, time) ? DateTextOf(time) : std::string();
 }
 
+// Returns true for digits of a date, with hours, minutes and seconds as far as they are given.
+bool IsCompactDate(const std::string& line)
+{
+    Time time;
+    return line.size() >= 8 && line.size() <= 14 && line.size() % 2 == 0 &&
+           line.find_first_not_of("0123456789") == line.npos && ReadMachineForm(line, time);
+}
+
 std::string FormatLine(const std::string& line, const DateOptions&)
 {
+    if (!IsCompactDate(line))
+        return "";
     QXWCHAR text[128];
     if (UtilDateTimeToLocaleString(WideText{line}, text, 128) != 1)
         throw Failure(kCannotRead, "the formatted date is too long");
@@ -178,7 +204,9 @@ void AddDateCommands(CLI::App& program)
         command.add_flag_callback(
             flag.name, [parse, bit = flag.bit] { parse->flags |= bit; }, flag.description);
 
-    AddConversion(date, "format", "print compact dates (20180203 or 20180203040506) in the forms of the user's locale",
+    AddConversion(date, "format",
+        "print compact dates (20180203 or 20180203040506) in the forms of the user's locale; another line prints an "
+        "empty line, is named on standard error, and makes the exit code 4",
         FormatLine);
 }
 

@@ -121,20 +121,21 @@ std::string Unpack(const std::string& input, const FilterOptions& options)
     if (options.lenient)
         return UnpackLeniently(text);
     std::string bytes;
+    const std::string name = options.file == "-" ? "" : options.file + ": ";
     switch (QxUnpackText(text, options.passPhrase, Keep, &bytes))
     {
     case QXUT_UNPACK_OK:
         return bytes;
     case QXUT_UNPACK_NOT_PACKED:
-        throw Failure(kMalformed, "the input is not packed text; --lenient skips what doesn't belong to it");
+        throw Failure(kMalformed, name + "the input is not packed text; --lenient skips what doesn't belong to it");
     case QXUT_UNPACK_WRONG_KEY:
-        throw Failure(kMalformed, options.key.IsGiven()
-                                      ? "the pass phrase is wrong, or the packed text is damaged"
-                                      : "the packed text is encrypted and needs a pass phrase, or it is damaged");
+        throw Failure(kMalformed,
+            name + (options.key.IsGiven() ? "the pass phrase is wrong, or the packed text is damaged"
+                                          : "the text is encrypted and needs a pass phrase, or it is damaged"));
     case QXUT_UNPACK_NOT_ENCRYPTED:
-        throw Failure(kMalformed, "the packed text is not encrypted; leave out the pass phrase");
+        throw Failure(kMalformed, name + "the packed text is not encrypted; leave out the pass phrase");
     case QXUT_UNPACK_DAMAGED:
-        throw Failure(kMalformed, "the packed text is damaged");
+        throw Failure(kMalformed, name + "the packed text is damaged");
     default:
         throw std::bad_alloc();
     }

@@ -296,11 +296,10 @@ void AddProfileCommands(CLI::App& program)
     profile.require_subcommand(1);
     profile.footer(
         "A path consists of list names and the name of the value, separated by /. Names are case-sensitive.\n"
-        "Saving preserves the form of the file, including packing. A file is changed in place only if nothing in it "
-        "is\n"
-        "lost by that: an INI file becomes a profile in the text form, and comments aren't kept. --output writes the\n"
-        "result to another file, --force changes the file nevertheless; convert writes the other forms. XFDF contains\n"
-        "only values: its lists are read back as dotted names.");
+        "Saving preserves the form of the file, including packing. A file is changed in place only if nothing in it\n"
+        "is lost by that: an INI file becomes a profile in the text form, and comments aren't kept. --output writes\n"
+        "the result to another file, --force changes the file nevertheless; convert writes the other forms. XFDF\n"
+        "contains only values: its lists are read back as dotted names.");
 
     CommandMaker(profile, "show", "print a profile, or one list of it, as a tree", Show);
     CommandMaker(profile, "get", "print one value", Get).Path("the path of the value").Type().Default();

@@ -48,7 +48,8 @@ class DateCommands(commands.CommandTest):
         file.write_text("20181231\n20181331\n")
         done = self.run_qxut("date", "parse", "--machine", str(file), code=4, out=b"2018-12-31 00:00:00\n\n")
         self.assertIn(f"{file}: line 2: '20181331'", done.decode())
-        self.assertIn("'never' is not", self.date("format", text="never", code=4, out="\n"))
+        for line in ("never", "2018020", "20181331", "20180230", "2018020324", "2018-02-03", "20180203x"):
+            self.assertIn(f"'{line}' is not", self.date("format", text=line, code=4, out="\n"))
 
     def test_json(self):
         self.assertEqual(json.loads(self.date("parse", "--machine", "--json", text="20180203")), [
