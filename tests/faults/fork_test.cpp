@@ -4,6 +4,7 @@
 #include <qxut23/profile.h>
 #include <qxut23/strings.h>
 
+#include "faults/rounds.h"
 #include "support/test_jobs.h"
 
 #include <windows.h>
@@ -143,7 +144,7 @@ TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
                 while (!isOver)
                     failures += !use();
             });
-    for (int i = 0; i < 50; ++i)
+    for (int i = 0, rounds = faults::Rounds(50); i < rounds; ++i)
     {
         const int code = RunChild(
             []

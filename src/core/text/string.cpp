@@ -2,6 +2,7 @@
 
 #include "core/debug_line.h"
 #include "core/text/characters.h"
+#include "core/wipe.h"
 
 #include <windows.h>
 
@@ -216,6 +217,15 @@ void String::Empty() noexcept
     MakeUnique(false);
     if (_record)
         SetLength(0);
+}
+
+void String::Wipe() noexcept
+{
+    if (_narrow)
+        qx::Wipe(_narrow.get(), std::strlen(_narrow.get()));
+    if (_record && !_record->IsShared())
+        qx::Wipe(_record->text, _record->capacity * sizeof(wchar_t));
+    Empty();
 }
 
 void String::Reserve(std::size_t capacity, bool keep)
