@@ -307,13 +307,20 @@ String String::Quoted() const
 
 bool String::ToBSTR(wchar_t** target) const
 {
-    if (!target || _length > UINT_MAX / sizeof(wchar_t) - 1)
+    if (!target)
         return false;
-    const auto length = static_cast<UINT>(_length);
-    if (*target)
-        return SysReAllocStringLen(target, Text(), length) != FALSE;
-    *target = SysAllocStringLen(Text(), length);
-    return *target != nullptr;
+    bool isStored = false;
+    if (_length <= UINT_MAX / sizeof(wchar_t) - 1)
+    {
+        const auto length = static_cast<UINT>(_length);
+        if (*target)
+            isStored = SysReAllocStringLen(target, Text(), length) != FALSE;
+        else
+            isStored = (*target = SysAllocStringLen(Text(), length)) != nullptr;
+    }
+    if (!isStored)
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY); // the system's functions don't set it
+    return isStored;
 }
 
 } // namespace qx
