@@ -319,7 +319,7 @@ bool String::ToBSTR(wchar_t** target) const
             isStored = (*target = SysAllocStringLen(Text(), length)) != nullptr;
     }
     if (!isStored)
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY); // the system's functions don't set it
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY); // for exports without a result; the system's functions don't set it
     return isStored;
 }
 

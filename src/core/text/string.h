@@ -141,8 +141,8 @@ public:
     String Quoted() const;
     String Upper() const; // see MakeUpper
 
-    // Copies the text to the BSTR `*target`, which is allocated if it is null and reallocated otherwise. Returns false
-    // with ERROR_NOT_ENOUGH_MEMORY if memory runs out.
+    // Copies the text to the BSTR `*target`, which is allocated if it is null and reallocated otherwise. Returns true
+    // on success.
     bool ToBSTR(wchar_t** target) const;
 
     // Returns the part before each separator, and the part after the last one unless it is empty.
