@@ -6,6 +6,7 @@
 #include "files/file.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace qx
 {
@@ -117,6 +118,9 @@ int InflateChunks(z_stream& stream, clsFile& target, clsFile& source, std::int64
     return result;
 }
 
+// Releases the memory of the stream's state, also after an exception.
+using StreamEnd = std::unique_ptr<z_stream, int (*)(z_stream*)>;
+
 } // namespace
 
 int DeflateStream(clsFile& target, clsFile& source, int mode, std::uint32_t* crc, std::int64_t size)
@@ -132,8 +136,8 @@ int DeflateStream(clsFile& target, clsFile& source, int mode, std::uint32_t* crc
         &stream, parameters.level, Z_DEFLATED, kRawDeflateWindowBits, parameters.memoryLevel, parameters.strategy);
     if (code != Z_OK)
         return code;
+    const StreamEnd end(&stream, deflateEnd);
     const int result = DeflateChunks(stream, target, source, crc, count);
-    deflateEnd(&stream);
     target.SetEOF();
     return result;
 }
@@ -153,8 +157,8 @@ int InflateStream(clsFile& target, clsFile& source, std::int64_t size, std::int6
         DebugLine(L"ERR: ZLIB init error '%d'", code);
         return code;
     }
+    const StreamEnd end(&stream, inflateEnd);
     const int result = InflateChunks(stream, target, source, compressed, limit);
-    inflateEnd(&stream);
     target.SetEOF();
     return result;
 }

@@ -49,12 +49,14 @@ public:
     // users until it takes over the access rights of the target.
     clsSideFile(const String& path, const String& name, FileShare share, bool isPrivate) : _name(SideNameOf(path))
     {
-        HANDLE handle = Create(share, isPrivate);
+        clsGenericHandleObjectAutoRelease handle(Create(share, isPrivate), true);
         // The deletion fails if another save is currently writing a new file of this name.
-        if (handle == INVALID_HANDLE_VALUE && GetLastError() == ERROR_FILE_EXISTS && DeleteFileW(_name.Text()))
-            handle = Create(share, isPrivate);
-        if (handle != INVALID_HANDLE_VALUE)
-            _file = new clsFileRW(handle, name);
+        if (!handle.IsValid() && GetLastError() == ERROR_FILE_EXISTS && DeleteFileW(_name.Text()))
+            handle.Take(Create(share, isPrivate), true);
+        if (!handle.IsValid())
+            return;
+        _file = new clsFileRW(handle.Get(), name);
+        handle.Detach();
     }
     clsSideFile(const clsSideFile&) = delete;
     clsSideFile& operator=(const clsSideFile&) = delete;

@@ -16,6 +16,7 @@ BOOL WINAPI CloseHandle(HANDLE hObject)
 
 BOOL WINAPI DuplicateHandle(HANDLE hSourceProcessHandle, HANDLE hSourceHandle, HANDLE hTargetProcessHandle,
     LPHANDLE lpTargetHandle, DWORD dwDesiredAccess, BOOL, DWORD dwOptions)
+try
 {
     // Handles of other processes are in other tables.
     if (!IsCurrentProcess(hSourceProcessHandle) || !IsCurrentProcess(hTargetProcessHandle))
@@ -40,4 +41,8 @@ BOOL WINAPI DuplicateHandle(HANDLE hSourceProcessHandle, HANDLE hSourceHandle, H
     if (dwOptions & DUPLICATE_CLOSE_SOURCE)
         CloseHandle(hSourceHandle);
     return result;
+}
+catch (const std::bad_alloc&)
+{
+    return Fail(ERROR_NOT_ENOUGH_MEMORY);
 }

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <utility>
 
 namespace qxplatform
 {
@@ -42,11 +44,11 @@ MemoryBlocks& MemoryBlocks::Instance()
 HGLOBAL MemoryBlocks::Allocate(UINT flags, SIZE_T size)
 {
     const bool movable = (flags & GMEM_MOVEABLE) != 0;
-    void* data = nullptr;
+    std::unique_ptr<void, decltype(&std::free)> bytes(nullptr, &std::free);
     if (!movable || size != 0)
     {
-        data = AllocateBytes(size, (flags & GMEM_ZEROINIT) != 0);
-        if (data == nullptr)
+        bytes.reset(AllocateBytes(size, (flags & GMEM_ZEROINIT) != 0));
+        if (!bytes)
         {
             SetLastError(ERROR_NOT_ENOUGH_MEMORY);
             return nullptr;
@@ -55,16 +57,17 @@ HGLOBAL MemoryBlocks::Allocate(UINT flags, SIZE_T size)
     std::lock_guard lock(_mutex);
     if (_freeEntries.empty() && _blocks.size() == kMaxEntries)
     {
-        std::free(data);
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
         return nullptr;
     }
+    ProvideEntry();
+    std::uint32_t* const entry = bytes ? &_entryOfAddress[bytes.get()] : nullptr;
     Block& block = TakeEntry();
-    block.data = data;
+    block.data = bytes.release();
     block.size = block.capacity = size;
     block.movable = movable;
-    if (data != nullptr)
-        _entryOfAddress[data] = static_cast<std::uint32_t>(&block - _blocks.data());
+    if (entry != nullptr)
+        *entry = static_cast<std::uint32_t>(&block - _blocks.data());
     return HandleFor(block);
 }
 
@@ -198,14 +201,19 @@ HGLOBAL MemoryBlocks::HandleFor(const Block& block) const
     return reinterpret_cast<HGLOBAL>((generation << kGenerationShift) | (index << kIndexShift) | kMovableTag);
 }
 
+// Releasing an entry must not need memory, so there is always room for all of them in the list of free ones.
+void MemoryBlocks::ProvideEntry()
+{
+    if (!_freeEntries.empty())
+        return;
+    if (_freeEntries.capacity() <= _blocks.size())
+        _freeEntries.reserve(2 * _blocks.size() + 8);
+    _blocks.emplace_back();
+    _freeEntries.push_back(static_cast<std::uint32_t>(_blocks.size() - 1));
+}
+
 MemoryBlocks::Block& MemoryBlocks::TakeEntry()
 {
-    if (_freeEntries.empty())
-    {
-        _blocks.emplace_back();
-        _blocks.back().inUse = true;
-        return _blocks.back();
-    }
     Block& block = _blocks[_freeEntries.back()];
     _freeEntries.pop_back();
     block.inUse = true;
@@ -245,10 +253,17 @@ bool MemoryBlocks::Resize(Block& block, std::size_t size, bool zero, bool mayMov
         }
         if (data == nullptr)
             return false;
-        if (data != oldData)
+        if (oldData == nullptr)
         {
-            _entryOfAddress.erase(oldData);
+            std::unique_ptr<void, decltype(&std::free)> fresh(data, &std::free);
             _entryOfAddress[data] = static_cast<std::uint32_t>(&block - _blocks.data());
+            fresh.release();
+        }
+        else if (data != oldData) // keeps the map's node, because a new one could fail
+        {
+            auto node = _entryOfAddress.extract(oldData);
+            node.key() = data;
+            _entryOfAddress.insert(std::move(node));
         }
         block.data = data;
         block.capacity = capacity;

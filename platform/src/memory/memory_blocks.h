@@ -47,7 +47,8 @@ private:
 
     Block* Find(HGLOBAL handle);
     HGLOBAL HandleFor(const Block& block) const;
-    Block& TakeEntry();
+    void ProvideEntry();
+    Block& TakeEntry(); // there is one after ProvideEntry()
     void ReleaseEntry(Block& block);
     bool Resize(Block& block, std::size_t size, bool zero, bool mayMove);
 

@@ -8,6 +8,7 @@
 #include "time/file_time.h"
 
 #include <cstdint>
+#include <new>
 
 using namespace qxplatform;
 
@@ -92,15 +93,26 @@ BOOL WINAPI GetExitCodeThread(HANDLE hThread, LPDWORD lpExitCode)
 }
 
 int WINAPI GetThreadPriority(HANDLE hThread)
+try
 {
     const Ref<ThreadObject> thread = ThreadOf(hThread);
     return thread ? thread->priority() : THREAD_PRIORITY_ERROR_RETURN;
 }
+catch (const std::bad_alloc&)
+{
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return THREAD_PRIORITY_ERROR_RETURN;
+}
 
 BOOL WINAPI SetThreadPriority(HANDLE hThread, int nPriority)
+try
 {
     const Ref<ThreadObject> thread = ThreadOf(hThread);
     return thread && thread->SetPriority(nPriority);
+}
+catch (const std::bad_alloc&)
+{
+    return Fail(ERROR_NOT_ENOUGH_MEMORY);
 }
 
 BOOL WINAPI GetThreadTimes(
