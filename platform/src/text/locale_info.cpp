@@ -10,8 +10,8 @@
 #include <utility>
 
 #include "base/fail.h"
-#include "base/give_text.h"
 #include "base/forever.h"
+#include "base/give_text.h"
 #include "text/date_pictures.h"
 #include "text/locale.h"
 #include "text/locale_code_pages.h"

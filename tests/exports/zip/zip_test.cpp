@@ -90,7 +90,7 @@ void OnProblem(void* context, const QXWCHAR* name, const QXWCHAR*)
     static_cast<Calls*>(context)->problems.push_back(qx::String(name).NarrowText());
 }
 
-int32_t OnProgress(void* context, const QXWCHAR*, uint64_t)
+std::int32_t OnProgress(void* context, const QXWCHAR*, std::uint64_t)
 {
     return static_cast<Calls*>(context)->allowed-- > 0;
 }

@@ -234,7 +234,7 @@ TEST_F(JobDispatcher, CloseWaitsForWhatRuns)
     Dispatcher pool(1, L"pool");
     pool.Finalize(&host);
     EXPECT_LT(watch.Milliseconds(), 900); // there is nothing to wait for
-    EXPECT_EQ(host.waits, 1); // asked once, as at the end of any pass
+    EXPECT_EQ(host.waits, 1);             // asked once, as at the end of any pass
 }
 
 // A thread that releases a job must not hold up queued or running jobs.
