@@ -30,16 +30,12 @@ StreamHolder MakeStream(HGLOBAL memory = nullptr, bool freeIt = true)
 
 ULARGE_INTEGER Unsigned(unsigned long long value)
 {
-    ULARGE_INTEGER number;
-    number.QuadPart = value;
-    return number;
+    return {.QuadPart = value};
 }
 
 HRESULT SeekTo(const StreamHolder& stream, long long move, DWORD origin = STREAM_SEEK_SET)
 {
-    LARGE_INTEGER number;
-    number.QuadPart = move;
-    return stream->Seek(number, origin, nullptr);
+    return stream->Seek({.QuadPart = move}, origin, nullptr);
 }
 
 unsigned long long Position(const StreamHolder& stream)

@@ -9,6 +9,7 @@
 
 #include <cstring>
 #include <string_view>
+#include <tuple>
 
 namespace
 {
@@ -22,13 +23,9 @@ std::wstring_view TextOf(BSTR bstr)
 
 TEST(Bstr, LengthStandsInFrontOfTheText)
 {
-    struct
-    {
-        BSTR bstr;
-        UINT bytes;
-        const char* content; // with the terminator
-    } const cases[] = {{SysAllocStringLen(L"a\0\u20ac", 3), 6, "a\0\0\0\xac\x20\0"}, {SysAllocString(L""), 0, "\0"},
-        {SysAllocStringByteLen("abc", 3), 3, "abc\0"}};
+    // The strings, their lengths in bytes, their contents with the terminator.
+    const std::tuple<BSTR, UINT, const char*> cases[] = {{SysAllocStringLen(L"a\0\u20ac", 3), 6, "a\0\0\0\xac\x20\0"},
+        {SysAllocString(L""), 0, "\0"}, {SysAllocStringByteLen("abc", 3), 3, "abc\0"}};
     for (const auto& [bstr, bytes, content] : cases)
     {
         ASSERT_NE(bstr, nullptr);

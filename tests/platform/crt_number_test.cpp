@@ -14,6 +14,7 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -63,35 +64,28 @@ TEST(CrtNumber, ReadsIntegersOfFourRanges)
 
 TEST(CrtNumber, ReadsFloats)
 {
-    struct
-    {
-        const wchar_t* text;
-        std::size_t length;
-        double value;
-    } constexpr kCases[] = {{L"-1.5e3x", 6, -1500}, {L" \t+1.5", 6, 1.5}, {L".5", 2, 0.5}, {L"5.", 2, 5},
-        {L"-.5E-2", 6, -0.005}, {L"1e+x", 1, 1}, {L"1.5.5", 3, 1.5}, {L"1,5", 1, 1}, {L"", 0, 0}, {L".", 0, 0},
-        {L"e5", 0, 0}, {L"0x10", 4, 16}, {L"0x1.8p1", 7, 3}, {L"infx", 3, std::numeric_limits<double>::infinity()},
+    constexpr std::tuple<const wchar_t*, std::size_t, double> kCases[] = {{L"-1.5e3x", 6, -1500}, {L" \t+1.5", 6, 1.5},
+        {L".5", 2, 0.5}, {L"5.", 2, 5}, {L"-.5E-2", 6, -0.005}, {L"1e+x", 1, 1}, {L"1.5.5", 3, 1.5}, {L"1,5", 1, 1},
+        {L"", 0, 0}, {L".", 0, 0}, {L"e5", 0, 0}, {L"0x10", 4, 16}, {L"0x1.8p1", 7, 3},
+        {L"infx", 3, std::numeric_limits<double>::infinity()},
         {L"-Infinity", 9, -std::numeric_limits<double>::infinity()},
         {L"123456789012345678901234567890", 30, 123456789012345678901234567890.0},
         {L"9007199254740993", 16, 9007199254740992.0}, // halfway: rounded to even
         {L"1e0000000000000000001", 21, 10}, {L"0.000000000000000000000000000000000000000000001", 47, 1e-45},
         {L"0e99999999999999999999", 22, 0}, {L"1.7976931348623157e308", 22, std::numeric_limits<double>::max()},
         {L"2.2250738585072014e-308", 23, std::numeric_limits<double>::min()}, {L"5e-324", 6, 5e-324}};
-    for (const auto& c : kCases)
+    for (const auto& [text, length, value] : kCases)
     {
         wchar_t* behind = nullptr;
-        EXPECT_EQ(wcstod(c.text, &behind), c.value) << c.text;
-        EXPECT_EQ(behind, c.text + c.length) << c.text;
+        EXPECT_EQ(wcstod(text, &behind), value) << text;
+        EXPECT_EQ(behind, text + length) << text;
     }
     EXPECT_TRUE(std::isnan(wcstod(L"nan", nullptr)));
     EXPECT_TRUE(std::signbit(wcstod(L"-0", nullptr)));
 
-    struct
-    {
-        const wchar_t* text;
-        double value;
-    } constexpr kOutOfRange[] = {{L"1e400", HUGE_VAL}, {L"1e99999999999999999999", HUGE_VAL}, {L"-1e309", -HUGE_VAL},
-        {L"1e-400", 0}, {L"2e-324", 0}, {L"1e-99999999999999999999", 0}};
+    constexpr std::pair<const wchar_t*, double> kOutOfRange[] = {{L"1e400", HUGE_VAL},
+        {L"1e99999999999999999999", HUGE_VAL}, {L"-1e309", -HUGE_VAL}, {L"1e-400", 0}, {L"2e-324", 0},
+        {L"1e-99999999999999999999", 0}};
     for (const auto& [text, value] : kOutOfRange)
     {
         errno = 0;
@@ -136,13 +130,9 @@ std::string Scanned(const wchar_t* text, const wchar_t* format)
 
 TEST(CrtScan, ReadsNumbers)
 {
-    struct
-    {
-        const wchar_t* text;
-        const wchar_t* format;
-        const char* result;
-    } constexpr kCases[] = {{L"-12x", L"%d", "1: -12"}, {L" \t\r\n\u00a0+12", L"%d", "1: 12"}, {L"--1", L"%d", "0:"},
-        {L"", L"%d", "-1:"}, {L"0x1F", L"%d", "1: 0"}, {L"\u0661", L"%d", "0:"}, // unlike wcstol
+    constexpr std::tuple<const wchar_t*, const wchar_t*, const char*> kCases[] = {{L"-12x", L"%d", "1: -12"},
+        {L" \t\r\n\u00a0+12", L"%d", "1: 12"}, {L"--1", L"%d", "0:"}, {L"", L"%d", "-1:"}, {L"0x1F", L"%d", "1: 0"},
+        {L"\u0661", L"%d", "0:"}, // unlike wcstol
         {L"99999999999", L"%d", "1: 1215752191"}, {L"4294967295 -1", L"%u%u", "2: -1 -1"},
         {L"012 08 -0x10", L"%i%i%i%i", "4: 10 0 8 -16"}, {L"0xg", L"%i", "0:"}, {L"7778", L"%o", "1: 511"},
         // the forms of numbers in settings
@@ -154,26 +144,23 @@ TEST(CrtScan, ReadsNumbers)
         {L"12 34", L"%*d%d", "1: 34"}, {L"123456", L"%3d%2d", "2: 123 45"}, {L"-5-5", L"%1d", "0:"},
         {L"-5-5", L"%2d%2d", "2: -5 -5"}, {L"0x1f", L"%3x", "1: 1"}, {L"0x1f", L"%2x", "0:"},
         {L"50 %", L"%d%%%n", "1: 50 4"}, {L"  a5", L" a%d", "1: 5"}, {L"abc", L"abc", "0:"}};
-    for (const auto& c : kCases)
-        EXPECT_EQ(Scanned(c.text, c.format), c.result) << c.text << " by " << c.format;
+    for (const auto& [text, format, result] : kCases)
+        EXPECT_EQ(Scanned(text, format), result) << text << " by " << format;
 }
 
 TEST(CrtScan, SizesOfNumbers)
 {
-    struct
-    {
-        const wchar_t* text;
-        const wchar_t* format;
-        std::uint64_t value; // initially bytes of 0xAA
-    } constexpr kCases[] = {{L"-1", L"%I64d", ~std::uint64_t{0}}, {L"18446744073709551617", L"%I64u", 1},
-        {L"12", L"%lld", 12}, {L"x12345678abcdef", L"x%I64x", 0x12345678abcdef}, {L"12", L"%Id", 12},
-        {L"12AB", L"%p", 0x12AB}, {L"-1", L"%ld", 0xAAAAAAAAFFFFFFFF}, {L"-1", L"%I32d", 0xAAAAAAAAFFFFFFFF},
+    // The values are read over bytes of 0xAA.
+    constexpr std::tuple<const wchar_t*, const wchar_t*, std::uint64_t> kCases[] = {
+        {L"-1", L"%I64d", ~std::uint64_t{0}}, {L"18446744073709551617", L"%I64u", 1}, {L"12", L"%lld", 12},
+        {L"x12345678abcdef", L"x%I64x", 0x12345678abcdef}, {L"12", L"%Id", 12}, {L"12AB", L"%p", 0x12AB},
+        {L"-1", L"%ld", 0xAAAAAAAAFFFFFFFF}, {L"-1", L"%I32d", 0xAAAAAAAAFFFFFFFF},
         {L"70000", L"%hd", 0xAAAAAAAAAAAA1170}};
-    for (const auto& c : kCases)
+    for (const auto& [text, format, expected] : kCases)
     {
         std::uint64_t value = 0xAAAAAAAAAAAAAAAA;
-        EXPECT_EQ(_snwscanf(c.text, wcslen(c.text), c.format, &value), 1) << c.text << " by " << c.format;
-        EXPECT_EQ(value, c.value) << c.text << " by " << c.format;
+        EXPECT_EQ(_snwscanf(text, wcslen(text), format, &value), 1) << text << " by " << format;
+        EXPECT_EQ(value, expected) << text << " by " << format;
     }
 }
 

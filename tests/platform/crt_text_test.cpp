@@ -4,7 +4,9 @@
 #include <wchar.h>
 #include <wctype.h>
 
+#include <algorithm>
 #include <cstring>
+#include <tuple>
 #include <vector>
 
 #if defined(_WIN32) // each system has its own call to protect a page, and the layer has none
@@ -17,11 +19,6 @@ namespace
 {
 
 constexpr std::size_t kHuge = 0x7FFFFFFE;
-
-int Sign(int value)
-{
-    return (value > 0) - (value < 0);
-}
 
 // Memory followed by an inaccessible page, so that reading past the end crashes the program.
 class PageEnd
@@ -127,19 +124,15 @@ TEST(CrtText, ComparesAtEveryAlignmentByUnsignedUnits)
 
 TEST(CrtText, FoldsNothingButAToZ)
 {
-    struct
-    {
-        const wchar_t* a;
-        const wchar_t* b;
-        int order;
-    } constexpr kCases[] = {{L"azAZ@[`{", L"AZaz@[`{", 0}, {L"[", L"{", -1}, {L"@", L"`", -1}, {L"_", L"a", -1},
-        {L"\u00c4", L"\u00e4", -1}, {L"\u212a", L"k", 1}, {L"0123456789", L"0123456789A", -1},
+    constexpr std::tuple<const wchar_t*, const wchar_t*, int> kCases[] = {{L"azAZ@[`{", L"AZaz@[`{", 0},
+        {L"[", L"{", -1}, {L"@", L"`", -1}, {L"_", L"a", -1}, {L"\u00c4", L"\u00e4", -1}, {L"\u212a", L"k", 1},
+        {L"0123456789", L"0123456789A", -1},
         {L"abcdefghijklmnopqrstuvwxyz\u8000", L"ABCDEFGHIJKLMNOPQRSTUVWXYZ\u7fff", 1}};
-    for (const auto& c : kCases)
+    for (const auto& [a, b, order] : kCases)
     {
-        EXPECT_EQ(Sign(_wcsicmp(c.a, c.b)), c.order) << c.a;
-        EXPECT_EQ(Sign(_wcsicmp(c.b, c.a)), -c.order) << c.a;
-        EXPECT_EQ(Sign(_wcsnicmp(c.a, c.b, 100)), c.order) << c.a;
+        EXPECT_EQ(std::clamp(_wcsicmp(a, b), -1, 1), order) << a;
+        EXPECT_EQ(std::clamp(_wcsicmp(b, a), -1, 1), -order) << a;
+        EXPECT_EQ(std::clamp(_wcsnicmp(a, b, 100), -1, 1), order) << a;
     }
     EXPECT_EQ(_wcsnicmp(L"NAME=1", L"name=2", 5), 0);
     for (unsigned c = 0; c < 0x10000; ++c)

@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <string>
+#include <tuple>
 
 #include "platform/locale_ids.h"
 #include "platform/system_support.h"
@@ -50,13 +51,9 @@ TEST(DateFromText, OfLocales)
     SYSTEMTIME now;
     GetLocalTime(&now);
     const std::string year = std::to_string(now.wYear);
-    struct
-    {
-        LCID locale;
-        const wchar_t* text;
-        std::string result;
-    } const cases[] = {{kAmerican, L"1/2/2018", "2018-1-2 0:00:00"}, {kAmerican, L" 1 / 2 / 2018 ", "2018-1-2 0:00:00"},
-        {kAmerican, L"1 2 2018", "2018-1-2 0:00:00"}, {kAmerican, L"12/29/1899 6:00", "1899-12-29 6:00:00"},
+    const std::tuple<LCID, const wchar_t*, std::string> cases[] = {{kAmerican, L"1/2/2018", "2018-1-2 0:00:00"},
+        {kAmerican, L" 1 / 2 / 2018 ", "2018-1-2 0:00:00"}, {kAmerican, L"1 2 2018", "2018-1-2 0:00:00"},
+        {kAmerican, L"12/29/1899 6:00", "1899-12-29 6:00:00"},
         {kAmerican, L"1.2.2018", kNone}, // dots separate the parts of a time
         {kAmerican, L"13/2/2018", "2018-2-13 0:00:00"}, {kAmerican, L"2018/2/3", "2018-2-3 0:00:00"},
         {kAmerican, L"1/2/49", "2049-1-2 0:00:00"}, {kAmerican, L"1/2/50", "1950-1-2 0:00:00"},
@@ -80,8 +77,8 @@ TEST(DateFromText, OfLocales)
         {kGerman, L"Dienstag, 3. April 2018", "2018-4-3 0:00:00"}, {kGerman, L"3 October 2018", kNone},
         {kBritish, L"1/2/2018", "2018-2-1 0:00:00"}, {kBritish, L"18/1/2", "2002-1-18 0:00:00"},
         {kJapanese, L"18/1/2", "2018-1-2 0:00:00"}, {kJapanese, L"1/2/2018", "2018-1-2 0:00:00"}};
-    for (const auto& row : cases)
-        EXPECT_EQ(Read(row.locale, row.text), row.result) << ReadableText(row.text) << ' ' << row.locale;
+    for (const auto& [locale, text, result] : cases)
+        EXPECT_EQ(Read(locale, text), result) << ReadableText(text) << ' ' << locale;
     if (kIsLayer) // Wine takes the first number as the year and knows only the nominative of months
     {
         EXPECT_EQ(Read(kRussian, L"3 \x430\x43f\x440\x435\x43b\x44f 2018"), "2018-4-3 0:00:00");

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <set>
+#include <tuple>
 #include <utility>
 
 using namespace qxtest;
@@ -13,35 +14,30 @@ namespace
 
 TEST(FilesOpen, DispositionsTellWhatTheyFound)
 {
-    constexpr struct
-    {
-        DWORD value;
-        bool isThere;
-        DWORD error;     // after a failure
-        DWORD lastError; // after a success
-        const char* content;
-    } kCases[] = {{CREATE_NEW, false, 0, 0, ""}, {CREATE_NEW, true, ERROR_FILE_EXISTS, 0, "data"},
-        {CREATE_ALWAYS, false, 0, 0, ""}, {CREATE_ALWAYS, true, 0, ERROR_ALREADY_EXISTS, ""},
-        {OPEN_EXISTING, false, ERROR_FILE_NOT_FOUND, 0, ""}, {OPEN_EXISTING, true, 0, 0, "data"},
-        {OPEN_ALWAYS, false, 0, 0, ""}, {OPEN_ALWAYS, true, 0, ERROR_ALREADY_EXISTS, "data"}};
+    // The last errors are those of a failure and of a success.
+    constexpr std::tuple<DWORD, bool, DWORD, DWORD, const char*> kCases[] = {{CREATE_NEW, false, 0, 0, ""},
+        {CREATE_NEW, true, ERROR_FILE_EXISTS, 0, "data"}, {CREATE_ALWAYS, false, 0, 0, ""},
+        {CREATE_ALWAYS, true, 0, ERROR_ALREADY_EXISTS, ""}, {OPEN_EXISTING, false, ERROR_FILE_NOT_FOUND, 0, ""},
+        {OPEN_EXISTING, true, 0, 0, "data"}, {OPEN_ALWAYS, false, 0, 0, ""},
+        {OPEN_ALWAYS, true, 0, ERROR_ALREADY_EXISTS, "data"}};
     const Folder folder;
     const Text path = folder / L"file";
-    for (const auto& expected : kCases)
+    for (const auto& [value, isThere, failure, lastError, content] : kCases)
     {
-        SCOPED_TRACE(testing::Message() << "disposition " << expected.value << ", there: " << expected.isThere);
+        SCOPED_TRACE(testing::Message() << "disposition " << value << ", there: " << isThere);
         DeleteFileW(path);
-        if (expected.isThere)
+        if (isThere)
             MakeFile(path);
         SetLastError(0xBEEF);
-        Handle file = Open(path, kReadWrite, 0, expected.value);
+        Handle file = Open(path, kReadWrite, 0, value);
         const DWORD error = GetLastError();
-        EXPECT_EQ(static_cast<bool>(file), expected.error == 0);
-        EXPECT_EQ(error, expected.error != 0 ? expected.error : expected.lastError);
+        EXPECT_EQ(static_cast<bool>(file), failure == 0);
+        EXPECT_EQ(error, failure != 0 ? failure : lastError);
         file.Close();
-        EXPECT_EQ(Exists(path), expected.isThere || expected.error == 0);
+        EXPECT_EQ(Exists(path), isThere || failure == 0);
         if (Exists(path))
         {
-            EXPECT_EQ(BytesOf(path), expected.content);
+            EXPECT_EQ(BytesOf(path), content);
         }
     }
 }
@@ -50,11 +46,7 @@ TEST(FilesOpen, PathsThatLeadNowhere)
 {
     const Folder folder;
     MakeFile(folder / L"file");
-    const struct
-    {
-        Text path;
-        DWORD disposition, error;
-    } cases[] = {{L"", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
+    const std::tuple<Text, DWORD, DWORD> cases[] = {{L"", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
         {folder / L"missing/file", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
         {folder / L"file/below", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
         {folder / L"file/", OPEN_EXISTING, ERROR_INVALID_NAME}, {folder / L"new/", CREATE_ALWAYS, ERROR_INVALID_NAME},
@@ -164,12 +156,8 @@ std::set<std::string> Find(const Text& pattern)
 
 TEST(FilesPaths, FullPathsAreResolvedInTheText)
 {
-    struct
-    {
-        const wchar_t* path;
-        const char* expected;
-    } constexpr kCases[] = {{L"/a/./b/../c", "/a/c"}, {L"/a//b\\\\c", "/a/b/c"}, {L"/../../a", "/a"}, {L"/", "/"},
-        {L"/a/b/../", "/a/"}, {L"/missing/../a", "/a"}};
+    constexpr std::pair<const wchar_t*, const char*> kCases[] = {{L"/a/./b/../c", "/a/c"}, {L"/a//b\\\\c", "/a/b/c"},
+        {L"/../../a", "/a"}, {L"/", "/"}, {L"/a/b/../", "/a/"}, {L"/missing/../a", "/a"}};
     for (const auto& [path, expected] : kCases)
         EXPECT_EQ(WithoutDrive(FullPath(path)), expected) << Text(path).Narrow();
 

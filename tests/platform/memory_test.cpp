@@ -1,20 +1,13 @@
 // Global and local memory: handles, lock counts, last errors.
-#include <gtest/gtest.h>
-
-#include <windows.h>
+#include "system_support.h"
 
 #include <cstdint>
 #include <vector>
 
+using qxtest::ErrorOf;
+
 namespace
 {
-
-DWORD LastErrorOf(auto&& call)
-{
-    SetLastError(0xBEEF);
-    call();
-    return GetLastError();
-}
 
 TEST(GlobalMemory, MovableBlockCountsItsLocks)
 {
@@ -27,8 +20,8 @@ TEST(GlobalMemory, MovableBlockCountsItsLocks)
 
     EXPECT_TRUE(GlobalUnlock(memory));
     // The last unlock also returns FALSE; only the last error distinguishes it from a failure.
-    EXPECT_EQ(LastErrorOf([&] { EXPECT_FALSE(GlobalUnlock(memory)); }), DWORD{NO_ERROR});
-    EXPECT_EQ(LastErrorOf([&] { EXPECT_FALSE(GlobalUnlock(memory)); }), DWORD{ERROR_NOT_LOCKED});
+    EXPECT_EQ(ErrorOf([&] { return GlobalUnlock(memory); }), DWORD{NO_ERROR});
+    EXPECT_EQ(ErrorOf([&] { return GlobalUnlock(memory); }), DWORD{ERROR_NOT_LOCKED});
     GlobalLock(memory);
     EXPECT_EQ(GlobalFree(memory), nullptr) << "a locked block is freed as well";
 
@@ -57,16 +50,15 @@ TEST(GlobalMemory, ForeignValuesAreRefused)
 #endif
     for (const HGLOBAL value : values)
     {
-        EXPECT_EQ(LastErrorOf([&] { EXPECT_EQ(GlobalLock(value), nullptr); }), DWORD{ERROR_INVALID_HANDLE}) << value;
-        EXPECT_EQ(LastErrorOf([&] { EXPECT_FALSE(GlobalUnlock(value)); }), DWORD{ERROR_INVALID_HANDLE}) << value;
-        EXPECT_EQ(LastErrorOf([&] { EXPECT_EQ(GlobalSize(value), 0u); }), DWORD{ERROR_INVALID_HANDLE}) << value;
+        EXPECT_EQ(ErrorOf([&] { return GlobalLock(value); }), DWORD{ERROR_INVALID_HANDLE}) << value;
+        EXPECT_EQ(ErrorOf([&] { return GlobalUnlock(value); }), DWORD{ERROR_INVALID_HANDLE}) << value;
+        EXPECT_EQ(ErrorOf([&] { return GlobalSize(value); }), DWORD{ERROR_INVALID_HANDLE}) << value;
         EXPECT_EQ(GlobalFlags(value), static_cast<UINT>(GMEM_INVALID_HANDLE)) << value;
-        EXPECT_EQ(LastErrorOf([&] { EXPECT_EQ(GlobalReAlloc(value, 8, GMEM_MOVEABLE), nullptr); }),
-            DWORD{ERROR_INVALID_HANDLE})
+        EXPECT_EQ(ErrorOf([&] { return GlobalReAlloc(value, 8, GMEM_MOVEABLE); }), DWORD{ERROR_INVALID_HANDLE})
             << value;
         if (value != nullptr) // freeing null succeeds
         {
-            EXPECT_EQ(LastErrorOf([&] { EXPECT_EQ(GlobalFree(value), value); }), DWORD{ERROR_INVALID_HANDLE}) << value;
+            EXPECT_EQ(ErrorOf([&] { return GlobalFree(value) != value; }), DWORD{ERROR_INVALID_HANDLE}) << value;
         }
     }
 #ifndef _WIN32 // see above
@@ -76,8 +68,7 @@ TEST(GlobalMemory, ForeignValuesAreRefused)
 
 TEST(GlobalMemory, TooLargeABlockFailsAndLeavesTheOldOne)
 {
-    EXPECT_EQ(
-        LastErrorOf([] { EXPECT_EQ(GlobalAlloc(GHND, SIZE_MAX - 4096), nullptr); }), DWORD{ERROR_NOT_ENOUGH_MEMORY});
+    EXPECT_EQ(ErrorOf([] { return GlobalAlloc(GHND, SIZE_MAX - 4096); }), DWORD{ERROR_NOT_ENOUGH_MEMORY});
     const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, 4);
     EXPECT_EQ(GlobalReAlloc(memory, SIZE_MAX - 4096, GMEM_MOVEABLE), nullptr);
     EXPECT_EQ(GlobalSize(memory), 4u);

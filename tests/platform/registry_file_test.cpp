@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include <stdlib.h>
@@ -155,16 +156,12 @@ TEST_F(RegistryFile, ReadsWhatPeopleWrite)
                                             "; about the last\n"
                                             "\"last\"=dword:00000004\n"
                                             "; at the end");
-    struct
-    {
-        const wchar_t *key, *name;
-        const char* value;
-    } const cases[] = {{L"A", L"blanks", "1:78000000"}, {L"A", L"Ü", "4:1f000000"}, {L"A", L"bytes", "3:01020304"},
-        {L"A", L"none", "0:"}, {L"A", L"two\nlines", "1:61000d000a0062000000"}, {L"A", L"gone", "error 2"},
-        {L"A", L"twice", "4:02000000"}, {L"A", L"last", "4:04000000"}, {L"b", nullptr, "error 2"},
-        {L"b\\c", nullptr, "error 2"}};
-    for (const auto& c : cases)
-        EXPECT_EQ(Value(c.key, c.name), c.value) << c.key << L" " << c.name;
+    const std::tuple<const wchar_t*, const wchar_t*, const char*> cases[] = {{L"A", L"blanks", "1:78000000"},
+        {L"A", L"Ü", "4:1f000000"}, {L"A", L"bytes", "3:01020304"}, {L"A", L"none", "0:"},
+        {L"A", L"two\nlines", "1:61000d000a0062000000"}, {L"A", L"gone", "error 2"}, {L"A", L"twice", "4:02000000"},
+        {L"A", L"last", "4:04000000"}, {L"b", nullptr, "error 2"}, {L"b\\c", nullptr, "error 2"}};
+    for (const auto& [key, name, value] : cases)
+        EXPECT_EQ(Value(key, name), value) << key << L" " << name;
 
     // Comments written by people survive our changes.
     const HKEY key = Open(L"A");

@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace
@@ -76,12 +77,7 @@ TEST_F(Registry, KeysAreCreatedOnceAndFoundWithoutCase)
 
 TEST_F(Registry, ValuesOfEachTypeComeBackByteForByte)
 {
-    struct
-    {
-        const wchar_t* name;
-        DWORD type;
-        std::string data;
-    } const cases[] = {{nullptr, REG_SZ, std::string("d\0\0\0", 4)},
+    const std::tuple<const wchar_t*, DWORD, std::string> cases[] = {{nullptr, REG_SZ, std::string("d\0\0\0", 4)},
         {L"number", REG_DWORD, std::string("\x01\x02\x03\xFF", 4)},
         {L"big number", REG_QWORD, std::string("12345678", 8)}, {L"bytes", REG_BINARY, std::string(300, '\xA5')},
         {L"no bytes", REG_BINARY, ""}, {L"expand", REG_EXPAND_SZ, std::string("%\0P\0%\0\0\0", 8)},
@@ -90,30 +86,27 @@ TEST_F(Registry, ValuesOfEachTypeComeBackByteForByte)
         {L"lines", REG_SZ, std::string("a\0\r\0\n\0\"\0\\\0\0\0", 12)},
         {L"lone surrogate", REG_SZ, std::string("\x3D\xD8x\0\0\0", 6)},
         {L"\"quoted\" \\ = name", REG_SZ, std::string("\0\0", 2)}, {L"own type", 0xABCDE, "1"}};
-    for (const auto& c : cases)
-    {
-        // The system adds a terminator to a text if one follows in memory.
-        const std::string data = c.data + "##";
-        EXPECT_EQ(RegSetValueExW(_key, c.name, 0, c.type, reinterpret_cast<const BYTE*>(data.data()),
-                      static_cast<DWORD>(c.data.size())),
+    // The system adds a terminator to a text if one follows in memory.
+    for (const auto& [name, type, data] : cases)
+        EXPECT_EQ(RegSetValueExW(_key, name, 0, type, reinterpret_cast<const BYTE*>((data + "##").data()),
+                      static_cast<DWORD>(data.size())),
             ERROR_SUCCESS);
-    }
     ReadRegistryAnew();
-    for (const auto& c : cases)
+    for (const auto& [name, expectedType, expected] : cases)
     {
-        SCOPED_TRACE(testing::Message() << (c.name != nullptr ? c.name : L"@"));
+        SCOPED_TRACE(testing::Message() << (name != nullptr ? name : L"@"));
         std::string data(400, '#');
         DWORD size = 400, type = 77;
         EXPECT_EQ(
-            RegQueryValueExW(_key, c.name, nullptr, &type, reinterpret_cast<BYTE*>(data.data()), &size), ERROR_SUCCESS);
+            RegQueryValueExW(_key, name, nullptr, &type, reinterpret_cast<BYTE*>(data.data()), &size), ERROR_SUCCESS);
         data.resize(size);
-        EXPECT_EQ(type, c.type);
-        EXPECT_EQ(data, c.data);
+        EXPECT_EQ(type, expectedType);
+        EXPECT_EQ(data, expected);
         if (size != 0)
         {
-            EXPECT_EQ(RegQueryValueExW(_key, c.name, nullptr, &type, reinterpret_cast<BYTE*>(data.data()), &--size),
+            EXPECT_EQ(RegQueryValueExW(_key, name, nullptr, &type, reinterpret_cast<BYTE*>(data.data()), &--size),
                 ERROR_MORE_DATA);
-            EXPECT_EQ(size, c.data.size());
+            EXPECT_EQ(size, expected.size());
         }
     }
     EXPECT_EQ(RegSetValueExW(_key, L"null", 0, REG_BINARY, nullptr, 0), ERROR_SUCCESS);

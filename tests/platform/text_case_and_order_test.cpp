@@ -1,16 +1,15 @@
 // Case and sort order of texts: CharUpperW, LCMapStringW, CompareStringW.
 #include "platform/locale_ids.h"
-
-#include <gtest/gtest.h>
-
-#include <windows.h>
+#include "platform/system_support.h"
 
 #include <string_view>
+#include <tuple>
 
 namespace
 {
 
 using namespace std::string_view_literals;
+using qxtest::ErrorOf;
 
 constexpr DWORD kUpper = LCMAP_UPPERCASE, kLower = LCMAP_LOWERCASE, kLinguistic = LCMAP_LINGUISTIC_CASING;
 
@@ -45,12 +44,8 @@ TEST(Casing, SingleCharactersAndTextsInPlace)
 
 TEST(Casing, MapsByFlagsAndLanguage)
 {
-    struct
-    {
-        LCID locale;
-        DWORD flags;
-        std::wstring_view text, mapped;
-    } const cases[] = {{kEnglish, kUpper, L"i\x0131\x00b5\x00df\x017f", L"I\x0131\x00b5\x00df\x017f"},
+    const std::tuple<LCID, DWORD, std::wstring_view, std::wstring_view> cases[] = {
+        {kEnglish, kUpper, L"i\x0131\x00b5\x00df\x017f", L"I\x0131\x00b5\x00df\x017f"},
         {kEnglish, kUpper | kLinguistic, L"i\x0131\x00b5\x00df\x017f", L"II\x039c\x00dfS"},
         {kEnglish, kLower, L"I\x0130\x1e9e\x212b", L"i\x0130\x1e9e\x212b"},
         {kEnglish, kLower | kLinguistic, L"I\x1e9e\x212b", L"i\x00df\x00e5"}, {kTurkish, kUpper, L"ii", L"II"},
@@ -59,18 +54,17 @@ TEST(Casing, MapsByFlagsAndLanguage)
         {LOCALE_INVARIANT, kUpper | kLinguistic, L"stra\u00dfe", L"STRA\u00dfE"},
         {LOCALE_USER_DEFAULT, kUpper, L"a\0b\xd801\xdc28\xd801"sv, L"A\0B\xd801\xdc00\xd801"sv}};
     wchar_t mapped[32];
-    for (const auto& row : cases)
+    for (const auto& [locale, flags, text, expected] : cases)
     {
-        const int length =
-            LCMapStringW(row.locale, row.flags, row.text.data(), static_cast<int>(row.text.size()), mapped, 32);
-        EXPECT_EQ(std::wstring_view(mapped, static_cast<std::size_t>(length)), row.mapped);
+        const int length = LCMapStringW(locale, flags, text.data(), static_cast<int>(text.size()), mapped, 32);
+        EXPECT_EQ(std::wstring_view(mapped, static_cast<std::size_t>(length)), expected);
     }
     EXPECT_EQ(LCMapStringEx(L"", kUpper | kLinguistic, L"i", 1, mapped, 4, nullptr, nullptr, 0), 1);
     EXPECT_EQ(mapped[0], L'I');
     EXPECT_EQ(LCMapStringEx(L"tr-TR", kUpper | kLinguistic, L"i", 1, mapped, 4, nullptr, nullptr, 0), 1);
     EXPECT_EQ(mapped[0], 0x0130);
-    EXPECT_EQ(LCMapStringEx(L"xx-YY", kUpper, L"i", 1, mapped, 4, nullptr, nullptr, 0), 0);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(ErrorOf([&] { return LCMapStringEx(L"xx-YY", kUpper, L"i", 1, mapped, 4, nullptr, nullptr, 0); }),
+        DWORD{ERROR_INVALID_PARAMETER});
 }
 
 TEST(Casing, MapStringSizesAndErrors)
@@ -82,24 +76,18 @@ TEST(Casing, MapStringSizesAndErrors)
     EXPECT_EQ(LCMapStringW(kEnglish, kUpper, text, -1, text, 4), 4);
     EXPECT_EQ(text, L"ABC"sv);
 
-    struct
-    {
-        LCID locale;
-        DWORD flags;
-        const wchar_t* text;
-        int length, size;
-        DWORD error;
-    } const refused[] = {{kEnglish, kUpper, L"abc", -1, 3, ERROR_INSUFFICIENT_BUFFER},
+    const std::tuple<LCID, DWORD, const wchar_t*, int, int, DWORD> refused[] = {
+        {kEnglish, kUpper, L"abc", -1, 3, ERROR_INSUFFICIENT_BUFFER},
         {kEnglish, kUpper, L"abc", 0, 3, ERROR_INVALID_PARAMETER},
         {kEnglish, kUpper, nullptr, -1, 3, ERROR_INVALID_PARAMETER},
         {kEnglish, kUpper, L"abc", 3, -1, ERROR_INVALID_PARAMETER},
         {kUnknown, kUpper, L"abc", 3, 3, ERROR_INVALID_PARAMETER}, {kEnglish, 0, L"abc", 3, 3, ERROR_INVALID_FLAGS},
         {kEnglish, kLinguistic, L"abc", 3, 3, ERROR_INVALID_FLAGS}};
-    for (const auto& row : refused)
+    for (const auto& [locale, flags, source, length, size, error] : refused)
     {
         SetLastError(ERROR_SUCCESS);
-        EXPECT_EQ(LCMapStringW(row.locale, row.flags, row.text, row.length, buffer, row.size), 0);
-        EXPECT_EQ(GetLastError(), row.error) << row.locale << ' ' << row.flags << ' ' << row.length << ' ' << row.size;
+        EXPECT_EQ(LCMapStringW(locale, flags, source, length, buffer, size), 0);
+        EXPECT_EQ(GetLastError(), error) << locale << ' ' << flags << ' ' << length << ' ' << size;
     }
 }
 
@@ -111,13 +99,11 @@ int Compare(LCID locale, DWORD flags, std::wstring_view a, std::wstring_view b)
 // Compared in both directions, which must give opposite results.
 TEST(Order, WordSort)
 {
-    struct
-    {
-        std::wstring_view less, greater;
-    } constexpr kCases[] = {{L"a", L"A"}, {L"A", L"b"}, {L"abc", L"abcd"}, {L"", L"a"}, {L"A1", L"a2"}, {L"10", L"9"},
-        {L"_", L"a"}, {L"a b", L"ab"}, {L"z", L"\x03b1"}, {L"\x03c9", L"\x0430"}, {L"a", L"\x00e4"}, {L"\x00e4", L"az"},
-        {L"\x00e4", L"\x00c4"}, {L"ete", L"\x00e9t\x00e9"}, {L"resume", L"r\x00e9sum\x00e9"}, {L"t", L"\x00fe"},
-        {L"\x4e00", L"\x4e01"}, {L"a", L"a\0b"sv},
+    constexpr std::pair<std::wstring_view, std::wstring_view> kCases[] = {{L"a", L"A"}, {L"A", L"b"}, {L"abc", L"abcd"},
+        {L"", L"a"}, {L"A1", L"a2"}, {L"10", L"9"}, {L"_", L"a"}, {L"a b", L"ab"}, {L"z", L"\x03b1"},
+        {L"\x03c9", L"\x0430"}, {L"a", L"\x00e4"}, {L"\x00e4", L"az"}, {L"\x00e4", L"\x00c4"},
+        {L"ete", L"\x00e9t\x00e9"}, {L"resume", L"r\x00e9sum\x00e9"}, {L"t", L"\x00fe"}, {L"\x4e00", L"\x4e01"},
+        {L"a", L"a\0b"sv},
         // Hyphens and apostrophes only decide between otherwise equal words.
         {L"coop", L"co-op"}, {L"co-op", L"coops"}, {L"cant", L"can't"}, {L"a-b", L"-ab"}, {L"ab-c", L"a-bc"},
         {L"a-bc", L"a-b-c"}, {L"a'b", L"a-b"}, {L"-", L"-a"}, {L"Co-op", L"coops"}};
@@ -134,13 +120,8 @@ TEST(Order, WordSort)
 
 TEST(Order, FlagsAndLocales)
 {
-    struct
-    {
-        LCID locale;
-        DWORD flags;
-        std::wstring_view a, b;
-        int result;
-    } constexpr kCases[] = {{kEnglish, 0, L"", L"", CSTR_EQUAL}, {kEnglish, 0, L"ss", L"\x00df", CSTR_EQUAL},
+    constexpr std::tuple<LCID, DWORD, std::wstring_view, std::wstring_view, int> kCases[] = {
+        {kEnglish, 0, L"", L"", CSTR_EQUAL}, {kEnglish, 0, L"ss", L"\x00df", CSTR_EQUAL},
         {kEnglish, 0, L"ae", L"\x00e6", CSTR_EQUAL}, {kEnglish, 0, L"a\x0308", L"\x00e4", CSTR_EQUAL},
         {kEnglish, 0, L"\x00ad\x0061", L"a", CSTR_EQUAL},
         {kEnglish, NORM_IGNORECASE, L"STRASSE\x0416", L"stra\u00dfe\x0436", CSTR_EQUAL},
@@ -152,9 +133,8 @@ TEST(Order, FlagsAndLocales)
         {kSwedish, 0, L"\x00e4", L"z", CSTR_GREATER_THAN}, {kSwedish, 0, L"\x00e5", L"\x00e4", CSTR_LESS_THAN},
         {kCzech, 0, L"ch", L"cz", CSTR_GREATER_THAN}, {kCzech, 0, L"ch", L"i", CSTR_LESS_THAN},
         {kEstonian, 0, L"z", L"t", CSTR_LESS_THAN}};
-    for (const auto& row : kCases)
-        EXPECT_EQ(Compare(row.locale, row.flags, row.a, row.b), row.result)
-            << row.locale << testing::PrintToString(row.a);
+    for (const auto& [locale, flags, a, b, result] : kCases)
+        EXPECT_EQ(Compare(locale, flags, a, b), result) << locale << testing::PrintToString(a);
 }
 
 TEST(Order, LengthsAndErrors)
@@ -164,8 +144,7 @@ TEST(Order, LengthsAndErrors)
     EXPECT_EQ(CompareStringW(kEnglish, 0, L"abc", 0, L"", -1), CSTR_EQUAL);
     const auto error = [](LCID locale, DWORD flags, const wchar_t* a, const wchar_t* b)
     {
-        SetLastError(ERROR_SUCCESS);
-        return CompareStringW(locale, flags, a, -1, b, -1) == 0 ? GetLastError() : ERROR_SUCCESS;
+        return ErrorOf([=] { return CompareStringW(locale, flags, a, -1, b, -1); });
     };
     EXPECT_EQ(error(kEnglish, 0, nullptr, L""), DWORD{ERROR_INVALID_PARAMETER});
     EXPECT_EQ(error(kEnglish, 0, L"", nullptr), DWORD{ERROR_INVALID_PARAMETER});

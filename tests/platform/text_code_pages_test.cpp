@@ -1,12 +1,11 @@
 // Code pages: decoding and encoding, damage, replacement characters, sizes and last errors.
-#include <gtest/gtest.h>
-
-#include <windows.h>
+#include "platform/system_support.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <type_traits>
 #include <vector>
 
@@ -14,6 +13,7 @@ namespace
 {
 
 using namespace std::string_view_literals;
+using qxtest::ErrorOf;
 
 template <class Unit>
 std::string Hex(const std::vector<Unit>& units)
@@ -144,22 +144,16 @@ TEST_F(CodePages, TextIsWrittenInThePage)
 
 TEST_F(CodePages, ReplacementCharacters)
 {
-    struct
-    {
-        UINT page;
-        std::wstring_view text;
-        DWORD flags;
-        const char *defaultChar, *bytes;
-        BOOL isUsed;
-    } constexpr kCases[] = {{1252, L"a\x4e2d", 0, nullptr, "61 3f", TRUE}, {1252, L"a?", 0, nullptr, "61 3f", FALSE},
+    constexpr std::tuple<UINT, std::wstring_view, DWORD, const char*, const char*, BOOL> kCases[] = {
+        {1252, L"a\x4e2d", 0, nullptr, "61 3f", TRUE}, {1252, L"a?", 0, nullptr, "61 3f", FALSE},
         {1252, L"\x0100", 0, nullptr, "41", FALSE}, {1252, L"\x0100", WC_NO_BEST_FIT_CHARS, nullptr, "3f", TRUE},
         {1252, L"\xd83d\xde00", 0, nullptr, "3f 3f", TRUE}, {1252, L"\x4e2d", 0, "xy", "78", TRUE},
         {1252, L"\x4e2d", 0, "", "00", TRUE}, {932, L"\x1234z", 0, "\x81\x40", "81 40 7a", TRUE}};
-    for (const auto& row : kCases)
+    for (const auto& [page, text, flags, defaultChar, bytes, mustBeUsed] : kCases)
     {
         BOOL isUsed = FALSE;
-        EXPECT_EQ(Encode(row.page, row.text, row.flags, row.defaultChar, &isUsed), row.bytes);
-        EXPECT_EQ(isUsed, row.isUsed) << row.bytes;
+        EXPECT_EQ(Encode(page, text, flags, defaultChar, &isUsed), bytes);
+        EXPECT_EQ(isUsed, mustBeUsed) << bytes;
     }
     EXPECT_EQ(Encode(CP_UTF8, L"a\xd800", WC_ERR_INVALID_CHARS), "error 1113");
 }
@@ -238,11 +232,10 @@ TEST_F(CodePages, SizesAndBuffers)
         EXPECT_EQ(WideCharToMultiByte(page, 0, L"abc", 3, narrow, 3, nullptr, nullptr), 3);
         EXPECT_EQ(narrow, "abc##"sv);
 
-        EXPECT_EQ(MultiByteToWideChar(page, 0, "abc", -1, wide, 3), 0);
-        EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
-        SetLastError(ERROR_SUCCESS);
-        EXPECT_EQ(WideCharToMultiByte(page, 0, L"abc", -1, narrow, 3, nullptr, nullptr), 0);
-        EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
+        EXPECT_EQ(ErrorOf([&] { return MultiByteToWideChar(page, 0, "abc", -1, wide, 3); }),
+            DWORD{ERROR_INSUFFICIENT_BUFFER});
+        EXPECT_EQ(ErrorOf([&] { return WideCharToMultiByte(page, 0, L"abc", -1, narrow, 3, nullptr, nullptr); }),
+            DWORD{ERROR_INSUFFICIENT_BUFFER});
         EXPECT_EQ(wide[3], L'#');
         EXPECT_EQ(narrow[3], '#');
         // A character of several bytes of which only a part fits counts as not fitting.
@@ -257,14 +250,19 @@ TEST_F(CodePages, ArgumentsAreChecked)
     char narrow[8];
     const auto isRefused = [&](bool hasText, int length, bool hasBuffer, int size)
     {
-        SetLastError(ERROR_SUCCESS);
-        EXPECT_EQ(MultiByteToWideChar(1252, 0, hasText ? "a" : nullptr, length, hasBuffer ? wide : nullptr, size), 0);
-        EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
-        SetLastError(ERROR_SUCCESS);
-        EXPECT_EQ(WideCharToMultiByte(
-                      1252, 0, hasText ? L"a" : nullptr, length, hasBuffer ? narrow : nullptr, size, nullptr, nullptr),
-            0);
-        EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
+        EXPECT_EQ(ErrorOf(
+                      [&] {
+                          return MultiByteToWideChar(
+                              1252, 0, hasText ? "a" : nullptr, length, hasBuffer ? wide : nullptr, size);
+                      }),
+            DWORD{ERROR_INVALID_PARAMETER});
+        EXPECT_EQ(ErrorOf(
+                      [&]
+                      {
+                          return WideCharToMultiByte(1252, 0, hasText ? L"a" : nullptr, length,
+                              hasBuffer ? narrow : nullptr, size, nullptr, nullptr);
+                      }),
+            DWORD{ERROR_INVALID_PARAMETER});
     };
     isRefused(true, 0, true, 8);
     isRefused(false, 1, true, 8);

@@ -1,22 +1,20 @@
 // Locales: names, identifiers, data; defaults from the environment; the UTF-16 heuristic.
 #include "platform/locale_ids.h"
+#include "platform/system_support.h"
 #include "support/readable_text.h"
-
-#include <gtest/gtest.h>
-
-#include <windows.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace
 {
 
 using namespace std::string_view_literals;
-using qxtest::ReadableText;
+using qxtest::ErrorOf, qxtest::ReadableText;
 
 std::string NameOf(LCID locale, DWORD flags = 0)
 {
@@ -37,14 +35,10 @@ std::string Info(LCID locale, LCTYPE type)
 // Cases in addition to the reference.
 TEST(Locales, NamesAndNumbers)
 {
-    struct
-    {
-        LCID lcid;
-        const wchar_t* name;
-    } constexpr kCases[] = {
+    constexpr std::pair<LCID, const wchar_t*> kCases[] = {
         {0x00010407, L"de-DE_phoneb"}, {0x00020804, L"zh-CN_stroke"}, {0x00040411, L"ja-JP_radstr"}, {0x007f, L""}};
-    for (const auto& row : kCases)
-        EXPECT_EQ(NameOf(row.lcid), ReadableText(row.name));
+    for (const auto& [lcid, name] : kCases)
+        EXPECT_EQ(NameOf(lcid), ReadableText(name));
     // A language means its main region unless neutral names are allowed.
     EXPECT_EQ(NameOf(0x0007), "de-DE");
     EXPECT_EQ(NameOf(0x0007, LOCALE_ALLOW_NEUTRAL_NAMES), "de");
@@ -56,12 +50,7 @@ TEST(Locales, NamesAndNumbers)
 // Types and locales that the reference doesn't contain.
 TEST(Locales, Information)
 {
-    struct
-    {
-        LCID locale;
-        LCTYPE type;
-        const char* value;
-    } constexpr kCases[] = {
+    constexpr std::tuple<LCID, LCTYPE, const char*> kCases[] = {
 #ifndef _WIN32 // Wine uses CLDR's own short dates in part
         {0x0c07, LOCALE_SSHORTDATE, "dd.MM.yyyy"}, {0x0407, LOCALE_SSHORTDATE, "dd.MM.yyyy"},
         {0x0807, LOCALE_SSHORTDATE, "dd.MM.yyyy"}, {0x0415, LOCALE_SSHORTDATE, "dd.MM.yyyy"},
@@ -78,21 +67,21 @@ TEST(Locales, Information)
         {0x00010407, LOCALE_SENGCOUNTRY, "Germany"}, {0x007f, LOCALE_SISO639LANGNAME, "iv"},
         {0x007f, LOCALE_SENGCOUNTRY, "Invariant Country"}, {0x007f, LOCALE_STIMEFORMAT, "HH:mm:ss"},
         {kUnknown, LOCALE_SDECIMAL, "error 87"}, {0x0409, 0x0fff, "error 1004"}};
-    for (const auto& row : kCases)
-        EXPECT_EQ(Info(row.locale, row.type), row.value) << std::hex << row.locale << ' ' << row.type;
+    for (const auto& [locale, type, value] : kCases)
+        EXPECT_EQ(Info(locale, type), value) << std::hex << locale << ' ' << type;
 }
 
 TEST(Locales, InformationSizesAndNumbers)
 {
     wchar_t value[] = L"######";
     EXPECT_EQ(GetLocaleInfoW(0x0409, LOCALE_S1159, nullptr, 0), 3);
-    EXPECT_EQ(GetLocaleInfoW(0x0409, LOCALE_S1159, value, 2), 0);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
+    EXPECT_EQ(
+        ErrorOf([&] { return GetLocaleInfoW(0x0409, LOCALE_S1159, value, 2); }), DWORD{ERROR_INSUFFICIENT_BUFFER});
     EXPECT_EQ(GetLocaleInfoW(0x0409, LOCALE_S1159, value, 3), 3);
     EXPECT_EQ(value, L"AM"sv);
     EXPECT_EQ(value[3], L'#');
-    EXPECT_EQ(GetLocaleInfoW(0x0409, LOCALE_S1159, nullptr, 3), 0);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(
+        ErrorOf([&] { return GetLocaleInfoW(0x0409, LOCALE_S1159, nullptr, 3); }), DWORD{ERROR_INVALID_PARAMETER});
 
     DWORD number = 0;
     const auto buffer = reinterpret_cast<LPWSTR>(&number);
@@ -100,8 +89,8 @@ TEST(Locales, InformationSizesAndNumbers)
     EXPECT_EQ(number, 1u);
     EXPECT_EQ(GetLocaleInfoW(0x0407, LOCALE_ILANGUAGE | LOCALE_RETURN_NUMBER, buffer, 2), 2);
     EXPECT_EQ(number, 0x407u);
-    EXPECT_EQ(GetLocaleInfoW(0x0407, LOCALE_SDATE | LOCALE_RETURN_NUMBER, buffer, 2), 0);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_FLAGS});
+    EXPECT_EQ(ErrorOf([&] { return GetLocaleInfoW(0x0407, LOCALE_SDATE | LOCALE_RETURN_NUMBER, buffer, 2); }),
+        DWORD{ERROR_INVALID_FLAGS});
 }
 
 // The tests by which files are recognised: all tests of one byte order.
@@ -114,22 +103,17 @@ TEST(IsTextUnicode, TellsTheByteOrder)
     };
     constexpr int kForward =
         IS_TEXT_UNICODE_ASCII16 | IS_TEXT_UNICODE_STATISTICS | IS_TEXT_UNICODE_CONTROLS | IS_TEXT_UNICODE_SIGNATURE;
-    struct
-    {
-        std::string_view bytes;
-        bool isForward;
-        bool isReverse;
-    } constexpr kCases[] = {{"plain text of one byte each", false, false},
+    constexpr std::tuple<std::string_view, bool, bool> kCases[] = {{"plain text of one byte each", false, false},
         {"caf\xe9 \xd0\xd1\xd2\xd3\xd4\xd5 \xff\xfe", false, false}, {"h\0e\0l\0l\0o\0"sv, true, false},
         {"\xff\xfeh\0"sv, true, false}, {"\x30\x04\x31\x04 \0\x32\x04"sv, true, false},
         {"\x01\x4e\x00\x30\x02\x4e"sv, true, false}, {"\0h\0e\0l\0l\0o"sv, false, true}, {"\xfe\xff\0h"sv, false, true},
         {"\x04\x30\x04\x31\0 \x04\x32"sv, false, true}, {"a\0"sv, false, false}, {"a", false, false},
         {"", false, false}};
-    for (const auto& row : kCases)
+    for (const auto& [bytes, isForward, isReverse] : kCases)
     {
-        EXPECT_EQ(test(row.bytes, kForward), row.isForward) << testing::PrintToString(row.bytes);
+        EXPECT_EQ(test(bytes, kForward), isForward) << testing::PrintToString(bytes);
 #ifndef _WIN32 // Wine returns FALSE for every reversed test
-        EXPECT_EQ(test(row.bytes, kForward << 4), row.isReverse) << testing::PrintToString(row.bytes);
+        EXPECT_EQ(test(bytes, kForward << 4), isReverse) << testing::PrintToString(bytes);
 #endif
     }
     int result = IS_TEXT_UNICODE_SIGNATURE | IS_TEXT_UNICODE_STATISTICS;
@@ -141,12 +125,9 @@ TEST(IsTextUnicode, TellsTheByteOrder)
 // All are read only once, so each case needs its own process. Wine takes its defaults from elsewhere.
 TEST(DefaultsDeathTest, ComeFromTheEnvironment)
 {
-    struct
-    {
-        std::vector<std::string> variables;
-        const char* result; // ANSI and OEM code page, locale and its identifier, UI language
-    } const cases[] = {{{}, "1252 437 en-US 409 409"}, {{"LANG=de_DE.UTF-8"}, "65001 65001 de-DE 407 407"},
-        {{"LANG=de_DE.utf8@euro"}, "65001 65001 de-DE 407 407"},
+    // Variables; ANSI and OEM code page, locale and its identifier, UI language
+    const std::pair<std::vector<std::string>, const char*> cases[] = {{{}, "1252 437 en-US 409 409"},
+        {{"LANG=de_DE.UTF-8"}, "65001 65001 de-DE 407 407"}, {{"LANG=de_DE.utf8@euro"}, "65001 65001 de-DE 407 407"},
         {{"LC_CTYPE=C", "LANG=de_DE.UTF-8"}, "1252 437 de-DE 407 407"},
         {{"LC_ALL=C.UTF-8", "LC_CTYPE=C", "LC_TIME=fr_FR", "LANG=C"}, "65001 65001 en-US 409 409"},
         {{"LC_ALL=", "LC_CTYPE=", "LANG=en_US.UTF-8"}, "65001 65001 en-US 409 409"},
@@ -168,12 +149,12 @@ TEST(DefaultsDeathTest, ComeFromTheEnvironment)
         {{"LC_ALL=de_DE@collation=" + std::string(4000, '=')}, "1252 437 en-US 409 409"},
         {{"LANG=\xff\xfe.UTF-8"}, "65001 65001 en-US 409 409"}};
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    for (const auto& row : cases)
+    for (const auto& [variables, result] : cases)
         EXPECT_EXIT(
             {
                 for (const char* name : {"QXPLATFORM_ACP", "LC_ALL", "LC_CTYPE", "LC_TIME", "LC_MESSAGES", "LANG"})
                     unsetenv(name);
-                for (std::string variable : row.variables)
+                for (std::string variable : variables)
                     setenv(variable.substr(0, variable.find('=')).c_str(), &variable[variable.find('=') + 1], 1);
                 // Looking for a locale without data, ICU uses its own default, from the same variables.
                 wchar_t month[80] = {};
@@ -186,7 +167,7 @@ TEST(DefaultsDeathTest, ComeFromTheEnvironment)
                     GetUserDefaultLCID(), GetUserDefaultUILanguage());
                 std::exit(0);
             },
-            testing::ExitedWithCode(0), row.result);
+            testing::ExitedWithCode(0), result);
 }
 #endif
 

@@ -1,17 +1,17 @@
 // FormatMessageW: escapes, inserts, buffers, system error messages.
-#include <gtest/gtest.h>
-
-#include <windows.h>
+#include "platform/system_support.h"
 
 #include <cstdarg>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace
 {
 
 using namespace std::string_view_literals;
+using qxtest::ErrorOf;
 
 // Returns the result as ASCII with its line breaks, or "error N".
 std::string Result(DWORD length, const wchar_t* buffer)
@@ -38,19 +38,14 @@ std::string Format(DWORD flags, const wchar_t* message, ...)
 
 TEST(Messages, Escapes)
 {
-    struct
+    constexpr std::tuple<const wchar_t*, const char*, const char*> kCases[] = {
+        {L"%%|%.|%!|% |", "%|.|!| |", "%%|%.|%!|% |"}, {L"a%nb%tc%rd", "a\r\nb\tc\rd", "a\r\nb\tc\rd"},
+        {L"%q", "q", "%q"}, {L"a%0b", "a", "a"}, {L"a\nb\r\nc\rd", "a\r\nb\r\nc\r\nd", "a\r\nb\r\nc\r\nd"},
+        {L"", "error 235", "error 235"}, {L"a%", "error 87", "error 87"}};
+    for (const auto& [message, result, withoutInserts] : kCases)
     {
-        const wchar_t* message;
-        const char* result;
-        const char* withoutInserts;
-    } constexpr kCases[] = {{L"%%|%.|%!|% |", "%|.|!| |", "%%|%.|%!|% |"},
-        {L"a%nb%tc%rd", "a\r\nb\tc\rd", "a\r\nb\tc\rd"}, {L"%q", "q", "%q"}, {L"a%0b", "a", "a"},
-        {L"a\nb\r\nc\rd", "a\r\nb\r\nc\r\nd", "a\r\nb\r\nc\r\nd"}, {L"", "error 235", "error 235"},
-        {L"a%", "error 87", "error 87"}};
-    for (const auto& row : kCases)
-    {
-        EXPECT_EQ(Format(0, row.message), row.result);
-        EXPECT_EQ(Format(FORMAT_MESSAGE_IGNORE_INSERTS, row.message), row.withoutInserts);
+        EXPECT_EQ(Format(0, message), result);
+        EXPECT_EQ(Format(FORMAT_MESSAGE_IGNORE_INSERTS, message), withoutInserts);
     }
 #ifndef _WIN32 // %b is a blank, according to the documentation of message files; Wine doesn't implement it
     EXPECT_EQ(Format(0, L"a%bc"), "a c");
@@ -90,17 +85,15 @@ TEST(Messages, Buffers)
     const DWORD fromString = FORMAT_MESSAGE_FROM_STRING;
     EXPECT_EQ(FormatMessageW(fromString, L"abc", 0, 0, buffer, 4, nullptr), 3u);
     EXPECT_EQ(buffer, L"abc"sv);
-    EXPECT_EQ(FormatMessageW(fromString, L"abc", 0, 0, buffer, 3, nullptr), 0u);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
+    EXPECT_EQ(ErrorOf([&] { return FormatMessageW(fromString, L"abc", 0, 0, buffer, 3, nullptr); }),
+        DWORD{ERROR_INSUFFICIENT_BUFFER});
     EXPECT_EQ(buffer[4], L'#');
 
     const DWORD allocate = FORMAT_MESSAGE_ALLOCATE_BUFFER | fromString;
     for (const DWORD flags : {fromString, allocate, DWORD{0}})
-    {
-        SetLastError(ERROR_SUCCESS);
-        EXPECT_EQ(FormatMessageW(flags, L"abc", 0, 0, flags == 0 ? buffer : nullptr, 0, nullptr), 0u);
-        EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
-    }
+        EXPECT_EQ(
+            ErrorOf([&] { return FormatMessageW(flags, L"abc", 0, 0, flags == 0 ? buffer : nullptr, 0, nullptr); }),
+            DWORD{ERROR_INVALID_PARAMETER});
 }
 
 std::string SystemText(DWORD code, DWORD language = LANG_USER_DEFAULT, DWORD flags = FORMAT_MESSAGE_IGNORE_INSERTS)
@@ -125,11 +118,7 @@ TEST(SystemMessages, UnknownCodesAndMissingArguments)
 // Wine has its own wordings and languages.
 TEST(SystemMessages, Texts)
 {
-    struct
-    {
-        DWORD code;
-        const char* text;
-    } const cases[] = {{ERROR_SUCCESS, "The operation completed successfully.\r\n"},
+    const std::pair<DWORD, const char*> cases[] = {{ERROR_SUCCESS, "The operation completed successfully.\r\n"},
         {ERROR_SHARING_VIOLATION,
             "The process cannot access the file because it is being used by another process.\r\n"},
         {ERROR_BAD_EXE_FORMAT, "%1 is not a valid Win32 application.\r\n"},
@@ -137,8 +126,8 @@ TEST(SystemMessages, Texts)
         {static_cast<DWORD>(E_NOTIMPL), "Not implemented\r\n"},
         {static_cast<DWORD>(E_ACCESSDENIED), "Access is denied.\r\n"},
         {static_cast<DWORD>(STG_E_READFAULT), "A disk error occurred during a read operation.\r\n"}};
-    for (const auto& row : cases)
-        EXPECT_EQ(SystemText(row.code), row.text) << row.code;
+    for (const auto& [code, text] : cases)
+        EXPECT_EQ(SystemText(code), text) << code;
     EXPECT_EQ(SystemText(ERROR_FILE_NOT_FOUND, 0), SystemText(ERROR_FILE_NOT_FOUND, 0x409));
     EXPECT_EQ(SystemText(ERROR_FILE_NOT_FOUND, 0x407), "error 1815");
 }

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 using namespace qxtest;
@@ -200,23 +201,18 @@ TEST(Messages, BoxesAnswerByThemselves)
 {
     if (!kIsLayer) // the system's message boxes wait for a user
         GTEST_SKIP();
-    struct
-    {
-        UINT style;
-        const wchar_t* wanted;
-        int answer;
-    } constexpr kCases[] = {
+    constexpr std::tuple<UINT, const wchar_t*, int> kCases[] = {
         {MB_OKCANCEL | MB_DEFBUTTON2 | MB_ICONHAND | MB_TASKMODAL | MB_SETFOREGROUND, nullptr, IDCANCEL},
         {MB_YESNOCANCEL | MB_DEFBUTTON3, L"", IDCANCEL}, {MB_YESNO, L"No", IDNO},
         {MB_YESNO | MB_DEFBUTTON3, L"cancel", IDYES}, {MB_CANCELTRYCONTINUE, L"continue", IDCONTINUE},
         {MB_TYPEMASK, L"ok", 0}};
-    for (const auto& entry : kCases)
+    for (const auto& [style, wanted, answer] : kCases)
     {
-        SetEnvironmentVariableW(L"QXPLATFORM_MESSAGEBOX", entry.wanted);
+        SetEnvironmentVariableW(L"QXPLATFORM_MESSAGEBOX", wanted);
         testing::internal::CaptureStderr();
-        EXPECT_EQ(MessageBoxW(nullptr, L"A\x00E4 text", L"Caption", entry.style), entry.answer);
+        EXPECT_EQ(MessageBoxW(nullptr, L"A\x00E4 text", L"Caption", style), answer);
         const std::string printed = testing::internal::GetCapturedStderr();
-        EXPECT_EQ(printed.find("Caption: A\xC3\xA4 text [") == 0, entry.answer != 0) << printed;
+        EXPECT_EQ(printed.find("Caption: A\xC3\xA4 text [") == 0, answer != 0) << printed;
     }
     SetEnvironmentVariableW(L"QXPLATFORM_MESSAGEBOX", nullptr);
 }

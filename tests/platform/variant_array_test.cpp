@@ -1,27 +1,15 @@
 // Ownership in variants and safe arrays: copies, references, locks, releases.
+#include "support/fake_stream.h"
 #include "support/variant_values.h"
 
 #include <gtest/gtest.h>
+
+#include <tuple>
 
 namespace
 {
 
 using namespace qxtest;
-
-// An object that counts its references.
-class Counted : public IUnknown
-{
-public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override
-    {
-        *object = nullptr;
-        return E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++count; }
-    ULONG STDMETHODCALLTYPE Release() override { return --count; }
-
-    ULONG count = 1;
-};
 
 TEST(Variant, ForeignTypesAreRefused)
 {
@@ -51,19 +39,13 @@ TEST(VariantCopyInd, ResolvesReferences)
     toVariant.pvarVal = &toNumber;
     toReference.pvarVal = &toVariant;
 
-    struct Case
-    {
-        Value* source;
-        VARTYPE type;
-        const char* expected;
-    };
     Value copy;
-    for (const Case& row : {Case{&toNumber, VT_I4, "9"}, {&toDecimal, VT_DECIMAL, "15/1"}, {&toText, VT_BSTR, "\"a\""},
-             {&toVariant, VT_I4, "9"}})
+    for (const auto& [source, type, expected] : {std::tuple<Value*, VARTYPE, const char*>{&toNumber, VT_I4, "9"},
+             {&toDecimal, VT_DECIMAL, "15/1"}, {&toText, VT_BSTR, "\"a\""}, {&toVariant, VT_I4, "9"}})
     {
-        EXPECT_EQ(VariantCopyInd(&copy, row.source), S_OK) << row.expected;
-        EXPECT_EQ(copy.vt, row.type);
-        EXPECT_EQ(Readable(copy), row.expected);
+        EXPECT_EQ(VariantCopyInd(&copy, source), S_OK) << expected;
+        EXPECT_EQ(copy.vt, type);
+        EXPECT_EQ(Readable(copy), expected);
     }
     EXPECT_EQ(VariantCopyInd(&toNumber, &toNumber), S_OK); // onto itself
     EXPECT_EQ(Readable(toNumber), "9");
@@ -101,23 +83,18 @@ TEST(SafeArray, BoundsAndPlaces)
 
 TEST(SafeArray, TypesOfElements)
 {
-    struct Case
+    // Type, size or 0 if there are no such arrays, features.
+    for (const auto& [type, size, features] : {std::tuple<int, UINT, USHORT>{VT_I1, 1, 0x80}, {VT_BOOL, 2, 0x80},
+             {VT_R4, 4, 0x80}, {VT_DATE, 8, 0x80}, {VT_DECIMAL, 16, 0x80}, {VT_BSTR, 8, 0x180}, {VT_VARIANT, 24, 0x880},
+             {VT_UNKNOWN, 8, 0x240}, {VT_DISPATCH, 8, 0x440}, {VT_INT_PTR, 8, 0x80}, {VT_EMPTY, 0, 0}, {VT_NULL, 0, 0},
+             {15, 0, 0}, {VT_LPSTR, 0, 0}, {VT_BYREF | VT_I4, 0, 0}})
     {
-        int type;
-        UINT size; // 0 if there are no such arrays
-        USHORT features;
-    };
-    for (const Case& row : {Case{VT_I1, 1, 0x80}, {VT_BOOL, 2, 0x80}, {VT_R4, 4, 0x80}, {VT_DATE, 8, 0x80},
-             {VT_DECIMAL, 16, 0x80}, {VT_BSTR, 8, 0x180}, {VT_VARIANT, 24, 0x880}, {VT_UNKNOWN, 8, 0x240},
-             {VT_DISPATCH, 8, 0x440}, {VT_INT_PTR, 8, 0x80}, {VT_EMPTY, 0, 0}, {VT_NULL, 0, 0}, {15, 0, 0},
-             {VT_LPSTR, 0, 0}, {VT_BYREF | VT_I4, 0, 0}})
-    {
-        SAFEARRAY* const array = SafeArrayCreateVector(static_cast<VARTYPE>(row.type), 5, 0);
-        ASSERT_EQ(array != nullptr, row.size != 0) << row.type;
+        SAFEARRAY* const array = SafeArrayCreateVector(static_cast<VARTYPE>(type), 5, 0);
+        ASSERT_EQ(array != nullptr, size != 0) << type;
         if (array == nullptr)
             continue;
-        EXPECT_EQ(array->cbElements, row.size) << row.type;
-        EXPECT_EQ(array->fFeatures & 0xfff, row.features) << row.type;
+        EXPECT_EQ(array->cbElements, size) << type;
+        EXPECT_EQ(array->fFeatures & 0xfff, features) << type;
         LONG most = 0;
         EXPECT_EQ(SafeArrayGetUBound(array, 1, &most), S_OK);
         EXPECT_EQ(most, 4) << "an array of nothing ends before it starts";
@@ -168,24 +145,24 @@ TEST(SafeArray, ElementsAreCopiesOfTheirOwn)
     EXPECT_EQ(SafeArrayGetElement(values.parray, &index, &inner), S_OK);
     EXPECT_EQ(inner.vt, VT_ARRAY | VT_BSTR);
 
-    Counted object;
+    FakeStream object;
     Value objects(VT_ARRAY | VT_UNKNOWN);
     objects.parray = SafeArrayCreateVector(VT_UNKNOWN, 0, 1);
     EXPECT_EQ(SafeArrayPutElement(objects.parray, &index, &object), S_OK);
-    EXPECT_EQ(object.count, 2u);
+    EXPECT_EQ(object.references, 2u);
     Value more = objects;
-    EXPECT_EQ(object.count, 3u);
+    EXPECT_EQ(object.references, 3u);
     EXPECT_EQ(SafeArrayPutElement(more.parray, &index, nullptr), S_OK);
     VariantClear(&objects);
-    EXPECT_EQ(object.count, 1u);
+    EXPECT_EQ(object.references, 1u);
     {
         Value holder(VT_UNKNOWN);
         holder.punkVal = &object;
         object.AddRef();
         const Value second = holder;
-        EXPECT_EQ(object.count, 3u);
+        EXPECT_EQ(object.references, 3u);
     }
-    EXPECT_EQ(object.count, 1u);
+    EXPECT_EQ(object.references, 1u);
 }
 
 } // namespace

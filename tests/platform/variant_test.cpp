@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <limits>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -179,16 +180,12 @@ TEST(VariantChangeType, TextToNumbers)
 
 TEST(VariantChangeType, TextOfOtherLocales)
 {
-    struct
-    {
-        LCID locale;
-        const wchar_t* text;
-        const char* number;
-    } constexpr kCases[] = {{kGerman, L"1.000,5", "1000.5"}, {kGerman, L"1.5", "15"}, {kGerman, L"-€1,5", "-1.5"},
-        {kGerman, L"1,5 €", "1.5"}, {kGerman, L"1 000", "mismatch"}, {kFrench, L"1 000,5", "1000.5"},
-        {kFrench, L"1\u00a0000,5", "1000.5"}, {kFrench, L"1.5", "mismatch"}, {kSwiss, L"CHF 1’000.5", "1000.5"}};
-    for (const auto& row : kCases)
-        EXPECT_EQ(Changed(Text(row.text), VT_R8, row.locale), row.number) << ReadableText(row.text);
+    constexpr std::tuple<LCID, const wchar_t*, const char*> kCases[] = {{kGerman, L"1.000,5", "1000.5"},
+        {kGerman, L"1.5", "15"}, {kGerman, L"-€1,5", "-1.5"}, {kGerman, L"1,5 €", "1.5"},
+        {kGerman, L"1 000", "mismatch"}, {kFrench, L"1 000,5", "1000.5"}, {kFrench, L"1\u00a0000,5", "1000.5"},
+        {kFrench, L"1.5", "mismatch"}, {kSwiss, L"CHF 1’000.5", "1000.5"}};
+    for (const auto& [locale, text, number] : kCases)
+        EXPECT_EQ(Changed(Text(text), VT_R8, locale), number) << ReadableText(text);
 }
 
 TEST(VariantChangeType, BytesAreTextAndBack)

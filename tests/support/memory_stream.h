@@ -28,12 +28,7 @@ public:
     ~MemoryStream() { _stream->Release(); }
 
     operator IStream*() const { return _stream; }
-    void Seek(std::int64_t position) const
-    {
-        LARGE_INTEGER distance = {};
-        distance.QuadPart = position;
-        _stream->Seek(distance, STREAM_SEEK_SET, nullptr);
-    }
+    void Seek(std::int64_t position) const { _stream->Seek({.QuadPart = position}, STREAM_SEEK_SET, nullptr); }
     // Returns the bytes from the current position on.
     std::string Rest() const
     {

@@ -63,10 +63,6 @@ public:
         RegCloseKey(key);
         return status == ERROR_SUCCESS;
     }
-    void Remove(HKEY root) const
-    {
-        RegDeleteKeyW(root, kLibrarys);
-    }
 
 private:
     static constexpr wchar_t kLibrarys[] = L"Software\\trelmo";

@@ -48,8 +48,6 @@ public:
         return static_cast<int>(code);
     }
 
-    bool IsStarted() const { return _started; }
-
 private:
     bool _started = false;
     PROCESS_INFORMATION _process = {};

@@ -16,6 +16,15 @@
 namespace qxtest
 {
 
+inline void MakeFile(const qx::String& path, std::string_view bytes)
+{
+    const HANDLE file =
+        CreateFileW(path.Text(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    DWORD written = 0;
+    WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+    CloseHandle(file);
+}
+
 // Deleted at the end with all its files.
 class TempFolder
 {
@@ -54,11 +63,7 @@ public:
     qx::String Make(const wchar_t* name, std::string_view bytes) const
     {
         qx::String path = Path(name);
-        const HANDLE file =
-            CreateFileW(path.Text(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-        DWORD written = 0;
-        WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
-        CloseHandle(file);
+        MakeFile(path, bytes);
         return path;
     }
 
@@ -74,6 +79,14 @@ inline std::filesystem::path NativePath(const qx::String& path)
 inline bool Exists(const qx::String& path)
 {
     return GetFileAttributesW(path.Text()) != INVALID_FILE_ATTRIBUTES;
+}
+
+inline void SetWriteTime(const qx::String& path, const FILETIME& time)
+{
+    const HANDLE file =
+        CreateFileW(path.Text(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    SetFileTime(file, nullptr, nullptr, &time);
+    CloseHandle(file);
 }
 
 // Returns the bytes of a file, or an empty text if it can't be opened.

@@ -80,7 +80,8 @@ inline Value SmallDecimal(int value, BYTE scale = 0)
     return Decimal(value < 0, 0, 0, static_cast<ULONG>(value < 0 ? -value : value), scale);
 }
 
-inline std::string DigitsOf(double value)
+template <class Number>
+std::string DigitsOf(Number value)
 {
     char text[40];
     return {text, std::to_chars(text, text + sizeof text, value).ptr};
@@ -117,10 +118,7 @@ inline std::string Readable(const VARIANT& value)
     case VT_UI8:
         return std::to_string(value.ullVal);
     case VT_R4:
-    {
-        char text[40];
-        return {text, std::to_chars(text, text + sizeof text, value.fltVal).ptr};
-    }
+        return DigitsOf(value.fltVal);
     case VT_R8:
     case VT_DATE:
         return DigitsOf(value.dblVal);
@@ -142,21 +140,11 @@ inline std::string Readable(const VARIANT& value)
 
 inline std::string ReadableResult(HRESULT result)
 {
-    switch (result)
-    {
-    case S_OK:
-        return "ok";
-    case DISP_E_TYPEMISMATCH:
-        return "mismatch";
-    case DISP_E_OVERFLOW:
-        return "overflow";
-    case DISP_E_BADVARTYPE:
-        return "bad type";
-    case E_INVALIDARG:
-        return "invalid";
-    default:
-        return std::to_string(result);
-    }
+    for (const auto& [code, text] : {std::pair(DISP_E_TYPEMISMATCH, "mismatch"), {DISP_E_OVERFLOW, "overflow"},
+             {DISP_E_BADVARTYPE, "bad type"}, {E_INVALIDARG, "invalid"}})
+        if (result == code)
+            return text;
+    return std::to_string(result);
 }
 
 } // namespace qxtest

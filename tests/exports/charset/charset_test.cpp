@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <tuple>
 
 TEST(CharsetExports, LikelyCharsetUsesTheProcessCodePage)
 {
@@ -31,20 +32,15 @@ TEST(CharsetExports, CasingInPlace)
 
 TEST(CharsetExports, ComparisonsFollowTheLocaleAndThenTheLength)
 {
-    const struct
+    const std::tuple<const QXWCHAR*, const QXWCHAR*, std::uint32_t, int, int> cases[] = {{L"abc", L"abd", 2, 0, 0},
+        {L"abc", L"abd", 3, -1, -1}, {L"ab", L"abc", 5, -1, -1}, {L"abc", L"ab", 5, 1, 1}, {L"a", L"B", 5, -1, -1},
+        /* by locale, not by code unit */ {L"abc", L"ABC", 5, -1, 0}, {L"", L"x", 5, -1, -1}, {L"x", L"y", 0, 0, 0},
+        {nullptr, L"x", 5, 0, 0}, {L"x", nullptr, 5, 0, 0}, {L"ab", L"abc", 0xFFFFFFFF, -1, -1}};
+    for (const auto& [a, b, count, sensitive, ignoring] : cases)
     {
-        const QXWCHAR *a, *b;
-        std::uint32_t count;
-        int sensitive, ignoring;
-    } cases[] = {{L"abc", L"abd", 2, 0, 0}, {L"abc", L"abd", 3, -1, -1}, {L"ab", L"abc", 5, -1, -1},
-        {L"abc", L"ab", 5, 1, 1}, {L"a", L"B", 5, -1, -1}, /* by locale, not by code unit */ {L"abc", L"ABC", 5, -1, 0},
-        {L"", L"x", 5, -1, -1}, {L"x", L"y", 0, 0, 0}, {nullptr, L"x", 5, 0, 0}, {L"x", nullptr, 5, 0, 0},
-        {L"ab", L"abc", 0xFFFFFFFF, -1, -1}};
-    for (const auto& c : cases)
-    {
-        SCOPED_TRACE(testing::PrintToString(c.a) + " " + testing::PrintToString(c.b));
-        EXPECT_EQ(UtilLocaleStrncmp(c.a, c.b, c.count), c.sensitive);
-        EXPECT_EQ(UtilLocaleStrnicmp(c.a, c.b, c.count), c.ignoring);
+        SCOPED_TRACE(testing::PrintToString(a) + " " + testing::PrintToString(b));
+        EXPECT_EQ(UtilLocaleStrncmp(a, b, count), sensitive);
+        EXPECT_EQ(UtilLocaleStrnicmp(a, b, count), ignoring);
     }
     EXPECT_EQ(UtilLocaleStrcmp(L"\u00E4", L"z"), -1);
     EXPECT_NE(UtilLocaleStrcmp(L"a", L"A"), 0);

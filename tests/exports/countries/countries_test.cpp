@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -39,29 +40,24 @@ std::string Info(const wchar_t* name, std::uint32_t type)
 
 TEST(CountryExports, Values)
 {
-    struct Case
-    {
-        const wchar_t* name;
-        std::uint32_t type;
-        const char* value;
-    };
     constexpr std::uint32_t kLocale = QXUT_COUNTRY_LCID, kEnglish = QXUT_COUNTRY_ENGLISH_NAME,
                             kNative = QXUT_COUNTRY_NATIVE_NAME, kCurrency = QXUT_COUNTRY_CURRENCY;
-    constexpr Case kCases[] = {{L"DEU", kLocale, "1031"}, {L"D", kLocale, "1031"}, {L"de-AT", kLocale, "3079"},
-        {L"UK", kLocale, "2057"}, {L"ROK", kLocale, "1042"}, {L"CH", kLocale, "2055"}, {L"BE", kLocale, "2060"},
-        {L"Ghana*2057", kLocale, "2057"}, {L"", kLocale, "0"}, {nullptr, kLocale, "0"}, {L"Atlantis", kLocale, "0"},
-        {L"Germany", QXUT_COUNTRY_CALLING_CODE, "49"}, {L"Atlantis", QXUT_COUNTRY_CALLING_CODE, "0"},
-        {L"Germany", QXUT_COUNTRY_ISO3166, "DE"}, {L"GH", QXUT_COUNTRY_ISO3166, "GHA"},
-        {L"Germany", QXUT_COUNTRY_NOTHING, "-"}, {L"Germany", kCurrency, "€"}, {L"NGA", kCurrency, "Naira"},
-        {L"ru-RU", QXUT_COUNTRY_CODE_PAGE, "1251"}, {L"GR", QXUT_COUNTRY_CODE_PAGE, "1253"},
-        {L"CDN", kEnglish, "Canada"}, {L"WAG", kEnglish, "Republic of The Gambia"}, {L"yt", kEnglish, "Mayotte"},
-        {L"Atlantis", kEnglish, ""}, {L"CI", kEnglish, "Côte d'Ivoire"}, {L"CY", kNative, "Κύπρος"},
-        {L"Djibouti*1025", kNative, "جيبوتي"}, {L"Algeria*5121", kNative, "الجزائر"}, // the last row
+    constexpr std::tuple<const wchar_t*, std::uint32_t, const char*> kCases[] = {{L"DEU", kLocale, "1031"},
+        {L"D", kLocale, "1031"}, {L"de-AT", kLocale, "3079"}, {L"UK", kLocale, "2057"}, {L"ROK", kLocale, "1042"},
+        {L"CH", kLocale, "2055"}, {L"BE", kLocale, "2060"}, {L"Ghana*2057", kLocale, "2057"}, {L"", kLocale, "0"},
+        {nullptr, kLocale, "0"}, {L"Atlantis", kLocale, "0"}, {L"Germany", QXUT_COUNTRY_CALLING_CODE, "49"},
+        {L"Atlantis", QXUT_COUNTRY_CALLING_CODE, "0"}, {L"Germany", QXUT_COUNTRY_ISO3166, "DE"},
+        {L"GH", QXUT_COUNTRY_ISO3166, "GHA"}, {L"Germany", QXUT_COUNTRY_NOTHING, "-"}, {L"Germany", kCurrency, "€"},
+        {L"NGA", kCurrency, "Naira"}, {L"ru-RU", QXUT_COUNTRY_CODE_PAGE, "1251"},
+        {L"GR", QXUT_COUNTRY_CODE_PAGE, "1253"}, {L"CDN", kEnglish, "Canada"},
+        {L"WAG", kEnglish, "Republic of The Gambia"}, {L"yt", kEnglish, "Mayotte"}, {L"Atlantis", kEnglish, ""},
+        {L"CI", kEnglish, "Côte d'Ivoire"}, {L"CY", kNative, "Κύπρος"}, {L"Djibouti*1025", kNative, "جيبوتي"},
+        {L"Algeria*5121", kNative, "الجزائر"}, // the last row
         // Rows override the system's values; of several rows with the same LCID the last one wins.
         {L"1033", kEnglish, "American Samoa"}, {L"2057", kEnglish, "State of Grenada"},
         {L"Lao Peoples's Democratic Republic", QXUT_COUNTRY_CALLING_CODE, "856"}};
-    for (const Case& row : kCases)
-        EXPECT_EQ(Info(row.name, row.type), row.value) << testing::PrintToString(row.name) << ' ' << row.type;
+    for (const auto& [name, type, value] : kCases)
+        EXPECT_EQ(Info(name, type), value) << testing::PrintToString(name) << ' ' << type;
 }
 
 TEST(CountryExports, LanguagesTypesAndVariants)

@@ -4,21 +4,19 @@
 
 #include <windows.h>
 
+#include <utility>
+
 TEST(IsoCountries, CodesComeBeforeNames)
 {
-    struct Case
-    {
-        const wchar_t *code, *alpha2;
-    };
-    constexpr Case kCases[] = {{L"SS", L"SS"}, {L"gu", L"GU"}, {L"Deu", L"DE"}, {L"004", L"AF"}, {L"276", L"DE"},
-        {L"bolivia", L"BO"}, {L"Bolivia, Plurinational State of", L"BO"}, {L"Plurinational State of Bolivia", L"BO"},
-        {L"C\u00F4te d'Ivoire", L"CI"}};
-    for (const Case& row : kCases)
+    constexpr std::pair<const wchar_t*, const wchar_t*> kCases[] = {{L"SS", L"SS"}, {L"gu", L"GU"}, {L"Deu", L"DE"},
+        {L"004", L"AF"}, {L"276", L"DE"}, {L"bolivia", L"BO"}, {L"Bolivia, Plurinational State of", L"BO"},
+        {L"Plurinational State of Bolivia", L"BO"}, {L"C\u00F4te d'Ivoire", L"CI"}};
+    for (const auto& [code, alpha2] : kCases)
     {
         QxCountry country{};
         country.size = sizeof country;
-        ASSERT_EQ(QxGetCountryByCode(row.code, &country), QXUT_ISO_COUNTRY_OK) << testing::PrintToString(row.code);
-        EXPECT_STREQ(country.alpha2, row.alpha2);
+        ASSERT_EQ(QxGetCountryByCode(code, &country), QXUT_ISO_COUNTRY_OK) << testing::PrintToString(code);
+        EXPECT_STREQ(country.alpha2, alpha2);
         EXPECT_EQ(country.size, sizeof country);
     }
 }

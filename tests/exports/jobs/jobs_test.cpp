@@ -47,17 +47,6 @@ protected:
     TestHost taking{CountAndAnswer(counts, 0)};
 };
 
-// For an empty pool, the host's WaitForJobs is called once and its event isn't waited for.
-TEST_F(JobPools, EmptyPool)
-{
-    const HUTTHREADPOOL pool = UtilThreadPoolOpen(1, L"pool");
-    const ULONGLONG begin = GetTickCount64();
-    EXPECT_EQ(UtilThreadPoolFinalize(pool, &taking), 0);
-    EXPECT_EQ(taking.waits, 1);
-    UtilThreadPoolClose(pool);
-    EXPECT_LT(GetTickCount64() - begin, 900u);
-}
-
 #ifndef _WIN32 // There, the end of a thread doesn't unwind its stack.
 // A thread may end in a callback: the job counts as done, and the pool can be used and closed.
 TEST_F(JobPools, ThreadsThatEndInCallbacks)

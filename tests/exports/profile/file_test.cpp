@@ -168,19 +168,3 @@ TEST(ProfileLarge, MoreThanTheLoaderTakesIsRefused)
     EXPECT_EQ(job.Error(), PROF_ERR_LOCKED);
     EXPECT_EQ(Tree(job), "");
 }
-
-TEST(ProfileLarge, ManyLeavesInOneList)
-{
-    constexpr int kLeaves = 300000;
-    const TempFolder folder;
-    const Job job;
-    for (int i = 0; i < kLeaves; ++i)
-        ProfSetStringW(job, nullptr, Wide("name" + std::to_string(i)), Wide(std::to_string(i)));
-    ASSERT_EQ(job.Save(folder.Path("large")), PROF_OK);
-    const Job again(folder.Path("large"));
-    for (int i = 0; i < kLeaves; ++i)
-        ASSERT_EQ(Value(again, Wide("name" + std::to_string(i))), std::to_string(i));
-    EXPECT_EQ(Value(again, L"name"), "(none)");
-    ASSERT_EQ(again.Save(folder.Path("again")), PROF_OK);
-    EXPECT_EQ(BytesOf(folder.Path("again")), BytesOf(folder.Path("large")));
-}

@@ -3,16 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using namespace profiletest;
 
 TEST(ProfileSettings, LoadByTheIniRulesAndSurviveASave)
 {
-    constexpr struct
-    {
-        const char* name;
-        const wchar_t* path;
-        const char* value;
-    } kCases[] = {{"python3.11.desktop", L"NoDisplay", "true"},
+    constexpr std::tuple<const char*, const wchar_t*, const char*> kCases[] = {
+        {"python3.11.desktop", L"NoDisplay", "true"},
         {"org.xfce.mousepad.desktop", L"Name[ar]", "\xD9\x85\xD8\xA7\xD9\x88\xD8\xB3 \xD8\xA8\xD8\xA7\xD8\xAF"},
         {"org.xfce.mousepad.desktop", L"Desktop Action preferences/Exec", "mousepad --preferences"},
         {"adwaita-index.theme", L"ZipOverlay", "zip_overlay"},

@@ -145,12 +145,7 @@ TEST(ProfileTree, Deleting)
         ProfAppendStringW(job, ProfAppendListW(job, nullptr, L""), L"x", L"3");
         ASSERT_EQ(Tree(job), kWhole);
     };
-    const struct
-    {
-        bool isList;
-        const wchar_t* path;
-        const char* left;
-    } cases[] = {
+    const std::tuple<bool, const wchar_t*, const char*> cases[] = {
         {false, L"x", "y=1;[l]{x=2;[m]{}[m]{}}[l]{x=2;[m]{}[m]{}}[]{x=3;}"},
         {false, L"l/x", "x=1;x=1;y=1;[l]{[m]{}[m]{}}[l]{[m]{}[m]{}}[]{x=3;}"}, // in every matching list
         {false, L"/x",
@@ -159,12 +154,12 @@ TEST(ProfileTree, Deleting)
         {true, L"l/m", "x=1;x=1;y=1;[l]{x=2;}[l]{x=2;}[]{x=3;}"}, {true, L"x", kWhole}, {true, L"", ""},
         {true, nullptr, kWhole} // the root has no entry
     };
-    for (const auto& test : cases)
+    for (const auto& [isList, path, left] : cases)
     {
         const Job job;
         fill(job);
-        (test.isList ? ProfDeleteListW : ProfDeleteItemW)(job, nullptr, test.path);
-        EXPECT_EQ(Tree(job), test.left) << Utf8(test.path ? test.path : L"(null)");
+        (isList ? ProfDeleteListW : ProfDeleteItemW)(job, nullptr, path);
+        EXPECT_EQ(Tree(job), left) << Utf8(path ? path : L"(null)");
     }
     const Job job;
     fill(job);
@@ -176,13 +171,9 @@ TEST(ProfileTree, GetStringCutsAndTellsTheWholeLength)
 {
     const Job job;
     Set(job, L"a", L"abcdef");
-    const struct
-    {
-        const char* path;
-        std::int32_t size, result;
-        const char* text;
-    } cases[] = {{"a", 6, 6, "abcde"}, {"a", 7, 6, "abcdef"}, {"a", 1, 6, ""}, {"a", 0, 6, "##########"},
-        {"b", 8, PROF_ERR_NO_LEAF, "default"}, {"b", 0, PROF_ERR_NO_LEAF, "##########"}};
+    const std::tuple<const char*, std::int32_t, std::int32_t, const char*> cases[] = {{"a", 6, 6, "abcde"},
+        {"a", 7, 6, "abcdef"}, {"a", 1, 6, ""}, {"a", 0, 6, "##########"}, {"b", 8, PROF_ERR_NO_LEAF, "default"},
+        {"b", 0, PROF_ERR_NO_LEAF, "##########"}};
     for (const auto& [path, size, result, text] : cases)
     {
         wchar_t buffer[] = L"##########";

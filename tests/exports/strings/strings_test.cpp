@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <iterator>
 #include <ostream>
+#include <tuple>
 
 namespace
 {
@@ -69,29 +70,20 @@ TEST(StringExportsTest, CopiesReturnTheTarget)
     }
 }
 
-int Sign(int value)
-{
-    return (value > 0) - (value < 0);
-}
-
 TEST(StringExportsTest, ComparesByCodeUnitAndFoldsOnlyAToZ)
 {
-    const struct
-    {
-        const QXWCHAR *a, *b;
-        int ordinal, withoutCase;
-    } cases[] = {{L"a", L"a", 0, 0}, {L"a", L"B", 1, -1}, {L"ABC", L"abd", -1, -1},
-        {L"Z", L"[", -1, 1},                                     // compared in lower case
+    const std::tuple<const QXWCHAR*, const QXWCHAR*, int, int> cases[] = {{L"a", L"a", 0, 0}, {L"a", L"B", 1, -1},
+        {L"ABC", L"abd", -1, -1}, {L"Z", L"[", -1, 1},           // compared in lower case
         {L"\u00E4", L"\u00C4", 1, 1}, {L"a", L"\uFF41", -1, -1}, // unsigned
         {L"ab", L"abc", -1, -1}, {nullptr, L"", 0, 0}, {nullptr, L"a", -1, -1}, {L"a", nullptr, 1, 1}};
-    for (const auto& c : cases)
+    for (const auto& [a, b, ordinal, withoutCase] : cases)
     {
-        SCOPED_TRACE(&c - cases);
-        EXPECT_EQ(UtilStrcmp(c.a, c.b), c.ordinal);
-        EXPECT_EQ(UtilStrcmp(c.b, c.a), -c.ordinal);
-        EXPECT_EQ(Sign(UtilStrncmp(c.a, c.b, 5)), c.ordinal);
-        EXPECT_EQ(Sign(UtilStricmp(c.a, c.b)), c.withoutCase);
-        EXPECT_EQ(Sign(UtilStrnicmp(c.a, c.b, 5)), c.withoutCase);
+        SCOPED_TRACE(testing::PrintToString(a) + " and " + testing::PrintToString(b));
+        EXPECT_EQ(UtilStrcmp(a, b), ordinal);
+        EXPECT_EQ(UtilStrcmp(b, a), -ordinal);
+        EXPECT_EQ(std::clamp(UtilStrncmp(a, b, 5), -1, 1), ordinal);
+        EXPECT_EQ(std::clamp(UtilStricmp(a, b), -1, 1), withoutCase);
+        EXPECT_EQ(std::clamp(UtilStrnicmp(a, b, 5), -1, 1), withoutCase);
     }
     EXPECT_EQ(UtilStrncmp(L"abc", L"abd", 2), 0);
     EXPECT_EQ(UtilStrnicmp(L"abC", L"ABd", 2), 0);
@@ -113,74 +105,59 @@ TEST(StringExportsTest, Searches)
 
 TEST(StringExportsTest, TrimsBlanksOnly)
 {
-    const struct
-    {
-        const QXWCHAR *text, *left, *right, *both;
-    } cases[] = {{L"  a b  ", L"a b  ", L"  a b", L"a b"}, {L"\t a \t", L"\t a \t", L"\t a \t", L"\t a \t"},
+    const std::tuple<const QXWCHAR*, const QXWCHAR*, const QXWCHAR*, const QXWCHAR*> cases[] = {
+        {L"  a b  ", L"a b  ", L"  a b", L"a b"}, {L"\t a \t", L"\t a \t", L"\t a \t", L"\t a \t"},
         {L"   ", L"", L"", L""}, {L"", L"", L"", L""}};
-    for (const auto& c : cases)
+    for (const auto& [text, leftTrimmed, rightTrimmed, trimmed] : cases)
     {
-        Buffer left(c.text);
-        Buffer right(c.text);
-        Buffer both(c.text);
+        Buffer left(text), right(text), both(text);
         EXPECT_EQ(UtilLtrim(left.content), left.content);
-        EXPECT_STREQ(left.content, c.left);
-        EXPECT_STREQ(UtilRtrim(right.content), c.right);
-        EXPECT_STREQ(UtilAtrim(both.content), c.both);
+        EXPECT_STREQ(left.content, leftTrimmed);
+        EXPECT_STREQ(UtilRtrim(right.content), rightTrimmed);
+        EXPECT_STREQ(UtilAtrim(both.content), trimmed);
     }
 }
 
 TEST(StringExportsTest, StuffReplacesAPart)
 {
-    const struct
-    {
-        std::int32_t pos, count;
-        const QXWCHAR *insert, *expected;
-    } cases[] = {{1, 2, nullptr, L"cdef"}, {3, 2, L"", L"abef"}, {3, 2, L"XYZ", L"abXYZef"}, {3, 2, L"X", L"abXef"},
-        {1, 0, L"X", L"Xabcdef"}, {6, 99, L"X", L"abcdeX"}, {7, 5, L"XY", L"abcdefXY"}, // directly after the text
+    const std::tuple<std::int32_t, std::int32_t, const QXWCHAR*, const QXWCHAR*> cases[] = {{1, 2, nullptr, L"cdef"},
+        {3, 2, L"", L"abef"}, {3, 2, L"XYZ", L"abXYZef"}, {3, 2, L"X", L"abXef"}, {1, 0, L"X", L"Xabcdef"},
+        {6, 99, L"X", L"abcdeX"}, {7, 5, L"XY", L"abcdefXY"}, // directly after the text
         {7, 5, nullptr, L"abcdef"}, {8, 0, L"X", L"abcdef"}, {0, 1, L"X", L"abcdef"}, {-3, 1, L"X", L"abcdef"},
         {2, -1, L"X", L"aXbcdef"}, {1, 0x7FFFFFFF, nullptr, L""}};
-    for (const auto& c : cases)
+    for (const auto& [pos, count, insert, expected] : cases)
     {
         Buffer buffer(L"abcdef");
-        EXPECT_EQ(UtilStuff(buffer.content, c.pos, c.count, c.insert), buffer.content);
-        EXPECT_STREQ(buffer.content, c.expected) << c.pos << ", " << c.count;
-        EXPECT_EQ(buffer.content[std::max<std::size_t>(UtilStrlen(c.expected) + 1, 7)], L'#') << c.pos;
+        EXPECT_EQ(UtilStuff(buffer.content, pos, count, insert), buffer.content);
+        EXPECT_STREQ(buffer.content, expected) << pos << ", " << count;
+        EXPECT_EQ(buffer.content[std::max<std::size_t>(UtilStrlen(expected) + 1, 7)], L'#') << pos;
     }
 }
 
 TEST(StringExportsTest, SubstrKeepsAPart)
 {
-    const struct
-    {
-        std::int32_t pos, count;
-        const QXWCHAR* expected;
-    } cases[] = {{2, 3, L"bcd"}, {2, -1, L"abcdef"}, {99, -1, L"abcdef"}, {0, -1, L"abcdef"}, {2, 0, L""}, {2, -2, L""},
-        {1, 99, L"abcdef"}, {6, 2, L"f"}, {7, 2, L""}, {0, 2, L""}, {-1, 5, L"f"}, {-6, 2, L"ab"}, {-7, 2, L""},
-        {INT32_MIN, 2, L""}};
-    for (const auto& c : cases)
+    const std::tuple<std::int32_t, std::int32_t, const QXWCHAR*> cases[] = {{2, 3, L"bcd"}, {2, -1, L"abcdef"},
+        {99, -1, L"abcdef"}, {0, -1, L"abcdef"}, {2, 0, L""}, {2, -2, L""}, {1, 99, L"abcdef"}, {6, 2, L"f"},
+        {7, 2, L""}, {0, 2, L""}, {-1, 5, L"f"}, {-6, 2, L"ab"}, {-7, 2, L""}, {INT32_MIN, 2, L""}};
+    for (const auto& [pos, count, expected] : cases)
     {
         Buffer buffer(L"abcdef");
-        EXPECT_EQ(UtilSubstr(buffer.content, c.pos, c.count), buffer.content);
-        EXPECT_STREQ(buffer.content, c.expected) << c.pos << ", " << c.count;
+        EXPECT_EQ(UtilSubstr(buffer.content, pos, count), buffer.content);
+        EXPECT_STREQ(buffer.content, expected) << pos << ", " << count;
     }
 }
 
 TEST(StringExportsTest, SafeSprintfCutsAndTerminates)
 {
-    const struct
-    {
-        std::size_t size;
-        int result;
-        const QXWCHAR* expected;
-    } cases[] = {{32, 8, L"wide n 7"}, {9, 8, L"wide n 7"}, {8, -1, L"wide n "}, {1, -1, L""}, {0, -1, L"old"}};
-    for (const auto& c : cases)
+    const std::tuple<std::size_t, int, const QXWCHAR*> cases[] = {
+        {32, 8, L"wide n 7"}, {9, 8, L"wide n 7"}, {8, -1, L"wide n "}, {1, -1, L""}, {0, -1, L"old"}};
+    for (const auto& [size, length, expected] : cases)
     {
         Buffer buffer(L"old");
-        const int result = UtilSafeSprintf(buffer.content, c.size, L"%s %hs %I64d", L"wide", "n", 7LL);
-        EXPECT_EQ(std::max(result, -1), c.result) << c.size;
-        EXPECT_STREQ(buffer.content, c.expected) << c.size;
-        EXPECT_EQ(buffer.content[std::max<std::size_t>(c.size, 4)], L'#');
+        const int result = UtilSafeSprintf(buffer.content, size, L"%s %hs %I64d", L"wide", "n", 7LL);
+        EXPECT_EQ(std::max(result, -1), length) << size;
+        EXPECT_STREQ(buffer.content, expected) << size;
+        EXPECT_EQ(buffer.content[std::max<std::size_t>(size, 4)], L'#');
     }
     Buffer buffer(L"old");
     EXPECT_LT(UtilSafeSprintf(buffer.content, 8, nullptr), 0);

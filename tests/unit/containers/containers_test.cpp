@@ -15,6 +15,7 @@
 #include <random>
 #include <set>
 #include <stdexcept>
+#include <tuple>
 #include <vector>
 
 using namespace qx;
@@ -70,12 +71,17 @@ std::vector<int> Values(const List& list)
     return values;
 }
 
-// Guarantees shared by both lists.
-template <class List>
-class ListTest : public testing::Test
+// Each container destroys its elements.
+class Elements : public testing::Test
 {
 protected:
-    ~ListTest() override { EXPECT_EQ(Counted::living, 0); }
+    ~Elements() override { EXPECT_EQ(Counted::living, 0); }
+};
+
+// Guarantees shared by both lists.
+template <class List>
+class ListTest : public Elements
+{
 };
 
 using Lists = testing::Types<WCValSList<Counted>, WCValDList<Counted>>;
@@ -211,21 +217,18 @@ protected:
     bool AreEqual(Counted* const& a, Counted* const& b) const override { return *a == *b; }
 };
 
-TEST(SListHookTest, DerivedListReleasesItsElementsAndDecidesEquality)
+TEST_F(Elements, AreReleasedAndComparedByADerivedList)
 {
-    {
-        OwningList list;
-        for (int i = 0; i < 5; ++i)
-            list.Append(new Counted(i));
-        Counted three(3);
-        EXPECT_EQ(list.IndexOf(&three), 3);
-        EXPECT_TRUE(list.Remove(&three));
-        EXPECT_EQ(list.RemoveIf([](const Counted* c) { return c->Value() == 0; }), 1u);
-        const std::unique_ptr<Counted> taken(*list.TakeAt(0)); // now owned by the caller
-        EXPECT_EQ(taken->Value(), 1);
-        EXPECT_EQ(Counted::living, 4);
-    }
-    EXPECT_EQ(Counted::living, 0);
+    OwningList list;
+    for (int i = 0; i < 5; ++i)
+        list.Append(new Counted(i));
+    Counted three(3);
+    EXPECT_EQ(list.IndexOf(&three), 3);
+    EXPECT_TRUE(list.Remove(&three));
+    EXPECT_EQ(list.RemoveIf([](const Counted* c) { return c->Value() == 0; }), 1u);
+    const std::unique_ptr<Counted> taken(*list.TakeAt(0)); // now owned by the caller
+    EXPECT_EQ(taken->Value(), 1);
+    EXPECT_EQ(Counted::living, 4);
 }
 
 struct CountingMemory
@@ -267,30 +270,27 @@ TEST(StackTest, GivesTheNewestFirst)
     EXPECT_EQ(*stack.Top(), 2);
 }
 
-TEST(VectorTest, ResizeKeepsTheFirstAndMakesTheRest)
+TEST_F(Elements, OfAVectorAreKeptOrMadeByItsSize)
 {
+    WCValVector<Counted> vector;
+    vector[2] = 5; // grows
+    vector.Resize(4);
+    EXPECT_EQ(Counted::living, 4);
+    EXPECT_EQ(vector[0].Value(), 0);
+    EXPECT_EQ(vector[2].Value(), 5);
+    EXPECT_EQ(vector[3].Value(), 0);
+    vector.Resize(1);
+    EXPECT_EQ(Counted::living, 1);
+    EXPECT_EQ(vector.At(1), nullptr);
+    vector[0] = 8;
     {
-        WCValVector<Counted> vector;
-        vector[2] = 5; // grows
-        vector.Resize(4);
-        EXPECT_EQ(Counted::living, 4);
-        EXPECT_EQ(vector[0].Value(), 0);
-        EXPECT_EQ(vector[2].Value(), 5);
-        EXPECT_EQ(vector[3].Value(), 0);
-        vector.Resize(1);
-        EXPECT_EQ(Counted::living, 1);
-        EXPECT_EQ(vector.At(1), nullptr);
-        vector[0] = 8;
-        {
-            FailingCopies failing(0);
-            EXPECT_THROW(vector.Resize(10), std::runtime_error);
-        }
-        EXPECT_EQ(vector.Count(), 1u);
-        WCValVector<Counted> moved(std::move(vector));
-        EXPECT_TRUE(vector.IsEmpty());
-        EXPECT_EQ(moved[0].Value(), 8);
+        FailingCopies failing(0);
+        EXPECT_THROW(vector.Resize(10), std::runtime_error);
     }
-    EXPECT_EQ(Counted::living, 0);
+    EXPECT_EQ(vector.Count(), 1u);
+    WCValVector<Counted> moved(std::move(vector));
+    EXPECT_TRUE(vector.IsEmpty());
+    EXPECT_EQ(moved[0].Value(), 8);
     WCValVector<int> numbers;
     EXPECT_EQ(numbers[3], 0);
     EXPECT_THROW(numbers[SIZE_MAX], std::length_error);
@@ -351,34 +351,25 @@ TEST(LevelSourceTest, CountsPairsThatAreZeroUnderTheSelector)
 
 TEST(SkipListTest, ParametersAreClipped)
 {
-    const struct
+    const std::tuple<unsigned, int, unsigned, int> cases[] = {
+        {3, 8, 3, 8}, {1, 20, 1, 20}, {0, 0, 3, 1}, {2, -4, 3, 1}, {7, 21, 3, 20}};
+    for (const auto& [selector, levels, expectedSelector, expectedLevels] : cases)
     {
-        unsigned selector;
-        int levels;
-        unsigned expectedSelector;
-        int expectedLevels;
-    } cases[] = {{3, 8, 3, 8}, {1, 20, 1, 20}, {0, 0, 3, 1}, {2, -4, 3, 1}, {7, 21, 3, 20}};
-    for (const auto& c : cases)
-    {
-        const WCValSkipList<int> list(c.selector, c.levels);
-        EXPECT_EQ(list.Selector(), c.expectedSelector);
-        EXPECT_EQ(list.MostLevels(), c.expectedLevels);
+        const WCValSkipList<int> list(selector, levels);
+        EXPECT_EQ(list.Selector(), expectedSelector);
+        EXPECT_EQ(list.MostLevels(), expectedLevels);
     }
 }
 
 TEST(SkipListTest, LevelsThinOutBySelector)
 {
-    const struct
-    {
-        unsigned selector;
-        int levels;
-        double share; // share of a level's nodes that are promoted to the next level
-    } cases[] = {{3, 8, 0.25}, {1, 20, 0.5}, {3, 3, 0.25}};
+    // Selector, levels, and the share of a level's nodes that are promoted to the next level
+    const std::tuple<unsigned, int, double> cases[] = {{3, 8, 0.25}, {1, 20, 0.5}, {3, 3, 0.25}};
     constexpr int kCount = 20000;
-    for (const auto& c : cases)
+    for (const auto& [selector, levels, share] : cases)
     {
         std::srand(5);
-        WCValSkipListSet<int> set(c.selector, c.levels);
+        WCValSkipListSet<int> set(selector, levels);
         int top = set.LevelsInUse();
         for (int i = 0; i < kCount; ++i)
         {
@@ -386,11 +377,11 @@ TEST(SkipListTest, LevelsThinOutBySelector)
             ASSERT_LE(set.LevelsInUse(), top + 1);
             top = set.LevelsInUse();
         }
-        EXPECT_LE(top, c.levels);
+        EXPECT_LE(top, levels);
         // Five standard deviations of the binomial distribution, plus a margin for the first nodes, which the top level
         // limits.
         double expected = kCount;
-        for (int level = 0; level < top; ++level, expected *= c.share)
+        for (int level = 0; level < top; ++level, expected *= share)
             EXPECT_NEAR(static_cast<double>(set.CountOnLevel(level)), expected, 5 * std::sqrt(expected) + 10) << level;
     }
 }
@@ -417,78 +408,72 @@ TEST(SkipListTest, DuplicatesStayInTheOrderOfInsertion)
     EXPECT_EQ(list.Count(), 49u);
 }
 
-TEST(SkipListTest, MatchesTheStandardContainersUnderRandomOperations)
+TEST_F(Elements, OfSkipListsMatchTheStandardContainersUnderRandomOperations)
 {
+    std::mt19937 random(42);
+    WCValSkipList<Counted> list;
+    WCValSkipListSet<Counted> set(1, 5);
+    WCValSkipListDict<int, Counted> dict;
+    std::multiset<int> listModel;
+    std::set<int> setModel;
+    std::map<int, int> dictModel;
+    for (int step = 0; step < 20000; ++step)
     {
-        std::mt19937 random(42);
-        WCValSkipList<Counted> list;
-        WCValSkipListSet<Counted> set(1, 5);
-        WCValSkipListDict<int, Counted> dict;
-        std::multiset<int> listModel;
-        std::set<int> setModel;
-        std::map<int, int> dictModel;
-        for (int step = 0; step < 20000; ++step)
+        const int value = static_cast<int>(random() % 200);
+        if (random() % 2)
         {
-            const int value = static_cast<int>(random() % 200);
-            if (random() % 2)
-            {
-                list.Insert(value);
-                listModel.insert(value);
-                ASSERT_EQ(set.Insert(value), setModel.insert(value).second);
-                ASSERT_EQ(dict.Insert(value, step), dictModel.emplace(value, step).second);
-            }
-            else
-            {
-                const auto found = listModel.find(value);
-                ASSERT_EQ(list.Remove(value), found != listModel.end());
-                if (found != listModel.end())
-                    listModel.erase(found);
-                ASSERT_EQ(set.Remove(value), setModel.erase(value) == 1);
-                ASSERT_EQ(dict.Remove(value), dictModel.erase(value) == 1);
-            }
-            ASSERT_EQ(list.Contains(value), listModel.contains(value));
-            ASSERT_EQ(set.Contains(value), setModel.contains(value));
-            ASSERT_EQ(dict.Contains(value), dictModel.contains(value));
+            list.Insert(value);
+            listModel.insert(value);
+            ASSERT_EQ(set.Insert(value), setModel.insert(value).second);
+            ASSERT_EQ(dict.Insert(value, step), dictModel.emplace(value, step).second);
         }
-        const auto equal = [](const Counted& a, int b)
+        else
         {
-            return a.Value() == b;
-        };
-        EXPECT_TRUE(std::equal(list.begin(), list.end(), listModel.begin(), listModel.end(), equal));
-        EXPECT_TRUE(std::equal(set.begin(), set.end(), setModel.begin(), setModel.end(), equal));
-        EXPECT_TRUE(std::equal(dict.begin(), dict.end(), dictModel.begin(), dictModel.end(),
-            [](const auto& a, const auto& b) { return a.key == b.first && a.value.Value() == b.second; }));
-
-        // A copy has the same levels and is independent.
-        WCValSkipListSet<Counted> copy(set);
-        for (int level = 0; level < 5; ++level)
-            EXPECT_EQ(copy.CountOnLevel(level), set.CountOnLevel(level));
-        copy.Clear();
-        EXPECT_TRUE(std::equal(set.begin(), set.end(), setModel.begin(), setModel.end(), equal));
-        copy = std::move(set);
-        EXPECT_TRUE(set.IsEmpty());
-        EXPECT_TRUE(set.Insert(1));
-        EXPECT_EQ(copy.Count(), setModel.size());
+            const auto found = listModel.find(value);
+            ASSERT_EQ(list.Remove(value), found != listModel.end());
+            if (found != listModel.end())
+                listModel.erase(found);
+            ASSERT_EQ(set.Remove(value), setModel.erase(value) == 1);
+            ASSERT_EQ(dict.Remove(value), dictModel.erase(value) == 1);
+        }
+        ASSERT_EQ(list.Contains(value), listModel.contains(value));
+        ASSERT_EQ(set.Contains(value), setModel.contains(value));
+        ASSERT_EQ(dict.Contains(value), dictModel.contains(value));
     }
-    EXPECT_EQ(Counted::living, 0);
+    const auto equal = [](const Counted& a, int b)
+    {
+        return a.Value() == b;
+    };
+    EXPECT_TRUE(std::equal(list.begin(), list.end(), listModel.begin(), listModel.end(), equal));
+    EXPECT_TRUE(std::equal(set.begin(), set.end(), setModel.begin(), setModel.end(), equal));
+    EXPECT_TRUE(std::equal(dict.begin(), dict.end(), dictModel.begin(), dictModel.end(),
+        [](const auto& a, const auto& b) { return a.key == b.first && a.value.Value() == b.second; }));
+
+    // A copy has the same levels and is independent.
+    WCValSkipListSet<Counted> copy(set);
+    for (int level = 0; level < 5; ++level)
+        EXPECT_EQ(copy.CountOnLevel(level), set.CountOnLevel(level));
+    copy.Clear();
+    EXPECT_TRUE(std::equal(set.begin(), set.end(), setModel.begin(), setModel.end(), equal));
+    copy = std::move(set);
+    EXPECT_TRUE(set.IsEmpty());
+    EXPECT_TRUE(set.Insert(1));
+    EXPECT_EQ(copy.Count(), setModel.size());
 }
 
-TEST(SkipListTest, FailedCopyLosesNothing)
+TEST_F(Elements, OfASkipListSurviveAFailedCopy)
 {
-    {
-        WCValSkipListDict<int, Counted> source;
-        for (int i = 0; i < 20; ++i)
-            source.Insert(i, i);
-        WCValSkipListDict<int, Counted> target;
-        target.Insert(1, 77);
-        FailingCopies failing(10);
-        EXPECT_THROW(target = source, std::runtime_error);
-        EXPECT_THROW(target.Insert(2, Counted(1)), std::runtime_error);
-        EXPECT_EQ(target.Count(), 1u);
-        EXPECT_EQ(target.Find(1)->Value(), 77);
-        EXPECT_EQ(target.Find(2), nullptr);
-    }
-    EXPECT_EQ(Counted::living, 0);
+    WCValSkipListDict<int, Counted> source;
+    for (int i = 0; i < 20; ++i)
+        source.Insert(i, i);
+    WCValSkipListDict<int, Counted> target;
+    target.Insert(1, 77);
+    FailingCopies failing(10);
+    EXPECT_THROW(target = source, std::runtime_error);
+    EXPECT_THROW(target.Insert(2, Counted(1)), std::runtime_error);
+    EXPECT_EQ(target.Count(), 1u);
+    EXPECT_EQ(target.Find(1)->Value(), 77);
+    EXPECT_EQ(target.Find(2), nullptr);
 }
 
 TEST(SkipListTest, FirstValueOfAKeyStays)

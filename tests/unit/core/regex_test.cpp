@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdint>
 #include <thread>
+#include <tuple>
 
 using namespace qx;
 using qxtest::DebugLines;
@@ -72,28 +73,24 @@ TEST(RegEx, GroupsUpToTheHighestThatTookPart)
 
 TEST(RegEx, FlagsReachTheEngineAndOthersAreIgnored)
 {
-    const struct
-    {
-        const wchar_t* pattern;
-        std::uint32_t flags;
-        const wchar_t* subject;
-        const wchar_t* match; // null if there is no match
-    } cases[] = {{L"ABC", kCaseless, L"xabc", L"abc"}, {L"ABC", 0, L"xabc", nullptr},
-        {L"a.b", kDotAll, L"a\nb", L"a\nb"}, {L"a.b", 0, L"a\nb", nullptr}, {L"a b # note", kExtended, L"ab", L"ab"},
-        {L"^b", kMultiLine, L"a\nb", L"b"}, {L"^b", 0, L"a\nb", nullptr}, {L"a+", kUngreedy, L"aaa", L"a"},
-        {L"b", 0x80000000, L"ab", nullptr}, {L"a$", 0, L"a\n", L"a"}, {L"a$", 0x10, L"a\n", nullptr},
-        {L"^a", 0x1, L"a", nullptr}, {L"a$", 0x2, L"a", nullptr}, {L"a*", 0x4, L"b", nullptr},
+    // The last text is the match, or null if there is none.
+    const std::tuple<const wchar_t*, std::uint32_t, const wchar_t*, const wchar_t*> cases[] = {
+        {L"ABC", kCaseless, L"xabc", L"abc"}, {L"ABC", 0, L"xabc", nullptr}, {L"a.b", kDotAll, L"a\nb", L"a\nb"},
+        {L"a.b", 0, L"a\nb", nullptr}, {L"a b # note", kExtended, L"ab", L"ab"}, {L"^b", kMultiLine, L"a\nb", L"b"},
+        {L"^b", 0, L"a\nb", nullptr}, {L"a+", kUngreedy, L"aaa", L"a"}, {L"b", 0x80000000, L"ab", nullptr},
+        {L"a$", 0, L"a\n", L"a"}, {L"a$", 0x10, L"a\n", nullptr}, {L"^a", 0x1, L"a", nullptr},
+        {L"a$", 0x2, L"a", nullptr}, {L"a*", 0x4, L"b", nullptr},
         {L"^.$", 0x00080000, L"\xD83D\xDE00", nullptr}, // not in UTF mode: two characters
         {L"\xDE00", 0, L"\xD83D\xDE00", L"\xDE00"}};
-    for (const auto& c : cases)
+    for (const auto& [source, flags, subject, match] : cases)
     {
-        SCOPED_TRACE(testing::PrintToString(c.pattern) + " on " + testing::PrintToString(c.subject));
-        clsRegEx pattern(c.pattern, c.flags);
+        SCOPED_TRACE(testing::PrintToString(source) + " on " + testing::PrintToString(subject));
+        clsRegEx pattern(source, flags);
         clsRegExMatchList matches;
-        ASSERT_EQ(pattern.Match(c.subject, &matches), c.match != nullptr);
-        if (c.match != nullptr)
+        ASSERT_EQ(pattern.Match(subject, &matches), match != nullptr);
+        if (match != nullptr)
         {
-            EXPECT_STREQ(matches[0].text.Text(), c.match);
+            EXPECT_STREQ(matches[0].text.Text(), match);
         }
     }
 }
@@ -126,10 +123,8 @@ TEST(RegEx, BadPatternMatchesNothingAndIsReportedEachTime)
 
 TEST(RegEx, TemplateRules)
 {
-    const struct
-    {
-        const wchar_t *pattern, *subject, *replacement, *result;
-    } cases[] = {{L"(b)(c)", L"abcd", L"\\2\\1", L"acbd"}, {L"(b)(c)", L"abcd", L"<\\0>", L"a<bc>d"},
+    const std::tuple<const wchar_t*, const wchar_t*, const wchar_t*, const wchar_t*> cases[] = {
+        {L"(b)(c)", L"abcd", L"\\2\\1", L"acbd"}, {L"(b)(c)", L"abcd", L"<\\0>", L"a<bc>d"},
         {L"(b)(c)", L"abcd", L"\\\\1", L"a\\\\1d"}, {L"(b)(c)", L"abcd", L"\\\\\\1", L"a\\\\bd"},
         {L"(b)(c)", L"abcd", L"\\", L"a\\d"}, {L"(b)(c)", L"abcd", L"\\x\\12", L"a\\xb2d"},
         {L"(b)(c)", L"abcd", nullptr, L"ad"}, {L"(x)|(b)", L"ab", L"[\\1\\2]", L"a[b]"},
@@ -139,11 +134,11 @@ TEST(RegEx, TemplateRules)
         {L"(?<=a)b", L"abab", L"X", L"aXaX"},
         {L"a|(?<=a)b", L"ab", L"X", L"Xb"}, // look-behind doesn't see beyond the end of the previous match
         {L"b", L"", L"X", L""}, {L"", L"ab", L"X", L"X"}, {L"b", L"aaa", L"X", L"aaa"}, {L"b$", L"ab", L"", L"a"}};
-    for (const auto& c : cases)
+    for (const auto& [source, subject, replacement, result] : cases)
     {
-        SCOPED_TRACE(testing::PrintToString(c.pattern) + " " + testing::PrintToString(c.replacement));
-        clsRegEx pattern(c.pattern, 0);
-        EXPECT_STREQ(pattern.GSub(String(c.subject), c.replacement).Text(), c.result);
+        SCOPED_TRACE(testing::PrintToString(source) + " " + testing::PrintToString(replacement));
+        clsRegEx pattern(source, 0);
+        EXPECT_STREQ(pattern.GSub(String(subject), replacement).Text(), result);
     }
     const DebugLines lines;
     EXPECT_STREQ(clsRegEx(L"(a)|(b)", 0).GSub(String(L"b"), L"<\\5>").Text(), L"<>");
@@ -202,19 +197,17 @@ TEST(RegEx, CallbackMayUseTheObjectChangeTheSubjectAndThrow)
 
 TEST(RegEx, MatchAllAndSplit)
 {
-    const struct
-    {
-        const wchar_t *pattern, *subject, *all, *split;
-    } cases[] = {{L"(\\d)x", L"1x2x", L"[1][2]", L"[][][]"}, {L",", L",", L"[,]", L"[][]"}, {L",", L"", L"", L"[]"},
+    const std::tuple<const wchar_t*, const wchar_t*, const wchar_t*, const wchar_t*> cases[] = {
+        {L"(\\d)x", L"1x2x", L"[1][2]", L"[][][]"}, {L",", L",", L"[,]", L"[][]"}, {L",", L"", L"", L"[]"},
         {L",", L"abc", L"", L"[abc]"}, {L" *, *", L"a , b,c,", L"[ , ][,][,]", L"[a][b][c][]"},
         {L"x*", L"abc", L"[]", L"[]"}, {L"b*", L"bab", L"[b][]", L"[][]"}, // ends without a final piece
         {L"(a)|(b)", L"ab", L"[a][]", L"[][][]"}, {L"^a", L"aab", L"[a][a]", L"[][][b]"}};
-    for (const auto& c : cases)
+    for (const auto& [source, subject, all, split] : cases)
     {
-        SCOPED_TRACE(testing::PrintToString(c.pattern) + " on " + testing::PrintToString(c.subject));
-        clsRegEx pattern(c.pattern, 0);
-        EXPECT_STREQ(Joined(pattern.MatchAll(c.subject)).Text(), c.all);
-        EXPECT_STREQ(Joined(pattern.Split(c.subject)).Text(), c.split);
+        SCOPED_TRACE(testing::PrintToString(source) + " on " + testing::PrintToString(subject));
+        clsRegEx pattern(source, 0);
+        EXPECT_STREQ(Joined(pattern.MatchAll(subject)).Text(), all);
+        EXPECT_STREQ(Joined(pattern.Split(subject)).Text(), split);
     }
     EXPECT_STREQ(Joined(String(L"a1b22c").Split(String(L"[0-9]+"))).Text(), L"[a][b][c]");
 }

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using namespace qx;
 using qxtest::DebugLines;
 
@@ -81,20 +83,16 @@ TEST_F(Registry, DefaultsStandForWhatCannotBeRead)
     EXPECT_EQ(missing.LastResult(), -2);
     const DWORD number = 7;
     SetBytes(L"number", REG_DWORD, &number, sizeof number);
-    const struct
-    {
-        clsRegistryList& list;
-        const wchar_t* name;
-        int result;
-    } cases[] = {{list, L"missing", -6}, {list, L"number", -6}, {missing, L"number", -5}};
-    for (const auto& c : cases)
+    const std::tuple<clsRegistryList&, const wchar_t*, int> cases[] = {
+        {list, L"missing", -6}, {list, L"number", -6}, {missing, L"number", -5}};
+    for (const auto& [source, name, result] : cases)
     {
         String read(L"before");
-        EXPECT_EQ(c.list.GetString(c.name, read, L"default"), c.result);
-        EXPECT_EQ(c.list.LastResult(), c.result);
+        EXPECT_EQ(source.GetString(name, read, L"default"), result);
+        EXPECT_EQ(source.LastResult(), result);
         EXPECT_STREQ(read.Text(), L"default");
         bool flag = false;
-        EXPECT_EQ(c.list.GetBool(c.name, flag, true), -1);
+        EXPECT_EQ(source.GetBool(name, flag, true), -1);
         EXPECT_TRUE(flag);
     }
 }

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <optional>
+#include <tuple>
 
 using namespace qx;
 using qxtest::DebugLines;
@@ -58,11 +59,7 @@ TEST(FormatTest, EstimatesByTheWalk)
 TEST(FormatTest, ResultReplacesTheText)
 {
     const wchar_t raw[] = {L'a', L'b', L'c'}; // terminated only by the precision
-    const struct
-    {
-        const wchar_t* expected;
-        String result;
-    } cases[] = {
+    const std::pair<const wchar_t*, String> cases[] = {
         {L"abc", String(String::kFormatted, L"%.3s", raw)},
         {L"-5 wide narrow c 1f", String(String::kFormatted, L"%d %s %hs %c %x", -5, L"wide", "narrow", L'c', 31)},
         {L"123456789012 0x00000005 ff", String(String::kFormatted, L"%I64d %#010x %I64x", 123456789012LL, 5, 0xFFLL)},
@@ -74,8 +71,8 @@ TEST(FormatTest, ResultReplacesTheText)
         {kPrintfError, String(String::kFormatted, L"%s", static_cast<wchar_t*>(nullptr))},
         {kPrintfError, String(String::kFormatted, L"lost %d %n", 1, static_cast<int*>(nullptr))},
     };
-    for (const auto& c : cases)
-        EXPECT_STREQ(c.result.Text(), c.expected);
+    for (const auto& [expected, result] : cases)
+        EXPECT_STREQ(result.Text(), expected);
 }
 
 TEST(FormatTest, ShortEstimatesCutAt99AndGiveZeroLongOnesGiveTheCountOrMinusOne)
@@ -167,17 +164,12 @@ TEST(StringMessageTest, ResourceIsSoughtInTheOrderOfLanguages)
 {
     // The last rows: a block with an empty entry, a missing German block, German as the last attempt, and finally any
     // language.
-    const struct
-    {
-        WORD language;
-        int id;
-        const wchar_t* expected;
-    } cases[] = {{0x0007, 100, L"Deutsch 100, f\u00FCr"}, {0x0009, 100, L"English 100"},
-        {0x080C, 100, L"Fran\u00E7ais 100"}, {0x0009, 111, L"English 111, the last of its block"}, {0x0009, 60000, L""},
-        {0x0009, 110, L""}, {0x0007, 112, L"English only"}, {0x0009, 176, L"German only"},
-        {0x0007, 240, L"French only"}};
-    for (const auto& c : cases)
-        EXPECT_STREQ(String::LoadResourceString(nullptr, c.language, c.id).Text(), c.expected) << c.id;
+    const std::tuple<WORD, int, const wchar_t*> cases[] = {{0x0007, 100, L"Deutsch 100, f\u00FCr"},
+        {0x0009, 100, L"English 100"}, {0x080C, 100, L"Fran\u00E7ais 100"},
+        {0x0009, 111, L"English 111, the last of its block"}, {0x0009, 60000, L""}, {0x0009, 110, L""},
+        {0x0007, 112, L"English only"}, {0x0009, 176, L"German only"}, {0x0007, 240, L"French only"}};
+    for (const auto& [language, id, expected] : cases)
+        EXPECT_STREQ(String::LoadResourceString(nullptr, language, id).Text(), expected) << id;
     EXPECT_STREQ(String::Message(nullptr, 101, L"ten", L"one").Text(), L"one of ten");
 }
 

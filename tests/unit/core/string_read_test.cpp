@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <tuple>
 #include <vector>
 
 using namespace qx;
@@ -46,24 +48,20 @@ TEST(StringReadTest, FindsOccurrencesOneAfterTheOther)
 
 TEST(StringReadTest, CutsFieldsAtASeparator)
 {
-    const struct
+    // The last text is what is left after removal.
+    const std::tuple<const wchar_t*, int, const wchar_t*, const wchar_t*, const wchar_t*> cases[] = {
+        {L"a=b=c", 0, L"=", L"a", L"b=c"}, {L"a=b=c", 1, L"=", L"b", L"a=c"}, {L"a=b=c", 2, L"=", L"c", L"a=b"},
+        {L"a=b=c", 3, L"=", L"", L"a=b=c"}, {L"a=b=c", -1, L"=", L"", L"a=b=c"}, {L"=b=", 0, L"=", L"", L"b="},
+        {L"=b=", 2, L"=", L"", L"=b"}, {L"a, b, c", 1, L", ", L"b", L"a, c"}, {L"abc", 0, L"", L"abc", L""},
+        {L"abc", 1, L"", L"", L"abc"}, {L"abc", 0, L"=", L"abc", L""}, {L"", 0, L"=", L"", L""},
+        {L"===", 1, L"==", L"=", L""}};
+    for (const auto& [text, index, separator, field, left] : cases)
     {
-        const wchar_t* text;
-        int index;
-        const wchar_t *separator, *field;
-        const wchar_t* left; // after removal
-    } cases[] = {{L"a=b=c", 0, L"=", L"a", L"b=c"}, {L"a=b=c", 1, L"=", L"b", L"a=c"},
-        {L"a=b=c", 2, L"=", L"c", L"a=b"}, {L"a=b=c", 3, L"=", L"", L"a=b=c"}, {L"a=b=c", -1, L"=", L"", L"a=b=c"},
-        {L"=b=", 0, L"=", L"", L"b="}, {L"=b=", 2, L"=", L"", L"=b"}, {L"a, b, c", 1, L", ", L"b", L"a, c"},
-        {L"abc", 0, L"", L"abc", L""}, {L"abc", 1, L"", L"", L"abc"}, {L"abc", 0, L"=", L"abc", L""},
-        {L"", 0, L"=", L"", L""}, {L"===", 1, L"==", L"=", L""}};
-    for (const auto& c : cases)
-    {
-        String s(c.text);
-        EXPECT_STREQ(s.GetField(c.index, String(c.separator), false).Text(), c.field) << c.index;
-        EXPECT_STREQ(s.Text(), c.text);
-        EXPECT_STREQ(s.GetField(c.index, String(c.separator), true).Text(), c.field) << c.index;
-        EXPECT_STREQ(s.Text(), c.left) << c.index;
+        String s(text);
+        EXPECT_STREQ(s.GetField(index, String(separator), false).Text(), field) << index;
+        EXPECT_STREQ(s.Text(), text);
+        EXPECT_STREQ(s.GetField(index, String(separator), true).Text(), field) << index;
+        EXPECT_STREQ(s.Text(), left) << index;
     }
     EXPECT_STREQ(String(L"a=b").GetField(0, L'\0', false).Text(), L"a=b");
 }
@@ -91,27 +89,19 @@ TEST(StringReadTest, SplitsAtASeparator)
 
 // ---- Comparison
 
-int Sign(int value)
-{
-    return (value > 0) - (value < 0);
-}
-
 TEST(StringCompareTest, ComparesInTheToldOrderOfRules)
 {
-    const struct
+    const std::tuple<const wchar_t*, const wchar_t*, int, int, int> cases[] = {{L"a", L"b", 0, 0, 0},
+        {L"", nullptr, -1, 0, 0}, {nullptr, L"a", -1, -1, -1}, {L"a", nullptr, 5, 1, 1}, {L"abc", L"ABC", -1, 1, 0},
+        {L"abc", L"ABD", -1, 1, -1}, {L"abc", L"ABC", 2, 1, 0}, {L"abX", L"abY", 2, 0, 0}, {L"ab", L"abc", 9, -1, -1},
+        {L"\u00E4", L"\u00C4", -1, 1, 1}, {L"\uFFFF", L"a", -1, 1, 1}};
+    for (const auto& [a, b, maxChars, withCase, withoutCase] : cases)
     {
-        const wchar_t *a, *b;
-        int maxChars, withCase, withoutCase;
-    } cases[] = {{L"a", L"b", 0, 0, 0}, {L"", nullptr, -1, 0, 0}, {nullptr, L"a", -1, -1, -1}, {L"a", nullptr, 5, 1, 1},
-        {L"abc", L"ABC", -1, 1, 0}, {L"abc", L"ABD", -1, 1, -1}, {L"abc", L"ABC", 2, 1, 0}, {L"abX", L"abY", 2, 0, 0},
-        {L"ab", L"abc", 9, -1, -1}, {L"\u00E4", L"\u00C4", -1, 1, 1}, {L"\uFFFF", L"a", -1, 1, 1}};
-    for (const auto& c : cases)
-    {
-        SCOPED_TRACE(&c - cases);
-        EXPECT_EQ(Sign(String(c.a).Compare(String(c.b), c.maxChars)), c.withCase);
-        EXPECT_EQ(Sign(String(c.a).Compare(c.b, c.maxChars)), c.withCase);
-        EXPECT_EQ(Sign(IString(c.a).Compare(String(c.b), c.maxChars)), c.withoutCase);
-        EXPECT_EQ(Sign(IString(c.a).Compare(c.b, c.maxChars)), c.withoutCase);
+        SCOPED_TRACE(testing::PrintToString(a) + " and " + testing::PrintToString(b));
+        EXPECT_EQ(std::clamp(String(a).Compare(String(b), maxChars), -1, 1), withCase);
+        EXPECT_EQ(std::clamp(String(a).Compare(b, maxChars), -1, 1), withCase);
+        EXPECT_EQ(std::clamp(IString(a).Compare(String(b), maxChars), -1, 1), withoutCase);
+        EXPECT_EQ(std::clamp(IString(a).Compare(b, maxChars), -1, 1), withoutCase);
     }
     EXPECT_EQ(String(L"a").Compare(L"z"), -1);
 }

@@ -12,6 +12,7 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 using namespace qx;
@@ -25,21 +26,17 @@ namespace
 
 TEST(StringValueTest, TakesAPartOfAText)
 {
-    const struct
+    const std::tuple<const wchar_t*, std::size_t, std::size_t, const wchar_t*> cases[] = {{L"abcd", 5, 3, L""},
+        {L"abcd", 4, 3, L""}, {L"abcdefghij", 5, 3, L"fgh"}, {L"abcdefghij", 8, 3, L"ij"},
+        {L"abcdefghij", 3, String::kAll, L"defghij"}, {L"abcdefghij", 3, SIZE_MAX, L"defghij"},
+        {L"abcdefghij", SIZE_MAX, 3, L""}, {nullptr, 0, 3, L""}};
+    for (const auto& [text, start, count, expected] : cases)
     {
-        const wchar_t* text;
-        std::size_t start, count;
-        const wchar_t* expected;
-    } cases[] = {{L"abcd", 5, 3, L""}, {L"abcd", 4, 3, L""}, {L"abcdefghij", 5, 3, L"fgh"},
-        {L"abcdefghij", 8, 3, L"ij"}, {L"abcdefghij", 3, String::kAll, L"defghij"},
-        {L"abcdefghij", 3, SIZE_MAX, L"defghij"}, {L"abcdefghij", SIZE_MAX, 3, L""}, {nullptr, 0, 3, L""}};
-    for (const auto& c : cases)
-    {
-        EXPECT_STREQ(String(c.text, c.start, c.count).Text(), c.expected);
+        EXPECT_STREQ(String(text, start, count).Text(), expected);
         String assigned(L"before");
-        assigned.Assign(c.text, c.start, c.count);
-        EXPECT_STREQ(assigned.Text(), c.expected);
-        EXPECT_EQ(assigned.Length(), wcslen(c.expected));
+        assigned.Assign(text, start, count);
+        EXPECT_STREQ(assigned.Text(), expected);
+        EXPECT_EQ(assigned.Length(), wcslen(expected));
     }
     const wchar_t raw[] = {L'a', L'b', L'c'}; // without a terminator
     EXPECT_STREQ(String(raw, 1, 2).Text(), L"bc");
@@ -127,12 +124,7 @@ void Write(String& s)
 // without effect leaves the record shared.
 TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
 {
-    const struct
-    {
-        const wchar_t* before;
-        void (*change)(String&);
-        const wchar_t* after;
-    } cases[] = {
+    const std::tuple<const wchar_t*, void (*)(String&), const wchar_t*> cases[] = {
         {L"abcab", [](String& s) { s.Append(L'\0'); }, L"abcab"},
         {L"abcab", [](String& s) { s.Append(static_cast<const wchar_t*>(nullptr)); }, L"abcab"},
         {L"abc", [](String& s) { s.Append(s); }, L"abcabc"},
@@ -169,20 +161,20 @@ TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
         {L"abc", [](String& s) { s.Format(L"<%s>", s.Text()); }, L"<abc>"},
         {L"abc", [](String& s) { s.MakeUpper(); }, L"ABC"},
     };
-    for (const auto& c : cases)
+    for (const auto& [before, change, after] : cases)
     {
-        SCOPED_TRACE(&c - cases);
-        String other(c.before);
+        SCOPED_TRACE(testing::PrintToString(before) + " to " + testing::PrintToString(after));
+        String other(before);
         String shared(other);
-        c.change(shared);
-        EXPECT_STREQ(shared.Text(), c.after);
-        EXPECT_EQ(shared.Length(), wcslen(c.after));
-        EXPECT_STREQ(other.Text(), c.before);
-        EXPECT_EQ(shared.SharesRecordWith(other), String(c.before) == String(c.after));
+        change(shared);
+        EXPECT_STREQ(shared.Text(), after);
+        EXPECT_EQ(shared.Length(), wcslen(after));
+        EXPECT_STREQ(other.Text(), before);
+        EXPECT_EQ(shared.SharesRecordWith(other), String(before) == String(after));
 
-        String exclusive(c.before);
-        c.change(exclusive);
-        EXPECT_STREQ(exclusive.Text(), c.after);
+        String exclusive(before);
+        change(exclusive);
+        EXPECT_STREQ(exclusive.Text(), after);
     }
 }
 

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <tuple>
 
 namespace
 {
@@ -17,12 +18,9 @@ using namespace qxtest;
 TEST(Variant, Equality)
 {
     const double notANumber = std::numeric_limits<double>::quiet_NaN();
-    const struct
-    {
-        Value a, b;
-        bool areEqual;
-    } cases[] = {{Value(), Value(), true}, {Value(VT_NULL), Value(VT_NULL), true}, {Value(), Value(VT_NULL), false},
-        {Value(), I4(0), false}, {Value(), Text(L""), false}, // although they are equal for the system
+    const std::tuple<Value, Value, bool> cases[] = {{Value(), Value(), true}, {Value(VT_NULL), Value(VT_NULL), true},
+        {Value(), Value(VT_NULL), false}, {Value(), I4(0), false},
+        {Value(), Text(L""), false}, // although they are equal for the system
         {I4(1), R8(1), true}, {Value(VT_I1, -1), Value(VT_I8, -1), true},
         {Value(VT_I1, -1), Value(VT_UI1, 0xff), false}, {SmallDecimal(15, 1), Value(VT_CY, 15000), true},
         {SmallDecimal(15, 1), SmallDecimal(150, 2), true}, {Value(VT_CY, 15000), Value(VT_CY, 15001), false},
@@ -33,12 +31,12 @@ TEST(Variant, Equality)
         {Text(L"a"), Text(L"A"), false}, {Text(L"co-op"), Text(L"coop"), false}, {Text(L""), Value(VT_BSTR), true},
         {Text(L"1"), I4(1), false}, {Value(VT_ERROR, 5), Value(VT_ERROR, 5), true},
         {Value(VT_ERROR, 5), Value(VT_ERROR, 6), false}};
-    for (const auto& row : cases)
+    for (const auto& [a, b, areEqual] : cases)
     {
-        const std::string names = std::to_string(row.a.vt) + ' ' + Readable(row.a) + " and " +
-                                  std::to_string(row.b.vt) + ' ' + Readable(row.b);
-        EXPECT_EQ(clsVariant(row.a) == clsVariant(row.b), row.areEqual) << names;
-        EXPECT_EQ(clsVariant(row.b) == clsVariant(row.a), row.areEqual) << names;
+        const std::string names =
+            std::to_string(a.vt) + ' ' + Readable(a) + " and " + std::to_string(b.vt) + ' ' + Readable(b);
+        EXPECT_EQ(clsVariant(a) == clsVariant(b), areEqual) << names;
+        EXPECT_EQ(clsVariant(b) == clsVariant(a), areEqual) << names;
     }
 }
 
@@ -69,20 +67,16 @@ TEST(Variant, TextAndNumber)
     reference.pllVal = &large;
     Value withZero(VT_BSTR);
     withZero.bstrVal = SysAllocStringLen(L"1\0x", 3);
-    const struct
-    {
-        Value value;
-        const char* text;
-        double number;
-    } cases[] = {{Value(), "", 0}, {Text(L" 12 "), " 12 ", 12}, {Text(L"abc"), "abc", 0}, {withZero, "1<0>x", 1},
-        {Value(VT_BSTR), "", 0}, {Value(VT_I8, -5'000'000'000), "-5000000000", -5e9},
+    const std::tuple<Value, const char*, double> cases[] = {{Value(), "", 0}, {Text(L" 12 "), " 12 ", 12},
+        {Text(L"abc"), "abc", 0}, {withZero, "1<0>x", 1}, {Value(VT_BSTR), "", 0},
+        {Value(VT_I8, -5'000'000'000), "-5000000000", -5e9},
         {Value(VT_UI8, -1), "18446744073709551615", 18446744073709551616.0}, {reference, "5000000000", 5e9},
         {R8(2.5), "2.5", 2.5}, {Value(VT_BOOL, 0xffff), "-1", -1}, {Value(VT_CY, 12345), "1.2345", 1.2345},
         {Value(VT_ERROR, 5), "", 0}};
-    for (const auto& row : cases)
+    for (const auto& [value, text, number] : cases)
     {
-        EXPECT_EQ(ReadableText(ToString(clsVariant(row.value)).View()), row.text) << row.value.vt;
-        EXPECT_EQ(ToDouble(clsVariant(row.value)), row.number) << row.value.vt;
+        EXPECT_EQ(ReadableText(ToString(clsVariant(value)).View()), text) << value.vt;
+        EXPECT_EQ(ToDouble(clsVariant(value)), number) << value.vt;
     }
 }
 

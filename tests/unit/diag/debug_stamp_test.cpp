@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using namespace qx;
 using qxtest::Filled;
 
@@ -33,25 +35,21 @@ constexpr SYSTEMTIME kNoon = {2024, 2, 0, 5, 12, 34, 56, 789};
 
 TEST(DebugStamp, ColumnsByTheTable)
 {
-    const struct
-    {
-        const wchar_t* expected; // followed by the message "message"
-        scDebugStamp stamp;
-        const wchar_t* section;
-        int depth;
-    } cases[] = {{L"12:34:56.789 00001a2c/03 7 message", {false, kNoon, 0, 0x1A2C, 3, 7}, L"", 0},
+    // Each line ends with the message "message".
+    const std::tuple<const wchar_t*, scDebugStamp, const wchar_t*, int> cases[] = {
+        {L"12:34:56.789 00001a2c/03 7 message", {false, kNoon, 0, 0x1A2C, 3, 7}, L"", 0},
         {L"12:34:56.789 00001a2c/03 7 INIT   message", {false, kNoon, 0, 0x1A2C, 3, 47}, L"INIT", 2},
         {L"00:00:00.000 ffffffff/40 5   message", {false, {}, 0, 0xFFFFFFFF, 64, 0xFFFFFFFF}, L"", 2},
         {L"34:56.789 00000001/13f 9 a b message", {true, kNoon, 2'096'789, 1, 319, 9}, L"a b", 0},
         {L"00:00.000 00000001/00 0 message", {true, {}, 3'600'000, 1, 0, 0}, L"", 0},
         // Only the low 32 bits are used: 71,582 minutes and 47.295 seconds
         {L"02:47.295 00000001/00 0 message", {true, {}, 0x7'FFFF'FFFF, 1, 0, 0}, L"", 0}};
-    for (const auto& row : cases)
+    for (const auto& [expected, stamp, section, depth] : cases)
     {
         DebugLineText line;
-        AppendStamp(line, row.stamp, row.section, row.depth);
+        AppendStamp(line, stamp, section, depth);
         line.Append(L"%s", L"message");
-        EXPECT_STREQ(line.Text(), row.expected);
+        EXPECT_STREQ(line.Text(), expected);
     }
 }
 

@@ -12,7 +12,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <thread>
+#include <tuple>
 #include <vector>
 
 using namespace qx;
@@ -96,14 +96,7 @@ TEST(NameCheck, LooksAtTheLastComponent)
 
 TEST(FileOpen, GivesTheSystemItsArguments)
 {
-    const struct
-    {
-        FileAccess access;
-        FileDisposition disposition;
-        FileShare share;
-        std::uint32_t flags;
-        ScriptedFile::Call call;
-    } cases[] = {
+    const std::tuple<FileAccess, FileDisposition, FileShare, std::uint32_t, ScriptedFile::Call> cases[] = {
         {FileAccess::Read, FileDisposition::OpenExisting, FileShare::None, 0, {GENERIC_READ, 0, OPEN_EXISTING, 0}},
         {FileAccess::Write, FileDisposition::OpenAlways, FileShare::Read, 0x10F,
             {GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS,
@@ -114,12 +107,12 @@ TEST(FileOpen, GivesTheSystemItsArguments)
                 FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_TEMPORARY}},
         {FileAccess::ReadWrite, FileDisposition::CreateAlways, FileShare::Exclusive, kFileData,
             {GENERIC_READ | GENERIC_WRITE, 0, CREATE_ALWAYS, FILE_FLAG_SEQUENTIAL_SCAN | FILE_ATTRIBUTE_NORMAL}}};
-    for (const auto& c : cases)
+    for (const auto& [access, disposition, share, flags, call] : cases)
     {
         ScriptedFile file;
-        file.Open(L"x", c.access, c.disposition, c.share, c.flags);
+        file.Open(L"x", access, disposition, share, flags);
         ASSERT_EQ(file.calls.size(), 3U);
-        EXPECT_EQ(file.calls[0], c.call) << &c - cases;
+        EXPECT_EQ(file.calls[0], call) << flags;
     }
 }
 
@@ -150,34 +143,28 @@ TEST(FileOpen, MissingFile)
 
 TEST(FileOpen, TriesThreeTimesAndWaitsOnlyForTemporaryFiles)
 {
-    const struct
-    {
-        std::vector<DWORD> errors;
-        std::uint32_t flags;
-        FileError kind;
-        bool waits;
-    } cases[] = {
+    const std::tuple<std::vector<DWORD>, std::uint32_t, FileError, bool> cases[] = {
         {{32, 33, 32, 32}, kFileAttributeTemporary, FileError::InUse, true},
         {{32, 32, 32}, kFileAttributeNormal, FileError::InUse, false},
         {{5, 5, 5}, kFileAttributeTemporary, FileError::AccessDenied, false},
         {{5, 5, 3}, kFileAttributeNormal, FileError::PathNotFound, false},
     };
-    for (const auto& c : cases)
+    for (const auto& [errors, flags, kind, waits] : cases)
     {
         // On a busy machine some of them may take long, but not all.
         ULONGLONG shortest = ~0ULL;
         for (int i = 0; i < 5; ++i)
         {
             ScriptedFile file;
-            file.errors = c.errors;
+            file.errors = errors;
             const ULONGLONG start = GetTickCount64();
-            EXPECT_EQ(file.Open(L"x", FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, c.flags), -1);
+            EXPECT_EQ(file.Open(L"x", FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, flags), -1);
             shortest = std::min(shortest, GetTickCount64() - start);
             EXPECT_EQ(file.calls.size(), 3U);
-            EXPECT_EQ(file.GetErrorKind(), c.kind);
-            EXPECT_EQ(GetLastError(), c.errors[2]);
+            EXPECT_EQ(file.GetErrorKind(), kind);
+            EXPECT_EQ(GetLastError(), errors[2]);
         }
-        EXPECT_EQ(shortest >= 280, c.waits) << shortest;
+        EXPECT_EQ(shortest >= 280, waits) << shortest;
     }
 }
 
@@ -227,22 +214,6 @@ TEST_F(FileLock, HoldsUntilItIsGivenBack)
     EXPECT_FALSE(IsFree(1000, 1));
     file.Close(); // releases the remaining locks
     EXPECT_TRUE(IsFree(1000, 1));
-}
-
-TEST_F(FileLock, WaitsForTheOneWhoHasIt)
-{
-    Reader holder(_path, FileShare::ReadWrite), file(_path, FileShare::ReadWrite);
-    ASSERT_TRUE(holder.Lock(0, 1));
-    const ULONGLONG start = GetTickCount64();
-    std::thread release(
-        [&]
-        {
-            Sleep(300);
-            holder.Close();
-        });
-    EXPECT_TRUE(file.Lock(0, 1));
-    EXPECT_GE(GetTickCount64() - start, 200U);
-    release.join();
 }
 
 TEST(StreamLock, StreamWithoutLocksCountsAsLocked)

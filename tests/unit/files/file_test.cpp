@@ -25,16 +25,12 @@ namespace
 
 LARGE_INTEGER Distance(std::int64_t value)
 {
-    LARGE_INTEGER distance = {};
-    distance.QuadPart = value;
-    return distance;
+    return {.QuadPart = value};
 }
 
 ULARGE_INTEGER Large(std::uint64_t value)
 {
-    ULARGE_INTEGER large = {};
-    large.QuadPart = value;
-    return large;
+    return {.QuadPart = value};
 }
 
 // Fails from a given byte on, like a file that another process truncates in the meantime.

@@ -1,6 +1,5 @@
 #include "files/paths.h"
 
-#include "core/pattern/regex.h"
 #include "files/file_finder.h"
 #include "files/file_time.h"
 #include "files/folder_tokens.h"
@@ -15,6 +14,7 @@
 #include <cstdint>
 #include <set>
 #include <string>
+#include <tuple>
 
 using namespace qx;
 using namespace qxtest;
@@ -31,19 +31,6 @@ std::uint64_t CountedNumber()
     return nextNumber++;
 }
 
-// Creates a file with some bytes and a last write time several days ago.
-void MakeOldFile(const String& path, unsigned days)
-{
-    FILETIME now;
-    GetSystemTimeAsFileTime(&now);
-    const FILETIME then = FileTimeOf(UnitsOf(now) - 24 * kUnitsPerHour * days);
-    const HANDLE file = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-    DWORD written = 0;
-    WriteFile(file, "old", 3, &written, nullptr);
-    SetFileTime(file, nullptr, nullptr, &then);
-    CloseHandle(file);
-}
-
 String NumberedFile(const wchar_t* digits)
 {
     return GetTempFolder(true) + L"trelmo" + String(&PATH_SEPARATOR, 0, 1) + L"_23_old" + digits + L".tmp";
@@ -53,19 +40,19 @@ String NumberedFile(const wchar_t* digits)
 
 TEST(Paths, Parts)
 {
-    const struct
-    {
-        const wchar_t *path, *directory, *stem, *name, *extension;
-    } cases[] = {{L"/a/b.c/name.tar.gz", L"/a/b.c/", L"name.tar", L"name.tar.gz", L".gz"},
+    const std::tuple<const wchar_t*, const wchar_t*, const wchar_t*, const wchar_t*, const wchar_t*> cases[] = {
+        {L"/a/b.c/name.tar.gz", L"/a/b.c/", L"name.tar", L"name.tar.gz", L".gz"},
         {L"c:\\x\\name", L"c:\\x\\", L"name", L"name", L""}, {L"/a/b/", L"/a/b/", L"", L"", L""},
         {L"\\\\server\\share\\f.e", L"\\\\server\\share\\", L"f", L"f.e", L".e"}, {L"", L"", L"", L"", L""},
-        {L".hidden", L"", L"", L".hidden", L".hidden"}};
-    for (const auto& c : cases)
+        {L".hidden", L"", L"", L".hidden", L".hidden"}, {L"a/b\\c", L"a/b\\", L"c", L"c", L""},
+        {L"a.b/c", L"a.b/", L"c", L"c", L""}, {L"c:x", L"c:", L"x", L"x", L""}, {L"cc:x", L"", L"cc:x", L"cc:x", L""},
+        {L"ab/:c", L"ab/", L":c", L":c", L""}, {L"a/..", L"a/", L".", L"..", L"."}};
+    for (const auto& [path, directory, stem, name, extension] : cases)
     {
-        EXPECT_STREQ(GetPathDirectory(c.path).Text(), c.directory);
-        EXPECT_STREQ(GetPathStem(c.path).Text(), c.stem);
-        EXPECT_STREQ(GetPathName(c.path).Text(), c.name);
-        EXPECT_STREQ(GetPathExtension(c.path).Text(), c.extension);
+        EXPECT_STREQ(GetPathDirectory(path).Text(), directory);
+        EXPECT_STREQ(GetPathStem(path).Text(), stem);
+        EXPECT_STREQ(GetPathName(path).Text(), name);
+        EXPECT_STREQ(GetPathExtension(path).Text(), extension);
     }
     // A text that doesn't fit produces an empty result and no overrun.
     String longName;
@@ -77,16 +64,13 @@ TEST(Paths, Classes)
 {
     const String folder = temp.Path();
     const String file = temp.Make(L"classified", "");
-    const struct
-    {
-        String path;
-        PathClass expected;
-    } cases[] = {{L"lpt12:", PathClass::PrinterPort}, {L"COM3:", PathClass::SerialPort}, {L"LPT:", PathClass::Missing},
-        {L"usb:abc", PathClass::Usb}, {folder, PathClass::Folder}, {String(L"FILE:") + file, PathClass::File},
+    const std::pair<String, PathClass> cases[] = {{L"lpt12:", PathClass::PrinterPort},
+        {L"COM3:", PathClass::SerialPort}, {L"LPT:", PathClass::Missing}, {L"usb:abc", PathClass::Usb},
+        {folder, PathClass::Folder}, {String(L"FILE:") + file, PathClass::File},
         {String(L"file:") + folder, PathClass::Folder}, {file + L".no", PathClass::Missing},
         {L"FILE:", PathClass::Missing}};
-    for (const auto& c : cases)
-        EXPECT_EQ(ClassifyPath(c.path), c.expected) << ::testing::PrintToString(c.path.Text());
+    for (const auto& [path, expected] : cases)
+        EXPECT_EQ(ClassifyPath(path), expected) << ::testing::PrintToString(path.Text());
     EXPECT_TRUE(DeleteFileW(file));
 }
 
@@ -111,16 +95,12 @@ TEST(Paths, FolderTokens)
     String longValue;
     longValue.Fill(L'v', 700);
     const Variable token(L"QXUT_TEST_TOKEN", L"value"), longToken(L"QXUT_TEST_LONG", longValue);
-    const struct
-    {
-        const wchar_t* text;
-        String expanded;
-    } cases[] = {{L"plain", L"plain"}, {L"%QXUT_TEST_TOKEN%/x", L"value/x"},
+    const std::pair<const wchar_t*, String> cases[] = {{L"plain", L"plain"}, {L"%QXUT_TEST_TOKEN%/x", L"value/x"},
         {L"%Qxut My Folder 1%/x", L"/shell folder/x"}, {L"%qxut MY folder 1%", L"/shell folder"},
         {L"%NOSUCHTHING%/x", L"%NOSUCHTHING%/x"}, {L"%QXUT_TEST_LONG%%QXUT_TEST_TOKEN%", longValue + L"value"},
         {L"%", L"%"}, {L"%%", L"%%"}, {L"", L""}};
-    for (const auto& c : cases)
-        EXPECT_STREQ(ExpandFolderTokens(c.text).Text(), c.expanded.Text());
+    for (const auto& [text, expanded] : cases)
+        EXPECT_STREQ(ExpandFolderTokens(text).Text(), expanded.Text());
 }
 
 TEST(Paths, ListedAndLookedAt)
@@ -148,31 +128,6 @@ TEST(Paths, ListedAndLookedAt)
     EXPECT_TRUE(RemoveDirectoryW(folder + L"/sub"));
 }
 
-TEST(TempFiles, NamesAndPlaces)
-{
-    clsRegEx form(L"^_23_ZIP[0-9a-f]+\\.tmp$", 0);
-    for (const wchar_t* extension : {L"tmp", L".tmp"})
-    {
-        const String name = MakeTempFile(L"trelmo", L"ZIP", extension, nullptr);
-        EXPECT_TRUE(form.Match(GetPathName(name), nullptr)) << ::testing::PrintToString(name.Text());
-        EXPECT_STREQ(
-            GetPathDirectory(name).Text(), (GetTempFolder(true) + L"trelmo" + String(&PATH_SEPARATOR, 0, 1)).Text());
-        EXPECT_TRUE(DeleteFileW(name));
-    }
-}
-
-TEST(TempFiles, VanishWithTheirHandle)
-{
-    clsGenericHandleObjectAutoRelease holder;
-    const String name = MakeTempFile(L"trelmo", L"x", L"tmp", &holder);
-    EXPECT_TRUE(Exists(name));
-    holder.Release();
-    EXPECT_FALSE(Exists(name));
-
-    clsFileRWTemp file;
-    EXPECT_EQ(file.clsFile::Write("abc", 3), 3);
-}
-
 TEST(TempFiles, FallIntoTheTempFolderWithoutASubfolder)
 {
     const String obstacle = temp.Make(L"obstacle", "");
@@ -185,9 +140,13 @@ TEST(TempFiles, FallIntoTheTempFolderWithoutASubfolder)
 TEST(TempFiles, StaleOnesAreTakenOver)
 {
     DeleteFileW(MakeTempFile(L"trelmo", L"x", L"tmp", nullptr)); // creates the folder
-    MakeOldFile(NumberedFile(L"10"), 6);
-    MakeOldFile(NumberedFile(L"11"), 8);
-    MakeOldFile(NumberedFile(L"12"), 8);
+    FILETIME now;
+    GetSystemTimeAsFileTime(&now);
+    for (const auto& [digits, days] : {std::pair(L"10", 6), {L"11", 8}, {L"12", 8}})
+    {
+        MakeFile(NumberedFile(digits), "old");
+        SetWriteTime(NumberedFile(digits), FileTimeOf(UnitsOf(now) - 24 * kUnitsPerHour * static_cast<unsigned>(days)));
+    }
 
     // Six days are too recent.
     nextNumber = 0x10;

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <string>
+#include <tuple>
 
 using namespace qx;
 using qxtest::DebugLines;
@@ -40,15 +41,9 @@ TEST(UTFTypeOfFile, ByMarkZeroBytesAndContent)
     const String text = LongText();
     const std::string ascii(201, 'a');
     const std::string filler(190, 'x');
-    const struct
-    {
-        const char* what;
-        std::string bytes;
-        UTFType type;
-        std::int64_t position;
-    } cases[] = {{"empty", "", UTFType::Unknown, 0}, {"one byte", "\xFF", UTFType::Unknown, 0},
-        {"mark alone, little", "\xFF\xFE", UTFType::UTF16LE, 2}, {"mark alone, big", "\xFE\xFF", UTFType::UTF16BE, 2},
-        {"mark and a byte", "\xFF\xFE\x41", UTFType::UTF16LE, 2},
+    const std::tuple<const char*, std::string, UTFType, std::int64_t> cases[] = {{"empty", "", UTFType::Unknown, 0},
+        {"one byte", "\xFF", UTFType::Unknown, 0}, {"mark alone, little", "\xFF\xFE", UTFType::UTF16LE, 2},
+        {"mark alone, big", "\xFE\xFF", UTFType::UTF16BE, 2}, {"mark and a byte", "\xFF\xFE\x41", UTFType::UTF16LE, 2},
         {"mark alone, UTF-8", "\xEF\xBB\xBF", UTFType::UTF8, 3}, {"half a mark", "\xEF\xBB", UTFType::Unknown, 0},
         {"zero second", "a\0"s, UTFType::UTF16LE, 0}, {"zero first", "\0a"s, UTFType::UTF16BE, 0},
         {"two zeros", "\0\0"s, UTFType::Unknown, 0}, {"three bytes", "abc", UTFType::Unknown, 0},
@@ -59,12 +54,12 @@ TEST(UTFTypeOfFile, ByMarkZeroBytesAndContent)
         {"text without mark, little", UTF16LE(text.View()), UTFType::UTF16LE, 0},
         {"Latin 1", filler + "Gr\xFC\xDF"s + "e und mehr", UTFType::Unknown, 0}};
     const TempFolder folder;
-    for (const auto& c : cases)
+    for (const auto& [what, bytes, type, position] : cases)
     {
-        SCOPED_TRACE(c.what);
-        Reader file(folder.Make(L"text", c.bytes));
-        EXPECT_EQ(file.GetUTFType(), c.type);
-        EXPECT_EQ(file.Tell(), c.position);
+        SCOPED_TRACE(what);
+        Reader file(folder.Make(L"text", bytes));
+        EXPECT_EQ(file.GetUTFType(), type);
+        EXPECT_EQ(file.Tell(), position);
     }
 }
 

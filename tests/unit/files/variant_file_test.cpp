@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 namespace
 {
@@ -112,18 +113,13 @@ TEST(VariantFile, TextEndsAtAZero)
     text.bstrVal = SysAllocStringLen(L"a\0b", 3);
     EXPECT_EQ(Saved(text), "\x08\0a\0\0\0"sv);
 
-    constexpr struct
+    constexpr std::tuple<std::string_view, const wchar_t*, std::int64_t> kCases[] = {{"\x08\0a\0\0\0more"sv, L"a", 6},
+        {"\x08\0a\0b\0"sv, L"ab", 6}, {"\x08\0a\0b"sv, L"a", 5}, {"\x08\0"sv, L"", 2}, {"\x08\0a"sv, L"", 3}};
+    for (const auto& [bytes, expected, position] : kCases)
     {
-        std::string_view bytes;
-        const wchar_t* text;
-        std::int64_t position;
-    } kCases[] = {{"\x08\0a\0\0\0more"sv, L"a", 6}, {"\x08\0a\0b\0"sv, L"ab", 6}, {"\x08\0a\0b"sv, L"a", 5},
-        {"\x08\0"sv, L"", 2}, {"\x08\0a"sv, L"", 3}};
-    for (const auto& row : kCases)
-    {
-        const clsVariant value = Loaded(row.bytes, row.position);
+        const clsVariant value = Loaded(bytes, position);
         EXPECT_EQ(value.Type(), VT_BSTR);
-        EXPECT_STREQ(ToString(value), row.text);
+        EXPECT_STREQ(ToString(value), expected);
     }
     // Longer than one read block, between other values.
     String longText;

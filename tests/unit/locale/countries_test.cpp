@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <tuple>
 #include <utility>
 
 using namespace qx;
@@ -75,11 +76,7 @@ clsFakeSource Europe()
     return source;
 }
 
-struct Resolved
-{
-    const wchar_t* name;
-    LCID locale;
-};
+using Resolved = std::pair<const wchar_t*, LCID>;
 
 // Returns all data of a country: English and native name, ISO code, calling code, currency, code page.
 String Told(clsCountries& countries, const wchar_t* name)
@@ -105,8 +102,8 @@ TEST(Countries, AreFoundByEveryName)
         {L"gha", 2057}, {L"2057", 2057}, {L"0x0809", 2057}, {L"Republic of Ghana", 2057}, {L"en-GH", 2057},
         {L"Ghana", 0}, {L"Nowhere*66567", 1031}, // the number is truncated to 16 bits
         {L"AQ", 0}, {L"FR", 0}, {L"ML", 0}, {L"", 0}, {L"Germany*", 0}, {L"?", 0}};
-    for (const Resolved& row : kCases)
-        EXPECT_EQ(countries.Locale(row.name), row.locale) << testing::PrintToString(row.name);
+    for (const auto& [name, locale] : kCases)
+        EXPECT_EQ(countries.Locale(name), locale) << testing::PrintToString(name);
     EXPECT_EQ(source.loads, 1);
 }
 
@@ -170,33 +167,29 @@ TEST(Countries, Languages)
         {L"de-XX-YY", 7}, {L"hsb", 1070}, {L"hsb-XX", 0x2e}, {L"uz-UZ", 1091}, {L"uz-Latn-UZ", 1091}, {L"uz", 0x43},
         {L"ar", 1}, {L"en-gh", 2057}, {L"en", 9}, {L"de-nw", 1031}, {L"xx", 0}, {L"xx-DE", 0}, {L"-DE", 0}, {L"", 0},
         {L"Germany", 0}};
-    for (const Resolved& row : kCases)
-        EXPECT_EQ(countries.Language(row.name), row.locale) << testing::PrintToString(row.name);
+    for (const auto& [name, locale] : kCases)
+        EXPECT_EQ(countries.Language(name), locale) << testing::PrintToString(name);
 }
 
 // Only the values that the system doesn't provide are missing.
 TEST(Countries, WithoutSomeValues)
 {
-    struct Case
-    {
-        LCTYPE missing;
-        const wchar_t *name, *told;
-        LCID language; // of "de-AT"
-    };
-    constexpr Case kCases[] = {{LOCALE_SISO3166CTRYNAME, L"Austria", L", , , 0, , 0", 7},
+    // The missing type, a name, its data, the language of "de-AT".
+    constexpr std::tuple<LCTYPE, const wchar_t*, const wchar_t*, LCID> kCases[] = {
+        {LOCALE_SISO3166CTRYNAME, L"Austria", L", , , 0, , 0", 7},
         {LOCALE_SISO3166CTRYNAME, L"3079", L"Austria, , , 0, , 1252", 7},
         {LOCALE_SENGCOUNTRY, L"AT", L"Austria, , , 0, , 0", 7}, {LOCALE_SENGCOUNTRY, L"3079", L", , , 0, , 0", 7},
         {LOCALE_ICOUNTRY, L"43", L", , , 0, , 0", 3079},
         {LOCALE_ICOUNTRY, L"AUT", L"Austria, Österreich, AT, 0, €, 1252", 3079},
         {LOCALE_SNATIVECTRYNAME, L"Österreich", L", , , 0, , 0", 3079},
         {LOCALE_IDEFAULTANSICODEPAGE, L"AT", L"Austria, Österreich, AT, 43, €, 0", 3079}};
-    for (const Case& row : kCases)
+    for (const auto& [missing, name, told, language] : kCases)
     {
         clsFakeSource source = Europe();
-        source.values.erase({3079, row.missing});
+        source.values.erase({3079, missing});
         clsCountries countries(source, HostKind::Other);
-        EXPECT_STREQ(Told(countries, row.name), row.told) << row.missing;
-        EXPECT_EQ(countries.Language(L"de-AT"), row.language) << row.missing;
+        EXPECT_STREQ(Told(countries, name), told) << missing;
+        EXPECT_EQ(countries.Language(L"de-AT"), language) << missing;
     }
 
     // Without locale names the tag is composed of the codes, and a language alone is not a country name.

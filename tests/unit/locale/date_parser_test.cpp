@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <tuple>
 
 using namespace qx;
 using namespace qxtest;
@@ -17,18 +18,13 @@ namespace
 constexpr std::uint32_t kExpand = LOCDATE_EXPAND_YEAR, kReport = LOCDATE_REPORT_DEFAULT, kZero = LOCDATE_ZERO_MISSING,
                         kTime = LOCDATE_ALLOW_TIME_ONLY, kMark = LOCDATE_MARK_NO_TIME;
 
-struct DateText
-{
-    const wchar_t* text;
-    std::uint32_t flags;
-    const char* result;
-};
+using DateText = std::tuple<const wchar_t*, std::uint32_t, const char*>;
 
 void Check(const DateSettings& settings, std::initializer_list<DateText> cases)
 {
     clsDateParser parser(settings);
-    for (const DateText& row : cases)
-        EXPECT_EQ(Parsed(parser, row.text, row.flags), row.result) << String(row.text).NarrowText();
+    for (const auto& [text, flags, result] : cases)
+        EXPECT_EQ(Parsed(parser, text, flags), result) << String(text).NarrowText();
 }
 
 TEST(DateParser, Patterns)

@@ -18,15 +18,9 @@ using namespace qxtest;
 namespace
 {
 
-struct MachineText
-{
-    const wchar_t* text;
-    const char* result;
-};
-
 TEST(MachineDate, Forms)
 {
-    constexpr MachineText kCases[] = {{L"20180203", "2018-02-03 00:00:00"},
+    constexpr std::pair<const wchar_t*, const char*> kCases[] = {{L"20180203", "2018-02-03 00:00:00"},
         {L" 20180203040506 ", "2018-02-03 04:05:06"}, {L"2018", "2018-00-00 00:00:00"},
         {L"20189999", "2018-99-99 00:00:00"}, {L"3 apr 2018 10:00:00 EST", "2018-04-03 15:00:00"},
         {L"3 APR 2018 10:00:00", "2018-04-03 10:00:00"}, {L"31 Dec 2018 23:30:15  -0130", "2019-01-01 01:00:15"},
@@ -40,10 +34,10 @@ TEST(MachineDate, Forms)
         {L"2018-04-03T24:00:00+01:00", "2018-04-03 23:00:00"}, {L"2018-12-31T23:59:59-00:01x", "2019-01-01 00:00:59"},
         {L"2018-04-03+05", "2018-04-02 19:00:00"}, {L"2018-02-30T10:00:00+02:00", kNothing},
         {L"31 Foo 2018 10:00:00", kNothing}, {L"no date", kNothing}};
-    for (const MachineText& row : kCases)
+    for (const auto& [text, result] : kCases)
     {
-        const SYSTEMTIME time = ReadMachineDate(row.text);
-        EXPECT_EQ(Show(time), row.result) << String(row.text).NarrowText();
+        const SYSTEMTIME time = ReadMachineDate(text);
+        EXPECT_EQ(Show(time), result) << String(text).NarrowText();
         EXPECT_EQ(time.wMilliseconds, 0);
     }
     EXPECT_EQ(ReadMachineDate(L"20180203").wDayOfWeek, 0xFFFF);
@@ -140,14 +134,11 @@ TEST(TimeZoneRules, OfOneYearAndOfAll)
 TEST(EarlyDates, AreWrittenByTheLibrary)
 {
     const clsDate date(3, 2, 904);
-    constexpr struct
-    {
-        const wchar_t *format, *text;
-    } kCases[] = {{L"dd.MM.yyyy", L"03.02.0904"}, {L"d/M/yy", L"3/2/04"}, {L"D-MMM-Y", L"3-02-0904"},
-        {L"ddd yyy", L" 0904"}, {L"dDd|\"d \"\"M\"d", L"|d M3"}, {L"yyyy 'y'", L"0904 '0904'"},
-        {L"yyyyMMdd yyyyMMdd yyyyMMdd", L"09040203 09040203 0"}, {L"", L""}};
-    for (const auto& row : kCases)
-        EXPECT_STREQ(FormatEarlyDate(date, 0x0409, row.format, 19), row.text);
+    constexpr std::pair<const wchar_t*, const wchar_t*> kCases[] = {{L"dd.MM.yyyy", L"03.02.0904"},
+        {L"d/M/yy", L"3/2/04"}, {L"D-MMM-Y", L"3-02-0904"}, {L"ddd yyy", L" 0904"}, {L"dDd|\"d \"\"M\"d", L"|d M3"},
+        {L"yyyy 'y'", L"0904 '0904'"}, {L"yyyyMMdd yyyyMMdd yyyyMMdd", L"09040203 09040203 0"}, {L"", L""}};
+    for (const auto& [format, text] : kCases)
+        EXPECT_STREQ(FormatEarlyDate(date, 0x0409, format, 19), text);
     EXPECT_STREQ(FormatEarlyDate(date, 0x0409, nullptr, 19), L"2/3/0904");
 }
 

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace qx;
@@ -81,26 +82,20 @@ public:
 
 TEST(LateLoad, NamesAreTriedInTheirOrderUpToTheFirstThatIsThere)
 {
-    const struct
-    {
-        const wchar_t* library;
-        std::size_t skipped;
-        const wchar_t* name;
-        const char* answered;
-        std::vector<std::string> asked;
-    } cases[] = {{L"kernel32", 0, L"Foo", "none", {"Foo", "FooW", "_Foo@12", "_FooW@12"}},
+    const std::tuple<const wchar_t*, std::size_t, const wchar_t*, const char*, std::vector<std::string>> cases[] = {
+        {L"kernel32", 0, L"Foo", "none", {"Foo", "FooW", "_Foo@12", "_FooW@12"}},
         {L"kernel32", 0, L"p_Foo", "FooW", {"Foo", "FooW"}},
         {L"kernel32", 2, L"p_QxFoo", "none", {"Foo", "FooW", "_Foo@12", "_FooW@12"}},
         {L"SHELL32", 0, L"p_Foo", "none", {"FooW", "Foo", "_Foo@12", "_FooW@12"}},
         {L"kernel32", 9, L"Foo", "none", {"", "W", "_@12", "_W@12"}}};
-    for (const auto& c : cases)
+    for (const auto& [module, skipped, name, answered, asked] : cases)
     {
-        Library library(c.library, c.skipped);
+        Library library(module, skipped);
         library.PretendToBeLoaded();
-        answeredName = c.answered;
-        const bool isThere = std::string(c.answered) != "none";
-        EXPECT_EQ(StateAfterAsking(library, c.name, 12), isThere ? LateState::Valid : LateState::Missing);
-        EXPECT_EQ(askedNames, c.asked);
+        answeredName = answered;
+        const bool isThere = std::string(answered) != "none";
+        EXPECT_EQ(StateAfterAsking(library, name, 12), isThere ? LateState::Valid : LateState::Missing);
+        EXPECT_EQ(askedNames, asked);
     }
 }
 
@@ -135,15 +130,11 @@ TEST(LateLoad, AnswersAreKeptAndFailuresLoggedOnRequest)
 
 TEST(LateLoad, LibrariesOfLaterSystemsMayBeMissing)
 {
-    const struct
-    {
-        const wchar_t* name;
-        unsigned short version, generation;
-        bool expected;
-    } cases[] = {{L"DWMAPI", 0x0502, 0x0A00, true}, {L"dwmapi", 0x0600, 0x0502, false},
-        {L"ShCore", 0x0A00, 0x0602, true}, {L"shcore", 0x0502, 0x0603, false}, {L"gdi32", 0x0400, 0x0400, false}};
-    for (const auto& c : cases)
-        EXPECT_EQ(IsExpectedToBeMissing(c.name, c.version, c.generation), c.expected) << c.version;
+    const std::tuple<const wchar_t*, unsigned short, unsigned short, bool> cases[] = {{L"DWMAPI", 0x0502, 0x0A00, true},
+        {L"dwmapi", 0x0600, 0x0502, false}, {L"ShCore", 0x0A00, 0x0602, true}, {L"shcore", 0x0502, 0x0603, false},
+        {L"gdi32", 0x0400, 0x0400, false}};
+    for (const auto& [name, version, generation, expected] : cases)
+        EXPECT_EQ(IsExpectedToBeMissing(name, version, generation), expected) << version;
 }
 
 TEST_F(Siblings, TheFolderThatIsSetAndTheCopyThatIsThere)

@@ -167,11 +167,7 @@ String Describe(HMODULE module, const Bytes& block)
 TEST(ModuleImage, TheLastLanguageOfTheBlockWithTheNumberOneAlone)
 {
     EXPECT_EQ(LinkTimeOf(ImageWithBlock().Module()), 1'000'000'000u);
-    const struct
-    {
-        void (*change)(FakeImage&);
-        std::ptrdiff_t place;
-    } cases[] = {
+    const std::pair<void (*)(FakeImage&), std::ptrdiff_t> cases[] = {
         {[](FakeImage&) {}, 0x1700},
         {[](FakeImage& image) { image.Entry(0x100, 0, 2, kBelow | 0x200); }, -1},
         {[](FakeImage& image) { image.Directory(0x100, 0, 2); }, -1},
@@ -185,11 +181,12 @@ TEST(ModuleImage, TheLastLanguageOfTheBlockWithTheNumberOneAlone)
         {[](FakeImage& image) { image.Put<std::uint32_t>(0x3C, 0xFFFFFFF0); }, -1},
         {[](FakeImage& image) { image.Put(0, 'Z' | 'M' << 8); }, -1},
     };
-    for (const auto& c : cases)
+    int row = 0;
+    for (const auto& [change, place] : cases)
     {
         FakeImage image = ImageWithBlock();
-        c.change(image);
-        EXPECT_EQ(PlaceOfBlock(image), c.place) << &c - cases;
+        change(image);
+        EXPECT_EQ(PlaceOfBlock(image), place) << "row " << row++;
     }
     EXPECT_EQ(FindVersionBlock(nullptr), nullptr);
 

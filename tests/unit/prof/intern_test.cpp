@@ -1,12 +1,11 @@
 #include "core/text/text_hash.h"
 #include "module/module_paths.h"
 #include "prof/path.h"
+#include "support/own_settings.h"
 #include "unit/prof/job_support.h"
 
 #include <cstdint>
 #include <cstring>
-#include <map>
-#include <random>
 #include <set>
 #include <utility>
 #include <vector>
@@ -90,20 +89,16 @@ TEST(ProfIntern, ValuesThatRarelyRepeatStayOut)
 
 TEST(ProfIntern, SwitchInTheRegistry)
 {
-    HKEY key = nullptr;
-    RegCreateKeyExW(HKEY_CURRENT_USER, String(L"software\\trelmo\\trlmut\\") + ProcessBaseName(), 0, nullptr, 0,
-        KEY_ALL_ACCESS, nullptr, &key, nullptr);
+    const OwnSettings settings;
+    const String key = String(L"software\\trelmo\\trlmut\\") + ProcessBaseName();
+    EXPECT_TRUE(AreValuesShared(L"text") && AreNamesShared()) << "a missing value leaves it on";
     for (const wchar_t* value : {L"F", L"t", L"", L"T"})
     {
-        RegSetValueExW(key, L"ProfCacheEnabled", 0, REG_SZ, reinterpret_cast<const BYTE*>(value),
-            static_cast<DWORD>((wcslen(value) + 1) * sizeof(wchar_t)));
+        ASSERT_TRUE(settings.Set(HKEY_CURRENT_USER, L"ProfCacheEnabled", value, key));
         EXPECT_EQ(AreValuesShared(L"text"), *value == L'T') << String(value).NarrowText();
         EXPECT_EQ(AreNamesShared(), *value == L'T') << String(value).NarrowText();
         EXPECT_EQ(AreManyLongNamesLoaded(), *value == L'T') << "names that aren't shared count once for each value";
     }
-    RegDeleteValueW(key, L"ProfCacheEnabled");
-    RegCloseKey(key);
-    EXPECT_TRUE(AreValuesShared(L"text") && AreNamesShared()) << "a missing value leaves it on";
 }
 
 TEST(ProfIntern, ChangingAValueForEverTakesNoMemory)
@@ -156,39 +151,6 @@ TEST(ProfIntern, ValuesThatChangeTheirSizesWasteLittle)
         for (std::size_t i = 0; i < kItems; ++i)
             EXPECT_TRUE(FindLeafByPath(many->Root(), String::FromInt(static_cast<int>(i)))->Value() ==
                         std::wstring_view(text(first, 8, i).data(), 8));
-    }
-}
-
-// A shared value lives until the last item stops using it, in whatever order and way the items do so.
-TEST(ProfIntern, SharedValuesLiveWithTheirLastItem)
-{
-    const JobHolder job = NewJob();
-    std::mt19937 random(5);
-    std::map<int, int> model;
-    for (int step = 0; step < 50000; ++step)
-    {
-        const int name = static_cast<int>(random() % 40);
-        const int value = static_cast<int>(random() % 30);
-        const String path = String::FromInt(name);
-        const auto action = random() % 10;
-        if (action == 0)
-        {
-            RemoveByPath(job->Root(), path, ItemKind::Leaf);
-            model.erase(name);
-        }
-        else if (action < 6)
-        {
-            SetLeafByPath(job->Root(), path, String(String::kFormatted, L"value %d", value).View());
-            model[name] = value;
-        }
-        else if (const clsItem* leaf = FindLeafByPath(job->Root(), path))
-            SetLeafByPath(job->Root(), path, leaf->Value()); // the new value is the old value itself
-        if (step % 100 == 0)
-        {
-            for (const auto& [known, expected] : model)
-                ASSERT_STREQ(FindLeafByPath(job->Root(), String::FromInt(known))->ValueText(),
-                    String(String::kFormatted, L"value %d", expected).Text());
-        }
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <tuple>
 
 using namespace qx;
 using namespace qxtest;
@@ -26,23 +27,19 @@ struct CodePageScope
 
 TEST(ProfReader, EightBitTextByTheCodePage)
 {
-    const struct
-    {
-        unsigned codePage;
-        const char* bytes;
-        const wchar_t* tree;
-    } cases[] = {{1252, "[/]\ngr\xFC\xDF=\x80\n", L"gr\u00FC\u00DF=\u20AC;"},
+    const std::tuple<unsigned, const char*, const wchar_t*> cases[] = {
+        {1252, "[/]\ngr\xFC\xDF=\x80\n", L"gr\u00FC\u00DF=\u20AC;"},
         {1251, "[/]\n\xEF\xF0=\xFF\n", L"\u043F\u0440=\u044F;"},
         // The second byte of a character may be a syntax character, like 0x5B and 0x7D here.
         {932, "[/]\n\x83\x5B=\x83\x7D\n[\x83\x5B]\n", L"\u30BC=\u30DE;[\u30BC]{}"}};
-    for (const auto& test : cases)
+    for (const auto& [codePage, bytes, tree] : cases)
     {
-        const CodePageScope scope(test.codePage);
-        const MemoryStream stream(test.bytes);
+        const CodePageScope scope(codePage);
+        const MemoryStream stream(bytes);
         clsFileRO file(stream);
         const JobHolder job = NewJob();
         EXPECT_TRUE(job->Load(file));
-        EXPECT_STREQ(Tree(job->Root()), test.tree) << test.codePage;
+        EXPECT_STREQ(Tree(job->Root()), tree) << codePage;
     }
 }
 

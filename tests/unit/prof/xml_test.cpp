@@ -116,11 +116,9 @@ TEST(ProfXml, EveryByteThatIsWritten)
 
 TEST(ProfXml, WhatIsReadAndWhatIsRefused)
 {
-    const struct
-    {
-        std::wstring_view lines; // after the first line
-        String result;
-    } cases[] = {{L"<profile>\n<item name=\"a\">b</item>\n</profile>\n", L"a=b;"},
+    // The lines after the first one, and the result.
+    const std::pair<std::wstring_view, String> cases[] = {
+        {L"<profile>\n<item name=\"a\">b</item>\n</profile>\n", L"a=b;"},
         {L"<profile>\n<list name=\"l\">\n<item name=\"a\">b</item>\n", L"[l]{a=b;}"}, // missing ends are accepted
         {L"<PROFILE>\n<LIST name=\"l\">\n</List>\n<Item name=\"a\">b</item>\n</Profile>\nrest", L"[l]{}a=b;"},
         {L"<profile>\n<item xml:space=\"preserve\" name=\"a\" x='1'> b </item> rest\n", L"a= b ;"},
@@ -171,8 +169,8 @@ TEST(ProfXml, WhatIsReadAndWhatIsRefused)
         // form data after the head of the other form
         {L"<xfdf x>\n<field name=\"a\">\n<value>b</value>\n</field>\n</xfdf>\n", L"a=b;"},
         {L"<xfdf x>\ntext\n", LoadError(3, L"prof::xml::xfdf: bad format ('<' expected)")}};
-    for (const auto& test : cases)
-        EXPECT_STREQ(Loaded(XmlSource(test.lines)), test.result) << testing::PrintToString(test.lines);
+    for (const auto& [lines, result] : cases)
+        EXPECT_STREQ(Loaded(XmlSource(lines)), result) << testing::PrintToString(lines);
 
     // The same in 8 bits, and in a stream object, whose first line isn't the root's.
     EXPECT_STREQ(Loaded("\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-16\" standalone=\"yes\"?>\n<profile>\n"
@@ -213,14 +211,12 @@ TEST(ProfXfdf, EveryByteThatIsWritten)
 TEST(ProfXfdf, WhatIsReadAndWhatIsRefused)
 {
     const std::string tag = std::string(kXfdfTag);
-    const struct
-    {
-        std::string lines; // after the head
-        String result;
-    } cases[] = {{tag + "<fields>\n<field name=\"a\">\n<field "
-                        "name=\"b\">\n<value>c</value>\n</field>\n<value>d</value>\n</field>\n"
-                        "<value>e</value>\n</fields>\n</xfdf>\nrest\n",
-                     L"a.b=c;a=d;=e;"},
+    // The lines after the head, and the result.
+    const std::pair<std::string, String> cases[] = {
+        {tag + "<fields>\n<field name=\"a\">\n<field "
+               "name=\"b\">\n<value>c</value>\n</field>\n<value>d</value>\n</field>\n"
+               "<value>e</value>\n</fields>\n</xfdf>\nrest\n",
+            L"a.b=c;a=d;=e;"},
         {tag + "<FIELD name=\"\">\n<Field name=\"&quot;&#252;\">\n<VALUE> a&lt;b "
                "</value>\n</FIELD>\n</field>\n</field>\n",
             L".\"\xFC= a<b ;"},
@@ -245,8 +241,8 @@ TEST(ProfXfdf, WhatIsReadAndWhatIsRefused)
         {tag + "<field name=\"a>\n", LoadError(3, L"prof::xml::field: name unfinished")},
         {tag + "<field name=\"a\">\n<value>1</value>\n<value>2\n3\n",
             LoadError(6, L"prof::xml::value: bad format (missing next line)", L"a=1;")}};
-    for (const auto& test : cases)
-        EXPECT_STREQ(Loaded(XfdfSource(test.lines)), test.result) << test.lines;
+    for (const auto& [lines, result] : cases)
+        EXPECT_STREQ(Loaded(XfdfSource(lines)), result) << lines;
 }
 
 // Sequences that are unterminated or unknown. If each caused a search to the end of the text, this would take hours.

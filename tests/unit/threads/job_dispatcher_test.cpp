@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 using namespace qx;
@@ -51,15 +52,10 @@ protected:
 
 TEST(Workers, HowMany)
 {
-    constexpr struct
-    {
-        unsigned wanted, processors;
-        int dispatchers;
-        unsigned expected;
-    } kCases[] = {{0, 1, 1, 1}, {0, 2, 1, 1}, {0, 8, 10, 7}, {0, 8, 11, 2}, {0, 2, 11, 1}, {5, 1, 10, 5}, {5, 1, 11, 2},
-        {1, 8, 11, 1}};
-    for (const auto& c : kCases)
-        EXPECT_EQ(MaximumWorkers(c.wanted, c.processors, c.dispatchers), c.expected);
+    constexpr std::tuple<unsigned, unsigned, int, unsigned> kCases[] = {{0, 1, 1, 1}, {0, 2, 1, 1}, {0, 8, 10, 7},
+        {0, 8, 11, 2}, {0, 2, 11, 1}, {5, 1, 10, 5}, {5, 1, 11, 2}, {1, 8, 11, 1}};
+    for (const auto& [wanted, processors, dispatchers, expected] : kCases)
+        EXPECT_EQ(MaximumWorkers(wanted, processors, dispatchers), expected);
     EXPECT_GE(ProcessorCount(), 1u);
 
     std::vector<std::unique_ptr<Dispatcher>> pools;

@@ -69,10 +69,8 @@ protected:
     String Make(const wchar_t* name, std::uint64_t age) const
     {
         String path = InFolder(name);
-        const HANDLE file = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-        const FILETIME written = FileTimeOf(clock.utc - age);
-        SetFileTime(file, nullptr, nullptr, &written);
-        CloseHandle(file);
+        MakeFile(path, "");
+        SetWriteTime(path, FileTimeOf(clock.utc - age));
         return path;
     }
 

@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <memory>
 #include <set>
+#include <tuple>
 
 using namespace qx;
 using namespace qxtest;
@@ -55,12 +56,6 @@ FILETIME TimeOf(WORD year, WORD month, WORD day, WORD hour, WORD minute, WORD se
     FILETIME result{};
     EXPECT_TRUE(SystemTimeToFileTime(&time, &result));
     return result;
-}
-
-void SetWriteTime(const String& path, const FILETIME& time)
-{
-    clsFileRW file(path, FileAccess::ReadWrite, FileDisposition::OpenExisting, FileShare::None, kFileData);
-    EXPECT_TRUE(SetFileTime(file.GetHandle(), nullptr, nullptr, &time));
 }
 
 // Returns the DOS time stamp of a time in the user's zone.
@@ -127,18 +122,15 @@ TEST(ZIPFile, WithoutEntries)
 
 TEST(ZIPNames, DriveAndServerGo)
 {
-    const struct
-    {
-        const wchar_t *path, *given, *stored;
-    } cases[] = {{L"C:\\dir\\a.txt", L"", L"/dir/a.txt"}, {L"c:a.txt", L"", L"a.txt"}, {L"c:", L"", L""},
-        {L"C:\\dir\\a.txt", L"sub\\a.txt", L"sub/a.txt"}, {L"C:\\dir\\a.txt", L"z:\\b", L"/b"},
-        {L"\\\\server\\share\\a", L"", L"/share/a"}, {L"x", L"\\\\server\\share\\sub\\a", L"/share/sub/a"},
-        {L"\\\\server", L"", L"//server"}, {L"//server/share/a", L"", L"//server/share/a"}, {L"\\a\\b", L"", L"/a/b"},
-        {L"dir\\c:\\a", L"", L"dir/c:/a"}, {L"1:\\a", L"", L"1:/a"}, {L"/home/a.txt", L"", L"/home/a.txt"},
-        {L"a\\b//c\\", L"", L"a/b//c/"}};
-    for (const auto& test : cases)
-        EXPECT_STREQ(StoredNameOf(test.path, test.given), test.stored)
-            << String(test.path).NarrowText() << ' ' << String(test.given).NarrowText();
+    const std::tuple<const wchar_t*, const wchar_t*, const wchar_t*> cases[] = {{L"C:\\dir\\a.txt", L"", L"/dir/a.txt"},
+        {L"c:a.txt", L"", L"a.txt"}, {L"c:", L"", L""}, {L"C:\\dir\\a.txt", L"sub\\a.txt", L"sub/a.txt"},
+        {L"C:\\dir\\a.txt", L"z:\\b", L"/b"}, {L"\\\\server\\share\\a", L"", L"/share/a"},
+        {L"x", L"\\\\server\\share\\sub\\a", L"/share/sub/a"}, {L"\\\\server", L"", L"//server"},
+        {L"//server/share/a", L"", L"//server/share/a"}, {L"\\a\\b", L"", L"/a/b"}, {L"dir\\c:\\a", L"", L"dir/c:/a"},
+        {L"1:\\a", L"", L"1:/a"}, {L"/home/a.txt", L"", L"/home/a.txt"}, {L"a\\b//c\\", L"", L"a/b//c/"}};
+    for (const auto& [path, given, stored] : cases)
+        EXPECT_STREQ(StoredNameOf(path, given), stored)
+            << String(path).NarrowText() << ' ' << String(given).NarrowText();
 }
 
 TEST(ZIPFile, EncodingOfNameAndComment)
@@ -248,22 +240,18 @@ TEST(ZIPFile, Lists)
     const std::filesystem::path root = NativePath(folder.Path()) / "tree";
     MakeTree(root);
     const String base = folder.Path(L"tree");
-    const struct
-    {
-        const wchar_t* pattern;
-        std::uint32_t flags;
-        std::set<Bytes> names;
-    } cases[] = {{L"*.*", 0, {"top.log", "top.txt"}}, {L"*.log", 0, {"top.log"}}, {L"*.none", 0, {}},
+    const std::tuple<const wchar_t*, std::uint32_t, std::set<Bytes>> cases[] = {{L"*.*", 0, {"top.log", "top.txt"}},
+        {L"*.log", 0, {"top.log"}}, {L"*.none", 0, {}},
         {L"*.log", clsZIPFile::kSubfolders, {"top.log", "x/", "x/a.log", "x/b.txt", "x/deep/", "x/deep/c", "empty/"}},
         {L"*.*", 0xFFFFFFFF, {"top.log", "top.txt", "x/", "x/a.log", "x/b.txt", "x/deep/", "x/deep/c", "empty/"}}};
     const String path = folder.Path(L"x.zip");
-    for (const auto& test : cases)
+    for (const auto& [pattern, flags, names] : cases)
         for (const wchar_t* separator : {L"", L"\\", L"/"})
         {
             auto file = std::make_unique<clsZIPFile>(path, L"");
-            file->AddList(base + separator, String(), test.pattern, test.flags);
+            file->AddList(base + separator, String(), pattern, flags);
             const std::vector<ZIPEntry> entries = Closed(std::move(file), path);
-            EXPECT_EQ(NamesOf(entries), test.names);
+            EXPECT_EQ(NamesOf(entries), names);
             std::set<Bytes> folders{""};
             for (const ZIPEntry& entry : entries)
             {
