@@ -1,5 +1,5 @@
 // Unpacking of arbitrary text, including wrong sizes. The result must survive packing and unpacking, and must not be
-// larger than the text can represent.
+// larger than the text can represent. What strict unpacking accepts must be the same.
 #include "files/packed_text.h"
 #include "core/text/string.h"
 #include "files/file.h"
@@ -8,6 +8,7 @@
 
 #include <objbase.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -37,7 +38,7 @@ clsAutoRelease<IStream*> NewStream()
     return stream;
 }
 
-std::vector<std::uint8_t> Unpacked(const String& text, const String& key)
+std::vector<std::uint8_t> BytesOf(const String& text, const String& key)
 {
     const clsAutoRelease<IStream*> stream = NewStream();
     clsFileRW file(stream.Get());
@@ -65,13 +66,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const String key(data[0] & 1 ? L"key" : L"");
     std::vector<wchar_t> text(data + 1, data + size);
     text.push_back(0);
-    const std::vector<std::uint8_t> bytes = Unpacked(String(text.data()), key);
+    const std::vector<std::uint8_t> bytes = BytesOf(String(text.data()), key);
     if (bytes.size() > size * kMostGrowth)
+        std::abort();
+    const Unpacked strict = UnpackStrictly(String(text.data()).View(), key);
+    const bool hasSpace = std::any_of(text.begin(), text.end(), [](wchar_t c) { return c <= L' ' && c != 0; });
+    if (strict.fault == UnpackFault::None && !hasSpace &&
+        !std::equal(bytes.begin(), bytes.end(), strict.data.data(), strict.data.data() + strict.data.size()))
         std::abort();
     const bool compress = (data[0] & 2) != 0;
     // Encrypted images of 8 to 11 bytes are too short to be decrypted.
     const bool comesBack = compress || key.Length() == 0 || bytes.size() < 8 || bytes.size() > 11;
-    if (!bytes.empty() && comesBack && Unpacked(Packed(bytes, compress, key), key) != bytes)
+    if (!bytes.empty() && comesBack && BytesOf(Packed(bytes, compress, key), key) != bytes)
         std::abort();
     return 0;
 }

@@ -3,9 +3,15 @@
  * Call order: open a pool, add jobs, finalize the pool on the thread that owns the results, close the pool. Adding and
  * finalizing may be repeated. Any thread may add jobs, including jobs and hosts themselves; any thread may abort.
  *
- * A job, a host or any other callback of this library may end its thread (pthread_exit, pthread_cancel) on Linux: the
- * stack is unwound, locks and memory are released, and the job counts as done. QueryInterface, AddRef and Release must
- * not do so. On Windows the end of a thread doesn't unwind the stack, so a callback must not end its thread.
+ * A job, a host or any other callback of this library may end its thread on Linux (pthread_exit, or pthread_cancel of a
+ * thread that waits inside the callback): the stack is unwound, locks and memory are released, and the job counts as
+ * done. QueryInterface, AddRef and Release must not do so, and a thread must not be cancelled while the library itself
+ * runs on it: a destructor that reaches a cancellation point ends the process. Threads that may be cancelled at any
+ * moment call pthread_setcancelstate around calls of this library. On Windows the end of a thread doesn't unwind the
+ * stack, so a callback must not end its thread.
+ *
+ * A child process made by fork() has the pool but none of its workers. Queued jobs run on new workers or in
+ * UtilThreadPoolFinalize. Jobs that were running on a worker are released without a report.
  *
  * Jobs and hosts are COM objects implemented by the caller. Their interfaces are declared here with their memory
  * layout, so that callers don't need the system's headers. A class that implements them may implement interfaces of the

@@ -254,7 +254,14 @@ QXUT_API void ProfAppendStringW(HPROFJOB job, HPROFLIST list, const QXWCHAR* pat
 
 /* ---- Embedded files ----
    Binary contents stored as a value: packed text (see convert.h), compressed, and encrypted with the pass phrase `key`.
-   An empty or null key means no encryption. A wrong key is not detected; it produces different bytes.
+   An empty or null key means no encryption. A wrong key is not detected; it produces different bytes
+   (QxProfExtractFiles detects it). The cipher, Blowfish without chaining, hides the contents from casual readers; don't
+   rely on it for more.
+
+   The cipher uses the first 72 bytes of the key's form in the process's default code page. A character that the code
+   page can't represent becomes a substitute such as "?", so that keys which differ only in such characters open the
+   same file; a warning is logged. QxIsPassPhraseExact (packed_text.h) finds such keys. The library erases its own
+   copies of a key from memory before a function returns.
 
    A set of files is stored as lists named "File.Entry", one for each file, each with the leaves "Name" (the file name
    without its folder) and "Contents" (the packed text). */

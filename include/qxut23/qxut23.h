@@ -15,9 +15,11 @@
 #include <qxut23/jobs.h>
 #include <qxut23/markup.h>
 #include <qxut23/module.h>
+#include <qxut23/packed_text.h>
 #include <qxut23/page_text.h>
 #include <qxut23/paths.h>
 #include <qxut23/profile.h>
+#include <qxut23/profile_files.h>
 #include <qxut23/profile_source.h>
 #include <qxut23/profile_values.h>
 #include <qxut23/strings.h>

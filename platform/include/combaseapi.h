@@ -1,12 +1,9 @@
-// COM initialisation of threads, task memory, streams on global memory.
+// Task memory, streams on global memory.
 #pragma once
 
 #include <objidl.h>
 
 EXTERN_C_START
-
-HRESULT WINAPI CoInitializeEx(LPVOID reserved, DWORD model) QXP(CoInitializeEx);
-void WINAPI CoUninitialize(void) QXP(CoUninitialize);
 
 LPVOID WINAPI CoTaskMemAlloc(SIZE_T size) QXP(CoTaskMemAlloc);
 void WINAPI CoTaskMemFree(LPVOID memory) QXP(CoTaskMemFree);

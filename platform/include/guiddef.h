@@ -34,7 +34,6 @@ typedef FMTID* LPFMTID;
 #endif
 
 EXTERN_C const GUID GUID_NULL QXP(GUID_NULL);
-#define IID_NULL GUID_NULL
 #define CLSID_NULL GUID_NULL
 
 #ifdef __cplusplus
@@ -54,4 +53,3 @@ inline bool operator!=(REFGUID left, REFGUID right)
 #define IsEqualGUID(left, right) (memcmp((left), (right), sizeof(GUID)) == 0)
 #endif
 #define IsEqualIID(left, right) IsEqualGUID(left, right)
-#define IsEqualCLSID(left, right) IsEqualGUID(left, right)

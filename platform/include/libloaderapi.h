@@ -33,11 +33,6 @@ BOOL WINAPI EnumResourceNamesW(HMODULE hModule, LPCWSTR lpType, ENUMRESNAMEPROCW
     QXP(EnumResourceNamesW);
 BOOL WINAPI EnumResourceLanguagesW(HMODULE hModule, LPCWSTR lpType, LPCWSTR lpName, ENUMRESLANGPROCW lpEnumFunc,
     LONG_PTR lParam) QXP(EnumResourceLanguagesW);
-#define FindResourceEx FindResourceExW
-#define FindResource FindResourceW
-#define LoadString LoadStringW
 #define EnumResourceTypes EnumResourceTypesW
-#define EnumResourceNames EnumResourceNamesW
-#define EnumResourceLanguages EnumResourceLanguagesW
 
 EXTERN_C_END

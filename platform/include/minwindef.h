@@ -23,17 +23,13 @@
 
 #define WINAPI
 #define CALLBACK
-#define APIENTRY WINAPI
 #define NTAPI
-#define STDAPICALLTYPE
 #define STDMETHODCALLTYPE
 #define __stdcall
 #define __cdecl
 
-#define CONST const
 #define VOID void
 #define IN
-#define OUT
 #define FALSE 0
 #define TRUE 1
 #define MAX_PATH 260
@@ -176,13 +172,6 @@ typedef struct _GUID
     WORD Data3;
     BYTE Data4[8];
 } GUID, IID, CLSID;
-
-#define LOWORD(l) ((WORD)((DWORD_PTR)(l)&0xffff))
-#define HIWORD(l) ((WORD)(((DWORD_PTR)(l) >> 16) & 0xffff))
-#define LOBYTE(w) ((BYTE)((DWORD_PTR)(w)&0xff))
-#define HIBYTE(w) ((BYTE)(((DWORD_PTR)(w) >> 8) & 0xff))
-#define MAKELONG(a, b) ((LONG)(((WORD)((DWORD_PTR)(a)&0xffff)) | ((DWORD)((WORD)((DWORD_PTR)(b)&0xffff))) << 16))
-#define MAKEWORD(a, b) ((WORD)(((BYTE)((DWORD_PTR)(a)&0xff)) | ((WORD)((BYTE)((DWORD_PTR)(b)&0xff))) << 8))
 
 #ifdef __cplusplus
 static_assert(sizeof(WCHAR) == 2);

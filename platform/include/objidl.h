@@ -5,7 +5,6 @@
 
 EXTERN_C const IID IID_ISequentialStream QXP(IID_ISequentialStream);
 EXTERN_C const IID IID_IStream QXP(IID_IStream);
-EXTERN_C const IID IID_IEnumSTATSTG QXP(IID_IEnumSTATSTG);
 EXTERN_C const IID IID_IStorage QXP(IID_IStorage);
 EXTERN_C const IID IID_IMarshal QXP(IID_IMarshal);
 

@@ -42,7 +42,6 @@ INT WINAPI VariantTimeToSystemTime(DOUBLE vtime, LPSYSTEMTIME lpSystemTime) QXP(
 SAFEARRAY* WINAPI SafeArrayCreate(VARTYPE vt, UINT cDims, SAFEARRAYBOUND* rgsabound) QXP(SafeArrayCreate);
 SAFEARRAY* WINAPI SafeArrayCreateVector(VARTYPE vt, LONG lLbound, ULONG cElements) QXP(SafeArrayCreateVector);
 HRESULT WINAPI SafeArrayDestroy(SAFEARRAY* psa) QXP(SafeArrayDestroy);
-HRESULT WINAPI SafeArrayCopy(SAFEARRAY* psa, SAFEARRAY** ppsaOut) QXP(SafeArrayCopy);
 HRESULT WINAPI SafeArrayLock(SAFEARRAY* psa) QXP(SafeArrayLock);
 HRESULT WINAPI SafeArrayUnlock(SAFEARRAY* psa) QXP(SafeArrayUnlock);
 HRESULT WINAPI SafeArrayAccessData(SAFEARRAY* psa, void** ppvData) QXP(SafeArrayAccessData);

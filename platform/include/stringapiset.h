@@ -19,6 +19,5 @@ int WINAPI WideCharToMultiByte(UINT CodePage, DWORD dwFlags, LPCWSTR lpWideCharS
 typedef const WCHAR* PCNZWCH;
 int WINAPI CompareStringW(LCID Locale, DWORD dwCmpFlags, PCNZWCH lpString1, int cchCount1, PCNZWCH lpString2,
     int cchCount2) QXP(CompareStringW);
-#define CompareString CompareStringW
 
 EXTERN_C_END

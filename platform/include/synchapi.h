@@ -23,7 +23,6 @@ HANDLE WINAPI CreateEventW(
     LPSECURITY_ATTRIBUTES lpEventAttributes, BOOL bManualReset, BOOL bInitialState, LPCWSTR lpName) QXP(CreateEventW);
 BOOL WINAPI SetEvent(HANDLE hEvent) QXP(SetEvent);
 BOOL WINAPI ResetEvent(HANDLE hEvent) QXP(ResetEvent);
-#define CreateEvent CreateEventW
 
 DWORD WINAPI WaitForSingleObject(HANDLE hHandle, DWORD dwMilliseconds) QXP(WaitForSingleObject);
 DWORD WINAPI WaitForMultipleObjects(DWORD nCount, const HANDLE* lpHandles, BOOL bWaitAll, DWORD dwMilliseconds)

@@ -98,7 +98,6 @@ DWORD WINAPI GetDllDirectoryW(DWORD nBufferLength, LPWSTR lpBuffer) QXP(GetDllDi
 BOOL WINAPI SetDllDirectoryW(LPCWSTR lpPathName) QXP(SetDllDirectoryW);
 BOOL WINAPI GetUserNameW(LPWSTR lpBuffer, LPDWORD pcbBuffer) QXP(GetUserNameW);
 
-BOOL WINAPI IsBadReadPtr(const void* lp, UINT_PTR ucb) QXP(IsBadReadPtr);
 BOOL WINAPI IsBadStringPtrW(LPCWSTR lpsz, UINT_PTR ucchMax) QXP(IsBadStringPtrW);
 
 HGLOBAL WINAPI GlobalAlloc(UINT flags, SIZE_T size) QXP(GlobalAlloc);

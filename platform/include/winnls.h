@@ -12,8 +12,6 @@ EXTERN_C_START
 #define CP_UTF8 65001
 
 #define LOCALE_NAME_USER_DEFAULT NULL
-#define LOCALE_NAME_INVARIANT TEXT("")
-#define LOCALE_NAME_SYSTEM_DEFAULT TEXT("!x-sys-default-locale")
 
 #define LCMAP_LOWERCASE 0x00000100
 #define LCMAP_UPPERCASE 0x00000200
@@ -147,20 +145,13 @@ int WINAPI LCMapStringEx(LPCWSTR lpLocaleName, DWORD dwMapFlags, LPCWSTR lpSrcSt
 LCID WINAPI GetUserDefaultLCID(void) QXP(GetUserDefaultLCID);
 LANGID WINAPI GetUserDefaultLangID(void) QXP(GetUserDefaultLangID);
 LANGID WINAPI GetUserDefaultUILanguage(void) QXP(GetUserDefaultUILanguage);
-LCID WINAPI GetSystemDefaultLCID(void) QXP(GetSystemDefaultLCID);
-LANGID WINAPI GetSystemDefaultLangID(void) QXP(GetSystemDefaultLangID);
 LCID WINAPI GetThreadLocale(void) QXP(GetThreadLocale);
 int WINAPI LCIDToLocaleName(LCID Locale, LPWSTR lpName, int cchName, DWORD dwFlags) QXP(LCIDToLocaleName);
-LCID WINAPI LocaleNameToLCID(LPCWSTR lpName, DWORD dwFlags) QXP(LocaleNameToLCID);
 int WINAPI GetLocaleInfoW(LCID Locale, LCTYPE LCType, LPWSTR lpLCData, int cchData) QXP(GetLocaleInfoW);
-#define GetLocaleInfo GetLocaleInfoW
 BOOL WINAPI EnumSystemLocalesW(LOCALE_ENUMPROCW lpLocaleEnumProc, DWORD dwFlags) QXP(EnumSystemLocalesW);
 BOOL WINAPI EnumSystemLanguageGroupsW(LANGUAGEGROUP_ENUMPROCW lpLanguageGroupEnumProc, DWORD dwFlags, LONG_PTR lParam)
     QXP(EnumSystemLanguageGroupsW);
 BOOL WINAPI EnumLanguageGroupLocalesW(LANGGROUPLOCALE_ENUMPROCW lpLangGroupLocaleEnumProc, LGRPID LanguageGroup,
     DWORD dwFlags, LONG_PTR lParam) QXP(EnumLanguageGroupLocalesW);
-#define EnumSystemLocales EnumSystemLocalesW
-#define EnumSystemLanguageGroups EnumSystemLanguageGroupsW
-#define EnumLanguageGroupLocales EnumLanguageGroupLocalesW
 
 EXTERN_C_END

@@ -7,7 +7,6 @@
 typedef WCHAR OLECHAR;
 typedef OLECHAR* LPOLESTR;
 typedef const OLECHAR* LPCOLESTR;
-#define OLESTR(text) L##text
 
 // A string preceded by its length in bytes as a 32-bit number.
 typedef OLECHAR* BSTR;

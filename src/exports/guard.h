@@ -17,13 +17,15 @@ namespace qx
 // Keeps exceptions from crossing the boundary of the library. Every exported function runs its work in Guarded. An
 // exception is logged, the last error is set according to its kind, and the caller gets `failure`.
 //
-// A callback may end its thread with pthread_exit, and the thread may be cancelled inside the callback. The runtime
+// A callback may end its thread with pthread_exit, or be cancelled where it waits. The runtime
 // library then unwinds the stack with an exception of its own, and aborts the process if a function swallows that
 // exception. Guarded lets it pass, so that destructors release locks and memory.
 //
 //     int UtilSomething(...) { return Guarded(-1, [&] { return Something(...); }); }
+//
+// The runtime library's exception has no object, which the sanitizer would report.
 template <class Failure, class Work>
-auto Guarded(Failure failure, Work work) -> decltype(work())
+__attribute__((no_sanitize("null"))) auto Guarded(Failure failure, Work work) -> decltype(work())
 {
     try
     {

@@ -14,10 +14,16 @@
 namespace qx
 {
 
-// NarrowForm<ProfGetStringW>::Call takes the arguments of ProfGetStringA. `const wchar_t*` becomes `const char*`.
-// `wchar_t*` becomes `char*`; the next argument must be the size of the buffer. A callback becomes a callback with
-// 8-bit texts; the next argument must be its context. Null stays null, and all other arguments are passed on unchanged.
-// `Failed` is the result if memory for a conversion runs out.
+// A text argument that is secret. What an 8-bit form converts of it is erased after the call.
+struct scSecretText
+{
+    const wchar_t* text;
+};
+
+// NarrowForm<ProfGetStringW>::Call takes the arguments of ProfGetStringA. `const wchar_t*` becomes `const char*`,
+// and so does `scSecretText`. `wchar_t*` becomes `char*`; the next argument must be the size of the buffer. A callback
+// becomes a callback with 8-bit texts; the next argument must be its context. Null stays null, and all other arguments
+// are passed on unchanged. `Failed` is the result if memory for a conversion runs out.
 template <auto Wide, auto Failed = nullptr>
 struct NarrowForm;
 
@@ -29,6 +35,12 @@ struct NarrowType
 
 template <>
 struct NarrowType<const wchar_t*>
+{
+    using Type = const char*;
+};
+
+template <>
+struct NarrowType<scSecretText>
 {
     using Type = const char*;
 };
@@ -83,6 +95,29 @@ public:
             _text.emplace(place.Value());
     }
     const wchar_t* Wide() { return _text ? _text->GetWide() : nullptr; }
+
+private:
+    std::optional<clsCharsetConversionString> _text;
+};
+
+template <>
+class clsNarrowArgument<scSecretText>
+{
+public:
+    template <std::size_t Index, class Arguments>
+    explicit clsNarrowArgument(scArgumentPlace<Index, Arguments> place)
+    {
+        if (place.Value() != nullptr)
+            _text.emplace(place.Value());
+    }
+    clsNarrowArgument(const clsNarrowArgument&) = delete;
+    clsNarrowArgument& operator=(const clsNarrowArgument&) = delete;
+    ~clsNarrowArgument()
+    {
+        if (_text)
+            _text->Wipe();
+    }
+    scSecretText Wide() { return {_text ? _text->GetWide() : nullptr}; }
 
 private:
     std::optional<clsCharsetConversionString> _text;

@@ -1,6 +1,7 @@
 // clsFile::Stat, the properties of a file object as a stream.
 #include "files/file.h"
 
+#include "files/paths.h"
 #include "files/trace_frame.h"
 
 #include <combaseapi.h>
@@ -14,33 +15,6 @@ namespace
 {
 
 constexpr HRESULT kNoAttributes = 2;
-
-// Reads the folder entry, which has the same values, for files that can't be queried, for example because they are open
-// without sharing.
-bool ReadFolderEntry(const wchar_t* name, WIN32_FILE_ATTRIBUTE_DATA& attributes)
-{
-    WIN32_FIND_DATAW found = {};
-    const HANDLE search = FindFirstFileW(name, &found);
-    if (search == INVALID_HANDLE_VALUE)
-    {
-        return false;
-    }
-    FindClose(search);
-    attributes.ftLastWriteTime = found.ftLastWriteTime;
-    attributes.ftCreationTime = found.ftCreationTime;
-    attributes.ftLastAccessTime = found.ftLastAccessTime;
-    return true;
-}
-
-bool ReadAttributes(const wchar_t* name, WIN32_FILE_ATTRIBUTE_DATA& attributes)
-{
-    if (GetFileAttributesExW(name, GetFileExInfoStandard, &attributes))
-    {
-        return true;
-    }
-    const DWORD error = GetLastError();
-    return error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND && ReadFolderEntry(name, attributes);
-}
 
 // Returns null if memory runs out. The record is valid without the name.
 wchar_t* CopyForCaller(const String& text)
@@ -69,7 +43,7 @@ HRESULT clsFile::Stat(STATSTG* record, DWORD flag)
     }
     *record = {};
     WIN32_FILE_ATTRIBUTE_DATA attributes = {};
-    if (!ReadAttributes(_name.Text(), attributes))
+    if (!GetFileData(_name, attributes))
     {
         return frame.End(kNoAttributes);
     }

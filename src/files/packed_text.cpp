@@ -7,9 +7,13 @@
 #include "files/file.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace qx
 {
@@ -88,31 +92,45 @@ struct ZlibPart
     bool IsLie() const { return size > length * kMaxExpansion; }
 };
 
-// Returns true if the stream contains exactly `part.size` bytes. `target` must have room for them.
-bool InflateTo(unsigned char* target, const ZlibPart& part)
+// Returns the number of bytes after the stream, or nothing if the stream doesn't contain exactly `part.size` bytes.
+// `target` must have room for them.
+std::optional<std::size_t> InflateTo(unsigned char* target, const ZlibPart& part)
 {
     z_stream stream{};
     if (inflateInit2(&stream, kZlibWindowBits) != Z_OK)
-        return false;
+        return std::nullopt;
     stream.next_in = const_cast<unsigned char*>(part.data);
     stream.avail_in = ZlibCount(part.length);
     stream.next_out = target;
     stream.avail_out = part.size;
     const int code = inflate(&stream, Z_FINISH);
     const bool isWhole = code == Z_STREAM_END && stream.total_out == part.size;
+    const auto rest = static_cast<std::size_t>(part.data + part.length - stream.next_in);
     inflateEnd(&stream);
-    return isWhole;
+    return isWhole ? std::optional(rest) : std::nullopt;
+}
+
+struct InflatedPart
+{
+    ByteBlock data;
+    std::optional<std::size_t> rest; // see InflateTo
+};
+
+InflatedPart InflatedAndRest(const ZlibPart& part)
+{
+    if (part.IsLie())
+        return {};
+    // One extra byte, because zlib needs an output address even for an empty stream.
+    InflatedPart inflated{ByteBlock(std::size_t{part.size} + 1), {}};
+    inflated.rest = InflateTo(inflated.data.data(), part);
+    inflated.data.Truncate(inflated.rest ? part.size : 0);
+    return inflated;
 }
 
 // Returns the data of the stream, or an empty block on failure.
 ByteBlock Inflated(const ZlibPart& part)
 {
-    if (part.IsLie())
-        return {};
-    // One extra byte, because zlib needs an output address even for an empty stream.
-    ByteBlock block(std::size_t{part.size} + 1);
-    block.Truncate(InflateTo(block.data(), part) ? part.size : 0);
-    return block;
+    return InflatedAndRest(part).data;
 }
 
 // Returns size, tag and zlib stream, or an empty block if compression fails.
@@ -164,10 +182,21 @@ Form FormOf(std::wstring_view text)
     return text.starts_with(kVersion1Prefix) ? Form::Version1 : Form::Plain;
 }
 
+std::wstring_view EncodedPart(std::wstring_view text, Form form)
+{
+    return form == Form::Plain ? text : text.substr(kVersion2Prefix.size());
+}
+
+void Decipher(ByteBlock& image, const String& key)
+{
+    if (image.size() >= kSmallestDeciphered && key.Length() != 0)
+        clsBlowfish(key.NarrowText()).Decode(image.data(), image.size());
+}
+
 // Returns the decoded and decrypted bytes of a text.
 std::optional<ByteBlock> ImageOfText(std::wstring_view text, Form form, const String& key)
 {
-    const std::wstring_view encoded = form == Form::Plain ? text : text.substr(kVersion2Prefix.size());
+    const std::wstring_view encoded = EncodedPart(text, form);
     ByteBlock image(Base64RoomForBytes(encoded.size()));
     const Base64Decoded decoded = Base64DecodeTo(
         image.data(), image.size(), encoded, form == Form::Version1 ? Base64Tail::Whole : Base64Tail::ByPadding);
@@ -177,8 +206,7 @@ std::optional<ByteBlock> ImageOfText(std::wstring_view text, Form form, const St
         return std::nullopt;
     }
     image.Truncate(decoded.size);
-    if (image.size() >= kSmallestDeciphered && key.Length() != 0)
-        clsBlowfish(key.NarrowText()).Decode(image.data(), image.size());
+    Decipher(image, key);
     return image;
 }
 
@@ -196,6 +224,66 @@ std::optional<ZlibPart> ZlibPartOf(const ByteBlock& image, Form form)
             return std::nullopt;
     }
     return ZlibPart{image.data() + head, image.size() - head, LoadSize(image.data())};
+}
+
+// ---- Strict unpacking
+
+constexpr std::wstring_view kWhiteSpace = L" \t\r\n";
+constexpr std::size_t kGroup = 4; // characters of Base64
+constexpr std::size_t kMostPadding = 2;
+
+std::wstring_view Trimmed(std::wstring_view text)
+{
+    text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
+    text.remove_suffix(text.size() - (text.find_last_not_of(kWhiteSpace) + 1));
+    return text;
+}
+
+bool IsSymbol(wchar_t c)
+{
+    return (c >= L'A' && c <= L'Z') || (c >= L'a' && c <= L'z') || (c >= L'0' && c <= L'9') || c == L'+' || c == L'/';
+}
+
+std::size_t PaddingOf(std::wstring_view encoded)
+{
+    return encoded.size() - (encoded.find_last_not_of(L'=') + 1);
+}
+
+// Returns true for whole groups of symbols, padded only at the end. The bits before the padding must be zero.
+bool IsBase64(std::wstring_view encoded)
+{
+    const std::size_t padding = PaddingOf(encoded);
+    if (encoded.empty() || encoded.size() % kGroup != 0 || padding > kMostPadding ||
+        !std::all_of(encoded.begin(), encoded.end() - static_cast<std::ptrdiff_t>(padding), IsSymbol))
+        return false;
+    unsigned char bytes[kGroup];
+    wchar_t again[kGroup];
+    const std::wstring_view last = encoded.substr(encoded.size() - kGroup);
+    Base64EncodeTo(again, bytes, Base64DecodeTo(bytes, sizeof bytes, last, Base64Tail::ByPadding).size);
+    return last == std::wstring_view(again, kGroup);
+}
+
+// `text` contains no white space.
+Unpacked UnpackWithoutSpace(std::wstring_view text, const String& key)
+{
+    const Form form = FormOf(text);
+    const std::wstring_view encoded = EncodedPart(text, form);
+    if (!IsBase64(encoded))
+        return {{}, UnpackFault::NotPackedText};
+    std::optional<ByteBlock> image = ImageOfText(text, form, String());
+    const bool hasKey = key.Length() != 0;
+    if (hasKey && form == Form::Version2 && ZlibPartOf(*image, form))
+        return {{}, UnpackFault::NotEncrypted};
+    Decipher(*image, key);
+    const std::optional<ZlibPart> part = ZlibPartOf(*image, form);
+    if (!part)
+        return form == Form::Plain ? Unpacked{std::move(*image)} : Unpacked{{}, UnpackFault::WrongKey};
+
+    InflatedPart inflated = InflatedAndRest(*part);
+    // The image of version 1 also contains the bytes of the padding.
+    if (!inflated.rest || *inflated.rest > (form == Form::Version1 ? PaddingOf(encoded) : 0))
+        return {{}, hasKey && form == Form::Version1 ? UnpackFault::WrongKey : UnpackFault::Damaged};
+    return {std::move(inflated.data)};
 }
 
 void Replace(clsFile& target, const ByteBlock& data)
@@ -281,6 +369,37 @@ std::optional<ByteBlock> DataOfPackedText(std::wstring_view text, const String& 
         return std::nullopt;
     const std::optional<ZlibPart> part = ZlibPartOf(*image, form);
     return part ? Inflated(*part) : std::move(*image);
+}
+
+const wchar_t* TextOfFault(UnpackFault fault)
+{
+    switch (fault)
+    {
+    case UnpackFault::NotPackedText:
+        return L"is not packed text";
+    case UnpackFault::WrongKey:
+        return L"the pass phrase is wrong or missing, or the packed text is damaged";
+    case UnpackFault::NotEncrypted:
+        return L"is not encrypted, but there is a pass phrase";
+    case UnpackFault::Damaged:
+        return L"the packed text is damaged";
+    default:
+        return L"";
+    }
+}
+
+Unpacked UnpackStrictly(std::wstring_view text, const String& key)
+{
+    text = Trimmed(text);
+    if (text.empty())
+        return {};
+    if (text.find_first_of(kWhiteSpace) == text.npos)
+        return UnpackWithoutSpace(text, key);
+    std::vector<wchar_t> symbols;
+    symbols.reserve(text.size());
+    std::copy_if(text.begin(), text.end(), std::back_inserter(symbols),
+        [](wchar_t c) { return kWhiteSpace.find(c) == kWhiteSpace.npos; });
+    return UnpackWithoutSpace({symbols.data(), symbols.size()}, key);
 }
 
 std::optional<std::size_t> UnpackTo(unsigned char* data, std::size_t room, std::wstring_view text)

@@ -27,7 +27,7 @@ constexpr unsigned kMaxTries = 0xFFFFF;
 constexpr unsigned kMaxDeniedTries = 1000;
 constexpr double kStaleDays = 7.0;
 
-String WithoutTrailingSeparators(String path)
+String WithoutTrailingSeparators(const String& path)
 {
     std::size_t length = path.Length();
     while (EndsInPathSeparator(path.View().substr(0, length)))

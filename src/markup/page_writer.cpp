@@ -16,8 +16,8 @@ namespace
 constexpr auto kEndsRun = []
 {
     std::array<bool, 64> special{};
-    for (wchar_t c = 0; c < special.size(); ++c)
-        special[c] = IsHtmlSpace(c) || c == L'&';
+    for (std::size_t c = 0; c < special.size(); ++c)
+        special[c] = IsHtmlSpace(static_cast<wchar_t>(c)) || c == L'&';
     return special;
 }();
 

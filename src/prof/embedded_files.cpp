@@ -65,33 +65,76 @@ bool IsPlainName(const String& name)
            !IsDeviceName(name) && IsFileNameAllowed(name);
 }
 
-// `prefix` is the path of the folder with a separator, for messages.
-bool ExtractEntry(clsItemList& entry, const clsFolder& folder, const String& prefix, const String& key)
+struct scExtraction
+{
+    const String& prefix; // the path of the folder with a separator, for messages
+    const String& key;
+    Unpacking unpacking;
+    const ReportEntry& report;
+
+    bool Fail(const String& name, EntryProblem problem, const wchar_t* description) const
+    {
+        if (report)
+            report(name, problem, description);
+        return false;
+    }
+};
+
+EntryProblem ProblemOf(UnpackFault fault)
+{
+    return fault == UnpackFault::WrongKey || fault == UnpackFault::NotEncrypted ? EntryProblem::WrongKey
+                                                                                : EntryProblem::Damaged;
+}
+
+bool WriteWhole(clsFile& target, const ByteBlock& data)
+{
+    return target.Write(data.data(), data.size()) == static_cast<std::int64_t>(data.size());
+}
+
+bool ExtractEntry(clsItemList& entry, const clsFolder& folder, const scExtraction& extraction)
 {
     const clsItem* const nameLeaf = entry.FindLeaf(kName);
     if (nameLeaf == nullptr || nameLeaf->Value().empty())
     {
         DebugLine(L"ProfExtractFiles:\"Filename=\" not found");
-        return false;
+        return extraction.Fail(String(), EntryProblem::NoName, L"has no name");
     }
     const String name(nameLeaf->Value());
     if (!IsPlainName(name) || folder.IsLink(name))
     {
         DebugLine(L"ProfExtractFiles: '%s' is refused, it leads out of the directory", name.Text());
-        return false;
+        return extraction.Fail(name, EntryProblem::NameRefused, L"the name is not allowed, or leads out of the folder");
+    }
+
+    const String path = extraction.prefix + name;
+    const clsItem* const contents = entry.FindLeaf(kContents);
+    // An existing file is replaced only by contents that could be unpacked.
+    Unpacked unpacked;
+    if (extraction.unpacking == Unpacking::Strict)
+    {
+        if (contents == nullptr || contents->Value().empty())
+            return extraction.Fail(name, EntryProblem::NoContents, L"has no contents");
+        unpacked = UnpackStrictly(contents->Value(), extraction.key);
+        if (unpacked.fault != UnpackFault::None)
+        {
+            DebugLine(L"ProfExtractFiles: '%s' could not be unpacked", path.Text());
+            return extraction.Fail(name, ProblemOf(unpacked.fault), TextOfFault(unpacked.fault));
+        }
     }
 
     clsNewFile file(folder, name);
     if (!file.IsOpen())
     {
-        DebugLine(L"'%s' could not be created", (prefix + name).Text());
-        return false;
+        DebugLine(L"'%s' could not be created", path.Text());
+        return extraction.Fail(name, EntryProblem::CannotWrite, L"cannot create the file");
     }
-    const clsItem* const contents = entry.FindLeaf(kContents);
-    if (contents != nullptr && Unpack(contents->Value(), key, file.File()) && file.SetWhole())
+    const bool isWritten = extraction.unpacking == Unpacking::Strict
+                               ? WriteWhole(file.File(), unpacked.data)
+                               : contents != nullptr && Unpack(contents->Value(), extraction.key, file.File());
+    if (isWritten && file.SetWhole())
         return true;
-    DebugLine(L"ProfExtractFiles: '%s' could not be unpacked", (prefix + name).Text());
-    return false;
+    DebugLine(L"ProfExtractFiles: '%s' could not be unpacked", path.Text());
+    return extraction.Fail(name, EntryProblem::CannotWrite, L"cannot write the file");
 }
 
 } // namespace
@@ -144,7 +187,8 @@ std::int32_t AppendFiles(clsItemList& list, const String& pattern, const String&
     return count;
 }
 
-std::int32_t ExtractFiles(const clsItemList& list, const String& folder, const String& key)
+std::int32_t ExtractFiles(
+    const clsItemList& list, const String& folder, const String& key, Unpacking unpacking, const ReportEntry& report)
 {
     std::vector<clsItemList*> entries;
     for (const clsItem* item : list)
@@ -156,6 +200,7 @@ std::int32_t ExtractFiles(const clsItemList& list, const String& folder, const S
     String prefix = folder;
     if (!EndsInPathSeparator(folder.View()))
         prefix += PATH_SEPARATOR;
+    const scExtraction extraction{prefix, key, unpacking, report};
     clsFolder open;
     std::int32_t count = 0;
     for (clsItemList* entry : entries)
@@ -169,7 +214,7 @@ std::int32_t ExtractFiles(const clsItemList& list, const String& folder, const S
             DebugLine(L"problem creating directory '%s'", folder.Text());
             return kProfWriteFailed;
         }
-        count += ExtractEntry(*entry, open, prefix, key);
+        count += ExtractEntry(*entry, open, extraction);
     }
     return count;
 }

@@ -104,7 +104,7 @@ private:
 bool IsXmlHeadLine(std::wstring_view line)
 {
     const std::size_t at = kHeadBehindFirstLine.find(line);
-    return at != std::wstring_view::npos && kHeadBehindFirstLine.substr(at + line.size()).starts_with(kLineEnd) &&
+    return at != std::wstring_view::npos && at > 0 && kHeadBehindFirstLine.substr(at + line.size()).starts_with(kLineEnd) &&
            (kHeadBehindFirstLine[at - 1] == L' ' || kHeadBehindFirstLine[at - 1] == L'\n');
 }
 

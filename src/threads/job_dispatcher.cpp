@@ -78,8 +78,23 @@ bool clsThreadedJobDispatcher::JobsDone(int group) const
     return true;
 }
 
+void clsThreadedJobDispatcher::ForgetForeignWorkers()
+{
+    const DWORD process = GetCurrentProcessId();
+    if (_process == process)
+        return;
+    ThreadedJobs lost;
+    const clsCriticalSectionLock lock(_lock);
+    if (_process.exchange(process) == process)
+        return;
+    _firstInHand = nullptr; // the list's elements were on the stacks of the parent's threads
+    lost = std::exchange(_running, {});
+    ForgetWorkers();
+}
+
 void clsThreadedJobDispatcher::Abort(int group)
 {
+    ForgetForeignWorkers();
     JobInHand(*this).Release([&] { return DropJobs(group); });
     _jobEvent.Set();
 }
@@ -131,6 +146,7 @@ void clsThreadedJobDispatcher::Close()
 template <class HandBack, class MayWait>
 void clsThreadedJobDispatcher::RunUntilDone(HandBack handBack, MayWait mayWait)
 {
+    ForgetForeignWorkers();
     ShortSleeps sleeps;
     JobInHand job(*this);
     for (bool isFirst = true;; isFirst = false)

@@ -5,6 +5,9 @@
 #include "threads/event.h"
 #include "threads/threaded_job.h"
 
+#include <windows.h>
+
+#include <atomic>
 #include <cstddef>
 
 namespace qx
@@ -54,6 +57,12 @@ protected:
 
     static constexpr std::size_t kCacheLine = 64;
 
+    // A forked child has the dispatcher but none of its workers. Forgets them, and releases the jobs that they were
+    // running, because nobody would finish them. Must be called before the dispatcher is used.
+    void ForgetForeignWorkers();
+    // Called with the lock held. The workers belong to another process.
+    virtual void ForgetWorkers() = 0;
+
     // Returns true if queued jobs might never reach a worker.
     virtual bool MayLackWorkers() const = 0;
 
@@ -80,6 +89,7 @@ private:
     ThreadedJobs DropJobs(int group);
     bool OthersHaveJobs(int group) const;
 
+    std::atomic<DWORD> _process = GetCurrentProcessId(); // that has the workers
     JobInHand* _firstInHand = nullptr;
 };
 

@@ -66,8 +66,21 @@ clsThreadedJobDispatcherUsingIoCompletionPort::~clsThreadedJobDispatcherUsingIoC
     _port.Release();
 }
 
+// The port may still contain packets for the former workers, so it is replaced.
+void clsThreadedJobDispatcherUsingIoCompletionPort::ForgetWorkers()
+{
+    _workers.Clear();
+    _activeWorkers = 0;
+    _waitingWorkers = 0;
+    _packets = 0;
+    _isWatched = false;
+    _lacksPackets = false;
+    _port.Take(CreateIoCompletionPort(INVALID_HANDLE_VALUE, nullptr, 0, _maximumWorkers), true);
+}
+
 void clsThreadedJobDispatcherUsingIoCompletionPort::AddJob(ThreadedJobs job)
 {
+    ForgetForeignWorkers();
     {
         const clsCriticalSectionLock lock(_lock);
         if (_isAborted)

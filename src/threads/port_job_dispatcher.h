@@ -65,6 +65,7 @@ public:
     std::size_t WorkerCount() const;
 
 protected:
+    void ForgetWorkers() override;
     bool MayLackWorkers() const override { return _activeWorkers == 0 || _lacksPackets; }
 
 private:

@@ -219,9 +219,9 @@ unsigned clsThreadBase::Run(std::shared_ptr<StartOrder> order)
         {
             if (!_name)
                 return;
-            NameThreadForDebugger(name);
             try
             {
+                NameThreadForDebugger(name);
                 TheThreadNames().Enter(_id, _name);
             }
             catch (const std::bad_alloc&)

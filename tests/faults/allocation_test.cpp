@@ -33,9 +33,9 @@ namespace
 // The result that an operation reported, compared with its effect.
 enum class Outcome
 {
-    done,
-    failed,
-    lied, // reported success although a part was missing
+    Done,
+    Failed,
+    Lied, // reported success although a part was missing
 };
 
 using Operation = Outcome (*)();
@@ -82,12 +82,12 @@ Outcome Profile()
 {
     const HPROFJOB job = ProfJobOpenW(paths->in);
     if (job == nullptr)
-        return Outcome::failed;
+        return Outcome::Failed;
     const bool isRead = ProfGetError(job) == PROF_OK;
     const bool isSaved = isRead && ProfSaveW(job, paths->out, 0) == PROF_OK;
     ProfJobClose(job);
     FailAllocation(0);
-    return !isSaved ? Outcome::failed : Reads(paths->out) ? Outcome::done : Outcome::lied;
+    return !isSaved ? Outcome::Failed : Reads(paths->out) ? Outcome::Done : Outcome::Lied;
 }
 
 struct PoolJob final : qxtest::Counted<IUTThreadedJob>
@@ -115,7 +115,7 @@ Outcome Pool()
     PoolHost host;
     const HUTTHREADPOOL pool = UtilThreadPoolOpen(2, L"pool");
     if (pool == nullptr)
-        return Outcome::failed;
+        return Outcome::Failed;
     int added = 0;
     for (PoolJob* const job : {&first, &second})
         added += UtilThreadPoolAdd(pool, L"job", reinterpret_cast<IUnknown*>(job), &host) == 0;
@@ -123,8 +123,8 @@ Outcome Pool()
     UtilThreadPoolClose(pool);
     FailAllocation(0);
     if (isFinal && runs != added)
-        return Outcome::lied;
-    return isFinal && added == 2 ? Outcome::done : Outcome::failed;
+        return Outcome::Lied;
+    return isFinal && added == 2 ? Outcome::Done : Outcome::Failed;
 }
 
 Outcome Archive()
@@ -145,10 +145,10 @@ Outcome Archive()
     }
     FailAllocation(0);
     if (!isDone)
-        return Outcome::failed;
+        return Outcome::Failed;
     std::ifstream file(paths->folder + "/extracted/member");
     const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    return bytes == std::string(5000, 'm') ? Outcome::done : Outcome::lied;
+    return bytes == std::string(5000, 'm') ? Outcome::Done : Outcome::Lied;
 }
 
 Outcome Document()
@@ -164,7 +164,7 @@ Outcome Document()
     SysFreeString(html);
     SysFreeString(text);
     FailAllocation(0);
-    return isThere ? Outcome::done : isReported ? Outcome::failed : Outcome::lied;
+    return isThere ? Outcome::Done : isReported ? Outcome::Failed : Outcome::Lied;
 }
 
 class Allocations : public testing::TestWithParam<std::pair<const char*, Operation>>
@@ -197,7 +197,7 @@ TEST_P(Allocations, FailAtTheFirstUse)
                 FailAllocation(number, also);
                 const Outcome outcome = GetParam().second();
                 // Ends the failures first; that doesn't clear HasFailed().
-                _exit(outcome == Outcome::lied ? 9 : HasFailed() ? 1 : 0);
+                _exit(outcome == Outcome::Lied ? 9 : HasFailed() ? 1 : 0);
             }
             int status = 0;
             waitpid(child, &status, 0);
@@ -212,7 +212,7 @@ TEST_P(Allocations, FailAtTheFirstUse)
 TEST_P(Allocations, FailWithoutALeak)
 {
     for (int i = 0; i < 3; ++i)
-        ASSERT_EQ(Run(0, false), Outcome::done); // allocations that remain, such as caches, are made here
+        ASSERT_EQ(Run(0, false), Outcome::Done); // allocations that remain, such as caches, are made here
     for (const bool also : {false, true})
         for (long number = 1;; ++number)
         {
@@ -221,14 +221,14 @@ TEST_P(Allocations, FailWithoutALeak)
             const Outcome outcome = GetParam().second();
             const bool hasFailed = HasFailed();
             FailAllocation(0);
-            EXPECT_NE(outcome, Outcome::lied) << "allocation " << number;
+            EXPECT_NE(outcome, Outcome::Lied) << "allocation " << number;
             // A thread frees its last blocks only after it counts as ended.
             for (int i = 0; i < 100 && LiveBlocks() > before; ++i)
                 Sleep(5);
             EXPECT_LE(LiveBlocks() - before, 0) << "allocation " << number << (also ? " and all after it" : "");
             if (!hasFailed)
             {
-                EXPECT_EQ(outcome, Outcome::done);
+                EXPECT_EQ(outcome, Outcome::Done);
                 break;
             }
             ASSERT_LT(number, kMost);

@@ -4,6 +4,7 @@
 #include <qxut23/profile.h>
 #include <qxut23/strings.h>
 
+#include "faults/rounds.h"
 #include "support/test_jobs.h"
 
 #include <windows.h>
@@ -143,7 +144,7 @@ TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
                 while (!isOver)
                     failures += !use();
             });
-    for (int i = 0; i < 50; ++i)
+    for (int i = 0, rounds = faults::Rounds(50); i < rounds; ++i)
     {
         const int code = RunChild(
             []
@@ -164,6 +165,39 @@ TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(failures, 0);
+}
+
+// The workers don't exist in the child. It must neither wait for them nor for the job that one of them was running.
+TEST(Forks, ChildUsesAPoolThatTheParentOpened)
+{
+    JobCounts counts;
+    TestHost host{CountAndAnswer(counts, 0)};
+    const HANDLE begun = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const HANDLE ended = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const HUTTHREADPOOL pool = UtilThreadPoolOpen(1, L"pool");
+    const auto add = [&](std::function<void()> work)
+    {
+        auto* const job = new TestJob(counts, std::move(work));
+        UtilThreadPoolAdd(pool, L"job", reinterpret_cast<IUnknown*>(job), &host);
+        job->Release();
+    };
+    add([&] { SetEvent(begun), WaitForSingleObject(ended, INFINITE); });
+    add([] {});
+    WaitForSingleObject(begun, INFINITE);
+    const auto finish = [&]
+    {
+        add([] {});
+        UtilThreadPoolFinalize(pool, &host);
+        UtilThreadPoolClose(pool);
+        return counts.runs.load();
+    };
+    EXPECT_EQ(RunChild(finish), 3); // with the job that the parent's worker has begun
+    EXPECT_EQ(RunChild([&] { return UtilThreadPoolClose(pool), 0; }), 0);
+    SetEvent(ended);
+    EXPECT_EQ(finish(), 3);
+    EXPECT_EQ(counts.alive, 0);
+    CloseHandle(begun);
+    CloseHandle(ended);
 }
 
 // A lock that a thread of the parent held for a long time, or waited for, doesn't block the child.

@@ -1,9 +1,9 @@
 // Kills processes at random moments while they save a profile. The file must contain the old or the new contents.
 #include "exports/profile/whole_content.h"
+#include "faults/rounds.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <random>
 #include <thread>
 
@@ -33,12 +33,6 @@ pid_t StartPeer(const std::vector<std::string>& arguments)
     return child;
 }
 
-int Rounds()
-{
-    const char* const rounds = std::getenv("QXUT_FAULT_ROUNDS");
-    return rounds != nullptr ? std::atoi(rounds) : 30;
-}
-
 } // namespace
 
 TEST(SaveKills, LeaveTheOldOrTheNewContents)
@@ -46,9 +40,10 @@ TEST(SaveKills, LeaveTheOldOrTheNewContents)
     const TempFolder folder;
     const std::string path = folder.Path("file");
     std::mt19937 random(std::random_device{}());
+    const int rounds = faults::Rounds(30);
     int unfinished = 0;
     int started = 0;
-    for (int round = 0; round < Rounds(); ++round)
+    for (int round = 0; round < rounds; ++round)
     {
         const bool isNew = round % 4 == 3;
         if (isNew)
@@ -88,7 +83,7 @@ TEST(SaveKills, LeaveTheOldOrTheNewContents)
         ASSERT_LE(others, 1u) << "what killed saves leave must not pile up";
         unfinished += others != 0 ? 1 : 0;
     }
-    std::cout << Rounds() << " kills: " << started << " after a save had finished, " << unfinished
+    std::cout << rounds << " kills: " << started << " after a save had finished, " << unfinished
               << " with a new file unfinished or left from before\n";
-    EXPECT_GT(started, Rounds() / 4) << "the kills came too early to prove anything";
+    EXPECT_GT(started, rounds / 4) << "the kills came too early to prove anything";
 }

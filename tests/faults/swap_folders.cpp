@@ -1,10 +1,11 @@
-// swap_folders COUNT: extracts archives and embedded files COUNT times. Meanwhile another process swaps a folder of the
-// target, and files in it, with links that lead outside. Fails if anything is written outside.
+// Extracts archives and embedded files many times. Meanwhile another process swaps a folder of the target, and files in
+// it, with links that lead outside. Fails if anything is written outside.
 #include <qxut23/archives.h>
 #include <qxut23/profile.h>
 
+#include "rounds.h"
+
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -132,11 +133,9 @@ std::string MakeArchive(const Place& place)
 
 } // namespace
 
-int main(int argc, char** argv)
+int main()
 {
-    const int count = argc > 1 ? std::atoi(argv[1]) : 0;
-    if (count <= 0)
-        return std::fprintf(stderr, "usage: swap_folders COUNT\n"), 2;
+    const int count = faults::Rounds(100);
     const Place place;
     const std::string archive = MakeArchive(place);
     const HPROFJOB job = ProfJobOpenW(nullptr);
@@ -177,5 +176,5 @@ int main(int argc, char** argv)
         total += outside;
     }
     ProfJobClose(job);
-    return total == 0 && archiveWrites && embeddedWrites ? 0 : 1;
+    return count > 0 && total == 0 && archiveWrites && embeddedWrites ? 0 : 1;
 }

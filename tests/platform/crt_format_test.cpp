@@ -12,8 +12,8 @@
 namespace
 {
 
-constexpr double Infinity = std::numeric_limits<double>::infinity();
-constexpr double NotANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 
 template <class... Arguments>
 void Prints(const wchar_t* expected, const wchar_t* format, Arguments... arguments)
@@ -111,11 +111,11 @@ TEST(CrtFormat, ScientificAndGeneralNumbers)
     Prints(L"0x2.00p+0 0x2p+0 0x1.p+0", L"%.2a %.0a %#.0a", 1.999, 1.9, 1.0);
     Prints(L"0x0.0000000000000p+0 0x0.012688b70e62bp-1022", L"%a %a", 0.0, 1e-310);
     // infinities and NaN
-    Prints(L"1.#INF00 -1.#INF00 +1.#INF00", L"%f %f %+f", Infinity, -Infinity, Infinity);
-    Prints(L"1.#INF 1.#INF 1.#INF00e+000", L"%g %G %e", Infinity, Infinity, Infinity);
-    Prints(L"1.#QNAN0 1.#QNAN -1.#IND", L"%f %g %g", NotANumber, NotANumber, -NotANumber);
-    Prints(L"[  1.#INF00][001.#INF00]", L"[%10f][%010f]", Infinity, Infinity);
-    Prints(L"1.#J 1.#IO 1.#INF 1", L"%.2f %.3f %.4f %.0f", Infinity, Infinity, Infinity, Infinity);
+    Prints(L"1.#INF00 -1.#INF00 +1.#INF00", L"%f %f %+f", kInfinity, -kInfinity, kInfinity);
+    Prints(L"1.#INF 1.#INF 1.#INF00e+000", L"%g %G %e", kInfinity, kInfinity, kInfinity);
+    Prints(L"1.#QNAN0 1.#QNAN -1.#IND", L"%f %g %g", kNotANumber, kNotANumber, -kNotANumber);
+    Prints(L"[  1.#INF00][001.#INF00]", L"[%10f][%010f]", kInfinity, kInfinity);
+    Prints(L"1.#J 1.#IO 1.#INF 1", L"%.2f %.3f %.4f %.0f", kInfinity, kInfinity, kInfinity, kInfinity);
 }
 
 TEST(CrtFormat, WhatIsNoConversion)
@@ -135,7 +135,7 @@ TEST(CrtFormat, FollowsTheDocumentation)
     Prints(L"[  -00042]", L"[%08.5d]", -42); // a precision disables zero padding
     Prints(L"0000000000000000", L"%.4p", nullptr);
     Prints(L"%| 0", L"%5%| %#.0o", 0);
-    Prints(L"[1.#INF00  ]", L"[%-10f]", Infinity);
+    Prints(L"[1.#INF00  ]", L"[%-10f]", kInfinity);
     EXPECT_EQ(_snwprintf(nullptr, 0, L"%2147483647d%d", 1, 1), -1); // too long for the result type
     EXPECT_EQ(_snwprintf(nullptr, 0, L"%99999999999d%d", 1, 1), -1);
     // A deliberate difference from the system: %n skips its argument and writes nothing.

@@ -9,9 +9,9 @@ namespace
 
 // Paths produced by the layer have the form of its own system.
 #if defined(_WIN32)
-constexpr wchar_t Separator = L'\\';
+constexpr wchar_t kSeparator = L'\\';
 #else
-constexpr wchar_t Separator = L'/';
+constexpr wchar_t kSeparator = L'/';
 #endif
 
 TEST(CrtPath, Splits)
@@ -77,7 +77,7 @@ TEST(CrtPath, Makes)
         wchar_t expected[20];
         wcscpy(expected, c.expected);
         if (wchar_t* added = wcschr(expected, L'|'))
-            *added = Separator;
+            *added = kSeparator;
         wchar_t path[20];
         const std::size_t length = wcslen(expected);
         EXPECT_EQ(_wmakepath_s(path, length + 1, c.drive, c.directory, c.name, c.extension), 0);

@@ -16,7 +16,7 @@
 namespace
 {
 
-constexpr std::size_t Huge = 0x7FFFFFFE;
+constexpr std::size_t kHuge = 0x7FFFFFFE;
 
 int Sign(int value)
 {
@@ -31,21 +31,21 @@ public:
     wchar_t* Place(const std::vector<wchar_t>& text) const
     {
         const std::size_t bytes = text.size() * sizeof(wchar_t);
-        return static_cast<wchar_t*>(std::memcpy(_memory + PageSize - bytes, text.data(), bytes));
+        return static_cast<wchar_t*>(std::memcpy(_memory + kPageSize - bytes, text.data(), bytes));
     }
 
 private:
-    static constexpr std::size_t PageSize = 4096;
+    static constexpr std::size_t kPageSize = 4096;
 
     static char* Make()
     {
 #if defined(_WIN32) // see above
-        void* const memory = VirtualAlloc(nullptr, 2 * PageSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+        void* const memory = VirtualAlloc(nullptr, 2 * kPageSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
         DWORD before = 0;
-        VirtualProtect(static_cast<char*>(memory) + PageSize, PageSize, PAGE_NOACCESS, &before);
+        VirtualProtect(static_cast<char*>(memory) + kPageSize, kPageSize, PAGE_NOACCESS, &before);
 #else
-        void* const memory = mmap(nullptr, 2 * PageSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        mprotect(static_cast<char*>(memory) + PageSize, PageSize, PROT_NONE);
+        void* const memory = mmap(nullptr, 2 * kPageSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        mprotect(static_cast<char*>(memory) + kPageSize, kPageSize, PROT_NONE);
 #endif
         return static_cast<char*>(memory);
     }
@@ -71,7 +71,7 @@ TEST(CrtText, FindsAtEveryAlignmentWithoutReadingBehindTheEnd)
         SCOPED_TRACE(length);
 
         EXPECT_EQ(wcslen(text), length);
-        EXPECT_EQ(wcsnlen(text, Huge), length);
+        EXPECT_EQ(wcsnlen(text, kHuge), length);
         EXPECT_EQ(wcschr(text, 0), text + length);
         EXPECT_EQ(wcsrchr(text, 0), text + length);
         EXPECT_EQ(wcschr(text, L'x'), nullptr);
@@ -99,13 +99,13 @@ TEST(CrtText, ComparesAtEveryAlignmentByUnsignedUnits)
             std::vector<wchar_t> source = Distinct(length);
             const wchar_t *a = pageA.Place(source), *b = pageB.Place(source);
             ASSERT_EQ(wcscmp(a, b), 0);
-            ASSERT_EQ(wcsncmp(a, b, Huge), 0);
+            ASSERT_EQ(wcsncmp(a, b, kHuge), 0);
             ASSERT_EQ(_wcsicmp(a, b), 0);
 
             source[at] = L'B'; // less than any other unit in the text
             b = pageB.Place(source);
             ASSERT_GT(wcscmp(a, b), 0) << length << " " << at;
-            ASSERT_LT(wcsncmp(b, a, Huge), 0);
+            ASSERT_LT(wcsncmp(b, a, kHuge), 0);
             ASSERT_EQ(wcsncmp(a, b, at), 0);
             ASSERT_GT(wcsncmp(a, b, at + 1), 0);
             ASSERT_GT(wmemcmp(a, b, length), 0);
@@ -115,12 +115,12 @@ TEST(CrtText, ComparesAtEveryAlignmentByUnsignedUnits)
             a = pageA.Place(source);
             ASSERT_GT(wcscmp(a, b), 0);
             ASSERT_EQ(_wcsicmp(a, b), 0);
-            ASSERT_EQ(_wcsnicmp(a, b, Huge), 0);
+            ASSERT_EQ(_wcsnicmp(a, b, kHuge), 0);
 
             source[at] = 0; // the shorter text is less
             a = pageA.Place(source);
             ASSERT_LT(wcscmp(a, b), 0);
-            ASSERT_GT(_wcsnicmp(b, a, Huge), 0);
+            ASSERT_GT(_wcsnicmp(b, a, kHuge), 0);
             ASSERT_LT(wmemcmp(a, b, length), 0);
         }
 }

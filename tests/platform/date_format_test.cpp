@@ -15,7 +15,7 @@ namespace
 
 using qxtest::kIsLayer, qxtest::ReadableText;
 
-constexpr SYSTEMTIME MOMENT{2018, 2, 0, 3, 15, 4, 7, 0}; // the day of the week is ignored
+constexpr SYSTEMTIME kMoment{2018, 2, 0, 3, 15, 4, 7, 0}; // the day of the week is ignored
 
 using Format = int(WINAPI*)(LCID, DWORD, const SYSTEMTIME*, LPCWSTR, LPWSTR, int);
 
@@ -34,7 +34,7 @@ struct Case
     DWORD flags;
     const wchar_t* picture;
     const char* text;
-    SYSTEMTIME time = MOMENT;
+    SYSTEMTIME time = kMoment;
 };
 
 template <std::size_t N>
@@ -47,60 +47,60 @@ void Check(const Case (&cases)[N])
 
 TEST(DateFormat, Pictures)
 {
-    constexpr Format DATE = GetDateFormatW, TIME = GetTimeFormatW;
-    const Case cases[] = {{DATE, AMERICAN, 0, L"d dd ddd dddd ddddd", "3 03 Sat Saturday Saturday"},
-        {DATE, AMERICAN, 0, L"M MM MMM MMMM MMMMM", "2 02 Feb February February"},
-        {DATE, AMERICAN, 0, L"y yy yyyy yyyyy", "18 18 2018 2018"}, {DATE, AMERICAN, 0, L"'o''clock' d", "o'clock 3"},
-        {DATE, AMERICAN, 0, L"'''d'", "'d"}, {DATE, AMERICAN, 0, L"d'unclosed", "3unclosed"},
-        {DATE, AMERICAN, 0, L"d'a''", "3a'"}, {DATE, AMERICAN, 0, L"H h m s t D Y", "H h m s t D Y"},
-        {DATE, AMERICAN, 0, L"\"d\"", "\"3\""}, {DATE, AMERICAN, 0, L"", ""},
-        {DATE, GERMAN, 0, L"dddd, d. MMMM yyyy", "Samstag, 3. Februar 2018"},
+    constexpr Format kDate = GetDateFormatW, kTime = GetTimeFormatW;
+    const Case cases[] = {{kDate, kAmerican, 0, L"d dd ddd dddd ddddd", "3 03 Sat Saturday Saturday"},
+        {kDate, kAmerican, 0, L"M MM MMM MMMM MMMMM", "2 02 Feb February February"},
+        {kDate, kAmerican, 0, L"y yy yyyy yyyyy", "18 18 2018 2018"},
+        {kDate, kAmerican, 0, L"'o''clock' d", "o'clock 3"}, {kDate, kAmerican, 0, L"'''d'", "'d"},
+        {kDate, kAmerican, 0, L"d'unclosed", "3unclosed"}, {kDate, kAmerican, 0, L"d'a''", "3a'"},
+        {kDate, kAmerican, 0, L"H h m s t D Y", "H h m s t D Y"}, {kDate, kAmerican, 0, L"\"d\"", "\"3\""},
+        {kDate, kAmerican, 0, L"", ""}, {kDate, kGerman, 0, L"dddd, d. MMMM yyyy", "Samstag, 3. Februar 2018"},
         // A month next to a day number has its own form.
-        {DATE, POLISH, 0, L"d MMMM", "3 lutego"}, {DATE, POLISH, 0, L"dddd MMMM", "sobota luty"},
-        {DATE, RUSSIAN, 0, L"d MMMM", "3 <444><435><432><440><430><43b><44f>"},
-        {TIME, AMERICAN, 0, L"h hh hhh H HH HHH", "3 03 03 15 15 15"},
-        {TIME, AMERICAN, 0, L"h hh H t", "12 12 0 A", {}},
-        {TIME, AMERICAN, 0, L"h hh H t", "12 12 12 P", {0, 0, 0, 0, 12}},
-        {TIME, AMERICAN, TIME_FORCE24HOURFORMAT, L"h hh hhh H HH HHH", "15 15 15 15 15 15"},
-        {TIME, AMERICAN, 0, L"m mm mmm s ss sss t tt ttt", "4 04 04 7 07 07 P PM PM"},
-        {TIME, AMERICAN, 0, L"'a''b' h'x d y", "a'b 3x d y"},
-        {TIME, AMERICAN, TIME_NOSECONDS, L"h:mm:ss tt", "3:04 PM"},
-        {TIME, AMERICAN, TIME_FORCE24HOURFORMAT | TIME_NOSECONDS, L"h:mm:ss tt", "15:04 PM"},
-        {TIME, AMERICAN, TIME_NOSECONDS, L"tt h:mm:ss", "PM 3:04"},
-        {TIME, AMERICAN, TIME_NOSECONDS, L"HH.mm.ss 'Uhr'", "15.04 "},
-        {TIME, AMERICAN, TIME_NOSECONDS, L"h 'h' m 'm' s 's' tt", "3 h 4  PM"},
-        {TIME, AMERICAN, TIME_NOSECONDS, L"hh-mm-ss-tt-x", "03-04PM-x"},
-        {TIME, AMERICAN, TIME_NOSECONDS, L"s ss sss", ""},
+        {kDate, kPolish, 0, L"d MMMM", "3 lutego"}, {kDate, kPolish, 0, L"dddd MMMM", "sobota luty"},
+        {kDate, kRussian, 0, L"d MMMM", "3 <444><435><432><440><430><43b><44f>"},
+        {kTime, kAmerican, 0, L"h hh hhh H HH HHH", "3 03 03 15 15 15"},
+        {kTime, kAmerican, 0, L"h hh H t", "12 12 0 A", {}},
+        {kTime, kAmerican, 0, L"h hh H t", "12 12 12 P", {0, 0, 0, 0, 12}},
+        {kTime, kAmerican, TIME_FORCE24HOURFORMAT, L"h hh hhh H HH HHH", "15 15 15 15 15 15"},
+        {kTime, kAmerican, 0, L"m mm mmm s ss sss t tt ttt", "4 04 04 7 07 07 P PM PM"},
+        {kTime, kAmerican, 0, L"'a''b' h'x d y", "a'b 3x d y"},
+        {kTime, kAmerican, TIME_NOSECONDS, L"h:mm:ss tt", "3:04 PM"},
+        {kTime, kAmerican, TIME_FORCE24HOURFORMAT | TIME_NOSECONDS, L"h:mm:ss tt", "15:04 PM"},
+        {kTime, kAmerican, TIME_NOSECONDS, L"tt h:mm:ss", "PM 3:04"},
+        {kTime, kAmerican, TIME_NOSECONDS, L"HH.mm.ss 'Uhr'", "15.04 "},
+        {kTime, kAmerican, TIME_NOSECONDS, L"h 'h' m 'm' s 's' tt", "3 h 4  PM"},
+        {kTime, kAmerican, TIME_NOSECONDS, L"hh-mm-ss-tt-x", "03-04PM-x"},
+        {kTime, kAmerican, TIME_NOSECONDS, L"s ss sss", ""},
         // Without a picture, the locale's format is used; the reference test has more cases.
-        {DATE, AMERICAN, DATE_SHORTDATE, nullptr, "2/3/2018"},
-        {DATE, AMERICAN, LOCALE_NOUSEROVERRIDE, nullptr, "2/3/2018"},
-        {DATE, AMERICAN, DATE_LONGDATE, nullptr, "Saturday, February 3, 2018"},
-        {TIME, AMERICAN, 0, nullptr, "3:04:07 PM"}, {TIME, GERMAN, TIME_NOSECONDS, nullptr, "15:04"}};
+        {kDate, kAmerican, DATE_SHORTDATE, nullptr, "2/3/2018"},
+        {kDate, kAmerican, LOCALE_NOUSEROVERRIDE, nullptr, "2/3/2018"},
+        {kDate, kAmerican, DATE_LONGDATE, nullptr, "Saturday, February 3, 2018"},
+        {kTime, kAmerican, 0, nullptr, "3:04:07 PM"}, {kTime, kGerman, TIME_NOSECONDS, nullptr, "15:04"}};
     Check(cases);
     if (kIsLayer) // Wine writes the era twice
     {
-        EXPECT_EQ(Formatted(DATE, AMERICAN, 0, MOMENT, L"gg"), "AD");
+        EXPECT_EQ(Formatted(kDate, kAmerican, 0, kMoment, L"gg"), "AD");
     }
 }
 
 TEST(DateFormat, Refusals)
 {
-    constexpr Format DATE = GetDateFormatW, TIME = GetTimeFormatW;
-    const Case cases[] = {{DATE, AMERICAN, DATE_SHORTDATE | DATE_LONGDATE, nullptr, "error 1004"},
-        {DATE, AMERICAN, DATE_SHORTDATE, L"d", "error 1004"},
-        {DATE, AMERICAN, LOCALE_NOUSEROVERRIDE, L"d", "error 1004"},
-        {TIME, AMERICAN, LOCALE_NOUSEROVERRIDE, L"h", "error 1004"}, {DATE, 0x9999, 0, nullptr, "error 87"},
-        {TIME, 0x9999, 0, nullptr, "error 87"}, {DATE, AMERICAN, 0, nullptr, "error 87", {1600, 2, 0, 3}},
-        {DATE, AMERICAN, 0, nullptr, "1/1/1601", {1601, 1, 0, 1}},
-        {DATE, AMERICAN, 0, nullptr, "12/31/30827", {30827, 12, 0, 31}},
-        {DATE, AMERICAN, 0, nullptr, "error 87", {2018, 2, 0, 30}},
-        {DATE, AMERICAN, 0, nullptr, "error 87", {2018, 0, 0, 3}},
-        {DATE, AMERICAN, 0, L"ddd", "Sat", {2018, 2, 77, 3, 25, 99, 99, 9999}},
-        {TIME, AMERICAN, 0, L"HH", "23", {0, 99, 99, 99, 23, 59, 59, 999}},
-        {TIME, AMERICAN, 0, nullptr, "error 87", {2018, 2, 0, 3, 24}},
-        {TIME, AMERICAN, 0, nullptr, "error 87", {2018, 2, 0, 3, 0, 60}},
-        {TIME, AMERICAN, 0, nullptr, "error 87", {2018, 2, 0, 3, 0, 0, 60}},
-        {TIME, AMERICAN, 0, nullptr, "error 87", {2018, 2, 0, 3, 0, 0, 0, 1000}}};
+    constexpr Format kDate = GetDateFormatW, kTime = GetTimeFormatW;
+    const Case cases[] = {{kDate, kAmerican, DATE_SHORTDATE | DATE_LONGDATE, nullptr, "error 1004"},
+        {kDate, kAmerican, DATE_SHORTDATE, L"d", "error 1004"},
+        {kDate, kAmerican, LOCALE_NOUSEROVERRIDE, L"d", "error 1004"},
+        {kTime, kAmerican, LOCALE_NOUSEROVERRIDE, L"h", "error 1004"}, {kDate, 0x9999, 0, nullptr, "error 87"},
+        {kTime, 0x9999, 0, nullptr, "error 87"}, {kDate, kAmerican, 0, nullptr, "error 87", {1600, 2, 0, 3}},
+        {kDate, kAmerican, 0, nullptr, "1/1/1601", {1601, 1, 0, 1}},
+        {kDate, kAmerican, 0, nullptr, "12/31/30827", {30827, 12, 0, 31}},
+        {kDate, kAmerican, 0, nullptr, "error 87", {2018, 2, 0, 30}},
+        {kDate, kAmerican, 0, nullptr, "error 87", {2018, 0, 0, 3}},
+        {kDate, kAmerican, 0, L"ddd", "Sat", {2018, 2, 77, 3, 25, 99, 99, 9999}},
+        {kTime, kAmerican, 0, L"HH", "23", {0, 99, 99, 99, 23, 59, 59, 999}},
+        {kTime, kAmerican, 0, nullptr, "error 87", {2018, 2, 0, 3, 24}},
+        {kTime, kAmerican, 0, nullptr, "error 87", {2018, 2, 0, 3, 0, 60}},
+        {kTime, kAmerican, 0, nullptr, "error 87", {2018, 2, 0, 3, 0, 0, 60}},
+        {kTime, kAmerican, 0, nullptr, "error 87", {2018, 2, 0, 3, 0, 0, 0, 1000}}};
     Check(cases);
 }
 
@@ -108,27 +108,27 @@ TEST(DateFormat, SizesAndThePresent)
 {
     using namespace std::string_view_literals;
     wchar_t text[] = L"##########";
-    EXPECT_EQ(GetDateFormatW(AMERICAN, 0, &MOMENT, nullptr, nullptr, 0), 9);
-    EXPECT_EQ(GetDateFormatW(AMERICAN, 0, &MOMENT, nullptr, text, 9), 9);
+    EXPECT_EQ(GetDateFormatW(kAmerican, 0, &kMoment, nullptr, nullptr, 0), 9);
+    EXPECT_EQ(GetDateFormatW(kAmerican, 0, &kMoment, nullptr, text, 9), 9);
     EXPECT_EQ(text, L"2/3/2018"sv);
     EXPECT_EQ(text[9], L'#');
     for (const Format format : {Format(GetDateFormatW), Format(GetTimeFormatW)})
     {
-        EXPECT_EQ(format(AMERICAN, 0, &MOMENT, nullptr, text, 5), 0);
+        EXPECT_EQ(format(kAmerican, 0, &kMoment, nullptr, text, 5), 0);
         EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
-        EXPECT_EQ(format(AMERICAN, 0, &MOMENT, nullptr, text, -1), 0);
+        EXPECT_EQ(format(kAmerican, 0, &kMoment, nullptr, text, -1), 0);
         EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
-        EXPECT_EQ(format(AMERICAN, 0, &MOMENT, nullptr, nullptr, 5), 0);
+        EXPECT_EQ(format(kAmerican, 0, &kMoment, nullptr, nullptr, 5), 0);
         EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
     }
     const auto today = []
     {
         SYSTEMTIME now;
         GetLocalTime(&now);
-        return Formatted(GetDateFormatW, AMERICAN, 0, now, L"yyyyMMdd");
+        return Formatted(GetDateFormatW, kAmerican, 0, now, L"yyyyMMdd");
     };
     const std::string before = today();
-    GetDateFormatW(AMERICAN, 0, nullptr, L"yyyyMMdd", text, 11);
+    GetDateFormatW(kAmerican, 0, nullptr, L"yyyyMMdd", text, 11);
     EXPECT_TRUE(ReadableText(text) == before || ReadableText(text) == today());
 }
 

@@ -17,7 +17,7 @@ namespace
 
 using qxtest::kIsLayer, qxtest::ReadableText;
 
-constexpr char NONE[] = "80020005";
+constexpr char kNone[] = "80020005";
 
 std::string Read(LCID locale, const wchar_t* text)
 {
@@ -55,48 +55,49 @@ TEST(DateFromText, OfLocales)
         LCID locale;
         const wchar_t* text;
         std::string result;
-    } const cases[] = {{AMERICAN, L"1/2/2018", "2018-1-2 0:00:00"}, {AMERICAN, L" 1 / 2 / 2018 ", "2018-1-2 0:00:00"},
-        {AMERICAN, L"1 2 2018", "2018-1-2 0:00:00"}, {AMERICAN, L"12/29/1899 6:00", "1899-12-29 6:00:00"},
-        {AMERICAN, L"1.2.2018", NONE}, // dots separate the parts of a time
-        {AMERICAN, L"13/2/2018", "2018-2-13 0:00:00"}, {AMERICAN, L"2018/2/3", "2018-2-3 0:00:00"},
-        {AMERICAN, L"1/2/49", "2049-1-2 0:00:00"}, {AMERICAN, L"1/2/50", "1950-1-2 0:00:00"},
-        {AMERICAN, L"1/2/9999", "9999-1-2 0:00:00"}, {AMERICAN, L"1/2/10000", NONE},
-        {AMERICAN, L"1/2", year + "-1-2 0:00:00"}, {AMERICAN, L"13/2", year + "-2-13 0:00:00"},
-        {AMERICAN, L"2018/2", "2018-2-1 0:00:00"}, {AMERICAN, L"2/2018", "2018-2-1 0:00:00"},
-        {AMERICAN, L"31/4", "2031-4-1 0:00:00"}, {AMERICAN, L"2/30/2018", NONE},
-        {AMERICAN, L"1/2/2018 3:04:05", "2018-1-2 3:04:05"}, {AMERICAN, L"1/2/2018 3:04 PM", "2018-1-2 15:04:00"},
-        {AMERICAN, L"1/2/2018 3pm", "2018-1-2 15:00:00"}, {AMERICAN, L"3:04 1/2/2018", "2018-1-2 3:04:00"},
-        {AMERICAN, L"3 : 04", "1899-12-30 3:04:00"}, {AMERICAN, L"12:00 AM", "1899-12-30 0:00:00"},
-        {AMERICAN, L"13:00 PM", "1899-12-30 13:00:00"}, {AMERICAN, L"24:00", NONE}, {AMERICAN, L"3:04:05:06", NONE},
-        {AMERICAN, L"April 3, 2018", "2018-4-3 0:00:00"}, {AMERICAN, L"3-Apr-2018", "2018-4-3 0:00:00"},
-        {AMERICAN, L"April 2018", "2018-4-1 0:00:00"}, {AMERICAN, L"may 5", year + "-5-5 0:00:00"},
-        {AMERICAN, L"Tuesday, April 3, 2018 4:05:06 PM", "2018-4-3 16:05:06"}, {AMERICAN, L"apr", NONE},
-        {AMERICAN, L"", NONE}, {AMERICAN, L"1/2/2018x", NONE}, {AMERICAN, L"20180203", NONE}, {AMERICAN, L"1/2/", NONE},
-        {AMERICAN, L"1/2/2018 AM", NONE}, {AMERICAN, L"2018-02-03T04:05:06", NONE},
-        {GERMAN, L"31.12.2018 23:59:58", "2018-12-31 23:59:58"}, {GERMAN, L"1.2.2018", "2018-2-1 0:00:00"},
-        {GERMAN, L"12.13.2018", "2018-12-13 0:00:00"}, {GERMAN, L"1.2.", NONE},
-        {GERMAN, L"3.04.05", "2005-4-3 0:00:00"}, {GERMAN, L"3. M\xe4rz 2018", "2018-3-3 0:00:00"},
-        {GERMAN, L"Dienstag, 3. April 2018", "2018-4-3 0:00:00"}, {GERMAN, L"3 October 2018", NONE},
-        {BRITISH, L"1/2/2018", "2018-2-1 0:00:00"}, {BRITISH, L"18/1/2", "2002-1-18 0:00:00"},
-        {JAPANESE, L"18/1/2", "2018-1-2 0:00:00"}, {JAPANESE, L"1/2/2018", "2018-1-2 0:00:00"}};
+    } const cases[] = {{kAmerican, L"1/2/2018", "2018-1-2 0:00:00"}, {kAmerican, L" 1 / 2 / 2018 ", "2018-1-2 0:00:00"},
+        {kAmerican, L"1 2 2018", "2018-1-2 0:00:00"}, {kAmerican, L"12/29/1899 6:00", "1899-12-29 6:00:00"},
+        {kAmerican, L"1.2.2018", kNone}, // dots separate the parts of a time
+        {kAmerican, L"13/2/2018", "2018-2-13 0:00:00"}, {kAmerican, L"2018/2/3", "2018-2-3 0:00:00"},
+        {kAmerican, L"1/2/49", "2049-1-2 0:00:00"}, {kAmerican, L"1/2/50", "1950-1-2 0:00:00"},
+        {kAmerican, L"1/2/9999", "9999-1-2 0:00:00"}, {kAmerican, L"1/2/10000", kNone},
+        {kAmerican, L"1/2", year + "-1-2 0:00:00"}, {kAmerican, L"13/2", year + "-2-13 0:00:00"},
+        {kAmerican, L"2018/2", "2018-2-1 0:00:00"}, {kAmerican, L"2/2018", "2018-2-1 0:00:00"},
+        {kAmerican, L"31/4", "2031-4-1 0:00:00"}, {kAmerican, L"2/30/2018", kNone},
+        {kAmerican, L"1/2/2018 3:04:05", "2018-1-2 3:04:05"}, {kAmerican, L"1/2/2018 3:04 PM", "2018-1-2 15:04:00"},
+        {kAmerican, L"1/2/2018 3pm", "2018-1-2 15:00:00"}, {kAmerican, L"3:04 1/2/2018", "2018-1-2 3:04:00"},
+        {kAmerican, L"3 : 04", "1899-12-30 3:04:00"}, {kAmerican, L"12:00 AM", "1899-12-30 0:00:00"},
+        {kAmerican, L"13:00 PM", "1899-12-30 13:00:00"}, {kAmerican, L"24:00", kNone},
+        {kAmerican, L"3:04:05:06", kNone}, {kAmerican, L"April 3, 2018", "2018-4-3 0:00:00"},
+        {kAmerican, L"3-Apr-2018", "2018-4-3 0:00:00"}, {kAmerican, L"April 2018", "2018-4-1 0:00:00"},
+        {kAmerican, L"may 5", year + "-5-5 0:00:00"},
+        {kAmerican, L"Tuesday, April 3, 2018 4:05:06 PM", "2018-4-3 16:05:06"}, {kAmerican, L"apr", kNone},
+        {kAmerican, L"", kNone}, {kAmerican, L"1/2/2018x", kNone}, {kAmerican, L"20180203", kNone},
+        {kAmerican, L"1/2/", kNone}, {kAmerican, L"1/2/2018 AM", kNone}, {kAmerican, L"2018-02-03T04:05:06", kNone},
+        {kGerman, L"31.12.2018 23:59:58", "2018-12-31 23:59:58"}, {kGerman, L"1.2.2018", "2018-2-1 0:00:00"},
+        {kGerman, L"12.13.2018", "2018-12-13 0:00:00"}, {kGerman, L"1.2.", kNone},
+        {kGerman, L"3.04.05", "2005-4-3 0:00:00"}, {kGerman, L"3. M\xe4rz 2018", "2018-3-3 0:00:00"},
+        {kGerman, L"Dienstag, 3. April 2018", "2018-4-3 0:00:00"}, {kGerman, L"3 October 2018", kNone},
+        {kBritish, L"1/2/2018", "2018-2-1 0:00:00"}, {kBritish, L"18/1/2", "2002-1-18 0:00:00"},
+        {kJapanese, L"18/1/2", "2018-1-2 0:00:00"}, {kJapanese, L"1/2/2018", "2018-1-2 0:00:00"}};
     for (const auto& row : cases)
         EXPECT_EQ(Read(row.locale, row.text), row.result) << ReadableText(row.text) << ' ' << row.locale;
     if (kIsLayer) // Wine takes the first number as the year and knows only the nominative of months
     {
-        EXPECT_EQ(Read(RUSSIAN, L"3 \x430\x43f\x440\x435\x43b\x44f 2018"), "2018-4-3 0:00:00");
-        EXPECT_EQ(Read(AMERICAN, L"3 Apr 18"), "2018-4-3 0:00:00");
+        EXPECT_EQ(Read(kRussian, L"3 \x430\x43f\x440\x435\x43b\x44f 2018"), "2018-4-3 0:00:00");
+        EXPECT_EQ(Read(kAmerican, L"3 Apr 18"), "2018-4-3 0:00:00");
     }
 }
 
 TEST(DateFromText, AndBack)
 {
-    EXPECT_EQ(Written(AMERICAN, 43103.5), "1/3/2018 12:00:00 PM");
-    EXPECT_EQ(Written(AMERICAN, 43103), "1/3/2018");
-    EXPECT_EQ(Written(AMERICAN, 0), "12:00:00 AM");
-    EXPECT_EQ(Written(AMERICAN, -1.25), "12/29/1899 6:00:00 AM");
-    EXPECT_EQ(Written(AMERICAN, -109206), "12/31/1600"); // GetDateFormatW rejects this year
-    EXPECT_EQ(Written(JAPANESE, 0.25), "6:00:00");
-    EXPECT_EQ(Written(AMERICAN, 2958466), "error");
+    EXPECT_EQ(Written(kAmerican, 43103.5), "1/3/2018 12:00:00 PM");
+    EXPECT_EQ(Written(kAmerican, 43103), "1/3/2018");
+    EXPECT_EQ(Written(kAmerican, 0), "12:00:00 AM");
+    EXPECT_EQ(Written(kAmerican, -1.25), "12/29/1899 6:00:00 AM");
+    EXPECT_EQ(Written(kAmerican, -109206), "12/31/1600"); // GetDateFormatW rejects this year
+    EXPECT_EQ(Written(kJapanese, 0.25), "6:00:00");
+    EXPECT_EQ(Written(kAmerican, 2958466), "error");
     EXPECT_EQ(Written(0x9999, 43103), "error");
 }
 
@@ -106,8 +107,8 @@ TEST(DateFromText, TakesTimeInTheLengthOnly)
     std::u16string text;
     for (int i = 0; i < 100000; ++i)
         text += u"Tuesday, ";
-    EXPECT_EQ(Read(AMERICAN, reinterpret_cast<const wchar_t*>((text + u"April 3, 2018").c_str())), "2018-4-3 0:00:00");
-    EXPECT_EQ(Read(AMERICAN, reinterpret_cast<const wchar_t*>(std::u16string(1000000, u'9').c_str())), NONE);
+    EXPECT_EQ(Read(kAmerican, reinterpret_cast<const wchar_t*>((text + u"April 3, 2018").c_str())), "2018-4-3 0:00:00");
+    EXPECT_EQ(Read(kAmerican, reinterpret_cast<const wchar_t*>(std::u16string(1000000, u'9').c_str())), kNone);
 }
 
 } // namespace

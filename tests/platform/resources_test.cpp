@@ -14,12 +14,12 @@ namespace
 
 using namespace std::string_view_literals;
 
-constexpr WORD GERMAN = 0x407;
-constexpr WORD GERMAN_ALONE = 0x007;
-constexpr WORD AUSTRIAN = 0xc07;
-constexpr WORD ENGLISH = 0x409;
-constexpr WORD FRENCH = 0x40c;
-constexpr WORD CANADIAN_FRENCH = 0xc0c;
+constexpr WORD kGerman = 0x407;
+constexpr WORD kGermanAlone = 0x007;
+constexpr WORD kAustrian = 0xc07;
+constexpr WORD kEnglish = 0x409;
+constexpr WORD kFrench = 0x40c;
+constexpr WORD kCanadianFrench = 0xc0c;
 
 std::string Ascii(std::wstring_view text)
 {
@@ -86,12 +86,13 @@ TEST(Resources, Languages)
         WORD language;
         const char* text;
     };
-    constexpr Case CASES[] = {{100, ENGLISH, "english"}, {100, GERMAN, "deutsch <e4><f6><fc> <20ac>"},
-        {100, GERMAN_ALONE, "error 1815"}, {200, GERMAN, "german of no region"}, {200, AUSTRIAN, "german of no region"},
-        {200, ENGLISH, "error 1815"}, {300, CANADIAN_FRENCH, "error 1815"}, {400, GERMAN, "of no language"},
+    constexpr Case kCases[] = {{100, kEnglish, "english"}, {100, kGerman, "deutsch <e4><f6><fc> <20ac>"},
+        {100, kGermanAlone, "error 1815"}, {200, kGerman, "german of no region"},
+        {200, kAustrian, "german of no region"}, {200, kEnglish, "error 1815"}, {300, kCanadianFrench, "error 1815"},
+        {400, kGerman, "of no language"},
         // Default languages accept whatever exists.
-        {300, LANG_NEUTRAL, "french"}, {300, LANG_USER_DEFAULT, "french"}, {500, ENGLISH, "error 1814"}};
-    for (const Case& row : CASES)
+        {300, LANG_NEUTRAL, "french"}, {300, LANG_USER_DEFAULT, "french"}, {500, kEnglish, "error 1814"}};
+    for (const Case& row : kCases)
         EXPECT_EQ(Chosen(row.id, row.language), row.text) << row.id << ' ' << row.language;
 }
 

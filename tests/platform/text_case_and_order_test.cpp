@@ -12,7 +12,7 @@ namespace
 
 using namespace std::string_view_literals;
 
-constexpr DWORD UPPER = LCMAP_UPPERCASE, LOWER = LCMAP_LOWERCASE, LINGUISTIC = LCMAP_LINGUISTIC_CASING;
+constexpr DWORD kUpper = LCMAP_UPPERCASE, kLower = LCMAP_LOWERCASE, kLinguistic = LCMAP_LINGUISTIC_CASING;
 
 wchar_t Upper(wchar_t unit)
 {
@@ -50,13 +50,14 @@ TEST(Casing, MapsByFlagsAndLanguage)
         LCID locale;
         DWORD flags;
         std::wstring_view text, mapped;
-    } const cases[] = {{ENGLISH, UPPER, L"i\x0131\x00b5\x00df\x017f", L"I\x0131\x00b5\x00df\x017f"},
-        {ENGLISH, UPPER | LINGUISTIC, L"i\x0131\x00b5\x00df\x017f", L"II\x039c\x00dfS"},
-        {ENGLISH, LOWER, L"I\x0130\x1e9e\x212b", L"i\x0130\x1e9e\x212b"},
-        {ENGLISH, LOWER | LINGUISTIC, L"I\x1e9e\x212b", L"i\x00df\x00e5"}, {TURKISH, UPPER, L"ii", L"II"},
-        {TURKISH, UPPER | LINGUISTIC, L"i\x0131", L"\x0130I"}, {TURKISH, LOWER | LINGUISTIC, L"I\x0130", L"\x0131i"},
-        {LOCALE_INVARIANT, UPPER | LINGUISTIC, L"stra\u00dfe", L"STRA\u00dfE"},
-        {LOCALE_USER_DEFAULT, UPPER, L"a\0b\xd801\xdc28\xd801"sv, L"A\0B\xd801\xdc00\xd801"sv}};
+    } const cases[] = {{kEnglish, kUpper, L"i\x0131\x00b5\x00df\x017f", L"I\x0131\x00b5\x00df\x017f"},
+        {kEnglish, kUpper | kLinguistic, L"i\x0131\x00b5\x00df\x017f", L"II\x039c\x00dfS"},
+        {kEnglish, kLower, L"I\x0130\x1e9e\x212b", L"i\x0130\x1e9e\x212b"},
+        {kEnglish, kLower | kLinguistic, L"I\x1e9e\x212b", L"i\x00df\x00e5"}, {kTurkish, kUpper, L"ii", L"II"},
+        {kTurkish, kUpper | kLinguistic, L"i\x0131", L"\x0130I"},
+        {kTurkish, kLower | kLinguistic, L"I\x0130", L"\x0131i"},
+        {LOCALE_INVARIANT, kUpper | kLinguistic, L"stra\u00dfe", L"STRA\u00dfE"},
+        {LOCALE_USER_DEFAULT, kUpper, L"a\0b\xd801\xdc28\xd801"sv, L"A\0B\xd801\xdc00\xd801"sv}};
     wchar_t mapped[32];
     for (const auto& row : cases)
     {
@@ -64,21 +65,21 @@ TEST(Casing, MapsByFlagsAndLanguage)
             LCMapStringW(row.locale, row.flags, row.text.data(), static_cast<int>(row.text.size()), mapped, 32);
         EXPECT_EQ(std::wstring_view(mapped, static_cast<std::size_t>(length)), row.mapped);
     }
-    EXPECT_EQ(LCMapStringEx(L"", UPPER | LINGUISTIC, L"i", 1, mapped, 4, nullptr, nullptr, 0), 1);
+    EXPECT_EQ(LCMapStringEx(L"", kUpper | kLinguistic, L"i", 1, mapped, 4, nullptr, nullptr, 0), 1);
     EXPECT_EQ(mapped[0], L'I');
-    EXPECT_EQ(LCMapStringEx(L"tr-TR", UPPER | LINGUISTIC, L"i", 1, mapped, 4, nullptr, nullptr, 0), 1);
+    EXPECT_EQ(LCMapStringEx(L"tr-TR", kUpper | kLinguistic, L"i", 1, mapped, 4, nullptr, nullptr, 0), 1);
     EXPECT_EQ(mapped[0], 0x0130);
-    EXPECT_EQ(LCMapStringEx(L"xx-YY", UPPER, L"i", 1, mapped, 4, nullptr, nullptr, 0), 0);
+    EXPECT_EQ(LCMapStringEx(L"xx-YY", kUpper, L"i", 1, mapped, 4, nullptr, nullptr, 0), 0);
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
 }
 
 TEST(Casing, MapStringSizesAndErrors)
 {
     wchar_t buffer[] = L"######", text[] = L"abc";
-    EXPECT_EQ(LCMapStringW(ENGLISH, UPPER, L"abc", -1, nullptr, 0), 4);
-    EXPECT_EQ(LCMapStringW(ENGLISH, UPPER, L"abc", 2, buffer, 2), 2);
+    EXPECT_EQ(LCMapStringW(kEnglish, kUpper, L"abc", -1, nullptr, 0), 4);
+    EXPECT_EQ(LCMapStringW(kEnglish, kUpper, L"abc", 2, buffer, 2), 2);
     EXPECT_EQ(buffer, L"AB####"sv);
-    EXPECT_EQ(LCMapStringW(ENGLISH, UPPER, text, -1, text, 4), 4);
+    EXPECT_EQ(LCMapStringW(kEnglish, kUpper, text, -1, text, 4), 4);
     EXPECT_EQ(text, L"ABC"sv);
 
     struct
@@ -88,12 +89,12 @@ TEST(Casing, MapStringSizesAndErrors)
         const wchar_t* text;
         int length, size;
         DWORD error;
-    } const refused[] = {{ENGLISH, UPPER, L"abc", -1, 3, ERROR_INSUFFICIENT_BUFFER},
-        {ENGLISH, UPPER, L"abc", 0, 3, ERROR_INVALID_PARAMETER},
-        {ENGLISH, UPPER, nullptr, -1, 3, ERROR_INVALID_PARAMETER},
-        {ENGLISH, UPPER, L"abc", 3, -1, ERROR_INVALID_PARAMETER},
-        {UNKNOWN, UPPER, L"abc", 3, 3, ERROR_INVALID_PARAMETER}, {ENGLISH, 0, L"abc", 3, 3, ERROR_INVALID_FLAGS},
-        {ENGLISH, LINGUISTIC, L"abc", 3, 3, ERROR_INVALID_FLAGS}};
+    } const refused[] = {{kEnglish, kUpper, L"abc", -1, 3, ERROR_INSUFFICIENT_BUFFER},
+        {kEnglish, kUpper, L"abc", 0, 3, ERROR_INVALID_PARAMETER},
+        {kEnglish, kUpper, nullptr, -1, 3, ERROR_INVALID_PARAMETER},
+        {kEnglish, kUpper, L"abc", 3, -1, ERROR_INVALID_PARAMETER},
+        {kUnknown, kUpper, L"abc", 3, 3, ERROR_INVALID_PARAMETER}, {kEnglish, 0, L"abc", 3, 3, ERROR_INVALID_FLAGS},
+        {kEnglish, kLinguistic, L"abc", 3, 3, ERROR_INVALID_FLAGS}};
     for (const auto& row : refused)
     {
         SetLastError(ERROR_SUCCESS);
@@ -113,22 +114,22 @@ TEST(Order, WordSort)
     struct
     {
         std::wstring_view less, greater;
-    } constexpr CASES[] = {{L"a", L"A"}, {L"A", L"b"}, {L"abc", L"abcd"}, {L"", L"a"}, {L"A1", L"a2"}, {L"10", L"9"},
+    } constexpr kCases[] = {{L"a", L"A"}, {L"A", L"b"}, {L"abc", L"abcd"}, {L"", L"a"}, {L"A1", L"a2"}, {L"10", L"9"},
         {L"_", L"a"}, {L"a b", L"ab"}, {L"z", L"\x03b1"}, {L"\x03c9", L"\x0430"}, {L"a", L"\x00e4"}, {L"\x00e4", L"az"},
         {L"\x00e4", L"\x00c4"}, {L"ete", L"\x00e9t\x00e9"}, {L"resume", L"r\x00e9sum\x00e9"}, {L"t", L"\x00fe"},
         {L"\x4e00", L"\x4e01"}, {L"a", L"a\0b"sv},
         // Hyphens and apostrophes only decide between otherwise equal words.
         {L"coop", L"co-op"}, {L"co-op", L"coops"}, {L"cant", L"can't"}, {L"a-b", L"-ab"}, {L"ab-c", L"a-bc"},
         {L"a-bc", L"a-b-c"}, {L"a'b", L"a-b"}, {L"-", L"-a"}, {L"Co-op", L"coops"}};
-    for (const auto& [less, greater] : CASES)
+    for (const auto& [less, greater] : kCases)
     {
-        EXPECT_EQ(Compare(ENGLISH, 0, less, greater), CSTR_LESS_THAN) << testing::PrintToString(less);
-        EXPECT_EQ(Compare(ENGLISH, 0, greater, less), CSTR_GREATER_THAN) << testing::PrintToString(less);
+        EXPECT_EQ(Compare(kEnglish, 0, less, greater), CSTR_LESS_THAN) << testing::PrintToString(less);
+        EXPECT_EQ(Compare(kEnglish, 0, greater, less), CSTR_GREATER_THAN) << testing::PrintToString(less);
     }
 
-    constexpr std::wstring_view SIGNS = L"'- !\"#$%&()*,./:;?@[\\]^_`{|}~+<=>0123456789aAbBzZ";
-    for (std::size_t i = 1; i < SIGNS.size(); ++i)
-        EXPECT_EQ(Compare(ENGLISH, 0, SIGNS.substr(i - 1, 1), SIGNS.substr(i, 1)), CSTR_LESS_THAN) << i;
+    constexpr std::wstring_view kSigns = L"'- !\"#$%&()*,./:;?@[\\]^_`{|}~+<=>0123456789aAbBzZ";
+    for (std::size_t i = 1; i < kSigns.size(); ++i)
+        EXPECT_EQ(Compare(kEnglish, 0, kSigns.substr(i - 1, 1), kSigns.substr(i, 1)), CSTR_LESS_THAN) << i;
 }
 
 TEST(Order, FlagsAndLocales)
@@ -139,36 +140,37 @@ TEST(Order, FlagsAndLocales)
         DWORD flags;
         std::wstring_view a, b;
         int result;
-    } constexpr CASES[] = {{ENGLISH, 0, L"", L"", CSTR_EQUAL}, {ENGLISH, 0, L"ss", L"\x00df", CSTR_EQUAL},
-        {ENGLISH, 0, L"ae", L"\x00e6", CSTR_EQUAL}, {ENGLISH, 0, L"a\x0308", L"\x00e4", CSTR_EQUAL},
-        {ENGLISH, 0, L"\x00ad\x0061", L"a", CSTR_EQUAL},
-        {ENGLISH, NORM_IGNORECASE, L"STRASSE\x0416", L"stra\u00dfe\x0436", CSTR_EQUAL},
-        {ENGLISH, NORM_IGNORECASE, L"A1", L"a2", CSTR_LESS_THAN},
-        {ENGLISH, NORM_IGNORECASE, L"Co-op", L"coop", CSTR_GREATER_THAN},
-        {ENGLISH, NORM_IGNORECASE, L"\x00e4", L"a", CSTR_GREATER_THAN}, // accents and width are still significant
-        {ENGLISH, NORM_IGNORECASE, L"a", L"\xff21", CSTR_LESS_THAN}, {TURKISH, NORM_IGNORECASE, L"I", L"i", CSTR_EQUAL},
-        {GERMAN, 0, L"\x00e4", L"z", CSTR_LESS_THAN}, {SWEDISH, 0, L"\x00e4", L"z", CSTR_GREATER_THAN},
-        {SWEDISH, 0, L"\x00e5", L"\x00e4", CSTR_LESS_THAN}, {CZECH, 0, L"ch", L"cz", CSTR_GREATER_THAN},
-        {CZECH, 0, L"ch", L"i", CSTR_LESS_THAN}, {ESTONIAN, 0, L"z", L"t", CSTR_LESS_THAN}};
-    for (const auto& row : CASES)
+    } constexpr kCases[] = {{kEnglish, 0, L"", L"", CSTR_EQUAL}, {kEnglish, 0, L"ss", L"\x00df", CSTR_EQUAL},
+        {kEnglish, 0, L"ae", L"\x00e6", CSTR_EQUAL}, {kEnglish, 0, L"a\x0308", L"\x00e4", CSTR_EQUAL},
+        {kEnglish, 0, L"\x00ad\x0061", L"a", CSTR_EQUAL},
+        {kEnglish, NORM_IGNORECASE, L"STRASSE\x0416", L"stra\u00dfe\x0436", CSTR_EQUAL},
+        {kEnglish, NORM_IGNORECASE, L"A1", L"a2", CSTR_LESS_THAN},
+        {kEnglish, NORM_IGNORECASE, L"Co-op", L"coop", CSTR_GREATER_THAN},
+        {kEnglish, NORM_IGNORECASE, L"\x00e4", L"a", CSTR_GREATER_THAN}, // accents and width are still significant
+        {kEnglish, NORM_IGNORECASE, L"a", L"\xff21", CSTR_LESS_THAN},
+        {kTurkish, NORM_IGNORECASE, L"I", L"i", CSTR_EQUAL}, {kGerman, 0, L"\x00e4", L"z", CSTR_LESS_THAN},
+        {kSwedish, 0, L"\x00e4", L"z", CSTR_GREATER_THAN}, {kSwedish, 0, L"\x00e5", L"\x00e4", CSTR_LESS_THAN},
+        {kCzech, 0, L"ch", L"cz", CSTR_GREATER_THAN}, {kCzech, 0, L"ch", L"i", CSTR_LESS_THAN},
+        {kEstonian, 0, L"z", L"t", CSTR_LESS_THAN}};
+    for (const auto& row : kCases)
         EXPECT_EQ(Compare(row.locale, row.flags, row.a, row.b), row.result)
             << row.locale << testing::PrintToString(row.a);
 }
 
 TEST(Order, LengthsAndErrors)
 {
-    EXPECT_EQ(CompareStringW(ENGLISH, 0, L"abc", 2, L"abd", 2), CSTR_EQUAL);
-    EXPECT_EQ(CompareStringW(ENGLISH, 0, L"abc", -1, L"abcx", 3), CSTR_EQUAL);
-    EXPECT_EQ(CompareStringW(ENGLISH, 0, L"abc", 0, L"", -1), CSTR_EQUAL);
+    EXPECT_EQ(CompareStringW(kEnglish, 0, L"abc", 2, L"abd", 2), CSTR_EQUAL);
+    EXPECT_EQ(CompareStringW(kEnglish, 0, L"abc", -1, L"abcx", 3), CSTR_EQUAL);
+    EXPECT_EQ(CompareStringW(kEnglish, 0, L"abc", 0, L"", -1), CSTR_EQUAL);
     const auto error = [](LCID locale, DWORD flags, const wchar_t* a, const wchar_t* b)
     {
         SetLastError(ERROR_SUCCESS);
         return CompareStringW(locale, flags, a, -1, b, -1) == 0 ? GetLastError() : ERROR_SUCCESS;
     };
-    EXPECT_EQ(error(ENGLISH, 0, nullptr, L""), DWORD{ERROR_INVALID_PARAMETER});
-    EXPECT_EQ(error(ENGLISH, 0, L"", nullptr), DWORD{ERROR_INVALID_PARAMETER});
-    EXPECT_EQ(error(UNKNOWN, 0, L"a", L"b"), DWORD{ERROR_INVALID_PARAMETER});
-    EXPECT_EQ(error(ENGLISH, 0x80, L"a", L"b"), DWORD{ERROR_INVALID_FLAGS});
+    EXPECT_EQ(error(kEnglish, 0, nullptr, L""), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(error(kEnglish, 0, L"", nullptr), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(error(kUnknown, 0, L"a", L"b"), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(error(kEnglish, 0x80, L"a", L"b"), DWORD{ERROR_INVALID_FLAGS});
 }
 
 } // namespace

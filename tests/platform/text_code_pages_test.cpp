@@ -72,7 +72,7 @@ struct DecodeCase
     const char* units;
 };
 
-constexpr DecodeCase VALID[] = {{1250, "\xb1\xb9\x8a", "00b1 0105 0160"},
+constexpr DecodeCase kValid[] = {{1250, "\xb1\xb9\x8a", "00b1 0105 0160"},
     {1251, "\xcf\xf0\xe8\xa8", "041f 0440 0438 0401"},
     {1252, "\x80\x81\x8d\x9f\xe4\xff", "20ac 0081 008d 0178 00e4 00ff"}, {1253, "\xc1\xe1\xa2", "0391 03b1 0386"},
     {1254, "\xd0\xdd\xfe", "011e 0130 015f"}, {1255, "\xe0\xca\xc0", "05d0 05ba 05b0"},
@@ -90,13 +90,13 @@ constexpr DecodeCase VALID[] = {{1250, "\xb1\xb9\x8a", "00b1 0105 0160"},
 
 TEST_F(CodePages, BytesMeanWhatThePageSays)
 {
-    for (const DecodeCase& row : VALID)
+    for (const DecodeCase& row : kValid)
         for (const DWORD flags : {0, row.page == CP_UTF7 ? 0 : MB_ERR_INVALID_CHARS})
             EXPECT_EQ(Decode(row.page, row.bytes, flags), row.units) << row.page << ' ' << flags;
 }
 
 // The result of decoding damaged bytes leniently. With strict decoding they must be refused.
-constexpr DecodeCase DAMAGED[] = {{1253, "\xaa\xd2\xff", "f8f9 f8fa f8fb"}, {1255, "\xd9\xff", "f88d f896"},
+constexpr DecodeCase kDamaged[] = {{1253, "\xaa\xd2\xff", "f8f9 f8fa f8fb"}, {1255, "\xd9\xff", "f88d f896"},
     {1257, "\xa1\xa5", "f8fc f8fd"}, {874, "\xdb\xff", "f8c1 f8c8"}, {28596, "\xa1\xff", "f7c8 f7f4"},
     {28598, "\xa1\xfd", "f79c f7bf"}, {932, "\xa0\xfd\xff", "f8f0 f8f1 f8f3"}, {932, "\x81", "30fb"},
     {932, "\x81\x20z", "30fb 007a"}, {932, "\x81\0z"sv, "30fb 0000 007a"}, {936, "\x81", "003f"},
@@ -110,7 +110,7 @@ constexpr DecodeCase DAMAGED[] = {{1253, "\xaa\xd2\xff", "f8f9 f8fa f8fb"}, {125
 
 TEST_F(CodePages, DamageIsReplacedOrRefused)
 {
-    for (const DecodeCase& row : DAMAGED)
+    for (const DecodeCase& row : kDamaged)
     {
         EXPECT_EQ(Decode(row.page, row.bytes), row.units) << row.page;
         EXPECT_EQ(Decode(row.page, row.bytes, MB_ERR_INVALID_CHARS), "error 1113") << row.page << ' ' << row.units;
@@ -124,7 +124,7 @@ struct EncodeCase
     const char* bytes;
 };
 
-constexpr EncodeCase WRITTEN[] = {{1252, L"a\x20ac\x00e4\x0081", "61 80 e4 81"}, {1251, L"\x041f\x0401", "cf a8"},
+constexpr EncodeCase kWritten[] = {{1252, L"a\x20ac\x00e4\x0081", "61 80 e4 81"}, {1251, L"\x041f\x0401", "cf a8"},
     {1253, L"\xf8f9", "aa"}, {932, L"a\x3042\xff71\x2170\x30fb", "61 82 a0 b1 fa 40 81 45"},
     {936, L"\x4e2d\x20ac", "d6 d0 80"}, {949, L"\xac00", "b0 a1"}, {950, L"\x4e2d\x2550", "a4 a4 f9 f9"},
     {437, L"\x2502\x00b5", "b3 e6"},
@@ -138,7 +138,7 @@ constexpr EncodeCase WRITTEN[] = {{1252, L"a\x20ac\x00e4\x0081", "61 80 e4 81"},
 
 TEST_F(CodePages, TextIsWrittenInThePage)
 {
-    for (const EncodeCase& row : WRITTEN)
+    for (const EncodeCase& row : kWritten)
         EXPECT_EQ(Encode(row.page, row.text), row.bytes) << row.page;
 }
 
@@ -151,11 +151,11 @@ TEST_F(CodePages, ReplacementCharacters)
         DWORD flags;
         const char *defaultChar, *bytes;
         BOOL isUsed;
-    } constexpr CASES[] = {{1252, L"a\x4e2d", 0, nullptr, "61 3f", TRUE}, {1252, L"a?", 0, nullptr, "61 3f", FALSE},
+    } constexpr kCases[] = {{1252, L"a\x4e2d", 0, nullptr, "61 3f", TRUE}, {1252, L"a?", 0, nullptr, "61 3f", FALSE},
         {1252, L"\x0100", 0, nullptr, "41", FALSE}, {1252, L"\x0100", WC_NO_BEST_FIT_CHARS, nullptr, "3f", TRUE},
         {1252, L"\xd83d\xde00", 0, nullptr, "3f 3f", TRUE}, {1252, L"\x4e2d", 0, "xy", "78", TRUE},
         {1252, L"\x4e2d", 0, "", "00", TRUE}, {932, L"\x1234z", 0, "\x81\x40", "81 40 7a", TRUE}};
-    for (const auto& row : CASES)
+    for (const auto& row : kCases)
     {
         BOOL isUsed = FALSE;
         EXPECT_EQ(Encode(row.page, row.text, row.flags, row.defaultChar, &isUsed), row.bytes);
@@ -294,7 +294,7 @@ TEST_F(CodePages, ArgumentsAreChecked)
 
 #ifndef _WIN32
 // Pages that Wine lacks.
-constexpr DecodeCase SHIFTED[] = {{50220, "a\x1b$B$\"%\"\x1b(Bz", "0061 3042 30a2 007a"},
+constexpr DecodeCase kShifted[] = {{50220, "a\x1b$B$\"%\"\x1b(Bz", "0061 3042 30a2 007a"},
     {50220, "\x1b$@$\"\n\x1b(J\\\x1b(I1", "3042 000a 005c ff71"}, {50221, "\xb1\0161\0171", "ff71 ff71 0031"},
     {50222, "\0161\017\x1b$B$\"", "ff71 3042"}, {50225, "\x1b$)Ca\0160!\017z", "0061 ac00 007a"},
     {52936, "a~~~{VPND~}z~\n!", "0061 007e 4e2d 6587 007a 0021"},
@@ -305,7 +305,7 @@ constexpr DecodeCase SHIFTED[] = {{50220, "a\x1b$B$\"%\"\x1b(Bz", "0061 3042 30a
     // Damage: an unknown escape, half a character, an unterminated shift.
     {50220, "\x1b$Z\x1b$B$", "001b 0024 005a 30fb"}, {52936, "~{VP", "4e2d"}, {51932, "\xa4", "30fb"}};
 
-constexpr EncodeCase SHIFTED_WRITTEN[] = {{50220, L"a\x3042z", "61 1b 24 42 24 22 1b 28 42 7a"},
+constexpr EncodeCase kShiftedWritten[] = {{50220, L"a\x3042z", "61 1b 24 42 24 22 1b 28 42 7a"},
     {50220, L"\xff76\xff9e\xff71", "1b 24 42 25 2c 25 22 1b 28 42"}, // half-width kana become full-width
     {50221, L"\xff71z", "1b 28 49 31 1b 28 42 7a"}, {50222, L"\xff71", "0e 31 1b 28 42"},
     {50225, L"a\xac00z", "1b 24 29 43 61 0e 30 21 0f 7a"}, {52936, L"~\x4e2dz", "7e 7e 7e 7b 56 50 7e 7d 7a"},
@@ -314,9 +314,9 @@ constexpr EncodeCase SHIFTED_WRITTEN[] = {{50220, L"a\x3042z", "61 1b 24 42 24 2
 
 TEST_F(CodePages, ShiftedAndNationalPages)
 {
-    for (const DecodeCase& row : SHIFTED)
+    for (const DecodeCase& row : kShifted)
         EXPECT_EQ(Decode(row.page, row.bytes), row.units) << row.page;
-    for (const EncodeCase& row : SHIFTED_WRITTEN)
+    for (const EncodeCase& row : kShiftedWritten)
         EXPECT_EQ(Encode(row.page, row.text), row.bytes) << row.page;
 }
 #endif

@@ -43,11 +43,11 @@ TEST(Messages, Escapes)
         const wchar_t* message;
         const char* result;
         const char* withoutInserts;
-    } constexpr CASES[] = {{L"%%|%.|%!|% |", "%|.|!| |", "%%|%.|%!|% |"},
+    } constexpr kCases[] = {{L"%%|%.|%!|% |", "%|.|!| |", "%%|%.|%!|% |"},
         {L"a%nb%tc%rd", "a\r\nb\tc\rd", "a\r\nb\tc\rd"}, {L"%q", "q", "%q"}, {L"a%0b", "a", "a"},
         {L"a\nb\r\nc\rd", "a\r\nb\r\nc\r\nd", "a\r\nb\r\nc\r\nd"}, {L"", "error 235", "error 235"},
         {L"a%", "error 87", "error 87"}};
-    for (const auto& row : CASES)
+    for (const auto& row : kCases)
     {
         EXPECT_EQ(Format(0, row.message), row.result);
         EXPECT_EQ(Format(FORMAT_MESSAGE_IGNORE_INSERTS, row.message), row.withoutInserts);

@@ -97,14 +97,14 @@ TEST(UsersZone, RulesOfKnownZones)
         const char* toDaylight;
         const char* toStandard;
         LONG daylightBias = -60;
-    } constexpr CASES[] = {{"Europe/Dublin", 0, "3/5 1", "10/5 2"}, // Irish law defines winter time as the deviation
+    } constexpr kCases[] = {{"Europe/Dublin", 0, "3/5 1", "10/5 2"}, // Irish law defines winter time as the deviation
         {"America/New_York", 300, "3/2 2", "11/1 2"}, {"Australia/Sydney", -600, "10/1 2", "4/1 3"},
         {"Australia/Lord_Howe", -630, "10/1 2", "4/1 2", -30}, {"America/Sao_Paulo", 180, "-", "-"},
         {"Asia/Kolkata", -330, "-", "-"}, {"BRT3BRST,M11.1.0/0,M2.3.0/0", 180, "11/1 0", "2/3 0"},
         {"XST-1XDT,M3.4.0,M10.4.0", -60, "3/4 2", "10/4 2"}, // a fourth Sunday, which is rarely the last one
         {"Europe/Berlin", -60, "3/5 2", "10/5 3"}};
     TIME_ZONE_INFORMATION zone;
-    for (const auto& row : CASES)
+    for (const auto& row : kCases)
     {
         SetZone(row.name);
         EXPECT_EQ(GetTimeZoneInformation(&zone) == TIME_ZONE_ID_UNKNOWN, row.toDaylight[0] == '-') << row.name;
@@ -130,7 +130,7 @@ TEST(UsersZone, TimesOfThePast)
         Convert convert;
         const char* time;
         const char* result;
-    } constexpr CASES[] = {{"Europe/Berlin", ToLocal, "1601-07-01 00:00", "1601-07-01 01:00"},
+    } constexpr kCases[] = {{"Europe/Berlin", ToLocal, "1601-07-01 00:00", "1601-07-01 01:00"},
         {"Europe/Berlin", ToLocal, "1979-07-01 00:00", "1979-07-01 01:00"}, // no daylight saving time yet
         {"Europe/Berlin", ToLocal, "1980-07-01 00:00", "1980-07-01 02:00"},
         {"Europe/Berlin", ToLocal, "2018-03-25 00:59", "2018-03-25 01:59"},
@@ -156,7 +156,7 @@ TEST(UsersZone, TimesOfThePast)
         {"Australia/Sydney", ToLocal, "2018-10-06 16:00", "2018-10-07 03:00"},
         {"Australia/Sydney", ToLocal, "2018-12-31 23:30", "2019-01-01 10:30"},
         {"Asia/Kolkata", ToLocal, "1601-01-01 00:00", "1601-01-01 05:30"}};
-    for (const auto& row : CASES)
+    for (const auto& row : kCases)
     {
         SetZone(row.zone);
         EXPECT_EQ(Converted(row.convert, nullptr, row.time), row.result) << row.zone << ' ' << row.time;

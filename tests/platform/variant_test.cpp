@@ -15,15 +15,15 @@ namespace
 using namespace qxtest;
 
 #ifdef _WIN32 // bugs and gaps of Wine are not expectations
-constexpr bool ON_LINUX = false;
+constexpr bool kOnLinux = false;
 #else
-constexpr bool ON_LINUX = true;
+constexpr bool kOnLinux = true;
 #endif
 
-constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
-constexpr double UNBOUNDED = std::numeric_limits<double>::infinity();
+constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr double kUnbounded = std::numeric_limits<double>::infinity();
 
-std::string Changed(const VARIANT& source, VARTYPE type, LCID locale = ENGLISH)
+std::string Changed(const VARIANT& source, VARTYPE type, LCID locale = kEnglish)
 {
     Value result;
     const HRESULT code = VariantChangeTypeEx(&result, const_cast<VARIANT*>(&source), locale, 0, type);
@@ -49,7 +49,7 @@ void CheckChanges(const std::vector<Change>& changes)
 {
     for (const auto& [source, targets] : changes)
         for (const Target& target : targets)
-            EXPECT_TRUE((!target.onWineToo && !ON_LINUX) || Changed(source, target.type) == target.expected)
+            EXPECT_TRUE((!target.onWineToo && !kOnLinux) || Changed(source, target.type) == target.expected)
                 << "from " << source.vt << ' ' << Readable(source) << " to " << target.type << ": "
                 << Changed(source, target.type) << " for " << target.expected;
 }
@@ -82,9 +82,9 @@ TEST(VariantChangeType, NumbersToNumbers)
         {R8(1e-5), {{VT_DECIMAL, "1/5"}, {VT_CY, "0"}}},
         {R8(1.0 / 3), {{VT_DECIMAL, "0:12f2a:36ecd555/15", false}}}, // Wine: one more digit
         {R8(123456.123456), {{VT_CY, "1234561235"}, {VT_DECIMAL, "0:1c:be8ef240/6"}}},
-        {R8(UNBOUNDED), {{VT_I4, "overflow"}, {VT_R4, "overflow"}, {VT_DECIMAL, "overflow"}, {VT_CY, "overflow"}}},
-        {R8(NOT_A_NUMBER), {{VT_I4, "overflow", false}, {VT_UI8, "overflow", false}, {VT_CY, "overflow"},
-                               {VT_DATE, "overflow", false}, {VT_DECIMAL, "overflow", false}, {VT_BOOL, "-1"}}},
+        {R8(kUnbounded), {{VT_I4, "overflow"}, {VT_R4, "overflow"}, {VT_DECIMAL, "overflow"}, {VT_CY, "overflow"}}},
+        {R8(kNotANumber), {{VT_I4, "overflow", false}, {VT_UI8, "overflow", false}, {VT_CY, "overflow"},
+                              {VT_DATE, "overflow", false}, {VT_DECIMAL, "overflow", false}, {VT_BOOL, "-1"}}},
         {R4(0.1f), {{VT_DECIMAL, "1/1"}, {VT_CY, "1000"}, {VT_R8, "0.10000000149011612"}}},
         {R4(1e10f), {{VT_I8, "10000000000"}, {VT_I4, "overflow"}, {VT_DATE, "overflow", false}}},
         {Value(VT_CY, 12345), {{VT_R8, "1.2345"}, {VT_I4, "1"}, {VT_DECIMAL, "12345/4"}}},
@@ -119,14 +119,15 @@ TEST(VariantChangeType, NumbersToText)
     {
         Value source;
         const char* text;
-        LCID locale = ENGLISH;
+        LCID locale = kEnglish;
     } const cases[] = {{Value(VT_I1, -5), "-5"}, {Value(VT_UI8, -1), "18446744073709551615"},
         {Value(VT_BOOL, 0xffff), "-1"}, {R8(-0.0), "0"}, {R8(1.0 / 3), "0.333333333333333"},
         {R8(123456789012345), "123456789012345"}, {R8(1234567890123456), "1.23456789012346E+15"}, {R8(1e15), "1E+15"},
         {R8(0.0001), "0.0001"}, {R8(1e-5), "1E-05"}, {R8(-1e300), "-1E+300"}, {R4(0.1f), "0.1"}, {R4(1e10f), "1E+10"},
         {Value(VT_CY, 12345), "1.2345"}, {Value(VT_CY, -5000), "-0.5"}, {Value(VT_CY, 10000), "1"},
         {SmallDecimal(-150, 2), "-1.5"}, {Decimal(false, ~0u, ~0u, ~0u, 28), "7.9228162514264337593543950335"},
-        {R8(-1234.5), "-1234,5", GERMAN}, {Value(VT_CY, 12345), "1,2345", GERMAN}, {SmallDecimal(5, 1), "0,5", GERMAN}};
+        {R8(-1234.5), "-1234,5", kGerman}, {Value(VT_CY, 12345), "1,2345", kGerman},
+        {SmallDecimal(5, 1), "0,5", kGerman}};
     for (const auto& row : cases)
         EXPECT_EQ(Changed(row.source, VT_BSTR, row.locale), '"' + std::string(row.text) + '"');
 }
@@ -183,10 +184,10 @@ TEST(VariantChangeType, TextOfOtherLocales)
         LCID locale;
         const wchar_t* text;
         const char* number;
-    } constexpr CASES[] = {{GERMAN, L"1.000,5", "1000.5"}, {GERMAN, L"1.5", "15"}, {GERMAN, L"-€1,5", "-1.5"},
-        {GERMAN, L"1,5 €", "1.5"}, {GERMAN, L"1 000", "mismatch"}, {FRENCH, L"1 000,5", "1000.5"},
-        {FRENCH, L"1\u00a0000,5", "1000.5"}, {FRENCH, L"1.5", "mismatch"}, {SWISS, L"CHF 1’000.5", "1000.5"}};
-    for (const auto& row : CASES)
+    } constexpr kCases[] = {{kGerman, L"1.000,5", "1000.5"}, {kGerman, L"1.5", "15"}, {kGerman, L"-€1,5", "-1.5"},
+        {kGerman, L"1,5 €", "1.5"}, {kGerman, L"1 000", "mismatch"}, {kFrench, L"1 000,5", "1000.5"},
+        {kFrench, L"1\u00a0000,5", "1000.5"}, {kFrench, L"1.5", "mismatch"}, {kSwiss, L"CHF 1’000.5", "1000.5"}};
+    for (const auto& row : kCases)
         EXPECT_EQ(Changed(Text(row.text), VT_R8, row.locale), row.number) << ReadableText(row.text);
 }
 
@@ -240,7 +241,7 @@ TEST(VarCmp, Orders)
         {SmallDecimal(10, 1), SmallDecimal(100, 2), VARCMP_EQ}, {Decimal(true, 0, 0, 0, 0), SmallDecimal(0), VARCMP_EQ},
         {SmallDecimal(1, 28), Decimal(false, 0x204fce5e, 0x3e250261, 0x10000000, 0), VARCMP_LT},
         {SmallDecimal(-1, 1), SmallDecimal(-1, 2), VARCMP_LT}, {SmallDecimal(1), R8(1e300), VARCMP_LT},
-        {SmallDecimal(1, 1), R8(0.1), VARCMP_EQ}, {R8(NOT_A_NUMBER), R8(NOT_A_NUMBER), VARCMP_GT},
+        {SmallDecimal(1, 1), R8(0.1), VARCMP_EQ}, {R8(kNotANumber), R8(kNotANumber), VARCMP_GT},
         // A text is greater than any value of another type.
         {Text(L"1"), I4(2), VARCMP_GT}, {R8(1.5), Text(L"1.50"), VARCMP_LT}, {Text(L"abc"), Text(L"ABC"), VARCMP_LT},
         {Text(L"abc"), Text(L"ABC"), VARCMP_EQ, NORM_IGNORECASE}, {Value(VT_BSTR), Text(L""), VARCMP_EQ},
@@ -250,7 +251,7 @@ TEST(VarCmp, Orders)
     for (const auto& row : cases)
     {
         Value left = row.left, right = row.right;
-        EXPECT_EQ(VarCmp(&left, &right, ENGLISH, row.flags), row.expected)
+        EXPECT_EQ(VarCmp(&left, &right, kEnglish, row.flags), row.expected)
             << left.vt << ' ' << Readable(left) << " and " << right.vt << ' ' << Readable(right);
     }
 }
@@ -276,10 +277,10 @@ TEST(VariantTime, ToSystemTime)
         {61, "1900-3-1 0:0:0.0", 4}, {1.49 / 86400, "1899-12-30 0:0:1.0", 6}, {2.5 / 86400, "1899-12-30 0:0:3.0", 6},
         {1.99999999, "1900-1-1 0:0:0.0"}, {-657434.5, "100-1-1 12:0:0.0", 5}, {-657435, "no"},
         {2958465.99999, "9999-12-31 23:59:59.0", 5}, {2958465.9999999, "no", -1, false}, // Wine: the year 10000
-        {2958466, "no"}, {1e300, "no"}, {NOT_A_NUMBER, "no", -1, false}};                // Wine: day 0
+        {2958466, "no"}, {1e300, "no"}, {kNotANumber, "no", -1, false}};                 // Wine: day 0
     for (const auto& row : cases)
     {
-        if (!row.onWineToo && !ON_LINUX)
+        if (!row.onWineToo && !kOnLinux)
             continue;
         SYSTEMTIME time{};
         EXPECT_EQ(VariantTimeToSystemTime(row.date, &time) ? Time(time) : "no", row.expected) << row.date;

@@ -53,7 +53,7 @@ public:
     // Creates a file with these bytes and returns its path.
     qx::String Make(const wchar_t* name, std::string_view bytes) const
     {
-        const qx::String path = Path(name);
+        qx::String path = Path(name);
         const HANDLE file =
             CreateFileW(path.Text(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
         DWORD written = 0;

@@ -126,7 +126,7 @@ void ShowCountries(const CountryOptions& options)
     {
         if (options.asJson)
         {
-            std::cout << countries[i].dump() << '\n';
+            std::cout << JsonText(countries[i]) << '\n';
             continue;
         }
         if (i != 0)
@@ -156,7 +156,7 @@ void ShowKeys(const CountryOptions& options)
 {
     const std::vector<std::string> keys = Keys();
     if (options.asJson)
-        std::cout << ordered_json(keys).dump() << '\n';
+        std::cout << JsonText(keys) << '\n';
     else
         for (const std::string& key : keys)
             std::cout << key << '\n';
@@ -169,7 +169,7 @@ void ShowLanguage(const LanguageOptions& options)
     if (value.Number() == 0)
         throw Failure(kNotFound, "unknown language '" + Shown(options.name) + "'");
     if (options.asJson)
-        std::cout << ordered_json{{"language", options.name}, {"lcid", value.Number()}}.dump() << '\n';
+        std::cout << JsonText({{"language", options.name}, {"lcid", value.Number()}}) << '\n';
     else
         std::cout << value.Number() << '\n';
 }

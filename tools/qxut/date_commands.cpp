@@ -9,9 +9,11 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
+#include <iostream>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -92,16 +94,31 @@ std::string DateTextOf(const Time& time)
            Part(time.hour, "%02d") + ':' + Part(time.minute, "%02d") + ':' + Part(time.second, "%02d");
 }
 
+// Returns true if the calendar and the clock have this moment, the 60th second included.
+bool Exists(const Time& time)
+{
+    const std::chrono::year_month_day day{
+        std::chrono::year{time.year}, std::chrono::month{time.month}, std::chrono::day{time.day}};
+    return day.ok() && time.hour < 24 && time.minute < 60 && time.second <= 60;
+}
+
+// Reads the forms that don't depend on a locale. The library also accepts numbers that are no date.
+bool ReadMachineForm(const std::string& line, Time& time)
+{
+    time = {};
+    UtilLocDateTimeToSYSTEMTIME(WideText{line}, &time);
+    return Exists(time);
+}
+
 // Returns false if the text is not a date, or if the options reject it.
 bool Read(const std::string& line, const DateOptions& options, Time& time)
 {
-    time = {};
-    const WideText text{line};
     if (options.machine)
-        UtilLocDateTimeToSYSTEMTIME(text, &time);
-    else if (UtilLocSystemTimeFromLocaleString(options.locale, text, &time, options.flags) != 0)
+        return ReadMachineForm(line, time);
+    time = {};
+    if (UtilLocSystemTimeFromLocaleString(options.locale, WideText{line}, &time, options.flags) != 0)
         return false;
-    const bool mayBeTime = !options.machine && (options.flags & QXUT_LOCDATE_ALLOW_TIME_ONLY) != 0;
+    const bool mayBeTime = (options.flags & QXUT_LOCDATE_ALLOW_TIME_ONLY) != 0;
     const bool isAllZero = time.year == 0 && time.month == 0 && time.day == 0;
     return !isAllZero || (mayBeTime && line.find_first_of("123456789") != line.npos);
 }
@@ -112,30 +129,49 @@ std::string ParseLine(const std::string& line, const DateOptions& options)
     return Read(line, options, time) ? DateTextOf(time) : std::string();
 }
 
+// Returns true for digits of a date, with hours, minutes and seconds as far as they are given.
+bool IsCompactDate(const std::string& line)
+{
+    Time time;
+    return line.size() >= 8 && line.size() <= 14 && line.size() % 2 == 0 &&
+           line.find_first_not_of("0123456789") == line.npos && ReadMachineForm(line, time);
+}
+
 std::string FormatLine(const std::string& line, const DateOptions&)
 {
+    if (!IsCompactDate(line))
+        return "";
     QXWCHAR text[128];
     if (UtilDateTimeToLocaleString(WideText{line}, text, 128) != 1)
         throw Failure(kCannotRead, "the formatted date is too long");
     return Utf8(text);
 }
 
-// Converts each line. A line without a result becomes an empty line, or null in JSON.
+// Converts each line. A line without a result becomes an empty line, or null in JSON, and is named in a message.
 void Run(const DateOptions& options, std::string (*convert)(const std::string&, const DateOptions&))
 {
     std::string output;
     Json list = Json::array();
+    std::vector<std::string> problems;
+    std::size_t number = 0;
     for (const std::string& line : Lines(ReadInput(options.file)))
     {
+        ++number;
         const std::string result = convert(line, options);
+        if (result.empty())
+            problems.push_back((options.file == "-" ? "line " : options.file + ": line ") + std::to_string(number) +
+                               ": '" + line + "' is not a date");
         if (options.json)
             list.push_back({{"input", line}, {"result", result.empty() ? Json() : Json(result)}});
         else
             output += result + '\n';
     }
     if (options.json)
-        output = list.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+        output = JsonText(list, 2) + '\n';
     WriteOutput("-", output);
+    std::cout.flush();
+    if (!problems.empty())
+        throw Failure(kMalformed, problems);
 }
 
 std::shared_ptr<DateOptions> AddConversion(CLI::App& date, const char* name, const char* description,
@@ -158,7 +194,7 @@ void AddDateCommands(CLI::App& program)
 
     const auto parse = AddConversion(date, "parse",
         "parse each line and print it as 2018-02-03 04:05:06; an empty line is the current time; a line that is no "
-        "date prints an empty line",
+        "date prints an empty line, is named on standard error, and makes the exit code 4",
         ParseLine);
     CLI::App& command = *date.get_subcommand("parse");
     command.add_flag("--machine", parse->machine,
@@ -168,7 +204,9 @@ void AddDateCommands(CLI::App& program)
         command.add_flag_callback(
             flag.name, [parse, bit = flag.bit] { parse->flags |= bit; }, flag.description);
 
-    AddConversion(date, "format", "print compact dates (20180203 or 20180203040506) in the forms of the user's locale",
+    AddConversion(date, "format",
+        "print compact dates (20180203 or 20180203040506) in the forms of the user's locale; another line prints an "
+        "empty line, is named on standard error, and makes the exit code 4",
         FormatLine);
 }
 

@@ -3,6 +3,8 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace qxut
 {
@@ -18,15 +20,25 @@ enum ExitCode
     kCannotWrite = 6
 };
 
+// main() escapes the control characters of messages, which may contain names from anywhere.
 class Failure : public std::runtime_error
 {
 public:
     // `code` is an ExitCode, or 128 plus the number of a signal.
-    Failure(int code, const std::string& message) : std::runtime_error(message), _code(code) {}
+    Failure(int code, const std::string& message) : Failure(code, std::vector<std::string>{message}) {}
+    // For several messages; there must be at least one.
+    Failure(int code, std::vector<std::string> messages)
+        : std::runtime_error(messages.front()),
+          _code(code),
+          _messages(std::move(messages))
+    {
+    }
     int Code() const { return _code; }
+    const std::vector<std::string>& Messages() const { return _messages; }
 
 private:
     int _code;
+    std::vector<std::string> _messages;
 };
 
 } // namespace qxut

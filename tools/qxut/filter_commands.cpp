@@ -2,11 +2,14 @@
 
 #include "failure.h"
 #include "input_output.h"
+#include "pass_phrase.h"
+#include "terminal.h"
 #include "text.h"
 
 #include <qxut23/bstr.h>
 #include <qxut23/convert.h>
 #include <qxut23/markup.h>
+#include <qxut23/packed_text.h>
 #include <qxut23/page_text.h>
 
 #include <CLI/CLI.hpp>
@@ -29,7 +32,10 @@ struct FilterOptions
 {
     std::string file = "-";
     std::string output = "-";
+    KeyOptions key;
+    const QXWCHAR* passPhrase = nullptr; // what `key` refers to, while the filter runs
     bool compress = false;
+    bool lenient = false;
     bool placeholders = false;
     bool links = false;
     bool simple = false;
@@ -79,9 +85,9 @@ std::string Pack(const std::string& input, const FilterOptions& options)
     return packed.Text() + '\n';
 }
 
-std::string Unpack(const std::string& input, const FilterOptions&)
+// Reads anything, as the library's older functions do.
+std::string UnpackLeniently(const WideText& text)
 {
-    const WideText text = TextOf(input);
     const std::int32_t size = UtilConvertStringToBLOB(text, nullptr, 0);
     if (size < 0)
         throw Failure(kMalformed, "cannot unpack the input");
@@ -94,6 +100,45 @@ std::string Unpack(const std::string& input, const FilterOptions&)
     if (size > 0 && UtilConvertStringToBLOB(text, bytes.data(), static_cast<std::uint32_t>(size)) != size)
         throw Failure(kMalformed, "cannot unpack the input");
     return bytes;
+}
+
+std::int32_t Keep(void* context, const void* data, std::uint32_t size)
+{
+    try
+    {
+        static_cast<std::string*>(context)->assign(static_cast<const char*>(data), size);
+        return 1;
+    }
+    catch (const std::bad_alloc&)
+    {
+        return 0;
+    }
+}
+
+std::string Unpack(const std::string& input, const FilterOptions& options)
+{
+    const WideText text = TextOf(input);
+    if (options.lenient)
+        return UnpackLeniently(text);
+    std::string bytes;
+    const std::string name = options.file == "-" ? "" : options.file + ": ";
+    switch (QxUnpackText(text, options.passPhrase, Keep, &bytes))
+    {
+    case QXUT_UNPACK_OK:
+        return bytes;
+    case QXUT_UNPACK_NOT_PACKED:
+        throw Failure(kMalformed, name + "the input is not packed text; --lenient skips what doesn't belong to it");
+    case QXUT_UNPACK_WRONG_KEY:
+        throw Failure(kMalformed,
+            name + (options.key.IsGiven() ? "the pass phrase is wrong, or the packed text is damaged"
+                                          : "the text is encrypted and needs a pass phrase, or it is damaged"));
+    case QXUT_UNPACK_NOT_ENCRYPTED:
+        throw Failure(kMalformed, name + "the packed text is not encrypted; leave out the pass phrase");
+    case QXUT_UNPACK_DAMAGED:
+        throw Failure(kMalformed, name + "the packed text is damaged");
+    default:
+        throw std::bad_alloc();
+    }
 }
 
 void CheckMemory(std::int32_t result)
@@ -161,11 +206,16 @@ std::string Unmask(const std::string& input, const FilterOptions&)
     return text.Text();
 }
 
-void Run(Filter filter, const FilterOptions& options)
+void Run(Filter filter, FilterOptions options)
 {
+    // Read before the input, because both may come from the standard input.
+    const PassPhrase passPhrase(options.key, PassPhrase::Purpose::Decrypt);
+    options.passPhrase = passPhrase;
     try
     {
-        WriteOutput(options.output, filter(ReadInput(options.file), options));
+        const std::string output = filter(ReadInput(options.file), options);
+        const bool isSeen = options.output == "-" && OutputGoesToTerminal();
+        WriteOutput(options.output, isSeen ? ShownLines(output) : output);
     }
     catch (const std::bad_alloc&)
     {
@@ -196,7 +246,13 @@ void AddFilterCommands(CLI::App& program)
 
     const auto pack = AddFilter(program, "pack", "convert bytes to one line of packed text", Pack);
     AddFlag(program, "pack", "--compress", pack->compress, "compress the bytes first");
-    AddFilter(program, "unpack", "convert packed text back to bytes", Unpack);
+    const auto unpack = AddFilter(program, "unpack", "convert packed text back to bytes", Unpack);
+    AddFlag(program, "unpack", "--lenient", unpack->lenient,
+        "skip characters that don't belong to packed text, and accept damage as far as the library does");
+    CLI::App& unpacking = *program.get_subcommand("unpack");
+    AddKeyOptions(unpacking, unpack->key, "the pass phrase of encrypted text, such as an embedded file of a profile");
+    for (const char* const option : {"--key", "--key-file", "--key-fd", "--ask-key"})
+        unpacking.get_option("--lenient")->excludes(option);
 
     const auto toText = AddFilter(program, "html2text", "print the text of an HTML page", HtmlToText);
     AddFlag(program, "html2text", "--links", toText->links, "append the target of each link in brackets");

@@ -66,10 +66,9 @@ void TellWhere(const LogSetting& setting, bool asJson)
     const bool exists = !setting.path.empty() && !error;
     if (asJson)
     {
-        std::cout << ordered_json{{"file", setting.path.empty() ? ordered_json() : ordered_json(setting.path)},
+        std::cout << JsonText({{"file", setting.path.empty() ? ordered_json() : ordered_json(setting.path)},
                          {"bytes", exists ? ordered_json(size) : ordered_json()}, {"flush", setting.isFlushed},
-                         {"time", setting.usesCounter ? "counter" : "clock"}}
-                         .dump()
+                         {"time", setting.usesCounter ? "counter" : "clock"}})
                   << '\n';
         return;
     }
@@ -136,7 +135,7 @@ std::string AsJson(const std::string& line)
         json["digit"] = columns.digit[0] - '0';
     }
     json["text"] = columns.text;
-    return json.dump();
+    return JsonText(json);
 }
 
 class Printer

@@ -26,7 +26,7 @@ constexpr char kExitCodes[] = "Exit codes:\n"
                               "  1  the value or list doesn't exist, the value is not of the type, or there is no log\n"
                               "  2  invalid command line\n"
                               "  3  the file cannot be read\n"
-                              "  4  the file is malformed\n"
+                              "  4  the file or the input is malformed, or the pass phrase is wrong\n"
                               "  5  the file is locked by another process, or its contents cannot be read\n"
                               "  6  the file or the settings cannot be written\n";
 
@@ -64,6 +64,8 @@ int main(int argc, char** argv)
     AddLogCommands(program);
     AddCountryCommands(program);
     AddZipCommands(program);
+    program.failure_message([](const CLI::App*, const CLI::Error& error)
+        { return "qxut: " + Shown(error.what()) + "\nRun with --help or --help-all for more information.\n"; });
 
     std::vector<std::string> arguments = StartTerminal(argc, argv);
     try
@@ -78,7 +80,8 @@ int main(int argc, char** argv)
     }
     catch (const Failure& failure)
     {
-        std::cerr << "qxut: " << failure.what() << '\n';
+        for (const std::string& message : failure.Messages())
+            std::cerr << "qxut: " << Shown(message) << '\n';
         return failure.Code();
     }
     catch (const CLI::ParseError& error)
@@ -87,7 +90,7 @@ int main(int argc, char** argv)
     }
     catch (const std::exception& error)
     {
-        std::cerr << "qxut: " << error.what() << '\n';
+        std::cerr << "qxut: " << Shown(error.what()) << '\n';
         return kCannotRead;
     }
 }

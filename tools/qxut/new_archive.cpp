@@ -63,7 +63,7 @@ std::string NewPartPath(const std::string& archive)
     std::random_device random;
     for (;;)
     {
-        const std::string path =
+        std::string path =
             archive + '.' + std::to_string(ProcessId()) + '-' + std::to_string(random()) + kPartExtension;
         std::error_code error;
         if (!fs::exists(fs::symlink_status(fs::u8path(path), error)))
@@ -78,7 +78,7 @@ std::string LibraryErrorText(const std::string& otherwise)
     QXWCHAR* text = nullptr;
     if (QxGetErrorText(&text) == 0)
         return otherwise;
-    const std::string result = Utf8(text);
+    std::string result = Utf8(text);
     SysFreeString(text);
     return result;
 }

@@ -5,6 +5,7 @@
 #include "profile_file.h"
 #include "profile_show.h"
 #include "profile_types.h"
+#include "terminal.h"
 #include "text.h"
 
 #include <qxut23/profile.h>
@@ -69,7 +70,7 @@ void Show(const ProfileOptions& options)
     if (CountEntries(profile.Job()) == 0 &&
         std::filesystem::file_size(std::filesystem::u8path(options.file), ignored) > 0)
         std::cerr
-            << "qxut: note: " << options.file
+            << "qxut: note: " << Shown(options.file)
             << " has no entries; the first line of a profile must be [/], a section in brackets, or the first line "
                "of the XML form or of XFDF\n";
 }
@@ -103,19 +104,16 @@ void Get(const ProfileOptions& options)
         throw Failure(kNotFound, options.file + ": no value '" + Shown(options.path) + "'");
     const ordered_json shown = value.value_or(options.defaultValue);
     if (options.asJson)
-        std::cout << ordered_json{{"path", options.path}, {"value", shown}, {"found", value.has_value()}}.dump()
-                  << '\n';
-    else
-        std::cout << ValueText(shown) << '\n';
+        std::cout << JsonText({{"path", options.path}, {"value", shown}, {"found", value.has_value()}}) << '\n';
+    else // a program gets the value as it is
+        std::cout << (OutputGoesToTerminal() ? Shown(ValueText(shown)) : ValueText(shown)) << '\n';
 }
 
 // Prints the result of a change if the user requested JSON.
 void Report(const ProfileOptions& options, std::size_t changed)
 {
     if (options.asJson)
-        std::cout << ordered_json{{"file", options.output.empty() ? options.file : options.output},
-                         {"changed", changed}}
-                         .dump()
+        std::cout << JsonText({{"file", options.output.empty() ? options.file : options.output}, {"changed", changed}})
                   << '\n';
 }
 
@@ -298,11 +296,10 @@ void AddProfileCommands(CLI::App& program)
     profile.require_subcommand(1);
     profile.footer(
         "A path consists of list names and the name of the value, separated by /. Names are case-sensitive.\n"
-        "Saving preserves the form of the file, including packing. A file is changed in place only if nothing in it "
-        "is\n"
-        "lost by that: an INI file becomes a profile in the text form, and comments aren't kept. --output writes the\n"
-        "result to another file, --force changes the file nevertheless; convert writes the other forms. XFDF contains\n"
-        "only values: its lists are read back as dotted names.");
+        "Saving preserves the form of the file, including packing. A file is changed in place only if nothing in it\n"
+        "is lost by that: an INI file becomes a profile in the text form, and comments aren't kept. --output writes\n"
+        "the result to another file, --force changes the file nevertheless; convert writes the other forms. XFDF\n"
+        "contains only values: its lists are read back as dotted names.");
 
     CommandMaker(profile, "show", "print a profile, or one list of it, as a tree", Show);
     CommandMaker(profile, "get", "print one value", Get).Path("the path of the value").Type().Default();

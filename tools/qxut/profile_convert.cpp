@@ -1,10 +1,12 @@
 #include "profile_convert.h"
 
 #include "failure.h"
+#include "pass_phrase.h"
 #include "profile_file.h"
 #include "text.h"
 
 #include <qxut23/profile.h>
+#include <qxut23/profile_files.h>
 
 #include <nlohmann/json.hpp>
 
@@ -21,15 +23,13 @@ namespace qxut
 namespace
 {
 
-using nlohmann::ordered_json;
-
 struct ConvertOptions
 {
     std::string file;
     std::string target;
     std::vector<std::string> patterns;
     std::string list;
-    std::string key;
+    KeyOptions key;
     std::int32_t form = PROF_FORM_TEXT;
     bool create = false;
     bool pack = false;
@@ -44,7 +44,7 @@ const std::map<std::string, std::int32_t> kForms{
 void Report(const ConvertOptions& options, const std::string& path, const char* what, std::size_t count)
 {
     if (options.asJson)
-        std::cout << ordered_json{{"file", path}, {what, count}}.dump() << '\n';
+        std::cout << JsonText({{"file", path}, {what, count}}) << '\n';
 }
 
 void Convert(const ConvertOptions& options)
@@ -56,6 +56,7 @@ void Convert(const ConvertOptions& options)
 
 void Embed(const ConvertOptions& options)
 {
+    const PassPhrase key(options.key, PassPhrase::Purpose::Encrypt);
     const auto embed = [&](const ProfileFile& profile)
     {
         if (profile.Form() == PROF_FORM_XFDF)
@@ -66,7 +67,7 @@ void Embed(const ConvertOptions& options)
         for (const std::string& pattern : options.patterns)
         {
             const std::int32_t found =
-                ProfAppendFilesW(profile.Job(), profile.List(options.list), WideText(pattern), WideText(options.key));
+                ProfAppendFilesW(profile.Job(), profile.List(options.list), WideText(pattern), key);
             if (found < 0)
                 throw Failure(kCannotRead, Shown(pattern) + ": not enough memory");
             if (found == 0)
@@ -96,23 +97,44 @@ std::size_t CountFiles(HPROFJOB job, HPROFLIST list)
     return count;
 }
 
+// What prevented files from being extracted.
+struct Problems
+{
+    std::string profile;
+    std::vector<std::string> messages;
+    bool isMalformed = false;
+};
+
+void OnProblem(void* context, const QXWCHAR* name, std::int32_t reason, const QXWCHAR* description)
+{
+    auto& problems = *static_cast<Problems*>(context);
+    const std::string file = reason == QXUT_FILE_NO_NAME ? "an entry" : Utf8(name);
+    const char* const separator = reason == QXUT_FILE_NO_NAME ? " " : ": ";
+    problems.messages.push_back(problems.profile + ": " + file + separator + Utf8(description));
+    problems.isMalformed |= reason != QXUT_FILE_CANNOT_WRITE;
+}
+
 void Extract(const ConvertOptions& options)
 {
+    const PassPhrase key(options.key, PassPhrase::Purpose::Decrypt);
     const ProfileFile profile(options.file, Sharing::Readers, options.maxSize);
     const HPROFLIST list = profile.List(options.list);
     const std::size_t files = CountFiles(profile.Job(), list);
     if (files == 0)
         throw Failure(kNotFound, options.file + ": contains no files");
+    Problems problems{options.file, {}, false};
     const std::int32_t written =
-        ProfExtractFilesW(profile.Job(), list, WideText(options.target), WideText(options.key));
+        QxProfExtractFiles(profile.Job(), list, WideText(options.target), key, OnProblem, &problems);
     if (written == PROF_ERR_STOPPED)
         throw Failure(kCannotWrite, options.target + ": not enough memory");
     if (written < 0)
         throw Failure(kCannotWrite, options.target + ": cannot create the folder");
-    if (static_cast<std::size_t>(written) != files)
-        throw Failure(kCannotWrite, options.target + ": " + std::to_string(files - static_cast<std::size_t>(written)) +
-                                        " of " + std::to_string(files) +
-                                        " files could not be written, or have names that lead out of the folder");
+    if (!problems.messages.empty())
+    {
+        problems.messages.push_back(options.target + ": " + std::to_string(problems.messages.size()) + " of " +
+                                    std::to_string(files) + " files were not extracted");
+        throw Failure(problems.isMalformed ? kMalformed : kCannotWrite, problems.messages);
+    }
     Report(options, options.target, "files", files);
 }
 
@@ -129,7 +151,7 @@ CLI::App& AddCommand(CLI::App& parent, const char* name, const char* description
 void AddListAndKey(CLI::App& command, ConvertOptions& options)
 {
     command.add_option("--list", options.list, "the path of the list with the files; the root if omitted");
-    command.add_option("--key", options.key, "the pass phrase of the files; if omitted, they are not encrypted");
+    AddKeyOptions(command, options.key, "the pass phrase of the files; without one they are not encrypted");
 }
 
 } // namespace

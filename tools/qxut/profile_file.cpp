@@ -156,7 +156,7 @@ ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSi
         throw Failure(ExitCodeOf(error), path + ": " + ReasonOfFailedRead(path, error, source));
     }
     if ((source & QXUT_SOURCE_TRUNCATED) != 0)
-        std::cerr << "qxut: warning: " << path << ": ends inside a list; it may have been cut off\n";
+        std::cerr << "qxut: warning: " << Shown(path) << ": ends inside a list; it may have been cut off\n";
 }
 
 ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSize)

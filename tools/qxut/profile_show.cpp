@@ -23,11 +23,6 @@ std::string Indent(std::size_t depth)
     return std::string(kIndent * std::min(depth, kDeepestIndent), ' ');
 }
 
-std::string JsonText(const std::string& text)
-{
-    return nlohmann::json(text).dump();
-}
-
 } // namespace
 
 void ShowAsText(std::ostream& out, HPROFJOB job, HPROFLIST list)

@@ -1,6 +1,8 @@
 // Terminal functions that differ between the targets.
 #pragma once
 
+#include "secret.h"
+
 #include <string>
 #include <vector>
 
@@ -16,7 +18,24 @@ void MakeStandardStreamsBinary();
 // Returns true if the standard output is a terminal that shows colours and NO_COLOR is not set.
 bool TerminalHasColours();
 
+// Returns true if the standard output is a terminal.
+bool OutputGoesToTerminal();
+
 // Returns true if the standard error stream is a terminal.
 bool ErrorsGoToTerminal();
+
+// Reads a byte of an open file descriptor. Returns 1, 0 at the end, or -1 on failure.
+int ReadByte(int descriptor, char& byte);
+
+enum class Answer
+{
+    Given,
+    TooLong,
+    NoTerminal
+};
+
+// Asks on the terminal of the process, wherever the standard streams lead, and appends the answer to `line`. The answer
+// isn't shown while it is typed.
+Answer AskSecretly(const char* question, SecretLine& line);
 
 } // namespace qxut

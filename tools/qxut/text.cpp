@@ -1,5 +1,9 @@
 #include "text.h"
 
+#include "secret.h"
+
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -105,6 +109,11 @@ WideText::WideText(std::string_view utf8)
     _units.push_back(0);
 }
 
+void WideText::Erase()
+{
+    qxut::Erase(_units.data(), _units.size() * sizeof(QXWCHAR));
+}
+
 void WideText::Append(std::uint32_t character)
 {
     if (character > 0xFFFF)
@@ -134,7 +143,11 @@ std::string Utf8(const QXWCHAR* text)
     return out;
 }
 
-std::string Shown(std::string_view utf8)
+namespace
+{
+
+// Characters of `kept` remain as they are.
+std::string ShownExcept(std::string_view kept, std::string_view utf8)
 {
     std::string out;
     const auto escape = [&](unsigned char byte)
@@ -148,7 +161,9 @@ std::string Shown(std::string_view utf8)
         const Character character = FirstCharacter(utf8);
         const std::string_view bytes = utf8.substr(0, character.length);
         const std::uint32_t c = character.value;
-        if (c == '\r' || c == '\n' || c == '\t')
+        if (c < 0x80 && kept.find(static_cast<char>(c)) != kept.npos)
+            out += bytes;
+        else if (c == '\r' || c == '\n' || c == '\t')
             out += c == '\r' ? "\\r" : c == '\n' ? "\\n" : "\\t";
         else if (c < 0x20 || (c >= 0x7F && c < 0xA0))
             escape(static_cast<unsigned char>(c));
@@ -157,6 +172,40 @@ std::string Shown(std::string_view utf8)
         else
             out += bytes;
         utf8.remove_prefix(character.length);
+    }
+    return out;
+}
+
+} // namespace
+
+std::string Shown(std::string_view utf8)
+{
+    return ShownExcept("", utf8);
+}
+
+std::string ShownLines(std::string_view utf8)
+{
+    return ShownExcept("\n\t", utf8);
+}
+
+// Apart from line ends, all control characters of the result are in strings.
+std::string JsonText(const nlohmann::ordered_json& json, int indent)
+{
+    const std::string text = json.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i)
+    {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const bool isHigh = byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
+        if (byte != 0x7F && !isHigh)
+        {
+            out += text[i];
+            continue;
+        }
+        char escape[8];
+        snprintf(
+            escape, sizeof escape, "\\u%04x", static_cast<unsigned>(static_cast<unsigned char>(text[i += isHigh])));
+        out += escape;
     }
     return out;
 }

@@ -157,14 +157,11 @@ Sources FindSources(const ZipOptions& options)
     return sources;
 }
 
-// Throws a Failure with one message line for each text, if there are any.
-void FailFor(int code, const std::vector<std::string>& lines)
+// Throws a Failure with all the messages, if there are any.
+void FailIfAny(int code, const std::vector<std::string>& messages)
 {
-    std::string text;
-    for (const std::string& line : lines)
-        text += (text.empty() ? "" : "\nqxut: ") + line;
-    if (!lines.empty())
-        throw Failure(code, text);
+    if (!messages.empty())
+        throw Failure(code, messages);
 }
 
 // A link that leads to a folder outside the archive, or nowhere, can't be stored and is added to `leftOut`. A file that
@@ -208,16 +205,15 @@ void Create(const ZipOptions& options)
         bar.Set(total, options.archive);
         archive.Close();
     }
-    FailFor(kCannotRead, leftOut);
+    FailIfAny(kCannotRead, leftOut);
     const std::size_t count = sources.files.size();
     const auto size = static_cast<std::uint64_t>(fs::file_size(fs::u8path(options.archive)));
     if (options.asJson)
-        std::cout
-            << ordered_json{{"archive", options.archive}, {"files", count}, {"bytes", total}, {"size", size}}.dump()
-            << '\n';
+        std::cout << JsonText({{"archive", options.archive}, {"files", count}, {"bytes", total}, {"size", size}})
+                  << '\n';
     else
-        std::cout << options.archive << ": " << Count(count, "file", "files") << ", " << total << " bytes packed into "
-                  << size << '\n';
+        std::cout << Shown(options.archive) << ": " << Count(count, "file", "files") << ", " << total
+                  << " bytes packed into " << size << '\n';
 }
 
 // ---- list
@@ -254,7 +250,7 @@ void ListAsJson(const std::vector<ZipEntry>& entries)
         list.push_back({{"name", Utf8(WideText(entry.name))}, {"size", entry.size}, {"packed", entry.packed},
             {"method", MethodName(entry.method)}, {"modified", entry.modified}, {"folder", entry.isFolder},
             {"encrypted", entry.isEncrypted}});
-    std::cout << list.dump() << '\n';
+    std::cout << JsonText(list) << '\n';
 }
 
 void ListAsText(const std::vector<ZipEntry>& entries)
@@ -296,7 +292,7 @@ struct Work
 void OnProblem(void* context, const QXWCHAR*, const QXWCHAR* reason)
 {
     auto& work = *static_cast<Work*>(context);
-    work.problems.push_back(work.archive + ": " + Shown(Utf8(reason)));
+    work.problems.push_back(work.archive + ": " + Utf8(reason));
 }
 
 std::int32_t OnProgress(void* context, const QXWCHAR* name, std::uint64_t done)
@@ -320,9 +316,9 @@ void ExtractAll(const ZipOptions& options, std::uint64_t total)
         throw Failure(code, options.archive + ": interrupted");
     if (result == QXUT_EXTRACT_OK)
         return;
-    FailFor(result == QXUT_EXTRACT_CANNOT_OPEN    ? kCannotRead
-            : result == QXUT_EXTRACT_CANNOT_WRITE ? kCannotWrite
-                                                  : kMalformed,
+    FailIfAny(result == QXUT_EXTRACT_CANNOT_OPEN    ? kCannotRead
+              : result == QXUT_EXTRACT_CANNOT_WRITE ? kCannotWrite
+                                                    : kMalformed,
         work.problems);
     throw Failure(kCannotRead, options.archive + ": " + LibraryErrorText("cannot extract the archive"));
 }
@@ -339,12 +335,11 @@ void Extract(const ZipOptions& options)
     }
     ExtractAll(options, total);
     if (options.asJson)
-        std::cout << ordered_json{{"archive", options.archive}, {"folder", options.folder}, {"files", files},
-                         {"bytes", total}}
-                         .dump()
+        std::cout << JsonText(
+                         {{"archive", options.archive}, {"folder", options.folder}, {"files", files}, {"bytes", total}})
                   << '\n';
     else
-        std::cout << options.folder << ": " << Count(files, "file", "files") << ", " << total << " bytes\n";
+        std::cout << Shown(options.folder) << ": " << Count(files, "file", "files") << ", " << total << " bytes\n";
 }
 
 CLI::App& AddCommand(CLI::App& parent, const char* name, const char* description,

@@ -15,7 +15,7 @@ namespace
 
 std::string UserHome()
 {
-    if (const std::string home = EnvironmentValue("HOME"); !home.empty())
+    if (std::string home = EnvironmentValue("HOME"); !home.empty())
         return home;
     const ForkHold hold; // the C library has locks of its own
     std::vector<char> buffer(4096);

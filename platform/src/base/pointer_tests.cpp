@@ -52,11 +52,6 @@ bool IsBadRange(std::uintptr_t first, UINT_PTR size)
 
 } // namespace
 
-BOOL WINAPI IsBadReadPtr(const void* lp, UINT_PTR ucb)
-{
-    return IsBadRange(reinterpret_cast<std::uintptr_t>(lp), ucb);
-}
-
 // Reads arbitrary memory, which the sanitizers must not report.
 __attribute__((no_sanitize("address", "undefined"))) BOOL WINAPI IsBadStringPtrW(LPCWSTR lpsz, UINT_PTR ucchMax)
 {

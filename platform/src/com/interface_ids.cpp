@@ -15,6 +15,5 @@ const IID IID_IUnknown = CommonId(0x00000000);
 const IID IID_IMarshal = CommonId(0x00000003);
 const IID IID_IStorage = CommonId(0x0000000B);
 const IID IID_IStream = CommonId(0x0000000C);
-const IID IID_IEnumSTATSTG = CommonId(0x0000000D);
 const IID IID_IDispatch = CommonId(0x00020400);
 const IID IID_ISequentialStream = {0x0C733A30, 0x2A1C, 0x11CE, {0xAD, 0xE5, 0x00, 0xAA, 0x00, 0x44, 0x77, 0x3D}};

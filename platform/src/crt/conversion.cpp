@@ -12,15 +12,15 @@ namespace
 {
 
 // Exceeds any possible result; a field of this width makes the result too long to be counted.
-constexpr std::size_t GreatestWidth = std::numeric_limits<int>::max();
+constexpr std::size_t kGreatestWidth = std::numeric_limits<int>::max();
 
 std::size_t ReadNumber(const wchar_t*& format)
 {
     std::size_t number = 0;
     for (; *format >= L'0' && *format <= L'9'; ++format)
-        if (number <= GreatestWidth)
+        if (number <= kGreatestWidth)
             number = number * 10 + static_cast<std::size_t>(*format - L'0');
-    return number < GreatestWidth ? number : GreatestWidth;
+    return number < kGreatestWidth ? number : kGreatestWidth;
 }
 
 void ReadFlags(const wchar_t*& format, Conversion& conversion)

@@ -13,7 +13,7 @@ namespace qxplatform
 namespace
 {
 
-constexpr std::size_t DefaultPrecision = 6;
+constexpr std::size_t kDefaultPrecision = 6;
 
 class CharBuffer
 {
@@ -162,7 +162,7 @@ void AppendFloat(BoundedText& target, const Conversion& conversion, double value
 
     Decimal decimal = DigitsOf(value);
     const std::string_view sign = SignText(conversion, std::signbit(value));
-    const std::size_t precision = conversion.precision.value_or(DefaultPrecision);
+    const std::size_t precision = conversion.precision.value_or(kDefaultPrecision);
     const auto places = static_cast<long long>(precision);
     switch (conversion.letter)
     {

@@ -13,7 +13,7 @@ using namespace qxplatform;
 namespace
 {
 
-constexpr int EndOfText = -1;
+constexpr int kEndOfText = -1;
 
 // The rest of the scanned text.
 class Input
@@ -178,7 +178,7 @@ public:
         while (*format != 0)
             if (!Step(format))
                 break;
-        return nothing ? EndOfText : _stored;
+        return nothing ? kEndOfText : _stored;
     }
 
 private:

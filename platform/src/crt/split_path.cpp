@@ -11,7 +11,7 @@ namespace
 {
 
 // The separator that the layer writes; it accepts both.
-constexpr wchar_t Separator = L'/';
+constexpr wchar_t kSeparator = L'/';
 
 bool IsSeparator(wchar_t c)
 {
@@ -129,7 +129,7 @@ errno_t _wmakepath_s(wchar_t* path, std::size_t size, const wchar_t* drive, cons
     {
         target.Append(ViewOf(directory));
         if (!IsSeparator(ViewOf(directory).back()))
-            target.Append(Separator);
+            target.Append(kSeparator);
     }
     target.Append(ViewOf(name));
     if (extension && *extension)

@@ -15,18 +15,18 @@ namespace qxplatform
 // Terminated texts are read in whole blocks, which may extend past the terminator but never into another page. The
 // sanitizers would report this, and should check each character individually.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool ReadsWholeBlocks = false;
+constexpr bool kReadsWholeBlocks = false;
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
-constexpr bool ReadsWholeBlocks = false;
+constexpr bool kReadsWholeBlocks = false;
 #else
-constexpr bool ReadsWholeBlocks = true;
+constexpr bool kReadsWholeBlocks = true;
 #endif
 #else
-constexpr bool ReadsWholeBlocks = true;
+constexpr bool kReadsWholeBlocks = true;
 #endif
 
-constexpr std::size_t BlockLength = 8;
+constexpr std::size_t kBlockLength = 8;
 
 // The compiler's own vectors, which exist for every processor. A comparison sets all bits of each element that
 // satisfies it.
@@ -67,7 +67,7 @@ public:
 
     unsigned Mask() const { return MaskOf(_lanes); }
 
-    static constexpr unsigned All = 0xffff;
+    static constexpr unsigned kAll = 0xffff;
     static std::size_t First(unsigned mask) { return static_cast<std::size_t>(__builtin_ctz(mask)) / 2; }
 
 private:
@@ -106,7 +106,7 @@ inline const wchar_t* BlockStart(const wchar_t* text)
 }
 
 // Four aligned blocks are also in one page if the first of them starts here.
-constexpr std::size_t LineLength = 4 * BlockLength;
+constexpr std::size_t kLineLength = 4 * kBlockLength;
 inline bool IsLineStart(const wchar_t* text)
 {
     return (reinterpret_cast<std::uintptr_t>(text) & (4 * sizeof(TextBlock) - 1)) == 0;

@@ -9,7 +9,7 @@ using namespace qxplatform;
 namespace
 {
 
-constexpr std::size_t WholeText = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t kWholeText = std::numeric_limits<std::size_t>::max();
 
 struct Exact
 {
@@ -29,16 +29,16 @@ int Compare(const wchar_t* a, const wchar_t* b, std::size_t limit)
 {
     while (limit != 0)
     {
-        if (ReadsWholeBlocks && limit >= BlockLength && FitsInPage(a) && FitsInPage(b))
+        if (kReadsWholeBlocks && limit >= kBlockLength && FitsInPage(a) && FitsInPage(b))
         {
             const TextBlock blockA(a), blockB(b);
             const BlockLanes same = Form::Of(blockA).WhereSame(Form::Of(blockB));
-            const unsigned stop = same.Without(blockA.Where(0)).Mask() ^ BlockLanes::All;
+            const unsigned stop = same.Without(blockA.Where(0)).Mask() ^ BlockLanes::kAll;
             if (stop == 0)
             {
-                a += BlockLength;
-                b += BlockLength;
-                limit -= BlockLength;
+                a += kBlockLength;
+                b += kBlockLength;
+                limit -= kBlockLength;
                 continue;
             }
             const std::size_t index = BlockLanes::First(stop);
@@ -58,7 +58,7 @@ int Compare(const wchar_t* a, const wchar_t* b, std::size_t limit)
 
 int wcscmp(const wchar_t* a, const wchar_t* b) noexcept
 {
-    return Compare<Exact>(a, b, WholeText);
+    return Compare<Exact>(a, b, kWholeText);
 }
 
 int wcsncmp(const wchar_t* a, const wchar_t* b, std::size_t count) noexcept
@@ -68,7 +68,7 @@ int wcsncmp(const wchar_t* a, const wchar_t* b, std::size_t count) noexcept
 
 int _wcsicmp(const wchar_t* a, const wchar_t* b) noexcept
 {
-    return Compare<WithoutCase>(a, b, WholeText);
+    return Compare<WithoutCase>(a, b, kWholeText);
 }
 
 int _wcsnicmp(const wchar_t* a, const wchar_t* b, std::size_t count) noexcept
@@ -78,8 +78,8 @@ int _wcsnicmp(const wchar_t* a, const wchar_t* b, std::size_t count) noexcept
 
 int wmemcmp(const wchar_t* a, const wchar_t* b, std::size_t count) noexcept
 {
-    for (; count >= BlockLength; a += BlockLength, b += BlockLength, count -= BlockLength)
-        if (const unsigned different = TextBlock(a).WhereSame(TextBlock(b)).Mask() ^ BlockLanes::All)
+    for (; count >= kBlockLength; a += kBlockLength, b += kBlockLength, count -= kBlockLength)
+        if (const unsigned different = TextBlock(a).WhereSame(TextBlock(b)).Mask() ^ BlockLanes::kAll)
         {
             const std::size_t index = BlockLanes::First(different);
             return a[index] - b[index];

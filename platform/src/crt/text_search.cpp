@@ -27,8 +27,8 @@ struct IsOrEnds
 template <class Test>
 bool FoundInLine(const wchar_t* line, Test test)
 {
-    const BlockLanes first = test(TextBlock(line)) | test(TextBlock(line + BlockLength));
-    const BlockLanes second = test(TextBlock(line + 2 * BlockLength)) | test(TextBlock(line + 3 * BlockLength));
+    const BlockLanes first = test(TextBlock(line)) | test(TextBlock(line + kBlockLength));
+    const BlockLanes second = test(TextBlock(line + 2 * kBlockLength)) | test(TextBlock(line + 3 * kBlockLength));
     return (first | second).Mask() != 0;
 }
 
@@ -38,7 +38,7 @@ template <class Test>
 inline std::size_t Find(const wchar_t* text, std::size_t limit, Test test)
 {
     std::size_t index = 0;
-    if constexpr (!ReadsWholeBlocks)
+    if constexpr (!kReadsWholeBlocks)
     {
         while (index < limit && !test(text[index]))
             ++index;
@@ -49,27 +49,27 @@ inline std::size_t Find(const wchar_t* text, std::size_t limit, Test test)
     const wchar_t* const start = BlockStart(text);
     if (const unsigned found = test(TextBlock(start)).Mask() >> ((text - start) * 2))
         return BlockLanes::First(found);
-    index = BlockLength - static_cast<std::size_t>(text - start);
+    index = kBlockLength - static_cast<std::size_t>(text - start);
     while (index < limit)
     {
         if (IsLineStart(text + index) && !FoundInLine(text + index, test))
         {
-            index += LineLength;
+            index += kLineLength;
             continue;
         }
         if (const unsigned found = test(TextBlock(text + index)).Mask())
             return index + BlockLanes::First(found);
-        index += BlockLength;
+        index += kBlockLength;
     }
     return limit;
 }
 
-constexpr std::size_t NoLimit = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
 
 // Returns the first character of a terminated text that is `c` or the terminator.
 const wchar_t* FindOrEnd(const wchar_t* text, wchar_t c)
 {
-    return text + Find(text, NoLimit, IsOrEnds{c});
+    return text + Find(text, kNoLimit, IsOrEnds{c});
 }
 
 bool Contains(const wchar_t* set, wchar_t c)
@@ -91,7 +91,7 @@ bool StartsWith(const wchar_t* text, const wchar_t* part)
 
 std::size_t wcslen(const wchar_t* text) noexcept
 {
-    return Find(text, NoLimit, Is{0});
+    return Find(text, kNoLimit, Is{0});
 }
 
 std::size_t wcsnlen(const wchar_t* text, std::size_t limit) noexcept

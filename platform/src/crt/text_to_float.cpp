@@ -59,13 +59,13 @@ class SignificantDigits
 public:
     void Append(char digit)
     {
-        if (_count < MostDigits)
+        if (_count < kMostDigits)
             _digits[_count++] = digit;
         else
         {
             ++_dropped;
-            if (digit != '0' && _digits[MostDigits - 1] == '0')
-                _digits[MostDigits - 1] = '1';
+            if (digit != '0' && _digits[kMostDigits - 1] == '0')
+                _digits[kMostDigits - 1] = '1';
         }
     }
 
@@ -78,7 +78,7 @@ public:
             return 0;
         exponent += _dropped;
         const long long leading = exponent + static_cast<long long>(_count) - 1;
-        if (leading > GreatestLeading || leading < SmallestLeading)
+        if (leading > kGreatestLeading || leading < kSmallestLeading)
             return OutOfRange(leading > 0 ? HUGE_VAL : 0);
 
         char* const begin = _digits.data();
@@ -94,11 +94,11 @@ public:
 
 private:
     // Values halfway between two numbers have up to 767 digits; one more digit decides on which side the text is.
-    static constexpr std::size_t MostDigits = 768;
+    static constexpr std::size_t kMostDigits = 768;
     // 1.8e308 and 2.5e-324 are the limits of values that don't round to infinity or 0.
-    static constexpr long long GreatestLeading = 308;
-    static constexpr long long SmallestLeading = -324;
-    std::array<char, MostDigits + 24> _digits;
+    static constexpr long long kGreatestLeading = 308;
+    static constexpr long long kSmallestLeading = -324;
+    std::array<char, kMostDigits + 24> _digits;
     std::size_t _count = 0;
     long long _dropped = 0;
 };

@@ -12,10 +12,10 @@ namespace
 {
 
 // The digit 0 of each script whose decimal digits the runtime recognises, ascending.
-constexpr wchar_t ScriptZeros[] = {0x660, 0x6f0, 0x966, 0x9e6, 0xa66, 0xae6, 0xb66, 0xc66, 0xce6, 0xd66, 0xe50, 0xed0,
+constexpr wchar_t kScriptZeros[] = {0x660, 0x6f0, 0x966, 0x9e6, 0xa66, 0xae6, 0xb66, 0xc66, 0xce6, 0xd66, 0xe50, 0xed0,
     0xf20, 0x1040, 0x17e0, 0x1810, 0xff10};
 
-constexpr int GreatestBase = 36;
+constexpr int kGreatestBase = 36;
 
 // Returns the value of a digit or letter in the largest base, or a larger value for any other character.
 int DigitValue(wchar_t c)
@@ -25,10 +25,10 @@ int DigitValue(wchar_t c)
     const wint_t lower = towlower(c);
     if (lower >= L'a' && lower <= L'z')
         return static_cast<int>(lower - L'a') + 10;
-    for (const wchar_t zero : ScriptZeros)
+    for (const wchar_t zero : kScriptZeros)
         if (c >= zero && c <= zero + 9)
             return c - zero;
-    return GreatestBase;
+    return kGreatestBase;
 }
 
 struct ParsedInteger
@@ -94,7 +94,7 @@ template <class T>
 T Read(const wchar_t* text, wchar_t** end, int base)
 {
     ParsedInteger number;
-    if (base == 0 || (base >= 2 && base <= GreatestBase))
+    if (base == 0 || (base >= 2 && base <= kGreatestBase))
         number = Parse(text, base);
     else
         qxplatform::RefuseParameter(EINVAL);

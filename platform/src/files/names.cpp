@@ -11,6 +11,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <new>
 
 #include <fcntl.h>
 
@@ -90,6 +91,7 @@ private:
 } // namespace
 
 BOOL WINAPI DeleteFileW(LPCWSTR lpFileName)
+try
 {
     const NativePath path = ToNative(lpFileName);
     if (path.IsEmpty())
@@ -109,6 +111,11 @@ BOOL WINAPI DeleteFileW(LPCWSTR lpFileName)
     if (const DWORD error = TakeDeleteRight(path.text, info, holder); error != ERROR_SUCCESS)
         return Fail(error);
     return unlink(path.text.c_str()) == 0 || Fail(PathError(errno, path.text));
+}
+// Destructors call this function.
+catch (const std::bad_alloc&)
+{
+    return Fail(ERROR_NOT_ENOUGH_MEMORY);
 }
 
 BOOL WINAPI CopyFileW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, BOOL bFailIfExists)

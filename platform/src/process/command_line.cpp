@@ -24,7 +24,7 @@ std::u16string TakeProgram(std::u16string_view& line)
     if (isQuoted)
         line.remove_prefix(1);
     const std::size_t end = std::min(isQuoted ? line.find(u'"') : line.find_first_of(u" \t"), line.size());
-    const std::u16string program(line.substr(0, end));
+    std::u16string program(line.substr(0, end));
     line.remove_prefix(std::min(end + 1, line.size()));
     return program;
 }

@@ -46,7 +46,7 @@ bool SameVersion(const struct stat& left, const struct stat& right)
 std::string RealPath(const std::string& path)
 {
     char* const real = realpath(path.c_str(), nullptr);
-    const std::string result = real != nullptr ? real : path;
+    std::string result = real != nullptr ? real : path;
     std::free(real);
     return result;
 }

@@ -13,7 +13,7 @@ namespace
 {
 
 // A block contains the texts of 16 ids, each preceded by its length in characters.
-constexpr UINT TEXTS_PER_BLOCK = 16;
+constexpr UINT kTextsPerBlock = 16;
 
 struct TextInBlock
 {
@@ -42,12 +42,11 @@ int WINAPI LoadStringW(HINSTANCE hInstance, UINT uID, LPWSTR lpBuffer, int cchBu
 {
     if (lpBuffer == nullptr || cchBufferMax < 0)
         return qxplatform::Fail(ERROR_INVALID_PARAMETER);
-    const HRSRC resource = FindResourceW(hInstance, MAKEINTRESOURCEW(uID / TEXTS_PER_BLOCK + 1), RT_STRING);
+    const HRSRC resource = FindResourceW(hInstance, MAKEINTRESOURCEW(uID / kTextsPerBlock + 1), RT_STRING);
     if (resource == nullptr)
         return 0;
     const auto* const block = static_cast<const WORD*>(LockResource(LoadResource(hInstance, resource)));
-    const TextInBlock found =
-        FindText(block, SizeofResource(hInstance, resource) / sizeof(WORD), uID % TEXTS_PER_BLOCK);
+    const TextInBlock found = FindText(block, SizeofResource(hInstance, resource) / sizeof(WORD), uID % kTextsPerBlock);
     if (cchBufferMax == 0)
     {
         std::memcpy(lpBuffer, &found.text, sizeof found.text);

@@ -13,8 +13,8 @@ namespace qxplatform
 namespace
 {
 
-constexpr WORD NUMBER_FOLLOWS = 0xffff;
-constexpr std::size_t ALIGNMENT = 4;
+constexpr WORD kNumberFollows = 0xffff;
+constexpr std::size_t kAlignment = 4;
 
 std::u16string UpperCaseOf(std::u16string_view text)
 {
@@ -44,7 +44,7 @@ public:
     {
         ResourceKey key;
         std::optional<WORD> unit = Read<WORD>();
-        if (unit == NUMBER_FOLLOWS)
+        if (unit == kNumberFollows)
         {
             const std::optional<WORD> number = Read<WORD>();
             if (!number)
@@ -57,7 +57,7 @@ public:
         return unit && !key.text.empty() ? std::optional(key) : std::nullopt;
     }
 
-    void Align() { _position = std::min((_position + ALIGNMENT - 1) / ALIGNMENT * ALIGNMENT, _bytes.size()); }
+    void Align() { _position = std::min((_position + kAlignment - 1) / kAlignment * kAlignment, _bytes.size()); }
 
 private:
     std::span<const std::byte> _bytes;
@@ -151,17 +151,17 @@ void ResourceImage::Add(std::span<const std::byte> file)
         Reader reader(file);
         const std::optional<DWORD> dataSize = reader.Read<DWORD>();
         const std::optional<DWORD> headerSize = reader.Read<DWORD>();
-        constexpr std::size_t SIZES = 2 * sizeof(DWORD);
-        if (!headerSize || *headerSize < SIZES || *headerSize > file.size() || *dataSize > file.size() - *headerSize)
+        constexpr std::size_t kSizes = 2 * sizeof(DWORD);
+        if (!headerSize || *headerSize < kSizes || *headerSize > file.size() || *dataSize > file.size() - *headerSize)
             return;
-        std::optional<Resource> resource = ReadHeader(file.subspan(SIZES, *headerSize - SIZES));
+        std::optional<Resource> resource = ReadHeader(file.subspan(kSizes, *headerSize - kSizes));
         if (!resource)
             return;
         resource->header = file.data();
         resource->data = file.subspan(*headerSize, *dataSize);
         if (!IsFileMark(*resource))
             _resources.push_back(std::move(*resource));
-        const std::size_t whole = (std::size_t{*headerSize} + *dataSize + ALIGNMENT - 1) / ALIGNMENT * ALIGNMENT;
+        const std::size_t whole = (std::size_t{*headerSize} + *dataSize + kAlignment - 1) / kAlignment * kAlignment;
         file = file.subspan(std::min(whole, file.size()));
     }
 }

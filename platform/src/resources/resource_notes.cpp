@@ -11,10 +11,10 @@ namespace qxplatform
 namespace
 {
 
-constexpr char NAME[] = "QXRES";
+constexpr char kName[] = "QXRES";
 
 // Files with larger notes weren't built here.
-constexpr std::size_t MAX_NOTES = 64 << 20;
+constexpr std::size_t kMaxNotes = 64 << 20;
 
 std::size_t Aligned(std::size_t place, std::size_t alignment)
 {
@@ -40,7 +40,7 @@ void AddResourceImages(
         const std::size_t content = sizeof note + Aligned(note.n_namesz, unit);
         if (content > notes.size() || note.n_descsz > notes.size() - content)
             return;
-        if (note.n_namesz == sizeof NAME && std::memcmp(notes.data() + sizeof note, NAME, sizeof NAME) == 0)
+        if (note.n_namesz == sizeof kName && std::memcmp(notes.data() + sizeof note, kName, sizeof kName) == 0)
             images.push_back(notes.subspan(content, note.n_descsz));
         notes = notes.subspan(std::min(Aligned(content + note.n_descsz, unit), notes.size()));
     }
@@ -55,7 +55,7 @@ std::vector<NoteSegment> ReadNoteSegments(const ReadAt& read)
     if (!read(header.e_phoff, segments.data(), segments.size() * sizeof(Elf64_Phdr)))
         return {};
     std::vector<NoteSegment> notes;
-    std::size_t room = MAX_NOTES;
+    std::size_t room = kMaxNotes;
     for (const Elf64_Phdr& segment : segments)
     {
         if (segment.p_type != PT_NOTE || segment.p_filesz > room)

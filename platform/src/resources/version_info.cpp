@@ -27,7 +27,7 @@ using namespace qxplatform;
 namespace
 {
 
-constexpr WORD VERSION_NAME = 1;
+constexpr WORD kVersionName = 1;
 
 bool ReadAll(int file, std::uint64_t place, void* buffer, std::size_t size)
 {
@@ -53,7 +53,7 @@ std::optional<std::vector<std::byte>> VersionBlockIn(const std::vector<NoteSegme
         AddResourceImages(segment.bytes, segment.alignment, images);
     const ResourceImage image(images);
     const ResourceKey type = ResourceKey::FromCaller(RT_VERSION);
-    const Resource* const found = ChooseLanguage(image.OfName(type, {{}, VERSION_NAME}), LANG_NEUTRAL);
+    const Resource* const found = ChooseLanguage(image.OfName(type, {{}, kVersionName}), LANG_NEUTRAL);
     if (found == nullptr)
     {
         Fail(image.All().empty() ? ERROR_RESOURCE_DATA_NOT_FOUND : ERROR_RESOURCE_TYPE_NOT_FOUND);

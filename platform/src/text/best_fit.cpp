@@ -22,7 +22,7 @@ struct Approximation
 
 // Letters without a decomposition, quotation marks, dashes and blanks that the standards' pages and the Cyrillic and
 // Greek pages replace. Sorted by unit.
-constexpr Approximation COMMON[] = {
+constexpr Approximation kCommon[] = {
     {0x00a1, L'!'},
     {0x00a2, L'c'},
     {0x00a4, L'$', 0x20aa},
@@ -108,7 +108,7 @@ constexpr Approximation COMMON[] = {
 };
 
 // Further characters replaced by the system's Latin pages and the old console pages. Sorted by unit.
-constexpr Approximation LATIN[] = {
+constexpr Approximation kLatin[] = {
     {0x00a3, L'L'},
     {0x00a8, L'"'},
     {0x00ac, 0x2510},
@@ -356,9 +356,9 @@ struct Range
 
 // Characters that fall back to the base of their decomposition: accented Latin letters and full-width forms in all
 // pages, superscript and subscript digits and letterlike symbols in the Latin ones.
-constexpr Range COMMON_BASES[] = {{0x00aa, 0x017e}, {0x01a0, 0x01b0}, {0x01cd, 0x01dc}, {0x01de, 0x01df},
+constexpr Range kCommonBases[] = {{0x00aa, 0x017e}, {0x01a0, 0x01b0}, {0x01cd, 0x01dc}, {0x01de, 0x01df},
     {0x01e6, 0x01f0}, {0xfb50, 0xfbaf}, {0xfe80, 0xfefc}, {0xff01, 0xff1e}, {0xff20, 0xff5e}};
-constexpr Range LATIN_BASES[] = {{0x2070, 0x2070}, {0x2074, 0x2078}, {0x207f, 0x2089}, {0x2102, 0x2134}};
+constexpr Range kLatinBases[] = {{0x2070, 0x2070}, {0x2074, 0x2078}, {0x207f, 0x2089}, {0x2102, 0x2134}};
 
 // Returns the single character that remains of a compatibility decomposition without its marks, or 0 if there isn't
 // exactly one.
@@ -399,14 +399,14 @@ std::vector<Similar> SimilarCharacters(BestFit bestFit)
     std::vector<Similar> similar;
     if (bestFit == BestFit::AsConverter)
         return similar;
-    AddRows(COMMON, similar);
-    AddBases(COMMON_BASES, similar);
+    AddRows(kCommon, similar);
+    AddBases(kCommonBases, similar);
     if (bestFit == BestFit::LatinOne)
         std::erase_if(similar, [](const Similar& row) { return row.unit > 0xff; });
     if (bestFit == BestFit::Latin)
     {
-        AddRows(LATIN, similar);
-        AddBases(LATIN_BASES, similar);
+        AddRows(kLatin, similar);
+        AddBases(kLatinBases, similar);
     }
     return similar;
 }

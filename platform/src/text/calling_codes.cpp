@@ -18,7 +18,7 @@ struct RegionAndCode
 
 // Sorted by region. Islands without a code of their own have the code of the country that serves them.
 // clang-format off
-constexpr RegionAndCode CODES[] = {
+constexpr RegionAndCode kCodes[] = {
     {"001", 388}, {"029", 1}, {"419", 1}, {"AC", 247}, {"AD", 376}, {"AE", 971}, {"AF", 93}, {"AG", 1}, {"AI", 1},
     {"AL", 355}, {"AM", 374}, {"AO", 244}, {"AQ", 672}, {"AR", 54}, {"AS", 1}, {"AT", 43}, {"AU", 61}, {"AW", 297},
     {"AX", 358}, {"AZ", 994}, {"BA", 387}, {"BB", 1}, {"BD", 880}, {"BE", 32}, {"BF", 226}, {"BG", 359}, {"BH", 973},
@@ -55,15 +55,15 @@ constexpr bool Less(const RegionAndCode& a, const RegionAndCode& b)
 {
     return a.region < b.region;
 }
-static_assert(std::is_sorted(std::begin(CODES), std::end(CODES), Less));
+static_assert(std::is_sorted(std::begin(kCodes), std::end(kCodes), Less));
 
 } // namespace
 
 unsigned CallingCodeOf(std::string_view region)
 {
     const RegionAndCode* const row =
-        std::lower_bound(std::begin(CODES), std::end(CODES), RegionAndCode{region, 0}, Less);
-    return row != std::end(CODES) && row->region == region ? row->code : 0;
+        std::lower_bound(std::begin(kCodes), std::end(kCodes), RegionAndCode{region, 0}, Less);
+    return row != std::end(kCodes) && row->region == region ? row->code : 0;
 }
 
 } // namespace qxplatform

@@ -8,8 +8,8 @@ namespace qxplatform
 namespace
 {
 
-constexpr char32_t DOTTED_CAPITAL_I = 0x0130;
-constexpr char32_t DOTLESS_SMALL_I = 0x0131;
+constexpr char32_t kDottedCapitalI = 0x0130;
+constexpr char32_t kDotlessSmallI = 0x0131;
 
 char32_t IcuUpper(char32_t character)
 {
@@ -41,12 +41,12 @@ char32_t ToLower(char32_t character)
 
 char32_t ToUpperLinguistic(char32_t character, LetterI letterI)
 {
-    return letterI == LetterI::Turkic && character == 'i' ? DOTTED_CAPITAL_I : IcuUpper(character);
+    return letterI == LetterI::Turkic && character == 'i' ? kDottedCapitalI : IcuUpper(character);
 }
 
 char32_t ToLowerLinguistic(char32_t character, LetterI letterI)
 {
-    return letterI == LetterI::Turkic && character == 'I' ? DOTLESS_SMALL_I : IcuLower(character);
+    return letterI == LetterI::Turkic && character == 'I' ? kDotlessSmallI : IcuLower(character);
 }
 
 } // namespace qxplatform

@@ -21,7 +21,7 @@ namespace
 {
 
 // Pages that consist of one table, by number.
-constexpr TablePageSource TABLE_PAGES[] = {
+constexpr TablePageSource kTablePages[] = {
     {437, "ibm-437_P100-1995", BestFit::Latin},
     {737, "ibm-737_P100-1997", BestFit::Common},
     {775, "ibm-775_P100-1996", BestFit::Latin},
@@ -77,7 +77,7 @@ struct DerivedPageSource
     const ShiftRules* rules; // null for EUC
 };
 
-constexpr DerivedPageSource DERIVED_PAGES[] = {
+constexpr DerivedPageSource kDerivedPages[] = {
     {50220, 932, &ISO_2022_JP},
     {50221, 932, &ISO_2022_JP_KATAKANA},
     {50222, 932, &ISO_2022_JP_SHIFT_OUT},
@@ -93,7 +93,7 @@ constexpr bool IsSorted()
     {
         return a.number < b.number;
     };
-    return std::is_sorted(std::begin(TABLE_PAGES), std::end(TABLE_PAGES), less);
+    return std::is_sorted(std::begin(kTablePages), std::end(kTablePages), less);
 }
 static_assert(IsSorted());
 
@@ -130,8 +130,8 @@ struct Pages
 {
     Utf7Page utf7;
     Utf8Page utf8;
-    std::array<Slot<TablePageSource>, std::size(TABLE_PAGES)> tables;
-    std::array<Slot<DerivedPageSource>, std::size(DERIVED_PAGES)> derived;
+    std::array<Slot<TablePageSource>, std::size(kTablePages)> tables;
+    std::array<Slot<DerivedPageSource>, std::size(kDerivedPages)> derived;
 };
 
 // Never destroyed: static objects of other modules convert text while the process ends.
@@ -173,17 +173,17 @@ const CodePage* FindCodePage(UINT number)
         return &pages.utf8;
     if (number == CP_UTF7)
         return &pages.utf7;
-    if (const TablePageSource* const source = FindSource(TABLE_PAGES, number))
-        return pages.tables[static_cast<std::size_t>(source - TABLE_PAGES)].Get(*source, MakeTablePage);
-    if (const DerivedPageSource* const source = FindSource(DERIVED_PAGES, number))
-        return pages.derived[static_cast<std::size_t>(source - DERIVED_PAGES)].Get(*source, MakeDerivedPage);
+    if (const TablePageSource* const source = FindSource(kTablePages, number))
+        return pages.tables[static_cast<std::size_t>(source - kTablePages)].Get(*source, MakeTablePage);
+    if (const DerivedPageSource* const source = FindSource(kDerivedPages, number))
+        return pages.derived[static_cast<std::size_t>(source - kDerivedPages)].Get(*source, MakeDerivedPage);
     return nullptr;
 }
 
 bool IsCodePageOffered(UINT number)
 {
-    return number == CP_UTF8 || number == CP_UTF7 || FindSource(TABLE_PAGES, number) != nullptr ||
-           FindSource(DERIVED_PAGES, number) != nullptr;
+    return number == CP_UTF8 || number == CP_UTF7 || FindSource(kTablePages, number) != nullptr ||
+           FindSource(kDerivedPages, number) != nullptr;
 }
 
 } // namespace qxplatform

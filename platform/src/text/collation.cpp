@@ -21,7 +21,7 @@ namespace
 
 // Rules for the differences between the system's order and ICU's root: ASCII symbols are in code order, followed by the
 // mathematical ones, and ligatures equal the letters they join. Rules of the locale follow these and take precedence.
-constexpr const char16_t* SYSTEM_RULES =
+constexpr const char16_t* kSystemRules =
     u"&' '<''''<'-'<'!'<'\"'<'#'<'$'<'%'<'&'<'('<')'<'*'<','<'.'<'/'<':'<';'<'?'<'@'"
     u"<'['<\\\\<']'<'^'<'_'<'`'<'{'<'|'<'}'<'~'<'+'<'<'<'='<'>'"
     u"&ss=ß&ae=æ&AE=Æ&oe=œ&OE=Œ&th=þ&TH=Þ";
@@ -44,7 +44,7 @@ Collator MakeCollator(const std::string& icuLocale)
 {
     UErrorCode status = U_ZERO_ERROR;
     const Collator own(ucol_open(icuLocale.c_str(), &status));
-    std::u16string rules = SYSTEM_RULES;
+    std::u16string rules = kSystemRules;
     if (own != nullptr)
     {
         std::int32_t length = 0;
@@ -52,7 +52,7 @@ Collator MakeCollator(const std::string& icuLocale)
         rules.append(tailoring, static_cast<std::size_t>(length));
     }
     Collator collator = OpenRules(rules);
-    return collator != nullptr ? std::move(collator) : OpenRules(SYSTEM_RULES);
+    return collator != nullptr ? std::move(collator) : OpenRules(kSystemRules);
 }
 
 // Several threads may use a collator at once as long as nobody changes its attributes.

@@ -17,7 +17,7 @@ using namespace qxplatform;
 namespace
 {
 
-constexpr DWORD OFFERED_FLAGS = NORM_IGNORECASE | SORT_STRINGSORT | LOCALE_USE_CP_ACP;
+constexpr DWORD kOfferedFlags = NORM_IGNORECASE | SORT_STRINGSORT | LOCALE_USE_CP_ACP;
 
 std::wstring_view TextOf(LPCWSTR text, int length)
 {
@@ -41,7 +41,7 @@ int WINAPI CompareStringW(
     const qxplatform::Locale* const locale = FindLocale(Locale);
     if (locale == nullptr || lpString1 == nullptr || lpString2 == nullptr)
         return Fail(ERROR_INVALID_PARAMETER);
-    if ((dwCmpFlags & ~OFFERED_FLAGS) != 0)
+    if ((dwCmpFlags & ~kOfferedFlags) != 0)
         return Fail(ERROR_INVALID_FLAGS);
     const std::wstring_view a = TextOf(lpString1, cchCount1);
     const std::wstring_view b = TextOf(lpString2, cchCount2);

@@ -18,7 +18,7 @@ namespace qxplatform
 namespace
 {
 
-constexpr UINT LATIN_1_PAGE = 1252;
+constexpr UINT kLatin1Page = 1252;
 
 // In any case, with or without the hyphen.
 bool IsUtf8(std::string_view encoding)
@@ -38,7 +38,7 @@ UINT FromEnvironment()
     if (error == std::errc{} && stop == end && IsCodePageOffered(page))
         return page;
     const std::string locale = PosixLocaleOf("LC_CTYPE");
-    return IsUtf8(EncodingOfPosixLocale(locale)) ? CP_UTF8 : LATIN_1_PAGE;
+    return IsUtf8(EncodingOfPosixLocale(locale)) ? CP_UTF8 : kLatin1Page;
 }
 
 } // namespace

@@ -6,21 +6,21 @@ namespace qxplatform
 namespace
 {
 
-constexpr unsigned FIRST = 0xa1;
-constexpr unsigned LAST = 0xfe;
-constexpr unsigned SINGLE_SHIFT_2 = 0x8e;
-constexpr unsigned FIRST_KATAKANA = 0xa1;
-constexpr unsigned LAST_KATAKANA = 0xdf;
+constexpr unsigned kFirst = 0xa1;
+constexpr unsigned kLast = 0xfe;
+constexpr unsigned kSingleShift2 = 0x8e;
+constexpr unsigned kFirstKatakana = 0xa1;
+constexpr unsigned kLastKatakana = 0xdf;
 
 PageTables StartTables(const PageTables& base)
 {
     PageTables tables;
     tables.undefinedCharacter = base.undefinedCharacter;
-    tables.pairs.assign(0x8000, PageTables::UNDEFINED);
-    tables.exact.assign(PageTables::UNITS, 0);
+    tables.pairs.assign(0x8000, PageTables::kUndefined);
+    tables.exact.assign(PageTables::kUnits, 0);
     for (unsigned byte = 0; byte < 256; ++byte)
     {
-        tables.lead[byte] = byte >= FIRST && byte <= LAST;
+        tables.lead[byte] = byte >= kFirst && byte <= kLast;
         tables.single[byte] = byte < 0x80 ? static_cast<wchar_t>(byte) : base.undefinedCharacter;
         tables.strict[byte] = byte >= 0x80;
         if (byte < 0x80)
@@ -31,7 +31,7 @@ PageTables StartTables(const PageTables& base)
 
 void SetPair(PageTables& tables, unsigned code, wchar_t unit)
 {
-    if (unit == PageTables::UNDEFINED)
+    if (unit == PageTables::kUndefined)
         return;
     tables.pairs[code - 0x8000] = unit;
     if (tables.exact[unit] == 0)
@@ -50,13 +50,13 @@ unsigned ShiftJis(unsigned row, unsigned column)
 void FitLikeBase(const PageTables& base, PageTables& tables)
 {
     tables.fitted = tables.exact;
-    for (std::size_t unit = 0x80; unit < PageTables::UNITS; ++unit)
+    for (std::size_t unit = 0x80; unit < PageTables::kUnits; ++unit)
     {
         const std::uint16_t code = base.fitted[unit];
         if (tables.fitted[unit] != 0 || code == 0)
             continue;
         const wchar_t fit = code > 0xff ? base.pairs[code - 0x8000] : base.single[code];
-        if (fit != PageTables::UNDEFINED)
+        if (fit != PageTables::kUndefined)
             tables.fitted[unit] = tables.exact[fit];
     }
 }
@@ -66,12 +66,12 @@ void FitLikeBase(const PageTables& base, PageTables& tables)
 PageTables MakeJapaneseEucTables(const PageTables& page932)
 {
     PageTables tables = StartTables(page932);
-    tables.lead[SINGLE_SHIFT_2] = true;
+    tables.lead[kSingleShift2] = true;
     for (unsigned row = 0; row < 94; ++row)
         for (unsigned column = 0; column < 94; ++column)
-            SetPair(tables, (FIRST + row) << 8 | (FIRST + column), page932.pairs[ShiftJis(row, column) - 0x8000]);
-    for (unsigned byte = FIRST_KATAKANA; byte <= LAST_KATAKANA; ++byte)
-        SetPair(tables, SINGLE_SHIFT_2 << 8 | byte, page932.single[byte]);
+            SetPair(tables, (kFirst + row) << 8 | (kFirst + column), page932.pairs[ShiftJis(row, column) - 0x8000]);
+    for (unsigned byte = kFirstKatakana; byte <= kLastKatakana; ++byte)
+        SetPair(tables, kSingleShift2 << 8 | byte, page932.single[byte]);
     FitLikeBase(page932, tables);
     return tables;
 }
@@ -79,8 +79,8 @@ PageTables MakeJapaneseEucTables(const PageTables& page932)
 PageTables MakePlaneTables(const PageTables& page)
 {
     PageTables tables = StartTables(page);
-    for (unsigned lead = FIRST; lead <= LAST; ++lead)
-        for (unsigned trail = FIRST; trail <= LAST; ++trail)
+    for (unsigned lead = kFirst; lead <= kLast; ++lead)
+        for (unsigned trail = kFirst; trail <= kLast; ++trail)
             SetPair(tables, lead << 8 | trail, page.pairs[(lead << 8 | trail) - 0x8000]);
     FitLikeBase(page, tables);
     return tables;

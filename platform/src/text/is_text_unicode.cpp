@@ -9,7 +9,7 @@ namespace
 {
 
 // The part that the system examines for its statistics.
-constexpr std::size_t SAMPLE = 256;
+constexpr std::size_t kSample = 256;
 
 struct Units
 {
@@ -31,7 +31,7 @@ bool IsControl(unsigned unit)
 
 int CountedTests(const Units& units)
 {
-    const std::size_t count = std::min(units.count, SAMPLE);
+    const std::size_t count = std::min(units.count, kSample);
     std::size_t latin = 0;
     std::size_t reversedLatin = 0;
     int result = 0;

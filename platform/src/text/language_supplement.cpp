@@ -6,7 +6,7 @@ namespace qxplatform
 namespace
 {
 
-constexpr LanguageSupplement SUPPLEMENTS[] = {
+constexpr LanguageSupplement kSupplements[] = {
     {.language = "co",
         .days = {u"luni", u"marti", u"mercuri", u"ghjovi", u"venneri", u"sabbatu", u"dumenica"},
         .months = {u"ghjennaghju", u"ferraghju", u"marzu", u"aprile", u"maghju", u"ghjugnu", u"lugliu", u"aostu",
@@ -85,7 +85,7 @@ constexpr LanguageSupplement SUPPLEMENTS[] = {
         .decimalSeparator = u","},
 };
 
-constexpr LanguageSupplement NONE;
+constexpr LanguageSupplement kNone;
 
 // "iu" and "iu_Cans" match iu_Cans_CA, "i" doesn't.
 bool IsLanguageOf(std::string_view language, std::string_view locale)
@@ -97,10 +97,10 @@ bool IsLanguageOf(std::string_view language, std::string_view locale)
 
 const LanguageSupplement& SupplementOf(const Locale& locale)
 {
-    for (const LanguageSupplement& row : SUPPLEMENTS)
+    for (const LanguageSupplement& row : kSupplements)
         if (IsLanguageOf(row.language, locale.icu))
             return row;
-    return NONE;
+    return kNone;
 }
 
 } // namespace qxplatform

@@ -30,7 +30,7 @@ struct NamedLocale
 };
 
 // Locales for which ICU's conversion between name and identifier differs from the system.
-constexpr NamedLocale NAMED_APART[] = {
+constexpr NamedLocale kNamedApart[] = {
     {0x0404, "zh-TW", "zh_Hant_TW"},
     {0x040a, "es-ES_tradnl", "es_ES@collation=traditional"},
     {0x0467, "ff-Latn-NG", "ff_Latn_NG"},
@@ -60,7 +60,7 @@ constexpr NamedLocale NAMED_APART[] = {
     {0x00040411, "ja-JP_radstr", "ja_JP@collation=unihan"},
 };
 
-constexpr LCID AMERICAN_ENGLISH = MAKELCID(MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US), SORT_DEFAULT);
+constexpr LCID kAmericanEnglish = MAKELCID(MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US), SORT_DEFAULT);
 
 const Locale& InvariantLocale()
 {
@@ -140,7 +140,7 @@ std::string NameOf(const std::string& icu)
 Locale FromIcuName(const std::string& icu)
 {
     const std::string canonical = WithRegion(Part(icu, uloc_canonicalize));
-    for (const NamedLocale& row : NAMED_APART)
+    for (const NamedLocale& row : kNamedApart)
         if (canonical == row.icu || NameOf(canonical) == row.name)
             return {row.icu, row.name, row.lcid};
     return {canonical, NameOf(canonical), NumberOf(canonical)};
@@ -149,7 +149,7 @@ Locale FromIcuName(const std::string& icu)
 Locale FromEnvironment(const char* category)
 {
     const std::string icu = IcuNameOfPosixLocale(PosixLocaleOf(category));
-    return IsKnownLanguage(icu) ? FromIcuName(icu) : Locale{"en_US", "en-US", AMERICAN_ENGLISH};
+    return IsKnownLanguage(icu) ? FromIcuName(icu) : Locale{"en_US", "en-US", kAmericanEnglish};
 }
 
 // Cache of locales, because callers receive pointers to them.
@@ -179,7 +179,7 @@ private:
 
 std::optional<Locale> MakeByNumber(LCID lcid)
 {
-    for (const NamedLocale& row : NAMED_APART)
+    for (const NamedLocale& row : kNamedApart)
         if (row.lcid == lcid)
             return Locale{row.icu, row.name, row.lcid};
     const std::string icu = Text([lcid](char* buffer, std::int32_t size, UErrorCode* status)
@@ -205,7 +205,7 @@ bool EqualWithoutCase(std::string_view a, std::string_view b)
 
 std::optional<Locale> MakeByName(const std::string& name)
 {
-    for (const NamedLocale& row : NAMED_APART)
+    for (const NamedLocale& row : kNamedApart)
         if (EqualWithoutCase(row.name, name))
             return Locale{row.icu, row.name, row.lcid};
     std::int32_t parsed = 0;

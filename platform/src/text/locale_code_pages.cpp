@@ -16,7 +16,7 @@ namespace qxplatform
 namespace
 {
 
-constexpr CodePages UNICODE_ONLY{CP_ACP, CP_OEMCP};
+constexpr CodePages kUnicodeOnly{CP_ACP, CP_OEMCP};
 
 // Keyed by a prefix of the locale's name; the longest matching row is used.
 struct ByName
@@ -24,7 +24,7 @@ struct ByName
     std::string_view beginning;
     CodePages pages;
 };
-constexpr ByName BY_NAME[] = {
+constexpr ByName kByName[] = {
     // Central Europe
     {"bs", {1250, 852}},
     {"cs", {1250, 852}},
@@ -65,18 +65,18 @@ constexpr ByName BY_NAME[] = {
     {"sw", {1252, 437}},
     {"yo", {1252, 437}},
     // Latin letters plus others that no page contains completely
-    {"en-AE", UNICODE_ONLY},
-    {"mi", UNICODE_ONLY},
-    {"mt", UNICODE_ONLY},
-    {"om", UNICODE_ONLY},
-    {"so", UNICODE_ONLY},
-    {"st", UNICODE_ONLY},
-    {"ts", UNICODE_ONLY},
-    {"ve", UNICODE_ONLY},
+    {"en-AE", kUnicodeOnly},
+    {"mi", kUnicodeOnly},
+    {"mt", kUnicodeOnly},
+    {"om", kUnicodeOnly},
+    {"so", kUnicodeOnly},
+    {"st", kUnicodeOnly},
+    {"ts", kUnicodeOnly},
+    {"ve", kUnicodeOnly},
     // languages added when the system already had Unicode
-    {"kk", UNICODE_ONLY},
-    {"ps", UNICODE_ONLY},
-    {"yi", UNICODE_ONLY},
+    {"kk", kUnicodeOnly},
+    {"ps", kUnicodeOnly},
+    {"yi", kUnicodeOnly},
 };
 
 struct ByScript
@@ -84,7 +84,7 @@ struct ByScript
     std::string_view script;
     CodePages pages;
 };
-constexpr ByScript BY_SCRIPT[] = {
+constexpr ByScript kByScript[] = {
     {"Arab", {1256, 720}},
     {"Cyrl", {1251, 866}},
     {"Grek", {1253, 737}},
@@ -117,11 +117,11 @@ bool BeginsWith(std::string_view name, std::string_view beginning)
 
 CodePages OfScript(const std::string& script)
 {
-    for (const ByScript& row : BY_SCRIPT)
+    for (const ByScript& row : kByScript)
         if (row.script == script)
             return row.pages;
     // Languages in none of ICU's lists get its result for Latin script, or none.
-    return script.empty() ? CodePages{1252, 850} : UNICODE_ONLY;
+    return script.empty() ? CodePages{1252, 850} : kUnicodeOnly;
 }
 
 } // namespace
@@ -137,7 +137,7 @@ CodePages CodePagesOf(const Locale& locale)
         pages.oem = 855;
     const bool isLatin = script == "Latn";
     std::size_t longest = 0;
-    for (const ByName& row : BY_NAME)
+    for (const ByName& row : kByName)
     {
         const bool counts = isLatin || row.pages.ansi == CP_ACP;
         if (counts && row.beginning.size() > longest && BeginsWith(locale.name, row.beginning))

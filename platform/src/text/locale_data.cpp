@@ -35,7 +35,7 @@ struct Kin
     std::string_view language;
     const char* data;
 };
-constexpr Kin KIN[] = {{"sma", "se"}, {"smj", "se"}, {"sms", "se"}};
+constexpr Kin kKin[] = {{"sma", "se"}, {"smj", "se"}, {"sms", "se"}};
 
 // For a language without data ICU returns the data of the process's own locale. This detects that case.
 bool HasData(const std::string& icu)
@@ -139,13 +139,13 @@ struct CurrencyOfPart
     std::u16string_view part;
     const char16_t* currency;
 };
-constexpr CurrencyOfPart CURRENCIES_OF_PARTS[] = {{u"001", u"XDR"}, {u"029", u"XCD"}, {u"419", u"XDR"}};
+constexpr CurrencyOfPart kCurrenciesOfParts[] = {{u"001", u"XDR"}, {u"029", u"XCD"}, {u"419", u"XDR"}};
 
 std::u16string CurrencyCode(const Locale& locale)
 {
     const ForkHold hold;
     const std::u16string region = RegionCode(locale);
-    for (const CurrencyOfPart& row : CURRENCIES_OF_PARTS)
+    for (const CurrencyOfPart& row : kCurrenciesOfParts)
         if (row.part == region)
             return row.currency;
     return IcuText([&](UChar* buffer, std::int32_t size, UErrorCode* status)
@@ -158,7 +158,7 @@ bool IsVowel(char16_t letter)
 }
 
 // The system omits the first part of this country's name.
-constexpr std::u16string_view SOUTH_KOREA = u"South Korea";
+constexpr std::u16string_view kSouthKorea = u"South Korea";
 
 } // namespace
 
@@ -169,7 +169,7 @@ std::string IcuName(const Locale& locale)
     if (locale.icu.empty())
         return "en_US_POSIX";
     const std::string_view language = std::string_view(locale.icu).substr(0, locale.icu.find('_'));
-    for (const Kin& row : KIN)
+    for (const Kin& row : kKin)
         if (row.language == language)
             return row.data;
     const std::string name = locale.icu.substr(0, locale.icu.find('@')); // a sort order has no data of its own
@@ -266,7 +266,7 @@ std::u16string RegionName(const Locale& locale, const Locale& in)
     if (own != nullptr && RegionCode(in) == RegionCode(locale))
         return own;
     std::u16string name = Display(locale, in, uloc_getDisplayCountry);
-    return name == SOUTH_KOREA ? u"Korea" : std::move(name);
+    return name == kSouthKorea ? u"Korea" : std::move(name);
 }
 
 // Derived from the system's name, because its codes for Dari and Quechua differ from ICU's.

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "base/fail.h"
+#include "base/give_text.h"
 #include "base/text.h"
 #include "text/locale.h"
 
@@ -43,17 +44,7 @@ LANGID WINAPI GetUserDefaultUILanguage(void)
     return LanguageId(UserInterfaceLocale());
 }
 
-// The environment doesn't distinguish between system and user settings and has none for threads.
-LCID WINAPI GetSystemDefaultLCID(void)
-{
-    return UserLocale().lcid;
-}
-
-LANGID WINAPI GetSystemDefaultLangID(void)
-{
-    return LanguageId(UserLocale());
-}
-
+// The environment has no settings for threads.
 LCID WINAPI GetThreadLocale(void)
 {
     return UserLocale().lcid;
@@ -69,24 +60,5 @@ int WINAPI LCIDToLocaleName(LCID Locale, LPWSTR lpName, int cchName, DWORD dwFla
     const bool neutral = SUBLANGID(Locale) == SUBLANG_NEUTRAL && PRIMARYLANGID(Locale) != LANG_NEUTRAL;
     const bool asLanguage = neutral && (dwFlags & LOCALE_ALLOW_NEUTRAL_NAMES) != 0 && Locale != LOCALE_INVARIANT;
     const std::string name = asLanguage ? LanguageOf(*locale) : locale->name;
-    const int size = static_cast<int>(name.size()) + 1;
-    if (cchName == 0)
-        return size;
-    if (cchName < size)
-        return Fail(ERROR_INSUFFICIENT_BUFFER);
-    *std::copy(name.begin(), name.end(), lpName) = 0;
-    return size;
-}
-
-LCID WINAPI LocaleNameToLCID(LPCWSTR lpName, DWORD dwFlags)
-{
-    const Locale* const locale = FindLocale(lpName);
-    if (locale == nullptr)
-        return static_cast<LCID>(Fail(ERROR_INVALID_PARAMETER));
-    if ((dwFlags & ~static_cast<DWORD>(LOCALE_ALLOW_NEUTRAL_NAMES)) != 0)
-        return static_cast<LCID>(Fail(ERROR_INVALID_FLAGS));
-    const bool isLanguage = lpName != nullptr && *lpName != 0 && View(lpName).find(u'-') == View(lpName).npos;
-    if (isLanguage && (dwFlags & LOCALE_ALLOW_NEUTRAL_NAMES) != 0)
-        return MAKELCID(MAKELANGID(PRIMARYLANGID(locale->lcid), SUBLANG_NEUTRAL), SORT_DEFAULT);
-    return locale->lcid;
+    return GiveText(name, lpName, cchName);
 }

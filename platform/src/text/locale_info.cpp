@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "base/fail.h"
+#include "base/give_text.h"
 #include "base/forever.h"
 #include "text/date_pictures.h"
 #include "text/locale.h"
@@ -107,7 +108,7 @@ std::u16string ListSeparator(const Locale& locale)
 }
 
 // Sorted by type.
-constexpr InfoType TYPES[] = {
+constexpr InfoType kTypes[] = {
     {LOCALE_ILANGUAGE, LanguageNumberText, LanguageNumber},
     {LOCALE_SLANGUAGE,
         [](const Locale& locale)
@@ -232,7 +233,7 @@ struct InvariantText
     LCTYPE type;
     const char16_t* text;
 };
-constexpr InvariantText INVARIANT[] = {
+constexpr InvariantText kInvariant[] = {
     {LOCALE_SLANGUAGE, u"Invariant Language (Invariant Country)"},
     {LOCALE_SNATIVELANGNAME, u"Invariant Language"},
     {LOCALE_ICOUNTRY, u"1"},
@@ -254,7 +255,7 @@ constexpr InvariantText INVARIANT[] = {
 std::u16string MakeText(const Locale& locale, const InfoType& type)
 {
     if (locale.icu.empty())
-        for (const InvariantText& row : INVARIANT)
+        for (const InvariantText& row : kInvariant)
             if (row.type == type.type)
                 return row.text;
     return type.text(locale);
@@ -281,39 +282,28 @@ constexpr bool LessByType(const InfoType& a, const InfoType& b)
 {
     return a.type < b.type;
 }
-static_assert(std::is_sorted(std::begin(TYPES), std::end(TYPES), LessByType));
+static_assert(std::is_sorted(std::begin(kTypes), std::end(kTypes), LessByType));
 
 const InfoType* FindType(LCTYPE type)
 {
     const InfoType* const row =
-        std::lower_bound(std::begin(TYPES), std::end(TYPES), InfoType{type, nullptr}, LessByType);
-    return row != std::end(TYPES) && row->type == type ? row : nullptr;
+        std::lower_bound(std::begin(kTypes), std::end(kTypes), InfoType{type, nullptr}, LessByType);
+    return row != std::end(kTypes) && row->type == type ? row : nullptr;
 }
 
-constexpr LCTYPE OPTIONS = LOCALE_NOUSEROVERRIDE | LOCALE_USE_CP_ACP | LOCALE_RETURN_NUMBER;
+constexpr LCTYPE kOptions = LOCALE_NOUSEROVERRIDE | LOCALE_USE_CP_ACP | LOCALE_RETURN_NUMBER;
 
 int GiveNumber(const Locale& locale, const InfoType& type, wchar_t* buffer, int size)
 {
     const ForkHold hold; // ICU has locks of its own
     const DWORD number = type.number(locale);
-    constexpr int NEEDED = sizeof number / sizeof(wchar_t);
+    constexpr int kNeeded = sizeof number / sizeof(wchar_t);
     if (size == 0)
-        return NEEDED;
-    if (size < NEEDED)
+        return kNeeded;
+    if (size < kNeeded)
         return Fail(ERROR_INSUFFICIENT_BUFFER);
     std::memcpy(buffer, &number, sizeof number);
-    return NEEDED;
-}
-
-int GiveText(const std::u16string& text, wchar_t* buffer, int size)
-{
-    const int needed = static_cast<int>(text.size()) + 1;
-    if (size == 0)
-        return needed;
-    if (size < needed)
-        return Fail(ERROR_INSUFFICIENT_BUFFER);
-    *std::copy(text.begin(), text.end(), buffer) = 0;
-    return needed;
+    return kNeeded;
 }
 
 } // namespace
@@ -323,7 +313,7 @@ int WINAPI GetLocaleInfoW(LCID Locale, LCTYPE LCType, LPWSTR lpLCData, int cchDa
     const qxplatform::Locale* const locale = FindLocale(Locale);
     if (locale == nullptr || cchData < 0 || (cchData > 0 && lpLCData == nullptr))
         return Fail(ERROR_INVALID_PARAMETER);
-    const InfoType* const type = FindType(LCType & ~OPTIONS);
+    const InfoType* const type = FindType(LCType & ~kOptions);
     const bool wantsNumber = (LCType & LOCALE_RETURN_NUMBER) != 0;
     if (type == nullptr || (wantsNumber && type->number == nullptr))
         return Fail(ERROR_INVALID_FLAGS);

@@ -25,18 +25,18 @@ struct ListedLocale
 };
 
 // Upper limits of the language and region numbers in use.
-constexpr WORD MOST_LANGUAGES = 0xa0;
-constexpr WORD MOST_REGIONS = 0x20;
+constexpr WORD kMostLanguages = 0xa0;
+constexpr WORD kMostRegions = 0x20;
 
 // Identifiers known to ICU but not listed by the system: former countries, and regions and scripts that were never
 // added to its list.
-constexpr LCID NOT_LISTED[] = {0x045f, 0x0460, 0x0469, 0x0479, 0x0493, 0x0812, 0x081a, 0x0851, 0x0c1a, 0x105f};
+constexpr LCID kNotListed[] = {0x045f, 0x0460, 0x0469, 0x0479, 0x0493, 0x0812, 0x081a, 0x0851, 0x0c1a, 0x105f};
 
 bool IsListed(LCID lcid)
 {
     const Locale* const locale = FindLocale(lcid);
     return locale != nullptr && locale->lcid == lcid &&
-           std::find(std::begin(NOT_LISTED), std::end(NOT_LISTED), lcid) == std::end(NOT_LISTED);
+           std::find(std::begin(kNotListed), std::end(kNotListed), lcid) == std::end(kNotListed);
 }
 
 // Locales with an identifier, ascending. A language without a region is not listed.
@@ -47,8 +47,8 @@ const std::vector<ListedLocale>& AllLocales()
         []
         {
             std::vector<ListedLocale> locales;
-            for (WORD region = SUBLANG_NEUTRAL + 1; region < MOST_REGIONS; ++region)
-                for (WORD language = LANG_NEUTRAL + 1; language < MOST_LANGUAGES; ++language)
+            for (WORD region = SUBLANG_NEUTRAL + 1; region < kMostRegions; ++region)
+                for (WORD language = LANG_NEUTRAL + 1; language < kMostLanguages; ++language)
                 {
                     const LCID lcid = MAKELCID(MAKELANGID(language, region), SORT_DEFAULT);
                     if (IsListed(lcid))
@@ -65,7 +65,7 @@ struct LanguageGroup
     std::u16string_view name;
 };
 
-constexpr LanguageGroup GROUPS[] = {
+constexpr LanguageGroup kGroups[] = {
     {LGRPID_WESTERN_EUROPE, u"1", u"Western Europe and United States"},
     {LGRPID_CENTRAL_EUROPE, u"2", u"Central Europe"},
     {LGRPID_BALTIC, u"3", u"Baltic"},
@@ -128,7 +128,7 @@ BOOL WINAPI EnumSystemLanguageGroupsW(LANGUAGEGROUP_ENUMPROCW lpLanguageGroupEnu
         return Fail(ERROR_INVALID_PARAMETER);
     if (AreWrongFlags(dwFlags, LGRPID_INSTALLED, LGRPID_SUPPORTED))
         return Fail(ERROR_INVALID_FLAGS);
-    for (const LanguageGroup& row : GROUPS)
+    for (const LanguageGroup& row : kGroups)
     {
         wchar_t number[3];
         wchar_t name[40];
@@ -143,7 +143,7 @@ BOOL WINAPI EnumSystemLanguageGroupsW(LANGUAGEGROUP_ENUMPROCW lpLanguageGroupEnu
 BOOL WINAPI EnumLanguageGroupLocalesW(
     LANGGROUPLOCALE_ENUMPROCW lpLangGroupLocaleEnumProc, LGRPID LanguageGroup, DWORD dwFlags, LONG_PTR lParam)
 {
-    const bool exists = std::any_of(std::begin(GROUPS), std::end(GROUPS),
+    const bool exists = std::any_of(std::begin(kGroups), std::end(kGroups),
         [LanguageGroup](const ::LanguageGroup& row) { return row.id == LanguageGroup; });
     if (lpLangGroupLocaleEnumProc == nullptr || !exists)
         return Fail(ERROR_INVALID_PARAMETER);

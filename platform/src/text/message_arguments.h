@@ -13,11 +13,11 @@ namespace qxplatform
 class MessageArguments
 {
 public:
-    static constexpr unsigned MAX_STARS = 2; // for width and precision, which precede a value
+    static constexpr unsigned kMaxStars = 2; // for width and precision, which precede a value
 
     struct Insert
     {
-        std::array<int, MAX_STARS> stars;
+        std::array<int, kMaxStars> stars;
         DWORD_PTR value;
     };
 
@@ -30,14 +30,14 @@ public:
     // `number` counts from 1 to 99.
     Insert Read(unsigned number, unsigned stars)
     {
-        std::array<DWORD_PTR, MAX_STARS + 1> values{};
+        std::array<DWORD_PTR, kMaxStars + 1> values{};
         for (unsigned i = 0; i <= stars; ++i)
             values[i] = FromList(number, i);
         return {{static_cast<int>(values[0]), static_cast<int>(values[1])}, values[stars]};
     }
 
 private:
-    static constexpr unsigned MAX_NUMBER = 99;
+    static constexpr unsigned kMaxNumber = 99;
 
     // As in the documented example, an argument before an insert's other arguments has the insert's number only until
     // the next one is read: "%1!*.*s! %3" refers to the first and the fourth argument.
@@ -55,7 +55,7 @@ private:
     }
 
     va_list* _list;
-    std::array<DWORD_PTR, MAX_NUMBER + MAX_STARS> _values{};
+    std::array<DWORD_PTR, kMaxNumber + kMaxStars> _values{};
     unsigned _read = 0;
 };
 

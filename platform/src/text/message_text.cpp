@@ -14,7 +14,7 @@ namespace
 {
 
 // Sufficient for inserts with a format; an insert whose width exceeds it produces an error.
-constexpr std::size_t MAX_FORMATTED = 0x10000;
+constexpr std::size_t kMaxFormatted = 0x10000;
 
 bool IsDigit(char16_t unit)
 {
@@ -208,7 +208,7 @@ private:
         const MessageArguments::Insert insert = _arguments.Read(number, parsed.Stars());
         while ((length = Format(buffer, Wide(conversion), parsed.Stars(), insert)) < 0)
         {
-            if (buffer.size() >= MAX_FORMATTED)
+            if (buffer.size() >= kMaxFormatted)
             {
                 _error = ERROR_INVALID_PARAMETER;
                 return;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <new>
 
 namespace qxplatform
 {
@@ -14,7 +15,7 @@ namespace qxplatform
 namespace
 {
 
-constexpr wchar_t UNDEFINED = PageTables::UNDEFINED;
+constexpr wchar_t kUndefined = PageTables::kUndefined;
 
 struct Amendment
 {
@@ -24,7 +25,7 @@ struct Amendment
 };
 
 // Differences between the system's pages and ICU's. The four 7-bit pages are the national variants of ISO 646.
-constexpr Amendment AMENDMENTS[] = {
+constexpr Amendment kAmendments[] = {
     {437, 0xe6, 0x00b5},
     {852, 0xaa, 0x00ac},
     {860, 0xe6, 0x00b5},
@@ -35,7 +36,7 @@ constexpr Amendment AMENDMENTS[] = {
     {932, 0x80, 0x0080},
     {949, 0x80, 0x0080},
     {950, 0x80, 0x0080},
-    {1253, 0xaa, UNDEFINED},
+    {1253, 0xaa, kUndefined},
     {1255, 0xca, 0x05ba},
     {20105, 0x24, 0x00a4},
     {20105, 0x7e, 0x203e},
@@ -66,17 +67,17 @@ constexpr Amendment AMENDMENTS[] = {
     {21866, 0xbe, 0x040e},
     {28597, 0xa1, 0x02bd},
     {28597, 0xa2, 0x02bc},
-    {28597, 0xa4, UNDEFINED},
-    {28597, 0xa5, UNDEFINED},
-    {28597, 0xaa, UNDEFINED},
+    {28597, 0xa4, kUndefined},
+    {28597, 0xa5, kUndefined},
+    {28597, 0xaa, kUndefined},
     {28598, 0xaf, 0x203e},
-    {28598, 0xfd, UNDEFINED},
-    {28598, 0xfe, UNDEFINED},
+    {28598, 0xfd, kUndefined},
+    {28598, 0xfe, kUndefined},
 };
 
-constexpr wchar_t FIRST_PRIVATE = 0xe000;
-constexpr wchar_t LAST_PRIVATE = 0xf8ff;
-constexpr wchar_t KATAKANA_MIDDLE_DOT = 0x30fb; // represents invalid bytes in page 932
+constexpr wchar_t kFirstPrivate = 0xe000;
+constexpr wchar_t kLastPrivate = 0xf8ff;
+constexpr wchar_t kKatakanaMiddleDot = 0x30fb; // represents invalid bytes in page 932
 
 class Converter
 {
@@ -85,6 +86,8 @@ public:
     {
         UErrorCode status = U_ZERO_ERROR;
         _converter.reset(ucnv_open(name, &status));
+        if (status == U_MEMORY_ALLOCATION_ERROR) // the data exist, so a later attempt may succeed
+            throw std::bad_alloc();
         if (!IsOpen())
             return;
         ucnv_setToUCallBack(_converter.get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
@@ -111,7 +114,7 @@ public:
         UChar units[4];
         const std::int32_t count = ucnv_toUChars(
             _converter.get(), units, std::size(units), bytes.data(), static_cast<std::int32_t>(bytes.size()), &status);
-        return U_SUCCESS(status) && count == 1 ? static_cast<wchar_t>(units[0]) : UNDEFINED;
+        return U_SUCCESS(status) && count == 1 ? static_cast<wchar_t>(units[0]) : kUndefined;
     }
 
     // Returns 0 if there is no such code. The supported code pages have no codes longer than two bytes.
@@ -142,8 +145,12 @@ public:
         UErrorCode status = U_ZERO_ERROR;
         const Set roundtrip(uset_openEmpty());
         const Set all(uset_openEmpty());
+        if (!roundtrip || !all)
+            throw std::bad_alloc();
         ucnv_getUnicodeSet(_converter.get(), roundtrip.get(), UCNV_ROUNDTRIP_SET, &status);
         ucnv_getUnicodeSet(_converter.get(), all.get(), UCNV_ROUNDTRIP_AND_FALLBACK_SET, &status);
+        if (status == U_MEMORY_ALLOCATION_ERROR)
+            throw std::bad_alloc();
         uset_removeAll(all.get(), roundtrip.get());
         uset_removeRange(all.get(), 0x10000, 0x10ffff);
         std::vector<Fallback> fallbacks;
@@ -178,7 +185,7 @@ bool IsSevenBit(UINT page)
 
 wchar_t SingleByte(const TablePageSource& source, const Converter& converter, unsigned char byte)
 {
-    for (const Amendment& amendment : AMENDMENTS)
+    for (const Amendment& amendment : kAmendments)
         if (amendment.page == source.number && amendment.byte == byte)
             return amendment.unit;
     // ICU's console pages swap some control characters for mainframes.
@@ -199,9 +206,9 @@ void ReadSingleBytes(const TablePageSource& source, const Converter& converter, 
             continue;
         }
         wchar_t unit = SingleByte(source, converter, static_cast<unsigned char>(byte));
-        if (unit == UNDEFINED && nextUndefined != 0 && !tables.lead[byte])
+        if (unit == kUndefined && nextUndefined != 0 && !tables.lead[byte])
             unit = nextUndefined++;
-        tables.strict[byte] = unit >= FIRST_PRIVATE && unit <= LAST_PRIVATE;
+        tables.strict[byte] = unit >= kFirstPrivate && unit <= kLastPrivate;
         tables.single[byte] = unit;
         if (byte < 0x80 && unit != byte)
             tables.asciiTransparent = false;
@@ -210,7 +217,7 @@ void ReadSingleBytes(const TablePageSource& source, const Converter& converter, 
 
 void ReadPairs(const Converter& converter, PageTables& tables)
 {
-    tables.pairs.assign(0x8000, UNDEFINED);
+    tables.pairs.assign(0x8000, kUndefined);
     for (unsigned code = 0x8000; code <= 0xffff; ++code)
     {
         if (!tables.lead[code >> 8] || (code & 0xff) < 0x40)
@@ -224,17 +231,17 @@ void ReadPairs(const Converter& converter, PageTables& tables)
 // positions).
 void Invert(const Converter& converter, PageTables& tables)
 {
-    tables.exact.assign(PageTables::UNITS, 0);
+    tables.exact.assign(PageTables::kUnits, 0);
     for (unsigned byte = 0; byte < 256; ++byte)
     {
         const wchar_t unit = tables.single[byte];
-        if (unit != UNDEFINED && unit != 0 && tables.exact[unit] == 0)
+        if (unit != kUndefined && unit != 0 && tables.exact[unit] == 0)
             tables.exact[unit] = static_cast<std::uint16_t>(byte);
     }
     for (unsigned i = 0; i < tables.pairs.size(); ++i)
     {
         const wchar_t unit = tables.pairs[i];
-        if (unit == UNDEFINED)
+        if (unit == kUndefined)
             continue;
         if (tables.exact[unit] == 0)
             tables.exact[unit] = static_cast<std::uint16_t>(0x8000 + i);
@@ -266,7 +273,7 @@ std::optional<PageTables> MakePageTables(const TablePageSource& source)
         return std::nullopt;
     PageTables tables;
     if (source.number == 932)
-        tables.undefinedCharacter = KATAKANA_MIDDLE_DOT;
+        tables.undefinedCharacter = kKatakanaMiddleDot;
     if (converter.IsDoubleByte())
         for (unsigned byte = 0x80; byte < 256; ++byte)
             tables.lead[byte] = converter.IsLeadByte(static_cast<unsigned char>(byte));

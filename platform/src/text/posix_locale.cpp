@@ -17,7 +17,7 @@ struct ScriptModifier
 };
 
 // Modifiers that specify a script. Other modifiers (@euro, @valencia) have no effect here.
-constexpr ScriptModifier SCRIPTS[] = {{"latin", "Latn"}, {"cyrillic", "Cyrl"}, {"devanagari", "Deva"}};
+constexpr ScriptModifier kScripts[] = {{"latin", "Latn"}, {"cyrillic", "Cyrl"}, {"devanagari", "Deva"}};
 
 // ICU copies names into buffers that hold one more character. No locale has a name that long.
 constexpr std::size_t kMaxPosixLocale = ULOC_FULLNAME_CAPACITY - 1;
@@ -72,7 +72,7 @@ std::string IcuNameOfPosixLocale(std::string_view posixName)
     if (parts.language == "C" || parts.language == "POSIX")
         return {};
     std::string name(parts.language);
-    for (const ScriptModifier& row : SCRIPTS)
+    for (const ScriptModifier& row : kScripts)
         if (row.modifier == parts.modifier)
             name.append("_").append(row.script);
     if (!parts.region.empty())

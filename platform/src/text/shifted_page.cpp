@@ -10,38 +10,38 @@
 namespace qxplatform
 {
 
-constexpr ShiftSequence JIS_ASCII = {"\x1b(B", CharacterSet::Ascii};
-constexpr ShiftSequence JIS_ROMAN = {"\x1b(J", CharacterSet::Ascii};
-constexpr ShiftSequence JIS_1978 = {"\x1b$@", CharacterSet::DoubleByte};
-constexpr ShiftSequence JIS_1983 = {"\x1b$B", CharacterSet::DoubleByte};
-constexpr ShiftSequence JIS_KATAKANA = {"\x1b(I", CharacterSet::Katakana};
-constexpr ShiftSequence OUT_KATAKANA = {"\x0e", CharacterSet::Katakana};
-constexpr ShiftSequence OUT_DOUBLE_BYTE = {"\x0e", CharacterSet::DoubleByte};
-constexpr ShiftSequence IN_ASCII = {"\x0f", CharacterSet::Ascii};
-constexpr ShiftSequence KOREAN_HEADER = {"\x1b$)C", CharacterSet::Ascii};
-constexpr ShiftSequence HZ_DOUBLE_BYTE = {"~{", CharacterSet::DoubleByte};
-constexpr ShiftSequence HZ_ASCII = {"~}", CharacterSet::Ascii};
+constexpr ShiftSequence kJisAscii = {"\x1b(B", CharacterSet::Ascii};
+constexpr ShiftSequence kJisRoman = {"\x1b(J", CharacterSet::Ascii};
+constexpr ShiftSequence kJis1978 = {"\x1b$@", CharacterSet::DoubleByte};
+constexpr ShiftSequence kJis1983 = {"\x1b$B", CharacterSet::DoubleByte};
+constexpr ShiftSequence kJisKatakana = {"\x1b(I", CharacterSet::Katakana};
+constexpr ShiftSequence kOutKatakana = {"\x0e", CharacterSet::Katakana};
+constexpr ShiftSequence kOutDoubleByte = {"\x0e", CharacterSet::DoubleByte};
+constexpr ShiftSequence kInAscii = {"\x0f", CharacterSet::Ascii};
+constexpr ShiftSequence kKoreanHeader = {"\x1b$)C", CharacterSet::Ascii};
+constexpr ShiftSequence kHzDoubleByte = {"~{", CharacterSet::DoubleByte};
+constexpr ShiftSequence kHzAscii = {"~}", CharacterSet::Ascii};
 
-constexpr std::array<ShiftSequence, 8> JAPANESE = {
-    JIS_ASCII, JIS_ROMAN, JIS_1978, JIS_1983, JIS_KATAKANA, OUT_KATAKANA, IN_ASCII};
+constexpr std::array<ShiftSequence, 8> kJapanese = {
+    kJisAscii, kJisRoman, kJis1978, kJis1983, kJisKatakana, kOutKatakana, kInAscii};
 
-constinit const ShiftRules ISO_2022_JP = {JAPANESE, JIS_ASCII.bytes, JIS_1983.bytes, "", ""};
-constinit const ShiftRules ISO_2022_JP_KATAKANA = {JAPANESE, JIS_ASCII.bytes, JIS_1983.bytes, JIS_KATAKANA.bytes, ""};
-constinit const ShiftRules ISO_2022_JP_SHIFT_OUT = {JAPANESE, JIS_ASCII.bytes, JIS_1983.bytes, OUT_KATAKANA.bytes, ""};
+constinit const ShiftRules ISO_2022_JP = {kJapanese, kJisAscii.bytes, kJis1983.bytes, "", ""};
+constinit const ShiftRules ISO_2022_JP_KATAKANA = {kJapanese, kJisAscii.bytes, kJis1983.bytes, kJisKatakana.bytes, ""};
+constinit const ShiftRules ISO_2022_JP_SHIFT_OUT = {kJapanese, kJisAscii.bytes, kJis1983.bytes, kOutKatakana.bytes, ""};
 constinit const ShiftRules ISO_2022_KR = {
-    {KOREAN_HEADER, OUT_DOUBLE_BYTE, IN_ASCII}, IN_ASCII.bytes, OUT_DOUBLE_BYTE.bytes, "", KOREAN_HEADER.bytes};
-constinit const ShiftRules HZ = {{HZ_DOUBLE_BYTE, HZ_ASCII}, HZ_ASCII.bytes, HZ_DOUBLE_BYTE.bytes, "", "", true};
+    {kKoreanHeader, kOutDoubleByte, kInAscii}, kInAscii.bytes, kOutDoubleByte.bytes, "", kKoreanHeader.bytes};
+constinit const ShiftRules HZ = {{kHzDoubleByte, kHzAscii}, kHzAscii.bytes, kHzDoubleByte.bytes, "", "", true};
 
 namespace
 {
 
-constexpr std::uint16_t KATAKANA_LEAD = 0x8e00;
+constexpr std::uint16_t kKatakanaLead = 0x8e00;
 
 CharacterSet SetOf(std::uint16_t code)
 {
     if (code < 0x80)
         return CharacterSet::Ascii;
-    return (code & 0xff00) == KATAKANA_LEAD ? CharacterSet::Katakana : CharacterSet::DoubleByte;
+    return (code & 0xff00) == kKatakanaLead ? CharacterSet::Katakana : CharacterSet::DoubleByte;
 }
 
 bool IsHalfWidthKatakana(wchar_t unit)
@@ -82,7 +82,7 @@ std::vector<wchar_t> WidenKatakana(std::wstring_view text)
 ShiftedPage::ShiftedPage(const ShiftRules& rules, PageTables plane)
     : _rules(rules),
       _plane(std::move(plane)),
-      _eightBitSet(_plane.lead[KATAKANA_LEAD >> 8] ? CharacterSet::Katakana : CharacterSet::DoubleByte)
+      _eightBitSet(_plane.lead[kKatakanaLead >> 8] ? CharacterSet::Katakana : CharacterSet::DoubleByte)
 {
 }
 
@@ -110,7 +110,7 @@ std::string_view ShiftedPage::ShiftTo(CharacterSet set) const
 wchar_t ShiftedPage::Pair(unsigned lead, unsigned trail) const
 {
     const wchar_t unit = _plane.pairs[((lead & 0x7f) << 8) | (trail | 0x80)];
-    return unit == PageTables::UNDEFINED ? _plane.undefinedCharacter : unit;
+    return unit == PageTables::kUndefined ? _plane.undefinedCharacter : unit;
 }
 
 bool ShiftedPage::Decode(std::string_view bytes, OnInvalid, WideOutput& out) const
@@ -144,7 +144,7 @@ bool ShiftedPage::Decode(std::string_view bytes, OnInvalid, WideOutput& out) con
         }
         else if (current == CharacterSet::Katakana)
         {
-            out.Put(Pair(KATAKANA_LEAD >> 8, byte));
+            out.Put(Pair(kKatakanaLead >> 8, byte));
         }
         else
         {

@@ -18,7 +18,7 @@ struct Message
 };
 
 // Sorted by code: system errors, socket errors from 10004 on, and COM results.
-constexpr Message MESSAGES[] = {
+constexpr Message kMessages[] = {
     {0, "The operation completed successfully."},
     {1, "Incorrect function."},
     {2, "The system cannot find the file specified."},
@@ -725,13 +725,13 @@ constexpr bool LessByCode(const Message& a, const Message& b)
 {
     return a.code < b.code;
 }
-static_assert(std::is_sorted(std::begin(MESSAGES), std::end(MESSAGES), LessByCode));
+static_assert(std::is_sorted(std::begin(kMessages), std::end(kMessages), LessByCode));
 
 const Message* Find(DWORD code)
 {
     const Message* const row =
-        std::lower_bound(std::begin(MESSAGES), std::end(MESSAGES), Message{code, nullptr}, LessByCode);
-    return row != std::end(MESSAGES) && row->code == code ? row : nullptr;
+        std::lower_bound(std::begin(kMessages), std::end(kMessages), Message{code, nullptr}, LessByCode);
+    return row != std::end(kMessages) && row->code == code ? row : nullptr;
 }
 
 bool CarriesSystemError(DWORD code)

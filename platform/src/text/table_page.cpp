@@ -48,7 +48,7 @@ bool TablePage::DecodeDouble(std::string_view bytes, OnInvalid onInvalid, WideOu
                 const bool hasTrail = next != end && *next != 0;
                 if (hasTrail)
                     unit = _tables.pairs[(byte - 0x80u) << 8 | static_cast<unsigned char>(*next++)];
-                invalid = unit == PageTables::UNDEFINED;
+                invalid = unit == PageTables::kUndefined;
                 if (invalid)
                     unit = _tables.undefinedCharacter;
             }

@@ -12,8 +12,8 @@ namespace qxplatform
 // The contents of a page. Two-byte codes have the lead byte in the high byte.
 struct PageTables
 {
-    static constexpr wchar_t UNDEFINED = 0xffff;
-    static constexpr std::size_t UNITS = 0x10000;
+    static constexpr wchar_t kUndefined = 0xffff;
+    static constexpr std::size_t kUnits = 0x10000;
 
     std::array<wchar_t, 256> single{}; // UNDEFINED for a lead byte
     std::array<bool, 256> strict{};    // bytes that are refused if invalid bytes are refused

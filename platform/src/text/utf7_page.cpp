@@ -6,15 +6,15 @@ namespace qxplatform
 namespace
 {
 
-constexpr std::string_view BASE64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr std::string_view kBase64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 // Characters that represent themselves: letters, digits, set D of the standard, white space, and the terminator.
-constexpr std::string_view DIRECT("'(),-./:?\t\n\r \0", 15);
+constexpr std::string_view kDirect("'(),-./:?\t\n\r \0", 15);
 
 bool IsDirect(wchar_t unit)
 {
     return (unit >= 'a' && unit <= 'z') || (unit >= 'A' && unit <= 'Z') || (unit >= '0' && unit <= '9') ||
-           (unit < 0x80 && DIRECT.find(static_cast<char>(unit)) != DIRECT.npos);
+           (unit < 0x80 && kDirect.find(static_cast<char>(unit)) != kDirect.npos);
 }
 
 // Collects the units of a shifted run as sextets.
@@ -27,13 +27,13 @@ public:
     {
         _bits = _bits << 16 | unit;
         for (_count += 16; _count >= 6; _count -= 6)
-            _out.Put(BASE64[_bits >> (_count - 6) & 0x3f]);
+            _out.Put(kBase64[_bits >> (_count - 6) & 0x3f]);
     }
 
     void Flush()
     {
         if (_count > 0)
-            _out.Put(BASE64[_bits << (6 - _count) & 0x3f]);
+            _out.Put(kBase64[_bits << (6 - _count) & 0x3f]);
     }
 
 private:
@@ -64,7 +64,7 @@ bool Utf7Page::Decode(std::string_view bytes, OnInvalid, WideOutput& out) const
         int count = 0;
         std::size_t digit;
         // Remaining bits at the end of a run are padding.
-        for (; i < bytes.size() && (digit = BASE64.find(bytes[i])) != BASE64.npos; ++i)
+        for (; i < bytes.size() && (digit = kBase64.find(bytes[i])) != kBase64.npos; ++i)
         {
             bits = bits << 6 | static_cast<unsigned>(digit);
             count += 6;

@@ -10,7 +10,7 @@ namespace qxplatform
 namespace
 {
 
-constexpr wchar_t REPLACEMENT_CHARACTER = 0xfffd;
+constexpr wchar_t kReplacementCharacter = 0xfffd;
 
 bool IsContinuation(unsigned char byte)
 {
@@ -137,7 +137,7 @@ bool Utf8Page::Decode(std::string_view bytes, OnInvalid onInvalid, WideOutput& o
             const Sequence sequence = ReadSequence(next, end);
             if (!sequence.valid && onInvalid == OnInvalid::Refuse)
                 return false;
-            PutCharacter(sequence.valid ? sequence.value : REPLACEMENT_CHARACTER, out);
+            PutCharacter(sequence.valid ? sequence.value : kReplacementCharacter, out);
             next += sequence.length;
         }
     }
@@ -168,7 +168,7 @@ EncodeResult Utf8Page::Encode(std::wstring_view text, const Encoding& encoding, 
             {
                 if (encoding.onInvalid == OnInvalid::Refuse)
                     return {.valid = false};
-                PutThree(REPLACEMENT_CHARACTER, out);
+                PutThree(kReplacementCharacter, out);
             }
             else
             {

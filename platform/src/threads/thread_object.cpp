@@ -82,7 +82,7 @@ ThreadObject::ThreadObject(Routine routine, void* argument)
 
 Ref<ThreadObject> ThreadObject::Start(Routine routine, void* argument, std::size_t stackSize, bool isSuspended)
 {
-    const auto thread = MakeObject<ThreadObject>(routine, argument);
+    auto thread = MakeObject<ThreadObject>(routine, argument);
     thread->gate.Enter();
     if (isSuspended)
         thread->gate.Suspend();

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "base/fail.h"
+#include "base/give_text.h"
 #include "base/text.h"
 #include "text/locale_data.h"
 #include "time/picture.h"
@@ -18,24 +19,13 @@ using namespace qxplatform;
 namespace
 {
 
-constexpr DWORD LOCALE_OPTIONS = LOCALE_NOUSEROVERRIDE | LOCALE_USE_CP_ACP;
+constexpr DWORD kLocaleOptions = LOCALE_NOUSEROVERRIDE | LOCALE_USE_CP_ACP;
 
 std::u16string Digits(unsigned number, std::size_t atLeast)
 {
     const std::string digits = std::to_string(number);
     std::u16string text(atLeast - std::min(atLeast, digits.size()), u'0');
     return text.append(digits.begin(), digits.end());
-}
-
-int Give(const std::u16string& text, LPWSTR buffer, int size)
-{
-    const int needed = static_cast<int>(text.size()) + 1;
-    if (size == 0)
-        return needed;
-    if (size < needed)
-        return Fail(ERROR_INSUFFICIENT_BUFFER);
-    *std::copy(text.begin(), text.end(), buffer) = 0;
-    return needed;
 }
 
 // Determines the day of the week; the time of day is ignored.
@@ -114,7 +104,7 @@ const Locale* CheckedLocale(
         Fail(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    if ((flags & ~(own | LOCALE_OPTIONS)) != 0 ||
+    if ((flags & ~(own | kLocaleOptions)) != 0 ||
         (picture != nullptr && (flags & (withoutPicture | LOCALE_NOUSEROVERRIDE)) != 0))
     {
         Fail(ERROR_INVALID_FLAGS);
@@ -179,12 +169,12 @@ std::u16string FormatTime(const std::u16string& picture, const SYSTEMTIME& time,
 int WINAPI GetDateFormatW(
     LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpDate, LPCWSTR lpFormat, LPWSTR lpDateStr, int cchDate)
 {
-    constexpr DWORD STYLES = DATE_SHORTDATE | DATE_LONGDATE;
+    constexpr DWORD kStyles = DATE_SHORTDATE | DATE_LONGDATE;
     const qxplatform::Locale* const locale =
-        CheckedLocale(Locale, dwFlags, STYLES, STYLES, lpFormat, lpDateStr, cchDate);
+        CheckedLocale(Locale, dwFlags, kStyles, kStyles, lpFormat, lpDateStr, cchDate);
     if (locale == nullptr)
         return 0;
-    if ((dwFlags & STYLES) == STYLES)
+    if ((dwFlags & kStyles) == kStyles)
         return Fail(ERROR_INVALID_FLAGS);
     SYSTEMTIME date;
     if (!CheckedDate(lpDate != nullptr ? *lpDate : Now(), date))
@@ -192,14 +182,14 @@ int WINAPI GetDateFormatW(
     const Pictures& pictures = PicturesOf(*locale);
     const std::u16string& own = (dwFlags & DATE_LONGDATE) != 0 ? pictures.longDate : pictures.shortDate;
     const std::u16string picture = lpFormat != nullptr ? std::u16string(View(lpFormat)) : own;
-    return Give(FormatDate(picture, date, *locale), lpDateStr, cchDate);
+    return GiveText(FormatDate(picture, date, *locale), lpDateStr, cchDate);
 }
 
 int WINAPI GetTimeFormatW(
     LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpTime, LPCWSTR lpFormat, LPWSTR lpTimeStr, int cchTime)
 {
-    constexpr DWORD FLAGS = TIME_NOMINUTESORSECONDS | TIME_NOSECONDS | TIME_NOTIMEMARKER | TIME_FORCE24HOURFORMAT;
-    const qxplatform::Locale* const locale = CheckedLocale(Locale, dwFlags, FLAGS, 0, lpFormat, lpTimeStr, cchTime);
+    constexpr DWORD kFlags = TIME_NOMINUTESORSECONDS | TIME_NOSECONDS | TIME_NOTIMEMARKER | TIME_FORCE24HOURFORMAT;
+    const qxplatform::Locale* const locale = CheckedLocale(Locale, dwFlags, kFlags, 0, lpFormat, lpTimeStr, cchTime);
     if (locale == nullptr)
         return 0;
     const SYSTEMTIME time = lpTime != nullptr ? *lpTime : Now();
@@ -207,5 +197,5 @@ int WINAPI GetTimeFormatW(
         return Fail(ERROR_INVALID_PARAMETER);
     const Pictures& pictures = PicturesOf(*locale);
     const std::u16string picture = lpFormat != nullptr ? std::u16string(View(lpFormat)) : pictures.time;
-    return Give(FormatTime(picture, time, pictures, dwFlags), lpTimeStr, cchTime);
+    return GiveText(FormatTime(picture, time, pictures, dwFlags), lpTimeStr, cchTime);
 }

@@ -219,11 +219,6 @@ HRESULT DestroyArray(SAFEARRAY* array)
     return S_OK;
 }
 
-HRESULT CopyArray(SAFEARRAY* array, SAFEARRAY*& copy)
-{
-    return CopyArrayAt(0, array, copy);
-}
-
 HRESULT CopyText(BSTR source, BSTR& target)
 {
     target = nullptr;

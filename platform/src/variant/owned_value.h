@@ -20,9 +20,6 @@ HRESULT ReplaceValue(VARIANT& target, const VARIANT& source);
 // and without recursion; a locked one is not.
 HRESULT DestroyArray(SAFEARRAY* array);
 
-// Stores a copy of the array with copies of all its elements.
-HRESULT CopyArray(SAFEARRAY* array, SAFEARRAY*& copy);
-
 // A null string stays null.
 HRESULT CopyText(BSTR source, BSTR& target);
 

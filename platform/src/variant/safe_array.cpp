@@ -58,11 +58,6 @@ HRESULT WINAPI SafeArrayDestroy(SAFEARRAY* psa)
     return DestroyArray(psa);
 }
 
-HRESULT WINAPI SafeArrayCopy(SAFEARRAY* psa, SAFEARRAY** ppsaOut)
-{
-    return ppsaOut != nullptr ? CopyArray(psa, *ppsaOut) : E_INVALIDARG;
-}
-
 HRESULT WINAPI SafeArrayLock(SAFEARRAY* psa)
 {
     return psa != nullptr ? LockArray(psa) : E_INVALIDARG;

@@ -1,6 +1,7 @@
 #include "core/charset/charset_conversion.h"
 
 #include "core/system_values.h"
+#include "core/wipe.h"
 
 #include <windows.h>
 
@@ -170,6 +171,14 @@ const char* clsCharsetConversionString::GetNarrow()
         _narrow[size] = 0;
     }
     return _narrow;
+}
+
+void clsCharsetConversionString::Wipe() noexcept
+{
+    if (_wide != nullptr)
+        qx::Wipe(_wide, wcslen(_wide) * sizeof(wchar_t));
+    if (_narrow != nullptr)
+        qx::Wipe(_narrow, strlen(_narrow));
 }
 
 std::uint32_t clsCharsetConversionString::EffectiveCodePage() const

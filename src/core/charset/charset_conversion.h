@@ -48,6 +48,9 @@ public:
     const wchar_t* GetWide();
     const char* GetNarrow();
 
+    // Erases the texts in memory, for secrets. Afterwards both forms are empty.
+    void Wipe() noexcept;
+
     // Return the working buffer of an output buffer.
     wchar_t* WideBuffer() { return _wide; }
     char* NarrowBuffer() { return _narrow; }

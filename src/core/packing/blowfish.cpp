@@ -2,6 +2,7 @@
 
 #include "core/debug_line.h"
 #include "core/packing/blowfish_tables.h"
+#include "core/wipe.h"
 
 #include <cstring>
 #include <utility>
@@ -30,6 +31,13 @@ clsBlowfish::clsBlowfish(const char* key) : _p(kBlowfishInitialP), _s(kBlowfishI
 {
     CopyKey(key);
     ExpandKey();
+}
+
+clsBlowfish::~clsBlowfish()
+{
+    Wipe(_key.data(), sizeof _key);
+    Wipe(_p.data(), sizeof _p);
+    Wipe(_s.data(), sizeof _s);
 }
 
 void clsBlowfish::CopyKey(const char* key)

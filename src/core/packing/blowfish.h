@@ -18,6 +18,10 @@ public:
     // Uses the first 72 bytes of a zero-terminated key. A shorter key is extended to 72 bytes by this library's own
     // rule.
     explicit clsBlowfish(const char* key);
+    clsBlowfish(const clsBlowfish&) = delete;
+    clsBlowfish& operator=(const clsBlowfish&) = delete;
+    // Erases the key and everything derived from it.
+    ~clsBlowfish();
 
     // Encrypts in place. Leaves buffers of less than 8 bytes unchanged.
     void Encode(void* buffer, std::size_t size) const;

@@ -17,7 +17,8 @@ inline void MoveCharacters(wchar_t* to, const wchar_t* from, std::size_t count)
 // The ranges must not overlap. Returns the position after the copy.
 inline wchar_t* CopyCharacters(wchar_t* to, std::wstring_view text)
 {
-    std::memcpy(to, text.data(), text.size() * sizeof(wchar_t));
+    if (!text.empty()) // an empty view may have no data
+        std::memcpy(to, text.data(), text.size() * sizeof(wchar_t));
     return to + text.size();
 }
 

@@ -2,6 +2,7 @@
 
 #include "core/debug_line.h"
 #include "core/text/characters.h"
+#include "core/wipe.h"
 
 #include <windows.h>
 
@@ -218,6 +219,15 @@ void String::Empty() noexcept
         SetLength(0);
 }
 
+void String::Wipe() noexcept
+{
+    if (_narrow)
+        qx::Wipe(_narrow.get(), std::strlen(_narrow.get()));
+    if (_record && !_record->IsShared())
+        qx::Wipe(_record->text, _record->capacity * sizeof(wchar_t));
+    Empty();
+}
+
 void String::Reserve(std::size_t capacity, bool keep)
 {
     if (!_record && capacity == 0)
@@ -297,13 +307,20 @@ String String::Quoted() const
 
 bool String::ToBSTR(wchar_t** target) const
 {
-    if (!target || _length > UINT_MAX / sizeof(wchar_t) - 1)
+    if (!target)
         return false;
-    const auto length = static_cast<UINT>(_length);
-    if (*target)
-        return SysReAllocStringLen(target, Text(), length) != FALSE;
-    *target = SysAllocStringLen(Text(), length);
-    return *target != nullptr;
+    bool isStored = false;
+    if (_length <= UINT_MAX / sizeof(wchar_t) - 1)
+    {
+        const auto length = static_cast<UINT>(_length);
+        if (*target)
+            isStored = SysReAllocStringLen(target, Text(), length) != FALSE;
+        else
+            isStored = (*target = SysAllocStringLen(Text(), length)) != nullptr;
+    }
+    if (!isStored)
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY); // for exports without a result; the system's functions don't set it
+    return isStored;
 }
 
 } // namespace qx

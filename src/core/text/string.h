@@ -179,6 +179,10 @@ public:
 
     void Empty() noexcept;
 
+    // Erases a secret: overwrites the text and its cached 8-bit form in memory, then empties the string. A record that
+    // other strings share is left to them.
+    void Wipe() noexcept;
+
     // Ensures the capacity; never shrinks it. Without `keep`, the text is lost if a new record is allocated.
     void Reserve(std::size_t capacity, bool keep = true);
 

@@ -154,14 +154,14 @@ String String::VMessage(const wchar_t* format, va_list arguments)
     const std::unique_ptr<wchar_t, LocalRelease> holder(result);
     if (length != 0 && result)
         return String(result);
-    const String reason = ErrorText(error);
+    String reason = ErrorText(error);
     DebugLine(L"String::VMessage(): FormatMessage() failed: %s", reason.Text());
     return reason;
 }
 
 String String::Message(HMODULE module, int id, ...)
 {
-    const String format = LoadResourceString(module, InterfaceLanguage(), id);
+    String format = LoadResourceString(module, InterfaceLanguage(), id);
     if (format.IsEmpty())
     {
         const unsigned error = GetLastError();

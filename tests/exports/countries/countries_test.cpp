@@ -32,7 +32,7 @@ std::string Info(const wchar_t* name, std::uint32_t type)
     VARIANT value;
     VariantInit(&value);
     EXPECT_EQ(UtilLocGetCountryInfo(name, type, &value), 0);
-    const std::string text = Text(value);
+    std::string text = Text(value);
     VariantClear(&value);
     return text;
 }
@@ -45,22 +45,22 @@ TEST(CountryExports, Values)
         std::uint32_t type;
         const char* value;
     };
-    constexpr std::uint32_t LOCALE = QXUT_COUNTRY_LCID, ENGLISH = QXUT_COUNTRY_ENGLISH_NAME,
-                            NATIVE = QXUT_COUNTRY_NATIVE_NAME, CURRENCY = QXUT_COUNTRY_CURRENCY;
-    constexpr Case CASES[] = {{L"DEU", LOCALE, "1031"}, {L"D", LOCALE, "1031"}, {L"de-AT", LOCALE, "3079"},
-        {L"UK", LOCALE, "2057"}, {L"ROK", LOCALE, "1042"}, {L"CH", LOCALE, "2055"}, {L"BE", LOCALE, "2060"},
-        {L"Ghana*2057", LOCALE, "2057"}, {L"", LOCALE, "0"}, {nullptr, LOCALE, "0"}, {L"Atlantis", LOCALE, "0"},
+    constexpr std::uint32_t kLocale = QXUT_COUNTRY_LCID, kEnglish = QXUT_COUNTRY_ENGLISH_NAME,
+                            kNative = QXUT_COUNTRY_NATIVE_NAME, kCurrency = QXUT_COUNTRY_CURRENCY;
+    constexpr Case kCases[] = {{L"DEU", kLocale, "1031"}, {L"D", kLocale, "1031"}, {L"de-AT", kLocale, "3079"},
+        {L"UK", kLocale, "2057"}, {L"ROK", kLocale, "1042"}, {L"CH", kLocale, "2055"}, {L"BE", kLocale, "2060"},
+        {L"Ghana*2057", kLocale, "2057"}, {L"", kLocale, "0"}, {nullptr, kLocale, "0"}, {L"Atlantis", kLocale, "0"},
         {L"Germany", QXUT_COUNTRY_CALLING_CODE, "49"}, {L"Atlantis", QXUT_COUNTRY_CALLING_CODE, "0"},
         {L"Germany", QXUT_COUNTRY_ISO3166, "DE"}, {L"GH", QXUT_COUNTRY_ISO3166, "GHA"},
-        {L"Germany", QXUT_COUNTRY_NOTHING, "-"}, {L"Germany", CURRENCY, "€"}, {L"NGA", CURRENCY, "Naira"},
+        {L"Germany", QXUT_COUNTRY_NOTHING, "-"}, {L"Germany", kCurrency, "€"}, {L"NGA", kCurrency, "Naira"},
         {L"ru-RU", QXUT_COUNTRY_CODE_PAGE, "1251"}, {L"GR", QXUT_COUNTRY_CODE_PAGE, "1253"},
-        {L"CDN", ENGLISH, "Canada"}, {L"WAG", ENGLISH, "Republic of The Gambia"}, {L"yt", ENGLISH, "Mayotte"},
-        {L"Atlantis", ENGLISH, ""}, {L"CI", ENGLISH, "Côte d'Ivoire"}, {L"CY", NATIVE, "Κύπρος"},
-        {L"Djibouti*1025", NATIVE, "جيبوتي"}, {L"Algeria*5121", NATIVE, "الجزائر"}, // the last row
+        {L"CDN", kEnglish, "Canada"}, {L"WAG", kEnglish, "Republic of The Gambia"}, {L"yt", kEnglish, "Mayotte"},
+        {L"Atlantis", kEnglish, ""}, {L"CI", kEnglish, "Côte d'Ivoire"}, {L"CY", kNative, "Κύπρος"},
+        {L"Djibouti*1025", kNative, "جيبوتي"}, {L"Algeria*5121", kNative, "الجزائر"}, // the last row
         // Rows override the system's values; of several rows with the same LCID the last one wins.
-        {L"1033", ENGLISH, "American Samoa"}, {L"2057", ENGLISH, "State of Grenada"},
+        {L"1033", kEnglish, "American Samoa"}, {L"2057", kEnglish, "State of Grenada"},
         {L"Lao Peoples's Democratic Republic", QXUT_COUNTRY_CALLING_CODE, "856"}};
-    for (const Case& row : CASES)
+    for (const Case& row : kCases)
         EXPECT_EQ(Info(row.name, row.type), row.value) << testing::PrintToString(row.name) << ' ' << row.type;
 }
 

@@ -22,7 +22,7 @@ namespace
 
 using qxtest::Show;
 
-constexpr std::uint32_t USER = 0x400, AMERICAN = 0x409, GERMAN = 0x407, UNKNOWN = 0x9999;
+constexpr std::uint32_t kUser = 0x400, kAmerican = 0x409, kGerman = 0x407, kUnknown = 0x9999;
 
 std::string Narrow(const wchar_t* text)
 {
@@ -37,7 +37,7 @@ std::string Written(std::uint32_t locale, const SYSTEMTIME* time, std::uint32_t 
     text.vt = VT_I4; // is replaced
     EXPECT_EQ(UtilLocLocaleStringFromSystemTimeEx(locale, time, &text, flags), 0);
     EXPECT_EQ(text.vt, VT_BSTR);
-    const std::string written = Narrow(text.bstrVal);
+    std::string written = Narrow(text.bstrVal);
     VariantClear(&text);
     return written;
 }
@@ -54,64 +54,65 @@ void ExpectNow(const SYSTEMTIME& time)
 
 TEST(Dates, ReadInALocale)
 {
-    constexpr std::uint32_t REPORT = QXUT_LOCDATE_REPORT_DEFAULT;
-    constexpr std::tuple<std::uint32_t, const wchar_t*, std::int32_t, const char*> CASES[] = {
-        {AMERICAN, L" 12/31/2018 1:05 PM ", 0, "2018-12-31 13:05:00"},
-        {GERMAN, L"31.12.2018 13:05", 0, "2018-12-31 13:05:00"}, {GERMAN, L"31.2.2018", -52, "2018-02-31 00:00:00"},
-        {UNKNOWN, L"31.12.2018", 0, "2018-12-31 00:00:00"}, // ".", ":", day first
-        {USER, L"nonsense", 0, "0000-00-00 00:00:00"}};
+    constexpr std::uint32_t kReport = QXUT_LOCDATE_REPORT_DEFAULT;
+    constexpr std::tuple<std::uint32_t, const wchar_t*, std::int32_t, const char*> kCases[] = {
+        {kAmerican, L" 12/31/2018 1:05 PM ", 0, "2018-12-31 13:05:00"},
+        {kGerman, L"31.12.2018 13:05", 0, "2018-12-31 13:05:00"}, {kGerman, L"31.2.2018", -52, "2018-02-31 00:00:00"},
+        {kUnknown, L"31.12.2018", 0, "2018-12-31 00:00:00"}, // ".", ":", day first
+        {kUser, L"nonsense", 0, "0000-00-00 00:00:00"}};
     SYSTEMTIME time;
-    for (const auto& [locale, text, result, expected] : CASES)
+    for (const auto& [locale, text, result, expected] : kCases)
     {
         time.wMilliseconds = 7;
-        EXPECT_EQ(UtilLocSystemTimeFromLocaleString(locale, text, &time, REPORT), result);
+        EXPECT_EQ(UtilLocSystemTimeFromLocaleString(locale, text, &time, kReport), result);
         EXPECT_EQ(Show(time), expected);
         EXPECT_EQ(time.wMilliseconds, 0);
     }
     for (const wchar_t* empty : {L"", L"   ", static_cast<const wchar_t*>(nullptr)})
     {
-        EXPECT_EQ(UtilLocSystemTimeFromLocaleString(USER, empty, &time, REPORT), 0);
+        EXPECT_EQ(UtilLocSystemTimeFromLocaleString(kUser, empty, &time, kReport), 0);
         ExpectNow(time);
     }
-    EXPECT_EQ(UtilLocSystemTimeFromLocaleString(USER, L"1.1.2018", nullptr, 0), 0);
+    EXPECT_EQ(UtilLocSystemTimeFromLocaleString(kUser, L"1.1.2018", nullptr, 0), 0);
 }
 
 TEST(Dates, WrittenInALocale)
 {
-    constexpr SYSTEMTIME MOMENT{2018, 2, 0, 3, 15, 4, 7, 0}, MIDNIGHT{2018, 2, 0, 3}, EARLY{1500, 2, 0, 29, 1};
-    constexpr std::uint32_t DATE = QXUT_LOCTEXT_DATE, TIME = QXUT_LOCTEXT_TIME,
-                            SHORT_TIME = QXUT_LOCTEXT_TIME_NO_SECONDS;
+    constexpr SYSTEMTIME kMoment{2018, 2, 0, 3, 15, 4, 7, 0}, kMidnight{2018, 2, 0, 3}, kEarly{1500, 2, 0, 29, 1};
+    constexpr std::uint32_t kDate = QXUT_LOCTEXT_DATE, kTime = QXUT_LOCTEXT_TIME,
+                            kShortTime = QXUT_LOCTEXT_TIME_NO_SECONDS;
     const std::tuple<std::uint32_t, const SYSTEMTIME*, std::uint32_t, const char*> cases[] = {
-        {AMERICAN, &MOMENT, DATE | TIME, "2/3/2018 3:04:07 PM"}, {AMERICAN, &MOMENT, TIME, "3:04:07 PM"},
-        {AMERICAN, &MOMENT, SHORT_TIME | TIME, "3:04 PM"}, {GERMAN, &MOMENT, SHORT_TIME, "15:04"},
-        {AMERICAN, &MOMENT, TIME | QXUT_LOCTEXT_24_HOURS, "15:04:07 PM"},
-        {AMERICAN, &MIDNIGHT, DATE | TIME, "2/3/2018"}, {AMERICAN, &MIDNIGHT, TIME, ""}, {AMERICAN, &MOMENT, 0, ""},
-        {UNKNOWN, &MOMENT, DATE | TIME, ""}, {AMERICAN, &EARLY, DATE | TIME, "2/29/1500 1:00:00 AM"}};
+        {kAmerican, &kMoment, kDate | kTime, "2/3/2018 3:04:07 PM"}, {kAmerican, &kMoment, kTime, "3:04:07 PM"},
+        {kAmerican, &kMoment, kShortTime | kTime, "3:04 PM"}, {kGerman, &kMoment, kShortTime, "15:04"},
+        {kAmerican, &kMoment, kTime | QXUT_LOCTEXT_24_HOURS, "15:04:07 PM"},
+        {kAmerican, &kMidnight, kDate | kTime, "2/3/2018"}, {kAmerican, &kMidnight, kTime, ""},
+        {kAmerican, &kMoment, 0, ""}, {kUnknown, &kMoment, kDate | kTime, ""},
+        {kAmerican, &kEarly, kDate | kTime, "2/29/1500 1:00:00 AM"}};
     for (const auto& [locale, time, flags, text] : cases)
         EXPECT_EQ(Written(locale, time, flags), text);
 
     // Today's date replaces a date that can't be formatted.
-    constexpr SYSTEMTIME IMPOSSIBLE{2018, 2, 0, 30, 15};
-    EXPECT_EQ(Written(AMERICAN, &IMPOSSIBLE, DATE), Written(AMERICAN, nullptr, DATE));
-    EXPECT_EQ(Written(AMERICAN, &IMPOSSIBLE, TIME), "3:00:00 PM");
-    EXPECT_NE(Written(AMERICAN, nullptr, TIME), "");
+    constexpr SYSTEMTIME kImpossible{2018, 2, 0, 30, 15};
+    EXPECT_EQ(Written(kAmerican, &kImpossible, kDate), Written(kAmerican, nullptr, kDate));
+    EXPECT_EQ(Written(kAmerican, &kImpossible, kTime), "3:00:00 PM");
+    EXPECT_NE(Written(kAmerican, nullptr, kTime), "");
 
     VARIANT text;
     VariantInit(&text);
-    EXPECT_EQ(UtilLocLocaleStringFromSystemTime(AMERICAN, &MOMENT, &text), 0);
-    EXPECT_EQ(Narrow(text.bstrVal), Written(AMERICAN, &MOMENT, DATE | TIME));
+    EXPECT_EQ(UtilLocLocaleStringFromSystemTime(kAmerican, &kMoment, &text), 0);
+    EXPECT_EQ(Narrow(text.bstrVal), Written(kAmerican, &kMoment, kDate | kTime));
     VariantClear(&text);
-    EXPECT_EQ(UtilLocLocaleStringFromSystemTime(AMERICAN, &MOMENT, nullptr), 0);
+    EXPECT_EQ(UtilLocLocaleStringFromSystemTime(kAmerican, &kMoment, nullptr), 0);
 }
 
 TEST(Dates, CompactFromTextsOfTheUsersLocale)
 {
-    constexpr std::uint32_t REPORT = QXUT_LOCDATE_REPORT_DEFAULT;
-    constexpr std::tuple<const wchar_t*, std::uint32_t, std::int32_t, const char*> CASES[] = {
+    constexpr std::uint32_t kReport = QXUT_LOCDATE_REPORT_DEFAULT;
+    constexpr std::tuple<const wchar_t*, std::uint32_t, std::int32_t, const char*> kCases[] = {
         {L"99999999999999", 0, 1, "99999999999999"}, // even if they are no date
         {L"2018-02-03 4:05", 0, 1, "20180203040500"}, {L"2018-02-03", QXUT_LOCDATE_MARK_NO_TIME, 1, "20180203000000"},
-        {L"2018-02-31", 0, 0, ""}, {L"2018-02-", REPORT, 0, ""}, {L"nonsense", 0, 1, ""}, {nullptr, 0, 0, ""}};
-    for (const auto& [text, flags, result, expected] : CASES)
+        {L"2018-02-31", 0, 0, ""}, {L"2018-02-", kReport, 0, ""}, {L"nonsense", 0, 1, ""}, {nullptr, 0, 0, ""}};
+    for (const auto& [text, flags, result, expected] : kCases)
     {
         wchar_t compact[20] = L"#";
         EXPECT_EQ(UtilDateTimeFromLocaleString(text, compact, 20, flags), result);
@@ -129,19 +130,19 @@ TEST(Dates, CompactFromTextsOfTheUsersLocale)
 
 TEST(Dates, TextsOfTheUsersLocaleFromCompact)
 {
-    constexpr SYSTEMTIME MOMENT{2018, 2, 0, 3, 15, 4, 7, 0}, TO_THE_MINUTE{2018, 2, 0, 3, 15, 4}, DAY{2018, 2, 0, 3};
-    const std::pair<const wchar_t*, const SYSTEMTIME*> cases[] = {{L"  20180203150407rest ", &MOMENT},
-        {L"201802031504", &TO_THE_MINUTE}, {L"2018020315040", &TO_THE_MINUTE}, {L"201802031", &DAY}};
+    constexpr SYSTEMTIME kMoment{2018, 2, 0, 3, 15, 4, 7, 0}, kToTheMinute{2018, 2, 0, 3, 15, 4}, kDay{2018, 2, 0, 3};
+    const std::pair<const wchar_t*, const SYSTEMTIME*> cases[] = {{L"  20180203150407rest ", &kMoment},
+        {L"201802031504", &kToTheMinute}, {L"2018020315040", &kToTheMinute}, {L"201802031", &kDay}};
     wchar_t text[100] = {};
     for (const auto& [compact, time] : cases)
     {
         EXPECT_EQ(UtilDateTimeToLocaleString(compact, text, 100), 1);
-        EXPECT_EQ(Narrow(text), Written(USER, time, 6)) << Narrow(compact);
+        EXPECT_EQ(Narrow(text), Written(kUser, time, 6)) << Narrow(compact);
     }
     EXPECT_EQ(UtilDateTimeToLocaleString(L"  ", text, 100), 1);
     EXPECT_EQ(Narrow(text), "");
 
-    const std::string whole = Written(USER, &MOMENT, 6);
+    const std::string whole = Written(kUser, &kMoment, 6);
     const auto length = static_cast<std::uint32_t>(whole.size());
     EXPECT_EQ(UtilDateTimeToLocaleString(L"20180203150407", text, length), 1);
     EXPECT_EQ(Narrow(text), whole.substr(0, whole.size() - 1)); // the terminator takes the place of the last character
@@ -186,18 +187,19 @@ TEST(Dates, LocalTimeAndUTC)
 // this test runs once in each zone.
 TEST(Dates, DaylightTimeOfTheZone)
 {
-    static constexpr char NONE[] = "0000-00-00 00:00:00";
-    constexpr std::tuple<std::string_view, std::uint32_t, const char*, const char*> CASES[] = {
+    static constexpr char kNone[] = "0000-00-00 00:00:00";
+    constexpr std::tuple<std::string_view, std::uint32_t, const char*, const char*> kCases[] = {
         {"Europe/Berlin", 2018, "2018-03-25 01:00:00", "2018-10-28 01:00:00"},
         {"Europe/Berlin", 2100, "2100-03-28 01:00:00", "2100-10-31 01:00:00"},
         {"Europe/Berlin", 1601, "1601-03-25 01:00:00", "1601-10-28 01:00:00"},
-        {"Europe/Berlin", 1600, NONE, NONE}, // a year that the system doesn't support
-        {"Europe/Berlin", 99999, NONE, NONE}, {"America/New_York", 2018, "2018-03-11 07:00:00", "2018-11-04 06:00:00"},
-        {"Australia/Sydney", 2018, "2018-10-06 16:00:00", "2018-03-31 16:00:00"}, {"Asia/Kolkata", 2018, NONE, NONE},
+        {"Europe/Berlin", 1600, kNone, kNone}, // a year that the system doesn't support
+        {"Europe/Berlin", 99999, kNone, kNone},
+        {"America/New_York", 2018, "2018-03-11 07:00:00", "2018-11-04 06:00:00"},
+        {"Australia/Sydney", 2018, "2018-10-06 16:00:00", "2018-03-31 16:00:00"}, {"Asia/Kolkata", 2018, kNone, kNone},
         {"BRT3BRST,M11.1.0/0,M2.3.0/0", 2018, "2018-11-04 03:00:00", "2018-02-18 02:00:00"}}; // São Paulo before 2019
     EXPECT_EQ(UtilLocGetDSTStartAndEndInUTC(2018, nullptr, nullptr), 0);
     const char* const presentZone = std::getenv("TZ");
-    for (const auto& [zone, year, expectedStart, expectedEnd] : CASES)
+    for (const auto& [zone, year, expectedStart, expectedEnd] : kCases)
         if (presentZone != nullptr && zone == presentZone)
         {
             SYSTEMTIME start, end;

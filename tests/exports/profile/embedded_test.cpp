@@ -1,4 +1,6 @@
 // Files and streams embedded in profiles.
+#include <qxut23/profile_files.h>
+
 #include "exports/profile/support.h"
 #include "support/memory_stream.h"
 
@@ -121,6 +123,48 @@ TEST(ProfileEmbedded, FilesOfAFolder)
     ProfAppendStringW(job, nullptr, L"File.Entry", L"a leaf is passed over");
     EXPECT_EQ(ProfExtractFilesW(job, nullptr, Wide(folder.Path("out")), L"key"), 1);
     EXPECT_EQ(FilesOf(folder.Path("out")), (Files{{"b.txt", "\0\xFF"s}}));
+}
+
+TEST(ProfileEmbedded, StrictExtractionSaysWhatIsMissing)
+{
+    const TempFolder folder;
+    const std::string out = folder.Path("out");
+    const Job job;
+    folder.Make("a", "the content of a");
+    EXPECT_EQ(ProfAppendFilesW(job, nullptr, Wide(folder.Path("a")), L"key"), 1);
+    std::map<std::string, int> problems;
+    const auto extract = [&](const wchar_t* key)
+    {
+        problems.clear();
+        return QxProfExtractFiles(
+            job, nullptr, Wide(out), key,
+            [](void* context, const wchar_t* name, std::int32_t reason, const wchar_t* description)
+            {
+                EXPECT_NE(*description, 0);
+                (*static_cast<std::map<std::string, int>*>(context))[Utf8(name)] = reason;
+            },
+            &problems);
+    };
+    EXPECT_EQ(extract(L"key"), 1);
+    EXPECT_EQ(FilesOf(out), (Files{{"a", "the content of a"}}));
+    EXPECT_TRUE(problems.empty());
+    AppendEntry(job, L"plain", L"QUJD");
+    AppendEntry(job, L"garbage", L"what is this?");
+    AppendEntry(job, L"empty", L"");
+    AppendEntry(job, L"../a", L"QUJD");
+    AppendEntry(job, nullptr, L"QUJD");
+    std::filesystem::create_directory(folder.Path("out/sub"));
+    AppendEntry(job, L"sub", L"QUJD");
+    EXPECT_EQ(extract(nullptr), 1);
+    EXPECT_EQ(problems, (std::map<std::string, int>{{"a", QXUT_FILE_WRONG_KEY}, {"garbage", QXUT_FILE_DAMAGED},
+                            {"empty", QXUT_FILE_NO_CONTENTS}, {"../a", QXUT_FILE_NAME_REFUSED}, {"", QXUT_FILE_NO_NAME},
+                            {"sub", QXUT_FILE_CANNOT_WRITE}}));
+    extract(L"wrong");
+    EXPECT_EQ(problems["a"], QXUT_FILE_WRONG_KEY);
+    EXPECT_EQ(FilesOf(out), (Files{{"a", "the content of a"}, {"plain", "ABC"}})) << "files remain as they were";
+    EXPECT_EQ(
+        QxProfExtractFiles(job, nullptr, Wide(folder.Path("a")), nullptr, nullptr, nullptr), PROF_ERR_WRITE_FAILED);
+    EXPECT_EQ(QxProfExtractFiles(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
 }
 
 TEST(ProfileEmbedded, EntriesThatAreNotExtracted)

@@ -136,7 +136,7 @@ public:
     std::string Path(std::string_view name) const { return (_folder / name).string(); }
     std::string Make(std::string_view name, std::string_view bytes) const
     {
-        const std::string path = Path(name);
+        std::string path = Path(name);
         std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
         return path;
     }

@@ -89,12 +89,12 @@ TEST(ProfileValues, NumbersThatAreRead)
     const auto asInt64 = Read<std::int64_t, decltype(&ProfGetInt64W)>;
     const auto asDouble = Read<double, decltype(&ProfGetDoubleW)>;
     // Each text is parsed as both integer types, as a double and as a flag.
-    constexpr std::pair<const wchar_t*, const char*> CASES[] = {{L"", "-6 99|-6 99|-6 99|-6 99"},
+    constexpr std::pair<const wchar_t*, const char*> kCases[] = {{L"", "-6 99|-6 99|-6 99|-6 99"},
         {L"12abc", "0 12|0 12|0 12|0 0"}, {L"x", "-9 -7|-9 -7|0 0|0 0"}, {L"xfF", "0 255|0 255|0 0|0 0"},
         {L"XfF", "-9 -7|-9 -7|0 0|0 0"}, {L"xFFFFFFFF", "0 -1|0 4294967295|0 0|0 0"}, {L" \t-7", "0 -7|0 -7|0 -7|0 0"},
         {L"1.5e2", "0 1|0 1|0 150|0 0"}, {L"TRUE", "-9 -7|-9 -7|0 0|0 1"}, {L"Yes", "-9 -7|-9 -7|0 0|0 1"},
         {L"yes", "-9 -7|-9 -7|0 0|0 0"}};
-    for (const auto& [text, expected] : CASES)
+    for (const auto& [text, expected] : kCases)
         EXPECT_EQ(asInt(ProfGetIntW, text) + '|' + asInt64(ProfGetInt64W, text) + '|' + asDouble(ProfGetDoubleW, text) +
                       '|' + Read<std::int32_t>(ProfGetBoolW, text),
             expected)
@@ -144,11 +144,11 @@ std::string ReadRect(Get get, const wchar_t* text)
 TEST(ProfileValues, StructuresThatAreRead)
 {
     // Each text is parsed as a rectangle with edges, and as one with width and height.
-    constexpr std::tuple<const wchar_t*, const char*, const char*> CASES[] = {
+    constexpr std::tuple<const wchar_t*, const char*, const char*> kCases[] = {
         {L"( 1, -2, 3, 4", "0 1 -2 3 4", "0 1 -2 4 2"}, {L"(1,2,3)", "-9 1 2 3 0", "-9 1 2 3 0"},
         {L"1,2,3,4", "-9 0 0 0 0", "-9 0 0 0 0"}, {L"", "-6 9 9 9 9", "-6 9 9 9 9"},
         {L"(2147483647,0,1,0)", "0 2147483647 0 1 0", "0 2147483647 0 -2147483648 0"}};
-    for (const auto& [text, asRect, asSize] : CASES)
+    for (const auto& [text, asRect, asSize] : kCases)
     {
         EXPECT_EQ(ReadRect(ProfGetRectW, text), asRect) << Utf8(text);
         EXPECT_EQ(ReadRect(ProfGetRectLTWHW, text), asSize) << Utf8(text);
@@ -173,11 +173,11 @@ TEST(ProfileValues, StructuresThatAreRead)
 // rectangle. The default is all nines.
 TEST(ProfileValues, SingleTexts)
 {
-    constexpr std::pair<const wchar_t*, const char*> CASES[] = {{nullptr, "9 9 9 9 9 9"}, {L"", "1 9 9 9 9 9"},
+    constexpr std::pair<const wchar_t*, const char*> kCases[] = {{nullptr, "9 9 9 9 9 9"}, {L"", "1 9 9 9 9 9"},
         {L"T", "1 9 9 9 9 9"}, {L"Y", "1 9 9 9 9 9"}, {L"12a", "0 c c 9 9 9"}, {L"x1F", "0 9 9 1f 9 9"},
         {L"(1,2,3)", "0 9 9 30201 9 9"}, // either the whole default or none of it
         {L"(1,2,3,4)", "0 9 9 30201 1 4"}};
-    for (const auto& [text, expected] : CASES)
+    for (const auto& [text, expected] : kCases)
     {
         std::int32_t flag = -7, number = -7;
         std::int64_t large = -7;
@@ -242,12 +242,12 @@ TEST(ProfileVariants, OtherTexts)
 {
     const Job job;
     EXPECT_EQ(Back(job, L"none"), "-6 \"default\"");
-    constexpr std::pair<const wchar_t*, const char*> CASES[] = {
+    constexpr std::pair<const wchar_t*, const char*> kCases[] = {
         {L"", "0 empty"}, {L"abc", "0 \"abc\""}, {L"VAR://AwAHAAAA", "0 \"VAR://AwAHAAAA\""}, {L"var://", "0 empty"},
         {L"var://@2@AAAA", "0 empty"}, {L"var://AwAH", "0 empty"}, // truncated
         {L"var://DQA=", "0 empty"}                                 // an object
     };
-    for (const auto& [text, expected] : CASES)
+    for (const auto& [text, expected] : kCases)
     {
         ProfSetStringW(job, nullptr, L"v", text);
         EXPECT_EQ(Back(job, L"v"), expected) << Utf8(text);

@@ -16,12 +16,13 @@ class CommandTest(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
 
-    def run_qxut(self, *arguments, code=0, stdin=b"", cwd=None):
-        """Returns the output of qxut as bytes: standard output on success, standard error otherwise."""
+    def run_qxut(self, *arguments, code=0, stdin=b"", cwd=None, out=b""):
+        """Returns the output of qxut as bytes: standard output on success, standard error otherwise. `out` is the standard
+        output that a failing command must have."""
         done = subprocess.run([*COMMAND, *arguments], input=stdin, capture_output=True, cwd=cwd)
         self.assertEqual(done.returncode, code, done)
         if code != 0:
-            self.assertEqual(done.stdout, b"")
+            self.assertEqual(done.stdout.replace(b"\r\n", b"\n"), out)
             self.assertTrue(done.stderr.startswith(b"qxut: ") or code == 2, done.stderr)
         return done.stdout if code == 0 else done.stderr
 

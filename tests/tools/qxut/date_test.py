@@ -10,15 +10,16 @@ import commands
 
 
 class DateCommands(commands.CommandTest):
-    def date(self, *arguments, text="", code=0):
-        return self.run_qxut("date", *arguments, code=code, stdin=text.encode()).decode().replace("\r\n", "\n")
+    def date(self, *arguments, text="", code=0, out=""):
+        done = self.run_qxut("date", *arguments, code=code, stdin=text.encode(), out=out.encode())
+        return done.decode().replace("\r\n", "\n")
 
     def test_parse_of_a_locale(self):
         german = ("parse", "--locale", "0x407")
-        self.assertEqual(self.date(*german, text="31.12.2018 23:59\n10.12.2018\nnothing\n2018-02-03"),
-                         "2018-12-31 23:59:00\n2018-12-10 00:00:00\n\n2018-02-03 00:00:00\n")
+        self.assertEqual(self.date(*german, text="31.12.2018 23:59\n10.12.2018\n2018-02-03"),
+                         "2018-12-31 23:59:00\n2018-12-10 00:00:00\n2018-02-03 00:00:00\n")
         self.assertEqual(self.date(*german, "--expand-year", "--mark-no-time", text="1.2.29"), "2029-02-01 --:--:--\n")
-        self.assertEqual(self.date(*german, "--report-default", text="12.3."), "\n")
+        self.assertIn("'12.3.'", self.date(*german, "--report-default", text="12.3.", code=4, out="\n"))
         self.assertEqual(self.date(*german, "--zero-missing", text="12.3.\n31.2.2018"),
                          "0000-03-12 00:00:00\n2018-02-31 00:00:00\n")
         self.assertEqual(self.date(*german, "--time-only", text="12:30\n12:05:12"),
@@ -37,11 +38,23 @@ class DateCommands(commands.CommandTest):
             utc = moment.astimezone(datetime.timezone.utc).strftime("%Y-%m-%d %H:%M:%S")
             expected += [utc, utc, moment.strftime("%Y-%m-%d %H:%M:%S")]
         self.assertEqual(self.date("parse", "--machine", text="\n".join(lines)).splitlines(), expected)
-        self.assertEqual(self.date("parse", "--machine", text="nothing"), "\n")
+
+    def test_what_is_no_date_is_named(self):
+        self.assertEqual(self.date("parse", "--machine", text="20180203\nno\x1b[31m\nx", code=4,
+                                   out="2018-02-03 00:00:00\n\n\n"),
+                         "qxut: line 2: 'no\\x1B[31m' is not a date\nqxut: line 3: 'x' is not a date\n")
+        file = self.folder / "dates"
+        file.write_text("20181231\n20181331\n")
+        done = self.run_qxut("date", "parse", "--machine", str(file), code=4, out=b"2018-12-31 00:00:00\n\n")
+        self.assertIn(f"{file}: line 2: '20181331'", done.decode())
+        for line in ("never", "2018020", "20181331", "20180230", "2018020324", "2018-02-03", "20180203x"):
+            self.assertIn(f"'{line}' is not", self.date("format", text=line, code=4, out="\n"))
 
     def test_json(self):
-        self.assertEqual(json.loads(self.date("parse", "--machine", "--json", text="20180203\n\u00e4")), [
-            {"input": "20180203", "result": "2018-02-03 00:00:00"}, {"input": "\u00e4", "result": None}])
+        self.assertEqual(json.loads(self.date("parse", "--machine", "--json", text="20180203")), [
+            {"input": "20180203", "result": "2018-02-03 00:00:00"}])
+        self.date("parse", "--machine", "--json", text="\u00e4", code=4,
+                  out='[\n  {\n    "input": "\u00e4",\n    "result": null\n  }\n]\n')
         self.assertEqual(json.loads(self.date("format", "--json", text="")), [])
 
     def test_format_comes_back(self):

@@ -65,6 +65,18 @@ class Filters(commands.CommandTest):
             self.assertEqual(self.qxut("unpack", packed), data)
         self.assertEqual(self.qxut("unpack", base64.encodebytes(data)), data, "lines of 76 characters")
 
+    def test_unpack_is_strict(self):
+        garbage = {b"hello, world": b"not packed text", b"Zg": b"not packed text", b"Zh==": b"not packed text",
+                   b"@2@": b"not packed text", b"@2@Zm9v": b"encrypted", b"@1@Zm9vYmFy": b"damaged"}
+        for text, reason in garbage.items():
+            self.assertIn(reason, self.run_qxut("unpack", code=4, stdin=text), text)
+        self.assertEqual(self.qxut("unpack", b" Z m\r\n9\tv \n"), b"foo")
+        self.assertEqual(self.qxut("unpack", b"he-ll-o!", "--lenient"), b"\x85\xe9e\xa0\0\0")
+        self.assertIn(b"leave out", self.run_qxut("unpack", "--key", "k", code=4, stdin=self.qxut("pack", b"x", "--compress")))
+        target = self.folder / "target"
+        self.run_qxut("unpack", "--output", str(target), code=4, stdin=b"?")
+        self.assertFalse(target.exists())
+
     def test_files(self):
         source, target = self.folder / "source", self.folder / "target"
         source.write_bytes(b"a & b")

@@ -86,6 +86,15 @@ class LogCommands(commands.CommandTest):
              "text": "ERR: \u00fc\U0001F600\n\x1b[31m"},
             {"text": "no stamp: 12:34:56.789 00001A2C/03 7 x"}, {"text": "no stamp: 12:34:56.789 00001a2c/zz 7"}])
 
+    def test_control_characters_are_escaped(self):
+        """What a program writes can't look like a line of its own, and a terminal doesn't obey it."""
+        self.append("a\n" + STAMPED + "\rb\x1b]0;x\x07\x7f\x9b31m\u00a0")
+        shown = "a\\n" + STAMPED + "\\rb\\x1B]0;x\\x07\\x7F\\x9B31m\u00a0\n"
+        self.assertEqual(self.show(), shown)
+        out = self.show("--json")
+        self.assertFalse(set(out[:-1]) & set(map(chr, [*range(0x20), *range(0x7F, 0xA0)])), out)
+        self.assertEqual(json.loads(out), {"text": "a\n" + STAMPED + "\rb\x1b]0;x\x07\x7f\x9b31m\u00a0"})
+
     def test_last_lines_of_a_long_file(self):
         lines = [f"{number} " + "x" * (number * 7 % 1000) for number in range(3000)]
         self.append(*lines)

@@ -1,11 +1,14 @@
 """profile_test.py COMMAND...: tests `qxut profile`. COMMAND starts the program."""
 
+import base64
 import json
 import os
 import pathlib
+import pty
 import resource
 import shutil
 import subprocess
+import termios
 import unittest
 import zlib
 from xml.etree import ElementTree
@@ -252,7 +255,88 @@ class ProfileCommands(commands.CommandTest):
         self.assertIn("no files", self.qxut("extract", self.file, str(out), code=1))
         self.assertIn("cannot create the folder", self.qxut("extract", profile, str(out / "a.bin"), code=6))
         self.qxut("set", profile, "--path", "File.Entry/Name", "../a.bin")
-        self.assertIn("1 of 2 files", self.qxut("extract", profile, str(out), code=6))
+        self.assertIn("1 of 2 files", self.qxut("extract", profile, str(out), *arguments, code=4))
+
+    def test_a_wrong_pass_phrase_extracts_nothing(self):
+        (self.folder / "a").write_text("content")
+        profile, out = str(self.folder / "files"), self.folder / "out"
+        self.qxut("embed", profile, str(self.folder / "a"), "--create", "--key", "secret")
+        for arguments in (["--key", "wrong"], []):
+            message = self.qxut("extract", profile, str(out), *arguments, code=4)
+            self.assertIn(f"{profile}: a: the pass phrase is wrong or missing", message)
+        self.assertEqual(list(out.iterdir()), [])
+        packed = self.qxut("get", profile, "--path", "File.Entry/Contents").encode()
+        self.assertEqual(self.run_qxut("unpack", "--key", "secret", stdin=packed), b"content")
+        self.assertIn(b"the pass phrase is wrong", self.run_qxut("unpack", "--key", "wrong", code=4, stdin=packed))
+        self.assertIn(b"needs a pass phrase", self.run_qxut("unpack", code=4, stdin=packed))
+        # The phrase is the first line, and the input follows.
+        self.assertEqual(self.run_qxut("unpack", "--key-fd", "0", stdin=b"secret\n" + packed), b"content")
+
+    def test_pass_phrases(self):
+        (self.folder / "a").write_text("content")
+        key = self.folder / "key"
+        profile, out = str(self.folder / "files"), str(self.folder / "out")
+        for content in (b"\xef\xbb\xbfs\xc3\xa4cret\r\n", b"s\xc3\xa4cret"):
+            key.write_bytes(content)
+            self.qxut("embed", profile, str(self.folder / "a"), "--create", "--key-file", str(key))
+        self.qxut("extract", profile, out, "--key", "s\u00e4cret")
+        for content, reason in ((b"", "is empty"), (b"\n", "is empty"), (b"a\nb", "more than one line"), (b"a\0", "one line"),
+                                (b"\xff", "UTF-8"), (b"x" * 1025, "longer than 1024")):
+            key.write_bytes(content)
+            self.assertIn(reason, self.qxut("extract", profile, out, "--key-file", str(key), code=2))
+        self.assertIn("is empty", self.qxut("extract", profile, out, "--key", "", code=2))
+        self.assertIn("cannot open", self.qxut("extract", profile, out, "--key-file", str(key) + "x", code=3))
+        self.assertIn("descriptor 99", self.qxut("extract", profile, out, "--key-fd", "99", code=3))
+        self.assertIn("excludes", self.qxut("extract", profile, out, "--key", "x", "--ask-key", code=2))
+
+    @unittest.skipIf(commands.COMMAND[-1].endswith(".exe"), "the environment sets the code page only on linux")
+    def test_phrases_that_the_code_page_cannot_hold(self):
+        (self.folder / "a").write_text("content")
+        for page, phrase, code in (("1252", "\u65e5\u672c", 2), ("1252", "\u00e4", 0), ("65001", "\u65e5\u672c", 0)):
+            done = subprocess.run([*commands.COMMAND, "profile", "embed", str(self.folder / "files"), str(self.folder / "a"),
+                                   "--create", "--key", phrase], capture_output=True, env=dict(os.environ, QXPLATFORM_ACP=page))
+            self.assertEqual(done.returncode, code, done)
+            self.assertEqual(b"can't represent" in done.stderr, code != 0)
+
+    @unittest.skipIf(commands.COMMAND[-1].endswith(".exe"), "the emulator has no terminal")
+    def test_on_a_terminal(self):
+        """The prompt shows nothing of the answer, and values can't control the terminal."""
+        (self.folder / "a").write_text("content")
+        profile, out = str(self.folder / "files"), str(self.folder / "out")
+        embed = ["profile", "embed", profile, str(self.folder / "a"), "--create", "--ask-key"]
+        self.assertEqual(self.on_terminal(embed, b"secret\n", b"secret\n"), (0, b"Pass phrase: \r\nThe same again: \r\n"))
+        self.qxut("extract", profile, out, "--key", "secret")
+        self.assertEqual(self.on_terminal(embed, b"one\n", b"two\n")[0], 2)
+        # Ctrl-C ends the program and leaves the terminal as it was.
+        self.assertEqual(self.on_terminal(embed, b"\x03")[0], 130)
+        done = subprocess.run([*commands.COMMAND, *embed], capture_output=True, start_new_session=True)
+        self.assertEqual((done.returncode, done.stderr), (3, b"qxut: cannot ask for the pass phrase: there is no terminal\n"))
+        self.qxut("set", profile, "--path", "x", "a\x1b[31m\u009b")
+        self.assertEqual(self.on_terminal(["profile", "get", profile, "--path", "x"]), (0, b"a\\x1B[31m\\x9B\r\n"))
+        self.assertEqual(self.qxut("get", profile, "--path", "x"), "a\x1b[31m\u009b\n")
+        packed = self.folder / "packed"
+        packed.write_bytes(base64.b64encode(b"\x1b[31m\n\tx"))
+        self.assertEqual(self.on_terminal(["unpack", str(packed)]), (0, b"\\x1B[31m\r\n\tx"))
+
+    def on_terminal(self, arguments, *answers):
+        """Runs qxut on a terminal of its own, types each answer after a prompt, and returns the exit code and the output."""
+        child, terminal = pty.fork()
+        if child == 0:
+            os.execv(commands.COMMAND[0], [*commands.COMMAND, *arguments])
+        out = b""
+        answers = list(answers)
+        try:
+            while piece := os.read(terminal, 4096):
+                out += piece
+                if answers and out.endswith(b": "):
+                    os.write(terminal, answers.pop(0))
+        except OSError:  # the end of the output
+            pass
+        _, status = os.waitpid(child, 0)
+        has_echo = termios.tcgetattr(terminal)[3] & termios.ECHO
+        os.close(terminal)
+        self.assertTrue(has_echo)
+        return os.waitstatus_to_exitcode(status), out
 
     def test_errors_name_file_and_reason(self):
         (self.folder / "short").write_bytes(b"[/]")

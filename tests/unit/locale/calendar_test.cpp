@@ -56,10 +56,10 @@ TEST(Calendar, RefusesWhatIsNoDate)
     {
         std::int32_t day, month, year;
     };
-    constexpr Case CASES[] = {{0, 1, 2018}, {-1, 1, 2018}, {31, 4, 2018}, {29, 2, 2018}, {30, 2, 2020}, {29, 2, 1900},
+    constexpr Case kCases[] = {{0, 1, 2018}, {-1, 1, 2018}, {31, 4, 2018}, {29, 2, 2018}, {30, 2, 2020}, {29, 2, 1900},
         {1, 0, 2018}, {1, 13, 2018}, {1, 1, 0}, {5, 10, 1582}, {14, 10, 1582}, {1, 1, -4714}, {65535, 65535, 65535},
         {INT_MAX, INT_MAX, INT_MAX}, {INT_MIN, INT_MIN, INT_MIN}, {1, 1, INT_MAX}};
-    for (const Case& row : CASES)
+    for (const Case& row : kCases)
     {
         const clsDate date(row.day, row.month, row.year);
         EXPECT_EQ(date.julianDay, 0xFFFFFFFFu) << row.day << '.' << row.month << '.' << row.year;

@@ -11,7 +11,7 @@ using namespace qx;
 namespace
 {
 
-constexpr LCTYPE NAME = 0; // of the locale
+constexpr LCTYPE kName = 0; // of the locale
 
 struct clsFakeSource : clsCountrySource
 {
@@ -33,18 +33,18 @@ struct clsFakeSource : clsCountrySource
     String LocaleName(LCID locale) const override
     {
         String name;
-        Info(locale, NAME, name);
+        Info(locale, kName, name);
         return name;
     }
     String Row(int id) const override { return rows.count(id) != 0 ? String(rows.at(id)) : String(); }
 
     void Add(LCID locale, std::initializer_list<const wchar_t*> texts)
     {
-        constexpr LCTYPE TYPES[] = {LOCALE_SENGCOUNTRY, LOCALE_SISO3166CTRYNAME, LOCALE_ICOUNTRY,
+        constexpr LCTYPE kTypes[] = {LOCALE_SENGCOUNTRY, LOCALE_SISO3166CTRYNAME, LOCALE_ICOUNTRY,
             LOCALE_SABBREVCTRYNAME, LOCALE_SCOUNTRY, LOCALE_SNATIVECTRYNAME, LOCALE_SCURRENCY,
-            LOCALE_IDEFAULTANSICODEPAGE, LOCALE_SISO639LANGNAME, NAME};
+            LOCALE_IDEFAULTANSICODEPAGE, LOCALE_SISO639LANGNAME, kName};
         order.push_back(locale);
-        const LCTYPE* type = TYPES;
+        const LCTYPE* type = kTypes;
         for (const wchar_t* text : texts)
             values[{locale, *type++}] = text;
     }
@@ -94,7 +94,7 @@ TEST(Countries, AreFoundByEveryName)
 {
     const clsFakeSource source = Europe();
     clsCountries countries(source, HostKind::Other);
-    constexpr Resolved CASES[] = {{L"Germany", 1031}, {L"DEU", 1031}, {L"DE", 1031}, {L"49", 1031},
+    constexpr Resolved kCases[] = {{L"Germany", 1031}, {L"DEU", 1031}, {L"DE", 1031}, {L"49", 1031},
         {L"Deutschland", 1031}, {L"1031", 1031}, {L"0x0407", 1031}, {L"Germany*1031", 1031}, {L"GERMANY", 1031},
         {L"Allemagne", 1031}, {L"D", 1031}, {L"de", 1031}, // an ISO code takes precedence over a language
         {L"Germany*1070", 1070}, {L"1070", 1070}, {L"hsb", 1070},
@@ -105,7 +105,7 @@ TEST(Countries, AreFoundByEveryName)
         {L"gha", 2057}, {L"2057", 2057}, {L"0x0809", 2057}, {L"Republic of Ghana", 2057}, {L"en-GH", 2057},
         {L"Ghana", 0}, {L"Nowhere*66567", 1031}, // the number is truncated to 16 bits
         {L"AQ", 0}, {L"FR", 0}, {L"ML", 0}, {L"", 0}, {L"Germany*", 0}, {L"?", 0}};
-    for (const Resolved& row : CASES)
+    for (const Resolved& row : kCases)
         EXPECT_EQ(countries.Locale(row.name), row.locale) << testing::PrintToString(row.name);
     EXPECT_EQ(source.loads, 1);
 }
@@ -114,7 +114,7 @@ TEST(Countries, Values)
 {
     const clsFakeSource source = Europe();
     clsCountries countries(source, HostKind::Other);
-    constexpr std::pair<const wchar_t*, const wchar_t*> CASES[] = {
+    constexpr std::pair<const wchar_t*, const wchar_t*> kCases[] = {
         {L"Autriche", L"Austria, Österreich, AT, 43, €, 1252"},
         // Only the preferred locale has the values of the country, except for the row of names, which finds this key
         // first.
@@ -123,7 +123,7 @@ TEST(Countries, Values)
         {L"fr", L", , , 0, , 0"}, {L"", L", , , 0, , 0"},           // past the end of the rows
         {L"GH", L"Ghana, Republic of Ghana, GHA, 233, cedi, 1252"}, // the last of the codes
         {L"Lao", L"Laos, Lao, LAO, 856, , 0"}}; // a key without a number, and a value with a question mark
-    for (const auto& [name, told] : CASES)
+    for (const auto& [name, told] : kCases)
         EXPECT_STREQ(Told(countries, name), told) << testing::PrintToString(name);
     EXPECT_EQ(countries.List(),
         L"Austria*3079;Germany*1031;Germany*1070;Ghana*2057;Laos;Nowhere*66567;Saudi Arabia*1025;Switzerland*1047;"
@@ -166,11 +166,11 @@ TEST(Countries, Languages)
 {
     const clsFakeSource source = Europe();
     clsCountries countries(source, HostKind::Vtz);
-    constexpr Resolved CASES[] = {{L"de-DE", 1031}, {L"DE-at", 3079}, {L"de", 7}, {L"De", 7}, {L"de-XX", 7},
+    constexpr Resolved kCases[] = {{L"de-DE", 1031}, {L"DE-at", 3079}, {L"de", 7}, {L"De", 7}, {L"de-XX", 7},
         {L"de-XX-YY", 7}, {L"hsb", 1070}, {L"hsb-XX", 0x2e}, {L"uz-UZ", 1091}, {L"uz-Latn-UZ", 1091}, {L"uz", 0x43},
         {L"ar", 1}, {L"en-gh", 2057}, {L"en", 9}, {L"de-nw", 1031}, {L"xx", 0}, {L"xx-DE", 0}, {L"-DE", 0}, {L"", 0},
         {L"Germany", 0}};
-    for (const Resolved& row : CASES)
+    for (const Resolved& row : kCases)
         EXPECT_EQ(countries.Language(row.name), row.locale) << testing::PrintToString(row.name);
 }
 
@@ -183,14 +183,14 @@ TEST(Countries, WithoutSomeValues)
         const wchar_t *name, *told;
         LCID language; // of "de-AT"
     };
-    constexpr Case CASES[] = {{LOCALE_SISO3166CTRYNAME, L"Austria", L", , , 0, , 0", 7},
+    constexpr Case kCases[] = {{LOCALE_SISO3166CTRYNAME, L"Austria", L", , , 0, , 0", 7},
         {LOCALE_SISO3166CTRYNAME, L"3079", L"Austria, , , 0, , 1252", 7},
         {LOCALE_SENGCOUNTRY, L"AT", L"Austria, , , 0, , 0", 7}, {LOCALE_SENGCOUNTRY, L"3079", L", , , 0, , 0", 7},
         {LOCALE_ICOUNTRY, L"43", L", , , 0, , 0", 3079},
         {LOCALE_ICOUNTRY, L"AUT", L"Austria, Österreich, AT, 0, €, 1252", 3079},
         {LOCALE_SNATIVECTRYNAME, L"Österreich", L", , , 0, , 0", 3079},
         {LOCALE_IDEFAULTANSICODEPAGE, L"AT", L"Austria, Österreich, AT, 43, €, 0", 3079}};
-    for (const Case& row : CASES)
+    for (const Case& row : kCases)
     {
         clsFakeSource source = Europe();
         source.values.erase({3079, row.missing});
@@ -201,7 +201,7 @@ TEST(Countries, WithoutSomeValues)
 
     // Without locale names the tag is composed of the codes, and a language alone is not a country name.
     clsFakeSource nameless = Europe();
-    std::erase_if(nameless.values, [](const auto& value) { return value.first.second == NAME; });
+    std::erase_if(nameless.values, [](const auto& value) { return value.first.second == kName; });
     clsCountries countries(nameless, HostKind::Other);
     EXPECT_EQ(countries.Locale(L"de-AT"), LCID{3079});
     EXPECT_EQ(countries.Locale(L"hsb"), LCID{0});

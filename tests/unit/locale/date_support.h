@@ -12,7 +12,7 @@ namespace qxtest
 {
 
 // The result of Show for no date.
-inline constexpr char NOTHING[] = "0000-00-00 00:00:00";
+inline constexpr char kNothing[] = "0000-00-00 00:00:00";
 
 inline qx::clsLocaleDateInfo Info(qx::DateOrder order, const wchar_t* dateSeparator, const wchar_t* timeSeparator)
 {
@@ -34,13 +34,13 @@ inline qx::DateSettings American()
     return {Info(qx::DateOrder::MonthDayYear, L"/", L":"), L"h:mm:ss tt", L"M/d/yyyy"};
 }
 
-constexpr SYSTEMTIME TODAY{2021, 7, 0, 9, 10, 11, 12, 0};
+constexpr SYSTEMTIME kToday{2021, 7, 0, 9, 10, 11, 12, 0};
 
 // Returns the fields, followed by " -52" if that is the result.
 inline std::string Parsed(qx::clsDateParser& parser, const wchar_t* text, std::uint32_t flags)
 {
     SYSTEMTIME time;
-    const std::int32_t result = parser.Parse(text, flags, TODAY, time);
+    const std::int32_t result = parser.Parse(text, flags, kToday, time);
     EXPECT_EQ(time.wDayOfWeek, 0);
     EXPECT_EQ(time.wMilliseconds, 0);
     return Show(time) + (result == 0 ? "" : ' ' + std::to_string(result));

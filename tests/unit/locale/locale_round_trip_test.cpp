@@ -14,7 +14,7 @@ using namespace qxtest;
 namespace
 {
 
-constexpr SYSTEMTIME MOMENTS[] = {{2018, 12, 0, 31, 23, 59, 58, 0}, // matches every pattern
+constexpr SYSTEMTIME kMoments[] = {{2018, 12, 0, 31, 23, 59, 58, 0}, // matches every pattern
     {2018, 12, 0, 10, 1, 2, 3, 0}, // a day that the format's own pattern doesn't accept
     {2020, 2, 0, 29, 0, 5, 0, 0},  // the first hour of the day
     {1999, 11, 0, 9, 12, 0, 1, 0}, // the twelfth hour
@@ -51,7 +51,7 @@ std::set<std::string> Lost(LCID locale, bool withDate, bool withTime)
 {
     clsDateParser parser(SettingsOf(locale));
     std::set<std::string> lost;
-    for (SYSTEMTIME time : MOMENTS)
+    for (SYSTEMTIME time : kMoments)
     {
         const String text = Written(locale, time, withDate, withTime);
         if (!withTime)
@@ -60,7 +60,7 @@ std::set<std::string> Lost(LCID locale, bool withDate, bool withTime)
             time.wYear = time.wMonth = time.wDay = 0;
         SYSTEMTIME read;
         const std::int32_t result =
-            parser.Parse(text, withDate ? 0u : std::uint32_t{LOCDATE_ALLOW_TIME_ONLY}, TODAY, read);
+            parser.Parse(text, withDate ? 0u : std::uint32_t{LOCDATE_ALLOW_TIME_ONLY}, kToday, read);
         if (result != 0 || Show(read) != Show(time))
             lost.insert(text.NarrowText());
     }
@@ -74,12 +74,12 @@ TEST(RoundTrip, OfLocales)
         LCID locale;
         std::size_t lost[3]; // of six dates, of dates with times, of times
     };
-    constexpr Case CASES[] = {{0x0407, {}}, {0x0409, {}}, {0x0809, {}}, {0x040c, {}}, {0x0411, {}}, {0x041e, {}},
+    constexpr Case kCases[] = {{0x0407, {}}, {0x0409, {}}, {0x0809, {}}, {0x040c, {}}, {0x0411, {}}, {0x041e, {}},
         {0x041d, {}},         // German, American, British, French, Japanese, Thai, Swedish
         {0x0401, {0, 6, 6}},  // Arabic: AM/PM markers with letters other than A and P aren't recognised
         {0x040e, {2, 6, 0}}}; // Hungarian: only the format's own pattern accepts a dot after the date, and it doesn't
                               // accept single-digit hours or the days 10 and 20
-    for (const Case& row : CASES)
+    for (const Case& row : kCases)
         for (const int what : {0, 1, 2})
         {
             const std::set<std::string> lost = Lost(row.locale, what != 2, what != 0);

@@ -26,10 +26,10 @@ struct MachineText
 
 TEST(MachineDate, Forms)
 {
-    constexpr MachineText CASES[] = {{L"20180203", "2018-02-03 00:00:00"}, {L" 20180203040506 ", "2018-02-03 04:05:06"},
-        {L"2018", "2018-00-00 00:00:00"}, {L"20189999", "2018-99-99 00:00:00"},
-        {L"3 apr 2018 10:00:00 EST", "2018-04-03 15:00:00"}, {L"3 APR 2018 10:00:00", "2018-04-03 10:00:00"},
-        {L"31 Dec 2018 23:30:15  -0130", "2019-01-01 01:00:15"},
+    constexpr MachineText kCases[] = {{L"20180203", "2018-02-03 00:00:00"},
+        {L" 20180203040506 ", "2018-02-03 04:05:06"}, {L"2018", "2018-00-00 00:00:00"},
+        {L"20189999", "2018-99-99 00:00:00"}, {L"3 apr 2018 10:00:00 EST", "2018-04-03 15:00:00"},
+        {L"3 APR 2018 10:00:00", "2018-04-03 10:00:00"}, {L"31 Dec 2018 23:30:15  -0130", "2019-01-01 01:00:15"},
         {L"Date: Tue, 03 Apr 2018 10:00:00 PDT (noted)", "2018-04-03 17:00:00"},
         {L"3 Apr 2018 24:00:00", "2018-04-03 24:00:00"}, {L"20180403T100000,123-0130", "2018-04-03 11:30:00"},
         {L"2018\x2010"
@@ -38,9 +38,9 @@ TEST(MachineDate, Forms)
          "02",
             "2018-04-03 12:00:00"},
         {L"2018-04-03T24:00:00+01:00", "2018-04-03 23:00:00"}, {L"2018-12-31T23:59:59-00:01x", "2019-01-01 00:00:59"},
-        {L"2018-04-03+05", "2018-04-02 19:00:00"}, {L"2018-02-30T10:00:00+02:00", NOTHING},
-        {L"31 Foo 2018 10:00:00", NOTHING}, {L"no date", NOTHING}};
-    for (const MachineText& row : CASES)
+        {L"2018-04-03+05", "2018-04-02 19:00:00"}, {L"2018-02-30T10:00:00+02:00", kNothing},
+        {L"31 Foo 2018 10:00:00", kNothing}, {L"no date", kNothing}};
+    for (const MachineText& row : kCases)
     {
         const SYSTEMTIME time = ReadMachineDate(row.text);
         EXPECT_EQ(Show(time), row.result) << String(row.text).NarrowText();
@@ -73,9 +73,9 @@ TEST(MachineDate, ISO8601ByTheLetter)
 
 TEST(MachineDate, ZonesByName)
 {
-    constexpr std::pair<const wchar_t*, int> ZONES[] = {{L"UT", 0}, {L"GMT", 0}, {L"EST", 5}, {L"EDT", 4}, {L"CST", 6},
+    constexpr std::pair<const wchar_t*, int> kZones[] = {{L"UT", 0}, {L"GMT", 0}, {L"EST", 5}, {L"EDT", 4}, {L"CST", 6},
         {L"CDT", 5}, {L"MST", 7}, {L"MDT", 6}, {L"PST", 8}, {L"PDT", 7}, {L"CET", 0}, {L"est", 0}};
-    for (const auto& [name, hours] : ZONES)
+    for (const auto& [name, hours] : kZones)
     {
         SYSTEMTIME time{};
         ASSERT_TRUE(ReadRFC822Date((String(L"3 Apr 2018 10:00:00 ") + name).View(), time));
@@ -92,20 +92,20 @@ TEST(MachineDate, RFC822IsWhatThePatternFinds)
     clsRegEx pattern(L"(?:\\w{3},\\s+)?(\\d+)\\s+(\\w{3})\\s+(\\d{4})\\s+(\\d+):(\\d+):(\\d+)"
                      L"(\\s+(?:[+-]\\d{4}|GMT|EST|EDT|CST|CDT|MST|MDT|PST|PDT|UT))?",
         0);
-    constexpr std::wstring_view FORM = L"Tue, 3 Apr 2018 10:00:00 +0200";
-    constexpr std::wstring_view PIECES = L"0123 \t:,+-_TueAprGMTESTU\x0663\xA0";
+    constexpr std::wstring_view kForm = L"Tue, 3 Apr 2018 10:00:00 +0200";
+    constexpr std::wstring_view kPieces = L"0123 \t:,+-_TueAprGMTESTU\x0663\xA0";
     std::mt19937 random(5);
     int found = 0;
     for (int i = 0; i < 20000; ++i)
     {
-        String text(FORM);
+        String text(kForm);
         for (auto changes = random() % 3; changes-- != 0;)
         {
             const std::size_t place = random() % text.Length();
             if (random() % 3 == 0)
                 text.Delete(place, 1 + random() % 3);
             else
-                text.Insert(place, String(PIECES.substr(random() % PIECES.size(), 1 + random() % 4)));
+                text.Insert(place, String(kPieces.substr(random() % kPieces.size(), 1 + random() % 4)));
         }
         clsRegExMatchList matches;
         SYSTEMTIME time{};
@@ -143,10 +143,10 @@ TEST(EarlyDates, AreWrittenByTheLibrary)
     constexpr struct
     {
         const wchar_t *format, *text;
-    } CASES[] = {{L"dd.MM.yyyy", L"03.02.0904"}, {L"d/M/yy", L"3/2/04"}, {L"D-MMM-Y", L"3-02-0904"},
+    } kCases[] = {{L"dd.MM.yyyy", L"03.02.0904"}, {L"d/M/yy", L"3/2/04"}, {L"D-MMM-Y", L"3-02-0904"},
         {L"ddd yyy", L" 0904"}, {L"dDd|\"d \"\"M\"d", L"|d M3"}, {L"yyyy 'y'", L"0904 '0904'"},
         {L"yyyyMMdd yyyyMMdd yyyyMMdd", L"09040203 09040203 0"}, {L"", L""}};
-    for (const auto& row : CASES)
+    for (const auto& row : kCases)
         EXPECT_STREQ(FormatEarlyDate(date, 0x0409, row.format, 19), row.text);
     EXPECT_STREQ(FormatEarlyDate(date, 0x0409, nullptr, 19), L"2/3/0904");
 }

@@ -1,16 +1,21 @@
 #include "core/packing/base64.h"
 #include "core/packing/blowfish.h"
+#include "core/packing/pass_phrase.h"
+#include "support/debug_lines.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cctype>
 #include <cstring>
+#include <iterator>
+#include <new>
 #include <random>
 #include <string>
 #include <vector>
 
 using namespace qx;
+using namespace qxtest;
 using namespace std::string_literals;
 
 namespace
@@ -123,6 +128,40 @@ TEST(Blowfish, LastBlockOverlapsTheOthers)
         cipher.Decode(copy.data(), size);
         EXPECT_EQ(copy, data) << size;
     }
+}
+
+// Stored in memory that outlives the cipher.
+TEST(Blowfish, LeavesNothingOfTheKeyBehind)
+{
+    alignas(clsBlowfish) unsigned char memory[sizeof(clsBlowfish)];
+    auto* const cipher = new (memory) clsBlowfish("a key");
+    EXPECT_LT(std::count(std::begin(memory), std::end(memory), 0), 200);
+    cipher->~clsBlowfish();
+    EXPECT_EQ(std::count(std::begin(memory), std::end(memory), 0), std::ssize(memory));
+}
+
+TEST(PassPhrase, ExactIfTheCodePageRepresentsIt)
+{
+    const struct
+    {
+        unsigned codePage;
+        const wchar_t* text;
+        bool isExact;
+    } cases[] = {{1252, L"", true}, {1252, L"p\u00E4\u20AC?", true}, {1252, L"\u65E5", false},
+        {1252, L"\u0101", false}, // becomes "a"
+        {932, L"\u65E5", true}, {932, L"\u00E4", false}, {65001, L"\u65E5\xD83D\xDE00", true},
+        {65001, L"\xD83D", false}}; // becomes U+FFFD
+    for (const auto& c : cases)
+    {
+        String text(c.text);
+        text.SetCodePage(c.codePage);
+        EXPECT_EQ(IsExactPassPhrase(text), c.isExact) << c.codePage << ": " << ::testing::PrintToString(c.text);
+    }
+    const DebugLines lines;
+    EXPECT_STREQ(clsPassPhrase(L"usual").Text(), L"usual");
+    EXPECT_EQ(lines.Count(), 0u);
+    EXPECT_STREQ(clsPassPhrase(L"\xDC00").Text(), L"\xDC00") << "used all the same";
+    EXPECT_NE(lines.Only().View().find(L"can't represent the pass phrase"), std::wstring_view::npos);
 }
 
 // The vectors of RFC 4648, section 10, in both directions.

@@ -213,6 +213,51 @@ TEST(DeflateStream, WorksBetweenPositionsAndOnNothing)
     EXPECT_EQ(unpacked.Bytes(), "");
 }
 
+TEST(PackedText, StrictUnpacking)
+{
+    const std::string data = Sample(1001);
+    const String plain = Pack(data, false);
+    const String packed = Pack(data, true);
+    const String secret = Pack(data, true, L"key");
+    const auto withBreaks = [](String text)
+    {
+        for (const std::size_t at : {std::size_t{2}, text.Length() - 3, std::size_t{0}})
+            text.Insert(at, String(L" \r\n\t"));
+        return text;
+    };
+    const std::string zlib = Zlib(data);
+    const String old = Text(L"@1@", Size(1001) + zlib);
+    using enum UnpackFault;
+    const struct
+    {
+        String text;
+        const wchar_t* key;
+        UnpackFault fault;
+    } cases[] = {{plain, L"", None}, {packed, L"", None}, {secret, L"key", None}, {old, L"", None},
+        {withBreaks(plain), L"", None}, {withBreaks(packed), L"", None}, {withBreaks(secret), L"key", None},
+        // keys
+        {secret, L"wrong", WrongKey}, {secret, L"", WrongKey}, {packed, L"key", NotEncrypted}, {old, L"key", WrongKey},
+        // characters and lengths
+        {plain + L"-", L"", NotPackedText}, {plain + L"A", L"", NotPackedText}, {plain + L"====", L"", NotPackedText},
+        {String(L"Zg==Zg=="), L"", NotPackedText}, {String(L"Zh=="), L"", NotPackedText},
+        {String(L"Z==="), L"", NotPackedText}, {String(L"@2@"), L"", NotPackedText},
+        {String(L"@3@") + plain, L"", NotPackedText}, {String(L"Zm9v\x2192"), L"", NotPackedText},
+        // tag, size, rest
+        {Text(L"@2@", Size(1001) + "QvX_packed\0"s + zlib), L"", WrongKey}, {Text(L"@2@", "short"), L"", WrongKey},
+        {Text(L"@2@", Size(1000) + tag + zlib), L"", Damaged}, {Text(L"@2@", Size(1002) + tag + zlib), L"", Damaged},
+        {Text(L"@2@", Size(1001) + tag + zlib + "x"), L"", Damaged},
+        {Text(L"@2@", Size(1001) + tag + zlib.substr(0, zlib.size() - 1)), L"", Damaged},
+        {Text(L"@1@", Size(1001) + zlib + "more"), L"", Damaged}, {Text(L"@1@", "x"), L"", Damaged}};
+    for (const auto& c : cases)
+    {
+        const Unpacked unpacked = UnpackStrictly(c.text.View(), String(c.key));
+        EXPECT_EQ(unpacked.fault, c.fault) << ::testing::PrintToString(c.text.Left(40).Text()) << &c - cases;
+        if (c.fault == None)
+            EXPECT_EQ(std::string(reinterpret_cast<const char*>(unpacked.data.data()), unpacked.data.size()), data);
+    }
+    EXPECT_EQ(UnpackStrictly(L" \n", String(L"key")).fault, None) << "no data";
+}
+
 TEST(DeflateStream, FailuresOfBothDirections)
 {
     MemoryFile source("abc"), noise("\xFF\xFF\xFF\xFF"), tooShort("abc"), packed, target;

@@ -43,7 +43,7 @@ String Loaded(std::string_view bytes, const JobHolder& job = NewJob())
     const bool isLoaded = job->Load(file);
     EXPECT_EQ(job->Error(), isLoaded ? kProfOk : kProfMalformed);
     EXPECT_EQ(lines.Count(), isLoaded ? 0U : 2U);
-    const String tree = Tree(job->Root());
+    String tree = Tree(job->Root());
     if (isLoaded)
         return tree;
     const String message = lines.Entries().front().text;

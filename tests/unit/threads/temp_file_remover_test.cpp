@@ -68,7 +68,7 @@ protected:
     // Creates a file with a last write time `age` ago.
     String Make(const wchar_t* name, std::uint64_t age) const
     {
-        const String path = InFolder(name);
+        String path = InFolder(name);
         const HANDLE file = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
         const FILETIME written = FileTimeOf(clock.utc - age);
         SetFileTime(file, nullptr, nullptr, &written);

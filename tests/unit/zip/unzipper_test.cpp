@@ -174,8 +174,9 @@ TEST(Unzipper, NamesThatAreRefused)
             {"/absolute", "\\absolute", "//server/share", "..", "../witness", "..\\witness", "a/../../witness",
                 "a\\..\\..\\witness", "a/../b", "../inner/x", "../", "c:\\witness", "z:/"}},
         {"leads out of the folder", 0100644, {"/absolute", "//server/share", "..", "../witness", "a/../b", "../"}},
+        {kHasPosixFiles ? "" : "leads out of the folder", 0100644, {"c:/witness"}},
         {notOnWindows, 0100644,
-            {"c:/witness", "a/c:/b", "witness:stream", ".. /witness", ".../witness", ". ./witness", "a./b", "nul",
+            {"a/c:/b", "witness:stream", ".. /witness", ".../witness", ". ./witness", "a./b", "nul",
                 "a/Con.txt", "aux .tar.gz", "a?b", "tab\there", "trailing."}},
         {"has a name that no file may have", 0, {std::string("a\0b", 3), std::string(300, 'n')}},
         {"has no name", 0, {"", "."}}};
@@ -224,7 +225,7 @@ TEST(Unzipper, ModesAndLinks)
         GTEST_SKIP() << "files have no modes and links here";
     const Place place;
     const fs::path root = NativePath(place.Folder());
-    const auto link = [](std::string name, std::string target)
+    const auto link = [](const std::string& name, const std::string& target)
     {
         return BuiltMember(name, target, 0).Mode(0120777);
     };
