@@ -4,6 +4,7 @@
 #include "core/errors/failure_text.h"
 #include "files/deflate_stream.h"
 #include "files/file_finder.h"
+#include "files/folder.h"
 #include "files/path_separator.h"
 #include "files/posix_files.h"
 #include "zip/dos_time.h"
@@ -229,10 +230,14 @@ int clsZIPFile::AddFile(const String& path, const String& storedName, const Stri
 {
     std::unique_ptr<clsZIPFileEntry> entry = NewEntry(path, storedName, comment, flags);
     const bool hasModes = (flags & kModes) != 0;
+    const bool isFolder = (flags & kFolder) != 0;
+    const String name = isFolder ? entry->storedName + L"/" : entry->storedName;
     if (hasModes)
-        SetPosixName(*entry, entry->storedName, comment);
+        SetPosixName(*entry, name, comment);
     else
-        SetName(*entry, entry->storedName, !IsOemText(entry->storedName) || !IsOemText(comment));
+        SetName(*entry, name, !IsOemText(name) || !IsOemText(comment));
+    if (isFolder)
+        return AddFolder(std::move(entry), path, hasModes);
     if (hasModes && (flags & kLinks) != 0 && AddLink(path, *entry))
     {
         Append(std::move(entry));
@@ -254,6 +259,22 @@ int clsZIPFile::AddFile(const String& path, const String& storedName, const Stri
     {
         const std::uint32_t mode = PosixModeOf(source.GetHandle()).value_or(0644) & kZipModePermissions;
         entry->attributes = (kZipModeFile | mode) << 16 | (entry->attributes & kDosAttributes);
+    }
+    Append(std::move(entry));
+    return kOk;
+}
+
+int clsZIPFile::AddFolder(std::unique_ptr<clsZIPFileEntry> entry, const String& path, bool hasModes)
+{
+    const clsFolder folder(path);
+    if (!folder.IsOpen())
+        return Fail(kCannotOpen,
+            String(String::kFormatted, L"%s: %s", path.Text(), String::SystemErrorText(GetLastError()).Text()));
+    SetTimeAndAttributes(*entry, folder.Handle(), path);
+    if (hasModes)
+    {
+        const std::uint32_t mode = PosixModeOf(folder.Handle()).value_or(0755) & kZipModePermissions;
+        entry->attributes = (kZipModeFolder | mode) << 16 | (entry->attributes & kDosAttributes);
     }
     Append(std::move(entry));
     return kOk;
