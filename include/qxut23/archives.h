@@ -42,8 +42,9 @@ QXUT_API int32_t QxExtractZip(const QXWCHAR* fileName, const QXWCHAR* folder, ui
     QxExtractProgress progress, void* context);
 
 /* Flags of QxZIPAppend. */
-#define QXUT_ZIP_MODES 0x2u /* permissions, as archivers on Unix store them; names and comments in UTF-8 */
-#define QXUT_ZIP_LINKS 0x4u /* with QXUT_ZIP_MODES: links whose target is inside the archive are stored as links */
+#define QXUT_ZIP_MODES 0x2u  /* permissions, as archivers on Unix store them; names and comments in UTF-8 */
+#define QXUT_ZIP_LINKS 0x4u  /* with QXUT_ZIP_MODES: links whose target is inside the archive are stored as links */
+#define QXUT_ZIP_FOLDER 0x8u /* `path` is a folder: its entry is added, without contents; a link is followed */
 
 /* Adds a file like UtilZIPAppend. With QXUT_ZIP_MODES, `storedName` is stored as it is: a drive isn't removed. The bits
    that let a program run as another user are never stored. A link whose target is absolute or may be outside the

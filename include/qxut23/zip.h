@@ -43,7 +43,7 @@ QXUT_API HZIPFILE UtilZIPCreate(const QXWCHAR* fileName, const QXWCHAR* comment)
    the file's last write time, in local time, and its attributes.
 
    Returns QXUT_ZIP_OK, also for a null handle. Returns QXUT_ZIP_CANNOT_OPEN or QXUT_ZIP_CANNOT_STORE on failure; the
-   archive is unchanged then. */
+   archive is unchanged then. A folder, a pipe or a device can't be opened. */
 QXUT_API int32_t UtilZIPAppend(HZIPFILE zip, const QXWCHAR* path, const QXWCHAR* comment, const QXWCHAR* storedName);
 
 #define QXUT_ZIP_SUBFOLDERS 1 /* bit of `flags` for UtilZIPAppendList */
@@ -53,7 +53,7 @@ QXUT_API int32_t UtilZIPAppend(HZIPFILE zip, const QXWCHAR* path, const QXWCHAR*
    whole contents; the pattern applies only to `folder` itself. Links that lead back to an enclosing folder are not
    followed.
 
-   Files that can't be added are skipped. Always returns QXUT_ZIP_OK. */
+   Files that can't be added are skipped. Always returns QXUT_ZIP_OK; QxZIPAppendList (archives.h) reports them. */
 QXUT_API int32_t UtilZIPAppendList(HZIPFILE zip, const QXWCHAR* folder, const QXWCHAR* pattern, uint32_t flags);
 
 /* Writes the archive, closes it and frees the handle, whatever the result. Returns QXUT_ZIP_OK, also for a null handle.
@@ -61,24 +61,35 @@ QXUT_API int32_t UtilZIPAppendList(HZIPFILE zip, const QXWCHAR* folder, const QX
    nothing is written. */
 QXUT_API int32_t UtilZIPClose(HZIPFILE zip);
 
-/* Extracts all entries of the archive `fileName` into `folder`, in their order. The folder (null or empty: the current
-   folder) and the subfolders named by the entries are created if necessary. Existing files are replaced. Files get the
-   times of their entries, accurate to the second if the archive stores them in UTC, but not their attributes. ZIP64
-   archives are supported; the supported methods are "stored" and deflate. Names without the UTF-8 flag are decoded as
-   UTF-8 if the archive was created on Unix, and as code page 437 otherwise.
+/* Extracts all entries of the archive `fileName` into `folder`. The folder (null or empty: the current folder) and the
+   subfolders named by the entries are created if necessary. Existing files are replaced, even read-only ones. ZIP64
+   archives are supported; the supported methods are "stored" and deflate.
+
+   Files get the times of their entries, accurate to the second if the archive stores them in UTC. On linux, files and
+   new folders also get the permissions that archivers on Unix store, restricted by the process's umask and without the
+   bits that let a program run as another user; links are created after all files. On windows there are no permissions
+   and links. Other attributes are never restored.
+
+   A name is UTF-8 if its flag says so. Otherwise the name in Info-ZIP's Unicode Path field (0x7075) applies if the
+   field's checksum fits. Other names are UTF-8 if the archive was created on Unix or macOS and they are valid UTF-8,
+   and code page 437 in all other cases.
 
    Returns 1, also for an empty archive. Throws a C++ exception derived from std::exception on any failure, so the
-   function can be called only from C++ code built with the same compiler as the library. If each module has its own
-   runtime library, as usual on Windows, std::uncaught_exceptions() is off by one afterwards.
-   what() is "Error loading zip file!" if the archive is missing or is not a ZIP archive, or if its path can't be
-   represented in the default code page. Otherwise it is a UTF-8 text that names the entry:
-     - its name is absolute, has a drive or "..", or passes through a link in the folder, or the entry is a link itself;
-     - its name, or a component of it, is not a valid file name on Windows; this is checked on all systems;
+   function can be called only from C++ code built with the same compiler as the library; QxExtractZip (archives.h)
+   returns codes instead. If each module has its own runtime library, as usual on Windows, std::uncaught_exceptions() is
+   off by one afterwards.
+   what() is "Error loading zip file!" if the archive is missing, can't be opened, is a pipe or a device, or is not a
+   ZIP archive. Otherwise it is a UTF-8 text with the reason, which names the entry. Such entries are skipped and all
+   others are extracted; the text is about the first one and ends with the number of the others, as in "(and 2 more)":
+     - its name is absolute, has a drive or "..", or passes through a link in the folder;
+     - a component of its name isn't a valid file name: on windows because of its characters or because it is the name
+   of a device, on linux because it is longer than 255 bytes;
+     - it is a link that may lead out of the folder; on windows, any link;
      - it is encrypted, or uses another compression method;
      - it is damaged: the data can't be decompressed, or doesn't match the entry's size or checksum;
-     - its file or folder can't be created or written.
-   Files extracted before the failure are kept; the file of the failed entry is removed. Nothing is ever written outside
-   `folder`. */
+     - its file or folder can't be created.
+   If a file can't be written, if `folder` can't be created or if the archive's directory is damaged, the entries that
+   follow are not extracted. The file of a failed entry is removed. Nothing is ever written outside `folder`. */
 QXUT_API int32_t UtilExtractZip(const QXWCHAR* fileName, const QXWCHAR* folder);
 
 QXUT_EXTERN_C_END

@@ -83,6 +83,11 @@ NTSTATUS NTAPI NtCreateFile(PHANDLE FileHandle, ACCESS_MASK DesiredAccess, POBJE
 NTSTATUS NTAPI NtQueryInformationFile(HANDLE FileHandle, PIO_STATUS_BLOCK IoStatusBlock, PVOID FileInformation,
     ULONG Length, FILE_INFORMATION_CLASS FileInformationClass) QXP(NtQueryInformationFile);
 
+// Sets the mode of a file or folder: the buffer contains the attribute $LXMOD, as for NtCreateFile. Requires the right
+// FILE_WRITE_EA.
+NTSTATUS NTAPI NtSetEaFile(HANDLE FileHandle, PIO_STATUS_BLOCK IoStatusBlock, PVOID Buffer, ULONG Length)
+    QXP(NtSetEaFile);
+
 // Supports only the codes that this layer returns.
 ULONG NTAPI RtlNtStatusToDosError(NTSTATUS Status) QXP(RtlNtStatusToDosError);
 

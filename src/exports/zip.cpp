@@ -25,7 +25,7 @@ clsZIPFile* FileOf(HZIPFILE zip)
 static_assert(QXUT_ZIP_OK == clsZIPFile::kOk && QXUT_ZIP_CANNOT_OPEN == clsZIPFile::kCannotOpen &&
               QXUT_ZIP_CANNOT_STORE == clsZIPFile::kCannotStore && QXUT_ZIP_CANNOT_WRITE == clsZIPFile::kCannotWrite &&
               QXUT_ZIP_SUBFOLDERS == clsZIPFile::kSubfolders && QXUT_ZIP_MODES == clsZIPFile::kModes &&
-              QXUT_ZIP_LINKS == clsZIPFile::kLinks);
+              QXUT_ZIP_LINKS == clsZIPFile::kLinks && QXUT_ZIP_FOLDER == clsZIPFile::kFolder);
 static_assert(QXUT_EXTRACT_OK == static_cast<int>(ExtractResult::Done) &&
               QXUT_EXTRACT_CANNOT_OPEN == static_cast<int>(ExtractResult::CannotOpen) &&
               QXUT_EXTRACT_NOT_ARCHIVE == static_cast<int>(ExtractResult::NotArchive) &&

@@ -5,8 +5,6 @@
 #include <windows.h>
 #include <winternl.h>
 
-#include <array>
-#include <cstring>
 #include <limits>
 
 namespace qx
@@ -16,15 +14,6 @@ namespace
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr DWORD kAttributeBits = 0xFFFF; // the part of CreateFileW's flags that are attributes
-
-// The attribute $LXMOD, in which the Windows Subsystem for Linux stores the mode of a file, as
-// FILE_FULL_EA_INFORMATION.
-std::array<unsigned char, 19> ModeAttribute(std::uint32_t mode)
-{
-    std::array<unsigned char, 19> bytes{0, 0, 0, 0, 0, 6, sizeof mode, 0, '$', 'L', 'X', 'M', 'O', 'D', 0};
-    std::memcpy(&bytes[15], &mode, sizeof mode);
-    return bytes;
-}
 
 bool IsSingleName(std::wstring_view name)
 {
@@ -45,6 +34,14 @@ DWORD AttributesOf(HANDLE handle)
 {
     BY_HANDLE_FILE_INFORMATION info{};
     return GetFileInformationByHandle(handle, &info) ? info.dwFileAttributes : 0;
+}
+
+// 0 would leave the attributes unchanged.
+bool SetAttributes(HANDLE file, DWORD attributes)
+{
+    FILE_BASIC_INFO info{};
+    info.FileAttributes = attributes;
+    return SetFileInformationByHandle(file, FileBasicInfo, &info, sizeof info) != FALSE;
 }
 
 } // namespace
@@ -81,7 +78,7 @@ HANDLE clsFolder::Open(const String& name, const scEntryOpen& open) const
     object.RootDirectory = _handle.Get();
     object.ObjectName = &text;
     object.Attributes = OBJ_CASE_INSENSITIVE;
-    auto mode = ModeAttribute(open.mode.value_or(0));
+    auto mode = PosixModeAttribute(open.mode.value_or(0));
     const bool passMode = kHasPosixFiles && open.mode.has_value();
     IO_STATUS_BLOCK status{};
     HANDLE handle = nullptr;
@@ -116,7 +113,8 @@ void clsFolder::OpenOrCreate(const String& path, bool followsLink)
 
 void clsFolder::OpenSubfolder(const clsFolder& parent, const String& name, std::optional<std::uint32_t> mode)
 {
-    const HANDLE handle = parent.Open(name, {0, kShareAll, FILE_OPEN_IF, 0, FILE_DIRECTORY_FILE, mode});
+    const DWORD access = kHasPosixFiles && mode ? FILE_WRITE_EA : 0; // for RestrictMode
+    const HANDLE handle = parent.Open(name, {access, kShareAll, FILE_OPEN_IF, 0, FILE_DIRECTORY_FILE, mode});
     _handle.Take(handle, true);
     if (IsOpen() &&
         (AttributesOf(handle) & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) != FILE_ATTRIBUTE_DIRECTORY)
@@ -178,11 +176,13 @@ bool SetDeletedOnClose(HANDLE file, bool isDeleted)
 
 bool ClearReadOnly(HANDLE file, DWORD attributes)
 {
-    FILE_BASIC_INFO info{};
-    info.FileAttributes = attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY);
-    if (info.FileAttributes == 0)
-        info.FileAttributes = FILE_ATTRIBUTE_NORMAL; // 0 would leave the attributes unchanged
-    return SetFileInformationByHandle(file, FileBasicInfo, &info, sizeof info) != FALSE;
+    const DWORD others = attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY);
+    return SetAttributes(file, others == 0 ? DWORD{FILE_ATTRIBUTE_NORMAL} : others);
+}
+
+bool SetReadOnly(HANDLE file)
+{
+    return SetAttributes(file, FILE_ATTRIBUTE_READONLY);
 }
 
 } // namespace qx

@@ -4,6 +4,7 @@
 
 #include "core/text/string.h"
 #include "files/handle_holder.h"
+#include "files/posix_files.h"
 
 #include <windows.h>
 
@@ -32,6 +33,8 @@ public:
     clsFolder& operator=(clsFolder&& other) noexcept;
 
     bool IsOpen() const { return _handle.IsValid(); }
+    // For queries. Stays owned by this object.
+    HANDLE Handle() const { return _handle.Get(); }
 
     // Opens a folder by its path, creating it if necessary, but not its parents. If the last component is a link, it is
     // followed only if `followsLink` is set. The folder is closed on failure.
@@ -40,6 +43,10 @@ public:
     // Opens the folder `name` of `parent`, creating it if necessary. This object is closed on failure; the last error
     // is kErrorIsLink if the name is a link.
     void OpenSubfolder(const clsFolder& parent, const String& name, std::optional<std::uint32_t> mode = {});
+
+    // Takes permissions away from the folder, which OpenSubfolder has opened with a mode, so that only `allowed` ones
+    // remain. Returns false if that fails, as for another user's folder.
+    bool RestrictMode(std::uint32_t allowed) const { return RestrictPosixMode(_handle.Get(), allowed); }
 
     // Creates a file. If any entry of that name exists, the last error is ERROR_FILE_EXISTS. `flags` are the attributes
     // and flags of CreateFileW. Returns the handle, or INVALID_HANDLE_VALUE.
@@ -76,5 +83,8 @@ bool SetDeletedOnClose(HANDLE file, bool isDeleted);
 // Clears the read-only attribute. `attributes` are the file's current attributes. The handle must have the right
 // FILE_WRITE_ATTRIBUTES.
 bool ClearReadOnly(HANDLE file, DWORD attributes);
+
+// Makes the file read-only and clears its other attributes. The handle must have the right FILE_WRITE_ATTRIBUTES.
+bool SetReadOnly(HANDLE file);
 
 } // namespace qx

@@ -39,13 +39,22 @@ clsNewFile::clsNewFile(const clsFolder& folder, const String& name, std::optiona
     const HANDLE file = Replace(folder, name, false, mode);
     if (file == INVALID_HANDLE_VALUE)
         return;
-    SetDeletedOnClose(file, true);
     _file.emplace(file);
+    if (SetDeletedOnClose(file, true))
+        return;
+    _becomesReadOnly = ClearReadOnly(file, FILE_ATTRIBUTE_NORMAL) && SetDeletedOnClose(file, true);
+    if (_becomesReadOnly)
+        return;
+    const DWORD error = GetLastError();
+    _file.reset();
+    folder.Remove(name);
+    SetLastError(error);
 }
 
 bool clsNewFile::SetWhole()
 {
-    return SetDeletedOnClose(_file->GetHandle(), false);
+    const HANDLE file = _file->GetHandle();
+    return (!_becomesReadOnly || SetReadOnly(file)) && SetDeletedOnClose(file, false);
 }
 
 bool CreateLink(const clsFolder& folder, const String& name, std::string_view target)

@@ -11,6 +11,7 @@ namespace qx
 {
 
 // The file is deleted with the object, and also when the process ends or is interrupted, unless SetWhole was called.
+// While it is written, its owner may write to it even if its mode says otherwise: a read-only file can't be deleted.
 class clsNewFile
 {
 public:
@@ -30,6 +31,7 @@ public:
 
 private:
     std::optional<clsFileRW> _file;
+    bool _becomesReadOnly = false;
 };
 
 // Creates a link, replacing an existing entry unless it is a folder.

@@ -9,6 +9,9 @@
 #include <cstring>
 #include <vector>
 
+// Missing in the headers of some systems.
+extern "C" NTSTATUS NTAPI NtSetEaFile(HANDLE, PIO_STATUS_BLOCK, PVOID, ULONG);
+
 namespace qx
 {
 namespace
@@ -23,6 +26,7 @@ struct scStatLx
 static_assert(sizeof(scStatLx) == 96);
 
 constexpr auto kStatLxInformation = static_cast<FILE_INFORMATION_CLASS>(70);
+constexpr std::uint32_t kPermissions = 0777;
 constexpr std::uint32_t kHasMode = 4; // LX_FILE_METADATA_HAS_MODE
 
 // REPARSE_DATA_BUFFER with the tag IO_REPARSE_TAG_LX_SYMLINK. The target follows.
@@ -48,6 +52,29 @@ std::optional<std::uint32_t> PosixModeOf(HANDLE file)
         (info.flags & kHasMode) == 0)
         return std::nullopt;
     return info.mode;
+}
+
+std::array<unsigned char, 19> PosixModeAttribute(std::uint32_t mode)
+{
+    std::array<unsigned char, 19> bytes{0, 0, 0, 0, 0, 6, sizeof mode, 0, '$', 'L', 'X', 'M', 'O', 'D', 0};
+    std::memcpy(&bytes[15], &mode, sizeof mode);
+    return bytes;
+}
+
+bool SetPosixMode(HANDLE file, std::uint32_t mode)
+{
+    auto attribute = PosixModeAttribute(mode);
+    IO_STATUS_BLOCK status{};
+    const NTSTATUS result = NtSetEaFile(file, &status, attribute.data(), static_cast<ULONG>(attribute.size()));
+    if (!NT_SUCCESS(result))
+        SetLastError(RtlNtStatusToDosError(result));
+    return NT_SUCCESS(result);
+}
+
+bool RestrictPosixMode(HANDLE file, std::uint32_t allowed)
+{
+    const std::optional<std::uint32_t> mode = PosixModeOf(file);
+    return !mode || (*mode & kPermissions & ~allowed) == 0 || SetPosixMode(file, *mode & allowed);
 }
 
 std::optional<std::string> LinkTargetOf(const String& path)

@@ -6,6 +6,7 @@
 #include "files/folder.h"
 #include "files/path_separator.h"
 #include "files/paths.h"
+#include "files/posix_files.h"
 
 #include <windows.h>
 
@@ -87,8 +88,16 @@ struct scOpenFolder
     String path;
 };
 
-// Opens the subfolders of the temp folder, creating them if necessary. If one can't be opened or created, or is a link,
-// the folder is the temp folder itself.
+// Opens a private folder, creating it if necessary. An older version may have left it open to other users.
+clsFolder OpenPrivateFolder(const clsFolder& parent, const String& name)
+{
+    clsFolder folder;
+    folder.OpenSubfolder(parent, name, kModePrivateFolder);
+    return folder.IsOpen() && folder.RestrictMode(kModePrivateFolder) ? std::move(folder) : clsFolder();
+}
+
+// Opens the subfolders of the temp folder, creating them if necessary. If one can't be opened, created or made private,
+// or is a link, the folder is the temp folder itself.
 scOpenFolder OpenSubfolders(const String& temp, const wchar_t* subfolders)
 {
     scOpenFolder opened{clsFolder(temp), WithoutTrailingSeparators(temp)};
@@ -100,8 +109,7 @@ scOpenFolder OpenSubfolders(const String& temp, const wchar_t* subfolders)
             continue;
         opened.path += PATH_SEPARATOR;
         opened.path += part;
-        clsFolder subfolder;
-        subfolder.OpenSubfolder(opened.folder, part, kModePrivateFolder);
+        clsFolder subfolder = OpenPrivateFolder(opened.folder, part);
         if (!subfolder.IsOpen())
             return {clsFolder(temp), temp};
         opened.folder = std::move(subfolder);
@@ -226,6 +234,19 @@ String GetTempFolder(bool longNames)
 String GetTempSubfolder()
 {
     return GetTempFolder(true) + kTempSubfolder;
+}
+
+HANDLE OpenActivityFile(const String& name)
+{
+    const clsFolder folder = OpenPrivateFolder(clsFolder(GetTempFolder(true)), kTempSubfolder);
+    constexpr DWORD kFlags = FILE_FLAG_SEQUENTIAL_SCAN | FILE_ATTRIBUTE_NORMAL;
+    const HANDLE created = folder.CreateNew(name, GENERIC_WRITE, FILE_SHARE_READ, kFlags, kModePrivateFile);
+    if (created != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS)
+        return created;
+    const HANDLE file = folder.OpenExisting(name, GENERIC_WRITE, FILE_SHARE_READ, kFlags);
+    if (file != INVALID_HANDLE_VALUE)
+        RestrictPosixMode(file, kModePrivateFile);
+    return file;
 }
 
 bool IsTempSubfolderForeign()

@@ -25,6 +25,10 @@ String GetTempFolder(bool longNames);
 // Returns the library's own folder below the temp folder, without a trailing separator.
 String GetTempSubfolder();
 
+// Opens the activity file for writing, creating it if necessary. Like the temporary files it is for the user alone, and
+// it is never opened through a link. Returns INVALID_HANDLE_VALUE and the last error on failure.
+HANDLE OpenActivityFile(const String& name);
+
 // Returns true if the library's folder belongs to another user, which is possible if users share a temp folder. It may
 // contain malicious links then, so nothing must be written to it or swept in it.
 bool IsTempSubfolderForeign();

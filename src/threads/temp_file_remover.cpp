@@ -138,10 +138,11 @@ bool clsTempFileRemover::IsSomebodyActive(std::uint64_t now) const
 
 void clsTempFileRemover::TouchActivityFile(const FILETIME& now) const
 {
-    clsFileRW file(_signalFile, FileAccess::Write, FileDisposition::OpenAlways, FileShare::Read, kFileData);
+    clsFileRW file(OpenActivityFile(GetPathName(_signalFile)));
     if (!file.IsOpen())
     {
-        DebugLine(L"cannot create/open activity file '%s': %s", _signalFile.Text(), file.GetErrorText().Text());
+        const String reason = String::SystemErrorText(GetLastError());
+        DebugLine(L"cannot create/open activity file '%s': %s", _signalFile.Text(), reason.Text());
         return;
     }
     SYSTEMTIME time{};

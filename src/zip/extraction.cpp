@@ -133,14 +133,26 @@ public:
     {
     }
 
+    // Links are made even if the extraction of files ends early, because their members have been read completely.
     ExtractResult Run()
+    {
+        const ExtractResult files = ExtractFiles();
+        if (files == ExtractResult::Stopped)
+            return files;
+        const ExtractResult links = MakeLinks();
+        return files != ExtractResult::Done   ? files
+               : links != ExtractResult::Done ? links
+               : _hasProblem                  ? ExtractResult::Incomplete
+                                              : ExtractResult::Done;
+    }
+
+private:
+    ExtractResult ExtractFiles()
     {
         try
         {
             for (bool more = _unzipper.First(); more; more = _unzipper.Next())
                 Attempt(_unzipper.Member().name, [this] { ExtractMember(); });
-            for (const scPendingLink& link : _links)
-                Attempt(link.member, [&] { MakeMemberLink(link); });
         }
         catch (const clsStopped&)
         {
@@ -156,10 +168,24 @@ public:
             Report(String(), exception);
             return ExtractResult::NotArchive;
         }
-        return _hasProblem ? ExtractResult::Incomplete : ExtractResult::Done;
+        return ExtractResult::Done;
     }
 
-private:
+    ExtractResult MakeLinks()
+    {
+        for (const scPendingLink& link : _links)
+            try
+            {
+                Attempt(link.member, [&] { MakeMemberLink(link); });
+            }
+            catch (const clsCannotWrite& exception)
+            {
+                Report(link.member, exception);
+                return ExtractResult::CannotWrite;
+            }
+        return ExtractResult::Done;
+    }
+
     template <class Work>
     void Attempt(const String& member, const Work& work)
     {

@@ -18,6 +18,14 @@ constexpr std::size_t kOutputBytes = 0x100000;
 constexpr std::uint64_t kBestRatio = 1032; // of deflate
 constexpr int kRawDeflate = -15;
 
+// Returns the largest size that is not above the bound and differs from the size in the directory by a multiple of 4
+// GB, or the smallest such size if all are above.
+std::uint64_t LargestCongruent(std::uint64_t told, std::uint64_t bound)
+{
+    const std::uint64_t smallest = told % kFourGB;
+    return bound < smallest ? smallest : bound - (bound - smallest) % kFourGB;
+}
+
 bool IsCongruent(std::uint64_t count, std::uint64_t told)
 {
     return (count - told) % kFourGB == 0;
@@ -46,7 +54,8 @@ class Output
 public:
     Output(const scMemberData& data, std::uint64_t available, const Sink& sink)
         : _data(data),
-          _mayBeLonger(data.size + kFourGB <= available * (data.isDeflated ? kBestRatio : 1)),
+          _most(LargestCongruent(
+              data.size, data.isDeflated ? LargestCongruent(data.packedSize, available) * kBestRatio : available)),
           _sink(sink)
     {
     }
@@ -55,7 +64,7 @@ public:
     bool Take(const unsigned char* bytes, std::size_t count)
     {
         _count += count;
-        if (_count > _data.size && !_mayBeLonger)
+        if (_count > _most)
             return false;
         _crc = static_cast<std::uint32_t>(crc32(_crc, bytes, static_cast<uInt>(count)));
         return count == 0 || (_isTaken = _sink(bytes, count));
@@ -75,7 +84,7 @@ public:
 
 private:
     const scMemberData& _data;
-    const bool _mayBeLonger;
+    const std::uint64_t _most; // bytes that the data may have
     const Sink& _sink;
     std::uint64_t _count = 0;
     std::uint32_t _crc = 0;

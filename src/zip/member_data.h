@@ -28,7 +28,8 @@ enum class MemberDataResult
 };
 
 // Passes the data to the sink in pieces of at most 1 MB. Programs without ZIP64 write sizes modulo 4 GB; such sizes are
-// accepted if the data and its checksum are right. Otherwise no more than `size` bytes are passed.
+// accepted if the data and its checksum are right. Never passes more bytes than the largest size that `packedSize`
+// allows.
 MemberDataResult CopyMemberData(clsArchiveInput& input, const scMemberData& data,
     const std::function<bool(const unsigned char* bytes, std::size_t count)>& sink);
 

@@ -18,6 +18,7 @@ constexpr std::uint16_t kZipVersionMadeByUnix = 0x0314; // 2.0, with modes of Un
 
 // For archives from Unix, the upper half of the external attributes contains the file mode.
 constexpr std::uint32_t kZipModeType = 0170000;
+constexpr std::uint32_t kZipModeFolder = 0040000;
 constexpr std::uint32_t kZipModeFile = 0100000;
 constexpr std::uint32_t kZipModeLink = 0120000;
 constexpr std::uint32_t kZipModePermissions = 0777;

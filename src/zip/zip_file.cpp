@@ -4,6 +4,7 @@
 #include "core/errors/failure_text.h"
 #include "files/deflate_stream.h"
 #include "files/file_finder.h"
+#include "files/folder.h"
 #include "files/path_separator.h"
 #include "files/posix_files.h"
 #include "zip/dos_time.h"
@@ -14,7 +15,10 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
+#include <utility>
+#include <vector>
 
 namespace qx
 {
@@ -117,6 +121,40 @@ std::unique_ptr<clsZIPFileEntry> NewEntry(
     return entry;
 }
 
+// Only the name in the header gets the trailing slash; storedName doesn't.
+std::unique_ptr<clsZIPFileEntry> NewFolderEntry(
+    const String& path, const String& storedName, const WIN32_FIND_DATAW& data)
+{
+    std::unique_ptr<clsZIPFileEntry> entry = NewEntry(path, storedName, String(), 0);
+    SetName(*entry, entry->storedName + L"/", !IsOemText(entry->storedName));
+    SetTime(*entry, DosTimeOf(data.ftLastWriteTime));
+    entry->attributes = data.dwFileAttributes;
+    return entry;
+}
+
+// A folder of which AddList has stored nothing yet.
+struct PendingFolder
+{
+    String relative;
+    std::unique_ptr<clsZIPFileEntry> entry;
+    bool isEntered; // false for a link that leads back
+};
+
+// Appends the subfolders in reverse order, so that the last element is the first one to store.
+void FindSubfolders(const String& base, const String& relative, std::vector<PendingFolder>& pending)
+{
+    const String folder = Join(base, relative);
+    const std::size_t first = pending.size();
+    for (FileFinder finder(Join(folder, L"*.*"), true); finder.Next();)
+    {
+        const bool isLink = (finder.Data().dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+        const String name = Join(relative, finder.Name());
+        pending.push_back({name, NewFolderEntry(Join(base, finder.Name()), name, finder.Data()),
+            !isLink || !LeadsBack(Join(folder, finder.Name()), folder)});
+    }
+    std::reverse(pending.begin() + static_cast<std::ptrdiff_t>(first), pending.end());
+}
+
 // A record of the central directory in file layout, with its variable fields.
 struct clsZIPIndexEntry
 {
@@ -192,10 +230,14 @@ int clsZIPFile::AddFile(const String& path, const String& storedName, const Stri
 {
     std::unique_ptr<clsZIPFileEntry> entry = NewEntry(path, storedName, comment, flags);
     const bool hasModes = (flags & kModes) != 0;
+    const bool isFolder = (flags & kFolder) != 0;
+    const String name = isFolder ? entry->storedName + L"/" : entry->storedName;
     if (hasModes)
-        SetPosixName(*entry, entry->storedName, comment);
+        SetPosixName(*entry, name, comment);
     else
-        SetName(*entry, entry->storedName, !IsOemText(entry->storedName) || !IsOemText(comment));
+        SetName(*entry, name, !IsOemText(name) || !IsOemText(comment));
+    if (isFolder)
+        return AddFolder(std::move(entry), path, hasModes);
     if (hasModes && (flags & kLinks) != 0 && AddLink(path, *entry))
     {
         Append(std::move(entry));
@@ -217,6 +259,22 @@ int clsZIPFile::AddFile(const String& path, const String& storedName, const Stri
     {
         const std::uint32_t mode = PosixModeOf(source.GetHandle()).value_or(0644) & kZipModePermissions;
         entry->attributes = (kZipModeFile | mode) << 16 | (entry->attributes & kDosAttributes);
+    }
+    Append(std::move(entry));
+    return kOk;
+}
+
+int clsZIPFile::AddFolder(std::unique_ptr<clsZIPFileEntry> entry, const String& path, bool hasModes)
+{
+    const clsFolder folder(path);
+    if (!folder.IsOpen())
+        return Fail(kCannotOpen,
+            String(String::kFormatted, L"%s: %s", path.Text(), String::SystemErrorText(GetLastError()).Text()));
+    SetTimeAndAttributes(*entry, folder.Handle(), path);
+    if (hasModes)
+    {
+        const std::uint32_t mode = PosixModeOf(folder.Handle()).value_or(0755) & kZipModePermissions;
+        entry->attributes = (kZipModeFolder | mode) << 16 | (entry->attributes & kDosAttributes);
     }
     Append(std::move(entry));
     return kOk;
@@ -301,14 +359,9 @@ bool clsZIPFile::Store(clsZIPFileEntry& entry, clsFile& source, const String& pa
     return true;
 }
 
-// Only the name in the header gets the trailing slash; storedName doesn't.
 void clsZIPFile::AddDirectory(const String& path, const String& storedName, const WIN32_FIND_DATAW& data)
 {
-    std::unique_ptr<clsZIPFileEntry> entry = NewEntry(path, storedName, String(), 0);
-    SetName(*entry, entry->storedName + L"/", !IsOemText(entry->storedName));
-    SetTime(*entry, DosTimeOf(data.ftLastWriteTime));
-    entry->attributes = data.dwFileAttributes;
-    Append(std::move(entry));
+    Append(NewFolderEntry(path, storedName, data));
 }
 
 int clsZIPFile::ListFiles(const String& folder, const String& relative, const String& pattern)
@@ -332,27 +385,34 @@ int clsZIPFile::ListFiles(const String& folder, const String& relative, const St
         String(String::kFormatted, L"%s: %s", folder.Text(), String::SystemErrorText(finder.Error()).Text()));
 }
 
+// The pending folders are kept in a list rather than on the stack, because the tree determines how deep it is.
 int clsZIPFile::AddList(const String& base, const String& relative, const String& pattern, std::uint32_t flags)
 {
-    const String folder = Join(base, relative);
-    int result = ListFiles(folder, relative, pattern);
-    if ((flags & kSubfolders) == 0)
-        return result;
-    String text = result == kOk ? String() : FailureText();
-    for (FileFinder finder(Join(folder, L"*.*"), true); finder.Next();)
+    int result = kOk;
+    String text;
+    const auto list = [&](const String& subfolder, const String& names)
     {
-        const String subfolder = Join(relative, finder.Name());
-        AddDirectory(Join(base, finder.Name()), subfolder, finder.Data());
-        const bool isLink = (finder.Data().dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-        if (isLink && LeadsBack(Join(folder, finder.Name()), folder))
-            continue;
-        const int added = AddList(base, subfolder, L"*.*", flags);
-        if (added == kOk || result != kOk)
-            continue;
-        result = added;
+        const int listed = ListFiles(Join(base, subfolder), subfolder, names);
+        if (listed == kOk || result != kOk)
+            return;
+        result = listed;
         text = FailureText();
+    };
+    std::vector<PendingFolder> pending;
+    list(relative, pattern);
+    if ((flags & kSubfolders) != 0)
+        FindSubfolders(base, relative, pending);
+    while (!pending.empty())
+    {
+        PendingFolder folder = std::move(pending.back());
+        pending.pop_back();
+        Append(std::move(folder.entry));
+        if (!folder.isEntered)
+            continue;
+        list(folder.relative, L"*.*");
+        FindSubfolders(base, folder.relative, pending);
     }
-    return result == kOk ? kOk : Fail(result, text);
+    return result == kOk ? kOk : Fail(result, text); // set again, because a later failure has replaced it
 }
 
 int clsZIPFile::Close()

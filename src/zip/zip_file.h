@@ -45,8 +45,9 @@ public:
 
     static constexpr std::uint32_t kSubfolders = 1; // flag of AddList
     // Flags of AddFile.
-    static constexpr std::uint32_t kModes = 2; // stores permissions, and names in UTF-8, as archivers on Unix do
-    static constexpr std::uint32_t kLinks = 4; // with kModes: stores links that stay inside the archive as links
+    static constexpr std::uint32_t kModes = 2;  // stores permissions, and names in UTF-8, as archivers on Unix do
+    static constexpr std::uint32_t kLinks = 4;  // with kModes: stores links that stay inside the archive as links
+    static constexpr std::uint32_t kFolder = 8; // the path is a folder: adds its entry, without contents
 
     // Creates the archive, which stays empty until Close. IsOpen returns false if it couldn't be created.
     clsZIPFile(const String& fileName, const String& comment);
@@ -77,6 +78,7 @@ private:
     class clsIndexEntryList;
 
     int Fail(int code, const String& text) const;
+    int AddFolder(std::unique_ptr<clsZIPFileEntry> entry, const String& path, bool hasModes);
     bool Store(clsZIPFileEntry& entry, clsFile& source, const String& path);
     bool StoreLink(clsZIPFileEntry& entry, const std::string& target);
     bool AddLink(const String& path, clsZIPFileEntry& entry);

@@ -247,6 +247,33 @@ TEST(Forks, ChildTakesOverWhatTheParentsThreadsHeld)
         CloseHandle(handle);
 }
 
+// A process may end while other threads create temporary files, as when the user interrupts it.
+TEST(Forks, EndOfAProcessDeletesFilesThatAreJustCreated)
+{
+    const std::filesystem::path temporary = folder + "/temporary";
+    std::filesystem::create_directory(temporary);
+    for (int i = 0; i < 100; ++i)
+    {
+        const auto create = [&](int number)
+        {
+            for (int file = 0;; ++file)
+                CreateFileW(Wide(temporary / (std::to_string(number) + '.' + std::to_string(file))).data(),
+                    GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+        };
+        const int code = RunChild(
+            [&]
+            {
+                for (int number = 0; number < 4; ++number)
+                    std::thread(create, number).detach();
+                Sleep(3);
+                std::exit(7);
+                return 0;
+            });
+        EXPECT_EQ(code, 7);
+        ASSERT_TRUE(std::filesystem::is_empty(temporary)) << "run " << i;
+    }
+}
+
 // A thread that forks inside a section still owns it in the child.
 TEST(Forks, ChildKeepsItsOwnSections)
 {

@@ -1,4 +1,5 @@
 // The deepest input on threads with small stacks.
+#include <qxut23/archives.h>
 #include <qxut23/debug.h>
 #include <qxut23/jobs.h>
 #include <qxut23/markup.h>
@@ -17,10 +18,13 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <string>
 
 #include <pthread.h>
+#include <sys/stat.h>
 
 using namespace qxtest;
 
@@ -132,6 +136,33 @@ void UseTexts()
     UtilThreadPoolClose(pool);
 }
 
+// Creates a thousand folders, one below the other, and a file in the deepest.
+void MakeDeepTree(std::string path)
+{
+    constexpr std::size_t kLongestPath = 2000; // bytes
+    while (path.size() < kLongestPath)
+        ASSERT_EQ(mkdir((path += "/d").c_str(), 0700), 0) << path.size();
+    std::ofstream(path + "/f") << "content";
+}
+
+void UseArchives(const TempFolder& folder)
+{
+    const qx::String tree = folder.Path(L"tree");
+    ASSERT_TRUE(CreateDirectoryW(tree, nullptr));
+    MakeDeepTree(tree.NarrowText());
+    const qx::String path = folder.Path(L"deep.zip");
+    const HZIPFILE zip = UtilZIPCreate(path.Text(), nullptr);
+    EXPECT_EQ(QxZIPAppendList(zip, tree.Text(), nullptr, QXUT_ZIP_SUBFOLDERS), QXUT_ZIP_OK);
+    EXPECT_EQ(UtilZIPClose(zip), QXUT_ZIP_OK);
+    std::filesystem::remove_all(tree.NarrowText());
+    EXPECT_EQ(QxExtractZip(path.Text(), tree.Text(), 0, nullptr, nullptr, nullptr), QXUT_EXTRACT_OK);
+    std::size_t depth = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(tree.NarrowText()))
+        depth += entry.is_directory() || entry.file_size() == sizeof "content" - 1;
+    EXPECT_GT(depth, 900u);
+    std::filesystem::remove_all(tree.NarrowText());
+}
+
 TEST(SmallStacks, Of256Kilobytes)
 {
     const TempFolder folder;
@@ -139,6 +170,7 @@ TEST(SmallStacks, Of256Kilobytes)
         [&]
         {
             UseProfiles(folder);
+            UseArchives(folder);
             UseMarkup();
             UsePatterns();
             UseVariants();

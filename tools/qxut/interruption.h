@@ -12,8 +12,9 @@ namespace qxut
 class Interruption
 {
 public:
-    // Without `cleanUp`, an interruption is only recorded: see ExitCode. With it, the function is called on another
-    // thread, and then the program exits with that code.
+    // With `cleanUp`, the function is called on another thread, and then the program exits. Further signals are ignored
+    // meanwhile, so that they can't leave anything behind; the function must therefore not take long. Without it, the
+    // first signal is only recorded (see ExitCode), and a second one exits.
     explicit Interruption(std::function<void()> cleanUp = {});
     Interruption(const Interruption&) = delete;
     Interruption& operator=(const Interruption&) = delete;

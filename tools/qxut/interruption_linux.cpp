@@ -60,14 +60,12 @@ struct Interruption::State
             signalfd_siginfo info{};
             if (read(signals, &info, sizeof info) != sizeof info)
                 continue;
-            // A second signal ends the program immediately, in case the interrupted work takes too long.
-            if (const int code = 128 + static_cast<int>(info.ssi_signo); exitCode.exchange(code) != 0)
-                _exit(code);
+            const bool isSecond = exitCode.exchange(128 + static_cast<int>(info.ssi_signo)) != 0;
+            if (!cleanUp && !isSecond)
+                continue;
             if (cleanUp)
-            {
                 cleanUp();
-                std::exit(exitCode);
-            }
+            std::exit(exitCode); // also deletes the library's unfinished and temporary files
         }
     }
 };

@@ -39,13 +39,14 @@ Interruption::Interruption(std::function<void()> cleanUp) : _state(std::make_uni
     _state->cleanUp = std::move(cleanUp);
     handle = [state = _state.get()](int code)
     {
-        if (state->exitCode.exchange(code) != 0)
-            TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
+        // Each signal has a thread of its own.
+        const bool isSecond = state->exitCode.exchange(code) != 0;
+        if (state->cleanUp && isSecond)
+            return;
         if (state->cleanUp)
-        {
             state->cleanUp();
+        if (state->cleanUp || isSecond)
             ExitProcess(static_cast<UINT>(code));
-        }
     };
     current = this;
     SetConsoleCtrlHandler(OnControl, TRUE);

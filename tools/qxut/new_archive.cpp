@@ -7,6 +7,7 @@
 #include <qxut23/bstr.h>
 #include <qxut23/errors.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <random>
@@ -42,17 +43,32 @@ unsigned long ProcessOfPart(const std::string& name, const std::string& archive)
     return std::strtoul(middle.c_str(), nullptr, 10);
 }
 
+fs::path FolderOf(const fs::path& archive)
+{
+    return archive.has_parent_path() ? archive.parent_path() : fs::path(".");
+}
+
+// The process id alone proves nothing: the process may run in another container, or the id may have a new owner.
+bool IsStale(const fs::path& part, unsigned long process)
+{
+    constexpr std::chrono::seconds kToOpen(10); // a process that has just created the file may not have locked it yet
+    std::error_code error;
+    if (!fs::is_regular_file(fs::symlink_status(part, error)) || IsInUse(part.string()))
+        return false;
+    const auto written = fs::last_write_time(part, error);
+    return !IsProcessAlive(process) || (!error && written + kToOpen < fs::file_time_type::clock::now());
+}
+
 // Removes the temporary files of processes that were killed.
 void RemoveStaleParts(const fs::path& archive)
 {
     const std::string name = Utf8Name(archive);
-    const fs::path folder = archive.has_parent_path() ? archive.parent_path() : fs::path(".");
     std::error_code error;
-    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
+    for (fs::directory_iterator entry(FolderOf(archive), error), end; !error && entry != end; entry.increment(error))
     {
         const unsigned long process = ProcessOfPart(Utf8Name(entry->path()), name);
         std::error_code ignored;
-        if (process != 0 && fs::is_regular_file(entry->symlink_status(ignored)) && !IsProcessAlive(process))
+        if (process != 0 && IsStale(entry->path(), process))
             fs::remove(entry->path(), ignored);
     }
 }
@@ -83,23 +99,32 @@ std::string LibraryErrorText(const std::string& otherwise)
     return result;
 }
 
-NewArchive::NewArchive(const std::string& path, const std::string& comment)
-    : _path(path),
-      _partPath(NewPartPath(path)),
-      _zip(UtilZIPCreate(WideText(LibraryPath(_partPath)), WideText(comment)))
+bool IsPartOf(const fs::path& file, const std::string& archive)
 {
-    if (_zip == nullptr)
-        throw Failure(kCannotWrite, path + ": cannot create the archive");
+    const fs::path path = fs::u8path(archive);
+    std::error_code error;
+    return ProcessOfPart(Utf8Name(file), Utf8Name(path)) != 0 && fs::equivalent(FolderOf(file), FolderOf(path), error);
+}
+
+NewArchive::NewArchive(const std::string& path) : _path(path), _partPath(NewPartPath(path))
+{
+    std::error_code error;
+    const fs::file_status status = fs::status(fs::u8path(path), error);
+    if (fs::exists(status) && !fs::is_regular_file(status)) // it would be replaced, even /dev/null
+        throw Failure(kCannotWrite, path + ": is not a file");
 }
 
 NewArchive::~NewArchive()
 {
+    Discard();
+}
+
+void NewArchive::Create(const std::string& comment)
+{
     const std::lock_guard guard(_ending);
-    if (_isWhole)
-        return;
-    UtilZIPClose(_zip);
-    std::error_code ignored;
-    fs::remove(fs::u8path(_partPath), ignored);
+    _zip = UtilZIPCreate(WideText(LibraryPath(_partPath)), WideText(comment));
+    if (_zip == nullptr)
+        throw Failure(kCannotWrite, _path + ": cannot create the archive");
 }
 
 void NewArchive::Append(const std::string& file, const std::string& name, std::uint32_t flags)
@@ -114,14 +139,23 @@ void NewArchive::Append(const std::string& file, const std::string& name, std::u
 
 void NewArchive::Close()
 {
-    const std::lock_guard guard(_ending);
     const std::int32_t result = UtilZIPClose(std::exchange(_zip, nullptr));
+    const std::lock_guard guard(_ending);
     std::error_code error;
     if (result == QXUT_ZIP_OK)
         fs::rename(fs::u8path(_partPath), fs::u8path(_path), error);
     _isWhole = result == QXUT_ZIP_OK && !error;
     if (!_isWhole)
         throw Failure(kCannotWrite, _path + ": cannot write the archive, or it has too many entries or is too large");
+}
+
+void NewArchive::Discard()
+{
+    UtilZIPClose(std::exchange(_zip, nullptr));
+    const std::lock_guard guard(_ending);
+    std::error_code ignored;
+    if (!_isWhole)
+        fs::remove(fs::u8path(_partPath), ignored);
 }
 
 void NewArchive::Abandon()

@@ -11,6 +11,10 @@ unsigned long ProcessId();
 // Also returns true if the state of the process can't be determined.
 bool IsProcessAlive(unsigned long id);
 
+// Returns true if a process has the file open through the library. Unlike its process id, that can be determined even
+// if the process runs in another container.
+bool IsInUse(const std::string& path);
+
 // Converts a path of the system to the form that the library expects. On linux a backslash is an ordinary character of
 // a name, which the library represents by U+F05C.
 std::string LibraryPath(std::string path);

@@ -57,12 +57,19 @@ std::string Count(std::size_t count, const char* one, const char* many)
 
 // ---- create
 
+enum class SourceKind
+{
+    File,
+    Link,
+    Folder // without contents
+};
+
 struct Source
 {
     fs::path path;
     std::string name; // in the archive
     std::uint64_t size = 0;
-    bool isLink = false;
+    SourceKind kind = SourceKind::File;
     bool staysInside = false; // a link whose target is inside the folder on the command line
 };
 
@@ -95,7 +102,7 @@ void AddLink(Sources& sources, const fs::path& path, const fs::path& relative, c
     const fs::path target = fs::read_symlink(path, error);
     const fs::path end = (relative.parent_path() / target).lexically_normal();
     const bool staysInside = !error && target.is_relative() && !end.empty() && *end.begin() != "..";
-    sources.files.push_back({path, Utf8Path(name), 0, true, staysInside});
+    sources.files.push_back({path, Utf8Path(name), 0, SourceKind::Link, staysInside});
 }
 
 // Rejects the archive itself as a source, and duplicate names: readers would see only one of the entries.
@@ -113,31 +120,50 @@ void CheckSources(const std::vector<Source>& sources, const fs::path& archive)
     }
 }
 
-// Adds the files of a folder sorted by name, so that the same folder produces the same archive.
-void AddFolder(Sources& sources, const fs::path& folder, bool withLinks)
+// Folders have entries only if nothing is stored below them: other programs create the folders of files anyway.
+void AddEmptyFolders(Sources& sources, std::vector<fs::path> folders, const fs::path& top, std::size_t firstSource)
 {
-    std::vector<std::pair<fs::path, bool>> files;
-    for (const auto& entry : fs::recursive_directory_iterator(folder))
-        if (entry.is_symlink())
-        {
-            if (withLinks)
-                files.emplace_back(entry.path(), true);
-        }
-        else if (entry.is_regular_file())
-            files.emplace_back(entry.path(), false);
-        else if (!entry.is_directory())
-            sources.leftOut.push_back(Utf8Path(entry.path()) + ": is a pipe or a device, and is not in the archive");
-    std::sort(files.begin(), files.end());
-    const fs::path name = NameOf(folder);
-    for (const auto& [file, isLink] : files)
+    std::set<fs::path> parents;
+    for (std::size_t i = firstSource; i < sources.files.size(); ++i)
+        parents.insert(sources.files[i].path.parent_path());
+    std::sort(folders.rbegin(), folders.rend()); // subfolders before their parents
+    for (const fs::path& folder : folders)
     {
+        const fs::path name = (NameOf(top) / folder.lexically_relative(top)).lexically_normal();
+        const fs::path stored = name.has_filename() ? name : name.parent_path();
+        if (!parents.contains(folder) && stored != ".")
+            sources.files.push_back({folder, Utf8Path(stored), 0, SourceKind::Folder});
+        parents.insert(folder.parent_path());
+    }
+}
+
+// Adds the contents of a folder sorted by path, so that the same folder produces the same archive.
+void AddFolder(Sources& sources, const fs::path& path, const ZipOptions& options)
+{
+    const fs::path folder = path.has_filename() ? path : path.parent_path(); // without a trailing separator
+    const std::size_t firstSource = sources.files.size();
+    const fs::path name = NameOf(folder);
+    std::vector<fs::path> folders{folder};
+    for (const auto& entry : fs::recursive_directory_iterator(folder))
+    {
+        const fs::path& file = entry.path();
         const fs::path relative = file.lexically_relative(folder);
         const fs::path stored = (name / relative).lexically_normal();
-        if (isLink)
-            AddLink(sources, file, relative, stored);
-        else
+        if (entry.is_symlink())
+        {
+            if (!options.noLinks)
+                AddLink(sources, file, relative, stored);
+        }
+        else if (entry.is_directory())
+            folders.push_back(file);
+        else if (!entry.is_regular_file())
+            sources.leftOut.push_back(Utf8Path(file) + ": is a pipe or a device, and is not in the archive");
+        else if (!IsPartOf(file, options.archive))
             AddSource(sources, file, stored);
     }
+    AddEmptyFolders(sources, std::move(folders), folder, firstSource);
+    std::sort(sources.files.begin() + static_cast<std::ptrdiff_t>(firstSource), sources.files.end(),
+        [](const Source& a, const Source& b) { return a.path < b.path; });
 }
 
 Sources FindSources(const ZipOptions& options)
@@ -148,7 +174,7 @@ Sources FindSources(const ZipOptions& options)
         const fs::path path = fs::u8path(text);
         std::error_code error;
         if (fs::is_directory(path, error))
-            AddFolder(sources, path, !options.noLinks);
+            AddFolder(sources, path, options);
         else if (fs::is_regular_file(path, error))
             AddSource(sources, path, NameOf(path));
         else
@@ -172,30 +198,29 @@ void Append(NewArchive& archive, const Source& source, std::vector<std::string>&
     const bool isFile = fs::is_regular_file(source.path, error);
     try
     {
-        archive.Append(Utf8Path(source.path), source.name, QXUT_ZIP_MODES | (source.staysInside ? QXUT_ZIP_LINKS : 0));
+        archive.Append(Utf8Path(source.path), source.name,
+            QXUT_ZIP_MODES | (source.staysInside ? QXUT_ZIP_LINKS : 0) |
+                (source.kind == SourceKind::Folder ? QXUT_ZIP_FOLDER : 0));
     }
     catch (const Failure&)
     {
-        if (!source.isLink || isFile)
+        if (source.kind != SourceKind::Link || isFile)
             throw;
         leftOut.push_back(
             Utf8Path(source.path) + ": is a link that leads to no file in the archive, and is not in the archive");
     }
 }
 
-void Create(const ZipOptions& options)
+// Writes the archive. If that fails, the unfinished archive is removed before the signals are restored.
+void Write(NewArchive& archive, const ZipOptions& options, const Sources& sources, std::uint64_t total,
+    std::vector<std::string>& leftOut)
 {
-    const Sources sources = FindSources(options);
-    CheckSources(sources.files, fs::u8path(options.archive));
-    std::vector<std::string> leftOut = sources.leftOut;
-    std::uint64_t total = 0;
-    for (const Source& source : sources.files)
-        total += source.size;
-    NewArchive archive(options.archive, options.comment);
+    const Interruption interruption([&] { archive.Abandon(); });
+    try
     {
-        const Interruption interruption([&] { archive.Abandon(); });
         ProgressBar bar(total);
         std::uint64_t done = 0;
+        archive.Create(options.comment);
         for (const Source& source : sources.files)
         {
             bar.Set(done, source.name);
@@ -205,8 +230,28 @@ void Create(const ZipOptions& options)
         bar.Set(total, options.archive);
         archive.Close();
     }
+    catch (...)
+    {
+        archive.Discard();
+        throw;
+    }
+}
+
+void Create(const ZipOptions& options)
+{
+    const Sources sources = FindSources(options);
+    CheckSources(sources.files, fs::u8path(options.archive));
+    std::vector<std::string> leftOut = sources.leftOut;
+    std::uint64_t total = 0;
+    std::size_t count = 0;
+    for (const Source& source : sources.files)
+    {
+        total += source.size;
+        count += source.kind != SourceKind::Folder;
+    }
+    NewArchive archive(options.archive);
+    Write(archive, options, sources, total, leftOut);
     FailIfAny(kCannotRead, leftOut);
-    const std::size_t count = sources.files.size();
     const auto size = static_cast<std::uint64_t>(fs::file_size(fs::u8path(options.archive)));
     if (options.asJson)
         std::cout << JsonText({{"archive", options.archive}, {"files", count}, {"bytes", total}, {"size", size}})
@@ -363,7 +408,7 @@ void AddZipCommands(CLI::App& program)
 
     CLI::App& create =
         AddCommand(zip, "create", "create an archive from files and folders with all their files", options, Create);
-    create.add_option("PATH", options->paths, "the files and folders; empty folders are skipped")->required();
+    create.add_option("PATH", options->paths, "the files and folders")->required();
     create.add_option("--comment", options->comment, "the comment of the archive");
     create.add_flag("--no-links", options->noLinks, "leave links out");
     create.footer(

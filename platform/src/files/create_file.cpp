@@ -133,9 +133,13 @@ Opened OpenFor(const Place& place, const Request& request, int creationFlags)
         opened.canRead = false;
         opened.descriptor = Descriptor(OpenDescriptor(place, request, flags | O_WRONLY));
     }
-    // To delete a file, the rights on its folder suffice.
-    if (!opened.descriptor && errno == EACCES && place.folder && !needsWriting && !request.Reads())
-        opened.descriptor = Descriptor(OpenBeneath(place.Folder(), place.path, O_PATH, 0));
+    // To delete a file or change its attributes, rights on its folder or its ownership suffice.
+    if (!opened.descriptor && errno == EACCES && !needsWriting && !request.Reads())
+    {
+        const int pathFlags = O_PATH | O_CLOEXEC | (request.OpensLink() ? O_NOFOLLOW : 0);
+        opened.descriptor = Descriptor(
+            place.folder ? OpenBeneath(place.Folder(), place.path, pathFlags, 0) : open(place.path.c_str(), pathFlags));
+    }
     return opened;
 }
 
@@ -274,6 +278,9 @@ DWORD OpenHandle(const Place& place, Request& request, HANDLE& handle, bool& isN
         request.access |= DELETE;
     if (const DWORD error = CheckRequest(request); error != ERROR_SUCCESS)
         return error;
+    const DeletedFileOpening opening(request.Has(FILE_FLAG_DELETE_ON_CLOSE));
+    if (!opening.IsAllowed())
+        return ERROR_NO_SYSTEM_RESOURCES;
     Opened opened;
     struct stat info
     {

@@ -5,7 +5,9 @@
 #include "base/handle_table.h"
 #include "files/metadata.h"
 
+#include <atomic>
 #include <climits>
+#include <utility>
 
 #include <fcntl.h>
 
@@ -14,11 +16,19 @@ namespace qxplatform
 namespace
 {
 
-// Handles open at process end are closed then, and files to be deleted on close are deleted.
+// Held while a file that is deleted on close is opened.
+Mutex openingLock;
+// Set before the end of the process takes the lock, so that threads which open files all the time can't keep it away.
+std::atomic<bool> isEnding = false;
+
+// Handles open at process end are closed then, and files to be deleted on close are deleted. Other threads still run.
 struct AtExit
 {
     ~AtExit()
     {
+        isEnding = true;
+        openingLock.lock(); // waits for the file that another thread is opening
+        openingLock.unlock();
         ForEachObject(
             [](Object& object)
             {
@@ -41,6 +51,19 @@ bool IsSameFile(int descriptor, int folder, const char* path)
 }
 
 } // namespace
+
+DeletedFileOpening::DeletedFileOpening(bool isDeletedOnClose) : _isLocked(isDeletedOnClose && !isEnding)
+{
+    if (_isLocked)
+        openingLock.lock();
+    _isAllowed = !isDeletedOnClose || !isEnding;
+}
+
+DeletedFileOpening::~DeletedFileOpening()
+{
+    if (_isLocked)
+        openingLock.unlock();
+}
 
 FileObject::FileObject(Descriptor descriptor, const Options& options)
     : Object(kObjectType),

@@ -61,4 +61,23 @@ private:
     bool _isDeleted = false;
 };
 
+// Exists while a file that is deleted on close is created and its object enters the handle table. The end of the
+// process waits for that; otherwise it would miss a file that another thread is just creating, and the file would
+// remain.
+class DeletedFileOpening
+{
+public:
+    explicit DeletedFileOpening(bool isDeletedOnClose);
+    DeletedFileOpening(const DeletedFileOpening&) = delete;
+    DeletedFileOpening& operator=(const DeletedFileOpening&) = delete;
+    ~DeletedFileOpening();
+
+    // Returns false if the process is ending and has already deleted such files.
+    bool IsAllowed() const { return _isAllowed; }
+
+private:
+    const bool _isLocked;
+    bool _isAllowed = false;
+};
+
 } // namespace qxplatform

@@ -175,6 +175,21 @@ NTSTATUS NTAPI NtQueryInformationFile(HANDLE FileHandle, PIO_STATUS_BLOCK IoStat
     return 0;
 }
 
+NTSTATUS NTAPI NtSetEaFile(HANDLE FileHandle, PIO_STATUS_BLOCK IoStatusBlock, PVOID Buffer, ULONG Length)
+{
+    std::optional<mode_t> mode;
+    if (!ReadMode(Buffer, Length, mode) || !mode)
+        return StatusOf(ERROR_EAS_NOT_SUPPORTED);
+    const Ref<FileObject> file = LookUp<FileObject>(FileHandle, FILE_WRITE_EA);
+    if (!file)
+        return StatusOf(GetLastError());
+    // By the path of the descriptor, because the descriptor itself may have been opened for attributes only.
+    if (chmod(PathOfDescriptor(file->descriptor()).c_str(), *mode) != 0)
+        return StatusOf(ErrorFromErrno(errno));
+    *IoStatusBlock = {{0}, 0};
+    return 0;
+}
+
 ULONG NTAPI RtlNtStatusToDosError(NTSTATUS Status)
 {
     constexpr ULONG kUnknown = 317; // ERROR_MR_MID_NOT_FOUND

@@ -8,6 +8,7 @@
 #include "modules/loaded_modules.h"
 
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <mutex>
@@ -78,6 +79,9 @@ std::vector<std::string> PlacesOf(std::u16string_view name)
 bool IsImage(const std::string& path)
 {
     char magic[4] = {};
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) // opening a pipe would block
+        return false;
     std::ifstream(path, std::ios::binary).read(magic, sizeof magic);
     return std::memcmp(magic, "\177ELF", sizeof magic) == 0;
 }

@@ -132,7 +132,8 @@ bool HiveFile::Keep(const std::string& path, Descriptor file)
 }
 
 HiveLock::HiveLock(const std::string& path)
-    : _file(open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH)),
+    // Without O_NONBLOCK, opening would block if a pipe is in the file's place.
+    : _file(open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH)),
       _status(ERROR_SUCCESS)
 {
     if (!_file || !Lock(_file.Get(), LOCK_EX))

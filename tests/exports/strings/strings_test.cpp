@@ -167,7 +167,9 @@ TEST(StringExportsTest, SafeSprintfCutsAndTerminates)
 TEST(StringExportsTest, SafeSprintfWritesNoCounts)
 {
     const QXWCHAR* formats[] = {L"[%n%s %d]", L"[%hn%s %d]", L"[%ln%s %d]", L"[%lln%s %d]", L"[%I64n%s %d]",
-        L"[%In%s %d]", L"[%-5n%s %d]", L"[%.3n%s %d]", L"[%wn%s %d]", L"[%hhn%s %d]"};
+        L"[%In%s %d]", L"[%-5n%s %d]", L"[%.3n%s %d]", L"[%wn%s %d]", L"[%hhn%s %d]", L"[%Fn%s %d]", L"[%Nn%s %d]",
+        L"[%Ln%s %d]", L"[%jn%s %d]", L"[%tn%s %d]", L"[%zn%s %d]", L"[%I32n%s %d]", L"[%-05.3Fhn%s %d]",
+        L"[%hFn%s %d]", L"[%NLn%s %d]"};
     for (const QXWCHAR* format : formats)
     {
         long long count = 0x5555555555555555;

@@ -2,6 +2,7 @@
 program."""
 
 import contextlib
+import fcntl
 import json
 import os
 import pathlib
@@ -12,6 +13,7 @@ import sys
 import time
 import unittest
 import zipfile
+import zlib
 
 import commands
 
@@ -25,6 +27,7 @@ FILES = {
     # More than one block of the compressor, partly incompressible.
     "sub/large": random.Random(1).randbytes(1_200_000) + b"packs well" * 100_000 + random.Random(2).randbytes(300_000),
 }
+ON_WINDOWS = len(commands.COMMAND) > 1  # under a wrapper
 # Commands that test an archive given as the last argument.
 TESTERS = [["unzip", "-tqq"], ["7zz", "t"], ["bsdtar", "-tf"], [sys.executable, "-m", "zipfile", "-t"]]
 
@@ -69,6 +72,42 @@ class ZipCommands(commands.CommandTest):
         self.assertIn("has the same name", self.qxut("create", "x.zip", "tree", "tree", code=3, cwd=self.folder))
         self.assertEqual(pathlib.Path(self.archive).read_bytes(), before)
         self.assertEqual(sorted(path.name for path in self.folder.iterdir()), ["tree", "x.zip"])
+
+    def test_unicode_paths(self):
+        def field(name, path):
+            content = b"\x01" + zlib.crc32(name.encode()).to_bytes(4, "little") + path.encode()
+            return b"up" + len(content).to_bytes(2, "little") + content
+        with zipfile.ZipFile(self.archive, "w") as archive:
+            for name, extra in (("Gr__e.txt", field("Gr__e.txt", "Gr\u00f6\u00dfe.txt")),
+                                ("renamed.txt", field("old.txt", "\u65e5.txt")), ("plain.txt", b"")):
+                info = zipfile.ZipInfo(name)
+                info.extra, info.create_system = extra, 3
+                archive.writestr(info, name)
+        expected = {"Gr\u00f6\u00dfe.txt": b"Gr__e.txt", "renamed.txt": b"renamed.txt", "plain.txt": b"plain.txt"}
+        self.qxut("extract", self.archive, self.folder / "out")
+        self.assertEqual(self.files_below(self.folder / "out"), expected)
+        self.assertEqual({entry["name"] for entry in json.loads(self.qxut("list", self.archive, "--json"))},
+                         set(expected))
+        # unzip reports the field whose checksum doesn't fit with code 1.
+        done = subprocess.run(["unzip", "-q", self.archive, "-d", self.folder / "unzip"], capture_output=True,
+                              env=dict(os.environ, LC_ALL="C.UTF-8"))
+        self.assertLessEqual(done.returncode, 1, done)
+        self.assertEqual(self.files_below(self.folder / "unzip"), expected)
+
+    def test_empty_folders(self):
+        for name in ("tree/empty", "tree/a/b/c", "alone"):
+            (self.folder / name).mkdir(parents=True)
+        told = json.loads(self.qxut("create", self.archive, "tree/", "alone", "--json", cwd=self.folder))
+        self.assertEqual(told["files"], len(FILES))
+        entries = [entry for entry in zipfile.ZipFile(self.archive).infolist() if entry.is_dir()]
+        self.assertEqual([entry.filename for entry in entries], ["tree/a/b/c/", "tree/empty/", "alone/"])
+        mode = (self.folder / "alone").stat().st_mode
+        self.assertTrue(ON_WINDOWS or entries[2].external_attr >> 16 == mode, oct(mode))
+        self.qxut("extract", self.archive, self.folder / "out")
+        for name in ("tree/empty", "tree/a/b/c", "alone"):
+            self.assertEqual(list((self.folder / "out" / name).iterdir()), [])
+        self.qxut("create", self.archive, ".", cwd=self.folder / "alone")
+        self.assertEqual(zipfile.ZipFile(self.archive).namelist(), [])
 
     def test_other_programs_read_our_archives(self):
         # These programs decode names in code page 437 only on Windows; Python and qxut do so everywhere.
@@ -149,9 +188,6 @@ class ZipCommands(commands.CommandTest):
             self.assertTrue(shown.endswith("\r\x1b[K"), "the line is empty at the end")
 
 
-ON_WINDOWS = len(commands.COMMAND) > 1  # under a wrapper
-
-
 @unittest.skipIf(ON_WINDOWS, "files have no modes, links and pipes there")
 class PosixArchives(commands.CommandTest):
     def setUp(self):
@@ -165,8 +201,10 @@ class PosixArchives(commands.CommandTest):
         return self.run_qxut("zip", *map(str, arguments), **options).decode()
 
     def start(self, *arguments):
+        # A shell starts programs in the background with SIGINT ignored, and qxut leaves it so.
         return subprocess.Popen([*commands.COMMAND, "zip", *map(str, arguments)], stdout=subprocess.DEVNULL,
-                                stderr=subprocess.PIPE, env=dict(os.environ, TMPDIR=str(self.temp)))
+                                stderr=subprocess.PIPE, env=dict(os.environ, TMPDIR=str(self.temp)),
+                                preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
 
     def test_names_modes_and_links_come_back(self):
         tree = self.folder / "tree"
@@ -263,18 +301,37 @@ class PosixArchives(commands.CommandTest):
                 self.assertFalse(self.out.exists() and any(self.out.iterdir()))
         self.assertTrue(self.archive.read_bytes() == before)
 
+    def test_a_second_signal_leaves_nothing_either(self):
+        large = self.folder / "large"
+        large.write_bytes(random.Random(1).randbytes(1 << 20) * 120)
+        self.qxut("create", self.archive, large)
+        for arguments in (("create", self.archive, large), ("extract", self.archive, self.out)):
+            program = self.start(*arguments)
+            while not (any(self.out.glob("*")) if arguments[0] == "extract" else any(self.temp.rglob("_23_*"))):
+                self.assertIsNone(program.poll())
+                time.sleep(0.01)
+            for number in (signal.SIGINT, signal.SIGTERM, signal.SIGINT):
+                program.send_signal(number)
+            self.assertIn(program.wait(20), (130, 143), program.stderr.read())
+            program.stderr.close()
+            self.assertEqual({path for path in self.folder.rglob("*") if path.is_file()}, {self.archive, large})
+
     def test_what_a_killed_process_left_is_removed(self):
         source = self.folder / "source"
         source.write_bytes(b"x")
         dead = subprocess.Popen(["true"])
         dead.wait()
-        stale = self.folder / f"x.zip.{dead.pid}-1.part"
-        alive = self.folder / f"x.zip.{os.getpid()}-1.part"
-        for path in (stale, alive, self.folder / "x.zip.part"):
+        names = {name: self.folder / f"x.zip.{pid}-{number}.part" for number, (name, pid) in enumerate(
+            (("stale", dead.pid), ("locked", dead.pid), ("new", os.getpid()), ("old", os.getpid())))}
+        for path in (*names.values(), self.folder / "x.zip.part"):
             path.write_text("")
-        self.qxut("create", self.archive, source)
-        self.assertFalse(stale.exists())
-        self.assertTrue(alive.exists() and (self.folder / "x.zip.part").exists())
+        os.utime(names["old"], (1, 1))
+        with open(names["locked"], "r+b") as locked:  # as by a process in another container
+            fcntl.lockf(locked, fcntl.LOCK_EX)
+            self.qxut("create", self.archive, ".", cwd=self.folder)
+        self.assertEqual({name for name, path in names.items() if path.exists()}, {"locked", "new"})
+        with zipfile.ZipFile(self.archive) as archive:
+            self.assertEqual(archive.namelist(), ["source", "temp/", "x.zip.part"])
 
     def test_pipes_and_devices(self):
         pipe = self.folder / "tree/pipe"
@@ -283,6 +340,9 @@ class PosixArchives(commands.CommandTest):
         for command in (("list", pipe), ("extract", pipe, self.out), ("create", self.archive, pipe)):
             self.assertRegex(self.qxut(*command, code=3), "is (a pipe or a device|not a file)")
         self.assertIn("tree/pipe: is a pipe", self.qxut("create", self.archive, "tree", code=3, cwd=self.folder))
+        for target in (pipe, "/dev/null", self.folder):
+            self.assertIn("is not a file", self.qxut("create", target, __file__, code=6))
+        self.assertTrue(pipe.is_fifo())
         with zipfile.ZipFile(self.archive, "w") as archive:
             archive.writestr("pipe", "content")
             archive.writestr("name", "new")

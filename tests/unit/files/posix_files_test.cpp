@@ -12,6 +12,7 @@
 
 #include <filesystem>
 
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,6 +22,8 @@ namespace fs = std::filesystem;
 
 namespace
 {
+
+constexpr uid_t kNobody = 65534;
 
 const OwnTempFolder& posixTemp = TempFolderOfTests();
 
@@ -111,6 +114,22 @@ TEST(TempFiles, AreForTheirUserAlone)
     EXPECT_EQ(ModeOf(name), 0600u);
     EXPECT_EQ(ModeOf(GetTempSubfolder()), 0700u);
     EXPECT_TRUE(DeleteFileW(name));
+    // An older version made the folder and the activity file readable, and a link may be in the file's place.
+    chmod(NativePath(GetTempSubfolder()).c_str(), 0757);
+    EXPECT_TRUE(DeleteFileW(MakeTempFile(L"trelmo", L"x", L"tmp", nullptr)));
+    EXPECT_EQ(ModeOf(GetTempSubfolder()), 0700u);
+    const String activity = GetTempSubfolder() + L"/activity";
+    for (const mode_t old : {0000, 0644})
+    {
+        chmod(NativePath(activity).c_str(), old);
+        clsGenericHandleObjectAutoRelease(OpenActivityFile(L"activity"), true);
+        EXPECT_EQ(ModeOf(activity), 0600u);
+    }
+    fs::remove(NativePath(activity));
+    fs::create_symlink("../target", NativePath(activity));
+    EXPECT_EQ(OpenActivityFile(L"activity"), INVALID_HANDLE_VALUE);
+    EXPECT_FALSE(Exists(posixTemp.Path(L"target")));
+    fs::remove(NativePath(activity));
     for (const auto& [prefix, extension] :
         {std::pair(L"../x", L"tmp"), {L"x", L"/../../y"}, {L"a\\b", L""}, {L"x", L"a:b"}})
         EXPECT_STREQ(MakeTempFile(L"trelmo", prefix, extension, nullptr).Text(), L"");
@@ -135,6 +154,16 @@ TEST(TempFiles, RemovalAndSweepTouchNoTargetsAndWaitForNoPipes)
     EXPECT_EQ(RemoveFile(own.Path(L"link")), Removal::Removed);
     EXPECT_EQ(ModeOf(target), 0444u);
     EXPECT_EQ(RemoveFile(target), Removal::Removed) << "read-only files go";
+    // A file that its owner may neither read nor write. For root, these rights are not checked.
+    const uid_t self = geteuid();
+    const String closed = own.Make(L"closed", "");
+    for (const String& path : {own.Path(), closed})
+        ASSERT_EQ(chown(NativePath(path).c_str(), self == 0 ? kNobody : self, static_cast<gid_t>(-1)), 0);
+    chmod(NativePath(closed).c_str(), 0000);
+    ASSERT_EQ(seteuid(self == 0 ? kNobody : self), 0);
+    prctl(PR_SET_DUMPABLE, 1); // otherwise the process can't use its own descriptors by path after the change
+    EXPECT_EQ(RemoveFile(closed), Removal::Removed);
+    ASSERT_EQ(seteuid(self), 0);
     MakePipe(own.Path(L"_23_pipe"));
     FILETIME later;
     GetSystemTimeAsFileTime(&later);

@@ -7,6 +7,7 @@
 #include "support/zip_builder.h"
 #include "zip/exception.h"
 #include "zip/member_name.h"
+#include "zip/unzipper.h"
 #include "zip/zip_file.h"
 
 #include <gtest/gtest.h>
@@ -250,6 +251,12 @@ TEST(Unzipper, ModesAndLinks)
     for (const char* name : {"out", "a/out", "top", "a/b/twice"})
         EXPECT_FALSE(fs::exists(fs::symlink_status(root / name))) << name;
     EXPECT_TRUE(fs::is_directory(fs::symlink_status(root / "sub"))) << "a link isn't made in the place of a folder";
+
+    // Links in front of a damaged part of the directory.
+    std::string bytes = Build({link("early", "run"), BuiltMember("last", "x")});
+    bytes[bytes.rfind("PK\1\2")] = 'X';
+    EXPECT_EQ(place.Extract(bytes), "The directory of the zip file is damaged");
+    EXPECT_EQ(fs::read_symlink(root / "early"), "run");
     place.ExpectNothingOutside();
 }
 
@@ -298,6 +305,20 @@ TEST(Unzipper, OddArchives)
     EXPECT_EQ(place.Extracted(), (Tree{{"a", "1"}, {"b", "2"}}));
     EXPECT_EQ(place.Extract("a program that unpacks itself" + Build({BuiltMember("c", "3")})), "");
     EXPECT_EQ(place.Extracted()["c"], "3");
+}
+
+// The rest of the archive doesn't count as data of the member.
+TEST(Unzipper, NoMoreThanTheSizeIsPassed)
+{
+    const TempFolder folder;
+    BuiltMember member("m", std::string(100'000, 'x'));
+    member.central.uncompressedSize = 10;
+    Unzipper unzipper(folder.Make(L"x.zip", Build({member, BuiltMember("rest", std::string(5'000'000, 'y'), 0)})));
+    std::size_t passed = 0;
+    ASSERT_TRUE(unzipper.First());
+    EXPECT_THROW(unzipper.CopyData([&](const unsigned char*, std::size_t count) { return (passed += count) > 0; }),
+        clsZIPException);
+    EXPECT_LE(passed, 10u);
 }
 
 TEST(Unzipper, NamesThatAreTaken)
@@ -352,6 +373,7 @@ TEST(Unzipper, MembersThatAreRefused)
         {damaged([](BuiltMember& m) { m.data[3] ^= 0x55; }), "The zip entry 'm' is damaged"},
         {damaged([](BuiltMember& m) { m.central.compressedSize -= 3; }), "The zip entry 'm' is damaged"},
         {damaged([](BuiltMember& m) { m.central.compressedSize += 1000; }), "The zip entry 'm' is damaged"},
+        {damaged([](BuiltMember& m) { m.Mode(0100444).central.crc ^= 1; }), "The zip entry 'm' is damaged"},
         {damaged([](BuiltMember& m) { m.central.flags |= 1; }), "The zip entry 'm' is encrypted"},
         {BuiltMember("m", "/target", 0).Mode(0120777), "The zip entry 'm' is a link, which may lead out of the folder"},
         {BuiltMember("m", "x", 1), "The zip entry 'm' is packed by method 1, which can't be unpacked"},
