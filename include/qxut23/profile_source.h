@@ -13,12 +13,13 @@ QXUT_EXTERN_C_BEGIN
 
 /* Flags of QxProfJobOpen. */
 #define QXUT_PROFILE_EXCLUSIVE 0x1u /* as ProfJobOpenExclusive */
-#define QXUT_PROFILE_ANY_SIZE 0x2u  /* no limit on the unpacked size except 2 GB */
+#define QXUT_PROFILE_ANY_SIZE 0x2u  /* no limit except 2 GB of unpacked text */
 
 /* Opens a job like ProfJobOpen, or like ProfJobOpenExclusive with QXUT_PROFILE_EXCLUSIVE. `mostUnpacked` is the largest
-   size in bytes to which a packed file may unpack; 0 means the usual limit, which is 64 times the size of the file
-   and at least 64 MB. The limit is the same for a packed file inside a packed file. A file beyond it is not read: the
-   job's error is PROF_ERR_LOCKED and its source QXUT_SOURCE_TOO_LARGE.
+   size in bytes to which a packed file may unpack, counting the text and the memory of its entries; 0 means the usual
+   limit, which is 64 times the size of the file and at least 64 MB. The limit is the same for a packed file inside a
+   packed file. A file beyond it is not read: the job is empty, its error is PROF_ERR_LOCKED and its source contains
+   QXUT_SOURCE_TOO_LARGE.
    Returns null if memory runs out or for unknown flags. */
 QXUT_API HPROFJOB QxProfJobOpen(const QXWCHAR* name, uint32_t flags, uint64_t mostUnpacked);
 
@@ -38,13 +39,16 @@ QXUT_API HPROFJOB QxProfJobOpen(const QXWCHAR* name, uint32_t flags, uint64_t mo
 #define QXUT_SOURCE_IGNORED 0x1000u
 /* A save turns XFDF fields inside other fields, or several values of one field, into fields of their own. */
 #define QXUT_SOURCE_FLATTENED 0x2000u
-/* The unpacked text exceeds the limit, or a file 2 GB, and was not read. */
+/* The unpacked profile exceeds the limit, or a file 2 GB, and was not read. */
 #define QXUT_SOURCE_TOO_LARGE 0x4000u
+/* The packed data are damaged or cut off. Only the text before the damage was read. Packed data have no checksum, so
+   this finds only damage that makes them invalid. */
+#define QXUT_SOURCE_DAMAGED 0x8000u
 /* Any of these means that a save in place would lose something. Changes of the encoding, the indentation, empty lines,
    and added braces of lists that have none don't count as losses. */
 #define QXUT_SOURCE_LOSSY                                                                                              \
     (QXUT_SOURCE_FOREIGN | QXUT_SOURCE_TRUNCATED | QXUT_SOURCE_COMMENTS | QXUT_SOURCE_IGNORED |                        \
-        QXUT_SOURCE_FLATTENED | QXUT_SOURCE_TOO_LARGE)
+        QXUT_SOURCE_FLATTENED | QXUT_SOURCE_TOO_LARGE | QXUT_SOURCE_DAMAGED)
 
 /* Returns what was found when the job was loaded. Later changes of the job have no effect. Returns 0 for an empty or
    new file, a job without a file, and the invalid job. */

@@ -12,7 +12,7 @@ static_assert(QXUT_SOURCE_FORM == kProfFormMask && QXUT_SOURCE_PACKED == kSource
               QXUT_SOURCE_FOREIGN == kSourceForeign && QXUT_SOURCE_INI == kSourceIni &&
               QXUT_SOURCE_TRUNCATED == kSourceTruncated && QXUT_SOURCE_COMMENTS == kSourceComments &&
               QXUT_SOURCE_IGNORED == kSourceIgnored && QXUT_SOURCE_FLATTENED == kSourceFlattened &&
-              QXUT_SOURCE_TOO_LARGE == kSourceTooLarge);
+              QXUT_SOURCE_TOO_LARGE == kSourceTooLarge && QXUT_SOURCE_DAMAGED == kSourceDamaged);
 
 HPROFJOB QxProfJobOpen(const QXWCHAR* name, std::uint32_t flags, std::uint64_t mostUnpacked)
 {

@@ -92,10 +92,12 @@ int InflateFailure(int code)
     return code == Z_NEED_DICT ? Z_DATA_ERROR : 0;
 }
 
-int InflateChunks(z_stream& stream, clsFile& target, clsFile& source, std::int64_t remaining, std::int64_t limit)
+int InflateChunks(
+    z_stream& stream, clsFile& target, clsFile& source, std::int64_t remaining, std::int64_t limit, DeflateEnd& end)
 {
     Chunks chunks;
     int result = 0;
+    int code;
     do
     {
         const std::uint32_t count = NextChunk(remaining);
@@ -107,7 +109,8 @@ int InflateChunks(z_stream& stream, clsFile& target, clsFile& source, std::int64
         do
         {
             chunks.OfferOutput(stream);
-            const int failure = InflateFailure(inflate(&stream, remaining == 0 ? Z_FINISH : Z_NO_FLUSH));
+            code = inflate(&stream, remaining == 0 ? Z_FINISH : Z_NO_FLUSH);
+            const int failure = InflateFailure(code);
             limit -= kChunkSize - stream.avail_out;
             if (limit < 0 || !chunks.Flush(target, stream))
                 return Z_BUF_ERROR;
@@ -115,6 +118,8 @@ int InflateChunks(z_stream& stream, clsFile& target, clsFile& source, std::int64
                 result = failure;
         } while (stream.avail_out == 0);
     } while (remaining > 0 && result == 0);
+    if (code == Z_STREAM_END)
+        end = stream.avail_in == 0 ? DeflateEnd::Exact : DeflateEnd::BeforeRest;
     return result;
 }
 
@@ -142,8 +147,11 @@ int DeflateStream(clsFile& target, clsFile& source, int mode, std::uint32_t* crc
     return result;
 }
 
-int InflateStream(clsFile& target, clsFile& source, std::int64_t size, std::int64_t limit)
+int InflateStream(clsFile& target, clsFile& source, std::int64_t size, std::int64_t limit, DeflateEnd* end)
 {
+    DeflateEnd found = DeflateEnd::Missing;
+    if (end != nullptr)
+        *end = found;
     const std::int64_t compressed = BytesToTake(source, size);
     if (compressed < 0)
         return Z_DATA_ERROR;
@@ -157,8 +165,10 @@ int InflateStream(clsFile& target, clsFile& source, std::int64_t size, std::int6
         DebugLine(L"ERR: ZLIB init error '%d'", code);
         return code;
     }
-    const StreamEnd end(&stream, inflateEnd);
-    const int result = InflateChunks(stream, target, source, compressed, limit);
+    const StreamEnd streamEnd(&stream, inflateEnd);
+    const int result = InflateChunks(stream, target, source, compressed, limit, found);
+    if (end != nullptr)
+        *end = found;
     target.SetEOF();
     return result;
 }

@@ -9,6 +9,14 @@ namespace qx
 
 class clsFile;
 
+// Where compressed data end, compared with the bytes that were to be decompressed.
+enum class DeflateEnd
+{
+    Missing, // the data are cut off or damaged
+    Exact,
+    BeforeRest // other bytes follow the data
+};
+
 // Compresses `size` bytes from the source's current position (-1: up to its end), writes them at the target's position
 // and truncates the target after them. `mode` selects level, memory use and strategy: 1 and 3 to 7 are defined, all
 // other values select zlib's defaults. If `crc` isn't null, it receives the CRC-32 of the source bytes. Returns zlib's
@@ -16,8 +24,9 @@ class clsFile;
 int DeflateStream(clsFile& target, clsFile& source, int mode, std::uint32_t* crc, std::int64_t size);
 
 // Decompresses `size` bytes of raw deflate data in the same way. Returns 0 on success, a negative value on failure. A
-// result of more than `limit` bytes is a failure too, because a few bytes can expand to a huge amount.
-int InflateStream(
-    clsFile& target, clsFile& source, std::int64_t size, std::int64_t limit = std::numeric_limits<std::int64_t>::max());
+// result of more than `limit` bytes is a failure too, because a few bytes can expand to a huge amount. Data that are cut
+// off, and bytes after the data, are no failures; `end`, if not null, receives what was found.
+int InflateStream(clsFile& target, clsFile& source, std::int64_t size,
+    std::int64_t limit = std::numeric_limits<std::int64_t>::max(), DeflateEnd* end = nullptr);
 
 } // namespace qx

@@ -1,7 +1,5 @@
 #include "files/folder.h"
 
-#include "files/path_separator.h"
-
 #include <windows.h>
 #include <winternl.h>
 
@@ -14,13 +12,6 @@ namespace
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr DWORD kAttributeBits = 0xFFFF; // the part of CreateFileW's flags that are attributes
-
-bool IsSingleName(std::wstring_view name)
-{
-    return !name.empty() && name != L"." && name != L".." &&
-           name.find_first_of(std::wstring_view(L"/\\\0", 3)) == std::wstring_view::npos &&
-           name.size() <= std::numeric_limits<USHORT>::max() / sizeof(wchar_t);
-}
 
 ULONG OptionsOf(DWORD flags, ULONG kind)
 {
@@ -58,6 +49,13 @@ clsFolder::clsFolder(const String& path)
     }
 }
 
+bool clsFolder::IsSingleName(std::wstring_view name)
+{
+    return !name.empty() && name != L"." && name != L".." &&
+           name.find_first_of(std::wstring_view(L"/\\\0", 3)) == std::wstring_view::npos &&
+           name.size() <= std::numeric_limits<USHORT>::max() / sizeof(wchar_t);
+}
+
 clsFolder& clsFolder::operator=(clsFolder&& other) noexcept
 {
     _handle.Take(other._handle.Detach(), true);
@@ -91,24 +89,6 @@ HANDLE clsFolder::Open(const String& name, const scEntryOpen& open) const
         return INVALID_HANDLE_VALUE;
     }
     return handle;
-}
-
-void clsFolder::OpenOrCreate(const String& path, bool followsLink)
-{
-    std::wstring_view rest = path.View();
-    while (EndsInPathSeparator(rest))
-        rest.remove_suffix(1);
-    const std::size_t nameAt = rest.find_last_of(L"/\\:") + 1; // 0 without a separator
-    const String name(rest.substr(nameAt));
-    const clsFolder parent{String(path.View().substr(0, nameAt))};
-    // Roots, drives and shares have no parent. They can't be replaced with a link either, so opening them by path is
-    // safe.
-    if (!IsSingleName(name.View()) || !parent.IsOpen())
-        *this = path.IsEmpty() ? clsFolder() : clsFolder(path);
-    else
-        OpenSubfolder(parent, name);
-    if (!IsOpen() && GetLastError() == kErrorIsLink && followsLink)
-        *this = clsFolder(path);
 }
 
 void clsFolder::OpenSubfolder(const clsFolder& parent, const String& name, std::optional<std::uint32_t> mode)
@@ -159,6 +139,11 @@ bool clsFolder::Remove(const String& name) const
         !ClearReadOnly(entry.Get(), attributes))
         return false;
     return SetDeletedOnClose(entry.Get(), true);
+}
+
+bool clsFolder::Contains(const String& name) const
+{
+    return clsGenericHandleObjectAutoRelease(Open(name, {0, kShareAll, FILE_OPEN, 0, 0, {}}), true).IsValid();
 }
 
 bool clsFolder::IsLink(const String& name) const

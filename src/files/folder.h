@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
 namespace qx
 {
@@ -36,10 +37,6 @@ public:
     // For queries. Stays owned by this object.
     HANDLE Handle() const { return _handle.Get(); }
 
-    // Opens a folder by its path, creating it if necessary, but not its parents. If the last component is a link, it is
-    // followed only if `followsLink` is set. The folder is closed on failure.
-    void OpenOrCreate(const String& path, bool followsLink);
-
     // Opens the folder `name` of `parent`, creating it if necessary. This object is closed on failure; the last error
     // is kErrorIsLink if the name is a link.
     void OpenSubfolder(const clsFolder& parent, const String& name, std::optional<std::uint32_t> mode = {});
@@ -59,7 +56,11 @@ public:
     // Removes an entry that isn't a folder: a file, even if it is read-only, a pipe, or a link itself.
     bool Remove(const String& name) const;
 
+    bool Contains(const String& name) const;
     bool IsLink(const String& name) const;
+
+    // Returns false for separators, "." and "..".
+    static bool IsSingleName(std::wstring_view name);
 
 private:
     // The arguments of NtCreateFile. `kind` requires a folder or forbids one; 0 accepts both.

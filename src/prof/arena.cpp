@@ -85,12 +85,19 @@ void clsProfArena::SetMergeAt()
     _mergeAt = _freeAfterMerge + std::max(kLeastMerge, (_chunkBytes - _freeBytes) / 2);
 }
 
+void clsProfArena::CheckLimit(std::size_t added) const
+{
+    if (Bytes() > _limit || added > _limit - Bytes())
+        throw clsArenaFull();
+}
+
 // Starts a new area. Chunks grow with the job, so that a small job takes little memory and a large one allocates
 // rarely.
 void clsProfArena::StartArea()
 {
     if (_runs == nullptr)
     {
+        CheckLimit(_chunkSize);
         std::unique_ptr<std::byte[]> chunk(new std::byte[_chunkSize]);
         _chunks.push_back({std::move(chunk), _chunkSize});
         KeepFree(_next, static_cast<std::size_t>(_end - _next));
@@ -183,6 +190,7 @@ void* clsProfArena::AllocateLarge(std::size_t bytes)
     {
         throw std::bad_alloc();
     }
+    CheckLimit(bytes);
     auto* block = ::new (::operator new(sizeof(LargeBlock) + bytes)) LargeBlock{&_large, _large.next};
     block->next->previous = block;
     _large.next = block;

@@ -3,11 +3,18 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
+#include <new>
 #include <vector>
 
 namespace qx
 {
+
+// The exception for an allocation beyond the limit of an arena.
+class clsArenaFull : public std::bad_alloc
+{
+};
 
 // A tree consists of very many small records (items, lists, texts), most of which live as long as their job. They are
 // cut from chunks one after another, in loading order, and are freed with the chunks when the job ends, without
@@ -22,7 +29,7 @@ public:
     clsProfArena& operator=(const clsProfArena&) = delete;
     ~clsProfArena();
 
-    // Returns a block aligned to 8 bytes. Throws std::bad_alloc.
+    // Returns a block aligned to 8 bytes. Throws std::bad_alloc, or clsArenaFull if the arena would exceed its limit.
     void* Allocate(std::size_t bytes);
     // `bytes` is the size that was passed to Allocate.
     void Release(void* block, std::size_t bytes) noexcept;
@@ -32,6 +39,10 @@ public:
 
     // Returns the memory taken from the heap, without images.
     std::size_t Bytes() const { return _chunkBytes + _largeBytes; }
+
+    // Limits Bytes() for later allocations.
+    void SetLimit(std::size_t bytes) { _limit = bytes; }
+    void RemoveLimit() { _limit = std::numeric_limits<std::size_t>::max(); }
 
 private:
     static constexpr std::size_t kUnit = 8;
@@ -65,6 +76,7 @@ private:
     };
 
     void KeepFree(std::byte* begin, std::size_t bytes) noexcept;
+    void CheckLimit(std::size_t added) const;
     void StartArea();
     void MergeFree() noexcept;
     void SetMergeAt();
@@ -82,6 +94,7 @@ private:
     std::size_t _mergeAt = kLeastMerge;
     std::size_t _chunkBytes = 0;
     std::size_t _largeBytes = 0;
+    std::size_t _limit = std::numeric_limits<std::size_t>::max();
     LargeBlock _large = {&_large, &_large};
     std::vector<Chunk> _chunks;
     std::vector<std::unique_ptr<wchar_t[]>> _images;

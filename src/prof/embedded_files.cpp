@@ -8,6 +8,7 @@
 #include "files/new_file.h"
 #include "files/packed_text.h"
 #include "files/path_separator.h"
+#include "files/target_folder.h"
 #include "prof/path.h"
 
 #include <windows.h>
@@ -200,21 +201,21 @@ std::int32_t ExtractFiles(
     String prefix = folder;
     if (!EndsInPathSeparator(folder.View()))
         prefix += PATH_SEPARATOR;
+    if (entries.empty())
+        return 0;
     const scExtraction extraction{prefix, key, unpacking, report};
-    clsFolder open;
+    clsTargetFolder target(folder);
     std::int32_t count = 0;
     for (clsItemList* entry : entries)
     {
-        // Created again if another process has deleted it. Otherwise the first one stays open, whatever the path leads
-        // to now.
-        if (!open.IsOpen() || GetFileAttributesW(folder) == INVALID_FILE_ATTRIBUTES)
-            open.OpenOrCreate(folder, !open.IsOpen());
-        if (!open.IsOpen())
+        if (target.IsOpen())
+            target.Restore();
+        if (!target.IsOpen())
         {
             DebugLine(L"problem creating directory '%s'", folder.Text());
             return kProfWriteFailed;
         }
-        count += ExtractEntry(*entry, open, extraction);
+        count += ExtractEntry(*entry, target.Folder(), extraction);
     }
     return count;
 }

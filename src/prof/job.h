@@ -69,7 +69,8 @@ enum ProfSource : std::uint32_t
     kSourceComments = 0x800,
     kSourceIgnored = 0x1000,
     kSourceFlattened = 0x2000,
-    kSourceTooLarge = 0x4000
+    kSourceTooLarge = 0x4000,
+    kSourceDamaged = 0x8000
 };
 
 enum class ProfMode
@@ -97,7 +98,8 @@ public:
 
     // Opens and loads the named file. A failure is reported by Error().
     void Open(const wchar_t* name);
-    // Sets the largest size to which a packed source may unpack, instead of one in proportion to the source.
+    // Sets the largest size of a packed source in memory (the unpacked text and the tree together), instead of one in
+    // proportion to the source.
     void SetUnpackLimit(std::uint64_t bytes) { _unpackLimit = bytes; }
     // Attaches a stream and loads it from its beginning, or, for a stream object, from its current position. The job
     // holds the stream afterwards, even if loading fails.

@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <new>
 #include <utility>
@@ -49,6 +50,22 @@ std::int64_t ObjectPosition(IStream& stream)
         return 0;
     return position.QuadPart < end.QuadPart ? static_cast<std::int64_t>(position.QuadPart) : 0;
 }
+
+// Limits the memory of the tree while it is built.
+class clsArenaLimit
+{
+public:
+    clsArenaLimit(clsProfArena& arena, std::uint64_t bytes) : _arena(arena)
+    {
+        _arena.SetLimit(static_cast<std::size_t>(std::min<std::uint64_t>(bytes, SIZE_MAX)));
+    }
+    clsArenaLimit(const clsArenaLimit&) = delete;
+    clsArenaLimit& operator=(const clsArenaLimit&) = delete;
+    ~clsArenaLimit() { _arena.RemoveLimit(); }
+
+private:
+    clsProfArena& _arena;
+};
 
 const wchar_t* SourceName(const clsFile& file)
 {
@@ -177,7 +194,8 @@ bool clsProfJob::RefuseLarge(const clsFile& file)
     return false;
 }
 
-// Returns the largest size to which the source may unpack, because a few bytes can expand to an enormous size.
+// Returns the largest size to which the source may unpack, because a few bytes can expand to an enormous size. The
+// entries count too: each takes more memory than its text if the text is short.
 std::uint64_t clsProfJob::UnpackLimit(clsFile& file) const
 {
     constexpr std::uint64_t kMostExpansion = 64;
@@ -211,8 +229,10 @@ bool clsProfJob::LoadPacked(clsFile& file, unsigned layer)
         return false;
     }
     const std::uint64_t largest = std::min<std::uint64_t>(_unpackLimit, clsProfLineReader::kLargestSource);
-    if (!UnpackImage(file, image, static_cast<std::int64_t>(largest)))
+    const std::uint32_t found = UnpackImage(file, image, static_cast<std::int64_t>(largest));
+    if ((found & kSourceTooLarge) != 0)
         return RefuseLarge(file);
+    _source |= found;
     image.Seek(std::int64_t{0});
     return image.GetSize() == 0 || LoadLayer(image, layer + 1);
 }
@@ -238,12 +258,20 @@ bool clsProfJob::LoadText(clsFile& file, UTFType encoding)
 
     try
     {
+        const clsArenaLimit limit(_arena,
+            _isPacked ? _unpackLimit - std::min(_unpackLimit, reader.SourceBytes())
+                      : std::numeric_limits<std::uint64_t>::max());
         if (state.form == ProfForm::Text && isIni)
             ParseIni(state, _root);
         else
             ParseLevel(state, static_cast<int>(_objectLevel - 1), _root);
         _source |= state.source | static_cast<std::uint32_t>(state.form) | (reader.HasLostText() ? kSourceIgnored : 0u);
         return true;
+    }
+    catch (const clsArenaFull&)
+    {
+        _root.RemoveAll();
+        return RefuseLarge(file);
     }
     catch (const std::bad_alloc&)
     {

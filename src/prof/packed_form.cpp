@@ -3,6 +3,7 @@
 #include "core/debug_line.h"
 #include "files/deflate_mode.h"
 #include "files/deflate_stream.h"
+#include "prof/job.h"
 #include "prof/output.h"
 
 #include <algorithm>
@@ -72,12 +73,18 @@ void PackImage(const clsProfOutput& image, clsProfOutput& packed)
     deflater.Add(nullptr, 0, Z_FINISH);
 }
 
-bool UnpackImage(clsFile& source, clsFile& target, long long largest)
+std::uint32_t UnpackImage(clsFile& source, clsFile& target, std::int64_t largest)
 {
-    const int code = InflateStream(target, source, -1, largest);
-    if (code != 0)
-        DebugLine(L"WRN: a packed profile is damaged or too large (%d)", code);
-    return code != Z_BUF_ERROR;
+    DeflateEnd end;
+    const int code = InflateStream(target, source, -1, largest, &end);
+    if (code == Z_BUF_ERROR)
+        return kSourceTooLarge;
+    if (code != 0 || end == DeflateEnd::Missing)
+    {
+        DebugLine(L"WRN: a packed profile is damaged or cut off (%d)", code);
+        return kSourceDamaged;
+    }
+    return end == DeflateEnd::BeforeRest ? std::uint32_t{kSourceIgnored} : 0;
 }
 
 } // namespace qx

@@ -5,6 +5,7 @@
 #include "files/folder.h"
 #include "files/new_file.h"
 #include "files/path_separator.h"
+#include "files/target_folder.h"
 #include "zip/exception.h"
 #include "zip/link_target.h"
 #include "zip/member_name.h"
@@ -96,7 +97,7 @@ private:
         if (_path.IsEmpty())
             _root = clsFolder(_path);
         else if (MakeFolder(_path))
-            _root.OpenOrCreate(_path, true);
+            _root = clsTargetFolder(_path).TakeFolder();
         if (!_root.IsOpen())
             throw clsCannotWrite(L"The folder '%s' can't be made", _path);
     }

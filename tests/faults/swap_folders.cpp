@@ -50,15 +50,16 @@ public:
     static std::string Name(int number) { return "file" + std::to_string(number); }
     fs::path Path(const char* name) const { return _root / name; }
 
-    // Creates a new target with the folder `folder`, a link `link` that leads outside, and for each file another link
-    // that leads outside.
+    // Creates a new target with the folder `folder`, links that lead outside (`link` in the target, `parent` beside it),
+    // and for each file another link that leads outside.
     void Prepare() const
     {
-        for (const char* name : {"target", "outside", "links"})
+        for (const char* name : {"target", "parent", "outside", "links"})
             fs::remove_all(_root / name);
         for (const char* name : {"target/folder", "outside", "links"})
             fs::create_directories(_root / name);
         fs::create_directory_symlink(_root / "outside", _root / "target/link");
+        fs::create_directory_symlink(_root / "outside", _root / "parent");
         for (int i = 0; i < kFiles; ++i)
             fs::create_symlink(_root / "outside" / Name(i), _root / "links" / Name(i));
     }
@@ -66,7 +67,7 @@ public:
     std::size_t CountOutside() const
     {
         std::size_t count = 0;
-        for (const auto& entry : fs::directory_iterator(_root / "outside"))
+        for (const auto& entry : fs::recursive_directory_iterator(_root / "outside"))
             count += entry.is_regular_file() ? 1 : 0;
         return count;
     }
@@ -82,12 +83,24 @@ void SwapFolders(const Place& place)
         Exchange(place.Path("target/folder"), place.Path("target/link"));
 }
 
-// Starts with the first file, because a folder that was a link from the start would be the caller's choice.
-void SwapFoldersAfterTheFirstFile(const Place& place)
+// Attacks start with the first file, because a folder that was a link from the start would be the caller's choice.
+void WaitForTheFirstFile(const Place& place)
 {
     while (!fs::exists(place.Path("target/folder") / Place::Name(0)))
         continue;
+}
+
+void SwapFoldersAfterTheFirstFile(const Place& place)
+{
+    WaitForTheFirstFile(place);
     SwapFolders(place);
+}
+
+void SwapParentsAfterTheFirstFile(const Place& place)
+{
+    WaitForTheFirstFile(place);
+    for (;;)
+        Exchange(place.Path("target"), place.Path("parent"));
 }
 
 void SwapNames(const Place& place)
@@ -167,7 +180,8 @@ int main()
     } const rounds[] = {{"archive, folder swapped", SwapFolders, extractArchive},
         {"archive, names swapped", SwapNames, extractArchive},
         {"embedded files, names swapped", SwapNames, extractEmbedded},
-        {"embedded files, folder swapped", SwapFoldersAfterTheFirstFile, extractEmbedded}};
+        {"embedded files, folder swapped", SwapFoldersAfterTheFirstFile, extractEmbedded},
+        {"embedded files, parent swapped", SwapParentsAfterTheFirstFile, extractEmbedded}};
     std::size_t total = 0;
     for (const auto& round : rounds)
     {

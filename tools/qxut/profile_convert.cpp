@@ -160,7 +160,7 @@ void AddMaxSize(CLI::App& command, MaxSize& maxSize)
 {
     command
         .add_option("--max-size", maxSize,
-            "the size to which a packed file may unpack, such as 500MB; 0 for any; 64 times its size, or 64 MB, if "
+            "the memory into which a packed file may unpack, such as 500MB; 0 for any; 64 times its size, or 64 MB, if "
             "omitted")
         ->transform(CLI::AsSizeValue(false));
 }

@@ -39,8 +39,8 @@ std::string ReasonOfMissing(const fs::path& file)
 std::string ReasonOfFailedRead(const std::string& path, std::int32_t error, std::uint32_t source)
 {
     if ((source & QXUT_SOURCE_TOO_LARGE) != 0)
-        return (source & QXUT_SOURCE_PACKED) != 0 ? "unpacks to more than the limit, which is 64 times its size or 64 "
-                                                    "MB unless --max-size sets another"
+        return (source & QXUT_SOURCE_PACKED) != 0 ? "unpacks to more memory than the limit, which is 64 times its size "
+                                                    "or 64 MB unless --max-size sets another"
                                                   : "is larger than 2 GB";
     std::error_code ignored;
     const fs::path file = fs::u8path(path);
@@ -87,6 +87,7 @@ std::string LossOf(std::uint32_t source)
     add(QXUT_SOURCE_IGNORED, "text that belongs to no entry, or that the form can't represent");
     add(QXUT_SOURCE_FLATTENED, "the nesting of its fields");
     add(QXUT_SOURCE_TRUNCATED, "what was cut off: it ends inside a list");
+    add(QXUT_SOURCE_DAMAGED, "what follows the damage in its packed data");
     return loss;
 }
 
@@ -157,6 +158,9 @@ ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSi
     }
     if ((source & QXUT_SOURCE_TRUNCATED) != 0)
         std::cerr << "qxut: warning: " << Shown(path) << ": ends inside a list; it may have been cut off\n";
+    if ((source & QXUT_SOURCE_DAMAGED) != 0)
+        std::cerr << "qxut: warning: " << Shown(path)
+                  << ": the packed data are damaged or cut off; only what precedes the damage was read\n";
 }
 
 ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSize)

@@ -24,7 +24,7 @@ enum class Sharing
 // The largest size in bytes to which a packed file may unpack: 0 for any, nothing for the library's limit.
 using MaxSize = std::optional<std::uint64_t>;
 
-// An open profile. If it seems to be truncated, a warning is written to standard error.
+// An open profile. If it seems to be truncated or damaged, a warning is written to standard error.
 class ProfileFile
 {
 public:

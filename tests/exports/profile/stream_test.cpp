@@ -3,6 +3,8 @@
 #include "support/memory_stream.h"
 #include "support/zlib_reference.h"
 
+#include <qxut23/profile_source.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -66,17 +68,48 @@ TEST(ProfilePacked, FewBytesAndPackedAgain)
     std::string image = kImage;
     for (int layer = 0; layer < 16; ++layer)
         image = Packed(image);
-    const std::tuple<std::string, std::int32_t, const char*> cases[] = {
-        {"ZxvQ", PROF_OK, ""}, {Packed(kImage) + "what follows", PROF_OK, kTree}, {"ZxvQ\xFF\xFF\xFF", PROF_OK, ""},
-        {Packed("[/]"), PROF_ERR_LOCKED, ""}, // like a file of three bytes
-        {Packed("[/]\r\na=1"), PROF_OK, "a=1;"}, {Packed("[section]\r\na=1"), PROF_OK, "a=1;"}, {image, PROF_OK, kTree},
-        {Packed(image), PROF_ERR_LOCKED, ""} // exceeds the limit of nested packing
+    const std::string packed = Packed(kImage);
+    const std::string cut = packed.substr(0, packed.size() - 1);
+    constexpr std::uint32_t kDamaged = QXUT_SOURCE_DAMAGED;
+    constexpr std::uint32_t kIgnored = QXUT_SOURCE_IGNORED;
+    const std::tuple<std::string, std::int32_t, const char*, std::uint32_t> cases[] = {{"ZxvQ", PROF_OK, "", kDamaged},
+        {packed, PROF_OK, kTree, 0}, {packed + "what follows", PROF_OK, kTree, kIgnored}, {cut, PROF_OK, kTree, kDamaged},
+        {Packed(cut), PROF_OK, kTree, kDamaged}, {"ZxvQ\xFF\xFF\xFF", PROF_OK, "", kDamaged},
+        {Packed("[/]"), PROF_ERR_LOCKED, "", 0}, // like a file of three bytes
+        {Packed("[/]\r\na=1"), PROF_OK, "a=1;", 0}, {Packed("[section]\r\na=1"), PROF_OK, "a=1;", 0},
+        {image, PROF_OK, kTree, 0}, {Packed(image), PROF_ERR_LOCKED, "", 0} // exceeds the limit of nested packing
     };
-    for (const auto& [bytes, error, tree] : cases)
+    for (const auto& [bytes, error, tree, source] : cases)
     {
         const Job job(folder.Make("file", bytes));
         EXPECT_EQ(job.Error(), error) << testing::PrintToString(bytes);
         EXPECT_EQ(Tree(job), tree);
+        EXPECT_EQ(QxProfGetSource(job) & (kDamaged | kIgnored), source) << testing::PrintToString(bytes);
+    }
+}
+
+// An entry takes far more memory than the two bytes of its line.
+TEST(ProfilePacked, LimitIncludesTheEntries)
+{
+    const TempFolder folder;
+    std::string leaves = "[/]\n";
+    std::string lists = leaves;
+    for (int i = 0; i < 50000; ++i)
+    {
+        leaves += "a\n";
+        lists += "[\n";
+    }
+    for (const std::string& text : {leaves, lists, Packed(lists)})
+    {
+        const Wide path(folder.Make("file", Packed(text)));
+        const Job refused(QxProfJobOpen(path, 0, 1000000));
+        EXPECT_EQ(refused.Error(), PROF_ERR_LOCKED);
+        EXPECT_TRUE(QxProfGetSource(refused) & QXUT_SOURCE_TOO_LARGE);
+        EXPECT_EQ(ProfEnumW(refused, nullptr, [](auto...) { return 0; }, nullptr), 1) << "empty";
+        ProfSetStringW(refused, nullptr, L"large", Wide(2000000, L'x'));
+        EXPECT_EQ(ProfGetStringLengthW(refused, nullptr, L"large"), 2000000) << "only loading is limited";
+        for (const std::uint32_t flags : {0u, QXUT_PROFILE_ANY_SIZE})
+            EXPECT_EQ(Job(QxProfJobOpen(path, flags, 0)).Error(), PROF_OK);
     }
 }
 

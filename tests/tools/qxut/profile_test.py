@@ -160,6 +160,12 @@ class ProfileCommands(commands.CommandTest):
                     self.qxut("set", str(name), "--path", "n", "1", "--force")
                     self.assertEqual(name.read_bytes(), (self.folder / "out").read_bytes())
         self.assertIn("not changed", self.qxut("copy", self.file, self.write("ini", "[a]\nx=1\n"), code=6))
+        self.qxut("convert", self.file, str(name), "--form", "text", "--pack")
+        whole = name.read_bytes()
+        for content, reason in ((whole[:-9], "damage"), (whole[:9], "damage"), (whole + b"x", "no entry")):
+            name.write_bytes(content)
+            self.assertIn(reason, self.qxut("set", str(name), "--path", "n", "1", code=6))
+            self.assertEqual(name.read_bytes(), content)
         cut = self.write("cut", "[/]\n {\n a=1\n")
         done = subprocess.run([*commands.COMMAND, "profile", "get", cut, "--path", "a"], capture_output=True)
         self.assertEqual((done.returncode, done.stdout.strip()), (0, b"1"))
