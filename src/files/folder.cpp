@@ -1,5 +1,7 @@
 #include "files/folder.h"
 
+#include "files/path_separator.h"
+
 #include <windows.h>
 #include <winternl.h>
 

@@ -6,6 +6,7 @@
 #include "files/file.h"
 #include "files/file_time.h"
 #include "files/path_separator.h"
+#include "files/paths.h"
 #include "files/temp_file_removal.h"
 #include "files/temp_files.h"
 #include "threads/activity_note.h"
