@@ -105,18 +105,6 @@ private:
     bool _isBusy = false;
 };
 
-// Returns the full path, with all links followed, or the empty text.
-String FinalPathOf(HANDLE file)
-{
-    String path;
-    const DWORD size = GetFinalPathNameByHandleW(file, nullptr, 0, 0);
-    if (size == 0)
-        return path;
-    const DWORD length = GetFinalPathNameByHandleW(file, path.GetBuffer(size), size, 0);
-    path.ReleaseBuffer(length < size ? length : 0);
-    return path;
-}
-
 bool ReadInformation(HANDLE file, BY_HANDLE_FILE_INFORMATION& information)
 {
     return GetFileInformationByHandle(file, &information) != FALSE;
@@ -131,10 +119,10 @@ FileReplacement ReplaceFileOf(
     if (cannotReplaceOpenFiles || target.GetStream() != nullptr || GetFileType(target.GetHandle()) != FILE_TYPE_DISK ||
         !ReadInformation(target.GetHandle(), information))
         return FileReplacement::Impossible;
-    if (information.nNumberOfLinks != 1)
-        return information.nNumberOfLinks == 0 ? FileReplacement::Busy : FileReplacement::Impossible;
-    const String path = FinalPathOf(target.GetHandle());
+    const String path = FinalPathOf(target);
     if (path.IsEmpty())
+        return GetLastError() == ERROR_FILE_NOT_FOUND ? FileReplacement::Busy : FileReplacement::Impossible;
+    if (information.nNumberOfLinks != 1)
         return FileReplacement::Impossible;
     clsSideFile side(path, target.GetName(), share, true);
     if (!side.IsOpen() || !side.File()->Lock(0, 1))
@@ -171,6 +159,18 @@ FileReplacement CreateFileOf(const String& name, const clsProfOutput& content)
     }
     side.SetMoved();
     return FileReplacement::Done;
+}
+
+String FinalPathOf(clsFile& file)
+{
+    String path;
+    const HANDLE handle = file.GetHandle();
+    const DWORD size = GetFinalPathNameByHandleW(handle, nullptr, 0, 0);
+    if (size == 0)
+        return path;
+    const DWORD length = GetFinalPathNameByHandleW(handle, path.GetBuffer(size), size, 0);
+    path.ReleaseBuffer(length < size ? length : 0);
+    return path;
 }
 
 bool IsFileOfName(clsFile& file, const String& name)

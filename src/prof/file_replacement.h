@@ -22,7 +22,8 @@ enum class FileReplacement
 // open. `share` is the sharing mode of the new file. After the move, `successor` receives the new file, still open,
 // with its first byte locked since before the move.
 //
-// Returns Busy if the open file has no name any more, because its contents would be lost when it is closed. Returns
+// Returns Busy if the open file has lost the name under which it was opened: its contents would be lost or end up in
+// another file. Returns
 // Impossible for streams, for files with several names, if the folder can't be written, and if the system can't
 // replace an open file (Windows).
 FileReplacement ReplaceFileOf(
@@ -32,6 +33,9 @@ FileReplacement ReplaceFileOf(
 // process is creating it. Returns Impossible if a file of this name exists by then, or if no file can be created in its
 // folder.
 FileReplacement CreateFileOf(const String& name, const clsProfOutput& content);
+
+// Returns the full path of an open file, with all links followed, or the empty text if the file has no name any more.
+String FinalPathOf(clsFile& file);
 
 // Returns true if the name leads to the open file. While a caller waited for the file, a save may have replaced it.
 bool IsFileOfName(clsFile& file, const String& name);

@@ -183,6 +183,7 @@ private:
     clsItemList _root;
     ProfError _error = kProfOk;
     clsAutoRelease<clsFile*> _heldFile;
+    String _heldPath; // the full path of a held file when it was opened; empty for streams
     std::uint32_t _objectLevel;
     std::uint32_t _source = 0;
     bool _createsFile = true;       // in the mode Hold

@@ -106,8 +106,10 @@ void clsProfJob::Open(const wchar_t* name)
             _error = kProfLocked;
         return;
     }
-    if (_mode == ProfMode::Hold)
-        _heldFile = file;
+    if (_mode != ProfMode::Hold)
+        return;
+    _heldFile = file;
+    _heldPath = FinalPathOf(*file);
 }
 
 // Retries only sharing violations: another process may have opened the file exclusively for a moment, to write it.

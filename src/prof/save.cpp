@@ -142,6 +142,9 @@ ProfError clsProfJob::Save(const wchar_t* name, unsigned flags)
 // If a new file replaces the held one, it is opened and locked before the move and becomes the held file.
 ProfError clsProfJob::SaveToHeldFile(const clsProfOutput& image)
 {
+    // Another process has moved the file away.
+    if (!_heldPath.IsEmpty() && FinalPathOf(*_heldFile) != _heldPath)
+        return kProfCannotWrite;
     clsAutoRelease<clsFile*> successor;
     const ProfError error = Deliver(image, *_heldFile, FileShare::Read, successor);
     if (successor)

@@ -58,35 +58,6 @@ void Convert(const ConvertOptions& options)
     Report(options, options.target, "entries", CountEntries(profile.Job()));
 }
 
-void Embed(const ConvertOptions& options)
-{
-    const PassPhrase key(options.key, PassPhrase::Purpose::Encrypt);
-    const auto embed = [&](const ProfileFile& profile)
-    {
-        if (profile.Form() == PROF_FORM_XFDF)
-            throw Failure(kWrongUsage, options.file + ": XFDF cannot contain files; convert it to another form first");
-        if (!options.force)
-            profile.ExpectNoLoss("change it with --force");
-        std::size_t count = 0;
-        for (const std::string& pattern : options.patterns)
-        {
-            const std::int32_t found =
-                ProfAppendFilesW(profile.Job(), profile.List(options.list), WideText(pattern), key);
-            if (found < 0)
-                throw Failure(kCannotRead, Shown(pattern) + ": not enough memory");
-            if (found == 0)
-                throw Failure(kNotFound, Shown(pattern) + ": no such file");
-            count += static_cast<std::size_t>(found);
-        }
-        profile.Save("");
-        Report(options, options.file, "files", count);
-    };
-    if (options.create)
-        embed(ProfileFile::OpenOrMake(options.file, options.maxSize));
-    else
-        embed(ProfileFile(options.file, Sharing::NobodyWhoWrites, options.maxSize));
-}
-
 std::size_t CountFiles(HPROFJOB job, HPROFLIST list)
 {
     std::size_t count = 0;
@@ -99,6 +70,45 @@ std::size_t CountFiles(HPROFJOB job, HPROFLIST list)
         },
         &count);
     return count;
+}
+
+// The library's result counts all files that match; empty and unreadable ones get no entry.
+std::size_t EmbedPattern(HPROFJOB job, HPROFLIST list, const std::string& pattern, const PassPhrase& key)
+{
+    const std::size_t before = CountFiles(job, list);
+    const std::int32_t found = ProfAppendFilesW(job, list, WideText(pattern), key);
+    if (found < 0)
+        throw Failure(kCannotRead, Shown(pattern) + ": not enough memory");
+    if (found == 0)
+        throw Failure(kNotFound, Shown(pattern) + ": no such file");
+    const std::size_t embedded = CountFiles(job, list) - before;
+    const std::size_t left = static_cast<std::size_t>(found) - embedded;
+    if (left != 0)
+        throw Failure(kCannotRead, Shown(pattern) + ": " + std::to_string(left) + " of " + std::to_string(found) +
+                                       (found == 1 ? " file" : " files") +
+                                       " cannot be embedded: empty, unreadable, 4 GB or more, or no ordinary file");
+    return embedded;
+}
+
+void Embed(const ConvertOptions& options)
+{
+    const PassPhrase key(options.key, PassPhrase::Purpose::Encrypt);
+    const auto embed = [&](const ProfileFile& profile)
+    {
+        if (profile.Form() == PROF_FORM_XFDF)
+            throw Failure(kWrongUsage, options.file + ": XFDF cannot contain files; convert it to another form first");
+        if (!options.force)
+            profile.ExpectNoLoss("change it with --force");
+        std::size_t count = 0;
+        for (const std::string& pattern : options.patterns)
+            count += EmbedPattern(profile.Job(), profile.List(options.list), pattern, key);
+        profile.Save("");
+        Report(options, options.file, "files", count);
+    };
+    if (options.create)
+        embed(ProfileFile::OpenOrMake(options.file, options.maxSize));
+    else
+        embed(ProfileFile(options.file, Sharing::NobodyWhoWrites, options.maxSize));
 }
 
 // What prevented files from being extracted.

@@ -135,6 +135,13 @@ TEST(ProfileReplace, HeldFileWithoutAName)
     fs::rename(folder.Make("other", "[/]\r\na=other\r\n"), path);
     EXPECT_EQ(ProfSaveW(held, nullptr, PROF_FORM_TEXT), PROF_ERR_CANNOT_WRITE);
     EXPECT_EQ(Tree(Job(path)), "a=other;");
+    const Job moved = Job::Exclusive(folder.Make("moved", "[/]\r\na=old\r\n"));
+    fs::rename(folder.Path("moved"), folder.Path("away"));
+    EXPECT_EQ(ProfSaveW(moved, nullptr, PROF_FORM_TEXT), PROF_ERR_CANNOT_WRITE);
+    fs::create_hard_link(folder.Path("away"), folder.Path("second"));
+    fs::remove(folder.Path("away"));
+    EXPECT_EQ(ProfSaveW(moved, nullptr, PROF_FORM_TEXT), PROF_ERR_CANNOT_WRITE);
+    EXPECT_EQ(Tree(Job(folder.Path("second"))), "a=old;");
     fs::remove(path);
     EXPECT_EQ(ProfSaveW(held, nullptr, PROF_FORM_TEXT), PROF_ERR_CANNOT_WRITE);
     EXPECT_FALSE(fs::exists(path));

@@ -275,6 +275,13 @@ class ProfileCommands(commands.CommandTest):
         self.assertEqual((out / "a.bin").read_bytes(), (self.folder / "a.bin").read_bytes())
         self.assertEqual((out / "b.txt").read_bytes(), b"text")
         self.assertIn("no such file", self.qxut("embed", profile, str(self.folder / "none*"), code=1))
+        (self.folder / "c.empty").touch()
+        before = pathlib.Path(profile).read_bytes()
+        for pattern, told in (("c.empty", "1 of 1 file "), ("?.[be]*", "no such file"), ("c*", "1 of 1 file "),
+                              ("?.*", "1 of 3 files")):
+            self.assertIn(told, self.qxut("embed", profile, str(self.folder / pattern),
+                                          code=1 if "[" in pattern else 3))
+            self.assertEqual(pathlib.Path(profile).read_bytes(), before)
         self.assertIn("no files", self.qxut("extract", self.file, str(out), code=1))
         self.assertIn("cannot create the folder", self.qxut("extract", profile, str(out / "a.bin"), code=6))
         self.qxut("set", profile, "--path", "File.Entry/Name", "../a.bin")
