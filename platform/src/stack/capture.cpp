@@ -61,17 +61,20 @@ public:
     // Stores the present address and the ones that follow. Returns false if a rule needs other registers.
     bool Run(unsigned skip, unsigned count, void** addresses, unsigned& stored)
     {
-        for (stored = 0; stored < count;)
+        for (stored = 0;;)
         {
             if (skip > 0)
                 --skip;
             else
-                addresses[stored++] = reinterpret_cast<void*>(_address);
+            {
+                addresses[stored] = reinterpret_cast<void*>(_address);
+                if (++stored == count)
+                    return true;
+            }
             const Step step = Advance();
             if (step != Step::Done)
                 return step == Step::End;
         }
-        return true;
     }
 
 private:
