@@ -108,7 +108,7 @@ TEST(Contexts, OfThisFunctionAndOfASuspendedThread)
                 const int here = 0;
                 place = &here;
                 if (isWaiting)
-                    WaitForSingleObject(end.get(), INFINITE);
+                    WaitForSingleObject(end, INFINITE);
                 while (!mayEnd)
                 {
                 }
@@ -117,14 +117,14 @@ TEST(Contexts, OfThisFunctionAndOfASuspendedThread)
         while (place == nullptr)
             Sleep(1);
         Sleep(20);
-        EXPECT_EQ(SuspendThread(thread.get()), 0u);
+        EXPECT_EQ(SuspendThread(thread), 0u);
         CONTEXT context{};
         context.ContextFlags = CONTEXT_FULL;
-        EXPECT_TRUE(GetThreadContext(thread.get(), &context)) << isWaiting;
+        EXPECT_TRUE(GetThreadContext(thread, &context)) << isWaiting;
         EXPECT_TRUE(isNear(context, place)) << isWaiting;
-        EXPECT_EQ(ResumeThread(thread.get()), 1u);
+        EXPECT_EQ(ResumeThread(thread), 1u);
         mayEnd = true;
-        SetEvent(end.get());
+        SetEvent(end);
     }
 }
 
