@@ -34,7 +34,8 @@ Addresses refereed; // by the C library's unwinder
     captured.erase(captured.begin(), captured.begin() + 2);
     refereed.resize(100);
     refereed.resize(static_cast<std::size_t>(backtrace(refereed.data(), 100)));
-    refereed.erase(refereed.begin());
+    // The sanitizers add frames of their own.
+    refereed.erase(refereed.begin(), std::find(refereed.begin(), refereed.end(), captured.front()));
 }
 
 void CaptureInHandler(int)
@@ -322,6 +323,13 @@ TEST(LayerCaptures, EndOnADamagedStack)
 }
 
 #endif
+
+TEST(LayerModules, ATruncatedNameIsTerminated)
+{
+    char name[6] = "#####";
+    EXPECT_EQ(GetModuleFileNameA(nullptr, name, 5), 5u);
+    EXPECT_EQ(std::strlen(name), 4u);
+}
 
 // The loader's lock is held while this thread iterates, so a capture on another thread would block if it needed it.
 TEST(LayerCaptures, NeedNoLockOfTheLoader)

@@ -4,7 +4,6 @@
 #include <psapi.h>
 
 #include <cstdint>
-#include <cstring>
 #include <memory>
 
 using namespace qxtest;
@@ -216,7 +215,6 @@ TEST(Modules, OfTheProcess)
     EXPECT_EQ(GetModuleFileNameA(nullptr, narrow, MAX_PATH), length);
     EXPECT_EQ(narrow, Text(path).Narrow());
     EXPECT_EQ(GetModuleFileNameA(nullptr, narrow, 5), 5u);
-    EXPECT_EQ(std::strlen(narrow), 4u);
 }
 
 } // namespace
