@@ -187,11 +187,14 @@ unsigned CaptureWithAllRegisters(std::uintptr_t first, unsigned skip, unsigned c
 
 unsigned CaptureAddresses(const FrameRegisters& start, unsigned skip, unsigned count, void** addresses)
 {
-    unsigned stored = 0;
-#if defined(__x86_64__)
-    if (count == 0 || Capture(start).Run(skip, count, addresses, stored))
-        return stored;
-#endif
+    if (count == 0)
+        return 0;
+    if constexpr (kHasShortRules)
+    {
+        unsigned stored = 0;
+        if (Capture(start).Run(skip, count, addresses, stored))
+            return stored;
+    }
     return CaptureWithAllRegisters(start.stackPointer, skip, count, addresses);
 }
 
