@@ -38,6 +38,8 @@ ProbeFrames* sorted;
 
 [[gnu::noinline]] int Compare(const void*, const void*)
 {
+    if (sorted->count > 1) // the address sanitizer compares more often
+        return 0;
     sorted->Note(__builtin_return_address(0));
     Aligned(*sorted);
     return 0;
