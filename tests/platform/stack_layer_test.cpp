@@ -205,13 +205,8 @@ TEST(LayerWalks, ReachTheCallerFromEveryInstruction)
                 probe(frames);
             },
             300},
-        {"the kernel's image",
-            []
-            {
-                timespec now;
-                clock_gettime(CLOCK_MONOTONIC, &now);
-            },
-            20},
+        // Other functions of it repeat a loop if the time advances while they run.
+        {"the kernel's image", [] { std::time(nullptr); }, 6},
         {"allocation", [] { std::free(std::malloc(5000)); }, 100},
         {"the loader's lock", [] { dl_iterate_phdr([](dl_phdr_info*, std::size_t, void*) { return 0; }, nullptr); },
             100},
