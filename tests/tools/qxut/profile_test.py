@@ -9,6 +9,7 @@ import resource
 import shutil
 import subprocess
 import termios
+import time
 import unittest
 import zlib
 from xml.etree import ElementTree
@@ -166,6 +167,18 @@ class ProfileCommands(commands.CommandTest):
             name.write_bytes(content)
             self.assertIn(reason, self.qxut("set", str(name), "--path", "n", "1", code=6))
             self.assertEqual(name.read_bytes(), content)
+        ini = self.folder / "settings.conf"
+        shutil.copy(SETTINGS / "smb.conf", ini)
+        before = ini.read_bytes()
+        for command in (["set", ini, "--path", "a", "1", "--output", self.folder / "." / "settings.conf"],
+                        ["convert", ini, ini, "--form", "text"], ["convert", ini, name, "--form", "xml"]):
+            self.assertRegex(self.qxut(*map(str, command), code=4 if command[0] == "convert" else 6),
+                             "not a profile|neither a profile nor an INI file")
+            self.assertEqual(ini.read_bytes(), before)
+        ini.write_text("[a]\nx=1\n; note\n")
+        self.assertIn("comments", self.qxut("convert", str(ini), str(ini), "--form", "text", code=6))
+        self.qxut("convert", str(ini), str(ini), "--form", "text", "--force")
+        self.assertEqual(self.show(str(ini)), "x = 1\n")
         cut = self.write("cut", "[/]\n {\n a=1\n")
         done = subprocess.run([*commands.COMMAND, "profile", "get", cut, "--path", "a"], capture_output=True)
         self.assertEqual((done.returncode, done.stdout.strip()), (0, b"1"))
@@ -370,6 +383,10 @@ class ProfileCommands(commands.CommandTest):
         self.assertEqual([path.name for path in self.folder.iterdir()], ["file"])
         os.mkfifo(self.folder / "pipe")
         self.assertIn("is a pipe", self.qxut("show", str(self.folder / "pipe"), code=3))
+        start = time.monotonic()
+        for target in (self.folder / "pipe", "/dev/null"):
+            self.assertIn("is a pipe or a device", self.qxut("convert", self.file, str(target), "--form", "xml", code=6))
+        self.assertLess(time.monotonic() - start, 5, "nobody waits until it becomes a file")
 
     @unittest.skipIf(commands.COMMAND[-1].endswith(".exe"), "the limit would be one for the emulator's own files too")
     def test_a_full_disk_leaves_the_file(self):
