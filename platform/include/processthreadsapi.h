@@ -45,6 +45,13 @@ DWORD WINAPI GetCurrentThreadId(void) QXP(GetCurrentThreadId);
 HANDLE WINAPI OpenThread(DWORD dwDesiredAccess, BOOL bInheritHandle, DWORD dwThreadId) QXP(OpenThread);
 DWORD WINAPI SuspendThread(HANDLE hThread) QXP(SuspendThread);
 DWORD WINAPI ResumeThread(HANDLE hThread) QXP(ResumeThread);
+// Only CONTEXT_DEBUG_REGISTERS, and only of the calling thread; all else is ERROR_NOT_SUPPORTED. Slots watch writes (1)
+// or accesses (3) to 1, 2, 4 or 8 bytes. A hit is a SIGTRAP on the thread, which is offered to the vectored handlers as
+// EXCEPTION_SINGLE_STEP, with the bit of the slot in Dr6. Breakpoints end with their thread. The errors are
+// ERROR_NO_SYSTEM_RESOURCES if all registers are taken and ERROR_ACCESS_DENIED if the system permits neither
+// performance events nor tracing; the registers are unchanged then.
+BOOL WINAPI GetThreadContext(HANDLE hThread, LPCONTEXT lpContext) QXP(GetThreadContext);
+BOOL WINAPI SetThreadContext(HANDLE hThread, const CONTEXT* lpContext) QXP(SetThreadContext);
 BOOL WINAPI TerminateThread(HANDLE hThread, DWORD dwExitCode) QXP(TerminateThread);
 BOOL WINAPI GetExitCodeThread(HANDLE hThread, LPDWORD lpExitCode) QXP(GetExitCodeThread);
 int WINAPI GetThreadPriority(HANDLE hThread) QXP(GetThreadPriority);

@@ -2,6 +2,7 @@
 
 #include "core/forever.h"
 #include "diag/debug_channels.h"
+#include "handles/handle_lists.h"
 #include "module/module_frame.h"
 
 #include <windows.h>
@@ -11,6 +12,7 @@ namespace
 
 constexpr qx::ModuleSteps kSteps = {
     .startChannels = &qx::StartDebugChannels,
+    .reportHandles = &qx::ReportLostHandles,
     .closeChannels = &qx::CloseDebugChannels,
 };
 

@@ -5,6 +5,7 @@
 //   forms        writes one line with each function
 //   off          calls all functions with arguments that they must not access
 //   twice        loads and unloads the library two times
+//   lost         leaves a handle in the lists
 //   lines NAME   8 threads write numbered lines
 //
 // Exit code: 0 on success, otherwise the number of the failed check; 77 if the process can't switch to another user.
@@ -46,6 +47,7 @@ public:
         Find(PasDebug, "PasDebug");
         Find(UtilError, "UtilError");
         Find(UtilGetFlags, "UtilGetFlags");
+        Find(UtilHandleListMgr, "UtilHandleListMgr");
     }
     ~Library() { FreeLibrary(_module); }
     Library(const Library&) = delete;
@@ -59,6 +61,7 @@ public:
     void (*PasDebug)(const wchar_t* text) = nullptr;
     void (*UtilError)(const wchar_t* where, const wchar_t* what) = nullptr;
     std::int32_t (*UtilGetFlags)() = nullptr;
+    std::uint32_t (*UtilHandleListMgr)(std::int32_t kind, std::int32_t operation, const void* handle) = nullptr;
 
 private:
     template <class Function>
@@ -132,6 +135,8 @@ int Run(const char* command, const char* argument)
         return WriteForms(library);
     if (std::strcmp(command, "off") == 0)
         return TryOff(library);
+    if (std::strcmp(command, "lost") == 0)
+        library.UtilHandleListMgr(1, 1, reinterpret_cast<const void*>(0x1234));
     if (std::strcmp(command, "lines") == 0)
         WriteLines(library, argument);
     return 0;
