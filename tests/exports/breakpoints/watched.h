@@ -53,14 +53,24 @@ inline std::int32_t SlotOf(HDATABP breakpoint)
     return *reinterpret_cast<const std::int32_t*>(breakpoint);
 }
 
-// Returns false on machines that grant no breakpoints.
-inline bool IsGranted()
+// What this machine does. Some virtual machines accept breakpoints that never fire.
+enum class Machine
+{
+    Fires,
+    IsSilent,
+    Refuses
+};
+
+inline Machine MachineDoes()
 {
     static volatile int cell;
+    const Handler handler;
     const HDATABP breakpoint = Watch(&cell, 4);
     const bool isGranted = SlotOf(breakpoint) == 0;
+    cell = 1;
+    const bool isHit = TakeHits() != 0;
     UtilRemoveDataBP(breakpoint);
-    return isGranted;
+    return isHit ? Machine::Fires : isGranted ? Machine::IsSilent : Machine::Refuses;
 }
 
 } // namespace watched
