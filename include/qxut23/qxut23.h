@@ -4,6 +4,7 @@
 
 #include <qxut23/archives.h>
 #include <qxut23/base.h>
+#include <qxut23/breakpoints.h>
 #include <qxut23/bstr.h>
 #include <qxut23/charset.h>
 #include <qxut23/convert.h>
@@ -11,6 +12,7 @@
 #include <qxut23/dates.h>
 #include <qxut23/debug.h>
 #include <qxut23/errors.h>
+#include <qxut23/handles.h>
 #include <qxut23/iso_countries.h>
 #include <qxut23/jobs.h>
 #include <qxut23/markup.h>

@@ -253,6 +253,7 @@ WORD NTAPI RtlCaptureStackBackTrace(DWORD FramesToSkip, DWORD FramesToCapture, P
 #define EXCEPTION_NONCONTINUABLE 0x1
 #define EXCEPTION_MAXIMUM_PARAMETERS 15
 #define EXCEPTION_CONTINUE_SEARCH 0
+#define EXCEPTION_SINGLE_STEP 0x80000004u // also the hit of a data breakpoint
 #define EXCEPTION_CONTINUE_EXECUTION (-1)
 
 typedef struct _EXCEPTION_RECORD

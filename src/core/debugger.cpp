@@ -46,6 +46,12 @@ void BreakOrTrace(int frames)
         hook(frames);
 }
 
+void BreakIfDebugged()
+{
+    if (IsDebugged())
+        DebugBreak();
+}
+
 void ForgetDebuggerTest()
 {
     debugger.store(Debugger::NotAsked, std::memory_order_relaxed);

@@ -14,6 +14,9 @@ StackTraceHook SetStackTraceHook(StackTraceHook hook);
 // and cached); otherwise writes a stack trace of at most `frames` frames. Returns in both cases.
 void BreakOrTrace(int frames);
 
+// Breaks into the debugger if one is attached. Otherwise does nothing.
+void BreakIfDebugged();
+
 // Makes the next failure check for a debugger again.
 void ForgetDebuggerTest();
 

@@ -2,6 +2,7 @@
 
 #include "core/forever.h"
 #include "diag/debug_channels.h"
+#include "handles/handle_lists.h"
 #include "module/module_frame.h"
 #include "stacks/caller_lines.h"
 
@@ -13,6 +14,7 @@ namespace
 constexpr qx::ModuleSteps kSteps = {
     .prepareStacks = &qx::PrepareStacks,
     .startChannels = &qx::StartDebugChannels,
+    .reportHandles = &qx::ReportLostHandles,
     .closeChannels = &qx::CloseDebugChannels,
 };
 

@@ -7,6 +7,7 @@
 #include "base/readable.h"
 #include "threads/stop_signal.h"
 #include "threads/thread_handles.h"
+#include "watch/debug_registers.h"
 
 #include <algorithm>
 #include <atomic>
@@ -128,6 +129,13 @@ BOOL StoreThreadContext(ThreadObject& thread, CONTEXT& context)
     return TRUE;
 }
 
+BOOL GiveDebugRegisters(const ThreadObject& thread, CONTEXT& context)
+{
+    if (context.ContextFlags != CONTEXT_DEBUG_REGISTERS || &thread != &ThreadObject::Current())
+        return Fail(ERROR_NOT_SUPPORTED);
+    return ReadDebugRegisters(context) || Fail(ERROR_NOT_SUPPORTED);
+}
+
 } // namespace
 } // namespace qxplatform
 
@@ -139,7 +147,7 @@ BOOL WINAPI GetThreadContext(HANDLE hThread, LPCONTEXT lpContext)
     if (!thread)
         return FALSE;
     if ((lpContext->ContextFlags & CONTEXT_DEBUG_REGISTERS) == CONTEXT_DEBUG_REGISTERS)
-        return Fail(ERROR_NOT_SUPPORTED);
+        return GiveDebugRegisters(*thread, *lpContext);
     const DWORD wanted = lpContext->ContextFlags;
     if (!StoreThreadContext(*thread, *lpContext))
         return FALSE;

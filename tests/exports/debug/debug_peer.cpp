@@ -6,6 +6,7 @@
 //   off          calls all functions with arguments that they must not access
 //   stacks       writes the callers and the modules
 //   twice        loads and unloads the library two times
+//   lost         leaves a handle in the lists
 //   lines NAME   8 threads write numbered lines
 //
 // Exit code: 0 on success, otherwise the number of the failed check; 77 if the process can't switch to another user.
@@ -49,6 +50,7 @@ public:
         Find(UtilGetFlags, "UtilGetFlags");
         Find(UtilStackTrace, "UtilStackTrace");
         Find(UtilListModules, "UtilListModules");
+        Find(UtilHandleListMgr, "UtilHandleListMgr");
     }
     ~Library() { FreeLibrary(_module); }
     Library(const Library&) = delete;
@@ -64,6 +66,7 @@ public:
     std::int32_t (*UtilGetFlags)() = nullptr;
     void (*UtilStackTrace)(std::uint32_t reserved, std::uint32_t skip) = nullptr;
     void (*UtilListModules)() = nullptr;
+    std::uint32_t (*UtilHandleListMgr)(std::int32_t kind, std::int32_t operation, const void* handle) = nullptr;
 
 private:
     template <class Function>
@@ -149,6 +152,8 @@ int Run(const char* command, const char* argument)
         return TryOff(library);
     if (std::strcmp(command, "stacks") == 0)
         WriteStacks(library);
+    if (std::strcmp(command, "lost") == 0)
+        library.UtilHandleListMgr(1, 1, reinterpret_cast<const void*>(0x1234));
     if (std::strcmp(command, "lines") == 0)
         WriteLines(library, argument);
     return 0;

@@ -99,6 +99,12 @@ TEST_F(DebugExports, TheProcessIsOpenedAndClosed)
     }
 }
 
+TEST_F(DebugExports, HandlesLeftAtTheEnd)
+{
+    ASSERT_EQ(Run(L"lost"), 0);
+    EXPECT_THAT(InnerLines(log), ElementsAre(AllOf(StartsWith("LOST PEN HANDLE 0"), EndsWith("1234:"))));
+}
+
 TEST_F(DebugExports, WithoutALogFileNothingIsTouched)
 {
     EXPECT_EQ(PeerProcess(L"debug_peer", L"Debug.LogFile.Flush=T off").Wait(), 0);

@@ -1,0 +1,117 @@
+#include "exports/breakpoints/watched.h"
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <thread>
+
+using namespace watched;
+
+class Breakpoints : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (machine == Machine::Refuses)
+            GTEST_SKIP() << "this machine grants no data breakpoints";
+        if (machine == Machine::IsSilent)
+            std::cout << "this machine's breakpoints never fire: their hits are not tested\n";
+    }
+
+    // Returns the number of hits to expect.
+    unsigned Hits(unsigned count) const { return machine == Machine::Fires ? count : 0; }
+
+    const Machine machine = MachineDoes();
+    const Handler handler;
+};
+
+TEST_F(Breakpoints, TakeTheFirstFreeSlot)
+{
+    volatile std::int64_t cells[6] = {};
+    HDATABP taken[4];
+    for (int slot = 0; slot < 4; ++slot)
+    {
+        taken[slot] = Watch(&cells[slot], 8);
+        EXPECT_EQ(SlotOf(taken[slot]), slot);
+    }
+    const HDATABP fifth = Watch(&cells[4], 8);
+    ASSERT_NE(fifth, nullptr);
+    EXPECT_EQ(SlotOf(fifth), -1);
+    UtilRemoveDataBP(fifth); // touches no register
+    for (unsigned slot = 0; slot < 4; ++slot)
+    {
+        cells[slot] = 1;
+        EXPECT_EQ(TakeHits(), Hits(1));
+        EXPECT_EQ(slots, Hits(1u << slot));
+    }
+    UtilRemoveDataBP(taken[1]);
+    cells[1] = 2;
+    EXPECT_EQ(TakeHits(), 0u);
+    taken[1] = Watch(&cells[5], 8);
+    EXPECT_EQ(SlotOf(taken[1]), 1);
+    cells[5] = 1;
+    EXPECT_EQ(TakeHits(), Hits(1));
+    EXPECT_EQ(slots, Hits(2));
+    for (const HDATABP breakpoint : taken)
+        UtilRemoveDataBP(breakpoint);
+    UtilRemoveDataBP(nullptr);
+    for (volatile std::int64_t& cell : cells)
+        cell = 3;
+    EXPECT_EQ(TakeHits(), 0u);
+}
+
+TEST_F(Breakpoints, WatchWhatTheyAreSetFor)
+{
+    alignas(16) volatile std::uint8_t bytes[16] = {};
+    const struct
+    {
+        unsigned offset;
+        std::uint32_t size;
+        unsigned first; // the watched bytes
+        unsigned last;
+    } cases[] = {{0, 1, 0, 0}, {2, 2, 2, 3}, {4, 4, 4, 7}, {8, 8, 8, 15}, {5, 4, 4, 7}, {3, 2, 2, 3}, {15, 8, 8, 15}};
+    for (const auto& c : cases)
+        for (const bool isWriteOnly : {true, false})
+        {
+            const HDATABP breakpoint = Watch(&bytes[c.offset], c.size, isWriteOnly);
+            for (unsigned i = 0; i < sizeof bytes; ++i)
+            {
+                const bool isWatched = i >= c.first && i <= c.last;
+                bytes[i] = 1;
+                EXPECT_EQ(TakeHits(), Hits(isWatched)) << c.offset << "/" << c.size << " write to " << i;
+                static_cast<void>(bytes[i]);
+                EXPECT_EQ(TakeHits(), Hits(isWatched && !isWriteOnly)) << c.offset << "/" << c.size << " read of " << i;
+            }
+            UtilRemoveDataBP(breakpoint);
+        }
+    for (const std::uint32_t size : {0u, 3u, 5u, 16u, 0xFFFFFFFFu})
+    {
+        const HDATABP breakpoint = Watch(&bytes[0], size);
+        EXPECT_EQ(SlotOf(breakpoint), -1) << size;
+        UtilRemoveDataBP(breakpoint);
+    }
+}
+
+TEST_F(Breakpoints, BelongToTheirThread)
+{
+    volatile int cell = 0;
+    const HDATABP breakpoint = Watch(&cell, 4);
+    unsigned others = 0;
+    std::int32_t slot = -1;
+    std::thread(
+        [&]
+        {
+            cell = 1;
+            others = TakeHits();
+            slot = SlotOf(Watch(&cell, 4)); // ends with the thread
+            cell = 2;
+            others += 10 * TakeHits();
+        })
+        .join();
+    EXPECT_EQ(slot, 0);
+    EXPECT_EQ(others, Hits(10));
+    EXPECT_EQ(TakeHits(), 0u);
+    cell = 3;
+    EXPECT_EQ(TakeHits(), Hits(1));
+    UtilRemoveDataBP(breakpoint);
+}

@@ -1,0 +1,76 @@
+// Counts the hits of data breakpoints.
+#pragma once
+
+#include <qxut23/breakpoints.h>
+
+#include <windows.h>
+
+#include <cstdint>
+
+namespace watched
+{
+
+// The hits of the calling thread since the last call of TakeHits.
+inline thread_local unsigned hits = 0;
+inline thread_local unsigned slots = 0; // the bits of the last hit
+
+inline LONG NTAPI OnException(EXCEPTION_POINTERS* exception)
+{
+    if (exception->ExceptionRecord->ExceptionCode != EXCEPTION_SINGLE_STEP)
+        return EXCEPTION_CONTINUE_SEARCH;
+    ++hits;
+    slots = static_cast<unsigned>(exception->ContextRecord->Dr6 & 0xF);
+    exception->ContextRecord->Dr6 = 0;
+    return EXCEPTION_CONTINUE_EXECUTION;
+}
+
+class Handler
+{
+public:
+    Handler() : _handle(AddVectoredExceptionHandler(1, OnException)) {}
+    Handler(const Handler&) = delete;
+    Handler& operator=(const Handler&) = delete;
+    ~Handler() { RemoveVectoredExceptionHandler(_handle); }
+
+private:
+    void* const _handle;
+};
+
+inline unsigned TakeHits()
+{
+    const unsigned taken = hits;
+    hits = 0;
+    return taken;
+}
+
+inline HDATABP Watch(const volatile void* address, std::uint32_t size, bool isWriteOnly = true)
+{
+    return UtilSetDataBP(reinterpret_cast<std::uintptr_t>(address), size, isWriteOnly);
+}
+
+inline std::int32_t SlotOf(HDATABP breakpoint)
+{
+    return *reinterpret_cast<const std::int32_t*>(breakpoint);
+}
+
+// What this machine does. Some virtual machines accept breakpoints that never fire.
+enum class Machine
+{
+    Fires,
+    IsSilent,
+    Refuses
+};
+
+inline Machine MachineDoes()
+{
+    static volatile int cell;
+    const Handler handler;
+    const HDATABP breakpoint = Watch(&cell, 4);
+    const bool isGranted = SlotOf(breakpoint) == 0;
+    cell = 1;
+    const bool isHit = TakeHits() != 0;
+    UtilRemoveDataBP(breakpoint);
+    return isHit ? Machine::Fires : isGranted ? Machine::IsSilent : Machine::Refuses;
+}
+
+} // namespace watched
