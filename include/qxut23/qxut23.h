@@ -11,6 +11,7 @@
 #include <qxut23/dates.h>
 #include <qxut23/debug.h>
 #include <qxut23/errors.h>
+#include <qxut23/heaps.h>
 #include <qxut23/iso_countries.h>
 #include <qxut23/jobs.h>
 #include <qxut23/markup.h>
