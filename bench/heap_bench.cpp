@@ -16,7 +16,10 @@ constexpr std::size_t kLive = 10'000;
 
 struct Random
 {
-    std::uint32_t Next() { return static_cast<std::uint32_t>((state = state * 6364136223846793005u + 1442695040888963407u) >> 33); }
+    std::uint32_t Next()
+    {
+        return static_cast<std::uint32_t>((state = state * 6364136223846793005u + 1442695040888963407u) >> 33);
+    }
 
     std::uint64_t state = 15;
 };

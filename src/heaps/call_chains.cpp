@@ -23,8 +23,8 @@ CallChains::Captured::Captured(const void* caller)
 {
     const unsigned count = CaptureCallers(_entries, kFrames);
     const scCaller* const end = _entries + count;
-    const scCaller* const first =
-        std::find_if(static_cast<const scCaller*>(_entries), end, [caller](const scCaller& entry) { return entry.address == caller; });
+    const scCaller* const first = std::find_if(static_cast<const scCaller*>(_entries), end,
+        [caller](const scCaller& entry) { return entry.address == caller; });
     if (first != end)
     {
         _first = first;

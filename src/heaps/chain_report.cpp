@@ -63,7 +63,8 @@ void ReportChain(const CallChains& chains, const wchar_t* subject, const scCallC
     for (const scCaller& entry : chain->entries)
     {
         HMODULE module = nullptr;
-        if (entry.address != nullptr && GetModuleHandleExW(kModuleOfAddress, static_cast<wchar_t*>(entry.address), &module))
+        if (entry.address != nullptr &&
+            GetModuleHandleExW(kModuleOfAddress, static_cast<wchar_t*>(entry.address), &module))
             ReportLine(L" [called by %s]", PathOf(module));
     }
 }

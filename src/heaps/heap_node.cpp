@@ -134,8 +134,7 @@ void* clsHeapNode::AllocPlainObject(std::uint32_t size, std::uint32_t flags, boo
     char* block = nullptr;
     if (static_cast<std::int32_t>(size) >= 0)
     {
-        const DWORD options =
-            (_heapOptions & HEAP_NO_SERIALIZE) | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
+        const DWORD options = (_heapOptions & HEAP_NO_SERIALIZE) | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
         block = static_cast<char*>(HeapAlloc(_systemHeap, options, size + kPlainOverhead));
         isOutOfMemory = block == nullptr;
     }
@@ -194,7 +193,10 @@ std::int32_t clsHeapNode::FreeDebugObject(char* object, std::size_t blockSize)
 {
     ReportBlock block;
     const auto open = [&]
-    { block.Open(L"Error: clsHeapNode['%s'/'%s']::FreeObjectD(%#p)", ModuleName(), Name(), static_cast<void*>(object)); };
+    {
+        block.Open(
+            L"Error: clsHeapNode['%s'/'%s']::FreeObjectD(%#p)", ModuleName(), Name(), static_cast<void*>(object));
+    };
 
     const DebugObject found = ReadDebugObject(object, blockSize);
     if (found.header.firstMagic != kFirstMagic)
@@ -239,8 +241,10 @@ std::int32_t clsHeapNode::FreeDebugObject(char* object, std::size_t blockSize)
 std::int32_t clsHeapNode::FreePlainObject(char* object, std::size_t blockSize)
 {
     ReportBlock block;
-    const auto open = [&] {
-        block.Open(L"Error: clsHeapNode['%s'/'%s']::FreeObjectND(%#p)", ModuleName(), Name(), static_cast<void*>(object));
+    const auto open = [&]
+    {
+        block.Open(
+            L"Error: clsHeapNode['%s'/'%s']::FreeObjectND(%#p)", ModuleName(), Name(), static_cast<void*>(object));
     };
 
     char* const begin = BytesAt(object, -static_cast<std::ptrdiff_t>(kPlainOverhead));
@@ -295,7 +299,8 @@ std::int32_t clsHeapNode::ShrinkHeap()
     SetLastError(NO_ERROR);
     if (functions.compact(_systemHeap, _heapOptions & HEAP_NO_SERIALIZE) != 0 || GetLastError() == NO_ERROR)
         return 0;
-    ReportLine(L"Error: clsHeapNode['%s'/'%s']::ShrinkHeap(%#p) failed", ModuleName(), Name(), static_cast<void*>(this));
+    ReportLine(
+        L"Error: clsHeapNode['%s'/'%s']::ShrinkHeap(%#p) failed", ModuleName(), Name(), static_cast<void*>(this));
     return kHeapsInvalidHandle;
 }
 

@@ -48,8 +48,8 @@ public:
     static constexpr std::size_t kNoBlock = static_cast<std::size_t>(-1);
 
     // Returns null if memory runs out. The record lies on the process heap.
-    static clsHeapNode* Create(clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains,
-        const void* caller);
+    static clsHeapNode* Create(
+        clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains, const void* caller);
     // Destroys the system heap, too. Returns kHeapsLeftOver if there were objects, otherwise 0.
     static std::int32_t Delete(clsHeapNode* heap);
 

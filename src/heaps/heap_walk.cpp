@@ -28,7 +28,8 @@ bool clsHeapNode::HasFence(const DebugObject& object) const
     if (object.blockSize == kNoBlock)
         return ReadWordCarefully(fence) == kFence;
     const std::int64_t offset = std::int64_t{object.header.size} + static_cast<std::int64_t>(kDebugHeaderSize);
-    return offset >= 0 && offset + static_cast<std::int64_t>(sizeof kFence) <= static_cast<std::int64_t>(object.blockSize) &&
+    return offset >= 0 &&
+           offset + static_cast<std::int64_t>(sizeof kFence) <= static_cast<std::int64_t>(object.blockSize) &&
            WordAt(fence) == kFence;
 }
 
@@ -76,8 +77,7 @@ std::int32_t clsHeapNode::Validate(const void* object)
         const std::size_t offset = magic == kSecondMagic ? kDebugHeaderSize : magic == kPlainMagic ? kPlainOverhead : 0;
         const void* const base = BytesAt(object, -static_cast<std::ptrdiff_t>(offset));
         // The system's check may read from an address that isn't a block.
-        if (BlockSize(base) == kNoBlock ||
-            !functions.validate(_systemHeap, _heapOptions & HEAP_NO_SERIALIZE, base))
+        if (BlockSize(base) == kNoBlock || !functions.validate(_systemHeap, _heapOptions & HEAP_NO_SERIALIZE, base))
         {
             ReportLine(L" Error: Heap corrupted");
             Report();

@@ -18,8 +18,8 @@ void clsHeapNode::ForEachBlock(Visitor visitor) const
     if (functions.walk == nullptr)
         return;
     const bool isSerialized = (_heapOptions & HEAP_NO_SERIALIZE) == 0;
-    const bool isLocked = isSerialized && functions.lock != nullptr && functions.unlock != nullptr &&
-                          functions.lock(_systemHeap);
+    const bool isLocked =
+        isSerialized && functions.lock != nullptr && functions.unlock != nullptr && functions.lock(_systemHeap);
     PROCESS_HEAP_ENTRY entry = {};
     while (functions.walk(_systemHeap, &entry))
         if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 && !visitor(entry.lpData, std::size_t{entry.cbData}))

@@ -18,8 +18,7 @@ clsModuleNode::clsModuleNode(const wchar_t* name, std::uint32_t flags, CallChain
     CopyName(_name, name);
 }
 
-clsModuleNode* clsModuleNode::Create(
-    const wchar_t* name, std::uint32_t flags, CallChains& chains, const void* caller)
+clsModuleNode* clsModuleNode::Create(const wchar_t* name, std::uint32_t flags, CallChains& chains, const void* caller)
 {
     void* const memory = HeapAlloc(GetProcessHeap(), 0, sizeof(clsModuleNode));
     if (memory == nullptr)
@@ -63,8 +62,7 @@ clsHeapNode* clsModuleNode::AddHeap(const wchar_t* name, std::uint32_t flags, co
     clsHeapNode* const heap = clsHeapNode::Create(*this, name, flags, _chains, caller);
     if (heap == nullptr)
     {
-        ReportLine(
-            L"Error: clsModuleNode['%s']::AddHeap('%s',0x%08x): Out of Memory", Name(), ShownName(name), flags);
+        ReportLine(L"Error: clsModuleNode['%s']::AddHeap('%s',0x%08x): Out of Memory", Name(), ShownName(name), flags);
         return nullptr;
     }
     heap->_previous = _lastHeap;

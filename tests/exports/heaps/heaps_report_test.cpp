@@ -114,16 +114,15 @@ TEST(HeapsReport, SizesAndSums)
     WordAt(empty, -4) = 7;
     EXPECT_EQ(reported.objectSize(own.heap, empty), QXUT_HEAP_BAD_OBJECT);
     EXPECT_EQ(reported.alloc(other.heap, 0xFFFFFFF0u, 0), nullptr);
-    EXPECT_THAT(HeapsLibrary::NewLines(),
-        ElementsAreArray(Lines{
-            "Warning: clsHeapNode['job'/'heap']::SizeObject(P):",
-            " Object has a size of 0 (bad pointer?)\n",
-            "UtilHeapSize will only work for DEBUG heaps, or in NT >= 3.51",
-            " 0x00000000",
-            "Error: clsHeapNode['job'/'heap']::SizeObject(P)",
-            " bad pointer, or memory underrun (magic=0x00000007)\n",
-            "Error: clsHeapNode['job'/'heap']::AllocObjectND(-16): Out of memory",
-        }));
+    EXPECT_THAT(HeapsLibrary::NewLines(), ElementsAreArray(Lines{
+                                              "Warning: clsHeapNode['job'/'heap']::SizeObject(P):",
+                                              " Object has a size of 0 (bad pointer?)\n",
+                                              "UtilHeapSize will only work for DEBUG heaps, or in NT >= 3.51",
+                                              " 0x00000000",
+                                              "Error: clsHeapNode['job'/'heap']::SizeObject(P)",
+                                              " bad pointer, or memory underrun (magic=0x00000007)\n",
+                                              "Error: clsHeapNode['job'/'heap']::AllocObjectND(-16): Out of memory",
+                                          }));
     EXPECT_EQ(reported.alloc(own.heap, 0x80000000u, 0), nullptr);
     const Lines lines = HeapsLibrary::NewLines();
     ASSERT_GE(lines.size(), 3u);
@@ -144,8 +143,7 @@ TEST(HeapsReport, HeapsAndJobsThatAreLeft)
     HeapsLibrary::NewLines();
     EXPECT_EQ(reported.validate(heap, nullptr), 0);
     EXPECT_THAT(HeapsLibrary::NewLines(),
-        ElementsAreArray(
-            Lines{"Error: Memory overrun, fence value has been changed"} + Dump(0, kBytes, kSize, false)));
+        ElementsAreArray(Lines{"Error: Memory overrun, fence value has been changed"} + Dump(0, kBytes, kSize, false)));
     EXPECT_EQ(reported.validate(heap, &job), QXUT_HEAP_CORRUPTED);
     const Lines both = Dump(1, kBytes, kSize, false) + Dump(1, kBytes, kSize, false);
     const Lines report = Lines{"Heap['job'/'']: 3 objects", " Heap allocation stack trace:", "  [called by *]"} + both;
@@ -159,12 +157,11 @@ TEST(HeapsReport, HeapsAndJobsThatAreLeft)
         return lines;
     };
     EXPECT_THAT(HeapsLibrary::NewLines(),
-        ElementsAreArray(Lines{"Error: deleting module 'job', but the following heaps are left:"} + deeper(report, 1) +
-                         Lines{" Error: Memory overrun, fence value has been changed"} +
-                         deeper(Dump(0, kBytes, kSize, false), 1) +
-                         Lines{" Heap['job'/'']: max 3, total 3 allocations",
-                             " Warning: deleting heap, but objects are left:"} +
-                         deeper(report, 2) + Lines{" Heap['job'/'silent']: 0 objects"}));
+        ElementsAreArray(
+            Lines{"Error: deleting module 'job', but the following heaps are left:"} + deeper(report, 1) +
+            Lines{" Error: Memory overrun, fence value has been changed"} + deeper(Dump(0, kBytes, kSize, false), 1) +
+            Lines{" Heap['job'/'']: max 3, total 3 allocations", " Warning: deleting heap, but objects are left:"} +
+            deeper(report, 2) + Lines{" Heap['job'/'silent']: 0 objects"}));
 
     const auto quiet = reported.jobOpen(L"job", 0);
     const auto silent = reported.create(quiet, L"silent", QXUT_HEAP_NO_WARNING);
@@ -173,10 +170,9 @@ TEST(HeapsReport, HeapsAndJobsThatAreLeft)
     EXPECT_EQ(reported.remove(silent), QXUT_HEAP_FAILED);
     EXPECT_EQ(reported.jobClose(quiet), 0);
     EXPECT_EQ(reported.jobClose(quiet), QXUT_HEAP_FAILED);
-    EXPECT_THAT(HeapsLibrary::NewLines(),
-        ElementsAreArray(Lines{"Heap['job'/'silent']: max 1, total 1 allocations",
-            "Error: clsModuleNode['']::DeleteHeap(P): Invalid handle",
-            "Error: clsModuleList::Delete(P): Invalid handle"}));
+    EXPECT_THAT(HeapsLibrary::NewLines(), ElementsAreArray(Lines{"Heap['job'/'silent']: max 1, total 1 allocations",
+                                              "Error: clsModuleNode['']::DeleteHeap(P): Invalid handle",
+                                              "Error: clsModuleList::Delete(P): Invalid handle"}));
 }
 
 TEST(HeapsReport, TracedJob)
@@ -196,25 +192,19 @@ TEST(HeapsReport, TracedJob)
     reported.remove(heap);
     reported.create(job, L"left", QXUT_HEAP_NO_DEBUG);
     reported.jobClose(job);
-    EXPECT_THAT(HeapsLibrary::NewLines(),
-        ElementsAreArray(Lines{
-            "UtilJobOpen('traced',0x80000000)", " ->P",
-            "UtilHeapCreate(P,'(NULL)',0x00000010)", "traced: UtilHeapCreate(..,'(NULL)',..) called with DEBUG bit", " ->P",
-            "UtilJobOpen('traced',0x00000000)", " ->P",
-            "UtilJobClose(P) ['traced']", " ->0",
-            "UtilHeapSizeObjects(P) ['traced','']", " ->100",
-            "UtilHeapSize(P) ['traced','']",
-            " UtilHeapSize will only work for DEBUG heaps, or in NT >= 3.51", "  0x00000010", " ->-7",
-            "UtilHeapValidate(P) ['traced','']", " ->0",
+    EXPECT_THAT(HeapsLibrary::NewLines(), ElementsAreArray(Lines {
+        "UtilJobOpen('traced',0x80000000)", " ->P", "UtilHeapCreate(P,'(NULL)',0x00000010)",
+            "traced: UtilHeapCreate(..,'(NULL)',..) called with DEBUG bit", " ->P", "UtilJobOpen('traced',0x00000000)",
+            " ->P", "UtilJobClose(P) ['traced']", " ->0", "UtilHeapSizeObjects(P) ['traced','']", " ->100",
+            "UtilHeapSize(P) ['traced','']", " UtilHeapSize will only work for DEBUG heaps, or in NT >= 3.51",
+            "  0x00000010", " ->-7", "UtilHeapValidate(P) ['traced','']", " ->0",
 #if !defined(_WIN32) // see above
             "UtilHeapShrink(P) ['traced','']", " ->0",
 #endif
-            "UtilHeapDelete(P) ['traced','']",
-            " Heap['traced'/'']: max 1, total 1 allocations",
+            "UtilHeapDelete(P) ['traced','']", " Heap['traced'/'']: max 1, total 1 allocations",
             " Warning: deleting heap, but objects are left:", "  Heap['traced'/'']: 1 objects", " ->-5",
-            "UtilHeapCreate(P,'left',0x00000040)", " ->P",
-            "UtilJobClose(P) ['traced']",
+            "UtilHeapCreate(P,'left',0x00000040)", " ->P", "UtilJobClose(P) ['traced']",
             " Error: deleting module 'traced', but the following heaps are left:", "  Heap['traced'/'left']: 0 objects",
             " Error: unknown result code '-5'", " ->-5",
-        }));
+    }));
 }

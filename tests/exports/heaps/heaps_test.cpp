@@ -95,7 +95,8 @@ TEST(HeapsFormat, KindsOfObjects)
     for (const auto& kind : kinds)
     {
         const JobAndHeap own(kind.heapFlags, kind.jobFlags);
-        const std::string where = "heap " + std::to_string(kind.heapFlags) + " object " + std::to_string(kind.objectFlags);
+        const std::string where =
+            "heap " + std::to_string(kind.heapFlags) + " object " + std::to_string(kind.objectFlags);
         std::int32_t all = 0;
         for (const std::uint32_t size : {0u, 1u, 12u, 500u, 40'000u, 3'000'000u})
         {
@@ -214,7 +215,8 @@ TEST(HeapsDamage, EveryByteOfHeaderAndFence)
             const bool isChecked = offset < -40 || (offset >= -8 && offset < 0) || offset >= 20;
             object[offset] = static_cast<unsigned char>(object[offset] ^ change);
             heaps.validate(own.heap, object);
-            EXPECT_EQ(heaps.objectSize(own.heap, object), offset >= -4 && offset < 0 ? QXUT_HEAP_BAD_OBJECT : 20) << offset;
+            EXPECT_EQ(heaps.objectSize(own.heap, object), offset >= -4 && offset < 0 ? QXUT_HEAP_BAD_OBJECT : 20)
+                << offset;
             EXPECT_EQ(heaps.free(own.heap, object), isChecked ? QXUT_HEAP_BAD_OBJECT : 0) << offset;
             if (!isChecked)
                 continue;
