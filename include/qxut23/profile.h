@@ -75,8 +75,10 @@ enum
    or 8-bit text in the default code page.
 
    A packed file consists of "ZxvQ" and one of the other forms as raw deflate data (RFC 1951). It is unpacked to a
-   temporary file. If the data is damaged, everything that can be decompressed before the damage is read. If the
-   unpacked size exceeds 2 GB, the error is PROF_ERR_LOCKED, as for an unpacked file of that size.
+   temporary file. If the data is damaged, everything that can be decompressed before the damage is read. If it
+   would take more memory than 64 times the size of the file (at least 64 MB) or 2 GB of text, it isn't read and the
+   error is PROF_ERR_LOCKED, as for an unpacked file of more than 2 GB. QxProfJobOpen (profile_source.h) lifts the first
+   limit.
 
    Returns a job with one reference even if opening or loading fails; call ProfGetError for the outcome. Returns null
    only if memory runs out. After a failure the job contains everything read before it, except lists that had not ended.
@@ -126,8 +128,10 @@ QXUT_API int32_t ProfGetError(HPROFJOB job);
    Returns PROF_OK (also for the invalid job), PROF_ERR_CANNOT_WRITE (there is no target, or not enough memory for the
    contents) or PROF_ERR_WRITE_FAILED (the disk is full; the file keeps its old contents).
    On linux a save replaces the file: it contains either the old or the new contents, even if the process is killed.
-   Where the file can't be replaced (on windows, if it has several names, or if its folder can't be written), the
-   contents are written over the old ones, and a killed process may leave a file with parts of both.
+   Where the file can't be replaced (if it has several names, if its folder can't be written, and always on windows,
+   which doesn't replace open files, while an exclusive job must hold its file without interruption), the contents are
+   written over the old ones, and a killed process may leave a file with parts of both. If another process has removed
+   or replaced the file of an exclusive job, the result is PROF_ERR_CANNOT_WRITE on linux.
 
    PROF_FORM_TEXT and PROF_FORM_XML, both UTF-16, preserve the whole tree. In the text form, control characters in
    values are preserved; control characters in names are read back as their Unicode pictures (U+2401 to U+241F). The XML

@@ -14,6 +14,7 @@ QXUT_EXTERN_C_BEGIN
 /* Flags of QxProfJobOpen. */
 #define QXUT_PROFILE_EXCLUSIVE 0x1u /* as ProfJobOpenExclusive */
 #define QXUT_PROFILE_ANY_SIZE 0x2u  /* no limit except 2 GB of unpacked text */
+#define QXUT_PROFILE_EXISTING 0x4u  /* with QXUT_PROFILE_EXCLUSIVE: fails instead of creating a missing file */
 
 /* Opens a job like ProfJobOpen, or like ProfJobOpenExclusive with QXUT_PROFILE_EXCLUSIVE. `mostUnpacked` is the largest
    size in bytes to which a packed file may unpack, counting the text and the memory of its entries; 0 means the usual

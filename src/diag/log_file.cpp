@@ -32,7 +32,8 @@ bool OpenPatiently(clsFileRW& file, const String& name)
     const unsigned long long limit = UtilGetTicks() + kPatience;
     while (file.Open(name, FileAccess::Write, FileDisposition::OpenAlways, FileShare::Read, kFileAttributeNormal) != 0)
     {
-        if (UtilGetTicks() >= limit)
+        // A pipe or device stays what it is.
+        if (GetLastError() == ERROR_BAD_FILE_TYPE || UtilGetTicks() >= limit)
             return false;
         Sleep(0);
     }

@@ -16,7 +16,7 @@ static_assert(QXUT_SOURCE_FORM == kProfFormMask && QXUT_SOURCE_PACKED == kSource
 
 HPROFJOB QxProfJobOpen(const QXWCHAR* name, std::uint32_t flags, std::uint64_t mostUnpacked)
 {
-    if ((flags & ~(QXUT_PROFILE_EXCLUSIVE | QXUT_PROFILE_ANY_SIZE)) != 0)
+    if ((flags & ~(QXUT_PROFILE_EXCLUSIVE | QXUT_PROFILE_ANY_SIZE | QXUT_PROFILE_EXISTING)) != 0)
         return kInvalidJob;
     return OpenJob(
         [=](clsProfJob& job)
@@ -25,6 +25,8 @@ HPROFJOB QxProfJobOpen(const QXWCHAR* name, std::uint32_t flags, std::uint64_t m
                 job.SetUnpackLimit(UINT64_MAX);
             else if (mostUnpacked != 0)
                 job.SetUnpackLimit(mostUnpacked);
+            if ((flags & QXUT_PROFILE_EXISTING) != 0)
+                job.ExpectFile();
             job.Open(name);
         },
         (flags & QXUT_PROFILE_EXCLUSIVE) != 0 ? ProfMode::Hold : ProfMode::Read);

@@ -1,6 +1,7 @@
 #include "markup/html_escape.h"
 
 #include "core/text/characters.h"
+#include "core/text/surrogates.h"
 #include "markup/entities.h"
 #include "markup/html_references.h"
 
@@ -26,16 +27,6 @@ constexpr auto kEscapes = []
     escapes[128] = {}; // the table contains the euro sign at its place in code page 1252; in this file it is U+20AC
     return escapes;
 }();
-
-constexpr bool IsHighSurrogate(wchar_t c)
-{
-    return c >= 0xD800 && c < 0xDC00;
-}
-
-constexpr bool IsLowSurrogate(wchar_t c)
-{
-    return c >= 0xDC00 && c < 0xE000;
-}
 
 // A numeric reference such as "&#x10ffff;", with at least four digits.
 struct NumericReference
@@ -65,10 +56,7 @@ void WriteEscaped(std::wstring_view text, Write write)
         if (c < kEscapes.size())
             write(kEscapes[c].empty() ? text.substr(i, 1) : kEscapes[c]);
         else if (IsHighSurrogate(c) && i + 1 < text.size() && IsLowSurrogate(text[i + 1]))
-        {
-            const auto high = static_cast<std::uint32_t>(c - 0xD800);
-            write(NumericReference(0x10000 + (high << 10) + (text[++i] - 0xDC00u)).Text());
-        }
+            write(NumericReference(CodePointOf(c, text[++i])).Text());
         else if (IsHighSurrogate(c) || IsLowSurrogate(c))
             write(text.substr(i, 1));
         else

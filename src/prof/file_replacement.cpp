@@ -1,5 +1,6 @@
 #include "prof/file_replacement.h"
 
+#include "core/text/surrogates.h"
 #include "core/text/text_hash.h"
 #include "files/handle_holder.h"
 #include "files/open_flags.h"
@@ -25,8 +26,16 @@ std::atomic<bool> cannotReplaceOpenFiles = false;
 
 std::size_t BeginOfName(std::wstring_view path)
 {
-    const std::size_t separator = path.find_last_of(L"/\\");
+    const std::size_t separator = path.find_last_of(L"/\\:"); // a name may follow a drive directly
     return separator == std::wstring_view::npos ? 0 : separator + 1;
+}
+
+// Returns the first part of a long name, without half of a surrogate pair at its end.
+std::wstring_view Shortened(std::wstring_view name)
+{
+    const bool splitsPair = name.size() > kLongestSideName && IsLowSurrogate(name[kLongestSideName]) &&
+                            IsHighSurrogate(name[kLongestSideName - 1]);
+    return name.substr(0, kLongestSideName - (splitsPair ? 1 : 0));
 }
 
 // The name of the new file depends only on the target, so that a file that a killed process has left is reused.
@@ -35,7 +44,7 @@ String SideNameOf(const String& path)
     const std::wstring_view all = path.View();
     const std::size_t begin = BeginOfName(all);
     const std::wstring_view name = all.substr(begin);
-    String side = String(all.substr(0, begin)) + L"." + String(name.substr(0, kLongestSideName));
+    String side = String(all.substr(0, begin)) + L"." + String(Shortened(name));
     if (name.size() > kLongestSideName)
         side += String(String::kFormatted, L"~%08x", static_cast<unsigned>(TextHash(name)));
     return side + String(kSideExtension);
@@ -54,7 +63,10 @@ public:
         if (!handle.IsValid() && GetLastError() == ERROR_FILE_EXISTS && DeleteFileW(_name.Text()))
             handle.Take(Create(share, isPrivate), true);
         if (!handle.IsValid())
+        {
+            _isBusy = GetLastError() == ERROR_SHARING_VIOLATION;
             return;
+        }
         _file = new clsFileRW(handle.Get(), name);
         handle.Detach();
     }
@@ -69,6 +81,8 @@ public:
     }
 
     bool IsOpen() const { return static_cast<bool>(_file); }
+    // The outcome if the file isn't open.
+    FileReplacement Failure() const { return _isBusy ? FileReplacement::Busy : FileReplacement::Impossible; }
     const String& Name() const { return _name; }
     const clsAutoRelease<clsFile*>& File() const { return _file; }
 
@@ -88,6 +102,7 @@ private:
     String _name;
     clsAutoRelease<clsFile*> _file;
     bool _isMoved = false;
+    bool _isBusy = false;
 };
 
 // Returns the full path, with all links followed, or the empty text.
@@ -114,8 +129,10 @@ FileReplacement ReplaceFileOf(
 {
     BY_HANDLE_FILE_INFORMATION information{};
     if (cannotReplaceOpenFiles || target.GetStream() != nullptr || GetFileType(target.GetHandle()) != FILE_TYPE_DISK ||
-        !ReadInformation(target.GetHandle(), information) || information.nNumberOfLinks != 1)
+        !ReadInformation(target.GetHandle(), information))
         return FileReplacement::Impossible;
+    if (information.nNumberOfLinks != 1)
+        return information.nNumberOfLinks == 0 ? FileReplacement::Busy : FileReplacement::Impossible;
     const String path = FinalPathOf(target.GetHandle());
     if (path.IsEmpty())
         return FileReplacement::Impossible;
@@ -140,12 +157,18 @@ FileReplacement CreateFileOf(const String& name, const clsProfOutput& content)
 {
     clsSideFile side(name, name, FileShare::None, false);
     if (!side.IsOpen())
-        return FileReplacement::Impossible;
+        return side.Failure();
     if (!side.Fill(content))
         return FileReplacement::Failed;
-    side.File()->Close();
+    // Moved while it is open, so that no other save can take its place before. Windows requires it to be closed.
     if (!MoveFileExW(side.Name().Text(), name.Text(), MOVEFILE_WRITE_THROUGH))
-        return FileReplacement::Impossible;
+    {
+        if (GetLastError() != ERROR_SHARING_VIOLATION)
+            return FileReplacement::Impossible;
+        side.File()->Close();
+        if (!MoveFileExW(side.Name().Text(), name.Text(), MOVEFILE_WRITE_THROUGH))
+            return FileReplacement::Impossible;
+    }
     side.SetMoved();
     return FileReplacement::Done;
 }

@@ -14,6 +14,7 @@ enum class FileReplacement
 {
     Done,
     Impossible, // nothing was changed; the file has to be written in place
+    Busy,       // nothing was changed, because another process is writing the same file or has removed the target
     Failed      // nothing was changed, and there is no room for the contents
 };
 
@@ -21,13 +22,15 @@ enum class FileReplacement
 // open. `share` is the sharing mode of the new file. After the move, `successor` receives the new file, still open,
 // with its first byte locked since before the move.
 //
-// Returns Impossible for streams, for files with several names, if the folder can't be written, and if the system can't
+// Returns Busy if the open file has no name any more, because its contents would be lost when it is closed. Returns
+// Impossible for streams, for files with several names, if the folder can't be written, and if the system can't
 // replace an open file (Windows).
 FileReplacement ReplaceFileOf(
     clsFile& target, const clsProfOutput& content, FileShare share, clsAutoRelease<clsFile*>& successor);
 
-// Writes the contents to a new file of this name, which appears with all of its contents. Returns Impossible if a file
-// of this name exists by then, or if no file can be created in its folder.
+// Writes the contents to a new file of this name, which appears with all of its contents. Returns Busy if another
+// process is creating it. Returns Impossible if a file of this name exists by then, or if no file can be created in its
+// folder.
 FileReplacement CreateFileOf(const String& name, const clsProfOutput& content);
 
 // Returns true if the name leads to the open file. While a caller waited for the file, a save may have replaced it.

@@ -98,6 +98,8 @@ public:
 
     // Opens and loads the named file. A failure is reported by Error().
     void Open(const wchar_t* name);
+    // Makes Open fail instead of creating a missing file.
+    void ExpectFile() { _createsFile = false; }
     // Sets the largest size of a packed source in memory (the unpacked text and the tree together), instead of one in
     // proportion to the source.
     void SetUnpackLimit(std::uint64_t bytes) { _unpackLimit = bytes; }
@@ -183,6 +185,7 @@ private:
     clsAutoRelease<clsFile*> _heldFile;
     std::uint32_t _objectLevel;
     std::uint32_t _source = 0;
+    bool _createsFile = true;       // in the mode Hold
     std::uint64_t _unpackLimit = 0; // 0: in proportion to the source
     std::atomic<std::int32_t> _references = 1;
     bool _isPacked = false;

@@ -120,7 +120,9 @@ ProfError clsProfJob::OpenFile(clsFile& file) const
         const int result =
             _mode == ProfMode::Read
                 ? file.Open(_fileName, FileAccess::Read, FileDisposition::OpenExisting, FileShare::ReadWrite, kFileData)
-                : file.Open(_fileName, FileAccess::ReadWrite, FileDisposition::OpenAlways, FileShare::Read, kFileData);
+                : file.Open(_fileName, FileAccess::ReadWrite,
+                      _createsFile ? FileDisposition::OpenAlways : FileDisposition::OpenExisting, FileShare::Read,
+                      kFileData);
         if (result == 0)
             return kProfOk;
         systemError = GetLastError();
@@ -258,9 +260,8 @@ bool clsProfJob::LoadText(clsFile& file, UTFType encoding)
 
     try
     {
-        const clsArenaLimit limit(_arena,
-            _isPacked ? _unpackLimit - std::min(_unpackLimit, reader.SourceBytes())
-                      : std::numeric_limits<std::uint64_t>::max());
+        const clsArenaLimit limit(_arena, _isPacked ? _unpackLimit - std::min(_unpackLimit, reader.SourceBytes())
+                                                    : std::numeric_limits<std::uint64_t>::max());
         if (state.form == ProfForm::Text && isIni)
             ParseIni(state, _root);
         else

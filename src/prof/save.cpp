@@ -48,6 +48,8 @@ ProfError Deliver(const clsProfOutput& content, clsFile& target, FileShare share
     {
     case FileReplacement::Done:
         return kProfOk;
+    case FileReplacement::Busy:
+        return kProfCannotWrite;
     case FileReplacement::Failed:
         return kProfWriteFailed;
     case FileReplacement::Impossible:
@@ -82,18 +84,24 @@ ProfError CreateInPlace(const clsProfOutput& content, const String& name)
     return error;
 }
 
-// One attempt to save to a name. kProfCannotWrite may mean that another process has the file open.
-ProfError TryToSave(const clsProfOutput& content, const String& name)
+// One attempt to save to a name. Clears `mayWorkLater` if there is no point in trying again: a pipe
+// stays a pipe.
+ProfError TryToSave(const clsProfOutput& content, const String& name, bool& mayWorkLater)
 {
     clsFileRW target;
     if (target.Open(name, FileAccess::Write, FileDisposition::OpenExisting, FileShare::None, kFileData) == 0)
         return DeliverAndClose(content, target);
     if (GetLastError() != ERROR_FILE_NOT_FOUND)
+    {
+        mayWorkLater = GetLastError() != ERROR_BAD_FILE_TYPE;
         return kProfCannotWrite;
+    }
     switch (CreateFileOf(name, content))
     {
     case FileReplacement::Done:
         return kProfOk;
+    case FileReplacement::Busy:
+        return kProfCannotWrite;
     case FileReplacement::Failed:
         return kProfWriteFailed;
     case FileReplacement::Impossible:
@@ -109,8 +117,9 @@ ProfError SaveToName(const clsProfOutput& content, const String& name)
     const unsigned long long deadline = UtilGetTicks() + kSavePatience;
     for (;;)
     {
-        const ProfError error = TryToSave(content, name);
-        if (error != kProfCannotWrite || UtilGetTicks() >= deadline)
+        bool mayWorkLater = true;
+        const ProfError error = TryToSave(content, name, mayWorkLater);
+        if (error != kProfCannotWrite || !mayWorkLater || UtilGetTicks() >= deadline)
             return error;
         Sleep(kSavePause);
     }

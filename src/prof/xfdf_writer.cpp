@@ -1,5 +1,6 @@
 #include "prof/xfdf_form.h"
 
+#include "core/text/surrogates.h"
 #include "prof/indent.h"
 #include "prof/output.h"
 #include "prof/tree_walk.h"
@@ -55,29 +56,19 @@ char* Copy(char* out, std::string_view text)
     return out + text.size();
 }
 
-bool IsHigh(wchar_t c)
-{
-    return c >= 0xD800 && c < 0xDC00;
-}
-
-bool IsLow(wchar_t c)
-{
-    return c >= 0xDC00 && c < 0xE000;
-}
-
 // Removes the first character from the text and returns it. It may take two UTF-16 units. Characters that XML can't
 // represent are replaced.
 std::uint32_t TakeCharacter(std::wstring_view& text)
 {
     const wchar_t c = text[0];
     text.remove_prefix(1);
-    if (IsHigh(c) && !text.empty() && IsLow(text[0]))
+    if (IsHighSurrogate(c) && !text.empty() && IsLowSurrogate(text[0]))
     {
-        const auto low = static_cast<std::uint32_t>(text[0] - 0xDC00);
+        const wchar_t low = text[0];
         text.remove_prefix(1);
-        return 0x10000 + (static_cast<std::uint32_t>(c - 0xD800) << 10) + low;
+        return CodePointOf(c, low);
     }
-    if (IsHigh(c) || IsLow(c) || c >= 0xFFFE)
+    if (IsHighSurrogate(c) || IsLowSurrogate(c) || c >= 0xFFFE)
         return kReplacement;
     return c < L' ' ? static_cast<std::uint32_t>(kControlPictures + c) : c;
 }
@@ -185,7 +176,7 @@ private:
         while (!text.empty())
         {
             std::size_t length = std::min(text.size(), kPiece);
-            if (length < text.size() && IsHigh(text[length - 1]))
+            if (length < text.size() && IsHighSurrogate(text[length - 1]))
                 ++length; // keep surrogate pairs together
             _output.SetUsed(CopyMasked(_output.ReserveBytes(length * kLongest), text.substr(0, length)));
             text.remove_prefix(length);

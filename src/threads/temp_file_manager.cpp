@@ -3,7 +3,6 @@
 #include "core/critical_section.h"
 #include "core/forever.h"
 #include "files/temp_file_removal.h"
-#include "threads/temp_file_remover.h"
 
 #include <memory>
 #include <utility>
@@ -31,12 +30,12 @@ Manager& TheManager()
 
 } // namespace
 
-void OpenTempFileManager()
+void OpenTempFileManager(const TempFileClock& clock)
 {
     Manager& manager = TheManager();
     const clsCriticalSectionLock lock(manager.lock);
     if (!manager.remover)
-        manager.remover = std::make_unique<clsTempFileRemover>();
+        manager.remover = std::make_unique<clsTempFileRemover>(clock);
 }
 
 void CloseTempFileManager()

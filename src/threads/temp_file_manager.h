@@ -1,11 +1,13 @@
 // The temp file manager, of which each process has one.
 #pragma once
 
+#include "threads/temp_file_remover.h"
+
 namespace qx
 {
 
-// All functions are thread-safe.
-void OpenTempFileManager();
+// All functions are thread-safe. The clock is that of a manager that isn't open yet.
+void OpenTempFileManager(const TempFileClock& clock = TempFileClock::OfSystem());
 void CloseTempFileManager();
 
 // Without a manager, tries once to delete the file.

@@ -18,7 +18,7 @@ VALUES = ["", "C", "POSIX", "C.UTF-8", "de_DE", "de_DE.UTF-8@euro", "zh_Hant_TW.
 LONG = ["de_DE@" + "x" * 200, "a" * 160, "de_" * 100, "/" + "d/" * 3000, "\xff\xfe", "\u00e4" * 5000]
 COMMANDS = [("date", "format"), ("date", "parse", "--machine"), ("country", "DE", "--json"), ("language", "de-AT"), ("log",),
             ("mask",), ("pack", "--compress"), ("profile", "set", "{}/profile", "--create", "--path", "a/b", "c"),
-            ("zip", "create", "{}/x.zip", QXUT), ("zip", "extract", "{}/x.zip", "{}/out")]
+            ("zip", "create", "{}/x.zip", __file__), ("zip", "extract", "{}/x.zip", "{}/out")]
 
 
 def value(numbers):

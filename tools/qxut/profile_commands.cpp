@@ -117,23 +117,24 @@ void Report(const ProfileOptions& options, std::size_t changed)
                   << '\n';
 }
 
-// Opens the file, changes it and saves it. Without --output the file is saved in place: other processes can't write it
-// in the meantime, and without --force a file is refused if the save would lose something.
+// Opens the file, changes it and saves it. Without --output, or if that is the same file, the file is saved in place:
+// other processes can't write it in the meantime, and without --force a file is refused if the save would lose
+// something.
 void Edit(const ProfileOptions& options, const std::function<std::size_t(HPROFJOB, HPROFLIST)>& change)
 {
+    const bool isInPlace = options.output.empty() || IsSameFile(options.file, options.output);
     const auto edit = [&](const ProfileFile& profile)
     {
-        if (options.output.empty() && !options.force)
+        if (isInPlace && !options.force)
             profile.ExpectNoLoss("write the result to another file with --output, or change it with --force");
         const std::size_t changed = change(profile.Job(), profile.List(options.list));
-        profile.Save(options.output);
+        profile.Save(isInPlace ? "" : options.output);
         Report(options, changed);
     };
     if (options.create)
         edit(ProfileFile::OpenOrMake(options.file, options.maxSize));
     else
-        edit(ProfileFile(
-            options.file, options.output.empty() ? Sharing::NobodyWhoWrites : Sharing::Readers, options.maxSize));
+        edit(ProfileFile(options.file, isInPlace ? Sharing::NobodyWhoWrites : Sharing::Readers, options.maxSize));
 }
 
 // Checks the value before any file is opened or created. The setters validate the value and do nothing for the invalid

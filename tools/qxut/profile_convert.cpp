@@ -50,6 +50,10 @@ void Report(const ConvertOptions& options, const std::string& path, const char* 
 void Convert(const ConvertOptions& options)
 {
     const ProfileFile profile(options.file, Sharing::Readers, options.maxSize);
+    if (!options.force)
+        profile.ExpectProfile("write an empty profile with --force");
+    if (!options.force && IsSameFile(options.file, options.target))
+        profile.ExpectNoLoss("write to another file, or change it with --force");
     profile.Save(options.target, options.pack ? options.form | PROF_SAVE_PACKED : options.form);
     Report(options, options.target, "entries", CountEntries(profile.Job()));
 }
@@ -176,6 +180,8 @@ void AddConvertCommands(CLI::App& profile)
         ->transform(CLI::CheckedTransformer(kForms).description(""))
         ->type_name("TEXT");
     convert.add_flag("--pack", options->pack, "compress the file");
+    convert.add_flag("--force", options->force,
+        "write TO even if FROM is no profile, or if it is the same file and comments or other text in it are lost");
 
     options = std::make_shared<ConvertOptions>();
     CLI::App& embed = AddCommand(profile, "embed", "embed files in a profile", Embed, options);

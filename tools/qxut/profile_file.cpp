@@ -20,7 +20,7 @@ namespace
 namespace fs = std::filesystem;
 
 // Returns the system's error message for opening the file, because the library's result code has no details.
-std::string ReasonOfFailedOpen(const fs::path& file, std::ios::openmode mode)
+std::string SystemReason(const fs::path& file, std::ios::openmode mode)
 {
     errno = 0;
     if (std::fstream(file, mode) || errno == 0)
@@ -36,7 +36,7 @@ std::string ReasonOfMissing(const fs::path& file)
 }
 
 // Examines the file to find the reason, because the library's result code doesn't state it.
-std::string ReasonOfFailedRead(const std::string& path, std::int32_t error, std::uint32_t source)
+std::string ReasonOfFailedOpen(const std::string& path, std::int32_t error, std::uint32_t source)
 {
     if ((source & QXUT_SOURCE_TOO_LARGE) != 0)
         return (source & QXUT_SOURCE_PACKED) != 0 ? "unpacks to more memory than the limit, which is 64 times its size "
@@ -58,16 +58,28 @@ std::string ReasonOfFailedRead(const std::string& path, std::int32_t error, std:
     case PROF_ERR_LOCKED:
         return "locked by another process, or cannot be read";
     case PROF_ERR_CANNOT_WRITE:
-        return "cannot open the file for writing" + ReasonOfFailedOpen(file, std::ios::in | std::ios::out);
+        return "cannot open the file for writing" + SystemReason(file, std::ios::in | std::ios::out);
     default:
-        return "cannot open the file" + ReasonOfFailedOpen(file, std::ios::in);
+        return "cannot open the file" + SystemReason(file, std::ios::in);
     }
 }
 
-HPROFJOB Open(const std::string& path, Sharing sharing, MaxSize maxSize)
+std::string ReasonOfFailedSave(const std::string& path, std::int32_t error)
 {
-    const std::uint32_t flags = (sharing == Sharing::NobodyWhoWrites ? QXUT_PROFILE_EXCLUSIVE : 0) |
-                                (maxSize == std::uint64_t{0} ? QXUT_PROFILE_ANY_SIZE : 0);
+    if (error != PROF_ERR_CANNOT_WRITE)
+        return "cannot write the file; is the disk full?";
+    std::error_code ignored;
+    const fs::file_status status = fs::status(fs::u8path(path), ignored);
+    return !fs::exists(status) || fs::is_regular_file(status)
+               ? "cannot open the file for writing, or it is locked by another process"
+           : fs::is_directory(status) ? "is a folder"
+                                      : "is a pipe or a device";
+}
+
+HPROFJOB Open(const std::string& path, Sharing sharing, MaxSize maxSize, std::uint32_t flags)
+{
+    flags |= (sharing == Sharing::NobodyWhoWrites ? QXUT_PROFILE_EXCLUSIVE : 0) |
+             (maxSize == std::uint64_t{0} ? QXUT_PROFILE_ANY_SIZE : 0);
     return QxProfJobOpen(WideText(path), flags, maxSize.value_or(0));
 }
 
@@ -130,31 +142,23 @@ std::vector<Entry> EntriesOf(HPROFJOB job, HPROFLIST list)
     return entries;
 }
 
-// Returns true if the file is missing. The library also accepts names that the standard library doesn't (with drives,
-// shares and backslashes), so the library's result decides.
-bool IsMissing(const std::string& path)
-{
-    std::error_code ignored;
-    if (fs::exists(fs::u8path(path), ignored))
-        return false;
-    const HPROFJOB job = ProfJobOpenW(WideText(path));
-    const std::int32_t error = ProfGetError(job);
-    ProfJobClose(job);
-    return error != PROF_OK && error != PROF_ERR_LOCKED && error != PROF_ERR_MALFORMED;
-}
-
 } // namespace
 
-ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSize, MayBeMissing)
+ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSize, std::uint32_t flags)
     : _path(WithoutPipes(path)),
-      _job(Open(path, sharing, maxSize))
+      _job(Open(path, sharing, maxSize, flags))
 {
     const std::int32_t error = ProfGetError(_job);
     const std::uint32_t source = QxProfGetSource(_job);
     if (error != PROF_OK)
     {
         ProfJobClose(_job);
-        throw Failure(ExitCodeOf(error), path + ": " + ReasonOfFailedRead(path, error, source));
+        // The library also accepts names that the standard library doesn't (with drives, shares and backslashes), so
+        // the standard library is asked only after a failure.
+        std::error_code ignored;
+        const bool isMissing = flags == QXUT_PROFILE_EXISTING && !fs::exists(fs::u8path(path), ignored);
+        throw Failure(
+            isMissing ? kCannotRead : ExitCodeOf(error), path + ": " + ReasonOfFailedOpen(path, error, source));
     }
     if ((source & QXUT_SOURCE_TRUNCATED) != 0)
         std::cerr << "qxut: warning: " << Shown(path) << ": ends inside a list; it may have been cut off\n";
@@ -164,20 +168,20 @@ ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSi
 }
 
 ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSize)
-    : ProfileFile(
-          [&]() -> const std::string&
-          {
-              if (IsMissing(path))
-                  throw Failure(kCannotRead, path + ": " + ReasonOfMissing(fs::u8path(path)));
-              return path;
-          }(),
-          sharing, maxSize, MayBeMissing{})
+    : ProfileFile(path, sharing, maxSize, QXUT_PROFILE_EXISTING)
 {
 }
 
 ProfileFile ProfileFile::OpenOrMake(const std::string& path, MaxSize maxSize)
 {
-    return ProfileFile(path, Sharing::NobodyWhoWrites, maxSize, MayBeMissing{});
+    return ProfileFile(path, Sharing::NobodyWhoWrites, maxSize, 0);
+}
+
+void ProfileFile::ExpectProfile(const std::string& remedy) const
+{
+    const std::uint32_t source = QxProfGetSource(_job);
+    if ((source & QXUT_SOURCE_FOREIGN) != 0 && (source & QXUT_SOURCE_INI) == 0)
+        throw Failure(kMalformed, _path + ": is neither a profile nor an INI file; " + remedy);
 }
 
 void ProfileFile::ExpectNoLoss(const std::string& remedy) const
@@ -204,10 +208,14 @@ void ProfileFile::Save(const std::string& path, std::int32_t flags) const
     const std::int32_t error = ProfSaveW(_job, path.empty() ? nullptr : static_cast<const QXWCHAR*>(name), flags);
     if (error == PROF_OK)
         return;
-    const std::string reason = error == PROF_ERR_CANNOT_WRITE
-                                   ? "cannot open the file for writing, or it is locked by another process"
-                                   : "cannot write the file; is the disk full?";
-    throw Failure(ExitCodeOf(error), (path.empty() ? _path : path) + ": " + reason);
+    const std::string& target = path.empty() ? _path : path;
+    throw Failure(ExitCodeOf(error), target + ": " + ReasonOfFailedSave(target, error));
+}
+
+bool IsSameFile(const std::string& one, const std::string& other)
+{
+    std::error_code ignored;
+    return one == other || fs::equivalent(fs::u8path(one), fs::u8path(other), ignored);
 }
 
 // Iterative, because a file may nest its lists to any depth.

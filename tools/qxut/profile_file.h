@@ -44,8 +44,11 @@ public:
     // The form the file had when it was opened (a PROF_FORM_ value).
     std::int32_t Form() const { return static_cast<std::int32_t>(QxProfGetSource(_job) & QXUT_SOURCE_FORM); }
 
-    // Throws a Failure that names what would be lost if a save in place would lose anything. `remedy` tells the user
-    // what to do.
+    // Throws a Failure if the file is neither a profile nor an INI file, which leaves the job empty. `remedy` tells the
+    // user what to do.
+    void ExpectProfile(const std::string& remedy) const;
+
+    // Throws a Failure that names what would be lost if a save in place would lose anything.
     void ExpectNoLoss(const std::string& remedy) const;
 
     // Saves to `path`, or to the job's own file if it is empty. `flags` are the flags of ProfSave.
@@ -54,14 +57,15 @@ public:
     void Save(const std::string& path) const { Save(path, Form() | PROF_SAVE_PACKED_AS_LOADED); }
 
 private:
-    struct MayBeMissing
-    {
-    };
-    ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSize, MayBeMissing);
+    // `flags` are further flags of QxProfJobOpen.
+    ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSize, std::uint32_t flags);
 
     std::string _path;
     HPROFJOB _job;
 };
+
+// Returns true if both paths lead to one file, also by different spellings or through links.
+bool IsSameFile(const std::string& one, const std::string& other);
 
 struct Entry
 {

@@ -23,12 +23,13 @@ using namespace qxplatform;
 namespace
 {
 
-// Flushes the names in a folder to disk, so that they survive a crash of the system. File systems without support for
-// that have nothing to flush.
-bool FlushFolderOf(const std::string& path)
+// Flushes the names in a folder to disk, so that they survive a crash of the system. By then the file has been moved,
+// so a failure, such as that of a folder without read permission, can't make the whole call fail.
+void FlushFolderOf(const std::string& path)
 {
     const Descriptor folder(open(FolderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return folder && (fsync(folder.Get()) == 0 || errno == EINVAL || errno == EROFS);
+    if (folder)
+        fsync(folder.Get());
 }
 
 // Renames a file unless the new name exists.
@@ -95,7 +96,9 @@ BOOL WINAPI MoveFileExW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, DWORD
         return Fail(ERROR_INVALID_NAME);
     if (!RenameToNew(from.text, to.text))
         return Fail(errno == EEXIST ? DWORD{ERROR_ALREADY_EXISTS} : PathError(errno, from.text));
-    return (dwFlags & MOVEFILE_WRITE_THROUGH) == 0 || FlushFolderOf(to.text) || FailErrno();
+    if ((dwFlags & MOVEFILE_WRITE_THROUGH) != 0)
+        FlushFolderOf(to.text);
+    return TRUE;
 }
 
 BOOL WINAPI ReplaceFileW(LPCWSTR lpReplacedFileName, LPCWSTR lpReplacementFileName, LPCWSTR lpBackupFileName,
@@ -117,7 +120,9 @@ BOOL WINAPI ReplaceFileW(LPCWSTR lpReplacedFileName, LPCWSTR lpReplacementFileNa
     if (!TakeMetadata(replacement.text, replaced.text, info) ||
         rename(replacement.text.c_str(), replaced.text.c_str()) != 0)
         return Fail(PathError(errno, replacement.text));
-    return (dwReplaceFlags & REPLACEFILE_WRITE_THROUGH) == 0 || FlushFolderOf(replaced.text) || FailErrno();
+    if ((dwReplaceFlags & REPLACEFILE_WRITE_THROUGH) != 0)
+        FlushFolderOf(replaced.text);
+    return TRUE;
 }
 
 DWORD WINAPI GetFinalPathNameByHandleW(HANDLE hFile, LPWSTR lpszFilePath, DWORD cchFilePath, DWORD dwFlags)

@@ -1,6 +1,7 @@
 // Saves on linux, which replace the file: the properties of the old file that are kept, and who may open it during a
 // save.
 #include "exports/profile/support.h"
+#include "support/other_user.h"
 
 #include <gtest/gtest.h>
 
@@ -122,6 +123,42 @@ TEST(ProfileReplace, FullDiskLeavesTheOldFileAndNoNewOne)
     EXPECT_EQ(BytesOf(folder.Path("held")), "[/]\r\na=0\r\n");
     EXPECT_EQ(CountFiles(folder), 2u);
     EXPECT_EQ(ProfSaveW(held, nullptr, PROF_FORM_TEXT), PROF_OK) << "once there is room";
+}
+
+// A held file that another program has deleted or replaced can't be saved: its contents would be lost with its handle.
+TEST(ProfileReplace, HeldFileWithoutAName)
+{
+    const TempFolder folder;
+    const std::string path = folder.Path("file");
+    const Job held = Job::Exclusive(path);
+    ProfSetStringW(held, nullptr, L"a", L"1");
+    fs::rename(folder.Make("other", "[/]\r\na=other\r\n"), path);
+    EXPECT_EQ(ProfSaveW(held, nullptr, PROF_FORM_TEXT), PROF_ERR_CANNOT_WRITE);
+    EXPECT_EQ(Tree(Job(path)), "a=other;");
+    fs::remove(path);
+    EXPECT_EQ(ProfSaveW(held, nullptr, PROF_FORM_TEXT), PROF_ERR_CANNOT_WRITE);
+    EXPECT_FALSE(fs::exists(path));
+    EXPECT_EQ(held.Save(folder.Path("elsewhere")), PROF_OK);
+}
+
+// The folder can't be opened in order to flush it.
+TEST(ProfileReplace, FolderThatCannotBeRead)
+{
+    const TempFolder folder;
+    const std::string path = folder.Make("file", "");
+    const fs::path parent = fs::path(path).parent_path();
+    fs::permissions(parent, fs::perms{0300});
+    {
+        const qxtest::OtherUser user{parent, path};
+        const Job held = Job::Exclusive(path);
+        for (const wchar_t* value : {L"1", L"2"})
+        {
+            ProfSetStringW(held, nullptr, L"a", value);
+            EXPECT_EQ(ProfSaveW(held, nullptr, PROF_FORM_TEXT), PROF_OK);
+        }
+    }
+    EXPECT_EQ(Tree(Job(path)), "a=2;");
+    fs::permissions(parent, fs::perms{0700});
 }
 
 TEST(ProfileReplace, HeldFileIsNeverFree)

@@ -1,6 +1,7 @@
 """profile_test.py COMMAND...: tests `qxut profile`. COMMAND starts the program."""
 
 import base64
+import itertools
 import json
 import os
 import pathlib
@@ -9,6 +10,7 @@ import resource
 import shutil
 import subprocess
 import termios
+import time
 import unittest
 import zlib
 from xml.etree import ElementTree
@@ -137,19 +139,22 @@ class ProfileCommands(commands.CommandTest):
         kept = ["", "[/]\n", "[/]\n  a b = c \n[l]\nx\n}\n\n[/]\n{\n}\n}\n",
                 head + '<item name="a">&#x41;&cr;</item>\n<list name="l">\n</list>\n</profile>\n', fields + field + end]
         name = self.folder / "checked"
+        # All changing commands share the check, so they take turns.
+        commands_in_turn = itertools.cycle(
+            (["set", "--path", "n", "1"], ["append", "--path", "n", "1"], ["delete", "--path", "a"]))
         for text, reason in lossy + [(text, None) for text in kept]:
             for encoding in ("utf-8-sig", "utf-16"):
                 content = text.encode(encoding) if text else b""
                 if "xfdf" in text and encoding == "utf-16":
                     continue
-                for command in (["set", "--path", "n", "1"], ["append", "--path", "n", "1"], ["delete", "--path", "a"]):
-                    with self.subTest(text, command=command):
-                        name.write_bytes(content)
-                        if reason is None:
-                            if command[0] != "delete":
-                                self.qxut(command[0], str(name), *command[1:])
-                                self.assertIn("n = 1", self.show(str(name)))
-                            continue
+                command = next(commands_in_turn)
+                with self.subTest(text, command=command):
+                    name.write_bytes(content)
+                    if reason is None:
+                        command = ["append" if command[0] == "delete" else command[0], "--path", "n", "1"]
+                        self.qxut(command[0], str(name), *command[1:])
+                        self.assertIn("n = 1", self.show(str(name)))
+                    else:
                         message = self.qxut(command[0], str(name), *command[1:], code=6)
                         self.assertIn(f"{name}: not changed", message)
                         self.assertIn(reason, message)
@@ -166,6 +171,18 @@ class ProfileCommands(commands.CommandTest):
             name.write_bytes(content)
             self.assertIn(reason, self.qxut("set", str(name), "--path", "n", "1", code=6))
             self.assertEqual(name.read_bytes(), content)
+        ini = self.folder / "settings.conf"
+        shutil.copy(SETTINGS / "smb.conf", ini)
+        before = ini.read_bytes()
+        for command in (["set", ini, "--path", "a", "1", "--output", self.folder / "." / "settings.conf"],
+                        ["convert", ini, ini, "--form", "text"], ["convert", ini, name, "--form", "xml"]):
+            self.assertRegex(self.qxut(*map(str, command), code=4 if command[0] == "convert" else 6),
+                             "not a profile|neither a profile nor an INI file")
+            self.assertEqual(ini.read_bytes(), before)
+        ini.write_text("[a]\nx=1\n; note\n")
+        self.assertIn("comments", self.qxut("convert", str(ini), str(ini), "--form", "text", code=6))
+        self.qxut("convert", str(ini), str(ini), "--form", "text", "--force")
+        self.assertEqual(self.show(str(ini)), "x = 1\n")
         cut = self.write("cut", "[/]\n {\n a=1\n")
         done = subprocess.run([*commands.COMMAND, "profile", "get", cut, "--path", "a"], capture_output=True)
         self.assertEqual((done.returncode, done.stdout.strip()), (0, b"1"))
@@ -370,6 +387,10 @@ class ProfileCommands(commands.CommandTest):
         self.assertEqual([path.name for path in self.folder.iterdir()], ["file"])
         os.mkfifo(self.folder / "pipe")
         self.assertIn("is a pipe", self.qxut("show", str(self.folder / "pipe"), code=3))
+        start = time.monotonic()
+        for target in (self.folder / "pipe", "/dev/null"):
+            self.assertIn("is a pipe or a device", self.qxut("convert", self.file, str(target), "--form", "xml", code=6))
+        self.assertLess(time.monotonic() - start, 5, "nobody waits until it becomes a file")
 
     @unittest.skipIf(commands.COMMAND[-1].endswith(".exe"), "the limit would be one for the emulator's own files too")
     def test_a_full_disk_leaves_the_file(self):

@@ -1,6 +1,7 @@
 #include "diag/log_file.h"
 
 #include "debug_support.h"
+#include "files/path_separator.h"
 #include "support/own_settings.h"
 
 #include <gtest/gtest.h>
@@ -66,4 +67,15 @@ TEST(LogFile, ALineIsLostWhereTheFileIsLocked)
     CloseHandle(keeper);
     output.Write(nullptr, -1, L"<after");
     EXPECT_EQ(output.Rests(), (std::vector<std::string>{"before", "<after"}));
+}
+
+// Nobody waits until a device becomes a file.
+TEST(LogFile, ADeviceGetsNoLinesAndCostsNoTime)
+{
+    if (!kHasPosixFiles)
+        GTEST_SKIP() << "the device has no path there";
+    const ULONGLONG begin = GetTickCount64();
+    for (int i = 0; i < 20; ++i)
+        DebugLogFile(L"/dev/null", false).Append(L"line", 4);
+    EXPECT_LT(GetTickCount64() - begin, 1000u);
 }
