@@ -8,8 +8,6 @@
 
 #include <windows.h>
 
-#include <regex>
-
 namespace qxtest
 {
 namespace
@@ -65,7 +63,6 @@ const HeapsLibrary& HeapsLibrary::Get()
 
 std::vector<std::string> HeapsLibrary::NewLines()
 {
-    static const std::regex pointer("0[xX][0-9A-F]{16}");
     const std::vector<std::string> lines = LogLines(Logged().log);
     std::vector<std::string> texts;
     for (std::size_t& i = Logged().seen; i < lines.size(); ++i)
@@ -75,7 +72,9 @@ std::vector<std::string> HeapsLibrary::NewLines()
             text.erase(0, mark + 9);
         if (text.ends_with('\n'))
             text.pop_back();
-        text = std::regex_replace(text, pointer, "P");
+        constexpr std::size_t kPointerLength = 18;
+        for (std::size_t at = 0; (at = text.find("0X", at)) != std::string::npos;)
+            text.replace(at, kPointerLength, "P");
         if (const std::size_t chain = text.find(" [called by "); chain != std::string::npos)
             text = text.substr(0, chain) + " [called by *]";
         if (texts.empty() || texts.back() != text || !text.ends_with(" [called by *]"))
