@@ -9,8 +9,10 @@
 #include <fileapi.h>
 #include <guiddef.h>
 #include <handleapi.h>
+#include <heapapi.h>
 #include <ioapiset.h>
 #include <libloaderapi.h>
+#include <memoryapi.h>
 #include <minwinbase.h>
 #include <minwindef.h>
 #include <processenv.h>

@@ -12,8 +12,6 @@ namespace qx
 namespace
 {
 
-constexpr DWORD kModuleOfAddress =
-    GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
 constexpr DWORD kPathCapacity = 1025; // longer paths don't fit a line
 
 struct KnownModule
@@ -62,10 +60,10 @@ void ReportChain(const CallChains& chains, const wchar_t* subject, const scCallC
     ReportLine(L"%s stack trace:", subject);
     for (const scCaller& entry : chain->entries)
     {
-        HMODULE module = nullptr;
-        if (entry.address != nullptr &&
-            GetModuleHandleExW(kModuleOfAddress, static_cast<wchar_t*>(entry.address), &module))
-            ReportLine(L" [called by %s]", PathOf(module));
+        MEMORY_BASIC_INFORMATION memory = {};
+        if (entry.address != nullptr && VirtualQuery(entry.address, &memory, sizeof memory) != 0 &&
+            memory.State == MEM_COMMIT)
+            ReportLine(L" [called by %s]", PathOf(static_cast<HMODULE>(memory.AllocationBase)));
     }
 }
 
