@@ -13,6 +13,7 @@
 #include <qxut23/debug.h>
 #include <qxut23/errors.h>
 #include <qxut23/handles.h>
+#include <qxut23/heaps.h>
 #include <qxut23/iso_countries.h>
 #include <qxut23/jobs.h>
 #include <qxut23/markup.h>

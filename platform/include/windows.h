@@ -9,6 +9,7 @@
 #include <fileapi.h>
 #include <guiddef.h>
 #include <handleapi.h>
+#include <heapapi.h>
 #include <ioapiset.h>
 #include <libloaderapi.h>
 #include <memoryapi.h>

@@ -8,6 +8,8 @@
 #include "module/late_load.h"
 #include "module/sibling_library.h"
 
+#include <heapapi.h>
+
 namespace qx
 {
 
@@ -27,11 +29,11 @@ public:
     LateFunction<BOOL(HANDLE, USHORT*, USHORT*)> p_GetProcessGroupAffinity{*this, L"p_GetProcessGroupAffinity", 12};
     LateFunction<ULONGLONG()> p_GetTickCount64{*this, L"p_GetTickCount64"};
     LateFunction<LANGID()> p_GetUserDefaultUILanguage{*this, L"p_GetUserDefaultUILanguage"};
-    LateProcedure p_HeapCompact{*this, L"p_HeapCompact", 8};
-    LateProcedure p_HeapLock{*this, L"p_HeapLock", 4};
-    LateProcedure p_HeapUnlock{*this, L"p_HeapUnlock", 4};
-    LateProcedure p_HeapValidate{*this, L"p_HeapValidate", 12};
-    LateProcedure p_HeapWalk{*this, L"p_HeapWalk", 8};
+    LateFunction<SIZE_T(HANDLE, DWORD)> p_HeapCompact{*this, L"p_HeapCompact", 8};
+    LateFunction<BOOL(HANDLE)> p_HeapLock{*this, L"p_HeapLock", 4};
+    LateFunction<BOOL(HANDLE)> p_HeapUnlock{*this, L"p_HeapUnlock", 4};
+    LateFunction<BOOL(HANDLE, DWORD, const void*)> p_HeapValidate{*this, L"p_HeapValidate", 12};
+    LateFunction<BOOL(HANDLE, PROCESS_HEAP_ENTRY*)> p_HeapWalk{*this, L"p_HeapWalk", 8};
     LateFunction<BOOL()> p_IsDebuggerPresent{*this, L"p_IsDebuggerPresent"};
     LateFunction<int(LCID, wchar_t*, int, DWORD)> p_LCIDToLocaleName{*this, L"p_LCIDToLocaleName", 16};
     LateFunction<int(const wchar_t*, DWORD, const wchar_t*, int, wchar_t*, int, void*, void*, LPARAM)> p_LCMapStringEx{

@@ -1,0 +1,71 @@
+// Tracked heaps beside the C library's allocator. A step frees one of 10,000 live objects and allocates another one.
+#include <qxut23/heaps.h>
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+namespace
+{
+
+constexpr std::size_t kLive = 10'000;
+
+struct Random
+{
+    std::uint32_t Next()
+    {
+        return static_cast<std::uint32_t>((state = state * 6364136223846793005u + 1442695040888963407u) >> 33);
+    }
+
+    std::uint64_t state = 15;
+};
+
+template <class Allocate, class Free>
+void Run(benchmark::State& state, Allocate allocate, Free free)
+{
+    std::vector<void*> objects(kLive);
+    Random random;
+    for (void*& object : objects)
+        object = allocate(16 + random.Next() % 497);
+    for (auto _ : state)
+    {
+        void*& object = objects[random.Next() % kLive];
+        free(object);
+        object = allocate(16 + random.Next() % 497);
+    }
+    for (void* const object : objects)
+        free(object);
+}
+
+void RunOnHeap(benchmark::State& state, std::uint32_t flags)
+{
+    const HUTHEAPJOB job = UtilJobOpen(nullptr, 0);
+    const HUTHEAP heap = UtilHeapCreate(job, nullptr, flags);
+    Run(
+        state, [heap](std::uint32_t size) { return UtilHeapObjectAlloc(heap, size, 0); },
+        [heap](void* object) { UtilHeapObjectFree(heap, object); });
+    UtilHeapDelete(heap);
+    UtilJobClose(job);
+}
+
+void RunOnMalloc(benchmark::State& state)
+{
+    Run(
+        state, [](std::uint32_t size) { return std::malloc(size); }, [](void* object) { std::free(object); });
+}
+
+[[maybe_unused]] const bool registered = []
+{
+    benchmark::RegisterBenchmark("plain object/ours", [](benchmark::State& state) { RunOnHeap(state, 0); });
+    benchmark::RegisterBenchmark("plain object/malloc", RunOnMalloc);
+    benchmark::RegisterBenchmark(
+        "debug object/ours", [](benchmark::State& state) { RunOnHeap(state, QXUT_HEAP_DEBUG); });
+    benchmark::RegisterBenchmark("debug object/malloc", RunOnMalloc);
+    return true;
+}();
+
+} // namespace

@@ -1,0 +1,87 @@
+// A private heap. Everything that it keeps about its blocks is in memory of its own.
+#pragma once
+
+#include "heap/span.h"
+
+#include <heapapi.h>
+#include <synchapi.h>
+
+namespace qxplatform::heap
+{
+
+class PrivateHeap
+{
+public:
+    // A block, in use or not.
+    struct Place
+    {
+        Span* span = nullptr;
+        std::uint32_t index = 0;
+    };
+
+    // A heap of zeros is empty and ready.
+    constexpr PrivateHeap() = default;
+    PrivateHeap(const PrivateHeap&) = delete;
+    PrivateHeap& operator=(const PrivateHeap&) = delete;
+
+    // Return null if memory runs out. The heap lies in memory of its own.
+    static PrivateHeap* Create(DWORD options);
+    static void Destroy(PrivateHeap* heap);
+
+    DWORD Options() const { return _options; }
+    CRITICAL_SECTION& Section() { return _section; }
+
+    // The caller holds the section, unless it serializes the calls itself.
+
+    // Returns null if memory runs out. Sets `isZeroed` if the block comes from the system.
+    void* Allocate(std::size_t size, bool& isZeroed);
+    bool Free(const void* block);
+    // Finds the block in use that starts at an address, without reading from there.
+    bool Find(const void* address, Place& place) const;
+    static std::size_t SizeOf(const Place& place);
+
+    // Moves on to the next block, or to the next run of free blocks. Starts with the first one after an entry with a
+    // null address.
+    enum class Step
+    {
+        Found,
+        AtEnd,
+        NoEntry // the entry refers to no block
+    };
+    Step Walk(PROCESS_HEAP_ENTRY& entry) const;
+
+    bool IsSound() const;
+    std::size_t Compact();
+
+private:
+    void* AllocateSlowly(std::size_t size, std::uint32_t sizeClass);
+    void* AllocateLarge(std::size_t size);
+    Span* MakeSpan(std::uint32_t sizeClass);
+    Span* TakeRecord(std::uint32_t sizeClass, std::uint32_t count);
+    void Enter(Span& span, Chunk* chunk, char* begin, std::size_t units);
+    void Forget(Span& span);
+    void FreeLarge(Span& span);
+    void DropSpan(Span& span);
+    void Open(Span& span);
+    void Close(Span& span);
+
+    Chunk* MakeChunk();
+    char* TakeUnits(std::size_t units, Chunk*& chunk);
+    void GiveUnitsBack(Chunk& chunk, char* begin, std::size_t units);
+
+    CRITICAL_SECTION _section{};
+    DWORD _options = 0;
+    SpanTable _table;
+    RecordArena _arena;
+    Span* _open[SizeClasses::kCount] = {}; // spans with free blocks
+    Span* _records[SizeClasses::kCount] = {};
+    Span* _largeRecords = nullptr;
+    Span* _spans = nullptr;
+    Span* _lastSpan = nullptr;
+    Chunk* _chunks = nullptr;
+    Chunk* _openChunks = nullptr;
+    Chunk* _chunkRecords = nullptr;
+    Chunk* _spareChunk = nullptr; // its memory isn't used
+};
+
+} // namespace qxplatform::heap

@@ -1,0 +1,144 @@
+#include "heaps/call_chains.h"
+
+#include <windows.h>
+
+#include <heapapi.h>
+
+#include <algorithm>
+
+namespace qx
+{
+namespace
+{
+
+std::uint64_t Mixed(std::uint64_t hash, const void* address)
+{
+    hash = (hash ^ reinterpret_cast<std::uintptr_t>(address)) * 0x9E3779B97F4A7C15u;
+    return hash ^ (hash >> 29);
+}
+
+} // namespace
+
+CallChains::Captured::Captured(const void* caller)
+{
+    const unsigned count = CaptureCallers(_entries, kFrames);
+    const scCaller* const end = _entries + count;
+    const scCaller* const first = std::find_if(static_cast<const scCaller*>(_entries), end,
+        [caller](const scCaller& entry) { return entry.address == caller; });
+    if (first != end)
+    {
+        _first = first;
+        _count = std::min<std::size_t>(static_cast<std::size_t>(end - first), scCallChain::kEntries);
+        return;
+    }
+    // The stack can't be walked. The nearest address is known all the same.
+    _entries[0].address = const_cast<void*>(caller);
+    _count = 1;
+}
+
+const scCallChain* CallChains::Use(const Captured& captured)
+{
+    std::uint64_t mixed = captured.Count();
+    for (std::size_t i = 0; i < captured.Count(); ++i)
+        mixed = Mixed(mixed, captured[i]);
+    const auto hash = static_cast<std::uint32_t>(mixed >> 32);
+    for (Record* record = _byContent[hash & (_buckets - 1)]; record != nullptr; record = record->nextByContent)
+    {
+        if (record->hash != hash)
+            continue;
+        std::size_t same = 0;
+        while (same < captured.Count() && record->chain.entries[same].address == captured[same])
+            ++same;
+        const bool endsHere = same == scCallChain::kEntries || record->chain.entries[same].address == nullptr;
+        if (same == captured.Count() && endsHere)
+        {
+            ++record->users;
+            return &record->chain;
+        }
+    }
+    Grow();
+    auto* const record = static_cast<Record*>(HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, sizeof(Record)));
+    if (record == nullptr)
+        return nullptr;
+    for (std::size_t i = 0; i < captured.Count(); ++i)
+        record->chain.entries[i].address = captured[i];
+    record->users = 1;
+    record->hash = hash;
+    ++_count;
+    Insert(*record);
+    return &record->chain;
+}
+
+void CallChains::Release(const scCallChain* chain)
+{
+    Record* const record = Find(chain);
+    if (record == nullptr || --record->users != 0)
+        return;
+    Remove(*record);
+    --_count;
+    HeapFree(GetProcessHeap(), 0, record);
+}
+
+std::size_t CallChains::HashOf(const void* address)
+{
+    return static_cast<std::size_t>(Mixed(0, address) >> 32);
+}
+
+CallChains::Record* CallChains::Find(const scCallChain* chain) const
+{
+    if (chain == nullptr)
+        return nullptr;
+    Record* record = _byAddress[HashOf(chain) & (_buckets - 1)];
+    while (record != nullptr && &record->chain != chain)
+        record = record->nextByAddress;
+    return record;
+}
+
+// Without memory for more buckets, look-ups take longer.
+void CallChains::Grow()
+{
+    if (_count < _buckets)
+        return;
+    const std::size_t former = _buckets;
+    auto** const buckets =
+        static_cast<Record**>(HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, 4 * former * sizeof(Record*)));
+    if (buckets == nullptr)
+        return;
+    Record** const formerByContent = _byContent;
+    _buckets = 2 * former;
+    _byContent = buckets;
+    _byAddress = buckets + _buckets;
+    for (std::size_t i = 0; i < former; ++i)
+        for (Record* record = formerByContent[i]; record != nullptr;)
+        {
+            Record* const next = record->nextByContent;
+            Insert(*record);
+            record = next;
+        }
+    if (formerByContent != _firstByContent)
+        HeapFree(GetProcessHeap(), 0, formerByContent); // holds both arrays
+}
+
+void CallChains::Insert(Record& record)
+{
+    Record*& byContent = _byContent[record.hash & (_buckets - 1)];
+    record.nextByContent = byContent;
+    byContent = &record;
+    Record*& byAddress = _byAddress[HashOf(&record.chain) & (_buckets - 1)];
+    record.nextByAddress = byAddress;
+    byAddress = &record;
+}
+
+void CallChains::Remove(Record& record)
+{
+    Record** link = &_byContent[record.hash & (_buckets - 1)];
+    while (*link != &record)
+        link = &(*link)->nextByContent;
+    *link = record.nextByContent;
+    link = &_byAddress[HashOf(&record.chain) & (_buckets - 1)];
+    while (*link != &record)
+        link = &(*link)->nextByAddress;
+    *link = record.nextByAddress;
+}
+
+} // namespace qx

@@ -1,0 +1,86 @@
+// Call chains of objects, heaps and jobs. Equal chains share a record with a reference count.
+#pragma once
+
+#include "stacks/callers.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace qx
+{
+
+// The part of a record that debuggers and other modules read. Unused entries are zero.
+struct scCallChain
+{
+    static constexpr std::size_t kEntries = 30;
+
+    scCaller entries[kEntries];
+};
+
+static_assert(sizeof(scCallChain) == 720);
+
+// The records of the process. They lie on the process heap. The caller holds the section of the heaps.
+class CallChains
+{
+public:
+    // The nearest return addresses of the calling thread, without those inside the library.
+    class Captured
+    {
+    public:
+        // `caller` is the return address of the exported function that the thread is in.
+        explicit Captured(const void* caller);
+
+        std::size_t Count() const { return _count; }
+        void* operator[](std::size_t index) const { return _first[index].address; }
+
+    private:
+        static constexpr unsigned kFrames = 40;
+
+        scCaller _entries[kFrames];
+        const scCaller* _first = _entries;
+        std::size_t _count = 0;
+    };
+
+    constexpr CallChains() = default;
+    CallChains(const CallChains&) = delete;
+    CallChains& operator=(const CallChains&) = delete;
+
+    // Returns the record of a chain and counts one more use, or returns null if memory runs out.
+    const scCallChain* Use(const Captured& captured);
+
+    // Counts one use less and frees the record of the last one. A pointer that refers to no record is ignored, since it
+    // may come from a damaged header.
+    void Release(const scCallChain* chain);
+
+    // Returns true if the pointer refers to a record. Doesn't read from there.
+    bool IsRecord(const scCallChain* chain) const { return Find(chain) != nullptr; }
+
+    std::size_t Count() const { return _count; }
+
+private:
+    struct Record
+    {
+        scCallChain chain;
+        std::uint32_t users;
+        std::uint32_t hash;
+        Record* nextByContent;
+        Record* nextByAddress;
+    };
+
+    static constexpr std::size_t kFirstBuckets = 64;
+
+    static std::size_t HashOf(const void* address);
+    Record* Find(const scCallChain* chain) const;
+    void Grow();
+    void Insert(Record& record);
+    void Remove(Record& record);
+
+    Record* _firstByContent[kFirstBuckets] = {};
+    Record* _firstByAddress[kFirstBuckets] = {};
+    Record** _byContent = _firstByContent;
+    Record** _byAddress = _firstByAddress;
+    std::size_t _buckets = kFirstBuckets;
+    std::size_t _count = 0;
+};
+
+} // namespace qx

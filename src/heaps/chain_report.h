@@ -1,0 +1,27 @@
+// The call chains in reports.
+#pragma once
+
+namespace qx
+{
+
+class CallChains;
+struct scCallChain;
+
+// The paths of modules that a report has named so far. As long as one exists, chains are shown with its paths, so each
+// module is looked up once a report.
+class ModulePaths
+{
+public:
+    ModulePaths();
+    ModulePaths(const ModulePaths&) = delete;
+    ModulePaths& operator=(const ModulePaths&) = delete;
+    ~ModulePaths();
+
+private:
+    bool _isOutermost;
+};
+
+// Writes a heading and a line for each address of the chain. Writes nothing if the pointer refers to no chain.
+void ReportChain(const CallChains& chains, const wchar_t* subject, const scCallChain* chain);
+
+} // namespace qx

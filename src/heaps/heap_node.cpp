@@ -1,0 +1,307 @@
+#include "heaps/heap_node.h"
+
+#include "heaps/heap_functions.h"
+#include "heaps/memory_access.h"
+#include "heaps/module_node.h"
+#include "heaps/report.h"
+
+#include <windows.h>
+
+#include <heapapi.h>
+
+#include <algorithm>
+#include <new>
+
+namespace qx
+{
+namespace
+{
+
+constexpr SIZE_T kInitialSize = 32768;
+constexpr std::size_t kMostTraces = 10;
+
+// The system aligns blocks to 16 bytes, so the address of an object tells where its block begins if it has one.
+constexpr std::uintptr_t kBlockAlignment = 16;
+
+} // namespace
+
+void CopyName(wchar_t (&target)[kNameCapacity], const wchar_t* name)
+{
+    std::size_t length = 0;
+    for (; name != nullptr && name[length] != 0 && length + 1 < kNameCapacity; ++length)
+        target[length] = name[length];
+    target[length] = 0;
+}
+
+clsHeapNode::clsHeapNode(clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains)
+    : _owner(&owner),
+      _flags(flags),
+      _chains(chains)
+{
+    CopyName(_name, name);
+    _heapOptions = ((flags & kHeapNoSerialize) != 0 ? HEAP_NO_SERIALIZE : 0) |
+                   ((flags & kHeapGenerateExceptions) != 0 ? HEAP_GENERATE_EXCEPTIONS : 0);
+}
+
+clsHeapNode* clsHeapNode::Create(
+    clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains, const void* caller)
+{
+    void* const memory = HeapAlloc(GetProcessHeap(), 0, sizeof(clsHeapNode));
+    if (memory == nullptr)
+        return nullptr;
+    auto* const heap = new (memory) clsHeapNode(owner, name, flags, chains);
+    // The exception is raised by the exported function, after the failure was reported and the section left.
+    const DWORD systemOptions = heap->_heapOptions & ~static_cast<DWORD>(HEAP_GENERATE_EXCEPTIONS);
+    heap->_systemHeap = HeapCreate(systemOptions, kInitialSize, 0);
+    if (heap->_systemHeap == nullptr)
+    {
+        HeapFree(GetProcessHeap(), 0, memory);
+        return nullptr;
+    }
+    if (heap->IsDebugHeap())
+        heap->_creationTrace = chains.Use(CallChains::Captured(caller));
+    return heap;
+}
+
+const wchar_t* clsHeapNode::ModuleName() const
+{
+    return _owner->Name();
+}
+
+void* clsHeapNode::AllocObject(
+    std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const void* caller, bool& isOutOfMemory)
+{
+    if (IsDebugHeap() && (flags & kObjectPlain) == 0)
+        flags |= kObjectDebug;
+    void* const object = (flags & kObjectDebug) != 0 ? AllocDebugObject(size, flags, tag, caller, isOutOfMemory)
+                                                     : AllocPlainObject(size, flags, isOutOfMemory);
+    if (object == nullptr)
+        return nullptr;
+    if ((flags & kObjectZero) == 0 && (flags & kObjectFill) != 0)
+        std::memset(object, kFreshByte, size);
+    CountAllocation();
+    return object;
+}
+
+void clsHeapNode::CountAllocation()
+{
+    ++_liveObjects;
+    _maximumLiveObjects = std::max(_maximumLiveObjects, _liveObjects);
+    ++_totalAllocations;
+}
+
+void* clsHeapNode::AllocDebugObject(
+    std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const void* caller, bool& isOutOfMemory)
+{
+    if (static_cast<std::int32_t>(size) < 0)
+    {
+        if (!UtilIsDebugActive())
+            return nullptr;
+        const ReportBlock block(L"Error: clsHeapNode['%s'/'%s']::AllocObject%s(%d)", ModuleName(), Name(), L"D", size);
+        const CallChains::Captured captured(caller);
+        const std::size_t count = std::min(captured.Count(), kMostTraces);
+        ReportLine(L"%d traces", static_cast<int>(count));
+        for (std::size_t i = 0; i < count; ++i)
+            ReportLine(L"  %#p", captured[i]);
+        return nullptr;
+    }
+    const DWORD options = (_heapOptions & HEAP_NO_SERIALIZE) | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
+    auto* const block = static_cast<char*>(HeapAlloc(_systemHeap, options, size + kDebugOverhead));
+    if (block == nullptr)
+    {
+        isOutOfMemory = true;
+        ReportOutOfMemory(L"D", size);
+        return nullptr;
+    }
+    scDebugHeader header = {};
+    header.firstMagic = kFirstMagic;
+    header.systemHeap = _systemHeap;
+    header.tick = GetTickCount();
+    if ((flags & kObjectNoChain) == 0)
+        header.chain = _chains.Use(CallChains::Captured(caller));
+    _chainsInUse += header.chain != nullptr;
+    header.tag = tag;
+    header.size = static_cast<std::int32_t>(size);
+    header.secondMagic = kSecondMagic;
+    std::memcpy(block, &header, sizeof header);
+    PutWord(block + kDebugHeaderSize + size, kFence);
+    _liveBytes = static_cast<std::int32_t>(static_cast<std::uint32_t>(_liveBytes) + size);
+    return block + kDebugHeaderSize;
+}
+
+void* clsHeapNode::AllocPlainObject(std::uint32_t size, std::uint32_t flags, bool& isOutOfMemory)
+{
+    char* block = nullptr;
+    if (static_cast<std::int32_t>(size) >= 0)
+    {
+        const DWORD options = (_heapOptions & HEAP_NO_SERIALIZE) | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
+        block = static_cast<char*>(HeapAlloc(_systemHeap, options, size + kPlainOverhead));
+        isOutOfMemory = block == nullptr;
+    }
+    if (block == nullptr)
+    {
+        ReportOutOfMemory(L"ND", size);
+        return nullptr;
+    }
+    PutWord(block, kPlainMagic);
+    return block + kPlainOverhead;
+}
+
+void clsHeapNode::ReportOutOfMemory(const wchar_t* kind, std::uint32_t size) const
+{
+    ReportLine(L"Error: clsHeapNode['%s'/'%s']::AllocObject%s(%d): Out of memory", ModuleName(), Name(), kind, size);
+}
+
+// The section protects the heap, and a search changes nothing.
+std::size_t clsHeapNode::BlockSize(const void* block) const
+{
+    if (reinterpret_cast<std::uintptr_t>(block) % kBlockAlignment != 0)
+        return kNoBlock;
+    return HeapSize(_systemHeap, HEAP_NO_SERIALIZE, block);
+}
+
+// Looks a pointer up among the blocks of this heap before anything is read from there.
+clsHeapNode::Object clsHeapNode::Inspect(const void* object) const
+{
+    Object result{0, kNoBlock, kNoBlock};
+    const char* const word = BytesAt(object, -static_cast<std::ptrdiff_t>(sizeof kSecondMagic));
+    result.plainBlockSize = BlockSize(word);
+    if (result.plainBlockSize == kNoBlock)
+        result.debugBlockSize = BlockSize(BytesAt(object, -static_cast<std::ptrdiff_t>(kDebugHeaderSize)));
+    const bool isPlainBlock = result.plainBlockSize != kNoBlock && result.plainBlockSize >= kPlainOverhead;
+    const bool isDebugBlock = result.debugBlockSize != kNoBlock && result.debugBlockSize >= kDebugOverhead;
+    result.magic = isPlainBlock || isDebugBlock ? WordAt(word) : ReadWordCarefully(word);
+    return result;
+}
+
+std::int32_t clsHeapNode::FreeObject(void* object)
+{
+    const Object found = Inspect(object);
+    if (found.magic == kSecondMagic)
+        return FreeDebugObject(static_cast<char*>(object), found.debugBlockSize);
+    if (found.magic == kPlainMagic)
+        return FreePlainObject(static_cast<char*>(object), found.plainBlockSize);
+    if (UtilIsDebugActive())
+    {
+        const ReportBlock block(L"Error: clsHeapNode['%s'/'%s']::FreeObject(%#p)", ModuleName(), Name(), object);
+        ReportLine(L"bad pointer, or memory underrun (magic=0x%08x)", found.magic);
+    }
+    return kHeapsBadObject;
+}
+
+std::int32_t clsHeapNode::FreeDebugObject(char* object, std::size_t blockSize)
+{
+    ReportBlock block;
+    const auto open = [&]
+    {
+        block.Open(
+            L"Error: clsHeapNode['%s'/'%s']::FreeObjectD(%#p)", ModuleName(), Name(), static_cast<void*>(object));
+    };
+
+    const DebugObject found = ReadDebugObject(object, blockSize);
+    if (found.header.firstMagic != kFirstMagic)
+    {
+        open();
+        ReportLine(L"Not allocated with UTIL or memory underrun (object not freed)");
+        return kHeapsBadObject;
+    }
+    if (!Check(found))
+    {
+        open();
+        ReportLine(L"Memory overrun, fence value has been changed (object not freed)");
+        Dump(found);
+        return kHeapsBadObject;
+    }
+    if (found.header.size < 0)
+    {
+        open();
+        ReportLine(L"bad size %d", found.header.size);
+        Dump(found);
+    }
+    char* const begin = BytesAt(object, -static_cast<std::ptrdiff_t>(kDebugHeaderSize));
+    if (blockSize != kNoBlock)
+    {
+        if (UtilIsDebugActive())
+            std::memset(object, kFreedByte, blockSize - kDebugOverhead);
+        if (HeapFree(_systemHeap, _heapOptions & HEAP_NO_SERIALIZE, begin))
+        {
+            ReleaseChain(found);
+            --_liveObjects;
+            _liveBytes = static_cast<std::int32_t>(
+                static_cast<std::uint32_t>(_liveBytes) - static_cast<std::uint32_t>(found.header.size));
+            return 0;
+        }
+    }
+    open();
+    ReportLine(L"error freeing object");
+    Dump(found);
+    return kHeapsBadObject;
+}
+
+std::int32_t clsHeapNode::FreePlainObject(char* object, std::size_t blockSize)
+{
+    ReportBlock block;
+    const auto open = [&]
+    {
+        block.Open(
+            L"Error: clsHeapNode['%s'/'%s']::FreeObjectND(%#p)", ModuleName(), Name(), static_cast<void*>(object));
+    };
+
+    char* const begin = BytesAt(object, -static_cast<std::ptrdiff_t>(kPlainOverhead));
+    if (UtilIsDebugActive())
+    {
+        if (blockSize != kNoBlock && blockSize > 0)
+            std::memset(begin, kFreedByte, blockSize);
+        else
+        {
+            open();
+            ReportLine(L"bad object size %d", static_cast<std::int32_t>(blockSize));
+        }
+    }
+    if (blockSize != kNoBlock && HeapFree(_systemHeap, _heapOptions & HEAP_NO_SERIALIZE, begin))
+    {
+        --_liveObjects;
+        return 0;
+    }
+    open();
+    ReportLine(L"error freeing object");
+    return kHeapsBadObject;
+}
+
+std::int32_t clsHeapNode::SizeObject(const void* object) const
+{
+    const Object found = Inspect(object);
+    const bool isDebug = found.magic == kSecondMagic;
+    const std::size_t blockSize = isDebug ? found.debugBlockSize : found.plainBlockSize;
+    if ((!isDebug && found.magic != kPlainMagic) || blockSize == kNoBlock)
+    {
+        const ReportBlock block(L"Error: clsHeapNode['%s'/'%s']::SizeObject(%#p)", ModuleName(), Name(), object);
+        ReportLine(L"bad pointer, or memory underrun (magic=0x%08x)\n", found.magic);
+        return kHeapsBadObject;
+    }
+    const std::size_t size = blockSize - (isDebug ? kDebugOverhead : kPlainOverhead);
+    if (size == 0 && IsDebugHeap())
+    {
+        const ReportBlock block(L"Warning: clsHeapNode['%s'/'%s']::SizeObject(%#p):", ModuleName(), Name(), object);
+        ReportLine(L"Object has a size of 0 (bad pointer?)\n");
+    }
+    return static_cast<std::int32_t>(size);
+}
+
+std::int32_t clsHeapNode::ShrinkHeap()
+{
+    const HeapFunctions& functions = LateHeapFunctions();
+    if (functions.compact == nullptr)
+    {
+        ReportLine(L"Error: UtilHeapShrink(...) does only run under NT");
+        return kHeapsNotSupported;
+    }
+    SetLastError(NO_ERROR);
+    if (functions.compact(_systemHeap, _heapOptions & HEAP_NO_SERIALIZE) != 0 || GetLastError() == NO_ERROR)
+        return 0;
+    ReportLine(
+        L"Error: clsHeapNode['%s'/'%s']::ShrinkHeap(%#p) failed", ModuleName(), Name(), static_cast<void*>(this));
+    return kHeapsInvalidHandle;
+}
+
+} // namespace qx

@@ -1,0 +1,138 @@
+// A tracked heap. The caller of all functions holds the section of the heaps.
+#pragma once
+
+#include "heaps/call_chains.h"
+#include "heaps/object_layout.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace qx
+{
+
+class clsModuleNode;
+
+// Results of the exported functions.
+constexpr std::int32_t kHeapsInvalidHandle = -2;
+constexpr std::int32_t kHeapsCorrupted = -3;
+constexpr std::int32_t kHeapsLeftOver = -5;
+constexpr std::int32_t kHeapsBadObject = -6;
+constexpr std::int32_t kHeapsNotSupported = -7;
+
+constexpr std::uint32_t kHeapNoSerialize = 0x10;
+constexpr std::uint32_t kHeapGenerateExceptions = 0x20;
+constexpr std::uint32_t kHeapNoDebug = 0x40;
+constexpr std::uint32_t kHeapIllegal = 0x80;
+constexpr std::uint32_t kHeapNoWarning = 0x100;
+constexpr std::uint32_t kHeapDebug = 0x40000000;
+
+constexpr std::uint32_t kObjectZero = 0x1;
+constexpr std::uint32_t kObjectFill = 0x2;
+constexpr std::uint32_t kObjectNoChain = 0x4;
+constexpr std::uint32_t kObjectPlain = 0x40;
+constexpr std::uint32_t kObjectDebug = 0x40000000;
+
+constexpr std::size_t kNameCapacity = 33; // longer names are cut
+
+class clsHeapNode
+{
+public:
+    // A debug object's header and block, as far as they can be read.
+    struct DebugObject
+    {
+        scDebugHeader header;
+        char* object;
+        std::size_t blockSize; // kNoBlock if it isn't a block of this heap
+    };
+
+    static constexpr std::size_t kNoBlock = static_cast<std::size_t>(-1);
+
+    // Returns null if memory runs out. The record lies on the process heap.
+    static clsHeapNode* Create(
+        clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains, const void* caller);
+    // Destroys the system heap, too. Returns kHeapsLeftOver if there were objects, otherwise 0.
+    static std::int32_t Delete(clsHeapNode* heap);
+
+    clsHeapNode(const clsHeapNode&) = delete;
+    clsHeapNode& operator=(const clsHeapNode&) = delete;
+
+    clsModuleNode& Owner() const { return *_owner; }
+    const wchar_t* Name() const { return _name; }
+    const wchar_t* ModuleName() const;
+    std::uint32_t Flags() const { return _flags; }
+    bool IsDebugHeap() const { return (_flags & kHeapDebug) != 0; }
+    bool RaisesExceptions() const { return (_flags & kHeapGenerateExceptions) != 0; }
+    HANDLE SystemHeap() const { return _systemHeap; }
+    std::int32_t LiveBytes() const { return _liveBytes; }
+
+    // Returns null on failure. `isOutOfMemory` is set if the system heap had no memory.
+    void* AllocObject(
+        std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const void* caller, bool& isOutOfMemory);
+    std::int32_t FreeObject(void* object);
+    std::int32_t SizeObject(const void* object) const;
+
+    std::int32_t Validate(const void* object);
+    std::int32_t ShrinkHeap();
+    // The sum of the sizes of all used blocks, at most INT32_MAX, or kHeapsNotSupported without HeapWalk.
+    std::int32_t SizeOfBlocks() const;
+
+    // Writes what is left on the heap.
+    void Report() const;
+
+    // The visitors are called until they return false. Without HeapWalk, they aren't called.
+    template <class Visitor>
+    void ForEachBlock(Visitor visitor) const; // visitor(block, size) for each used block
+    template <class Visitor>
+    void ForEachDebugObject(Visitor visitor) const; // visitor(DebugObject)
+
+private:
+    friend class clsModuleNode; // links the heaps
+
+    struct Object
+    {
+        std::uint32_t magic; // the word before the object
+        std::size_t debugBlockSize;
+        std::size_t plainBlockSize;
+    };
+
+    clsHeapNode(clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains);
+    ~clsHeapNode() = default;
+
+    Object Inspect(const void* object) const;
+    std::size_t BlockSize(const void* block) const;
+    DebugObject ReadDebugObject(const void* object, std::size_t blockSize) const;
+
+    void* AllocDebugObject(
+        std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const void* caller, bool& isOutOfMemory);
+    void* AllocPlainObject(std::uint32_t size, std::uint32_t flags, bool& isOutOfMemory);
+    void ReportOutOfMemory(const wchar_t* kind, std::uint32_t size) const;
+    void CountAllocation();
+    std::int32_t FreeDebugObject(char* object, std::size_t blockSize);
+    std::int32_t FreePlainObject(char* object, std::size_t blockSize);
+
+    bool HasFence(const DebugObject& object) const;
+    bool Check(const DebugObject& object) const;
+    void Dump(const DebugObject& object) const;
+    void CheckAll() const;
+    void ReleaseChain(const DebugObject& object);
+
+    clsModuleNode* _owner;
+    wchar_t _name[kNameCapacity] = {};
+    std::uint32_t _flags;
+    std::uint32_t _heapOptions = 0;
+    const scCallChain* _creationTrace = nullptr;
+    HANDLE _systemHeap = nullptr;
+    std::int32_t _liveObjects = 0;
+    std::int32_t _liveBytes = 0;
+    std::int32_t _totalAllocations = 0;
+    std::int32_t _maximumLiveObjects = 0;
+    std::size_t _chainsInUse = 0; // of live objects
+    clsHeapNode* _next = nullptr;
+    clsHeapNode* _previous = nullptr;
+    CallChains& _chains;
+};
+
+// Copies a name, cut to the capacity. A null name becomes an empty one.
+void CopyName(wchar_t (&target)[kNameCapacity], const wchar_t* name);
+
+} // namespace qx

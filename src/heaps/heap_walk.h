@@ -1,0 +1,45 @@
+// The walks over a heap's blocks.
+#pragma once
+
+#include "heaps/heap_functions.h"
+#include "heaps/heap_node.h"
+
+#include <windows.h>
+
+#include <heapapi.h>
+
+namespace qx
+{
+
+template <class Visitor>
+void clsHeapNode::ForEachBlock(Visitor visitor) const
+{
+    const HeapFunctions& functions = LateHeapFunctions();
+    if (functions.walk == nullptr)
+        return;
+    const bool isSerialized = (_heapOptions & HEAP_NO_SERIALIZE) == 0;
+    const bool isLocked =
+        isSerialized && functions.lock != nullptr && functions.unlock != nullptr && functions.lock(_systemHeap);
+    PROCESS_HEAP_ENTRY entry = {};
+    while (functions.walk(_systemHeap, &entry))
+        if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 && !visitor(entry.lpData, std::size_t{entry.cbData}))
+            break;
+    if (isLocked)
+        functions.unlock(_systemHeap);
+}
+
+// Passes over blocks without the header of a debug object of this heap.
+template <class Visitor>
+void clsHeapNode::ForEachDebugObject(Visitor visitor) const
+{
+    ForEachBlock(
+        [&](const void* block, std::size_t size)
+        {
+            if (size < kDebugOverhead || WordAt(block) != kFirstMagic)
+                return true;
+            const DebugObject object = ReadDebugObject(BytesAt(block, kDebugHeaderSize), size);
+            return object.header.systemHeap != _systemHeap || visitor(object);
+        });
+}
+
+} // namespace qx

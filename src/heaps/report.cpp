@@ -1,0 +1,64 @@
+#include "heaps/report.h"
+
+#include "core/text/text_format.h"
+
+namespace qx
+{
+namespace
+{
+
+constexpr std::size_t kLineCapacity = 1025;
+
+int reportDepth = 0;
+wchar_t reportText[kLineCapacity]; // static, because a heap may report with little stack left
+
+void WriteReportLine(const wchar_t* format, va_list arguments)
+{
+    FormatBounded(reportText, kLineCapacity, format, arguments);
+    DebugLine(L"%-8s:%*s%s\n", L"", reportDepth, L"", static_cast<const wchar_t*>(reportText));
+}
+
+} // namespace
+
+void ReportLine(const wchar_t* format, ...)
+{
+    if (!UtilIsDebugActive())
+        return;
+    va_list arguments;
+    va_start(arguments, format);
+    WriteReportLine(format, arguments);
+    va_end(arguments);
+}
+
+ReportBlock::ReportBlock(const wchar_t* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    OpenV(format, arguments);
+    va_end(arguments);
+}
+
+ReportBlock::~ReportBlock()
+{
+    if (_isOpen)
+        --reportDepth;
+}
+
+void ReportBlock::Open(const wchar_t* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    OpenV(format, arguments);
+    va_end(arguments);
+}
+
+void ReportBlock::OpenV(const wchar_t* format, va_list arguments)
+{
+    if (_isOpen || !UtilIsDebugActive())
+        return;
+    WriteReportLine(format, arguments);
+    ++reportDepth;
+    _isOpen = true;
+}
+
+} // namespace qx
