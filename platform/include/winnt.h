@@ -103,13 +103,156 @@ typedef struct _RTL_CRITICAL_SECTION
     ULONG_PTR SpinCount;
 } RTL_CRITICAL_SECTION, *PRTL_CRITICAL_SECTION;
 
-// Exceptions. Processor registers are not reported.
+// The registers of a thread. Each flag names a group of fields of CONTEXT.
+#if defined(__x86_64__)
+
+#define CONTEXT_AMD64 0x00100000
+#define CONTEXT_CONTROL (CONTEXT_AMD64 | 0x1)          // SegCs, SegSs, Rip, Rsp, EFlags
+#define CONTEXT_INTEGER (CONTEXT_AMD64 | 0x2)          // the other general registers
+#define CONTEXT_SEGMENTS (CONTEXT_AMD64 | 0x4)         // SegDs, SegEs, SegFs, SegGs
+#define CONTEXT_FLOATING_POINT (CONTEXT_AMD64 | 0x8)   // MxCsr, FltSave
+#define CONTEXT_DEBUG_REGISTERS (CONTEXT_AMD64 | 0x10) // Dr0 to Dr7
+
+typedef struct _M128A
+{
+    ULONGLONG Low;
+    LONGLONG High;
+} __attribute__((aligned(16))) M128A, *PM128A;
+
+typedef struct _XSAVE_FORMAT
+{
+    WORD ControlWord;
+    WORD StatusWord;
+    BYTE TagWord;
+    BYTE Reserved1;
+    WORD ErrorOpcode;
+    DWORD ErrorOffset;
+    WORD ErrorSelector;
+    WORD Reserved2;
+    DWORD DataOffset;
+    WORD DataSelector;
+    WORD Reserved3;
+    DWORD MxCsr;
+    DWORD MxCsr_Mask;
+    M128A FloatRegisters[8];
+    M128A XmmRegisters[16];
+    BYTE Reserved4[96];
+} __attribute__((aligned(16))) XSAVE_FORMAT, *PXSAVE_FORMAT, XMM_SAVE_AREA32, *PXMM_SAVE_AREA32;
+
+typedef struct _CONTEXT
+{
+    DWORD64 P1Home;
+    DWORD64 P2Home;
+    DWORD64 P3Home;
+    DWORD64 P4Home;
+    DWORD64 P5Home;
+    DWORD64 P6Home;
+    DWORD ContextFlags;
+    DWORD MxCsr;
+    WORD SegCs;
+    WORD SegDs;
+    WORD SegEs;
+    WORD SegFs;
+    WORD SegGs;
+    WORD SegSs;
+    DWORD EFlags;
+    DWORD64 Dr0;
+    DWORD64 Dr1;
+    DWORD64 Dr2;
+    DWORD64 Dr3;
+    DWORD64 Dr6;
+    DWORD64 Dr7;
+    DWORD64 Rax;
+    DWORD64 Rcx;
+    DWORD64 Rdx;
+    DWORD64 Rbx;
+    DWORD64 Rsp;
+    DWORD64 Rbp;
+    DWORD64 Rsi;
+    DWORD64 Rdi;
+    DWORD64 R8;
+    DWORD64 R9;
+    DWORD64 R10;
+    DWORD64 R11;
+    DWORD64 R12;
+    DWORD64 R13;
+    DWORD64 R14;
+    DWORD64 R15;
+    DWORD64 Rip;
+    XMM_SAVE_AREA32 FltSave;
+    M128A VectorRegister[26];
+    DWORD64 VectorControl;
+    DWORD64 DebugControl;
+    DWORD64 LastBranchToRip;
+    DWORD64 LastBranchFromRip;
+    DWORD64 LastExceptionToRip;
+    DWORD64 LastExceptionFromRip;
+} __attribute__((aligned(16))) CONTEXT, *PCONTEXT, *LPCONTEXT;
+
+#elif defined(__aarch64__)
+
+#define CONTEXT_ARM64 0x00400000
+#define CONTEXT_CONTROL (CONTEXT_ARM64 | 0x1)         // Fp, Lr, Sp, Pc, Cpsr
+#define CONTEXT_INTEGER (CONTEXT_ARM64 | 0x2)         // X0 to X28
+#define CONTEXT_FLOATING_POINT (CONTEXT_ARM64 | 0x4)  // V, Fpcr, Fpsr
+#define CONTEXT_DEBUG_REGISTERS (CONTEXT_ARM64 | 0x8) // Bcr, Bvr, Wcr, Wvr
+
+typedef union _ARM64_NT_NEON128
+{
+    struct
+    {
+        ULONGLONG Low;
+        LONGLONG High;
+    };
+    double D[2];
+    float S[4];
+    WORD H[8];
+    BYTE B[16];
+} ARM64_NT_NEON128, *PARM64_NT_NEON128;
+
+typedef struct _CONTEXT
+{
+    DWORD ContextFlags;
+    DWORD Cpsr;
+    union
+    {
+        DWORD64 X[31]; // X[29] is Fp and X[30] Lr
+        struct
+        {
+            DWORD64 X0ToX28[29];
+            DWORD64 Fp;
+            DWORD64 Lr;
+        };
+    };
+    DWORD64 Sp;
+    DWORD64 Pc;
+    ARM64_NT_NEON128 V[32];
+    DWORD Fpcr;
+    DWORD Fpsr;
+    DWORD Bcr[8];
+    DWORD64 Bvr[8];
+    DWORD Wcr[2];
+    DWORD64 Wvr[2];
+} __attribute__((aligned(16))) CONTEXT, *PCONTEXT, *LPCONTEXT;
+
+#else
+#error "which registers does this processor have?"
+#endif
+
+#define CONTEXT_FULL (CONTEXT_CONTROL | CONTEXT_INTEGER | CONTEXT_FLOATING_POINT)
+
+// Stores the registers with which the caller continues after the call.
+void NTAPI RtlCaptureContext(PCONTEXT ContextRecord) QXP(RtlCaptureContext);
+// Stores the return addresses of the calling thread, innermost first, and returns their number. The first of them is in
+// the caller. `BackTraceHash` receives the sum of the addresses and may be null. Takes no lock and allocates nothing.
+WORD NTAPI RtlCaptureStackBackTrace(DWORD FramesToSkip, DWORD FramesToCapture, PVOID* BackTrace, DWORD* BackTraceHash)
+    QXP(RtlCaptureStackBackTrace);
+
+// Exceptions.
 #define EXCEPTION_NONCONTINUABLE 0x1
 #define EXCEPTION_MAXIMUM_PARAMETERS 15
 #define EXCEPTION_CONTINUE_SEARCH 0
 #define EXCEPTION_CONTINUE_EXECUTION (-1)
-
-typedef struct _CONTEXT *PCONTEXT, *LPCONTEXT;
 
 typedef struct _EXCEPTION_RECORD
 {
@@ -219,3 +362,46 @@ typedef enum _TOKEN_INFORMATION_CLASS
 #define LOCALE_CUSTOM_UI_DEFAULT 0x1400
 #define LOCALE_INVARIANT 0x007f
 #define LOCALE_NAME_MAX_LENGTH 85
+
+// Pages of memory.
+#define PAGE_NOACCESS 0x01
+#define PAGE_READONLY 0x02
+#define PAGE_READWRITE 0x04
+#define PAGE_WRITECOPY 0x08
+#define PAGE_EXECUTE 0x10
+#define PAGE_EXECUTE_READ 0x20
+#define PAGE_EXECUTE_READWRITE 0x40
+#define PAGE_EXECUTE_WRITECOPY 0x80
+#define MEM_COMMIT 0x00001000
+#define MEM_RESERVE 0x00002000
+#define MEM_FREE 0x00010000
+#define MEM_PRIVATE 0x00020000
+#define MEM_MAPPED 0x00040000
+#define MEM_IMAGE 0x01000000
+
+typedef struct _MEMORY_BASIC_INFORMATION
+{
+    PVOID BaseAddress;
+    PVOID AllocationBase;
+    DWORD AllocationProtect;
+    WORD PartitionId;
+    SIZE_T RegionSize;
+    DWORD State;
+    DWORD Protect;
+    DWORD Type;
+} MEMORY_BASIC_INFORMATION, *PMEMORY_BASIC_INFORMATION;
+
+#ifdef __cplusplus
+static_assert(sizeof(MEMORY_BASIC_INFORMATION) == 48 && offsetof(MEMORY_BASIC_INFORMATION, RegionSize) == 24);
+#if defined(__x86_64__)
+static_assert(sizeof(CONTEXT) == 0x4D0 && sizeof(XSAVE_FORMAT) == 512);
+static_assert(offsetof(CONTEXT, ContextFlags) == 0x30 && offsetof(CONTEXT, SegCs) == 0x38);
+static_assert(offsetof(CONTEXT, EFlags) == 0x44 && offsetof(CONTEXT, Dr0) == 0x48 && offsetof(CONTEXT, Rax) == 0x78);
+static_assert(offsetof(CONTEXT, Rsp) == 0x98 && offsetof(CONTEXT, Rbp) == 0xA0 && offsetof(CONTEXT, R15) == 0xF0);
+static_assert(offsetof(CONTEXT, Rip) == 0xF8 && offsetof(CONTEXT, FltSave) == 0x100);
+static_assert(offsetof(CONTEXT, VectorRegister) == 0x300 && offsetof(CONTEXT, DebugControl) == 0x4A8);
+#elif defined(__aarch64__)
+static_assert(sizeof(CONTEXT) == 0x390 && offsetof(CONTEXT, Fp) == 0xF0 && offsetof(CONTEXT, Sp) == 0x100);
+static_assert(offsetof(CONTEXT, V) == 0x110 && offsetof(CONTEXT, Bcr) == 0x318 && offsetof(CONTEXT, Wvr) == 0x380);
+#endif
+#endif

@@ -36,7 +36,7 @@ public:
     LateFunction<int(LCID, wchar_t*, int, DWORD)> p_LCIDToLocaleName{*this, L"p_LCIDToLocaleName", 16};
     LateFunction<int(const wchar_t*, DWORD, const wchar_t*, int, wchar_t*, int, void*, void*, LPARAM)> p_LCMapStringEx{
         *this, L"p_LCMapStringEx", 36};
-    LateProcedure p_RtlCaptureContext{*this, L"p_RtlCaptureContext", 4};
+    LateFunction<void(CONTEXT*)> p_RtlCaptureContext{*this, L"p_RtlCaptureContext", 4};
     LateFunction<WORD(DWORD, DWORD, void**, DWORD*)> p_RtlCaptureStackBackTrace{
         *this, L"p_RtlCaptureStackBackTrace", 16};
     LateFunction<BOOL(const wchar_t*)> p_SetDllDirectory{*this, L"p_SetDllDirectory", 4};

@@ -1,0 +1,59 @@
+#include "stacks/callers.h"
+
+#include "core/system_values.h"
+#include "module/late_libraries.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <atomic>
+
+namespace qx
+{
+namespace
+{
+
+using CaptureFunction = WORD(WINAPI*)(DWORD, DWORD, void**, DWORD*);
+
+constexpr unsigned kMostFrames = 200;
+constexpr unsigned kMostFramesOfOldSystems = 61;
+constexpr unsigned short kFirstWithoutLimit = 0x0600;
+
+struct Capture
+{
+    std::atomic<CaptureFunction> function = nullptr;
+    std::atomic<unsigned> mostFrames = 0; // 0 until the function has been resolved
+};
+
+constinit Capture capture;
+
+} // namespace
+
+void PrepareCaptures()
+{
+    auto& backTrace = Kernel32().p_RtlCaptureStackBackTrace;
+    if (backTrace.IsThere())
+        capture.function.store(reinterpret_cast<CaptureFunction>(backTrace.Address()), std::memory_order_relaxed);
+    capture.mostFrames.store(
+        SystemVersion() >= kFirstWithoutLimit ? kMostFrames : kMostFramesOfOldSystems, std::memory_order_release);
+}
+
+[[gnu::noinline]] unsigned CaptureCallers(scCaller* entries, unsigned count) noexcept
+{
+    unsigned mostFrames = capture.mostFrames.load(std::memory_order_acquire);
+    if (mostFrames == 0)
+    {
+        PrepareCaptures();
+        mostFrames = capture.mostFrames.load(std::memory_order_acquire);
+    }
+    const CaptureFunction function = capture.function.load(std::memory_order_relaxed);
+    if (function == nullptr)
+        return 0;
+    void* addresses[kMostFrames];
+    const unsigned frames = function(1, std::min(count, mostFrames), addresses, nullptr);
+    for (unsigned index = 0; index < frames; ++index)
+        entries[index].address = addresses[index];
+    return frames;
+}
+
+} // namespace qx
