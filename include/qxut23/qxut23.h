@@ -22,6 +22,7 @@
 #include <qxut23/profile_files.h>
 #include <qxut23/profile_source.h>
 #include <qxut23/profile_values.h>
+#include <qxut23/stacks.h>
 #include <qxut23/strings.h>
 #include <qxut23/tempfiles.h>
 #include <qxut23/zip.h>

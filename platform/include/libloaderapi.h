@@ -11,6 +11,7 @@ EXTERN_C_START
 HMODULE WINAPI GetModuleHandleW(LPCWSTR lpModuleName) QXP(GetModuleHandleW);
 BOOL WINAPI GetModuleHandleExW(DWORD dwFlags, LPCWSTR lpModuleName, HMODULE* phModule) QXP(GetModuleHandleExW);
 DWORD WINAPI GetModuleFileNameW(HMODULE hModule, LPWSTR lpFilename, DWORD nSize) QXP(GetModuleFileNameW);
+DWORD WINAPI GetModuleFileNameA(HMODULE hModule, LPSTR lpFilename, DWORD nSize) QXP(GetModuleFileNameA);
 HMODULE WINAPI LoadLibraryW(LPCWSTR lpLibFileName) QXP(LoadLibraryW);
 BOOL WINAPI FreeLibrary(HMODULE hLibModule) QXP(FreeLibrary);
 FARPROC WINAPI GetProcAddress(HMODULE hModule, LPCSTR lpProcName) QXP(GetProcAddress);

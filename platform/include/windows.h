@@ -11,6 +11,7 @@
 #include <handleapi.h>
 #include <ioapiset.h>
 #include <libloaderapi.h>
+#include <memoryapi.h>
 #include <minwinbase.h>
 #include <minwindef.h>
 #include <processenv.h>

@@ -3,6 +3,7 @@
 #include "core/forever.h"
 #include "diag/debug_channels.h"
 #include "module/module_frame.h"
+#include "stacks/caller_lines.h"
 
 #include <windows.h>
 
@@ -10,6 +11,7 @@ namespace
 {
 
 constexpr qx::ModuleSteps kSteps = {
+    .prepareStacks = &qx::PrepareStacks,
     .startChannels = &qx::StartDebugChannels,
     .closeChannels = &qx::CloseDebugChannels,
 };

@@ -136,6 +136,7 @@ void AttachModule(HMODULE library, const ModuleSteps& steps) noexcept
     Step(AskModuleValues);
     Step(DecideTicks);
     Step(ResolvePollingLocks);
+    Run(steps.prepareStacks);
     Step([library] { CreateActivationContext(library); });
     Run(steps.startChannels);
     Step(CheckModuleNames);

@@ -9,6 +9,7 @@ namespace qx
 // The steps of the subsystems in higher layers. Null steps are skipped.
 struct ModuleSteps
 {
+    void (*prepareStacks)() = nullptr; // resolves what stack traces need
     void (*startChannels)() = nullptr; // starts the debug output
     void (*reportHandles)() = nullptr; // reports handles that were never closed
     void (*closeChannels)() = nullptr;

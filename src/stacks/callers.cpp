@@ -13,7 +13,7 @@ namespace qx
 namespace
 {
 
-using CaptureFunction = WORD(WINAPI*)(DWORD, DWORD, void**, DWORD*);
+using CaptureFunction = LateFunction<WORD(DWORD, DWORD, void**, DWORD*)>;
 
 constexpr unsigned kMostFrames = 200;
 constexpr unsigned kMostFramesOfOldSystems = 61;
@@ -21,7 +21,7 @@ constexpr unsigned short kFirstWithoutLimit = 0x0600;
 
 struct Capture
 {
-    std::atomic<CaptureFunction> function = nullptr;
+    std::atomic<const CaptureFunction*> function = nullptr;
     std::atomic<unsigned> mostFrames = 0; // 0 until the function has been resolved
 };
 
@@ -33,7 +33,7 @@ void PrepareCaptures()
 {
     auto& backTrace = Kernel32().p_RtlCaptureStackBackTrace;
     if (backTrace.IsThere())
-        capture.function.store(reinterpret_cast<CaptureFunction>(backTrace.Address()), std::memory_order_relaxed);
+        capture.function.store(&backTrace, std::memory_order_relaxed);
     capture.mostFrames.store(
         SystemVersion() >= kFirstWithoutLimit ? kMostFrames : kMostFramesOfOldSystems, std::memory_order_release);
 }
@@ -46,11 +46,11 @@ void PrepareCaptures()
         PrepareCaptures();
         mostFrames = capture.mostFrames.load(std::memory_order_acquire);
     }
-    const CaptureFunction function = capture.function.load(std::memory_order_relaxed);
+    const CaptureFunction* const function = capture.function.load(std::memory_order_relaxed);
     if (function == nullptr)
         return 0;
     void* addresses[kMostFrames];
-    const unsigned frames = function(1, std::min(count, mostFrames), addresses, nullptr);
+    const unsigned frames = (*function)(1, std::min(count, mostFrames), addresses, nullptr);
     for (unsigned index = 0; index < frames; ++index)
         entries[index].address = addresses[index];
     return frames;

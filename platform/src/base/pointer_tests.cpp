@@ -1,35 +1,20 @@
 #include <winbase.h>
 
-#include <cerrno>
+#include "base/readable.h"
+
 #include <cstdint>
 
-#include <linux/futex.h>
-#include <sys/syscall.h>
 #include <unistd.h>
+
+using namespace qxplatform;
 
 namespace
 {
-
-// The kernel accesses memory on behalf of a futex call and reports inaccessible memory with EFAULT. Nobody waits on the
-// word that is woken.
-std::uint32_t nobodyWaitsHere = 0;
 
 std::uintptr_t PageSize()
 {
     static const std::uintptr_t size = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
     return size;
-}
-
-std::uint32_t* WordOf(std::uintptr_t address)
-{
-    return reinterpret_cast<std::uint32_t*>(address & ~std::uintptr_t{3}); // in the same page
-}
-
-// Compares the word and requeues no thread.
-bool CanRead(std::uintptr_t address)
-{
-    return syscall(SYS_futex, WordOf(address), FUTEX_CMP_REQUEUE_PRIVATE, 0, 0, &nobodyWaitsHere, 0) >= 0 ||
-           errno != EFAULT;
 }
 
 bool IsBadRange(std::uintptr_t first, UINT_PTR size)
@@ -43,7 +28,7 @@ bool IsBadRange(std::uintptr_t first, UINT_PTR size)
     for (std::uintptr_t page = first / PageSize();; ++page)
     {
         const std::uintptr_t begin = page * PageSize();
-        if (!CanRead(begin > first ? begin : first))
+        if (!IsReadable(begin > first ? begin : first))
             return true;
         if (page == lastPage)
             return false;

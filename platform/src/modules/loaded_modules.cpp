@@ -26,6 +26,7 @@ constexpr std::u16string_view kSystemLibraries[] = {
     u"ntdll",
     u"ole32",
     u"oleaut32",
+    u"psapi",
     u"shlwapi",
     u"user32",
     u"version",
@@ -59,11 +60,12 @@ int AddImage(dl_phdr_info* info, std::size_t, void* images)
     }
     const std::uintptr_t pageMask = ~static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE) - 1);
     auto& list = *static_cast<std::vector<Image>*>(images);
-    // The program is reported first and without a name. The kernel's image in every process has a name that isn't a
-    // path.
+    // The program is reported first and without a name.
     const std::string path = list.empty() ? ProgramPath() : info->dlpi_name;
-    if (begin < end && path.find('/') != path.npos)
-        list.push_back({{reinterpret_cast<HMODULE>(begin & pageMask), path}, begin, end});
+    begin &= pageMask;
+    end = (end + ~pageMask) & pageMask;
+    if (begin < end && !path.empty())
+        list.push_back({{reinterpret_cast<HMODULE>(begin), path, end - begin}, begin, end});
     return 0;
 }
 

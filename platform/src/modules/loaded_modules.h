@@ -3,6 +3,7 @@
 
 #include <minwindef.h>
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,7 +15,8 @@ namespace qxplatform
 struct Module
 {
     HMODULE handle = nullptr;
-    std::string path;
+    std::string path;     // only a name for the image that the kernel maps into every process
+    std::size_t size = 0; // in bytes, whole pages
 };
 
 // The program comes first.

@@ -1,5 +1,7 @@
 #include <libloaderapi.h>
+#include <stringapiset.h>
 #include <winbase.h>
+#include <winnls.h>
 
 #include "base/fail.h"
 #include "base/forever.h"
@@ -7,6 +9,7 @@
 #include "files/path.h"
 #include "modules/loaded_modules.h"
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -182,6 +185,28 @@ DWORD WINAPI GetModuleFileNameW(HMODULE hModule, LPWSTR lpFilename, DWORD nSize)
     Fail(ERROR_INSUFFICIENT_BUFFER);
     if (nSize > 0)
         CopyOut(path.substr(0, nSize - 1), lpFilename, nSize);
+    return nSize;
+}
+
+DWORD WINAPI GetModuleFileNameA(HMODULE hModule, LPSTR lpFilename, DWORD nSize)
+{
+    const std::optional<Module> module = ModuleOf(hModule);
+    if (!module)
+        return 0;
+    const std::u16string path = FromNative(module->path);
+    const int needed = WideCharToMultiByte(CP_ACP, 0, Wide(path), -1, nullptr, 0, nullptr, nullptr);
+    std::string text(static_cast<std::size_t>(std::max(needed, 1)), '\0');
+    WideCharToMultiByte(CP_ACP, 0, Wide(path), -1, text.data(), needed, nullptr, nullptr);
+    if (text.size() <= nSize)
+    {
+        SetLastError(ERROR_SUCCESS);
+        std::copy(text.begin(), text.end(), lpFilename);
+        return static_cast<DWORD>(text.size() - 1);
+    }
+    // Stores the part that fits, terminated within the buffer.
+    Fail(ERROR_INSUFFICIENT_BUFFER);
+    if (nSize > 0)
+        *std::copy_n(text.begin(), nSize - 1, lpFilename) = '\0';
     return nSize;
 }
 

@@ -1,0 +1,12 @@
+// Virtual memory.
+#pragma once
+
+#include <winnt.h>
+
+EXTERN_C_START
+
+// Describes the pages from the one that contains the address to the first page with other properties. An image is one
+// allocation with its segments and the gaps between them. Returns 0 beyond the end of the address space.
+SIZE_T WINAPI VirtualQuery(LPCVOID lpAddress, PMEMORY_BASIC_INFORMATION lpBuffer, SIZE_T dwLength) QXP(VirtualQuery);
+
+EXTERN_C_END

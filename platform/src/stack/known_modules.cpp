@@ -1,0 +1,158 @@
+#include "stack/known_modules.h"
+
+#include "stack/rule_cache.h"
+
+#include <array>
+#include <atomic>
+#include <bit>
+#include <cstring>
+
+#include <dlfcn.h>
+#include <pthread.h>
+
+namespace qxplatform
+{
+namespace
+{
+
+struct Record
+{
+    std::uintptr_t begin = 0;
+    std::uintptr_t end = 0;
+    std::uintptr_t index = 0; // the address of the unwind table's index
+    std::uintptr_t buildId = 0;
+    std::uint64_t buildIdSize = 0;
+    std::uint64_t id[2] = {};
+};
+
+constexpr std::size_t kWords = sizeof(Record) / 8;
+
+// A record that can be read while it is written.
+class Slot
+{
+public:
+    // Returns false if the record is being written.
+    bool Read(Record& record) const
+    {
+        const std::uint32_t before = _sequence.load(std::memory_order_acquire);
+        std::array<std::uint64_t, kWords> words;
+        for (std::size_t index = 0; index < kWords; ++index)
+            words[index] = _words[index].load(std::memory_order_relaxed);
+        std::atomic_thread_fence(std::memory_order_acquire);
+        record = std::bit_cast<Record>(words);
+        return (before & 1) == 0 && _sequence.load(std::memory_order_relaxed) == before;
+    }
+
+    // Only one thread writes at a time.
+    void Write(const Record& record)
+    {
+        const auto words = std::bit_cast<std::array<std::uint64_t, kWords>>(record);
+        _sequence.fetch_add(1, std::memory_order_relaxed);
+        std::atomic_thread_fence(std::memory_order_release);
+        for (std::size_t index = 0; index < kWords; ++index)
+            _words[index].store(words[index], std::memory_order_relaxed);
+        _sequence.fetch_add(1, std::memory_order_release);
+    }
+
+    // In a forked child, whose only thread may find a half-written record of another thread.
+    void Reset()
+    {
+        _sequence.store(0, std::memory_order_relaxed);
+        Write(Record());
+    }
+
+private:
+    std::atomic<std::uint32_t> _sequence = 0;
+    std::atomic<std::uint64_t> _words[kWords] = {};
+};
+
+// Modules begin in different pages. A place that is taken by another module goes to the new one: processes have fewer
+// modules than there are slots.
+constexpr std::size_t kSlots = 512;
+
+constinit Slot slots[kSlots];
+constinit std::atomic<bool> isWriting = false;
+
+Slot& SlotOf(std::uintptr_t begin)
+{
+    return slots[(begin >> 12 ^ begin >> 21) % kSlots];
+}
+
+void ReadBuildId(const ModuleTables& tables, std::uint64_t (&id)[2])
+{
+    id[0] = id[1] = 0;
+    std::memcpy(id, tables.buildId, tables.buildIdSize);
+}
+
+// Compares with the build id that is in memory now. It is in the first page of the module.
+bool HasSameBuildId(const Record& record)
+{
+    return std::memcmp(reinterpret_cast<const void*>(record.buildId), record.id, record.buildIdSize) == 0;
+}
+
+bool Overlap(const Record& first, const Record& second)
+{
+    return first.begin < second.end && second.begin < first.end;
+}
+
+[[gnu::constructor]] void PrepareModulesForForks()
+{
+    pthread_atfork(nullptr, nullptr,
+        []
+        {
+            if (!isWriting.exchange(false))
+                return;
+            for (Slot& slot : slots)
+                slot.Reset();
+        });
+}
+
+// Removes what is known of modules that were loaded in the range of this one. Returns false if another thread is
+// writing, or if a signal has interrupted this one while it was.
+bool Register(const ModuleTables& tables, RuleCache& cache)
+{
+    if (isWriting.exchange(true, std::memory_order_acquire))
+        return false;
+    Record record;
+    record.begin = tables.begin;
+    record.end = tables.end;
+    record.index = reinterpret_cast<std::uintptr_t>(tables.table.index.begin);
+    record.buildId = reinterpret_cast<std::uintptr_t>(tables.buildId);
+    record.buildIdSize = tables.buildIdSize;
+    ReadBuildId(tables, record.id);
+    Slot& slot = SlotOf(tables.begin);
+    for (Slot& other : slots)
+    {
+        Record present;
+        if (other.Read(present) && (Overlap(present, record) || (&other == &slot && present.end != 0)))
+        {
+            other.Write(Record());
+            cache.Remove(present.begin, present.end);
+        }
+    }
+    cache.Remove(record.begin, record.end);
+    slot.Write(record);
+    isWriting.store(false, std::memory_order_release);
+    return true;
+}
+
+} // namespace
+
+bool FindKnownModule(std::uintptr_t address, RuleCache& cache, ModuleRange& range)
+{
+    dl_find_object object;
+    if (_dl_find_object(reinterpret_cast<void*>(address), &object) != 0)
+        return false;
+    const auto begin = reinterpret_cast<std::uintptr_t>(object.dlfo_map_start);
+    const auto end = reinterpret_cast<std::uintptr_t>(object.dlfo_map_end);
+    range = {begin, end - begin};
+    Record record;
+    if (SlotOf(begin).Read(record) && record.begin == begin && record.end == end &&
+        record.index == reinterpret_cast<std::uintptr_t>(object.dlfo_eh_frame) && HasSameBuildId(record))
+        return true;
+    ModuleTables tables;
+    return FindModuleTables(address, tables) && tables.buildId != nullptr && tables.table.index.begin != nullptr &&
+           Register(tables, cache);
+}
+
+} // namespace qxplatform

@@ -1,0 +1,25 @@
+// The unwind tables of the loaded modules, found without a lock.
+#pragma once
+
+#include "stack/frame_rule.h"
+
+#include <cstdint>
+
+namespace qxplatform
+{
+
+struct ModuleTables
+{
+    std::uintptr_t begin = 0; // of the image
+    std::uintptr_t end = 0;
+    UnwindTable table; // empty if the module has none
+    // Identifies the contents of the module, together with its place. Null if the module has no such note; its rules
+    // can't be cached then.
+    const std::uint8_t* buildId = nullptr;
+    std::uint32_t buildIdSize = 0;
+};
+
+// Stores the tables of the module that contains an address. Returns false if there is none.
+bool FindModuleTables(std::uintptr_t address, ModuleTables& tables);
+
+} // namespace qxplatform

@@ -1,0 +1,23 @@
+// Lines of the debug output about call chains and modules.
+#pragma once
+
+#include "stacks/callers.h"
+
+namespace qx
+{
+
+// Resolves what captures need, and registers DumpCallers as the stack trace of failed assertions. Called when the
+// library is loaded.
+void PrepareStacks();
+
+// Writes "%d traces" and a line for each return address of the calling thread, without the first `skip`, at most
+// `count`.
+void DumpCallers(unsigned skip, unsigned count);
+
+// Writes the path of the module of each address, without the first `skip`, and an empty line.
+void WriteCallerModules(const scCaller* entries, unsigned count, unsigned skip);
+
+// Writes the first region of each module.
+void WriteModuleRegions();
+
+} // namespace qx
