@@ -14,7 +14,7 @@ set(QXUT_SYSTEM_LIBRARY -loleaut32)
 
 if(NOT WIN32)
     install(TARGETS qxplatform qxcrt EXPORT qxUT23Targets)
-    install(TARGETS qxdbghelp NAMELINK_SKIP) # loaded at run time only
+    install(TARGETS qxdbghelp LIBRARY NAMELINK_SKIP) # loaded at run time only
     install(DIRECTORY platform/include/ DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/qxplatform" FILES_MATCHING PATTERN "*.h")
     list(APPEND packages qxplatform)
     set(QXUT_SYSTEM_LIBRARY -lqxplatform)

@@ -36,10 +36,10 @@ typedef struct DBGParameter
     uint8_t padding[3];
     union
     {
-        uint64_t number;      /* kinds 0 (32 bits), 1, 3 (signed), 8 (a pointer); kind 2 is a signed 32-bit number */
-        double real;          /* kind 4 */
-        const char* narrow;   /* kind 5; points into the walked program and may be invalid */
-        const QXWCHAR* wide;  /* kinds 6 and 7; as kind 5. A text that begins with "@@@" describes the variable */
+        uint64_t number;     /* kinds 0 (32 bits), 1, 3 (signed), 8 (a pointer); kind 2 is a signed 32-bit number */
+        double real;         /* kind 4 */
+        const char* narrow;  /* kind 5; points into the walked program and may be invalid */
+        const QXWCHAR* wide; /* kinds 6 and 7; as kind 5. A text that begins with "@@@" describes the variable */
     } value;
     char name[64];
 } DBGParameter;
@@ -47,12 +47,12 @@ typedef struct DBGParameter
 /* A frame of a stack. Texts are terminated and cut to their fields. */
 typedef struct DBGStackTraceItem
 {
-    uint32_t size;        /* 9432; readers refuse other values */
-    uint32_t addressOnly; /* 1: only the address and the module are known */
-    uint64_t address;     /* the frame's instruction address: a return address, except in the innermost frame */
-    char symbol[1024];    /* the linker's name; empty if there is no symbol */
-    char name[1024];      /* readable, without parameters */
-    char fullName[1024];  /* readable */
+    uint32_t size;         /* 9432; readers refuse other values */
+    uint32_t addressOnly;  /* 1: only the address and the module are known */
+    uint64_t address;      /* the frame's instruction address: a return address, except in the innermost frame */
+    char symbol[1024];     /* the linker's name; empty if there is no symbol */
+    char name[1024];       /* readable, without parameters */
+    char fullName[1024];   /* readable */
     uint64_t displacement; /* from the symbol's start */
     uint32_t lineDisplacement;
     uint32_t line;
@@ -173,8 +173,8 @@ QXUT_API void UtilDebugHelpJobClose(HDEBUGHELPJOB job);
 QXUT_API void UtilDebugHelpSetOption(HDEBUGHELPJOB job, uint32_t key, uint32_t value);
 
 /* Walks the stack of a context (a CONTEXT of the system), which isn't changed. With a null context, walks the calling
-   thread's own stack. Stores a list, which the caller releases. Returns 1 on success, and 0 if the job is null or has no
-   session. */
+   thread's own stack. Stores a list, which the caller releases. Returns 1 on success, and 0 if the job is null or has
+   no session. */
 QXUT_API int32_t UtilDebugHelpGetStackTrace(HDEBUGHELPJOB job, struct IDBGStackTraceList** list, const void* context);
 
 /* Stores a list of the modules of the process, which the caller releases. Returns as above. */

@@ -20,8 +20,7 @@ struct QxDebugHelpJob
 
 HDEBUGHELPJOB UtilDebugHelpJobOpen(void)
 {
-    return Guarded(
-        static_cast<HDEBUGHELPJOB>(nullptr), [] { return std::make_unique<QxDebugHelpJob>().release(); });
+    return Guarded(static_cast<HDEBUGHELPJOB>(nullptr), [] { return std::make_unique<QxDebugHelpJob>().release(); });
 }
 
 void UtilDebugHelpJobClose(HDEBUGHELPJOB job)
@@ -85,6 +84,5 @@ std::int32_t QxDescribeAddresses(
 {
     if (!receive || (!addresses && count > 0))
         return 0;
-    return Guarded(0,
-        [=] { return DescribeAddresses(addresses, count, areExact != 0, receive, user) ? 1 : 0; });
+    return Guarded(0, [=] { return DescribeAddresses(addresses, count, areExact != 0, receive, user) ? 1 : 0; });
 }

@@ -4,6 +4,7 @@
 #include "diag/debug_channels.h"
 #include "module/module_frame.h"
 #include "stacks/caller_lines.h"
+#include "stacks/debug_help_wrapper.h"
 
 #include <windows.h>
 
@@ -26,6 +27,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID reserved)
     {
         if (reserved)
             qx::SetProcessEnding();
+        qx::EndDebugHelpThreads();
         qx::DetachModule(kSteps);
         if (!reserved)
             qx::DropForeverObjects();

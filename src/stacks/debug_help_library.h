@@ -36,8 +36,7 @@ public:
         *this, L"p_SymLoadModule64", 28};
     LateFunction<DWORD64(HANDLE, HANDLE, PCSTR, PCSTR, DWORD64, DWORD, PMODLOAD_DATA, DWORD)> p_SymLoadModuleEx{
         *this, L"p_SymLoadModuleEx", 36};
-    LateFunction<BOOL(HANDLE, PIMAGEHLP_STACK_FRAME, PIMAGEHLP_CONTEXT)> p_SymSetContext{
-        *this, L"p_SymSetContext", 12};
+    LateFunction<BOOL(HANDLE, PIMAGEHLP_STACK_FRAME, PIMAGEHLP_CONTEXT)> p_SymSetContext{*this, L"p_SymSetContext", 12};
     LateFunction<BOOL(HANDLE, ULONG64, PCSTR, PSYM_ENUMERATESYMBOLS_CALLBACK, PVOID)> p_SymEnumSymbols{
         *this, L"p_SymEnumSymbols", 24};
     LateFunction<BOOL(HANDLE, DWORD64, ULONG, IMAGEHLP_SYMBOL_TYPE_INFO, PVOID)> p_SymGetTypeInfo{

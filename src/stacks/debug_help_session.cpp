@@ -70,7 +70,11 @@ constexpr DWORD MachineOf()
 {
     constexpr DWORD kAmd64 = 0x8664;
     constexpr DWORD kArm64 = 0xAA64;
-    return requires(Context context) { context.Rip; } ? kAmd64 : kArm64;
+    return requires(Context context)
+    {
+        context.Rip;
+    }
+    ? kAmd64 : kArm64;
 }
 
 ADDRESS64 FlatAddress(std::uint64_t offset)
@@ -235,7 +239,8 @@ void clsDBGHELP::LoadModule(std::uint64_t base, std::uint32_t size)
     IMAGEHLP_MODULE64 info{};
     info.SizeOfStruct = sizeof info;
     if (p_SymLoadModuleEx.IsThere())
-        p_SymLoadModuleEx(_process, nullptr, path.IsEmpty() ? nullptr : path.NarrowText(), nullptr, base, size, nullptr, 0);
+        p_SymLoadModuleEx(
+            _process, nullptr, path.IsEmpty() ? nullptr : path.NarrowText(), nullptr, base, size, nullptr, 0);
     if (p_SymGetModuleInfo64.IsThere() && p_SymGetModuleInfo64(_process, base, &info))
     {
         CopyToField(SymbolTypeText(info.SymType), item->symbolType);

@@ -39,8 +39,8 @@ public:
 
     // Fills a record. `isExact` states that the address isn't a return address. `frameBase` is the base of addresses in
     // the frame, or 0, with which no variables are read.
-    void Describe(DBGStackTraceItem& item, std::uint64_t address, bool isExact, std::uint64_t frameBase,
-        unsigned detail);
+    void Describe(
+        DBGStackTraceItem& item, std::uint64_t address, bool isExact, std::uint64_t frameBase, unsigned detail);
 
 private:
     friend class VariableReader;

@@ -1,6 +1,7 @@
 #include "stacks/frame_text.h"
 
 #include "core/debug_line.h"
+#include "core/forever.h"
 #include "module/module_paths.h"
 #include "stacks/frame_variables.h"
 
@@ -40,8 +41,7 @@ void ReadText(std::uint64_t address, Character (&text)[kLongestShownText])
 
 void PrintParameter(const DBGParameter& parameter, clsDebugOutput& output)
 {
-    String line(
-        String::kFormatted, L"        %s(%hs)=", parameter.isLocal ? L"local" : L"param", parameter.name);
+    String line(String::kFormatted, L"        %s(%hs)=", parameter.isLocal ? L"local" : L"param", parameter.name);
     const std::uint64_t number = parameter.value.number;
     switch (parameter.kind)
     {
@@ -99,7 +99,7 @@ void PrintAddressOnly(const DBGStackTraceItem& item, clsDebugOutput& output)
 
 clsDebugOutput_qvx_debug& clsDebugOutput_qvx_debug::Instance()
 {
-    static clsDebugOutput_qvx_debug output;
+    static clsDebugOutput_qvx_debug& output = MakeForever<clsDebugOutput_qvx_debug>();
     return output;
 }
 
@@ -134,8 +134,8 @@ void PrintFrame(const DBGStackTraceItem& item, clsDebugOutput& output)
         PrintParameter(item.parameters[index], output);
 }
 
-void FormatFrame(std::uint64_t address, wchar_t (&buffer)[kFrameTextSize], unsigned detail, clsDBGHELP& session,
-    bool isExact)
+void FormatFrame(
+    std::uint64_t address, wchar_t (&buffer)[kFrameTextSize], unsigned detail, clsDBGHELP& session, bool isExact)
 {
     DBGStackTraceItem item;
     session.Describe(item, address, isExact, 0, detail);

@@ -31,7 +31,7 @@ void PrintFrame(const DBGStackTraceItem& item, clsDebugOutput& output);
 inline constexpr std::size_t kFrameTextSize = 400;
 
 // Formats an address as one line, cut to 399 characters. `isExact` states that it isn't a return address.
-void FormatFrame(
-    std::uint64_t address, wchar_t (&buffer)[kFrameTextSize], unsigned detail, clsDBGHELP& session, bool isExact = false);
+void FormatFrame(std::uint64_t address, wchar_t (&buffer)[kFrameTextSize], unsigned detail, clsDBGHELP& session,
+    bool isExact = false);
 
 } // namespace qx

@@ -252,9 +252,9 @@ bool VariableReader::SetValue(DBGParameter& parameter, const SYMBOL_INFO& symbol
     ULONG inner = 0;
     ULONG tag = 0;
     const bool hasCount = Query(symbol, symbol.TypeIndex, TI_GET_COUNT, count);
-    const bool hasBaseType = Query(symbol, symbol.TypeIndex, TI_GET_BASETYPE, baseType) ||
-                             (Query(symbol, symbol.TypeIndex, TI_GET_TYPE, inner) &&
-                                 Query(symbol, inner, TI_GET_BASETYPE, baseType));
+    const bool hasBaseType =
+        Query(symbol, symbol.TypeIndex, TI_GET_BASETYPE, baseType) ||
+        (Query(symbol, symbol.TypeIndex, TI_GET_TYPE, inner) && Query(symbol, inner, TI_GET_BASETYPE, baseType));
     Query(symbol, symbol.TypeIndex, TI_GET_SYMTAG, tag);
     if (hasBaseType && hasCount)
         SetText(parameter,

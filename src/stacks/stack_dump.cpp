@@ -53,10 +53,8 @@ bool DescribeAddresses(const std::uint64_t* addresses, std::size_t count, bool a
         const auto item = std::make_unique<DBGStackTraceItem>();
         for (const std::uint64_t address : shared->addresses)
         {
-            session.Describe(
-                *item, address, shared->areExact, 0, clsDBGHELP::kModule | clsDBGHELP::kSymbolAndLine);
-            const char* const name =
-                item->fullName[0] ? item->fullName : item->name[0] ? item->name : item->symbol;
+            session.Describe(*item, address, shared->areExact, 0, clsDBGHELP::kModule | clsDBGHELP::kSymbolAndLine);
+            const char* const name = item->fullName[0] ? item->fullName : item->name[0] ? item->name : item->symbol;
             String text;
             if (!item->module[0])
                 text = String(String::kFormatted, L"0x%08I64x", address);

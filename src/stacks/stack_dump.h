@@ -9,8 +9,8 @@
 namespace qx
 {
 
-// Writes at most `depth` frames of the calling thread. `useThread` walks on a thread of its own. Writes nothing if there
-// is no session.
+// Writes at most `depth` frames of the calling thread. `useThread` walks on a thread of its own. Writes nothing if
+// there is no session.
 void DumpStackTraceEx(int depth, bool reserved, bool useThread, clsDebugOutput& output);
 
 // Calls `receive` with the text of each address, "module!function + offset (file, line)", in order. The text is valid
