@@ -333,7 +333,7 @@ void clsDBGHELP::Describe(
     {
         item.addressOnly = 1;
         MEMORY_BASIC_INFORMATION region{};
-        if (VirtualQuery(reinterpret_cast<const void*>(address), &region, sizeof region) != 0)
+        if (VirtualQuery(reinterpret_cast<const void*>(address), &region, sizeof region) != 0 && region.AllocationBase)
             CopyToField(ModulePath(static_cast<HMODULE>(region.AllocationBase)).NarrowText(), item.module);
         return;
     }

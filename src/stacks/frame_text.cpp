@@ -143,7 +143,7 @@ void FormatFrame(
     const std::uint64_t inside = isExact ? address : address - 1;
     MEMORY_BASIC_INFORMATION region{};
     String module;
-    if (VirtualQuery(reinterpret_cast<const void*>(inside), &region, sizeof region) != 0)
+    if (VirtualQuery(reinterpret_cast<const void*>(inside), &region, sizeof region) != 0 && region.AllocationBase)
     {
         module = String(FileNameOf(ModulePath(static_cast<HMODULE>(region.AllocationBase)).View()));
         if (item.moduleBase == 0)

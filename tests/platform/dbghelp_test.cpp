@@ -280,7 +280,9 @@ TEST_F(DebugHelp, ListsVariablesWithTypesAndPlaces)
         EXPECT_EQ(base, expected.baseType);
         EXPECT_EQ(query(found.info.TypeIndex, TI_GET_COUNT), expected.tag == SymTagArrayType ? 5u : 0u);
         if (!expected.bytes.empty())
+        {
             EXPECT_EQ(found.bytes, expected.bytes);
+        }
     }
 }
 
