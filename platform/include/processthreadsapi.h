@@ -45,6 +45,9 @@ DWORD WINAPI GetCurrentThreadId(void) QXP(GetCurrentThreadId);
 HANDLE WINAPI OpenThread(DWORD dwDesiredAccess, BOOL bInheritHandle, DWORD dwThreadId) QXP(OpenThread);
 DWORD WINAPI SuspendThread(HANDLE hThread) QXP(SuspendThread);
 DWORD WINAPI ResumeThread(HANDLE hThread) QXP(ResumeThread);
+// All registers are stored, whichever are requested. A thread that runs is interrupted for a moment. Debug registers
+// fail with ERROR_NOT_SUPPORTED.
+BOOL WINAPI GetThreadContext(HANDLE hThread, LPCONTEXT lpContext) QXP(GetThreadContext);
 BOOL WINAPI TerminateThread(HANDLE hThread, DWORD dwExitCode) QXP(TerminateThread);
 BOOL WINAPI GetExitCodeThread(HANDLE hThread, LPDWORD lpExitCode) QXP(GetExitCodeThread);
 int WINAPI GetThreadPriority(HANDLE hThread) QXP(GetThreadPriority);

@@ -17,8 +17,8 @@ void PackImage(const clsProfOutput& image, clsProfOutput& packed);
 
 // Unpacks the data at the current position of `source`, which must follow the magic number. Damaged or truncated data
 // are unpacked as far as possible. Returns the ProfSource bits of what was found: kSourceDamaged, kSourceIgnored (bytes
-// after the data), or kSourceTooLarge if the result would exceed `largest` bytes or the target can't store it; unpacking
-// stops at that point.
+// after the data), or kSourceTooLarge if the result would exceed `largest` bytes or the target can't store it;
+// unpacking stops at that point.
 std::uint32_t UnpackImage(clsFile& source, clsFile& target, std::int64_t largest);
 
 } // namespace qx

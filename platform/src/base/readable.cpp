@@ -34,7 +34,7 @@ private:
 };
 
 // Copies readable memory, which may contain the sanitizers' red zones.
-[[gnu::no_sanitize("address", "thread")]] void CopyBytes(std::uintptr_t address, void* buffer, std::size_t size)
+__attribute__((no_sanitize("address", "thread"))) void CopyBytes(std::uintptr_t address, void* buffer, std::size_t size)
 {
     auto* const target = static_cast<volatile unsigned char*>(buffer);
     const auto* const source = reinterpret_cast<const volatile unsigned char*>(address);

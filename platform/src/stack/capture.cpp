@@ -12,7 +12,7 @@ namespace qxplatform
 namespace
 {
 
-constinit RuleCache cache;
+constinit RuleCache ruleCache;
 
 // The modules that were met during a capture.
 class MetModules
@@ -30,7 +30,7 @@ public:
                 return true;
             }
         ModuleRange range;
-        if (!FindKnownModule(address, cache, range))
+        if (!FindKnownModule(address, ruleCache, range))
             return false;
         _last = range;
         if (_count < kMost)
@@ -41,7 +41,7 @@ public:
 private:
     static constexpr unsigned kMost = 8;
 
-    ModuleRange _last;
+    ModuleRange _last{};
     ModuleRange _modules[kMost];
     unsigned _count = 0;
 };
@@ -61,17 +61,20 @@ public:
     // Stores the present address and the ones that follow. Returns false if a rule needs other registers.
     bool Run(unsigned skip, unsigned count, void** addresses, unsigned& stored)
     {
-        for (stored = 0; stored < count;)
+        for (stored = 0;;)
         {
             if (skip > 0)
                 --skip;
             else
-                addresses[stored++] = reinterpret_cast<void*>(_address);
+            {
+                addresses[stored] = reinterpret_cast<void*>(_address);
+                if (++stored == count)
+                    return true;
+            }
             const Step step = Advance();
             if (step != Step::Done)
                 return step == Step::End;
         }
-        return true;
     }
 
 private:
@@ -79,12 +82,12 @@ private:
     {
         ShortRule rule;
         const bool isKnown = !_isExact && _modules.Contains(_address - 1);
-        if (!isKnown || !cache.Find(_address, rule)) [[unlikely]]
+        if (!isKnown || !ruleCache.Find(_address, rule)) [[unlikely]]
             return Resolve(isKnown);
         return rule.kind == ShortRule::Kind::Other ? Resolve(false) : Apply(rule);
     }
 
-    Step Apply(const ShortRule& rule)
+    [[gnu::always_inline]] Step Apply(const ShortRule& rule)
     {
         std::uintptr_t frame = 0;
         std::uintptr_t framePointerAt = 0;
@@ -118,22 +121,22 @@ private:
     [[gnu::noinline]] Step Resolve(bool isCacheable)
     {
         const std::uintptr_t address = _address - (_isExact ? 0 : 1);
-        ModuleTables tables;
         FrameRule rule;
+        const bool isFound = FindTables(address) && FindFrameRule(_tables.table, address, rule);
+        if (isFound && isCacheable)
+        {
+            const ShortRule shortRule = ShortRuleOf(rule, _tables.table);
+            ruleCache.Store(_address, shortRule);
+            if (shortRule.kind != ShortRule::Kind::Other)
+                return Apply(shortRule);
+        }
         Registers registers;
         registers.known = 0;
         registers.Set(kStackPointer, _stackPointer);
         registers.Set(kFramePointer, _framePointer);
         registers.Set(kProgramCounter, _address);
-        Step step;
-        if (FindModuleTables(address, tables) && FindFrameRule(tables.table, address, rule))
-        {
-            if (isCacheable)
-                cache.Store(_address, ShortRuleOf(rule, tables.table));
-            step = ApplyRule(rule, tables.table, registers, _isExact, _memory);
-        }
-        else
-            step = StepOut(registers, _isExact, _memory);
+        const Step step = isFound ? ApplyRule(rule, _tables.table, registers, _isExact, _memory)
+                                  : StepOut(registers, _isExact, _memory);
         if (step != Step::Done)
             return step;
         if (!registers.Has(kFramePointer))
@@ -146,8 +149,15 @@ private:
         return Step::Done;
     }
 
+    // Most frames are in the same module as the frame before.
+    bool FindTables(std::uintptr_t address)
+    {
+        return address - _tables.begin < _tables.end - _tables.begin || FindModuleTables(address, _tables);
+    }
+
     StackMemory _memory;
     MetModules _modules;
+    ModuleTables _tables;
     std::uintptr_t _stackPointer;
     std::uintptr_t _framePointer;
     std::uintptr_t _address;
@@ -184,11 +194,14 @@ unsigned CaptureWithAllRegisters(std::uintptr_t first, unsigned skip, unsigned c
 
 unsigned CaptureAddresses(const FrameRegisters& start, unsigned skip, unsigned count, void** addresses)
 {
-    unsigned stored = 0;
-#if defined(__x86_64__)
-    if (count == 0 || Capture(start).Run(skip, count, addresses, stored))
-        return stored;
-#endif
+    if (count == 0)
+        return 0;
+    if constexpr (kHasShortRules)
+    {
+        unsigned stored = 0;
+        if (Capture(start).Run(skip, count, addresses, stored))
+            return stored;
+    }
     return CaptureWithAllRegisters(start.stackPointer, skip, count, addresses);
 }
 

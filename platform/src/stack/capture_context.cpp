@@ -101,7 +101,8 @@ qxp_RtlCaptureContext:
     stp q30, q31, [x1, #0xE0]
     mrs x1, fpcr
     mrs x2, fpsr
-    stp w1, w2, [x0, #0x310]
+    add x3, x0, #0x310
+    stp w1, w2, [x3]                // Fpcr and Fpsr
     ret
     .cfi_endproc
     .size qxp_RtlCaptureContext, . - qxp_RtlCaptureContext

@@ -131,7 +131,7 @@ public:
                     return true;
                 break;
             case 0x80:
-                Set(operand, How::AtOffset, static_cast<std::int64_t>(reader.ReadUleb()) * _common.dataAlignment);
+                Set(operand, How::AtOffset, Scaled(reader.ReadUleb()));
                 break;
             case 0xC0:
                 Restore(operand);
@@ -151,6 +151,12 @@ public:
 
 private:
     static constexpr unsigned kMostRemembered = 4; // compilers don't nest them
+
+    // Damaged tables may overflow.
+    std::int64_t Scaled(std::uint64_t offset) const
+    {
+        return static_cast<std::int64_t>(offset * static_cast<std::uint64_t>(_common.dataAlignment));
+    }
 
     // Returns false if the instructions that follow apply to later addresses.
     bool Advance(std::uint64_t delta, std::uintptr_t address)
@@ -239,11 +245,11 @@ private:
         case 0x12: // def_cfa_sf
         {
             const std::uint64_t number = reader.ReadUleb();
-            SetCfa(number, reader.ReadSleb() * _common.dataAlignment);
+            SetCfa(number, Scaled(static_cast<std::uint64_t>(reader.ReadSleb())));
             return true;
         }
         case 0x13: // def_cfa_offset_sf
-            SetCfa(_state.cfaRegister, reader.ReadSleb() * _common.dataAlignment);
+            SetCfa(_state.cfaRegister, Scaled(static_cast<std::uint64_t>(reader.ReadSleb())));
             return true;
         case 0x2D: // window_save, negate_ra_state: the signature of a return address is removed in any case
             return true;
@@ -261,7 +267,7 @@ private:
         switch (code)
         {
         case 0x05: // offset_extended
-            Set(number, How::AtOffset, static_cast<std::int64_t>(reader.ReadUleb()) * _common.dataAlignment);
+            Set(number, How::AtOffset, Scaled(reader.ReadUleb()));
             return true;
         case 0x06: // restore_extended
             Restore(number);
@@ -279,19 +285,19 @@ private:
             Set(number, How::AtExpression, TakeExpression(reader));
             return true;
         case 0x11: // offset_extended_sf
-            Set(number, How::AtOffset, reader.ReadSleb() * _common.dataAlignment);
+            Set(number, How::AtOffset, Scaled(static_cast<std::uint64_t>(reader.ReadSleb())));
             return true;
         case 0x14: // val_offset
-            Set(number, How::Offset, static_cast<std::int64_t>(reader.ReadUleb()) * _common.dataAlignment);
+            Set(number, How::Offset, Scaled(reader.ReadUleb()));
             return true;
         case 0x15: // val_offset_sf
-            Set(number, How::Offset, reader.ReadSleb() * _common.dataAlignment);
+            Set(number, How::Offset, Scaled(static_cast<std::uint64_t>(reader.ReadSleb())));
             return true;
         case 0x16: // val_expression
             Set(number, How::Expression, TakeExpression(reader));
             return true;
         case 0x2F: // negative_offset_extended
-            Set(number, How::AtOffset, -static_cast<std::int64_t>(reader.ReadUleb()) * _common.dataAlignment);
+            Set(number, How::AtOffset, Scaled(0 - reader.ReadUleb()));
             return true;
         default:
             return false;

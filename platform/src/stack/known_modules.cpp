@@ -37,8 +37,7 @@ public:
         const std::uint32_t before = _sequence.load(std::memory_order_acquire);
         std::array<std::uint64_t, kWords> words;
         for (std::size_t index = 0; index < kWords; ++index)
-            words[index] = _words[index].load(std::memory_order_relaxed);
-        std::atomic_thread_fence(std::memory_order_acquire);
+            words[index] = _words[index].load(std::memory_order_acquire);
         record = std::bit_cast<Record>(words);
         return (before & 1) == 0 && _sequence.load(std::memory_order_relaxed) == before;
     }
@@ -48,9 +47,8 @@ public:
     {
         const auto words = std::bit_cast<std::array<std::uint64_t, kWords>>(record);
         _sequence.fetch_add(1, std::memory_order_relaxed);
-        std::atomic_thread_fence(std::memory_order_release);
         for (std::size_t index = 0; index < kWords; ++index)
-            _words[index].store(words[index], std::memory_order_relaxed);
+            _words[index].store(words[index], std::memory_order_release);
         _sequence.fetch_add(1, std::memory_order_release);
     }
 

@@ -12,8 +12,8 @@ class RuleCache;
 
 struct ModuleRange
 {
-    std::uintptr_t begin = 0;
-    std::uintptr_t size = 0;
+    std::uintptr_t begin;
+    std::uintptr_t size;
 
     bool Contains(std::uintptr_t address) const { return address - begin < size; }
 };

@@ -12,8 +12,6 @@ bool Fits(std::int64_t offset, std::uint32_t& field)
     return offset >= 0 && offset % 8 == 0 && offset / 8 < 1 << ShortRule::kOffsetBits;
 }
 
-#if defined(__x86_64__)
-
 // Compilers find the frame address of functions that align their stack through the word below the saved frame pointer.
 // Returns true for the expression "the memory at the frame pointer plus a negative offset".
 bool IsWordBelowFramePointer(const std::uint8_t* expression, TableBytes table, std::int64_t& offset)
@@ -38,14 +36,11 @@ bool IsFramePointer(const std::uint8_t* expression, TableBytes table)
            expression[1] == kBasedOnFramePointer && expression[2] == 0;
 }
 
-#endif
-
 } // namespace
 
-ShortRule ShortRuleOf(const FrameRule& rule, [[maybe_unused]] const UnwindTable& table)
+ShortRule ShortRuleOf(const FrameRule& rule, const UnwindTable& table)
 {
     ShortRule result;
-#if defined(__x86_64__)
     const FrameRule::State& state = rule.state;
     const ShortRule other;
     if (rule.isSignalFrame || rule.returnColumn != kProgramCounter || state.how[kProgramCounter] != How::AtOffset ||
@@ -69,7 +64,6 @@ ShortRule ShortRuleOf(const FrameRule& rule, [[maybe_unused]] const UnwindTable&
     if (!Fits(state.cfaOffset, result.frameOffset) || (!isSaved && state.how[kFramePointer] != How::Same) ||
         (isSaved && (!Fits(-state.value[kFramePointer], result.savedOffset) || result.savedOffset == 0)))
         return other;
-#endif
     return result;
 }
 

@@ -31,6 +31,13 @@ struct ShortRule
     std::uint32_t savedOffset = 0;
 };
 
+// On other processors the return address isn't at a fixed place in the frame, so every rule is of the kind Other.
+#if defined(__x86_64__)
+constexpr bool kHasShortRules = true;
+#else
+constexpr bool kHasShortRules = false;
+#endif
+
 ShortRule ShortRuleOf(const FrameRule& rule, const UnwindTable& table);
 
 // A table of fixed size. Each element is one word, which contains a part of the address and the short rule, so that it

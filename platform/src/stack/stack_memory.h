@@ -7,7 +7,7 @@ namespace qxplatform
 {
 
 // Reads 8 bytes that are known to be readable, red zones of the sanitizers included.
-[[gnu::no_sanitize("address", "thread")]] inline std::uintptr_t LoadWord(std::uintptr_t address)
+__attribute__((no_sanitize("address", "thread"))) inline std::uintptr_t LoadWord(std::uintptr_t address)
 {
     return *reinterpret_cast<const volatile std::uintptr_t*>(address);
 }

@@ -1,6 +1,7 @@
 #include "threads/stop_signal.h"
 
 #include "threads/layer_code.h"
+#include "threads/thread_context.h"
 #include "threads/thread_object.h"
 
 #include <algorithm>
@@ -53,14 +54,28 @@ bool IsHarmlessPlace(const void* context)
 #endif
 }
 
+// Stores the registers for a thread that has requested them.
+void AnswerContextRequest(ThreadObject& thread, const void* context)
+{
+    ThreadObject::ContextRequest* const request = thread.contextRequest.exchange(nullptr);
+    if (request == nullptr)
+        return;
+    StoreContext(*static_cast<const ucontext_t*>(context), *request->context);
+    std::atomic_ref(request->isDone).store(TRUE);
+}
+
 void OnStopSignal(int, siginfo_t*, void* context)
 {
     ThreadObject* const thread = ThreadObject::CurrentIfKnown();
+    if (thread != nullptr)
+        AnswerContextRequest(*thread, context);
     if (thread == nullptr || thread->gate.IsThreadAtGate() || !thread->gate.IsClosed() || !IsHarmlessPlace(context))
         return;
     const int savedErrno = errno;
+    thread->interruptedAt.store(context);
     thread->gate.Enter();
     thread->LeaveGate();
+    thread->interruptedAt.store(nullptr);
     errno = savedErrno;
 }
 
@@ -105,7 +120,7 @@ bool Drive(ThreadObject& thread, std::chrono::milliseconds time, std::chrono::mi
         if (std::chrono::steady_clock::now() >= end)
             return false;
         if (!thread.gate.IsThreadAtGate())
-            syscall(SYS_tgkill, getpid(), static_cast<pid_t>(thread.id()), StopSignal());
+            SendStopSignal(thread);
         std::this_thread::sleep_for(pause);
         now = ComputingTime(thread);
         pause = now - before > kMoreThanSignalsCost ? kShortestPause : std::min(2 * pause, longestPause);
@@ -123,6 +138,11 @@ void AdmitStopSignal()
     sigemptyset(&signals);
     sigaddset(&signals, StopSignal());
     pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+}
+
+void SendStopSignal(const ThreadObject& thread)
+{
+    syscall(SYS_tgkill, getpid(), static_cast<pid_t>(thread.id()), StopSignal());
 }
 
 void DriveToGate(ThreadObject& thread)

@@ -76,6 +76,16 @@ public:
 
     Gate gate;
 
+    // A request for the thread's registers, which the handler of the stop signal takes and fulfils.
+    struct ContextRequest
+    {
+        CONTEXT* context;
+        LONG isDone = FALSE;
+    };
+    std::atomic<ContextRequest*> contextRequest = nullptr;
+    // The registers with which the thread continues after the stop signal, while the signal's handler is at the gate.
+    std::atomic<const void*> interruptedAt = nullptr;
+
     // The dispatcher lock guards the members below.
 
     bool IsSignalled() const override { return _hasEnded; }

@@ -4,6 +4,7 @@
 // Settings have the form NAME=TEXT and belong to the machine. Commands:
 //   forms        writes one line with each function
 //   off          calls all functions with arguments that they must not access
+//   stacks       writes the callers and the modules
 //   twice        loads and unloads the library two times
 //   lines NAME   8 threads write numbered lines
 //
@@ -46,6 +47,8 @@ public:
         Find(PasDebug, "PasDebug");
         Find(UtilError, "UtilError");
         Find(UtilGetFlags, "UtilGetFlags");
+        Find(UtilStackTrace, "UtilStackTrace");
+        Find(UtilListModules, "UtilListModules");
     }
     ~Library() { FreeLibrary(_module); }
     Library(const Library&) = delete;
@@ -59,6 +62,8 @@ public:
     void (*PasDebug)(const wchar_t* text) = nullptr;
     void (*UtilError)(const wchar_t* where, const wchar_t* what) = nullptr;
     std::int32_t (*UtilGetFlags)() = nullptr;
+    void (*UtilStackTrace)(std::uint32_t reserved, std::uint32_t skip) = nullptr;
+    void (*UtilListModules)() = nullptr;
 
 private:
     template <class Function>
@@ -106,7 +111,17 @@ int TryOff(const Library& library)
     WriteByList(library, nowhere, 1, nowhere);
     library.PasDebug(nowhere);
     library.UtilError(nowhere, nowhere);
+    library.UtilStackTrace(0, 0);
+    library.UtilListModules();
     return 0;
+}
+
+void WriteStacks(const Library& library)
+{
+    library.UtilStackTrace(0, 300); // too many to skip, so it writes nothing
+    library.UtilStackTrace(0, 256); // more than there are
+    library.UtilStackTrace(0, 0);
+    library.UtilListModules();
 }
 
 void WriteLines(const Library& library, const char* name)
@@ -132,6 +147,8 @@ int Run(const char* command, const char* argument)
         return WriteForms(library);
     if (std::strcmp(command, "off") == 0)
         return TryOff(library);
+    if (std::strcmp(command, "stacks") == 0)
+        WriteStacks(library);
     if (std::strcmp(command, "lines") == 0)
         WriteLines(library, argument);
     return 0;

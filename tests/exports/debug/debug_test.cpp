@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <map>
 #include <memory>
 
@@ -58,6 +59,25 @@ TEST_F(DebugExports, FormsOfLines)
         ElementsAre("wide narrow 5000000000", "PROF    : >INIT x", "PROF    : INIT  state 1", "  %s and 100%",
             AllOf(StartsWith("  \nQV32UTIL['']: error in 'place' (thing): "), EndsWith("\n"), SizeIs(Gt(45u))),
             " <leave", "<"));
+}
+
+TEST_F(DebugExports, CallersAndModules)
+{
+    ASSERT_EQ(Run(L"stacks"), 0);
+    const std::vector<std::string> lines = InnerLines(log);
+    ASSERT_GT(lines.size(), 6u);
+    EXPECT_EQ(lines[0], "\n");
+    EXPECT_THAT(lines[1], AllOf(StartsWith("\n [called by "), HasSubstr("qxUT23.")));
+    EXPECT_THAT(lines[2], AllOf(StartsWith("\n [called by "), HasSubstr("debug_peer")));
+    const auto end = std::find(lines.begin() + 3, lines.end(), "\n");
+    ASSERT_GT(lines.end() - end, 3);
+    EXPECT_EQ(end[1], "        :Memory image addresses of modules:\n");
+    for (const char* const module : {"debug_peer", "qxUT23."})
+        EXPECT_EQ(std::count_if(end + 2, lines.end(),
+                      [module](const std::string& line)
+                      { return line.starts_with("        : 0x") && line.find(module) != line.npos; }),
+            1)
+            << module;
 }
 
 TEST_F(DebugExports, TheProcessIsOpenedAndClosed)

@@ -72,8 +72,9 @@ TEST(ProfilePacked, FewBytesAndPackedAgain)
     const std::string cut = packed.substr(0, packed.size() - 1);
     constexpr std::uint32_t kDamaged = QXUT_SOURCE_DAMAGED;
     constexpr std::uint32_t kIgnored = QXUT_SOURCE_IGNORED;
-    const std::tuple<std::string, std::int32_t, const char*, std::uint32_t> cases[] = {{"ZxvQ", PROF_OK, "", kDamaged},
-        {packed, PROF_OK, kTree, 0}, {packed + "what follows", PROF_OK, kTree, kIgnored}, {cut, PROF_OK, kTree, kDamaged},
+    const std::tuple<std::string, std::int32_t, const char*, std::uint32_t> cases[] = {
+        {"ZxvQ", PROF_OK, "", kDamaged}, {packed, PROF_OK, kTree, 0},
+        {packed + "what follows", PROF_OK, kTree, kIgnored}, {cut, PROF_OK, kTree, kDamaged},
         {Packed(cut), PROF_OK, kTree, kDamaged}, {"ZxvQ\xFF\xFF\xFF", PROF_OK, "", kDamaged},
         {Packed("[/]"), PROF_ERR_LOCKED, "", 0}, // like a file of three bytes
         {Packed("[/]\r\na=1"), PROF_OK, "a=1;", 0}, {Packed("[section]\r\na=1"), PROF_OK, "a=1;", 0},
@@ -105,7 +106,10 @@ TEST(ProfilePacked, LimitIncludesTheEntries)
         const Job refused(QxProfJobOpen(path, 0, 1000000));
         EXPECT_EQ(refused.Error(), PROF_ERR_LOCKED);
         EXPECT_TRUE(QxProfGetSource(refused) & QXUT_SOURCE_TOO_LARGE);
-        EXPECT_EQ(ProfEnumW(refused, nullptr, [](auto...) { return 0; }, nullptr), 1) << "empty";
+        EXPECT_EQ(ProfEnumW(
+                      refused, nullptr, [](auto...) { return 0; }, nullptr),
+            1)
+            << "empty";
         ProfSetStringW(refused, nullptr, L"large", Wide(2000000, L'x'));
         EXPECT_EQ(ProfGetStringLengthW(refused, nullptr, L"large"), 2000000) << "only loading is limited";
         for (const std::uint32_t flags : {0u, QXUT_PROFILE_ANY_SIZE})

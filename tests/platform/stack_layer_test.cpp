@@ -1,0 +1,390 @@
+// Walks from contexts, which only the layer offers, and captures where locks are held. Linux only.
+#include "stack_support.h"
+
+#include "stack/walker.h"
+
+#include <cerrno>
+#include <csetjmp>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <random>
+#include <thread>
+
+#include <dlfcn.h>
+#include <execinfo.h>
+#include <link.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <ucontext.h>
+#include <unistd.h>
+
+using namespace qxtest;
+
+namespace
+{
+
+Addresses captured;
+Addresses refereed; // by the C library's unwinder
+
+[[gnu::noinline]] void CaptureBoth()
+{
+    captured = CapturedAddresses();
+    captured.erase(captured.begin(), captured.begin() + 2);
+    refereed.resize(100);
+    refereed.resize(static_cast<std::size_t>(backtrace(refereed.data(), 100)));
+    // The sanitizers add frames of their own.
+    refereed.erase(refereed.begin(), std::find(refereed.begin(), refereed.end(), captured.front()));
+}
+
+void CaptureInHandler(int)
+{
+    CaptureBoth();
+}
+
+[[gnu::noinline]] void RaiseSignal(int flags)
+{
+    struct sigaction action
+    {
+    };
+    struct sigaction former;
+    action.sa_handler = &CaptureInHandler;
+    action.sa_flags = flags;
+    sigaction(SIGUSR1, &action, &former);
+    raise(SIGUSR1);
+    sigaction(SIGUSR1, &former, nullptr);
+}
+
+TEST(LayerCaptures, AgreeWithTheCLibraryAcrossSignals)
+{
+    CaptureBoth();
+    EXPECT_EQ(captured, refereed);
+    RaiseSignal(0);
+    EXPECT_EQ(captured, refereed);
+    EXPECT_GT(captured.size(), 5u);
+
+    const std::size_t size = 64 << 10;
+    const auto memory = std::make_unique<char[]>(size);
+    stack_t former;
+    stack_t alternate{};
+    alternate.ss_sp = memory.get();
+    alternate.ss_size = size;
+    sigaltstack(&alternate, &former);
+    for (int round = 0; round < 2; ++round)
+    {
+        captured.clear();
+        RaiseSignal(SA_ONSTACK);
+        EXPECT_EQ(captured, refereed);
+        EXPECT_GT(captured.size(), 5u);
+    }
+    sigaltstack(&former, nullptr);
+    std::thread(
+        []
+        {
+            CaptureBoth();
+            EXPECT_EQ(captured, refereed);
+        })
+        .join();
+}
+
+#if defined(__x86_64__)
+
+CONTEXT ContextOf(const void* ucontext)
+{
+    const auto& registers = static_cast<const ucontext_t*>(ucontext)->uc_mcontext.gregs;
+    CONTEXT context{};
+    DWORD64* const fields[] = {&context.R8, &context.R9, &context.R10, &context.R11, &context.R12, &context.R13,
+        &context.R14, &context.R15, &context.Rdi, &context.Rsi, &context.Rbp, &context.Rbx, &context.Rdx, &context.Rax,
+        &context.Rcx, &context.Rsp, &context.Rip};
+    for (int index = REG_R8; index <= REG_RIP; ++index)
+        *fields[index - REG_R8] = static_cast<DWORD64>(registers[index]);
+    return context;
+}
+
+// The frame that each walk must reach, and what was counted.
+struct Stepping
+{
+    std::uintptr_t stackPointer = 0;
+    std::uintptr_t lowest = 0;
+    std::uintptr_t highest = 0; // program counters in the frame
+    unsigned steps = 0;
+    unsigned failures = 0;
+    DWORD64 failedAt = 0;
+} stepping;
+
+bool Reaches(CONTEXT context)
+{
+    BOOL isExact = TRUE;
+    for (unsigned depth = 0; depth < 100; ++depth)
+    {
+        // Before and after the call, the flags are on top of the stack.
+        if (context.Rip >= stepping.lowest && context.Rip <= stepping.highest)
+            return depth == 0 || context.Rsp == stepping.stackPointer;
+        if (!QxUnwindFrame(&context, &isExact))
+            return false;
+    }
+    return false;
+}
+
+void OnStep(int, siginfo_t*, void* ucontext)
+{
+    const CONTEXT context = ContextOf(ucontext);
+    ++stepping.steps;
+    // A capture in a signal handler, wherever it has interrupted the thread.
+    void* addresses[100];
+    const WORD count = RtlCaptureStackBackTrace(0, 100, addresses, nullptr);
+    const bool isCaptured = std::any_of(addresses, addresses + count,
+        [](void* address)
+        {
+            const auto value = reinterpret_cast<std::uintptr_t>(address);
+            return value >= stepping.lowest && value <= stepping.highest;
+        });
+    if (isCaptured && Reaches(context))
+        return;
+    ++stepping.failures;
+    stepping.failedAt = context.Rip;
+}
+
+// Calls a function and walks before each of its instructions.
+[[gnu::noinline, gnu::optimize("O2")]] void StepThrough(void (*function)())
+{
+    __asm__ volatile(
+        "leaq 1f(%%rip), %%rax\n\t"
+        "movq %%rax, %[lowest]\n\t"
+        "leaq 2f(%%rip), %%rax\n\t"
+        "movq %%rax, %[highest]\n\t"
+        "movq %%rsp, %%r12\n\t"
+        "andq $-16, %%rsp\n\t"
+        "subq $128, %%rsp\n\t"
+        "movq %%rsp, %[stackPointer]\n\t"
+        "pushfq\n\t"
+        "orl $0x100, (%%rsp)\n\t"
+        "popfq\n"
+        "1:\n\t"
+        "call *%[function]\n\t"
+        "pushfq\n\t"
+        "andl $~0x100, (%%rsp)\n\t"
+        "popfq\n"
+        "2:\n\t"
+        "movq %%r12, %%rsp\n\t"
+        : [lowest] "=m"(stepping.lowest), [highest] "=m"(stepping.highest), [stackPointer] "=m"(stepping.stackPointer)
+        : [function] "r"(function)
+        : "rax", "rcx", "rdx", "rsi", "rdi", "r8", "r9", "r10", "r11", "r12", "memory", "cc", "xmm0", "xmm1", "xmm2",
+        "xmm3", "xmm4", "xmm5", "xmm6", "xmm7", "xmm8", "xmm9", "xmm10", "xmm11", "xmm12", "xmm13", "xmm14", "xmm15");
+}
+
+ProbeFunction probe;
+
+TEST(LayerWalks, ReachTheCallerFromEveryInstruction)
+{
+    struct sigaction action
+    {
+    };
+    struct sigaction former;
+    action.sa_sigaction = &OnStep;
+    action.sa_flags = SA_SIGINFO;
+    sigaction(SIGTRAP, &action, &former);
+    // Its functions are bound at their first call, through the loader's own code.
+    void* const library = dlopen(QXUT_STACK_PROBE_FOLDER "/libsmall_stack_probe.so", RTLD_LAZY | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr);
+    probe = reinterpret_cast<ProbeFunction>(dlsym(library, "Probe"));
+    struct Case
+    {
+        const char* name;
+        void (*function)();
+        unsigned leastSteps;
+    };
+    const Case cases[] = {
+        {"a call through stubs",
+            []
+            {
+                ProbeFrames frames;
+                frames.callback = [](ProbeFrames&) {
+                };
+                probe(frames);
+            },
+            300},
+        {"the kernel's image",
+            []
+            {
+                timespec now;
+                clock_gettime(CLOCK_MONOTONIC, &now);
+            },
+            20},
+        {"allocation", [] { std::free(std::malloc(5000)); }, 100},
+        {"the loader's lock", [] { dl_iterate_phdr([](dl_phdr_info*, std::size_t, void*) { return 0; }, nullptr); },
+            100},
+        {"a jump between functions",
+            []
+            {
+                jmp_buf place;
+                if (setjmp(place) == 0)
+                    longjmp(place, 1);
+            },
+            30},
+    };
+    for (const Case& step : cases)
+    {
+        stepping.steps = stepping.failures = 0;
+        StepThrough(step.function);
+        EXPECT_EQ(stepping.failures, 0u) << step.name << ": " << stepping.steps << " steps, failed at " << std::hex
+                                         << stepping.failedAt;
+        EXPECT_GE(stepping.steps, step.leastSteps) << step.name;
+    }
+    sigaction(SIGTRAP, &former, nullptr);
+    dlclose(library);
+}
+
+sigjmp_buf afterFault;
+CONTEXT faultContext;
+
+TEST(LayerWalks, WildCallsAndGarbage)
+{
+    struct sigaction action
+    {
+    };
+    struct sigaction former;
+    action.sa_sigaction = [](int, siginfo_t*, void* ucontext)
+    {
+        faultContext = ContextOf(ucontext);
+        siglongjmp(afterFault, 1);
+    };
+    action.sa_flags = SA_SIGINFO;
+    sigaction(SIGSEGV, &action, &former);
+    for (const std::uintptr_t wild : {std::uintptr_t{0}, std::uintptr_t{0x1234567000}})
+    {
+        if (sigsetjmp(afterFault, 1) == 0)
+        {
+            auto* volatile function = reinterpret_cast<void (*)()>(wild);
+            function();
+        }
+        EXPECT_EQ(faultContext.Rip, wild);
+        BOOL isExact = TRUE;
+        ASSERT_TRUE(QxUnwindFrame(&faultContext, &isExact));
+        EXPECT_FALSE(isExact);
+        Dl_info info{};
+        Dl_info own{};
+        static int inThisProgram = 0;
+        dladdr(reinterpret_cast<void*>(faultContext.Rip), &info);
+        dladdr(&inThisProgram, &own);
+        EXPECT_EQ(info.dli_fbase, own.dli_fbase);
+        EXPECT_TRUE(QxUnwindFrame(&faultContext, &isExact));
+    }
+    sigaction(SIGSEGV, &former, nullptr);
+
+    // Registers of all kinds of garbage: every walk ends and none faults.
+    std::mt19937_64 random(1);
+    CONTEXT here;
+    RtlCaptureContext(&here);
+    const auto memory = std::make_unique<std::uint64_t[]>(4096);
+    for (std::size_t index = 0; index < 4096; ++index)
+        memory[index] = here.Rip + random() % 100000;
+    unsigned frames = 0;
+    for (unsigned round = 0; round < 20000; ++round)
+    {
+        CONTEXT context;
+        std::generate_n(reinterpret_cast<std::uint64_t*>(&context), sizeof context / 8, std::ref(random));
+        const std::uint64_t code[] = {here.Rip, reinterpret_cast<std::uint64_t>(&qsort), random()};
+        const std::uint64_t stacks[] = {here.Rsp, reinterpret_cast<std::uint64_t>(memory.get()), random(), 8};
+        context.Rip = code[round % 3] + random() % 100000;
+        context.Rsp = stacks[round % 4] + random() % 16384;
+        context.Rbp = stacks[random() % 4] + random() % 16384;
+        BOOL isExact = round % 2;
+        for (unsigned depth = 0; depth < 200 && QxUnwindFrame(&context, &isExact); ++depth)
+            ++frames;
+    }
+    EXPECT_GT(frames, 1000u);
+}
+
+TEST(LayerCaptures, EndOnADamagedStack)
+{
+    // Overwrites the saved registers and the return address of its caller, and puts them back.
+    std::size_t count = 0;
+    const auto damage = [&count](std::uintptr_t value)
+    {
+        auto* const frame = static_cast<std::uintptr_t*>(__builtin_frame_address(0));
+        const std::uintptr_t kept[] = {frame[0], frame[1]};
+        auto* const words = const_cast<volatile std::uintptr_t*>(frame);
+        words[0] = value;
+        words[1] = value;
+        void* addresses[100];
+        count = RtlCaptureStackBackTrace(0, 100, addresses, nullptr);
+        words[0] = kept[0];
+        words[1] = kept[1];
+    };
+    for (const std::uintptr_t value : {std::uintptr_t{0}, std::uintptr_t{8}, ~std::uintptr_t{0},
+             std::uintptr_t{0x7FFFFFFFEFF8}, reinterpret_cast<std::uintptr_t>(&stepping)})
+    {
+        damage(value);
+        EXPECT_GE(count, 1u);
+        EXPECT_LE(count, 3u) << std::hex << value;
+    }
+}
+
+#endif
+
+TEST(LayerModules, ATruncatedNameIsTerminated)
+{
+    char name[6] = "#####";
+    EXPECT_EQ(GetModuleFileNameA(nullptr, name, 5), 5u);
+    EXPECT_EQ(std::strlen(name), 4u);
+}
+
+// The loader's lock is held while this thread iterates, so a capture on another thread would block if it needed it.
+TEST(LayerCaptures, NeedNoLockOfTheLoader)
+{
+    const ProbeLibrary library("large_stack_probe"); // the rules of a new library aren't known
+    const ProbeFunction function = library.Function();
+    std::atomic<int> state = 0;
+    std::thread thread(
+        [&]
+        {
+            static std::atomic<int>* progress;
+            progress = &state;
+            ProbeFrames frames;
+            frames.callback = [](ProbeFrames&)
+            {
+                void* addresses[30];
+                progress->store(1);
+                while (progress->load() == 1)
+                {
+                }
+                const WORD count = RtlCaptureStackBackTrace(0, 30, addresses, nullptr);
+                progress->store(count > 5 ? 3 : 4);
+            };
+            function(frames);
+        });
+    while (state != 1)
+        sched_yield();
+    dl_iterate_phdr(
+        [](dl_phdr_info*, std::size_t, void* data)
+        {
+            auto& progress = *static_cast<std::atomic<int>*>(data);
+            progress = 2;
+            for (int wait = 0; wait < 5000 && progress == 2; ++wait)
+                usleep(1000);
+            return progress == 2 ? 0 : 1;
+        },
+        &state);
+    EXPECT_EQ(state, 3);
+    thread.join();
+}
+
+TEST(LayerCaptures, WorkInAForkedChild)
+{
+    const Addresses before = CapturedAddresses();
+    const pid_t child = fork();
+    if (child == 0)
+    {
+        void* addresses[100];
+        const WORD count = RtlCaptureStackBackTrace(0, 100, addresses, nullptr);
+        // The first address is in this function instead of the one called above.
+        _exit(count + 1u == before.size() && addresses[count - 1] == before.back() ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+}
+
+} // namespace

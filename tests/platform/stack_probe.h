@@ -1,0 +1,21 @@
+// The interface of the library through which the tests of the stack call.
+#pragma once
+
+namespace qxtest
+{
+
+// The return addresses of the functions that are running, outermost first, noted by the functions themselves.
+struct ProbeFrames
+{
+    static constexpr unsigned kMost = 64;
+
+    void* address[kMost] = {};
+    unsigned count = 0;
+    void (*callback)(ProbeFrames&) = nullptr; // called by the innermost function
+
+    void Note(void* returnAddress) { address[count++] = returnAddress; }
+};
+
+using ProbeFunction = void (*)(ProbeFrames&);
+
+} // namespace qxtest
