@@ -14,6 +14,7 @@ set(QXUT_SYSTEM_LIBRARY -loleaut32)
 
 if(NOT WIN32)
     install(TARGETS qxplatform qxcrt EXPORT qxUT23Targets)
+    install(TARGETS qxdbghelp LIBRARY NAMELINK_SKIP) # loaded at run time only
     install(DIRECTORY platform/include/ DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/qxplatform" FILES_MATCHING PATTERN "*.h")
     list(APPEND packages qxplatform)
     set(QXUT_SYSTEM_LIBRARY -lqxplatform)
@@ -26,7 +27,8 @@ if(NOT QXUT_SANITIZE)
         list(APPEND split_files "${CMAKE_INSTALL_BINDIR}/$<TARGET_FILE_NAME:qxUT23>")
     else()
         list(APPEND split_files
-            "${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:qxUT23>" "${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:qxplatform>")
+            "${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:qxUT23>" "${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:qxplatform>"
+            "${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:qxdbghelp>")
     endif()
     install(CODE "
         set(QX_FILES \"${split_files}\")

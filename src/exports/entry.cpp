@@ -5,6 +5,7 @@
 #include "handles/handle_lists.h"
 #include "module/module_frame.h"
 #include "stacks/caller_lines.h"
+#include "stacks/debug_help_wrapper.h"
 
 #include <windows.h>
 
@@ -28,6 +29,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID reserved)
     {
         if (reserved)
             qx::SetProcessEnding();
+        qx::EndDebugHelpThreads();
         qx::DetachModule(kSteps);
         if (!reserved)
             qx::DropForeverObjects();

@@ -140,7 +140,9 @@ std::optional<Module> FindModule(std::u16string_view name)
     if (IsSystemLibrary(name))
         return Layer();
     const bool isPath = HasFolder(name);
-    const std::vector<std::u16string> wanted = FileNamesOf(name);
+    std::vector<std::u16string> wanted = FileNamesOf(name);
+    if (IsDebugHelp(name))
+        wanted.push_back(u"libqxdbghelp.so");
     for (Module& module : LoadedModules())
     {
         const std::u16string path = FromNative(module.path);
@@ -157,6 +159,30 @@ bool IsSystemLibrary(std::u16string_view name)
     const std::u16string_view stem = WithoutExtension(name);
     return std::any_of(std::begin(kSystemLibraries), std::end(kSystemLibraries),
         [stem](std::u16string_view library) { return EqualWithoutCase(stem, library); });
+}
+
+bool IsDebugHelp(std::u16string_view name)
+{
+    return EqualWithoutCase(WithoutExtension(name), u"dbghelp");
+}
+
+bool IsLayerOrDebugHelp(const Module& module)
+{
+    const std::string layer = Layer().path;
+    const std::string folder = layer.substr(0, layer.rfind('/') + 1);
+    return module.path == layer ||
+           (module.path.starts_with(folder) && module.path.substr(folder.size()).starts_with("libqxdbghelp.so"));
+}
+
+std::string DebugHelpPath()
+{
+    // libqxplatform.so.23 and libqxdbghelp.so.23 are installed together, and have the same version.
+    constexpr std::string_view kLayerName = "libqxplatform";
+    std::string path = Layer().path;
+    const std::size_t name = path.rfind('/') + 1;
+    if (path.compare(name, kLayerName.size(), kLayerName) == 0)
+        path.replace(name, kLayerName.size(), "libqxdbghelp");
+    return path;
 }
 
 Module Layer()

@@ -38,6 +38,12 @@ bool IsSystemLibrary(std::u16string_view name);
 // Returns the layer's own module.
 Module Layer();
 
+// The debug-help library belongs to the layer but is loaded only on demand, by the name "dbghelp".
+bool IsDebugHelp(std::u16string_view name);
+std::string DebugHelpPath();
+// Returns true for the two modules whose functions have link names of their own.
+bool IsLayerOrDebugHelp(const Module& module);
+
 // Returns the file names that a library of this name may have on Linux, the most likely first.
 std::vector<std::u16string> FileNamesOf(std::u16string_view name);
 

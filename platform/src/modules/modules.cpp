@@ -76,6 +76,8 @@ std::vector<std::string> PlacesOf(std::u16string_view name)
         add(ToFullNative(Wide(own)).text + '/');
     add(FolderOfProgram() + '/');
     add("");
+    if (IsDebugHelp(name))
+        places.push_back(DebugHelpPath());
     return places;
 }
 
@@ -251,9 +253,9 @@ FARPROC WINAPI GetProcAddress(HMODULE hModule, LPCSTR lpProcName)
         return nullptr;
     const bool isOrdinal = reinterpret_cast<ULONG_PTR>(lpProcName) <= 0xFFFF; // Linux exports by name only
     void* const library = isOrdinal ? nullptr : OpenPresent(*module);
-    const bool isLayer = module->handle == Layer().handle;
+    const bool hasLinkNames = IsLayerOrDebugHelp(*module);
     void* const address =
-        library == nullptr ? nullptr : dlsym(library, isLayer ? LinkNameOf(lpProcName).c_str() : lpProcName);
+        library == nullptr ? nullptr : dlsym(library, hasLinkNames ? LinkNameOf(lpProcName).c_str() : lpProcName);
     if (library != nullptr)
         dlclose(library);
     // The dynamic linker also finds functions exported by the library's dependencies.

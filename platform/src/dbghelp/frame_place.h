@@ -1,0 +1,22 @@
+// Where a variable of a frame is in memory.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include <elfutils/libdw.h>
+
+namespace qxplatform
+{
+
+struct FramePlace
+{
+    bool isInFrame = false;   // otherwise a static variable
+    std::int64_t address = 0; // relative to the canonical frame address, or an address of the debug information
+};
+
+// Returns the place of a variable or parameter at an instruction, or nothing if it isn't in memory or if that takes the
+// value of a register. `rules` are the unwind rules at the instruction, or null.
+std::optional<FramePlace> PlaceOf(Dwarf_Die& variable, Dwarf_Die& function, Dwarf_Addr address, Dwarf_Frame* rules);
+
+} // namespace qxplatform

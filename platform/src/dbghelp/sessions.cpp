@@ -1,0 +1,148 @@
+#include "dbghelp/sessions.h"
+
+#include "dbghelp/loaded_images.h"
+
+#include <errhandlingapi.h>
+#include <winerror.h>
+
+#include <algorithm>
+#include <map>
+#include <mutex>
+#include <string_view>
+
+namespace qxplatform
+{
+namespace
+{
+
+struct Sessions
+{
+    std::mutex lock; // guards the map, not the sessions
+    std::map<HANDLE, std::unique_ptr<SymbolSession>> byProcess;
+};
+
+// Never destroyed, because a thread that was given up may still use its session.
+Sessions& TheSessions()
+{
+    static Sessions& sessions = *new Sessions;
+    return sessions;
+}
+
+std::vector<std::string> FoldersOf(const char* searchPath)
+{
+    std::vector<std::string> folders;
+    std::string_view rest = searchPath == nullptr ? "" : searchPath;
+    while (!rest.empty())
+    {
+        const std::string_view folder = rest.substr(0, rest.find(';'));
+        rest.remove_prefix(std::min(rest.size(), folder.size() + 1));
+        if (!folder.empty() && std::find(folders.begin(), folders.end(), folder) == folders.end())
+            folders.emplace_back(folder);
+    }
+    return folders;
+}
+
+std::string_view FileOf(std::string_view path)
+{
+    return path.substr(path.rfind('/') + 1);
+}
+
+// A module's name is its file name up to ".so".
+std::string NameOfFile(const std::string& path)
+{
+    const std::string_view file = FileOf(path);
+    return std::string(file.substr(0, file.find(".so")));
+}
+
+SymbolModule::Origin OriginOf(const char* path, const char* name, std::uint64_t base, std::uint64_t size)
+{
+    SymbolModule::Origin origin{base, size, path == nullptr ? "" : path, "", false};
+    for (LoadedImage& image : ListLoadedImages())
+    {
+        if (image.base != base || (path != nullptr && FileOf(path) != FileOf(image.path)))
+            continue;
+        // The loader's path is right even if the caller's code page can't express it.
+        origin.path = std::move(image.path);
+        origin.isInMemory = !image.isFile;
+        origin.size = image.size;
+    }
+    origin.name = name == nullptr || *name == 0 ? NameOfFile(origin.path) : name;
+    return origin;
+}
+
+} // namespace
+
+SymbolModule* SymbolSession::FindModule(std::uint64_t address)
+{
+    const auto place = std::upper_bound(_modules.begin(), _modules.end(), address,
+        [](std::uint64_t value, const auto& module) { return value < module->Base(); });
+    if (place != _modules.begin() && (*(place - 1))->Contains(address))
+        return (place - 1)->get();
+    SetLastError(ERROR_MOD_NOT_FOUND);
+    return nullptr;
+}
+
+SymbolModule* SymbolSession::Load(const char* path, const char* name, std::uint64_t base, std::uint64_t size)
+{
+    auto module = std::make_unique<SymbolModule>(OriginOf(path, name, base, size), _debugFolders);
+    if (!module->IsImage())
+    {
+        SetLastError(ERROR_FILE_NOT_FOUND);
+        return nullptr;
+    }
+    const auto next = std::upper_bound(_modules.begin(), _modules.end(), module->Base(),
+        [](std::uint64_t value, const auto& other) { return value < other->Base(); });
+    if (next != _modules.begin() && (*(next - 1))->Contains(module->Base()))
+    {
+        SetLastError((*(next - 1))->Base() == module->Base() ? ERROR_SUCCESS : ERROR_INVALID_ADDRESS);
+        return nullptr;
+    }
+    if (next != _modules.end() && module->Contains((*next)->Base()))
+    {
+        SetLastError(ERROR_INVALID_ADDRESS);
+        return nullptr;
+    }
+    return _modules.insert(next, std::move(module))->get();
+}
+
+bool OpenSession(HANDLE process, const char* searchPath)
+{
+    elf_version(EV_CURRENT);
+    Sessions& sessions = TheSessions();
+    const std::lock_guard guard(sessions.lock);
+    std::unique_ptr<SymbolSession>& session = sessions.byProcess[process];
+    if (session)
+    {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return false;
+    }
+    session = std::make_unique<SymbolSession>(FoldersOf(searchPath));
+    return true;
+}
+
+bool CloseSession(HANDLE process)
+{
+    Sessions& sessions = TheSessions();
+    std::unique_ptr<SymbolSession> closing;
+    {
+        const std::lock_guard guard(sessions.lock);
+        if (auto node = sessions.byProcess.extract(process))
+            closing = std::move(node.mapped());
+    }
+    if (!closing)
+        SetLastError(ERROR_INVALID_HANDLE);
+    return closing != nullptr;
+}
+
+SymbolSession* FindSession(HANDLE process)
+{
+    Sessions& sessions = TheSessions();
+    const std::lock_guard guard(sessions.lock);
+    const auto found = sessions.byProcess.find(process);
+    if (found != sessions.byProcess.end())
+        return found->second.get();
+    SetLastError(ERROR_INVALID_HANDLE);
+    return nullptr;
+}
+
+} // namespace qxplatform

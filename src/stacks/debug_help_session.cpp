@@ -1,0 +1,391 @@
+#include "stacks/debug_help_session.h"
+
+#include "core/developer_run.h"
+#include "module/late_libraries.h"
+#include "module/module_paths.h"
+#include "module/version_block.h"
+#include "stacks/frame_variables.h"
+
+#include <cstring>
+#include <iterator>
+
+namespace qx
+{
+namespace
+{
+
+constexpr int kNameSize = 1024;
+constexpr DWORD kUndecorateNameOnly = 0x1000;
+constexpr DWORD kSourceServerEvent = 0x40000000;
+constexpr DWORD kSessionOptions = 0x10261;
+constexpr wchar_t kLibraryFile[] = L"dbghelp.dll";
+
+// Returns a variable's value, or an empty text. Longer values than 260 characters are ignored, as paths are.
+String EnvironmentText(const wchar_t* name)
+{
+    wchar_t text[MAX_PATH];
+    const DWORD length = GetEnvironmentVariableW(name, text, static_cast<DWORD>(std::size(text)));
+    return length > 0 && length < std::size(text) ? String(text) : String();
+}
+
+String ApplicationFolder()
+{
+    const String path = ModulePath(nullptr);
+    return path.Left(path.Length() - FileNameOf(path.View()).size());
+}
+
+String CurrentFolder()
+{
+    wchar_t text[MAX_PATH];
+    const DWORD length = GetFullPathNameW(L".", static_cast<DWORD>(std::size(text)), text, nullptr);
+    return length > 0 && length < std::size(text) ? String(text) : String();
+}
+
+BOOL CALLBACK OnSymbolEvent(HANDLE, ULONG event, ULONG64, ULONG64)
+{
+    return event == kSourceServerEvent ? TRUE : FALSE;
+}
+
+// The registers of the processor that the library was built for.
+template <class Context>
+std::uint64_t ProgramCounter(const Context& context)
+{
+    if constexpr (requires { context.Rip; })
+        return context.Rip;
+    else
+        return context.Pc;
+}
+
+template <class Context>
+std::uint64_t StackPointer(const Context& context)
+{
+    if constexpr (requires { context.Rsp; })
+        return context.Rsp;
+    else
+        return context.Sp;
+}
+
+template <class Context>
+constexpr DWORD MachineOf()
+{
+    constexpr DWORD kAmd64 = 0x8664;
+    constexpr DWORD kArm64 = 0xAA64;
+    return requires(Context context)
+    {
+        context.Rip;
+    }
+    ? kAmd64 : kArm64;
+}
+
+ADDRESS64 FlatAddress(std::uint64_t offset)
+{
+    ADDRESS64 address{};
+    address.Offset = offset;
+    address.Mode = AddrModeFlat;
+    return address;
+}
+
+BOOL CALLBACK ReadForWalk(HANDLE, DWORD64 address, PVOID buffer, DWORD size, LPDWORD read)
+{
+    SIZE_T length = 0;
+    const BOOL result =
+        ReadProcessMemory(GetCurrentProcess(), reinterpret_cast<const void*>(address), buffer, size, &length);
+    *read = static_cast<DWORD>(length);
+    return result;
+}
+
+// Fills the values that the symbols didn't tell from the words of the frame.
+void AddFrameWords(DBGStackTraceItem& item, const DWORD64 (&words)[4])
+{
+    int word = 0;
+    for (int index = 0; index < item.parameterCount && word < static_cast<int>(std::size(words)); ++index)
+    {
+        DBGParameter& parameter = item.parameters[index];
+        if (parameter.isLocal)
+            continue;
+        const DWORD64 value = words[word++];
+        if (parameter.kind == kHex32 && parameter.value.number == 0)
+            parameter.value.number = static_cast<std::uint32_t>(value);
+    }
+}
+
+} // namespace
+
+const char* SymbolTypeText(int type)
+{
+    static constexpr const char* kTexts[] = {
+        "<no known symbols>", "COFF", "CV", "PDB", "<exported>", "<deferred>", "SYM", "DIA", "Virtual"};
+    return type >= 0 && type < static_cast<int>(std::size(kTexts)) ? kTexts[type] : "-unknown-";
+}
+
+bool clsRGDBGHELP::Load()
+{
+    clsCriticalSectionLock lock(_lock);
+    if (_module)
+        return true;
+    HMODULE module = LoadLibraryW(ApplicationFolder() + kLibraryFile);
+    const String programs = EnvironmentText(L"ProgramFiles");
+    for (const wchar_t* const folder : {L"\\Debugging Tools for Windows\\", L"\\Debugging Tools for Windows (x86)\\",
+             L"\\Debugging Tools for Windows 64-Bit\\"})
+    {
+        if (module || programs.IsEmpty())
+            break;
+        const String path = programs + folder + kLibraryFile;
+        if (GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES)
+            module = LoadLibraryW(path);
+    }
+    if (!module)
+        module = LoadLibraryW(kLibraryFile);
+    return FinishLoad(module, module ? 0 : GetLastError());
+}
+
+clsDBGHELP::~clsDBGHELP()
+{
+    if (_isOpen && p_SymCleanup.IsThere())
+        p_SymCleanup(_process);
+}
+
+String clsDBGHELP::SymbolPath() const
+{
+    String path(L".");
+    const auto add = [&path](const String& part)
+    {
+        if (!part.IsEmpty())
+            path.AppendWithSeparator(L';', part);
+    };
+    add(CurrentFolder());
+    add(ApplicationFolder());
+    add(EnvironmentText(L"_NT_SYMBOL_PATH"));
+    add(EnvironmentText(L"_NT_ALTERNATE_SYMBOL_PATH"));
+    const String root = EnvironmentText(L"SYSTEMROOT");
+    add(root);
+    if (!root.IsEmpty())
+    {
+        add(root + L"\\system32");
+        add(root + L"\\syswow64");
+    }
+    if (UtilIsDeveloperRun())
+        add(L"d:\\bin");
+    return path;
+}
+
+bool clsDBGHELP::SetUp()
+{
+    if (!Load() || !p_SymInitialize.IsThere())
+        return false;
+    if ((_mode & kSetsSymbolPath) != 0)
+        _symbolPath = SymbolPath();
+    _isOpen = p_SymInitialize(_process, _symbolPath.IsEmpty() ? nullptr : _symbolPath.NarrowText(), FALSE) != FALSE;
+    if (!_isOpen)
+        return false;
+    if (p_SymRegisterCallback64.IsThere())
+        p_SymRegisterCallback64(_process, OnSymbolEvent, reinterpret_cast<ULONG64>(this));
+    if (p_SymGetOptions.IsThere() && p_SymSetOptions.IsThere())
+    {
+        const DWORD lines = (_mode & kReadsNoVersions) != 0 ? SYMOPT_LOAD_LINES : 0;
+        p_SymSetOptions((p_SymGetOptions() & ~static_cast<DWORD>(SYMOPT_DEFERRED_LOADS)) | lines | kSessionOptions);
+    }
+    return true;
+}
+
+clsDBGModuleList& clsDBGHELP::Modules()
+{
+    if (_modules->IsEmpty())
+        AddModules();
+    return *_modules;
+}
+
+void clsDBGHELP::AddModules()
+{
+    struct Loaded
+    {
+        std::uint64_t base;
+        std::uint32_t size;
+    };
+    struct Enumeration
+    {
+        std::size_t count = 0;
+        WCValDList<Loaded> modules;
+
+        static BOOL CALLBACK Count(PCSTR, DWORD64, ULONG, PVOID self)
+        {
+            ++static_cast<Enumeration*>(self)->count;
+            return TRUE;
+        }
+        static BOOL CALLBACK Take(PCSTR, DWORD64 base, ULONG size, PVOID self)
+        {
+            static_cast<Enumeration*>(self)->modules.Append({base, size});
+            return TRUE;
+        }
+    };
+    Enumeration enumeration;
+    if (p_EnumerateLoadedModules64.IsThere() &&
+        p_EnumerateLoadedModules64(_process, Enumeration::Count, &enumeration) && enumeration.count > 0)
+        p_EnumerateLoadedModules64(_process, Enumeration::Take, &enumeration);
+    for (const Loaded& module : enumeration.modules)
+        LoadModule(module.base, module.size);
+}
+
+void clsDBGHELP::LoadModule(std::uint64_t base, std::uint32_t size)
+{
+    const String path = ModulePath(reinterpret_cast<HMODULE>(base));
+    const String name(FileNameOf(path.View()));
+    auto item = std::make_unique<DBGModuleItem>();
+    item->size = sizeof *item;
+    item->base = base;
+    item->imageSize = size;
+    CopyToField(path.NarrowText(), item->path);
+    CopyToField(name.NarrowText(), item->name);
+    IMAGEHLP_MODULE64 info{};
+    info.SizeOfStruct = sizeof info;
+    if (p_SymLoadModuleEx.IsThere())
+        p_SymLoadModuleEx(
+            _process, nullptr, path.IsEmpty() ? nullptr : path.NarrowText(), nullptr, base, size, nullptr, 0);
+    if (p_SymGetModuleInfo64.IsThere() && p_SymGetModuleInfo64(_process, base, &info))
+    {
+        CopyToField(SymbolTypeText(info.SymType), item->symbolType);
+        if (path.IsEmpty())
+        {
+            CopyToField(info.ImageName, item->path);
+            CopyToField(info.ModuleName, item->name);
+        }
+    }
+    if ((_mode & kReadsNoVersions) == 0 && !path.IsEmpty())
+    {
+        String description;
+        CopyToField(GetFileVersionText(path, &description).NarrowText(), item->version);
+        CopyToField(description.NarrowText(), item->description);
+        CopyToField(GetFileVersionValue(path, L"CompanyName").NarrowText(), item->company);
+    }
+    _modules->InsertByBase(std::move(item));
+}
+
+bool clsDBGHELP::LoadModuleOf(std::uint64_t address)
+{
+    MEMORY_BASIC_INFORMATION region{};
+    if (!p_SymLoadModule64.IsThere() ||
+        VirtualQuery(reinterpret_cast<const void*>(address), &region, sizeof region) == 0 || !region.AllocationBase)
+        return false;
+    const String path = ModulePath(static_cast<HMODULE>(region.AllocationBase));
+    return !path.IsEmpty() && p_SymLoadModule64(_process, nullptr, path.NarrowText(), nullptr,
+                                  reinterpret_cast<DWORD64>(region.AllocationBase), 0) != 0;
+}
+
+bool clsDBGHELP::FindModuleOf(std::uint64_t address, IMAGEHLP_MODULE64& info)
+{
+    if (!p_SymGetModuleInfo64.IsThere())
+        return false;
+    info = {};
+    info.SizeOfStruct = sizeof info;
+    if (p_SymGetModuleInfo64(_process, address, &info))
+        return true;
+    if (GetLastError() != ERROR_MOD_NOT_FOUND || !LoadModuleOf(address))
+        return false;
+    info = {};
+    info.SizeOfStruct = sizeof info;
+    return p_SymGetModuleInfo64(_process, address, &info) != FALSE;
+}
+
+StackTraceListPtr clsDBGHELP::Walk(const CONTEXT& context, int maximum, unsigned detail)
+{
+    StackTraceListPtr list(new clsDBGStackTraceList);
+    if (!p_StackWalk64.IsThere())
+        return list;
+    Modules(); // the unwinder of some systems finds only modules that are known
+    CONTEXT registers = context;
+    STACKFRAME64 frame{};
+    frame.AddrPC = FlatAddress(ProgramCounter(registers));
+    frame.AddrFrame = frame.AddrStack = FlatAddress(StackPointer(registers));
+    const auto tables = p_SymFunctionTableAccess64.IsThere()
+                            ? reinterpret_cast<PFUNCTION_TABLE_ACCESS_ROUTINE64>(p_SymFunctionTableAccess64.Address())
+                            : nullptr;
+    const auto bases = p_SymGetModuleBase64.IsThere()
+                           ? reinterpret_cast<PGET_MODULE_BASE_ROUTINE64>(p_SymGetModuleBase64.Address())
+                           : nullptr;
+    for (int index = 0; index < maximum && frame.AddrPC.Offset != 0; ++index)
+    {
+        frame.AddrBStore.Offset = 0;
+        if (!p_StackWalk64(MachineOf<CONTEXT>(), _process, GetCurrentThread(), &frame, &registers, ReadForWalk, tables,
+                bases, nullptr) ||
+            frame.AddrPC.Offset == 0)
+            break;
+        const bool isExact = index == 0 || frame.AddrBStore.Offset != 0;
+        auto item = std::make_unique<DBGStackTraceItem>();
+        Describe(*item, frame.AddrPC.Offset, isExact, frame.AddrFrame.Offset, detail);
+        if ((detail & kParameters) != 0 && item->parameterCount > 0 && frame.AddrReturn.Offset != 0)
+            AddFrameWords(*item, frame.Params);
+        list->Append(std::move(item));
+        if ((detail & kParameters) != 0 && frame.AddrReturn.Offset == 0)
+            break;
+    }
+    list->Reset();
+    return list;
+}
+
+// A call at the end of a function is told with its own function, so return addresses are looked up one byte before.
+void clsDBGHELP::Describe(
+    DBGStackTraceItem& item, std::uint64_t address, bool isExact, std::uint64_t frameBase, unsigned detail)
+{
+    item = {};
+    item.size = sizeof item;
+    item.address = address;
+    if ((detail & (kSymbolAndLine | kParameters)) == 0)
+    {
+        item.addressOnly = 1;
+        MEMORY_BASIC_INFORMATION region{};
+        if (VirtualQuery(reinterpret_cast<const void*>(address), &region, sizeof region) != 0 && region.AllocationBase)
+            CopyToField(ModulePath(static_cast<HMODULE>(region.AllocationBase)).NarrowText(), item.module);
+        return;
+    }
+    item.parameterCount = 4;
+    const std::uint64_t lookedUp = isExact ? address : address - 1;
+    IMAGEHLP_MODULE64 info{};
+    const bool hasModule = FindModuleOf(lookedUp, info); // loads it if necessary, for the symbol
+    if ((detail & kSymbolAndLine) != 0)
+        DescribeSymbol(item, lookedUp, frameBase);
+    if ((detail & kModule) != 0 && hasModule)
+    {
+        CopyToField(SymbolTypeText(info.SymType), item.symbolType);
+        CopyToField(info.ModuleName, item.module);
+        item.moduleBase = info.BaseOfImage;
+    }
+}
+
+void clsDBGHELP::DescribeSymbol(DBGStackTraceItem& item, std::uint64_t lookedUp, std::uint64_t frameBase)
+{
+    alignas(IMAGEHLP_SYMBOL64) char storage[sizeof(IMAGEHLP_SYMBOL64) + kNameSize] = {};
+    auto& symbol = *reinterpret_cast<IMAGEHLP_SYMBOL64*>(storage);
+    symbol.SizeOfStruct = sizeof symbol;
+    symbol.MaxNameLength = kNameSize;
+    DWORD64 displacement = 0;
+    const std::uint64_t correction = item.address - lookedUp;
+    if (p_SymGetSymFromAddr64.IsThere() && p_SymGetSymFromAddr64(_process, lookedUp, &displacement, &symbol))
+    {
+        CopyToField(symbol.Name, item.symbol);
+        item.displacement = displacement + correction;
+        if (p_UnDecorateSymbolName.IsThere())
+        {
+            p_UnDecorateSymbolName(symbol.Name, item.name, kNameSize, kUndecorateNameOnly);
+            p_UnDecorateSymbolName(symbol.Name, item.fullName, kNameSize, 0);
+        }
+        IMAGEHLP_STACK_FRAME frame{};
+        frame.InstructionOffset = lookedUp;
+        if (frameBase != 0 && p_SymSetContext.IsThere() && p_SymEnumSymbols.IsThere() &&
+            (p_SymSetContext(_process, &frame, nullptr) || GetLastError() == ERROR_SUCCESS))
+        {
+            item.parameterCount = 0;
+            VariableReader(*this, item, frameBase).Read();
+        }
+    }
+    IMAGEHLP_LINE64 line{};
+    line.SizeOfStruct = sizeof line;
+    DWORD lineDisplacement = 0;
+    if (p_SymGetLineFromAddr64.IsThere() && p_SymGetLineFromAddr64(_process, lookedUp, &lineDisplacement, &line))
+    {
+        CopyToField(line.FileName ? line.FileName : "", item.file);
+        item.line = line.LineNumber;
+        item.lineDisplacement = lineDisplacement + static_cast<std::uint32_t>(correction);
+    }
+}
+
+} // namespace qx

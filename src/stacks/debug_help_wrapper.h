@@ -1,0 +1,138 @@
+// Jobs of the debug-help service: a thread that owns a session and obeys commands, with a time limit.
+#pragma once
+
+#include "containers/skip_list.h"
+#include "stacks/debug_help_session.h"
+#include "threads/event.h"
+#include "threads/thread_base.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+namespace qx
+{
+
+// Time limits, in milliseconds. Variables, so that tests needn't wait.
+struct DebugHelpTimes
+{
+    DWORD lock = 5'000;     // for the lock that one job holds at a time
+    DWORD command = 60'000; // for a command
+};
+DebugHelpTimes& TheDebugHelpTimes();
+
+// Makes later jobs work on the calling thread and wait for no lock. Called when the library is unloaded.
+void EndDebugHelpThreads();
+
+// The lock that each job holds, and a lock for the callers' use of graphics. Both live as long as the library.
+clsCriticalSection& DebugHelpThreadingLock();
+clsCriticalSection& GraphicsThreadingLock();
+
+// A job. The subclasses call Begin in their constructors and End in their destructors.
+//
+// The service thread enters the threading lock and the session lock and leaves both, so that a second job waits also on
+// the thread that opened the first one, and so that any thread may close a job.
+class clsDBGHelpWrapper : public clsThreadBase
+{
+public:
+    clsDBGHelpWrapper() : clsThreadBase(L"DebugHelp::clsDBGHelpWrapper") {}
+    ~clsDBGHelpWrapper() override = default;
+
+    // In vtable order after the slots of clsThreadBase.
+    virtual bool WalkOnOwnThread() { return _usesThread; }
+    virtual HWND GetWindowToLock() { return nullptr; }
+    virtual int GetMaxFrames() { return 20; }
+    virtual int Reserved10() { return 0; }
+    virtual int Reserved11() { return 0; }
+    virtual unsigned GetDetail() { return 1; }
+
+    unsigned ThreadProc() override;
+
+    bool HasSession() const { return _session != nullptr && !_isCutOff; }
+    // A command ran out of time. Its thread may still use this object, which must not be destroyed.
+    bool IsCutOff() const { return _isCutOff; }
+
+    // Return a list, or null.
+    StackTraceListPtr GetStackTrace(const CONTEXT& context);
+    ModuleListPtr GetModuleList();
+
+    // Calls an operation of the session on the service thread. Returns false without a session or if it failed.
+    using Operation = bool (*)(clsDBGHELP& session, void* argument);
+    bool RunInSession(Operation operation, void* argument);
+
+protected:
+    void Begin();
+    void End();
+
+private:
+    enum class Command
+    {
+        Open = 0,
+        Close = 1,
+        GetStackTrace = 2,
+        GetModuleList = 3,
+        WriteMiniDump = 4,
+        RunOperation = 5,
+    };
+
+    int Run(Command command);
+    int Execute(Command command);
+    bool EnterThreadingLock();
+    int Open();
+    int Close();
+    int WalkStack();
+
+    clsEvent _request;
+    clsEvent _done;
+    bool _usesThread = true;
+    bool _holdsLock = false;
+    std::atomic<bool> _isCutOff = false;
+    std::unique_ptr<clsDBGHELP> _session;
+    Command _command = Command::Open;
+    std::atomic<int> _result = 0;
+    CONTEXT _context{}; // a copy, because a thread that is cut off may still read it
+    StackTraceListPtr _frames;
+    ModuleListPtr _modules;
+    Operation _operation = nullptr;
+    void* _argument = nullptr;
+};
+
+// The jobs of the exported functions.
+class clsDBGHelpWrapperGPFProt final : public clsDBGHelpWrapper
+{
+public:
+    static constexpr std::uint32_t kMaxFramesOption = 1;
+    static constexpr std::uint32_t kOwnThreadOption = 2;
+    static constexpr std::uint32_t kDetailOption = 3;
+
+    clsDBGHelpWrapperGPFProt() { Begin(); }
+    ~clsDBGHelpWrapperGPFProt() override { End(); }
+
+    bool WalkOnOwnThread() override { return Option(kOwnThreadOption, 1) != 0; }
+    int GetMaxFrames() override { return static_cast<int>(Option(kMaxFramesOption, 100)); }
+    unsigned GetDetail() override { return Option(kDetailOption, 1); }
+
+    void SetOption(std::uint32_t key, std::uint32_t value) { _options[key] = value; }
+
+private:
+    std::uint32_t Option(std::uint32_t key, std::uint32_t otherwise) const
+    {
+        const std::uint32_t* const value = _options.Find(key);
+        return value ? *value : otherwise;
+    }
+
+    WCValSkipListDict<std::uint32_t, std::uint32_t> _options;
+};
+
+// Destroys a job, unless its thread may still use it.
+struct CloseDebugHelpJob
+{
+    template <class Job>
+    void operator()(Job* job) const
+    {
+        if (job && !job->IsCutOff())
+            delete job;
+    }
+};
+
+} // namespace qx

@@ -1,0 +1,60 @@
+#include <qxut23/addresses.h>
+#include <qxut23/stacks.h>
+
+#include <gmock/gmock.h>
+
+#include <string>
+
+namespace
+{
+
+// One session, because opening one is slow on some systems.
+TEST(DebugHelpExports, DeliverLists)
+{
+    HDEBUGHELPJOB const job = UtilDebugHelpJobOpen();
+    ASSERT_NE(job, nullptr);
+    UtilDebugHelpSetOption(job, 1, 5);
+    UtilDebugHelpSetOption(job, 77, 5); // unknown
+    IDBGStackTraceList* frames = nullptr;
+    ASSERT_EQ(UtilDebugHelpGetStackTrace(job, &frames, nullptr), 1);
+    IDBGModuleList* modules = nullptr;
+    ASSERT_EQ(UtilDebugHelpGetModuleList(job, &modules), 1);
+    UtilDebugHelpJobClose(job);
+
+    // Lists outlive their job.
+    DBGStackTraceItem* items[6];
+    QXULONG count = 0;
+    EXPECT_EQ(frames->Next(6, items, &count), 1);
+    ASSERT_EQ(count, 5u);
+    bool hasCaller = false;
+    for (QXULONG index = 0; index < count; ++index)
+        hasCaller |= std::string(items[index]->symbol).find("DeliverLists") != std::string::npos;
+    EXPECT_TRUE(hasCaller);
+    EXPECT_EQ(modules->Skip(2), 0);
+    EXPECT_EQ(frames->Release(), 0u);
+    EXPECT_EQ(modules->Release(), 0u);
+}
+
+TEST(DebugHelpExports, RejectNull)
+{
+    IDBGStackTraceList* frames = reinterpret_cast<IDBGStackTraceList*>(8);
+    EXPECT_EQ(UtilDebugHelpGetStackTrace(nullptr, &frames, nullptr), 0);
+    EXPECT_EQ(frames, nullptr);
+    EXPECT_EQ(UtilDebugHelpGetModuleList(nullptr, nullptr), 0);
+    UtilDebugHelpSetOption(nullptr, 1, 1);
+    UtilDebugHelpJobClose(nullptr);
+    EXPECT_EQ(QxDescribeAddresses(nullptr, 1, 0, nullptr, nullptr), 0);
+}
+
+TEST(DebugHelpExports, HandOutTwoLocks)
+{
+    void* first = nullptr;
+    void* second = nullptr;
+    UtilGetDBGHELPThreadingCS(&first);
+    UtilGetGDIThreadingCS(&second);
+    EXPECT_NE(first, nullptr);
+    EXPECT_NE(second, nullptr);
+    EXPECT_NE(first, second);
+}
+
+} // namespace

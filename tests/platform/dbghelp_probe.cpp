@@ -1,0 +1,72 @@
+// A library with known functions and variables. Its test runs inside of them. Compiled without optimisation.
+#include "dbghelp_probe.h"
+
+#include <stdint.h>
+
+namespace probe
+{
+
+struct Triple
+{
+    int64_t a, b, c;
+};
+
+enum Colour : unsigned char
+{
+    green = 7
+};
+
+template <class T>
+int Twice(T value, void (*inside)(void*), void* user)
+{
+    int doubled = static_cast<int>(value + value);
+    inside(user);
+    return doubled;
+}
+
+class Walker
+{
+public:
+    int operator()(const char* text, void (*inside)(void*), void* user) const
+    {
+        int own = text ? 1 : 0;
+        inside(user);
+        return own;
+    }
+};
+
+} // namespace probe
+
+extern "C" PROBE_API int ProbeVariables(void (*inside)(void*), void* user)
+{
+    struct Inner
+    {
+        static int Run(signed char small, short medium, int whole, long long large, unsigned char byte, float real,
+            double wide, bool flag, const char* text, const char* noText, probe::Triple triple, probe::Colour colour,
+            void* pointer, void (*inner)(void*), void* argument)
+        {
+            int local = whole + 1;
+            int array[5] = {1, 2, 3, 4, 5};
+            const long long volatile qualified = -5;
+            {
+                int nested = 77;
+                inner(argument);
+                local += nested;
+            }
+            {
+                int elsewhere = 88; // out of scope during the call
+                local += elsewhere;
+            }
+            return local + array[4] + static_cast<int>(qualified) + small + medium + static_cast<int>(large) + byte +
+                   static_cast<int>(real + static_cast<float>(wide)) + flag + (text != noText) +
+                   static_cast<int>(triple.c) + colour + (pointer != nullptr);
+        }
+    };
+    return Inner::Run(-3, -300, 42, -5000000000LL, 200, 1.5F, 2.25, true, "hello", nullptr, {1, 2, 3}, probe::green,
+        user, inside, user);
+}
+
+extern "C" PROBE_API int ProbeNames(void (*inside)(void*), void* user)
+{
+    return probe::Twice(21, inside, user) + probe::Walker()("x", inside, user);
+}

@@ -1,0 +1,173 @@
+#include "core/ticks.h"
+#include "stacks/debug_help_wrapper.h"
+#include "stacks/stack_dump.h"
+#include "support/debug_lines.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+
+using namespace qx;
+
+namespace
+{
+
+using testing::HasSubstr;
+using Job = clsDBGHelpWrapperGPFProt;
+using JobPtr = std::unique_ptr<Job, CloseDebugHelpJob>;
+
+// Shortens the time limits for a test.
+class OwnTimes
+{
+public:
+    OwnTimes(DWORD lock, DWORD command) { TheDebugHelpTimes() = {lock, command}; }
+    OwnTimes(const OwnTimes&) = delete;
+    OwnTimes& operator=(const OwnTimes&) = delete;
+    ~OwnTimes() { TheDebugHelpTimes() = DebugHelpTimes(); }
+};
+
+[[gnu::noinline]] StackTraceListPtr KnownFunction(Job& job, int knownParameter)
+{
+    CONTEXT context{};
+    RtlCaptureContext(&context);
+    StackTraceListPtr list = job.GetStackTrace(context);
+    return knownParameter > 0 ? std::move(list) : nullptr;
+}
+
+TEST(DebugHelpJob, WalksWithSymbols)
+{
+    const JobPtr job(new Job);
+    ASSERT_TRUE(job->HasSession());
+    const StackTraceListPtr frames = KnownFunction(*job, 42);
+    ASSERT_TRUE(frames);
+    const DBGStackTraceItem& first = **frames->Records().First();
+    EXPECT_EQ(first.size, 9432u);
+    EXPECT_EQ(first.addressOnly, 0u);
+    EXPECT_THAT(first.symbol, HasSubstr("KnownFunction"));
+    EXPECT_THAT(first.file, HasSubstr("debug_help_job_test.cpp"));
+    EXPECT_THAT(first.module, HasSubstr("debug_help_test"));
+    EXPECT_NE(first.moduleBase, 0u);
+    // The same frames on the service's own thread, but for the line of this function.
+    job->SetOption(Job::kOwnThreadOption, 0);
+    const StackTraceListPtr again = KnownFunction(*job, 42);
+    ASSERT_EQ(again->Records().Count(), frames->Records().Count());
+
+    job->SetOption(Job::kMaxFramesOption, 2);
+    EXPECT_EQ(KnownFunction(*job, 1)->Records().Count(), 2u);
+    job->SetOption(Job::kMaxFramesOption, 0);
+    EXPECT_TRUE(KnownFunction(*job, 1)->IsEmpty());
+    job->SetOption(Job::kMaxFramesOption, 1);
+    job->SetOption(Job::kDetailOption, 0);
+    const StackTraceListPtr addresses = KnownFunction(*job, 1);
+    EXPECT_EQ((*addresses->Records().First())->addressOnly, 1u);
+    EXPECT_STREQ((*addresses->Records().First())->symbol, "");
+    EXPECT_THAT((*addresses->Records().First())->module, HasSubstr("debug_help_test"));
+}
+
+TEST(DebugHelpJob, ListsModules)
+{
+    const JobPtr job(new Job);
+    const ModuleListPtr modules = job->GetModuleList();
+    ASSERT_TRUE(modules);
+    std::uint64_t last = 0;
+    bool hasProgram = false;
+    for (const DBGModuleItem* const item : modules->Records())
+    {
+        EXPECT_EQ(item->size, 832u);
+        EXPECT_GE(item->base, last);
+        EXPECT_NE(item->imageSize, 0u);
+        last = item->base;
+        hasProgram |= item->base == reinterpret_cast<std::uint64_t>(GetModuleHandleW(nullptr)) &&
+                      std::string(item->path).find("debug_help_test") != std::string::npos;
+    }
+    EXPECT_TRUE(hasProgram);
+    // The session gives out the same records again.
+    EXPECT_EQ(job->GetModuleList()->Records().First()[0], modules->Records().First()[0]);
+}
+
+TEST(DebugHelpJob, ASecondJobWaitsAndHasNoSession)
+{
+    const OwnTimes times(150, 60'000);
+    JobPtr first(new Job);
+    ASSERT_TRUE(first->HasSession());
+    const unsigned long long start = UtilGetTicks();
+    {
+        const JobPtr second(new Job); // on the same thread
+        EXPECT_GE(UtilGetTicks() - start, 150u);
+        EXPECT_FALSE(second->HasSession());
+        EXPECT_FALSE(KnownFunction(*second, 1));
+        EXPECT_FALSE(second->GetModuleList());
+    }
+    // Closed on another thread, the lock is free for everybody.
+    std::thread([&first] { first.reset(); }).join();
+    EXPECT_TRUE(DebugHelpThreadingLock().TryEnter());
+    DebugHelpThreadingLock().Leave();
+    EXPECT_TRUE(JobPtr(new Job)->HasSession());
+}
+
+TEST(DebugHelpJob, AddressesAsText)
+{
+    const auto address = reinterpret_cast<std::uint64_t>(&KnownFunction);
+    const std::uint64_t addresses[] = {address, 16};
+    std::vector<std::string> texts;
+    ASSERT_TRUE(DescribeAddresses(
+        addresses, 2, true,
+        [](void* user, std::size_t, const wchar_t* text)
+        { static_cast<std::vector<std::string>*>(user)->push_back(String(text).NarrowText()); },
+        &texts));
+    ASSERT_EQ(texts.size(), 2u);
+    EXPECT_THAT(texts[0], testing::MatchesRegex("debug_help_test.*!.*KnownFunction.* . 0x0 .*job_test.cpp, line .*"));
+    EXPECT_EQ(texts[1], "0x00000010");
+}
+
+TEST(DebugHelpJob, DumpsTheCallingThread)
+{
+    qxtest::DebugLines lines;
+    DumpStackTraceEx(3, false, true, clsDebugOutput_qvx_debug::Instance());
+    EXPECT_EQ(lines.CountOf(L"[0x"), 3u);
+    EXPECT_GE(lines.CountOf(L"DumpsTheCallingThread"), 1u);
+}
+
+TEST(DebugHelpJob, OneLineForAnAddress)
+{
+    clsDBGHELP session(clsDBGHELP::kSetsSymbolPath);
+    ASSERT_TRUE(session.SetUp());
+    wchar_t text[kFrameTextSize];
+    const auto address = reinterpret_cast<std::uint64_t>(&KnownFunction);
+    FormatFrame(address, text, clsDBGHELP::kAllDetail, session, true);
+    EXPECT_THAT(String(text).NarrowText(), HasSubstr("KnownFunction"));
+    EXPECT_THAT(
+        String(text).NarrowText(), HasSubstr(String(String::kFormatted, L"[0x%08I64x] ", address).NarrowText()));
+    FormatFrame(16, text, clsDBGHELP::kAllDetail, session, true);
+    EXPECT_STREQ(String(text).NarrowText(), "[0x00000010] !+0x10 \n");
+}
+
+// The last test, because its job keeps the locks for good.
+TEST(DebugHelpJobZ, ACommandThatRunsTooLongIsCutOff)
+{
+    static std::atomic<bool> mayEnd = false;
+    const OwnTimes times(100, 200);
+    qxtest::DebugLines lines;
+    JobPtr job(new Job);
+    ASSERT_TRUE(job->HasSession());
+    EXPECT_FALSE(job->RunInSession(
+        [](clsDBGHELP&, void*)
+        {
+            while (!mayEnd)
+                Sleep(10);
+            return true;
+        },
+        nullptr));
+    EXPECT_EQ(lines.CountOf(L"KILLing dump thread..."), 1u);
+    EXPECT_TRUE(job->IsCutOff());
+    EXPECT_FALSE(job->GetModuleList());
+    const unsigned long long start = UtilGetTicks();
+    job.reset();
+    EXPECT_LT(UtilGetTicks() - start, 1'000u);
+    EXPECT_FALSE(JobPtr(new Job)->HasSession());
+    mayEnd = true;
+}
+
+} // namespace

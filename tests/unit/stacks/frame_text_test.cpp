@@ -1,0 +1,147 @@
+#include "core/text/text_format.h"
+#include "stacks/frame_text.h"
+#include "stacks/frame_variables.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdarg>
+#include <string>
+
+using namespace qx;
+
+namespace
+{
+
+class TakenOutput final : public clsDebugOutput
+{
+public:
+    void Print(const wchar_t* format, ...) override
+    {
+        wchar_t line[2000];
+        va_list arguments;
+        va_start(arguments, format);
+        _vsnwprintf(line, 1999, format, arguments);
+        va_end(arguments);
+        line[1999] = 0;
+        text += String(line).NarrowText();
+    }
+
+    std::string text;
+};
+
+std::string TextOf(const DBGStackTraceItem& item)
+{
+    TakenOutput output;
+    PrintFrame(item, output);
+    return output.text;
+}
+
+DBGStackTraceItem Item()
+{
+    DBGStackTraceItem item{};
+    item.size = sizeof item;
+    item.address = 0x401234;
+    item.moduleBase = 0x400000;
+    CopyToField("app", item.module);
+    return item;
+}
+
+TEST(FrameText, FullRecords)
+{
+    DBGStackTraceItem item = Item();
+    EXPECT_EQ(TextOf(item), "[0x0000000000401234] app!+0x0000000000001234 \n");
+    CopyToField("_Z3runv", item.symbol);
+    item.displacement = 0x34;
+    EXPECT_EQ(TextOf(item), "[0x0000000000401234] app!_Z3runv + 0x0000000000000034 \n");
+    CopyToField("run", item.name);
+    CopyToField("run()", item.fullName);
+    CopyToField("a.cpp", item.file);
+    item.line = 7;
+    EXPECT_EQ(TextOf(item), "[0x0000000000401234] app!run() + 0x0000000000000034   (a.cpp, line 7)\n");
+    item.size = 9000;
+    EXPECT_EQ(TextOf(item), "");
+}
+
+TEST(FrameText, RecordsWithOnlyAnAddress)
+{
+    DBGStackTraceItem item = Item();
+    item.addressOnly = 1;
+    item.moduleBase = 0;
+    EXPECT_EQ(TextOf(item), "   CALL [0x0000000000401234] app!0x0000000000401234 ");
+    CopyToField("run", item.symbol);
+    EXPECT_EQ(TextOf(item), "   CALL [0x0000000000401234] app!run ");
+    item.displacement = 16;
+    EXPECT_EQ(TextOf(item), "   CALL [0x0000000000401234] app!run + 0x0000000000000010 ");
+}
+
+struct ValueCase
+{
+    std::uint64_t size;
+    unsigned baseType;
+    std::uint64_t memory;
+    const char* text;
+};
+
+template <class Value>
+std::uint64_t Bits(Value value)
+{
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &value, sizeof value);
+    return bits;
+}
+
+TEST(FrameText, ValuesByTypeAndSize)
+{
+    static const char text[] = "narrow";
+    static const wchar_t wide[] = L"wide";
+    const ValueCase kCases[] = {
+        {0, 6, Bits(-7), "-7"},
+        {0, 8, Bits(1.5F), "1.5"},
+        {0, 7, 0x1234567890, "0x34567890"},
+        {1, 2, 0x1FF, "0x000000ff"},
+        {2, 6, 0x1FFFF, "0x0000ffff"},
+        {4, 2, 5, "<invalid Char pointer, NULL HIword>"},
+        {4, 3, 5, "<invalid WChar pointer, NULL HIword>"},
+        {4, 30, 5, "<invalid BSTR pointer, NULL HIword>"},
+        {4, 6, Bits(-1), "-1"},
+        {4, 8, Bits(-0.25F), "-0.25"},
+        {4, 10, 1, "0x00000001"},
+        {8, 2, 0, "<invalid 64 bit Char pointer, NULL HIword>"},
+        {8, 2, 0xFFFF, "<invalid 64 bit Char pointer, NULL HIword>"},
+        {8, 2, 0x10000, ""}, // unreadable
+        {8, 2, Bits(&text), "narrow"},
+        {8, 3, 1, "<invalid 64 bit WChar pointer, NULL HIword>"},
+        {8, 3, Bits(&wide), "wide"},
+        {8, 30, 2, "<invalid 64 bit BSTR pointer, NULL HIword>"},
+        {8, 30, Bits(&wide), "wide"},
+        {8, 6, Bits(-5000000000LL), "-5000000000"},
+        {8, 8, Bits(2.5), "2.5"},
+        {8, 7, 0xABC, "0x0000000000000abc"},
+        {24, 0, 0, "@@@<param of size 24, possibly struct>"},
+        {3, 6, 0, "@@@<param of size 3, possibly struct>"},
+    };
+    for (const ValueCase& test : kCases)
+    {
+        DBGStackTraceItem item = Item();
+        item.parameterCount = 1;
+        DBGParameter& parameter = item.parameters[0];
+        CopyToField("p", parameter.name);
+        parameter.isLocal = test.size == 2;
+        DecodeValue(parameter, reinterpret_cast<std::uint64_t>(&test.memory), test.size, test.baseType);
+        const std::string whole = TextOf(item);
+        EXPECT_EQ(whole.substr(whole.find('\n') + 1),
+            std::string(test.size == 2 ? "        local(p)=" : "        param(p)=") + test.text + "\n")
+            << test.size << " " << test.baseType;
+    }
+}
+
+TEST(FrameText, SymbolTypes)
+{
+    EXPECT_STREQ(SymbolTypeText(0), "<no known symbols>");
+    EXPECT_STREQ(SymbolTypeText(4), "<exported>");
+    EXPECT_STREQ(SymbolTypeText(8), "Virtual");
+    EXPECT_STREQ(SymbolTypeText(9), "-unknown-");
+    EXPECT_STREQ(SymbolTypeText(-1), "-unknown-");
+}
+
+} // namespace
