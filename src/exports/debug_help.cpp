@@ -6,6 +6,7 @@
 #include "stacks/debug_help_wrapper.h"
 #include "stacks/stack_dump.h"
 
+#include <cstddef>
 #include <cstdint>
 
 using namespace qx;
@@ -80,7 +81,7 @@ void UtilGetGDIThreadingCS(void** section)
 }
 
 std::int32_t QxDescribeAddresses(
-    const uint64_t* addresses, size_t count, int32_t areExact, QxAddressTextProc receive, void* user)
+    const std::uint64_t* addresses, std::size_t count, std::int32_t areExact, QxAddressTextProc receive, void* user)
 {
     if (!receive || (!addresses && count > 0))
         return 0;

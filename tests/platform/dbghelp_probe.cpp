@@ -1,14 +1,14 @@
 // A library with known functions and variables. Its test runs inside of them. Compiled without optimisation.
 #include "dbghelp_probe.h"
 
-#include <stdint.h>
+#include <cstdint>
 
 namespace probe
 {
 
 struct Triple
 {
-    int64_t a, b, c;
+    std::int64_t a, b, c;
 };
 
 enum Colour : unsigned char

@@ -1,6 +1,7 @@
 #include "dbghelp/functions.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include <dwarf.h>
 
@@ -51,7 +52,7 @@ void DieRanges::Add(Dwarf_Die die)
     Dwarf_Addr base = 0;
     Entry entry;
     entry.die = die;
-    for (ptrdiff_t offset = 0; (offset = dwarf_ranges(&die, offset, &base, &entry.begin, &entry.end)) > 0;)
+    for (std::ptrdiff_t offset = 0; (offset = dwarf_ranges(&die, offset, &base, &entry.begin, &entry.end)) > 0;)
         if (entry.begin < entry.end)
             _entries.push_back(entry);
 }
