@@ -127,7 +127,9 @@ QXUT_API int32_t ProfGetError(HPROFJOB job);
    PROF_SAVE_ values above.
    Returns PROF_OK (also for the invalid job), PROF_ERR_CANNOT_WRITE (there is no target, or not enough memory for the
    contents) or PROF_ERR_WRITE_FAILED (the disk is full; the file keeps its old contents).
-   On linux a save replaces the file: it contains either the old or the new contents, even if the process is killed.
+   On linux a save writes a new file ".NAME.qxsave" beside the target (long names are shortened) and replaces the target
+   with it, so the target contains either the old or the new contents, even if the process is killed. An existing file
+   of that name is taken for the remnant of a killed process and removed.
    Where the file can't be replaced (if it has several names, if its folder can't be written, and always on windows,
    which doesn't replace open files, while an exclusive job must hold its file without interruption), the contents are
    written over the old ones, and a killed process may leave a file with parts of both. If another process has removed

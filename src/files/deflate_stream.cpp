@@ -97,7 +97,7 @@ int InflateChunks(
 {
     Chunks chunks;
     int result = 0;
-    int code;
+    int code = Z_OK;
     do
     {
         const std::uint32_t count = NextChunk(remaining);

@@ -6,7 +6,9 @@
 namespace qx
 {
 
-// All functions are thread-safe. The clock is that of a manager that isn't open yet.
+// All functions are thread-safe.
+
+// Creates the manager if there is none. `clock` is its source of time.
 void OpenTempFileManager(const TempFileClock& clock = TempFileClock::OfSystem());
 void CloseTempFileManager();
 

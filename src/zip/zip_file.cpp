@@ -121,6 +121,12 @@ std::unique_ptr<clsZIPFileEntry> NewEntry(
     return entry;
 }
 
+// Stores the type and permissions of a POSIX mode as archivers on Unix do, beside the DOS attributes.
+void SetMode(clsZIPFileEntry& entry, std::uint32_t type, std::uint32_t mode)
+{
+    entry.attributes = (type | (mode & kZipModePermissions)) << 16 | (entry.attributes & kDosAttributes);
+}
+
 // Only the name in the header gets the trailing slash; storedName doesn't.
 std::unique_ptr<clsZIPFileEntry> NewFolderEntry(
     const String& path, const String& storedName, const WIN32_FIND_DATAW& data)
@@ -256,10 +262,7 @@ int clsZIPFile::AddFile(const String& path, const String& storedName, const Stri
         return kCannotStore;
     SetTimeAndAttributes(*entry, source.GetHandle(), path);
     if (hasModes)
-    {
-        const std::uint32_t mode = PosixModeOf(source.GetHandle()).value_or(0644) & kZipModePermissions;
-        entry->attributes = (kZipModeFile | mode) << 16 | (entry->attributes & kDosAttributes);
-    }
+        SetMode(*entry, kZipModeFile, PosixModeOf(source.GetHandle()).value_or(0644));
     Append(std::move(entry));
     return kOk;
 }
@@ -272,10 +275,7 @@ int clsZIPFile::AddFolder(std::unique_ptr<clsZIPFileEntry> entry, const String& 
             String(String::kFormatted, L"%s: %s", path.Text(), String::SystemErrorText(GetLastError()).Text()));
     SetTimeAndAttributes(*entry, folder.Handle(), path);
     if (hasModes)
-    {
-        const std::uint32_t mode = PosixModeOf(folder.Handle()).value_or(0755) & kZipModePermissions;
-        entry->attributes = (kZipModeFolder | mode) << 16 | (entry->attributes & kDosAttributes);
-    }
+        SetMode(*entry, kZipModeFolder, PosixModeOf(folder.Handle()).value_or(0755));
     Append(std::move(entry));
     return kOk;
 }

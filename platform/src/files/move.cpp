@@ -23,8 +23,8 @@ using namespace qxplatform;
 namespace
 {
 
-// Flushes the names in a folder to disk, so that they survive a crash of the system. By then the file has been moved,
-// so a failure, such as that of a folder without read permission, can't make the whole call fail.
+// Flushes the names in a folder to disk, so that they survive a crash of the system. Ignores failures, for example if
+// the folder may not be read: the file has been moved by then, and the caller must not take that for a failed move.
 void FlushFolderOf(const std::string& path)
 {
     const Descriptor folder(open(FolderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
