@@ -34,9 +34,10 @@ void Note(const char* step)
 }
 
 constexpr ModuleSteps kNoted = {
-    [] { Note("start"); },
-    [] { Note("report"); },
-    [] { Note("close"); },
+    .prepareStacks = [] { Note("stacks"); },
+    .startChannels = [] { Note("start"); },
+    .reportHandles = [] { Note("report"); },
+    .closeChannels = [] { Note("close"); },
 };
 
 class ModuleFrame : public testing::Test
@@ -73,15 +74,21 @@ TEST_F(ModuleFrame, StepsRunWhileTheLibraryIsKnown)
 {
     AttachModule(GetModuleHandleW(nullptr), kNoted);
     EXPECT_EQ(LibraryHandle(), GetModuleHandleW(nullptr));
-    EXPECT_EQ(done, "start with the library, ");
+    EXPECT_EQ(done, "stacks with the library, start with the library, ");
     DetachModule(kNoted);
     EXPECT_EQ(LibraryHandle(), nullptr);
     DetachModule(kNoted); // nothing is left to do
-    EXPECT_EQ(done, "start with the library, report with the library, close with the library, ");
+    EXPECT_EQ(done,
+        "stacks with the library, start with the library, report with the library, close with the library, ");
 
     // A failing step must not prevent the following ones.
     done.clear();
-    const ModuleSteps failing = {[] { throw std::bad_alloc(); }, [] { throw 1; }, kNoted.closeChannels};
+    const ModuleSteps failing = {
+        .prepareStacks = [] { throw 1; },
+        .startChannels = [] { throw std::bad_alloc(); },
+        .reportHandles = [] { throw 1; },
+        .closeChannels = kNoted.closeChannels,
+    };
     AttachModule(GetModuleHandleW(nullptr), failing);
     DetachModule(failing);
     EXPECT_EQ(done, "close with the library, ");
