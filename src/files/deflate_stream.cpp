@@ -2,7 +2,7 @@
 
 #include "core/debug_line.h"
 #include "core/packing/byte_block.h"
-#include "files/deflate_mode.h"
+#include "files/zlib_parameters.h"
 #include "files/file.h"
 
 #include <algorithm>

@@ -3,8 +3,8 @@
 #include "core/debug_line.h"
 #include "core/packing/base64.h"
 #include "core/packing/blowfish.h"
-#include "files/deflate_mode.h"
 #include "files/file.h"
+#include "files/zlib_parameters.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -70,7 +70,8 @@ std::size_t DeflateAtOnce(unsigned char* target, std::size_t room, const unsigne
 {
     const DeflateMode mode = DeflateModeOf(kPackedMode);
     z_stream stream{};
-    if (deflateInit2(&stream, mode.level, Z_DEFLATED, kZlibWindowBits, mode.memoryLevel, mode.strategy) != Z_OK)
+    if (UnlessOutOfMemory(
+            deflateInit2(&stream, mode.level, Z_DEFLATED, kZlibWindowBits, mode.memoryLevel, mode.strategy)) != Z_OK)
         return 0;
     stream.next_in = const_cast<unsigned char*>(data);
     stream.avail_in = size;
@@ -97,7 +98,7 @@ struct ZlibPart
 std::optional<std::size_t> InflateTo(unsigned char* target, const ZlibPart& part)
 {
     z_stream stream{};
-    if (inflateInit2(&stream, kZlibWindowBits) != Z_OK)
+    if (UnlessOutOfMemory(inflateInit2(&stream, kZlibWindowBits)) != Z_OK)
         return std::nullopt;
     stream.next_in = const_cast<unsigned char*>(part.data);
     stream.avail_in = ZlibCount(part.length);

@@ -1,6 +1,7 @@
 #include "zip/member_data.h"
 
 #include "core/packing/byte_block.h"
+#include "files/zlib_parameters.h"
 #include "zip/archive_input.h"
 
 #include <zlib.h>
@@ -16,7 +17,6 @@ constexpr std::uint64_t kFourGB = std::uint64_t{1} << 32;
 constexpr std::size_t kInputBytes = 0x40000;
 constexpr std::size_t kOutputBytes = 0x100000;
 constexpr std::uint64_t kBestRatio = 1032; // of deflate
-constexpr int kRawDeflate = -15;
 
 // Returns the largest size that is not above the bound and differs from the size in the directory by a multiple of 4
 // GB, or the smallest such size if all are above.
@@ -35,7 +35,7 @@ using Sink = std::function<bool(const unsigned char*, std::size_t)>;
 
 struct InflateStreamHolder
 {
-    InflateStreamHolder() : isReady(inflateInit2(&stream, kRawDeflate) == Z_OK) {}
+    InflateStreamHolder() : isReady(UnlessOutOfMemory(inflateInit2(&stream, kRawDeflateWindowBits)) == Z_OK) {}
     InflateStreamHolder(const InflateStreamHolder&) = delete;
     InflateStreamHolder& operator=(const InflateStreamHolder&) = delete;
     ~InflateStreamHolder()
@@ -144,7 +144,7 @@ MemberDataResult CopyDeflated(clsArchiveInput& input, const scMemberData& data, 
         }
         const uInt room = stream.avail_out;
         const bool isStarved = stream.avail_in == 0;
-        code = inflate(&stream, Z_NO_FLUSH);
+        code = UnlessOutOfMemory(inflate(&stream, Z_NO_FLUSH));
         if ((code != Z_OK && code != Z_STREAM_END) || (isStarved && code == Z_OK && stream.avail_out == room))
             return MemberDataResult::Damaged;
         if (stream.avail_out == 0 || code == Z_STREAM_END)

@@ -1,8 +1,12 @@
 // Makes each allocation of an operation fail in turn. The operation must report the failure, leave nothing behind and
 // not end the process.
+#include <qxut23/archives.h>
 #include <qxut23/jobs.h>
 #include <qxut23/markup.h>
+#include <qxut23/packed_text.h>
+#include <qxut23/page_text.h>
 #include <qxut23/profile.h>
+#include <qxut23/profile_files.h>
 #include <qxut23/zip.h>
 
 #include "faults/failing_allocations.h"
@@ -21,6 +25,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <string_view>
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -127,6 +132,13 @@ Outcome Pool()
     return isFinal && added == 2 ? Outcome::Done : Outcome::Failed;
 }
 
+bool IsExtracted()
+{
+    std::ifstream file(paths->folder + "/extracted/member");
+    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    return bytes == std::string(5000, 'm');
+}
+
 Outcome Archive()
 {
     bool isDone = false;
@@ -137,6 +149,7 @@ Outcome Archive()
     }
     try
     {
+        isDone = QxExtractZip(paths->zip, paths->extracted, 0, nullptr, nullptr, nullptr) == QXUT_EXTRACT_OK && isDone;
         isDone = UtilExtractZip(paths->zip, paths->extracted) == 1 && isDone; // throws on failure, as documented
     }
     catch (const std::exception&)
@@ -146,9 +159,48 @@ Outcome Archive()
     FailAllocation(0);
     if (!isDone)
         return Outcome::Failed;
-    std::ifstream file(paths->folder + "/extracted/member");
-    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    return bytes == std::string(5000, 'm') ? Outcome::Done : Outcome::Lied;
+    return IsExtracted() ? Outcome::Done : Outcome::Lied;
+}
+
+Outcome Embedded()
+{
+    const HPROFJOB job = ProfJobOpenW(nullptr);
+    if (job == nullptr)
+        return Outcome::Failed;
+    ProfAppendFilesW(job, nullptr, paths->member, L"key");
+    const bool isDone = QxProfExtractFiles(job, nullptr, paths->extracted, L"key", nullptr, nullptr) == 1;
+    ProfJobClose(job);
+    FailAllocation(0);
+    if (!isDone)
+        return Outcome::Failed;
+    return IsExtracted() ? Outcome::Done : Outcome::Lied;
+}
+
+Outcome Unpacking()
+{
+    const auto receive = [](void*, const void* data, std::uint32_t size) -> std::int32_t
+    {
+        return std::string_view(static_cast<const char*>(data), size) == "some text that is packed, packed, packed";
+    };
+    const std::int32_t result = QxUnpackText(
+        L"@2@KAAAAFF2WF9QYWNrZWQAeNorzs9NVShJrShRKMlILFHILFYoSEzOTk3RQaMBKv4OVw==", nullptr, receive, nullptr);
+    FailAllocation(0);
+    if (result == QXUT_UNPACK_NO_MEMORY)
+        return Outcome::Failed;
+    return result == QXUT_UNPACK_OK ? Outcome::Done : Outcome::Lied;
+}
+
+Outcome Page()
+{
+    BSTR text = nullptr;
+    const std::int32_t result =
+        QxConvertHtml2PlainText(L"<p>a &lt; b<ul><li>one<li>two</ul><table><tr><td>x<td>y</table>", &text, 0);
+    FailAllocation(0);
+    const bool isRight = text != nullptr && std::wstring_view(text).find(L"a < b") == 0;
+    SysFreeString(text);
+    if (result == QXUT_PAGE_NO_MEMORY)
+        return Outcome::Failed;
+    return result == QXUT_PAGE_OK && isRight ? Outcome::Done : Outcome::Lied;
 }
 
 Outcome Document()
@@ -238,7 +290,8 @@ TEST_P(Allocations, FailWithoutALeak)
 
 INSTANTIATE_TEST_SUITE_P(Of, Allocations,
     testing::Values(std::pair("Profile", &Profile), std::pair("Pool", &Pool), std::pair("Archive", &Archive),
-        std::pair("Document", &Document)),
+        std::pair("Document", &Document), std::pair("Embedded", &Embedded), std::pair("Unpacking", &Unpacking),
+        std::pair("Page", &Page)),
     [](const testing::TestParamInfo<std::pair<const char*, Operation>>& parameter)
     { return std::string(parameter.param.first); });
 
