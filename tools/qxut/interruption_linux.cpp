@@ -85,7 +85,9 @@ Interruption::~Interruption()
     _state->thread.join();
     close(_state->signals);
     close(_state->end);
-    pthread_sigmask(SIG_SETMASK, &_state->before, nullptr);
+    // After an interruption the program is about to end with the signal's exit code. Another signal mustn't change that.
+    if (_state->exitCode == 0)
+        pthread_sigmask(SIG_SETMASK, &_state->before, nullptr);
 }
 
 int Interruption::ExitCode() const
