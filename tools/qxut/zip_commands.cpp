@@ -90,9 +90,19 @@ fs::path NameOf(const fs::path& path)
     return normal.has_filename() ? normal.filename() : normal.parent_path().filename();
 }
 
+// Names in archives are Unicode. A file whose name is not UTF-8 is left out.
+void Add(Sources& sources, Source source)
+{
+    const std::string path = Utf8Path(source.path);
+    if (IsUtf8(path))
+        sources.files.push_back(std::move(source));
+    else
+        sources.leftOut.push_back(path + ": its name is not UTF-8, and it is not in the archive");
+}
+
 void AddSource(Sources& sources, const fs::path& path, const fs::path& name)
 {
-    sources.files.push_back({path, Utf8Path(name), fs::file_size(path)});
+    Add(sources, {path, Utf8Path(name), fs::file_size(path)});
 }
 
 // `relative` is the path of the link in the folder.
@@ -102,7 +112,7 @@ void AddLink(Sources& sources, const fs::path& path, const fs::path& relative, c
     const fs::path target = fs::read_symlink(path, error);
     const fs::path end = (relative.parent_path() / target).lexically_normal();
     const bool staysInside = !error && target.is_relative() && !end.empty() && *end.begin() != "..";
-    sources.files.push_back({path, Utf8Path(name), 0, SourceKind::Link, staysInside});
+    Add(sources, {path, Utf8Path(name), 0, SourceKind::Link, staysInside});
 }
 
 // Rejects the archive itself as a source, and duplicate names: readers would see only one of the entries.
@@ -132,7 +142,7 @@ void AddEmptyFolders(Sources& sources, std::vector<fs::path> folders, const fs::
         const fs::path name = (NameOf(top) / folder.lexically_relative(top)).lexically_normal();
         const fs::path stored = name.has_filename() ? name : name.parent_path();
         if (!parents.contains(folder) && stored != ".")
-            sources.files.push_back({folder, Utf8Path(stored), 0, SourceKind::Folder});
+            Add(sources, {folder, Utf8Path(stored), 0, SourceKind::Folder});
         parents.insert(folder.parent_path());
     }
 }

@@ -354,6 +354,15 @@ class PosixArchives(commands.CommandTest):
         self.assertEqual((self.out / "pipe").read_text() + (self.out / "name").read_text(), "contentnew")
         self.assertEqual((self.folder / "other").read_text(), "old", "another name of the file keeps its content")
 
+    def test_names_that_are_not_utf8(self):
+        tree = self.folder / "tree"
+        tree.mkdir()
+        (tree / "good").touch()
+        with open(os.fsencode(tree) + b"/bad\xff", "w"):
+            error = self.qxut("create", self.archive, "tree", code=3, cwd=self.folder)
+        self.assertRegex(error, "tree/bad.*: its name is not UTF-8")
+        self.assertEqual(zipfile.ZipFile(self.archive).namelist(), ["tree/good"])
+
 
 if __name__ == "__main__":
     commands.main()
