@@ -179,6 +179,7 @@ int main()
         std::function<void()> extract;
     } const rounds[] = {{"archive, folder swapped", SwapFolders, extractArchive},
         {"archive, names swapped", SwapNames, extractArchive},
+        {"archive, parent swapped", SwapParentsAfterTheFirstFile, extractArchive},
         {"embedded files, names swapped", SwapNames, extractEmbedded},
         {"embedded files, folder swapped", SwapFoldersAfterTheFirstFile, extractEmbedded},
         {"embedded files, parent swapped", SwapParentsAfterTheFirstFile, extractEmbedded}};
