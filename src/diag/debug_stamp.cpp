@@ -12,6 +12,8 @@ namespace
 constexpr unsigned kProcessorsOfGroup = 64;
 constexpr unsigned kUnknownProcessor = 1;
 
+} // namespace
+
 // Ignores the type of the value. Only the first character of the stored data matters.
 bool IsCounterForced()
 {
@@ -29,8 +31,6 @@ bool IsCounterForced()
     CloseUserRootKey(root);
     return isRead && value[0] != L'F' && value[0] != L'0';
 }
-
-} // namespace
 
 bool DebugTimeSource::UsesCounter()
 {

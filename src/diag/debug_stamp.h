@@ -42,6 +42,9 @@ private:
     long long _base = 0;
 };
 
+// Returns whether the user's setting ForceUsePerfCounters selects the counter.
+bool IsCounterForced();
+
 struct scDebugStamp
 {
     bool usesCounter = false;

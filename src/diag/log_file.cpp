@@ -3,6 +3,7 @@
 #include "core/registry/registry.h"
 #include "core/ticks.h"
 #include "diag/debug_line_text.h"
+#include "diag/log_setting.h"
 #include "files/file.h"
 #include "files/temp_files.h"
 
@@ -45,9 +46,9 @@ bool OpenPatiently(clsFileRW& file, const String& name)
 DebugLogFile DebugLogFile::FromSettings()
 {
     DebugLogFile log;
-    clsRegistryList settings(HKEY_LOCAL_MACHINE, L"software\\trelmo", clsRegistryList::kRead);
-    settings.GetString(L"Debug.LogFilename", log._name, L"");
-    settings.GetBool(L"Debug.LogFile.Flush", log._isFlushed, false);
+    clsRegistryList settings(HKEY_LOCAL_MACHINE, kSettingsKey, clsRegistryList::kRead);
+    settings.GetString(kLogFileValue, log._name, L"");
+    settings.GetBool(kLogFlushValue, log._isFlushed, false);
     if (log.IsSet() && !HasFolder(log._name))
         log._name = GetTempFolder(true) + log._name;
     return log;

@@ -1,7 +1,7 @@
 #include "prof/packed_form.h"
 
 #include "core/debug_line.h"
-#include "files/deflate_mode.h"
+#include "files/zlib_parameters.h"
 #include "files/deflate_stream.h"
 #include "prof/job.h"
 #include "prof/output.h"

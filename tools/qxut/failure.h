@@ -1,4 +1,4 @@
-// Exit codes, and the exception that ends the program with a message.
+// Exit codes, the exception that ends the program with a message, and the library's own messages.
 #pragma once
 
 #include <stdexcept>
@@ -40,5 +40,8 @@ private:
     int _code;
     std::vector<std::string> _messages;
 };
+
+// Returns the library's description of its last failure, or the given text if there is none.
+std::string LibraryErrorText(const std::string& otherwise);
 
 } // namespace qxut

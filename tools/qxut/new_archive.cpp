@@ -4,9 +4,6 @@
 #include "processes.h"
 #include "text.h"
 
-#include <qxut23/bstr.h>
-#include <qxut23/errors.h>
-
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -88,16 +85,6 @@ std::string NewPartPath(const std::string& archive)
 }
 
 } // namespace
-
-std::string LibraryErrorText(const std::string& otherwise)
-{
-    QXWCHAR* text = nullptr;
-    if (QxGetErrorText(&text) == 0)
-        return otherwise;
-    std::string result = Utf8(text);
-    SysFreeString(text);
-    return result;
-}
 
 bool IsPartOf(const fs::path& file, const std::string& archive)
 {

@@ -11,9 +11,6 @@
 namespace qxut
 {
 
-// Returns the library's description of its last failure, or the given text if there is none.
-std::string LibraryErrorText(const std::string& otherwise);
-
 // Returns true if the file is the temporary file of an unfinished archive with that path.
 bool IsPartOf(const std::filesystem::path& file, const std::string& archive);
 

@@ -7,12 +7,17 @@
 //   stacks       writes the callers and the modules
 //   twice        loads and unloads the library two times
 //   lost         leaves a handle in the lists
+//   setting      changes the settings of the log and reads them back
 //   lines NAME   8 threads write numbered lines
 //
 // Exit code: 0 on success, otherwise the number of the failed check; 77 if the process can't switch to another user.
+#include <qxut23/log_setting.h>
+
 #include "support/own_settings.h"
 
 #include <windows.h>
+
+#include <wchar.h>
 
 #include <cstdarg>
 #include <cstdint>
@@ -51,6 +56,8 @@ public:
         Find(UtilStackTrace, "UtilStackTrace");
         Find(UtilListModules, "UtilListModules");
         Find(UtilHandleListMgr, "UtilHandleListMgr");
+        Find(GetLogSetting, "QxGetLogSetting");
+        Find(SetLogSetting, "QxSetLogSetting");
     }
     ~Library() { FreeLibrary(_module); }
     Library(const Library&) = delete;
@@ -67,6 +74,8 @@ public:
     void (*UtilStackTrace)(std::uint32_t reserved, std::uint32_t skip) = nullptr;
     void (*UtilListModules)() = nullptr;
     std::uint32_t (*UtilHandleListMgr)(std::int32_t kind, std::int32_t operation, const void* handle) = nullptr;
+    std::size_t (*GetLogSetting)(wchar_t* path, std::size_t capacity, std::uint32_t* flags) = nullptr;
+    std::int32_t (*SetLogSetting)(const wchar_t* name, std::uint32_t flags) = nullptr;
 
 private:
     template <class Function>
@@ -127,6 +136,25 @@ void WriteStacks(const Library& library)
     library.UtilListModules();
 }
 
+int ChangeSetting(const Library& library)
+{
+    constexpr wchar_t kPath[] = L"/folder/other.log";
+    wchar_t path[18] = {};
+    std::uint32_t flags = 9;
+    if (library.SetLogSetting(kPath, QXUT_LOG_FLUSH) != 1 || library.GetLogSetting(nullptr, 0, nullptr) != 17)
+        return 40;
+    if (library.GetLogSetting(path, 18, &flags) != 17 || wcscmp(path, kPath) != 0 || flags != QXUT_LOG_FLUSH)
+        return 41;
+    if (library.GetLogSetting(path, 17, &flags) != 17 || *path != 0) // too small by the terminator
+        return 42;
+    if (library.SetLogSetting(L"name", 0) != 1 || library.GetLogSetting(nullptr, 0, &flags) <= 4 || flags != 0)
+        return 43; // the path must begin with the temp folder
+    for (int i = 0; i < 2; ++i)
+        if (library.SetLogSetting(nullptr, 0) != 1 || library.GetLogSetting(path, 18, &flags) != 0 || *path != 0)
+            return 44;
+    return 0;
+}
+
 void WriteLines(const Library& library, const char* name)
 {
     std::vector<std::thread> threads;
@@ -150,6 +178,8 @@ int Run(const char* command, const char* argument)
         return WriteForms(library);
     if (std::strcmp(command, "off") == 0)
         return TryOff(library);
+    if (std::strcmp(command, "setting") == 0)
+        return ChangeSetting(library);
     if (std::strcmp(command, "stacks") == 0)
         WriteStacks(library);
     if (std::strcmp(command, "lost") == 0)

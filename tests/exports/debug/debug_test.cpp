@@ -111,6 +111,13 @@ TEST_F(DebugExports, WithoutALogFileNothingIsTouched)
     EXPECT_EQ(PeerProcess(L"debug_peer", L"Debug.LogFilename= off").Wait(), 0);
 }
 
+// The peer was started with a log, which it keeps although its setting changes.
+TEST_F(DebugExports, SettingOfTheLog)
+{
+    ASSERT_EQ(Run(L"setting"), 0);
+    EXPECT_EQ(LogLines(log).size(), 2u);
+}
+
 TEST_F(DebugExports, LinesOfManyThreadsAndProcesses)
 {
     constexpr int kProcesses = 4, kThreads = 8, kLinesOfThread = 100;
