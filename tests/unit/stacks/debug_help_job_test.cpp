@@ -1,4 +1,5 @@
 #include "core/ticks.h"
+#include "stacks/address_texts.h"
 #include "stacks/debug_help_wrapper.h"
 #include "stacks/stack_dump.h"
 #include "support/debug_lines.h"
