@@ -22,9 +22,9 @@ volatile std::int32_t total = 0;
     total = total + fees;
 }
 
-[[gnu::noinline]] void ForgetEverything()
+[[gnu::noinline]] void SetTotal(std::int32_t value)
 {
-    total = 0;
+    total = value;
 }
 
 struct Hit
@@ -73,7 +73,7 @@ void PrintHit(void*, std::size_t index, const QXWCHAR* text)
     const HDATABP breakpoint = UtilSetDataBP(reinterpret_cast<std::uint64_t>(&total), sizeof total, 1);
     AddFees(120);
     AddFees(35);
-    ForgetEverything();
+    SetTotal(0);
     UtilRemoveDataBP(breakpoint);
     RemoveVectoredExceptionHandler(handler);
 

@@ -1,0 +1,69 @@
+// Finds three kinds of leak, and an overrun, an underrun and a double free. The details are in the library's log.
+// docs/diagnostics.md shows the program, its output and the log.
+#include "example_text.h"
+
+#include <qxut23/handles.h>
+#include <qxut23/heaps.h>
+
+#include <cstdint>
+#include <cstdio>
+
+namespace
+{
+
+constexpr QXWCHAR kModule[] = {'r', 'e', 'p', 'o', 'r', 't', 0};
+constexpr QXWCHAR kHeap[] = {'p', 'a', 'g', 'e', 's', 0};
+
+char* Allocate(HUTHEAP heap, std::uint32_t size)
+{
+    return static_cast<char*>(UtilHeapObjectAlloc(heap, size, QXUT_OBJECT_ZERO));
+}
+
+[[gnu::noinline]] void Damage()
+{
+    const HUTHEAPJOB job = UtilJobOpen(kModule, QXUT_HEAPJOB_DEBUG);
+    const HUTHEAP heap = UtilHeapCreate(job, kHeap, 0);
+
+    char* const overrun = Allocate(heap, 10);
+    const char behind = overrun[10];
+    overrun[10] = 'x';
+    std::printf("overrun: free %d\n", UtilHeapObjectFree(heap, overrun));
+    overrun[10] = behind;
+    std::printf("after repair: free %d\n", UtilHeapObjectFree(heap, overrun));
+
+    char* const underrun = Allocate(heap, 10);
+    underrun[-1] = 'x';
+    std::printf("underrun: free %d\n", UtilHeapObjectFree(heap, underrun));
+
+    char* const twice = Allocate(heap, 10);
+    std::printf("double free: %d", UtilHeapObjectFree(heap, twice));
+    std::printf(", then %d\n", UtilHeapObjectFree(heap, twice));
+
+    std::printf("close: %d\n", UtilJobClose(job)); // something was left
+}
+
+[[gnu::noinline]] void Handles()
+{
+    constexpr std::int32_t kPen = 1;
+    const auto pen = [](std::uintptr_t value)
+    {
+        return reinterpret_cast<const void*>(value);
+    };
+    UtilHandleListMgr(kPen, QXUT_HANDLES_ADD, pen(0x1A001));
+    UtilHandleListMgr(kPen, QXUT_HANDLES_SNAPSHOT, nullptr);
+    UtilHandleListMgr(kPen, QXUT_HANDLES_ADD, pen(0x1A002));
+    UtilHandleListMgr(kPen, QXUT_HANDLES_REMOVE, pen(0x1A001));
+    UtilHandleListMgr(kPen, QXUT_HANDLES_SNAPSHOT, nullptr);
+    UtilHandleListMgr(kPen, QXUT_HANDLES_COMPARE, nullptr);
+    std::printf("open pens: %u\n", UtilHandleListMgr(kPen, QXUT_HANDLES_COUNT, nullptr));
+}
+
+} // namespace
+
+int main()
+{
+    std::printf("== Damage\n");
+    Damage();
+    std::printf("== Handles\n");
+    Handles();
+}
