@@ -1,7 +1,7 @@
 #include "heaps/chain_report.h"
 
+#include "core/report.h"
 #include "heaps/call_chains.h"
-#include "heaps/report.h"
 
 #include <windows.h>
 

@@ -1,8 +1,8 @@
 // The reports of a heap, and its end.
+#include "core/report.h"
 #include "heaps/chain_report.h"
 #include "heaps/heap_walk.h"
 #include "heaps/memory_access.h"
-#include "heaps/report.h"
 
 #include <algorithm>
 #include <cwchar>
