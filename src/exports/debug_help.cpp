@@ -3,8 +3,9 @@
 #include <qxut23/stacks.h>
 
 #include "exports/guard.h"
+#include "stacks/address_texts.h"
 #include "stacks/debug_help_wrapper.h"
-#include "stacks/stack_dump.h"
+#include "stacks/debug_privilege.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -48,6 +49,7 @@ std::int32_t UtilDebugHelpGetStackTrace(HDEBUGHELPJOB job, IDBGStackTraceList** 
     return Guarded(0,
         [&]
         {
+            const DebugPrivilege privilege;
             *list = job->job.GetStackTrace(context ? *static_cast<const CONTEXT*>(context) : own).release();
             return *list ? 1 : 0;
         });

@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <vector>
 
 namespace qx
 {
@@ -18,19 +19,24 @@ const void* Shown(HandleValue handle)
 }
 
 // Other people's runs don't have the symbols that would make the addresses readable.
-void WriteCallers(const scFrames& frames)
+void WriteCallers(const scFrames& frames, CallerTexts& texts)
 {
-    if (!UtilIsDeveloperRun())
+    if (!UtilIsDeveloperRun() || !UtilIsDebugActive())
         return;
+    const std::vector<String> lines = texts.Lines(frames.callers, frames.count);
     for (unsigned i = 0; i < frames.count; ++i)
-        DebugLine(L"  %#p", frames.callers[i].address);
+        if (i < lines.size() && !lines[i].IsEmpty())
+            DebugLine(L"  %s", lines[i].Text());
+        else
+            DebugLine(L"  %#p", frames.callers[i].address);
 }
 
 } // namespace
 
 clsUTHandleList::~clsUTHandleList()
 {
-    ReportLost(false);
+    CallerTexts texts;
+    ReportLost(false, texts);
 }
 
 void clsUTHandleList::Add(HandleValue handle)
@@ -75,19 +81,19 @@ std::unique_ptr<clsUTHandleList> clsUTHandleList::Snapshot() const
     return copy;
 }
 
-void clsUTHandleList::ReportLost(bool isForced)
+void clsUTHandleList::ReportLost(bool isForced, CallerTexts& texts)
 {
     if (_isReported && !isForced)
         return;
     for (const auto& [handle, frames] : _handles)
     {
         DebugLine(L"LOST %s HANDLE %#p:", _name.Text(), Shown(handle));
-        WriteCallers(*frames);
+        WriteCallers(*frames, texts);
     }
     _isReported = true;
 }
 
-void Diff(clsUTHandleList& a, clsUTHandleList& b, const wchar_t* word, bool withDetails)
+void Diff(clsUTHandleList& a, clsUTHandleList& b, const wchar_t* word, bool withDetails, CallerTexts& texts)
 {
     const clsCriticalSectionLock lock(a._lock);
     const auto isNew = [&](const auto& entry)
@@ -103,7 +109,7 @@ void Diff(clsUTHandleList& a, clsUTHandleList& b, const wchar_t* word, bool with
             if (isNew(entry))
             {
                 DebugLine(L"%s %s HANDLE %#p", word, a._name.Text(), Shown(entry.key));
-                WriteCallers(*entry.value);
+                WriteCallers(*entry.value, texts);
             }
     DebugLineIndent(-1, nullptr);
 }

@@ -4,6 +4,7 @@
 #include "containers/skip_list.h"
 #include "core/critical_section.h"
 #include "core/text/string.h"
+#include "stacks/address_texts.h"
 #include "stacks/callers.h"
 
 #include <cstddef>
@@ -52,10 +53,10 @@ public:
 
     // Writes the handles and their callers to the debug output. Does nothing if a report was written before, except if
     // it is forced.
-    void ReportLost(bool isForced);
+    void ReportLost(bool isForced, CallerTexts& texts);
 
 private:
-    friend void Diff(clsUTHandleList& a, clsUTHandleList& b, const wchar_t* word, bool withDetails);
+    friend void Diff(clsUTHandleList& a, clsUTHandleList& b, const wchar_t* word, bool withDetails, CallerTexts& texts);
 
     clsCriticalSection _lock;
     const String _name;
@@ -65,6 +66,6 @@ private:
 };
 
 // Writes the handles that are in `a` but not in `b`: their number, and with details each of them with its callers.
-void Diff(clsUTHandleList& a, clsUTHandleList& b, const wchar_t* word, bool withDetails);
+void Diff(clsUTHandleList& a, clsUTHandleList& b, const wchar_t* word, bool withDetails, CallerTexts& texts);
 
 } // namespace qx

@@ -85,10 +85,11 @@ void Compare(HandleKind& kind)
         return;
     const std::unique_ptr<clsUTHandleList> newest = *kind.snapshots.Pop();
     const std::unique_ptr<clsUTHandleList> older = *kind.snapshots.Pop();
+    CallerTexts texts;
     for (const bool withDetails : {false, true})
     {
-        Diff(*newest, *older, L"NEW", withDetails);
-        Diff(*older, *newest, L"DELETED", withDetails);
+        Diff(*newest, *older, L"NEW", withDetails, texts);
+        Diff(*older, *newest, L"DELETED", withDetails, texts);
     }
 }
 
@@ -104,8 +105,11 @@ std::uint32_t ManageHandles(std::int32_t kind, HandleOperation operation, Handle
     switch (operation)
     {
     case HandleOperation::Report:
-        live.ReportLost(true);
+    {
+        CallerTexts texts;
+        live.ReportLost(true, texts);
         return 0;
+    }
     case HandleOperation::Add:
         live.Add(handle);
         return 0;
@@ -132,9 +136,10 @@ void ReportLostHandles()
     HandleKinds* const kinds = existing;
     if (kinds == nullptr || !kinds->lock.TryEnter())
         return;
+    CallerTexts texts;
     for (const std::unique_ptr<HandleKind>& kind : kinds->kinds)
         if (kind)
-            kind->live.ReportLost(false);
+            kind->live.ReportLost(false, texts);
     kinds->lock.Leave();
 }
 

@@ -55,6 +55,11 @@ clsPSAPI& PSAPI()
     return TheOne<clsPSAPI>();
 }
 
+clsTlHelp32& TlHelp32()
+{
+    return TheOne<clsTlHelp32>();
+}
+
 clsShell32& Shell32()
 {
     return TheOne<clsShell32>();

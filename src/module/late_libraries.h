@@ -9,6 +9,9 @@
 #include "module/sibling_library.h"
 
 #include <heapapi.h>
+// These two need <windows.h>, which comes with the headers above.
+#include <psapi.h>
+#include <tlhelp32.h>
 
 namespace qx
 {
@@ -45,8 +48,26 @@ public:
     LateProcedure p_Wow64RevertWow64FsRedirection{*this, L"p_Wow64RevertWow64FsRedirection", 4};
 };
 
-class clsKernel32 : public clsKernel32Base
+// Snapshots of a process's modules. They are part of kernel32 unless there is a library of their own.
+template <class Library>
+class SnapshotFunctions : public Library
 {
+public:
+    using Library::Library;
+
+    LateFunction<HANDLE(DWORD, DWORD)> p_CreateToolhelp32Snapshot{*this, L"p_CreateToolhelp32Snapshot", 8};
+    LateFunction<BOOL(HANDLE, MODULEENTRY32W*)> p_Module32First{*this, L"p_Module32FirstW", 8};
+    LateFunction<BOOL(HANDLE, MODULEENTRY32W*)> p_Module32Next{*this, L"p_Module32NextW", 8};
+};
+
+class clsKernel32 : public SnapshotFunctions<clsKernel32Base>
+{
+};
+
+class clsTlHelp32 : public SnapshotFunctions<CLateLoadBase>
+{
+public:
+    clsTlHelp32() : SnapshotFunctions(L"tlhelp32") {}
 };
 
 class clsAdvAPI32 : public CLateLoadBase
@@ -54,7 +75,8 @@ class clsAdvAPI32 : public CLateLoadBase
 public:
     clsAdvAPI32() : CLateLoadBase(L"AdvAPI32") {}
 
-    LateProcedure p_AdjustTokenPrivileges{*this, L"p_AdjustTokenPrivileges", 24};
+    LateFunction<BOOL(HANDLE, BOOL, TOKEN_PRIVILEGES*, DWORD, TOKEN_PRIVILEGES*, DWORD*)> p_AdjustTokenPrivileges{
+        *this, L"p_AdjustTokenPrivileges", 24};
     LateProcedure p_BuildExplicitAccessWithName{*this, L"p_BuildExplicitAccessWithName", 20};
     LateProcedure p_ConvertStringSidToSid{*this, L"p_ConvertStringSidToSid", 8};
     LateProcedure p_CopySid{*this, L"p_CopySid", 12};
@@ -71,7 +93,8 @@ public:
     LateProcedure p_LogonUser{*this, L"p_LogonUser", 24};
     LateProcedure p_LookupAccountName{*this, L"p_LookupAccountName", 28};
     LateProcedure p_LookupAccountSid{*this, L"p_LookupAccountSid", 28};
-    LateProcedure p_LookupPrivilegeValue{*this, L"p_LookupPrivilegeValue", 12};
+    LateFunction<BOOL(const wchar_t*, const wchar_t*, LUID*)> p_LookupPrivilegeValue{
+        *this, L"p_LookupPrivilegeValue", 12};
     LateFunction<BOOL(HANDLE, DWORD, HANDLE*)> p_OpenProcessToken{*this, L"p_OpenProcessToken", 12};
     LateProcedure p_OpenThreadToken{*this, L"p_OpenThreadToken", 16};
     LateProcedure p_RevertToSelf{*this, L"p_RevertToSelf"};
@@ -93,10 +116,11 @@ class clsPSAPI : public CLateLoadBase
 public:
     clsPSAPI() : CLateLoadBase(L"psapi") {}
 
-    LateProcedure p_EnumProcessModules{*this, L"p_EnumProcessModules", 16};
-    LateProcedure p_GetModuleBaseName{*this, L"p_GetModuleBaseName", 16};
-    LateProcedure p_GetModuleFileNameEx{*this, L"p_GetModuleFileNameEx", 16};
-    LateProcedure p_GetModuleInformation{*this, L"p_GetModuleInformation", 16};
+    LateFunction<BOOL(HANDLE, HMODULE*, DWORD, DWORD*)> p_EnumProcessModules{*this, L"p_EnumProcessModules", 16};
+    LateFunction<DWORD(HANDLE, HMODULE, wchar_t*, DWORD)> p_GetModuleBaseName{*this, L"p_GetModuleBaseName", 16};
+    LateFunction<DWORD(HANDLE, HMODULE, wchar_t*, DWORD)> p_GetModuleFileNameEx{*this, L"p_GetModuleFileNameEx", 16};
+    LateFunction<BOOL(HANDLE, HMODULE, MODULEINFO*, DWORD)> p_GetModuleInformation{
+        *this, L"p_GetModuleInformation", 16};
 };
 
 class clsShell32 : public CLateLoadBase
@@ -213,6 +237,10 @@ public:
 
 class clsUser32 : public clsUser32Base
 {
+public:
+    LateFunction<HWND(HWND)> p_GetParent{*this, L"p_GetParent", 4};
+    LateFunction<LONG(HWND, int)> p_GetWindowLong{*this, L"p_GetWindowLongW", 8};
+    LateFunction<BOOL(HWND)> p_LockWindowUpdate{*this, L"p_LockWindowUpdate", 4};
 };
 
 class clsComCtl32 : public CLateLoadBase
@@ -251,6 +279,7 @@ clsKernel32& Kernel32();
 clsAdvAPI32& AdvAPI32();
 clsNTdll& NTdll();
 clsPSAPI& PSAPI();
+clsTlHelp32& TlHelp32();
 clsShell32& Shell32();
 clsShlwapi& Shlwapi();
 clsNetAPI32& NetAPI32();

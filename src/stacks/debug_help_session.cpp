@@ -8,6 +8,7 @@
 
 #include <cstring>
 #include <iterator>
+#include <utility>
 
 namespace qx
 {
@@ -197,15 +198,22 @@ clsDBGModuleList& clsDBGHELP::Modules()
 
 void clsDBGHELP::AddModules()
 {
-    struct Loaded
-    {
-        std::uint64_t base;
-        std::uint32_t size;
-    };
+    std::vector<LoadedModule> modules = EnumerateModules();
+    if (modules.empty())
+        modules = ModulesOfSnapshot();
+    if (modules.empty())
+        modules = ModulesOfProcess();
+    for (const LoadedModule& module : modules)
+        LoadModule(module.base, module.size);
+}
+
+// Counts first, so that no memory is allocated while the system enumerates.
+std::vector<LoadedModule> clsDBGHELP::EnumerateModules()
+{
     struct Enumeration
     {
         std::size_t count = 0;
-        WCValDList<Loaded> modules;
+        std::vector<LoadedModule> modules;
 
         static BOOL CALLBACK Count(PCSTR, DWORD64, ULONG, PVOID self)
         {
@@ -214,16 +222,21 @@ void clsDBGHELP::AddModules()
         }
         static BOOL CALLBACK Take(PCSTR, DWORD64 base, ULONG size, PVOID self)
         {
-            static_cast<Enumeration*>(self)->modules.Append({base, size});
+            auto& modules = static_cast<Enumeration*>(self)->modules;
+            if (modules.size() == modules.capacity())
+                return FALSE;
+            modules.push_back({base, size});
             return TRUE;
         }
     };
     Enumeration enumeration;
-    if (p_EnumerateLoadedModules64.IsThere() &&
-        p_EnumerateLoadedModules64(_process, Enumeration::Count, &enumeration) && enumeration.count > 0)
-        p_EnumerateLoadedModules64(_process, Enumeration::Take, &enumeration);
-    for (const Loaded& module : enumeration.modules)
-        LoadModule(module.base, module.size);
+    if (!p_EnumerateLoadedModules64.IsThere() ||
+        !p_EnumerateLoadedModules64(_process, Enumeration::Count, &enumeration) || enumeration.count == 0)
+        return {};
+    constexpr std::size_t kSpare = 16; // for modules that are loaded in between
+    enumeration.modules.reserve(enumeration.count + kSpare);
+    p_EnumerateLoadedModules64(_process, Enumeration::Take, &enumeration);
+    return std::move(enumeration.modules);
 }
 
 void clsDBGHELP::LoadModule(std::uint64_t base, std::uint32_t size)
@@ -262,13 +275,18 @@ void clsDBGHELP::LoadModule(std::uint64_t base, std::uint32_t size)
 
 bool clsDBGHELP::LoadModuleOf(std::uint64_t address)
 {
-    MEMORY_BASIC_INFORMATION region{};
-    if (!p_SymLoadModule64.IsThere() ||
-        VirtualQuery(reinterpret_cast<const void*>(address), &region, sizeof region) == 0 || !region.AllocationBase)
+    if (!p_SymLoadModule64.IsThere())
         return false;
-    const String path = ModulePath(static_cast<HMODULE>(region.AllocationBase));
-    return !path.IsEmpty() && p_SymLoadModule64(_process, nullptr, path.NarrowText(), nullptr,
-                                  reinterpret_cast<DWORD64>(region.AllocationBase), 0) != 0;
+    std::uint64_t base = p_SymGetModuleBase64.IsThere() ? p_SymGetModuleBase64(_process, address) : 0;
+    MEMORY_BASIC_INFORMATION region{};
+    if (base == 0 && VirtualQuery(reinterpret_cast<const void*>(address), &region, sizeof region) != 0)
+        base = reinterpret_cast<std::uint64_t>(region.AllocationBase);
+    if (base == 0)
+        return false;
+    const ModuleFacts facts = FactsOfModule(base);
+    return !facts.path.IsEmpty() &&
+           p_SymLoadModule64(_process, nullptr, facts.path.NarrowText(),
+               facts.name.IsEmpty() ? nullptr : facts.name.NarrowText(), base, facts.size) != 0;
 }
 
 bool clsDBGHELP::FindModuleOf(std::uint64_t address, IMAGEHLP_MODULE64& info)

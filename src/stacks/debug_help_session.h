@@ -3,10 +3,12 @@
 
 #include "core/text/string.h"
 #include "stacks/debug_help_library.h"
+#include "stacks/module_sources.h"
 #include "stacks/records.h"
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace qx
 {
@@ -47,6 +49,7 @@ private:
 
     String SymbolPath() const;
     void AddModules();
+    std::vector<LoadedModule> EnumerateModules();
     void LoadModule(std::uint64_t base, std::uint32_t size);
     bool FindModuleOf(std::uint64_t address, IMAGEHLP_MODULE64& info);
     bool LoadModuleOf(std::uint64_t address);

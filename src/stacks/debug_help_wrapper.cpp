@@ -3,6 +3,7 @@
 #include "core/debug_line.h"
 #include "core/forever.h"
 #include "core/ticks.h"
+#include "stacks/window_update_lock.h"
 
 #include <algorithm>
 #include <new>
@@ -245,6 +246,7 @@ int clsDBGHelpWrapper::Close()
 
 int clsDBGHelpWrapper::WalkStack()
 {
+    const WindowUpdateLock update(GetWindowToLock());
     const int maximum = GetMaxFrames();
     const unsigned detail = DetailOf(GetDetail());
     if (WalkOnOwnThread() && !threadsEnded)

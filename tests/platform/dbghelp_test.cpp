@@ -1,5 +1,6 @@
 // The debug-help library: one session for all tests, because opening one is slow on some systems.
 #include "dbghelp_probe.h"
+#include "frame_probe.h"
 
 #include <windows.h>
 
@@ -78,6 +79,33 @@ std::string SymbolAt(DWORD64 address, DWORD64& displacement)
     return SymGetSymFromAddr64_(GetCurrentProcess(), address, &displacement, &symbol) ? symbol.Name : "";
 }
 
+template <class Context>
+std::uint64_t ProgramCounter(const Context& context)
+{
+    if constexpr (requires { context.Rip; })
+        return context.Rip;
+    else
+        return context.Pc;
+}
+
+template <class Context>
+std::uint64_t StackPointer(const Context& context)
+{
+    if constexpr (requires { context.Rsp; })
+        return context.Rsp;
+    else
+        return context.Sp;
+}
+
+template <class Context>
+constexpr DWORD MachineOf()
+{
+    if constexpr (requires(Context context) { context.Rip; })
+        return 0x8664;
+    else
+        return 0xAA64;
+}
+
 std::vector<Frame> Walk()
 {
     BIND(StackWalk64);
@@ -87,9 +115,9 @@ std::vector<Frame> Walk()
     RtlCaptureContext(&context);
     std::vector<Frame> frames;
     STACKFRAME64 frame{};
-    frame.AddrPC = {context.Rip, 0, AddrModeFlat};
-    frame.AddrFrame = frame.AddrStack = {context.Rsp, 0, AddrModeFlat};
-    while (frames.size() < 8 && StackWalk64_(IMAGE_FILE_MACHINE_AMD64, GetCurrentProcess(), GetCurrentThread(), &frame,
+    frame.AddrPC = {ProgramCounter(context), 0, AddrModeFlat};
+    frame.AddrFrame = frame.AddrStack = {StackPointer(context), 0, AddrModeFlat};
+    while (frames.size() < 8 && StackWalk64_(MachineOf<CONTEXT>(), GetCurrentProcess(), GetCurrentThread(), &frame,
                                     &context, nullptr, SymFunctionTableAccess64_, SymGetModuleBase64_, nullptr))
     {
         DWORD64 displacement = 0;
@@ -119,6 +147,29 @@ TEST_F(DebugHelp, WalksAndNamesFunctions)
         names += frame.symbol + "\n";
     EXPECT_THAT(names, HasSubstr("ProbeNames\n")) << names;
     EXPECT_THAT(names, HasSubstr("Twice"));
+}
+
+int FramesOfProbe(void* frames)
+{
+    TakeFrames(frames);
+    return 1;
+}
+
+[[gnu::noinline]] void CallsTheFrameProbe(std::vector<Frame>& frames)
+{
+    EXPECT_EQ(ProbeFrame(FramesOfProbe, &frames), 18);
+}
+
+// The innermost function needs the rules of the debug information, and so do the registers of the functions around it.
+TEST_F(DebugHelp, WalksByDebugInformation)
+{
+    std::vector<Frame> frames;
+    CallsTheFrameProbe(frames);
+    std::string names;
+    for (const Frame& frame : frames)
+        names += frame.symbol + "\n";
+    EXPECT_THAT(names, testing::ContainsRegex("ProbeFrame\n.*CallsTheFrameProbe.*\n.*WalksByDebugInformation"))
+        << names;
 }
 
 TEST_F(DebugHelp, FindsModulesByAddress)

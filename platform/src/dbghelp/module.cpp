@@ -190,6 +190,7 @@ std::optional<Dwarf_Die> SymbolModule::FindFunction(std::uint64_t address)
 
 Dwarf_Frame* SymbolModule::FrameRules(std::uint64_t address)
 {
+    ReadSymbols();
     Dwarf_Frame* rules = nullptr;
     Dwarf_Addr bias = 0;
     for (const auto tables : {&dwfl_module_eh_cfi, &dwfl_module_dwarf_cfi})

@@ -2,7 +2,12 @@
 #include <errhandlingapi.h>
 #include <winerror.h>
 
+#include "dbghelp/debug_frame.h"
+#include "dbghelp/sessions.h"
+#include "stack/given_rule.h"
 #include "stack/walker.h"
+
+using namespace qxplatform;
 
 namespace
 {
@@ -39,6 +44,21 @@ constexpr DWORD64 kFrameToCanonical = 16;
 constexpr int kHasBegun = 0;
 constexpr int kIsExact = 1;
 
+// Replaces the registers of a function by its caller's. Functions that have no rules in memory may have some in the
+// debug information of the session.
+bool StepOut(SymbolSession* session, CONTEXT& context, BOOL& isExact)
+{
+    if (session != nullptr && !QxHasFrameRule(&context, isExact))
+    {
+        const DWORD64 address = ProgramCounter(context) - (isExact ? 0 : 1);
+        SymbolModule* const module = session->FindModule(address);
+        FrameRule rule;
+        if (module != nullptr && FindDebugFrameRule(*module, address, rule))
+            return QxUnwindFrameByRule(&context, &isExact, &rule) != FALSE;
+    }
+    return QxUnwindFrame(&context, &isExact) != FALSE;
+}
+
 ADDRESS64 Flat(DWORD64 offset)
 {
     return {offset, 0, AddrModeFlat};
@@ -46,7 +66,7 @@ ADDRESS64 Flat(DWORD64 offset)
 
 } // namespace
 
-BOOL WINAPI StackWalk64(DWORD MachineType, HANDLE, HANDLE, LPSTACKFRAME64 StackFrame, PVOID ContextRecord,
+BOOL WINAPI StackWalk64(DWORD MachineType, HANDLE hProcess, HANDLE, LPSTACKFRAME64 StackFrame, PVOID ContextRecord,
     PREAD_PROCESS_MEMORY_ROUTINE64, PFUNCTION_TABLE_ACCESS_ROUTINE64, PGET_MODULE_BASE_ROUTINE64,
     PTRANSLATE_ADDRESS_ROUTINE64)
 {
@@ -55,19 +75,20 @@ BOOL WINAPI StackWalk64(DWORD MachineType, HANDLE, HANDLE, LPSTACKFRAME64 StackF
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
+    SymbolSession* const session = FindSession(hProcess);
     auto& context = *static_cast<CONTEXT*>(ContextRecord);
     BOOL isExact = TRUE;
     if (StackFrame->Reserved[kHasBegun] != 0)
     {
         isExact = StackFrame->Reserved[kIsExact] != 0;
-        if (!QxUnwindFrame(&context, &isExact))
+        if (!StepOut(session, context, isExact))
             return FALSE;
     }
     if (ProgramCounter(context) == 0)
         return FALSE;
     CONTEXT caller = context;
     BOOL isCallerExact = isExact;
-    const bool hasCaller = QxUnwindFrame(&caller, &isCallerExact) != FALSE;
+    const bool hasCaller = StepOut(session, caller, isCallerExact);
     const bool isFirst = StackFrame->Reserved[kHasBegun] == 0;
     StackFrame->AddrPC = Flat(ProgramCounter(context));
     StackFrame->AddrStack = Flat(StackPointer(context));

@@ -6,7 +6,7 @@
 //   off          calls all functions with arguments that they must not access
 //   stacks       writes the callers and the modules
 //   twice        loads and unloads the library two times
-//   lost         leaves a handle in the lists
+//   lost [kept]  leaves a handle in the lists; "kept" ends the process without unloading the library
 //   setting      changes the settings of the log and reads them back
 //   lines NAME   8 threads write numbered lines
 //
@@ -169,6 +169,12 @@ void WriteLines(const Library& library, const char* name)
         thread.join();
 }
 
+[[gnu::noinline]] void LeaveHandle(const Library& library)
+{
+    library.UtilHandleListMgr(1, 1, reinterpret_cast<const void*>(0x1234));
+    asm volatile(""); // keeps the call above from becoming a jump
+}
+
 int Run(const char* command, const char* argument)
 {
     const Library library;
@@ -183,7 +189,11 @@ int Run(const char* command, const char* argument)
     if (std::strcmp(command, "stacks") == 0)
         WriteStacks(library);
     if (std::strcmp(command, "lost") == 0)
-        library.UtilHandleListMgr(1, 1, reinterpret_cast<const void*>(0x1234));
+    {
+        LeaveHandle(library);
+        if (*argument)
+            LoadLibraryW(L"qxUT23.dll");
+    }
     if (std::strcmp(command, "lines") == 0)
         WriteLines(library, argument);
     return 0;

@@ -1,5 +1,6 @@
 // The library's debug output as seen by a program that loads it: through the log file named in the settings.
 #include "module/module_paths.h"
+#include "support/developer_run.h"
 #include "support/log_lines.h"
 #include "support/peer_process.h"
 #include "support/temp_folder.h"
@@ -13,6 +14,7 @@
 using namespace qx;
 using namespace qxtest;
 using testing::AllOf;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::Gt;
@@ -103,6 +105,23 @@ TEST_F(DebugExports, HandlesLeftAtTheEnd)
 {
     ASSERT_EQ(Run(L"lost"), 0);
     EXPECT_THAT(InnerLines(log), ElementsAre(AllOf(StartsWith("LOST PEN HANDLE 0"), EndsWith("1234:"))));
+}
+
+// The library's own end opens a session without a thread.
+TEST_F(DebugExports, DevelopersSeeTheCallersOfHandlesLeftAtTheEnd)
+{
+    const UserIs user(L"qvx");
+    for (const wchar_t* const command : {L"lost", L"lost kept"})
+    {
+        ASSERT_EQ(Run(command), 0);
+        const std::vector<std::string> lines = InnerLines(log);
+        ASSERT_THAT(lines, SizeIs(Gt(3u)));
+        EXPECT_THAT(lines[0], StartsWith("LOST PEN HANDLE 0"));
+        EXPECT_THAT(lines[1], AllOf(StartsWith("  [0x"), HasSubstr("qxUT23.")));
+        EXPECT_THAT(lines, Contains(AllOf(StartsWith("  [0x"), HasSubstr("debug_peer"), HasSubstr("LeaveHandle + 0x"),
+                               HasSubstr("debug_peer.cpp, line "))));
+        DeleteFileW(log);
+    }
 }
 
 TEST_F(DebugExports, WithoutALogFileNothingIsTouched)

@@ -32,6 +32,12 @@ String ShownHandle(const wchar_t* format, HandleValue handle)
     return String(String::kFormatted, format, reinterpret_cast<const void*>(handle));
 }
 
+[[gnu::noinline]] void MakeKnownHandle(HandleValue handle)
+{
+    ManageHandles(3, Add, handle);
+    asm volatile(""); // keeps the call above from becoming a jump
+}
+
 } // namespace
 
 TEST(HandleLists, CountAdditionsAndRemovals)
@@ -107,15 +113,30 @@ TEST(HandleLists, LostHandlesAreReported)
 TEST(HandleLists, DevelopersSeeTheCallers)
 {
     const UserIs user(L"qvx");
-    ManageHandles(3, Add, 0x30);
-    const DebugLines lines;
-    ManageHandles(3, Report, 0);
-    EXPECT_GT(lines.Count(), 1u);
-    EXPECT_LE(lines.Count(), 21u);
-    for (const DebugLines::Entry& entry : lines.Entries())
-        EXPECT_TRUE(entry.text.View().starts_with(L"  ") != entry.text.View().starts_with(L"LOST DC HANDLE"))
-            << entry.text.NarrowText();
+    MakeKnownHandle(0x30);
+    MakeKnownHandle(0x31);
+    {
+        const DebugLines lines;
+        ManageHandles(3, Report, 0);
+        EXPECT_EQ(lines.CountOf(L"LOST DC HANDLE"), 2u);
+        EXPECT_EQ(lines.CountOf(L"  0"), 0u) << "no plain addresses";
+        EXPECT_EQ(lines.CountOf(L"MakeKnownHandle + 0x"), 2u);
+        EXPECT_EQ(lines.CountOf(L"handles_test.cpp, line "), lines.CountOf(L"handles_test.cpp")) << "with their lines";
+        EXPECT_GE(lines.CountOf(L"handles_test.cpp, line "), 4u) << "the helper and the test";
+    }
+    {
+        // While somebody else has the session, the addresses are shown.
+        TheDebugHelpTimes().lock = 50;
+        const clsDBGHelpWrapperGPFProt other;
+        const DebugLines lines;
+        ManageHandles(3, Report, 0);
+        EXPECT_EQ(lines.CountOf(L"LOST DC HANDLE"), 2u);
+        EXPECT_GT(lines.CountOf(L"  0"), 4u);
+        EXPECT_EQ(lines.CountOf(L"["), 0u);
+        TheDebugHelpTimes() = DebugHelpTimes();
+    }
     ManageHandles(3, Remove, 0x30);
+    ManageHandles(3, Remove, 0x31);
 }
 
 TEST(HandleLists, ManyThreads)

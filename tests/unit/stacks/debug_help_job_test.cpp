@@ -1,13 +1,18 @@
 #include "core/ticks.h"
+#include "module/late_libraries.h"
+#include "stacks/address_texts.h"
 #include "stacks/debug_help_wrapper.h"
+#include "stacks/module_sources.h"
 #include "stacks/stack_dump.h"
 #include "support/debug_lines.h"
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <atomic>
 #include <string>
 #include <thread>
+#include <vector>
 
 using namespace qx;
 
@@ -85,6 +90,29 @@ TEST(DebugHelpJob, ListsModules)
     EXPECT_TRUE(hasProgram);
     // The session gives out the same records again.
     EXPECT_EQ(job->GetModuleList()->Records().First()[0], modules->Records().First()[0]);
+}
+
+// The sources for systems without the first one.
+TEST(DebugHelpJob, OtherSourcesOfModules)
+{
+    const auto program = reinterpret_cast<std::uint64_t>(GetModuleHandleW(nullptr));
+    const std::vector<LoadedModule> ofProcess = ModulesOfProcess();
+    const std::vector<LoadedModule> ofSnapshot = ModulesOfSnapshot();
+    EXPECT_EQ(ofSnapshot.empty(), !Kernel32().p_CreateToolhelp32Snapshot.IsThere());
+    for (const auto* const modules : {&ofProcess, &ofSnapshot})
+    {
+        const auto found =
+            std::find_if(modules->begin(), modules->end(), [=](auto& module) { return module.base == program; });
+        if (modules == &ofSnapshot && modules->empty())
+            continue;
+        ASSERT_NE(found, modules->end());
+        EXPECT_EQ(found->size, FactsOfModule(program).size);
+        EXPECT_GT(found->size, 0x1000u);
+    }
+    const ModuleFacts facts = FactsOfModule(program);
+    EXPECT_THAT(facts.name.NarrowText(), testing::StartsWith("debug_help_test"));
+    EXPECT_THAT(facts.path.NarrowText(), testing::EndsWith(facts.name.NarrowText()));
+    EXPECT_TRUE(FactsOfModule(program + 1).name.IsEmpty());
 }
 
 TEST(DebugHelpJob, ASecondJobWaitsAndHasNoSession)
