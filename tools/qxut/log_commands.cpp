@@ -98,9 +98,9 @@ std::string MessageColour(std::string_view text)
 {
     const std::size_t begin = text.find_first_not_of(' ');
     text.remove_prefix(begin == text.npos ? text.size() : begin);
-    if (text.starts_with("ERR: ") || text.starts_with("ERROR: "))
+    if (text.starts_with("ERR: ") || text.starts_with("ERROR: ") || text.starts_with("Error: "))
         return "31";
-    return text.starts_with("WRN: ") ? "33" : "";
+    return text.starts_with("WRN: ") || text.starts_with("Warning: ") ? "33" : "";
 }
 
 std::string Coloured(std::string_view text, const std::string& colour)
@@ -110,14 +110,35 @@ std::string Coloured(std::string_view text, const std::string& colour)
     return "\x1B[" + colour + 'm' + std::string(text) + "\x1B[0m";
 }
 
-std::string InColour(const std::string& line)
+// Returns the text of a line as people read it: lines of reports are indented by two blanks for each level, and a line
+// feed at the end is left out.
+std::string TextForPeople(std::string_view text, bool inColour)
+{
+    if (text.ends_with('\n'))
+        text.remove_suffix(1);
+    std::string before;
+    if (ReportLine report; ParseReportLine(text, report))
+    {
+        before = Shown(report.before) + std::string(2 * report.depth, ' ');
+        text = report.text;
+    }
+    const std::string shown = Shown(text);
+    return before + (inColour ? Coloured(shown, MessageColour(text)) : shown);
+}
+
+std::string ForPeople(const std::string& line, bool inColour)
 {
     const LogColumns columns = ColumnsOf(line);
+    const std::string text = TextForPeople(columns.text, inColour && !columns.time.empty());
     if (columns.time.empty())
-        return line;
-    return Coloured(columns.tag, "1") + Coloured(columns.time, "36") + ' ' +
+        return text;
+    const std::string tag = Shown(columns.tag);
+    if (!inColour)
+        return tag + std::string(columns.time) + ' ' + std::string(columns.thread) + std::string(columns.processor) +
+               ' ' + std::string(columns.digit) + ' ' + text;
+    return Coloured(tag, "1") + Coloured(columns.time, "36") + ' ' +
            Coloured(columns.thread, ThreadColour(columns.thread)) + Coloured(columns.processor, "2") + ' ' +
-           Coloured(columns.digit, "2") + ' ' + Coloured(columns.text, MessageColour(columns.text));
+           Coloured(columns.digit, "2") + ' ' + text;
 }
 
 std::string AsJson(const std::string& line)
@@ -134,7 +155,11 @@ std::string AsJson(const std::string& line)
         json["processor"] = std::stoul(std::string(columns.processor.substr(1)), nullptr, 16);
         json["digit"] = columns.digit[0] - '0';
     }
-    json["text"] = columns.text;
+    ReportLine report;
+    const bool isReport = ParseReportLine(columns.text, report);
+    if (isReport)
+        json["depth"] = report.depth;
+    json["text"] = isReport ? std::string(report.before) + std::string(report.text) : columns.text;
     return JsonText(json);
 }
 
@@ -152,7 +177,7 @@ public:
         if (_asJson)
             std::cout << AsJson(line) << '\n';
         else
-            std::cout << (_inColour ? InColour(Shown(line)) : Shown(line)) << '\n';
+            std::cout << ForPeople(line, _inColour) << '\n';
     }
 
 private:

@@ -160,4 +160,27 @@ LogColumns ColumnsOf(std::string_view line)
     return columns;
 }
 
+// A report's message consists of an empty name column, a colon, a blank for each level, and the text.
+bool ParseReportLine(std::string_view text, ReportLine& line)
+{
+    constexpr std::string_view kColumn = "        :";
+    constexpr std::size_t kBlanks = kColumn.size() - 1;
+    std::size_t colon = text.find_first_not_of(' ');
+    if (colon != text.npos && text[colon] == '[')
+    {
+        colon = text.find(kColumn, colon);
+        if (colon == text.npos || !text.substr(0, colon).ends_with("] "))
+            return false;
+        colon += kBlanks;
+    }
+    if (colon == text.npos || text[colon] != ':' || colon < kBlanks)
+        return false;
+    line.before = text.substr(0, colon - kBlanks);
+    line.text = text.substr(colon + 1);
+    const std::size_t begin = std::min(line.text.find_first_not_of(' '), line.text.size());
+    line.depth = begin;
+    line.text.remove_prefix(begin);
+    return true;
+}
+
 } // namespace qxut

@@ -48,4 +48,15 @@ struct LogColumns
 
 LogColumns ColumnsOf(std::string_view line);
 
+// A line of a report, which has a nesting of its own. Blocks consist of a line and the deeper lines that follow it.
+struct ReportLine
+{
+    std::string_view before; // indentation and thread name
+    std::size_t depth = 0;
+    std::string_view text;
+};
+
+// Returns false if the text of a line isn't a report's.
+bool ParseReportLine(std::string_view text, ReportLine& line);
+
 } // namespace qxut

@@ -77,6 +77,27 @@ class LogCommands(commands.CommandTest):
         self.assertTrue(tagged.endswith("\x1b[33mWRN: x\x1b[0m"), tagged)
         self.assertEqual(other, "no stamp")
 
+    def test_reports(self):
+        """Lines of reports have a nesting of their own, within that of the log."""
+        stamp = "12:34:56.789 00001a2c/03 7 "
+        self.append(stamp + "        :Error: clsHeapNode['app'/'main']::FreeObjectD(0x10)\n",
+                    stamp + "        : Memory overrun\n", stamp + "  [Worker]         :  deeper\n",
+                    stamp + "          :Warning: deleting heap\n", stamp + "[Worker] a        :b", stamp + "       :x",
+                    "        : no stamp\n")
+        self.assertEqual(self.show().splitlines(), [
+            stamp + "Error: clsHeapNode['app'/'main']::FreeObjectD(0x10)", stamp + "  Memory overrun",
+            stamp + "  [Worker]     deeper", stamp + "  Warning: deleting heap", stamp + "[Worker] a        :b",
+            stamp + "       :x", "  no stamp"])
+        coloured = self.show("--color", "always").splitlines()
+        self.assertTrue(coloured[0].endswith("m \x1b[31mError: clsHeapNode['app'/'main']::FreeObjectD(0x10)\x1b[0m"), coloured)
+        self.assertTrue(coloured[1].endswith("\x1b[0m   Memory overrun"), coloured)
+        self.assertTrue(coloured[3].endswith("\x1b[0m   \x1b[33mWarning: deleting heap\x1b[0m"), coloured)
+        lines = [json.loads(line) for line in self.show("--json").splitlines()]
+        self.assertEqual([(line.get("depth"), line["text"]) for line in lines[:3]], [
+            (0, "Error: clsHeapNode['app'/'main']::FreeObjectD(0x10)\n"), (1, "Memory overrun\n"),
+            (2, "  [Worker] deeper\n")])
+        self.assertNotIn("depth", lines[4])
+
     def test_lines_as_json(self):
         self.append(STAMPED, TAGGED, COUNTED, "no stamp: 12:34:56.789 00001A2C/03 7 x", "no stamp: 12:34:56.789 00001a2c/zz 7")
         self.assertEqual([json.loads(line) for line in self.show("--json").splitlines()], [
