@@ -156,7 +156,7 @@ void clsHeapNode::ReportOutOfMemory(const wchar_t* kind, std::uint32_t size) con
 // so HeapValidate has to find the block first.
 std::size_t clsHeapNode::BlockSize(const void* block) const
 {
-    if (reinterpret_cast<std::uintptr_t>(block) % kBlockAlignment != 0)
+    if (block == nullptr || reinterpret_cast<std::uintptr_t>(block) % kBlockAlignment != 0)
         return kNoBlock;
     const HeapFunctions& functions = LateHeapFunctions();
     if (functions.validate != nullptr && !functions.validate(_systemHeap, HEAP_NO_SERIALIZE, block))
