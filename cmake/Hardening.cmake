@@ -17,6 +17,8 @@ if(WIN32)
     # compiler's options for control-flow guard would have no effect, because GNU ld can't mark an image for it.
     target_link_options(qx_hardening INTERFACE
         LINKER:--high-entropy-va LINKER:--dynamicbase LINKER:--nxcompat)
+    # No build id, because the linker stores it with an empty name of a PDB file: Wine's debug help then searches all
+    # folders of the symbol path, takes other files for it, and crashes.
     target_link_libraries(qx_hardening INTERFACE ssp) # contains the functions of the stack protector
 else()
     target_compile_options(qx_hardening INTERFACE -fstack-clash-protection)
@@ -26,8 +28,7 @@ else()
         target_compile_options(qx_hardening INTERFACE -fcf-protection)
     endif()
     target_link_options(qx_hardening INTERFACE
+        LINKER:--build-id=sha1 # debuggers find the debug information through it, which is installed in separate files
         LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack LINKER:-z,separate-code
         $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-pie>)
 endif()
-# The debugger uses the build id to find the debug information, which is installed in separate files.
-target_link_options(qx_hardening INTERFACE LINKER:--build-id=sha1)

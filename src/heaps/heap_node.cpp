@@ -152,10 +152,14 @@ void clsHeapNode::ReportOutOfMemory(const wchar_t* kind, std::uint32_t size) con
     ReportLine(L"Error: clsHeapNode['%s'/'%s']::AllocObject%s(%d): Out of memory", ModuleName(), Name(), kind, size);
 }
 
-// The section protects the heap, and a search changes nothing.
+// The section protects the heap, and a search changes nothing. On some systems HeapSize reads in front of any pointer,
+// so HeapValidate has to find the block first.
 std::size_t clsHeapNode::BlockSize(const void* block) const
 {
-    if (reinterpret_cast<std::uintptr_t>(block) % kBlockAlignment != 0)
+    if (block == nullptr || reinterpret_cast<std::uintptr_t>(block) % kBlockAlignment != 0)
+        return kNoBlock;
+    const HeapFunctions& functions = LateHeapFunctions();
+    if (functions.validate != nullptr && !functions.validate(_systemHeap, HEAP_NO_SERIALIZE, block))
         return kNoBlock;
     return HeapSize(_systemHeap, HEAP_NO_SERIALIZE, block);
 }

@@ -22,10 +22,8 @@ enum class FileReplacement
 // open. `share` is the sharing mode of the new file. After the move, `successor` receives the new file, still open,
 // with its first byte locked since before the move.
 //
-// Returns Busy if the open file has lost the name under which it was opened: its contents would be lost or end up in
-// another file. Returns
-// Impossible for streams, for files with several names, if the folder can't be written, and if the system can't
-// replace an open file (Windows).
+// Returns Busy if the open file has no name any more: its contents would be lost. Returns Impossible for streams, for
+// files with several names, if the folder can't be written, and if the system can't replace an open file (Windows).
 FileReplacement ReplaceFileOf(
     clsFile& target, const clsProfOutput& content, FileShare share, clsAutoRelease<clsFile*>& successor);
 

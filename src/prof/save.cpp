@@ -37,14 +37,23 @@ ProfError WriteInPlace(const clsProfOutput& content, clsFile& target)
     return kProfOk;
 }
 
+enum class Target
+{
+    Named, // opened for this save
+    Held   // opened by the job, which keeps it open
+};
+
 // Replaces the target or, where that isn't possible, writes its contents in place. `successor` receives the file that
 // has replaced it.
-ProfError Deliver(const clsProfOutput& content, clsFile& target, FileShare share, clsAutoRelease<clsFile*>& successor)
+ProfError Deliver(const clsProfOutput& content, clsFile& target, Target kind, clsAutoRelease<clsFile*>& successor)
 {
     const clsFileGuard guard(target);
     if (!guard.IsLocked())
         return kProfCannotWrite;
-    switch (ReplaceFileOf(target, content, share, successor))
+    // While this save waited for the lock, another process may have renamed or replaced the file.
+    if (kind == Target::Named && !IsFileOfName(target, target.GetName()))
+        return kProfCannotWrite;
+    switch (ReplaceFileOf(target, content, kind == Target::Held ? FileShare::Read : FileShare::None, successor))
     {
     case FileReplacement::Done:
         return kProfOk;
@@ -61,7 +70,7 @@ ProfError Deliver(const clsProfOutput& content, clsFile& target, FileShare share
 ProfError DeliverAndClose(const clsProfOutput& content, clsFile& target)
 {
     clsAutoRelease<clsFile*> successor;
-    const ProfError error = Deliver(content, target, FileShare::None, successor);
+    const ProfError error = Deliver(content, target, Target::Named, successor);
     if (successor)
         successor->Close();
     return error;
@@ -146,7 +155,7 @@ ProfError clsProfJob::SaveToHeldFile(const clsProfOutput& image)
     if (!_heldPath.IsEmpty() && FinalPathOf(*_heldFile) != _heldPath)
         return kProfCannotWrite;
     clsAutoRelease<clsFile*> successor;
-    const ProfError error = Deliver(image, *_heldFile, FileShare::Read, successor);
+    const ProfError error = Deliver(image, *_heldFile, Target::Held, successor);
     if (successor)
     {
         _heldFile = successor;

@@ -76,7 +76,7 @@ bool FormatAddresses(clsDBGHelpWrapper& job, std::vector<std::uint64_t> addresse
 std::vector<String> CallerTexts::Lines(const scCaller* callers, unsigned count)
 {
     if (!_job)
-        _job.reset(new clsDBGHelpWrapperGPFProt);
+        _job.reset(new clsDBGHelpWrapperGPFProt(clsDBGHELP::kForTexts));
     std::vector<std::uint64_t> addresses(count);
     for (unsigned index = 0; index < count; ++index)
         addresses[index] = reinterpret_cast<std::uint64_t>(callers[index].address);
@@ -88,7 +88,8 @@ std::vector<String> CallerTexts::Lines(const scCaller* callers, unsigned count)
 bool DescribeAddresses(const std::uint64_t* addresses, std::size_t count, bool areExact,
     void (*receive)(void* user, std::size_t index, const wchar_t* text), void* user)
 {
-    const std::unique_ptr<clsDBGHelpWrapperGPFProt, CloseDebugHelpJob> job(new clsDBGHelpWrapperGPFProt);
+    const std::unique_ptr<clsDBGHelpWrapperGPFProt, CloseDebugHelpJob> job(
+        new clsDBGHelpWrapperGPFProt(clsDBGHELP::kForTexts));
     std::vector<String> texts;
     if (!FormatAddresses(*job, {addresses, addresses + count}, areExact, Description, texts))
         return false;

@@ -20,6 +20,8 @@ public:
     // Bits of the mode.
     static constexpr unsigned kSetsSymbolPath = 1;
     static constexpr unsigned kReadsNoVersions = 2; // loads line information instead
+    // Texts of addresses need lines, but no versions. On some systems a session loads no lines unless it is asked to.
+    static constexpr unsigned kForTexts = kSetsSymbolPath | kReadsNoVersions;
 
     // Bits of the detail of a record.
     static constexpr unsigned kModule = 1;

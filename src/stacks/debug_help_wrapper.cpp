@@ -101,8 +101,9 @@ clsCriticalSection& GraphicsThreadingLock()
     return lock;
 }
 
-void clsDBGHelpWrapper::Begin()
+void clsDBGHelpWrapper::Begin(unsigned mode)
 {
+    _mode = mode;
     if (threadsEnded || !ThreadStart(0))
     {
         if (!threadsEnded)
@@ -215,7 +216,7 @@ int clsDBGHelpWrapper::Open()
         return 0;
     try
     {
-        _session = std::make_unique<clsDBGHELP>(clsDBGHELP::kSetsSymbolPath);
+        _session = std::make_unique<clsDBGHELP>(_mode);
         if (_session->SetUp())
             return 1;
     }

@@ -61,7 +61,8 @@ public:
     bool RunInSession(Operation operation, void* argument);
 
 protected:
-    void Begin();
+    // `mode` is the mode of the session.
+    void Begin(unsigned mode = clsDBGHELP::kSetsSymbolPath);
     void End();
 
 private:
@@ -84,6 +85,7 @@ private:
 
     clsEvent _request;
     clsEvent _done;
+    unsigned _mode = 0;
     bool _usesThread = true;
     bool _holdsLock = false;
     std::atomic<bool> _isCutOff = false;
@@ -105,7 +107,7 @@ public:
     static constexpr std::uint32_t kOwnThreadOption = 2;
     static constexpr std::uint32_t kDetailOption = 3;
 
-    clsDBGHelpWrapperGPFProt() { Begin(); }
+    explicit clsDBGHelpWrapperGPFProt(unsigned mode = clsDBGHELP::kSetsSymbolPath) { Begin(mode); }
     ~clsDBGHelpWrapperGPFProt() override { End(); }
 
     bool WalkOnOwnThread() override { return Option(kOwnThreadOption, 1) != 0; }

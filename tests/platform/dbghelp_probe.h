@@ -1,11 +1,13 @@
 #pragma once
 
-#if defined(_WIN32) // exports are declared differently
+#if defined(qxdbghelp_probe_EXPORTS) && defined(_WIN32) // exports and imports are declared
 #define PROBE_API __declspec(dllexport)
+#elif defined(_WIN32)
+#define PROBE_API __declspec(dllimport)
 #else
 #define PROBE_API __attribute__((visibility("default")))
 #endif
 
 // Both call inside(user) from functions with variables.
-extern "C" int ProbeVariables(void (*inside)(void*), void* user);
-extern "C" int ProbeNames(void (*inside)(void*), void* user);
+extern "C" PROBE_API int ProbeVariables(void (*inside)(void*), void* user);
+extern "C" PROBE_API int ProbeNames(void (*inside)(void*), void* user);

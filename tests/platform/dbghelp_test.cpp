@@ -37,10 +37,13 @@ protected:
         ASSERT_NE(SymInitialize_, nullptr);
         ASSERT_TRUE(SymInitialize_(GetCurrentProcess(), nullptr, FALSE));
         SymSetOptions_(SYMOPT_LOAD_LINES | SYMOPT_LOAD_ANYTHING);
-        const auto load = [](PCSTR name, DWORD64 base, ULONG size, PVOID) -> BOOL
+        // The name in the enumeration needn't be a path.
+        const auto load = [](PCSTR, DWORD64 base, ULONG size, PVOID) -> BOOL
         {
             BIND(SymLoadModuleEx);
-            SymLoadModuleEx_(GetCurrentProcess(), nullptr, name, nullptr, base, size, nullptr, 0);
+            char path[MAX_PATH] = {};
+            GetModuleFileNameA(reinterpret_cast<HMODULE>(base), path, MAX_PATH);
+            SymLoadModuleEx_(GetCurrentProcess(), nullptr, path, nullptr, base, size, nullptr, 0);
             return TRUE;
         };
         ASSERT_TRUE(EnumerateLoadedModules64_(GetCurrentProcess(), load, nullptr));
@@ -184,9 +187,11 @@ TEST_F(DebugHelp, FindsModulesByAddress)
 
     EXPECT_FALSE(SymGetModuleInfo64_(GetCurrentProcess(), 0x1000, &info));
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND));
+#if !defined(_WIN32) // the other implementation accepts records of any size
     info.SizeOfStruct = 12;
     EXPECT_FALSE(SymGetModuleInfo64_(GetCurrentProcess(), address, &info));
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+#endif
 }
 
 TEST_F(DebugHelp, FindsLines)

@@ -67,7 +67,9 @@ TEST(HeapsFormat, DebugObject)
     bool ended = false;
     for (int i = 0; i < 30; ++i)
     {
+#if !defined(_WIN32) // Wine's captures go on beyond a thread's first frame
         EXPECT_TRUE(!ended || chain[i].address == nullptr) << i;
+#endif
         ended = chain[i].address == nullptr;
         EXPECT_EQ(chain[i].reserved, nullptr);
         EXPECT_EQ(chain[i].reserved2, nullptr);

@@ -9,9 +9,11 @@
 #include <future>
 #include <thread>
 
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace profiletest;
 namespace fs = std::filesystem;
@@ -217,4 +219,21 @@ TEST(ProfileReplace, WaitingReaderOpensTheNewFile)
     UnlockFile(old, 0, 0, 1, 0);
     CloseHandle(old);
     EXPECT_EQ(reader.get(), "a=new;");
+}
+
+// The other program locks the file, but doesn't keep others from opening it.
+TEST(ProfileReplace, WaitingSaveKeepsToItsName)
+{
+    const TempFolder folder;
+    const std::string path = folder.Make("file", "[/]\r\na=old\r\n");
+    const int other = open(path.c_str(), O_RDWR | O_CLOEXEC);
+    struct flock lock = {F_WRLCK, SEEK_SET, 0, 1, 0};
+    ASSERT_EQ(fcntl(other, F_OFD_SETLK, &lock), 0);
+    auto saver = std::async(std::launch::async, [&] { return SaveValue(path, L"new"); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    fs::rename(path, folder.Path("away"));
+    close(other);
+    EXPECT_EQ(saver.get(), PROF_OK);
+    EXPECT_EQ(Tree(Job(path)), "a=new;");
+    EXPECT_EQ(Tree(Job(folder.Path("away"))), "a=old;");
 }

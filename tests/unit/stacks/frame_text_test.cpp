@@ -108,7 +108,7 @@ TEST(FrameText, ValuesByTypeAndSize)
         {4, 10, 1, "0x00000001"},
         {8, 2, 0, "<invalid 64 bit Char pointer, NULL HIword>"},
         {8, 2, 0xFFFF, "<invalid 64 bit Char pointer, NULL HIword>"},
-        {8, 2, 0x10000, ""}, // unreadable
+        {8, 2, 0x7FFF'FFFF'F000, ""}, // unreadable on every system
         {8, 2, Bits(&text), "narrow"},
         {8, 3, 1, "<invalid 64 bit WChar pointer, NULL HIword>"},
         {8, 3, Bits(&wide), "wide"},
