@@ -1,6 +1,6 @@
 #include "heaps/chain_report.h"
 
-#include "core/report.h"
+#include "diag/report.h"
 #include "heaps/call_chains.h"
 
 #include <windows.h>

@@ -1,6 +1,6 @@
 #include "heaps/heap_node.h"
 
-#include "core/report.h"
+#include "diag/report.h"
 #include "heaps/heap_functions.h"
 #include "heaps/memory_access.h"
 #include "heaps/module_node.h"

@@ -1,5 +1,5 @@
 // The reports of a heap, and its end.
-#include "core/report.h"
+#include "diag/report.h"
 #include "heaps/chain_report.h"
 #include "heaps/heap_walk.h"
 #include "heaps/memory_access.h"

@@ -1,7 +1,7 @@
 // Checks and sums of all blocks of a heap.
 #include "heaps/heap_walk.h"
 
-#include "core/report.h"
+#include "diag/report.h"
 #include "heaps/memory_access.h"
 
 #include <algorithm>

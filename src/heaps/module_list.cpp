@@ -1,7 +1,7 @@
 #include "heaps/module_list.h"
 
 #include "core/forever.h"
-#include "core/report.h"
+#include "diag/report.h"
 #include "heaps/heap_functions.h"
 
 #include <windows.h>

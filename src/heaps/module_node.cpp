@@ -1,6 +1,6 @@
 #include "heaps/module_node.h"
 
-#include "core/report.h"
+#include "diag/report.h"
 
 #include <windows.h>
 

@@ -2,7 +2,7 @@
 
 #include "core/debug_line.h"
 #include "core/debugger.h"
-#include "core/report.h"
+#include "diag/report.h"
 #include "module/module_paths.h"
 
 #include <windows.h>

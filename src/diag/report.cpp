@@ -1,4 +1,4 @@
-#include "core/report.h"
+#include "diag/report.h"
 
 #include "core/critical_section.h"
 #include "core/forever.h"
