@@ -1,7 +1,5 @@
 // Finds three kinds of leak, and an overrun, an underrun and a double free. The details are in the library's log.
 // docs/diagnostics.md shows the program, its output and the log.
-#include "example_text.h"
-
 #include <qxut23/handles.h>
 #include <qxut23/heaps.h>
 
@@ -13,10 +11,45 @@ namespace
 
 constexpr QXWCHAR kModule[] = {'r', 'e', 'p', 'o', 'r', 't', 0};
 constexpr QXWCHAR kHeap[] = {'p', 'a', 'g', 'e', 's', 0};
+constexpr QXWCHAR kFonts[] = {'f', 'o', 'n', 't', 's', 0};
 
 char* Allocate(HUTHEAP heap, std::uint32_t size)
 {
     return static_cast<char*>(UtilHeapObjectAlloc(heap, size, QXUT_OBJECT_ZERO));
+}
+
+// A cache that only grows.
+[[gnu::noinline]] void LoadPage(HUTHEAP heap, std::uint32_t number)
+{
+    Allocate(heap, 100 + number);
+}
+
+// Forgets its buffer on the way out.
+[[gnu::noinline]] bool ParsePage(HUTHEAP heap, bool isDamaged)
+{
+    char* const buffer = Allocate(heap, 64);
+    if (isDamaged)
+        return false;
+    UtilHeapObjectFree(heap, buffer);
+    return true;
+}
+
+[[gnu::noinline]] void Leaks()
+{
+    const HUTHEAPJOB job = UtilJobOpen(kModule, QXUT_HEAPJOB_DEBUG);
+    const HUTHEAP pages = UtilHeapCreate(job, kHeap, 0);
+    const HUTHEAP fonts = UtilHeapCreate(job, kFonts, 0); // nobody deletes it
+
+    for (std::uint32_t number = 0; number < 3; ++number)
+        LoadPage(pages, number);
+    ParsePage(pages, false);
+    ParsePage(pages, true);
+    Allocate(fonts, 32);
+    std::printf("in use: pages %s, fonts %s\n", UtilHeapSizeObjects(pages) > 0 ? "yes" : "no",
+        UtilHeapSizeObjects(fonts) > 0 ? "yes" : "no");
+
+    std::printf("delete pages: %d\n", UtilHeapDelete(pages)); // with four objects
+    std::printf("close: %d\n", UtilJobClose(job));            // with a heap
 }
 
 [[gnu::noinline]] void Damage()
@@ -62,6 +95,8 @@ char* Allocate(HUTHEAP heap, std::uint32_t size)
 
 int main()
 {
+    std::printf("== Leaks\n");
+    Leaks();
     std::printf("== Damage\n");
     Damage();
     std::printf("== Handles\n");
