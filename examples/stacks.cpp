@@ -7,13 +7,21 @@
 namespace
 {
 
-// The frames of this program; the library and the system have frames around them.
+// The functions of this program up to main; the library and the system have frames around them.
 void PrintOwnFrames(IDBGStackTraceList* frames)
 {
     DBGStackTraceItem* frame = nullptr;
     while (frames->Next(1, &frame, nullptr) == 0)
-        if (const char* const file = std::strstr(frame->file, "stacks.cpp"))
-            std::printf("%s (%s, line %u)\n", frame->name, file, frame->line);
+    {
+        if (std::strstr(frame->module, "stacks") == nullptr)
+            continue;
+        std::printf("%s", frame->name);
+        if (const char* const file = std::strstr(frame->file, "stacks.cpp")) // empty if the line isn't known
+            std::printf(" (%s, line %u)", file, frame->line);
+        std::printf("\n");
+        if (std::strcmp(frame->name, "main") == 0)
+            return;
+    }
 }
 
 [[gnu::noinline]] void Stack()
