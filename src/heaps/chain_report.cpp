@@ -41,13 +41,13 @@ const wchar_t* PathOf(HMODULE module)
 
 } // namespace
 
-ModulePaths::ModulePaths() : _isOutermost(reportsInProgress++ == 0)
+ReportedPaths::ReportedPaths() : _isOutermost(reportsInProgress++ == 0)
 {
     if (_isOutermost)
         knownCount = 0;
 }
 
-ModulePaths::~ModulePaths()
+ReportedPaths::~ReportedPaths()
 {
     --reportsInProgress;
 }
@@ -56,7 +56,7 @@ void ReportChain(const CallChains& chains, const wchar_t* subject, const scCallC
 {
     if (!UtilIsDebugActive() || !chains.IsRecord(chain))
         return;
-    const ModulePaths paths;
+    const ReportedPaths paths;
     ReportLine(L"%s stack trace:", subject);
     for (const scCaller& entry : chain->entries)
     {

@@ -59,7 +59,7 @@ void clsHeapNode::Report() const
 {
     if (!UtilIsDebugActive())
         return;
-    const ModulePaths paths;
+    const ReportedPaths paths;
     const ReportBlock block(L"Heap['%s'/'%s']: %d objects", ModuleName(), Name(), _liveObjects);
     ReportChain(_chains, L"Heap allocation", _creationTrace);
     ForEachDebugObject(
