@@ -52,7 +52,7 @@ inline HDATABP Watch(const volatile void* address, std::uint32_t size, bool isWr
 // Keeps a handle that is never removed, because its thread ends first. Leak checkers then don't report it.
 inline HDATABP Abandon(HDATABP breakpoint)
 {
-    static std::vector<HDATABP> abandoned;
+    static auto& abandoned = *new std::vector<HDATABP>; // also while the process ends
     abandoned.push_back(breakpoint);
     return breakpoint;
 }
