@@ -102,9 +102,9 @@ QXUT_API int32_t UtilHeapShrink(HUTHEAP heap);
 
 /* The live objects that were allocated by one call chain. All objects without a call chain form one group: plain
    objects, objects with QXUT_OBJECT_NO_CHAIN, and blocks with a damaged header. */
-typedef struct QXHEAPLEAK
+typedef struct QxHeapLeak
 {
-    uint32_t structSize;          /* size of the struct in bytes; later versions may append fields */
+    uint32_t size;                /* size of the struct in bytes; later versions may append fields */
     uint32_t tag;                 /* of one of the objects, see UtilHeapObjectAllocExt; 0 for plain objects */
     uint64_t objectCount;         /* number of objects, at least 1 */
     uint64_t byteCount;           /* sum of the sizes as they were allocated, without headers and fences */
@@ -114,11 +114,11 @@ typedef struct QXHEAPLEAK
     uint32_t lineCount;           /* number of callers, at most 30; 0 without a call chain */
     const void* const* addresses; /* of some of the objects */
     const QXWCHAR* const* lines;  /* the callers, innermost first: "module!function + 0x1f (file, line 12)" */
-} QXHEAPLEAK;
+} QxHeapLeak;
 
 /* Receives a group. The struct and everything that it points to are valid during the call. Other threads may free the
    objects at any time. The function may call any function of the library, and use the heaps. */
-typedef void (*QxHeapLeakProc)(void* user, const QXHEAPLEAK* leak);
+typedef void (*QxHeapLeakProc)(void* user, const QxHeapLeak* leak);
 
 /* Groups the live objects by the call chains that allocated them, and calls `receive` for each group, in descending
    order of bytes. The objects may belong to one heap (`heap`; `job` is its job or null), to all heaps of a job (`job`;
