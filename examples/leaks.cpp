@@ -1,5 +1,7 @@
 // Finds three kinds of leak, and an overrun, an underrun and a double free. The details are in the library's log.
 // docs/diagnostics.md shows the program, its output and the log.
+#include "example_text.h"
+
 #include <qxut23/handles.h>
 #include <qxut23/heaps.h>
 
@@ -21,17 +23,29 @@ char* Allocate(HUTHEAP heap, std::uint32_t size)
 // A cache that only grows.
 [[gnu::noinline]] void LoadPage(HUTHEAP heap, std::uint32_t number)
 {
-    Allocate(heap, 100 + number);
+    UtilHeapObjectAlloc(heap, 100 + number, 0);
 }
 
 // Forgets its buffer on the way out.
 [[gnu::noinline]] bool ParsePage(HUTHEAP heap, bool isDamaged)
 {
-    char* const buffer = Allocate(heap, 64);
+    void* const buffer = UtilHeapObjectAlloc(heap, 64, 0);
     if (isDamaged)
         return false;
     UtilHeapObjectFree(heap, buffer);
     return true;
+}
+
+[[gnu::noinline]] void LoadFont(HUTHEAP heap)
+{
+    UtilHeapObjectAlloc(heap, 32, 0);
+}
+
+// The first line of a group names the caller of the library.
+void PrintGroup(void*, const QxHeapLeak* leak)
+{
+    std::printf("%d objects, %d bytes: %s\n", static_cast<int>(leak->objectCount), static_cast<int>(leak->byteCount),
+        leak->lineCount > 0 ? ShortPlace(Narrow(leak->lines[0])).c_str() : "?");
 }
 
 [[gnu::noinline]] void Leaks()
@@ -44,9 +58,8 @@ char* Allocate(HUTHEAP heap, std::uint32_t size)
         LoadPage(pages, number);
     ParsePage(pages, false);
     ParsePage(pages, true);
-    Allocate(fonts, 32);
-    std::printf("in use: pages %s, fonts %s\n", UtilHeapSizeObjects(pages) > 0 ? "yes" : "no",
-        UtilHeapSizeObjects(fonts) > 0 ? "yes" : "no");
+    LoadFont(fonts);
+    QxHeapLeaks(job, nullptr, 0, PrintGroup, nullptr); // all groups of all heaps, by bytes
 
     std::printf("delete pages: %d\n", UtilHeapDelete(pages)); // with four objects
     std::printf("close: %d\n", UtilJobClose(job));            // with a heap

@@ -4,7 +4,9 @@
 #include "exports/guard.h"
 #include "heaps/module_list.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <vector>
 
 using namespace qx;
 
@@ -12,6 +14,7 @@ static_assert(QXUT_HEAP_FAILED == kHeapsInvalidHandle && QXUT_HEAP_CORRUPTED == 
 static_assert(QXUT_HEAP_LEFT_OVER == kHeapsLeftOver && QXUT_HEAP_BAD_OBJECT == kHeapsBadObject);
 static_assert(QXUT_HEAP_NOT_SUPPORTED == kHeapsNotSupported);
 static_assert(QXUT_HEAP_DEBUG == kHeapDebug && QXUT_HEAPJOB_DEBUG == kModuleDebug);
+static_assert(QXUT_HEAPLEAK_MOST_ADDRESSES == LeakGroup::kMostObjects);
 static_assert(QXUT_HEAPJOB_TRACE == kModuleTrace && QXUT_OBJECT_DEBUG == kObjectDebug);
 
 namespace
@@ -111,4 +114,42 @@ std::int32_t UtilHeapValidate(HUTHEAP heap, const void* object)
 std::int32_t UtilHeapShrink(HUTHEAP heap)
 {
     return OfHeap(heap, [](clsHeapNode* node) { return Modules().ShrinkHeap(node); });
+}
+
+std::int32_t QxHeapLeaks(HUTHEAPJOB job, HUTHEAP heap, std::uint32_t mostGroups, QxHeapLeakProc receive, void* user)
+{
+    if (!receive)
+        return kHeapsInvalidHandle;
+    return Guarded(kHeapsInvalidHandle,
+        [=]
+        {
+            std::vector<LeakGroup> groups;
+            const std::int32_t result = Modules().GroupLeaks(ModuleOf(job), HeapOf(heap), groups);
+            if (result != 0)
+                return result;
+            const std::size_t count = groups.size();
+            if (mostGroups != 0 && mostGroups < count)
+                groups.resize(mostGroups);
+            const std::vector<String> texts = CallerTextsOf(groups);
+            std::vector<const QXWCHAR*> lines(texts.begin(), texts.end());
+            const QXWCHAR* const* nextLine = lines.data();
+            for (const LeakGroup& group : groups)
+            {
+                QxHeapLeak leak = {};
+                leak.size = sizeof leak;
+                leak.tag = group.tag;
+                leak.objectCount = group.count;
+                leak.byteCount = group.bytes;
+                leak.firstTick = group.firstTick;
+                leak.lastTick = group.lastTick;
+                leak.lineCount = static_cast<std::uint32_t>(group.callers.size());
+                leak.addressCount =
+                    static_cast<std::uint32_t>(std::min<std::uint64_t>(group.count, LeakGroup::kMostObjects));
+                leak.addresses = group.objects;
+                leak.lines = nextLine;
+                nextLine += group.callers.size();
+                receive(user, &leak);
+            }
+            return static_cast<std::int32_t>(count);
+        });
 }

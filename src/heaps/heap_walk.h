@@ -11,21 +11,41 @@
 namespace qx
 {
 
+// The lock of a system heap, if it has one and the functions exist. A visitor may throw while it is held.
+class SystemHeapLock
+{
+public:
+    SystemHeapLock(const HeapFunctions& functions, HANDLE heap, bool isSerialized)
+        : _unlock(functions.unlock),
+          _heap(heap),
+          _isLocked(isSerialized && functions.lock != nullptr && functions.unlock != nullptr && functions.lock(heap))
+    {
+    }
+    SystemHeapLock(const SystemHeapLock&) = delete;
+    SystemHeapLock& operator=(const SystemHeapLock&) = delete;
+    ~SystemHeapLock()
+    {
+        if (_isLocked)
+            _unlock(_heap);
+    }
+
+private:
+    BOOL(WINAPI* _unlock)(HANDLE);
+    HANDLE _heap;
+    bool _isLocked;
+};
+
 template <class Visitor>
 void clsHeapNode::ForEachBlock(Visitor visitor) const
 {
     const HeapFunctions& functions = LateHeapFunctions();
     if (functions.walk == nullptr)
         return;
-    const bool isSerialized = (_heapOptions & HEAP_NO_SERIALIZE) == 0;
-    const bool isLocked =
-        isSerialized && functions.lock != nullptr && functions.unlock != nullptr && functions.lock(_systemHeap);
+    const SystemHeapLock lock(functions, _systemHeap, (_heapOptions & HEAP_NO_SERIALIZE) == 0);
     PROCESS_HEAP_ENTRY entry = {};
     while (functions.walk(_systemHeap, &entry))
         if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 && !visitor(entry.lpData, std::size_t{entry.cbData}))
             break;
-    if (isLocked)
-        functions.unlock(_systemHeap);
 }
 
 // Passes over blocks without the header of a debug object of this heap.

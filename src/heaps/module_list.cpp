@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <cwchar>
+#include <utility>
 
 namespace qx
 {
@@ -141,6 +142,31 @@ std::int32_t clsModuleList::ValidateHeap(clsHeapNode* heap, const void* object)
 std::int32_t clsModuleList::ShrinkHeap(clsHeapNode* heap)
 {
     return Traced(heap, L"UtilHeapShrink(%#p) ['%s','%s']", [=] { return heap->ShrinkHeap(); });
+}
+
+std::int32_t clsModuleList::GroupLeaks(
+    const clsModuleNode* module, const clsHeapNode* heap, std::vector<LeakGroup>& groups)
+{
+    const clsCriticalSectionLock lock(_section);
+    if (heap != nullptr)
+    {
+        const clsModuleNode* const owner = OwnerOf(heap);
+        if (owner == nullptr || (module != nullptr && module != owner))
+            return kHeapsInvalidHandle;
+    }
+    else if (module != nullptr && !HasModule(module))
+        return kHeapsInvalidHandle;
+    if (LateHeapFunctions().walk == nullptr)
+        return kHeapsNotSupported;
+    LeakGroups collected(_chains, GetTickCount());
+    if (heap != nullptr)
+        collected.Add(*heap);
+    else
+        for (const clsModuleNode* present = _first; present != nullptr; present = present->_next)
+            if (module == nullptr || present == module)
+                present->ForEachHeap([&](const clsHeapNode& each) { collected.Add(each); });
+    groups = std::move(collected).Sorted();
+    return 0;
 }
 
 void* clsModuleList::AllocObject(

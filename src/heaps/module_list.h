@@ -2,7 +2,10 @@
 #pragma once
 
 #include "core/critical_section.h"
+#include "heaps/heap_leaks.h"
 #include "heaps/module_node.h"
+
+#include <vector>
 
 namespace qx
 {
@@ -28,6 +31,10 @@ public:
     std::int32_t SizeOfObjects(clsHeapNode* heap);
     std::int32_t ValidateHeap(clsHeapNode* heap, const void* object);
     std::int32_t ShrinkHeap(clsHeapNode* heap);
+
+    // Stores the live objects of a heap, or of all heaps of a job; with two null handles, of all heaps. Looks the
+    // handles up. Returns 0, kHeapsInvalidHandle or kHeapsNotSupported.
+    std::int32_t GroupLeaks(const clsModuleNode* module, const clsHeapNode* heap, std::vector<LeakGroup>& groups);
 
     // Raises STATUS_NO_MEMORY, after leaving the section, if memory runs out and the heap's flags say so.
     void* AllocObject(

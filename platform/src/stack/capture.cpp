@@ -102,6 +102,8 @@ private:
             frame = _framePointer + offset;
             framePointerAt = frame - 8 * std::uintptr_t{rule.savedOffset};
             break;
+        case ShortRule::Kind::Outermost:
+            return Step::End;
         default:
             framePointerAt = _framePointer;
             if (!_memory.Read(_framePointer - offset, frame))

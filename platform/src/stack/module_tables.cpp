@@ -27,15 +27,17 @@ TableBytes SegmentAround(const ImageSegments& segments, const void* address)
     return header == nullptr || (header->p_flags & PF_R) == 0 ? TableBytes() : BytesOf(segments, *header);
 }
 
-// Returns the build id if it is in the first page, which is mapped as long as a module is loaded at this place.
+// Returns the build id if it is in the first page, which is mapped as long as a module is loaded at this place. Further
+// notes of the same segment may be beyond that page.
 TableBytes FindBuildId(const ImageSegments& segments)
 {
     for (const ElfW(Phdr)* header = segments.Begin(); header != segments.End(); ++header)
     {
-        const TableBytes notes = BytesOf(segments, *header);
-        if (header->p_type != PT_NOTE ||
-            reinterpret_cast<std::uintptr_t>(notes.end) > segments.ImageBegin() + kPageSize)
+        TableBytes notes = BytesOf(segments, *header);
+        const auto* const pageEnd = reinterpret_cast<const std::uint8_t*>(segments.ImageBegin() + kPageSize);
+        if (header->p_type != PT_NOTE || notes.begin >= pageEnd)
             continue;
+        notes.end = std::min(notes.end, pageEnd);
         for (TableReader reader(notes); reader.Left() >= sizeof(ElfW(Nhdr));)
         {
             const auto nameSize = reader.Read<std::uint32_t>();

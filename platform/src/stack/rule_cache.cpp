@@ -43,6 +43,11 @@ ShortRule ShortRuleOf(const FrameRule& rule, const UnwindTable& table)
     ShortRule result;
     const FrameRule::State& state = rule.state;
     const ShortRule other;
+    if (!rule.isSignalFrame && state.how[rule.returnColumn] == How::Undefined)
+    {
+        result.kind = ShortRule::Kind::Outermost;
+        return result;
+    }
     if (rule.isSignalFrame || rule.returnColumn != kProgramCounter || state.how[kProgramCounter] != How::AtOffset ||
         state.value[kProgramCounter] != -8 || state.how[kStackPointer] != How::Same)
         return other;

@@ -18,6 +18,7 @@ struct ShortRule
         FromStackPointer, // the frame address is the stack pointer plus an offset
         FromFramePointer, // the frame address is the frame pointer plus an offset
         InMemory,         // the frame address is in memory, below the frame pointer by an offset
+        Outermost,        // the function has no caller
         Other             // needs the complete rule
     };
 
@@ -51,16 +52,17 @@ public:
         const std::uint64_t word = _words[IndexOf(address)].load(std::memory_order_relaxed);
         if (word >> kRuleBits != TagOf(address)) [[unlikely]]
             return false;
-        rule.kind = static_cast<ShortRule::Kind>(word & 3);
-        rule.frameOffset = static_cast<std::uint32_t>(word >> 2 & kOffsetMask);
-        rule.savedOffset = static_cast<std::uint32_t>(word >> (2 + ShortRule::kOffsetBits) & kOffsetMask);
+        rule.kind = static_cast<ShortRule::Kind>(word & kKindMask);
+        rule.frameOffset = static_cast<std::uint32_t>(word >> kKindBits & kOffsetMask);
+        rule.savedOffset = static_cast<std::uint32_t>(word >> (kKindBits + ShortRule::kOffsetBits) & kOffsetMask);
         return true;
     }
 
     void Store(std::uintptr_t address, const ShortRule& rule)
     {
-        const std::uint64_t bits = static_cast<std::uint64_t>(rule.kind) | std::uint64_t{rule.frameOffset} << 2 |
-                                   std::uint64_t{rule.savedOffset} << (2 + ShortRule::kOffsetBits);
+        const std::uint64_t bits = static_cast<std::uint64_t>(rule.kind) |
+                                   std::uint64_t{rule.frameOffset} << kKindBits |
+                                   std::uint64_t{rule.savedOffset} << (kKindBits + ShortRule::kOffsetBits);
         if (IsCacheable(address))
             _words[IndexOf(address)].store(TagOf(address) << kRuleBits | bits, std::memory_order_relaxed);
     }
@@ -74,8 +76,10 @@ private:
     static constexpr unsigned kAddressBits = 47;
     static constexpr unsigned kIndexBits = 14;
     static constexpr unsigned kRuleBits = 64 - (kAddressBits - kIndexBits);
+    static constexpr unsigned kKindBits = 3;
+    static constexpr std::uint64_t kKindMask = (1 << kKindBits) - 1;
     static constexpr std::uint64_t kOffsetMask = (1 << ShortRule::kOffsetBits) - 1;
-    static_assert(2 + 2 * ShortRule::kOffsetBits <= kRuleBits);
+    static_assert(kKindBits + 2 * ShortRule::kOffsetBits <= kRuleBits);
 
     static bool IsCacheable(std::uintptr_t address)
     {

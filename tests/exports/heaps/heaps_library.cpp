@@ -32,6 +32,7 @@ struct LoggedLibrary
         Find(exports.objectSize, "UtilHeapObjectSize");
         Find(exports.validate, "UtilHeapValidate");
         Find(exports.shrink, "UtilHeapShrink");
+        Find(exports.leaks, "QxHeapLeaks");
     }
 
     template <class Function>

@@ -32,6 +32,7 @@ struct HeapsLibrary
     decltype(&::UtilHeapObjectSize) objectSize;
     decltype(&::UtilHeapValidate) validate;
     decltype(&::UtilHeapShrink) shrink;
+    decltype(&::QxHeapLeaks) leaks;
 };
 
 // A job with one heap.
