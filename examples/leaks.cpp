@@ -20,10 +20,17 @@ char* Allocate(HUTHEAP heap, std::uint32_t size)
     return static_cast<char*>(UtilHeapObjectAlloc(heap, size, QXUT_OBJECT_ZERO));
 }
 
+// Storing the result keeps a function on the stack until the allocation is done. Otherwise optimized code jumps to its
+// last call, and the chain begins with the function's caller.
+void* volatile latest = nullptr;
+
+// The compiler must not know it, or it replaces the loop by three calls, which differ in their chains.
+const volatile std::uint32_t pageCount = 3;
+
 // A cache that only grows.
 [[gnu::noinline]] void LoadPage(HUTHEAP heap, std::uint32_t number)
 {
-    UtilHeapObjectAlloc(heap, 100 + number, 0);
+    latest = UtilHeapObjectAlloc(heap, 100 + number, 0);
 }
 
 // Forgets its buffer on the way out.
@@ -38,7 +45,7 @@ char* Allocate(HUTHEAP heap, std::uint32_t size)
 
 [[gnu::noinline]] void LoadFont(HUTHEAP heap)
 {
-    UtilHeapObjectAlloc(heap, 32, 0);
+    latest = UtilHeapObjectAlloc(heap, 32, 0);
 }
 
 // The first line of a group names the caller of the library.
@@ -54,7 +61,7 @@ void PrintGroup(void*, const QxHeapLeak* leak)
     const HUTHEAP pages = UtilHeapCreate(job, kHeap, 0);
     const HUTHEAP fonts = UtilHeapCreate(job, kFonts, 0); // nobody deletes it
 
-    for (std::uint32_t number = 0; number < 3; ++number)
+    for (std::uint32_t number = 0; number < pageCount; ++number)
         LoadPage(pages, number);
     ParsePage(pages, false);
     ParsePage(pages, true);
