@@ -3,7 +3,7 @@
 #include "example_text.h"
 
 #include <qxut23/handles.h>
-#include <qxut23/heaps.h>
+#include <qxut23/leaks.h>
 
 #include <cstdint>
 #include <cstdio>

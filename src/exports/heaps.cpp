@@ -1,5 +1,5 @@
 // Tracked heaps.
-#include <qxut23/heaps.h>
+#include <qxut23/leaks.h>
 
 #include "exports/guard.h"
 #include "heaps/module_list.h"
