@@ -19,7 +19,7 @@ struct scCallChain
 
 static_assert(sizeof(scCallChain) == 720);
 
-// The records of the process. They lie on the process heap. The caller holds the section of the heaps.
+// All records of the process, allocated on the process heap. The caller holds the section of the heaps.
 class CallChains
 {
 public:

@@ -47,7 +47,7 @@ public:
 
     static constexpr std::size_t kNoBlock = static_cast<std::size_t>(-1);
 
-    // Returns null if memory runs out. The record lies on the process heap.
+    // Returns null if memory runs out. The record is allocated on the process heap.
     static clsHeapNode* Create(
         clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains, const void* caller);
     // Destroys the system heap, too. Returns kHeapsLeftOver if there were objects, otherwise 0.

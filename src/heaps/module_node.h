@@ -12,7 +12,7 @@ constexpr std::uint32_t kModuleDebug = 0x40000000;
 class clsModuleNode
 {
 public:
-    // Returns null if memory runs out. The record lies on the process heap.
+    // Returns null if memory runs out. The record is allocated on the process heap.
     static clsModuleNode* Create(const wchar_t* name, std::uint32_t flags, CallChains& chains, const void* caller);
     // Deletes the heaps, too. Returns kHeapsLeftOver if there were any, otherwise 0.
     static std::int32_t Delete(clsModuleNode* module);

@@ -341,7 +341,7 @@ StackTraceListPtr clsDBGHELP::Walk(const CONTEXT& context, int maximum, unsigned
     return list;
 }
 
-// A call at the end of a function is told with its own function, so return addresses are looked up one byte before.
+// Looks up a return address one byte earlier, because the call may be the last instruction of its function.
 void clsDBGHELP::Describe(
     DBGStackTraceItem& item, std::uint64_t address, bool isExact, std::uint64_t frameBase, unsigned detail)
 {

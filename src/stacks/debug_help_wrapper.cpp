@@ -32,7 +32,7 @@ unsigned DetailOf(unsigned option)
     return option == 1 ? clsDBGHELP::kAllDetail : option;
 }
 
-// Walks a stack on a thread of its own, while the service thread waits.
+// Walks a stack on a separate thread, while the service thread waits.
 class clsDbgHelpGetStackTraceThread final : public clsThreadBase
 {
 public:

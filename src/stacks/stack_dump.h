@@ -6,7 +6,7 @@
 namespace qx
 {
 
-// Writes at most `depth` frames of the calling thread. `useThread` walks on a thread of its own. Writes nothing if
+// Writes at most `depth` frames of the calling thread. `useThread` walks on a separate thread. Writes nothing if
 // there is no session.
 void DumpStackTraceEx(int depth, bool reserved, bool useThread, clsDebugOutput& output);
 

@@ -48,7 +48,7 @@ struct LogColumns
 
 LogColumns ColumnsOf(std::string_view line);
 
-// A line of a report, which has a nesting of its own. Blocks consist of a line and the deeper lines that follow it.
+// A line of a report, which has its own nesting. Blocks consist of a line and the deeper lines that follow it.
 struct ReportLine
 {
     std::string_view before; // indentation and thread name

@@ -1,4 +1,4 @@
-// A private heap. Everything that it keeps about its blocks is in memory of its own.
+// A private heap. It stores its records of blocks apart from the blocks.
 #pragma once
 
 #include "heap/span.h"
@@ -24,7 +24,7 @@ public:
     PrivateHeap(const PrivateHeap&) = delete;
     PrivateHeap& operator=(const PrivateHeap&) = delete;
 
-    // Return null if memory runs out. The heap lies in memory of its own.
+    // Returns null if memory runs out. The heap's record is stored in its own pages.
     static PrivateHeap* Create(DWORD options);
     static void Destroy(PrivateHeap* heap);
 

@@ -168,7 +168,7 @@ TEST(HeapsHandles, DeletedAndForeignOnes)
     EXPECT_EQ(heaps.free(nullptr, nullptr), QXUT_HEAP_BAD_OBJECT);
 }
 
-// Every pointer that isn't an object of the heap is refused, and what lies there isn't changed.
+// Every pointer that isn't an object of the heap is refused, and its target isn't changed.
 TEST(HeapsHandles, PointersThatAreNoObjects)
 {
     const JobAndHeap own(QXUT_HEAP_DEBUG);
@@ -205,7 +205,8 @@ TEST(HeapsHandles, PointersThatAreNoObjects)
     EXPECT_EQ(heaps.sizeObjects(own.heap), 0);
 }
 
-// Each byte of the header and the fence is changed. Whatever that does, the object can be freed once it is put right.
+// Each byte of the header and the fence is changed. Whatever that does, the object can be freed after the byte is
+// restored.
 TEST(HeapsDamage, EveryByteOfHeaderAndFence)
 {
     const JobAndHeap own(QXUT_HEAP_DEBUG);
