@@ -185,6 +185,17 @@ clsHeapNode::Object clsHeapNode::Inspect(const void* object) const
     return {canHaveHeader ? WordAt(word) : ReadWordCarefully(word), false, canHaveHeader ? size : kNoBlock};
 }
 
+[[gnu::always_inline]] inline std::int32_t clsHeapNode::FreePlainObject(char* object, bool isBlock)
+{
+    char* const begin = BytesAt(object, -static_cast<std::ptrdiff_t>(kPlainOverhead));
+    if (isBlock && !UtilIsDebugActive() && HeapFree(_systemHeap, kUnserialized, begin)) [[likely]]
+    {
+        --_liveObjects;
+        return 0;
+    }
+    return FreePlainObjectWithReport(object, isBlock);
+}
+
 std::int32_t clsHeapNode::FreeObject(void* object)
 {
     const Object found = Inspect(object);
@@ -249,7 +260,7 @@ std::int32_t clsHeapNode::FreeDebugObject(char* object, std::size_t blockSize)
     return kHeapsBadObject;
 }
 
-std::int32_t clsHeapNode::FreePlainObject(char* object, bool isBlock)
+std::int32_t clsHeapNode::FreePlainObjectWithReport(char* object, bool isBlock)
 {
     ReportBlock block;
     const auto open = [&]

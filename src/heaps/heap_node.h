@@ -111,6 +111,7 @@ private:
     void CountAllocation();
     std::int32_t FreeDebugObject(char* object, std::size_t blockSize);
     std::int32_t FreePlainObject(char* object, bool isBlock);
+    std::int32_t FreePlainObjectWithReport(char* object, bool isBlock);
 
     bool HasFence(const DebugObject& object) const;
     bool Check(const DebugObject& object) const;
