@@ -124,7 +124,7 @@ bool UseHeaps()
 {
     const HUTHEAP heap = UtilHeapCreate(heapJob, L"forks", QXUT_HEAP_DEBUG);
     void* objects[50];
-    for (uint32_t i = 0; i < 50; ++i)
+    for (std::uint32_t i = 0; i < 50; ++i)
         objects[i] = UtilHeapObjectAlloc(heap, i * 20, i % 2 == 0 ? QXUT_OBJECT_PLAIN : 0);
     int failures = UtilHeapSizeObjects(heap) != 25 * (4 + 48) + 20 * 50 * 49 / 2;
     for (void* const object : objects)
