@@ -8,7 +8,7 @@ import re
 RANKS = {
     "containers": 0, "core": 1, "module": 2, "files": 3,
     "prof": 4, "zip": 4, "locale": 4, "markup": 4, "threads": 4, "diag": 4, "accounts": 4,
-    "stacks": 4, "heaps": 5,
+    "stacks": 4, "heaps": 5, "handles": 5,
     "docinfo": 5, "desktop": 5, "exports": 6,
 }
 INCLUDE = re.compile(r'^\s*#\s*include\s+(["<])([^">]+)[">]', re.M)

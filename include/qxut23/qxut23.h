@@ -17,6 +17,7 @@
 #include <qxut23/heaps.h>
 #include <qxut23/iso_countries.h>
 #include <qxut23/jobs.h>
+#include <qxut23/leaks.h>
 #include <qxut23/log_setting.h>
 #include <qxut23/markup.h>
 #include <qxut23/module.h>

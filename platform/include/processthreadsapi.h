@@ -45,8 +45,8 @@ DWORD WINAPI GetCurrentThreadId(void) QXP(GetCurrentThreadId);
 HANDLE WINAPI OpenThread(DWORD dwDesiredAccess, BOOL bInheritHandle, DWORD dwThreadId) QXP(OpenThread);
 DWORD WINAPI SuspendThread(HANDLE hThread) QXP(SuspendThread);
 DWORD WINAPI ResumeThread(HANDLE hThread) QXP(ResumeThread);
-// All registers are stored, whichever are requested. A thread that runs is interrupted for a moment. Debug registers can
-// be requested only alone and only by the thread itself; otherwise the error is ERROR_NOT_SUPPORTED.
+// All registers are stored, whichever are requested. A thread that runs is interrupted for a moment. Debug registers
+// can be requested only alone and only by the thread itself; otherwise the error is ERROR_NOT_SUPPORTED.
 BOOL WINAPI GetThreadContext(HANDLE hThread, LPCONTEXT lpContext) QXP(GetThreadContext);
 // Sets only CONTEXT_DEBUG_REGISTERS, and only those of the calling thread; all else is ERROR_NOT_SUPPORTED. Slots watch
 // writes (1) or accesses (3) to 1, 2, 4 or 8 bytes. A hit is a SIGTRAP on the thread, which is offered to the vectored

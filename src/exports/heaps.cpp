@@ -1,5 +1,5 @@
 // Tracked heaps.
-#include <qxut23/heaps.h>
+#include <qxut23/leaks.h>
 
 #include "exports/guard.h"
 #include "heaps/module_list.h"
@@ -135,8 +135,8 @@ std::int32_t QxHeapLeaks(HUTHEAPJOB job, HUTHEAP heap, std::uint32_t mostGroups,
             const QXWCHAR* const* nextLine = lines.data();
             for (const LeakGroup& group : groups)
             {
-                QXHEAPLEAK leak = {};
-                leak.structSize = sizeof leak;
+                QxHeapLeak leak = {};
+                leak.size = sizeof leak;
                 leak.tag = group.tag;
                 leak.objectCount = group.count;
                 leak.byteCount = group.bytes;

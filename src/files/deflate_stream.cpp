@@ -2,8 +2,8 @@
 
 #include "core/debug_line.h"
 #include "core/packing/byte_block.h"
-#include "files/zlib_parameters.h"
 #include "files/file.h"
+#include "files/zlib_parameters.h"
 
 #include <algorithm>
 #include <memory>

@@ -1,7 +1,7 @@
 #include "heaps/chain_report.h"
 
+#include "diag/report.h"
 #include "heaps/call_chains.h"
-#include "heaps/report.h"
 
 #include <windows.h>
 
@@ -55,13 +55,13 @@ const wchar_t* PathOf(HMODULE module)
 
 } // namespace
 
-ModulePaths::ModulePaths() : _isOutermost(reportsInProgress++ == 0)
+ReportedPaths::ReportedPaths() : _isOutermost(reportsInProgress++ == 0)
 {
     if (_isOutermost)
         knownCount = 0;
 }
 
-ModulePaths::~ModulePaths()
+ReportedPaths::~ReportedPaths()
 {
     --reportsInProgress;
 }
@@ -70,7 +70,7 @@ void ReportChain(const CallChains& chains, const wchar_t* subject, const scCallC
 {
     if (!UtilIsDebugActive() || !chains.IsRecord(chain))
         return;
-    const ModulePaths paths;
+    const ReportedPaths paths;
     ReportLine(L"%s stack trace:", subject);
     for (const scCaller& entry : chain->entries)
     {

@@ -9,13 +9,13 @@ struct scCallChain;
 
 // The paths of modules that a report has named so far. As long as one exists, chains are shown with its paths, so each
 // module is looked up once a report.
-class ModulePaths
+class ReportedPaths
 {
 public:
-    ModulePaths();
-    ModulePaths(const ModulePaths&) = delete;
-    ModulePaths& operator=(const ModulePaths&) = delete;
-    ~ModulePaths();
+    ReportedPaths();
+    ReportedPaths(const ReportedPaths&) = delete;
+    ReportedPaths& operator=(const ReportedPaths&) = delete;
+    ~ReportedPaths();
 
 private:
     bool _isOutermost;

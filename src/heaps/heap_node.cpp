@@ -1,9 +1,9 @@
 #include "heaps/heap_node.h"
 
+#include "diag/report.h"
 #include "heaps/heap_functions.h"
 #include "heaps/memory_access.h"
 #include "heaps/module_node.h"
-#include "heaps/report.h"
 
 #include <windows.h>
 

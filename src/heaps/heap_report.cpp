@@ -1,8 +1,8 @@
 // The reports of a heap, and its end.
+#include "diag/report.h"
 #include "heaps/chain_report.h"
 #include "heaps/heap_walk.h"
 #include "heaps/memory_access.h"
-#include "heaps/report.h"
 
 #include <algorithm>
 #include <cwchar>
@@ -59,7 +59,7 @@ void clsHeapNode::Report() const
 {
     if (!UtilIsDebugActive())
         return;
-    const ModulePaths paths;
+    const ReportedPaths paths;
     const ReportBlock block(L"Heap['%s'/'%s']: %d objects", ModuleName(), Name(), _liveObjects);
     ReportChain(_chains, L"Heap allocation", _creationTrace);
     ForEachDebugObject(

@@ -1,8 +1,8 @@
 // Checks and sums of all blocks of a heap.
 #include "heaps/heap_walk.h"
 
+#include "diag/report.h"
 #include "heaps/memory_access.h"
-#include "heaps/report.h"
 
 #include <algorithm>
 

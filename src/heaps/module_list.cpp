@@ -1,8 +1,8 @@
 #include "heaps/module_list.h"
 
 #include "core/forever.h"
+#include "diag/report.h"
 #include "heaps/heap_functions.h"
-#include "heaps/report.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 #include "heaps/module_node.h"
 
-#include "heaps/report.h"
+#include "diag/report.h"
 
 #include <windows.h>
 

@@ -103,16 +103,19 @@ String GetFileVersionValue(const wchar_t* path, const wchar_t* key)
     return block.empty() ? String() : clsVersionTexts(block.data()).Get(key);
 }
 
-String GetFileVersionText(const wchar_t* path, String* description)
+String GetFileVersionText(const wchar_t* path, String* description, String* company)
 {
     const std::vector<std::byte> block = ReadBlockOfFile(path);
-    if (description)
-        description->Empty();
+    for (String* const text : {description, company})
+        if (text)
+            text->Empty();
     if (block.empty())
         return String();
     const clsVersionTexts texts(block.data());
     if (description)
         *description = texts.Get(L"FileDescription");
+    if (company)
+        *company = texts.Get(L"CompanyName");
     String text = texts.Get(L"FileVersion");
     const String build = texts.Get(L"Build");
     if (!build.IsEmpty())

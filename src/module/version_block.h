@@ -25,7 +25,7 @@ private:
 String GetFileVersionValue(const wchar_t* path, const wchar_t* key);
 
 // Returns the file version, followed by a space and the build if the file specifies one. Stores the file's description
-// in `description` unless that is null.
-String GetFileVersionText(const wchar_t* path, String* description = nullptr);
+// in `description`, and the name of its company in `company`, unless they are null.
+String GetFileVersionText(const wchar_t* path, String* description = nullptr, String* company = nullptr);
 
 } // namespace qx

@@ -1,8 +1,8 @@
 #include "prof/packed_form.h"
 
 #include "core/debug_line.h"
-#include "files/zlib_parameters.h"
 #include "files/deflate_stream.h"
+#include "files/zlib_parameters.h"
 #include "prof/job.h"
 #include "prof/output.h"
 

@@ -2,6 +2,7 @@
 
 #include "core/debug_line.h"
 #include "core/debugger.h"
+#include "diag/report.h"
 #include "module/module_paths.h"
 
 #include <windows.h>
@@ -19,12 +20,6 @@ constexpr unsigned kMostDumpedFrames = 200;
 void DumpForFailure(int frames)
 {
     DumpCallers(1, static_cast<unsigned>(std::max(frames, 0))); // without this function
-}
-
-// A line of a report. Reports have a column for a name, which is empty here, and a nesting of their own.
-void WriteReportLine(int depth, const wchar_t* text)
-{
-    DebugLine(L"%-8s:%*s%s\n", L"", depth, L"", text);
 }
 
 } // namespace
@@ -64,7 +59,7 @@ void WriteCallerModules(const scCaller* entries, unsigned count, unsigned skip)
 
 void WriteModuleRegions()
 {
-    WriteReportLine(0, L"Memory image addresses of modules:");
+    const ReportBlock block(L"Memory image addresses of modules:");
     std::uintptr_t address = 0;
     for (MEMORY_BASIC_INFORMATION region;
          VirtualQuery(reinterpret_cast<const void*>(address), &region, sizeof region) != 0;
@@ -77,8 +72,8 @@ void WriteModuleRegions()
             continue;
         const std::uintptr_t last = address + (region.RegionSize - 1);
         // All digits are shown, at least eight.
-        WriteReportLine(1, String(String::kFormatted, L"0x%08I64x-0x%08I64x: %s", static_cast<std::uint64_t>(address),
-                               static_cast<std::uint64_t>(last), path.Text()));
+        ReportLine(L"0x%08I64x-0x%08I64x: %s", static_cast<std::uint64_t>(address), static_cast<std::uint64_t>(last),
+            path.Text());
     }
 }
 

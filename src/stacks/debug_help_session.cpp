@@ -266,9 +266,10 @@ void clsDBGHELP::LoadModule(std::uint64_t base, std::uint32_t size)
     if ((_mode & kReadsNoVersions) == 0 && !path.IsEmpty())
     {
         String description;
-        CopyToField(GetFileVersionText(path, &description).NarrowText(), item->version);
+        String company;
+        CopyToField(GetFileVersionText(path, &description, &company).NarrowText(), item->version);
         CopyToField(description.NarrowText(), item->description);
-        CopyToField(GetFileVersionValue(path, L"CompanyName").NarrowText(), item->company);
+        CopyToField(company.NarrowText(), item->company);
     }
     _modules->InsertByBase(std::move(item));
 }

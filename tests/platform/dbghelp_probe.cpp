@@ -13,7 +13,7 @@ struct Triple
 
 enum Colour : unsigned char
 {
-    green = 7
+    kGreen = 7
 };
 
 template <class T>
@@ -62,7 +62,7 @@ extern "C" PROBE_API int ProbeVariables(void (*inside)(void*), void* user)
                    static_cast<int>(triple.c) + colour + (pointer != nullptr);
         }
     };
-    return Inner::Run(-3, -300, 42, -5000000000LL, 200, 1.5F, 2.25, true, "hello", nullptr, {1, 2, 3}, probe::green,
+    return Inner::Run(-3, -300, 42, -5000000000LL, 200, 1.5F, 2.25, true, "hello", nullptr, {1, 2, 3}, probe::kGreen,
         user, inside, user);
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#if defined(qxdbghelp_probe_EXPORTS) && defined(_WIN32) // exports and imports are declared
+#if defined(qxdbghelp_probe_EXPORTS) && defined(_WIN32) // exports
 #define PROBE_API __declspec(dllexport)
-#elif defined(_WIN32)
+#elif defined(_WIN32) // imports
 #define PROBE_API __declspec(dllimport)
 #else
 #define PROBE_API __attribute__((visibility("default")))

@@ -96,7 +96,7 @@ TEST(Contexts, OfThisFunctionAndOfASuspendedThread)
 
     for (const bool isWaiting : {true, false})
     {
-        if (!isWaiting && !kCanStopComputing)
+        if (!kCanStopComputing) // nor ask for the registers of a thread
             continue;
         std::atomic<const void*> place = nullptr;
         std::atomic<bool> mayEnd = false;

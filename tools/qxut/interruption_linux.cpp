@@ -85,7 +85,8 @@ Interruption::~Interruption()
     _state->thread.join();
     close(_state->signals);
     close(_state->end);
-    // After an interruption the program is about to end with the signal's exit code. Another signal mustn't change that.
+    // After an interruption the program is about to end with the exit code of the signal, which another signal mustn't
+    // change.
     if (_state->exitCode == 0)
         pthread_sigmask(SIG_SETMASK, &_state->before, nullptr);
 }

@@ -129,7 +129,7 @@ std::string TextForPeople(std::string_view text, bool inColour)
 std::string ForPeople(const std::string& line, bool inColour)
 {
     const LogColumns columns = ColumnsOf(line);
-    const std::string text = TextForPeople(columns.text, inColour && !columns.time.empty());
+    std::string text = TextForPeople(columns.text, inColour && !columns.time.empty());
     if (columns.time.empty())
         return text;
     const std::string tag = Shown(columns.tag);

@@ -68,6 +68,14 @@ bool HasBuildId(const std::string& path, std::string_view buildId)
     return ReadElfHeaders(image.Get()).buildId == buildId;
 }
 
+std::string PathIn(const std::string& folder, const std::string& name)
+{
+    std::string path = folder;
+    path += '/';
+    path += name;
+    return path;
+}
+
 std::string FindByBuildId(std::string_view buildId, const std::vector<std::string>& folders)
 {
     if (buildId.size() < 2)
@@ -76,7 +84,7 @@ std::string FindByBuildId(std::string_view buildId, const std::vector<std::strin
     if (std::string path = std::string(kSystemFolder) + '/' + name; HasBuildId(path, buildId))
         return path;
     for (const std::string& folder : folders)
-        if (std::string path = folder + '/' + name; HasBuildId(path, buildId))
+        if (std::string path = PathIn(folder, name); HasBuildId(path, buildId))
             return path;
     return {};
 }
@@ -96,7 +104,7 @@ std::string FindDebugFile(
     if (!own.empty() && own.front() == '/')
         candidates.push_back(kSystemFolder + own + link);
     for (const std::string& folder : folders)
-        candidates.push_back(folder + '/' + link);
+        candidates.push_back(PathIn(folder, link));
     for (std::string& path : candidates)
     {
         if (path == imagePath || access(path.c_str(), R_OK) != 0)

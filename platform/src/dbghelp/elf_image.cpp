@@ -75,8 +75,10 @@ void AddSegments(Elf* elf, ElfHeaders& headers)
 
 ElfImage::ElfImage(const std::string& path) : _file(OpenRegularFile(path))
 {
+    // Only headers are read. Mapping the file would cost more than reading them: removing a mapping interrupts the
+    // processors of all threads.
     if (_file >= 0)
-        _elf = elf_begin(_file, ELF_C_READ_MMAP, nullptr);
+        _elf = elf_begin(_file, ELF_C_READ, nullptr);
 }
 
 ElfImage::ElfImage(const void* memory, std::size_t size)

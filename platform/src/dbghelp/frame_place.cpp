@@ -56,7 +56,7 @@ std::optional<std::int64_t> RegisterInFrame(unsigned number, Dwarf_Frame* rules)
     const std::optional<RegisterOperand> base = BasedOnRegister(operations[0]);
     if (!base || base->number != number)
         return std::nullopt;
-    return -base->displacement;
+    return static_cast<std::int64_t>(0 - static_cast<std::uint64_t>(base->displacement));
 }
 
 // Returns the frame base of the function relative to the canonical frame address.
@@ -72,7 +72,7 @@ std::optional<std::int64_t> FrameBase(Dwarf_Die& function, Dwarf_Addr address, D
         return RegisterInFrame(operation.atom - DW_OP_reg0, rules);
     const std::optional<RegisterOperand> based = BasedOnRegister(operation);
     const std::optional<std::int64_t> base = based ? RegisterInFrame(based->number, rules) : std::nullopt;
-    return base ? std::optional(*base + based->displacement) : std::nullopt;
+    return base ? std::optional(WrappingSum(*base, based->displacement)) : std::nullopt;
 }
 
 std::optional<FramePlace> FirstOperand(
@@ -82,13 +82,13 @@ std::optional<FramePlace> FirstOperand(
     if (operation.atom == DW_OP_fbreg)
     {
         const std::optional<std::int64_t> base = FrameBase(function, address, rules);
-        return base ? std::optional(FramePlace{true, *base + static_cast<std::int64_t>(operation.number)})
+        return base ? std::optional(FramePlace{true, WrappingSum(*base, static_cast<std::int64_t>(operation.number))})
                     : std::nullopt;
     }
     if (const std::optional<RegisterOperand> based = BasedOnRegister(operation))
     {
         const std::optional<std::int64_t> base = RegisterInFrame(based->number, rules);
-        return base ? std::optional(FramePlace{true, *base + based->displacement}) : std::nullopt;
+        return base ? std::optional(FramePlace{true, WrappingSum(*base, based->displacement)}) : std::nullopt;
     }
     if (operation.atom == DW_OP_addr)
         return FramePlace{false, static_cast<std::int64_t>(operation.number)};
@@ -116,7 +116,7 @@ std::optional<FramePlace> PlaceOf(Dwarf_Die& variable, Dwarf_Die& function, Dwar
     {
         if (expression.operations[index].atom != DW_OP_plus_uconst)
             return std::nullopt;
-        place->address += static_cast<std::int64_t>(expression.operations[index].number);
+        place->address = WrappingSum(place->address, static_cast<std::int64_t>(expression.operations[index].number));
     }
     return place;
 }

@@ -9,6 +9,12 @@
 namespace qxplatform
 {
 
+// Damaged debug information may overflow.
+constexpr std::int64_t WrappingSum(std::int64_t a, std::int64_t b)
+{
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) + static_cast<std::uint64_t>(b));
+}
+
 struct FramePlace
 {
     bool isInFrame = false;   // otherwise a static variable

@@ -6,6 +6,7 @@
 #include <winerror.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <map>
 #include <mutex>
 #include <string_view>
@@ -28,16 +29,26 @@ Sessions& TheSessions()
     return sessions;
 }
 
+// Returns a folder by the one name that makes equal folders equal, or nothing if there is no such folder.
+std::string RealFolder(std::string_view folder)
+{
+    std::error_code error;
+    const std::filesystem::path real = std::filesystem::canonical(folder, error);
+    return error || !std::filesystem::is_directory(real, error) ? std::string() : real.string();
+}
+
+// Each module is searched in each folder, so equal and missing ones are left out.
 std::vector<std::string> FoldersOf(const char* searchPath)
 {
     std::vector<std::string> folders;
     std::string_view rest = searchPath == nullptr ? "" : searchPath;
     while (!rest.empty())
     {
-        const std::string_view folder = rest.substr(0, rest.find(';'));
-        rest.remove_prefix(std::min(rest.size(), folder.size() + 1));
+        const std::string_view part = rest.substr(0, rest.find(';'));
+        rest.remove_prefix(std::min(rest.size(), part.size() + 1));
+        std::string folder = RealFolder(part);
         if (!folder.empty() && std::find(folders.begin(), folders.end(), folder) == folders.end())
-            folders.emplace_back(folder);
+            folders.push_back(std::move(folder));
     }
     return folders;
 }

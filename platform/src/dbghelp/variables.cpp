@@ -80,8 +80,9 @@ private:
         if (const std::optional<FramePlace> place = PlaceOf(die, _function, _address, _rules.get()))
         {
             variable.isInFrame = place->isInFrame;
-            variable.address = place->isInFrame ? static_cast<std::uint64_t>(place->address + kFrameToCanonical)
-                                                : static_cast<std::uint64_t>(place->address) + _module.Bias();
+            variable.address = place->isInFrame
+                                   ? static_cast<std::uint64_t>(WrappingSum(place->address, kFrameToCanonical))
+                                   : static_cast<std::uint64_t>(place->address) + _module.Bias();
         }
         list.push_back(std::move(variable));
     }

@@ -1,13 +1,10 @@
 #include "threads/thread_context.h"
 
-#include <processthreadsapi.h>
-
 #include "base/fail.h"
 #include "base/mutex.h"
 #include "base/readable.h"
 #include "threads/stop_signal.h"
 #include "threads/thread_handles.h"
-#include "watch/debug_registers.h"
 
 #include <algorithm>
 #include <atomic>
@@ -100,6 +97,8 @@ BOOL RequestContext(ThreadObject& thread, CONTEXT& context)
     return TRUE;
 }
 
+} // namespace
+
 BOOL StoreThreadContext(ThreadObject& thread, CONTEXT& context)
 {
     if (thread.HasEnded() || thread.gate.IsEndOrdered())
@@ -129,28 +128,4 @@ BOOL StoreThreadContext(ThreadObject& thread, CONTEXT& context)
     return TRUE;
 }
 
-BOOL GiveDebugRegisters(const ThreadObject& thread, CONTEXT& context)
-{
-    if (context.ContextFlags != CONTEXT_DEBUG_REGISTERS || &thread != &ThreadObject::Current())
-        return Fail(ERROR_NOT_SUPPORTED);
-    return ReadDebugRegisters(context) || Fail(ERROR_NOT_SUPPORTED);
-}
-
-} // namespace
 } // namespace qxplatform
-
-using namespace qxplatform;
-
-BOOL WINAPI GetThreadContext(HANDLE hThread, LPCONTEXT lpContext)
-{
-    const Ref<ThreadObject> thread = ThreadOf(hThread, THREAD_GET_CONTEXT);
-    if (!thread)
-        return FALSE;
-    if ((lpContext->ContextFlags & CONTEXT_DEBUG_REGISTERS) == CONTEXT_DEBUG_REGISTERS)
-        return GiveDebugRegisters(*thread, *lpContext);
-    const DWORD wanted = lpContext->ContextFlags;
-    if (!StoreThreadContext(*thread, *lpContext))
-        return FALSE;
-    lpContext->ContextFlags = wanted;
-    return TRUE;
-}

@@ -1,5 +1,5 @@
-// SetThreadContext, and the record of what it has set. Each breakpoint is a performance event or, where the kernel
-// refuses that, a register written by a child process.
+// GetThreadContext and SetThreadContext, and the record of what the latter has set. Each breakpoint is a performance
+// event or, where the kernel refuses that, a register written by a child process.
 #include "watch/debug_registers.h"
 
 #include <errhandlingapi.h>
@@ -8,6 +8,7 @@
 #include "base/fail.h"
 #include "base/fork_gate.h"
 #include "base/mutex.h"
+#include "threads/thread_context.h"
 #include "threads/thread_handles.h"
 #include "watch/breakpoint_event.h"
 #include "watch/trap_signal.h"
@@ -225,3 +226,29 @@ BOOL WINAPI SetThreadContext(HANDLE, const CONTEXT*)
 }
 
 #endif
+
+namespace
+{
+
+BOOL GiveDebugRegisters(const qxplatform::ThreadObject& thread, CONTEXT& context)
+{
+    if (context.ContextFlags != CONTEXT_DEBUG_REGISTERS || &thread != &qxplatform::ThreadObject::Current())
+        return qxplatform::Fail(ERROR_NOT_SUPPORTED);
+    return qxplatform::ReadDebugRegisters(context) || qxplatform::Fail(ERROR_NOT_SUPPORTED);
+}
+
+} // namespace
+
+BOOL WINAPI GetThreadContext(HANDLE hThread, LPCONTEXT lpContext)
+{
+    const qxplatform::Ref<qxplatform::ThreadObject> thread = qxplatform::ThreadOf(hThread, THREAD_GET_CONTEXT);
+    if (!thread)
+        return FALSE;
+    if ((lpContext->ContextFlags & CONTEXT_DEBUG_REGISTERS) == CONTEXT_DEBUG_REGISTERS)
+        return GiveDebugRegisters(*thread, *lpContext);
+    const DWORD wanted = lpContext->ContextFlags;
+    if (!qxplatform::StoreThreadContext(*thread, *lpContext))
+        return FALSE;
+    lpContext->ContextFlags = wanted;
+    return TRUE;
+}

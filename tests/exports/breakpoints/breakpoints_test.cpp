@@ -103,7 +103,7 @@ TEST_F(Breakpoints, BelongToTheirThread)
         {
             cell = 1;
             others = TakeHits();
-            slot = SlotOf(Watch(&cell, 4)); // ends with the thread
+            slot = SlotOf(Abandon(Watch(&cell, 4))); // ends with the thread
             cell = 2;
             others += 10 * TakeHits();
         })

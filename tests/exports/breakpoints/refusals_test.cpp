@@ -138,7 +138,7 @@ TEST(BreakpointsOfTheKernel, NothingIsLeftBehind)
             {
                 volatile std::int64_t cells[4] = {};
                 for (volatile std::int64_t& cell : cells)
-                    Watch(&cell, 8);
+                    Abandon(Watch(&cell, 8));
             })
             .join();
     EXPECT_EQ(CountDescriptors(), before);

@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <vector>
 
 namespace watched
 {
@@ -46,6 +47,14 @@ inline unsigned TakeHits()
 inline HDATABP Watch(const volatile void* address, std::uint32_t size, bool isWriteOnly = true)
 {
     return UtilSetDataBP(reinterpret_cast<std::uintptr_t>(address), size, isWriteOnly);
+}
+
+// Keeps a handle that is never removed, because its thread ends first. Leak checkers then don't report it.
+inline HDATABP Abandon(HDATABP breakpoint)
+{
+    static auto& abandoned = *new std::vector<HDATABP>; // also while the process ends
+    abandoned.push_back(breakpoint);
+    return breakpoint;
 }
 
 inline std::int32_t SlotOf(HDATABP breakpoint)

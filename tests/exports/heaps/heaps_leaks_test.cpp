@@ -18,7 +18,7 @@ const HeapsLibrary& leaking = HeapsLibrary::Get();
 
 struct Group
 {
-    QXHEAPLEAK leak;
+    QxHeapLeak leak;
     std::vector<const void*> addresses;
     std::vector<std::string> lines;
 };
@@ -29,7 +29,7 @@ struct Received
     HUTHEAP used = nullptr; // the callback uses this heap
 };
 
-void Receive(void* user, const QXHEAPLEAK* leak)
+void Receive(void* user, const QxHeapLeak* leak)
 {
     auto& received = *static_cast<Received*>(user);
     Group group{*leak, std::vector<const void*>(leak->addresses, leak->addresses + leak->addressCount), {}};
@@ -88,7 +88,7 @@ TEST(HeapsLeaks, GroupsByChainWithNames)
     const Received all = Leaks(own.job, nullptr, 3);
     ASSERT_EQ(all.groups.size(), 3u);
     const Group& first = all.groups[0];
-    EXPECT_EQ(first.leak.structSize, sizeof(QXHEAPLEAK));
+    EXPECT_EQ(first.leak.size, sizeof(QxHeapLeak));
     EXPECT_EQ(first.leak.objectCount, 2u);
     EXPECT_EQ(first.leak.byteCount, 1'400u);
     EXPECT_EQ(first.leak.tag, 0x77u);

@@ -13,6 +13,7 @@ namespace qxtest
 namespace
 {
 
+// The library stays loaded: while the process ends, it keeps its objects, and the leak check must find them.
 struct LoggedLibrary
 {
     LoggedLibrary() : log(folder.Path(L"heaps.log"))
@@ -33,7 +34,6 @@ struct LoggedLibrary
         Find(exports.shrink, "UtilHeapShrink");
         Find(exports.leaks, "QxHeapLeaks");
     }
-    ~LoggedLibrary() { FreeLibrary(module); }
 
     template <class Function>
     void Find(Function& function, const char* name)

@@ -1,7 +1,7 @@
 // The library, loaded with a log file of its own, and the lines that it writes there.
 #pragma once
 
-#include <qxut23/heaps.h>
+#include <qxut23/leaks.h>
 
 #include <cstddef>
 #include <cstdint>

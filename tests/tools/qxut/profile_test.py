@@ -20,8 +20,7 @@ import commands
 XML_HEAD = '<?xml version="1.0" encoding="UTF-16" standalone="yes"?>\n'
 FORMS = commands.DATA / "forms"
 SETTINGS = commands.DATA / "settings"
-# A process takes a second to start in the emulator, and reading doesn't depend on the target.
-ENCODINGS = ("utf-8-sig",) if commands.COMMAND[-1].endswith(".exe") else ("utf-8-sig", "utf-16")
+ENCODINGS = ("utf-8-sig", "utf-16")[::commands.EACH]
 
 
 class ProfileCommands(commands.CommandTest):
@@ -84,7 +83,7 @@ class ProfileCommands(commands.CommandTest):
                 ("int64-hex", "0xffffffffff", "xffffffffff", 0xffffffffff), ("double", "1.5", "1.500000", 1.5),
                 ("point", "3,-4", "(3,-4)", [3, -4]), ("rect", "1,2,30,40", "(1,2,30,40)", [1, 2, 30, 40]),
                 ("rect-ltwh", "1,2,31,42", "(1,2,30,40)", [1, 2, 31, 42]),
-                ("color", "#112233", "(17,34,51)", "#112233")]:
+                ("color", "#112233", "(17,34,51)", "#112233")][::commands.EACH]:
             with self.subTest(kind, given=given):
                 self.qxut("set", self.file, "--path", "v", "--type", kind, "--", given)
                 self.assertEqual(self.qxut("get", self.file, "--path", "v"), text + "\n")
@@ -100,7 +99,7 @@ class ProfileCommands(commands.CommandTest):
         self.assertEqual(self.qxut("get", self.file, "--path", "none", "--type", "int", "--default", "7"), "7\n")
         before = self.show()
         for kind, given in [("int", "1x"), ("int", "2147483648"), ("bool", "yes"), ("point", "1,2,3"), ("rect", "1,2,3"),
-                            ("color", "red"), ("double", ""), ("double", "nan"), ("double", "1e190"), ("number", "1")]:
+                            ("color", "red"), ("double", ""), ("double", "nan"), ("double", "1e190"), ("number", "1")][::commands.EACH]:
             with self.subTest(kind, given=given):
                 self.qxut("set", self.file, "--path", "v", "--type", kind, given, code=2)
         self.assertEqual(self.show(), before)

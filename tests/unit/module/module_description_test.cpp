@@ -262,7 +262,9 @@ TEST(ModuleDescription, OfFilesByTheirNames)
     longKey.Fill(L'k', 200);
     EXPECT_STREQ(GetFileVersionValue(copy, longKey), L"");
     String description(L"before");
-    EXPECT_STREQ(GetFileVersionText(copy, &description), L"1.2.3.4");
+    String company;
+    EXPECT_STREQ(GetFileVersionText(copy, &description, &company), L"1.2.3.4");
+    EXPECT_STREQ(company, L"trelmo tests");
     EXPECT_STREQ(description, L"Tests of the module frame");
     EXPECT_STREQ(GetFileVersionText(folder.Path(L"none"), &description), L"");
     EXPECT_STREQ(description, L"");

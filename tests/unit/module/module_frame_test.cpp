@@ -78,8 +78,8 @@ TEST_F(ModuleFrame, StepsRunWhileTheLibraryIsKnown)
     DetachModule(kNoted);
     EXPECT_EQ(LibraryHandle(), nullptr);
     DetachModule(kNoted); // nothing is left to do
-    EXPECT_EQ(done,
-        "stacks with the library, start with the library, report with the library, close with the library, ");
+    EXPECT_EQ(
+        done, "stacks with the library, start with the library, report with the library, close with the library, ");
 
     // A failing step must not prevent the following ones.
     done.clear();

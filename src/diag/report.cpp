@@ -1,5 +1,7 @@
-#include "heaps/report.h"
+#include "diag/report.h"
 
+#include "core/critical_section.h"
+#include "core/forever.h"
 #include "core/text/text_format.h"
 
 #include <new>
@@ -10,6 +12,13 @@ namespace
 {
 
 constexpr std::size_t kLineCapacity = 1025;
+
+// Entered for each line, and by each block until it is closed.
+clsCriticalSection& ReportLock()
+{
+    static clsCriticalSection& lock = MakeForever<clsCriticalSection>();
+    return lock;
+}
 
 int reportDepth = 0;
 wchar_t reportText[kLineCapacity]; // static, because a heap may report with little stack left
@@ -34,6 +43,7 @@ void ReportLine(const wchar_t* format, ...)
 {
     if (!UtilIsDebugActive())
         return;
+    const clsCriticalSectionLock lock(ReportLock());
     va_list arguments;
     va_start(arguments, format);
     WriteReportLine(format, arguments);
@@ -50,8 +60,10 @@ ReportBlock::ReportBlock(const wchar_t* format, ...)
 
 ReportBlock::~ReportBlock()
 {
-    if (_isOpen)
-        --reportDepth;
+    if (!_isOpen)
+        return;
+    --reportDepth;
+    ReportLock().Leave();
 }
 
 void ReportBlock::Open(const wchar_t* format, ...)
@@ -66,6 +78,7 @@ void ReportBlock::OpenV(const wchar_t* format, va_list arguments)
 {
     if (_isOpen || !UtilIsDebugActive())
         return;
+    ReportLock().Enter();
     WriteReportLine(format, arguments);
     ++reportDepth;
     _isOpen = true;

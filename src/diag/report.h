@@ -1,4 +1,5 @@
-// The lines and blocks of heap reports, with a nesting of their own. The caller holds the section of the heaps.
+// The lines and blocks of reports about heaps and modules, with a nesting of their own in the whole process. Any thread
+// may write a report; others wait until its blocks are closed.
 #pragma once
 
 #include "core/debug_line.h"
