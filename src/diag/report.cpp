@@ -4,6 +4,8 @@
 #include "core/forever.h"
 #include "core/text/text_format.h"
 
+#include <new>
+
 namespace qx
 {
 namespace
@@ -21,10 +23,18 @@ clsCriticalSection& ReportLock()
 int reportDepth = 0;
 wchar_t reportText[kLineCapacity]; // static, because a heap may report with little stack left
 
+// A line for which there is no memory is lost, but the operation that reports goes on.
 void WriteReportLine(const wchar_t* format, va_list arguments)
 {
-    FormatBounded(reportText, kLineCapacity, format, arguments);
-    DebugLine(L"%-8s:%*s%s\n", L"", reportDepth, L"", static_cast<const wchar_t*>(reportText));
+    try
+    {
+        FormatBounded(reportText, kLineCapacity, format, arguments);
+        DebugLine(L"%-8s:%*s%s\n", L"", reportDepth, L"", static_cast<const wchar_t*>(reportText));
+    }
+    catch (const std::bad_alloc&)
+    {
+        return;
+    }
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <cwchar>
+#include <new>
 
 namespace qx
 {
@@ -26,6 +27,19 @@ KnownModule knownModules[kMostKnown];
 std::size_t knownCount = 0;
 int reportsInProgress = 0;
 
+// Returns 0 on failure.
+DWORD StorePath(KnownModule& place)
+{
+    try
+    {
+        return GetModuleFileNameW(place.module, place.path, kPathCapacity);
+    }
+    catch (const std::bad_alloc&) // must not interrupt the operation that reports
+    {
+        return 0;
+    }
+}
+
 const wchar_t* PathOf(HMODULE module)
 {
     for (std::size_t i = 0; i < knownCount; ++i)
@@ -34,7 +48,7 @@ const wchar_t* PathOf(HMODULE module)
     static KnownModule unknown;
     KnownModule& place = knownCount < kMostKnown ? knownModules[knownCount++] : unknown;
     place.module = module;
-    const DWORD length = GetModuleFileNameW(module, place.path, kPathCapacity);
+    const DWORD length = StorePath(place);
     place.path[length < kPathCapacity ? length : kPathCapacity - 1] = 0;
     return place.path;
 }

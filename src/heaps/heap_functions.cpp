@@ -2,14 +2,10 @@
 
 #include "module/late_libraries.h"
 
-#include <atomic>
-
 namespace qx
 {
 namespace
 {
-
-std::atomic<const HeapFunctions*> heapFunctionsOfTest = nullptr;
 
 template <class Function, class Late>
 void Resolve(Function& function, Late& late)
@@ -32,16 +28,18 @@ HeapFunctions Resolved()
 
 } // namespace
 
-const HeapFunctions& LateHeapFunctions()
+constinit std::atomic<const HeapFunctions*> heapFunctions = nullptr;
+
+const HeapFunctions& ResolveHeapFunctions()
 {
     static const HeapFunctions functions = Resolved();
-    const HeapFunctions* const ofTest = heapFunctionsOfTest.load(std::memory_order_relaxed);
-    return ofTest != nullptr ? *ofTest : functions;
+    heapFunctions.store(&functions, std::memory_order_release);
+    return functions;
 }
 
 void ReplaceHeapFunctions(const HeapFunctions* functions)
 {
-    heapFunctionsOfTest = functions;
+    heapFunctions.store(functions, std::memory_order_release);
 }
 
 } // namespace qx

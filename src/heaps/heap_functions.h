@@ -5,6 +5,8 @@
 
 #include <heapapi.h>
 
+#include <atomic>
+
 namespace qx
 {
 
@@ -18,8 +20,16 @@ struct HeapFunctions
     SIZE_T(WINAPI* compact)(HANDLE, DWORD) = nullptr;
 };
 
+extern std::atomic<const HeapFunctions*> heapFunctions; // null until they are resolved
+
+const HeapFunctions& ResolveHeapFunctions();
+
 // Resolves the functions at the first call.
-const HeapFunctions& LateHeapFunctions();
+inline const HeapFunctions& LateHeapFunctions()
+{
+    const HeapFunctions* const functions = heapFunctions.load(std::memory_order_acquire);
+    return functions != nullptr ? *functions : ResolveHeapFunctions();
+}
 
 // Replaces the functions, for tests. Null restores the system's.
 void ReplaceHeapFunctions(const HeapFunctions* functions);

@@ -23,6 +23,9 @@ constexpr std::size_t kMostTraces = 10;
 // The system aligns blocks to 16 bytes, so the address of an object tells where its block begins if it has one.
 constexpr std::uintptr_t kBlockAlignment = 16;
 
+// The section of the heaps serializes the calls for single blocks, so they do without the system heap's own lock.
+constexpr DWORD kUnserialized = HEAP_NO_SERIALIZE;
+
 } // namespace
 
 void CopyName(wchar_t (&target)[kNameCapacity], const wchar_t* name)
@@ -105,7 +108,7 @@ void* clsHeapNode::AllocDebugObject(
             ReportLine(L"  %#p", captured[i]);
         return nullptr;
     }
-    const DWORD options = (_heapOptions & HEAP_NO_SERIALIZE) | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
+    const DWORD options = kUnserialized | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
     auto* const block = static_cast<char*>(HeapAlloc(_systemHeap, options, size + kDebugOverhead));
     if (block == nullptr)
     {
@@ -134,7 +137,7 @@ void* clsHeapNode::AllocPlainObject(std::uint32_t size, std::uint32_t flags, boo
     char* block = nullptr;
     if (static_cast<std::int32_t>(size) >= 0)
     {
-        const DWORD options = (_heapOptions & HEAP_NO_SERIALIZE) | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
+        const DWORD options = kUnserialized | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
         block = static_cast<char*>(HeapAlloc(_systemHeap, options, size + kPlainOverhead));
         isOutOfMemory = block == nullptr;
     }
@@ -152,30 +155,45 @@ void clsHeapNode::ReportOutOfMemory(const wchar_t* kind, std::uint32_t size) con
     ReportLine(L"Error: clsHeapNode['%s'/'%s']::AllocObject%s(%d): Out of memory", ModuleName(), Name(), kind, size);
 }
 
-// The section protects the heap, and a search changes nothing. On some systems HeapSize reads in front of any pointer,
-// so HeapValidate has to find the block first.
-std::size_t clsHeapNode::BlockSize(const void* block) const
+// Returns true if a block of this heap begins at an address. On some systems HeapSize reads in front of any pointer, so
+// HeapValidate has to find the block.
+bool clsHeapNode::IsBlock(const void* block) const
 {
     if (block == nullptr || reinterpret_cast<std::uintptr_t>(block) % kBlockAlignment != 0)
-        return kNoBlock;
+        return false;
     const HeapFunctions& functions = LateHeapFunctions();
-    if (functions.validate != nullptr && !functions.validate(_systemHeap, HEAP_NO_SERIALIZE, block))
-        return kNoBlock;
-    return HeapSize(_systemHeap, HEAP_NO_SERIALIZE, block);
+    if (functions.validate != nullptr)
+        return functions.validate(_systemHeap, kUnserialized, block) != FALSE;
+    return BlockSize(block) != kNoBlock;
 }
 
-// Looks a pointer up among the blocks of this heap before anything is read from there.
+std::size_t clsHeapNode::BlockSize(const void* block) const
+{
+    return HeapSize(_systemHeap, kUnserialized, block);
+}
+
+// Looks a pointer up among the blocks of this heap before anything is read from there. The size of a plain object's
+// block is seldom needed, so it isn't looked up.
 clsHeapNode::Object clsHeapNode::Inspect(const void* object) const
 {
-    Object result{0, kNoBlock, kNoBlock};
     const char* const word = BytesAt(object, -static_cast<std::ptrdiff_t>(sizeof kSecondMagic));
-    result.plainBlockSize = BlockSize(word);
-    if (result.plainBlockSize == kNoBlock)
-        result.debugBlockSize = BlockSize(BytesAt(object, -static_cast<std::ptrdiff_t>(kDebugHeaderSize)));
-    const bool isPlainBlock = result.plainBlockSize != kNoBlock && result.plainBlockSize >= kPlainOverhead;
-    const bool isDebugBlock = result.debugBlockSize != kNoBlock && result.debugBlockSize >= kDebugOverhead;
-    result.magic = isPlainBlock || isDebugBlock ? WordAt(word) : ReadWordCarefully(word);
-    return result;
+    if (IsBlock(word))
+        return {WordAt(word), true, kNoBlock};
+    const char* const header = BytesAt(object, -static_cast<std::ptrdiff_t>(kDebugHeaderSize));
+    const std::size_t size = IsBlock(header) ? BlockSize(header) : kNoBlock;
+    const bool canHaveHeader = size != kNoBlock && size >= kDebugOverhead;
+    return {canHaveHeader ? WordAt(word) : ReadWordCarefully(word), false, canHaveHeader ? size : kNoBlock};
+}
+
+[[gnu::always_inline]] inline std::int32_t clsHeapNode::FreePlainObject(char* object, bool isBlock)
+{
+    char* const begin = BytesAt(object, -static_cast<std::ptrdiff_t>(kPlainOverhead));
+    if (isBlock && !UtilIsDebugActive() && HeapFree(_systemHeap, kUnserialized, begin)) [[likely]]
+    {
+        --_liveObjects;
+        return 0;
+    }
+    return FreePlainObjectWithReport(object, isBlock);
 }
 
 std::int32_t clsHeapNode::FreeObject(void* object)
@@ -184,7 +202,7 @@ std::int32_t clsHeapNode::FreeObject(void* object)
     if (found.magic == kSecondMagic)
         return FreeDebugObject(static_cast<char*>(object), found.debugBlockSize);
     if (found.magic == kPlainMagic)
-        return FreePlainObject(static_cast<char*>(object), found.plainBlockSize);
+        return FreePlainObject(static_cast<char*>(object), found.isPlainBlock);
     if (UtilIsDebugActive())
     {
         const ReportBlock block(L"Error: clsHeapNode['%s'/'%s']::FreeObject(%#p)", ModuleName(), Name(), object);
@@ -227,7 +245,7 @@ std::int32_t clsHeapNode::FreeDebugObject(char* object, std::size_t blockSize)
     {
         if (UtilIsDebugActive())
             std::memset(object, kFreedByte, blockSize - kDebugOverhead);
-        if (HeapFree(_systemHeap, _heapOptions & HEAP_NO_SERIALIZE, begin))
+        if (HeapFree(_systemHeap, kUnserialized, begin))
         {
             ReleaseChain(found);
             --_liveObjects;
@@ -242,7 +260,7 @@ std::int32_t clsHeapNode::FreeDebugObject(char* object, std::size_t blockSize)
     return kHeapsBadObject;
 }
 
-std::int32_t clsHeapNode::FreePlainObject(char* object, std::size_t blockSize)
+std::int32_t clsHeapNode::FreePlainObjectWithReport(char* object, bool isBlock)
 {
     ReportBlock block;
     const auto open = [&]
@@ -254,6 +272,7 @@ std::int32_t clsHeapNode::FreePlainObject(char* object, std::size_t blockSize)
     char* const begin = BytesAt(object, -static_cast<std::ptrdiff_t>(kPlainOverhead));
     if (UtilIsDebugActive())
     {
+        const std::size_t blockSize = isBlock ? BlockSize(begin) : kNoBlock;
         if (blockSize != kNoBlock && blockSize > 0)
             std::memset(begin, kFreedByte, blockSize);
         else
@@ -262,7 +281,7 @@ std::int32_t clsHeapNode::FreePlainObject(char* object, std::size_t blockSize)
             ReportLine(L"bad object size %d", static_cast<std::int32_t>(blockSize));
         }
     }
-    if (blockSize != kNoBlock && HeapFree(_systemHeap, _heapOptions & HEAP_NO_SERIALIZE, begin))
+    if (isBlock && HeapFree(_systemHeap, kUnserialized, begin))
     {
         --_liveObjects;
         return 0;
@@ -276,14 +295,17 @@ std::int32_t clsHeapNode::SizeObject(const void* object) const
 {
     const Object found = Inspect(object);
     const bool isDebug = found.magic == kSecondMagic;
-    const std::size_t blockSize = isDebug ? found.debugBlockSize : found.plainBlockSize;
-    if ((!isDebug && found.magic != kPlainMagic) || blockSize == kNoBlock)
+    const std::size_t overhead = isDebug ? kDebugOverhead : kPlainOverhead;
+    std::size_t blockSize = found.debugBlockSize;
+    if (found.isPlainBlock && !isDebug)
+        blockSize = BlockSize(BytesAt(object, -static_cast<std::ptrdiff_t>(kPlainOverhead)));
+    if ((!isDebug && found.magic != kPlainMagic) || blockSize == kNoBlock || blockSize < overhead)
     {
         const ReportBlock block(L"Error: clsHeapNode['%s'/'%s']::SizeObject(%#p)", ModuleName(), Name(), object);
         ReportLine(L"bad pointer, or memory underrun (magic=0x%08x)\n", found.magic);
         return kHeapsBadObject;
     }
-    const std::size_t size = blockSize - (isDebug ? kDebugOverhead : kPlainOverhead);
+    const std::size_t size = blockSize - overhead;
     if (size == 0 && IsDebugHeap())
     {
         const ReportBlock block(L"Warning: clsHeapNode['%s'/'%s']::SizeObject(%#p):", ModuleName(), Name(), object);

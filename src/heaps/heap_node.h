@@ -88,18 +88,20 @@ public:
 private:
     friend class clsModuleNode; // links the heaps
 
+    // What a pointer to an object refers to, by the blocks of this heap.
     struct Object
     {
-        std::uint32_t magic; // the word before the object
-        std::size_t debugBlockSize;
-        std::size_t plainBlockSize;
+        std::uint32_t magic;        // the word before the object
+        bool isPlainBlock;          // a block begins with that word
+        std::size_t debugBlockSize; // of the block that begins where a debug object's header would, or kNoBlock
     };
 
     clsHeapNode(clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains);
     ~clsHeapNode() = default;
 
     Object Inspect(const void* object) const;
-    std::size_t BlockSize(const void* block) const;
+    bool IsBlock(const void* block) const;
+    std::size_t BlockSize(const void* block) const; // of a block of this heap
     DebugObject ReadDebugObject(const void* object, std::size_t blockSize) const;
 
     void* AllocDebugObject(
@@ -108,7 +110,8 @@ private:
     void ReportOutOfMemory(const wchar_t* kind, std::uint32_t size) const;
     void CountAllocation();
     std::int32_t FreeDebugObject(char* object, std::size_t blockSize);
-    std::int32_t FreePlainObject(char* object, std::size_t blockSize);
+    std::int32_t FreePlainObject(char* object, bool isBlock);
+    std::int32_t FreePlainObjectWithReport(char* object, bool isBlock);
 
     bool HasFence(const DebugObject& object) const;
     bool Check(const DebugObject& object) const;

@@ -187,6 +187,10 @@ void* clsModuleList::AllocObject(
 
 std::int32_t clsModuleList::FreeObject(clsHeapNode* heap, void* object)
 {
+    // The header is seldom in the cache. Its load takes as long as entering the section and looking up the block.
+    __builtin_prefetch(BytesAt(object, -static_cast<std::ptrdiff_t>(kPlainOverhead)));
+    if (heap->IsDebugHeap())
+        __builtin_prefetch(BytesAt(object, -static_cast<std::ptrdiff_t>(kDebugHeaderSize)));
     const clsCriticalSectionLock lock(_section);
     return heap->FreeObject(object);
 }

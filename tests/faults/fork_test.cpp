@@ -1,5 +1,6 @@
 // Forks of a process whose other threads use the library and the layer all the time.
 #include <qxut23/debug.h>
+#include <qxut23/heaps.h>
 #include <qxut23/jobs.h>
 #include <qxut23/profile.h>
 #include <qxut23/strings.h>
@@ -116,6 +117,21 @@ bool UseMemoryAndEvents()
     return isSet && GlobalFree(block) == nullptr;
 }
 
+// The parent's threads and its children share this job. A child has the objects of the parent, too.
+HUTHEAPJOB heapJob = nullptr;
+
+bool UseHeaps()
+{
+    const HUTHEAP heap = UtilHeapCreate(heapJob, L"forks", QXUT_HEAP_DEBUG);
+    void* objects[50];
+    for (std::uint32_t i = 0; i < 50; ++i)
+        objects[i] = UtilHeapObjectAlloc(heap, i * 20, i % 2 == 0 ? QXUT_OBJECT_PLAIN : 0);
+    int failures = UtilHeapSizeObjects(heap) != 25 * (4 + 48) + 20 * 50 * 49 / 2;
+    for (void* const object : objects)
+        failures += UtilHeapObjectFree(heap, object) != 0;
+    return failures == 0 && UtilHeapDelete(heap) == 0;
+}
+
 // Runs the function in a child with a time limit. Returns its exit code, or -1 if it ended in any other way.
 int RunChild(const std::function<int()>& body)
 {
@@ -134,7 +150,10 @@ TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
 {
     std::atomic<bool> isOver = false;
     const std::function<bool()> uses[] = {[] { return UseRegistry("parent"); }, [] { return UseProfile("parent"); },
-        UseTexts, UseTexts, UsePool, UseMemoryAndEvents};
+        UseTexts, UseTexts, UsePool, UseMemoryAndEvents, UseHeaps, UseHeaps};
+    heapJob = UtilJobOpen(L"forks", 0);
+    const HUTHEAP heap = UtilHeapCreate(heapJob, L"parent", QXUT_HEAP_DEBUG);
+    void* const object = UtilHeapObjectAlloc(heap, 100, 0);
     std::vector<std::thread> threads;
     std::atomic<int> failures = 0;
     for (const std::function<bool()>& use : uses)
@@ -147,7 +166,7 @@ TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
     for (int i = 0, rounds = faults::Rounds(50); i < rounds; ++i)
     {
         const int code = RunChild(
-            []
+            [=]
             {
                 if (!UseRegistry("child"))
                     return 1;
@@ -157,7 +176,12 @@ TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
                     return 3;
                 if (!UsePool())
                     return 4;
-                return UseMemoryAndEvents() ? 0 : 5;
+                if (!UseMemoryAndEvents())
+                    return 5;
+                if (!UseHeaps() || UtilHeapObjectFree(heap, object) != 0 || UtilHeapDelete(heap) != 0)
+                    return 6;
+                UtilJobClose(heapJob); // with the heaps that the parent's threads were using
+                return 0;
             });
         ASSERT_EQ(code, 0) << "fork " << i;
     }
@@ -165,6 +189,8 @@ TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(failures, 0);
+    EXPECT_EQ(UtilHeapDelete(heap), QXUT_HEAP_LEFT_OVER);
+    EXPECT_EQ(UtilJobClose(heapJob), 0);
 }
 
 // The workers don't exist in the child. It must neither wait for them nor for the job that one of them was running.

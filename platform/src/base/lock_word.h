@@ -1,15 +1,36 @@
-// The word of a lock: the thread that holds it, and a flag for waiting threads. The owner is part of the word so that a
-// forked child can take over a lock of a thread that exists only in the parent.
+// The word of a lock: the thread that holds it. The owner is stored so that a forked child can take over a lock of a
+// thread that exists only in the parent.
 #pragma once
 
 #include "base/fork_gate.h"
 #include "base/futex.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 namespace qxplatform
 {
+
+// The numbers of threads that wait for locks, by the address of the lock. They aren't part of the lock, because a
+// thread reads them after it has released the lock, when another thread may have destroyed it already. Locks that share
+// a number cause needless wake-ups only.
+class LockWaiters
+{
+public:
+    static std::atomic<LONG>& Of(const LONG* word)
+    {
+        return _counts[(reinterpret_cast<std::uintptr_t>(word) >> 4) % kCounts];
+    }
+
+    // In a forked child, which has no waiting threads.
+    static void Reset();
+
+private:
+    static constexpr std::size_t kCounts = 256;
+
+    static std::atomic<LONG> _counts[kCounts];
+};
 
 // Refers to a LONG that is 0 while the lock is free. All operations run inside a ForkHold.
 class LockWord
@@ -18,7 +39,7 @@ public:
     explicit LockWord(LONG& word) : _word(word) {}
 
     bool IsFree() const { return Word().load(std::memory_order_relaxed) == 0; }
-    bool IsMine() const { return (Word().load(std::memory_order_relaxed) & ~kHasWaiters) == Mine(); }
+    bool IsMine() const { return Word().load(std::memory_order_relaxed) == Mine(); }
 
     bool TakeIfFree()
     {
@@ -34,11 +55,11 @@ public:
     template <class BeforeSleep, class AfterSleep>
     void Take(BeforeSleep beforeSleep, AfterSleep afterSleep)
     {
-        for (LONG state = 0; !MarkOrTake(state);)
+        for (LONG state = 0; !TakeOrRead(state);)
         {
             EndForkHold();
             beforeSleep();
-            FutexWait(&_word, state);
+            SleepWhile(state);
             afterSleep();
             BeginForkHold();
         }
@@ -48,16 +69,18 @@ public:
     void Release()
     {
         LONG* const word = &_word;
-        if ((Word().exchange(0, std::memory_order_release) & kHasWaiters) != 0)
+        Word().store(0, std::memory_order_release);
+        // A thread that begins to wait enforces this order on all processors.
+        std::atomic_signal_fence(std::memory_order_seq_cst);
+        if (LockWaiters::Of(word).load(std::memory_order_relaxed) != 0) [[unlikely]]
             FutexWakeOne(word);
     }
 
 private:
-    static constexpr LONG kHasWaiters = 1;
-
-    static LONG Mine() { return static_cast<LONG>(ThreadSerial() << 1); }
+    static LONG Mine() { return static_cast<LONG>(ThreadSerial()); }
     std::atomic_ref<LONG> Word() const { return std::atomic_ref<LONG>(_word); }
-    bool MarkOrTake(LONG& state);
+    bool TakeOrRead(LONG& state);
+    void SleepWhile(LONG state);
 
     LONG& _word;
 };

@@ -159,12 +159,6 @@ bool PrivateHeap::Free(const void* block)
     return true;
 }
 
-bool PrivateHeap::Find(const void* address, Place& place) const
-{
-    place.span = _table.Find(UnitOf(address));
-    return place.span != nullptr && place.span->IndexOf(address, place.index) && place.span->IsInUse(place.index);
-}
-
 std::size_t PrivateHeap::SizeOf(const Place& place)
 {
     const Span& span = *place.span;

@@ -37,7 +37,11 @@ public:
     void* Allocate(std::size_t size, bool& isZeroed);
     bool Free(const void* block);
     // Finds the block in use that starts at an address, without reading from there.
-    bool Find(const void* address, Place& place) const;
+    bool Find(const void* address, Place& place) const
+    {
+        place.span = _table.Find(UnitOf(address));
+        return place.span != nullptr && place.span->IndexOf(address, place.index) && place.span->IsInUse(place.index);
+    }
     static std::size_t SizeOf(const Place& place);
 
     // Moves on to the next block, or to the next run of free blocks. Starts with the first one after an entry with a

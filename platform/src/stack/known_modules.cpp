@@ -5,6 +5,7 @@
 #include <array>
 #include <atomic>
 #include <bit>
+#include <cstddef>
 #include <cstring>
 
 #include <dlfcn.h>
@@ -42,6 +43,23 @@ public:
         return (before & 1) == 0 && _sequence.load(std::memory_order_relaxed) == before;
     }
 
+    // Returns true if the record is the one of a loaded module, and the build id in memory is still the same.
+    bool IsOf(std::uintptr_t begin, std::uintptr_t end, std::uintptr_t index) const
+    {
+        const std::uint32_t before = _sequence.load(std::memory_order_acquire);
+        if (Word(kBegin) != begin || Word(kEnd) != end || Word(kIndex) != index)
+            return false;
+        // The place of the build id is valid for this module only if it was read with the rest.
+        const auto* const buildId = reinterpret_cast<const std::uint8_t*>(Word(kBuildId));
+        const std::uint64_t size = Word(kBuildIdSize);
+        const std::uint64_t id[2] = {Word(kId), Word(kId + 1)};
+        if ((before & 1) != 0 || _sequence.load(std::memory_order_relaxed) != before)
+            return false;
+        if (size == sizeof id) [[likely]]
+            return std::memcmp(buildId, id, sizeof id) == 0;
+        return std::memcmp(buildId, id, size) == 0;
+    }
+
     // Only one thread writes at a time.
     void Write(const Record& record)
     {
@@ -60,6 +78,16 @@ public:
     }
 
 private:
+    // The fields of a record as words.
+    static constexpr std::size_t kBegin = offsetof(Record, begin) / 8;
+    static constexpr std::size_t kEnd = offsetof(Record, end) / 8;
+    static constexpr std::size_t kIndex = offsetof(Record, index) / 8;
+    static constexpr std::size_t kBuildId = offsetof(Record, buildId) / 8;
+    static constexpr std::size_t kBuildIdSize = offsetof(Record, buildIdSize) / 8;
+    static constexpr std::size_t kId = offsetof(Record, id) / 8;
+
+    std::uint64_t Word(std::size_t index) const { return _words[index].load(std::memory_order_acquire); }
+
     std::atomic<std::uint32_t> _sequence = 0;
     std::atomic<std::uint64_t> _words[kWords] = {};
 };
@@ -80,12 +108,6 @@ void ReadBuildId(const ModuleTables& tables, std::uint64_t (&id)[2])
 {
     id[0] = id[1] = 0;
     std::memcpy(id, tables.buildId, tables.buildIdSize);
-}
-
-// Compares with the build id that is in memory now. It is in the first page of the module.
-bool HasSameBuildId(const Record& record)
-{
-    return std::memcmp(reinterpret_cast<const void*>(record.buildId), record.id, record.buildIdSize) == 0;
 }
 
 bool Overlap(const Record& first, const Record& second)
@@ -144,9 +166,8 @@ bool FindKnownModule(std::uintptr_t address, RuleCache& cache, ModuleRange& rang
     const auto begin = reinterpret_cast<std::uintptr_t>(object.dlfo_map_start);
     const auto end = reinterpret_cast<std::uintptr_t>(object.dlfo_map_end);
     range = {begin, end - begin};
-    Record record;
-    if (SlotOf(begin).Read(record) && record.begin == begin && record.end == end &&
-        record.index == reinterpret_cast<std::uintptr_t>(object.dlfo_eh_frame) && HasSameBuildId(record))
+    // The build id is in the first page of the module.
+    if (SlotOf(begin).IsOf(begin, end, reinterpret_cast<std::uintptr_t>(object.dlfo_eh_frame))) [[likely]]
         return true;
     ModuleTables tables;
     return FindModuleTables(address, tables) && tables.buildId != nullptr && tables.table.index.begin != nullptr &&

@@ -19,7 +19,7 @@ LockWord WordOf(LPCRITICAL_SECTION section)
     return LockWord(section->LockCount);
 }
 
-bool SpinForFree(LPCRITICAL_SECTION section)
+[[gnu::noinline]] bool SpinForFree(LPCRITICAL_SECTION section)
 {
     LockWord word = WordOf(section);
     for (ULONG_PTR round = 0; round < section->SpinCount; ++round)
@@ -31,7 +31,7 @@ bool SpinForFree(LPCRITICAL_SECTION section)
     return false;
 }
 
-void WaitForFree(LPCRITICAL_SECTION section)
+[[gnu::noinline]] void WaitForFree(LPCRITICAL_SECTION section)
 {
     ThreadObject* const thread = ThreadObject::CurrentIfKnown();
     WordOf(section).Take(
@@ -65,7 +65,7 @@ void BecomeOwner(LPCRITICAL_SECTION section)
 void EndIfOrdered()
 {
     ThreadObject* const thread = ThreadObject::CurrentIfKnown();
-    if (thread == nullptr || !thread->gate.IsEndOrdered())
+    if (thread == nullptr || !thread->gate.IsEndOrdered()) [[likely]]
         return;
     thread->gate.Enter();
     thread->LeaveGate();

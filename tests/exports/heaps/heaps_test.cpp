@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <fstream>
 #include <thread>
 
 using qxtest::HeapsLibrary;
@@ -231,6 +232,43 @@ TEST(HeapsDamage, EveryByteOfHeaderAndFence)
     EXPECT_EQ(heaps.sizeObjects(own.heap), 0);
     EXPECT_EQ(heaps.remove(own.heap), 0);
 }
+
+// Sanitizers add memory of their own.
+#if !defined(_WIN32) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+
+namespace
+{
+
+std::size_t MemoryInUse()
+{
+    std::size_t pages = 0, residentPages = 0;
+    std::ifstream("/proc/self/statm") >> pages >> residentPages;
+    return residentPages * 4096;
+}
+
+} // namespace
+
+// The C library needs 80 bytes for such an object.
+TEST(HeapsMemory, TwoHundredThousandObjectsOf64Bytes)
+{
+    constexpr std::size_t kCount = 200'000;
+    for (const std::uint32_t flags : {std::uint32_t{0}, std::uint32_t{QXUT_HEAP_DEBUG}})
+    {
+        const JobAndHeap own(flags | QXUT_HEAP_NO_WARNING);
+        const std::size_t before = MemoryInUse();
+        for (std::size_t i = 0; i < kCount; ++i)
+            std::memset(heaps.alloc(own.heap, 64, 0), 1, 64);
+        const std::size_t used = MemoryInUse() - before;
+        const std::size_t most = flags == 0 ? 80 * 12 / 10 : 64 + 48 + 32;
+        EXPECT_LE(used, kCount * most) << flags;
+        const std::size_t least = flags == 0 ? 64 : 64 + 48;
+        EXPECT_GE(used, kCount * least) << flags;
+        EXPECT_EQ(heaps.remove(own.heap), QXUT_HEAP_LEFT_OVER);
+        EXPECT_LT(MemoryInUse(), before + kCount * 8) << flags; // given back
+    }
+}
+
+#endif
 
 TEST(HeapsThreads, EightThreadsOnTwoHeaps)
 {

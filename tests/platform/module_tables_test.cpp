@@ -1,0 +1,28 @@
+// The build ids of modules, without which captures don't cache rules. Linux only.
+#include "stack/module_tables.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include <dlfcn.h>
+
+using qxplatform::FindModuleTables;
+using qxplatform::ModuleTables;
+
+// The library's resources are notes in the same segment as its build id, and go beyond the first page.
+TEST(ModuleTables, HaveTheBuildIdInFrontOfLongNotes)
+{
+    void* const library = dlopen("libqxUT23.so.23", RTLD_NOW);
+    ASSERT_NE(library, nullptr) << dlerror();
+    const auto address = reinterpret_cast<std::uintptr_t>(dlsym(library, "UtilDebug"));
+    ModuleTables tables;
+    ASSERT_TRUE(FindModuleTables(address, tables));
+    EXPECT_TRUE(tables.begin <= address && address < tables.end);
+    ASSERT_NE(tables.buildId, nullptr);
+    EXPECT_EQ(tables.buildIdSize, 16u);
+    // The header of the note precedes its contents.
+    EXPECT_EQ(std::memcmp(tables.buildId - 4, "GNU", 4), 0);
+    EXPECT_LT(reinterpret_cast<std::uintptr_t>(tables.buildId) - tables.begin, 4096u);
+    dlclose(library);
+}
