@@ -23,7 +23,8 @@ constexpr std::size_t kMostTraces = 10;
 // The system aligns blocks to 16 bytes, so the address of an object tells where its block begins if it has one.
 constexpr std::uintptr_t kBlockAlignment = 16;
 
-// The section of the heaps serializes the calls for single blocks, so they do without the system heap's own lock.
+// Lookups change nothing, and the section of the heaps keeps all other calls of this library out, so they do without the
+// system heap's own lock.
 constexpr DWORD kUnserialized = HEAP_NO_SERIALIZE;
 
 } // namespace
@@ -108,7 +109,7 @@ void* clsHeapNode::AllocDebugObject(
             ReportLine(L"  %#p", captured[i]);
         return nullptr;
     }
-    const DWORD options = kUnserialized | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
+    const DWORD options = Serialization() | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
     auto* const block = static_cast<char*>(HeapAlloc(_systemHeap, options, size + kDebugOverhead));
     if (block == nullptr)
     {
@@ -137,7 +138,7 @@ void* clsHeapNode::AllocPlainObject(std::uint32_t size, std::uint32_t flags, boo
     char* block = nullptr;
     if (static_cast<std::int32_t>(size) >= 0)
     {
-        const DWORD options = kUnserialized | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
+        const DWORD options = Serialization() | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
         block = static_cast<char*>(HeapAlloc(_systemHeap, options, size + kPlainOverhead));
         isOutOfMemory = block == nullptr;
     }
@@ -188,7 +189,7 @@ clsHeapNode::Object clsHeapNode::Inspect(const void* object) const
 [[gnu::always_inline]] inline std::int32_t clsHeapNode::FreePlainObject(char* object, bool isBlock)
 {
     char* const begin = BytesAt(object, -static_cast<std::ptrdiff_t>(kPlainOverhead));
-    if (isBlock && !UtilIsDebugActive() && HeapFree(_systemHeap, kUnserialized, begin)) [[likely]]
+    if (isBlock && !UtilIsDebugActive() && HeapFree(_systemHeap, Serialization(), begin)) [[likely]]
     {
         --_liveObjects;
         return 0;
@@ -245,7 +246,7 @@ std::int32_t clsHeapNode::FreeDebugObject(char* object, std::size_t blockSize)
     {
         if (UtilIsDebugActive())
             std::memset(object, kFreedByte, blockSize - kDebugOverhead);
-        if (HeapFree(_systemHeap, kUnserialized, begin))
+        if (HeapFree(_systemHeap, Serialization(), begin))
         {
             ReleaseChain(found);
             --_liveObjects;
@@ -281,7 +282,7 @@ std::int32_t clsHeapNode::FreePlainObjectWithReport(char* object, bool isBlock)
             ReportLine(L"bad object size %d", static_cast<std::int32_t>(blockSize));
         }
     }
-    if (isBlock && HeapFree(_systemHeap, kUnserialized, begin))
+    if (isBlock && HeapFree(_systemHeap, Serialization(), begin))
     {
         --_liveObjects;
         return 0;
@@ -323,7 +324,7 @@ std::int32_t clsHeapNode::ShrinkHeap()
         return kHeapsNotSupported;
     }
     SetLastError(NO_ERROR);
-    if (functions.compact(_systemHeap, _heapOptions & HEAP_NO_SERIALIZE) != 0 || GetLastError() == NO_ERROR)
+    if (functions.compact(_systemHeap, Serialization()) != 0 || GetLastError() == NO_ERROR)
         return 0;
     ReportLine(
         L"Error: clsHeapNode['%s'/'%s']::ShrinkHeap(%#p) failed", ModuleName(), Name(), static_cast<void*>(this));

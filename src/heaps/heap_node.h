@@ -100,6 +100,8 @@ private:
     ~clsHeapNode() = default;
 
     Object Inspect(const void* object) const;
+    // HEAP_NO_SERIALIZE or 0. Debug objects show the system heap's handle, and a host may use it at the same time.
+    DWORD Serialization() const { return _heapOptions & HEAP_NO_SERIALIZE; }
     bool IsBlock(const void* block) const;
     std::size_t BlockSize(const void* block) const; // of a block of this heap
     DebugObject ReadDebugObject(const void* object, std::size_t blockSize) const;

@@ -77,7 +77,7 @@ std::int32_t clsHeapNode::Validate(const void* object)
         const std::size_t offset = magic == kSecondMagic ? kDebugHeaderSize : magic == kPlainMagic ? kPlainOverhead : 0;
         const void* const base = BytesAt(object, -static_cast<std::ptrdiff_t>(offset));
         // The system's check may read from an address that isn't a block.
-        if (!IsBlock(base) || !functions.validate(_systemHeap, _heapOptions & HEAP_NO_SERIALIZE, base))
+        if (!IsBlock(base) || !functions.validate(_systemHeap, Serialization(), base))
         {
             ReportLine(L" Error: Heap corrupted");
             Report();
