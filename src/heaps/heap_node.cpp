@@ -23,8 +23,8 @@ constexpr std::size_t kMostTraces = 10;
 // The system aligns blocks to 16 bytes, so the address of an object tells where its block begins if it has one.
 constexpr std::uintptr_t kBlockAlignment = 16;
 
-// Lookups change nothing, and the section of the heaps keeps all other calls of this library out, so they do without the
-// system heap's own lock.
+// Lookups change nothing, and the section of the heaps keeps all other calls of this library out, so they do without
+// the system heap's own lock.
 constexpr DWORD kUnserialized = HEAP_NO_SERIALIZE;
 
 } // namespace
