@@ -13,7 +13,7 @@ using qxplatform::ModuleTables;
 // The library's resources are notes in the same segment as its build id, and go beyond the first page.
 TEST(ModuleTables, HaveTheBuildIdInFrontOfLongNotes)
 {
-    void* const library = dlopen("libqxUT23.so.23", RTLD_NOW);
+    void* const library = dlopen(QX_LIBRARY, RTLD_NOW);
     ASSERT_NE(library, nullptr) << dlerror();
     const auto address = reinterpret_cast<std::uintptr_t>(dlsym(library, "UtilDebug"));
     ModuleTables tables;

@@ -1,5 +1,6 @@
 """Helpers shared by the tests of the commands. Usage: `NAME_test.py COMMAND...`, where COMMAND starts qxut."""
 
+import os
 import pathlib
 import subprocess
 import sys
@@ -7,9 +8,8 @@ import tempfile
 import unittest
 
 COMMAND = sys.argv[1:]
-# A process takes a second to start in the emulator. Of long tables that don't depend on the target, each fifth case is
-# enough there.
-EACH = 5 if COMMAND[-1].endswith(".exe") else 1
+# Of long tables, each case of this number is tested.
+EACH = int(os.environ.get("QXUT_TEST_EACH", "1"))
 DATA = pathlib.Path(__file__).parents[2] / "data"
 
 
