@@ -123,6 +123,8 @@ void Report(const ProfileOptions& options, std::size_t changed)
 void Edit(const ProfileOptions& options, const std::function<std::size_t(HPROFJOB, HPROFLIST)>& change)
 {
     const bool isInPlace = options.output.empty() || IsSameFile(options.file, options.output);
+    if (!isInPlace && !options.force)
+        ExpectReplaceable(options.output, options.maxSize);
     const auto edit = [&](const ProfileFile& profile)
     {
         if (isInPlace && !options.force)
@@ -263,8 +265,8 @@ public:
     }
     CommandMaker& Force()
     {
-        _command.add_flag(
-            "--force", _options->force, "change the file even if comments or other text in it are lost by that");
+        _command.add_flag("--force", _options->force,
+            "change the file even if comments or other text in it are lost by that, or replace one that is no profile");
         return *this;
     }
     CommandMaker& Create()

@@ -54,6 +54,8 @@ void Convert(const ConvertOptions& options)
         profile.ExpectProfile("write an empty profile with --force");
     if (!options.force && IsSameFile(options.file, options.target))
         profile.ExpectNoLoss("write to another file, or change it with --force");
+    else if (!options.force)
+        ExpectReplaceable(options.target, options.maxSize);
     profile.Save(options.target, options.pack ? options.form | PROF_SAVE_PACKED : options.form);
     Report(options, options.target, "entries", CountEntries(profile.Job()));
 }
@@ -191,7 +193,8 @@ void AddConvertCommands(CLI::App& profile)
         ->type_name("TEXT");
     convert.add_flag("--pack", options->pack, "compress the file");
     convert.add_flag("--force", options->force,
-        "write TO even if FROM is no profile, or if it is the same file and comments or other text in it are lost");
+        "write TO even if FROM or TO is no profile, or if they are the same file and comments or other text in it are "
+        "lost");
 
     options = std::make_shared<ConvertOptions>();
     CLI::App& embed = AddCommand(profile, "embed", "embed files in a profile", Embed, options);

@@ -218,6 +218,19 @@ bool IsSameFile(const std::string& one, const std::string& other)
     return one == other || fs::equivalent(fs::u8path(one), fs::u8path(other), ignored);
 }
 
+void ExpectReplaceable(const std::string& path, MaxSize maxSize)
+{
+    std::error_code ignored;
+    if (!fs::is_regular_file(fs::u8path(path), ignored))
+        return;
+    const HPROFJOB job = Open(path, Sharing::Readers, maxSize, QXUT_PROFILE_EXISTING);
+    const std::int32_t error = ProfGetError(job);
+    const bool isProfile = error != PROF_ERR_MALFORMED && (QxProfGetSource(job) & QXUT_SOURCE_FOREIGN) == 0;
+    ProfJobClose(job);
+    if (!isProfile)
+        throw Failure(kCannotWrite, path + ": not replaced, because it is not a profile; replace it with --force");
+}
+
 // Iterative, because a file may nest its lists to any depth.
 void Walk(HPROFJOB job, HPROFLIST list, const Visitor& visit, const std::function<void(std::size_t depth)>& leave)
 {

@@ -67,6 +67,10 @@ private:
 // Returns true if both paths lead to one file, also by different spellings or through links.
 bool IsSameFile(const std::string& one, const std::string& other);
 
+// Throws a Failure if the path leads to a file with contents that aren't a profile, so that a mistyped name doesn't
+// cost a file. The save itself reports other faults of the path.
+void ExpectReplaceable(const std::string& path, MaxSize maxSize);
+
 struct Entry
 {
     std::string name;

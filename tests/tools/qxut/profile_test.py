@@ -180,6 +180,12 @@ class ProfileCommands(commands.CommandTest):
             self.assertRegex(self.qxut(*map(str, command), code=4 if command[0] == "convert" else 6),
                              "not a profile|neither a profile nor an INI file")
             self.assertEqual(ini.read_bytes(), before)
+        for command in (["convert", self.file, ini, "--form", "text"], ["set", self.file, "--path", "a", "1", "--output", ini]):
+            self.assertIn("not replaced", self.qxut(*map(str, command), code=6))
+            self.assertEqual(ini.read_bytes(), before)
+            self.qxut(*map(str, command), "--force")
+            self.assertIn("a = 1\n", self.show(str(ini)))
+            ini.write_bytes(before)
         ini.write_text("[a]\nx=1\n; note\n")
         self.assertIn("comments", self.qxut("convert", str(ini), str(ini), "--form", "text", code=6))
         self.qxut("convert", str(ini), str(ini), "--form", "text", "--force")
