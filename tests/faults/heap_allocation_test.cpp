@@ -23,7 +23,7 @@ namespace
 {
 
 // The functions of the layer share the count of malloc.
-bool MustFail()
+bool MallocFails()
 {
     void* const probe = std::malloc(1);
     std::free(probe);
@@ -41,13 +41,13 @@ Function* Next(Function*, const char* name)
 HANDLE WINAPI HeapCreate(DWORD options, SIZE_T initialSize, SIZE_T maximumSize)
 {
     static const auto next = Next(&HeapCreate, "qxp_HeapCreate");
-    return MustFail() ? nullptr : next(options, initialSize, maximumSize);
+    return MallocFails() ? nullptr : next(options, initialSize, maximumSize);
 }
 
 LPVOID WINAPI HeapAlloc(HANDLE heap, DWORD flags, SIZE_T size)
 {
     static const auto next = Next(&HeapAlloc, "qxp_HeapAlloc");
-    return MustFail() ? nullptr : next(heap, flags, size);
+    return MallocFails() ? nullptr : next(heap, flags, size);
 }
 
 namespace
