@@ -178,10 +178,10 @@ TEST(DebugHelpJob, OneLineForAnAddress)
 TEST(DebugHelpJobZ, ACommandThatRunsTooLongIsCutOff)
 {
     static std::atomic<bool> mayEnd = false;
-    const OwnTimes times(100, 200);
     qxtest::DebugLines lines;
     JobPtr job(new Job);
     ASSERT_TRUE(job->HasSession());
+    const OwnTimes times(100, 200);
     EXPECT_FALSE(job->RunInSession(
         [](clsDBGHELP&, void*)
         {
