@@ -5,6 +5,8 @@
 
 #include <cstring>
 
+#include <sys/single_threaded.h>
+
 using namespace qxplatform;
 using heap::PrivateHeap;
 
@@ -21,13 +23,14 @@ PrivateHeap& HeapOf(HANDLE handle)
     return *static_cast<PrivateHeap*>(handle);
 }
 
-// Holds the lock of a heap. Without a lock of its own, the heap is still complete in a forked child.
+// Holds the lock of a heap, except in a process with one thread: no operation starts another one. Without the lock, the
+// heap is still complete in a forked child.
 class HeapGuard
 {
 public:
     HeapGuard(PrivateHeap& heap, DWORD flags) : _section(nullptr)
     {
-        if (((heap.Options() | flags) & HEAP_NO_SERIALIZE) != 0)
+        if (__libc_single_threaded || ((heap.Options() | flags) & HEAP_NO_SERIALIZE) != 0)
         {
             BeginForkHold();
             return;
