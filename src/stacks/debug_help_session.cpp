@@ -333,8 +333,9 @@ StackTraceListPtr clsDBGHELP::Walk(const CONTEXT& context, int maximum, unsigned
         Describe(*item, frame.AddrPC.Offset, isExact, frame.AddrFrame.Offset, detail);
         if ((detail & kParameters) != 0 && item->parameterCount > 0 && frame.AddrReturn.Offset != 0)
             AddFrameWords(*item, frame.Params);
+        const bool isFull = item->addressOnly == 0;
         list->Append(std::move(item));
-        if ((detail & kParameters) != 0 && frame.AddrReturn.Offset == 0)
+        if (isFull && frame.AddrReturn.Offset == 0)
             break;
     }
     list->Reset();

@@ -51,9 +51,10 @@ TEST(ThreadEnd, InAnEnumerationOfAProfile)
         EXPECT_TRUE(EndsInside(
             [job, end]() mutable
             {
-                const auto callback = [](HPROFJOB, const QXWCHAR*, const QXWCHAR*, HPROFLIST, void* end) -> std::int32_t
+                const auto callback = [](HPROFJOB, const QXWCHAR*, const QXWCHAR*, HPROFLIST,
+                                          void* user) -> std::int32_t
                 {
-                    (*static_cast<End*>(end))();
+                    (*static_cast<End*>(user))();
                     return 1;
                 };
                 ProfEnumW(job, nullptr, callback, &end);
@@ -79,9 +80,9 @@ TEST(ThreadEnd, InAnExtraction)
         EXPECT_TRUE(EndsInside(
             [&]
             {
-                const auto progress = [](void* end, const QXWCHAR*, std::uint64_t) -> std::int32_t
+                const auto progress = [](void* user, const QXWCHAR*, std::uint64_t) -> std::int32_t
                 {
-                    (*static_cast<End*>(end))();
+                    (*static_cast<End*>(user))();
                     return 1;
                 };
                 extract(progress, &end);
@@ -96,9 +97,9 @@ TEST(ThreadEnd, WhenUnpackedDataArrive)
         EXPECT_TRUE(EndsInside(
             [end]() mutable
             {
-                const auto receive = [](void* end, const void*, std::uint32_t) -> std::int32_t
+                const auto receive = [](void* user, const void*, std::uint32_t) -> std::int32_t
                 {
-                    (*static_cast<End*>(end))();
+                    (*static_cast<End*>(user))();
                     return 1;
                 };
                 QxUnpackText(L"", nullptr, receive, &end);

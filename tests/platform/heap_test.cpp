@@ -56,18 +56,22 @@ TEST(Heap, AgreesWithAModel)
                     victim = model.begin();
                 EXPECT_EQ(HeapSize(heap.handle, 0, victim->first), victim->second);
                 if (victim->second != 0)
+                {
                     EXPECT_EQ(victim->first[victim->second - 1], static_cast<char>(victim->second));
+                }
                 EXPECT_TRUE(HeapFree(heap.handle, 0, victim->first));
                 model.erase(victim);
                 continue;
             }
-            const unsigned kind = random() % 100;
+            const auto kind = static_cast<unsigned>(random() % 100);
             const SIZE_T size = random() % (kind < 90 ? 600 : kind < 99 ? 20'000 : 700'000);
             auto* const block = static_cast<char*>(HeapAlloc(heap.handle, kind % 2 != 0 ? HEAP_ZERO_MEMORY : 0, size));
             ASSERT_NE(block, nullptr);
             EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % 16, 0u);
             if (kind % 2 != 0 && size != 0)
+            {
                 EXPECT_TRUE(block[0] == 0 && std::memcmp(block, block + 1, size - 1) == 0);
+            }
             std::memset(block, static_cast<char>(size), size);
             EXPECT_TRUE(model.emplace(block, size).second);
         }

@@ -29,7 +29,7 @@ constinit std::atomic<std::uint32_t> nextSerial = 1;
 constinit std::atomic<std::uint32_t> firstOfProcess = 0; // threads with a smaller number belong to a parent process
 constinit std::atomic<std::uint32_t> survivor = 0;       // the exception: the thread that called fork()
 constinit std::atomic<std::uint32_t> forking = 0;        // the thread that is calling fork()
-constinit std::atomic<unsigned> generation = 0;
+constinit std::atomic<unsigned> forkGeneration = 0;
 constinit LONG forkWord = FALSE; // the futex word of threads that wait for the end of a fork
 pthread_key_t endKey;
 bool hasEndKey = false;
@@ -115,7 +115,7 @@ void AfterForkInChild()
 {
     firstOfProcess = nextSerial.load();
     survivor = forkRecord.serial;
-    ++generation;
+    ++forkGeneration;
     LockWaiters::Reset();
     first = nullptr;
     if (forkRecord.link != nullptr)
@@ -171,7 +171,7 @@ bool WasAbandoned(std::uint32_t serial)
 
 unsigned ForkGeneration()
 {
-    return generation.load(std::memory_order_relaxed);
+    return forkGeneration.load(std::memory_order_relaxed);
 }
 
 } // namespace qxplatform

@@ -244,27 +244,28 @@ bool MemoryBlocks::Resize(Block& block, std::size_t size, bool zero, bool mayMov
         std::size_t capacity = size != 0 ? size : 1;
         if (tooLarge && oldSize != 0 && capacity < block.capacity + block.capacity / 2)
             capacity = block.capacity + block.capacity / 2;
-        const auto oldData = block.data;
-        void* data = std::realloc(oldData, capacity);
+        // The map's node is kept, because a new one could fail. It is empty for a block without data.
+        auto node = _entryOfAddress.extract(block.data);
+        void* data = std::realloc(block.data, capacity);
         if (data == nullptr && capacity != size)
         {
             capacity = size;
-            data = std::realloc(oldData, capacity);
+            data = std::realloc(block.data, capacity);
         }
-        if (data == nullptr)
-            return false;
-        if (oldData == nullptr)
+        if (!node.empty())
+        {
+            if (data != nullptr)
+                node.key() = data;
+            _entryOfAddress.insert(std::move(node));
+        }
+        else if (data != nullptr)
         {
             std::unique_ptr<void, decltype(&std::free)> fresh(data, &std::free);
             _entryOfAddress[data] = static_cast<std::uint32_t>(&block - _blocks.data());
             fresh.release();
         }
-        else if (data != oldData) // keeps the map's node, because a new one could fail
-        {
-            auto node = _entryOfAddress.extract(oldData);
-            node.key() = data;
-            _entryOfAddress.insert(std::move(node));
-        }
+        if (data == nullptr)
+            return false;
         block.data = data;
         block.capacity = capacity;
     }

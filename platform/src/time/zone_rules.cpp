@@ -208,8 +208,7 @@ bool IsBetween(LONGLONG units, LONGLONG begin, LONGLONG end)
 
 year YearOf(LONGLONG units)
 {
-    constexpr LONGLONG kUnitsPerDay = 24 * 60 * kUnitsPerMinute;
-    return year_month_day(kFirstFileTimeDay + days(units / kUnitsPerDay)).year();
+    return year_month_day(kFirstFileTimeDay + days(units / (24 * 60 * kUnitsPerMinute))).year();
 }
 
 // `shiftAtStart` and `shiftAtEnd`, in minutes, convert the local times of the rules to the clock of the compared time.

@@ -65,7 +65,7 @@ TEST(HeapsFormat, DebugObject)
         static_cast<wchar_t*>(chain[0].address), &first);
     EXPECT_EQ(first, GetModuleHandleW(nullptr));
     EXPECT_NE(chain[1].address, nullptr);
-    bool ended = false;
+    [[maybe_unused]] bool ended = false;
     for (int i = 0; i < 30; ++i)
     {
 #if !defined(_WIN32) // Wine's captures go on beyond a thread's first frame

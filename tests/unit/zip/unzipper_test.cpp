@@ -274,7 +274,7 @@ TEST(Unzipper, OddArchives)
     constexpr std::uint64_t kFourGB = std::uint64_t{1} << 32;
     const std::string content = PlainText();
     for (const std::uint16_t method : {std::uint16_t{0}, std::uint16_t{8}})
-        for (const auto [more, isWhole] : {std::pair(kFourGB, true), {3 * kFourGB, true}, {kFourGB + 1, false}})
+        for (const auto& [more, isWhole] : {std::pair(kFourGB, true), {3 * kFourGB, true}, {kFourGB + 1, false}})
         {
             BuiltMember member("m", content, method);
             const std::uint64_t packed = member.central.compressedSize;
