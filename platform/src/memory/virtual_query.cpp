@@ -86,7 +86,7 @@ bool DescribeImage(std::uintptr_t page, MEMORY_BASIC_INFORMATION& information)
         return false;
     const ImagePart part = PartOf(image, page, PageOf(end + kPageSize - 1));
     SetRange(information, part.begin, part.end);
-    information.AllocationBase = object.dlfo_map_start;
+    information.AllocationBase = reinterpret_cast<void*>(image.ImageBegin());
     information.AllocationProtect = PAGE_EXECUTE_WRITECOPY;
     information.State = part.flags == 0 ? MEM_RESERVE : MEM_COMMIT;
     information.Protect =

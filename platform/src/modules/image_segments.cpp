@@ -4,24 +4,62 @@
 #include <cstring>
 
 #include <elf.h>
+#include <sys/auxv.h>
 
 namespace qxplatform
 {
 
 ImageSegments::ImageSegments(std::uintptr_t begin, std::uintptr_t end) : _begin(begin), _end(end)
 {
-    const auto& head = *reinterpret_cast<const ElfW(Ehdr)*>(begin);
+    if (!ReadProgram())
+        ReadImage();
+}
+
+// The kernel maps nothing between the segments of the program. If they are aligned to more than a page, there are gaps,
+// and the range is that of a single segment, which may be without headers. Returns false if the range isn't part of the
+// program.
+bool ImageSegments::ReadProgram()
+{
+    const auto* const headers = reinterpret_cast<const ElfW(Phdr)*>(getauxval(AT_PHDR));
+    const auto count = static_cast<unsigned>(getauxval(AT_PHNUM));
+    if (headers == nullptr)
+        return false;
+    std::uintptr_t bias = 0;
+    std::uintptr_t lowest = UINTPTR_MAX;
+    std::uintptr_t highest = 0;
+    for (const ElfW(Phdr)* header = headers; header != headers + count; ++header)
+    {
+        if (header->p_type == PT_PHDR)
+            bias = reinterpret_cast<std::uintptr_t>(headers) - header->p_vaddr;
+        if (header->p_type != PT_LOAD)
+            continue;
+        lowest = std::min<std::uintptr_t>(lowest, PageOf(header->p_vaddr));
+        highest = std::max<std::uintptr_t>(highest, header->p_vaddr + header->p_memsz);
+    }
+    if (highest == 0 || _begin < bias + lowest || _end > bias + highest)
+        return false;
+    _begin = bias + lowest;
+    _end = bias + highest;
+    _bias = bias;
+    _headers = headers;
+    _count = count;
+    return true;
+}
+
+void ImageSegments::ReadImage()
+{
+    const auto& head = *reinterpret_cast<const ElfW(Ehdr)*>(_begin);
     if (std::memcmp(head.e_ident, ELFMAG, SELFMAG) != 0 || head.e_phentsize != sizeof(ElfW(Phdr)) ||
         head.e_phoff > kPageSize || head.e_phnum > (kPageSize - head.e_phoff) / sizeof(ElfW(Phdr)))
         return;
-    const auto* const headers = reinterpret_cast<const ElfW(Phdr)*>(begin + head.e_phoff);
+    const auto* const headers = reinterpret_cast<const ElfW(Phdr)*>(_begin + head.e_phoff);
     const auto* const first = std::find_if(
         headers, headers + head.e_phnum, [](const ElfW(Phdr) & header) { return header.p_type == PT_LOAD; });
     if (first == headers + head.e_phnum)
         return;
     _headers = headers;
     _count = head.e_phnum;
-    _bias = begin - PageOf(first->p_vaddr);
+    _bias = _begin - PageOf(first->p_vaddr);
 }
 
 const ElfW(Phdr) * ImageSegments::Find(std::uintptr_t address) const

@@ -19,8 +19,8 @@ constexpr std::uintptr_t PageOf(std::uintptr_t address)
 class ImageSegments
 {
 public:
-    // The range of an image, as _dl_find_object reports it. The headers must be in the first page. If they aren't, or
-    // if they are malformed, there are no segments.
+    // The range of an image, or of a part of the program, as _dl_find_object reports it. The headers of an image must
+    // be in its first page. If they aren't, or if they are malformed, there are no segments.
     ImageSegments(std::uintptr_t begin, std::uintptr_t end);
 
     const ElfW(Phdr) * Begin() const { return _headers; }
@@ -39,6 +39,9 @@ public:
     const ElfW(Phdr) * Find(std::uintptr_t address) const;
 
 private:
+    bool ReadProgram();
+    void ReadImage();
+
     std::uintptr_t _begin;
     std::uintptr_t _end;
     std::uintptr_t _bias = 0;
