@@ -1,4 +1,5 @@
 // Tracked heaps beside the C library's allocator. A step frees one of 10,000 live objects and allocates another one.
+// bench_heap_asan is the same program under AddressSanitizer, whose malloc notes call chains as debug objects do.
 #include <qxut23/heaps.h>
 
 #include <benchmark/benchmark.h>
@@ -7,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <vector>
 
 namespace
@@ -41,6 +43,16 @@ void Run(benchmark::State& state, Allocate allocate, Free free)
         free(object);
 }
 
+// Calls itself so that the work runs in more frames.
+[[gnu::noinline]] void RunDeeper(int frames, const std::function<void()>& work)
+{
+    if (frames > 0)
+        RunDeeper(frames - 1, work);
+    else
+        work();
+    benchmark::ClobberMemory(); // so that no call is the last instruction
+}
+
 void RunOnHeap(benchmark::State& state, std::uint32_t flags)
 {
     const HUTHEAPJOB job = UtilJobOpen(nullptr, 0);
@@ -65,6 +77,11 @@ void RunOnMalloc(benchmark::State& state)
     benchmark::RegisterBenchmark(
         "debug object/ours", [](benchmark::State& state) { RunOnHeap(state, QXUT_HEAP_DEBUG); });
     benchmark::RegisterBenchmark("debug object/malloc", RunOnMalloc);
+    constexpr int kFurtherFrames = 32;
+    benchmark::RegisterBenchmark("debug object in 40 frames/ours",
+        [](benchmark::State& state) { RunDeeper(kFurtherFrames, [&state] { RunOnHeap(state, QXUT_HEAP_DEBUG); }); });
+    benchmark::RegisterBenchmark("debug object in 40 frames/malloc",
+        [](benchmark::State& state) { RunDeeper(kFurtherFrames, [&state] { RunOnMalloc(state); }); });
     return true;
 }();
 
