@@ -17,12 +17,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <string>
 
+#include <limits.h>
 #include <pthread.h>
 #include <sys/stat.h>
 
@@ -40,7 +42,9 @@ void RunOnStack(std::size_t kilobytes, std::function<void()> body)
 {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, kilobytes * 1024), 0);
+    // Some processors need more than the smallest size.
+    const std::size_t size = std::max<std::size_t>(kilobytes * 1024, PTHREAD_STACK_MIN);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, size), 0);
     pthread_t thread;
     ASSERT_EQ(pthread_create(
                   &thread, &attributes,

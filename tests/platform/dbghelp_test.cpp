@@ -252,6 +252,13 @@ BOOL CALLBACK TakeVariable(PSYMBOL_INFO info, ULONG, PVOID list)
     return TRUE;
 }
 
+// Such a structure has no place in the frame.
+#if defined(__aarch64__) // its calling convention
+constexpr bool kPassesStructuresByReference = true;
+#else
+constexpr bool kPassesStructuresByReference = false;
+#endif
+
 void ListVariablesOfCaller(void* list)
 {
     const std::vector<Frame> frames = Walk();
@@ -268,6 +275,8 @@ void ListVariablesOfCaller(void* list)
         ASSERT_TRUE(SymEnumSymbols_(GetCurrentProcess(), 0, nullptr, TakeVariable, list));
         for (Named& variable : variables)
         {
+            if (variable.name == "triple" && kPassesStructuresByReference)
+                continue;
             ASSERT_NE(variable.info.Address, 0u) << variable.name;
             ASSERT_EQ(variable.info.Register, 22u);
             variable.bytes.assign(
@@ -335,7 +344,7 @@ TEST_F(DebugHelp, ListsVariablesWithTypesAndPlaces)
             base = query(query(found.info.TypeIndex, TI_GET_TYPE), TI_GET_BASETYPE);
         EXPECT_EQ(base, expected.baseType);
         EXPECT_EQ(query(found.info.TypeIndex, TI_GET_COUNT), expected.tag == SymTagArrayType ? 5u : 0u);
-        if (!expected.bytes.empty())
+        if (!expected.bytes.empty() && found.info.Address != 0)
         {
             EXPECT_EQ(found.bytes, expected.bytes);
         }
