@@ -92,8 +92,9 @@ typedef struct _OSVERSIONINFOEXW
     BYTE wReserved;
 } OSVERSIONINFOEXW, *POSVERSIONINFOEXW, *LPOSVERSIONINFOEXW;
 
-// LockCount is 0 if the section is free, and otherwise the number of the thread that holds it. A zeroed section is
-// free, so static sections can be entered before their constructors have run.
+// LockCount is 0 if the section is free, and otherwise twice the number of the thread that holds it, plus 1 if other
+// threads may be waiting. A zeroed section is free, so static sections can be entered before their constructors have
+// run.
 typedef struct _RTL_CRITICAL_SECTION
 {
     PVOID DebugInfo;

@@ -1,7 +1,6 @@
 #include "base/fork_gate.h"
 
 #include "base/futex.h"
-#include "base/lock_word.h"
 
 #include <climits>
 #include <ctime>
@@ -116,7 +115,6 @@ void AfterForkInChild()
     firstOfProcess = nextSerial.load();
     survivor = forkRecord.serial;
     ++forkGeneration;
-    LockWaiters::Reset();
     first = nullptr;
     if (forkRecord.link != nullptr)
         Link(forkRecord);

@@ -3,44 +3,33 @@
 namespace qxplatform
 {
 
-constinit std::atomic<LONG> LockWaiters::_counts[kCounts] = {};
-
-void LockWaiters::Reset()
-{
-    for (std::atomic<LONG>& count : _counts)
-        count.store(0, std::memory_order_relaxed);
-}
-
 bool LockWord::TryToTake()
 {
     LONG state = Word().load(std::memory_order_relaxed);
-    if (state != 0 && !WasAbandoned(static_cast<std::uint32_t>(state)))
+    if (state != 0 && !WasAbandoned(static_cast<std::uint32_t>(state) >> 1))
         return false;
-    return Word().compare_exchange_strong(state, Mine(), std::memory_order_acquire, std::memory_order_relaxed);
+    const LONG wanted = Mine() | (state & kHasWaiters);
+    return Word().compare_exchange_strong(state, wanted, std::memory_order_acquire, std::memory_order_relaxed);
 }
 
-// Returns false if another thread holds the lock; `state` is then the value to wait on.
-bool LockWord::TakeOrRead(LONG& state)
+// Takes the lock if it is free, and otherwise marks that threads wait for it. A thread that takes the lock here sets
+// the mark too, because others may still be waiting. Returns false if another thread holds the lock; `state` is then
+// the value to wait on.
+bool LockWord::MarkOrTake(LONG& state)
 {
+    state = Word().load(std::memory_order_relaxed);
     for (;;)
     {
-        state = Word().load(std::memory_order_relaxed);
-        if (state != 0 && !WasAbandoned(static_cast<std::uint32_t>(state)))
+        const bool isFree = state == 0 || WasAbandoned(static_cast<std::uint32_t>(state) >> 1);
+        if (!isFree && (state & kHasWaiters) != 0)
             return false;
-        if (Word().compare_exchange_weak(state, Mine(), std::memory_order_acquire, std::memory_order_relaxed))
+        const LONG wanted = (isFree ? Mine() : state) | kHasWaiters;
+        if (!Word().compare_exchange_weak(state, wanted, std::memory_order_acquire, std::memory_order_relaxed))
+            continue;
+        if (isFree)
             return true;
+        state = wanted;
     }
-}
-
-// After the barriers, each thread that releases the lock either reads the count that this thread has raised, or has
-// stored its release before, so that this thread doesn't sleep.
-void LockWord::SleepWhile(LONG state)
-{
-    std::atomic<LONG>& count = LockWaiters::Of(&_word);
-    count.fetch_add(1, std::memory_order_relaxed);
-    RunBarriers();
-    FutexWait(&_word, state);
-    count.fetch_sub(1, std::memory_order_relaxed);
 }
 
 } // namespace qxplatform
