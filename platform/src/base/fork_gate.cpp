@@ -73,6 +73,16 @@ LONGLONG Now()
     return now.tv_sec * 1'000'000'000LL + now.tv_nsec;
 }
 
+// Threads store that they hold something and then check for a fork. A memory barrier between the two would slow down
+// every lock. Instead, this function runs a barrier on all processors that run such threads.
+void RunBarriers()
+{
+    if (syscall(SYS_membarrier, MEMBARRIER_CMD_PRIVATE_EXPEDITED, 0, 0) == 0)
+        return;
+    const timespec longer{0, 1'000'000}; // longer than any store takes to become visible
+    nanosleep(&longer, nullptr);
+}
+
 void BeforeFork()
 {
     const std::uint32_t serial = ThreadSerial();
@@ -80,7 +90,7 @@ void BeforeFork()
     forking = serial;
     std::atomic_ref(forkWord).store(TRUE);
     isForking.store(true);
-    RunBarriers(); // threads store that they hold something, and then check for a fork
+    RunBarriers();
     const LONGLONG end = Now() + kPatience;
     for (const ForkRecord* record = first; record != nullptr; record = record->next)
     {
@@ -130,14 +140,6 @@ void AfterForkInChild()
 }
 
 } // namespace
-
-void RunBarriers()
-{
-    if (syscall(SYS_membarrier, MEMBARRIER_CMD_PRIVATE_EXPEDITED, 0, 0) == 0)
-        return;
-    const timespec longer{0, 1'000'000}; // longer than any store takes to become visible
-    nanosleep(&longer, nullptr);
-}
 
 // If the end of the thread couldn't be detected, the record isn't entered, and forks don't wait for the thread.
 void EnterForkRecord()

@@ -34,10 +34,6 @@ extern constinit std::atomic<bool> isForking;
 void EnterForkRecord();
 void WaitForFork();
 
-// Runs a memory barrier on all processors that run threads of this process. Threads that often store one word and then
-// read another one can do without a barrier of their own, if those that rarely do it the other way round call this.
-void RunBarriers();
-
 // Returns the number of the calling thread, counted from 1. It stays the same in a forked child. No other thread ever
 // has the same number, not even in a child.
 inline std::uint32_t ThreadSerial()

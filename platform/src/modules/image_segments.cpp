@@ -16,8 +16,8 @@ ImageSegments::ImageSegments(std::uintptr_t begin, std::uintptr_t end) : _begin(
 }
 
 // The kernel maps nothing between the segments of the program. If they are aligned to more than a page, there are gaps,
-// and the range is that of a single segment, which may be without headers. Returns false if the range isn't part of the
-// program.
+// and the given range covers one segment only, often not the one with the headers. Returns false for a range outside
+// the program.
 bool ImageSegments::ReadProgram()
 {
     const auto* const headers = reinterpret_cast<const ElfW(Phdr)*>(getauxval(AT_PHDR));
