@@ -19,7 +19,6 @@
 #include <cstdlib>
 #include <new>
 #include <set>
-#include <string>
 #include <string_view>
 #include <thread>
 
@@ -279,10 +278,10 @@ TEST(HeapReports, AskForEachModuleOnce)
     }
     pathQueries = memoryQueries = 0;
     EXPECT_EQ(list.Close(job), kHeapsLeftOver);
-    std::set<std::wstring> modules;
+    std::set<String> modules;
     for (const auto& entry : lines.Entries())
         if (const auto at = entry.text.View().find(L"[called by "); at != std::wstring_view::npos)
-            modules.insert(std::wstring(entry.text.View().substr(at)));
+            modules.insert(String(entry.text.View().substr(at)));
     EXPECT_FALSE(modules.empty());
     EXPECT_EQ(pathQueries, static_cast<int>(modules.size()));
     EXPECT_LE(memoryQueries, 10) << "also for lower pages than before";
