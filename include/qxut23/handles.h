@@ -1,9 +1,9 @@
 /* Handle tracking: finds handles that a program has never closed.
  *
  * The program reports each handle that it makes and deletes, by kind. The library keeps a list for each kind, with the
- * twenty nearest return addresses of each creation. When the library is unloaded, it writes the handles that are left
- * to the debug output, as in "LOST PEN HANDLE 0x1A00043:". In a developer run (the environment variable USER is "qvx")
- * the return addresses follow.
+ * twenty nearest return addresses of each creation. When the library is unloaded or the process ends, it writes the
+ * handles that are left to the debug output, as in "LOST PEN HANDLE 0X0000000001A00043:". In a developer run (the
+ * environment variable USER is "qvx") the return addresses follow.
  *
  * Two snapshots show what is new and what is gone in between.
  */

@@ -5,6 +5,8 @@
  * and objects that are left at the end are reported through the debug output (qxut23/debug.h). Result codes don't
  * depend on the debug output. qxut23/leaks.h shows at any time who allocated the live objects.
  *
+ * Jobs that are open when the library is unloaded are freed with their heaps and objects, without a report.
+ *
  * The functions may be called from any thread; one lock serializes them. Only objects without a heap are allocated and
  * freed without the lock.
  */

@@ -21,7 +21,7 @@ HDATABP UtilSetDataBP(std::uint64_t address, std::uint32_t size, std::int32_t wr
         [=]
         {
             const HDATABP handle = new QXUT_DATABP{kNoSlot};
-            handle->slot = SetDataBreakpoint(address, size, writeOnly != 0);
+            handle->slot = Guarded(kNoSlot, [=] { return SetDataBreakpoint(address, size, writeOnly != 0); });
             return handle;
         });
 }

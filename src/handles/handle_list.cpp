@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <new>
 #include <vector>
 
 namespace qx
@@ -18,12 +19,25 @@ const void* Shown(HandleValue handle)
     return reinterpret_cast<const void*>(handle);
 }
 
+// Without memory for the texts, the addresses are shown, so that no handle of the report is lost.
+std::vector<String> LinesOf(const scFrames& frames, CallerTexts& texts)
+{
+    try
+    {
+        return texts.Lines(frames.callers, frames.count);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return {};
+    }
+}
+
 // Other people's runs don't have the symbols that would make the addresses readable.
 void WriteCallers(const scFrames& frames, CallerTexts& texts)
 {
     if (!UtilIsDeveloperRun() || !UtilIsDebugActive())
         return;
-    const std::vector<String> lines = texts.Lines(frames.callers, frames.count);
+    const std::vector<String> lines = LinesOf(frames, texts);
     for (unsigned i = 0; i < frames.count; ++i)
         if (i < lines.size() && !lines[i].IsEmpty())
             DebugLine(L"  %s", lines[i].Text());

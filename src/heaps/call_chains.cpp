@@ -36,6 +36,18 @@ CallChains::Captured::Captured(const void* caller)
     _count = 1;
 }
 
+CallChains::~CallChains()
+{
+    for (std::size_t i = 0; i < _buckets; ++i)
+        while (Record* const record = _byAddress[i])
+        {
+            _byAddress[i] = record->nextByAddress;
+            HeapFree(GetProcessHeap(), 0, record);
+        }
+    if (_byContent != _firstByContent)
+        HeapFree(GetProcessHeap(), 0, _byContent);
+}
+
 const scCallChain* CallChains::Use(const Captured& captured)
 {
     std::uint64_t mixed = captured.Count();

@@ -44,6 +44,7 @@ public:
     constexpr CallChains() = default;
     CallChains(const CallChains&) = delete;
     CallChains& operator=(const CallChains&) = delete;
+    ~CallChains(); // frees all records
 
     // Returns the record of a chain and counts one more use, or returns null if memory runs out.
     const scCallChain* Use(const Captured& captured);

@@ -5,6 +5,8 @@
 
 #include <windows.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <cwchar>
 #include <new>
 
@@ -21,36 +23,90 @@ struct KnownModule
     wchar_t path[kPathCapacity];
 };
 
-// Static, because a report must not depend on free memory. Further modules are looked up for each line.
+// Memory that a report has looked up.
+struct KnownRegion
+{
+    std::uintptr_t begin;
+    std::uintptr_t end;
+    const wchar_t* path; // null if the memory isn't committed
+};
+
+// Static, because a report must not depend on free memory. Further modules and regions are looked up for each line.
 constexpr std::size_t kMostKnown = 64;
 KnownModule knownModules[kMostKnown];
 std::size_t knownCount = 0;
+KnownRegion knownRegions[kMostKnown];
+std::size_t knownRegionCount = 0;
 int reportsInProgress = 0;
 
-// Returns 0 on failure.
-DWORD StorePath(KnownModule& place)
+// Stores an empty path on failure.
+void StorePath(HMODULE module, KnownModule& place)
 {
+    DWORD length = 0;
     try
     {
-        return GetModuleFileNameW(place.module, place.path, kPathCapacity);
+        length = GetModuleFileNameW(module, place.path, kPathCapacity);
     }
     catch (const std::bad_alloc&) // must not interrupt the operation that reports
     {
-        return 0;
+        length = 0;
     }
+    place.module = module;
+    place.path[length < kPathCapacity ? length : kPathCapacity - 1] = 0;
 }
 
-const wchar_t* PathOf(HMODULE module)
+// Returns null if no more modules can be kept.
+const KnownModule* Known(HMODULE module)
 {
     for (std::size_t i = 0; i < knownCount; ++i)
         if (knownModules[i].module == module)
-            return knownModules[i].path;
-    static KnownModule unknown;
-    KnownModule& place = knownCount < kMostKnown ? knownModules[knownCount++] : unknown;
-    place.module = module;
-    const DWORD length = StorePath(place);
-    place.path[length < kPathCapacity ? length : kPathCapacity - 1] = 0;
-    return place.path;
+            return &knownModules[i];
+    if (knownCount == kMostKnown)
+        return nullptr;
+    KnownModule& place = knownModules[knownCount++];
+    StorePath(module, place);
+    return &place;
+}
+
+// A region is known from the lowest page that was looked up.
+void Remember(const KnownRegion& region)
+{
+    for (std::size_t i = 0; i < knownRegionCount; ++i)
+        if (knownRegions[i].end == region.end)
+        {
+            knownRegions[i] = region;
+            return;
+        }
+    if (knownRegionCount < kMostKnown)
+        knownRegions[knownRegionCount++] = region;
+}
+
+// The path of the module that contains an address. Null if the memory isn't committed.
+const wchar_t* PathOf(const void* address)
+{
+    const auto place = reinterpret_cast<std::uintptr_t>(address);
+    for (std::size_t i = 0; i < knownRegionCount; ++i)
+        if (place >= knownRegions[i].begin && place < knownRegions[i].end)
+            return knownRegions[i].path;
+    MEMORY_BASIC_INFORMATION memory = {};
+    if (VirtualQuery(address, &memory, sizeof memory) == 0)
+        return nullptr;
+    const auto begin = reinterpret_cast<std::uintptr_t>(memory.BaseAddress);
+    KnownRegion region{begin, begin + memory.RegionSize, nullptr};
+    if (memory.State == MEM_COMMIT)
+    {
+        const auto module = static_cast<HMODULE>(memory.AllocationBase);
+        const KnownModule* const known = Known(module);
+        if (known == nullptr)
+        {
+            static KnownModule further;
+            StorePath(module, further);
+            return further.path;
+        }
+        region.path = known->path;
+    }
+    Remember(region);
+    return region.path;
 }
 
 } // namespace
@@ -58,7 +114,7 @@ const wchar_t* PathOf(HMODULE module)
 ReportedPaths::ReportedPaths() : _isOutermost(reportsInProgress++ == 0)
 {
     if (_isOutermost)
-        knownCount = 0;
+        knownCount = knownRegionCount = 0;
 }
 
 ReportedPaths::~ReportedPaths()
@@ -73,12 +129,8 @@ void ReportChain(const CallChains& chains, const wchar_t* subject, const scCallC
     const ReportedPaths paths;
     ReportLine(L"%s stack trace:", subject);
     for (const scCaller& entry : chain->entries)
-    {
-        MEMORY_BASIC_INFORMATION memory = {};
-        if (entry.address != nullptr && VirtualQuery(entry.address, &memory, sizeof memory) != 0 &&
-            memory.State == MEM_COMMIT)
-            ReportLine(L" [called by %s]", PathOf(static_cast<HMODULE>(memory.AllocationBase)));
-    }
+        if (const wchar_t* const path = entry.address != nullptr ? PathOf(entry.address) : nullptr)
+            ReportLine(L" [called by %s]", path);
 }
 
 } // namespace qx

@@ -7,8 +7,8 @@ namespace qx
 class CallChains;
 struct scCallChain;
 
-// The paths of modules that a report has named so far. As long as one exists, chains are shown with its paths, so each
-// module is looked up once a report.
+// The memory and the modules that a report has looked up so far. As long as one exists, chains are shown with its
+// paths, so each module is looked up once a report.
 class ReportedPaths
 {
 public:

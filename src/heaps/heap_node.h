@@ -52,6 +52,8 @@ public:
         clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains, const void* caller);
     // Destroys the system heap, too. Returns kHeapsLeftOver if there were objects, otherwise 0.
     static std::int32_t Delete(clsHeapNode* heap);
+    // Frees the heap and its objects without a report. Doesn't count the uses of the objects' call chains.
+    static void Discard(clsHeapNode* heap);
 
     clsHeapNode(const clsHeapNode&) = delete;
     clsHeapNode& operator=(const clsHeapNode&) = delete;

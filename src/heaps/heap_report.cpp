@@ -72,6 +72,7 @@ void clsHeapNode::Report() const
 
 std::int32_t clsHeapNode::Delete(clsHeapNode* heap)
 {
+    const ReportedPaths paths;
     if (heap->IsDebugHeap())
         heap->CheckAll();
     if (heap->_maximumLiveObjects > 0)
@@ -90,11 +91,16 @@ std::int32_t clsHeapNode::Delete(clsHeapNode* heap)
                 heap->ReleaseChain(object);
                 return true;
             });
+    Discard(heap);
+    return hasObjects ? kHeapsLeftOver : 0;
+}
+
+void clsHeapNode::Discard(clsHeapNode* heap)
+{
     HeapDestroy(heap->_systemHeap);
     heap->_chains.Release(heap->_creationTrace);
     heap->~clsHeapNode();
     HeapFree(GetProcessHeap(), 0, heap);
-    return hasObjects ? kHeapsLeftOver : 0;
 }
 
 } // namespace qx

@@ -27,6 +27,15 @@ clsModuleList& clsModuleList::Instance()
     return moduleList;
 }
 
+clsModuleList::~clsModuleList()
+{
+    while (clsModuleNode* const module = _first)
+    {
+        _first = module->_next;
+        clsModuleNode::Discard(module);
+    }
+}
+
 // Runs an operation of a heap in the section, as a block of lines if the job is traced.
 template <class Work>
 std::int32_t clsModuleList::Traced(clsHeapNode* heap, const wchar_t* format, Work work)

@@ -21,6 +21,8 @@ public:
     clsModuleList() = default;
     clsModuleList(const clsModuleList&) = delete;
     clsModuleList& operator=(const clsModuleList&) = delete;
+    // Frees all jobs, heaps and objects that are left, without a report: the debug output is closed by then.
+    ~clsModuleList();
 
     clsModuleNode* Open(const wchar_t* name, std::uint32_t flags, const void* caller);
     std::int32_t Close(clsModuleNode* module); // looks the handle up

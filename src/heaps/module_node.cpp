@@ -1,6 +1,7 @@
 #include "heaps/module_node.h"
 
 #include "diag/report.h"
+#include "heaps/chain_report.h"
 
 #include <windows.h>
 
@@ -33,6 +34,7 @@ std::int32_t clsModuleNode::Delete(clsModuleNode* module)
 {
     const bool hasHeaps = module->_firstHeap != nullptr;
     {
+        const ReportedPaths paths;
         ReportBlock block;
         while (clsHeapNode* const heap = module->_firstHeap)
         {
@@ -42,10 +44,20 @@ std::int32_t clsModuleNode::Delete(clsModuleNode* module)
             clsHeapNode::Delete(heap);
         }
     }
+    Discard(module);
+    return hasHeaps ? kHeapsLeftOver : 0;
+}
+
+void clsModuleNode::Discard(clsModuleNode* module)
+{
+    while (clsHeapNode* const heap = module->_firstHeap)
+    {
+        module->UnlinkHeap(*heap);
+        clsHeapNode::Discard(heap);
+    }
     module->_chains.Release(module->_openTrace);
     module->~clsModuleNode();
     HeapFree(GetProcessHeap(), 0, module);
-    return hasHeaps ? kHeapsLeftOver : 0;
 }
 
 clsHeapNode* clsModuleNode::AddHeap(const wchar_t* name, std::uint32_t flags, const void* caller)

@@ -16,6 +16,8 @@ public:
     static clsModuleNode* Create(const wchar_t* name, std::uint32_t flags, CallChains& chains, const void* caller);
     // Deletes the heaps, too. Returns kHeapsLeftOver if there were any, otherwise 0.
     static std::int32_t Delete(clsModuleNode* module);
+    // Frees the job and its heaps without a report.
+    static void Discard(clsModuleNode* module);
 
     clsModuleNode(const clsModuleNode&) = delete;
     clsModuleNode& operator=(const clsModuleNode&) = delete;

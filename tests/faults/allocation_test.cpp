@@ -1,6 +1,7 @@
 // Makes each allocation of an operation fail in turn. The operation must report the failure, leave nothing behind and
 // not end the process.
 #include <qxut23/archives.h>
+#include <qxut23/breakpoints.h>
 #include <qxut23/jobs.h>
 #include <qxut23/markup.h>
 #include <qxut23/packed_text.h>
@@ -20,6 +21,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -219,6 +221,18 @@ Outcome Document()
     return isThere ? Outcome::Done : isReported ? Outcome::Failed : Outcome::Lied;
 }
 
+// No slot can be set for this size, but the caller gets a handle all the same.
+Outcome Breakpoint()
+{
+    std::int32_t slot = -1;
+    const HDATABP breakpoint = UtilSetDataBP(0x1000, 3, 1);
+    if (breakpoint != nullptr)
+        std::memcpy(&slot, breakpoint, sizeof slot);
+    UtilRemoveDataBP(breakpoint);
+    FailAllocation(0);
+    return breakpoint == nullptr ? Outcome::Failed : slot == -1 ? Outcome::Done : Outcome::Lied;
+}
+
 class Allocations : public testing::TestWithParam<std::pair<const char*, Operation>>
 {
 protected:
@@ -300,7 +314,7 @@ TEST_P(Allocations, FailWithoutALeak)
 INSTANTIATE_TEST_SUITE_P(Of, Allocations,
     testing::Values(std::pair("Profile", &Profile), std::pair("Pool", &Pool), std::pair("Archive", &Archive),
         std::pair("Document", &Document), std::pair("Embedded", &Embedded), std::pair("Unpacking", &Unpacking),
-        std::pair("Page", &Page)),
+        std::pair("Page", &Page), std::pair("Breakpoint", &Breakpoint)),
     [](const testing::TestParamInfo<std::pair<const char*, Operation>>& parameter)
     { return std::string(parameter.param.first); });
 

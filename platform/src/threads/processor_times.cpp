@@ -4,7 +4,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <string>
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -29,12 +28,14 @@ ProcessorTimes ProcessorTimesOfThisThread()
     return {UnitsOfClock(usage.ru_utime), UnitsOfClock(usage.ru_stime)};
 }
 
-// If the thread has ended, there is nothing to read.
+// If the thread has ended, there is nothing to read. Allocates nothing, because a caller may run out of memory while it
+// ends a thread.
 ProcessorTimes ProcessorTimesOf(DWORD threadId)
 {
     char buffer[1024] = {};
-    const std::string path = "/proc/self/task/" + std::to_string(threadId) + "/stat";
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    char path[40];
+    std::snprintf(path, sizeof path, "/proc/self/task/%u/stat", static_cast<unsigned>(threadId));
+    const int file = open(path, O_RDONLY | O_CLOEXEC);
     if (file < 0)
         return {};
     const ssize_t length = read(file, buffer, sizeof buffer - 1);

@@ -60,6 +60,33 @@ TEST_F(Breakpoints, TakeTheFirstFreeSlot)
     EXPECT_EQ(TakeHits(), 0u);
 }
 
+// A slot that something else has set stays as it is.
+TEST_F(Breakpoints, LeaveOtherSlotsAlone)
+{
+    volatile std::int64_t cells[2] = {};
+    CONTEXT context{};
+    context.ContextFlags = CONTEXT_DEBUG_REGISTERS;
+    ASSERT_TRUE(GetThreadContext(GetCurrentThread(), &context));
+    context.Dr0 = reinterpret_cast<std::uintptr_t>(&cells[0]);
+    context.Dr7 = 0x90001; // writes of 8 bytes
+    ASSERT_TRUE(SetThreadContext(GetCurrentThread(), &context));
+    const HDATABP breakpoint = Watch(&cells[1], 8, false);
+    EXPECT_EQ(SlotOf(breakpoint), 1);
+    ASSERT_TRUE(GetThreadContext(GetCurrentThread(), &context));
+    EXPECT_EQ(context.Dr7 & 0xFF00FF, 0xB90005u);
+    EXPECT_EQ(context.Dr1, reinterpret_cast<std::uintptr_t>(&cells[1]));
+    UtilRemoveDataBP(breakpoint);
+    ASSERT_TRUE(GetThreadContext(GetCurrentThread(), &context));
+    EXPECT_EQ(context.Dr7 & 0xF00FF, 0x90001u);
+    cells[0] = 1;
+    cells[1] = 1;
+    EXPECT_EQ(TakeHits(), Hits(1));
+    context.Dr7 = 0;
+    ASSERT_TRUE(SetThreadContext(GetCurrentThread(), &context));
+    cells[0] = 2;
+    EXPECT_EQ(TakeHits(), 0u);
+}
+
 TEST_F(Breakpoints, WatchWhatTheyAreSetFor)
 {
     alignas(16) volatile std::uint8_t bytes[16] = {};

@@ -1,7 +1,13 @@
 // module_peer: loads the library, uses it, unloads it, and loads it again. Exit code: 0 on success, otherwise the
 // number of the failed check. With an argument: fails an assertion.
+#include <qxut23/heaps.h>
+
 #include <windows.h>
 
+#include <heapapi.h>
+#include <memoryapi.h>
+
+#include <cstddef>
 #include <cstdint>
 
 namespace
@@ -11,6 +17,40 @@ template <class Function>
 Function* Find(HMODULE library, const char* name)
 {
     return reinterpret_cast<Function*>(GetProcAddress(library, name));
+}
+
+std::size_t BlocksOfProcessHeap()
+{
+    std::size_t count = 0;
+    PROCESS_HEAP_ENTRY entry{};
+    while (HeapWalk(GetProcessHeap(), &entry))
+        count += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
+    return count;
+}
+
+constexpr std::size_t kHeapsLeft = 20;
+const void* objectsLeft[kHeapsLeft];
+
+// Each call chain is another one.
+[[gnu::noinline]] void LeaveHeaps(HMODULE library, HUTHEAPJOB job, std::size_t count)
+{
+    const HUTHEAP heap = Find<decltype(UtilHeapCreate)>(library, "UtilHeapCreate")(job, L"heap", 0);
+    objectsLeft[count - 1] = Find<decltype(UtilHeapObjectAlloc)>(library, "UtilHeapObjectAlloc")(heap, 3'000'000, 0);
+    if (count > 1)
+        LeaveHeaps(library, job, count - 1);
+    asm volatile(""); // keeps the call above from becoming a jump
+}
+
+// Returns true if the memory of the objects was given back.
+bool AreObjectsGone()
+{
+    for (const void* const object : objectsLeft)
+    {
+        MEMORY_BASIC_INFORMATION memory{};
+        if (VirtualQuery(object, &memory, sizeof memory) != 0 && memory.State == MEM_COMMIT)
+            return false;
+    }
+    return true;
 }
 
 int UseOnce()
@@ -33,9 +73,17 @@ int UseOnce()
         return 5;
     if (!interaction || interaction() > 1)
         return 6;
+    auto* const openJob = Find<decltype(UtilJobOpen)>(library, "UtilJobOpen");
+    if (!openJob)
+        return 9;
+    LeaveHeaps(library, openJob(L"job", QXUT_HEAPJOB_DEBUG | QXUT_HEAPJOB_TRACE), kHeapsLeft);
+    if (AreObjectsGone())
+        return 10;
     if (!FreeLibrary(library))
         return 7;
-    return GetModuleHandleW(L"qxUT23.dll") == nullptr ? 0 : 8;
+    if (GetModuleHandleW(L"qxUT23.dll") != nullptr)
+        return 8;
+    return AreObjectsGone() ? 0 : 11;
 }
 
 int FailAssertion()
@@ -55,5 +103,10 @@ int main(int count, char**)
     if (count > 1)
         return FailAssertion();
     const int first = UseOnce();
-    return first != 0 ? first : UseOnce();
+    if (first != 0)
+        return first;
+    const std::size_t before = BlocksOfProcessHeap();
+    const int second = UseOnce();
+    // The system may keep a few blocks of its own there.
+    return second != 0 ? second : BlocksOfProcessHeap() < before + kHeapsLeft ? 0 : 12;
 }

@@ -1,0 +1,148 @@
+// Reports of tracked heaps: words that need special conditions, and their time.
+#include "heaps/heap_functions.h"
+#include "heaps/module_list.h"
+#include "module/module_paths.h"
+
+#include "support/debug_lines.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+#include <string>
+
+using namespace qx;
+
+namespace
+{
+
+class HeapReports : public testing::Test
+{
+protected:
+    ~HeapReports() override { ReplaceHeapFunctions(nullptr); }
+
+    void* Allocate(std::uint32_t size, std::uint32_t flags = 0, std::uint32_t tag = 0)
+    {
+        return list.AllocObject(heap, size, flags, tag, __builtin_return_address(0));
+    }
+
+    clsModuleList list;
+    clsModuleNode* const job = list.Open(L"job", 0, nullptr);
+    clsHeapNode* const heap = list.CreateHeap(job, L"heap", kHeapDebug, nullptr);
+    const qxtest::DebugLines lines;
+};
+
+// Writes reports as fast as possible.
+class CountingSink : public DebugLineSink
+{
+public:
+    std::size_t count = 0;
+
+private:
+    void Line(int, const wchar_t*, va_list) override { ++count; }
+};
+
+// The time for a line when a heap with this many objects is deleted.
+double TimeOfLine(int objects)
+{
+    CountingSink sink;
+    clsModuleList list;
+    clsModuleNode* const job = list.Open(L"job", 0, nullptr);
+    clsHeapNode* const heap = list.CreateHeap(job, L"heap", kHeapDebug, nullptr);
+    for (int i = 0; i < objects; ++i)
+        list.AllocObject(heap, 20, 0, 0, __builtin_return_address(0));
+    DebugLineSink* const former = SetDebugLineSink(&sink);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(list.Close(job), kHeapsLeftOver);
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+    SetDebugLineSink(former);
+    EXPECT_GT(sink.count, 10u * static_cast<std::size_t>(objects)); // twice, with contents and chain
+    return time.count() / static_cast<double>(sink.count);
+}
+
+} // namespace
+
+TEST_F(HeapReports, ChainsNameTheModule)
+{
+    Allocate(20);
+    EXPECT_EQ(list.DeleteHeap(heap), kHeapsLeftOver);
+    const String caller(String::kFormatted, L" [called by %s]\n", ModulePath(nullptr).Text());
+    EXPECT_GE(lines.CountOf(caller.View()), 2u) << "heap and object";
+}
+
+TEST_F(HeapReports, MostAndAllAllocations)
+{
+    for (int i = 0; i < 3; ++i)
+        list.FreeObject(heap, Allocate(20));
+    void* const two[] = {Allocate(20), Allocate(20)};
+    for (void* const object : two)
+        list.FreeObject(heap, object);
+    EXPECT_EQ(list.DeleteHeap(heap), 0);
+    EXPECT_EQ(lines.CountOf(L":Heap['job'/'heap']: max 2, total 5 allocations\n"), 1u);
+    list.DeleteHeap(list.CreateHeap(job, L"unused", 0, nullptr));
+    EXPECT_EQ(lines.Count(), 1u);
+}
+
+// Only the first 64 bytes of an object are shown.
+TEST_F(HeapReports, LongObjects)
+{
+    auto* const object = static_cast<char*>(Allocate(200, kObjectFill | kObjectNoChain));
+    object[200] = 0;
+    EXPECT_EQ(list.ValidateHeap(heap, nullptr), 0);
+    EXPECT_EQ(lines.CountOf(L"200(=0x000000c8) Bytes\n"), 1u);
+    EXPECT_EQ(lines.CountOf(L": "
+                            L"  f5 f5 f5 f5 f5 f5 f5 f5  ........\n"),
+        8u);
+    EXPECT_EQ(lines.Count(), 10u);
+}
+
+// A damaged size can point to another word that looks like the fence. The object is freed all the same.
+TEST_F(HeapReports, NegativeSizes)
+{
+    void* const object = Allocate(20, kObjectNoChain, kFence);
+    PutWord(BytesAt(object, -8), static_cast<std::uint32_t>(-12)); // the fence would be in the place of the tag
+    EXPECT_EQ(list.FreeObject(heap, object), 0);
+    EXPECT_EQ(lines.CountOf(L"Error: clsHeapNode['job'/'heap']::FreeObjectD(0X"), 1u);
+    EXPECT_EQ(lines.CountOf(L": bad size -12\n"), 1u);
+    EXPECT_EQ(lines.CountOf(L": -Object at 0X"), 1u);
+    EXPECT_EQ(lines.CountOf(L", -12(=0xfffffff4) Bytes\n"), 1u);
+    EXPECT_EQ(lines.Count(), 3u);
+    EXPECT_EQ(list.SizeOfObjects(heap), 0);
+    EXPECT_EQ(list.DeleteHeap(heap), 0);
+}
+
+TEST_F(HeapReports, ShrinkingThatFails)
+{
+    HeapFunctions functions = LateHeapFunctions();
+    functions.compact = [](HANDLE, DWORD) -> SIZE_T
+    {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return 0;
+    };
+    ReplaceHeapFunctions(&functions);
+    EXPECT_EQ(list.ShrinkHeap(heap), kHeapsInvalidHandle);
+    const String words(
+        String::kFormatted, L":Error: clsHeapNode['job'/'heap']::ShrinkHeap(%#p) failed\n", static_cast<void*>(heap));
+    EXPECT_EQ(lines.CountOf(words.View()), 1u);
+    functions.compact = [](HANDLE, DWORD) -> SIZE_T
+    {
+        return 0;
+    };
+    EXPECT_EQ(list.ShrinkHeap(heap), 0) << "nothing to give back";
+    EXPECT_EQ(lines.Count(), 1u);
+    ReplaceHeapFunctions(nullptr);
+}
+
+// With more objects, a line takes no longer.
+TEST(HeapReportTimes, GrowWithTheLinesOnly)
+{
+    double few = std::numeric_limits<double>::max();
+    double many = few;
+    for (int i = 0; i < 3; ++i)
+    {
+        few = std::min(few, TimeOfLine(1'000));
+        many = std::min(many, TimeOfLine(32'000));
+    }
+    EXPECT_LT(many, 4 * few);
+}
