@@ -6,6 +6,7 @@
 #include "threads/event.h"
 #include "threads/thread_base.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -92,7 +93,8 @@ private:
     std::unique_ptr<clsDBGHELP> _session;
     Command _command = Command::Open;
     std::atomic<int> _result = 0;
-    CONTEXT _context{}; // a copy, because a thread that is cut off may still read it
+    CONTEXT _context{};                     // a copy, because a thread that is cut off may still read it
+    std::unique_ptr<clsThreadBase> _walker; // not on the stack of the service thread, which may be cut off
     StackTraceListPtr _frames;
     ModuleListPtr _modules;
     Operation _operation = nullptr;
@@ -111,7 +113,11 @@ public:
     ~clsDBGHelpWrapperGPFProt() override { End(); }
 
     bool WalkOnOwnThread() override { return Option(kOwnThreadOption, 1) != 0; }
-    int GetMaxFrames() override { return static_cast<int>(Option(kMaxFramesOption, 100)); }
+    int GetMaxFrames() override
+    {
+        constexpr std::uint32_t kMost = 0x7FFFFFFF;
+        return static_cast<int>(std::min(Option(kMaxFramesOption, 100), kMost));
+    }
     unsigned GetDetail() override { return Option(kDetailOption, 1); }
 
     void SetOption(std::uint32_t key, std::uint32_t value) { _options[key] = value; }
