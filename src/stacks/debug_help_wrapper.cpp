@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace qx
 {
@@ -116,7 +117,7 @@ void clsDBGHelpWrapper::Begin(unsigned mode)
 
 void clsDBGHelpWrapper::End()
 {
-    if (_isCutOff)
+    if (_isCutOff || std::exchange(_hasEnded, true))
         return;
     Run(Command::Close);
     if (_usesThread && !_isCutOff)

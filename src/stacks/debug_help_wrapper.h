@@ -49,6 +49,10 @@ public:
 
     unsigned ThreadProc() override;
 
+    // Closes the session and ends the thread. Destructors call it too, but whoever owns a job calls it first and checks
+    // IsCutOff: closing may run out of time like any command.
+    void End();
+
     bool HasSession() const { return _session != nullptr && !_isCutOff; }
     // A command ran out of time. Its thread may still use this object, which must not be destroyed.
     bool IsCutOff() const { return _isCutOff; }
@@ -64,7 +68,6 @@ public:
 protected:
     // `mode` is the mode of the session.
     void Begin(unsigned mode = clsDBGHELP::kSetsSymbolPath);
-    void End();
 
 private:
     enum class Command
@@ -89,6 +92,7 @@ private:
     unsigned _mode = 0;
     bool _usesThread = true;
     bool _holdsLock = false;
+    bool _hasEnded = false;
     std::atomic<bool> _isCutOff = false;
     std::unique_ptr<clsDBGHELP> _session;
     Command _command = Command::Open;
@@ -132,13 +136,16 @@ private:
     WCValSkipListDict<std::uint32_t, std::uint32_t> _options;
 };
 
-// Destroys a job, unless its thread may still use it.
+// Ends a job and destroys it, unless its thread may still use it.
 struct CloseDebugHelpJob
 {
     template <class Job>
     void operator()(Job* job) const
     {
-        if (job && !job->IsCutOff())
+        if (!job)
+            return;
+        job->End();
+        if (!job->IsCutOff())
             delete job;
     }
 };
