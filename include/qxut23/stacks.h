@@ -4,7 +4,8 @@
  * received. They may be called from any thread and don't change the stack, the program or its modules.
  *
  * The others deliver lists of records with symbols, source lines, parameters and local variables, through a job. Only
- * one job of the process has a session of the debug-help library at a time.
+ * one job of the process has a session of the debug-help library at a time. A job is used by one thread at a time,
+ * which need not be the thread that opened it.
  */
 #ifndef QXUT23_STACKS_H
 #define QXUT23_STACKS_H
@@ -59,7 +60,7 @@ typedef struct DBGStackTraceItem
     char file[260]; /* empty if the line isn't known */
     char symbolType[1024];
     uint64_t moduleBase;
-    char module[1024];
+    char module[1024];      /* its name; the path if only the address is known */
     int32_t parameterCount; /* 4 without a symbol; at most 50 */
     DBGParameter parameters[50];
 } DBGStackTraceItem;
@@ -80,7 +81,8 @@ typedef struct DBGModuleItem
 
 struct _GUID;
 
-/* Lists. The first three functions are those of every COM interface. Items belong to the list and its clones, and are
+/* Lists. The first three functions are those of every COM interface, and QueryInterface finds only IUnknown. Items
+ * belong to the list and its clones, and are
  * valid until the last of these is released.
  *
  * Next stores the next `count` items, and their number in `fetched`, which may be null. It returns 0 if there were
@@ -173,8 +175,9 @@ QXUT_API void UtilDebugHelpJobClose(HDEBUGHELPJOB job);
 QXUT_API void UtilDebugHelpSetOption(HDEBUGHELPJOB job, uint32_t key, uint32_t value);
 
 /* Walks the stack of a context (a CONTEXT of the system), which isn't changed. With a null context, walks the calling
-   thread's own stack. Stores a list, which the caller releases. Returns 1 on success, and 0 if the job is null or has
-   no session. */
+   thread's own stack. Stores a list, which the caller releases. Returns 1 on success, and 0 with a null list if the job
+   is null or has no session, if memory runs out, or if the walk takes longer than 60 s. In the last case the job is
+   lost, and no later job has a session. */
 QXUT_API int32_t UtilDebugHelpGetStackTrace(HDEBUGHELPJOB job, struct IDBGStackTraceList** list, const void* context);
 
 /* Stores a list of the modules of the process, which the caller releases. Returns as above. */

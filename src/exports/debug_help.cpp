@@ -17,6 +17,7 @@ struct QxDebugHelpJob
 {
     clsDBGHelpWrapperGPFProt job;
 
+    void End() { job.End(); }
     bool IsCutOff() const { return job.IsCutOff(); }
 };
 

@@ -4,10 +4,12 @@
 #include "module/late_libraries.h"
 #include "module/module_paths.h"
 #include "module/version_block.h"
+#include "stacks/context_registers.h"
 #include "stacks/frame_variables.h"
 
 #include <cstring>
 #include <iterator>
+#include <new>
 #include <utility>
 
 namespace qx
@@ -19,6 +21,8 @@ constexpr int kNameSize = 1024;
 constexpr DWORD kUndecorateNameOnly = 0x1000;
 constexpr DWORD kSourceServerEvent = 0x40000000;
 constexpr DWORD kSessionOptions = 0x10261;
+constexpr int kParametersWithoutSymbol = 4;
+constexpr ParameterSet kWithoutSymbol = (1 << kParametersWithoutSymbol) - 1;
 constexpr wchar_t kLibraryFile[] = L"dbghelp.dll";
 
 // Returns a variable's value, or an empty text. Longer values than 260 characters are ignored, as paths are.
@@ -47,37 +51,6 @@ BOOL CALLBACK OnSymbolEvent(HANDLE, ULONG event, ULONG64, ULONG64)
     return event == kSourceServerEvent ? TRUE : FALSE;
 }
 
-// The registers of the processor that the library was built for.
-template <class Context>
-std::uint64_t ProgramCounter(const Context& context)
-{
-    if constexpr (requires { context.Rip; })
-        return context.Rip;
-    else
-        return context.Pc;
-}
-
-template <class Context>
-std::uint64_t StackPointer(const Context& context)
-{
-    if constexpr (requires { context.Rsp; })
-        return context.Rsp;
-    else
-        return context.Sp;
-}
-
-template <class Context>
-constexpr DWORD MachineOf()
-{
-    constexpr DWORD kAmd64 = 0x8664;
-    constexpr DWORD kArm64 = 0xAA64;
-    return requires(Context context)
-    {
-        context.Rip;
-    }
-    ? kAmd64 : kArm64;
-}
-
 ADDRESS64 FlatAddress(std::uint64_t offset)
 {
     ADDRESS64 address{};
@@ -93,21 +66,6 @@ BOOL CALLBACK ReadForWalk(HANDLE, DWORD64 address, PVOID buffer, DWORD size, LPD
         ReadProcessMemory(GetCurrentProcess(), reinterpret_cast<const void*>(address), buffer, size, &length);
     *read = static_cast<DWORD>(length);
     return result;
-}
-
-// Fills the values that the symbols didn't tell from the words of the frame.
-void AddFrameWords(DBGStackTraceItem& item, const DWORD64 (&words)[4])
-{
-    int word = 0;
-    for (int index = 0; index < item.parameterCount && word < static_cast<int>(std::size(words)); ++index)
-    {
-        DBGParameter& parameter = item.parameters[index];
-        if (parameter.isLocal)
-            continue;
-        const DWORD64 value = words[word++];
-        if (parameter.kind == kHex32 && parameter.value.number == 0)
-            parameter.value.number = static_cast<std::uint32_t>(value);
-    }
 }
 
 } // namespace
@@ -203,8 +161,16 @@ void clsDBGHELP::AddModules()
         modules = ModulesOfSnapshot();
     if (modules.empty())
         modules = ModulesOfProcess();
-    for (const LoadedModule& module : modules)
-        LoadModule(module.base, module.size);
+    try
+    {
+        for (const LoadedModule& module : modules)
+            LoadModule(module.base, module.size);
+    }
+    catch (const std::bad_alloc&)
+    {
+        _modules.reset(new clsDBGModuleList); // a list that isn't empty counts as complete
+        throw;
+    }
 }
 
 // Counts first, so that no memory is allocated while the system enumerates.
@@ -252,8 +218,8 @@ void clsDBGHELP::LoadModule(std::uint64_t base, std::uint32_t size)
     IMAGEHLP_MODULE64 info{};
     info.SizeOfStruct = sizeof info;
     if (p_SymLoadModuleEx.IsThere())
-        p_SymLoadModuleEx(
-            _process, nullptr, path.IsEmpty() ? nullptr : path.NarrowText(), nullptr, base, size, nullptr, 0);
+        p_SymLoadModuleEx(_process, nullptr, path.IsEmpty() ? nullptr : path.NarrowText(),
+            name.IsEmpty() ? nullptr : name.NarrowText(), base, size, nullptr, 0);
     if (p_SymGetModuleInfo64.IsThere() && p_SymGetModuleInfo64(_process, base, &info))
     {
         CopyToField(SymbolTypeText(info.SymType), item->symbolType);
@@ -313,8 +279,8 @@ StackTraceListPtr clsDBGHELP::Walk(const CONTEXT& context, int maximum, unsigned
     Modules(); // the unwinder of some systems finds only modules that are known
     CONTEXT registers = context;
     STACKFRAME64 frame{};
-    frame.AddrPC = FlatAddress(ProgramCounter(registers));
-    frame.AddrFrame = frame.AddrStack = FlatAddress(StackPointer(registers));
+    frame.AddrPC = FlatAddress(ProgramCounterOf(registers));
+    frame.AddrFrame = frame.AddrStack = FlatAddress(StackPointerOf(registers));
     const auto tables = p_SymFunctionTableAccess64.IsThere()
                             ? reinterpret_cast<PFUNCTION_TABLE_ACCESS_ROUTINE64>(p_SymFunctionTableAccess64.Address())
                             : nullptr;
@@ -330,9 +296,9 @@ StackTraceListPtr clsDBGHELP::Walk(const CONTEXT& context, int maximum, unsigned
             break;
         const bool isExact = index == 0 || frame.AddrBStore.Offset != 0;
         auto item = std::make_unique<DBGStackTraceItem>();
-        Describe(*item, frame.AddrPC.Offset, isExact, frame.AddrFrame.Offset, detail);
+        const ParameterSet unknown = Describe(*item, frame.AddrPC.Offset, isExact, frame.AddrFrame.Offset, detail);
         if ((detail & kParameters) != 0 && item->parameterCount > 0 && frame.AddrReturn.Offset != 0)
-            AddFrameWords(*item, frame.Params);
+            AddFrameWords(*item, unknown, frame.Params);
         const bool isFull = item->addressOnly == 0;
         list->Append(std::move(item));
         if (isFull && frame.AddrReturn.Offset == 0)
@@ -343,7 +309,7 @@ StackTraceListPtr clsDBGHELP::Walk(const CONTEXT& context, int maximum, unsigned
 }
 
 // Looks up a return address one byte earlier, because the call may be the last instruction of its function.
-void clsDBGHELP::Describe(
+ParameterSet clsDBGHELP::Describe(
     DBGStackTraceItem& item, std::uint64_t address, bool isExact, std::uint64_t frameBase, unsigned detail)
 {
     item = {};
@@ -355,24 +321,27 @@ void clsDBGHELP::Describe(
         MEMORY_BASIC_INFORMATION region{};
         if (VirtualQuery(reinterpret_cast<const void*>(address), &region, sizeof region) != 0 && region.AllocationBase)
             CopyToField(ModulePath(static_cast<HMODULE>(region.AllocationBase)).NarrowText(), item.module);
-        return;
+        return 0;
     }
-    item.parameterCount = 4;
+    item.parameterCount = kParametersWithoutSymbol;
     const std::uint64_t lookedUp = isExact ? address : address - 1;
     IMAGEHLP_MODULE64 info{};
     const bool hasModule = FindModuleOf(lookedUp, info); // loads it if necessary, for the symbol
+    ParameterSet unknown = kWithoutSymbol;
     if ((detail & kSymbolAndLine) != 0)
-        DescribeSymbol(item, lookedUp, frameBase);
+        unknown = DescribeSymbol(item, lookedUp, frameBase);
     if ((detail & kModule) != 0 && hasModule)
     {
         CopyToField(SymbolTypeText(info.SymType), item.symbolType);
         CopyToField(info.ModuleName, item.module);
         item.moduleBase = info.BaseOfImage;
     }
+    return unknown;
 }
 
-void clsDBGHELP::DescribeSymbol(DBGStackTraceItem& item, std::uint64_t lookedUp, std::uint64_t frameBase)
+ParameterSet clsDBGHELP::DescribeSymbol(DBGStackTraceItem& item, std::uint64_t lookedUp, std::uint64_t frameBase)
 {
+    ParameterSet unknown = kWithoutSymbol;
     alignas(IMAGEHLP_SYMBOL64) char storage[sizeof(IMAGEHLP_SYMBOL64) + kNameSize] = {};
     auto& symbol = *reinterpret_cast<IMAGEHLP_SYMBOL64*>(storage);
     symbol.SizeOfStruct = sizeof symbol;
@@ -394,7 +363,7 @@ void clsDBGHELP::DescribeSymbol(DBGStackTraceItem& item, std::uint64_t lookedUp,
             (p_SymSetContext(_process, &frame, nullptr) || GetLastError() == ERROR_SUCCESS))
         {
             item.parameterCount = 0;
-            VariableReader(*this, item, frameBase).Read();
+            unknown = VariableReader(*this, item, frameBase).Read();
         }
     }
     IMAGEHLP_LINE64 line{};
@@ -406,6 +375,7 @@ void clsDBGHELP::DescribeSymbol(DBGStackTraceItem& item, std::uint64_t lookedUp,
         item.line = line.LineNumber;
         item.lineDisplacement = lineDisplacement + static_cast<std::uint32_t>(correction);
     }
+    return unknown;
 }
 
 } // namespace qx

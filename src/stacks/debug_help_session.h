@@ -42,8 +42,8 @@ public:
     StackTraceListPtr Walk(const CONTEXT& context, int maximum, unsigned detail = kAllDetail);
 
     // Fills a record. `isExact` states that the address isn't a return address. `frameBase` is the base of addresses in
-    // the frame, or 0, with which no variables are read.
-    void Describe(
+    // the frame, or 0, with which no variables are read. Returns the parameters whose values aren't known.
+    ParameterSet Describe(
         DBGStackTraceItem& item, std::uint64_t address, bool isExact, std::uint64_t frameBase, unsigned detail);
 
 private:
@@ -55,7 +55,7 @@ private:
     void LoadModule(std::uint64_t base, std::uint32_t size);
     bool FindModuleOf(std::uint64_t address, IMAGEHLP_MODULE64& info);
     bool LoadModuleOf(std::uint64_t address);
-    void DescribeSymbol(DBGStackTraceItem& item, std::uint64_t lookedUp, std::uint64_t frameBase);
+    ParameterSet DescribeSymbol(DBGStackTraceItem& item, std::uint64_t lookedUp, std::uint64_t frameBase);
 
     const HANDLE _process = GetCurrentProcess();
     const DWORD _processId = GetCurrentProcessId();

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace qx
 {
@@ -116,7 +117,7 @@ void clsDBGHelpWrapper::Begin(unsigned mode)
 
 void clsDBGHelpWrapper::End()
 {
-    if (_isCutOff)
+    if (_isCutOff || std::exchange(_hasEnded, true))
         return;
     Run(Command::Close);
     if (_usesThread && !_isCutOff)
@@ -252,12 +253,16 @@ int clsDBGHelpWrapper::WalkStack()
     const unsigned detail = DetailOf(GetDetail());
     if (WalkOnOwnThread() && !threadsEnded)
     {
-        clsDbgHelpGetStackTraceThread thread(*_session, _context, maximum, detail);
-        if (thread.ThreadStart(0))
+        auto owned = std::make_unique<clsDbgHelpGetStackTraceThread>(*_session, _context, maximum, detail);
+        clsDbgHelpGetStackTraceThread& walker = *owned;
+        _walker = std::move(owned);
+        if (walker.ThreadStart(0))
         {
-            _frames = thread.Take();
+            _frames = walker.Take();
+            _walker.reset();
             return _frames ? 1 : 0;
         }
+        _walker.reset();
     }
     _frames = _session->Walk(_context, maximum, detail);
     return 1;

@@ -6,6 +6,7 @@
 #include "threads/event.h"
 #include "threads/thread_base.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -48,6 +49,10 @@ public:
 
     unsigned ThreadProc() override;
 
+    // Closes the session and ends the thread. Destructors call it too, but whoever owns a job calls it first and checks
+    // IsCutOff: closing may run out of time like any command.
+    void End();
+
     bool HasSession() const { return _session != nullptr && !_isCutOff; }
     // A command ran out of time. Its thread may still use this object, which must not be destroyed.
     bool IsCutOff() const { return _isCutOff; }
@@ -63,7 +68,6 @@ public:
 protected:
     // `mode` is the mode of the session.
     void Begin(unsigned mode = clsDBGHELP::kSetsSymbolPath);
-    void End();
 
 private:
     enum class Command
@@ -88,11 +92,13 @@ private:
     unsigned _mode = 0;
     bool _usesThread = true;
     bool _holdsLock = false;
+    bool _hasEnded = false;
     std::atomic<bool> _isCutOff = false;
     std::unique_ptr<clsDBGHELP> _session;
     Command _command = Command::Open;
     std::atomic<int> _result = 0;
-    CONTEXT _context{}; // a copy, because a thread that is cut off may still read it
+    CONTEXT _context{};                     // a copy, because a thread that is cut off may still read it
+    std::unique_ptr<clsThreadBase> _walker; // not on the stack of the service thread, which may be cut off
     StackTraceListPtr _frames;
     ModuleListPtr _modules;
     Operation _operation = nullptr;
@@ -111,7 +117,11 @@ public:
     ~clsDBGHelpWrapperGPFProt() override { End(); }
 
     bool WalkOnOwnThread() override { return Option(kOwnThreadOption, 1) != 0; }
-    int GetMaxFrames() override { return static_cast<int>(Option(kMaxFramesOption, 100)); }
+    int GetMaxFrames() override
+    {
+        constexpr std::uint32_t kMost = 0x7FFFFFFF;
+        return static_cast<int>(std::min(Option(kMaxFramesOption, 100), kMost));
+    }
     unsigned GetDetail() override { return Option(kDetailOption, 1); }
 
     void SetOption(std::uint32_t key, std::uint32_t value) { _options[key] = value; }
@@ -126,13 +136,16 @@ private:
     WCValSkipListDict<std::uint32_t, std::uint32_t> _options;
 };
 
-// Destroys a job, unless its thread may still use it.
+// Ends a job and destroys it, unless its thread may still use it.
 struct CloseDebugHelpJob
 {
     template <class Job>
     void operator()(Job* job) const
     {
-        if (job && !job->IsCutOff())
+        if (!job)
+            return;
+        job->End();
+        if (!job->IsCutOff())
             delete job;
     }
 };

@@ -78,7 +78,7 @@ void PrintParameter(const DBGParameter& parameter, clsDebugOutput& output)
     default:
         line += String(String::kFormatted, L"0x%08x", static_cast<std::uint32_t>(number));
     }
-    output.Print(L"%s\n", line.Text());
+    output.Print(L"%s", line.Text());
 }
 
 void PrintAddressOnly(const DBGStackTraceItem& item, clsDebugOutput& output)

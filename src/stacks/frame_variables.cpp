@@ -3,6 +3,7 @@
 #include "core/critical_section.h"
 #include "core/forever.h"
 
+#include <iterator>
 #include <set>
 #include <string>
 
@@ -208,13 +209,31 @@ void DecodeValue(DBGParameter& parameter, std::uint64_t address, std::uint64_t s
     }
 }
 
-void VariableReader::Read()
+void AddFrameWords(DBGStackTraceItem& item, ParameterSet unknown, const DWORD64 (&words)[4])
+{
+    const DWORD64* word = std::begin(words);
+    for (int index = 0; index < item.parameterCount && word != std::end(words); ++index, unknown >>= 1)
+    {
+        DBGParameter& parameter = item.parameters[index];
+        if (parameter.isLocal)
+            continue;
+        if ((unknown & 1) != 0)
+        {
+            const bool isWhole = parameter.kind == kHex64 || parameter.kind == kReal;
+            parameter.value.number = isWhole ? *word : static_cast<std::uint32_t>(*word);
+        }
+        ++word;
+    }
+}
+
+ParameterSet VariableReader::Read()
 {
     for (const bool isLocalPass : {false, true})
     {
         _isLocalPass = isLocalPass;
         _session.p_SymEnumSymbols(_session._process, 0, nullptr, OnSymbol, this);
     }
+    return _unknown;
 }
 
 BOOL CALLBACK VariableReader::OnSymbol(PSYMBOL_INFO symbol, ULONG, PVOID self)
@@ -237,7 +256,10 @@ void VariableReader::Add(const SYMBOL_INFO& symbol)
     if ((symbol.Flags & SYMFLAG_REGREL) != 0)
         address = symbol.Register == kFrameRegister ? _frameBase + symbol.Address : 0;
     if (address == 0)
+    {
+        _unknown |= ParameterSet{1} << (_item.parameterCount - 1);
         return;
+    }
     if (SetValue(parameter, symbol, address))
         return;
     parameter = {};

@@ -19,8 +19,9 @@ public:
     {
     }
 
-    // Adds the parameters first, then the local variables.
-    void Read();
+    // Adds the parameters first, then the local variables. Returns those that aren't in memory, so that their values
+    // aren't known.
+    ParameterSet Read();
 
 private:
     static BOOL CALLBACK OnSymbol(PSYMBOL_INFO symbol, ULONG size, PVOID self);
@@ -32,7 +33,11 @@ private:
     DBGStackTraceItem& _item;
     const std::uint64_t _frameBase;
     bool _isLocalPass = false;
+    ParameterSet _unknown = 0;
 };
+
+// Sets the values of unknown parameters, which are not local variables, from the first words of the frame's arguments.
+void AddFrameWords(DBGStackTraceItem& item, ParameterSet unknown, const DWORD64 (&words)[4]);
 
 // Sets kind and value of a parameter from memory. Memory that can't be read counts as zeros.
 void DecodeValue(DBGParameter& parameter, std::uint64_t address, std::uint64_t size, unsigned baseType);

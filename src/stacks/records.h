@@ -39,6 +39,10 @@ static_assert(offsetof(DBGModuleItem, company) == 636 && offsetof(DBGModuleItem,
 
 inline constexpr int kMostParameters = 50;
 
+// Some of the parameters of a record: a bit for each, the lowest for the first one.
+using ParameterSet = std::uint64_t;
+static_assert(kMostParameters <= 64);
+
 // The kinds of parameter values.
 enum ParameterKind : std::uint32_t
 {
@@ -142,15 +146,20 @@ public:
     void InsertByBase(std::unique_ptr<Item> item)
     {
         WCValDList<Item*> sorted;
+        bool isInserted = false;
         for (Item* const other : _items->list)
         {
-            if (item && other->base > item->base)
-                sorted.Append(item.release());
+            if (!isInserted && other->base > item->base)
+            {
+                sorted.Append(item.get());
+                isInserted = true;
+            }
             sorted.Append(other);
         }
-        if (item)
-            sorted.Append(item.release());
+        if (!isInserted)
+            sorted.Append(item.get());
         _items->list = std::move(sorted);
+        item.release();
         Rewind();
     }
 

@@ -8,6 +8,8 @@
 #define PROBE_API __attribute__((visibility("default")))
 #endif
 
-// Both call inside(user) from functions with variables.
+// All call inside(user) from functions with variables.
 extern "C" PROBE_API int ProbeVariables(void (*inside)(void*), void* user);
 extern "C" PROBE_API int ProbeNames(void (*inside)(void*), void* user);
+// Has two parameters and 50 local variables.
+extern "C" PROBE_API int ProbeManyVariables(void (*inside)(void*), void* user);

@@ -1,6 +1,7 @@
 // The debug-help library: one session for all tests, because opening one is slow on some systems.
 #include "dbghelp_probe.h"
 #include "frame_probe.h"
+#include "stacks/context_registers.h"
 
 #include <windows.h>
 
@@ -26,6 +27,11 @@ Function* Bind(const char* name)
 }
 #define BIND(name) const auto name##_ = Bind<decltype(name)>(#name)
 
+const char* FileNameOf(const char* path)
+{
+    return path + (std::string(path).find_last_of("/\\") + 1);
+}
+
 class DebugHelp : public testing::Test
 {
 protected:
@@ -43,7 +49,7 @@ protected:
             BIND(SymLoadModuleEx);
             char path[MAX_PATH] = {};
             GetModuleFileNameA(reinterpret_cast<HMODULE>(base), path, MAX_PATH);
-            SymLoadModuleEx_(GetCurrentProcess(), nullptr, path, nullptr, base, size, nullptr, 0);
+            SymLoadModuleEx_(GetCurrentProcess(), nullptr, path, FileNameOf(path), base, size, nullptr, 0);
             return TRUE;
         };
         ASSERT_TRUE(EnumerateLoadedModules64_(GetCurrentProcess(), load, nullptr));
@@ -79,33 +85,6 @@ std::string SymbolAt(DWORD64 address, DWORD64& displacement)
     return SymGetSymFromAddr64_(GetCurrentProcess(), address, &displacement, &symbol) ? symbol.Name : "";
 }
 
-template <class Context>
-std::uint64_t ProgramCounter(const Context& context)
-{
-    if constexpr (requires { context.Rip; })
-        return context.Rip;
-    else
-        return context.Pc;
-}
-
-template <class Context>
-std::uint64_t StackPointer(const Context& context)
-{
-    if constexpr (requires { context.Rsp; })
-        return context.Rsp;
-    else
-        return context.Sp;
-}
-
-template <class Context>
-constexpr DWORD MachineOf()
-{
-    if constexpr (requires(Context context) { context.Rip; })
-        return 0x8664;
-    else
-        return 0xAA64;
-}
-
 std::vector<Frame> Walk()
 {
     BIND(StackWalk64);
@@ -115,9 +94,9 @@ std::vector<Frame> Walk()
     RtlCaptureContext(&context);
     std::vector<Frame> frames;
     STACKFRAME64 frame{};
-    frame.AddrPC = {ProgramCounter(context), 0, AddrModeFlat};
-    frame.AddrFrame = frame.AddrStack = {StackPointer(context), 0, AddrModeFlat};
-    while (frames.size() < 8 && StackWalk64_(MachineOf<CONTEXT>(), GetCurrentProcess(), GetCurrentThread(), &frame,
+    frame.AddrPC = {qx::ProgramCounterOf(context), 0, AddrModeFlat};
+    frame.AddrFrame = frame.AddrStack = {qx::StackPointerOf(context), 0, AddrModeFlat};
+    while (frames.size() < 8 && StackWalk64_(qx::MachineOf<CONTEXT>(), GetCurrentProcess(), GetCurrentThread(), &frame,
                                     &context, nullptr, SymFunctionTableAccess64_, SymGetModuleBase64_, nullptr))
     {
         DWORD64 displacement = 0;
@@ -184,6 +163,10 @@ TEST_F(DebugHelp, FindsModulesByAddress)
     EXPECT_THAT(info.ModuleName, HasSubstr("qxdbghelp_probe"));
     EXPECT_EQ(info.SymType, SymDia);
     EXPECT_GT(info.ImageSize, address - info.BaseOfImage);
+
+#if !defined(_WIN32) // the other implementation keeps the extension of names that it is given
+    EXPECT_STREQ(info.ModuleName, "libqxdbghelp_probe");
+#endif
 
     EXPECT_FALSE(SymGetModuleInfo64_(GetCurrentProcess(), 0x1000, &info));
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND));

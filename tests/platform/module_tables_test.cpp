@@ -1,4 +1,4 @@
-// The build ids of modules, without which captures don't cache rules. Linux only.
+// The build ids of modules, without which captures don't cache rules. This program has none. Linux only.
 #include "stack/module_tables.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +9,23 @@
 
 using qxplatform::FindModuleTables;
 using qxplatform::ModuleTables;
+
+namespace
+{
+
+void InProgram() {}
+
+} // namespace
+
+// Nothing else can be loaded at the place of the program.
+TEST(ModuleTables, OfAProgramWithoutBuildId)
+{
+    ModuleTables tables;
+    ASSERT_TRUE(FindModuleTables(reinterpret_cast<std::uintptr_t>(&InProgram), tables));
+    EXPECT_NE(tables.table.index.begin, nullptr);
+    EXPECT_NE(tables.buildId, nullptr);
+    EXPECT_EQ(tables.buildIdSize, 0u);
+}
 
 // The library's resources are notes in the same segment as its build id, and go beyond the first page.
 TEST(ModuleTables, HaveTheBuildIdInFrontOfLongNotes)

@@ -1,6 +1,6 @@
 #include "dbghelp/sessions.h"
 
-#include "dbghelp/loaded_images.h"
+#include "modules/image_list.h"
 
 #include <errhandlingapi.h>
 #include <winerror.h>
@@ -59,7 +59,7 @@ std::string_view FileOf(std::string_view path)
 }
 
 // A module's name is its file name up to ".so".
-std::string NameOfFile(const std::string& path)
+std::string NameOfFile(std::string_view path)
 {
     const std::string_view file = FileOf(path);
     return std::string(file.substr(0, file.find(".so")));
@@ -70,14 +70,14 @@ SymbolModule::Origin OriginOf(const char* path, const char* name, std::uint64_t 
     SymbolModule::Origin origin{base, size, path == nullptr ? "" : path, "", false};
     for (LoadedImage& image : ListLoadedImages())
     {
-        if (image.base != base || (path != nullptr && FileOf(path) != FileOf(image.path)))
+        if (image.begin != base || (path != nullptr && FileOf(path) != FileOf(image.path)))
             continue;
         // The loader's path is right even if the caller's code page can't express it.
+        origin.isInMemory = !image.IsFile();
         origin.path = std::move(image.path);
-        origin.isInMemory = !image.isFile;
         origin.size = image.size;
     }
-    origin.name = name == nullptr || *name == 0 ? NameOfFile(origin.path) : name;
+    origin.name = NameOfFile(name == nullptr || *name == 0 ? std::string_view(origin.path) : name);
     return origin;
 }
 

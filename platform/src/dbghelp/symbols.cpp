@@ -3,9 +3,9 @@
 #include <errhandlingapi.h>
 #include <winerror.h>
 
-#include "dbghelp/loaded_images.h"
 #include "dbghelp/sessions.h"
 #include "dbghelp/undecorate.h"
+#include "modules/image_list.h"
 
 #include <algorithm>
 #include <atomic>
@@ -178,7 +178,8 @@ BOOL WINAPI EnumerateLoadedModules64(
     {
         // The callback may call the loader, so the list is complete before it begins.
         for (const LoadedImage& image : ListLoadedImages())
-            if (!EnumLoadedModulesCallback(image.path.c_str(), image.base, static_cast<ULONG>(image.size), UserContext))
+            if (!EnumLoadedModulesCallback(
+                    image.path.c_str(), image.begin, static_cast<ULONG>(image.size), UserContext))
                 break;
         return TRUE;
     }

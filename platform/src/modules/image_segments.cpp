@@ -36,13 +36,21 @@ bool ImageSegments::ReadProgram()
         lowest = std::min<std::uintptr_t>(lowest, PageOf(header->p_vaddr));
         highest = std::max<std::uintptr_t>(highest, header->p_vaddr + header->p_memsz);
     }
-    if (highest == 0 || _begin < bias + lowest || _end > bias + highest)
+    // Another image may be in a gap.
+    const bool isInSegment = std::any_of(headers, headers + count,
+        [&](const ElfW(Phdr) & header)
+        {
+            const std::uintptr_t begin = bias + header.p_vaddr;
+            return header.p_type == PT_LOAD && _begin >= PageOf(begin) && _begin < begin + header.p_memsz;
+        });
+    if (!isInSegment || _end > bias + highest)
         return false;
     _begin = bias + lowest;
     _end = bias + highest;
     _bias = bias;
     _headers = headers;
     _count = count;
+    _isProgram = true;
     return true;
 }
 

@@ -27,6 +27,8 @@ public:
     const ElfW(Phdr) * End() const { return _headers + _count; }
 
     std::uintptr_t ImageBegin() const { return _begin; }
+    // The program is never unloaded.
+    bool IsProgram() const { return _isProgram; }
 
     // Returns the address of a segment, or 0 if the segment isn't completely inside the image.
     std::uintptr_t AddressOf(const ElfW(Phdr) & header) const
@@ -47,6 +49,7 @@ private:
     std::uintptr_t _bias = 0;
     const ElfW(Phdr) * _headers = nullptr;
     unsigned _count = 0;
+    bool _isProgram = false;
 };
 
 } // namespace qxplatform

@@ -3,13 +3,12 @@
 #include "base/fail.h"
 #include "base/text.h"
 #include "files/path.h"
+#include "modules/image_list.h"
 
 #include <algorithm>
-#include <climits>
 #include <cstdint>
 #include <iterator>
 
-#include <link.h>
 #include <unistd.h>
 
 namespace qxplatform
@@ -32,49 +31,6 @@ constexpr std::u16string_view kSystemLibraries[] = {
     u"version",
     u"winmm",
 };
-
-struct Image
-{
-    Module module;
-    std::uintptr_t begin = 0;
-    std::uintptr_t end = 0;
-};
-
-std::string ProgramPath()
-{
-    char path[PATH_MAX];
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-    return length < 0 ? std::string() : std::string(path, static_cast<std::size_t>(length));
-}
-
-int AddImage(dl_phdr_info* info, std::size_t, void* images)
-{
-    std::uintptr_t begin = UINTPTR_MAX;
-    std::uintptr_t end = 0;
-    for (const ElfW(Phdr)* header = info->dlpi_phdr; header != info->dlpi_phdr + info->dlpi_phnum; ++header)
-    {
-        if (header->p_type != PT_LOAD)
-            continue;
-        begin = std::min<std::uintptr_t>(begin, info->dlpi_addr + header->p_vaddr);
-        end = std::max<std::uintptr_t>(end, info->dlpi_addr + header->p_vaddr + header->p_memsz);
-    }
-    const std::uintptr_t pageMask = ~static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE) - 1);
-    auto& list = *static_cast<std::vector<Image>*>(images);
-    // The program is reported first and without a name.
-    const std::string path = list.empty() ? ProgramPath() : info->dlpi_name;
-    begin &= pageMask;
-    end = (end + ~pageMask) & pageMask;
-    if (begin < end && !path.empty())
-        list.push_back({{reinterpret_cast<HMODULE>(begin), path, end - begin}, begin, end});
-    return 0;
-}
-
-std::vector<Image> Images()
-{
-    std::vector<Image> images;
-    dl_iterate_phdr(AddImage, &images);
-    return images;
-}
 
 std::u16string_view FileNameOf(std::u16string_view path)
 {
@@ -112,8 +68,11 @@ bool IsFileOf(std::u16string_view file, std::u16string_view name)
 std::vector<Module> LoadedModules()
 {
     std::vector<Module> modules;
-    for (Image& image : Images())
-        modules.push_back(std::move(image.module));
+    const std::size_t pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    for (LoadedImage& image : ListLoadedImages())
+        if (!image.path.empty())
+            modules.push_back({reinterpret_cast<HMODULE>(image.begin), std::move(image.path),
+                (image.size + pageSize - 1) / pageSize * pageSize});
     return modules;
 }
 
@@ -129,9 +88,9 @@ std::optional<Module> ModuleOf(HMODULE handle)
 std::optional<Module> ModuleAt(const void* address)
 {
     const auto value = reinterpret_cast<std::uintptr_t>(address);
-    for (Image& image : Images())
-        if (value >= image.begin && value < image.end)
-            return std::move(image.module);
+    for (Module& module : LoadedModules())
+        if (value - reinterpret_cast<std::uintptr_t>(module.handle) < module.size)
+            return std::move(module);
     return std::nullopt;
 }
 

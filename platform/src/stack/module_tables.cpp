@@ -81,6 +81,8 @@ bool FindModuleTables(std::uintptr_t address, ModuleTables& tables)
         tables.buildId = buildId.begin;
         tables.buildIdSize = std::min(static_cast<std::uint32_t>(buildId.Size()), kMostOfId);
     }
+    else if (segments.IsProgram())
+        tables.buildId = index; // nothing else can be loaded at the place of the program
     return true;
 }
 

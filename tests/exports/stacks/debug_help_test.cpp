@@ -1,6 +1,8 @@
 #include <qxut23/addresses.h>
 #include <qxut23/stacks.h>
 
+#include "stacks/debug_help_client.h"
+
 #include <gmock/gmock.h>
 
 #include <string>
@@ -33,6 +35,17 @@ TEST(DebugHelpExports, DeliverLists)
     EXPECT_EQ(modules->Skip(2), 0);
     EXPECT_EQ(frames->Release(), 0u);
     EXPECT_EQ(modules->Release(), 0u);
+}
+
+// Another module finds this library by its name.
+TEST(DebugHelpExports, AreBoundByClients)
+{
+    const qx::clsUtilDebugHelpWrapper client;
+    ASSERT_NE(client.Job(), nullptr);
+    IDBGStackTraceList* frames = nullptr;
+    ASSERT_EQ(UtilDebugHelpGetStackTrace(reinterpret_cast<HDEBUGHELPJOB>(client.Job()), &frames, nullptr), 1);
+    EXPECT_EQ(frames->IsEmpty(), 0);
+    frames->Release();
 }
 
 TEST(DebugHelpExports, RejectNull)

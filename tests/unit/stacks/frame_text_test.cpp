@@ -130,9 +130,22 @@ TEST(FrameText, ValuesByTypeAndSize)
         DecodeValue(parameter, reinterpret_cast<std::uint64_t>(&test.memory), test.size, test.baseType);
         const std::string whole = TextOf(item);
         EXPECT_EQ(whole.substr(whole.find('\n') + 1),
-            std::string(test.size == 2 ? "        local(p)=" : "        param(p)=") + test.text + "\n")
+            std::string(test.size == 2 ? "        local(p)=" : "        param(p)=") + test.text)
             << test.size << " " << test.baseType;
     }
+}
+
+TEST(FrameText, UnknownParametersGetTheWordsOfTheFrame)
+{
+    DBGStackTraceItem item = Item();
+    item.parameterCount = 5;
+    item.parameters[1].isLocal = true;
+    item.parameters[3].kind = kHex64;
+    constexpr ParameterSet kUnknown = 0b01110; // the first one has the value 0
+    AddFrameWords(item, kUnknown, {0x1111, 0xAAAA'BBBB'CCCC'DDDD, 0x9999'BBBB'CCCC'DDDD, 0x2222});
+    constexpr std::uint64_t kExpected[] = {0, 0, 0xCCCC'DDDD, 0x9999'BBBB'CCCC'DDDD, 0};
+    for (int index = 0; index < item.parameterCount; ++index)
+        EXPECT_EQ(item.parameters[index].value.number, kExpected[index]) << index;
 }
 
 TEST(FrameText, SymbolTypes)

@@ -1,4 +1,4 @@
-#include "dbghelp/loaded_images.h"
+#include "modules/image_list.h"
 
 #include <algorithm>
 #include <climits>
@@ -33,9 +33,8 @@ int AddLoadedImage(dl_phdr_info* info, std::size_t, void* images)
         return 0;
     begin &= ~static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE) - 1);
     auto& list = *static_cast<std::vector<LoadedImage>*>(images);
-    LoadedImage image{begin, end - begin, list.empty() ? PathOfProgram() : info->dlpi_name, false};
-    image.isFile = image.path.find('/') != image.path.npos;
-    list.push_back(std::move(image));
+    // The program is reported first and without a name.
+    list.push_back({begin, end - begin, list.empty() ? PathOfProgram() : info->dlpi_name});
     return 0;
 }
 
