@@ -28,7 +28,7 @@ void PrintOwnFrames(IDBGStackTraceList* frames)
 {
     const HDEBUGHELPJOB job = UtilDebugHelpJobOpen();
     UtilDebugHelpSetOption(job, 1, 20); // at most 20 frames
-    UtilDebugHelpSetOption(job, 3, 3);  // modules, symbols and lines, but no parameters
+    UtilDebugHelpSetOption(job, 3, 3);  // modules, symbols, lines and variables
     IDBGStackTraceList* frames = nullptr;
     if (UtilDebugHelpGetStackTrace(job, &frames, nullptr) != 0)
     {

@@ -82,8 +82,7 @@ typedef struct DBGModuleItem
 struct _GUID;
 
 /* Lists. The first three functions are those of every COM interface, and QueryInterface finds only IUnknown. Items
- * belong to the list and its clones, and are
- * valid until the last of these is released.
+ * belong to the list and its clones, and are valid until the last of these is released.
  *
  * Next stores the next `count` items, and their number in `fetched`, which may be null. It returns 0 if there were
  * `count` items, else 1. Skip returns 0 if there were `count` items to skip, else 1. Clone makes a list of the same
@@ -161,7 +160,10 @@ typedef struct IDBGModuleListVtbl
 typedef struct QxDebugHelpJob* HDEBUGHELPJOB;
 
 /* Opens a job. While another job is open, it waits up to 5 s for that job to be closed; after that the job has no
-   session, and its functions return 0. Returns null only if memory runs out. */
+   session, and its functions return 0. Returns null only if memory runs out.
+
+   The job's own thread holds the section of UtilGetDBGHELPThreadingCS until the job is closed. Don't hold that section
+   while you open a job, and don't enter it while your thread has a job open. */
 QXUT_API HDEBUGHELPJOB UtilDebugHelpJobOpen(void);
 
 /* Closes a job, on any thread. Null is ignored. Lists that were made with it stay valid. */
@@ -171,7 +173,7 @@ QXUT_API void UtilDebugHelpJobClose(HDEBUGHELPJOB job);
    - 1: the largest number of frames. Default 100.
    - 2: 0 walks on the job's thread, 1 (the default) on a thread of its own.
    - 3: what the records contain. 1 (the default): everything. 0: addresses and modules. Otherwise the sum of 1
-     (module), 2 (symbol and line) and 4 (parameters). */
+     (module), 2 (symbol, line, and variables) and 4 (parameters that are not in memory, where the system knows them). */
 QXUT_API void UtilDebugHelpSetOption(HDEBUGHELPJOB job, uint32_t key, uint32_t value);
 
 /* Walks the stack of a context (a CONTEXT of the system), which isn't changed. With a null context, walks the calling

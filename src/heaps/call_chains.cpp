@@ -5,11 +5,25 @@
 #include <heapapi.h>
 
 #include <algorithm>
+#include <atomic>
 
 namespace qx
 {
 namespace
 {
+
+std::atomic<CaptureProtection> captureProtection = nullptr;
+
+unsigned CaptureProtected(scCaller* entries, unsigned count)
+{
+    const CaptureProtection protection = captureProtection.load(std::memory_order_acquire);
+    if (protection == nullptr)
+        return CaptureCallers(entries, count);
+    protection(true);
+    const unsigned captured = CaptureCallers(entries, count);
+    protection(false);
+    return captured;
+}
 
 std::uint64_t Mixed(std::uint64_t hash, const void* address)
 {
@@ -19,9 +33,14 @@ std::uint64_t Mixed(std::uint64_t hash, const void* address)
 
 } // namespace
 
+CaptureProtection SetCaptureProtection(CaptureProtection protection)
+{
+    return captureProtection.exchange(protection, std::memory_order_acq_rel);
+}
+
 CallChains::Captured::Captured(const void* caller)
 {
-    const unsigned count = CaptureCallers(_entries, kFrames);
+    const unsigned count = CaptureProtected(_entries, kFrames);
     const scCaller* const end = _entries + count;
     const scCaller* const first = std::find_if(static_cast<const scCaller*>(_entries), end,
         [caller](const scCaller& entry) { return entry.address == caller; });

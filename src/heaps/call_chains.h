@@ -9,6 +9,13 @@
 namespace qx
 {
 
+// Called with true before each capture of a call chain and with false after it. Whoever handles exceptions is in a
+// higher layer, so it registers itself here.
+using CaptureProtection = void (*)(bool begins);
+
+// Sets the protection, which may be null, and returns the previous one.
+CaptureProtection SetCaptureProtection(CaptureProtection protection);
+
 // The part of a record that debuggers and other modules read. Unused entries are zero.
 struct scCallChain
 {

@@ -271,27 +271,42 @@ bool clsDBGHELP::FindModuleOf(std::uint64_t address, IMAGEHLP_MODULE64& info)
     return p_SymGetModuleInfo64(_process, address, &info) != FALSE;
 }
 
+clsDBGHELP* clsDBGHELP::_walking = nullptr;
+
+// The unwinder of some systems finds only modules that the session has loaded.
+DWORD64 CALLBACK clsDBGHELP::BaseForWalk(HANDLE process, DWORD64 address)
+{
+    clsDBGHELP& session = *_walking;
+    if (!session.p_SymGetModuleBase64.IsThere())
+        return 0;
+    const DWORD64 base = session.p_SymGetModuleBase64(process, address);
+    return base == 0 && session.LoadModuleOf(address) ? session.p_SymGetModuleBase64(process, address) : base;
+}
+
+PVOID CALLBACK clsDBGHELP::TableForWalk(HANDLE process, DWORD64 address)
+{
+    clsDBGHELP& session = *_walking;
+    if (!session.p_SymFunctionTableAccess64.IsThere())
+        return nullptr;
+    BaseForWalk(process, address);
+    return session.p_SymFunctionTableAccess64(process, address);
+}
+
 StackTraceListPtr clsDBGHELP::Walk(const CONTEXT& context, int maximum, unsigned detail)
 {
     StackTraceListPtr list(new clsDBGStackTraceList);
     if (!p_StackWalk64.IsThere())
         return list;
-    Modules(); // the unwinder of some systems finds only modules that are known
     CONTEXT registers = context;
     STACKFRAME64 frame{};
     frame.AddrPC = FlatAddress(ProgramCounterOf(registers));
     frame.AddrFrame = frame.AddrStack = FlatAddress(StackPointerOf(registers));
-    const auto tables = p_SymFunctionTableAccess64.IsThere()
-                            ? reinterpret_cast<PFUNCTION_TABLE_ACCESS_ROUTINE64>(p_SymFunctionTableAccess64.Address())
-                            : nullptr;
-    const auto bases = p_SymGetModuleBase64.IsThere()
-                           ? reinterpret_cast<PGET_MODULE_BASE_ROUTINE64>(p_SymGetModuleBase64.Address())
-                           : nullptr;
+    _walking = this;
     for (int index = 0; index < maximum && frame.AddrPC.Offset != 0; ++index)
     {
         frame.AddrBStore.Offset = 0;
-        if (!p_StackWalk64(MachineOf<CONTEXT>(), _process, GetCurrentThread(), &frame, &registers, ReadForWalk, tables,
-                bases, nullptr) ||
+        if (!p_StackWalk64(MachineOf<CONTEXT>(), _process, GetCurrentThread(), &frame, &registers, ReadForWalk, TableForWalk,
+                BaseForWalk, nullptr) ||
             frame.AddrPC.Offset == 0)
             break;
         const bool isExact = index == 0 || frame.AddrBStore.Offset != 0;

@@ -55,7 +55,11 @@ private:
     void LoadModule(std::uint64_t base, std::uint32_t size);
     bool FindModuleOf(std::uint64_t address, IMAGEHLP_MODULE64& info);
     bool LoadModuleOf(std::uint64_t address);
+    static PVOID CALLBACK TableForWalk(HANDLE process, DWORD64 address);
+    static DWORD64 CALLBACK BaseForWalk(HANDLE process, DWORD64 address);
     ParameterSet DescribeSymbol(DBGStackTraceItem& item, std::uint64_t lookedUp, std::uint64_t frameBase);
+
+    static clsDBGHELP* _walking; // for the two functions, which get no context; only one session exists
 
     const HANDLE _process = GetCurrentProcess();
     const DWORD _processId = GetCurrentProcessId();

@@ -53,7 +53,7 @@ public:
     // IsCutOff: closing may run out of time like any command.
     void End();
 
-    bool HasSession() const { return _session != nullptr && !_isCutOff; }
+    bool HasSession() const { return !_isCutOff && _session != nullptr; }
     // A command ran out of time. Its thread may still use this object, which must not be destroyed.
     bool IsCutOff() const { return _isCutOff; }
 

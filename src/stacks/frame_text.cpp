@@ -139,18 +139,19 @@ void FormatFrame(
 {
     DBGStackTraceItem item;
     session.Describe(item, address, isExact, 0, detail);
+    String module;
+    module.Assign(item.module);
+    module = String(FileNameOf(module.View()));
     // The module that contains the instruction; an address after the end of a module may be a return address.
     const std::uint64_t inside = isExact ? address : address - 1;
     MEMORY_BASIC_INFORMATION region{};
-    String module;
-    if (VirtualQuery(reinterpret_cast<const void*>(inside), &region, sizeof region) != 0 && region.AllocationBase)
+    if ((module.IsEmpty() || item.moduleBase == 0) &&
+        VirtualQuery(reinterpret_cast<const void*>(inside), &region, sizeof region) != 0 && region.AllocationBase)
     {
-        module = String(FileNameOf(ModulePath(static_cast<HMODULE>(region.AllocationBase)).View()));
-        if (item.moduleBase == 0)
-            item.moduleBase = reinterpret_cast<std::uint64_t>(region.AllocationBase);
+        item.moduleBase = reinterpret_cast<std::uint64_t>(region.AllocationBase);
+        if (module.IsEmpty())
+            module = String(FileNameOf(ModulePath(static_cast<HMODULE>(region.AllocationBase)).View()));
     }
-    if (module.IsEmpty())
-        module.Assign(item.module);
     const char* const name = item.name[0] ? item.name : item.symbol;
     const String suffix = SourceSuffix(item);
     if (*name)

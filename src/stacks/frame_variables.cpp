@@ -177,6 +177,12 @@ void DecodeEight(DBGParameter& parameter, std::uint64_t address, unsigned baseTy
     }
 }
 
+// Structures of these sizes aren't shown, because they could be taken for a number.
+bool HasSizeOfValue(const SYMBOL_INFO& symbol)
+{
+    return symbol.Size <= sizeof(std::uint64_t) && (symbol.Size & (symbol.Size - 1)) == 0;
+}
+
 } // namespace
 
 bool ReadMemory(std::uint64_t address, void* target, std::size_t size)
@@ -288,7 +294,7 @@ bool VariableReader::SetValue(DBGParameter& parameter, const SYMBOL_INFO& symbol
         parameter.kind = kPointer;
         parameter.value.number = ReadValue<std::uint64_t>(address);
     }
-    else if (tag == kTagStructure && symbol.Size > sizeof(std::uint64_t))
+    else if (tag == kTagStructure && !HasSizeOfValue(symbol))
         SetSizeText(parameter, symbol.Size);
     else
         return false;

@@ -1,4 +1,5 @@
-// Reports of tracked heaps: words that need special conditions, and their time.
+// Reports of tracked heaps: words that need special conditions, and their time. The protection of captures.
+#include "heaps/call_chains.h"
 #include "heaps/heap_functions.h"
 #include "heaps/module_list.h"
 #include "module/module_paths.h"
@@ -69,6 +70,18 @@ TEST_F(HeapReports, ChainsNameTheModule)
     EXPECT_EQ(list.DeleteHeap(heap), kHeapsLeftOver);
     const String caller(String::kFormatted, L" [called by %s]\n", ModulePath(nullptr).Text());
     EXPECT_GE(lines.CountOf(caller.View()), 2u) << "heap and object";
+}
+
+TEST_F(HeapReports, EachCaptureIsProtected)
+{
+    static std::string calls;
+    ASSERT_EQ(SetCaptureProtection([](bool begins) { calls += begins ? '(' : ')'; }), nullptr);
+    Allocate(20);
+    Allocate(20, kObjectNoChain);
+    list.CreateHeap(job, L"other", 0, nullptr);
+    EXPECT_NE(SetCaptureProtection(nullptr), nullptr);
+    Allocate(20);
+    EXPECT_EQ(calls, "()()");
 }
 
 TEST_F(HeapReports, MostAndAllAllocations)

@@ -167,6 +167,24 @@ TEST(DebugHelpJob, ListsModules)
     EXPECT_EQ(job->GetModuleList()->Records().First()[0], modules->Records().First()[0]);
 }
 
+// A walk loads the symbols of its own modules only; the list is made when it is first asked for.
+TEST(DebugHelpJob, ListsModulesThatWereLoadedAfterAWalk)
+{
+    const JobPtr job(new Job);
+    ASSERT_TRUE(KnownFunction(*job, 1));
+#if defined(_WIN32)
+    const HMODULE loaded = LoadLibraryW(L"msimg32.dll");
+#else
+    const HMODULE loaded = LoadLibraryW(L"libutil.so.1");
+#endif
+    ASSERT_NE(loaded, nullptr);
+    const ModuleListPtr modules = job->GetModuleList();
+    const auto& records = modules->Records();
+    EXPECT_TRUE(std::any_of(records.begin(), records.end(),
+        [=](const DBGModuleItem* item) { return item->base == reinterpret_cast<std::uint64_t>(loaded); }));
+    FreeLibrary(loaded);
+}
+
 // The sources for systems without the first one.
 TEST(DebugHelpJob, OtherSourcesOfModules)
 {
@@ -241,6 +259,7 @@ TEST(DebugHelpJob, OneLineForAnAddress)
     wchar_t text[kFrameTextSize];
     const auto address = reinterpret_cast<std::uint64_t>(&KnownFunction);
     FormatFrame(address, text, clsDBGHELP::kAllDetail, session, true);
+    EXPECT_THAT(String(text).NarrowText(), HasSubstr("] debug_help_test!"));
     EXPECT_THAT(String(text).NarrowText(), HasSubstr("KnownFunction"));
     EXPECT_THAT(
         String(text).NarrowText(), HasSubstr(String(String::kFormatted, L"[0x%08I64x] ", address).NarrowText()));
@@ -256,7 +275,7 @@ TEST(DebugHelpJob, AWalkThatRunsTooLongIsCutOff)
     const auto cutOffWalk = []
     {
         JobPtr job(new Job);
-        const OwnTimes times(100, 4);
+        const OwnTimes times(100, 1);
         const bool hasFrames = KnownFunction(*job, 1) != nullptr;
         Sleep(300); // the walk ends
         return job->IsCutOff() && !hasFrames ? 0 : 1;
