@@ -1,5 +1,7 @@
 #include <processthreadsapi.h>
 
+#include <atomic>
+
 #include <pthread.h>
 #include <unistd.h>
 
@@ -8,8 +10,17 @@ namespace
 
 [[gnu::tls_model("initial-exec")]] constinit thread_local DWORD threadId = 0; // used by every lock
 
-// The only thread of a forked child has another id than the thread it was copied from.
-[[maybe_unused]] const int forkHandler = pthread_atfork(nullptr, nullptr, [] { threadId = 0; });
+// Pools ask for it with each job, and on some virtual machines a system call takes a microsecond.
+constinit std::atomic<DWORD> processId = 0;
+
+// A forked child has another id, and its only thread has another one than the thread it was copied from.
+void ForgetIds()
+{
+    threadId = 0;
+    processId.store(0, std::memory_order_relaxed);
+}
+
+[[maybe_unused]] const int forkHandler = pthread_atfork(nullptr, nullptr, &ForgetIds);
 
 } // namespace
 
@@ -22,7 +33,13 @@ DWORD WINAPI GetCurrentThreadId(void)
 
 DWORD WINAPI GetCurrentProcessId(void)
 {
-    return static_cast<DWORD>(getpid());
+    DWORD id = processId.load(std::memory_order_relaxed);
+    if (id == 0)
+    {
+        id = static_cast<DWORD>(getpid());
+        processId.store(id, std::memory_order_relaxed);
+    }
+    return id;
 }
 
 HANDLE WINAPI GetCurrentProcess(void)
