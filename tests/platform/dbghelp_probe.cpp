@@ -76,7 +76,7 @@ extern "C" PROBE_API int ProbeManyVariables(void (*inside)(void*), void* user)
 #define TEN(name)                                                                                                      \
     name##0 = 0, name##1 = 1, name##2 = 2, name##3 = 3, name##4 = 4, name##5 = 5, name##6 = 6, name##7 = 7,            \
     name##8 = 8, name##9 = 9
-    int TEN(a), TEN(b), TEN(c), TEN(d), TEN(e);
+    [[maybe_unused]] int TEN(a), TEN(b), TEN(c), TEN(d), TEN(e);
 #undef TEN
     inside(user);
     return a0 + b0 + c0 + d0 + e0;

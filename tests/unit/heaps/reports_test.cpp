@@ -78,7 +78,7 @@ TEST_F(HeapReports, EachCaptureIsProtected)
     ASSERT_EQ(SetCaptureProtection([](bool begins) { calls += begins ? '(' : ')'; }), nullptr);
     Allocate(20);
     Allocate(20, kObjectNoChain);
-    list.CreateHeap(job, L"other", 0, nullptr);
+    list.CreateHeap(job, L"other", kHeapDebug, nullptr);
     EXPECT_NE(SetCaptureProtection(nullptr), nullptr);
     Allocate(20);
     EXPECT_EQ(calls, "()()");
