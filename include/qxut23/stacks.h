@@ -173,7 +173,7 @@ QXUT_API void UtilDebugHelpJobClose(HDEBUGHELPJOB job);
    - 1: the largest number of frames. Default 100.
    - 2: 0 walks on the job's thread, 1 (the default) on a thread of its own.
    - 3: what the records contain. 1 (the default): everything. 0: addresses and modules. Otherwise the sum of 1
-     (module), 2 (symbol, line, and variables) and 4 (parameters that are not in memory, where the system knows them). */
+     (module), 2 (symbol, line, variables) and 4 (parameters that are not in memory, if the system knows them). */
 QXUT_API void UtilDebugHelpSetOption(HDEBUGHELPJOB job, uint32_t key, uint32_t value);
 
 /* Walks the stack of a context (a CONTEXT of the system), which isn't changed. With a null context, walks the calling

@@ -305,8 +305,8 @@ StackTraceListPtr clsDBGHELP::Walk(const CONTEXT& context, int maximum, unsigned
     for (int index = 0; index < maximum && frame.AddrPC.Offset != 0; ++index)
     {
         frame.AddrBStore.Offset = 0;
-        if (!p_StackWalk64(MachineOf<CONTEXT>(), _process, GetCurrentThread(), &frame, &registers, ReadForWalk, TableForWalk,
-                BaseForWalk, nullptr) ||
+        if (!p_StackWalk64(MachineOf<CONTEXT>(), _process, GetCurrentThread(), &frame, &registers, ReadForWalk,
+                TableForWalk, BaseForWalk, nullptr) ||
             frame.AddrPC.Offset == 0)
             break;
         const bool isExact = index == 0 || frame.AddrBStore.Offset != 0;

@@ -172,11 +172,9 @@ TEST(DebugHelpJob, ListsModulesThatWereLoadedAfterAWalk)
 {
     const JobPtr job(new Job);
     ASSERT_TRUE(KnownFunction(*job, 1));
-#if defined(_WIN32)
-    const HMODULE loaded = LoadLibraryW(L"msimg32.dll");
-#else
-    const HMODULE loaded = LoadLibraryW(L"libutil.so.1");
-#endif
+    HMODULE loaded = LoadLibraryW(L"libutil.so.1");
+    if (loaded == nullptr)
+        loaded = LoadLibraryW(L"msimg32.dll"); // on the other target
     ASSERT_NE(loaded, nullptr);
     const ModuleListPtr modules = job->GetModuleList();
     const auto& records = modules->Records();
@@ -268,17 +266,24 @@ TEST(DebugHelpJob, OneLineForAnAddress)
 }
 
 // The service thread ends before the thread that walks, which must not use its stack. (On linux it isn't terminated,
-// because it owns the locks.) In a process of its own, because the job keeps the locks for good.
+// because it owns the locks.) In a process of its own, because the job keeps the locks for good. A first walk tells how
+// long the limit must be for the service thread to be cut off while it waits: ending it elsewhere may leave a lock of
+// the system taken.
 TEST(DebugHelpJob, AWalkThatRunsTooLongIsCutOff)
 {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
     const auto cutOffWalk = []
     {
         JobPtr job(new Job);
-        const OwnTimes times(100, 1);
+        const unsigned long long start = UtilGetTicks();
+        const bool hasWalked = KnownFunction(*job, 1) != nullptr;
+        const auto time = static_cast<DWORD>(UtilGetTicks() - start);
+        job.reset(); // a second session waits for the end of the first one
+        job.reset(new Job);
+        const OwnTimes times(100, time / 4);
         const bool hasFrames = KnownFunction(*job, 1) != nullptr;
-        Sleep(300); // the walk ends
-        return job->IsCutOff() && !hasFrames ? 0 : 1;
+        Sleep(300 + 2 * time); // the walk ends
+        return hasWalked && job->IsCutOff() && !hasFrames ? 0 : 1;
     };
     EXPECT_EXIT(std::_Exit(cutOffWalk()), testing::ExitedWithCode(0), "");
 }
