@@ -23,10 +23,6 @@ constexpr std::size_t kMostTraces = 10;
 // The system aligns blocks to 16 bytes, so the address of an object tells where its block begins if it has one.
 constexpr std::uintptr_t kBlockAlignment = 16;
 
-// Lookups change nothing, and the section of the heaps keeps all other calls of this library out, so they do without
-// the system heap's own lock.
-constexpr DWORD kUnserialized = HEAP_NO_SERIALIZE;
-
 } // namespace
 
 void CopyName(wchar_t (&target)[kNameCapacity], const wchar_t* name)
@@ -157,20 +153,20 @@ void clsHeapNode::ReportOutOfMemory(const wchar_t* kind, std::uint32_t size) con
 }
 
 // Returns true if a block of this heap begins at an address. On some systems HeapSize reads in front of any pointer, so
-// HeapValidate has to find the block.
+// HeapValidate has to find the block. Takes the system heap's lock: a host may allocate from it at the same time.
 bool clsHeapNode::IsBlock(const void* block) const
 {
     if (block == nullptr || reinterpret_cast<std::uintptr_t>(block) % kBlockAlignment != 0)
         return false;
     const HeapFunctions& functions = LateHeapFunctions();
     if (functions.validate != nullptr)
-        return functions.validate(_systemHeap, kUnserialized, block) != FALSE;
+        return functions.validate(_systemHeap, Serialization(), block) != FALSE;
     return BlockSize(block) != kNoBlock;
 }
 
 std::size_t clsHeapNode::BlockSize(const void* block) const
 {
-    return HeapSize(_systemHeap, kUnserialized, block);
+    return HeapSize(_systemHeap, Serialization(), block);
 }
 
 // Looks a pointer up among the blocks of this heap before anything is read from there. The size of a plain object's

@@ -30,6 +30,13 @@ bool IsFilled(const void* object, std::size_t size, int byte)
     return std::all_of(bytes, bytes + size, [byte](unsigned char each) { return each == byte; });
 }
 
+HANDLE SystemHeapOf(const void* debugObject)
+{
+    HANDLE systemHeap = nullptr;
+    std::memcpy(&systemHeap, static_cast<const char*>(debugObject) - 36, sizeof systemHeap);
+    return systemHeap;
+}
+
 } // namespace
 
 TEST(HeapsFormat, DebugObject)
@@ -38,9 +45,7 @@ TEST(HeapsFormat, DebugObject)
     const std::uint32_t before = GetTickCount();
     char* const object = static_cast<char*>(heaps.allocExt(own.heap, 13, QXUT_OBJECT_ZERO, nullptr, 0x12345678));
     EXPECT_EQ(WordAt(object, -44), kFirst);
-    HANDLE systemHeap = nullptr;
-    std::memcpy(&systemHeap, object - 36, sizeof systemHeap);
-    EXPECT_EQ(HeapSize(systemHeap, 0, object - 44), 13u + 48);
+    EXPECT_EQ(HeapSize(SystemHeapOf(object), 0, object - 44), 13u + 48);
     EXPECT_LE(WordAt(object, -28) - before, GetTickCount() - before);
     EXPECT_EQ(WordAt(object, -12), 0x12345678u);
     EXPECT_EQ(WordAt(object, -8), 13u);
@@ -300,4 +305,33 @@ TEST(HeapsThreads, EightThreadsOnTwoHeaps)
     EXPECT_EQ(failures, 0);
     EXPECT_EQ(heaps.remove(plain), 0);
     EXPECT_EQ(heaps.remove(own.heap), 0);
+}
+
+// Debug objects show the handle of the system heap, so a host may allocate from it without this library.
+TEST(HeapsThreads, HostUsesTheSystemHeap)
+{
+    const JobAndHeap own(QXUT_HEAP_DEBUG);
+    void* const first = heaps.alloc(own.heap, 16, 0);
+    std::atomic<bool> isDone = false;
+    std::atomic<int> failures = 0;
+    std::thread host(
+        [&, systemHeap = SystemHeapOf(first)]
+        {
+            for (std::size_t size = 1; !isDone; size = size % 3'000 + 1)
+            {
+                void* const block = HeapAlloc(systemHeap, 0, size);
+                failures +=
+                    block == nullptr || HeapSize(systemHeap, 0, block) != size || !HeapFree(systemHeap, 0, block);
+            }
+        });
+    for (std::uint32_t step = 0; step < 3'000; ++step)
+    {
+        void* const object = heaps.alloc(own.heap, 1 + step % 2'000, step % 2 != 0 ? QXUT_OBJECT_PLAIN : 0);
+        failures += heaps.objectSize(own.heap, object) != static_cast<std::int32_t>(1 + step % 2'000);
+        failures += heaps.validate(own.heap, object) != 0 || heaps.free(own.heap, object) != 0;
+    }
+    isDone = true;
+    host.join();
+    EXPECT_EQ(failures, 0);
+    EXPECT_EQ(heaps.free(own.heap, first), 0);
 }
