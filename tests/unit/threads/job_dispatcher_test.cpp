@@ -267,35 +267,4 @@ TEST_F(JobDispatcher, AReleaseMayTakeAnyTime)
     EXPECT_TRUE(othersWentOn);
 }
 
-// A dispatcher that never gets a worker.
-TEST_F(JobDispatcher, WithoutWorkersTheCallerRunsTheJobs)
-{
-    class NoWorkers : public clsThreadedJobDispatcher
-    {
-    public:
-        NoWorkers() : clsThreadedJobDispatcher(1) {}
-        void AddJob(ThreadedJobs job) override { job.MoveAt(0, _queued); }
-        ThreadedJobs GetFinishedJob() override
-        {
-            ThreadedJobs first;
-            _finished.MoveAt(0, first);
-            return first;
-        }
-        void JobCompleted(clsUTThreadedJob& job) override { MoveRunning(job, _finished); }
-        clsUTThreadedJob* GetNextJob() override { return nullptr; }
-
-    protected:
-        bool MayLackWorkers() const override { return true; }
-        void ForgetWorkers() override {}
-    } pool;
-    for (int i = 0; i < 3; ++i)
-        pool.AddJob(MakeJob(new TestJob(counts), nullptr));
-    pool.Finalize(&host);
-    EXPECT_EQ(counts.runs, 3);
-    EXPECT_EQ(counts.told, 3);
-    pool.AddJob(MakeJob(new TestJob(counts), nullptr));
-    pool.Close();
-    EXPECT_EQ(counts.runs, 3);
-}
-
 } // namespace

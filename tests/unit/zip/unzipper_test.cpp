@@ -435,35 +435,11 @@ TEST(Unzipper, Times)
     }
 }
 
-TEST(Unzipper, Damage)
+TEST(Unzipper, TruncatedArchives)
 {
     const Place place;
-    const std::string whole = Build(
-        {BuiltMember("a/b", "some content, some more content").Streamed(), BuiltMember("c", "stored", 0)}, "comment");
-    const auto extract = [&](const std::string& bytes)
-    {
-        fs::remove_all(NativePath(place.Folder()));
-        return place.Extract(bytes).empty();
-    };
-    ASSERT_TRUE(extract(whole));
-    const Tree tree = place.Extracted();
+    const std::string whole = Build({BuiltMember("a/b", "some content").Streamed(), BuiltMember("c", "stored", 0)});
     for (std::size_t size = 0; size < whole.size(); ++size)
-        if (extract(whole.substr(0, size)))
-        {
-            EXPECT_EQ(place.Extracted(), tree) << size;
-        }
-#if defined(_WIN32) // files are slow under Wine
-    constexpr std::size_t kStep = 9;
-#else
-    constexpr std::size_t kStep = 1;
-#endif
-    for (std::size_t bit = 0; bit < 8 * whole.size(); bit += kStep)
-    {
-        std::string bytes = whole;
-        bytes[bit / 8] ^= static_cast<char>(1 << bit % 8);
-        extract(bytes);
-        for (const auto& [name, content] : place.Extracted()) // the name may be damaged
-            EXPECT_TRUE(name.back() == '/' || content == tree.at("a/b") || content == "stored") << bit;
-    }
-    place.ExpectNothingOutside();
+        EXPECT_NE(place.Extract(whole.substr(0, size)), "") << size;
+    EXPECT_EQ(place.Extracted(), Tree());
 }
