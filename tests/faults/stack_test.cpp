@@ -164,7 +164,6 @@ void UseArchives(const TempFolder& folder)
     for (const auto& entry : std::filesystem::recursive_directory_iterator(tree.NarrowText()))
         depth += entry.is_directory() || entry.file_size() == sizeof "content" - 1;
     EXPECT_GT(depth, 900u);
-    std::filesystem::remove_all(tree.NarrowText());
 }
 
 TEST(SmallStacks, OfTwoSizes)

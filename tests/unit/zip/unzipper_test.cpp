@@ -39,11 +39,6 @@ class Place
 {
 public:
     Place() { _outer.Make(L"witness", "untouched"); }
-    ~Place()
-    {
-        std::error_code ignored;
-        fs::remove_all(NativePath(Folder()), ignored);
-    }
 
     String Folder() const { return _outer.Path(L"inner"); }
     Tree Extracted() const
@@ -437,9 +432,17 @@ TEST(Unzipper, Times)
 
 TEST(Unzipper, TruncatedArchives)
 {
-    const Place place;
-    const std::string whole = Build({BuiltMember("a/b", "some content").Streamed(), BuiltMember("c", "stored", 0)});
+    const std::string whole = Build(
+        {BuiltMember("a/b", "some content, some more content").Streamed(), BuiltMember("c", "stored", 0)}, "comment");
+    const Tree tree = {{"a/", ""}, {"a/b", "some content, some more content"}, {"c", "stored"}};
+    int refused = 0;
     for (std::size_t size = 0; size < whole.size(); ++size)
-        EXPECT_NE(place.Extract(whole.substr(0, size)), "") << size;
-    EXPECT_EQ(place.Extracted(), Tree());
+    {
+        const Place place;
+        if (place.Extract(whole.substr(0, size)) != "")
+            ++refused;
+        else
+            EXPECT_EQ(place.Extracted(), tree) << size;
+    }
+    EXPECT_GT(refused, 150);
 }

@@ -264,7 +264,6 @@ TEST(ZIPFile, Lists)
                 EXPECT_EQ(entry.header.externalAttributes & FILE_ATTRIBUTE_DIRECTORY, DWORD{FILE_ATTRIBUTE_DIRECTORY});
             }
         }
-    std::filesystem::remove_all(root);
 }
 
 TEST(ZIPFile, ListsThatGoInCircles)
@@ -276,16 +275,12 @@ TEST(ZIPFile, ListsThatGoInCircles)
     for (const auto& [link, target] : {std::pair("x/up", ".."), {"x/here", "."}, {"x/aside", "../empty"}})
         std::filesystem::create_directory_symlink(target, root / link, error);
     if (error)
-    {
-        std::filesystem::remove_all(root);
         GTEST_SKIP() << "no links to folders here";
-    }
     const String path = folder.Path(L"x.zip");
     auto file = std::make_unique<clsZIPFile>(path, L"");
     file->AddList(folder.Path(L"tree"), String(), L"*.log", clsZIPFile::kSubfolders);
     EXPECT_EQ(NamesOf(Closed(std::move(file), path)), (std::set<Bytes>{"top.log", "x/", "x/a.log", "x/b.txt", "x/deep/",
                                                           "x/deep/c", "x/up/", "x/here/", "x/aside/", "empty/"}));
-    std::filesystem::remove_all(root);
 }
 
 TEST(ZIPFile, WhatCannotBeAdded)
