@@ -231,33 +231,6 @@ TEST_F(Elements, AreReleasedAndComparedByADerivedList)
     EXPECT_EQ(Counted::living, 4);
 }
 
-struct CountingMemory
-{
-    static inline int blocks = 0;
-    static void* Allocate(std::size_t bytes)
-    {
-        ++blocks;
-        return WCHeap::Allocate(bytes);
-    }
-    static void Release(void* block) noexcept
-    {
-        blocks -= block != nullptr;
-        WCHeap::Release(block);
-    }
-};
-
-TEST(SListHookTest, NodesComeFromTheListsOwnMemory)
-{
-    {
-        WCValSList<Counted, CountingMemory> list{1, 2};
-        EXPECT_EQ(CountingMemory::blocks, 2);
-        FailingCopies failing(0);
-        EXPECT_THROW(list.Append(Counted(3)), std::runtime_error);
-        EXPECT_EQ(CountingMemory::blocks, 2);
-    }
-    EXPECT_EQ(CountingMemory::blocks, 0);
-}
-
 TEST(StackTest, GivesTheNewestFirst)
 {
     WCStack<int, WCValSList<int>> stack;

@@ -1,7 +1,7 @@
 #include "core/charset/charset_conversion.h"
 
 #include "core/system_values.h"
-#include "core/text/string.h"
+#include "support/filled.h"
 
 #include <gtest/gtest.h>
 
@@ -33,8 +33,7 @@ TEST(CharsetConversion, TextsAroundTheInlineSizeAndLongOnes)
     for (const std::size_t length : {0u, 63u, 64u, 1000u})
     {
         SCOPED_TRACE(length);
-        String wide;
-        wide.Fill(L'x', length);
+        const String wide = qxtest::Filled(L'x', length);
         const std::string narrow(length, 'x');
         EXPECT_EQ(clsCharsetConversionString(wide.Text()).GetNarrow(), narrow);
         EXPECT_STREQ(clsCharsetConversionString(narrow.c_str()).GetWide(), wide.Text());

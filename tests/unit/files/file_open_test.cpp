@@ -5,6 +5,7 @@
 #include "support/debug_lines.h"
 #include "support/developer_run.h"
 #include "support/fake_stream.h"
+#include "support/filled.h"
 #include "support/temp_folder.h"
 #include "unit/files/opened.h"
 
@@ -65,10 +66,8 @@ TEST(NameCheck, LooksAtTheLastComponent)
         {L"CON", L"dir\\CON", L"dir/NUL.txt", L"PRN.a", L"AUX", L"COM1", L"COM9.log", L"LPT1.log", L"", L"dir/",
             L"dir\\", L"a.", L"a ", L"a<b", L"a>b", L"a\"b", L"a|b", L"a?b", L"a*", L"a:b:c", L"a\x01z", L"a\tb"})
         EXPECT_FALSE(IsFileNameAllowed(name)) << testing::PrintToString(name);
-    String longName;
-    longName.Fill(L'x', 255);
-    EXPECT_TRUE(IsFileNameAllowed(longName));
-    EXPECT_FALSE(IsFileNameAllowed(longName + L"x"));
+    EXPECT_TRUE(IsFileNameAllowed(Filled(L'x', 255)));
+    EXPECT_FALSE(IsFileNameAllowed(Filled(L'x', 256)));
 
     ScriptedFile file;
     EXPECT_EQ(file.Open(L"CON", FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileData), -1);

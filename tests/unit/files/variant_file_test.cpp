@@ -1,6 +1,7 @@
 // Variants in binary form.
 #include "files/variant_file.h"
 
+#include "support/filled.h"
 #include "support/variant_values.h"
 #include "unit/packed/memory_file.h"
 
@@ -122,8 +123,7 @@ TEST(VariantFile, TextEndsAtAZero)
         EXPECT_STREQ(ToString(value), expected);
     }
     // Longer than one read block, between other values.
-    String longText;
-    longText.Fill(L'x', 10001);
+    const String longText = Filled(L'x', 10001);
     MemoryFile file;
     const clsVariant saved[] = {clsVariant(longText), clsVariant(I4(5))};
     for (const clsVariant& value : saved)

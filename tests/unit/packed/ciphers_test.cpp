@@ -203,3 +203,15 @@ TEST(Base64, TextEndsAtTheFirstZero)
     EXPECT_STREQ(Base64DecodeToText(String(L"w6Q="), 65001).Text(), L"\u00E4");
     EXPECT_STREQ(Base64DecodeToText(String(L"YQBi"), 0).Text(), L"a");
 }
+
+TEST(Base64, RoundTripOfEachLength)
+{
+    std::mt19937 random(1);
+    std::string data;
+    for (std::size_t size = 0; size <= 1000; ++size, data += static_cast<char>(random()))
+    {
+        const String text = Base64Encode(data.data(), size);
+        ASSERT_EQ(text.Length(), Base64Length(size));
+        ASSERT_EQ(Decoded(text.Text()), data);
+    }
+}
