@@ -3,11 +3,14 @@
 
 #include "unit/locale/date_support.h"
 
+#include "core/pattern/regex.h"
 #include "locale/date_text.h"
 #include "locale/machine_date.h"
 #include "locale/time_arithmetic.h"
 #include "locale/time_zone.h"
 
+#include <algorithm>
+#include <random>
 #include <string_view>
 
 using namespace qx;
@@ -76,6 +79,36 @@ TEST(MachineDate, ZonesByName)
     SYSTEMTIME untouched{1, 2, 3, 4, 5, 6, 7, 8};
     EXPECT_FALSE(ReadRFC822Date(L"3. Apr 2018 10:00:00", untouched));
     EXPECT_EQ(untouched.wMilliseconds, 8);
+}
+
+// The hand-written parser must find exactly what the pattern finds, in texts with random changes.
+TEST(MachineDate, RFC822IsWhatThePatternFinds)
+{
+    clsRegEx pattern(L"(?:\\w{3},\\s+)?(\\d+)\\s+(\\w{3})\\s+(\\d{4})\\s+(\\d+):(\\d+):(\\d+)"
+                     L"(\\s+(?:[+-]\\d{4}|GMT|EST|EDT|CST|CDT|MST|MDT|PST|PDT|UT))?",
+        0);
+    constexpr std::wstring_view kPieces = L"0123 \t:,+-_TueAprGMTESTU\x0663\xA0";
+    std::mt19937 random(5);
+    for (int i = 0; i < 20000; ++i)
+    {
+        String text(L"Tue, 3 Apr 2018 10:00:00 +0200");
+        for (auto changes = random() % 3; changes-- != 0;)
+        {
+            const std::size_t place = random() % text.Length();
+            if (random() % 3 == 0)
+                text.Delete(place, 1 + random() % 3);
+            else
+                text.Insert(place, String(kPieces.substr(random() % kPieces.size(), 1 + random() % 4)));
+        }
+        clsRegExMatchList matches;
+        SYSTEMTIME time{};
+        const bool isDate = pattern.Match(text, &matches);
+        ASSERT_EQ(ReadRFC822Date(text.View(), time), isDate) << text.NarrowText();
+        if (isDate && matches.Count() <= 7) // with a zone, the fields would be converted
+        {
+            ASSERT_EQ(time.wDay, std::min(wcstol(matches[1].text, nullptr, 10), 0xFFFFL)) << text.NarrowText();
+        }
+    }
 }
 
 TEST(TimeZoneRules, OfOneYearAndOfAll)
