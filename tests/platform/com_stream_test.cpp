@@ -121,7 +121,7 @@ TEST(GlobalStream, MovesAndChangesItsSize)
 
 // Guarantees of the layer that the system doesn't give.
 #ifndef _WIN32
-TEST(GlobalStream, BytesThatAGrowthBringsAreZero)
+TEST(GlobalStream, HandleHoldsExactlyTheContentAndZerosWhereItGrew)
 {
     const StreamHolder stream = MakeStream();
     Write(stream, "0123456789");
@@ -132,11 +132,9 @@ TEST(GlobalStream, BytesThatAGrowthBringsAreZero)
     EXPECT_EQ(WholeContent(stream), std::string("01\0\0x", 5));
     EXPECT_EQ(stream->SetSize(Unsigned(~0ull)), STG_E_MEDIUMFULL);
     EXPECT_EQ(SizeOf(stream), 5u);
-}
 
-TEST(GlobalStream, HandleHoldsExactlyTheContent)
-{
-    const StreamHolder stream = MakeStream();
+    stream->SetSize(Unsigned(0));
+    SeekTo(stream, 0);
     const HGLOBAL memory = BlockOf(stream);
     const std::string bytes(56, 'x');
     const void* previous = nullptr;
@@ -163,6 +161,29 @@ TEST(GlobalStream, HandleHoldsExactlyTheContent)
     ULONG written = 1;
     EXPECT_EQ(stream->Write("x", 1, &written), STG_E_MEDIUMFULL);
     EXPECT_EQ(written, 0u);
+}
+
+TEST(GlobalStream, ClonesMayBeUsedByDifferentThreads)
+{
+    const StreamHolder stream = MakeStream();
+    stream->SetSize(Unsigned(4));
+    std::vector<std::thread> threads;
+    for (char letter = 'a'; letter < 'e'; ++letter)
+        threads.emplace_back(
+            [letter, own = CloneOf(stream)]
+            {
+                for (int i = 0; i < 2000; ++i)
+                {
+                    SeekTo(own, i * 4 + letter - 'a');
+                    Write(own, std::string(1, letter));
+                }
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    std::string expected;
+    for (int i = 0; i < 2000; ++i)
+        expected += "abcd";
+    EXPECT_EQ(WholeContent(stream), expected);
 }
 #endif
 
@@ -220,32 +241,6 @@ TEST(GlobalStream, CopiesFromItsPositionToTheOthers)
     EXPECT_EQ(WholeContent(target), "head " + bytes.substr(5));
     EXPECT_EQ(source->CopyTo(nullptr, Unsigned(1), nullptr, nullptr), STG_E_INVALIDPOINTER);
 }
-
-// A guarantee of the layer.
-#ifndef _WIN32
-TEST(GlobalStream, ClonesMayBeUsedByDifferentThreads)
-{
-    const StreamHolder stream = MakeStream();
-    stream->SetSize(Unsigned(4));
-    std::vector<std::thread> threads;
-    for (char letter = 'a'; letter < 'e'; ++letter)
-        threads.emplace_back(
-            [letter, own = CloneOf(stream)]
-            {
-                for (int i = 0; i < 2000; ++i)
-                {
-                    SeekTo(own, i * 4 + letter - 'a');
-                    Write(own, std::string(1, letter));
-                }
-            });
-    for (std::thread& thread : threads)
-        thread.join();
-    std::string expected;
-    for (int i = 0; i < 2000; ++i)
-        expected += "abcd";
-    EXPECT_EQ(WholeContent(stream), expected);
-}
-#endif
 
 TEST(GlobalStream, AnswersForItsInterfacesAndRefusesTheRest)
 {

@@ -148,7 +148,7 @@ TEST(CrtScan, ReadsNumbers)
         EXPECT_EQ(Scanned(text, format), result) << text << " by " << format;
 }
 
-TEST(CrtScan, SizesOfNumbers)
+TEST(CrtScan, SizesOfNumbersAndOfTheText)
 {
     // The values are read over bytes of 0xAA.
     constexpr std::tuple<const wchar_t*, const wchar_t*, std::uint64_t> kCases[] = {
@@ -162,10 +162,7 @@ TEST(CrtScan, SizesOfNumbers)
         EXPECT_EQ(_snwscanf(text, wcslen(text), format, &value), 1) << text << " by " << format;
         EXPECT_EQ(value, expected) << text << " by " << format;
     }
-}
-
-TEST(CrtScan, StopsAtTheLength)
-{
+    // The length of the text is given.
     int first = 0, second = 0;
     EXPECT_EQ(_snwscanf(L"(12,34)", 5, L"(%d,%d)", &first, &second), 2);
     EXPECT_EQ(first, 12);

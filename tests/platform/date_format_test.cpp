@@ -37,15 +37,7 @@ struct Case
     SYSTEMTIME time = kMoment;
 };
 
-template <std::size_t N>
-void Check(const Case (&cases)[N])
-{
-    for (const Case& row : cases)
-        EXPECT_EQ(Formatted(row.format, row.locale, row.flags, row.time, row.picture), row.text)
-            << row.locale << ' ' << row.flags << ' ' << (row.picture != nullptr ? ReadableText(row.picture) : "none");
-}
-
-TEST(DateFormat, Pictures)
+TEST(DateFormat, PicturesAndRefusals)
 {
     constexpr Format kDate = GetDateFormatW, kTime = GetTimeFormatW;
     const Case cases[] = {{kDate, kAmerican, 0, L"d dd ddd dddd ddddd", "3 03 Sat Saturday Saturday"},
@@ -75,18 +67,9 @@ TEST(DateFormat, Pictures)
         {kDate, kAmerican, DATE_SHORTDATE, nullptr, "2/3/2018"},
         {kDate, kAmerican, LOCALE_NOUSEROVERRIDE, nullptr, "2/3/2018"},
         {kDate, kAmerican, DATE_LONGDATE, nullptr, "Saturday, February 3, 2018"},
-        {kTime, kAmerican, 0, nullptr, "3:04:07 PM"}, {kTime, kGerman, TIME_NOSECONDS, nullptr, "15:04"}};
-    Check(cases);
-    if (kIsLayer) // Wine writes the era twice
-    {
-        EXPECT_EQ(Formatted(kDate, kAmerican, 0, kMoment, L"gg"), "AD");
-    }
-}
-
-TEST(DateFormat, Refusals)
-{
-    constexpr Format kDate = GetDateFormatW, kTime = GetTimeFormatW;
-    const Case cases[] = {{kDate, kAmerican, DATE_SHORTDATE | DATE_LONGDATE, nullptr, "error 1004"},
+        {kTime, kAmerican, 0, nullptr, "3:04:07 PM"}, {kTime, kGerman, TIME_NOSECONDS, nullptr, "15:04"},
+        // What is refused, and what isn't.
+        {kDate, kAmerican, DATE_SHORTDATE | DATE_LONGDATE, nullptr, "error 1004"},
         {kDate, kAmerican, DATE_SHORTDATE, L"d", "error 1004"},
         {kDate, kAmerican, LOCALE_NOUSEROVERRIDE, L"d", "error 1004"},
         {kTime, kAmerican, LOCALE_NOUSEROVERRIDE, L"h", "error 1004"}, {kDate, 0x9999, 0, nullptr, "error 87"},
@@ -101,7 +84,13 @@ TEST(DateFormat, Refusals)
         {kTime, kAmerican, 0, nullptr, "error 87", {2018, 2, 0, 3, 0, 60}},
         {kTime, kAmerican, 0, nullptr, "error 87", {2018, 2, 0, 3, 0, 0, 60}},
         {kTime, kAmerican, 0, nullptr, "error 87", {2018, 2, 0, 3, 0, 0, 0, 1000}}};
-    Check(cases);
+    for (const Case& row : cases)
+        EXPECT_EQ(Formatted(row.format, row.locale, row.flags, row.time, row.picture), row.text)
+            << row.locale << ' ' << row.flags << ' ' << (row.picture != nullptr ? ReadableText(row.picture) : "none");
+    if (kIsLayer) // Wine writes the era twice
+    {
+        EXPECT_EQ(Formatted(kDate, kAmerican, 0, kMoment, L"gg"), "AD");
+    }
 }
 
 TEST(DateFormat, SizesAndThePresent)

@@ -55,6 +55,12 @@ TEST(FilesOpen, PathsThatLeadNowhere)
     for (const auto& [path, disposition, error] : cases)
         EXPECT_EQ(OpenError(path, GENERIC_READ, kShareAll, disposition), error) << path.Narrow();
     EXPECT_FALSE(Exists(folder / L"new"));
+
+    EXPECT_TRUE(CreateDirectoryW(folder / L"sub/", nullptr));
+    for (const auto& [name, error] : {std::pair(folder / L"sub", ERROR_ALREADY_EXISTS),
+             {folder / L"file", ERROR_ALREADY_EXISTS}, {folder / L"file/x", ERROR_PATH_NOT_FOUND},
+             {folder / L"a/b", ERROR_PATH_NOT_FOUND}, {L"", ERROR_PATH_NOT_FOUND}})
+        EXPECT_EQ(ErrorOf([&name = name] { return CreateDirectoryW(name, nullptr); }), DWORD(error)) << name.Narrow();
 }
 
 // Pairs of opens: access and sharing mode of the first and of the second.
@@ -166,18 +172,6 @@ TEST(FilesPaths, FullPathsAreResolvedInTheText)
     EXPECT_EQ(BytesOf(folder / L"nosuchfolder/../file"), "found") << "resolved in the text here too";
 }
 
-TEST(FilesPaths, Folders)
-{
-    const Folder folder;
-    const Text path = folder / L"sub", file = folder / L"file";
-    MakeFile(file);
-    EXPECT_TRUE(CreateDirectoryW(path + L"/", nullptr));
-    for (const auto& [name, error] :
-        {std::pair(path, ERROR_ALREADY_EXISTS), {file, ERROR_ALREADY_EXISTS}, {file + L"/x", ERROR_PATH_NOT_FOUND},
-            {folder / L"a/b", ERROR_PATH_NOT_FOUND}, {L"", ERROR_PATH_NOT_FOUND}})
-        EXPECT_EQ(ErrorOf([&name = name] { return CreateDirectoryW(name, nullptr); }), DWORD(error)) << name.Narrow();
-}
-
 TEST(FilesFind, Patterns)
 {
     const Folder folder;
@@ -252,6 +246,7 @@ TEST(FilesAttributes, AreKept)
     EXPECT_TRUE(WriteBytes(Open(second, kReadWrite, 0, CREATE_NEW, FILE_ATTRIBUTE_READONLY), "bytes"));
     EXPECT_NE(GetFileAttributesW(second) & FILE_ATTRIBUTE_READONLY, 0u);
     EXPECT_EQ(BytesOf(second), "bytes");
+    SetFileAttributesW(second, FILE_ATTRIBUTE_NORMAL);
 }
 
 TEST(FilesAttributes, Times)

@@ -84,7 +84,7 @@ TEST(Heap, AgreesWithAModel)
     }
 }
 
-TEST(Heap, RefusesWhatIsNoBlock)
+TEST(Heap, RefusesWhatIsNoBlockAndImpossibleSizes)
 {
     const Heap heap, other;
     auto* const freed = static_cast<char*>(HeapAlloc(heap.handle, 0, 64));
@@ -108,11 +108,6 @@ TEST(Heap, RefusesWhatIsNoBlock)
     EXPECT_TRUE(HeapFree(heap.handle, 0, nullptr));
     EXPECT_TRUE(HeapFree(heap.handle, 0, block));
     EXPECT_TRUE(HeapFree(other.handle, 0, foreign));
-}
-
-TEST(Heap, ImpossibleSizes)
-{
-    const Heap heap;
     for (const SIZE_T size : {kNoSize, kNoSize - 70'000, SIZE_T{1} << 62})
     {
         EXPECT_EQ(HeapAlloc(heap.handle, 0, size), nullptr);

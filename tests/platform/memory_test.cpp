@@ -9,7 +9,7 @@ using qxtest::ErrorOf;
 namespace
 {
 
-TEST(GlobalMemory, MovableBlockCountsItsLocks)
+TEST(GlobalMemory, BlocksAndTheirLocks)
 {
     const HGLOBAL memory = GlobalAlloc(GHND, 100);
     const auto data = static_cast<unsigned char*>(GlobalLock(memory));
@@ -31,6 +31,12 @@ TEST(GlobalMemory, MovableBlockCountsItsLocks)
     EXPECT_TRUE(GlobalUnlock(fixed));
     EXPECT_EQ(GlobalSize(fixed), 40u);
     EXPECT_EQ(GlobalFree(fixed), nullptr);
+
+    EXPECT_EQ(ErrorOf([] { return GlobalAlloc(GHND, SIZE_MAX - 4096); }), DWORD{ERROR_NOT_ENOUGH_MEMORY});
+    const HGLOBAL kept = GlobalAlloc(GMEM_MOVEABLE, 4);
+    EXPECT_EQ(GlobalReAlloc(kept, SIZE_MAX - 4096, GMEM_MOVEABLE), nullptr);
+    EXPECT_EQ(GlobalSize(kept), 4u) << "what can't become so large stays";
+    EXPECT_EQ(GlobalFree(kept), nullptr);
 }
 
 // The system itself would dereference some of these values.
@@ -64,15 +70,6 @@ TEST(GlobalMemory, ForeignValuesAreRefused)
 #ifndef _WIN32 // see above
     GlobalFree(reused);
 #endif
-}
-
-TEST(GlobalMemory, TooLargeABlockFailsAndLeavesTheOldOne)
-{
-    EXPECT_EQ(ErrorOf([] { return GlobalAlloc(GHND, SIZE_MAX - 4096); }), DWORD{ERROR_NOT_ENOUGH_MEMORY});
-    const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, 4);
-    EXPECT_EQ(GlobalReAlloc(memory, SIZE_MAX - 4096, GMEM_MOVEABLE), nullptr);
-    EXPECT_EQ(GlobalSize(memory), 4u);
-    EXPECT_EQ(GlobalFree(memory), nullptr);
 }
 
 } // namespace

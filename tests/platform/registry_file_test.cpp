@@ -28,7 +28,7 @@ namespace
 namespace fs = std::filesystem;
 using namespace std::string_view_literals;
 
-constexpr const char* kHeader = "Windows Registry Editor Version 5.00\r\n\r\n";
+const std::string kHeader = "Windows Registry Editor Version 5.00\r\n\r\n";
 
 std::string ToUtf16(std::u16string_view text)
 {
@@ -65,8 +65,7 @@ protected:
         HKEY key = nullptr;
         const LSTATUS status =
             RegCreateKeyExW(HKEY_CURRENT_USER, name, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
-        if (key != nullptr)
-            RegCloseKey(key);
+        RegCloseKey(key);
         return status;
     }
     static LSTATUS SetNumber(HKEY key, const wchar_t* name, DWORD number)
@@ -77,23 +76,18 @@ protected:
     static std::string Value(const wchar_t* keyName, const wchar_t* name)
     {
         HKEY key = nullptr;
-        LSTATUS status = RegOpenKeyExW(HKEY_CURRENT_USER, keyName, 0, KEY_READ, &key);
         BYTE data[100];
         DWORD size = sizeof(data), type = 0;
+        LSTATUS status = RegOpenKeyExW(HKEY_CURRENT_USER, keyName, 0, KEY_READ, &key);
         if (status == ERROR_SUCCESS)
-        {
             status = RegQueryValueExW(key, name, nullptr, &type, data, &size);
-            RegCloseKey(key);
-        }
-        std::ostringstream text;
+        RegCloseKey(key);
         if (status != ERROR_SUCCESS)
-            text << "error " << status;
-        else
-        {
-            text << type << ':' << std::hex;
-            for (DWORD i = 0; i < size; ++i)
-                text << (data[i] < 16 ? "0" : "") << unsigned{data[i]};
-        }
+            return "error " + std::to_string(status);
+        std::ostringstream text;
+        text << type << ':' << std::hex;
+        for (DWORD i = 0; i < size; ++i)
+            text << (data[i] < 16 ? "0" : "") << unsigned{data[i]};
         return text.str();
     }
 
@@ -175,26 +169,16 @@ TEST_F(RegistryFile, ReadsWhatPeopleWrite)
 
 TEST_F(RegistryFile, DamageIsReadAroundAndNeverWrittenOver)
 {
-    const std::string good = std::string(kHeader) + "[HKEY_CURRENT_USER\\k]\r\n\"v\"=dword:00000001\r\n";
-    const std::string bad[] = {
-        good + "\"open=\"x\r\n",
-        good + "\"x\"=\"abc\r\n",
-        good + "\"x\"=\"a\\n\"\r\n",
-        good + "\"x\"=dword:123456789\r\n",
-        good + "\"x\"=hex:0g\r\n",
-        good + "\"x\"=hex:00,\\ 01\r\n",
-        good + "x=1\r\n",
-        good + "[HKEY_CURRENT_USER\\k\r\n",
-        good + "[HKEY_LOCAL_MACHINE\\k]\r\n\"v\"=dword:00000002\r\n",
-        good + "[HKEY_CURRENT_USER\\" + std::string(256, 'n') + "]\r\n",
-        good + "[-HKEY_CURRENT_USER]\r\n",
-        good + "\"\xFF\"=\"x\"\r\n",
-        good + std::string(3, '\0'),
-        "\"v\"=dword:00000002\r\n",
-        std::string("REGEDIT4\r\n\r\n") + "[HKEY_CURRENT_USER\\k]\r\n",
-        std::string(kHeader) + "\"v\"=dword:00000002\r\n" + good.substr(std::string(kHeader).size()),
-        "\xFF\xFEW",
-    };
+    const std::string good = kHeader + "[HKEY_CURRENT_USER\\k]\r\n\"v\"=dword:00000001\r\n";
+    // What follows a key with a value, and whole files.
+    const std::string lines[] = {"\"open=\"x", "\"x\"=\"abc", "\"x\"=\"a\\n\"", "\"x\"=dword:123456789", "\"x\"=hex:0g",
+        "\"x\"=hex:00,\\ 01", "x=1", "[HKEY_CURRENT_USER\\k", "[HKEY_LOCAL_MACHINE\\k]\r\n\"v\"=dword:00000002",
+        "[HKEY_CURRENT_USER\\" + std::string(256, 'n') + "]", "[-HKEY_CURRENT_USER]", "\"\xFF\"=\"x\"",
+        std::string(3, '\0')};
+    std::vector<std::string> bad = {"\"v\"=dword:00000002\r\n", "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\k]\r\n",
+        kHeader + "\"v\"=dword:00000002\r\n" + good.substr(kHeader.size()), "\xFF\xFEW"};
+    for (const std::string& line : lines)
+        bad.push_back(good + line + "\r\n");
     for (const std::string& bytes : bad)
     {
         SCOPED_TRACE(bytes);
@@ -225,7 +209,7 @@ TEST_F(RegistryFile, WhatCouldNotBeReadBackIsNotWritten)
     EXPECT_EQ(Value(L"k", L"v"), "4:01000000");
     RegCloseKey(key);
 
-    std::string text = std::string(kHeader) + "[HKEY_CURRENT_USER";
+    std::string text = kHeader + "[HKEY_CURRENT_USER";
     for (int i = 0; i < 1000000; ++i)
         text += "\\k";
     WriteFile(text + "]\r\n");

@@ -248,26 +248,17 @@ TEST_F(CodePages, ArgumentsAreChecked)
 {
     wchar_t wide[8] = L"abc";
     char narrow[8];
-    const auto isRefused = [&](bool hasText, int length, bool hasBuffer, int size)
+    for (const auto& [hasText, length, hasBuffer, size] :
+        {std::tuple(true, 0, true, 8), {false, 1, true, 8}, {true, 1, false, 8}, {true, 1, true, -1}})
     {
-        EXPECT_EQ(ErrorOf(
-                      [&] {
-                          return MultiByteToWideChar(
-                              1252, 0, hasText ? "a" : nullptr, length, hasBuffer ? wide : nullptr, size);
-                      }),
-            DWORD{ERROR_INVALID_PARAMETER});
-        EXPECT_EQ(ErrorOf(
-                      [&]
-                      {
-                          return WideCharToMultiByte(1252, 0, hasText ? L"a" : nullptr, length,
-                              hasBuffer ? narrow : nullptr, size, nullptr, nullptr);
-                      }),
-            DWORD{ERROR_INVALID_PARAMETER});
-    };
-    isRefused(true, 0, true, 8);
-    isRefused(false, 1, true, 8);
-    isRefused(true, 1, false, 8);
-    isRefused(true, 1, true, -1);
+        SetLastError(ERROR_SUCCESS);
+        MultiByteToWideChar(1252, 0, hasText ? "a" : nullptr, length, hasBuffer ? wide : nullptr, size);
+        EXPECT_EQ(ErrorText(), "error 87") << length << ' ' << size;
+        SetLastError(ERROR_SUCCESS);
+        const wchar_t* const text = hasText ? L"a" : nullptr;
+        WideCharToMultiByte(1252, 0, text, length, hasBuffer ? narrow : nullptr, size, nullptr, nullptr);
+        EXPECT_EQ(ErrorText(), "error 87") << length << ' ' << size;
+    }
     EXPECT_EQ(Decode(1252, "a", 0x100), "error 1004");
     EXPECT_EQ(Decode(CP_UTF7, "a", MB_ERR_INVALID_CHARS), "error 1004");
     EXPECT_EQ(Decode(1252, "a", MB_PRECOMPOSED), "0061");
@@ -285,8 +276,7 @@ TEST_F(CodePages, ArgumentsAreChecked)
     EXPECT_EQ(Encode(CP_UTF8, L"a", 0, "?"), "error 87");
     BOOL used = FALSE;
     EXPECT_EQ(Encode(CP_UTF8, L"a", 0, nullptr, &used), "error 87");
-    EXPECT_EQ(MultiByteToWideChar(1252, 0, reinterpret_cast<char*>(wide), 1, wide, 4), 0);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(ErrorOf([&] { return MultiByteToWideChar(1252, 0, reinterpret_cast<char*>(wide), 1, wide, 4); }), 87u);
 #endif
 }
 

@@ -178,23 +178,22 @@ TEST(Waits, EachSettingOfAnAutomaticEventLetsOneThreadThrough)
 
 TEST(Messages, WaitsWakeForNewInput)
 {
-    const Event event, ready;
-    const Thread thread(
-        [&]
+    MSG message;
+    PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // creates the queue
+    const Event event;
+    const HANDLE handle = event;
+    std::thread poster(
+        [waiting = GetCurrentThreadId()]
         {
-            MSG message;
-            PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // creates the queue
-            SetEvent(ready);
-            const HANDLE handle = event;
-            EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, kPatience, QS_ALLINPUT), WAIT_OBJECT_0 + 1);
-            // A message that has been peeked at but not removed doesn't count as new.
-            EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE));
-            return MsgWaitForMultipleObjects(1, &handle, FALSE, 0, QS_ALLINPUT) == WAIT_TIMEOUT ? 0u : 1u;
+            Sleep(30);
+            EXPECT_TRUE(PostThreadMessageW(waiting, WM_APP, 0, 0));
         });
-    WaitForSingleObject(ready, kPatience);
-    Sleep(30);
-    EXPECT_TRUE(PostThreadMessageW(thread.id(), WM_APP, 0, 0));
-    EXPECT_EQ(thread.Join(), 0u);
+    EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, kPatience, QS_ALLINPUT), WAIT_OBJECT_0 + 1);
+    poster.join();
+    // A message that has been peeked at but not removed doesn't count as new.
+    EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE));
+    EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, 0, QS_ALLINPUT), DWORD{WAIT_TIMEOUT});
+    EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
 }
 
 TEST(Messages, BoxesAnswerByThemselves)
