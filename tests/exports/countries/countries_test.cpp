@@ -43,15 +43,12 @@ TEST(CountryExports, Values)
     constexpr std::uint32_t kLocale = QXUT_COUNTRY_LCID, kEnglish = QXUT_COUNTRY_ENGLISH_NAME,
                             kNative = QXUT_COUNTRY_NATIVE_NAME, kCurrency = QXUT_COUNTRY_CURRENCY;
     constexpr std::tuple<const wchar_t*, std::uint32_t, const char*> kCases[] = {{L"DEU", kLocale, "1031"},
-        {L"D", kLocale, "1031"}, {L"de-AT", kLocale, "3079"}, {L"UK", kLocale, "2057"}, {L"ROK", kLocale, "1042"},
-        {L"CH", kLocale, "2055"}, {L"BE", kLocale, "2060"}, {L"Ghana*2057", kLocale, "2057"}, {L"", kLocale, "0"},
-        {nullptr, kLocale, "0"}, {L"Atlantis", kLocale, "0"}, {L"Germany", QXUT_COUNTRY_CALLING_CODE, "49"},
-        {L"Atlantis", QXUT_COUNTRY_CALLING_CODE, "0"}, {L"Germany", QXUT_COUNTRY_ISO3166, "DE"},
-        {L"GH", QXUT_COUNTRY_ISO3166, "GHA"}, {L"Germany", QXUT_COUNTRY_NOTHING, "-"}, {L"Germany", kCurrency, "€"},
-        {L"NGA", kCurrency, "Naira"}, {L"ru-RU", QXUT_COUNTRY_CODE_PAGE, "1251"},
-        {L"GR", QXUT_COUNTRY_CODE_PAGE, "1253"}, {L"CDN", kEnglish, "Canada"},
-        {L"WAG", kEnglish, "Republic of The Gambia"}, {L"yt", kEnglish, "Mayotte"}, {L"Atlantis", kEnglish, ""},
-        {L"CI", kEnglish, "Côte d'Ivoire"}, {L"CY", kNative, "Κύπρος"}, {L"Djibouti*1025", kNative, "جيبوتي"},
+        {L"de-AT", kLocale, "3079"}, {L"UK", kLocale, "2057"}, {L"CH", kLocale, "2055"},
+        {L"Ghana*2057", kLocale, "2057"}, {nullptr, kLocale, "0"}, {L"Germany", QXUT_COUNTRY_CALLING_CODE, "49"},
+        {L"Germany", QXUT_COUNTRY_ISO3166, "DE"}, {L"GH", QXUT_COUNTRY_ISO3166, "GHA"},
+        {L"Germany", QXUT_COUNTRY_NOTHING, "-"}, {L"Germany", kCurrency, "€"}, {L"NGA", kCurrency, "Naira"},
+        {L"GR", QXUT_COUNTRY_CODE_PAGE, "1253"}, {L"yt", kEnglish, "Mayotte"}, {L"Atlantis", kEnglish, ""},
+        {L"CI", kEnglish, "Côte d'Ivoire"}, {L"CY", kNative, "Κύπρος"},
         {L"Algeria*5121", kNative, "الجزائر"}, // the last row
         // Rows override the system's values; of several rows with the same LCID the last one wins.
         {L"1033", kEnglish, "American Samoa"}, {L"2057", kEnglish, "State of Grenada"},
