@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -49,9 +50,8 @@ protected:
     void WriteFile(const std::string& bytes) { std::ofstream(_file, std::ios::binary) << bytes; }
     std::string ReadFile()
     {
-        std::ostringstream bytes;
-        bytes << std::ifstream(_file, std::ios::binary).rdbuf();
-        return bytes.str();
+        std::ifstream file(_file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
     }
 
     static HKEY Open(const wchar_t* name)
@@ -71,6 +71,13 @@ protected:
     static LSTATUS SetNumber(HKEY key, const wchar_t* name, DWORD number)
     {
         return RegSetValueExW(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof(number));
+    }
+    static LSTATUS SetNumber(const wchar_t* keyName, const wchar_t* name, DWORD number)
+    {
+        const HKEY key = Open(keyName);
+        const LSTATUS status = SetNumber(key, name, number);
+        RegCloseKey(key);
+        return status;
     }
     // Returns the data in hex preceded by the type, or the error if the value can't be read.
     static std::string Value(const wchar_t* keyName, const wchar_t* name)
@@ -117,9 +124,7 @@ TEST_F(RegistryFile, WritesTheFormOfTheSystemsEditor)
     WriteFile(ToUtf16(text));
     EXPECT_EQ(Value(L"Software\\One", L"qword"), "11:0100000000000080");
     EXPECT_EQ(Value(L"Software\\One", L"quote \" \\"), "1:43003a005c00780020002200790022002000fc00ac200000");
-    const HKEY key = Open(L"Software\\One");
-    EXPECT_EQ(SetNumber(key, L"Zero", 0), ERROR_SUCCESS);
-    RegCloseKey(key);
+    EXPECT_EQ(SetNumber(L"Software\\One", L"Zero", 0), ERROR_SUCCESS);
     EXPECT_EQ(ReadFile(), ToUtf16(text.substr(0, text.size() - 2) + u"\"Zero\"=dword:00000000\r\n"));
 }
 
@@ -158,9 +163,7 @@ TEST_F(RegistryFile, ReadsWhatPeopleWrite)
         EXPECT_EQ(Value(key, name), value) << key << L" " << name;
 
     // Comments written by people survive our changes.
-    const HKEY key = Open(L"A");
-    EXPECT_EQ(SetNumber(key, L"blanks", 1), ERROR_SUCCESS);
-    RegCloseKey(key);
+    EXPECT_EQ(SetNumber(L"A", L"blanks", 1), ERROR_SUCCESS);
     const std::string text = ReadFile();
     for (const std::u16string_view lines : {u"; about all\r\n[HKEY_CURRENT_USER\\A]"sv,
              u"; a note\r\n\"\u00FC\"=dword:0000001f"sv, u"; about the last\r\n\"last\"="sv, u"\r\n; at the end\r\n"sv})
@@ -241,17 +244,12 @@ TEST_F(RegistryFile, NobodyLosesTheChangesOfOthers)
     constexpr int kProcesses = 4, kThreads = 2, kValues = 15;
     const auto write = [](int writer, std::atomic<int>& failures)
     {
-        const HKEY key = Open(L"k");
-        for (int i = 0; i < kValues; ++i)
+        for (unsigned char i = 0; i < kValues; ++i)
         {
             const wchar_t name[] = {static_cast<wchar_t>(L'a' + writer), static_cast<wchar_t>(L'a' + i), L'\0'};
-            DWORD number = 0, size = sizeof(number);
-            failures += SetNumber(key, name, static_cast<DWORD>(i)) != ERROR_SUCCESS ||
-                        RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &size) !=
-                            ERROR_SUCCESS ||
-                        number != static_cast<DWORD>(i);
+            failures += SetNumber(L"k", name, i) != ERROR_SUCCESS;
+            failures += Value(L"k", name) != std::string("4:0") + "0123456789abcdef"[i] + "000000";
         }
-        RegCloseKey(key);
     };
     std::vector<pid_t> children;
     for (int process = 0; process < kProcesses; ++process)

@@ -3,11 +3,9 @@
 
 #include "stack/walker.h"
 
-#include <cerrno>
 #include <csetjmp>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <optional>
 #include <random>
@@ -260,11 +258,8 @@ TEST(LayerWalks, WildCallsAndGarbage)
         ASSERT_TRUE(QxUnwindFrame(&faultContext, &isExact));
         EXPECT_FALSE(isExact);
         Dl_info info{};
-        Dl_info own{};
-        static int inThisProgram = 0;
         dladdr(reinterpret_cast<void*>(faultContext.Rip), &info);
-        dladdr(&inThisProgram, &own);
-        EXPECT_EQ(info.dli_fbase, own.dli_fbase);
+        EXPECT_EQ(info.dli_fbase, GetModuleHandleW(nullptr));
         EXPECT_TRUE(QxUnwindFrame(&faultContext, &isExact));
     }
     handler.reset();

@@ -65,12 +65,16 @@ protected:
     void SetUp() override { SetLastError(ERROR_SUCCESS); }
 };
 
-struct DecodeCase
+// A page, and a text in one form and in the other.
+template <class Text>
+struct Case
 {
     UINT page;
-    std::string_view bytes;
+    Text text;
     const char* units;
 };
+using DecodeCase = Case<std::string_view>;
+using EncodeCase = Case<std::wstring_view>;
 
 constexpr DecodeCase kValid[] = {{1250, "\xb1\xb9\x8a", "00b1 0105 0160"},
     {1251, "\xcf\xf0\xe8\xa8", "041f 0440 0438 0401"},
@@ -92,7 +96,7 @@ TEST_F(CodePages, BytesMeanWhatThePageSays)
 {
     for (const DecodeCase& row : kValid)
         for (const DWORD flags : {0, row.page == CP_UTF7 ? 0 : MB_ERR_INVALID_CHARS})
-            EXPECT_EQ(Decode(row.page, row.bytes, flags), row.units) << row.page << ' ' << flags;
+            EXPECT_EQ(Decode(row.page, row.text, flags), row.units) << row.page << ' ' << flags;
 }
 
 // The result of decoding damaged bytes leniently. With strict decoding they must be refused.
@@ -112,17 +116,10 @@ TEST_F(CodePages, DamageIsReplacedOrRefused)
 {
     for (const DecodeCase& row : kDamaged)
     {
-        EXPECT_EQ(Decode(row.page, row.bytes), row.units) << row.page;
-        EXPECT_EQ(Decode(row.page, row.bytes, MB_ERR_INVALID_CHARS), "error 1113") << row.page << ' ' << row.units;
+        EXPECT_EQ(Decode(row.page, row.text), row.units) << row.page;
+        EXPECT_EQ(Decode(row.page, row.text, MB_ERR_INVALID_CHARS), "error 1113") << row.page << ' ' << row.units;
     }
 }
-
-struct EncodeCase
-{
-    UINT page;
-    std::wstring_view text;
-    const char* bytes;
-};
 
 constexpr EncodeCase kWritten[] = {{1252, L"a\x20ac\x00e4\x0081", "61 80 e4 81"}, {1251, L"\x041f\x0401", "cf a8"},
     {1253, L"\xf8f9", "aa"}, {932, L"a\x3042\xff71\x2170\x30fb", "61 82 a0 b1 fa 40 81 45"},
@@ -139,7 +136,7 @@ constexpr EncodeCase kWritten[] = {{1252, L"a\x20ac\x00e4\x0081", "61 80 e4 81"}
 TEST_F(CodePages, TextIsWrittenInThePage)
 {
     for (const EncodeCase& row : kWritten)
-        EXPECT_EQ(Encode(row.page, row.text), row.bytes) << row.page;
+        EXPECT_EQ(Encode(row.page, row.text), row.units) << row.page;
 }
 
 TEST_F(CodePages, ReplacementCharacters)
@@ -303,9 +300,9 @@ constexpr EncodeCase kShiftedWritten[] = {{50220, L"a\x3042z", "61 1b 24 42 24 2
 TEST_F(CodePages, ShiftedAndNationalPages)
 {
     for (const DecodeCase& row : kShifted)
-        EXPECT_EQ(Decode(row.page, row.bytes), row.units) << row.page;
+        EXPECT_EQ(Decode(row.page, row.text), row.units) << row.page;
     for (const EncodeCase& row : kShiftedWritten)
-        EXPECT_EQ(Encode(row.page, row.text), row.bytes) << row.page;
+        EXPECT_EQ(Encode(row.page, row.text), row.units) << row.page;
 }
 #endif
 

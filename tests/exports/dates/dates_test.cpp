@@ -2,6 +2,7 @@
 // explicit LCID.
 #include <qxut23/dates.h>
 
+#include "support/readable_text.h"
 #include "support/shown_time.h"
 
 #include <gtest/gtest.h>
@@ -20,15 +21,9 @@
 namespace
 {
 
-using qxtest::Show;
+using qxtest::ReadableText, qxtest::Show;
 
 constexpr std::uint32_t kUser = 0x400, kAmerican = 0x409, kGerman = 0x407, kJapanese = 0x411, kUnknown = 0x9999;
-
-std::string Narrow(const wchar_t* text)
-{
-    char bytes[256];
-    return WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes, sizeof bytes, nullptr, nullptr) > 0 ? bytes : "(none)";
-}
 
 std::string Written(std::uint32_t locale, const SYSTEMTIME* time, std::uint32_t flags)
 {
@@ -37,7 +32,7 @@ std::string Written(std::uint32_t locale, const SYSTEMTIME* time, std::uint32_t 
     text.vt = VT_I4; // is replaced
     EXPECT_EQ(UtilLocLocaleStringFromSystemTimeEx(locale, time, &text, flags), 0);
     EXPECT_EQ(text.vt, VT_BSTR);
-    std::string written = Narrow(text.bstrVal);
+    std::string written = ReadableText(text.bstrVal);
     VariantClear(&text);
     return written;
 }
@@ -109,7 +104,7 @@ TEST(Dates, WrittenInALocale)
     VARIANT text;
     VariantInit(&text);
     EXPECT_EQ(UtilLocLocaleStringFromSystemTime(kAmerican, &kMoment, &text), 0);
-    EXPECT_EQ(Narrow(text.bstrVal), Written(kAmerican, &kMoment, kDate | kTime));
+    EXPECT_EQ(ReadableText(text.bstrVal), Written(kAmerican, &kMoment, kDate | kTime));
     VariantClear(&text);
     EXPECT_EQ(UtilLocLocaleStringFromSystemTime(kAmerican, &kMoment, nullptr), 0);
 }
@@ -125,16 +120,16 @@ TEST(Dates, CompactFormAndTextsOfTheUsersLocale)
     {
         wchar_t compact[20] = L"#";
         EXPECT_EQ(UtilDateTimeFromLocaleString(text, compact, 20, flags), result);
-        EXPECT_EQ(Narrow(compact), expected);
+        EXPECT_EQ(ReadableText(compact), expected);
     }
     wchar_t cut[] = L"#########";
     EXPECT_EQ(UtilDateTimeFromLocaleString(L"20180102", cut, 5, 0), 1);
-    EXPECT_EQ(Narrow(cut), "2018");
+    EXPECT_EQ(ReadableText(cut), "2018");
     EXPECT_EQ(cut[5], L'#');
     EXPECT_EQ(UtilDateTimeFromLocaleString(L"20180102", nullptr, 0, 0), 1);
     wchar_t now[20];
     EXPECT_EQ(UtilDateTimeFromLocaleString(L" ", now, 20, 0), 1);
-    EXPECT_EQ(Narrow(now).size(), 14u);
+    EXPECT_EQ(ReadableText(now).size(), 14u);
 
     // The other direction.
     constexpr SYSTEMTIME kMoment{2018, 2, 0, 3, 15, 4, 7, 0}, kToTheMinute{2018, 2, 0, 3, 15, 4}, kDay{2018, 2, 0, 3};
@@ -144,17 +139,18 @@ TEST(Dates, CompactFormAndTextsOfTheUsersLocale)
     for (const auto& [compact, time] : cases)
     {
         EXPECT_EQ(UtilDateTimeToLocaleString(compact, text, 100), 1);
-        EXPECT_EQ(Narrow(text), Written(kUser, time, 6)) << Narrow(compact);
+        EXPECT_EQ(ReadableText(text), Written(kUser, time, 6)) << ReadableText(compact);
     }
     EXPECT_EQ(UtilDateTimeToLocaleString(L"  ", text, 100), 1);
-    EXPECT_EQ(Narrow(text), "");
+    EXPECT_EQ(ReadableText(text), "");
 
     const std::string whole = Written(kUser, &kMoment, 6);
     const auto length = static_cast<std::uint32_t>(whole.size());
     EXPECT_EQ(UtilDateTimeToLocaleString(L"20180203150407", text, length), 1);
-    EXPECT_EQ(Narrow(text), whole.substr(0, whole.size() - 1)); // the terminator takes the place of the last character
+    EXPECT_EQ(
+        ReadableText(text), whole.substr(0, whole.size() - 1)); // the terminator takes the place of the last character
     EXPECT_EQ(UtilDateTimeToLocaleString(L"20180203150407", text, length - 1), 0);
-    EXPECT_EQ(Narrow(text), "");
+    EXPECT_EQ(ReadableText(text), "");
 }
 
 TEST(Dates, LocalTimeAndUTC)

@@ -26,7 +26,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <string>
 #include <string_view>
 #include <thread>
 #include <vector>
@@ -80,11 +79,9 @@ int WriteForms(const Library& library)
     FIND(UtilDebug)(L"%s %hs %I64d", L"wide", "narrow", 5'000'000'000LL);
     FIND(UtilDebugExt)(L"PROF", 1, L">INIT\u25A0%c", L'x');
     WriteByList(library, L"PROF", 0, L"INIT\u25A0state %d", 1);
-    FIND(UtilDebugExt)(nullptr, 3, nullptr);
     FIND(PasDebug)(L"%s and 100%");
     FIND(UtilError)(L"place", L"thing");
-    FIND(UtilDebugExt)(L"", -2, L"<%s", L"leave");
-    FIND(UtilDebugExt)(nullptr, -1, L"<");
+    FIND(UtilDebugExt)(nullptr, -1, L"<%s", L"leave");
     return GetLastError() == ERROR_FILE_NOT_FOUND ? 0 : 11;
 }
 

@@ -115,19 +115,10 @@ class ZipCommands(ZipTest):
         self.assertEqual(zipfile.ZipFile(self.archive).namelist(), [])
 
     def test_other_programs_read_our_archives(self):
-        # These programs decode names in code page 437 only on Windows; Python and qxut do so everywhere.
-        expected = {name: content for name, content in FILES.items() if "\u00f6" not in name}
-        (self.tree / "sub/Gr\u00f6\u00dfe.txt").unlink()
         self.qxut("create", self.archive, self.tree)
         for tester in TESTERS:
             done = subprocess.run([*tester, self.archive], capture_output=True, env=dict(os.environ, LC_ALL="C.UTF-8"))
             self.assertEqual(done.returncode, 0, done)
-        for number, extractor in enumerate((["unzip", "-q"], ["7zz", "x", "-bso0"], ["bsdtar", "-xf"])):
-            target = self.folder / str(number)
-            target.mkdir()
-            subprocess.run([*extractor, self.archive], cwd=target, check=True, capture_output=True,
-                           env=dict(os.environ, LC_ALL="C.UTF-8"))
-            self.assertEqual(self.files_below(target / "tree"), expected, extractor)
 
     def test_names_of_single_files(self):
         for path, name in (("tree/plain.txt", "tree/plain.txt"), ("./tree/none", "tree/none"),
@@ -142,9 +133,6 @@ class ZipCommands(ZipTest):
             "folder": False, "encrypted": False})
         self.assertEqual(sorted(entries), ["empty/", "none", "plain.txt", "sub/", "sub/Gr\u00f6\u00dfe.txt",
                                            "sub/\u65e5\u672c\u8a9e/", "sub/\u65e5\u672c\u8a9e/\u00fc.txt"])
-        for name in ("7zip-local.zip", "libarchive.zip", "python.zip"):
-            names = [entry["name"] for entry in json.loads(self.qxut("list", ARCHIVES / name, "--json"))]
-            self.assertTrue(any(name.endswith("sub/Gr\u00f6\u00dfe.txt") for name in names), names)
         with zipfile.ZipFile(self.archive, "w") as archive:
             info = zipfile.ZipInfo("a\x1b[31m", (1999, 12, 31, 23, 59, 58))
             archive.writestr(info, b"12345")
