@@ -10,6 +10,7 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 
 namespace
 {
@@ -147,14 +148,7 @@ TEST_F(DebugHelp, FindsLines)
 
 TEST_F(DebugHelp, NamesAreReadable)
 {
-    struct Case
-    {
-        const char* linkName;
-        const char* full;
-        const char* name;
-    };
-    constexpr Case kCases[] = {
-        {"main", "main", "main"},
+    constexpr std::tuple<const char*, const char*, const char*> kCases[] = {{"main", "main", "main"},
         {"memcpy@@GLIBC_2.14", "memcpy", "memcpy"},
         {"_ZN5probe5TwiceIiEEiT_PFvPvES2_", "int probe::Twice<int>(int, void (*)(void*), void*)", "probe::Twice<int>"},
         {"_ZNK5probe6WalkerclEPKcPFvPvES3_", "probe::Walker::operator()(char const*, void (*)(void*), void*) const",
@@ -164,17 +158,15 @@ TEST_F(DebugHelp, NamesAreReadable)
         {"_ZN1AcvbEv", "A::operator bool()", "A::operator bool"},
         {"_ZlsRSoi", "operator<<(std::ostream&, int)", "operator<<"},
         {"_ZltRK1AS1_", "operator<(A const&, A const&)", "operator<"},
-        {"_ZN1A1gEv.cold", "A::g() [clone .cold]", "A::g"},
-        {"_Z", "_Z", "_Z"},
-    };
+        {"_ZN1A1gEv.cold", "A::g() [clone .cold]", "A::g"}, {"_Z", "_Z", "_Z"}};
     BIND(UnDecorateSymbolName);
-    for (const Case& test : kCases)
+    for (const auto& [linkName, full, name] : kCases)
     {
         char text[200];
-        EXPECT_EQ(UnDecorateSymbolName_(test.linkName, text, sizeof text, 0), std::strlen(test.full));
-        EXPECT_STREQ(text, test.full);
-        UnDecorateSymbolName_(test.linkName, text, sizeof text, UNDNAME_NAME_ONLY);
-        EXPECT_STREQ(text, test.name);
+        EXPECT_EQ(UnDecorateSymbolName_(linkName, text, sizeof text, 0), std::strlen(full));
+        EXPECT_STREQ(text, full);
+        UnDecorateSymbolName_(linkName, text, sizeof text, UNDNAME_NAME_ONLY);
+        EXPECT_STREQ(text, name);
     }
     char shortText[5];
     EXPECT_EQ(UnDecorateSymbolName_("_ZN1A1gEv", shortText, sizeof shortText, 0), 4u);

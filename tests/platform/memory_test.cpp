@@ -192,7 +192,7 @@ TEST(Heap, LockKeepsOtherThreadsOut)
     EXPECT_EQ(HeapSize(heap.handle, 0, block), kNoSize);
 }
 
-TEST(Heap, ThreadsShareAHeap)
+TEST(Heap, ThreadsShareAHeapAndTheOneOfTheProcess)
 {
     const Heap heap;
     std::vector<std::thread> threads;
@@ -213,10 +213,7 @@ TEST(Heap, ThreadsShareAHeap)
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(heap.UsedBlocks().size(), 8u * 20);
-}
 
-TEST(Heap, TheProcessHeap)
-{
     void* const block = HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, 100);
     EXPECT_EQ(HeapSize(GetProcessHeap(), 0, block), 100u);
     EXPECT_TRUE(HeapFree(GetProcessHeap(), 0, block));

@@ -10,6 +10,7 @@
 #include <optional>
 #include <random>
 #include <thread>
+#include <tuple>
 
 #include <dlfcn.h>
 #include <execinfo.h>
@@ -194,13 +195,7 @@ TEST(LayerWalks, ReachTheCallerFromEveryInstruction)
     void* const library = dlopen(QXUT_STACK_PROBE_FOLDER "/libsmall_stack_probe.so", RTLD_LAZY | RTLD_LOCAL);
     ASSERT_NE(library, nullptr);
     probe = reinterpret_cast<ProbeFunction>(dlsym(library, "Probe"));
-    struct Case
-    {
-        const char* name;
-        void (*function)();
-        unsigned leastSteps;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, void (*)(), unsigned> cases[] = {
         {"a call through stubs",
             []
             {
@@ -224,13 +219,13 @@ TEST(LayerWalks, ReachTheCallerFromEveryInstruction)
             },
             30},
     };
-    for (const Case& step : cases)
+    for (const auto& [name, function, leastSteps] : cases)
     {
         stepping.steps = stepping.failures = 0;
-        StepThrough(step.function);
-        EXPECT_EQ(stepping.failures, 0u) << step.name << ": " << stepping.steps << " steps, failed at " << std::hex
+        StepThrough(function);
+        EXPECT_EQ(stepping.failures, 0u) << name << ": " << stepping.steps << " steps, failed at " << std::hex
                                          << stepping.failedAt;
-        EXPECT_GE(stepping.steps, step.leastSteps) << step.name;
+        EXPECT_GE(stepping.steps, leastSteps) << name;
     }
     dlclose(library);
 }

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <thread>
 #include <tuple>
-#include <vector>
 
 // Each system has its own function to set the affinity. Only the layer's GetActiveProcessorCount depends on it.
 #if defined(__linux__)
@@ -158,16 +157,14 @@ TEST(Waits, EachSettingOfAnAutomaticEventLetsOneThreadThrough)
 {
     const Event event(false), stop;
     std::atomic<int> passed = 0;
-    std::vector<std::unique_ptr<Thread>> threads;
-    for (int index = 0; index < 4; ++index)
-        threads.push_back(std::make_unique<Thread>(
-            [&]
-            {
-                const HANDLE both[] = {stop, event};
-                while (WaitForMultipleObjects(2, both, FALSE, INFINITE) == WAIT_OBJECT_0 + 1)
-                    ++passed;
-                return 0u;
-            }));
+    const auto pass = [&]
+    {
+        const HANDLE both[] = {stop, event};
+        while (WaitForMultipleObjects(2, both, FALSE, INFINITE) == WAIT_OBJECT_0 + 1)
+            ++passed;
+        return 0u;
+    };
+    const Thread first(pass), second(pass), third(pass), fourth(pass);
     for (int count = 1; count <= 200; ++count)
     {
         SetEvent(event);
@@ -176,7 +173,7 @@ TEST(Waits, EachSettingOfAnAutomaticEventLetsOneThreadThrough)
         ASSERT_EQ(passed, count);
     }
     SetEvent(stop);
-    for (const auto& thread : threads)
+    for (const Thread* const thread : {&first, &second, &third, &fourth})
         thread->Join();
     EXPECT_EQ(passed, 200);
 }

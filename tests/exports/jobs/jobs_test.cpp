@@ -43,32 +43,22 @@ protected:
 TEST_F(JobPools, ThreadsThatEndInCallbacks)
 {
     using Body = std::function<void()>;
-    const auto runOnThread = [](Body body)
+    const auto runOnThread = [](const Body& body)
     {
-        pthread_t thread;
-        ASSERT_EQ(pthread_create(
-                      &thread, nullptr,
-                      [](void* given) -> void*
-                      {
-                          (*static_cast<Body*>(given))();
-                          return given;
-                      },
-                      &body),
-            0);
-        void* result = nullptr;
-        ASSERT_EQ(pthread_join(thread, &result), 0);
-        EXPECT_NE(result, &body); // ended in the callback
-    };
-    const auto endThread = []
-    {
-        pthread_exit(nullptr);
+        std::thread(
+            [&body]
+            {
+                body();
+                ADD_FAILURE() << "the thread did not end in the callback";
+            })
+            .join();
     };
     const auto cancelThread = []
     {
         pthread_cancel(pthread_self());
         pthread_testcancel();
     };
-    for (const Body& end : {Body(endThread), Body(cancelThread)})
+    for (const Body& end : {Body([] { pthread_exit(nullptr); }), Body(cancelThread)})
     {
         const HUTTHREADPOOL pool = UtilThreadPoolOpen(2, L"pool");
         Add(pool, new TestJob(counts, end), &taking); // on a worker

@@ -31,6 +31,11 @@ TEST(ProfileOpen, ErrorsTellWhatWentWrong)
 
     EXPECT_EQ(Job::Exclusive(folder.Path("new")).Error(), PROF_OK) << "it is made";
     EXPECT_EQ(Job(folder.Path("new")).Error(), PROF_OK) << "nothing is a profile";
+
+    std::filesystem::resize_file(folder.Path("new"), std::uint64_t{1} << 31); // sparse, so it occupies no space
+    const Job tooLarge(folder.Path("new"));
+    EXPECT_EQ(tooLarge.Error(), PROF_ERR_LOCKED);
+    EXPECT_EQ(Tree(tooLarge), "");
 }
 
 TEST(ProfileOpen, FilesOfFewBytes)
@@ -158,16 +163,6 @@ TEST(ProfileLarge, DeepNesting)
     ProfDebugList(again, nullptr);
     ProfDeleteListW(again, nullptr, L"l");
     EXPECT_EQ(Tree(again), "");
-}
-
-TEST(ProfileLarge, MoreThanTheLoaderTakesIsRefused)
-{
-    const TempFolder folder;
-    const std::string path = folder.Make("large", "[/]\r\na=1\r\n");
-    std::filesystem::resize_file(path, std::uint64_t{1} << 31); // sparse, so it occupies no space
-    const Job job(path);
-    EXPECT_EQ(job.Error(), PROF_ERR_LOCKED);
-    EXPECT_EQ(Tree(job), "");
 }
 
 // ---- Files of other programs
