@@ -47,6 +47,14 @@ enum class Outcome
 
 using Operation = Outcome (*)();
 
+// Ends the failures and compares what an operation reported with its effect.
+template <class Check>
+Outcome OutcomeOf(bool isDone, Check isRight)
+{
+    FailAllocation(0);
+    return !isDone ? Outcome::Failed : isRight() ? Outcome::Done : Outcome::Lied;
+}
+
 // The paths used by the test, converted in advance so that no allocation is needed later.
 struct Paths
 {
@@ -93,43 +101,24 @@ Outcome Profile()
     const bool isRead = ProfGetError(job) == PROF_OK;
     const bool isSaved = isRead && ProfSaveW(job, paths->out, 0) == PROF_OK;
     ProfJobClose(job);
-    FailAllocation(0);
-    return !isSaved ? Outcome::Failed : Reads(paths->out) ? Outcome::Done : Outcome::Lied;
+    return OutcomeOf(isSaved, [] { return Reads(paths->out); });
 }
-
-struct PoolJob final : qxtest::Counted<IUTThreadedJob>
-{
-    explicit PoolJob(std::atomic<int>& runs) : _runs(runs) {}
-    HRESULT STDMETHODCALLTYPE Run() override { return ++_runs, S_OK; }
-    HRESULT STDMETHODCALLTYPE GetResult() override { return S_OK; }
-    std::int32_t STDMETHODCALLTYPE GetGroup() override { return 0; }
-    std::int32_t STDMETHODCALLTYPE CanRunOnWorker() override { return 1; }
-
-private:
-    std::atomic<int>& _runs;
-};
-
-struct PoolHost final : qxtest::Counted<IUTThreadedJobHost>
-{
-    std::int32_t STDMETHODCALLTYPE OnJobDone(const QXWCHAR*, IUTThreadedJob*) override { return 0; }
-    std::int32_t STDMETHODCALLTYPE WaitForJobs(void*) override { return 1; }
-};
 
 Outcome Pool()
 {
-    std::atomic<int> runs = 0;
-    PoolJob first(runs), second(runs);
-    PoolHost host;
+    qxtest::JobCounts counts;
+    qxtest::TestJob first(counts), second(counts);
+    qxtest::TestHost host{qxtest::CountAndAnswer(counts, 0)};
     const HUTTHREADPOOL pool = UtilThreadPoolOpen(2, L"pool");
     if (pool == nullptr)
         return Outcome::Failed;
     int added = 0;
-    for (PoolJob* const job : {&first, &second})
+    for (qxtest::TestJob* const job : {&first, &second})
         added += UtilThreadPoolAdd(pool, L"job", reinterpret_cast<IUnknown*>(job), &host) == 0;
     const bool isFinal = UtilThreadPoolFinalize(pool, &host) == 0;
     UtilThreadPoolClose(pool);
     FailAllocation(0);
-    if (isFinal && runs != added)
+    if (isFinal && counts.runs != added)
         return Outcome::Lied;
     return isFinal && added == 2 ? Outcome::Done : Outcome::Failed;
 }
@@ -158,10 +147,7 @@ Outcome Archive()
     {
         isDone = false;
     }
-    FailAllocation(0);
-    if (!isDone)
-        return Outcome::Failed;
-    return IsExtracted() ? Outcome::Done : Outcome::Lied;
+    return OutcomeOf(isDone, IsExtracted);
 }
 
 Outcome Embedded()
@@ -172,10 +158,7 @@ Outcome Embedded()
     ProfAppendFilesW(job, nullptr, paths->member, L"key");
     const bool isDone = QxProfExtractFiles(job, nullptr, paths->extracted, L"key", nullptr, nullptr) == 1;
     ProfJobClose(job);
-    FailAllocation(0);
-    if (!isDone)
-        return Outcome::Failed;
-    return IsExtracted() ? Outcome::Done : Outcome::Lied;
+    return OutcomeOf(isDone, IsExtracted);
 }
 
 Outcome Unpacking()
@@ -186,10 +169,7 @@ Outcome Unpacking()
     };
     const std::int32_t result = QxUnpackText(
         L"@2@KAAAAFF2WF9QYWNrZWQAeNorzs9NVShJrShRKMlILFHILFYoSEzOTk3RQaMBKv4OVw==", nullptr, receive, nullptr);
-    FailAllocation(0);
-    if (result == QXUT_UNPACK_NO_MEMORY)
-        return Outcome::Failed;
-    return result == QXUT_UNPACK_OK ? Outcome::Done : Outcome::Lied;
+    return OutcomeOf(result != QXUT_UNPACK_NO_MEMORY, [=] { return result == QXUT_UNPACK_OK; });
 }
 
 Outcome Page()
@@ -197,12 +177,9 @@ Outcome Page()
     BSTR text = nullptr;
     const std::int32_t result =
         QxConvertHtml2PlainText(L"<p>a &lt; b<ul><li>one<li>two</ul><table><tr><td>x<td>y</table>", &text, 0);
-    FailAllocation(0);
     const bool isRight = text != nullptr && std::wstring_view(text).find(L"a < b") == 0;
     SysFreeString(text);
-    if (result == QXUT_PAGE_NO_MEMORY)
-        return Outcome::Failed;
-    return result == QXUT_PAGE_OK && isRight ? Outcome::Done : Outcome::Lied;
+    return OutcomeOf(result != QXUT_PAGE_NO_MEMORY, [=] { return result == QXUT_PAGE_OK && isRight; });
 }
 
 Outcome Document()
@@ -217,8 +194,7 @@ Outcome Document()
     const bool isThere = text != nullptr && SysStringLen(text) > 6;
     SysFreeString(html);
     SysFreeString(text);
-    FailAllocation(0);
-    return isThere ? Outcome::Done : isReported ? Outcome::Failed : Outcome::Lied;
+    return OutcomeOf(isThere || !isReported, [=] { return isThere; });
 }
 
 // No slot can be set for this size, but the caller gets a handle all the same.
@@ -229,8 +205,7 @@ Outcome Breakpoint()
     if (breakpoint != nullptr)
         std::memcpy(&slot, breakpoint, sizeof slot);
     UtilRemoveDataBP(breakpoint);
-    FailAllocation(0);
-    return breakpoint == nullptr ? Outcome::Failed : slot == -1 ? Outcome::Done : Outcome::Lied;
+    return OutcomeOf(breakpoint != nullptr, [=] { return slot == -1; });
 }
 
 class Allocations : public testing::TestWithParam<std::pair<const char*, Operation>>

@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <cstdio>
@@ -21,6 +22,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -90,17 +92,19 @@ bool UseTexts()
     return GetEnvironmentVariableW(L"QXUT_FORKS", text, 80) == 5;
 }
 
+void Add(HUTTHREADPOOL pool, TestJob* job, TestHost& host)
+{
+    UtilThreadPoolAdd(pool, L"job", reinterpret_cast<IUnknown*>(job), &host);
+    job->Release();
+}
+
 bool UsePool()
 {
     JobCounts counts;
     TestHost host{CountAndAnswer(counts, 0)};
     const HUTTHREADPOOL pool = UtilThreadPoolOpen(2, L"pool");
     for (int i = 0; i < 10; ++i)
-    {
-        auto* const job = new TestJob(counts, [] { UtilDebug(L"in a job"); });
-        UtilThreadPoolAdd(pool, L"job", reinterpret_cast<IUnknown*>(job), &host);
-        job->Release();
-    }
+        Add(pool, new TestJob(counts, [] { UtilDebug(L"in a job"); }), host);
     UtilThreadPoolFinalize(pool, &host);
     UtilThreadPoolClose(pool);
     // A pool recognises by the number that its threads are those of a parent.
@@ -155,8 +159,8 @@ TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
     heapJob = UtilJobOpen(L"forks", 0);
     const HUTHEAP heap = UtilHeapCreate(heapJob, L"parent", QXUT_HEAP_DEBUG);
     void* const object = UtilHeapObjectAlloc(heap, 100, 0);
-    std::vector<std::thread> threads;
     std::atomic<int> failures = 0;
+    std::vector<std::jthread> threads;
     for (const std::function<bool()>& use : uses)
         threads.emplace_back(
             [&]
@@ -169,26 +173,17 @@ TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
         const int code = RunChild(
             [=]
             {
-                if (!UseRegistry("child"))
-                    return 1;
-                if (!UseProfile("child"))
-                    return 2;
-                if (!UseTexts())
-                    return 3;
-                if (!UsePool())
-                    return 4;
-                if (!UseMemoryAndEvents())
-                    return 5;
-                if (!UseHeaps() || UtilHeapObjectFree(heap, object) != 0 || UtilHeapDelete(heap) != 0)
-                    return 6;
+                const bool works[] = {UseRegistry("child"), UseProfile("child"), UseTexts(), UsePool(),
+                    UseMemoryAndEvents(), UseHeaps(), UtilHeapObjectFree(heap, object) == 0, UtilHeapDelete(heap) == 0};
+                if (const auto fault = std::find(std::begin(works), std::end(works), false); fault != std::end(works))
+                    return 1 + static_cast<int>(fault - works);
                 UtilJobClose(heapJob); // with the heaps that the parent's threads were using
                 return 0;
             });
         ASSERT_EQ(code, 0) << "fork " << i;
     }
     isOver = true;
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.clear(); // waits for them
     EXPECT_EQ(failures, 0);
     EXPECT_EQ(UtilHeapDelete(heap), QXUT_HEAP_LEFT_OVER);
     EXPECT_EQ(UtilJobClose(heapJob), 0);
@@ -202,18 +197,12 @@ TEST(Forks, ChildUsesAPoolThatTheParentOpened)
     const HANDLE begun = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     const HANDLE ended = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     const HUTTHREADPOOL pool = UtilThreadPoolOpen(1, L"pool");
-    const auto add = [&](std::function<void()> work)
-    {
-        auto* const job = new TestJob(counts, std::move(work));
-        UtilThreadPoolAdd(pool, L"job", reinterpret_cast<IUnknown*>(job), &host);
-        job->Release();
-    };
-    add([&] { SetEvent(begun), WaitForSingleObject(ended, INFINITE); });
-    add([] {});
+    Add(pool, new TestJob(counts, [&] { SetEvent(begun), WaitForSingleObject(ended, INFINITE); }), host);
+    Add(pool, new TestJob(counts), host);
     WaitForSingleObject(begun, INFINITE);
     const auto finish = [&]
     {
-        add([] {});
+        Add(pool, new TestJob(counts), host);
         UtilThreadPoolFinalize(pool, &host);
         UtilThreadPoolClose(pool);
         return counts.runs.load();

@@ -92,15 +92,22 @@ public:
         EXPECT_EQ(std::wstring_view(_failure).substr(0, _failureLength), words);
     }
 
+    int depth = 0;
     int outOfMemory = 0;
     int objects = 0;
+    int handles = 0;
+    int addresses = 0;
 
 private:
-    void Line(int, const wchar_t* format, va_list arguments) override
+    void Line(int indentChange, const wchar_t* format, va_list arguments) override
     {
+        depth += indentChange;
         static wchar_t line[1025];
-        FormatBounded(line, 1025, format, arguments);
-        const std::wstring_view text = line;
+        if (format != nullptr)
+            FormatBounded(line, 1025, format, arguments);
+        const std::wstring_view text = format != nullptr ? line : L"";
+        handles += text.find(L" HANDLE 0") != text.npos;
+        addresses += text.starts_with(L"  0X");
         objects += text.find(L"-Object at ") != text.npos;
         if (!text.ends_with(L"ut of memory\n") && !text.ends_with(L"ut of Memory\n"))
             return;
@@ -290,22 +297,6 @@ TEST(HeapReports, AskForEachModuleOnce)
 // Handles are reported with plain addresses if there is no memory for texts.
 TEST(HandleAllocations, FailInTheMiddleOfReports)
 {
-    struct Written final : DebugLineSink
-    {
-        void Line(int indentChange, const wchar_t* format, va_list arguments) override
-        {
-            depth += indentChange;
-            wchar_t line[200] = {};
-            if (format != nullptr)
-                FormatBounded(line, 200, format, arguments);
-            const std::wstring_view text = line;
-            handles += text.find(L" HANDLE 0") != text.npos;
-            addresses += text.starts_with(L"  0X");
-        }
-        int depth = 0;
-        int handles = 0;
-        int addresses = 0;
-    };
     const qxtest::UserIs user(L"qvx");
     TheDebugHelpTimes().lock = 1;
     const clsDBGHelpWrapperGPFProt other; // has the session
@@ -320,7 +311,7 @@ TEST(HandleAllocations, FailInTheMiddleOfReports)
         ManageHandles(6, Add, 4);
         ManageHandles(6, Remove, 1);
         ManageHandles(6, TakeSnapshot, 0);
-        Written report;
+        Lines report;
         DebugLineSink* const former = SetDebugLineSink(&report);
         faulttest::FailAllocation(number);
         ManageHandles(6, Report, 0);

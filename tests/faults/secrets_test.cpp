@@ -3,15 +3,15 @@
 #include <qxut23/profile.h>
 #include <qxut23/profile_files.h>
 
+#include "support/temp_folder.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <string>
-#include <vector>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -102,17 +102,8 @@ int CountInMemory(const std::string& masked)
 
 TEST(Secrets, LeaveNothingInMemory)
 {
-    const std::filesystem::path folder =
-        std::filesystem::temp_directory_path() / ("qxut-secrets-" + std::to_string(getpid()));
-    std::filesystem::create_directory(folder);
-    std::ofstream(folder / "file") << "some content, some content";
-    const auto wide = [](const std::string& text)
-    {
-        return std::vector<wchar_t>(text.c_str(), text.c_str() + text.size() + 1);
-    };
-    const std::vector<wchar_t> pattern = wide(folder / "file");
-    const std::vector<wchar_t> target = wide(folder / "out");
-
+    const qxtest::TempFolder folder;
+    const qx::String file = folder.Make(L"file", "some content, some content");
     // The search must find what is there, or it proves nothing.
     const std::string first = MaskedPhrase(1);
     {
@@ -124,14 +115,14 @@ TEST(Secrets, LeaveNothingInMemory)
     EXPECT_EQ(CountInMemory(first), 0);
 
     const HPROFJOB job = ProfJobOpenW(nullptr);
-    EXPECT_EQ(ProfAppendFilesW(job, nullptr, pattern.data(), Phrase<wchar_t>(first)), 1);
+    EXPECT_EQ(ProfAppendFilesW(job, nullptr, file, Phrase<wchar_t>(first)), 1);
     EXPECT_EQ(CountInMemory(first), 0) << "after encryption";
-    EXPECT_EQ(ProfExtractFilesW(job, nullptr, target.data(), Phrase<wchar_t>(first)), 1);
-    EXPECT_EQ(QxProfExtractFiles(job, nullptr, target.data(), Phrase<wchar_t>(first), nullptr, nullptr), 1);
+    EXPECT_EQ(ProfExtractFilesW(job, nullptr, folder.Path(), Phrase<wchar_t>(first)), 1);
+    EXPECT_EQ(QxProfExtractFiles(job, nullptr, folder.Path(), Phrase<wchar_t>(first), nullptr, nullptr), 1);
     EXPECT_EQ(CountInMemory(first), 0) << "after decryption";
 
     const std::string second = MaskedPhrase(2);
-    EXPECT_EQ(ProfExtractFilesA(job, nullptr, (folder / "out").c_str(), Phrase<char>(second)), 1);
+    EXPECT_EQ(ProfExtractFilesA(job, nullptr, qx::String(folder.Path()).NarrowText(), Phrase<char>(second)), 1);
     EXPECT_EQ(CountInMemory(second), 0) << "after the 8-bit form";
 
     const std::string third = MaskedPhrase(3);
@@ -139,5 +130,4 @@ TEST(Secrets, LeaveNothingInMemory)
     EXPECT_EQ(QxUnpackText(L"@2@AAAA", Phrase<wchar_t>(third), nullptr, nullptr), QXUT_UNPACK_WRONG_KEY);
     EXPECT_EQ(CountInMemory(third), 0) << "after a wrong key";
     ProfJobClose(job);
-    std::filesystem::remove_all(folder);
 }

@@ -41,24 +41,31 @@ bool EndsInside(std::function<void()> body)
     return pthread_create(&thread, nullptr, run, &body) == 0 && pthread_join(thread, &result) == 0 && result != &body;
 }
 
+// Expects a thread that is ended by the callback of an operation not to return from it, whichever way it ends. The
+// operation passes its argument to the callback.
+void ExpectToEndInside(const std::function<void(End*)>& operation)
+{
+    for (End end : kEnds)
+        EXPECT_TRUE(EndsInside([&] { operation(&end); }));
+}
+
+constexpr auto kEndThread = [](void* end, auto...) -> std::int32_t
+{
+    (*static_cast<End*>(end))();
+    return 1;
+};
+
 } // namespace
 
 TEST(ThreadEnd, InAnEnumerationOfAProfile)
 {
     const HPROFJOB job = ProfJobOpenW(nullptr);
     ProfAppendStringW(job, nullptr, L"name", L"value");
-    for (End end : kEnds)
-        EXPECT_TRUE(EndsInside(
-            [job, end]() mutable
-            {
-                const auto callback = [](HPROFJOB, const QXWCHAR*, const QXWCHAR*, HPROFLIST,
-                                          void* user) -> std::int32_t
-                {
-                    (*static_cast<End*>(user))();
-                    return 1;
-                };
-                ProfEnumW(job, nullptr, callback, &end);
-            }));
+    const auto callback = [](HPROFJOB, const QXWCHAR*, const QXWCHAR*, HPROFLIST, void* end) -> std::int32_t
+    {
+        return kEndThread(end);
+    };
+    ExpectToEndInside([&](End* end) { ProfEnumW(job, nullptr, callback, end); });
     QXWCHAR value[10] = {};
     EXPECT_EQ(ProfGetStringW(job, nullptr, L"name", value, 10, L""), 5);
     ProfJobClose(job);
@@ -67,8 +74,7 @@ TEST(ThreadEnd, InAnEnumerationOfAProfile)
 TEST(ThreadEnd, InAnExtraction)
 {
     const qxtest::TempFolder folder;
-    const qx::String source = folder.Path(L"source"), archive = folder.Path(L"x.zip");
-    qxtest::MakeFile(source, "content");
+    const qx::String source = folder.Make(L"source", "content"), archive = folder.Path(L"x.zip");
     const HZIPFILE zip = UtilZIPCreate(archive.Text(), nullptr);
     ASSERT_EQ(UtilZIPAppend(zip, source.Text(), nullptr, L"member"), QXUT_ZIP_OK);
     ASSERT_EQ(UtilZIPClose(zip), QXUT_ZIP_OK);
@@ -76,32 +82,12 @@ TEST(ThreadEnd, InAnExtraction)
     {
         return QxExtractZip(archive.Text(), folder.Path().Text(), 0, nullptr, progress, end);
     };
-    for (End end : kEnds)
-        EXPECT_TRUE(EndsInside(
-            [&]
-            {
-                const auto progress = [](void* user, const QXWCHAR*, std::uint64_t) -> std::int32_t
-                {
-                    (*static_cast<End*>(user))();
-                    return 1;
-                };
-                extract(progress, &end);
-            }));
+    ExpectToEndInside([&](End* end) { extract(kEndThread, end); });
     EXPECT_EQ(extract(nullptr, nullptr), QXUT_EXTRACT_OK);
     EXPECT_EQ(qxtest::BytesOf(folder.Path(L"member")), "content");
 }
 
 TEST(ThreadEnd, WhenUnpackedDataArrive)
 {
-    for (End end : kEnds)
-        EXPECT_TRUE(EndsInside(
-            [end]() mutable
-            {
-                const auto receive = [](void* user, const void*, std::uint32_t) -> std::int32_t
-                {
-                    (*static_cast<End*>(user))();
-                    return 1;
-                };
-                QxUnpackText(L"", nullptr, receive, &end);
-            }));
+    ExpectToEndInside([](End* end) { QxUnpackText(L"", nullptr, kEndThread, end); });
 }

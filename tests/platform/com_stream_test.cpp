@@ -28,11 +28,6 @@ StreamHolder MakeStream(HGLOBAL memory = nullptr, bool freeIt = true)
     return StreamHolder(stream);
 }
 
-ULARGE_INTEGER Unsigned(unsigned long long value)
-{
-    return {.QuadPart = value};
-}
-
 HRESULT SeekTo(const StreamHolder& stream, long long move, DWORD origin = STREAM_SEEK_SET)
 {
     return stream->Seek({.QuadPart = move}, origin, nullptr);
@@ -109,34 +104,32 @@ TEST(GlobalStream, MovesAndChangesItsSize)
     Write(stream, "x");
     EXPECT_EQ(SizeOf(stream), 1001u);
 
-    EXPECT_EQ(stream->SetSize(Unsigned(4)), S_OK);
+    EXPECT_EQ(stream->SetSize({.QuadPart = 4}), S_OK);
     EXPECT_EQ(Position(stream), 1001u) << "stays behind the end";
     EXPECT_EQ(WholeContent(stream), "0123");
-    EXPECT_EQ(stream->SetSize(Unsigned(6)), S_OK);
+    EXPECT_EQ(stream->SetSize({.QuadPart = 6}), S_OK);
     EXPECT_EQ(WholeContent(stream).substr(0, 4), "0123");
     EXPECT_EQ(SizeOf(stream), 6u);
-    EXPECT_EQ(stream->SetSize(Unsigned(0)), S_OK);
+    EXPECT_EQ(stream->SetSize({.QuadPart = 0}), S_OK);
     EXPECT_EQ(WholeContent(stream), "");
 }
 
 // Guarantees of the layer that the system doesn't give.
 #ifndef _WIN32
-TEST(GlobalStream, BytesThatAGrowthBringsAreZero)
+TEST(GlobalStream, HandleHoldsExactlyTheContentAndZerosWhereItGrew)
 {
     const StreamHolder stream = MakeStream();
     Write(stream, "0123456789");
-    stream->SetSize(Unsigned(2));
+    stream->SetSize({.QuadPart = 2});
     SeekTo(stream, 4);
     EXPECT_EQ(Read(stream, 1), "") << "behind the end";
     Write(stream, "x");
     EXPECT_EQ(WholeContent(stream), std::string("01\0\0x", 5));
-    EXPECT_EQ(stream->SetSize(Unsigned(~0ull)), STG_E_MEDIUMFULL);
+    EXPECT_EQ(stream->SetSize({.QuadPart = ~0ull}), STG_E_MEDIUMFULL);
     EXPECT_EQ(SizeOf(stream), 5u);
-}
 
-TEST(GlobalStream, HandleHoldsExactlyTheContent)
-{
-    const StreamHolder stream = MakeStream();
+    stream->SetSize({.QuadPart = 0});
+    SeekTo(stream, 0);
     const HGLOBAL memory = BlockOf(stream);
     const std::string bytes(56, 'x');
     const void* previous = nullptr;
@@ -163,6 +156,29 @@ TEST(GlobalStream, HandleHoldsExactlyTheContent)
     ULONG written = 1;
     EXPECT_EQ(stream->Write("x", 1, &written), STG_E_MEDIUMFULL);
     EXPECT_EQ(written, 0u);
+}
+
+TEST(GlobalStream, ClonesMayBeUsedByDifferentThreads)
+{
+    const StreamHolder stream = MakeStream();
+    stream->SetSize({.QuadPart = 4});
+    std::vector<std::thread> threads;
+    for (char letter = 'a'; letter < 'e'; ++letter)
+        threads.emplace_back(
+            [letter, own = CloneOf(stream)]
+            {
+                for (int i = 0; i < 2000; ++i)
+                {
+                    SeekTo(own, i * 4 + letter - 'a');
+                    Write(own, std::string(1, letter));
+                }
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    std::string expected;
+    for (int i = 0; i < 2000; ++i)
+        expected += "abcd";
+    EXPECT_EQ(WholeContent(stream), expected);
 }
 #endif
 
@@ -192,7 +208,7 @@ TEST(GlobalStream, FreesTheBlockWithTheLastStreamOnIt)
     SeekTo(clone, 5);
     Write(clone, "abc");
     EXPECT_EQ(Read(stream, 7), "34abc89") << "and has a position of its own";
-    stream->SetSize(Unsigned(6));
+    stream->SetSize({.QuadPart = 6});
     const HGLOBAL memory = BlockOf(stream);
     EXPECT_EQ(BlockOf(clone), memory);
     stream.reset();
@@ -213,39 +229,13 @@ TEST(GlobalStream, CopiesFromItsPositionToTheOthers)
     ULARGE_INTEGER read, written;
     for (const unsigned long long count : {100ull, ~0ull})
     {
-        EXPECT_EQ(source->CopyTo(target.get(), Unsigned(count), &read, &written), S_OK);
+        EXPECT_EQ(source->CopyTo(target.get(), {.QuadPart = count}, &read, &written), S_OK);
         EXPECT_EQ(read.QuadPart, count == 100 ? 100 : bytes.size() - 105);
         EXPECT_EQ(written.QuadPart, read.QuadPart);
     }
     EXPECT_EQ(WholeContent(target), "head " + bytes.substr(5));
-    EXPECT_EQ(source->CopyTo(nullptr, Unsigned(1), nullptr, nullptr), STG_E_INVALIDPOINTER);
+    EXPECT_EQ(source->CopyTo(nullptr, {.QuadPart = 1}, nullptr, nullptr), STG_E_INVALIDPOINTER);
 }
-
-// A guarantee of the layer.
-#ifndef _WIN32
-TEST(GlobalStream, ClonesMayBeUsedByDifferentThreads)
-{
-    const StreamHolder stream = MakeStream();
-    stream->SetSize(Unsigned(4));
-    std::vector<std::thread> threads;
-    for (char letter = 'a'; letter < 'e'; ++letter)
-        threads.emplace_back(
-            [letter, own = CloneOf(stream)]
-            {
-                for (int i = 0; i < 2000; ++i)
-                {
-                    SeekTo(own, i * 4 + letter - 'a');
-                    Write(own, std::string(1, letter));
-                }
-            });
-    for (std::thread& thread : threads)
-        thread.join();
-    std::string expected;
-    for (int i = 0; i < 2000; ++i)
-        expected += "abcd";
-    EXPECT_EQ(WholeContent(stream), expected);
-}
-#endif
 
 TEST(GlobalStream, AnswersForItsInterfacesAndRefusesTheRest)
 {
@@ -259,7 +249,7 @@ TEST(GlobalStream, AnswersForItsInterfacesAndRefusesTheRest)
     }
     EXPECT_EQ(stream->QueryInterface(IID_IStorage, &object), E_NOINTERFACE);
     EXPECT_EQ(object, nullptr);
-    EXPECT_EQ(stream->LockRegion(Unsigned(0), Unsigned(1), LOCK_EXCLUSIVE), STG_E_INVALIDFUNCTION);
+    EXPECT_EQ(stream->LockRegion({.QuadPart = 0}, {.QuadPart = 1}, LOCK_EXCLUSIVE), STG_E_INVALIDFUNCTION);
     EXPECT_EQ(stream->Commit(STGC_DEFAULT), S_OK);
     HGLOBAL memory = nullptr;
     EXPECT_EQ(GetHGlobalFromStream(nullptr, &memory), E_INVALIDARG);

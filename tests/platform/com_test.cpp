@@ -72,13 +72,9 @@ TEST(Bstr, ReallocationReplacesTheText)
 
 TEST(Identifier, InterfacesHaveThePublishedOnes)
 {
-    struct
-    {
-        const IID& iid;
-        DWORD number;
-    } const cases[] = {{IID_IUnknown, 0}, {IID_IMarshal, 3}, {IID_IStorage, 0xB}, {IID_IStream, 0xC}};
-    for (const auto& c : cases)
-        EXPECT_EQ(c.iid, (IID{c.number, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}})) << c.number;
+    for (const auto& [iid, number] :
+        {std::pair<IID, DWORD>(IID_IUnknown, 0), {IID_IMarshal, 3}, {IID_IStorage, 0xB}, {IID_IStream, 0xC}})
+        EXPECT_EQ(iid, (IID{number, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}})) << number;
 }
 
 } // namespace

@@ -146,7 +146,7 @@ TEST(CrtFormat, FollowsTheDocumentation)
 }
 #endif
 
-TEST(CrtFormat, CutsAtTheSize)
+TEST(CrtFormat, CutsAtTheSizeAndWritesTimes)
 {
     // The contents include one character past the permitted end.
     for (const auto& [size, result, content] : {std::tuple<std::size_t, int, std::wstring_view>{0, -1, L"~"},
@@ -159,10 +159,7 @@ TEST(CrtFormat, CutsAtTheSize)
         EXPECT_EQ(std::wstring_view(target, content.size()), content) << size;
     }
     EXPECT_EQ(_snwprintf(nullptr, 0, L"ab%dc", 12), 5);
-}
 
-TEST(CrtFormat, Times)
-{
     constexpr time_t kMoment = 1707462303;
     wchar_t text[40];
     EXPECT_EQ(wcsftime(text, 40, L"(%y-%m-%d %H:%M)", gmtime(&kMoment)), 16u); // the only format in use

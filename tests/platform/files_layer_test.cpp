@@ -48,7 +48,6 @@ protected:
             unsetenv("QXPLATFORM_HOME");
         else
             setenv("QXPLATFORM_HOME", _formerHome.c_str(), 1);
-        fs::remove_all(native / "home"); // contains links, which the folder's own cleanup would follow
     }
 
     const Folder folder;

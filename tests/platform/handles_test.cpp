@@ -15,12 +15,10 @@ TEST(Handles, LookedUpWhileOthersCloseThem)
 {
     const Folder folder;
     constexpr int kFiles = 8, kClosers = 2, kUsers = 2;
-    const auto path = [&folder](int index)
-    {
-        return folder / Text::Widen(std::to_string(index));
-    };
+    Text paths[kFiles];
     for (int index = 0; index < kFiles; ++index)
-        MakeFile(path(index), std::string(1, static_cast<char>('a' + index)));
+        MakeFile(
+            paths[index] = folder / Text::Widen(std::to_string(index)), std::string(1, static_cast<char>('a' + index)));
     std::atomic<HANDLE> handles[kFiles] = {};
     std::atomic<bool> isOver = false;
     std::atomic<int> wrong = 0, uses = 0;
@@ -33,7 +31,7 @@ TEST(Handles, LookedUpWhileOthersCloseThem)
                     for (int index = closer; index < kFiles; index += kClosers)
                     {
                         const HANDLE file =
-                            CreateFileW(path(index), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
+                            CreateFileW(paths[index], GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
                         if (const HANDLE former = handles[index].exchange(file))
                             CloseHandle(former);
                     }

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <set>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,11 +29,10 @@ std::vector<Row> Reference()
     std::vector<Row> rows;
     for (std::string line; std::getline(file, line);)
     {
+        std::istringstream cells(line + '\t');
         Row& row = rows.emplace_back();
-        std::size_t begin = 0;
-        for (std::size_t end; (end = line.find('\t', begin)) != line.npos; begin = end + 1)
-            row.push_back(line.substr(begin, end - begin));
-        row.push_back(line.substr(begin));
+        for (std::string cell; std::getline(cells, cell, '\t');)
+            row.push_back(cell);
     }
     return rows;
 }

@@ -2,51 +2,33 @@
 
 #include <gtest/gtest.h>
 
-#include <windows.h>
-
 // The system's registry is not a file.
 #ifndef _WIN32
 #include <filesystem>
-#include <fstream>
 
 #include <stdlib.h>
 
 namespace
 {
 
-// Created before the first test and removed after the last one.
-class OwnRegistry : public testing::Environment
+struct OwnFolder
 {
-public:
-    void SetUp() override
+    OwnFolder()
     {
-        char name[] = "/tmp/qxplatform-registry-XXXXXX";
-        ASSERT_NE(mkdtemp(name), nullptr);
-        folder = name;
-        setenv("QXPLATFORM_HOME", name, 1);
+        EXPECT_NE(mkdtemp(path.data()), nullptr);
+        setenv("QXPLATFORM_HOME", path.c_str(), 1);
     }
-    void TearDown() override
-    {
-        if (!folder.empty())
-            std::filesystem::remove_all(folder);
-    }
+    ~OwnFolder() { std::filesystem::remove_all(path); }
 
-    std::string folder;
+    std::string path = "/tmp/qxplatform-registry-XXXXXX";
 };
-
-OwnRegistry& Instance()
-{
-    static const auto environment = new OwnRegistry;
-    return *environment;
-}
-
-const auto kRegistered = testing::AddGlobalTestEnvironment(&Instance());
 
 } // namespace
 
 const std::string& OwnRegistryFolder()
 {
-    return Instance().folder;
+    static const OwnFolder folder;
+    return folder.path;
 }
 
 void ReadRegistryAnew()

@@ -3,7 +3,8 @@
 
 #include <string>
 
-// Returns the folder with the registry's files, created for this program. Returns an empty text if the registry isn't a
+// Returns the folder with the registry's files, created by the first call, which must precede any use of the registry.
+// Returns an empty text if the registry isn't a
 // file; tests then use a key of their own.
 const std::string& OwnRegistryFolder();
 

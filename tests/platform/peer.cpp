@@ -1,6 +1,5 @@
 #include "peer.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <string>
 
@@ -76,21 +75,6 @@ int Count(const Text& path, bool byLock, DWORD access, DWORD rounds)
     return 0;
 }
 
-// Puts the text on the clipboard and keeps the clipboard open until the other process allows it to end.
-int CopyToClipboard(const Text& signal, const std::string& text, UINT format)
-{
-    const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, text.size() + 1);
-    if (!OpenClipboard(nullptr) || block == nullptr)
-        return 8;
-    std::copy(text.begin(), text.end(), static_cast<char*>(GlobalLock(block)));
-    GlobalUnlock(block);
-    if (SetClipboardData(format, block) == nullptr)
-        return 9;
-    const int result = Hold(signal);
-    CloseClipboard();
-    return result;
-}
-
 } // namespace
 
 int RunPeer(int count, char** arguments)
@@ -104,8 +88,6 @@ int RunPeer(int count, char** arguments)
     const DWORD second = static_cast<DWORD>(std::strtoul(arguments[4], nullptr, 10));
     if (task == "count" || task == "countlocked")
         return Count(path, task == "countlocked", first, second);
-    if (task == "clipboard")
-        return CopyToClipboard(signal, arguments[2], first);
 
     const Handle file = Open(path, first, second);
     if (!file || !LockFile(file, 2, 0, 3, 0))

@@ -27,8 +27,6 @@ public:
 
     DWORD Kill(DWORD exitCode);
 
-    HANDLE process() const { return _process.hProcess; }
-
 private:
     DWORD WaitForEnd();
 

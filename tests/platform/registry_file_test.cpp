@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -28,7 +29,7 @@ namespace
 namespace fs = std::filesystem;
 using namespace std::string_view_literals;
 
-constexpr const char* kHeader = "Windows Registry Editor Version 5.00\r\n\r\n";
+const std::string kHeader = "Windows Registry Editor Version 5.00\r\n\r\n";
 
 std::string ToUtf16(std::u16string_view text)
 {
@@ -49,9 +50,8 @@ protected:
     void WriteFile(const std::string& bytes) { std::ofstream(_file, std::ios::binary) << bytes; }
     std::string ReadFile()
     {
-        std::ostringstream bytes;
-        bytes << std::ifstream(_file, std::ios::binary).rdbuf();
-        return bytes.str();
+        std::ifstream file(_file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
     }
 
     static HKEY Open(const wchar_t* name)
@@ -65,35 +65,36 @@ protected:
         HKEY key = nullptr;
         const LSTATUS status =
             RegCreateKeyExW(HKEY_CURRENT_USER, name, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
-        if (key != nullptr)
-            RegCloseKey(key);
+        RegCloseKey(key);
         return status;
     }
     static LSTATUS SetNumber(HKEY key, const wchar_t* name, DWORD number)
     {
         return RegSetValueExW(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof(number));
     }
+    static LSTATUS SetNumber(const wchar_t* keyName, const wchar_t* name, DWORD number)
+    {
+        const HKEY key = Open(keyName);
+        const LSTATUS status = SetNumber(key, name, number);
+        RegCloseKey(key);
+        return status;
+    }
     // Returns the data in hex preceded by the type, or the error if the value can't be read.
     static std::string Value(const wchar_t* keyName, const wchar_t* name)
     {
         HKEY key = nullptr;
-        LSTATUS status = RegOpenKeyExW(HKEY_CURRENT_USER, keyName, 0, KEY_READ, &key);
         BYTE data[100];
         DWORD size = sizeof(data), type = 0;
+        LSTATUS status = RegOpenKeyExW(HKEY_CURRENT_USER, keyName, 0, KEY_READ, &key);
         if (status == ERROR_SUCCESS)
-        {
             status = RegQueryValueExW(key, name, nullptr, &type, data, &size);
-            RegCloseKey(key);
-        }
-        std::ostringstream text;
+        RegCloseKey(key);
         if (status != ERROR_SUCCESS)
-            text << "error " << status;
-        else
-        {
-            text << type << ':' << std::hex;
-            for (DWORD i = 0; i < size; ++i)
-                text << (data[i] < 16 ? "0" : "") << unsigned{data[i]};
-        }
+            return "error " + std::to_string(status);
+        std::ostringstream text;
+        text << type << ':' << std::hex;
+        for (DWORD i = 0; i < size; ++i)
+            text << (data[i] < 16 ? "0" : "") << unsigned{data[i]};
         return text.str();
     }
 
@@ -123,9 +124,7 @@ TEST_F(RegistryFile, WritesTheFormOfTheSystemsEditor)
     WriteFile(ToUtf16(text));
     EXPECT_EQ(Value(L"Software\\One", L"qword"), "11:0100000000000080");
     EXPECT_EQ(Value(L"Software\\One", L"quote \" \\"), "1:43003a005c00780020002200790022002000fc00ac200000");
-    const HKEY key = Open(L"Software\\One");
-    EXPECT_EQ(SetNumber(key, L"Zero", 0), ERROR_SUCCESS);
-    RegCloseKey(key);
+    EXPECT_EQ(SetNumber(L"Software\\One", L"Zero", 0), ERROR_SUCCESS);
     EXPECT_EQ(ReadFile(), ToUtf16(text.substr(0, text.size() - 2) + u"\"Zero\"=dword:00000000\r\n"));
 }
 
@@ -164,9 +163,7 @@ TEST_F(RegistryFile, ReadsWhatPeopleWrite)
         EXPECT_EQ(Value(key, name), value) << key << L" " << name;
 
     // Comments written by people survive our changes.
-    const HKEY key = Open(L"A");
-    EXPECT_EQ(SetNumber(key, L"blanks", 1), ERROR_SUCCESS);
-    RegCloseKey(key);
+    EXPECT_EQ(SetNumber(L"A", L"blanks", 1), ERROR_SUCCESS);
     const std::string text = ReadFile();
     for (const std::u16string_view lines : {u"; about all\r\n[HKEY_CURRENT_USER\\A]"sv,
              u"; a note\r\n\"\u00FC\"=dword:0000001f"sv, u"; about the last\r\n\"last\"="sv, u"\r\n; at the end\r\n"sv})
@@ -175,26 +172,16 @@ TEST_F(RegistryFile, ReadsWhatPeopleWrite)
 
 TEST_F(RegistryFile, DamageIsReadAroundAndNeverWrittenOver)
 {
-    const std::string good = std::string(kHeader) + "[HKEY_CURRENT_USER\\k]\r\n\"v\"=dword:00000001\r\n";
-    const std::string bad[] = {
-        good + "\"open=\"x\r\n",
-        good + "\"x\"=\"abc\r\n",
-        good + "\"x\"=\"a\\n\"\r\n",
-        good + "\"x\"=dword:123456789\r\n",
-        good + "\"x\"=hex:0g\r\n",
-        good + "\"x\"=hex:00,\\ 01\r\n",
-        good + "x=1\r\n",
-        good + "[HKEY_CURRENT_USER\\k\r\n",
-        good + "[HKEY_LOCAL_MACHINE\\k]\r\n\"v\"=dword:00000002\r\n",
-        good + "[HKEY_CURRENT_USER\\" + std::string(256, 'n') + "]\r\n",
-        good + "[-HKEY_CURRENT_USER]\r\n",
-        good + "\"\xFF\"=\"x\"\r\n",
-        good + std::string(3, '\0'),
-        "\"v\"=dword:00000002\r\n",
-        std::string("REGEDIT4\r\n\r\n") + "[HKEY_CURRENT_USER\\k]\r\n",
-        std::string(kHeader) + "\"v\"=dword:00000002\r\n" + good.substr(std::string(kHeader).size()),
-        "\xFF\xFEW",
-    };
+    const std::string good = kHeader + "[HKEY_CURRENT_USER\\k]\r\n\"v\"=dword:00000001\r\n";
+    // What follows a key with a value, and whole files.
+    const std::string lines[] = {"\"open=\"x", "\"x\"=\"abc", "\"x\"=\"a\\n\"", "\"x\"=dword:123456789", "\"x\"=hex:0g",
+        "\"x\"=hex:00,\\ 01", "x=1", "[HKEY_CURRENT_USER\\k", "[HKEY_LOCAL_MACHINE\\k]\r\n\"v\"=dword:00000002",
+        "[HKEY_CURRENT_USER\\" + std::string(256, 'n') + "]", "[-HKEY_CURRENT_USER]", "\"\xFF\"=\"x\"",
+        std::string(3, '\0')};
+    std::vector<std::string> bad = {"\"v\"=dword:00000002\r\n", "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\k]\r\n",
+        kHeader + "\"v\"=dword:00000002\r\n" + good.substr(kHeader.size()), "\xFF\xFEW"};
+    for (const std::string& line : lines)
+        bad.push_back(good + line + "\r\n");
     for (const std::string& bytes : bad)
     {
         SCOPED_TRACE(bytes);
@@ -225,7 +212,7 @@ TEST_F(RegistryFile, WhatCouldNotBeReadBackIsNotWritten)
     EXPECT_EQ(Value(L"k", L"v"), "4:01000000");
     RegCloseKey(key);
 
-    std::string text = std::string(kHeader) + "[HKEY_CURRENT_USER";
+    std::string text = kHeader + "[HKEY_CURRENT_USER";
     for (int i = 0; i < 1000000; ++i)
         text += "\\k";
     WriteFile(text + "]\r\n");
@@ -257,17 +244,12 @@ TEST_F(RegistryFile, NobodyLosesTheChangesOfOthers)
     constexpr int kProcesses = 4, kThreads = 2, kValues = 15;
     const auto write = [](int writer, std::atomic<int>& failures)
     {
-        const HKEY key = Open(L"k");
-        for (int i = 0; i < kValues; ++i)
+        for (unsigned char i = 0; i < kValues; ++i)
         {
             const wchar_t name[] = {static_cast<wchar_t>(L'a' + writer), static_cast<wchar_t>(L'a' + i), L'\0'};
-            DWORD number = 0, size = sizeof(number);
-            failures += SetNumber(key, name, static_cast<DWORD>(i)) != ERROR_SUCCESS ||
-                        RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &size) !=
-                            ERROR_SUCCESS ||
-                        number != static_cast<DWORD>(i);
+            failures += SetNumber(L"k", name, i) != ERROR_SUCCESS;
+            failures += Value(L"k", name) != std::string("4:0") + "0123456789abcdef"[i] + "000000";
         }
-        RegCloseKey(key);
     };
     std::vector<pid_t> children;
     for (int process = 0; process < kProcesses; ++process)

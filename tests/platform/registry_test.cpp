@@ -17,6 +17,7 @@ class Registry : public testing::Test
 protected:
     void SetUp() override
     {
+        OwnRegistryFolder();
         // If the registry is shared, tests running in parallel need different keys.
         const std::string test = testing::UnitTest::GetInstance()->current_test_info()->name();
         _root = u"Software\\qxplatform test " + std::u16string(test.begin(), test.end());

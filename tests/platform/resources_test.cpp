@@ -1,4 +1,4 @@
-// Resources of a module: look-up, languages, version blocks.
+// Resources of a module: look-up and languages.
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -6,7 +6,6 @@
 #include <string>
 #include <string_view>
 #include <tuple>
-#include <vector>
 
 namespace
 {
@@ -56,45 +55,5 @@ TEST(Resources, Languages)
     for (const auto& [name, language, text] : kCases)
         EXPECT_EQ(Bytes(RT_RCDATA, MAKEINTRESOURCEW(name), language), text) << name << ' ' << language;
 }
-
-#ifndef _WIN32
-// Truncated anywhere, or with any number in it changed, a block never makes the layer read outside it. The system
-// trusts the block.
-TEST(VersionBlock, DamageStaysInTheBlock)
-{
-    wchar_t program[MAX_PATH];
-    ASSERT_NE(GetModuleFileNameW(nullptr, program, MAX_PATH), 0u);
-    DWORD handle = 1;
-    std::vector<char> block(GetFileVersionInfoSizeW(program, &handle));
-    ASSERT_GT(block.size(), 100u);
-    ASSERT_TRUE(GetFileVersionInfoW(program, 0, static_cast<DWORD>(block.size()), block.data()));
-    const auto countFound = [](const std::vector<char>& damaged)
-    {
-        int found = 0;
-        for (const wchar_t* path : {L"\\", L"\\stringfileinfo\\040904B0\\CompanyName", L"\\VarFileInfo\\Translation"})
-        {
-            void* value = const_cast<char*>(damaged.data());
-            UINT length = 0;
-            found += VerQueryValueW(damaged.data(), path, &value, &length);
-            const auto begin = static_cast<const char*>(value);
-            EXPECT_TRUE(begin >= damaged.data() && begin + length <= damaged.data() + damaged.size());
-        }
-        return found;
-    };
-    EXPECT_EQ(countFound(block), 3);
-    for (std::size_t at = 2; at < block.size(); ++at)
-    {
-        std::vector<char> damaged(at);
-        ASSERT_TRUE(GetFileVersionInfoW(program, 0, static_cast<DWORD>(at), damaged.data()));
-        countFound(damaged);
-        for (const char byte : {'\0', '\x7f', '\xff'})
-        {
-            damaged = block;
-            damaged[at] = byte;
-            countFound(damaged);
-        }
-    }
-}
-#endif
 
 } // namespace

@@ -3,14 +3,14 @@
 
 #include "stack/walker.h"
 
-#include <cerrno>
 #include <csetjmp>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
+#include <optional>
 #include <random>
 #include <thread>
+#include <tuple>
 
 #include <dlfcn.h>
 #include <execinfo.h>
@@ -38,22 +38,32 @@ Addresses refereed; // by the C library's unwinder
     refereed.erase(refereed.begin(), std::find(refereed.begin(), refereed.end(), captured.front()));
 }
 
-void CaptureInHandler(int)
+class SignalHandler
 {
-    CaptureBoth();
-}
+public:
+    SignalHandler(int signal, void (*handler)(int, siginfo_t*, void*), int flags = 0) : _signal(signal)
+    {
+        struct sigaction action
+        {
+        };
+        action.sa_sigaction = handler;
+        action.sa_flags = SA_SIGINFO | flags;
+        sigaction(signal, &action, &_former);
+    }
+    SignalHandler(const SignalHandler&) = delete;
+    SignalHandler& operator=(const SignalHandler&) = delete;
+    ~SignalHandler() { sigaction(_signal, &_former, nullptr); }
+
+private:
+    const int _signal;
+    struct sigaction _former;
+};
 
 [[gnu::noinline]] void RaiseSignal(int flags)
 {
-    struct sigaction action
-    {
-    };
-    struct sigaction former;
-    action.sa_handler = &CaptureInHandler;
-    action.sa_flags = flags;
-    sigaction(SIGUSR1, &action, &former);
+    const SignalHandler handler(
+        SIGUSR1, [](int, siginfo_t*, void*) { CaptureBoth(); }, flags);
     raise(SIGUSR1);
-    sigaction(SIGUSR1, &former, nullptr);
 }
 
 TEST(LayerCaptures, AgreeWithTheCLibraryAcrossSignals)
@@ -63,21 +73,17 @@ TEST(LayerCaptures, AgreeWithTheCLibraryAcrossSignals)
 #endif
     CaptureBoth();
     EXPECT_EQ(captured, refereed);
-    RaiseSignal(0);
-    EXPECT_EQ(captured, refereed);
-    EXPECT_GT(captured.size(), 5u);
 
-    const std::size_t size = 64 << 10;
-    const auto memory = std::make_unique<char[]>(size);
+    const auto memory = std::make_unique<char[]>(64 << 10);
     stack_t former;
     stack_t alternate{};
     alternate.ss_sp = memory.get();
-    alternate.ss_size = size;
+    alternate.ss_size = 64 << 10;
     sigaltstack(&alternate, &former);
-    for (int round = 0; round < 2; ++round)
+    for (const int flags : {0, SA_ONSTACK, SA_ONSTACK})
     {
         captured.clear();
-        RaiseSignal(SA_ONSTACK);
+        RaiseSignal(flags);
         EXPECT_EQ(captured, refereed);
         EXPECT_GT(captured.size(), 5u);
     }
@@ -184,24 +190,12 @@ TEST(LayerWalks, ReachTheCallerFromEveryInstruction)
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "the sanitizers read the clock in a loop that doesn't end if each of its steps is slow";
 #endif
-    struct sigaction action
-    {
-    };
-    struct sigaction former;
-    action.sa_sigaction = &OnStep;
-    action.sa_flags = SA_SIGINFO;
-    sigaction(SIGTRAP, &action, &former);
+    const SignalHandler handler(SIGTRAP, &OnStep);
     // Its functions are bound at their first call, through the loader's own code.
     void* const library = dlopen(QXUT_STACK_PROBE_FOLDER "/libsmall_stack_probe.so", RTLD_LAZY | RTLD_LOCAL);
     ASSERT_NE(library, nullptr);
     probe = reinterpret_cast<ProbeFunction>(dlsym(library, "Probe"));
-    struct Case
-    {
-        const char* name;
-        void (*function)();
-        unsigned leastSteps;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, void (*)(), unsigned> cases[] = {
         {"a call through stubs",
             []
             {
@@ -225,15 +219,14 @@ TEST(LayerWalks, ReachTheCallerFromEveryInstruction)
             },
             30},
     };
-    for (const Case& step : cases)
+    for (const auto& [name, function, leastSteps] : cases)
     {
         stepping.steps = stepping.failures = 0;
-        StepThrough(step.function);
-        EXPECT_EQ(stepping.failures, 0u) << step.name << ": " << stepping.steps << " steps, failed at " << std::hex
+        StepThrough(function);
+        EXPECT_EQ(stepping.failures, 0u) << name << ": " << stepping.steps << " steps, failed at " << std::hex
                                          << stepping.failedAt;
-        EXPECT_GE(stepping.steps, step.leastSteps) << step.name;
+        EXPECT_GE(stepping.steps, leastSteps) << name;
     }
-    sigaction(SIGTRAP, &former, nullptr);
     dlclose(library);
 }
 
@@ -242,17 +235,12 @@ CONTEXT faultContext;
 
 TEST(LayerWalks, WildCallsAndGarbage)
 {
-    struct sigaction action
-    {
-    };
-    struct sigaction former;
-    action.sa_sigaction = [](int, siginfo_t*, void* ucontext)
+    const auto leave = [](int, siginfo_t*, void* ucontext)
     {
         faultContext = ContextOf(ucontext);
         siglongjmp(afterFault, 1);
     };
-    action.sa_flags = SA_SIGINFO;
-    sigaction(SIGSEGV, &action, &former);
+    std::optional<SignalHandler> handler(std::in_place, SIGSEGV, leave);
     for (const std::uintptr_t wild : {std::uintptr_t{0}, std::uintptr_t{0x1234567000}})
     {
         if (sigsetjmp(afterFault, 1) == 0)
@@ -265,14 +253,11 @@ TEST(LayerWalks, WildCallsAndGarbage)
         ASSERT_TRUE(QxUnwindFrame(&faultContext, &isExact));
         EXPECT_FALSE(isExact);
         Dl_info info{};
-        Dl_info own{};
-        static int inThisProgram = 0;
         dladdr(reinterpret_cast<void*>(faultContext.Rip), &info);
-        dladdr(&inThisProgram, &own);
-        EXPECT_EQ(info.dli_fbase, own.dli_fbase);
+        EXPECT_EQ(info.dli_fbase, GetModuleHandleW(nullptr));
         EXPECT_TRUE(QxUnwindFrame(&faultContext, &isExact));
     }
-    sigaction(SIGSEGV, &former, nullptr);
+    handler.reset();
 
     // Registers of all kinds of garbage: every walk ends and none faults.
     std::mt19937_64 random(1);
@@ -324,13 +309,6 @@ TEST(LayerCaptures, EndOnADamagedStack)
 }
 
 #endif
-
-TEST(LayerModules, ATruncatedNameIsTerminated)
-{
-    char name[6] = "#####";
-    EXPECT_EQ(GetModuleFileNameA(nullptr, name, 5), 5u);
-    EXPECT_EQ(std::strlen(name), 4u);
-}
 
 // The loader's lock is held while this thread iterates, so a capture on another thread would block if it needed it.
 TEST(LayerCaptures, NeedNoLockOfTheLoader)

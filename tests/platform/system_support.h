@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -150,34 +151,16 @@ public:
     }
     Folder(const Folder&) = delete;
     Folder& operator=(const Folder&) = delete;
-    ~Folder() { Remove(_path); }
+    ~Folder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(_path.Narrow(), ignored);
+    }
 
     const Text& path() const { return _path; }
     Text operator/(const Text& name) const { return _path + L"/" + name; }
 
 private:
-    static void Remove(const Text& folder)
-    {
-        WIN32_FIND_DATAW data;
-        const HANDLE find = FindFirstFileW(folder + L"/*", &data);
-        if (find != INVALID_HANDLE_VALUE)
-        {
-            do
-            {
-                const Text name(data.cFileName);
-                if (name == Text(L".") || name == Text(L".."))
-                    continue;
-                const Text path = folder + L"/" + name;
-                if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
-                    Remove(path);
-                SetFileAttributesW(path, FILE_ATTRIBUTE_NORMAL);
-                DeleteFileW(path);
-            } while (FindNextFileW(find, &data));
-            FindClose(find);
-        }
-        RemoveDirectoryW(folder);
-    }
-
     Text _path;
 };
 

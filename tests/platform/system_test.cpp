@@ -3,7 +3,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <vector>
 
 using namespace qxtest;
 

@@ -105,19 +105,14 @@ std::string SystemText(DWORD code, DWORD language = LANG_USER_DEFAULT, DWORD fla
     return Result(length, buffer);
 }
 
-TEST(SystemMessages, UnknownCodesAndMissingArguments)
+TEST(SystemMessages, TextsUnknownCodesAndMissingArguments)
 {
     EXPECT_EQ(SystemText(0xdeadbeef), "error 317");
     EXPECT_EQ(SystemText(0xc0000005), "error 317");
     EXPECT_EQ(SystemText(ERROR_BAD_EXE_FORMAT, LANG_USER_DEFAULT, 0), "error 87");
     EXPECT_EQ(SystemText(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND)), SystemText(ERROR_FILE_NOT_FOUND));
     EXPECT_NE(SystemText(ERROR_FILE_NOT_FOUND), SystemText(ERROR_PATH_NOT_FOUND));
-}
-
-#ifndef _WIN32
-// Wine has its own wordings and languages.
-TEST(SystemMessages, Texts)
-{
+#ifndef _WIN32 // Wine has its own wordings and languages
     const std::pair<DWORD, const char*> cases[] = {{ERROR_SUCCESS, "The operation completed successfully.\r\n"},
         {ERROR_SHARING_VIOLATION,
             "The process cannot access the file because it is being used by another process.\r\n"},
@@ -130,7 +125,7 @@ TEST(SystemMessages, Texts)
         EXPECT_EQ(SystemText(code), text) << code;
     EXPECT_EQ(SystemText(ERROR_FILE_NOT_FOUND, 0), SystemText(ERROR_FILE_NOT_FOUND, 0x409));
     EXPECT_EQ(SystemText(ERROR_FILE_NOT_FOUND, 0x407), "error 1815");
-}
 #endif
+}
 
 } // namespace

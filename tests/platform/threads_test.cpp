@@ -1,11 +1,16 @@
-// Suspending and terminating threads, events, message queues, message boxes.
+// Suspending and terminating threads, events, message queues, message boxes; pools, completion ports, processors.
 #include "threads_support.h"
 
 #include <atomic>
+#include <bit>
 #include <cstdlib>
 #include <thread>
 #include <tuple>
-#include <vector>
+
+// Each system has its own function to set the affinity. Only the layer's GetActiveProcessorCount depends on it.
+#if defined(__linux__)
+#include <sched.h>
+#endif
 
 using namespace qxtest;
 
@@ -22,22 +27,21 @@ unsigned Compute(std::atomic<unsigned>& count)
 
 TEST(Threads, ObjectsOfTheThreadAreGoneBeforeItsHandleIsSignalled)
 {
+    static std::atomic<bool> isGone = false;
     struct Slow
     {
-        std::atomic<bool>* isGone = nullptr;
+        bool isUsed = false;
         ~Slow()
         {
             Sleep(30);
-            *isGone = true;
+            isGone = true;
         }
     };
-    std::atomic<bool> isGone = false;
     const Thread thread(
-        [&isGone]
+        []
         {
             static thread_local Slow slow;
-            slow.isGone = &isGone;
-            return 0u;
+            return slow.isUsed ? 1u : 0u;
         });
     thread.Join();
     EXPECT_TRUE(isGone);
@@ -153,16 +157,14 @@ TEST(Waits, EachSettingOfAnAutomaticEventLetsOneThreadThrough)
 {
     const Event event(false), stop;
     std::atomic<int> passed = 0;
-    std::vector<std::unique_ptr<Thread>> threads;
-    for (int index = 0; index < 4; ++index)
-        threads.push_back(std::make_unique<Thread>(
-            [&]
-            {
-                const HANDLE both[] = {stop, event};
-                while (WaitForMultipleObjects(2, both, FALSE, INFINITE) == WAIT_OBJECT_0 + 1)
-                    ++passed;
-                return 0u;
-            }));
+    const auto pass = [&]
+    {
+        const HANDLE both[] = {stop, event};
+        while (WaitForMultipleObjects(2, both, FALSE, INFINITE) == WAIT_OBJECT_0 + 1)
+            ++passed;
+        return 0u;
+    };
+    const Thread first(pass), second(pass), third(pass), fourth(pass);
     for (int count = 1; count <= 200; ++count)
     {
         SetEvent(event);
@@ -171,30 +173,29 @@ TEST(Waits, EachSettingOfAnAutomaticEventLetsOneThreadThrough)
         ASSERT_EQ(passed, count);
     }
     SetEvent(stop);
-    for (const auto& thread : threads)
+    for (const Thread* const thread : {&first, &second, &third, &fourth})
         thread->Join();
     EXPECT_EQ(passed, 200);
 }
 
 TEST(Messages, WaitsWakeForNewInput)
 {
-    const Event event, ready;
-    const Thread thread(
-        [&]
+    MSG message;
+    PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // creates the queue
+    const Event event;
+    const HANDLE handle = event;
+    std::thread poster(
+        [waiting = GetCurrentThreadId()]
         {
-            MSG message;
-            PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE); // creates the queue
-            SetEvent(ready);
-            const HANDLE handle = event;
-            EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, kPatience, QS_ALLINPUT), WAIT_OBJECT_0 + 1);
-            // A message that has been peeked at but not removed doesn't count as new.
-            EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE));
-            return MsgWaitForMultipleObjects(1, &handle, FALSE, 0, QS_ALLINPUT) == WAIT_TIMEOUT ? 0u : 1u;
+            Sleep(30);
+            EXPECT_TRUE(PostThreadMessageW(waiting, WM_APP, 0, 0));
         });
-    WaitForSingleObject(ready, kPatience);
-    Sleep(30);
-    EXPECT_TRUE(PostThreadMessageW(thread.id(), WM_APP, 0, 0));
-    EXPECT_EQ(thread.Join(), 0u);
+    EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, kPatience, QS_ALLINPUT), WAIT_OBJECT_0 + 1);
+    poster.join();
+    // A message that has been peeked at but not removed doesn't count as new.
+    EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE));
+    EXPECT_EQ(MsgWaitForMultipleObjects(1, &handle, FALSE, 0, QS_ALLINPUT), DWORD{WAIT_TIMEOUT});
+    EXPECT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
 }
 
 TEST(Messages, BoxesAnswerByThemselves)
@@ -216,5 +217,73 @@ TEST(Messages, BoxesAnswerByThemselves)
     }
     SetEnvironmentVariableW(L"QXPLATFORM_MESSAGEBOX", nullptr);
 }
+
+TEST(ThreadPools, UnderLoad)
+{
+    std::atomic<int> count = 0;
+    const auto submit = [&count]
+    {
+        for (int round = 0; round < 20; ++round)
+        {
+            TP_CALLBACK_ENVIRON environment{};
+            environment.Version = 1;
+            environment.Pool = CreateThreadpool(nullptr);
+            environment.CleanupGroup = CreateThreadpoolCleanupGroup();
+            const PTP_WORK_CALLBACK add = [](PTP_CALLBACK_INSTANCE, void* context, PTP_WORK)
+            {
+                ++*static_cast<std::atomic<int>*>(context);
+            };
+            for (int item = 0; item < 10; ++item)
+                SubmitThreadpoolWork(CreateThreadpoolWork(add, &count, &environment));
+            CloseThreadpoolCleanupGroupMembers(environment.CleanupGroup, FALSE, nullptr);
+            CloseThreadpoolCleanupGroup(environment.CleanupGroup);
+            CloseThreadpool(environment.Pool);
+        }
+        return 0u;
+    };
+    const Thread first(submit), second(submit), third(submit);
+    for (const Thread* thread : {&first, &second, &third})
+        EXPECT_EQ(thread->Join(), 0u);
+    EXPECT_EQ(count, 3 * 20 * 10);
+}
+
+TEST(CompletionPorts, AWaitingThreadCanBeTerminated)
+{
+    const LeaksAllowed leaksAllowed;
+    const Handle port(CreateIoCompletionPort(INVALID_HANDLE_VALUE, nullptr, 0, 0));
+    const auto take = [&port]
+    {
+        DWORD bytes = 0;
+        ULONG_PTR key = 0;
+        OVERLAPPED* overlapped = nullptr;
+        return GetQueuedCompletionStatus(port, &bytes, &key, &overlapped, INFINITE) ? static_cast<unsigned>(bytes) : 0u;
+    };
+    const Thread thread(take);
+    Sleep(30);
+    EXPECT_TRUE(TerminateThread(thread, 5));
+    EXPECT_EQ(thread.Join(), 5u);
+    EXPECT_TRUE(PostQueuedCompletionStatus(port, 7, 0, nullptr));
+    EXPECT_EQ(take(), 7u);
+}
+
+// The layer counts the processors assigned to a container rather than those of the machine.
+#if defined(__linux__)
+TEST(Processors, ByAffinity)
+{
+    cpu_set_t before, one;
+    ASSERT_EQ(sched_getaffinity(0, sizeof before, &before), 0);
+    int processor = 0;
+    while (!CPU_ISSET(processor, &before))
+        ++processor;
+    CPU_ZERO(&one);
+    CPU_SET(processor, &one);
+    ASSERT_EQ(sched_setaffinity(0, sizeof one, &one), 0);
+    DWORD_PTR own = 0, system = 0;
+    EXPECT_TRUE(GetProcessAffinityMask(GetCurrentProcess(), &own, &system));
+    EXPECT_EQ(std::popcount(own), 1);
+    EXPECT_EQ(GetActiveProcessorCount(ALL_PROCESSOR_GROUPS), 1u);
+    sched_setaffinity(0, sizeof before, &before);
+}
+#endif
 
 } // namespace

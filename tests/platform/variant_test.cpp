@@ -1,11 +1,11 @@
 // Variants: conversions, comparison, dates as numbers. The expectations apply to both targets. If a row runs only on
 // linux, a comment says what Wine returns instead.
 #include "platform/locale_ids.h"
+#include "support/shown_time.h"
 #include "support/variant_values.h"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <tuple>
 #include <vector>
@@ -253,14 +253,6 @@ TEST(VarCmp, Orders)
     }
 }
 
-std::string Time(const SYSTEMTIME& time)
-{
-    char text[80];
-    std::snprintf(text, sizeof text, "%d-%d-%d %d:%d:%d.%d", time.wYear, time.wMonth, time.wDay, time.wHour,
-        time.wMinute, time.wSecond, time.wMilliseconds);
-    return text;
-}
-
 TEST(VariantTime, ToSystemTime)
 {
     struct
@@ -269,18 +261,20 @@ TEST(VariantTime, ToSystemTime)
         const char* expected;
         int dayOfWeek = -1; // -1 if Wine returns a wrong day for times that are rounded up to the next day
         bool onWineToo = true;
-    } const cases[] = {{0, "1899-12-30 0:0:0.0", 6}, {36526.5, "2000-1-1 12:0:0.0", 6},
-        {-1.25, "1899-12-29 6:0:0.0", 5}, {-0.5, "1899-12-30 12:0:0.0", 6}, {60, "1900-2-28 0:0:0.0", 3},
-        {61, "1900-3-1 0:0:0.0", 4}, {1.49 / 86400, "1899-12-30 0:0:1.0", 6}, {2.5 / 86400, "1899-12-30 0:0:3.0", 6},
-        {1.99999999, "1900-1-1 0:0:0.0"}, {-657434.5, "100-1-1 12:0:0.0", 5}, {-657435, "no"},
-        {2958465.99999, "9999-12-31 23:59:59.0", 5}, {2958465.9999999, "no", -1, false}, // Wine: the year 10000
-        {2958466, "no"}, {1e300, "no"}, {kNotANumber, "no", -1, false}};                 // Wine: day 0
+    } const cases[] = {{0, "1899-12-30 00:00:00", 6}, {36526.5, "2000-01-01 12:00:00", 6},
+        {-1.25, "1899-12-29 06:00:00", 5}, {-0.5, "1899-12-30 12:00:00", 6}, {60, "1900-02-28 00:00:00", 3},
+        {61, "1900-03-01 00:00:00", 4}, {1.49 / 86400, "1899-12-30 00:00:01", 6},
+        {2.5 / 86400, "1899-12-30 00:00:03", 6}, {1.99999999, "1900-01-01 00:00:00"},
+        {-657434.5, "0100-01-01 12:00:00", 5}, {-657435, "no"}, {2958465.99999, "9999-12-31 23:59:59", 5},
+        {2958465.9999999, "no", -1, false},                              // Wine: the year 10000
+        {2958466, "no"}, {1e300, "no"}, {kNotANumber, "no", -1, false}}; // Wine: day 0
     for (const auto& row : cases)
     {
         if (!row.onWineToo && !kOnLinux)
             continue;
         SYSTEMTIME time{};
-        EXPECT_EQ(VariantTimeToSystemTime(row.date, &time) ? Time(time) : "no", row.expected) << row.date;
+        EXPECT_EQ(VariantTimeToSystemTime(row.date, &time) ? Show(time) : "no", row.expected) << row.date;
+        EXPECT_EQ(time.wMilliseconds, 0);
         if (row.dayOfWeek >= 0)
         {
             EXPECT_EQ(time.wDayOfWeek, row.dayOfWeek) << row.date;

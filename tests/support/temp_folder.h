@@ -8,10 +8,10 @@
 #include <windows.h>
 
 #include <atomic>
-#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace qxtest
 {
@@ -25,7 +25,18 @@ inline void MakeFile(const qx::String& path, std::string_view bytes)
     CloseHandle(file);
 }
 
-// Deleted at the end with all its files.
+// Opens an existing file for reading. Others may open it as far as `share` permits.
+inline HANDLE OpenToRead(const qx::String& path, DWORD share = 0)
+{
+    return CreateFileW(path.Text(), GENERIC_READ, share, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+inline std::filesystem::path NativePath(const qx::String& path)
+{
+    return std::filesystem::u8path(path.NarrowText()); // ASCII characters only
+}
+
+// Deleted at the end with all it contains.
 class TempFolder
 {
 public:
@@ -40,12 +51,9 @@ public:
     ~TempFolder()
     {
         for (qx::FileFinder finder(Path(L"*"), false); finder.Next();)
-        {
-            const qx::String path = Path(finder.Name());
-            SetFileAttributesW(path.Text(), FILE_ATTRIBUTE_NORMAL);
-            DeleteFileW(path.Text());
-        }
-        RemoveDirectoryW(_path.Text());
+            SetFileAttributesW(Path(finder.Name()).Text(), FILE_ATTRIBUTE_NORMAL); // windows keeps read-only files
+        std::error_code ignored;
+        std::filesystem::remove_all(NativePath(_path), ignored);
     }
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
@@ -71,11 +79,6 @@ private:
     qx::String _path;
 };
 
-inline std::filesystem::path NativePath(const qx::String& path)
-{
-    return std::filesystem::u8path(path.NarrowText()); // ASCII characters only
-}
-
 inline bool Exists(const qx::String& path)
 {
     return GetFileAttributesW(path.Text()) != INVALID_FILE_ATTRIBUTES;
@@ -93,8 +96,7 @@ inline void SetWriteTime(const qx::String& path, const FILETIME& time)
 inline std::string BytesOf(const qx::String& path)
 {
     std::string bytes;
-    const HANDLE file = CreateFileW(path.Text(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-        nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE file = OpenToRead(path, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE);
     if (file == INVALID_HANDLE_VALUE)
         return bytes;
     char part[4096];

@@ -10,7 +10,6 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
-#include <string>
 #include <utility>
 
 namespace qxtest

@@ -82,4 +82,36 @@ inline Machine MachineDoes()
     return isHit ? Machine::Fires : isGranted ? Machine::IsSilent : Machine::Refuses;
 }
 
+constexpr int kNotGranted = 77;
+
+// Sets four breakpoints and hits each, if hits are to be expected. Returns 0, or the line of the first surprise.
+inline int UseAll()
+{
+    const Machine machine = MachineDoes();
+    const unsigned one = machine == Machine::Fires ? 1 : 0;
+    const Handler handler;
+    volatile std::int64_t cells[4] = {};
+    HDATABP taken[4];
+    if (machine == Machine::Refuses)
+        return kNotGranted;
+    for (int round = 0; round < 2; ++round)
+    {
+        for (int slot = 0; slot < 4; ++slot)
+            if (SlotOf(taken[slot] = Watch(&cells[slot], 8)) != slot)
+                return __LINE__;
+        for (unsigned slot = 0; slot < 4; ++slot)
+        {
+            cells[slot] = 1;
+            if (TakeHits() != one || slots != one << slot)
+                return __LINE__;
+        }
+        for (const HDATABP breakpoint : taken)
+            UtilRemoveDataBP(breakpoint);
+        cells[0] = 2;
+        if (TakeHits() != 0)
+            return __LINE__;
+    }
+    return 0;
+}
+
 } // namespace watched

@@ -8,8 +8,8 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <map>
 #include <memory>
+#include <set>
 
 using namespace qx;
 using namespace qxtest;
@@ -59,9 +59,9 @@ TEST_F(DebugExports, FormsOfLines)
 {
     ASSERT_EQ(Run(L"forms"), 0);
     EXPECT_THAT(InnerLines(log),
-        ElementsAre("wide narrow 5000000000", "PROF    : >INIT x", "PROF    : INIT  state 1", "  %s and 100%",
-            AllOf(StartsWith("  \nQV32UTIL['']: error in 'place' (thing): "), EndsWith("\n"), SizeIs(Gt(45u))),
-            " <leave", "<"));
+        ElementsAre("wide narrow 5000000000", "PROF    : >INIT x", "PROF    : INIT  state 1", " %s and 100%",
+            AllOf(StartsWith(" \nQV32UTIL['']: error in 'place' (thing): "), EndsWith("\n"), SizeIs(Gt(44u))),
+            "<leave"));
 }
 
 TEST_F(DebugExports, CallersAndModules)
@@ -88,29 +88,23 @@ TEST_F(DebugExports, TheProcessIsOpenedAndClosed)
     ASSERT_EQ(Run(L"twice"), 0);
     const std::vector<std::string> lines = LogLines(log);
     ASSERT_EQ(lines.size(), 4u);
-    String own = ProcessPaths().directory; // the folder of the peer and of the library
-    const std::string folderText(own.NarrowText());
+    const std::string folderText(ProcessPaths().directory.NarrowText()); // of the peer and of the library
     for (const std::size_t i : {0, 1, 2, 3})
     {
         const std::string rest = Parse(lines[i]).rest;
-        EXPECT_THAT(rest, StartsWith(i % 2 == 0 ? "++" : "--"));
-        EXPECT_THAT(rest, HasSubstr("QXUT23."));
-        EXPECT_THAT(rest, HasSubstr(" 23.2.0 "));
-        EXPECT_THAT(rest, HasSubstr("[" + folderText + "DEBUG_PEER"));
+        EXPECT_THAT(rest, AllOf(StartsWith(i % 2 == 0 ? "++" : "--"), HasSubstr("QXUT23."), HasSubstr(" 23.2.0 "),
+                              HasSubstr("[" + folderText + "DEBUG_PEER")));
         EXPECT_EQ(rest.ends_with("] [" + folderText + "]"), i % 2 == 0) << rest;
         EXPECT_EQ(Parse(lines[i]).digit, "0101"[i]);
     }
 }
 
+// Developers see their callers, too. The library's own end opens a session without a thread.
 TEST_F(DebugExports, HandlesLeftAtTheEnd)
 {
     ASSERT_EQ(Run(L"lost"), 0);
     EXPECT_THAT(InnerLines(log), ElementsAre(AllOf(StartsWith("LOST PEN HANDLE 0"), EndsWith("1234:"))));
-}
-
-// The library's own end opens a session without a thread.
-TEST_F(DebugExports, DevelopersSeeTheCallersOfHandlesLeftAtTheEnd)
-{
+    DeleteFileW(log);
     const UserIs user(L"qvx");
     for (const wchar_t* const command : {L"lost", L"lost kept"})
     {
@@ -123,12 +117,6 @@ TEST_F(DebugExports, DevelopersSeeTheCallersOfHandlesLeftAtTheEnd)
                                HasSubstr("debug_peer.cpp, line "))));
         DeleteFileW(log);
     }
-}
-
-TEST_F(DebugExports, WithoutALogFileNothingIsTouched)
-{
-    EXPECT_EQ(PeerProcess(L"debug_peer", L"Debug.LogFile.Flush=T off").Wait(), 0);
-    EXPECT_EQ(PeerProcess(L"debug_peer", L"Debug.LogFilename= off").Wait(), 0);
 }
 
 // The peer was started with a log, which it keeps although its setting changes.
@@ -149,33 +137,30 @@ TEST_F(DebugExports, LinesOfManyThreadsAndProcesses)
         for (const auto& peer : peers)
             EXPECT_EQ(peer->Wait(), 0);
     }
-    std::map<std::pair<int, int>, int> last;
-    int count = 0;
+    std::set<std::string> missing;
+    for (int i = 0; i < kProcesses * kThreads * kLinesOfThread; ++i)
+    {
+        const int process = i % kProcesses, thread = i / kProcesses % kThreads, line = i / kProcesses / kThreads;
+        const String text(String::kFormatted, L"p%d %d %d %0*d.", process, thread, line, 20 + line % 50, 0);
+        missing.emplace(text.NarrowText());
+    }
+    const std::size_t all = missing.size();
     for (const std::string& text : LogLines(log))
     {
         const LogLine line = Parse(text);
-        ASSERT_FALSE(line.time.empty()) << text;
-        if (line.rest[0] != 'p')
-            continue;
-        int process = 0, thread = 0, number = 0, length = 0;
-        ASSERT_EQ(sscanf(line.rest.c_str(), "p%d %d %d %n", &process, &thread, &number, &length), 3) << text;
-        const auto [place, isFirst] = last.try_emplace({process, thread}, -1);
-        EXPECT_GT(number, place->second) << text;
-        place->second = number;
-        EXPECT_EQ(line.rest.substr(static_cast<std::size_t>(length)),
-            std::string(static_cast<std::size_t>(20 + number % 50), '0') + ".");
-        ++count;
+        EXPECT_TRUE(missing.erase(line.rest) == 1 || line.rest.starts_with("++") || line.rest.starts_with("--"))
+            << text;
     }
-    EXPECT_EQ(last.size(), std::size_t{kProcesses * kThreads});
     // A line is lost if the file was in use for a tenth of a second, which is rare.
-    constexpr int kAll = kProcesses * kThreads * kLinesOfThread;
-    RecordProperty("lost", kAll - count);
-    EXPECT_GE(count, kAll - kAll / 50);
+    RecordProperty("lost", static_cast<int>(missing.size()));
+    EXPECT_LE(missing.size(), all / 50);
 }
 
-// If no log file can be created, the library still loads and its functions return.
-TEST_F(DebugExports, WhereThereCanBeNoLogFile)
+// If no log file is set or none can be created, the library still loads and its functions return.
+TEST_F(DebugExports, WhereThereIsNoLogFile)
 {
+    for (const wchar_t* const setting : {L"Debug.LogFile.Flush=T off", L"Debug.LogFilename= off"})
+        EXPECT_EQ(PeerProcess(L"debug_peer", setting).Wait(), 0) << setting;
     folder.Make(L"file", "");
     const String readOnly = folder.Make(L"read-only", "");
     SetFileAttributesW(readOnly.Text(), FILE_ATTRIBUTE_READONLY);
@@ -183,13 +168,4 @@ TEST_F(DebugExports, WhereThereCanBeNoLogFile)
         EXPECT_EQ(PeerProcess(L"debug_peer", String(L"\"Debug.LogFilename=") + name + L"\" twice").Wait(), 0)
             << name.NarrowText();
     EXPECT_EQ(BytesOf(folder.Path(L"file")), "");
-}
-
-TEST_F(DebugExports, LoadsWithoutPermission)
-{
-    const int code = Run(L"nobody");
-    if (code == 77)
-        GTEST_SKIP() << "there is no other user here";
-    EXPECT_EQ(code, 0);
-    EXPECT_FALSE(Exists(log)); // the user can read the settings, but not write to the folder
 }

@@ -6,10 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <functional>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include <pthread.h>
@@ -18,13 +16,6 @@ using namespace qxtest;
 
 namespace
 {
-
-// Returns the usual number of jobs. QXUT_TEST_JOBS=1000000 selects the long form of the test.
-int JobsOfTheTest(int usual)
-{
-    const char* const number = std::getenv("QXUT_TEST_JOBS");
-    return number ? std::atoi(number) : usual;
-}
 
 std::int32_t Add(HUTTHREADPOOL pool, TestJob* job, IUTThreadedJobHost* host)
 {
@@ -52,32 +43,22 @@ protected:
 TEST_F(JobPools, ThreadsThatEndInCallbacks)
 {
     using Body = std::function<void()>;
-    const auto runOnThread = [](Body body)
+    const auto runOnThread = [](const Body& body)
     {
-        pthread_t thread;
-        ASSERT_EQ(pthread_create(
-                      &thread, nullptr,
-                      [](void* given) -> void*
-                      {
-                          (*static_cast<Body*>(given))();
-                          return given;
-                      },
-                      &body),
-            0);
-        void* result = nullptr;
-        ASSERT_EQ(pthread_join(thread, &result), 0);
-        EXPECT_NE(result, &body); // ended in the callback
-    };
-    const auto endThread = []
-    {
-        pthread_exit(nullptr);
+        std::thread(
+            [&body]
+            {
+                body();
+                ADD_FAILURE() << "the thread did not end in the callback";
+            })
+            .join();
     };
     const auto cancelThread = []
     {
         pthread_cancel(pthread_self());
         pthread_testcancel();
     };
-    for (const Body& end : {Body(endThread), Body(cancelThread)})
+    for (const Body& end : {Body([] { pthread_exit(nullptr); }), Body(cancelThread)})
     {
         const HUTTHREADPOOL pool = UtilThreadPoolOpen(2, L"pool");
         Add(pool, new TestJob(counts, end), &taking); // on a worker
@@ -124,59 +105,46 @@ TEST_F(JobPools, Arguments)
     UtilThreadPoolClose(pool);
 }
 
-// Some jobs run on the caller's thread, and some have no host.
-TEST_F(JobPools, ManyTinyJobs)
+// A tree of jobs, each of which adds two more; each notified host adds another job. Some jobs run on the caller's
+// thread, and some have no host.
+TEST_F(JobPools, JobsAndHostsThatAddJobs)
 {
-    int expected = 0;
-    for (const auto& [pools, usual] : {std::pair(1, 30'000), {12, 12'000}})
+    const auto wholeLife = [&]
     {
-        const int jobs = JobsOfTheTest(usual) / pools;
-        const auto wholeLife = [&]
+        const HUTTHREADPOOL pool = UtilThreadPoolOpen(3, L"pool");
+        TestHost adding(
+            [&](const wchar_t*, IUTThreadedJob*)
+            {
+                ++counts.told;
+                Add(pool, new TestJob(counts), &taking);
+                return 0;
+            });
+        const std::function<void(int)> grow = [&](int depth)
         {
-            const HUTTHREADPOOL pool = UtilThreadPoolOpen(3, L"pool");
-            for (int i = 0; i < jobs; ++i)
-                Add(pool, new TestJob(counts, {}, 0, i % 1000 != 0), i % 10 == 0 ? nullptr : &taking);
-            EXPECT_EQ(UtilThreadPoolFinalize(pool, &taking), 0);
-            UtilThreadPoolClose(pool);
+            const auto work = [&grow, depth]
+            {
+                for (int child = 0; depth > 0 && child < 2; ++child)
+                    grow(depth - 1);
+            };
+            Add(pool, new TestJob(counts, work, 0, depth % 3 != 0), depth % 2 == 0 ? &adding : nullptr);
         };
+        grow(10);
+        EXPECT_EQ(UtilThreadPoolFinalize(pool, &taking), 0);
+        EXPECT_EQ(adding.references, 1u);
+        UtilThreadPoolClose(pool);
+    };
+    int expected = 0;
+    for (const int pools : {1, 12})
+    {
         std::vector<std::thread> threads;
         for (int i = 0; i < pools; ++i)
             threads.emplace_back(wholeLife);
         for (std::thread& thread : threads)
             thread.join();
-        expected += jobs * pools;
+        expected += (2047 + 1365) * pools; // all jobs, plus one for each job at an even depth
         EXPECT_EQ(counts.runs, expected);
         EXPECT_EQ(counts.told, expected);
     }
-}
-
-// A tree of jobs, each of which adds two more; each notified host adds another job.
-TEST_F(JobPools, JobsAndHostsThatAddJobs)
-{
-    const HUTTHREADPOOL pool = UtilThreadPoolOpen(3, L"pool");
-    TestHost adding(
-        [&](const wchar_t*, IUTThreadedJob*)
-        {
-            ++counts.told;
-            Add(pool, new TestJob(counts), &taking);
-            return 0;
-        });
-    const std::function<void(int)> grow = [&](int depth)
-    {
-        const auto work = [&grow, depth]
-        {
-            for (int child = 0; depth > 0 && child < 2; ++child)
-                grow(depth - 1);
-        };
-        Add(pool, new TestJob(counts, work, 0, depth % 3 != 0), depth % 2 == 0 ? &adding : nullptr);
-    };
-    grow(10);
-    EXPECT_EQ(UtilThreadPoolFinalize(pool, &taking), 0);
-    constexpr int kJobs = 2047 + 1365; // all jobs, plus one for each job at an even depth
-    EXPECT_EQ(counts.runs, kJobs);
-    EXPECT_EQ(counts.told, kJobs);
-    EXPECT_EQ(adding.references, 1u);
-    UtilThreadPoolClose(pool);
 }
 
 // Whenever the abort happens, a job either runs once and its host is notified once, or the job is dropped.

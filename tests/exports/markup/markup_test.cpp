@@ -1,4 +1,5 @@
 #include <qxut23/markup.h>
+#include <qxut23/page_text.h>
 
 #include <gtest/gtest.h>
 
@@ -34,4 +35,29 @@ TEST(Markup, StringsGoInAndOut)
         SysFreeString(text);
     }
     UtilConvertHtml2PlainText(L"nobody wants it", nullptr, 0);
+}
+
+TEST(PageText, StringsGoInAndOut)
+{
+    BSTR text = nullptr;
+    EXPECT_EQ(QxConvertHtml2PlainText(L"<p>a &hellip;<p><a href=u>b</a>", &text, 0), QXUT_PAGE_OK);
+    EXPECT_STREQ(text, L"a \u2026\n\nb");
+    EXPECT_EQ(QxConvertHtml2PlainText(L"<a href=u>b</a>", &text, 2), QXUT_PAGE_BAD_FLAGS);
+    EXPECT_STREQ(text, L"a \u2026\n\nb");
+    EXPECT_EQ(QxConvertHtml2PlainText(L"<a href=u>b</a>", &text, QXUT_PAGE_LINKS), QXUT_PAGE_OK);
+    EXPECT_STREQ(text, L"b [u]");
+
+    EXPECT_EQ(QxMaskHtmlCharacters(L"<\U0001F600>", &text), QXUT_PAGE_OK);
+    EXPECT_STREQ(text, L"&lt;&#x1f600;&gt;");
+    EXPECT_EQ(QxDemaskHtmlCharacters(text, &text), QXUT_PAGE_OK); // its own input is replaced
+    EXPECT_STREQ(text, L"<\U0001F600>");
+
+    // An empty result is still a string, and a null text counts as empty.
+    SysFreeString(text);
+    text = nullptr;
+    EXPECT_EQ(QxConvertHtml2PlainText(nullptr, &text, 0), QXUT_PAGE_OK);
+    ASSERT_NE(text, nullptr);
+    EXPECT_EQ(SysStringLen(text), 0u);
+    SysFreeString(text);
+    EXPECT_EQ(QxConvertHtml2PlainText(L"nobody wants it", nullptr, 0), QXUT_PAGE_OK);
 }

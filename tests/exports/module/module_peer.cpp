@@ -1,6 +1,7 @@
 // module_peer: loads the library, uses it, unloads it, and loads it again. Exit code: 0 on success, otherwise the
 // number of the failed check. With an argument: fails an assertion.
 #include <qxut23/heaps.h>
+#include <qxut23/module.h>
 
 #include <windows.h>
 
@@ -9,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 
 namespace
 {
@@ -16,8 +18,11 @@ namespace
 template <class Function>
 Function* Find(HMODULE library, const char* name)
 {
-    return reinterpret_cast<Function*>(GetProcAddress(library, name));
+    if (const FARPROC function = GetProcAddress(library, name))
+        return reinterpret_cast<Function*>(function);
+    std::exit(9);
 }
+#define FIND(name) Find<decltype(name)>(library, #name)
 
 std::size_t BlocksOfProcessHeap()
 {
@@ -34,8 +39,7 @@ const void* objectsLeft[kHeapsLeft];
 // Each call chain is another one.
 [[gnu::noinline]] void LeaveHeaps(HMODULE library, HUTHEAPJOB job, std::size_t count)
 {
-    const HUTHEAP heap = Find<decltype(UtilHeapCreate)>(library, "UtilHeapCreate")(job, L"heap", 0);
-    objectsLeft[count - 1] = Find<decltype(UtilHeapObjectAlloc)>(library, "UtilHeapObjectAlloc")(heap, 3'000'000, 0);
+    objectsLeft[count - 1] = FIND(UtilHeapObjectAlloc)(FIND(UtilHeapCreate)(job, L"heap", 0), 3'000'000, 0);
     if (count > 1)
         LeaveHeaps(library, job, count - 1);
     asm volatile(""); // keeps the call above from becoming a jump
@@ -58,25 +62,18 @@ int UseOnce()
     const HMODULE library = LoadLibraryW(L"qxUT23.dll");
     if (library == nullptr)
         return 1;
-    auto* const version = Find<std::int32_t(std::int32_t)>(library, "UtilGetVersion");
-    auto* const language = Find<std::int32_t()>(library, "UtilLanguageGet");
-    auto* const setLanguage = Find<std::int32_t(std::int32_t)>(library, "UtilLanguageSet");
-    auto* const environment = Find<std::int32_t()>(library, "UtilGetOSEnvironmentType");
-    auto* const interaction = Find<std::int32_t()>(library, "UtilGetUIInteractionAllowed");
-    if (!version || version(0) != 0x170002)
+    if (FIND(UtilGetVersion)(0) != 0x170002)
         return 2;
-    if (!language || language() < 0)
+    if (FIND(UtilLanguageGet)() < 0)
         return 3;
-    if (!setLanguage || (setLanguage(0) == 0 && language() < 0))
+    if (FIND(UtilLanguageSet)(0) == 0 && FIND(UtilLanguageGet)() < 0)
         return 4;
-    if (!environment || environment() < 1 || environment() > 4)
+    const std::int32_t environment = FIND(UtilGetOSEnvironmentType)();
+    if (environment < 1 || environment > 4)
         return 5;
-    if (!interaction || interaction() > 1)
+    if (FIND(UtilGetUIInteractionAllowed)() > 1)
         return 6;
-    auto* const openJob = Find<decltype(UtilJobOpen)>(library, "UtilJobOpen");
-    if (!openJob)
-        return 9;
-    LeaveHeaps(library, openJob(L"job", QXUT_HEAPJOB_DEBUG | QXUT_HEAPJOB_TRACE), kHeapsLeft);
+    LeaveHeaps(library, FIND(UtilJobOpen)(L"job", QXUT_HEAPJOB_DEBUG | QXUT_HEAPJOB_TRACE), kHeapsLeft);
     if (AreObjectsGone())
         return 10;
     if (!FreeLibrary(library))
@@ -89,10 +86,7 @@ int UseOnce()
 int FailAssertion()
 {
     const HMODULE library = LoadLibraryW(L"qxUT23.dll");
-    auto* const assertion = Find<void(const wchar_t*, const wchar_t*, std::uint32_t)>(library, "UtilAssert");
-    if (!assertion)
-        return 1;
-    assertion(L"a < b", L"file.cpp", 42);
+    FIND(UtilAssert)(L"a < b", L"file.cpp", 42);
     return 0; // a failed assertion doesn't return
 }
 

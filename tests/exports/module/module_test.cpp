@@ -94,7 +94,4 @@ TEST(ModuleExports, LoadsWithoutHomeRegistryOrTempFolder)
         {L"TMPDIR", none}, {L"TMP", none}, {L"TEMP", none}, {L"USERPROFILE", nullptr}, {L"APPDATA", nullptr},
         {L"LOCALAPPDATA", nullptr}};
     EXPECT_EQ(PeerProcess(L"module_peer", L"").Wait(), 0);
-    // A settings folder that can't exist.
-    const Variable home(L"QXPLATFORM_HOME", ModulePath(nullptr) + L"/home");
-    EXPECT_EQ(PeerProcess(L"module_peer", L"").Wait(), 0);
 }

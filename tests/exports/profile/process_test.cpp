@@ -6,7 +6,7 @@
 
 #include <chrono>
 #include <future>
-#include <set>
+#include <initializer_list>
 #include <thread>
 
 using namespace profiletest;
@@ -31,17 +31,22 @@ void MakeFile(const std::string& path)
     ASSERT_EQ(job.Save(path), PROF_OK);
 }
 
-// Reads the file until the peer is done. Returns the letters of all complete contents that were read.
-std::set<std::string> ReadMeanwhile(const std::string& path, const std::future<int>& work)
+// Reads the file until the peers, which write to it, are done: its contents are whole each time.
+void ExpectWholeContents(const std::string& path, std::initializer_list<PeerProcess*> peers)
 {
-    std::set<std::string> letters;
-    do
+    const auto work = std::async(std::launch::async,
+        [peers]
+        {
+            for (PeerProcess* const peer : peers)
+                EXPECT_EQ(peer->Wait(), 0);
+        });
+    for (bool isDone = false; !isDone;)
     {
+        isDone = work.wait_for(seconds(0)) == std::future_status::ready;
         const Job job(path);
         EXPECT_EQ(job.Error(), PROF_OK);
-        letters.insert(LetterOfWhole(job));
-    } while (work.wait_for(seconds(0)) != std::future_status::ready);
-    return letters;
+        EXPECT_EQ(LetterOfWhole(job).size(), 1u) << LetterOfWhole(job);
+    }
 }
 
 } // namespace
@@ -81,13 +86,7 @@ TEST(ProfileProcesses, SavesOfTwoProcessesNeverMix)
     MakeFile(path);
     PeerProcess a(L"profile_peer", Line("save", path, "a 40"));
     PeerProcess b(L"profile_peer", Line("save", path, "b 40"));
-    const auto work = std::async(std::launch::async, [&] { return a.Wait() + b.Wait(); });
-    std::set<std::string> letters = ReadMeanwhile(path, work);
-    letters.insert(LetterOfWhole(Job(path)));
-    for (const std::string& letter : letters)
-        EXPECT_EQ(letter.size(), 1u) << letter;
-    EXPECT_EQ(a.Wait(), 0);
-    EXPECT_EQ(b.Wait(), 0);
+    ExpectWholeContents(path, {&a, &b});
 }
 
 TEST(ProfileProcesses, ReaderDuringASaveInPlaceSeesOldOrNew)
@@ -96,9 +95,5 @@ TEST(ProfileProcesses, ReaderDuringASaveInPlaceSeesOldOrNew)
     const std::string path = folder.Path("file");
     MakeFile(path);
     PeerProcess writer(L"profile_peer", Line("rewrite", path, "200"));
-    const auto work = std::async(std::launch::async, [&] { return writer.Wait(); });
-    for (const std::string& letter : ReadMeanwhile(path, work))
-        EXPECT_EQ(letter.size(), 1u) << letter;
-    EXPECT_EQ(writer.Wait(), 0);
-    EXPECT_EQ(LetterOfWhole(Job(path)).size(), 1u);
+    ExpectWholeContents(path, {&writer});
 }

@@ -7,6 +7,7 @@
 // Exit code: 0, or the absolute value of a PROF_ERR_ code.
 #include "exports/profile/whole_content.h"
 
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <thread>

@@ -6,7 +6,6 @@
 #include <windows.h>
 
 #include <atomic>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -117,14 +116,7 @@ inline std::string BytesOf(const std::string& path)
 class TempFolder
 {
 public:
-    TempFolder()
-    {
-        static std::atomic<int> number = 0;
-        const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-        _folder = std::filesystem::temp_directory_path() /
-                  ("qxut-profile-" + std::to_string(now) + "-" + std::to_string(++number));
-        std::filesystem::create_directories(_folder);
-    }
+    TempFolder() { std::filesystem::create_directories(_folder); }
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
     ~TempFolder()
@@ -142,7 +134,10 @@ public:
     }
 
 private:
-    std::filesystem::path _folder;
+    static inline std::atomic<int> number = 0;
+    const std::filesystem::path _folder =
+        std::filesystem::temp_directory_path() /
+        ("qxut-profile-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++number));
 };
 
 } // namespace profiletest

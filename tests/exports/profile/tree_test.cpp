@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <tuple>
-#include <utility>
 
 using namespace profiletest;
 
@@ -103,7 +102,7 @@ TEST(ProfileTree, CreateEntersAndEmptiesWhereAppendAddsAlways)
     EXPECT_EQ(Tree(job), "[a]{}[a]{[b]{z=4;}}");
 }
 
-TEST(ProfileTree, NameOfANewListLosesItsBrackets)
+TEST(ProfileTree, NewNamesLoseTheirBracketsAndAreCutAt255BeforeASlash)
 {
     const Job job, copy;
     ProfCreateListW(job, nullptr, L"[a]");
@@ -113,11 +112,7 @@ TEST(ProfileTree, NameOfANewListLosesItsBrackets)
     EXPECT_EQ(Tree(job), "[a]{}[a]{}[b]{}[]{}[[d]]{}[e]]{}") << "the list never matches what it was asked for by";
     EXPECT_EQ(ProfCopyList(copy, nullptr, job, nullptr), PROF_OK);
     EXPECT_EQ(Tree(copy), "[a]{}[a]{}[b]{}[]{}[d]{}[e]]{}") << "a copy is a new list too";
-}
 
-TEST(ProfileTree, ComponentBeforeASlashIsCutAt255)
-{
-    const Job job;
     const Wide name255(255, L'n');
     Wide longer(300, L'n');
     ProfCreateListW(job, nullptr, longer);
@@ -131,20 +126,10 @@ TEST(ProfileTree, ComponentBeforeASlashIsCutAt255)
 TEST(ProfileTree, Deleting)
 {
     constexpr char kWhole[] = "x=1;x=1;y=1;[l]{x=2;[m]{}[m]{}}[l]{x=2;[m]{}[m]{}}[]{x=3;}";
-    const auto fill = [&](const Job& job)
-    {
-        for (const wchar_t* path : {L"x", L"x", L"y"})
-            ProfAppendStringW(job, nullptr, path, L"1");
-        for (int i = 0; i < 2; ++i)
-        {
-            const HPROFLIST list = ProfAppendListW(job, nullptr, L"l");
-            ProfAppendStringW(job, list, L"x", L"2");
-            ProfAppendListW(job, list, L"m");
-            ProfAppendListW(job, list, L"m");
-        }
-        ProfAppendStringW(job, ProfAppendListW(job, nullptr, L""), L"x", L"3");
-        ASSERT_EQ(Tree(job), kWhole);
-    };
+    const TempFolder folder;
+    const std::string list = "[l]\nx=2\n[m]\n}\n[m]\n}\n}\n";
+    const std::string file = folder.Make("file", "[/]\nx=1\nx=1\ny=1\n" + list + list + "[]\nx=3\n");
+    ASSERT_EQ(Tree(Job(file)), kWhole);
     const std::tuple<bool, const wchar_t*, const char*> cases[] = {
         {false, L"x", "y=1;[l]{x=2;[m]{}[m]{}}[l]{x=2;[m]{}[m]{}}[]{x=3;}"},
         {false, L"l/x", "x=1;x=1;y=1;[l]{[m]{}[m]{}}[l]{[m]{}[m]{}}[]{x=3;}"}, // in every matching list
@@ -156,13 +141,11 @@ TEST(ProfileTree, Deleting)
     };
     for (const auto& [isList, path, left] : cases)
     {
-        const Job job;
-        fill(job);
+        const Job job(file);
         (isList ? ProfDeleteListW : ProfDeleteItemW)(job, nullptr, path);
         EXPECT_EQ(Tree(job), left) << Utf8(path ? path : L"(null)");
     }
-    const Job job;
-    fill(job);
+    const Job job(file);
     ProfDeleteListW(job, ProfGetListW(job, nullptr, L"l/m"), nullptr);
     EXPECT_EQ(Tree(job), "x=1;x=1;y=1;[l]{x=2;[m]{}}[l]{x=2;[m]{}[m]{}}[]{x=3;}") << "only the list of the handle";
 }

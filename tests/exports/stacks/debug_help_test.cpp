@@ -48,7 +48,7 @@ TEST(DebugHelpExports, AreBoundByClients)
     frames->Release();
 }
 
-TEST(DebugHelpExports, RejectNull)
+TEST(DebugHelpExports, RejectNullAndHandOutTwoLocks)
 {
     IDBGStackTraceList* frames = reinterpret_cast<IDBGStackTraceList*>(8);
     EXPECT_EQ(UtilDebugHelpGetStackTrace(nullptr, &frames, nullptr), 0);
@@ -57,17 +57,11 @@ TEST(DebugHelpExports, RejectNull)
     UtilDebugHelpSetOption(nullptr, 1, 1);
     UtilDebugHelpJobClose(nullptr);
     EXPECT_EQ(QxDescribeAddresses(nullptr, 1, 0, nullptr, nullptr), 0);
-}
 
-TEST(DebugHelpExports, HandOutTwoLocks)
-{
-    void* first = nullptr;
-    void* second = nullptr;
-    UtilGetDBGHELPThreadingCS(&first);
-    UtilGetGDIThreadingCS(&second);
-    EXPECT_NE(first, nullptr);
-    EXPECT_NE(second, nullptr);
-    EXPECT_NE(first, second);
+    void* locks[] = {nullptr, nullptr};
+    UtilGetDBGHELPThreadingCS(&locks[0]);
+    UtilGetGDIThreadingCS(&locks[1]);
+    EXPECT_TRUE(locks[0] != nullptr && locks[1] != nullptr && locks[0] != locks[1]);
 }
 
 } // namespace

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
-#include <ostream>
 #include <tuple>
 
 namespace

@@ -27,14 +27,11 @@ TEST(ZIPExports, WrittenArchive)
     EXPECT_EQ(UtilZIPAppendList(zip, folder.Path(), L"*.txt", 0), QXUT_ZIP_OK);
     EXPECT_EQ(UtilZIPAppendList(zip, folder.Path(L"none"), nullptr, QXUT_ZIP_SUBFOLDERS), QXUT_ZIP_OK);
     EXPECT_EQ(UtilZIPClose(zip), QXUT_ZIP_OK);
-    const std::string bytes = BytesOf(path);
-    EXPECT_TRUE(bytes.ends_with("of the archive"));
-    const std::vector<ZIPEntry> entries = EntriesOf(bytes);
+    EXPECT_TRUE(BytesOf(path).ends_with("of the archive"));
+    const std::vector<ZIPEntry> entries = EntriesOf(BytesOf(path));
     ASSERT_EQ(entries.size(), 2u);
-    EXPECT_EQ(entries[0].name, "sub/name");
-    EXPECT_EQ(entries[0].comment, "of the entry");
-    EXPECT_EQ(entries[0].content, "content");
-    EXPECT_EQ(entries[1].name, "a.txt");
+    EXPECT_EQ(entries[0].name + ' ' + entries[0].comment, "sub/name of the entry");
+    EXPECT_EQ(entries[1].name + ' ' + entries[1].content, "a.txt content");
 
     EXPECT_EQ(UtilZIPAppend(nullptr, L"a", L"", L""), QXUT_ZIP_OK);
     EXPECT_EQ(UtilZIPAppendList(nullptr, L"a", L"", 1), QXUT_ZIP_OK);

@@ -18,8 +18,7 @@ class CountryCommands(commands.CommandTest):
         ghana = ("name = Ghana\nofficial-name = Republic of Ghana\nnative-name = Gaana\niso3166 = GH\nalpha-3 = GHA\n"
                  "numeric = 288\nlcid = 2057\ncalling-code = 233\ncurrency-code = GHS\ncurrency = cedi\n"
                  "code-page = 1252\n")
-        for name in ("gh", "GHA", "288", "republic of ghana"):
-            self.assertEqual(self.qxut("country", name), ghana)
+        self.assertEqual(self.qxut("country", "gh"), ghana)
         self.assertEqual(json.loads(self.qxut("country", "Österreich", "--json")),
                          {"name": "Austria", "native-name": "Österreich", "iso3166": "AT", "lcid": 3079,
                           "calling-code": 43, "currency": "€", "code-page": 1252})

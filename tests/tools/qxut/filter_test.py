@@ -14,29 +14,15 @@ BREAKING = ("/h1 /h2 /h3 /h4 /h5 /h6 /p /div /ol /tr /ul /thead /tbody /blockquo
             .split())
 
 
-def next_link(page):
-    """Returns the text before the first link with a target, the target, the link's text, and the rest."""
-    pieces, place = [], 0
-    for border in (r"<a\s", 'href="', '"', ">", "</a>"):
-        match = re.compile(border, re.I).search(page, place)
-        if not match:
-            return None
-        pieces.append(page[place:match.start()])
-        place = match.end()
-    return pieces[0], pieces[2], pieces[4], page[place:]
-
-
-def expand_links(page):
-    parts = []
-    while link := next_link(page):
-        before, target, text, page = link
-        parts += [before, target if target.lower() == text.lower() else f"{text} [{target}]"]
-    return "".join(parts) + page
+def shown_link(match):
+    target, text = match.groups()
+    return target if target.lower() == text.lower() else f"{text} [{target}]"
 
 
 def words_of(page):
     """An independent implementation: returns the words that should remain of a page."""
-    page = expand_links(re.sub("<!--.*-->", "", page, flags=re.S))
+    page = re.sub("<!--.*-->", "", page, flags=re.S)
+    page = re.sub(r'<a\s.*?href="(.*?)".*?>(.*?)</a>', shown_link, page, flags=re.S | re.I)
     text = ""
     depth = 0
     for piece, tag in re.findall(r"([^<]*)(<[^<>]*(?=<)|<[^>]*>|$)", page):

@@ -1,5 +1,6 @@
 """`qxut html2text` on real pages, beside the browser w3m: pages that Debian packages bring, and those of tests/data."""
 
+import collections
 import difflib
 import html.parser
 import pathlib
@@ -73,16 +74,8 @@ def share(page, shown, words):
         return 1.0
     found = len(matches(shown, words))
     if found < len(shown):
-        left = list(matches(DocumentWords(page).words, words))
-        counts = {}
-        for word in left:
-            counts[word] = counts.get(word, 0) + 1
-        in_document = 0
-        for word in shown:
-            if counts.get(word, 0) > 0:
-                counts[word] -= 1
-                in_document += 1
-        found = max(found, in_document)
+        in_document = collections.Counter(matches(DocumentWords(page).words, words))
+        found = max(found, (in_document & collections.Counter(shown)).total())
     return found / len(shown)
 
 

@@ -231,33 +231,6 @@ TEST_F(Elements, AreReleasedAndComparedByADerivedList)
     EXPECT_EQ(Counted::living, 4);
 }
 
-struct CountingMemory
-{
-    static inline int blocks = 0;
-    static void* Allocate(std::size_t bytes)
-    {
-        ++blocks;
-        return WCHeap::Allocate(bytes);
-    }
-    static void Release(void* block) noexcept
-    {
-        blocks -= block != nullptr;
-        WCHeap::Release(block);
-    }
-};
-
-TEST(SListHookTest, NodesComeFromTheListsOwnMemory)
-{
-    {
-        WCValSList<Counted, CountingMemory> list{1, 2};
-        EXPECT_EQ(CountingMemory::blocks, 2);
-        FailingCopies failing(0);
-        EXPECT_THROW(list.Append(Counted(3)), std::runtime_error);
-        EXPECT_EQ(CountingMemory::blocks, 2);
-    }
-    EXPECT_EQ(CountingMemory::blocks, 0);
-}
-
 TEST(StackTest, GivesTheNewestFirst)
 {
     WCStack<int, WCValSList<int>> stack;
@@ -299,19 +272,6 @@ TEST_F(Elements, OfAVectorAreKeptOrMadeByItsSize)
 
 // ---- Skip lists
 
-// Returns the numbers given by the test.
-struct ScriptedRandom
-{
-    explicit ScriptedRandom(std::vector<int> numbers)
-    {
-        script = std::move(numbers);
-        calls = 0;
-    }
-    static int Next() { return script.at(calls++); }
-    static inline std::size_t calls = 0;
-    static inline std::vector<int> script;
-};
-
 // Packs seven pairs of bits, the first to be drawn first.
 int Pairs(const std::vector<int>& pairs)
 {
@@ -323,29 +283,27 @@ int Pairs(const std::vector<int>& pairs)
 
 TEST(LevelSourceTest, CountsPairsThatAreZeroUnderTheSelector)
 {
+    static std::vector<int> script;
     const int first = Pairs({0, 0, 1, 0, 2, 0, 0});
     const int second = Pairs({0, 3, 3, 3, 3, 3, 3});
+    // The numbers left for the source, and its draws: selector, most levels, and the result.
+    const std::pair<std::vector<int>, std::vector<std::tuple<unsigned, int, int>>> cases[] = {
+        {{first, second}, {{3, 19, 2}, {3, 19, 1}, {3, 19, 3}}}, // 0 0 | 1, 0 | 2, 0 0 with the next number's 0 | 3
+        {{~0x3FFF, 0x3FFF}, {{3, 19, 7}}},                       // 14 bits of each number are used
+        {{first, second}, {{1, 19, 2}, {1, 2, 2}, {1, 19, 0}}}}; // 0 2 0 0, 0 | 3 are five, of which two count
+    for (const auto& [numbers, draws] : cases)
     {
-        ScriptedRandom random({first, second});
-        WCLevelSource source(&ScriptedRandom::Next);
-        EXPECT_EQ(source.Draw(3, 19), 2); // 0 0 | 1
-        EXPECT_EQ(source.Draw(3, 19), 1); // 0 | 2
-        EXPECT_EQ(ScriptedRandom::calls, 1u);
-        EXPECT_EQ(source.Draw(3, 19), 3); // 0 0, and a new call: 0 | 3
-        EXPECT_EQ(ScriptedRandom::calls, 2u);
-    }
-    {
-        ScriptedRandom random({~0x3FFF, 0x3FFF}); // 14 bits of each call are used
-        WCLevelSource source(&ScriptedRandom::Next);
-        EXPECT_EQ(source.Draw(3, 19), 7);
-    }
-    {
-        ScriptedRandom random({first, second});
-        WCLevelSource source(&ScriptedRandom::Next);
-        EXPECT_EQ(source.Draw(1, 19), 2); // 0 0 | 1
-        EXPECT_EQ(source.Draw(1, 2), 2);  // 0 2 0 0, 0 | 3: five, limited to 2; all of them are consumed
-        EXPECT_EQ(source.Draw(1, 19), 0);
-        EXPECT_EQ(ScriptedRandom::calls, 2u);
+        script.assign(numbers.rbegin(), numbers.rend());
+        WCLevelSource source(
+            []
+            {
+                const int next = script.back();
+                script.pop_back();
+                return next;
+            });
+        for (const auto& [selector, most, level] : draws)
+            EXPECT_EQ(source.Draw(selector, most), level);
+        EXPECT_TRUE(script.empty());
     }
 }
 

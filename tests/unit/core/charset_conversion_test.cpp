@@ -1,27 +1,21 @@
 #include "core/charset/charset_conversion.h"
 
 #include "core/system_values.h"
+#include "support/filled.h"
 
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string>
-#include <vector>
 
 using namespace qx;
 
 namespace
 {
-
-std::vector<wchar_t> Letters(std::size_t count)
-{
-    std::vector<wchar_t> text(count, L'x');
-    text.push_back(0);
-    return text;
-}
 
 // A buffer that reveals writes past its end.
 struct Destination
@@ -39,10 +33,10 @@ TEST(CharsetConversion, TextsAroundTheInlineSizeAndLongOnes)
     for (const std::size_t length : {0u, 63u, 64u, 1000u})
     {
         SCOPED_TRACE(length);
-        const std::vector<wchar_t> wide = Letters(length);
+        const String wide = qxtest::Filled(L'x', length);
         const std::string narrow(length, 'x');
-        EXPECT_EQ(clsCharsetConversionString(wide.data()).GetNarrow(), narrow);
-        EXPECT_STREQ(clsCharsetConversionString(narrow.c_str()).GetWide(), wide.data());
+        EXPECT_EQ(clsCharsetConversionString(wide.Text()).GetNarrow(), narrow);
+        EXPECT_STREQ(clsCharsetConversionString(narrow.c_str()).GetWide(), wide.Text());
     }
     std::string bytes;
     for (int i = 0; i < 63; ++i)
@@ -103,8 +97,7 @@ TEST(CharsetConversion, OutputFormDeliversCutAndTerminated)
         {
             clsCharsetConversionString output(destination.bytes.data(), capacity);
             EXPECT_EQ(wcslen(output.GetWide()), capacity - 1);
-            const std::vector<wchar_t> full = Letters(capacity - 1);
-            memcpy(output.WideBuffer(), full.data(), full.size() * sizeof(wchar_t));
+            *std::fill_n(output.WideBuffer(), capacity - 1, L'x') = 0;
         }
         EXPECT_EQ(strlen(destination.bytes.c_str()), capacity - 1);
         EXPECT_TRUE(destination.IsUntouchedFrom(capacity));

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <string_view>
 #include <thread>
 #include <tuple>
 
@@ -28,14 +29,6 @@ String Joined(const WCValSList<String>& pieces)
     for (const String& piece : pieces)
         joined += L"[" + piece + L"]";
     return joined;
-}
-
-String WithZero(const wchar_t* before, const wchar_t* after)
-{
-    String text(before);
-    text.Append(L"\0", 1);
-    text.Append(after);
-    return text;
 }
 
 class Recorder : public IclsRegExGSubCB
@@ -98,7 +91,7 @@ TEST(RegEx, FlagsReachTheEngineAndOthersAreIgnored)
 TEST(RegEx, StringFormSearchesPastZeros)
 {
     clsRegEx pattern(L"b", 0);
-    const String subject = WithZero(L"a", L"b");
+    const String subject(std::wstring_view(L"a\0b", 3));
     clsRegExMatchList matches;
     ASSERT_TRUE(pattern.Match(subject, &matches));
     EXPECT_EQ(matches[0].offset, 2U);
@@ -218,7 +211,7 @@ TEST(RegEx, QuotedTextMatchesItself)
     EXPECT_STREQ(clsRegEx::Quote(all).Text(), L"\\.\\|\\(\\)\\[\\^\\{\\+\\$\\*\\?\\\\]}-#x");
     clsRegEx pattern(L"^" + clsRegEx::Quote(all) + L"$", 0);
     EXPECT_TRUE(pattern.Match(all, nullptr));
-    EXPECT_EQ(clsRegEx::Quote(WithZero(L".", L".")).Length(), 5U);
+    EXPECT_EQ(clsRegEx::Quote(String(std::wstring_view(L".\0.", 3))).Length(), 5U);
 }
 
 // If the cost of a match grew with the length of the remaining text, this would take hours.
@@ -252,9 +245,8 @@ TEST(RegEx, ThreadsShareAnObject)
                 pattern.Free();
         }
     };
-    std::thread a(work, L"abc", L"123456");
-    std::thread b(work, L"x", L"9");
-    a.join();
-    b.join();
+    {
+        const std::jthread a(work, L"abc", L"123456"), b(work, L"x", L"9");
+    }
     EXPECT_EQ(wrong, 0);
 }

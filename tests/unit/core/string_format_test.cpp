@@ -2,6 +2,7 @@
 #include "core/text/string.h"
 #include "support/debug_lines.h"
 #include "support/developer_run.h"
+#include "support/filled.h"
 
 #include <windows.h>
 
@@ -11,20 +12,12 @@
 #include <tuple>
 
 using namespace qx;
-using qxtest::DebugLines;
-using qxtest::UserIs;
+using namespace qxtest;
 
 namespace
 {
 
 constexpr const wchar_t* kPrintfError = L"<printf format error>";
-
-String Letters(std::size_t count)
-{
-    String s;
-    s.Fill(L'x', count);
-    return s;
-}
 
 std::optional<std::size_t> EstimateOf(const wchar_t* format, ...)
 {
@@ -77,17 +70,17 @@ TEST(FormatTest, ResultReplacesTheText)
 
 TEST(FormatTest, ShortEstimatesCutAt99AndGiveZeroLongOnesGiveTheCountOrMinusOne)
 {
-    const String text = Letters(150);
+    const String text = Filled(L'x', 150);
     String s;
     EXPECT_EQ(s.Format(L"%Ts", text.Text()), 0);
     EXPECT_EQ(s.Length(), 99u);
-    EXPECT_EQ(s.Format(L"%s", Letters(99).Text()), 0);
+    EXPECT_EQ(s.Format(L"%s", Filled(L'x', 99).Text()), 0);
     EXPECT_EQ(s.Length(), 99u);
-    EXPECT_EQ(s.Format(L"%s", Letters(100).Text()), 100);
+    EXPECT_EQ(s.Format(L"%s", Filled(L'x', 100).Text()), 100);
     EXPECT_EQ(s.Format(L"%s", text.Text()), 150);
     EXPECT_EQ(s, text);
     EXPECT_EQ(s.Format(L"%f", 1.5), 8);
-    EXPECT_EQ(s.Format(L"%s%Ts", text.Text(), Letters(200).Text()), -1); // estimate 152
+    EXPECT_EQ(s.Format(L"%s%Ts", text.Text(), Filled(L'x', 200).Text()), -1); // estimate 152
     EXPECT_EQ(s.Length(), 152u);
 }
 
@@ -180,11 +173,9 @@ TEST(StringCaseTest, MapsTextsOfAnyLengthByTheLinguisticRules)
     EXPECT_STREQ(s.Text(), L"STRA\u00DFE \u00C4\u00D1\u0401");
     for (const std::size_t length : {199u, 200u, 5000u})
     {
-        String expected;
-        expected.Fill(L'A', length);
         s.Fill(L'a', length);
         s.LCMapString(LCMAP_UPPERCASE, 127); // uses the function for the invariant locale
-        EXPECT_EQ(s, expected) << length;
+        EXPECT_EQ(s, Filled(L'A', length)) << length;
     }
 }
 

@@ -16,19 +16,18 @@ namespace
 long long ticks = 0;
 BOOL hasCounter = TRUE;
 
-BOOL WINAPI ReadTicks(LARGE_INTEGER* value)
-{
-    value->QuadPart = ticks;
-    return hasCounter;
-}
-
-BOOL WINAPI ReadFrequency(LARGE_INTEGER* value)
-{
-    value->QuadPart = 10'000;
-    return TRUE;
-}
-
-constexpr DebugTimeSource::Counter kCounter = {&ReadTicks, &ReadFrequency};
+constexpr DebugTimeSource::Counter kCounter = {
+    [](LARGE_INTEGER* value)
+    {
+        value->QuadPart = ticks;
+        return hasCounter;
+    },
+    [](LARGE_INTEGER* value)
+    {
+        value->QuadPart = 10'000;
+        return BOOL{TRUE};
+    },
+};
 constexpr SYSTEMTIME kNoon = {2024, 2, 0, 5, 12, 34, 56, 789};
 
 } // namespace

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "diag/debug_channels.h"
+#include "support/filled.h"
 #include "support/log_lines.h"
 #include "support/temp_folder.h"
 
@@ -10,13 +11,6 @@
 
 namespace qxtest
 {
-
-inline qx::String Filled(wchar_t c, std::size_t count)
-{
-    qx::String text;
-    text.Fill(c, count);
-    return text;
-}
 
 class OwnOutput
 {

@@ -44,8 +44,7 @@ TEST(LogFile, HoldsPlainUnitsAndGrowsWhileSomebodyReads)
 {
     const TempFolder folder;
     const String path = folder.Make(L"log", "old");
-    const HANDLE reader = CreateFileW(path.Text(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE reader = OpenToRead(path, FILE_SHARE_READ | FILE_SHARE_WRITE);
     ASSERT_NE(reader, INVALID_HANDLE_VALUE);
     for (const bool isFlushed : {false, true})
         DebugLogFile(path, isFlushed).Append(L"a\u25A0", 2);
@@ -58,8 +57,7 @@ TEST(LogFile, ALineIsLostWhereTheFileIsLocked)
 {
     OwnOutput output;
     output.Write(nullptr, 0, L"before");
-    const HANDLE keeper =
-        CreateFileW(output.path.Text(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE keeper = OpenToRead(output.path);
     ASSERT_NE(keeper, INVALID_HANDLE_VALUE);
     const ULONGLONG begin = GetTickCount64();
     output.Write(nullptr, 1, L">lost");

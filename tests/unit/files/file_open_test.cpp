@@ -5,12 +5,14 @@
 #include "support/debug_lines.h"
 #include "support/developer_run.h"
 #include "support/fake_stream.h"
+#include "support/filled.h"
 #include "support/temp_folder.h"
 #include "unit/files/opened.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <tuple>
 #include <vector>
@@ -28,11 +30,7 @@ class ScriptedFile : public clsFileRW
 public:
     std::vector<DWORD> errors;
     HANDLE handle = nullptr;
-    struct Call
-    {
-        DWORD access, share, disposition, flags;
-        bool operator==(const Call&) const = default;
-    };
+    using Call = std::array<DWORD, 4>; // access, share, disposition, flags
     std::vector<Call> calls;
 
 protected:
@@ -44,20 +42,6 @@ protected:
         SetLastError(errors[calls.size() - 1]);
         return INVALID_HANDLE_VALUE;
     }
-};
-
-class FileLock : public testing::Test
-{
-protected:
-    // Returns true if another object could lock the range. The layer's tests cover locks between processes.
-    bool IsFree(DWORD offset, DWORD length)
-    {
-        Reader other(_path, FileShare::ReadWrite);
-        return LockFile(other.GetHandle(), offset, 0, length, 0) != FALSE;
-    }
-
-    TempFolder _folder;
-    String _path = _folder.Make(L"locked", "0123456789");
 };
 
 } // namespace
@@ -82,10 +66,8 @@ TEST(NameCheck, LooksAtTheLastComponent)
         {L"CON", L"dir\\CON", L"dir/NUL.txt", L"PRN.a", L"AUX", L"COM1", L"COM9.log", L"LPT1.log", L"", L"dir/",
             L"dir\\", L"a.", L"a ", L"a<b", L"a>b", L"a\"b", L"a|b", L"a?b", L"a*", L"a:b:c", L"a\x01z", L"a\tb"})
         EXPECT_FALSE(IsFileNameAllowed(name)) << testing::PrintToString(name);
-    String longName;
-    longName.Fill(L'x', 255);
-    EXPECT_TRUE(IsFileNameAllowed(longName));
-    EXPECT_FALSE(IsFileNameAllowed(longName + L"x"));
+    EXPECT_TRUE(IsFileNameAllowed(Filled(L'x', 255)));
+    EXPECT_FALSE(IsFileNameAllowed(Filled(L'x', 256)));
 
     ScriptedFile file;
     EXPECT_EQ(file.Open(L"CON", FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileData), -1);
@@ -174,14 +156,14 @@ TEST(FileOpen, SucceedsAtALaterAttempt)
     const String path = folder.Make(L"file", "bytes");
     ScriptedFile file;
     file.errors = {32, 32};
-    file.handle = CreateFileW(path.Text(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    file.handle = OpenToRead(path);
     EXPECT_EQ(file.Open(L"x", FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileData), 0);
     EXPECT_TRUE(file.IsOpen());
     EXPECT_EQ(file.calls.size(), 3U);
     EXPECT_EQ(file.GetSize(), 5);
     file.Close();
 
-    file.handle = CreateFileW(path.Text(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    file.handle = OpenToRead(path);
     {
         clsFile adopted(file.handle);
         EXPECT_EQ(adopted.GetSize(), 5);
@@ -202,18 +184,26 @@ TEST(FileClose, ReopeningClosesFirstAndDeletesWhatWasOpenedForThat)
     EXPECT_EQ(file.GetSize(), 2);
 }
 
-TEST_F(FileLock, HoldsUntilItIsGivenBack)
+TEST(FileLock, HoldsUntilItIsGivenBack)
 {
-    Reader file(_path, FileShare::ReadWrite);
+    const TempFolder folder;
+    const String path = folder.Make(L"locked", "0123456789");
+    // Returns true if another object could lock the range. The layer's tests cover locks between processes.
+    const auto isFree = [&path](DWORD offset, DWORD length)
+    {
+        Reader other(path, FileShare::ReadWrite);
+        return LockFile(other.GetHandle(), offset, 0, length, 0) != FALSE;
+    };
+    Reader file(path, FileShare::ReadWrite);
     const auto lock = file.Lock(4, 2);
     ASSERT_TRUE(lock && file.Lock(1000, 1)); // also past the end
-    EXPECT_FALSE(IsFree(5, 1));
-    EXPECT_TRUE(IsFree(6, 4) && IsFree(0, 4));
+    EXPECT_FALSE(isFree(5, 1));
+    EXPECT_TRUE(isFree(6, 4) && isFree(0, 4));
     file.Unlock(lock);
-    EXPECT_TRUE(IsFree(4, 2));
-    EXPECT_FALSE(IsFree(1000, 1));
+    EXPECT_TRUE(isFree(4, 2));
+    EXPECT_FALSE(isFree(1000, 1));
     file.Close(); // releases the remaining locks
-    EXPECT_TRUE(IsFree(1000, 1));
+    EXPECT_TRUE(isFree(1000, 1));
 }
 
 TEST(StreamLock, StreamWithoutLocksCountsAsLocked)
@@ -232,29 +222,17 @@ TEST(StreamLock, StreamWithoutLocksCountsAsLocked)
     }
 }
 
-namespace
-{
-
-unsigned long long fakeTicks; // in milliseconds
-
-unsigned long long WINAPI AdvancingTicks()
-{
-    return fakeTicks += 50;
-}
-
-} // namespace
-
 TEST(StreamLock, GivesUpAfterTenSeconds)
 {
     FakeStream stream;
     stream.lockResult = STG_E_LOCKVIOLATION;
     clsFile file(&stream);
-    fakeTicks = 0;
-    DecideTickSource(AdvancingTicks);
+    static unsigned long long ticks = 0; // in milliseconds
+    DecideTickSource([] { return ticks += 50; });
     EXPECT_FALSE(file.Lock(0, 1));
     DecideTickSource(GetTickCount64);
-    EXPECT_GE(fakeTicks, 10'000U);
-    EXPECT_LT(fakeTicks, 11'000U);
+    EXPECT_GE(ticks, 10'000U);
+    EXPECT_LT(ticks, 11'000U);
     EXPECT_GE(stream.lockTries, 3);
 }
 

@@ -23,28 +23,6 @@ using namespace qxtest;
 namespace
 {
 
-LARGE_INTEGER Distance(std::int64_t value)
-{
-    return {.QuadPart = value};
-}
-
-ULARGE_INTEGER Large(std::uint64_t value)
-{
-    return {.QuadPart = value};
-}
-
-// Fails from a given byte on, like a file that another process truncates in the meantime.
-class CutStream : public FakeStream
-{
-public:
-    std::uint64_t end = 0;
-    HRESULT STDMETHODCALLTYPE Read(void* buffer, ULONG count, ULONG* read) override
-    {
-        const std::uint64_t left = position < end ? end - position : 0;
-        return FakeStream::Read(buffer, static_cast<ULONG>(std::min<std::uint64_t>(count, left)), read);
-    }
-};
-
 class FileStream : public testing::Test
 {
 protected:
@@ -152,11 +130,11 @@ TEST(File, ClosedObjectsFail)
     ULONG count = 9;
     EXPECT_EQ(stream->Read(buffer, 2, &count), E_HANDLE);
     EXPECT_EQ(count, 0U);
-    EXPECT_EQ(stream->Write(buffer, 2, &count), E_HANDLE);
-    EXPECT_EQ(stream->Seek(Distance(0), STREAM_SEEK_SET, nullptr), E_HANDLE);
-    EXPECT_EQ(stream->SetSize(Large(0)), E_HANDLE);
+    for (const HRESULT result : {stream->Write(buffer, 2, &count), stream->SetSize({.QuadPart = 0}),
+             stream->Seek({.QuadPart = 0}, STREAM_SEEK_SET, nullptr)})
+        EXPECT_EQ(result, E_HANDLE);
     EXPECT_EQ(stream->Commit(0), E_FAIL);
-    EXPECT_EQ(stream->LockRegion(Large(0), Large(1), LOCK_EXCLUSIVE), E_NOTIMPL);
+    EXPECT_EQ(stream->LockRegion({.QuadPart = 0}, {.QuadPart = 1}, LOCK_EXCLUSIVE), E_NOTIMPL);
     STATSTG record = {};
     EXPECT_EQ(stream->Stat(&record, STATFLAG_NONAME), 2);
 }
@@ -237,7 +215,7 @@ TEST(File, PositionsFrom4GB)
     EXPECT_EQ(file.Tell(), -1);
     file.Reserve(5);
     EXPECT_EQ(file.GetSize(), kFar + 5);
-    EXPECT_EQ(file.SetSize(Large(kFar + 20)), S_OK);
+    EXPECT_EQ(file.SetSize({.QuadPart = kFar + 20}), S_OK);
     EXPECT_EQ(file.WriteBytes("here"), 4);
     char buffer[5] = {};
     file.Seek(kFar);
@@ -280,14 +258,12 @@ TEST(FileCopy, CopiesTheRemainderAndEndsThere)
 
 TEST(FileCopy, FailsWhereReadingOrWritingFails)
 {
-    CutStream cut;
-    cut.bytes = "0123456789";
-    cut.end = 5;
-    clsFile source(&cut);
-    FakeStream stream;
-    clsFile target(&stream), nowhere;
+    FakeStream from, stream;
+    from.bytes = "0123456789";
+    from.readLimit = 0; // as if another process had truncated the file
+    clsFile source(&from), target(&stream), nowhere;
     EXPECT_FALSE(target.CopyFrom(source));
-    cut.end = 10;
+    from.readLimit = 10;
     stream.writeLimit = 3;
     for (clsFile* to : {&target, &nowhere})
     {
@@ -312,11 +288,11 @@ TEST_F(FileStream, ReadAndSeek)
         {std::tuple(3, STREAM_SEEK_SET, 3u), {4, STREAM_SEEK_CUR, 7u}, {-5, STREAM_SEEK_CUR, 2u},
             {-1, STREAM_SEEK_END, 9u}, {5, STREAM_SEEK_END, 15u}, {-99, STREAM_SEEK_CUR, 15u}})
     {
-        EXPECT_EQ(stream->Seek(Distance(distance), static_cast<DWORD>(origin), &position), S_OK);
+        EXPECT_EQ(stream->Seek({.QuadPart = distance}, static_cast<DWORD>(origin), &position), S_OK);
         EXPECT_EQ(position.QuadPart, expected) << distance;
     }
-    EXPECT_EQ(stream->Seek(Distance(0), 3, &position), E_INVALIDARG);
-    EXPECT_EQ(stream->Seek(Distance(1), STREAM_SEEK_SET, nullptr), S_OK);
+    EXPECT_EQ(stream->Seek({.QuadPart = 0}, 3, &position), E_INVALIDARG);
+    EXPECT_EQ(stream->Seek({.QuadPart = 1}, STREAM_SEEK_SET, nullptr), S_OK);
     EXPECT_EQ(file.Tell(), 1);
 }
 
@@ -334,7 +310,7 @@ TEST_F(FileStream, OnlyARWWrites)
         EXPECT_EQ(stream->Write("ab", 2, &written), result);
         EXPECT_EQ(written, count);
     }
-    EXPECT_EQ(readOnly.SetSize(Large(2)), E_ACCESSDENIED);
+    EXPECT_EQ(readOnly.SetSize({.QuadPart = 2}), E_ACCESSDENIED);
     EXPECT_EQ(file.Commit(0), S_OK);
     EXPECT_EQ(BytesOf(_path), "ab23456789");
 }
@@ -347,12 +323,12 @@ TEST_F(FileStream, SetSizeKeepsThePositionOrGoesToTheStart)
     file.Seek(4);
     for (const auto& [size, position] : {std::pair(20, 4), {5, 4}, {4, 0}})
     {
-        EXPECT_EQ(stream->SetSize(Large(static_cast<std::uint64_t>(size))), S_OK);
+        EXPECT_EQ(stream->SetSize({.QuadPart = static_cast<std::uint64_t>(size)}), S_OK);
         EXPECT_EQ(file.GetSize(), size);
         EXPECT_EQ(file.Tell(), position);
     }
     // A size that no file can have doesn't truncate the file.
-    EXPECT_EQ(stream->SetSize(Large(~std::uint64_t{0})), E_INVALIDARG);
+    EXPECT_EQ(stream->SetSize({.QuadPart = ~std::uint64_t{0}}), E_INVALIDARG);
     EXPECT_EQ(file.GetSize(), 4);
 }
 
@@ -362,10 +338,10 @@ TEST_F(FileStream, LockRegionsExcludeOtherHandles)
     clsFileRW other;
     OpenAs(file);
     OpenAs(other);
-    EXPECT_EQ(file.LockRegion(Large(2), Large(3), LOCK_EXCLUSIVE), S_OK);
-    EXPECT_EQ(other.LockRegion(Large(4), Large(1), LOCK_EXCLUSIVE), E_NOTIMPL);
-    EXPECT_EQ(file.UnlockRegion(Large(2), Large(3), LOCK_EXCLUSIVE), S_OK);
-    EXPECT_EQ(file.UnlockRegion(Large(2), Large(3), LOCK_EXCLUSIVE), E_NOTIMPL);
+    EXPECT_EQ(file.LockRegion({.QuadPart = 2}, {.QuadPart = 3}, LOCK_EXCLUSIVE), S_OK);
+    EXPECT_EQ(other.LockRegion({.QuadPart = 4}, {.QuadPart = 1}, LOCK_EXCLUSIVE), E_NOTIMPL);
+    EXPECT_EQ(file.UnlockRegion({.QuadPart = 2}, {.QuadPart = 3}, LOCK_EXCLUSIVE), S_OK);
+    EXPECT_EQ(file.UnlockRegion({.QuadPart = 2}, {.QuadPart = 3}, LOCK_EXCLUSIVE), E_NOTIMPL);
 }
 
 TEST_F(FileStream, Stat)
@@ -399,7 +375,7 @@ TEST_F(FileStream, HeldStreamDoesTheWorkWhateverTheType)
     ULONG count = 0;
     EXPECT_EQ(stream->Write("abcdef", 6, &count), S_OK);
     EXPECT_EQ(count, 6U);
-    EXPECT_EQ(stream->SetSize(Large(3)), S_OK);
+    EXPECT_EQ(stream->SetSize({.QuadPart = 3}), S_OK);
     EXPECT_EQ(fake.bytes, "abc");
     EXPECT_EQ(stream->Revert(), STG_E_REVERTED);
     EXPECT_EQ(stream->Clone(nullptr), STG_E_UNIMPLEMENTEDFUNCTION);
@@ -450,13 +426,13 @@ TEST_F(FileStream, OperationsAreTracedInDevelopersRuns)
     const auto operate = [&]
     {
         static_cast<IStream&>(file).Read(buffer, 20, nullptr);
-        file.Seek(Distance(-1), STREAM_SEEK_END, nullptr);
-        file.SetSize(Large(5));
-        held.CopyTo(&fake, Large(8), nullptr, nullptr);
+        file.Seek({.QuadPart = -1}, STREAM_SEEK_END, nullptr);
+        file.SetSize({.QuadPart = 5});
+        held.CopyTo(&fake, {.QuadPart = 8}, nullptr, nullptr);
         held.Commit(2);
         file.Revert();
-        held.LockRegion(Large(1), Large(2), LOCK_EXCLUSIVE);
-        held.UnlockRegion(Large(1), Large(2), LOCK_EXCLUSIVE);
+        held.LockRegion({.QuadPart = 1}, {.QuadPart = 2}, LOCK_EXCLUSIVE);
+        held.UnlockRegion({.QuadPart = 1}, {.QuadPart = 2}, LOCK_EXCLUSIVE);
         static_cast<IStream&>(held).Write("ab", 2, nullptr);
     };
     operate();

@@ -14,9 +14,7 @@
 #include <vector>
 
 using namespace qx;
-using qxtest::DebugLines;
-using qxtest::FakeStream;
-using qxtest::TempFolder;
+using namespace qxtest;
 
 namespace
 {
@@ -73,7 +71,7 @@ TEST(AllocationCount, FollowsTheObjectsOfAllThreads)
     struct Thing : clsAllocationCountVerifier<Thing, 3>
     {
     };
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (int i = 0; i < 4; ++i)
         threads.emplace_back(
             []
@@ -84,8 +82,7 @@ TEST(AllocationCount, FollowsTheObjectsOfAllThreads)
                     const Thing copy = thing;
                 }
             });
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.clear(); // waits for them
     EXPECT_EQ(Thing::LivingObjects(), 0);
     EXPECT_GE(Thing::MostLivingObjects(), 2);
     EXPECT_LE(Thing::MostLivingObjects(), 8);
@@ -95,11 +92,7 @@ TEST(HandleHolder, ClosesWhatIsItsOwn)
 {
     const TempFolder folder;
     const String path = folder.Make(L"file", "abc");
-    const auto open = [&path]
-    {
-        return CreateFileW(path.Text(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
-    };
-    const HANDLE own = open(), foreign = open();
+    const HANDLE own = OpenToRead(path, FILE_SHARE_READ), foreign = OpenToRead(path, FILE_SHARE_READ);
     {
         clsGenericHandleObjectAutoRelease a(own, true), b(foreign, false), none(INVALID_HANDLE_VALUE, true);
         EXPECT_TRUE(a.IsValid());

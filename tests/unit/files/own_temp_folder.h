@@ -14,7 +14,6 @@ public:
         for (const wchar_t* variable : {L"TMPDIR", L"TMP", L"TEMP"})
             SetEnvironmentVariableW(variable, Path());
     }
-    ~OwnTempFolder() { RemoveDirectoryW(Path(L"trelmo")); }
 };
 
 // Returns the temp folder of this program.

@@ -5,6 +5,7 @@
 #include "files/folder_tokens.h"
 #include "files/path_separator.h"
 #include "files/temp_files.h"
+#include "support/filled.h"
 #include "support/own_settings.h"
 #include "support/variable.h"
 #include "unit/files/own_temp_folder.h"
@@ -55,9 +56,7 @@ TEST(Paths, Parts)
         EXPECT_STREQ(GetPathExtension(path).Text(), extension);
     }
     // A text that doesn't fit produces an empty result and no overrun.
-    String longName;
-    longName.Fill(L'n', 5000);
-    EXPECT_STREQ(GetPathName(longName).Text(), L"");
+    EXPECT_STREQ(GetPathName(Filled(L'n', 5000)).Text(), L"");
 }
 
 TEST(Paths, Classes)
@@ -71,7 +70,6 @@ TEST(Paths, Classes)
         {L"FILE:", PathClass::Missing}};
     for (const auto& [path, expected] : cases)
         EXPECT_EQ(ClassifyPath(path), expected) << ::testing::PrintToString(path.Text());
-    EXPECT_TRUE(DeleteFileW(file));
 }
 
 TEST(Paths, NormalForm)
@@ -92,8 +90,7 @@ TEST(Paths, FolderTokens)
     const OwnSettings settings;
     settings.Set(HKEY_CURRENT_USER, L"Qxut My Folder 1", L"/shell folder",
         L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders");
-    String longValue;
-    longValue.Fill(L'v', 700);
+    const String longValue = Filled(L'v', 700);
     const Variable token(L"QXUT_TEST_TOKEN", L"value"), longToken(L"QXUT_TEST_LONG", longValue);
     const std::pair<const wchar_t*, String> cases[] = {{L"plain", L"plain"}, {L"%QXUT_TEST_TOKEN%/x", L"value/x"},
         {L"%Qxut My Folder 1%/x", L"/shell folder/x"}, {L"%qxut MY folder 1%", L"/shell folder"},
@@ -125,16 +122,13 @@ TEST(Paths, ListedAndLookedAt)
     EXPECT_FALSE(GetFileData(folder + L"/missing/too", data));
     EXPECT_TRUE(GetFileData(folder, data));
     EXPECT_NE(data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY, 0u);
-    EXPECT_TRUE(RemoveDirectoryW(folder + L"/sub"));
 }
 
 TEST(TempFiles, FallIntoTheTempFolderWithoutASubfolder)
 {
-    const String obstacle = temp.Make(L"obstacle", "");
+    temp.Make(L"obstacle", "");
     const String name = MakeTempFile(L"obstacle\\below", L"x", L"tmp", nullptr);
     EXPECT_STREQ(GetPathDirectory(name).Text(), GetTempFolder(true).Text());
-    EXPECT_TRUE(DeleteFileW(name));
-    EXPECT_TRUE(DeleteFileW(obstacle));
 }
 
 TEST(TempFiles, StaleOnesAreTakenOver)
@@ -163,5 +157,5 @@ TEST(TempFiles, StaleOnesAreTakenOver)
     holder.Release();
     EXPECT_FALSE(Exists(NumberedFile(L"11")));
     for (const wchar_t* digits : {L"10", L"12", L"13"})
-        EXPECT_TRUE(DeleteFileW(NumberedFile(digits)));
+        EXPECT_TRUE(Exists(NumberedFile(digits)));
 }

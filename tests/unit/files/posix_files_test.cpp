@@ -81,8 +81,6 @@ TEST(Folder, EntriesAreReplacedAndLinksAreNot)
     EXPECT_TRUE(CreateLink(folder, L"link", "new/target"));
     EXPECT_EQ(LinkTargetOf(own.Path(L"link")), "new/target");
     EXPECT_EQ(LinkTargetOf(other), std::nullopt);
-    fs::remove(NativePath(own.Path(L"link")));
-    fs::remove(NativePath(own.Path(L"folder")));
 }
 
 // Without a check, these opens would block, reads would never end, or written data would be lost.
@@ -132,14 +130,12 @@ TEST(TempFiles, AreForTheirUserAlone)
         EXPECT_STREQ(MakeTempFile(L"trelmo", prefix, extension, nullptr).Text(), L"");
 
     // A link in the place of the folder isn't followed.
-    fs::remove(NativePath(GetTempSubfolder()));
+    fs::remove_all(NativePath(GetTempSubfolder()));
     const TempFolder elsewhere;
     fs::create_directory_symlink(NativePath(elsewhere.Path()), NativePath(GetTempSubfolder()));
     const String beside = MakeTempFile(L"trelmo", L"x", L"tmp", nullptr);
     EXPECT_STREQ(beside.Left(GetTempFolder(true).Length()).Text(), GetTempFolder(true).Text());
     EXPECT_TRUE(fs::is_empty(NativePath(elsewhere.Path())));
-    EXPECT_TRUE(DeleteFileW(beside));
-    fs::remove(NativePath(GetTempSubfolder()));
 }
 
 TEST(TempFiles, RemovalAndSweepTouchNoTargetsAndWaitForNoPipes)

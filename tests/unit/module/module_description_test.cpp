@@ -3,6 +3,7 @@
 #include "module/module_image.h"
 #include "module/module_paths.h"
 #include "module/version_block.h"
+#include "support/filled.h"
 #include "support/temp_folder.h"
 
 #include <windows.h>
@@ -258,9 +259,7 @@ TEST(ModuleDescription, OfFilesByTheirNames)
     ASSERT_TRUE(CopyFileW(ModulePath(nullptr), copy, FALSE));
     EXPECT_STREQ(GetFileVersionValue(copy, L"CompanyName"), L"trelmo tests");
     EXPECT_STREQ(GetFileVersionValue(copy, L"InternalName"), L"");
-    String longKey;
-    longKey.Fill(L'k', 200);
-    EXPECT_STREQ(GetFileVersionValue(copy, longKey), L"");
+    EXPECT_STREQ(GetFileVersionValue(copy, Filled(L'k', 200)), L"");
     String description(L"before");
     String company;
     EXPECT_STREQ(GetFileVersionText(copy, &description, &company), L"1.2.3.4");

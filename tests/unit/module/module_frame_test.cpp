@@ -7,6 +7,8 @@
 #include "module/language.h"
 #include "module/module_paths.h"
 #include "support/debug_lines.h"
+#include "support/filled.h"
+#include "support/own_settings.h"
 
 #include <gtest/gtest.h>
 
@@ -98,8 +100,7 @@ TEST_F(ModuleFrame, StepsRunWhileTheLibraryIsKnown)
 TEST(Assertion, TextIsCutAt80Characters)
 {
     EXPECT_STREQ(AssertionText(L"a < b", L"f.cpp", 4000000000u), L"line 4000000000 in file f.cpp:\n\"a < b\"");
-    String expression;
-    expression.Fill(L'x', 300);
+    const String expression = qxtest::Filled(L'x', 300);
     const String whole = String(L"line 1 in file f:\n\"") + expression;
     EXPECT_STREQ(AssertionText(expression, L"f", 1), whole.Left(80));
 }
@@ -187,15 +188,11 @@ TEST_F(Environment, NobodyIsThereWithoutAScreen)
 #else
 TEST_F(Environment, TheRegistryCanSilenceAProgram)
 {
-    HKEY key = nullptr;
-    ASSERT_EQ(
-        RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"Software\\trelmo", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr),
-        ERROR_SUCCESS);
-    const auto set = [key](const String& names)
+    const qxtest::OwnSettings settings;
+    const auto set = [&settings](const String& names)
     {
         ForgetEnvironment();
-        RegSetValueExW(key, L"NonInteractiveApps", 0, REG_SZ, reinterpret_cast<const BYTE*>(names.Text()),
-            static_cast<DWORD>((names.Length() + 1) * sizeof(wchar_t)));
+        EXPECT_TRUE(settings.Set(HKEY_LOCAL_MACHINE, L"NonInteractiveApps", names));
     };
     const bool isInteractive = GetOSEnvironmentType() == EnvironmentType::Interactive;
     set(L"other;" + ProcessBaseName() + L"x");
@@ -208,8 +205,6 @@ TEST_F(Environment, TheRegistryCanSilenceAProgram)
     EXPECT_FALSE(GetUIInteractionAllowed());
     EXPECT_STREQ(lines.Only(), L"suppressed UI interaction: application '" + ProcessBaseName() +
                                    L"' forced to be UI inactive by registry key");
-    RegDeleteValueW(key, L"NonInteractiveApps");
-    RegCloseKey(key);
 }
 #endif
 
@@ -231,11 +226,7 @@ TEST(Language, CodesBySublanguageAndByLanguage)
         {4, 2, 9}, {4, 1, 48}, {4, 3, 1}, {4, 0, 1},          // Chinese only with two
         {10, 9, 130}, {10, 1, 37}, {22, 1, 129}, {22, 2, 31}, // Spanish, Portuguese
         {26, 3, 36}, {26, 2, 42}, {26, 1, 10}, {26, 0, 10},   // Croatian and Serbian
-        {1, 1, 2}, {2, 1, 6}, {3, 1, 8}, {5, 1, 11}, {6, 1, 12}, {8, 1, 19}, {11, 1, 17}, {12, 1, 18}, {13, 1, 20},
-        {14, 1, 21}, {15, 1, 22}, {16, 1, 24}, {17, 1, 25}, {18, 1, 26}, {19, 1, 13}, {20, 1, 29}, {21, 1, 30},
-        {24, 1, 32}, {25, 1, 33}, {27, 1, 34}, {28, 1, 4}, {29, 1, 38}, {30, 1, 39}, {31, 1, 40}, {33, 1, 23},
-        {34, 1, 41}, {35, 1, 7}, {36, 1, 35}, {37, 1, 14}, {38, 1, 27}, {39, 1, 28}, {41, 1, 16}, {45, 1, 5},
-        {54, 1, 3}, {56, 1, 15}, {0, 1, 1}, {23, 1, 1}, {32, 1, 1}, {57, 1, 1}, {0x3FF, 0x3F, 1}};
+        {1, 1, 2}, {19, 1, 13}, {56, 1, 15}, {0, 1, 1}, {23, 1, 1}, {57, 1, 1}, {0x3FF, 0x3F, 1}};
     for (const auto& [primary, sublanguage, code] : cases)
         EXPECT_EQ(LanguageCode(static_cast<LANGID>(sublanguage << 10 | primary)), code)
             << primary << ", " << sublanguage;

@@ -2,10 +2,7 @@
 #pragma once
 
 #include "files/file.h"
-
-#include <windows.h>
-
-#include <combaseapi.h>
+#include "support/memory_stream.h"
 
 #include <cstdint>
 #include <string>
@@ -18,14 +15,7 @@ namespace qxtest
 class MemoryFile : public qx::clsFileRW
 {
 public:
-    explicit MemoryFile(std::string_view bytes = {})
-    {
-        qx::clsAutoRelease<IStream*> stream;
-        CreateStreamOnHGlobal(nullptr, TRUE, stream.Receive());
-        AttachStream(stream.Get());
-        Write(bytes.data(), bytes.size());
-        Seek(0);
-    }
+    explicit MemoryFile(std::string_view bytes = {}) { AttachStream(MemoryStream(bytes)); }
 
     using clsFile::Read;
     using clsFile::Seek;

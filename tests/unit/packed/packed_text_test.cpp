@@ -6,7 +6,6 @@
 #include "support/zlib_reference.h"
 #include "unit/packed/memory_file.h"
 
-#include <cstring>
 #include <random>
 #include <string>
 #include <utility>
@@ -84,21 +83,6 @@ TEST(PackedText, ImageOfTheCompressedForm)
         clsBlowfish("key").Encode(reinterpret_cast<unsigned char*>(image.data()), image.size());
         EXPECT_TRUE(Pack(data, true, L"key") == Text(L"@2@", image)) << data.size();
     }
-}
-
-TEST(PackedText, RoundTripsUnderEachForm)
-{
-    std::mt19937 random(3);
-    for (const std::size_t size : {1, 2, 3, 7, 8, 9, 11, 12, 13, 64, 4095, 100000})
-        for (const bool compress : {false, true})
-            for (const wchar_t* key : {L"", L"pass phrase", L"p\u00E4ss"})
-            {
-                // An encrypted image of 8 to 11 bytes is never decrypted.
-                if (!compress && *key && size >= 8 && size < 12)
-                    continue;
-                const std::string data = RandomBytes(random, size);
-                EXPECT_EQ(Unpack(Pack(data, compress, key), key), data) << size << compress;
-            }
 }
 
 TEST(PackedText, TakesTheWholeSourceAndNothingOfNothing)

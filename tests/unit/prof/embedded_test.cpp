@@ -41,5 +41,4 @@ TEST(ProfEmbedded, WhatIsLogged)
         EXPECT_EQ(lines.Count(), test.result == 1 ? 0u : 1u);
     }
     EXPECT_FALSE(Exists(folder.Path(L"a"))) << "what can't be unpacked takes its file away";
-    RemoveDirectoryW(folder.Path(L"taken"));
 }

@@ -1,8 +1,12 @@
+// What jobs load and save: text by the code page, files in use, targets that are too small, packed images.
 #include "core/system_values.h"
+#include "core/ticks.h"
+#include "files/handle_holder.h"
 #include "prof/output.h"
 #include "prof/packed_form.h"
 #include "prof/path.h"
 #include "support/fake_stream.h"
+#include "support/temp_folder.h"
 #include "unit/prof/job_support.h"
 
 #include <algorithm>
@@ -12,21 +16,9 @@
 using namespace qx;
 using namespace qxtest;
 
-namespace
-{
-
-struct CodePageScope
-{
-    explicit CodePageScope(unsigned codePage) { defaultCodePage = codePage; }
-    ~CodePageScope() { defaultCodePage = before; }
-
-    const unsigned before = DefaultCodePage();
-};
-
-} // namespace
-
 TEST(ProfReader, EightBitTextByTheCodePage)
 {
+    const unsigned before = DefaultCodePage();
     const std::tuple<unsigned, const char*, const wchar_t*> cases[] = {
         {1252, "[/]\ngr\xFC\xDF=\x80\n", L"gr\u00FC\u00DF=\u20AC;"},
         {1251, "[/]\n\xEF\xF0=\xFF\n", L"\u043F\u0440=\u044F;"},
@@ -34,13 +26,40 @@ TEST(ProfReader, EightBitTextByTheCodePage)
         {932, "[/]\n\x83\x5B=\x83\x7D\n[\x83\x5B]\n", L"\u30BC=\u30DE;[\u30BC]{}"}};
     for (const auto& [codePage, bytes, tree] : cases)
     {
-        const CodePageScope scope(codePage);
+        defaultCodePage = codePage;
         const MemoryStream stream(bytes);
         clsFileRO file(stream);
         const JobHolder job = NewJob();
         EXPECT_TRUE(job->Load(file));
         EXPECT_STREQ(Tree(job->Root()), tree) << codePage;
     }
+    defaultCodePage = before;
+}
+
+// A file that another program has open is tried for ten seconds.
+TEST(ProfFile, OpenElsewhere)
+{
+    static unsigned long long ticks; // in milliseconds
+    const auto secondsOf = [](const auto& operation)
+    {
+        ticks = 0;
+        DecideTickSource([] { return ticks += 1000; });
+        operation();
+        DecideTickSource(GetTickCount64);
+        return static_cast<double>(ticks) / 1000;
+    };
+    const TempFolder folder;
+    const String path = folder.Make(L"file", "[/]\na=1\n");
+    clsGenericHandleObjectAutoRelease keeper(OpenToRead(path), true);
+    for (const ProfMode mode : {ProfMode::Read, ProfMode::Hold})
+    {
+        const JobHolder job = NewJob(mode);
+        EXPECT_NEAR(secondsOf([&] { job->Open(path); }), 11, 1);
+        EXPECT_EQ(job->Error(), kProfLocked);
+    }
+    EXPECT_NEAR(secondsOf([&] { EXPECT_EQ(NewJob()->Save(path, 0), kProfCannotWrite); }), 11, 1);
+    keeper.Release();
+    EXPECT_EQ(BytesOf(path), "[/]\na=1\n");
 }
 
 TEST(ProfStream, TargetWithoutRoomKeepsWhatItHolds)

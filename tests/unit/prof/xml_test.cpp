@@ -3,7 +3,6 @@
 #include "support/debug_lines.h"
 #include "unit/prof/job_support.h"
 
-#include <algorithm>
 #include <chrono>
 #include <random>
 #include <tuple>
@@ -336,36 +335,6 @@ TEST(ProfXfdf, LongAndDeepNamesComeBackOrAreRefused)
     const JobHolder job = tree(4000, 20, 1);
     EXPECT_EQ(job->Serialise(MemoryStream(), 2), kProfWriteFailed);
     EXPECT_EQ(job->Serialise(MemoryStream(), 1), kProfOk);
-}
-
-TEST(ProfForms, DamageGivesATreeOrTheError)
-{
-    const JobHolder sample = SampleJob();
-    for (const unsigned form : {0u, 1u, 2u, kProfSavePacked})
-    {
-        const std::string whole = Saved(sample, form);
-        const auto load = [form](const std::string& bytes)
-        {
-            const MemoryStream stream(bytes);
-            clsFileRO file(stream);
-            const JobHolder job = NewJob();
-            const bool isLoaded = job->Load(file);
-            if (form != kProfSavePacked) // without a checksum some bytes are decoded, perhaps only a few
-            {
-                EXPECT_EQ(job->Error(), isLoaded || bytes.size() < 4 ? kProfOk : kProfMalformed);
-            }
-            // Any tree can be written.
-            EXPECT_EQ(job->Serialise(MemoryStream(), 1), kProfOk);
-        };
-        for (std::size_t size = 0; size < whole.size(); ++size)
-            load(whole.substr(0, size));
-        for (std::size_t bit = 0; bit < whole.size() * 8; bit += 3)
-        {
-            std::string flipped = whole;
-            flipped[bit / 8] = static_cast<char>(flipped[bit / 8] ^ 1 << bit % 8);
-            load(flipped);
-        }
-    }
 }
 
 // Random trees without replaceable characters, with empty and repeated names, survive conversion from form to form.

@@ -8,11 +8,9 @@
 #include "support/debug_lines.h"
 
 #include <gmock/gmock.h>
-#include <wchar.h>
 
 #include <algorithm>
 #include <atomic>
-#include <cstdarg>
 #include <cstdlib>
 #include <iterator>
 #include <string>
@@ -91,29 +89,17 @@ struct WalkFromProbe
 
 void Walk(void* user)
 {
-    class Output final : public clsDebugOutput
-    {
-    public:
-        explicit Output(std::vector<std::string>& lines) : _lines(lines) {}
-        void Print(const wchar_t* format, ...) override
-        {
-            va_list arguments;
-            va_start(arguments, format);
-            wchar_t line[1000];
-            _vsnwprintf(line, std::size(line), format, arguments);
-            va_end(arguments);
-            _lines.push_back(String(line).NarrowText());
-        }
-
-    private:
-        std::vector<std::string>& _lines;
-    };
     auto& walk = *static_cast<WalkFromProbe*>(user);
     const StackTraceListPtr frames = KnownFunction(*walk.job, 1);
-    Output output(walk.lines);
-    for (const DBGStackTraceItem* const item : frames->Records())
-        if (std::string(item->symbol).find(walk.function) != std::string::npos)
-            return PrintFrame(*item, output);
+    const auto& records = frames->Records();
+    const auto found = std::find_if(records.begin(), records.end(),
+        [&](const DBGStackTraceItem* item)
+        { return std::string(item->symbol).find(walk.function) != std::string::npos; });
+    ASSERT_NE(found, records.end());
+    const qxtest::DebugLines output;
+    PrintFrame(**found, clsDebugOutput_qvx_debug::Instance());
+    for (const auto& entry : output.Entries())
+        walk.lines.emplace_back(entry.text.NarrowText());
 }
 
 TEST(DebugHelpJob, ShowsParametersAndLocals)

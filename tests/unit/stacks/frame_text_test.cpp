@@ -1,10 +1,10 @@
-#include "core/text/text_format.h"
 #include "stacks/frame_text.h"
 #include "stacks/frame_variables.h"
+#include "support/debug_lines.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdarg>
+#include <cstring>
 #include <string>
 
 using namespace qx;
@@ -12,28 +12,14 @@ using namespace qx;
 namespace
 {
 
-class TakenOutput final : public clsDebugOutput
-{
-public:
-    void Print(const wchar_t* format, ...) override
-    {
-        wchar_t line[2000];
-        va_list arguments;
-        va_start(arguments, format);
-        _vsnwprintf(line, 1999, format, arguments);
-        va_end(arguments);
-        line[1999] = 0;
-        text += String(line).NarrowText();
-    }
-
-    std::string text;
-};
-
 std::string TextOf(const DBGStackTraceItem& item)
 {
-    TakenOutput output;
-    PrintFrame(item, output);
-    return output.text;
+    const qxtest::DebugLines lines;
+    PrintFrame(item, clsDebugOutput_qvx_debug::Instance());
+    std::string text;
+    for (const auto& entry : lines.Entries())
+        text += entry.text.NarrowText();
+    return text;
 }
 
 DBGStackTraceItem Item()

@@ -1,12 +1,10 @@
-// The job dispatcher: lists, workers, the paths of a job; and the wrapper of the system's thread pool.
+// The job dispatcher: lists, workers, and the paths of a job.
 #include "support/test_jobs.h"
 #include "threads/port_job_dispatcher.h"
 #include "threads/processor_count.h"
-#include "threads/system_thread_pool.h"
 #include "threads_support.h"
 
 #include <memory>
-#include <mutex>
 #include <thread>
 #include <tuple>
 #include <vector>
@@ -267,103 +265,6 @@ TEST_F(JobDispatcher, AReleaseMayTakeAnyTime)
     aborted.AddJob(MakeJob(slowAtItsEnd(4), &host));
     aborted.Abort(0);
     EXPECT_TRUE(othersWentOn);
-}
-
-// A dispatcher that never gets a worker.
-TEST_F(JobDispatcher, WithoutWorkersTheCallerRunsTheJobs)
-{
-    class NoWorkers : public clsThreadedJobDispatcher
-    {
-    public:
-        NoWorkers() : clsThreadedJobDispatcher(1) {}
-        void AddJob(ThreadedJobs job) override { job.MoveAt(0, _queued); }
-        ThreadedJobs GetFinishedJob() override
-        {
-            ThreadedJobs first;
-            _finished.MoveAt(0, first);
-            return first;
-        }
-        void JobCompleted(clsUTThreadedJob& job) override { MoveRunning(job, _finished); }
-        clsUTThreadedJob* GetNextJob() override { return nullptr; }
-
-    protected:
-        bool MayLackWorkers() const override { return true; }
-        void ForgetWorkers() override {}
-    } pool;
-    for (int i = 0; i < 3; ++i)
-        pool.AddJob(MakeJob(new TestJob(counts), nullptr));
-    pool.Finalize(&host);
-    EXPECT_EQ(counts.runs, 3);
-    EXPECT_EQ(counts.told, 3);
-    pool.AddJob(MakeJob(new TestJob(counts), nullptr));
-    pool.Close();
-    EXPECT_EQ(counts.runs, 3);
-}
-
-class Once final : public clsThreadPoolWorkerBaseRunOnce
-{
-public:
-    Once(clsThreadPool& pool, std::function<void(Once&)> run)
-        : clsThreadPoolWorkerBaseRunOnce(pool),
-          _run(std::move(run))
-    {
-        Submit();
-    }
-    ~Once() override { Finish(); }
-
-    void Run() override { _run(*this); }
-    using clsThreadPoolWorkerBaseRunOnce::MayRunLong;
-
-private:
-    const std::function<void(Once&)> _run;
-};
-
-// Three callbacks that wait for each other, which requires a thread for each.
-TEST(SystemThreadPool, TheEndWaitsForWhatRuns)
-{
-    clsThreadPool pool;
-    ASSERT_TRUE(pool);
-    std::atomic<int> runs = 0, ended = 0;
-    {
-        const auto meet = [&](Once& self)
-        {
-            self.MayRunLong();
-            ++runs;
-            EXPECT_TRUE(WaitUntil([&] { return runs == 3; }));
-            Sleep(30);
-            ++ended;
-        };
-        const Once first(pool, meet), second(pool, meet), third(pool, meet);
-        EXPECT_TRUE(WaitUntil([&] { return runs == 3; }));
-    }
-    EXPECT_EQ(ended, 3);
-}
-
-// Before the pool ends, and while the pool's end waits for it.
-TEST(SystemThreadPool, MayDeleteItself)
-{
-    for (const DWORD pause : {0u, 50u})
-    {
-        std::atomic<bool> runs = false, hasEnded = false;
-        {
-            clsThreadPool pool;
-            auto work = std::make_unique<Once>(pool,
-                [&](Once& self)
-                {
-                    std::atomic<bool>&running = runs, &ended = hasEnded; // this function is destroyed with the object
-                    const DWORD rest = 50 - pause;
-                    running = pause != 0;
-                    Sleep(pause);
-                    std::unique_ptr<Once>(&self).reset();
-                    running = true;
-                    Sleep(rest);
-                    ended = true;
-                });
-            work.release();
-            EXPECT_TRUE(WaitUntil([&] { return runs.load(); }));
-        }
-        EXPECT_TRUE(hasEnded) << "the pool's end waits for it all the same";
-    }
 }
 
 } // namespace

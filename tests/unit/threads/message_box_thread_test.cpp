@@ -7,7 +7,6 @@
 #include <atomic>
 #include <memory>
 #include <thread>
-#include <vector>
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -102,8 +102,7 @@ TEST_F(TempFileRemover, AFileInUseStaysOnTheList)
 {
     const String held = Make(L"_23_a.tmp", kHour);
     const String free = Make(L"_23_b.tmp", kHour);
-    clsGenericHandleObjectAutoRelease holder(
-        CreateFileW(held, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr), true);
+    clsGenericHandleObjectAutoRelease holder(OpenToRead(held, FILE_SHARE_READ), true);
     const UserIs developer(L"qvx");
     {
         clsTempFileRemover remover(clock);
@@ -122,8 +121,7 @@ TEST_F(TempFileRemover, AFileInUseStaysOnTheList)
     }
     // The end makes one more attempt.
     Make(L"_23_a.tmp", 0);
-    holder.Take(
-        CreateFileW(held, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr), true);
+    holder.Take(OpenToRead(held, FILE_SHARE_READ), true);
     const DebugLines lines;
     {
         clsTempFileRemover remover(clock);
@@ -201,8 +199,7 @@ TEST_F(TempFileRemover, EachRoundTouchesTheActivityFile)
     EXPECT_EQ(note.substr(note.size() - 2), std::string(")\0", 2));
 
     // Another process has the file open.
-    const clsGenericHandleObjectAutoRelease holder(
-        CreateFileW(Signal(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr), true);
+    const clsGenericHandleObjectAutoRelease holder(OpenToRead(Signal()), true);
     const DebugLines lines;
     remover.Round();
     EXPECT_EQ(CountOf(lines, L"cannot create/open activity file '%s': ", Signal()), 1u);

@@ -4,7 +4,6 @@
 #include "core/thread_names.h"
 #include "module/module_paths.h"
 
-#include <cstring>
 #include <string_view>
 
 using namespace qx;
@@ -125,17 +124,18 @@ TEST(ThreadBase, WhatEndsAWait)
             const bool goesOn = self.WaitForEvents(INFINITE, result, 1, first.Get());
             return !goesOn && result == clsThreadBase::kStopRequested ? 1u : 0u;
         });
-    int result = 0;
-    EXPECT_TRUE(thread.WaitForEvents(0, result, 2, first.Get(), second.Get()));
-    EXPECT_EQ(result, clsThreadBase::kTimedOut);
+    const auto resultOf = [&](DWORD milliseconds, HANDLE other)
+    {
+        int result = 99;
+        EXPECT_TRUE(thread.WaitForEvents(milliseconds, result, 2, first.Get(), other));
+        return result;
+    };
+    EXPECT_EQ(resultOf(0, second.Get()), clsThreadBase::kTimedOut);
     second.Set();
-    EXPECT_TRUE(thread.WaitForEvents(INFINITE, result, 2, first.Get(), second.Get()));
-    EXPECT_EQ(result, 1);
+    EXPECT_EQ(resultOf(INFINITE, second.Get()), 1);
     first.Set();
-    EXPECT_TRUE(thread.WaitForEvents(INFINITE, result, 2, first.Get(), second.Get()));
-    EXPECT_EQ(result, 0);
-    EXPECT_TRUE(thread.WaitForEvents(INFINITE, result, 2, first.Get(), HANDLE{nullptr}));
-    EXPECT_EQ(result, clsThreadBase::kWaitFailed);
+    EXPECT_EQ(resultOf(INFINITE, second.Get()), 0);
+    EXPECT_EQ(resultOf(INFINITE, nullptr), clsThreadBase::kWaitFailed);
 
     // The stop event precedes the given events.
     ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));

@@ -135,27 +135,22 @@ TEST(ThreadEnd, WhileAnotherEndWaits)
 
 TEST(ThreadEnd, TheDestructorEndsWhatASubclassLeft)
 {
+    static const DebugLines* output; // no members: they are destroyed before the thread ends
+    static clsEvent isRunning;
     struct Careless : clsThreadBase
     {
-        explicit Careless(std::function<unsigned()> body) : clsThreadBase(L"Careless"), _body(std::move(body)) {}
+        Careless() : clsThreadBase(L"Careless") {}
         unsigned ThreadProc() override
         {
-            return std::function(_body)();
-        } // a copy: the member is destroyed before the thread ends
-
-    private:
-        const std::function<unsigned()> _body;
+            isRunning.Set();
+            return WaitUntil([] { return output->Count() != 0; }) ? 0u : 1u;
+        }
     };
     const DebugLines lines;
-    clsEvent isRunning;
+    output = &lines;
     String name;
     {
-        Careless thread(
-            [&]
-            {
-                isRunning.Set();
-                return WaitUntil([&] { return lines.Count() != 0; }) ? 0u : 1u;
-            });
+        Careless thread;
         name = String(String::kFormatted, L"%hs", thread.Name());
         ASSERT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
         WaitForSingleObject(isRunning.Get(), kPatience);
@@ -185,7 +180,7 @@ TEST(ThreadRaces, WhoeverComesStartsAndEndsOneThread)
                 --running;
                 return static_cast<unsigned>(++runs);
             });
-        std::vector<std::thread> callers;
+        std::vector<std::jthread> callers;
         for (int caller = 0; caller < 4; ++caller)
             callers.emplace_back(
                 [&thread, caller]
@@ -199,8 +194,7 @@ TEST(ThreadRaces, WhoeverComesStartsAndEndsOneThread)
                             EXPECT_EQ(thread.ThreadEnd(number % 2 == 0, number % 3 == 1 ? INFINITE : 0, false), 1);
                     }
                 });
-        for (std::thread& caller : callers)
-            caller.join();
+        callers.clear(); // waits for them
         EXPECT_EQ(thread.ThreadEnd(false, INFINITE, false), 1);
         EXPECT_EQ(thread.GetThreadState(), State::None);
         EXPECT_EQ(running, 0);
