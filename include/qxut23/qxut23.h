@@ -12,6 +12,8 @@
 #include <qxut23/countries.h>
 #include <qxut23/dates.h>
 #include <qxut23/debug.h>
+#include <qxut23/docinfo.h>
+#include <qxut23/docinfo_explain.h>
 #include <qxut23/errors.h>
 #include <qxut23/handles.h>
 #include <qxut23/heaps.h>
