@@ -1,8 +1,8 @@
 /* Document information: title, subject, author, last author, keywords, comments and dates of a document, whatever kind
  * of file it is.
  *
- * The kind is recognised by the extension of the file, otherwise by its first bytes. Web pages (.htm, .html, .mht),
- * Rich Text (.rtf), TIFF and JPEG files are read; of all others only the time of the last write is known.
+ * The kind is recognised by the extension of the file, otherwise by its first bytes. PDF files, web pages (.htm, .html,
+ * .mht), Rich Text (.rtf), TIFF and JPEG files are read; of all others only the time of the last write is known.
  *
  * A list keeps what it has read for a given time. Later requests within this time don't touch the disk; then a document
  * is only read again if its time of last write has changed. A document on a network share (\\server\share\...) is read

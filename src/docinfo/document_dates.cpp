@@ -24,7 +24,7 @@ clsVariant ToLocalDate(const SYSTEMTIME& utc)
 
 SYSTEMTIME DateOfParts(unsigned year, unsigned month, unsigned day, unsigned hour, unsigned minute, unsigned second)
 {
-    SYSTEMTIME date = kUnsetTime;
+    SYSTEMTIME date = kNoTime;
     date.wYear = static_cast<WORD>(year);
     date.wMonth = static_cast<WORD>(month);
     date.wDay = static_cast<WORD>(day);

@@ -75,9 +75,9 @@ void ReadDocument(clsDocu& record, std::uint64_t readBefore, clsCriticalSection*
         record.Clear();
         return;
     }
-    SYSTEMTIME time = kUnsetTime;
+    SYSTEMTIME time = kNoTime;
     if (!FileTimeToSystemTime(&written, &time))
-        time = kUnsetTime;
+        time = kNoTime;
     // The record already has the tick of this refresh. A record that was cleared or whose file was in use had none.
     if (readBefore != 0 && std::memcmp(&time, &record.fileTime, sizeof time) == 0)
         return;

@@ -46,8 +46,8 @@ ULONG clsDocu::NonDelegatingRelease()
 void clsDocu::Clear()
 {
     accessible = false;
-    Created = kUnsetTime;
-    LastSaved = kUnsetTime;
+    Created = kNoTime;
+    LastSaved = kNoTime;
     for (clsVariant* const text : {&Title, &Subject, &Author, &LastAuthor, &Keywords, &Comments})
         *text = clsVariant();
     readTick = 0;

@@ -5,6 +5,7 @@
 #include "core/text/string.h"
 #include "core/variant/variant.h"
 #include "files/iunknown_impl.h"
+#include "locale/time_arithmetic.h"
 
 #include <windows.h>
 
@@ -16,12 +17,8 @@ namespace qx
 
 class clsDocuList;
 
-// A date without a value: all fields are 0, except for the day of the week.
-constexpr WORD kNoDayOfWeek = 0xFFFF;
-constexpr SYSTEMTIME kUnsetTime = {0, 0, kNoDayOfWeek, 0, 0, 0, 0, 0};
-
-// A document's record. Readers fill in the public fields, dates in UTC. The texts are VT_EMPTY until a reader sets
-// them, then VT_BSTR.
+// A document's record. Readers fill in the public fields, dates in UTC or kNoTime. The texts are VT_EMPTY until a
+// reader sets them, then VT_BSTR.
 //
 // The list may hand the record to several threads. Whoever reads or writes its fields holds Section(), except for a
 // private copy that only one thread knows.
@@ -67,10 +64,10 @@ public:
     std::uint32_t lifetime = 0;
     std::atomic<std::uint64_t> readTick = 0; // of the last refresh; 0 if the record is invalid
     clsDocuList* owner = nullptr;
-    bool accessible = false;          // the file could be opened at the last read
-    SYSTEMTIME fileTime = kUnsetTime; // the file's last write, as last seen
-    SYSTEMTIME Created = kUnsetTime;
-    SYSTEMTIME LastSaved = kUnsetTime;
+    bool accessible = false;       // the file could be opened at the last read
+    SYSTEMTIME fileTime = kNoTime; // the file's last write, as last seen
+    SYSTEMTIME Created = kNoTime;
+    SYSTEMTIME LastSaved = kNoTime;
     clsVariant suffix; // what follows the first "|" of the key; no reader uses it
     clsVariant Title;
     clsVariant Subject;

@@ -132,7 +132,7 @@ void TakeElement(clsDocu& record, const Element& element)
     };
     const auto date = [&](SYSTEMTIME& field)
     {
-        field = kUnsetTime;
+        field = kNoTime;
         ReadISO8601Date(element.value, field);
     };
 

@@ -3,6 +3,7 @@
 #include "core/words.h"
 #include "docinfo/html.h"
 #include "docinfo/jpeg.h"
+#include "docinfo/pdf.h"
 #include "docinfo/rtf.h"
 #include "docinfo/tiff.h"
 #include "files/paths.h"
@@ -29,6 +30,7 @@ constexpr ExtensionRow kByExtension[] = {
     {L".tif", {L"TIFF", ReadTIFFFile, ReaderFailure::ClearsRecord}},
     {L".jpg", {L"JPEG", ReadJPEG, ReaderFailure::Ignored}},
     {L".jpeg", {L"JPEG", ReadJPEG, ReaderFailure::Ignored}},
+    {L".pdf", {L"PDF", ReadPDF, ReaderFailure::ClearsRecord}},
     {L".htm", {L"HTML", ReadHTML, ReaderFailure::ClearsRecord}},
     {L".html", {L"HTML", ReadHTML, ReaderFailure::ClearsRecord}},
     {L".mht", {L"HTML", ReadHTML, ReaderFailure::ClearsRecord}},
@@ -44,6 +46,7 @@ struct FirstBytesRow
 
 constexpr FirstBytesRow kByFirstBytes[] = {
     {0x002A4949, 0xFFFFFFFF, {L"TIFF", ReadTIFFFile, ReaderFailure::Ignored}},
+    {0x46445025, 0xFFFFFFFF, {L"PDF", ReadPDF, ReaderFailure::Ignored}},
     {0x0000D8FF, 0x0000FFFF, {L"JPEG", ReadJPEG, ReaderFailure::Ignored}},
 };
 

@@ -71,7 +71,7 @@ std::uint32_t ToNumber(std::wstring_view digits)
 // Each control word is removed with all its repetitions before the next search.
 SYSTEMTIME ParseDate(std::wstring text)
 {
-    SYSTEMTIME date = kUnsetTime;
+    SYSTEMTIME date = kNoTime;
     const struct
     {
         std::wstring_view word;

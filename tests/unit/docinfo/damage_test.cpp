@@ -1,9 +1,11 @@
 // Damaged files: each truncation and many changed bits.
 #include "docinfo/html.h"
 #include "docinfo/jpeg.h"
+#include "docinfo/pdf.h"
 #include "docinfo/rtf.h"
 #include "docinfo/tiff.h"
 #include "unit/docinfo/document_in_memory.h"
+#include "unit/docinfo/pdf_builder.h"
 #include "unit/docinfo/tiff_builder.h"
 
 #include <gtest/gtest.h>
@@ -44,6 +46,8 @@ TEST(DocumentReaders, BearDamage)
     const std::pair<qxtest::Reader, std::string> files[] = {
         {ReadTIFFFile, SmallTiff()},
         {ReadJPEG, qxtest::JpegOf({{0xE0, "JFIF"}, {0xE1, std::string("Exif\0\0", 6) + SmallTiff()}})},
+        {ReadPDF, qxtest::PdfOf(
+                      {{"<</Title (a\\(b) /Author <FEFF0047> /ModDate (D:2012) /K [1 2] /D <</A true>> /R 1 0 R>>"}})},
         {ReadHTML, "<head><title>&auml;&#65;</title><o:DocumentProperties><o:Author>a</o:Author></o:DocumentProperties>"
                    "<meta name=\"author\" content=\"x\"></head>"},
         {ReadRTF, R"({\rtf1{\info{\title a\'e4}{\creatim\yr2001\mo2}}})"},

@@ -42,7 +42,7 @@ inline std::wstring TextOf(const qx::clsVariant& field)
 
 inline std::wstring DateOf(const SYSTEMTIME& date)
 {
-    if (date.wDayOfWeek == qx::kNoDayOfWeek && date.wYear == 0 && date.wMonth == 0)
+    if (date.wDayOfWeek == qx::kNoTime.wDayOfWeek && date.wYear == 0 && date.wMonth == 0)
         return L"-";
     return std::wstring(qx::String(qx::String::kFormatted, L"%d-%d-%d %d:%d:%d", date.wYear, date.wMonth, date.wDay,
         date.wHour, date.wMinute, date.wSecond)

@@ -84,7 +84,7 @@ void ParseOfficeProperties(clsDocu& record, String text)
         const String value = groups[2].text;
         const auto date = [&](SYSTEMTIME& field)
         {
-            field = kUnsetTime;
+            field = kNoTime;
             ReadISO8601Date(value.View(), field);
         };
         if (key == L"Subject")
@@ -144,7 +144,7 @@ String DecodeRTF(String text)
 SYSTEMTIME ParseRTFDate(String text)
 {
     static clsRegEx word(LR"(\\([a-z]+)(\d+))", 0);
-    SYSTEMTIME date = kUnsetTime;
+    SYSTEMTIME date = kNoTime;
     clsRegExMatchList groups;
     while (word.Match(text, &groups))
     {
