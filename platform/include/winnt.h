@@ -356,6 +356,21 @@ typedef enum _TOKEN_INFORMATION_CLASS
     TokenGroups
 } TOKEN_INFORMATION_CLASS;
 
+// Access lists. The layer's lists have a form of their own behind this head.
+typedef struct _ACL
+{
+    BYTE AclRevision;
+    BYTE Sbz1;
+    WORD AclSize;
+    WORD AceCount;
+    WORD Sbz2;
+} ACL, *PACL;
+
+typedef PVOID PSECURITY_DESCRIPTOR;
+typedef DWORD SECURITY_INFORMATION;
+
+#define DACL_SECURITY_INFORMATION 0x00000004
+
 // Reasons for a call of DllMain.
 #define DLL_PROCESS_DETACH 0
 #define DLL_PROCESS_ATTACH 1
