@@ -313,7 +313,8 @@ static inline void YieldProcessor(void)
 #endif
 }
 
-// Token information about the process's user, and privileges. The layer has no tokens; these are for late binding.
+// Token information about the process's user, privileges, and identifiers of accounts. The layer has neither tokens
+// nor such identifiers; these are for late binding.
 #define TOKEN_QUERY 0x0008
 #define TOKEN_ADJUST_PRIVILEGES 0x0020
 #define SE_PRIVILEGE_ENABLED 0x00000002
@@ -349,6 +350,11 @@ typedef struct _TOKEN_GROUPS
     DWORD GroupCount;
     SID_AND_ATTRIBUTES Groups[1];
 } TOKEN_GROUPS, *PTOKEN_GROUPS;
+
+typedef enum _SID_NAME_USE
+{
+    SidTypeUser = 1
+} SID_NAME_USE, *PSID_NAME_USE;
 
 typedef enum _TOKEN_INFORMATION_CLASS
 {
