@@ -2,6 +2,7 @@
 #ifndef QXUT23_QXUT23_H
 #define QXUT23_QXUT23_H
 
+#include <qxut23/access.h>
 #include <qxut23/addresses.h>
 #include <qxut23/archives.h>
 #include <qxut23/base.h>

@@ -1,6 +1,6 @@
 #include "docinfo/document_list.h"
 
-#include "accounts/network_paths.h"
+#include "accounts/path_forms.h"
 #include "core/ticks.h"
 #include "docinfo/document_read.h"
 #include "docinfo/share_guard.h"

@@ -1,6 +1,6 @@
 #include "docinfo/share_guard.h"
 
-#include "accounts/network_paths.h"
+#include "accounts/path_forms.h"
 #include "containers/skip_list.h"
 #include "core/critical_section.h"
 #include "core/forever.h"

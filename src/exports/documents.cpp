@@ -2,7 +2,7 @@
 #include <qxut23/docinfo.h>
 #include <qxut23/docinfo_explain.h>
 
-#include "accounts/network_paths.h"
+#include "accounts/path_forms.h"
 #include "docinfo/document_dates.h"
 #include "docinfo/document_list.h"
 #include "docinfo/share_guard.h"
