@@ -1,6 +1,5 @@
 #include "docinfo/share_guard.h"
 
-#include "accounts/path_forms.h"
 #include "containers/skip_list.h"
 #include "core/critical_section.h"
 #include "core/forever.h"
