@@ -2,6 +2,7 @@
 #ifndef QXUT23_QXUT23_H
 #define QXUT23_QXUT23_H
 
+#include <qxut23/access.h>
 #include <qxut23/addresses.h>
 #include <qxut23/archives.h>
 #include <qxut23/base.h>
@@ -12,6 +13,8 @@
 #include <qxut23/countries.h>
 #include <qxut23/dates.h>
 #include <qxut23/debug.h>
+#include <qxut23/docinfo.h>
+#include <qxut23/docinfo_explain.h>
 #include <qxut23/errors.h>
 #include <qxut23/handles.h>
 #include <qxut23/heaps.h>

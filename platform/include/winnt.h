@@ -313,7 +313,8 @@ static inline void YieldProcessor(void)
 #endif
 }
 
-// Token information about the process's user, and privileges. The layer has no tokens; these are for late binding.
+// Token information about the process's user, privileges, and identifiers of accounts. The layer has neither tokens
+// nor such identifiers; these are for late binding.
 #define TOKEN_QUERY 0x0008
 #define TOKEN_ADJUST_PRIVILEGES 0x0020
 #define SE_PRIVILEGE_ENABLED 0x00000002
@@ -350,11 +351,31 @@ typedef struct _TOKEN_GROUPS
     SID_AND_ATTRIBUTES Groups[1];
 } TOKEN_GROUPS, *PTOKEN_GROUPS;
 
+typedef enum _SID_NAME_USE
+{
+    SidTypeUser = 1
+} SID_NAME_USE, *PSID_NAME_USE;
+
 typedef enum _TOKEN_INFORMATION_CLASS
 {
     TokenUser = 1,
     TokenGroups
 } TOKEN_INFORMATION_CLASS;
+
+// Access lists. The layer's lists have a form of their own behind this head.
+typedef struct _ACL
+{
+    BYTE AclRevision;
+    BYTE Sbz1;
+    WORD AclSize;
+    WORD AceCount;
+    WORD Sbz2;
+} ACL, *PACL;
+
+typedef PVOID PSECURITY_DESCRIPTOR;
+typedef DWORD SECURITY_INFORMATION;
+
+#define DACL_SECURITY_INFORMATION 0x00000004
 
 // Reasons for a call of DllMain.
 #define DLL_PROCESS_DETACH 0

@@ -9,7 +9,10 @@
 #include "module/sibling_library.h"
 
 #include <heapapi.h>
-// These two need <windows.h>, which comes with the headers above.
+// These need <windows.h>, which comes with the headers above.
+#include <accctrl.h>
+#include <lmcons.h>
+#include <lmshare.h>
 #include <psapi.h>
 #include <tlhelp32.h>
 
@@ -77,29 +80,34 @@ public:
 
     LateFunction<BOOL(HANDLE, BOOL, TOKEN_PRIVILEGES*, DWORD, TOKEN_PRIVILEGES*, DWORD*)> p_AdjustTokenPrivileges{
         *this, L"p_AdjustTokenPrivileges", 24};
-    LateProcedure p_BuildExplicitAccessWithName{*this, L"p_BuildExplicitAccessWithName", 20};
-    LateProcedure p_ConvertStringSidToSid{*this, L"p_ConvertStringSidToSid", 8};
-    LateProcedure p_CopySid{*this, L"p_CopySid", 12};
+    LateFunction<void(EXPLICIT_ACCESS_W*, const wchar_t*, DWORD, ACCESS_MODE, DWORD)> p_BuildExplicitAccessWithName{
+        *this, L"p_BuildExplicitAccessWithName", 20};
+    LateFunction<BOOL(const wchar_t*, PSID*)> p_ConvertStringSidToSid{*this, L"p_ConvertStringSidToSid", 8};
+    LateFunction<BOOL(DWORD, PSID, PSID)> p_CopySid{*this, L"p_CopySid", 12};
     LateProcedure p_EventRegister{*this, L"p_EventRegister", 16};
     LateProcedure p_EventUnregister{*this, L"p_EventUnregister", 8};
     LateProcedure p_EventWrite{*this, L"p_EventWrite", 20};
     LateProcedure p_GetLengthSid{*this, L"p_GetLengthSid", 4};
-    LateProcedure p_GetNamedSecurityInfo{*this, L"p_GetNamedSecurityInfo", 32};
-    LateProcedure p_GetSidLengthRequired{*this, L"p_GetSidLengthRequired", 4};
-    LateProcedure p_GetSidSubAuthorityCount{*this, L"p_GetSidSubAuthorityCount", 4};
+    LateFunction<DWORD(
+        const wchar_t*, SE_OBJECT_TYPE, SECURITY_INFORMATION, PSID*, PSID*, PACL*, PACL*, PSECURITY_DESCRIPTOR*)>
+        p_GetNamedSecurityInfo{*this, L"p_GetNamedSecurityInfo", 32};
+    LateFunction<DWORD(BYTE)> p_GetSidLengthRequired{*this, L"p_GetSidLengthRequired", 4};
+    LateFunction<BYTE*(PSID)> p_GetSidSubAuthorityCount{*this, L"p_GetSidSubAuthorityCount", 4};
     LateFunction<BOOL(HANDLE, TOKEN_INFORMATION_CLASS, void*, DWORD, DWORD*)> p_GetTokenInformation{
         *this, L"p_GetTokenInformation", 20};
     LateProcedure p_ImpersonateLoggedOnUser{*this, L"p_ImpersonateLoggedOnUser", 4};
     LateProcedure p_LogonUser{*this, L"p_LogonUser", 24};
     LateProcedure p_LookupAccountName{*this, L"p_LookupAccountName", 28};
-    LateProcedure p_LookupAccountSid{*this, L"p_LookupAccountSid", 28};
+    LateFunction<BOOL(const wchar_t*, PSID, wchar_t*, DWORD*, wchar_t*, DWORD*, SID_NAME_USE*)> p_LookupAccountSid{
+        *this, L"p_LookupAccountSid", 28};
     LateFunction<BOOL(const wchar_t*, const wchar_t*, LUID*)> p_LookupPrivilegeValue{
         *this, L"p_LookupPrivilegeValue", 12};
     LateFunction<BOOL(HANDLE, DWORD, HANDLE*)> p_OpenProcessToken{*this, L"p_OpenProcessToken", 12};
     LateProcedure p_OpenThreadToken{*this, L"p_OpenThreadToken", 16};
     LateProcedure p_RevertToSelf{*this, L"p_RevertToSelf"};
-    LateProcedure p_SetEntriesInAcl{*this, L"p_SetEntriesInAcl", 16};
-    LateProcedure p_SetNamedSecurityInfo{*this, L"p_SetNamedSecurityInfo", 28};
+    LateFunction<DWORD(ULONG, EXPLICIT_ACCESS_W*, PACL, PACL*)> p_SetEntriesInAcl{*this, L"p_SetEntriesInAcl", 16};
+    LateFunction<DWORD(const wchar_t*, SE_OBJECT_TYPE, SECURITY_INFORMATION, PSID, PSID, PACL, PACL)>
+        p_SetNamedSecurityInfo{*this, L"p_SetNamedSecurityInfo", 28};
 };
 
 class clsNTdll : public CLateLoadBase
@@ -145,8 +153,10 @@ class clsNetAPI32 : public CLateLoadBase
 public:
     clsNetAPI32() : CLateLoadBase(L"NetAPI32") {}
 
-    LateProcedure p_NetFileEnum{*this, L"p_NetFileEnum", 36};
-    LateProcedure p_NetApiBufferFree{*this, L"p_NetApiBufferFree", 4};
+    LateFunction<NET_API_STATUS(
+        const wchar_t*, const wchar_t*, const wchar_t*, DWORD, BYTE**, DWORD, DWORD*, DWORD*, ULONG_PTR*)>
+        p_NetFileEnum{*this, L"p_NetFileEnum", 36};
+    LateFunction<NET_API_STATUS(void*)> p_NetApiBufferFree{*this, L"p_NetApiBufferFree", 4};
 };
 
 class clsCredUIWrapper : public CLateLoadBase

@@ -79,8 +79,36 @@ TEST_F(FilesOfTheLayer, FormsOfPaths)
     EXPECT_EQ(OpenError(root + L"/FILE", GENERIC_READ), DWORD{ERROR_FILE_NOT_FOUND}) << "names have case";
 
     EXPECT_EQ(FullPath(L"Z:\\a\\b"), Text(L"/a/b")) << "given out as Linux has them";
-    EXPECT_EQ(FullPath(L"c:\\sub\\"), root + L"/home/dosdevices/c:/sub/");
-    EXPECT_EQ(FullPath(L"\\\\server\\share"), root + L"/home/dosdevices/unc/server/share");
+}
+
+// Drives and shares that don't exist keep their form too, because only calls that access files map them.
+TEST_F(FilesOfTheLayer, FullPathsOfDrivesAndSharesKeepTheirForm)
+{
+    constexpr std::pair<const wchar_t*, const wchar_t*> kCases[] = {{L"c:\\sub\\", L"c:\\sub\\"}, {L"Q:", L"Q:\\"},
+        {L"Q:\\", L"Q:\\"}, {L"q:Name/b//c", L"q:\\Name\\b\\c"}, {L"Q:\\..\\a\\..\\..\\.\\b", L"Q:\\b"},
+        {L"\\\\?\\Q:\\a", L"Q:\\a"}, {L"\\\\Server\\Share", L"\\\\Server\\Share"},
+        {L"\\\\server\\share\\", L"\\\\server\\share\\"}, {L"\\\\server\\\\share/a", L"\\\\server\\share\\a"},
+        {L"\\\\server\\share\\..\\..\\a\\.", L"\\\\server\\share\\a"}, {L"\\\\server", L"\\\\server"},
+        {L"\\\\?\\UNC\\server\\share\\a", L"\\\\server\\share\\a"}, {L"\\\\..\\..\\file", L""},
+        {L"\\\\server\\..\\file", L""}, {L"\\\\", L""}, {L"\\\\.\\device", L""}};
+    for (const auto& [path, full] : kCases)
+        EXPECT_EQ(FullPath(path), Text(full)) << Text(path).Narrow();
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_NAME});
+
+    WCHAR buffer[100] = {};
+    WCHAR* name = nullptr;
+    EXPECT_EQ(GetFullPathNameW(L"Q:/a", 100, buffer, &name), 4u);
+    EXPECT_EQ(name, buffer + 3);
+    EXPECT_EQ(GetFullPathNameW(L"Q:\\a\\", 100, buffer, &name), 5u);
+    EXPECT_EQ(name, nullptr) << "no name behind the last separator";
+    EXPECT_EQ(GetFullPathNameW(L"Q:\\a", 4, buffer, nullptr), 5u) << "the size that is needed";
+
+    EXPECT_EQ(GetLongPathNameW(L"C:FILE/../file", buffer, 100), 7u);
+    EXPECT_EQ(Text(buffer), Text(L"C:\\file"));
+    EXPECT_EQ(GetLongPathNameW(L"\\\\Server\\share\\file", buffer, 100), 19u);
+    EXPECT_EQ(Text(buffer), Text(L"\\\\Server\\share\\file"));
+    EXPECT_EQ(GetLongPathNameW(L"Q:\\file", buffer, 100), 0u);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_PATH_NOT_FOUND});
 }
 
 TEST_F(FilesOfTheLayer, NamesOfAnyBytesAreListedAndOpened)

@@ -1,6 +1,7 @@
 // qxut: the library's services on the command line.
 #include "country_commands.h"
 #include "date_commands.h"
+#include "doc_commands.h"
 #include "failure.h"
 #include "filter_commands.h"
 #include "log_commands.h"
@@ -61,6 +62,7 @@ int main(int argc, char** argv)
     AddProfileCommands(program);
     AddFilterCommands(program);
     AddDateCommands(program);
+    AddDocCommands(program);
     AddLogCommands(program);
     AddCountryCommands(program);
     AddZipCommands(program);

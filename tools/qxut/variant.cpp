@@ -13,6 +13,7 @@ namespace
 {
 
 constexpr std::uint16_t kNumber = 3; // VT_I4
+constexpr std::uint16_t kDate = 7;   // VT_DATE
 constexpr std::uint16_t kText = 8;   // VT_BSTR
 
 } // namespace
@@ -31,6 +32,16 @@ std::int32_t Variant::Number() const
 std::string Variant::Text() const
 {
     return _layout.type == kText && _layout.text != nullptr ? Utf8(_layout.text) : std::string();
+}
+
+bool Variant::IsDate() const
+{
+    return _layout.type == kDate;
+}
+
+double Variant::Date() const
+{
+    return IsDate() ? _layout.date : 0;
 }
 
 } // namespace qxut

@@ -24,6 +24,9 @@ public:
     // Return 0 and the empty text if the variant has another type.
     std::int32_t Number() const;
     std::string Text() const;
+    // Days since 30 December 1899.
+    bool IsDate() const;
+    double Date() const;
 
 private:
     // As in the system's oaidl.h; only the members used here.
@@ -35,6 +38,7 @@ private:
         {
             std::int32_t number;
             QXWCHAR* text;
+            double date;
             void* room[2] = {};
         };
     };

@@ -25,6 +25,7 @@ enum class ObjectType : std::uint8_t
     Token,
     RegistryKey,
     ActivationContext,
+    NetworkEnumeration,
 };
 
 class Object
@@ -44,7 +45,8 @@ public:
     // Kernel objects are closed with CloseHandle; other objects have their own functions.
     bool IsKernelObject() const
     {
-        return type != ObjectType::Find && type != ObjectType::RegistryKey && type != ObjectType::ActivationContext;
+        return type != ObjectType::Find && type != ObjectType::RegistryKey && type != ObjectType::ActivationContext &&
+               type != ObjectType::NetworkEnumeration;
     }
 
     virtual class Waitable* AsWaitable() { return nullptr; }

@@ -18,11 +18,21 @@ namespace
 
 constexpr char16_t kBackslashInName = 0xF05C;
 
-// The start of a path, and the rest of it.
+enum class RootKind
+{
+    FileSystem,
+    Drive,
+    Share,
+    Unusable
+};
+
+// The start of a path.
 struct Root
 {
-    std::string folder; // empty for the root of the file system
+    RootKind kind = RootKind::FileSystem;
     bool isAbsolute = false;
+    std::u16string_view name; // the drive's letter or the server's name
+    std::u16string_view share;
 };
 
 bool StartsWith(std::u16string_view text, std::u16string_view prefix)
@@ -67,51 +77,76 @@ bool HasDrive(std::u16string_view path)
     return path.size() >= 2 && path[1] == u':' && isLetter(path[0]);
 }
 
+bool IsDots(std::u16string_view component)
+{
+    return component == u"." || component == u"..";
+}
+
+// A server may be named without a share. Dots in place of either name would lead out of the folder of shares.
+Root TakeShare(std::u16string_view& path)
+{
+    const std::u16string_view server = TakeComponent(path);
+    while (!path.empty() && IsSeparator(path[0]))
+        path.remove_prefix(1);
+    const std::u16string_view share = TakeComponent(path);
+    const bool isUsable = !server.empty() && !IsDots(server) && !IsDots(share);
+    return {isUsable ? RootKind::Share : RootKind::Unusable, true, server, share};
+}
+
+// Removes the root from the path.
 Root TakeRoot(std::u16string_view& path)
 {
-    bool isShare = false;
-    if (StartsWith(path, uR"(\\?\UNC\)"))
+    constexpr std::u16string_view kVerbatimShare = uR"(\\?\UNC\)";
+    constexpr std::u16string_view kVerbatim = uR"(\\?\)";
+    constexpr std::u16string_view kDevice = uR"(\\.\)";
+    constexpr std::u16string_view kShare = uR"(\\)";
+    if (path.empty() || StartsWith(path, kDevice))
+        return {RootKind::Unusable};
+    const auto take = [&path](std::u16string_view prefix)
     {
-        path.remove_prefix(8);
-        isShare = true;
-    }
-    else if (StartsWith(path, uR"(\\?\)"))
-        path.remove_prefix(4);
-    else if (StartsWith(path, uR"(\\)"))
-    {
+        const bool isThere = StartsWith(path, prefix);
+        path.remove_prefix(isThere ? prefix.size() : 0);
+        return isThere;
+    };
+    const bool isVerbatim = StartsWith(path, kVerbatim);
+    if (take(kVerbatimShare) || (!isVerbatim && take(kShare)))
+        return TakeShare(path);
+    take(kVerbatim);
+    const std::u16string_view letter = path.substr(0, 1);
+    const bool hasDrive = HasDrive(path);
+    if (hasDrive)
         path.remove_prefix(2);
-        isShare = true;
-    }
-    if (isShare)
-    {
-        const std::u16string_view server = TakeComponent(path);
-        return {ShareFolder(server, TakeComponent(path)), true};
-    }
-    if (!HasDrive(path))
-        return {"", !path.empty() && IsSeparator(path[0])};
-    const char16_t letter = path[0] | 0x20;
-    path.remove_prefix(2);
     // Z: is the whole file system, so Z:name is in the current folder. Other drives have no current folder.
-    if (letter == u'z')
-        return {"", !path.empty() && IsSeparator(path[0])};
-    return {DeviceFolder({static_cast<char>(letter), ':'}), true};
+    if (hasDrive && letter != u"z" && letter != u"Z")
+        return {RootKind::Drive, true, letter};
+    return {RootKind::FileSystem, !path.empty() && IsSeparator(path[0])};
+}
+
+// Returns the Linux folder of a root, or an empty text for the file system's own.
+std::string FolderOfRoot(const Root& root)
+{
+    if (root.kind == RootKind::Share)
+        return ShareFolder(root.name, root.share);
+    if (root.kind == RootKind::Drive)
+        return DeviceFolder(LowerCase(ToBytes(root.name)) + ':');
+    return {};
 }
 
 // Returns the components with "." and ".." resolved. The root has no parent; a relative path may begin with "..".
-std::vector<std::string> Components(std::u16string_view path, bool isAbsolute)
+std::vector<std::u16string_view> Components(std::u16string_view path, bool isAbsolute)
 {
-    std::vector<std::string> components;
+    std::vector<std::u16string_view> components;
     while (!path.empty())
     {
         const std::u16string_view component = TakeComponent(path);
         if (component.empty() || component == u".")
             continue;
         if (component != u"..")
-            components.push_back(NativeName(component));
-        else if (!components.empty() && components.back() != "..")
+            components.push_back(component);
+        else if (!components.empty() && components.back() != u"..")
             components.pop_back();
         else if (!isAbsolute)
-            components.push_back("..");
+            components.push_back(component);
     }
     return components;
 }
@@ -125,21 +160,36 @@ std::string CurrentFolder()
 
 NativePath Convert(std::u16string_view path)
 {
-    if (path.empty() || StartsWith(path, uR"(\\.\)"))
-        return {};
     NativePath native;
-    const Root root = TakeRoot(path);
-    native.text = root.folder;
     native.endsInSeparator = !path.empty() && IsSeparator(path.back());
-    for (const std::string& component : Components(path, root.isAbsolute))
+    const Root root = TakeRoot(path);
+    if (root.kind == RootKind::Unusable)
+        return {};
+    native.text = FolderOfRoot(root);
+    for (const std::u16string_view component : Components(path, root.isAbsolute))
     {
         if (root.isAbsolute || !native.text.empty())
             native.text += '/';
-        native.text += component;
+        native.text += NativeName(component);
     }
     if (native.text.empty())
         native.text = root.isAbsolute ? "/" : ".";
     return native;
+}
+
+// Returns the path below a drive or share in the caller's form. Without components, a drive is its root folder.
+std::u16string FormBelow(const Root& root, std::u16string_view path, bool endsInSeparator)
+{
+    const bool isDrive = root.kind == RootKind::Drive;
+    std::u16string form = isDrive ? std::u16string(root.name) + u':' : u"\\\\" + std::u16string(root.name);
+    if (!root.share.empty())
+        (form += u'\\') += root.share;
+    const std::vector<std::u16string_view> components = Components(path, true);
+    for (const std::u16string_view component : components)
+        (form += u'\\') += component;
+    if (endsInSeparator || (isDrive && components.empty()))
+        form += u'\\';
+    return form;
 }
 
 bool IsFolder(const std::string& path)
@@ -172,6 +222,17 @@ NativePath ToFullNative(LPCWSTR path)
     return native;
 }
 
+std::u16string CallersForm(LPCWSTR path, bool isFull)
+{
+    std::u16string_view rest = path == nullptr ? std::u16string_view() : View(path);
+    const bool endsInSeparator = !rest.empty() && IsSeparator(rest.back());
+    const Root root = TakeRoot(rest);
+    if (root.kind == RootKind::Drive || root.kind == RootKind::Share)
+        return FormBelow(root, rest, endsInSeparator);
+    const NativePath native = isFull ? ToFullNative(path) : ToNative(path);
+    return native.IsEmpty() ? std::u16string() : FromNative(native);
+}
+
 std::string NativeName(std::u16string_view component)
 {
     std::u16string name(component);
@@ -183,6 +244,14 @@ std::u16string FromNative(std::string_view path)
 {
     std::u16string text = ToWide(path);
     std::replace(text.begin(), text.end(), u'\\', kBackslashInName);
+    return text;
+}
+
+std::u16string FromNative(const NativePath& path)
+{
+    std::u16string text = FromNative(path.text);
+    if (path.endsInSeparator && text.back() != u'/')
+        text += u'/';
     return text;
 }
 

@@ -17,7 +17,7 @@ constexpr bool IsSeparator(char16_t character)
 // Callers may write /a/b or a/b, `\` instead of `/`, Z:\a\b for /a/b, and \\?\ before any of them. Other drives are
 // links such as `c:` in the folder `dosdevices` of the layer's home; \\server\share is the link `unc/server/share`
 // there. "." and ".." are resolved textually, as on the system, so a path and its full path always refer to the same
-// file.
+// file as long as these links stay.
 struct NativePath
 {
     std::string text; // absolute, or relative to the current folder; no trailing separator unless it is the root
@@ -32,9 +32,15 @@ NativePath ToNative(LPCWSTR path);
 // The same, made absolute.
 NativePath ToFullNative(LPCWSTR path);
 
+// Returns the path in the form that callers receive, with "." and ".." resolved textually: `Q:\a` and
+// `\\server\share\a` keep their form, also if there is no such drive or share; all other paths get the form `/a/b`, or
+// `a/b` if they are relative and `isFull` is false. Returns an empty text as ToNative does.
+std::u16string CallersForm(LPCWSTR path, bool isFull);
+
 // Converts a Linux name or path to the form returned to callers. The backslash is the only character that Linux permits
 // in names and callers can't use there: it is represented by U+F05C, in both directions.
 std::u16string FromNative(std::string_view path);
+std::u16string FromNative(const NativePath& path); // with the separator at its end
 
 // The same in the other direction, for a single name.
 std::string NativeName(std::u16string_view component);

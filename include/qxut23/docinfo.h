@@ -1,0 +1,69 @@
+/* Document information: title, subject, author, last author, keywords, comments and dates of a document, whatever kind
+ * of file it is.
+ *
+ * The kind is recognised by the extension of the file, otherwise by its first bytes. PDF files, web pages (.htm, .html,
+ * .mht), Rich Text (.rtf), TIFF and JPEG files are read; of all others only the time of the last write is known.
+ *
+ * A list keeps what it has read for a given time. Later requests within this time don't touch the disk; then a document
+ * is only read again if its time of last write has changed. A document on a network share (\\server\share\...) is read
+ * by a thread of its own, so that a server that doesn't answer can't hold its caller for longer than the caller wants.
+ * A share that doesn't answer at all is asked once in the life of a process.
+ *
+ * Any thread may use a list.
+ */
+#ifndef QXUT23_DOCINFO_H
+#define QXUT23_DOCINFO_H
+
+#include <qxut23/base.h>
+
+QXUT_EXTERN_C_BEGIN
+
+typedef struct QxUtDocumentList* HUTDOCINFO;
+
+struct tagVARIANT; /* the system's VARIANT (<oleauto.h>) */
+
+/* Where the information about a document goes. Each pointer may be null; the others point to initialised variants,
+   whose old values are cleared. The caller clears the new ones. */
+typedef struct QxUtDocumentInfo
+{
+    uint32_t size; /* of this structure in bytes: 80, or 72 for one that ends before `resolvedPath` */
+    uint32_t reserved;
+    /* VT_DATE in local time, or VT_EMPTY if the document has no such date or one that isn't in the calendar. Without a
+       date of its own, a document was last saved when its file was last written. */
+    struct tagVARIANT* created;
+    struct tagVARIANT* lastSaved;
+    /* VT_BSTR, or VT_EMPTY if the document has no such text. */
+    struct tagVARIANT* title;
+    struct tagVARIANT* subject;
+    struct tagVARIANT* author;
+    struct tagVARIANT* lastAuthor;
+    struct tagVARIANT* keywords;
+    struct tagVARIANT* comments;
+    /* VT_BSTR: the full path that was read. */
+    struct tagVARIANT* resolvedPath;
+} QxUtDocumentInfo;
+
+/* Opens a list that keeps information for the given number of seconds; 0 keeps nothing. Returns null if memory runs
+   out. */
+QXUT_API HUTDOCINFO UtilDocInfoOpen(uint32_t cacheSeconds);
+
+/* Closes a list. Waits for all threads that are still reading from a share. Null is ignored. */
+QXUT_API void UtilDocInfoClose(HUTDOCINFO list);
+
+/* Gets the information about the document at `path`. What follows a "|" in the path isn't part of it; documents that
+   only differ there are separate entries of the list. `waitSeconds` is how long to wait for a document on a share; with
+   0 the call returns what is known from before. The first request for a document decides for all later ones.
+   Returns 1 if the document was accessible. `info` may be null, to ask just that; a structure of fewer than 72 bytes
+   receives nothing. Returns 0, and nothing is stored, if the document can't be opened, if its reader refuses it, or if
+   the list or the path is null. */
+QXUT_API int32_t UtilDocInfoGet(
+    HUTDOCINFO list, const QXWCHAR* path, const QxUtDocumentInfo* info, uint32_t waitSeconds);
+
+/* Returns 1 if the share of a path (\\server\share\..., or a drive that is connected to one) answers, and 0 if it
+   doesn't or hasn't answered before in this process. Asking may take as long as the system waits for a server. Returns
+   -1 if the path is null or isn't on a share. */
+QXUT_API int32_t UtilDocInfoShareAccessibility(const QXWCHAR* path);
+
+QXUT_EXTERN_C_END
+
+#endif

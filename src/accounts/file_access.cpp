@@ -1,0 +1,116 @@
+#include "accounts/file_access.h"
+
+#include "accounts/connection_list.h"
+#include "core/debug_line.h"
+#include "core/forever.h"
+#include "core/pattern/regex.h"
+
+#include <iterator>
+
+namespace qx
+{
+namespace
+{
+
+constexpr DWORD kAccessBits = PERM_FILE_READ | PERM_FILE_WRITE | PERM_FILE_CREATE;
+
+// Returns the path unchanged if the file doesn't exist, or if its long form is too long.
+String LongForm(const String& path)
+{
+    wchar_t longForm[MAX_PATH];
+    const DWORD length = GetLongPathNameW(path, longForm, static_cast<DWORD>(std::size(longForm)));
+    return length != 0 && length < std::size(longForm) ? String(longForm) : path;
+}
+
+// Replaces a drive that is connected with a share by the share. Returns false if the connections can't be listed.
+bool ReplaceDrive(String& path)
+{
+    static clsRegEx& pattern = MakeForever<clsRegEx>(L"(?i)^([A-Z]:)", 0U);
+    clsRegExMatchList groups;
+    if (!pattern.Match(path, &groups))
+        return true;
+    ConnectionList connections;
+    if (!connections.IsOpen())
+    {
+        DebugLine(L"UtilGetFileAccess(): WNetOpenEnum() failed");
+        return false;
+    }
+    if (!connections.ReadFirst())
+    {
+        DebugLine(L"UtilGetFileAccess(): WNetEnumResource() failed");
+        return false;
+    }
+    const IString drive = groups[1].text;
+    RememberedConnection found;
+    if (connections.Find([&drive](const RememberedConnection& one) { return one.drive == drive; }, found))
+        path = String(found.share, path.Mid(drive.Length()));
+    return true;
+}
+
+// Collects the users of one file from the blocks of a server's list.
+class Collector
+{
+public:
+    Collector(const String& pathOnServer, FileAccess& found) : _path(pathOnServer), _found(found) {}
+
+    void Add(const FILE_INFO_3& file)
+    {
+        static clsRegEx& pattern = MakeForever<clsRegEx>(L"(?i)^([A-Z]:)(\\\\.*)$", 0U);
+        clsRegExMatchList groups;
+        if (!file.fi3_pathname || !pattern.Match(file.fi3_pathname, &groups) || _path != groups[2].text)
+            return;
+        _found.access |= file.fi3_permissions & kAccessBits;
+        if (file.fi3_username)
+            _found.users.AppendWithSeparator(L'\t', String(file.fi3_username));
+    }
+
+private:
+    const IString _path; // file names on servers don't regard case
+    FileAccess& _found;
+};
+
+// Returns false if the server's list can't be read to its end.
+bool ListFiles(const String& server, clsNetAPI32& network, Collector& collector)
+{
+    if (!network.p_NetFileEnum.IsThere() || !network.p_NetApiBufferFree.IsThere())
+        return false;
+    ULONG_PTR resume = 0;
+    NET_API_STATUS status = ERROR_MORE_DATA;
+    while (status == ERROR_MORE_DATA)
+    {
+        BYTE* block = nullptr;
+        DWORD read = 0;
+        DWORD total = 0;
+        status =
+            network.p_NetFileEnum(server, nullptr, nullptr, 3, &block, MAX_PREFERRED_LENGTH, &read, &total, &resume);
+        const bool hasBlock = (status == NERR_Success || status == ERROR_MORE_DATA) && block != nullptr;
+        for (DWORD i = 0; hasBlock && i < read; ++i)
+            collector.Add(reinterpret_cast<const FILE_INFO_3*>(block)[i]);
+        if (block)
+            network.p_NetApiBufferFree(block);
+        // A server that promises more and delivers nothing would keep the caller forever.
+        if (status == ERROR_MORE_DATA && (!hasBlock || read == 0))
+            return false;
+    }
+    return status == NERR_Success;
+}
+
+} // namespace
+
+FileAccessResult GetFileInfoAccess(const String& path, clsNetAPI32& network, FileAccess& found)
+{
+    static clsRegEx& pattern = MakeForever<clsRegEx>(L"(?i)^(\\\\\\\\.*?)(\\\\.*)$", 0U);
+    String target = LongForm(path);
+    if (!ReplaceDrive(target))
+        return FileAccessResult::NoConnections;
+    clsRegExMatchList groups;
+    if (!pattern.Match(target, &groups))
+        return FileAccessResult::Done;
+    Collector collector(groups[2].text, found);
+    if (ListFiles(groups[1].text, network, collector))
+        return FileAccessResult::Done;
+    found.access = 0;
+    return FileAccessResult::NoAnswer;
+}
+
+} // namespace qx

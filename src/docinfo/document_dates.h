@@ -1,0 +1,18 @@
+// Dates of documents.
+#pragma once
+
+#include "core/variant/variant.h"
+
+#include <windows.h>
+
+namespace qx
+{
+
+// Returns a date in UTC as VT_DATE in local time, with its milliseconds. A date that is unset or can't be converted
+// becomes VT_EMPTY.
+clsVariant ToLocalDate(const SYSTEMTIME& utc);
+
+// The parts aren't checked. The seconds are 0 if the format has none.
+SYSTEMTIME DateOfParts(unsigned year, unsigned month, unsigned day, unsigned hour, unsigned minute, unsigned second);
+
+} // namespace qx

@@ -1,0 +1,187 @@
+#include "docinfo/document_list.h"
+
+#include "accounts/path_forms.h"
+#include "core/ticks.h"
+#include "docinfo/document_read.h"
+#include "docinfo/share_guard.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qx
+{
+namespace
+{
+
+constexpr std::uint32_t kMillisecondsPerSecond = 1000;
+constexpr DWORD kRound = 1000;      // ms between two looks of the list's thread
+constexpr DWORD kWaitForRoom = 100; // ms
+
+// As a wait, the largest result has no limit.
+std::uint32_t Milliseconds(std::uint32_t seconds)
+{
+    return seconds > UINT32_MAX / kMillisecondsPerSecond ? UINT32_MAX : seconds * kMillisecondsPerSecond;
+}
+
+// Replaces a path on a mapped drive by one that the system can open, and returns its share.
+IString ResolveShare(String& path)
+{
+    EnsureLocalPath(path, path);
+    String unc;
+    return EnsureUNCPath(path, unc) ? ShareOfPath(unc) : IString();
+}
+
+} // namespace
+
+clsAutoRelease<clsDocu*> DocumentCache::Find(const IString& key)
+{
+    const clsCriticalSectionLock lock(_section);
+    const auto* const record = _records.Find(key);
+    return record != nullptr ? *record : clsAutoRelease<clsDocu*>();
+}
+
+bool DocumentCache::Insert(const IString& key, const clsAutoRelease<clsDocu*>& record)
+{
+    const clsCriticalSectionLock lock(_section);
+    const bool wasEmpty = _records.IsEmpty();
+    _records.Insert(key, record);
+    return wasEmpty;
+}
+
+void DocumentCache::RemoveExpired(std::uint64_t now)
+{
+    const clsCriticalSectionLock lock(_section);
+    std::vector<IString> expired;
+    _records.ForEach(
+        [&](const auto& entry)
+        {
+            if (!entry.value->IsValidAt(now))
+                expired.push_back(entry.key);
+        });
+    for (const IString& key : expired)
+        _records.Remove(key);
+}
+
+void DocumentCache::Clear()
+{
+    const clsCriticalSectionLock lock(_section);
+    _records.Clear();
+}
+
+clsDocuList::clsDocuList(std::uint32_t cacheSeconds) : clsThreadBase(L"DocuList::Reload"), _cacheSeconds(cacheSeconds)
+{
+    _readers.reserve(kMostReaders); // a reader that can't be kept would have to be waited for
+}
+
+clsDocuList::~clsDocuList()
+{
+    ThreadEnd(false, INFINITE, false);
+}
+
+clsAutoRelease<clsDocu*> clsDocuList::Get(const String& key, std::uint32_t wait)
+{
+    clsAutoRelease<clsDocu*> record = FindOrMake(key, wait);
+    Refresh(*record);
+    return record;
+}
+
+clsAutoRelease<clsDocu*> clsDocuList::FindOrMake(const String& key, std::uint32_t wait)
+{
+    const auto make = [&]
+    {
+        return clsDocu::Create(key, this, Milliseconds(_cacheSeconds), Milliseconds(wait));
+    };
+    if (_cacheSeconds == 0)
+        return make();
+    const clsCriticalSectionLock lock(_section);
+    const IString cacheKey(key);
+    clsAutoRelease<clsDocu*> record = _cache.Find(cacheKey);
+    if (record)
+        return record;
+    record = make();
+    if (_cache.Insert(cacheKey, record))
+        ThreadStart(THREAD_PRIORITY_IDLE);
+    return record;
+}
+
+// A local document is read with the record's section held, so that a second caller finds a valid record. One on a share
+// may take as long as the system waits for the server, so it is read without the section.
+void clsDocuList::Refresh(clsDocu& record)
+{
+    if (!record.refreshable || record.IsValidAt(UtilGetTicks()))
+        return;
+    IString share;
+    std::uint64_t readBefore = 0;
+    {
+        const clsCriticalSectionLock lock(record.Section());
+        const std::uint64_t now = UtilGetTicks();
+        if (record.IsValidAt(now))
+            return;
+        record.resolvedPath = record.path;
+        if (record.resolvedPath.IsEmpty())
+        {
+            record.Clear();
+            return;
+        }
+        readBefore = record.readTick.exchange(now);
+        share = ResolveShare(record.resolvedPath);
+        if (share.IsEmpty())
+        {
+            ReadDocument(record, readBefore, nullptr);
+            return;
+        }
+    }
+    RefreshFromShare(record, share, readBefore);
+}
+
+void clsDocuList::RefreshFromShare(clsDocu& record, const IString& share, std::uint64_t readBefore)
+{
+    if (IsShareUnreachable(share, false))
+        return; // with the old contents
+    std::unique_ptr<clsDocuAsync> reader;
+    {
+        const clsCriticalSectionLock lock(record.Section());
+        reader = std::make_unique<clsDocuAsync>(record, readBefore, share);
+    }
+    if (IsShareUnreachable(share, true))
+        return; // another caller has found out in the meantime
+    if (!reader->Run())
+    {
+        KeepReader(std::move(reader));
+        return;
+    }
+    const clsCriticalSectionLock lock(record.Section());
+    reader->GiveResults();
+}
+
+// Waits until there is room for one more reader that nobody waits for.
+void clsDocuList::KeepReader(std::unique_ptr<clsDocuAsync> reader)
+{
+    clsCriticalSectionLock lock(_section);
+    for (DropEndedReaders(); _readers.size() >= kMostReaders; DropEndedReaders())
+    {
+        _section.Leave();
+        Sleep(kWaitForRoom);
+        _section.Enter();
+    }
+    _readers.push_back(std::move(reader));
+}
+
+void clsDocuList::DropEndedReaders()
+{
+    std::erase_if(_readers, [](const auto& reader) { return reader->HasEnded(); });
+}
+
+unsigned clsDocuList::ThreadProc()
+{
+    int result = 0;
+    while (WaitForEvents(kRound, result, 0))
+    {
+        const clsCriticalSectionLock lock(_section);
+        _cache.RemoveExpired(UtilGetTicks());
+        DropEndedReaders();
+    }
+    return 0;
+}
+
+} // namespace qx

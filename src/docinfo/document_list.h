@@ -1,0 +1,67 @@
+// A list of documents: finds, refreshes and keeps their records.
+#pragma once
+
+#include "containers/skip_list.h"
+#include "core/critical_section.h"
+#include "core/text/string.h"
+#include "docinfo/document_record.h"
+#include "docinfo/share_reader.h"
+#include "files/auto_release.h"
+#include "threads/thread_base.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace qx
+{
+
+// The records of a list by their keys, which compare without regard to the case of A to Z. Any thread may use it.
+class DocumentCache
+{
+public:
+    // Returns null if there is none.
+    clsAutoRelease<clsDocu*> Find(const IString& key);
+    // Returns true if the cache was empty before.
+    bool Insert(const IString& key, const clsAutoRelease<clsDocu*>& record);
+    void RemoveExpired(std::uint64_t now);
+    void Clear();
+
+private:
+    clsCriticalSection _section;
+    WCValSkipListDict<IString, clsAutoRelease<clsDocu*>> _records;
+};
+
+// With a cache, the list's own thread drops expired records once a second. It starts with the first record. Any thread
+// may use a list, except that it must be destroyed by the last one.
+class clsDocuList : public clsThreadBase
+{
+public:
+    static constexpr std::size_t kMostReaders = 20;
+
+    // 0 seconds turn the cache off.
+    explicit clsDocuList(std::uint32_t cacheSeconds);
+    // Waits for the list's thread and for all readers that are still running.
+    ~clsDocuList() override;
+
+    // Returns the refreshed record of a document. `wait` is the time in seconds to wait for a document on a share.
+    clsAutoRelease<clsDocu*> Get(const String& key, std::uint32_t wait);
+
+    unsigned ThreadProc() override;
+
+private:
+    clsAutoRelease<clsDocu*> FindOrMake(const String& key, std::uint32_t wait);
+    void Refresh(clsDocu& record);
+    // The part of a refresh that reads from a share.
+    void RefreshFromShare(clsDocu& record, const IString& share, std::uint64_t readBefore);
+    void KeepReader(std::unique_ptr<clsDocuAsync> reader);
+    void DropEndedReaders();
+
+    const std::uint32_t _cacheSeconds;
+    clsCriticalSection _section; // of the list as a whole; taken before the cache's
+    DocumentCache _cache;
+    std::vector<std::unique_ptr<clsDocuAsync>> _readers; // those that their callers no longer wait for
+};
+
+} // namespace qx

@@ -1,0 +1,90 @@
+#include "docinfo/document_read.h"
+
+#include "core/ticks.h"
+#include "docinfo/document_file.h"
+#include "docinfo/file_window.h"
+#include "docinfo/reader_table.h"
+
+#include <cstring>
+
+namespace qx
+{
+namespace
+{
+
+// Takes the section at the first write to the record, if there is one.
+class LateLock
+{
+public:
+    explicit LateLock(clsCriticalSection* section) : _section(section) {}
+    LateLock(const LateLock&) = delete;
+    LateLock& operator=(const LateLock&) = delete;
+    ~LateLock()
+    {
+        if (_isTaken)
+            _section->Leave();
+    }
+
+    void Take()
+    {
+        if (_section == nullptr || _isTaken)
+            return;
+        _section->Enter();
+        _isTaken = true;
+    }
+
+private:
+    clsCriticalSection* const _section;
+    bool _isTaken = false;
+};
+
+void ReadContents(clsDocu& record, clsDocFile& file)
+{
+    record.reader = nullptr;
+    record.remark.Empty();
+    FileWindow window(file);
+    const ReaderRow* const row = ChooseReader(record.resolvedPath, window);
+    if (row == nullptr)
+        return;
+    record.reader = row->name;
+    if (row->read(record, window) < 0 && row->failure == ReaderFailure::ClearsRecord)
+        record.Clear();
+}
+
+} // namespace
+
+void ReadDocument(clsDocu& record, std::uint64_t readBefore, clsCriticalSection* section)
+{
+    LateLock lock(section);
+    clsDocFile file(record.resolvedPath);
+    if (!file.IsOpen())
+    {
+        lock.Take();
+        if (file.GetErrorKind() == FileError::InUse)
+            record.readTick = 0; // the next request tries again
+        else
+            record.Clear();
+        return;
+    }
+    FILETIME written = {};
+    const bool hasTime = GetLastWriteTime(file, written);
+    lock.Take();
+    record.accessible = true;
+    if (!hasTime)
+    {
+        record.Clear();
+        return;
+    }
+    SYSTEMTIME time = kNoTime;
+    if (!FileTimeToSystemTime(&written, &time))
+        time = kNoTime;
+    // The record already has the tick of this refresh. A record that was cleared or whose file was in use had none.
+    if (readBefore != 0 && std::memcmp(&time, &record.fileTime, sizeof time) == 0)
+        return;
+    record.fileTime = time;
+    record.LastSaved = time; // unless a reader finds a better one
+    record.readTick = UtilGetTicks();
+    ReadContents(record, file);
+}
+
+} // namespace qx

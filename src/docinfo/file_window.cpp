@@ -1,0 +1,103 @@
+#include "docinfo/file_window.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace qx
+{
+namespace
+{
+
+constexpr std::size_t kLeastRead = 4096;
+
+} // namespace
+
+std::uint64_t FileWindow::Size()
+{
+    if (_size < 0)
+        _size = std::max<std::int64_t>(_file.GetSize(), 0);
+    return static_cast<std::uint64_t>(_size);
+}
+
+const std::uint8_t* FileWindow::At(std::uint64_t offset, std::size_t count)
+{
+    const auto isBuffered = [&]
+    {
+        return offset >= _begin && offset - _begin <= _count && count <= _count - (offset - _begin);
+    };
+    if (!isBuffered())
+    {
+        if (count > kCapacity || offset > static_cast<std::uint64_t>(INT64_MAX) - count)
+            return nullptr;
+        Fill(offset, count);
+        if (!isBuffered())
+            return nullptr;
+    }
+    return _buffer.get() + (offset - _begin);
+}
+
+std::size_t FileWindow::Read(std::uint64_t offset, void* buffer, std::size_t count)
+{
+    auto* const target = static_cast<std::uint8_t*>(buffer);
+    std::size_t done = 0;
+    while (done < count)
+    {
+        const std::size_t wanted = std::min(count - done, kCapacity);
+        if (const std::uint8_t* const bytes = At(offset + done, wanted))
+        {
+            std::memcpy(target + done, bytes, wanted);
+            done += wanted;
+            continue;
+        }
+        // The file ends within this part; the buffer begins with what there is of it.
+        if (offset + done == _begin)
+        {
+            std::memcpy(target + done, _buffer.get(), _count);
+            done += _count;
+        }
+        break;
+    }
+    return done;
+}
+
+void FileWindow::Fill(std::uint64_t offset, std::size_t count)
+{
+    if (!_buffer)
+        _buffer = std::make_unique_for_overwrite<std::uint8_t[]>(kCapacity);
+    _begin = offset;
+    _count = 0;
+    const auto position = static_cast<std::int64_t>(offset);
+    if (_file.Position() != position && (_file.Seek(position), _file.Position() != position))
+        return;
+    const std::size_t wanted = std::max(count, kLeastRead);
+    while (_count < wanted)
+    {
+        const std::uint32_t read = _file.Read(_buffer.get() + _count, static_cast<std::uint32_t>(wanted - _count));
+        if (read == 0)
+            return;
+        _count += read;
+    }
+}
+
+bool ReadFirstText(FileWindow& file, String& text)
+{
+    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(file.Size(), FileWindow::kCapacity));
+    const std::uint8_t* const bytes = file.At(0, count);
+    if (bytes == nullptr)
+        return false;
+    text = TextOfBytes(bytes, count);
+    return true;
+}
+
+String TextOfBytes(const std::uint8_t* bytes, std::size_t count)
+{
+    String text;
+    if (count == 0)
+        return text;
+    const auto* const end = static_cast<const std::uint8_t*>(std::memchr(bytes, 0, count));
+    text.Assign(
+        reinterpret_cast<const char*>(bytes), 0, end != nullptr ? static_cast<std::size_t>(end - bytes) : count);
+    return text;
+}
+
+} // namespace qx

@@ -1,0 +1,169 @@
+#include "docinfo/office_block.h"
+
+#include "docinfo/text_scan.h"
+#include "locale/machine_date.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qx
+{
+namespace
+{
+
+constexpr std::wstring_view kOpen = L"<o:", kClose = L"</o:";
+
+// Hashes of the text between any two positions, without regard to case.
+class RangeHashes
+{
+public:
+    explicit RangeHashes(std::wstring_view text)
+    {
+        _hashes.reserve(text.size() + 1);
+        _powers.reserve(text.size() + 1);
+        _hashes.push_back(0);
+        _powers.push_back(1);
+        for (const wchar_t c : text)
+        {
+            _hashes.push_back(_hashes.back() * kBase + LowerASCII(c) + 1);
+            _powers.push_back(_powers.back() * kBase);
+        }
+    }
+
+    std::uint64_t Of(std::size_t begin, std::size_t end) const
+    {
+        return _hashes[end] - _hashes[begin] * _powers[end - begin];
+    }
+
+private:
+    static constexpr std::uint64_t kBase = 0x9E3779B97F4A7C15;
+
+    std::vector<std::uint64_t> _hashes; // of the first n characters
+    std::vector<std::uint64_t> _powers;
+};
+
+// The closing tags of a text. They are found by the hashes of their names, because hostile names may overlap, and their
+// lengths then add up to the square of the text's.
+class ClosingTags
+{
+public:
+    explicit ClosingTags(std::wstring_view text) : _text(text), _hashes(text)
+    {
+        std::size_t end = 0;
+        for (std::size_t at = FindIgnoringCase(text, kClose, 0); at != kNotFound;
+             at = FindIgnoringCase(text, kClose, at + 1))
+        {
+            const std::size_t name = at + kClose.size();
+            if (end < name)
+                end = text.find(L'>', name);
+            if (end == kNotFound)
+                break;
+            _tags.emplace_back(_hashes.Of(name, end), at);
+        }
+        std::sort(_tags.begin(), _tags.end());
+    }
+
+    // Returns the position of the first one at `from` or later whose name is the text from `begin` to `end`, or
+    // kNotFound.
+    std::size_t Find(std::size_t begin, std::size_t end, std::size_t from) const
+    {
+        const std::uint64_t hash = _hashes.Of(begin, end);
+        for (auto tag = std::lower_bound(_tags.begin(), _tags.end(), Tag(hash, from));
+             tag != _tags.end() && tag->first == hash; ++tag)
+            if (HasName(tag->second, _text.substr(begin, end - begin)))
+                return tag->second;
+        return kNotFound;
+    }
+
+private:
+    using Tag = std::pair<std::uint64_t, std::size_t>; // the hash of the name, and the tag's position
+
+    bool HasName(std::size_t tag, std::wstring_view name) const
+    {
+        const std::wstring_view other = _text.substr(tag + kClose.size(), name.size());
+        return std::equal(name.begin(), name.end(), other.begin(), other.end(),
+            [](wchar_t a, wchar_t b) { return LowerASCII(a) == LowerASCII(b); });
+    }
+
+    const std::wstring_view _text;
+    const RangeHashes _hashes;
+    std::vector<Tag> _tags;
+};
+
+struct Element
+{
+    std::wstring_view whole;
+    std::wstring_view key;
+    std::wstring_view value;
+};
+
+// Finds the first element with a closing tag of the same name. A name ends at the first ">".
+std::optional<Element> FirstElement(std::wstring_view text)
+{
+    const ClosingTags closingTags(text);
+    std::size_t nameEnd = 0;
+    for (std::size_t at = FindIgnoringCase(text, kOpen, 0); at != kNotFound; at = FindIgnoringCase(text, kOpen, at + 1))
+    {
+        const std::size_t name = at + kOpen.size();
+        if (nameEnd < name)
+            nameEnd = text.find(L'>', name);
+        if (nameEnd == kNotFound)
+            break;
+        const std::wstring_view key = text.substr(name, nameEnd - name);
+        const std::size_t close = closingTags.Find(name, nameEnd, nameEnd + 1);
+        if (close == kNotFound)
+            continue;
+        const std::size_t end = close + kClose.size() + key.size() + 1;
+        return Element{text.substr(at, end - at), key, text.substr(nameEnd + 1, close - nameEnd - 1)};
+    }
+    return std::nullopt;
+}
+
+void TakeElement(clsDocu& record, const Element& element)
+{
+    const auto text = [&](clsVariant& field)
+    {
+        clsDocu::SetText(field, String(element.value));
+    };
+    const auto date = [&](SYSTEMTIME& field)
+    {
+        field = kNoTime;
+        ReadISO8601Date(element.value, field);
+    };
+
+    if (element.key == L"Subject")
+        text(record.Subject);
+    else if (element.key == L"Author")
+        text(record.Author);
+    else if (element.key == L"LastAuthor")
+        text(record.LastAuthor);
+    else if (element.key == L"Keywords")
+        text(record.Keywords);
+    else if (element.key == L"Created")
+        date(record.Created);
+    else if (element.key == L"LastSaved")
+        date(record.LastSaved);
+    else if (element.key == L"Description")
+        text(record.Comments);
+}
+
+} // namespace
+
+// Each element is removed with all its repetitions before the next search, and what is left may form new elements.
+int ParseOfficeProperties(clsDocu& record, std::wstring_view text)
+{
+    std::wstring left(text);
+    while (const std::optional<Element> element = FirstElement(left))
+    {
+        TakeElement(record, *element);
+        RemoveAll(left, std::wstring(element->whole), 0);
+    }
+    return 0;
+}
+
+} // namespace qx

@@ -1,0 +1,30 @@
+// Which reader takes which file.
+#pragma once
+
+#include "docinfo/document_record.h"
+#include "docinfo/file_window.h"
+
+#include <cstdint>
+
+namespace qx
+{
+
+// What the failure of a reader means.
+enum class ReaderFailure
+{
+    ClearsRecord, // the document counts as inaccessible
+    Ignored       // the record keeps what it has, and the file's times
+};
+
+struct ReaderRow
+{
+    const wchar_t* name; // for people
+    // Returns 0, or a negative number on failure.
+    int (*read)(clsDocu& record, FileWindow& file);
+    ReaderFailure failure;
+};
+
+// Chooses a reader by the extension, otherwise by the first four bytes. Returns null if no reader takes the file.
+const ReaderRow* ChooseReader(const String& path, FileWindow& file);
+
+} // namespace qx

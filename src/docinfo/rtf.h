@@ -1,0 +1,20 @@
+// Reads the information group of a Rich Text file.
+#pragma once
+
+#include "docinfo/document_record.h"
+#include "docinfo/file_window.h"
+
+#include <string>
+#include <string_view>
+
+namespace qx
+{
+
+// Looks at the first 64 KB only, as text of the default code page. Always returns 0.
+int ReadRTF(clsDocu& record, FileWindow& file);
+
+// Removes line ends, decodes \'hh to the character of that code until there is none left, then halves double
+// backslashes.
+std::wstring DecodeRTF(std::wstring_view text);
+
+} // namespace qx

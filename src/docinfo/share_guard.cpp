@@ -1,0 +1,69 @@
+#include "docinfo/share_guard.h"
+
+#include "containers/skip_list.h"
+#include "core/critical_section.h"
+#include "core/forever.h"
+#include "core/pattern/regex.h"
+#include "files/paths.h"
+
+namespace qx
+{
+namespace
+{
+
+// Shares are only ever added, so that a dead server is waited for once.
+class UnreachableShares
+{
+public:
+    static UnreachableShares& Get()
+    {
+        static UnreachableShares& shares = MakeForever<UnreachableShares>();
+        return shares;
+    }
+
+    bool Contains(const IString& share)
+    {
+        const clsCriticalSectionLock lock(_section);
+        return _shares.Contains(share);
+    }
+
+    void Add(const IString& share)
+    {
+        const clsCriticalSectionLock lock(_section);
+        _shares.Insert(share);
+    }
+
+private:
+    clsCriticalSection _section;
+    WCValSkipListSet<IString> _shares;
+};
+
+bool Answers(const IString& share)
+{
+    return ClassifyPath(share + L"\\.") == PathClass::Folder;
+}
+
+} // namespace
+
+IString ShareOfPath(const String& path)
+{
+    // Compiled for paths on shares only, and shared with no other thread: a pattern serialises its callers.
+    if (!path.View().starts_with(LR"(\\)"))
+        return IString();
+    clsRegEx pattern(LR"(^(\\\\(?:.+?)\\(?:.+?))(\\.*|)$)", 0);
+    clsRegExMatchList groups;
+    return pattern.Match(path, &groups) ? IString(groups[1].text) : IString();
+}
+
+bool IsShareUnreachable(const IString& share, bool onlyLook)
+{
+    UnreachableShares& shares = UnreachableShares::Get();
+    if (shares.Contains(share))
+        return true;
+    if (onlyLook || Answers(share))
+        return false;
+    shares.Add(share);
+    return true;
+}
+
+} // namespace qx

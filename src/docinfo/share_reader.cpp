@@ -1,0 +1,68 @@
+#include "docinfo/share_reader.h"
+
+#include "docinfo/document_read.h"
+
+#include <atomic>
+#include <utility>
+
+namespace qx
+{
+namespace
+{
+
+constexpr unsigned kStackSize = 256 * 1024; // enough for each reader
+
+std::atomic<DocumentReading> shareReading = ReadDocument;
+
+} // namespace
+
+void SetShareReading(DocumentReading reading)
+{
+    shareReading = reading != nullptr ? reading : ReadDocument;
+}
+
+clsDocuAsync::clsDocuAsync(clsDocu& record, std::uint64_t readBefore, IString share)
+    : clsThreadBase(L"clsDocuAsync"),
+      _timeout(record.timeout),
+      _readBefore(readBefore),
+      _record(&record),
+      _copy(record.Copy()),
+      _share(std::move(share))
+{
+}
+
+clsDocuAsync::~clsDocuAsync()
+{
+    ThreadEnd(false, INFINITE, false);
+}
+
+bool clsDocuAsync::Run()
+{
+    if (ThreadStart(THREAD_PRIORITY_NORMAL))
+        ThreadEnd(false, _timeout, false);
+    return HasEnded();
+}
+
+void clsDocuAsync::GiveResults()
+{
+    const clsCriticalSectionLock lock(_section);
+    _record->TakeValues(*_copy);
+}
+
+bool clsDocuAsync::HasEnded()
+{
+    return GetThreadState() != State::Running;
+}
+
+unsigned clsDocuAsync::ThreadProc()
+{
+    shareReading.load()(*_copy, _readBefore, &_section);
+    return 0;
+}
+
+unsigned clsDocuAsync::GetStackSize() const
+{
+    return kStackSize;
+}
+
+} // namespace qx

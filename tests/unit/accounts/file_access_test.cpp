@@ -1,0 +1,83 @@
+#include "accounts/file_access.h"
+
+#include "support/debug_lines.h"
+#include "unit/accounts/fake_server.h"
+
+#include <qxut23/access.h>
+
+#include <gtest/gtest.h>
+
+using namespace qx;
+using qxtest::FakeServer;
+using qxtest::OpenFile;
+
+namespace
+{
+
+constexpr const wchar_t* kFile = L"\\\\server\\share\\a.txt";
+
+FileAccessResult Ask(const wchar_t* path, FakeServer& server, FileAccess& found)
+{
+    return GetFileInfoAccess(path, server, found);
+}
+
+} // namespace
+
+TEST(FileAccess, UsersOfTheFileAreCollectedFromAllBlocks)
+{
+    FakeServer server({{ERROR_MORE_DATA, {OpenFile(L"C:\\share\\a.txt", L"ann", PERM_FILE_READ),
+                                             OpenFile(L"C:\\other\\a.txt", L"x", PERM_FILE_WRITE)}},
+        {ERROR_MORE_DATA,
+            {OpenFile(L"d:\\SHARE\\A.TXT", L"bob", 0xF8 | PERM_FILE_CREATE), OpenFile(nullptr, L"x", PERM_FILE_WRITE)}},
+        {NERR_Success,
+            {OpenFile(L"\\share\\a.txt", L"x", PERM_FILE_WRITE), OpenFile(L"C:\\share\\a.txt", nullptr, PERM_FILE_READ),
+                OpenFile(L"C:\\share\\a.txt.bak", L"x", PERM_FILE_WRITE)}}});
+    FileAccess found;
+    EXPECT_EQ(Ask(kFile, server, found), FileAccessResult::Done);
+    EXPECT_STREQ(server.server, L"\\\\server");
+    EXPECT_EQ(found.access, std::uint32_t{PERM_FILE_READ | PERM_FILE_CREATE});
+    EXPECT_STREQ(found.users, L"ann\tbob");
+    EXPECT_EQ(server.calls, 3u);
+    EXPECT_EQ(server.freed, 3u);
+}
+
+TEST(FileAccess, ServersThatDoNotAnswer)
+{
+    const std::vector<FILE_INFO_3> files = {OpenFile(L"C:\\share\\a.txt", L"ann", PERM_FILE_READ)};
+    const struct
+    {
+        std::vector<FakeServer::Answer> answers;
+        const char* missing;
+        const wchar_t* users;
+    } cases[] = {{{{ERROR_ACCESS_DENIED, files}}, "", L""},
+        {{{ERROR_MORE_DATA, files}, {ERROR_ACCESS_DENIED, {}}}, "", L"ann"},
+        {{{ERROR_MORE_DATA, {}}, {NERR_Success, files}}, "", L""}, // would never end
+        {{{NERR_Success, files}}, "NetFileEnum", L""}, {{{NERR_Success, files}}, "NetApiBufferFree", L""}};
+    for (const auto& one : cases)
+    {
+        FakeServer server(one.answers);
+        server.missing = one.missing;
+        FileAccess found;
+        EXPECT_EQ(Ask(kFile, server, found), FileAccessResult::NoAnswer);
+        EXPECT_EQ(found.access, 0u);
+        EXPECT_STREQ(found.users, one.users);
+    }
+}
+
+TEST(FileAccess, OnlyPathsOfServersAreAsked)
+{
+    for (const wchar_t* const path : {L"", L"a.txt", L"\\a.txt", L"/a/b.txt", L"\\\\server"})
+    {
+        FakeServer server({});
+        FileAccess found;
+        EXPECT_EQ(Ask(path, server, found), FileAccessResult::Done);
+        EXPECT_EQ(server.calls, 0u);
+    }
+}
+
+TEST(FileAccess, WithoutAPlaceForTheAccess)
+{
+    const qxtest::DebugLines lines;
+    EXPECT_EQ(UtilGetFileInfoAccess(kFile, nullptr, nullptr), -3);
+    EXPECT_STREQ(lines.Only(), L"UtilGetFileAccess(): parameter #2 is NULL");
+}

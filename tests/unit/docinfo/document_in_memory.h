@@ -1,0 +1,62 @@
+// A document in memory, and the record that a reader makes of it.
+#pragma once
+
+#include "docinfo/document_file.h"
+#include "docinfo/document_record.h"
+#include "docinfo/file_window.h"
+#include "support/memory_stream.h"
+
+#include <string>
+#include <string_view>
+
+namespace qxtest
+{
+
+using Reader = int (*)(qx::clsDocu& record, qx::FileWindow& file);
+
+class ReadRecord
+{
+public:
+    ReadRecord(Reader reader, std::string_view bytes)
+        : _record(qx::clsDocu::Create(qx::String(L"in memory"), nullptr, 0, 0))
+    {
+        const MemoryStream stream(bytes);
+        qx::clsDocFile file(stream);
+        qx::FileWindow window(file);
+        _result = reader(*_record, window);
+    }
+
+    int Result() const { return _result; }
+    qx::clsDocu* operator->() const { return _record.Get(); }
+
+private:
+    qx::clsAutoRelease<qx::clsDocu*> _record;
+    int _result;
+};
+
+// "-" stands for a text that isn't set.
+inline std::wstring TextOf(const qx::clsVariant& field)
+{
+    return field.Type() == VT_EMPTY ? L"-" : std::wstring(qx::ToString(field).View());
+}
+
+inline std::wstring DateOf(const SYSTEMTIME& date)
+{
+    if (date.wDayOfWeek == qx::kNoTime.wDayOfWeek && date.wYear == 0 && date.wMonth == 0)
+        return L"-";
+    return std::wstring(qx::String(qx::String::kFormatted, L"%d-%d-%d %d:%d:%d", date.wYear, date.wMonth, date.wDay,
+        date.wHour, date.wMinute, date.wSecond)
+                            .View());
+}
+
+// All texts and dates of a record, for comparisons.
+inline std::wstring Summary(const qx::clsDocu& record)
+{
+    std::wstring all;
+    for (const qx::clsVariant* const field :
+        {&record.Title, &record.Subject, &record.Author, &record.LastAuthor, &record.Keywords, &record.Comments})
+        all += TextOf(*field) + L"|";
+    return all + DateOf(record.Created) + L"|" + DateOf(record.LastSaved);
+}
+
+} // namespace qxtest

@@ -1,0 +1,302 @@
+// The scanners find what the patterns of the formats find. The patterns stand here as the formats' rules give them; the
+// readers don't use them, because their time may grow with the square of the text.
+#include "core/pattern/regex.h"
+#include "docinfo/html.h"
+#include "docinfo/html_entities.h"
+#include "docinfo/office_block.h"
+#include "docinfo/rtf.h"
+#include "locale/machine_date.h"
+#include "markup/entities.h"
+#include "unit/docinfo/document_in_memory.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <random>
+#include <span>
+
+using namespace qx;
+using qxtest::ReadRecord;
+using qxtest::Summary;
+
+namespace
+{
+
+constexpr std::uint32_t kHeadFlags = 0x40428; // CASELESS, DOTALL, MULTILINE, UNGREEDY
+constexpr std::uint32_t kItemFlags = 0x40028; // CASELESS, DOTALL, UNGREEDY
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int kTexts = 2'000;
+#else
+constexpr int kTexts = 100'000;
+#endif
+
+// A number that stops at the limit of 32 bits, from digits of the base.
+wchar_t NumberOf(const String& digits, int base)
+{
+    const std::string narrow(digits.View().begin(), digits.View().end());
+    return static_cast<wchar_t>(std::min<long long>(std::strtoll(narrow.c_str(), nullptr, base), INT32_MAX));
+}
+
+String Decoded(String text, clsRegEx& pattern, const std::function<wchar_t(const String&)>& character)
+{
+    clsRegExMatchList groups;
+    while (pattern.Match(text, &groups))
+    {
+        const wchar_t c = character(groups[1].text);
+        text.Replace(groups[0].text, c != 0 ? String(std::wstring_view(&c, 1)) : String());
+    }
+    return text;
+}
+
+void DropLineEnds(String& text)
+{
+    text.Replace(L'\r', 0);
+    text.Replace(L'\n', 0);
+}
+
+namespace patterns
+{
+
+String DecodeEntities(String text, bool named)
+{
+    static clsRegEx number(L"&#(x[A-Fa-f0-9]{2,4}|\\d+);", kHeadFlags);
+    for (std::size_t i = 0; named && i < 96; ++i)
+        text.Replace(String(kHtmlEntities[i].text), String(std::wstring_view(&kHtmlEntities[i].code, 1)));
+    DropLineEnds(text);
+    return Decoded(text, number,
+        [](const String& group)
+        {
+            const bool isHex = group.CharAt(0) == L'x';
+            return NumberOf(isHex ? group.Mid(1) : group, isHex ? 16 : 10);
+        });
+}
+
+void ParseOfficeProperties(clsDocu& record, String text)
+{
+    static clsRegEx element(L"<o:(.*)>(.*)</o:\\1>", kHeadFlags);
+    clsRegExMatchList groups;
+    while (element.Match(text, &groups))
+    {
+        const String key = groups[1].text;
+        const String value = groups[2].text;
+        const auto date = [&](SYSTEMTIME& field)
+        {
+            field = kNoTime;
+            ReadISO8601Date(value.View(), field);
+        };
+        if (key == L"Subject")
+            clsDocu::SetText(record.Subject, value);
+        else if (key == L"Author")
+            clsDocu::SetText(record.Author, value);
+        else if (key == L"LastAuthor")
+            clsDocu::SetText(record.LastAuthor, value);
+        else if (key == L"Keywords")
+            clsDocu::SetText(record.Keywords, value);
+        else if (key == L"Created")
+            date(record.Created);
+        else if (key == L"LastSaved")
+            date(record.LastSaved);
+        else if (key == L"Description")
+            clsDocu::SetText(record.Comments, value);
+        text.Replace(groups[0].text, String());
+    }
+}
+
+void ReadHTML(clsDocu& record, const String& page)
+{
+    static clsRegEx head(L"<head>(.*)</head>", kHeadFlags);
+    static clsRegEx title(L"<title>(.*)</title>", kItemFlags);
+    static clsRegEx office(L"<o:DocumentProperties>(.*)</o:DocumentProperties>", kItemFlags);
+    static clsRegEx author(LR"x(<meta\s+name="author"\s+content="(.*)">)x", kItemFlags);
+    static clsRegEx comments(LR"x(<meta\s+name="(?:description|DC\.Description)"\s+content="(.*)">)x", kItemFlags);
+    static clsRegEx subject(LR"x(<meta\s+name="DC\.Subject"\s+content="(.*)">)x", kItemFlags);
+    static clsRegEx keywords(LR"x(<meta\s+name="(?:keywords|DC\.Subject\.Keywords)"\s+content="(.*)">)x", kItemFlags);
+    clsRegExMatchList groups;
+    if (!head.Match(page, &groups))
+        return;
+    const String text = DecodeEntities(groups[1].text, true);
+    if (title.Match(text, &groups))
+        clsDocu::SetText(record.Title, groups[1].text);
+    if (office.Match(text, &groups))
+    {
+        ParseOfficeProperties(record, groups[1].text);
+        return;
+    }
+    const std::pair<clsRegEx&, clsVariant&> fields[] = {
+        {author, record.Author}, {comments, record.Comments}, {subject, record.Subject}, {keywords, record.Keywords}};
+    for (const auto& [pattern, field] : fields)
+        if (pattern.Match(text, &groups))
+            clsDocu::SetText(field, groups[1].text);
+}
+
+String DecodeRTF(String text)
+{
+    static clsRegEx character(LR"(\\'([A-Fa-f0-9]{2,2}))", kHeadFlags);
+    DropLineEnds(text);
+    text = Decoded(text, character, [](const String& group) { return NumberOf(group, 16); });
+    text.Replace(String(LR"(\\)"), String(LR"(\)"));
+    return text;
+}
+
+SYSTEMTIME ParseRTFDate(String text)
+{
+    static clsRegEx word(LR"(\\([a-z]+)(\d+))", 0);
+    SYSTEMTIME date = kNoTime;
+    clsRegExMatchList groups;
+    while (word.Match(text, &groups))
+    {
+        const String key = groups[1].text;
+        const auto number = static_cast<WORD>(NumberOf(groups[2].text, 10));
+        if (key == L"yr")
+            date.wYear = number;
+        else if (key == L"mo")
+            date.wMonth = number;
+        else if (key == L"dy")
+            date.wDay = number;
+        else if (key == L"hr")
+            date.wHour = number;
+        else if (key == L"min")
+            date.wMinute = number;
+        text.Replace(groups[0].text, String());
+    }
+    return date;
+}
+
+void ReadRTF(clsDocu& record, String text)
+{
+    static clsRegEx info(LR"(\{\\info((\{\\([a-z]+)((?:\s|\d|\\).*)\s*\}\s*)+)\s*\})", kItemFlags);
+    static clsRegEx group(LR"(\{\\([a-z]+)((?:\s|\d|\\).*)\s*\})", kItemFlags);
+    DropLineEnds(text);
+    clsRegExMatchList groups;
+    if (!info.Match(text, &groups))
+        return;
+    text = DecodeRTF(groups[1].text);
+    while (group.Match(text, &groups))
+    {
+        const String key = groups[1].text;
+        const String value = groups[2].text;
+        if (key == L"subject")
+            clsDocu::SetText(record.Subject, DecodeRTF(value));
+        else if (key == L"author")
+            clsDocu::SetText(record.Author, DecodeRTF(value));
+        else if (key == L"title")
+            clsDocu::SetText(record.Title, DecodeRTF(value));
+        else if (key == L"keywords")
+            clsDocu::SetText(record.Keywords, DecodeRTF(value));
+        else if (key == L"creatim")
+            record.Created = ParseRTFDate(DecodeRTF(value));
+        else if (key == L"revtim")
+            record.LastSaved = ParseRTFDate(DecodeRTF(value));
+        else if (key == L"doccomm")
+            clsDocu::SetText(record.Comments, value);
+        text.Replace(groups[0].text, String());
+    }
+}
+
+} // namespace patterns
+
+// Texts of random pieces, repetitions of the text so far among them. The same in each run.
+class RandomTexts
+{
+public:
+    explicit RandomTexts(std::span<const std::string_view> pieces) : _pieces(pieces) {}
+
+    std::string Next()
+    {
+        std::string text;
+        for (int count = Number(40); count > 0; --count)
+        {
+            if (Number(12) == 0 && !text.empty())
+            {
+                const int begin = Number(static_cast<int>(text.size()));
+                text += text.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(Number(30)));
+            }
+            else
+                text += _pieces[static_cast<std::size_t>(Number(static_cast<int>(_pieces.size())))];
+        }
+        return text;
+    }
+
+private:
+    int Number(int below) { return static_cast<int>(_random() % static_cast<unsigned>(below)); }
+
+    std::span<const std::string_view> _pieces;
+    std::mt19937 _random{1};
+};
+
+using ReadPatterns = void (*)(clsDocu& record, const String& text);
+
+// `wrap` holds the text where it says "%".
+void CompareReaders(
+    qxtest::Reader reader, ReadPatterns read, std::span<const std::string_view> pieces, std::string_view wrap)
+{
+    RandomTexts texts(pieces);
+    int filled = 0;
+    for (int i = 0; i < kTexts; ++i)
+    {
+        std::string text(wrap);
+        text.replace(text.find('%'), 1, texts.Next());
+        const ReadRecord found(reader, text);
+        const auto expected = clsDocu::Create(String(L"in memory"), nullptr, 0, 0);
+        String wide;
+        wide.Assign(text.c_str());
+        read(*expected, wide);
+        ASSERT_EQ(Summary(*found.operator->()), Summary(*expected)) << text;
+        filled += Summary(*expected) != L"-|-|-|-|-|-|-|-";
+    }
+    EXPECT_GT(filled, kTexts / 10); // the pieces make texts in which something is found
+}
+
+constexpr std::string_view kHtmlPieces[] = {"<title>", "</title>", "<TITLE>", "<meta name=\"author\" content=\"",
+    "<meta  name=\"dc.subject\"\tcontent=\"", "<META NAME=\"keywords\" CONTENT=\"",
+    "<meta name=\"Description\" content=\"", "name=\"author\"", "<meta ", "\">", "\"", ">", "a", "&#", "&#x", ";",
+    "&#38;", "#65;", "&#x3b;", "&#x3C;", "&#X41;", "&#0;", "&nbsp;", "&auml;", "&amp;", "&#9999999999;", "\r\n",
+    "</head>", "<head>", " ", "4", "\xE4"};
+
+constexpr std::string_view kOfficePieces[] = {"<o:", "</o:", ">", "<o:Author>", "</o:Author>", "</O:AUTHOR>",
+    "<o:Subject>b</o:Subject>", "<o:Keywords>", "</o:Keywords>", "<o:Created>2001-02-03T04:05:06Z</o:Created>",
+    "<o:LastSaved>", "2018-04-03T10:00:00Z", "</o:LastSaved>", "<o:Description>c</o:Description>",
+    "<o:author>x</o:author>", "Author", "a", "<", "</o", ":Author>", "<o:>", "</o:>"};
+
+constexpr std::string_view kRtfPieces[] = {"{\\title ", "{\\author ", "{\\subject\\a", "{\\keywords 1", "{\\doccomm ",
+    "{\\creatim\\yr2001\\mo2", "\\dy3\\hr4}", "{\\revtim\\min5", "}", "} ", "{", "\\", "{\\info", "{\\x }", "\\'",
+    "\\'41", "\\'5c", "\\'7D", "\\'00", "'4", "1", "e4", "\\\\", " ", "\n", "\\yr1", "\\yr12", "title", "a"};
+
+} // namespace
+
+TEST(Scanners, HtmlHead)
+{
+    CompareReaders(ReadHTML, patterns::ReadHTML, kHtmlPieces, "<head>%</head>");
+}
+
+TEST(Scanners, OfficeBlock)
+{
+    CompareReaders(
+        ReadHTML, patterns::ReadHTML, kOfficePieces, "<head><o:DocumentProperties>%</o:DocumentProperties></head>");
+}
+
+TEST(Scanners, RtfInfo)
+{
+    CompareReaders(
+        ReadRTF, [](clsDocu& record, const String& text) { patterns::ReadRTF(record, text); }, kRtfPieces,
+        "{\\rtf1{\\info{\\title t}%}}");
+}
+
+TEST(Scanners, Decoders)
+{
+    RandomTexts html(kHtmlPieces), rtf(kRtfPieces);
+    for (int i = 0; i < kTexts; ++i)
+    {
+        String text;
+        const std::string page = html.Next();
+        text.Assign(page.c_str());
+        const bool named = i % 2 != 0;
+        ASSERT_EQ(DecodeEntities(text.View(), named), patterns::DecodeEntities(text, named).View()) << page;
+        const std::string document = rtf.Next();
+        text.Assign(document.c_str());
+        ASSERT_EQ(DecodeRTF(text.View()), patterns::DecodeRTF(text).View()) << document;
+    }
+}

@@ -1,0 +1,183 @@
+#include "doc_commands.h"
+
+#include "document.h"
+#include "document_inputs.h"
+#include "document_writer.h"
+#include "failure.h"
+#include "progress_bar.h"
+#include "text.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace qxut
+{
+
+namespace
+{
+
+struct DocOptions
+{
+    std::vector<std::string> names;
+    std::string fields;
+    std::string filesFrom;
+    unsigned jobs = 0;
+    bool asJson = false;
+    bool asCsv = false;
+    bool explains = false;
+};
+
+// Returns the fields of a list with commas.
+std::vector<DocField> FieldsOf(const std::string& list)
+{
+    std::vector<DocField> fields;
+    for (std::size_t begin = 0; begin < list.size();)
+    {
+        const std::size_t end = std::min(list.find(',', begin), list.size());
+        const std::string name = list.substr(begin, end - begin);
+        const auto found = std::find(kDocFieldNames.begin(), kDocFieldNames.end(), name);
+        if (found == kDocFieldNames.end())
+            throw Failure(kWrongUsage, "unknown field '" + Shown(name) + "'");
+        fields.push_back(static_cast<DocField>(found - kDocFieldNames.begin()));
+        begin = end + 1;
+    }
+    return fields;
+}
+
+// Reads files on several threads and hands the documents back in the order of the files.
+class OrderedReading
+{
+public:
+    OrderedReading(const DocumentList& list, const std::vector<std::string>& files, unsigned jobs)
+        : _list(list),
+          _files(files),
+          _results(files.size())
+    {
+        for (unsigned i = 0; i < jobs; ++i)
+            _threads.emplace_back([this] { Work(); });
+    }
+    OrderedReading(const OrderedReading&) = delete;
+    OrderedReading& operator=(const OrderedReading&) = delete;
+    ~OrderedReading()
+    {
+        _next = _files.size();
+        for (std::thread& thread : _threads)
+            thread.join();
+    }
+
+    // Waits for a document. Each may be taken once.
+    Document Take(std::size_t index)
+    {
+        std::unique_lock lock(_mutex);
+        _isReady.wait(lock, [&] { return _results[index].has_value(); });
+        Document document = std::move(*_results[index]);
+        _results[index].reset();
+        return document;
+    }
+
+private:
+    void Work()
+    {
+        for (std::size_t index = _next++; index < _files.size(); index = _next++)
+        {
+            Document document = _list.Read(_files[index]);
+            const std::lock_guard lock(_mutex);
+            _results[index] = std::move(document);
+            _isReady.notify_one();
+        }
+    }
+
+    const DocumentList& _list;
+    const std::vector<std::string>& _files;
+    std::atomic<std::size_t> _next = 0;
+    std::mutex _mutex;
+    std::condition_variable _isReady;
+    std::vector<std::optional<Document>> _results;
+    std::vector<std::thread> _threads;
+};
+
+void ReadNamed(const DocOptions& options, const DocumentList& list, DocumentWriter& writer)
+{
+    std::vector<std::string> files;
+    ForEachFile(options.names, [&](const std::string& file) { files.push_back(file); });
+    const unsigned jobs = options.jobs != 0 ? options.jobs : std::max(std::thread::hardware_concurrency(), 1u);
+    OrderedReading reading(list, files, static_cast<unsigned>(std::min<std::size_t>(jobs, files.size())));
+    ProgressBar progress(files.size());
+    for (std::size_t i = 0; i < files.size(); ++i)
+    {
+        writer.Write(reading.Take(i));
+        progress.Set(i + 1, files[i]);
+    }
+}
+
+// Each path is answered at once, so that another program can keep asking.
+void ReadFrom(std::istream& paths, const DocumentList& list, DocumentWriter& writer)
+{
+    for (std::string line; std::getline(paths, line);)
+    {
+        if (line.ends_with('\r'))
+            line.pop_back();
+        if (line.empty())
+            continue;
+        writer.Write(list.Read(line));
+        std::cout.flush();
+    }
+}
+
+void ShowDocuments(const DocOptions& options)
+{
+    if (options.names.empty() == options.filesFrom.empty())
+        throw Failure(kWrongUsage, "name files or use --files-from, one of both");
+    const DocFormat format = options.asJson ? DocFormat::Json : options.asCsv ? DocFormat::Csv : DocFormat::Table;
+    DocumentWriter writer(format, FieldsOf(options.fields), options.explains);
+    const DocumentList list(options.explains);
+    if (options.filesFrom == "-")
+        ReadFrom(std::cin, list, writer);
+    else if (!options.filesFrom.empty())
+    {
+        std::ifstream paths(std::filesystem::u8path(options.filesFrom));
+        if (!paths)
+            throw Failure(kCannotRead, "cannot read '" + Shown(options.filesFrom) + "'");
+        ReadFrom(paths, list, writer);
+    }
+    else
+        ReadNamed(options, list, writer);
+    if (writer.Unreadable() != 0)
+        throw Failure(kCannotRead, std::to_string(writer.Unreadable()) + " of the files cannot be read");
+}
+
+} // namespace
+
+void AddDocCommands(CLI::App& program)
+{
+    const auto options = std::make_shared<DocOptions>();
+    CLI::App* const doc =
+        program.add_subcommand("doc", "print title, author, dates and other information of documents");
+    doc->add_option("file", options->names, "files and folders; folders with all that is below them");
+    doc->add_option("--files-from", options->filesFrom,
+        "read the paths from a file, or from standard input with -, one per line; each is answered at once");
+    doc->add_option("--fields", options->fields,
+        "the fields to print, with commas: file, title, subject, author, last-author, keywords, comments, created, "
+        "saved, "
+        "path, reader, remark; dates are local");
+    doc->add_option(
+        "--jobs", options->jobs, "the number of files to read at the same time; one per processor by default");
+    doc->add_flag("--why", options->explains, "print which reader took the file, and what it refused");
+    CLI::Option* const json = doc->add_flag("--json", options->asJson, "print JSON, one line for each file");
+    doc->add_flag("--csv", options->asCsv, "print CSV with a head line")->excludes(json);
+    doc->callback([options] { ShowDocuments(*options); });
+}
+
+} // namespace qxut
