@@ -1,5 +1,6 @@
 #include "docinfo/html.h"
 
+#include "core/text/text_buffer.h"
 #include "docinfo/html_entities.h"
 #include "docinfo/office_block.h"
 #include "docinfo/text_scan.h"
@@ -71,7 +72,7 @@ int ReadHTML(clsDocu& record, FileWindow& file)
     const auto rawHead = Between(page.View(), L"<head>", L"</head>");
     if (!rawHead)
         return 0;
-    const std::wstring head = DecodeEntities(*rawHead, true);
+    const TextBuffer head = DecodeEntities(*rawHead, true);
     if (const auto title = Between(head, L"<title>", L"</title>"))
         clsDocu::SetText(record.Title, String(*title));
     if (const auto properties = Between(head, L"<o:documentproperties>", L"</o:documentproperties>"))

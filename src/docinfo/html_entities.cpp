@@ -1,5 +1,6 @@
 #include "docinfo/html_entities.h"
 
+#include "core/text/text_buffer.h"
 #include "docinfo/text_scan.h"
 #include "markup/entities.h"
 
@@ -22,9 +23,9 @@ bool IsLatin1(const HtmlEntity& entity)
 static_assert(std::all_of(kHtmlEntities.begin(), kHtmlEntities.end(),
     [](const HtmlEntity& entity) { return entity.text.size() <= kLongestName; }));
 
-std::wstring DecodeNames(std::wstring_view text)
+TextBuffer DecodeNames(std::wstring_view text)
 {
-    std::wstring result;
+    TextBuffer result;
     result.reserve(text.size());
     std::size_t done = 0;
     for (std::size_t at = text.find(L'&'); at != kNotFound; at = text.find(L'&', at + 1))
@@ -57,7 +58,7 @@ struct Reference
     wchar_t value; // 0: the reference vanishes
 };
 
-std::optional<Reference> ReferenceAtEnd(const std::wstring& text)
+std::optional<Reference> ReferenceAtEnd(const TextBuffer& text)
 {
     constexpr std::size_t kMostHexDigits = 4;
     const auto isIntroduced = [&](std::size_t digits)
@@ -88,10 +89,10 @@ std::optional<Reference> ReferenceAtEnd(const std::wstring& text)
 
 // A reference contains one ampersand, at its beginning, and one semicolon, at its end. So references never overlap, and
 // the order in which they are decoded doesn't matter: one pass decodes each as soon as its semicolon comes up.
-std::wstring DecodeEntities(std::wstring_view text, bool named)
+TextBuffer DecodeEntities(std::wstring_view text, bool named)
 {
-    const std::wstring decodedNames = named ? DecodeNames(text) : std::wstring();
-    std::wstring result;
+    const TextBuffer decodedNames = named ? DecodeNames(text) : TextBuffer();
+    TextBuffer result;
     result.reserve(text.size());
     for (wchar_t c : named ? std::wstring_view(decodedNames) : text)
     {

@@ -1,7 +1,8 @@
 // Character references in the head of a page.
 #pragma once
 
-#include <string>
+#include "core/text/text_buffer.h"
+
 #include <string_view>
 
 namespace qx
@@ -10,6 +11,6 @@ namespace qx
 // Decodes the Latin-1 set of named references if `named`, removes line ends, then decodes numeric references of 16 bits
 // until there are none left, so that a decoded reference may be part of another one. A reference to 0, and one that
 // begins with "&#X", vanishes.
-std::wstring DecodeEntities(std::wstring_view text, bool named);
+TextBuffer DecodeEntities(std::wstring_view text, bool named);
 
 } // namespace qx

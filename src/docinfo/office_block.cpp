@@ -1,5 +1,6 @@
 #include "docinfo/office_block.h"
 
+#include "core/text/text_buffer.h"
 #include "docinfo/text_scan.h"
 #include "locale/machine_date.h"
 
@@ -157,11 +158,11 @@ void TakeElement(clsDocu& record, const Element& element)
 // Each element is removed with all its repetitions before the next search, and what is left may form new elements.
 int ParseOfficeProperties(clsDocu& record, std::wstring_view text)
 {
-    std::wstring left(text);
+    TextBuffer left(text);
     while (const std::optional<Element> element = FirstElement(left))
     {
         TakeElement(record, *element);
-        RemoveAll(left, std::wstring(element->whole), 0);
+        RemoveAll(left, TextBuffer(element->whole), 0);
     }
     return 0;
 }

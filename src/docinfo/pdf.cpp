@@ -1,6 +1,7 @@
 #include "docinfo/pdf.h"
 
 #include "core/errors/exception.h"
+#include "core/text/text_buffer.h"
 #include "docinfo/document_dates.h"
 #include "docinfo/pdf_table.h"
 #include "docinfo/text_scan.h"
@@ -140,12 +141,12 @@ SYSTEMTIME ParsePDFDate(std::wstring_view text)
     static constexpr std::wstring_view kRest = L"00000101000000Z00'00'";
     static constexpr std::wstring_view kForm = L"D:dddddddddddddd*dd'dd'";
     static constexpr std::array<std::size_t, 8> kWidths = {4, 2, 2, 2, 2, 2, 2, 2};
-    std::wstring whole(text);
+    TextBuffer whole(text);
     if (whole.size() >= 2 && whole.size() < kForm.size())
         whole += kRest.substr(kRest.size() - (kForm.size() - whole.size()));
     if (whole.size() < kForm.size())
         return kNoTime;
-    std::wstring digits;
+    TextBuffer digits;
     wchar_t sign = 0;
     for (std::size_t i = 0; i < kForm.size(); ++i)
     {

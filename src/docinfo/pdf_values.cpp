@@ -2,6 +2,7 @@
 
 #include "core/charset/utf8.h"
 #include "core/errors/exception.h"
+#include "core/text/text_buffer.h"
 #include "docinfo/text_scan.h"
 
 #include <algorithm>
@@ -37,7 +38,7 @@ wchar_t Wide(char c)
 // Returns UTF-16 text from its bytes.
 String FromPairs(std::string_view bytes, bool isHighFirst)
 {
-    std::wstring text;
+    TextBuffer text;
     text.reserve(bytes.size() / 2);
     for (std::size_t i = 0; i + 1 < bytes.size(); i += 2)
         text.push_back(
@@ -57,7 +58,7 @@ String DecodePairs(std::string_view bytes)
 
 String OneCharacterPerByte(std::string_view bytes)
 {
-    std::wstring text;
+    TextBuffer text;
     text.reserve(bytes.size());
     std::transform(bytes.begin(), bytes.end(), std::back_inserter(text), Wide);
     return String(std::wstring_view(text));
@@ -157,7 +158,7 @@ String PDFCursor::ParseName()
     if (Peek() != '/')
         return String();
     ++_at;
-    std::wstring name;
+    TextBuffer name;
     while (!EndsName(Peek()))
     {
         const int high = Peek() == '#' ? HexValue(Peek(1)) : -1;

@@ -1,5 +1,6 @@
 #include "docinfo/rtf.h"
 
+#include "core/text/text_buffer.h"
 #include "docinfo/rtf_groups.h"
 #include "docinfo/text_scan.h"
 
@@ -12,7 +13,7 @@ namespace
 {
 
 // Matches \'hh at the end of the text and returns the character, or -1.
-int HexCharacterAtEnd(const std::wstring& text)
+int HexCharacterAtEnd(const TextBuffer& text)
 {
     const std::size_t size = text.size();
     if (size < 4 || text[size - 4] != L'\\' || text[size - 3] != L'\'')
@@ -22,7 +23,7 @@ int HexCharacterAtEnd(const std::wstring& text)
     return high < 0 || low < 0 ? -1 : high << 4 | low;
 }
 
-void HalveBackslashes(std::wstring& text)
+void HalveBackslashes(TextBuffer& text)
 {
     std::size_t target = 0;
     for (std::size_t i = 0; i < text.size(); ++i)
@@ -69,7 +70,7 @@ std::uint32_t ToNumber(std::wstring_view digits)
 }
 
 // Each control word is removed with all its repetitions before the next search.
-SYSTEMTIME ParseDate(std::wstring text)
+SYSTEMTIME ParseDate(TextBuffer text)
 {
     SYSTEMTIME date = kNoTime;
     const struct
@@ -91,7 +92,7 @@ SYSTEMTIME ParseDate(std::wstring text)
         for (const auto& [name, field] : fields)
             if (name == word)
                 field = static_cast<WORD>(ToNumber(view.substr(number.digits, number.end - number.digits)));
-        RemoveAll(text, std::wstring(view.substr(number.begin, number.end - number.begin)), 0);
+        RemoveAll(text, TextBuffer(view.substr(number.begin, number.end - number.begin)), 0);
     }
     return date;
 }
@@ -122,9 +123,9 @@ void TakeGroup(clsDocu& record, const RTFGroups::Group& group)
 
 // An encoded character begins with a backslash and contains no other one, so no two overlap and their order doesn't
 // matter: one pass decodes each as soon as it is complete, also if decoded characters complete it.
-std::wstring DecodeRTF(std::wstring_view text)
+TextBuffer DecodeRTF(std::wstring_view text)
 {
-    std::wstring result;
+    TextBuffer result;
     result.reserve(text.size());
     for (const wchar_t next : text)
     {
@@ -147,7 +148,7 @@ int ReadRTF(clsDocu& record, FileWindow& file)
     String text;
     if (!ReadFirstText(file, text))
         return 0;
-    std::wstring characters(text.View());
+    TextBuffer characters(text.View());
     RemoveLineEnds(characters);
     const std::optional<std::wstring_view> info = FindRTFInfo(characters);
     if (!info)

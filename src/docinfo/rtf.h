@@ -1,10 +1,10 @@
 // Reads the information group of a Rich Text file.
 #pragma once
 
+#include "core/text/text_buffer.h"
 #include "docinfo/document_record.h"
 #include "docinfo/file_window.h"
 
-#include <string>
 #include <string_view>
 
 namespace qx
@@ -15,6 +15,6 @@ int ReadRTF(clsDocu& record, FileWindow& file);
 
 // Removes line ends, decodes \'hh to the character of that code until there is none left, then halves double
 // backslashes.
-std::wstring DecodeRTF(std::wstring_view text);
+TextBuffer DecodeRTF(std::wstring_view text);
 
 } // namespace qx

@@ -1,5 +1,6 @@
 #include "docinfo/rtf_groups.h"
 
+#include "core/text/text_buffer.h"
 #include "docinfo/text_scan.h"
 
 #include <algorithm>
@@ -77,10 +78,10 @@ std::optional<RTFGroups::Group> RTFGroups::Take()
                 --valueEnd;
             const std::size_t key = at + kGroup.size();
             Group group = {
-                std::wstring(piece.substr(key, keyEnd - key)), std::wstring(piece.substr(keyEnd, valueEnd - keyEnd))};
+                TextBuffer(piece.substr(key, keyEnd - key)), TextBuffer(piece.substr(keyEnd, valueEnd - keyEnd))};
             // What is in front of the group joins the next piece, which may complete a group that begins here.
             const std::size_t opening = piece.substr(0, at).rfind(L'{');
-            RemoveAll(std::wstring(piece.substr(at)));
+            RemoveAll(TextBuffer(piece.substr(at)));
             _current = NextPiece(_current);
             _searched = opening != kNotFound ? opening : at;
             return group;
@@ -99,7 +100,7 @@ std::uint64_t RTFGroups::EndOf(std::wstring_view piece)
 }
 
 // No piece in front of the current one contains a group.
-void RTFGroups::RemoveAll(const std::wstring& group)
+void RTFGroups::RemoveAll(const TextBuffer& group)
 {
     const std::uint64_t end = EndOf(group);
     std::vector<std::size_t> found;
@@ -108,7 +109,7 @@ void RTFGroups::RemoveAll(const std::wstring& group)
             found.push_back(i);
     for (const std::size_t i : found)
     {
-        std::wstring left = std::move(_pieces[i]);
+        TextBuffer left = std::move(_pieces[i]);
         left.resize(left.size() - group.size());
         _pieces[i].clear();
         _ends[i] = kRemoved;

@@ -1,10 +1,11 @@
 // The groups "{\key value}" of a Rich Text file's information group.
 #pragma once
 
+#include "core/text/text_buffer.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -25,8 +26,8 @@ class RTFGroups
 public:
     struct Group
     {
-        std::wstring key;
-        std::wstring value; // with the character behind the key, without white space at the end
+        TextBuffer key;
+        TextBuffer value; // with the character behind the key, without white space at the end
     };
 
     explicit RTFGroups(std::wstring_view text);
@@ -37,13 +38,13 @@ private:
     static constexpr std::uint64_t kRemoved = 0;
 
     static std::uint64_t EndOf(std::wstring_view piece);
-    void RemoveAll(const std::wstring& group);
+    void RemoveAll(const TextBuffer& group);
     std::size_t NextPiece(std::size_t after) const;
 
-    std::vector<std::wstring> _pieces; // each ends at a closing brace; the text behind the last one is dropped
-    std::vector<std::uint64_t> _ends;  // the last characters of each piece as a number, or kRemoved
-    std::size_t _current = 0;          // pieces in front of this one contain no group
-    std::size_t _searched = 0;         // no group of the current piece begins in front of this position
+    std::vector<TextBuffer> _pieces;  // each ends at a closing brace; the text behind the last one is dropped
+    std::vector<std::uint64_t> _ends; // the last characters of each piece as a number, or kRemoved
+    std::size_t _current = 0;         // pieces in front of this one contain no group
+    std::size_t _searched = 0;        // no group of the current piece begins in front of this position
 };
 
 } // namespace qx

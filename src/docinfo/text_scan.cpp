@@ -1,5 +1,7 @@
 #include "docinfo/text_scan.h"
 
+#include "core/text/text_buffer.h"
+
 #include <algorithm>
 
 namespace qx
@@ -27,7 +29,7 @@ std::size_t SkipSpace(std::wstring_view text, std::size_t from)
     return from;
 }
 
-void RemoveAll(std::wstring& text, std::wstring_view piece, std::size_t from)
+void RemoveAll(TextBuffer& text, std::wstring_view piece, std::size_t from)
 {
     std::size_t source = text.find(piece, from);
     if (source == kNotFound)
@@ -46,7 +48,7 @@ void RemoveAll(std::wstring& text, std::wstring_view piece, std::size_t from)
     text.resize(target);
 }
 
-void RemoveLineEnds(std::wstring& text)
+void RemoveLineEnds(TextBuffer& text)
 {
     std::erase_if(text, [](wchar_t c) { return c == L'\r' || c == L'\n'; });
 }

@@ -3,9 +3,9 @@
 #pragma once
 
 #include "core/text/string.h"
+#include "core/text/text_buffer.h"
 
 #include <cstddef>
-#include <string>
 #include <string_view>
 
 namespace qx
@@ -52,9 +52,9 @@ std::size_t FindIgnoringCase(std::wstring_view text, std::wstring_view literal, 
 std::size_t SkipSpace(std::wstring_view text, std::size_t from);
 
 // Removes all occurrences of `piece` that start at `from` or later.
-void RemoveAll(std::wstring& text, std::wstring_view piece, std::size_t from);
+void RemoveAll(TextBuffer& text, std::wstring_view piece, std::size_t from);
 
 // Removes carriage returns and line feeds.
-void RemoveLineEnds(std::wstring& text);
+void RemoveLineEnds(TextBuffer& text);
 
 } // namespace qx

@@ -3,6 +3,8 @@
 #include <qxut23/docinfo.h>
 #include <qxut23/docinfo_explain.h>
 
+#include "support/readable_text.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -14,9 +16,14 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
+
+using qxtest::ReadableText;
 
 namespace
 {
+
+using WidePath = std::vector<wchar_t>; // with its terminator
 
 class Documents : public testing::Test
 {
@@ -24,17 +31,19 @@ protected:
     Documents() { std::filesystem::create_directories(_folder); }
     ~Documents() override { std::filesystem::remove_all(_folder); }
 
-    std::wstring Make(const char* name, std::string_view bytes) const
+    WidePath Make(const char* name, std::string_view bytes) const
     {
         const std::filesystem::path path = _folder / name;
         std::ofstream(path, std::ios::binary) << bytes;
         return Wide(path);
     }
 
-    static std::wstring Wide(const std::filesystem::path& path)
+    static WidePath Wide(const std::filesystem::path& path)
     {
         const std::string narrow = path.string();
-        return std::wstring(narrow.begin(), narrow.end()); // ASCII characters only
+        WidePath wide(narrow.begin(), narrow.end()); // ASCII characters only
+        wide.push_back(0);
+        return wide;
     }
 
     const std::filesystem::path _folder = std::filesystem::temp_directory_path() / "qxut-documents-test";
@@ -65,10 +74,10 @@ public:
     }
 
     const QxUtDocumentInfo* Info() const { return &_info; }
-    std::wstring Text(std::size_t index) const
+    std::string Text(std::size_t index) const
     {
         const VARIANT& value = values[index];
-        return value.vt == VT_BSTR ? value.bstrVal : value.vt == VT_EMPTY ? L"-" : L"another type";
+        return value.vt == VT_BSTR ? ReadableText(value.bstrVal) : value.vt == VT_EMPTY ? "-" : "another type";
     }
 
     std::array<VARIANT, 9> values{};
@@ -86,15 +95,15 @@ constexpr char kPage[] = "<head><title>t</title><o:DocumentProperties><o:Author>
 
 TEST_F(Documents, AllOutputs)
 {
-    const std::wstring path = Make("page.htm", kPage);
+    const WidePath path = Make("page.htm", kPage);
     const HUTDOCINFO list = UtilDocInfoOpen(0);
     Outputs outputs;
-    EXPECT_EQ(UtilDocInfoGet(list, path.c_str(), outputs.Info(), 0), 1);
-    EXPECT_EQ(outputs.Text(kTitle), L"t");
-    EXPECT_EQ(outputs.Text(kAuthor), L"a");
-    EXPECT_EQ(outputs.Text(kSubject), L"-");
-    EXPECT_EQ(outputs.Text(kComments), L"-");
-    EXPECT_EQ(outputs.Text(kPath), path);
+    EXPECT_EQ(UtilDocInfoGet(list, path.data(), outputs.Info(), 0), 1);
+    EXPECT_EQ(outputs.Text(kTitle), "t");
+    EXPECT_EQ(outputs.Text(kAuthor), "a");
+    EXPECT_EQ(outputs.Text(kSubject), "-");
+    EXPECT_EQ(outputs.Text(kComments), "-");
+    EXPECT_EQ(outputs.Text(kPath), ReadableText(path.data()));
     ASSERT_EQ(outputs.values[kCreated].vt, VT_DATE);
     SYSTEMTIME local = {}, universal = {2001, 7, 0, 2, 12, 0, 0, 0}, expected = {};
     VariantTimeToSystemTime(outputs.values[kCreated].date, &local);
@@ -107,32 +116,32 @@ TEST_F(Documents, AllOutputs)
 
 TEST_F(Documents, Sizes)
 {
-    const std::wstring path = Make("page.htm", kPage);
+    const WidePath path = Make("page.htm", kPage);
     const HUTDOCINFO list = UtilDocInfoOpen(0);
     const Outputs shorter(72), tooShort(64);
-    EXPECT_EQ(UtilDocInfoGet(list, path.c_str(), shorter.Info(), 0), 1);
-    EXPECT_EQ(shorter.Text(kTitle), L"t");
-    EXPECT_EQ(shorter.Text(kPath), L"old");
-    EXPECT_EQ(UtilDocInfoGet(list, path.c_str(), tooShort.Info(), 0), 1);
-    EXPECT_EQ(tooShort.Text(kTitle), L"old");
+    EXPECT_EQ(UtilDocInfoGet(list, path.data(), shorter.Info(), 0), 1);
+    EXPECT_EQ(shorter.Text(kTitle), "t");
+    EXPECT_EQ(shorter.Text(kPath), "old");
+    EXPECT_EQ(UtilDocInfoGet(list, path.data(), tooShort.Info(), 0), 1);
+    EXPECT_EQ(tooShort.Text(kTitle), "old");
     QxUtDocumentInfo nothing = {};
     nothing.size = sizeof nothing;
-    EXPECT_EQ(UtilDocInfoGet(list, path.c_str(), &nothing, 0), 1);
-    EXPECT_EQ(UtilDocInfoGet(list, path.c_str(), nullptr, 0), 1);
+    EXPECT_EQ(UtilDocInfoGet(list, path.data(), &nothing, 0), 1);
+    EXPECT_EQ(UtilDocInfoGet(list, path.data(), nullptr, 0), 1);
     UtilDocInfoClose(list);
 }
 
 TEST_F(Documents, Failures)
 {
     const HUTDOCINFO list = UtilDocInfoOpen(10);
-    const std::wstring refused = Make("refused.tif", "not a TIFF file"), none = Wide(_folder / "none.htm");
+    const WidePath refused = Make("refused.tif", "not a TIFF file"), none = Wide(_folder / "none.htm");
     const Outputs outputs;
-    for (const std::wstring& path : {refused, none, Wide(_folder), std::wstring()})
-        EXPECT_EQ(UtilDocInfoGet(list, path.c_str(), outputs.Info(), 0), 0);
-    EXPECT_EQ(UtilDocInfoGet(nullptr, none.c_str(), outputs.Info(), 0), 0);
+    for (const WidePath& path : {refused, none, Wide(_folder), WidePath{0}})
+        EXPECT_EQ(UtilDocInfoGet(list, path.data(), outputs.Info(), 0), 0);
+    EXPECT_EQ(UtilDocInfoGet(nullptr, none.data(), outputs.Info(), 0), 0);
     EXPECT_EQ(UtilDocInfoGet(list, nullptr, outputs.Info(), 0), 0);
     for (std::size_t i = 0; i < outputs.values.size(); ++i)
-        EXPECT_EQ(outputs.Text(i), L"old");
+        EXPECT_EQ(outputs.Text(i), "old");
     UtilDocInfoClose(list);
     UtilDocInfoClose(nullptr);
 }
@@ -140,7 +149,7 @@ TEST_F(Documents, Failures)
 TEST_F(Documents, Shares)
 {
     EXPECT_EQ(UtilDocInfoShareAccessibility(nullptr), -1);
-    EXPECT_EQ(UtilDocInfoShareAccessibility(Wide(_folder).c_str()), -1);
+    EXPECT_EQ(UtilDocInfoShareAccessibility(Wide(_folder).data()), -1);
     EXPECT_EQ(UtilDocInfoShareAccessibility(L"\\\\qxut-no-such-server\\share\\a"), 0);
 }
 
@@ -149,15 +158,15 @@ TEST_F(Documents, Explanations)
     const HUTDOCINFO list = UtilDocInfoOpen(10);
     QXWCHAR* reader = nullptr;
     QXWCHAR* remark = SysAllocString(L"old");
-    const std::wstring refused = Make("refused.tif", "IIxx...."), plain = Make("plain.txt", "plain text");
-    EXPECT_EQ(QxDocInfoExplain(list, refused.c_str(), 0, &reader, &remark), 0);
+    const WidePath refused = Make("refused.tif", "IIxx...."), plain = Make("plain.txt", "plain text");
+    EXPECT_EQ(QxDocInfoExplain(list, refused.data(), 0, &reader, &remark), 0);
     EXPECT_STREQ(reader, L"TIFF");
     EXPECT_STREQ(remark, L"Not a TIFF file, bad version number 30840 (0x7878)");
-    EXPECT_EQ(QxDocInfoExplain(list, plain.c_str(), 0, &reader, &remark), 1);
+    EXPECT_EQ(QxDocInfoExplain(list, plain.data(), 0, &reader, &remark), 1);
     EXPECT_STREQ(reader, L"");
     EXPECT_STREQ(remark, L"");
-    EXPECT_EQ(QxDocInfoExplain(list, plain.c_str(), 0, nullptr, nullptr), 1);
-    EXPECT_EQ(QxDocInfoExplain(nullptr, plain.c_str(), 0, &reader, &remark), 0);
+    EXPECT_EQ(QxDocInfoExplain(list, plain.data(), 0, nullptr, nullptr), 1);
+    EXPECT_EQ(QxDocInfoExplain(nullptr, plain.data(), 0, &reader, &remark), 0);
     SysFreeString(reader);
     SysFreeString(remark);
     UtilDocInfoClose(list);

@@ -5,7 +5,10 @@
 #include "docinfo/document_record.h"
 #include "docinfo/file_window.h"
 #include "support/memory_stream.h"
+#include "support/readable_text.h"
 
+#include <cstdio>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -35,28 +38,29 @@ private:
 };
 
 // "-" stands for a text that isn't set.
-inline std::wstring TextOf(const qx::clsVariant& field)
+inline std::string TextOf(const qx::clsVariant& field)
 {
-    return field.Type() == VT_EMPTY ? L"-" : std::wstring(qx::ToString(field).View());
+    return field.Type() == VT_EMPTY ? "-" : ReadableText(qx::ToString(field).View());
 }
 
-inline std::wstring DateOf(const SYSTEMTIME& date)
+inline std::string DateOf(const SYSTEMTIME& date)
 {
-    if (date.wDayOfWeek == qx::kNoTime.wDayOfWeek && date.wYear == 0 && date.wMonth == 0)
-        return L"-";
-    return std::wstring(qx::String(qx::String::kFormatted, L"%d-%d-%d %d:%d:%d", date.wYear, date.wMonth, date.wDay,
-        date.wHour, date.wMinute, date.wSecond)
-                            .View());
+    if (std::memcmp(&date, &qx::kNoTime, sizeof date) == 0)
+        return "-";
+    char text[64];
+    std::snprintf(text, sizeof text, "%d-%d-%d %d:%d:%d", date.wYear, date.wMonth, date.wDay, date.wHour, date.wMinute,
+        date.wSecond);
+    return text;
 }
 
 // All texts and dates of a record, for comparisons.
-inline std::wstring Summary(const qx::clsDocu& record)
+inline std::string Summary(const qx::clsDocu& record)
 {
-    std::wstring all;
+    std::string all;
     for (const qx::clsVariant* const field :
         {&record.Title, &record.Subject, &record.Author, &record.LastAuthor, &record.Keywords, &record.Comments})
-        all += TextOf(*field) + L"|";
-    return all + DateOf(record.Created) + L"|" + DateOf(record.LastSaved);
+        all += TextOf(*field) + "|";
+    return all + DateOf(record.Created) + "|" + DateOf(record.LastSaved);
 }
 
 } // namespace qxtest

@@ -25,11 +25,11 @@ namespace
 constexpr char kFirst[] = "<head><title>first</title></head>";
 constexpr char kSecond[] = "<head><title>second</title></head>";
 
-std::wstring TitleOf(clsDocuList& list, const String& path, std::uint32_t wait = 0)
+std::string TitleOf(clsDocuList& list, const String& path, std::uint32_t wait = 0)
 {
     const auto record = list.Get(path, wait);
     const clsCriticalSectionLock lock(record->Section());
-    return record->accessible ? TextOf(record->Title) : L"inaccessible";
+    return record->accessible ? TextOf(record->Title) : "inaccessible";
 }
 
 bool WaitUntil(const std::function<bool()>& condition)
@@ -47,7 +47,7 @@ TEST(DocumentList, KeepsRecordsForTheirLifetime)
     const TempFolder folder;
     const String path = folder.Make(L"Page.htm", kFirst);
     clsDocuList cached(1'000), uncached(0);
-    EXPECT_EQ(TitleOf(cached, path), L"first");
+    EXPECT_EQ(TitleOf(cached, path), "first");
     EXPECT_EQ(cached.Get(path, 0).Get(), cached.Get(path, 0).Get());
     String otherCase = path;
     otherCase.MakeUpper();
@@ -55,13 +55,13 @@ TEST(DocumentList, KeepsRecordsForTheirLifetime)
     EXPECT_NE(uncached.Get(path, 0).Get(), uncached.Get(path, 0).Get());
 
     MakeFile(path, kSecond);
-    EXPECT_EQ(TitleOf(cached, path), L"first"); // the disk isn't touched
-    EXPECT_EQ(TitleOf(cached, path + L"|page 1"), L"second");
-    EXPECT_EQ(TextOf(cached.Get(path + L"|page 1|2", 0)->suffix), L"page 1|2");
-    EXPECT_EQ(TitleOf(uncached, path), L"second");
+    EXPECT_EQ(TitleOf(cached, path), "first"); // the disk isn't touched
+    EXPECT_EQ(TitleOf(cached, path + L"|page 1"), "second");
+    EXPECT_EQ(TextOf(cached.Get(path + L"|page 1|2", 0)->suffix), "page 1|2");
+    EXPECT_EQ(TitleOf(uncached, path), "second");
     DeleteFileW(path);
-    EXPECT_EQ(TitleOf(cached, path), L"first");
-    EXPECT_EQ(TitleOf(uncached, path), L"inaccessible");
+    EXPECT_EQ(TitleOf(cached, path), "first");
+    EXPECT_EQ(TitleOf(uncached, path), "inaccessible");
 }
 
 TEST(DocumentList, ReadsAgainWhatHasChanged)
@@ -83,28 +83,28 @@ TEST(DocumentList, ReadsAgainWhatHasChanged)
     SystemTimeToFileTime(&unchanged, &written);
     qxtest::SetWriteTime(path, written);
     expire();
-    EXPECT_EQ(TitleOf(list, path), L"first");
+    EXPECT_EQ(TitleOf(list, path), "first");
     qxtest::SetWriteTime(path, time);
     expire();
-    EXPECT_EQ(TitleOf(list, path), L"second");
+    EXPECT_EQ(TitleOf(list, path), "second");
     FileTimeToSystemTime(&time, &unchanged);
     EXPECT_EQ(qxtest::DateOf(record->LastSaved), qxtest::DateOf(unchanged));
 
     // A record that was cleared is read although the time is the same.
     DeleteFileW(path);
     expire();
-    EXPECT_EQ(TitleOf(list, path), L"inaccessible");
+    EXPECT_EQ(TitleOf(list, path), "inaccessible");
     MakeFile(path, kFirst);
     qxtest::SetWriteTime(path, time);
-    EXPECT_EQ(TitleOf(list, path), L"first");
+    EXPECT_EQ(TitleOf(list, path), "first");
 
     // A file in use leaves the record as it is, and is tried at the next request.
     const HANDLE lock = CreateFileW(path, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     expire();
-    EXPECT_EQ(TitleOf(list, path), L"first");
+    EXPECT_EQ(TitleOf(list, path), "first");
     EXPECT_EQ(record->readTick, 0u);
     CloseHandle(lock);
-    EXPECT_EQ(TitleOf(list, path), L"first");
+    EXPECT_EQ(TitleOf(list, path), "first");
     EXPECT_NE(record->readTick, 0u);
 }
 
@@ -117,21 +117,21 @@ TEST(DocumentList, ReadersByNameAndByFirstBytes)
     {
         const wchar_t* name;
         std::string_view bytes;
-        const wchar_t* title; // "-": accessible without a title
+        const char* title; // "-": accessible without a title
         const wchar_t* reader;
     } files[] = {
-        {L"a.HTM", kFirst, L"first", L"HTML"},
-        {L"a.mht", kFirst, L"first", L"HTML"},
-        {L"a.txt", kFirst, L"-", L"-"},
-        {L"a.tif", "not a TIFF file", L"inaccessible", L"TIFF"},
-        {L"b.tif", "MM\0*\0\0\0\0"sv, L"-", L"TIFF"},
-        {L"c.img", "MM\0*\0\0\0\0"sv, L"-", L"-"}, // first bytes of the other order aren't known
-        {L"d.img", "II*\0\0\0\0\0"sv, L"-", L"TIFF"},
-        {L"e.img", "II*\0"sv, L"-", L"TIFF"}, // first bytes prove little, so the reader may fail
-        {L"f.jpg", "\xFF\xD8", L"-", L"JPEG"},
-        {L"g", "\xFF\xD8\xFF\xD9", L"-", L"JPEG"},
-        {L"h", "\xFF\xD8", L"-", L"-"}, // fewer than four bytes
-        {L"i.rtf", R"({\info{\title x}})", L" x", L"RTF"},
+        {L"a.HTM", kFirst, "first", L"HTML"},
+        {L"a.mht", kFirst, "first", L"HTML"},
+        {L"a.txt", kFirst, "-", L"-"},
+        {L"a.tif", "not a TIFF file", "inaccessible", L"TIFF"},
+        {L"b.tif", "MM\0*\0\0\0\0"sv, "-", L"TIFF"},
+        {L"c.img", "MM\0*\0\0\0\0"sv, "-", L"-"}, // first bytes of the other order aren't known
+        {L"d.img", "II*\0\0\0\0\0"sv, "-", L"TIFF"},
+        {L"e.img", "II*\0"sv, "-", L"TIFF"}, // first bytes prove little, so the reader may fail
+        {L"f.jpg", "\xFF\xD8", "-", L"JPEG"},
+        {L"g", "\xFF\xD8\xFF\xD9", "-", L"JPEG"},
+        {L"h", "\xFF\xD8", "-", L"-"}, // fewer than four bytes
+        {L"i.rtf", R"({\info{\title x}})", " x", L"RTF"},
     };
     for (const auto& file : files)
     {
@@ -140,7 +140,7 @@ TEST(DocumentList, ReadersByNameAndByFirstBytes)
         const wchar_t* const reader = list.Get(path, 0)->reader;
         EXPECT_STREQ(reader != nullptr ? reader : L"-", file.reader);
     }
-    EXPECT_EQ(TitleOf(list, folder.Path()), L"inaccessible"); // a folder
+    EXPECT_EQ(TitleOf(list, folder.Path()), "inaccessible"); // a folder
 }
 
 TEST(DocumentList, ManyThreads)
@@ -160,7 +160,7 @@ TEST(DocumentList, ManyThreads)
                 for (unsigned i = 0; i < 100; ++i)
                 {
                     const String& path = paths[(i + number) % paths.size()];
-                    failures += TitleOf(shared, path) != L"first" || TitleOf(own, path) != L"first";
+                    failures += TitleOf(shared, path) != "first" || TitleOf(own, path) != "first";
                     shared.Get(path, 0)->readTick = 1; // expired
                 }
             });
@@ -179,7 +179,7 @@ TEST(DocumentList, OpensAndClosesQuickly)
     {
         clsDocuList list(10);
         EXPECT_EQ(list.GetThreadState(), clsThreadBase::State::None);
-        EXPECT_EQ(TitleOf(list, path), L"first");
+        EXPECT_EQ(TitleOf(list, path), "first");
         EXPECT_EQ(list.GetThreadState(), clsThreadBase::State::Running);
     }
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
@@ -280,22 +280,22 @@ TEST_F(DocumentsOnShares, ReadByThreadsOfTheirOwn)
     std::filesystem::create_directories(_home / "dosdevices/unc/server/share/folder");
     MakeFile(_folder.Path(L"home/dosdevices/unc/server/share/page.htm"), kFirst);
     clsDocuList list(0);
-    EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\page.htm", 100), L"first");
+    EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\page.htm", 100), "first");
     EXPECT_EQ(list.Get(L"\\\\server\\share\\page.htm", 100)->resolvedPath.View(), L"\\\\server\\share\\page.htm");
-    EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\none.htm", 100), L"inaccessible");
-    EXPECT_EQ(TitleOf(list, L"\\\\server\\missing\\page.htm", 100), L"inaccessible");
+    EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\none.htm", 100), "inaccessible");
+    EXPECT_EQ(TitleOf(list, L"\\\\server\\missing\\page.htm", 100), "inaccessible");
 }
 
 TEST_F(DocumentsOnShares, AServerThatHangs)
 {
     HangingServer server;
     clsDocuList list(1'000);
-    EXPECT_EQ(TitleOf(list, kSlow, 0), L"inaccessible"); // the caller doesn't wait
-    EXPECT_EQ(TitleOf(list, kQuick, 100), L"from the server");
+    EXPECT_EQ(TitleOf(list, kSlow, 0), "inaccessible"); // the caller doesn't wait
+    EXPECT_EQ(TitleOf(list, kQuick, 100), "from the server");
     EXPECT_TRUE(WaitUntil([] { return HangingServer::started == 2; }));
     HangingServer::Release();
     Sleep(50);
-    EXPECT_EQ(TitleOf(list, kSlow, 0), L"inaccessible"); // the late result is dropped
+    EXPECT_EQ(TitleOf(list, kSlow, 0), "inaccessible"); // the late result is dropped
 }
 
 TEST_F(DocumentsOnShares, TwentyReadersAtMost)
@@ -312,7 +312,7 @@ TEST_F(DocumentsOnShares, TwentyReadersAtMost)
             isBack = true;
         });
     EXPECT_TRUE(WaitUntil([] { return HangingServer::started == clsDocuList::kMostReaders + 1; }));
-    EXPECT_EQ(TitleOf(list, kQuick, 100), L"from the server"); // a reader that has ended needs no room
+    EXPECT_EQ(TitleOf(list, kQuick, 100), "from the server"); // a reader that has ended needs no room
     Sleep(200);
     EXPECT_FALSE(isBack);
     HangingServer::Release();

@@ -41,11 +41,11 @@ TEST(TiffReader, Fields)
         tiff.Add(256, kShort, 7).EndDirectory(); // without height there is no size
         const ReadRecord record(ReadTIFFFile, tiff.Bytes());
         EXPECT_EQ(record.Result(), 0);
-        EXPECT_EQ(TextOf(record->Title), L"title");
-        EXPECT_EQ(TextOf(record->Subject), L"abc");
-        EXPECT_EQ(TextOf(record->Author), L"artist, scanner");
-        EXPECT_EQ(TextOf(record->Comments), L"copyright, (800 * 600 px), (40 * 30 px)");
-        EXPECT_EQ(DateOf(record->Created), L"2001-2-3 4:5:6");
+        EXPECT_EQ(TextOf(record->Title), "title");
+        EXPECT_EQ(TextOf(record->Subject), "abc");
+        EXPECT_EQ(TextOf(record->Author), "artist, scanner");
+        EXPECT_EQ(TextOf(record->Comments), "copyright, (800 * 600 px), (40 * 30 px)");
+        EXPECT_EQ(DateOf(record->Created), "2001-2-3 4:5:6");
     }
 }
 
@@ -57,17 +57,17 @@ TEST(TiffReader, CameraSettings)
         std::uint16_t type;
         std::uint32_t numerator;
         std::uint32_t denominator;
-        const wchar_t* comments;
+        const char* comments;
     };
     const Setting settings[] = {
-        {33434, kRational, 1, 125, L"t=1/125 s"},
-        {33434, kRational, 2, 1, L"t=2 s"},
-        {33434, kRational, 0, 1, L"-"},
-        {33434, kRational, 1, 0, L"-"},
-        {33434, kSignedRational, static_cast<std::uint32_t>(-1), 125, L"-"},
-        {33434, kUndefined, 1, 125, L"-"},
-        {33437, kRational, 28, 10, L"f=3"},
-        {37382, kSignedRational, 12345, 1000, L"d=12.3 m"},
+        {33434, kRational, 1, 125, "t=1/125 s"},
+        {33434, kRational, 2, 1, "t=2 s"},
+        {33434, kRational, 0, 1, "-"},
+        {33434, kRational, 1, 0, "-"},
+        {33434, kSignedRational, static_cast<std::uint32_t>(-1), 125, "-"},
+        {33434, kUndefined, 1, 125, "-"},
+        {33437, kRational, 28, 10, "f=3"},
+        {37382, kSignedRational, 12345, 1000, "d=12.3 m"},
     };
     for (const Setting& setting : settings)
     {
@@ -79,7 +79,7 @@ TEST(TiffReader, CameraSettings)
     }
     TiffBuilder none(false);
     none.Add(33434, kRational, 8, 0).EndDirectory();
-    EXPECT_EQ(TextOf(ReadRecord(ReadTIFFFile, none.Bytes())->Comments), L"-"); // no value at all
+    EXPECT_EQ(TextOf(ReadRecord(ReadTIFFFile, none.Bytes())->Comments), "-"); // no value at all
 }
 
 TEST(TiffReader, BadHeaders)
@@ -105,18 +105,18 @@ TEST(TiffReader, DamagedDirectories)
     tiff.AddText(269, "ab").AddText(270, "cd").EndDirectory();
     const std::string whole = tiff.Bytes();
     const ReadRecord cut(ReadTIFFFile, whole.substr(0, 8 + 2 + 12 + 5));
-    EXPECT_EQ(TextOf(cut->Title), L"ab");
-    EXPECT_EQ(TextOf(cut->Subject), L"-");
+    EXPECT_EQ(TextOf(cut->Title), "ab");
+    EXPECT_EQ(TextOf(cut->Subject), "-");
     EXPECT_EQ(cut->remark.View(), L"Could only read 1 of 2 entries in directory at offset 0x8");
     EXPECT_EQ(ReadRecord(ReadTIFFFile, whole.substr(0, 9))->remark.View(), L"read error directory count");
 
     TiffBuilder loop(false);
     loop.Add(256, kShort, 8).Add(257, kShort, 6).EndDirectory(8); // the next directory is this one
-    EXPECT_EQ(TextOf(ReadRecord(ReadTIFFFile, loop.Bytes())->Comments), L"(8 * 6 px)");
+    EXPECT_EQ(TextOf(ReadRecord(ReadTIFFFile, loop.Bytes())->Comments), "(8 * 6 px)");
 
     TiffBuilder text(false);
     text.Add(269, kAscii, 0, 0xFFFFFFFF).Add(270, kAscii, 1, 0xFFFFFFFF).EndDirectory();
-    EXPECT_EQ(TextOf(ReadRecord(ReadTIFFFile, text.Bytes())->Title), L"II*"); // up to the first zero byte
+    EXPECT_EQ(TextOf(ReadRecord(ReadTIFFFile, text.Bytes())->Title), "II*"); // up to the first zero byte
 }
 
 // Each directory appends to a text that many others share, and may be read once only.
@@ -142,11 +142,11 @@ TEST(JpegReader, Segments)
 
     const ReadRecord photo(ReadJPEG, JpegOf({{0xE0, "JFIF"}, {0xE1, block}}));
     EXPECT_EQ(photo.Result(), 0);
-    EXPECT_EQ(DateOf(photo->Created), L"1999-1-2 3:4:5");
-    EXPECT_EQ(TextOf(photo->Comments), L"f=4");
-    EXPECT_EQ(TextOf(photo->Subject), L""); // a comment that isn't ASCII
+    EXPECT_EQ(DateOf(photo->Created), "1999-1-2 3:4:5");
+    EXPECT_EQ(TextOf(photo->Comments), "f=4");
+    EXPECT_EQ(TextOf(photo->Subject), ""); // a comment that isn't ASCII
     // In a TIFF file itself the EXIF directory is passed over.
-    EXPECT_EQ(DateOf(ReadRecord(ReadTIFFFile, exif.Bytes())->Created), L"2001-2-3 4:5:6");
+    EXPECT_EQ(DateOf(ReadRecord(ReadTIFFFile, exif.Bytes())->Created), "2001-2-3 4:5:6");
 
     const std::string bad[] = {JpegOf({{0xE1, "http://"}, {0xE1, block}}), JpegOf({{0xE0, "JFIF"}}), "", "\xFF",
         "\xFF\xD8\xFF\xE0", std::string("\xFF\xD8\xFF\xE0\0\1\xFF\xE1", 8),

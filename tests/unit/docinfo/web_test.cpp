@@ -18,9 +18,9 @@ namespace
 struct Page
 {
     std::string_view bytes;
-    const wchar_t* title;
-    const wchar_t* author;
-    const wchar_t* comments;
+    const char* title;
+    const char* author;
+    const char* comments;
 };
 
 std::string Repeat(std::string_view piece, std::size_t size)
@@ -37,20 +37,19 @@ TEST(HtmlReader, Heads)
 {
     const std::string longHead = "<head><title>a</title>" + std::string(FileWindow::kCapacity, ' ') + "</head>";
     const Page pages[] = {
-        {"<html><HEAD><TITLE>a</TITLE></HEAD>", L"a", L"-", L"-"},
-        {"<head><title>a\r\nb</title></head>", L"ab", L"-", L"-"},
-        {"<head><title>M&uuml;ller &#252;&#xfc; AT&amp;T &#X41;</title></head>", L"M\xFCller \xFC\xFC AT&amp;T ", L"-",
-            L"-"},
-        {"<head><meta name=\"author\" content=\"x\"><meta name=\"description\" content=\"c\"></head>", L"-", L"x",
-            L"c"},
-        {"<head><meta content=\"x\" name=\"author\"><meta name='author' content='x'></head>", L"-", L"-", L"-"},
+        {"<html><HEAD><TITLE>a</TITLE></HEAD>", "a", "-", "-"},
+        {"<head><title>a\r\nb</title></head>", "ab", "-", "-"},
+        {"<head><title>M&uuml;ller &#252;&#xfc; AT&amp;T &#X41;</title></head>", "M<fc>ller <fc><fc> AT&amp;T ", "-",
+            "-"},
+        {"<head><meta name=\"author\" content=\"x\"><meta name=\"description\" content=\"c\"></head>", "-", "x", "c"},
+        {"<head><meta content=\"x\" name=\"author\"><meta name='author' content='x'></head>", "-", "-", "-"},
         {"<head><title>t</title><o:DocumentProperties><o:Author>o</o:Author><o:Title>no</o:Title>"
          "</o:DocumentProperties><meta name=\"author\" content=\"x\"></head>",
-            L"t", L"o", L"-"},
-        {longHead, L"-", L"-", L"-"},
-        {"<title>no head</title>", L"-", L"-", L"-"},
-        {"", L"-", L"-", L"-"},
-        {std::string_view("<head><title>a\0b</title></head>", 31), L"-", L"-", L"-"},
+            "t", "o", "-"},
+        {longHead, "-", "-", "-"},
+        {"<title>no head</title>", "-", "-", "-"},
+        {"", "-", "-", "-"},
+        {std::string_view("<head><title>a\0b</title></head>", 31), "-", "-", "-"},
     };
     for (const Page& page : pages)
     {
@@ -67,20 +66,20 @@ TEST(HtmlReader, OfficeDates)
     const ReadRecord record(ReadHTML,
         "<head><o:DocumentProperties><o:Created>2001-02-03T04:05:06Z</o:Created><o:LastSaved>never</o:LastSaved>"
         "<o:LastAuthor>l</o:LastAuthor></o:DocumentProperties></head>");
-    EXPECT_EQ(DateOf(record->Created), L"2001-2-3 4:5:6");
-    EXPECT_EQ(DateOf(record->LastSaved), L"-");
-    EXPECT_EQ(TextOf(record->LastAuthor), L"l");
+    EXPECT_EQ(DateOf(record->Created), "2001-2-3 4:5:6");
+    EXPECT_EQ(DateOf(record->LastSaved), "-");
+    EXPECT_EQ(TextOf(record->LastAuthor), "l");
 }
 
 TEST(RtfReader, Groups)
 {
     const Page documents[] = {
-        {R"({\rtf1{\info{\title Report}{\author M\'fcller}}})", L" Report", L" M\xFCller", L"-"},
-        {R"({\rtf1{\info{\title a\\\\\\\\b}{\doccomm a\\\\b}}})", LR"( a\\b)", L"-", LR"( a\\b)"},
-        {R"({\rtf1{\info{\title a{\b c}d}{\author x}}})", LR"( a{\b c)", L" x", L"-"},
-        {R"({\rtf1{\info{\Title a}{\author x  } }})", L"-", L" x", L"-"},
-        {R"({\rtf1{\info{\title A}{\title B}{\title A}}})", L" B", L"-", L"-"},
-        {R"({\rtf1{\title no information group}})", L"-", L"-", L"-"},
+        {R"({\rtf1{\info{\title Report}{\author M\'fcller}}})", " Report", " M<fc>ller", "-"},
+        {R"({\rtf1{\info{\title a\\\\\\\\b}{\doccomm a\\\\b}}})", R"( a\\b)", "-", R"( a\\b)"},
+        {R"({\rtf1{\info{\title a{\b c}d}{\author x}}})", R"( a{\b c)", " x", "-"},
+        {R"({\rtf1{\info{\Title a}{\author x  } }})", "-", " x", "-"},
+        {R"({\rtf1{\info{\title A}{\title B}{\title A}}})", " B", "-", "-"},
+        {R"({\rtf1{\title no information group}})", "-", "-", "-"},
     };
     for (const Page& document : documents)
     {
@@ -91,8 +90,8 @@ TEST(RtfReader, Groups)
         EXPECT_EQ(TextOf(record->Comments), document.comments) << document.bytes;
     }
     const ReadRecord dated(ReadRTF, R"({\rtf1{\info{\creatim\yr2001\mo2\dy3\hr4\min5}{\revtim\yr1999\sec7}}})");
-    EXPECT_EQ(DateOf(dated->Created), L"2001-2-3 4:5:0");
-    EXPECT_EQ(DateOf(dated->LastSaved), L"1999-0-0 0:0:0");
+    EXPECT_EQ(DateOf(dated->Created), "2001-2-3 4:5:0");
+    EXPECT_EQ(DateOf(dated->LastSaved), "1999-0-0 0:0:0");
 }
 
 // Built to be slow: each would take minutes, or seconds, with the patterns of the formats.
