@@ -24,6 +24,7 @@ DIFFERENCES = {
     ("line_feeds.eml", "From"): ("-", "lines end with CR LF"),
     ("line_feeds.eml", "To"): ("-", "lines end with CR LF"),
     ("line_feeds.eml", "Date"): ("-", "lines end with CR LF"),
+    ("charsets.eml", "Subject"): ("", "charsets with shift sequences don't convert"),
     ("charsets.eml", "From"): ('"Doe, Jane" <jane@example.org> (officeM\u00fcnchen)',
                                "comments stay, and a word in one replaces the character in front of it"),
     ("charsets.eml", "To"): ("rene@b\u00fccher.example", "the labels of a lone address are decoded"),
@@ -68,8 +69,8 @@ def mails():
     yield "words.eml", raw(
         Subject=q_word("Gr\u00fc\u00dfe an", "iso-8859-1") + " " + b_word(" alle", "utf-8"),
         From=q_word("J\u00fcrgen Gro\u00df", "utf-8") + " <juergen@example.org>",
-        To=b_word("\u0418\u0432\u0430\u043d", "koi8-r") + " <ivan@example.org>, " + q_word("Ren\u00e9", "ISO-8859-1") +
-        " <rene@example.org>",
+        To=b_word("\u0418\u0432\u0430\u043d", "koi8-r") + " <ivan@example.org>, " + b_word("\u738b", "GB2312") +
+        " <wang@example.org>",
         Date="Mon, 06 Jul 2015 22:20:30 EDT")
     yield "charsets.eml", raw(
         Subject=b_word("\u65e5\u672c\u8a9e", "iso-2022-jp"),
@@ -95,7 +96,7 @@ def main():
         mail = email.message_from_bytes(data, policy=email.policy.default)
         for field in FIELDS:
             ours, why = DIFFERENCES.get((name, field), ("=", ""))
-            rows.append("\t".join((name, field, answer(mail, field), ours, why)).rstrip("\t") + "\n")
+            rows.append("\t".join((name, field, answer(mail, field), ours) + ((why,) if why else ())) + "\n")
     (FOLDER / "answers.tsv").write_text("".join(rows), encoding="utf-8", newline="\n")
 
 
