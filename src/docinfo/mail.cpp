@@ -78,9 +78,9 @@ String ReadHeader(FileWindow& file)
 }
 
 // Joins folded lines. The first character of a continued line goes, too.
-std::wstring Unfold(std::wstring_view header)
+TextBuffer Unfold(std::wstring_view header)
 {
-    std::wstring result;
+    TextBuffer result;
     std::size_t done = 0;
     for (std::size_t at = header.find(kLineEnd); at != kNotFound; at = header.find(kLineEnd, at))
     {
@@ -150,13 +150,13 @@ std::optional<std::wstring_view> FindMailHeader(std::wstring_view text)
     return emptyLine ? std::optional(text.substr(0, emptyLine->begin)) : std::nullopt;
 }
 
-std::wstring DecodeMailField(std::wstring_view value, std::wstring_view name)
+TextBuffer DecodeMailField(std::wstring_view value, std::wstring_view name)
 {
     static constexpr std::wstring_view kAddressFields[] = {L"from", L"to", L"reply-to", L"return-path", L"cc", L"bcc"};
     if (std::none_of(std::begin(kAddressFields), std::end(kAddressFields),
             [=](std::wstring_view field) { return IsEqualIgnoringCase(name, field); }))
         return DecodeWords(value);
-    std::wstring text;
+    TextBuffer text;
     for (const clsParseItem& item : ParseAddressField(value))
         text += item.text;
     return text;
@@ -164,7 +164,7 @@ std::wstring DecodeMailField(std::wstring_view value, std::wstring_view name)
 
 int ReadMail(clsDocu& record, FileWindow& file)
 {
-    const std::wstring header = Unfold(ReadHeader(file).View());
+    const TextBuffer header = Unfold(ReadHeader(file).View());
     for (std::size_t begin = 0; begin < header.size();)
     {
         const std::size_t end = std::min(header.find(kLineEnd, begin), header.size());

@@ -1,6 +1,7 @@
 // Reads the header of a mail file (RFC 822).
 #pragma once
 
+#include "core/text/text_buffer.h"
 #include "docinfo/document_record.h"
 #include "docinfo/file_window.h"
 
@@ -18,6 +19,6 @@ int ReadMail(clsDocu& record, FileWindow& file);
 std::optional<std::wstring_view> FindMailHeader(std::wstring_view text);
 
 // Returns the decoded text of a header field. Its name determines whether it contains addresses.
-std::wstring DecodeMailField(std::wstring_view value, std::wstring_view name);
+TextBuffer DecodeMailField(std::wstring_view value, std::wstring_view name);
 
 } // namespace qx

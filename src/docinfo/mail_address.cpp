@@ -26,7 +26,7 @@ constexpr bool IsBlankOrTab(wchar_t c)
     return c == L' ' || c == L'\t';
 }
 
-void TrimBlanks(std::wstring& text)
+void TrimBlanks(TextBuffer& text)
 {
     text.resize(text.find_last_not_of(L' ') + 1);
 }
@@ -137,7 +137,7 @@ private:
         const std::optional<EncodedWord> word = _words.At(_position);
         if (!word)
             return false;
-        std::wstring text(DecodeWord(*word).View());
+        TextBuffer text(DecodeWord(*word).View());
         TrimBlanks(text);
         Append(ParseItemKind::Word, _position, std::move(text));
         _position += word->length;
@@ -197,7 +197,7 @@ private:
         Finish(isAddress ? ParseItemKind::Address : ParseItemKind::Word);
     }
 
-    void Append(ParseItemKind kind, std::size_t position, std::wstring text)
+    void Append(ParseItemKind kind, std::size_t position, TextBuffer text)
     {
         _items.Append(clsParseItem{kind, position, std::move(text)});
     }
@@ -206,7 +206,7 @@ private:
     EncodedWords _words;
     State _state = State::Plain;
     std::size_t _position = 0;
-    std::wstring _token;
+    TextBuffer _token;
     std::size_t _tokenBegin = 0;
     WCValDList<clsParseItem> _items;
 };
@@ -273,18 +273,18 @@ bool IsMailAddress(std::wstring_view text)
     return false;
 }
 
-std::wstring DecodeMailDomain(std::wstring_view address)
+TextBuffer DecodeMailDomain(std::wstring_view address)
 {
     static constexpr std::wstring_view kInternational = L"xn--";
     const std::size_t at = address.find(L'@');
     if (at == kNotFound)
-        return std::wstring(address);
-    std::wstring result(address.substr(0, at + 1));
+        return TextBuffer(address);
+    TextBuffer result(address.substr(0, at + 1));
     for (std::size_t begin = at + 1;;)
     {
         const std::size_t end = std::min(address.find(L'.', begin), address.size());
         const std::wstring_view label = address.substr(begin, end - begin);
-        std::optional<std::wstring> decoded;
+        std::optional<TextBuffer> decoded;
         if (label.starts_with(kInternational))
             decoded = DecodePunycode(label.substr(kInternational.size()));
         result += decoded ? std::wstring_view(*decoded) : label;

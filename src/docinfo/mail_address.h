@@ -2,9 +2,9 @@
 #pragma once
 
 #include "containers/dlist.h"
+#include "core/text/text_buffer.h"
 
 #include <cstddef>
-#include <string>
 #include <string_view>
 
 namespace qx
@@ -23,7 +23,7 @@ struct clsParseItem
 {
     ParseItemKind kind;
     std::size_t position; // in the field
-    std::wstring text;    // decoded
+    TextBuffer text;      // decoded
 };
 
 // Splits a field into its pieces; their texts in order are the decoded field. A control character drops all pieces in
@@ -35,6 +35,6 @@ bool IsMailAddress(std::wstring_view text);
 
 // Decodes the international labels ("xn--...") of the domain in an address. A label that isn't valid stays as it is,
 // and so does a text without "@".
-std::wstring DecodeMailDomain(std::wstring_view address);
+TextBuffer DecodeMailDomain(std::wstring_view address);
 
 } // namespace qx

@@ -109,10 +109,10 @@ String DecodeWord(const EncodedWord& word)
     return word.encoding == L'Q' ? DecodeQ(word.text, codePage) : Base64DecodeToText(String(word.text), codePage);
 }
 
-std::wstring DecodeWords(std::wstring_view header)
+TextBuffer DecodeWords(std::wstring_view header)
 {
     EncodedWords words(header);
-    std::wstring result;
+    TextBuffer result;
     std::size_t done = 0;
     for (std::size_t at = header.find(L"=?"); at != kNotFound; at = header.find(L"=?", at))
     {

@@ -3,10 +3,10 @@
 #pragma once
 
 #include "core/text/string.h"
+#include "core/text/text_buffer.h"
 
 #include <cstddef>
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace qx
@@ -45,6 +45,6 @@ private:
 String DecodeWord(const EncodedWord& word);
 
 // Decodes all encoded words of a header and keeps the text around and between them.
-std::wstring DecodeWords(std::wstring_view header);
+TextBuffer DecodeWords(std::wstring_view header);
 
 } // namespace qx

@@ -52,9 +52,9 @@ bool AddInteger(std::wstring_view digits, std::size_t& position, std::uint32_t b
     }
 }
 
-std::wstring ToUnits(const std::u32string& characters)
+TextBuffer ToUnits(const std::u32string& characters)
 {
-    std::wstring units;
+    TextBuffer units;
     units.reserve(characters.size());
     for (const char32_t c : characters)
     {
@@ -67,7 +67,7 @@ std::wstring ToUnits(const std::u32string& characters)
 
 } // namespace
 
-std::optional<std::wstring> DecodePunycode(std::wstring_view label)
+std::optional<TextBuffer> DecodePunycode(std::wstring_view label)
 {
     // A delimiter at the very beginning isn't one, because no basic characters precede it.
     const std::size_t delimiter = label.rfind(L'-');

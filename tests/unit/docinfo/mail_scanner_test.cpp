@@ -23,15 +23,14 @@ String Wide(const std::string& text)
     return wide;
 }
 
-std::wstring WithPatterns(const String& value, clsRegEx& pattern)
+String WithPatterns(const String& value, clsRegEx& pattern)
 {
-    const String decoded = pattern.GSub(value,
+    return pattern.GSub(value,
         [](const clsRegExMatchList& groups, String& text)
         {
             text = DecodeWord({groups[1].text.View(), groups[2].text.CharAt(0), groups[3].text.View(), 0});
             return true;
         });
-    return std::wstring(decoded.View());
 }
 
 // Decodes fields like the reader, which has its own tests, but takes the file apart with patterns.
@@ -47,7 +46,7 @@ void ReadMailWithPatterns(clsDocu& record, const String& text)
     {
         if (!line.Match(piece, &groups))
             continue;
-        const std::wstring value = DecodeMailField(groups[2].text.View(), groups[1].text.View());
+        const TextBuffer value = DecodeMailField(groups[2].text.View(), groups[1].text.View());
         const IString name = groups[1].text;
         for (const auto& [own, field] :
             {std::pair(L"from", &record.Author), {L"to", &record.LastAuthor}, {L"subject", &record.Title}})
@@ -81,7 +80,7 @@ TEST(MailScanners, EncodedWords)
     for (int i = 0; i < kTexts; ++i)
     {
         const String text = Wide(texts.Next());
-        ASSERT_EQ(DecodeWords(text.View()), WithPatterns(text, pattern)) << text.NarrowText();
+        ASSERT_EQ(DecodeWords(text.View()), WithPatterns(text, pattern).View()) << text.NarrowText();
         EncodedWords words(text.View());
         for (std::size_t at = 0; at < text.Length(); ++at)
         {
