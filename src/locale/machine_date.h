@@ -3,10 +3,22 @@
 
 #include <windows.h>
 
+#include <optional>
 #include <string_view>
 
 namespace qx
 {
+
+// An RFC 822 date as it is written.
+struct RFC822Date
+{
+    // The fields aren't checked. Numbers above 65,535 are 65,535, and an unknown month is 0.
+    SYSTEMTIME written;
+    std::optional<int> minutesToUTC; // to add; nothing for GMT or if there is no zone
+};
+
+// Finds the first RFC 822 date in the text. Returns false if there is none.
+bool FindRFC822Date(std::wstring_view text, RFC822Date& date);
 
 // Finds an RFC 822 date anywhere in the text and converts it to UTC: "Tue, 3 Apr 2018 10:00:00 +0200". Returns false if
 // there is none; the time is then unchanged.

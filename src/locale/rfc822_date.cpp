@@ -1,20 +1,16 @@
-#include "core/forever.h"
-#include "core/pattern/regex.h"
 #include "locale/date_cursor.h"
 #include "locale/machine_date.h"
 #include "locale/time_arithmetic.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 
 namespace qx
 {
 
 namespace
 {
-
-constexpr wchar_t kDatePattern[] = L"(?:\\w{3},\\s+)?(\\d+)\\s+(\\w{3})\\s+(\\d{4})\\s+(\\d+):(\\d+):(\\d+)"
-                                   L"(\\s+(?:[+-]\\d{4}|GMT|EST|EDT|CST|CDT|MST|MDT|PST|PDT|UT))?";
 
 struct NamedZone
 {
@@ -28,7 +24,6 @@ constexpr std::wstring_view kZoneWithoutRow = L"GMT";
 
 constexpr std::wstring_view kMonths = L"janfebmaraprmayjunjulaugsepoctnovdec";
 
-// The groups of the pattern.
 struct Parts
 {
     std::wstring_view day, month, year, hour, minute, second;
@@ -83,15 +78,8 @@ std::wstring_view TakeZone(DateCursor& cursor)
     return length == 0 ? std::wstring_view() : rest.substr(0, spaces + length);
 }
 
-// Matches the same as the pattern, but only at the start of the text, where date headers have the date. Running the
-// regular expression would take several times as long as all other steps together.
-bool MatchAtStart(std::wstring_view text, Parts& parts)
+bool ReadAtStart(DateCursor cursor, Parts& parts)
 {
-    DateCursor cursor(text);
-    std::wstring_view name;
-    DateCursor behindName = cursor;
-    if (TakeWord(behindName, name) && behindName.Skip(L",") && SkipSpaces(behindName))
-        cursor = behindName;
     if (!TakeDigits(cursor, parts.day) || !SkipSpaces(cursor) || !TakeWord(cursor, parts.month) ||
         !SkipSpaces(cursor) || !TakeDigits(cursor, parts.year) || parts.year.size() != 4 || !SkipSpaces(cursor) ||
         !TakeDigits(cursor, parts.hour) || !cursor.Skip(L":") || !TakeDigits(cursor, parts.minute) ||
@@ -101,18 +89,20 @@ bool MatchAtStart(std::wstring_view text, Parts& parts)
     return true;
 }
 
-bool MatchAnywhere(std::wstring_view text, clsRegExMatchList& matches, Parts& parts)
+// Finds what the following regular expression finds, but in linear time. The name of the day has no group, so only the
+// first digits that continue as a date matter.
+//   (?:\w{3},\s+)?(\d+)\s+(\w{3})\s+(\d{4})\s+(\d+):(\d+):(\d+)
+//   (\s+(?:[+-]\d{4}|GMT|EST|EDT|CST|CDT|MST|MDT|PST|PDT|UT))?
+bool FindParts(std::wstring_view text, Parts& parts)
 {
-    static clsRegEx& date = MakeForever<clsRegEx>(kDatePattern, 0);
-    // A date has white space between its parts, which most texts in the other forms lack.
-    if (std::none_of(text.begin(), text.end(), IsSpace) || !date.Match(String(text), &matches))
-        return false;
-    const auto group = [&matches](std::size_t number)
+    const auto isNoDigit = [](wchar_t c)
     {
-        return number < matches.Count() ? matches[number].text.View() : std::wstring_view();
+        return !IsDecimalDigit(c);
     };
-    parts = {group(1), group(2), group(3), group(4), group(5), group(6), group(7)};
-    return true;
+    for (DateCursor cursor(text); cursor.TakeWhile(isNoDigit), !cursor.IsAtEnd(); cursor.TakeWhile(IsDecimalDigit))
+        if (ReadAtStart(cursor, parts))
+            return true;
+    return false;
 }
 
 // Values that don't fit into a field are limited to one that is no valid date.
@@ -136,7 +126,8 @@ WORD MonthOf(std::wstring_view name)
     return 0;
 }
 
-void AddZone(std::wstring_view zone, SYSTEMTIME& time)
+// Returns nothing if there is no zone or the zone has no row.
+std::optional<int> MinutesToUTC(std::wstring_view zone)
 {
     DateCursor cursor(zone);
     cursor.TakeWhile(IsSpace);
@@ -147,33 +138,41 @@ void AddZone(std::wstring_view zone, SYSTEMTIME& time)
     if ((isEast || cursor.Skip(L"-")) && cursor.Number(2, hours) && cursor.Number(2, minutes))
     {
         const int sum = hours * 60 + minutes;
-        AddMinutes(time, isEast ? -sum : sum);
-        return;
+        return isEast ? -sum : sum;
     }
     for (const NamedZone& row : kZones)
         if (row.name == name)
-            AddMinutes(time, row.hoursToAdd * 60);
+            return row.hoursToAdd * 60;
+    return std::nullopt;
 }
 
 } // namespace
 
-bool ReadRFC822Date(std::wstring_view text, SYSTEMTIME& time)
+bool FindRFC822Date(std::wstring_view text, RFC822Date& date)
 {
     Parts parts;
-    clsRegExMatchList matches; // the parts may refer to it
-    if (!MatchAtStart(text, parts) && !MatchAnywhere(text, matches, parts))
+    if (!FindParts(text, parts))
         return false;
-    SYSTEMTIME read{};
-    read.wYear = FieldOf(parts.year);
-    read.wMonth = MonthOf(parts.month);
-    read.wDayOfWeek = 0xFFFF;
-    read.wDay = FieldOf(parts.day);
-    read.wHour = FieldOf(parts.hour);
-    read.wMinute = FieldOf(parts.minute);
-    read.wSecond = FieldOf(parts.second);
-    if (!parts.zone.empty())
-        AddZone(parts.zone, read);
-    time = read;
+    date.written = {};
+    date.written.wYear = FieldOf(parts.year);
+    date.written.wMonth = MonthOf(parts.month);
+    date.written.wDayOfWeek = 0xFFFF;
+    date.written.wDay = FieldOf(parts.day);
+    date.written.wHour = FieldOf(parts.hour);
+    date.written.wMinute = FieldOf(parts.minute);
+    date.written.wSecond = FieldOf(parts.second);
+    date.minutesToUTC = MinutesToUTC(parts.zone);
+    return true;
+}
+
+bool ReadRFC822Date(std::wstring_view text, SYSTEMTIME& time)
+{
+    RFC822Date date;
+    if (!FindRFC822Date(text, date))
+        return false;
+    time = date.written;
+    if (date.minutesToUTC)
+        AddMinutes(time, *date.minutesToUTC);
     return true;
 }
 

@@ -1,6 +1,7 @@
 // Damaged files: each truncation and many changed bits.
 #include "docinfo/html.h"
 #include "docinfo/jpeg.h"
+#include "docinfo/mail.h"
 #include "docinfo/pdf.h"
 #include "docinfo/rtf.h"
 #include "docinfo/tiff.h"
@@ -50,6 +51,8 @@ TEST(DocumentReaders, BearDamage)
                       {{"<</Title (a\\(b) /Author <FEFF0047> /ModDate (D:2012) /K [1 2] /D <</A true>> /R 1 0 R>>"}})},
         {ReadHTML, "<head><title>&auml;&#65;</title><o:DocumentProperties><o:Author>a</o:Author></o:DocumentProperties>"
                    "<meta name=\"author\" content=\"x\"></head>"},
+        {ReadMail, "From: =?utf-8?Q?J=C3=BC?= (x =?utf-8?B?YQ==?=) \"q\" <a@b.de>\r\nTo: a@xn--bcher-kva.de\r\n"
+                   "Subject: =?utf-8*de?Q?_?=\r\n x\r\nDate: Tue, 03 Feb 2015 10:20:30 +0100\r\n\r\n"},
         {ReadRTF, R"({\rtf1{\info{\title a\'e4}{\creatim\yr2001\mo2}}})"},
     };
     std::mt19937 random(1);

@@ -8,30 +8,24 @@
 #include "locale/machine_date.h"
 #include "markup/entities.h"
 #include "unit/docinfo/document_in_memory.h"
+#include "unit/docinfo/random_texts.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
-#include <random>
-#include <span>
 
 using namespace qx;
-using qxtest::ReadRecord;
-using qxtest::Summary;
+using qxtest::CompareReaders;
+using qxtest::kTexts;
+using qxtest::RandomTexts;
 
 namespace
 {
 
 constexpr std::uint32_t kHeadFlags = 0x40428; // CASELESS, DOTALL, MULTILINE, UNGREEDY
 constexpr std::uint32_t kItemFlags = 0x40028; // CASELESS, DOTALL, UNGREEDY
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int kTexts = 2'000;
-#else
-constexpr int kTexts = 100'000;
-#endif
 
 // A number that stops at the limit of 32 bits, from digits of the base.
 wchar_t NumberOf(const String& digits, int base)
@@ -197,58 +191,6 @@ void ReadRTF(clsDocu& record, String text)
 }
 
 } // namespace patterns
-
-// Texts of random pieces, repetitions of the text so far among them. The same in each run.
-class RandomTexts
-{
-public:
-    explicit RandomTexts(std::span<const std::string_view> pieces) : _pieces(pieces) {}
-
-    std::string Next()
-    {
-        std::string text;
-        for (int count = Number(40); count > 0; --count)
-        {
-            if (Number(12) == 0 && !text.empty())
-            {
-                const int begin = Number(static_cast<int>(text.size()));
-                text += text.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(Number(30)));
-            }
-            else
-                text += _pieces[static_cast<std::size_t>(Number(static_cast<int>(_pieces.size())))];
-        }
-        return text;
-    }
-
-private:
-    int Number(int below) { return static_cast<int>(_random() % static_cast<unsigned>(below)); }
-
-    std::span<const std::string_view> _pieces;
-    std::mt19937 _random{1};
-};
-
-using ReadPatterns = void (*)(clsDocu& record, const String& text);
-
-// `wrap` holds the text where it says "%".
-void CompareReaders(
-    qxtest::Reader reader, ReadPatterns read, std::span<const std::string_view> pieces, std::string_view wrap)
-{
-    RandomTexts texts(pieces);
-    int filled = 0;
-    for (int i = 0; i < kTexts; ++i)
-    {
-        std::string text(wrap);
-        text.replace(text.find('%'), 1, texts.Next());
-        const ReadRecord found(reader, text);
-        const auto expected = clsDocu::Create(String(L"in memory"), nullptr, 0, 0);
-        String wide;
-        wide.Assign(text.c_str());
-        read(*expected, wide);
-        ASSERT_EQ(Summary(*found.operator->()), Summary(*expected)) << text;
-        filled += Summary(*expected) != "-|-|-|-|-|-|-|-";
-    }
-    EXPECT_GT(filled, kTexts / 10); // the pieces make texts in which something is found
-}
 
 constexpr std::string_view kHtmlPieces[] = {"<title>", "</title>", "<TITLE>", "<meta name=\"author\" content=\"",
     "<meta  name=\"dc.subject\"\tcontent=\"", "<META NAME=\"keywords\" CONTENT=\"",

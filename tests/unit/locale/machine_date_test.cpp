@@ -9,7 +9,6 @@
 #include "locale/time_arithmetic.h"
 #include "locale/time_zone.h"
 
-#include <algorithm>
 #include <random>
 #include <string_view>
 
@@ -81,18 +80,20 @@ TEST(MachineDate, ZonesByName)
     EXPECT_EQ(untouched.wMilliseconds, 8);
 }
 
-// The hand-written parser must find exactly what the pattern finds, in texts with random changes.
+// The hand-written parser must find exactly what the pattern finds.
 TEST(MachineDate, RFC822IsWhatThePatternFinds)
 {
     clsRegEx pattern(L"(?:\\w{3},\\s+)?(\\d+)\\s+(\\w{3})\\s+(\\d{4})\\s+(\\d+):(\\d+):(\\d+)"
                      L"(\\s+(?:[+-]\\d{4}|GMT|EST|EDT|CST|CDT|MST|MDT|PST|PDT|UT))?",
         0);
+    constexpr std::wstring_view kForm = L"Tue, 3 Apr 2018 10:00:00 +0200";
     constexpr std::wstring_view kPieces = L"0123 \t:,+-_TueAprGMTESTU\x0663\xA0";
     std::mt19937 random(5);
-    for (int i = 0; i < 20000; ++i)
+    int found = 0;
+    for (int i = 0; i < 100'000; ++i)
     {
-        String text(L"Tue, 3 Apr 2018 10:00:00 +0200");
-        for (auto changes = random() % 3; changes-- != 0;)
+        String text(random() % 2 == 0 ? kForm : L"1 Jan 2 Feb 1999 3 Mar 2001 04:05:06 4 Tue, 3 Apr 2018 10:00:00 EST");
+        for (auto changes = random() % 4; changes-- != 0;)
         {
             const std::size_t place = random() % text.Length();
             if (random() % 3 == 0)
@@ -101,14 +102,22 @@ TEST(MachineDate, RFC822IsWhatThePatternFinds)
                 text.Insert(place, String(kPieces.substr(random() % kPieces.size(), 1 + random() % 4)));
         }
         clsRegExMatchList matches;
-        SYSTEMTIME time{};
+        RFC822Date date;
         const bool isDate = pattern.Match(text, &matches);
-        ASSERT_EQ(ReadRFC822Date(text.View(), time), isDate) << text.NarrowText();
-        if (isDate && matches.Count() <= 7) // with a zone, the fields would be converted
+        ASSERT_EQ(FindRFC822Date(text.View(), date), isDate) << text.NarrowText();
+        if (!isDate)
+            continue;
+        ++found;
+        const SYSTEMTIME& time = date.written;
+        for (const auto& [group, field] :
+            {std::pair(1u, time.wDay), {3u, time.wYear}, {4u, time.wHour}, {5u, time.wMinute}, {6u, time.wSecond}})
         {
-            ASSERT_EQ(time.wDay, std::min(wcstol(matches[1].text, nullptr, 10), 0xFFFFL)) << text.NarrowText();
+            ASSERT_EQ(field, std::min(wcstol(matches[group].text, nullptr, 10), 0xFFFFL)) << text.NarrowText();
         }
+        const bool hasOffset = matches.Count() > 7 && matches[7].text.View().find(L"GMT") == std::wstring_view::npos;
+        ASSERT_EQ(date.minutesToUTC.has_value(), hasOffset) << text.NarrowText();
     }
+    EXPECT_GT(found, 5000);
 }
 
 TEST(TimeZoneRules, OfOneYearAndOfAll)

@@ -1,0 +1,40 @@
+// Header fields with mail addresses (RFC 822): From, To and their like.
+#pragma once
+
+#include "containers/dlist.h"
+#include "core/text/text_buffer.h"
+
+#include <cstddef>
+#include <string_view>
+
+namespace qx
+{
+
+enum class ParseItemKind
+{
+    Word = 1,    // or a quoted string, with its quotes
+    Comment = 3, // with its parentheses
+    Address = 4,
+    Blank = 5 // exactly one
+};
+
+// A piece of a header field.
+struct clsParseItem
+{
+    ParseItemKind kind;
+    std::size_t position; // in the field
+    TextBuffer text;      // decoded
+};
+
+// Splits a field into its pieces; their texts in order are the decoded field. A control character drops all pieces in
+// front of it and ends the field.
+WCValDList<clsParseItem> ParseAddressField(std::wstring_view field);
+
+// Returns true if the whole text is an address: name@domain.domain...
+bool IsMailAddress(std::wstring_view text);
+
+// Decodes the international labels ("xn--...") of the domain in an address. A label that isn't valid stays as it is,
+// and so does a text without "@".
+TextBuffer DecodeMailDomain(std::wstring_view address);
+
+} // namespace qx

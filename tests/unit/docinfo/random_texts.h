@@ -1,0 +1,75 @@
+// Random texts on which a scanner and the patterns that it replaces are compared.
+#pragma once
+
+#include "unit/docinfo/document_in_memory.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <random>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace qxtest
+{
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr int kTexts = 2'000;
+#else
+inline constexpr int kTexts = 100'000;
+#endif
+
+// Texts of random pieces, repetitions of the text so far among them. The same in each run.
+class RandomTexts
+{
+public:
+    explicit RandomTexts(std::span<const std::string_view> pieces) : _pieces(pieces) {}
+
+    std::string Next()
+    {
+        std::string text;
+        for (int count = Number(40); count > 0; --count)
+        {
+            if (Number(12) == 0 && !text.empty())
+            {
+                const int begin = Number(static_cast<int>(text.size()));
+                text += text.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(Number(30)));
+            }
+            else
+                text += _pieces[static_cast<std::size_t>(Number(static_cast<int>(_pieces.size())))];
+        }
+        return text;
+    }
+
+private:
+    int Number(int below) { return static_cast<int>(_random() % static_cast<unsigned>(below)); }
+
+    std::span<const std::string_view> _pieces;
+    std::mt19937 _random{1};
+};
+
+using ReadPatterns = void (*)(qx::clsDocu& record, const qx::String& text);
+
+// `wrap` holds the text where it says "%".
+inline void CompareReaders(
+    Reader reader, ReadPatterns read, std::span<const std::string_view> pieces, std::string_view wrap)
+{
+    RandomTexts texts(pieces);
+    int filled = 0;
+    for (int i = 0; i < kTexts; ++i)
+    {
+        std::string text(wrap);
+        text.replace(text.find('%'), 1, texts.Next());
+        const ReadRecord found(reader, text);
+        const auto expected = qx::clsDocu::Create(qx::String(L"in memory"), nullptr, 0, 0);
+        qx::String wide;
+        wide.Assign(text.c_str());
+        read(*expected, wide);
+        ASSERT_EQ(Summary(*found.operator->()), Summary(*expected)) << text;
+        filled += Summary(*expected) != "-|-|-|-|-|-|-|-";
+    }
+    EXPECT_GT(filled, kTexts / 10); // the pieces make texts in which something is found
+}
+
+} // namespace qxtest
