@@ -20,7 +20,7 @@ using namespace qxtest;
 namespace
 {
 
-constexpr SECURITY_INFORMATION kList = DACL_SECURITY_INFORMATION;
+constexpr SECURITY_INFORMATION kAccessList = DACL_SECURITY_INFORMATION;
 
 std::string OutputOf(const std::string& command)
 {
@@ -47,7 +47,8 @@ std::string SetRights(const Text& path, const Text& account, DWORD permissions, 
     PACL list = nullptr;
     PACL changed = nullptr;
     PSECURITY_DESCRIPTOR descriptor = nullptr;
-    DWORD error = GetNamedSecurityInfoW(name, SE_FILE_OBJECT, kList, nullptr, nullptr, &list, nullptr, &descriptor);
+    DWORD error =
+        GetNamedSecurityInfoW(name, SE_FILE_OBJECT, kAccessList, nullptr, nullptr, &list, nullptr, &descriptor);
     if (error != ERROR_SUCCESS)
         return "get: " + std::to_string(error);
     EXPLICIT_ACCESS_W access;
@@ -56,7 +57,7 @@ std::string SetRights(const Text& path, const Text& account, DWORD permissions, 
     std::string result = "entries: ";
     if (error == ERROR_SUCCESS)
     {
-        error = SetNamedSecurityInfoW(name.data(), SE_FILE_OBJECT, kList, nullptr, nullptr, changed, nullptr);
+        error = SetNamedSecurityInfoW(name.data(), SE_FILE_OBJECT, kAccessList, nullptr, nullptr, changed, nullptr);
         result = "set: ";
     }
     LocalFree(changed);
@@ -134,7 +135,9 @@ TEST_F(SecurityOfTheLayer, EntriesAreSetAsAnotherReaderShowsThem)
             MakeFile(Text::Widen(path), "content");
         ASSERT_EQ(chmod(path.c_str(), one.isFolder ? 0750 : 0640), 0);
         if (one.prepared[0] != 0)
+        {
             ASSERT_EQ(std::system(("setfacl " + std::string(one.prepared) + " '" + path + "'").c_str()), 0);
+        }
         const auto modified = std::filesystem::last_write_time(path);
         const char* const account = one.account[0] == 0 ? owner->pw_name : one.account;
         EXPECT_EQ(SetRights(Text::Widen(path), Text::Widen(account), one.permissions, one.inheritance), "");
@@ -159,9 +162,9 @@ TEST_F(SecurityOfTheLayer, ErrorsStayWithTheirStep)
     EXPECT_EQ(SetRights(file, L"daemon", GENERIC_READ, 8), "entries: 50") << "can't be expressed";
     Text path = file;
     ACL foreign{2, 0, sizeof(ACL), 0, 0};
-    EXPECT_EQ(SetNamedSecurityInfoW(path.data(), SE_FILE_OBJECT, kList, nullptr, nullptr, &foreign, nullptr),
+    EXPECT_EQ(SetNamedSecurityInfoW(path.data(), SE_FILE_OBJECT, kAccessList, nullptr, nullptr, &foreign, nullptr),
         DWORD{ERROR_INVALID_ACL});
-    EXPECT_EQ(SetNamedSecurityInfoW(path.data(), SE_FILE_OBJECT, kList, nullptr, nullptr, nullptr, nullptr),
+    EXPECT_EQ(SetNamedSecurityInfoW(path.data(), SE_FILE_OBJECT, kAccessList, nullptr, nullptr, nullptr, nullptr),
         DWORD{ERROR_NOT_SUPPORTED})
         << "on the system, all rights for everyone";
     EXPECT_EQ(ListOf(native + "/probe"), before);
