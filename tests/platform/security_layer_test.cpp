@@ -1,5 +1,4 @@
 // Access lists of files as the layer stores them, read back by getfacl and prepared by setfacl.
-#include "support/own_drives.h"
 #include "system_support.h"
 
 #include <aclapi.h>
@@ -168,17 +167,6 @@ TEST_F(SecurityOfTheLayer, ErrorsStayWithTheirStep)
         DWORD{ERROR_NOT_SUPPORTED})
         << "on the system, all rights for everyone";
     EXPECT_EQ(ListOf(native + "/probe"), before);
-}
-
-TEST_F(SecurityOfTheLayer, PathsOfDrivesAndSharesLeadToTheFile)
-{
-    const OwnDrives drives;
-    const std::filesystem::path file = drives.MakeShare("server", "share") / "file";
-    MakeFile(Text::Widen(file.string()));
-    drives.Link("q:", "unc/server/share");
-    EXPECT_EQ(SetRights(L"Q:\\file", L"daemon", GENERIC_READ, 0), "");
-    EXPECT_EQ(SetRights(L"\\\\server\\share\\file", L"bin", GENERIC_READ, 0), "");
-    EXPECT_NE(ListOf(file).find("user:daemon:r-- user:bin:r--"), std::string::npos);
 }
 
 } // namespace
