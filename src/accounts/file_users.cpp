@@ -5,6 +5,8 @@
 #include "core/forever.h"
 #include "core/pattern/regex.h"
 
+#include <lmerr.h>
+
 #include <iterator>
 
 namespace qx
