@@ -4,5 +4,4 @@
 #include <minwindef.h>
 
 #define NET_API_STATUS DWORD
-#define NERR_Success 0
 #define MAX_PREFERRED_LENGTH ((DWORD)-1)

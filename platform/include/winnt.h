@@ -354,7 +354,8 @@ typedef struct _TOKEN_GROUPS
 typedef enum _SID_NAME_USE
 {
     SidTypeUser = 1
-} SID_NAME_USE, *PSID_NAME_USE;
+} SID_NAME_USE,
+    *PSID_NAME_USE;
 
 typedef enum _TOKEN_INFORMATION_CLASS
 {

@@ -3,7 +3,7 @@
 
 #include "accounts/access_rights.h"
 #include "accounts/account_of_sid.h"
-#include "accounts/file_access.h"
+#include "accounts/file_users.h"
 #include "accounts/path_forms.h"
 #include "core/charset/charset_conversion.h"
 #include "core/debug_line.h"
@@ -75,12 +75,12 @@ std::int32_t UtilGetFileInfoAccess(const QXWCHAR* path, std::uint32_t* access, Q
     return Guarded(kNetworkFailed,
         [&]
         {
-            FileAccess found;
-            const FileAccessResult result = GetFileInfoAccess(path, NetAPI32(), found);
+            FileUsers found;
+            const FileUsersResult result = GetFileInfoAccess(path, NetAPI32(), found);
             *access = found.access;
-            if (result != FileAccessResult::NoConnections && !Deliver(found.users, users))
+            if (result != FileUsersResult::NoConnections && !Deliver(found.users, users))
                 return kNetworkFailed;
-            return result == FileAccessResult::Done ? 0 : kNetworkFailed;
+            return result == FileUsersResult::Done ? 0 : kNetworkFailed;
         });
 }
 

@@ -93,7 +93,9 @@ TEST(NetworkOfTheLayer, WalksFillBlocksOfAnySize)
     EXPECT_EQ(walk.Read(kAll, one, entries), DWORD{ERROR_NO_MORE_ITEMS});
     EXPECT_EQ(entries.back(), std::make_pair(std::string("C:"), std::string("\\\\server\\share")));
 
-    HANDLE handle = nullptr;
+    HANDLE handle = GetCurrentProcess(); // no walk
+    DWORD size = one;
+    EXPECT_EQ(WNetEnumResourceW(handle, &size, &handle, &size), DWORD{ERROR_INVALID_HANDLE});
     EXPECT_EQ(WNetOpenEnumW(2, RESOURCETYPE_DISK, 0, nullptr, &handle), DWORD{ERROR_NOT_SUPPORTED});
 }
 

@@ -1,5 +1,4 @@
 // Access lists of files as the layer stores them, read back by getfacl and prepared by setfacl.
-#include "support/own_drives.h"
 #include "system_support.h"
 
 #include <aclapi.h>
@@ -20,7 +19,7 @@ using namespace qxtest;
 namespace
 {
 
-constexpr SECURITY_INFORMATION kList = DACL_SECURITY_INFORMATION;
+constexpr SECURITY_INFORMATION kAccessList = DACL_SECURITY_INFORMATION;
 
 std::string OutputOf(const std::string& command)
 {
@@ -47,7 +46,8 @@ std::string SetRights(const Text& path, const Text& account, DWORD permissions, 
     PACL list = nullptr;
     PACL changed = nullptr;
     PSECURITY_DESCRIPTOR descriptor = nullptr;
-    DWORD error = GetNamedSecurityInfoW(name, SE_FILE_OBJECT, kList, nullptr, nullptr, &list, nullptr, &descriptor);
+    DWORD error =
+        GetNamedSecurityInfoW(name, SE_FILE_OBJECT, kAccessList, nullptr, nullptr, &list, nullptr, &descriptor);
     if (error != ERROR_SUCCESS)
         return "get: " + std::to_string(error);
     EXPLICIT_ACCESS_W access;
@@ -56,7 +56,7 @@ std::string SetRights(const Text& path, const Text& account, DWORD permissions, 
     std::string result = "entries: ";
     if (error == ERROR_SUCCESS)
     {
-        error = SetNamedSecurityInfoW(name.data(), SE_FILE_OBJECT, kList, nullptr, nullptr, changed, nullptr);
+        error = SetNamedSecurityInfoW(name.data(), SE_FILE_OBJECT, kAccessList, nullptr, nullptr, changed, nullptr);
         result = "set: ";
     }
     LocalFree(changed);
@@ -134,7 +134,9 @@ TEST_F(SecurityOfTheLayer, EntriesAreSetAsAnotherReaderShowsThem)
             MakeFile(Text::Widen(path), "content");
         ASSERT_EQ(chmod(path.c_str(), one.isFolder ? 0750 : 0640), 0);
         if (one.prepared[0] != 0)
+        {
             ASSERT_EQ(std::system(("setfacl " + std::string(one.prepared) + " '" + path + "'").c_str()), 0);
+        }
         const auto modified = std::filesystem::last_write_time(path);
         const char* const account = one.account[0] == 0 ? owner->pw_name : one.account;
         EXPECT_EQ(SetRights(Text::Widen(path), Text::Widen(account), one.permissions, one.inheritance), "");
@@ -159,23 +161,12 @@ TEST_F(SecurityOfTheLayer, ErrorsStayWithTheirStep)
     EXPECT_EQ(SetRights(file, L"daemon", GENERIC_READ, 8), "entries: 50") << "can't be expressed";
     Text path = file;
     ACL foreign{2, 0, sizeof(ACL), 0, 0};
-    EXPECT_EQ(SetNamedSecurityInfoW(path.data(), SE_FILE_OBJECT, kList, nullptr, nullptr, &foreign, nullptr),
+    EXPECT_EQ(SetNamedSecurityInfoW(path.data(), SE_FILE_OBJECT, kAccessList, nullptr, nullptr, &foreign, nullptr),
         DWORD{ERROR_INVALID_ACL});
-    EXPECT_EQ(SetNamedSecurityInfoW(path.data(), SE_FILE_OBJECT, kList, nullptr, nullptr, nullptr, nullptr),
+    EXPECT_EQ(SetNamedSecurityInfoW(path.data(), SE_FILE_OBJECT, kAccessList, nullptr, nullptr, nullptr, nullptr),
         DWORD{ERROR_NOT_SUPPORTED})
         << "on the system, all rights for everyone";
     EXPECT_EQ(ListOf(native + "/probe"), before);
-}
-
-TEST_F(SecurityOfTheLayer, PathsOfDrivesAndSharesLeadToTheFile)
-{
-    const OwnDrives drives;
-    const std::filesystem::path file = drives.MakeShare("server", "share") / "file";
-    MakeFile(Text::Widen(file.string()));
-    drives.Link("q:", "unc/server/share");
-    EXPECT_EQ(SetRights(L"Q:\\file", L"daemon", GENERIC_READ, 0), "");
-    EXPECT_EQ(SetRights(L"\\\\server\\share\\file", L"bin", GENERIC_READ, 0), "");
-    EXPECT_NE(ListOf(file).find("user:daemon:r-- user:bin:r--"), std::string::npos);
 }
 
 } // namespace

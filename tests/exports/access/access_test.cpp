@@ -1,4 +1,3 @@
-// Access to files where no drive is connected with a share.
 #include <qxut23/access.h>
 
 #include "platform/system_support.h"

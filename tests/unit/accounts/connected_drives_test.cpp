@@ -1,6 +1,6 @@
 // Drives that are connected with shares, as links on linux.
 #include "accounts/connection_list.h"
-#include "accounts/file_access.h"
+#include "accounts/file_users.h"
 #include "accounts/path_forms.h"
 #include "support/own_drives.h"
 #include "unit/accounts/fake_server.h"
@@ -70,14 +70,14 @@ TEST(ConnectedDrives, FilesOnThemAreLookedUpOnTheServer)
     for (const auto& [path, access] : cases)
     {
         FakeServer server({{NERR_Success, {OpenFile(L"C:\\share\\a.txt", L"ann", PERM_FILE_WRITE)}}});
-        FileAccess found;
-        EXPECT_EQ(GetFileInfoAccess(path, server, found), FileAccessResult::Done);
+        FileUsers found;
+        EXPECT_EQ(GetFileInfoAccess(path, server, found), FileUsersResult::Done);
         EXPECT_EQ(server.calls, 1u);
         EXPECT_EQ(found.access, access);
     }
     FakeServer server({});
-    FileAccess found;
-    EXPECT_EQ(GetFileInfoAccess(L"C:\\a.txt", server, found), FileAccessResult::Done) << "not connected";
+    FileUsers found;
+    EXPECT_EQ(GetFileInfoAccess(L"C:\\a.txt", server, found), FileUsersResult::Done) << "not connected";
     EXPECT_EQ(server.calls, 0u);
 }
 

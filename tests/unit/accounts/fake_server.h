@@ -3,6 +3,8 @@
 
 #include "module/late_libraries.h"
 
+#include <lmerr.h>
+
 #include <cstring>
 #include <string>
 #include <utility>

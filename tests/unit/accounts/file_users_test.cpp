@@ -1,4 +1,4 @@
-#include "accounts/file_access.h"
+#include "accounts/file_users.h"
 
 #include "support/debug_lines.h"
 #include "unit/accounts/fake_server.h"
@@ -16,14 +16,14 @@ namespace
 
 constexpr const wchar_t* kFile = L"\\\\server\\share\\a.txt";
 
-FileAccessResult Ask(const wchar_t* path, FakeServer& server, FileAccess& found)
+FileUsersResult Ask(const wchar_t* path, FakeServer& server, FileUsers& found)
 {
     return GetFileInfoAccess(path, server, found);
 }
 
 } // namespace
 
-TEST(FileAccess, UsersOfTheFileAreCollectedFromAllBlocks)
+TEST(FileUsers, UsersOfTheFileAreCollectedFromAllBlocks)
 {
     FakeServer server({{ERROR_MORE_DATA, {OpenFile(L"C:\\share\\a.txt", L"ann", PERM_FILE_READ),
                                              OpenFile(L"C:\\other\\a.txt", L"x", PERM_FILE_WRITE)}},
@@ -32,8 +32,8 @@ TEST(FileAccess, UsersOfTheFileAreCollectedFromAllBlocks)
         {NERR_Success,
             {OpenFile(L"\\share\\a.txt", L"x", PERM_FILE_WRITE), OpenFile(L"C:\\share\\a.txt", nullptr, PERM_FILE_READ),
                 OpenFile(L"C:\\share\\a.txt.bak", L"x", PERM_FILE_WRITE)}}});
-    FileAccess found;
-    EXPECT_EQ(Ask(kFile, server, found), FileAccessResult::Done);
+    FileUsers found;
+    EXPECT_EQ(Ask(kFile, server, found), FileUsersResult::Done);
     EXPECT_STREQ(server.server, L"\\\\server");
     EXPECT_EQ(found.access, std::uint32_t{PERM_FILE_READ | PERM_FILE_CREATE});
     EXPECT_STREQ(found.users, L"ann\tbob");
@@ -41,7 +41,7 @@ TEST(FileAccess, UsersOfTheFileAreCollectedFromAllBlocks)
     EXPECT_EQ(server.freed, 3u);
 }
 
-TEST(FileAccess, ServersThatDoNotAnswer)
+TEST(FileUsers, ServersThatDoNotAnswer)
 {
     const std::vector<FILE_INFO_3> files = {OpenFile(L"C:\\share\\a.txt", L"ann", PERM_FILE_READ)};
     const struct
@@ -57,25 +57,25 @@ TEST(FileAccess, ServersThatDoNotAnswer)
     {
         FakeServer server(one.answers);
         server.missing = one.missing;
-        FileAccess found;
-        EXPECT_EQ(Ask(kFile, server, found), FileAccessResult::NoAnswer);
+        FileUsers found;
+        EXPECT_EQ(Ask(kFile, server, found), FileUsersResult::NoAnswer);
         EXPECT_EQ(found.access, 0u);
         EXPECT_STREQ(found.users, one.users);
     }
 }
 
-TEST(FileAccess, OnlyPathsOfServersAreAsked)
+TEST(FileUsers, OnlyPathsOfServersAreAsked)
 {
     for (const wchar_t* const path : {L"", L"a.txt", L"\\a.txt", L"/a/b.txt", L"\\\\server"})
     {
         FakeServer server({});
-        FileAccess found;
-        EXPECT_EQ(Ask(path, server, found), FileAccessResult::Done);
+        FileUsers found;
+        EXPECT_EQ(Ask(path, server, found), FileUsersResult::Done);
         EXPECT_EQ(server.calls, 0u);
     }
 }
 
-TEST(FileAccess, WithoutAPlaceForTheAccess)
+TEST(FileUsers, WithoutAPlaceForTheAccess)
 {
     const qxtest::DebugLines lines;
     EXPECT_EQ(UtilGetFileInfoAccess(kFile, nullptr, nullptr), -3);

@@ -1,9 +1,11 @@
-#include "accounts/file_access.h"
+#include "accounts/file_users.h"
 
 #include "accounts/connection_list.h"
 #include "core/debug_line.h"
 #include "core/forever.h"
 #include "core/pattern/regex.h"
+
+#include <lmerr.h>
 
 #include <iterator>
 
@@ -51,7 +53,7 @@ bool ReplaceDrive(String& path)
 class Collector
 {
 public:
-    Collector(const String& pathOnServer, FileAccess& found) : _path(pathOnServer), _found(found) {}
+    Collector(const String& pathOnServer, FileUsers& found) : _path(pathOnServer), _found(found) {}
 
     void Add(const FILE_INFO_3& file)
     {
@@ -66,7 +68,7 @@ public:
 
 private:
     const IString _path; // file names on servers don't regard case
-    FileAccess& _found;
+    FileUsers& _found;
 };
 
 // Returns false if the server's list can't be read to its end.
@@ -97,20 +99,20 @@ bool ListFiles(const String& server, clsNetAPI32& network, Collector& collector)
 
 } // namespace
 
-FileAccessResult GetFileInfoAccess(const String& path, clsNetAPI32& network, FileAccess& found)
+FileUsersResult GetFileInfoAccess(const String& path, clsNetAPI32& network, FileUsers& found)
 {
     static clsRegEx& pattern = MakeForever<clsRegEx>(L"(?i)^(\\\\\\\\.*?)(\\\\.*)$", 0U);
     String target = LongForm(path);
     if (!ReplaceDrive(target))
-        return FileAccessResult::NoConnections;
+        return FileUsersResult::NoConnections;
     clsRegExMatchList groups;
     if (!pattern.Match(target, &groups))
-        return FileAccessResult::Done;
+        return FileUsersResult::Done;
     Collector collector(groups[2].text, found);
     if (ListFiles(groups[1].text, network, collector))
-        return FileAccessResult::Done;
+        return FileUsersResult::Done;
     found.access = 0;
-    return FileAccessResult::NoAnswer;
+    return FileUsersResult::NoAnswer;
 }
 
 } // namespace qx
