@@ -2,9 +2,9 @@
  * of file it is.
  *
  * The kind is recognised by the extension of the file, otherwise by its first bytes. PDF files, web pages (.htm, .html,
- * .mht), Rich Text (.rtf), mail (.eml, and .msg in text form), TIFF and JPEG files are read; of all others only the time
- * of the last write is known. The author of a mail is its sender, the last author its recipients, and the title its
- * subject.
+ * .mht), Rich Text (.rtf), mail (.eml, and .msg in text form), TIFF and JPEG files are read; of all others only the
+ * time of the last write is known. The author of a mail is its sender, the last author its recipients, and the title
+ * its subject.
  *
  * A list keeps what it has read for a given time. Later requests within this time don't touch the disk; then a document
  * is only read again if its time of last write has changed. A document on a network share (\\server\share\...) is read
