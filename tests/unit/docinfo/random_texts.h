@@ -14,7 +14,8 @@
 namespace qxtest
 {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+// Less where programs are slow: with the sanitizers and in the emulator.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(_WIN32)
 inline constexpr int kTexts = 2'000;
 #else
 inline constexpr int kTexts = 100'000;
