@@ -66,17 +66,26 @@ void FileWindow::Fill(std::uint64_t offset, std::size_t count)
         _buffer = std::make_unique_for_overwrite<std::uint8_t[]>(kCapacity);
     _begin = offset;
     _count = 0;
-    const auto position = static_cast<std::int64_t>(offset);
-    if (_file.Position() != position && (_file.Seek(position), _file.Position() != position))
+    if (!MoveTo(static_cast<std::int64_t>(offset)))
         return;
     const std::size_t wanted = std::max(count, kLeastRead);
     while (_count < wanted)
     {
         const std::uint32_t read = _file.Read(_buffer.get() + _count, static_cast<std::uint32_t>(wanted - _count));
         if (read == 0)
-            return;
+            break;
         _count += read;
     }
+    _position += static_cast<std::int64_t>(_count);
+}
+
+bool FileWindow::MoveTo(std::int64_t position)
+{
+    if (position == _position)
+        return true;
+    _file.Seek(position);
+    _position = _file.Position();
+    return position == _position;
 }
 
 bool ReadFirstText(FileWindow& file, String& text)

@@ -12,7 +12,7 @@ namespace qx
 {
 
 // Reads a file through one buffer of at most kCapacity bytes, so that a reader may ask for a few bytes at a time. The
-// file must be open and outlive the window, and nothing else may read from it in the meantime.
+// file must be open, at its beginning, and outlive the window; nothing else may read from it in the meantime.
 class FileWindow
 {
 public:
@@ -35,12 +35,14 @@ public:
 
 private:
     void Fill(std::uint64_t offset, std::size_t count);
+    bool MoveTo(std::int64_t position);
 
     clsFile& _file;
     std::unique_ptr<std::uint8_t[]> _buffer;
-    std::uint64_t _begin = 0; // offset of the first byte in the buffer
-    std::size_t _count = 0;   // bytes in the buffer
-    std::int64_t _size = -1;  // -1: not asked yet
+    std::uint64_t _begin = 0;   // offset of the first byte in the buffer
+    std::size_t _count = 0;     // bytes in the buffer
+    std::int64_t _size = -1;    // -1: not asked yet
+    std::int64_t _position = 0; // of the file
 };
 
 // Returns the text at the file's beginning: the first FileWindow::kCapacity bytes up to the first zero byte, from the
