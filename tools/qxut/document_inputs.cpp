@@ -1,5 +1,7 @@
 #include "document_inputs.h"
 
+#include "text.h"
+
 #include <algorithm>
 
 namespace qxut
@@ -9,12 +11,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-
-std::string Utf8Path(const fs::path& path)
-{
-    const auto text = path.generic_u8string();
-    return {text.begin(), text.end()};
-}
 
 struct Member
 {

@@ -97,6 +97,12 @@ bool IsUtf8(std::string_view text)
     return true;
 }
 
+std::string Utf8Path(const std::filesystem::path& path)
+{
+    const auto text = path.generic_u8string();
+    return {text.begin(), text.end()};
+}
+
 WideText::WideText(std::string_view utf8)
 {
     _units.reserve(utf8.size() + 1);

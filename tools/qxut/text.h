@@ -6,6 +6,7 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,6 +15,9 @@ namespace qxut
 {
 
 bool IsUtf8(std::string_view text);
+
+// Returns a path in UTF-8, with slashes.
+std::string Utf8Path(const std::filesystem::path& path);
 
 // A zero-terminated UTF-16 text for the library.
 class WideText

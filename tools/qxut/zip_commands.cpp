@@ -44,12 +44,6 @@ struct ZipOptions
     bool asJson = false;
 };
 
-std::string Utf8Path(const fs::path& path)
-{
-    const auto text = path.generic_u8string();
-    return {text.begin(), text.end()};
-}
-
 std::string Count(std::size_t count, const char* one, const char* many)
 {
     return std::to_string(count) + ' ' + (count == 1 ? one : many);

@@ -1,0 +1,9 @@
+// Reading an arbitrary Rich Text file gives a result, whatever it contains.
+#include "docinfo/rtf.h"
+#include "document_fuzz.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    qxfuzz::ReadDocument(qx::ReadRTF, data, size);
+    return 0;
+}
