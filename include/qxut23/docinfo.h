@@ -6,10 +6,11 @@
  * time of the last write is known. The author of a mail is its sender, the last author its recipients, and the title
  * its subject.
  *
- * A list keeps what it has read for a given time. Later requests within this time don't touch the disk; then a document
- * is only read again if its time of last write has changed. A document on a network share (\\server\share\...) is read
- * by a thread of its own, so that a server that doesn't answer can't hold its caller for longer than the caller wants.
- * A share that doesn't answer at all is asked once in the life of a process.
+ * A list keeps what it has read for a given time. Later requests within this time don't touch the disk; after that, a
+ * document is read again only if its time of last write has changed. Paths compare without case, also where files
+ * don't. A document on a network share (\\server\share\...) is read by a thread of its own, so that a server that
+ * doesn't answer can't hold its caller for longer than the caller wants. A share that doesn't answer at all is asked
+ * once in the life of a process.
  *
  * Any thread may use a list.
  */
@@ -49,12 +50,13 @@ typedef struct QxUtDocumentInfo
    out. */
 QXUT_API HUTDOCINFO UtilDocInfoOpen(uint32_t cacheSeconds);
 
-/* Closes a list. Waits for all threads that are still reading from a share. Null is ignored. */
+/* Closes a list, which no other call may use any more. Waits for all threads that are still reading from a share. Null
+   is ignored. */
 QXUT_API void UtilDocInfoClose(HUTDOCINFO list);
 
 /* Gets the information about the document at `path`. What follows a "|" in the path isn't part of it; documents that
    only differ there are separate entries of the list. `waitSeconds` is how long to wait for a document on a share; with
-   0 the call returns what is known from before. The first request for a document decides for all later ones.
+   0 the call returns what is known from before. While the list keeps a document, the wait of its first request applies.
    Returns 1 if the document was accessible. `info` may be null, to ask just that; a structure of fewer than 72 bytes
    receives nothing. Returns 0, and nothing is stored, if the document can't be opened, if its reader refuses it, or if
    the list or the path is null. */

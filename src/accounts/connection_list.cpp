@@ -23,11 +23,14 @@ DWORD ConnectionList::Read()
     _read.clear();
     _position = 0;
     _block.resize(_size / sizeof(std::max_align_t) + 1);
-    DWORD count = 0xFFFFFFFF; // as many as fit
+    constexpr DWORD kAll = 0xFFFFFFFF; // as many as fit
+    DWORD count = kAll;
     const DWORD result = WNetEnumResourceW(_walk, &count, _block.data(), &_size);
     if (result != ERROR_SUCCESS)
         return result;
     const auto* const entries = reinterpret_cast<const NETRESOURCEW*>(_block.data());
+    if (count == 0 || count == kAll)
+        return ERROR_NO_MORE_ITEMS; // a success without entries would be repeated without end
     for (DWORD i = 0; i < count; ++i)
         _read.push_back({IString(entries[i].lpLocalName), IString(entries[i].lpRemoteName)});
     return ERROR_SUCCESS;

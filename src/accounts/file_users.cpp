@@ -8,6 +8,7 @@
 #include <lmerr.h>
 
 #include <iterator>
+#include <memory>
 
 namespace qx
 {
@@ -62,13 +63,26 @@ public:
         if (!file.fi3_pathname || !pattern.Match(file.fi3_pathname, &groups) || _path != groups[2].text)
             return;
         _found.access |= file.fi3_permissions & kAccessBits;
-        if (file.fi3_username)
-            _found.users.AppendWithSeparator(L'\t', String(file.fi3_username));
+        if (!file.fi3_username)
+            return;
+        // A name may be empty.
+        if (_hasUsers)
+            _found.users.Append(L'\t');
+        _found.users.Append(file.fi3_username);
+        _hasUsers = true;
     }
 
 private:
-    const IString _path; // file names on servers don't regard case
+    const String _path;
     FileUsers& _found;
+    bool _hasUsers = false;
+};
+
+struct BlockRelease
+{
+    void operator()(BYTE* block) const { network.p_NetApiBufferFree(block); }
+
+    clsNetAPI32& network;
 };
 
 // Returns false if the server's list can't be read to its end.
@@ -85,11 +99,10 @@ bool ListFiles(const String& server, clsNetAPI32& network, Collector& collector)
         DWORD total = 0;
         status =
             network.p_NetFileEnum(server, nullptr, nullptr, 3, &block, MAX_PREFERRED_LENGTH, &read, &total, &resume);
+        const std::unique_ptr<BYTE, BlockRelease> owner(block, BlockRelease{network});
         const bool hasBlock = (status == NERR_Success || status == ERROR_MORE_DATA) && block != nullptr;
         for (DWORD i = 0; hasBlock && i < read; ++i)
             collector.Add(reinterpret_cast<const FILE_INFO_3*>(block)[i]);
-        if (block)
-            network.p_NetApiBufferFree(block);
         // A server that promises more and delivers nothing would keep the caller forever.
         if (status == ERROR_MORE_DATA && (!hasBlock || read == 0))
             return false;

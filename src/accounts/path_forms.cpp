@@ -9,6 +9,7 @@
 #include <winnetwk.h>
 
 #include <cstddef>
+#include <string_view>
 #include <vector>
 
 namespace qx
@@ -17,6 +18,16 @@ namespace
 {
 
 constexpr DWORD kUniversalNameSize = 1024;
+
+// Returns true for a path of one line that begins with a drive letter. Without a pattern, which would serialise
+// callers.
+bool IsOnDrive(std::wstring_view path)
+{
+    const wchar_t letter = path.empty() ? L'\0' : static_cast<wchar_t>(path[0] | 0x20);
+    const std::size_t lineEnd = path.find(L'\n');
+    return letter >= L'a' && letter <= L'z' && path.size() > 1 && path[1] == L':' &&
+           (lineEnd == path.npos || lineEnd + 1 == path.size());
+}
 
 // Returns the system's error code.
 DWORD AskUniversalName(const String& path, String& name)
@@ -62,9 +73,8 @@ bool EnsureLocalPath(const String& path, String& result)
 
 bool EnsureUNCPath(const String& path, String& result)
 {
-    static clsRegEx& pattern = MakeForever<clsRegEx>(L"(?i)^([A-Z]:)(.*)$", 0U);
     String name = NormalizePath(path);
-    if (name.CharAt(1) == L':' && pattern.Match(name, nullptr) && AskUniversalName(String(name), name) != ERROR_SUCCESS)
+    if (IsOnDrive(name.View()) && AskUniversalName(String(name), name) != ERROR_SUCCESS)
         return false;
     result = name;
     return true;

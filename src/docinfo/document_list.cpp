@@ -6,6 +6,7 @@
 #include "docinfo/share_guard.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace qx
@@ -21,6 +22,20 @@ constexpr DWORD kWaitForRoom = 100; // ms
 std::uint32_t Milliseconds(std::uint32_t seconds)
 {
     return seconds > UINT32_MAX / kMillisecondsPerSecond ? UINT32_MAX : seconds * kMillisecondsPerSecond;
+}
+
+// A record that was read in part must not count as read.
+void ReadOrForget(clsDocu& record, std::uint64_t readBefore)
+{
+    try
+    {
+        ReadDocument(record, readBefore, nullptr);
+    }
+    catch (...)
+    {
+        record.Forget();
+        throw;
+    }
 }
 
 // Replaces a path on a mapped drive by one that the system can open, and returns its share.
@@ -110,24 +125,25 @@ void clsDocuList::Refresh(clsDocu& record)
 {
     if (!record.refreshable || record.IsValidAt(UtilGetTicks()))
         return;
-    IString share;
+    // Without the section: the system may have to ask the network. A record's path never changes.
+    String path = record.path;
+    const IString share = path.IsEmpty() ? IString() : ResolveShare(path);
     std::uint64_t readBefore = 0;
     {
         const clsCriticalSectionLock lock(record.Section());
         const std::uint64_t now = UtilGetTicks();
         if (record.IsValidAt(now))
             return;
-        record.resolvedPath = record.path;
-        if (record.resolvedPath.IsEmpty())
+        record.resolvedPath = path;
+        if (path.IsEmpty())
         {
-            record.Clear();
+            record.Forget();
             return;
         }
         readBefore = record.readTick.exchange(now);
-        share = ResolveShare(record.resolvedPath);
         if (share.IsEmpty())
         {
-            ReadDocument(record, readBefore, nullptr);
+            ReadOrForget(record, readBefore);
             return;
         }
     }
@@ -136,12 +152,25 @@ void clsDocuList::Refresh(clsDocu& record)
 
 void clsDocuList::RefreshFromShare(clsDocu& record, const IString& share, std::uint64_t readBefore)
 {
+    try
+    {
+        ReadFromShare(record, share, readBefore);
+    }
+    catch (...)
+    {
+        record.readTick = 0; // not read
+        throw;
+    }
+}
+
+void clsDocuList::ReadFromShare(clsDocu& record, const IString& share, std::uint64_t readBefore)
+{
     if (IsShareUnreachable(share, false))
         return; // with the old contents
     std::unique_ptr<clsDocuAsync> reader;
     {
         const clsCriticalSectionLock lock(record.Section());
-        reader = std::make_unique<clsDocuAsync>(record, readBefore, share);
+        reader = std::make_unique<clsDocuAsync>(record, readBefore);
     }
     if (IsShareUnreachable(share, true))
         return; // another caller has found out in the meantime
@@ -175,12 +204,17 @@ void clsDocuList::DropEndedReaders()
 unsigned clsDocuList::ThreadProc()
 {
     int result = 0;
-    while (WaitForEvents(kRound, result, 0))
-    {
-        const clsCriticalSectionLock lock(_section);
-        _cache.RemoveExpired(UtilGetTicks());
-        DropEndedReaders();
-    }
+    while (WaitForEvents(kRound, result, 0) && result != kWaitFailed)
+        try
+        {
+            const clsCriticalSectionLock lock(_section);
+            _cache.RemoveExpired(UtilGetTicks());
+            DropEndedReaders();
+        }
+        catch (const std::bad_alloc&)
+        {
+            // The next round may have memory again.
+        }
     return 0;
 }
 

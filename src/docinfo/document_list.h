@@ -55,6 +55,7 @@ private:
     void Refresh(clsDocu& record);
     // The part of a refresh that reads from a share.
     void RefreshFromShare(clsDocu& record, const IString& share, std::uint64_t readBefore);
+    void ReadFromShare(clsDocu& record, const IString& share, std::uint64_t readBefore);
     void KeepReader(std::unique_ptr<clsDocuAsync> reader);
     void DropEndedReaders();
 

@@ -63,7 +63,7 @@ void ReadDocument(clsDocu& record, std::uint64_t readBefore, clsCriticalSection*
         if (file.GetErrorKind() == FileError::InUse)
             record.readTick = 0; // the next request tries again
         else
-            record.Clear();
+            record.Forget();
         return;
     }
     FILETIME written = {};
@@ -72,7 +72,7 @@ void ReadDocument(clsDocu& record, std::uint64_t readBefore, clsCriticalSection*
     record.accessible = true;
     if (!hasTime)
     {
-        record.Clear();
+        record.Forget();
         return;
     }
     SYSTEMTIME time = kNoTime;

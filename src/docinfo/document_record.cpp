@@ -28,6 +28,11 @@ clsAutoRelease<clsDocu*> clsDocu::Create(
 clsAutoRelease<clsDocu*> clsDocu::Copy() const
 {
     clsAutoRelease<clsDocu*> copy(new clsDocu);
+    copy->path = path;
+    copy->suffix = suffix;
+    copy->owner = owner;
+    copy->lifetime = lifetime;
+    copy->timeout = timeout;
     copy->TakeValues(*this);
     return copy;
 }
@@ -53,15 +58,19 @@ void clsDocu::Clear()
     readTick = 0;
 }
 
+void clsDocu::Forget()
+{
+    Clear();
+    reader = nullptr;
+    remark.Empty();
+}
+
 void clsDocu::TakeValues(const clsDocu& other)
 {
-    owner = other.owner;
     accessible = other.accessible;
-    path = other.path;
     fileTime = other.fileTime;
     Created = other.Created;
     LastSaved = other.LastSaved;
-    suffix = other.suffix;
     Title = other.Title;
     Subject = other.Subject;
     Author = other.Author;
@@ -69,8 +78,6 @@ void clsDocu::TakeValues(const clsDocu& other)
     Keywords = other.Keywords;
     Comments = other.Comments;
     resolvedPath = other.resolvedPath;
-    lifetime = other.lifetime;
-    timeout = other.timeout;
     readTick = other.readTick.load();
     reader = other.reader;
     remark = other.remark;
@@ -80,13 +87,6 @@ void clsDocu::SetText(clsVariant& field, const String& text)
 {
     // The conversion from zero-terminated text stops at the first zero character.
     field = clsVariant(text.View().find(L'\0') == std::wstring_view::npos ? text : String(text.Text()));
-}
-
-void clsDocu::AppendText(clsVariant& field, const String& text)
-{
-    String whole = ToString(field);
-    whole.AppendWithSeparator(String(L", "), text);
-    SetText(field, whole);
 }
 
 void clsDocu::Remark(const wchar_t* format, ...)

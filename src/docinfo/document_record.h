@@ -38,9 +38,11 @@ public:
     virtual void OnChanged() {}
     virtual ~clsDocu() = default;
 
-    // Forgets what was read; the record counts as invalid.
+    // Empties the fields; the record counts as invalid. The reader and its remark stay, to explain why.
     void Clear();
-    // Takes over what another record read, and its state.
+    // Clears the record because there was nothing to read.
+    void Forget();
+    // Takes over what another record of the same key read, and its state.
     void TakeValues(const clsDocu& other);
     // Returns true if the record was read at most `lifetime` milliseconds before `now`.
     // Needs no section.
@@ -52,8 +54,6 @@ public:
 
     // Sets a text field. A text ends at its first zero character.
     static void SetText(clsVariant& field, const String& text);
-    // Appends to a text field, after ", " if the field isn't empty.
-    static void AppendText(clsVariant& field, const String& text);
 
     // Writes a reader's message to the debug output. The record keeps the first one as its remark.
     void Remark(const wchar_t* format, ...);

@@ -35,11 +35,11 @@ int ReadJPEG(clsDocu& record, FileWindow& file)
         const std::uint8_t* const segment = file.At(position, kWord);
         if (segment == nullptr)
             return -1;
-        if (word == kApp1)
-            break;
         const std::uint16_t length = BigEndian16(segment); // includes itself
         if (length < kWord)
             return -1;
+        if (word == kApp1)
+            break;
         position += length;
     }
     position += kWord;

@@ -19,6 +19,28 @@ namespace
 
 constexpr std::wstring_view kOpen = L"<o:", kClose = L"</o:";
 
+bool IsSameLetter(wchar_t a, wchar_t b)
+{
+    return LowerASCII(a) == LowerASCII(b);
+}
+
+// Returns true if a tag may begin in front of a position and end behind it.
+bool IsInsideTag(std::wstring_view text, std::size_t position)
+{
+    const std::size_t mark = text.substr(0, position).find_last_of(L"<>");
+    return mark != kNotFound && text[mark] == L'<';
+}
+
+// Removes all occurrences of `piece`. Returns true if what was on both sides of one may now form a new tag.
+bool RemoveWithJoins(TextBuffer& text, std::wstring_view piece)
+{
+    bool mayFormTags = false;
+    for (std::size_t at = text.find(piece); at != kNotFound && !mayFormTags; at = text.find(piece, at + piece.size()))
+        mayFormTags = IsInsideTag(text, at);
+    RemoveAll(text, piece, 0);
+    return mayFormTags;
+}
+
 // Hashes of the text between any two positions, without regard to case.
 class RangeHashes
 {
@@ -87,8 +109,7 @@ private:
     bool HasName(std::size_t tag, std::wstring_view name) const
     {
         const std::wstring_view other = _text.substr(tag + kClose.size(), name.size());
-        return std::equal(name.begin(), name.end(), other.begin(), other.end(),
-            [](wchar_t a, wchar_t b) { return LowerASCII(a) == LowerASCII(b); });
+        return std::equal(name.begin(), name.end(), other.begin(), other.end(), IsSameLetter);
     }
 
     const std::wstring_view _text;
@@ -98,32 +119,60 @@ private:
 
 struct Element
 {
-    std::wstring_view whole;
+    std::size_t begin;
+    std::size_t length;
     std::wstring_view key;
     std::wstring_view value;
 };
 
-// Finds the first element with a closing tag of the same name. A name ends at the first ">".
-std::optional<Element> FirstElement(std::wstring_view text)
+// Finds elements with a closing tag of the same name. A name ends at the first ">".
+class ElementSearch
 {
-    const ClosingTags closingTags(text);
-    std::size_t nameEnd = 0;
-    for (std::size_t at = FindIgnoringCase(text, kOpen, 0); at != kNotFound; at = FindIgnoringCase(text, kOpen, at + 1))
+public:
+    explicit ElementSearch(std::wstring_view text) : _text(text) {}
+
+    // Returns the first element that begins at `from` or later.
+    std::optional<Element> First(std::size_t from)
     {
-        const std::size_t name = at + kOpen.size();
-        if (nameEnd < name)
-            nameEnd = text.find(L'>', name);
-        if (nameEnd == kNotFound)
-            break;
-        const std::wstring_view key = text.substr(name, nameEnd - name);
-        const std::size_t close = closingTags.Find(name, nameEnd, nameEnd + 1);
-        if (close == kNotFound)
-            continue;
-        const std::size_t end = close + kClose.size() + key.size() + 1;
-        return Element{text.substr(at, end - at), key, text.substr(nameEnd + 1, close - nameEnd - 1)};
+        std::size_t nameEnd = 0;
+        for (std::size_t at = FindIgnoringCase(_text, kOpen, from); at != kNotFound;
+             at = FindIgnoringCase(_text, kOpen, at + 1))
+        {
+            const std::size_t name = at + kOpen.size();
+            if (nameEnd < name)
+                nameEnd = _text.find(L'>', name);
+            if (nameEnd == kNotFound)
+                break;
+            const std::size_t close = FindClose(name, nameEnd);
+            if (close == kNotFound)
+                continue;
+            const std::wstring_view key = _text.substr(name, nameEnd - name);
+            const std::size_t end = close + kClose.size() + key.size() + 1;
+            return Element{at, end - at, key, _text.substr(nameEnd + 1, close - nameEnd - 1)};
+        }
+        return std::nullopt;
     }
-    return std::nullopt;
-}
+
+private:
+    // Most elements have no other element inside, so the next closing tag is theirs. All of them are only collected if
+    // one isn't.
+    std::size_t FindClose(std::size_t name, std::size_t nameEnd)
+    {
+        const std::size_t next = FindIgnoringCase(_text, kClose, nameEnd + 1);
+        if (next == kNotFound)
+            return kNotFound;
+        const std::wstring_view key = _text.substr(name, nameEnd - name + 1); // with ">"
+        const std::wstring_view other = _text.substr(next + kClose.size(), key.size());
+        if (std::equal(key.begin(), key.end(), other.begin(), other.end(), IsSameLetter))
+            return next;
+        if (!_tags)
+            _tags.emplace(_text);
+        return _tags->Find(name, nameEnd, nameEnd + 1);
+    }
+
+    const std::wstring_view _text;
+    std::optional<ClosingTags> _tags;
+};
 
 void TakeElement(clsDocu& record, const Element& element)
 {
@@ -156,13 +205,17 @@ void TakeElement(clsDocu& record, const Element& element)
 } // namespace
 
 // Each element is removed with all its repetitions before the next search, and what is left may form new elements.
+// Where it can't, the search goes on at the place of the removed element: what has no closing tag before won't get one.
 int ParseOfficeProperties(clsDocu& record, std::wstring_view text)
 {
     TextBuffer left(text);
-    while (const std::optional<Element> element = FirstElement(left))
+    std::size_t from = 0;
+    while (const std::optional<Element> element = ElementSearch(left).First(from))
     {
         TakeElement(record, *element);
-        RemoveAll(left, TextBuffer(element->whole), 0);
+        const std::size_t begin = element->begin;
+        const TextBuffer whole = left.substr(begin, element->length);
+        from = RemoveWithJoins(left, whole) ? 0 : begin;
     }
     return 0;
 }

@@ -21,6 +21,7 @@ namespace
 
 constexpr std::size_t kTailSize = 50;
 constexpr std::size_t kMostTables = 4096;
+constexpr std::uint64_t kMostTableBytes = 16 * 1024 * 1024; // tables that share one trailer are parsed again and again
 
 // Returns the offset of the newest table, or 0.
 std::uint64_t FindStart(FileWindow& file)
@@ -37,21 +38,26 @@ std::uint64_t FindStart(FileWindow& file)
         const std::size_t behind = at + kWord.size();
         PDFCursor cursor(std::string_view(tail).substr(behind));
         std::int64_t offset = 0;
-        const bool hasSpace = behind < tail.size() && IsSpaceASCII(static_cast<unsigned char>(tail[behind]));
-        if (hasSpace && cursor.ReadNumber(offset) && offset >= 0)
+        std::size_t digits = behind;
+        while (digits < tail.size() && IsSpaceASCII(static_cast<unsigned char>(tail[digits])))
+            ++digits;
+        const bool hasDigits =
+            digits > behind && digits < tail.size() && IsDigitASCII(static_cast<unsigned char>(tail[digits]));
+        if (hasDigits && cursor.ReadNumber(offset))
             return static_cast<std::uint64_t>(offset);
     }
     return 0;
 }
 
-// Runs `parse` on the text at an offset. A fault is noted; what was parsed before it stays.
+// Runs `parse` on the text at an offset and returns how many bytes it passed over. A fault is noted; what was parsed
+// before it stays.
 template <class Parse>
-void ParseAt(clsDocu& record, FileWindow& file, std::uint64_t offset, std::size_t count, Parse parse)
+std::size_t ParseAt(clsDocu& record, FileWindow& file, std::uint64_t offset, std::size_t count, Parse parse)
 {
     const auto available = static_cast<std::size_t>(std::min<std::uint64_t>(count, file.Size() - offset));
     const std::uint8_t* const bytes = file.At(offset, available);
     if (bytes == nullptr)
-        return;
+        return 0;
     PDFCursor cursor(std::string_view(reinterpret_cast<const char*>(bytes), available));
     try
     {
@@ -62,11 +68,13 @@ void ParseAt(clsDocu& record, FileWindow& file, std::uint64_t offset, std::size_
         const std::unique_ptr<clsException> exception(thrown);
         record.Remark(L"EXCEPTION '%s'", exception->Errors().begin()->Text());
     }
+    return cursor.Position();
 }
 
 std::uint64_t NumberOf(const clsVariant* value)
 {
-    return value != nullptr ? static_cast<std::uint64_t>(std::max(ToDouble(*value), 0.0)) : 0;
+    constexpr double kMost = 9e15; // each whole number up to here is exact
+    return value != nullptr ? static_cast<std::uint64_t>(std::clamp(ToDouble(*value), 0.0, kMost)) : 0;
 }
 
 // Follows the tables from the newest to the oldest, and returns the number of the information dictionary's object. The
@@ -76,10 +84,12 @@ std::optional<std::uint32_t> ReadTables(clsDocu& record, FileWindow& file, PDFOf
     std::optional<std::uint32_t> info;
     std::set<std::uint64_t> visited;
     std::uint64_t offset = FindStart(file);
-    while (offset != 0 && offset < file.Size() && visited.size() < kMostTables && visited.insert(offset).second)
+    std::uint64_t parsed = 0;
+    while (offset != 0 && offset < file.Size() && visited.size() < kMostTables &&
+           parsed < kMostTableBytes + file.Size() && visited.insert(offset).second)
     {
         PDFDictionary trailer;
-        ParseAt(record, file, offset, FileWindow::kCapacity,
+        parsed += ParseAt(record, file, offset, FileWindow::kCapacity,
             [&](PDFCursor& cursor) { ParseXRef(cursor, offsets, trailer); });
         offset = NumberOf(trailer.Find(L"Prev"));
         if (const clsVariant* const reference = trailer.Find(L"Info"))

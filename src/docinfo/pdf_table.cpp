@@ -44,7 +44,8 @@ void ParseTable(PDFCursor& cursor, PDFOffsets& offsets, PDFDictionary& trailer)
     {
         if (i >= count)
             throw new clsException(L"bad xref count");
-        offsets.Add(static_cast<std::uint32_t>(first + i), static_cast<std::uint64_t>(offset));
+        offsets.Add(
+            static_cast<std::uint32_t>(first) + static_cast<std::uint32_t>(i), static_cast<std::uint64_t>(offset));
         SkipSpaceInTable(cursor);
     }
     cursor.ParseDictionary("trailer", trailer);
@@ -100,11 +101,11 @@ std::optional<std::pair<std::uint64_t, std::uint64_t>> PDFOffsets::Find(std::uin
     const std::optional<std::uint64_t> offset = OffsetOf(number);
     if (!offset || !OffsetOf(number + 1))
         return std::nullopt;
-    std::uint64_t next = end;
+    std::optional<std::uint64_t> next;
     for (const auto& entry : _offsets)
-        if (entry.second > *offset)
-            next = std::min(next, entry.second);
-    return std::pair(*offset, next);
+        if (entry.second > *offset && (!next || entry.second < *next))
+            next = entry.second;
+    return std::pair(*offset, next.value_or(end));
 }
 
 std::optional<std::uint64_t> PDFOffsets::OffsetOf(std::uint32_t number) const

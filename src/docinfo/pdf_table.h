@@ -22,8 +22,8 @@ public:
 
     void Add(std::uint32_t number, std::uint64_t offset);
 
-    // Returns the place of an object: its offset, and the next higher offset of any object or `end`. Returns nothing if
-    // the object, or one with the next number, isn't in the tables.
+    // Returns the place of an object: its offset, and the next higher offset of any object, or `end` if there is none.
+    // Returns nothing if the object, or one with the next number, isn't in the tables.
     std::optional<std::pair<std::uint64_t, std::uint64_t>> Find(std::uint32_t number, std::uint64_t end);
 
 private:

@@ -99,9 +99,10 @@ bool PDFCursor::SkipBehind(std::string_view word)
 
 bool PDFCursor::SkipBytes(std::uint64_t count)
 {
-    if (count > _text.size() - _at)
+    if (count > _whole.size() - _at)
         return false;
     _at += static_cast<std::size_t>(count);
+    _text = _whole.substr(0, _whole.find('\0', _at));
     return true;
 }
 

@@ -24,16 +24,17 @@ class PDFCursor
 {
 public:
     // The text ends at its first zero byte.
-    explicit PDFCursor(std::string_view text) : _text(text.substr(0, text.find('\0'))) {}
+    explicit PDFCursor(std::string_view text) : _whole(text), _text(text.substr(0, text.find('\0'))) {}
 
     bool IsAtEnd() const { return _at >= _text.size(); }
+    std::size_t Position() const { return _at; }
     bool StandsAt(std::string_view word) const { return _text.substr(_at).starts_with(word); }
     // Passes over a word that stands here.
     void Skip(std::string_view word) { _at += word.size(); }
     void SkipSpace();
     // Goes behind the next occurrence of a word. Returns false if there is none.
     bool SkipBehind(std::string_view word);
-    // Passes over `count` bytes. Returns false if there are fewer.
+    // Passes over `count` bytes, which may be zero bytes. Returns false if there are fewer.
     bool SkipBytes(std::uint64_t count);
 
     // Reads a decimal number that may follow white space and have a sign. It stops at the limits of the type. Returns
@@ -59,6 +60,7 @@ private:
     bool ParseFlag();
     unsigned char TakeEscape();
 
+    std::string_view _whole; // with what follows the zero byte
     std::string_view _text;
     std::size_t _at = 0;
     int _nesting = 0;

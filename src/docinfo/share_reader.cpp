@@ -3,7 +3,7 @@
 #include "docinfo/document_read.h"
 
 #include <atomic>
-#include <utility>
+#include <new>
 
 namespace qx
 {
@@ -21,13 +21,12 @@ void SetShareReading(DocumentReading reading)
     shareReading = reading != nullptr ? reading : ReadDocument;
 }
 
-clsDocuAsync::clsDocuAsync(clsDocu& record, std::uint64_t readBefore, IString share)
+clsDocuAsync::clsDocuAsync(clsDocu& record, std::uint64_t readBefore)
     : clsThreadBase(L"clsDocuAsync"),
       _timeout(record.timeout),
       _readBefore(readBefore),
       _record(&record),
-      _copy(record.Copy()),
-      _share(std::move(share))
+      _copy(record.Copy())
 {
 }
 
@@ -56,7 +55,15 @@ bool clsDocuAsync::HasEnded()
 
 unsigned clsDocuAsync::ThreadProc()
 {
-    shareReading.load()(*_copy, _readBefore, &_section);
+    try
+    {
+        shareReading.load()(*_copy, _readBefore, &_section);
+    }
+    catch (const std::bad_alloc&)
+    {
+        const clsCriticalSectionLock lock(_section);
+        _copy->Forget();
+    }
     return 0;
 }
 

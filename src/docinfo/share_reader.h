@@ -23,7 +23,7 @@ class clsDocuAsync : public clsThreadBase
 {
 public:
     // `readBefore` is the tick of the refresh before this one. Both are called with the record's section held.
-    clsDocuAsync(clsDocu& record, std::uint64_t readBefore, IString share);
+    clsDocuAsync(clsDocu& record, std::uint64_t readBefore);
     // Waits for the thread.
     ~clsDocuAsync() override;
 
@@ -34,7 +34,6 @@ public:
     void GiveResults();
 
     bool HasEnded();
-    const IString& Share() const { return _share; }
 
     unsigned ThreadProc() override;
     unsigned GetStackSize() const override;
@@ -45,7 +44,6 @@ private:
     const std::uint64_t _readBefore;
     clsAutoRelease<clsDocu*> _record;
     clsAutoRelease<clsDocu*> _copy;
-    const IString _share;
 };
 
 } // namespace qx

@@ -1,5 +1,6 @@
 #include "docinfo/tiff.h"
 
+#include "core/text/text_buffer.h"
 #include "core/words.h"
 #include "docinfo/document_dates.h"
 
@@ -25,6 +26,7 @@ constexpr int kMostNesting = 8;
 constexpr std::uint64_t kMostBytes = 64 * 1024 * 1024;
 
 constexpr std::size_t kTextPart = 4096;
+constexpr std::uint64_t kLeastText = 4096; // room for a field of a small file
 
 enum class Type : std::uint16_t
 {
@@ -67,36 +69,43 @@ struct Entry
     const std::uint8_t* valueBytes;
 };
 
-// A text field that grows piece by piece. It is stored in the record once, at the end.
+// A text field that grows piece by piece. It is stored in the record once, at the end. Many entries may share one text
+// of the file, so the field never grows beyond `most` characters; pieces that don't fit are left out.
 class GrowingText
 {
 public:
-    explicit GrowingText(clsVariant& field) : _field(field), _text(ToString(field)) {}
+    GrowingText(clsVariant& field, std::uint64_t most) : _field(field), _text(ToString(field).View()), _most(most) {}
     GrowingText(const GrowingText&) = delete;
     GrowingText& operator=(const GrowingText&) = delete;
     ~GrowingText() = default;
 
     void Set(const String& text)
     {
-        _text = text;
+        _text = text.View();
         _isChanged = true;
     }
 
     void Append(const String& text)
     {
-        _text.AppendWithSeparator(String(L", "), text);
+        static constexpr std::wstring_view kSeparator = L", ";
         _isChanged = true;
+        if (_text.size() + kSeparator.size() + text.Length() > _most)
+            return;
+        if (!_text.empty())
+            _text += kSeparator;
+        _text += text.View();
     }
 
     void Store()
     {
         if (_isChanged)
-            clsDocu::SetText(_field, _text);
+            clsDocu::SetText(_field, String(_text));
     }
 
 private:
     clsVariant& _field;
-    String _text;
+    TextBuffer _text;
+    const std::uint64_t _most;
     bool _isChanged = false;
 };
 
@@ -133,8 +142,8 @@ public:
           _file(file),
           _base(base),
           _isSwapped(isSwapped),
-          _author(record.Author),
-          _comments(record.Comments)
+          _author(record.Author, kLeastText + file.Size()),
+          _comments(record.Comments, kLeastText + file.Size())
     {
     }
 

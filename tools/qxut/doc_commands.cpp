@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -19,6 +20,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -65,8 +67,16 @@ public:
           _files(files),
           _results(files.size())
     {
-        for (unsigned i = 0; i < jobs; ++i)
-            _threads.emplace_back([this] { Work(); });
+        _threads.reserve(jobs);
+        try
+        {
+            while (_threads.size() < jobs)
+                _threads.emplace_back([this] { Work(); });
+        }
+        catch (const std::system_error&)
+        {
+            // The threads that started do the work, or else Take does.
+        }
     }
     OrderedReading(const OrderedReading&) = delete;
     OrderedReading& operator=(const OrderedReading&) = delete;
@@ -80,21 +90,39 @@ public:
     // Waits for a document. Each may be taken once.
     Document Take(std::size_t index)
     {
+        if (_threads.empty())
+            return _list.Read(_files[index]);
         std::unique_lock lock(_mutex);
         _isReady.wait(lock, [&] { return _results[index].has_value(); });
-        Document document = std::move(*_results[index]);
+        Result result = std::move(*_results[index]);
         _results[index].reset();
-        return document;
+        if (result.failure)
+            std::rethrow_exception(result.failure);
+        return std::move(result.document);
     }
 
 private:
+    struct Result
+    {
+        Document document;
+        std::exception_ptr failure;
+    };
+
     void Work()
     {
         for (std::size_t index = _next++; index < _files.size(); index = _next++)
         {
-            Document document = _list.Read(_files[index]);
+            Result result;
+            try
+            {
+                result.document = _list.Read(_files[index]);
+            }
+            catch (...)
+            {
+                result.failure = std::current_exception();
+            }
             const std::lock_guard lock(_mutex);
-            _results[index] = std::move(document);
+            _results[index] = std::move(result);
             _isReady.notify_one();
         }
     }
@@ -104,7 +132,7 @@ private:
     std::atomic<std::size_t> _next = 0;
     std::mutex _mutex;
     std::condition_variable _isReady;
-    std::vector<std::optional<Document>> _results;
+    std::vector<std::optional<Result>> _results;
     std::vector<std::thread> _threads;
 };
 
@@ -112,8 +140,9 @@ void ReadNamed(const DocOptions& options, const DocumentList& list, DocumentWrit
 {
     std::vector<std::string> files;
     ForEachFile(options.names, [&](const std::string& file) { files.push_back(file); });
+    constexpr std::size_t kMostJobs = 64;
     const unsigned jobs = options.jobs != 0 ? options.jobs : std::max(std::thread::hardware_concurrency(), 1u);
-    OrderedReading reading(list, files, static_cast<unsigned>(std::min<std::size_t>(jobs, files.size())));
+    OrderedReading reading(list, files, static_cast<unsigned>(std::min<std::size_t>({jobs, files.size(), kMostJobs})));
     ProgressBar progress(files.size());
     for (std::size_t i = 0; i < files.size(); ++i)
     {
@@ -172,9 +201,9 @@ void AddDocCommands(CLI::App& program)
         "the fields to print, with commas: file, title, subject, author, last-author, keywords, comments, created, "
         "saved, "
         "path, reader, remark; dates are local");
-    doc->add_option(
-        "--jobs", options->jobs, "the number of files to read at the same time; one per processor by default");
-    doc->add_flag("--why", options->explains, "print which reader took the file, and what it refused");
+    doc->add_option("--jobs", options->jobs,
+        "the number of files to read at the same time, at most 64; one per processor by default");
+    doc->add_flag("--why", options->explains, "print which reader took the file, and why it refused it");
     CLI::Option* const json = doc->add_flag("--json", options->asJson, "print JSON, one line for each file");
     doc->add_flag("--csv", options->asCsv, "print CSV with a head line")->excludes(json);
     doc->callback([options] { ShowDocuments(*options); });

@@ -26,8 +26,9 @@ std::string DateText(double date)
     using namespace std::chrono;
     constexpr sys_days kBegin = year(1899) / 12 / 30;
     constexpr int kSecondsPerDay = 24 * 60 * 60;
-    double days = std::floor(date);
-    auto second = static_cast<int>(std::lround((date - days) * kSecondsPerDay));
+    double days = std::trunc(date);
+    // The time of day counts by its amount, before that day too.
+    auto second = static_cast<int>(std::lround(std::fabs(date - days) * kSecondsPerDay));
     if (second == kSecondsPerDay)
     {
         second = 0;
@@ -71,11 +72,17 @@ Document DocumentList::Read(const std::string& file) const
     if (!MayBeRead(file))
         return document;
     const WideText path(file);
+    // Both requests are to see the same reading, so they use a list with a cache. It is a new one for each document,
+    // because a cache compares paths without case.
+    std::unique_ptr<QxUtDocumentList, Close> own;
+    if (_explains)
+        own.reset(UtilDocInfoOpen(kSecondsInCache));
+    const HUTDOCINFO list = _explains ? own.get() : _list.get();
     if (_explains)
     {
         QXWCHAR* reader = nullptr;
         QXWCHAR* remark = nullptr;
-        QxDocInfoExplain(_list.get(), path, kSecondsForShares, &reader, &remark);
+        QxDocInfoExplain(list, path, kSecondsForShares, &reader, &remark);
         document[DocField::Reader] = TakeText(reader);
         document[DocField::Remark] = TakeText(remark);
     }
@@ -91,7 +98,7 @@ Document DocumentList::Read(const std::string& file) const
     info.keywords = keywords.Address();
     info.comments = comments.Address();
     info.resolvedPath = resolved.Address();
-    document.isReadable = UtilDocInfoGet(_list.get(), path, &info, kSecondsForShares) != 0;
+    document.isReadable = UtilDocInfoGet(list, path, &info, kSecondsForShares) != 0;
     const std::pair<DocField, const Variant&> texts[] = {{DocField::Title, title}, {DocField::Subject, subject},
         {DocField::Author, author}, {DocField::LastAuthor, lastAuthor}, {DocField::Keywords, keywords},
         {DocField::Comments, comments}, {DocField::Path, resolved}};

@@ -18,22 +18,26 @@ struct Member
     bool isFolder;
 };
 
-// Returns the folders and files of a folder by name. A link to a file counts as a file, a link to nothing too, so that
-// it is reported.
+// Returns the folders and files of a folder by name. A link to a file counts as a file. So does what can't be examined,
+// such as a link to nothing, and the folder itself if it can't be listed: they are reported as unreadable.
 std::vector<Member> MembersOf(const fs::path& folder)
 {
     std::vector<Member> members;
     std::error_code error;
-    for (fs::directory_iterator at(folder, error); !error && at != fs::directory_iterator(); at.increment(error))
+    fs::directory_iterator at(folder, error);
+    for (; !error && at != fs::directory_iterator(); at.increment(error))
     {
         std::error_code ignored;
         const bool isLink = at->is_symlink(ignored);
         const fs::file_type type = at->status(ignored).type();
+        const bool isKnown = type != fs::file_type::not_found && type != fs::file_type::none;
         if (type == fs::file_type::directory && !isLink)
             members.push_back({at->path(), true});
-        else if (type == fs::file_type::regular || type == fs::file_type::not_found)
+        else if (type == fs::file_type::regular || !isKnown)
             members.push_back({at->path(), false});
     }
+    if (error)
+        members.push_back({folder, false});
     std::sort(members.begin(), members.end(), [](const Member& a, const Member& b) { return a.path < b.path; });
     return members;
 }

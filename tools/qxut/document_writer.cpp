@@ -108,7 +108,7 @@ void DocumentWriter::Write(const Document& document)
     }
     if (_format == DocFormat::Json)
         WriteJson(document);
-    else if (document.isReadable)
+    else if (document.isReadable || !_isAligned) // a program that asks gets a line for each file
     {
         std::vector<std::string> cells;
         for (const DocField field : _fields)

@@ -22,7 +22,7 @@ public:
     // Without fields, those that are usual for the format.
     DocumentWriter(DocFormat format, std::vector<DocField> fields, bool explains);
 
-    // A document that can't be read goes to standard error, except for JSON.
+    // A document that can't be read is also named on standard error, except for JSON.
     void Write(const Document& document);
 
     std::size_t Unreadable() const { return _unreadable; }

@@ -36,7 +36,7 @@ std::u16string ShareOfTarget(std::string_view target)
     if (target.substr(0, kShares.size()) != kShares)
         return {};
     target.remove_prefix(kShares.size());
-    if (target.back() == '/')
+    if (target.ends_with('/'))
         target.remove_suffix(1);
     const std::size_t slash = target.find('/');
     if (slash == target.npos || !IsName(target.substr(0, slash)) || !IsName(target.substr(slash + 1)))

@@ -11,6 +11,10 @@
 
 #include <oleauto.h>
 
+#if !defined(_WIN32) // pipes
+#include <sys/stat.h>
+#endif
+
 #include <array>
 #include <cstdlib>
 #include <filesystem>
@@ -101,7 +105,10 @@ TEST_F(Documents, AllOutputs)
     EXPECT_EQ(UtilDocInfoGet(list, path.data(), outputs.Info(), 0), 1);
     EXPECT_EQ(outputs.Text(kTitle), "t");
     EXPECT_EQ(outputs.Text(kAuthor), "a");
-    EXPECT_EQ(outputs.Text(kSubject), "-");
+    EXPECT_EQ(outputs.Text(kSubject), "-"); // also for a date that isn't set
+    Outputs undated;
+    EXPECT_EQ(UtilDocInfoGet(list, Make("undated.htm", "").data(), undated.Info(), 0), 1);
+    EXPECT_EQ(undated.Text(kCreated), "-");
     EXPECT_EQ(outputs.Text(kComments), "-");
     EXPECT_EQ(outputs.Text(kPath), ReadableText(path.data()));
     ASSERT_EQ(outputs.values[kCreated].vt, VT_DATE);
@@ -145,6 +152,18 @@ TEST_F(Documents, Failures)
     UtilDocInfoClose(list);
     UtilDocInfoClose(nullptr);
 }
+
+#if !defined(_WIN32) // windows has no such files
+
+TEST_F(Documents, PipesAreNotRead)
+{
+    const HUTDOCINFO list = UtilDocInfoOpen(0);
+    ASSERT_EQ(mkfifo((_folder / "pipe.htm").c_str(), 0600), 0);
+    EXPECT_EQ(UtilDocInfoGet(list, Wide(_folder / "pipe.htm").data(), nullptr, 0), 0);
+    UtilDocInfoClose(list);
+}
+
+#endif
 
 TEST_F(Documents, Shares)
 {

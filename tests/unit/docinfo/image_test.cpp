@@ -119,6 +119,19 @@ TEST(TiffReader, DamagedDirectories)
     EXPECT_EQ(TextOf(ReadRecord(ReadTIFFFile, text.Bytes())->Title), "II*"); // up to the first zero byte
 }
 
+// Many entries may share one long text of the file.
+TEST(TiffReader, SharedTexts)
+{
+    TiffBuilder tiff(false);
+    tiff.AddText(270, std::string(4'000, 'x'));
+    for (int i = 0; i < 4'000; ++i)
+        tiff.Add(272, kAscii, 8 + 2 + 4'001 * 12 + 4, 4'000);
+    tiff.EndDirectory();
+    const ReadRecord record(ReadTIFFFile, tiff.Bytes());
+    EXPECT_EQ(TextOf(record->Author).substr(3'998, 5), "xx, x");
+    EXPECT_LE(TextOf(record->Author).size(), tiff.Bytes().size() + 4096);
+}
+
 // Each directory appends to a text that many others share, and may be read once only.
 TEST(TiffReader, GrowsWithinBounds)
 {
@@ -150,6 +163,7 @@ TEST(JpegReader, Segments)
 
     const std::string bad[] = {JpegOf({{0xE1, "http://"}, {0xE1, block}}), JpegOf({{0xE0, "JFIF"}}), "", "\xFF",
         "\xFF\xD8\xFF\xE0", std::string("\xFF\xD8\xFF\xE0\0\1\xFF\xE1", 8),
+        std::string("\xFF\xD8\xFF\xE1\0\0", 6) + block,
         "\xFF\xD8"
         "Exif"};
     for (const std::string& bytes : bad)

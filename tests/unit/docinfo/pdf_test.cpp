@@ -79,6 +79,9 @@ TEST(PdfReader, Tables)
         {"xref\n", L"EXCEPTION 'no object'"}, // a table without a trailer
         {"1 0 obj\n<</Type/XRef/Filter/FlateDecode/Length 3>>stream\r\nabc\nendstream",
             L"EXCEPTION 'no xref compressed(FlateDecode)'"},
+        {std::string("1 0 obj\n<</Type/XRef/Filter/FlateDecode/Length 3>>stream\na\0c\nendstream", 65),
+            L"EXCEPTION 'no xref compressed(FlateDecode)'"},
+        {"xref\n9223372036854775807 2\n0000000009 00000 n \n0000000009 00000 n \n", L""},
         {"1 0 obj\n<</Type/XRef/Filter/FlateDecode/Length 4000000000>>stream\nabc\nendstream", L"EXCEPTION 'no xref'"},
         {"1 0 obj\n<</Type/Other/Filter/FlateDecode/Length 3>>stream\nabc\nendstream", L"EXCEPTION 'no xref'"},
         {"1 0 obj\n<</Type/XRef/Filter/FlateDecode/Length 3>>other", L"EXCEPTION 'no xref stream'"},
@@ -135,7 +138,7 @@ TEST(PdfReader, Dates)
     EXPECT_EQ(TextOf(record->Title), ""); // a key that is missing sets an empty text
 }
 
-TEST(PdfReader, LinearTime)
+TEST(PdfReader, BoundedTime)
 {
     const auto repeat = [](std::string_view piece)
     {
@@ -153,7 +156,14 @@ TEST(PdfReader, LinearTime)
         if (tables.size() >= 2'000'000)
             tables += "startxref " + std::to_string(before);
     }
-    const std::string files[] = {tables, PdfOf({{"<</A " + repeat("[") + ">>"}}),
+    // Many tables in front of one trailer.
+    std::string shared = "%PDF-1.4\n";
+    for (int i = 0; i < 4'000; ++i)
+        shared += "xref 0 0 ";
+    const std::size_t last = shared.size() - 9;
+    shared +=
+        "trailer<<" + repeat("/A 1 ") + "/Prev " + std::to_string(last - 9) + ">>startxref " + std::to_string(last);
+    const std::string files[] = {shared, tables, PdfOf({{"<</A " + repeat("[") + ">>"}}),
         PdfOf({{"<</A " + repeat("(") + ">>"}}), PdfOf({{"<<" + repeat("/A<<>>") + ">>"}}),
         PdfOf({{"<<" + repeat("/A 1 ") + ">>"}}), PdfOf({{"<<" + repeat("% \n") + ">>"}}),
         PdfOf({{"<</A " + repeat("1 ") + ">>"}}), PdfOf({{"<<>>", "", "xref\n0 60000\n" + repeat("0 0 n\n")}})};
