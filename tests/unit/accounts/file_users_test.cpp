@@ -28,15 +28,17 @@ TEST(FileUsers, UsersOfTheFileAreCollectedFromAllBlocks)
     FakeServer server({{ERROR_MORE_DATA, {OpenFile(L"C:\\share\\a.txt", L"ann", PERM_FILE_READ),
                                              OpenFile(L"C:\\other\\a.txt", L"x", PERM_FILE_WRITE)}},
         {ERROR_MORE_DATA,
-            {OpenFile(L"d:\\SHARE\\A.TXT", L"bob", 0xF8 | PERM_FILE_CREATE), OpenFile(nullptr, L"x", PERM_FILE_WRITE)}},
+            {OpenFile(L"d:\\share\\a.txt", L"bob", 0xF8 | PERM_FILE_CREATE), OpenFile(nullptr, L"x", PERM_FILE_WRITE)}},
         {NERR_Success,
             {OpenFile(L"\\share\\a.txt", L"x", PERM_FILE_WRITE), OpenFile(L"C:\\share\\a.txt", nullptr, PERM_FILE_READ),
+                OpenFile(L"C:\\SHARE\\a.txt", L"x", PERM_FILE_WRITE),
+                OpenFile(L"C:\\share\\a.txt", L"", PERM_FILE_READ),
                 OpenFile(L"C:\\share\\a.txt.bak", L"x", PERM_FILE_WRITE)}}});
     FileUsers found;
     EXPECT_EQ(Ask(kFile, server, found), FileUsersResult::Done);
     EXPECT_STREQ(server.server, L"\\\\server");
     EXPECT_EQ(found.access, std::uint32_t{PERM_FILE_READ | PERM_FILE_CREATE});
-    EXPECT_STREQ(found.users, L"ann\tbob");
+    EXPECT_STREQ(found.users, L"ann\tbob\t"); // the last name is empty
     EXPECT_EQ(server.calls, 3u);
     EXPECT_EQ(server.freed, 3u);
 }

@@ -79,7 +79,7 @@ TEST(PdfReader, Tables)
         {"xref\n", L"EXCEPTION 'no object'"}, // a table without a trailer
         {"1 0 obj\n<</Type/XRef/Filter/FlateDecode/Length 3>>stream\r\nabc\nendstream",
             L"EXCEPTION 'no xref compressed(FlateDecode)'"},
-        {std::string("1 0 obj\n<</Type/XRef/Filter/FlateDecode/Length 3>>stream\na\0c\nendstream", 65),
+        {std::string("1 0 obj\n<</Type/XRef/Filter/FlateDecode/Length 3>>stream\na") + '\0' + "c\nendstream",
             L"EXCEPTION 'no xref compressed(FlateDecode)'"},
         {"xref\n9223372036854775807 2\n0000000009 00000 n \n0000000009 00000 n \n", L""},
         {"1 0 obj\n<</Type/XRef/Filter/FlateDecode/Length 4000000000>>stream\nabc\nendstream", L"EXCEPTION 'no xref'"},
