@@ -41,15 +41,6 @@ TextBuffer DecodeNames(std::wstring_view text)
     return result.append(text, done);
 }
 
-// A decimal number stops at the limit of 32 bits.
-std::uint32_t DecimalNumber(std::wstring_view digits)
-{
-    std::uint64_t value = 0;
-    for (const wchar_t digit : digits)
-        value = std::min<std::uint64_t>(value * 10 + static_cast<std::uint64_t>(digit - L'0'), INT32_MAX);
-    return static_cast<std::uint32_t>(value);
-}
-
 // Matches "&#" and digits, or "&#x" and two to four hexadecimal digits, at the end of the text. Returns the position of
 // the ampersand and the value.
 struct Reference

@@ -13,7 +13,7 @@ namespace qx
 namespace
 {
 
-constexpr int kMostNesting = 100;
+constexpr int kMostDictionaries = 100;
 
 bool IsSpace(char c)
 {
@@ -64,7 +64,7 @@ String OneCharacterPerByte(std::string_view bytes)
     return String(std::wstring_view(text));
 }
 
-clsVariant Number(std::uint32_t value)
+clsVariant NumberVariant(std::uint32_t value)
 {
     VARIANT number{};
     number.vt = VT_UI4;
@@ -72,7 +72,7 @@ clsVariant Number(std::uint32_t value)
     return clsVariant::Adopt(number);
 }
 
-clsVariant Flag(bool value)
+clsVariant FlagVariant(bool value)
 {
     VARIANT flag{};
     flag.vt = VT_BOOL;
@@ -208,7 +208,7 @@ bool PDFCursor::ParseValue(clsVariant& value)
         value = clsVariant(ParseName());
     else if (StandsAt("<<"))
     {
-        if (++_nesting > kMostNesting)
+        if (++_nesting > kMostDictionaries)
             throw new clsException(L"dictionaries are nested too deeply");
         PDFDictionary nested;
         ParseDictionary(nullptr, nested);
@@ -220,13 +220,13 @@ bool PDFCursor::ParseValue(clsVariant& value)
     else if (c == '[')
         value = clsVariant(ParseArray());
     else if (c == 't' || c == 'f')
-        value = Flag(ParseFlag());
+        value = FlagVariant(ParseFlag());
     else
     {
         std::int64_t number = 0;
         const bool mayBegin = IsDigitASCII(Wide(c)) || c == '+' || c == '-';
         if (mayBegin && ReadNumber(number))
-            value = Number(static_cast<std::uint32_t>(
+            value = NumberVariant(static_cast<std::uint32_t>(
                 static_cast<std::int32_t>(std::clamp<std::int64_t>(number, INT32_MIN, INT32_MAX))));
         else
             ++_at;

@@ -35,7 +35,7 @@ void HalveBackslashes(TextBuffer& text)
     text.resize(target);
 }
 
-struct Number
+struct ControlNumber
 {
     std::size_t begin; // of the backslash
     std::size_t digits;
@@ -43,7 +43,7 @@ struct Number
 };
 
 // Finds the first control word with a number, such as \yr2001.
-bool FindNumber(std::wstring_view text, Number& number)
+bool FindNumber(std::wstring_view text, ControlNumber& number)
 {
     for (std::size_t at = text.find(L'\\'); at != kNotFound; at = text.find(L'\\', at + 1))
     {
@@ -61,14 +61,6 @@ bool FindNumber(std::wstring_view text, Number& number)
     return false;
 }
 
-std::uint32_t ToNumber(std::wstring_view digits)
-{
-    std::uint64_t value = 0;
-    for (const wchar_t digit : digits)
-        value = std::min<std::uint64_t>(value * 10 + static_cast<std::uint64_t>(digit - L'0'), INT32_MAX);
-    return static_cast<std::uint32_t>(value);
-}
-
 // Each control word is removed with all its repetitions before the next search.
 SYSTEMTIME ParseDate(TextBuffer text)
 {
@@ -84,14 +76,14 @@ SYSTEMTIME ParseDate(TextBuffer text)
         {L"hr", date.wHour},
         {L"min", date.wMinute},
     };
-    Number number = {};
+    ControlNumber number = {};
     while (FindNumber(text, number))
     {
         const std::wstring_view view = text;
         const std::wstring_view word = view.substr(number.begin + 1, number.digits - number.begin - 1);
         for (const auto& [name, field] : fields)
             if (name == word)
-                field = static_cast<WORD>(ToNumber(view.substr(number.digits, number.end - number.digits)));
+                field = static_cast<WORD>(DecimalNumber(view.substr(number.digits, number.end - number.digits)));
         RemoveAll(text, TextBuffer(view.substr(number.begin, number.end - number.begin)), 0);
     }
     return date;

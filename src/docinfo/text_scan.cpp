@@ -48,6 +48,14 @@ void RemoveAll(TextBuffer& text, std::wstring_view piece, std::size_t from)
     text.resize(target);
 }
 
+std::uint32_t DecimalNumber(std::wstring_view digits)
+{
+    std::uint64_t value = 0;
+    for (const wchar_t digit : digits)
+        value = std::min<std::uint64_t>(value * 10 + static_cast<std::uint64_t>(digit - L'0'), INT32_MAX);
+    return static_cast<std::uint32_t>(value);
+}
+
 void RemoveLineEnds(TextBuffer& text)
 {
     std::erase_if(text, [](wchar_t c) { return c == L'\r' || c == L'\n'; });

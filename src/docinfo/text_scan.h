@@ -6,6 +6,7 @@
 #include "core/text/text_buffer.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 namespace qx
@@ -53,6 +54,9 @@ std::size_t SkipSpace(std::wstring_view text, std::size_t from);
 
 // Removes all occurrences of `piece` that start at `from` or later.
 void RemoveAll(TextBuffer& text, std::wstring_view piece, std::size_t from);
+
+// Returns the value of decimal digits; it stops at the limit of 32 bits.
+std::uint32_t DecimalNumber(std::wstring_view digits);
 
 // Removes carriage returns and line feeds.
 void RemoveLineEnds(TextBuffer& text);

@@ -22,7 +22,7 @@ constexpr std::uint16_t kVersion = 42;
 
 // Limits for files whose directories refer to each other in circles.
 constexpr std::size_t kMostDirectories = 4096;
-constexpr int kMostNesting = 8;
+constexpr int kMostExifNesting = 8;
 constexpr std::uint64_t kMostBytes = 64 * 1024 * 1024;
 
 constexpr std::size_t kTextPart = 4096;
@@ -165,7 +165,7 @@ private:
     // Returns the next directory's offset, relative to the base; 0 at the end and on failure.
     std::uint32_t ReadTIFFDirectory(std::uint64_t offset, int nesting)
     {
-        if (offset == 0 || nesting > kMostNesting || _visited.size() >= kMostDirectories ||
+        if (offset == 0 || nesting > kMostExifNesting || _visited.size() >= kMostDirectories ||
             !_visited.insert(offset).second)
             return 0;
         std::uint8_t countBytes[2];
