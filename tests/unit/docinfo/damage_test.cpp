@@ -15,6 +15,7 @@
 
 using namespace qx;
 using qxtest::ReadRecord;
+using qxtest::ReadTIFFFile;
 using qxtest::TiffBuilder;
 
 namespace
@@ -25,11 +26,6 @@ constexpr int kFlips = 2'000;
 #else
 constexpr int kFlips = 10'000;
 #endif
-
-int ReadTIFFFile(clsDocu& record, FileWindow& file)
-{
-    return ReadTIFF(record, file, 0);
-}
 
 std::string SmallTiff()
 {

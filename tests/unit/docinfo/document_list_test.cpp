@@ -32,14 +32,6 @@ std::string TitleOf(clsDocuList& list, const String& path, std::uint32_t wait = 
     return record->accessible ? TextOf(record->Title) : "inaccessible";
 }
 
-bool WaitUntil(const std::function<bool()>& condition)
-{
-    for (int i = 0; i < 1'000; ++i, Sleep(10))
-        if (condition())
-            return true;
-    return false;
-}
-
 } // namespace
 
 TEST(DocumentList, KeepsRecordsForTheirLifetime)
@@ -203,6 +195,14 @@ TEST(DocumentCache, DropsExpiredRecords)
 
 namespace
 {
+
+bool WaitUntil(const std::function<bool()>& condition)
+{
+    for (int i = 0; i < 1'000; ++i, Sleep(10))
+        if (condition())
+            return true;
+    return false;
+}
 
 // Stands for a server that doesn't answer: readings wait until Release.
 class HangingServer

@@ -12,16 +12,12 @@ using namespace qx;
 using qxtest::DateOf;
 using qxtest::JpegOf;
 using qxtest::ReadRecord;
+using qxtest::ReadTIFFFile;
 using qxtest::TextOf;
 using qxtest::TiffBuilder;
 
 namespace
 {
-
-int ReadTIFFFile(clsDocu& record, FileWindow& file)
-{
-    return ReadTIFF(record, file, 0);
-}
 
 constexpr std::uint16_t kByte = 1, kAscii = 2, kShort = 3, kLong = 4, kRational = 5, kUndefined = 7,
                         kSignedRational = 10;

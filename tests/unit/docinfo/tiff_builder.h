@@ -1,6 +1,8 @@
 // Makes TIFF and JPEG files.
 #pragma once
 
+#include "docinfo/tiff.h"
+
 #include <cstdint>
 #include <initializer_list>
 #include <string>
@@ -9,6 +11,11 @@
 
 namespace qxtest
 {
+
+inline int ReadTIFFFile(qx::clsDocu& record, qx::FileWindow& file)
+{
+    return qx::ReadTIFF(record, file, 0);
+}
 
 // Directories follow each other from offset 8 on; each is followed by its values.
 class TiffBuilder
