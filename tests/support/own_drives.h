@@ -45,7 +45,7 @@ public:
     // Makes an empty share and returns its folder.
     std::filesystem::path MakeShare(const std::string& server, const std::string& share) const
     {
-        const std::filesystem::path folder = _home / "shares" / server / share;
+        std::filesystem::path folder = _home / "shares" / server / share;
         std::filesystem::create_directories(folder);
         std::filesystem::create_directories(_home / "dosdevices/unc" / server);
         std::filesystem::create_symlink(folder, _home / "dosdevices/unc" / server / share);

@@ -44,7 +44,7 @@ std::string DateText(double date)
 
 std::string TakeText(QXWCHAR* text)
 {
-    const std::string taken = text != nullptr ? Utf8(text) : std::string();
+    std::string taken = text != nullptr ? Utf8(text) : std::string();
     SysFreeString(text);
     return taken;
 }

@@ -52,8 +52,10 @@ TEST(DocumentReaders, BearDamage)
         {ReadRTF, R"({\rtf1{\info{\title a\'e4}{\creatim\yr2001\mo2}}})"},
     };
     std::mt19937 random(1);
-    for (const auto& [reader, whole] : files)
+    for (const auto& file : files)
     {
+        const qxtest::Reader reader = file.first;
+        const std::string& whole = file.second;
         EXPECT_EQ(ReadRecord(reader, whole).Result(), 0);
         const auto check = [&](const std::string& bytes)
         {

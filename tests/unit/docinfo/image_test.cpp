@@ -159,9 +159,7 @@ TEST(JpegReader, Segments)
 
     const std::string bad[] = {JpegOf({{0xE1, "http://"}, {0xE1, block}}), JpegOf({{0xE0, "JFIF"}}), "", "\xFF",
         "\xFF\xD8\xFF\xE0", std::string("\xFF\xD8\xFF\xE0\0\1\xFF\xE1", 8),
-        std::string("\xFF\xD8\xFF\xE1\0\0", 6) + block,
-        "\xFF\xD8"
-        "Exif"};
+        std::string("\xFF\xD8\xFF\xE1\0\0", 6) + block, std::string("\xFF\xD8") + "Exif"};
     for (const std::string& bytes : bad)
         EXPECT_EQ(ReadRecord(ReadJPEG, bytes).Result(), -1) << bytes.size();
 }

@@ -82,7 +82,7 @@ TEST(MailReader, Addresses)
     for (const Mail& mail : mails)
     {
         const std::string value(mail.text);
-        const ReadRecord record = ReadHeader("From: " + value + "\r\nTO: " + value);
+        const ReadRecord record = ReadHeader(std::string("From: ").append(value).append("\r\nTO: ").append(value));
         EXPECT_EQ(TextOf(record->Author), ReadableText(mail.expected)) << value;
         EXPECT_EQ(TextOf(record->LastAuthor), ReadableText(mail.expected)) << value;
     }
