@@ -66,7 +66,7 @@ void FileWindow::Fill(std::uint64_t offset, std::size_t count)
         _buffer = std::make_unique_for_overwrite<std::uint8_t[]>(kCapacity);
     _begin = offset;
     _count = 0;
-    if (!MoveTo(static_cast<std::int64_t>(offset)))
+    if (offset >= Size() || !MoveTo(static_cast<std::int64_t>(offset)))
         return;
     const std::size_t wanted = std::max(count, kLeastRead);
     while (_count < wanted)

@@ -131,11 +131,10 @@ class ElementSearch
 public:
     explicit ElementSearch(std::wstring_view text) : _text(text) {}
 
-    // Returns the first element that begins at `from` or later.
-    std::optional<Element> First(std::size_t from)
+    std::optional<Element> First()
     {
         std::size_t nameEnd = 0;
-        for (std::size_t at = FindIgnoringCase(_text, kOpen, from); at != kNotFound;
+        for (std::size_t at = FindIgnoringCase(_text, kOpen, 0); at != kNotFound;
              at = FindIgnoringCase(_text, kOpen, at + 1))
         {
             const std::size_t name = at + kOpen.size();
@@ -154,19 +153,21 @@ public:
     }
 
 private:
-    // Most elements have no other element inside, so the next closing tag is theirs. All of them are only collected if
-    // one isn't.
+    // Most elements have no other element inside, so the next closing tag is theirs. The tags are only collected if one
+    // isn't; from then on nothing is searched twice.
     std::size_t FindClose(std::size_t name, std::size_t nameEnd)
     {
-        const std::size_t next = FindIgnoringCase(_text, kClose, nameEnd + 1);
-        if (next == kNotFound)
-            return kNotFound;
-        const std::wstring_view key = _text.substr(name, nameEnd - name + 1); // with ">"
-        const std::wstring_view other = _text.substr(next + kClose.size(), key.size());
-        if (std::equal(key.begin(), key.end(), other.begin(), other.end(), IsSameLetter))
-            return next;
         if (!_tags)
+        {
+            const std::size_t next = FindIgnoringCase(_text, kClose, nameEnd + 1);
+            if (next == kNotFound)
+                return kNotFound;
+            const std::wstring_view key = _text.substr(name, nameEnd - name + 1); // with ">"
+            const std::wstring_view other = _text.substr(next + kClose.size(), key.size());
+            if (std::equal(key.begin(), key.end(), other.begin(), other.end(), IsSameLetter))
+                return next;
             _tags.emplace(_text);
+        }
         return _tags->Find(name, nameEnd, nameEnd + 1);
     }
 
@@ -210,10 +211,10 @@ int ParseOfficeProperties(clsDocu& record, std::wstring_view text)
 {
     TextBuffer left(text);
     std::size_t from = 0;
-    while (const std::optional<Element> element = ElementSearch(left).First(from))
+    while (const std::optional<Element> element = ElementSearch(std::wstring_view(left).substr(from)).First())
     {
         TakeElement(record, *element);
-        const std::size_t begin = element->begin;
+        const std::size_t begin = from + element->begin;
         const TextBuffer whole = left.substr(begin, element->length);
         from = RemoveWithJoins(left, whole) ? 0 : begin;
     }

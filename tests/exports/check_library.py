@@ -9,7 +9,7 @@ import sys
 # The libraries that are part of Windows. Compiler runtimes (libstdc++-6.dll, libwinpthread-1.dll, ...) and zlib are not
 # part of it.
 WINDOWS_LIBRARIES = {
-    "advapi32.dll", "comctl32.dll", "crypt32.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "netapi32.dll",
+    "advapi32.dll", "comctl32.dll", "crypt32.dll", "gdi32.dll", "kernel32.dll", "mpr.dll", "msvcrt.dll", "netapi32.dll",
     "ntdll.dll", "ole32.dll", "oleaut32.dll", "propsys.dll", "psapi.dll", "rpcrt4.dll", "secur32.dll", "shell32.dll",
     "shlwapi.dll", "urlmon.dll", "user32.dll", "userenv.dll", "version.dll", "winmm.dll", "ws2_32.dll",
 }

@@ -101,6 +101,9 @@ TEST(WebReaders, BoundedTime)
     std::string distinct, elements;
     for (int i = 0; distinct.size() < size; ++i)
         distinct += "{\\a" + std::to_string(i) + "}";
+    std::string joins; // each removal might form a new tag
+    for (int i = 0; joins.size() < size / 2; ++i)
+        joins += "<<o:a>" + std::to_string(i) + "</o:a>";
     for (int i = 0; elements.size() < size; ++i)
         elements += "<o:a>" + std::to_string(i) + "</o:a>";
     const std::pair<qxtest::Reader, std::string> documents[] = {
@@ -112,6 +115,8 @@ TEST(WebReaders, BoundedTime)
         {ReadHTML, "<head><o:DocumentProperties>" + Repeat("</o:", size) + ">" + "</o:DocumentProperties></head>"},
         {ReadHTML, "<head><o:DocumentProperties>" + Repeat("<o:b>", size / 2) + elements.substr(0, size / 2) +
                        "</o:DocumentProperties></head>"},
+        {ReadHTML,
+            "<head><o:DocumentProperties>" + Repeat("<o:b>", size / 2) + joins + "</o:DocumentProperties></head>"},
         {ReadHTML, "<head><o:DocumentProperties>" + elements.substr(0, size - 100) + "</o:DocumentProperties></head>"},
         {ReadRTF, Repeat("{\\info{\\a }", size)},
         {ReadRTF, "{\\info" + distinct + "}}"},
