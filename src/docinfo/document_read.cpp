@@ -3,7 +3,10 @@
 #include "core/ticks.h"
 #include "docinfo/document_file.h"
 #include "docinfo/file_window.h"
+#include "docinfo/property_set.h"
 #include "docinfo/reader_table.h"
+#include "docinfo/storage.h"
+#include "files/paths.h"
 
 #include <cstring>
 
@@ -38,10 +41,36 @@ private:
     bool _isTaken = false;
 };
 
+// Reads a compound file, whose own modes of sharing need it closed. Returns false if it is none, or on failure; then the
+// reader table decides, and the file is open again unless someone else has locked it.
+bool ReadStorage(clsDocu& record, clsDocFile& file)
+{
+    {
+        FileWindow window(file);
+        if (!HasStorageSignature(window) || GetPathExtension(record.resolvedPath) == L".msg")
+            return false;
+    }
+    file.Close();
+    record.reader = L"property set";
+    if (ReadPropertySet(record, record.resolvedPath) >= 0)
+        return true;
+    record.reader = nullptr;
+    file.Open(record.resolvedPath, FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read,
+        kFileAttributeNormal);
+    return false;
+}
+
 void ReadContents(clsDocu& record, clsDocFile& file)
 {
     record.reader = nullptr;
     record.remark.Empty();
+    if (ReadStorage(record, file))
+        return;
+    if (!file.IsOpen())
+    {
+        record.Clear();
+        return;
+    }
     FileWindow window(file);
     const ReaderRow* const row = ChooseReader(record.resolvedPath, window);
     if (row == nullptr)
