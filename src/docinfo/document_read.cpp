@@ -41,8 +41,8 @@ private:
     bool _isTaken = false;
 };
 
-// Reads a compound file, whose own modes of sharing need it closed. Returns false if it is none, or on failure; then the
-// reader table decides, and the file is open again unless someone else has locked it.
+// Reads a compound file, whose own modes of sharing need it closed. Returns false if it is none, or on failure; then
+// the reader table decides, and the file is open again unless someone else has locked it.
 bool ReadStorage(clsDocu& record, clsDocFile& file)
 {
     {
@@ -55,8 +55,8 @@ bool ReadStorage(clsDocu& record, clsDocFile& file)
     if (ReadPropertySet(record, record.resolvedPath) >= 0)
         return true;
     record.reader = nullptr;
-    file.Open(record.resolvedPath, FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read,
-        kFileAttributeNormal);
+    file.Open(
+        record.resolvedPath, FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileAttributeNormal);
     return false;
 }
 

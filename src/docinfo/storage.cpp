@@ -43,8 +43,8 @@ bool IsLocked(HRESULT result)
 HRESULT OpenInSomeMode(const String& path, clsAutoRelease<IStorage*>& storage)
 {
     constexpr HRESULT kNoStorage = static_cast<HRESULT>(0x80040012);
-    constexpr DWORD kModes[] = {STGM_SHARE_DENY_WRITE, STGM_SHARE_EXCLUSIVE, STGM_SHARE_DENY_NONE,
-        STGM_DIRECT_SWMR | STGM_SHARE_DENY_NONE};
+    constexpr DWORD kModes[] = {
+        STGM_SHARE_DENY_WRITE, STGM_SHARE_EXCLUSIVE, STGM_SHARE_DENY_NONE, STGM_DIRECT_SWMR | STGM_SHARE_DENY_NONE};
 
     HRESULT result = WaitForData([&] { return StgIsStorageFile(path.Text()); });
     if (result != S_OK)
