@@ -45,6 +45,7 @@ protected:
     {
         const HANDLE file = CreateFileW(_path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
         DWORD written = 0;
+        EXPECT_NE(file, INVALID_HANDLE_VALUE);
         WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
         CloseHandle(file);
     }
@@ -68,7 +69,9 @@ Stream OpenStream(const Storage& storage, const char* name, HRESULT expected = S
 
 std::string ReadAll(const Stream& stream)
 {
-    std::string bytes(100'000, '\0');
+    STATSTG status = {};
+    stream->Stat(&status, STATFLAG_NONAME);
+    std::string bytes(static_cast<std::size_t>(status.cbSize.QuadPart), '\0');
     ULONG read = 0;
     stream->Read(bytes.data(), static_cast<ULONG>(bytes.size()), &read);
     return bytes.substr(0, read);
@@ -169,10 +172,12 @@ TEST_F(StorageFile, Circles)
     std::string bytes = whole;
     CompoundBuilder::Put(bytes, table, 0); // its own successor
     Write(bytes);
-    const Stream circle = OpenStream(Open(), "Large");
-    EXPECT_LT(ReadAll(circle).size(), 5'000u);
-    ULONG read = 0;
-    EXPECT_EQ(circle->Read(bytes.data(), 10, &read), STG_E_DOCFILECORRUPT);
+    {
+        const Stream circle = OpenStream(Open(), "Large");
+        EXPECT_LT(ReadAll(circle).size(), 5'000u);
+        ULONG read = 0;
+        EXPECT_EQ(circle->Read(bytes.data(), 10, &read), STG_E_DOCFILECORRUPT);
+    }
 
     bytes = whole;
     CompoundBuilder::Put(bytes, directory + 128 + 68, 1); // an element to the left of itself
@@ -202,7 +207,9 @@ TEST_F(StorageFile, BearsDamage)
         {
             IStream* stream = nullptr;
             if (SUCCEEDED(storage->OpenStream(Text::Widen(name), nullptr, kExclusive, 0, &stream)))
+            {
                 EXPECT_LE(ReadAll(Stream(stream)).size(), bytes.size());
+            }
         }
     };
     for (std::size_t length = 0; length < whole.size(); ++length)

@@ -32,7 +32,7 @@ std::string Number(std::uint32_t number)
 }
 
 constexpr std::string_view kSummary = "\xE0\x85\x9F\xF2\xF9\x4F\x68\x10\xAB\x91\x08\x00\x2B\x27\xB3\xD9"sv;
-constexpr std::string_view kDate = "\x80\x57\xB6\x6B\x98\x8D\xC0\x01"sv; // 2001-02-03 04:05:06
+constexpr std::string_view kDate = "\x00\x05\xB5\x7D\x96\x8D\xC0\x01"sv; // 2001-02-03 04:05:06
 
 struct PropertyValue
 {
@@ -65,6 +65,13 @@ std::string Document(std::string_view title)
     return CompoundBuilder().AddStream("WordDocument", "x").AddStream("\5SummaryInformation", set).Bytes();
 }
 
+String Wide(const std::string& text)
+{
+    String wide;
+    wide.Assign(text.c_str());
+    return wide;
+}
+
 clsAutoRelease<clsDocu*> RecordOf(const String& path)
 {
     return clsDocuList(0).Get(path, 1);
@@ -88,7 +95,7 @@ TEST(PropertySet, Values)
         {VT_LPSTR, Counted("abc\0def"sv), L"abc"},
         {VT_LPSTR, Counted(""), L""},
         {VT_LPSTR, Number(4) + "abc", L"-"},   // one byte too long
-        {VT_BSTR, Counted("\xE4"), L"\x0444"}, // code page 1251 is Cyrillic
+        {VT_BSTR, Counted("\xE4"), L"\x0434"}, // code page 1251 is Cyrillic
         {VT_LPWSTR, Counted("a\0\x44\x04\0\0b\0"sv, 2), L"a\x0444"},
         {VT_LPWSTR, Number(0x80000000) + "abc", L"-"},
         {VT_FILETIME, std::string(kDate), L""},
@@ -135,12 +142,14 @@ TEST(PropertySet, DocumentsOfOtherPrograms)
         std::getline(fields, name, '\t');
         while (std::getline(fields, field, '\t'))
             all += (all.empty() ? "" : "|") + field;
-        const clsAutoRelease<clsDocu*> record = RecordOf(String((folder + name).c_str()));
+        const clsAutoRelease<clsDocu*> record = RecordOf(Wide(folder + name));
         EXPECT_TRUE(record->accessible) << name;
         const bool hasSet = all != "-|-|-|-|-|-|-|-";
         EXPECT_EQ(record->reader != nullptr, hasSet) << name;
         if (hasSet)
-            EXPECT_EQ(qxtest::Summary(*record), std::wstring(String(all.c_str()).View())) << name;
+        {
+            EXPECT_EQ(qxtest::Summary(*record), std::wstring(Wide(all).View())) << name;
+        }
     }
     EXPECT_GE(count, 4);
 }
