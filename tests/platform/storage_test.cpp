@@ -131,7 +131,9 @@ TEST_F(StorageFile, StreamPositions)
         EXPECT_EQ(std::string(bytes, read), Contents(static_cast<std::size_t>(size)).substr(size - 99u));
         EXPECT_EQ(stream->Read(bytes, sizeof bytes, &read), S_OK);
         EXPECT_EQ(read, 0u);
-        EXPECT_EQ(stream->Seek({.QuadPart = -1}, STREAM_SEEK_SET, nullptr), STG_E_SEEKERROR);
+#ifdef __linux__ // Wine moves to any position
+        EXPECT_EQ(stream->Seek({.QuadPart = -size - 1}, STREAM_SEEK_END, nullptr), STG_E_SEEKERROR);
+#endif
     }
 }
 
@@ -157,7 +159,11 @@ TEST_F(StorageFile, SharingAndLocks)
     }
     const Storage first = Open(STGM_SHARE_DENY_WRITE);
     Open(STGM_SHARE_DENY_WRITE);
+#ifdef __linux__
     Open(STGM_SHARE_EXCLUSIVE, STG_E_SHAREVIOLATION);
+#else // Wine locks bytes for the modes of storages
+    Open(STGM_SHARE_EXCLUSIVE, STG_E_LOCKVIOLATION);
+#endif
     IStream* stream = nullptr;
     EXPECT_NE(first->OpenStream(Text::Widen("A"), nullptr, STGM_SHARE_DENY_WRITE, 0, &stream), S_OK);
 }

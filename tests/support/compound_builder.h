@@ -82,6 +82,7 @@ public:
         Put(header, 56, 4096);
         Put(header, 60, miniTable);
         Put(header, 68, lists != 0 ? begin + count : kEnd);
+        Put(header, 72, lists);
         for (std::uint32_t i = 0; i < kHeaderLists; ++i)
             Put(header, 76 + i * 4, i < count ? own[i] : kFree);
         for (std::uint32_t i = kHeaderLists, list = 1; list <= lists; ++list)
