@@ -41,12 +41,14 @@ protected:
     }
     ~StorageFile() override { DeleteFileW(_path); }
 
+    // Doesn't empty the file first, because file systems then flush it to the disk when it is closed.
     void Write(const std::string& bytes) const
     {
-        const HANDLE file = CreateFileW(_path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+        const HANDLE file = CreateFileW(_path, GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS, 0, nullptr);
         DWORD written = 0;
         EXPECT_NE(file, INVALID_HANDLE_VALUE);
         WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+        SetEndOfFile(file);
         CloseHandle(file);
     }
 
