@@ -3,9 +3,14 @@
 #include "core/ticks.h"
 #include "docinfo/document_file.h"
 #include "docinfo/file_window.h"
+#include "docinfo/property_set.h"
 #include "docinfo/reader_table.h"
+#include "docinfo/storage.h"
+#include "files/paths.h"
 
 #include <cstring>
+#include <optional>
+#include <utility>
 
 namespace qx
 {
@@ -38,16 +43,41 @@ private:
     bool _isTaken = false;
 };
 
+// Reads a compound file, whose own modes of sharing need it closed. Returns false on failure; then the reader table
+// decides, and the file is open again unless someone else has locked it.
+bool ReadStorage(clsDocu& record, clsDocFile& file)
+{
+    file.Close();
+    record.reader = L"property set";
+    if (ReadPropertySet(record, record.resolvedPath) >= 0)
+        return true;
+    record.reader = nullptr;
+    file.Open(
+        record.resolvedPath, FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileAttributeNormal);
+    return false;
+}
+
 void ReadContents(clsDocu& record, clsDocFile& file)
 {
     record.reader = nullptr;
     record.remark.Empty();
-    FileWindow window(file);
-    const ReaderRow* const row = ChooseReader(record.resolvedPath, window);
+    std::optional<FileWindow> window(std::in_place, file);
+    if (HasStorageSignature(*window) && GetPathExtension(record.resolvedPath) != L".msg")
+    {
+        if (ReadStorage(record, file))
+            return;
+        if (!file.IsOpen())
+        {
+            record.Clear();
+            return;
+        }
+        window.emplace(file);
+    }
+    const ReaderRow* const row = ChooseReader(record.resolvedPath, *window);
     if (row == nullptr)
         return;
     record.reader = row->name;
-    if (row->read(record, window) < 0 && row->failure == ReaderFailure::ClearsRecord)
+    if (row->read(record, *window) < 0 && row->failure == ReaderFailure::ClearsRecord)
         record.Clear();
 }
 
