@@ -2,9 +2,9 @@
  * of file it is.
  *
  * The kind is recognised by the extension of the file, otherwise by its first bytes. Compound files of office programs
- * (.doc, .xls, .ppt and others), PDF files, web pages (.htm, .html, .mht), Rich Text (.rtf), mail (.eml, and .msg in text
- * form), TIFF and JPEG files are read; of all others only the time of the last write is known. The author of a mail is
- * its sender, the last author its recipients, and the title its subject.
+ * (.doc, .xls, .ppt and others), PDF files, web pages (.htm, .html, .mht), Rich Text (.rtf), mail (.eml, and .msg in
+ * text form), TIFF and JPEG files are read; of all others only the time of the last write is known. The author of a
+ * mail is its sender, the last author its recipients, and the title its subject.
  *
  * A list keeps what it has read for a given time. Later requests within this time don't touch the disk; after that, a
  * document is read again only if its time of last write has changed. Paths compare without case, also where files
