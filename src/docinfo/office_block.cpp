@@ -19,6 +19,9 @@ namespace
 
 constexpr std::wstring_view kOpen = L"<o:", kClose = L"</o:";
 
+// Only texts built to be slow make it necessary to collect the closing tags again and again. Their rest is passed over.
+constexpr int kMostCollections = 256;
+
 bool IsSameLetter(wchar_t a, wchar_t b)
 {
     return LowerASCII(a) == LowerASCII(b);
@@ -131,6 +134,9 @@ class ElementSearch
 public:
     explicit ElementSearch(std::wstring_view text) : _text(text) {}
 
+    // True once an element had no closing tag right behind it.
+    bool HasCollectedTags() const { return _tags.has_value(); }
+
     std::optional<Element> First()
     {
         std::size_t nameEnd = 0;
@@ -211,8 +217,14 @@ int ParseOfficeProperties(clsDocu& record, std::wstring_view text)
 {
     TextBuffer left(text);
     std::size_t from = 0;
-    while (const std::optional<Element> element = ElementSearch(std::wstring_view(left).substr(from)).First())
+    int collections = 0;
+    while (collections < kMostCollections)
     {
+        ElementSearch search(std::wstring_view(left).substr(from));
+        const std::optional<Element> element = search.First();
+        if (!element)
+            break;
+        collections += search.HasCollectedTags();
         TakeElement(record, *element);
         const std::size_t begin = from + element->begin;
         const TextBuffer whole = left.substr(begin, element->length);
