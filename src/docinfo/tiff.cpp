@@ -16,8 +16,8 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t kHeaderSize = 8;
-constexpr std::size_t kEntrySize = 12;
+constexpr std::size_t kTiffHeaderSize = 8;
+constexpr std::size_t kTiffEntrySize = 12;
 constexpr std::uint16_t kVersion = 42;
 
 // Limits for files whose directories refer to each other in circles.
@@ -176,8 +176,8 @@ private:
         }
         const std::uint16_t count = Word(countBytes);
         std::vector<std::uint8_t> entries(static_cast<std::size_t>(
-            std::min<std::uint64_t>(count * kEntrySize, BytesAfter(offset + sizeof countBytes))));
-        const std::size_t whole = ReadBytes(offset + 2, entries.data(), entries.size()) / kEntrySize;
+            std::min<std::uint64_t>(count * kTiffEntrySize, BytesAfter(offset + sizeof countBytes))));
+        const std::size_t whole = ReadBytes(offset + 2, entries.data(), entries.size()) / kTiffEntrySize;
         if (whole < count)
             _record.Remark(L"Could only read %u of %u entries in directory at offset %#I64x",
                 static_cast<unsigned>(whole), static_cast<unsigned>(count), offset);
@@ -191,7 +191,7 @@ private:
     {
         std::uint32_t width = 0;
         std::uint32_t height = 0;
-        for (const std::uint8_t* at = bytes; at < bytes + count * kEntrySize; at += kEntrySize)
+        for (const std::uint8_t* at = bytes; at < bytes + count * kTiffEntrySize; at += kTiffEntrySize)
         {
             const Entry entry = {
                 static_cast<Tag>(Word(at)), static_cast<Type>(Word(at + 2)), Long(at + 4), Long(at + 8), at + 8};
@@ -348,7 +348,7 @@ int ReadTIFF(clsDocu& record, FileWindow& file, std::uint32_t base)
 {
     constexpr std::uint16_t kBigEndian = 0x4D4D;
     constexpr std::uint16_t kLittleEndian = 0x4949;
-    const std::uint8_t* const header = file.At(base, kHeaderSize);
+    const std::uint8_t* const header = file.At(base, kTiffHeaderSize);
     if (header == nullptr)
     {
         record.Remark(L"error reading header");

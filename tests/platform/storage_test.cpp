@@ -161,9 +161,9 @@ TEST_F(StorageFile, SharingAndLocks)
     }
     const Storage first = Open(STGM_SHARE_DENY_WRITE);
     Open(STGM_SHARE_DENY_WRITE);
-#ifdef __linux__
+#ifdef __linux__ // Wine locks bytes for the modes of storages
     Open(STGM_SHARE_EXCLUSIVE, STG_E_SHAREVIOLATION);
-#else // Wine locks bytes for the modes of storages
+#else
     Open(STGM_SHARE_EXCLUSIVE, STG_E_LOCKVIOLATION);
 #endif
     IStream* stream = nullptr;
