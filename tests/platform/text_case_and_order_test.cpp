@@ -19,19 +19,19 @@ wchar_t Mapped(wchar_t unit)
 {
     return static_cast<wchar_t>(reinterpret_cast<UINT_PTR>(Map(reinterpret_cast<LPWSTR>(UINT_PTR{unit}))));
 }
-constexpr auto Upper = Mapped<CharUpperW>, Lower = Mapped<CharLowerW>;
+constexpr auto kUpper = Mapped<CharUpperW>, kLower = Mapped<CharLowerW>;
 
 TEST(Casing, SingleCharactersAndTextsInPlace)
 {
-    EXPECT_EQ(Lower(L'\x0416'), 0x0436);
-    EXPECT_EQ(Upper(0x00ff), 0x0178);
-    EXPECT_EQ(Upper(L'{'), L'{');
-    EXPECT_EQ(Upper(0), 0);
+    EXPECT_EQ(kLower(L'\x0416'), 0x0436);
+    EXPECT_EQ(kUpper(0x00ff), 0x0178);
+    EXPECT_EQ(kUpper(L'{'), L'{');
+    EXPECT_EQ(kUpper(0), 0);
     // No capital letter maps back to these.
     for (const wchar_t unit : L"\x00df\x00b5\x0131\x017f\x01c5\x03c2"sv)
-        EXPECT_EQ(Upper(unit), unit);
+        EXPECT_EQ(kUpper(unit), unit);
     for (const wchar_t unit : L"\x0130\x01c5\x1e9e\x2126\x212a"sv)
-        EXPECT_EQ(Lower(unit), unit);
+        EXPECT_EQ(kLower(unit), unit);
 
     wchar_t text[] = L"abz{\x00e4\x03b1\xd801\xdc28#";
     EXPECT_EQ(CharUpperW(text), text);

@@ -65,7 +65,7 @@ std::string Document(std::string_view title)
     return CompoundBuilder().AddStream("WordDocument", "x").AddStream("\5SummaryInformation", set).Bytes();
 }
 
-String Wide(const std::string& text)
+String WideOf(const std::string& text)
 {
     String wide;
     wide.Assign(text.c_str());
@@ -142,13 +142,13 @@ TEST(PropertySet, DocumentsOfOtherPrograms)
         std::getline(fields, name, '\t');
         while (std::getline(fields, field, '\t'))
             all += (all.empty() ? "" : "|") + field;
-        const clsAutoRelease<clsDocu*> record = RecordOf(Wide(folder + name));
+        const clsAutoRelease<clsDocu*> record = RecordOf(WideOf(folder + name));
         EXPECT_TRUE(record->accessible) << name;
         const bool hasSet = all != "-|-|-|-|-|-|-|-";
         EXPECT_EQ(record->reader != nullptr, hasSet) << name;
         if (hasSet)
         {
-            EXPECT_EQ(qxtest::Summary(*record), qxtest::ReadableText(Wide(all).View())) << name;
+            EXPECT_EQ(qxtest::Summary(*record), qxtest::ReadableText(WideOf(all).View())) << name;
         }
     }
     EXPECT_GE(count, 4);
