@@ -19,19 +19,26 @@ wchar_t Mapped(wchar_t unit)
 {
     return static_cast<wchar_t>(reinterpret_cast<UINT_PTR>(Map(reinterpret_cast<LPWSTR>(UINT_PTR{unit}))));
 }
-constexpr auto kUpper = Mapped<CharUpperW>, kLower = Mapped<CharLowerW>;
+wchar_t UpperOf(wchar_t unit)
+{
+    return Mapped<CharUpperW>(unit);
+}
+wchar_t LowerOf(wchar_t unit)
+{
+    return Mapped<CharLowerW>(unit);
+}
 
 TEST(Casing, SingleCharactersAndTextsInPlace)
 {
-    EXPECT_EQ(kLower(L'\x0416'), 0x0436);
-    EXPECT_EQ(kUpper(0x00ff), 0x0178);
-    EXPECT_EQ(kUpper(L'{'), L'{');
-    EXPECT_EQ(kUpper(0), 0);
+    EXPECT_EQ(LowerOf(L'\x0416'), 0x0436);
+    EXPECT_EQ(UpperOf(0x00ff), 0x0178);
+    EXPECT_EQ(UpperOf(L'{'), L'{');
+    EXPECT_EQ(UpperOf(0), 0);
     // No capital letter maps back to these.
     for (const wchar_t unit : L"\x00df\x00b5\x0131\x017f\x01c5\x03c2"sv)
-        EXPECT_EQ(kUpper(unit), unit);
+        EXPECT_EQ(UpperOf(unit), unit);
     for (const wchar_t unit : L"\x0130\x01c5\x1e9e\x2126\x212a"sv)
-        EXPECT_EQ(kLower(unit), unit);
+        EXPECT_EQ(LowerOf(unit), unit);
 
     wchar_t text[] = L"abz{\x00e4\x03b1\xd801\xdc28#";
     EXPECT_EQ(CharUpperW(text), text);
