@@ -171,6 +171,7 @@ TEST(PdfReader, BoundedTime)
     {
         const auto begin = std::chrono::steady_clock::now();
         EXPECT_EQ(ReadRecord(ReadPDF, file).Result(), 0);
-        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+        const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
+        EXPECT_LT(seconds.count(), qxtest::kMostSeconds);
     }
 }
