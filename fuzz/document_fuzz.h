@@ -19,7 +19,7 @@ namespace qxfuzz
 
 using Reader = int (*)(qx::clsDocu& record, qx::FileWindow& file);
 
-// Ends the program if the reader gives neither 0 nor -1, or if a field has another type than its own.
+// Aborts if the reader returns neither 0 nor -1, or if a text field is neither empty nor a BSTR.
 inline qx::clsAutoRelease<qx::clsDocu*> ReadDocument(Reader reader, const std::uint8_t* data, std::size_t size)
 {
     IStream* stream = nullptr;

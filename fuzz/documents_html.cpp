@@ -1,4 +1,4 @@
-// Reading an arbitrary web page gives a result, whatever it contains.
+// Reading an arbitrary web page never fails in an undocumented way.
 #include "docinfo/html.h"
 #include "document_fuzz.h"
 

@@ -1,4 +1,4 @@
-// Reading an arbitrary JPEG file gives a result, whatever it contains.
+// Reading an arbitrary JPEG file never fails in an undocumented way.
 #include "docinfo/jpeg.h"
 #include "document_fuzz.h"
 

@@ -1,4 +1,4 @@
-// Reading an arbitrary PDF file gives a result, whatever it contains.
+// Reading an arbitrary PDF file never fails in an undocumented way.
 #include "docinfo/pdf.h"
 #include "document_fuzz.h"
 

@@ -1,4 +1,4 @@
-// Reading an arbitrary Rich Text file gives a result, whatever it contains.
+// Reading an arbitrary Rich Text file never fails in an undocumented way.
 #include "docinfo/rtf.h"
 #include "document_fuzz.h"
 

@@ -1,4 +1,4 @@
-// Reading an arbitrary TIFF file gives a result, whatever it contains.
+// Reading an arbitrary TIFF file never fails in an undocumented way.
 #include "docinfo/tiff.h"
 #include "document_fuzz.h"
 

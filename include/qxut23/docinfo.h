@@ -6,11 +6,11 @@
  * text form), TIFF and JPEG files are read; of all others only the time of the last write is known. The author of a
  * mail is its sender, the last author its recipients, and the title its subject.
  *
- * A list keeps what it has read for a given time. Later requests within this time don't touch the disk; after that, a
- * document is read again only if its time of last write has changed. Paths compare without case, also where files
- * don't. A document on a network share (\\server\share\...) is read by a thread of its own, so that a server that
- * doesn't answer can't hold its caller for longer than the caller wants. A share that doesn't answer at all is asked
- * once in the life of a process.
+ * A list caches what it reads. Requests within the lifetime of a cached document don't touch the disk. Later requests
+ * read the document again only if its time of last write has changed. Paths are compared without case, even where file
+ * names are case-sensitive. A document on a network share (\\server\share\...) is read on a separate thread, so that an
+ * unresponsive server can't block the caller for longer than the caller allows. A share that doesn't respond is
+ * contacted only once per process.
  *
  * Any thread may use a list.
  */
@@ -25,7 +25,7 @@ typedef struct QxUtDocumentList* HUTDOCINFO;
 
 struct tagVARIANT; /* the system's VARIANT (<oleauto.h>) */
 
-/* Where the information about a document goes. Each pointer may be null; the others point to initialised variants,
+/* Receives the information about a document. Each pointer may be null; the others point to initialised variants,
    whose old values are cleared. The caller clears the new ones. */
 typedef struct QxUtDocumentInfo
 {
@@ -46,7 +46,7 @@ typedef struct QxUtDocumentInfo
     struct tagVARIANT* resolvedPath;
 } QxUtDocumentInfo;
 
-/* Opens a list that keeps information for the given number of seconds; 0 keeps nothing. Returns null if memory runs
+/* Opens a list that caches documents for the given number of seconds; 0 disables the cache. Returns null if memory runs
    out. */
 QXUT_API HUTDOCINFO UtilDocInfoOpen(uint32_t cacheSeconds);
 
@@ -56,16 +56,16 @@ QXUT_API void UtilDocInfoClose(HUTDOCINFO list);
 
 /* Gets the information about the document at `path`. What follows a "|" in the path isn't part of it; documents that
    only differ there are separate entries of the list. `waitSeconds` is how long to wait for a document on a share; with
-   0 the call returns what is known from before. While the list keeps a document, the wait of its first request applies.
-   Returns 1 if the document was accessible. `info` may be null, to ask just that; a structure of fewer than 72 bytes
-   receives nothing. Returns 0, and nothing is stored, if the document can't be opened, if its reader refuses it, or if
-   the list or the path is null. */
+   0 the call returns the cached values. While a document is cached, the wait of its first request applies.
+   Returns 1 if the document was accessible. `info` may be null if only the result is wanted; a structure of fewer than
+   72 bytes receives nothing. Returns 0, and nothing is stored, if the document can't be opened, if its reader refuses
+   it, or if the list or the path is null. */
 QXUT_API int32_t UtilDocInfoGet(
     HUTDOCINFO list, const QXWCHAR* path, const QxUtDocumentInfo* info, uint32_t waitSeconds);
 
 /* Returns 1 if the share of a path (\\server\share\..., or a drive that is connected to one) answers, and 0 if it
-   doesn't or hasn't answered before in this process. Asking may take as long as the system waits for a server. Returns
-   -1 if the path is null or isn't on a share. */
+   doesn't or hasn't answered before in this process. The check may take as long as the system waits for a server.
+   Returns -1 if the path is null or isn't on a share. */
 QXUT_API int32_t UtilDocInfoShareAccessibility(const QXWCHAR* path);
 
 QXUT_EXTERN_C_END

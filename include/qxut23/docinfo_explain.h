@@ -1,4 +1,4 @@
-/* Why a document gave the information that it gave. */
+/* Diagnostics of document information: which reader was chosen, and why it failed. */
 #ifndef QXUT23_DOCINFO_EXPLAIN_H
 #define QXUT23_DOCINFO_EXPLAIN_H
 

@@ -24,7 +24,7 @@ std::uint32_t Milliseconds(std::uint32_t seconds)
     return seconds > UINT32_MAX / kMillisecondsPerSecond ? UINT32_MAX : seconds * kMillisecondsPerSecond;
 }
 
-// A record that was read in part must not count as read.
+// A partially read record must not count as valid.
 void ReadOrForget(clsDocu& record, std::uint64_t readBefore)
 {
     try

@@ -49,7 +49,7 @@ std::size_t FileWindow::Read(std::uint64_t offset, void* buffer, std::size_t cou
             done += wanted;
             continue;
         }
-        // The file ends within this part; the buffer begins with what there is of it.
+        // The file ends within this part; its remaining bytes are at the start of the buffer.
         if (offset + done == _begin)
         {
             std::memcpy(target + done, _buffer.get(), _count);

@@ -15,7 +15,7 @@ namespace
 
 using Views = std::initializer_list<std::wstring_view>;
 
-// Returns what stands between the first `begin` and the next `end`.
+// Returns the text between the first `begin` and the next `end`.
 std::optional<std::wstring_view> Between(std::wstring_view text, std::wstring_view begin, std::wstring_view end)
 {
     const std::size_t start = FindIgnoringCase(text, begin, 0);

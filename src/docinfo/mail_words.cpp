@@ -63,7 +63,7 @@ String DecodeQ(std::wstring_view text, unsigned codePage)
 
 } // namespace
 
-// Matches =\?([-\w]+)(?:\*\w+)?\?([QB])\?(.*?)\?= in which the dot stands for all characters but a line feed.
+// Matches =\?([-\w]+)(?:\*\w+)?\?([QB])\?(.*?)\?= where the dot matches any character except a line feed.
 std::optional<EncodedWord> EncodedWords::At(std::size_t position)
 {
     if (position >= _header.size() || !Continues(_header, position, L"=?"))

@@ -196,7 +196,7 @@ bool PDFCursor::ParseValues(clsVariant& value)
     return true;
 }
 
-// Returns false if what stands here is passed over: a comment, and all that begins no value.
+// Returns false if the text here was skipped: a comment, or anything that doesn't begin a value.
 bool PDFCursor::ParseValue(clsVariant& value)
 {
     const char c = Peek();
@@ -282,7 +282,7 @@ String PDFCursor::ParseLiteralString()
     return OneCharacterPerByte(bytes);
 }
 
-// Returns the character that a backslash and what follows it stand for. A backslash before anything else is itself.
+// Parses the rest of an escape sequence and returns its character. Unknown sequences yield the backslash.
 unsigned char PDFCursor::TakeEscape()
 {
     static constexpr std::string_view kLetters = "()\\bfnrt", kCharacters = "()\\\b\f\n\r\t";

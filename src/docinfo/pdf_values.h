@@ -19,7 +19,7 @@ namespace qx
 // reference "12 0 R", are an array of variants. A nested dictionary is only a mark.
 using PDFDictionary = WCValSkipListDict<String, clsVariant>;
 
-// A place in the text. Moves on as it parses. A fault in the syntax is thrown as clsException.
+// A parser with a position in the text. Syntax errors are thrown as clsException.
 class PDFCursor
 {
 public:
@@ -29,7 +29,7 @@ public:
     bool IsAtEnd() const { return _at >= _text.size(); }
     std::size_t Position() const { return _at; }
     bool StandsAt(std::string_view word) const { return _text.substr(_at).starts_with(word); }
-    // Passes over a word that stands here.
+    // Skips a word at the current position.
     void Skip(std::string_view word) { _at += word.size(); }
     void SkipSpace();
     // Goes behind the next occurrence of a word. Returns false if there is none.

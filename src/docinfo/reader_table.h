@@ -9,11 +9,11 @@
 namespace qx
 {
 
-// What the failure of a reader means.
+// The consequence of a reader's failure.
 enum class ReaderFailure
 {
     ClearsRecord, // the document counts as inaccessible
-    Ignored       // the record keeps what it has, and the file's times
+    Ignored       // the record keeps its values and the file's times
 };
 
 struct ReaderRow

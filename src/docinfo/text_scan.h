@@ -43,7 +43,7 @@ constexpr bool IsSpaceASCII(wchar_t c)
     return c == L' ' || (c >= L'\t' && c <= L'\r');
 }
 
-// Returns true if the lower-case literal stands at a position.
+// Returns true if the text contains the lower-case literal at a position.
 bool StandsAt(std::wstring_view text, std::size_t position, std::wstring_view literal);
 
 // Returns the position of the lower-case literal, or kNotFound. The literal begins with a character that is no letter.

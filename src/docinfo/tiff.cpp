@@ -59,7 +59,7 @@ enum class Tag : std::uint16_t
     UserComment = 37510
 };
 
-// A directory entry. Its value is kept as it stands in the file, too, because a short text is stored in its place.
+// A directory entry. `valueBytes` are the raw bytes of the value field, where short texts are stored in place.
 struct Entry
 {
     Tag tag;
@@ -258,7 +258,7 @@ private:
         }
     }
 
-    // A value of up to four bytes stands at the beginning of its field.
+    // Values shorter than four bytes are stored at the start of the value field.
     std::uint32_t ReadInteger(const Entry& entry) const
     {
         switch (entry.type)
@@ -277,7 +277,7 @@ private:
         }
     }
 
-    // Returns what there is of a text that runs over the end of the file.
+    // A text that extends past the end of the file is truncated.
     String ReadASCII(const Entry& entry)
     {
         constexpr std::uint32_t kInPlace = 4;
@@ -302,7 +302,7 @@ private:
         return TextOfBytes(bytes.data(), bytes.size());
     }
 
-    // Of several values only the first one counts. Returns 0 without a value.
+    // Returns the first value, or 0 if there is none.
     double ReadRational(const Entry& entry)
     {
         if (entry.type != Type::Rational && entry.type != Type::SignedRational)

@@ -55,7 +55,7 @@ std::string Fitted(std::string text, std::size_t width)
     return text + std::string(width - characters, ' ');
 }
 
-// RFC 4180: quotes where a quote, a comma or a line end stands in the text.
+// Quotes a text that contains a quote, a comma or a line end (RFC 4180).
 std::string CsvCell(const std::string& text)
 {
     if (text.find_first_of("\",\r\n") == std::string::npos)

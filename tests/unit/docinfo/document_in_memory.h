@@ -44,7 +44,7 @@ private:
     int _result;
 };
 
-// "-" stands for a text that isn't set.
+// Returns the text, or "-" if the field is empty.
 inline std::string TextOf(const qx::clsVariant& field)
 {
     return field.Type() == VT_EMPTY ? "-" : ReadableText(qx::ToString(field).View());

@@ -1,5 +1,5 @@
-// The scanners find what the patterns of the formats find. The patterns stand here as the formats' rules give them; the
-// readers don't use them, because their time may grow with the square of the text.
+// Compares the scanners with the regular expressions that define the formats. The readers don't use these expressions,
+// because their running time may be quadratic in the length of the text.
 #include "core/pattern/regex.h"
 #include "docinfo/html.h"
 #include "docinfo/html_entities.h"

@@ -28,7 +28,7 @@ public:
         Put(8, 4);
     }
 
-    // A number stands at the beginning of its field, whatever its width.
+    // A number of any width is left-aligned in its field.
     TiffBuilder& Add(std::uint16_t tag, std::uint16_t type, std::uint32_t value, std::uint32_t count = 1)
     {
         const unsigned width = type == 1 ? 1 : type == 3 ? 2 : 4;
