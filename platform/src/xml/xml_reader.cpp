@@ -45,7 +45,7 @@ public:
         if (type != nullptr)
             *type = XmlNodeType_None;
         if (!_parser)
-            return E_UNEXPECTED;
+            return S_FALSE;
         while (!_parser->Nodes().Next())
         {
             if (FAILED(_failure))
