@@ -3,18 +3,21 @@
 #include "docinfo/share_guard.h"
 #include "docinfo/share_reader.h"
 #include "support/temp_folder.h"
-#include "support/variable.h"
 #include "unit/docinfo/document_in_memory.h"
 
-#include <gtest/gtest.h>
+#if !defined(_WIN32)
+#include "support/own_drives.h"
+#endif
 
 #include <atomic>
 #include <chrono>
-#include <filesystem>
+#include <fstream>
+#include <future>
 #include <thread>
 #include <vector>
 
 using namespace qx;
+using namespace std::chrono_literals;
 using qxtest::MakeFile;
 using qxtest::TempFolder;
 using qxtest::TextOf;
@@ -70,17 +73,17 @@ TEST(DocumentList, ReadsAgainWhatHasChanged)
 
     // A record that has expired is parsed again only if the file's time has changed.
     MakeFile(path, kSecond);
-    SYSTEMTIME unchanged = record->fileTime;
     FILETIME written = {};
-    SystemTimeToFileTime(&unchanged, &written);
+    SystemTimeToFileTime(&record->fileTime, &written);
     qxtest::SetWriteTime(path, written);
     expire();
     EXPECT_EQ(TitleOf(list, path), "first");
     qxtest::SetWriteTime(path, time);
     expire();
     EXPECT_EQ(TitleOf(list, path), "second");
-    FileTimeToSystemTime(&time, &unchanged);
-    EXPECT_EQ(qxtest::DateOf(record->LastSaved), qxtest::DateOf(unchanged));
+    SYSTEMTIME changed = {};
+    FileTimeToSystemTime(&time, &changed);
+    EXPECT_EQ(qxtest::DateOf(record->LastSaved), qxtest::DateOf(changed));
 
     // A record that was cleared is read although the time is the same.
     DeleteFileW(path);
@@ -105,6 +108,7 @@ TEST(DocumentList, ReadersByNameAndByFirstBytes)
     const TempFolder folder;
     clsDocuList list(0);
     using namespace std::string_view_literals;
+    constexpr auto kStorage = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv; // a compound file's first bytes
     const struct
     {
         const wchar_t* name;
@@ -124,6 +128,10 @@ TEST(DocumentList, ReadersByNameAndByFirstBytes)
         {L"g", "\xFF\xD8\xFF\xD9", "-", L"JPEG"},
         {L"h", "\xFF\xD8", "-", L"-"}, // fewer than four bytes
         {L"i.rtf", R"({\info{\title x}})", " x", L"RTF"},
+        {L"j.EML", kStorage, "-", L"mail"},
+        {L"j.msg", "Subject: a\r\n\r\n", "a", L"mail"},
+        {L"k.msg", kStorage, "-", L"-"},
+        {L"eml", "Subject: a\r\n\r\n", "-", L"-"},
     };
     for (const auto& file : files)
     {
@@ -138,9 +146,8 @@ TEST(DocumentList, ReadersByNameAndByFirstBytes)
 TEST(DocumentList, ManyThreads)
 {
     const TempFolder folder;
-    std::vector<String> paths;
-    for (int i = 0; i < 5; ++i)
-        paths.push_back(folder.Make(String(String::kFormatted, L"%d.htm", i), kFirst));
+    const String paths[] = {
+        folder.Make(L"1.htm", kFirst), folder.Make(L"2.htm", kFirst), folder.Make(L"3.htm", kFirst)};
     clsDocuList shared(1'000);
     std::atomic<int> failures = 0;
     std::vector<std::thread> threads;
@@ -151,7 +158,7 @@ TEST(DocumentList, ManyThreads)
                 clsDocuList own(number % 2);
                 for (unsigned i = 0; i < 100; ++i)
                 {
-                    const String& path = paths[(i + number) % paths.size()];
+                    const String& path = paths[(i + number) % 3];
                     failures += TitleOf(shared, path) != "first" || TitleOf(own, path) != "first";
                     shared.Get(path, 0)->readTick = 1; // expired
                 }
@@ -174,7 +181,7 @@ TEST(DocumentList, OpensAndClosesQuickly)
         EXPECT_EQ(TitleOf(list, path), "first");
         EXPECT_EQ(list.GetThreadState(), clsThreadBase::State::Running);
     }
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 20s);
 }
 
 TEST(DocumentCache, DropsExpiredRecords)
@@ -196,15 +203,7 @@ TEST(DocumentCache, DropsExpiredRecords)
 namespace
 {
 
-bool WaitUntil(const std::function<bool()>& condition)
-{
-    for (int i = 0; i < 1'000; ++i, Sleep(10))
-        if (condition())
-            return true;
-    return false;
-}
-
-// Stands for a server that doesn't answer: readings wait until Release.
+// Simulates a server that doesn't answer: readings of "slow" files wait until Release.
 class HangingServer
 {
 public:
@@ -233,26 +232,23 @@ public:
     HangingServer& operator=(const HangingServer&) = delete;
 
     static void Release() { SetEvent(released); }
-
-    static inline std::atomic<int> started = 0;
+    static bool WaitForReadings(std::size_t count)
+    {
+        for (int i = 0; i < 1'000 && started < count; ++i)
+            Sleep(10);
+        return started == count;
+    }
 
 private:
+    static inline std::atomic<std::size_t> started = 0;
     static inline HANDLE released = nullptr;
 };
 
 class DocumentsOnShares : public testing::Test
 {
 protected:
-    DocumentsOnShares()
-    {
-        std::filesystem::create_directories(_home / "dosdevices/unc/server/share");
-        std::filesystem::create_directories(_home / "dosdevices/unc/server/other");
-    }
-    ~DocumentsOnShares() override { std::filesystem::remove_all(_home); }
-
-    const TempFolder _folder;
-    const std::filesystem::path _home = qxtest::NativePath(_folder.Path(L"home"));
-    const qxtest::Variable _variable{L"QXPLATFORM_HOME", _folder.Path(L"home")};
+    const qxtest::OwnDrives _drives;
+    const std::filesystem::path _share = _drives.MakeShare("server", "share");
 };
 
 const String kSlow = L"\\\\server\\share\\slow.htm", kQuick = L"\\\\server\\share\\quick.htm";
@@ -266,19 +262,18 @@ TEST_F(DocumentsOnShares, Names)
         {L"c:\\a", L""}};
     for (const auto& [path, share] : paths)
         EXPECT_EQ(ShareOfPath(path).View(), share);
-    // Once a share didn't answer, it isn't asked again.
+    // A share that didn't answer once is not tried again.
     const IString back(L"\\\\server\\back");
     EXPECT_FALSE(IsShareUnreachable(back, true));
     EXPECT_TRUE(IsShareUnreachable(back, false));
-    std::filesystem::create_directories(_home / "dosdevices/unc/server/back");
+    _drives.MakeShare("server", "back");
     EXPECT_TRUE(IsShareUnreachable(IString(L"\\\\SERVER\\Back"), false));
-    EXPECT_FALSE(IsShareUnreachable(IString(L"\\\\server\\other"), false));
+    EXPECT_FALSE(IsShareUnreachable(IString(L"\\\\server\\share"), false));
 }
 
 TEST_F(DocumentsOnShares, ReadByThreadsOfTheirOwn)
 {
-    std::filesystem::create_directories(_home / "dosdevices/unc/server/share/folder");
-    MakeFile(_folder.Path(L"home/dosdevices/unc/server/share/page.htm"), kFirst);
+    std::ofstream(_share / "page.htm") << kFirst;
     clsDocuList list(0);
     EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\page.htm", 100), "first");
     EXPECT_EQ(list.Get(L"\\\\server\\share\\page.htm", 100)->resolvedPath.View(), L"\\\\server\\share\\page.htm");
@@ -292,7 +287,7 @@ TEST_F(DocumentsOnShares, AServerThatHangs)
     clsDocuList list(1'000);
     EXPECT_EQ(TitleOf(list, kSlow, 0), "inaccessible"); // the caller doesn't wait
     EXPECT_EQ(TitleOf(list, kQuick, 100), "from the server");
-    EXPECT_TRUE(WaitUntil([] { return HangingServer::started == 2; }));
+    EXPECT_TRUE(HangingServer::WaitForReadings(2));
     HangingServer::Release();
     Sleep(50);
     EXPECT_EQ(TitleOf(list, kSlow, 0), "inaccessible"); // the late result is dropped
@@ -304,19 +299,12 @@ TEST_F(DocumentsOnShares, TwentyReadersAtMost)
     clsDocuList list(0);
     for (std::size_t i = 0; i < clsDocuList::kMostReaders; ++i)
         list.Get(kSlow, 0);
-    std::atomic<bool> isBack = false;
-    std::thread last(
-        [&]
-        {
-            list.Get(kSlow, 0);
-            isBack = true;
-        });
-    EXPECT_TRUE(WaitUntil([] { return HangingServer::started == clsDocuList::kMostReaders + 1; }));
+    const auto last = std::async(std::launch::async, [&] { list.Get(kSlow, 0); });
+    EXPECT_TRUE(HangingServer::WaitForReadings(clsDocuList::kMostReaders + 1));
     EXPECT_EQ(TitleOf(list, kQuick, 100), "from the server"); // a reader that has ended needs no room
-    Sleep(200);
-    EXPECT_FALSE(isBack);
+    EXPECT_EQ(last.wait_for(200ms), std::future_status::timeout);
     HangingServer::Release();
-    last.join();
+    last.wait();
 }
 
 TEST_F(DocumentsOnShares, ClosingWaitsForTheReaders)
@@ -324,18 +312,10 @@ TEST_F(DocumentsOnShares, ClosingWaitsForTheReaders)
     HangingServer server;
     auto list = std::make_unique<clsDocuList>(0);
     list->Get(kSlow, 0);
-    std::atomic<bool> isClosed = false;
-    std::thread closing(
-        [&]
-        {
-            list.reset();
-            isClosed = true;
-        });
-    Sleep(100);
-    EXPECT_FALSE(isClosed);
+    const auto closing = std::async(std::launch::async, [&] { list.reset(); });
+    EXPECT_EQ(closing.wait_for(100ms), std::future_status::timeout);
     HangingServer::Release();
-    closing.join();
-    EXPECT_TRUE(isClosed);
+    closing.wait();
 }
 
 #endif
