@@ -49,7 +49,7 @@ private:
     }
 
     static NET_API_STATUS WINAPI Enumerate(const wchar_t* server, const wchar_t* base, const wchar_t* user, DWORD level,
-        BYTE** block, DWORD preferred, DWORD* read, DWORD* total, ULONG_PTR* resume)
+        BYTE** block, DWORD preferred, DWORD* read, DWORD*, ULONG_PTR* resume)
     {
         const bool isAsExpected = !base && !user && level == 3 && preferred == MAX_PREFERRED_LENGTH;
         if (!isAsExpected || *resume != current->calls || current->calls == current->answers.size())
@@ -57,10 +57,10 @@ private:
         const Answer& answer = current->answers[current->calls];
         *resume = ++current->calls;
         current->server = server;
-        // A server that fails gives no block.
+        // A server that fails returns no block.
         if (answer.status == NERR_Success || answer.status == ERROR_MORE_DATA)
             *block = reinterpret_cast<BYTE*>(const_cast<FILE_INFO_3*>(answer.files.data()));
-        *read = *total = static_cast<DWORD>(answer.files.size());
+        *read = static_cast<DWORD>(answer.files.size());
         return answer.status;
     }
 

@@ -16,11 +16,6 @@ namespace
 
 constexpr const wchar_t* kFile = L"\\\\server\\share\\a.txt";
 
-FileUsersResult Ask(const wchar_t* path, FakeServer& server, FileUsers& found)
-{
-    return GetFileInfoAccess(path, server, found);
-}
-
 } // namespace
 
 TEST(FileUsers, UsersOfTheFileAreCollectedFromAllBlocks)
@@ -35,7 +30,7 @@ TEST(FileUsers, UsersOfTheFileAreCollectedFromAllBlocks)
                 OpenFile(L"C:\\share\\a.txt", L"", PERM_FILE_READ),
                 OpenFile(L"C:\\share\\a.txt.bak", L"x", PERM_FILE_WRITE)}}});
     FileUsers found;
-    EXPECT_EQ(Ask(kFile, server, found), FileUsersResult::Done);
+    EXPECT_EQ(GetFileInfoAccess(kFile, server, found), FileUsersResult::Done);
     EXPECT_STREQ(server.server, L"\\\\server");
     EXPECT_EQ(found.access, std::uint32_t{PERM_FILE_READ | PERM_FILE_CREATE});
     EXPECT_STREQ(found.users, L"ann\tbob\t"); // the last name is empty
@@ -60,7 +55,7 @@ TEST(FileUsers, ServersThatDoNotAnswer)
         FakeServer server(one.answers);
         server.missing = one.missing;
         FileUsers found;
-        EXPECT_EQ(Ask(kFile, server, found), FileUsersResult::NoAnswer);
+        EXPECT_EQ(GetFileInfoAccess(kFile, server, found), FileUsersResult::NoAnswer);
         EXPECT_EQ(found.access, 0u);
         EXPECT_STREQ(found.users, one.users);
     }
@@ -72,7 +67,7 @@ TEST(FileUsers, OnlyPathsOfServersAreAsked)
     {
         FakeServer server({});
         FileUsers found;
-        EXPECT_EQ(Ask(path, server, found), FileUsersResult::Done);
+        EXPECT_EQ(GetFileInfoAccess(path, server, found), FileUsersResult::Done);
         EXPECT_EQ(server.calls, 0u);
     }
 }
