@@ -14,6 +14,7 @@
 #include <fstream>
 #include <future>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 using namespace qx;
@@ -66,9 +67,10 @@ TEST(DocumentList, ReadsAgainWhatHasChanged)
     clsDocuList list(1'000);
     const auto record = list.Get(path, 0);
     const FILETIME time = {0, 0x01D00000};
-    const auto expire = [&]
+    const auto titleAfterExpiry = [&]
     {
         record->readTick = 1;
+        return TitleOf(list, path);
     };
 
     // A record that has expired is parsed again only if the file's time has changed.
@@ -76,27 +78,23 @@ TEST(DocumentList, ReadsAgainWhatHasChanged)
     FILETIME written = {};
     SystemTimeToFileTime(&record->fileTime, &written);
     qxtest::SetWriteTime(path, written);
-    expire();
-    EXPECT_EQ(TitleOf(list, path), "first");
+    EXPECT_EQ(titleAfterExpiry(), "first");
     qxtest::SetWriteTime(path, time);
-    expire();
-    EXPECT_EQ(TitleOf(list, path), "second");
+    EXPECT_EQ(titleAfterExpiry(), "second");
     SYSTEMTIME changed = {};
     FileTimeToSystemTime(&time, &changed);
     EXPECT_EQ(qxtest::DateOf(record->LastSaved), qxtest::DateOf(changed));
 
     // A record that was cleared is read although the time is the same.
     DeleteFileW(path);
-    expire();
-    EXPECT_EQ(TitleOf(list, path), "inaccessible");
+    EXPECT_EQ(titleAfterExpiry(), "inaccessible");
     MakeFile(path, kFirst);
     qxtest::SetWriteTime(path, time);
     EXPECT_EQ(TitleOf(list, path), "first");
 
     // A file in use leaves the record as it is, and is tried at the next request.
     const HANDLE lock = CreateFileW(path, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-    expire();
-    EXPECT_EQ(TitleOf(list, path), "first");
+    EXPECT_EQ(titleAfterExpiry(), "first");
     EXPECT_EQ(record->readTick, 0u);
     CloseHandle(lock);
     EXPECT_EQ(TitleOf(list, path), "first");
@@ -109,36 +107,30 @@ TEST(DocumentList, ReadersByNameAndByFirstBytes)
     clsDocuList list(0);
     using namespace std::string_view_literals;
     constexpr auto kStorage = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv; // a compound file's first bytes
-    const struct
-    {
-        const wchar_t* name;
-        std::string_view bytes;
-        const char* title; // "-": accessible without a title
-        const wchar_t* reader;
-    } files[] = {
+    // The title "-" means an accessible file without a title.
+    const std::tuple<const wchar_t*, std::string_view, const char*, const wchar_t*> files[] = {
         {L"a.HTM", kFirst, "first", L"HTML"},
         {L"a.mht", kFirst, "first", L"HTML"},
-        {L"a.txt", kFirst, "-", L"-"},
+        {L"a.txt", kFirst, "-", nullptr},
         {L"a.tif", "not a TIFF file", "inaccessible", L"TIFF"},
         {L"b.tif", "MM\0*\0\0\0\0"sv, "-", L"TIFF"},
-        {L"c.img", "MM\0*\0\0\0\0"sv, "-", L"-"}, // first bytes of the other order aren't known
+        {L"c.img", "MM\0*\0\0\0\0"sv, "-", nullptr}, // first bytes of the other order aren't known
         {L"d.img", "II*\0\0\0\0\0"sv, "-", L"TIFF"},
         {L"e.img", "II*\0"sv, "-", L"TIFF"}, // first bytes prove little, so the reader may fail
         {L"f.jpg", "\xFF\xD8", "-", L"JPEG"},
         {L"g", "\xFF\xD8\xFF\xD9", "-", L"JPEG"},
-        {L"h", "\xFF\xD8", "-", L"-"}, // fewer than four bytes
+        {L"h", "\xFF\xD8", "-", nullptr}, // fewer than four bytes
         {L"i.rtf", R"({\info{\title x}})", " x", L"RTF"},
         {L"j.EML", kStorage, "-", L"mail"},
         {L"j.msg", "Subject: a\r\n\r\n", "a", L"mail"},
-        {L"k.msg", kStorage, "-", L"-"},
-        {L"eml", "Subject: a\r\n\r\n", "-", L"-"},
+        {L"k.msg", kStorage, "-", nullptr},
+        {L"eml", "Subject: a\r\n\r\n", "-", nullptr},
     };
-    for (const auto& file : files)
+    for (const auto& [name, bytes, title, reader] : files)
     {
-        const String path = folder.Make(file.name, file.bytes);
-        EXPECT_EQ(TitleOf(list, path), file.title) << String(file.name).NarrowText();
-        const wchar_t* const reader = list.Get(path, 0)->reader;
-        EXPECT_STREQ(reader != nullptr ? reader : L"-", file.reader);
+        const String path = folder.Make(name, bytes);
+        EXPECT_EQ(TitleOf(list, path), title) << String(name).NarrowText();
+        EXPECT_STREQ(list.Get(path, 0)->reader, reader);
     }
     EXPECT_EQ(TitleOf(list, folder.Path()), "inaccessible"); // a folder
 }
@@ -203,10 +195,17 @@ TEST(DocumentCache, DropsExpiredRecords)
 namespace
 {
 
-// Simulates a server that doesn't answer: readings of "slow" files wait until Release.
-class HangingServer
+class DocumentsOnShares : public testing::Test
 {
-public:
+protected:
+    const qxtest::OwnDrives _drives;
+    const std::filesystem::path _share = _drives.MakeShare("server", "share");
+};
+
+// Simulates a server that doesn't answer: readings of "slow" files wait until Release.
+class HangingServer : public DocumentsOnShares
+{
+protected:
     HangingServer()
     {
         started = 0;
@@ -222,14 +221,11 @@ public:
                 clsDocu::SetText(record.Title, L"from the server");
             });
     }
-    ~HangingServer()
+    ~HangingServer() override
     {
-        Release();
         SetShareReading(nullptr);
         CloseHandle(released);
     }
-    HangingServer(const HangingServer&) = delete;
-    HangingServer& operator=(const HangingServer&) = delete;
 
     static void Release() { SetEvent(released); }
     static bool WaitForReadings(std::size_t count)
@@ -240,15 +236,8 @@ public:
     }
 
 private:
-    static inline std::atomic<std::size_t> started = 0;
-    static inline HANDLE released = nullptr;
-};
-
-class DocumentsOnShares : public testing::Test
-{
-protected:
-    const qxtest::OwnDrives _drives;
-    const std::filesystem::path _share = _drives.MakeShare("server", "share");
+    static inline std::atomic<std::size_t> started;
+    static inline HANDLE released;
 };
 
 const String kSlow = L"\\\\server\\share\\slow.htm", kQuick = L"\\\\server\\share\\quick.htm";
@@ -281,40 +270,37 @@ TEST_F(DocumentsOnShares, ReadByThreadsOfTheirOwn)
     EXPECT_EQ(TitleOf(list, L"\\\\server\\missing\\page.htm", 100), "inaccessible");
 }
 
-TEST_F(DocumentsOnShares, AServerThatHangs)
+TEST_F(HangingServer, LateResultsAreDropped)
 {
-    HangingServer server;
     clsDocuList list(1'000);
     EXPECT_EQ(TitleOf(list, kSlow, 0), "inaccessible"); // the caller doesn't wait
     EXPECT_EQ(TitleOf(list, kQuick, 100), "from the server");
-    EXPECT_TRUE(HangingServer::WaitForReadings(2));
-    HangingServer::Release();
+    EXPECT_TRUE(WaitForReadings(2));
+    Release();
     Sleep(50);
     EXPECT_EQ(TitleOf(list, kSlow, 0), "inaccessible"); // the late result is dropped
 }
 
-TEST_F(DocumentsOnShares, TwentyReadersAtMost)
+TEST_F(HangingServer, TwentyReadersAtMost)
 {
-    HangingServer server;
     clsDocuList list(0);
     for (std::size_t i = 0; i < clsDocuList::kMostReaders; ++i)
         list.Get(kSlow, 0);
     const auto last = std::async(std::launch::async, [&] { list.Get(kSlow, 0); });
-    EXPECT_TRUE(HangingServer::WaitForReadings(clsDocuList::kMostReaders + 1));
+    EXPECT_TRUE(WaitForReadings(clsDocuList::kMostReaders + 1));
     EXPECT_EQ(TitleOf(list, kQuick, 100), "from the server"); // a reader that has ended needs no room
     EXPECT_EQ(last.wait_for(200ms), std::future_status::timeout);
-    HangingServer::Release();
+    Release();
     last.wait();
 }
 
-TEST_F(DocumentsOnShares, ClosingWaitsForTheReaders)
+TEST_F(HangingServer, ClosingWaitsForTheReaders)
 {
-    HangingServer server;
     auto list = std::make_unique<clsDocuList>(0);
     list->Get(kSlow, 0);
     const auto closing = std::async(std::launch::async, [&] { list.reset(); });
     EXPECT_EQ(closing.wait_for(100ms), std::future_status::timeout);
-    HangingServer::Release();
+    Release();
     closing.wait();
 }
 

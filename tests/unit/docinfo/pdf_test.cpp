@@ -118,7 +118,8 @@ TEST(PdfReader, Dates)
     for (const auto& [text, date] : dates)
         EXPECT_EQ(DateOf(ParsePDFDate(text)), date) << String(text).NarrowText();
     // A key that is missing sets an empty text.
-    EXPECT_EQ(ReadRecord(ReadPDF, PdfOf({{"<</CreationDate (D:2012) /ModDate (never)>>"}})).Summary(), "|||-||-|2012-1-1 0:0:0|-");
+    EXPECT_EQ(ReadRecord(ReadPDF, PdfOf({{"<</CreationDate (D:2012) /ModDate (never)>>"}})).Summary(),
+        "|||-||-|2012-1-1 0:0:0|-");
 }
 
 TEST(PdfReader, BoundedTime)

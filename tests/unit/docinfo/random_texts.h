@@ -14,12 +14,7 @@
 namespace qxtest
 {
 
-// Less where programs are slow: with the sanitizers and in the emulator.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(_WIN32)
-inline constexpr int kTexts = 2'000;
-#else
-inline constexpr int kTexts = 100'000;
-#endif
+constexpr int kTexts = kIsSlow ? 2'000 : 100'000;
 
 // Texts of random pieces, repetitions of the text so far among them. The same in each run.
 class RandomTexts
