@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <tuple>
 
 #include <pwd.h>
 #include <sys/stat.h>
@@ -115,18 +116,13 @@ TEST_F(SecurityOfTheLayer, ErrorsStayWithTheirStep)
 {
     const std::string before = ListOf(native + "/probe");
     Text file = folder / L"probe";
-    const struct
-    {
-        Text path;
-        const wchar_t* account;
-        DWORD inheritance;
-        const char* error;
-    } cases[] = {{folder / L"missing/file", L"daemon", 0, "get: 3"}, {L"Q:\\file", L"daemon", 0, "get: 3"},
+    const std::tuple<Text, const wchar_t*, DWORD, const char*> cases[] = {
+        {folder / L"missing/file", L"daemon", 0, "get: 3"}, {L"Q:\\file", L"daemon", 0, "get: 3"},
         {L"/proc/version", L"daemon", 0, "get: 50"}, // no access lists there
         {file, L"qx-no-such-account", 0, "entries: 1332"}, {file, L"", 0, "entries: 1332"},
         {file, L"daemon", 8, "entries: 50"}}; // can't be expressed
-    for (const auto& one : cases)
-        EXPECT_EQ(SetRights(one.path, one.account, GENERIC_READ, one.inheritance), one.error);
+    for (const auto& [path, account, inheritance, error] : cases)
+        EXPECT_EQ(SetRights(path, account, GENERIC_READ, inheritance), error);
     ACL foreign{2, 0, sizeof(ACL), 0, 0};
     EXPECT_EQ(SetNamedSecurityInfoW(file.data(), SE_FILE_OBJECT, kAccessList, nullptr, nullptr, &foreign, nullptr),
         DWORD{ERROR_INVALID_ACL});

@@ -13,6 +13,7 @@
 
 #include <array>
 #include <string>
+#include <tuple>
 
 using namespace qxtest;
 
@@ -82,26 +83,23 @@ constexpr char kUnchanged[] = "old|old|old|old|old|old|old|old|old|";
 TEST_F(Documents, AllOutputs)
 {
     const Text path = Make(L"page.htm", kPage), undated = Make(L"undated.htm", "");
-    Outputs outputs, others;
-    EXPECT_EQ(UtilDocInfoGet(_list, path, &outputs.info, 0), 1);
-    EXPECT_EQ(outputs.All(), "date|date|t|-|a|-|-|-|" + path.Narrow() + "|");
-    EXPECT_EQ(UtilDocInfoGet(_list, undated, &others.info, 0), 1);
-    EXPECT_EQ(others.All(), "-|date|-|-|-|-|-|-|" + undated.Narrow() + "|"); // the file's own date
+    const std::tuple<const Text&, std::uint32_t, std::string> cases[] = {
+        {path, 80, "date|date|t|-|a|-|-|-|" + path.Narrow() + "|"},
+        {undated, 80, "-|date|-|-|-|-|-|-|" + undated.Narrow() + "|"}, // with the file's own date
+        {path, 72, "date|date|t|-|a|-|-|-|old|"}, {path, 64, kUnchanged}};
+    for (const auto& [file, size, expected] : cases)
+    {
+        const Outputs outputs(size);
+        EXPECT_EQ(UtilDocInfoGet(_list, file, &outputs.info, 0), 1);
+        EXPECT_EQ(outputs.All(), expected);
+    }
+    Outputs outputs;
+    UtilDocInfoGet(_list, path, &outputs.info, 0);
     SYSTEMTIME local = {}, universal = {2001, 7, 0, 2, 12, 0, 0, 0}, expected = {};
     VariantTimeToSystemTime(outputs.values[0].date, &local);
     SystemTimeToTzSpecificLocalTime(nullptr, &universal, &expected);
     EXPECT_EQ(local.wDay, expected.wDay);
     EXPECT_EQ(local.wHour, expected.wHour);
-}
-
-TEST_F(Documents, Sizes)
-{
-    const Text path = Make(L"page.htm", kPage);
-    const Outputs shorter(72), tooShort(64);
-    EXPECT_EQ(UtilDocInfoGet(_list, path, &shorter.info, 0), 1);
-    EXPECT_EQ(shorter.All(), "date|date|t|-|a|-|-|-|old|");
-    EXPECT_EQ(UtilDocInfoGet(_list, path, &tooShort.info, 0), 1);
-    EXPECT_EQ(tooShort.All(), kUnchanged);
     QxUtDocumentInfo nothing = {};
     nothing.size = sizeof nothing;
     EXPECT_EQ(UtilDocInfoGet(_list, path, &nothing, 0), 1);

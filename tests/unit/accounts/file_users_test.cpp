@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using namespace qx;
 using qxtest::FakeServer;
 using qxtest::OpenFile;
@@ -41,23 +43,18 @@ TEST(FileUsers, UsersOfTheFileAreCollectedFromAllBlocks)
 TEST(FileUsers, ServersThatDoNotAnswer)
 {
     const std::vector<FILE_INFO_3> files = {OpenFile(L"C:\\share\\a.txt", L"ann", PERM_FILE_READ)};
-    const struct
-    {
-        std::vector<FakeServer::Answer> answers;
-        const char* missing;
-        const wchar_t* users;
-    } cases[] = {{{{ERROR_ACCESS_DENIED, files}}, "", L""},
-        {{{ERROR_MORE_DATA, files}, {ERROR_ACCESS_DENIED, {}}}, "", L"ann"},
+    const std::tuple<std::vector<FakeServer::Answer>, const char*, const wchar_t*> cases[] = {
+        {{{ERROR_ACCESS_DENIED, files}}, "", L""}, {{{ERROR_MORE_DATA, files}, {ERROR_ACCESS_DENIED, {}}}, "", L"ann"},
         {{{ERROR_MORE_DATA, {}}, {NERR_Success, files}}, "", L""}, // would never end
         {{{NERR_Success, files}}, "NetFileEnum", L""}, {{{NERR_Success, files}}, "NetApiBufferFree", L""}};
-    for (const auto& one : cases)
+    for (const auto& [answers, missing, users] : cases)
     {
-        FakeServer server(one.answers);
-        server.missing = one.missing;
+        FakeServer server(answers);
+        server.missing = missing;
         FileUsers found;
         EXPECT_EQ(GetFileInfoAccess(kFile, server, found), FileUsersResult::NoAnswer);
         EXPECT_EQ(found.access, 0u);
-        EXPECT_STREQ(found.users, one.users);
+        EXPECT_STREQ(found.users, users);
     }
 }
 

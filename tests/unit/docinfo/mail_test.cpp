@@ -18,11 +18,7 @@ using qxtest::TextOf;
 namespace
 {
 
-struct Mail
-{
-    std::string_view text;
-    const wchar_t* expected;
-};
+using Mail = std::pair<std::string_view, const wchar_t*>; // and what the reader makes of it
 
 ReadRecord ReadMailOf(const std::string& header)
 {
@@ -52,9 +48,8 @@ TEST(MailReader, Subjects)
         {"=?utf-8?Q?a=3Db=G1=4?==?utf-8?Q?c?=", L"a=b\u0001c"}, {"=?utf-8?Q?a=00b?=c", L"ac"},
         {"=?no-such-charset?Q?a?=b", L"ab"}, {"(a) <EX:b> \"c\" \\d", L"(a) <EX:b> \"c\" \\d"},
         {"first\r\nSubject: last", L"last"}, {"a\r\nSUBJECT : b\r\nsubject:c", L"a"}};
-    for (const Mail& mail : mails)
-        EXPECT_EQ(TextOf(ReadMailOf("Subject: " + std::string(mail.text))->Title), ReadableText(mail.expected))
-            << mail.text;
+    for (const auto& [text, expected] : mails)
+        EXPECT_EQ(TextOf(ReadMailOf("Subject: " + std::string(text))->Title), ReadableText(expected)) << text;
 }
 
 TEST(MailReader, Addresses)
@@ -68,12 +63,11 @@ TEST(MailReader, Addresses)
         {"\"=?utf-8?Q?b?= \\\" c", L"\"=?utf-8?Q?b?= \\\" c"},
         {"(=?utf-8?Q?a?= =?utf-8?Q?b_?=  c)", L"(=?utf-8?Q?a?=b c)"}, {"(open =?utf-8?Q?b?= ", L"(openb"},
         {"<open@xn--bcher-kva.org", L"<open@b\u00FCcher.org"}};
-    for (const Mail& mail : mails)
+    for (const auto& [text, expected] : mails)
     {
-        const std::string value(mail.text);
-        const ReadRecord record = ReadMailOf(std::string("From: ").append(value).append("\r\nTO: ").append(value));
-        EXPECT_EQ(TextOf(record->Author), ReadableText(mail.expected)) << value;
-        EXPECT_EQ(TextOf(record->LastAuthor), ReadableText(mail.expected)) << value;
+        const ReadRecord record = ReadMailOf(std::string("From: ").append(text).append("\r\nTO: ").append(text));
+        EXPECT_EQ(TextOf(record->Author), ReadableText(expected)) << text;
+        EXPECT_EQ(TextOf(record->LastAuthor), ReadableText(expected)) << text;
     }
     for (const wchar_t* const name : {L"Reply-To", L"RETURN-PATH", L"cc", L"Bcc"})
         EXPECT_EQ(DecodeMailField(L"\\a", name), L"a");
@@ -97,10 +91,10 @@ TEST(MailReader, Dates)
         {"32 Feb 2015 10:20:30", L"2001-1-1 0:0:0"}, {"03 Feb 2015 25:20:30", L"2001-1-1 0:0:0"},
         {"03 Feb 2015 10:60:30", L"2001-1-1 0:0:0"}, {"03 Feb 15 10:20:30", L"2001-1-1 0:0:0"},
         {"30 Feb 2015 10:20:30", L"-"}, {"03 Feb 2015 24:00:00 GMT", L"-"}};
-    for (const Mail& mail : mails)
+    for (const auto& [text, expected] : mails)
     {
-        const ReadRecord record = ReadMailOf("Date: 1 Jan 2001 00:00:00\r\nDate: " + std::string(mail.text));
-        EXPECT_EQ(DateOf(record->Created), ReadableText(mail.expected)) << mail.text;
+        const ReadRecord record = ReadMailOf("Date: 1 Jan 2001 00:00:00\r\nDate: " + std::string(text));
+        EXPECT_EQ(DateOf(record->Created), ReadableText(expected)) << text;
         EXPECT_EQ(DateOf(record->LastSaved), "-");
     }
 }
@@ -112,11 +106,11 @@ TEST(MailReader, Blocks)
     const Mail mails[] = {{"Subject: a\n\nSubject: b", L"a"}, {"Subject: a: b\r\rSubject: c", L"a: b"},
         {"Subject: a\nFrom: b\n\n", L"-"}, {"Subject: no empty line\r\n", L"-"}, {"", L"-"}, {"Subject: \r\n\r\n", L""},
         {std::string_view("Subject: a\0\r\n\r\n", 15), L"-"}, {late, L"a"}, {tooLate, L"-"}};
-    for (const Mail& mail : mails)
+    for (const auto& [text, expected] : mails)
     {
-        const ReadRecord record(ReadMail, mail.text);
+        const ReadRecord record(ReadMail, text);
         EXPECT_EQ(record.Result(), 0);
-        EXPECT_EQ(TextOf(record->Title), ReadableText(mail.expected)) << mail.text.substr(0, 40);
+        EXPECT_EQ(TextOf(record->Title), ReadableText(expected)) << text.substr(0, 40);
     }
 }
 

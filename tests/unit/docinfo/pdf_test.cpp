@@ -9,6 +9,7 @@ using namespace qx;
 using qxtest::DateOf;
 using qxtest::PdfOf;
 using qxtest::ReadRecord;
+using qxtest::Repeat;
 using qxtest::TextOf;
 
 TEST(PdfReader, Values)
@@ -60,8 +61,7 @@ TEST(PdfReader, Faults)
         {PdfOf({{"<</Title (a) /B 1" + zero}}), "a", L"EXCEPTION 'premature end of dictionary'"},
         {PdfOf({{"<</Title (a) /B tree>>"}}), "a", L"EXCEPTION 'unexpected token'"},
         {PdfOf({{"<</Title (a) /B /C" + zero}}), "a", L"EXCEPTION 'expected end of dictionary'"},
-        {PdfOf({{"<</Title (a) /A " + qxtest::Repeat("<</A ", 505)}}), "a",
-            L"EXCEPTION 'dictionaries are nested too deeply'"},
+        {PdfOf({{"<</Title (a) /A " + Repeat("<</A ", 505)}}), "a", L"EXCEPTION 'dictionaries are nested too deeply'"},
         {PdfOf({{"(no dictionary)"}}), "-", L"EXCEPTION 'object is not a dictionary'"},
         {tableOf("xref\n1 1\n0000000009 00000 n \n0000000040 00000 n \n"), "-", L"EXCEPTION 'bad xref count'"},
         {noTrailer, "-", L"EXCEPTION 'no object'"},
@@ -124,10 +124,7 @@ TEST(PdfReader, Dates)
 
 TEST(PdfReader, BoundedTime)
 {
-    const auto many = [](std::string_view piece)
-    {
-        return qxtest::Repeat(piece, 60'000);
-    };
+    constexpr std::size_t kMany = 60'000;
     std::string tables = "%PDF-1.4\n"; // each refers to the one before
     std::size_t last = 0;
     while (tables.size() < 2'000'000)
@@ -138,12 +135,14 @@ TEST(PdfReader, BoundedTime)
     }
     tables += "startxref " + std::to_string(last);
     // Many tables in front of one trailer.
-    std::string shared = "%PDF-1.4\n" + qxtest::Repeat("xref 0 0 ", 36'000);
+    std::string shared = "%PDF-1.4\n" + Repeat("xref 0 0 ", 36'000);
     last = shared.size() - 9;
-    shared += "trailer<<" + many("/A 1 ") + "/Prev " + std::to_string(last - 9) + ">>startxref " + std::to_string(last);
-    for (const std::string& file : {tables, shared, PdfOf({{"<<>>", "", "xref\n0 60000\n" + many("0 0 n\n")}})})
+    shared += "trailer<<" + Repeat("/A 1 ", kMany) + "/Prev " + std::to_string(last - 9) + ">>startxref " +
+              std::to_string(last);
+    for (const std::string& file :
+        {tables, shared, PdfOf({{"<<>>", "", "xref\n0 60000\n" + Repeat("0 0 n\n", kMany)}})})
         qxtest::ExpectQuick(ReadPDF, file);
-    for (const std::string& values :
-        {"/A " + many("["), "/A " + many("("), many("/A<<>>"), many("/A 1 "), many("% \n"), "/A " + many("1 ")})
+    for (const std::string& values : {"/A " + Repeat("[", kMany), "/A " + Repeat("(", kMany), Repeat("/A<<>>", kMany),
+             Repeat("/A 1 ", kMany), Repeat("% \n", kMany), "/A " + Repeat("1 ", kMany)})
         qxtest::ExpectQuick(ReadPDF, PdfOf({{"<<" + values + ">>"}}));
 }
