@@ -73,6 +73,35 @@ private:
     std::vector<std::uint64_t> _powers;
 };
 
+// Iterates over the tags that begin with a lower-case literal. The name of a tag ends at the next ">".
+class TagWalk
+{
+public:
+    TagWalk(std::wstring_view text, std::wstring_view opening) : _text(text), _opening(opening) {}
+
+    // Moves to the next complete tag. Returns false if there is none.
+    bool Next()
+    {
+        begin = FindIgnoringCase(_text, _opening, _from);
+        if (begin == kNotFound)
+            return false;
+        _from = begin + 1;
+        name = begin + _opening.size();
+        if (nameEnd < name)
+            nameEnd = _text.find(L'>', name);
+        return nameEnd != kNotFound;
+    }
+
+    std::size_t begin = 0; // positions of the current tag
+    std::size_t name = 0;
+    std::size_t nameEnd = 0;
+
+private:
+    const std::wstring_view _text;
+    const std::wstring_view _opening;
+    std::size_t _from = 0;
+};
+
 // The closing tags of a text. They are found by the hashes of their names, because hostile names may overlap, and their
 // lengths then add up to the square of the text's.
 class ClosingTags
@@ -80,17 +109,8 @@ class ClosingTags
 public:
     explicit ClosingTags(std::wstring_view text) : _text(text), _hashes(text)
     {
-        std::size_t end = 0;
-        for (std::size_t at = FindIgnoringCase(text, kClose, 0); at != kNotFound;
-             at = FindIgnoringCase(text, kClose, at + 1))
-        {
-            const std::size_t name = at + kClose.size();
-            if (end < name)
-                end = text.find(L'>', name);
-            if (end == kNotFound)
-                break;
-            _tags.emplace_back(_hashes.Of(name, end), at);
-        }
+        for (TagWalk tag(text, kClose); tag.Next();)
+            _tags.emplace_back(_hashes.Of(tag.name, tag.nameEnd), tag.begin);
         std::sort(_tags.begin(), _tags.end());
     }
 
@@ -139,21 +159,15 @@ public:
 
     std::optional<Element> First()
     {
-        std::size_t nameEnd = 0;
-        for (std::size_t at = FindIgnoringCase(_text, kOpen, 0); at != kNotFound;
-             at = FindIgnoringCase(_text, kOpen, at + 1))
+        for (TagWalk tag(_text, kOpen); tag.Next();)
         {
-            const std::size_t name = at + kOpen.size();
-            if (nameEnd < name)
-                nameEnd = _text.find(L'>', name);
-            if (nameEnd == kNotFound)
-                break;
-            const std::size_t close = FindClose(name, nameEnd);
+            const std::size_t close = FindClose(tag.name, tag.nameEnd);
             if (close == kNotFound)
                 continue;
-            const std::wstring_view key = _text.substr(name, nameEnd - name);
+            const std::wstring_view key = _text.substr(tag.name, tag.nameEnd - tag.name);
+            const std::size_t value = tag.nameEnd + 1;
             const std::size_t end = close + kClose.size() + key.size() + 1;
-            return Element{at, end - at, key, _text.substr(nameEnd + 1, close - nameEnd - 1)};
+            return Element{tag.begin, end - tag.begin, key, _text.substr(value, close - value)};
         }
         return std::nullopt;
     }

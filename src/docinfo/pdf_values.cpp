@@ -25,7 +25,7 @@ bool EndsName(char c)
     return c == '\0' || IsSpace(c) || std::string_view("()<>[]{}/%").find(c) != std::string_view::npos;
 }
 
-int HexValue(char c)
+int DigitValue(char c)
 {
     return HexDigit(static_cast<unsigned char>(c));
 }
@@ -162,8 +162,8 @@ String PDFCursor::ParseName()
     TextBuffer name;
     while (!EndsName(Peek()))
     {
-        const int high = Peek() == '#' ? HexValue(Peek(1)) : -1;
-        const int low = high >= 0 ? HexValue(Peek(2)) : -1;
+        const int high = Peek() == '#' ? DigitValue(Peek(1)) : -1;
+        const int low = high >= 0 ? DigitValue(Peek(2)) : -1;
         name.push_back(low >= 0 ? static_cast<wchar_t>(high << 4 | low) : Wide(Peek()));
         _at += low >= 0 ? 3 : 1;
     }
@@ -313,7 +313,7 @@ String PDFCursor::ParseHexString()
         const char c = Take();
         if (c == '>')
             break;
-        const int digit = std::max(HexValue(c), 0);
+        const int digit = std::max(DigitValue(c), 0);
         if (high >= 0)
             bytes.push_back(static_cast<char>(high << 4 | digit));
         high = high >= 0 ? -1 : digit;

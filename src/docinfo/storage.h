@@ -32,8 +32,6 @@ public:
     // Opens a stream for reading. Returns null if there is none.
     clsAutoRelease<IStream*> OpenStream(const wchar_t* name) const;
 
-    IStorage* Get() const { return _storage.Get(); }
-
 private:
     HRESULT OpenCopy(const String& path, HRESULT locked);
 

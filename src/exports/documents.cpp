@@ -41,6 +41,22 @@ private:
     clsDocu& _record;
 };
 
+// Returns 0 if an argument is null. Otherwise calls work(record) with the refreshed record, whose section it holds, and
+// returns its result.
+template <class Work>
+std::int32_t WithDocument(HUTDOCINFO list, const QXWCHAR* path, std::uint32_t waitSeconds, Work work)
+{
+    if (list == nullptr || path == nullptr)
+        return 0;
+    return Guarded(0,
+        [&]
+        {
+            const auto record = list->list.Get(path, waitSeconds);
+            const clsCriticalSectionLock lock(record->Section());
+            return work(*record);
+        });
+}
+
 void Give(const clsVariant& value, VARIANT* target)
 {
     if (target != nullptr)
@@ -85,18 +101,14 @@ void UtilDocInfoClose(HUTDOCINFO list)
 std::int32_t UtilDocInfoGet(
     HUTDOCINFO list, const QXWCHAR* path, const QxUtDocumentInfo* info, std::uint32_t waitSeconds)
 {
-    if (list == nullptr || path == nullptr)
-        return 0;
-    return Guarded(0,
-        [=]
+    return WithDocument(list, path, waitSeconds,
+        [=](clsDocu& record)
         {
-            const auto record = list->list.Get(path, waitSeconds);
-            const clsCriticalSectionLock lock(record->Section());
-            if (!record->accessible)
+            if (!record.accessible)
                 return 0;
-            const RefreshPause pause(*record);
+            const RefreshPause pause(record);
             if (info != nullptr)
-                GiveInfo(*record, *info);
+                GiveInfo(record, *info);
             return 1;
         });
 }
@@ -119,15 +131,11 @@ std::int32_t UtilDocInfoShareAccessibility(const QXWCHAR* path)
 std::int32_t QxDocInfoExplain(
     HUTDOCINFO list, const QXWCHAR* path, std::uint32_t waitSeconds, QXWCHAR** reader, QXWCHAR** remark)
 {
-    if (list == nullptr || path == nullptr)
-        return 0;
-    return Guarded(0,
-        [=]
+    return WithDocument(list, path, waitSeconds,
+        [=](const clsDocu& record)
         {
-            const auto record = list->list.Get(path, waitSeconds);
-            const clsCriticalSectionLock lock(record->Section());
-            GiveText(record->reader, reader);
-            GiveText(record->remark, remark);
-            return record->accessible ? 1 : 0;
+            GiveText(record.reader, reader);
+            GiveText(record.remark, remark);
+            return record.accessible ? 1 : 0;
         });
 }

@@ -1,6 +1,6 @@
 // Streams on a global memory block.
 #include "base/mutex.h"
-#include "com/reference_count.h"
+#include "com/counted_object.h"
 
 #include <windows.h>
 
@@ -108,7 +108,7 @@ private:
     bool _freeIt;
 };
 
-class GlobalStream final : public IStream
+class GlobalStream final : public CountedObject<IStream>
 {
 public:
     GlobalStream(std::shared_ptr<SharedBlock> block, std::uint64_t position)
@@ -118,33 +118,6 @@ public:
     }
 
     SharedBlock& Block() { return *_block; }
-
-    HRESULT QueryInterface(REFIID riid, void** object) override
-    {
-        if (object == nullptr)
-            return E_POINTER;
-        if (riid == IID_IUnknown || riid == IID_ISequentialStream || riid == IID_IStream)
-            *object = static_cast<IStream*>(this);
-        else if (riid == kGlobalStreamId)
-            *object = this;
-        else
-        {
-            *object = nullptr;
-            return E_NOINTERFACE;
-        }
-        AddRef();
-        return S_OK;
-    }
-
-    ULONG AddRef() override { return _references.Add(); }
-
-    ULONG Release() override
-    {
-        const ULONG references = _references.Drop();
-        if (references == 0)
-            delete this;
-        return references;
-    }
 
     HRESULT Read(void* buffer, ULONG count, ULONG* read) override
     {
@@ -246,7 +219,14 @@ public:
     }
 
 private:
-    ~GlobalStream() = default;
+    ~GlobalStream() override = default;
+
+    void* FindInterface(REFIID riid) override
+    {
+        if (riid == IID_IUnknown || riid == IID_ISequentialStream || riid == IID_IStream)
+            return static_cast<IStream*>(this);
+        return riid == kGlobalStreamId ? this : nullptr;
+    }
 
     HRESULT Copy(IStream& target, std::uint64_t count, std::uint64_t& totalRead, std::uint64_t& totalWritten)
     {
@@ -283,7 +263,6 @@ private:
         return _block->Size() > _position ? _block->Size() - _position : 0;
     }
 
-    ReferenceCount _references;
     std::shared_ptr<SharedBlock> _block;
     std::uint64_t _position;
 };

@@ -1,7 +1,7 @@
 #include "storage/storage_object.h"
 
 #include "base/text.h"
-#include "com/reference_count.h"
+#include "com/counted_object.h"
 #include "storage/storage_stream.h"
 
 #include <objbase.h>
@@ -15,31 +15,11 @@ namespace qxplatform
 namespace
 {
 
-class StorageObject final : public IStorage
+class StorageObject final : public CountedObject<IStorage>
 {
 public:
     StorageObject(std::shared_ptr<CompoundFile> file, std::uint32_t element) : _file(std::move(file)), _element(element)
     {
-    }
-
-    HRESULT QueryInterface(REFIID riid, void** object) override
-    {
-        if (object == nullptr)
-            return E_POINTER;
-        *object = nullptr;
-        if (riid != IID_IUnknown && riid != IID_IStorage)
-            return E_NOINTERFACE;
-        *object = static_cast<IStorage*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG AddRef() override { return _references.Add(); }
-    ULONG Release() override
-    {
-        const ULONG references = _references.Drop();
-        if (references == 0)
-            delete this;
-        return references;
     }
 
     HRESULT OpenStream(const OLECHAR* name, void*, DWORD mode, DWORD, IStream** stream) override
@@ -76,7 +56,12 @@ public:
     HRESULT SetStateBits(DWORD, DWORD) override { return STG_E_ACCESSDENIED; }
 
 private:
-    ~StorageObject() = default;
+    ~StorageObject() override = default;
+
+    void* FindInterface(REFIID riid) override
+    {
+        return riid == IID_IUnknown || riid == IID_IStorage ? static_cast<IStorage*>(this) : nullptr;
+    }
 
     // `make` returns the new object for the index and the contents of a directory entry.
     template <class Interface, class Make>
@@ -107,7 +92,6 @@ private:
         return E_OUTOFMEMORY;
     }
 
-    ReferenceCount _references;
     const std::shared_ptr<CompoundFile> _file;
     const std::uint32_t _element;
 };

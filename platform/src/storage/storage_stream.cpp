@@ -1,6 +1,6 @@
 #include "storage/storage_stream.h"
 
-#include "com/reference_count.h"
+#include "com/counted_object.h"
 
 #include <objbase.h>
 
@@ -14,7 +14,7 @@ namespace qxplatform
 namespace
 {
 
-class StorageStream final : public IStream
+class StorageStream final : public CountedObject<IStream>
 {
 public:
     StorageStream(std::shared_ptr<CompoundFile> file, const Element& element, std::uint64_t position)
@@ -24,26 +24,6 @@ public:
           _position(position),
           _chain(element.start)
     {
-    }
-
-    HRESULT QueryInterface(REFIID riid, void** object) override
-    {
-        if (object == nullptr)
-            return E_POINTER;
-        *object = nullptr;
-        if (riid != IID_IUnknown && riid != IID_ISequentialStream && riid != IID_IStream)
-            return E_NOINTERFACE;
-        *object = static_cast<IStream*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG AddRef() override { return _references.Add(); }
-    ULONG Release() override
-    {
-        const ULONG references = _references.Drop();
-        if (references == 0)
-            delete this;
-        return references;
     }
 
     // What there is in front of a damage is read. Only a call that reads nothing of it fails.
@@ -133,9 +113,14 @@ public:
     HRESULT UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return STG_E_INVALIDFUNCTION; }
 
 private:
-    ~StorageStream() = default;
+    ~StorageStream() override = default;
 
-    ReferenceCount _references;
+    void* FindInterface(REFIID riid) override
+    {
+        const bool isKnown = riid == IID_IUnknown || riid == IID_ISequentialStream || riid == IID_IStream;
+        return isKnown ? static_cast<IStream*>(this) : nullptr;
+    }
+
     const std::shared_ptr<CompoundFile> _file;
     const Element _element;
     const std::uint64_t _size;
