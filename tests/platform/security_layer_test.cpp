@@ -81,10 +81,8 @@ constexpr ListCase kFolders[] = {
 void CheckList(const std::string& path, const ListCase& one)
 {
     const std::string owner = getpwuid(geteuid())->pw_name;
-    if (one.prepared[0] != 0)
-    {
-        ASSERT_EQ(std::system(("setfacl " + std::string(one.prepared) + " '" + path + "'").c_str()), 0);
-    }
+    const std::string prepare = std::string("setfacl ") + one.prepared + " '" + path + "'";
+    ASSERT_TRUE(one.prepared[0] == 0 || std::system(prepare.c_str()) == 0) << prepare;
     const auto modified = std::filesystem::last_write_time(path);
     const std::string account = one.account[0] == 0 ? owner : one.account;
     EXPECT_EQ(SetRights(Text::Widen(path), Text::Widen(account), one.permissions, one.inheritance), "");

@@ -54,11 +54,16 @@ Stream OpenStream(const Storage& storage, const char* name, HRESULT expected = S
     return Stream(stream);
 }
 
-std::string ReadAll(const Stream& stream)
+std::size_t SizeOf(const Stream& stream)
 {
     STATSTG status = {};
-    stream->Stat(&status, STATFLAG_NONAME);
-    std::string bytes(static_cast<std::size_t>(status.cbSize.QuadPart), '\0');
+    EXPECT_EQ(stream->Stat(&status, STATFLAG_NONAME), S_OK);
+    return static_cast<std::size_t>(status.cbSize.QuadPart);
+}
+
+std::string ReadAll(const Stream& stream)
+{
+    std::string bytes(SizeOf(stream), '\0');
     ULONG read = 0;
     stream->Read(bytes.data(), static_cast<ULONG>(bytes.size()), &read);
     return bytes.substr(0, read);
@@ -104,21 +109,20 @@ TEST_F(StorageFile, StreamPositions)
 {
     Write(CompoundBuilder().AddStream("Mini", Contents(200)).AddStream("Large", Contents(9'000)).Bytes());
     const Storage storage = Open();
-    for (const auto& [name, size] : {std::pair("Mini", 200), std::pair("Large", 9'000)})
+    for (const auto& [name, size] : {std::pair("Mini", std::size_t{200}), {"Large", 9'000}})
     {
         const Stream stream = OpenStream(storage, name);
-        STATSTG status = {};
-        EXPECT_EQ(stream->Stat(&status, STATFLAG_NONAME), S_OK);
-        EXPECT_EQ(status.cbSize.QuadPart, static_cast<ULONGLONG>(size));
+        EXPECT_EQ(SizeOf(stream), size);
         char bytes[100] = {};
         ULONG read = 0;
         EXPECT_EQ(stream->Seek({.QuadPart = -99}, STREAM_SEEK_END, nullptr), S_OK);
         EXPECT_EQ(stream->Read(bytes, sizeof bytes, &read), S_OK);
-        EXPECT_EQ(std::string(bytes, read), Contents(static_cast<std::size_t>(size)).substr(size - 99u));
+        EXPECT_EQ(std::string(bytes, read), Contents(size).substr(size - 99));
         EXPECT_EQ(stream->Read(bytes, sizeof bytes, &read), S_OK);
         EXPECT_EQ(read, 0u);
 #ifdef __linux__ // Wine moves to any position
-        EXPECT_EQ(stream->Seek({.QuadPart = -size - 1}, STREAM_SEEK_END, nullptr), STG_E_SEEKERROR);
+        EXPECT_EQ(
+            stream->Seek({.QuadPart = -static_cast<LONGLONG>(size) - 1}, STREAM_SEEK_END, nullptr), STG_E_SEEKERROR);
 #endif
     }
 }
@@ -173,9 +177,7 @@ TEST_F(StorageFile, Circles)
     Write(bytes);
     OpenStream(Open(), "A", STG_E_FILENOTFOUND);
     OpenStream(Open(), "Longer name", STG_E_FILENOTFOUND);
-    STATSTG status = {};
-    OpenStream(Open(), "Large")->Stat(&status, STATFLAG_NONAME);
-    EXPECT_EQ(status.cbSize.QuadPart, bytes.size());
+    EXPECT_EQ(SizeOf(OpenStream(Open(), "Large")), bytes.size());
 }
 
 TEST_F(StorageFile, BearsDamage)
@@ -186,14 +188,13 @@ TEST_F(StorageFile, BearsDamage)
     const auto check = [&](const std::string& bytes)
     {
         Write(bytes);
-        IStorage* storage = nullptr;
-        if (FAILED(StgOpenStorage(_path, nullptr, STGM_SHARE_DENY_WRITE, nullptr, 0, &storage)))
-            return;
-        const Storage holder(storage);
+        IStorage* opened = nullptr;
+        StgOpenStorage(_path, nullptr, STGM_SHARE_DENY_WRITE, nullptr, 0, &opened);
+        const Storage storage(opened);
         for (const char* const name : {"a", "bb", "ccc", "dddd"})
         {
             IStream* stream = nullptr;
-            if (SUCCEEDED(storage->OpenStream(Text::Widen(name), nullptr, kExclusive, 0, &stream)))
+            if (storage && SUCCEEDED(storage->OpenStream(Text::Widen(name), nullptr, kExclusive, 0, &stream)))
             {
                 EXPECT_LE(ReadAll(Stream(stream)).size(), bytes.size());
             }

@@ -14,22 +14,6 @@ using namespace qxtest;
 namespace
 {
 
-// A BSTR that has a text already.
-class InOut
-{
-public:
-    InOut() : _text(SysAllocString(L"former")) {}
-    InOut(const InOut&) = delete;
-    InOut& operator=(const InOut&) = delete;
-    ~InOut() { SysFreeString(_text); }
-
-    BSTR* operator&() { return &_text; }
-    std::string Narrow() const { return Text(_text).Narrow(); }
-
-private:
-    BSTR _text;
-};
-
 std::string NarrowBytes(const wchar_t* text)
 {
     char bytes[200] = {};
@@ -41,34 +25,38 @@ std::string NarrowBytes(const wchar_t* text)
 
 TEST(AccessExports, OpenFiles)
 {
-    InOut unchanged;
-    EXPECT_EQ(UtilGetFileInfoAccess(L"name", nullptr, &unchanged), -3);
-    EXPECT_EQ(unchanged.Narrow(), "former");
+    BSTR users = SysAllocString(L"former");
+    EXPECT_EQ(UtilGetFileInfoAccess(L"name", nullptr, &users), -3);
+    EXPECT_STREQ(users, L"former");
     const std::pair<const wchar_t*, int> cases[] = {{L"\\\\qx-no-server\\share\\file", -2}, {L"name", 0}, {nullptr, 0}};
     for (const auto& [path, result] : cases)
     {
-        InOut users;
         std::uint32_t access = 0x55555555;
         EXPECT_EQ(UtilGetFileInfoAccess(path, &access, nullptr), result);
         EXPECT_EQ(access, 0u);
+        SysFreeString(users);
+        users = SysAllocString(L"former");
         EXPECT_EQ(UtilGetFileInfoAccess(path, &access, &users), result);
-        EXPECT_EQ(users.Narrow(), "");
+        EXPECT_STREQ(users, L"");
     }
+    SysFreeString(users);
 }
 
 TEST(AccessExports, PathForms)
 {
-    InOut result;
-    EXPECT_EQ(UtilEnsureUNCPath(L"C:\\x", &result), -1);
-    EXPECT_EQ(result.Narrow(), "former");
+    BSTR form = SysAllocString(L"former");
     EXPECT_EQ(UtilEnsureUNCPath(L"C:\\x", nullptr), -1);
-    EXPECT_EQ(UtilEnsureUNCPath(L"\\\\server\\share\\a\\..\\b", &result), 0);
-    EXPECT_EQ(result.Narrow(), "\\\\server\\share\\b");
-    EXPECT_EQ(UtilEnsureLocalPath(L"C:\\a\\.\\b", &result), 0);
-    EXPECT_EQ(result.Narrow(), "C:\\a\\b");
-    EXPECT_EQ(UtilEnsureLocalPath(nullptr, &result), 0);
-    EXPECT_EQ(result.Narrow(), "");
     EXPECT_EQ(UtilEnsureLocalPath(L"C:\\a", nullptr), 0);
+    const std::tuple<decltype(&UtilEnsureUNCPath), const wchar_t*, int, const wchar_t*> cases[] = {
+        {UtilEnsureUNCPath, L"C:\\x", -1, L"former"},
+        {UtilEnsureUNCPath, L"\\\\server\\share\\a\\..\\b", 0, L"\\\\server\\share\\b"},
+        {UtilEnsureLocalPath, L"C:\\a\\.\\b", 0, L"C:\\a\\b"}, {UtilEnsureLocalPath, nullptr, 0, L""}};
+    for (const auto& [ensure, path, result, expected] : cases)
+    {
+        EXPECT_EQ(ensure(path, &form), result);
+        EXPECT_STREQ(form, expected);
+    }
+    SysFreeString(form);
 }
 
 TEST(AccessExports, PathFormsInEightBits)

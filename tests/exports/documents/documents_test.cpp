@@ -32,7 +32,7 @@ protected:
     }
 
     const Folder _folder;
-    const HUTDOCINFO _list = UtilDocInfoOpen(0);
+    const HUTDOCINFO _list = UtilDocInfoOpen(10);
 };
 
 // The nine outputs of a request, each with a value that must be cleared.
@@ -95,37 +95,32 @@ TEST_F(Documents, AllOutputs)
     }
     Outputs outputs;
     UtilDocInfoGet(_list, path, &outputs.info, 0);
-    SYSTEMTIME local = {}, universal = {2001, 7, 0, 2, 12, 0, 0, 0}, expected = {};
-    VariantTimeToSystemTime(outputs.values[0].date, &local);
-    SystemTimeToTzSpecificLocalTime(nullptr, &universal, &expected);
-    EXPECT_EQ(local.wDay, expected.wDay);
-    EXPECT_EQ(local.wHour, expected.wHour);
+    SYSTEMTIME universal = {2001, 7, 0, 2, 12, 0, 0, 0}, local = {};
+    SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local);
+    double date = 0;
+    SystemTimeToVariantTime(&local, &date);
+    EXPECT_DOUBLE_EQ(outputs.values[0].date, date);
     QxUtDocumentInfo nothing = {};
     nothing.size = sizeof nothing;
     EXPECT_EQ(UtilDocInfoGet(_list, path, &nothing, 0), 1);
     EXPECT_EQ(UtilDocInfoGet(_list, path, nullptr, 0), 1);
 }
 
-TEST_F(Documents, Failures)
+TEST_F(Documents, FailuresAndShares)
 {
-    const HUTDOCINFO list = UtilDocInfoOpen(10);
     const Text refused = Make(L"refused.tif", "not a TIFF file"), none = _folder / L"none.htm";
     const Outputs outputs;
-    for (const wchar_t* const path : {static_cast<const wchar_t*>(refused), static_cast<const wchar_t*>(none),
-             static_cast<const wchar_t*>(_folder.path()), L"", static_cast<const wchar_t*>(nullptr)})
-        EXPECT_EQ(UtilDocInfoGet(list, path, &outputs.info, 0), 0);
+    for (const Text& path : {refused, none, _folder.path(), Text()})
+        EXPECT_EQ(UtilDocInfoGet(_list, path, &outputs.info, 0), 0);
+    EXPECT_EQ(UtilDocInfoGet(_list, nullptr, &outputs.info, 0), 0);
     EXPECT_EQ(UtilDocInfoGet(nullptr, none, &outputs.info, 0), 0);
     EXPECT_EQ(outputs.All(), kUnchanged);
-    UtilDocInfoClose(list);
     UtilDocInfoClose(nullptr);
 #if !defined(_WIN32) // windows has no such files
     ASSERT_EQ(mkfifo((_folder / L"pipe.htm").Narrow().c_str(), 0600), 0);
     EXPECT_EQ(UtilDocInfoGet(_list, _folder / L"pipe.htm", nullptr, 0), 0);
 #endif
-}
 
-TEST_F(Documents, Shares)
-{
     EXPECT_EQ(UtilDocInfoShareAccessibility(nullptr), -1);
     EXPECT_EQ(UtilDocInfoShareAccessibility(_folder.path()), -1);
     EXPECT_EQ(UtilDocInfoShareAccessibility(L"\\\\qxut-no-such-server\\share\\a"), 0);

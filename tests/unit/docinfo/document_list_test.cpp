@@ -142,7 +142,7 @@ TEST(DocumentList, ManyThreads)
         folder.Make(L"1.htm", kFirst), folder.Make(L"2.htm", kFirst), folder.Make(L"3.htm", kFirst)};
     clsDocuList shared(1'000);
     std::atomic<int> failures = 0;
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (unsigned number = 0; number < 8; ++number)
         threads.emplace_back(
             [&, number]
@@ -155,8 +155,7 @@ TEST(DocumentList, ManyThreads)
                     shared.Get(path, 0)->readTick = 1; // expired
                 }
             });
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.clear();
     EXPECT_EQ(failures, 0);
 }
 

@@ -79,11 +79,10 @@ TEST(MailScanners, EncodedWords)
             clsRegExMatchList groups;
             const auto word = words.At(at);
             ASSERT_EQ(anchored.Match(text.Mid(at), &groups), word.has_value()) << text.NarrowText();
-            if (!word)
-                continue;
-            ++found;
-            ASSERT_TRUE(word->charset == groups[1].text.View() && word->encoding == groups[2].text.CharAt(0) &&
-                        word->text == groups[3].text.View() && word->length == groups[0].text.Length())
+            found += word.has_value();
+            ASSERT_TRUE(
+                !word || (word->charset == groups[1].text.View() && word->encoding == groups[2].text.CharAt(0) &&
+                             word->text == groups[3].text.View() && word->length == groups[0].text.Length()))
                 << text.NarrowText();
         }
     }
