@@ -64,10 +64,8 @@ clsAutoRelease<IXmlReader*> CreateReader(clsFile& file)
     auto& create = XMLLite().p_CreateXmlReader;
     if (!create.IsThere() || FAILED(create(kXmlReaderId, reinterpret_cast<void**>(reader.Receive()), nullptr)))
         return {};
-    clsAutoRelease<IStream*> stream;
-    if (FAILED(file.QueryInterface(IID_IStream, reinterpret_cast<void**>(stream.Receive()))) ||
-        FAILED(reader->SetInput(stream.Get())))
-        return {};
+    if (FAILED(reader->SetInput(static_cast<IStream*>(&file))))
+        reader.Release();
     return reader;
 }
 

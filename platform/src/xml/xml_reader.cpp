@@ -25,11 +25,12 @@ public:
         CloseInput();
         if (input == nullptr)
             return S_OK;
-        ISequentialStream* stream = nullptr;
-        const HRESULT result = input->QueryInterface(IID_ISequentialStream, reinterpret_cast<void**>(&stream));
-        if (FAILED(result))
-            return result;
-        _stream = stream;
+        // Not every stream answers for its base.
+        void* stream = nullptr;
+        if (FAILED(input->QueryInterface(IID_ISequentialStream, &stream)))
+            if (const HRESULT result = input->QueryInterface(IID_IStream, &stream); FAILED(result))
+                return result;
+        _stream = static_cast<ISequentialStream*>(stream);
         _parser.emplace();
         _block.resize(kFirstBlock);
         return S_OK;
