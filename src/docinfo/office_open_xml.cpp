@@ -13,12 +13,13 @@ namespace
 // Returns the text between the first start tag with attributes and the last end tag.
 std::optional<std::wstring_view> CoreProperties(std::wstring_view text)
 {
-    static constexpr std::wstring_view kOpen = L"<cp:coreProperties", kClose = L"</cp:coreProperties>";
-    std::size_t begin = text.find(kOpen);
-    while (begin != kNotFound && (begin + kOpen.size() == text.size() || !IsSpaceASCII(text[begin + kOpen.size()])))
-        begin = text.find(kOpen, begin + 1);
-    const std::size_t tagEnd = begin != kNotFound ? text.find(L'>', begin + kOpen.size() + 1) : kNotFound;
-    const std::size_t end = text.rfind(kClose);
+    static constexpr std::wstring_view kCoreOpen = L"<cp:coreProperties", kCoreClose = L"</cp:coreProperties>";
+    std::size_t begin = text.find(kCoreOpen);
+    while (begin != kNotFound &&
+           (begin + kCoreOpen.size() == text.size() || !IsSpaceASCII(text[begin + kCoreOpen.size()])))
+        begin = text.find(kCoreOpen, begin + 1);
+    const std::size_t tagEnd = begin != kNotFound ? text.find(L'>', begin + kCoreOpen.size() + 1) : kNotFound;
+    const std::size_t end = text.rfind(kCoreClose);
     if (tagEnd == kNotFound || end == kNotFound || end <= tagEnd)
         return std::nullopt;
     return text.substr(tagEnd + 1, end - tagEnd - 1);

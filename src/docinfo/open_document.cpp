@@ -23,13 +23,13 @@ std::size_t FindEnd(std::wstring_view text, std::wstring_view literal, std::size
 // Returns the text between the first start tag of the properties and their last end tag.
 std::optional<std::wstring_view> MetaElement(std::wstring_view text)
 {
-    static constexpr std::wstring_view kClose = L"</office:meta>";
+    static constexpr std::wstring_view kMetaClose = L"</office:meta>";
     const std::size_t document = FindEnd(text, L">", FindEnd(text, L"<office:document-meta", 0));
     const std::size_t begin = FindEnd(text, L">", FindEnd(text, L"<office:meta", document));
     const std::size_t documentEnd = text.rfind(L"</office:document-meta>");
-    if (begin == kNotFound || documentEnd == kNotFound || documentEnd < kClose.size())
+    if (begin == kNotFound || documentEnd == kNotFound || documentEnd < kMetaClose.size())
         return std::nullopt;
-    const std::size_t end = text.rfind(kClose, documentEnd - kClose.size());
+    const std::size_t end = text.rfind(kMetaClose, documentEnd - kMetaClose.size());
     if (end == kNotFound || end < begin)
         return std::nullopt;
     return text.substr(begin, end - begin);

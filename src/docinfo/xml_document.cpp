@@ -233,15 +233,15 @@ XmlPass ReadElements(clsDocu& record, FileWindow& file)
 
 int ReadOfficeBlock(clsDocu& record, FileWindow& file)
 {
-    static constexpr std::wstring_view kOpen = L"<o:DocumentProperties>", kClose = L"</o:DocumentProperties>";
+    static constexpr std::wstring_view kBlockOpen = L"<o:DocumentProperties>", kBlockClose = L"</o:DocumentProperties>";
     String text;
     if (!ReadFirstText(file, text))
         return 0;
-    const std::size_t open = text.View().find(kOpen);
+    const std::size_t open = text.View().find(kBlockOpen);
     if (open == kNotFound)
         return 0;
-    const std::size_t begin = open + kOpen.size();
-    const std::size_t end = text.View().find(kClose, begin);
+    const std::size_t begin = open + kBlockOpen.size();
+    const std::size_t end = text.View().find(kBlockClose, begin);
     if (end == kNotFound)
         return 0;
     return ParseOfficeProperties(record, DecodeEntities(text.View().substr(begin, end - begin), false));

@@ -39,9 +39,11 @@ TEST(DocumentReaders, BearDamage)
                                 "<office:document-meta><office:meta><dc:title>t</dc:title>"
                                 "</office:meta></office:document-meta>",
                                 0}})},
+#ifdef __linux__ // assertions of Wine's XML reader end the process
         {ReadXML,
             "<?xml version=\"1.0\"?><a xmlns:x='u'><cp:coreProperties xmlns:cp='c'><x:title>t&amp;</x:title><!-- -->"
             "<![CDATA[c]]></cp:coreProperties></a>"},
+#endif
         {ReadRTF, R"({\rtf1{\info{\title a\'e4}{\creatim\yr2001\mo2}}})"},
     };
     for (const auto& [reader, whole] : files)
