@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #endif
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <tuple>
@@ -35,6 +36,13 @@ protected:
     const HUTDOCINFO _list = UtilDocInfoOpen(10);
 };
 
+// On windows the system joins the parts of a path by backslashes, the test by slashes.
+std::string Slashes(std::string text)
+{
+    std::replace(text.begin(), text.end(), '\\', '/');
+    return text;
+}
+
 // The nine outputs of a request, each with a value that must be cleared.
 class Outputs
 {
@@ -57,7 +65,7 @@ public:
             VariantClear(&value);
     }
 
-    // Returns the values, each with a separator behind it.
+    // Returns the values, each with a separator behind it, and slashes in paths.
     std::string All() const
     {
         std::string all;
@@ -67,7 +75,7 @@ public:
                        : value.vt == VT_EMPTY ? "-"
                                               : "another type") +
                    "|";
-        return all;
+        return Slashes(all);
     }
 
     std::array<VARIANT, 9> values{};
@@ -84,8 +92,8 @@ TEST_F(Documents, AllOutputs)
 {
     const Text path = Make(L"page.htm", kPage), undated = Make(L"undated.htm", "");
     const std::tuple<const Text&, std::uint32_t, std::string> cases[] = {
-        {path, 80, "date|date|t|-|a|-|-|-|" + path.Narrow() + "|"},
-        {undated, 80, "-|date|-|-|-|-|-|-|" + undated.Narrow() + "|"}, // with the file's own date
+        {path, 80, "date|date|t|-|a|-|-|-|" + Slashes(path.Narrow()) + "|"},
+        {undated, 80, "-|date|-|-|-|-|-|-|" + Slashes(undated.Narrow()) + "|"}, // with the file's own date
         {path, 72, "date|date|t|-|a|-|-|-|old|"}, {path, 64, kUnchanged}};
     for (const auto& [file, size, expected] : cases)
     {
