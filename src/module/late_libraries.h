@@ -16,6 +16,8 @@
 #include <psapi.h>
 #include <tlhelp32.h>
 
+struct IMalloc;
+
 namespace qx
 {
 
@@ -164,7 +166,7 @@ class clsXMLLite : public CLateLoadBase
 public:
     clsXMLLite() : CLateLoadBase(L"XmlLite") {}
 
-    LateFunction<HRESULT(REFIID, void**, void*)> p_CreateXmlReader{*this, L"p_CreateXmlReader", 12};
+    LateFunction<HRESULT(const IID&, void**, IMalloc*)> p_CreateXmlReader{*this, L"p_CreateXmlReader", 12};
 };
 
 class clsCredUIWrapper : public CLateLoadBase

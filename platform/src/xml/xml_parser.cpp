@@ -47,6 +47,34 @@ bool IsSupportedEncoding(const char* name)
                [=](std::string_view begin) { return strncasecmp(name, begin.data(), begin.size()) == 0; });
 }
 
+void IgnoreError(void*, xmlErrorPtr) {}
+void IgnoreMessage(void*, const char*, ...) {}
+
+// Errors of encodings don't belong to a parser. They go to the thread's handlers, which write them to stderr unless the
+// program has set its own.
+class WithoutMessages
+{
+public:
+    WithoutMessages()
+    {
+        xmlSetStructuredErrorFunc(nullptr, IgnoreError);
+        xmlSetGenericErrorFunc(nullptr, IgnoreMessage);
+    }
+    WithoutMessages(const WithoutMessages&) = delete;
+    WithoutMessages& operator=(const WithoutMessages&) = delete;
+    ~WithoutMessages()
+    {
+        xmlSetStructuredErrorFunc(_errorContext, _error);
+        xmlSetGenericErrorFunc(_messageContext, _message);
+    }
+
+private:
+    const xmlStructuredErrorFunc _error = xmlStructuredError;
+    void* const _errorContext = xmlStructuredErrorContext;
+    const xmlGenericErrorFunc _message = xmlGenericError;
+    void* const _messageContext = xmlGenericErrorContext;
+};
+
 void FreeParser(xmlParserCtxt* parser)
 {
     xmlFreeDoc(parser->myDoc);
@@ -108,12 +136,18 @@ HRESULT XmlParser::Parse(const char* block, std::size_t size)
 {
     if (_failure != S_OK)
         return _failure;
-    if (size == 0)
-        xmlParseChunk(_parser.get(), "", 0, 1);
-    else
-        xmlParseChunk(_parser.get(), block, static_cast<int>(size), 0);
+    const WithoutMessages quiet;
+    const bool isEnd = size == 0;
+    const int error = xmlParseChunk(_parser.get(), isEnd ? "" : block, static_cast<int>(size), isEnd ? 1 : 0);
+    if (_failure == S_OK && error == XML_ERR_INVALID_ENCODING)
+    {
+        _nodes.DropText();
+        _failure = XmlResult(error);
+    }
     if (_failure == S_OK)
         CheckSize();
+    if (_failure == S_OK && isEnd && (_depth != 0 || _parser->wellFormed == 0))
+        _failure = kInputEnd;
     if (_failure != S_OK)
         xmlStopParser(_parser.get());
     return _failure;
