@@ -1,5 +1,6 @@
 // Reading one member of arbitrary bytes returns a result, and never success without a text.
 #include "files/file.h"
+#include "files/file_window.h"
 #include "zip/member_text.h"
 
 #include <windows.h>
@@ -17,11 +18,11 @@ namespace
 // Reads the member again, like a parser that has found another code page in it.
 struct Receiver : IZIPTextReceiver
 {
-    void OnText(ZIPTextKind, const String& text, const clsZIPMemberReader& reader) override
+    void OnText(ZIPTextKind, const String& text, const clsZIPMember& member) override
     {
         if (text.IsEmpty())
             std::abort();
-        reader.Read(65001);
+        member.Text(65001);
         wasCalled = true;
     }
 
@@ -38,7 +39,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     clsFileRWTempStream file(stream);
     file.clsFile::Write(data, size);
     Receiver receiver;
-    const int result = GetZIPFilenames(receiver, file);
+    FileWindow window(file);
+    const int result = GetZIPFilenames(receiver, window);
     if (result > 0 || result < -1 || (result != 0 && receiver.wasCalled))
         std::abort();
     return 0;

@@ -4,9 +4,11 @@
 #include "docinfo/html.h"
 #include "docinfo/jpeg.h"
 #include "docinfo/mail.h"
+#include "docinfo/office_archive.h"
 #include "docinfo/pdf.h"
 #include "docinfo/rtf.h"
 #include "docinfo/tiff.h"
+#include "docinfo/xml_document.h"
 #include "files/paths.h"
 
 #include <algorithm>
@@ -44,6 +46,7 @@ constexpr ExtensionRow kByExtension[] = {
     {L".htm", {L"HTML", ReadHTML, ReaderFailure::ClearsRecord}},
     {L".html", {L"HTML", ReadHTML, ReaderFailure::ClearsRecord}},
     {L".mht", {L"HTML", ReadHTML, ReaderFailure::ClearsRecord}},
+    {L".xml", {L"XML", ReadXML, ReaderFailure::ClearsRecord}},
     {L".rtf", {L"RTF", ReadRTF, ReaderFailure::ClearsRecord}},
     {L".eml", {L"mail", ReadMail, ReaderFailure::ClearsRecord}},
     {L".msg", {L"mail", ReadMail, ReaderFailure::ClearsRecord}, true},
@@ -58,6 +61,7 @@ struct FirstBytesRow
 
 constexpr FirstBytesRow kByFirstBytes[] = {
     {0x002A4949, 0xFFFFFFFF, {L"TIFF", ReadTIFFFile, ReaderFailure::Ignored}},
+    {0x04034B50, 0xFFFFFFFF, {L"office archive", ReadOfficeArchive, ReaderFailure::Ignored}},
     {0x46445025, 0xFFFFFFFF, {L"PDF", ReadPDF, ReaderFailure::Ignored}},
     {0x0000D8FF, 0x0000FFFF, {L"JPEG", ReadJPEG, ReaderFailure::Ignored}},
 };

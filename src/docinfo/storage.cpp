@@ -1,7 +1,6 @@
 #include "docinfo/storage.h"
 
-#include "core/ticks.h"
-#include "files/lock_back_off.h"
+#include "docinfo/wait_for_data.h"
 #include "files/temp_files.h"
 
 #include <atomic>
@@ -19,20 +18,6 @@ HRESULT OpenBySystem(const wchar_t* path, DWORD mode, IStorage** storage)
 }
 
 std::atomic<StorageOpening> storageOpening = OpenBySystem;
-
-// Repeats a call whose data isn't available yet, for at most ten seconds.
-template <class Call>
-HRESULT WaitForData(const Call& call)
-{
-    constexpr unsigned kMostMilliseconds = 10'000;
-    HRESULT result = call();
-    if (result != E_PENDING)
-        return result;
-    const auto begin = UtilGetTicks();
-    for (clsLockBackOff backOff; result == E_PENDING && UtilGetTicks() - begin < kMostMilliseconds; result = call())
-        backOff.Wait();
-    return result;
-}
 
 // Returns true if another sharing mode may succeed.
 bool IsLocked(HRESULT result)

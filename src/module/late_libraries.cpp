@@ -75,6 +75,11 @@ clsNetAPI32& NetAPI32()
     return TheOne<clsNetAPI32>();
 }
 
+clsXMLLite& XMLLite()
+{
+    return TheOne<clsXMLLite>();
+}
+
 clsCredUIWrapper& CredUI()
 {
     return TheOne<clsCredUIWrapper>();

@@ -159,6 +159,14 @@ public:
     LateFunction<NET_API_STATUS(void*)> p_NetApiBufferFree{*this, L"p_NetApiBufferFree", 4};
 };
 
+class clsXMLLite : public CLateLoadBase
+{
+public:
+    clsXMLLite() : CLateLoadBase(L"XmlLite") {}
+
+    LateFunction<HRESULT(REFIID, void**, void*)> p_CreateXmlReader{*this, L"p_CreateXmlReader", 12};
+};
+
 class clsCredUIWrapper : public CLateLoadBase
 {
 public:
@@ -293,6 +301,7 @@ clsTlHelp32& TlHelp32();
 clsShell32& Shell32();
 clsShlwapi& Shlwapi();
 clsNetAPI32& NetAPI32();
+clsXMLLite& XMLLite();
 clsCredUIWrapper& CredUI();
 clsTrlmUTIL& TrlmUTIL();
 clsTrlmCTL& TrlmCTL();

@@ -2,12 +2,13 @@
 
 #include "core/debug_line.h"
 #include "core/system_values.h"
-#include "files/deflate_stream.h"
-#include "files/file.h"
+#include "files/file_window.h"
+#include "files/zlib_parameters.h"
 
-#include <windows.h>
-
-#include <objbase.h>
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <optional>
 
 namespace qx
 {
@@ -18,194 +19,224 @@ constexpr std::size_t kLongestText = 255; // limit of each variable field, in by
 constexpr std::uint8_t kLowFlagFinalizer = 0x80;
 
 // Far more than the properties of any document. A larger result is an attempt to exhaust memory.
-constexpr std::int64_t kMostTextBytes = 64 << 20;
+constexpr std::size_t kMostTextBytes = 64 << 20;
+
+// The central directory is mostly in the same part of the file as the end record.
+constexpr std::uint64_t kTailSize = 4096;
+constexpr std::size_t kFirstInflated = 4096;
 
 template <class Record>
-bool ReadRecord(Record& record, clsFile& file, std::uint32_t signature)
+bool ReadRecord(Record& record, FileWindow& file, std::uint64_t offset, std::uint32_t signature)
 {
-    return file.Read(&record, sizeof record) == sizeof record && record.signature == signature;
+    const std::uint8_t* const bytes = file.At(offset, sizeof record);
+    if (bytes == nullptr)
+        return false;
+    std::memcpy(&record, bytes, sizeof record);
+    return record.signature == signature;
 }
 
-bool ReadBytes(std::string& bytes, std::size_t count, clsFile& file)
+// Finds the central directory. Returns the number of its entries, or -1 if there is none.
+int FindDirectory(FileWindow& file, std::uint64_t& offset)
 {
-    bytes.resize(count);
-    return count == 0 || file.Read(bytes.data(), static_cast<std::uint32_t>(count)) == count;
-}
-
-// Returns true if the file has `count` more bytes.
-bool HasBytes(clsFile& file, std::int64_t count)
-{
-    return file.Tell() + count <= file.GetSize();
-}
-
-String TextOf(const std::string& bytes, unsigned codePage)
-{
-    String text;
-    text.SetCodePage(codePage == 0 ? DefaultCodePage() : codePage);
-    text.Assign(bytes.data(), 0, bytes.size());
-    text.SetCodePage(DefaultCodePage());
-    return text;
-}
-
-String StoredText(clsFile& file, std::uint32_t size)
-{
-    std::string bytes;
-    return HasBytes(file, size) && ReadBytes(bytes, size, file) ? TextOf(bytes, 0) : String();
-}
-
-String InflatedText(clsFile& file, std::uint32_t size, unsigned codePage)
-{
-    IStream* stream = nullptr;
-    if (!HasBytes(file, size) || FAILED(CreateStreamOnHGlobal(nullptr, TRUE, &stream)))
-        return String();
-    clsFileRWTempStream inflated(stream);
-    if (InflateStream(inflated, file, size, kMostTextBytes) < 0)
-        return String();
-    std::string bytes;
-    inflated.Seek(0);
-    return ReadBytes(bytes, static_cast<std::size_t>(inflated.GetSize()), inflated) ? TextOf(bytes, codePage)
-                                                                                    : String();
-}
-
-// Reads the member's data, which start at the file's current position.
-String TextOfMember(clsFile& file, const scZIPLocalHeader& header, unsigned codePage)
-{
-    if (header.compressedSize == 0 || header.compressedSize > kMostTextBytes ||
-        static_cast<std::int32_t>(header.uncompressedSize) <= 0)
-        return String();
-    switch (header.method)
-    {
-    case kZipMethodStored:
-        return StoredText(file, header.compressedSize);
-    case kZipMethodDeflate:
-        return InflatedText(file, header.compressedSize, codePage);
-    default:
-        DebugLine(L"unknown compression method %d", header.method);
-        return String();
-    }
-}
-
-// Moves to the central directory. Returns the number of its entries, or -1 if there is none.
-int FindDirectory(clsFile& file)
-{
-    const auto size = static_cast<std::uint32_t>(file.GetSize());
+    const std::uint64_t size = static_cast<std::uint32_t>(file.Size());
     scZIPEndRecord end;
     if (size < sizeof end)
     {
         DebugLine(L"WRN: GetZIPFilenames: file has bad format (no finalizer)");
         return -1;
     }
-    file.Seek(size - sizeof end);
-    if (!ReadRecord(end, file, kZipEndSignature))
+    const std::uint64_t tail = std::min(size, kTailSize);
+    file.At(size - tail, static_cast<std::size_t>(tail));
+    if (!ReadRecord(end, file, size - sizeof end, kZipEndSignature))
     {
         DebugLine(L"WRN: GetZIPFilenames: read error (no finalizer found)");
         return -1;
     }
-    file.Seek(end.directoryOffset);
-    if (file.Tell() != end.directoryOffset)
+    if (!file.MoveTo(end.directoryOffset))
     {
         DebugLine(L"WRN: GetZIPFilenames: file has bad format (2)");
         return -1;
     }
+    offset = end.directoryOffset;
     return end.entriesOnDisk;
 }
 
-void HandOver(IZIPTextReceiver& receiver, ZIPTextKind kind, clsFile& file, const scZIPCentralRecord& record)
+char LowerCase(char c)
 {
-    const clsZIPMemberReader reader(file, record);
-    const String text = reader.Read(0);
-    if (!text.IsEmpty())
-        receiver.OnText(kind, text, reader);
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// Nearly all names are ASCII, which needs no conversion.
+bool IsSameName(std::string_view name, std::string_view wanted)
+{
+    const std::string_view text = name.substr(0, name.find('\0'));
+    if (std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; }))
+        return std::equal(text.begin(), text.end(), wanted.begin(), wanted.end(),
+            [](char a, char b) { return LowerCase(a) == LowerCase(b); });
+    IString first, second;
+    first.Assign(std::string(text).c_str());
+    second.Assign(std::string(wanted).c_str());
+    return first == second;
+}
+
+std::optional<ZIPTextKind> KindOf(std::string_view name)
+{
+    if (IsSameName(name, "meta.xml"))
+        return ZIPTextKind::OpenDocument;
+    if (IsSameName(name, "docProps/core.xml"))
+        return ZIPTextKind::OfficeOpenXml;
+    return std::nullopt;
 }
 
 } // namespace
 
-String clsZIPMemberReader::Read(unsigned codePage) const
+clsZIPMember::clsZIPMember(FileWindow& file, const scZIPCentralHeader& header)
 {
-    return ReadEntryText(_file, _record, codePage);
+    scZIPLocalRecord local;
+    if (!ReadLocalRecord(local, header, file))
+    {
+        DebugLine(L"ERR: bad ZIP FILE ENTRY");
+        return;
+    }
+    ReadData(file, local);
+    scZIPDescriptor finalizer;
+    if ((header.flags & kLowFlagFinalizer) != 0 &&
+        !ReadFinalizer(finalizer, file, local.data + local.header.compressedSize))
+        DebugLine(L"bad finalizer!");
 }
 
-int GetZIPFilenames(IZIPTextReceiver& receiver, clsFile& file)
+String clsZIPMember::Text(unsigned codePage) const
 {
-    constexpr struct
-    {
-        const wchar_t* name;
-        ZIPTextKind kind;
-    } kWanted[] = {{L"meta.xml", ZIPTextKind::OpenDocument}, {L"docProps/core.xml", ZIPTextKind::OfficeOpenXml}};
+    String text;
+    text.SetCodePage(codePage == 0 || _isStored ? DefaultCodePage() : codePage);
+    text.Assign(_bytes.data(), 0, _bytes.size());
+    text.SetCodePage(DefaultCodePage());
+    return text;
+}
 
-    for (int left = FindDirectory(file); left > 0; --left)
+void clsZIPMember::ReadData(FileWindow& file, const scZIPLocalRecord& local)
+{
+    const std::uint32_t size = local.header.compressedSize;
+    if (size == 0 || size > kMostTextBytes || static_cast<std::int32_t>(local.header.uncompressedSize) <= 0)
+        return;
+    const bool hasData = local.data + size <= file.Size();
+    switch (local.header.method)
     {
-        scZIPCentralRecord record;
-        if (!ReadCentralRecord(record, file))
+    case kZipMethodStored:
+        _isStored = true;
+        if (!hasData)
+            return;
+        _bytes.resize(size);
+        if (file.Read(local.data, _bytes.data(), size) != size)
+            _bytes.clear();
+        return;
+    case kZipMethodDeflate:
+        if (hasData)
+            Inflate(file, local.data, size);
+        return;
+    default:
+        DebugLine(L"unknown compression method %d", local.header.method);
+    }
+}
+
+// Data that are cut off are no failure, and neither are bytes behind the data.
+void clsZIPMember::Inflate(FileWindow& file, std::uint64_t offset, std::uint32_t size)
+{
+    z_stream stream{};
+    if (const int code = inflateInit2(&stream, kRawDeflateWindowBits); code != Z_OK)
+    {
+        DebugLine(L"ERR: ZLIB init error '%d'", code);
+        return;
+    }
+    const std::unique_ptr<z_stream, int (*)(z_stream*)> end(&stream, inflateEnd);
+    std::size_t done = 0;
+    int code = Z_OK;
+    for (std::uint32_t left = size; left > 0 && code != Z_STREAM_END;)
+    {
+        const auto count = std::min<std::uint32_t>(left, FileWindow::kCapacity);
+        const std::uint8_t* const input = file.At(offset, count);
+        if (input == nullptr)
+            return _bytes.clear();
+        offset += count;
+        left -= count;
+        stream.next_in = const_cast<std::uint8_t*>(input);
+        stream.avail_in = count;
+        do
+        {
+            if (done == _bytes.size())
+                _bytes.resize(std::max(2 * done, kFirstInflated));
+            stream.next_out = reinterpret_cast<Bytef*>(_bytes.data() + done);
+            stream.avail_out = static_cast<uInt>(_bytes.size() - done);
+            code = inflate(&stream, Z_NO_FLUSH);
+            done = _bytes.size() - stream.avail_out;
+            if ((code != Z_OK && code != Z_STREAM_END && code != Z_BUF_ERROR) || done > kMostTextBytes)
+                return _bytes.clear();
+        } while (stream.avail_out == 0);
+    }
+    _bytes.resize(done);
+}
+
+int GetZIPFilenames(IZIPTextReceiver& receiver, FileWindow& file)
+{
+    scZIPCentralRecord record;
+    for (int left = FindDirectory(file, record.next); left > 0; --left)
+    {
+        if (!ReadCentralRecord(record, file, record.next))
         {
             DebugLine(L"WRN: GetZIPFilenames: file has bad format");
             return -1;
         }
-        IString name;
-        name.Assign(record.name.c_str());
-        for (const auto& candidate : kWanted)
-            if (name == candidate.name)
-            {
-                HandOver(receiver, candidate.kind, file, record);
-                return 0;
-            }
+        const std::optional<ZIPTextKind> kind = KindOf(record.name);
+        if (!kind)
+            continue;
+        const clsZIPMember member(file, record.header);
+        if (const String text = member.Text(0); !text.IsEmpty())
+            receiver.OnText(*kind, text, member);
+        return 0;
     }
     return -1;
 }
 
-bool ReadCentralRecord(scZIPCentralRecord& record, clsFile& file)
+bool ReadCentralRecord(scZIPCentralRecord& record, FileWindow& file, std::uint64_t offset)
 {
-    const scZIPCentralHeader& header = record.header;
-    if (!HasBytes(file, sizeof header) || !ReadRecord(record.header, file, kZipCentralSignature) ||
-        header.nameLength > kLongestText || header.extraLength > kLongestText || header.commentLength > kLongestText)
+    scZIPCentralHeader& header = record.header;
+    if (!ReadRecord(header, file, offset, kZipCentralSignature) || header.nameLength > kLongestText ||
+        header.extraLength > kLongestText || header.commentLength > kLongestText)
         return false;
-    const std::int64_t end = file.Tell() + header.nameLength + header.extraLength + header.commentLength;
+    const std::size_t size = sizeof header + header.nameLength + std::size_t{header.extraLength} + header.commentLength;
+    record.next = offset + size;
     // Compared as 32-bit values; documents are never that large. The end record must follow the last entry.
-    if (static_cast<std::int32_t>(end) >= static_cast<std::int32_t>(file.GetSize()))
+    if (static_cast<std::int32_t>(record.next) >= static_cast<std::int32_t>(file.Size()))
         return false;
-    return ReadBytes(record.name, header.nameLength, file) && ReadBytes(record.extra, header.extraLength, file) &&
-           ReadBytes(record.comment, header.commentLength, file);
+    const std::uint8_t* const bytes = file.At(offset, size);
+    if (bytes == nullptr)
+        return false;
+    record.name = {reinterpret_cast<const char*>(bytes + sizeof header), header.nameLength};
+    return true;
 }
 
-bool ReadLocalRecord(scZIPLocalRecord& record, const scZIPCentralRecord& central, clsFile& file)
+bool ReadLocalRecord(scZIPLocalRecord& record, const scZIPCentralHeader& central, FileWindow& file)
 {
     scZIPLocalHeader& header = record.header;
-    file.Seek(central.header.localHeaderOffset);
-    if (!HasBytes(file, sizeof header) || !ReadRecord(header, file, kZipLocalSignature) ||
-        header.nameLength > kLongestText || !HasBytes(file, std::int64_t{header.nameLength} + 1))
+    const std::uint64_t name = std::uint64_t{central.localHeaderOffset} + sizeof header;
+    if (!ReadRecord(header, file, central.localHeaderOffset, kZipLocalSignature) || header.nameLength > kLongestText ||
+        name + header.nameLength >= file.Size())
         return false;
-    if (!ReadBytes(record.name, header.nameLength, file) || !ReadBytes(record.extra, header.extraLength, file))
+    record.data = name + header.nameLength + header.extraLength;
+    if (record.data > file.Size())
         return false;
     if (header.flags & kZipFlagDescriptor)
     {
-        header.compressedSize = central.header.compressedSize;
-        header.uncompressedSize = central.header.uncompressedSize;
+        header.compressedSize = central.compressedSize;
+        header.uncompressedSize = central.uncompressedSize;
     }
     return true;
 }
 
-bool ReadFinalizer(scZIPDescriptor& buffer, clsFile& file)
+bool ReadFinalizer(scZIPDescriptor& buffer, FileWindow& file, std::uint64_t offset)
 {
-    DebugLine(L"file finalizer: %I64x %I64x", file.Tell(), file.GetSize());
-    return HasBytes(file, sizeof buffer) && ReadRecord(buffer, file, kZipDescriptorSignature);
-}
-
-String ReadEntryText(clsFile& file, const scZIPCentralRecord& central, unsigned codePage)
-{
-    const std::int64_t position = file.Tell();
-    String text;
-    scZIPLocalRecord local;
-    if (!ReadLocalRecord(local, central, file))
-        DebugLine(L"ERR: bad ZIP FILE ENTRY");
-    else
-    {
-        text = TextOfMember(file, local.header, codePage);
-        scZIPDescriptor finalizer;
-        if ((central.header.flags & kLowFlagFinalizer) != 0 && !ReadFinalizer(finalizer, file))
-            DebugLine(L"bad finalizer!");
-    }
-    file.Seek(static_cast<std::uint32_t>(position));
-    return text;
+    DebugLine(L"file finalizer: %I64x %I64x", offset, file.Size());
+    return ReadRecord(buffer, file, offset, kZipDescriptorSignature);
 }
 
 } // namespace qx

@@ -6,27 +6,27 @@
 #include "core/text/string.h"
 #include "zip/records.h"
 
+#include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace qx
 {
 
-class clsFile;
+class FileWindow;
 
-// Records as read, with their variable fields.
+// Records as read, with what follows from them.
 struct scZIPCentralRecord
 {
     scZIPCentralHeader header{};
-    std::string name;
-    std::string extra;
-    std::string comment;
+    std::string_view name;  // valid until the next bytes are read
+    std::uint64_t next = 0; // the offset behind the record
 };
 
 struct scZIPLocalRecord
 {
     scZIPLocalHeader header{};
-    std::string name;
-    std::string extra;
+    std::uint64_t data = 0; // the offset of the member's data
 };
 
 // Which of the two names the member has, and therefore how its text must be parsed.
@@ -36,24 +36,30 @@ enum class ZIPTextKind
     OfficeOpenXml // "docProps/core.xml"
 };
 
-// Reads the text of the found member again, because its beginning may declare a code page other than the default one.
-class clsZIPMemberReader
+// The contents of a member.
+class clsZIPMember
 {
 public:
-    clsZIPMemberReader(clsFile& file, const scZIPCentralRecord& record) : _file(file), _record(record) {}
+    // Reads the contents. They are empty on any failure.
+    clsZIPMember(FileWindow& file, const scZIPCentralHeader& header);
 
-    String Read(unsigned codePage) const;
+    // Returns the text up to the first zero byte. The code page applies to compressed members; 0 and members that are
+    // stored select the default one.
+    String Text(unsigned codePage) const;
 
 private:
-    clsFile& _file;
-    const scZIPCentralRecord& _record;
+    void ReadData(FileWindow& file, const scZIPLocalRecord& local);
+    void Inflate(FileWindow& file, std::uint64_t offset, std::uint32_t size);
+
+    std::string _bytes;
+    bool _isStored = false;
 };
 
-// Receives the text of the member.
+// Receives the member and its text in the default code page. The text may declare another one.
 class IZIPTextReceiver
 {
 public:
-    virtual void OnText(ZIPTextKind kind, const String& text, const clsZIPMemberReader& reader) = 0;
+    virtual void OnText(ZIPTextKind kind, const String& text, const clsZIPMember& member) = 0;
 
 protected:
     ~IZIPTextReceiver() = default;
@@ -62,22 +68,16 @@ protected:
 // Searches the central directory, whose end record must be at the very end of the file, for the first member with one
 // of the two names, ignoring case. Passes its text to the receiver unless it is empty. Returns 0, or -1 if the archive
 // is damaged or contains neither name.
-int GetZIPFilenames(IZIPTextReceiver& receiver, clsFile& file);
+int GetZIPFilenames(IZIPTextReceiver& receiver, FileWindow& file);
 
-// The steps of GetZIPFilenames. Each starts at the file's current position. They return false if data are missing or a
-// limit is exceeded.
+// The steps of GetZIPFilenames. They return false if data are missing or a limit is exceeded.
 
 // Name, extra field and comment are limited to 255 bytes each.
-bool ReadCentralRecord(scZIPCentralRecord& record, clsFile& file);
+bool ReadCentralRecord(scZIPCentralRecord& record, FileWindow& file, std::uint64_t offset);
 
-// Seeks to the member. The name is limited to 255 bytes. If the sizes are stored after the data, they are taken from
-// the central record.
-bool ReadLocalRecord(scZIPLocalRecord& record, const scZIPCentralRecord& central, clsFile& file);
+// The name is limited to 255 bytes. If the sizes are stored after the data, they are taken from the central record.
+bool ReadLocalRecord(scZIPLocalRecord& record, const scZIPCentralHeader& central, FileWindow& file);
 
-bool ReadFinalizer(scZIPDescriptor& buffer, clsFile& file);
-
-// Returns the member's text, or an empty text on any failure. Code page 0 selects the default code page. The position
-// doesn't change.
-String ReadEntryText(clsFile& file, const scZIPCentralRecord& central, unsigned codePage);
+bool ReadFinalizer(scZIPDescriptor& buffer, FileWindow& file, std::uint64_t offset);
 
 } // namespace qx

@@ -30,6 +30,7 @@ constexpr std::u16string_view kSystemLibraries[] = {
     u"user32",
     u"version",
     u"winmm",
+    u"xmllite",
 };
 
 std::u16string_view FileNameOf(std::u16string_view path)

@@ -1,6 +1,7 @@
 // The reader that finds the one member that describes a document.
 #include "zip/member_text.h"
 
+#include "files/file_window.h"
 #include "support/debug_lines.h"
 #include "support/zip_builder.h"
 #include "unit/packed/memory_file.h"
@@ -17,12 +18,12 @@ namespace
 
 struct Receiver : IZIPTextReceiver
 {
-    void OnText(ZIPTextKind kind_, const String& text_, const clsZIPMemberReader& reader) override
+    void OnText(ZIPTextKind kind_, const String& text_, const clsZIPMember& member) override
     {
         kind = kind_;
         text = text_;
         if (codePage != 0)
-            text = reader.Read(codePage);
+            text = member.Text(codePage);
     }
 
     unsigned codePage = 0;
@@ -101,10 +102,11 @@ TEST(ZIPMemberText, Table)
     {
         SCOPED_TRACE(row++);
         MemoryFile file(test.bytes);
+        FileWindow window(file);
         Receiver receiver;
         receiver.codePage = test.codePage;
         DebugLines lines;
-        EXPECT_EQ(GetZIPFilenames(receiver, file), test.result);
+        EXPECT_EQ(GetZIPFilenames(receiver, window), test.result);
         EXPECT_EQ(receiver.kind.has_value(), !test.text.empty());
         EXPECT_STREQ(receiver.text, String(test.text));
         if (receiver.kind)
@@ -121,27 +123,14 @@ TEST(ZIPMemberText, LongTexts)
     for (unsigned i = 0; content.size() < 3'000'000; ++i)
         content += static_cast<char>('a' + i * i / 100 % 26);
     MemoryFile file(Build({BuiltMember("docProps/core.xml", content)}));
+    FileWindow window(file);
     Receiver receiver;
-    EXPECT_EQ(GetZIPFilenames(receiver, file), 0);
+    EXPECT_EQ(GetZIPFilenames(receiver, window), 0);
     EXPECT_TRUE(receiver.text.NarrowText() == content);
 
     MemoryFile bomb(Build({Meta(std::string(70'000'000, 'x'))})); // a member that would exhaust memory
+    FileWindow bombWindow(bomb);
     Receiver nothing;
-    EXPECT_EQ(GetZIPFilenames(nothing, bomb), 0);
+    EXPECT_EQ(GetZIPFilenames(nothing, bombWindow), 0);
     EXPECT_FALSE(nothing.kind.has_value());
-}
-
-TEST(ZIPMemberText, ReadingLeavesThePosition)
-{
-    const std::string bytes = Build({other, meta});
-    MemoryFile file(bytes);
-    file.Seek(bytes.size() - 22 - 2 * 46 - 19);
-    scZIPCentralRecord record;
-    ASSERT_TRUE(ReadCentralRecord(record, file));
-    const std::int64_t position = file.Tell();
-    EXPECT_STREQ(ReadEntryText(file, record, 0), L"content");
-    EXPECT_EQ(file.Tell(), position);
-    record.header.localHeaderOffset = 0x10000;
-    EXPECT_STREQ(ReadEntryText(file, record, 0), L"");
-    EXPECT_EQ(file.Tell(), position);
 }

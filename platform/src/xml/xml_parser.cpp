@@ -1,0 +1,272 @@
+#include "xml/xml_parser.h"
+
+#include "xml/xml_errors.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <mutex>
+#include <new>
+
+#include <strings.h>
+
+namespace qxplatform
+{
+namespace
+{
+
+// The parser compares each attribute of a tag with all others.
+constexpr std::ptrdiff_t kMostTagBytes = 256 * 1024;
+// Comments, instructions and CDATA are parsed when they are complete.
+constexpr std::ptrdiff_t kMostMarkupBytes = 8 * 1024 * 1024;
+constexpr std::size_t kMostTextUnits = 16 * 1024 * 1024;
+// The parser looks for a prefix among all of them.
+constexpr std::size_t kMostNamespaces = 1024;
+
+std::string_view TextOf(const xmlChar* text)
+{
+    return text != nullptr ? std::string_view(reinterpret_cast<const char*>(text)) : std::string_view();
+}
+
+std::string_view TextOf(const xmlChar* text, int length)
+{
+    return {reinterpret_cast<const char*>(text), static_cast<std::size_t>(length)};
+}
+
+bool IsBlank(std::string_view text)
+{
+    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
+// The encodings of the system's reader, and 8-bit pages. The C library has many more, some of them with shift states.
+bool IsSupportedEncoding(const char* name)
+{
+    static constexpr std::string_view kBegins[] = {"utf-8", "utf-16", "us-ascii", "iso-8859-", "windows-125"};
+    return name == nullptr ||
+           std::any_of(std::begin(kBegins), std::end(kBegins),
+               [=](std::string_view begin) { return strncasecmp(name, begin.data(), begin.size()) == 0; });
+}
+
+void FreeParser(xmlParserCtxt* parser)
+{
+    xmlFreeDoc(parser->myDoc);
+    parser->myDoc = nullptr;
+    xmlFreeParserCtxt(parser);
+}
+
+} // namespace
+
+template <class Function>
+void XmlParser::Guarded(void* self, const Function& function)
+{
+    auto& parser = *static_cast<XmlParser*>(self);
+    if (parser._failure != S_OK)
+        return;
+    try
+    {
+        function(parser);
+    }
+    catch (const std::bad_alloc&)
+    {
+        parser.Stop(E_OUTOFMEMORY);
+    }
+}
+
+const xmlSAXHandler& XmlParser::Handler()
+{
+    static const xmlSAXHandler handler = []
+    {
+        xmlSAXHandler functions = {};
+        functions.initialized = XML_SAX2_MAGIC;
+        functions.startDocument = OnStartDocument;
+        functions.internalSubset = OnInternalSubset;
+        functions.startElementNs = OnStartElement;
+        functions.endElementNs = OnEndElement;
+        functions.characters = OnCharacters;
+        functions.ignorableWhitespace = OnCharacters;
+        functions.cdataBlock = OnCDATA;
+        functions.comment = OnComment;
+        functions.processingInstruction = OnInstruction;
+        functions.serror = OnError;
+        return functions;
+    }();
+    return handler;
+}
+
+XmlParser::XmlParser() : _parser(nullptr, FreeParser)
+{
+    static std::once_flag isInitialised;
+    std::call_once(isInitialised, xmlInitParser);
+    xmlSAXHandler handler = Handler();
+    _parser.reset(xmlCreatePushParserCtxt(&handler, this, nullptr, 0, nullptr));
+    if (_parser == nullptr)
+        throw std::bad_alloc();
+    xmlCtxtUseOptions(_parser.get(), XML_PARSE_NONET);
+}
+
+HRESULT XmlParser::Parse(const char* block, std::size_t size)
+{
+    if (_failure != S_OK)
+        return _failure;
+    if (size == 0)
+        xmlParseChunk(_parser.get(), "", 0, 1);
+    else
+        xmlParseChunk(_parser.get(), block, static_cast<int>(size), 0);
+    if (_failure == S_OK)
+        CheckSize();
+    if (_failure != S_OK)
+        xmlStopParser(_parser.get());
+    return _failure;
+}
+
+// Limits what the parser keeps until it can report it.
+void XmlParser::CheckSize()
+{
+    const xmlParserInput* const input = _parser->input;
+    const std::ptrdiff_t left = input != nullptr ? input->end - input->cur : 0;
+    if (left > (_parser->instate == XML_PARSER_START_TAG ? kMostTagBytes : kMostMarkupBytes))
+        _failure = E_OUTOFMEMORY;
+}
+
+void XmlParser::Stop(HRESULT failure)
+{
+    _failure = failure;
+    xmlStopParser(_parser.get());
+}
+
+void XmlParser::OnStartDocument(void* self)
+{
+    Guarded(self,
+        [](XmlParser& parser)
+        {
+            constexpr int kNoDeclaration = -1;
+            if (!IsSupportedEncoding(reinterpret_cast<const char*>(parser._parser->encoding)))
+                parser.Stop(kEncodingName);
+            else if (parser._parser->input->standalone != kNoDeclaration)
+                parser._nodes.Add(XmlNodeType_XmlDeclaration, {}, "xml");
+        });
+}
+
+void XmlParser::OnInternalSubset(void* self, const xmlChar*, const xmlChar*, const xmlChar*)
+{
+    Guarded(self, [](XmlParser& parser) { parser.Stop(kTypeProhibited); });
+}
+
+void XmlParser::OnStartElement(void* self, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
+    int namespaces, const xmlChar**, int, int, const xmlChar**)
+{
+    // Like the system's reader, doesn't return a prefix that isn't declared.
+    Guarded(self,
+        [=](XmlParser& parser)
+        {
+            parser.StartElement(uri != nullptr ? TextOf(prefix) : std::string_view(), TextOf(name),
+                static_cast<std::size_t>(namespaces));
+        });
+}
+
+void XmlParser::StartElement(std::string_view prefix, std::string_view name, std::size_t namespaces)
+{
+    if (_depth == kMostDepth)
+        return Stop(kDepthExceeded);
+    if (_namespaces + namespaces > kMostNamespaces)
+        return Stop(E_OUTOFMEMORY);
+    _declarations[_depth++] = static_cast<std::uint16_t>(namespaces);
+    _namespaces += namespaces;
+    // The parser is at the end of the tag, or at an error.
+    const xmlChar* const end = _parser->input->cur;
+    _isEmptyElement = end[0] == '/' && end[1] == '>';
+    if (!_isEmptyElement && end[0] != '>')
+        return;
+    _nodes.Add(XmlNodeType_Element, prefix, name).isEmpty = _isEmptyElement;
+}
+
+void XmlParser::OnEndElement(void* self, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri)
+{
+    Guarded(self, [=](XmlParser& parser)
+        { parser.EndElement(uri != nullptr ? TextOf(prefix) : std::string_view(), TextOf(name)); });
+}
+
+void XmlParser::EndElement(std::string_view prefix, std::string_view name)
+{
+    if (_depth > 0)
+        _namespaces -= _declarations[--_depth];
+    if (!_isEmptyElement)
+        _nodes.Add(XmlNodeType_EndElement, prefix, name);
+    _isEmptyElement = false;
+}
+
+void XmlParser::OnCharacters(void* self, const xmlChar* text, int length)
+{
+    Guarded(self,
+        [=](XmlParser& parser)
+        {
+            // A blank that is a character reference counts as text.
+            const std::string_view piece = TextOf(text, length);
+            const bool isBlank = IsBlank(piece) && parser._parser->input->cur[-1] != ';';
+            if (parser._nodes.OpenType() == XmlNodeType_CDATA)
+                parser._nodes.CloseText();
+            parser.AddPiece(isBlank ? XmlNodeType_Whitespace : XmlNodeType_Text, piece);
+        });
+}
+
+void XmlParser::OnCDATA(void* self, const xmlChar* text, int length)
+{
+    Guarded(self,
+        [=](XmlParser& parser)
+        {
+            // The parser divides a long section.
+            constexpr std::string_view kBegin = "<![CDATA[";
+            const xmlParserInput& input = *parser._parser->input;
+            const bool begins = input.cur - input.base >= static_cast<std::ptrdiff_t>(kBegin.size()) &&
+                                std::memcmp(input.cur - kBegin.size(), kBegin.data(), kBegin.size()) == 0;
+            if (begins || parser._nodes.OpenType() != XmlNodeType_CDATA)
+                parser._nodes.CloseText();
+            parser.AddPiece(XmlNodeType_CDATA, TextOf(text, length));
+        });
+}
+
+void XmlParser::AddPiece(XmlNodeType type, std::string_view piece)
+{
+    _nodes.AddPiece(type, piece);
+    if (_nodes.OpenLength() > kMostTextUnits)
+        Stop(E_OUTOFMEMORY);
+}
+
+void XmlParser::OnComment(void* self, const xmlChar* text)
+{
+    Guarded(self, [=](XmlParser& parser)
+        { parser._nodes.AddValue(parser._nodes.Add(XmlNodeType_Comment, {}, {}), TextOf(text)); });
+}
+
+void XmlParser::OnInstruction(void* self, const xmlChar* target, const xmlChar* data)
+{
+    Guarded(self,
+        [=](XmlParser& parser)
+        {
+            XmlNode& node = parser._nodes.Add(XmlNodeType_ProcessingInstruction, {}, TextOf(target));
+            parser._nodes.AddValue(node, TextOf(data));
+        });
+}
+
+// An error in a text leaves the text incomplete, so it isn't reported. Any other error follows the text.
+void XmlParser::OnError(void* self, xmlErrorPtr error)
+{
+    if (error->level != XML_ERR_FATAL && error->code != XML_NS_ERR_QNAME)
+        return;
+    Guarded(self,
+        [=](XmlParser& parser)
+        {
+            const xmlParserInputState state = parser._parser->instate;
+            const bool isInText = state == XML_PARSER_CDATA_SECTION ||
+                                  (state == XML_PARSER_CONTENT && error->code != XML_ERR_DOCUMENT_END &&
+                                      error->code != XML_ERR_INTERNAL_ERROR);
+            if (isInText)
+                parser._nodes.DropText();
+            parser._nodes.CloseText();
+            // The same error as for an incomplete document.
+            const bool hasJunkBehind = error->code == XML_ERR_DOCUMENT_END && state == XML_PARSER_EPILOG;
+            parser._failure = hasJunkBehind ? kSyntaxError : XmlResult(error->code);
+        });
+}
+
+} // namespace qxplatform

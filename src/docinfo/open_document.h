@@ -1,0 +1,14 @@
+// Parses the properties of OpenDocument files.
+#pragma once
+
+#include "docinfo/document_record.h"
+
+#include <string_view>
+
+namespace qx
+{
+
+// `text` is meta.xml. Entities aren't decoded. What isn't found leaves its field alone.
+void ParseOpenDocument(clsDocu& record, std::wstring_view text);
+
+} // namespace qx

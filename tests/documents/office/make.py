@@ -1,0 +1,117 @@
+#!/usr/bin/python3
+"""Makes the documents of this folder with office programs, and answers.tsv with what exiftool reads from them.
+
+Needs the Debian packages libreoffice-writer-nogui, libreoffice-calc-nogui, pandoc, gnumeric, abiword,
+libimage-exiftool-perl and libarchive-zip-perl. The tests run none of them.
+
+Each row of answers.tsv names a file and a field, the answer of exiftool, the answer of the reader ("=" if it is the same)
+and, if it differs, the rule that makes it differ. Dates are in UTC.
+"""
+import html
+import json
+import os
+import pathlib
+import re
+import subprocess
+import tempfile
+
+FOLDER = pathlib.Path(__file__).resolve().parent
+
+NAMESPACE = "urn:oasis:names:tc:opendocument:xmlns"
+SOURCE = f"""<?xml version="1.0" encoding="UTF-8"?>
+<office:document xmlns:office="{NAMESPACE}:office:1.0" xmlns:meta="{NAMESPACE}:meta:1.0" xmlns:text="{NAMESPACE}:text:1.0"
+    xmlns:table="{NAMESPACE}:table:1.0" xmlns:dc="http://purl.org/dc/elements/1.1/" office:version="1.3"
+    office:mimetype="application/vnd.oasis.opendocument.%s">
+<office:meta><meta:initial-creator>J\u00f6rg Wei\u00df</meta:initial-creator>
+<meta:creation-date>2001-02-03T04:05:06</meta:creation-date><dc:creator>Ann Smith</dc:creator>
+<dc:date>2002-03-04T05:06:07</dc:date><dc:title>Gr\u00f6\u00dfe &amp; Ma\u00df</dc:title><dc:subject>Angebot</dc:subject>
+<dc:description>zweite Fassung</dc:description><meta:keyword>alpha</meta:keyword><meta:keyword>beta</meta:keyword>
+</office:meta><office:body><office:%s>%s</office:%s></office:body></office:document>
+"""
+CELL = '<table:table table:name="S"><table:table-row><table:table-cell/></table:table-row></table:table>'
+NOTES = """---
+title: Notes & plans
+author: [Ann Smith, Bob]
+subject: Plans
+keywords: [one, two]
+description: short
+---
+# Heading
+"""
+
+# The fields of a record, with exiftool's names for Office Open XML, OpenDocument and the XML of word processors.
+WORD_XML = "WordDocumentDocumentProperties"
+FIELDS = {
+    "Title": ("Title", "Title", WORD_XML + "Title"),
+    "Subject": ("Subject", "Subject", WORD_XML + "Subject"),
+    "Author": ("Creator", "Initial-creator", WORD_XML + "Author"),
+    "LastAuthor": ("LastModifiedBy", "Creator", WORD_XML + "LastAuthor"),
+    "Keywords": ("Keywords", "Keyword", WORD_XML + "Keywords"),
+    "Comments": ("Description", "Description", WORD_XML + "Description"),
+    "Created": ("CreateDate", "Creation-date", WORD_XML + "Created"),
+    "LastSaved": ("ModifyDate", "Date", WORD_XML + "LastSaved"),
+}
+
+
+def run(*command, **settings):
+    subprocess.run(command, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=120, **settings)
+
+
+def make(work):
+    for name, kind, body, targets in (
+            ("letter.fodt", "text", "<text:p>Hallo</text:p>", {"odt": "", "docx": "", "xml": "MS Word 2003 XML"}),
+            ("table.fods", "spreadsheet", CELL, {"ods": "", "xlsx": "", "xml": "MS Excel 2003 XML"})):
+        (work / name).write_text(SOURCE % (kind, kind, body, kind), encoding="utf-8")
+        for extension, writer in targets.items():
+            run("soffice", f"-env:UserInstallation=file://{work}/profile", "--headless", "--convert-to",
+                extension + (":" + writer if writer else ""), "--outdir", FOLDER, work / name)
+    (work / "notes.md").write_text(NOTES, encoding="utf-8")
+    for extension in ("docx", "odt"):
+        run("pandoc", work / "notes.md", "-o", FOLDER / f"notes.{extension}",
+            env={**os.environ, "SOURCE_DATE_EPOCH": "981173106"})
+    for extension in ("ods", "xlsx"):
+        run("ssconvert", FOLDER / "table.ods", FOLDER / f"sheet.{extension}")
+    for extension in ("odt", "docx"):
+        run("abiword", f"--to={FOLDER}/article.{extension}", FOLDER / "letter.odt")
+
+
+def date_text(value):
+    numbers = [int(number) for number in re.findall(r"\d+", value)]
+    return "{}-{}-{} {}:{}:{}".format(*numbers[:6])
+
+
+def difference(name, field, value):
+    """Returns the reader's answer and the rule, for what exiftool answers otherwise."""
+    if name == "letter.xml":
+        return "-", "the start tag of the block has attributes"
+    if field == "Keywords" and value == "alpha":
+        return "alpha</meta:keyword><meta:keyword>beta", "keywords without a list reach from the first to the last one"
+    if field == "Keywords" and name == "sheet.ods":
+        return value, ""
+    if "&" in value:
+        return html.escape(value), "entities aren't decoded"
+    return "=", ""
+
+
+def main():
+    with tempfile.TemporaryDirectory() as work:
+        make(pathlib.Path(work))
+    files = sorted(path.name for path in FOLDER.iterdir() if path.suffix not in (".py", ".tsv"))
+    output = subprocess.run(["exiftool", "-j", "-charset", "utf8", *files], cwd=FOLDER, check=True, capture_output=True)
+    rows = []
+    for found in json.loads(output.stdout):
+        name = found["SourceFile"]
+        column = {".xml": 2, ".odt": 1, ".ods": 1}.get(pathlib.Path(name).suffix, 0)
+        for field, names in FIELDS.items():
+            value = found.get(names[column])
+            if value is None:
+                rows.append((name, field, "-", "=", ""))
+                continue
+            value = str(value)
+            if field in ("Created", "LastSaved"):
+                value = date_text(value)
+            rows.append((name, field, value, *difference(name, field, value)))
+    (FOLDER / "answers.tsv").write_text("".join("\t".join(row).rstrip("\t") + "\n" for row in rows), encoding="utf-8")
+
+
+main()

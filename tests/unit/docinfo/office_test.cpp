@@ -1,0 +1,181 @@
+// Office documents in archives and in single XML files, beyond what the comparison of the scanners with patterns
+// covers.
+#include "docinfo/document_list.h"
+#include "docinfo/office_archive.h"
+#include "docinfo/xml_document.h"
+#include "support/temp_folder.h"
+#include "support/zip_builder.h"
+#include "unit/docinfo/document_in_memory.h"
+
+#include <tuple>
+
+using namespace qx;
+using qxtest::Build;
+using qxtest::BuiltMember;
+using qxtest::ReadRecord;
+using qxtest::Repeat;
+
+namespace
+{
+
+constexpr auto kNothing = "-|-|-|-|-|-|-|-";
+const std::string kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
+
+std::string Core(const std::string& properties, const std::string& declaration = kDeclaration, std::uint16_t method = 8)
+{
+    const std::string text = declaration + "<cp:coreProperties x='y'>" + properties + "</cp:coreProperties>";
+    return Build({BuiltMember("word/document.xml", "text"), BuiltMember("docProps/core.xml", text, method)});
+}
+
+std::string Meta(const std::string& properties)
+{
+    return Build({BuiltMember("mimetype", "application/vnd.oasis.opendocument.text", 0),
+        BuiltMember("META.XML", kDeclaration + "<office:document-meta a><office:meta>" + properties +
+                                    "</office:meta></office:document-meta>")});
+}
+
+// The elements below a root element.
+std::string Xml(const std::string& properties)
+{
+    return "<r:r xmlns:r='1' xmlns:cp='2' xmlns:dc='3' xmlns:DC='3' xmlns:meta='4' xmlns:dcterms='5'>" + properties +
+           "</r:r>";
+}
+
+std::string XmlCore(const std::string& properties)
+{
+    return Xml("<cp:coreProperties>" + properties + "</cp:coreProperties>");
+}
+
+std::string Block(const std::string& properties)
+{
+    return "<o:DocumentProperties>" + properties + "</o:DocumentProperties>";
+}
+
+} // namespace
+
+TEST(OfficeReaders, Archives)
+{
+    const std::pair<std::string, const char*> documents[] = {
+        {Core("<dc:title>M\xC3\xBCller &amp; Co</dc:title><dc:subject>s</dc:subject><dc:creator>a</dc:creator>"
+              "<cp:keywords>k, l</cp:keywords><dc:description>c</dc:description>"
+              "<cp:lastModifiedBy>l</cp:lastModifiedBy>"
+              "<dcterms:created xsi:type=\"dcterms:W3CDTF\">2001-02-03T04:05:06Z</dcterms:created>"
+              "<dcterms:modified xsi:type=\"dcterms:W3CDTF\">2002-02-03T04:05:06Z</dcterms:modified>"),
+            "M<fc>ller &amp; Co|s|a|l|k, l|c|2001-2-3 4:5:6|2002-2-3 4:5:6"},
+        {Core("<dc:title>t</dc:title>", "<?xml encoding=\"utf-16\"?>", 0), "t|-|-|-|-|-|-|-"}, // stored, so not decoded
+        {Core("<dc:title>\xE4</dc:title>", "<?xml encoding=\"windows-1251\"?>"), "<434>|-|-|-|-|-|-|-"},
+        {Core("<dcterms:created>never</dcterms:created>"), kNothing},
+        {Build({BuiltMember("docProps/core.xml", "<cp:coreProperties><dc:title>t</dc:title></cp:coreProperties>")}),
+            kNothing},
+        {Meta("<meta:initial-creator>a</meta:initial-creator><dc:creator>l</dc:creator><dc:title>t</dc:title>"
+              "<dc:subject>s</dc:subject><dc:description>c</dc:description>"
+              "<meta:creation-date>2001-02-03T04:05:06.789</meta:creation-date><dc:date>2002-02-03T04:05:06</dc:date>"
+              "<meta:keywords><meta:keyword>a</meta:keyword>\n<meta:keyword>b</meta:keyword><meta:keyword>c</"
+              "meta:keyword>"
+              "</meta:keywords>"),
+            "t|s|a|l|a, b, c|c|2001-2-3 4:5:6|2002-2-3 4:5:6"},
+        {Meta("<dc:creator>l</dc:creator><dc:date>x</dc:date>"), "-|-|-|l|-|-|-|-"},
+        {Meta("<meta:keyword>a</meta:keyword><meta:keyword>b</meta:keyword>"),
+            "-|-|-|-|a</meta:keyword><meta:keyword>b|-|-|-"},
+        {Meta("<meta:keywords></meta:keywords>"), "-|-|-|-||-|-|-"},
+    };
+    for (const auto& [bytes, summary] : documents)
+    {
+        const ReadRecord record(ReadOfficeArchive, bytes);
+        EXPECT_EQ(record.Result(), 0);
+        EXPECT_EQ(record.Summary(), summary);
+    }
+    EXPECT_EQ(ReadRecord(ReadOfficeArchive, Build({BuiltMember("a", "b")})).Result(), -1);
+}
+
+TEST(OfficeReaders, XmlFiles)
+{
+    const std::string title = "<dc:title>t</dc:title>", author = Block("<o:Author>&#65;</o:Author>");
+    const std::pair<std::string, const char*> documents[] = {
+        {XmlCore("<DC:TITLE>a&amp;b</DC:TITLE><dc:subject>s</dc:subject><dc:creator>x</dc:creator>"
+                 "<meta:initial-creator>a</meta:initial-creator><cp:lastModifiedBy>l</cp:lastModifiedBy>"
+                 "<cp:keywords>k</cp:keywords><dc:description>c</dc:description><dc:other>o</dc:other>"
+                 "<dcterms:created>2001-02-03T04:05:06</dcterms:created><dc:date>2002-02-03T04:05:06</dc:date>"),
+            "a&b|s|a|l|k|c|2001-2-3 4:5:6|2002-2-3 4:5:6"},
+        {XmlCore("<dc:date>2002-02-03T04:05:06</dc:date><dcterms:modified>x</dcterms:modified>" + title),
+            "t|-|-|-|-|-|-|-"},
+        {XmlCore("<meta:keyword>a</meta:keyword><meta:keywords><meta:keyword>b</meta:keyword>"
+                 "<meta:keyword>c</meta:keyword></meta:keywords>"),
+            "-|-|-|-|a, b, c|-|-|-"},
+        {XmlCore("<dc:title><![CDATA[c]]></dc:title><dc:subject> </dc:subject><dc:creator/>"), kNothing},
+        {XmlCore("<dc:title>a<dc:title>b</dc:title>c</dc:title>"), "c|-|-|-|-|-|-|-"},
+        // An element without a prefix isn't counted, but its end is.
+        {XmlCore("<p>x</p>" + title), kNothing},
+        {Xml("<cp:COREPROPERTIES>" + title + "</cp:COREPROPERTIES>"), kNothing},
+        {"<r:r>" + XmlCore(title) + "</r:r>", "t|-|-|-|-|-|-|-"},
+        {"<cp:coreProperties xmlns:cp='1' xmlns:dc='2'>" + title + "</cp:coreProperties>", kNothing},
+        {"<r:r><cp:coreProperties>" + title + "</cp:coreProperties></r:r>", kNothing}, // no namespaces
+        // what isn't well-formed
+        {XmlCore(title) + "junk" + author, "t|-|-|-|-|-|-|-"},
+        {"<!DOCTYPE r>" + XmlCore(title) + author, "-|-|A|-|-|-|-|-"},
+        {"<html><br>" + author, "-|-|A|-|-|-|-|-"},
+        // the block of office properties
+        {Xml(author), "-|-|A|-|-|-|-|-"},
+        {XmlCore(title) + author, "t|-|-|-|-|-|-|-"},
+        {Block("<o:Author>a</o:Author><o:Author>b</o:Author><o:Title>t</o:Title><o:Created>x</o:Created>"),
+            "-|-|b|-|-|-|-|-"},
+        {std::string(65'536 - author.size(), ' ') + author, "-|-|A|-|-|-|-|-"},
+        {std::string(65'537 - author.size(), ' ') + author, kNothing},
+        {"", kNothing},
+    };
+    for (const auto& [bytes, summary] : documents)
+    {
+        const ReadRecord record(ReadXML, bytes);
+        EXPECT_EQ(record.Result(), 0);
+        EXPECT_EQ(record.Summary(), summary) << bytes.substr(0, 300);
+    }
+}
+
+TEST(OfficeReaders, ChoiceOfTheReader)
+{
+    const qxtest::TempFolder folder;
+    const std::string archive = Core("<dc:title>t</dc:title>");
+    const std::tuple<const wchar_t*, std::string, const char*, const wchar_t*, const wchar_t*> files[] = {
+        {L"a.docx", archive, "t", L"office archive", L""},
+        {L"a.odt", Meta("<dc:title>t</dc:title>"), "t", L"office archive", L""},
+        {L"a.zip", archive + "x", "-", L"office archive", L""}, // no end of an archive
+        {L"a.XML", XmlCore("<dc:title>t</dc:title>"), "t", L"XML", L""},
+        {L"b.xml", "<a><b></a>", "-", L"XML", L"ERR: read() returned "},
+    };
+    for (const auto& [name, bytes, title, reader, remark] : files)
+    {
+        const clsAutoRelease<clsDocu*> record = clsDocuList(0).Get(folder.Make(name, bytes), 1);
+        EXPECT_TRUE(record->accessible);
+        EXPECT_EQ(qxtest::TextOf(record->Title), title);
+        EXPECT_STREQ(record->reader, reader);
+        EXPECT_TRUE(record->remark.View().starts_with(remark));
+        EXPECT_EQ(std::memcmp(&record->LastSaved, &record->fileTime, sizeof(SYSTEMTIME)), 0);
+    }
+}
+
+// Built to be slow.
+TEST(OfficeReaders, BoundedTime)
+{
+    const std::size_t size = FileWindow::kCapacity - 200;
+    const auto numbered = [=](const char* before, const char* behind)
+    {
+        std::string text;
+        for (int i = 0; text.size() < size; ++i)
+            text.append(before).append(std::to_string(i)).append(behind);
+        return text;
+    };
+    for (const char* const piece : {"<cp:coreProperties ", "<dc:title", "<dc:title>", "</cp:coreProperties>"})
+        qxtest::ExpectQuick(ReadOfficeArchive, Core(Repeat(piece, size)));
+    for (const char* const piece : {"<office:meta>", "</office:meta>", "<meta:keyword>", "<meta:keyword>\n"})
+        for (const char* const open : {"", "<meta:keywords>"})
+            qxtest::ExpectQuick(ReadOfficeArchive, Meta(open + Repeat(piece, size) + "</meta:keywords>"));
+    for (const char* const piece : {"<?xml", " encoding=\"", " encoding=\"a", "?>"})
+        qxtest::ExpectQuick(ReadOfficeArchive, Core("", Repeat(piece, size)));
+    for (const std::string& document : {Repeat("<a>", size), Repeat("<a:b/>", size),
+             "<a" + numbered(" b", "=''") + "/>", "<a" + numbered(" xmlns:b", "=''") + "/>", "<a" + Repeat(" ", size),
+             "<a>" + Repeat("&#65;", size), "<a>" + Repeat("<![CDATA[", size), "<a>" + Repeat("<!--", size),
+             "<!DOCTYPE a [" + Repeat("<!ENTITY a 'b'>", size),
+             "<o:DocumentProperties>" + Repeat("&#38;#", size) + "</o:DocumentProperties>",
+             Repeat("<o:DocumentProperties>", size)})
+        qxtest::ExpectQuick(ReadXML, document);
+}
