@@ -1,5 +1,6 @@
 #include "xml/xml_nodes.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace qxplatform
@@ -10,13 +11,23 @@ namespace
 // Appends UTF-8 that the parser has checked.
 void AppendUTF8(std::u16string& text, std::string_view bytes)
 {
+    const auto isASCII = [](char c)
+    {
+        return static_cast<std::uint8_t>(c) < 0x80;
+    };
     for (std::size_t i = 0; i < bytes.size();)
     {
+        const auto* const run = bytes.data() + i;
+        const auto* const runEnd = std::find_if_not(run, bytes.data() + bytes.size(), isASCII);
+        text.append(run, runEnd);
+        i += static_cast<std::size_t>(runEnd - run);
+        if (i == bytes.size())
+            return;
         const auto lead = static_cast<std::uint8_t>(bytes[i]);
-        const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+        const std::size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
         if (length > bytes.size() - i)
             return;
-        char32_t character = length == 1 ? lead : lead & (0xFFU >> (length + 1));
+        char32_t character = lead & (0xFFU >> (length + 1));
         for (std::size_t k = 1; k < length; ++k)
             character = character << 6 | (static_cast<std::uint8_t>(bytes[i + k]) & 0x3FU);
         if (character >= 0x10000)

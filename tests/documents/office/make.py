@@ -69,8 +69,7 @@ def make(work):
     for extension in ("docx", "odt"):
         run("pandoc", work / "notes.md", "-o", FOLDER / f"notes.{extension}",
             env={**os.environ, "SOURCE_DATE_EPOCH": "981173106"})
-    for extension in ("ods", "xlsx"):
-        run("ssconvert", FOLDER / "table.ods", FOLDER / f"sheet.{extension}")
+    run("ssconvert", FOLDER / "table.ods", FOLDER / "sheet.xlsx")
     for extension in ("odt", "docx"):
         run("abiword", f"--to={FOLDER}/article.{extension}", FOLDER / "letter.odt")
 
@@ -86,8 +85,6 @@ def difference(name, field, value):
         return "-", "the start tag of the block has attributes"
     if field == "Keywords" and value == "alpha":
         return "alpha</meta:keyword><meta:keyword>beta", "keywords without a list reach from the first to the last one"
-    if field == "Keywords" and name == "sheet.ods":
-        return value, ""
     if "&" in value:
         return html.escape(value), "entities aren't decoded"
     return "=", ""

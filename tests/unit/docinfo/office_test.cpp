@@ -1,5 +1,6 @@
 // Office documents in archives and in single XML files, beyond what the comparison of the scanners with patterns
 // covers.
+#include "core/charset/charset_conversion.h"
 #include "docinfo/document_list.h"
 #include "docinfo/office_archive.h"
 #include "docinfo/xml_document.h"
@@ -7,6 +8,10 @@
 #include "support/zip_builder.h"
 #include "unit/docinfo/document_in_memory.h"
 
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <sstream>
 #include <tuple>
 
 using namespace qx;
@@ -129,6 +134,30 @@ TEST(OfficeReaders, XmlFiles)
         EXPECT_EQ(record.Result(), 0);
         EXPECT_EQ(record.Summary(), summary) << bytes.substr(0, 300);
     }
+}
+
+// Compared with exiftool; answers.tsv explains the differences.
+TEST(OfficeReaders, RealDocuments)
+{
+    std::ifstream answers(QXUT_TEST_DOCUMENTS "/office/answers.tsv");
+    int rows = 0;
+    for (std::string line; std::getline(answers, line); ++rows)
+    {
+        std::istringstream row(line);
+        std::string name, field, expected, own;
+        std::getline(std::getline(std::getline(std::getline(row, name, '\t'), field, '\t'), expected, '\t'), own, '\t');
+        std::ifstream file(QXUT_TEST_DOCUMENTS "/office/" + name, std::ios::binary);
+        const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+        const ReadRecord record(name.ends_with(".xml") ? ReadXML : ReadOfficeArchive, bytes);
+        const std::map<std::string, std::string> found = {{"Title", qxtest::TextOf(record->Title)},
+            {"Subject", qxtest::TextOf(record->Subject)}, {"Author", qxtest::TextOf(record->Author)},
+            {"LastAuthor", qxtest::TextOf(record->LastAuthor)}, {"Keywords", qxtest::TextOf(record->Keywords)},
+            {"Comments", qxtest::TextOf(record->Comments)}, {"Created", qxtest::DateOf(record->Created)},
+            {"LastSaved", qxtest::DateOf(record->LastSaved)}};
+        clsCharsetConversionStringCP wide(65001, (own == "=" ? expected : own).c_str());
+        EXPECT_EQ(found.at(field), qxtest::ReadableText(wide.GetWide())) << line;
+    }
+    EXPECT_EQ(rows, 11 * 8);
 }
 
 TEST(OfficeReaders, ChoiceOfTheReader)
