@@ -7,6 +7,8 @@
 #include "docinfo/pdf.h"
 #include "docinfo/rtf.h"
 #include "docinfo/tiff.h"
+#include "docinfo/word2.h"
+#include "docinfo/wordperfect.h"
 #include "files/paths.h"
 
 #include <algorithm>
@@ -58,6 +60,8 @@ struct FirstBytesRow
 
 constexpr FirstBytesRow kByFirstBytes[] = {
     {0x002A4949, 0xFFFFFFFF, {L"TIFF", ReadTIFFFile, ReaderFailure::Ignored}},
+    {0x002DA5DB, 0xFFFFFFFF, {L"Word 2", ReadWord2, ReaderFailure::Ignored}},
+    {0x435057FF, 0xFFFFFFFF, {L"WordPerfect", ReadWordPerfect, ReaderFailure::Ignored}},
     {0x46445025, 0xFFFFFFFF, {L"PDF", ReadPDF, ReaderFailure::Ignored}},
     {0x0000D8FF, 0x0000FFFF, {L"JPEG", ReadJPEG, ReaderFailure::Ignored}},
 };

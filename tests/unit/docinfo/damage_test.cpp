@@ -5,9 +5,12 @@
 #include "docinfo/pdf.h"
 #include "docinfo/rtf.h"
 #include "docinfo/tiff.h"
+#include "docinfo/word2.h"
+#include "docinfo/wordperfect.h"
 #include "unit/docinfo/document_in_memory.h"
 #include "unit/docinfo/pdf_builder.h"
 #include "unit/docinfo/tiff_builder.h"
+#include "unit/docinfo/word_builder.h"
 
 #include <gtest/gtest.h>
 
@@ -50,6 +53,9 @@ TEST(DocumentReaders, BearDamage)
         {ReadMail, "From: =?utf-8?Q?J=C3=BC?= (x =?utf-8?B?YQ==?=) \"q\" <a@b.de>\r\nTo: a@xn--bcher-kva.de\r\n"
                    "Subject: =?utf-8*de?Q?_?=\r\n x\r\nDate: Tue, 03 Feb 2015 10:20:30 +0100\r\n\r\n"},
         {ReadRTF, R"({\rtf1{\info{\title a\'e4}{\creatim\yr2001\mo2}}})"},
+        {ReadWord2, qxtest::Word2Of({"a", "b", "title", "", "author"})},
+        {ReadWordPerfect, qxtest::WordPerfectOf({qxtest::WordPerfectEntry('\x12', 0, 56)},
+                              qxtest::WordPerfectRecord(17, u"title") + qxtest::WordPerfectRecord(1, u"a\uF90A"))},
     };
     std::mt19937 random(1);
     for (const auto& file : files)
