@@ -3,6 +3,7 @@
 #include "core/ticks.h"
 #include "docinfo/document_file.h"
 #include "docinfo/file_window.h"
+#include "docinfo/message.h"
 #include "docinfo/property_set.h"
 #include "docinfo/reader_table.h"
 #include "docinfo/storage.h"
@@ -48,8 +49,9 @@ private:
 bool ReadStorage(clsDocu& record, clsDocFile& file)
 {
     file.Close();
-    record.reader = L"property set";
-    if (ReadPropertySet(record, record.resolvedPath) >= 0)
+    const bool isMessage = GetPathExtension(record.resolvedPath) == L".msg";
+    record.reader = isMessage ? L"message" : L"property set";
+    if ((isMessage ? ReadMessage : ReadPropertySet)(record, record.resolvedPath) >= 0)
         return true;
     record.reader = nullptr;
     file.Open(
@@ -62,7 +64,7 @@ void ReadContents(clsDocu& record, clsDocFile& file)
     record.reader = nullptr;
     record.remark.Empty();
     std::optional<FileWindow> window(std::in_place, file);
-    if (HasStorageSignature(*window) && GetPathExtension(record.resolvedPath) != L".msg")
+    if (HasStorageSignature(*window))
     {
         if (ReadStorage(record, file))
             return;

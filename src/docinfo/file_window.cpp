@@ -1,5 +1,7 @@
 #include "docinfo/file_window.h"
 
+#include "core/text/text_buffer.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -107,6 +109,35 @@ String TextOfBytes(const std::uint8_t* bytes, std::size_t count)
     text.Assign(
         reinterpret_cast<const char*>(bytes), 0, end != nullptr ? static_cast<std::size_t>(end - bytes) : count);
     return text;
+}
+
+std::string ReadToZero(FileWindow& file, std::uint64_t begin, std::size_t most, std::size_t unit)
+{
+    std::string bytes;
+    while (bytes.size() < most)
+    {
+        const std::size_t done = bytes.size();
+        const std::size_t step = std::min(most - done, kLeastRead);
+        bytes.resize(done + step);
+        const std::size_t read = file.Read(begin + done, bytes.data() + done, step);
+        bytes.resize(done + read);
+        for (std::size_t i = done; i + unit <= bytes.size(); i += unit)
+            if (std::all_of(&bytes[i], &bytes[i] + unit, [](char c) { return c == 0; }))
+            {
+                bytes.resize(i);
+                return bytes;
+            }
+        if (read < step)
+            break;
+    }
+    return bytes;
+}
+
+String WideTextOfBytes(std::string_view bytes)
+{
+    TextBuffer text(bytes.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
+    return String(std::wstring_view(text));
 }
 
 } // namespace qx

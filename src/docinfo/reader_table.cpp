@@ -23,19 +23,10 @@ int ReadTIFFFile(clsDocu& record, FileWindow& file)
     return ReadTIFF(record, file, 0);
 }
 
-// Mail clients store messages in compound files with the same extension as mail in text form.
-bool IsCompoundFile(FileWindow& file)
-{
-    static constexpr std::uint8_t kSignature[] = {0xD0, 0xCF, 0x11, 0xE0, 0xA1, 0xB1, 0x1A, 0xE1};
-    const std::uint8_t* const head = file.At(0, sizeof kSignature);
-    return head != nullptr && std::equal(std::begin(kSignature), std::end(kSignature), head);
-}
-
 struct ExtensionRow
 {
     const wchar_t* extension;
     ReaderRow row;
-    bool isNoCompoundFile = false;
 };
 
 constexpr ExtensionRow kByExtension[] = {
@@ -48,7 +39,7 @@ constexpr ExtensionRow kByExtension[] = {
     {L".mht", {L"HTML", ReadHTML, ReaderFailure::ClearsRecord}},
     {L".rtf", {L"RTF", ReadRTF, ReaderFailure::ClearsRecord}},
     {L".eml", {L"mail", ReadMail, ReaderFailure::ClearsRecord}},
-    {L".msg", {L"mail", ReadMail, ReaderFailure::ClearsRecord}, true},
+    {L".msg", {L"mail", ReadMail, ReaderFailure::ClearsRecord}},
 };
 
 struct FirstBytesRow
@@ -73,7 +64,7 @@ const ReaderRow* ChooseReader(const String& path, FileWindow& file)
     const IString extension = GetPathExtension(path);
     const auto* const byName = std::find_if(std::begin(kByExtension), std::end(kByExtension),
         [&](const ExtensionRow& row) { return extension == row.extension; });
-    if (byName != std::end(kByExtension) && !(byName->isNoCompoundFile && IsCompoundFile(file)))
+    if (byName != std::end(kByExtension))
         return &byName->row;
 
     const std::uint8_t* const head = file.At(0, 4);

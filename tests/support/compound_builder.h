@@ -11,9 +11,9 @@
 namespace qxtest
 {
 
-// A root storage with streams and one storage. The elements are a tree that leans to one side, so they must be added in
-// the format's order: shorter names first. `gap` unused sectors in front of everything make the tables of a small file
-// large.
+// A root storage with streams, and storages with streams. The elements of each are a tree that leans to one side, so
+// they must be added in the format's order: shorter names first. `gap` unused sectors in front of everything make the
+// tables of a small file large.
 class CompoundBuilder
 {
 public:
@@ -42,9 +42,11 @@ public:
         return *this;
     }
 
-    // Following elements belong to the storage.
+    // Adds a storage to the root. Following streams belong to it.
     CompoundBuilder& AddStorage(const std::string& name)
     {
+        _parent = 0;
+        _sibling = _rootSibling;
         _parent = AddElement(name, 1);
         _sibling = 0;
         return *this;
@@ -122,6 +124,8 @@ private:
         if (element != 0)
             Put(_elements, _sibling != 0 ? _sibling + 72 : _parent + 76, index);
         _sibling = element;
+        if (_parent == 0)
+            _rootSibling = element;
         return element;
     }
 
@@ -154,7 +158,7 @@ private:
     std::vector<std::uint32_t> _table;
     std::vector<std::uint32_t> _miniTable;
     std::string _sectors, _mini, _elements, _lists;
-    std::size_t _parent = 0, _sibling = 0; // offsets of directory entries; no sibling: 0
+    std::size_t _parent = 0, _sibling = 0, _rootSibling = 0; // offsets of directory entries; no sibling: 0
 };
 
 } // namespace qxtest
