@@ -6,6 +6,7 @@
 #include "docinfo/message.h"
 #include "docinfo/property_set.h"
 #include "docinfo/reader_table.h"
+#include "docinfo/shell_index.h"
 #include "docinfo/storage.h"
 #include "files/paths.h"
 
@@ -44,18 +45,37 @@ private:
     bool _isTaken = false;
 };
 
-// Reads a compound file, whose own modes of sharing need it closed. Returns false on failure; then the reader table
-// decides, and the file is open again unless someone else has locked it.
-bool ReadStorage(clsDocu& record, clsDocFile& file)
+// Opens the file again. Returns false, with the record cleared, if someone else has locked it in the meantime.
+bool Reopen(clsDocu& record, clsDocFile& file)
 {
-    file.Close();
+    file.Open(
+        record.resolvedPath, FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileAttributeNormal);
+    if (!file.IsOpen())
+        record.Clear();
+    return file.IsOpen();
+}
+
+// The next look reads the file again, because the system may find more in the meantime.
+bool ReadIndex(clsDocu& record)
+{
+    record.reader = L"shell index";
+    if (ReadShellIndex(record, record.resolvedPath) >= 0)
+    {
+        record.readTick = 0;
+        return true;
+    }
+    record.reader = nullptr;
+    return false;
+}
+
+// Returns false on failure; then the reader table decides.
+bool ReadStorage(clsDocu& record)
+{
     const bool isMessage = GetPathExtension(record.resolvedPath) == L".msg";
     record.reader = isMessage ? L"message" : L"property set";
     if ((isMessage ? ReadMessage : ReadPropertySet)(record, record.resolvedPath) >= 0)
         return true;
     record.reader = nullptr;
-    file.Open(
-        record.resolvedPath, FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileAttributeNormal);
     return false;
 }
 
@@ -63,16 +83,19 @@ void ReadContents(clsDocu& record, clsDocFile& file)
 {
     record.reader = nullptr;
     record.remark.Empty();
+    // The shell and storages open the file in their own modes of sharing.
+    if (HasShellIndex())
+    {
+        file.Close();
+        if (ReadIndex(record) || !Reopen(record, file))
+            return;
+    }
     std::optional<FileWindow> window(std::in_place, file);
     if (HasStorageSignature(*window))
     {
-        if (ReadStorage(record, file))
+        file.Close();
+        if (ReadStorage(record) || !Reopen(record, file))
             return;
-        if (!file.IsOpen())
-        {
-            record.Clear();
-            return;
-        }
         window.emplace(file);
     }
     const ReaderRow* const row = ChooseReader(record.resolvedPath, *window);
