@@ -11,7 +11,7 @@ namespace qx
 
 String TargetOfShortcut(const String& path)
 {
-    constexpr DWORD kNoDialogAnyMatch = SLR_NO_UI | SLR_ANY_MATCH;
+    constexpr DWORD kNoDialogAnyMatch = DWORD{SLR_NO_UI} | DWORD{SLR_ANY_MATCH};
     // A thread that has entered COM otherwise can use it, too.
     const clsCOMInitialize com;
     clsAutoRelease<IShellLinkW*> link;

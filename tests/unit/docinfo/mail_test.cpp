@@ -155,7 +155,7 @@ TEST(MailReader, TakesMailByItsExtension)
 {
     const std::string storage = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1";
     const std::tuple<const wchar_t*, std::string, bool> files[] = {{L"a.eml", "", true}, {L"a.EML", storage, true},
-        {L"a.msg", "Subject: a\r\n\r\n", true}, {L"a.msg", storage, false}, {L"eml", "Subject: a\r\n\r\n", false}};
+        {L"a.msg", "Subject: a\r\n\r\n", true}, {L"a.msg", storage, true}, {L"eml", "Subject: a\r\n\r\n", false}};
     for (const auto& [path, bytes, isMail] : files)
     {
         const qxtest::MemoryStream stream(bytes);
