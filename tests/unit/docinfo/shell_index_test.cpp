@@ -80,15 +80,15 @@ HRESULT WINAPI ConvertToVariant(const PROPVARIANT& value, VARIANT* variant)
     }
     if (value.vt != VT_FILETIME)
         return S_OK;
-    constexpr std::uint64_t kSecond = 10'000'000, kDay = 86'400 * kSecond;
+    constexpr std::uint64_t kTicksPerSecond = 10'000'000, kTicksPerDay = 86'400 * kTicksPerSecond;
     const std::uint64_t time = std::uint64_t{value.filetime.dwHighDateTime} << 32 | value.filetime.dwLowDateTime;
-    const std::uint64_t second = time - time % kSecond;
+    const std::uint64_t second = time - time % kTicksPerSecond;
     const FILETIME fileTime = {static_cast<DWORD>(second), static_cast<DWORD>(second >> 32)};
     SYSTEMTIME parts = {};
     if (!FileTimeToSystemTime(&fileTime, &parts) || !SystemTimeToVariantTime(&parts, &variant->date))
         return E_INVALIDARG;
     variant->vt = VT_DATE;
-    variant->date += static_cast<double>(time % kSecond) / static_cast<double>(kDay);
+    variant->date += static_cast<double>(time % kTicksPerSecond) / static_cast<double>(kTicksPerDay);
     return S_OK;
 }
 
@@ -101,11 +101,11 @@ HRESULT WINAPI ClearValue(PROPVARIANT* value)
     return S_OK;
 }
 
-constexpr ShellIndex::OpenStore kFirst = [](const wchar_t*, IPropertyStore** store)
+constexpr ShellIndex::OpenStore kOpenFirst = [](const wchar_t*, IPropertyStore** store)
 {
     return OpenTestStore(firstStore, store);
 };
-constexpr ShellIndex::OpenStore kSecond = [](const wchar_t*, IPropertyStore** store)
+constexpr ShellIndex::OpenStore kOpenSecond = [](const wchar_t*, IPropertyStore** store)
 {
     return OpenTestStore(secondStore, store);
 };
@@ -119,14 +119,15 @@ std::int64_t TestTime()
     return static_cast<std::int64_t>(std::uint64_t{fileTime.dwHighDateTime} << 32 | fileTime.dwLowDateTime);
 }
 
-std::string ReadStores(const StoredValues& first, const StoredValues& second, ShellIndex::OpenStore openFirst = kFirst)
+std::string ReadStores(
+    const StoredValues& first, const StoredValues& second, ShellIndex::OpenStore openFirst = kOpenFirst)
 {
     firstStore.values = first;
     secondStore.values = second;
     firstStore.order.clear();
     secondStore.order.clear();
     const clsAutoRelease<clsDocu*> record = clsDocu::Create(L"x", nullptr, 0, 0);
-    const int result = ReadShellIndex(*record, L"x", {openFirst, kSecond, ConvertToVariant, ClearValue});
+    const int result = ReadShellIndex(*record, L"x", {openFirst, kOpenSecond, ConvertToVariant, ClearValue});
     EXPECT_EQ(firstStore.references + secondStore.references, 0u);
     EXPECT_EQ(firstStore.valuesInUse, 0);
     EXPECT_EQ(secondStore.valuesInUse, 0);
@@ -166,7 +167,7 @@ TEST(ShellIndex, MillisecondsOfDates)
         firstStore.values = isFirst ? values : StoredValues();
         secondStore.values = values;
         const clsAutoRelease<clsDocu*> record = clsDocu::Create(L"x", nullptr, 0, 0);
-        EXPECT_EQ(ReadShellIndex(*record, L"x", {kFirst, kSecond, ConvertToVariant, ClearValue}), 0);
+        EXPECT_EQ(ReadShellIndex(*record, L"x", {kOpenFirst, kOpenSecond, ConvertToVariant, ClearValue}), 0);
         EXPECT_EQ(qxtest::DateOf(record->Created), "2001-2-3 4:5:6");
         EXPECT_EQ(record->Created.wMilliseconds, 789);
     }
