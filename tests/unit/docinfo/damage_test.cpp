@@ -14,7 +14,12 @@
 
 #include <gtest/gtest.h>
 
+#include <windows.h>
+
+#include <process.h>
+
 #include <random>
+#include <vector>
 
 using namespace qx;
 using qxtest::ReadRecord;
@@ -39,11 +44,9 @@ std::string SmallTiff()
     return tiff.Bytes();
 }
 
-} // namespace
-
-TEST(DocumentReaders, BearDamage)
+std::vector<std::pair<qxtest::Reader, std::string>> SmallFiles()
 {
-    const std::pair<qxtest::Reader, std::string> files[] = {
+    return {
         {ReadTIFFFile, SmallTiff()},
         {ReadJPEG, qxtest::JpegOf({{0xE0, "JFIF"}, {0xE1, std::string("Exif\0\0", 6) + SmallTiff()}})},
         {ReadPDF, qxtest::PdfOf(
@@ -57,8 +60,33 @@ TEST(DocumentReaders, BearDamage)
         {ReadWordPerfect, qxtest::WordPerfectOf({qxtest::WordPerfectEntry('\x12', 0, 56)},
                               qxtest::WordPerfectRecord(17, u"title") + qxtest::WordPerfectRecord(1, u"a\uF90A"))},
     };
+}
+
+unsigned WINAPI ReadSmallFiles(void* failures)
+{
+    for (const auto& [reader, bytes] : SmallFiles())
+        if (ReadRecord(reader, bytes).Result() != 0)
+            ++*static_cast<int*>(failures);
+    return 0;
+}
+
+} // namespace
+
+TEST(DocumentReaders, NeedLittleStack)
+{
+    constexpr unsigned kStackSize = 256 * 1024; // on windows a program may have more
+    int failures = 0;
+    const auto thread =
+        reinterpret_cast<HANDLE>(_beginthreadex(nullptr, kStackSize, ReadSmallFiles, &failures, 0, nullptr));
+    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    CloseHandle(thread);
+    EXPECT_EQ(failures, 0);
+}
+
+TEST(DocumentReaders, BearDamage)
+{
     std::mt19937 random(1);
-    for (const auto& file : files)
+    for (const auto& file : SmallFiles())
     {
         const qxtest::Reader reader = file.first;
         const std::string& whole = file.second;
