@@ -49,8 +49,10 @@ std::u16string NarrowTextAt(Bytes block, std::uint32_t offset)
 {
     const Bytes text = offset != 0 ? From(block, offset) : Bytes();
     const auto length = static_cast<int>(std::find(text.begin(), text.end(), 0) - text.begin());
+    if (length == 0)
+        return {};
     const auto* const bytes = reinterpret_cast<const char*>(text.data());
-    const int size = length != 0 ? MultiByteToWideChar(CP_ACP, 0, bytes, length, nullptr, 0) : 0;
+    const int size = MultiByteToWideChar(CP_ACP, 0, bytes, length, nullptr, 0);
     std::u16string wide(static_cast<std::size_t>(size), u'\0');
     MultiByteToWideChar(CP_ACP, 0, bytes, length, reinterpret_cast<wchar_t*>(wide.data()), size);
     return wide;
@@ -59,9 +61,9 @@ std::u16string NarrowTextAt(Bytes block, std::uint32_t offset)
 std::u16string WideTextAt(Bytes block, std::uint32_t offset)
 {
     const Bytes text = offset != 0 ? From(block, offset) : Bytes();
-    std::u16string wide(text.size() / sizeof(char16_t), u'\0');
-    std::memcpy(wide.data(), text.data(), wide.size() * sizeof(char16_t));
-    wide.resize(std::min(wide.find(u'\0'), wide.size()));
+    std::u16string wide;
+    for (std::size_t i = 0; i + 1 < text.size() && (text[i] | text[i + 1]) != 0; i += 2)
+        wide += static_cast<char16_t>(text[i] | text[i + 1] << 8);
     return wide;
 }
 
