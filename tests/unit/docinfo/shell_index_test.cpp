@@ -131,7 +131,7 @@ std::string ReadStores(
     EXPECT_EQ(firstStore.references + secondStore.references, 0u);
     EXPECT_EQ(firstStore.valuesInUse, 0);
     EXPECT_EQ(secondStore.valuesInUse, 0);
-    return std::to_string(result) + " " + Summary(*record);
+    return std::to_string(result) + " " + Summary(*record) + "." + std::to_string(record->Created.wMilliseconds);
 }
 
 } // namespace
@@ -143,34 +143,20 @@ TEST(ShellIndex, Rules)
         {6, {VT_LPSTR, "not read"}}, {12, {VT_FILETIME, "", TestTime()}}, {13, {VT_FILETIME, "", TestTime()}}};
     const StoredValues dates = {{2, {VT_EMPTY, ""}}, {12, {VT_FILETIME, "", TestTime()}}, {13, {VT_EMPTY, ""}}};
     const StoredValues late = {{5, {VT_LPSTR, "k"}}, {12, {VT_FILETIME, "", -1}}};
-    const std::string allTexts = "0 t|s|a|-|k|-|2001-2-3 4:5:6|2001-2-3 4:5:6";
+    const std::string allTexts = "0 t|s|a|-|k|-|2001-2-3 4:5:6|2001-2-3 4:5:6.789";
     EXPECT_EQ(ReadStores(texts, {{4, {VT_LPSTR, "not asked"}}}), allTexts);
     EXPECT_EQ(firstStore.order, "2 4 5 3 12 13 ");
     EXPECT_EQ(secondStore.order, "");
     EXPECT_EQ(ReadStores(nothing, texts), allTexts);
-    EXPECT_EQ(ReadStores(texts, nothing, nullptr), "-1 -|-|-|-|-|-|-|-");
-    EXPECT_EQ(ReadStores(dates, nothing), "-1 -|-|-|-|-|-|2001-2-3 4:5:6|-");
+    EXPECT_EQ(ReadStores(texts, nothing, nullptr), "-1 -|-|-|-|-|-|-|-.0");
+    EXPECT_EQ(ReadStores(dates, nothing), "-1 -|-|-|-|-|-|2001-2-3 4:5:6|-.789");
     EXPECT_EQ(secondStore.order, "2 4 5 3 12 13 ");
-    EXPECT_EQ(ReadStores(dates, late), "0 -|-|-|-|k|-|-|-");
+    EXPECT_EQ(ReadStores(dates, late), "0 -|-|-|-|k|-|-|-.0");
     // The type of texts must be VT_LPSTR.
-    EXPECT_EQ(ReadStores({{2, {VT_LPSTR, "t"}}, {5, {VT_LPWSTR, "k"}}}, texts), "-1 t|-|-|-|-|-|-|-");
+    EXPECT_EQ(ReadStores({{2, {VT_LPSTR, "t"}}, {5, {VT_LPWSTR, "k"}}}, texts), "-1 t|-|-|-|-|-|-|-.0");
     EXPECT_EQ(secondStore.order, "");
-    EXPECT_EQ(ReadStores({{2, {VT_LPSTR, "t"}}, {13, {VT_LPSTR, "x"}}}, texts), "-1 t|-|-|-|-|-|-|-");
-    EXPECT_EQ(ReadStores(nothing, {{2, {VT_LPSTR, "t"}}, {3, {VT_BSTR, "x"}}}), "-1 t|-|-|-|-|-|-|-");
-}
-
-TEST(ShellIndex, MillisecondsOfDates)
-{
-    for (const bool isFirst : {true, false})
-    {
-        const StoredValues values = {{2, {VT_LPSTR, "t"}}, {12, {VT_FILETIME, "", TestTime()}}};
-        firstStore.values = isFirst ? values : StoredValues();
-        secondStore.values = values;
-        const clsAutoRelease<clsDocu*> record = clsDocu::Create(L"x", nullptr, 0, 0);
-        EXPECT_EQ(ReadShellIndex(*record, L"x", {kOpenFirst, kOpenSecond, ConvertToVariant, ClearValue}), 0);
-        EXPECT_EQ(qxtest::DateOf(record->Created), "2001-2-3 4:5:6");
-        EXPECT_EQ(record->Created.wMilliseconds, 789);
-    }
+    EXPECT_EQ(ReadStores({{2, {VT_LPSTR, "t"}}, {13, {VT_LPSTR, "x"}}}, texts), "-1 t|-|-|-|-|-|-|-.0");
+    EXPECT_EQ(ReadStores(nothing, {{2, {VT_LPSTR, "t"}}, {3, {VT_BSTR, "x"}}}), "-1 t|-|-|-|-|-|-|-.0");
 }
 
 // Neither the layer nor Wine has property stores.

@@ -106,15 +106,13 @@ TEST(WordPerfect, WorkIsBounded)
 
 TEST(WordProcessors, AreRecognisedByTheirFirstBytes)
 {
-    for (const auto& [bytes, name] :
-        {std::pair(Word2Of({}), L"Word 2"), std::pair(WordPerfectOf({}, ""), L"WordPerfect")})
+    for (const auto& [bytes, reader] :
+        {std::pair(Word2Of({}), &ReadWord2), std::pair(WordPerfectOf({}, ""), &ReadWordPerfect)})
     {
         const qxtest::MemoryStream stream(bytes);
         clsDocFile file(stream);
         FileWindow window(file);
         const ReaderRow* const row = ChooseReader(L"a.doc", window);
-        ASSERT_NE(row, nullptr);
-        EXPECT_STREQ(row->name, name);
-        EXPECT_EQ(row->failure, ReaderFailure::Ignored);
+        EXPECT_TRUE(row != nullptr && row->read == reader && row->failure == ReaderFailure::Ignored);
     }
 }
