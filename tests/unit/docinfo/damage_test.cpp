@@ -1,4 +1,4 @@
-// Damaged files.
+// Small documents of each kind: on a small stack, and damaged.
 #include "support/damage.h"
 
 #include "docinfo/html.h"
@@ -7,23 +7,37 @@
 #include "docinfo/office_archive.h"
 #include "docinfo/pdf.h"
 #include "docinfo/rtf.h"
+#include "docinfo/word2.h"
+#include "docinfo/wordperfect.h"
 #include "docinfo/xml_document.h"
 #include "support/zip_builder.h"
 #include "unit/docinfo/document_in_memory.h"
 #include "unit/docinfo/pdf_builder.h"
 #include "unit/docinfo/tiff_builder.h"
+#include "unit/docinfo/word_builder.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <process.h>
+
+#include <vector>
 
 using namespace qx;
 using qxtest::ReadRecord;
 
-TEST(DocumentReaders, BearDamage)
+namespace
+{
+
+std::vector<std::pair<qxtest::Reader, std::string>> SmallFiles()
 {
     qxtest::TiffBuilder tiff(true);
     tiff.AddText(36867, "2001:02:03 04:05:06");
     const std::uint32_t exif = tiff.EndLoneDirectory();
     tiff.Add(256, 3, 8).Add(257, 3, 6).AddText(269, "title").AddText(306, "2001:02:03 04:05:06");
     tiff.AddRational(33434, 5, 1, 125).Add(34665, 4, exif).EndDirectory();
-    const std::pair<qxtest::Reader, std::string> files[] = {
+    return {
         {qxtest::ReadTIFFFile, tiff.Bytes()},
         {ReadJPEG, qxtest::JpegOf({{0xE0, "JFIF"}, {0xE1, std::string("Exif\0\0", 6) + tiff.Bytes()}})},
         {ReadPDF, qxtest::PdfOf(
@@ -45,8 +59,35 @@ TEST(DocumentReaders, BearDamage)
             "<![CDATA[c]]></cp:coreProperties></a>"},
 #endif
         {ReadRTF, R"({\rtf1{\info{\title a\'e4}{\creatim\yr2001\mo2}}})"},
+        {ReadWord2, qxtest::Word2Of({"a", "b", "title", "", "author"})},
+        {ReadWordPerfect, qxtest::WordPerfectOf({qxtest::WordPerfectEntry('\x12', 0, 56)},
+                              qxtest::WordPerfectRecord(17, u"title") + qxtest::WordPerfectRecord(1, u"a\uF90A"))},
     };
-    for (const auto& [reader, whole] : files)
+}
+
+unsigned WINAPI ReadSmallFiles(void* failures)
+{
+    for (const auto& [reader, bytes] : SmallFiles())
+        *static_cast<int*>(failures) += ReadRecord(reader, bytes).Result() != 0;
+    return 0;
+}
+
+} // namespace
+
+TEST(DocumentReaders, NeedLittleStack)
+{
+    constexpr unsigned kStackSize = 256 * 1024; // on windows a program may have more
+    int failures = 0;
+    const auto thread =
+        reinterpret_cast<HANDLE>(_beginthreadex(nullptr, kStackSize, ReadSmallFiles, &failures, 0, nullptr));
+    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    CloseHandle(thread);
+    EXPECT_EQ(failures, 0);
+}
+
+TEST(DocumentReaders, BearDamage)
+{
+    for (const auto& [reader, whole] : SmallFiles())
     {
         EXPECT_EQ(ReadRecord(reader, whole).Result(), 0);
         qxtest::Damage(whole, 10'000,

@@ -2,6 +2,7 @@
 #include "docinfo/document_list.h"
 #include "docinfo/share_guard.h"
 #include "docinfo/share_reader.h"
+#include "support/link_builder.h"
 #include "support/temp_folder.h"
 #include "unit/docinfo/document_in_memory.h"
 
@@ -265,6 +266,9 @@ TEST_F(DocumentsOnShares, ReadByThreadsOfTheirOwn)
     clsDocuList list(0);
     EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\page.htm", 100), "first");
     EXPECT_EQ(list.Get(L"\\\\server\\share\\page.htm", 100)->resolvedPath.View(), L"\\\\server\\share\\page.htm");
+    const qxtest::TempFolder folder;
+    const String link = folder.Make(L"a.lnk", qxtest::LinkOf({.share = R"(\\server\share)", .suffix = "page.htm"}));
+    EXPECT_EQ(TitleOf(list, link, 100), "first");
     EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\none.htm", 100), "inaccessible");
     EXPECT_EQ(TitleOf(list, L"\\\\server\\missing\\page.htm", 100), "inaccessible");
 }

@@ -1,0 +1,9 @@
+// Whether a thread has entered COM.
+#pragma once
+
+namespace qxplatform
+{
+
+bool HasEnteredCom();
+
+} // namespace qxplatform
