@@ -1,7 +1,7 @@
 #include "docinfo/xml_document.h"
 
 #include "core/text/text_buffer.h"
-#include "docinfo/file_text.h"
+#include "docinfo/com_guard.h"
 #include "docinfo/html_entities.h"
 #include "docinfo/office_block.h"
 #include "docinfo/text_scan.h"
@@ -228,7 +228,9 @@ private:
 
 XmlPass ReadElements(clsDocu& record, FileWindow& file)
 {
-    const clsAutoRelease<IXmlReader*> reader = CreateReader(file.Rewind());
+    const clsCOMInitialize com;
+    const clsAutoRelease<IXmlReader*> reader =
+        com.IsUsable() ? CreateReader(file.Rewind()) : clsAutoRelease<IXmlReader*>();
     return reader ? XmlWalk(record, *reader).Run(file.Size()) : XmlPass::NotFound;
 }
 
