@@ -27,12 +27,13 @@ target_precompile_headers(qx_test_headers PRIVATE
     "$<$<COMPILE_LANGUAGE:CXX>:<gtest/gtest.h$<ANGLE-R>>"
     "$<$<COMPILE_LANGUAGE:C>:<stddef.h$<ANGLE-R>>")
 
-# qx_add_test(NAME program [USES_DATA] [LOCK name] SOURCES ... [LINKS ...] [DEPENDS ...]): adds a GoogleTest program and
-# registers its test cases with ctest. Programs with the same LOCK don't run at the same time, because they share a
-# resource of the system. USES_DATA defines QXUT_TEST_DATA as the path of tests/data; other programs contain no paths,
+# qx_add_test(NAME program [SEPARATE] [USES_DATA] [LOCK name] SOURCES ... [LINKS ...] [DEPENDS ...]): adds a GoogleTest
+# program and registers its test cases with ctest. In the emulator, where a process takes half a second to start, all
+# cases of a program run in one process and are one test, unless they are SEPARATE because a case may damage its process.
+# Programs with the same LOCK don't run at the same time, because they share a resource of the system. USES_DATA defines QXUT_TEST_DATA as the path of tests/data; other programs contain no paths,
 # so that a compiler cache can serve several trees. Each test is labelled with its program.
 function(qx_add_test)
-    cmake_parse_arguments(ARG "USES_DATA" "NAME;LOCK" "SOURCES;LINKS;DEPENDS" ${ARGN})
+    cmake_parse_arguments(ARG "SEPARATE;USES_DATA" "NAME;LOCK" "SOURCES;LINKS;DEPENDS" ${ARGN})
     add_executable(${ARG_NAME} ${ARG_SOURCES})
     target_include_directories(${ARG_NAME} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
     # Each test runs once, so compile time matters more than run time.
@@ -46,11 +47,15 @@ function(qx_add_test)
     if(ARG_DEPENDS)
         add_dependencies(${ARG_NAME} ${ARG_DEPENDS})
     endif()
-    gtest_discover_tests(${ARG_NAME} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120 PROPERTIES
-        TIMEOUT 240
-        LABELS ${ARG_NAME}
-        RESOURCE_LOCK "${ARG_LOCK}"
-        # Tests must not change the settings of the user who runs them. Tests that change settings use a folder of their
-        # own.
-        ENVIRONMENT "QXPLATFORM_HOME=${CMAKE_BINARY_DIR}/test-home")
+    # Tests must not change the settings of the user who runs them. Tests that change settings use a folder of their own.
+    set(properties TIMEOUT 240 LABELS ${ARG_NAME} ENVIRONMENT "QXPLATFORM_HOME=${CMAKE_BINARY_DIR}/test-home")
+    if(ARG_LOCK)
+        list(APPEND properties RESOURCE_LOCK "${ARG_LOCK}")
+    endif()
+    if(WIN32 AND NOT ARG_SEPARATE)
+        add_test(NAME ${ARG_NAME} COMMAND ${ARG_NAME})
+        set_tests_properties(${ARG_NAME} PROPERTIES ${properties})
+    else()
+        gtest_discover_tests(${ARG_NAME} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120 PROPERTIES ${properties})
+    endif()
 endfunction()

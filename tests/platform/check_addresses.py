@@ -1,6 +1,7 @@
 """check_addresses.py READER IMAGE: compares functions and lines of 1,000 addresses of an image with addr2line, and those
 of copies whose debug information is elsewhere, compressed or missing, with those of the image."""
 
+import collections
 import os
 import random
 import re
@@ -20,22 +21,27 @@ def run(*command, **environment):
 
 
 def functions_of_image():
-    """Returns the ranges of all functions that have a symbol. The linker drops the symbols of some copies."""
-    functions = set()
+    """Returns the names of all functions that have a symbol, by begin and size. The linker drops the symbols of some
+    copies, and functions of the same code may share a place."""
+    functions = collections.defaultdict(set)
     for line in run("readelf", "-sW", IMAGE):
         fields = line.split()
         if len(fields) > 7 and fields[3] == "FUNC" and fields[6] != "UND" and int(fields[2], 0) > 0:
-            functions.add((int(fields[1], 16), int(fields[2], 0)))
-    return sorted(functions)
+            functions[int(fields[1], 16), int(fields[2], 0)].add(fields[7])
+    return functions
 
 
 def same_function(name):
-    """Constructors have two names for the same code, and parts of functions have suffixes."""
-    return re.sub(r"([CD])[12]([EIv])", r"\1x\2", name.split(".")[0])
+    """Returns a common name of constructors, which have two names for the same code, of parts of functions, which have
+    suffixes, and of functions of the same code."""
+    whole = name.split(".")[0]
+    return shared_places.get(whole, re.sub(r"([CD])[12]([EIv])", r"\1x\2", whole))
 
 
 random.seed(15)
-ranges = functions_of_image()
+functions_by_place = functions_of_image()
+shared_places = {name: place for place, names in functions_by_place.items() if len(names) > 1 for name in names}
+ranges = sorted(functions_by_place)
 addresses = [hex(begin + random.randrange(size))
              for begin, size in random.choices(ranges, [size for _, size in ranges], k=1000)]
 

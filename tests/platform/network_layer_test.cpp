@@ -4,6 +4,7 @@
 
 #include <winnetwk.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <string>
@@ -19,7 +20,7 @@ using Entries = std::vector<std::pair<std::string, std::string>>;
 
 constexpr DWORD kAll = 0xFFFFFFFF;
 
-// A walk whose blocks are surrounded by bytes that no call may change.
+// A walk whose blocks are followed by bytes that no call may change.
 class Walk
 {
 public:
@@ -32,8 +33,7 @@ public:
         lastSize = size;
         DWORD count = wanted;
         const DWORD result = WNetEnumResourceW(_handle, &count, block.data(), &lastSize);
-        for (std::size_t i = size; i < block.size(); ++i)
-            EXPECT_EQ(block[i], std::byte{0xA5});
+        EXPECT_EQ(std::count(block.begin() + size, block.end(), std::byte{0xA5}), 16);
         for (DWORD i = 0; result == ERROR_SUCCESS && i < count; ++i)
         {
             NETRESOURCEW entry;
@@ -68,10 +68,9 @@ TEST(NetworkOfTheLayer, RelativeLinksToSharesAreConnections)
     Walk walk;
     EXPECT_EQ(walk.Read(kAll, 16000, entries), DWORD{ERROR_SUCCESS});
     EXPECT_EQ(walk.Read(kAll, 16000, entries), DWORD{ERROR_NO_MORE_ITEMS});
-    ASSERT_EQ(entries.size(), 3u);
-    EXPECT_EQ(entries[0], std::make_pair(std::string("B:"), std::string("\\\\gone\\Unreachable")));
-    EXPECT_EQ(entries[1], std::make_pair(std::string("Q:"), std::string("\\\\server\\share")));
-    EXPECT_EQ(entries[2].first, "X:");
+    ASSERT_FALSE(entries.empty());
+    entries.back().second.clear();
+    EXPECT_EQ(entries, (Entries{{"B:", "\\\\gone\\Unreachable"}, {"Q:", "\\\\server\\share"}, {"X:", ""}}));
 }
 
 TEST(NetworkOfTheLayer, WalksFillBlocksOfAnySize)

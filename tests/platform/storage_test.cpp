@@ -1,16 +1,13 @@
 // Compound files.
 #include "platform/system_support.h"
 #include "support/compound_builder.h"
-
-#include <gtest/gtest.h>
-
-#include <windows.h>
+#include "support/damage.h"
 
 #include <objbase.h>
 
 #include <memory>
-#include <random>
 #include <string>
+#include <tuple>
 #include <utility>
 
 using qxtest::CompoundBuilder;
@@ -31,25 +28,12 @@ using Stream = std::unique_ptr<IStream, Releaser>;
 class StorageFile : public testing::Test
 {
 protected:
-    StorageFile()
-    {
-        wchar_t folder[MAX_PATH + 1] = {};
-        GetTempPathW(MAX_PATH, folder);
-        static int number = 0;
-        _path = Text(folder) +
-                Text::Widen("qx-storage-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++number));
-    }
-    ~StorageFile() override { DeleteFileW(_path); }
-
     // Doesn't empty the file first, because file systems then flush it to the disk when it is closed.
     void Write(const std::string& bytes) const
     {
-        const HANDLE file = CreateFileW(_path, GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS, 0, nullptr);
-        DWORD written = 0;
-        EXPECT_NE(file, INVALID_HANDLE_VALUE);
-        WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+        const qxtest::Handle file = qxtest::Open(_path, GENERIC_WRITE, 0, OPEN_ALWAYS);
+        EXPECT_TRUE(qxtest::WriteBytes(file, bytes));
         SetEndOfFile(file);
-        CloseHandle(file);
     }
 
     Storage Open(DWORD mode = STGM_SHARE_DENY_WRITE, HRESULT expected = S_OK) const
@@ -59,7 +43,8 @@ protected:
         return Storage(storage);
     }
 
-    Text _path;
+    const qxtest::Folder _folder;
+    const Text _path = _folder / L"file";
 };
 
 Stream OpenStream(const Storage& storage, const char* name, HRESULT expected = S_OK)
@@ -69,11 +54,16 @@ Stream OpenStream(const Storage& storage, const char* name, HRESULT expected = S
     return Stream(stream);
 }
 
-std::string ReadAll(const Stream& stream)
+std::size_t SizeOf(const Stream& stream)
 {
     STATSTG status = {};
-    stream->Stat(&status, STATFLAG_NONAME);
-    std::string bytes(static_cast<std::size_t>(status.cbSize.QuadPart), '\0');
+    EXPECT_EQ(stream->Stat(&status, STATFLAG_NONAME), S_OK);
+    return static_cast<std::size_t>(status.cbSize.QuadPart);
+}
+
+std::string ReadAll(const Stream& stream)
+{
+    std::string bytes(SizeOf(stream), '\0');
     ULONG read = 0;
     stream->Read(bytes.data(), static_cast<ULONG>(bytes.size()), &read);
     return bytes.substr(0, read);
@@ -81,9 +71,9 @@ std::string ReadAll(const Stream& stream)
 
 std::string Contents(std::size_t size)
 {
-    std::string bytes(size, '\0');
+    std::string bytes;
     for (std::size_t i = 0; i < size; ++i)
-        bytes[i] = static_cast<char>(i * 7 + i / 251);
+        bytes += static_cast<char>(i * 7 + i / 251);
     return bytes;
 }
 
@@ -92,22 +82,21 @@ std::string Contents(std::size_t size)
 TEST_F(StorageFile, StreamsOfBothVersions)
 {
     // With the gap, the table has more sectors than the header lists.
-    for (const auto& [version, gap] : {std::pair(3, 0u), std::pair(3, 14'500u), std::pair(4, 0u)})
+    for (const auto& [version, gap] : {std::pair(3u, 0u), std::pair(3u, 14'500u), std::pair(4u, 0u)})
     {
         SCOPED_TRACE(version);
         CompoundBuilder builder(version, gap);
-        builder.AddStream("A", Contents(1)).AddStream("BB", Contents(4095)).AddStream("bC", Contents(4096));
-        builder.AddStream("DDD", Contents(70'000)).AddStream("EEEE", "");
+        const std::tuple<const char*, const char*, std::size_t> streams[] = {
+            {"A", "a", 1}, {"BB", "BB", 4095}, {"bC", "Bc", 4096}, {"DDD", "ddd", 70'000}, {"EEEE", "eeee", 0}};
+        for (const auto& [name, otherName, size] : streams)
+            builder.AddStream(name, Contents(size));
         builder.AddStorage("Folder").AddStream("inside", "xyz");
         Write(builder.Bytes());
         EXPECT_EQ(StgIsStorageFile(_path), S_OK);
         const Storage storage = Open();
         ASSERT_TRUE(storage);
-        EXPECT_EQ(ReadAll(OpenStream(storage, "a")), Contents(1));
-        EXPECT_EQ(ReadAll(OpenStream(storage, "BB")), Contents(4095));
-        EXPECT_EQ(ReadAll(OpenStream(storage, "Bc")), Contents(4096));
-        EXPECT_EQ(ReadAll(OpenStream(storage, "ddd")), Contents(70'000));
-        EXPECT_EQ(ReadAll(OpenStream(storage, "eeee")), "");
+        for (const auto& [name, otherName, size] : streams)
+            EXPECT_EQ(ReadAll(OpenStream(storage, otherName)), Contents(size));
         OpenStream(storage, "Folder", STG_E_FILENOTFOUND);
         OpenStream(storage, "inside", STG_E_FILENOTFOUND);
         IStorage* folder = nullptr;
@@ -120,21 +109,20 @@ TEST_F(StorageFile, StreamPositions)
 {
     Write(CompoundBuilder().AddStream("Mini", Contents(200)).AddStream("Large", Contents(9'000)).Bytes());
     const Storage storage = Open();
-    for (const auto& [name, size] : {std::pair("Mini", 200), std::pair("Large", 9'000)})
+    for (const auto& [name, size] : {std::pair("Mini", std::size_t{200}), {"Large", 9'000}})
     {
         const Stream stream = OpenStream(storage, name);
-        STATSTG status = {};
-        EXPECT_EQ(stream->Stat(&status, STATFLAG_NONAME), S_OK);
-        EXPECT_EQ(status.cbSize.QuadPart, static_cast<ULONGLONG>(size));
+        EXPECT_EQ(SizeOf(stream), size);
         char bytes[100] = {};
         ULONG read = 0;
         EXPECT_EQ(stream->Seek({.QuadPart = -99}, STREAM_SEEK_END, nullptr), S_OK);
         EXPECT_EQ(stream->Read(bytes, sizeof bytes, &read), S_OK);
-        EXPECT_EQ(std::string(bytes, read), Contents(static_cast<std::size_t>(size)).substr(size - 99u));
+        EXPECT_EQ(std::string(bytes, read), Contents(size).substr(size - 99));
         EXPECT_EQ(stream->Read(bytes, sizeof bytes, &read), S_OK);
         EXPECT_EQ(read, 0u);
 #ifdef __linux__ // Wine moves to any position
-        EXPECT_EQ(stream->Seek({.QuadPart = -size - 1}, STREAM_SEEK_END, nullptr), STG_E_SEEKERROR);
+        EXPECT_EQ(
+            stream->Seek({.QuadPart = -static_cast<LONGLONG>(size) - 1}, STREAM_SEEK_END, nullptr), STG_E_SEEKERROR);
 #endif
     }
 }
@@ -147,8 +135,7 @@ TEST_F(StorageFile, SharingAndLocks)
     Open(STGM_SHARE_DENY_WRITE, STG_E_FILEALREADYEXISTS);
     Write(CompoundBuilder().AddStream("A", "x").Bytes());
     {
-        const qxtest::Handle writer(
-            CreateFileW(_path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
+        const qxtest::Handle writer = qxtest::Open(_path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE);
         EXPECT_EQ(StgIsStorageFile(_path), S_OK);
         Open(STGM_SHARE_DENY_WRITE, STG_E_SHAREVIOLATION);
         Open(STGM_SHARE_EXCLUSIVE, STG_E_SHAREVIOLATION);
@@ -161,11 +148,8 @@ TEST_F(StorageFile, SharingAndLocks)
     }
     const Storage first = Open(STGM_SHARE_DENY_WRITE);
     Open(STGM_SHARE_DENY_WRITE);
-#ifdef __linux__ // Wine locks bytes for the modes of storages
-    Open(STGM_SHARE_EXCLUSIVE, STG_E_SHAREVIOLATION);
-#else
-    Open(STGM_SHARE_EXCLUSIVE, STG_E_LOCKVIOLATION);
-#endif
+    // Wine locks bytes for the modes of storages.
+    Open(STGM_SHARE_EXCLUSIVE, qxtest::kIsLayer ? STG_E_SHAREVIOLATION : STG_E_LOCKVIOLATION);
     IStream* stream = nullptr;
     EXPECT_NE(first->OpenStream(Text::Widen("A"), nullptr, STGM_SHARE_DENY_WRITE, 0, &stream), S_OK);
 }
@@ -176,27 +160,24 @@ TEST_F(StorageFile, Circles)
 {
     // Sector 0 is the first of "Large"; the table of links is the last sector.
     const std::string whole = CompoundBuilder().AddStream("Large", Contents(5'000)).Bytes();
-    const std::size_t table = whole.size() - 512, directory = table - 512;
+    const std::size_t table = whole.size() - 512, element = table - 512 + 128;
     std::string bytes = whole;
     CompoundBuilder::Put(bytes, table, 0); // its own successor
     Write(bytes);
-    {
-        const Stream circle = OpenStream(Open(), "Large");
-        EXPECT_LT(ReadAll(circle).size(), 5'000u);
-        ULONG read = 0;
-        EXPECT_EQ(circle->Read(bytes.data(), 10, &read), STG_E_DOCFILECORRUPT);
-    }
+    Stream large = OpenStream(Open(), "Large");
+    EXPECT_LT(ReadAll(large).size(), 5'000u);
+    ULONG read = 0;
+    EXPECT_EQ(large->Read(bytes.data(), 10, &read), STG_E_DOCFILECORRUPT);
+    large.reset();
 
     bytes = whole;
-    CompoundBuilder::Put(bytes, directory + 128 + 68, 1); // an element to the left of itself
-    CompoundBuilder::Put(bytes, directory + 128 + 72, 1);
-    CompoundBuilder::Put(bytes, directory + 128 + 120, 0x7FFFFFFF);
+    CompoundBuilder::Put(bytes, element + 68, 1); // an element to the left of itself
+    CompoundBuilder::Put(bytes, element + 72, 1);
+    CompoundBuilder::Put(bytes, element + 120, 0x7FFFFFFF);
     Write(bytes);
     OpenStream(Open(), "A", STG_E_FILENOTFOUND);
     OpenStream(Open(), "Longer name", STG_E_FILENOTFOUND);
-    STATSTG status = {};
-    OpenStream(Open(), "Large")->Stat(&status, STATFLAG_NONAME);
-    EXPECT_EQ(status.cbSize.QuadPart, bytes.size());
+    EXPECT_EQ(SizeOf(OpenStream(Open(), "Large")), bytes.size());
 }
 
 TEST_F(StorageFile, BearsDamage)
@@ -207,29 +188,19 @@ TEST_F(StorageFile, BearsDamage)
     const auto check = [&](const std::string& bytes)
     {
         Write(bytes);
-        IStorage* storage = nullptr;
-        if (FAILED(StgOpenStorage(_path, nullptr, STGM_SHARE_DENY_WRITE, nullptr, 0, &storage)))
-            return;
-        const Storage holder(storage);
+        IStorage* opened = nullptr;
+        StgOpenStorage(_path, nullptr, STGM_SHARE_DENY_WRITE, nullptr, 0, &opened);
+        const Storage storage(opened);
         for (const char* const name : {"a", "bb", "ccc", "dddd"})
         {
             IStream* stream = nullptr;
-            if (SUCCEEDED(storage->OpenStream(Text::Widen(name), nullptr, kExclusive, 0, &stream)))
+            if (storage && SUCCEEDED(storage->OpenStream(Text::Widen(name), nullptr, kExclusive, 0, &stream)))
             {
                 EXPECT_LE(ReadAll(Stream(stream)).size(), bytes.size());
             }
         }
     };
-    for (std::size_t length = 0; length < whole.size(); ++length)
-        check(whole.substr(0, length));
-    std::mt19937 random(1);
-    for (int i = 0; i < 2'000; ++i)
-    {
-        std::string bytes = whole;
-        for (unsigned count = random() % 4 + 1; count > 0; --count)
-            bytes[random() % bytes.size()] ^= static_cast<char>(1u << random() % 8);
-        check(bytes);
-    }
+    qxtest::Damage(whole, 2'000, check);
 }
 
 #endif

@@ -4,8 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <numeric>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace qxtest
@@ -17,10 +19,11 @@ namespace qxtest
 class CompoundBuilder
 {
 public:
-    explicit CompoundBuilder(int version = 3, std::uint32_t gap = 0)
+    explicit CompoundBuilder(std::uint32_t version = 3, std::uint32_t gap = 0)
         : _version(version),
           _sectorSize(version == 4 ? 4096 : 512),
-          _table(gap, kFree)
+          _table(gap, kFree),
+          _sectors(gap * _sectorSize, '\0')
     {
         AddElement("Root Entry", 5);
     }
@@ -28,17 +31,8 @@ public:
     CompoundBuilder& AddStream(const std::string& name, std::string_view bytes)
     {
         const std::size_t element = AddElement(name, 2);
-        if (bytes.size() >= 4096)
-            SetContents(element, AddSectors(bytes), bytes.size());
-        else
-        {
-            SetContents(element, static_cast<std::uint32_t>(_miniTable.size()), bytes.size());
-            const std::size_t count = (bytes.size() + 63) / 64;
-            for (std::size_t i = 1; i <= count; ++i)
-                _miniTable.push_back(i < count ? static_cast<std::uint32_t>(_miniTable.size() + 1) : kEnd);
-            _mini += bytes;
-            _mini.resize(_miniTable.size() * 64);
-        }
+        const std::uint32_t start = bytes.size() >= 4096 ? AddSectors(bytes) : AddChain(_miniTable, _mini, 64, bytes);
+        SetContents(element, start, bytes.size());
         return *this;
     }
 
@@ -54,51 +48,34 @@ public:
 
     std::string Bytes()
     {
-        constexpr std::uint32_t kHeaderLists = 109;
+        constexpr std::uint32_t kInHeader = 109;
         SetContents(0, AddSectors(_mini), _mini.size());
-        const std::uint32_t miniTable = AddSectors(Packed(_miniTable));
-        const std::uint32_t directory = AddSectors(_elements);
+        const std::uint32_t miniTable = AddSectors(Packed(_miniTable)), directory = AddSectors(_elements);
 
-        // The table describes its own sectors and those of the list behind the header's.
+        // The table describes its own sectors too, and the one with the list of those that the header has no room for.
         const auto links = static_cast<std::uint32_t>(_sectorSize / 4);
         const auto begin = static_cast<std::uint32_t>(_table.size());
-        std::uint32_t count = 1, lists = 0;
-        for (std::uint32_t before = 0; before != count;)
-        {
-            before = count;
-            lists = count > kHeaderLists ? (count - kHeaderLists + links - 2) / (links - 1) : 0;
-            count = (begin + count + lists + links - 1) / links;
-        }
-        std::vector<std::uint32_t> own;
-        for (std::uint32_t i = 0; i < count; ++i)
-            own.push_back(begin + i);
+        const std::uint32_t count = begin / (links - 1) + 1;
+        const std::uint32_t lists = count > kInHeader ? 1 : 0;
         _table.resize(begin + count, 0xFFFFFFFD);
         _table.resize(begin + count + lists, 0xFFFFFFFC);
+        _table.resize(std::size_t{count} * links, kFree);
+        std::vector<std::uint32_t> list(count);
+        std::iota(list.begin(), list.end(), begin);
+        list.resize(kInHeader + lists * (links - 1), kFree);
+
         std::string header("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8);
         header.resize(_sectorSize);
-        Put(header, 24, 0x3E | static_cast<std::uint32_t>(_version) << 16);
-        Put(header, 28, 0xFFFE | (_version == 4 ? 12u : 9u) << 16);
-        Put(header, 32, 6);
-        Put(header, 44, count);
-        Put(header, 48, directory);
-        Put(header, 56, 4096);
-        Put(header, 60, miniTable);
-        Put(header, 68, lists != 0 ? begin + count : kEnd);
-        Put(header, 72, lists);
-        for (std::uint32_t i = 0; i < kHeaderLists; ++i)
-            Put(header, 76 + i * 4, i < count ? own[i] : kFree);
-        for (std::uint32_t i = kHeaderLists, list = 1; list <= lists; ++list)
-        {
-            std::vector<std::uint32_t> rest;
-            for (; rest.size() < links - 1; ++i)
-                rest.push_back(i < count ? own[i] : kFree);
-            rest.push_back(list < lists ? begin + count + list : kEnd);
-            _lists += Packed(rest);
-        }
-        std::vector<std::uint32_t> table = _table;
-        table.resize(std::size_t{count} * links, kFree);
-        const std::string gap((begin * _sectorSize) - _sectors.size(), '\0');
-        return header + gap + _sectors + Packed(table) + _lists;
+        const std::pair<std::size_t, std::uint32_t> fields[] = {{24, 0x3E | _version << 16},
+            {28, 0xFFFE | (_version == 4 ? 12u : 9u) << 16}, {32, 6}, {44, count}, {48, directory}, {56, 4096},
+            {60, miniTable}, {68, lists != 0 ? begin + count : kEnd}, {72, lists}};
+        for (const auto& [offset, number] : fields)
+            Put(header, offset, number);
+        header.replace(76, kInHeader * 4, Packed(list), 0, kInHeader * 4);
+        std::string bytes = header + _sectors + Packed(_table);
+        if (lists != 0)
+            bytes += Packed(list).substr(kInHeader * 4) + Packed({kEnd});
+        return bytes;
     }
 
     static void Put(std::string& bytes, std::size_t offset, std::uint32_t number)
@@ -113,7 +90,6 @@ private:
     std::size_t AddElement(const std::string& name, char type)
     {
         const std::size_t element = _elements.size();
-        const auto index = static_cast<std::uint32_t>(element / 128);
         _elements.resize(element + 128);
         for (std::size_t i = 0; i < name.size(); ++i)
             _elements[element + i * 2] = name[i];
@@ -122,7 +98,7 @@ private:
         for (const std::size_t link : {68, 72, 76})
             Put(_elements, element + link, kFree);
         if (element != 0)
-            Put(_elements, _sibling != 0 ? _sibling + 72 : _parent + 76, index);
+            Put(_elements, _sibling != 0 ? _sibling + 72 : _parent + 76, static_cast<std::uint32_t>(element / 128));
         _sibling = element;
         if (_parent == 0)
             _rootSibling = element;
@@ -135,16 +111,20 @@ private:
         Put(_elements, element + 120, static_cast<std::uint32_t>(size));
     }
 
-    std::uint32_t AddSectors(std::string_view bytes)
+    std::uint32_t AddSectors(std::string_view bytes) { return AddChain(_table, _sectors, _sectorSize, bytes); }
+
+    // Appends the bytes to an area of sectors, links these in the table, and returns the first one.
+    static std::uint32_t AddChain(
+        std::vector<std::uint32_t>& table, std::string& area, std::size_t sectorSize, std::string_view bytes)
     {
+        const auto first = static_cast<std::uint32_t>(table.size());
+        area += bytes;
+        area.resize((area.size() + sectorSize - 1) / sectorSize * sectorSize);
+        while (table.size() < area.size() / sectorSize)
+            table.push_back(static_cast<std::uint32_t>(table.size() + 1));
         if (bytes.empty())
             return kEnd;
-        const auto first = static_cast<std::uint32_t>(_table.size());
-        const std::size_t count = (bytes.size() + _sectorSize - 1) / _sectorSize;
-        for (std::size_t i = 1; i <= count; ++i)
-            _table.push_back(i < count ? static_cast<std::uint32_t>(first + i) : kEnd);
-        _sectors += bytes;
-        _sectors.resize((_sectors.size() + _sectorSize - 1) / _sectorSize * _sectorSize);
+        table.back() = kEnd;
         return first;
     }
 
@@ -153,11 +133,10 @@ private:
         return {reinterpret_cast<const char*>(numbers.data()), numbers.size() * 4};
     }
 
-    int _version;
+    std::uint32_t _version;
     std::size_t _sectorSize;
-    std::vector<std::uint32_t> _table;
-    std::vector<std::uint32_t> _miniTable;
-    std::string _sectors, _mini, _elements, _lists;
+    std::vector<std::uint32_t> _table, _miniTable;
+    std::string _sectors, _mini, _elements;
     std::size_t _parent = 0, _sibling = 0, _rootSibling = 0; // offsets of directory entries; no sibling: 0
 };
 

@@ -28,15 +28,14 @@ class DocCommand(commands.CommandTest):
         return [text.decode().replace("\r\n", "\n") for text in (done.stdout, done.stderr)]
 
     def test_folders(self):
-        names = ["b.htm", "a/2.htm", "a/1.htm", "c.txt"]
-        for name in names:
-            self.make("tree/" + name, PAGE % name.encode())
+        tree = self.folder / "tree"
+        for name in ["b.htm", "a/2.htm", "a/1.htm", "c.txt"]:
+            self.make(tree / name, PAGE % name.encode())
         if IS_NATIVE:
-            (self.folder / "tree/link").symlink_to(self.folder / "tree/a")
-        found = [json.loads(line) for line in self.doc("--json", "--jobs", "3", str(self.folder / "tree"))[0].splitlines()]
-        self.assertEqual([pathlib.Path(each["file"]).relative_to(self.folder / "tree").as_posix() for each in found],
-                         ["a/1.htm", "a/2.htm", "b.htm", "c.txt"])
-        self.assertEqual([each.get("title") for each in found], ["a/1.htm", "a/2.htm", "b.htm", None])
+            (tree / "link").symlink_to(tree / "a")
+        found = [json.loads(line) for line in self.doc("--json", "--jobs", "3", str(tree))[0].splitlines()]
+        self.assertEqual([(pathlib.Path(each["file"]).relative_to(tree).as_posix(), each.get("title")) for each in found],
+                         [("a/1.htm", "a/1.htm"), ("a/2.htm", "a/2.htm"), ("b.htm", "b.htm"), ("c.txt", None)])
         self.assertRegex(found[3]["saved"], r"^20\d\d-\d\d-\d\d \d\d:\d\d:\d\d$")
 
     def test_formats(self):
@@ -68,8 +67,8 @@ class DocCommand(commands.CommandTest):
         self.assertEqual(self.doc("--files-from", listing, "--fields", "title")[0], "t\nt\n")
         asking = [*commands.COMMAND, "doc", "--files-from", "-", "--json"]
         if not IS_NATIVE:
-            lines = subprocess.run(asking, input=page.encode(), capture_output=True, check=True).stdout.splitlines()
-            self.assertEqual([json.loads(line)["title"] for line in lines], ["t"])
+            output = subprocess.run(asking, input=page.encode(), capture_output=True, check=True).stdout
+            self.assertEqual(json.loads(output)["title"], "t")
             return
         with subprocess.Popen(asking, stdin=subprocess.PIPE, stdout=subprocess.PIPE) as process:
             for _ in range(2):  # each path is answered while the program waits for the next

@@ -2,6 +2,7 @@
 #include "accounts/connection_list.h"
 #include "accounts/file_users.h"
 #include "accounts/path_forms.h"
+#include "support/filled.h"
 #include "support/own_drives.h"
 #include "unit/accounts/fake_server.h"
 
@@ -9,7 +10,7 @@
 
 #include <fstream>
 #include <string>
-#include <utility>
+#include <tuple>
 
 using namespace qx;
 using qxtest::FakeServer;
@@ -19,7 +20,9 @@ using qxtest::OwnDrives;
 namespace
 {
 
-String Changed(bool (*ensure)(const String&, String&), const wchar_t* path)
+using Ensure = bool (*)(const String&, String&);
+
+String Changed(Ensure ensure, const wchar_t* path)
 {
     String result = L"(unchanged)";
     return ensure(path, result) ? result : String(L"failed: ") + result;
@@ -27,37 +30,28 @@ String Changed(bool (*ensure)(const String&, String&), const wchar_t* path)
 
 } // namespace
 
-TEST(ConnectedDrives, LocalForms)
+TEST(ConnectedDrives, PathForms)
 {
     const OwnDrives drives;
     drives.Link("q:", "unc/Server/Share");
     drives.Link("r:", "unc/server/share"); // the first drive of a share counts
-    constexpr std::pair<const wchar_t*, const wchar_t*> kCases[] = {{L"\\\\server\\share", L"Q:"},
-        {L"\\\\SERVER\\share\\", L"Q:\\"}, {L"\\\\server\\SHARE\\a\\..\\B", L"Q:\\B"},
-        {L"\\\\server\\other\\a", L"\\\\server\\other\\a"}, {L"\\\\server\\shares\\a", L"\\\\server\\shares\\a"},
-        {L"Q:\\a\\.\\b", L"Q:\\a\\b"}, {L"q:a", L"q:\\a"}, {L"/a/../b", L"/b"}, {L"\\\\server", L"\\\\server"},
-        {L"", L""}};
-    for (const auto& [path, local] : kCases)
-        EXPECT_STREQ(Changed(EnsureLocalPath, path), local) << String(path).NarrowText();
-}
-
-TEST(ConnectedDrives, FormsOfShares)
-{
-    const OwnDrives drives;
-    drives.Link("q:", "unc/server/share");
-    String longName;
-    longName.Fill(L'n', 200);
     const std::string longServer(600, 's');
     drives.Link("l:", "unc/" + longServer + "/share"); // its universal names need a larger block
-    constexpr std::pair<const wchar_t*, const wchar_t*> kCases[] = {{L"q:\\a\\.\\b", L"\\\\server\\share\\a\\b"},
-        {L"Q:/a", L"\\\\server\\share\\a"}, {L"Q:", L"\\\\server\\share\\"}, {L"C:\\x", L"failed: (unchanged)"},
-        {L"\\\\other\\share\\.\\a", L"\\\\other\\share\\a"}, {L"/a/b", L"/a/b"}, {L"Z:\\a\\b", L"/a/b"}};
-    for (const auto& [path, name] : kCases)
-        EXPECT_STREQ(Changed(EnsureUNCPath, path), name) << String(path).NarrowText();
-    String server;
-    server.Assign(longServer.c_str());
-    EXPECT_STREQ(
-        Changed(EnsureUNCPath, String(L"L:\\") + longName), String(L"\\\\") + server + L"\\share\\" + longName);
+    const String longName = qxtest::Filled(L'n', 200);
+    constexpr std::tuple<Ensure, const wchar_t*, const wchar_t*> kCases[] = {
+        {EnsureLocalPath, L"\\\\server\\share", L"Q:"}, {EnsureLocalPath, L"\\\\SERVER\\share\\", L"Q:\\"},
+        {EnsureLocalPath, L"\\\\server\\SHARE\\a\\..\\B", L"Q:\\B"},
+        {EnsureLocalPath, L"\\\\server\\shares\\a", L"\\\\server\\shares\\a"},
+        {EnsureLocalPath, L"Q:\\a\\.\\b", L"Q:\\a\\b"}, {EnsureLocalPath, L"q:a", L"q:\\a"},
+        {EnsureLocalPath, L"/a/../b", L"/b"}, {EnsureLocalPath, L"\\\\server", L"\\\\server"},
+        {EnsureLocalPath, L"", L""}, {EnsureUNCPath, L"q:\\a\\.\\b", L"\\\\Server\\Share\\a\\b"},
+        {EnsureUNCPath, L"Q:", L"\\\\Server\\Share\\"}, {EnsureUNCPath, L"C:\\x", L"failed: (unchanged)"},
+        {EnsureUNCPath, L"\\\\other\\share\\.\\a", L"\\\\other\\share\\a"}, {EnsureUNCPath, L"/a/b", L"/a/b"},
+        {EnsureUNCPath, L"Z:\\a\\b", L"/a/b"}};
+    for (const auto& [ensure, path, expected] : kCases)
+        EXPECT_STREQ(Changed(ensure, path), expected) << String(path).NarrowText();
+    EXPECT_STREQ(Changed(EnsureUNCPath, String(L"L:\\") + longName),
+        String(L"\\\\") + qxtest::Filled(L's', 600) + L"\\share\\" + longName);
 }
 
 TEST(ConnectedDrives, FilesOnThemAreLookedUpOnTheServer)
@@ -65,20 +59,16 @@ TEST(ConnectedDrives, FilesOnThemAreLookedUpOnTheServer)
     const OwnDrives drives;
     std::ofstream(drives.MakeShare("server", "share") / "a.txt") << "data";
     drives.Link("q:", "unc/server/share");
-    const std::pair<const wchar_t*, std::uint32_t> cases[] = {
-        {L"Q:\\a.txt", PERM_FILE_WRITE}, {L"q:b/../a.txt", PERM_FILE_WRITE}, {L"Q:\\missing", 0}};
-    for (const auto& [path, access] : cases)
+    const std::tuple<const wchar_t*, std::uint32_t, std::size_t> cases[] = {{L"Q:\\a.txt", PERM_FILE_WRITE, 1},
+        {L"q:b/../a.txt", PERM_FILE_WRITE, 1}, {L"Q:\\missing", 0, 1}, {L"C:\\a.txt", 0, 0}}; // C: isn't connected
+    for (const auto& [path, access, calls] : cases)
     {
         FakeServer server({{NERR_Success, {OpenFile(L"C:\\share\\a.txt", L"ann", PERM_FILE_WRITE)}}});
         FileUsers found;
         EXPECT_EQ(GetFileInfoAccess(path, server, found), FileUsersResult::Done);
-        EXPECT_EQ(server.calls, 1u);
+        EXPECT_EQ(server.calls, calls);
         EXPECT_EQ(found.access, access);
     }
-    FakeServer server({});
-    FileUsers found;
-    EXPECT_EQ(GetFileInfoAccess(L"C:\\a.txt", server, found), FileUsersResult::Done) << "not connected";
-    EXPECT_EQ(server.calls, 0u);
 }
 
 TEST(ConnectedDrives, SmallBlocksGrowOnceAndAreReadOneByOne)

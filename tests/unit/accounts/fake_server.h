@@ -17,11 +17,7 @@ class FakeServer : public qx::clsNetAPI32
 {
 public:
     // One answer of NetFileEnum: its status and the files of its block.
-    struct Answer
-    {
-        NET_API_STATUS status;
-        std::vector<FILE_INFO_3> files;
-    };
+    using Answer = std::pair<NET_API_STATUS, std::vector<FILE_INFO_3>>;
 
     explicit FakeServer(std::vector<Answer> script) : answers(std::move(script))
     {
@@ -49,19 +45,19 @@ private:
     }
 
     static NET_API_STATUS WINAPI Enumerate(const wchar_t* server, const wchar_t* base, const wchar_t* user, DWORD level,
-        BYTE** block, DWORD preferred, DWORD* read, DWORD* total, ULONG_PTR* resume)
+        BYTE** block, DWORD preferred, DWORD* read, DWORD*, ULONG_PTR* resume)
     {
         const bool isAsExpected = !base && !user && level == 3 && preferred == MAX_PREFERRED_LENGTH;
         if (!isAsExpected || *resume != current->calls || current->calls == current->answers.size())
             return ERROR_INVALID_PARAMETER;
-        const Answer& answer = current->answers[current->calls];
+        const auto& [status, files] = current->answers[current->calls];
         *resume = ++current->calls;
         current->server = server;
-        // A server that fails gives no block.
-        if (answer.status == NERR_Success || answer.status == ERROR_MORE_DATA)
-            *block = reinterpret_cast<BYTE*>(const_cast<FILE_INFO_3*>(answer.files.data()));
-        *read = *total = static_cast<DWORD>(answer.files.size());
-        return answer.status;
+        // A server that fails returns no block.
+        if (status == NERR_Success || status == ERROR_MORE_DATA)
+            *block = reinterpret_cast<BYTE*>(const_cast<FILE_INFO_3*>(files.data()));
+        *read = static_cast<DWORD>(files.size());
+        return status;
     }
 
     static NET_API_STATUS WINAPI Free(void*) { return ++current->freed, NERR_Success; }

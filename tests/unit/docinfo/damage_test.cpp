@@ -1,10 +1,11 @@
-// Damaged files: each truncation and many changed bits.
+// Damaged files.
+#include "support/damage.h"
+
 #include "docinfo/html.h"
 #include "docinfo/jpeg.h"
 #include "docinfo/mail.h"
 #include "docinfo/pdf.h"
 #include "docinfo/rtf.h"
-#include "docinfo/tiff.h"
 #include "docinfo/word2.h"
 #include "docinfo/wordperfect.h"
 #include "unit/docinfo/document_in_memory.h"
@@ -12,43 +13,47 @@
 #include "unit/docinfo/tiff_builder.h"
 #include "unit/docinfo/word_builder.h"
 
-#include <gtest/gtest.h>
-
-#include <windows.h>
-
 #include <process.h>
-
-#include <random>
-#include <vector>
 
 using namespace qx;
 using qxtest::ReadRecord;
-using qxtest::ReadTIFFFile;
-using qxtest::TiffBuilder;
 
 namespace
 {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int kFlips = 2'000;
-#else
-constexpr int kFlips = 10'000;
-#endif
-
-std::string SmallTiff()
+// Reads with a stack of 256 KB. (On windows a program may have more.)
+int ReadOnSmallStack(qxtest::Reader reader, const std::string& bytes)
 {
-    TiffBuilder tiff(true);
-    tiff.Add(256, 3, 8).Add(257, 3, 6).AddText(269, "title").AddText(306, "2001:02:03 04:05:06");
-    tiff.AddRational(33434, 5, 1, 125).AddExif().EndDirectory();
-    tiff.AddText(36867, "2001:02:03 04:05:06").EndDirectory();
-    return tiff.Bytes();
+    struct Task
+    {
+        qxtest::Reader reader;
+        const std::string& bytes;
+        int result;
+    } task = {reader, bytes, -2};
+    const auto read = [](void* argument)
+    {
+        auto* const what = static_cast<Task*>(argument);
+        what->result = ReadRecord(what->reader, what->bytes).Result();
+        return 0u;
+    };
+    const auto thread = reinterpret_cast<HANDLE>(_beginthreadex(nullptr, 256 * 1024, read, &task, 0, nullptr));
+    WaitForSingleObject(thread, INFINITE);
+    CloseHandle(thread);
+    return task.result;
 }
 
-std::vector<std::pair<qxtest::Reader, std::string>> SmallFiles()
+} // namespace
+
+TEST(DocumentReaders, BearDamage)
 {
-    return {
-        {ReadTIFFFile, SmallTiff()},
-        {ReadJPEG, qxtest::JpegOf({{0xE0, "JFIF"}, {0xE1, std::string("Exif\0\0", 6) + SmallTiff()}})},
+    qxtest::TiffBuilder tiff(true);
+    tiff.AddText(36867, "2001:02:03 04:05:06");
+    const std::uint32_t exif = tiff.EndLoneDirectory();
+    tiff.Add(256, 3, 8).Add(257, 3, 6).AddText(269, "title").AddText(306, "2001:02:03 04:05:06");
+    tiff.AddRational(33434, 5, 1, 125).Add(34665, 4, exif).EndDirectory();
+    const std::pair<qxtest::Reader, std::string> files[] = {
+        {qxtest::ReadTIFFFile, tiff.Bytes()},
+        {ReadJPEG, qxtest::JpegOf({{0xE0, "JFIF"}, {0xE1, std::string("Exif\0\0", 6) + tiff.Bytes()}})},
         {ReadPDF, qxtest::PdfOf(
                       {{"<</Title (a\\(b) /Author <FEFF0047> /ModDate (D:2012) /K [1 2] /D <</A true>> /R 1 0 R>>"}})},
         {ReadHTML, "<head><title>&auml;&#65;</title><o:DocumentProperties><o:Author>a</o:Author></o:DocumentProperties>"
@@ -60,50 +65,14 @@ std::vector<std::pair<qxtest::Reader, std::string>> SmallFiles()
         {ReadWordPerfect, qxtest::WordPerfectOf({qxtest::WordPerfectEntry('\x12', 0, 56)},
                               qxtest::WordPerfectRecord(17, u"title") + qxtest::WordPerfectRecord(1, u"a\uF90A"))},
     };
-}
-
-unsigned WINAPI ReadSmallFiles(void* failures)
-{
-    for (const auto& [reader, bytes] : SmallFiles())
-        if (ReadRecord(reader, bytes).Result() != 0)
-            ++*static_cast<int*>(failures);
-    return 0;
-}
-
-} // namespace
-
-TEST(DocumentReaders, NeedLittleStack)
-{
-    constexpr unsigned kStackSize = 256 * 1024; // on windows a program may have more
-    int failures = 0;
-    const auto thread =
-        reinterpret_cast<HANDLE>(_beginthreadex(nullptr, kStackSize, ReadSmallFiles, &failures, 0, nullptr));
-    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
-    CloseHandle(thread);
-    EXPECT_EQ(failures, 0);
-}
-
-TEST(DocumentReaders, BearDamage)
-{
-    std::mt19937 random(1);
-    for (const auto& file : SmallFiles())
+    for (const auto& [reader, whole] : files)
     {
-        const qxtest::Reader reader = file.first;
-        const std::string& whole = file.second;
-        EXPECT_EQ(ReadRecord(reader, whole).Result(), 0);
-        const auto check = [&](const std::string& bytes)
-        {
-            const int result = ReadRecord(reader, bytes).Result();
-            EXPECT_TRUE(result == 0 || result == -1) << result;
-        };
-        for (std::size_t length = 0; length < whole.size(); ++length)
-            check(whole.substr(0, length));
-        for (int i = 0; i < kFlips; ++i)
-        {
-            std::string bytes = whole;
-            for (unsigned count = random() % 4 + 1; count > 0; --count)
-                bytes[random() % bytes.size()] ^= static_cast<char>(1u << random() % 8);
-            check(bytes);
-        }
+        EXPECT_EQ(ReadOnSmallStack(reader, whole), 0);
+        qxtest::Damage(whole, 10'000,
+            [reader = reader](const std::string& bytes)
+            {
+                const int result = ReadRecord(reader, bytes).Result();
+                EXPECT_TRUE(result == 0 || result == -1) << result;
+            });
     }
 }

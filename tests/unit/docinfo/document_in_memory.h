@@ -7,6 +7,9 @@
 #include "support/memory_stream.h"
 #include "support/readable_text.h"
 
+#include <gtest/gtest.h>
+
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -15,34 +18,12 @@
 namespace qxtest
 {
 
-// No 64 KB take longer, on a busy machine either. Programs are slower with the sanitizers and in the emulator.
+// Programs are slower with the sanitizers and in the emulator.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(_WIN32)
-constexpr double kMostSeconds = 30;
+constexpr bool kIsSlow = true;
 #else
-constexpr double kMostSeconds = 5;
+constexpr bool kIsSlow = false;
 #endif
-
-using Reader = int (*)(qx::clsDocu& record, qx::FileWindow& file);
-
-class ReadRecord
-{
-public:
-    ReadRecord(Reader reader, std::string_view bytes)
-        : _record(qx::clsDocu::Create(qx::String(L"in memory"), nullptr, 0, 0))
-    {
-        const MemoryStream stream(bytes);
-        qx::clsDocFile file(stream);
-        qx::FileWindow window(file);
-        _result = reader(*_record, window);
-    }
-
-    int Result() const { return _result; }
-    qx::clsDocu* operator->() const { return _record.Get(); }
-
-private:
-    qx::clsAutoRelease<qx::clsDocu*> _record;
-    int _result;
-};
 
 // Returns the text, or "-" if the field is empty.
 inline std::string TextOf(const qx::clsVariant& field)
@@ -68,6 +49,60 @@ inline std::string Summary(const qx::clsDocu& record)
         {&record.Title, &record.Subject, &record.Author, &record.LastAuthor, &record.Keywords, &record.Comments})
         all += TextOf(*field) + "|";
     return all + DateOf(record.Created) + "|" + DateOf(record.LastSaved);
+}
+
+using Reader = int (*)(qx::clsDocu& record, qx::FileWindow& file);
+
+inline qx::clsAutoRelease<qx::clsDocu*> EmptyRecord()
+{
+    return qx::clsDocu::Create(qx::String(L"in memory"), nullptr, 0, 0);
+}
+
+class ReadRecord
+{
+public:
+    ReadRecord(Reader reader, std::string_view bytes)
+    {
+        const MemoryStream stream(bytes);
+        qx::clsDocFile file(stream);
+        qx::FileWindow window(file);
+        _result = reader(*_record, window);
+    }
+
+    int Result() const { return _result; }
+    std::string Summary() const { return qxtest::Summary(*_record); }
+    qx::clsDocu* operator->() const { return _record.Get(); }
+
+private:
+    qx::clsAutoRelease<qx::clsDocu*> _record = EmptyRecord();
+    int _result;
+};
+
+// Returns a text from the default 8-bit code page.
+inline qx::String Wide(const std::string& text)
+{
+    qx::String wide;
+    wide.Assign(text.c_str());
+    return wide;
+}
+
+// Returns as many repetitions as fit into `size` bytes.
+inline std::string Repeat(std::string_view piece, std::size_t size)
+{
+    std::string text;
+    while (text.size() + piece.size() <= size)
+        text += piece;
+    return text;
+}
+
+// Reads bytes that are built to be slow, and expects success even on a busy machine within a few
+// seconds.
+inline void ExpectQuick(Reader reader, std::string_view bytes)
+{
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(ReadRecord(reader, bytes).Result(), 0);
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
+    EXPECT_LT(seconds.count(), kIsSlow ? 30 : 5) << bytes.substr(0, 60);
 }
 
 } // namespace qxtest

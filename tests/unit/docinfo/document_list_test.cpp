@@ -4,18 +4,22 @@
 #include "docinfo/share_reader.h"
 #include "support/link_builder.h"
 #include "support/temp_folder.h"
-#include "support/variable.h"
 #include "unit/docinfo/document_in_memory.h"
 
-#include <gtest/gtest.h>
+#if !defined(_WIN32)
+#include "support/own_drives.h"
+#endif
 
 #include <atomic>
 #include <chrono>
-#include <filesystem>
+#include <fstream>
+#include <future>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 using namespace qx;
+using namespace std::chrono_literals;
 using qxtest::MakeFile;
 using qxtest::TempFolder;
 using qxtest::TextOf;
@@ -64,37 +68,34 @@ TEST(DocumentList, ReadsAgainWhatHasChanged)
     clsDocuList list(1'000);
     const auto record = list.Get(path, 0);
     const FILETIME time = {0, 0x01D00000};
-    const auto expire = [&]
+    const auto titleAfterExpiry = [&]
     {
         record->readTick = 1;
+        return TitleOf(list, path);
     };
 
     // A record that has expired is parsed again only if the file's time has changed.
     MakeFile(path, kSecond);
-    SYSTEMTIME unchanged = record->fileTime;
     FILETIME written = {};
-    SystemTimeToFileTime(&unchanged, &written);
+    SystemTimeToFileTime(&record->fileTime, &written);
     qxtest::SetWriteTime(path, written);
-    expire();
-    EXPECT_EQ(TitleOf(list, path), "first");
+    EXPECT_EQ(titleAfterExpiry(), "first");
     qxtest::SetWriteTime(path, time);
-    expire();
-    EXPECT_EQ(TitleOf(list, path), "second");
-    FileTimeToSystemTime(&time, &unchanged);
-    EXPECT_EQ(qxtest::DateOf(record->LastSaved), qxtest::DateOf(unchanged));
+    EXPECT_EQ(titleAfterExpiry(), "second");
+    SYSTEMTIME changed = {};
+    FileTimeToSystemTime(&time, &changed);
+    EXPECT_EQ(qxtest::DateOf(record->LastSaved), qxtest::DateOf(changed));
 
     // A record that was cleared is read although the time is the same.
     DeleteFileW(path);
-    expire();
-    EXPECT_EQ(TitleOf(list, path), "inaccessible");
+    EXPECT_EQ(titleAfterExpiry(), "inaccessible");
     MakeFile(path, kFirst);
     qxtest::SetWriteTime(path, time);
     EXPECT_EQ(TitleOf(list, path), "first");
 
     // A file in use leaves the record as it is, and is tried at the next request.
     const HANDLE lock = CreateFileW(path, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-    expire();
-    EXPECT_EQ(TitleOf(list, path), "first");
+    EXPECT_EQ(titleAfterExpiry(), "first");
     EXPECT_EQ(record->readTick, 0u);
     CloseHandle(lock);
     EXPECT_EQ(TitleOf(list, path), "first");
@@ -106,32 +107,31 @@ TEST(DocumentList, ReadersByNameAndByFirstBytes)
     const TempFolder folder;
     clsDocuList list(0);
     using namespace std::string_view_literals;
-    const struct
-    {
-        const wchar_t* name;
-        std::string_view bytes;
-        const char* title; // "-": accessible without a title
-        const wchar_t* reader;
-    } files[] = {
+    constexpr auto kStorage = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv; // a compound file's first bytes
+    // The title "-" means an accessible file without a title.
+    const std::tuple<const wchar_t*, std::string_view, const char*, const wchar_t*> files[] = {
         {L"a.HTM", kFirst, "first", L"HTML"},
         {L"a.mht", kFirst, "first", L"HTML"},
-        {L"a.txt", kFirst, "-", L"-"},
+        {L"a.txt", kFirst, "-", nullptr},
         {L"a.tif", "not a TIFF file", "inaccessible", L"TIFF"},
         {L"b.tif", "MM\0*\0\0\0\0"sv, "-", L"TIFF"},
-        {L"c.img", "MM\0*\0\0\0\0"sv, "-", L"-"}, // first bytes of the other order aren't known
+        {L"c.img", "MM\0*\0\0\0\0"sv, "-", nullptr}, // first bytes of the other order aren't known
         {L"d.img", "II*\0\0\0\0\0"sv, "-", L"TIFF"},
         {L"e.img", "II*\0"sv, "-", L"TIFF"}, // first bytes prove little, so the reader may fail
         {L"f.jpg", "\xFF\xD8", "-", L"JPEG"},
         {L"g", "\xFF\xD8\xFF\xD9", "-", L"JPEG"},
-        {L"h", "\xFF\xD8", "-", L"-"}, // fewer than four bytes
+        {L"h", "\xFF\xD8", "-", nullptr}, // fewer than four bytes
         {L"i.rtf", R"({\info{\title x}})", " x", L"RTF"},
+        {L"j.EML", kStorage, "-", L"mail"},
+        {L"j.msg", "Subject: a\r\n\r\n", "a", L"mail"},
+        {L"k.msg", kStorage, "-", nullptr},
+        {L"eml", "Subject: a\r\n\r\n", "-", nullptr},
     };
-    for (const auto& file : files)
+    for (const auto& [name, bytes, title, reader] : files)
     {
-        const String path = folder.Make(file.name, file.bytes);
-        EXPECT_EQ(TitleOf(list, path), file.title) << String(file.name).NarrowText();
-        const wchar_t* const reader = list.Get(path, 0)->reader;
-        EXPECT_STREQ(reader != nullptr ? reader : L"-", file.reader);
+        const String path = folder.Make(name, bytes);
+        EXPECT_EQ(TitleOf(list, path), title) << String(name).NarrowText();
+        EXPECT_STREQ(list.Get(path, 0)->reader, reader);
     }
     EXPECT_EQ(TitleOf(list, folder.Path()), "inaccessible"); // a folder
 }
@@ -139,12 +139,11 @@ TEST(DocumentList, ReadersByNameAndByFirstBytes)
 TEST(DocumentList, ManyThreads)
 {
     const TempFolder folder;
-    std::vector<String> paths;
-    for (int i = 0; i < 5; ++i)
-        paths.push_back(folder.Make(String(String::kFormatted, L"%d.htm", i), kFirst));
+    const String paths[] = {
+        folder.Make(L"1.htm", kFirst), folder.Make(L"2.htm", kFirst), folder.Make(L"3.htm", kFirst)};
     clsDocuList shared(1'000);
     std::atomic<int> failures = 0;
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (unsigned number = 0; number < 8; ++number)
         threads.emplace_back(
             [&, number]
@@ -152,13 +151,12 @@ TEST(DocumentList, ManyThreads)
                 clsDocuList own(number % 2);
                 for (unsigned i = 0; i < 100; ++i)
                 {
-                    const String& path = paths[(i + number) % paths.size()];
+                    const String& path = paths[(i + number) % 3];
                     failures += TitleOf(shared, path) != "first" || TitleOf(own, path) != "first";
                     shared.Get(path, 0)->readTick = 1; // expired
                 }
             });
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.clear();
     EXPECT_EQ(failures, 0);
 }
 
@@ -175,7 +173,7 @@ TEST(DocumentList, OpensAndClosesQuickly)
         EXPECT_EQ(TitleOf(list, path), "first");
         EXPECT_EQ(list.GetThreadState(), clsThreadBase::State::Running);
     }
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 20s);
 }
 
 TEST(DocumentCache, DropsExpiredRecords)
@@ -197,18 +195,17 @@ TEST(DocumentCache, DropsExpiredRecords)
 namespace
 {
 
-bool WaitUntil(const std::function<bool()>& condition)
+class DocumentsOnShares : public testing::Test
 {
-    for (int i = 0; i < 1'000; ++i, Sleep(10))
-        if (condition())
-            return true;
-    return false;
-}
+protected:
+    const qxtest::OwnDrives _drives;
+    const std::filesystem::path _share = _drives.MakeShare("server", "share");
+};
 
-// Stands for a server that doesn't answer: readings wait until Release.
-class HangingServer
+// Simulates a server that doesn't answer: readings of "slow" files wait until Release.
+class HangingServer : public DocumentsOnShares
 {
-public:
+protected:
     HangingServer()
     {
         started = 0;
@@ -224,36 +221,23 @@ public:
                 clsDocu::SetText(record.Title, L"from the server");
             });
     }
-    ~HangingServer()
+    ~HangingServer() override
     {
-        Release();
         SetShareReading(nullptr);
         CloseHandle(released);
     }
-    HangingServer(const HangingServer&) = delete;
-    HangingServer& operator=(const HangingServer&) = delete;
 
     static void Release() { SetEvent(released); }
-
-    static inline std::atomic<int> started = 0;
+    static bool WaitForReadings(std::size_t count)
+    {
+        for (int i = 0; i < 1'000 && started < count; ++i)
+            Sleep(10);
+        return started == count;
+    }
 
 private:
-    static inline HANDLE released = nullptr;
-};
-
-class DocumentsOnShares : public testing::Test
-{
-protected:
-    DocumentsOnShares()
-    {
-        std::filesystem::create_directories(_home / "dosdevices/unc/server/share");
-        std::filesystem::create_directories(_home / "dosdevices/unc/server/other");
-    }
-    ~DocumentsOnShares() override { std::filesystem::remove_all(_home); }
-
-    const TempFolder _folder;
-    const std::filesystem::path _home = qxtest::NativePath(_folder.Path(L"home"));
-    const qxtest::Variable _variable{L"QXPLATFORM_HOME", _folder.Path(L"home")};
+    static inline std::atomic<std::size_t> started;
+    static inline HANDLE released;
 };
 
 const String kSlow = L"\\\\server\\share\\slow.htm", kQuick = L"\\\\server\\share\\quick.htm";
@@ -267,78 +251,60 @@ TEST_F(DocumentsOnShares, Names)
         {L"c:\\a", L""}};
     for (const auto& [path, share] : paths)
         EXPECT_EQ(ShareOfPath(path).View(), share);
-    // Once a share didn't answer, it isn't asked again.
+    // A share that didn't answer once is not tried again.
     const IString back(L"\\\\server\\back");
     EXPECT_FALSE(IsShareUnreachable(back, true));
     EXPECT_TRUE(IsShareUnreachable(back, false));
-    std::filesystem::create_directories(_home / "dosdevices/unc/server/back");
+    _drives.MakeShare("server", "back");
     EXPECT_TRUE(IsShareUnreachable(IString(L"\\\\SERVER\\Back"), false));
-    EXPECT_FALSE(IsShareUnreachable(IString(L"\\\\server\\other"), false));
+    EXPECT_FALSE(IsShareUnreachable(IString(L"\\\\server\\share"), false));
 }
 
 TEST_F(DocumentsOnShares, ReadByThreadsOfTheirOwn)
 {
-    std::filesystem::create_directories(_home / "dosdevices/unc/server/share/folder");
-    MakeFile(_folder.Path(L"home/dosdevices/unc/server/share/page.htm"), kFirst);
+    std::ofstream(_share / "page.htm") << kFirst;
     clsDocuList list(0);
     EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\page.htm", 100), "first");
     EXPECT_EQ(list.Get(L"\\\\server\\share\\page.htm", 100)->resolvedPath.View(), L"\\\\server\\share\\page.htm");
-    const String link = _folder.Make(L"a.lnk", qxtest::LinkOf({.share = R"(\\server\share)", .suffix = "page.htm"}));
+    const TempFolder folder;
+    const String link = folder.Make(L"a.lnk", qxtest::LinkOf({.share = R"(\\server\share)", .suffix = "page.htm"}));
     EXPECT_EQ(TitleOf(list, link, 100), "first");
     EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\none.htm", 100), "inaccessible");
     EXPECT_EQ(TitleOf(list, L"\\\\server\\missing\\page.htm", 100), "inaccessible");
 }
 
-TEST_F(DocumentsOnShares, AServerThatHangs)
+TEST_F(HangingServer, LateResultsAreDropped)
 {
-    HangingServer server;
     clsDocuList list(1'000);
     EXPECT_EQ(TitleOf(list, kSlow, 0), "inaccessible"); // the caller doesn't wait
     EXPECT_EQ(TitleOf(list, kQuick, 100), "from the server");
-    EXPECT_TRUE(WaitUntil([] { return HangingServer::started == 2; }));
-    HangingServer::Release();
+    EXPECT_TRUE(WaitForReadings(2));
+    Release();
     Sleep(50);
     EXPECT_EQ(TitleOf(list, kSlow, 0), "inaccessible"); // the late result is dropped
 }
 
-TEST_F(DocumentsOnShares, TwentyReadersAtMost)
+TEST_F(HangingServer, TwentyReadersAtMost)
 {
-    HangingServer server;
     clsDocuList list(0);
     for (std::size_t i = 0; i < clsDocuList::kMostReaders; ++i)
         list.Get(kSlow, 0);
-    std::atomic<bool> isBack = false;
-    std::thread last(
-        [&]
-        {
-            list.Get(kSlow, 0);
-            isBack = true;
-        });
-    EXPECT_TRUE(WaitUntil([] { return HangingServer::started == clsDocuList::kMostReaders + 1; }));
+    const auto last = std::async(std::launch::async, [&] { list.Get(kSlow, 0); });
+    EXPECT_TRUE(WaitForReadings(clsDocuList::kMostReaders + 1));
     EXPECT_EQ(TitleOf(list, kQuick, 100), "from the server"); // a reader that has ended needs no room
-    Sleep(200);
-    EXPECT_FALSE(isBack);
-    HangingServer::Release();
-    last.join();
+    EXPECT_EQ(last.wait_for(200ms), std::future_status::timeout);
+    Release();
+    last.wait();
 }
 
-TEST_F(DocumentsOnShares, ClosingWaitsForTheReaders)
+TEST_F(HangingServer, ClosingWaitsForTheReaders)
 {
-    HangingServer server;
     auto list = std::make_unique<clsDocuList>(0);
     list->Get(kSlow, 0);
-    std::atomic<bool> isClosed = false;
-    std::thread closing(
-        [&]
-        {
-            list.reset();
-            isClosed = true;
-        });
-    Sleep(100);
-    EXPECT_FALSE(isClosed);
-    HangingServer::Release();
-    closing.join();
-    EXPECT_TRUE(isClosed);
+    const auto closing = std::async(std::launch::async, [&] { list.reset(); });
+    EXPECT_EQ(closing.wait_for(100ms), std::future_status::timeout);
+    Release();
+    closing.wait();
 }
 
 #endif

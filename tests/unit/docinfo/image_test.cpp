@@ -1,15 +1,12 @@
 // TIFF directories and the EXIF block of JPEG files.
 #include "docinfo/jpeg.h"
-#include "docinfo/tiff.h"
 #include "unit/docinfo/document_in_memory.h"
 #include "unit/docinfo/tiff_builder.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
+#include <tuple>
 
 using namespace qx;
-using qxtest::DateOf;
+using namespace std::string_view_literals;
 using qxtest::JpegOf;
 using qxtest::ReadRecord;
 using qxtest::ReadTIFFFile;
@@ -28,7 +25,6 @@ TEST(TiffReader, Fields)
 {
     for (const bool isBigEndian : {false, true})
     {
-        SCOPED_TRACE(isBigEndian);
         TiffBuilder tiff(isBigEndian);
         tiff.Add(256, kShort, 800).Add(257, kLong, 600);
         tiff.AddText(269, "title").AddText(270, "abc").AddText(272, "model").AddText(306, "2001:02:03 04:05:06");
@@ -37,25 +33,14 @@ TEST(TiffReader, Fields)
         tiff.Add(256, kShort, 7).EndDirectory(); // without height there is no size
         const ReadRecord record(ReadTIFFFile, tiff.Bytes());
         EXPECT_EQ(record.Result(), 0);
-        EXPECT_EQ(TextOf(record->Title), "title");
-        EXPECT_EQ(TextOf(record->Subject), "abc");
-        EXPECT_EQ(TextOf(record->Author), "artist, scanner");
-        EXPECT_EQ(TextOf(record->Comments), "copyright, (800 * 600 px), (40 * 30 px)");
-        EXPECT_EQ(DateOf(record->Created), "2001-2-3 4:5:6");
+        EXPECT_EQ(
+            record.Summary(), "title|abc|artist, scanner|-|-|copyright, (800 * 600 px), (40 * 30 px)|2001-2-3 4:5:6|-");
     }
 }
 
 TEST(TiffReader, CameraSettings)
 {
-    struct Setting
-    {
-        std::uint16_t tag;
-        std::uint16_t type;
-        std::uint32_t numerator;
-        std::uint32_t denominator;
-        const char* comments;
-    };
-    const Setting settings[] = {
+    const std::tuple<std::uint16_t, std::uint16_t, std::uint32_t, std::uint32_t, const char*> settings[] = {
         {33434, kRational, 1, 125, "t=1/125 s"},
         {33434, kRational, 2, 1, "t=2 s"},
         {33434, kRational, 0, 1, "-"},
@@ -65,72 +50,63 @@ TEST(TiffReader, CameraSettings)
         {33437, kRational, 28, 10, "f=3"},
         {37382, kSignedRational, 12345, 1000, "d=12.3 m"},
     };
-    for (const Setting& setting : settings)
+    for (const auto& [tag, type, numerator, denominator, comments] : settings)
     {
         TiffBuilder tiff(true);
-        tiff.AddRational(setting.tag, setting.type, setting.numerator, setting.denominator).EndDirectory();
+        tiff.AddRational(tag, type, numerator, denominator).EndDirectory();
         const ReadRecord record(ReadTIFFFile, tiff.Bytes());
-        EXPECT_EQ(TextOf(record->Comments), setting.comments) << setting.tag;
-        EXPECT_EQ(record->remark == L"bad TIFF data type", setting.type == kUndefined);
+        EXPECT_EQ(TextOf(record->Comments), comments) << tag;
+        EXPECT_EQ(record->remark == L"bad TIFF data type", type == kUndefined);
     }
     TiffBuilder none(false);
     none.Add(33434, kRational, 8, 0).EndDirectory();
     EXPECT_EQ(TextOf(ReadRecord(ReadTIFFFile, none.Bytes())->Comments), "-"); // no value at all
 }
 
-TEST(TiffReader, BadHeaders)
-{
-    using namespace std::string_view_literals;
-    const std::pair<std::string_view, const wchar_t*> headers[] = {
-        {"II*\0"sv, L"error reading header"},
-        {"XY*\0\0\0\0\0"sv, L"Not a TIFF file, bad magic number 22872 (0x5958)"},
-        {"II+\0\0\0\0\0"sv, L"Not a TIFF file, bad version number 43 (0x2b)"},
-    };
-    for (const auto& [bytes, remark] : headers)
-    {
-        const ReadRecord record(ReadTIFFFile, bytes);
-        EXPECT_EQ(record.Result(), -1);
-        EXPECT_EQ(record->remark.View(), remark);
-    }
-    EXPECT_EQ(ReadRecord(ReadTIFFFile, "II*\0\0\0\0\0"sv).Result(), 0);
-}
-
-TEST(TiffReader, DamagedDirectories)
+TEST(TiffReader, DamagedFiles)
 {
     TiffBuilder tiff(false);
     tiff.AddText(269, "ab").AddText(270, "cd").EndDirectory();
-    const std::string whole = tiff.Bytes();
-    const ReadRecord cut(ReadTIFFFile, whole.substr(0, 8 + 2 + 12 + 5));
-    EXPECT_EQ(TextOf(cut->Title), "ab");
-    EXPECT_EQ(TextOf(cut->Subject), "-");
-    EXPECT_EQ(cut->remark.View(), L"Could only read 1 of 2 entries in directory at offset 0x8");
-    EXPECT_EQ(ReadRecord(ReadTIFFFile, whole.substr(0, 9))->remark.View(), L"read error directory count");
+    const std::string& whole = tiff.Bytes();
+    const std::tuple<std::string_view, int, const wchar_t*> files[] = {
+        {"II*\0"sv, -1, L"error reading header"},
+        {"XY*\0\0\0\0\0"sv, -1, L"Not a TIFF file, bad magic number 22872 (0x5958)"},
+        {"II+\0\0\0\0\0"sv, -1, L"Not a TIFF file, bad version number 43 (0x2b)"},
+        {"II*\0\0\0\0\0"sv, 0, L""},
+        {std::string_view(whole).substr(0, 9), 0, L"read error directory count"},
+        {std::string_view(whole).substr(0, 8 + 2 + 12 + 5), 0,
+            L"Could only read 1 of 2 entries in directory at offset 0x8"},
+    };
+    for (const auto& [bytes, result, remark] : files)
+    {
+        const ReadRecord record(ReadTIFFFile, bytes);
+        EXPECT_EQ(record.Result(), result);
+        EXPECT_EQ(record->remark.View(), remark);
+        EXPECT_EQ(record.Summary(), bytes.size() > 9 ? "ab|-|-|-|-|-|-|-" : "-|-|-|-|-|-|-|-");
+    }
 
-    TiffBuilder loop(false);
-    loop.Add(256, kShort, 8).Add(257, kShort, 6).EndDirectory(8); // the next directory is this one
-    EXPECT_EQ(TextOf(ReadRecord(ReadTIFFFile, loop.Bytes())->Comments), "(8 * 6 px)");
-
-    TiffBuilder text(false);
-    text.Add(269, kAscii, 0, 0xFFFFFFFF).Add(270, kAscii, 1, 0xFFFFFFFF).EndDirectory();
-    EXPECT_EQ(TextOf(ReadRecord(ReadTIFFFile, text.Bytes())->Title), "II*"); // up to the first zero byte
+    TiffBuilder circle(false);
+    circle.Add(256, kShort, 8).Add(257, kShort, 6).Add(269, kAscii, 0, 0xFFFFFFFF).Add(270, kAscii, 1, 0xFFFFFFFF);
+    circle.EndDirectory();
+    std::string bytes = circle.Bytes();
+    bytes[bytes.size() - 4] = 8; // the next directory is the same one
+    const ReadRecord record(ReadTIFFFile, bytes);
+    EXPECT_EQ(TextOf(record->Title), "II*"); // up to the first zero byte
+    EXPECT_EQ(TextOf(record->Comments), "(8 * 6 px)");
 }
 
-// Many entries may share one long text of the file.
-TEST(TiffReader, SharedTexts)
-{
-    TiffBuilder tiff(false);
-    tiff.AddText(270, std::string(4'000, 'x'));
-    for (int i = 0; i < 4'000; ++i)
-        tiff.Add(272, kAscii, 8 + 2 + 4'001 * 12 + 4, 4'000);
-    tiff.EndDirectory();
-    const ReadRecord record(ReadTIFFFile, tiff.Bytes());
-    EXPECT_EQ(TextOf(record->Author).substr(3'998, 5), "xx, x");
-    EXPECT_LE(TextOf(record->Author).size(), tiff.Bytes().size() + 4096);
-}
-
-// Each directory appends to a text that many others share, and may be read once only.
+// Texts are bounded although many entries share one text of the file, and many directories append to one field.
 TEST(TiffReader, GrowsWithinBounds)
 {
+    TiffBuilder shared(false);
+    shared.AddText(270, std::string(4'000, 'x'));
+    for (int i = 0; i < 4'000; ++i)
+        shared.Add(272, kAscii, 8, 4'000);
+    shared.EndDirectory();
+    const std::string author = TextOf(ReadRecord(ReadTIFFFile, shared.Bytes())->Author);
+    EXPECT_EQ(author.substr(3'998, 5), "xx, x");
+    EXPECT_LE(author.size(), shared.Bytes().size() + 4096);
+
     TiffBuilder tiff(false);
     for (int directory = 0; directory < 5'000; ++directory)
     {
@@ -138,24 +114,22 @@ TEST(TiffReader, GrowsWithinBounds)
             tiff.AddText(272, "abc");
         tiff.EndDirectory();
     }
-    const ReadRecord record(ReadTIFFFile, tiff.Bytes());
-    EXPECT_EQ(TextOf(record->Author).size(), 4096u * 20 * 5 - 2);
+    EXPECT_EQ(TextOf(ReadRecord(ReadTIFFFile, tiff.Bytes())->Author).size(), 4096u * 20 * 5 - 2);
 }
 
 TEST(JpegReader, Segments)
 {
-    TiffBuilder exif(true);
-    exif.AddText(271, "make").AddText(306, "2001:02:03 04:05:06").Add(37510, kUndefined, 0).AddExif().EndDirectory(0);
-    exif.AddText(36867, "1999:01:02 03:04:05").AddRational(33437, kRational, 4, 1).EndDirectory();
-    const std::string block = std::string("Exif\0\0", 6) + exif.Bytes();
+    TiffBuilder tiff(true);
+    tiff.AddText(36867, "1999:01:02 03:04:05").AddRational(33437, kRational, 4, 1);
+    const std::uint32_t exif = tiff.EndLoneDirectory();
+    tiff.AddText(306, "2001:02:03 04:05:06").Add(37510, kUndefined, 0).Add(34665, kLong, exif).EndDirectory();
+    const std::string block = std::string("Exif\0\0", 6) + tiff.Bytes();
 
     const ReadRecord photo(ReadJPEG, JpegOf({{0xE0, "JFIF"}, {0xE1, block}}));
     EXPECT_EQ(photo.Result(), 0);
-    EXPECT_EQ(DateOf(photo->Created), "1999-1-2 3:4:5");
-    EXPECT_EQ(TextOf(photo->Comments), "f=4");
-    EXPECT_EQ(TextOf(photo->Subject), ""); // a comment that isn't ASCII
+    EXPECT_EQ(photo.Summary(), "-||-|-|-|f=4|1999-1-2 3:4:5|-"); // the user comment isn't ASCII
     // In a TIFF file itself the EXIF directory is passed over.
-    EXPECT_EQ(DateOf(ReadRecord(ReadTIFFFile, exif.Bytes())->Created), "2001-2-3 4:5:6");
+    EXPECT_EQ(ReadRecord(ReadTIFFFile, tiff.Bytes()).Summary(), "-||-|-|-|-|2001-2-3 4:5:6|-");
 
     const std::string bad[] = {JpegOf({{0xE1, "http://"}, {0xE1, block}}), JpegOf({{0xE0, "JFIF"}}), "", "\xFF",
         "\xFF\xD8\xFF\xE0", std::string("\xFF\xD8\xFF\xE0\0\1\xFF\xE1", 8),

@@ -5,23 +5,15 @@
 #include "docinfo/mail_words.h"
 #include "unit/docinfo/random_texts.h"
 
-#include <gtest/gtest.h>
-
 using namespace qx;
 using qxtest::kTexts;
 using qxtest::RandomTexts;
+using qxtest::Wide;
 
 namespace
 {
 
 constexpr wchar_t kWord[] = LR"(=\?([-\w]+)(?:\*\w+)?\?([QB])\?(.*?)\?=)";
-
-String Wide(const std::string& text)
-{
-    String wide;
-    wide.Assign(text.c_str());
-    return wide;
-}
 
 String WithPatterns(const String& value, clsRegEx& pattern)
 {
@@ -87,11 +79,10 @@ TEST(MailScanners, EncodedWords)
             clsRegExMatchList groups;
             const auto word = words.At(at);
             ASSERT_EQ(anchored.Match(text.Mid(at), &groups), word.has_value()) << text.NarrowText();
-            if (!word)
-                continue;
-            ++found;
-            ASSERT_TRUE(word->charset == groups[1].text.View() && word->encoding == groups[2].text.CharAt(0) &&
-                        word->text == groups[3].text.View() && word->length == groups[0].text.Length())
+            found += word.has_value();
+            ASSERT_TRUE(
+                !word || (word->charset == groups[1].text.View() && word->encoding == groups[2].text.CharAt(0) &&
+                             word->text == groups[3].text.View() && word->length == groups[0].text.Length()))
                 << text.NarrowText();
         }
     }
@@ -102,9 +93,7 @@ TEST(MailScanners, Addresses)
 {
     constexpr wchar_t kAtom[] = LR"x((?:[^\x01-\x1f\x7f()<>@,;:\\\[\] ]+|"[^"]*"))x";
     constexpr wchar_t kDotless[] = LR"x((?:[^\x01-\x1f\x7f()<>@,;:\\\[\] \.]+|"[^"]*"))x";
-    String whole(L"\\A");
-    whole = whole + kAtom + L"@" + kDotless + L"(?:\\." + kDotless + L")+\\z";
-    clsRegEx pattern(whole, 0);
+    clsRegEx pattern(String(L"\\A") + kAtom + L"@" + kDotless + L"(?:\\." + kDotless + L")+\\z", 0);
     RandomTexts texts(kAddressPieces);
     int found = 0;
     constexpr std::string_view kBegins[] = {"", "a@", "a@b.", "\"a@b\"@c."};

@@ -1,22 +1,20 @@
 // Summary information, and the opening of the storages that contain it.
-#include "docinfo/document_list.h"
 #include "docinfo/property_set.h"
+
+#include "docinfo/document_list.h"
 #include "docinfo/storage.h"
 #include "files/temp_files.h"
 #include "support/compound_builder.h"
+#include "support/damage.h"
 #include "support/temp_folder.h"
 #include "unit/docinfo/document_in_memory.h"
 
-#include <gtest/gtest.h>
-
+#include <algorithm>
 #include <fstream>
-#include <random>
-#include <sstream>
 #include <tuple>
 
 using namespace qx;
 using qxtest::CompoundBuilder;
-using qxtest::DateOf;
 using qxtest::ReadRecord;
 using qxtest::TextOf;
 
@@ -65,13 +63,6 @@ std::string Document(std::string_view title)
     return CompoundBuilder().AddStream("WordDocument", "x").AddStream("\5SummaryInformation", set).Bytes();
 }
 
-String WideOf(const std::string& text)
-{
-    String wide;
-    wide.Assign(text.c_str());
-    return wide;
-}
-
 clsAutoRelease<clsDocu*> RecordOf(const String& path)
 {
     return clsDocuList(0).Get(path, 1);
@@ -116,17 +107,17 @@ TEST(PropertySet, Values)
 
 TEST(PropertySet, FieldsAndDates)
 {
+    const auto text = [](std::uint32_t id, std::string_view value)
+    {
+        return PropertyValue{id, VT_LPSTR, Counted(value)};
+    };
     const ReadRecord record(ReadSummaryInformation,
-        SetOf({{2, VT_LPSTR, Counted("t")}, {3, VT_LPSTR, Counted("s")}, {4, VT_LPSTR, Counted("a")},
-            {5, VT_LPSTR, Counted("k")}, {6, VT_LPSTR, Counted("c")}, {7, VT_LPSTR, Counted("no")},
-            {8, VT_LPSTR, Counted("l")}, {12, VT_FILETIME, std::string(kDate)}, {13, VT_I4, Number(5)},
-            {2, VT_LPSTR, Counted("second")}, {0x80000002, VT_LPSTR, Counted("no")}}));
-    EXPECT_EQ(qxtest::Summary(*record.operator->()), "t|s|a|l|k|c|2001-2-3 4:5:6|-");
-    const ReadRecord late(ReadSummaryInformation, SetOf({{13, VT_FILETIME, std::string(8, '\xFF')}}));
-    EXPECT_EQ(DateOf(late->LastSaved), "-");
-
-    const std::string set = SetOf({{2, VT_LPSTR, Counted("t")}});
-    EXPECT_EQ(ReadRecord(ReadSummaryInformation, set.substr(0, 47)).Result(), -1);
+        SetOf({text(2, "t"), text(3, "s"), text(4, "a"), text(5, "k"), text(6, "c"), text(7, "no"), text(8, "l"),
+            {12, VT_FILETIME, std::string(kDate)}, {13, VT_I4, Number(5)}, text(2, "second"), text(0x80000002, "no")}));
+    EXPECT_EQ(record.Summary(), "t|s|a|l|k|c|2001-2-3 4:5:6|-");
+    const std::string late = SetOf({{13, VT_FILETIME, std::string(8, '\xFF')}});
+    EXPECT_EQ(ReadRecord(ReadSummaryInformation, late).Summary(), "-|-|-|-|-|-|-|-");
+    EXPECT_EQ(ReadRecord(ReadSummaryInformation, SetOf({}).substr(0, 47)).Result(), -1);
     EXPECT_EQ(ReadRecord(ReadSummaryInformation, SetOf({}, std::string(16, 'x'))).Result(), -1);
 }
 
@@ -137,18 +128,16 @@ TEST(PropertySet, DocumentsOfOtherPrograms)
     int count = 0;
     for (std::string line; std::getline(answers, line); ++count)
     {
-        std::istringstream fields(line);
-        std::string name, all, field;
-        std::getline(fields, name, '\t');
-        while (std::getline(fields, field, '\t'))
-            all += (all.empty() ? "" : "|") + field;
-        const clsAutoRelease<clsDocu*> record = RecordOf(WideOf(folder + name));
+        const std::size_t nameEnd = line.find('\t');
+        std::replace(line.begin(), line.end(), '\t', '|');
+        const std::string name = line.substr(0, nameEnd), all = line.substr(nameEnd + 1);
+        const clsAutoRelease<clsDocu*> record = RecordOf(qxtest::Wide(folder + name));
         EXPECT_TRUE(record->accessible) << name;
         const bool hasSet = all != "-|-|-|-|-|-|-|-";
         EXPECT_EQ(record->reader != nullptr, hasSet) << name;
-        if (hasSet)
+        if (hasSet) // otherwise the date is the file's own
         {
-            EXPECT_EQ(qxtest::Summary(*record), qxtest::ReadableText(WideOf(all).View())) << name;
+            EXPECT_EQ(qxtest::Summary(*record), qxtest::ReadableText(qxtest::Wide(all).View())) << name;
         }
     }
     EXPECT_GE(count, 4);
@@ -158,14 +147,17 @@ TEST(PropertySet, DocumentsOfOtherPrograms)
 TEST(PropertySet, ChoiceOfTheReader)
 {
     const qxtest::TempFolder folder;
-    const std::string bare = CompoundBuilder().AddStream("A", "x").Bytes();
-    const clsAutoRelease<clsDocu*> document = RecordOf(folder.Make(L"a.pdf", Document("title")));
-    EXPECT_EQ(TextOf(document->Title), "title");
-    EXPECT_STREQ(document->reader, L"property set");
-    const clsAutoRelease<clsDocu*> unknown = RecordOf(folder.Make(L"a.doc", bare));
-    EXPECT_TRUE(unknown->accessible);
-    EXPECT_EQ(unknown->reader, nullptr);
-    EXPECT_EQ(unknown->remark.View(), L"no summary information");
+    const std::string bare = CompoundBuilder().AddStream("A", "x").Bytes(), document = Document("title");
+    const std::tuple<const wchar_t*, const std::string&, const char*, const wchar_t*, const wchar_t*> files[] = {
+        {L"a.pdf", document, "title", L"property set", L""}, {L"a.doc", bare, "-", nullptr, L"no summary information"}};
+    for (const auto& [name, bytes, title, reader, remark] : files)
+    {
+        const clsAutoRelease<clsDocu*> record = RecordOf(folder.Make(name, bytes));
+        EXPECT_TRUE(record->accessible);
+        EXPECT_EQ(TextOf(record->Title), title);
+        EXPECT_STREQ(record->reader, reader);
+        EXPECT_EQ(record->remark.View(), remark);
+    }
     EXPECT_FALSE(RecordOf(folder.Make(L"a.tif", bare))->accessible);
 }
 
@@ -219,19 +211,10 @@ TEST(PropertySet, BearsDamage)
     const std::string whole =
         SetOf({{1, VT_I2, Number(1200)}, {2, VT_LPSTR, Counted("abc")}, {3, VT_LPWSTR, Counted("ab", 2)},
             {4, VT_R8, Number(0) + Number(0xBFF80000)}, {12, VT_FILETIME, std::string(kDate)}});
-    const auto check = [](const std::string& bytes)
-    {
-        const int result = ReadRecord(ReadSummaryInformation, bytes).Result();
-        EXPECT_TRUE(result == 0 || result == -1) << result;
-    };
-    for (std::size_t length = 0; length < whole.size(); ++length)
-        check(whole.substr(0, length));
-    std::mt19937 random(1);
-    for (int i = 0; i < 2'000; ++i)
-    {
-        std::string bytes = whole;
-        for (unsigned count = random() % 4 + 1; count > 0; --count)
-            bytes[random() % bytes.size()] ^= static_cast<char>(1u << random() % 8);
-        check(bytes);
-    }
+    qxtest::Damage(whole, 2'000,
+        [](const std::string& bytes)
+        {
+            const int result = ReadRecord(ReadSummaryInformation, bytes).Result();
+            EXPECT_TRUE(result == 0 || result == -1) << result;
+        });
 }

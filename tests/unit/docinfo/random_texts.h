@@ -14,12 +14,7 @@
 namespace qxtest
 {
 
-// Less where programs are slow: with the sanitizers and in the emulator.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(_WIN32)
-inline constexpr int kTexts = 2'000;
-#else
-inline constexpr int kTexts = 100'000;
-#endif
+constexpr int kTexts = kIsSlow ? 2'000 : 100'000;
 
 // Texts of random pieces, repetitions of the text so far among them. The same in each run.
 class RandomTexts
@@ -30,21 +25,16 @@ public:
     std::string Next()
     {
         std::string text;
-        for (int count = Number(40); count > 0; --count)
-        {
+        for (std::size_t count = Number(40); count > 0; --count)
             if (Number(12) == 0 && !text.empty())
-            {
-                const int begin = Number(static_cast<int>(text.size()));
-                text += text.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(Number(30)));
-            }
+                text += text.substr(Number(text.size()), Number(30));
             else
-                text += _pieces[static_cast<std::size_t>(Number(static_cast<int>(_pieces.size())))];
-        }
+                text += _pieces[Number(_pieces.size())];
         return text;
     }
 
 private:
-    int Number(int below) { return static_cast<int>(_random() % static_cast<unsigned>(below)); }
+    std::size_t Number(std::size_t below) { return _random() % below; }
 
     std::span<const std::string_view> _pieces;
     std::mt19937 _random{1};
@@ -63,11 +53,9 @@ inline void CompareReaders(
         std::string text(wrap);
         text.replace(text.find('%'), 1, texts.Next());
         const ReadRecord found(reader, text);
-        const auto expected = qx::clsDocu::Create(qx::String(L"in memory"), nullptr, 0, 0);
-        qx::String wide;
-        wide.Assign(text.c_str());
-        read(*expected, wide);
-        ASSERT_EQ(Summary(*found.operator->()), Summary(*expected)) << text;
+        const auto expected = EmptyRecord();
+        read(*expected, Wide(text));
+        ASSERT_EQ(found.Summary(), Summary(*expected)) << text;
         filled += Summary(*expected) != "-|-|-|-|-|-|-|-";
     }
     EXPECT_GT(filled, kTexts / 10); // the pieces make texts in which something is found

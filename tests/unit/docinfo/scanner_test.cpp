@@ -10,8 +10,6 @@
 #include "unit/docinfo/document_in_memory.h"
 #include "unit/docinfo/random_texts.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
@@ -76,25 +74,17 @@ void ParseOfficeProperties(clsDocu& record, String text)
     {
         const String key = groups[1].text;
         const String value = groups[2].text;
-        const auto date = [&](SYSTEMTIME& field)
-        {
-            field = kNoTime;
-            ReadISO8601Date(value.View(), field);
-        };
-        if (key == L"Subject")
-            clsDocu::SetText(record.Subject, value);
-        else if (key == L"Author")
-            clsDocu::SetText(record.Author, value);
-        else if (key == L"LastAuthor")
-            clsDocu::SetText(record.LastAuthor, value);
-        else if (key == L"Keywords")
-            clsDocu::SetText(record.Keywords, value);
-        else if (key == L"Created")
-            date(record.Created);
-        else if (key == L"LastSaved")
-            date(record.LastSaved);
-        else if (key == L"Description")
-            clsDocu::SetText(record.Comments, value);
+        for (const auto& [name, field] :
+            {std::pair(L"Subject", &record.Subject), {L"Author", &record.Author}, {L"LastAuthor", &record.LastAuthor},
+                {L"Keywords", &record.Keywords}, {L"Description", &record.Comments}})
+            if (key == name)
+                clsDocu::SetText(*field, value);
+        for (const auto& [name, field] : {std::pair(L"Created", &record.Created), {L"LastSaved", &record.LastSaved}})
+            if (key == name)
+            {
+                *field = kNoTime;
+                ReadISO8601Date(value.View(), *field);
+            }
         text.Replace(groups[0].text, String());
     }
 }
@@ -144,25 +134,20 @@ SYSTEMTIME ParseRTFDate(String text)
     {
         const String key = groups[1].text;
         const auto number = static_cast<WORD>(NumberOf(groups[2].text, 10));
-        if (key == L"yr")
-            date.wYear = number;
-        else if (key == L"mo")
-            date.wMonth = number;
-        else if (key == L"dy")
-            date.wDay = number;
-        else if (key == L"hr")
-            date.wHour = number;
-        else if (key == L"min")
-            date.wMinute = number;
+        for (const auto& [name, part] : {std::pair(L"yr", &date.wYear), {L"mo", &date.wMonth}, {L"dy", &date.wDay},
+                 {L"hr", &date.wHour}, {L"min", &date.wMinute}})
+            if (key == name)
+                *part = number;
         text.Replace(groups[0].text, String());
     }
     return date;
 }
 
-void ReadRTF(clsDocu& record, String text)
+void ReadRTF(clsDocu& record, const String& document)
 {
     static clsRegEx info(LR"(\{\\info((\{\\([a-z]+)((?:\s|\d|\\).*)\s*\}\s*)+)\s*\})", kItemFlags);
     static clsRegEx group(LR"(\{\\([a-z]+)((?:\s|\d|\\).*)\s*\})", kItemFlags);
+    String text = document;
     DropLineEnds(text);
     clsRegExMatchList groups;
     if (!info.Match(text, &groups))
@@ -172,19 +157,14 @@ void ReadRTF(clsDocu& record, String text)
     {
         const String key = groups[1].text;
         const String value = groups[2].text;
-        if (key == L"subject")
-            clsDocu::SetText(record.Subject, DecodeRTF(value));
-        else if (key == L"author")
-            clsDocu::SetText(record.Author, DecodeRTF(value));
-        else if (key == L"title")
-            clsDocu::SetText(record.Title, DecodeRTF(value));
-        else if (key == L"keywords")
-            clsDocu::SetText(record.Keywords, DecodeRTF(value));
-        else if (key == L"creatim")
-            record.Created = ParseRTFDate(DecodeRTF(value));
-        else if (key == L"revtim")
-            record.LastSaved = ParseRTFDate(DecodeRTF(value));
-        else if (key == L"doccomm")
+        for (const auto& [name, field] : {std::pair(L"subject", &record.Subject), {L"author", &record.Author},
+                 {L"title", &record.Title}, {L"keywords", &record.Keywords}})
+            if (key == name)
+                clsDocu::SetText(*field, DecodeRTF(value));
+        for (const auto& [name, date] : {std::pair(L"creatim", &record.Created), {L"revtim", &record.LastSaved}})
+            if (key == name)
+                *date = ParseRTFDate(DecodeRTF(value));
+        if (key == L"doccomm")
             clsDocu::SetText(record.Comments, value);
         text.Replace(groups[0].text, String());
     }
@@ -203,9 +183,10 @@ constexpr std::string_view kOfficePieces[] = {"<o:", "</o:", ">", "<o:Author>", 
     "<o:LastSaved>", "2018-04-03T10:00:00Z", "</o:LastSaved>", "<o:Description>c</o:Description>",
     "<o:author>x</o:author>", "Author", "a", "<", "</o", ":Author>", "<o:>", "</o:>"};
 
-constexpr std::string_view kRtfPieces[] = {"{\\title ", "{\\author ", "{\\subject\\a", "{\\keywords 1", "{\\doccomm ",
-    "{\\creatim\\yr2001\\mo2", "\\dy3\\hr4}", "{\\revtim\\min5", "}", "} ", "{", "\\", "{\\info", "{\\x }", "\\'",
-    "\\'41", "\\'5c", "\\'7D", "\\'00", "'4", "1", "e4", "\\\\", " ", "\n", "\\yr1", "\\yr12", "title", "a"};
+constexpr std::string_view kRtfPieces[] = {"{\\title ", "{\\Title ", "{\\author ", "{\\subject\\a", "{\\keywords 1",
+    "{\\doccomm ", "{\\creatim\\yr2001\\mo2", "\\dy3\\hr4}", "{\\revtim\\min5", "}", "} ", "{", "\\", "{\\info",
+    "{\\x }", "\\'", "\\'41", "\\'5c", "\\'7D", "\\'00", "'4", "1", "e4", "\\\\", " ", "\n", "\\yr1", "\\yr12", "title",
+    "a"};
 
 } // namespace
 
@@ -222,9 +203,7 @@ TEST(Scanners, OfficeBlock)
 
 TEST(Scanners, RtfInfo)
 {
-    CompareReaders(
-        ReadRTF, [](clsDocu& record, const String& text) { patterns::ReadRTF(record, text); }, kRtfPieces,
-        "{\\rtf1{\\info{\\title t}%}}");
+    CompareReaders(ReadRTF, patterns::ReadRTF, kRtfPieces, "{\\rtf1{\\info{\\title t}%}}");
 }
 
 TEST(Scanners, Decoders)
@@ -232,13 +211,10 @@ TEST(Scanners, Decoders)
     RandomTexts html(kHtmlPieces), rtf(kRtfPieces);
     for (int i = 0; i < kTexts; ++i)
     {
-        String text;
-        const std::string page = html.Next();
-        text.Assign(page.c_str());
+        const String page = qxtest::Wide(html.Next()), document = qxtest::Wide(rtf.Next());
         const bool named = i % 2 != 0;
-        ASSERT_TRUE(DecodeEntities(text.View(), named) == patterns::DecodeEntities(text, named).View()) << page;
-        const std::string document = rtf.Next();
-        text.Assign(document.c_str());
-        ASSERT_TRUE(DecodeRTF(text.View()) == patterns::DecodeRTF(text).View()) << document;
+        ASSERT_TRUE(DecodeEntities(page.View(), named) == patterns::DecodeEntities(page, named).View())
+            << page.NarrowText();
+        ASSERT_TRUE(DecodeRTF(document.View()) == patterns::DecodeRTF(document).View()) << document.NarrowText();
     }
 }

@@ -1,0 +1,28 @@
+// Damaged files for a reader: each truncation, and copies with changed bits.
+#pragma once
+
+#include <cstddef>
+#include <random>
+#include <string>
+
+namespace qxtest
+{
+
+// Calls `check` with each truncation of the bytes and with `changes` copies in which up to four bits are flipped. The
+// copies are the same in each run.
+template <class Check>
+void Damage(const std::string& whole, int changes, const Check& check)
+{
+    for (std::size_t length = 0; length < whole.size(); ++length)
+        check(whole.substr(0, length));
+    std::mt19937 random(1);
+    for (int i = 0; i < changes; ++i)
+    {
+        std::string bytes = whole;
+        for (unsigned count = random() % 4 + 1; count > 0; --count)
+            bytes[random() % bytes.size()] ^= static_cast<char>(1u << random() % 8);
+        check(bytes);
+    }
+}
+
+} // namespace qxtest
