@@ -124,7 +124,9 @@ TEST(DocumentList, ReadersByNameAndByFirstBytes)
         {L"i.rtf", R"({\info{\title x}})", " x", L"RTF"},
         {L"j.EML", kStorage, "-", L"mail"},
         {L"j.msg", "Subject: a\r\n\r\n", "a", L"mail"},
-        {L"k.msg", kStorage, "-", nullptr},
+        {L"k.msg", kStorage, "-", L"mail"}, // not a storage after all
+        {L"l.doc", "\xDB\xA5\x2D\0"sv, "-", L"Word 2"},
+        {L"m.wpd", "\xFFWPC", "-", L"WordPerfect"},
         {L"eml", "Subject: a\r\n\r\n", "-", nullptr},
     };
     for (const auto& [name, bytes, title, reader] : files)

@@ -108,7 +108,7 @@ TEST_F(Message, Times)
     const std::string other = TimeProperty(0x00390041, kDelivered);
     const std::string never = TimeProperty(kSubmitTag, std::string(8, '\xFF'));
     const FILETIME file = {0, 0x01C20000};
-    const std::string saved = "2002-5-22 5:15:56";
+    const std::string saved = "2002-5-20 13:12:31";
     const std::tuple<std::string, std::string, std::string> cases[] = {
         {"", "-", saved},
         {other + sent, "2001-2-3 4:5:6", saved},

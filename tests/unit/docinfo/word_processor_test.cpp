@@ -1,5 +1,4 @@
 // Documents of old word processors.
-#include "docinfo/reader_table.h"
 #include "docinfo/word2.h"
 #include "docinfo/wordperfect.h"
 #include "unit/docinfo/document_in_memory.h"
@@ -92,17 +91,4 @@ TEST(WordPerfect, WorkIsBounded)
         file += WordPerfectEntry('\x12', 0xFFFF * 14, 0xFFFFFFFF);
     file += LittleEndianBytes(std::uint16_t{0xFFFF}) + LittleEndianBytes(std::uint16_t{17}) + std::string(65'531, 'x');
     qxtest::ExpectQuick(ReadWordPerfect, file);
-}
-
-TEST(WordProcessors, AreRecognisedByTheirFirstBytes)
-{
-    for (const auto& [bytes, reader] :
-        {std::pair(Word2Of({}), &ReadWord2), std::pair(WordPerfectOf({}, ""), &ReadWordPerfect)})
-    {
-        const qxtest::MemoryStream stream(bytes);
-        clsDocFile file(stream);
-        FileWindow window(file);
-        const ReaderRow* const row = ChooseReader(L"a.doc", window);
-        EXPECT_TRUE(row != nullptr && row->read == reader && row->failure == ReaderFailure::Ignored);
-    }
 }
