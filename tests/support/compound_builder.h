@@ -136,7 +136,7 @@ private:
     std::uint32_t _version;
     std::size_t _sectorSize;
     std::vector<std::uint32_t> _table, _miniTable;
-    std::string _sectors, _mini, _elements, _lists;
+    std::string _sectors, _mini, _elements;
     std::size_t _parent = 0, _sibling = 0, _rootSibling = 0; // offsets of directory entries; no sibling: 0
 };
 

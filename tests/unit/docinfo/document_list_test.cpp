@@ -124,7 +124,9 @@ TEST(DocumentList, ReadersByNameAndByFirstBytes)
         {L"i.rtf", R"({\info{\title x}})", " x", L"RTF"},
         {L"j.EML", kStorage, "-", L"mail"},
         {L"j.msg", "Subject: a\r\n\r\n", "a", L"mail"},
-        {L"k.msg", kStorage, "-", nullptr},
+        {L"k.msg", kStorage, "-", L"mail"}, // not a storage after all
+        {L"l.doc", "\xDB\xA5\x2D\0"sv, "-", L"Word 2"},
+        {L"m.wpd", "\xFFWPC", "-", L"WordPerfect"},
         {L"eml", "Subject: a\r\n\r\n", "-", nullptr},
     };
     for (const auto& [name, bytes, title, reader] : files)
@@ -266,7 +268,7 @@ TEST_F(DocumentsOnShares, ReadByThreadsOfTheirOwn)
     clsDocuList list(0);
     EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\page.htm", 100), "first");
     EXPECT_EQ(list.Get(L"\\\\server\\share\\page.htm", 100)->resolvedPath.View(), L"\\\\server\\share\\page.htm");
-    const qxtest::TempFolder folder;
+    const TempFolder folder;
     const String link = folder.Make(L"a.lnk", qxtest::LinkOf({.share = R"(\\server\share)", .suffix = "page.htm"}));
     EXPECT_EQ(TitleOf(list, link, 100), "first");
     EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\none.htm", 100), "inaccessible");

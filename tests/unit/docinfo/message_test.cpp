@@ -2,13 +2,13 @@
 #include "docinfo/document_list.h"
 #include "docinfo/message.h"
 #include "support/compound_builder.h"
+#include "support/damage.h"
 #include "support/temp_folder.h"
 #include "unit/docinfo/document_in_memory.h"
 
 #include <gtest/gtest.h>
 
 #include <map>
-#include <random>
 
 using namespace qx;
 using qxtest::CompoundBuilder;
@@ -108,9 +108,7 @@ TEST_F(Message, Times)
     const std::string other = TimeProperty(0x00390041, kDelivered);
     const std::string never = TimeProperty(kSubmitTag, std::string(8, '\xFF'));
     const FILETIME file = {0, 0x01C20000};
-    SYSTEMTIME written = {};
-    FileTimeToSystemTime(&file, &written);
-    const std::string saved = DateOf(written);
+    const std::string saved = "2002-5-20 13:12:31";
     const std::tuple<std::string, std::string, std::string> cases[] = {
         {"", "-", saved},
         {other + sent, "2001-2-3 4:5:6", saved},
@@ -133,9 +131,7 @@ TEST_F(Message, Times)
 
 TEST_F(Message, OfAnotherProgramsStorage)
 {
-    String path;
-    path.Assign(QXUT_TEST_DOCUMENTS "/message/letter.msg");
-    EXPECT_EQ(Summary(*clsDocuList(0).Get(path, 1)),
+    EXPECT_EQ(Summary(*clsDocuList(0).Get(qxtest::Wide(QXUT_TEST_DOCUMENTS "/message/letter.msg"), 1)),
         "R<e4>der & Achsen|-|Ann Smith|Bob Brown; carl@example.com|-|-|2001-2-3 4:5:6|2001-2-3 4:5:7");
 }
 
@@ -162,23 +158,14 @@ TEST_F(Message, BearsDamage)
 {
     const std::string whole = MessageOf({{"0037001E", "subject"}, {"0042001F", "a\0"s}},
         TimeProperty(kSubmitTag, kSent) + TimeProperty(kDeliveryTag, kDelivered), {{{"3001001E", "name"}}, {}});
-    const clsAutoRelease<clsDocu*> record = clsDocu::Create(L"x", nullptr, 0, 0);
+    const clsAutoRelease<clsDocu*> record = qxtest::EmptyRecord();
     const auto check = [&](const std::string& bytes)
     {
         DeleteFileW(_folder.Path(L"a.msg").Text()); // a file that is overwritten is flushed to the disk
         ReadMessage(*record, _folder.Make(L"a.msg", bytes));
         EXPECT_LT(TextOf(record->LastAuthor).size(), 20 * whole.size());
     };
-    for (std::size_t length = 0; length < whole.size(); ++length)
-        check(whole.substr(0, length));
-    std::mt19937 random(1);
-    for (int i = 0; i < 10'000; ++i)
-    {
-        std::string bytes = whole;
-        for (unsigned count = random() % 4 + 1; count > 0; --count)
-            bytes[random() % bytes.size()] ^= static_cast<char>(1u << random() % 8);
-        check(bytes);
-    }
+    qxtest::Damage(whole, 10'000, check);
 }
 
 #endif

@@ -126,7 +126,7 @@ std::string ReadStores(
     secondStore.values = second;
     firstStore.order.clear();
     secondStore.order.clear();
-    const clsAutoRelease<clsDocu*> record = clsDocu::Create(L"x", nullptr, 0, 0);
+    const clsAutoRelease<clsDocu*> record = qxtest::EmptyRecord();
     const int result = ReadShellIndex(*record, L"x", {openFirst, kOpenSecond, ConvertToVariant, ClearValue});
     EXPECT_EQ(firstStore.references + secondStore.references, 0u);
     EXPECT_EQ(firstStore.valuesInUse, 0);
