@@ -54,7 +54,7 @@ TEST(DocumentReaders, BearDamage)
     const std::uint32_t exif = tiff.EndLoneDirectory();
     tiff.Add(256, 3, 8).Add(257, 3, 6).AddText(269, "title").AddText(306, "2001:02:03 04:05:06");
     tiff.AddRational(33434, 5, 1, 125).Add(34665, 4, exif).EndDirectory();
-    return {
+    const std::pair<qxtest::Reader, std::string> files[] = {
         {qxtest::ReadTIFFFile, tiff.Bytes()},
         {ReadJPEG, qxtest::JpegOf({{0xE0, "JFIF"}, {0xE1, std::string("Exif\0\0", 6) + tiff.Bytes()}})},
         {ReadPDF, qxtest::PdfOf(
