@@ -3,7 +3,7 @@
 
 #include "docinfo/document_file.h"
 #include "docinfo/document_record.h"
-#include "docinfo/file_window.h"
+#include "files/file_window.h"
 
 #include <windows.h>
 

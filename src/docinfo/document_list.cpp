@@ -4,6 +4,8 @@
 #include "core/ticks.h"
 #include "docinfo/document_read.h"
 #include "docinfo/share_guard.h"
+#include "docinfo/shortcut.h"
+#include "files/paths.h"
 
 #include <algorithm>
 #include <new>
@@ -36,6 +38,12 @@ void ReadOrForget(clsDocu& record, std::uint64_t readBefore)
         record.Forget();
         throw;
     }
+}
+
+// Returns the path of the file to read: a shortcut's target, or the document itself. Empty if there is no target.
+String PathToRead(const String& path)
+{
+    return GetPathExtension(path) == L".lnk" ? TargetOfShortcut(path) : path;
 }
 
 // Replaces a path on a mapped drive by one that the system can open, and returns its share.
@@ -126,7 +134,7 @@ void clsDocuList::Refresh(clsDocu& record)
     if (!record.refreshable || record.IsValidAt(UtilGetTicks()))
         return;
     // Without the section: the system may have to ask the network. A record's path never changes.
-    String path = record.path;
+    String path = PathToRead(record.path);
     const IString share = path.IsEmpty() ? IString() : ResolveShare(path);
     std::uint64_t readBefore = 0;
     {

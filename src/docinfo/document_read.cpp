@@ -2,10 +2,12 @@
 
 #include "core/ticks.h"
 #include "docinfo/document_file.h"
-#include "docinfo/file_window.h"
+#include "docinfo/message.h"
 #include "docinfo/property_set.h"
 #include "docinfo/reader_table.h"
+#include "docinfo/shell_index.h"
 #include "docinfo/storage.h"
+#include "files/file_window.h"
 #include "files/paths.h"
 
 #include <cstring>
@@ -43,17 +45,37 @@ private:
     bool _isTaken = false;
 };
 
-// Reads a compound file, whose own modes of sharing need it closed. Returns false on failure; then the reader table
-// decides, and the file is open again unless someone else has locked it.
-bool ReadStorage(clsDocu& record, clsDocFile& file)
+// Opens the file again. Returns false, with the record cleared, if someone else has locked it in the meantime.
+bool Reopen(clsDocu& record, clsDocFile& file)
 {
-    file.Close();
-    record.reader = L"property set";
-    if (ReadPropertySet(record, record.resolvedPath) >= 0)
-        return true;
-    record.reader = nullptr;
     file.Open(
         record.resolvedPath, FileAccess::Read, FileDisposition::OpenExisting, FileShare::Read, kFileAttributeNormal);
+    if (!file.IsOpen())
+        record.Clear();
+    return file.IsOpen();
+}
+
+// The next look reads the file again, because the system may find more in the meantime.
+bool ReadIndex(clsDocu& record)
+{
+    record.reader = L"shell index";
+    if (ReadShellIndex(record, record.resolvedPath) >= 0)
+    {
+        record.readTick = 0;
+        return true;
+    }
+    record.reader = nullptr;
+    return false;
+}
+
+// Returns false on failure; then the reader table decides.
+bool ReadStorage(clsDocu& record)
+{
+    const bool isMessage = GetPathExtension(record.resolvedPath) == L".msg";
+    record.reader = isMessage ? L"message" : L"property set";
+    if ((isMessage ? ReadMessage : ReadPropertySet)(record, record.resolvedPath) >= 0)
+        return true;
+    record.reader = nullptr;
     return false;
 }
 
@@ -61,16 +83,19 @@ void ReadContents(clsDocu& record, clsDocFile& file)
 {
     record.reader = nullptr;
     record.remark.Empty();
-    std::optional<FileWindow> window(std::in_place, file);
-    if (HasStorageSignature(*window) && GetPathExtension(record.resolvedPath) != L".msg")
+    // The shell and storages open the file in their own modes of sharing.
+    if (HasShellIndex())
     {
-        if (ReadStorage(record, file))
+        file.Close();
+        if (ReadIndex(record) || !Reopen(record, file))
             return;
-        if (!file.IsOpen())
-        {
-            record.Clear();
+    }
+    std::optional<FileWindow> window(std::in_place, file);
+    if (HasStorageSignature(*window))
+    {
+        file.Close();
+        if (ReadStorage(record) || !Reopen(record, file))
             return;
-        }
         window.emplace(file);
     }
     const ReaderRow* const row = ChooseReader(record.resolvedPath, *window);

@@ -1,6 +1,7 @@
 #include "docinfo/html.h"
 
 #include "core/text/text_buffer.h"
+#include "docinfo/file_text.h"
 #include "docinfo/html_entities.h"
 #include "docinfo/office_block.h"
 #include "docinfo/text_scan.h"

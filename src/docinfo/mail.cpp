@@ -1,5 +1,6 @@
 #include "docinfo/mail.h"
 
+#include "docinfo/file_text.h"
 #include "docinfo/mail_address.h"
 #include "docinfo/mail_words.h"
 #include "docinfo/text_scan.h"

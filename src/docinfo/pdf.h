@@ -2,7 +2,7 @@
 #pragma once
 
 #include "docinfo/document_record.h"
-#include "docinfo/file_window.h"
+#include "files/file_window.h"
 
 #include <string_view>
 

@@ -1,8 +1,8 @@
 #include "docinfo/property_set.h"
 
-#include "core/text/text_buffer.h"
 #include "core/words.h"
 #include "docinfo/document_file.h"
+#include "docinfo/file_text.h"
 #include "docinfo/storage.h"
 
 #include <algorithm>
@@ -44,7 +44,6 @@ enum Property : std::uint32_t
 
 constexpr std::uint16_t kUnicode = 1200;
 constexpr std::uint64_t kMostTextBytes = 64 * 1024 * 1024; // a longer text is cut
-constexpr std::size_t kTextStep = 4096;
 
 // The names are those that documents about the format use.
 class SummaryInformation
@@ -166,42 +165,14 @@ private:
         const std::uint64_t size = std::uint64_t{LittleEndian32(length)} * unit;
         if (begin + size > _stream.Size())
             return std::nullopt;
+        const auto most = static_cast<std::size_t>(std::min(size, kMostTextBytes));
         if (_codePage == kUnicode || codePage == kUnicode)
-            return WideText(ReadToZero(begin, size, sizeof(wchar_t)));
-        const std::string bytes = ReadToZero(begin, size, 1);
+            return WideTextOfBytes(ReadToZero(_stream, begin, most, sizeof(wchar_t)));
+        const std::string bytes = ReadToZero(_stream, begin, most, 1);
         String text;
         text.SetCodePage(codePage);
         text.Assign(bytes.data(), 0, bytes.size());
         return text;
-    }
-
-    static String WideText(const std::string& bytes)
-    {
-        TextBuffer text(bytes.size() / sizeof(wchar_t), L'\0');
-        std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
-        return String(std::wstring_view(text));
-    }
-
-    // Reads a text up to its first zero character. In steps, because it may end long before its length.
-    std::string ReadToZero(std::uint64_t begin, std::uint64_t size, std::size_t unit)
-    {
-        std::string bytes;
-        for (std::uint64_t left = std::min(size, kMostTextBytes); left > 0;)
-        {
-            const std::size_t done = bytes.size();
-            const auto step = static_cast<std::size_t>(std::min<std::uint64_t>(left, kTextStep));
-            bytes.resize(done + step);
-            const std::size_t read = _stream.Read(begin + done, bytes.data() + done, step);
-            bytes.resize(done + read);
-            for (std::size_t i = done; i + unit <= bytes.size(); i += unit)
-                if (std::all_of(&bytes[i], &bytes[i] + unit, [](char c) { return c == 0; }))
-                {
-                    bytes.resize(i);
-                    return bytes;
-                }
-            left = read == step ? left - step : 0;
-        }
-        return bytes;
     }
 
     FileWindow& _stream;
@@ -233,12 +204,9 @@ std::optional<std::uint64_t> FindSummary(FileWindow& stream)
 int ReadPropertySet(clsDocu& record, const String& path)
 {
     DocumentStorage storage(record);
-    if (const HRESULT result = storage.Open(path); FAILED(result))
-    {
-        record.Remark(L"error opening storage: %s", String::SystemErrorText(static_cast<unsigned>(result)).Text());
+    if (FAILED(storage.Open(path)))
         return -1;
-    }
-    const clsAutoRelease<IStream*> stream = storage.OpenStream(L"\5SummaryInformation");
+    const clsAutoRelease<IStream*> stream = OpenStream(storage.Root(), L"\5SummaryInformation");
     if (!stream)
     {
         record.Remark(L"no summary information");

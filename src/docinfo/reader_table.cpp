@@ -9,6 +9,8 @@
 #include "docinfo/rtf.h"
 #include "docinfo/tiff.h"
 #include "docinfo/xml_document.h"
+#include "docinfo/word2.h"
+#include "docinfo/wordperfect.h"
 #include "files/paths.h"
 
 #include <algorithm>
@@ -23,19 +25,10 @@ int ReadTIFFFile(clsDocu& record, FileWindow& file)
     return ReadTIFF(record, file, 0);
 }
 
-// Mail clients store messages in compound files with the same extension as mail in text form.
-bool IsCompoundFile(FileWindow& file)
-{
-    static constexpr std::uint8_t kSignature[] = {0xD0, 0xCF, 0x11, 0xE0, 0xA1, 0xB1, 0x1A, 0xE1};
-    const std::uint8_t* const head = file.At(0, sizeof kSignature);
-    return head != nullptr && std::equal(std::begin(kSignature), std::end(kSignature), head);
-}
-
 struct ExtensionRow
 {
     const wchar_t* extension;
     ReaderRow row;
-    bool isNoCompoundFile = false;
 };
 
 constexpr ExtensionRow kByExtension[] = {
@@ -49,7 +42,7 @@ constexpr ExtensionRow kByExtension[] = {
     {L".xml", {L"XML", ReadXML, ReaderFailure::ClearsRecord}},
     {L".rtf", {L"RTF", ReadRTF, ReaderFailure::ClearsRecord}},
     {L".eml", {L"mail", ReadMail, ReaderFailure::ClearsRecord}},
-    {L".msg", {L"mail", ReadMail, ReaderFailure::ClearsRecord}, true},
+    {L".msg", {L"mail", ReadMail, ReaderFailure::ClearsRecord}},
 };
 
 struct FirstBytesRow
@@ -62,6 +55,8 @@ struct FirstBytesRow
 constexpr FirstBytesRow kByFirstBytes[] = {
     {0x002A4949, 0xFFFFFFFF, {L"TIFF", ReadTIFFFile, ReaderFailure::Ignored}},
     {0x04034B50, 0xFFFFFFFF, {L"office archive", ReadOfficeArchive, ReaderFailure::Ignored}},
+    {0x002DA5DB, 0xFFFFFFFF, {L"Word 2", ReadWord2, ReaderFailure::Ignored}},
+    {0x435057FF, 0xFFFFFFFF, {L"WordPerfect", ReadWordPerfect, ReaderFailure::Ignored}},
     {0x46445025, 0xFFFFFFFF, {L"PDF", ReadPDF, ReaderFailure::Ignored}},
     {0x0000D8FF, 0x0000FFFF, {L"JPEG", ReadJPEG, ReaderFailure::Ignored}},
 };
@@ -73,7 +68,7 @@ const ReaderRow* ChooseReader(const String& path, FileWindow& file)
     const IString extension = GetPathExtension(path);
     const auto* const byName = std::find_if(std::begin(kByExtension), std::end(kByExtension),
         [&](const ExtensionRow& row) { return extension == row.extension; });
-    if (byName != std::end(kByExtension) && !(byName->isNoCompoundFile && IsCompoundFile(file)))
+    if (byName != std::end(kByExtension))
         return &byName->row;
 
     const std::uint8_t* const head = file.At(0, 4);

@@ -1,6 +1,7 @@
 #include "docinfo/rtf.h"
 
 #include "core/text/text_buffer.h"
+#include "docinfo/file_text.h"
 #include "docinfo/rtf_groups.h"
 #include "docinfo/text_scan.h"
 

@@ -3,7 +3,7 @@
 
 #include "core/text/text_buffer.h"
 #include "docinfo/document_record.h"
-#include "docinfo/file_window.h"
+#include "files/file_window.h"
 
 #include <string_view>
 

@@ -43,6 +43,15 @@ HRESULT OpenInSomeMode(const String& path, clsAutoRelease<IStorage*>& storage)
     return result;
 }
 
+template <class Interface, class Call>
+clsAutoRelease<Interface*> OpenElement(const Call& call)
+{
+    clsAutoRelease<Interface*> element;
+    if (FAILED(WaitForData([&] { return call(element.Receive()); })))
+        element.Release();
+    return element;
+}
+
 } // namespace
 
 bool HasStorageSignature(FileWindow& file)
@@ -62,18 +71,16 @@ DocumentStorage::~DocumentStorage()
 
 HRESULT DocumentStorage::Open(const String& path)
 {
-    const HRESULT result = OpenInSomeMode(path, _storage);
-    return IsLocked(result) ? OpenCopy(path, result) : result;
+    const HRESULT result = OpenOrCopy(path);
+    if (result != S_OK)
+        _record.Remark(L"error opening storage: %s", String::SystemErrorText(static_cast<unsigned>(result)).Text());
+    return result;
 }
 
-clsAutoRelease<IStream*> DocumentStorage::OpenStream(const wchar_t* name) const
+HRESULT DocumentStorage::OpenOrCopy(const String& path)
 {
-    clsAutoRelease<IStream*> stream;
-    const HRESULT result =
-        WaitForData([&] { return _storage->OpenStream(name, nullptr, STGM_SHARE_EXCLUSIVE, 0, stream.Receive()); });
-    if (FAILED(result))
-        stream.Release();
-    return stream;
+    const HRESULT result = OpenInSomeMode(path, _storage);
+    return IsLocked(result) ? OpenCopy(path, result) : result;
 }
 
 // Whoever locks a storage may still let others read the bytes of its file.
@@ -88,6 +95,18 @@ HRESULT DocumentStorage::OpenCopy(const String& path, HRESULT locked)
         target.CopyFrom(source);
     }
     return OpenInSomeMode(_copy, _storage);
+}
+
+clsAutoRelease<IStream*> OpenStream(IStorage& storage, const wchar_t* name)
+{
+    return OpenElement<IStream>(
+        [&](IStream** stream) { return storage.OpenStream(name, nullptr, STGM_SHARE_EXCLUSIVE, 0, stream); });
+}
+
+clsAutoRelease<IStorage*> OpenSubStorage(IStorage& storage, const wchar_t* name)
+{
+    return OpenElement<IStorage>([&](IStorage** element)
+        { return storage.OpenStorage(name, nullptr, STGM_SHARE_EXCLUSIVE, nullptr, 0, element); });
 }
 
 void SetStorageOpening(StorageOpening opening)

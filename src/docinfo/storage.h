@@ -3,8 +3,8 @@
 
 #include "core/text/string.h"
 #include "docinfo/document_record.h"
-#include "docinfo/file_window.h"
 #include "files/auto_release.h"
+#include "files/file_window.h"
 
 #include <windows.h>
 
@@ -26,19 +26,24 @@ public:
     DocumentStorage& operator=(const DocumentStorage&) = delete;
     ~DocumentStorage();
 
-    // Returns 0 or the system's error. Called once.
+    // Returns 0 or the system's error, which is also logged. Called once.
     HRESULT Open(const String& path);
 
-    // Opens a stream for reading. Returns null if there is none.
-    clsAutoRelease<IStream*> OpenStream(const wchar_t* name) const;
+    // The root storage. Only for an open file.
+    IStorage& Root() const { return *_storage; }
 
 private:
+    HRESULT OpenOrCopy(const String& path);
     HRESULT OpenCopy(const String& path, HRESULT locked);
 
     clsDocu& _record;
     clsAutoRelease<IStorage*> _storage;
     String _copy; // its path
 };
+
+// Open an element of a storage for reading. Return null if there is none.
+clsAutoRelease<IStream*> OpenStream(IStorage& storage, const wchar_t* name);
+clsAutoRelease<IStorage*> OpenSubStorage(IStorage& storage, const wchar_t* name);
 
 // Opens a storage: StgOpenStorage, or a function of a test.
 using StorageOpening = HRESULT (*)(const wchar_t* path, DWORD mode, IStorage** storage);

@@ -3,6 +3,7 @@
 #include "core/text/text_buffer.h"
 #include "core/words.h"
 #include "docinfo/document_dates.h"
+#include "docinfo/file_text.h"
 
 #include <algorithm>
 #include <array>

@@ -2,6 +2,7 @@
 
 #include "core/text/text_buffer.h"
 #include "docinfo/com_guard.h"
+#include "docinfo/file_text.h"
 #include "docinfo/html_entities.h"
 #include "docinfo/office_block.h"
 #include "docinfo/text_scan.h"

@@ -16,6 +16,7 @@
 #include <psapi.h>
 #include <tlhelp32.h>
 
+struct IBindCtx;
 struct IMalloc;
 
 namespace qx
@@ -138,8 +139,10 @@ class clsShell32 : public CLateLoadBase
 public:
     clsShell32() : CLateLoadBase(L"shell32") {}
 
-    LateProcedure p_SHCreateItemFromParsingName{*this, L"p_SHCreateItemFromParsingName", 16};
-    LateProcedure p_SHGetPropertyStoreFromParsingName{*this, L"p_SHGetPropertyStoreFromParsingName", 20};
+    LateFunction<HRESULT(const wchar_t*, IBindCtx*, const IID&, void**)> p_SHCreateItemFromParsingName{
+        *this, L"p_SHCreateItemFromParsingName", 16};
+    LateFunction<HRESULT(const wchar_t*, IBindCtx*, int, const IID&, void**)> p_SHGetPropertyStoreFromParsingName{
+        *this, L"p_SHGetPropertyStoreFromParsingName", 20};
 };
 
 class clsShlwapi : public CLateLoadBase

@@ -13,9 +13,9 @@
 namespace qxtest
 {
 
-// A root storage with streams and one storage. The elements are a tree that leans to one side, so they must be added in
-// the format's order: shorter names first. `gap` unused sectors in front of everything make the tables of a small file
-// large.
+// A root storage with streams, and storages with streams. The elements of each are a tree that leans to one side, so
+// they must be added in the format's order: shorter names first. `gap` unused sectors in front of everything make the
+// tables of a small file large.
 class CompoundBuilder
 {
 public:
@@ -36,9 +36,11 @@ public:
         return *this;
     }
 
-    // Following elements belong to the storage.
+    // Adds a storage to the root. Following streams belong to it.
     CompoundBuilder& AddStorage(const std::string& name)
     {
+        _parent = 0;
+        _sibling = _rootSibling;
         _parent = AddElement(name, 1);
         _sibling = 0;
         return *this;
@@ -98,6 +100,8 @@ private:
         if (element != 0)
             Put(_elements, _sibling != 0 ? _sibling + 72 : _parent + 76, static_cast<std::uint32_t>(element / 128));
         _sibling = element;
+        if (_parent == 0)
+            _rootSibling = element;
         return element;
     }
 
@@ -133,7 +137,7 @@ private:
     std::size_t _sectorSize;
     std::vector<std::uint32_t> _table, _miniTable;
     std::string _sectors, _mini, _elements;
-    std::size_t _parent = 0, _sibling = 0; // offsets of directory entries; no sibling: 0
+    std::size_t _parent = 0, _sibling = 0, _rootSibling = 0; // offsets of directory entries; no sibling: 0
 };
 
 } // namespace qxtest

@@ -1,4 +1,4 @@
-// Damaged files.
+// Small documents of each kind: on a small stack, and damaged.
 #include "support/damage.h"
 
 #include "docinfo/html.h"
@@ -7,14 +7,45 @@
 #include "docinfo/office_archive.h"
 #include "docinfo/pdf.h"
 #include "docinfo/rtf.h"
+#include "docinfo/word2.h"
+#include "docinfo/wordperfect.h"
 #include "docinfo/xml_document.h"
 #include "support/zip_builder.h"
 #include "unit/docinfo/document_in_memory.h"
 #include "unit/docinfo/pdf_builder.h"
 #include "unit/docinfo/tiff_builder.h"
+#include "unit/docinfo/word_builder.h"
+
+#include <process.h>
 
 using namespace qx;
 using qxtest::ReadRecord;
+
+namespace
+{
+
+// Reads with a stack of 256 KB. (On windows a program may have more.)
+int ReadOnSmallStack(qxtest::Reader reader, const std::string& bytes)
+{
+    struct Task
+    {
+        qxtest::Reader reader;
+        const std::string& bytes;
+        int result;
+    } task = {reader, bytes, -2};
+    const auto read = [](void* argument)
+    {
+        auto* const what = static_cast<Task*>(argument);
+        what->result = ReadRecord(what->reader, what->bytes).Result();
+        return 0u;
+    };
+    const auto thread = reinterpret_cast<HANDLE>(_beginthreadex(nullptr, 256 * 1024, read, &task, 0, nullptr));
+    WaitForSingleObject(thread, INFINITE);
+    CloseHandle(thread);
+    return task.result;
+}
+
+} // namespace
 
 TEST(DocumentReaders, BearDamage)
 {
@@ -45,10 +76,13 @@ TEST(DocumentReaders, BearDamage)
             "<![CDATA[c]]></cp:coreProperties></a>"},
 #endif
         {ReadRTF, R"({\rtf1{\info{\title a\'e4}{\creatim\yr2001\mo2}}})"},
+        {ReadWord2, qxtest::Word2Of({"a", "b", "title", "", "author"})},
+        {ReadWordPerfect, qxtest::WordPerfectOf({qxtest::WordPerfectEntry('\x12', 0, 56)},
+                              qxtest::WordPerfectRecord(17, u"title") + qxtest::WordPerfectRecord(1, u"a\uF90A"))},
     };
     for (const auto& [reader, whole] : files)
     {
-        EXPECT_EQ(ReadRecord(reader, whole).Result(), 0);
+        EXPECT_EQ(ReadOnSmallStack(reader, whole), 0);
         qxtest::Damage(whole, 10'000,
             [reader = reader](const std::string& bytes)
             {

@@ -2,6 +2,7 @@
 #include "docinfo/document_list.h"
 #include "docinfo/share_guard.h"
 #include "docinfo/share_reader.h"
+#include "support/link_builder.h"
 #include "support/temp_folder.h"
 #include "unit/docinfo/document_in_memory.h"
 
@@ -123,7 +124,9 @@ TEST(DocumentList, ReadersByNameAndByFirstBytes)
         {L"i.rtf", R"({\info{\title x}})", " x", L"RTF"},
         {L"j.EML", kStorage, "-", L"mail"},
         {L"j.msg", "Subject: a\r\n\r\n", "a", L"mail"},
-        {L"k.msg", kStorage, "-", nullptr},
+        {L"k.msg", kStorage, "-", L"mail"}, // not a storage after all
+        {L"l.doc", "\xDB\xA5\x2D\0"sv, "-", L"Word 2"},
+        {L"m.wpd", "\xFFWPC", "-", L"WordPerfect"},
         {L"eml", "Subject: a\r\n\r\n", "-", nullptr},
     };
     for (const auto& [name, bytes, title, reader] : files)
@@ -265,6 +268,9 @@ TEST_F(DocumentsOnShares, ReadByThreadsOfTheirOwn)
     clsDocuList list(0);
     EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\page.htm", 100), "first");
     EXPECT_EQ(list.Get(L"\\\\server\\share\\page.htm", 100)->resolvedPath.View(), L"\\\\server\\share\\page.htm");
+    const TempFolder folder;
+    const String link = folder.Make(L"a.lnk", qxtest::LinkOf({.share = R"(\\server\share)", .suffix = "page.htm"}));
+    EXPECT_EQ(TitleOf(list, link, 100), "first");
     EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\none.htm", 100), "inaccessible");
     EXPECT_EQ(TitleOf(list, L"\\\\server\\missing\\page.htm", 100), "inaccessible");
 }

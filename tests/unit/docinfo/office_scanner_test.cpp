@@ -1,5 +1,6 @@
 // Compares the scanners of office documents with the regular expressions that define the formats.
 #include "core/pattern/regex.h"
+#include "docinfo/file_text.h"
 #include "docinfo/html_entities.h"
 #include "docinfo/office_archive.h"
 #include "docinfo/office_block.h"

@@ -1,4 +1,4 @@
-// A document's bytes, and the text at its beginning.
+// Texts of a file, in 8-bit characters or UTF-16.
 #pragma once
 
 #include "core/text/string.h"
@@ -7,6 +7,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <string_view>
 
 namespace qx
 {
@@ -17,5 +19,12 @@ bool ReadFirstText(FileWindow& file, String& text);
 
 // Returns a text from the default 8-bit code page. It ends at the first zero byte.
 String TextOfBytes(const std::uint8_t* bytes, std::size_t count);
+
+// Reads a text of at most this many bytes up to its first zero character, whose size is `unit` bytes. In steps, because
+// a text may end long before its length.
+std::string ReadToZero(FileWindow& file, std::uint64_t begin, std::size_t most, std::size_t unit);
+
+// Returns a text from UTF-16. An odd last byte is left out.
+String WideTextOfBytes(std::string_view bytes);
 
 } // namespace qx

@@ -1,0 +1,4 @@
+// The classes of the shell.
+#pragma once
+
+#include <shobjidl.h>

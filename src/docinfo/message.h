@@ -1,0 +1,15 @@
+// Reads messages that mail programs store in their own format: compound files with the extension ".msg" ([MS-OXMSG]).
+#pragma once
+
+#include "docinfo/document_record.h"
+
+namespace qx
+{
+
+// The subject becomes the title, the sender the author, and the recipients the last author, separated by "; ". The date
+// of creation is the time when the message was sent. Returns 0, or the system's error if the file can't be opened.
+//
+// Texts end at 64 MB in all.
+int ReadMessage(clsDocu& record, const String& path);
+
+} // namespace qx

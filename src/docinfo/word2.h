@@ -1,0 +1,14 @@
+// Reads the summary of documents of Word for Windows 2.
+#pragma once
+
+#include "docinfo/document_record.h"
+#include "files/file_window.h"
+
+namespace qx
+{
+
+// Returns 0, or -1 if the table of summary texts isn't completely in the file. A text that is missing in the table
+// leaves its field alone.
+int ReadWord2(clsDocu& record, FileWindow& file);
+
+} // namespace qx

@@ -1,0 +1,14 @@
+// Reads the summary of WordPerfect documents.
+#pragma once
+
+#include "docinfo/document_record.h"
+#include "files/file_window.h"
+
+namespace qx
+{
+
+// Returns 0, or -1 if the file is encrypted, has another major version than 2, or no extended document summary. Reads
+// at most 100,000 records and 64 MB of them.
+int ReadWordPerfect(clsDocu& record, FileWindow& file);
+
+} // namespace qx

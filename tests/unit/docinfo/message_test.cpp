@@ -1,0 +1,171 @@
+// Messages of mail programs.
+#include "docinfo/document_list.h"
+#include "docinfo/message.h"
+#include "support/compound_builder.h"
+#include "support/damage.h"
+#include "support/temp_folder.h"
+#include "unit/docinfo/document_in_memory.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+using namespace qx;
+using qxtest::CompoundBuilder;
+using qxtest::DateOf;
+using qxtest::Summary;
+using qxtest::TextOf;
+
+namespace
+{
+
+using namespace std::string_literals;
+
+// By tag, in upper case.
+using Properties = std::map<std::string, std::string>;
+
+constexpr std::uint32_t kSubmitTag = 0x00390040, kDeliveryTag = 0x0E060040;
+const std::string kSent = "\x00\x05\xB5\x7D\x96\x8D\xC0\x01"s;      // 2001-02-03 04:05:06
+const std::string kDelivered = "\x80\x9B\x4D\x7E\x96\x8D\xC0\x01"s; // a second later
+
+std::string TimeProperty(std::uint32_t tag, const std::string& value)
+{
+    return std::string(reinterpret_cast<const char*>(&tag), 4) + "flag" + value + "behind..";
+}
+
+void AddTexts(CompoundBuilder& builder, const Properties& texts)
+{
+    for (const auto& [tag, text] : texts)
+        builder.AddStream("__substg1.0_" + tag, text);
+}
+
+std::string MessageOf(
+    const Properties& texts, const std::string& times = "", const std::vector<Properties>& recipients = {})
+{
+    CompoundBuilder builder;
+    AddTexts(builder, texts);
+    builder.AddStream("__properties_version1.0", std::string(32, 'x') + times);
+    for (std::size_t i = 0; i < recipients.size(); ++i)
+    {
+        AddTexts(builder.AddStorage("__recip_version1.0_#0000000" + std::to_string(i)), recipients[i]);
+        builder.AddStream("__properties_version1.0", "");
+    }
+    return builder.Bytes();
+}
+
+class Message : public testing::Test
+{
+protected:
+    clsAutoRelease<clsDocu*> Read(const std::string& bytes, const wchar_t* name = L"a.Msg")
+    {
+        return clsDocuList(0).Get(_folder.Make(name, bytes), 1);
+    }
+
+    qxtest::TempFolder _folder;
+};
+
+} // namespace
+
+TEST_F(Message, Texts)
+{
+    const std::tuple<Properties, const char*, const char*> cases[] = {
+        {{}, "", ""},
+        {{{"0037001E", "subject"}, {"0042001E", "name"}, {"0065001E", "address"}}, "subject", "name"},
+        {{{"0037001F", "\xE4\0b\0c"s}, {"0C1A001E", "sender"}, {"0C1F001E", "x"}}, "<e4>b", "sender"},
+        // A text that is there and empty isn't searched in the other form.
+        {{{"0037001E", ""}, {"0037001F", "a\0"s}, {"0042001E", "\0x"s}, {"0065001E", "address"}}, "", "address"},
+        {{{"0037001E", std::string(5'000, 'x')}, {"0C1F001F", "a\0\0\0b\0"s}}, nullptr, "a"},
+    };
+    for (const auto& [texts, title, author] : cases)
+    {
+        const clsAutoRelease<clsDocu*> record = Read(MessageOf(texts));
+        EXPECT_STREQ(record->reader, L"message");
+        EXPECT_EQ(TextOf(record->Title), title != nullptr ? title : std::string(5'000, 'x'));
+        EXPECT_EQ(TextOf(record->Author), author);
+        EXPECT_EQ(TextOf(record->LastAuthor) + TextOf(record->Subject), "--");
+    }
+}
+
+TEST_F(Message, Recipients)
+{
+    const Properties none, named = {{"3001001E", "Name"}, {"3003001E", "no"}}, address = {{"3003001E", "address"}};
+    const std::pair<std::vector<Properties>, const char*> cases[] = {
+        {{named, address}, "Name; address"},
+        {{none}, ""},
+        {{none, named, none, address}, "Name; ; address"},
+    };
+    for (const auto& [recipients, text] : cases)
+        EXPECT_EQ(TextOf(Read(MessageOf({}, "", recipients))->LastAuthor), text);
+    // The numbers have no gaps.
+    CompoundBuilder gap;
+    AddTexts(gap.AddStorage("__recip_version1.0_#00000001"), named);
+    EXPECT_EQ(TextOf(Read(gap.Bytes())->LastAuthor), "-");
+}
+
+TEST_F(Message, Times)
+{
+    const std::string sent = TimeProperty(kSubmitTag, kSent), delivered = TimeProperty(kDeliveryTag, kDelivered);
+    const std::string other = TimeProperty(0x00390041, kDelivered);
+    const std::string never = TimeProperty(kSubmitTag, std::string(8, '\xFF'));
+    const FILETIME file = {0, 0x01C20000};
+    const std::string saved = "2002-5-20 13:12:31";
+    const std::tuple<std::string, std::string, std::string> cases[] = {
+        {"", "-", saved},
+        {other + sent, "2001-2-3 4:5:6", saved},
+        {delivered + other, "2001-2-3 4:5:7", saved},
+        {delivered + sent, "2001-2-3 4:5:6", "2001-2-3 4:5:7"},
+        {never + delivered, "2001-2-3 4:5:7", saved},
+        {sent.substr(0, 23), "-", saved},
+        {sent + delivered.substr(0, 23), "2001-2-3 4:5:6", saved},
+        {"x" + sent, "-", saved},
+    };
+    for (const auto& [times, created, lastSaved] : cases)
+    {
+        const String path = _folder.Make(L"a.msg", MessageOf({}, times));
+        qxtest::SetWriteTime(path, file);
+        const clsAutoRelease<clsDocu*> record = clsDocuList(0).Get(path, 1);
+        EXPECT_EQ(DateOf(record->Created), created);
+        EXPECT_EQ(DateOf(record->LastSaved), lastSaved);
+    }
+}
+
+TEST_F(Message, OfAnotherProgramsStorage)
+{
+    EXPECT_EQ(Summary(*clsDocuList(0).Get(qxtest::Wide(QXUT_TEST_DOCUMENTS "/message/letter.msg"), 1)),
+        "R<e4>der & Achsen|-|Ann Smith|Bob Brown; carl@example.com|-|-|2001-2-3 4:5:6|2001-2-3 4:5:7");
+}
+
+TEST_F(Message, ChoiceOfTheReader)
+{
+    const std::string mail = "Subject: text\r\n\r\n";
+    const clsAutoRelease<clsDocu*> text = Read(mail);
+    EXPECT_STREQ(text->reader, L"mail");
+    EXPECT_EQ(TextOf(text->Title), "text");
+    EXPECT_EQ(Read(MessageOf({{"0037001E", "subject"}}), L"a.doc")->reader, nullptr);
+    // A storage that can't be opened is read as a mail.
+    std::string damaged = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1\r\n" + mail;
+    damaged.resize(1024, 'x');
+    const clsAutoRelease<clsDocu*> record = Read(damaged);
+    EXPECT_STREQ(record->reader, L"mail");
+    EXPECT_EQ(TextOf(record->Title), "text");
+    EXPECT_TRUE(record->accessible);
+    EXPECT_EQ(record->remark.Left(21), L"error opening storage");
+}
+
+#ifdef __linux__ // the storages of Wine don't bear damage
+
+TEST_F(Message, BearsDamage)
+{
+    const std::string whole = MessageOf({{"0037001E", "subject"}, {"0042001F", "a\0"s}},
+        TimeProperty(kSubmitTag, kSent) + TimeProperty(kDeliveryTag, kDelivered), {{{"3001001E", "name"}}, {}});
+    const clsAutoRelease<clsDocu*> record = qxtest::EmptyRecord();
+    const auto check = [&](const std::string& bytes)
+    {
+        DeleteFileW(_folder.Path(L"a.msg").Text()); // a file that is overwritten is flushed to the disk
+        ReadMessage(*record, _folder.Make(L"a.msg", bytes));
+        EXPECT_LT(TextOf(record->LastAuthor).size(), 20 * whole.size());
+    };
+    qxtest::Damage(whole, 10'000, check);
+}
+
+#endif
