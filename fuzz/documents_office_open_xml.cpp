@@ -1,4 +1,5 @@
 // Parsing arbitrary text as the core properties of a document fills fields with parts of it.
+#include "docinfo/file_text.h"
 #include "docinfo/office_archive.h"
 #include "docinfo/office_open_xml.h"
 #include "document_fuzz.h"

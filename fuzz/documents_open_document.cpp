@@ -1,4 +1,5 @@
 // Parsing arbitrary text as the properties of an OpenDocument file fills fields with parts of it.
+#include "docinfo/file_text.h"
 #include "docinfo/open_document.h"
 #include "document_fuzz.h"
 
