@@ -1,5 +1,6 @@
 #include "docinfo/message.h"
 
+#include "core/text/text_buffer.h"
 #include "core/words.h"
 #include "docinfo/document_file.h"
 #include "docinfo/file_text.h"
@@ -35,6 +36,8 @@ constexpr std::size_t kPropertyRecordSize = 24;
 
 constexpr std::uint16_t kNarrowType = 0x001E;
 constexpr std::uint16_t kWideType = 0x001F;
+// Finding a recipient in a damaged file takes a step for each of those before it.
+constexpr unsigned kMostRecipients = 10'000;
 constexpr std::uint64_t kTooLong = 0x7FFFFFFF; // for a text, in bytes
 
 struct MessageTimes
@@ -61,18 +64,21 @@ public:
 private:
     void ReadRecipients()
     {
-        String all;
-        for (unsigned i = 0;; ++i)
+        TextBuffer all;
+        bool hasRecipients = false;
+        for (unsigned i = 0; i < kMostRecipients; ++i)
         {
             const String name(String::kFormatted, L"__recip_version1.0_#%08x", i);
             const clsAutoRelease<IStorage*> recipient = OpenSubStorage(_root, name.Text());
             if (!recipient)
-                return;
-            if (!all.IsEmpty())
+                break;
+            if (!all.empty())
                 all += L"; ";
-            all += FirstText(*recipient, kDisplayName, kMailAddress);
-            clsDocu::SetText(_record.LastAuthor, all);
+            all += FirstText(*recipient, kDisplayName, kMailAddress).View();
+            hasRecipients = true;
         }
+        if (hasRecipients)
+            clsDocu::SetText(_record.LastAuthor, String(std::wstring_view(all)));
     }
 
     MessageTimes ReadTimes() const

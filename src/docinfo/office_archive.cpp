@@ -28,6 +28,8 @@ public:
         Parse(kind, codePage != 0 ? member.Text(codePage) : text);
     }
 
+    void OnMessage(const String& line) override { _record.Remark(L"%s", line.Text()); }
+
 private:
     void Parse(ZIPTextKind kind, const String& text)
     {

@@ -112,6 +112,16 @@ public:
     // No document has more nodes than bytes. A reader that returns more doesn't get on with a damaged one.
     XmlPass Run(std::uint64_t mostNodes)
     {
+        const XmlPass pass = TakeNodes(mostNodes);
+        StoreKeywords();
+        return pass;
+    }
+
+private:
+    using Getter = HRESULT (STDMETHODCALLTYPE IXmlReader::*)(const wchar_t** text, UINT* length);
+
+    XmlPass TakeNodes(std::uint64_t mostNodes)
+    {
         for (std::uint64_t count = 0; count <= mostNodes && !_reader.IsEOF(); ++count)
         {
             XmlNodeType type = XmlNodeType_None;
@@ -125,9 +135,6 @@ public:
         }
         return _isFound ? XmlPass::Found : XmlPass::NotFound;
     }
-
-private:
-    using Getter = HRESULT (STDMETHODCALLTYPE IXmlReader::*)(const wchar_t** text, UINT* length);
 
     void Remark(const wchar_t* format, HRESULT result)
     {
@@ -202,7 +209,10 @@ private:
         };
         if (const auto* const row = std::find_if(std::begin(kXmlTexts), std::end(kXmlTexts), isElement);
             row != std::end(kXmlTexts))
+        {
             clsDocu::SetText(_record.*row->field, String(value));
+            _hasKeywords = _hasKeywords && row->field != &clsDocu::Keywords; // these replace the ones so far
+        }
         if (const auto* const row = std::find_if(std::begin(kXmlDates), std::end(kXmlDates), isElement);
             row != std::end(kXmlDates))
         {
@@ -212,18 +222,28 @@ private:
         }
     }
 
+    // Collects, because storing each keyword would copy all those before it.
     void AddKeyword(std::wstring_view value)
     {
-        String all = _record.Keywords.Type() != VT_EMPTY ? ToString(_record.Keywords) : String();
-        if (!all.IsEmpty())
-            all += L", ";
-        all += String(value);
-        clsDocu::SetText(_record.Keywords, all);
+        if (!_hasKeywords)
+            _keywords = _record.Keywords.Type() != VT_EMPTY ? ToString(_record.Keywords).View() : std::wstring_view();
+        _hasKeywords = true;
+        if (!_keywords.empty())
+            _keywords += L", ";
+        _keywords += value;
+    }
+
+    void StoreKeywords()
+    {
+        if (_hasKeywords)
+            clsDocu::SetText(_record.Keywords, String(std::wstring_view(_keywords)));
     }
 
     clsDocu& _record;
     IXmlReader& _reader;
     OpenElements _open;
+    TextBuffer _keywords; // not yet in the record
+    bool _hasKeywords = false;
     bool _isFound = false;
 };
 

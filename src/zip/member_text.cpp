@@ -36,25 +36,25 @@ bool ReadRecord(Record& record, FileWindow& file, std::uint64_t offset, std::uin
 }
 
 // Finds the central directory. Returns the number of its entries, or -1 if there is none.
-int FindDirectory(FileWindow& file, std::uint64_t& offset)
+int FindDirectory(IZIPTextReceiver& receiver, FileWindow& file, std::uint64_t& offset)
 {
     const std::uint64_t size = static_cast<std::uint32_t>(file.Size());
     scZIPEndRecord end;
     if (size < sizeof end)
     {
-        DebugLine(L"WRN: GetZIPFilenames: file has bad format (no finalizer)");
+        receiver.OnMessage(String(L"WRN: GetZIPFilenames: file has bad format (no finalizer)"));
         return -1;
     }
     const std::uint64_t tail = std::min(size, kTailSize);
     file.At(size - tail, static_cast<std::size_t>(tail));
     if (!ReadRecord(end, file, size - sizeof end, kZipEndSignature))
     {
-        DebugLine(L"WRN: GetZIPFilenames: read error (no finalizer found)");
+        receiver.OnMessage(String(L"WRN: GetZIPFilenames: read error (no finalizer found)"));
         return -1;
     }
     if (!file.MoveTo(end.directoryOffset))
     {
-        DebugLine(L"WRN: GetZIPFilenames: file has bad format (2)");
+        receiver.OnMessage(String(L"WRN: GetZIPFilenames: file has bad format (2)"));
         return -1;
     }
     offset = end.directoryOffset;
@@ -90,19 +90,25 @@ std::optional<ZIPTextKind> KindOf(std::string_view name)
 
 } // namespace
 
-clsZIPMember::clsZIPMember(FileWindow& file, const scZIPCentralHeader& header)
+void IZIPTextReceiver::OnMessage(const String& line)
+{
+    DebugLine(L"%s", line.Text());
+}
+
+clsZIPMember::clsZIPMember(IZIPTextReceiver& receiver, FileWindow& file, const scZIPCentralHeader& header)
+    : _receiver(receiver)
 {
     scZIPLocalRecord local;
     if (!ReadLocalRecord(local, header, file))
     {
-        DebugLine(L"ERR: bad ZIP FILE ENTRY");
+        _receiver.OnMessage(String(L"ERR: bad ZIP FILE ENTRY"));
         return;
     }
     ReadData(file, local);
     scZIPDescriptor finalizer;
     if ((header.flags & kLowFlagFinalizer) != 0 &&
         !ReadFinalizer(finalizer, file, local.data + local.header.compressedSize))
-        DebugLine(L"bad finalizer!");
+        _receiver.OnMessage(String(L"bad finalizer!"));
 }
 
 String clsZIPMember::Text(unsigned codePage) const
@@ -135,7 +141,7 @@ void clsZIPMember::ReadData(FileWindow& file, const scZIPLocalRecord& local)
             Inflate(file, local.data, size);
         return;
     default:
-        DebugLine(L"unknown compression method %d", local.header.method);
+        _receiver.OnMessage(String(String::kFormatted, L"unknown compression method %d", local.header.method));
     }
 }
 
@@ -145,7 +151,7 @@ void clsZIPMember::Inflate(FileWindow& file, std::uint64_t offset, std::uint32_t
     z_stream stream{};
     if (const int code = inflateInit2(&stream, kRawDeflateWindowBits); code != Z_OK)
     {
-        DebugLine(L"ERR: ZLIB init error '%d'", code);
+        _receiver.OnMessage(String(String::kFormatted, L"ERR: ZLIB init error '%d'", code));
         return;
     }
     const std::unique_ptr<z_stream, int (*)(z_stream*)> end(&stream, inflateEnd);
@@ -164,7 +170,7 @@ void clsZIPMember::Inflate(FileWindow& file, std::uint64_t offset, std::uint32_t
         do
         {
             if (done == _bytes.size())
-                _bytes.resize(std::max(2 * done, kFirstInflated));
+                _bytes.resize(std::min(std::max(2 * done, kFirstInflated), kMostTextBytes + 1));
             stream.next_out = reinterpret_cast<Bytef*>(_bytes.data() + done);
             stream.avail_out = static_cast<uInt>(_bytes.size() - done);
             code = inflate(&stream, Z_NO_FLUSH);
@@ -179,17 +185,17 @@ void clsZIPMember::Inflate(FileWindow& file, std::uint64_t offset, std::uint32_t
 int GetZIPFilenames(IZIPTextReceiver& receiver, FileWindow& file)
 {
     scZIPCentralRecord record;
-    for (int left = FindDirectory(file, record.next); left > 0; --left)
+    for (int left = FindDirectory(receiver, file, record.next); left > 0; --left)
     {
         if (!ReadCentralRecord(record, file, record.next))
         {
-            DebugLine(L"WRN: GetZIPFilenames: file has bad format");
+            receiver.OnMessage(String(L"WRN: GetZIPFilenames: file has bad format"));
             return -1;
         }
         const std::optional<ZIPTextKind> kind = KindOf(record.name);
         if (!kind)
             continue;
-        const clsZIPMember member(file, record.header);
+        const clsZIPMember member(receiver, file, record.header);
         if (const String text = member.Text(0); !text.IsEmpty())
             receiver.OnText(*kind, text, member);
         return 0;

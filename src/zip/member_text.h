@@ -36,12 +36,26 @@ enum class ZIPTextKind
     OfficeOpenXml // "docProps/core.xml"
 };
 
+class clsZIPMember;
+
+class IZIPTextReceiver
+{
+public:
+    // Receives the member and its text in the default code page. The text may declare another one.
+    virtual void OnText(ZIPTextKind kind, const String& text, const clsZIPMember& member) = 0;
+    // Receives what is wrong with the archive, and writes it to the debug output.
+    virtual void OnMessage(const String& line);
+
+protected:
+    ~IZIPTextReceiver() = default;
+};
+
 // The contents of a member.
 class clsZIPMember
 {
 public:
     // Reads the contents. They are empty on any failure.
-    clsZIPMember(FileWindow& file, const scZIPCentralHeader& header);
+    clsZIPMember(IZIPTextReceiver& receiver, FileWindow& file, const scZIPCentralHeader& header);
 
     // Returns the text up to the first zero byte. The code page applies to compressed members; 0 and members that are
     // stored select the default one.
@@ -51,18 +65,9 @@ private:
     void ReadData(FileWindow& file, const scZIPLocalRecord& local);
     void Inflate(FileWindow& file, std::uint64_t offset, std::uint32_t size);
 
+    IZIPTextReceiver& _receiver;
     std::string _bytes;
     bool _isStored = false;
-};
-
-// Receives the member and its text in the default code page. The text may declare another one.
-class IZIPTextReceiver
-{
-public:
-    virtual void OnText(ZIPTextKind kind, const String& text, const clsZIPMember& member) = 0;
-
-protected:
-    ~IZIPTextReceiver() = default;
 };
 
 // Searches the central directory, whose end record must be at the very end of the file, for the first member with one

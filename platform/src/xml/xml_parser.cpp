@@ -158,8 +158,12 @@ void XmlParser::CheckSize()
 {
     const xmlParserInput* const input = _parser->input;
     const std::ptrdiff_t left = input != nullptr ? input->end - input->cur : 0;
-    if (left > (_parser->instate == XML_PARSER_START_TAG ? kMostTagBytes : kMostMarkupBytes))
-        _failure = E_OUTOFMEMORY;
+    const bool isTag = _parser->instate == XML_PARSER_START_TAG;
+    if (left <= (isTag ? kMostTagBytes : kMostMarkupBytes))
+        return;
+    if (isTag)
+        _nodes.CloseText();
+    _failure = E_OUTOFMEMORY;
 }
 
 void XmlParser::Stop(HRESULT failure)
@@ -200,6 +204,7 @@ void XmlParser::OnStartElement(void* self, const xmlChar* name, const xmlChar* p
 
 void XmlParser::StartElement(std::string_view prefix, std::string_view name, std::size_t namespaces)
 {
+    _nodes.CloseText();
     if (_depth == kMostDepth)
         return Stop(kDepthExceeded);
     if (_namespaces + namespaces > kMostNamespaces)
