@@ -1,6 +1,7 @@
 // Builds archives in which each field of each record can be set to any value, for tests of what is accepted or refused.
 #pragma once
 
+#include "support/record_bytes.h"
 #include "support/zlib_reference.h"
 #include "zip/records.h"
 
@@ -61,12 +62,6 @@ struct BuiltMember
     std::string comment;
     qx::scZIPCentralHeader central{}; // without lengths and offset
 };
-
-template <class Record>
-std::string BytesOfRecord(const Record& record)
-{
-    return {reinterpret_cast<const char*>(&record), sizeof record};
-}
 
 inline std::string Build(const std::vector<BuiltMember>& members, const std::string& comment = {})
 {

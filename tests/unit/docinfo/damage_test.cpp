@@ -77,7 +77,7 @@ TEST(DocumentReaders, BearDamage)
 #endif
         {ReadRTF, R"({\rtf1{\info{\title a\'e4}{\creatim\yr2001\mo2}}})"},
         {ReadWord2, qxtest::Word2Of({"a", "b", "title", "", "author"})},
-        {ReadWordPerfect, qxtest::WordPerfectOf({qxtest::WordPerfectEntry('\x12', 0, 56)},
+        {ReadWordPerfect, qxtest::WordPerfectOf({qxtest::WordPerfectEntry(0, 56)},
                               qxtest::WordPerfectRecord(17, u"title") + qxtest::WordPerfectRecord(1, u"a\uF90A"))},
     };
     for (const auto& [reader, whole] : files)

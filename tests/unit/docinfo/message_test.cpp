@@ -3,17 +3,14 @@
 #include "docinfo/message.h"
 #include "support/compound_builder.h"
 #include "support/damage.h"
+#include "support/record_bytes.h"
 #include "support/temp_folder.h"
 #include "unit/docinfo/document_in_memory.h"
 
-#include <gtest/gtest.h>
-
 #include <map>
+#include <tuple>
 
 using namespace qx;
-using qxtest::CompoundBuilder;
-using qxtest::DateOf;
-using qxtest::Summary;
 using qxtest::TextOf;
 
 namespace
@@ -30,25 +27,25 @@ const std::string kDelivered = "\x80\x9B\x4D\x7E\x96\x8D\xC0\x01"s; // a second 
 
 std::string TimeProperty(std::uint32_t tag, const std::string& value)
 {
-    return std::string(reinterpret_cast<const char*>(&tag), 4) + "flag" + value + "behind..";
+    return qxtest::BytesOfRecord(tag) + "flag" + value + "behind..";
 }
 
-void AddTexts(CompoundBuilder& builder, const Properties& texts)
+// The recipients have numbers from `firstNumber` on.
+std::string MessageOf(const Properties& texts, const std::string& times = "",
+    const std::vector<Properties>& recipients = {}, int firstNumber = 0)
 {
-    for (const auto& [tag, text] : texts)
-        builder.AddStream("__substg1.0_" + tag, text);
-}
-
-std::string MessageOf(
-    const Properties& texts, const std::string& times = "", const std::vector<Properties>& recipients = {})
-{
-    CompoundBuilder builder;
-    AddTexts(builder, texts);
-    builder.AddStream("__properties_version1.0", std::string(32, 'x') + times);
-    for (std::size_t i = 0; i < recipients.size(); ++i)
+    qxtest::CompoundBuilder builder;
+    const auto add = [&](const Properties& properties, const std::string& stream)
     {
-        AddTexts(builder.AddStorage("__recip_version1.0_#0000000" + std::to_string(i)), recipients[i]);
-        builder.AddStream("__properties_version1.0", "");
+        for (const auto& [tag, text] : properties)
+            builder.AddStream("__substg1.0_" + tag, text);
+        builder.AddStream("__properties_version1.0", stream);
+    };
+    add(texts, std::string(32, 'x') + times);
+    for (const Properties& recipient : recipients)
+    {
+        builder.AddStorage("__recip_version1.0_#0000000" + std::to_string(firstNumber++));
+        add(recipient, "");
     }
     return builder.Bytes();
 }
@@ -58,7 +55,9 @@ class Message : public testing::Test
 protected:
     clsAutoRelease<clsDocu*> Read(const std::string& bytes, const wchar_t* name = L"a.Msg")
     {
-        return clsDocuList(0).Get(_folder.Make(name, bytes), 1);
+        const String path = _folder.Make(name, bytes);
+        qxtest::SetWriteTime(path, {0, 0x01C20000}); // 2002-5-20 13:12:31
+        return clsDocuList(0).Get(path, 1);
     }
 
     qxtest::TempFolder _folder;
@@ -66,40 +65,27 @@ protected:
 
 } // namespace
 
-TEST_F(Message, Texts)
+TEST_F(Message, TextsAndRecipients)
 {
-    const std::tuple<Properties, const char*, const char*> cases[] = {
-        {{}, "", ""},
-        {{{"0037001E", "subject"}, {"0042001E", "name"}, {"0065001E", "address"}}, "subject", "name"},
-        {{{"0037001F", "\xE4\0b\0c"s}, {"0C1A001E", "sender"}, {"0C1F001E", "x"}}, "<e4>b", "sender"},
-        // A text that is there and empty isn't searched in the other form.
-        {{{"0037001E", ""}, {"0037001F", "a\0"s}, {"0042001E", "\0x"s}, {"0065001E", "address"}}, "", "address"},
-        {{{"0037001E", std::string(5'000, 'x')}, {"0C1F001F", "a\0\0\0b\0"s}}, nullptr, "a"},
-    };
-    for (const auto& [texts, title, author] : cases)
-    {
-        const clsAutoRelease<clsDocu*> record = Read(MessageOf(texts));
-        EXPECT_STREQ(record->reader, L"message");
-        EXPECT_EQ(TextOf(record->Title), title != nullptr ? title : std::string(5'000, 'x'));
-        EXPECT_EQ(TextOf(record->Author), author);
-        EXPECT_EQ(TextOf(record->LastAuthor) + TextOf(record->Subject), "--");
-    }
-}
-
-TEST_F(Message, Recipients)
-{
+    const std::string large(5'000, 'x');
     const Properties none, named = {{"3001001E", "Name"}, {"3003001E", "no"}}, address = {{"3003001E", "address"}};
-    const std::pair<std::vector<Properties>, const char*> cases[] = {
-        {{named, address}, "Name; address"},
-        {{none}, ""},
-        {{none, named, none, address}, "Name; ; address"},
+    const std::tuple<Properties, std::vector<Properties>, std::string> cases[] = {
+        {{}, {}, "|-||-"},
+        {{{"0037001E", "subject"}, {"0042001E", "name"}, {"0065001E", "address"}}, {none}, "subject|-|name|"},
+        {{{"0037001F", "\xE4\0b\0c"s}, {"0C1A001E", "sender"}, {"0C1F001E", "x"}}, {}, "<e4>b|-|sender|-"},
+        // A text that is there and empty isn't searched in the other form.
+        {{{"0037001E", ""}, {"0037001F", "a\0"s}, {"0042001E", "\0x"s}, {"0065001E", "address"}}, {named, address},
+            "|-|address|Name; address"},
+        {{{"0037001E", large}, {"0C1F001F", "a\0\0\0b\0"s}}, {none, named, none, address},
+            large + "|-|a|Name; ; address"},
     };
-    for (const auto& [recipients, text] : cases)
-        EXPECT_EQ(TextOf(Read(MessageOf({}, "", recipients))->LastAuthor), text);
-    // The numbers have no gaps.
-    CompoundBuilder gap;
-    AddTexts(gap.AddStorage("__recip_version1.0_#00000001"), named);
-    EXPECT_EQ(TextOf(Read(gap.Bytes())->LastAuthor), "-");
+    for (const auto& [texts, recipients, expected] : cases)
+    {
+        const clsAutoRelease<clsDocu*> record = Read(MessageOf(texts, "", recipients));
+        EXPECT_STREQ(record->reader, L"message");
+        EXPECT_EQ(qxtest::Summary(*record), expected + "|-|-|-|2002-5-20 13:12:31");
+    }
+    EXPECT_EQ(TextOf(Read(MessageOf({}, "", {named}, 1))->LastAuthor), "-"); // the numbers have no gaps
 }
 
 TEST_F(Message, Times)
@@ -107,43 +93,30 @@ TEST_F(Message, Times)
     const std::string sent = TimeProperty(kSubmitTag, kSent), delivered = TimeProperty(kDeliveryTag, kDelivered);
     const std::string other = TimeProperty(0x00390041, kDelivered);
     const std::string never = TimeProperty(kSubmitTag, std::string(8, '\xFF'));
-    const FILETIME file = {0, 0x01C20000};
-    const std::string saved = "2002-5-20 13:12:31";
-    const std::tuple<std::string, std::string, std::string> cases[] = {
-        {"", "-", saved},
-        {other + sent, "2001-2-3 4:5:6", saved},
-        {delivered + other, "2001-2-3 4:5:7", saved},
-        {delivered + sent, "2001-2-3 4:5:6", "2001-2-3 4:5:7"},
-        {never + delivered, "2001-2-3 4:5:7", saved},
-        {sent.substr(0, 23), "-", saved},
-        {sent + delivered.substr(0, 23), "2001-2-3 4:5:6", saved},
-        {"x" + sent, "-", saved},
+    const std::pair<std::string, std::string> cases[] = {
+        {other + sent, "2001-2-3 4:5:6|2002-5-20 13:12:31"},
+        {delivered + other, "2001-2-3 4:5:7|2002-5-20 13:12:31"},
+        {delivered + sent, "2001-2-3 4:5:6|2001-2-3 4:5:7"},
+        {never + delivered, "2001-2-3 4:5:7|2002-5-20 13:12:31"},
+        {sent + delivered.substr(0, 23), "2001-2-3 4:5:6|2002-5-20 13:12:31"},
+        {"x" + sent, "-|2002-5-20 13:12:31"},
     };
-    for (const auto& [times, created, lastSaved] : cases)
-    {
-        const String path = _folder.Make(L"a.msg", MessageOf({}, times));
-        qxtest::SetWriteTime(path, file);
-        const clsAutoRelease<clsDocu*> record = clsDocuList(0).Get(path, 1);
-        EXPECT_EQ(DateOf(record->Created), created);
-        EXPECT_EQ(DateOf(record->LastSaved), lastSaved);
-    }
+    for (const auto& [times, expected] : cases)
+        EXPECT_EQ(qxtest::Summary(*Read(MessageOf({}, times))), "|-||-|-|-|" + expected);
 }
 
 TEST_F(Message, OfAnotherProgramsStorage)
 {
-    EXPECT_EQ(Summary(*clsDocuList(0).Get(qxtest::Wide(QXUT_TEST_DOCUMENTS "/message/letter.msg"), 1)),
+    EXPECT_EQ(qxtest::Summary(*clsDocuList(0).Get(qxtest::Wide(QXUT_TEST_DOCUMENTS "/message/letter.msg"), 1)),
         "R<e4>der & Achsen|-|Ann Smith|Bob Brown; carl@example.com|-|-|2001-2-3 4:5:6|2001-2-3 4:5:7");
 }
 
+// The list's own tests have mails by that name.
 TEST_F(Message, ChoiceOfTheReader)
 {
-    const std::string mail = "Subject: text\r\n\r\n";
-    const clsAutoRelease<clsDocu*> text = Read(mail);
-    EXPECT_STREQ(text->reader, L"mail");
-    EXPECT_EQ(TextOf(text->Title), "text");
     EXPECT_EQ(Read(MessageOf({{"0037001E", "subject"}}), L"a.doc")->reader, nullptr);
     // A storage that can't be opened is read as a mail.
-    std::string damaged = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1\r\n" + mail;
+    std::string damaged = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1\r\nSubject: text\r\n\r\n";
     damaged.resize(1024, 'x');
     const clsAutoRelease<clsDocu*> record = Read(damaged);
     EXPECT_STREQ(record->reader, L"mail");
