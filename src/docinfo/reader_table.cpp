@@ -8,9 +8,9 @@
 #include "docinfo/pdf.h"
 #include "docinfo/rtf.h"
 #include "docinfo/tiff.h"
-#include "docinfo/xml_document.h"
 #include "docinfo/word2.h"
 #include "docinfo/wordperfect.h"
+#include "docinfo/xml_document.h"
 #include "files/paths.h"
 
 #include <algorithm>

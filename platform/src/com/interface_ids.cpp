@@ -1,7 +1,7 @@
 // The identifiers of the interfaces and classes declared by the layer.
 #include <oaidl.h>
-#include <xmllite.h>
 #include <shobjidl.h>
+#include <xmllite.h>
 
 // Nearly all of them differ only in their first number.
 namespace

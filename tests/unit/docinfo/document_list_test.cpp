@@ -6,7 +6,7 @@
 #include "support/temp_folder.h"
 #include "unit/docinfo/document_in_memory.h"
 
-#if !defined(_WIN32)
+#if !defined(_WIN32) // connected drives are made on linux only
 #include "support/own_drives.h"
 #endif
 
