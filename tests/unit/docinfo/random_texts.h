@@ -16,16 +16,21 @@ namespace qxtest
 
 constexpr int kTexts = kIsSlow ? 2'000 : 100'000;
 
+constexpr std::size_t kMostPieces = 40;
+
 // Texts of random pieces, repetitions of the text so far among them. The same in each run.
 class RandomTexts
 {
 public:
-    explicit RandomTexts(std::span<const std::string_view> pieces) : _pieces(pieces) {}
+    explicit RandomTexts(std::span<const std::string_view> pieces, std::size_t mostPieces = kMostPieces)
+        : _pieces(pieces), _mostPieces(mostPieces)
+    {
+    }
 
     std::string Next()
     {
         std::string text;
-        for (std::size_t count = Number(40); count > 0; --count)
+        for (std::size_t count = Number(_mostPieces); count > 0; --count)
             if (Number(12) == 0 && !text.empty())
                 text += text.substr(Number(text.size()), Number(30));
             else
@@ -37,16 +42,17 @@ private:
     std::size_t Number(std::size_t below) { return _random() % below; }
 
     std::span<const std::string_view> _pieces;
+    std::size_t _mostPieces;
     std::mt19937 _random{1};
 };
 
 using ReadPatterns = void (*)(qx::clsDocu& record, const qx::String& text);
 
 // `wrap` holds the text where it says "%".
-inline void CompareReaders(
-    Reader reader, ReadPatterns read, std::span<const std::string_view> pieces, std::string_view wrap)
+inline void CompareReaders(Reader reader, ReadPatterns read, std::span<const std::string_view> pieces,
+    std::string_view wrap, std::size_t mostPieces = kMostPieces)
 {
-    RandomTexts texts(pieces);
+    RandomTexts texts(pieces, mostPieces);
     int filled = 0;
     for (int i = 0; i < kTexts; ++i)
     {
