@@ -23,7 +23,8 @@ class RandomTexts
 {
 public:
     explicit RandomTexts(std::span<const std::string_view> pieces, std::size_t mostPieces = kMostPieces)
-        : _pieces(pieces), _mostPieces(mostPieces)
+        : _pieces(pieces),
+          _mostPieces(mostPieces)
     {
     }
 
