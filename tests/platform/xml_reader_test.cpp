@@ -1,16 +1,14 @@
 // The pull reader for XML.
-#include "platform/system_support.h"
 #include "support/memory_stream.h"
-
-#include <gtest/gtest.h>
+#include "support/readable_text.h"
 
 #include <windows.h>
 
 #include <xmllite.h>
 
+#include <map>
 #include <memory>
-#include <string>
-#include <string_view>
+#include <vector>
 
 using qxtest::MemoryStream;
 
@@ -38,20 +36,6 @@ Reader CreateReader()
     return Reader(static_cast<IXmlReader*>(reader));
 }
 
-// Characters beyond ASCII, and control characters, as hexadecimal numbers.
-std::string Readable(const wchar_t* text, UINT length)
-{
-    std::string all;
-    for (UINT i = 0; i < length; ++i)
-    {
-        char number[16];
-        std::snprintf(number, sizeof number, "{%x}", static_cast<unsigned>(text[i]));
-        all += text[i] < 32 || text[i] > 126 ? number : std::string(1, static_cast<char>(text[i]));
-    }
-    EXPECT_EQ(text[length], 0);
-    return all;
-}
-
 using TextOf = HRESULT (STDMETHODCALLTYPE IXmlReader::*)(LPCWSTR*, UINT*);
 
 std::string Get(IXmlReader& reader, TextOf function)
@@ -59,31 +43,22 @@ std::string Get(IXmlReader& reader, TextOf function)
     LPCWSTR text = nullptr;
     UINT length = 0;
     EXPECT_EQ((reader.*function)(&text, &length), S_OK);
-    return Readable(text, length);
+    EXPECT_EQ(text[length], 0);
+    return qxtest::ReadableText({text, length});
 }
 
+// Returns names and values between marks that tell the kinds.
 std::string NodeText(IXmlReader& reader, XmlNodeType type)
 {
-    const std::string prefix = Get(reader, &IXmlReader::GetPrefix);
-    const std::string name = (prefix.empty() ? "" : prefix + ":") + Get(reader, &IXmlReader::GetLocalName);
-    const std::string value = Get(reader, &IXmlReader::GetValue);
-    switch (type)
-    {
-    case XmlNodeType_Element:
-        return "<" + name + (reader.IsEmptyElement() ? "/>" : ">");
-    case XmlNodeType_EndElement:
-        return "</" + name + ">";
-    case XmlNodeType_Text:
-        return "'" + value + "'";
-    case XmlNodeType_Whitespace:
-        return "\"" + value + "\"";
-    case XmlNodeType_CDATA:
-        return "[" + value + "]";
-    case XmlNodeType_Comment:
-        return "#" + value;
-    default:
-        return "?" + name + value;
-    }
+    static const std::map<XmlNodeType, std::pair<std::string, const char*>> marks = {{XmlNodeType_Element, {"<", ">"}},
+        {XmlNodeType_EndElement, {"</", ">"}}, {XmlNodeType_Text, {"'", "'"}}, {XmlNodeType_Whitespace, {"\"", "\""}},
+        {XmlNodeType_CDATA, {"[", "]"}}, {XmlNodeType_Comment, {"#", "#"}},
+        {XmlNodeType_ProcessingInstruction, {"?", "?"}}, {XmlNodeType_XmlDeclaration, {"?", "?"}}};
+    const auto& [begin, end] = marks.at(type);
+    const bool isTag = type == XmlNodeType_Element || type == XmlNodeType_EndElement;
+    const std::string prefix = Get(reader, &IXmlReader::GetPrefix), value = Get(reader, &IXmlReader::GetValue);
+    return begin + prefix + (prefix.empty() ? "" : ":") + Get(reader, &IXmlReader::GetLocalName) +
+           (isTag ? "" : value) + (reader.IsEmptyElement() ? "/" : "") + end;
 }
 
 // Returns the nodes of a document, separated by blanks, and "!" with the error or "$" for the end. White space outside
@@ -116,18 +91,19 @@ std::string NodesOf(IXmlReader& reader)
     return all + "...";
 }
 
-std::string NodesOf(std::string_view document)
+void ExpectNodes(const std::vector<std::pair<std::string, std::string>>& documents)
 {
-    const MemoryStream stream(document);
-    std::string nodes;
+    for (const auto& [document, nodes] : documents)
     {
-        const Reader reader = CreateReader();
-        EXPECT_EQ(reader->SetInput(stream), S_OK);
-        EXPECT_GT(stream.References(), 1u);
-        nodes = NodesOf(*reader);
+        const MemoryStream stream(document);
+        {
+            const Reader reader = CreateReader();
+            EXPECT_EQ(reader->SetInput(stream), S_OK);
+            EXPECT_GT(stream.References(), 1u);
+            EXPECT_EQ(NodesOf(*reader), nodes) << document.substr(0, 100);
+        }
+        EXPECT_EQ(stream.References(), 1u);
     }
-    EXPECT_EQ(stream.References(), 1u);
-    return nodes;
 }
 
 std::string Repeat(std::string_view piece, int count)
@@ -150,37 +126,20 @@ std::string Sixteen(std::string_view text)
 
 TEST(XmlReader, Nodes)
 {
-    const std::pair<std::string, const char*> documents[] = {
-        {"<a/>", "<a/> $"},
-        {"<a></a>", "<a> </a> $"},
-        {"<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<a>x</a>\r\n", "?xml <a> 'x' </a> $"},
-        {"<a b='1'> <c/> text <d/>\r\n</a>", "<a> \" \" <c/> ' text ' <d/> \"{a}\" </a> $"},
-        {"<a>t<![CDATA[c<>]]>u</a>", "<a> 't' [c<>] 'u' </a> $"},
-        {"<a><![CDATA[b]]><![CDATA[]]></a>", "<a> [b] [] </a> $"},
-        {"<a>x&lt;y&#65;&amp;</a>", "<a> 'x<yA&' </a> $"},
-        {"<a>&#32;</a>", "<a> ' ' </a> $"},
-        {"<a> &#32; </a>", "<a> '   ' </a> $"},
-        {"<a><!-- c -->t<?pi v?>u</a>", "<a> # c  't' ?piv 'u' </a> $"},
-        {"<x:a xmlns:x='u'><x:b>t</x:b></x:a>", "<x:a> <x:b> 't' </x:b> </x:a> $"},
-        {"<a xmlns='u'>t</a>", "<a> 't' </a> $"},
+    ExpectNodes({{"<a/>", "<a/> $"}, {"<a></a>", "<a> </a> $"},
+        {"<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<a>x</a>\r\n", "?xml? <a> 'x' </a> $"},
+        {"<a b='1'> <c/> text <d/>\r\n</a>", "<a> \" \" <c/> ' text ' <d/> \"<a>\" </a> $"},
+        {"<a>t<![CDATA[c<>]]><![CDATA[]]>u</a>", "<a> 't' [c<>] [] 'u' </a> $"},
+        {"<a>x&lt;y&#65;&amp;<b>&#32;</b> &#32; </a>", "<a> 'x<yA&' <b> ' ' </b> '   ' </a> $"},
+        {"<a><!-- c -->t<?pi v?>u</a>", "<a> # c # 't' ?piv? 'u' </a> $"},
+        {"<x:a xmlns:x='u'><x:b>t</x:b><c xmlns='u'/></x:a>", "<x:a> <x:b> 't' </x:b> <c/> </x:a> $"},
         {"<x:a x:b='1'><x:b/></x:a>", "<a> <b/> </a> $"}, // prefixes that aren't declared
-        {"<a>x\r\ny\rz</a>", "<a> 'x{a}y{a}z' </a> $"},
-        {"\xEF\xBB\xBF<a>\xC3\xA4</a>", "<a> '{e4}' </a> $"},
-        {Sixteen("<a>x</a>"), "<a> 'x' </a> $"},
+        {"\xEF\xBB\xBF<a>\xC3\xA4\r\ny\rz</a>", "<a> '<e4><a>y<a>z' </a> $"}, {Sixteen("<a>x</a>"), "<a> 'x' </a> $"},
         // errors, with what precedes them
-        {"<!DOCTYPE a><a/>", "!4f"},
-        {"<!DOCTYPE a [<!ENTITY b 'c'>]><a>&b;</a>", "!4f"},
-        {"<a><b>text</wrong>", "<a> <b> 'text' !3b"},
-        {"<a>text]]>u</a>", "<a> !4d"},
-        {"<a>t<!-- -- --></a>", "<a> 't' !2f"},
-        {"<a b=1>", "!24"},
-        {"<a/>junk", "<a/> !2d"},
-        {"<a>x</a><b/>", "<a> 'x' </a> !2d"},
-        {"<?xml version=\"1.0\" encoding=\"unknown\"?><a>x</a>", "!41"},
-        {"", "!01"},
-    };
-    for (const auto& [document, nodes] : documents)
-        EXPECT_EQ(NodesOf(document), nodes) << document;
+        {"<!DOCTYPE a [<!ENTITY b 'c'>]><a>&b;</a>", "!4f"}, {"<a><b>text</wrong>", "<a> <b> 'text' !3b"},
+        {"<a>text]]>u</a>", "<a> !4d"}, {"<a>t<!-- -- --></a>", "<a> 't' !2f"}, {"<a b=1>", "!24"},
+        {"<a/>junk", "<a/> !2d"}, {"<a>x</a><b/>", "<a> 'x' </a> !2d"}, {"", "!01"},
+        {"<?xml version=\"1.0\" encoding=\"unknown\"?><a>x</a>", "!41"}});
 }
 
 // Wine accepts a document that ends too early, entities and attributes that aren't valid, and control characters; it
@@ -188,49 +147,32 @@ TEST(XmlReader, Nodes)
 #ifdef __linux__
 TEST(XmlReader, NodesUnlikeWine)
 {
-    const std::pair<std::string, const char*> documents[] = {
-        {" <a/>", "<a/> $"},
-        {"<a>text", "<a> 'text' !01"},
-        {"<a><b>t</b>", "<a> <b> 't' </b> !01"},
-        {"<a>text<b", "<a> 'text' !23"},
-        {"<a><![CDATA[b", "<a> !01"},
-        {"<a>text&bad;</a>", "<a> !2d"},
-        {"<a>text & more</a>", "<a> !61"},
-        {"<a>x\1y</a>", "<a> !2b"},
-        {"<a>\xE4</a>", "<a> !2b"},
-        {Sixteen("<a>x") + "\x01\xD8xxxx", "<a> !02"}, // half of a surrogate pair
-        {"<a b='1' b='2'/>", "!3c"},
-        {"<a:b:c/>", "!62"},
-        {"<a>&#x10000;</a>", "<a> '{d800}{dc00}' </a> $"},
-        {"<?xml version='1.0' encoding='ISO-8859-15'?><a>\xA4</a>", "?xml <a> '{20ac}' </a> $"},
-        {"<?xml version='1.0' encoding='windows-1251'?><a>\xE4</a>", "?xml <a> '{434}' </a> $"},
-        {"<?xml version='1.0' encoding='UTF-7'?><a>x</a>", "!41"},
-        {"<a b='" + std::string(400'000, 'x') + "'/>", "!0e"},
-        {"<a><!--" + std::string(9'000'000, 'x'), "<a> !0e"},
-    };
-    for (const auto& [document, nodes] : documents)
-        EXPECT_EQ(NodesOf(document), nodes) << document.substr(0, 100);
     std::string names;
     for (int i = 0; i < 1025; ++i)
         names += " xmlns:a" + std::to_string(i) + "='u'";
-    EXPECT_EQ(NodesOf("<a" + names + "/>"), "!0e");
-    EXPECT_EQ(NodesOf(Repeat("<a>", 256) + Repeat("</a>", 256)),
-        Repeat("<a> ", 256) + Repeat("</a> ", 256) + "$"); // Wine fails behind 256
+    ExpectNodes({{" <a/>", "<a/> $"}, {"<a>text", "<a> 'text' !01"}, {"<a><b>t</b>", "<a> <b> 't' </b> !01"},
+        {"<a>text<b", "<a> 'text' !23"}, {"<a><![CDATA[b", "<a> !01"}, {"<a>text&bad;</a>", "<a> !2d"},
+        {"<a>text & more</a>", "<a> !61"}, {"<a>x\1y</a>", "<a> !2b"}, {"<a>\xE4</a>", "<a> !2b"},
+        {Sixteen("<a>x") + "\x01\xD8xxxx", "<a> !02"}, // half of a surrogate pair
+        {"<a b='1' b='2'/>", "!3c"}, {"<a:b:c/>", "!62"}, {"<a>&#x10000;</a>", "<a> '<d800><dc00>' </a> $"},
+        {"<?xml version='1.0' encoding='ISO-8859-15'?><a>\xA4</a>", "?xml? <a> '<20ac>' </a> $"},
+        {"<?xml version='1.0' encoding='windows-1251'?><a>\xE4</a>", "?xml? <a> '<434>' </a> $"},
+        {"<?xml version='1.0' encoding='UTF-7'?><a>x</a>", "!41"}, {"<a" + names + "/>", "!0e"},
+        {"<a b='" + std::string(400'000, 'x') + "'/>", "!0e"}, {"<a><!--" + std::string(9'000'000, 'x'), "<a> !0e"},
+        {Repeat("<a>", 256) + Repeat("</a>", 256), // Wine fails behind 256
+            Repeat("<a> ", 256) + Repeat("</a> ", 256) + "$"}});
 }
 #endif
 
 TEST(XmlReader, DepthAndLongTexts)
 {
-    const auto deep = [](int depth)
-    {
-        return Repeat("<a>", depth) + "<b/>" + Repeat("</a>", depth);
-    };
-    EXPECT_EQ(NodesOf(deep(255)), Repeat("<a> ", 255) + "<b/> " + Repeat("</a> ", 255) + "$");
-    EXPECT_EQ(NodesOf(deep(256)), Repeat("<a> ", 256) + "!81");
     const std::string text(100'000, 'x');
-    EXPECT_EQ(NodesOf("<a>" + text + "&amp;" + text + "<![CDATA[" + text + "]]></a>"),
-        "<a> '" + text + "&" + text + "' [" + text + "] </a> $");
-    EXPECT_EQ(NodesOf("<a>" + Repeat("<b>x</b>", 2'000) + "</c>"), "<a> " + Repeat("<b> 'x' </b> ", 2'000) + "!3b");
+    ExpectNodes({{Repeat("<a>", 255) + "<b/>" + Repeat("</a>", 255),
+                     Repeat("<a> ", 255) + "<b/> " + Repeat("</a> ", 255) + "$"},
+        {Repeat("<a>", 256) + "x<b/>", Repeat("<a> ", 256) + "'x' !81"},
+        {"<a>" + text + "&amp;" + text + "<![CDATA[" + text + "]]></a>",
+            "<a> '" + text + "&" + text + "' [" + text + "] </a> $"},
+        {"<a>" + Repeat("<b>x</b>", 2'000) + "</c>", "<a> " + Repeat("<b> 'x' </b> ", 2'000) + "!3b"}});
 }
 
 TEST(XmlReader, Inputs)

@@ -67,14 +67,8 @@ TEST(DocumentShortcuts, WithoutTargetNothingIsRead)
     const TempFolder folder;
     const String page = folder.Make(L"page.htm", kPage);
     const std::string whole = LinkOf({.local = TargetPath(page)});
-    const std::string damaged[] = {
-        LinkOf({.local = TargetPath(folder.Path(L"gone.htm"))}),
-        LinkOf({.local = TargetPath(page), .headerFlags = 1}),
-        whole.substr(0, 75),
-        kPage,
-        "",
-    };
-    for (const std::string& bytes : damaged)
+    for (const std::string& bytes : {LinkOf({.local = TargetPath(folder.Path(L"gone.htm"))}),
+             LinkOf({.local = TargetPath(page), .headerFlags = 1}), whole.substr(0, 75), std::string(kPage)})
     {
         const String link = folder.Make(L"a.lnk", whole);
         clsDocuList list(0);

@@ -18,7 +18,7 @@ namespace
 
 using Texts = std::vector<std::string>;
 
-constexpr auto kRefused = "-1 -|-|-|-|-|-|-|-", kNothing = "0 -|-|-|-|-|-|-|-", kTitle = "0 title|-|-|-|-|-|-|-";
+constexpr auto kRefused = "-1 -|-|-|-|-|-|-|-", kEmptyRecord = "0 -|-|-|-|-|-|-|-", kTitle = "0 title|-|-|-|-|-|-|-";
 
 std::string ResultAndSummary(qxtest::Reader reader, const std::string& bytes)
 {
@@ -32,7 +32,7 @@ TEST(Word2, TextsOfTheTable)
 {
     const Texts all = {"no", "no", "title", "", "keys", "comments", "author", "last", "no"}, some = {"a", "b", "title"};
     const std::tuple<Texts, int, const char*> tables[] = {{all, 0, "0 title||author|last|keys|comments|-|-"},
-        {some, 0, kTitle}, {some, -2, "0 tit|-|-|-|-|-|-|-"}, {{}, 0, kNothing}, {{}, -1, kRefused},
+        {some, 0, kTitle}, {some, -2, "0 tit|-|-|-|-|-|-|-"}, {{}, 0, kEmptyRecord}, {{}, -1, kRefused},
         {all, 1, kRefused}};
     for (const auto& [texts, excess, summary] : tables)
         EXPECT_EQ(ResultAndSummary(ReadWord2, Word2Of(texts, excess)), summary) << excess;
@@ -48,7 +48,7 @@ TEST(WordPerfect, IndexAndRecords)
     const std::string entry = WordPerfectEntry(0, size), second = WordPerfectEntry(size, 900);
     const std::tuple<Texts, std::string, const char*> files[] = {
         {{WordPerfectEntry(0, allSize)}, all, "0 title|subject|author||<c7><df><b0>|a<d><a><fc>b|-|-"},
-        {{WordPerfectEntry(9999, size)}, title, kNothing},
+        {{WordPerfectEntry(9999, size)}, title, kEmptyRecord},
         {{entry}, title + author, kTitle},                  // the size covers the first record only
         {{WordPerfectEntry(0, 7)}, title + author, kTitle}, // or ends within it
         {{WordPerfectEntry(0, 900), second}, title + std::string("\5\0\5\0xx", 6) + author, kTitle},
