@@ -105,22 +105,6 @@ TEST_F(Shortcut, MadeByWine)
     }
 }
 
-#ifdef _WIN32 // the layer doesn't write shortcuts
-TEST_F(Shortcut, SavedByTheSystem)
-{
-    for (const wchar_t* const target :
-        {L"C:\\windows\\win.ini", L"C:\\windows", L"Q:\\no such drive\\a.txt", L"\\\\no\\share\\a.txt"})
-    {
-        const Text path = _folder / L"saved.lnk";
-        _link->SetPath(target);
-        EXPECT_EQ(_file->Save(path, FALSE), S_OK);
-        const std::optional<LinkTarget> read = Parse(qxtest::BytesOf(path));
-        ASSERT_TRUE(read);
-        EXPECT_EQ(Narrow(read->local), Text(target).Narrow());
-    }
-}
-#endif
-
 TEST_F(Shortcut, FailuresAndFlags)
 {
     EXPECT_EQ(Path(), "");
