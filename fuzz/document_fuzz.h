@@ -3,6 +3,7 @@
 
 #include "docinfo/document_file.h"
 #include "docinfo/document_record.h"
+#include "docinfo/file_text.h"
 #include "files/file_window.h"
 
 #include <windows.h>
@@ -12,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <string_view>
 #include <utility>
 
 namespace qxfuzz
@@ -42,6 +44,26 @@ inline qx::clsAutoRelease<qx::clsDocu*> ReadDocument(Reader reader, const std::u
         if (text->Type() != VT_EMPTY && text->Type() != VT_BSTR)
             std::abort();
     return record;
+}
+
+using Parser = void (*)(qx::clsDocu& record, std::wstring_view text);
+
+// Parses the text at the document's beginning. Aborts if the text of a field isn't part of it. Keywords may be joined,
+// but never grow.
+template <Parser parse>
+int ReadParts(qx::clsDocu& record, qx::FileWindow& file)
+{
+    qx::String text;
+    if (!qx::ReadFirstText(file, text))
+        return 0;
+    parse(record, text.View());
+    for (const qx::clsVariant* const field :
+        {&record.Title, &record.Subject, &record.Author, &record.LastAuthor, &record.Comments})
+        if (text.View().find(qx::ToString(*field).View()) == std::wstring_view::npos)
+            std::abort();
+    if (qx::ToString(record.Keywords).Length() > text.Length())
+        std::abort();
+    return 0;
 }
 
 } // namespace qxfuzz

@@ -5,7 +5,7 @@
  * (.doc, .xls, .ppt and others), Office Open XML and OpenDocument archives, Word 2 and WordPerfect documents, XML files
  * (.xml), PDF files, web pages (.htm, .html, .mht), Rich Text (.rtf), mail (.eml, .msg), TIFF and JPEG files are read;
  * of all others only the time of the last write is known. The author of a mail is its sender, the last author its
- * recipients, and the title its subject. A shortcut (.lnk) stands for its target.
+ * recipients, and the title its subject. For a shortcut (.lnk), its target is read.
  *
  * A list caches what it reads. Requests within the lifetime of a cached document don't touch the disk. Later requests
  * read the document again only if its time of last write has changed. Paths are compared without case, even where file

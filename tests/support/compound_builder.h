@@ -52,7 +52,7 @@ public:
         SetContents(0, AddSectors(_mini), _mini.size());
         const std::uint32_t miniTable = AddSectors(Packed(_miniTable)), directory = AddSectors(_elements);
 
-        // The table describes its own sectors too, and the one with the list of those that the header has no room for.
+        // The table also covers its own sectors, and the sector that continues the header's list of them.
         const auto links = static_cast<std::uint32_t>(_sectorSize / 4);
         const auto begin = static_cast<std::uint32_t>(_table.size());
         const std::uint32_t count = begin / (links - 1) + 1;

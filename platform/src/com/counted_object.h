@@ -1,4 +1,4 @@
-// The base of COM objects that implement one interface.
+// The base of COM objects.
 #pragma once
 
 #include "com/reference_count.h"
@@ -10,9 +10,9 @@ namespace qxplatform
 {
 
 // Starts with one reference, and is deleted when the last one is released. A derived class returns its interfaces from
-// FindInterface. The functions declared here follow those of the interface in the vtable.
-template <class Interface>
-class CountedObject : public Interface
+// FindInterface. The functions declared here follow those of the first interface in its vtable.
+template <class... Interfaces>
+class CountedObject : public Interfaces...
 {
 public:
     CountedObject(const CountedObject&) = delete;

@@ -1,7 +1,7 @@
 #include "shell/shell_link.h"
 
 #include "base/text.h"
-#include "com/reference_count.h"
+#include "com/counted_object.h"
 #include "files/path.h"
 #include "shell/link_file.h"
 
@@ -68,36 +68,9 @@ void ConvertToCallersForm(std::u16string& path)
         path = CallersForm(Wide(path), false);
 }
 
-class ShellLink final : public IShellLinkW, public IPersistFile
+class ShellLink final : public CountedObject<IShellLinkW, IPersistFile>
 {
 public:
-    HRESULT QueryInterface(REFIID riid, void** object) override
-    {
-        if (object == nullptr)
-            return E_POINTER;
-        if (riid == IID_IUnknown || riid == IID_IShellLinkW)
-            *object = static_cast<IShellLinkW*>(this);
-        else if (riid == IID_IPersist || riid == IID_IPersistFile)
-            *object = static_cast<IPersistFile*>(this);
-        else
-        {
-            *object = nullptr;
-            return E_NOINTERFACE;
-        }
-        AddRef();
-        return S_OK;
-    }
-
-    ULONG AddRef() override { return _references.Add(); }
-
-    ULONG Release() override
-    {
-        const ULONG references = _references.Drop();
-        if (references == 0)
-            delete this;
-        return references;
-    }
-
     // Returns S_FALSE if there is no path. A path that is too long is cut.
     HRESULT GetPath(LPWSTR path, int size, WIN32_FIND_DATAW* data, DWORD flags) override
     {
@@ -111,7 +84,7 @@ public:
         return source.empty() ? S_FALSE : S_OK;
     }
 
-    // The target is where the shortcut says; nothing else is searched. So no server is asked whether it is there.
+    // Doesn't check whether the target exists, because a server might not respond.
     HRESULT Resolve(HWND, DWORD) override { return S_OK; }
 
     HRESULT GetClassID(CLSID* clsid) override
@@ -165,9 +138,15 @@ public:
     HRESULT SetPath(LPCWSTR) override { return E_NOTIMPL; }
 
 private:
-    ~ShellLink() = default;
+    void* FindInterface(REFIID riid) override
+    {
+        if (riid == IID_IUnknown || riid == IID_IShellLinkW)
+            return static_cast<IShellLinkW*>(this);
+        if (riid == IID_IPersist || riid == IID_IPersistFile)
+            return static_cast<IPersistFile*>(this);
+        return nullptr;
+    }
 
-    ReferenceCount _references;
     LinkTarget _target;
 };
 

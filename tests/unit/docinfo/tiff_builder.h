@@ -46,7 +46,7 @@ public:
         _entries.clear();
         return offset;
     }
-    // Writes a directory and makes the former one refer to it.
+    // Writes a directory and links the previous one to it.
     void EndDirectory()
     {
         const std::uint32_t offset = EndLoneDirectory();
