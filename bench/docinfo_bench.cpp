@@ -130,7 +130,9 @@ void LookAtValidRecord(benchmark::State& state)
     const double before = Memory();
     for (const WideText& key : keys)
         information.Get(list, key);
-    state.counters["bytes a record"] = (Memory() - before) / kRecords;
+    // The function runs several times. Later runs reuse the memory of the first.
+    static const double bytes = (Memory() - before) / kRecords;
+    state.counters["bytes a record"] = bytes;
     std::size_t next = 0;
     for (auto _ : state)
     {
