@@ -102,7 +102,7 @@ TEST(CountryExports, List)
 
 TEST(CountryExports, ManyThreadsAtOnce)
 {
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (int i = 0; i < 8; ++i)
         threads.emplace_back(
             []
@@ -110,8 +110,7 @@ TEST(CountryExports, ManyThreadsAtOnce)
                 for (int round = 0; round < 200; ++round)
                     EXPECT_EQ(Info(round % 2 == 0 ? L"Austria" : L"de-AT", QXUT_COUNTRY_LCID), "3079");
             });
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.clear(); // waits for them
 }
 
 // The command line program is tested with each country by its codes and names.

@@ -1,6 +1,8 @@
 // Tracked heaps: memory format, handles and result codes.
 #include "exports/heaps/heaps_library.h"
 
+#include "stacks/callers.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -56,13 +58,7 @@ TEST(HeapsFormat, DebugObject)
     EXPECT_EQ(fence, kEnd);
 
     // The chain begins with this program.
-    struct Entry
-    {
-        void* reserved;
-        void* address;
-        void* reserved2;
-    };
-    Entry* chain = nullptr;
+    qx::scCaller* chain = nullptr;
     std::memcpy(&chain, object - 20, sizeof chain);
     ASSERT_NE(chain, nullptr);
     HMODULE first = nullptr;
@@ -279,7 +275,7 @@ TEST(HeapsThreads, EightThreadsOnTwoHeaps)
 {
     const JobAndHeap own(QXUT_HEAP_DEBUG);
     const auto plain = heaps.create(own.job, L"plain", 0);
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     std::atomic<int> failures = 0;
     for (unsigned number = 0; number < 8; ++number)
         threads.emplace_back(
@@ -300,8 +296,7 @@ TEST(HeapsThreads, EightThreadsOnTwoHeaps)
                 for (void* const object : objects)
                     failures += heaps.free(heap, object) != 0;
             });
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.clear(); // waits for them
     EXPECT_EQ(failures, 0);
     EXPECT_EQ(heaps.remove(plain), 0);
     EXPECT_EQ(heaps.remove(own.heap), 0);
