@@ -13,7 +13,7 @@ import pathlib
 import quopri
 
 FOLDER = pathlib.Path(__file__).parent
-FIELDS = ("Subject", "From", "To", "Date")
+FIELDS = {"Subject": "Title", "From": "Author", "To": "LastAuthor", "Date": "Created"}  # of mails and records
 
 DIFFERENCES = {
     ("folded.eml", "Subject"): ("The subject is long enough for a second line, so that unfolding takesthe blank in front "
@@ -91,7 +91,7 @@ rows = []
 for file_name, data in mails():
     (FOLDER / file_name).write_bytes(data)
     parsed = email.message_from_bytes(data, policy=email.policy.default)
-    for header in FIELDS:
+    for header, field in FIELDS.items():
         ours, *why = DIFFERENCES.get((file_name, header), ("=",))
-        rows.append("\t".join((file_name, header, answer(parsed, header), ours, *why)) + "\n")
+        rows.append("\t".join((file_name, field, answer(parsed, header), ours, *why)) + "\n")
 (FOLDER / "answers.tsv").write_text("".join(rows), encoding="utf-8", newline="\n")

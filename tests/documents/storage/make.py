@@ -12,6 +12,8 @@ from gi.repository import GObject
 gi.require_version("Gsf", "1")
 from gi.repository import Gsf  # noqa: E402
 
+FIELDS = ("Title", "Subject", "Author", "LastAuthor", "Keywords", "Comments", "Created", "LastSaved")
+
 DOCUMENTS = {
     # name: (properties, sizes of other streams)
     "letter.doc": ({"dc:title": "Letter", "dc:subject": "Offer", "dc:creator": "Ann Smith",
@@ -59,12 +61,13 @@ def answer(name):
     texts = ["-" if text is None else text.decode(f"cp{meta.codepage}" if meta.codepage > 0 else "utf-8") for text in fields]
     dates = ("-" if date is None else f"{date.year}-{date.month}-{date.day} {date.hour}:{date.minute}:{date.second}"
              for date in (meta.create_time, meta.last_saved_time))
-    return [name, *texts, *dates]
+    return [*texts, *dates]
 
 
 for document_name, contents in DOCUMENTS.items():
     make(document_name, *contents)
 with open("answers.tsv", "w", encoding="utf-8") as answers:
     for document_name in sorted(DOCUMENTS):
-        answers.write("\t".join(answer(document_name)) + "\n")
+        for row in zip(FIELDS, answer(document_name)):
+            answers.write("\t".join((document_name, *row, "=")) + "\n")
 os._exit(0)  # without freeing what was kept

@@ -2,6 +2,8 @@
 #include <qxut23/countries.h>
 #include <qxut23/iso_countries.h>
 
+#include "support/run_in_threads.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -11,7 +13,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <string>
-#include <thread>
 #include <tuple>
 #include <vector>
 
@@ -102,16 +103,12 @@ TEST(CountryExports, List)
 
 TEST(CountryExports, ManyThreadsAtOnce)
 {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i)
-        threads.emplace_back(
-            []
-            {
-                for (int round = 0; round < 200; ++round)
-                    EXPECT_EQ(Info(round % 2 == 0 ? L"Austria" : L"de-AT", QXUT_COUNTRY_LCID), "3079");
-            });
-    for (std::thread& thread : threads)
-        thread.join();
+    qxtest::RunInThreads(8,
+        [](unsigned)
+        {
+            for (int round = 0; round < 200; ++round)
+                EXPECT_EQ(Info(round % 2 == 0 ? L"Austria" : L"de-AT", QXUT_COUNTRY_LCID), "3079");
+        });
 }
 
 // The command line program is tested with each country by its codes and names.

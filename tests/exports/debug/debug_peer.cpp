@@ -17,6 +17,7 @@
 #include <qxut23/stacks.h>
 
 #include "support/own_settings.h"
+#include "support/run_in_threads.h"
 
 #include <windows.h>
 
@@ -27,13 +28,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
-#include <thread>
-#include <vector>
 
 namespace
 {
 
-constexpr int kWriters = 8;
+constexpr unsigned kWriters = 8;
 constexpr int kLinesOfWriter = 100;
 
 qx::String Wide(std::string_view text)
@@ -129,16 +128,12 @@ int ChangeSetting(const Library& library)
 
 void WriteLines(const Library& library, const char* name)
 {
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < kWriters; ++thread)
-        threads.emplace_back(
-            [&library, name, thread]
-            {
-                for (int line = 0; line < kLinesOfWriter; ++line)
-                    FIND(UtilDebug)(L"%hs %d %d %0*d.", name, thread, line, 20 + line % 50, 0);
-            });
-    for (std::thread& thread : threads)
-        thread.join();
+    qxtest::RunInThreads(kWriters,
+        [&library, name](unsigned thread)
+        {
+            for (int line = 0; line < kLinesOfWriter; ++line)
+                FIND(UtilDebug)(L"%hs %u %d %0*d.", name, thread, line, 20 + line % 50, 0);
+        });
 }
 
 [[gnu::noinline]] void LeaveHandle(const Library& library)

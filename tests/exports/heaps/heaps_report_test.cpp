@@ -137,6 +137,7 @@ TEST(HeapsReport, HeapsAndJobsThatAreLeft)
     const auto heap = reported.create(job, nullptr, QXUT_HEAP_DEBUG);
     NewObject(heap, QXUT_OBJECT_NO_CHAIN);
     reported.alloc(heap, 100, QXUT_OBJECT_PLAIN);
+    EXPECT_EQ(reported.free(heap, reported.alloc(heap, 1, 0)), 0);
     void* const damaged = NewObject(heap, QXUT_OBJECT_NO_CHAIN);
     static_cast<char*>(damaged)[kSize] = 1;
     reported.create(job, L"silent", QXUT_HEAP_NO_WARNING);
@@ -160,7 +161,7 @@ TEST(HeapsReport, HeapsAndJobsThatAreLeft)
         ElementsAreArray(
             Lines{"Error: deleting module 'job', but the following heaps are left:"} + deeper(report, 1) +
             Lines{" Error: Memory overrun, fence value has been changed"} + deeper(Dump(0, kBytes, kSize, false), 1) +
-            Lines{" Heap['job'/'']: max 3, total 3 allocations", " Warning: deleting heap, but objects are left:"} +
+            Lines{" Heap['job'/'']: max 3, total 4 allocations", " Warning: deleting heap, but objects are left:"} +
             deeper(report, 2) + Lines{" Heap['job'/'silent']: 0 objects"}));
 
     const auto quiet = reported.jobOpen(L"job", 0);

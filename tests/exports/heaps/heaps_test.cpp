@@ -1,6 +1,10 @@
 // Tracked heaps: memory format, handles and result codes.
 #include "exports/heaps/heaps_library.h"
 
+#include "stacks/callers.h"
+
+#include "support/run_in_threads.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -56,13 +60,7 @@ TEST(HeapsFormat, DebugObject)
     EXPECT_EQ(fence, kEnd);
 
     // The chain begins with this program.
-    struct Entry
-    {
-        void* reserved;
-        void* address;
-        void* reserved2;
-    };
-    Entry* chain = nullptr;
+    qx::scCaller* chain = nullptr;
     std::memcpy(&chain, object - 20, sizeof chain);
     ASSERT_NE(chain, nullptr);
     HMODULE first = nullptr;
@@ -279,29 +277,25 @@ TEST(HeapsThreads, EightThreadsOnTwoHeaps)
 {
     const JobAndHeap own(QXUT_HEAP_DEBUG);
     const auto plain = heaps.create(own.job, L"plain", 0);
-    std::vector<std::thread> threads;
     std::atomic<int> failures = 0;
-    for (unsigned number = 0; number < 8; ++number)
-        threads.emplace_back(
-            [&, number]
+    qxtest::RunInThreads(8,
+        [&](unsigned number)
+        {
+            const auto heap = number % 2 != 0 ? own.heap : plain;
+            std::vector<void*> objects(50, nullptr);
+            for (unsigned step = 0; step < 2'000; ++step)
             {
-                const auto heap = number % 2 != 0 ? own.heap : plain;
-                std::vector<void*> objects(50, nullptr);
-                for (unsigned step = 0; step < 2'000; ++step)
-                {
-                    void*& object = objects[(step * 7 + number) % objects.size()];
-                    if (object != nullptr)
-                        failures += WordAt(object, 0) != number || heaps.free(heap, object) != 0;
-                    object = heaps.alloc(heap, 4 + step % 600, 0);
-                    WordAt(object, 0) = number;
-                    if (step % 500 == number)
-                        failures += heaps.validate(heap, object) != 0 || heaps.sizeObjects(heap) <= 0;
-                }
-                for (void* const object : objects)
-                    failures += heaps.free(heap, object) != 0;
-            });
-    for (std::thread& thread : threads)
-        thread.join();
+                void*& object = objects[(step * 7 + number) % objects.size()];
+                if (object != nullptr)
+                    failures += WordAt(object, 0) != number || heaps.free(heap, object) != 0;
+                object = heaps.alloc(heap, 4 + step % 600, 0);
+                WordAt(object, 0) = number;
+                if (step % 500 == number)
+                    failures += heaps.validate(heap, object) != 0 || heaps.sizeObjects(heap) <= 0;
+            }
+            for (void* const object : objects)
+                failures += heaps.free(heap, object) != 0;
+        });
     EXPECT_EQ(failures, 0);
     EXPECT_EQ(heaps.remove(plain), 0);
     EXPECT_EQ(heaps.remove(own.heap), 0);

@@ -136,11 +136,10 @@ TEST_F(JobPools, JobsAndHostsThatAddJobs)
     int expected = 0;
     for (const int pools : {1, 12})
     {
-        std::vector<std::thread> threads;
+        std::vector<std::jthread> threads;
         for (int i = 0; i < pools; ++i)
             threads.emplace_back(wholeLife);
-        for (std::thread& thread : threads)
-            thread.join();
+        threads.clear();                   // waits for them
         expected += (2047 + 1365) * pools; // all jobs, plus one for each job at an even depth
         EXPECT_EQ(counts.runs, expected);
         EXPECT_EQ(counts.told, expected);
@@ -163,7 +162,7 @@ TEST_F(JobPools, AddAbortAndFinalizeFromSeveralThreads)
                 counts.takenAgain += !back->HasRun() || !back->Take();
                 return 0;
             });
-        std::vector<std::thread> threads;
+        std::vector<std::jthread> threads;
         for (const bool hasHost : {true, false})
         {
             threads.emplace_back(
@@ -181,8 +180,7 @@ TEST_F(JobPools, AddAbortAndFinalizeFromSeveralThreads)
                     EXPECT_EQ(UtilThreadPoolAbort(pool, hasHost), 0);
                 });
         }
-        for (std::thread& thread : threads)
-            thread.join();
+        threads.clear(); // waits for them
         EXPECT_EQ(UtilThreadPoolFinalize(pool, &finalizes), 0);
         UtilThreadPoolClose(pool);
         for (const JobCounts* added : {&hosted, &hostless})

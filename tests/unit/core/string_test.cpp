@@ -3,6 +3,7 @@
 #include "core/charset/char_string.h"
 #include "core/debugger.h"
 #include "support/debug_lines.h"
+#include "support/run_in_threads.h"
 
 #include <windows.h>
 
@@ -11,9 +12,7 @@
 #include <latch>
 #include <random>
 #include <string>
-#include <thread>
 #include <tuple>
-#include <vector>
 
 using namespace qx;
 using qxtest::DebugLines;
@@ -359,20 +358,17 @@ TEST(StringValueTest, ThreadsShareARecord)
 {
     String shared(L"shared by all");
     std::latch begin(4);
-    std::vector<std::jthread> threads;
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back(
-            [&begin, &shared = std::as_const(shared)]
+    qxtest::RunInThreads(4,
+        [&begin, &shared = std::as_const(shared)](unsigned)
+        {
+            begin.arrive_and_wait();
+            for (int i = 0; i < 500000; ++i)
             {
-                begin.arrive_and_wait();
-                for (int i = 0; i < 500000; ++i)
-                {
-                    String copy(shared);
-                    if (i % 100 == 0)
-                        copy.Append(L'!');
-                }
-            });
-    threads.clear(); // waits for them
+                String copy(shared);
+                if (i % 100 == 0)
+                    copy.Append(L'!');
+            }
+        });
     const wchar_t* const text = shared.Text();
     shared[0] = L'S';
     EXPECT_EQ(shared.Text(), text); // no longer shared, so it is changed in place

@@ -95,6 +95,15 @@ inline std::string Repeat(std::string_view piece, std::size_t size)
     return text;
 }
 
+// Returns the pieces, with a number between them, that fill `size` bytes.
+inline std::string Numbered(std::size_t size, const char* before, const char* behind)
+{
+    std::string text;
+    for (int i = 0; text.size() < size; ++i)
+        text.append(before).append(std::to_string(i)).append(behind);
+    return text;
+}
+
 // Reads bytes that are built to be slow, and expects success even on a busy machine within a few
 // seconds.
 inline void ExpectQuick(Reader reader, std::string_view bytes)

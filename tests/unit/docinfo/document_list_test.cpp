@@ -8,15 +8,14 @@
 
 #if !defined(_WIN32) // connected drives are made on linux only
 #include "support/own_drives.h"
+#include "support/run_in_threads.h"
 #endif
 
 #include <atomic>
 #include <chrono>
 #include <fstream>
 #include <future>
-#include <thread>
 #include <tuple>
-#include <vector>
 
 using namespace qx;
 using namespace std::chrono_literals;
@@ -145,20 +144,17 @@ TEST(DocumentList, ManyThreads)
         folder.Make(L"1.htm", kFirst), folder.Make(L"2.htm", kFirst), folder.Make(L"3.htm", kFirst)};
     clsDocuList shared(1'000);
     std::atomic<int> failures = 0;
-    std::vector<std::jthread> threads;
-    for (unsigned number = 0; number < 8; ++number)
-        threads.emplace_back(
-            [&, number]
+    qxtest::RunInThreads(8,
+        [&](unsigned number)
+        {
+            clsDocuList own(number % 2);
+            for (unsigned i = 0; i < 100; ++i)
             {
-                clsDocuList own(number % 2);
-                for (unsigned i = 0; i < 100; ++i)
-                {
-                    const String& path = paths[(i + number) % 3];
-                    failures += TitleOf(shared, path) != "first" || TitleOf(own, path) != "first";
-                    shared.Get(path, 0)->readTick = 1; // expired
-                }
-            });
-    threads.clear();
+                const String& path = paths[(i + number) % 3];
+                failures += TitleOf(shared, path) != "first" || TitleOf(own, path) != "first";
+                shared.Get(path, 0)->readTick = 1; // expired
+            }
+        });
     EXPECT_EQ(failures, 0);
 }
 

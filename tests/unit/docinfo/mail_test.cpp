@@ -1,16 +1,12 @@
 // Mail files.
-#include "core/charset/charset_conversion.h"
 #include "docinfo/mail.h"
 #include "docinfo/mail_address.h"
 #include "docinfo/punycode.h"
-#include "unit/docinfo/document_in_memory.h"
+#include "unit/docinfo/answers.h"
 
-#include <fstream>
-#include <iterator>
 #include <sstream>
 
 using namespace qx;
-using qxtest::DateOf;
 using qxtest::ReadableText;
 using qxtest::ReadRecord;
 using qxtest::TextOf;
@@ -23,13 +19,6 @@ using Mail = std::pair<std::string_view, const wchar_t*>; // and what the reader
 ReadRecord ReadMailOf(const std::string& header)
 {
     return ReadRecord(ReadMail, header + "\r\n\r\n");
-}
-
-std::string FileText(const std::string& name)
-{
-    std::ifstream file(QXUT_TEST_DATA "/../documents/mail/" + name, std::ios::binary);
-    EXPECT_TRUE(file.is_open()) << name;
-    return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
 // Fills the file window, apart from a little space.
@@ -113,26 +102,11 @@ TEST(MailReader, Blocks)
     }
 }
 
-// Compared with Python's email package; answers.tsv explains the differences.
+// Compared with Python's email package.
 TEST(MailReader, RealMails)
 {
-    std::istringstream answers(FileText("answers.tsv"));
-    int rows = 0;
-    for (std::string line; std::getline(answers, line); ++rows)
-    {
-        std::istringstream row(line);
-        std::string file, field, expected, own;
-        std::getline(std::getline(std::getline(std::getline(row, file, '\t'), field, '\t'), expected, '\t'), own, '\t');
-        const ReadRecord record(ReadMail, FileText(file));
-        const auto found = field == "Subject" ? TextOf(record->Title)
-                           : field == "From"  ? TextOf(record->Author)
-                           : field == "To"    ? TextOf(record->LastAuthor)
-                                              : DateOf(record->Created);
-        EXPECT_EQ(
-            found, ReadableText(clsCharsetConversionStringCP(65001, (own == "=" ? expected : own).c_str()).GetWide()))
-            << line;
-    }
-    EXPECT_EQ(rows, 20);
+    qxtest::ExpectAnswers(QXUT_TEST_DOCUMENTS "/mail", 20,
+        [](clsDocu& record, const String& path) { qxtest::ReadFile(ReadMail, record, path); });
 }
 
 // The samples of RFC 3492, section 7.1, and labels that aren't valid.

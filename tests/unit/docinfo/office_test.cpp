@@ -1,22 +1,18 @@
 // Office documents in archives and in single XML files, beyond what the comparison of the scanners with patterns
 // covers.
-#include "core/charset/charset_conversion.h"
 #include "docinfo/document_list.h"
 #include "docinfo/office_archive.h"
 #include "docinfo/xml_document.h"
 #include "support/temp_folder.h"
 #include "support/zip_builder.h"
-#include "unit/docinfo/document_in_memory.h"
+#include "unit/docinfo/answers.h"
 
-#include <fstream>
-#include <iterator>
-#include <map>
-#include <sstream>
 #include <tuple>
 
 using namespace qx;
 using qxtest::Build;
 using qxtest::BuiltMember;
+using qxtest::Numbered;
 using qxtest::ReadRecord;
 using qxtest::Repeat;
 
@@ -107,28 +103,12 @@ TEST(OfficeReaders, XmlFiles)
     }
 }
 
-// Compared with exiftool; answers.tsv explains the differences.
+// Compared with exiftool.
 TEST(OfficeReaders, RealDocuments)
 {
-    std::ifstream answers(QXUT_TEST_DOCUMENTS "/office/answers.tsv");
-    int rows = 0;
-    for (std::string line; std::getline(answers, line); ++rows)
-    {
-        std::istringstream row(line);
-        std::string name, field, expected, own;
-        std::getline(std::getline(std::getline(std::getline(row, name, '\t'), field, '\t'), expected, '\t'), own, '\t');
-        std::ifstream file(QXUT_TEST_DOCUMENTS "/office/" + name, std::ios::binary);
-        const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-        const ReadRecord record(name.ends_with(".xml") ? ReadXML : ReadOfficeArchive, bytes);
-        const std::map<std::string, std::string> found = {{"Title", qxtest::TextOf(record->Title)},
-            {"Subject", qxtest::TextOf(record->Subject)}, {"Author", qxtest::TextOf(record->Author)},
-            {"LastAuthor", qxtest::TextOf(record->LastAuthor)}, {"Keywords", qxtest::TextOf(record->Keywords)},
-            {"Comments", qxtest::TextOf(record->Comments)}, {"Created", qxtest::DateOf(record->Created)},
-            {"LastSaved", qxtest::DateOf(record->LastSaved)}};
-        clsCharsetConversionStringCP wide(65001, (own == "=" ? expected : own).c_str());
-        EXPECT_EQ(found.at(field), qxtest::ReadableText(wide.GetWide())) << line;
-    }
-    EXPECT_EQ(rows, 11 * 8);
+    qxtest::ExpectAnswers(QXUT_TEST_DOCUMENTS "/office", 11 * 8,
+        [](clsDocu& record, const String& path)
+        { qxtest::ReadFile(path.Right(4) == L".xml" ? ReadXML : ReadOfficeArchive, record, path); });
 }
 
 TEST(OfficeReaders, ChoiceOfTheReader)
@@ -157,13 +137,6 @@ TEST(OfficeReaders, ChoiceOfTheReader)
 TEST(OfficeReaders, BoundedTime)
 {
     const std::size_t size = FileWindow::kCapacity - 200;
-    const auto numbered = [=](const char* before, const char* behind)
-    {
-        std::string text;
-        for (int i = 0; text.size() < size; ++i)
-            text.append(before).append(std::to_string(i)).append(behind);
-        return text;
-    };
     for (const char* const piece : {"<cp:coreProperties ", "<dc:title", "<dc:title>", "</cp:coreProperties>"})
         qxtest::ExpectQuick(ReadOfficeArchive, Core(Repeat(piece, size)));
     for (const char* const piece : {"<office:meta>", "</office:meta>", "<meta:keyword>", "<meta:keyword>\n"})
@@ -172,9 +145,9 @@ TEST(OfficeReaders, BoundedTime)
     for (const char* const piece : {"<?xml", " encoding=\"", " encoding=\"a", "?>"})
         qxtest::ExpectQuick(ReadOfficeArchive, Core("", Repeat(piece, size)));
     for (const std::string& document : {Repeat("<a>", size), Repeat("<a:b/>", size),
-             "<a" + numbered(" b", "=''") + "/>", "<a" + numbered(" xmlns:b", "=''") + "/>", "<a" + Repeat(" ", size),
-             "<a>" + Repeat("&#65;", size), "<a>" + Repeat("<![CDATA[", size), "<a>" + Repeat("<!--", size),
-             "<!DOCTYPE a [" + Repeat("<!ENTITY a 'b'>", size),
+             "<a" + Numbered(size, " b", "=''") + "/>", "<a" + Numbered(size, " xmlns:b", "=''") + "/>",
+             "<a" + Repeat(" ", size), "<a>" + Repeat("&#65;", size), "<a>" + Repeat("<![CDATA[", size),
+             "<a>" + Repeat("<!--", size), "<!DOCTYPE a [" + Repeat("<!ENTITY a 'b'>", size),
              "<o:DocumentProperties>" + Repeat("&#38;#", size) + "</o:DocumentProperties>",
              Repeat("<o:DocumentProperties>", size),
              XmlCore("<meta:keywords>" + Repeat("<dc:a>keyword</dc:a>", 16 * size) + "</meta:keywords>")})

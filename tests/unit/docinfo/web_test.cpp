@@ -6,6 +6,7 @@
 #include <tuple>
 
 using namespace qx;
+using qxtest::Numbered;
 using qxtest::ReadRecord;
 using qxtest::Repeat;
 
@@ -45,14 +46,7 @@ TEST(WebReaders, Documents)
 TEST(WebReaders, BoundedTime)
 {
     const std::size_t size = FileWindow::kCapacity - 200;
-    const auto numbered = [](std::size_t most, const char* before, const char* behind)
-    {
-        std::string text;
-        for (int i = 0; text.size() < most; ++i)
-            text.append(before).append(std::to_string(i)).append(behind);
-        return text;
-    };
-    const std::string groups = numbered(size, "{\\a", "}"), elements = numbered(size - 200, "<o:a>", "</o:a>");
+    const std::string groups = Numbered(size, "{\\a", "}"), elements = Numbered(size - 200, "<o:a>", "</o:a>");
     qxtest::ExpectQuick(ReadHTML, Repeat("<head>", size));
     for (const std::string& head :
         {Repeat("<meta name=\"author\" content=\"", size), Repeat("<meta      ", size), Repeat("&#38;#", size)})
@@ -60,7 +54,7 @@ TEST(WebReaders, BoundedTime)
     // In the last one, each removal might form a new tag.
     for (const std::string& block : {Repeat("<o:", size), Repeat("</o:", size) + ">", elements,
              Repeat("<o:b>", size / 2) + elements.substr(0, size / 2),
-             Repeat("<o:b>", size / 2) + numbered(size / 2, "<<o:a>", "</o:a>")})
+             Repeat("<o:b>", size / 2) + Numbered(size / 2, "<<o:a>", "</o:a>")})
         qxtest::ExpectQuick(ReadHTML, "<head><o:DocumentProperties>" + block + "</o:DocumentProperties></head>");
     for (const std::string& document : {Repeat("{\\info{\\a }", size), "{\\info" + groups + "}}",
              "{\\info{\\a }" + Repeat("{", size / 2) + groups.substr(0, size / 2) + "}}",

@@ -6,12 +6,10 @@
 #include "support/debug_lines.h"
 #include "support/developer_run.h"
 #include "support/fake_stream.h"
+#include "support/run_in_threads.h"
 #include "support/temp_folder.h"
 
 #include <gtest/gtest.h>
-
-#include <thread>
-#include <vector>
 
 using namespace qx;
 using namespace qxtest;
@@ -71,18 +69,15 @@ TEST(AllocationCount, FollowsTheObjectsOfAllThreads)
     struct Thing : clsAllocationCountVerifier<Thing, 3>
     {
     };
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back(
-            []
+    RunInThreads(4,
+        [](unsigned)
+        {
+            for (int n = 0; n < 10000; ++n)
             {
-                for (int n = 0; n < 10000; ++n)
-                {
-                    const Thing thing;
-                    const Thing copy = thing;
-                }
-            });
-    threads.clear(); // waits for them
+                const Thing thing;
+                const Thing copy = thing;
+            }
+        });
     EXPECT_EQ(Thing::LivingObjects(), 0);
     EXPECT_GE(Thing::MostLivingObjects(), 2);
     EXPECT_LE(Thing::MostLivingObjects(), 8);

@@ -1,10 +1,10 @@
 #include "handles/handle_lists.h"
 #include "support/debug_lines.h"
 #include "support/developer_run.h"
+#include "support/run_in_threads.h"
 
 #include <gtest/gtest.h>
 
-#include <thread>
 #include <vector>
 
 using namespace qx;
@@ -122,23 +122,21 @@ TEST(HandleLists, DevelopersSeeAddressesWhileSomebodyElseHasTheSession)
 
 TEST(HandleLists, ManyThreads)
 {
-    std::vector<std::jthread> threads;
-    for (HandleValue thread = 1; thread <= 8; ++thread)
-        threads.emplace_back(
-            [thread]
+    RunInThreads(8,
+        [](unsigned number)
+        {
+            const HandleValue thread = number + 1;
+            for (HandleValue i = 0; i < 500; ++i)
             {
-                for (HandleValue i = 0; i < 500; ++i)
-                {
-                    const auto kind = static_cast<std::int32_t>(20 + i);
-                    ManageHandles(kind, Add, thread);
-                    ManageHandles(7, Add, thread << 32 | i);
-                    ManageHandles(7, TakeSnapshot, 0);
-                    ManageHandles(7, i % 2 == 0 ? Contains : Compare, i);
-                    ManageHandles(kind, Remove, thread);
-                    ManageHandles(7, Remove, thread << 32 | i);
-                }
-            });
-    threads.clear(); // waits for them
+                const auto kind = static_cast<std::int32_t>(20 + i);
+                ManageHandles(kind, Add, thread);
+                ManageHandles(7, Add, thread << 32 | i);
+                ManageHandles(7, TakeSnapshot, 0);
+                ManageHandles(7, i % 2 == 0 ? Contains : Compare, i);
+                ManageHandles(kind, Remove, thread);
+                ManageHandles(7, Remove, thread << 32 | i);
+            }
+        });
     EXPECT_EQ(ManageHandles(7, Count, 0), 0u);
     EXPECT_EQ(ManageHandles(400, Count, 0), 0u);
 }

@@ -3,7 +3,6 @@
 #include "heaps/call_chains.h"
 #include "heaps/heap_functions.h"
 #include "heaps/module_list.h"
-#include "module/module_paths.h"
 
 #include "support/debug_lines.h"
 
@@ -65,14 +64,6 @@ double TimeOfLine(int objects)
 
 } // namespace
 
-TEST_F(HeapReports, ChainsNameTheModule)
-{
-    Allocate(20);
-    EXPECT_EQ(list.DeleteHeap(heap), kHeapsLeftOver);
-    const String caller(String::kFormatted, L" [called by %s]\n", ModulePath(nullptr).Text());
-    EXPECT_GE(lines.CountOf(caller.View()), 2u) << "heap and object";
-}
-
 TEST_F(HeapReports, EachCaptureIsProtected)
 {
     static std::string calls;
@@ -83,19 +74,6 @@ TEST_F(HeapReports, EachCaptureIsProtected)
     EXPECT_NE(SetCaptureProtection(nullptr), nullptr);
     Allocate(20);
     EXPECT_EQ(calls, "()()");
-}
-
-TEST_F(HeapReports, MostAndAllAllocations)
-{
-    for (int i = 0; i < 3; ++i)
-        list.FreeObject(heap, Allocate(20));
-    void* const two[] = {Allocate(20), Allocate(20)};
-    for (void* const object : two)
-        list.FreeObject(heap, object);
-    EXPECT_EQ(list.DeleteHeap(heap), 0);
-    EXPECT_EQ(lines.CountOf(L":Heap['job'/'heap']: max 2, total 5 allocations\n"), 1u);
-    list.DeleteHeap(list.CreateHeap(job, L"unused", 0, nullptr));
-    EXPECT_EQ(lines.Count(), 1u);
 }
 
 // Only the first 64 bytes of an object are shown.

@@ -3,6 +3,7 @@
 #include "core/packing/base64.h"
 #include "core/packing/blowfish.h"
 #include "files/deflate_stream.h"
+#include "support/record_bytes.h"
 #include "support/zlib_reference.h"
 #include "unit/packed/memory_file.h"
 
@@ -31,10 +32,7 @@ std::string Unpack(const String& text, const wchar_t* key = L"")
     return target.Bytes();
 }
 
-std::string Size(std::uint32_t size)
-{
-    return {reinterpret_cast<const char*>(&size), sizeof size};
-}
+const auto Size = BytesOfRecord<std::uint32_t>;
 
 std::string Zlib(const std::string& data)
 {

@@ -259,19 +259,28 @@ TEST(ProfXml, UnmasksInLinearTime)
     }
 }
 
+namespace
+{
+
+// Each field begins with `each`; the innermost one has this many values.
+std::string NestedFields(int depth, int values, const std::string& each = "")
+{
+    std::string lines(kXfdfTag);
+    for (int i = 0; i < depth; ++i)
+        lines += "<field name=\"x\">\n" + each;
+    for (int i = 0; i < values; ++i)
+        lines += "<value>1</value>\n";
+    return XfdfSource(lines);
+}
+
+} // namespace
+
 // Nested fields produce long names from few characters.
 TEST(ProfXfdf, NamesOfNestedFieldsAreBounded)
 {
-    const auto nested = [](int depth, bool hasValues)
-    {
-        std::string lines(kXfdfTag);
-        for (int i = 0; i < depth; ++i)
-            lines += hasValues ? "<field name=\"x\">\n<value/>\n" : "<field name=\"x\">\n";
-        return XfdfSource(lines + "<value>1</value>\n");
-    };
-    EXPECT_EQ(Loaded(nested(100000, false)).Length(), 200002u);
+    EXPECT_EQ(Loaded(NestedFields(100000, 1)).Length(), 200002u);
     const JobHolder job = NewJob();
-    clsFileRO file(MemoryStream(nested(100000, true)));
+    clsFileRO file(MemoryStream(NestedFields(100000, 1, "<value/>\n")));
     const DebugLines lines;
     EXPECT_FALSE(job->Load(file));
     EXPECT_NE(lines.Entries().front().text.View().find(L"prof::xml::field: too many fields inside each other"),
@@ -283,15 +292,6 @@ TEST(ProfXfdf, NamesOfNestedFieldsAreBounded)
 TEST(ProfXfdf, ManyValuesInDeepFieldsTakeLinearTime)
 {
     constexpr int kCount = 64000;
-    const auto source = [](int depth)
-    {
-        std::string lines(kXfdfTag);
-        for (int i = 0; i < depth; ++i)
-            lines += "<field name=\"x\">\n";
-        for (int i = 0; i < kCount; ++i)
-            lines += "<value>1</value>\n";
-        return XfdfSource(lines);
-    };
     const auto secondsOf = [](const std::string& bytes)
     {
         const auto start = std::chrono::steady_clock::now();
@@ -301,8 +301,8 @@ TEST(ProfXfdf, ManyValuesInDeepFieldsTakeLinearTime)
         EXPECT_EQ(job->Root().Count(), std::size_t{kCount});
         return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     };
-    const double flat = secondsOf(source(1));
-    EXPECT_LT(secondsOf(source(kCount)), 30 * flat) << "a factor, because the machine may be busy";
+    const double flat = secondsOf(NestedFields(1, kCount));
+    EXPECT_LT(secondsOf(NestedFields(kCount, kCount)), 30 * flat) << "a factor, because the machine may be busy";
 }
 
 // What can't be read back must not be written.

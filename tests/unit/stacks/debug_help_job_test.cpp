@@ -243,10 +243,8 @@ TEST(DebugHelpJob, OneLineForAnAddress)
     wchar_t text[kFrameTextSize];
     const auto address = reinterpret_cast<std::uint64_t>(&KnownFunction);
     FormatFrame(address, text, clsDBGHELP::kAllDetail, session, true);
-    EXPECT_THAT(String(text).NarrowText(), HasSubstr("] debug_help_test!"));
-    EXPECT_THAT(String(text).NarrowText(), HasSubstr("KnownFunction"));
-    EXPECT_THAT(
-        String(text).NarrowText(), HasSubstr(String(String::kFormatted, L"[0x%08I64x] ", address).NarrowText()));
+    const String start(String::kFormatted, L"[0x%08I64x] debug_help_test!", address);
+    EXPECT_THAT(String(text).NarrowText(), testing::AllOf(HasSubstr(start.NarrowText()), HasSubstr("KnownFunction")));
     FormatFrame(16, text, clsDBGHELP::kAllDetail, session, true);
     EXPECT_STREQ(String(text).NarrowText(), "[0x00000010] !+0x10 \n");
 }

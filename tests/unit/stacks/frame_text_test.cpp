@@ -136,11 +136,9 @@ TEST(FrameText, UnknownParametersGetTheWordsOfTheFrame)
 
 TEST(FrameText, SymbolTypes)
 {
-    EXPECT_STREQ(SymbolTypeText(0), "<no known symbols>");
-    EXPECT_STREQ(SymbolTypeText(4), "<exported>");
-    EXPECT_STREQ(SymbolTypeText(8), "Virtual");
-    EXPECT_STREQ(SymbolTypeText(9), "-unknown-");
-    EXPECT_STREQ(SymbolTypeText(-1), "-unknown-");
+    for (const auto& [type, text] :
+        {std::pair(0, "<no known symbols>"), {4, "<exported>"}, {8, "Virtual"}, {9, "-unknown-"}, {-1, "-unknown-"}})
+        EXPECT_STREQ(SymbolTypeText(type), text);
 }
 
 } // namespace

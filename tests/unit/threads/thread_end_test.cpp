@@ -1,9 +1,7 @@
 // The ways to end a thread: by request, by force, not at all; and the messages about them.
 #include "core/thread_names.h"
+#include "support/run_in_threads.h"
 #include "threads_support.h"
-
-#include <thread>
-#include <vector>
 
 using namespace qx;
 using namespace qxtest;
@@ -180,21 +178,18 @@ TEST(ThreadRaces, WhoeverComesStartsAndEndsOneThread)
                 --running;
                 return static_cast<unsigned>(++runs);
             });
-        std::vector<std::jthread> callers;
-        for (int caller = 0; caller < 4; ++caller)
-            callers.emplace_back(
-                [&thread, caller]
+        RunInThreads(4,
+            [&thread](unsigned caller)
+            {
+                for (unsigned number = caller; number < 60 + caller; ++number)
                 {
-                    for (int number = caller; number < 60 + caller; ++number)
-                    {
-                        EXPECT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
-                        if (number % 3 == 0)
-                            thread.GetThreadState(), TheThreadNames().Find(thread.ThreadId());
-                        else
-                            EXPECT_EQ(thread.ThreadEnd(number % 2 == 0, number % 3 == 1 ? INFINITE : 0, false), 1);
-                    }
-                });
-        callers.clear(); // waits for them
+                    EXPECT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+                    if (number % 3 == 0)
+                        thread.GetThreadState(), TheThreadNames().Find(thread.ThreadId());
+                    else
+                        EXPECT_EQ(thread.ThreadEnd(number % 2 == 0, number % 3 == 1 ? INFINITE : 0, false), 1);
+                }
+            });
         EXPECT_EQ(thread.ThreadEnd(false, INFINITE, false), 1);
         EXPECT_EQ(thread.GetThreadState(), State::None);
         EXPECT_EQ(running, 0);
