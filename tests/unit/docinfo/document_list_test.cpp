@@ -3,12 +3,12 @@
 #include "docinfo/share_guard.h"
 #include "docinfo/share_reader.h"
 #include "support/link_builder.h"
+#include "support/run_in_threads.h"
 #include "support/temp_folder.h"
 #include "unit/docinfo/document_in_memory.h"
 
 #if !defined(_WIN32) // connected drives are made on linux only
 #include "support/own_drives.h"
-#include "support/run_in_threads.h"
 #endif
 
 #include <atomic>
