@@ -56,10 +56,11 @@ TEST(SaveKills, LeaveTheOldOrTheNewContents)
         }
         const pid_t peer =
             round % 2 == 0 ? StartPeer({"rewrite", path, "1000000"}) : StartPeer({"save", path, "b", "1000000"});
-        // Waits until the first save has begun, so that most of the kills happen during a save.
-        for (int i = 0; i < 1000 && (isNew ? !std::filesystem::exists(path) : LetterOfWhole(Job(path)) == "0") &&
-                        random() % 50 != 0;
-             ++i)
+        // In three of four rounds waits until the first save has ended, so that the kill happens during a later one; in
+        // the others the peer may only just have started.
+        const auto patience = random() % 4 == 0 ? random() % 50 : 30000;
+        for (unsigned waited = 0;
+             waited < patience && (isNew ? !std::filesystem::exists(path) : LetterOfWhole(Job(path)) == "0"); ++waited)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         std::this_thread::sleep_for(std::chrono::microseconds(random() % 20000));
         kill(peer, SIGKILL);
