@@ -139,6 +139,23 @@ TEST(UsersZone, TimesOfThePast)
         EXPECT_EQ(Converted(convert, nullptr, time), result) << zone << ' ' << time;
     }
 }
+
+TEST(UsersZone, ChangesAtOnce)
+{
+    const auto noon = []
+    {
+        return Converted(ToLocal, nullptr, "2018-07-01 12:00");
+    };
+    unsetenv("TZ");
+    const std::string ofTheMachine = noon();
+    for (int i = 0; i < 2; ++i)
+    {
+        setenv("TZ", "XST-1:07", 1);
+        EXPECT_EQ(noon(), "2018-07-01 13:07");
+        unsetenv("TZ");
+        EXPECT_EQ(noon(), ofTheMachine);
+    }
+}
 #endif
 
 } // namespace

@@ -3,6 +3,9 @@
 #include "base/fork_gate.h"
 
 #include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
 
 namespace qxplatform
 {
@@ -10,7 +13,33 @@ namespace qxplatform
 namespace
 {
 
+// The time of the last tzset() that found no TZ, in nanoseconds of the coarse monotonic clock; 0 if the last one found
+// a TZ.
+std::atomic<std::int64_t> lastLookAtMachineZone = 0;
+
+// Without TZ, tzset() asks the file system each time whether the machine's zone has changed. Once in this time is
+// enough.
+constexpr std::int64_t kMachineZoneKept = 1'000'000'000;
+
 // localtime_r need not detect a changed zone; tzset() does, for the calls that follow.
+void DetectZone()
+{
+    if (getenv("TZ") != nullptr)
+    {
+        lastLookAtMachineZone.store(0, std::memory_order_relaxed);
+        tzset();
+        return;
+    }
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    const std::int64_t moment = now.tv_sec * 1'000'000'000 + now.tv_nsec;
+    const std::int64_t last = lastLookAtMachineZone.load(std::memory_order_relaxed);
+    if (last != 0 && moment - last < kMachineZoneKept)
+        return;
+    tzset();
+    lastLookAtMachineZone.store(moment, std::memory_order_relaxed);
+}
+
 tm LocalAt(time_t universal)
 {
     const ForkHold hold; // the C library has a lock of its own
@@ -37,7 +66,7 @@ LONG OffsetAt(time_t universal)
 LONG ZoneOffsetAt(time_t universal)
 {
     const ForkHold hold;
-    tzset();
+    DetectZone();
     return OffsetAt(universal);
 }
 
@@ -45,7 +74,7 @@ time_t MomentOfLocal(time_t local)
 {
     constexpr time_t kDay = 86400;
     const ForkHold hold;
-    tzset();
+    DetectZone();
     const LONG before = OffsetAt(local - kDay);
     const LONG after = OffsetAt(local + kDay);
     if (before == after)
@@ -62,7 +91,7 @@ time_t MomentOfLocal(time_t local)
 std::string ZoneAbbreviationAt(time_t universal)
 {
     const ForkHold hold;
-    tzset();
+    DetectZone();
     return LocalAt(universal).tm_zone;
 }
 
