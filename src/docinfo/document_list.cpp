@@ -59,36 +59,22 @@ IString ResolveShare(String& path)
 clsAutoRelease<clsDocu*> DocumentCache::Find(const IString& key)
 {
     const clsCriticalSectionLock lock(_section);
-    const auto* const record = _records.Find(key);
-    return record != nullptr ? *record : clsAutoRelease<clsDocu*>();
+    const auto found = _records.find(key);
+    return found != _records.end() ? found->second : clsAutoRelease<clsDocu*>();
 }
 
 bool DocumentCache::Insert(const IString& key, const clsAutoRelease<clsDocu*>& record)
 {
     const clsCriticalSectionLock lock(_section);
-    const bool wasEmpty = _records.IsEmpty();
-    _records.Insert(key, record);
+    const bool wasEmpty = _records.empty();
+    _records.try_emplace(key, record);
     return wasEmpty;
 }
 
 void DocumentCache::RemoveExpired(std::uint64_t now)
 {
     const clsCriticalSectionLock lock(_section);
-    std::vector<IString> expired;
-    _records.ForEach(
-        [&](const auto& entry)
-        {
-            if (!entry.value->IsValidAt(now))
-                expired.push_back(entry.key);
-        });
-    for (const IString& key : expired)
-        _records.Remove(key);
-}
-
-void DocumentCache::Clear()
-{
-    const clsCriticalSectionLock lock(_section);
-    _records.Clear();
+    std::erase_if(_records, [now](const auto& entry) { return !entry.second->IsValidAt(now); });
 }
 
 clsDocuList::clsDocuList(std::uint32_t cacheSeconds) : clsThreadBase(L"DocuList::Reload"), _cacheSeconds(cacheSeconds)

@@ -1,8 +1,8 @@
 // A list of documents: finds, refreshes and keeps their records.
 #pragma once
 
-#include "containers/skip_list.h"
 #include "core/critical_section.h"
+#include "core/text/keyed_hash.h"
 #include "core/text/string.h"
 #include "docinfo/document_record.h"
 #include "docinfo/share_reader.h"
@@ -12,12 +12,22 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 namespace qx
 {
 
-// The records of a list by their keys, which compare without regard to the case of A to Z. Any thread may use it.
+struct PathHash
+{
+    std::size_t operator()(const IString& key) const noexcept { return hash.WithoutCase(key.View()); }
+
+    KeyedHash hash = KeyedHash::Random();
+};
+
+// The records of a list by their keys, which compare without regard to the case of A to Z. Any thread may use it. A
+// hash table, because 100,000 paths that begin alike are expensive to compare, and hashed with a key, because files get
+// their names from strangers.
 class DocumentCache
 {
 public:
@@ -26,11 +36,10 @@ public:
     // Returns true if the cache was empty before.
     bool Insert(const IString& key, const clsAutoRelease<clsDocu*>& record);
     void RemoveExpired(std::uint64_t now);
-    void Clear();
 
 private:
     clsCriticalSection _section;
-    WCValSkipListDict<IString, clsAutoRelease<clsDocu*>> _records;
+    std::unordered_map<IString, clsAutoRelease<clsDocu*>, PathHash> _records;
 };
 
 // With a cache, the list's own thread drops expired records once a second. It starts with the first record. Any thread
