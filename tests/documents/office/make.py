@@ -3,19 +3,17 @@
 
 Needs the Debian packages libreoffice-writer-nogui, libreoffice-calc-nogui, pandoc, gnumeric, abiword,
 libimage-exiftool-perl and libarchive-zip-perl. The tests run none of them.
-
-Each row of answers.tsv names a file and a field, the answer of exiftool, the answer of the reader ("=" if it is the same)
-and, if it differs, the rule that makes it differ. Dates are in UTC.
 """
 import html
-import json
 import os
 import pathlib
-import re
-import subprocess
+import sys
 import tempfile
 
 FOLDER = pathlib.Path(__file__).resolve().parent
+sys.path.insert(0, str(FOLDER.parent))
+import answers  # noqa: E402
+from answers import run  # noqa: E402
 
 NAMESPACE = "urn:oasis:names:tc:opendocument:xmlns"
 SOURCE = f"""<?xml version="1.0" encoding="UTF-8"?>
@@ -53,10 +51,6 @@ FIELDS = {
 }
 
 
-def run(*command, **settings):
-    subprocess.run(command, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=120, **settings)
-
-
 def make(work):
     for name, kind, body, targets in (
             ("letter.fodt", "text", "<text:p>Hallo</text:p>", {"odt": "", "docx": "", "xml": "MS Word 2003 XML"}),
@@ -74,41 +68,29 @@ def make(work):
         run("abiword", f"--to={FOLDER}/article.{extension}", FOLDER / "letter.odt")
 
 
-def date_text(value):
-    numbers = [int(number) for number in re.findall(r"\d+", value)]
-    return "{}-{}-{} {}:{}:{}".format(*numbers[:6])
-
-
-def difference(name, field, value):
+def difference(name, field, text):
     """Returns the reader's answer and the rule, for what exiftool answers otherwise."""
+    if text == "-":
+        return None
     if name == "letter.xml":
         return "-", "the start tag of the block has attributes"
-    if field == "Keywords" and value == "alpha":
+    if field == "Keywords" and text == "alpha":
         return "alpha</meta:keyword><meta:keyword>beta", "keywords without a list reach from the first to the last one"
-    if "&" in value:
-        return html.escape(value), "entities aren't decoded"
-    return "=", ""
+    if "&" in text:
+        return html.escape(text), "entities aren't decoded"
+    return None
 
 
 def main():
     with tempfile.TemporaryDirectory() as work:
         make(pathlib.Path(work))
-    files = sorted(path.name for path in FOLDER.iterdir() if path.suffix not in (".py", ".tsv"))
-    output = subprocess.run(["exiftool", "-j", "-charset", "utf8", *files], cwd=FOLDER, check=True, capture_output=True)
-    rows = []
-    for found in json.loads(output.stdout):
-        name = found["SourceFile"]
+    found = answers.ask_exiftool(FOLDER)
+
+    def answer(name, field):
         column = {".xml": 2, ".odt": 1, ".ods": 1}.get(pathlib.Path(name).suffix, 0)
-        for field, names in FIELDS.items():
-            value = found.get(names[column])
-            if value is None:
-                rows.append((name, field, "-", "=", ""))
-                continue
-            value = str(value)
-            if field in ("Created", "LastSaved"):
-                value = date_text(value)
-            rows.append((name, field, value, *difference(name, field, value)))
-    (FOLDER / "answers.tsv").write_text("".join("\t".join(row).rstrip("\t") + "\n" for row in rows), encoding="utf-8")
+        return found[name].get(FIELDS[field][column])
+
+    answers.write(FOLDER, answer, difference)
 
 
 main()

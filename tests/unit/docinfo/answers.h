@@ -6,6 +6,7 @@
 
 #include <fstream>
 #include <map>
+#include <regex>
 #include <sstream>
 #include <string>
 
@@ -24,6 +25,7 @@ void ExpectAnswers(const std::string& folder, int expectedRows, Read read)
         std::string name, field, expected, own;
         std::getline(std::getline(std::getline(std::getline(row, name, '\t'), field, '\t'), expected, '\t'), own, '\t');
         const qx::clsAutoRelease<qx::clsDocu*> record = EmptyRecord();
+        own = std::regex_replace(own, std::regex(R"(\\t)"), "\t");
         read(*record, Wide(folder + "/" + name));
         const std::map<std::string, std::string> found = {{"Title", TextOf(record->Title)},
             {"Subject", TextOf(record->Subject)}, {"Author", TextOf(record->Author)},

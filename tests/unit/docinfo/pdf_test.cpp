@@ -1,5 +1,6 @@
 // The information dictionary of PDF files.
 #include "docinfo/pdf.h"
+#include "unit/docinfo/answers.h"
 #include "unit/docinfo/document_in_memory.h"
 #include "unit/docinfo/pdf_builder.h"
 
@@ -120,6 +121,13 @@ TEST(PdfReader, Dates)
     // A key that is missing sets an empty text.
     EXPECT_EQ(ReadRecord(ReadPDF, PdfOf({{"<</CreationDate (D:2012) /ModDate (never)>>"}})).Summary(),
         "|||-||-|2012-1-1 0:0:0|-");
+}
+
+// Compared with pdfinfo.
+TEST(PdfReader, RealDocuments)
+{
+    qxtest::ExpectAnswers(QXUT_TEST_DOCUMENTS "/pdf", 8 * 8,
+        [](clsDocu& record, const String& path) { qxtest::ReadFile(ReadPDF, record, path); });
 }
 
 TEST(PdfReader, BoundedTime)

@@ -1,6 +1,7 @@
 // Web pages and Rich Text files, beyond what the comparison of the scanners with patterns covers.
 #include "docinfo/html.h"
 #include "docinfo/rtf.h"
+#include "unit/docinfo/answers.h"
 #include "unit/docinfo/document_in_memory.h"
 
 #include <tuple>
@@ -43,6 +44,16 @@ TEST(WebReaders, Documents)
 }
 
 // Built to be slow: each would take minutes, or seconds, with the patterns of the formats.
+#if !defined(_WIN32) // the pages are in UTF-8, which isn't the default code page there
+// Compared with exiftool.
+TEST(WebReaders, RealDocuments)
+{
+    qxtest::ExpectAnswers(QXUT_TEST_DOCUMENTS "/markup", 6 * 8,
+        [](clsDocu& record, const String& path)
+        { qxtest::ReadFile(path.Right(5) == L".html" ? ReadHTML : ReadRTF, record, path); });
+}
+#endif
+
 TEST(WebReaders, BoundedTime)
 {
     const std::size_t size = FileWindow::kCapacity - 200;
