@@ -1,6 +1,7 @@
 // The deepest input on threads with small stacks.
 #include <qxut23/archives.h>
 #include <qxut23/debug.h>
+#include <qxut23/docinfo.h>
 #include <qxut23/jobs.h>
 #include <qxut23/markup.h>
 #include <qxut23/profile.h>
@@ -8,6 +9,7 @@
 
 #include "core/pattern/regex.h"
 #include "files/variant_file.h"
+#include "support/small_stack.h"
 #include "support/temp_folder.h"
 #include "unit/packed/memory_file.h"
 
@@ -21,11 +23,8 @@
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <string>
 
-#include <limits.h>
-#include <pthread.h>
 #include <sys/stat.h>
 
 using namespace qxtest;
@@ -36,28 +35,6 @@ namespace
 constexpr std::size_t kDepth = 20'000; // nested lists and elements
 constexpr int kGroupDepth = 250;       // nested groups of a pattern: the limit of PCRE2
 constexpr int kArrayDepth = 64;        // nested arrays of a variant
-
-// Runs the function on a thread with a stack of the given size. The process crashes if the function needs more.
-void RunOnStack(std::size_t kilobytes, std::function<void()> body)
-{
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    // Some processors need more than the smallest size.
-    const std::size_t size = std::max<std::size_t>(kilobytes * 1024, PTHREAD_STACK_MIN);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, size), 0);
-    pthread_t thread;
-    ASSERT_EQ(pthread_create(
-                  &thread, &attributes,
-                  [](void* given) -> void*
-                  {
-                      (*static_cast<std::function<void()>*>(given))();
-                      return nullptr;
-                  },
-                  &body),
-        0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-}
 
 void UseProfiles(const TempFolder& folder)
 {
@@ -166,6 +143,34 @@ void UseArchives(const TempFolder& folder)
     EXPECT_GT(depth, 900u);
 }
 
+std::string Repeated(const char* text, std::size_t count)
+{
+    std::string all;
+    while (count-- != 0)
+        all += text;
+    return all;
+}
+
+// Nested dictionaries, elements, groups and comments, more than the readers follow.
+void UseDocuments(const TempFolder& folder)
+{
+    const HUTDOCINFO list = UtilDocInfoOpen(0);
+    const std::string pdf = "%PDF-1.4\n1 0 obj\n" + Repeated("<</A ", 200) + "\n2 0 obj\n";
+    const std::pair<const wchar_t*, std::string> documents[] = {
+        {L"a.pdf", pdf + "xref\n0 3\n0000000000 0 f \n0000000009 0 n \n" + std::to_string(pdf.size() - 8) +
+                       " 0 n \ntrailer\n<</Info 1 0 R>>\nstartxref\n" + std::to_string(pdf.size()) + "\n%%EOF\n"},
+        {L"a.xml", Repeated("<a>", 10'000)}, {L"a.rtf", "{\\info" + Repeated("{\\a ", 10'000)},
+        {L"a.htm", "<head>" + Repeated("<title>", 9'000) + "</head>"},
+        {L"a.eml", "From: " + Repeated("(", 30'000) + "\r\n\r\n"}};
+    for (const auto& [name, bytes] : documents)
+    {
+        const qx::String path = folder.Path(name);
+        std::ofstream(path.NarrowText(), std::ios::binary) << bytes;
+        EXPECT_EQ(UtilDocInfoGet(list, path.Text(), nullptr, 0), 1) << bytes.substr(0, 20);
+    }
+    UtilDocInfoClose(list);
+}
+
 TEST(SmallStacks, OfTwoSizes)
 {
     for (const std::size_t kilobytes : {64, 256})
@@ -182,6 +187,7 @@ TEST(SmallStacks, OfTwoSizes)
                     return;
                 UseArchives(folder);
                 UsePatterns();
+                UseDocuments(folder);
             });
     }
 }

@@ -7,7 +7,14 @@
 
 #include <oleauto.h>
 
-#if !defined(_WIN32) // pipes
+#if !defined(_WIN32) // pipes, small stacks
+#include "support/damage.h"
+#include "support/small_stack.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
 #include <sys/stat.h>
 #endif
 
@@ -150,3 +157,59 @@ TEST_F(Documents, Explanations)
     SysFreeString(reader);
     SysFreeString(remark);
 }
+
+#if !defined(_WIN32) // the emulator's compound files don't bear damage
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+std::string BytesOf(const fs::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::ptrdiff_t CountOf(const fs::path& folder)
+{
+    return std::distance(fs::directory_iterator(folder), {});
+}
+
+} // namespace
+
+TEST_F(Documents, DamagedOnASmallStack)
+{
+    const auto descriptors = CountOf("/proc/self/fd");
+    int kinds = 0;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(QXUT_TEST_DOCUMENTS))
+    {
+        if (!entry.is_regular_file())
+            continue;
+        ++kinds;
+        const std::u16string extension = entry.path().extension().u16string();
+        const Text name = _folder / reinterpret_cast<const wchar_t*>((u"damaged" + extension).c_str());
+        const fs::path path = name.Narrow();
+        RunOnStack(256,
+            [&]
+            {
+                const auto list = UtilDocInfoOpen(0);
+                DamageSome(BytesOf(entry.path()), 100,
+                    [&](const std::string& bytes)
+                    {
+                        fs::remove(path); // some file systems flush a file that is overwritten
+                        std::ofstream(path, std::ios::binary) << bytes;
+                        const std::int32_t result = UtilDocInfoGet(list, name, nullptr, 0);
+                        EXPECT_TRUE(result == 0 || result == 1) << result;
+                        EXPECT_EQ(BytesOf(path), bytes);
+                    });
+                UtilDocInfoClose(list);
+            });
+        fs::remove(path);
+    }
+    EXPECT_GT(kinds, 50);
+    EXPECT_EQ(CountOf(_folder.path().Narrow()), 0);
+    EXPECT_EQ(CountOf("/proc/self/fd"), descriptors);
+}
+
+#endif

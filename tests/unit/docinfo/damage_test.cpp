@@ -1,4 +1,4 @@
-// Small documents of each kind: on a small stack, and damaged.
+// Small documents of each kind, damaged.
 #include "support/damage.h"
 
 #include "docinfo/html.h"
@@ -16,36 +16,8 @@
 #include "unit/docinfo/tiff_builder.h"
 #include "unit/docinfo/word_builder.h"
 
-#include <process.h>
-
 using namespace qx;
 using qxtest::ReadRecord;
-
-namespace
-{
-
-// Reads with a stack of 256 KB. (On windows a program may have more.)
-int ReadOnSmallStack(qxtest::Reader reader, const std::string& bytes)
-{
-    struct Task
-    {
-        qxtest::Reader reader;
-        const std::string& bytes;
-        int result;
-    } task = {reader, bytes, -2};
-    const auto read = [](void* argument)
-    {
-        auto* const what = static_cast<Task*>(argument);
-        what->result = ReadRecord(what->reader, what->bytes).Result();
-        return 0u;
-    };
-    const auto thread = reinterpret_cast<HANDLE>(_beginthreadex(nullptr, 256 * 1024, read, &task, 0, nullptr));
-    WaitForSingleObject(thread, INFINITE);
-    CloseHandle(thread);
-    return task.result;
-}
-
-} // namespace
 
 TEST(DocumentReaders, BearDamage)
 {
@@ -82,7 +54,7 @@ TEST(DocumentReaders, BearDamage)
     };
     for (const auto& [reader, whole] : files)
     {
-        EXPECT_EQ(ReadOnSmallStack(reader, whole), 0);
+        EXPECT_EQ(ReadRecord(reader, whole).Result(), 0);
         qxtest::Damage(whole, 10'000,
             [reader = reader](const std::string& bytes)
             {
