@@ -9,6 +9,11 @@
 
 #if !defined(_WIN32) // connected drives are made on linux only
 #include "support/own_drives.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/fanotify.h>
+#include <unistd.h>
 #endif
 
 #include <atomic>
@@ -238,6 +243,31 @@ private:
     static inline HANDLE released;
 };
 
+// Holds up whoever opens the file, as long as it exists.
+class OpeningsHeld
+{
+public:
+    explicit OpeningsHeld(const std::filesystem::path& file)
+        : _queue(fanotify_init(FAN_CLASS_CONTENT | FAN_CLOEXEC, O_RDONLY)),
+          _works(_queue >= 0 && fanotify_mark(_queue, FAN_MARK_ADD, FAN_OPEN_PERM, AT_FDCWD, file.c_str()) == 0)
+    {
+    }
+    OpeningsHeld(const OpeningsHeld&) = delete;
+    OpeningsHeld& operator=(const OpeningsHeld&) = delete;
+    ~OpeningsHeld() { close(_queue); }
+
+    bool Works() const { return _works; }
+    bool HoldsOne() const
+    {
+        pollfd events = {_queue, POLLIN, 0};
+        return poll(&events, 1, 10'000) == 1;
+    }
+
+private:
+    int _queue;
+    bool _works;
+};
+
 const String kSlow = L"\\\\server\\share\\slow.htm", kQuick = L"\\\\server\\share\\quick.htm";
 
 } // namespace
@@ -269,6 +299,38 @@ TEST_F(DocumentsOnShares, ReadByThreadsOfTheirOwn)
     EXPECT_EQ(TitleOf(list, link, 100), "first");
     EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\none.htm", 100), "inaccessible");
     EXPECT_EQ(TitleOf(list, L"\\\\server\\missing\\page.htm", 100), "inaccessible");
+}
+
+TEST_F(DocumentsOnShares, ManyThreads)
+{
+    const String path = L"\\\\server\\share\\page.htm";
+    std::ofstream(_share / "page.htm") << kFirst;
+    clsDocuList shared(1'000);
+    std::atomic<int> failures = 0;
+    qxtest::RunInThreads(8,
+        [&](unsigned number)
+        {
+            clsDocuList own(number % 2);
+            for (int i = 0; i < 20; ++i)
+            {
+                failures += TitleOf(shared, path, 100) != "first" || TitleOf(own, path, 100) != "first";
+                shared.Get(path, 100)->readTick = 1; // expired
+            }
+        });
+    EXPECT_EQ(failures, 0);
+}
+
+TEST_F(DocumentsOnShares, AFileThatDoesNotOpen)
+{
+    for (const char* const name : {"page.htm", "other.htm"})
+        std::ofstream(_share / name) << kFirst;
+    clsDocuList list(0);
+    const OpeningsHeld held(_share / "page.htm");
+    if (!held.Works())
+        GTEST_SKIP() << "only root may hold up openings, on kernels that allow it";
+    EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\page.htm", 1), "inaccessible");
+    EXPECT_TRUE(held.HoldsOne());
+    EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\other.htm", 100), "first");
 }
 
 TEST_F(HangingServer, LateResultsAreDropped)
