@@ -3,7 +3,7 @@
 #include "docinfo/document_read.h"
 
 #include <atomic>
-#include <new>
+#include <exception>
 
 namespace qx
 {
@@ -59,7 +59,7 @@ unsigned clsDocuAsync::ThreadProc()
     {
         shareReading.load()(*_copy, _readBefore, &_section);
     }
-    catch (const std::bad_alloc&)
+    catch (const std::exception&) // mostly no memory; it must not end the process
     {
         const clsCriticalSectionLock lock(_section);
         _copy->Forget();
