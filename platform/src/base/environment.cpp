@@ -111,7 +111,7 @@ DWORD WINAPI GetEnvironmentVariableW(LPCWSTR lpName, LPWSTR lpBuffer, DWORD nSiz
     const std::optional<std::u16string> value = ValueOf(View(lpName));
     if (!value)
         return Fail(ERROR_ENVVAR_NOT_FOUND);
-    // An empty value also returns 0. The last error distinguishes it from a missing one.
+    // Returns 0 for an empty value as for a missing variable; the last error distinguishes the two.
     SetLastError(ERROR_SUCCESS);
     return CopyOut(*value, lpBuffer, nSize);
 }

@@ -11,8 +11,8 @@ namespace qxplatform
 {
 
 // An object that is created at its first use and never destroyed, because static objects of other modules may need it
-// while the process ends. Unlike a static object of a function, it can be used in a forked child even if another thread
-// was creating it. Leak checkers find the object through this one.
+// while the process ends. Unlike a function-local static object, it can be used in a forked child even if another
+// thread was creating it during the fork. Leak checkers regard the object as reachable, because this one points to it.
 //
 //     static constinit Forever<Cache> cache;
 //     cache.Get().Find(...)
@@ -29,7 +29,7 @@ public:
         return Get([] { return T(); });
     }
 
-    // Creates the object from the result of the function.
+    // The same, but constructs the object from the result of `make`.
     template <class Make>
     T& Get(Make make)
     {

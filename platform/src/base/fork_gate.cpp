@@ -50,8 +50,8 @@ void Unlink(ForkRecord& record)
     record.link = nullptr;
 }
 
-// Removes the record. Later destructors of the thread may take locks again, so the record is entered again, provided
-// that this function will be called once more.
+// Removes the record. Later destructors of the thread may take locks, so the record is entered again if the C library
+// will call this function once more.
 void OnThreadEnd(void*)
 {
     pthread_mutex_lock(&listLock);
@@ -141,7 +141,8 @@ void AfterForkInChild()
 
 } // namespace
 
-// If the end of the thread couldn't be detected, the record isn't entered, and forks don't wait for the thread.
+// Enters the record of the calling thread. If the end of the thread can't be detected, only its number is set, and
+// forks don't wait for the thread.
 void EnterForkRecord()
 {
     forkRecord.serial = nextSerial.fetch_add(1);
@@ -152,7 +153,8 @@ void EnterForkRecord()
     pthread_mutex_unlock(&listLock);
 }
 
-// The thread that forks doesn't wait for itself: handlers that other libraries installed for a fork may take locks.
+// Waits until no fork is in progress. The thread that forks doesn't wait for itself: fork handlers of other libraries
+// may take locks.
 void WaitForFork()
 {
     while (isForking.load() && forking.load() != forkRecord.serial)

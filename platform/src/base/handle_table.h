@@ -10,7 +10,7 @@
 namespace qxplatform
 {
 
-// The access rights of an entry that was opened without selectable rights.
+// The access rights of a handle whose open function lets the caller select no rights.
 inline constexpr DWORD kAllAccess = 0xFFFFFFFF;
 
 // Keeps a handle's entry, and thus its object, from being released as long as it exists.
@@ -46,7 +46,7 @@ BOOL CloseEntry(HANDLE handle, bool (*mayClose)(const Object&));
 
 // Pins the object of a handle if it has type T (identified by `T::kObjectType`). Otherwise empty with
 // ERROR_INVALID_HANDLE, or with ERROR_ACCESS_DENIED if the entry lacks one of the rights. For calls that return
-// quickly: pinning modifies a word shared by all users of the handle half as often as taking a reference.
+// quickly: a pin writes to memory shared by all users of the handle half as often as a reference does.
 template <class T>
 class Pinned
 {
@@ -70,7 +70,7 @@ private:
     T* _object = nullptr;
 };
 
-// The same with a reference, for calls that may block.
+// Looks up an object like Pinned, but returns a reference, for calls that may block.
 template <class T>
 Ref<T> LookUp(HANDLE handle, DWORD rights = 0)
 {

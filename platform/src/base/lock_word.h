@@ -22,7 +22,7 @@ public:
     bool IsFree() const { return Word().load(std::memory_order_relaxed) == 0; }
     bool IsMine() const { return (Word().load(std::memory_order_relaxed) & ~kHasWaiters) == Mine(); }
 
-    // In a process with one thread, which many are, ordinary stores are enough and take a fraction of the time.
+    // Many processes have only one thread. They need only ordinary stores, which take a fraction of the time.
     bool TakeIfFree()
     {
         if (__libc_single_threaded)

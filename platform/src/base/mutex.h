@@ -7,8 +7,8 @@ namespace qxplatform
 {
 
 // A lock like std::mutex that also works in a forked child. For short critical sections only. It is
-// constant-initialised and has no destructor, so static objects of other modules can use it before and after its own
-// module's.
+// constant-initialised and has no destructor, so static objects of other modules can use it before its own module is
+// initialised and after it is finalised.
 class Mutex
 {
 public:

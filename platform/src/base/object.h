@@ -67,7 +67,7 @@ public:
 protected:
     virtual ~Object() = default;
 
-    // Calls in progress may still use the object.
+    // Called when the last handle is closed. Calls in progress may still use the object.
     virtual void LastHandleClosed() {}
 
 private:

@@ -42,7 +42,7 @@ __attribute__((no_sanitize("address", "thread"))) void CopyBytes(std::uintptr_t 
         target[index] = source[index];
 }
 
-// For systems that refuse the call below. The memory must not be unmapped at the same time.
+// For systems that refuse process_vm_readv. The memory must not be unmapped at the same time.
 std::size_t ReadPages(std::uintptr_t address, void* buffer, std::size_t size)
 {
     std::size_t done = 0;
@@ -57,7 +57,7 @@ std::size_t ReadPages(std::uintptr_t address, void* buffer, std::size_t size)
 
 } // namespace
 
-// Compares the word and requeues no thread.
+// The kernel reads the word in order to compare it, and requeues no thread.
 bool IsReadable(std::uintptr_t address)
 {
     const KeptErrno kept;
@@ -71,7 +71,7 @@ std::size_t ReadMemory(std::uintptr_t address, void* buffer, std::size_t size)
     std::size_t done = 0;
     while (done < size)
     {
-        // A transfer that fails in the middle reports the bytes before only if they are in an element of their own.
+        // The kernel reports a partial transfer only in whole elements, so each element is kept within one page.
         const std::size_t part = std::min<std::size_t>(size - done, kPage - (address + done) % kPage);
         iovec target{static_cast<char*>(buffer) + done, part};
         iovec source{reinterpret_cast<void*>(address + done), part};

@@ -28,7 +28,7 @@ std::u16string UserName()
 
 } // namespace
 
-// The size includes the terminator, even after success.
+// The returned size includes the terminator, even after success.
 BOOL WINAPI GetUserNameW(LPWSTR lpBuffer, LPDWORD pcbBuffer)
 {
     const std::u16string name = UserName();

@@ -135,7 +135,7 @@ private:
     std::map<UINT, HGLOBAL> _blocks;
 };
 
-// Turns an out-of-memory exception into that error.
+// Returns the result of the work. If memory runs out, returns `failure` with ERROR_NOT_ENOUGH_MEMORY.
 template <class Result, class Work>
 Result WithoutExceptions(Result failure, Work work)
 {

@@ -66,8 +66,8 @@ bool IsName(std::u16string_view name)
            std::all_of(name.begin(), name.end(), [](char16_t character) { return character >= u' '; });
 }
 
-// The number is derived from the position of the line. A last line without a line break was truncated when its writer
-// ended.
+// Returns the number of a registered name, which is derived from the position of its line, or 0 with the next free
+// number in `next`. A last line without a line break is ignored: its writer ended while writing it.
 UINT NumberOfName(std::string_view lines, std::u16string_view name, UINT& next)
 {
     next = kFirstRegistered;

@@ -19,7 +19,7 @@ namespace qxplatform
 // else holds the lock.
 Descriptor LockClipboard();
 
-// For the holder of the lock. The data of a format is either replaced completely or unchanged.
+// Only the holder of the lock may call these. The data of a format is either replaced completely or unchanged.
 BOOL StoreClipboardData(UINT format, std::string_view bytes);
 BOOL RemoveClipboardData();
 BOOL ReadClipboardData(UINT format, std::string& bytes);

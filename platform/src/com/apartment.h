@@ -1,4 +1,4 @@
-// Whether a thread has entered COM.
+// Checks whether a thread has entered COM.
 #pragma once
 
 namespace qxplatform

@@ -10,7 +10,7 @@ namespace qxplatform
 {
 
 // Starts with one reference, and is deleted when the last one is released. A derived class returns its interfaces from
-// FindInterface. The functions declared here follow those of the first interface in its vtable.
+// FindInterface. In the vtable, the functions declared here come after the functions of the first interface.
 template <class... Interfaces>
 class CountedObject : public Interfaces...
 {

@@ -29,8 +29,8 @@ enum class Fill
     Zero
 };
 
-// The block with the size of its streams. The size is also the block's own, so that callers who take over the memory
-// find it in GlobalSize.
+// A global memory block and the size of the streams on it. The block itself is kept at the same size, so callers who
+// take over the memory get the size from GlobalSize.
 class SharedBlock
 {
 public:

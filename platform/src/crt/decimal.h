@@ -8,7 +8,7 @@
 namespace qxplatform
 {
 
-// d.ddd * 10^exponent. The last digit is followed by zeros.
+// The number d.ddd * 10^exponent. All digits after the stored ones are 0.
 class Decimal
 {
 public:
@@ -21,7 +21,8 @@ public:
     int Exponent() const { return _exponent; }
     char Digit(std::size_t index) const { return index < _count ? _digits[index] : '0'; }
 
-    // Keeps `digits` digits and rounds half up. With 0 or fewer, the result is 0, or the 1 produced by rounding.
+    // Keeps `digits` digits and rounds half up. If `digits` is 0 or less, the result is 0 or, if rounded up, a
+    // single digit 1.
     void Round(long long digits);
     void DropTrailingZeros();
 

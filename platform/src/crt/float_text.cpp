@@ -27,7 +27,7 @@ private:
     std::size_t _length = 0;
 };
 
-// `e+004`: an exponent has at least three digits.
+// Returns an exponent such as `e+004`, with at least three digits.
 std::string_view ExponentText(std::array<char, 8>& buffer, char letter, int exponent)
 {
     const int magnitude = exponent < 0 ? -exponent : exponent;
@@ -111,7 +111,7 @@ Decimal DigitsOf(double value)
     return Decimal(bits & kQuiet ? "1#QNAN" : "1#SNAN");
 }
 
-// `0x1.8000000000000p+0`
+// Appends a number such as `0x1.8000000000000p+0`.
 void AppendHexadecimal(BoundedText& target, const Conversion& conversion, double value, bool upperCase)
 {
     constexpr int kMantissaDigits = 13;

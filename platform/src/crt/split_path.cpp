@@ -41,7 +41,7 @@ PathParts Split(std::wstring_view path)
     return parts;
 }
 
-// The destination of a part, if the caller wants it.
+// The caller's buffer for one part of the path; null if the caller doesn't want the part.
 struct PartTarget
 {
     wchar_t* buffer;

@@ -85,7 +85,7 @@ public:
     // The block with A to Z converted to a to z.
     TextBlock Folded() const
     {
-        // Signed numbers are compared in one step, and those from U+8000 on are below 0.
+        // Signed numbers are compared in one step. Characters from U+8000 on are negative, so they are no capitals.
         const auto numbers = reinterpret_cast<BlockTruths>(_data);
         const BlockTruths isCapital = (numbers > reinterpret_cast<BlockTruths>(EightOf(L'A' - 1))) &
                                       (numbers < reinterpret_cast<BlockTruths>(EightOf(L'Z' + 1)));

@@ -130,7 +130,7 @@ double ReadDecimal(const wchar_t*& text)
     return digits.Value(exponent);
 }
 
-// Parses `0x1.8p3` after its prefix.
+// Parses a number such as `0x1.8p3`, starting after its prefix.
 double ReadHexadecimal(const wchar_t*& text)
 {
     constexpr std::uint64_t kFull = std::uint64_t{1} << 60;

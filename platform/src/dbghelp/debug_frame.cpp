@@ -52,7 +52,8 @@ bool SetRegister(Dwarf_Frame* frame, unsigned number, FrameRule::State& state)
         set(How::InRegister, static_cast<std::int64_t>(operations[0].number));
         return true;
     }
-    // Otherwise the canonical frame address, an offset unless it is 0, and a mark if that is the value itself.
+    // The other supported form is the canonical frame address, plus an offset unless it is 0. A final DW_OP_stack_value
+    // means that the sum is the value itself, not its address.
     const bool isValue = operations[count - 1].atom == DW_OP_stack_value;
     const std::size_t length = count - (isValue ? 1 : 0);
     if (operations[0].atom != DW_OP_call_frame_cfa || length > 2 ||

@@ -18,7 +18,7 @@ namespace
 
 constexpr std::uint64_t kPageMask = 0xFFF;
 
-// Opening a pipe or a device could block.
+// Opens a regular file. Returns -1 for anything else: opening a pipe or a device could block.
 int OpenRegularFile(const std::string& path)
 {
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);

@@ -1,4 +1,4 @@
-// ELF images as far as their headers tell: which symbols they have, and how to find their debug information.
+// Reads the headers of ELF images: which symbols an image has, and how to find its debug information.
 #pragma once
 
 #include <cstddef>
@@ -24,7 +24,7 @@ public:
     // Null if there is no such image.
     Elf* Get() const { return _elf; }
 
-    // Return the file, or the image, which the caller now owns.
+    // Return the file or the image and transfer its ownership to the caller.
     int TakeFile();
     Elf* TakeImage();
 
@@ -36,7 +36,7 @@ private:
 struct ElfHeaders
 {
     bool isImage = false;
-    bool hasDebugInfo = false;      // .debug_info, also compressed
+    bool hasDebugInfo = false;      // .debug_info, compressed or not
     bool hasSymbolTable = false;    // .symtab, or one in .gnu_debugdata
     bool hasDynamicSymbols = false; // .dynsym
     unsigned machine = 0;

@@ -46,7 +46,7 @@ std::optional<RegisterOperand> BasedOnRegister(const Dwarf_Op& operation)
     return std::nullopt;
 }
 
-// Returns the register relative to the canonical frame address, if the unwind rules tell.
+// Returns the register relative to the canonical frame address, or nothing if the unwind rules define it otherwise.
 std::optional<std::int64_t> RegisterInFrame(unsigned number, Dwarf_Frame* rules)
 {
     Dwarf_Op* operations = nullptr;

@@ -98,7 +98,7 @@ std::optional<Dwarf_Die> CompileUnits::FindFunction(Dwarf_Addr address)
         _functions.begin(), _functions.end(), [offset](const Functions& entry) { return entry.unit == offset; });
     if (known == _functions.end())
     {
-        // The functions of a unit that was split are in another file.
+        // If a unit is split, its functions are in another file.
         Dwarf_Die split;
         std::uint8_t type = 0;
         if (dwarf_cu_info(root.cu, nullptr, &type, nullptr, &split, nullptr, nullptr, nullptr) == 0 &&

@@ -31,7 +31,7 @@ public:
 private:
     struct Entry : DieRange
     {
-        Dwarf_Addr reach = 0; // the highest end of this range and those before it
+        Dwarf_Addr reach = 0; // the highest end among this range and all ranges before it
     };
 
     std::vector<Entry> _entries;
@@ -46,7 +46,7 @@ public:
     // Returns the compile unit that contains an address, or null.
     const Dwarf_Die* Find(Dwarf_Addr address) const { return _units.Find(address); }
 
-    // Returns the function that contains an address, inlined functions aside.
+    // Returns the function that contains an address, ignoring inlined functions.
     std::optional<Dwarf_Die> FindFunction(Dwarf_Addr address);
 
 private:
@@ -57,7 +57,7 @@ private:
     };
 
     DieRanges _units;
-    std::vector<Functions> _functions; // of those units in which one was searched
+    std::vector<Functions> _functions; // one element for each unit that has been searched
 };
 
 } // namespace qxplatform

@@ -64,7 +64,7 @@ SymbolModule::~SymbolModule()
         close(_sharedFile);
 }
 
-// The functions below are the only ones that search files, so libdw's own search, which may use servers, isn't reached.
+// libdw finds files only through the callbacks below. Its own search, which may contact servers, is never used.
 int SymbolModule::FindElf(Dwfl_Module*, void** user, const char*, Dwarf_Addr, char** path, Elf** elf)
 {
     const auto& self = *static_cast<const SymbolModule*>(*user);

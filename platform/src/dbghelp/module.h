@@ -42,7 +42,7 @@ public:
         std::uint64_t size = 0; // 0: as in the headers
         std::string path;
         std::string name;
-        bool isInMemory = false; // the kernel's image, which is no file
+        bool isInMemory = false; // the kernel's image, which isn't in a file
     };
 
     // Reads the headers.
@@ -88,8 +88,8 @@ private:
     std::string _debugPath; // the separate file; empty if there is none
     SYM_TYPE _type = SymNone;
 
-    bool _hasSymbols = false;   // read
-    bool _hasDebugInfo = false; // read
+    bool _hasSymbols = false;   // the symbols have been read
+    bool _hasDebugInfo = false; // the debug information has been read
     Dwfl* _dwfl = nullptr;
     Dwfl_Module* _module = nullptr;
     Dwarf* _dwarf = nullptr;

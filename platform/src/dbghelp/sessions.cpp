@@ -22,14 +22,14 @@ struct Sessions
     std::map<HANDLE, std::unique_ptr<SymbolSession>> byProcess;
 };
 
-// Never destroyed, because a thread that was given up may still use its session.
+// Never destroyed, because an abandoned thread may still use its session.
 Sessions& TheSessions()
 {
     static Sessions& sessions = *new Sessions;
     return sessions;
 }
 
-// Returns a folder by the one name that makes equal folders equal, or nothing if there is no such folder.
+// Returns the canonical path of a folder, so that equal folders compare equal, or an empty text if it doesn't exist.
 std::string RealFolder(std::string_view folder)
 {
     std::error_code error;
@@ -37,7 +37,7 @@ std::string RealFolder(std::string_view folder)
     return error || !std::filesystem::is_directory(real, error) ? std::string() : real.string();
 }
 
-// Each module is searched in each folder, so equal and missing ones are left out.
+// Splits the search path. Each module is searched in each folder, so duplicates and missing folders are dropped.
 std::vector<std::string> FoldersOf(const char* searchPath)
 {
     std::vector<std::string> folders;

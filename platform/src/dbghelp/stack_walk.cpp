@@ -40,7 +40,7 @@ DWORD64 StackPointer(const CONTEXT& context)
 
 constexpr DWORD64 kFrameToCanonical = 16;
 
-// The fields of Reserved.
+// Indices into STACKFRAME64::Reserved.
 constexpr int kHasBegun = 0;
 constexpr int kIsExact = 1;
 

@@ -15,7 +15,7 @@ struct TableSymbol
     std::uint64_t address = 0;
     std::uint64_t end = 0;
     const char* name = nullptr; // the linker's name
-    std::uint64_t reach = 0;    // the highest end of this symbol and those before it
+    std::uint64_t reach = 0;    // the highest end among this symbol and all symbols before it
     bool hasSize = false;       // a label without a size extends to the next symbol or the end of its section
     std::uint8_t rank = 0;      // among symbols at the same address, the highest is the best name
 };

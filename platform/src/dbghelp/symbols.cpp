@@ -1,4 +1,4 @@
-// The functions of the interface. Nothing is thrown through them: the few exceptions are bad_alloc.
+// The functions of the interface. They throw nothing; the only exception that can occur inside is bad_alloc.
 #include <dbghelp.h>
 #include <errhandlingapi.h>
 #include <winerror.h>

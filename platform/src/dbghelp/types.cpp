@@ -31,7 +31,7 @@ std::optional<Dwarf_Die> ReferredType(Dwarf_Die& die)
     if (dwarf_attr_integrate(&die, DW_AT_type, &attribute) == nullptr ||
         dwarf_formref_die(&attribute, &type) == nullptr || dwarf_peel_type(&type, &peeled) != 0)
         return std::nullopt;
-    // A type that was peeled down to a typedef of void stays a typedef or a qualifier.
+    // If the underlying type is void, the result is still a typedef or a qualifier.
     switch (dwarf_tag(&peeled))
     {
     case DW_TAG_typedef:

@@ -15,7 +15,7 @@ struct Variable
     std::string name;
     bool isParameter = false;
     bool isInFrame = false;    // the address is relative to the frame base of the interface
-    std::uint64_t address = 0; // 0: the variable isn't in memory, or nobody can tell where
+    std::uint64_t address = 0; // 0 if the variable isn't in memory or its address can't be determined
     std::uint32_t type = 0;
     std::uint64_t size = 0;
 };

@@ -34,7 +34,7 @@ bool ReadByHandle(HANDLE handle, DWORD rights, Metadata& metadata)
     const std::string path = PathOfDescriptor(file->descriptor());
     if (!ReadMetadata(path, metadata))
         return FailErrno();
-    // A handle of a link itself, which the path of the descriptor doesn't follow.
+    // The handle may refer to a link itself: the descriptor's path leads to the link, not to its target.
     struct stat info
     {
     };
@@ -46,7 +46,7 @@ bool ReadByHandle(HANDLE handle, DWORD rights, Metadata& metadata)
 // Returns the time to set, or the value that leaves the time unchanged.
 timespec TimeToSet(const FILETIME* time)
 {
-    // All bits set also requests that this handle make no further changes, which Linux doesn't support.
+    // The value -1 also requests that this handle no longer change the time, which Linux doesn't support.
     const bool isLeft = time == nullptr || UnitsOf(*time) == -1 || UnitsOf(*time) == 0;
     return isLeft ? timespec{0, UTIME_OMIT} : TimeSpecOf(*time);
 }

@@ -1,7 +1,7 @@
-// Acquires exclusive locks although only shared ones are available, because a descriptor without write access gets no
-// others. The caller first sets its own lock and then checks for conflicting ones, so two conflicting locks are never
-// both granted. To avoid that both are refused, each caller holds a claim for that short time, and the claim's number
-// lets the earlier one succeed.
+// Acquires exclusive locks by means of shared ones, because a descriptor without write access gets no others. The
+// caller first sets its own lock and then checks for conflicting ones, so two conflicting locks are never both granted.
+// To prevent both from being refused, each caller holds a claim during that short time, and the claim with the lower
+// number, which is the earlier one, succeeds.
 #pragma once
 
 #include "files/range_lock.h"

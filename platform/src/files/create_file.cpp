@@ -101,7 +101,8 @@ int OpenDescriptor(const Place& place, const Request& request, int flags)
     return descriptor;
 }
 
-// Returns true for a link or pipe that is only named by the handle, for queries or deletion, and is not opened itself.
+// Returns true if the entry is a link, a pipe or the like, and the request neither reads nor writes but only queries or
+// deletes it. Such an entry is only named by the handle, not opened.
 bool IsLinkOrPipe(const Place& place, const Request& request)
 {
     struct stat info
@@ -214,8 +215,8 @@ DWORD Finish(Opened& opened, const Request& request, const struct stat& info)
     return ERROR_SUCCESS;
 }
 
-// Sharing is checked before anything is changed. `isStale` reports that the name has been moved to another file in the
-// meantime.
+// Checks sharing before anything is changed. Sets `isStale` if the opened file has lost its name in the meantime,
+// because the name may refer to another file by now.
 DWORD Share(const Opened& opened, const Request& request, const struct stat& info, bool& isStale)
 {
     isStale = false;

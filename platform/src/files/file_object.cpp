@@ -21,7 +21,7 @@ Mutex openingLock;
 // Set before the end of the process takes the lock, so that threads which open files all the time can't keep it away.
 std::atomic<bool> isEnding = false;
 
-// Handles open at process end are closed then, and files to be deleted on close are deleted. Other threads still run.
+// At process end, deletes those files to be deleted on close that are still open. Other threads still run.
 struct AtExit
 {
     ~AtExit()

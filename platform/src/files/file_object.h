@@ -40,7 +40,7 @@ public:
 
     // Sets whether closing the last handle deletes the file. Only the process that opened the file deletes it.
     void SetDeletedOnClose(bool isDeleted) { _isDeletedOnClose = isDeleted; }
-    // Removes the file's current name if the last close is to delete it.
+    // Removes the file's current name if the file is to be deleted on close.
     void DeleteIfAsked();
 
     ByteLocks byteLocks;

@@ -29,7 +29,7 @@ bool ReadMetadata(const std::string& path, Metadata& metadata, bool orLink = fal
 // Returns REPARSE_POINT if the path is a link, whatever its target, otherwise 0.
 DWORD LinkAttribute(const std::string& path);
 
-// Returns a path that refers to an opened file whatever has become of its name.
+// Returns a path that refers to an opened file even after it was renamed or deleted.
 std::string PathOfDescriptor(int descriptor);
 
 // READONLY is represented by the mode: nobody may write. HIDDEN and SYSTEM, which Linux lacks, are stored in an

@@ -24,7 +24,7 @@ namespace
 {
 
 // Flushes the names in a folder to disk, so that they survive a crash of the system. Ignores failures, for example if
-// the folder may not be read: the file has been moved by then, and the caller must not take that for a failed move.
+// the folder may not be read: the file has been moved by then, and the caller must not regard the move as failed.
 void FlushFolderOf(const std::string& path)
 {
     const Descriptor folder(open(FolderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));

@@ -20,8 +20,8 @@ using namespace qxplatform;
 namespace
 {
 
-// Checks whether the file's name may be removed. This counts as opening the file for deletion, which everyone who has
-// it open must share. The right is held as long as the descriptor exists.
+// Checks whether the file's name may be removed. Removing it counts as opening the file for deletion, which all of its
+// open handles must share. The right is held as long as `holder` exists.
 DWORD TakeDeleteRight(const std::string& path, const struct stat& info, Descriptor& holder)
 {
     if (!S_ISREG(info.st_mode))
@@ -55,8 +55,7 @@ bool CopyBytes(int from, int to)
             return false;
         break;
     }
-    // Copies the data that the kernel couldn't copy itself, or after which it reported the end too early, as with files
-    // of /proc.
+    // Copy the data that the kernel didn't: it may refuse the copy or, for files of /proc, report the end too early.
     std::string block(kBlockSize, '\0');
     ssize_t length;
     while ((length = read(from, block.data(), block.size())) > 0)
@@ -112,7 +111,7 @@ try
         return Fail(error);
     return unlink(path.text.c_str()) == 0 || Fail(PathError(errno, path.text));
 }
-// Destructors call this function.
+// Destructors call this function, so it must not throw.
 catch (const std::bad_alloc&)
 {
     return Fail(ERROR_NOT_ENOUGH_MEMORY);

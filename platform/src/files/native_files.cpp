@@ -32,7 +32,7 @@ constexpr NTSTATUS StatusOf(DWORD error)
     return error == ERROR_SUCCESS ? 0 : static_cast<NTSTATUS>(0xC0070000u | error);
 }
 
-// Returns false if the attributes are damaged or anything but a mode.
+// Returns false if the attributes are damaged or contain anything but a mode.
 bool ReadMode(const void* buffer, ULONG length, std::optional<mode_t>& mode)
 {
     if (buffer == nullptr || length == 0)
@@ -183,7 +183,7 @@ NTSTATUS NTAPI NtSetEaFile(HANDLE FileHandle, PIO_STATUS_BLOCK IoStatusBlock, PV
     const Ref<FileObject> file = LookUp<FileObject>(FileHandle, FILE_WRITE_EA);
     if (!file)
         return StatusOf(GetLastError());
-    // By the path of the descriptor, because the descriptor itself may have been opened for attributes only.
+    // Change the mode by the descriptor's path, because the descriptor may have been opened for attributes only.
     if (chmod(PathOfDescriptor(file->descriptor()).c_str(), *mode) != 0)
         return StatusOf(ErrorFromErrno(errno));
     *IoStatusBlock = {{0}, 0};

@@ -82,7 +82,8 @@ bool IsDots(std::u16string_view component)
     return component == u"." || component == u"..";
 }
 
-// A server may be named without a share. Dots in place of either name would lead out of the folder of shares.
+// Removes the server and the share from the path; the share may be missing. Dots in place of either name would lead out
+// of the folder of shares and are refused.
 Root TakeShare(std::u16string_view& path)
 {
     const std::u16string_view server = TakeComponent(path);
@@ -122,7 +123,7 @@ Root TakeRoot(std::u16string_view& path)
     return {RootKind::FileSystem, !path.empty() && IsSeparator(path[0])};
 }
 
-// Returns the Linux folder of a root, or an empty text for the file system's own.
+// Returns the Linux folder of a drive or share, or an empty text for the file system's own root.
 std::string FolderOfRoot(const Root& root)
 {
     if (root.kind == RootKind::Share)

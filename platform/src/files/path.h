@@ -29,12 +29,12 @@ struct NativePath
 // Returns an empty path with ERROR_PATH_NOT_FOUND for null, empty and device paths.
 NativePath ToNative(LPCWSTR path);
 
-// The same, made absolute.
+// Converts to an absolute path. Fails like ToNative.
 NativePath ToFullNative(LPCWSTR path);
 
 // Returns the path in the form that callers receive, with "." and ".." resolved textually: `Q:\a` and
 // `\\server\share\a` keep their form, also if there is no such drive or share; all other paths get the form `/a/b`, or
-// `a/b` if they are relative and `isFull` is false. Returns an empty text as ToNative does.
+// `a/b` if they are relative and `isFull` is false. Returns an empty text if ToNative would return an empty path.
 std::u16string CallersForm(LPCWSTR path, bool isFull);
 
 // Converts a Linux name or path to the form returned to callers. The backslash is the only character that Linux permits
@@ -42,7 +42,7 @@ std::u16string CallersForm(LPCWSTR path, bool isFull);
 std::u16string FromNative(std::string_view path);
 std::u16string FromNative(const NativePath& path); // with the separator at its end
 
-// The same in the other direction, for a single name.
+// Converts a single name from the callers' form to the Linux form.
 std::string NativeName(std::u16string_view component);
 
 // Returns the folder part of a path, or "." for a name without one.

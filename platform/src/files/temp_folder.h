@@ -18,8 +18,8 @@ mode_t ModeOfNew(const std::string& path, mode_t usual);
 // Returns true if the descriptor refers to a temp folder that is world-writable.
 bool IsSharedTempFolder(int folder);
 
-// Returns true if a name in a world-writable temp folder belongs to another user. For users this includes root, and for
-// root all users, because the owner of a folder can put links in it.
+// Returns true if a name in a world-writable temp folder belongs to another user. That includes root for ordinary
+// users, and ordinary users for root, because the owner of a folder can put links in it.
 bool IsTakenByAnother(const std::string& path);
 
 } // namespace qxplatform
