@@ -23,8 +23,8 @@ PrivateHeap& HeapOf(HANDLE handle)
     return *static_cast<PrivateHeap*>(handle);
 }
 
-// Holds the lock of a heap, except in a process with one thread: no operation starts another one. Without the lock, the
-// heap is still complete in a forked child.
+// Holds the lock of a heap during an operation. A process with one thread needs no lock, because no operation starts
+// another thread. A ForkHold then ensures that a forked child finds the heap in a consistent state.
 class HeapGuard
 {
 public:

@@ -29,7 +29,7 @@ bool StartsUnit(const char* pages)
     return reinterpret_cast<std::uintptr_t>(pages) % kUnitSize == 0;
 }
 
-// Maps one more unit and cuts off what lies before and behind.
+// Maps one unit more than needed and unmaps the excess before and after the aligned part.
 char* MapAligned(std::size_t size)
 {
     char* const pages = Map(size + kUnitSize);
@@ -49,7 +49,8 @@ char* MapPages(std::size_t size, [[maybe_unused]] bool forObjects)
     if (size > PTRDIFF_MAX - 2 * kUnitSize)
         return nullptr;
     size = RoundedToPages(size);
-    // The system places mappings next to each other, so most of them start a unit like the one before.
+    // The system places mappings next to each other, so if one starts at the beginning of a unit, the next usually does
+    // too.
     char* pages = Map(size);
     if (pages != nullptr && !StartsUnit(pages))
     {

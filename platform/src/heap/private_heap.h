@@ -31,9 +31,9 @@ public:
     DWORD Options() const { return _options; }
     CRITICAL_SECTION& Section() { return _section; }
 
-    // The caller holds the section, unless it serializes the calls itself.
+    // The caller must hold the section, unless it serialises the calls itself.
 
-    // Returns null if memory runs out. Sets `isZeroed` if the block comes from the system.
+    // Returns null if memory runs out. Sets `isZeroed` if the memory is new from the system and therefore zeroed.
     void* Allocate(std::size_t size, bool& isZeroed);
     bool Free(const void* block);
     // Finds the block in use that starts at an address, without reading from there.
@@ -44,8 +44,8 @@ public:
     }
     static std::size_t SizeOf(const Place& place);
 
-    // Moves on to the next block, or to the next run of free blocks. Starts with the first one after an entry with a
-    // null address.
+    // Moves the entry on to the next block or the next run of free blocks. If its address is null, the walk starts at
+    // the first block.
     enum class Step
     {
         Found,

@@ -12,7 +12,8 @@ namespace qxplatform::heap
 
 struct Chunk;
 
-// The state of a block is its spare bytes with kInUse, or the index of the next free block of the span.
+// The state of a block in use is kInUse plus the number of its spare bytes. The state of a free block is the index of
+// the next free block of the span.
 using BlockState = std::uint16_t;
 constexpr BlockState kInUse = 0x8000;
 constexpr BlockState kNoBlock = 0x7FFF;
@@ -93,7 +94,7 @@ struct Span
     BlockState states[1]; // one for each block
 };
 
-// A mapping of 16 units that spans of one unit share, or one span uses.
+// A mapping of 16 units, which is shared by spans of one unit or used by a single span.
 struct Chunk
 {
     static constexpr std::size_t kUnits = 16;

@@ -201,7 +201,8 @@ HGLOBAL MemoryBlocks::HandleFor(const Block& block) const
     return reinterpret_cast<HGLOBAL>((generation << kGenerationShift) | (index << kIndexShift) | kMovableTag);
 }
 
-// Releasing an entry must not need memory, so there is always room for all of them in the list of free ones.
+// Makes sure that there is a free entry. Releasing an entry must not need memory, so the list of free entries always
+// has room for all entries.
 void MemoryBlocks::ProvideEntry()
 {
     if (!_freeEntries.empty())
@@ -239,12 +240,12 @@ bool MemoryBlocks::Resize(Block& block, std::size_t size, bool zero, bool mayMov
     {
         if (!mayMove || size > PTRDIFF_MAX)
             return false;
-        // The second growth of a block is taken as the first of many. The reserve is not touched and therefore uses no
-        // memory.
+        // A block that grows a second time is expected to grow often and gets a reserve. The reserve isn't touched and
+        // therefore uses no memory.
         std::size_t capacity = size != 0 ? size : 1;
         if (tooLarge && oldSize != 0 && capacity < block.capacity + block.capacity / 2)
             capacity = block.capacity + block.capacity / 2;
-        // The map's node is kept, because a new one could fail. It is empty for a block without data.
+        // Reuse the map's node, because allocating a new one could fail. A block without data has none.
         auto node = _entryOfAddress.extract(block.data);
         void* data = std::realloc(block.data, capacity);
         if (data == nullptr && capacity != size)

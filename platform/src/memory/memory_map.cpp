@@ -12,7 +12,7 @@ namespace qxplatform
 namespace
 {
 
-// The lines of the list, read in pieces. Only their beginnings are kept, up to the number of the file.
+// The lines of the list, read in pieces. Each line is parsed up to the inode number, and its rest is skipped.
 class MapLines
 {
 public:

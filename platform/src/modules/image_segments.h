@@ -27,7 +27,7 @@ public:
     const ElfW(Phdr) * End() const { return _headers + _count; }
 
     std::uintptr_t ImageBegin() const { return _begin; }
-    // The program is never unloaded.
+    // Returns true for the program itself, which is never unloaded.
     bool IsProgram() const { return _isProgram; }
 
     // Returns the address of a segment, or 0 if the segment isn't completely inside the image.

@@ -23,7 +23,7 @@ std::string TargetOfLink(const std::string& path)
                                                  : std::string(target, static_cast<std::size_t>(length));
 }
 
-// A backslash would make the name look like several in \\server\share.
+// Returns false for a text that can't be a name in \\server\share; a backslash in it would look like a separator.
 bool IsName(std::string_view name)
 {
     return !name.empty() && name != "." && name != ".." && name.find_first_of("/\\") == name.npos;

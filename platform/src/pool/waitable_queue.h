@@ -118,8 +118,8 @@ public:
 private:
     inline static thread_local std::optional<Item> taken;
 
-    // A queue that is never empty would grow forever. Once half of it has been taken, moving the rest costs no more
-    // than what was saved.
+    // A queue that never becomes empty would grow forever, so taken items are removed in batches. If a batch is at
+    // least half of all items, moving the rest takes constant time per item on average.
     static constexpr std::size_t kCompactAt = 4096;
 
     void Append(Item item)

@@ -32,7 +32,7 @@ std::vector<char*> Pointers(Strings& strings)
     return pointers;
 }
 
-// Freed after the process has started.
+// The file actions and attributes for posix_spawn.
 class SpawnActions
 {
 public:

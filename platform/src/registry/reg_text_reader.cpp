@@ -98,7 +98,7 @@ public:
             if (ReadEntry())
                 continue;
             _result.damaged = true;
-            // Not from the current position: an unterminated text may have consumed the following lines.
+            // Skip the entry's first line only: an unterminated text may have consumed the following lines.
             _at = start;
             TakeRestOfLine();
         }

@@ -60,7 +60,7 @@ struct RegistryKey
 struct RegistryTree
 {
     RegistryKey root;
-    CommentLines comments; // after everything else
+    CommentLines comments; // at the end of the file
 };
 
 } // namespace qxplatform

@@ -10,7 +10,7 @@
 namespace qxplatform
 {
 
-// Appends the images in one note segment. The alignment is the one in its program header.
+// Appends the images in one note segment. `alignment` is the alignment in the segment's program header.
 void AddResourceImages(
     std::span<const std::byte> notes, std::size_t alignment, std::vector<std::span<const std::byte>>& images);
 

@@ -11,7 +11,7 @@ namespace qxplatform
 namespace
 {
 
-// No revision that the system has.
+// Marks the layer's own blocks. The system has no such revision.
 constexpr BYTE kRevision = 0x71;
 
 struct Head

@@ -74,7 +74,7 @@ void Withdraw(AclEntries& entries, unsigned rights)
             entry.rights = static_cast<std::uint16_t>(entry.rights & ~rights);
 }
 
-// Makes the mask of a list that is going to have the entry.
+// Adjusts the mask of a list to which the entry will be added, or creates the mask if it is needed.
 void GrowMask(AclEntries& entries, const AclEntry& added)
 {
     AclEntry* const mask = Find(entries, ACL_MASK);

@@ -28,7 +28,7 @@ bool WriteAcl(const std::string& path, acl_type_t type, const AclEntries& entrie
 // the old mask withheld from other entries are removed from them, so that nobody else gains any.
 void SetEntry(AclEntries& entries, const AclEntry& entry);
 
-// Returns a default list without named entries, in which new files get the effective rights of the list.
+// Returns a default list without named entries, which grants new files the effective rights of the given list.
 AclEntries DefaultsFrom(const AclEntries& entries);
 
 } // namespace qxplatform

@@ -13,7 +13,7 @@ using namespace qxplatform;
 namespace
 {
 
-// Returns an error code.
+// Reads the owner and the access lists of a file or folder. Returns an error code.
 DWORD ReadFileAcl(const std::string& path, FileAcl& acl)
 {
     struct stat info

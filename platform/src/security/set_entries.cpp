@@ -47,7 +47,7 @@ void SetDefaultEntry(FileAcl& acl, const Account& account, std::uint16_t rights)
     acl.hasNewDefaults = true;
 }
 
-// Returns an error code.
+// Applies a change to the lists. Returns an error code.
 DWORD Apply(const EXPLICIT_ACCESS_W& change, FileAcl& acl)
 {
     if (change.grfAccessMode != SET_ACCESS || change.Trustee.TrusteeForm != TRUSTEE_IS_NAME ||

@@ -21,7 +21,7 @@ constexpr std::uint32_t kHasItemList = 0x1;
 constexpr std::uint32_t kHasLinkInfo = 0x2;
 constexpr std::uint32_t kIgnoresLinkInfo = 0x100;
 
-// Flags of the block.
+// Flags of the block about the target.
 constexpr std::uint32_t kHasLocalPath = 0x1;
 constexpr std::uint32_t kHasShare = 0x2;
 
@@ -30,7 +30,7 @@ constexpr std::size_t kLinkInfoHeaderSize = 0x1C;
 constexpr std::uint32_t kUnicodeHeaderSize = 0x24;
 constexpr std::size_t kShareHeaderSize = 0x14;
 
-// 0 for a number that isn't completely in the block.
+// Returns the number at an offset, or 0 if it isn't completely in the block.
 std::uint32_t NumberAt(Bytes block, std::size_t offset)
 {
     std::uint32_t number = 0;
@@ -44,7 +44,7 @@ Bytes From(Bytes block, std::size_t offset)
     return block.subspan(std::min(offset, block.size()));
 }
 
-// Texts end at a zero character, or with the block. An offset of 0 is no text.
+// Returns the text at an offset, which ends at a zero character or with the block. Empty for the offset 0.
 std::u16string NarrowTextAt(Bytes block, std::uint32_t offset)
 {
     const Bytes text = offset != 0 ? From(block, offset) : Bytes();
@@ -67,7 +67,7 @@ std::u16string WideTextAt(Bytes block, std::uint32_t offset)
     return wide;
 }
 
-// A text that may be there in both forms.
+// Returns a text that may be stored in both forms.
 std::u16string TextAt(Bytes block, std::uint32_t narrow, std::uint32_t wide)
 {
     std::u16string text = WideTextAt(block, wide);

@@ -1,4 +1,4 @@
-// The target in a file of a shortcut ([MS-SHLLINK]).
+// Reads the target of a shortcut from the shortcut's file ([MS-SHLLINK]).
 #pragma once
 
 #include <cstddef>
@@ -17,7 +17,7 @@ struct LinkTarget
     std::u16string share; // \\server\share\folder\name
 };
 
-// A longer file is read no further. The header and the list of item identifiers have less than 65 KB, and paths at most
+// Files are read up to this size. The header and the list of item identifiers have less than 65 KB, and paths at most
 // 32,767 characters.
 constexpr std::size_t kMostLinkBytes = 1024 * 1024;
 

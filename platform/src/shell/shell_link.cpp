@@ -71,7 +71,7 @@ void ConvertToCallersForm(std::u16string& path)
 class ShellLink final : public CountedObject<IShellLinkW, IPersistFile>
 {
 public:
-    // Returns S_FALSE if there is no path. A path that is too long is cut.
+    // Returns S_FALSE if there is no path. A path that is too long is truncated.
     HRESULT GetPath(LPWSTR path, int size, WIN32_FIND_DATAW* data, DWORD flags) override
     {
         if (path == nullptr || size <= 0 || data != nullptr)

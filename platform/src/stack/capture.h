@@ -6,7 +6,7 @@
 namespace qxplatform
 {
 
-// The registers of the innermost function, after the call that captures returns.
+// The registers of the function that called the capture, as they are after the call has returned.
 struct FrameRegisters
 {
     std::uintptr_t stackPointer;

@@ -152,7 +152,7 @@ public:
 private:
     static constexpr unsigned kMostRemembered = 4; // compilers don't nest them
 
-    // Damaged tables may overflow.
+    // Multiplies without signed overflow, which damaged tables could cause.
     std::int64_t Scaled(std::uint64_t offset) const
     {
         return static_cast<std::int64_t>(offset * static_cast<std::uint64_t>(_common.dataAlignment));
@@ -189,7 +189,7 @@ private:
         _state.cfaOffset = offset;
     }
 
-    // Returns the address of an expression with its length, and skips it.
+    // Skips an expression. Returns the address of its length field, which precedes it.
     static std::int64_t TakeExpression(TableReader& reader)
     {
         const auto* const expression = reader.At();
@@ -368,7 +368,7 @@ bool RuleOfEntry(TableBytes frames, const std::uint8_t* at, std::uintptr_t addre
     return program.Run(reader.Take(reader.Left()), address) && rule.state.cfaHow != How::Undefined;
 }
 
-// For tables without a sorted index.
+// Searches all entries, for tables without a sorted index.
 bool ScanFrames(TableBytes frames, const std::uint8_t* begin, std::uintptr_t address, FrameRule& rule)
 {
     for (TableReader reader({begin, frames.end}); reader.Left() >= 8;)

@@ -54,7 +54,7 @@ struct UnwindTable
 // Stores the rule for the instruction at an address. Returns false if the table has no entry for it or is damaged.
 bool FindFrameRule(const UnwindTable& table, std::uintptr_t address, FrameRule& rule);
 
-// Returns the entries of the frames that an index refers to (.eh_frame), or null.
+// Returns the start of the entries (.eh_frame) that an index refers to, or null.
 const std::uint8_t* FramesOf(TableBytes index);
 
 } // namespace qxplatform

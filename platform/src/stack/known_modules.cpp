@@ -43,13 +43,13 @@ public:
         return (before & 1) == 0 && _sequence.load(std::memory_order_relaxed) == before;
     }
 
-    // Returns true if the record is the one of a loaded module, and the build id in memory is still the same.
+    // Returns true if the record describes the given module and the build id in memory is still the same.
     bool IsOf(std::uintptr_t begin, std::uintptr_t end, std::uintptr_t index) const
     {
         const std::uint32_t before = _sequence.load(std::memory_order_acquire);
         if (Word(kBegin) != begin || Word(kEnd) != end || Word(kIndex) != index)
             return false;
-        // The place of the build id is valid for this module only if it was read with the rest.
+        // The address of the build id belongs to this module only if it was read together with the rest of the record.
         const auto* const buildId = reinterpret_cast<const std::uint8_t*>(Word(kBuildId));
         const std::uint64_t size = Word(kBuildIdSize);
         const std::uint64_t id[2] = {Word(kId), Word(kId + 1)};
@@ -70,7 +70,7 @@ public:
         _sequence.fetch_add(1, std::memory_order_release);
     }
 
-    // In a forked child, whose only thread may find a half-written record of another thread.
+    // Clears the record. Called in a forked child, because another thread may have been writing it at the fork.
     void Reset()
     {
         _sequence.store(0, std::memory_order_relaxed);
@@ -92,8 +92,8 @@ private:
     std::atomic<std::uint64_t> _words[kWords] = {};
 };
 
-// Modules begin in different pages. A place that is taken by another module goes to the new one: processes have fewer
-// modules than there are slots.
+// Modules begin in different pages, which determine their slots. If two modules have the same slot, the newer one
+// replaces the other. Processes have fewer modules than there are slots, so this is rare.
 constexpr std::size_t kSlots = 512;
 
 constinit Slot slots[kSlots];
@@ -127,8 +127,8 @@ bool Overlap(const Record& first, const Record& second)
         });
 }
 
-// Removes what is known of modules that were loaded in the range of this one. Returns false if another thread is
-// writing, or if a signal has interrupted this one while it was.
+// Stores the record of a module, and removes the records and cached rules of modules that were loaded in its range
+// before. Returns false if another thread is writing, or if this one was writing when a signal interrupted it.
 bool Register(const ModuleTables& tables, RuleCache& cache)
 {
     if (isWriting.exchange(true, std::memory_order_acquire))

@@ -13,9 +13,9 @@ struct ModuleTables
     std::uintptr_t begin = 0; // of the image
     std::uintptr_t end = 0;
     UnwindTable table; // empty if the module has none
-    // Identifies the contents of the module, together with its place, which is enough for the program: its build id may
-    // be empty. Null if another module has no such note; its rules can't be cached then, because they may be mistaken
-    // for the rules of a module that is loaded at its place later.
+    // Identifies the contents of the module, together with its place. For the program the place is enough, so its build
+    // id may be empty. Null if another module has no such note: its rules can't be cached, because they could be
+    // mistaken for the rules of a module that is loaded at the same place later.
     const std::uint8_t* buildId = nullptr;
     std::uint32_t buildIdSize = 0;
 };

@@ -13,8 +13,8 @@ namespace
 
 constexpr std::uintptr_t kPage = 4096;
 
-// The part of the thread's own stack that has been found to be readable: it stays so while the thread lives. The stack
-// of another thread never gets its address, and an alternate stack below it is separated by an unreadable page.
+// The part of the thread's own stack that was found to be readable, which it remains while the thread lives. The stack
+// of another thread never has the same address, and an alternate stack below it is separated by an unreadable page.
 struct KnownStack
 {
     std::atomic<std::uintptr_t> begin = 0;

@@ -116,12 +116,12 @@ public:
         default:
             Fail();
         }
-        if ((encoding & kIndirect) != 0) // only used for functions of the language, which aren't called here
+        if ((encoding & kIndirect) != 0) // only used for personality routines, which aren't called here
             Fail();
         return _hasFailed ? 0 : value;
     }
 
-    // The same without a base: the size of something.
+    // Reads a value without a base, for example a size.
     std::uintptr_t ReadValue(unsigned format)
     {
         switch (format)

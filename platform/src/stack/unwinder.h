@@ -15,14 +15,14 @@ enum class Step
     UnknownRegister // the rule refers to a register without a value
 };
 
-// Returns the address of an instruction of a frame's call, or of the frame's next instruction if `isExact`.
+// Returns an address within a frame's call, or the address of the frame's next instruction if `isExact`.
 inline std::uintptr_t LookUpAddress(const Registers& registers, bool isExact)
 {
     return registers.value[kProgramCounter] - (isExact ? 0 : 1);
 }
 
 // Replaces the registers of a function by its caller's. `isExact` is true if the program counter isn't a return
-// address. Without success both arguments are unchanged.
+// address. On failure both arguments are unchanged.
 Step StepOut(Registers& registers, bool& isExact, const StackMemory& memory);
 
 // The same with a rule that has been found in a module's tables.

@@ -238,7 +238,7 @@ std::optional<std::uint32_t> CompoundFile::SectorTable::TableSector(std::uint32_
     return sectors[index] <= kGreatestLink ? std::optional(sectors[index]) : std::nullopt;
 }
 
-// Appends the next list of the table's sectors. Its last link leads to the list behind it.
+// Appends the next list of the table's own sectors. The last link of a list leads to the next list.
 bool CompoundFile::SectorTable::ReadList()
 {
     if (nextList > kGreatestLink || !_check.Pass(nextList))

@@ -33,7 +33,7 @@ struct Element
     std::uint32_t right;
     std::uint32_t child; // the root of the tree of children
     std::uint32_t start; // the first sector
-    std::uint64_t size;  // not yet compared with anything
+    std::uint64_t size;  // as stored, so it may exceed the file
 
     std::u16string_view Name() const { return {name, nameLength}; }
 };
@@ -42,18 +42,18 @@ struct Element
 constexpr std::size_t kSignatureSize = 8;
 bool IsCompoundSignature(const std::uint8_t* bytes);
 
-// A compound file that is open for reading. Only the header is read at the opening, everything else when it is needed.
-// Sectors outside of the file, circles of links and damaged entries count as the end of what they belong to.
+// A compound file that is open for reading. Opening reads only the header; everything else is read when it is needed. A
+// chain, table or tree ends where it refers to a sector outside of the file, to a damaged entry or back to itself.
 //
-// Whoever calls functions other than Open holds Lock().
+// Callers of all functions except Open must hold Lock().
 class CompoundFile
 {
 public:
     static constexpr std::uint32_t kRoot = 0;
     static constexpr std::uint64_t kMiniCutoff = 4096; // smaller streams are stored in mini sectors
 
-    // `share` is the access that others have in the meantime, as for CreateFileW. On failure the result is null and
-    // `failure` is set. Throws std::bad_alloc.
+    // `share` is the access that others may have while the file is open, as for CreateFileW. On failure the result is
+    // null and `failure` is set. Throws std::bad_alloc.
     static std::shared_ptr<CompoundFile> Open(const WCHAR* name, DWORD share, HRESULT& failure);
     ~CompoundFile();
     CompoundFile(const CompoundFile&) = delete;
@@ -67,7 +67,7 @@ public:
 
     // Returns the size of a stream, which is never greater than the file.
     std::uint64_t SizeOf(const Element& stream) const { return stream.size < _size ? stream.size : _size; }
-    // Reads from a stream whose chain this is. Returns fewer bytes if the chain ends before.
+    // Reads from the stream that the chain belongs to. Returns fewer bytes if the chain ends early.
     std::size_t Read(SectorChain& chain, bool isMini, std::uint64_t offset, std::uint8_t* buffer, std::size_t count);
 
     // Returns the result for a failed operation: the last error in reading the file, if there was one since the last
@@ -78,7 +78,7 @@ private:
     static constexpr std::size_t kHeaderSize = 512;
     static constexpr std::size_t kMiniSectorSize = 64;
 
-    // The sector of a table that was used last.
+    // A cache for the sector of a table that was used last.
     class TableView
     {
     public:
@@ -99,8 +99,8 @@ private:
         std::uint32_t Next(std::uint32_t sector) override;
 
         std::uint32_t count = 0;            // of the table's own sectors
-        std::vector<std::uint32_t> sectors; // the first of them; the others follow by nextList
-        std::uint32_t nextList = kNoLink;   // a sector with more of them
+        std::vector<std::uint32_t> sectors; // those known so far; nextList leads to the others
+        std::uint32_t nextList = kNoLink;   // a sector with the numbers of more sectors
 
     private:
         std::optional<std::uint32_t> TableSector(std::uint32_t index);
@@ -111,7 +111,7 @@ private:
         CircleCheck _check;
     };
 
-    // The links of mini sectors, which are a stream.
+    // The links of mini sectors. This table is stored as a stream.
     class MiniTable final : public LinkTable
     {
     public:
@@ -144,7 +144,7 @@ private:
     MiniTable _miniTable{*this};
     SectorChain _directory{kNoLink};
     TableView _directoryView;
-    std::optional<SectorChain> _miniStream; // the mini sectors
+    std::optional<SectorChain> _miniStream; // contains the mini sectors
 };
 
 } // namespace qxplatform

@@ -14,7 +14,7 @@ namespace
 
 constexpr DWORD kShareMask = 0x70;
 
-// Returns false for a mode that storages don't have.
+// Converts the sharing of a mode for CreateFileW. Returns false if the mode's sharing isn't valid.
 bool ShareOfMode(DWORD mode, DWORD& share)
 {
     switch (mode & kShareMask)

@@ -9,11 +9,11 @@
 namespace qxplatform
 {
 
-// Links of sectors and of directory entries. Anything above means that there is no link.
+// The greatest link to a sector or directory entry. Greater values mean that there is no link.
 constexpr std::uint32_t kGreatestLink = 0xFFFFFFF9;
 constexpr std::uint32_t kNoLink = 0xFFFFFFFF;
 
-// Detects that a path of links has become a circle, by Brent's method: without a list of what was visited, and within
+// Detects that a path of links has become a circle, by Brent's method: without a list of the visited links, and within
 // three times the length of the path.
 class CircleCheck
 {
@@ -34,7 +34,7 @@ public:
 
 private:
     std::uint32_t _mark = kNoLink;
-    std::uint64_t _steps = 0; // since the mark
+    std::uint64_t _steps = 0; // since the mark was set
     std::uint64_t _stepsToMark = 1;
 };
 
@@ -56,7 +56,7 @@ class SectorChain
 public:
     explicit SectorChain(std::uint32_t first) : _next(first) {}
 
-    // Returns nothing behind the end of the chain. A damaged chain ends where the damage is.
+    // Returns nothing beyond the end of the chain. A damaged chain ends where the damage is.
     std::optional<std::uint32_t> At(std::uint64_t index, LinkTable& table);
 
 private:

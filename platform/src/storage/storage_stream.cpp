@@ -26,7 +26,7 @@ public:
     {
     }
 
-    // What there is in front of a damage is read. Only a call that reads nothing of it fails.
+    // Reads up to the first damaged part. Fails only if it can't read a single byte.
     HRESULT Read(void* buffer, ULONG count, ULONG* read) override
     try
     {
