@@ -20,7 +20,8 @@ struct Similar
     wchar_t similar;
 };
 
-// In order of preference: later rows of the same unit are for pages that lack the character of the earlier row.
+// Returns replacements in order of preference: a later row for the same unit is for pages that lack the character of
+// the earlier row.
 std::vector<Similar> SimilarCharacters(BestFit bestFit);
 
 } // namespace qxplatform

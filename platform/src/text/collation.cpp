@@ -112,7 +112,8 @@ struct Words
     std::vector<Sign> signs;
 };
 
-// A symbol sorts after its absence, an earlier one after a later one, and a hyphen after an apostrophe.
+// A text sorts after one without the symbol, a symbol at an earlier position after one at a later position, and a
+// hyphen after an apostrophe.
 int CompareSigns(const std::vector<Words::Sign>& a, const std::vector<Words::Sign>& b)
 {
     const std::size_t common = std::min(a.size(), b.size());

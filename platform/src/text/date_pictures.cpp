@@ -121,7 +121,7 @@ std::u16string ToPicture(std::u16string_view pattern, DateStyle style)
     return picture;
 }
 
-// Texts typed by users contain plain blanks.
+// Replaces no-break blanks, because users type plain ones.
 std::u16string PlainBlanks(std::u16string text)
 {
     for (char16_t& unit : text)

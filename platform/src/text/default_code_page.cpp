@@ -20,7 +20,7 @@ namespace
 
 constexpr UINT kLatin1Page = 1252;
 
-// In any case, with or without the hyphen.
+// Compares without regard to case. The hyphen is optional.
 bool IsUtf8(std::string_view encoding)
 {
     for (const std::string_view name : {"utf-8", "utf8"})
@@ -43,7 +43,7 @@ UINT FromEnvironment()
 
 } // namespace
 
-// Read once: the system's default page doesn't change while a process runs either.
+// Read once, because the system's default page never changes while a process runs.
 UINT DefaultCodePage()
 {
     static constinit Forever<UINT> page;

@@ -6,10 +6,10 @@
 namespace qxplatform
 {
 
-// JIS X 0208 with the additions of page 932, and half-width katakana after SS2 (0x8E).
+// Returns JIS X 0208 with the additions of page 932 and, after SS2 (0x8E), half-width katakana.
 PageTables MakeJapaneseEucTables(const PageTables& page932);
 
-// The part of pages 936 and 949 in the 94 by 94 plane: GB 2312 and KS X 1001.
+// Returns the part of page 936 or 949 in the 94 by 94 plane: GB 2312 or KS X 1001.
 PageTables MakePlaneTables(const PageTables& page);
 
 } // namespace qxplatform

@@ -8,13 +8,13 @@
 namespace qxplatform
 {
 
-// For a null member ICU's value is used, which for a language without data is the root's.
+// Where a member is null, ICU's value is used. For a language without data this is the value of ICU's root.
 struct LanguageSupplement
 {
     std::string_view language;    // with its script if it has several
     const char16_t* days[7] = {}; // from Monday on
     const char16_t* months[12] = {};
-    const char16_t* ofMonth[2] = {u"", u""}; // the text before a month in a date, before a consonant and before a vowel
+    const char16_t* ofMonth[2] = {u"", u""}; // the text before a month in a date: before a consonant and before a vowel
     const char16_t* halves[2] = {};          // AM and PM
     const char16_t* decimalSeparator = nullptr;
     const char16_t* longDate = nullptr;

@@ -120,7 +120,7 @@ std::string WithRegion(const std::string& icu)
     return Part(icu, uloc_getLanguage) + (script.empty() ? "" : "_" + script) + "_" + Part(likely, uloc_getCountry);
 }
 
-// An identifier that ICU returns only for the language doesn't identify the locale.
+// Returns the identifier of a locale. If ICU has one only for the language, it doesn't identify the locale.
 LCID NumberOf(const std::string& icu)
 {
     const LCID lcid = uloc_getLCID(icu.c_str());

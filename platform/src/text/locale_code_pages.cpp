@@ -120,7 +120,7 @@ CodePages OfScript(const std::string& script)
     for (const ByScript& row : kByScript)
         if (row.script == script)
             return row.pages;
-    // Languages in none of ICU's lists get its result for Latin script, or none.
+    // For a language that it doesn't know, ICU returns Latin script or none. Both select the Latin pages.
     return script.empty() ? CodePages{1252, 850} : kUnicodeOnly;
 }
 

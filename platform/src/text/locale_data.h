@@ -20,7 +20,7 @@ std::u16string DecimalSeparator(const Locale& locale);
 std::u16string GroupSeparator(const Locale& locale);
 std::u16string CurrencySymbol(const Locale& locale);
 
-// Names in the language of `in`, or in English if that has none.
+// Names in the language of `in`, or in English if that language has no such name.
 std::u16string LanguageName(const Locale& locale, const Locale& in); // with the region: "German (Germany)"
 std::u16string BareLanguageName(const Locale& locale, const Locale& in);
 std::u16string RegionName(const Locale& locale, const Locale& in);

@@ -39,8 +39,9 @@ public:
 private:
     static constexpr unsigned kMaxNumber = 99;
 
-    // As in the documented example, an argument before an insert's other arguments has the insert's number only until
-    // the next one is read: "%1!*.*s! %3" refers to the first and the fourth argument.
+    // Returns an argument of an insert: the first one if `behind` is 0. The second one replaces it under the insert's
+    // number, and a third one gets the next number. As in the documented example, %3 in "%1!*.*s! %3" thus refers to
+    // the fourth argument.
     DWORD_PTR FromList(unsigned number, unsigned behind)
     {
         if (behind == 0)

@@ -21,8 +21,7 @@ bool IsDigit(char16_t unit)
     return unit >= u'0' && unit <= u'9';
 }
 
-// The form of formatter conversions that inserts may use. It determines the type as which an argument is read, so
-// nothing else is passed to the formatter.
+// A conversion specification that an insert may contain. It determines the argument's type, so all others are rejected.
 class InsertFormat
 {
 public:
@@ -155,7 +154,7 @@ private:
         }
     }
 
-    // "%%", "%.", "%!" and "% " mean the second character. They are kept unchanged if inserts are.
+    // "%%", "%.", "%!" and "% " represent their second character. They are kept unchanged if inserts are.
     void PutLiteral(char16_t unit)
     {
         if (!_withInserts)

@@ -11,7 +11,7 @@
 namespace qxplatform
 {
 
-// Without inserts, their numbers remain in the text. Returns a system error code.
+// Without `withInserts`, inserts are kept unchanged. Returns a system error code.
 DWORD ExpandMessage(std::u16string_view text, bool withInserts, MessageArguments& arguments, std::u16string& expanded);
 
 } // namespace qxplatform

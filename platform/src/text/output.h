@@ -1,4 +1,4 @@
-// The output of a conversion: writes to the caller's buffer as far as it reaches, and counts all units.
+// The output of a conversion: writes what fits in the caller's buffer, and counts all units.
 #pragma once
 
 #include <algorithm>

@@ -21,7 +21,7 @@ struct Amendment
 {
     UINT page;
     unsigned char byte;
-    wchar_t unit; // UNDEFINED if the byte is undefined in the system's page
+    wchar_t unit; // kUndefined if the byte is undefined in the system's page
 };
 
 // Differences between the system's pages and ICU's. The four 7-bit pages are the national variants of ISO 646.

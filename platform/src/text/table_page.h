@@ -15,9 +15,9 @@ struct PageTables
     static constexpr wchar_t kUndefined = 0xffff;
     static constexpr std::size_t kUnits = 0x10000;
 
-    std::array<wchar_t, 256> single{}; // UNDEFINED for a lead byte
+    std::array<wchar_t, 256> single{}; // kUndefined for a lead byte
     std::array<bool, 256> strict{};    // bytes that are refused if invalid bytes are refused
-    std::array<bool, 256> lead{};      //
+    std::array<bool, 256> lead{};      // bytes that begin a two-byte code
     std::vector<wchar_t> pairs;        // indexed by code - 0x8000; empty if the page has no lead bytes
     std::vector<std::uint16_t> exact;  // codes indexed by unit; 0 if there is none, except for U+0000
     std::vector<std::uint16_t> fitted; // the same including best fits

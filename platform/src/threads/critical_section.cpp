@@ -91,7 +91,7 @@ BOOL WINAPI InitializeCriticalSectionAndSpinCount(LPCRITICAL_SECTION lpCriticalS
     return TRUE;
 }
 
-// The thread holds off forks until it leaves.
+// Forks wait until the thread leaves the section.
 void WINAPI EnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection)
 {
     if (EnterAgain(lpCriticalSection))

@@ -10,10 +10,10 @@ namespace
 
 [[gnu::tls_model("initial-exec")]] constinit thread_local DWORD threadId = 0; // used by every lock
 
-// Pools ask for it with each job, and on some virtual machines a system call takes a microsecond.
+// Pools query the id with each job, and on some virtual machines a system call takes a microsecond.
 constinit std::atomic<DWORD> processId = 0;
 
-// A forked child has another id, and its only thread has another one than the thread it was copied from.
+// In a forked child, the ids of the process and of its only thread differ from the parent's.
 void ForgetIds()
 {
     threadId = 0;

@@ -25,7 +25,7 @@ public:
     // Returns true if the thread may not continue.
     bool IsClosed() const { return (_word.load() & ~kAtGate) != 0; }
 
-    // Called by any thread. The first two return the previous count, or `failed` if it can't be increased further.
+    // Called by any thread. The first two return the previous count, or kFailed if it can't be increased further.
 
     DWORD Suspend();
     DWORD Resume();

@@ -106,9 +106,10 @@ std::chrono::nanoseconds ComputingTime(const ThreadObject& thread)
     return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
-// Returns false if the thread hasn't arrived within the given time. A thread that computes, mostly in foreign code, is
-// interrupted at a safe point only by chance, so the signal is repeated as often as possible. A thread that blocks in
-// foreign code may be woken by each signal; for it the pauses grow up to `longestPause`.
+// Sends the signal until the thread is at its gate or has ended. Returns false if that takes longer than the given
+// time. A thread that computes, mostly in foreign code, is interrupted at a safe point only by chance, so the signal is
+// repeated as often as possible. A thread that blocks in foreign code may be woken by each signal; for it the pauses
+// grow up to `longestPause`.
 bool Drive(ThreadObject& thread, std::chrono::milliseconds time, std::chrono::microseconds longestPause)
 {
     constexpr std::chrono::microseconds kShortestPause = 20us;

@@ -13,8 +13,8 @@ void StoreContext(const ucontext_t& source, CONTEXT& context);
 
 class ThreadObject;
 
-// Stores the registers of a thread, whether it runs or not, and sets the flags of what is stored. Sets the last error
-// on failure.
+// Stores the registers of a thread, whether it runs or not, and the flags that say which registers are stored. Sets the
+// last error on failure.
 BOOL StoreThreadContext(ThreadObject& thread, CONTEXT& context);
 
 } // namespace qxplatform

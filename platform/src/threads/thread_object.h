@@ -55,7 +55,7 @@ public:
     DWORD ExitCode() const;
     Times GetTimes() const;
 
-    // Return the previous count, or Gate::failed with a last error.
+    // Return the previous count, or Gate::kFailed with a last error.
     DWORD Suspend();
     DWORD Resume();
     BOOL Terminate(DWORD exitCode);
@@ -109,7 +109,7 @@ private:
     std::atomic<DWORD> _id = 0;
     LONG _isRegistered = FALSE; // the thread that starts this one waits on it
     std::atomic<int> _priority = 0;
-    DWORD _exitCode = 0; // of the thread itself
+    DWORD _exitCode = 0; // set by the thread itself
     sigjmp_buf _start;
 
     // The living threads, in a list that needs no memory of its own.

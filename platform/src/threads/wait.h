@@ -17,7 +17,7 @@ struct WaitOptions
     bool isAlertable = false;
 };
 
-// The objects of one wait, without memory of their own.
+// The objects of one wait, in an array of fixed size, so that a wait allocates nothing.
 class WaitObjects
 {
 public:

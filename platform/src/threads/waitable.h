@@ -36,7 +36,7 @@ public:
 
     virtual bool IsSignalled() const = 0;
 
-    // The effect on the object of a wait that it ends.
+    // Called when the object ends a wait. For example, an event with automatic reset is reset.
     virtual void Take() {}
 
     // Adds and removes an entry whose waiter is set.

@@ -182,7 +182,7 @@ bool SetDate(int year, int month, int day, SYSTEMTIME& time)
     return true;
 }
 
-// Tries these orders of the numbers; the first valid date is used. Missing parts have no letter.
+// Tries the orders of the numbers and uses the first valid date. Each order has one letter for each number in the text.
 bool SetInOrder(const Parts& parts, std::initializer_list<std::u16string_view> orders, SYSTEMTIME& time)
 {
     for (const std::u16string_view order : orders)

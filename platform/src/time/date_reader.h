@@ -1,4 +1,4 @@
-// Dates and times from text.
+// Parses dates and times.
 #pragma once
 
 #include <minwindef.h>

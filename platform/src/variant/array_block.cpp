@@ -13,7 +13,7 @@ namespace
 constexpr USHORT kMadeAsVector = 0x2000;
 constexpr USHORT kNotOnTheHeap = FADF_AUTO | FADF_STATIC | FADF_EMBEDDED;
 
-// Before the array: an interface identifier, or the element type in the last four bytes.
+// The header before the array contains an interface identifier or, in its last four bytes, the element type.
 constexpr std::size_t kHeaderSize = sizeof(GUID);
 
 char* HeaderEnd(SAFEARRAY* array)

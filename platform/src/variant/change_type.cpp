@@ -193,7 +193,7 @@ HRESULT ToInterface(VARIANT& target, const VARIANT& source, const Change& change
 
 constexpr VARTYPE kBytes = VT_ARRAY | VT_UI1;
 
-// An array of bytes and a text with the same bytes.
+// An array of bytes and a text are converted to each other byte by byte.
 HRESULT BytesToText(VARIANT& target, SAFEARRAY* bytes)
 {
     if (SafeArrayGetDim(bytes) != 1)

@@ -91,7 +91,7 @@ HRESULT CompareNumbers(const VARIANT& left, const VARIANT& right)
                ExactOf(std::get<double>(number), value.vt == VT_R4 ? kSingleDigits : kDoubleDigits, result);
     };
     Exact leftExact, rightExact;
-    // A floating-point number beyond the range of decimals.
+    // One of the numbers is beyond the range of decimals.
     if (!exact(leftNumber, left, leftExact) || !exact(rightNumber, right, rightExact))
         return OrderOf(DoubleOf(leftNumber), DoubleOf(rightNumber));
     return OrderOf(Compare(leftExact, rightExact), 0);

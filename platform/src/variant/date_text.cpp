@@ -12,7 +12,7 @@ using namespace qxplatform;
 namespace
 {
 
-// The date of a text that contains only a time: the day of the number 0.
+// The date used for a text that contains only a time: the day with the number 0.
 constexpr SYSTEMTIME kDateOfTimes{1899, 12, 6, 30, 0, 0, 0, 0};
 
 SYSTEMTIME WithDateOf(const SYSTEMTIME& date, const SYSTEMTIME& time)

@@ -32,7 +32,7 @@ UInt128 DivideToEven(UInt128 value, UInt128 divisor)
     return quotient + up;
 }
 
-// Returns the first `kept` digits, rounded by the others.
+// Returns the first `kept` digits, rounded according to the remaining ones.
 UInt128 Rounded(std::string_view digits, std::size_t kept)
 {
     UInt128 value = 0;

@@ -12,8 +12,8 @@ namespace qxplatform
 
 using UInt128 = unsigned __int128;
 
-// mantissa / 10^scale: integers, currency and decimals, which are converted without loss. A mantissa has at most 96
-// bits, a scale is at most 28.
+// The number mantissa / 10^scale. Integers, currency and decimals are converted to it without loss. A mantissa has at
+// most 96 bits, a scale is at most 28.
 struct Exact
 {
     UInt128 mantissa = 0;
@@ -32,7 +32,7 @@ Exact ExactOf(ULONGLONG value);
 Exact ExactOf(CY value);
 // Returns false if scale or sign is invalid.
 bool ExactOf(const DECIMAL& value, Exact& result);
-// Returns digits * 10^exponent, rounded half to even to what fits. Returns false if it is too large.
+// Stores digits * 10^exponent, rounded half to even to the digits that fit. Returns false if the number is too large.
 bool ExactOf(std::string_view digits, long long exponent, bool negative, Exact& result);
 // Uses only `significantDigits` digits; those after them are artefacts of the binary format. Returns false if the value
 // is too large or not a number.
@@ -54,7 +54,7 @@ bool IsZero(const Number& number);
 // Returns -1, 0 or 1. The comparison is exact.
 int Compare(const Exact& left, const Exact& right);
 
-// With '.' and without trailing zeros.
+// Writes the number with '.' as the decimal point and without trailing zeros.
 std::string TextOf(const Exact& number);
 // Like %.*G, with an exponent of at least two digits.
 std::string TextOf(double value, int significantDigits);

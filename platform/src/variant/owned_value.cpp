@@ -12,7 +12,7 @@ namespace qxplatform
 namespace
 {
 
-// Stacks of 64 KB have room for it.
+// Limits the recursion so that it fits in a stack of 64 KB.
 constexpr int kMaxCopyDepth = 256;
 
 // Releases what a value other than an array owns.

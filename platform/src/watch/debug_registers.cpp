@@ -1,5 +1,5 @@
-// GetThreadContext and SetThreadContext, and the record of what the latter has set. Each breakpoint is a performance
-// event or, where the kernel refuses that, a register written by a child process.
+// GetThreadContext and SetThreadContext, and the record of the registers that a thread has set. Each breakpoint is a
+// performance event or, where the kernel refuses that, a register written by a child process.
 #include "watch/debug_registers.h"
 
 #include <errhandlingapi.h>

@@ -1,5 +1,5 @@
-// Debug registers by a short-lived child process that attaches to the calling thread as a debugger would, for systems
-// that don't offer breakpoints as performance events.
+// Accesses debug registers through a short-lived child process that attaches to the calling thread as a debugger would,
+// for systems that don't offer breakpoints as performance events.
 #pragma once
 
 #include "watch/breakpoint.h"

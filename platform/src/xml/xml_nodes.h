@@ -36,8 +36,8 @@ public:
     XmlNode& Add(XmlNodeType type, std::string_view prefix, std::string_view name);
     void AddValue(XmlNode& node, std::string_view value) { node.value = Append(value); }
 
-    // Appends a piece to the open text, or opens one of this type: Whitespace, which becomes Text if a piece isn't, or
-    // CDATA.
+    // Appends a piece to the open text, or opens a text of this type if none is open. A piece of the type Text also
+    // makes an open Whitespace a Text.
     void AddPiece(XmlNodeType type, std::string_view piece);
     // Completes the open text.
     void CloseText();

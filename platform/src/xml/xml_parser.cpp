@@ -50,8 +50,8 @@ bool IsSupportedEncoding(const char* name)
 void IgnoreError(void*, xmlErrorPtr) {}
 void IgnoreMessage(void*, const char*, ...) {}
 
-// Errors of encodings don't belong to a parser. They go to the thread's handlers, which write them to stderr unless the
-// program has set its own.
+// Suppresses messages about encodings. They don't belong to a parser and go to the thread's handlers, which write them
+// to stderr unless the program has set its own.
 class WithoutMessages
 {
 public:
@@ -302,7 +302,7 @@ void XmlParser::OnError(void* self, xmlErrorPtr error)
             if (isInText)
                 parser._nodes.DropText();
             parser._nodes.CloseText();
-            // The same error as for an incomplete document.
+            // libxml2 reports content after the root element with the same code as an incomplete document.
             const bool hasJunkBehind = error->code == XML_ERR_DOCUMENT_END && state == XML_PARSER_EPILOG;
             parser._failure = hasJunkBehind ? kSyntaxError : XmlResult(error->code);
         });

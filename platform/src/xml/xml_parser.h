@@ -17,7 +17,7 @@ namespace qxplatform
 // they are with its pull reader.
 //
 // A document can't make it use much memory or time: document types, and with them entities, are refused, and tags,
-// texts, elements within each other and namespaces are limited.
+// texts, nested elements and namespaces are limited.
 class XmlParser
 {
 public:

@@ -25,7 +25,7 @@ public:
         CloseInput();
         if (input == nullptr)
             return S_OK;
-        // Not every stream answers for its base.
+        // Some streams return only IStream and not its base interface.
         void* stream = nullptr;
         if (FAILED(input->QueryInterface(IID_ISequentialStream, &stream)))
             if (const HRESULT result = input->QueryInterface(IID_IStream, &stream); FAILED(result))
@@ -110,7 +110,8 @@ private:
         _stream = nullptr;
     }
 
-    // Returns the stream's failure. One of the parser waits until the nodes in front of it have been read.
+    // Reads and parses a block. Returns a failure of the stream. A failure of the parser is stored until the nodes in
+    // front of it have been read.
     HRESULT ParseBlock()
     {
         ULONG read = 0;
