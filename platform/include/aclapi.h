@@ -8,7 +8,8 @@ EXTERN_C_START
 
 // These functions return an error code. Lists and descriptors are released with LocalFree.
 
-// Only the access list (DACL_SECURITY_INFORMATION) of SE_FILE_OBJECT; anything else fails with ERROR_NOT_SUPPORTED.
+// Supports only the access list (DACL_SECURITY_INFORMATION) of an SE_FILE_OBJECT; anything else fails with
+// ERROR_NOT_SUPPORTED.
 DWORD WINAPI GetNamedSecurityInfoW(LPCWSTR pObjectName, SE_OBJECT_TYPE ObjectType, SECURITY_INFORMATION SecurityInfo,
     PSID* ppsidOwner, PSID* ppsidGroup, PACL* ppDacl, PACL* ppSacl, PSECURITY_DESCRIPTOR* ppSecurityDescriptor)
     QXP(GetNamedSecurityInfoW);
@@ -19,8 +20,8 @@ DWORD WINAPI SetNamedSecurityInfoW(LPWSTR pObjectName, SE_OBJECT_TYPE ObjectType
 VOID WINAPI BuildExplicitAccessWithNameW(PEXPLICIT_ACCESS_W pExplicitAccess, LPWSTR pTrusteeName,
     DWORD AccessPermissions, ACCESS_MODE AccessMode, DWORD Inheritance) QXP(BuildExplicitAccessWithNameW);
 
-// Only SET_ACCESS for accounts given by name, based on a list that GetNamedSecurityInfoW returned. Other modes, forms
-// and flags of inheritance, and a null list, fail with ERROR_NOT_SUPPORTED.
+// Supports only SET_ACCESS for accounts given by name, and a list that GetNamedSecurityInfoW returned. Other modes,
+// forms and flags of inheritance, and a null list, fail with ERROR_NOT_SUPPORTED.
 DWORD WINAPI SetEntriesInAclW(ULONG cCountOfExplicitEntries, PEXPLICIT_ACCESS_W pListOfExplicitEntries, PACL OldAcl,
     PACL* NewAcl) QXP(SetEntriesInAclW);
 

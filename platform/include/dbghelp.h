@@ -112,8 +112,8 @@ DWORD WINAPI SymSetOptions(DWORD SymOptions) QXP(SymSetOptions);
 BOOL WINAPI SymRegisterCallback64(HANDLE hProcess, PSYMBOL_REGISTERED_CALLBACK64 CallbackFunction, ULONG64 UserContext)
     QXP(SymRegisterCallback64);
 
-// Reads the headers of an image. Symbols are read when they are first needed. With ImageName null, the path of the
-// image that is loaded at BaseOfDll. Returns the base, or 0 on failure; 0 with ERROR_SUCCESS if the image was known.
+// Reads the headers of an image. Symbols are read when they are first needed. A null ImageName stands for the image
+// that is loaded at BaseOfDll. Returns the base, or 0 on failure; 0 with ERROR_SUCCESS if the image was known.
 DWORD64 WINAPI SymLoadModuleEx(HANDLE hProcess, HANDLE hFile, PCSTR ImageName, PCSTR ModuleName, DWORD64 BaseOfDll,
     DWORD DllSize, PMODLOAD_DATA Data, DWORD Flags) QXP(SymLoadModuleEx);
 DWORD64 WINAPI SymLoadModule64(HANDLE hProcess, HANDLE hFile, PCSTR ImageName, PCSTR ModuleName, DWORD64 BaseOfDll,
@@ -130,8 +130,8 @@ BOOL WINAPI SymGetSymFromAddr64(HANDLE hProcess, DWORD64 qwAddr, DWORD64* pdwDis
 BOOL WINAPI SymGetLineFromAddr64(HANDLE hProcess, DWORD64 qwAddr, PDWORD pdwDisplacement, PIMAGEHLP_LINE64 Line64)
     QXP(SymGetLineFromAddr64);
 
-// Demangles a name. With UNDNAME_NAME_ONLY, without parameters and result. A name that isn't mangled is copied. Returns
-// the length; longer names are cut. Returns 0 on failure.
+// Demangles a name. UNDNAME_NAME_ONLY omits parameters and result. A name that isn't mangled is copied. Returns the
+// length, or 0 on failure. Longer names are truncated.
 #define UNDNAME_COMPLETE 0x0000
 #define UNDNAME_NAME_ONLY 0x1000
 DWORD WINAPI UnDecorateSymbolName(PCSTR name, PSTR outputString, DWORD maxStringLength, DWORD flags)
@@ -209,7 +209,7 @@ BOOL WINAPI SymSetContext(HANDLE hProcess, PIMAGEHLP_STACK_FRAME StackFrame, PIM
 // be 0 and Mask null or "*" (ERROR_NOT_SUPPORTED).
 BOOL WINAPI SymEnumSymbols(HANDLE hProcess, ULONG64 BaseOfDll, PCSTR Mask,
     PSYM_ENUMERATESYMBOLS_CALLBACK EnumSymbolsCallback, PVOID UserContext) QXP(SymEnumSymbols);
-// Qualifiers and typedefs are looked through.
+// Qualifiers and typedefs are skipped: the result describes the type behind them.
 BOOL WINAPI SymGetTypeInfo(
     HANDLE hProcess, DWORD64 ModBase, ULONG TypeId, IMAGEHLP_SYMBOL_TYPE_INFO GetType, PVOID pInfo) QXP(SymGetTypeInfo);
 
@@ -269,13 +269,14 @@ typedef PVOID(WINAPI* PFUNCTION_TABLE_ACCESS_ROUTINE64)(HANDLE hProcess, DWORD64
 typedef DWORD64(WINAPI* PGET_MODULE_BASE_ROUTINE64)(HANDLE hProcess, DWORD64 Address);
 typedef DWORD64(WINAPI* PTRANSLATE_ADDRESS_ROUTINE64)(HANDLE hProcess, HANDLE hThread, LPADDRESS64 lpaddr);
 
-// Stores the frame of the context at the first call, which has a zeroed `StackFrame` but for AddrPC, and the caller's
-// frame at each further call. Changes the context. The routines aren't called, because the unwinder has its own.
+// Stores the frame of the context at the first call, for which `StackFrame` must be zeroed except for AddrPC, and the
+// caller's frame at each further call. Changes the context. The routines aren't called, because the unwinder has its
+// own.
 BOOL WINAPI StackWalk64(DWORD MachineType, HANDLE hProcess, HANDLE hThread, LPSTACKFRAME64 StackFrame,
     PVOID ContextRecord, PREAD_PROCESS_MEMORY_ROUTINE64 ReadMemoryRoutine,
     PFUNCTION_TABLE_ACCESS_ROUTINE64 FunctionTableAccessRoutine, PGET_MODULE_BASE_ROUTINE64 GetModuleBaseRoutine,
     PTRANSLATE_ADDRESS_ROUTINE64 TranslateAddress) QXP(StackWalk64);
-// Unwind tables have another form here: always null, with ERROR_NOT_SUPPORTED.
+// Always returns null with ERROR_NOT_SUPPORTED, because unwind tables have another form here.
 PVOID WINAPI SymFunctionTableAccess64(HANDLE hProcess, DWORD64 AddrBase) QXP(SymFunctionTableAccess64);
 
 EXTERN_C_END

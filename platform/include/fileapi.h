@@ -77,7 +77,7 @@ BOOL WINAPI UnlockFile(HANDLE hFile, DWORD dwFileOffsetLow, DWORD dwFileOffsetHi
 BOOL WINAPI GetFileInformationByHandle(HANDLE hFile, LPBY_HANDLE_FILE_INFORMATION lpFileInformation)
     QXP(GetFileInformationByHandle);
 DWORD WINAPI GetFileType(HANDLE hFile) QXP(GetFileType);
-// FileBasicInfo, of which only the attributes and the times of access and change are used, and FileDispositionInfo.
+// Supports FileDispositionInfo, and of FileBasicInfo the attributes and the times of access and change.
 BOOL WINAPI SetFileInformationByHandle(HANDLE hFile, FILE_INFO_BY_HANDLE_CLASS FileInformationClass,
     LPVOID lpFileInformation, DWORD dwBufferSize) QXP(SetFileInformationByHandle);
 BOOL WINAPI GetFileTime(

@@ -38,7 +38,7 @@ typedef struct _PROCESS_HEAP_ENTRY
 HANDLE WINAPI GetProcessHeap(void) QXP(GetProcessHeap);
 // Fails with ERROR_NOT_SUPPORTED if `dwMaximumSize` isn't 0.
 HANDLE WINAPI HeapCreate(DWORD flOptions, SIZE_T dwInitialSize, SIZE_T dwMaximumSize) QXP(HeapCreate);
-// Returns the heap's memory to the system, whatever is in use.
+// Returns the heap's memory to the system, including the blocks in use.
 BOOL WINAPI HeapDestroy(HANDLE hHeap) QXP(HeapDestroy);
 
 // A block is aligned to 16 bytes.

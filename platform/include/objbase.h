@@ -8,7 +8,7 @@
 #define STGM_WRITE 0x00000001
 #define STGM_READWRITE 0x00000002
 
-// The access that others have in the meantime.
+// The access that others may have while the element is open.
 #define STGM_SHARE_EXCLUSIVE 0x00000010
 #define STGM_SHARE_DENY_WRITE 0x00000020
 #define STGM_SHARE_DENY_READ 0x00000030
@@ -24,7 +24,7 @@
 #define STG_E_TOOMANYOPENFILES ((HRESULT)0x80030004)
 #define STG_E_ACCESSDENIED ((HRESULT)0x80030005)
 #define STG_E_SHAREVIOLATION ((HRESULT)0x80030020)
-#define STG_E_FILEALREADYEXISTS ((HRESULT)0x80030050) // and isn't a storage
+#define STG_E_FILEALREADYEXISTS ((HRESULT)0x80030050) // the file exists and isn't a storage
 #define STG_E_INVALIDHEADER ((HRESULT)0x800300FB)
 #define STG_E_INVALIDNAME ((HRESULT)0x800300FC)
 #define STG_E_INVALIDFLAG ((HRESULT)0x800300FF)

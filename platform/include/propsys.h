@@ -1,4 +1,4 @@
-// Property stores. The layer has none; the interface is for objects of others.
+// Property stores. The layer has none; the interface is for objects implemented elsewhere.
 #pragma once
 
 #include <oaidl.h>

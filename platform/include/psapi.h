@@ -12,8 +12,8 @@ typedef struct _MODULEINFO
     LPVOID EntryPoint;
 } MODULEINFO, *LPMODULEINFO;
 
-// Only the own process; others fail with ERROR_ACCESS_DENIED. The list contains the program, the libraries and the
-// kernel's own image, whose path is only a name.
+// These functions support only the calling process; others fail with ERROR_ACCESS_DENIED. The list contains the
+// program, the libraries and the kernel's own image, whose path is only a name.
 BOOL WINAPI EnumProcessModules(HANDLE hProcess, HMODULE* lphModule, DWORD cb, DWORD* lpcbNeeded)
     QXP(EnumProcessModules);
 BOOL WINAPI GetModuleInformation(HANDLE hProcess, HMODULE hModule, LPMODULEINFO lpmodinfo, DWORD cb)

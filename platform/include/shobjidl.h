@@ -73,7 +73,7 @@ struct IShellItem : public IUnknown
     virtual HRESULT STDMETHODCALLTYPE Compare(IShellItem* psi, DWORD hint, int* piOrder) = 0;
 };
 
-// Its functions behind the first one are left out.
+// The functions after the first one are left out.
 struct IShellItem2 : public IShellItem
 {
     virtual HRESULT STDMETHODCALLTYPE GetPropertyStore(GETPROPERTYSTOREFLAGS flags, REFIID riid, void** ppv) = 0;

@@ -3,7 +3,7 @@
 
 #include_next <stdlib.h>
 
-// Programs with a wchar_t of 32 bits have the C library's header alone.
+// A program with a wchar_t of 32 bits gets only the C library's header.
 #if __SIZEOF_WCHAR_T__ == 2
 
 #include <minwindef.h>

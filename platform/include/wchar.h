@@ -2,7 +2,7 @@
 // bits. All functions behave as in the "C" locale, whatever locale the process has set.
 #pragma once
 
-// A program with a wchar_t of 32 bits has the C library's functions.
+// A program with a wchar_t of 32 bits uses the C library's functions.
 #if __SIZEOF_WCHAR_T__ != 2
 #include_next <wchar.h>
 #else

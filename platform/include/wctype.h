@@ -2,7 +2,7 @@
 // name.
 #pragma once
 
-// A program with a wchar_t of 32 bits has the C library's functions.
+// A program with a wchar_t of 32 bits uses the C library's functions.
 #if __SIZEOF_WCHAR_T__ != 2
 #include_next <wctype.h>
 #else

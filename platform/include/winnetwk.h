@@ -38,7 +38,7 @@ DWORD WINAPI WNetEnumResourceW(HANDLE hEnum, LPDWORD lpcCount, LPVOID lpBuffer, 
     QXP(WNetEnumResourceW);
 DWORD WINAPI WNetCloseEnum(HANDLE hEnum) QXP(WNetCloseEnum);
 
-// Only UNIVERSAL_NAME_INFO_LEVEL; others fail with ERROR_INVALID_LEVEL.
+// Supports only UNIVERSAL_NAME_INFO_LEVEL; other levels fail with ERROR_INVALID_LEVEL.
 DWORD WINAPI WNetGetUniversalNameW(LPCWSTR lpLocalPath, DWORD dwInfoLevel, LPVOID lpBuffer, LPDWORD lpBufferSize)
     QXP(WNetGetUniversalNameW);
 

@@ -363,7 +363,7 @@ typedef enum _TOKEN_INFORMATION_CLASS
     TokenGroups
 } TOKEN_INFORMATION_CLASS;
 
-// Access lists. The layer's lists have a form of their own behind this head.
+// Access lists. The layer's lists have a form of their own after this header.
 typedef struct _ACL
 {
     BYTE AclRevision;

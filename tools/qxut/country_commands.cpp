@@ -106,7 +106,7 @@ std::string AsText(const ordered_json& value)
     return value.is_string() ? Shown(value.get<std::string>()) : value.dump();
 }
 
-// A plus sign selects calling codes; other digits are ISO 3166 codes first.
+// A plus sign selects calling codes. Everything else is first looked up as an ISO 3166-1 code or name.
 ordered_json ValuesOf(const std::string& name)
 {
     if (name.starts_with('+'))

@@ -129,7 +129,7 @@ std::string ParseLine(const std::string& line, const DateOptions& options)
     return Read(line, options, time) ? DateTextOf(time) : std::string();
 }
 
-// Returns true for digits of a date, with hours, minutes and seconds as far as they are given.
+// Returns true for a date in digits only, which may be followed by hours, minutes and seconds.
 bool IsCompactDate(const std::string& line)
 {
     Time time;

@@ -41,7 +41,7 @@ struct DocOptions
     bool explains = false;
 };
 
-// Returns the fields of a list with commas.
+// Parses a list of fields that are separated by commas.
 std::vector<DocField> FieldsOf(const std::string& list)
 {
     std::vector<DocField> fields;
@@ -58,7 +58,7 @@ std::vector<DocField> FieldsOf(const std::string& list)
     return fields;
 }
 
-// Reads files on several threads and hands the documents back in the order of the files.
+// Reads files on several threads and returns the documents in the order of the files.
 class OrderedReading
 {
 public:
@@ -75,7 +75,7 @@ public:
         }
         catch (const std::system_error&)
         {
-            // The threads that started do the work, or else Take does.
+            // The threads that have started do all the work. If there are none, Take does it.
         }
     }
     OrderedReading(const OrderedReading&) = delete;
@@ -151,7 +151,7 @@ void ReadNamed(const DocOptions& options, const DocumentList& list, DocumentWrit
     }
 }
 
-// Each path is answered at once, so that another program can keep asking.
+// Writes the document for each path immediately, because another program may wait for it before it sends the next path.
 void ReadFrom(std::istream& paths, const DocumentList& list, DocumentWriter& writer)
 {
     for (std::string line; std::getline(paths, line);)

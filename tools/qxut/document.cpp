@@ -27,7 +27,7 @@ std::string DateText(double date)
     constexpr sys_days kBegin = year(1899) / 12 / 30;
     constexpr int kSecondsPerDay = 24 * 60 * 60;
     double days = std::trunc(date);
-    // The time of day counts by its amount, before that day too.
+    // The time of day is the absolute value of the fraction, also before 30 December 1899.
     auto second = static_cast<int>(std::lround(std::fabs(date - days) * kSecondsPerDay));
     if (second == kSecondsPerDay)
     {
@@ -49,7 +49,7 @@ std::string TakeText(QXWCHAR* text)
     return taken;
 }
 
-// A pipe or a device may never end.
+// Returns false for pipes, devices and folders. Reading a pipe or a device might never end.
 bool MayBeRead(const std::string& file)
 {
     std::error_code error;
@@ -72,8 +72,8 @@ Document DocumentList::Read(const std::string& file) const
     if (!MayBeRead(file))
         return document;
     const WideText path(file);
-    // Both requests are to see the same reading, so they use a list with a cache. It is a new one for each document,
-    // because a cache compares paths without case.
+    // Both requests must refer to the same reading, so they use a list with a cache. Each document gets a new list,
+    // because a cache compares paths without regard to case.
     std::unique_ptr<QxUtDocumentList, Close> own;
     if (_explains)
         own.reset(UtilDocInfoOpen(kSecondsInCache));

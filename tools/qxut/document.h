@@ -43,7 +43,7 @@ struct Document
 class DocumentList
 {
 public:
-    // With `explains`, documents also get their reader and its remark.
+    // With `explains`, documents include the reader that read them and its remark.
     explicit DocumentList(bool explains);
 
     Document Read(const std::string& file) const;

@@ -18,8 +18,9 @@ struct Member
     bool isFolder;
 };
 
-// Returns the folders and files of a folder by name. A link to a file counts as a file. So does what can't be examined,
-// such as a link to nothing, and the folder itself if it can't be listed: they are reported as unreadable.
+// Returns the folders and files in a folder, sorted by name. Links to files count as files, and so do entries that
+// can't be examined, such as broken links, and the folder itself if it can't be listed: they are reported as
+// unreadable.
 std::vector<Member> MembersOf(const fs::path& folder)
 {
     std::vector<Member> members;
@@ -44,7 +45,7 @@ std::vector<Member> MembersOf(const fs::path& folder)
 
 } // namespace
 
-// Folders that are still to be read wait on a stack, because they may be nested deeper than calls can be.
+// Keeps the folders that are still to be read in a list, because recursion could exhaust the stack.
 void ForEachFile(const std::vector<std::string>& names, const std::function<void(const std::string& file)>& receive)
 {
     for (const std::string& name : names)

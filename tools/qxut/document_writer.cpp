@@ -42,7 +42,7 @@ bool BeginsCharacter(char c)
     return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
 }
 
-// Cuts or fills a text to a number of characters.
+// Truncates a text to a number of characters, or fills it up with blanks.
 std::string Fitted(std::string text, std::size_t width)
 {
     std::size_t characters = 0;
@@ -108,7 +108,7 @@ void DocumentWriter::Write(const Document& document)
     }
     if (_format == DocFormat::Json)
         WriteJson(document);
-    else if (document.isReadable || !_isAligned) // a program that asks gets a line for each file
+    else if (document.isReadable || !_isAligned) // programs expect a line for each file
     {
         std::vector<std::string> cells;
         for (const DocField field : _fields)
@@ -117,7 +117,7 @@ void DocumentWriter::Write(const Document& document)
     }
 }
 
-// What a document doesn't have is left out.
+// Fields that the document doesn't have are left out.
 void DocumentWriter::WriteJson(const Document& document) const
 {
     nlohmann::ordered_json json;

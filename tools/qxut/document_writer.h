@@ -19,7 +19,7 @@ enum class DocFormat
 class DocumentWriter
 {
 public:
-    // Without fields, those that are usual for the format.
+    // If `fields` is empty, the usual fields of the format are written.
     DocumentWriter(DocFormat format, std::vector<DocField> fields, bool explains);
 
     // A document that can't be read is also named on standard error, except for JSON.

@@ -85,7 +85,7 @@ std::string Pack(const std::string& input, const FilterOptions& options)
     return packed.Text() + '\n';
 }
 
-// Reads anything, as the library's older functions do.
+// Unpacks whatever the library's older functions accept.
 std::string UnpackLeniently(const WideText& text)
 {
     const std::int32_t size = UtilConvertStringToBLOB(text, nullptr, 0);

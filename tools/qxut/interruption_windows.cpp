@@ -39,7 +39,7 @@ Interruption::Interruption(std::function<void()> cleanUp) : _state(std::make_uni
     _state->cleanUp = std::move(cleanUp);
     handle = [state = _state.get()](int code)
     {
-        // Each signal has a thread of its own.
+        // The system handles each signal on a thread of its own.
         const bool isSecond = state->exitCode.exchange(code) != 0;
         if (state->cleanUp && isSecond)
             return;

@@ -70,8 +70,8 @@ bool TakeStamp(std::string_view rest, LogColumns& columns)
 
 } // namespace
 
-// Starts at a position from which the requested number of lines of maximum length, plus one that may be incomplete,
-// reach to the end of the file.
+// Starts far enough before the end of the file for the requested lines and one incomplete line, even if all of them
+// have the maximum length.
 LogReader::LogReader(std::filesystem::path path, std::size_t lastLines) : _path(std::move(path))
 {
     std::error_code error;

@@ -56,7 +56,7 @@ struct ReportLine
     std::string_view text;
 };
 
-// Returns false if the text of a line isn't a report's.
+// Returns false if the text isn't a line of a report.
 bool ParseReportLine(std::string_view text, ReportLine& line);
 
 } // namespace qxut

@@ -11,8 +11,8 @@ unsigned long ProcessId();
 // Also returns true if the state of the process can't be determined.
 bool IsProcessAlive(unsigned long id);
 
-// Returns true if a process has the file open through the library. Unlike its process id, that can be determined even
-// if the process runs in another container.
+// Returns true if a process has the file open through the library. This works even if the process runs in another
+// container, where its id is not visible.
 bool IsInUse(const std::string& path);
 
 // Converts a path of the system to the form that the library expects. On linux a backslash is an ordinary character of

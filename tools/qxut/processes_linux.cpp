@@ -19,7 +19,7 @@ bool IsProcessAlive(unsigned long id)
     return kill(static_cast<pid_t>(id), 0) == 0 || errno != ESRCH;
 }
 
-// The library holds a lock on each file that it has open. False if the file system has no locks.
+// The library holds a lock on each file that it has open. Returns false if the file system has no locks.
 bool IsInUse(const std::string& path)
 {
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);

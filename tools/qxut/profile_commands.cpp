@@ -105,7 +105,7 @@ void Get(const ProfileOptions& options)
     const ordered_json shown = value.value_or(options.defaultValue);
     if (options.asJson)
         std::cout << JsonText({{"path", options.path}, {"value", shown}, {"found", value.has_value()}}) << '\n';
-    else // a program gets the value as it is
+    else // programs get the value unchanged
         std::cout << (OutputGoesToTerminal() ? Shown(ValueText(shown)) : ValueText(shown)) << '\n';
 }
 
@@ -139,8 +139,8 @@ void Edit(const ProfileOptions& options, const std::function<std::size_t(HPROFJO
         edit(ProfileFile(options.file, isInPlace ? Sharing::NobodyWhoWrites : Sharing::Readers, options.maxSize));
 }
 
-// Checks the value before any file is opened or created. The setters validate the value and do nothing for the invalid
-// job.
+// Checks the value before any file is opened or created. A setter that is called for an invalid job only checks the
+// value.
 void CheckValue(const ProfileOptions& options)
 {
     if (options.type.empty())

@@ -154,7 +154,7 @@ ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSi
     {
         ProfJobClose(_job);
         // The library also accepts names that the standard library doesn't (with drives, shares and backslashes), so
-        // the standard library is asked only after a failure.
+        // the standard library is consulted only after a failure.
         std::error_code ignored;
         const bool isMissing = flags == QXUT_PROFILE_EXISTING && !fs::exists(fs::u8path(path), ignored);
         throw Failure(

@@ -14,7 +14,7 @@
 namespace qxut
 {
 
-// What other processes may do with the file in the meantime.
+// What other processes may do with the file while it is open.
 enum class Sharing
 {
     Readers,         // the job only reads; others may read and write

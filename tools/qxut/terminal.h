@@ -34,8 +34,8 @@ enum class Answer
     NoTerminal
 };
 
-// Asks on the terminal of the process, wherever the standard streams lead, and appends the answer to `line`. The answer
-// isn't shown while it is typed.
+// Asks on the terminal of the process, even if the standard streams are redirected, and appends the answer to `line`.
+// The answer isn't shown while it is typed.
 Answer AskSecretly(const char* question, SecretLine& line);
 
 } // namespace qxut

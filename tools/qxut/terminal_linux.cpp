@@ -55,7 +55,7 @@ Answer AskSecretly(const char* question, SecretLine& line)
             close(terminal);
         return Answer::NoTerminal;
     }
-    // The handler of SIGINT and its like restores the terminal before the program ends.
+    // The handler of SIGINT and similar signals restores the terminal before the program ends.
     const auto restore = [&]
     {
         tcsetattr(terminal, TCSAFLUSH, &before);

@@ -152,7 +152,7 @@ std::string Utf8(const QXWCHAR* text)
 namespace
 {
 
-// Characters of `kept` remain as they are.
+// Replaces characters that a terminal shouldn't receive by escapes, except for the characters of `kept`.
 std::string ShownExcept(std::string_view kept, std::string_view utf8)
 {
     std::string out;

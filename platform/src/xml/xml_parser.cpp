@@ -50,8 +50,8 @@ bool IsSupportedEncoding(const char* name)
 void IgnoreError(void*, xmlErrorPtr) {}
 void IgnoreMessage(void*, const char*, ...) {}
 
-// Suppresses messages about encodings. They don't belong to a parser and go to the thread's handlers, which write them
-// to stderr unless the program has set its own.
+// Suppresses messages. Errors of encodings don't belong to a parser and are passed to the thread's handlers, which
+// write them to stderr unless the program has set its own.
 class WithoutMessages
 {
 public:
