@@ -32,7 +32,7 @@ WideText Wide(std::string_view ascii)
     return text;
 }
 
-// The documents of a kind, or all.
+// Returns the documents of a kind, or all of them for an empty extension.
 std::vector<std::string> Documents(std::string_view extension)
 {
     std::vector<std::string> paths;
@@ -118,7 +118,7 @@ double Memory()
     return static_cast<double>(pages) * 4096;
 }
 
-// Each record has a key of its own, of the same small document.
+// Each record has its own key; all keys refer to the same small document.
 void LookAtValidRecord(benchmark::State& state)
 {
     const std::string document = Documents(".jpg").front();

@@ -1,5 +1,6 @@
-// Tracked heaps beside the C library's allocator. A step frees one of 10,000 live objects and allocates another one.
-// bench_heap_asan is the same program under AddressSanitizer, whose malloc notes call chains as debug objects do.
+// Tracked heaps, compared with the C library's allocator. A step frees one of 10,000 live objects and allocates another
+// one. bench_heap_asan is the same program under AddressSanitizer, whose malloc records call chains as debug objects
+// do.
 #include <qxut23/heaps.h>
 
 #include <benchmark/benchmark.h>

@@ -135,7 +135,7 @@ std::size_t LookUpAll(HPROFJOB job, const std::vector<WideText>& paths)
     return found;
 }
 
-// Lists build their index during the first look-ups, while the peer builds its own while loading. "load, look up"
+// The library's lists build their indexes during the first look-ups, and the peer's while loading. "load, look up"
 // includes this cost for both.
 void LookUpOurs(benchmark::State& state, const char* file, const std::vector<WideText>& paths)
 {

@@ -156,7 +156,7 @@ void CompareAddresses(const std::string& image)
             static_cast<double>(cost.kilobytes) / 1024, ours.seconds / cost.seconds);
 }
 
-// Copies of a library are modules of their own.
+// Loads copies of a library, because each copy counts as a separate module.
 void LoadModules(const fs::path& folder, const std::string& image)
 {
     for (int number = 0; number < kModules; ++number)

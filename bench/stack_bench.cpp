@@ -34,7 +34,7 @@ int CaptureByLibunwind(void** addresses)
     return unw_backtrace(addresses, kFrames);
 }
 
-// libunwind exports a function of the same name.
+// Looks the function up in the C library, because libunwind exports a function of the same name.
 int CaptureByCLibrary(void** addresses)
 {
     static const auto function =
@@ -92,7 +92,7 @@ void Known(benchmark::State& state, Capture capture)
     kDescents[0](call);
 }
 
-// Each capture has chains of its own, whatever the number of repetitions.
+// Each capture has call chains of its own, however often the benchmark is repeated.
 void First(benchmark::State& state, Capture capture)
 {
     static std::size_t next = 1;

@@ -57,8 +57,8 @@ if(QXUT_SANITIZE)
     # COM objects are identified only by the order of their slots. They may be written in C or come from a module with
     # separate type information, which this check doesn't accept.
     add_compile_options(-fno-sanitize=vptr)
-    # The exception that unwinds a thread which ends in a callback has no object, which a catch clause must not mind. The
-    # address sanitizer finds null pointers that are used.
+    # A thread that ends in a callback is unwound by an exception without an object, which this check would report in
+    # catch clauses. The address sanitizer detects null pointers that are used.
     add_compile_options(-fno-sanitize=null)
     # The sanitizers' instrumentation causes false warnings in GCC about optional values.
     add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)

@@ -18,7 +18,7 @@ if(WIN32)
     target_link_options(qx_hardening INTERFACE
         LINKER:--high-entropy-va LINKER:--dynamicbase LINKER:--nxcompat)
     # No build id, because the linker stores it with an empty name of a PDB file: Wine's debug help then searches all
-    # folders of the symbol path, takes other files for it, and crashes.
+    # folders of the symbol path, mistakes other files for it, and crashes.
     target_link_libraries(qx_hardening INTERFACE ssp) # contains the functions of the stack protector
 else()
     target_compile_options(qx_hardening INTERFACE -fstack-clash-protection)

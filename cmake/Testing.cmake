@@ -30,8 +30,9 @@ target_precompile_headers(qx_test_headers PRIVATE
 # qx_add_test(NAME program [SEPARATE] [USES_DATA] [LOCK name] SOURCES ... [LINKS ...] [DEPENDS ...]): adds a GoogleTest
 # program and registers its test cases with ctest. In the emulator, where a process takes half a second to start, all
 # cases of a program run in one process and are one test, unless they are SEPARATE because a case may damage its process.
-# Programs with the same LOCK don't run at the same time, because they share a resource of the system. USES_DATA defines QXUT_TEST_DATA as the path of tests/data; other programs contain no paths,
-# so that a compiler cache can serve several trees. Each test is labelled with its program.
+# Programs with the same LOCK don't run at the same time, because they share a resource of the system. USES_DATA defines
+# QXUT_TEST_DATA as the path of tests/data; other programs contain no paths, so that a compiler cache can serve several
+# trees. Each test is labelled with its program.
 function(qx_add_test)
     cmake_parse_arguments(ARG "SEPARATE;USES_DATA" "NAME;LOCK" "SOURCES;LINKS;DEPENDS" ${ARGN})
     add_executable(${ARG_NAME} ${ARG_SOURCES})

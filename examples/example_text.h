@@ -14,8 +14,8 @@ inline std::string Narrow(const QXWCHAR* text)
     return narrow;
 }
 
-// Returns the source file without its folder, and the line, of a text such as "module!function + 0x1f (file, line 12)":
-// "function (file, line 12)". Paths and displacements differ between machines.
+// Shortens a text such as "module!function + 0x1f (file, line 12)" to "function (file, line 12)", with the file's name
+// only, because paths and displacements differ between machines.
 inline std::string ShortPlace(const std::string& text)
 {
     std::string place = text.substr(text.find('!') + 1);

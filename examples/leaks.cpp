@@ -20,7 +20,7 @@ char* Allocate(HUTHEAP heap, std::uint32_t size)
     return static_cast<char*>(UtilHeapObjectAlloc(heap, size, QXUT_OBJECT_ZERO));
 }
 
-// Storing the result keeps a function on the stack until the allocation is done. Otherwise optimized code jumps to its
+// Storing the result keeps a function on the stack until the allocation is done. Otherwise optimised code jumps to its
 // last call, and the chain begins with the function's caller.
 void* volatile latest = nullptr;
 

@@ -1,4 +1,5 @@
-// Reading all entries and streams of an arbitrary compound file ends, and gives no more than the file has.
+// Reading all entries and streams of an arbitrary compound file must end, and must not return more than the file
+// contains.
 #include "storage/compound_file.h"
 
 #include <cstdlib>
@@ -48,8 +49,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::abort();
     const std::u16string name(path.begin(), path.end());
     HRESULT failure = S_OK;
-    const auto file = CompoundFile::Open(
-        reinterpret_cast<const WCHAR*>(name.c_str()), FILE_SHARE_READ | FILE_SHARE_WRITE, failure);
+    const auto file =
+        CompoundFile::Open(reinterpret_cast<const WCHAR*>(name.c_str()), FILE_SHARE_READ | FILE_SHARE_WRITE, failure);
     if (file == nullptr)
         return 0;
     const std::lock_guard lock(file->Lock());

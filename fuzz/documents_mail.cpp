@@ -1,5 +1,5 @@
-// Reading the header of an arbitrary mail succeeds and fills its own fields only. No text has more than two units for a
-// byte of the file, because a letter of a Punycode label may encode a character above U+FFFF.
+// Reading the header of an arbitrary mail succeeds and fills no fields except those of mails. No text has more than two
+// units for a byte of the file, because a letter of a Punycode label may encode a character above U+FFFF.
 #include "docinfo/mail.h"
 #include "document_fuzz.h"
 

@@ -1,5 +1,5 @@
 // Unpacking of arbitrary text, including wrong sizes. The result must survive packing and unpacking, and must not be
-// larger than the text can represent. What strict unpacking accepts must be the same.
+// larger than the text can represent. Where strict unpacking succeeds, its result must be the same.
 #include "files/packed_text.h"
 #include "core/text/string.h"
 #include "files/file.h"

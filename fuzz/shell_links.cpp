@@ -1,4 +1,5 @@
-// Reading arbitrary bytes as a shortcut never reads outside of them, and makes no text that is longer than they allow.
+// Reading arbitrary bytes as a shortcut must not read outside of them, and must not return texts longer than they can
+// contain.
 #include "shell/link_file.h"
 
 #include <cstdlib>

@@ -1,5 +1,5 @@
-// The pull reader returns at most one node for each byte, no texts next to each other, and no element too deep; an
-// error stays.
+// The pull reader must return at most one node for each byte of input, never two texts in succession and no element
+// nested too deeply. After an error it must keep returning the error.
 #include <windows.h>
 
 #include <objbase.h>

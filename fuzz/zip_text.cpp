@@ -1,4 +1,4 @@
-// Reading one member of arbitrary bytes returns a result, and never success without a text.
+// Reading one member of arbitrary bytes must return a result, and must not succeed without a text.
 #include "files/file.h"
 #include "files/file_window.h"
 #include "zip/member_text.h"

@@ -17,7 +17,7 @@ def iso_codes(name):
 
 
 class Icu:
-    """The few functions of ICU that are needed, whose names end with its version."""
+    """The few functions of ICU that are needed. Their names end with ICU's version."""
 
     def __init__(self):
         path = sorted(glob.glob("/usr/lib/*/libicuuc.so.*"))[0]
@@ -33,7 +33,7 @@ class Icu:
         return bytes(memoryview(buffer).cast("B"))[:2 * length].decode("utf-16-le")
 
     def currency(self, country):
-        """The currency in use today; empty for a country without one."""
+        """Returns the code of today's currency; empty for a country without one."""
         currency = self._text("ucurr_forLocale", f"und_{country}".encode())
         return "" if currency == "XXX" else currency
 
@@ -45,7 +45,7 @@ class Icu:
         return buffer.value
 
     def country_name(self, country, language):
-        """In that language, such as "fr"; an English one if ICU doesn't know the name in it."""
+        """Returns the name in a language such as "fr", or in English if ICU has no name in that language."""
         return self._text("uloc_getDisplayCountry", f"{language}_{country}".encode(), language.encode())
 
     def native_name(self, country):
@@ -54,7 +54,7 @@ class Icu:
 
 
 def calling_codes():
-    """By country. Uninhabited ones and those without a numbering plan are missing."""
+    """Returns the codes by country, without uninhabited countries and those that have no numbering plan."""
     source = pathlib.Path("/usr/lib/python3/dist-packages/phonenumbers/data/__init__.py").read_text(encoding="utf-8")
     table = re.search(r"^_COUNTRY_CODE_TO_REGION_CODE = (\{.*?\})$", source, re.M | re.S).group(1)
     return {region: code for code, regions in ast.literal_eval(table).items() for region in regions}
