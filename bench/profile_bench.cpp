@@ -1,7 +1,7 @@
 // 100,000 leaves in 5,000 lists: load, look up 100,000 paths, set 10,000 values and save. The peers are GLib's
-// GKeyFile, which is flat and 8-bit, and pugixml and Boost.PropertyTree with the same tree as XML. The XML form is
-// compared with the latter two, and the packed form with peers plus zlib at the same level. A flat list of a million
-// leaves shows that no cost grows faster than the input.
+// GKeyFile, which is flat and 8-bit, and pugixml and Boost.PropertyTree with the same tree as XML. The library's XML
+// form is compared with pugixml and Boost.PropertyTree, and the packed form with peers plus zlib at the same level. A
+// flat list of a million leaves shows that no cost grows faster than the input.
 #include "profile_input.h"
 
 #include <qxut23/profile.h>

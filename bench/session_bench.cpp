@@ -84,7 +84,7 @@ std::vector<std::uintptr_t> OffsetsIn(const Code& code)
     return offsets;
 }
 
-// What one process measures: the texts of all addresses, from opening the session to closing it.
+// The work that is measured in a process of its own: describes all addresses, from opening the session to closing it.
 int DescribeAll(const char* image)
 {
     const Code code = CodeOf(image);

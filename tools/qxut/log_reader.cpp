@@ -160,7 +160,7 @@ LogColumns ColumnsOf(std::string_view line)
     return columns;
 }
 
-// A report's message consists of an empty name column, a colon, a blank for each level, and the text.
+// Parses a line of a report: an empty name column, a colon, a blank for each level, and the text.
 bool ParseReportLine(std::string_view text, ReportLine& line)
 {
     constexpr std::string_view kColumn = "        :";

@@ -45,7 +45,8 @@ fs::path FolderOf(const fs::path& archive)
     return archive.has_parent_path() ? archive.parent_path() : fs::path(".");
 }
 
-// The process id alone proves nothing: the process may run in another container, or the id may have a new owner.
+// Returns true if no process is writing the file any more. The process id alone proves nothing: the process may run in
+// another container, or the id may have a new owner.
 bool IsStale(const fs::path& part, unsigned long process)
 {
     constexpr std::chrono::seconds kToOpen(10); // a process that has just created the file may not have locked it yet

@@ -74,7 +74,8 @@ std::size_t CountFiles(HPROFJOB job, HPROFLIST list)
     return count;
 }
 
-// The library's result counts all files that match; empty and unreadable ones get no entry.
+// Returns the number of embedded files. The library's result also counts empty and unreadable files, which get no
+// entry.
 std::size_t EmbedPattern(HPROFJOB job, HPROFLIST list, const std::string& pattern, const PassPhrase& key)
 {
     const std::size_t before = CountFiles(job, list);

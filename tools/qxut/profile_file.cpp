@@ -119,7 +119,7 @@ ExitCode ExitCodeOf(std::int32_t error)
     }
 }
 
-// Opening a pipe blocks until somebody writes to it.
+// Throws a Failure for a pipe, because opening it would block until somebody writes to it.
 const std::string& WithoutPipes(const std::string& path)
 {
     std::error_code ignored;

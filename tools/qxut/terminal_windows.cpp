@@ -18,7 +18,8 @@
 namespace qxut
 {
 
-// The arguments of main() have been converted to the code page, which lacks some characters.
+// Reads the system's command line: the arguments of main() have been converted to the code page, which lacks some
+// characters.
 std::vector<std::string> StartTerminal(int, char**)
 {
     SetConsoleOutputCP(CP_UTF8);
@@ -52,7 +53,7 @@ bool TerminalHasColours()
            SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }
 
-// A terminal that doesn't support the escape sequence for clearing a line counts as no terminal.
+// Returns false also for a terminal that doesn't support the escape sequence for clearing a line.
 bool ErrorsGoToTerminal()
 {
     const HANDLE errors = GetStdHandle(STD_ERROR_HANDLE);

@@ -194,7 +194,7 @@ std::string ShownLines(std::string_view utf8)
     return ShownExcept("\n\t", utf8);
 }
 
-// Apart from line ends, all control characters of the result are in strings.
+// Escapes control characters. Apart from line ends, they occur only in strings.
 std::string JsonText(const nlohmann::ordered_json& json, int indent)
 {
     const std::string text = json.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace);

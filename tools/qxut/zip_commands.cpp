@@ -74,7 +74,7 @@ struct Sources
     std::vector<std::string> leftOut;
 };
 
-// Returns the name in the archive: a relative path below the current folder as it is, otherwise the last component of
+// Returns the name in the archive: a relative path below the current folder unchanged, otherwise the last component of
 // the path.
 fs::path NameOf(const fs::path& path)
 {
@@ -194,8 +194,8 @@ void FailIfAny(int code, const std::vector<std::string>& messages)
         throw Failure(code, messages);
 }
 
-// A link that leads to a folder outside the archive, or nowhere, can't be stored and is added to `leftOut`. A file that
-// can't be read throws.
+// Stores a file or link. A link that leads to a folder outside the archive, or nowhere, can't be stored and is added to
+// `leftOut`. Throws for a file that can't be read.
 void Append(NewArchive& archive, const Source& source, std::vector<std::string>& leftOut)
 {
     std::error_code error;

@@ -17,8 +17,8 @@ namespace qxplatform
 namespace
 {
 
-// The variables are those of the C library, so that other libraries of the process see the same values. The lock
-// serialises the layer's own calls; a concurrent setenv elsewhere is as unsafe as always.
+// Returns the lock that serialises the layer's calls. The variables are those of the C library, so that other libraries
+// of the process see the same values; a concurrent setenv elsewhere is as unsafe as always.
 Mutex& Lock()
 {
     static constinit Mutex lock;

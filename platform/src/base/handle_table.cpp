@@ -27,8 +27,8 @@ namespace
 using Entry = HandleEntry;
 
 // The state word of an entry. A look-up pins the entry, takes a reference to the object and unpins it. Closing clears
-// the open bit. Whoever leaves an entry that is closed and no longer pinned returns it to the free list, so neither
-// side waits for the other.
+// the open bit. The closing of the entry or the removal of its last pin, whichever comes later, returns it to the free
+// list, so neither side waits for the other.
 constexpr std::uint64_t kOpenBit = 1;
 constexpr std::uint64_t kOnePin = 2;
 constexpr std::uint64_t kPinMask = 0xFFFFFFFE;

@@ -20,7 +20,7 @@ void WINAPI SetLastError(DWORD dwErrCode)
     lastError = dwErrCode;
 }
 
-// The layer shows no error boxes, so the mode is only stored for callers that restore it.
+// Only stores the mode, for callers that restore it, because the layer shows no error boxes.
 UINT WINAPI SetErrorMode(UINT uMode)
 {
     return errorMode.exchange(uMode);

@@ -22,7 +22,8 @@ public:
     bool IsFree() const { return Word().load(std::memory_order_relaxed) == 0; }
     bool IsMine() const { return (Word().load(std::memory_order_relaxed) & ~kHasWaiters) == Mine(); }
 
-    // Many processes have only one thread. They need only ordinary stores, which take a fraction of the time.
+    // Takes the lock if it is free. Many processes have only one thread; they need only ordinary stores, which take a
+    // fraction of the time.
     bool TakeIfFree()
     {
         if (__libc_single_threaded)
@@ -49,7 +50,8 @@ public:
         }
     }
 
-    // Doesn't access the lock afterwards, because another thread may already have taken, released and destroyed it.
+    // Releases the lock and doesn't access it afterwards, because another thread may already have taken, released and
+    // destroyed it.
     void Release()
     {
         if (__libc_single_threaded)

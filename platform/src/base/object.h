@@ -51,7 +51,7 @@ public:
 
     virtual class Waitable* AsWaitable() { return nullptr; }
 
-    // Count the handles of the object. Called by the table.
+    // These count the handles of the object. The table calls them.
     void AddHandle() { _handles.fetch_add(1, std::memory_order_relaxed); }
     void RemoveHandle()
     {

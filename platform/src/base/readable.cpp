@@ -42,7 +42,7 @@ __attribute__((no_sanitize("address", "thread"))) void CopyBytes(std::uintptr_t 
         target[index] = source[index];
 }
 
-// For systems that refuse process_vm_readv. The memory must not be unmapped at the same time.
+// Copies page by page, on systems that refuse process_vm_readv. The memory must not be unmapped at the same time.
 std::size_t ReadPages(std::uintptr_t address, void* buffer, std::size_t size)
 {
     std::size_t done = 0;
@@ -57,7 +57,7 @@ std::size_t ReadPages(std::uintptr_t address, void* buffer, std::size_t size)
 
 } // namespace
 
-// The kernel reads the word in order to compare it, and requeues no thread.
+// Makes the kernel read the word for a comparison; no thread is requeued.
 bool IsReadable(std::uintptr_t address)
 {
     const KeptErrno kept;

@@ -14,7 +14,7 @@ using namespace qxplatform;
 namespace
 {
 
-// A user without a passwd entry is named by the numeric id.
+// Returns the user's name, or the numeric id for a user without a passwd entry.
 std::u16string UserName()
 {
     const ForkHold hold; // the C library has locks of its own

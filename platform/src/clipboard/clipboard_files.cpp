@@ -59,7 +59,7 @@ Descriptor OpenInFolder(const char* name, int flags)
     return Descriptor(open((folder + name).c_str(), flags | O_CLOEXEC, kForUserAlone));
 }
 
-// Each name is stored as a line, so it must not contain line breaks or other control characters.
+// Returns true if the name can be stored as a line: it must not contain line breaks or other control characters.
 bool IsName(std::u16string_view name)
 {
     return !name.empty() && name.size() <= kLongestName &&

@@ -49,7 +49,8 @@ public:
     HGLOBAL Memory() const { return _memory; }
     std::uint64_t Size() const { return _size; }
 
-    // The caller also has access to the block and may have made it smaller.
+    // Uses the present size of the memory, because the caller also has access to the block and may have made it
+    // smaller.
     std::size_t Read(std::uint64_t position, void* buffer, std::size_t count) const
     {
         const std::uint64_t size = SizeInMemory();

@@ -29,7 +29,8 @@ std::uint64_t NextUnsigned(Arguments& arguments, ArgumentSize size)
     return size == ArgumentSize::Short ? static_cast<unsigned short>(value) : value;
 }
 
-// Text is wide unless the conversion or its size says otherwise; an upper-case letter inverts the default.
+// Returns true if a text or character is narrow. It is wide unless the conversion or its size says otherwise; an
+// upper-case letter inverts the default.
 bool IsNarrow(const Conversion& conversion)
 {
     if (conversion.size == ArgumentSize::Short)

@@ -82,7 +82,7 @@ public:
     BlockLanes Where(wchar_t c) const { return BlockLanes(_data == EightOf(c)); }
     BlockLanes WhereSame(TextBlock other) const { return BlockLanes(_data == other._data); }
 
-    // The block with A to Z converted to a to z.
+    // Returns the block with A to Z converted to a to z.
     TextBlock Folded() const
     {
         // Signed numbers are compared in one step. Characters from U+8000 on are negative, so they are no capitals.

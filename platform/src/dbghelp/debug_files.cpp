@@ -13,7 +13,7 @@ namespace
 
 constexpr char kSystemFolder[] = "/usr/lib/debug";
 
-// The checksum of .gnu_debuglink: the CRC of ISO 3309, as in gzip.
+// Computes the checksum of .gnu_debuglink: the CRC of ISO 3309, as in gzip.
 std::uint32_t ChecksumOf(const std::string& path)
 {
     constexpr auto kTable = []

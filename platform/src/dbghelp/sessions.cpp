@@ -58,7 +58,7 @@ std::string_view FileOf(std::string_view path)
     return path.substr(path.rfind('/') + 1);
 }
 
-// A module's name is its file name up to ".so".
+// Returns a module's name: its file name up to ".so".
 std::string NameOfFile(std::string_view path)
 {
     const std::string_view file = FileOf(path);

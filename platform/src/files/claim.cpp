@@ -21,8 +21,8 @@ std::int64_t Nanoseconds()
     return now.tv_sec * 1'000'000'000 + now.tv_nsec;
 }
 
-// Earlier claims have lower numbers. All processes share the clock; the thread id distinguishes claims made at the same
-// moment.
+// Returns a number that is higher than the numbers of earlier claims. All processes share the clock; the thread id
+// distinguishes claims made at the same moment.
 std::int64_t NewNumber()
 {
     return (Nanoseconds() << 8 | (gettid() & 0xFF)) % kClaimRange.length;
@@ -49,7 +49,8 @@ public:
     bool HasLater() const { return Exists({_range.end(), kClaimRange.end() - _range.end()}); }
 
 private:
-    // A lock that extends beyond the range doesn't belong to the layer: another program has locked the whole file.
+    // Returns true if the layer has a lock in the range. A lock that extends beyond the range of claims belongs to
+    // another program, which has locked the whole file.
     bool Exists(const Range& range) const
     {
         Range found;

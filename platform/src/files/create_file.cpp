@@ -20,7 +20,7 @@ using namespace qxplatform;
 namespace
 {
 
-// The location of a file: a path, or a name in an open folder. In the latter case no link is followed.
+// The location of a file: a path, or a name in an open folder. In an open folder no link is followed.
 struct Place
 {
     std::string path;
@@ -70,8 +70,8 @@ DWORD CheckRequest(const Request& request)
     return request.Has(FILE_FLAG_OVERLAPPED) ? ERROR_NOT_SUPPORTED : ERROR_SUCCESS;
 }
 
-// The system has no limit on open files that programs usually reach, while the default here is low. Returns false if
-// the hard limit is reached.
+// Raises the limit of open files, which is low by default, while programs usually reach no such limit on the system.
+// Returns false if the hard limit is reached.
 bool RaiseDescriptorLimit()
 {
     rlimit limit{};

@@ -21,7 +21,7 @@ Mutex openingLock;
 // Set before the end of the process takes the lock, so that threads which open files all the time can't keep it away.
 std::atomic<bool> isEnding = false;
 
-// At process end, deletes those files to be deleted on close that are still open. Other threads still run.
+// At process end, deletes the files that are to be deleted on close and are still open. Other threads still run.
 struct AtExit
 {
     ~AtExit()

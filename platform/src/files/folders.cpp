@@ -26,7 +26,7 @@ DWORD WINAPI GetFullPathNameW(LPCWSTR lpFileName, DWORD nBufferLength, LPWSTR lp
     return result;
 }
 
-// Linux has no short names: if the file exists, the path is returned in its own form.
+// Returns the path in its own form if the file exists, because Linux has no short names.
 DWORD WINAPI GetLongPathNameW(LPCWSTR lpszShortPath, LPWSTR lpszLongPath, DWORD cchBuffer)
 {
     const NativePath path = ToNative(lpszShortPath);

@@ -23,7 +23,7 @@ FILETIME TimeOf(const statx_timestamp& time)
     return FileTimeOf({time.tv_sec, static_cast<long>(time.tv_nsec)});
 }
 
-// If the file system doesn't store the creation time, the oldest of the file's times is used.
+// Returns the creation time. If the file system doesn't store it, returns the oldest of the file's other times.
 FILETIME CreationOf(const struct statx& info)
 {
     if (info.stx_mask & STATX_BTIME)

@@ -26,7 +26,7 @@ constexpr std::string_view kModeName = "$LXMOD";
 constexpr mode_t kModeBits = 0777;
 constexpr mode_t kUsualFolderMode = 0777;
 
-// The published mapping of system errors to statuses.
+// Returns the status for a system error, by the published mapping.
 constexpr NTSTATUS StatusOf(DWORD error)
 {
     return error == ERROR_SUCCESS ? 0 : static_cast<NTSTATUS>(0xC0070000u | error);

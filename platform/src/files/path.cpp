@@ -60,7 +60,8 @@ std::string DeviceFolder(const std::string& name)
     return HomeFolder() + "/dosdevices/" + name;
 }
 
-// Server and share names are case-insensitive: a link may have the name as the caller writes it, or else in lower case.
+// Returns the folder of a share. Its name is case-insensitive: the link may have the name as written by the caller, or
+// else in lower case.
 std::string ShareFolder(std::u16string_view server, std::u16string_view share)
 {
     const std::string name = "unc/" + ToBytes(server) + '/' + ToBytes(share);

@@ -73,7 +73,7 @@ private:
             --_length;
     }
 
-    // A dot at the end of the path removes the separator before it.
+    // Removes the separator before a dot at the end of the path.
     void DropSeparatorAtEnd(std::wstring_view separator)
     {
         if (separator.empty() && _length > _root && IsSeparator(_path[_length - 1]))

@@ -70,7 +70,7 @@ int MoveAll(DWORD count, DWORD& done, const Move& move)
     return 0;
 }
 
-// A pipe returns the available bytes; a file returns all requested bytes unless it ends.
+// Reads the available bytes from a pipe, or all requested bytes from a file unless it ends.
 int ReadBytes(FileObject& file, BYTE* buffer, DWORD count, std::int64_t offset, DWORD& done)
 {
     if (file.options().canSeek)

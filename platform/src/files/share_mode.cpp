@@ -44,8 +44,8 @@ bool Excludes(const ShareMode& first, const ShareMode& second)
     return (first.access & ~second.share) != 0 || (second.access & ~first.share) != 0;
 }
 
-// Shared locks of one slot overlap. A write-only descriptor gets no shared locks; its exclusive lock has a place of its
-// own in the slot.
+// Returns the place of a lock in the slot of the mode. Shared locks of one slot overlap. A write-only descriptor gets
+// no shared locks; its exclusive lock has a place of its own in the slot.
 Range LockFor(bool canRead, const ShareMode& mode)
 {
     const Range slot = SlotRange(SlotOf(mode));

@@ -8,7 +8,8 @@
 
 using namespace qxplatform;
 
-// Volume names and file system names depend on tools and permissions on Linux; no caller needs them.
+// Doesn't support volume names, serial numbers and file system names: they depend on tools and permissions on Linux,
+// and no caller needs them.
 BOOL WINAPI GetVolumeInformationW(LPCWSTR root, LPWSTR volumeName, DWORD, LPDWORD serialNumber,
     LPDWORD maximumComponentLength, LPDWORD fileSystemFlags, LPWSTR fileSystemName, DWORD)
 {

@@ -8,7 +8,7 @@ namespace qxplatform::heap
 namespace
 {
 
-// Doubly linked lists by member.
+// Inserts an item at the front of a doubly linked list, whose links are the given members of the items.
 template <class Item>
 void Link(Item*& first, Item& item, Item* Item::*next, Item* Item::*previous)
 {

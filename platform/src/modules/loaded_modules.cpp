@@ -56,7 +56,7 @@ std::u16string_view WithoutExtension(std::u16string_view name)
     return name;
 }
 
-// libname.so.3 also counts as libname.so.
+// Returns true if the file has this name. libname.so.3 also counts as libname.so.
 bool IsFileOf(std::u16string_view file, std::u16string_view name)
 {
     return EqualWithoutCase(file, name) ||

@@ -132,7 +132,7 @@ void* OpenPresent(const Module& module)
     return dlopen(isProgram ? nullptr : module.path.c_str(), RTLD_NOW | RTLD_NOLOAD);
 }
 
-// The name under which the layer exports a function of the system.
+// Returns the name under which the layer exports a function of the system.
 std::string LinkNameOf(const char* name)
 {
     return std::string("qxp_") + name;

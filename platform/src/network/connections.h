@@ -23,7 +23,7 @@ std::optional<Connection> ConnectionOf(char16_t letter);
 // Returns all connections in the order of the letters.
 std::vector<Connection> Connections();
 
-// Copies the text and a terminator, and moves the target behind both. The memory need not be aligned.
+// Copies the text and a terminator, and advances the target past both. The memory need not be aligned.
 LPWSTR PutText(BYTE*& target, const std::u16string& text);
 
 // Returns the number of bytes that PutText fills.

@@ -111,7 +111,8 @@ struct _TP_CALLBACK_INSTANCE
     _TP_POOL& pool;
 };
 
-// No callback waits for another one to end: each has its own thread, up to the maximum.
+// Adds a callback, and starts a thread for it if no thread is free: no callback waits for another one to end, up to the
+// maximum number of threads.
 void _TP_POOL::Submit(_TP_WORK& work)
 {
     std::unique_lock guard(DispatcherLock());
@@ -235,7 +236,7 @@ PTP_POOL WINAPI CreateThreadpool(PVOID)
     return GiveAway(MakeObject<_TP_POOL>());
 }
 
-// The threads end when there is nothing left to do.
+// Ends the pool. Its threads end when there is nothing left to do.
 void WINAPI CloseThreadpool(PTP_POOL ptpp)
 {
     {
@@ -310,7 +311,7 @@ void WINAPI WaitForThreadpoolWorkCallbacks(PTP_WORK pwk, BOOL fCancelPendingCall
     FinishWait(WaitForCallbacks(work));
 }
 
-// Waiting and running callbacks keep the object alive.
+// Closes a work item. Waiting and running callbacks keep the object alive.
 void WINAPI CloseThreadpoolWork(PTP_WORK pwk)
 {
     const Ref<_TP_WORK> work(pwk);

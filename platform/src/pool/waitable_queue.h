@@ -59,7 +59,7 @@ public:
         return item;
     }
 
-    // Called without the dispatcher lock, which is taken only to wake a thread.
+    // Adds an item. Called without the dispatcher lock, which is taken only to wake a thread.
     void PutAndWake(Item item)
     {
         Append(std::move(item));

@@ -66,7 +66,8 @@ bool IsProgram(const std::string& path)
     return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && access(path.c_str(), X_OK) == 0;
 }
 
-// A name without a folder is searched in the calling program's folder, then along the PATH.
+// Returns the path of a program. A name without a folder is searched in the calling program's folder, then along the
+// PATH.
 std::string FindProgram(const std::u16string& name)
 {
     const bool isBare = name.find_first_of(u"/\\:") == name.npos;

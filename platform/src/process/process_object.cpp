@@ -23,7 +23,7 @@ namespace qxplatform
 namespace
 {
 
-// A process that crashes has the code of the exception as its exit code.
+// Returns the exit code of a process that was ended by a signal: the code of the corresponding exception.
 DWORD CodeOfSignal(int signal)
 {
     struct Pair

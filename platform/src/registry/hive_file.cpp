@@ -42,7 +42,7 @@ bool SameVersion(const struct stat& left, const struct stat& right)
            SameTime(left.st_mtim, right.st_mtim) && SameTime(left.st_ctim, right.st_ctim);
 }
 
-// If the file is a link, the target is replaced and the link is preserved.
+// Follows links, so that a link in the file's place is preserved and its target is replaced.
 std::string RealPath(const std::string& path)
 {
     char* const real = realpath(path.c_str(), nullptr);

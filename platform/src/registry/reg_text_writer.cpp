@@ -97,7 +97,8 @@ private:
         _text += u'"';
     }
 
-    // A quoted text must have exactly one terminator and no characters that other programs treat as line ends.
+    // Returns true if the data can be written as a quoted text: it must have exactly one terminator and no characters
+    // that other programs treat as line ends.
     static bool IsPlainText(const std::vector<BYTE>& data, std::u16string& text)
     {
         if (data.size() < sizeof(char16_t) || data.size() % sizeof(char16_t) != 0)

@@ -86,7 +86,7 @@ bool LessByPlace(const Resource& a, const Resource& b)
     return std::tie(a.type, a.name, a.language) < std::tie(b.type, b.name, b.language);
 }
 
-// The first entry of a file is empty; it only marks a 32-bit resource file.
+// Returns true for the first entry of a file, which is empty and only marks a 32-bit resource file.
 bool IsFileMark(const Resource& resource)
 {
     return resource.type.IsNumber() && resource.type.number == 0;

@@ -93,8 +93,8 @@ DWORD WINAPI GetFileVersionInfoSizeW(LPCWSTR lptstrFilename, LPDWORD lpdwHandle)
     return block ? static_cast<DWORD>(block->size()) : 0;
 }
 
-// A block that doesn't fit is truncated and its own length is adjusted, so that none of its values is outside the
-// buffer.
+// Copies the version block. If it doesn't fit, it is truncated and its own length is adjusted, so that none of its
+// values is outside the buffer.
 BOOL WINAPI GetFileVersionInfoW(LPCWSTR lptstrFilename, DWORD, DWORD dwLen, LPVOID lpData)
 {
     if (lpData == nullptr)

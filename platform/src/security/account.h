@@ -15,7 +15,7 @@ struct Account
     id_t id = 0;
 };
 
-// Returns the user of that name or else the group, or nothing if there is neither.
+// Returns the user of that name or, if there is none, the group. Returns nothing if there is neither.
 std::optional<Account> FindAccount(const std::string& name);
 
 } // namespace qxplatform

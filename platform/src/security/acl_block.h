@@ -1,5 +1,5 @@
-// The block behind a PACL: the lists of a file or folder, with what is needed to change them. It is passed to callers
-// who may free it, copy it or hand in something else, so it is checked before use.
+// The block behind a PACL: the lists of a file or folder, with what is needed to change them. Callers may free or copy
+// it, and may pass something else instead, so it is checked before use.
 #pragma once
 
 #include "security/acl_entries.h"

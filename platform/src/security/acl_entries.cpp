@@ -61,7 +61,7 @@ AclEntry* Find(AclEntries& entries, std::uint16_t tag, id_t id = ACL_UNDEFINED_I
     return found == entries.end() ? nullptr : &*found;
 }
 
-// The mask limits the owning group and all named entries.
+// Returns true if the mask limits the entry, as it does for the owning group and all named entries.
 bool IsMasked(const AclEntry& entry)
 {
     return entry.tag == ACL_USER || entry.tag == ACL_GROUP || entry.tag == ACL_GROUP_OBJ;

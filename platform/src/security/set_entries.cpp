@@ -10,7 +10,8 @@ using namespace qxplatform;
 namespace
 {
 
-// Folders can be entered by whoever may read them, because on the system everyone may pass through folders.
+// Converts rights of the system. Whoever may read a folder may also enter it, because on the system everyone may pass
+// through folders.
 std::uint16_t RightsFrom(DWORD permissions, bool isFolder)
 {
     unsigned rights = 0;
@@ -28,7 +29,7 @@ AclEntry NamedEntry(const Account& account, std::uint16_t rights)
     return {static_cast<std::uint16_t>(account.isGroup ? ACL_GROUP : ACL_USER), rights, account.id};
 }
 
-// The file's owner and its group have entries without a name.
+// Returns the entry of an account. The file's owner and its group have entries without a name.
 AclEntry EntryOnFile(const FileAcl& acl, const Account& account, std::uint16_t rights)
 {
     if (!account.isGroup && account.id == acl.owner)
@@ -38,7 +39,8 @@ AclEntry EntryOnFile(const FileAcl& acl, const Account& account, std::uint16_t r
     return NamedEntry(account, rights);
 }
 
-// New files may belong to another user, so in the default list the account always has an entry with its name.
+// Sets the account's entry in the default list. It always has the account's name, because new files may belong to
+// another user.
 void SetDefaultEntry(FileAcl& acl, const Account& account, std::uint16_t rights)
 {
     if (acl.defaults.empty())

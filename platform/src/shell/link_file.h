@@ -21,8 +21,8 @@ struct LinkTarget
 // 32,767 characters.
 constexpr std::size_t kMostLinkBytes = 1024 * 1024;
 
-// Reads the header and the block about the link's target. Returns nothing if the bytes aren't those of a shortcut. The
-// target of a shortcut without that block, or with a damaged one, is empty.
+// Reads the header and the block about the link's target. Returns nothing if the bytes are not a shortcut. The target
+// of a shortcut without that block, or with a damaged one, is empty.
 std::optional<LinkTarget> ParseLink(std::span<const std::uint8_t> file);
 
 } // namespace qxplatform

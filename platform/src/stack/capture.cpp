@@ -58,7 +58,7 @@ public:
     {
     }
 
-    // Stores the present address and the ones that follow. Returns false if a rule needs other registers.
+    // Stores the current address and the addresses of the callers. Returns false if a rule needs other registers.
     bool Run(unsigned skip, unsigned count, void** addresses, unsigned& stored)
     {
         for (stored = 0;;)
@@ -151,7 +151,7 @@ private:
         return Step::Done;
     }
 
-    // Most frames are in the same module as the frame before.
+    // Finds the tables of the module that contains the address, usually the same one as for the frame before.
     bool FindTables(std::uintptr_t address)
     {
         return address - _tables.begin < _tables.end - _tables.begin || FindModuleTables(address, _tables);

@@ -111,7 +111,7 @@ class RuleProgram
 public:
     RuleProgram(const CommonEntry& common, FrameRule::State& state) : _common(common), _state(state) {}
 
-    // The address of the function.
+    // Sets the address to which the next instructions apply, initially the start of the function.
     void SetLocation(std::uintptr_t location) { _location = location; }
     // Stores the state to which instructions may return.
     void KeepInitialState() { _initial = _state; }

@@ -10,7 +10,7 @@ EXTERN_C_START
 // Returns TRUE if the unwind tables of the loaded modules have a rule for a frame. `isExact` as for QxUnwindFrame.
 BOOL WINAPI QxHasFrameRule(const CONTEXT* context, BOOL isExact) QXP(QxHasFrameRule);
 
-// QxUnwindFrame with a rule that contains no expressions.
+// Works like QxUnwindFrame, with a given rule, which must contain no expressions.
 BOOL WINAPI QxUnwindFrameByRule(CONTEXT* context, BOOL* isExact, const qxplatform::FrameRule* rule)
     QXP(QxUnwindFrameByRule);
 

@@ -7,8 +7,8 @@ namespace qxplatform
 namespace
 {
 
-// For a function without tables: its return address is where the call stored it. Only the innermost frame, and a frame
-// that a signal interrupted, can be such a function, for example after a call of a wild pointer.
+// Leaves a function without tables, whose return address is where the call stored it. Only the innermost frame, and a
+// frame that a signal interrupted, can be such a function, for example after a call of a wild pointer.
 Step LeaveUnknownFunction(Registers& registers, bool& isExact, const StackMemory& memory)
 {
     if (!isExact)
@@ -80,7 +80,7 @@ public:
     }
 
 private:
-    // A frame of which not all registers were known may have failed for that reason.
+    // If some registers had no value, the step may have failed for that reason.
     Step Failure() const { return _old.known == kAllRegisters ? Step::End : Step::UnknownRegister; }
 
     bool Compute(const std::uint8_t* expression, const std::uintptr_t* start, std::uintptr_t& result)

@@ -25,7 +25,7 @@ inline std::uintptr_t LookUpAddress(const Registers& registers, bool isExact)
 // address. On failure both arguments are unchanged.
 Step StepOut(Registers& registers, bool& isExact, const StackMemory& memory);
 
-// The same with a rule that has been found in a module's tables.
+// Does the same by a rule that was found in a module's tables.
 Step ApplyRule(
     const FrameRule& rule, const UnwindTable& table, Registers& registers, bool& isExact, const StackMemory& memory);
 

@@ -27,7 +27,7 @@ Number NumberAt(const std::uint8_t* bytes, std::size_t offset)
     return number;
 }
 
-// The order of siblings: shorter names come first.
+// Compares names by the order of siblings: shorter names come first.
 int CompareNames(std::u16string_view left, std::u16string_view right)
 {
     if (left.size() != right.size())

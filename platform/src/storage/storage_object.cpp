@@ -63,7 +63,7 @@ private:
         return riid == IID_IUnknown || riid == IID_IStorage ? static_cast<IStorage*>(this) : nullptr;
     }
 
-    // `make` returns the new object for the index and the contents of a directory entry.
+    // Opens an element. `make` returns the new object for the index and the contents of its directory entry.
     template <class Interface, class Make>
     HRESULT Open(const OLECHAR* name, DWORD mode, ElementType type, Interface** object, const Make& make)
     try

@@ -22,7 +22,7 @@ bool IsSurrogatePair(const wchar_t* next, const wchar_t* end)
     return U16_IS_LEAD(*next) && end - next > 1 && U16_IS_TRAIL(next[1]);
 }
 
-// No mapping changes a character's plane, so texts keep their length and may be mapped in place.
+// Maps each character. No mapping changes a character's plane, so texts keep their length and may be mapped in place.
 template <class Map>
 void MapCharacters(const wchar_t* next, const wchar_t* end, wchar_t* target, Map map)
 {

@@ -105,7 +105,7 @@ std::size_t FindPart(std::u16string_view picture, std::size_t begin)
     return picture.size();
 }
 
-// Quoted text has the same form in both languages.
+// Converts a CLDR pattern to a picture. Quoted text has the same form in both languages.
 std::u16string ToPicture(std::u16string_view pattern, DateStyle style)
 {
     std::u16string picture;
@@ -138,7 +138,7 @@ std::u16string BehindPart(std::u16string_view picture, std::size_t part)
     return std::u16string(picture.substr(begin, FindPart(picture, begin) - begin));
 }
 
-// The system writes Polish days with two digits.
+// Returns true for Polish, for which the system writes days with two digits.
 bool IsPolish(const Locale& locale)
 {
     return locale.icu.starts_with("pl_");

@@ -22,7 +22,7 @@ DWORD Failed(DWORD error)
     return static_cast<DWORD>(Fail(error));
 }
 
-// The system messages exist in English, which is used for every default language.
+// Returns true for English and for the default languages: the system messages exist only in English.
 bool IsLanguageOfSystemMessages(DWORD language)
 {
     const WORD primary = PRIMARYLANGID(language);
@@ -55,7 +55,7 @@ DWORD FindMessage(DWORD flags, LPCVOID source, DWORD code, DWORD language, std::
     return ERROR_INVALID_PARAMETER;
 }
 
-// The caller frees the text with LocalFree.
+// Stores the text in a new buffer, which the caller frees with LocalFree.
 DWORD GiveAllocated(const std::u16string& text, LPWSTR* target, DWORD minimum)
 {
     const std::size_t size = std::max<std::size_t>(text.size() + 1, minimum);

@@ -68,8 +68,8 @@ const Locale& InvariantLocale()
     return locale.Get([] { return Locale{"", "", static_cast<LCID>(LOCALE_INVARIANT)}; });
 }
 
-// ICU takes its default locale from the environment too, and copies its name, whatever its length, into a buffer of
-// fixed size when it looks for a locale without data. A name that doesn't fit there is replaced.
+// Replaces a default locale of ICU that is too long. ICU takes it from the environment too, and copies its name,
+// whatever its length, into a buffer of fixed size when it looks for a locale without data.
 void BoundDefaultOfIcu()
 {
     static constinit Forever<bool> isBounded;
@@ -101,7 +101,7 @@ std::string Part(const std::string& icu, std::int32_t (*part)(const char*, char*
         [&](char* buffer, std::int32_t size, UErrorCode* status) { return part(icu.c_str(), buffer, size, status); });
 }
 
-// ICU has a language if its English name for it is not just the code.
+// Returns true if ICU has the language: then its English name for it is not just the code.
 bool IsKnownLanguage(const std::string& icu)
 {
     const std::string language = Part(icu, uloc_getLanguage);

@@ -37,7 +37,7 @@ struct Kin
 };
 constexpr Kin kKin[] = {{"sma", "se"}, {"smj", "se"}, {"sms", "se"}};
 
-// For a language without data ICU returns the data of the process's own locale. This detects that case.
+// Returns false for a language without data, for which ICU returns the data of the process's own locale.
 bool HasData(const std::string& icu)
 {
     const ForkHold hold;
@@ -229,7 +229,7 @@ std::u16string DecimalSeparator(const Locale& locale)
     return NumberSymbol(locale, UNUM_DECIMAL_SEPARATOR_SYMBOL);
 }
 
-// The system's data has plain no-break blanks instead of narrow ones.
+// Returns the separator with a plain no-break blank instead of a narrow one, as in the system's data.
 std::u16string GroupSeparator(const Locale& locale)
 {
     const std::u16string separator = NumberSymbol(locale, UNUM_GROUPING_SEPARATOR_SYMBOL);
@@ -269,7 +269,7 @@ std::u16string RegionName(const Locale& locale, const Locale& in)
     return name == kSouthKorea ? u"Korea" : std::move(name);
 }
 
-// Derived from the system's name, because its codes for Dari and Quechua differ from ICU's.
+// Returns the code in the system's name, because the system's codes for Dari and Quechua differ from ICU's.
 std::u16string LanguageCode(const Locale& locale)
 {
     const std::string_view code = std::string_view(locale.name).substr(0, locale.name.find('-'));
@@ -285,7 +285,7 @@ std::u16string RegionCode(const Locale& locale)
     return U_SUCCESS(status) ? std::u16string(code, code + length) : std::u16string();
 }
 
-// World regions have their number in both forms.
+// Returns the code with three letters, or the number of a world region.
 std::u16string LetterRegionCode(const Locale& locale)
 {
     const std::string_view code = uloc_getISO3Country(locale.icu.c_str());

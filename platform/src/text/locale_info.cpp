@@ -53,7 +53,7 @@ std::u16string LanguageNumberText(const Locale& locale)
     return digits;
 }
 
-// 0 month, day, year; 1 day, month, year; 2 year, month, day.
+// Returns 0 for month, day, year; 1 for day, month, year; 2 for year, month, day.
 DWORD DateOrder(const Locale& locale)
 {
     const std::u16string picture = DatePicture(locale, DateStyle::Numbers);
@@ -101,7 +101,7 @@ std::u16string MonthNamed(const Locale& locale)
     return MonthName(locale, Month, Abbreviated);
 }
 
-// The list separator must differ from the decimal separator.
+// Returns a list separator that differs from the decimal separator.
 std::u16string ListSeparator(const Locale& locale)
 {
     return DecimalSeparator(locale) == u"," ? u";" : u",";
@@ -261,7 +261,7 @@ std::u16string MakeText(const Locale& locale, const InfoType& type)
     return type.text(locale);
 }
 
-// Cached for each locale and type: ICU is slow, and the values don't change.
+// Returns a value from a cache for each locale and type: ICU is slow, and the values don't change.
 const std::u16string& TextOf(const Locale& locale, const InfoType& type)
 {
     struct Known

@@ -154,7 +154,7 @@ private:
         }
     }
 
-    // "%%", "%.", "%!" and "% " represent their second character. They are kept unchanged if inserts are.
+    // Appends the second character of "%%", "%.", "%!" or "% ". The sequence is kept unchanged if inserts are.
     void PutLiteral(char16_t unit)
     {
         if (!_withInserts)

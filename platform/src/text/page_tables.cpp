@@ -227,8 +227,8 @@ void ReadPairs(const Converter& converter, PageTables& tables)
     }
 }
 
-// A unit is encoded as its lowest code, unless ICU prefers another one (page 932 has characters at up to three
-// positions).
+// Fills the table of codes. A unit is encoded as its lowest code, unless ICU prefers another one (page 932 has
+// characters at up to three positions).
 void Invert(const Converter& converter, PageTables& tables)
 {
     tables.exact.assign(PageTables::kUnits, 0);

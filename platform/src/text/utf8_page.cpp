@@ -17,8 +17,8 @@ bool IsContinuation(unsigned char byte)
     return (byte & 0xc0) == 0x80;
 }
 
-// Returns the length announced by a lead byte, or 0 if the byte can't begin a character: continuation bytes, the leads
-// of overlong forms (C0, C1) and those beyond U+10FFFF (F5 and up).
+// Returns the length announced by a lead byte, or 0 if the byte can't begin a character: continuation bytes, and the
+// lead bytes of overlong forms (C0, C1) and of values beyond U+10FFFF (F5 and up).
 int SequenceLength(unsigned char lead)
 {
     if (lead >= 0xc2 && lead <= 0xdf)
@@ -55,8 +55,8 @@ struct Sequence
     bool valid;
 };
 
-// The system replaces an ill-formed sequence as a whole: the lead byte with the continuation bytes it can have. A
-// forbidden second byte still belongs to its lead byte; the bytes after it don't.
+// Reads a sequence. The system replaces an ill-formed one as a whole: the lead byte with the continuation bytes it can
+// have. A forbidden second byte still belongs to its lead byte; the bytes after it don't.
 Sequence ReadSequence(const char* next, const char* end)
 {
     const auto byte = [next](int i)

@@ -25,7 +25,7 @@ public:
             _isSet = false;
     }
 
-    // The lock is needed only to wake threads. Waiters are counted before they check the event, so none is missed.
+    // Takes the lock only to wake threads. Waiters are counted before they check the event, so none is missed.
     void Set()
     {
         if (_isSet.exchange(true) || !HasWaiters())

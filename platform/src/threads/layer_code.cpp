@@ -34,7 +34,8 @@ struct CodeList
 // the meantime.
 std::atomic<const CodeList*> codeList = nullptr;
 
-// The loader relocates the addresses in a dynamic section, except for the kernel's own module.
+// Returns the string table, or null for the kernel's own module, in whose dynamic section the loader doesn't relocate
+// addresses.
 const char* StringsOf(const dl_phdr_info& module, const ElfW(Dyn) * entries)
 {
     for (; entries->d_tag != DT_NULL; ++entries)

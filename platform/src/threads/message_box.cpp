@@ -51,7 +51,7 @@ std::size_t CountOf(const Button (&buttons)[kMostButtons])
         std::count_if(buttons, buttons + kMostButtons, [](const Button& button) { return button.name != nullptr; }));
 }
 
-// If the style's default button doesn't exist, the first button is used.
+// Returns the index of the style's default button. If the button doesn't exist, returns the first one.
 std::size_t DefaultOf(const Button (&buttons)[kMostButtons], UINT style)
 {
     const std::size_t index = (style & MB_DEFMASK) >> 8;
@@ -73,7 +73,7 @@ std::string Bytes(LPCWSTR text)
     return text == nullptr ? std::string() : ToBytes(View(text));
 }
 
-// Written in one call, so that boxes of several threads are not interleaved.
+// Writes the text in one call, so that boxes of several threads are not interleaved.
 void Print(const std::string& text)
 {
     for (std::size_t done = 0; done < text.size();)

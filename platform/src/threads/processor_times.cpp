@@ -28,8 +28,8 @@ ProcessorTimes ProcessorTimesOfThisThread()
     return {UnitsOfClock(usage.ru_utime), UnitsOfClock(usage.ru_stime)};
 }
 
-// If the thread has ended, there is nothing to read. Allocates nothing, because a caller may run out of memory while it
-// ends a thread.
+// Returns zeros if the thread has ended. Allocates nothing, because a caller may run out of memory while it ends a
+// thread.
 ProcessorTimes ProcessorTimesOf(DWORD threadId)
 {
     char buffer[1024] = {};

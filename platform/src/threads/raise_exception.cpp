@@ -15,8 +15,8 @@ using namespace qxplatform;
 namespace
 {
 
-// With this exception a thread reports its name to the debugger. It is stored as the kernel's thread name (15
-// characters), which debuggers show.
+// If the exception reports a thread's name to the debugger, stores it as the kernel's thread name (15 characters),
+// which debuggers show.
 void TakeThreadName(const EXCEPTION_RECORD& record)
 {
     struct ThreadName

@@ -59,8 +59,8 @@ public:
     pthread_attr_t attributes;
 };
 
-// As on the system, a caller's size is the guaranteed size, not the limit: a thread may use at least one megabyte.
-// Pages that it doesn't touch use no memory.
+// Returns the size of a stack, at least one megabyte. As on the system, a caller's size is the guaranteed size, not the
+// limit. Pages that the thread doesn't touch use no memory.
 std::size_t StackSizeFor(std::size_t wanted)
 {
     constexpr std::size_t kLeast = 1 << 20;
@@ -137,7 +137,7 @@ void ThreadObject::Register()
     FutexWakeOne(&_isRegistered);
 }
 
-// The parent's threads count as ended, because a wait for one of them would never end.
+// Marks the parent's threads as ended, because a wait for one of them would never end.
 void ThreadObject::AfterForkInChild()
 {
     constexpr DWORD kGone = 1;
@@ -236,7 +236,7 @@ bool ThreadObject::HasEnded() const
     return _hasEnded;
 }
 
-// A terminated thread has its exit code even if it has not yet ended.
+// Returns the exit code, which a terminated thread has even if it has not yet ended.
 DWORD ThreadObject::ExitCode() const
 {
     const std::lock_guard guard(DispatcherLock());

@@ -36,7 +36,7 @@ int NiceOfProcess()
     return nice;
 }
 
-// A thread whose priority has been lowered must be able to return to normal priority.
+// Returns true if a thread whose priority has been lowered may return to normal priority.
 bool MayGoBackToNormal()
 {
     rlimit limit{};
@@ -46,7 +46,7 @@ bool MayGoBackToNormal()
 
 } // namespace
 
-// The priority is always stored. It is applied to the scheduler only if the process may restore it.
+// Stores the priority, and applies it to the scheduler if the process may restore the normal one.
 BOOL ThreadObject::SetPriority(int priority)
 {
     const Level* const level = std::find_if(

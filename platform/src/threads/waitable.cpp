@@ -33,7 +33,8 @@ Mutex& DispatcherLock()
     return lock;
 }
 
-// In a forked child the waits of the parent's threads no longer exist, and other threads may be using their stacks.
+// Clears the list in a forked child, where the waits of the parent's threads no longer exist and other threads may be
+// using their stacks.
 void Waitable::ForgetForeignWaiters()
 {
     if (_generation == ForkGeneration())

@@ -61,7 +61,7 @@ private:
         return true;
     }
 
-    // At most four digits: longer numbers are not part of a date.
+    // Reads a number of at most four digits: longer numbers are not part of a date.
     bool TakeNumber(int& number)
     {
         number = 0;

@@ -17,11 +17,10 @@ namespace
 // a TZ.
 std::atomic<std::int64_t> lastLookAtMachineZone = 0;
 
-// Without TZ, tzset() asks the file system each time whether the machine's zone has changed. Once in this time is
-// enough.
+// Without TZ, each tzset() checks the file system for a change of the machine's zone. One check in this time is enough.
 constexpr std::int64_t kMachineZoneKept = 1'000'000'000;
 
-// localtime_r need not detect a changed zone; tzset() does, for the calls that follow.
+// Calls tzset(), because localtime_r need not detect a changed zone.
 void DetectZone()
 {
     if (getenv("TZ") != nullptr)
@@ -48,8 +47,8 @@ tm LocalAt(time_t universal)
     return local;
 }
 
-// The standard time of the year 1970. Earlier history is known for few zones and includes local mean times, whose
-// offsets aren't whole minutes, as the system's zones require.
+// Returns the standard time of the year 1970. Earlier history is known for few zones and includes local mean times,
+// whose offsets aren't whole minutes, as the system's zones require.
 LONG FirstOffset()
 {
     constexpr time_t kHalfYear = 182 * 86400;

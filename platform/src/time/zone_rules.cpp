@@ -98,7 +98,8 @@ bool IsInLastWeek(year_month_day date)
     return date.day() + days(7) > (date.year() / date.month() / last).day();
 }
 
-// The week of the month in a rule can be determined only from several years: a fourth Sunday may be the last one.
+// Returns the week of the month in a rule. It can be determined only from several years: a fourth Sunday may be the
+// last one.
 template <class PickChange>
 int WeekOfRule(year first, PickChange pick)
 {

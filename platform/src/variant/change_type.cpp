@@ -81,7 +81,7 @@ bool EqualWithoutCase(std::u16string_view text, std::u16string_view lowerCase)
         [](char16_t a, char16_t b) { return (a >= u'A' && a <= u'Z' ? a + (u'a' - u'A') : a) == b; });
 }
 
-// The words for true and false, including their Basic forms.
+// Recognises the words for true and false, including their Basic forms.
 bool BoolOfWord(std::u16string_view text, VARIANT& target)
 {
     const bool isTrue = EqualWithoutCase(text, u"true") || text == u"#TRUE#";
@@ -110,7 +110,7 @@ bool DoubleOfDigits(const ReadNumber& text, double& value)
     return true;
 }
 
-// A hexadecimal number that uses all bits of a signed type may be negative.
+// Stores a hexadecimal number, which is negative if it sets the highest bit of a signed type.
 HRESULT SetTextBits(VARIANT& target, VARTYPE type, ULONGLONG bits)
 {
     const unsigned size = IsSignedInteger(type) ? FindValueType(type)->size : 0;
@@ -193,7 +193,7 @@ HRESULT ToInterface(VARIANT& target, const VARIANT& source, const Change& change
 
 constexpr VARTYPE kBytes = VT_ARRAY | VT_UI1;
 
-// An array of bytes and a text are converted to each other byte by byte.
+// Copies the bytes of an array to a text. TextToBytes does the opposite.
 HRESULT BytesToText(VARIANT& target, SAFEARRAY* bytes)
 {
     if (SafeArrayGetDim(bytes) != 1)

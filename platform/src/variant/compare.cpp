@@ -11,7 +11,7 @@ using namespace qxplatform;
 namespace
 {
 
-// The documentation excludes the other types: newer integers, references, arrays.
+// Returns true for the types that the documentation permits: not newer integers, references and arrays.
 constexpr bool IsCompared(VARTYPE type)
 {
     switch (type)

@@ -99,7 +99,7 @@ private:
         return true;
     }
 
-    // If the group separator is a blank, any kind of blank is accepted.
+    // Skips a group separator. If it is a blank, any kind of blank is accepted.
     bool TakeGroupSeparator()
     {
         if (Take(_symbols.group))

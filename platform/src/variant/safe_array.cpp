@@ -19,7 +19,7 @@ const SAFEARRAYBOUND* BoundOf(SAFEARRAY* array, UINT dimension)
     return dimension != 0 && dimension <= array->cDims ? &array->rgsabound[array->cDims - dimension] : nullptr;
 }
 
-// The first index varies fastest.
+// Returns the address of an element. The first index varies fastest.
 void* PlaceOf(SAFEARRAY* array, const LONG* indices)
 {
     std::size_t place = 0;

@@ -95,7 +95,8 @@ private:
         std::optional<Breakpoint> traced; // set by a child process
     };
 
-    // A forked child inherits the descriptors, but its thread has no breakpoints.
+    // Forgets the parent's breakpoints in a forked child: the child inherits their descriptors, but its thread has no
+    // breakpoints.
     void ForgetParents()
     {
         if (_generation == ForkGeneration())

@@ -27,7 +27,8 @@ namespace
 constexpr int kControl = 7; // the number of the control register
 constexpr int kStatus = 6;
 
-// A system call that touches neither errno nor the stack protector's data. Returns a negative errno value on failure.
+// Makes a system call that touches neither errno nor the stack protector's data. Returns a negative errno value on
+// failure.
 [[gnu::always_inline]] inline long Call(
     long number, long a = 0, long b = 0, long c = 0, long d = 0, long e = 0, long f = 0)
 {
@@ -64,8 +65,8 @@ constexpr long OffsetOfRegister(int number)
     return Call(SYS_ptrace, request, thread, address, data);
 }
 
-// The control register is cleared first, because the kernel refuses addresses that don't fit the length of an enabled
-// breakpoint.
+// Writes the registers. The control register is cleared first, because the kernel refuses addresses that don't fit the
+// length of an enabled breakpoint.
 [[gnu::always_inline]] inline long WriteRegisters(const Task& task)
 {
     long result = Trace(PTRACE_POKEUSR, task.thread, OffsetOfRegister(kControl), 0);

@@ -57,8 +57,8 @@ unsigned SlotsOf(const siginfo_t& info)
     return own.Dr7 == 0 ? 0 : TakeDebugStatusByChild().value_or(0);
 }
 
-// A data breakpoint stops behind the instruction that has made the access. Changes that a handler makes to the
-// registers have no effect.
+// Offers a hit to the vectored handlers. A data breakpoint stops after the instruction that made the access. Changes
+// that a handler makes to the registers have no effect.
 bool OfferHit(unsigned slots, const ucontext_t& user)
 {
     CONTEXT context{};

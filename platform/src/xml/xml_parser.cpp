@@ -38,7 +38,8 @@ bool IsBlank(std::string_view text)
     return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 
-// The encodings of the system's reader, and 8-bit pages. The C library has many more, some of them with shift states.
+// Returns true for the encodings of the system's reader and for 8-bit pages. The C library has many more, some of them
+// with shift states.
 bool IsSupportedEncoding(const char* name)
 {
     static constexpr std::string_view kBegins[] = {"utf-8", "utf-16", "us-ascii", "iso-8859-", "windows-125"};
@@ -287,7 +288,8 @@ void XmlParser::OnInstruction(void* self, const xmlChar* target, const xmlChar* 
         });
 }
 
-// An error in a text leaves the text incomplete, so it isn't reported. Any other error follows the text.
+// Stores the first error. An error inside a text leaves the text incomplete, so the text isn't reported; any other
+// error follows the text.
 void XmlParser::OnError(void* self, xmlErrorPtr error)
 {
     if (error->level != XML_ERR_FATAL && error->code != XML_NS_ERR_QNAME)
