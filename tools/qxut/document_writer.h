@@ -22,7 +22,7 @@ public:
     // If `fields` is empty, the usual fields of the format are written.
     DocumentWriter(DocFormat format, std::vector<DocField> fields, bool explains);
 
-    // A document that can't be read is also named on standard error, except for JSON.
+    // Writes a document. A document that can't be read is also named on standard error, except for JSON.
     void Write(const Document& document);
 
     std::size_t Unreadable() const { return _unreadable; }

@@ -8,7 +8,7 @@ namespace qxut
 
 unsigned long ProcessId();
 
-// Also returns true if the state of the process can't be determined.
+// Returns true if the process is running, or if its state can't be determined.
 bool IsProcessAlive(unsigned long id);
 
 // Returns true if a process has the file open through the library. This works even if the process runs in another

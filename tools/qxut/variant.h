@@ -21,7 +21,7 @@ public:
 
     struct tagVARIANT* Address() { return reinterpret_cast<struct tagVARIANT*>(&_layout); }
 
-    // Return 0 and the empty text if the variant has another type.
+    // Return the contents, or 0 and the empty text if the variant has another type.
     std::int32_t Number() const;
     std::string Text() const;
     // Days since 30 December 1899.

@@ -11,8 +11,8 @@ namespace qxplatform
 // Blocks while the word has the value, at most until `end` on the monotonic clock. May return early; callers check
 // again.
 void FutexWait(LONG* word, LONG value, const timespec* end = nullptr);
-// Doesn't access the word, which may no longer exist. A thread that blocks on another word at that address checks
-// again.
+// Wakes one thread. Doesn't access the word, which may no longer exist. A thread that blocks on another word at that
+// address checks again.
 void FutexWakeOne(LONG* word);
 void FutexWakeAll(LONG* word);
 

@@ -32,7 +32,7 @@ public:
         return Word().compare_exchange_strong(expected, Mine(), std::memory_order_acquire, std::memory_order_relaxed);
     }
 
-    // Also takes a lock that is held by a thread of the parent process.
+    // Takes the lock if it is free or held by a thread of the parent process.
     bool TryToTake();
 
     // Takes the lock, sleeping while another thread holds it. Before each sleep the caller's ForkHold ends and

@@ -12,9 +12,9 @@ namespace qxplatform
 class Decimal
 {
 public:
-    // The exact value of a finite number that is not negative.
+    // Converts a finite number that is not negative to its exact value.
     explicit Decimal(double value);
-    // Characters that are treated as if they were digits.
+    // Treats these characters as if they were digits.
     explicit Decimal(std::string_view digits);
 
     std::size_t Count() const { return _count; }

@@ -7,7 +7,7 @@
 namespace qxplatform::heap
 {
 
-// The smallest unit of memory that a heap requests from the system, and the alignment of all mappings.
+// The smallest unit of memory that a heap assigns to blocks of one size, and the alignment of all mappings.
 constexpr unsigned kUnitShift = 16;
 constexpr std::size_t kUnitSize = std::size_t{1} << kUnitShift;
 

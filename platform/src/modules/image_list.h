@@ -18,7 +18,7 @@ struct LoadedImage
     bool IsFile() const { return path.find('/') != path.npos; }
 };
 
-// The program comes first.
+// Returns all loaded images. The program comes first.
 std::vector<LoadedImage> ListLoadedImages();
 
 } // namespace qxplatform

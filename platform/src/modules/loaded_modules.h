@@ -19,7 +19,7 @@ struct Module
     std::size_t size = 0; // in bytes, whole pages
 };
 
-// The program comes first.
+// Returns all loaded modules. The program comes first.
 std::vector<Module> LoadedModules();
 
 // Returns the module of a handle, or the program for null. Empty with ERROR_MOD_NOT_FOUND if there is none.

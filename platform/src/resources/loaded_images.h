@@ -18,7 +18,7 @@ std::shared_ptr<const ResourceImage> ImageOf(HMODULE module);
 // Returns the handle of a resource: the address of its header, valid as long as the module is loaded.
 HRSRC HandleOf(const Resource& resource);
 
-// Empty with ERROR_INVALID_HANDLE if the pointer is not a resource handle.
+// Returns the resource of a handle. Empty with ERROR_INVALID_HANDLE if the pointer is not a resource handle.
 std::optional<Resource> ResourceOf(HRSRC handle);
 
 } // namespace qxplatform

@@ -19,8 +19,9 @@ public:
     // Every read goes through the kernel.
     StackMemory() = default;
 
-    // The readable part around the stack pointer of the calling thread. It is remembered while the thread lives. If the
-    // thread uses another stack, for example in a signal handler, the part is found anew each time, by system calls.
+    // Returns the readable part around the stack pointer of the calling thread. It is remembered while the thread
+    // lives. If the thread uses another stack, for example in a signal handler, system calls determine the part each
+    // time.
     static StackMemory OfThisThread(std::uintptr_t stackPointer);
 
     bool Contains(std::uintptr_t address) const { return address - _begin < _size && (address & 7) == 0; }

@@ -41,7 +41,7 @@ public:
     virtual bool Decode(std::string_view bytes, OnInvalid onInvalid, WideOutput& out) const = 0;
     virtual EncodeResult Encode(std::wstring_view text, const Encoding& encoding, ByteOutput& out) const = 0;
 
-    // The flags that the two conversion functions accept for this page.
+    // Return the flags that the two conversion functions accept for this page.
     virtual DWORD DecodeFlags() const = 0;
     virtual DWORD EncodeFlags() const = 0;
 

@@ -23,7 +23,7 @@ struct LanguageSupplement
     const char16_t* region = nullptr; // the name of the language's only region
 };
 
-// All members are null if ICU has the language or nothing is known about it.
+// Returns the supplement of a locale. All of its members are null if ICU has the language or nothing is known about it.
 const LanguageSupplement& SupplementOf(const Locale& locale);
 
 } // namespace qxplatform

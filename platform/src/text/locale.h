@@ -16,8 +16,8 @@ struct Locale
     LCID lcid;        // LOCALE_CUSTOM_UNSPECIFIED if it has no identifier of its own
 };
 
-// The locales in the environment: LC_ALL, LC_TIME, LANG, and for the UI language LC_ALL, LC_MESSAGES, LANG. en-US if
-// these specify none.
+// Return the locales in the environment: LC_ALL, LC_TIME, LANG, and for the UI language LC_ALL, LC_MESSAGES, LANG.
+// en-US if these specify none.
 const Locale& UserLocale();
 const Locale& UserInterfaceLocale();
 
@@ -26,7 +26,7 @@ const Locale& UserInterfaceLocale();
 const Locale* FindLocale(LCID lcid);
 const Locale* FindLocale(std::string_view name);
 
-// A null name is the user's locale, an empty name the invariant locale.
+// Finds the user's locale for null, and the invariant locale for an empty name.
 const Locale* FindLocale(const wchar_t* name);
 
 } // namespace qxplatform

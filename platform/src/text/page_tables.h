@@ -21,7 +21,7 @@ struct TablePageSource
     wchar_t undefinedFrom = 0;
 };
 
-// Empty if the installed ICU lacks the converter.
+// Returns the tables of a page, or nothing if the installed ICU lacks the converter.
 std::optional<PageTables> MakePageTables(const TablePageSource& source);
 
 } // namespace qxplatform

@@ -14,7 +14,8 @@ struct ProcessorTimes
 
 ProcessorTimes ProcessorTimesOfThisThread();
 
-// Accurate to the kernel's clock tick. Zeros if the process has no such thread.
+// Returns the times of a thread with the resolution of the kernel's clock tick, or zeros if the process has no such
+// thread.
 ProcessorTimes ProcessorTimesOf(DWORD threadId);
 
 } // namespace qxplatform

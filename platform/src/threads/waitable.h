@@ -47,7 +47,7 @@ protected:
     // Call this when the object has become signalled.
     void WakeWaiters();
 
-    // For objects from which each wait takes something: marks the most recent wait that hasn't been woken as woken.
+    // Marks the most recent wait that hasn't been woken as woken, for objects from which each wait takes something.
     // Returns the word on which that wait blocks, for FutexWakeOne(), or null. Waking it after the lock is released
     // saves the woken thread a wait for the lock.
     LONG* MarkLatestWaiter();

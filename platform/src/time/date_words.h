@@ -24,7 +24,8 @@ struct DateWord
     int number; // months from 1, AM and PM from 0
 };
 
-// `locale` must come from FindLocale. The result is valid until the process ends. The longest words come first.
+// Returns the words of a locale, the longest ones first. `locale` must come from FindLocale. The result is valid until
+// the process ends.
 const std::vector<DateWord>& DateWordsOf(const Locale& locale);
 
 // Returns the whole word at the beginning of a text, or null.

@@ -19,7 +19,7 @@ struct Pictures
     std::u16string afternoon;
 };
 
-// `locale` must come from FindLocale. The result is valid until the process ends.
+// Returns the pictures of a locale, which must come from FindLocale. The result is valid until the process ends.
 const Pictures& PicturesOf(const Locale& locale);
 
 } // namespace qxplatform

@@ -26,7 +26,7 @@ bool WasMadeAsVector(const SAFEARRAY* array);
 // Frees the memory, but nothing that the elements own. Memory provided by the caller is left to the caller.
 void FreeArray(SAFEARRAY* array);
 
-// Change the lock count. E_UNEXPECTED if it has reached its limit.
+// Change the lock count. Return E_UNEXPECTED if it has reached its limit.
 HRESULT LockArray(SAFEARRAY* array);
 HRESULT UnlockArray(SAFEARRAY* array);
 

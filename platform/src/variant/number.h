@@ -56,7 +56,7 @@ int Compare(const Exact& left, const Exact& right);
 
 // Writes the number with '.' as the decimal point and without trailing zeros.
 std::string TextOf(const Exact& number);
-// Like %.*G, with an exponent of at least two digits.
+// Writes the number like %.*G, with an exponent of at least two digits.
 std::string TextOf(double value, int significantDigits);
 
 } // namespace qxplatform

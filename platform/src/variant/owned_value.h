@@ -16,11 +16,11 @@ HRESULT DuplicateValue(VARIANT& copy);
 // Clears `target` and stores a copy of `source` in it.
 HRESULT ReplaceValue(VARIANT& target, const VARIANT& source);
 
-// Return S_OK, or DISP_E_ARRAYISLOCKED without changes. Arrays nested in the elements are destroyed too, to any depth
-// and without recursion; a locked one is not.
+// Returns S_OK, or DISP_E_ARRAYISLOCKED without changes. Arrays nested in the elements are destroyed too, to any depth
+// and without recursion, except for locked ones.
 HRESULT DestroyArray(SAFEARRAY* array);
 
-// A null string stays null.
+// Copies a string. A null string stays null.
 HRESULT CopyText(BSTR source, BSTR& target);
 
 // Copies an element of the array to a place that contains nothing to release.
