@@ -71,8 +71,7 @@ void ParseTable(PDFCursor& cursor, PDFOffsets& offsets, PDFDictionary& trailer)
     if (!cursor.StandsAt("\n"))
         throw new clsException(L"no xref");
     cursor.Skip("\n");
-    const double size = ToDouble(*length);
-    if (size < 0 || !cursor.SkipBytes(static_cast<std::uint64_t>(size)))
+    if (ToDouble(*length) < 0 || !cursor.SkipBytes(NumberOf(length)))
         throw new clsException(L"no xref");
     cursor.SkipSpace();
     if (!cursor.StandsAt("endstream"))

@@ -328,4 +328,10 @@ String PDFCursor::ParseHexString()
     return OneCharacterPerByte(bytes);
 }
 
+std::uint64_t NumberOf(const clsVariant* value)
+{
+    constexpr double kMost = 9e15; // each whole number up to here is exact
+    return value != nullptr ? static_cast<std::uint64_t>(std::clamp(ToDouble(*value), 0.0, kMost)) : 0;
+}
+
 } // namespace qx

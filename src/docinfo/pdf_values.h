@@ -66,4 +66,7 @@ private:
     int _nesting = 0;
 };
 
+// Returns a value as a number from 0 to 9e15; 0 for null.
+std::uint64_t NumberOf(const clsVariant* value);
+
 } // namespace qx

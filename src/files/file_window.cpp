@@ -79,6 +79,7 @@ void FileWindow::Fill(std::uint64_t offset, std::size_t count)
         _count += read;
     }
     _position += static_cast<std::int64_t>(_count);
+    _bytesRead += _count;
 }
 
 bool FileWindow::MoveTo(std::int64_t position)

@@ -32,6 +32,9 @@ public:
     // they can't be read.
     std::size_t Read(std::uint64_t offset, void* buffer, std::size_t count);
 
+    // Returns how many bytes the window has read from the file.
+    std::uint64_t BytesRead() const { return _bytesRead; }
+
     // Moves the file. Returns false if it can't be moved there.
     bool MoveTo(std::int64_t position);
 
@@ -44,9 +47,10 @@ private:
 
     clsFile& _file;
     std::unique_ptr<std::uint8_t[]> _buffer;
-    std::uint64_t _begin = 0;   // offset of the first byte in the buffer
-    std::size_t _count = 0;     // bytes in the buffer
-    std::int64_t _size = -1;    // -1: not asked yet
+    std::uint64_t _begin = 0; // offset of the first byte in the buffer
+    std::size_t _count = 0;   // bytes in the buffer
+    std::int64_t _size = -1;  // -1: not asked yet
+    std::uint64_t _bytesRead = 0;
     std::int64_t _position = 0; // of the file
 };
 

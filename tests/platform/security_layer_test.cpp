@@ -8,6 +8,7 @@
 #include <string>
 #include <tuple>
 
+#include <grp.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -108,6 +109,11 @@ TEST_F(SecurityOfTheLayer, EntriesAreSetAsAnotherReaderShowsThem)
         ASSERT_EQ(chmod(path.c_str(), 0750), 0);
         CheckList(path, one);
     }
+    // A group has the rights of all its entries, so setting those of the owning group removes a named one.
+    MakeFile(Text::Widen(path += "g"), "content");
+    ASSERT_EQ(chmod(path.c_str(), 0640), 0);
+    if (chown(path.c_str(), geteuid(), getgrnam("staff")->gr_gid) == 0) // only root may give it to any group
+        CheckList(path, {"-m g:staff:rwx", "staff", GENERIC_READ, 0, "u::rw- g::r-- m::rwx o::---"});
 }
 
 TEST_F(SecurityOfTheLayer, ErrorsStayWithTheirStep)

@@ -126,6 +126,33 @@ TEST(TiffReader, GrowsWithinBounds)
     EXPECT_EQ(TextOf(ReadRecord(ReadTIFFFile, tiff.Bytes())->Author).size(), 4096u * 20 * 5 - 2);
 }
 
+// Directories that share their entries, whose values lie far apart.
+TEST(TiffReader, BoundedTime)
+{
+    constexpr std::uint16_t kDirectories = 1350, kEntries = 2 * kDirectories;
+    constexpr std::uint32_t kFirst = 8, kStep = 24, kFar = 66'000;
+    std::string bytes(kFar + 4096, '\1');
+    const auto put = [&](std::size_t at, std::uint32_t value, int size)
+    {
+        for (; size != 0; --size, value >>= 8)
+            bytes[at + static_cast<std::size_t>(size) - 1] = static_cast<char>(value);
+    };
+    bytes.replace(0, 4, "MM\0*", 4);
+    put(4, kFirst, 4);
+    put(kFirst, kEntries, 2);
+    for (std::uint32_t i = 0; i < 2 * kEntries; ++i)
+    {
+        const std::uint32_t entry = kFirst + 2 + 12 * i;
+        put(entry, 33437, 2);
+        put(entry + 2, kRational, 2);
+        put(entry + 4, 1, 4);
+        put(entry + 8, i % 2 == 0 ? kFar : kEntries, 4); // each second value is the count of the next directory, too
+        if (i >= kEntries && i % 2 == 0)
+            put(entry, kFirst + kStep * ((i - kEntries) / 2 + 1), 4); // the link to the next directory
+    }
+    qxtest::ExpectQuick(ReadTIFFFile, bytes);
+}
+
 TEST(JpegReader, Segments)
 {
     TiffBuilder tiff(true);
@@ -139,6 +166,18 @@ TEST(JpegReader, Segments)
     EXPECT_EQ(photo.Summary(), "-||-|-|-|f=4|1999-1-2 3:4:5|-"); // the user comment isn't ASCII
     // In a TIFF file itself the EXIF directory is passed over.
     EXPECT_EQ(ReadRecord(ReadTIFFFile, tiff.Bytes()).Summary(), "-||-|-|-|-|2001-2-3 4:5:6|-");
+
+    // A comment whose type is ASCII is the subject unless there is one. A directory isn't read twice.
+    for (const char* const subject : {"", "subject"})
+    {
+        TiffBuilder comment(true);
+        if (*subject != 0)
+            comment.AddText(270, subject);
+        comment.AddText(37510, "comment");
+        comment.Add(34665, kLong, 8 + 8 + static_cast<std::uint32_t>(*subject != 0 ? 8 : 0)).EndDirectory();
+        const ReadRecord record(ReadJPEG, JpegOf({{0xE1, std::string("Exif\0\0", 6) + comment.Bytes()}}));
+        EXPECT_EQ(TextOf(record->Subject), *subject != 0 ? subject : "comment");
+    }
 
     const std::string bad[] = {JpegOf({{0xE1, "http://"}, {0xE1, block}}), JpegOf({{0xE0, "JFIF"}}), "", "\xFF",
         "\xFF\xD8\xFF\xE0", std::string("\xFF\xD8\xFF\xE0\0\1\xFF\xE1", 8),

@@ -18,25 +18,15 @@ TEST(PdfReader, Values)
     const std::pair<std::string, const char*> titles[] = {
         {"/Title (Gr\\374\\337e)", "Gr<fc><df>"
                                    "e"},
-        {"/Title (\\)\\n\\x\\7\\0a(b)c)", ")<a>\\x<7>a(b)c"},
-        {"/Title (\\376\\377\\000G\\000r)", "Gr"},
-        {"/Title (\xFF\xFEG\\000r\\000)", "Gr"},
-        {"/Title <FEFF00470072>", "Gr"},
-        {"/Title <FF FE 47 00 7>", "G"},
-        {"/Title <EFBBBFC3BC>", "<fc>"},
-        {"/Title <4x7>", "@p"}, // what is no digit counts as 0
-        {"/Title /A#42#4", "AB#4"},
-        {"/Title% a comment\n(a)", "a"},
-        {"/Ti#74le (a)", "a"},
-        {"/Title (a) /Title (b)", "a"},
-        {"/title (a)", ""},
-        {"/Title true", "-1"},
-        {"/Title 12 ", "12"},
-        {"/Title [1 (a) % x\n]", "1 (a) <a>"},
-        {"/Title <</A (b)>>", "<dummy:Dict>"},
+        {"/Title (\\)\\n\\x\\7\\0a(b)c)", ")<a>\\x<7>a(b)c"}, {"/Title (\\376\\377\\000G\\000r)", "Gr"},
+        {"/Title (\xFF\xFEG\\000r\\000)", "Gr"}, {"/Title <FEFF00470072>", "Gr"}, {"/Title <FF FE 47 00 7>", "G"},
+        {"/Title <EFBBBFC3BC>", "<fc>"}, {"/Title <4x7>", "@p"}, // what is no digit counts as 0
+        {"/Title /A#42#4", "AB#4"}, {"/Title% a comment\n(a)", "a"}, {"/Ti#74le (a)", "a"},
+        {"/Title (a) /Title (b)", "a"}, {"/title (a)", ""}, {"/Title true", "-1"}, {"/Title 12 ", "12"},
+        {"/Title [1 (a) % x\n]", "1 (a) <a>"}, {"/Title <</A (b)>>", "<dummy:Dict>"},
         {"/A << /B << /C 1 >> >> /Title (a)", "a"},
         {"/A . /Title (a)", ""}, // a point without a digit is no value, so the key has the value "Title"
-        {"/A 1.5 /Title (a)", "a"},
+        {"/A 1.5 /Title (a)", "a"}, {"/Title 12 0 R", ""}, // an array, not the object
     };
     for (const auto& [entry, title] : titles)
     {
@@ -76,7 +66,11 @@ TEST(PdfReader, Faults)
         {tableOf("1 0 obj\n<</Type/Other/Filter/FlateDecode/Length 3>>stream\nabc\nendstream"), "-",
             L"EXCEPTION 'no xref'"},
         {tableOf("1 0 obj\n<</Type/XRef/Filter/FlateDecode/Length 3>>other"), "-", L"EXCEPTION 'no xref stream'"},
+        {tableOf("1 0 obj\n<</Type/XRef/Filter/FlateDecode/Length (1e300)>>stream\nabc\nendstream"), "-",
+            L"EXCEPTION 'no xref'"},
         {tableOf("nothing"), "-", L"EXCEPTION 'no object'"},
+        // An object that would be longer than the file isn't read.
+        {tableOf("xref\n1 2\n0000000009 00000 n \n0000005000 00000 n \n"), "-", L""},
         // Only the first subsection counts, and an object needs a next one.
         {tableOf("xref\n1 1\n0000000009 00000 n \n2 1\n0000000040 00000 n \n"), "-", L""},
     };
@@ -119,7 +113,7 @@ TEST(PdfReader, Dates)
     for (const auto& [text, date] : dates)
         EXPECT_EQ(DateOf(ParsePDFDate(text)), date) << String(text).NarrowText();
     // A key that is missing sets an empty text.
-    EXPECT_EQ(ReadRecord(ReadPDF, PdfOf({{"<</CreationDate (D:2012) /ModDate (never)>>"}})).Summary(),
+    EXPECT_EQ(ReadRecord(ReadPDF, PdfOf({{"<</CreationDate <443A323031320041> /ModDate (never)>>"}})).Summary(),
         "|||-||-|2012-1-1 0:0:0|-");
 }
 
