@@ -1,4 +1,5 @@
 // Global memory with its handles and locks, and private heaps.
+#include "support/run_in_threads.h"
 #include "system_support.h"
 
 #include <heapapi.h>
@@ -195,23 +196,19 @@ TEST(Heap, LockKeepsOtherThreadsOut)
 TEST(Heap, ThreadsShareAHeapAndTheOneOfTheProcess)
 {
     const Heap heap;
-    std::vector<std::thread> threads;
-    for (int number = 0; number < 8; ++number)
-        threads.emplace_back(
-            [&heap, number]
+    qxtest::RunInThreads(8,
+        [&heap](unsigned number)
+        {
+            std::vector<unsigned*> blocks(20, nullptr);
+            for (unsigned step = 0; step < 5'000; ++step)
             {
-                std::vector<int*> blocks(20, nullptr);
-                for (unsigned step = 0; step < 5'000; ++step)
-                {
-                    int*& block = blocks[step % blocks.size()];
-                    EXPECT_TRUE(block == nullptr || *block == number);
-                    EXPECT_TRUE(HeapFree(heap.handle, 0, block));
-                    block = static_cast<int*>(HeapAlloc(heap.handle, 0, 4 + step % 1'000));
-                    *block = number;
-                }
-            });
-    for (std::thread& thread : threads)
-        thread.join();
+                unsigned*& block = blocks[step % blocks.size()];
+                EXPECT_TRUE(block == nullptr || *block == number);
+                EXPECT_TRUE(HeapFree(heap.handle, 0, block));
+                block = static_cast<unsigned*>(HeapAlloc(heap.handle, 0, 4 + step % 1'000));
+                *block = number;
+            }
+        });
     EXPECT_EQ(heap.UsedBlocks().size(), 8u * 20);
 
     void* const block = HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, 100);
