@@ -1,8 +1,8 @@
 // Features only the layer has: drives and shares as links, names that are not UTF-8, links, locks of other programs.
+#include "support/own_drives.h"
 #include "system_support.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <utility>
@@ -28,33 +28,20 @@ class FilesOfTheLayer : public testing::Test
 protected:
     FilesOfTheLayer()
     {
-        if (const char* const former = std::getenv("QXPLATFORM_HOME"))
-            _formerHome = former;
-        setenv("QXPLATFORM_HOME", (native / "home").c_str(), 1);
-        fs::create_directories(native / "home/dosdevices/unc/server");
-        fs::create_directories(native / "home/dosdevices/unc/mixed");
-        fs::create_directories(native / "drive");
-        fs::create_directories(native / "share");
-        fs::create_directory_symlink(native / "drive", native / "home/dosdevices/c:");
-        fs::create_directory_symlink(native / "share", native / "home/dosdevices/unc/server/share");
-        fs::create_directory_symlink(native / "share", native / "home/dosdevices/unc/mixed/SHARE");
+        fs::create_directory(native / "drive");
+        fs::create_directory(native / "share");
+        drives.MakeShare("server", "empty");
+        drives.Link("c:", native / "drive");
+        drives.Link("unc/server/share", native / "share");
+        MakeNative(drives.MakeShare("mixed", "SHARE") / "file", "on the other share");
         MakeNative(native / "drive/file", "on the drive");
         MakeNative(native / "share/file", "on the share");
         MakeNative(native / "file", "at the root");
     }
-    ~FilesOfTheLayer() override
-    {
-        if (_formerHome.empty())
-            unsetenv("QXPLATFORM_HOME");
-        else
-            setenv("QXPLATFORM_HOME", _formerHome.c_str(), 1);
-    }
 
     const Folder folder;
     const fs::path native = folder.path().Narrow();
-
-private:
-    std::string _formerHome;
+    const OwnDrives drives;
 };
 
 TEST_F(FilesOfTheLayer, FormsOfPaths)
@@ -70,7 +57,7 @@ TEST_F(FilesOfTheLayer, FormsOfPaths)
         {L"C:\\file", "on the drive"}, {L"c:file", "on the drive"},
         {L"C:\\..\\..\\file", "on the drive"}, // the root of a drive has no parent
         {L"\\\\?\\C:\\file", "on the drive"}, {L"\\\\server\\share\\file", "on the share"},
-        {L"\\\\SERVER\\Share\\sub\\..\\file", "on the share"}, {L"\\\\mixed\\SHARE\\file", "on the share"},
+        {L"\\\\SERVER\\Share\\sub\\..\\file", "on the share"}, {L"\\\\mixed\\SHARE\\file", "on the other share"},
         {L"\\\\?\\UNC\\server\\share\\file", "on the share"}};
     for (const auto& [path, content] : cases)
         EXPECT_EQ(BytesOf(path), content) << path.Narrow();
