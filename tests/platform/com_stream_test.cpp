@@ -1,4 +1,5 @@
 // Streams on global memory.
+#include "support/com_pointer.h"
 #include "support/run_in_threads.h"
 
 #include <gtest/gtest.h>
@@ -9,17 +10,12 @@
 #include <objidl.h>
 
 #include <cstring>
-#include <memory>
 #include <string>
 
 namespace
 {
 
-struct Releaser
-{
-    void operator()(IUnknown* object) const { object->Release(); }
-};
-using StreamHolder = std::unique_ptr<IStream, Releaser>;
+using StreamHolder = qxtest::ComPointer<IStream>;
 
 StreamHolder MakeStream(HGLOBAL memory = nullptr, bool freeIt = true)
 {
