@@ -19,14 +19,7 @@ wchar_t Mapped(wchar_t unit)
 {
     return static_cast<wchar_t>(reinterpret_cast<UINT_PTR>(Map(reinterpret_cast<LPWSTR>(UINT_PTR{unit}))));
 }
-wchar_t UpperOf(wchar_t unit)
-{
-    return Mapped<CharUpperW>(unit);
-}
-wchar_t LowerOf(wchar_t unit)
-{
-    return Mapped<CharLowerW>(unit);
-}
+constexpr auto UpperOf = Mapped<CharUpperW>, LowerOf = Mapped<CharLowerW>;
 
 TEST(Casing, SingleCharactersAndTextsInPlace)
 {
