@@ -17,7 +17,7 @@
 namespace
 {
 
-using qxtest::ErrorOf, qxtest::kIsLayer, qxtest::ReadableText;
+using qxtest::kIsLayer, qxtest::ReadableText;
 
 constexpr SYSTEMTIME kMoment{2018, 2, 0, 3, 15, 4, 7, 0}; // the day of the week is ignored
 
@@ -107,12 +107,9 @@ TEST(DateFormat, SizesAndThePresent)
     EXPECT_EQ(text[9], L'#');
     for (const Format format : {Format(GetDateFormatW), Format(GetTimeFormatW)})
     {
-        EXPECT_EQ(ErrorOf([&] { return format(kAmerican, 0, &kMoment, nullptr, text, 5); }),
-            DWORD{ERROR_INSUFFICIENT_BUFFER});
-        EXPECT_EQ(
-            ErrorOf([&] { return format(kAmerican, 0, &kMoment, nullptr, text, -1); }), DWORD{ERROR_INVALID_PARAMETER});
-        EXPECT_EQ(ErrorOf([&] { return format(kAmerican, 0, &kMoment, nullptr, nullptr, 5); }),
-            DWORD{ERROR_INVALID_PARAMETER});
+        EXPECT_ERROR(ERROR_INSUFFICIENT_BUFFER, format(kAmerican, 0, &kMoment, nullptr, text, 5));
+        EXPECT_ERROR(ERROR_INVALID_PARAMETER, format(kAmerican, 0, &kMoment, nullptr, text, -1));
+        EXPECT_ERROR(ERROR_INVALID_PARAMETER, format(kAmerican, 0, &kMoment, nullptr, nullptr, 5));
     }
     const auto today = []
     {

@@ -162,7 +162,7 @@ TEST_F(FilesOfTheLayer, WhatIsMadeInATempFolderForAllIsForItsUserAlone)
     constexpr uid_t kAnother = 65534;
     if (chown((native / "temp/own").c_str(), kAnother, kAnother) == 0) // only root can create such a folder
     {
-        EXPECT_EQ(ErrorOf([&] { return CreateDirectoryW(folder / L"temp/own", nullptr); }), DWORD{ERROR_ACCESS_DENIED});
+        EXPECT_ERROR(ERROR_ACCESS_DENIED, CreateDirectoryW(folder / L"temp/own", nullptr));
     }
     SetEnvironmentVariableW(L"TMPDIR", nullptr);
 }
@@ -183,7 +183,7 @@ TEST_F(FilesOfTheLayer, LocksOfOtherPrograms)
         const Handle file = Open(path, GENERIC_READ | GENERIC_WRITE, 0);
         EXPECT_TRUE(file);
         EXPECT_EQ(lock(F_WRLCK, 1000), 0);
-        EXPECT_EQ(ErrorOf([&] { return LockFile(file, 0, 0, 1, 0); }), DWORD{ERROR_LOCK_VIOLATION});
+        EXPECT_ERROR(ERROR_LOCK_VIOLATION, LockFile(file, 0, 0, 1, 0));
         // The layer's locks don't hide locks that already existed.
         EXPECT_EQ(lock(F_RDLCK, 0), 0);
         EXPECT_EQ(OpenError(path, GENERIC_READ), DWORD{ERROR_SHARING_VIOLATION});

@@ -40,8 +40,8 @@ TEST_F(FilesBetweenProcesses, ByteLocksHold)
         ASSERT_TRUE(peer.WaitUntilReady());
         const Handle file = Open(path, access2, kShareAll);
         ASSERT_TRUE(file);
-        EXPECT_EQ(ErrorOf([&] { return LockFile(file, 0, 0, 10, 0); }), DWORD{ERROR_LOCK_VIOLATION});
-        EXPECT_EQ(ErrorOf([&] { return LockFile(file, 4, 0, 1, 0); }), DWORD{ERROR_LOCK_VIOLATION});
+        EXPECT_ERROR(ERROR_LOCK_VIOLATION, LockFile(file, 0, 0, 10, 0));
+        EXPECT_ERROR(ERROR_LOCK_VIOLATION, LockFile(file, 4, 0, 1, 0));
         EXPECT_TRUE(LockFile(file, 0, 0, 2, 0));
         EXPECT_TRUE(LockFile(file, 5, 0, 0xFFFFFFFF, 0xFFFFFFFF - 1)) << "up to the last offset";
         EXPECT_TRUE(UnlockFile(file, 0, 0, 2, 0));

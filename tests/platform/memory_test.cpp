@@ -11,8 +11,6 @@
 #include <thread>
 #include <vector>
 
-using qxtest::ErrorOf;
-
 namespace
 {
 
@@ -27,8 +25,8 @@ TEST(GlobalMemory, BlocksAndTheirLocks)
 
     EXPECT_TRUE(GlobalUnlock(memory));
     // The last unlock also returns FALSE; only the last error distinguishes it from a failure.
-    EXPECT_EQ(ErrorOf([&] { return GlobalUnlock(memory); }), DWORD{NO_ERROR});
-    EXPECT_EQ(ErrorOf([&] { return GlobalUnlock(memory); }), DWORD{ERROR_NOT_LOCKED});
+    EXPECT_ERROR(NO_ERROR, GlobalUnlock(memory));
+    EXPECT_ERROR(ERROR_NOT_LOCKED, GlobalUnlock(memory));
     GlobalLock(memory);
     EXPECT_EQ(GlobalFree(memory), nullptr) << "a locked block is freed as well";
 
@@ -39,7 +37,7 @@ TEST(GlobalMemory, BlocksAndTheirLocks)
     EXPECT_EQ(GlobalSize(fixed), 40u);
     EXPECT_EQ(GlobalFree(fixed), nullptr);
 
-    EXPECT_EQ(ErrorOf([] { return GlobalAlloc(GHND, SIZE_MAX - 4096); }), DWORD{ERROR_NOT_ENOUGH_MEMORY});
+    EXPECT_ERROR(ERROR_NOT_ENOUGH_MEMORY, GlobalAlloc(GHND, SIZE_MAX - 4096));
     const HGLOBAL kept = GlobalAlloc(GMEM_MOVEABLE, 4);
     EXPECT_EQ(GlobalReAlloc(kept, SIZE_MAX - 4096, GMEM_MOVEABLE), nullptr);
     EXPECT_EQ(GlobalSize(kept), 4u) << "what can't become so large stays";
@@ -63,15 +61,14 @@ TEST(GlobalMemory, ForeignValuesAreRefused)
 #endif
     for (const HGLOBAL value : values)
     {
-        EXPECT_EQ(ErrorOf([&] { return GlobalLock(value); }), DWORD{ERROR_INVALID_HANDLE}) << value;
-        EXPECT_EQ(ErrorOf([&] { return GlobalUnlock(value); }), DWORD{ERROR_INVALID_HANDLE}) << value;
-        EXPECT_EQ(ErrorOf([&] { return GlobalSize(value); }), DWORD{ERROR_INVALID_HANDLE}) << value;
+        EXPECT_ERROR(ERROR_INVALID_HANDLE, GlobalLock(value)) << value;
+        EXPECT_ERROR(ERROR_INVALID_HANDLE, GlobalUnlock(value)) << value;
+        EXPECT_ERROR(ERROR_INVALID_HANDLE, GlobalSize(value)) << value;
         EXPECT_EQ(GlobalFlags(value), static_cast<UINT>(GMEM_INVALID_HANDLE)) << value;
-        EXPECT_EQ(ErrorOf([&] { return GlobalReAlloc(value, 8, GMEM_MOVEABLE); }), DWORD{ERROR_INVALID_HANDLE})
-            << value;
+        EXPECT_ERROR(ERROR_INVALID_HANDLE, GlobalReAlloc(value, 8, GMEM_MOVEABLE)) << value;
         if (value != nullptr) // freeing null succeeds
         {
-            EXPECT_EQ(ErrorOf([&] { return GlobalFree(value) != value; }), DWORD{ERROR_INVALID_HANDLE}) << value;
+            EXPECT_ERROR(ERROR_INVALID_HANDLE, GlobalFree(value) != value) << value;
         }
     }
 #ifndef _WIN32 // see above

@@ -139,7 +139,7 @@ TEST(Regions, OfImagesOfMemoryAndOfNothing)
     EXPECT_EQ(RegionOf(nullptr).AllocationBase, nullptr);
     MEMORY_BASIC_INFORMATION region;
     EXPECT_EQ(VirtualQuery(reinterpret_cast<void*>(~std::uintptr_t{0xFFFF}), &region, sizeof region), 0u);
-    EXPECT_EQ(ErrorOf([&] { return VirtualQuery(code, &region, 8) != 0; }), DWORD{ERROR_BAD_LENGTH});
+    EXPECT_ERROR(ERROR_BAD_LENGTH, VirtualQuery(code, &region, 8) != 0);
 
     // The regions cover the address space without a gap or an overlap.
     std::uintptr_t next = 0;

@@ -68,7 +68,7 @@ TEST(Threads, SuspensionsAreCounted)
     thread.Join();
     EXPECT_TRUE(hasEntered);
     DeleteCriticalSection(&section);
-    EXPECT_EQ(ErrorOf([&] { return SuspendThread(thread) != 0xFFFFFFFF; }), DWORD{ERROR_ACCESS_DENIED});
+    EXPECT_ERROR(ERROR_ACCESS_DENIED, SuspendThread(thread) != 0xFFFFFFFF);
 }
 
 TEST(Threads, TerminationRunsNoDestructors)
