@@ -3,6 +3,7 @@
 
 #include "stack/walker.h"
 
+#include <algorithm>
 #include <csetjmp>
 #include <csignal>
 #include <cstdlib>
