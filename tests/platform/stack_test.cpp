@@ -7,8 +7,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
-#include <ranges>
-#include <span>
 
 using namespace qxtest;
 
@@ -53,12 +51,12 @@ TEST(Captures, PassThroughALibraryWithoutSymbolsAndTheOneThatReplacesIt)
             offsets[which].clear();
             // Frames of foreign functions may be in between.
             auto next = captured.begin();
-            for (void* const address : std::span(frames.address, frames.count) | std::views::reverse)
+            for (unsigned index = frames.count; index > 0; --index)
             {
-                next = std::find(next, captured.end(), address);
+                next = std::find(next, captured.end(), frames.address[index - 1]);
                 ASSERT_NE(next, captured.end()) << "round " << round << ", run " << run;
                 offsets[which].push_back(
-                    reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(library.module));
+                    reinterpret_cast<std::uintptr_t>(*next) - reinterpret_cast<std::uintptr_t>(library.module));
             }
         }
         place[which] = library.module;

@@ -15,16 +15,17 @@ namespace
 
 using qxtest::Show;
 
-// The conversion functions differ in their const parameters.
-BOOL ToLocal(TIME_ZONE_INFORMATION* zone, SYSTEMTIME* universal, LPSYSTEMTIME local)
-{
-    return SystemTimeToTzSpecificLocalTime(zone, universal, local);
-}
+using Convert = BOOL (*)(TIME_ZONE_INFORMATION*, SYSTEMTIME*, SYSTEMTIME*);
 
-BOOL ToUniversal(TIME_ZONE_INFORMATION* zone, SYSTEMTIME* local, LPSYSTEMTIME universal)
+// The conversion functions differ in their const parameters.
+constexpr Convert ToLocal = [](auto* zone, auto* time, auto* local)
 {
-    return TzSpecificLocalTimeToSystemTime(zone, local, universal);
-}
+    return SystemTimeToTzSpecificLocalTime(zone, time, local);
+};
+constexpr Convert ToUniversal = [](auto* zone, auto* local, auto* time)
+{
+    return TzSpecificLocalTimeToSystemTime(zone, local, time);
+};
 
 // In any zone, the zone's own information must convert times like the zone itself.
 void CheckThatZoneAndItsInformationAgree()
@@ -40,7 +41,7 @@ void CheckThatZoneAndItsInformationAgree()
             ASSERT_TRUE(ToLocal(nullptr, &time, &local));
             ASSERT_TRUE(ToLocal(&zone, &time, &again));
             EXPECT_EQ(Show(local), Show(again));
-            for (TIME_ZONE_INFORMATION* const by : {static_cast<TIME_ZONE_INFORMATION*>(nullptr), &zone})
+            for (TIME_ZONE_INFORMATION* const by : {&zone, static_cast<TIME_ZONE_INFORMATION*>(nullptr)})
             {
                 ASSERT_TRUE(ToUniversal(by, &local, &again));
                 EXPECT_EQ(Show(again), Show(time));
@@ -55,8 +56,6 @@ TEST(TimeZones, TheUsersZoneAndItsInformationAgree)
 
 #ifndef _WIN32
 // Wine reads TZ only once, when the process starts.
-using Convert = BOOL (*)(TIME_ZONE_INFORMATION*, SYSTEMTIME*, LPSYSTEMTIME);
-
 std::string Converted(Convert convert, TIME_ZONE_INFORMATION* zone, const char* text)
 {
     SYSTEMTIME time{}, result;
