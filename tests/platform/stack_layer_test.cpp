@@ -3,6 +3,7 @@
 
 #include "stack/walker.h"
 
+#include <algorithm>
 #include <csetjmp>
 #include <csignal>
 #include <cstdlib>
@@ -43,9 +44,7 @@ class SignalHandler
 public:
     SignalHandler(int signal, void (*handler)(int, siginfo_t*, void*), int flags = 0) : _signal(signal)
     {
-        struct sigaction action
-        {
-        };
+        struct sigaction action = {};
         action.sa_sigaction = handler;
         action.sa_flags = SA_SIGINFO | flags;
         sigaction(signal, &action, &_former);
@@ -59,21 +58,26 @@ private:
     struct sigaction _former;
 };
 
-[[gnu::noinline]] void RaiseSignal(int flags)
-{
-    const SignalHandler handler(
-        SIGUSR1, [](int, siginfo_t*, void*) { CaptureBoth(); }, flags);
-    raise(SIGUSR1);
-}
-
 TEST(LayerCaptures, AgreeWithTheCLibraryAcrossSignals)
 {
 #if defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "this test allocates in its signal handler";
 #endif
-    CaptureBoth();
-    EXPECT_EQ(captured, refereed);
+    const auto check = []
+    {
+        CaptureBoth();
+        EXPECT_EQ(captured, refereed);
+    };
+    check();
+    std::thread(check).join();
 
+    // Below frames of all kinds, compiled with optimisation.
+    const ProbeLibrary library("small_stack_probe");
+    ProbeFrames frames;
+    frames.callback = [](ProbeFrames&)
+    {
+        raise(SIGUSR1);
+    };
     const auto memory = std::make_unique<char[]>(64 << 10);
     stack_t former;
     stack_t alternate{};
@@ -82,19 +86,15 @@ TEST(LayerCaptures, AgreeWithTheCLibraryAcrossSignals)
     sigaltstack(&alternate, &former);
     for (const int flags : {0, SA_ONSTACK, SA_ONSTACK})
     {
+        const SignalHandler handler(
+            SIGUSR1, [](int, siginfo_t*, void*) { CaptureBoth(); }, flags);
         captured.clear();
-        RaiseSignal(flags);
+        frames.count = 0;
+        library.Function()(frames);
         EXPECT_EQ(captured, refereed);
-        EXPECT_GT(captured.size(), 5u);
+        EXPECT_GT(captured.size(), 10u);
     }
     sigaltstack(&former, nullptr);
-    std::thread(
-        []
-        {
-            CaptureBoth();
-            EXPECT_EQ(captured, refereed);
-        })
-        .join();
 }
 
 #if defined(__x86_64__)
@@ -120,6 +120,8 @@ struct Stepping
     unsigned steps = 0;
     unsigned failures = 0;
     DWORD64 failedAt = 0;
+
+    bool IsInFrame(std::uintptr_t address) const { return address >= lowest && address <= highest; }
 } stepping;
 
 bool Reaches(CONTEXT context)
@@ -128,7 +130,7 @@ bool Reaches(CONTEXT context)
     for (unsigned depth = 0; depth < 100; ++depth)
     {
         // Before and after the call, the flags are on top of the stack.
-        if (context.Rip >= stepping.lowest && context.Rip <= stepping.highest)
+        if (stepping.IsInFrame(context.Rip))
             return depth == 0 || context.Rsp == stepping.stackPointer;
         if (!QxUnwindFrame(&context, &isExact))
             return false;
@@ -143,13 +145,11 @@ void OnStep(int, siginfo_t*, void* ucontext)
     // A capture in a signal handler, wherever it has interrupted the thread.
     void* addresses[100];
     const WORD count = RtlCaptureStackBackTrace(0, 100, addresses, nullptr);
-    const bool isCaptured = std::any_of(addresses, addresses + count,
-        [](void* address)
-        {
-            const auto value = reinterpret_cast<std::uintptr_t>(address);
-            return value >= stepping.lowest && value <= stepping.highest;
-        });
-    if (isCaptured && Reaches(context))
+    const auto isInFrame = [](void* address)
+    {
+        return stepping.IsInFrame(reinterpret_cast<std::uintptr_t>(address));
+    };
+    if (std::any_of(addresses, addresses + count, isInFrame) && Reaches(context))
         return;
     ++stepping.failures;
     stepping.failedAt = context.Rip;
@@ -314,38 +314,28 @@ TEST(LayerCaptures, EndOnADamagedStack)
 TEST(LayerCaptures, NeedNoLockOfTheLoader)
 {
     const ProbeLibrary library("large_stack_probe"); // the rules of a new library aren't known
-    const ProbeFunction function = library.Function();
-    std::atomic<int> state = 0;
-    std::thread thread(
-        [&]
+    static std::atomic<int> state = 0;
+    ProbeFrames frames;
+    frames.callback = [](ProbeFrames&)
+    {
+        state = 1;
+        while (state == 1)
         {
-            static std::atomic<int>* progress;
-            progress = &state;
-            ProbeFrames frames;
-            frames.callback = [](ProbeFrames&)
-            {
-                void* addresses[30];
-                progress->store(1);
-                while (progress->load() == 1)
-                {
-                }
-                const WORD count = RtlCaptureStackBackTrace(0, 30, addresses, nullptr);
-                progress->store(count > 5 ? 3 : 4);
-            };
-            function(frames);
-        });
+        }
+        state = CapturedAddresses().size() > 5 ? 3 : 4;
+    };
+    std::thread thread(library.Function(), std::ref(frames));
     while (state != 1)
         sched_yield();
     dl_iterate_phdr(
-        [](dl_phdr_info*, std::size_t, void* data)
+        [](dl_phdr_info*, std::size_t, void*)
         {
-            auto& progress = *static_cast<std::atomic<int>*>(data);
-            progress = 2;
-            for (int wait = 0; wait < 5000 && progress == 2; ++wait)
+            state = 2;
+            for (int wait = 0; wait < 5000 && state == 2; ++wait)
                 usleep(1000);
-            return progress == 2 ? 0 : 1;
+            return state == 2 ? 0 : 1;
         },
-        &state);
+        nullptr);
     EXPECT_EQ(state, 3);
     thread.join();
 }
