@@ -7,9 +7,7 @@
 
 #include <algorithm>
 
-using qxtest::HeapsLibrary;
-using qxtest::JobAndHeap;
-using qxtest::WordAt;
+using namespace qxtest;
 
 namespace
 {

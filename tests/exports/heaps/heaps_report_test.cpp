@@ -6,9 +6,7 @@
 #include <cstring>
 #include <functional>
 
-using qxtest::HeapsLibrary;
-using qxtest::JobAndHeap;
-using qxtest::WordAt;
+using namespace qxtest;
 using testing::ElementsAreArray;
 
 namespace

@@ -17,9 +17,7 @@
 #include <fstream>
 #include <thread>
 
-using qxtest::HeapsLibrary;
-using qxtest::JobAndHeap;
-using qxtest::WordAt;
+using namespace qxtest;
 
 namespace
 {
@@ -278,7 +276,7 @@ TEST(HeapsThreads, EightThreadsOnTwoHeaps)
     const JobAndHeap own(QXUT_HEAP_DEBUG);
     const auto plain = heaps.create(own.job, L"plain", 0);
     std::atomic<int> failures = 0;
-    qxtest::RunInThreads(8,
+    RunInThreads(8,
         [&](unsigned number)
         {
             const auto heap = number % 2 != 0 ? own.heap : plain;

@@ -13,8 +13,7 @@
 #include <cstdint>
 
 using namespace qx;
-using qxtest::PeerProcess;
-using qxtest::Variable;
+using namespace qxtest;
 
 namespace
 {
@@ -88,7 +87,7 @@ TEST(ModuleExports, AFailedAssertionEndsTheProcess)
 
 TEST(ModuleExports, LoadsWithoutHomeRegistryOrTempFolder)
 {
-    const qxtest::TempFolder folder;
+    const TempFolder folder;
     const String none = folder.Path(L"none");
     const Variable variables[] = {{L"HOME", nullptr}, {L"XDG_CONFIG_HOME", nullptr}, {L"QXPLATFORM_HOME", nullptr},
         {L"TMPDIR", none}, {L"TMP", none}, {L"TEMP", none}, {L"USERPROFILE", nullptr}, {L"APPDATA", nullptr},

@@ -6,12 +6,8 @@
 #include <tuple>
 
 using namespace qx;
+using namespace qxtest;
 using namespace std::string_view_literals;
-using qxtest::JpegOf;
-using qxtest::ReadRecord;
-using qxtest::ReadTIFFFile;
-using qxtest::TextOf;
-using qxtest::TiffBuilder;
 
 namespace
 {

@@ -11,7 +11,7 @@
 #include "unit/docinfo/random_texts.h"
 
 using namespace qx;
-using qxtest::CompareReaders;
+using namespace qxtest;
 
 namespace
 {

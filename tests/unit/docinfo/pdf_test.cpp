@@ -6,11 +6,7 @@
 #include <tuple>
 
 using namespace qx;
-using qxtest::DateOf;
-using qxtest::PdfOf;
-using qxtest::ReadRecord;
-using qxtest::Repeat;
-using qxtest::TextOf;
+using namespace qxtest;
 
 TEST(PdfReader, Values)
 {
@@ -93,7 +89,7 @@ TEST(PdfReader, Faults)
 
 TEST(PdfReader, Revisions)
 {
-    std::vector<qxtest::PdfRevision> revisions(299, {"<</Title (old)>>"});
+    std::vector<PdfRevision> revisions(299, {"<</Title (old)>>"});
     revisions.push_back({"<</Title (new)>>"});
     EXPECT_EQ(TextOf(ReadRecord(ReadPDF, PdfOf(revisions))->Title), "new"); // the newest offset of object 1
     // A chain that comes back ends there.
@@ -141,8 +137,8 @@ TEST(PdfReader, BoundedTime)
               std::to_string(last);
     for (const std::string& file :
         {tables, shared, PdfOf({{"<<>>", "", "xref\n0 60000\n" + Repeat("0 0 n\n", kMany)}})})
-        qxtest::ExpectQuick(ReadPDF, file);
+        ExpectQuick(ReadPDF, file);
     for (const std::string& values : {"/A " + Repeat("[", kMany), "/A " + Repeat("(", kMany), Repeat("/A<<>>", kMany),
              Repeat("/A 1 ", kMany), Repeat("% \n", kMany), "/A " + Repeat("1 ", kMany)})
-        qxtest::ExpectQuick(ReadPDF, PdfOf({{"<<" + values + ">>"}}));
+        ExpectQuick(ReadPDF, PdfOf({{"<<" + values + ">>"}}));
 }

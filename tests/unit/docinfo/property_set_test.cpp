@@ -13,9 +13,7 @@
 #include <tuple>
 
 using namespace qx;
-using qxtest::CompoundBuilder;
-using qxtest::ReadRecord;
-using qxtest::TextOf;
+using namespace qxtest;
 
 namespace
 {
@@ -23,7 +21,7 @@ namespace
 using namespace std::string_literals;
 using namespace std::string_view_literals;
 
-const auto Number = qxtest::BytesOfRecord<std::uint32_t>;
+const auto Number = BytesOfRecord<std::uint32_t>;
 
 constexpr std::string_view kSummary = "\xE0\x85\x9F\xF2\xF9\x4F\x68\x10\xAB\x91\x08\x00\x2B\x27\xB3\xD9"sv;
 constexpr std::string_view kDate = "\x00\x05\xB5\x7D\x96\x8D\xC0\x01"sv; // 2001-02-03 04:05:06
@@ -94,7 +92,7 @@ TEST(PropertySet, Values)
     {
         const ReadRecord record(ReadSummaryInformation, SetOf({{1, VT_I2, Number(1251)}, {2, type, bytes}}));
         EXPECT_EQ(record.Result(), 0);
-        EXPECT_EQ(TextOf(record->Title), qxtest::ReadableText(text)) << type;
+        EXPECT_EQ(TextOf(record->Title), ReadableText(text)) << type;
     }
     const ReadRecord wide(
         ReadSummaryInformation, SetOf({{1, VT_I2, Number(1200)}, {4, VT_LPSTR, Counted("a\0b\0"sv)}}));
@@ -120,7 +118,7 @@ TEST(PropertySet, FieldsAndDates)
 TEST(PropertySet, DocumentsOfOtherPrograms)
 {
     // One document has no summary information.
-    qxtest::ExpectAnswers(QXUT_TEST_DOCUMENTS "/storage", 4 * 8,
+    ExpectAnswers(QXUT_TEST_DOCUMENTS "/storage", 4 * 8,
         [](clsDocu& record, const String& path)
         { EXPECT_EQ(ReadPropertySet(record, path), path.Right(8) == L"bare.doc" ? -1 : 0); });
 }
@@ -128,7 +126,7 @@ TEST(PropertySet, DocumentsOfOtherPrograms)
 // An extension decides only about what isn't a compound file, or one without summary information.
 TEST(PropertySet, ChoiceOfTheReader)
 {
-    const qxtest::TempFolder folder;
+    const TempFolder folder;
     const std::string bare = CompoundBuilder().AddStream("A", "x").Bytes(), document = Document("title");
     const std::tuple<const wchar_t*, const std::string&, const char*, const wchar_t*, const wchar_t*> files[] = {
         {L"a.pdf", document, "title", L"property set", L""}, {L"a.doc", bare, "-", nullptr, L"no summary information"}};
@@ -171,7 +169,7 @@ int CopiesLeft()
 
 TEST(PropertySet, LockedStorageIsCopied)
 {
-    const qxtest::TempFolder folder;
+    const TempFolder folder;
     lockedPath = folder.Make(L"locked.doc", Document("title"));
     const int before = CopiesLeft();
     SetStorageOpening(OpenUnlessLocked);
@@ -193,7 +191,7 @@ TEST(PropertySet, BearsDamage)
     const std::string whole =
         SetOf({{1, VT_I2, Number(1200)}, {2, VT_LPSTR, Counted("abc")}, {3, VT_LPWSTR, Counted("ab", 2)},
             {4, VT_R8, Number(0) + Number(0xBFF80000)}, {12, VT_FILETIME, std::string(kDate)}});
-    qxtest::Damage(whole, 2'000,
+    Damage(whole, 2'000,
         [](const std::string& bytes)
         {
             const int result = ReadRecord(ReadSummaryInformation, bytes).Result();

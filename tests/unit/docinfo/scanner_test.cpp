@@ -15,9 +15,7 @@
 #include <functional>
 
 using namespace qx;
-using qxtest::CompareReaders;
-using qxtest::kTexts;
-using qxtest::RandomTexts;
+using namespace qxtest;
 
 namespace
 {
@@ -212,7 +210,7 @@ TEST(Scanners, Decoders)
     RandomTexts html(kHtmlPieces), rtf(kRtfPieces);
     for (int i = 0; i < kTexts; ++i)
     {
-        const String page = qxtest::Wide(html.Next()), document = qxtest::Wide(rtf.Next());
+        const String page = Wide(html.Next()), document = Wide(rtf.Next());
         const bool named = i % 2 != 0;
         ASSERT_TRUE(DecodeEntities(page.View(), named) == patterns::DecodeEntities(page, named).View())
             << page.NarrowText();

@@ -15,9 +15,7 @@
 #include <string>
 
 using namespace qx;
-using qxtest::LinkOf;
-using qxtest::TempFolder;
-using qxtest::TextOf;
+using namespace qxtest;
 
 namespace
 {
@@ -74,9 +72,9 @@ TEST(DocumentShortcuts, WithoutTargetNothingIsRead)
         clsDocuList list(0);
         const clsAutoRelease<clsDocu*> record = list.Get(link, 1);
         EXPECT_TRUE(record->accessible);
-        qxtest::MakeFile(link, bytes);
+        MakeFile(link, bytes);
         EXPECT_FALSE(list.Get(link, 1)->accessible);
-        EXPECT_EQ(qxtest::Summary(*list.Get(link, 1)), "-|-|-|-|-|-|-|-");
+        EXPECT_EQ(Summary(*list.Get(link, 1)), "-|-|-|-|-|-|-|-");
     }
     EXPECT_TRUE(TargetOfShortcut(folder.Path(L"none.lnk")).IsEmpty());
     EXPECT_EQ(EnterAndLeave(), S_OK);
@@ -84,7 +82,7 @@ TEST(DocumentShortcuts, WithoutTargetNothingIsRead)
 
 TEST(ComGuard, ModelOfTheSettings)
 {
-    const qxtest::OwnSettings settings;
+    const OwnSettings settings;
     String key = String(L"Software\\trelmo\\TRLMRG\\") + ProcessBaseName();
     key.MakeUpper();
     const auto enter = [](bool isUsable, HRESULT inside)
@@ -104,7 +102,7 @@ TEST(ComGuard, ModelOfTheSettings)
     enter(true, RPC_E_CHANGED_MODE);
     set(REG_DWORD, 0);
     {
-        const qxtest::DebugLines lines;
+        const DebugLines lines;
         enter(true, RPC_E_CHANGED_MODE);
         EXPECT_EQ(lines.CountOf(L"differs from the forced one"), 1u);
     }

@@ -6,15 +6,13 @@
 #include <tuple>
 
 using namespace qx;
-using qxtest::Numbered;
-using qxtest::ReadRecord;
-using qxtest::Repeat;
+using namespace qxtest;
 
 TEST(WebReaders, Documents)
 {
     constexpr auto kNothing = "-|-|-|-|-|-|-|-";
     const std::string longHead = "<head><title>a</title>" + std::string(FileWindow::kCapacity, ' ') + "</head>";
-    const std::tuple<qxtest::Reader, std::string_view, const char*> documents[] = {
+    const std::tuple<Reader, std::string_view, const char*> documents[] = {
         {ReadHTML,
             "<html><HEAD><TITLE>M&uuml;ller\r\n &#252;&#xfc; AT&amp;T</TITLE>"
             "<meta name=\"author\" content=\"x\"><meta name='keywords' content='k'></HEAD>",
@@ -47,18 +45,18 @@ TEST(WebReaders, BoundedTime)
 {
     const std::size_t size = FileWindow::kCapacity - 200;
     const std::string groups = Numbered(size, "{\\a", "}"), elements = Numbered(size - 200, "<o:a>", "</o:a>");
-    qxtest::ExpectQuick(ReadHTML, Repeat("<head>", size));
+    ExpectQuick(ReadHTML, Repeat("<head>", size));
     for (const std::string& head :
         {Repeat("<meta name=\"author\" content=\"", size), Repeat("<meta      ", size), Repeat("&#38;#", size)})
-        qxtest::ExpectQuick(ReadHTML, "<head>" + head + "</head>");
+        ExpectQuick(ReadHTML, "<head>" + head + "</head>");
     // In the last one, each removal might form a new tag.
     for (const std::string& block : {Repeat("<o:", size), Repeat("</o:", size) + ">", elements,
              Repeat("<o:b>", size / 2) + elements.substr(0, size / 2),
              Repeat("<o:b>", size / 2) + Numbered(size / 2, "<<o:a>", "</o:a>")})
-        qxtest::ExpectQuick(ReadHTML, "<head><o:DocumentProperties>" + block + "</o:DocumentProperties></head>");
+        ExpectQuick(ReadHTML, "<head><o:DocumentProperties>" + block + "</o:DocumentProperties></head>");
     for (const std::string& document : {Repeat("{\\info{\\a }", size), "{\\info" + groups + "}}",
              "{\\info{\\a }" + Repeat("{", size / 2) + groups.substr(0, size / 2) + "}}",
              "{\\info{\\a " + Repeat("\\'5c", size) + "}}",
              "{\\info{\\creatim " + Repeat("\\yr1\\mo22\\a3\\b44", size) + "}}"})
-        qxtest::ExpectQuick(ReadRTF, document);
+        ExpectQuick(ReadRTF, document);
 }

@@ -7,11 +7,7 @@
 #include <tuple>
 
 using namespace qx;
-using qxtest::Repeat;
-using qxtest::Word2Of;
-using qxtest::WordPerfectEntry;
-using qxtest::WordPerfectOf;
-using qxtest::WordPerfectRecord;
+using namespace qxtest;
 
 namespace
 {
@@ -20,9 +16,9 @@ using Texts = std::vector<std::string>;
 
 constexpr auto kRefused = "-1 -|-|-|-|-|-|-|-", kEmptyRecord = "0 -|-|-|-|-|-|-|-", kTitle = "0 title|-|-|-|-|-|-|-";
 
-std::string ResultAndSummary(qxtest::Reader reader, const std::string& bytes)
+std::string ResultAndSummary(Reader reader, const std::string& bytes)
 {
-    const qxtest::ReadRecord record(reader, bytes);
+    const ReadRecord record(reader, bytes);
     return std::to_string(record.Result()) + " " + record.Summary();
 }
 
@@ -81,5 +77,5 @@ TEST(WordPerfect, WorkIsBounded)
     file[14] = '\0';
     file[15] = '\2';
     file += Repeat(WordPerfectEntry(0xFFFF * 14, 0xFFFFFFFF), 0xFFFE * 14);
-    qxtest::ExpectQuick(ReadWordPerfect, file + WordPerfectRecord(17, std::u16string(32'000, u'x')));
+    ExpectQuick(ReadWordPerfect, file + WordPerfectRecord(17, std::u16string(32'000, u'x')));
 }

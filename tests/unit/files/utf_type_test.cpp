@@ -12,9 +12,7 @@
 #include <tuple>
 
 using namespace qx;
-using qxtest::DebugLines;
-using qxtest::Reader;
-using qxtest::TempFolder;
+using namespace qxtest;
 using namespace std::string_literals;
 
 namespace
