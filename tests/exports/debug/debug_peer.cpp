@@ -16,6 +16,7 @@
 #include <qxut23/log_setting.h>
 #include <qxut23/stacks.h>
 
+#include "support/library_function.h"
 #include "support/own_settings.h"
 #include "support/run_in_threads.h"
 
@@ -25,7 +26,6 @@
 
 #include <cstdarg>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -48,21 +48,15 @@ public:
     Library& operator=(const Library&) = delete;
     ~Library() { FreeLibrary(_module); }
 
-    template <class Function>
-    Function* Find(const char* name) const
-    {
-        if (const FARPROC function = GetProcAddress(_module, name))
-            return reinterpret_cast<Function*>(function);
-        std::exit(2);
-    }
+    operator HMODULE() const { return _module; }
 
 private:
     const HMODULE _module = LoadLibraryW(L"qxUT23.dll");
 };
 
-#define FIND(name) library.Find<decltype(name)>(#name)
+#define FIND(name) QXTEST_FUNCTION(library, name)
 
-void WriteByList(const Library& library, const wchar_t* tag, std::int32_t indentChange, const wchar_t* format, ...)
+void WriteByList(HMODULE library, const wchar_t* tag, std::int32_t indentChange, const wchar_t* format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
@@ -70,7 +64,7 @@ void WriteByList(const Library& library, const wchar_t* tag, std::int32_t indent
     va_end(arguments);
 }
 
-int WriteForms(const Library& library)
+int WriteForms(HMODULE library)
 {
     if (FIND(UtilGetFlags)() != 1)
         return 10;
@@ -84,7 +78,7 @@ int WriteForms(const Library& library)
     return GetLastError() == ERROR_FILE_NOT_FOUND ? 0 : 11;
 }
 
-int TryOff(const Library& library)
+int TryOff(HMODULE library)
 {
     const auto* const nowhere = reinterpret_cast<const wchar_t*>(1);
     if (FIND(UtilGetFlags)() != 0)
@@ -99,7 +93,7 @@ int TryOff(const Library& library)
     return 0;
 }
 
-void WriteStacks(const Library& library)
+void WriteStacks(HMODULE library)
 {
     FIND(UtilStackTrace)(0, 300); // too many to skip, so it writes nothing
     FIND(UtilStackTrace)(0, 256); // more than there are
@@ -107,7 +101,7 @@ void WriteStacks(const Library& library)
     FIND(UtilListModules)();
 }
 
-int ChangeSetting(const Library& library)
+int ChangeSetting(HMODULE library)
 {
     constexpr wchar_t kPath[] = L"/folder/other.log";
     wchar_t path[18] = {};
@@ -126,7 +120,7 @@ int ChangeSetting(const Library& library)
     return 0;
 }
 
-void WriteLines(const Library& library, const char* name)
+void WriteLines(HMODULE library, const char* name)
 {
     qxtest::RunInThreads(kWriters,
         [&library, name](unsigned thread)
@@ -136,7 +130,7 @@ void WriteLines(const Library& library, const char* name)
         });
 }
 
-[[gnu::noinline]] void LeaveHandle(const Library& library)
+[[gnu::noinline]] void LeaveHandle(HMODULE library)
 {
     FIND(UtilHandleListMgr)(1, 1, reinterpret_cast<const void*>(0x1234));
     asm volatile(""); // keeps the call above from becoming a jump

@@ -3,6 +3,8 @@
 #include <qxut23/heaps.h>
 #include <qxut23/module.h>
 
+#include "support/library_function.h"
+
 #include <windows.h>
 
 #include <heapapi.h>
@@ -10,19 +12,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
 namespace
 {
 
-template <class Function>
-Function* Find(HMODULE library, const char* name)
-{
-    if (const FARPROC function = GetProcAddress(library, name))
-        return reinterpret_cast<Function*>(function);
-    std::exit(9);
-}
-#define FIND(name) Find<decltype(name)>(library, #name)
+#define FIND(name) QXTEST_FUNCTION(library, name)
 
 std::size_t BlocksOfProcessHeap()
 {

@@ -1,11 +1,12 @@
 // Helpers shared by the tests of the profile exports: texts, trees as text, jobs and files.
 #pragma once
 
+#include "support/temp_folder.h"
+
 #include <qxut23/profile.h>
 
 #include <windows.h>
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -112,20 +113,11 @@ inline std::string BytesOf(const std::string& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// A temporary folder that is deleted with all its files.
-class TempFolder
+// A folder whose paths are in UTF-8.
+class TempFolder : public qxtest::TempFolder
 {
 public:
-    TempFolder() { std::filesystem::create_directories(_folder); }
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-    ~TempFolder()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(_folder, ignored);
-    }
-
-    std::string Path(std::string_view name) const { return (_folder / name).string(); }
+    std::string Path(std::string_view name) const { return (qxtest::NativePath(Path()) / name).string(); }
     std::string Make(std::string_view name, std::string_view bytes) const
     {
         std::string path = Path(name);
@@ -134,10 +126,7 @@ public:
     }
 
 private:
-    static inline std::atomic<int> number = 0;
-    const std::filesystem::path _folder =
-        std::filesystem::temp_directory_path() /
-        ("qxut-profile-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++number));
+    using qxtest::TempFolder::Path;
 };
 
 } // namespace profiletest
