@@ -86,16 +86,10 @@ TEST(HeapsFormat, KindsOfObjects)
     const struct
     {
         std::uint32_t heapFlags, jobFlags, objectFlags, magic;
-    } kinds[] = {
-        {0, 0, 0, kPlain},
-        {0, 0, kDebug | QXUT_OBJECT_NO_CHAIN, kSecond},
-        {QXUT_HEAP_DEBUG, 0, 0, kSecond},
-        {QXUT_HEAP_DEBUG, 0, kOther, kPlain},
-        {QXUT_HEAP_DEBUG | QXUT_HEAP_NO_DEBUG, 0, 0, kPlain},
-        {0, QXUT_HEAPJOB_DEBUG, 0, kSecond},
-        {QXUT_HEAP_NO_DEBUG, QXUT_HEAPJOB_DEBUG, 0, kPlain},
-        {QXUT_HEAP_NO_SERIALIZE | QXUT_HEAP_RAISE_EXCEPTIONS, 0, 0, kPlain},
-    };
+    } kinds[] = {{0, 0, 0, kPlain}, {0, 0, kDebug | QXUT_OBJECT_NO_CHAIN, kSecond}, {QXUT_HEAP_DEBUG, 0, 0, kSecond},
+        {QXUT_HEAP_DEBUG, 0, kOther, kPlain}, {QXUT_HEAP_DEBUG | QXUT_HEAP_NO_DEBUG, 0, 0, kPlain},
+        {0, QXUT_HEAPJOB_DEBUG, 0, kSecond}, {QXUT_HEAP_NO_DEBUG, QXUT_HEAPJOB_DEBUG, 0, kPlain},
+        {QXUT_HEAP_NO_SERIALIZE | QXUT_HEAP_RAISE_EXCEPTIONS, 0, 0, kPlain}};
     for (const auto& kind : kinds)
     {
         const JobAndHeap own(kind.heapFlags, kind.jobFlags);

@@ -91,8 +91,7 @@ TEST_F(ProfileReplace, KeepsModeAndLinks)
 // followed.
 TEST_F(ProfileReplace, SideFilesOfOthers)
 {
-    const std::string victim = folder.Make("victim", "unchanged");
-    const std::string side = folder.Path(Utf8(kSide));
+    const std::string victim = folder.Make("victim", "unchanged"), side = folder.Path(Utf8(kSide));
     fs::create_symlink("victim", side);
     ASSERT_EQ(SaveValue(path, L"1"), PROF_OK);
     folder.Make(Utf8(kSide), "left by a killed process");
@@ -116,8 +115,7 @@ TEST_F(ProfileReplace, FullDiskLeavesTheOldFileAndNoNewOne)
     const rlimit small{50000, limit.rlim_max};
     const auto handler = signal(SIGXFSZ, SIG_IGN);
     setrlimit(RLIMIT_FSIZE, &small);
-    const std::int32_t existing = job.Save(path);
-    const std::int32_t fresh = job.Save(folder.Path("new"));
+    const std::int32_t existing = job.Save(path), fresh = job.Save(folder.Path("new"));
     const std::int32_t inPlace = ProfSaveW(held, nullptr, PROF_FORM_TEXT);
     setrlimit(RLIMIT_FSIZE, &limit);
     signal(SIGXFSZ, handler);

@@ -68,10 +68,8 @@ TEST(ProfilePacked, FewBytesAndPackedAgain)
     std::string image = kImage;
     for (int layer = 0; layer < 16; ++layer)
         image = Packed(image);
-    const std::string packed = Packed(kImage);
-    const std::string cut = packed.substr(0, packed.size() - 1);
-    constexpr std::uint32_t kDamaged = QXUT_SOURCE_DAMAGED;
-    constexpr std::uint32_t kIgnored = QXUT_SOURCE_IGNORED;
+    const std::string packed = Packed(kImage), cut = packed.substr(0, packed.size() - 1);
+    constexpr std::uint32_t kDamaged = QXUT_SOURCE_DAMAGED, kIgnored = QXUT_SOURCE_IGNORED;
     const std::tuple<std::string, std::int32_t, const char*, std::uint32_t> cases[] = {
         {"ZxvQ", PROF_OK, "", kDamaged}, {packed, PROF_OK, kTree, 0},
         {packed + "what follows", PROF_OK, kTree, kIgnored}, {cut, PROF_OK, kTree, kDamaged},
@@ -93,8 +91,7 @@ TEST(ProfilePacked, FewBytesAndPackedAgain)
 TEST(ProfilePacked, LimitIncludesTheEntries)
 {
     const TempFolder folder;
-    std::string leaves = "[/]\n";
-    std::string lists = leaves;
+    std::string leaves = "[/]\n", lists = leaves;
     for (int i = 0; i < 50000; ++i)
     {
         leaves += "a\n";

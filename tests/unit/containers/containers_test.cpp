@@ -107,8 +107,7 @@ TYPED_TEST(ListTest, CopiesAreDeepAndMovesLeaveNothing)
 
 TYPED_TEST(ListTest, FailedCopyLosesNothing)
 {
-    TypeParam source{1, 2, 3};
-    TypeParam target{7};
+    TypeParam source{1, 2, 3}, target{7};
     {
         FailingCopies failing(2);
         EXPECT_THROW(target = source, std::runtime_error);
@@ -189,8 +188,7 @@ TEST(SListIteratorTest, VisitsWhatIsAppendedDuringTheWalk)
 
 TEST(SListMoveTest, TakesTheNodeAlong)
 {
-    WCValSList<Counted> source{0, 1, 2};
-    WCValSList<Counted> target;
+    WCValSList<Counted> source{0, 1, 2}, target;
     const Counted* const moved = source.At(1);
     EXPECT_EQ(source.MoveAt(1, target), moved);
     EXPECT_EQ(source.MoveAt(7, target)->Value(), 2); // clipped to the last element
@@ -284,8 +282,7 @@ int Pairs(const std::vector<int>& pairs)
 TEST(LevelSourceTest, CountsPairsThatAreZeroUnderTheSelector)
 {
     static std::vector<int> script;
-    const int first = Pairs({0, 0, 1, 0, 2, 0, 0});
-    const int second = Pairs({0, 3, 3, 3, 3, 3, 3});
+    const int first = Pairs({0, 0, 1, 0, 2, 0, 0}), second = Pairs({0, 3, 3, 3, 3, 3, 3});
     // The numbers left for the source, and its draws: selector, most levels, and the result.
     const std::pair<std::vector<int>, std::vector<std::tuple<unsigned, int, int>>> cases[] = {
         {{first, second}, {{3, 19, 2}, {3, 19, 1}, {3, 19, 3}}}, // 0 0 | 1, 0 | 2, 0 0 with the next number's 0 | 3
@@ -348,8 +345,7 @@ TEST(SkipListTest, DuplicatesStayInTheOrderOfInsertion)
 {
     struct Element
     {
-        int key;
-        int mark;
+        int key, mark;
         bool operator<(const Element& other) const { return key < other.key; }
     };
     WCValSkipList<Element> list(1, 8);

@@ -52,18 +52,15 @@ TEST(FormatTest, EstimatesByTheWalk)
 TEST(FormatTest, ResultReplacesTheText)
 {
     const wchar_t raw[] = {L'a', L'b', L'c'}; // terminated only by the precision
-    const std::pair<const wchar_t*, String> cases[] = {
-        {L"abc", String(String::kFormatted, L"%.3s", raw)},
+    const std::pair<const wchar_t*, String> cases[] = {{L"abc", String(String::kFormatted, L"%.3s", raw)},
         {L"-5 wide narrow c 1f", String(String::kFormatted, L"%d %s %hs %c %x", -5, L"wide", "narrow", L'c', 31)},
         {L"123456789012 0x00000005 ff", String(String::kFormatted, L"%I64d %#010x %I64x", 123456789012LL, 5, 0xFFLL)},
         {L"[  ab][ab  ][002.50]", String(String::kFormatted, L"[%4s][%-*s][%06.2f]", L"ab", 4, L"ab", 2.5)},
         {L"wide w T", String(String::kFormatted, L"%ls %ws %Ts", L"wide", L"w", L"T")},
         {L"50%Ts x T", String(String::kFormatted, L"50%%Ts %Tc %-1Ts", L'x', L"T")},
-        {L"", String(String::kFormatted, L"%s", L"")},
-        {L"", String(String::kFormatted, nullptr)},
+        {L"", String(String::kFormatted, L"%s", L"")}, {L"", String(String::kFormatted, nullptr)},
         {kPrintfError, String(String::kFormatted, L"%s", static_cast<wchar_t*>(nullptr))},
-        {kPrintfError, String(String::kFormatted, L"lost %d %n", 1, static_cast<int*>(nullptr))},
-    };
+        {kPrintfError, String(String::kFormatted, L"lost %d %n", 1, static_cast<int*>(nullptr))}};
     for (const auto& [expected, result] : cases)
         EXPECT_STREQ(result.Text(), expected);
 }

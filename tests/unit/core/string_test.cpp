@@ -128,10 +128,8 @@ TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
         {L"abcab", [](String& s) { s.Append(static_cast<const wchar_t*>(nullptr)); }, L"abcab"},
         {L"abc", [](String& s) { s.Append(s); }, L"abcabc"},
         {L"abc", [](String& s) { s.Append(s.Text() + 1); }, L"abcbc"},
-        {L"abc", [](String& s) { s.Assign(s.Text() + 1); }, L"bc"},
-        {L"abc", [](String& s) { s = *&s; }, L"abc"},
-        {L"abc", [](String& s) { s.Empty(); }, L""},
-        {L"abc", [](String& s) { s.Fill(L'z', 2); }, L"zz"},
+        {L"abc", [](String& s) { s.Assign(s.Text() + 1); }, L"bc"}, {L"abc", [](String& s) { s = *&s; }, L"abc"},
+        {L"abc", [](String& s) { s.Empty(); }, L""}, {L"abc", [](String& s) { s.Fill(L'z', 2); }, L"zz"},
         {L"abc", [](String& s) { s.Fill(L'\0', 3); }, L""},
         {L"", [](String& s) { s.AppendWithSeparator(L',', String(L"d")); }, L"d"},
         {L"abc", [](String& s) { s.AppendWithSeparator(L',', String(L"d")); }, L"abc,d"},
@@ -139,10 +137,8 @@ TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
         {L"abc", [](String& s) { s.AppendWithSeparator(s, s); }, L"abcabcabc"},
         {L"  \t a ", [](String& s) { s.TrimLeft(); }, L"\t a "},
         {L" a \t ", [](String& s) { s.TrimRight(); }, L" a \t"},
-        {L" a \t", [](String& s) { s.TrimRight(L'\t'); }, L" a "},
-        {L"   ", [](String& s) { s.TrimLeft(); }, L""},
-        {L"   ", [](String& s) { s.TrimRight(); }, L""},
-        {L"abc", [](String& s) { s.TrimRight(); }, L"abc"},
+        {L" a \t", [](String& s) { s.TrimRight(L'\t'); }, L" a "}, {L"   ", [](String& s) { s.TrimLeft(); }, L""},
+        {L"   ", [](String& s) { s.TrimRight(); }, L""}, {L"abc", [](String& s) { s.TrimRight(); }, L"abc"},
         {L"abc", [](String& s) { s.Insert(2, s); }, L"ababcc"},
         {L"abc", [](String& s) { s.Insert(1, String()); }, L"abc"},
         {L"abc", [](String& s) { s.Delete(1, String::kAll); }, L"a"},
@@ -157,16 +153,13 @@ TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
         {L"aaaaa", [](String& s) { EXPECT_EQ(s.Replace(String(L"aa"), String(L"a")), 2); }, L"aaa"},
         {L"abc", [](String& s) { s.GetField(1, L'b', true); }, L"a"},
         {L"abc", [](String& s) { s.GetField(0, L'b', false); }, L"abc"},
-        {L"abc", [](String& s) { static_cast<void>(s[3]); }, L"abc"},
-        {L"abc", Write, L"Xbc"},
+        {L"abc", [](String& s) { static_cast<void>(s[3]); }, L"abc"}, {L"abc", Write, L"Xbc"},
         {L"abc", [](String& s) { s.Format(L"<%s>", s.Text()); }, L"<abc>"},
-        {L"abc", [](String& s) { s.MakeUpper(); }, L"ABC"},
-    };
+        {L"abc", [](String& s) { s.MakeUpper(); }, L"ABC"}};
     for (const auto& [before, change, after] : cases)
     {
         SCOPED_TRACE(testing::PrintToString(before) + " to " + testing::PrintToString(after));
-        String other(before);
-        String shared(other);
+        String other(before), shared(other);
         change(shared);
         EXPECT_STREQ(shared.Text(), after);
         EXPECT_EQ(shared.Length(), wcslen(after));
@@ -201,8 +194,7 @@ TEST(StringChangeTest, MatchesAModelUnderRandomChanges)
         std::u16string part(number(6), u'a');
         for (char16_t& c : part)
             c = static_cast<char16_t>(u'a' + number(3));
-        const std::size_t pos = number(model.size() + 2);
-        const std::size_t count = number(5);
+        const std::size_t pos = number(model.size() + 2), count = number(5);
         switch (number(6))
         {
         case 0:

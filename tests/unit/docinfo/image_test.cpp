@@ -37,15 +37,10 @@ TEST(TiffReader, Fields)
 TEST(TiffReader, CameraSettings)
 {
     const std::tuple<std::uint16_t, std::uint16_t, std::uint32_t, std::uint32_t, const char*> settings[] = {
-        {33434, kRational, 1, 125, "t=1/125 s"},
-        {33434, kRational, 2, 1, "t=2 s"},
-        {33434, kRational, 0, 1, "-"},
-        {33434, kRational, 1, 0, "-"},
-        {33434, kSignedRational, static_cast<std::uint32_t>(-1), 125, "-"},
-        {33434, kUndefined, 1, 125, "-"},
-        {33437, kRational, 28, 10, "f=3"},
-        {37382, kSignedRational, 12345, 1000, "d=12.3 m"},
-    };
+        {33434, kRational, 1, 125, "t=1/125 s"}, {33434, kRational, 2, 1, "t=2 s"}, {33434, kRational, 0, 1, "-"},
+        {33434, kRational, 1, 0, "-"}, {33434, kSignedRational, static_cast<std::uint32_t>(-1), 125, "-"},
+        {33434, kUndefined, 1, 125, "-"}, {33437, kRational, 28, 10, "f=3"},
+        {37382, kSignedRational, 12345, 1000, "d=12.3 m"}};
     for (const auto& [tag, type, numerator, denominator, comments] : settings)
     {
         TiffBuilder tiff(true);
@@ -64,15 +59,12 @@ TEST(TiffReader, DamagedFiles)
     TiffBuilder tiff(false);
     tiff.AddText(269, "ab").AddText(270, "cd").EndDirectory();
     const std::string& whole = tiff.Bytes();
-    const std::tuple<std::string_view, int, const wchar_t*> files[] = {
-        {"II*\0"sv, -1, L"error reading header"},
+    const std::tuple<std::string_view, int, const wchar_t*> files[] = {{"II*\0"sv, -1, L"error reading header"},
         {"XY*\0\0\0\0\0"sv, -1, L"Not a TIFF file, bad magic number 22872 (0x5958)"},
-        {"II+\0\0\0\0\0"sv, -1, L"Not a TIFF file, bad version number 43 (0x2b)"},
-        {"II*\0\0\0\0\0"sv, 0, L""},
+        {"II+\0\0\0\0\0"sv, -1, L"Not a TIFF file, bad version number 43 (0x2b)"}, {"II*\0\0\0\0\0"sv, 0, L""},
         {std::string_view(whole).substr(0, 9), 0, L"read error directory count"},
         {std::string_view(whole).substr(0, 8 + 2 + 12 + 5), 0,
-            L"Could only read 1 of 2 entries in directory at offset 0x8"},
-    };
+            L"Could only read 1 of 2 entries in directory at offset 0x8"}};
     for (const auto& [bytes, result, remark] : files)
     {
         const ReadRecord record(ReadTIFFFile, bytes);

@@ -69,16 +69,14 @@ TEST_F(Message, TextsAndRecipients)
 {
     const std::string large(5'000, 'x');
     const Properties none, named = {{"3001001E", "Name"}, {"3003001E", "no"}}, address = {{"3003001E", "address"}};
-    const std::tuple<Properties, std::vector<Properties>, std::string> cases[] = {
-        {{}, {}, "|-||-"},
+    const std::tuple<Properties, std::vector<Properties>, std::string> cases[] = {{{}, {}, "|-||-"},
         {{{"0037001E", "subject"}, {"0042001E", "name"}, {"0065001E", "address"}}, {none}, "subject|-|name|"},
         {{{"0037001F", "\xE4\0b\0c"s}, {"0C1A001E", "sender"}, {"0C1F001E", "x"}}, {}, "<e4>b|-|sender|-"},
         // A text that is there and empty isn't searched in the other form.
         {{{"0037001E", ""}, {"0037001F", "a\0"s}, {"0042001E", "\0x"s}, {"0065001E", "address"}}, {named, address},
             "|-|address|Name; address"},
         {{{"0037001E", large}, {"0C1F001F", "a\0\0\0b\0"s}}, {none, named, none, address},
-            large + "|-|a|Name; ; address"},
-    };
+            large + "|-|a|Name; ; address"}};
     for (const auto& [texts, recipients, expected] : cases)
     {
         const clsAutoRelease<clsDocu*> record = Read(MessageOf(texts, "", recipients));
@@ -93,14 +91,10 @@ TEST_F(Message, Times)
     const std::string sent = TimeProperty(kSubmitTag, kSent), delivered = TimeProperty(kDeliveryTag, kDelivered);
     const std::string other = TimeProperty(0x00390041, kDelivered);
     const std::string never = TimeProperty(kSubmitTag, std::string(8, '\xFF'));
-    const std::pair<std::string, std::string> cases[] = {
-        {other + sent, "2001-2-3 4:5:6|2002-5-20 13:12:31"},
-        {delivered + other, "2001-2-3 4:5:7|2002-5-20 13:12:31"},
-        {delivered + sent, "2001-2-3 4:5:6|2001-2-3 4:5:7"},
+    const std::pair<std::string, std::string> cases[] = {{other + sent, "2001-2-3 4:5:6|2002-5-20 13:12:31"},
+        {delivered + other, "2001-2-3 4:5:7|2002-5-20 13:12:31"}, {delivered + sent, "2001-2-3 4:5:6|2001-2-3 4:5:7"},
         {never + delivered, "2001-2-3 4:5:7|2002-5-20 13:12:31"},
-        {sent + delivered.substr(0, 23), "2001-2-3 4:5:6|2002-5-20 13:12:31"},
-        {"x" + sent, "-|2002-5-20 13:12:31"},
-    };
+        {sent + delivered.substr(0, 23), "2001-2-3 4:5:6|2002-5-20 13:12:31"}, {"x" + sent, "-|2002-5-20 13:12:31"}};
     for (const auto& [times, expected] : cases)
         EXPECT_EQ(Summary(*Read(MessageOf({}, times))), "|-||-|-|-|" + expected);
 }

@@ -66,28 +66,16 @@ clsAutoRelease<clsDocu*> RecordOf(const String& path)
 
 TEST(PropertySet, Values)
 {
-    const std::tuple<std::uint32_t, std::string, const wchar_t*> values[] = {
-        {VT_EMPTY, Number(0), L"-"},
-        {VT_NULL, "", L""},
-        {VT_I2, Number(0x1FFFE), L"-2"},
-        {VT_I4, Number(0xFFFFFFFE), L"-2"},
-        {VT_UI2, Number(0x1FFFE), L"65534"},
-        {VT_UI4, Number(0xFFFFFFFE), L"4294967294"},
-        {VT_R4, Number(0x3FC00000), L"1.5"},
-        {VT_R8, Number(0) + Number(0xBFF80000), L"-1.5"},
-        {VT_BOOL, Number(1), L"true"},
-        {VT_BOOL, Number(0x10000), L"false"},
-        {VT_LPSTR, Counted("abc\0def"sv), L"abc"},
-        {VT_LPSTR, Counted(""), L""},
-        {VT_LPSTR, Number(4) + "abc", L"-"},   // one byte too long
-        {VT_BSTR, Counted("\xE4"), L"\x0434"}, // code page 1251 is Cyrillic
-        {VT_LPWSTR, Counted("a\0\x44\x04\0\0b\0"sv, 2), L"a\x0444"},
-        {VT_LPWSTR, Number(0x80000000) + "abc", L"-"},
-        {VT_FILETIME, std::string(kDate), L""},
-        {VT_CY, std::string(8, '\1'), L""},
-        {VT_VECTOR | VT_LPSTR, Number(1) + Counted("abc"), L""},
-        {VT_ARRAY | VT_I4, Number(1), L""},
-    };
+    const std::tuple<std::uint32_t, std::string, const wchar_t*> values[] = {{VT_EMPTY, Number(0), L"-"},
+        {VT_NULL, "", L""}, {VT_I2, Number(0x1FFFE), L"-2"}, {VT_I4, Number(0xFFFFFFFE), L"-2"},
+        {VT_UI2, Number(0x1FFFE), L"65534"}, {VT_UI4, Number(0xFFFFFFFE), L"4294967294"},
+        {VT_R4, Number(0x3FC00000), L"1.5"}, {VT_R8, Number(0) + Number(0xBFF80000), L"-1.5"},
+        {VT_BOOL, Number(1), L"true"}, {VT_BOOL, Number(0x10000), L"false"}, {VT_LPSTR, Counted("abc\0def"sv), L"abc"},
+        {VT_LPSTR, Counted(""), L""}, {VT_LPSTR, Number(4) + "abc", L"-"}, // one byte too long
+        {VT_BSTR, Counted("\xE4"), L"\x0434"},                             // code page 1251 is Cyrillic
+        {VT_LPWSTR, Counted("a\0\x44\x04\0\0b\0"sv, 2), L"a\x0444"}, {VT_LPWSTR, Number(0x80000000) + "abc", L"-"},
+        {VT_FILETIME, std::string(kDate), L""}, {VT_CY, std::string(8, '\1'), L""},
+        {VT_VECTOR | VT_LPSTR, Number(1) + Counted("abc"), L""}, {VT_ARRAY | VT_I4, Number(1), L""}};
     for (const auto& [type, bytes, text] : values)
     {
         const ReadRecord record(ReadSummaryInformation, SetOf({{1, VT_I2, Number(1251)}, {2, type, bytes}}));

@@ -70,8 +70,7 @@ void ParseOfficeProperties(clsDocu& record, String text)
     clsRegExMatchList groups;
     while (element.Match(text, &groups))
     {
-        const String key = groups[1].text;
-        const String value = groups[2].text;
+        const String key = groups[1].text, value = groups[2].text;
         for (const auto& [name, field] :
             {std::pair(L"Subject", &record.Subject), {L"Author", &record.Author}, {L"LastAuthor", &record.LastAuthor},
                 {L"Keywords", &record.Keywords}, {L"Description", &record.Comments}})
@@ -89,8 +88,7 @@ void ParseOfficeProperties(clsDocu& record, String text)
 
 void ReadHTML(clsDocu& record, const String& page)
 {
-    static clsRegEx head(L"<head>(.*)</head>", kHeadFlags);
-    static clsRegEx title(L"<title>(.*)</title>", kItemFlags);
+    static clsRegEx head(L"<head>(.*)</head>", kHeadFlags), title(L"<title>(.*)</title>", kItemFlags);
     static clsRegEx office(L"<o:DocumentProperties>(.*)</o:DocumentProperties>", kItemFlags);
     static clsRegEx author(LR"x(<meta\s+name="author"\s+content="(.*)">)x", kItemFlags);
     static clsRegEx comments(LR"x(<meta\s+name="(?:description|DC\.Description)"\s+content="(.*)">)x", kItemFlags);
@@ -153,8 +151,7 @@ void ReadRTF(clsDocu& record, const String& document)
     text = DecodeRTF(groups[1].text);
     while (group.Match(text, &groups))
     {
-        const String key = groups[1].text;
-        const String value = groups[2].text;
+        const String key = groups[1].text, value = groups[2].text;
         for (const auto& [name, field] : {std::pair(L"subject", &record.Subject), {L"author", &record.Author},
                  {L"title", &record.Title}, {L"keywords", &record.Keywords}})
             if (key == name)

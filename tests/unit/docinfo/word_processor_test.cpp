@@ -48,8 +48,7 @@ TEST(WordPerfect, IndexAndRecords)
         {{entry}, title + author, kTitle},                  // the size covers the first record only
         {{WordPerfectEntry(0, 7)}, title + author, kTitle}, // or ends within it
         {{WordPerfectEntry(0, 900), second}, title + std::string("\5\0\5\0xx", 6) + author, kTitle},
-        {{entry, second}, title + author.substr(0, 20), kTitle},
-    };
+        {{entry, second}, title + author.substr(0, 20), kTitle}};
     for (const auto& [entries, data, summary] : files)
         EXPECT_EQ(ResultAndSummary(ReadWordPerfect, WordPerfectOf(entries, data)), summary);
     // Changed bytes. The count in byte 18 includes the head of the index, and the index that byte 14 gives can't begin

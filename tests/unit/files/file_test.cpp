@@ -334,8 +334,7 @@ TEST_F(FileStream, SetSizeKeepsThePositionOrGoesToTheStart)
 
 TEST_F(FileStream, LockRegionsExcludeOtherHandles)
 {
-    clsFileRW file;
-    clsFileRW other;
+    clsFileRW file, other;
     OpenAs(file);
     OpenAs(other);
     EXPECT_EQ(file.LockRegion({.QuadPart = 2}, {.QuadPart = 3}, LOCK_EXCLUSIVE), S_OK);

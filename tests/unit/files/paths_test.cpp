@@ -61,8 +61,7 @@ TEST(Paths, Parts)
 
 TEST(Paths, Classes)
 {
-    const String folder = temp.Path();
-    const String file = temp.Make(L"classified", "");
+    const String folder = temp.Path(), file = temp.Make(L"classified", "");
     const std::pair<String, PathClass> cases[] = {{L"lpt12:", PathClass::PrinterPort},
         {L"COM3:", PathClass::SerialPort}, {L"LPT:", PathClass::Missing}, {L"usb:abc", PathClass::Usb},
         {folder, PathClass::Folder}, {String(L"FILE:") + file, PathClass::File},
@@ -74,9 +73,7 @@ TEST(Paths, Classes)
 
 TEST(Paths, NormalForm)
 {
-    const String folder = temp.Path();
-    const String full = NormalizePath(folder);
-    const String separator(&PATH_SEPARATOR, 0, 1);
+    const String folder = temp.Path(), full = NormalizePath(folder), separator(&PATH_SEPARATOR, 0, 1);
     EXPECT_STREQ(NormalizePath(folder + L"/a/../b/./c").Text(), (full + separator + L"b" + separator + L"c").Text());
     EXPECT_STREQ(NormalizePath(folder + L"\\x\\..").Text(), full.Text());
     String tooLong(L"/");

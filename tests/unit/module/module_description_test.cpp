@@ -87,8 +87,7 @@ public:
     static constexpr std::uint32_t kSize = 0x2000;
     static constexpr std::size_t kHeader = 0x80;
     static constexpr std::size_t kOptional = kHeader + 24;
-    static constexpr std::size_t kResourcesPlace = kOptional + 112 + 16;
-    static constexpr std::size_t kSection = kOptional + 240;
+    static constexpr std::size_t kResourcesPlace = kOptional + 112 + 16, kSection = kOptional + 240;
 
     FakeImage() : Bytes(kSize)
     {
@@ -208,8 +207,7 @@ TEST(ModuleDescription, VersionBuildAndLinkTime)
         return Describe(image.Module(), Block(L"040904b0", texts));
     };
     // A module that doesn't exist has no file name; the link time is 9 September 2001, 1:46 UTC.
-    const Bytes version = VersionText(L"FileVersion", L"5.6");
-    const Bytes own = VersionText(L"CompanyName", L"trelmo or so");
+    const Bytes version = VersionText(L"FileVersion", L"5.6"), own = VersionText(L"CompanyName", L"trelmo or so");
     const String linked = describe({own, version});
     EXPECT_EQ(linked.Length(), wcslen(L" 5.6 (01-09-09 01:46)"));
     EXPECT_EQ(linked.Compare(L" 5.6 (01-09-0", 13), 0) << linked.NarrowText();
@@ -260,8 +258,7 @@ TEST(ModuleDescription, OfFilesByTheirNames)
     EXPECT_STREQ(GetFileVersionValue(copy, L"CompanyName"), L"trelmo tests");
     EXPECT_STREQ(GetFileVersionValue(copy, L"InternalName"), L"");
     EXPECT_STREQ(GetFileVersionValue(copy, Filled(L'k', 200)), L"");
-    String description(L"before");
-    String company;
+    String description(L"before"), company;
     EXPECT_STREQ(GetFileVersionText(copy, &description, &company), L"1.2.3.4");
     EXPECT_STREQ(company, L"trelmo tests");
     EXPECT_STREQ(description, L"Tests of the module frame");

@@ -97,26 +97,22 @@ TEST(PackedText, TakesTheWholeSourceAndNothingOfNothing)
 
 TEST(PackedText, ReadsFormsAndDamage)
 {
-    const std::string data(50, 'd');
-    const std::string packed = Zlib(data);
+    const std::string data(50, 'd'), packed = Zlib(data);
     const struct
     {
         const char* what;
         String text;
         std::string bytes;
-    } cases[] = {
-        {"version 1, zero bits behind the stream", Text(L"@1@", Size(50) + packed + "\0\0"s), data},
+    } cases[] = {{"version 1, zero bits behind the stream", Text(L"@1@", Size(50) + packed + "\0\0"s), data},
         {"version 1 without a whole size", Text(L"@1@", "ab"), ""},
         {"version 2 without a tag stays as it is", Text(L"@2@", "fifteen bytes!!"), "fifteen bytes!!"},
         {"version 2 below its head stays as it is", Text(L"@2@", "short"), "short"},
         {"size too large", Text(L"@2@", Size(51) + tag + packed), ""},
         {"size too small", Text(L"@2@", Size(49) + tag + packed), ""},
         {"size beyond all reach", Text(L"@2@", Size(0xFFFFFFFF) + tag + packed), ""},
-        {"no stream", Text(L"@2@", Size(50) + tag), ""},
-        {"empty stream", Text(L"@2@", Size(0) + tag + Zlib("")), ""},
+        {"no stream", Text(L"@2@", Size(50) + tag), ""}, {"empty stream", Text(L"@2@", Size(0) + tag + Zlib("")), ""},
         {"a prefix cut short is plain", String(L"@1"), "\xD4\0\0"s},
-        {"another prefix is plain", String(L"@3@Zm9v"), "\xDD\x99\xBD\xBC\0\0"s},
-    };
+        {"another prefix is plain", String(L"@3@Zm9v"), "\xDD\x99\xBD\xBC\0\0"s}};
     for (const auto& c : cases)
         EXPECT_EQ(Unpack(c.text), c.bytes) << c.what;
 }
@@ -198,9 +194,7 @@ TEST(DeflateStream, WorksBetweenPositionsAndOnNothing)
 TEST(PackedText, StrictUnpacking)
 {
     const std::string data = Sample(1001);
-    const String plain = Pack(data, false);
-    const String packed = Pack(data, true);
-    const String secret = Pack(data, true, L"key");
+    const String plain = Pack(data, false), packed = Pack(data, true), secret = Pack(data, true, L"key");
     const auto withBreaks = [](String text)
     {
         for (const std::size_t at : {std::size_t{2}, text.Length() - 3, std::size_t{0}})

@@ -56,8 +56,7 @@ std::uint64_t UnitBetween(std::uint64_t from, std::uint64_t to)
     {
         return mixed ^ (mixed >> 47);
     };
-    const std::uint64_t b = unshift(to * inverse);
-    const std::uint64_t a = unshift((b * inverse) ^ from);
+    const std::uint64_t b = unshift(to * inverse), a = unshift((b * inverse) ^ from);
     return (a * inverse) ^ from;
 }
 

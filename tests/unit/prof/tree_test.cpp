@@ -49,9 +49,7 @@ TEST(ProfTree, BehavesLikeAPlainRowOfItems)
         // Values of few digits are shared by their items, until the last one stops using them.
         const int value = static_cast<int>(random() % (random() % 2 == 0 ? 30 : 100000));
         const bool isList = random() % 2 == 0;
-        const String number = String::FromInt(value);
-        const String item = String::FromInt(name);
-        const String leaf = isList ? item + L"/v" : item;
+        const String number = String::FromInt(value), item = String::FromInt(name), leaf = isList ? item + L"/v" : item;
         const auto isIt = [&](const ModelItem& other)
         {
             return other.name == name && other.isList == isList;

@@ -326,8 +326,7 @@ TEST(ProfXfdf, LongAndDeepNamesComeBackOrAreRefused)
     const std::tuple<int, std::size_t, int> kept[] = {{4, 255, 10000}, {1200, 3, 1}};
     for (const auto& [depth, nameLength, leaves] : kept)
     {
-        const JobHolder job = tree(depth, nameLength, leaves);
-        const JobHolder again = NewJob();
+        const JobHolder job = tree(depth, nameLength, leaves), again = NewJob();
         clsFileRO file(MemoryStream(Saved(job, 2)));
         EXPECT_TRUE(again->Load(file));
         EXPECT_EQ(again->Root().Count(), static_cast<std::size_t>(depth + leaves));

@@ -173,8 +173,7 @@ TEST(DebugHelpJob, ListsModulesThatWereLoadedAfterAWalk)
 TEST(DebugHelpJob, OtherSourcesOfModules)
 {
     const auto program = reinterpret_cast<std::uint64_t>(GetModuleHandleW(nullptr));
-    const std::vector<LoadedModule> ofProcess = ModulesOfProcess();
-    const std::vector<LoadedModule> ofSnapshot = ModulesOfSnapshot();
+    const std::vector<LoadedModule> ofProcess = ModulesOfProcess(), ofSnapshot = ModulesOfSnapshot();
     EXPECT_EQ(ofSnapshot.empty(), !Kernel32().p_CreateToolhelp32Snapshot.IsThere());
     for (const auto* const modules : {&ofProcess, &ofSnapshot})
     {

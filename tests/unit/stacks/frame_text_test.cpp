@@ -80,32 +80,18 @@ TEST(FrameText, ValuesByTypeAndSize)
 {
     static const char text[] = "narrow";
     static const wchar_t wide[] = L"wide";
-    const ValueCase kCases[] = {
-        {0, 6, Bits(-7), "-7"},
-        {0, 8, Bits(1.5F), "1.5"},
-        {0, 7, 0x1234567890, "0x34567890"},
-        {1, 2, 0x1FF, "0x000000ff"},
-        {2, 6, 0x1FFFF, "0x0000ffff"},
-        {4, 2, 5, "<invalid Char pointer, NULL HIword>"},
-        {4, 3, 5, "<invalid WChar pointer, NULL HIword>"},
-        {4, 30, 5, "<invalid BSTR pointer, NULL HIword>"},
-        {4, 6, Bits(-1), "-1"},
-        {4, 8, Bits(-0.25F), "-0.25"},
-        {4, 10, 1, "0x00000001"},
+    const ValueCase kCases[] = {{0, 6, Bits(-7), "-7"}, {0, 8, Bits(1.5F), "1.5"}, {0, 7, 0x1234567890, "0x34567890"},
+        {1, 2, 0x1FF, "0x000000ff"}, {2, 6, 0x1FFFF, "0x0000ffff"}, {4, 2, 5, "<invalid Char pointer, NULL HIword>"},
+        {4, 3, 5, "<invalid WChar pointer, NULL HIword>"}, {4, 30, 5, "<invalid BSTR pointer, NULL HIword>"},
+        {4, 6, Bits(-1), "-1"}, {4, 8, Bits(-0.25F), "-0.25"}, {4, 10, 1, "0x00000001"},
         {8, 2, 0, "<invalid 64 bit Char pointer, NULL HIword>"},
         {8, 2, 0xFFFF, "<invalid 64 bit Char pointer, NULL HIword>"},
         {8, 2, 0x7FFF'FFFF'F000, ""}, // unreadable on every system
-        {8, 2, Bits(&text), "narrow"},
-        {8, 3, 1, "<invalid 64 bit WChar pointer, NULL HIword>"},
-        {8, 3, Bits(&wide), "wide"},
-        {8, 30, 2, "<invalid 64 bit BSTR pointer, NULL HIword>"},
-        {8, 30, Bits(&wide), "wide"},
-        {8, 6, Bits(-5000000000LL), "-5000000000"},
-        {8, 8, Bits(2.5), "2.5"},
-        {8, 7, 0xABC, "0x0000000000000abc"},
-        {24, 0, 0, "@@@<param of size 24, possibly struct>"},
-        {3, 6, 0, "@@@<param of size 3, possibly struct>"},
-    };
+        {8, 2, Bits(&text), "narrow"}, {8, 3, 1, "<invalid 64 bit WChar pointer, NULL HIword>"},
+        {8, 3, Bits(&wide), "wide"}, {8, 30, 2, "<invalid 64 bit BSTR pointer, NULL HIword>"},
+        {8, 30, Bits(&wide), "wide"}, {8, 6, Bits(-5000000000LL), "-5000000000"}, {8, 8, Bits(2.5), "2.5"},
+        {8, 7, 0xABC, "0x0000000000000abc"}, {24, 0, 0, "@@@<param of size 24, possibly struct>"},
+        {3, 6, 0, "@@@<param of size 3, possibly struct>"}};
     for (const ValueCase& test : kCases)
     {
         DBGStackTraceItem item = Item();

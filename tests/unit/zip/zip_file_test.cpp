@@ -140,8 +140,7 @@ TEST(ZIPFile, EncodingOfNameAndComment)
             ""}, // code page 437 has only similar letters
         {L"\U0001F600", L"", 0x800, "\xF0\x9F\x98\x80", ""}};
     const TempFolder folder;
-    const String source = folder.Make(L"source", "x");
-    const String path = folder.Path(L"x.zip");
+    const String source = folder.Make(L"source", "x"), path = folder.Path(L"x.zip");
     auto file = std::make_unique<clsZIPFile>(path, L"");
     WIN32_FIND_DATAW found{};
     for (const auto& test : cases)
@@ -170,8 +169,7 @@ TEST(ZIPFile, EncodingOfNameAndComment)
 TEST(ZIPFile, LengthFieldsAndTheBytesBehindThemStayTogether)
 {
     const TempFolder folder;
-    const String source = folder.Make(L"source", "x");
-    const String path = folder.Path(L"x.zip");
+    const String source = folder.Make(L"source", "x"), path = folder.Path(L"x.zip");
     auto file = std::make_unique<clsZIPFile>(path, L"");
     file->AddFile(source, Filled(L'n', 0x10003), Filled(L'c', 0x10003));
     const std::vector<ZIPEntry> entries = Closed(std::move(file), path);
@@ -270,9 +268,7 @@ TEST(ZIPFile, Lists)
 TEST(ZIPFile, WhatCannotBeAdded)
 {
     const TempFolder folder;
-    const String path = folder.Path(L"x.zip");
-    const String good = folder.Make(L"good", "good");
-    const String large = folder.Make(L"large", "");
+    const String path = folder.Path(L"x.zip"), good = folder.Make(L"good", "good"), large = folder.Make(L"large", "");
     {
         clsFileRW file(large, FileAccess::ReadWrite, FileDisposition::OpenExisting, FileShare::None, kFileData);
         file.Seek(0x100000000);
