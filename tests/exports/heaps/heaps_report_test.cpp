@@ -1,13 +1,12 @@
 // Tracked heaps: the lines of the debug output.
 #include "exports/heaps/heaps_library.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <cstring>
 #include <functional>
 
 using namespace qxtest;
-using testing::ElementsAreArray;
 
 namespace
 {
@@ -85,7 +84,7 @@ TEST(HeapsReport, RefusedObjects)
         each.damage(object);
         HeapsLibrary::NewLines();
         EXPECT_EQ(reported.free(own.heap, object), QXUT_HEAP_BAD_OBJECT) << each.what;
-        EXPECT_THAT(HeapsLibrary::NewLines(), ElementsAreArray(each.lines)) << each.what;
+        EXPECT_EQ(HeapsLibrary::NewLines(), each.lines) << each.what;
     }
 }
 
@@ -112,15 +111,15 @@ TEST(HeapsReport, SizesAndSums)
     WordAt(empty, -4) = 7;
     EXPECT_EQ(reported.objectSize(own.heap, empty), QXUT_HEAP_BAD_OBJECT);
     EXPECT_EQ(reported.alloc(other.heap, 0xFFFFFFF0u, 0), nullptr);
-    EXPECT_THAT(HeapsLibrary::NewLines(), ElementsAreArray(Lines{
-                                              "Warning: clsHeapNode['job'/'heap']::SizeObject(P):",
-                                              " Object has a size of 0 (bad pointer?)\n",
-                                              "UtilHeapSize will only work for DEBUG heaps, or in NT >= 3.51",
-                                              " 0x00000000",
-                                              "Error: clsHeapNode['job'/'heap']::SizeObject(P)",
-                                              " bad pointer, or memory underrun (magic=0x00000007)\n",
-                                              "Error: clsHeapNode['job'/'heap']::AllocObjectND(-16): Out of memory",
-                                          }));
+    EXPECT_EQ(HeapsLibrary::NewLines(), (Lines{
+                                            "Warning: clsHeapNode['job'/'heap']::SizeObject(P):",
+                                            " Object has a size of 0 (bad pointer?)\n",
+                                            "UtilHeapSize will only work for DEBUG heaps, or in NT >= 3.51",
+                                            " 0x00000000",
+                                            "Error: clsHeapNode['job'/'heap']::SizeObject(P)",
+                                            " bad pointer, or memory underrun (magic=0x00000007)\n",
+                                            "Error: clsHeapNode['job'/'heap']::AllocObjectND(-16): Out of memory",
+                                        }));
     EXPECT_EQ(reported.alloc(own.heap, 0x80000000u, 0), nullptr);
     const Lines lines = HeapsLibrary::NewLines();
     ASSERT_GE(lines.size(), 3u);
@@ -141,12 +140,12 @@ TEST(HeapsReport, HeapsAndJobsThatAreLeft)
     reported.create(job, L"silent", QXUT_HEAP_NO_WARNING);
     HeapsLibrary::NewLines();
     EXPECT_EQ(reported.validate(heap, nullptr), 0);
-    EXPECT_THAT(HeapsLibrary::NewLines(),
-        ElementsAreArray(Lines{"Error: Memory overrun, fence value has been changed"} + Dump(0, kBytes, kSize, false)));
+    EXPECT_EQ(HeapsLibrary::NewLines(),
+        (Lines{"Error: Memory overrun, fence value has been changed"} + Dump(0, kBytes, kSize, false)));
     EXPECT_EQ(reported.validate(heap, &job), QXUT_HEAP_CORRUPTED);
     const Lines both = Dump(1, kBytes, kSize, false) + Dump(1, kBytes, kSize, false);
     const Lines report = Lines{"Heap['job'/'']: 3 objects", " Heap allocation stack trace:", "  [called by *]"} + both;
-    EXPECT_THAT(HeapsLibrary::NewLines(), ElementsAreArray(Lines{" Error: Heap corrupted"} + report));
+    EXPECT_EQ(HeapsLibrary::NewLines(), (Lines{" Error: Heap corrupted"} + report));
 
     EXPECT_EQ(reported.jobClose(job), QXUT_HEAP_LEFT_OVER);
     const auto deeper = [](Lines lines, std::size_t depth)
@@ -155,9 +154,8 @@ TEST(HeapsReport, HeapsAndJobsThatAreLeft)
             line.insert(0, depth, ' ');
         return lines;
     };
-    EXPECT_THAT(HeapsLibrary::NewLines(),
-        ElementsAreArray(
-            Lines{"Error: deleting module 'job', but the following heaps are left:"} + deeper(report, 1) +
+    EXPECT_EQ(HeapsLibrary::NewLines(),
+        (Lines{"Error: deleting module 'job', but the following heaps are left:"} + deeper(report, 1) +
             Lines{" Error: Memory overrun, fence value has been changed"} + deeper(Dump(0, kBytes, kSize, false), 1) +
             Lines{" Heap['job'/'']: max 3, total 4 allocations", " Warning: deleting heap, but objects are left:"} +
             deeper(report, 2) + Lines{" Heap['job'/'silent']: 0 objects"}));
@@ -169,9 +167,9 @@ TEST(HeapsReport, HeapsAndJobsThatAreLeft)
     EXPECT_EQ(reported.remove(silent), QXUT_HEAP_FAILED);
     EXPECT_EQ(reported.jobClose(quiet), 0);
     EXPECT_EQ(reported.jobClose(quiet), QXUT_HEAP_FAILED);
-    EXPECT_THAT(HeapsLibrary::NewLines(), ElementsAreArray(Lines{"Heap['job'/'silent']: max 1, total 1 allocations",
-                                              "Error: clsModuleNode['']::DeleteHeap(P): Invalid handle",
-                                              "Error: clsModuleList::Delete(P): Invalid handle"}));
+    EXPECT_EQ(HeapsLibrary::NewLines(), (Lines{"Heap['job'/'silent']: max 1, total 1 allocations",
+                                            "Error: clsModuleNode['']::DeleteHeap(P): Invalid handle",
+                                            "Error: clsModuleList::Delete(P): Invalid handle"}));
 }
 
 TEST(HeapsReport, TracedJob)
@@ -191,7 +189,7 @@ TEST(HeapsReport, TracedJob)
     reported.remove(heap);
     reported.create(job, L"left", QXUT_HEAP_NO_DEBUG);
     reported.jobClose(job);
-    EXPECT_THAT(HeapsLibrary::NewLines(), ElementsAreArray(Lines {
+    EXPECT_EQ(HeapsLibrary::NewLines(), (Lines {
         "UtilJobOpen('traced',0x80000000)", " ->P", "UtilHeapCreate(P,'(NULL)',0x00000010)",
             "traced: UtilHeapCreate(..,'(NULL)',..) called with DEBUG bit", " ->P", "UtilJobOpen('traced',0x00000000)",
             " ->P", "UtilJobClose(P) ['traced']", " ->0", "UtilHeapSizeObjects(P) ['traced','']", " ->100",

@@ -81,10 +81,7 @@ TEST(RegEx, FlagsReachTheEngineAndOthersAreIgnored)
         clsRegEx pattern(source, flags);
         clsRegExMatchList matches;
         ASSERT_EQ(pattern.Match(subject, &matches), match != nullptr);
-        if (match != nullptr)
-        {
-            EXPECT_STREQ(matches[0].text.Text(), match);
-        }
+        EXPECT_STREQ(match != nullptr ? matches[0].text.Text() : nullptr, match);
     }
 }
 

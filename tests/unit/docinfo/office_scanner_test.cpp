@@ -148,14 +148,10 @@ constexpr std::string_view kBlockPieces[] = {"<o:DocumentProperties>", "</o:Docu
 
 } // namespace
 
-TEST(OfficeScanners, OfficeOpenXml)
+TEST(OfficeScanners, Archives)
 {
     CompareReaders(ReadMember<ParseOfficeOpenXml>, OfficeOpenXmlPatterns, kCorePieces,
         "<cp:coreProperties x>%</dc:title></cp:coreProperties>");
-}
-
-TEST(OfficeScanners, OpenDocument)
-{
     CompareReaders(ReadMember<ParseOpenDocument>, OpenDocumentPatterns, kMetaPieces,
         "<office:document-meta><office:meta>%</office:meta></office:document-meta>");
 }

@@ -185,20 +185,12 @@ constexpr std::string_view kRtfPieces[] = {"{\\title ", "{\\Title ", "{\\author 
 
 } // namespace
 
-TEST(Scanners, HtmlHead)
+TEST(Scanners, HtmlHeadAndRtfInfo)
 {
+    constexpr std::size_t kMostPieces = 24; // the pattern of the block takes quadratic time
     CompareReaders(ReadHTML, patterns::ReadHTML, kHtmlPieces, "<head>%</head>");
-}
-
-TEST(Scanners, OfficeBlock)
-{
-    constexpr std::size_t kMostPieces = 24; // the pattern takes quadratic time
     CompareReaders(ReadHTML, patterns::ReadHTML, kOfficePieces,
         "<head><o:DocumentProperties>%</o:DocumentProperties></head>", kMostPieces);
-}
-
-TEST(Scanners, RtfInfo)
-{
     CompareReaders(ReadRTF, patterns::ReadRTF, kRtfPieces, "{\\rtf1{\\info{\\title t}%}}");
 }
 

@@ -109,10 +109,7 @@ TEST(ZIPMemberText, Table)
         EXPECT_EQ(GetZIPFilenames(receiver, window), test.result);
         EXPECT_EQ(receiver.kind.has_value(), !test.text.empty());
         EXPECT_STREQ(receiver.text, String(test.text));
-        if (receiver.kind)
-        {
-            EXPECT_EQ(receiver.kind == ZIPTextKind::OfficeOpenXml, test.text == L"<core>");
-        }
+        EXPECT_EQ(receiver.kind == ZIPTextKind::OfficeOpenXml, test.text == L"<core>");
         EXPECT_STREQ(lines.Last(), test.line);
     }
 }
