@@ -10,9 +10,6 @@
 using namespace qx;
 using qxtest::DebugLines;
 
-namespace
-{
-
 TEST(GuardTest, NoExceptionComesThrough)
 {
     const std::tuple<void (*)(), DWORD, const wchar_t*> cases[] = {
@@ -33,5 +30,3 @@ TEST(GuardTest, NoExceptionComesThrough)
     }
     EXPECT_EQ(Guarded(-9, [] { return 5; }), 5);
 }
-
-} // namespace

@@ -247,9 +247,7 @@ TEST_F(Elements, OfAVectorAreKeptOrMadeByItsSize)
     vector[2] = 5; // grows
     vector.Resize(4);
     EXPECT_EQ(Counted::living, 4);
-    EXPECT_EQ(vector[0].Value(), 0);
-    EXPECT_EQ(vector[2].Value(), 5);
-    EXPECT_EQ(vector[3].Value(), 0);
+    EXPECT_EQ(std::tuple(vector[0].Value(), vector[2].Value(), vector[3].Value()), std::tuple(0, 5, 0));
     vector.Resize(1);
     EXPECT_EQ(Counted::living, 1);
     EXPECT_EQ(vector.At(1), nullptr);
@@ -270,24 +268,15 @@ TEST_F(Elements, OfAVectorAreKeptOrMadeByItsSize)
 
 // ---- Skip lists
 
-// Packs seven pairs of bits, the first to be drawn first.
-int Pairs(const std::vector<int>& pairs)
-{
-    int bits = 0;
-    for (std::size_t i = 0; i < pairs.size(); ++i)
-        bits |= pairs[i] << (2 * i);
-    return bits;
-}
-
 TEST(LevelSourceTest, CountsPairsThatAreZeroUnderTheSelector)
 {
     static std::vector<int> script;
-    const int first = Pairs({0, 0, 1, 0, 2, 0, 0}), second = Pairs({0, 3, 3, 3, 3, 3, 3});
+    constexpr int kFirst = 0b00'00'10'00'01'00'00, kSecond = 0b11'11'11'11'11'11'00; // the last pair is drawn first
     // The numbers left for the source, and its draws: selector, most levels, and the result.
     const std::pair<std::vector<int>, std::vector<std::tuple<unsigned, int, int>>> cases[] = {
-        {{first, second}, {{3, 19, 2}, {3, 19, 1}, {3, 19, 3}}}, // 0 0 | 1, 0 | 2, 0 0 with the next number's 0 | 3
-        {{~0x3FFF, 0x3FFF}, {{3, 19, 7}}},                       // 14 bits of each number are used
-        {{first, second}, {{1, 19, 2}, {1, 2, 2}, {1, 19, 0}}}}; // 0 2 0 0, 0 | 3 are five, of which two count
+        {{kFirst, kSecond}, {{3, 19, 2}, {3, 19, 1}, {3, 19, 3}}}, // 0 0 | 1, 0 | 2, 0 0 with the next number's 0 | 3
+        {{~0x3FFF, 0x3FFF}, {{3, 19, 7}}},                         // 14 bits of each number are used
+        {{kFirst, kSecond}, {{1, 19, 2}, {1, 2, 2}, {1, 19, 0}}}}; // 0 2 0 0, 0 | 3 are five, of which two count
     for (const auto& [numbers, draws] : cases)
     {
         script.assign(numbers.rbegin(), numbers.rend());

@@ -15,9 +15,6 @@
 using namespace qx;
 using namespace qxtest;
 
-namespace
-{
-
 TEST(MachineDate, Forms)
 {
     constexpr std::pair<const wchar_t*, const char*> kCases[] = {{L"20180203", "2018-02-03 00:00:00"},
@@ -145,5 +142,3 @@ TEST(EarlyDates, AreWrittenByTheLibrary)
         EXPECT_STREQ(FormatEarlyDate(date, 0x0409, format, 19), text);
     EXPECT_STREQ(FormatEarlyDate(date, 0x0409, nullptr, 19), L"2/3/0904");
 }
-
-} // namespace

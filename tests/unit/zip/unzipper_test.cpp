@@ -257,15 +257,7 @@ TEST(Unzipper, ModesAndLinks)
 
 TEST(Unzipper, OddArchives)
 {
-    const auto field = [](const std::vector<std::uint64_t>& values)
-    {
-        std::string bytes("\1\0", 2);
-        bytes += static_cast<char>(8 * values.size());
-        bytes += '\0';
-        for (const std::uint64_t value : values)
-            bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
-        return bytes;
-    };
+    constexpr auto kNumber = BytesOfRecord<std::uint64_t>;
     constexpr std::uint64_t kFourGB = std::uint64_t{1} << 32;
     const std::string content = PlainText();
     for (const std::uint16_t method : {std::uint16_t{0}, std::uint16_t{8}})
@@ -275,8 +267,9 @@ TEST(Unzipper, OddArchives)
             const std::uint64_t packed = member.central.compressedSize;
             member.central.compressedSize = member.central.uncompressedSize = 0xFFFFFFFF;
             const Place place;
-            EXPECT_EQ(
-                place.Extract(Build({member.Extra(field({content.size() + more, packed + more}))})) == "", isWhole)
+            EXPECT_EQ(place.Extract(Build({member.Extra(std::string("\1\0\x10\0", 4) + kNumber(content.size() + more) +
+                                                        kNumber(packed + more))})) == "",
+                isWhole)
                 << method << ' ' << more;
             EXPECT_EQ(place.Extracted(), isWhole ? Tree({{"m", content}}) : Tree());
         }
@@ -284,13 +277,9 @@ TEST(Unzipper, OddArchives)
     std::string bytes = Build({BuiltMember("a", "1"), BuiltMember("b", "2")});
     const std::size_t at = bytes.size() - sizeof(scZIPEndRecord);
     auto end = RecordAt<scZIPEndRecord>(bytes, at);
-    const auto number = [](std::uint64_t value, std::size_t width)
-    {
-        return std::string(reinterpret_cast<const char*>(&value), width);
-    };
-    const std::string record = "PK\6\6" + number(44, 8) + number(45, 2) + number(45, 2) + number(0, 8) + number(2, 8) +
-                               number(2, 8) + number(end.directorySize, 8) + number(end.directoryOffset, 8);
-    const std::string locator = "PK\6\7" + number(0, 4) + number(at, 8) + number(1, 4);
+    const std::string record = "PK\6\6" + kNumber(44) + std::string("\x2D\0\x2D\0", 4) + kNumber(0) + kNumber(2) +
+                               kNumber(2) + kNumber(end.directorySize) + kNumber(end.directoryOffset);
+    const std::string locator = std::string("PK\6\7\0\0\0\0", 8) + kNumber(at) + std::string("\1\0\0\0", 4);
     end.entries = end.entriesOnDisk = 1;
     end.directorySize += 100;
     end.directoryOffset = 7;
