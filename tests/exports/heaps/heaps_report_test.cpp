@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <functional>
+#include <tuple>
 
 using namespace qxtest;
 
@@ -57,14 +58,7 @@ TEST(HeapsReport, RefusedObjects)
     const JobAndHeap own(QXUT_HEAP_DEBUG);
     const auto foreign = reported.create(own.job, L"foreign", QXUT_HEAP_DEBUG);
     const std::string error = "Error: clsHeapNode['job'/'heap']::";
-    const struct
-    {
-        const char* what;
-        HUTHEAP owner;
-        std::uint32_t flags;
-        std::function<void(void*)> damage;
-        Lines lines;
-    } cases[] = {
+    const std::tuple<const char*, HUTHEAP, std::uint32_t, std::function<void(void*)>, Lines> cases[] = {
         {"fence", own.heap, 0, [](void* object) { static_cast<char*>(object)[kSize] = 1; },
             Lines{"Error: Memory overrun, fence value has been changed"} + Dump(0, kBytes, kSize) +
                 Lines{error + "FreeObjectD(P)", " Memory overrun, fence value has been changed (object not freed)"} +
@@ -78,13 +72,13 @@ TEST(HeapsReport, RefusedObjects)
         {"foreign, plain", foreign, QXUT_OBJECT_PLAIN, [](void*) {},
             {error + "FreeObjectND(P)", " bad object size -1", " error freeing object"}},
     };
-    for (const auto& each : cases)
+    for (const auto& [what, owner, flags, damage, lines] : cases)
     {
-        void* const object = NewObject(each.owner, each.flags);
-        each.damage(object);
+        void* const object = NewObject(owner, flags);
+        damage(object);
         HeapsLibrary::NewLines();
-        EXPECT_EQ(reported.free(own.heap, object), QXUT_HEAP_BAD_OBJECT) << each.what;
-        EXPECT_EQ(HeapsLibrary::NewLines(), each.lines) << each.what;
+        EXPECT_EQ(reported.free(own.heap, object), QXUT_HEAP_BAD_OBJECT) << what;
+        EXPECT_EQ(HeapsLibrary::NewLines(), lines) << what;
     }
 }
 

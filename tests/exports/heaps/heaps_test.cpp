@@ -16,6 +16,7 @@
 #include <cstring>
 #include <fstream>
 #include <thread>
+#include <tuple>
 
 using namespace qxtest;
 
@@ -83,33 +84,30 @@ TEST(HeapsFormat, DebugObject)
 TEST(HeapsFormat, KindsOfObjects)
 {
     constexpr std::uint32_t kOther = QXUT_OBJECT_PLAIN, kDebug = QXUT_OBJECT_DEBUG;
-    const struct
-    {
-        std::uint32_t heapFlags, jobFlags, objectFlags, magic;
-    } kinds[] = {{0, 0, 0, kPlain}, {0, 0, kDebug | QXUT_OBJECT_NO_CHAIN, kSecond}, {QXUT_HEAP_DEBUG, 0, 0, kSecond},
+    const std::tuple<std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t> kinds[] = {{0, 0, 0, kPlain},
+        {0, 0, kDebug | QXUT_OBJECT_NO_CHAIN, kSecond}, {QXUT_HEAP_DEBUG, 0, 0, kSecond},
         {QXUT_HEAP_DEBUG, 0, kOther, kPlain}, {QXUT_HEAP_DEBUG | QXUT_HEAP_NO_DEBUG, 0, 0, kPlain},
         {0, QXUT_HEAPJOB_DEBUG, 0, kSecond}, {QXUT_HEAP_NO_DEBUG, QXUT_HEAPJOB_DEBUG, 0, kPlain},
         {QXUT_HEAP_NO_SERIALIZE | QXUT_HEAP_RAISE_EXCEPTIONS, 0, 0, kPlain}};
-    for (const auto& kind : kinds)
+    for (const auto& [heapFlags, jobFlags, objectFlags, magic] : kinds)
     {
-        const JobAndHeap own(kind.heapFlags, kind.jobFlags);
-        const std::string where =
-            "heap " + std::to_string(kind.heapFlags) + " object " + std::to_string(kind.objectFlags);
+        const JobAndHeap own(heapFlags, jobFlags);
+        const std::string where = "heap " + std::to_string(heapFlags) + " object " + std::to_string(objectFlags);
         std::int32_t all = 0;
         for (const std::uint32_t size : {0u, 1u, 12u, 500u, 40'000u, 3'000'000u})
         {
-            void* const object = heaps.alloc(own.heap, size, kind.objectFlags | QXUT_OBJECT_FILL);
+            void* const object = heaps.alloc(own.heap, size, objectFlags | QXUT_OBJECT_FILL);
             ASSERT_NE(object, nullptr) << where;
-            EXPECT_EQ(WordAt(object, -4), kind.magic) << where;
+            EXPECT_EQ(WordAt(object, -4), magic) << where;
             EXPECT_TRUE(IsFilled(object, size, 0xF5)) << where;
             EXPECT_EQ(heaps.objectSize(own.heap, object), static_cast<std::int32_t>(size)) << where;
             EXPECT_EQ(heaps.validate(own.heap, object), 0) << where;
-            all += static_cast<std::int32_t>(size) + (kind.magic == kPlain ? 4 : 48);
+            all += static_cast<std::int32_t>(size) + (magic == kPlain ? 4 : 48);
             EXPECT_EQ(heaps.sizeObjects(own.heap), all) << where;
         }
         const bool isDebugHeap = heaps.size(own.heap) != QXUT_HEAP_NOT_SUPPORTED;
         EXPECT_EQ(heaps.size(own.heap), isDebugHeap ? all : QXUT_HEAP_NOT_SUPPORTED);
-        EXPECT_EQ(heaps.alloc(own.heap, 0x80000000u, kind.objectFlags), nullptr);
+        EXPECT_EQ(heaps.alloc(own.heap, 0x80000000u, objectFlags), nullptr);
         EXPECT_EQ(heaps.remove(own.heap), QXUT_HEAP_LEFT_OVER) << where;
     }
 }

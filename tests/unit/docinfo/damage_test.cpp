@@ -15,8 +15,7 @@
 #include "unit/docinfo/pdf_builder.h"
 #include "unit/docinfo/tiff_builder.h"
 #include "unit/docinfo/word_builder.h"
-
-#include <process.h>
+#include "unit/threads/threads_support.h"
 
 using namespace qx;
 using namespace qxtest;
@@ -25,24 +24,13 @@ namespace
 {
 
 // Reads with a stack of 256 KB. (On windows a program may have more.)
-int ReadOnSmallStack(Reader reader, const std::string& bytes)
+unsigned ReadOnSmallStack(Reader reader, const std::string& bytes)
 {
-    struct Task
-    {
-        Reader reader;
-        const std::string& bytes;
-        int result;
-    } task = {reader, bytes, -2};
-    const auto read = [](void* argument)
-    {
-        auto* const what = static_cast<Task*>(argument);
-        what->result = ReadRecord(what->reader, what->bytes).Result();
-        return 0u;
-    };
-    const auto thread = reinterpret_cast<HANDLE>(_beginthreadex(nullptr, 256 * 1024, read, &task, 0, nullptr));
-    WaitForSingleObject(thread, INFINITE);
-    CloseHandle(thread);
-    return task.result;
+    TestThread thread([&](TestThread&) { return static_cast<unsigned>(ReadRecord(reader, bytes).Result()); });
+    thread.stackSize = 256 * 1024;
+    EXPECT_TRUE(thread.ThreadStart(THREAD_PRIORITY_NORMAL));
+    EXPECT_EQ(thread.ThreadEnd(false, INFINITE, true), 1);
+    return thread.ExitCode();
 }
 
 } // namespace
@@ -82,7 +70,7 @@ TEST(DocumentReaders, BearDamage)
     };
     for (const auto& [reader, whole] : files)
     {
-        EXPECT_EQ(ReadOnSmallStack(reader, whole), 0);
+        EXPECT_EQ(ReadOnSmallStack(reader, whole), 0u);
         Damage(whole, 10'000,
             [reader = reader](const std::string& bytes)
             {

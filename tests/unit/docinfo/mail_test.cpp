@@ -79,10 +79,9 @@ TEST(MailReader, Dates)
         {"03 Feb 2015 10:60:30", L"2001-1-1 0:0:0"}, {"03 Feb 15 10:20:30", L"2001-1-1 0:0:0"},
         {"30 Feb 2015 10:20:30", L"-"}, {"03 Feb 2015 24:00:00 GMT", L"-"}};
     for (const auto& [text, expected] : mails)
-    {
-        const ReadRecord record = ReadMailOf("Date: 1 Jan 2001 00:00:00\r\nDate: " + std::string(text));
-        EXPECT_EQ(record.Summary(), "-|-|-|-|-|-|" + ReadableText(expected) + "|-") << text;
-    }
+        EXPECT_EQ(ReadMailOf("Date: 1 Jan 2001 00:00:00\r\nDate: " + std::string(text)).Summary(),
+            "-|-|-|-|-|-|" + ReadableText(expected) + "|-")
+            << text;
 }
 
 TEST(MailReader, Blocks)

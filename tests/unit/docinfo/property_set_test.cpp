@@ -62,6 +62,27 @@ clsAutoRelease<clsDocu*> RecordOf(const String& path)
     return clsDocuList(0).Get(path, 1);
 }
 
+std::string triedModes;
+String lockedPath;
+
+// Simulates a file whose storage is locked, and one whose data comes late.
+HRESULT OpenUnlessLocked(const wchar_t* path, DWORD mode, IStorage** storage)
+{
+    triedModes += String(String::kFormatted, L"%x ", mode).NarrowText();
+    if (lockedPath == path)
+        return mode == STGM_SHARE_DENY_NONE ? STG_E_INVALIDFLAG : STG_E_LOCKVIOLATION;
+    static int calls = 0;
+    return ++calls < 3 ? E_PENDING : StgOpenStorage(path, nullptr, mode, nullptr, 0, storage);
+}
+
+int CopiesLeft()
+{
+    int count = 0;
+    for (FileFinder finder(GetTempSubfolder() + L"\\_*doc*.tmp", false); finder.Next();)
+        ++count;
+    return count;
+}
+
 } // namespace
 
 TEST(PropertySet, Values)
@@ -128,32 +149,6 @@ TEST(PropertySet, ChoiceOfTheReader)
     }
     EXPECT_FALSE(RecordOf(folder.Make(L"a.tif", bare))->accessible);
 }
-
-namespace
-{
-
-std::string triedModes;
-String lockedPath;
-
-// Simulates a file whose storage is locked, and one whose data comes late.
-HRESULT OpenUnlessLocked(const wchar_t* path, DWORD mode, IStorage** storage)
-{
-    triedModes += String(String::kFormatted, L"%x ", mode).NarrowText();
-    if (lockedPath == path)
-        return mode == STGM_SHARE_DENY_NONE ? STG_E_INVALIDFLAG : STG_E_LOCKVIOLATION;
-    static int calls = 0;
-    return ++calls < 3 ? E_PENDING : StgOpenStorage(path, nullptr, mode, nullptr, 0, storage);
-}
-
-int CopiesLeft()
-{
-    int count = 0;
-    for (FileFinder finder(GetTempSubfolder() + L"\\_*doc*.tmp", false); finder.Next();)
-        ++count;
-    return count;
-}
-
-} // namespace
 
 TEST(PropertySet, LockedStorageIsCopied)
 {

@@ -73,6 +73,17 @@ JobHolder SampleJob()
     return job;
 }
 
+// Each field begins with `each`; the innermost one has this many values.
+std::string NestedFields(int depth, int values, const std::string& each = "")
+{
+    std::string lines(kXfdfTag);
+    for (int i = 0; i < depth; ++i)
+        lines += "<field name=\"x\">\n" + each;
+    for (int i = 0; i < values; ++i)
+        lines += "<value>1</value>\n";
+    return XfdfSource(lines);
+}
+
 } // namespace
 
 TEST(ProfXml, EveryByteThatIsWritten)
@@ -258,22 +269,6 @@ TEST(ProfXml, UnmasksInLinearTime)
         EXPECT_EQ(wcslen(FindLeafByPath(job->Root(), L"a")->ValueText()), 600000 + end.size() - 8);
     }
 }
-
-namespace
-{
-
-// Each field begins with `each`; the innermost one has this many values.
-std::string NestedFields(int depth, int values, const std::string& each = "")
-{
-    std::string lines(kXfdfTag);
-    for (int i = 0; i < depth; ++i)
-        lines += "<field name=\"x\">\n" + each;
-    for (int i = 0; i < values; ++i)
-        lines += "<value>1</value>\n";
-    return XfdfSource(lines);
-}
-
-} // namespace
 
 // Nested fields produce long names from few characters.
 TEST(ProfXfdf, NamesOfNestedFieldsAreBounded)

@@ -17,6 +17,7 @@
 #include <map>
 #include <set>
 #include <sstream>
+#include <tuple>
 
 using namespace qx;
 using namespace qxtest;
@@ -323,23 +324,16 @@ TEST(Unzipper, CharactersOfNames)
 {
     // The field contains the checksum of the name it replaces.
     const std::string pathField("\x75\x70\x08\0\x01\x43\xBE\xB7\xE8\xD0\x96!", 12);
-    const struct
-    {
-        std::string name;
-        unsigned flags, system;
-        std::string extra;
-        const wchar_t* expected;
-    } cases[] = {{"\x84\xE1", 0, 0, "", L"\u00E4\u00DF"}, {"\xC3\xA4", 0, 0, "", L"\u251C\u00F1"},
+    const std::tuple<std::string, std::uint16_t, unsigned, std::string, const wchar_t*> cases[] = {
+        {"\x84\xE1", 0, 0, "", L"\u00E4\u00DF"}, {"\xC3\xA4", 0, 0, "", L"\u251C\u00F1"},
         {"\xC3\xA4", 0, 3, "", L"\u00E4"}, {"\xC3\xA4", 0, 19, "", L"\u00E4"}, {"\x84\xE1", 0, 3, "", L"\u00E4\u00DF"},
         {"\xF0\x9F\x98\x80", 0x800, 0, "", L"\U0001F600"}, {"a", 0, 0, pathField, L"\u0416!"},
         {"a", 0x800, 0, pathField, L"a"}, {"b", 0, 0, pathField, L"b"},    // the name was changed later
         {"a", 0, 0, std::string("\1\2\2\0xx", 6) + pathField, L"\u0416!"}, // after another field
         {"a", 0, 0, pathField.substr(0, 11), L"a"}, {"a", 0, 0, std::string("\1\2\xFF\xFF", 4) + pathField, L"a"}};
-    for (const auto& test : cases)
-        EXPECT_STREQ(MemberName(test.name, static_cast<std::uint16_t>(test.flags),
-                         static_cast<std::uint16_t>(test.system << 8), test.extra),
-            test.expected)
-            << testing::PrintToString(test.name);
+    for (const auto& [name, flags, system, extra, expected] : cases)
+        EXPECT_STREQ(MemberName(name, flags, static_cast<std::uint16_t>(system << 8), extra), expected)
+            << testing::PrintToString(name);
 }
 
 TEST(Unzipper, MembersThatAreRefused)

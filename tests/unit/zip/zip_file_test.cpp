@@ -150,12 +150,8 @@ TEST(ZIPNames, DriveAndServerGo)
 
 TEST_F(ZIPFile, EncodingOfNameAndComment)
 {
-    const struct
-    {
-        const wchar_t *name, *comment;
-        unsigned flags;
-        Bytes nameBytes, commentBytes;
-    } cases[] = {{L"\u00E4.txt", L"\u00DF", 0, "\x84.txt", "\xE1"}, {L"\u2592\u0393", L"", 0, "\xB1\xE2", ""},
+    const std::tuple<const wchar_t*, const wchar_t*, unsigned, Bytes, Bytes> cases[] = {
+        {L"\u00E4.txt", L"\u00DF", 0, "\x84.txt", "\xE1"}, {L"\u2592\u0393", L"", 0, "\xB1\xE2", ""},
         {L"\u20AC.txt", L"\u00E4", 0x800, "\xE2\x82\xAC.txt", "\xC3\xA4"},
         {L"plain", L"\u20AC", 0x800, "plain", "\xE2\x82\xAC"},
         {L"\u0141\u00F3d\u017A", L"", 0x800, "\xC5\x81\xC3\xB3\x64\xC5\xBA",
@@ -163,24 +159,25 @@ TEST_F(ZIPFile, EncodingOfNameAndComment)
         {L"\U0001F600", L"", 0x800, "\xF0\x9F\x98\x80", ""}};
     auto file = std::make_unique<clsZIPFile>(path, L"");
     WIN32_FIND_DATAW found{};
-    for (const auto& test : cases)
+    for (const auto& [name, comment, flags, nameBytes, commentBytes] : cases)
     {
-        EXPECT_EQ(file->AddFile(source, test.name, test.comment), clsZIPFile::kOk);
-        file->AddDirectory(L"", test.name, found);
+        EXPECT_EQ(file->AddFile(source, name, comment), clsZIPFile::kOk);
+        file->AddDirectory(L"", name, found);
     }
     const std::vector<ZIPEntry> entries = Closed(std::move(file), path);
     ASSERT_EQ(entries.size(), 2 * std::size(cases));
     for (std::size_t i = 0; i < std::size(cases); ++i)
     {
+        const auto& [name, comment, flags, nameBytes, commentBytes] = cases[i];
         const ZIPEntry& entry = entries[2 * i];
-        EXPECT_EQ(FieldValue(entry.header.flags), cases[i].flags) << i;
-        EXPECT_EQ(entry.name, cases[i].nameBytes);
-        EXPECT_EQ(entry.comment, cases[i].commentBytes);
+        EXPECT_EQ(FieldValue(entry.header.flags), flags) << i;
+        EXPECT_EQ(entry.name, nameBytes);
+        EXPECT_EQ(entry.comment, commentBytes);
         EXPECT_EQ(entry.content, "x");
         // For a folder only the name counts.
         const ZIPEntry& folderEntry = entries[2 * i + 1];
-        EXPECT_EQ(FieldValue(folderEntry.header.flags), IsOemText(cases[i].name) ? 0 : 0x800) << i;
-        EXPECT_EQ(folderEntry.name, cases[i].nameBytes + '/');
+        EXPECT_EQ(FieldValue(folderEntry.header.flags), IsOemText(name) ? 0 : 0x800) << i;
+        EXPECT_EQ(folderEntry.name, nameBytes + '/');
     }
     EXPECT_TRUE(fs::is_empty(fs::path(tempFolder.Path(L"trelmo").NarrowText()))) << "the temporary files go";
 }
