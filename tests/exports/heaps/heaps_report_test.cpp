@@ -129,8 +129,7 @@ TEST(HeapsReport, HeapsAndJobsThatAreLeft)
     NewObject(heap, QXUT_OBJECT_NO_CHAIN);
     reported.alloc(heap, 100, QXUT_OBJECT_PLAIN);
     EXPECT_EQ(reported.free(heap, reported.alloc(heap, 1, 0)), 0);
-    void* const damaged = NewObject(heap, QXUT_OBJECT_NO_CHAIN);
-    static_cast<char*>(damaged)[kSize] = 1;
+    static_cast<char*>(NewObject(heap, QXUT_OBJECT_NO_CHAIN))[kSize] = 1; // the fence
     reported.create(job, L"silent", QXUT_HEAP_NO_WARNING);
     HeapsLibrary::NewLines();
     EXPECT_EQ(reported.validate(heap, nullptr), 0);

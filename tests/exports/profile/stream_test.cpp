@@ -35,8 +35,7 @@ TEST(ProfilePacked, IsTheDeflatedFile)
         ProfAppendStringW(job, nullptr, L"name", Wide(std::to_string(i * 7919)));
     ASSERT_EQ(job.Save(folder.Path("plain")), PROF_OK);
     ASSERT_EQ(job.Save(folder.Path("packed"), PROF_SAVE_PACKED), PROF_OK);
-    const std::string packed = BytesOf(folder.Path("packed"));
-    EXPECT_EQ(packed, Packed(BytesOf(folder.Path("plain"))));
+    EXPECT_EQ(BytesOf(folder.Path("packed")), Packed(BytesOf(folder.Path("plain"))));
     EXPECT_EQ(Tree(Job(folder.Path("packed"))), Tree(job));
     ProfEmptyList(job, nullptr);
     ASSERT_EQ(job.Save(folder.Path("packed"), PROF_SAVE_PACKED), PROF_OK);

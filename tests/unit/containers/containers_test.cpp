@@ -5,7 +5,6 @@
 #include "containers/vector.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>

@@ -27,10 +27,8 @@ TEST(TiffReader, Fields)
         tiff.AddText(315, "artist").AddText(33432, "copyright").EndDirectory();
         tiff.Add(256, kByte, 40).Add(257, kShort, 30).AddText(272, "scanner").EndDirectory();
         tiff.Add(256, kShort, 7).EndDirectory(); // without height there is no size
-        const ReadRecord record(ReadTIFFFile, tiff.Bytes());
-        EXPECT_EQ(record.Result(), 0);
-        EXPECT_EQ(
-            record.Summary(), "title|abc|artist, scanner|-|-|copyright, (800 * 600 px), (40 * 30 px)|2001-2-3 4:5:6|-");
+        EXPECT_EQ(ReadRecord(ReadTIFFFile, tiff.Bytes()).ResultAndSummary(),
+            "0 title|abc|artist, scanner|-|-|copyright, (800 * 600 px), (40 * 30 px)|2001-2-3 4:5:6|-");
     }
 }
 
@@ -113,9 +111,8 @@ TEST(JpegReader, Segments)
     tiff.AddText(306, "2001:02:03 04:05:06").Add(37510, kUndefined, 0).Add(34665, kLong, exif).EndDirectory();
     const std::string block = std::string("Exif\0\0", 6) + tiff.Bytes();
 
-    const ReadRecord photo(ReadJPEG, JpegOf({{0xE0, "JFIF"}, {0xE1, block}}));
-    EXPECT_EQ(photo.Result(), 0);
-    EXPECT_EQ(photo.Summary(), "-||-|-|-|f=4|1999-1-2 3:4:5|-"); // the user comment isn't ASCII
+    EXPECT_EQ(ReadRecord(ReadJPEG, JpegOf({{0xE0, "JFIF"}, {0xE1, block}})).ResultAndSummary(),
+        "0 -||-|-|-|f=4|1999-1-2 3:4:5|-"); // the user comment isn't ASCII
     // In a TIFF file itself the EXIF directory is passed over.
     EXPECT_EQ(ReadRecord(ReadTIFFFile, tiff.Bytes()).Summary(), "-||-|-|-|-|2001-2-3 4:5:6|-");
 

@@ -84,6 +84,9 @@ TEST_F(Message, TextsAndRecipients)
         EXPECT_EQ(Summary(*record), expected + "|-|-|-|2002-5-20 13:12:31");
     }
     EXPECT_EQ(TextOf(Read(MessageOf({}, "", {named}, 1))->LastAuthor), "-"); // the numbers have no gaps
+    EXPECT_EQ(Summary(*clsDocuList(0).Get(Wide(QXUT_TEST_DOCUMENTS "/message/letter.msg"), 1)),
+        "R<e4>der & Achsen|-|Ann Smith|Bob Brown; carl@example.com|-|-|2001-2-3 4:5:6|2001-2-3 4:5:7")
+        << "of another program's storage";
 }
 
 TEST_F(Message, Times)
@@ -97,12 +100,6 @@ TEST_F(Message, Times)
         {sent + delivered.substr(0, 23), "2001-2-3 4:5:6|2002-5-20 13:12:31"}, {"x" + sent, "-|2002-5-20 13:12:31"}};
     for (const auto& [times, expected] : cases)
         EXPECT_EQ(Summary(*Read(MessageOf({}, times))), "|-||-|-|-|" + expected);
-}
-
-TEST_F(Message, OfAnotherProgramsStorage)
-{
-    EXPECT_EQ(Summary(*clsDocuList(0).Get(Wide(QXUT_TEST_DOCUMENTS "/message/letter.msg"), 1)),
-        "R<e4>der & Achsen|-|Ann Smith|Bob Brown; carl@example.com|-|-|2001-2-3 4:5:6|2001-2-3 4:5:7");
 }
 
 // The list's own tests have mails by that name.

@@ -92,11 +92,7 @@ TEST(OfficeReaders, XmlFiles)
         {std::string(65'536 - author.size(), ' ') + author, kAuthor},
         {std::string(65'537 - author.size(), ' ') + author, kNothing}, {"", kNothing}};
     for (const auto& [bytes, summary] : documents)
-    {
-        const ReadRecord record(ReadXML, bytes);
-        EXPECT_EQ(record.Result(), 0);
-        EXPECT_EQ(record.Summary(), summary) << bytes.substr(0, 300);
-    }
+        EXPECT_EQ(ReadRecord(ReadXML, bytes).ResultAndSummary(), std::string("0 ") + summary) << bytes.substr(0, 300);
 }
 
 // Compared with exiftool.

@@ -43,8 +43,7 @@ HRESULT EnterAndLeave()
 TEST(DocumentShortcuts, TargetIsRead)
 {
     const TempFolder folder;
-    const String page = folder.Make(L"page.htm", kPage);
-    const String link = folder.Make(L"a.LNK", LinkOf({.local = TargetPath(page)}));
+    const String link = folder.Make(L"a.LNK", LinkOf({.local = TargetPath(folder.Make(L"page.htm", kPage))}));
     clsDocuList list(0);
     const clsAutoRelease<clsDocu*> record = list.Get(link, 1);
     EXPECT_TRUE(record->accessible);
@@ -52,8 +51,7 @@ TEST(DocumentShortcuts, TargetIsRead)
     EXPECT_EQ(record->path, link);
     EXPECT_EQ(GetPathName(record->resolvedPath), L"page.htm");
     // The target's name decides about the reader, and a shortcut to a shortcut isn't followed.
-    const String second = folder.Make(L"b.lnk", LinkOf({.local = TargetPath(link)}));
-    const clsAutoRelease<clsDocu*> shortcut = list.Get(second, 1);
+    const clsAutoRelease<clsDocu*> shortcut = list.Get(folder.Make(L"b.lnk", LinkOf({.local = TargetPath(link)})), 1);
     EXPECT_TRUE(shortcut->accessible);
     EXPECT_EQ(GetPathExtension(shortcut->resolvedPath), L".lnk");
     EXPECT_EQ(TextOf(shortcut->Title), "-");
@@ -70,8 +68,7 @@ TEST(DocumentShortcuts, WithoutTargetNothingIsRead)
     {
         const String link = folder.Make(L"a.lnk", whole);
         clsDocuList list(0);
-        const clsAutoRelease<clsDocu*> record = list.Get(link, 1);
-        EXPECT_TRUE(record->accessible);
+        EXPECT_TRUE(list.Get(link, 1)->accessible);
         MakeFile(link, bytes);
         EXPECT_FALSE(list.Get(link, 1)->accessible);
         EXPECT_EQ(Summary(*list.Get(link, 1)), "-|-|-|-|-|-|-|-");

@@ -149,8 +149,7 @@ TEST(TempFiles, StaleOnesAreTakenOver)
 
     // A file in use is left alone, and without a holder no file is reused.
     nextNumber = 0x11;
-    const String fresh = MakeTempFile(L"trelmo", L"old", L"tmp", nullptr, CountedNumber);
-    EXPECT_STREQ(fresh.Text(), NumberedFile(L"13").Text());
+    EXPECT_STREQ(MakeTempFile(L"trelmo", L"old", L"tmp", nullptr, CountedNumber), NumberedFile(L"13"));
     holder.Release();
     EXPECT_FALSE(Exists(NumberedFile(L"11")));
     for (const wchar_t* digits : {L"10", L"12", L"13"})

@@ -123,7 +123,6 @@ TEST_F(HeapReports, ShrinkingThatFails)
     };
     EXPECT_EQ(list.ShrinkHeap(heap), 0) << "nothing to give back";
     EXPECT_EQ(lines.Count(), 1u);
-    ReplaceHeapFunctions(nullptr);
 }
 
 TEST_F(HeapReports, WalksAndChecksAreNotSupportedWithoutTheLateFunctions)

@@ -55,10 +55,7 @@ TEST(HtmlMask, BothWays)
         EXPECT_STREQ(MaskHtml(in).Text(), out);
         EXPECT_STREQ(DemaskHtml(out).Text(), in);
     }
-}
 
-TEST(HtmlMask, EachUnitComesBack)
-{
     String all;
     for (int c = 1; c <= 0xFFFF; ++c)
         all += static_cast<wchar_t>(c);

@@ -61,9 +61,7 @@ TEST(DebugHelpJob, WalksWithSymbols)
     EXPECT_NE(first.moduleBase, 0u);
     // The same frames on the service's own thread, but for the line of this function.
     job->SetOption(Job::kOwnThreadOption, 0);
-    const StackTraceListPtr again = KnownFunction(*job, 42);
-    ASSERT_EQ(again->Records().Count(), frames->Records().Count());
-
+    EXPECT_EQ(KnownFunction(*job, 42)->Records().Count(), frames->Records().Count());
     job->SetOption(Job::kMaxFramesOption, 0xFFFFFFFF);
     EXPECT_EQ(KnownFunction(*job, 1)->Records().Count(), frames->Records().Count());
     job->SetOption(Job::kMaxFramesOption, 2);

@@ -33,7 +33,7 @@ DBGStackTraceItem Item()
     return item;
 }
 
-TEST(FrameText, FullRecords)
+TEST(FrameText, FullRecordsAndThoseWithOnlyAnAddress)
 {
     DBGStackTraceItem item = Item();
     EXPECT_EQ(TextOf(item), "[0x0000000000401234] app!+0x0000000000001234 \n");
@@ -47,11 +47,7 @@ TEST(FrameText, FullRecords)
     EXPECT_EQ(TextOf(item), "[0x0000000000401234] app!run() + 0x0000000000000034   (a.cpp, line 7)\n");
     item.size = 9000;
     EXPECT_EQ(TextOf(item), "");
-}
-
-TEST(FrameText, RecordsWithOnlyAnAddress)
-{
-    DBGStackTraceItem item = Item();
+    item = Item();
     item.addressOnly = 1;
     item.moduleBase = 0;
     EXPECT_EQ(TextOf(item), "   CALL [0x0000000000401234] app!0x0000000000401234 ");
