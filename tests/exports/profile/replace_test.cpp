@@ -26,9 +26,7 @@ constexpr wchar_t kSide[] = L".file.qxsave";
 
 struct stat StatOf(const std::string& path)
 {
-    struct stat info
-    {
-    };
+    struct stat info = {};
     EXPECT_EQ(lstat(path.c_str(), &info), 0) << path;
     return info;
 }

@@ -238,9 +238,7 @@ TEST(ModuleDescription, OfModulesWithAndWithoutAVersion)
     const String description = ProcessPaths().file + L" 1.2.3.4" + (LinkTimeOf(program) ? L" (" : L"");
     EXPECT_STREQ(GetModuleDescription(program).Left(description.Length()), description);
 
-    String library;
-    library.Assign(QXUT_SIBLING_FOLDER "/qxmodule_host.dll");
-    const HMODULE plain = LoadLibraryW(library);
+    const HMODULE plain = LoadLibraryW(L"" QXUT_SIBLING_FOLDER "/qxmodule_host.dll");
     ASSERT_NE(plain, nullptr);
     testing::internal::CaptureStdout();
     const String text = GetModuleDescription(plain);

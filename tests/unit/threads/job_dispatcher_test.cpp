@@ -117,15 +117,14 @@ TEST_F(JobDispatcher, JobsForTheCaller)
     const DWORD caller = GetCurrentThreadId();
     std::vector<int> order;
     for (int i = 0; i < 3; ++i)
-        pool.AddJob(MakeJob(new TestJob(
-                                counts,
-                                [&, i]
-                                {
-                                    EXPECT_EQ(GetCurrentThreadId(), caller);
-                                    order.push_back(i);
-                                },
-                                0, false),
-            i == 1 ? &host : &declining));
+    {
+        const auto work = [&, i]
+        {
+            EXPECT_EQ(GetCurrentThreadId(), caller);
+            order.push_back(i);
+        };
+        pool.AddJob(MakeJob(new TestJob(counts, work, 0, false), i == 1 ? &host : &declining));
+    }
     EXPECT_EQ(pool.WorkerCount(), 0u);
     pool.AddJob(MakeJob(new TestJob(counts), &host)); // its worker doesn't touch the others
     EXPECT_TRUE(WaitUntil([&] { return counts.told == 1; }));

@@ -39,9 +39,7 @@ public:
     bool WaitsAlertable() const override { return waitsAlertable; }
 
     unsigned stackSize = 0x4000;
-    bool waitsPump = false;
-    bool endPumps = true;
-    bool waitsAlertable = false;
+    bool waitsPump = false, endPumps = true, waitsAlertable = false;
 
 private:
     Body _body;
