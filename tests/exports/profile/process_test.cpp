@@ -22,7 +22,7 @@ using std::chrono::seconds;
 // Builds the peer's command line: COMMAND FILE REST.
 qx::String Line(const std::string& command, const std::string& path, const std::string& rest)
 {
-    return qx::String(Wide(command + " \"" + path + "\" " + rest));
+    return Wide(command + " \"" + path + "\" " + rest);
 }
 
 class ProfileProcesses : public testing::Test

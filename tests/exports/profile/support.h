@@ -18,36 +18,22 @@
 namespace profiletest
 {
 
-// A zero-terminated wide text composed at run time.
-class Wide
+class Wide : public qx::String
 {
 public:
-    explicit Wide(std::string_view utf8) : _text(utf8.size() + 1)
+    explicit Wide(std::string_view utf8)
     {
-        const int length = MultiByteToWideChar(
-            CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), _text.data(), static_cast<int>(_text.size()));
-        _text.resize(static_cast<std::size_t>(length));
-        _text.push_back(0);
+        SetCodePage(CP_UTF8);
+        Assign(utf8.data(), 0, utf8.size());
     }
-    Wide(std::size_t count, wchar_t character) : _text(count, character) { _text.push_back(0); }
-
-    Wide& operator+=(std::wstring_view text)
-    {
-        _text.insert(_text.end() - 1, text.begin(), text.end());
-        return *this;
-    }
-    operator const wchar_t*() const { return _text.data(); }
-
-private:
-    std::vector<wchar_t> _text;
+    Wide(std::size_t count, wchar_t character) { Fill(character, count); }
 };
 
 inline std::string Utf8(std::wstring_view text)
 {
-    std::string bytes(3 * text.size(), '\0');
-    const int length = WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), bytes.data(),
-        static_cast<int>(bytes.size()), nullptr, nullptr);
-    return bytes.substr(0, static_cast<std::size_t>(length));
+    qx::String wide(text);
+    wide.SetCodePage(CP_UTF8);
+    return wide.NarrowText();
 }
 
 // Returns the text as a UTF-16LE file with a byte order mark.

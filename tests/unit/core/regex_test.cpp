@@ -172,11 +172,7 @@ TEST(RegEx, CallbackMayUseTheObjectChangeTheSubjectAndThrow)
         });
     EXPECT_STREQ(result.Text(), L"1a;2b;3c");
 
-    const auto fail = [](const clsRegExMatchList&, String&) -> bool
-    {
-        throw 1;
-    };
-    EXPECT_THROW(pattern.GSub(String(L"a=1"), fail), int);
+    EXPECT_THROW(pattern.GSub(String(L"a=1"), [](const clsRegExMatchList&, String&) -> bool { throw 1; }), int);
     bool matched = false; // the object must not remain locked
     std::thread([&] { matched = pattern.Match(L"a=1", nullptr); }).join();
     EXPECT_TRUE(matched);

@@ -57,11 +57,6 @@ std::string Document(std::string_view title)
     return CompoundBuilder().AddStream("WordDocument", "x").AddStream("\5SummaryInformation", set).Bytes();
 }
 
-clsAutoRelease<clsDocu*> RecordOf(const String& path)
-{
-    return clsDocuList(0).Get(path, 1);
-}
-
 std::string triedModes;
 String lockedPath;
 
@@ -141,13 +136,13 @@ TEST(PropertySet, ChoiceOfTheReader)
         {L"a.pdf", document, "title", L"property set", L""}, {L"a.doc", bare, "-", nullptr, L"no summary information"}};
     for (const auto& [name, bytes, title, reader, remark] : files)
     {
-        const clsAutoRelease<clsDocu*> record = RecordOf(folder.Make(name, bytes));
+        const clsAutoRelease<clsDocu*> record = clsDocuList(0).Get(folder.Make(name, bytes), 1);
         EXPECT_TRUE(record->accessible);
         EXPECT_EQ(TextOf(record->Title), title);
         EXPECT_STREQ(record->reader, reader);
         EXPECT_EQ(record->remark.View(), remark);
     }
-    EXPECT_FALSE(RecordOf(folder.Make(L"a.tif", bare))->accessible);
+    EXPECT_FALSE(clsDocuList(0).Get(folder.Make(L"a.tif", bare), 1)->accessible);
 }
 
 TEST(PropertySet, LockedStorageIsCopied)
