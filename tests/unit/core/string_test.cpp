@@ -171,10 +171,6 @@ TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
 TEST(StringChangeTest, MatchesAModelUnderRandomChanges)
 {
     std::mt19937 random(11);
-    const auto number = [&random](std::size_t below)
-    {
-        return static_cast<std::size_t>(random() % below);
-    };
     String strings[2];
     std::u16string models[2];
     const auto text = [](const std::u16string& model)
@@ -183,14 +179,14 @@ TEST(StringChangeTest, MatchesAModelUnderRandomChanges)
     };
     for (int step = 0; step < 20000; ++step)
     {
-        const std::size_t which = number(2);
+        const std::size_t which = random() % 2;
         String& s = strings[which];
         std::u16string& model = models[which];
-        std::u16string part(number(6), u'a');
+        std::u16string part(random() % 6, u'a');
         for (char16_t& c : part)
-            c = static_cast<char16_t>(u'a' + number(3));
-        const std::size_t pos = number(model.size() + 2), count = number(5);
-        switch (number(6))
+            c = static_cast<char16_t>(u'a' + random() % 3);
+        const std::size_t pos = random() % (model.size() + 2), count = random() % 5;
+        switch (random() % 6)
         {
         case 0:
             s.Append(text(part));

@@ -108,9 +108,7 @@ TEST(MachineDate, RFC822IsWhatThePatternFinds)
         const SYSTEMTIME& time = date.written;
         for (const auto& [group, field] :
             {std::pair(1u, time.wDay), {3u, time.wYear}, {4u, time.wHour}, {5u, time.wMinute}, {6u, time.wSecond}})
-        {
             ASSERT_EQ(field, std::min(wcstol(matches[group].text, nullptr, 10), 0xFFFFL)) << text.NarrowText();
-        }
         const bool hasOffset = matches.Count() > 7 && matches[7].text.View().find(L"GMT") == std::wstring_view::npos;
         ASSERT_EQ(date.minutesToUTC.has_value(), hasOffset) << text.NarrowText();
     }

@@ -338,21 +338,16 @@ TEST(Unzipper, CharactersOfNames)
 
 TEST(Unzipper, MembersThatAreRefused)
 {
-    const auto damaged = [](void (*change)(BuiltMember&))
-    {
-        BuiltMember member("m", "the content of the member");
-        change(member);
-        return member;
-    };
-    const std::pair<BuiltMember, const char*> cases[] = {
-        {damaged([](BuiltMember& m) { m.central.crc ^= 1; }), "The zip entry 'm' is damaged: its checksum doesn't fit"},
-        {damaged([](BuiltMember& m) { m.central.uncompressedSize += 1; }), "The zip entry 'm' is damaged"},
-        {damaged([](BuiltMember& m) { m.central.uncompressedSize -= 1; }), "The zip entry 'm' is damaged"},
-        {damaged([](BuiltMember& m) { m.data[3] ^= 0x55; }), "The zip entry 'm' is damaged"},
-        {damaged([](BuiltMember& m) { m.central.compressedSize -= 3; }), "The zip entry 'm' is damaged"},
-        {damaged([](BuiltMember& m) { m.central.compressedSize += 1000; }), "The zip entry 'm' is damaged"},
-        {damaged([](BuiltMember& m) { m.Mode(0100444).central.crc ^= 1; }), "The zip entry 'm' is damaged"},
-        {damaged([](BuiltMember& m) { m.central.flags |= 1; }), "The zip entry 'm' is encrypted"},
+    const BuiltMember whole("m", "the content of the member");
+    const std::pair<BuiltMember, const char*> cases[] = {{whole.Changed([](BuiltMember& m) { m.central.crc ^= 1; }),
+                                                             "The zip entry 'm' is damaged: its checksum doesn't fit"},
+        {whole.Changed([](BuiltMember& m) { m.central.uncompressedSize += 1; }), "The zip entry 'm' is damaged"},
+        {whole.Changed([](BuiltMember& m) { m.central.uncompressedSize -= 1; }), "The zip entry 'm' is damaged"},
+        {whole.Changed([](BuiltMember& m) { m.data[3] ^= 0x55; }), "The zip entry 'm' is damaged"},
+        {whole.Changed([](BuiltMember& m) { m.central.compressedSize -= 3; }), "The zip entry 'm' is damaged"},
+        {whole.Changed([](BuiltMember& m) { m.central.compressedSize += 1000; }), "The zip entry 'm' is damaged"},
+        {whole.Changed([](BuiltMember& m) { m.Mode(0100444).central.crc ^= 1; }), "The zip entry 'm' is damaged"},
+        {whole.Changed([](BuiltMember& m) { m.central.flags |= 1; }), "The zip entry 'm' is encrypted"},
         {BuiltMember("m", "/target", 0).Mode(0120777), "The zip entry 'm' is a link, which may lead out of the folder"},
         {BuiltMember("m", "x", 1), "The zip entry 'm' is packed by method 1, which can't be unpacked"},
         {BuiltMember("m", "x", 0xFFFF), "The zip entry 'm' is packed by method 65535, which can't be unpacked"}};
