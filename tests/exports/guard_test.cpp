@@ -16,8 +16,7 @@ TEST(GuardTest, NoExceptionComesThrough)
         {[] { throw std::bad_alloc(); }, ERROR_NOT_ENOUGH_MEMORY, L"ERR: out of memory in an exported function"},
         {[] { throw std::runtime_error("reason"); }, ERROR_INTERNAL_ERROR,
             L"ERR: exception in an exported function: reason"},
-        {[] { throw 7; }, ERROR_INTERNAL_ERROR, L"ERR: exception in an exported function"},
-    };
+        {[] { throw 7; }, ERROR_INTERNAL_ERROR, L"ERR: exception in an exported function"}};
     for (const auto& [work, error, line] : cases)
     {
         DebugLines lines;

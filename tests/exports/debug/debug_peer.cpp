@@ -28,6 +28,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace
 {
@@ -64,7 +65,7 @@ void WriteByList(HMODULE library, const wchar_t* tag, std::int32_t indentChange,
     va_end(arguments);
 }
 
-int WriteForms(HMODULE library)
+int WriteForms(HMODULE library, const char*)
 {
     if (FIND(UtilGetFlags)() != 1)
         return 10;
@@ -78,7 +79,7 @@ int WriteForms(HMODULE library)
     return GetLastError() == ERROR_FILE_NOT_FOUND ? 0 : 11;
 }
 
-int TryOff(HMODULE library)
+int TryOff(HMODULE library, const char*)
 {
     const auto* const nowhere = reinterpret_cast<const wchar_t*>(1);
     if (FIND(UtilGetFlags)() != 0)
@@ -93,15 +94,16 @@ int TryOff(HMODULE library)
     return 0;
 }
 
-void WriteStacks(HMODULE library)
+int WriteStacks(HMODULE library, const char*)
 {
     FIND(UtilStackTrace)(0, 300); // too many to skip, so it writes nothing
     FIND(UtilStackTrace)(0, 256); // more than there are
     FIND(UtilStackTrace)(0, 0);
     FIND(UtilListModules)();
+    return 0;
 }
 
-int ChangeSetting(HMODULE library)
+int ChangeSetting(HMODULE library, const char*)
 {
     constexpr wchar_t kPath[] = L"/folder/other.log";
     wchar_t path[18] = {};
@@ -120,7 +122,7 @@ int ChangeSetting(HMODULE library)
     return 0;
 }
 
-void WriteLines(HMODULE library, const char* name)
+int WriteLines(HMODULE library, const char* name)
 {
     qxtest::RunInThreads(kWriters,
         [&library, name](unsigned thread)
@@ -128,6 +130,7 @@ void WriteLines(HMODULE library, const char* name)
             for (int line = 0; line < kLinesOfWriter; ++line)
                 FIND(UtilDebug)(L"%hs %u %d %0*d.", name, thread, line, 20 + line % 50, 0);
         });
+    return 0;
 }
 
 [[gnu::noinline]] void LeaveHandle(HMODULE library)
@@ -136,25 +139,23 @@ void WriteLines(HMODULE library, const char* name)
     asm volatile(""); // keeps the call above from becoming a jump
 }
 
-int Run(const char* command, const char* argument)
+int LoseHandle(HMODULE library, const char* isKept)
 {
+    LeaveHandle(library);
+    if (*isKept)
+        LoadLibraryW(L"qxUT23.dll");
+    return 0;
+}
+
+int Run(std::string_view command, const char* argument)
+{
+    using Function = int (*)(HMODULE library, const char* argument);
+    constexpr std::pair<std::string_view, Function> kCommands[] = {{"forms", WriteForms}, {"off", TryOff},
+        {"setting", ChangeSetting}, {"stacks", WriteStacks}, {"lost", LoseHandle}, {"lines", WriteLines}};
     const Library library;
-    if (std::strcmp(command, "forms") == 0)
-        return WriteForms(library);
-    if (std::strcmp(command, "off") == 0)
-        return TryOff(library);
-    if (std::strcmp(command, "setting") == 0)
-        return ChangeSetting(library);
-    if (std::strcmp(command, "stacks") == 0)
-        WriteStacks(library);
-    if (std::strcmp(command, "lost") == 0)
-    {
-        LeaveHandle(library);
-        if (*argument)
-            LoadLibraryW(L"qxUT23.dll");
-    }
-    if (std::strcmp(command, "lines") == 0)
-        WriteLines(library, argument);
+    for (const auto& [name, function] : kCommands)
+        if (command == name)
+            return function(library, argument);
     return 0;
 }
 

@@ -1,6 +1,8 @@
 // Live objects, grouped by call chain.
 #include "exports/heaps/heaps_library.h"
 
+#include "core/text/string.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -32,11 +34,7 @@ void Receive(void* user, const QxHeapLeak* leak)
     auto& received = *static_cast<Received*>(user);
     Group group{*leak, std::vector<const void*>(leak->addresses, leak->addresses + leak->addressCount), {}};
     for (std::uint32_t i = 0; i < leak->lineCount; ++i)
-    {
-        group.lines.emplace_back();
-        for (const QXWCHAR* character = leak->lines[i]; *character != 0; ++character)
-            group.lines.back() += static_cast<char>(*character);
-    }
+        group.lines.emplace_back(qx::String(leak->lines[i]).NarrowText());
     received.groups.push_back(group);
     EXPECT_TRUE(received.used == nullptr || leaking.free(received.used, leaking.alloc(received.used, 100, 0)) == 0);
 }

@@ -70,8 +70,7 @@ TEST(HeapsReport, RefusedObjects)
         {"foreign", foreign, QXUT_OBJECT_NO_CHAIN, [](void*) {},
             Lines{error + "FreeObjectD(P)", " error freeing object"} + Dump(1, kBytes, kSize, false)},
         {"foreign, plain", foreign, QXUT_OBJECT_PLAIN, [](void*) {},
-            {error + "FreeObjectND(P)", " bad object size -1", " error freeing object"}},
-    };
+            {error + "FreeObjectND(P)", " bad object size -1", " error freeing object"}}};
     for (const auto& [what, owner, flags, damage, lines] : cases)
     {
         void* const object = NewObject(owner, flags);
@@ -105,15 +104,11 @@ TEST(HeapsReport, SizesAndSums)
     WordAt(empty, -4) = 7;
     EXPECT_EQ(reported.objectSize(own.heap, empty), QXUT_HEAP_BAD_OBJECT);
     EXPECT_EQ(reported.alloc(other.heap, 0xFFFFFFF0u, 0), nullptr);
-    EXPECT_EQ(HeapsLibrary::NewLines(), (Lines{
-                                            "Warning: clsHeapNode['job'/'heap']::SizeObject(P):",
-                                            " Object has a size of 0 (bad pointer?)\n",
-                                            "UtilHeapSize will only work for DEBUG heaps, or in NT >= 3.51",
-                                            " 0x00000000",
-                                            "Error: clsHeapNode['job'/'heap']::SizeObject(P)",
-                                            " bad pointer, or memory underrun (magic=0x00000007)\n",
-                                            "Error: clsHeapNode['job'/'heap']::AllocObjectND(-16): Out of memory",
-                                        }));
+    EXPECT_EQ(HeapsLibrary::NewLines(),
+        (Lines{"Warning: clsHeapNode['job'/'heap']::SizeObject(P):", " Object has a size of 0 (bad pointer?)\n",
+            "UtilHeapSize will only work for DEBUG heaps, or in NT >= 3.51", " 0x00000000",
+            "Error: clsHeapNode['job'/'heap']::SizeObject(P)", " bad pointer, or memory underrun (magic=0x00000007)\n",
+            "Error: clsHeapNode['job'/'heap']::AllocObjectND(-16): Out of memory"}));
     EXPECT_EQ(reported.alloc(own.heap, 0x80000000u, 0), nullptr);
     const Lines lines = HeapsLibrary::NewLines();
     ASSERT_GE(lines.size(), 3u);
@@ -195,6 +190,6 @@ TEST(HeapsReport, TracedJob)
             " Warning: deleting heap, but objects are left:", "  Heap['traced'/'']: 1 objects", " ->-5",
             "UtilHeapCreate(P,'left',0x00000040)", " ->P", "UtilJobClose(P) ['traced']",
             " Error: deleting module 'traced', but the following heaps are left:", "  Heap['traced'/'left']: 0 objects",
-            " Error: unknown result code '-5'", " ->-5",
+            " Error: unknown result code '-5'", " ->-5"
     }));
 }

@@ -42,8 +42,7 @@ TEST(DocumentReaders, BearDamage)
     const std::uint32_t exif = tiff.EndLoneDirectory();
     tiff.Add(256, 3, 8).Add(257, 3, 6).AddText(269, "title").AddText(306, "2001:02:03 04:05:06");
     tiff.AddRational(33434, 5, 1, 125).Add(34665, 4, exif).EndDirectory();
-    const std::pair<Reader, std::string> files[] = {
-        {ReadTIFFFile, tiff.Bytes()},
+    const std::pair<Reader, std::string> files[] = {{ReadTIFFFile, tiff.Bytes()},
         {ReadJPEG, JpegOf({{0xE0, "JFIF"}, {0xE1, std::string("Exif\0\0", 6) + tiff.Bytes()}})},
         {ReadPDF,
             PdfOf({{"<</Title (a\\(b) /Author <FEFF0047> /ModDate (D:2012) /K [1 2] /D <</A true>> /R 1 0 R>>"}})},
@@ -66,8 +65,7 @@ TEST(DocumentReaders, BearDamage)
         {ReadRTF, R"({\rtf1{\info{\title a\'e4}{\creatim\yr2001\mo2}}})"},
         {ReadWord2, Word2Of({"a", "b", "title", "", "author"})},
         {ReadWordPerfect, WordPerfectOf({WordPerfectEntry(0, 56)},
-                              WordPerfectRecord(17, u"title") + WordPerfectRecord(1, u"a\uF90A"))},
-    };
+                              WordPerfectRecord(17, u"title") + WordPerfectRecord(1, u"a\uF90A"))}};
     for (const auto& [reader, whole] : files)
     {
         EXPECT_EQ(ReadOnSmallStack(reader, whole), 0u);

@@ -112,8 +112,7 @@ TEST(OfficeReaders, ChoiceOfTheReader)
         {L"a.odt", Meta("<dc:title>t</dc:title>"), "t", L"office archive", L""},
         {L"a.zip", archive + "x", "-", L"office archive", L"WRN: GetZIPFilenames: read error (no finalizer found)"},
         {L"a.XML", XmlCore("<dc:title>t</dc:title>"), "t", L"XML", L""},
-        {L"b.xml", "<a><b></a>", "-", L"XML", L"ERR: read() returned "},
-    };
+        {L"b.xml", "<a><b></a>", "-", L"XML", L"ERR: read() returned "}};
     for (const auto& [name, bytes, title, reader, remark] : files)
     {
         const clsAutoRelease<clsDocu*> record = clsDocuList(0).Get(folder.Make(name, bytes), 1);

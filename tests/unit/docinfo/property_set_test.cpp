@@ -28,8 +28,7 @@ constexpr std::string_view kDate = "\x00\x05\xB5\x7D\x96\x8D\xC0\x01"sv; // 2001
 
 struct PropertyValue
 {
-    std::uint32_t id;
-    std::uint32_t type;
+    std::uint32_t id, type;
     std::string bytes;
 };
 

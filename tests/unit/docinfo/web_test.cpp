@@ -22,16 +22,13 @@ TEST(WebReaders, Documents)
             "<o:Created>2001-02-03T04:05:06Z</o:Created><o:LastSaved>never</o:LastSaved>"
             "<o:LastAuthor>l</o:LastAuthor></o:DocumentProperties><meta name=\"author\" content=\"x\"></head>",
             "t|-|o|l|-|-|2001-2-3 4:5:6|-"},
-        {ReadHTML, longHead, kNothing},
-        {ReadHTML, "<title>no head</title>", kNothing},
-        {ReadHTML, "", kNothing},
+        {ReadHTML, longHead, kNothing}, {ReadHTML, "<title>no head</title>", kNothing}, {ReadHTML, "", kNothing},
         {ReadHTML, std::string_view("<head><title>a\0b</title></head>", 31), kNothing},
         {ReadRTF, R"({\rtf1{\info{\title a\\\\\\\\b}{\author M\'fcller}{\doccomm a\\\\b}{\revtim\yr1999\sec7}}})",
             R"( a\\b|-| M<fc>ller|-|-| a\\b|-|1999-0-0 0:0:0)"},
         {ReadRTF, R"({\rtf1{\info{\title A}{\title B}{\title A}{\creatim\yr2001\mo2\dy3\hr4\min5}}})",
             " B|-|-|-|-|-|2001-2-3 4:5:0|-"},
-        {ReadRTF, R"({\rtf1{\title no information group}})", kNothing},
-    };
+        {ReadRTF, R"({\rtf1{\title no information group}})", kNothing}};
     for (const auto& [reader, bytes, summary] : documents)
         EXPECT_EQ(ReadRecord(reader, bytes).ResultAndSummary(), std::string("0 ") + summary) << bytes.substr(0, 100);
 }

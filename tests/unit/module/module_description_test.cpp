@@ -83,10 +83,8 @@ Bytes Translation()
 class FakeImage : public Bytes
 {
 public:
-    static constexpr std::uint32_t kResources = 0x1000;
-    static constexpr std::uint32_t kSize = 0x2000;
-    static constexpr std::size_t kHeader = 0x80;
-    static constexpr std::size_t kOptional = kHeader + 24;
+    static constexpr std::uint32_t kResources = 0x1000, kSize = 0x2000;
+    static constexpr std::size_t kHeader = 0x80, kOptional = kHeader + 24;
     static constexpr std::size_t kResourcesPlace = kOptional + 112 + 16, kSection = kOptional + 240;
 
     FakeImage() : Bytes(kSize)
@@ -167,8 +165,7 @@ String Describe(HMODULE module, const Bytes& block)
 TEST(ModuleImage, TheLastLanguageOfTheBlockWithTheNumberOneAlone)
 {
     EXPECT_EQ(LinkTimeOf(ImageWithBlock().Module()), 1'000'000'000u);
-    const std::pair<void (*)(FakeImage&), std::ptrdiff_t> cases[] = {
-        {[](FakeImage&) {}, 0x1700},
+    const std::pair<void (*)(FakeImage&), std::ptrdiff_t> cases[] = {{[](FakeImage&) {}, 0x1700},
         {[](FakeImage& image) { image.Entry(0x100, 0, 2, kBelow | 0x200); }, -1},
         {[](FakeImage& image) { image.Directory(0x100, 0, 2); }, -1},
         {[](FakeImage& image) { image.Directory(0x100, 1, 1), image.Entry(0x100, 1, 1, kBelow | 0x200); }, 0x1700},
@@ -179,8 +176,7 @@ TEST(ModuleImage, TheLastLanguageOfTheBlockWithTheNumberOneAlone)
         {[](FakeImage& image) { image.Entry(0, 2, 16, 0xFFFFFFF0); }, -1},
         {[](FakeImage& image) { image.Put<std::uint32_t>(FakeImage::kResourcesPlace, 0xFFFFFFF0); }, -1},
         {[](FakeImage& image) { image.Put<std::uint32_t>(0x3C, 0xFFFFFFF0); }, -1},
-        {[](FakeImage& image) { image.Put(0, 'Z' | 'M' << 8); }, -1},
-    };
+        {[](FakeImage& image) { image.Put(0, 'Z' | 'M' << 8); }, -1}};
     int row = 0;
     for (const auto& [change, place] : cases)
     {

@@ -104,28 +104,24 @@ TEST(Unzipper, ArchivesOfOtherPrograms)
     const Tree whole = {{"plain.txt", PlainText()}, {"none", ""}, {"empty/", ""}, {"sub/", ""},
         {"sub/" + umlauts + "e.txt", umlauts + "e und Ma\xC3\x9F\n"}, {"sub/" + japanese + "/", ""},
         {"sub/" + japanese + "/\xC3\xBC.txt", japanese + "\n"}};
-    const struct
-    {
-        const wchar_t* archive;
-        Tree tree;
-        const char* exception = "";
-    } cases[] = {{L"infozip.zip", whole}, {L"infozip-stored.zip", whole}, {L"infozip-streamed.zip", whole},
-        {L"infozip-streamed-zip64.zip", {{"-", PlainText()}}}, {L"infozip-zip64.zip", whole}, {L"7zip.zip", whole},
-        {L"7zip-local.zip", whole}, {L"libarchive.zip", whole}, {L"libarchive-streamed.zip", whole},
-        {L"python.zip", whole}, {L"python-streamed.zip", whole}, {L"python-zip64.zip", plain},
-        {L"infozip-encrypted.zip", {}, "The zip entry 'plain.txt' is encrypted"},
+    const std::tuple<const wchar_t*, Tree, const char*> cases[] = {{L"infozip.zip", whole, ""},
+        {L"infozip-stored.zip", whole, ""}, {L"infozip-streamed.zip", whole, ""},
+        {L"infozip-streamed-zip64.zip", {{"-", PlainText()}}, ""}, {L"infozip-zip64.zip", whole, ""},
+        {L"7zip.zip", whole, ""}, {L"7zip-local.zip", whole, ""}, {L"libarchive.zip", whole, ""},
+        {L"libarchive-streamed.zip", whole, ""}, {L"python.zip", whole, ""}, {L"python-streamed.zip", whole, ""},
+        {L"python-zip64.zip", plain, ""}, {L"infozip-encrypted.zip", {}, "The zip entry 'plain.txt' is encrypted"},
         {L"7zip-aes.zip", {}, "The zip entry 'plain.txt' is encrypted"},
         {L"infozip-bzip2.zip", {}, "The zip entry 'plain.txt' is packed by method 12, which can't be unpacked"},
         {L"7zip-bzip2.zip", {}, "The zip entry 'plain.txt' is packed by method 12, which can't be unpacked"},
         {L"7zip-deflate64.zip", {}, "The zip entry 'plain.txt' is packed by method 9, which can't be unpacked"},
         {L"7zip-lzma.zip", {}, "The zip entry 'plain.txt' is packed by method 14, which can't be unpacked"},
         {L"infozip-link.zip", plain, "The zip entry 'link' is a link, which may lead out of the folder"}};
-    for (const auto& test : cases)
+    for (const auto& [archive, tree, exception] : cases)
     {
-        SCOPED_TRACE(String(test.archive).NarrowText());
+        SCOPED_TRACE(String(archive).NarrowText());
         const Place place;
-        EXPECT_EQ(place.ExtractFile(String(L"" QXUT_TEST_DATA "/zip/") + test.archive), test.exception);
-        EXPECT_EQ(place.Extracted(), test.tree);
+        EXPECT_EQ(place.ExtractFile(String(L"" QXUT_TEST_DATA "/zip/") + archive), exception);
+        EXPECT_EQ(place.Extracted(), tree);
     }
 }
 
