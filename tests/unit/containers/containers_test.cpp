@@ -88,8 +88,7 @@ TYPED_TEST_SUITE(ListTest, Lists);
 
 TYPED_TEST(ListTest, CopiesAreDeepAndMovesLeaveNothing)
 {
-    TypeParam source{1, 2, 3};
-    TypeParam copy(source);
+    TypeParam source{1, 2, 3}, copy(source);
     *copy.First() = 9;
     EXPECT_THAT(Values(source), ElementsAre(1, 2, 3));
     TypeParam moved(std::move(source));

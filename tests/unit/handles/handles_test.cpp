@@ -17,11 +17,10 @@ using enum HandleOperation;
 
 std::vector<std::string> Texts(const DebugLines& lines)
 {
+    constexpr const char* kMarks[] = {"<", "", ">"};
     std::vector<std::string> texts;
     for (const DebugLines::Entry& entry : lines.Entries())
-        texts.push_back(std::string(static_cast<std::size_t>(entry.indentChange > 0), '>') +
-                        std::string(static_cast<std::size_t>(entry.indentChange < 0), '<') +
-                        std::string(entry.text.NarrowText()));
+        texts.push_back(kMarks[entry.indentChange + 1] + std::string(entry.text.NarrowText()));
     return texts;
 }
 

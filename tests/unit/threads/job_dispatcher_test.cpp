@@ -39,8 +39,7 @@ protected:
     }
 
     JobCounts counts;
-    TestHost host{CountAndAnswer(counts, 0)};
-    TestHost declining{CountAndAnswer(counts, 1)};
+    TestHost host{CountAndAnswer(counts, 0)}, declining{CountAndAnswer(counts, 1)};
     clsEvent go;
     const TestJob::Work hold = [this]
     {
