@@ -7,12 +7,8 @@
 #include <tuple>
 
 using namespace qx;
+using namespace qxtest;
 using namespace std::string_view_literals;
-using qxtest::JpegOf;
-using qxtest::ReadRecord;
-using qxtest::ReadTIFFFile;
-using qxtest::TextOf;
-using qxtest::TiffBuilder;
 
 namespace
 {
@@ -32,25 +28,18 @@ TEST(TiffReader, Fields)
         tiff.AddText(315, "artist").AddText(33432, "copyright").EndDirectory();
         tiff.Add(256, kByte, 40).Add(257, kShort, 30).AddText(272, "scanner").EndDirectory();
         tiff.Add(256, kShort, 7).EndDirectory(); // without height there is no size
-        const ReadRecord record(ReadTIFFFile, tiff.Bytes());
-        EXPECT_EQ(record.Result(), 0);
-        EXPECT_EQ(
-            record.Summary(), "title|abc|artist, scanner|-|-|copyright, (800 * 600 px), (40 * 30 px)|2001-2-3 4:5:6|-");
+        EXPECT_EQ(ReadRecord(ReadTIFFFile, tiff.Bytes()).ResultAndSummary(),
+            "0 title|abc|artist, scanner|-|-|copyright, (800 * 600 px), (40 * 30 px)|2001-2-3 4:5:6|-");
     }
 }
 
 TEST(TiffReader, CameraSettings)
 {
     const std::tuple<std::uint16_t, std::uint16_t, std::uint32_t, std::uint32_t, const char*> settings[] = {
-        {33434, kRational, 1, 125, "t=1/125 s"},
-        {33434, kRational, 2, 1, "t=2 s"},
-        {33434, kRational, 0, 1, "-"},
-        {33434, kRational, 1, 0, "-"},
-        {33434, kSignedRational, static_cast<std::uint32_t>(-1), 125, "-"},
-        {33434, kUndefined, 1, 125, "-"},
-        {33437, kRational, 28, 10, "f=3"},
-        {37382, kSignedRational, 12345, 1000, "d=12.3 m"},
-    };
+        {33434, kRational, 1, 125, "t=1/125 s"}, {33434, kRational, 2, 1, "t=2 s"}, {33434, kRational, 0, 1, "-"},
+        {33434, kRational, 1, 0, "-"}, {33434, kSignedRational, static_cast<std::uint32_t>(-1), 125, "-"},
+        {33434, kUndefined, 1, 125, "-"}, {33437, kRational, 28, 10, "f=3"},
+        {37382, kSignedRational, 12345, 1000, "d=12.3 m"}};
     for (const auto& [tag, type, numerator, denominator, comments] : settings)
     {
         TiffBuilder tiff(true);
@@ -77,15 +66,12 @@ TEST(TiffReader, DamagedFiles)
     TiffBuilder tiff(false);
     tiff.AddText(269, "ab").AddText(270, "cd").EndDirectory();
     const std::string& whole = tiff.Bytes();
-    const std::tuple<std::string_view, int, const wchar_t*> files[] = {
-        {"II*\0"sv, -1, L"error reading header"},
+    const std::tuple<std::string_view, int, const wchar_t*> files[] = {{"II*\0"sv, -1, L"error reading header"},
         {"XY*\0\0\0\0\0"sv, -1, L"Not a TIFF file, bad magic number 22872 (0x5958)"},
-        {"II+\0\0\0\0\0"sv, -1, L"Not a TIFF file, bad version number 43 (0x2b)"},
-        {"II*\0\0\0\0\0"sv, 0, L""},
+        {"II+\0\0\0\0\0"sv, -1, L"Not a TIFF file, bad version number 43 (0x2b)"}, {"II*\0\0\0\0\0"sv, 0, L""},
         {std::string_view(whole).substr(0, 9), 0, L"read error directory count"},
         {std::string_view(whole).substr(0, 8 + 2 + 12 + 5), 0,
-            L"Could only read 1 of 2 entries in directory at offset 0x8"},
-    };
+            L"Could only read 1 of 2 entries in directory at offset 0x8"}};
     for (const auto& [bytes, result, remark] : files)
     {
         const ReadRecord record(ReadTIFFFile, bytes);
@@ -161,9 +147,8 @@ TEST(JpegReader, Segments)
     tiff.AddText(306, "2001:02:03 04:05:06").Add(37510, kUndefined, 0).Add(34665, kLong, exif).EndDirectory();
     const std::string block = std::string("Exif\0\0", 6) + tiff.Bytes();
 
-    const ReadRecord photo(ReadJPEG, JpegOf({{0xE0, "JFIF"}, {0xE1, block}}));
-    EXPECT_EQ(photo.Result(), 0);
-    EXPECT_EQ(photo.Summary(), "-||-|-|-|f=4|1999-1-2 3:4:5|-"); // the user comment isn't ASCII
+    EXPECT_EQ(ReadRecord(ReadJPEG, JpegOf({{0xE0, "JFIF"}, {0xE1, block}})).ResultAndSummary(),
+        "0 -||-|-|-|f=4|1999-1-2 3:4:5|-"); // the user comment isn't ASCII
     // In a TIFF file itself the EXIF directory is passed over.
     EXPECT_EQ(ReadRecord(ReadTIFFFile, tiff.Bytes()).Summary(), "-||-|-|-|-|2001-2-3 4:5:6|-");
 
