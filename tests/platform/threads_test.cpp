@@ -1,5 +1,4 @@
 // Suspending and terminating threads, events, message queues, message boxes; pools, completion ports, processors.
-#include "support/run_in_threads.h"
 #include "threads_support.h"
 
 #include <atomic>
@@ -214,32 +213,6 @@ TEST(Messages, BoxesAnswerByThemselves)
         EXPECT_EQ(printed.find("Caption: A\xC3\xA4 text [") == 0, answer != 0) << printed;
     }
     SetEnvironmentVariableW(L"QXPLATFORM_MESSAGEBOX", nullptr);
-}
-
-TEST(ThreadPools, UnderLoad)
-{
-    std::atomic<int> count = 0;
-    const auto submit = [&count](unsigned)
-    {
-        for (int round = 0; round < 20; ++round)
-        {
-            TP_CALLBACK_ENVIRON environment{};
-            environment.Version = 1;
-            environment.Pool = CreateThreadpool(nullptr);
-            environment.CleanupGroup = CreateThreadpoolCleanupGroup();
-            const PTP_WORK_CALLBACK add = [](PTP_CALLBACK_INSTANCE, void* context, PTP_WORK)
-            {
-                ++*static_cast<std::atomic<int>*>(context);
-            };
-            for (int item = 0; item < 10; ++item)
-                SubmitThreadpoolWork(CreateThreadpoolWork(add, &count, &environment));
-            CloseThreadpoolCleanupGroupMembers(environment.CleanupGroup, FALSE, nullptr);
-            CloseThreadpoolCleanupGroup(environment.CleanupGroup);
-            CloseThreadpool(environment.Pool);
-        }
-    };
-    RunInThreads(3, submit);
-    EXPECT_EQ(count, 3 * 20 * 10);
 }
 
 TEST(CompletionPorts, AWaitingThreadCanBeTerminated)
