@@ -109,7 +109,7 @@ void ReleaseActivationContext()
         ReleaseActCtx(context);
 }
 
-// Parts of the diagnostics find the program's module by these names.
+// Warns if the system doesn't find the program's module by its path or file name, as parts of the diagnostics do.
 void CheckModuleNames()
 {
     if (GetModuleHandleW(ProcessPaths().path) == nullptr)
