@@ -28,7 +28,7 @@ namespace qx
 class String
 {
 public:
-    // As a count, the rest of the text.
+    // The count that means the rest of the text.
     static constexpr std::size_t kAll = 0x7FFFFFFE;
 
     // Selects the formatting constructor. Without it, the arguments would match the constructor that takes positions.
