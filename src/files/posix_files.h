@@ -25,7 +25,7 @@ std::array<unsigned char, 19> PosixModeAttribute(std::uint32_t mode);
 // Sets the permissions of a file or folder whose handle has the right FILE_WRITE_EA.
 bool SetPosixMode(HANDLE file, std::uint32_t mode);
 
-// Takes permissions away so that only `allowed` ones remain. Returns true if there is nothing to take away.
+// Removes all permissions except `allowed`. Returns true on success, and also if there was nothing to remove.
 bool RestrictPosixMode(HANDLE file, std::uint32_t allowed);
 
 // Returns the target of a link as its bytes, or nothing if the path isn't a link or can't be read.
