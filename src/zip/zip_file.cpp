@@ -64,7 +64,7 @@ void SetTimeAndAttributes(clsZIPFileEntry& entry, HANDLE source, const String& p
     entry.attributes = isKnown ? info.dwFileAttributes : GetFileAttributesW(path);
 }
 
-// The name of the source isn't checked against the rules of Windows on systems that allow more characters.
+// Opens a source file. Its name isn't checked on systems that allow more characters in names than Windows.
 clsFileRO OpenedSource(const String& path)
 {
     if (!kHasPosixFiles)
