@@ -38,7 +38,7 @@ private:
 
     clsDocu& _record;
     clsAutoRelease<IStorage*> _storage;
-    String _copy; // its path
+    String _copy; // path of the copy
 };
 
 // Open an element of a storage for reading. Return null if there is none.

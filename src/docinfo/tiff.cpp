@@ -250,7 +250,7 @@ private:
                 clsDocu::SetText(_record.Subject, ReadASCII(entry));
             break;
         case Tag::ExifDirectory:
-            // In a TIFF file itself the EXIF directory isn't read.
+            // The EXIF directory of a document that is itself a TIFF file isn't read.
             if (_base != 0)
                 ReadTIFFDirectory(std::uint64_t{_base} + ReadInteger(entry), nesting + 1);
             break;
@@ -289,7 +289,7 @@ private:
         const std::uint64_t offset = std::uint64_t{_base} + entry.value;
         std::vector<std::uint8_t> bytes;
         std::uint64_t left = std::min<std::uint64_t>(entry.count, BytesAfter(offset));
-        // In parts, because the text may end long before its count.
+        // Read in parts, because the text may end long before its count.
         while (left > 0)
         {
             const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(left, kTextPart));
