@@ -45,7 +45,7 @@ enum Property : std::uint32_t
 constexpr std::uint16_t kUnicode = 1200;
 constexpr std::uint64_t kMostTextBytes = 64 * 1024 * 1024; // a longer text is truncated
 
-// The names follow the documentation of the format.
+// Reads the summary information, a property set at the offset `begin` of the stream.
 class SummaryInformation
 {
 public:
