@@ -148,7 +148,7 @@ FileReplacement CreateFileOf(const String& name, const clsProfOutput& content)
         return side.Failure();
     if (!side.Fill(content))
         return FileReplacement::Failed;
-    // Moved while it is open, so that no other save can take its place before. Windows requires it to be closed.
+    // Moves the file while it is open, so that no other save can replace it first. Windows requires it to be closed.
     if (!MoveFileExW(side.Name().Text(), name.Text(), MOVEFILE_WRITE_THROUGH))
     {
         if (GetLastError() != ERROR_SHARING_VIOLATION)

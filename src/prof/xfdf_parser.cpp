@@ -187,7 +187,7 @@ private:
             wchar_t* const value = std::exchange(_text.begin, end + kEnd.size());
             return Unmasked(value, end);
         }
-        _state.source |= kSourceIgnored; // leading blanks and empty lines of its further lines
+        _state.source |= kSourceIgnored; // its empty lines, and the leading blanks of its further lines
         _value.assign(_text.begin, _text.end);
         do
         {
