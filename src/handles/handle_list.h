@@ -21,7 +21,7 @@ struct scFrames
     static constexpr unsigned kCount = 20;
 
     std::int32_t references = 1;
-    scCaller callers[kCount] = {}; // where it was made, innermost first
+    scCaller callers[kCount] = {}; // where it was created, innermost first
     unsigned count = 0;            // of the callers
 };
 
@@ -41,9 +41,9 @@ public:
     // The lock of the list.
     clsCriticalSection& Guard() { return _lock; }
 
-    // Counts a known handle once more, and notes the callers for a new one.
+    // Counts a known handle once more, and stores the callers of a new one.
     void Add(HandleValue handle);
-    // Takes the handle out when it was removed as often as it was added. Unknown handles are ignored.
+    // Removes the handle once it was removed as often as it was added. Unknown handles are ignored.
     void Remove(HandleValue handle);
     std::size_t Count() const { return _handles.Count(); }
     bool Contains(HandleValue handle);
