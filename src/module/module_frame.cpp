@@ -55,8 +55,8 @@ void LogInvalidParameter(
         });
 }
 
-// The runtime library may be shared by the whole process and must not call into this library once it is unloaded. A
-// handler that another module has set since then is kept.
+// Restores the former handler: the runtime library may be shared by the whole process and must not call into this
+// library once it is unloaded. A handler that another module has set in the meantime is kept.
 void GiveHandlerBack()
 {
     const _invalid_parameter_handler former = formerHandler.exchange(nullptr);

@@ -41,7 +41,7 @@ public:
     }
 
 private:
-    // Returns false if reading is finished.
+    // An action returns false if reading is finished.
     using Action = bool (clsXmlParser::*)(scXmlText behindTag);
 
     enum class Place

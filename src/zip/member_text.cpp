@@ -66,7 +66,7 @@ char LowerCase(char c)
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-// Nearly all names are ASCII, which needs no conversion.
+// Compares names, ignoring case. Nearly all names are ASCII, which needs no conversion.
 bool IsSameName(std::string_view name, std::string_view wanted)
 {
     const std::string_view text = name.substr(0, name.find('\0'));

@@ -82,7 +82,7 @@ clsFileRO OpenedSource(const String& path)
     return clsFileRO(file.Detach());
 }
 
-// Name and comment are stored unchanged and in UTF-8, as on Unix.
+// Stores name and comment unchanged and in UTF-8, as archivers on Unix do.
 void SetPosixName(clsZIPFileEntry& entry, const String& name, const String& comment)
 {
     const auto isAscii = [](wchar_t c)

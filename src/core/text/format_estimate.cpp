@@ -188,7 +188,8 @@ private:
         case L'n':
             return _arguments.Next<void*>() != nullptr;
         default:
-            // Takes no argument here. If the formatter does take one (%Ts, %Id), all further arguments are misaligned.
+            // The conversion takes no argument here. If the formatter does take one (%Ts, %Id), all further arguments
+            // are misaligned.
             _outOfStep = true;
             return true;
         }
