@@ -195,8 +195,8 @@ private:
         }
     }
 
-    // A plain %S is measured as 8-bit text, as the formatter reads it. Measuring it as wide text could read past its
-    // end.
+    // Adds the length of a text. A plain %S is measured as 8-bit text, as the formatter reads it. Measuring it as wide
+    // text could read past its end.
     bool AddText(const Conversion& conversion)
     {
         const void* text = _arguments.Next<const void*>();
