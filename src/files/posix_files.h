@@ -18,7 +18,7 @@ namespace qx
 // Returns the type and permissions of an open file in the form of st_mode, or nothing if the system stores none.
 std::optional<std::uint32_t> PosixModeOf(HANDLE file);
 
-// The permissions as the extended attribute $LXMOD, in which the Windows Subsystem for Linux stores them
+// Returns the permissions as the extended attribute $LXMOD, in which the Windows Subsystem for Linux stores them
 // (FILE_FULL_EA_INFORMATION).
 std::array<unsigned char, 19> PosixModeAttribute(std::uint32_t mode);
 
