@@ -127,7 +127,7 @@ void SetMode(clsZIPFileEntry& entry, std::uint32_t type, std::uint32_t mode)
     entry.attributes = (type | (mode & kZipModePermissions)) << 16 | (entry.attributes & kDosAttributes);
 }
 
-// Only the name in the header gets the trailing slash; storedName doesn't.
+// Makes the entry of a folder. Only the name in the header gets the trailing slash; storedName doesn't.
 std::unique_ptr<clsZIPFileEntry> NewFolderEntry(
     const String& path, const String& storedName, const WIN32_FIND_DATAW& data)
 {
