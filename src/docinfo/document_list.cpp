@@ -20,13 +20,13 @@ constexpr std::uint32_t kMillisecondsPerSecond = 1000;
 constexpr DWORD kRound = 1000;      // ms between two checks by the list's thread
 constexpr DWORD kWaitForRoom = 100; // ms
 
-// The largest result, used as a wait, means no limit.
+// Converts seconds to milliseconds. The largest result, used as a wait, means no limit.
 std::uint32_t Milliseconds(std::uint32_t seconds)
 {
     return seconds > UINT32_MAX / kMillisecondsPerSecond ? UINT32_MAX : seconds * kMillisecondsPerSecond;
 }
 
-// A partially read record must not count as valid.
+// Reads the document, and forgets it on failure, because a partially read record must not count as valid.
 void ReadOrForget(clsDocu& record, std::uint64_t readBefore)
 {
     try

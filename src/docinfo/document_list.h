@@ -49,7 +49,7 @@ class clsDocuList : public clsThreadBase
 public:
     static constexpr std::size_t kMostReaders = 20;
 
-    // 0 seconds turn the cache off.
+    // With 0 seconds there is no cache.
     explicit clsDocuList(std::uint32_t cacheSeconds);
     // Waits for the list's thread and for all readers that are still running.
     ~clsDocuList() override;

@@ -73,7 +73,7 @@ public:
         return true;
     }
 
-    // A property that is missing, or isn't completely in the stream, leaves its field unchanged.
+    // Stores a text property. If it is missing or isn't completely in the stream, the field is unchanged.
     void TakeText(Property id, clsVariant& field)
     {
         if (const std::optional<String> text = TextOf(id))

@@ -62,7 +62,7 @@ private:
     bool _isThere = false;
 };
 
-// The result is empty if the value can't be converted.
+// Converts a value to a variant, which is empty on failure.
 VARIANT VariantOf(const PropertyValue& value, const ShellIndex& index)
 {
     VARIANT variant{};

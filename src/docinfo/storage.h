@@ -29,7 +29,7 @@ public:
     // Returns 0 or the system's error, which is also logged. Called once.
     HRESULT Open(const String& path);
 
-    // The root storage. Only for an open file.
+    // Returns the root storage. Requires an open file.
     IStorage& Root() const { return *_storage; }
 
 private:

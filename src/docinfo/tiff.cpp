@@ -259,7 +259,7 @@ private:
         }
     }
 
-    // Values shorter than four bytes are stored at the start of the value field.
+    // Returns an integer value. Values shorter than four bytes are stored at the start of the value field.
     std::uint32_t ReadInteger(const Entry& entry) const
     {
         switch (entry.type)
@@ -278,7 +278,7 @@ private:
         }
     }
 
-    // A text that extends past the end of the file is truncated.
+    // Returns a text value. A text that extends past the end of the file is truncated.
     String ReadASCII(const Entry& entry)
     {
         constexpr std::uint32_t kInPlace = 4;

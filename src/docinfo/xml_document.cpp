@@ -84,7 +84,8 @@ public:
         full += L':';
         full += name;
     }
-    // Also called for elements without a prefix, which removes the name of an outer one.
+    // Removes the innermost name. Also called for elements without a prefix, which removes the name of an outer
+    // element.
     void Pop() { _count -= _count > 0; }
 
     std::size_t Count() const { return _count; }
@@ -109,7 +110,8 @@ class XmlWalk
 public:
     XmlWalk(clsDocu& record, IXmlReader& reader) : _record(record), _reader(reader) {}
 
-    // No document has more nodes than bytes. A reader that returns more is stuck in a damaged document.
+    // Reads the nodes. No document has more nodes than bytes; a reader that returns more is stuck in a damaged
+    // document.
     XmlPass Run(std::uint64_t mostNodes)
     {
         const XmlPass pass = TakeNodes(mostNodes);
