@@ -60,7 +60,7 @@ protected:
     // Forgets the workers, which a forked child doesn't have, and releases the jobs that they were running, because
     // nobody would finish them. Must be called before the dispatcher is used.
     void ForgetForeignWorkers();
-    // Called with the lock held. The workers belong to another process.
+    // Forgets the workers, which belong to another process. Called with the lock held.
     virtual void ForgetWorkers() = 0;
 
     // Returns true if queued jobs might never reach a worker.
