@@ -265,7 +265,7 @@ void DebugLineTagged(const wchar_t* moduleTag, int indentChange, const wchar_t* 
 namespace
 {
 
-// The installation repair program writes no lines about its start and end.
+// Returns true for the installation repair program, which writes no lines about its start and end.
 bool IsQuietProcess(std::size_t comparedCharacters)
 {
     return _wcsnicmp(ProcessPaths().file.Text(), L"resmender", comparedCharacters) == 0;

@@ -13,7 +13,7 @@ namespace
 
 constexpr std::size_t kLineCapacity = 1025;
 
-// The lock that each line takes and that each block holds until it is closed.
+// Returns the lock that each line takes and that each block holds until it is closed.
 clsCriticalSection& ReportLock()
 {
     static clsCriticalSection& lock = MakeForever<clsCriticalSection>();
