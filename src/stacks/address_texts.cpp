@@ -10,7 +10,7 @@ namespace qx
 namespace
 {
 
-// A request. Both threads own it, because after a time-out the service thread may still use it.
+// A request for texts. It is owned by both threads, because after a time-out the service thread may still use it.
 struct FormatRequest
 {
     std::vector<std::uint64_t> addresses;

@@ -19,7 +19,7 @@ constexpr DWORD kFailedStartPatience = 1'000;
 constexpr unsigned kStackSize = 0x100000; // debug-help libraries need more than other threads
 
 std::atomic<bool> threadsEnded = false;
-std::atomic<bool> lockIsHeldByJob = false; // also for jobs that work on their callers' threads
+std::atomic<bool> lockIsHeldByJob = false; // also true for jobs that work on their callers' threads
 
 clsCriticalSection& SessionLock()
 {

@@ -25,7 +25,7 @@ DebugHelpTimes& TheDebugHelpTimes();
 // Makes later jobs work on the calling thread and wait for no lock. Called when the library is unloaded.
 void EndDebugHelpThreads();
 
-// The lock that each job holds, and a lock for the callers' use of graphics. Both live as long as the library.
+// Return the lock that each job holds, and a lock for the callers' use of graphics. Both live as long as the library.
 clsCriticalSection& DebugHelpThreadingLock();
 clsCriticalSection& GraphicsThreadingLock();
 
@@ -54,7 +54,8 @@ public:
     void End();
 
     bool HasSession() const { return !_isCutOff && _session != nullptr; }
-    // A command ran out of time. Its thread may still use this object, which must not be destroyed.
+    // Returns true if a command ran out of time. Its thread may still use this object, which must not be destroyed
+    // then.
     bool IsCutOff() const { return _isCutOff; }
 
     // Return a list, or null.
