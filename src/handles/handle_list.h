@@ -38,7 +38,7 @@ public:
     // A live list reports the handles that are left, unless they have been reported.
     ~clsUTHandleList();
 
-    // The lock of the list.
+    // Returns the lock of the list.
     clsCriticalSection& Guard() { return _lock; }
 
     // Counts a known handle once more, and stores the callers of a new one.
@@ -48,7 +48,7 @@ public:
     std::size_t Count() const { return _handles.Count(); }
     bool Contains(HandleValue handle);
 
-    // A deep copy in which each handle counts once.
+    // Returns a deep copy in which each handle counts once.
     std::unique_ptr<clsUTHandleList> Snapshot() const;
 
     // Writes the handles and their callers to the debug output. Does nothing if a report was written before, except if
