@@ -21,7 +21,7 @@ namespace
 
 constexpr std::size_t kTailSize = 50;
 constexpr std::size_t kMostTables = 4096;
-constexpr std::uint64_t kMostTableBytes = 16 * 1024 * 1024; // tables that share one trailer are parsed again and again
+constexpr std::uint64_t kMostTableBytes = 16 * 1024 * 1024; // tables may share a trailer, which is parsed each time
 
 // Returns the offset of the newest table, or 0.
 std::uint64_t FindStart(FileWindow& file)
@@ -49,8 +49,8 @@ std::uint64_t FindStart(FileWindow& file)
     return 0;
 }
 
-// Runs `parse` on the text at an offset and returns how many bytes it passed over. A fault is noted; what was parsed
-// before it stays.
+// Runs `parse` on the text at an offset and returns the number of parsed bytes. A syntax error becomes a remark of the
+// record; everything parsed before it is kept.
 template <class Parse>
 std::size_t ParseAt(clsDocu& record, FileWindow& file, std::uint64_t offset, std::size_t count, Parse parse)
 {
@@ -72,7 +72,7 @@ std::size_t ParseAt(clsDocu& record, FileWindow& file, std::uint64_t offset, std
 }
 
 // Follows the tables from the newest to the oldest, and returns the number of the information dictionary's object. The
-// oldest trailer that has one decides.
+// oldest trailer that refers to one counts.
 std::optional<std::uint32_t> ReadTables(clsDocu& record, FileWindow& file, PDFOffsets& offsets)
 {
     std::optional<std::uint32_t> info;

@@ -266,7 +266,7 @@ private:
                 clsDocu::SetText(_record.Subject, ReadASCII(entry));
             break;
         case Tag::ExifDirectory:
-            // In a TIFF file itself the EXIF directory isn't read.
+            // The EXIF directory of a document that is itself a TIFF file isn't read.
             if (_base != 0)
                 ReadTIFFDirectory(std::uint64_t{_base} + ReadInteger(entry), nesting + 1);
             break;
@@ -275,7 +275,7 @@ private:
         }
     }
 
-    // Values shorter than four bytes are stored at the start of the value field.
+    // Returns an integer value. Values shorter than four bytes are stored at the start of the value field.
     std::uint32_t ReadInteger(const Entry& entry) const
     {
         switch (entry.type)
@@ -294,7 +294,7 @@ private:
         }
     }
 
-    // A text that extends past the end of the file is truncated.
+    // Returns a text value. A text that extends past the end of the file is truncated.
     String ReadASCII(const Entry& entry)
     {
         constexpr std::uint32_t kInPlace = 4;
@@ -305,7 +305,7 @@ private:
         const std::uint64_t offset = std::uint64_t{_base} + entry.value;
         std::vector<std::uint8_t> bytes;
         std::uint64_t left = std::min<std::uint64_t>(entry.count, BytesAfter(offset));
-        // In parts, because the text may end long before its count.
+        // Read in parts, because the text may end long before its count.
         while (left > 0)
         {
             const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(left, kTextPart));

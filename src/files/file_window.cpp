@@ -94,7 +94,7 @@ bool FileWindow::MoveTo(std::int64_t position)
 clsFile& FileWindow::Rewind()
 {
     _file.Seek(0);
-    _position = -1; // whatever the other code leaves
+    _position = -1; // unknown, because other code moves the file
     return _file;
 }
 
