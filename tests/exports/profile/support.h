@@ -31,9 +31,10 @@ public:
 
 inline std::string Utf8(std::wstring_view text)
 {
-    qx::String wide(text);
-    wide.SetCodePage(CP_UTF8);
-    return wide.NarrowText();
+    std::string bytes(3 * text.size(), '\0');
+    const int length = WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), bytes.data(),
+        static_cast<int>(bytes.size()), nullptr, nullptr);
+    return bytes.substr(0, static_cast<std::size_t>(length));
 }
 
 // Returns the text as a UTF-16LE file with a byte order mark.
