@@ -21,9 +21,8 @@ QXUT_EXTERN_C_BEGIN
 #define QXUT_FILE_OPEN_CREATE 4
 
 /* Returns which users have a file open on its server, and how. `path` is \\server\share\... or a path on a drive that
-   is connected with a share. A file whose path on the server, behind the server's drive letter, equals the path behind
-   the server's name counts as the same file; so this works for shares that are named like a folder in the root of the
-   server's drive.
+   is connected with a share. Open files are matched by path without the server's drive letter, so this works only for
+   shares named like a folder in the root of that drive.
 
    `access` receives QXUT_FILE_OPEN_ values, combined for all users. `users` is a BSTR result: the names, separated by
    tabs. For a file that isn't on a server, these are 0 and the empty text, and the result is 0.
@@ -40,9 +39,9 @@ QXUT_API int32_t UtilGetFileInfoAccess(const QXWCHAR* path, uint32_t* access, QX
 #define QXUT_INHERIT_FILES 1
 #define QXUT_INHERIT_FOLDERS 2
 
-/* Sets the rights of an account, a user or a group, on a file or folder; its former rights are replaced, and all other
-   accounts keep theirs. A leading ".\" of `account` is ignored. `permissions` is an access mask of the system, such as
-   GENERIC_READ (0x80000000) or FILE_GENERIC_READ.
+/* Sets the rights of an account (a user or a group) on a file or folder. They replace the account's former rights; all
+   other accounts keep theirs. A leading ".\" of `account` is ignored. `permissions` is an access mask of the system,
+   such as GENERIC_READ (0x80000000) or FILE_GENERIC_READ.
 
    On linux the mask becomes the rights to read, to write and to execute; folders that may be read may also be entered.
    If the account is the file's owner or its group, their entries are changed. With an inheritance other than 0, the

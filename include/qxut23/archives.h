@@ -1,5 +1,5 @@
-/* ZIP archives with result codes: what zip.h offers, for callers that can't catch C++ exceptions, and with permissions
- * and links.
+/* ZIP archives for callers that can't catch C++ exceptions: the functions of zip.h with result codes, and with support
+ * for permissions and links.
  *
  * Texts are zero-terminated and remain the caller's; null counts as the empty text. After a failure, QxGetErrorText
  * (errors.h) says in words what failed.
@@ -46,7 +46,7 @@ QXUT_API int32_t QxExtractZip(const QXWCHAR* fileName, const QXWCHAR* folder, ui
 #define QXUT_ZIP_LINKS 0x4u  /* with QXUT_ZIP_MODES: links whose target is inside the archive are stored as links */
 #define QXUT_ZIP_FOLDER 0x8u /* `path` is a folder: its entry is added, without contents; a link is followed */
 
-/* Adds a file like UtilZIPAppend. With QXUT_ZIP_MODES, `storedName` is stored as it is: a drive isn't removed. The bits
+/* Adds a file like UtilZIPAppend. With QXUT_ZIP_MODES, `storedName` is stored unchanged, even with a drive. The bits
    that let a program run as another user are never stored. A link whose target is absolute or may be outside the
    archive is stored as the file it leads to. On windows, files have no permissions unless the Windows Subsystem for
    Linux has stored some, and links are followed. */

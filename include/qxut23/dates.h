@@ -66,9 +66,9 @@ QXUT_API int32_t UtilDateTimeFromLocaleString(
 QXUT_API int32_t UtilDateTimeToLocaleString(const QXWCHAR* compact, QXWCHAR* text, uint32_t textChars);
 
 /* Parses machine-readable dates. Tries in this order: up to 14 digits (a compact date truncated at any point,
-   with the time taken as it is); an RFC 822 date anywhere in the text; an ISO 8601 date at the start of the text; any
-   date that the system recognises. RFC 822 and ISO 8601 dates are converted to UTC. Without a zone, an RFC 822 time is
-   taken as it is, and an ISO 8601 time counts as local time, even with "Z". An empty text means the current local
+   whose time isn't converted); an RFC 822 date anywhere in the text; an ISO 8601 date at the start of the text; any
+   date that the system recognises. RFC 822 and ISO 8601 dates are converted to UTC. Without a zone, an RFC 822 time
+   isn't converted, and an ISO 8601 time counts as local time, even with "Z". An empty text means the current local
    time. A text that is no date produces zeros with 0xFFFF as the day of the week. Returns 0. */
 QXUT_API int32_t UtilLocDateTimeToSYSTEMTIME(const QXWCHAR* text, struct _SYSTEMTIME* time);
 

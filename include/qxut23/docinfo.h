@@ -3,9 +3,9 @@
  *
  * The kind is recognised by the extension of the file, otherwise by its first bytes. Compound files of office programs
  * (.doc, .xls, .ppt and others), Office Open XML and OpenDocument archives, Word 2 and WordPerfect documents, XML files
- * (.xml), PDF files, web pages (.htm, .html, .mht), Rich Text (.rtf), mail (.eml, .msg), TIFF and JPEG files are read;
- * of all others only the time of the last write is known. The author of a mail is its sender, the last author its
- * recipients, and the title its subject. For a shortcut (.lnk), its target is read.
+ * (.xml), PDF files, web pages (.htm, .html, .mht), Rich Text (.rtf), mail (.eml, .msg), TIFF and JPEG files are read.
+ * For all other files, only the time of the last write is returned. The author of a mail is its sender, the last author
+ * its recipients, and the title its subject. For a shortcut (.lnk), its target is read.
  *
  * A list caches what it reads. Requests within the lifetime of a cached document don't touch the disk. Later requests
  * read the document again only if its time of last write has changed. Paths are compared without case, even where file
@@ -32,8 +32,8 @@ typedef struct QxUtDocumentInfo
 {
     uint32_t size; /* of this structure in bytes: 80, or 72 for one that ends before `resolvedPath` */
     uint32_t reserved;
-    /* VT_DATE in local time, or VT_EMPTY if the document has no such date or one that isn't in the calendar. Without a
-       date of its own, a document was last saved when its file was last written. */
+    /* VT_DATE in local time. VT_EMPTY if the document has no such date, or an invalid one. If the document doesn't
+       store when it was last saved, `lastSaved` is the time of the file's last write. */
     struct tagVARIANT* created;
     struct tagVARIANT* lastSaved;
     /* VT_BSTR, or VT_EMPTY if the document has no such text. */
@@ -51,13 +51,14 @@ typedef struct QxUtDocumentInfo
    out. */
 QXUT_API HUTDOCINFO UtilDocInfoOpen(uint32_t cacheSeconds);
 
-/* Closes a list, which no other call may use any more. Waits for all threads that are still reading from a share. Null
-   is ignored. */
+/* Closes a list. No other call may use it any more. Waits for all threads that are still reading from a share. Null is
+   ignored. */
 QXUT_API void UtilDocInfoClose(HUTDOCINFO list);
 
-/* Gets the information about the document at `path`. What follows a "|" in the path isn't part of it; documents that
-   only differ there are separate entries of the list. `waitSeconds` is how long to wait for a document on a share; with
-   0 the call returns the cached values. While a document is cached, the wait of its first request applies.
+/* Gets the information about the document at `path`. A "|" and everything after it are not part of the file's path, but
+   paths that differ only there are separate entries of the list. `waitSeconds` is how long to wait for a document on a
+   share; with 0 the call returns the cached values. While a document is cached, the `waitSeconds` of its first request
+   applies to all requests.
    Returns 1 if the document was accessible. `info` may be null if only the result is wanted; a structure of fewer than
    72 bytes receives nothing. Returns 0, and nothing is stored, if the document can't be opened, if its reader refuses
    it, or if the list or the path is null. */

@@ -7,7 +7,7 @@
  *
  * Jobs that are open when the library is unloaded are freed with their heaps and objects, without a report.
  *
- * The functions may be called from any thread; one lock serializes them. Only objects without a heap are allocated and
+ * The functions may be called from any thread; one lock serialises them. Only objects without a heap are allocated and
  * freed without the lock.
  */
 #ifndef QXUT23_HEAPS_H

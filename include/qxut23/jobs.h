@@ -3,11 +3,11 @@
  * Call order: open a pool, add jobs, finalize the pool on the thread that owns the results, close the pool. Adding and
  * finalizing may be repeated. Any thread may add jobs, including jobs and hosts themselves; any thread may abort.
  *
- * A job, a host or any other callback of this library may end its thread on Linux (pthread_exit, or pthread_cancel of a
+ * A job, a host or any other callback of this library may end its thread on linux (pthread_exit, or pthread_cancel of a
  * thread that waits inside the callback): the stack is unwound, locks and memory are released, and the job counts as
  * done. QueryInterface, AddRef and Release must not do so, and a thread must not be cancelled while the library itself
  * runs on it: a destructor that reaches a cancellation point ends the process. Threads that may be cancelled at any
- * moment call pthread_setcancelstate around calls of this library. On Windows the end of a thread doesn't unwind the
+ * moment call pthread_setcancelstate around calls of this library. On windows the end of a thread doesn't unwind the
  * stack, so a callback must not end its thread.
  *
  * A child process made by fork() has the pool but none of its workers. Queued jobs run on new workers or in
@@ -151,9 +151,10 @@ QXUT_API int32_t UtilThreadPoolAdd(
    QXUT_E_INVALIDARG if `pool` is null. */
 QXUT_API int32_t UtilThreadPoolAbort(HUTTHREADPOOL pool, int32_t group);
 
-/* Runs the jobs that must run on this thread, notifies `host` of each finished job that its own host has not taken, and
-   returns when no job is left. Don't call this from a job that runs on a worker: it would wait for that job forever. A
-   job that runs on the calling thread may call it. Returns 0, or QXUT_E_INVALIDARG if `pool` or `host` is null. */
+/* Runs the jobs that must run on this thread, notifies `host` of each finished job that has no host of its own or that
+   its own host left to the pool, and returns when no job is left. Don't call this from a job that runs on a worker: it
+   would wait for that job forever. A job that runs on the calling thread may call it. Returns 0, or QXUT_E_INVALIDARG
+   if `pool` or `host` is null. */
 QXUT_API int32_t UtilThreadPoolFinalize(HUTTHREADPOOL pool, struct IUTThreadedJobHost* host);
 
 /* Aborts all jobs, waits for the running ones, and frees the pool. A pool that was aborted for one group only finishes

@@ -14,14 +14,14 @@ QXUT_EXTERN_C_BEGIN
 typedef struct QxHeapLeak
 {
     uint32_t size;                /* size of the struct in bytes; later versions may append fields */
-    uint32_t tag;                 /* of one of the objects, see UtilHeapObjectAllocExt; 0 for plain objects */
+    uint32_t tag;                 /* tag of one of the objects (see UtilHeapObjectAllocExt); 0 for plain objects */
     uint64_t objectCount;         /* number of objects, at least 1 */
     uint64_t byteCount;           /* sum of the sizes as they were allocated, without headers and fences */
     uint32_t firstTick;           /* time of the oldest allocation, in ms (GetTickCount, which wraps after 49.7 days) */
     uint32_t lastTick;            /* time of the latest allocation; both are 0 if there are only plain objects */
     uint32_t addressCount;        /* the smaller of objectCount and QXUT_HEAPLEAK_MOST_ADDRESSES */
     uint32_t lineCount;           /* number of callers, at most 30; 0 without a call chain */
-    const void* const* addresses; /* of some of the objects */
+    const void* const* addresses; /* addresses of some of the objects */
     const QXWCHAR* const* lines;  /* the callers, innermost first: "module!function + 0x1f (file, line 12)" */
 } QxHeapLeak;
 

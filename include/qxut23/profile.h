@@ -75,10 +75,10 @@ enum
    or 8-bit text in the default code page.
 
    A packed file consists of "ZxvQ" and one of the other forms as raw deflate data (RFC 1951). It is unpacked to a
-   temporary file. If the data is damaged, everything that can be decompressed before the damage is read. If it
-   would take more memory than 64 times the size of the file (at least 64 MB) or 2 GB of text, it isn't read and the
-   error is PROF_ERR_LOCKED, as for an unpacked file of more than 2 GB. QxProfJobOpen (profile_source.h) lifts the first
-   limit.
+   temporary file. If the data is damaged, everything that can be decompressed before the damage is read. If it would
+   take more memory than 64 times the size of the file (but at least 64 MB), or more than 2 GB of text, it isn't read
+   and the error is PROF_ERR_LOCKED, as for an unpacked file of more than 2 GB. QxProfJobOpen (profile_source.h) lifts
+   the first limit.
 
    Returns a job with one reference even if opening or loading fails; call ProfGetError for the outcome. Returns null
    only if memory runs out. After a failure the job contains everything read before it, except lists that had not ended.
@@ -129,11 +129,11 @@ QXUT_API int32_t ProfGetError(HPROFJOB job);
    contents) or PROF_ERR_WRITE_FAILED (the disk is full; the file keeps its old contents).
    On linux a save writes a new file ".NAME.qxsave" beside the target (long names are shortened) and replaces the target
    with it, so the target contains either the old or the new contents, even if the process is killed. An existing file
-   of that name is taken for the remnant of a killed process and removed.
-   Where the file can't be replaced (if it has several names, if its folder can't be written, and always on windows,
-   which doesn't replace open files, while an exclusive job must hold its file without interruption), the contents are
-   written over the old ones, and a killed process may leave a file with parts of both. If another process has removed
-   or replaced the file of an exclusive job, the result is PROF_ERR_CANNOT_WRITE on linux.
+   of that name is treated as left over from a killed process and removed.
+   The contents are written over the old ones if the file can't be replaced: if it has several names, if its folder
+   can't be written, and always on windows, which can't replace an open file. A process killed during such a save may
+   leave a file with parts of both. If another process has removed or replaced the file of an exclusive job, the result
+   is PROF_ERR_CANNOT_WRITE on linux.
 
    PROF_FORM_TEXT and PROF_FORM_XML, both UTF-16, preserve the whole tree. In the text form, control characters in
    values are preserved; control characters in names are read back as their Unicode pictures (U+2401 to U+241F). The XML
@@ -146,11 +146,11 @@ QXUT_API int32_t ProfGetError(HPROFJOB job);
    consists of the names of the enclosing fields joined by dots. Names and values are masked so that they are read back
    unchanged: < > & ' " as named entities, tabs and line breaks as numeric ones (&#x0009; &#x000a; &#x000d;). Characters
    that XML can't represent are replaced: other control characters by their Unicode pictures, unpaired surrogates,
-   U+FFFE and U+FFFF by U+FFFD. In files from other software, tags that begin on one line and end on another are not
-   recognised, and the lines of a value lose their leading blanks, and empty lines are dropped. Lines that are not valid
-   UTF-8 are read in the default code page. The names of all leaves together may have 8,388,608 characters plus 16 for
-   each byte of the file. Reading a file that exceeds the limit is PROF_ERR_MALFORMED; a tree that exceeds it isn't
-   written (PROF_ERR_CANNOT_WRITE, or PROF_ERR_WRITE_FAILED for a stream or the clipboard). */
+   U+FFFE and U+FFFF by U+FFFD. In files from other software, a tag that spans several lines is not recognised, and a
+   value loses its empty lines and the leading blanks of its lines. Lines that are not valid UTF-8 are read in the
+   default code page. The names of all leaves together may have 8,388,608 characters plus 16 for each byte of the file.
+   Reading a file that exceeds this limit fails with PROF_ERR_MALFORMED; a tree that exceeds it isn't written
+   (PROF_ERR_CANNOT_WRITE, or PROF_ERR_WRITE_FAILED for a stream or the clipboard). */
 QXUT_API int32_t ProfSaveA(HPROFJOB job, const char* name, int32_t flags);
 QXUT_API int32_t ProfSaveW(HPROFJOB job, const QXWCHAR* name, int32_t flags);
 
@@ -202,14 +202,14 @@ QXUT_API HPROFLIST ProfAppendListW(HPROFJOB job, HPROFLIST list, const QXWCHAR* 
 /* Removes all entries of the list. */
 QXUT_API void ProfEmptyList(HPROFJOB job, HPROFLIST list);
 
-/* Removes every list that has the last name of the path, from every list that matches the names before it. The search
-   begins at `list` even if the path begins with '/'. The empty path removes all entries of `list`, including leaves. A
-   null path removes `list` itself. */
+/* Removes every list named like the last component of the path from every list that matches the components before it.
+   The search begins at `list` even if the path begins with '/'. The empty path removes all entries of `list`, including
+   leaves. A null path removes `list` itself. */
 QXUT_API void ProfDeleteListA(HPROFJOB job, HPROFLIST list, const char* path);
 QXUT_API void ProfDeleteListW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path);
 
-/* The same for every leaf that has the last name of the path. The empty path removes all entries of `list`, including
-   lists. A null path does nothing. */
+/* The same for every leaf named like the last component of the path. The empty path removes all entries of `list`,
+   including lists. A null path does nothing. */
 QXUT_API void ProfDeleteItemA(HPROFJOB job, HPROFLIST list, const char* path);
 QXUT_API void ProfDeleteItemW(HPROFJOB job, HPROFLIST list, const QXWCHAR* path);
 

@@ -1,5 +1,5 @@
-/* Extracting the embedded files of a profile with checks and reasons: what ProfExtractFiles (profile.h) offers, for
- * callers that must be able to rely on the contents.
+/* Extracts the embedded files of a profile like ProfExtractFiles (profile.h), but checks their contents and reports why
+ * a file was not extracted.
  */
 #ifndef QXUT23_PROFILE_FILES_H
 #define QXUT23_PROFILE_FILES_H
@@ -15,7 +15,7 @@ enum
     QXUT_FILE_NO_NAME = 0,
     QXUT_FILE_NAME_REFUSED = 1, /* the name is not allowed, or leads out of the folder */
     QXUT_FILE_NO_CONTENTS = 2,
-    QXUT_FILE_WRONG_KEY = 3, /* or damage, which looks the same; also a key for a file that isn't encrypted */
+    QXUT_FILE_WRONG_KEY = 3, /* or damage, which looks the same, or a key was passed for a file that isn't encrypted */
     QXUT_FILE_DAMAGED = 4,
     QXUT_FILE_CANNOT_WRITE = 5
 };

@@ -1,4 +1,4 @@
-/* Opening profiles with options, and what was found in the file of a profile.
+/* Opens profiles with options, and reports what was found in the file of a profile.
  *
  * These functions complement those of profile.h: a program that changes a file in place can find out before saving
  * whether the file is a profile at all, and whether anything in it would be lost.
@@ -12,7 +12,7 @@
 QXUT_EXTERN_C_BEGIN
 
 /* Flags of QxProfJobOpen. */
-#define QXUT_PROFILE_EXCLUSIVE 0x1u /* as ProfJobOpenExclusive */
+#define QXUT_PROFILE_EXCLUSIVE 0x1u /* opens like ProfJobOpenExclusive */
 #define QXUT_PROFILE_ANY_SIZE 0x2u  /* no limit except 2 GB of unpacked text */
 #define QXUT_PROFILE_EXISTING 0x4u  /* with QXUT_PROFILE_EXCLUSIVE: fails instead of creating a missing file */
 
@@ -40,13 +40,13 @@ QXUT_API HPROFJOB QxProfJobOpen(const QXWCHAR* name, uint32_t flags, uint64_t mo
 #define QXUT_SOURCE_IGNORED 0x1000u
 /* A save turns XFDF fields inside other fields, or several values of one field, into fields of their own. */
 #define QXUT_SOURCE_FLATTENED 0x2000u
-/* The unpacked profile exceeds the limit, or a file 2 GB, and was not read. */
+/* The file unpacks to more than the limit, or has more than 2 GB of text. It was not read. */
 #define QXUT_SOURCE_TOO_LARGE 0x4000u
-/* The packed data are damaged or cut off. Only the text before the damage was read. Packed data have no checksum, so
-   this finds only damage that makes them invalid. */
+/* The packed data is damaged or cut off. Only the text before the damage was read. Packed data has no checksum, so this
+   finds only damage that makes it invalid. */
 #define QXUT_SOURCE_DAMAGED 0x8000u
-/* Any of these means that a save in place would lose something. Changes of the encoding, the indentation, empty lines,
-   and added braces of lists that have none don't count as losses. */
+/* Any of these means that a save in place would lose something. Changes of encoding, indentation and empty lines don't
+   count as losses, nor do braces added to lists that have none. */
 #define QXUT_SOURCE_LOSSY                                                                                              \
     (QXUT_SOURCE_FOREIGN | QXUT_SOURCE_TRUNCATED | QXUT_SOURCE_COMMENTS | QXUT_SOURCE_IGNORED |                        \
         QXUT_SOURCE_FLATTENED | QXUT_SOURCE_TOO_LARGE | QXUT_SOURCE_DAMAGED)

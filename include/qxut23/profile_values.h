@@ -140,19 +140,19 @@ QXUT_API int32_t ProfGetRectLTWHW(
     HPROFJOB job, HPROFLIST list, const QXWCHAR* path, ProfRect* result, const ProfRect* defaultValue);
 
 /* ---- Variants ----
-   Numbers, dates, texts, errors, flags, and arrays of variants, of texts and of these types. References are followed:
-   the value itself is written. The elements of other arrays come back empty, as do objects, records and decimals.
-   Arrays come back as arrays of variants with the lower bound 0, texts end at their first zero character, and arrays
-   nested more than 64 levels deep come back empty. Values of 101 bytes and more are compressed. */
+   A variant may be a number, date, text, error or flag, or an array of variants or texts. References are followed: the
+   value itself is written. Objects, records and decimals come back empty, as do the elements of other arrays and arrays
+   nested more than 64 levels deep. Arrays come back as arrays of variants with the lower bound 0. Texts end at their
+   first zero character. Values of 101 bytes and more are compressed. */
 
 QXUT_API void ProfAppendVariant(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const struct tagVARIANT* value);
 QXUT_API void ProfSetVariant(HPROFJOB job, HPROFLIST list, const QXWCHAR* path, const struct tagVARIANT* value);
 
-/* Stores the variant in `value`, which must be initialised. Its old value is cleared; the caller clears the new one. An
-   empty text, and a text that can't be unpacked, produce VT_EMPTY, unless `value` holds something that the system
-   doesn't convert to VT_EMPTY (VT_NULL, an array); `value` is unchanged then. Returns PROF_OK, also if nothing is done
-   because `value` is null or the job is invalid; PROF_ERR_NO_LEAF, with a copy of the default in `value` unless the
-   default is null; PROF_ERR_STOPPED. */
+/* Stores the variant in `value`, which must be initialised. Its old value is cleared; the caller clears the new one. If
+   the text is empty or can't be unpacked, `value` becomes VT_EMPTY; it is unchanged if the system can't convert its old
+   value to VT_EMPTY (VT_NULL, an array).
+   Returns PROF_OK, even if nothing was done because `value` is null or the job is invalid. Returns PROF_ERR_NO_LEAF
+   after copying the default, unless it is null, to `value`. Returns PROF_ERR_STOPPED if memory runs out. */
 QXUT_API int32_t ProfGetVariant(
     HPROFJOB job, HPROFLIST list, const QXWCHAR* path, struct tagVARIANT* value, const struct tagVARIANT* defaultValue);
 
@@ -162,8 +162,8 @@ QXUT_API int32_t ProfGetVariantFromContents(const QXWCHAR* text, struct tagVARIA
 
 /* ---- Single texts ----
    These functions parse a text without a job. They store the value of `text` in `result`, or the default if the text is
-   null or not of the type. Hexadecimal digits are accepted for colours only. An empty text is true as a flag. With a
-   null default, the result of a rectangle is unchanged. */
+   null or not of the type. Hexadecimal digits are accepted for colours only. ProfLPSTRtoBOOL stores 1 for an empty
+   text. If a rectangle needs the default and it is null, `result` is unchanged. */
 
 QXUT_API void ProfLPSTRtoBOOLA(const char* text, int32_t* result, int32_t defaultValue);
 QXUT_API void ProfLPSTRtoBOOLW(const QXWCHAR* text, int32_t* result, int32_t defaultValue);

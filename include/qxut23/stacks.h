@@ -1,7 +1,7 @@
 /* Stack traces and lists of modules.
  *
- * The first two functions write them to the debug output (see debug.h). They do nothing while no debug output is
- * received. They may be called from any thread and don't change the stack, the program or its modules.
+ * The first two functions write to the debug output (see debug.h). They do nothing while no debug output is received.
+ * They may be called from any thread and don't change the stack, the program or its modules.
  *
  * The others deliver lists of records with symbols, source lines, parameters and local variables, through a job. Only
  * one job of the process has a session of the debug-help library at a time. A job is used by one thread at a time,
@@ -25,8 +25,8 @@ QXUT_EXTERN_C_BEGIN
 QXUT_API void UtilStackTrace(uint32_t reserved, uint32_t skip);
 
 /* Writes the modules of the process in the order of their addresses, as a block with the heading "Memory image
-   addresses of modules:" and a line "0xFIRST-0xLAST: PATH" for each. The addresses are hexadecimal and those of the
-   first region of the module: the pages at its base that have the same protection. */
+   addresses of modules:" and a line "0xFIRST-0xLAST: PATH" for each. The hexadecimal addresses are those of the
+   module's first region: the pages at its base that have the same protection. */
 QXUT_API void UtilListModules(void);
 
 /* A parameter or local variable of a frame. */
@@ -40,7 +40,7 @@ typedef struct DBGParameter
         uint64_t number;     /* kinds 0 (32 bits), 1, 3 (signed), 8 (a pointer); kind 2 is a signed 32-bit number */
         double real;         /* kind 4 */
         const char* narrow;  /* kind 5; points into the walked program and may be invalid */
-        const QXWCHAR* wide; /* kinds 6 and 7; as kind 5. A text that begins with "@@@" describes the variable */
+        const QXWCHAR* wide; /* kinds 6 and 7; may be invalid, too. "@@@" at the beginning marks a description */
     } value;
     char name[64];
 } DBGParameter;
@@ -52,16 +52,16 @@ typedef struct DBGStackTraceItem
     uint32_t addressOnly;  /* 1: only the address and the module are known */
     uint64_t address;      /* the frame's instruction address: a return address, except in the innermost frame */
     char symbol[1024];     /* the linker's name; empty if there is no symbol */
-    char name[1024];       /* readable, without parameters */
-    char fullName[1024];   /* readable */
+    char name[1024];       /* the readable name, without parameters */
+    char fullName[1024];   /* the readable name, with parameters */
     uint64_t displacement; /* from the symbol's start */
     uint32_t lineDisplacement;
     uint32_t line;
     char file[260]; /* empty if the line isn't known */
     char symbolType[1024];
     uint64_t moduleBase;
-    char module[1024];      /* its name; the path if only the address is known */
-    int32_t parameterCount; /* 4 without a symbol; at most 50 */
+    char module[1024];      /* name of the module, or its path if only the address is known */
+    int32_t parameterCount; /* at most 50; 4 if there is no symbol */
     DBGParameter parameters[50];
 } DBGStackTraceItem;
 
@@ -102,7 +102,7 @@ struct IDBGStackTraceList
     virtual int32_t QXUT_COMCALL IsEmpty() = 0;
 };
 
-/* In the order of the base addresses. */
+/* A list of modules in the order of their base addresses. */
 struct IDBGModuleList
 {
     virtual QXHRESULT QXUT_COMCALL QueryInterface(const struct _GUID& iid, void** object) = 0;
@@ -159,8 +159,8 @@ typedef struct IDBGModuleListVtbl
 
 typedef struct QxDebugHelpJob* HDEBUGHELPJOB;
 
-/* Opens a job. While another job is open, it waits up to 5 s for that job to be closed; after that the job has no
-   session, and its functions return 0. Returns null only if memory runs out.
+/* Opens a job. While another job is open, the call waits up to 5 s for that job to be closed. If it isn't closed by
+   then, the new job has no session, and its functions return 0. Returns null only if memory runs out.
 
    The job's own thread holds the section of UtilGetDBGHELPThreadingCS until the job is closed. Don't hold that section
    while you open a job, and don't enter it while your thread has a job open. */
@@ -179,10 +179,10 @@ QXUT_API void UtilDebugHelpSetOption(HDEBUGHELPJOB job, uint32_t key, uint32_t v
 /* Walks the stack of a context (a CONTEXT of the system), which isn't changed. With a null context, walks the calling
    thread's own stack. Stores a list, which the caller releases. Returns 1 on success, and 0 with a null list if the job
    is null or has no session, if memory runs out, or if the walk takes longer than 60 s. In the last case the job is
-   lost, and no later job has a session. */
+   unusable, and no later job has a session. */
 QXUT_API int32_t UtilDebugHelpGetStackTrace(HDEBUGHELPJOB job, struct IDBGStackTraceList** list, const void* context);
 
-/* Stores a list of the modules of the process, which the caller releases. Returns as above. */
+/* Stores a list of the modules of the process, which the caller releases. Returns like UtilDebugHelpGetStackTrace. */
 QXUT_API int32_t UtilDebugHelpGetModuleList(HDEBUGHELPJOB job, struct IDBGModuleList** list);
 
 /* Store the address of a critical section of the system that lives as long as the library: the one that is held while a

@@ -30,8 +30,8 @@ QXUT_API void UtilTempFileMgrClose(void);
    attempt is made immediately. Does nothing if the path is null or the file doesn't exist. */
 QXUT_API void UtilTempFileMgrAdd(const QXWCHAR* fileName);
 
-/* Bits of `flags` for UtilTempFileMgrCreateFile. Other bits are ignored. */
-#define QXUT_TEMPFILE_LONG_PATH 1 /* long form of the temp folder if "trelmo" is unusable */
+/* A flag for UtilTempFileMgrCreateFile, kept for compatibility. All flags are ignored. */
+#define QXUT_TEMPFILE_LONG_PATH 1 /* long form of the temp folder's path, which is always used */
 
 /* Creates an empty file with a new name that consists of "_23_", the prefix, hex digits, a dot and the extension (with
    or without a leading dot). The file exists until somebody deletes it, for example UtilTempFileMgrAdd. `fileName` is

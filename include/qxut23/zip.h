@@ -79,11 +79,11 @@ QXUT_API int32_t UtilZIPClose(HZIPFILE zip);
    returns codes instead. If each module has its own runtime library, as usual on Windows, std::uncaught_exceptions() is
    off by one afterwards.
    what() is "Error loading zip file!" if the archive is missing, can't be opened, is a pipe or a device, or is not a
-   ZIP archive. Otherwise it is a UTF-8 text with the reason, which names the entry. Such entries are skipped and all
-   others are extracted; the text is about the first one and ends with the number of the others, as in "(and 2 more)":
+   ZIP archive. Otherwise it is a UTF-8 text that names the first entry that was skipped and the reason, and ends with
+   the number of other skipped entries, as in "(and 2 more)". All other entries are extracted. An entry is skipped if
      - its name is absolute, has a drive or "..", or passes through a link in the folder;
      - a component of its name isn't a valid file name: on windows because of its characters or because it is the name
-   of a device, on linux because it is longer than 255 bytes;
+       of a device, on linux because it is longer than 255 bytes;
      - it is a link that may lead out of the folder; on windows, any link;
      - it is encrypted, or uses another compression method;
      - it is damaged: the data can't be decompressed, or doesn't match the entry's size or checksum;

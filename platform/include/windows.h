@@ -22,7 +22,6 @@
 #include <stringapiset.h>
 #include <synchapi.h>
 #include <sysinfoapi.h>
-#include <threadpoolapiset.h>
 #include <timeapi.h>
 #include <timezoneapi.h>
 #include <winbase.h>

@@ -277,32 +277,6 @@ typedef LONG(NTAPI* PVECTORED_EXCEPTION_HANDLER)(PEXCEPTION_POINTERS ExceptionIn
 
 typedef void(NTAPI* PAPCFUNC)(ULONG_PTR Parameter);
 
-// Thread pools.
-
-typedef struct _TP_POOL TP_POOL, *PTP_POOL;
-typedef struct _TP_CLEANUP_GROUP TP_CLEANUP_GROUP, *PTP_CLEANUP_GROUP;
-typedef struct _TP_WORK TP_WORK, *PTP_WORK;
-typedef struct _TP_CALLBACK_INSTANCE TP_CALLBACK_INSTANCE, *PTP_CALLBACK_INSTANCE;
-
-typedef void(NTAPI* PTP_WORK_CALLBACK)(PTP_CALLBACK_INSTANCE Instance, PVOID Context, PTP_WORK Work);
-typedef void(NTAPI* PTP_SIMPLE_CALLBACK)(PTP_CALLBACK_INSTANCE Instance, PVOID Context);
-typedef void(NTAPI* PTP_CLEANUP_GROUP_CANCEL_CALLBACK)(PVOID ObjectContext, PVOID CleanupContext);
-
-// Versions 1 (which ends before CallbackPriority) and 3.
-typedef struct _TP_CALLBACK_ENVIRON
-{
-    DWORD Version;
-    PTP_POOL Pool;
-    PTP_CLEANUP_GROUP CleanupGroup;
-    PTP_CLEANUP_GROUP_CANCEL_CALLBACK CleanupGroupCancelCallback;
-    PVOID RaceDll;
-    struct _ACTIVATION_CONTEXT* ActivationContext;
-    PTP_SIMPLE_CALLBACK FinalizationCallback;
-    DWORD Flags;
-    int CallbackPriority;
-    DWORD Size;
-} TP_CALLBACK_ENVIRON, *PTP_CALLBACK_ENVIRON;
-
 EXTERN_C_END
 
 // For loops that spin until another processor makes progress.

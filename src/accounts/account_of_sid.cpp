@@ -41,7 +41,7 @@ ByteBlock BytesOfSid(const String& sid)
     return bytes;
 }
 
-// The second byte determines the length of the rest.
+// Returns true if the bytes contain a complete identifier. The second byte determines its length.
 bool IsWholeSid(const ByteBlock& bytes)
 {
     return bytes.size() >= kSidHead && bytes.size() >= kSidHead + bytes.data()[1] * kSubauthoritySize;

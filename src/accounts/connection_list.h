@@ -32,8 +32,8 @@ public:
     // Returns false if the system can't list the connections.
     bool IsOpen() const { return _walk != nullptr; }
 
-    // Reads the first connections, enlarging the block if the system names a larger size. Returns false if reading
-    // fails even so. No connections at all is no failure. Without this call, Find doesn't enlarge the block.
+    // Reads the first connections, enlarging the block if the system requires it. Returns false if reading still fails.
+    // An empty list isn't a failure. Without this call, Find doesn't enlarge the block.
     bool ReadFirst();
 
     // Finds the next connection that `isWanted` accepts. Returns false if there is none up to the end of the list or

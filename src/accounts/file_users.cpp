@@ -103,7 +103,7 @@ bool ListFiles(const String& server, clsNetAPI32& network, Collector& collector)
         const bool hasBlock = (status == NERR_Success || status == ERROR_MORE_DATA) && block != nullptr;
         for (DWORD i = 0; hasBlock && i < read; ++i)
             collector.Add(reinterpret_cast<const FILE_INFO_3*>(block)[i]);
-        // A server that promises more and delivers nothing would keep the caller forever.
+        // A server that announces more files but returns none would block the caller forever.
         if (status == ERROR_MORE_DATA && (!hasBlock || read == 0))
             return false;
     }

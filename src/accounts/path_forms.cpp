@@ -19,8 +19,8 @@ namespace
 
 constexpr DWORD kUniversalNameSize = 1024;
 
-// Returns true for a path of one line that begins with a drive letter. Without a pattern, which would serialise
-// callers.
+// Returns true for a path of one line that begins with a drive letter. Doesn't use a pattern, because a pattern
+// serialises its callers.
 bool IsOnDrive(std::wstring_view path)
 {
     const wchar_t letter = path.empty() ? L'\0' : static_cast<wchar_t>(path[0] | 0x20);
@@ -56,7 +56,7 @@ bool EnsureLocalPath(const String& path, String& result)
     static clsRegEx& pattern = MakeForever<clsRegEx>(L"^(\\\\\\\\(?:.*?)\\\\(?:.*?))(\\\\.*|)$", 0U);
     String local = NormalizePath(path);
     clsRegExMatchList groups;
-    // A pattern serialises its callers, and most paths aren't on a share.
+    // Checks the prefix first, because a pattern serialises its callers and most paths aren't on a share.
     if (local.View().starts_with(L"\\\\") && pattern.Match(local, &groups))
     {
         ConnectionList connections;

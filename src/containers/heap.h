@@ -6,9 +6,9 @@
 namespace qx
 {
 
-// Allocates the nodes of a container: the default for the `Memory` argument of the lists. A type with the same two
-// functions replaces it. A list whose nodes are freed by another component needs the allocator of that component.
-// Releasing null does nothing.
+// Allocates the nodes of a container: the default for the `Memory` argument of the lists. Any type with the same two
+// functions can replace it, for example the allocator of another component that frees the nodes. Releasing null does
+// nothing.
 struct WCHeap
 {
     static void* Allocate(std::size_t bytes) { return ::operator new(bytes); }

@@ -1,4 +1,4 @@
-// Numbers in the bytes of a file.
+// Reads numbers from the bytes of a file.
 #pragma once
 
 #include <cstdint>

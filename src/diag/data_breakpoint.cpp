@@ -16,7 +16,7 @@ constexpr unsigned kOnWrite = 1;
 constexpr unsigned kOnAccess = 3;
 constexpr unsigned kNoCode = 4;
 
-// The field of a size in the control register.
+// Returns the length field of the control register for a size.
 unsigned LengthCode(std::uint32_t size)
 {
     switch (size)
@@ -47,7 +47,7 @@ constexpr DWORD64 EnableBit(int slot)
     return DWORD64{1} << (2 * slot);
 }
 
-// The condition, the length and the enable bit of a slot in the control register.
+// Returns the bits of a slot in the control register: condition, length and enable bit.
 constexpr DWORD64 ControlBits(int slot, DWORD64 condition, DWORD64 lengthCode)
 {
     return EnableBit(slot) | (condition | lengthCode << 2) << (16 + 4 * slot);

@@ -10,7 +10,7 @@ namespace qx
 using DataBreakpoint = std::int32_t;
 constexpr DataBreakpoint kNoSlot = -1;
 
-// Takes the first free slot of the calling thread. The thread's debug registers are the only record of what is taken.
+// Takes the first free slot of the calling thread. The slots in use are recorded only in the thread's debug registers.
 // Returns kNoSlot on failure; the reason is written to the debug output. Sizes are 1, 2, 4 or 8 bytes.
 DataBreakpoint SetDataBreakpoint(std::uint64_t address, std::uint32_t size, bool isWriteOnly);
 

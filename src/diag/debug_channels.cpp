@@ -197,7 +197,8 @@ bool clsDebugChannels::Send(
     return true;
 }
 
-// Sends time, thread and depth next to the text, so that the lock is held only while the line is sent.
+// Sends time, thread and depth separately from the text. Formats the text without the lock, which is held only while
+// the line is sent.
 void clsDebugChannels::SendData(
     const wchar_t* moduleTag, int depth, bool changesDepth, const wchar_t* format, va_list arguments)
 {
@@ -264,7 +265,7 @@ void DebugLineTagged(const wchar_t* moduleTag, int indentChange, const wchar_t* 
 namespace
 {
 
-// The installation repair program writes no lines about its start and end.
+// Returns true for the installation repair program, which writes no lines about its start and end.
 bool IsQuietProcess(std::size_t comparedCharacters)
 {
     return _wcsnicmp(ProcessPaths().file.Text(), L"resmender", comparedCharacters) == 0;

@@ -40,7 +40,7 @@ public:
     // thread held it, the sinks are removed without a last line.
     void Close(void (*writeLastLine)() = nullptr);
 
-    // Implements the attach test.
+    // Returns true if there is a log file or a recording monitor.
     bool IsActive() override;
 
     // Writes a line. `moduleTag` may be null or empty. Only the sign of `indentChange` matters. A null format changes
@@ -77,7 +77,7 @@ private:
     scLOGTAPInfoAppLocal* const _pLOGTAPInfoAppLocal = &_ownInfo;
     unsigned long long _lastCheck = 0;
     DebugLogFile _logFile;
-    std::atomic<bool> _hasLogFile = false; // lets the attach test work without the lock
+    std::atomic<bool> _hasLogFile = false; // allows IsActive to work without the lock
     std::atomic<int> _outputGuard = 0;
     DebugMonitor* _monitor = nullptr;
     DebugTimeSource _timeSource;

@@ -12,7 +12,7 @@ namespace qx
 class DebugMonitor
 {
 public:
-    // Part of the attach test: detects a monitor that was started or restarted.
+    // Called by IsActive of the debug output. Detects a monitor that was started or restarted.
     virtual void Search() = 0;
 
     // Returns true if a monitor is running and currently wants lines.

@@ -26,7 +26,8 @@ public:
     {
     }
 
-    // Decided once, at the first call, by the user's setting ForceUsePerfCounters.
+    // Returns true if the counter is used. The user's setting ForceUsePerfCounters decides this once, at the first
+    // call.
     bool UsesCounter();
     // Returns the milliseconds since the counter was selected.
     long long Elapsed() const;

@@ -22,7 +22,7 @@ namespace
 constexpr unsigned kPatience = 100; // ms
 constexpr UINT kSimpleBeep = 0xFFFFFFFF;
 
-// Works for names of any length.
+// Returns true if the name contains a folder or a drive. Works for names of any length.
 bool HasFolder(const String& name)
 {
     return name.View().find_first_of(L"\\/") != std::wstring_view::npos || name.CharAt(1) == L':';
@@ -33,7 +33,7 @@ bool OpenPatiently(clsFileRW& file, const String& name)
     const unsigned long long limit = UtilGetTicks() + kPatience;
     while (file.Open(name, FileAccess::Write, FileDisposition::OpenAlways, FileShare::Read, kFileAttributeNormal) != 0)
     {
-        // A pipe or device stays what it is.
+        // Another attempt is pointless for a pipe or a device.
         if (GetLastError() == ERROR_BAD_FILE_TYPE || UtilGetTicks() >= limit)
             return false;
         Sleep(0);

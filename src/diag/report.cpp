@@ -13,7 +13,7 @@ namespace
 
 constexpr std::size_t kLineCapacity = 1025;
 
-// Entered for each line, and by each block until it is closed.
+// Returns the lock that each line takes and that each block holds until it is closed.
 clsCriticalSection& ReportLock()
 {
     static clsCriticalSection& lock = MakeForever<clsCriticalSection>();
@@ -23,7 +23,7 @@ clsCriticalSection& ReportLock()
 int reportDepth = 0;
 wchar_t reportText[kLineCapacity]; // static, because a heap may report with little stack left
 
-// A line for which there is no memory is lost, but the operation that reports goes on.
+// Writes a line. If memory runs out, the line is lost, but the reporting operation continues.
 void WriteReportLine(const wchar_t* format, va_list arguments)
 {
     try

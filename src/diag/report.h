@@ -1,4 +1,4 @@
-// The lines and blocks of reports about heaps and modules, with a nesting of their own in the whole process. Any thread
+// The lines and blocks of reports about heaps and modules, with a process-wide nesting level of their own. Any thread
 // may write a report; others wait until its blocks are closed.
 #pragma once
 
@@ -7,14 +7,14 @@
 namespace qx
 {
 
-// Writes a line at the present depth if the debug output is active.
+// Writes a line at the current level if the debug output is active.
 void ReportLine(const wchar_t* format, ...);
 
-// A line and the lines that follow it as long as the object exists, one level deeper.
+// Writes a line and raises the level of the lines that follow while the object exists.
 class ReportBlock
 {
 public:
-    // Opens nothing.
+    // Creates a closed block.
     ReportBlock() = default;
     explicit ReportBlock(const wchar_t* format, ...);
     ReportBlock(const ReportBlock&) = delete;

@@ -14,7 +14,7 @@ clsVariant ToLocalDate(const SYSTEMTIME& utc)
     FILETIME fileTime = {};
     VARIANT date{};
     date.vt = VT_DATE;
-    // The detour by way of FILETIME refuses what is no day of the calendar.
+    // The conversion to FILETIME and back rejects dates that don't exist in the calendar.
     if (!SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local) || !SystemTimeToFileTime(&local, &fileTime) ||
         !FileTimeToSystemTime(&fileTime, &local) || !SystemTimeToVariantTime(&local, &date.date))
         return clsVariant();

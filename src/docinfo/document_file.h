@@ -6,8 +6,8 @@
 namespace qx
 {
 
-// A document opened for reading. Others may read it at the same time. Its owner destroys it, although readers may pass
-// it to the system as a stream.
+// A document opened for reading. Others may read it at the same time. The owner destroys the object; releasing the last
+// reference doesn't, because readers may pass it to the system as a stream.
 class clsDocFile : public clsFileRO
 {
 public:
@@ -16,11 +16,11 @@ public:
     {
         SetDeleteOnLastRelease(false);
     }
-    // Reads from a stream instead.
+    // Reads the document from a stream.
     explicit clsDocFile(IStream* stream) : clsFileRO(stream) { SetDeleteOnLastRelease(false); }
 };
 
-// Reads the time of the last write. Returns false if the system doesn't tell.
+// Reads the time of the last write. Returns false if the system doesn't report it.
 bool GetLastWriteTime(clsFile& file, FILETIME& time);
 
 } // namespace qx

@@ -17,16 +17,16 @@ namespace
 {
 
 constexpr std::uint32_t kMillisecondsPerSecond = 1000;
-constexpr DWORD kRound = 1000;      // ms between two looks of the list's thread
+constexpr DWORD kRound = 1000;      // ms between two checks by the list's thread
 constexpr DWORD kWaitForRoom = 100; // ms
 
-// As a wait, the largest result has no limit.
+// Converts seconds to milliseconds. The largest result, used as a wait, means no limit.
 std::uint32_t Milliseconds(std::uint32_t seconds)
 {
     return seconds > UINT32_MAX / kMillisecondsPerSecond ? UINT32_MAX : seconds * kMillisecondsPerSecond;
 }
 
-// A partially read record must not count as valid.
+// Reads the document, and forgets it on failure, because a partially read record must not count as valid.
 void ReadOrForget(clsDocu& record, std::uint64_t readBefore)
 {
     try
@@ -79,7 +79,7 @@ void DocumentCache::RemoveExpired(std::uint64_t now)
 
 clsDocuList::clsDocuList(std::uint32_t cacheSeconds) : clsThreadBase(L"DocuList::Reload"), _cacheSeconds(cacheSeconds)
 {
-    _readers.reserve(kMostReaders); // a reader that can't be kept would have to be waited for
+    _readers.reserve(kMostReaders); // storing a reader must not fail, or its caller would have to wait for it
 }
 
 clsDocuList::~clsDocuList()
@@ -113,13 +113,13 @@ clsAutoRelease<clsDocu*> clsDocuList::FindOrMake(const String& key, std::uint32_
     return record;
 }
 
-// A local document is read with the record's section held, so that a second caller finds a valid record. One on a share
-// may take as long as the system waits for the server, so it is read without the section.
+// A local document is read with the record's section held, so that a second caller waits and finds a valid record. A
+// document on a share is read without the section, because that may take as long as the system waits for the server.
 void clsDocuList::Refresh(clsDocu& record)
 {
     if (!record.refreshable || record.IsValidAt(UtilGetTicks()))
         return;
-    // Without the section: the system may have to ask the network. A record's path never changes.
+    // Called without the section, because the system may access the network. A record's path never changes.
     String path = PathToRead(record.path);
     const IString share = path.IsEmpty() ? IString() : ResolveShare(path);
     std::uint64_t readBefore = 0;
@@ -160,14 +160,14 @@ void clsDocuList::RefreshFromShare(clsDocu& record, const IString& share, std::u
 void clsDocuList::ReadFromShare(clsDocu& record, const IString& share, std::uint64_t readBefore)
 {
     if (IsShareUnreachable(share, false))
-        return; // with the old contents
+        return; // the record keeps its old contents
     std::unique_ptr<clsDocuAsync> reader;
     {
         const clsCriticalSectionLock lock(record.Section());
         reader = std::make_unique<clsDocuAsync>(record, readBefore);
     }
     if (IsShareUnreachable(share, true))
-        return; // another caller has found out in the meantime
+        return; // another caller has found the share unreachable in the meantime
     if (!reader->Run())
     {
         KeepReader(std::move(reader));
@@ -177,7 +177,7 @@ void clsDocuList::ReadFromShare(clsDocu& record, const IString& share, std::uint
     reader->GiveResults();
 }
 
-// Waits until there is room for one more reader that nobody waits for.
+// Keeps a reader that nobody waits for any more. Waits until there is room for it.
 void clsDocuList::KeepReader(std::unique_ptr<clsDocuAsync> reader)
 {
     clsCriticalSectionLock lock(_section);
@@ -207,7 +207,7 @@ unsigned clsDocuList::ThreadProc()
         }
         catch (const std::bad_alloc&)
         {
-            // The next round may have memory again.
+            // Memory may be available again in the next round.
         }
     return 0;
 }

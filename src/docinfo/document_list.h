@@ -25,9 +25,9 @@ struct PathHash
     KeyedHash hash = KeyedHash::Random();
 };
 
-// The records of a list by their keys, which compare without regard to the case of A to Z. Any thread may use it. A
-// hash table, because 100,000 paths that begin alike are expensive to compare, and hashed with a key, because files get
-// their names from strangers.
+// The records of a list by their keys, which are compared without regard to the case of A to Z. Any thread may use it.
+// It is a hash table, because comparing 100,000 paths with the same beginning is expensive. The hash has a secret key,
+// because file names may come from untrusted sources.
 class DocumentCache
 {
 public:
@@ -42,14 +42,14 @@ private:
     std::unordered_map<IString, clsAutoRelease<clsDocu*>, PathHash> _records;
 };
 
-// With a cache, the list's own thread drops expired records once a second. It starts with the first record. Any thread
-// may use a list, except that it must be destroyed by the last one.
+// With a cache, the list's own thread drops expired records once a second. The first record starts the thread. Any
+// thread may use a list, but no other thread may use it while it is destroyed.
 class clsDocuList : public clsThreadBase
 {
 public:
     static constexpr std::size_t kMostReaders = 20;
 
-    // 0 seconds turn the cache off.
+    // With 0 seconds there is no cache.
     explicit clsDocuList(std::uint32_t cacheSeconds);
     // Waits for the list's thread and for all readers that are still running.
     ~clsDocuList() override;
@@ -69,9 +69,9 @@ private:
     void DropEndedReaders();
 
     const std::uint32_t _cacheSeconds;
-    clsCriticalSection _section; // of the list as a whole; taken before the cache's
+    clsCriticalSection _section; // guards the list as a whole; entered before the cache's section
     DocumentCache _cache;
-    std::vector<std::unique_ptr<clsDocuAsync>> _readers; // those that their callers no longer wait for
+    std::vector<std::unique_ptr<clsDocuAsync>> _readers; // readers whose callers no longer wait
 };
 
 } // namespace qx

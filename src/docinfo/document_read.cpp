@@ -19,7 +19,7 @@ namespace qx
 namespace
 {
 
-// Takes the section at the first write to the record, if there is one.
+// Enters the section, if there is one, before the first write to the record, and leaves it at the end of the scope.
 class LateLock
 {
 public:
@@ -55,7 +55,8 @@ bool Reopen(clsDocu& record, clsDocFile& file)
     return file.IsOpen();
 }
 
-// The next look reads the file again, because the system may find more in the meantime.
+// Reads the shell's index. Returns false if it has no texts about the file. Otherwise the next request reads the file
+// again, because the index may contain more by then.
 bool ReadIndex(clsDocu& record)
 {
     record.reader = L"shell index";
@@ -68,7 +69,7 @@ bool ReadIndex(clsDocu& record)
     return false;
 }
 
-// Returns false on failure; then the reader table decides.
+// Reads a compound file. Returns false on failure; the reader table decides then.
 bool ReadStorage(clsDocu& record)
 {
     const bool isMessage = GetPathExtension(record.resolvedPath) == L".msg";
@@ -83,7 +84,7 @@ void ReadContents(clsDocu& record, clsDocFile& file)
 {
     record.reader = nullptr;
     record.remark.Empty();
-    // The shell and storages open the file in their own modes of sharing.
+    // The shell and storages open the file with their own sharing modes.
     if (HasShellIndex())
     {
         file.Close();
@@ -133,7 +134,8 @@ void ReadDocument(clsDocu& record, std::uint64_t readBefore, clsCriticalSection*
     SYSTEMTIME time = kNoTime;
     if (!FileTimeToSystemTime(&written, &time))
         time = kNoTime;
-    // The record already has the tick of this refresh. A record that was cleared or whose file was in use had none.
+    // An unchanged file isn't read again. `readBefore` is 0 if the record was cleared or its file was in use at the
+    // last refresh.
     if (readBefore != 0 && std::memcmp(&time, &record.fileTime, sizeof time) == 0)
         return;
     record.fileTime = time;

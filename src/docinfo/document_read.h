@@ -9,13 +9,12 @@
 namespace qx
 {
 
-// First the system's property store, if it has one, may know the document. Compound files go to the reader of property
-// sets, and those with the extension ".msg" to the one of messages; if it fails, and for all other files, the reader
-// table decides.
-//
 // Reads the file at the record's resolved path if it has changed since it was last read. `readBefore` is the tick of
-// the refresh before this one, or 0 if there was none. With a section, the record isn't changed before the section is
-// taken, and the section is then held until the end.
+// the refresh before this one, or 0 if there was none. If there is a section, it is entered before the record is
+// changed and held until the end.
+//
+// Tries in this order: the system's property store, if there is one; for compound files, the reader of messages
+// (extension ".msg") or of property sets; the reader from the reader table.
 void ReadDocument(clsDocu& record, std::uint64_t readBefore, clsCriticalSection* section);
 
 } // namespace qx

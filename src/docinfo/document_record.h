@@ -1,4 +1,4 @@
-// What is known about one document.
+// The record of one document.
 #pragma once
 
 #include "core/critical_section.h"
@@ -20,8 +20,8 @@ class clsDocuList;
 // A document's record. Readers fill in the public fields, dates in UTC or kNoTime. The texts are VT_EMPTY until a
 // reader sets them, then VT_BSTR.
 //
-// The list may hand the record to several threads. Whoever reads or writes its fields holds Section(), except for a
-// private copy that only one thread knows.
+// The list may return the record to several threads. A thread that reads or writes its fields must hold Section(),
+// unless the record is a private copy of that thread.
 class clsDocu : public clsIUnknownImpl
 {
 public:
@@ -29,7 +29,7 @@ public:
     // only reference.
     static clsAutoRelease<clsDocu*> Create(
         const String& key, clsDocuList* owner, std::uint32_t lifetime, std::uint32_t timeout);
-    // A new record with the same values.
+    // Returns a new record with the same values.
     clsAutoRelease<clsDocu*> Copy() const;
 
     HRESULT STDMETHODCALLTYPE NonDelegatingQueryInterface(REFIID iid, void** object) override;
@@ -38,11 +38,11 @@ public:
     virtual void OnChanged() {}
     virtual ~clsDocu() = default;
 
-    // Empties the fields; the record counts as invalid. The reader and its remark stay, to explain why.
+    // Empties the fields and makes the record invalid. The reader and its remark are kept to explain why.
     void Clear();
     // Clears the record because there was nothing to read.
     void Forget();
-    // Takes over what another record of the same key read, and its state.
+    // Copies the values and the state of another record with the same key.
     void TakeValues(const clsDocu& other);
     // Returns true if the record was read at most `lifetime` milliseconds before `now`.
     // Needs no section.
@@ -79,7 +79,7 @@ public:
     std::uint32_t timeout = 0;
     std::atomic<bool> refreshable = true; // while false, a refresh does nothing
 
-    const wchar_t* reader = nullptr; // the name of the reader that took the file; a literal
+    const wchar_t* reader = nullptr; // the name of the reader chosen for the file; a literal
     String remark;                   // the first message of the reader
 
 private:

@@ -17,14 +17,14 @@ namespace qx
 // default 8-bit code page. Returns false if the bytes can't be read.
 bool ReadFirstText(FileWindow& file, String& text);
 
-// Returns a text from the default 8-bit code page. It ends at the first zero byte.
+// Converts bytes in the default 8-bit code page to text, up to the first zero byte.
 String TextOfBytes(const std::uint8_t* bytes, std::size_t count);
 
-// Reads a text of at most this many bytes up to its first zero character, whose size is `unit` bytes. In steps, because
-// a text may end long before its length.
+// Reads a text of at most `most` bytes up to its first zero character. A character has `unit` bytes. The text is read
+// in steps, because it may end long before `most`.
 std::string ReadToZero(FileWindow& file, std::uint64_t begin, std::size_t most, std::size_t unit);
 
-// Returns a text from UTF-16. An odd last byte is left out.
+// Converts UTF-16 bytes to text. An odd last byte is ignored.
 String WideTextOfBytes(std::string_view bytes);
 
 } // namespace qx

@@ -29,7 +29,7 @@ std::optional<std::wstring_view> Between(std::wstring_view text, std::wstring_vi
     return text.substr(inner, stop - inner);
 }
 
-// Returns the position after white space, of which there must be some, or kNotFound.
+// Returns the position after the white space at `from`, or kNotFound if there is none.
 std::size_t AfterSpace(std::wstring_view text, std::size_t from)
 {
     const std::size_t end = SkipSpace(text, from);

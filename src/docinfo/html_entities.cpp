@@ -41,12 +41,12 @@ TextBuffer DecodeNames(std::wstring_view text)
     return result.append(text, done);
 }
 
-// Matches "&#" and digits, or "&#x" and two to four hexadecimal digits, at the end of the text. Returns the position of
-// the ampersand and the value.
+// A numeric reference at the end of a text: "&#" and digits, or "&#x" and two to four hexadecimal digits. `begin` is
+// the position of the ampersand.
 struct Reference
 {
     std::size_t begin;
-    wchar_t value; // 0: the reference vanishes
+    wchar_t value; // 0: the reference is removed
 };
 
 std::optional<Reference> ReferenceAtEnd(const TextBuffer& text)
@@ -72,14 +72,14 @@ std::optional<Reference> ReferenceAtEnd(const TextBuffer& text)
     }
     if (text.size() - digits < 2 || digits == 0 || LowerASCII(text[digits - 1]) != L'x' || !isIntroduced(digits - 1))
         return std::nullopt;
-    // Behind "&#X" the digits count as a decimal number that doesn't begin with a digit.
+    // After "&#X" the value is 0, as for a decimal number without digits.
     return Reference{digits - 3, text[digits - 1] == L'x' ? static_cast<wchar_t>(value) : L'\0'};
 }
 
 } // namespace
 
 // A reference contains one ampersand, at its beginning, and one semicolon, at its end. So references never overlap, and
-// the order in which they are decoded doesn't matter: one pass decodes each as soon as its semicolon comes up.
+// the order in which they are decoded doesn't matter: one pass decodes each as soon as it reaches the semicolon.
 TextBuffer DecodeEntities(std::wstring_view text, bool named)
 {
     const TextBuffer decodedNames = named ? DecodeNames(text) : TextBuffer();

@@ -8,9 +8,9 @@
 namespace qx
 {
 
-// Decodes the Latin-1 set of named references if `named`, removes line ends, then decodes numeric references of 16 bits
-// until there are none left, so that a decoded reference may be part of another one. A reference to 0, and one that
-// begins with "&#X", vanishes.
+// If `named`, decodes the named references of Latin-1. Then removes line ends, and decodes numeric references of 16
+// bits until none are left, so a decoded character may be part of another reference. References to 0, and references
+// that begin with "&#X", are removed.
 TextBuffer DecodeEntities(std::wstring_view text, bool named);
 
 } // namespace qx

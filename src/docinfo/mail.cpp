@@ -56,8 +56,8 @@ std::optional<std::string_view> ReadBytes(FileWindow& file, std::size_t most)
     return std::string_view(bytes, count).substr(0, std::string_view(bytes, count).find('\0'));
 }
 
-// Converts no more text than necessary. Usually that is the text up to the first empty line; in some code pages an
-// incomplete character may take a line break in, and only the text shows whether the line is empty.
+// Converts no more text than necessary, usually up to the first empty line. In some code pages an incomplete character
+// may swallow a line break, so only the converted text shows whether the line is empty.
 String ReadHeader(FileWindow& file)
 {
     for (const std::size_t most : {kUsualHeaderSize, FileWindow::kCapacity})
@@ -78,7 +78,7 @@ String ReadHeader(FileWindow& file)
     return String();
 }
 
-// Joins folded lines. The first character of a continued line goes, too.
+// Joins folded lines and removes the first character of each continuation line.
 TextBuffer Unfold(std::wstring_view header)
 {
     TextBuffer result;
@@ -104,8 +104,8 @@ bool IsEqualIgnoringCase(std::wstring_view text, std::wstring_view lowerCase)
     return text.size() == lowerCase.size() && StandsAt(text, 0, lowerCase);
 }
 
-// Numbers that are out of range leave the record's date alone. Numbers that are in range but no time of the calendar
-// make it unset.
+// Stores a date. If a number is out of range, the record's date is unchanged. If the numbers are in range but the date
+// doesn't exist, the record's date becomes unset.
 void TakeDate(clsDocu& record, std::wstring_view value)
 {
     RFC822Date date;
@@ -119,8 +119,8 @@ void TakeDate(clsDocu& record, std::wstring_view value)
     record.Created = time;
 }
 
-// A line has the form "Name: value", which is ^(.+?): (.*)$ as a pattern: a line feed may only be its last character.
-// All other lines are ignored. The last of several fields with the same name counts.
+// Stores the field of a line "Name: value", which matches the pattern ^(.+?): (.*)$ with a line feed only as its last
+// character. All other lines are ignored. If several fields have the same name, the last one counts.
 void TakeLine(clsDocu& record, std::wstring_view line)
 {
     const std::size_t end = std::min(line.find(L'\n'), line.size());

@@ -55,7 +55,8 @@ private:
         Escape
     };
 
-    // Handles one character, and what belongs to it. Returns false if the field ends at this position.
+    // Handles the current character and everything that belongs to it. Returns false if the field ends at this
+    // position.
     bool Step(wchar_t c)
     {
         switch (_state)
@@ -110,7 +111,7 @@ private:
         return true;
     }
 
-    // An encoded word replaces the character in front of it.
+    // Handles a character inside a comment. If an encoded word follows, the word replaces the character.
     void StepComment(wchar_t c)
     {
         if (c == L')')
@@ -131,7 +132,8 @@ private:
             ++_position;
     }
 
-    // Text directly in front of the word is still collected and follows it.
+    // Appends the encoded word at the current position, if there is one. Text directly before the word is still being
+    // collected, so it ends up after the word.
     bool TakeWord()
     {
         const std::optional<EncodedWord> word = _words.At(_position);
@@ -152,7 +154,8 @@ private:
             ++_position;
     }
 
-    // Mail servers write "<EX:...>" for addresses that only they understand.
+    // Ends an address in angle brackets. "<EX:...>" is dropped: mail servers write it for addresses that only they
+    // understand.
     void FinishAngle()
     {
         if (_token.starts_with(L"<EX:"))
@@ -184,8 +187,8 @@ private:
         _state = State::Plain;
     }
 
-    // Inside of quotes and comments the token contains at least what began them, so no end of a field leaves one that
-    // is empty.
+    // Ends the field. The token of an unfinished quotation or comment is never empty, because it contains the opening
+    // character.
     void End()
     {
         if (_token.empty())
@@ -211,7 +214,7 @@ private:
     WCValDList<clsParseItem> _items;
 };
 
-// The characters of an atom. They include the quote, so a quoted string may also be part of an atom.
+// Returns true for the characters of an atom. The quote is one of them, so a quoted string may also be part of an atom.
 bool IsAtomCharacter(wchar_t c)
 {
     return (c == L'\0' || !IsControl(c)) && std::wstring_view(L"()<>@,;:\\[] ").find(c) == kNotFound;
@@ -225,7 +228,7 @@ std::size_t AtomEnd(std::wstring_view text, std::size_t begin, bool withDots)
     return end;
 }
 
-// Returns `begin` if no quoted string begins there.
+// Returns the end of the quoted string at `begin`, or `begin` if there is none.
 std::size_t QuotedEnd(std::wstring_view text, std::size_t begin)
 {
     if (begin >= text.size() || text[begin] != L'"')
@@ -234,9 +237,9 @@ std::size_t QuotedEnd(std::wstring_view text, std::size_t begin)
     return quote == kNotFound ? begin : quote + 1;
 }
 
-// Returns true if at least two labels, with dots between them, reach from `begin` to the end of the text. A label may
-// be an atom or a quoted string, and where both are possible each may be the one that fits, so all positions are kept
-// at which a label may begin.
+// Returns true if at least two labels, with dots between them, reach from `begin` to the end of the text. A label is an
+// atom or a quoted string. Where both are possible, either may fit, so all positions at which a label may begin are
+// recorded.
 bool IsDomain(std::wstring_view text, std::size_t begin)
 {
     std::vector<bool> mayBegin(text.size() + 1, false);

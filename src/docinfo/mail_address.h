@@ -26,15 +26,15 @@ struct clsParseItem
     TextBuffer text;      // decoded
 };
 
-// Splits a field into its pieces; their texts in order are the decoded field. A control character drops all pieces in
-// front of it and ends the field.
+// Splits a field into pieces, whose texts in order form the decoded field. A control character ends the field and drops
+// all pieces before it.
 WCValDList<clsParseItem> ParseAddressField(std::wstring_view field);
 
 // Returns true if the whole text is an address: name@domain.domain...
 bool IsMailAddress(std::wstring_view text);
 
-// Decodes the international labels ("xn--...") of the domain in an address. A label that isn't valid stays as it is,
-// and so does a text without "@".
+// Decodes the international labels ("xn--...") of the domain in an address. An invalid label, or a text without "@", is
+// unchanged.
 TextBuffer DecodeMailDomain(std::wstring_view address);
 
 } // namespace qx

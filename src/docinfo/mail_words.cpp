@@ -33,7 +33,7 @@ bool Continues(std::wstring_view text, std::size_t position, std::wstring_view w
     return text.substr(position, with.size()) == with;
 }
 
-// Other characters than hexadecimal digits count as 0.
+// Returns the value of a hexadecimal digit, or 0 for any other character.
 unsigned HexValue(wchar_t c)
 {
     const int value = HexDigit(c);
@@ -89,8 +89,8 @@ std::optional<EncodedWord> EncodedWords::At(std::size_t position)
         _header.substr(text, textEnd - text), textEnd + 2 - position};
 }
 
-// Returns the position of the first "?=" or line feed, or the end of the header. A hostile header has many beginnings
-// of words in front of one end, so the last result is kept.
+// Returns the position of the first "?=" or line feed, or the end of the header. The last result is cached, because a
+// hostile header may have many beginnings of words before a single end.
 std::size_t EncodedWords::FindEnd(std::size_t from)
 {
     if (_isSearched && _searchedFrom <= from && from <= _end)

@@ -1,4 +1,4 @@
-// Encoded words in mail headers: =?charset?Q?text?= and =?charset?B?text?= (RFC 2047), and with a language behind the
+// Encoded words in mail headers: =?charset?Q?text?= and =?charset?B?text?= (RFC 2047), and with a language after the
 // charset (RFC 2231).
 #pragma once
 

@@ -17,7 +17,7 @@ namespace qx
 namespace
 {
 
-// The names are those that documents about the format use.
+// The names follow the documentation of the format.
 enum MessageProperty : std::uint16_t
 {
     kSubjectText = 0x0037,
@@ -36,7 +36,7 @@ constexpr std::size_t kPropertyRecordSize = 24;
 
 constexpr std::uint16_t kNarrowType = 0x001E;
 constexpr std::uint16_t kWideType = 0x001F;
-// Finding a recipient in a damaged file takes a step for each of those before it.
+// In a damaged file, finding a recipient takes one step per preceding recipient.
 constexpr unsigned kMostRecipients = 10'000;
 constexpr std::uint64_t kTooLong = 0x7FFFFFFF; // for a text, in bytes
 

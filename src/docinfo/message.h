@@ -9,7 +9,7 @@ namespace qx
 // The subject becomes the title, the sender the author, and the recipients the last author, separated by "; ". The date
 // of creation is the time when the message was sent. Returns 0, or the system's error if the file can't be opened.
 //
-// Texts end at 64 MB in all.
+// Reads at most 64 MB of text in total.
 int ReadMessage(clsDocu& record, const String& path);
 
 } // namespace qx

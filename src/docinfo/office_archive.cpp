@@ -50,7 +50,7 @@ int ReadOfficeArchive(clsDocu& record, FileWindow& file)
     return GetZIPFilenames(parser, file);
 }
 
-// Of several encodings, the last one counts that is in front of a "?>".
+// If there are several encodings, the last one before a "?>" counts.
 std::wstring_view DeclaredEncoding(std::wstring_view text)
 {
     static constexpr std::wstring_view kBegin = L"<?xml", kEncoding = L"encoding=\"";

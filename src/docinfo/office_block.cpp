@@ -19,7 +19,8 @@ namespace
 
 constexpr std::wstring_view kOpen = L"<o:", kClose = L"</o:";
 
-// Only texts built to be slow make it necessary to collect the closing tags again and again. Their rest is passed over.
+// How often the closing tags may be collected before the rest of the text is ignored. Only texts designed to be slow
+// reach this limit.
 constexpr int kMostCollections = 256;
 
 bool IsSameLetter(wchar_t a, wchar_t b)
@@ -27,14 +28,14 @@ bool IsSameLetter(wchar_t a, wchar_t b)
     return LowerASCII(a) == LowerASCII(b);
 }
 
-// Returns true if a tag may begin in front of a position and end behind it.
+// Returns true if a tag may begin before a position and end after it.
 bool IsInsideTag(std::wstring_view text, std::size_t position)
 {
     const std::size_t mark = text.substr(0, position).find_last_of(L"<>");
     return mark != kNotFound && text[mark] == L'<';
 }
 
-// Removes all occurrences of `piece`. Returns true if what was on both sides of one may now form a new tag.
+// Removes all occurrences of `piece`. Returns true if the text on both sides of an occurrence may now form a new tag.
 bool RemoveWithJoins(TextBuffer& text, std::wstring_view piece)
 {
     bool mayFormTags = false;
@@ -69,7 +70,7 @@ public:
 private:
     static constexpr std::uint64_t kBase = 0x9E3779B97F4A7C15;
 
-    std::vector<std::uint64_t> _hashes; // of the first n characters
+    std::vector<std::uint64_t> _hashes; // hashes of the first n characters
     std::vector<std::uint64_t> _powers;
 };
 
@@ -102,8 +103,8 @@ private:
     std::size_t _from = 0;
 };
 
-// The closing tags of a text. They are found by the hashes of their names, because hostile names may overlap, and their
-// lengths then add up to the square of the text's.
+// The closing tags of a text. They are looked up by hashes of their names: names in a hostile text may overlap, so that
+// the sum of their lengths grows with the square of the text's length.
 class ClosingTags
 {
 public:
@@ -114,7 +115,7 @@ public:
         std::sort(_tags.begin(), _tags.end());
     }
 
-    // Returns the position of the first one at `from` or later whose name is the text from `begin` to `end`, or
+    // Returns the position of the first closing tag at `from` or later whose name is the text from `begin` to `end`, or
     // kNotFound.
     std::size_t Find(std::size_t begin, std::size_t end, std::size_t from) const
     {
@@ -154,7 +155,7 @@ class ElementSearch
 public:
     explicit ElementSearch(std::wstring_view text) : _text(text) {}
 
-    // True once an element had no closing tag right behind it.
+    // Returns true once the next closing tag after an element's start didn't belong to the element.
     bool HasCollectedTags() const { return _tags.has_value(); }
 
     std::optional<Element> First()
@@ -173,8 +174,8 @@ public:
     }
 
 private:
-    // Most elements have no other element inside, so the next closing tag is theirs. The tags are only collected if one
-    // isn't; from then on nothing is searched twice.
+    // Returns the position of an element's closing tag, or kNotFound. Most elements contain no other element, so it is
+    // the next closing tag. If it isn't, all closing tags are collected; from then on nothing is searched twice.
     std::size_t FindClose(std::size_t name, std::size_t nameEnd)
     {
         if (!_tags)
@@ -225,8 +226,9 @@ void TakeElement(clsDocu& record, const Element& element)
 
 } // namespace
 
-// Each element is removed with all its repetitions before the next search, and what is left may form new elements.
-// Where it can't, the search goes on at the place of the removed element: what has no closing tag before won't get one.
+// Each element is removed with all its repetitions before the next search, and the remaining text may form new
+// elements. If it can't, the search continues at the place of the removed element, because elements before it have no
+// closing tags and won't get any.
 int ParseOfficeProperties(clsDocu& record, std::wstring_view text)
 {
     TextBuffer left(text);

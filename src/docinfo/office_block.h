@@ -8,7 +8,7 @@
 namespace qx
 {
 
-// `text` is the contents of the element <o:DocumentProperties>. Always returns 0.
+// Parses `text`, the contents of the element <o:DocumentProperties>. Always returns 0.
 int ParseOfficeProperties(clsDocu& record, std::wstring_view text);
 
 } // namespace qx

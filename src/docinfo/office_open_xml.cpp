@@ -25,7 +25,8 @@ std::optional<std::wstring_view> CoreProperties(std::wstring_view text)
     return text.substr(tagEnd + 1, end - tagEnd - 1);
 }
 
-// Returns the contents of the first element. `open` is its start tag without the ">"; other names may begin alike.
+// Returns the contents of the first element. `open` is its start tag without the ">", so elements with longer names
+// match, too.
 std::optional<std::wstring_view> ElementText(std::wstring_view text, std::wstring_view open, std::wstring_view close)
 {
     const std::size_t begin = text.find(open);

@@ -8,7 +8,8 @@
 namespace qx
 {
 
-// `text` is docProps/core.xml. Entities aren't decoded. What isn't found leaves its field alone.
+// Parses `text`, the contents of docProps/core.xml. Entities aren't decoded. A missing value leaves its field
+// unchanged.
 void ParseOfficeOpenXml(clsDocu& record, std::wstring_view text);
 
 } // namespace qx

@@ -13,7 +13,7 @@ namespace
 
 constexpr std::wstring_view kKeyword = L"<meta:keyword>", kKeywordEnd = L"</meta:keyword>";
 
-// Returns the position behind the literal, or kNotFound.
+// Returns the position after the literal, or kNotFound.
 std::size_t FindEnd(std::wstring_view text, std::wstring_view literal, std::size_t from)
 {
     const std::size_t at = from != kNotFound ? text.find(literal, from) : kNotFound;
@@ -50,7 +50,7 @@ String JoinKeywords(std::wstring_view text)
 {
     TextBuffer joined;
     bool isFirst = true;
-    std::size_t end = 0, line = 0; // the next end tag and line feed behind the position
+    std::size_t end = 0, line = 0; // the next end tag and line feed after the position
     for (std::size_t at = FindEnd(text, kKeyword, 0); at != kNotFound; at = FindEnd(text, kKeyword, at))
     {
         if (end < at)

@@ -8,7 +8,7 @@
 namespace qx
 {
 
-// `text` is meta.xml. Entities aren't decoded. What isn't found leaves its field alone.
+// Parses `text`, the contents of meta.xml. Entities aren't decoded. A missing value leaves its field unchanged.
 void ParseOpenDocument(clsDocu& record, std::wstring_view text);
 
 } // namespace qx

@@ -21,7 +21,7 @@ namespace
 
 constexpr std::size_t kTailSize = 50;
 constexpr std::size_t kMostTables = 4096;
-constexpr std::uint64_t kMostTableBytes = 16 * 1024 * 1024; // tables that share one trailer are parsed again and again
+constexpr std::uint64_t kMostTableBytes = 16 * 1024 * 1024; // tables may share a trailer, which is parsed each time
 
 // Returns the offset of the newest table, or 0.
 std::uint64_t FindStart(FileWindow& file)
@@ -49,8 +49,8 @@ std::uint64_t FindStart(FileWindow& file)
     return 0;
 }
 
-// Runs `parse` on the text at an offset and returns how many bytes it passed over. A fault is noted; what was parsed
-// before it stays.
+// Runs `parse` on the text at an offset and returns the number of parsed bytes. A syntax error becomes a remark of the
+// record; everything parsed before it is kept.
 template <class Parse>
 std::size_t ParseAt(clsDocu& record, FileWindow& file, std::uint64_t offset, std::size_t count, Parse parse)
 {
@@ -71,14 +71,8 @@ std::size_t ParseAt(clsDocu& record, FileWindow& file, std::uint64_t offset, std
     return cursor.Position();
 }
 
-std::uint64_t NumberOf(const clsVariant* value)
-{
-    constexpr double kMost = 9e15; // each whole number up to here is exact
-    return value != nullptr ? static_cast<std::uint64_t>(std::clamp(ToDouble(*value), 0.0, kMost)) : 0;
-}
-
 // Follows the tables from the newest to the oldest, and returns the number of the information dictionary's object. The
-// oldest trailer that has one decides.
+// oldest trailer that refers to one counts.
 std::optional<std::uint32_t> ReadTables(clsDocu& record, FileWindow& file, PDFOffsets& offsets)
 {
     std::optional<std::uint32_t> info;
@@ -103,6 +97,7 @@ std::optional<std::uint32_t> ReadTables(clsDocu& record, FileWindow& file, PDFOf
 
 void TakeInfo(clsDocu& record, const PDFDictionary& info)
 {
+    // Texts end at their first zero character, here and in SetText.
     const struct
     {
         const wchar_t* key;
@@ -119,9 +114,9 @@ void TakeInfo(clsDocu& record, const PDFDictionary& info)
         clsDocu::SetText(field, value != nullptr ? ToString(*value) : String());
     }
     if (const clsVariant* const created = info.Find(L"CreationDate"))
-        record.Created = ParsePDFDate(ToString(*created).View());
+        record.Created = ParsePDFDate(ToString(*created).Text());
     if (const clsVariant* const saved = info.Find(L"ModDate"))
-        record.LastSaved = ParsePDFDate(ToString(*saved).View());
+        record.LastSaved = ParsePDFDate(ToString(*saved).Text());
 }
 
 } // namespace
@@ -136,7 +131,7 @@ int ReadPDF(clsDocu& record, FileWindow& file)
     if (!place || place->first >= file.Size())
         return 0;
     const std::uint64_t length = place->second - place->first;
-    if (length > FileWindow::kCapacity)
+    if (length > std::min<std::uint64_t>(FileWindow::kCapacity, file.Size()))
         return 0;
     PDFDictionary info;
     ParseAt(record, file, place->first, static_cast<std::size_t>(length),

@@ -9,11 +9,11 @@
 namespace qx
 {
 
-// Always returns 0: faults end the reading earlier and are written to the debug output.
+// Always returns 0. Faults end the reading early and are written to the debug output.
 int ReadPDF(clsDocu& record, FileWindow& file);
 
-// Parses a date such as "D:20120304050607+01'00'", from which parts may be missing at the end, and converts it to UTC.
-// Returns kNoTime for any other text.
+// Parses a date such as "D:20120304050607+01'00'", whose last parts may be missing, and converts it to UTC. Returns
+// kNoTime for any other text.
 SYSTEMTIME ParsePDFDate(std::wstring_view text);
 
 } // namespace qx

@@ -18,7 +18,7 @@ bool ReadEntry(PDFCursor& cursor, std::int64_t& offset)
     if (!entry.ReadNumber(offset) || !entry.ReadNumber(generation))
         return false;
     entry.SkipSpace();
-    // A digit would be the header of another subsection.
+    // A digit would begin the header of another subsection.
     if (!IsLetterASCII(static_cast<unsigned char>(entry.Take())))
         return false;
     cursor = entry;
@@ -32,7 +32,7 @@ void SkipSpaceInTable(PDFCursor& cursor)
         throw new clsException(L"premature end of xref");
 }
 
-// Only the first subsection is read.
+// Parses a table and its trailer. Only the first subsection of the table is read.
 void ParseTable(PDFCursor& cursor, PDFOffsets& offsets, PDFDictionary& trailer)
 {
     cursor.Skip("xref");
@@ -51,7 +51,7 @@ void ParseTable(PDFCursor& cursor, PDFOffsets& offsets, PDFDictionary& trailer)
     cursor.ParseDictionary("trailer", trailer);
 }
 
-// A cross-reference stream is recognised, but not read.
+// Throws for a cross-reference stream, which is recognised but can't be read.
 [[noreturn]] void RefuseStream(PDFCursor& cursor, PDFDictionary& trailer)
 {
     std::int64_t number = 0;
@@ -71,8 +71,7 @@ void ParseTable(PDFCursor& cursor, PDFOffsets& offsets, PDFDictionary& trailer)
     if (!cursor.StandsAt("\n"))
         throw new clsException(L"no xref");
     cursor.Skip("\n");
-    const double size = ToDouble(*length);
-    if (size < 0 || !cursor.SkipBytes(static_cast<std::uint64_t>(size)))
+    if (ToDouble(*length) < 0 || !cursor.SkipBytes(NumberOf(length)))
         throw new clsException(L"no xref");
     cursor.SkipSpace();
     if (!cursor.StandsAt("endstream"))

@@ -13,8 +13,8 @@
 namespace qx
 {
 
-// The offsets of objects by their numbers. Tables are added from the newest to the oldest; of several offsets of a
-// number the first one counts.
+// The offsets of objects by their numbers. Tables are added from the newest to the oldest; if a number has several
+// offsets, the first one counts.
 class PDFOffsets
 {
 public:
@@ -23,7 +23,7 @@ public:
     void Add(std::uint32_t number, std::uint64_t offset);
 
     // Returns the place of an object: its offset, and the next higher offset of any object, or `end` if there is none.
-    // Returns nothing if the object, or one with the next number, isn't in the tables.
+    // Returns nothing if the object or the object with the next number isn't in the tables.
     std::optional<std::pair<std::uint64_t, std::uint64_t>> Find(std::uint32_t number, std::uint64_t end);
 
 private:

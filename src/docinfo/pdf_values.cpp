@@ -35,7 +35,7 @@ wchar_t Wide(char c)
     return static_cast<unsigned char>(c);
 }
 
-// Returns UTF-16 text from its bytes.
+// Converts UTF-16 bytes to text.
 String FromPairs(std::string_view bytes, bool isHighFirst)
 {
     TextBuffer text;
@@ -125,7 +125,7 @@ bool PDFCursor::ReadNumber(std::int64_t& value)
     return true;
 }
 
-// Passes over a "%" and the rest of its line.
+// Skips a "%" and the rest of its line.
 void PDFCursor::SkipComment()
 {
     while (!IsAtEnd() && Peek() != '\r' && Peek() != '\n')
@@ -151,7 +151,7 @@ void PDFCursor::ParseDictionary(const char* keyword, PDFDictionary& dictionary)
     SkipSpace();
 }
 
-// Returns an empty name if there is none here.
+// Returns the name at the current position, or an empty text if there is none.
 String PDFCursor::ParseName()
 {
     for (SkipSpace(); Peek() == '%'; SkipSpace())
@@ -170,7 +170,7 @@ String PDFCursor::ParseName()
     return String(std::wstring_view(name));
 }
 
-// Returns false if there is no value in front of the end.
+// Returns false if there is no value before the end.
 bool PDFCursor::ParseValues(clsVariant& value)
 {
     WCValSList<clsVariant> values;
@@ -260,7 +260,7 @@ String PDFCursor::ParseArray()
     return OneCharacterPerByte(text);
 }
 
-// Parentheses are counted. Without a last one, the string ends with the text.
+// Counts the parentheses. If the last one is missing, the string ends with the text.
 String PDFCursor::ParseLiteralString()
 {
     std::string bytes;
@@ -326,6 +326,12 @@ String PDFCursor::ParseHexString()
     if (bytes.starts_with(kUtf8Mark))
         return DecodeUTF8(OneCharacterPerByte(std::string_view(bytes).substr(kUtf8Mark.size())));
     return OneCharacterPerByte(bytes);
+}
+
+std::uint64_t NumberOf(const clsVariant* value)
+{
+    constexpr double kMost = 9e15; // a double represents each whole number up to here exactly
+    return value != nullptr ? static_cast<std::uint64_t>(std::clamp(ToDouble(*value), 0.0, kMost)) : 0;
 }
 
 } // namespace qx

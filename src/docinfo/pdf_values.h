@@ -14,9 +14,9 @@
 namespace qx
 {
 
-// The entries of a dictionary. Of several entries with one key the first one stays. Strings and names are VT_BSTR,
-// integers VT_UI4, flags VT_BOOL. An array is the text between its brackets. Several values in a row, as those of a
-// reference "12 0 R", are an array of variants. A nested dictionary is only a mark.
+// The entries of a dictionary. If a key has several entries, the first one counts. Strings and names are VT_BSTR,
+// integers VT_UI4, flags VT_BOOL. An array is the text between its brackets. Several values in a row, such as the
+// reference "12 0 R", are an array of variants. A nested dictionary is replaced with a placeholder text.
 using PDFDictionary = WCValSkipListDict<String, clsVariant>;
 
 // A parser with a position in the text. Syntax errors are thrown as clsException.
@@ -32,18 +32,19 @@ public:
     // Skips a word at the current position.
     void Skip(std::string_view word) { _at += word.size(); }
     void SkipSpace();
-    // Goes behind the next occurrence of a word. Returns false if there is none.
+    // Moves past the next occurrence of a word. Returns false if there is none.
     bool SkipBehind(std::string_view word);
-    // Passes over `count` bytes, which may be zero bytes. Returns false if there are fewer.
+    // Skips `count` bytes, which may be zero bytes. Returns false if there are fewer.
     bool SkipBytes(std::uint64_t count);
 
-    // Reads a decimal number that may follow white space and have a sign. It stops at the limits of the type. Returns
-    // false, and doesn't move, if there is no digit.
+    // Reads a decimal number that may follow white space and have a sign. The value is limited to the range of the
+    // type. Returns false, and doesn't move, if there is no digit.
     bool ReadNumber(std::int64_t& value);
-    // Takes the character here, or returns 0 at the end.
+    // Returns the current character and moves past it. Returns 0 at the end.
     char Take() { return IsAtEnd() ? '\0' : _text[_at++]; }
 
-    // Adds the entries of the next dictionary. With a keyword, it is the one behind the next occurrence of that word.
+    // Adds the entries of the next dictionary. With a keyword, uses the dictionary after the next occurrence of that
+    // word.
     void ParseDictionary(const char* keyword, PDFDictionary& dictionary);
 
 private:
@@ -60,10 +61,13 @@ private:
     bool ParseFlag();
     unsigned char TakeEscape();
 
-    std::string_view _whole; // with what follows the zero byte
+    std::string_view _whole; // including everything after the zero byte
     std::string_view _text;
     std::size_t _at = 0;
     int _nesting = 0;
 };
+
+// Returns a value as a number from 0 to 9e15; 0 for null.
+std::uint64_t NumberOf(const clsVariant* value);
 
 } // namespace qx

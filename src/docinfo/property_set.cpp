@@ -18,7 +18,7 @@ namespace qx
 namespace
 {
 
-constexpr std::size_t kHeaderSize = 28; // with the number of sets
+constexpr std::size_t kHeaderSize = 28; // includes the number of sets
 constexpr std::size_t kSetEntrySize = 20;
 constexpr std::size_t kIdSize = 16;
 constexpr std::size_t kPropertyEntrySize = 8;
@@ -43,15 +43,15 @@ enum Property : std::uint32_t
 };
 
 constexpr std::uint16_t kUnicode = 1200;
-constexpr std::uint64_t kMostTextBytes = 64 * 1024 * 1024; // a longer text is cut
+constexpr std::uint64_t kMostTextBytes = 64 * 1024 * 1024; // a longer text is truncated
 
-// The names are those that documents about the format use.
+// Reads the summary information, a property set at the offset `begin` of the stream.
 class SummaryInformation
 {
 public:
     SummaryInformation(FileWindow& stream, std::uint64_t begin) : _stream(stream), _begin(begin) {}
 
-    // Reads where the properties are. Returns false if the set isn't in the stream.
+    // Reads the positions of the properties. Returns false if the set isn't in the stream.
     bool Locate()
     {
         const std::uint8_t* const head = _stream.At(_begin, 8);
@@ -65,7 +65,7 @@ public:
             if (entry == nullptr)
                 break;
             const std::uint32_t id = LittleEndian32(entry);
-            if (id < kPropertyEnd && _offsets[id] == 0) // of several ones with the same id, the first one counts
+            if (id < kPropertyEnd && _offsets[id] == 0) // if an id is repeated, the first one counts
                 _offsets[id] = _begin + LittleEndian32(entry + 4);
         }
         if (const std::uint8_t* const page = ValueOf(kCodePage, VT_I2, 2))
@@ -73,7 +73,7 @@ public:
         return true;
     }
 
-    // A property that is missing, or isn't completely in the stream, leaves its field alone.
+    // Stores a text property. If it is missing or isn't completely in the stream, the field is unchanged.
     void TakeText(Property id, clsVariant& field)
     {
         if (const std::optional<String> text = TextOf(id))
@@ -155,7 +155,7 @@ private:
         }
     }
 
-    // Reads a text behind its length, which is in units of this many bytes.
+    // Reads a text that follows its length. The length counts units of `unit` bytes.
     std::optional<String> CountedText(Property id, std::size_t unit, unsigned codePage)
     {
         const std::uint8_t* const length = _stream.At(_offsets[id] + 4, 4);

@@ -49,7 +49,7 @@ struct FirstBytesRow
 {
     std::uint32_t bytes; // little-endian
     std::uint32_t mask;
-    ReaderRow row; // the bytes prove less than a name, so the reader may fail
+    ReaderRow row; // the bytes are weaker evidence than a name, so the reader may fail
 };
 
 constexpr FirstBytesRow kByFirstBytes[] = {

@@ -1,4 +1,4 @@
-// Which reader takes which file.
+// Chooses the reader for a file.
 #pragma once
 
 #include "docinfo/document_record.h"
@@ -18,13 +18,14 @@ enum class ReaderFailure
 
 struct ReaderRow
 {
-    const wchar_t* name; // for people
+    const wchar_t* name; // for diagnostics
     // Returns 0, or a negative number on failure.
     int (*read)(clsDocu& record, FileWindow& file);
     ReaderFailure failure;
 };
 
-// Chooses a reader by the extension, otherwise by the first four bytes. Returns null if no reader takes the file.
+// Chooses a reader by the extension, otherwise by the first four bytes. Returns null if there is no reader for the
+// file.
 const ReaderRow* ChooseReader(const String& path, FileWindow& file);
 
 } // namespace qx

@@ -62,7 +62,7 @@ bool FindNumber(std::wstring_view text, ControlNumber& number)
     return false;
 }
 
-// Each control word is removed with all its repetitions before the next search.
+// Parses a date. Each control word is removed with all its repetitions before the next search.
 SYSTEMTIME ParseDate(TextBuffer text)
 {
     SYSTEMTIME date = kNoTime;
@@ -114,8 +114,9 @@ void TakeGroup(clsDocu& record, const RTFGroups::Group& group)
 
 } // namespace
 
-// An encoded character begins with a backslash and contains no other one, so no two overlap and their order doesn't
-// matter: one pass decodes each as soon as it is complete, also if decoded characters complete it.
+// An encoded character contains exactly one backslash, at its beginning, so encoded characters never overlap and the
+// order of decoding doesn't matter. One pass decodes each as soon as it is complete, even if decoded characters
+// complete it.
 TextBuffer DecodeRTF(std::wstring_view text)
 {
     TextBuffer result;

@@ -13,7 +13,7 @@ namespace
 
 constexpr std::wstring_view kGroup = L"{\\";
 
-// Returns the position behind "{\" and the letters of a key if a group begins here. A key is followed by white space, a
+// Returns the position after "{\" and the letters of a key if a group begins here. A key is followed by white space, a
 // digit or a backslash.
 std::size_t KeyEnd(std::wstring_view text, std::size_t at)
 {
@@ -79,7 +79,8 @@ std::optional<RTFGroups::Group> RTFGroups::Take()
             const std::size_t key = at + kGroup.size();
             Group group = {
                 TextBuffer(piece.substr(key, keyEnd - key)), TextBuffer(piece.substr(keyEnd, valueEnd - keyEnd))};
-            // What is in front of the group joins the next piece, which may complete a group that begins here.
+            // The text before the group is joined with the next piece, which may complete a group that begins in this
+            // text.
             const std::size_t opening = piece.substr(0, at).rfind(L'{');
             RemoveAll(TextBuffer(piece.substr(at)));
             _current = NextPiece(_current);
@@ -99,7 +100,7 @@ std::uint64_t RTFGroups::EndOf(std::wstring_view piece)
     return end;
 }
 
-// No piece in front of the current one contains a group.
+// Removes all repetitions of a group. No piece before the current one contains a group.
 void RTFGroups::RemoveAll(const TextBuffer& group)
 {
     const std::uint64_t end = EndOf(group);

@@ -11,7 +11,7 @@ namespace qx
 namespace
 {
 
-// Shares are only ever added, so that a dead server is waited for once.
+// Shares are never removed, so that callers wait only once for a dead server.
 class UnreachableShares
 {
 public:
@@ -47,7 +47,7 @@ bool Answers(const IString& share)
 
 IString ShareOfPath(const String& path)
 {
-    // Compiled for paths on shares only, and shared with no other thread: a pattern serialises its callers.
+    // Compiled only for paths on shares, and for each call: a shared pattern would serialise its callers.
     if (!path.View().starts_with(LR"(\\)"))
         return IString();
     clsRegEx pattern(LR"(^(\\\\(?:.+?)\\(?:.+?))(\\.*|)$)", 0);

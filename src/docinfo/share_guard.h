@@ -6,11 +6,12 @@
 namespace qx
 {
 
-// The share of a path: "\\server\share", or an empty text if the path isn't on a share.
+// Returns the share of a path, "\\server\share", or an empty text if the path isn't on a share.
 IString ShareOfPath(const String& path);
 
-// Returns true if the share is known as unreachable, for the rest of the process. Unless `onlyLook`, an unknown share
-// is asked first, which may take as long as the system waits for a server. Any thread may call it.
+// Returns true if the share is known to be unreachable, which doesn't change for the rest of the process. Unless
+// `onlyLook` is true, an unknown share is contacted first, which may take as long as the system waits for a server. Any
+// thread may call it.
 bool IsShareUnreachable(const IString& share, bool onlyLook);
 
 } // namespace qx

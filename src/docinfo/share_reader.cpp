@@ -10,7 +10,7 @@ namespace qx
 namespace
 {
 
-constexpr unsigned kStackSize = 256 * 1024; // enough for each reader
+constexpr unsigned kStackSize = 256 * 1024; // enough for every document reader
 
 std::atomic<DocumentReading> shareReading = ReadDocument;
 
@@ -59,7 +59,7 @@ unsigned clsDocuAsync::ThreadProc()
     {
         shareReading.load()(*_copy, _readBefore, &_section);
     }
-    catch (const std::exception&) // mostly no memory; it must not end the process
+    catch (const std::exception&) // usually bad_alloc; an exception that leaves the thread would end the process
     {
         const clsCriticalSectionLock lock(_section);
         _copy->Forget();

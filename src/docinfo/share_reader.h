@@ -11,24 +11,24 @@
 namespace qx
 {
 
-// Reads a record: ReadDocument, or a function of a test.
+// The function that reads a record: ReadDocument, or a function of a test.
 using DocumentReading = void (*)(clsDocu& record, std::uint64_t readBefore, clsCriticalSection* section);
 
 // Replaces the reading function of new readers, for tests. Null restores ReadDocument.
 void SetShareReading(DocumentReading reading);
 
 // Reads one record on a thread of its own, because a dead share may block it for minutes. It reads into a private copy,
-// so that it may outlive its caller's patience.
+// so that it can continue after the caller has stopped waiting.
 class clsDocuAsync : public clsThreadBase
 {
 public:
-    // `readBefore` is the tick of the refresh before this one. Both are called with the record's section held.
+    // `readBefore` is the tick of the refresh before this one. The caller holds the record's section.
     clsDocuAsync(clsDocu& record, std::uint64_t readBefore);
     // Waits for the thread.
     ~clsDocuAsync() override;
 
-    // Starts the thread, waits for it as long as the record's time-out says, and returns true if it has ended. Then the
-    // results can be taken.
+    // Starts the thread and waits for it, at most for the record's time-out. Returns true if it has ended; the results
+    // can be taken then.
     bool Run();
     // Copies the results to the record, whose section the caller holds.
     void GiveResults();

@@ -62,7 +62,7 @@ private:
     bool _isThere = false;
 };
 
-// The result is empty if the value can't be converted.
+// Converts a value to a variant, which is empty on failure.
 VARIANT VariantOf(const PropertyValue& value, const ShellIndex& index)
 {
     VARIANT variant{};
@@ -85,7 +85,7 @@ bool FileTimeOfVariantDate(double date, FILETIME& time)
     return SystemTimeToFileTime(&parts, &time) != FALSE;
 }
 
-// The store of the first way has its dates as variants.
+// The form of a store's dates: the store that is opened in the first way has variants.
 enum class DateForm
 {
     Variant,
@@ -140,7 +140,7 @@ bool ReadDates(clsDocu& record, IPropertyStore& store, const ShellIndex& index, 
     return true;
 }
 
-// Returns the number of texts, 0 also if there is no store, or kWrongType.
+// Returns the number of texts (0 if there is no store), or kWrongType.
 int ReadStore(clsDocu& record, const String& path, ShellIndex::OpenStore open, const ShellIndex& index, DateForm form)
 {
     clsAutoRelease<IPropertyStore*> store;

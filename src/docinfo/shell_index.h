@@ -1,4 +1,4 @@
-// Reads what the system's property store has about a document.
+// Reads the properties of a document from the system's property store.
 #pragma once
 
 #include "docinfo/document_record.h"
@@ -10,7 +10,7 @@
 namespace qx
 {
 
-// The system's functions, or those of a test. Null if there is no such function.
+// The system's functions, or functions of a test. A missing function is null.
 struct ShellIndex
 {
     using OpenStore = HRESULT (*)(const wchar_t* path, IPropertyStore** store);

@@ -12,7 +12,7 @@ namespace qx
 String TargetOfShortcut(const String& path)
 {
     constexpr DWORD kNoDialogAnyMatch = DWORD{SLR_NO_UI} | DWORD{SLR_ANY_MATCH};
-    // A thread that has entered COM otherwise can use it, too.
+    // A failure doesn't matter: a thread that has already entered COM in another mode can use it, too.
     const clsCOMInitialize com;
     clsAutoRelease<IShellLinkW*> link;
     clsAutoRelease<IPersistFile*> file;

@@ -83,7 +83,7 @@ HRESULT DocumentStorage::OpenOrCopy(const String& path)
     return IsLocked(result) ? OpenCopy(path, result) : result;
 }
 
-// Whoever locks a storage may still let others read the bytes of its file.
+// Opens a copy of a locked file. A program that locks a storage may still let others read the bytes of its file.
 HRESULT DocumentStorage::OpenCopy(const String& path, HRESULT locked)
 {
     {

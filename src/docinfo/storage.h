@@ -29,7 +29,7 @@ public:
     // Returns 0 or the system's error, which is also logged. Called once.
     HRESULT Open(const String& path);
 
-    // The root storage. Only for an open file.
+    // Returns the root storage. Requires an open file.
     IStorage& Root() const { return *_storage; }
 
 private:
@@ -38,7 +38,7 @@ private:
 
     clsDocu& _record;
     clsAutoRelease<IStorage*> _storage;
-    String _copy; // its path
+    String _copy; // path of the copy
 };
 
 // Open an element of a storage for reading. Return null if there is none.

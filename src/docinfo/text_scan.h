@@ -1,5 +1,5 @@
-// Searching text without regular expressions, whose time may grow with the square of a hostile text. Case is ignored
-// for A to Z only, and \s means the six ASCII characters, as in the patterns that these scanners replace.
+// Searches text without regular expressions, whose time may grow with the square of a hostile text's length. Case is
+// ignored for A to Z only, and \s means the six ASCII characters, as in the patterns that these scanners replace.
 #pragma once
 
 #include "core/text/string.h"
@@ -55,7 +55,7 @@ std::size_t SkipSpace(std::wstring_view text, std::size_t from);
 // Removes all occurrences of `piece` that start at `from` or later.
 void RemoveAll(TextBuffer& text, std::wstring_view piece, std::size_t from);
 
-// Returns the value of decimal digits; it stops at the limit of 32 bits.
+// Returns the value of decimal digits, limited to 32 bits.
 std::uint32_t DecimalNumber(std::wstring_view digits);
 
 // Removes carriage returns and line feeds.

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <new>
 #include <optional>
 #include <set>
 #include <vector>
@@ -25,6 +26,7 @@ constexpr std::uint16_t kVersion = 42;
 constexpr std::size_t kMostDirectories = 4096;
 constexpr int kMostExifNesting = 8;
 constexpr std::uint64_t kMostBytes = 64 * 1024 * 1024;
+constexpr std::size_t kLeastCost = 64; // bytes; entries that share their bytes cost time, too
 
 constexpr std::size_t kTextPart = 4096;
 constexpr std::uint64_t kLeastText = 4096; // room for a field of a small file
@@ -172,12 +174,14 @@ private:
         std::uint8_t countBytes[2];
         if (ReadBytes(offset, countBytes, sizeof countBytes) != sizeof countBytes)
         {
-            _record.Remark(L"read error directory count");
+            _record.Remark(_file.MoveTo(static_cast<std::int64_t>(offset)) ? L"read error directory count"
+                                                                           : L"Seek error accessing TIFF directory");
             return 0;
         }
         const std::uint16_t count = Word(countBytes);
-        std::vector<std::uint8_t> entries(static_cast<std::size_t>(
-            std::min<std::uint64_t>(count * kTiffEntrySize, BytesAfter(offset + sizeof countBytes))));
+        std::vector<std::uint8_t> entries;
+        if (!Reserve(entries, std::min<std::uint64_t>(count * kTiffEntrySize, BytesAfter(offset + sizeof countBytes))))
+            return 0;
         const std::size_t whole = ReadBytes(offset + 2, entries.data(), entries.size()) / kTiffEntrySize;
         if (whole < count)
             _record.Remark(L"Could only read %u of %u entries in directory at offset %#I64x",
@@ -186,6 +190,18 @@ private:
         const bool hasNext = ReadBytes(offset + 2 + entries.size(), nextBytes, sizeof nextBytes) == sizeof nextBytes;
         ReadEntries(entries.data(), whole, nesting);
         return hasNext ? Long(nextBytes) : 0;
+    }
+
+    bool Reserve(std::vector<std::uint8_t>& entries, std::uint64_t size)
+    try
+    {
+        entries.resize(static_cast<std::size_t>(size));
+        return true;
+    }
+    catch (const std::bad_alloc&)
+    {
+        _record.Remark(L"No space for TIFF directory");
+        return false;
     }
 
     void ReadEntries(const std::uint8_t* bytes, std::size_t count, int nesting)
@@ -250,7 +266,7 @@ private:
                 clsDocu::SetText(_record.Subject, ReadASCII(entry));
             break;
         case Tag::ExifDirectory:
-            // In a TIFF file itself the EXIF directory isn't read.
+            // The EXIF directory of a document that is itself a TIFF file isn't read.
             if (_base != 0)
                 ReadTIFFDirectory(std::uint64_t{_base} + ReadInteger(entry), nesting + 1);
             break;
@@ -259,7 +275,7 @@ private:
         }
     }
 
-    // Values shorter than four bytes are stored at the start of the value field.
+    // Returns an integer value. Values shorter than four bytes are stored at the start of the value field.
     std::uint32_t ReadInteger(const Entry& entry) const
     {
         switch (entry.type)
@@ -278,7 +294,7 @@ private:
         }
     }
 
-    // A text that extends past the end of the file is truncated.
+    // Returns a text value. A text that extends past the end of the file is truncated.
     String ReadASCII(const Entry& entry)
     {
         constexpr std::uint32_t kInPlace = 4;
@@ -289,7 +305,7 @@ private:
         const std::uint64_t offset = std::uint64_t{_base} + entry.value;
         std::vector<std::uint8_t> bytes;
         std::uint64_t left = std::min<std::uint64_t>(entry.count, BytesAfter(offset));
-        // In parts, because the text may end long before its count.
+        // Read in parts, because the text may end long before its count.
         while (left > 0)
         {
             const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(left, kTextPart));
@@ -325,12 +341,15 @@ private:
 
     std::uint64_t BytesAfter(std::uint64_t offset) { return offset < _file.Size() ? _file.Size() - offset : 0; }
 
+    // Each read counts as what it makes the window read, but as no less than kLeastCost.
     std::size_t ReadBytes(std::uint64_t offset, void* buffer, std::size_t count)
     {
-        if (count > kMostBytes - _bytesRead)
+        if (std::max(count, kLeastCost) > kMostBytes - std::min(_cost, kMostBytes))
             return 0;
-        _bytesRead += count;
-        return _file.Read(offset, buffer, count);
+        const std::uint64_t before = _file.BytesRead();
+        const std::size_t read = _file.Read(offset, buffer, count);
+        _cost += std::max<std::uint64_t>({count, kLeastCost, _file.BytesRead() - before});
+        return read;
     }
 
     clsDocu& _record;
@@ -340,7 +359,7 @@ private:
     GrowingText _author;
     GrowingText _comments;
     std::set<std::uint64_t> _visited; // offsets of the directories
-    std::uint64_t _bytesRead = 0;
+    std::uint64_t _cost = 0;
 };
 
 } // namespace

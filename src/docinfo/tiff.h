@@ -10,7 +10,7 @@ namespace qx
 {
 
 // Fills the record from the header at file position `base`, which is 0 for a TIFF file. Returns 0, or -1 if the header
-// is bad. Damage behind the header ends the reading, but what was read stays.
+// is bad. Damage after the header ends the reading; the values read before it are kept.
 int ReadTIFF(clsDocu& record, FileWindow& file, std::uint32_t base);
 
 } // namespace qx

@@ -12,9 +12,9 @@ namespace qx
 namespace
 {
 
-constexpr std::uint64_t kTableOffset = 280; // of the offset of the table
+constexpr std::uint64_t kTableOffset = 280; // position of the table's offset
 
-// The texts of the table in their order.
+// The fields for the texts of the table, in order; null for a text that isn't used.
 constexpr clsVariant clsDocu::*kWord2Fields[] = {nullptr, nullptr, &clsDocu::Title, &clsDocu::Subject,
     &clsDocu::Keywords, &clsDocu::Comments, &clsDocu::Author, &clsDocu::LastAuthor};
 
@@ -29,7 +29,7 @@ int ReadWord2(clsDocu& record, FileWindow& file)
     const std::uint8_t* const head = file.At(begin, 2);
     if (head == nullptr)
         return -1;
-    const std::size_t size = LittleEndian16(head); // of the table with this number
+    const std::size_t size = LittleEndian16(head); // size of the table, including these two bytes
     if (size < 2)
         return -1;
     const std::uint8_t* at = file.At(begin + 2, size - 2);

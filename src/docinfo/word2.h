@@ -7,8 +7,8 @@
 namespace qx
 {
 
-// Returns 0, or -1 if the table of summary texts isn't completely in the file. A text that is missing in the table
-// leaves its field alone.
+// Returns 0, or -1 if the table of summary texts isn't completely in the file. A missing text leaves its field
+// unchanged.
 int ReadWord2(clsDocu& record, FileWindow& file);
 
 } // namespace qx

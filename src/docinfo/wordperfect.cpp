@@ -21,7 +21,7 @@ constexpr std::uint8_t kIndexMark = 2;
 constexpr std::uint8_t kExtendedSummary = 0x12;
 constexpr std::size_t kRecordHeadSize = 6;
 
-// Entries may refer to the same records again and again.
+// Limits for damaged files, whose entries may refer to the same records repeatedly.
 constexpr std::uint32_t kMostRecords = 100'000;
 constexpr std::uint64_t kMostRecordBytes = 64 * 1024 * 1024;
 
@@ -46,7 +46,7 @@ clsVariant* FieldOfTag(clsDocu& record, std::uint16_t tag)
     }
 }
 
-// The multinational characters that OEM text has.
+// The multinational characters that exist in OEM text, with their bytes there.
 constexpr std::pair<std::uint16_t, std::uint8_t> kMultinational[] = {{0x126, 0x80}, {0x147, 0x81}, {0x129, 0x82},
     {0x11D, 0x83}, {0x11F, 0x84}, {0x121, 0x85}, {0x123, 0x86}, {0x127, 0x87}, {0x12B, 0x88}, {0x12D, 0x89},
     {0x12F, 0x8A}, {0x135, 0x8B}, {0x133, 0x8C}, {0x137, 0x8D}, {0x11E, 0x8E}, {0x122, 0x8F}, {0x128, 0x90},
@@ -54,7 +54,7 @@ constexpr std::pair<std::uint16_t, std::uint8_t> kMultinational[] = {{0x126, 0x8
     {0x14B, 0x98}, {0x13E, 0x99}, {0x146, 0x9A}, {0x11B, 0xA0}, {0x131, 0xA1}, {0x13B, 0xA2}, {0x143, 0xA3},
     {0x139, 0xA4}, {0x138, 0xA5}, {0x117, 0xE1}, {0x10E, 0xF8}};
 
-// The bytes by the unit's distance from 0x100; 0 for units that are dropped.
+// The bytes indexed by unit - 0x100; 0 for units that are dropped.
 constexpr auto kMultinationalBytes = []
 {
     std::array<char, 0x4C> bytes = {};
@@ -74,7 +74,7 @@ void AppendUnit(std::string& text, std::uint16_t unit)
         text += kMultinationalBytes[unit - 0x100u];
 }
 
-// The bytes of the table above are never UTF-8, so a system that has UTF-8 as its OEM page gets the usual one.
+// Returns the system's OEM code page, or the usual one if that is UTF-8: the bytes of the table above are never UTF-8.
 unsigned PageOfWordPerfect()
 {
     constexpr unsigned kUTF8 = 65001;
@@ -139,7 +139,7 @@ private:
     std::uint64_t _bytesLeft = kMostRecordBytes;
 };
 
-// Returns the offset of the index, or 0 if the document isn't one that can be read.
+// Returns the offset of the index, or 0 if the document can't be read.
 std::uint64_t IndexOffset(clsDocu& record, FileWindow& file)
 {
     const std::uint8_t* const prefix = file.At(0, kPrefixSize);
@@ -162,7 +162,7 @@ int ReadWordPerfect(clsDocu& record, FileWindow& file)
     const std::uint8_t* const head = index != 0 ? file.At(index, kIndexEntrySize) : nullptr;
     if (head == nullptr || head[0] != kIndexMark)
         return -1;
-    const std::uint32_t count = LittleEndian16(head + 2); // with the head
+    const std::uint32_t count = LittleEndian16(head + 2); // including the head
     SummaryReader reader(record, file);
     bool isFound = false;
     for (std::uint32_t i = 0; i < count; ++i)

@@ -8,7 +8,7 @@ namespace qx
 {
 
 // Returns 0, or -1 if the file is encrypted, has another major version than 2, or no extended document summary. Reads
-// at most 100,000 records and 64 MB of them.
+// at most 100,000 records, 64 MB in total.
 int ReadWordPerfect(clsDocu& record, FileWindow& file);
 
 } // namespace qx

@@ -84,11 +84,12 @@ public:
         full += L':';
         full += name;
     }
-    // Also called for elements without a prefix, which removes the name of an outer one.
+    // Removes the innermost name. Also called for elements without a prefix, which removes the name of an outer
+    // element.
     void Pop() { _count -= _count > 0; }
 
     std::size_t Count() const { return _count; }
-    // 0 is the newest one.
+    // Index 0 is the innermost element.
     std::wstring_view At(std::size_t index) const { return _names[_count - 1 - index]; }
 
 private:
@@ -109,7 +110,8 @@ class XmlWalk
 public:
     XmlWalk(clsDocu& record, IXmlReader& reader) : _record(record), _reader(reader) {}
 
-    // No document has more nodes than bytes. A reader that returns more doesn't get on with a damaged one.
+    // Reads the nodes. No document has more nodes than bytes; a reader that returns more is stuck in a damaged
+    // document.
     XmlPass Run(std::uint64_t mostNodes)
     {
         const XmlPass pass = TakeNodes(mostNodes);
@@ -211,7 +213,7 @@ private:
             row != std::end(kXmlTexts))
         {
             clsDocu::SetText(_record.*row->field, String(value));
-            _hasKeywords = _hasKeywords && row->field != &clsDocu::Keywords; // these replace the ones so far
+            _hasKeywords = _hasKeywords && row->field != &clsDocu::Keywords; // the value replaces the keywords so far
         }
         if (const auto* const row = std::find_if(std::begin(kXmlDates), std::end(kXmlDates), isElement);
             row != std::end(kXmlDates))
@@ -222,7 +224,7 @@ private:
         }
     }
 
-    // Collects, because storing each keyword would copy all those before it.
+    // Collects the keywords, because storing each one would copy all previous ones.
     void AddKeyword(std::wstring_view value)
     {
         if (!_hasKeywords)

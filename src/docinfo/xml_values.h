@@ -11,10 +11,10 @@
 namespace qx
 {
 
-// Leaves the field alone if there is no value.
+// Leaves the field unchanged if there is no value.
 void StoreText(clsVariant& field, std::optional<std::wstring_view> value);
 
-// Stores an ISO 8601 date. Leaves the field alone if there is none.
+// Stores an ISO 8601 date. Leaves the field unchanged if there is none.
 void StoreDate(SYSTEMTIME& field, std::optional<std::wstring_view> value);
 
 } // namespace qx

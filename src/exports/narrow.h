@@ -14,7 +14,7 @@
 namespace qx
 {
 
-// A text argument that is secret. What an 8-bit form converts of it is erased after the call.
+// A secret text argument. An 8-bit form erases its converted copy after the call.
 struct scSecretText
 {
     const wchar_t* text;

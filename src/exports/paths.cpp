@@ -18,7 +18,7 @@ namespace
 
 constexpr std::uint32_t kLongNameLength = 13; // more than an 8.3 name
 
-// Without a buffer the size must be 0.
+// Returns the size for the C runtime, which requires 0 if there is no buffer.
 std::size_t SizeOf(const QXWCHAR* buffer, std::size_t size)
 {
     return buffer ? size : 0;

@@ -28,7 +28,7 @@ inline clsItemList* ListOf(HPROFLIST list)
     return reinterpret_cast<clsItemList*>(list);
 }
 
-// A null list refers to the root.
+// Returns the list of a handle. A null list refers to the root.
 inline clsItemList& ListOf(HPROFJOB job, HPROFLIST list)
 {
     return list != nullptr ? *ListOf(list) : JobOf(job)->Root();

@@ -1,4 +1,4 @@
-// Opening profiles with options, and what was found in their files.
+// Opens profiles with options, and reports what was found in their files.
 #include <qxut23/profile_source.h>
 
 #include "exports/guard.h"

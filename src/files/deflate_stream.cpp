@@ -75,7 +75,7 @@ int DeflateChunks(z_stream& stream, clsFile& target, clsFile& source, std::uint3
         {
             chunks.OfferOutput(stream);
             code = deflate(&stream, remaining == 0 ? Z_FINISH : Z_NO_FLUSH);
-            // Otherwise data would be lost although the result reports success.
+            // Without this check, data would be lost although the result reports success.
             if (!chunks.Flush(target, stream))
                 return Z_BUF_ERROR;
         } while (stream.avail_out == 0);

@@ -24,8 +24,8 @@ enum class DeflateEnd
 int DeflateStream(clsFile& target, clsFile& source, int mode, std::uint32_t* crc, std::int64_t size);
 
 // Decompresses `size` bytes of raw deflate data in the same way. Returns 0 on success, a negative value on failure. A
-// result of more than `limit` bytes is a failure too, because a few bytes can expand to a huge amount. Data that are
-// cut off, and bytes after the data, are no failures; `end`, if not null, receives what was found.
+// result of more than `limit` bytes is a failure too, because a few bytes can expand to a huge amount. Truncated data
+// and bytes after the data aren't failures; `end`, if not null, receives what was found.
 int InflateStream(clsFile& target, clsFile& source, std::int64_t size,
     std::int64_t limit = std::numeric_limits<std::int64_t>::max(), DeflateEnd* end = nullptr);
 

@@ -159,7 +159,7 @@ public:
     // A source that isn't open counts as empty. Returns false on failure; part of the data may have been written.
     bool CopyFrom(clsFile& source);
 
-    // IStream. Calls are passed on to a held stream. Writing to a file requires a clsFileRW.
+    // The functions of IStream. If the object holds a stream, they call it. Writing to a file requires a clsFileRW.
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
     ULONG STDMETHODCALLTYPE AddRef() override;
     ULONG STDMETHODCALLTYPE Release() override;

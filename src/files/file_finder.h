@@ -29,7 +29,7 @@ public:
     // Moves to the next entry; the first call moves to the first entry. Returns false at the end.
     bool Next();
 
-    // The last error of a search that couldn't begin; ERROR_FILE_NOT_FOUND if nothing matches.
+    // Returns the error of a search that couldn't begin; ERROR_FILE_NOT_FOUND if nothing matches.
     DWORD Error() const { return _error; }
 
     const wchar_t* Name() const { return _data.cFileName; }

@@ -31,7 +31,8 @@ private:
     UINT _before;
 };
 
-// Such a file is refused, because reading or writing it may never end, and it may not keep the data.
+// Returns true for a pipe or a device. They are refused, because reading or writing them may never end, and they may
+// not keep the data.
 bool IsPipeOrDevice(HANDLE file)
 {
     const DWORD type = GetFileType(file);

@@ -16,7 +16,7 @@ namespace
 
 constexpr HRESULT kNoAttributes = 2;
 
-// Returns null if memory runs out. The record is valid without the name.
+// Copies a name for the caller. Returns null if memory runs out; the record is valid without the name.
 wchar_t* CopyForCaller(const String& text)
 {
     const std::size_t bytes = (text.Length() + 1) * sizeof(wchar_t);

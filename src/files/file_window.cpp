@@ -79,6 +79,7 @@ void FileWindow::Fill(std::uint64_t offset, std::size_t count)
         _count += read;
     }
     _position += static_cast<std::int64_t>(_count);
+    _bytesRead += _count;
 }
 
 bool FileWindow::MoveTo(std::int64_t position)
@@ -93,7 +94,7 @@ bool FileWindow::MoveTo(std::int64_t position)
 clsFile& FileWindow::Rewind()
 {
     _file.Seek(0);
-    _position = -1; // whatever the other code leaves
+    _position = -1; // unknown, because other code moves the file
     return _file;
 }
 

@@ -32,7 +32,10 @@ public:
     // they can't be read.
     std::size_t Read(std::uint64_t offset, void* buffer, std::size_t count);
 
-    // Moves the file. Returns false if it can't be moved there.
+    // Returns how many bytes the window has read from the file.
+    std::uint64_t BytesRead() const { return _bytesRead; }
+
+    // Moves the file's position. Returns false on failure.
     bool MoveTo(std::int64_t position);
 
     // Returns the file, moved to its beginning, for code that reads it in another way. The window may be used again
@@ -44,10 +47,11 @@ private:
 
     clsFile& _file;
     std::unique_ptr<std::uint8_t[]> _buffer;
-    std::uint64_t _begin = 0;   // offset of the first byte in the buffer
-    std::size_t _count = 0;     // bytes in the buffer
-    std::int64_t _size = -1;    // -1: not asked yet
-    std::int64_t _position = 0; // of the file
+    std::uint64_t _begin = 0; // offset of the first byte in the buffer
+    std::size_t _count = 0;   // bytes in the buffer
+    std::int64_t _size = -1;  // -1: not queried yet
+    std::uint64_t _bytesRead = 0;
+    std::int64_t _position = 0; // position of the file; -1: unknown
 };
 
 } // namespace qx

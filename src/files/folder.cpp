@@ -29,7 +29,7 @@ DWORD AttributesOf(HANDLE handle)
     return GetFileInformationByHandle(handle, &info) ? info.dwFileAttributes : 0;
 }
 
-// 0 would leave the attributes unchanged.
+// Sets the attributes. With 0 the system would leave them unchanged.
 bool SetAttributes(HANDLE file, DWORD attributes)
 {
     FILE_BASIC_INFO info{};

@@ -41,8 +41,8 @@ public:
     // is kErrorIsLink if the name is a link.
     void OpenSubfolder(const clsFolder& parent, const String& name, std::optional<std::uint32_t> mode = {});
 
-    // Takes permissions away from the folder, which OpenSubfolder has opened with a mode, so that only `allowed` ones
-    // remain. Returns false if that fails, as for another user's folder.
+    // Removes all permissions except `allowed` from the folder, which must have been opened by OpenSubfolder with a
+    // mode. Returns false on failure, for example if the folder belongs to another user.
     bool RestrictMode(std::uint32_t allowed) const { return RestrictPosixMode(_handle.Get(), allowed); }
 
     // Creates a file. If any entry of that name exists, the last error is ERROR_FILE_EXISTS. `flags` are the attributes

@@ -59,7 +59,7 @@ std::uint32_t LoadSize(const unsigned char* at)
     return size;
 }
 
-// zlib counts have 32 bits.
+// Returns a count for zlib, limited to its 32 bits.
 uInt ZlibCount(std::size_t count)
 {
     return static_cast<uInt>(std::min<std::size_t>(count, std::numeric_limits<uInt>::max()));
@@ -264,7 +264,7 @@ bool IsBase64(std::wstring_view encoded)
     return last == std::wstring_view(again, kGroup);
 }
 
-// `text` contains no white space.
+// Unpacks a text that contains no white space.
 Unpacked UnpackWithoutSpace(std::wstring_view text, const String& key)
 {
     const Form form = FormOf(text);

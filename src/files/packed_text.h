@@ -58,14 +58,14 @@ String PackToString(clsFile& source, bool compress, const String& key);
 // more than `room` bytes; `data` is unchanged then, unless the text ends inside a Base64 group.
 std::optional<std::size_t> UnpackTo(unsigned char* data, std::size_t room, std::wstring_view text);
 
-// What keeps a text from being unpacked strictly.
+// Why a text can't be unpacked strictly.
 enum class UnpackFault
 {
     None,
-    NotPackedText, // characters or a length that Base64 doesn't have
+    NotPackedText, // a character outside Base64, or an impossible length
     WrongKey,      // the wrong key, or damage. Without a key: encrypted, or damaged
     NotEncrypted,  // there is a key, but the text can be unpacked without one
-    Damaged        // the compressed data are damaged, don't have the stored size, or are not all of the text
+    Damaged        // the compressed data is damaged, doesn't have the stored size, or is followed by more text
 };
 
 // Returns a description that can follow the name of a file.
@@ -78,14 +78,14 @@ struct Unpacked
 };
 
 // Returns the data of a packed text only if packing can have produced the text, apart from white space, which is
-// skipped everywhere. The empty text contains no data. A wrong key is detected by what compressed data begin and end
-// with; the form without compression has nothing of the kind.
+// skipped everywhere. The empty text contains no data. A wrong key is detected by the beginning and the end of
+// compressed data; without compression it can't be detected.
 Unpacked UnpackStrictly(std::wstring_view text, const String& key);
 
 // Writes the data of a packed text to the target, starting at 0, truncates the target after them and rewinds it.
-// Returns false for an empty text and leaves the target unchanged. With a wrong key the data are meaningless, and
-// damaged compressed data yield no bytes; both return true, because the text doesn't allow telling them from valid
-// data.
+// Returns false for an empty text and leaves the target unchanged. With a wrong key the data is meaningless, and
+// damaged compressed data yields no bytes. Both cases return true, because the text contains nothing that distinguishes
+// them from valid data.
 bool UnpackFromString(clsFile& target, std::wstring_view text, const String& key);
 
 } // namespace qx

@@ -18,14 +18,14 @@ namespace qx
 // Returns the type and permissions of an open file in the form of st_mode, or nothing if the system stores none.
 std::optional<std::uint32_t> PosixModeOf(HANDLE file);
 
-// The permissions as the extended attribute $LXMOD, in which the Windows Subsystem for Linux stores them
+// Returns the permissions as the extended attribute $LXMOD, in which the Windows Subsystem for Linux stores them
 // (FILE_FULL_EA_INFORMATION).
 std::array<unsigned char, 19> PosixModeAttribute(std::uint32_t mode);
 
 // Sets the permissions of a file or folder whose handle has the right FILE_WRITE_EA.
 bool SetPosixMode(HANDLE file, std::uint32_t mode);
 
-// Takes permissions away so that only `allowed` ones remain. Returns true if there is nothing to take away.
+// Removes all permissions except `allowed`. Returns true on success, and also if there was nothing to remove.
 bool RestrictPosixMode(HANDLE file, std::uint32_t allowed);
 
 // Returns the target of a link as its bytes, or nothing if the path isn't a link or can't be read.

@@ -60,7 +60,8 @@ bool IsUTF8(const std::uint8_t* bytes)
     return true;
 }
 
-// The system takes the count as an int. The head of a larger text is sufficient.
+// Returns true if the system's tests recognise the text. The system takes the count as an int; the head of a larger
+// text is sufficient.
 bool PassesSystemTests(const std::uint8_t* bytes, std::size_t count, int tests)
 {
     return IsTextUnicode(bytes, static_cast<int>(std::min<std::size_t>(count, INT_MAX)), &tests) != FALSE;

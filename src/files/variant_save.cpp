@@ -43,7 +43,7 @@ public:
 private:
     static constexpr std::size_t kBlock = std::size_t{1} << 16;
 
-    // The text ends at its first zero, because the reader stops there.
+    // Writes a text up to its first zero, because the reader stops there.
     void WriteText(BSTR text)
     {
         const std::wstring_view whole(text != nullptr ? text : L"", SysStringLen(text));

@@ -19,7 +19,7 @@ const void* Shown(HandleValue handle)
     return reinterpret_cast<const void*>(handle);
 }
 
-// Without memory for the texts, the addresses are shown, so that no handle of the report is lost.
+// Returns no lines if memory runs out. The addresses are shown then, so that no handle is missing from the report.
 std::vector<String> LinesOf(const scFrames& frames, CallerTexts& texts)
 {
     try
@@ -32,7 +32,7 @@ std::vector<String> LinesOf(const scFrames& frames, CallerTexts& texts)
     }
 }
 
-// Other people's runs don't have the symbols that would make the addresses readable.
+// Writes the callers only in developers' runs: other users don't have the symbols that make the addresses readable.
 void WriteCallers(const scFrames& frames, CallerTexts& texts)
 {
     if (!UtilIsDeveloperRun() || !UtilIsDebugActive())

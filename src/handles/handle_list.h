@@ -21,7 +21,7 @@ struct scFrames
     static constexpr unsigned kCount = 20;
 
     std::int32_t references = 1;
-    scCaller callers[kCount] = {}; // where it was made, innermost first
+    scCaller callers[kCount] = {}; // where it was created, innermost first
     unsigned count = 0;            // of the callers
 };
 
@@ -38,17 +38,17 @@ public:
     // A live list reports the handles that are left, unless they have been reported.
     ~clsUTHandleList();
 
-    // The lock of the list.
+    // Returns the lock of the list.
     clsCriticalSection& Guard() { return _lock; }
 
-    // Counts a known handle once more, and notes the callers for a new one.
+    // Counts a known handle once more, and stores the callers of a new one.
     void Add(HandleValue handle);
-    // Takes the handle out when it was removed as often as it was added. Unknown handles are ignored.
+    // Removes the handle once it was removed as often as it was added. Unknown handles are ignored.
     void Remove(HandleValue handle);
     std::size_t Count() const { return _handles.Count(); }
     bool Contains(HandleValue handle);
 
-    // A deep copy in which each handle counts once.
+    // Returns a deep copy in which each handle counts once.
     std::unique_ptr<clsUTHandleList> Snapshot() const;
 
     // Writes the handles and their callers to the debug output. Does nothing if a report was written before, except if

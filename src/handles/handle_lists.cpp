@@ -78,7 +78,8 @@ HandleKind& KindOf(std::size_t kind)
     return *found;
 }
 
-// Reports in both directions, first the numbers and then the handles.
+// Removes the two newest snapshots and reports the handles that are in only one of them: first the numbers, then the
+// handles.
 void Compare(HandleKind& kind)
 {
     if (kind.snapshots.Count() < 2)

@@ -20,7 +20,7 @@ enum class HandleOperation : std::int32_t
 };
 
 // Kinds are the values of GetObjectType; negative ones count as 0. Kinds above 65,535 and unknown operations do nothing
-// and give 0.
+// and return 0.
 std::uint32_t ManageHandles(std::int32_t kind, HandleOperation operation, HandleValue handle);
 
 // Reports the handles of all lists that have not been reported. Called when the library is unloaded.

@@ -117,7 +117,7 @@ private:
         }
     }
 
-    // An empty name is not an alias.
+    // Adds an alias, unless it is empty.
     void InsertAlias(const String& alias, const String& key)
     {
         if (!alias.IsEmpty())
@@ -201,7 +201,8 @@ private:
         _tables.languageTable.Insert(tag, locale);
     }
 
-    // Row numbers may have gaps. The upper bound ends the list even if the end mark is missing.
+    // Adds the countries of the library's rows. Row numbers may have gaps. The upper bound ends the list even if the
+    // end mark is missing.
     void AddResourceCountries()
     {
         for (int id = kFirstCountry; id <= kLastCountry; ++id)

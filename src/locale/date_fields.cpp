@@ -20,7 +20,8 @@ struct DateFields
     std::int32_t year;
 };
 
-// A number out of range is limited to a value that is no valid date. A group that took no part is 0.
+// Returns the number in a group: 0 if the group took no part, and a number that no date contains if it is out of range.
+// Returns `substitute` if there is no such group.
 std::int32_t NumberAt(const clsRegExMatchList& matches, std::size_t entry, std::int32_t substitute)
 {
     return entry < matches.Count() ? static_cast<std::int32_t>(wcstol(matches[entry].text, nullptr, 10)) : substitute;

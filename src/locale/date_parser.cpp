@@ -84,8 +84,8 @@ clsDateParser::clsDateParser(const DateSettings& settings) : _settings(settings)
     const String timePattern12 = L"(0?[1-9]|1[012])" + afterHour + L" *([AP]M)";
     const String timePatternColon = L"([01]?[0-9]|2[0-3]):([0-5]?[0-9])(?::([0-5]?[0-9]))?";
 
-    // Only if the locale's format contains letters for the AM/PM marker, its pattern has a group for the marker. Any
-    // other time that matches a user's format is used unchanged, for example 12:05:12 is a time after noon.
+    // The pattern of the user's format has a group for the AM/PM marker only if the format contains letters for it.
+    // Otherwise a time that matches the format is used unchanged: 12:05:12 is a time after noon.
     AddTimeOnly(timePatternFormat.text, timePatternFormat.marker);
     AddTimeOnly(timePattern12, kMarkerOfTime);
     AddTimeOnly(timePatternLocale, std::nullopt);

@@ -25,7 +25,8 @@ String TakeLiteralsOut(const String& format, WCValSList<String>& literals)
         });
 }
 
-// If the format itself contained such a unit, it is replaced by the literal with the nearest number.
+// Replaces each unit with its literal. If the format itself contained such a unit, the literal with the nearest number
+// is inserted.
 String PutLiteralsBack(const String& pattern, const WCValSList<String>& literals)
 {
     clsRegEx units(L"([\\x{f000}-\\x{f0ff}])", 0);

@@ -4,7 +4,7 @@
 namespace qx
 {
 
-// Some programs get different results.
+// The programs for which some functions return different results.
 enum class HostKind
 {
     Vtz = 1,
@@ -14,7 +14,7 @@ enum class HostKind
 
 HostKind HostKindByName(const wchar_t* internalName);
 
-// Determined by the version block of the process's program; cached.
+// Returns the kind of this process's program, which is determined from its version block and cached.
 HostKind ThisHostKind();
 
 } // namespace qx

@@ -16,7 +16,7 @@ String SeparatorOf(LCID locale, LCTYPE type, const wchar_t* substitute)
     return text;
 }
 
-// The system's value 0 is month-day-year.
+// Returns the order of the date's parts in a locale. The system's value 0 means month-day-year.
 DateOrder OrderOf(LCID locale)
 {
     wchar_t order[10];

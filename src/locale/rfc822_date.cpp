@@ -105,7 +105,7 @@ bool FindParts(std::wstring_view text, Parts& parts)
     return false;
 }
 
-// Values that don't fit into a field are limited to one that is no valid date.
+// Returns the value of the digits. A value that doesn't fit into a field becomes one that isn't a valid date.
 WORD FieldOf(std::wstring_view digits)
 {
     std::uint32_t value = 0;

@@ -31,14 +31,14 @@ void ListMarker::PrependDecimal(std::int32_t number)
         Prepend(L'-');
 }
 
-// a to z, aa, ab, ...
+// Prepends a number as letters: a to z, aa, ab, ...
 void ListMarker::PrependLetters(std::int32_t number, wchar_t first)
 {
     for (; number > 0; number = (number - 1) / 26)
         Prepend(static_cast<wchar_t>(first + (number - 1) % 26));
 }
 
-// `symbols` are the numerals for 1, 5, 10, 50, 100, 500 and 1000.
+// Prepends a number as a Roman numeral. `symbols` are the numerals for 1, 5, 10, 50, 100, 500 and 1000.
 void ListMarker::PrependRoman(std::int32_t number, std::wstring_view symbols)
 {
     // The numerals of each digit in reverse order: 0 is the one, 1 the five and 2 the ten of the decimal place.

@@ -83,7 +83,7 @@ private:
     std::size_t _tabs = 0;
     bool _lineBegins = true;
     bool _keepsLine = false;
-    bool _isDue = true; // any of these
+    bool _isDue = true; // true if any of these is pending
 
     bool _space = false;
 

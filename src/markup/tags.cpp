@@ -122,7 +122,7 @@ public:
     }
 
 private:
-    // Starts after the opening character. Continues after the end of the tag, or at the end of the text.
+    // Reads a tag. Starts after the opening character and ends after the tag or at the end of the text.
     void BeginTag()
     {
         StartName();
@@ -177,7 +177,7 @@ private:
         _lastWasSpace = space;
     }
 
-    // In placeholders, each bracket is followed by an underscore and a second bracket.
+    // Skips the underscore and the second bracket that follow each bracket of a placeholder.
     void SkipPlaceholder(wchar_t bracket)
     {
         if (_placeholders && _end - _in >= 2 && _in[0] == L'_' && _in[1] == bracket)

@@ -156,7 +156,8 @@ EnvironmentType EnvironmentTypeOfNames(const wchar_t* userName, const wchar_t* p
     return IsSame(userName, L"system") ? EnvironmentType::Service : EnvironmentType::Unknown;
 }
 
-// A service's token contains either the service group or neither group.
+// Without the interactive group, the process is a service: a service's token contains the service group or neither of
+// the two.
 EnvironmentType EnvironmentTypeOfGroups(const TOKEN_GROUPS& groups)
 {
     return std::any_of(groups.Groups, groups.Groups + groups.GroupCount, IsInteractiveGroup)

@@ -19,7 +19,7 @@ struct Entry
     std::uint8_t code;
 };
 
-// Applies to all sublanguages that are not in the table below.
+// The codes by primary language, for all sublanguages that are not in the table below.
 constexpr Entry kByPrimary[] = {{1, 2}, {2, 6}, {3, 8}, {5, 11}, {6, 12}, {7, 0}, {8, 19}, {10, 37}, {11, 17}, {12, 18},
     {13, 20}, {14, 21}, {15, 22}, {16, 24}, {17, 25}, {18, 26}, {19, 13}, {20, 29}, {21, 30}, {22, 31}, {24, 32},
     {25, 33}, {26, 10}, {27, 34}, {28, 4}, {29, 38}, {30, 39}, {31, 40}, {33, 23}, {34, 41}, {35, 7}, {36, 35},

@@ -1,4 +1,4 @@
-// The language in which the library's callers address the user, as a code of their own numbering.
+// The language in which the library's callers address the user, as a code that the callers define.
 #pragma once
 
 #include <windows.h>

@@ -5,7 +5,8 @@ namespace qx
 namespace
 {
 
-// A static object inside a function, so that it is constructed even if another static object uses it first.
+// Returns the single object for a library. It is static inside a function, so that it is constructed even if another
+// static object uses it first.
 template <class Library>
 Library& TheOne()
 {

@@ -186,7 +186,7 @@ FARPROC CLateLoadBase::FindByAnyName(const wchar_t* name, int argumentBytes) con
     names[1] = String(name) + L"W";
     names[2].Format(L"_%s@%d", name, argumentBytes);
     names[3].Format(L"_%s%c@%d", name, L'W', argumentBytes);
-    // In the shell, some functions have a plain name for the 8-bit version.
+    // In shell32, some plain names are 8-bit versions, so try the name with "W" first.
     if (_wcsicmp(_moduleName, L"shell32") == 0)
         std::swap(names[0], names[1]);
     for (const String& candidate : names)

@@ -110,7 +110,7 @@ private:
         std::uint16_t told = 0;
         if (!bytes || size < sizeof told)
             return;
-        // Readers of the block rely on the length in its first word.
+        // Readers of the block rely on the length in its first word, so reject a length that exceeds the resource.
         std::memcpy(&told, bytes, sizeof told);
         if (told > size)
             return;

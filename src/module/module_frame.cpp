@@ -55,8 +55,8 @@ void LogInvalidParameter(
         });
 }
 
-// The runtime library may be shared by the whole process and must not call into this library once it is unloaded. A
-// handler that another module has set since then is kept.
+// Restores the former handler: the runtime library may be shared by the whole process and must not call into this
+// library once it is unloaded. A handler that another module has set in the meantime is kept.
 void GiveHandlerBack()
 {
     const _invalid_parameter_handler former = formerHandler.exchange(nullptr);
@@ -109,7 +109,7 @@ void ReleaseActivationContext()
         ReleaseActCtx(context);
 }
 
-// Parts of the diagnostics find the program's module by these names.
+// Warns if the system doesn't find the program's module by its path or file name, as parts of the diagnostics do.
 void CheckModuleNames()
 {
     if (GetModuleHandleW(ProcessPaths().path) == nullptr)

@@ -116,9 +116,9 @@ void clsProfArena::StartArea()
     _end = _next + run->bytes;
 }
 
-// Merges free blocks that are neighbours, in time linear in the free blocks and the chunks, and frees the chunks of
-// which nothing is used. Blocks at the lowest addresses will be reused first, so that others become free chunks. If
-// there is no memory for this, it is tried again later.
+// Merges adjacent free blocks, in time linear in the number of free blocks and chunks, and frees the chunks that are no
+// longer used. Blocks at the lowest addresses will be reused first, so that other chunks become free. If there is no
+// memory for the merge, it is tried again later.
 void clsProfArena::MergeFree() noexcept
 {
     try

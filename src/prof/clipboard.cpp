@@ -25,7 +25,8 @@ constexpr wchar_t kTempPrefix[] = L"Prf";
 // Shown by programs that can only paste text.
 constexpr std::string_view kNotice = "PROF data available";
 
-// Registered at first use. The number never changes, and processes that don't use the clipboard never register it.
+// Returns the format of profiles, which is registered at first use. The number never changes, and processes that don't
+// use the clipboard never register it.
 UINT ProfileFormat()
 {
     static const UINT format = RegisterClipboardFormatW(L"QvxProfCBFormat");

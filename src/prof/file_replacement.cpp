@@ -38,7 +38,8 @@ std::wstring_view Shortened(std::wstring_view name)
     return name.substr(0, kLongestSideName - (splitsPair ? 1 : 0));
 }
 
-// The name of the new file depends only on the target, so that a file that a killed process has left is reused.
+// Returns the path of the new file. It depends only on the target, so that a file that a killed process has left is
+// replaced.
 String SideNameOf(const String& path)
 {
     const std::wstring_view all = path.View();
@@ -81,7 +82,7 @@ public:
     }
 
     bool IsOpen() const { return static_cast<bool>(_file); }
-    // The outcome if the file isn't open.
+    // Returns the outcome if the file isn't open.
     FileReplacement Failure() const { return _isBusy ? FileReplacement::Busy : FileReplacement::Impossible; }
     const String& Name() const { return _name; }
     const clsAutoRelease<clsFile*>& File() const { return _file; }
@@ -148,7 +149,7 @@ FileReplacement CreateFileOf(const String& name, const clsProfOutput& content)
         return side.Failure();
     if (!side.Fill(content))
         return FileReplacement::Failed;
-    // Moved while it is open, so that no other save can take its place before. Windows requires it to be closed.
+    // Moves the file while it is open, so that no other save can replace it first. Windows requires it to be closed.
     if (!MoveFileExW(side.Name().Text(), name.Text(), MOVEFILE_WRITE_THROUGH))
     {
         if (GetLastError() != ERROR_SHARING_VIOLATION)

@@ -20,7 +20,8 @@ namespace qx
 namespace
 {
 
-// Reading the switch creates its registry key, so that users can find where to set it.
+// Returns the setting that enables the cache. Reading it creates its registry key, so that users can find where to set
+// it.
 bool ReadCacheSwitch()
 {
     const String key = String(L"software\\trelmo\\trlmut\\") + ProcessBaseName();
@@ -30,7 +31,7 @@ bool ReadCacheSwitch()
     return isEnabled;
 }
 
-// Lengths are returned by exported functions, so they must fit 31 bits.
+// Throws if a text is too long: exported functions return lengths, which must fit 31 bits.
 void CheckLength(std::wstring_view text)
 {
     if (text.size() > String::kAll)

@@ -191,7 +191,7 @@ private:
     std::atomic<std::int32_t> _references = 1;
     bool _isPacked = false;
     bool _expectsName = false; // the file being loaded must still have its name
-    bool _isReplaced = false;  // it doesn't
+    bool _isReplaced = false;  // the loaded file no longer has its name
     bool _isCacheEnabled;
 };
 

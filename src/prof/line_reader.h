@@ -52,8 +52,8 @@ public:
     // Returns the next line without consuming it. Returns an empty text at the end of the source.
     String PeekLine() const;
 
-    // For a source whose head declares UTF-8. Lines that are valid UTF-8 are decoded as UTF-8 even if the detected
-    // encoding is a different one.
+    // Decodes lines that are valid UTF-8 as UTF-8 even if the detected encoding is a different one. Called for a source
+    // whose head declares UTF-8.
     void PreferUTF8() { _prefersUTF8 = true; }
 
     // A 16-bit source is split into lines in place. A caller that takes the image can keep the lines; the reader

@@ -87,7 +87,8 @@ void clsProfJob::Open(const wchar_t* name)
 
     const clsAutoRelease<clsFile*> file(new clsFileRW);
     bool isLoaded = false;
-    // While the job waits for the file, a save may put another one in its place. In the end, the old one is read.
+    // While the job waits for the file, a save may replace it, so the new file is loaded. In the last round, a replaced
+    // file is loaded all the same.
     constexpr int kMostRounds = 100;
     int rounds = 0;
     do
@@ -154,8 +155,8 @@ void clsProfJob::OpenStream(IStream* stream)
 }
 
 // Sets the error itself if the source can't be locked or is too large, because a job on a stream has no caller that
-// would. A source shorter than the magic number is reported by false alone: Open treats it as an error, but an empty
-// stream or clipboard is a valid start.
+// would. For a source shorter than the magic number, it only returns false: Open treats this as an error, but an empty
+// stream or clipboard is valid.
 bool clsProfJob::LoadLayer(clsFile& file, unsigned layer)
 {
     const clsFileGuard guard(file);

@@ -43,8 +43,8 @@ enum class Target
     Held   // opened by the job, which keeps it open
 };
 
-// Replaces the target or, where that isn't possible, writes its contents in place. `successor` receives the file that
-// has replaced it.
+// Replaces the target or, if that isn't possible, overwrites its contents. `successor` receives the file that has
+// replaced it.
 ProfError Deliver(const clsProfOutput& content, clsFile& target, Target kind, clsAutoRelease<clsFile*>& successor)
 {
     const clsFileGuard guard(target);
@@ -93,8 +93,7 @@ ProfError CreateInPlace(const clsProfOutput& content, const String& name)
     return error;
 }
 
-// One attempt to save to a name. Clears `mayWorkLater` if there is no point in trying again: a pipe
-// stays a pipe.
+// Tries once to save to a name. Clears `mayWorkLater` if another attempt is pointless, for example for a pipe.
 ProfError TryToSave(const clsProfOutput& content, const String& name, bool& mayWorkLater)
 {
     clsFileRW target;

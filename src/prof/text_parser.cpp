@@ -32,7 +32,7 @@ void AppendLeaf(scParseState& state, clsItemList& list, const scProfLine& line)
     clsItem& leaf =
         state.reader.IsWide() ? job.NewLeafInImage(name, value, valueLength) : job.NewLeaf(name, {value, valueLength});
     list.AppendItem(leaf);
-    // Control characters of names are read back as their pictures.
+    // A save loses control characters of names: they are read back as their pictures.
     if (!leaf.Name().isPlain && HasControlCharacter(name))
         state.source |= kSourceIgnored;
 }

@@ -17,7 +17,7 @@ constexpr std::size_t kScanPadding = kTextBlockLength;
 struct scLineEnd
 {
     wchar_t* end;
-    bool mayBeEncoded; // a character nearby is in a row with replacement characters
+    bool mayBeEncoded; // a character nearby is in a decoded row, see below
 };
 
 // The replacement characters that loading decodes are in the rows U+23xx, U+24xx and U+30xx.

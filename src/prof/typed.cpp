@@ -113,7 +113,8 @@ bool ReadRect(std::wstring_view text, ProfFields4& result)
     return Scan(text, L"(%d,%d,%d,%d)", &result[0], &result[1], &result[2], &result[3]) == 4;
 }
 
-// Adds with wrap-around, because a width or height may exceed 31 bits. A rectangle that spans all coordinates survives.
+// Adds with wrap-around, because a width or height may exceed 31 bits. A rectangle that spans all coordinates is
+// restored correctly.
 std::int32_t Sum(std::int32_t a, std::int32_t b)
 {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) + static_cast<std::uint32_t>(b));

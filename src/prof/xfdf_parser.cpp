@@ -187,7 +187,7 @@ private:
             wchar_t* const value = std::exchange(_text.begin, end + kEnd.size());
             return Unmasked(value, end);
         }
-        _state.source |= kSourceIgnored; // leading blanks and empty lines of its further lines
+        _state.source |= kSourceIgnored; // its empty lines, and the leading blanks of its further lines
         _value.assign(_text.begin, _text.end);
         do
         {
@@ -202,7 +202,8 @@ private:
         return Unmasked(_value.data(), _value.data() + _value.size());
     }
 
-    // The values of one field share its name. A name that can't be shared is copied, and counted, for each value.
+    // Appends a leaf whose name is the path of the open fields. The values of one field share its name. A name that
+    // can't be shared is copied, and counted, for each value.
     void AppendLeaf(std::wstring_view value)
     {
         const std::wstring_view name = _fields.View();
@@ -223,7 +224,7 @@ private:
             _sharedName != nullptr ? _state.job.NewLeaf(*_sharedName, value) : _state.job.NewLeaf(name, value));
     }
 
-    // A field without any value isn't stored.
+    // Ends the innermost field. A field without any value isn't stored.
     void EndField()
     {
         if (_isEmpty)

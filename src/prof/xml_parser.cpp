@@ -41,7 +41,7 @@ public:
     }
 
 private:
-    // Returns false if reading is finished.
+    // An action returns false if reading is finished.
     using Action = bool (clsXmlParser::*)(scXmlText behindTag);
 
     enum class Place
@@ -96,7 +96,8 @@ private:
             Fail(L"prof::xml: bad format");
     }
 
-    // The end of a comment must follow a blank or tab, or begin the line.
+    // Moves past the end of a comment, which must follow a blank or tab; ParseLine handles an end at the beginning of a
+    // line. Returns false if the comment doesn't end.
     bool EndComment(scXmlText& text)
     {
         wchar_t* end = text.Find(L" -->");
@@ -216,7 +217,7 @@ private:
             _state.source |= kSourceIgnored;
     }
 
-    // A line feed or carriage return alone is written like a pair of both.
+    // Returns true if the value contains a line feed or carriage return alone, which is written like a pair of both.
     static bool HasSingleBreak(std::wstring_view value)
     {
         for (std::size_t at = value.find_first_of(L"\r\n"); at != std::wstring_view::npos;

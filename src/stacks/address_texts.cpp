@@ -10,7 +10,7 @@ namespace qx
 namespace
 {
 
-// Both threads own it, because the service thread of a job that is cut off may still use it.
+// A request for texts. It is owned by both threads, because after a time-out the service thread may still use it.
 struct FormatRequest
 {
     std::vector<std::uint64_t> addresses;
@@ -67,7 +67,7 @@ bool FormatAddresses(clsDBGHelpWrapper& job, std::vector<std::uint64_t> addresse
     auto argument = std::make_unique<SharedRequest>(request);
     const bool isDone = job.RunInSession(RunRequest, argument.get());
     if (job.IsCutOff())
-        argument.release(); // still used
+        argument.release(); // the service thread may still use it
     if (isDone)
         texts = std::move(request->texts);
     return isDone;

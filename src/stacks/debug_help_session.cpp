@@ -25,7 +25,7 @@ constexpr int kParametersWithoutSymbol = 4;
 constexpr ParameterSet kWithoutSymbol = (1 << kParametersWithoutSymbol) - 1;
 constexpr wchar_t kLibraryFile[] = L"dbghelp.dll";
 
-// Returns a variable's value, or an empty text. Longer values than 260 characters are ignored, as paths are.
+// Returns a variable's value, or an empty text. Values longer than a path can be (260 characters) are ignored.
 String EnvironmentText(const wchar_t* name)
 {
     wchar_t text[MAX_PATH];
@@ -273,7 +273,7 @@ bool clsDBGHELP::FindModuleOf(std::uint64_t address, IMAGEHLP_MODULE64& info)
 
 clsDBGHELP* clsDBGHELP::_walking = nullptr;
 
-// The unwinder of some systems finds only modules that the session has loaded.
+// Loads the module first, because the unwinder of some systems finds only modules that the session has loaded.
 DWORD64 CALLBACK clsDBGHELP::BaseForWalk(HANDLE process, DWORD64 address)
 {
     clsDBGHELP& session = *_walking;

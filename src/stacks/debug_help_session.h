@@ -42,7 +42,7 @@ public:
     StackTraceListPtr Walk(const CONTEXT& context, int maximum, unsigned detail = kAllDetail);
 
     // Fills a record. `isExact` states that the address isn't a return address. `frameBase` is the base of addresses in
-    // the frame, or 0, with which no variables are read. Returns the parameters whose values aren't known.
+    // the frame, or 0 to read no variables. Returns the parameters whose values aren't known.
     ParameterSet Describe(
         DBGStackTraceItem& item, std::uint64_t address, bool isExact, std::uint64_t frameBase, unsigned detail);
 
@@ -59,7 +59,7 @@ private:
     static DWORD64 CALLBACK BaseForWalk(HANDLE process, DWORD64 address);
     ParameterSet DescribeSymbol(DBGStackTraceItem& item, std::uint64_t lookedUp, std::uint64_t frameBase);
 
-    static clsDBGHELP* _walking; // for the two functions, which get no context; only one session exists
+    static clsDBGHELP* _walking; // for the two callbacks, which have no context argument; only one session exists
 
     const HANDLE _process = GetCurrentProcess();
     const DWORD _processId = GetCurrentProcessId();

@@ -19,7 +19,7 @@ constexpr DWORD kFailedStartPatience = 1'000;
 constexpr unsigned kStackSize = 0x100000; // debug-help libraries need more than other threads
 
 std::atomic<bool> threadsEnded = false;
-std::atomic<bool> lockIsHeldByJob = false; // also for jobs that work on their callers' threads
+std::atomic<bool> lockIsHeldByJob = false; // also true for jobs that work on their callers' threads
 
 clsCriticalSection& SessionLock()
 {
@@ -27,7 +27,7 @@ clsCriticalSection& SessionLock()
     return lock;
 }
 
-// What an option says about the contents of records.
+// Converts the value of an option to the detail bits of records.
 unsigned DetailOf(unsigned option)
 {
     return option == 1 ? clsDBGHELP::kAllDetail : option;
@@ -145,7 +145,7 @@ int clsDBGHelpWrapper::Run(Command command)
     if (!_usesThread)
         return _result = Execute(command);
     _request.Set();
-    // The wait for the lock has its own limit, within which the command isn't late.
+    // The wait for the lock has its own limit, which is added to the limit of the command.
     const DWORD limit = TheDebugHelpTimes().command + (command == Command::Open ? TheDebugHelpTimes().lock : 0);
     if (WaitForSingleObject(_done.Get(), limit) == WAIT_TIMEOUT)
     {

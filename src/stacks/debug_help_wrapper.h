@@ -1,4 +1,4 @@
-// Jobs of the debug-help service: a thread that owns a session and obeys commands, with a time limit.
+// Jobs of the debug-help service: a thread that owns a session and runs commands with a time limit.
 #pragma once
 
 #include "containers/skip_list.h"
@@ -25,14 +25,14 @@ DebugHelpTimes& TheDebugHelpTimes();
 // Makes later jobs work on the calling thread and wait for no lock. Called when the library is unloaded.
 void EndDebugHelpThreads();
 
-// The lock that each job holds, and a lock for the callers' use of graphics. Both live as long as the library.
+// Return the lock that each job holds, and a lock for the callers' use of graphics. Both live as long as the library.
 clsCriticalSection& DebugHelpThreadingLock();
 clsCriticalSection& GraphicsThreadingLock();
 
 // A job. The subclasses call Begin in their constructors and End in their destructors.
 //
-// The service thread enters the threading lock and the session lock and leaves both, so that a second job waits also on
-// the thread that opened the first one, and so that any thread may close a job.
+// Only the service thread enters and leaves the threading lock and the session lock. Therefore a second job waits even
+// on the thread that opened the first one, and any thread may close a job.
 class clsDBGHelpWrapper : public clsThreadBase
 {
 public:
@@ -49,12 +49,13 @@ public:
 
     unsigned ThreadProc() override;
 
-    // Closes the session and ends the thread. Destructors call it too, but whoever owns a job calls it first and checks
-    // IsCutOff: closing may run out of time like any command.
+    // Closes the session and ends the thread. Destructors call it too, but the owner of a job must call it first and
+    // check IsCutOff, because closing may run out of time like any command.
     void End();
 
     bool HasSession() const { return !_isCutOff && _session != nullptr; }
-    // A command ran out of time. Its thread may still use this object, which must not be destroyed.
+    // Returns true if a command ran out of time. Its thread may still use this object, which must not be destroyed
+    // then.
     bool IsCutOff() const { return _isCutOff; }
 
     // Return a list, or null.

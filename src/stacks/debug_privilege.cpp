@@ -31,7 +31,7 @@ DebugPrivilege::~DebugPrivilege()
         CloseHandle(_token);
 }
 
-// The system succeeds also if the token lacks the privilege, and says so in the last error.
+// The system call succeeds even if the token lacks the privilege; only the last error shows this.
 bool DebugPrivilege::Set(DWORD attributes)
 {
     TOKEN_PRIVILEGES privileges{};

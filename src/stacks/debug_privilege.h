@@ -6,8 +6,8 @@
 namespace qx
 {
 
-// Enables SeDebugPrivilege of the process for its own lifetime, and disables it afterwards. A failure is written to the
-// debug output; on systems without tokens nothing happens.
+// Enables SeDebugPrivilege of the process for the lifetime of the object, and disables it afterwards. A failure is
+// written to the debug output; on systems without tokens nothing happens.
 class DebugPrivilege
 {
 public:

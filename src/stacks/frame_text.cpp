@@ -142,7 +142,7 @@ void FormatFrame(
     String module;
     module.Assign(item.module);
     module = String(FileNameOf(module.View()));
-    // The module that contains the instruction; an address after the end of a module may be a return address.
+    // Finds the module by the address of the instruction, because a return address may be past the end of its module.
     const std::uint64_t inside = isExact ? address : address - 1;
     MEMORY_BASIC_INFORMATION region{};
     if ((module.IsEmpty() || item.moduleBase == 0) &&

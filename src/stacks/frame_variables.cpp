@@ -177,7 +177,8 @@ void DecodeEight(DBGParameter& parameter, std::uint64_t address, unsigned baseTy
     }
 }
 
-// Structures of these sizes aren't shown, because they could be taken for a number.
+// Returns true for the sizes of numbers. Structures of these sizes aren't shown, because they could be mistaken for
+// numbers.
 bool HasSizeOfValue(const SYMBOL_INFO& symbol)
 {
     return symbol.Size <= sizeof(std::uint64_t) && (symbol.Size & (symbol.Size - 1)) == 0;

@@ -19,8 +19,8 @@ public:
     {
     }
 
-    // Adds the parameters first, then the local variables. Returns those that aren't in memory, so that their values
-    // aren't known.
+    // Adds the parameters first, then the local variables. Returns the parameters that aren't in memory, whose values
+    // are therefore unknown.
     ParameterSet Read();
 
 private:

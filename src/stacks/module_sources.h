@@ -19,7 +19,7 @@ struct LoadedModule
 std::vector<LoadedModule> ModulesOfSnapshot();
 std::vector<LoadedModule> ModulesOfProcess();
 
-// The file, name and size of a module. Texts are empty and the size is 0 if the system doesn't know them.
+// The file, name and size of a module. Texts are empty and the size is 0 if the system doesn't report them.
 struct ModuleFacts
 {
     String path;

@@ -57,7 +57,7 @@ enum ParameterKind : std::uint32_t
     kPointer = 8,
 };
 
-// Copies a text to a field, cut if necessary.
+// Copies a text to a field, truncating it if necessary.
 template <std::size_t Size>
 void CopyToField(std::string_view text, char (&field)[Size])
 {
@@ -132,7 +132,7 @@ public:
     }
     std::int32_t QXUT_COMCALL IsEmpty() override { return _items->list.IsEmpty() ? 1 : 0; }
 
-    // Callers see it as the last slot.
+    // The last slot of the vtable, after the functions of the interface.
     virtual ~clsDBGList() = default;
 
     void Append(std::unique_ptr<Item> item)

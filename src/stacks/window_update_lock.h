@@ -6,8 +6,8 @@
 namespace qx
 {
 
-// Stops the painting of the top-level window that contains `window`, for its own lifetime. Does nothing for a null
-// window or on systems without windows.
+// Stops the painting of the top-level window that contains `window`, for the lifetime of the object. Does nothing for a
+// null window or on systems without windows.
 class WindowUpdateLock
 {
 public:

@@ -141,8 +141,8 @@ void clsThreadedJobDispatcher::Close()
 }
 
 // Runs jobs and passes each finished job to `handBack` until no jobs are left. If there is neither a job to run nor a
-// finished job, calls `mayWait`: true means that this function must wait for the event, false that `mayWait` has waited
-// itself. Only in this case does it check for the end and yield. An empty dispatcher calls `mayWait` once.
+// finished job, calls `mayWait`. If it returns true, this function waits for the event; otherwise `mayWait` has waited
+// itself. Afterwards checks for the end, and yields. Calls `mayWait` once even if the dispatcher is empty.
 template <class HandBack, class MayWait>
 void clsThreadedJobDispatcher::RunUntilDone(HandBack handBack, MayWait mayWait)
 {

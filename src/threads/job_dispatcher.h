@@ -57,10 +57,10 @@ protected:
 
     static constexpr std::size_t kCacheLine = 64;
 
-    // A forked child has the dispatcher but none of its workers. Forgets them, and releases the jobs that they were
-    // running, because nobody would finish them. Must be called before the dispatcher is used.
+    // Forgets the workers, which a forked child doesn't have, and releases the jobs that they were running, because
+    // nobody would finish them. Must be called before the dispatcher is used.
     void ForgetForeignWorkers();
-    // Called with the lock held. The workers belong to another process.
+    // Forgets the workers, which belong to another process. Called with the lock held.
     virtual void ForgetWorkers() = 0;
 
     // Returns true if queued jobs might never reach a worker.
@@ -89,7 +89,7 @@ private:
     ThreadedJobs DropJobs(int group);
     bool OthersHaveJobs(int group) const;
 
-    std::atomic<DWORD> _process = GetCurrentProcessId(); // that has the workers
+    std::atomic<DWORD> _process = GetCurrentProcessId(); // the process that has the workers
     JobInHand* _firstInHand = nullptr;
 };
 

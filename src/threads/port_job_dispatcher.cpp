@@ -13,7 +13,7 @@ namespace
 
 constexpr DWORD kPacketBytes = 8;
 
-// The packet that wakes a worker. A packet without it ends the worker.
+// The packet that wakes a worker. A packet without this structure ends the worker.
 OVERLAPPED wakeUp{};
 
 long long CounterNow()
@@ -60,7 +60,7 @@ clsThreadedJobDispatcherUsingIoCompletionPort::~clsThreadedJobDispatcherUsingIoC
     bool areTold = true;
     for (std::size_t worker = 0; worker < _workers.Count(); ++worker)
         areTold = PostQueuedCompletionStatus(_port.Get(), 0, 0, nullptr) && areTold;
-    if (!areTold) // there is no memory for a packet; the end of the port ends the waits as well
+    if (!areTold) // no memory for a packet; closing the port ends the waits as well
         _port.Release();
     _workers.Clear();
     _port.Release();

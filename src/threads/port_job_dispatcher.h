@@ -84,11 +84,11 @@ private:
 
     const String _name;
     WCValSList<std::unique_ptr<clsThreadedJobProcessorUsingIoCompletionPort>> _workers;
-    std::atomic<int> _activeWorkers = 0; // that haven't ended yet
+    std::atomic<int> _activeWorkers = 0; // workers that haven't ended yet
     std::atomic<bool> _isClosing = false;
     std::atomic<bool> _lacksPackets = false; // posting failed, so a job may stay queued
     std::atomic<bool> _hasQueued = false;    // readable without the lock
-    std::atomic<bool> _isWatched = false;    // by a worker that will take the next job
+    std::atomic<bool> _isWatched = false;    // a worker watches the queue and will take the next job
     std::size_t _waitingWorkers = 0;         // at the port, or about to wait there
     std::size_t _packets = 0;                // posted, but not yet received by a worker
     clsGenericHandleObjectAutoRelease _port;

@@ -21,7 +21,8 @@ struct Manager
     std::unique_ptr<clsTempFileRemover> remover;
 };
 
-// Not a static object: if the caller doesn't close the manager, the end of the process must not wait for its thread.
+// Returns the manager. It isn't a static object: if the caller doesn't close the manager, the end of the process must
+// not wait for its thread.
 Manager& TheManager()
 {
     static Manager& manager = MakeForever<Manager>();

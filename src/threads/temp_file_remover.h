@@ -38,7 +38,7 @@ public:
 
     unsigned ThreadProc() override;
 
-    // The periodic work of the thread. Returns the pause before the next round in milliseconds.
+    // Does the periodic work of the thread. Returns the pause before the next round in milliseconds.
     DWORD Round();
 
 private:

@@ -70,11 +70,11 @@ public:
     const char* Name() const { return _name.get(); }
     unsigned ThreadId() const { return _threadId; }
     unsigned StarterId() const { return _starterId; }
-    // Set when the handle is closed; (unsigned)-1 from the start until then.
+    // Returns the exit code. It is set when the handle is closed, and is (unsigned)-1 from the start until then.
     unsigned ExitCode() const { return _exitCode; }
 
 protected:
-    // For use by the thread only. Null if no timeline is recorded.
+    // Returns the marks of the thread, or null if no timeline is recorded. For use by the thread only.
     ThreadMarks* Marks() const { return _marks.get(); }
 
 private:

@@ -32,7 +32,7 @@ public:
     void SetPosition(std::uint64_t position) { _position = position; }
     bool ReadAt(std::uint64_t position, void* target, std::size_t count);
 
-    // The functions for unzOpen2_64. They refer to this object.
+    // Returns the functions for unzOpen2_64. They refer to this object.
     zlib_filefunc64_def Functions();
 
     // WatchSeeks starts recording; FirstSeek returns the position of the first seek since then. minizip seeks to an

@@ -13,7 +13,7 @@ enum class ExtractResult
 {
     Done = 0,
     CannotOpen = -1,  // the archive is missing, can't be opened, or is a pipe or a device
-    NotArchive = -2,  // or its directory is damaged; members before the damage are extracted
+    NotArchive = -2,  // not an archive, or its directory is damaged; members before the damage are extracted
     Incomplete = -3,  // some members were not extracted, all others were
     CannotWrite = -4, // a folder can't be created, or the disk is full; the members that follow were not extracted
     Stopped = -6      // by the progress function

@@ -66,7 +66,7 @@ std::string_view UnicodePath(std::string_view name, std::string_view extra)
 
 constexpr std::size_t kLongestPosixName = 255; // bytes
 
-// The rules of Windows. Colons aren't allowed: they name a drive or an alternate stream.
+// Returns true if the rules of Windows allow the name. Colons aren't allowed: they name a drive or an alternate stream.
 bool IsAllowedOnWindows(const String& part)
 {
     return part.View().find(L':') == std::wstring_view::npos && !IsDeviceName(part) && IsFileNameAllowed(part);
@@ -85,7 +85,8 @@ bool HasDrive(const String& name)
     return letter >= L'a' && letter <= L'z' && name.CharAt(1) == L':';
 }
 
-// On systems that allow colons in names, "c:" is a drive only if a separator follows, and never in a name from POSIX.
+// Returns true for an absolute name or a name with a drive. On systems that allow colons in names, "c:" is a drive only
+// if a separator follows, and never in a name from POSIX.
 bool LeadsOut(const String& name, bool isFromPosix)
 {
     if (!kHasPosixFiles)

@@ -21,7 +21,7 @@ constexpr std::uint8_t kLowFlagFinalizer = 0x80;
 // Far more than the properties of any document. A larger result is an attempt to exhaust memory.
 constexpr std::size_t kMostTextBytes = 64 << 20;
 
-// The central directory is mostly in the same part of the file as the end record.
+// The central directory is usually in the same part of the file as the end record.
 constexpr std::uint64_t kTailSize = 4096;
 constexpr std::size_t kFirstInflated = 4096;
 
@@ -66,7 +66,7 @@ char LowerCase(char c)
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-// Nearly all names are ASCII, which needs no conversion.
+// Compares names, ignoring case. Nearly all names are ASCII, which needs no conversion.
 bool IsSameName(std::string_view name, std::string_view wanted)
 {
     const std::string_view text = name.substr(0, name.find('\0'));
@@ -145,7 +145,7 @@ void clsZIPMember::ReadData(FileWindow& file, const scZIPLocalRecord& local)
     }
 }
 
-// Data that are cut off are no failure, and neither are bytes behind the data.
+// Decompresses the data. Truncated data and bytes after the data aren't failures.
 void clsZIPMember::Inflate(FileWindow& file, std::uint64_t offset, std::uint32_t size)
 {
     z_stream stream{};
@@ -211,7 +211,8 @@ bool ReadCentralRecord(scZIPCentralRecord& record, FileWindow& file, std::uint64
         return false;
     const std::size_t size = sizeof header + header.nameLength + std::size_t{header.extraLength} + header.commentLength;
     record.next = offset + size;
-    // Compared as 32-bit values; documents are never that large. The end record must follow the last entry.
+    // Compared as 32-bit values, because documents are never larger than 2 GB. A record can't reach the end of the
+    // file, because the end record follows the last one.
     if (static_cast<std::int32_t>(record.next) >= static_cast<std::int32_t>(file.Size()))
         return false;
     const std::uint8_t* const bytes = file.At(offset, size);

@@ -15,12 +15,12 @@ namespace qx
 
 class FileWindow;
 
-// Records as read, with what follows from them.
+// Central and local records as parsed, with the offsets derived from them.
 struct scZIPCentralRecord
 {
     scZIPCentralHeader header{};
     std::string_view name;  // valid until the next bytes are read
-    std::uint64_t next = 0; // the offset behind the record
+    std::uint64_t next = 0; // the offset after the record
 };
 
 struct scZIPLocalRecord

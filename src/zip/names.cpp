@@ -25,7 +25,7 @@ String WithoutRoot(const String& name)
     return name;
 }
 
-// Look-alike replacements count as missing characters, because a name must survive the round trip.
+// Converts a text. Look-alike replacements count as missing characters, because converting a name back must restore it.
 int Convert(const String& text, unsigned codePage, char* bytes, int room, BOOL* usedDefault)
 {
     const DWORD flags = codePage == kZipUtf8CodePage ? 0 : WC_NO_BEST_FIT_CHARS;

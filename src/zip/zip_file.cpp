@@ -64,7 +64,7 @@ void SetTimeAndAttributes(clsZIPFileEntry& entry, HANDLE source, const String& p
     entry.attributes = isKnown ? info.dwFileAttributes : GetFileAttributesW(path);
 }
 
-// The name of the source isn't checked against the rules of Windows on systems that allow more characters.
+// Opens a source file. Its name isn't checked on systems that allow more characters in names than Windows.
 clsFileRO OpenedSource(const String& path)
 {
     if (!kHasPosixFiles)
@@ -82,7 +82,7 @@ clsFileRO OpenedSource(const String& path)
     return clsFileRO(file.Detach());
 }
 
-// Name and comment are stored unchanged and in UTF-8, as on Unix.
+// Stores name and comment unchanged and in UTF-8, as archivers on Unix do.
 void SetPosixName(clsZIPFileEntry& entry, const String& name, const String& comment)
 {
     const auto isAscii = [](wchar_t c)
@@ -127,7 +127,7 @@ void SetMode(clsZIPFileEntry& entry, std::uint32_t type, std::uint32_t mode)
     entry.attributes = (type | (mode & kZipModePermissions)) << 16 | (entry.attributes & kDosAttributes);
 }
 
-// Only the name in the header gets the trailing slash; storedName doesn't.
+// Makes the entry of a folder. Only the name in the header gets the trailing slash; storedName doesn't.
 std::unique_ptr<clsZIPFileEntry> NewFolderEntry(
     const String& path, const String& storedName, const WIN32_FIND_DATAW& data)
 {

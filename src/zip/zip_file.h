@@ -66,7 +66,7 @@ public:
 
     // Adds the files in the folder `relative` below `base` that match the pattern, with names relative to `base`. With
     // kSubfolders, also adds everything in the subfolders, regardless of the pattern. Files that can't be added are
-    // skipped: the result is the first failure's, and the failure text names that file.
+    // skipped; the result is the code of the first failure, and the failure text names that file.
     int AddList(const String& base, const String& relative, const String& pattern, std::uint32_t flags);
 
     // Writes the archive. Returns kOk or kCannotWrite. On failure, a partial archive remains.

@@ -10,17 +10,13 @@
 using namespace qx;
 using qxtest::DebugLines;
 
-namespace
-{
-
 TEST(GuardTest, NoExceptionComesThrough)
 {
     const std::tuple<void (*)(), DWORD, const wchar_t*> cases[] = {
         {[] { throw std::bad_alloc(); }, ERROR_NOT_ENOUGH_MEMORY, L"ERR: out of memory in an exported function"},
         {[] { throw std::runtime_error("reason"); }, ERROR_INTERNAL_ERROR,
             L"ERR: exception in an exported function: reason"},
-        {[] { throw 7; }, ERROR_INTERNAL_ERROR, L"ERR: exception in an exported function"},
-    };
+        {[] { throw 7; }, ERROR_INTERNAL_ERROR, L"ERR: exception in an exported function"}};
     for (const auto& [work, error, line] : cases)
     {
         DebugLines lines;
@@ -33,5 +29,3 @@ TEST(GuardTest, NoExceptionComesThrough)
     }
     EXPECT_EQ(Guarded(-9, [] { return 5; }), 5);
 }
-
-} // namespace

@@ -19,7 +19,7 @@ class Clipboard : public testing::Test
 protected:
     void SetUp() override { ASSERT_TRUE(OpenClipboard(nullptr) && EmptyClipboard() && CloseClipboard()); }
 
-    const std::string& _home = OwnRegistryFolder(); // before the format is registered there
+    const std::string _home = OwnRegistryFolder(); // before the format is registered there
     const UINT _format = RegisterClipboardFormatW(L"qxplatform test");
 };
 
@@ -33,17 +33,17 @@ TEST_F(Clipboard, FormatsAreKnownByNameWithoutCase)
     EXPECT_NE(other, _format);
     EXPECT_EQ(RegisterClipboardFormatW(L"QXPLATFORM Test"), _format);
     EXPECT_EQ(RegisterClipboardFormatW(L"qxplatform test \x00C4"), other);
-    EXPECT_EQ(ErrorOf([] { return RegisterClipboardFormatW(L""); }), DWORD{ERROR_INVALID_NAME});
+    EXPECT_ERROR(ERROR_INVALID_NAME, RegisterClipboardFormatW(L""));
 }
 
 TEST_F(Clipboard, BelongsToTheThreadThatOpenedIt)
 {
     const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, 4);
-    EXPECT_EQ(ErrorOf([&] { return SetClipboardData(_format, block) != nullptr; }), DWORD{ERROR_CLIPBOARD_NOT_OPEN});
+    EXPECT_ERROR(ERROR_CLIPBOARD_NOT_OPEN, SetClipboardData(_format, block) != nullptr);
     GlobalFree(block);
-    EXPECT_EQ(ErrorOf([&] { return GetClipboardData(_format) != nullptr; }), DWORD{ERROR_CLIPBOARD_NOT_OPEN});
-    EXPECT_EQ(ErrorOf(EmptyClipboard), DWORD{ERROR_CLIPBOARD_NOT_OPEN});
-    EXPECT_EQ(ErrorOf(CloseClipboard), DWORD{ERROR_CLIPBOARD_NOT_OPEN});
+    EXPECT_ERROR(ERROR_CLIPBOARD_NOT_OPEN, GetClipboardData(_format) != nullptr);
+    EXPECT_ERROR(ERROR_CLIPBOARD_NOT_OPEN, EmptyClipboard());
+    EXPECT_ERROR(ERROR_CLIPBOARD_NOT_OPEN, CloseClipboard());
 
     if (!kIsLayer)
         return; // the system distinguishes callers by their windows and admits all callers without one
@@ -51,8 +51,8 @@ TEST_F(Clipboard, BelongsToTheThreadThatOpenedIt)
     std::thread(
         []
         {
-            EXPECT_EQ(ErrorOf([] { return OpenClipboard(nullptr); }), DWORD{ERROR_ACCESS_DENIED});
-            EXPECT_EQ(ErrorOf(CloseClipboard), DWORD{ERROR_CLIPBOARD_NOT_OPEN});
+            EXPECT_ERROR(ERROR_ACCESS_DENIED, OpenClipboard(nullptr));
+            EXPECT_ERROR(ERROR_CLIPBOARD_NOT_OPEN, CloseClipboard());
         })
         .join();
     EXPECT_TRUE(CloseClipboard());

@@ -1,4 +1,7 @@
 // Streams on global memory.
+#include "support/com_pointer.h"
+#include "support/run_in_threads.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -7,19 +10,12 @@
 #include <objidl.h>
 
 #include <cstring>
-#include <memory>
 #include <string>
-#include <thread>
-#include <vector>
 
 namespace
 {
 
-struct Releaser
-{
-    void operator()(IUnknown* object) const { object->Release(); }
-};
-using StreamHolder = std::unique_ptr<IStream, Releaser>;
+using StreamHolder = qxtest::ComPointer<IStream>;
 
 StreamHolder MakeStream(HGLOBAL memory = nullptr, bool freeIt = true)
 {
@@ -162,19 +158,16 @@ TEST(GlobalStream, ClonesMayBeUsedByDifferentThreads)
 {
     const StreamHolder stream = MakeStream();
     stream->SetSize({.QuadPart = 4});
-    std::vector<std::thread> threads;
-    for (char letter = 'a'; letter < 'e'; ++letter)
-        threads.emplace_back(
-            [letter, own = CloneOf(stream)]
+    const StreamHolder clones[] = {CloneOf(stream), CloneOf(stream), CloneOf(stream), CloneOf(stream)};
+    qxtest::RunInThreads(4,
+        [&clones](unsigned number)
+        {
+            for (unsigned i = 0; i < 2000; ++i)
             {
-                for (int i = 0; i < 2000; ++i)
-                {
-                    SeekTo(own, i * 4 + letter - 'a');
-                    Write(own, std::string(1, letter));
-                }
-            });
-    for (std::thread& thread : threads)
-        thread.join();
+                SeekTo(clones[number], i * 4 + number);
+                Write(clones[number], std::string(1, static_cast<char>('a' + number)));
+            }
+        });
     std::string expected;
     for (int i = 0; i < 2000; ++i)
         expected += "abcd";

@@ -1,10 +1,8 @@
-// Basics of COM: BSTRs and identifiers.
+// BSTRs.
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
-#include <objbase.h>
-#include <objidl.h>
 #include <oleauto.h>
 
 #include <cstring>
@@ -68,13 +66,6 @@ TEST(Bstr, ReallocationReplacesTheText)
     EXPECT_TRUE(SysReAllocStringLen(&bstr, L"", 0));
     EXPECT_EQ(SysStringLen(bstr), 0u);
     SysFreeString(bstr);
-}
-
-TEST(Identifier, InterfacesHaveThePublishedOnes)
-{
-    for (const auto& [iid, number] :
-        {std::pair<IID, DWORD>(IID_IUnknown, 0), {IID_IMarshal, 3}, {IID_IStorage, 0xB}, {IID_IStream, 0xC}})
-        EXPECT_EQ(iid, (IID{number, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}})) << number;
 }
 
 } // namespace

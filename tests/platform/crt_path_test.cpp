@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <errno.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <wchar.h>
 
@@ -29,10 +30,9 @@ TEST(CrtPath, SplitsIntoRoomThatFits)
         EXPECT_EQ(_wsplitpath_s(kPath, drive, room, directory, directoryRoom, name, nameRoom, extension, extensionRoom),
             result);
         EXPECT_EQ(errno, result);
-        EXPECT_STREQ(drive, result == 0 ? L"c:" : L"");
-        EXPECT_STREQ(directory, result == 0 ? L"\\ab\\" : L"");
-        EXPECT_STREQ(name, result == 0 ? L"cd" : L"");
-        EXPECT_STREQ(extension, result == 0 ? L".ef" : L"");
+        wchar_t parts[20];
+        _snwprintf(parts, 20, L"%s|%s|%s|%s", drive, directory, name, extension);
+        EXPECT_STREQ(parts, result == 0 ? L"c:|\\ab\\|cd|.ef" : L"|||");
     }
     wchar_t name[3];
     EXPECT_EQ(_wsplitpath_s(kPath, nullptr, 0, nullptr, 0, name, 3, nullptr, 0), 0);

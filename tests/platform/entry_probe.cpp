@@ -1,14 +1,10 @@
 // A library that records the order in which its initialisation and cleanup run.
+#include "exported.h"
+
 #include <windows.h>
 
 #include <cstdio>
 #include <cstring>
-
-#if defined(_WIN32) // each target marks exported names differently
-#define EXPORTED __declspec(dllexport)
-#else
-#define EXPORTED __attribute__((visibility("default")))
-#endif
 
 namespace
 {

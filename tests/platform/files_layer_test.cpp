@@ -1,8 +1,8 @@
 // Features only the layer has: drives and shares as links, names that are not UTF-8, links, locks of other programs.
+#include "support/own_drives.h"
 #include "system_support.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <utility>
@@ -28,33 +28,20 @@ class FilesOfTheLayer : public testing::Test
 protected:
     FilesOfTheLayer()
     {
-        if (const char* const former = std::getenv("QXPLATFORM_HOME"))
-            _formerHome = former;
-        setenv("QXPLATFORM_HOME", (native / "home").c_str(), 1);
-        fs::create_directories(native / "home/dosdevices/unc/server");
-        fs::create_directories(native / "home/dosdevices/unc/mixed");
-        fs::create_directories(native / "drive");
-        fs::create_directories(native / "share");
-        fs::create_directory_symlink(native / "drive", native / "home/dosdevices/c:");
-        fs::create_directory_symlink(native / "share", native / "home/dosdevices/unc/server/share");
-        fs::create_directory_symlink(native / "share", native / "home/dosdevices/unc/mixed/SHARE");
+        fs::create_directory(native / "drive");
+        fs::create_directory(native / "share");
+        drives.MakeShare("server", "empty");
+        drives.Link("c:", native / "drive");
+        drives.Link("unc/server/share", native / "share");
+        MakeNative(drives.MakeShare("mixed", "SHARE") / "file", "on the other share");
         MakeNative(native / "drive/file", "on the drive");
         MakeNative(native / "share/file", "on the share");
         MakeNative(native / "file", "at the root");
     }
-    ~FilesOfTheLayer() override
-    {
-        if (_formerHome.empty())
-            unsetenv("QXPLATFORM_HOME");
-        else
-            setenv("QXPLATFORM_HOME", _formerHome.c_str(), 1);
-    }
 
     const Folder folder;
     const fs::path native = folder.path().Narrow();
-
-private:
-    std::string _formerHome;
+    const OwnDrives drives;
 };
 
 TEST_F(FilesOfTheLayer, FormsOfPaths)
@@ -70,7 +57,7 @@ TEST_F(FilesOfTheLayer, FormsOfPaths)
         {L"C:\\file", "on the drive"}, {L"c:file", "on the drive"},
         {L"C:\\..\\..\\file", "on the drive"}, // the root of a drive has no parent
         {L"\\\\?\\C:\\file", "on the drive"}, {L"\\\\server\\share\\file", "on the share"},
-        {L"\\\\SERVER\\Share\\sub\\..\\file", "on the share"}, {L"\\\\mixed\\SHARE\\file", "on the share"},
+        {L"\\\\SERVER\\Share\\sub\\..\\file", "on the share"}, {L"\\\\mixed\\SHARE\\file", "on the other share"},
         {L"\\\\?\\UNC\\server\\share\\file", "on the share"}};
     for (const auto& [path, content] : cases)
         EXPECT_EQ(BytesOf(path), content) << path.Narrow();
@@ -173,10 +160,9 @@ TEST_F(FilesOfTheLayer, WhatIsMadeInATempFolderForAllIsForItsUserAlone)
     EXPECT_EQ(mode("temp/file"), 0600u);
     EXPECT_EQ(mode("beside"), 0644u);
     constexpr uid_t kAnother = 65534;
-    if (geteuid() == 0 &&
-        chown((native / "temp/own").c_str(), kAnother, kAnother) == 0) // only root can create such a folder
+    if (chown((native / "temp/own").c_str(), kAnother, kAnother) == 0) // only root can create such a folder
     {
-        EXPECT_EQ(ErrorOf([&] { return CreateDirectoryW(folder / L"temp/own", nullptr); }), DWORD{ERROR_ACCESS_DENIED});
+        EXPECT_ERROR(ERROR_ACCESS_DENIED, CreateDirectoryW(folder / L"temp/own", nullptr));
     }
     SetEnvironmentVariableW(L"TMPDIR", nullptr);
 }
@@ -189,11 +175,7 @@ TEST_F(FilesOfTheLayer, LocksOfOtherPrograms)
     ASSERT_GE(other, 0);
     const auto lock = [other](short type, off_t length)
     {
-        struct flock request
-        {
-        };
-        request.l_type = type;
-        request.l_len = length;
+        struct flock request = {type, SEEK_SET, 0, length, 0};
         return fcntl(other, F_OFD_SETLK, &request);
     };
     // Another program can lock a file's data in spite of the layer's locks.
@@ -201,7 +183,7 @@ TEST_F(FilesOfTheLayer, LocksOfOtherPrograms)
         const Handle file = Open(path, GENERIC_READ | GENERIC_WRITE, 0);
         EXPECT_TRUE(file);
         EXPECT_EQ(lock(F_WRLCK, 1000), 0);
-        EXPECT_EQ(ErrorOf([&] { return LockFile(file, 0, 0, 1, 0); }), DWORD{ERROR_LOCK_VIOLATION});
+        EXPECT_ERROR(ERROR_LOCK_VIOLATION, LockFile(file, 0, 0, 1, 0));
         // The layer's locks don't hide locks that already existed.
         EXPECT_EQ(lock(F_RDLCK, 0), 0);
         EXPECT_EQ(OpenError(path, GENERIC_READ), DWORD{ERROR_SHARING_VIOLATION});

@@ -1,13 +1,9 @@
 // Guarantees between processes: sharing modes, byte locks, the end of a process. The second process is this program.
-#include "system_support.h"
-
 #include "peer.h"
+#include "support/run_in_threads.h"
 
 #include <algorithm>
-#include <iterator>
-#include <thread>
-#include <utility>
-#include <vector>
+#include <memory>
 
 using namespace qxtest;
 
@@ -25,13 +21,12 @@ protected:
 
 TEST_F(FilesBetweenProcesses, NothingIsLeftOfAProcessThatIsKilled)
 {
-    Peer peer(folder, "lock", path, kReadWrite, 0);
+    Peer peer("lock", path, kReadWrite, 0);
     ASSERT_TRUE(peer.WaitUntilReady());
     EXPECT_EQ(OpenError(path, GENERIC_READ, kShareAll), DWORD{ERROR_SHARING_VIOLATION});
     EXPECT_EQ(peer.Kill(77), 77u);
     const Handle file = Open(path, kReadWrite, 0);
-    ASSERT_TRUE(file);
-    EXPECT_TRUE(LockFile(file, 0, 0, 1, 0));
+    EXPECT_TRUE(LockFile(file, 0, 0, 10, 0));
 }
 
 TEST_F(FilesBetweenProcesses, ByteLocksHold)
@@ -41,12 +36,12 @@ TEST_F(FilesBetweenProcesses, ByteLocksHold)
              {GENERIC_READ, GENERIC_READ}, {kReadWrite, kReadWrite}})
     {
         SCOPED_TRACE(testing::Message() << std::hex << access << " then " << access2);
-        Peer peer(folder, "lock", path, access, kShareAll); // locks bytes 2 to 4
+        Peer peer("lock", path, access, kShareAll); // locks bytes 2 to 4
         ASSERT_TRUE(peer.WaitUntilReady());
         const Handle file = Open(path, access2, kShareAll);
         ASSERT_TRUE(file);
-        EXPECT_EQ(ErrorOf([&] { return LockFile(file, 0, 0, 10, 0); }), DWORD{ERROR_LOCK_VIOLATION});
-        EXPECT_EQ(ErrorOf([&] { return LockFile(file, 4, 0, 1, 0); }), DWORD{ERROR_LOCK_VIOLATION});
+        EXPECT_ERROR(ERROR_LOCK_VIOLATION, LockFile(file, 0, 0, 10, 0));
+        EXPECT_ERROR(ERROR_LOCK_VIOLATION, LockFile(file, 4, 0, 1, 0));
         EXPECT_TRUE(LockFile(file, 0, 0, 2, 0));
         EXPECT_TRUE(LockFile(file, 5, 0, 0xFFFFFFFF, 0xFFFFFFFF - 1)) << "up to the last offset";
         EXPECT_TRUE(UnlockFile(file, 0, 0, 2, 0));
@@ -56,7 +51,7 @@ TEST_F(FilesBetweenProcesses, ByteLocksHold)
             EXPECT_EQ(ReadBytes(file, 2), "01") << "before the locked bytes";
             EXPECT_FALSE(WriteBytes(file, "x"));
         }
-        EXPECT_EQ(peer.Finish(), 0u);
+        peer.Kill(0);
         EXPECT_TRUE(LockFile(file, 0, 0, 5, 0));
     }
 }
@@ -65,18 +60,17 @@ TEST_F(FilesBetweenProcesses, ByteLocksHold)
 // read-only). The final sum shows that each increment was made under exclusive access.
 TEST_F(FilesBetweenProcesses, OnlyOneOfManyGetsTheFileOrTheLock)
 {
-    constexpr int kPeers = 4, kRounds = 150;
+    constexpr DWORD kRounds = 150;
     for (const char* const task : {"count", "countlocked"})
     {
         const Text counter = folder / Text::Widen(task);
         MakeFile(counter, "0");
-        std::vector<std::unique_ptr<Peer>> all;
-        for (int index = 0; index < kPeers; ++index)
-            all.push_back(std::make_unique<Peer>(
-                folder, task, counter, index % 2 == 0 ? kReadWrite : DWORD{GENERIC_READ}, kRounds));
-        for (const auto& peer : all)
-            EXPECT_EQ(peer->Finish(), 0u);
-        EXPECT_EQ(BytesOf(counter), std::to_string(kPeers * kRounds));
+        std::vector<std::unique_ptr<Peer>> peers;
+        for (const DWORD access : {kReadWrite, DWORD{GENERIC_READ}, kReadWrite, DWORD{GENERIC_READ}})
+            peers.push_back(std::make_unique<Peer>(task, counter, access, kRounds));
+        for (const auto& peer : peers)
+            EXPECT_EQ(peer->WaitForEnd(), 0u);
+        EXPECT_EQ(BytesOf(counter), std::to_string(peers.size() * kRounds));
     }
 }
 
@@ -94,21 +88,19 @@ TEST_F(FilesBetweenProcesses, OneOfTwoAlwaysGetsTheFile)
                 std::this_thread::yield();
     };
     std::atomic<int> winners[kRounds] = {};
-    const auto compete = [&]
-    {
-        for (int round = 0; round < kRounds; ++round)
+    RunInThreads(2,
+        [&](unsigned)
         {
-            meet(3 * round + 1);
-            Handle file = Open(path, kReadWrite, FILE_SHARE_READ);
-            winners[round] += file ? 1 : 0;
-            meet(3 * round + 2); // kept open until the other thread has tried
-            file.Close();
-            meet(3 * round + 3);
-        }
-    };
-    std::thread other(compete);
-    compete();
-    other.join();
+            for (int round = 0; round < kRounds; ++round)
+            {
+                meet(3 * round + 1);
+                Handle file = Open(path, kReadWrite, FILE_SHARE_READ);
+                winners[round] += file ? 1 : 0;
+                meet(3 * round + 2); // kept open until the other thread has tried
+                file.Close();
+                meet(3 * round + 3);
+            }
+        });
     EXPECT_TRUE(std::all_of(std::begin(winners), std::end(winners), [](int count) { return count == 1; }));
 }
 

@@ -12,7 +12,14 @@ using namespace qxtest;
 namespace
 {
 
-TEST(FilesOpen, DispositionsTellWhatTheyFound)
+class Files : public testing::Test
+{
+protected:
+    const Folder folder;
+    const Text path = folder / L"file";
+};
+
+TEST_F(Files, DispositionsTellWhatTheyFound)
 {
     // The last errors are those of a failure and of a success.
     constexpr std::tuple<DWORD, bool, DWORD, DWORD, const char*> kCases[] = {{CREATE_NEW, false, 0, 0, ""},
@@ -20,8 +27,6 @@ TEST(FilesOpen, DispositionsTellWhatTheyFound)
         {CREATE_ALWAYS, true, 0, ERROR_ALREADY_EXISTS, ""}, {OPEN_EXISTING, false, ERROR_FILE_NOT_FOUND, 0, ""},
         {OPEN_EXISTING, true, 0, 0, "data"}, {OPEN_ALWAYS, false, 0, 0, ""},
         {OPEN_ALWAYS, true, 0, ERROR_ALREADY_EXISTS, "data"}};
-    const Folder folder;
-    const Text path = folder / L"file";
     for (const auto& [value, isThere, failure, lastError, content] : kCases)
     {
         SCOPED_TRACE(testing::Message() << "disposition " << value << ", there: " << isThere);
@@ -42,18 +47,17 @@ TEST(FilesOpen, DispositionsTellWhatTheyFound)
     }
 }
 
-TEST(FilesOpen, PathsThatLeadNowhere)
+TEST_F(Files, PathsThatLeadNowhere)
 {
-    const Folder folder;
-    MakeFile(folder / L"file");
+    MakeFile(path);
     const std::tuple<Text, DWORD, DWORD> cases[] = {{L"", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
         {folder / L"missing/file", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
         {folder / L"file/below", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
         {folder / L"file/", OPEN_EXISTING, ERROR_INVALID_NAME}, {folder / L"new/", CREATE_ALWAYS, ERROR_INVALID_NAME},
         {folder.path(), OPEN_EXISTING, ERROR_ACCESS_DENIED}, // a folder is not a file
         {folder / L"missing", OPEN_EXISTING, ERROR_FILE_NOT_FOUND}, {folder.path(), CREATE_NEW, ERROR_FILE_EXISTS}};
-    for (const auto& [path, disposition, error] : cases)
-        EXPECT_EQ(OpenError(path, GENERIC_READ, kShareAll, disposition), error) << path.Narrow();
+    for (const auto& [place, disposition, error] : cases)
+        EXPECT_EQ(OpenError(place, GENERIC_READ, kShareAll, disposition), error) << place.Narrow();
     EXPECT_FALSE(Exists(folder / L"new"));
 
     EXPECT_TRUE(CreateDirectoryW(folder / L"sub/", nullptr));
@@ -81,10 +85,8 @@ constexpr struct
     // Opens for attributes only don't conflict with any others.
     {0, 0, kReadWrite, 0, true}, {kReadWrite, 0, 0, 0, true}};
 
-TEST(FilesOpen, SharingBetweenHandles)
+TEST_F(Files, SharingBetweenHandles)
 {
-    const Folder folder;
-    const Text path = folder / L"file";
     MakeFile(path, "precious");
     for (const auto& pair : kSharingPairs)
     {
@@ -106,16 +108,13 @@ TEST(FilesOpen, SharingBetweenHandles)
     EXPECT_EQ(BytesOf(path), "precious") << "a refused replacement leaves the content";
 }
 
-TEST(FilesOpen, DeletedWithTheLastHandle)
+TEST_F(Files, DeletedWithTheLastHandle)
 {
-    const Folder folder;
-    const Text path = folder / L"file";
     constexpr DWORD kFlags = FILE_FLAG_DELETE_ON_CLOSE | FILE_ATTRIBUTE_TEMPORARY;
     {
         const Handle file = Open(path, kReadWrite, FILE_SHARE_READ, CREATE_NEW, kFlags);
         EXPECT_TRUE(WriteBytes(file, "temporary"));
-        EXPECT_EQ(OpenError(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE), DWORD{ERROR_SHARING_VIOLATION})
-            << "must share deletion";
+        EXPECT_ERROR(ERROR_SHARING_VIOLATION, Open(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE));
         EXPECT_TRUE(Open(path, GENERIC_READ, kShareAll));
     }
     EXPECT_FALSE(Exists(path));
@@ -157,21 +156,19 @@ std::set<std::string> Find(const Text& pattern)
     return names;
 }
 
-TEST(FilesPaths, FullPathsAreResolvedInTheText)
+TEST_F(Files, FullPathsAreResolvedInTheText)
 {
     constexpr std::pair<const wchar_t*, const char*> kCases[] = {{L"/a/./b/../c", "/a/c"}, {L"/a//b\\\\c", "/a/b/c"},
         {L"/../../a", "/a"}, {L"/", "/"}, {L"/a/b/../", "/a/"}, {L"/missing/../a", "/a"}};
-    for (const auto& [path, expected] : kCases)
-        EXPECT_EQ(WithoutDrive(FullPath(path)), expected) << Text(path).Narrow();
+    for (const auto& [form, expected] : kCases)
+        EXPECT_EQ(WithoutDrive(FullPath(form)), expected) << Text(form).Narrow();
 
-    const Folder folder;
-    MakeFile(folder / L"file", "found");
+    MakeFile(path, "found");
     EXPECT_EQ(BytesOf(folder / L"nosuchfolder/../file"), "found") << "resolved in the text here too";
 }
 
-TEST(FilesFind, PatternsAndWhatTheFileIs)
+TEST_F(Files, PatternsAndWhatTheFileIs)
 {
-    const Folder folder;
     for (const wchar_t* const name :
         {L"a", L"a.txt", L"ab.txt", L"a.b.txt", L"a.txt.bak", L"readme", L"x.TXT", L"_23_1.tmp"})
         MakeFile(folder / name);
@@ -205,16 +202,14 @@ TEST(FilesFind, PatternsAndWhatTheFileIs)
         EXPECT_EQ(Text(data.cFileName), Text(L"readme"));
         EXPECT_EQ(data.nFileSizeLow, 5u);
         EXPECT_EQ(data.dwFileAttributes, DWORD{FILE_ATTRIBUTE_ARCHIVE});
-        EXPECT_EQ(ErrorOf([&] { return CloseHandle(find); }), DWORD{ERROR_INVALID_HANDLE}) << "has its own function";
+        EXPECT_ERROR(ERROR_INVALID_HANDLE, CloseHandle(find)) << "has its own function";
         EXPECT_TRUE(FindClose(find));
-        EXPECT_EQ(ErrorOf([&] { return FindNextFileW(find, &data); }), DWORD{ERROR_INVALID_HANDLE});
+        EXPECT_ERROR(ERROR_INVALID_HANDLE, FindNextFileW(find, &data));
     }
 }
 
-TEST(FilesAttributes, AreKept)
+TEST_F(Files, AttributesAreKept)
 {
-    const Folder folder;
-    const Text path = folder / L"file";
     MakeFile(path);
     EXPECT_EQ(GetFileAttributesW(folder.path()), DWORD{FILE_ATTRIBUTE_DIRECTORY});
     EXPECT_EQ(GetFileAttributesW(path), DWORD{FILE_ATTRIBUTE_ARCHIVE});
@@ -224,10 +219,9 @@ TEST(FilesAttributes, AreKept)
     EXPECT_TRUE(Open(path, GENERIC_READ, 0));
     if (kIsLayer) // under Wine the administrator may write nevertheless
     {
-        for (const DWORD disposition : {OPEN_EXISTING, CREATE_ALWAYS})
-            EXPECT_EQ(OpenError(path, GENERIC_WRITE, 0, disposition), DWORD{ERROR_ACCESS_DENIED});
-        EXPECT_EQ(
-            OpenError(path, GENERIC_READ, 0, OPEN_EXISTING, FILE_FLAG_DELETE_ON_CLOSE), DWORD{ERROR_ACCESS_DENIED});
+        EXPECT_ERROR(ERROR_ACCESS_DENIED, Open(path, GENERIC_WRITE, 0));
+        EXPECT_ERROR(ERROR_ACCESS_DENIED, Open(path, GENERIC_WRITE, 0, CREATE_ALWAYS));
+        EXPECT_ERROR(ERROR_ACCESS_DENIED, Open(path, GENERIC_READ, 0, OPEN_EXISTING, FILE_FLAG_DELETE_ON_CLOSE));
     }
     EXPECT_TRUE(SetFileAttributesW(path, FILE_ATTRIBUTE_NORMAL));
     EXPECT_EQ(GetFileAttributesW(path), DWORD{FILE_ATTRIBUTE_ARCHIVE});
@@ -241,10 +235,8 @@ TEST(FilesAttributes, AreKept)
     SetFileAttributesW(second, FILE_ATTRIBUTE_NORMAL);
 }
 
-TEST(FilesAttributes, Times)
+TEST_F(Files, Times)
 {
-    const Folder folder;
-    const Text path = folder / L"file";
     Handle file = Open(path, kReadWrite, kShareAll, CREATE_NEW);
     FILETIME now, creation, access, write;
     GetSystemTimeAsFileTime(&now);

@@ -1,13 +1,9 @@
 #pragma once
 
-#if defined(_WIN32) // exports are declared differently
-#define FRAME_PROBE_API __declspec(dllexport)
-#else
-#define FRAME_PROBE_API __attribute__((visibility("default")))
-#endif
+#include "exported.h"
 
 #ifdef __cplusplus
 extern "C"
 #endif
-    FRAME_PROBE_API int
+    EXPORTED int
     ProbeFrame(int (*inside)(void*), void* user);

@@ -1,8 +1,6 @@
 // Handles under load.
+#include "support/run_in_threads.h"
 #include "system_support.h"
-
-#include <thread>
-#include <vector>
 
 using namespace qxtest;
 
@@ -14,55 +12,48 @@ namespace
 TEST(Handles, LookedUpWhileOthersCloseThem)
 {
     const Folder folder;
-    constexpr int kFiles = 8, kClosers = 2, kUsers = 2;
+    constexpr unsigned kFiles = 8, kClosers = 2, kThreads = 4;
     Text paths[kFiles];
-    for (int index = 0; index < kFiles; ++index)
+    for (unsigned index = 0; index < kFiles; ++index)
         MakeFile(
             paths[index] = folder / Text::Widen(std::to_string(index)), std::string(1, static_cast<char>('a' + index)));
     std::atomic<HANDLE> handles[kFiles] = {};
-    std::atomic<bool> isOver = false;
     std::atomic<int> wrong = 0, uses = 0;
-    std::vector<std::thread> threads;
-    for (int closer = 0; closer < kClosers; ++closer)
-        threads.emplace_back(
-            [&, closer]
-            {
-                while (!isOver)
-                    for (int index = closer; index < kFiles; index += kClosers)
-                    {
-                        const HANDLE file =
-                            CreateFileW(paths[index], GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
-                        if (const HANDLE former = handles[index].exchange(file))
-                            CloseHandle(former);
-                    }
-            });
-    for (int user = 0; user < kUsers; ++user)
-        threads.emplace_back(
-            [&]
-            {
-                while (!isOver)
-                    for (int index = 0; index < kFiles; ++index)
-                    {
-                        const HANDLE file = handles[index];
-                        char byte = 0;
-                        DWORD count = 0;
-                        OVERLAPPED at{};
-                        if (file == nullptr)
-                            continue;
-                        ++uses;
-                        if (!ReadFile(file, &byte, 1, &count, &at))
-                            wrong += GetLastError() != ERROR_INVALID_HANDLE;
-                        // The system may reuse a value immediately.
-                        else if (kIsLayer)
-                            wrong += byte != static_cast<char>('a' + index);
-                    }
-            });
-    Sleep(300);
-    for (int left = 100; left > 0 && uses <= 100; --left) // a busy machine may need more time
-        Sleep(100);
-    isOver = true;
-    for (std::thread& thread : threads)
-        thread.join();
+    const auto replace = [&](unsigned index)
+    {
+        const HANDLE file = CreateFileW(paths[index], GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
+        if (const HANDLE former = handles[index].exchange(file))
+            CloseHandle(former);
+    };
+    const auto use = [&](unsigned index)
+    {
+        const HANDLE file = handles[index];
+        char byte = 0;
+        DWORD count = 0;
+        OVERLAPPED at{};
+        if (file == nullptr)
+            return;
+        ++uses;
+        if (!ReadFile(file, &byte, 1, &count, &at))
+            wrong += GetLastError() != ERROR_INVALID_HANDLE;
+        else if (kIsLayer) // the system may reuse a value immediately
+            wrong += byte != static_cast<char>('a' + index);
+    };
+    const ULONGLONG begin = GetTickCount64();
+    const auto isOver = [&] // a busy machine may need more time
+    {
+        return GetTickCount64() > begin + (uses > 100 ? 300 : 10'000);
+    };
+    RunInThreads(kThreads,
+        [&](unsigned number)
+        {
+            while (!isOver())
+                for (unsigned index = 0; index < kFiles; ++index)
+                    if (number >= kClosers)
+                        use(index);
+                    else if (index % kClosers == number)
+                        replace(index);
+        });
     for (const HANDLE file : handles)
         CloseHandle(file);
     EXPECT_GT(uses, 100);
@@ -73,21 +64,14 @@ TEST(Handles, LookedUpWhileOthersCloseThem)
 TEST(Handles, ClosedOnce)
 {
     if (!kIsLayer)
-        GTEST_SKIP()
-            << "the system gives a closed value out again at once, so the second thread may close another handle";
+        GTEST_SKIP() << "the system gives a closed value out again, so the second thread may close another handle";
     const Folder folder;
     MakeFile(folder / L"file");
     for (int round = 0; round < 200; ++round)
     {
         const HANDLE file = CreateFileW(folder / L"file", GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr);
         std::atomic<int> closed = 0;
-        const auto close = [&]
-        {
-            closed += CloseHandle(file) ? 1 : 0;
-        };
-        std::thread first(close), second(close);
-        first.join();
-        second.join();
+        RunInThreads(2, [&](int) { closed += CloseHandle(file) ? 1 : 0; });
         ASSERT_EQ(closed, 1);
     }
 }

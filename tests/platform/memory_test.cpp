@@ -1,4 +1,5 @@
 // Global memory with its handles and locks, and private heaps.
+#include "support/run_in_threads.h"
 #include "system_support.h"
 
 #include <heapapi.h>
@@ -9,8 +10,6 @@
 #include <random>
 #include <thread>
 #include <vector>
-
-using qxtest::ErrorOf;
 
 namespace
 {
@@ -26,8 +25,8 @@ TEST(GlobalMemory, BlocksAndTheirLocks)
 
     EXPECT_TRUE(GlobalUnlock(memory));
     // The last unlock also returns FALSE; only the last error distinguishes it from a failure.
-    EXPECT_EQ(ErrorOf([&] { return GlobalUnlock(memory); }), DWORD{NO_ERROR});
-    EXPECT_EQ(ErrorOf([&] { return GlobalUnlock(memory); }), DWORD{ERROR_NOT_LOCKED});
+    EXPECT_ERROR(NO_ERROR, GlobalUnlock(memory));
+    EXPECT_ERROR(ERROR_NOT_LOCKED, GlobalUnlock(memory));
     GlobalLock(memory);
     EXPECT_EQ(GlobalFree(memory), nullptr) << "a locked block is freed as well";
 
@@ -38,7 +37,7 @@ TEST(GlobalMemory, BlocksAndTheirLocks)
     EXPECT_EQ(GlobalSize(fixed), 40u);
     EXPECT_EQ(GlobalFree(fixed), nullptr);
 
-    EXPECT_EQ(ErrorOf([] { return GlobalAlloc(GHND, SIZE_MAX - 4096); }), DWORD{ERROR_NOT_ENOUGH_MEMORY});
+    EXPECT_ERROR(ERROR_NOT_ENOUGH_MEMORY, GlobalAlloc(GHND, SIZE_MAX - 4096));
     const HGLOBAL kept = GlobalAlloc(GMEM_MOVEABLE, 4);
     EXPECT_EQ(GlobalReAlloc(kept, SIZE_MAX - 4096, GMEM_MOVEABLE), nullptr);
     EXPECT_EQ(GlobalSize(kept), 4u) << "what can't become so large stays";
@@ -62,15 +61,14 @@ TEST(GlobalMemory, ForeignValuesAreRefused)
 #endif
     for (const HGLOBAL value : values)
     {
-        EXPECT_EQ(ErrorOf([&] { return GlobalLock(value); }), DWORD{ERROR_INVALID_HANDLE}) << value;
-        EXPECT_EQ(ErrorOf([&] { return GlobalUnlock(value); }), DWORD{ERROR_INVALID_HANDLE}) << value;
-        EXPECT_EQ(ErrorOf([&] { return GlobalSize(value); }), DWORD{ERROR_INVALID_HANDLE}) << value;
+        EXPECT_ERROR(ERROR_INVALID_HANDLE, GlobalLock(value)) << value;
+        EXPECT_ERROR(ERROR_INVALID_HANDLE, GlobalUnlock(value)) << value;
+        EXPECT_ERROR(ERROR_INVALID_HANDLE, GlobalSize(value)) << value;
         EXPECT_EQ(GlobalFlags(value), static_cast<UINT>(GMEM_INVALID_HANDLE)) << value;
-        EXPECT_EQ(ErrorOf([&] { return GlobalReAlloc(value, 8, GMEM_MOVEABLE); }), DWORD{ERROR_INVALID_HANDLE})
-            << value;
+        EXPECT_ERROR(ERROR_INVALID_HANDLE, GlobalReAlloc(value, 8, GMEM_MOVEABLE)) << value;
         if (value != nullptr) // freeing null succeeds
         {
-            EXPECT_EQ(ErrorOf([&] { return GlobalFree(value) != value; }), DWORD{ERROR_INVALID_HANDLE}) << value;
+            EXPECT_ERROR(ERROR_INVALID_HANDLE, GlobalFree(value) != value) << value;
         }
     }
 #ifndef _WIN32 // see above
@@ -195,23 +193,19 @@ TEST(Heap, LockKeepsOtherThreadsOut)
 TEST(Heap, ThreadsShareAHeapAndTheOneOfTheProcess)
 {
     const Heap heap;
-    std::vector<std::thread> threads;
-    for (int number = 0; number < 8; ++number)
-        threads.emplace_back(
-            [&heap, number]
+    qxtest::RunInThreads(8,
+        [&heap](unsigned number)
+        {
+            std::vector<unsigned*> blocks(20, nullptr);
+            for (unsigned step = 0; step < 5'000; ++step)
             {
-                std::vector<int*> blocks(20, nullptr);
-                for (unsigned step = 0; step < 5'000; ++step)
-                {
-                    int*& block = blocks[step % blocks.size()];
-                    EXPECT_TRUE(block == nullptr || *block == number);
-                    EXPECT_TRUE(HeapFree(heap.handle, 0, block));
-                    block = static_cast<int*>(HeapAlloc(heap.handle, 0, 4 + step % 1'000));
-                    *block = number;
-                }
-            });
-    for (std::thread& thread : threads)
-        thread.join();
+                unsigned*& block = blocks[step % blocks.size()];
+                EXPECT_TRUE(block == nullptr || *block == number);
+                EXPECT_TRUE(HeapFree(heap.handle, 0, block));
+                block = static_cast<unsigned*>(HeapAlloc(heap.handle, 0, 4 + step % 1'000));
+                *block = number;
+            }
+        });
     EXPECT_EQ(heap.UsedBlocks().size(), 8u * 20);
 
     void* const block = HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, 100);

@@ -3,35 +3,63 @@
 
 #include "system_support.h"
 
-#include <memory>
-
 namespace qxtest
 {
 
-// Runs the role given by the first argument. Ends when the role is done or when the first process signals it to end.
-int RunPeer(int count, char** arguments);
+// The file by which the other process says that it holds its lock.
+inline Text ReadyFile(const Text& path)
+{
+    return path + L".ready";
+}
 
 class Peer
 {
 public:
-    Peer(const Folder& folder, const char* task, const Text& path, DWORD first, DWORD second);
+    Peer(const char* task, const Text& path, DWORD first, DWORD second) : _ready(ReadyFile(path))
+    {
+        DeleteFileW(_ready);
+        WCHAR program[1000] = {};
+        GetModuleFileNameW(nullptr, program, 1000);
+        Text line = Text(L"\"") + program + L"\" --peer " + Text::Widen(task) + L" \"" + path + L"\" " +
+                    Text::Widen(std::to_string(first) + " " + std::to_string(second));
+        STARTUPINFOW info{};
+        info.cb = sizeof info;
+        PROCESS_INFORMATION process{};
+        EXPECT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &info, &process))
+            << GetLastError();
+        CloseHandle(process.hThread);
+        _process = Handle(process.hProcess);
+    }
+    ~Peer() { TerminateProcess(_process, 1); }
     Peer(const Peer&) = delete;
     Peer& operator=(const Peer&) = delete;
-    ~Peer();
 
-    // Returns true once the other process is ready.
-    bool WaitUntilReady();
+    // Returns true once the other process holds its lock.
+    bool WaitUntilReady() const
+    {
+        for (const ULONGLONG end = GetTickCount64() + 20'000; GetTickCount64() < end; Sleep(2))
+            if (Exists(_ready))
+                return true;
+        return false;
+    }
 
-    // Signals the other process to end and returns its exit code.
-    DWORD Finish();
-
-    DWORD Kill(DWORD exitCode);
+    // These return the exit code.
+    DWORD Kill(DWORD exitCode) const
+    {
+        EXPECT_TRUE(TerminateProcess(_process, exitCode));
+        return WaitForEnd();
+    }
+    DWORD WaitForEnd() const
+    {
+        DWORD code = 0;
+        EXPECT_EQ(WaitForSingleObject(_process, 60'000), DWORD{WAIT_OBJECT_0});
+        EXPECT_TRUE(GetExitCodeProcess(_process, &code));
+        return code;
+    }
 
 private:
-    DWORD WaitForEnd();
-
-    Text _signal; // the common prefix of the two files through which the processes communicate
-    PROCESS_INFORMATION _process{};
+    const Text _ready;
+    Handle _process;
 };
 
 } // namespace qxtest

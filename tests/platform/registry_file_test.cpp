@@ -1,5 +1,6 @@
 // The registry's files: text form, damage, other processes.
 #include "platform/own_registry.h"
+#include "support/run_in_threads.h"
 
 #include <gtest/gtest.h>
 
@@ -9,12 +10,9 @@
 #include <atomic>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
-#include <sstream>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <tuple>
 #include <vector>
 
@@ -29,11 +27,16 @@ namespace
 namespace fs = std::filesystem;
 using namespace std::string_view_literals;
 
+constexpr char kDigits[] = "0123456789abcdef";
 const std::string kHeader = "Windows Registry Editor Version 5.00\r\n\r\n";
 
+// Ends the lines as the system does.
 std::string ToUtf16(std::u16string_view text)
 {
-    return "\xFF\xFE" + std::string(reinterpret_cast<const char*>(text.data()), text.size() * 2);
+    std::string bytes = "\xFF\xFE";
+    for (const char16_t unit : text)
+        (unit == u'\n' ? bytes.append("\r\0", 2) : bytes).append(reinterpret_cast<const char*>(&unit), 2);
+    return bytes;
 }
 
 class RegistryFile : public testing::Test
@@ -91,11 +94,10 @@ protected:
         RegCloseKey(key);
         if (status != ERROR_SUCCESS)
             return "error " + std::to_string(status);
-        std::ostringstream text;
-        text << type << ':' << std::hex;
+        std::string text = std::to_string(type) + ':';
         for (DWORD i = 0; i < size; ++i)
-            text << (data[i] < 16 ? "0" : "") << unsigned{data[i]};
-        return text.str();
+            text += {kDigits[data[i] / 16], kDigits[data[i] % 16]};
+        return text;
     }
 
     const std::string _file = OwnRegistryFolder() + "/user.reg";
@@ -104,57 +106,39 @@ protected:
 // A file in the export form of the system's editor is written back unchanged.
 TEST_F(RegistryFile, WritesTheFormOfTheSystemsEditor)
 {
-    const std::u16string text =
-        u"Windows Registry Editor Version 5.00\r\n"
-        u"\r\n"
-        u"[HKEY_CURRENT_USER]\r\n"
-        u"\r\n"
-        u"[HKEY_CURRENT_USER\\Software]\r\n"
-        u"\r\n"
-        u"[HKEY_CURRENT_USER\\Software\\One]\r\n"
-        u"@=\"default\"\r\n"
-        u"\"Binary\"=hex:00,01,02,03,04,05,06,07,08,09,0a,0b,0c,0d,0e,0f,10,11,12,13,14,15,\\\r\n"
-        u"  16,17,18,19,1a,1b,1c,1d,1e,1f\r\n"
-        u"\"Expand\"=hex(2):25,00,41,00,25,00,00,00\r\n"
-        u"\"Multi\"=hex(7):61,00,00,00,62,00,00,00,00,00\r\n"
-        u"\"Number\"=dword:0000abcd\r\n"
-        u"\"Quote \\\" \\\\\"=\"C:\\\\x \\\"y\\\" ü€\"\r\n"
-        u"\"Qword\"=hex(b):01,00,00,00,00,00,00,80\r\n"
-        u"\r\n";
+    const std::u16string text = uR"(Windows Registry Editor Version 5.00
+
+[HKEY_CURRENT_USER]
+
+[HKEY_CURRENT_USER\Software]
+
+[HKEY_CURRENT_USER\Software\One]
+@="default"
+"Binary"=hex:00,01,02,03,04,05,06,07,08,09,0a,0b,0c,0d,0e,0f,10,11,12,13,14,15,\
+  16,17,18,19,1a,1b,1c,1d,1e,1f
+"Expand"=hex(2):25,00,41,00,25,00,00,00
+"Multi"=hex(7):61,00,00,00,62,00,00,00,00,00
+"Number"=dword:0000abcd
+"Quote \" \\"="C:\\x \"y\" ü€"
+"Qword"=hex(b):01,00,00,00,00,00,00,80
+
+)";
     WriteFile(ToUtf16(text));
     EXPECT_EQ(Value(L"Software\\One", L"qword"), "11:0100000000000080");
     EXPECT_EQ(Value(L"Software\\One", L"quote \" \\"), "1:43003a005c00780020002200790022002000fc00ac200000");
     EXPECT_EQ(SetNumber(L"Software\\One", L"Zero", 0), ERROR_SUCCESS);
-    EXPECT_EQ(ReadFile(), ToUtf16(text.substr(0, text.size() - 2) + u"\"Zero\"=dword:00000000\r\n"));
+    EXPECT_EQ(ReadFile(), ToUtf16(text.substr(0, text.size() - 1) + u"\"Zero\"=dword:00000000\n"));
 }
 
 // Edited by hand, in UTF-8, with all variations that the syntax permits.
 TEST_F(RegistryFile, ReadsWhatPeopleWrite)
 {
-    WriteFile(std::string("\xEF\xBB\xBF") + "Windows Registry Editor Version 5.00\n"
-                                            "; about all\n"
-                                            "\n"
-                                            "[HKEY_CURRENT_USER\\A]  \n"
-                                            "  \"blanks\"  =  \"x\"  \n"
-                                            "\"\xC3\xBC\"=DWORD:1F ; a note\n"
-                                            "\"bytes\"=HEX:1,02, \\\n"
-                                            "\t03,\\\r\n"
-                                            "  4\n"
-                                            "\"none\"=hex(0):\n"
-                                            "\"two\n"
-                                            "lines\"=\"a\r\n"
-                                            "b\"\n"
-                                            "\"gone\"=\"1\"\n"
-                                            "\"GONE\"=-\n"
-                                            "\"twice\"=dword:1\n"
-                                            "\"Twice\"=dword:2\n"
-                                            "[hkey_current_user\\b\\c]\n"
-                                            "@=dword:3\n"
-                                            "[-HKEY_CURRENT_USER\\B\\C]\n"
-                                            "[HKEY_CURRENT_USER\\a]\n"
-                                            "; about the last\n"
-                                            "\"last\"=dword:00000004\n"
-                                            "; at the end");
+    WriteFile("\xEF\xBB\xBFWindows Registry Editor Version 5.00\n; about all\n\n"
+              "[HKEY_CURRENT_USER\\A]  \n  \"blanks\"  =  \"x\"  \n\"\xC3\xBC\"=DWORD:1F ; a note\n"
+              "\"bytes\"=HEX:1,02, \\\n\t03,\\\r\n  4\n\"none\"=hex(0):\n\"two\nlines\"=\"a\r\nb\"\n"
+              "\"gone\"=\"1\"\n\"GONE\"=-\n\"twice\"=dword:1\n\"Twice\"=dword:2\n"
+              "[hkey_current_user\\b\\c]\n@=dword:3\n[-HKEY_CURRENT_USER\\B\\C]\n"
+              "[HKEY_CURRENT_USER\\a]\n; about the last\n\"last\"=dword:00000004\n; at the end");
     const std::tuple<const wchar_t*, const wchar_t*, const char*> cases[] = {{L"A", L"blanks", "1:78000000"},
         {L"A", L"Ü", "4:1f000000"}, {L"A", L"bytes", "3:01020304"}, {L"A", L"none", "0:"},
         {L"A", L"two\nlines", "1:61000d000a0062000000"}, {L"A", L"gone", "error 2"}, {L"A", L"twice", "4:02000000"},
@@ -165,8 +149,8 @@ TEST_F(RegistryFile, ReadsWhatPeopleWrite)
     // Comments written by people survive our changes.
     EXPECT_EQ(SetNumber(L"A", L"blanks", 1), ERROR_SUCCESS);
     const std::string text = ReadFile();
-    for (const std::u16string_view lines : {u"; about all\r\n[HKEY_CURRENT_USER\\A]"sv,
-             u"; a note\r\n\"\u00FC\"=dword:0000001f"sv, u"; about the last\r\n\"last\"="sv, u"\r\n; at the end\r\n"sv})
+    for (const std::u16string_view lines : {u"; about all\n[HKEY_CURRENT_USER\\A]"sv,
+             u"; a note\n\"\u00FC\"=dword:0000001f"sv, u"; about the last\n\"last\"="sv, u"\n; at the end\n"sv})
         EXPECT_NE(text.find(ToUtf16(lines).substr(2)), std::string::npos) << ToUtf16(lines);
 }
 
@@ -248,28 +232,20 @@ TEST_F(RegistryFile, NobodyLosesTheChangesOfOthers)
         {
             const wchar_t name[] = {static_cast<wchar_t>(L'a' + writer), static_cast<wchar_t>(L'a' + i), L'\0'};
             failures += SetNumber(L"k", name, i) != ERROR_SUCCESS;
-            failures += Value(L"k", name) != std::string("4:0") + "0123456789abcdef"[i] + "000000";
+            failures += Value(L"k", name) != std::string("4:0") + kDigits[i] + "000000";
         }
     };
-    std::vector<pid_t> children;
     for (int process = 0; process < kProcesses; ++process)
-    {
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0)
+        if (fork() == 0)
         {
             std::atomic<int> failures = 0;
-            std::thread other(write, kThreads * process + 1, std::ref(failures));
-            write(kThreads * process, failures);
-            other.join();
+            qxtest::RunInThreads(kThreads, [&](int thread) { write(kThreads * process + thread, failures); });
             _exit(failures);
         }
-        children.push_back(child);
-    }
-    for (const pid_t child : children)
+    for (int process = 0; process < kProcesses; ++process)
     {
         int status = -1;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
+        ASSERT_GT(wait(&status), 0);
         EXPECT_EQ(status, 0);
     }
     const std::string text = ReadFile();

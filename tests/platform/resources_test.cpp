@@ -1,7 +1,7 @@
 // Resources of a module: look-up and languages.
-#include <gtest/gtest.h>
+#include "platform/locale_ids.h"
 
-#include <windows.h>
+#include <gtest/gtest.h>
 
 #include <string>
 #include <string_view>
@@ -12,18 +12,13 @@ namespace
 
 using namespace std::string_view_literals;
 
-constexpr WORD kGerman = 0x407;
-constexpr WORD kGermanAlone = 0x007;
-constexpr WORD kAustrian = 0xc07;
-constexpr WORD kEnglish = 0x409;
-constexpr WORD kFrench = 0x40c;
-constexpr WORD kCanadianFrench = 0xc0c;
+constexpr LCID kGermanAlone = 0x007, kAustrian = 0xc07, kCanadianFrench = 0xc0c;
 
 // Returns the bytes of the resource that is selected for the language, or the error.
-std::string Bytes(LPCWSTR type, LPCWSTR name, WORD language = LANG_NEUTRAL)
+std::string Bytes(LPCWSTR type, LPCWSTR name, LCID language = LANG_NEUTRAL)
 {
     SetLastError(ERROR_SUCCESS);
-    const HRSRC resource = FindResourceExW(nullptr, type, name, language);
+    const HRSRC resource = FindResourceExW(nullptr, type, name, static_cast<WORD>(language));
     if (resource == nullptr)
         return "error " + std::to_string(GetLastError());
     return {static_cast<const char*>(LockResource(LoadResource(nullptr, resource))), SizeofResource(nullptr, resource)};
@@ -46,7 +41,7 @@ TEST(Resources, ByNumberAndByName)
 
 TEST(Resources, Languages)
 {
-    constexpr std::tuple<WORD, WORD, const char*> kCases[] = {{100, kEnglish, "english"}, {100, kGerman, "german"},
+    constexpr std::tuple<WORD, LCID, const char*> kCases[] = {{100, kEnglish, "english"}, {100, kGerman, "german"},
         {100, kGermanAlone, "error 1815"}, {200, kGerman, "german of no region"},
         {200, kAustrian, "german of no region"}, {200, kEnglish, "error 1815"}, {300, kCanadianFrench, "error 1815"},
         {400, kGerman, "of no language"},

@@ -3,6 +3,7 @@
 
 #include "stack/walker.h"
 
+#include <algorithm>
 #include <csetjmp>
 #include <csignal>
 #include <cstdlib>
@@ -43,9 +44,7 @@ class SignalHandler
 public:
     SignalHandler(int signal, void (*handler)(int, siginfo_t*, void*), int flags = 0) : _signal(signal)
     {
-        struct sigaction action
-        {
-        };
+        struct sigaction action = {};
         action.sa_sigaction = handler;
         action.sa_flags = SA_SIGINFO | flags;
         sigaction(signal, &action, &_former);

@@ -2,13 +2,9 @@
 // same addresses.
 #include "stack_probe.h"
 
-#include <stdlib.h>
+#include "exported.h"
 
-#if defined(_WIN32) // each target marks exported names differently
-#define EXPORTED __declspec(dllexport)
-#else
-#define EXPORTED __attribute__((visibility("default")))
-#endif
+#include <stdlib.h>
 
 using namespace qxtest;
 

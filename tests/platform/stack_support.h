@@ -4,7 +4,6 @@
 #include "stack_probe.h"
 #include "threads_support.h"
 
-#include <algorithm>
 #include <vector>
 
 namespace qxtest
@@ -17,41 +16,6 @@ using Addresses = std::vector<void*>;
     Addresses addresses(100);
     addresses.resize(RtlCaptureStackBackTrace(0, 100, addresses.data(), nullptr));
     return addresses;
-}
-
-// The captured addresses in the frames of the probe, and the addresses that its functions noted, innermost first.
-struct ProbeResult
-{
-    Addresses captured;
-    Addresses noted;
-
-    // True if all noted addresses were captured, in their order. Frames of foreign functions may be in between.
-    bool IsComplete() const
-    {
-        auto next = captured.begin();
-        for (void* const address : noted)
-        {
-            next = std::find(next, captured.end(), address);
-            if (next == captured.end())
-                return false;
-            ++next;
-        }
-        return !noted.empty();
-    }
-};
-
-inline ProbeResult RunProbe(ProbeFunction probe)
-{
-    static ProbeResult result;
-    ProbeFrames frames;
-    frames.callback = [](ProbeFrames&)
-    {
-        result.captured = CapturedAddresses();
-    };
-    probe(frames);
-    result.noted.assign(frames.address, frames.address + frames.count);
-    std::reverse(result.noted.begin(), result.noted.end());
-    return result;
 }
 
 class ProbeLibrary

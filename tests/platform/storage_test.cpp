@@ -1,11 +1,10 @@
 // Compound files.
 #include "platform/system_support.h"
+#include "support/com_pointer.h"
 #include "support/compound_builder.h"
-#include "support/damage.h"
 
 #include <objbase.h>
 
-#include <memory>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -18,12 +17,8 @@ namespace
 
 constexpr DWORD kExclusive = STGM_SHARE_EXCLUSIVE;
 
-struct Releaser
-{
-    void operator()(IUnknown* object) const { object->Release(); }
-};
-using Storage = std::unique_ptr<IStorage, Releaser>;
-using Stream = std::unique_ptr<IStream, Releaser>;
+using Storage = qxtest::ComPointer<IStorage>;
+using Stream = qxtest::ComPointer<IStream>;
 
 class StorageFile : public testing::Test
 {
@@ -178,29 +173,6 @@ TEST_F(StorageFile, Circles)
     OpenStream(Open(), "A", STG_E_FILENOTFOUND);
     OpenStream(Open(), "Longer name", STG_E_FILENOTFOUND);
     EXPECT_EQ(SizeOf(OpenStream(Open(), "Large")), bytes.size());
-}
-
-TEST_F(StorageFile, BearsDamage)
-{
-    CompoundBuilder builder;
-    const std::string whole =
-        builder.AddStream("A", "x").AddStream("BB", Contents(300)).AddStream("CCC", Contents(4'200)).Bytes();
-    const auto check = [&](const std::string& bytes)
-    {
-        Write(bytes);
-        IStorage* opened = nullptr;
-        StgOpenStorage(_path, nullptr, STGM_SHARE_DENY_WRITE, nullptr, 0, &opened);
-        const Storage storage(opened);
-        for (const char* const name : {"a", "bb", "ccc", "dddd"})
-        {
-            IStream* stream = nullptr;
-            if (storage && SUCCEEDED(storage->OpenStream(Text::Widen(name), nullptr, kExclusive, 0, &stream)))
-            {
-                EXPECT_LE(ReadAll(Stream(stream)).size(), bytes.size());
-            }
-        }
-    };
-    qxtest::Damage(whole, 2'000, check);
 }
 
 #endif

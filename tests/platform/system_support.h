@@ -56,6 +56,9 @@ DWORD ErrorOf(Call&& call)
     return GetLastError();
 }
 
+// Expects that the call that follows the error fails with it.
+#define EXPECT_ERROR(error, ...) EXPECT_EQ(qxtest::ErrorOf([&] { return __VA_ARGS__; }), DWORD{error})
+
 class Handle
 {
 public:

@@ -20,8 +20,7 @@ TEST(Environment, NamesAndSizes)
     EXPECT_EQ(ExpandEnvironmentStringsW(L"<%QxTestVar%>", buffer, 6), 6u);
     EXPECT_EQ(Text(buffer), Text(L"<abc>"));
     EXPECT_TRUE(SetEnvironmentVariableW(L"QXTESTVAR", nullptr));
-    EXPECT_EQ(
-        ErrorOf([&] { return GetEnvironmentVariableW(L"QxTestVar", buffer, 10); }), DWORD{ERROR_ENVVAR_NOT_FOUND});
+    EXPECT_ERROR(ERROR_ENVVAR_NOT_FOUND, GetEnvironmentVariableW(L"QxTestVar", buffer, 10));
 }
 
 TEST(Times, FileTimeAndCalendar)
@@ -46,12 +45,12 @@ TEST(Times, FileTimeAndCalendar)
             SYSTEMTIME{2023, 1, 0, 1, 0, 0, 60}, SYSTEMTIME{2023, 1, 0, 1, 0, 0, 0, 1000}})
     {
         FILETIME fileTime;
-        EXPECT_EQ(ErrorOf([&] { return SystemTimeToFileTime(&time, &fileTime); }), DWORD{ERROR_INVALID_PARAMETER})
+        EXPECT_ERROR(ERROR_INVALID_PARAMETER, SystemTimeToFileTime(&time, &fileTime))
             << time.wYear << '-' << time.wMonth << '-' << time.wDay;
     }
     const FILETIME tooLate{0, 0x80000000};
     SYSTEMTIME split;
-    EXPECT_EQ(ErrorOf([&] { return FileTimeToSystemTime(&tooLate, &split); }), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_ERROR(ERROR_INVALID_PARAMETER, FileTimeToSystemTime(&tooLate, &split));
 }
 
 TEST(PointerTests, PagesTheirEndsAndOddAddresses)
@@ -93,7 +92,7 @@ TEST(Modules, ProgramIsFoundByItsName)
     {
         EXPECT_EQ(Text(buffer).Narrow(), path.Narrow().substr(0, 3));
     }
-    EXPECT_EQ(ErrorOf([&] { return GetModuleFileNameW(nowhere, buffer, 10); }), DWORD{ERROR_MOD_NOT_FOUND});
+    EXPECT_ERROR(ERROR_MOD_NOT_FOUND, GetModuleFileNameW(nowhere, buffer, 10));
 }
 
 TEST(Modules, FunctionsOfTheSystem)
@@ -103,13 +102,9 @@ TEST(Modules, FunctionsOfTheSystem)
     EXPECT_TRUE(FreeLibrary(kernel));
     EXPECT_EQ(GetModuleHandleW(L"KERNEL32.DLL"), kernel);
     EXPECT_NE(GetProcAddress(kernel, "GetTickCount64"), nullptr);
-    const auto error = [](HMODULE module, const char* name)
-    {
-        return ErrorOf([&] { return GetProcAddress(module, name) != nullptr; });
-    };
-    EXPECT_EQ(error(kernel, "NoSuchFunction"), DWORD{ERROR_PROC_NOT_FOUND});
-    EXPECT_EQ(error(kernel, "printf"), DWORD{ERROR_PROC_NOT_FOUND}) << "of another library";
-    EXPECT_EQ(error(nowhere, "GetTickCount64"), DWORD{ERROR_MOD_NOT_FOUND});
+    EXPECT_ERROR(ERROR_PROC_NOT_FOUND, GetProcAddress(kernel, "NoSuchFunction"));
+    EXPECT_ERROR(ERROR_PROC_NOT_FOUND, GetProcAddress(kernel, "printf")) << "of another library";
+    EXPECT_ERROR(ERROR_MOD_NOT_FOUND, GetProcAddress(nowhere, "GetTickCount64"));
 }
 
 // A test library in a folder that only SetDllDirectoryW names. Its static objects must be constructed before its
@@ -119,7 +114,7 @@ TEST(Modules, LibraryOfTheSetFolder)
     const Text name = L"qxentry_probe";
     for (int time = 0; time < 2; ++time)
     {
-        EXPECT_EQ(ErrorOf([&] { return LoadLibraryW(name) != nullptr; }), DWORD{ERROR_MOD_NOT_FOUND});
+        EXPECT_ERROR(ERROR_MOD_NOT_FOUND, LoadLibraryW(name) != nullptr);
         ASSERT_TRUE(SetDllDirectoryW(Text::Widen(QXUT_PROBE_FOLDER)));
         const HMODULE library = LoadLibraryW(name);
         ASSERT_NE(library, nullptr) << GetLastError();

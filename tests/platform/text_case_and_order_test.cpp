@@ -9,7 +9,6 @@ namespace
 {
 
 using namespace std::string_view_literals;
-using qxtest::ErrorOf;
 
 constexpr DWORD kUpper = LCMAP_UPPERCASE, kLower = LCMAP_LOWERCASE, kLinguistic = LCMAP_LINGUISTIC_CASING;
 
@@ -19,14 +18,7 @@ wchar_t Mapped(wchar_t unit)
 {
     return static_cast<wchar_t>(reinterpret_cast<UINT_PTR>(Map(reinterpret_cast<LPWSTR>(UINT_PTR{unit}))));
 }
-wchar_t UpperOf(wchar_t unit)
-{
-    return Mapped<CharUpperW>(unit);
-}
-wchar_t LowerOf(wchar_t unit)
-{
-    return Mapped<CharLowerW>(unit);
-}
+constexpr auto UpperOf = Mapped<CharUpperW>, LowerOf = Mapped<CharLowerW>;
 
 TEST(Casing, SingleCharactersAndTextsInPlace)
 {
@@ -68,8 +60,7 @@ TEST(Casing, MapsByFlagsAndLanguageOrSaysWhyNot)
     EXPECT_EQ(mapped[0], L'I');
     EXPECT_EQ(LCMapStringEx(L"tr-TR", kUpper | kLinguistic, L"i", 1, mapped, 4, nullptr, nullptr, 0), 1);
     EXPECT_EQ(mapped[0], 0x0130);
-    EXPECT_EQ(ErrorOf([&] { return LCMapStringEx(L"xx-YY", kUpper, L"i", 1, mapped, 4, nullptr, nullptr, 0); }),
-        DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_ERROR(ERROR_INVALID_PARAMETER, LCMapStringEx(L"xx-YY", kUpper, L"i", 1, mapped, 4, nullptr, nullptr, 0));
 
     wchar_t buffer[] = L"######", text[] = L"abc";
     EXPECT_EQ(LCMapStringW(kEnglish, kUpper, L"abc", -1, nullptr, 0), 4);

@@ -13,7 +13,6 @@ namespace
 {
 
 using namespace std::string_view_literals;
-using qxtest::ErrorOf;
 
 template <class Unit>
 std::string Hex(const std::vector<Unit>& units)
@@ -252,10 +251,8 @@ TEST_F(CodePages, SizesAndBuffers)
         EXPECT_EQ(WideCharToMultiByte(page, 0, L"abc", 3, narrow, 3, nullptr, nullptr), 3);
         EXPECT_EQ(narrow, "abc##"sv);
 
-        EXPECT_EQ(ErrorOf([&] { return MultiByteToWideChar(page, 0, "abc", -1, wide, 3); }),
-            DWORD{ERROR_INSUFFICIENT_BUFFER});
-        EXPECT_EQ(ErrorOf([&] { return WideCharToMultiByte(page, 0, L"abc", -1, narrow, 3, nullptr, nullptr); }),
-            DWORD{ERROR_INSUFFICIENT_BUFFER});
+        EXPECT_ERROR(ERROR_INSUFFICIENT_BUFFER, MultiByteToWideChar(page, 0, "abc", -1, wide, 3));
+        EXPECT_ERROR(ERROR_INSUFFICIENT_BUFFER, WideCharToMultiByte(page, 0, L"abc", -1, narrow, 3, nullptr, nullptr));
         EXPECT_EQ(wide[3], L'#');
         EXPECT_EQ(narrow[3], '#');
         // A character of several bytes of which only a part fits counts as not fitting.
@@ -296,7 +293,7 @@ TEST_F(CodePages, ArgumentsAreChecked)
     EXPECT_EQ(Encode(CP_UTF8, L"a", 0, "?"), "error 87");
     BOOL used = FALSE;
     EXPECT_EQ(Encode(CP_UTF8, L"a", 0, nullptr, &used), "error 87");
-    EXPECT_EQ(ErrorOf([&] { return MultiByteToWideChar(1252, 0, reinterpret_cast<char*>(wide), 1, wide, 4); }), 87u);
+    EXPECT_ERROR(ERROR_INVALID_PARAMETER, MultiByteToWideChar(1252, 0, reinterpret_cast<char*>(wide), 1, wide, 4));
 #endif
 }
 

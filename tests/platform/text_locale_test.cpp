@@ -14,7 +14,7 @@ namespace
 {
 
 using namespace std::string_view_literals;
-using qxtest::ErrorOf, qxtest::ReadableText;
+using qxtest::ReadableText;
 
 std::string Result(int size, const wchar_t* text)
 {
@@ -74,13 +74,11 @@ TEST(Locales, InformationSizesAndNumbers)
 {
     wchar_t value[] = L"######";
     EXPECT_EQ(GetLocaleInfoW(0x0409, LOCALE_S1159, nullptr, 0), 3);
-    EXPECT_EQ(
-        ErrorOf([&] { return GetLocaleInfoW(0x0409, LOCALE_S1159, value, 2); }), DWORD{ERROR_INSUFFICIENT_BUFFER});
+    EXPECT_ERROR(ERROR_INSUFFICIENT_BUFFER, GetLocaleInfoW(0x0409, LOCALE_S1159, value, 2));
     EXPECT_EQ(GetLocaleInfoW(0x0409, LOCALE_S1159, value, 3), 3);
     EXPECT_EQ(value, L"AM"sv);
     EXPECT_EQ(value[3], L'#');
-    EXPECT_EQ(
-        ErrorOf([&] { return GetLocaleInfoW(0x0409, LOCALE_S1159, nullptr, 3); }), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_ERROR(ERROR_INVALID_PARAMETER, GetLocaleInfoW(0x0409, LOCALE_S1159, nullptr, 3));
 
     DWORD number = 0;
     const auto buffer = reinterpret_cast<LPWSTR>(&number);
@@ -88,8 +86,7 @@ TEST(Locales, InformationSizesAndNumbers)
     EXPECT_EQ(number, 1u);
     EXPECT_EQ(GetLocaleInfoW(0x0407, LOCALE_ILANGUAGE | LOCALE_RETURN_NUMBER, buffer, 2), 2);
     EXPECT_EQ(number, 0x407u);
-    EXPECT_EQ(ErrorOf([&] { return GetLocaleInfoW(0x0407, LOCALE_SDATE | LOCALE_RETURN_NUMBER, buffer, 2); }),
-        DWORD{ERROR_INVALID_FLAGS});
+    EXPECT_ERROR(ERROR_INVALID_FLAGS, GetLocaleInfoW(0x0407, LOCALE_SDATE | LOCALE_RETURN_NUMBER, buffer, 2));
 }
 
 // The tests by which files are recognised: all tests of one byte order.

@@ -11,7 +11,6 @@ namespace
 {
 
 using namespace std::string_view_literals;
-using qxtest::ErrorOf;
 
 // Returns the result as ASCII with its line breaks, or "error N".
 std::string Result(DWORD length, const wchar_t* buffer)
@@ -85,15 +84,13 @@ TEST(Messages, Buffers)
     const DWORD fromString = FORMAT_MESSAGE_FROM_STRING;
     EXPECT_EQ(FormatMessageW(fromString, L"abc", 0, 0, buffer, 4, nullptr), 3u);
     EXPECT_EQ(buffer, L"abc"sv);
-    EXPECT_EQ(ErrorOf([&] { return FormatMessageW(fromString, L"abc", 0, 0, buffer, 3, nullptr); }),
-        DWORD{ERROR_INSUFFICIENT_BUFFER});
+    EXPECT_ERROR(ERROR_INSUFFICIENT_BUFFER, FormatMessageW(fromString, L"abc", 0, 0, buffer, 3, nullptr));
     EXPECT_EQ(buffer[4], L'#');
 
     const DWORD allocate = FORMAT_MESSAGE_ALLOCATE_BUFFER | fromString;
     for (const DWORD flags : {fromString, allocate, DWORD{0}})
-        EXPECT_EQ(
-            ErrorOf([&] { return FormatMessageW(flags, L"abc", 0, 0, flags == 0 ? buffer : nullptr, 0, nullptr); }),
-            DWORD{ERROR_INVALID_PARAMETER});
+        EXPECT_ERROR(
+            ERROR_INVALID_PARAMETER, FormatMessageW(flags, L"abc", 0, 0, flags == 0 ? buffer : nullptr, 0, nullptr));
 }
 
 std::string SystemText(DWORD code, DWORD language = LANG_USER_DEFAULT, DWORD flags = FORMAT_MESSAGE_IGNORE_INSERTS)

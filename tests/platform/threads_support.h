@@ -23,19 +23,10 @@ constexpr bool kCanStopComputing = false;
 constexpr bool kCanStopComputing = true;
 #endif
 
-inline DWORD ExitCodeOf(HANDLE thread)
-{
-    DWORD code = 0xBEEF;
-    EXPECT_TRUE(GetExitCodeThread(thread, &code));
-    return code;
-}
-
 class Event : public Handle
 {
 public:
-    explicit Event(bool isManual = true, bool isSet = false) : Handle(CreateEventW(nullptr, isManual, isSet, nullptr))
-    {
-    }
+    explicit Event(bool isManual = true) : Handle(CreateEventW(nullptr, isManual, FALSE, nullptr)) {}
 };
 
 // Runs a function on a thread as long as this object exists.
@@ -63,7 +54,9 @@ public:
             ADD_FAILURE() << "thread " << id() << " doesn't end";
             std::abort();
         }
-        return ExitCodeOf(*this);
+        DWORD code = 0xBEEF;
+        EXPECT_TRUE(GetExitCodeThread(*this, &code));
+        return code;
     }
 
 private:

@@ -17,33 +17,24 @@ using namespace qxtest;
 namespace
 {
 
-// Makes no call in which the thread could be stopped.
-unsigned Compute(std::atomic<unsigned>& count)
-{
-    for (;;)
-        count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-    return 0;
-}
-
 TEST(Threads, ObjectsOfTheThreadAreGoneBeforeItsHandleIsSignalled)
 {
     static std::atomic<bool> isGone = false;
     struct Slow
     {
-        bool isUsed = false;
+        unsigned result = 0;
         ~Slow()
         {
             Sleep(30);
             isGone = true;
         }
     };
-    const Thread thread(
-        []
-        {
-            static thread_local Slow slow;
-            return slow.isUsed ? 1u : 0u;
-        });
-    thread.Join();
+    const auto use = []
+    {
+        static thread_local Slow slow;
+        return slow.result;
+    };
+    Thread(use).Join();
     EXPECT_TRUE(isGone);
 }
 
@@ -76,7 +67,7 @@ TEST(Threads, SuspensionsAreCounted)
     thread.Join();
     EXPECT_TRUE(hasEntered);
     DeleteCriticalSection(&section);
-    EXPECT_EQ(ErrorOf([&] { return SuspendThread(thread) != 0xFFFFFFFF; }), DWORD{ERROR_ACCESS_DENIED});
+    EXPECT_ERROR(ERROR_ACCESS_DENIED, SuspendThread(thread) != 0xFFFFFFFF);
 }
 
 TEST(Threads, TerminationRunsNoDestructors)
@@ -110,7 +101,13 @@ TEST(Threads, TerminationRunsNoDestructors)
     if (!kCanStopComputing)
         return;
     std::atomic<unsigned> count = 0;
-    const Thread computing([&] { return Compute(count); });
+    const Thread computing(
+        [&]
+        {
+            for (;;) // without a call in which the thread could be stopped
+                count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+            return 0u;
+        });
     while (count == 0)
         Sleep(1);
     EXPECT_EQ(SuspendThread(computing), 0u);
@@ -164,7 +161,7 @@ TEST(Waits, EachSettingOfAnAutomaticEventLetsOneThreadThrough)
             ++passed;
         return 0u;
     };
-    const Thread first(pass), second(pass), third(pass), fourth(pass);
+    const Thread threads[] = {Thread(pass), Thread(pass), Thread(pass), Thread(pass)};
     for (int count = 1; count <= 200; ++count)
     {
         SetEvent(event);
@@ -173,8 +170,8 @@ TEST(Waits, EachSettingOfAnAutomaticEventLetsOneThreadThrough)
         ASSERT_EQ(passed, count);
     }
     SetEvent(stop);
-    for (const Thread* const thread : {&first, &second, &third, &fourth})
-        thread->Join();
+    for (const Thread& thread : threads)
+        thread.Join();
     EXPECT_EQ(passed, 200);
 }
 
@@ -216,35 +213,6 @@ TEST(Messages, BoxesAnswerByThemselves)
         EXPECT_EQ(printed.find("Caption: A\xC3\xA4 text [") == 0, answer != 0) << printed;
     }
     SetEnvironmentVariableW(L"QXPLATFORM_MESSAGEBOX", nullptr);
-}
-
-TEST(ThreadPools, UnderLoad)
-{
-    std::atomic<int> count = 0;
-    const auto submit = [&count]
-    {
-        for (int round = 0; round < 20; ++round)
-        {
-            TP_CALLBACK_ENVIRON environment{};
-            environment.Version = 1;
-            environment.Pool = CreateThreadpool(nullptr);
-            environment.CleanupGroup = CreateThreadpoolCleanupGroup();
-            const PTP_WORK_CALLBACK add = [](PTP_CALLBACK_INSTANCE, void* context, PTP_WORK)
-            {
-                ++*static_cast<std::atomic<int>*>(context);
-            };
-            for (int item = 0; item < 10; ++item)
-                SubmitThreadpoolWork(CreateThreadpoolWork(add, &count, &environment));
-            CloseThreadpoolCleanupGroupMembers(environment.CleanupGroup, FALSE, nullptr);
-            CloseThreadpoolCleanupGroup(environment.CleanupGroup);
-            CloseThreadpool(environment.Pool);
-        }
-        return 0u;
-    };
-    const Thread first(submit), second(submit), third(submit);
-    for (const Thread* thread : {&first, &second, &third})
-        EXPECT_EQ(thread->Join(), 0u);
-    EXPECT_EQ(count, 3 * 20 * 10);
 }
 
 TEST(CompletionPorts, AWaitingThreadCanBeTerminated)

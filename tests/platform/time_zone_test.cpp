@@ -15,16 +15,17 @@ namespace
 
 using qxtest::Show;
 
-// The conversion functions differ in their const parameters.
-BOOL ToLocal(TIME_ZONE_INFORMATION* zone, SYSTEMTIME* universal, LPSYSTEMTIME local)
-{
-    return SystemTimeToTzSpecificLocalTime(zone, universal, local);
-}
+using Convert = BOOL (*)(TIME_ZONE_INFORMATION*, SYSTEMTIME*, SYSTEMTIME*);
 
-BOOL ToUniversal(TIME_ZONE_INFORMATION* zone, SYSTEMTIME* local, LPSYSTEMTIME universal)
+// The conversion functions differ in their const parameters.
+constexpr Convert ToLocal = [](auto* zone, auto* time, auto* local)
 {
-    return TzSpecificLocalTimeToSystemTime(zone, local, universal);
-}
+    return SystemTimeToTzSpecificLocalTime(zone, time, local);
+};
+constexpr Convert ToUniversal = [](auto* zone, auto* local, auto* time)
+{
+    return TzSpecificLocalTimeToSystemTime(zone, local, time);
+};
 
 // In any zone, the zone's own information must convert times like the zone itself.
 void CheckThatZoneAndItsInformationAgree()
@@ -40,7 +41,7 @@ void CheckThatZoneAndItsInformationAgree()
             ASSERT_TRUE(ToLocal(nullptr, &time, &local));
             ASSERT_TRUE(ToLocal(&zone, &time, &again));
             EXPECT_EQ(Show(local), Show(again));
-            for (TIME_ZONE_INFORMATION* const by : {static_cast<TIME_ZONE_INFORMATION*>(nullptr), &zone})
+            for (TIME_ZONE_INFORMATION* const by : {&zone, static_cast<TIME_ZONE_INFORMATION*>(nullptr)})
             {
                 ASSERT_TRUE(ToUniversal(by, &local, &again));
                 EXPECT_EQ(Show(again), Show(time));
@@ -55,52 +56,43 @@ TEST(TimeZones, TheUsersZoneAndItsInformationAgree)
 
 #ifndef _WIN32
 // Wine reads TZ only once, when the process starts.
-SYSTEMTIME Time(const char* text)
-{
-    int year = 0, month = 0, day = 0, hour = 0, minute = 0;
-    std::sscanf(text, "%d-%d-%d %d:%d", &year, &month, &day, &hour, &minute);
-    return {static_cast<WORD>(year), static_cast<WORD>(month), 0, static_cast<WORD>(day), static_cast<WORD>(hour),
-        static_cast<WORD>(minute), 0, 0};
-}
-
-using Convert = BOOL (*)(TIME_ZONE_INFORMATION*, SYSTEMTIME*, LPSYSTEMTIME);
-
 std::string Converted(Convert convert, TIME_ZONE_INFORMATION* zone, const char* text)
 {
-    SYSTEMTIME time = Time(text), result;
+    SYSTEMTIME time{}, result;
+    std::sscanf(text, "%hu-%hu-%hu %hu:%hu", &time.wYear, &time.wMonth, &time.wDay, &time.wHour, &time.wMinute);
     if (!convert(zone, &time, &result))
         return "error " + std::to_string(GetLastError());
     return Show(result).substr(0, 16);
 }
 
-// Returns "month/week hour" of a rule for a Sunday, or "-".
-std::string RuleText(const SYSTEMTIME& rule)
+// Returns "month/week hour, bias" of a rule for a Sunday.
+std::string RuleText(const SYSTEMTIME& rule, LONG bias)
 {
-    if (rule.wMonth == 0)
-        return "-";
-    EXPECT_EQ(rule.wDayOfWeek, 0);
-    return std::to_string(rule.wMonth) + '/' + std::to_string(rule.wDay) + ' ' + std::to_string(rule.wHour);
+    char text[40];
+    std::snprintf(text, sizeof text, "%d/%d %d, %d", rule.wMonth, rule.wDay, rule.wHour, static_cast<int>(bias));
+    EXPECT_EQ(rule.wDayOfWeek, 0) << text;
+    return text;
 }
 
 TEST(UsersZone, RulesOfKnownZones)
 {
-    constexpr std::tuple<const char*, LONG, const char*, const char*, LONG> kCases[] = {
-        {"Europe/Dublin", 0, "3/5 1", "10/5 2", -60}, // Irish law defines winter time as the deviation
-        {"America/New_York", 300, "3/2 2", "11/1 2", -60}, {"Australia/Sydney", -600, "10/1 2", "4/1 3", -60},
-        {"Australia/Lord_Howe", -630, "10/1 2", "4/1 2", -30}, {"America/Sao_Paulo", 180, "-", "-", -60},
-        {"Asia/Kolkata", -330, "-", "-", -60}, {"BRT3BRST,M11.1.0/0,M2.3.0/0", 180, "11/1 0", "2/3 0", -60},
-        {"XST-1XDT,M3.4.0,M10.4.0", -60, "3/4 2", "10/4 2", -60}, // a fourth Sunday, which is rarely the last one
-        {"Europe/Berlin", -60, "3/5 2", "10/5 3", -60}};
+    // The bias of the zone, its daylight saving time and its standard time.
+    constexpr std::tuple<const char*, LONG, const char*, const char*> kCases[] = {
+        {"Europe/Dublin", 0, "3/5 1, -60", "10/5 2, 0"}, // Irish law defines winter time as the deviation
+        {"America/New_York", 300, "3/2 2, -60", "11/1 2, 0"}, {"Australia/Sydney", -600, "10/1 2, -60", "4/1 3, 0"},
+        {"Australia/Lord_Howe", -630, "10/1 2, -30", "4/1 2, 0"}, {"America/Sao_Paulo", 180, "0/0 0, -60", "0/0 0, 0"},
+        {"Asia/Kolkata", -330, "0/0 0, -60", "0/0 0, 0"},
+        {"BRT3BRST,M11.1.0/0,M2.3.0/0", 180, "11/1 0, -60", "2/3 0, 0"},
+        {"XST-1XDT,M3.4.0,M10.4.0", -60, "3/4 2, -60", "10/4 2, 0"}, // a fourth Sunday, which is rarely the last one
+        {"Europe/Berlin", -60, "3/5 2, -60", "10/5 3, 0"}};
     TIME_ZONE_INFORMATION zone;
-    for (const auto& [name, bias, toDaylight, toStandard, daylightBias] : kCases)
+    for (const auto& [name, bias, daylight, standard] : kCases)
     {
         setenv("TZ", name, 1);
-        EXPECT_EQ(GetTimeZoneInformation(&zone) == TIME_ZONE_ID_UNKNOWN, toDaylight[0] == '-') << name;
+        EXPECT_EQ(GetTimeZoneInformation(&zone) == TIME_ZONE_ID_UNKNOWN, daylight[0] == '0') << name;
         EXPECT_EQ(zone.Bias, bias) << name;
-        EXPECT_EQ(zone.StandardBias, 0) << name;
-        EXPECT_EQ(zone.DaylightBias, daylightBias) << name;
-        EXPECT_EQ(RuleText(zone.DaylightDate), toDaylight) << name;
-        EXPECT_EQ(RuleText(zone.StandardDate), toStandard) << name;
+        EXPECT_EQ(RuleText(zone.DaylightDate, zone.DaylightBias), daylight) << name;
+        EXPECT_EQ(RuleText(zone.StandardDate, zone.StandardBias), standard) << name;
         CheckThatZoneAndItsInformationAgree();
     }
     zone.DaylightDate.wMonth = 13;

@@ -1,4 +1,5 @@
 // The pull reader for XML.
+#include "support/com_pointer.h"
 #include "support/memory_stream.h"
 #include "support/readable_text.h"
 
@@ -7,7 +8,6 @@
 #include <xmllite.h>
 
 #include <map>
-#include <memory>
 #include <vector>
 
 using qxtest::MemoryStream;
@@ -19,11 +19,7 @@ using namespace std::string_literals;
 
 constexpr GUID kReaderId = {0x7279FC81, 0x709D, 0x4095, {0xB6, 0x3D, 0x69, 0xFE, 0x4B, 0x0D, 0x90, 0x30}};
 
-struct Releaser
-{
-    void operator()(IUnknown* object) const { object->Release(); }
-};
-using Reader = std::unique_ptr<IXmlReader, Releaser>;
+using Reader = qxtest::ComPointer<IXmlReader>;
 
 // Like the library, finds the function at run time.
 Reader CreateReader()

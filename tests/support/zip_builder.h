@@ -56,6 +56,14 @@ struct BuiltMember
         return *this;
     }
 
+    // Returns a copy with a change.
+    BuiltMember Changed(void (*change)(BuiltMember&)) const
+    {
+        BuiltMember changed = *this;
+        change(changed);
+        return changed;
+    }
+
     std::string name;
     std::string data;
     std::string extra; // of the central record only

@@ -11,10 +11,10 @@
 
 #include <algorithm>
 #include <atomic>
-#include <condition_variable>
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <mutex>
@@ -22,6 +22,7 @@
 #include <string>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace qxut
@@ -58,47 +59,40 @@ std::vector<DocField> FieldsOf(const std::string& list)
     return fields;
 }
 
-// Reads files on several threads and returns the documents in the order of the files.
+// Reads files on several threads and passes the documents to a receiver in the order of the files. The thread that has
+// read the next document passes it on, together with later ones that are ready, so that no thread waits for another.
 class OrderedReading
 {
 public:
-    OrderedReading(const DocumentList& list, const std::vector<std::string>& files, unsigned jobs)
+    // Receives one document at a time.
+    using Receive = std::function<void(std::size_t index, const Document& document)>;
+
+    OrderedReading(const DocumentList& list, const std::vector<std::string>& files, Receive receive)
         : _list(list),
           _files(files),
+          _receive(std::move(receive)),
           _results(files.size())
     {
-        _threads.reserve(jobs);
-        try
-        {
-            while (_threads.size() < jobs)
-                _threads.emplace_back([this] { Work(); });
-        }
-        catch (const std::system_error&)
-        {
-            // The threads that have started do all the work. If there are none, Take does it.
-        }
-    }
-    OrderedReading(const OrderedReading&) = delete;
-    OrderedReading& operator=(const OrderedReading&) = delete;
-    ~OrderedReading()
-    {
-        _next = _files.size();
-        for (std::thread& thread : _threads)
-            thread.join();
     }
 
-    // Waits for a document. Each may be taken once.
-    Document Take(std::size_t index)
+    // Reads all files. Rethrows an exception of reading or receiving a document; later documents are not passed then.
+    void Run(unsigned jobs)
     {
-        if (_threads.empty())
-            return _list.Read(_files[index]);
-        std::unique_lock lock(_mutex);
-        _isReady.wait(lock, [&] { return _results[index].has_value(); });
-        Result result = std::move(*_results[index]);
-        _results[index].reset();
-        if (result.failure)
-            std::rethrow_exception(result.failure);
-        return std::move(result.document);
+        {
+            std::vector<std::jthread> others;
+            try
+            {
+                for (unsigned i = 1; i < jobs; ++i)
+                    others.emplace_back([this] { Work(); });
+            }
+            catch (const std::system_error&)
+            {
+                // This thread and the threads that have started do the work.
+            }
+            Work();
+        }
+        if (_failure)
+            std::rethrow_exception(_failure);
     }
 
 private:
@@ -121,19 +115,58 @@ private:
             {
                 result.failure = std::current_exception();
             }
-            const std::lock_guard lock(_mutex);
-            _results[index] = std::move(result);
-            _isReady.notify_one();
+            HandOut(index, std::move(result));
         }
+    }
+
+    void HandOut(std::size_t index, Result result)
+    {
+        std::unique_lock lock(_mutex);
+        _results[index] = std::move(result);
+        if (_isHandingOut)
+            return;
+        _isHandingOut = true;
+        for (; _first < _results.size() && _results[_first] && !_failure; ++_first)
+        {
+            const Result ready = std::move(*_results[_first]);
+            _results[_first].reset();
+            lock.unlock();
+            const std::exception_ptr failure = GiveTo(_receive, _first, ready);
+            lock.lock();
+            if (failure)
+                Stop(failure);
+        }
+        _isHandingOut = false;
+    }
+
+    static std::exception_ptr GiveTo(const Receive& receive, std::size_t index, const Result& result)
+    try
+    {
+        if (result.failure)
+            return result.failure;
+        receive(index, result.document);
+        return nullptr;
+    }
+    catch (...)
+    {
+        return std::current_exception();
+    }
+
+    void Stop(const std::exception_ptr& failure)
+    {
+        _failure = failure;
+        _next = _files.size();
     }
 
     const DocumentList& _list;
     const std::vector<std::string>& _files;
-    std::atomic<std::size_t> _next = 0;
+    const Receive _receive;
+    std::atomic<std::size_t> _next = 0; // the next file to read
     std::mutex _mutex;
-    std::condition_variable _isReady;
     std::vector<std::optional<Result>> _results;
-    std::vector<std::thread> _threads;
+    std::size_t _first = 0; // the next document to pass to the receiver
+    bool _isHandingOut = false;
+    std::exception_ptr _failure;
 };
 
 void ReadNamed(const DocOptions& options, const DocumentList& list, DocumentWriter& writer)
@@ -142,13 +175,14 @@ void ReadNamed(const DocOptions& options, const DocumentList& list, DocumentWrit
     ForEachFile(options.names, [&](const std::string& file) { files.push_back(file); });
     constexpr std::size_t kMostJobs = 64;
     const unsigned jobs = options.jobs != 0 ? options.jobs : std::max(std::thread::hardware_concurrency(), 1u);
-    OrderedReading reading(list, files, static_cast<unsigned>(std::min<std::size_t>({jobs, files.size(), kMostJobs})));
     ProgressBar progress(files.size());
-    for (std::size_t i = 0; i < files.size(); ++i)
-    {
-        writer.Write(reading.Take(i));
-        progress.Set(i + 1, files[i]);
-    }
+    OrderedReading reading(list, files,
+        [&](std::size_t index, const Document& document)
+        {
+            writer.Write(document);
+            progress.Set(index + 1, files[index]);
+        });
+    reading.Run(static_cast<unsigned>(std::min<std::size_t>({jobs, files.size(), kMostJobs})));
 }
 
 // Writes the document for each path immediately, because another program may wait for it before it sends the next path.

@@ -28,18 +28,21 @@ std::vector<Member> MembersOf(const fs::path& folder)
     fs::directory_iterator at(folder, error);
     for (; !error && at != fs::directory_iterator(); at.increment(error))
     {
+        // The entry usually knows its type already, without a further look at the disk.
         std::error_code ignored;
-        const bool isLink = at->is_symlink(ignored);
-        const fs::file_type type = at->status(ignored).type();
-        const bool isKnown = type != fs::file_type::not_found && type != fs::file_type::none;
-        if (type == fs::file_type::directory && !isLink)
-            members.push_back({at->path(), true});
-        else if (type == fs::file_type::regular || !isKnown)
+        if (at->is_directory(ignored))
+        {
+            if (!at->is_symlink(ignored))
+                members.push_back({at->path(), true});
+        }
+        else if (at->is_regular_file(ignored) || !at->exists(ignored))
             members.push_back({at->path(), false});
     }
     if (error)
         members.push_back({folder, false});
-    std::sort(members.begin(), members.end(), [](const Member& a, const Member& b) { return a.path < b.path; });
+    // They differ only in their last part. Comparing paths would take each of them apart.
+    std::sort(members.begin(), members.end(),
+        [](const Member& a, const Member& b) { return a.path.native() < b.path.native(); });
     return members;
 }
 

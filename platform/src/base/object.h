@@ -21,7 +21,6 @@ enum class ObjectType : std::uint8_t
     Semaphore,
     Mapping,
     CompletionPort,
-    ThreadPool,
     Token,
     RegistryKey,
     ActivationContext,

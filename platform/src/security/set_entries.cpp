@@ -62,7 +62,12 @@ DWORD Apply(const EXPLICIT_ACCESS_W& change, FileAcl& acl)
     if (!account)
         return ERROR_NONE_MAPPED;
     const std::uint16_t rights = RightsFrom(change.grfAccessPermissions, acl.isFolder);
-    SetEntry(acl.access, EntryOnFile(acl, *account, rights));
+    const AclEntry entry = EntryOnFile(acl, *account, rights);
+    // A group has the rights of all its entries, so no second one may remain.
+    const AclEntry named = NamedEntry(*account, rights);
+    if (entry.tag != named.tag)
+        std::erase_if(acl.access, [&](const AclEntry& old) { return old.tag == named.tag && old.id == named.id; });
+    SetEntry(acl.access, entry);
     if (acl.isFolder && change.grfInheritance != NO_INHERITANCE)
         SetDefaultEntry(acl, *account, rights);
     return ERROR_SUCCESS;

@@ -19,13 +19,14 @@ namespace
 constexpr wchar_t kEmptyWide[] = L"";
 constexpr char kEmptyNarrow[] = "";
 
-// The system takes lengths as int. A text that is too long for an int is converted to the empty text.
+// Returns the length as the int that the system takes. A text that is too long for an int is converted to the empty
+// text.
 int SystemLength(std::size_t length)
 {
     return length < INT_MAX ? static_cast<int>(length) : 0;
 }
 
-// The system rejects all flags for UTF-8.
+// Returns the flags for a conversion to wide text. The system rejects all flags for UTF-8.
 DWORD WideningFlags(std::uint32_t codePage)
 {
     return codePage == CP_UTF8 ? 0 : MB_PRECOMPOSED;

@@ -13,7 +13,8 @@ namespace qx
 // The code page is 0 for the module's default code page, a Windows code page, or kNoCodePage. kNoCodePage widens byte
 // by byte; it works only towards wide text, and the other direction produces an empty text.
 //
-// Conversion errors aren't reported. What can't be converted becomes empty or whatever the system substitutes.
+// Conversion errors aren't reported. Text that can't be converted becomes empty or is replaced with the system's
+// substitutes.
 class clsCharsetConversionString
 {
 public:

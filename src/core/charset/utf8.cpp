@@ -16,7 +16,7 @@ constexpr wchar_t kBadSequence[] = L"invalid UTF-8 sequence found!";
 constexpr wchar_t kBadEncoding[] = L"invalid UTF-8 encoding!";
 constexpr wchar_t kTooLarge[] = L"UCS-4 not supported!";
 
-// The largest value that the next shorter form can encode, by the length of the sequence. A sequence of eight bytes is
+// For each sequence length, the largest value that the next shorter sequence can encode. A sequence of eight bytes is
 // always within its limit, because the value has 32 bits.
 constexpr std::uint32_t kShorterFormMax[] = {
     0,

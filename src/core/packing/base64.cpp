@@ -13,7 +13,7 @@ namespace
 
 constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// Two characters for each 12 bits, so that three bytes cost two look-ups and two stores.
+// A table with the two characters for each value of 12 bits, so that three bytes cost two look-ups and two stores.
 using CharacterPair = std::array<wchar_t, 2>;
 constexpr auto kPairOfBits = []
 {
@@ -111,7 +111,7 @@ private:
     const wchar_t* _end;
 };
 
-// Handles room that ends inside a group: stores the valid bytes of the group if they fit and nothing follows.
+// Handles a buffer that ends inside a group: stores the valid bytes of the group if they fit and nothing follows.
 Base64Decoded ReadLastGroup(GroupReader& reader, unsigned char* bytes, std::size_t room, Base64Tail tail)
 {
     const std::size_t used = room / 3 * 3;

@@ -5,8 +5,8 @@
 namespace qx
 {
 
-// Compares the text with its 8-bit form converted back, which also finds what the system replaces by similar
-// characters.
+// Compares the text with its 8-bit form converted back, which also detects characters that the system replaces with
+// similar ones.
 bool IsExactPassPhrase(const String& text)
 {
     if (text.IsEmpty())

@@ -7,7 +7,7 @@ namespace qx
 {
 
 // Returns true if the 8-bit form of the text, which is the cipher's key, represents each of its characters. Otherwise
-// the code page's substitutes take their places, and texts that differ only there are the same key.
+// substitutes replace some characters, and texts that differ only in these characters are the same key.
 bool IsExactPassPhrase(const String& text);
 
 // A pass phrase for the duration of one call. The destructor erases the text and its 8-bit form, so keep no copies.

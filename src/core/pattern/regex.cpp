@@ -194,7 +194,7 @@ clsRegEx::Found clsRegEx::Search(const Stretch& subject)
         GroupText(subject, 0).length};
 }
 
-// Refers to the last search, which must have been on this subject.
+// Returns the text of a group. The last search must have been on this subject.
 clsRegEx::Stretch clsRegEx::GroupText(const Stretch& subject, std::size_t group) const
 {
     const PCRE2_SIZE* const range = pcre2_get_ovector_pointer_16(_pRegMatchData) + 2 * group;

@@ -49,7 +49,7 @@ bool IsText(DWORD type)
     return type == REG_SZ || type == REG_EXPAND_SZ;
 }
 
-// A stored text may lack its terminator, or contain more text after a terminator.
+// Assigns a stored text, which may lack its terminator or contain more text after a terminator.
 void AssignStored(String& result, const wchar_t* text, DWORD bytes)
 {
     result.Assign(text, 0, wcsnlen(text, bytes / sizeof(wchar_t)));

@@ -188,14 +188,15 @@ private:
         case L'n':
             return _arguments.Next<void*>() != nullptr;
         default:
-            // Takes no argument here. If the formatter does take one (%Ts, %Id), all further arguments are misaligned.
+            // The conversion takes no argument here. If the formatter does take one (%Ts, %Id), all further arguments
+            // are misaligned.
             _outOfStep = true;
             return true;
         }
     }
 
-    // A plain %S is measured as 8-bit text, as the formatter reads it. Measuring it as wide text could read past its
-    // end.
+    // Adds the length of a text. A plain %S is measured as 8-bit text, as the formatter reads it. Measuring it as wide
+    // text could read past its end.
     bool AddText(const Conversion& conversion)
     {
         const void* text = _arguments.Next<const void*>();

@@ -1,4 +1,5 @@
-// A hash of text for tables whose keys come from strangers: who doesn't know its key can't make texts of equal hashes.
+// A hash of text for tables whose keys come from untrusted sources: without the hash's own secret key, nobody can
+// construct texts with equal hashes.
 #pragma once
 
 #include <bit>
@@ -15,7 +16,7 @@ class KeyedHash
 public:
     KeyedHash(std::uint64_t firstKey, std::uint64_t secondKey) : _first(firstKey), _second(secondKey) {}
 
-    // With a key that no other process has.
+    // Returns a hash with a random key, which is different in each process.
     static KeyedHash Random()
     {
         std::random_device source;

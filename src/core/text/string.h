@@ -28,7 +28,7 @@ namespace qx
 class String
 {
 public:
-    // As a count, the rest of the text.
+    // The count that means the rest of the text.
     static constexpr std::size_t kAll = 0x7FFFFFFE;
 
     // Selects the formatting constructor. Without it, the arguments would match the constructor that takes positions.
@@ -180,7 +180,7 @@ public:
     void Empty() noexcept;
 
     // Erases a secret: overwrites the text and its cached 8-bit form in memory, then empties the string. A record that
-    // other strings share is left to them.
+    // is shared with other strings isn't overwritten.
     void Wipe() noexcept;
 
     // Ensures the capacity; never shrinks it. Without `keep`, the text is lost if a new record is allocated.

@@ -36,8 +36,9 @@ SmallNumbers MakeSmallNumbers()
     return numbers;
 }
 
-// The strings are created on first use. The compiler's guard for static variables makes other threads wait and later
-// costs only a load, whereas a critical section would have to be entered by each caller.
+// Returns the text of a small number. The strings are created on first use. The compiler's guard for static variables
+// makes other threads wait and later costs only a load, whereas a critical section would have to be entered by each
+// caller.
 const String& SmallNumber(int value)
 {
     static const SmallNumbers numbers = MakeSmallNumbers();

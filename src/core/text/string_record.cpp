@@ -23,8 +23,8 @@ StringRecord* StringRecord::Create(std::size_t capacity)
 
 void StringRecord::Release(StringRecord* record) noexcept
 {
-    // Only the owner of the last reference could add another one, so no atomic subtraction is needed here. The 0 that
-    // is stored lets a second release be detected, as long as the memory isn't reused.
+    // No other thread can add a reference to a record that has only one, so no atomic subtraction is needed here. The
+    // stored 0 makes a second release detectable as long as the memory isn't reused.
     std::int32_t left = 0;
     if (record->usage.load(std::memory_order_acquire) != 1)
         left = record->usage.fetch_sub(1, std::memory_order_acq_rel) - 1;

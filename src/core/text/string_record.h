@@ -21,8 +21,8 @@ struct alignas(16) StringRecord
     void AddUser() { usage.fetch_add(1, std::memory_order_relaxed); }
     bool IsShared() const { return usage.load(std::memory_order_acquire) > 1; }
 
-    // Releases one reference and frees the record after the last. A release too many is reported and leaves the record
-    // alone.
+    // Releases one reference and frees the record after the last. A superfluous release is reported and leaves the
+    // record unchanged.
     static void Release(StringRecord* record) noexcept;
 
     // Returns the capacity for a text of `length` characters: a multiple of 8 with room for the terminator.

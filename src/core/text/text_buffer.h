@@ -27,7 +27,7 @@ struct TextBufferAllocator
     friend bool operator==(const TextBufferAllocator&, const TextBufferAllocator&) { return true; }
 };
 
-// For decoders and parsers that build a text piece by piece; String would reallocate in small steps. Converts to
+// A text for decoders and parsers that build it piece by piece; String would reallocate in small steps. Converts to
 // std::wstring_view like any text of the standard library.
 using TextBuffer = std::basic_string<wchar_t, std::char_traits<wchar_t>, TextBufferAllocator<wchar_t>>;
 

@@ -103,7 +103,8 @@ private:
         return std::copy(text.begin(), text.end(), target);
     }
 
-    // `%.0s` takes any argument without reading it, because all arguments are passed in slots of the same size.
+    // Appends conversions that skip the arguments of a %n. `%.0s` takes any argument without reading it, because all
+    // arguments are passed in slots of the same size.
     static wchar_t* AppendSkippedArguments(wchar_t* target, const Replacement& count)
     {
         constexpr std::wstring_view kSkipped = L"%.0s";

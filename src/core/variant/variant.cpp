@@ -57,8 +57,8 @@ bool AreInBounds(const SAFEARRAY& array, std::initializer_list<ULONG> indexes)
     return true;
 }
 
-// The array stores the bounds of its last dimension first, whereas SafeArrayGetElement expects the index of the first
-// dimension first.
+// Converts indexes, last dimension first, to the indexes that SafeArrayGetElement expects: first dimension first, and
+// counted from the lower bounds. The array stores the bounds of its last dimension first.
 std::vector<LONG> PlaceOf(const SAFEARRAY& array, std::initializer_list<ULONG> indexes)
 {
     std::vector<LONG> place;

@@ -4,7 +4,6 @@
 
 #include <oleauto.h>
 
-#include <cstring>
 #include <string>
 #include <tuple>
 #include <utility>

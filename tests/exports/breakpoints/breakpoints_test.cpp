@@ -4,6 +4,7 @@
 
 #include <iostream>
 #include <thread>
+#include <tuple>
 
 using namespace watched;
 
@@ -81,24 +82,19 @@ TEST_F(Breakpoints, LeaveOtherSlotsAlone)
 TEST_F(Breakpoints, WatchWhatTheyAreSetFor)
 {
     alignas(16) volatile std::uint8_t bytes[16] = {};
-    const struct
-    {
-        unsigned offset;
-        std::uint32_t size;
-        unsigned first; // the watched bytes
-        unsigned last;
-    } cases[] = {{0, 1, 0, 0}, {2, 2, 2, 3}, {4, 4, 4, 7}, {8, 8, 8, 15}, {5, 4, 4, 7}, {3, 2, 2, 3}, {15, 8, 8, 15}};
-    for (const auto& c : cases)
+    const std::tuple<unsigned, std::uint32_t, unsigned, unsigned> cases[] = {
+        {0, 1, 0, 0}, {2, 2, 2, 3}, {4, 4, 4, 7}, {8, 8, 8, 15}, {5, 4, 4, 7}, {3, 2, 2, 3}, {15, 8, 8, 15}};
+    for (const auto& [offset, size, first, last] : cases)
         for (const bool isWriteOnly : {true, false})
         {
-            const HDATABP breakpoint = Watch(&bytes[c.offset], c.size, isWriteOnly);
+            const HDATABP breakpoint = Watch(&bytes[offset], size, isWriteOnly);
             for (unsigned i = 0; i < sizeof bytes; ++i)
             {
-                const bool isWatched = i >= c.first && i <= c.last;
+                const bool isWatched = i >= first && i <= last;
                 bytes[i] = 1;
-                EXPECT_EQ(TakeHits(), Hits(isWatched)) << c.offset << "/" << c.size << " write to " << i;
+                EXPECT_EQ(TakeHits(), Hits(isWatched)) << offset << "/" << size << " write to " << i;
                 static_cast<void>(bytes[i]);
-                EXPECT_EQ(TakeHits(), Hits(isWatched && !isWriteOnly)) << c.offset << "/" << c.size << " read of " << i;
+                EXPECT_EQ(TakeHits(), Hits(isWatched && !isWriteOnly)) << offset << "/" << size << " read of " << i;
             }
             UtilRemoveDataBP(breakpoint);
         }

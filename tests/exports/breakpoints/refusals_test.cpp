@@ -137,9 +137,7 @@ TEST(BreakpointsOfTheKernel, HitsAreOfferedInTurn)
 {
     if (InChild([] { return MachineDoes() == Machine::Refuses ? 1 : 0; }) != 0)
         GTEST_SKIP() << "this machine grants no data breakpoints";
-    struct sigaction present
-    {
-    };
+    struct sigaction present = {};
     sigaction(SIGTRAP, nullptr, &present);
     if (present.sa_handler != SIG_DFL)
         GTEST_SKIP() << "an earlier test of this process has set a breakpoint";

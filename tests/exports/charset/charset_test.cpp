@@ -6,16 +6,14 @@
 
 #include <cstdint>
 #include <tuple>
+#include <utility>
 
 TEST(CharsetExports, LikelyCharsetUsesTheProcessCodePage)
 {
     EXPECT_EQ(UtilGetLikelyCharsetFromString(L"\u03B1\u03B2"), 161u);
-    const UINT codePage = GetACP();
-    const std::uint32_t ideograph = codePage == 932   ? 128
-                                    : codePage == 936 ? 134
-                                    : codePage == 949 ? 129
-                                    : codePage == 950 ? 136
-                                                      : 0;
+    std::uint32_t ideograph = 0;
+    for (const auto& [codePage, charset] : {std::pair(932u, 128u), {936u, 134u}, {949u, 129u}, {950u, 136u}})
+        ideograph = GetACP() == codePage ? charset : ideograph;
     EXPECT_EQ(UtilGetLikelyCharsetFromString(L"\u4E00"), ideograph);
 }
 

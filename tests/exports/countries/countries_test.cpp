@@ -32,8 +32,7 @@ std::string Text(const VARIANT& value)
 
 std::string Info(const wchar_t* name, std::uint32_t type)
 {
-    VARIANT value;
-    VariantInit(&value);
+    VARIANT value{};
     EXPECT_EQ(UtilLocGetCountryInfo(name, type, &value), 0);
     std::string text = Text(value);
     VariantClear(&value);
@@ -61,8 +60,7 @@ TEST(CountryExports, Values)
 
 TEST(CountryExports, LanguagesTypesAndVariants)
 {
-    VARIANT value;
-    VariantInit(&value);
+    VARIANT value{};
     value.vt = VT_BSTR;
     value.bstrVal = SysAllocString(L"released");
     EXPECT_EQ(UtilLocGetCountryInfo(L"DE", QXUT_COUNTRY_NATIVE_NAME, &value), 0);

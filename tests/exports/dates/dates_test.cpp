@@ -27,8 +27,7 @@ constexpr std::uint32_t kUser = 0x400, kAmerican = 0x409, kGerman = 0x407, kJapa
 
 std::string Written(std::uint32_t locale, const SYSTEMTIME* time, std::uint32_t flags)
 {
-    VARIANT text;
-    VariantInit(&text);
+    VARIANT text{};
     text.vt = VT_I4; // is replaced
     EXPECT_EQ(UtilLocLocaleStringFromSystemTimeEx(locale, time, &text, flags), 0);
     EXPECT_EQ(text.vt, VT_BSTR);
@@ -101,8 +100,7 @@ TEST(Dates, WrittenInALocale)
     EXPECT_EQ(Written(kAmerican, &kImpossible, kTime), "3:00:00 PM");
     EXPECT_NE(Written(kAmerican, nullptr, kTime), "");
 
-    VARIANT text;
-    VariantInit(&text);
+    VARIANT text{};
     EXPECT_EQ(UtilLocLocaleStringFromSystemTime(kAmerican, &kMoment, &text), 0);
     EXPECT_EQ(ReadableText(text.bstrVal), Written(kAmerican, &kMoment, kDate | kTime));
     VariantClear(&text);

@@ -16,6 +16,7 @@
 #include <qxut23/log_setting.h>
 #include <qxut23/stacks.h>
 
+#include "support/library_function.h"
 #include "support/own_settings.h"
 #include "support/run_in_threads.h"
 
@@ -25,9 +26,9 @@
 
 #include <cstdarg>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace
 {
@@ -48,21 +49,15 @@ public:
     Library& operator=(const Library&) = delete;
     ~Library() { FreeLibrary(_module); }
 
-    template <class Function>
-    Function* Find(const char* name) const
-    {
-        if (const FARPROC function = GetProcAddress(_module, name))
-            return reinterpret_cast<Function*>(function);
-        std::exit(2);
-    }
+    operator HMODULE() const { return _module; }
 
 private:
     const HMODULE _module = LoadLibraryW(L"qxUT23.dll");
 };
 
-#define FIND(name) library.Find<decltype(name)>(#name)
+#define FIND(name) QXTEST_FUNCTION(library, name)
 
-void WriteByList(const Library& library, const wchar_t* tag, std::int32_t indentChange, const wchar_t* format, ...)
+void WriteByList(HMODULE library, const wchar_t* tag, std::int32_t indentChange, const wchar_t* format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
@@ -70,7 +65,7 @@ void WriteByList(const Library& library, const wchar_t* tag, std::int32_t indent
     va_end(arguments);
 }
 
-int WriteForms(const Library& library)
+int WriteForms(HMODULE library, const char*)
 {
     if (FIND(UtilGetFlags)() != 1)
         return 10;
@@ -84,7 +79,7 @@ int WriteForms(const Library& library)
     return GetLastError() == ERROR_FILE_NOT_FOUND ? 0 : 11;
 }
 
-int TryOff(const Library& library)
+int TryOff(HMODULE library, const char*)
 {
     const auto* const nowhere = reinterpret_cast<const wchar_t*>(1);
     if (FIND(UtilGetFlags)() != 0)
@@ -99,15 +94,16 @@ int TryOff(const Library& library)
     return 0;
 }
 
-void WriteStacks(const Library& library)
+int WriteStacks(HMODULE library, const char*)
 {
     FIND(UtilStackTrace)(0, 300); // too many to skip, so it writes nothing
     FIND(UtilStackTrace)(0, 256); // more than there are
     FIND(UtilStackTrace)(0, 0);
     FIND(UtilListModules)();
+    return 0;
 }
 
-int ChangeSetting(const Library& library)
+int ChangeSetting(HMODULE library, const char*)
 {
     constexpr wchar_t kPath[] = L"/folder/other.log";
     wchar_t path[18] = {};
@@ -126,7 +122,7 @@ int ChangeSetting(const Library& library)
     return 0;
 }
 
-void WriteLines(const Library& library, const char* name)
+int WriteLines(HMODULE library, const char* name)
 {
     qxtest::RunInThreads(kWriters,
         [&library, name](unsigned thread)
@@ -134,33 +130,32 @@ void WriteLines(const Library& library, const char* name)
             for (int line = 0; line < kLinesOfWriter; ++line)
                 FIND(UtilDebug)(L"%hs %u %d %0*d.", name, thread, line, 20 + line % 50, 0);
         });
+    return 0;
 }
 
-[[gnu::noinline]] void LeaveHandle(const Library& library)
+[[gnu::noinline]] void LeaveHandle(HMODULE library)
 {
     FIND(UtilHandleListMgr)(1, 1, reinterpret_cast<const void*>(0x1234));
     asm volatile(""); // keeps the call above from becoming a jump
 }
 
-int Run(const char* command, const char* argument)
+int LoseHandle(HMODULE library, const char* isKept)
 {
+    LeaveHandle(library);
+    if (*isKept)
+        LoadLibraryW(L"qxUT23.dll");
+    return 0;
+}
+
+int Run(std::string_view command, const char* argument)
+{
+    using Function = int (*)(HMODULE library, const char* argument);
+    constexpr std::pair<std::string_view, Function> kCommands[] = {{"forms", WriteForms}, {"off", TryOff},
+        {"setting", ChangeSetting}, {"stacks", WriteStacks}, {"lost", LoseHandle}, {"lines", WriteLines}};
     const Library library;
-    if (std::strcmp(command, "forms") == 0)
-        return WriteForms(library);
-    if (std::strcmp(command, "off") == 0)
-        return TryOff(library);
-    if (std::strcmp(command, "setting") == 0)
-        return ChangeSetting(library);
-    if (std::strcmp(command, "stacks") == 0)
-        WriteStacks(library);
-    if (std::strcmp(command, "lost") == 0)
-    {
-        LeaveHandle(library);
-        if (*argument)
-            LoadLibraryW(L"qxUT23.dll");
-    }
-    if (std::strcmp(command, "lines") == 0)
-        WriteLines(library, argument);
+    for (const auto& [name, function] : kCommands)
+        if (command == name)
+            return function(library, argument);
     return 0;
 }
 

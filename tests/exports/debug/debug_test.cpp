@@ -13,15 +13,7 @@
 
 using namespace qx;
 using namespace qxtest;
-using testing::AllOf;
-using testing::AnyOf;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::EndsWith;
-using testing::Gt;
-using testing::HasSubstr;
-using testing::SizeIs;
-using testing::StartsWith;
+using namespace testing;
 
 namespace
 {

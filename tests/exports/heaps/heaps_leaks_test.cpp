@@ -1,15 +1,15 @@
 // Live objects, grouped by call chain.
 #include "exports/heaps/heaps_library.h"
 
+#include "core/text/string.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
 
 #include <algorithm>
 
-using qxtest::HeapsLibrary;
-using qxtest::JobAndHeap;
-using qxtest::WordAt;
+using namespace qxtest;
 
 namespace
 {
@@ -34,16 +34,9 @@ void Receive(void* user, const QxHeapLeak* leak)
     auto& received = *static_cast<Received*>(user);
     Group group{*leak, std::vector<const void*>(leak->addresses, leak->addresses + leak->addressCount), {}};
     for (std::uint32_t i = 0; i < leak->lineCount; ++i)
-    {
-        group.lines.emplace_back();
-        for (const QXWCHAR* character = leak->lines[i]; *character != 0; ++character)
-            group.lines.back() += static_cast<char>(*character);
-    }
+        group.lines.emplace_back(qx::String(leak->lines[i]).NarrowText());
     received.groups.push_back(group);
-    if (received.used != nullptr)
-    {
-        EXPECT_EQ(leaking.free(received.used, leaking.alloc(received.used, 100, 0)), 0);
-    }
+    EXPECT_TRUE(received.used == nullptr || leaking.free(received.used, leaking.alloc(received.used, 100, 0)) == 0);
 }
 
 Received Leaks(HUTHEAPJOB job, HUTHEAP heap, std::int32_t expectedResult, std::uint32_t mostGroups = 0)

@@ -4,10 +4,6 @@
 #include "support/own_settings.h"
 #include "support/temp_folder.h"
 
-#include <gtest/gtest.h>
-
-#include <windows.h>
-
 namespace qxtest
 {
 namespace
@@ -16,36 +12,16 @@ namespace
 // The library stays loaded: while the process ends, it keeps its objects, and the leak check must find them.
 struct LoggedLibrary
 {
-    LoggedLibrary() : log(folder.Path(L"heaps.log"))
+    HMODULE Load() const
     {
         settings.Set(HKEY_LOCAL_MACHINE, L"Debug.LogFilename", log.Text());
-        module = LoadLibraryW(L"qxUT23.dll");
-        Find(exports.jobOpen, "UtilJobOpen");
-        Find(exports.jobClose, "UtilJobClose");
-        Find(exports.create, "UtilHeapCreate");
-        Find(exports.remove, "UtilHeapDelete");
-        Find(exports.size, "UtilHeapSize");
-        Find(exports.sizeObjects, "UtilHeapSizeObjects");
-        Find(exports.alloc, "UtilHeapObjectAlloc");
-        Find(exports.allocExt, "UtilHeapObjectAllocExt");
-        Find(exports.free, "UtilHeapObjectFree");
-        Find(exports.objectSize, "UtilHeapObjectSize");
-        Find(exports.validate, "UtilHeapValidate");
-        Find(exports.shrink, "UtilHeapShrink");
-        Find(exports.leaks, "QxHeapLeaks");
-    }
-
-    template <class Function>
-    void Find(Function& function, const char* name)
-    {
-        function = reinterpret_cast<Function>(GetProcAddress(module, name));
+        return LoadLibraryW(L"qxUT23.dll");
     }
 
     const TempFolder folder;
     const OwnSettings settings;
-    const qx::String log;
-    HMODULE module;
-    HeapsLibrary exports;
+    const qx::String log = folder.Path(L"heaps.log");
+    const HeapsLibrary exports{Load()};
     std::size_t seen = 0;
 };
 

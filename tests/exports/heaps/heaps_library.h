@@ -1,6 +1,8 @@
 // The library, loaded with a log file of its own, and the lines that it writes there.
 #pragma once
 
+#include "support/library_function.h"
+
 #include <qxut23/leaks.h>
 
 #include <cstddef>
@@ -20,19 +22,20 @@ struct HeapsLibrary
     // are replaced by "P". Successive lines of a call chain are replaced by one line " [called by *]".
     static std::vector<std::string> NewLines();
 
-    decltype(&::UtilJobOpen) jobOpen;
-    decltype(&::UtilJobClose) jobClose;
-    decltype(&::UtilHeapCreate) create;
-    decltype(&::UtilHeapDelete) remove;
-    decltype(&::UtilHeapSize) size;
-    decltype(&::UtilHeapSizeObjects) sizeObjects;
-    decltype(&::UtilHeapObjectAlloc) alloc;
-    decltype(&::UtilHeapObjectAllocExt) allocExt;
-    decltype(&::UtilHeapObjectFree) free;
-    decltype(&::UtilHeapObjectSize) objectSize;
-    decltype(&::UtilHeapValidate) validate;
-    decltype(&::UtilHeapShrink) shrink;
-    decltype(&::QxHeapLeaks) leaks;
+    const HMODULE library;
+    decltype(&::UtilJobOpen) jobOpen = QXTEST_FUNCTION(library, UtilJobOpen);
+    decltype(&::UtilJobClose) jobClose = QXTEST_FUNCTION(library, UtilJobClose);
+    decltype(&::UtilHeapCreate) create = QXTEST_FUNCTION(library, UtilHeapCreate);
+    decltype(&::UtilHeapDelete) remove = QXTEST_FUNCTION(library, UtilHeapDelete);
+    decltype(&::UtilHeapSize) size = QXTEST_FUNCTION(library, UtilHeapSize);
+    decltype(&::UtilHeapSizeObjects) sizeObjects = QXTEST_FUNCTION(library, UtilHeapSizeObjects);
+    decltype(&::UtilHeapObjectAlloc) alloc = QXTEST_FUNCTION(library, UtilHeapObjectAlloc);
+    decltype(&::UtilHeapObjectAllocExt) allocExt = QXTEST_FUNCTION(library, UtilHeapObjectAllocExt);
+    decltype(&::UtilHeapObjectFree) free = QXTEST_FUNCTION(library, UtilHeapObjectFree);
+    decltype(&::UtilHeapObjectSize) objectSize = QXTEST_FUNCTION(library, UtilHeapObjectSize);
+    decltype(&::UtilHeapValidate) validate = QXTEST_FUNCTION(library, UtilHeapValidate);
+    decltype(&::UtilHeapShrink) shrink = QXTEST_FUNCTION(library, UtilHeapShrink);
+    decltype(&::QxHeapLeaks) leaks = QXTEST_FUNCTION(library, QxHeapLeaks);
 };
 
 // A job with one heap.

@@ -1,15 +1,13 @@
 // Tracked heaps: the lines of the debug output.
 #include "exports/heaps/heaps_library.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <cstring>
 #include <functional>
+#include <tuple>
 
-using qxtest::HeapsLibrary;
-using qxtest::JobAndHeap;
-using qxtest::WordAt;
-using testing::ElementsAreArray;
+using namespace qxtest;
 
 namespace
 {
@@ -60,14 +58,7 @@ TEST(HeapsReport, RefusedObjects)
     const JobAndHeap own(QXUT_HEAP_DEBUG);
     const auto foreign = reported.create(own.job, L"foreign", QXUT_HEAP_DEBUG);
     const std::string error = "Error: clsHeapNode['job'/'heap']::";
-    const struct
-    {
-        const char* what;
-        HUTHEAP owner;
-        std::uint32_t flags;
-        std::function<void(void*)> damage;
-        Lines lines;
-    } cases[] = {
+    const std::tuple<const char*, HUTHEAP, std::uint32_t, std::function<void(void*)>, Lines> cases[] = {
         {"fence", own.heap, 0, [](void* object) { static_cast<char*>(object)[kSize] = 1; },
             Lines{"Error: Memory overrun, fence value has been changed"} + Dump(0, kBytes, kSize) +
                 Lines{error + "FreeObjectD(P)", " Memory overrun, fence value has been changed (object not freed)"} +
@@ -79,15 +70,14 @@ TEST(HeapsReport, RefusedObjects)
         {"foreign", foreign, QXUT_OBJECT_NO_CHAIN, [](void*) {},
             Lines{error + "FreeObjectD(P)", " error freeing object"} + Dump(1, kBytes, kSize, false)},
         {"foreign, plain", foreign, QXUT_OBJECT_PLAIN, [](void*) {},
-            {error + "FreeObjectND(P)", " bad object size -1", " error freeing object"}},
-    };
-    for (const auto& each : cases)
+            {error + "FreeObjectND(P)", " bad object size -1", " error freeing object"}}};
+    for (const auto& [what, owner, flags, damage, lines] : cases)
     {
-        void* const object = NewObject(each.owner, each.flags);
-        each.damage(object);
+        void* const object = NewObject(owner, flags);
+        damage(object);
         HeapsLibrary::NewLines();
-        EXPECT_EQ(reported.free(own.heap, object), QXUT_HEAP_BAD_OBJECT) << each.what;
-        EXPECT_THAT(HeapsLibrary::NewLines(), ElementsAreArray(each.lines)) << each.what;
+        EXPECT_EQ(reported.free(own.heap, object), QXUT_HEAP_BAD_OBJECT) << what;
+        EXPECT_EQ(HeapsLibrary::NewLines(), lines) << what;
     }
 }
 
@@ -114,15 +104,11 @@ TEST(HeapsReport, SizesAndSums)
     WordAt(empty, -4) = 7;
     EXPECT_EQ(reported.objectSize(own.heap, empty), QXUT_HEAP_BAD_OBJECT);
     EXPECT_EQ(reported.alloc(other.heap, 0xFFFFFFF0u, 0), nullptr);
-    EXPECT_THAT(HeapsLibrary::NewLines(), ElementsAreArray(Lines{
-                                              "Warning: clsHeapNode['job'/'heap']::SizeObject(P):",
-                                              " Object has a size of 0 (bad pointer?)\n",
-                                              "UtilHeapSize will only work for DEBUG heaps, or in NT >= 3.51",
-                                              " 0x00000000",
-                                              "Error: clsHeapNode['job'/'heap']::SizeObject(P)",
-                                              " bad pointer, or memory underrun (magic=0x00000007)\n",
-                                              "Error: clsHeapNode['job'/'heap']::AllocObjectND(-16): Out of memory",
-                                          }));
+    EXPECT_EQ(HeapsLibrary::NewLines(),
+        (Lines{"Warning: clsHeapNode['job'/'heap']::SizeObject(P):", " Object has a size of 0 (bad pointer?)\n",
+            "UtilHeapSize will only work for DEBUG heaps, or in NT >= 3.51", " 0x00000000",
+            "Error: clsHeapNode['job'/'heap']::SizeObject(P)", " bad pointer, or memory underrun (magic=0x00000007)\n",
+            "Error: clsHeapNode['job'/'heap']::AllocObjectND(-16): Out of memory"}));
     EXPECT_EQ(reported.alloc(own.heap, 0x80000000u, 0), nullptr);
     const Lines lines = HeapsLibrary::NewLines();
     ASSERT_GE(lines.size(), 3u);
@@ -138,17 +124,16 @@ TEST(HeapsReport, HeapsAndJobsThatAreLeft)
     NewObject(heap, QXUT_OBJECT_NO_CHAIN);
     reported.alloc(heap, 100, QXUT_OBJECT_PLAIN);
     EXPECT_EQ(reported.free(heap, reported.alloc(heap, 1, 0)), 0);
-    void* const damaged = NewObject(heap, QXUT_OBJECT_NO_CHAIN);
-    static_cast<char*>(damaged)[kSize] = 1;
+    static_cast<char*>(NewObject(heap, QXUT_OBJECT_NO_CHAIN))[kSize] = 1; // the fence
     reported.create(job, L"silent", QXUT_HEAP_NO_WARNING);
     HeapsLibrary::NewLines();
     EXPECT_EQ(reported.validate(heap, nullptr), 0);
-    EXPECT_THAT(HeapsLibrary::NewLines(),
-        ElementsAreArray(Lines{"Error: Memory overrun, fence value has been changed"} + Dump(0, kBytes, kSize, false)));
+    EXPECT_EQ(HeapsLibrary::NewLines(),
+        (Lines{"Error: Memory overrun, fence value has been changed"} + Dump(0, kBytes, kSize, false)));
     EXPECT_EQ(reported.validate(heap, &job), QXUT_HEAP_CORRUPTED);
     const Lines both = Dump(1, kBytes, kSize, false) + Dump(1, kBytes, kSize, false);
     const Lines report = Lines{"Heap['job'/'']: 3 objects", " Heap allocation stack trace:", "  [called by *]"} + both;
-    EXPECT_THAT(HeapsLibrary::NewLines(), ElementsAreArray(Lines{" Error: Heap corrupted"} + report));
+    EXPECT_EQ(HeapsLibrary::NewLines(), (Lines{" Error: Heap corrupted"} + report));
 
     EXPECT_EQ(reported.jobClose(job), QXUT_HEAP_LEFT_OVER);
     const auto deeper = [](Lines lines, std::size_t depth)
@@ -157,9 +142,8 @@ TEST(HeapsReport, HeapsAndJobsThatAreLeft)
             line.insert(0, depth, ' ');
         return lines;
     };
-    EXPECT_THAT(HeapsLibrary::NewLines(),
-        ElementsAreArray(
-            Lines{"Error: deleting module 'job', but the following heaps are left:"} + deeper(report, 1) +
+    EXPECT_EQ(HeapsLibrary::NewLines(),
+        (Lines{"Error: deleting module 'job', but the following heaps are left:"} + deeper(report, 1) +
             Lines{" Error: Memory overrun, fence value has been changed"} + deeper(Dump(0, kBytes, kSize, false), 1) +
             Lines{" Heap['job'/'']: max 3, total 4 allocations", " Warning: deleting heap, but objects are left:"} +
             deeper(report, 2) + Lines{" Heap['job'/'silent']: 0 objects"}));
@@ -171,9 +155,9 @@ TEST(HeapsReport, HeapsAndJobsThatAreLeft)
     EXPECT_EQ(reported.remove(silent), QXUT_HEAP_FAILED);
     EXPECT_EQ(reported.jobClose(quiet), 0);
     EXPECT_EQ(reported.jobClose(quiet), QXUT_HEAP_FAILED);
-    EXPECT_THAT(HeapsLibrary::NewLines(), ElementsAreArray(Lines{"Heap['job'/'silent']: max 1, total 1 allocations",
-                                              "Error: clsModuleNode['']::DeleteHeap(P): Invalid handle",
-                                              "Error: clsModuleList::Delete(P): Invalid handle"}));
+    EXPECT_EQ(HeapsLibrary::NewLines(), (Lines{"Heap['job'/'silent']: max 1, total 1 allocations",
+                                            "Error: clsModuleNode['']::DeleteHeap(P): Invalid handle",
+                                            "Error: clsModuleList::Delete(P): Invalid handle"}));
 }
 
 TEST(HeapsReport, TracedJob)
@@ -193,7 +177,7 @@ TEST(HeapsReport, TracedJob)
     reported.remove(heap);
     reported.create(job, L"left", QXUT_HEAP_NO_DEBUG);
     reported.jobClose(job);
-    EXPECT_THAT(HeapsLibrary::NewLines(), ElementsAreArray(Lines {
+    EXPECT_EQ(HeapsLibrary::NewLines(), (Lines {
         "UtilJobOpen('traced',0x80000000)", " ->P", "UtilHeapCreate(P,'(NULL)',0x00000010)",
             "traced: UtilHeapCreate(..,'(NULL)',..) called with DEBUG bit", " ->P", "UtilJobOpen('traced',0x00000000)",
             " ->P", "UtilJobClose(P) ['traced']", " ->0", "UtilHeapSizeObjects(P) ['traced','']", " ->100",
@@ -206,6 +190,6 @@ TEST(HeapsReport, TracedJob)
             " Warning: deleting heap, but objects are left:", "  Heap['traced'/'']: 1 objects", " ->-5",
             "UtilHeapCreate(P,'left',0x00000040)", " ->P", "UtilJobClose(P) ['traced']",
             " Error: deleting module 'traced', but the following heaps are left:", "  Heap['traced'/'left']: 0 objects",
-            " Error: unknown result code '-5'", " ->-5",
+            " Error: unknown result code '-5'", " ->-5"
     }));
 }

@@ -16,10 +16,9 @@
 #include <cstring>
 #include <fstream>
 #include <thread>
+#include <tuple>
 
-using qxtest::HeapsLibrary;
-using qxtest::JobAndHeap;
-using qxtest::WordAt;
+using namespace qxtest;
 
 namespace
 {
@@ -85,39 +84,30 @@ TEST(HeapsFormat, DebugObject)
 TEST(HeapsFormat, KindsOfObjects)
 {
     constexpr std::uint32_t kOther = QXUT_OBJECT_PLAIN, kDebug = QXUT_OBJECT_DEBUG;
-    const struct
+    const std::tuple<std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t> kinds[] = {{0, 0, 0, kPlain},
+        {0, 0, kDebug | QXUT_OBJECT_NO_CHAIN, kSecond}, {QXUT_HEAP_DEBUG, 0, 0, kSecond},
+        {QXUT_HEAP_DEBUG, 0, kOther, kPlain}, {QXUT_HEAP_DEBUG | QXUT_HEAP_NO_DEBUG, 0, 0, kPlain},
+        {0, QXUT_HEAPJOB_DEBUG, 0, kSecond}, {QXUT_HEAP_NO_DEBUG, QXUT_HEAPJOB_DEBUG, 0, kPlain},
+        {QXUT_HEAP_NO_SERIALIZE | QXUT_HEAP_RAISE_EXCEPTIONS, 0, 0, kPlain}};
+    for (const auto& [heapFlags, jobFlags, objectFlags, magic] : kinds)
     {
-        std::uint32_t heapFlags, jobFlags, objectFlags, magic;
-    } kinds[] = {
-        {0, 0, 0, kPlain},
-        {0, 0, kDebug | QXUT_OBJECT_NO_CHAIN, kSecond},
-        {QXUT_HEAP_DEBUG, 0, 0, kSecond},
-        {QXUT_HEAP_DEBUG, 0, kOther, kPlain},
-        {QXUT_HEAP_DEBUG | QXUT_HEAP_NO_DEBUG, 0, 0, kPlain},
-        {0, QXUT_HEAPJOB_DEBUG, 0, kSecond},
-        {QXUT_HEAP_NO_DEBUG, QXUT_HEAPJOB_DEBUG, 0, kPlain},
-        {QXUT_HEAP_NO_SERIALIZE | QXUT_HEAP_RAISE_EXCEPTIONS, 0, 0, kPlain},
-    };
-    for (const auto& kind : kinds)
-    {
-        const JobAndHeap own(kind.heapFlags, kind.jobFlags);
-        const std::string where =
-            "heap " + std::to_string(kind.heapFlags) + " object " + std::to_string(kind.objectFlags);
+        const JobAndHeap own(heapFlags, jobFlags);
+        const std::string where = "heap " + std::to_string(heapFlags) + " object " + std::to_string(objectFlags);
         std::int32_t all = 0;
         for (const std::uint32_t size : {0u, 1u, 12u, 500u, 40'000u, 3'000'000u})
         {
-            void* const object = heaps.alloc(own.heap, size, kind.objectFlags | QXUT_OBJECT_FILL);
+            void* const object = heaps.alloc(own.heap, size, objectFlags | QXUT_OBJECT_FILL);
             ASSERT_NE(object, nullptr) << where;
-            EXPECT_EQ(WordAt(object, -4), kind.magic) << where;
+            EXPECT_EQ(WordAt(object, -4), magic) << where;
             EXPECT_TRUE(IsFilled(object, size, 0xF5)) << where;
             EXPECT_EQ(heaps.objectSize(own.heap, object), static_cast<std::int32_t>(size)) << where;
             EXPECT_EQ(heaps.validate(own.heap, object), 0) << where;
-            all += static_cast<std::int32_t>(size) + (kind.magic == kPlain ? 4 : 48);
+            all += static_cast<std::int32_t>(size) + (magic == kPlain ? 4 : 48);
             EXPECT_EQ(heaps.sizeObjects(own.heap), all) << where;
         }
         const bool isDebugHeap = heaps.size(own.heap) != QXUT_HEAP_NOT_SUPPORTED;
         EXPECT_EQ(heaps.size(own.heap), isDebugHeap ? all : QXUT_HEAP_NOT_SUPPORTED);
-        EXPECT_EQ(heaps.alloc(own.heap, 0x80000000u, kind.objectFlags), nullptr);
+        EXPECT_EQ(heaps.alloc(own.heap, 0x80000000u, objectFlags), nullptr);
         EXPECT_EQ(heaps.remove(own.heap), QXUT_HEAP_LEFT_OVER) << where;
     }
 }
@@ -181,8 +171,7 @@ TEST(HeapsHandles, PointersThatAreNoObjects)
     {
         EXPECT_EQ(heaps.free(own.heap, pointer), QXUT_HEAP_BAD_OBJECT) << what;
         EXPECT_EQ(heaps.objectSize(own.heap, pointer), QXUT_HEAP_BAD_OBJECT) << what;
-        const std::int32_t expected = pointer != nullptr ? QXUT_HEAP_CORRUPTED : 0;
-        EXPECT_EQ(heaps.validate(own.heap, pointer), expected) << what;
+        EXPECT_EQ(heaps.validate(own.heap, pointer), pointer != nullptr ? QXUT_HEAP_CORRUPTED : 0) << what;
     };
     for (const std::uint32_t flags : {QXUT_OBJECT_PLAIN, QXUT_OBJECT_DEBUG})
     {
@@ -262,10 +251,8 @@ TEST(HeapsMemory, TwoHundredThousandObjectsOf64Bytes)
         for (std::size_t i = 0; i < kCount; ++i)
             std::memset(heaps.alloc(own.heap, 64, 0), 1, 64);
         const std::size_t used = MemoryInUse() - before;
-        const std::size_t most = flags == 0 ? 80 * 12 / 10 : 64 + 48 + 32;
-        EXPECT_LE(used, kCount * most) << flags;
-        const std::size_t least = flags == 0 ? 64 : 64 + 48;
-        EXPECT_GE(used, kCount * least) << flags;
+        EXPECT_LE(used, kCount * (flags == 0 ? 80 * 12 / 10 : 64 + 48 + 32)) << flags;
+        EXPECT_GE(used, kCount * (flags == 0 ? 64 : 64 + 48)) << flags;
         EXPECT_EQ(heaps.remove(own.heap), QXUT_HEAP_LEFT_OVER);
         EXPECT_LT(MemoryInUse(), before + kCount * 8) << flags; // given back
     }
@@ -278,7 +265,7 @@ TEST(HeapsThreads, EightThreadsOnTwoHeaps)
     const JobAndHeap own(QXUT_HEAP_DEBUG);
     const auto plain = heaps.create(own.job, L"plain", 0);
     std::atomic<int> failures = 0;
-    qxtest::RunInThreads(8,
+    RunInThreads(8,
         [&](unsigned number)
         {
             const auto heap = number % 2 != 0 ? own.heap : plain;

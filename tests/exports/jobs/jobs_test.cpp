@@ -1,6 +1,7 @@
 // Job pools under load: each job is reported once, and each reference is released.
 #include <qxut23/jobs.h>
 
+#include "support/run_in_threads.h"
 #include "support/test_jobs.h"
 
 #include <gtest/gtest.h>
@@ -134,13 +135,10 @@ TEST_F(JobPools, JobsAndHostsThatAddJobs)
         UtilThreadPoolClose(pool);
     };
     int expected = 0;
-    for (const int pools : {1, 12})
+    for (const unsigned pools : {1u, 12u})
     {
-        std::vector<std::jthread> threads;
-        for (int i = 0; i < pools; ++i)
-            threads.emplace_back(wholeLife);
-        threads.clear();                   // waits for them
-        expected += (2047 + 1365) * pools; // all jobs, plus one for each job at an even depth
+        RunInThreads(pools, [&](unsigned) { wholeLife(); });
+        expected += (2047 + 1365) * static_cast<int>(pools); // all jobs, plus one for each job at an even depth
         EXPECT_EQ(counts.runs, expected);
         EXPECT_EQ(counts.told, expected);
     }

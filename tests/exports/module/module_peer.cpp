@@ -3,6 +3,8 @@
 #include <qxut23/heaps.h>
 #include <qxut23/module.h>
 
+#include "support/library_function.h"
+
 #include <windows.h>
 
 #include <heapapi.h>
@@ -10,19 +12,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
 namespace
 {
 
-template <class Function>
-Function* Find(HMODULE library, const char* name)
-{
-    if (const FARPROC function = GetProcAddress(library, name))
-        return reinterpret_cast<Function*>(function);
-    std::exit(9);
-}
-#define FIND(name) Find<decltype(name)>(library, #name)
+#define FIND(name) QXTEST_FUNCTION(library, name)
 
 std::size_t BlocksOfProcessHeap()
 {
@@ -62,17 +56,13 @@ int UseOnce()
     const HMODULE library = LoadLibraryW(L"qxUT23.dll");
     if (library == nullptr)
         return 1;
-    if (FIND(UtilGetVersion)(0) != 0x170002)
-        return 2;
-    if (FIND(UtilLanguageGet)() < 0)
-        return 3;
-    if (FIND(UtilLanguageSet)(0) == 0 && FIND(UtilLanguageGet)() < 0)
-        return 4;
     const std::int32_t environment = FIND(UtilGetOSEnvironmentType)();
-    if (environment < 1 || environment > 4)
-        return 5;
-    if (FIND(UtilGetUIInteractionAllowed)() > 1)
-        return 6;
+    const bool areRight[] = {FIND(UtilGetVersion)(0) == 0x170002, FIND(UtilLanguageGet)() >= 0,
+        FIND(UtilLanguageSet)(0) != 0 || FIND(UtilLanguageGet)() >= 0, environment >= 1 && environment <= 4,
+        FIND(UtilGetUIInteractionAllowed)() <= 1};
+    for (int check = 0; check < 5; ++check)
+        if (!areRight[check])
+            return 2 + check;
     LeaveHeaps(library, FIND(UtilJobOpen)(L"job", QXUT_HEAPJOB_DEBUG | QXUT_HEAPJOB_TRACE), kHeapsLeft);
     if (AreObjectsGone())
         return 10;

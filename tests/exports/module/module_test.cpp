@@ -13,16 +13,12 @@
 #include <cstdint>
 
 using namespace qx;
-using qxtest::PeerProcess;
-using qxtest::Variable;
+using namespace qxtest;
 
 namespace
 {
 
-HMODULE Library()
-{
-    return GetModuleHandleW(L"qxUT23.dll");
-}
+const HMODULE library = GetModuleHandleW(L"qxUT23.dll");
 
 } // namespace
 
@@ -35,11 +31,11 @@ TEST(ModuleExports, TheVersionIsThatOfTheVersionBlock)
     version.Format(L"%d.%d.%d", UtilGetVersion(QXUT_VERSION_MAJOR), UtilGetVersion(QXUT_VERSION_MINOR),
         UtilGetVersion(QXUT_VERSION_PATCH));
     EXPECT_STREQ(version, L"23.2.0");
-    const String path = ModulePath(Library());
+    const String path = ModulePath(library);
     EXPECT_STREQ(GetFileVersionValue(path, L"FileVersion"), version);
     EXPECT_STREQ(GetFileVersionValue(path, L"InternalName"), L"qxUT23");
     const String start = String(FileNameOf(path.View())).Upper() + L" " + version;
-    EXPECT_EQ(GetModuleDescription(Library()).Left(start.Length()), start);
+    EXPECT_EQ(GetModuleDescription(library).Left(start.Length()), start);
 }
 
 TEST(ModuleExports, TheManifestMakesAnActivationContext)
@@ -47,7 +43,7 @@ TEST(ModuleExports, TheManifestMakesAnActivationContext)
     ACTCTXW description = {};
     description.cbSize = sizeof description;
     description.dwFlags = ACTCTX_FLAG_RESOURCE_NAME_VALID | ACTCTX_FLAG_HMODULE_VALID;
-    description.hModule = Library();
+    description.hModule = library;
     description.lpResourceName = MAKEINTRESOURCEW(2);
     const HANDLE context = CreateActCtxW(&description);
     EXPECT_NE(context, INVALID_HANDLE_VALUE) << GetLastError();
@@ -88,7 +84,7 @@ TEST(ModuleExports, AFailedAssertionEndsTheProcess)
 
 TEST(ModuleExports, LoadsWithoutHomeRegistryOrTempFolder)
 {
-    const qxtest::TempFolder folder;
+    const TempFolder folder;
     const String none = folder.Path(L"none");
     const Variable variables[] = {{L"HOME", nullptr}, {L"XDG_CONFIG_HOME", nullptr}, {L"QXPLATFORM_HOME", nullptr},
         {L"TMPDIR", none}, {L"TMP", none}, {L"TEMP", none}, {L"USERPROFILE", nullptr}, {L"APPDATA", nullptr},

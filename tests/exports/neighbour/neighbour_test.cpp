@@ -21,9 +21,6 @@ extern "C"
     int CloseHandle(void* object);
 }
 
-namespace
-{
-
 TEST(Neighbour, ProfileIsSavedLockedAndRead)
 {
     char folder[] = "/tmp/qxut-neighbour-XXXXXX";
@@ -67,5 +64,3 @@ TEST(Neighbour, FunctionsOfBothStayTheirOwn)
     EXPECT_EQ(SysStringLen(text), 2u) << "a<";
     SysFreeString(text);
 }
-
-} // namespace

@@ -66,7 +66,7 @@ TEST(ProfileClipboard, AnotherProcessPastes)
     const Job job;
     ProfSetStringW(job, nullptr, L"Gr\u00F6\u00DFe", L"\x01\x2400\u20AC");
     ASSERT_EQ(ProfSaveToClipboard(job, nullptr, 0), PROF_OK);
-    qxtest::PeerProcess peer(L"profile_peer", qx::String(Wide("paste \"" + folder.Path("pasted") + "\"")));
+    qxtest::PeerProcess peer(L"profile_peer", Wide("paste \"" + folder.Path("pasted") + "\""));
     EXPECT_EQ(peer.Wait(), 0);
     EXPECT_EQ(Tree(Job(folder.Path("pasted"))), Tree(job));
 }
@@ -77,9 +77,9 @@ TEST(ProfileClipboard, ThatSomeoneElseHasIsNeitherReadNorWritten)
 {
     PrepareClipboard();
     ASSERT_TRUE(OpenClipboard(nullptr));
-    qxtest::PeerProcess peer(L"profile_peer", qx::String(L"paste unused"));
+    qxtest::PeerProcess peer(L"profile_peer", L"paste unused");
     EXPECT_EQ(peer.Wait(), -PROF_ERR_CANNOT_READ);
-    qxtest::PeerProcess copier(L"profile_peer", qx::String(L"copy"));
+    qxtest::PeerProcess copier(L"profile_peer", L"copy");
     EXPECT_EQ(copier.Wait(), -PROF_ERR_CANNOT_WRITE);
     CloseClipboard();
     EXPECT_EQ(ProfIsClipboardDataAvailable(), 0);

@@ -39,13 +39,19 @@ void AppendEntry(HPROFJOB job, const wchar_t* name, const wchar_t* contents)
     ProfAppendStringW(job, entry, L"Contents", contents);
 }
 
+class ProfileEmbedded : public testing::Test
+{
+protected:
+    const TempFolder folder;
+    const std::string out = folder.Path("out");
+    const Job job;
+};
+
 } // namespace
 
-TEST(ProfileEmbedded, FileAndStreamFromTheirPositionOn)
+TEST_F(ProfileEmbedded, FileAndStreamFromTheirPositionOn)
 {
-    const TempFolder folder;
     const std::string path = folder.Make("file", "0123456789");
-    const Job job;
     const Stream stream("0123456789");
     for (const int position : {0, 4, 10, 11})
     {
@@ -75,11 +81,9 @@ TEST(ProfileEmbedded, FileAndStreamFromTheirPositionOn)
     EXPECT_EQ(stream.References(), 1u);
 }
 
-TEST(ProfileEmbedded, ResultsOfWhatCannotBe)
+TEST_F(ProfileEmbedded, ResultsOfWhatCannotBe)
 {
-    const TempFolder folder;
     const std::string path = folder.Make("file", "content");
-    const Job job;
     // A file that can't be read produces the empty value.
     ProfAppendFileW(job, nullptr, L"v", L"", OpenFile(path, GENERIC_WRITE));
     ProfAppendFileW(job, nullptr, L"v", nullptr, nullptr);
@@ -111,11 +115,8 @@ TEST(ProfileEmbedded, ResultsOfWhatCannotBe)
     EXPECT_EQ(ProfExtractFilesW(nullptr, nullptr, L"folder", L""), 0);
 }
 
-TEST(ProfileEmbedded, StrictExtractionSaysWhatIsMissing)
+TEST_F(ProfileEmbedded, StrictExtractionSaysWhatIsMissing)
 {
-    const TempFolder folder;
-    const std::string out = folder.Path("out");
-    const Job job;
     folder.Make("a.txt", "\0\xFF"s);
     folder.Make("empty.txt", "");
     std::filesystem::create_directory(folder.Path("d.txt"));
@@ -158,11 +159,8 @@ TEST(ProfileEmbedded, StrictExtractionSaysWhatIsMissing)
     EXPECT_EQ(QxProfExtractFiles(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
 }
 
-TEST(ProfileEmbedded, EntriesThatAreNotExtracted)
+TEST_F(ProfileEmbedded, EntriesThatAreNotExtracted)
 {
-    const TempFolder folder;
-    const std::string out = folder.Path("out");
-    const Job job;
     EXPECT_EQ(ProfExtractFilesW(job, nullptr, Wide(out), L""), 0);
     EXPECT_FALSE(std::filesystem::exists(out)) << "not made for nothing";
 

@@ -154,6 +154,7 @@ TEST(ProfileLarge, DeepNesting)
     ASSERT_EQ(copy.Save(folder.Path("saved")), PROF_OK);
     const Job again(folder.Path("saved"));
     Wide path("");
+    path.Reserve(3 * kDepth);
     for (int i = 0; i < kDepth; ++i)
         path += L"l/";
     path += L"leaf";

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <future>
 #include <initializer_list>
+#include <list>
 #include <thread>
 
 using namespace profiletest;
@@ -21,41 +22,48 @@ using std::chrono::seconds;
 // Builds the peer's command line: COMMAND FILE REST.
 qx::String Line(const std::string& command, const std::string& path, const std::string& rest)
 {
-    return qx::String(Wide(command + " \"" + path + "\" " + rest));
+    return Wide(command + " \"" + path + "\" " + rest);
 }
 
-void MakeFile(const std::string& path)
+class ProfileProcesses : public testing::Test
 {
-    const Job job;
-    FillWhole(job, 'z', 10);
-    ASSERT_EQ(job.Save(path), PROF_OK);
-}
-
-// Reads the file until the peers, which write to it, are done: its contents are whole each time.
-void ExpectWholeContents(const std::string& path, std::initializer_list<PeerProcess*> peers)
-{
-    const auto work = std::async(std::launch::async,
-        [peers]
-        {
-            for (PeerProcess* const peer : peers)
-                EXPECT_EQ(peer->Wait(), 0);
-        });
-    for (bool isDone = false; !isDone;)
+protected:
+    void SetUp() override
     {
-        isDone = work.wait_for(seconds(0)) == std::future_status::ready;
-        const Job job(path);
-        EXPECT_EQ(job.Error(), PROF_OK);
-        EXPECT_EQ(LetterOfWhole(job).size(), 1u) << LetterOfWhole(job);
+        const Job job;
+        FillWhole(job, 'z', 10);
+        ASSERT_EQ(job.Save(path), PROF_OK);
     }
-}
+
+    // Runs peers that write to the file, and reads it until they are done: its contents are whole each time.
+    void ExpectWholeContents(const std::string& command, std::initializer_list<const char*> arguments) const
+    {
+        const auto work = std::async(std::launch::async,
+            [&]
+            {
+                std::list<PeerProcess> peers;
+                for (const char* const rest : arguments)
+                    peers.emplace_back(L"profile_peer", Line(command, path, rest));
+                for (PeerProcess& peer : peers)
+                    EXPECT_EQ(peer.Wait(), 0);
+            });
+        for (bool isDone = false; !isDone;)
+        {
+            isDone = work.wait_for(seconds(0)) == std::future_status::ready;
+            const Job job(path);
+            EXPECT_EQ(job.Error(), PROF_OK);
+            EXPECT_EQ(LetterOfWhole(job).size(), 1u) << LetterOfWhole(job);
+        }
+    }
+
+    const TempFolder folder;
+    const std::string path = folder.Path("file");
+};
 
 } // namespace
 
-TEST(ProfileProcesses, ExclusiveJobLetsReadersInAndKeepsWritersOut)
+TEST_F(ProfileProcesses, ExclusiveJobLetsReadersInAndKeepsWritersOut)
 {
-    const TempFolder folder;
-    const std::string path = folder.Path("file");
-    MakeFile(path);
     PeerProcess holder(L"profile_peer", Line("hold", path, ""));
     for (int i = 0; i < 3000 && !std::filesystem::exists(path + ".ready"); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -79,21 +87,12 @@ TEST(ProfileProcesses, ExclusiveJobLetsReadersInAndKeepsWritersOut)
     EXPECT_EQ(holder.Wait(), 0);
 }
 
-TEST(ProfileProcesses, SavesOfTwoProcessesNeverMix)
+TEST_F(ProfileProcesses, SavesOfTwoProcessesNeverMix)
 {
-    const TempFolder folder;
-    const std::string path = folder.Path("file");
-    MakeFile(path);
-    PeerProcess a(L"profile_peer", Line("save", path, "a 40"));
-    PeerProcess b(L"profile_peer", Line("save", path, "b 40"));
-    ExpectWholeContents(path, {&a, &b});
+    ExpectWholeContents("save", {"a 40", "b 40"});
 }
 
-TEST(ProfileProcesses, ReaderDuringASaveInPlaceSeesOldOrNew)
+TEST_F(ProfileProcesses, ReaderDuringASaveInPlaceSeesOldOrNew)
 {
-    const TempFolder folder;
-    const std::string path = folder.Path("file");
-    MakeFile(path);
-    PeerProcess writer(L"profile_peer", Line("rewrite", path, "200"));
-    ExpectWholeContents(path, {&writer});
+    ExpectWholeContents("rewrite", {"200"});
 }

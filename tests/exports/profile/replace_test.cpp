@@ -26,9 +26,7 @@ constexpr wchar_t kSide[] = L".file.qxsave";
 
 struct stat StatOf(const std::string& path)
 {
-    struct stat info
-    {
-    };
+    struct stat info = {};
     EXPECT_EQ(lstat(path.c_str(), &info), 0) << path;
     return info;
 }
@@ -40,18 +38,24 @@ std::int32_t SaveValue(const std::string& path, const wchar_t* value)
     return job.Save(path);
 }
 
-std::size_t CountFiles(const TempFolder& folder)
+// Each test has a folder with one file.
+class ProfileReplace : public testing::Test
 {
-    const fs::path parent = fs::path(folder.Path("x")).parent_path();
-    return static_cast<std::size_t>(std::distance(fs::directory_iterator(parent), fs::directory_iterator()));
-}
+protected:
+    std::ptrdiff_t CountFiles() const
+    {
+        return std::distance(fs::directory_iterator(parent), fs::directory_iterator());
+    }
+
+    const TempFolder folder;
+    const std::string path = folder.Make("file", "[/]\r\na=old\r\n");
+    const fs::path parent = fs::path(path).parent_path();
+};
 
 } // namespace
 
-TEST(ProfileReplace, KeepsModeAndLinks)
+TEST_F(ProfileReplace, KeepsModeAndLinks)
 {
-    const TempFolder folder;
-    const std::string path = folder.Make("file", "[/]\r\na=0\r\n");
     ASSERT_EQ(chmod(path.c_str(), 0640), 0);
     const ino_t before = StatOf(path).st_ino;
     ASSERT_EQ(SaveValue(path, L"1"), PROF_OK);
@@ -78,17 +82,14 @@ TEST(ProfileReplace, KeepsModeAndLinks)
     ASSERT_EQ(SaveValue(folder.Path("new"), L"5"), PROF_OK);
     umask(mask);
     EXPECT_EQ(StatOf(folder.Path("new")).st_mode & 07777, 0640u);
-    EXPECT_EQ(CountFiles(folder), 6u);
+    EXPECT_EQ(CountFiles(), 6);
 }
 
 // A side file that a killed save has left is reused. A link that someone else has created under its name isn't
 // followed.
-TEST(ProfileReplace, SideFilesOfOthers)
+TEST_F(ProfileReplace, SideFilesOfOthers)
 {
-    const TempFolder folder;
-    const std::string path = folder.Make("file", "[/]\r\na=0\r\n");
-    const std::string victim = folder.Make("victim", "unchanged");
-    const std::string side = folder.Path(Utf8(kSide));
+    const std::string victim = folder.Make("victim", "unchanged"), side = folder.Path(Utf8(kSide));
     fs::create_symlink("victim", side);
     ASSERT_EQ(SaveValue(path, L"1"), PROF_OK);
     folder.Make(Utf8(kSide), "left by a killed process");
@@ -100,10 +101,8 @@ TEST(ProfileReplace, SideFilesOfOthers)
     EXPECT_EQ(Tree(Job(path)), "a=3;");
 }
 
-TEST(ProfileReplace, FullDiskLeavesTheOldFileAndNoNewOne)
+TEST_F(ProfileReplace, FullDiskLeavesTheOldFileAndNoNewOne)
 {
-    const TempFolder folder;
-    const std::string path = folder.Make("file", "[/]\r\na=0\r\n");
     const Job job;
     ProfSetStringW(job, nullptr, L"a", Wide(100000, L'x'));
     const Job held = Job::Exclusive(folder.Make("held", "[/]\r\na=0\r\n"));
@@ -114,25 +113,22 @@ TEST(ProfileReplace, FullDiskLeavesTheOldFileAndNoNewOne)
     const rlimit small{50000, limit.rlim_max};
     const auto handler = signal(SIGXFSZ, SIG_IGN);
     setrlimit(RLIMIT_FSIZE, &small);
-    const std::int32_t existing = job.Save(path);
-    const std::int32_t fresh = job.Save(folder.Path("new"));
+    const std::int32_t existing = job.Save(path), fresh = job.Save(folder.Path("new"));
     const std::int32_t inPlace = ProfSaveW(held, nullptr, PROF_FORM_TEXT);
     setrlimit(RLIMIT_FSIZE, &limit);
     signal(SIGXFSZ, handler);
     EXPECT_EQ(existing, PROF_ERR_WRITE_FAILED);
     EXPECT_EQ(fresh, PROF_ERR_WRITE_FAILED);
     EXPECT_EQ(inPlace, PROF_ERR_WRITE_FAILED);
-    EXPECT_EQ(BytesOf(path), "[/]\r\na=0\r\n");
+    EXPECT_EQ(BytesOf(path), "[/]\r\na=old\r\n");
     EXPECT_EQ(BytesOf(folder.Path("held")), "[/]\r\na=0\r\n");
-    EXPECT_EQ(CountFiles(folder), 2u);
+    EXPECT_EQ(CountFiles(), 2);
     EXPECT_EQ(ProfSaveW(held, nullptr, PROF_FORM_TEXT), PROF_OK) << "once there is room";
 }
 
 // A held file that another program has deleted or replaced can't be saved: its contents would be lost with its handle.
-TEST(ProfileReplace, HeldFileWithoutAName)
+TEST_F(ProfileReplace, HeldFileWithoutAName)
 {
-    const TempFolder folder;
-    const std::string path = folder.Path("file");
     const Job held = Job::Exclusive(path);
     ProfSetStringW(held, nullptr, L"a", L"1");
     fs::rename(folder.Make("other", "[/]\r\na=other\r\n"), path);
@@ -152,11 +148,8 @@ TEST(ProfileReplace, HeldFileWithoutAName)
 }
 
 // The folder can't be opened in order to flush it.
-TEST(ProfileReplace, FolderThatCannotBeRead)
+TEST_F(ProfileReplace, FolderThatCannotBeRead)
 {
-    const TempFolder folder;
-    const std::string path = folder.Make("file", "");
-    const fs::path parent = fs::path(path).parent_path();
     fs::permissions(parent, fs::perms{0300});
     {
         const qxtest::OtherUser user{parent, path};
@@ -171,10 +164,8 @@ TEST(ProfileReplace, FolderThatCannotBeRead)
     fs::permissions(parent, fs::perms{0700});
 }
 
-TEST(ProfileReplace, HeldFileIsNeverFree)
+TEST_F(ProfileReplace, HeldFileIsNeverFree)
 {
-    const TempFolder folder;
-    const std::string path = folder.Path("file");
     const Job held = Job::Exclusive(path);
     std::atomic<bool> isDone = false;
     std::atomic<int> tries = 0;
@@ -206,10 +197,8 @@ TEST(ProfileReplace, HeldFileIsNeverFree)
     EXPECT_EQ(Tree(Job(path)), "a=199;");
 }
 
-TEST(ProfileReplace, WaitingReaderOpensTheNewFile)
+TEST_F(ProfileReplace, WaitingReaderOpensTheNewFile)
 {
-    const TempFolder folder;
-    const std::string path = folder.Make("file", "[/]\r\na=old\r\n");
     const std::string fresh = folder.Make("fresh", "[/]\r\na=new\r\n");
     const HANDLE old = CreateFileW(Wide(path), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
         nullptr, OPEN_EXISTING, 0, nullptr);
@@ -223,10 +212,8 @@ TEST(ProfileReplace, WaitingReaderOpensTheNewFile)
 }
 
 // The other program locks the file, but doesn't keep others from opening it.
-TEST(ProfileReplace, WaitingSaveKeepsToItsName)
+TEST_F(ProfileReplace, WaitingSaveKeepsToItsName)
 {
-    const TempFolder folder;
-    const std::string path = folder.Make("file", "[/]\r\na=old\r\n");
     const int other = open(path.c_str(), O_RDWR | O_CLOEXEC);
     struct flock lock = {F_WRLCK, SEEK_SET, 0, 1, 0};
     ASSERT_EQ(fcntl(other, F_OFD_SETLK, &lock), 0);

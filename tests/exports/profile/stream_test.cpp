@@ -35,8 +35,7 @@ TEST(ProfilePacked, IsTheDeflatedFile)
         ProfAppendStringW(job, nullptr, L"name", Wide(std::to_string(i * 7919)));
     ASSERT_EQ(job.Save(folder.Path("plain")), PROF_OK);
     ASSERT_EQ(job.Save(folder.Path("packed"), PROF_SAVE_PACKED), PROF_OK);
-    const std::string packed = BytesOf(folder.Path("packed"));
-    EXPECT_EQ(packed, Packed(BytesOf(folder.Path("plain"))));
+    EXPECT_EQ(BytesOf(folder.Path("packed")), Packed(BytesOf(folder.Path("plain"))));
     EXPECT_EQ(Tree(Job(folder.Path("packed"))), Tree(job));
     ProfEmptyList(job, nullptr);
     ASSERT_EQ(job.Save(folder.Path("packed"), PROF_SAVE_PACKED), PROF_OK);
@@ -68,10 +67,8 @@ TEST(ProfilePacked, FewBytesAndPackedAgain)
     std::string image = kImage;
     for (int layer = 0; layer < 16; ++layer)
         image = Packed(image);
-    const std::string packed = Packed(kImage);
-    const std::string cut = packed.substr(0, packed.size() - 1);
-    constexpr std::uint32_t kDamaged = QXUT_SOURCE_DAMAGED;
-    constexpr std::uint32_t kIgnored = QXUT_SOURCE_IGNORED;
+    const std::string packed = Packed(kImage), cut = packed.substr(0, packed.size() - 1);
+    constexpr std::uint32_t kDamaged = QXUT_SOURCE_DAMAGED, kIgnored = QXUT_SOURCE_IGNORED;
     const std::tuple<std::string, std::int32_t, const char*, std::uint32_t> cases[] = {
         {"ZxvQ", PROF_OK, "", kDamaged}, {packed, PROF_OK, kTree, 0},
         {packed + "what follows", PROF_OK, kTree, kIgnored}, {cut, PROF_OK, kTree, kDamaged},
@@ -93,8 +90,7 @@ TEST(ProfilePacked, FewBytesAndPackedAgain)
 TEST(ProfilePacked, LimitIncludesTheEntries)
 {
     const TempFolder folder;
-    std::string leaves = "[/]\n";
-    std::string lists = leaves;
+    std::string leaves = "[/]\n", lists = leaves;
     for (int i = 0; i < 50000; ++i)
     {
         leaves += "a\n";

@@ -1,14 +1,14 @@
 // Helpers shared by the tests of the profile exports: texts, trees as text, jobs and files.
 #pragma once
 
+#include "support/temp_folder.h"
+
 #include <qxut23/profile.h>
 
 #include <windows.h>
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -18,28 +18,15 @@
 namespace profiletest
 {
 
-// A zero-terminated wide text composed at run time.
-class Wide
+class Wide : public qx::String
 {
 public:
-    explicit Wide(std::string_view utf8) : _text(utf8.size() + 1)
+    explicit Wide(std::string_view utf8)
     {
-        const int length = MultiByteToWideChar(
-            CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), _text.data(), static_cast<int>(_text.size()));
-        _text.resize(static_cast<std::size_t>(length));
-        _text.push_back(0);
+        SetCodePage(CP_UTF8);
+        Assign(utf8.data(), 0, utf8.size());
     }
-    Wide(std::size_t count, wchar_t character) : _text(count, character) { _text.push_back(0); }
-
-    Wide& operator+=(std::wstring_view text)
-    {
-        _text.insert(_text.end() - 1, text.begin(), text.end());
-        return *this;
-    }
-    operator const wchar_t*() const { return _text.data(); }
-
-private:
-    std::vector<wchar_t> _text;
+    Wide(std::size_t count, wchar_t character) { Fill(character, count); }
 };
 
 inline std::string Utf8(std::wstring_view text)
@@ -112,20 +99,11 @@ inline std::string BytesOf(const std::string& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// A temporary folder that is deleted with all its files.
-class TempFolder
+// A folder whose paths are in UTF-8.
+class TempFolder : public qxtest::TempFolder
 {
 public:
-    TempFolder() { std::filesystem::create_directories(_folder); }
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-    ~TempFolder()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(_folder, ignored);
-    }
-
-    std::string Path(std::string_view name) const { return (_folder / name).string(); }
+    std::string Path(std::string_view name) const { return (qxtest::NativePath(Path()) / name).string(); }
     std::string Make(std::string_view name, std::string_view bytes) const
     {
         std::string path = Path(name);
@@ -134,10 +112,7 @@ public:
     }
 
 private:
-    static inline std::atomic<int> number = 0;
-    const std::filesystem::path _folder =
-        std::filesystem::temp_directory_path() /
-        ("qxut-profile-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++number));
+    using qxtest::TempFolder::Path;
 };
 
 } // namespace profiletest

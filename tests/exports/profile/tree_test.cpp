@@ -71,12 +71,9 @@ TEST(ProfileTree, SetChangesTheFirstLeafAndAppendAddsOne)
 TEST(ProfileTree, ListsByPath)
 {
     const Job job;
-    const HPROFLIST a = ProfCreateListW(job, nullptr, L"a");
-    const HPROFLIST ab = ProfCreateListW(job, a, L"b");
-    const HPROFLIST second = ProfAppendListW(job, nullptr, L"a");
-    const HPROFLIST onlyInSecond = ProfAppendListW(job, second, L"c");
-    const HPROFLIST dots = ProfCreateListW(job, nullptr, L"../d");
-    const HPROFLIST root = ProfGetListW(job, a, L"..");
+    const HPROFLIST a = ProfCreateListW(job, nullptr, L"a"), ab = ProfCreateListW(job, a, L"b");
+    const HPROFLIST second = ProfAppendListW(job, nullptr, L"a"), onlyInSecond = ProfAppendListW(job, second, L"c");
+    const HPROFLIST dots = ProfCreateListW(job, nullptr, L"../d"), root = ProfGetListW(job, a, L"..");
     EXPECT_NE(root, nullptr);
     const std::tuple<HPROFLIST, const wchar_t*, HPROFLIST> cases[] = {{nullptr, L"a", a}, {a, L"b", ab},
         {ab, L"/a", a}, // from the root, whatever the list

@@ -113,8 +113,7 @@ TEST(ProfileValues, DoublesInALocaleWithACommaAreTheSame)
 {
     ASSERT_NE(std::setlocale(LC_NUMERIC, "German"), nullptr);
     const std::string written = Written(ProfAppendDoubleW, ProfSetDoubleW, 1.5);
-    double withPoint = 0;
-    double withComma = 0;
+    double withPoint = 0, withComma = 0;
     const Job job;
     ProfSetStringW(job, nullptr, L"p", L"1.5");
     ProfSetStringW(job, nullptr, L"c", L"1,5");

@@ -7,9 +7,6 @@
 
 #include <string>
 
-namespace
-{
-
 // One session, because opening one is slow on some systems.
 TEST(DebugHelpExports, DeliverLists)
 {
@@ -63,5 +60,3 @@ TEST(DebugHelpExports, RejectNullAndHandOutTwoLocks)
     UtilGetGDIThreadingCS(&locks[1]);
     EXPECT_TRUE(locks[0] != nullptr && locks[1] != nullptr && locks[0] != locks[1]);
 }
-
-} // namespace

@@ -100,10 +100,9 @@ TEST(ArchiveExports, CodesAndTextsInsteadOfExceptions)
     const TempFolder folder;
     const qx::String path = folder.Path(L"x.zip"), source = folder.Make(L"a.txt", "content"), out = folder.Path(L"out");
     HZIPFILE zip = UtilZIPCreate(path, nullptr);
-    EXPECT_EQ(QxZIPAppend(zip, source, nullptr, L"first", QXUT_ZIP_MODES | QXUT_ZIP_LINKS), QXUT_ZIP_OK);
-    EXPECT_EQ(QxZIPAppend(zip, source, nullptr, L"../a", 0), QXUT_ZIP_OK);
-    EXPECT_EQ(QxZIPAppend(zip, source, nullptr, L"/b", 0), QXUT_ZIP_OK);
-    EXPECT_EQ(QxZIPAppend(zip, source, nullptr, L"last", 0), QXUT_ZIP_OK);
+    for (const auto& [name, flags] :
+        {std::pair(L"first", QXUT_ZIP_MODES | QXUT_ZIP_LINKS), {L"../a", 0}, {L"/b", 0}, {L"last", 0}})
+        EXPECT_EQ(QxZIPAppend(zip, source, nullptr, name, flags), QXUT_ZIP_OK);
     EXPECT_EQ(QxZIPAppend(zip, folder.Path(L"none"), nullptr, L"x", 0), QXUT_ZIP_CANNOT_OPEN);
     EXPECT_NE(ErrorText().find("none: "), std::string::npos);
     EXPECT_EQ(QxZIPAppendList(zip, folder.Path(), L"*.txt", 0), QXUT_ZIP_OK);

@@ -13,9 +13,7 @@
 #include <tuple>
 
 using namespace qx;
-using qxtest::FakeServer;
-using qxtest::OpenFile;
-using qxtest::OwnDrives;
+using namespace qxtest;
 
 namespace
 {
@@ -37,7 +35,7 @@ TEST(ConnectedDrives, PathForms)
     drives.Link("r:", "unc/server/share"); // the first drive of a share counts
     const std::string longServer(600, 's');
     drives.Link("l:", "unc/" + longServer + "/share"); // its universal names need a larger block
-    const String longName = qxtest::Filled(L'n', 200);
+    const String longName = Filled(L'n', 200);
     constexpr std::tuple<Ensure, const wchar_t*, const wchar_t*> kCases[] = {
         {EnsureLocalPath, L"\\\\server\\share", L"Q:"}, {EnsureLocalPath, L"\\\\SERVER\\share\\", L"Q:\\"},
         {EnsureLocalPath, L"\\\\server\\SHARE\\a\\..\\B", L"Q:\\B"},
@@ -51,7 +49,7 @@ TEST(ConnectedDrives, PathForms)
     for (const auto& [ensure, path, expected] : kCases)
         EXPECT_STREQ(Changed(ensure, path), expected) << String(path).NarrowText();
     EXPECT_STREQ(Changed(EnsureUNCPath, String(L"L:\\") + longName),
-        String(L"\\\\") + qxtest::Filled(L's', 600) + L"\\share\\" + longName);
+        String(L"\\\\") + Filled(L's', 600) + L"\\share\\" + longName);
 }
 
 TEST(ConnectedDrives, FilesOnThemAreLookedUpOnTheServer)

@@ -30,8 +30,7 @@ public:
 
     std::vector<Answer> answers;
     std::string missing; // the name of a function that the library lacks
-    std::size_t calls = 0;
-    std::size_t freed = 0;
+    std::size_t calls = 0, freed = 0;
     qx::String server; // of the last call
 
 private:

@@ -10,8 +10,7 @@
 #include <tuple>
 
 using namespace qx;
-using qxtest::FakeServer;
-using qxtest::OpenFile;
+using namespace qxtest;
 
 namespace
 {
@@ -70,7 +69,7 @@ TEST(FileUsers, OnlyPathsOfServersAreAsked)
 
 TEST(FileUsers, WithoutAPlaceForTheAccess)
 {
-    const qxtest::DebugLines lines;
+    const DebugLines lines;
     EXPECT_EQ(UtilGetFileInfoAccess(kFile, nullptr, nullptr), -3);
     EXPECT_STREQ(lines.Only(), L"UtilGetFileAccess(): parameter #2 is NULL");
 }

@@ -5,7 +5,6 @@
 #include "containers/vector.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
@@ -89,8 +88,7 @@ TYPED_TEST_SUITE(ListTest, Lists);
 
 TYPED_TEST(ListTest, CopiesAreDeepAndMovesLeaveNothing)
 {
-    TypeParam source{1, 2, 3};
-    TypeParam copy(source);
+    TypeParam source{1, 2, 3}, copy(source);
     *copy.First() = 9;
     EXPECT_THAT(Values(source), ElementsAre(1, 2, 3));
     TypeParam moved(std::move(source));
@@ -107,8 +105,7 @@ TYPED_TEST(ListTest, CopiesAreDeepAndMovesLeaveNothing)
 
 TYPED_TEST(ListTest, FailedCopyLosesNothing)
 {
-    TypeParam source{1, 2, 3};
-    TypeParam target{7};
+    TypeParam source{1, 2, 3}, target{7};
     {
         FailingCopies failing(2);
         EXPECT_THROW(target = source, std::runtime_error);
@@ -189,8 +186,7 @@ TEST(SListIteratorTest, VisitsWhatIsAppendedDuringTheWalk)
 
 TEST(SListMoveTest, TakesTheNodeAlong)
 {
-    WCValSList<Counted> source{0, 1, 2};
-    WCValSList<Counted> target;
+    WCValSList<Counted> source{0, 1, 2}, target;
     const Counted* const moved = source.At(1);
     EXPECT_EQ(source.MoveAt(1, target), moved);
     EXPECT_EQ(source.MoveAt(7, target)->Value(), 2); // clipped to the last element
@@ -249,9 +245,7 @@ TEST_F(Elements, OfAVectorAreKeptOrMadeByItsSize)
     vector[2] = 5; // grows
     vector.Resize(4);
     EXPECT_EQ(Counted::living, 4);
-    EXPECT_EQ(vector[0].Value(), 0);
-    EXPECT_EQ(vector[2].Value(), 5);
-    EXPECT_EQ(vector[3].Value(), 0);
+    EXPECT_EQ(std::tuple(vector[0].Value(), vector[2].Value(), vector[3].Value()), std::tuple(0, 5, 0));
     vector.Resize(1);
     EXPECT_EQ(Counted::living, 1);
     EXPECT_EQ(vector.At(1), nullptr);
@@ -272,25 +266,15 @@ TEST_F(Elements, OfAVectorAreKeptOrMadeByItsSize)
 
 // ---- Skip lists
 
-// Packs seven pairs of bits, the first to be drawn first.
-int Pairs(const std::vector<int>& pairs)
-{
-    int bits = 0;
-    for (std::size_t i = 0; i < pairs.size(); ++i)
-        bits |= pairs[i] << (2 * i);
-    return bits;
-}
-
 TEST(LevelSourceTest, CountsPairsThatAreZeroUnderTheSelector)
 {
     static std::vector<int> script;
-    const int first = Pairs({0, 0, 1, 0, 2, 0, 0});
-    const int second = Pairs({0, 3, 3, 3, 3, 3, 3});
+    constexpr int kFirst = 0b00'00'10'00'01'00'00, kSecond = 0b11'11'11'11'11'11'00; // the last pair is drawn first
     // The numbers left for the source, and its draws: selector, most levels, and the result.
     const std::pair<std::vector<int>, std::vector<std::tuple<unsigned, int, int>>> cases[] = {
-        {{first, second}, {{3, 19, 2}, {3, 19, 1}, {3, 19, 3}}}, // 0 0 | 1, 0 | 2, 0 0 with the next number's 0 | 3
-        {{~0x3FFF, 0x3FFF}, {{3, 19, 7}}},                       // 14 bits of each number are used
-        {{first, second}, {{1, 19, 2}, {1, 2, 2}, {1, 19, 0}}}}; // 0 2 0 0, 0 | 3 are five, of which two count
+        {{kFirst, kSecond}, {{3, 19, 2}, {3, 19, 1}, {3, 19, 3}}}, // 0 0 | 1, 0 | 2, 0 0 with the next number's 0 | 3
+        {{~0x3FFF, 0x3FFF}, {{3, 19, 7}}},                         // 14 bits of each number are used
+        {{kFirst, kSecond}, {{1, 19, 2}, {1, 2, 2}, {1, 19, 0}}}}; // 0 2 0 0, 0 | 3 are five, of which two count
     for (const auto& [numbers, draws] : cases)
     {
         script.assign(numbers.rbegin(), numbers.rend());
@@ -348,8 +332,7 @@ TEST(SkipListTest, DuplicatesStayInTheOrderOfInsertion)
 {
     struct Element
     {
-        int key;
-        int mark;
+        int key, mark;
         bool operator<(const Element& other) const { return key < other.key; }
     };
     WCValSkipList<Element> list(1, 8);

@@ -64,7 +64,7 @@ TEST(CharsetConversion, CodePagesAndNull)
     }
 }
 
-TEST(CharsetConversion, SetNarrowStartsAnewInTheSameCodePage)
+TEST(CharsetConversion, SetNarrowDeliversFirstAndStartsAnewInTheSameCodePage)
 {
     clsCharsetConversionStringCP line(CP_UTF8);
     line.SetNarrow(std::string(500, 'y').c_str());
@@ -73,6 +73,16 @@ TEST(CharsetConversion, SetNarrowStartsAnewInTheSameCodePage)
     EXPECT_STREQ(line.GetWide(), L"\u20AC");
     line.SetNarrow(nullptr);
     EXPECT_STREQ(line.GetWide(), L"");
+
+    Destination destination(10);
+    destination.bytes[0] = 0;
+    clsCharsetConversionString output(destination.bytes.data(), 10);
+    wcscpy(output.WideBuffer(), L"given");
+    output.SetNarrow("other");
+    EXPECT_STREQ(destination.bytes.c_str(), "given");
+    strcpy(destination.bytes.data(), "kept");
+    output.SetNarrow("more");
+    EXPECT_STREQ(destination.bytes.c_str(), "kept");
 }
 
 TEST(CharsetConversion, OutputFormDeliversCutAndTerminated)
@@ -106,19 +116,6 @@ TEST(CharsetConversion, OutputFormDeliversCutAndTerminated)
     EXPECT_STREQ(clsCharsetConversionString(untouched.bytes.data(), 0).GetWide(), L"");
     EXPECT_TRUE(untouched.IsUntouchedFrom(0));
     EXPECT_STREQ(clsCharsetConversionString(static_cast<char*>(nullptr), 10).GetWide(), L"");
-}
-
-TEST(CharsetConversion, SetNarrowDeliversFirst)
-{
-    Destination destination(10);
-    destination.bytes[0] = 0;
-    clsCharsetConversionString output(destination.bytes.data(), 10);
-    wcscpy(output.WideBuffer(), L"given");
-    output.SetNarrow("other");
-    EXPECT_STREQ(destination.bytes.c_str(), "given");
-    strcpy(destination.bytes.data(), "kept");
-    output.SetNarrow("more");
-    EXPECT_STREQ(destination.bytes.c_str(), "kept");
 }
 
 TEST(CharsetConversion, WideOutputForm)

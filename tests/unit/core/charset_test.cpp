@@ -45,10 +45,7 @@ TEST(DecodeUTF8, GivesTheCharactersOrTheMessage)
     String withZero(L"a");
     withZero.Append(L"\0\u00C3\u00A4", 3);
     EXPECT_EQ(DecodeUTF8(withZero).View(), std::wstring_view(L"a\0\u00E4", 3));
-}
 
-TEST(DecodeUTF8, DeclaredEncodingDecides)
-{
     const String bytes(L"\u00C3\u00A4");
     EXPECT_STREQ(DecodeDeclared(bytes, IString(L"utf-8")).Text(), L"\u00E4");
     EXPECT_STREQ(DecodeDeclared(bytes, String(L"ISO-8859-1")).Text(), bytes.Text());

@@ -81,10 +81,7 @@ TEST(RegEx, FlagsReachTheEngineAndOthersAreIgnored)
         clsRegEx pattern(source, flags);
         clsRegExMatchList matches;
         ASSERT_EQ(pattern.Match(subject, &matches), match != nullptr);
-        if (match != nullptr)
-        {
-            EXPECT_STREQ(matches[0].text.Text(), match);
-        }
+        EXPECT_STREQ(match != nullptr ? matches[0].text.Text() : nullptr, match);
     }
 }
 
@@ -128,11 +125,8 @@ TEST(RegEx, TemplateRules)
         {L"a|(?<=a)b", L"ab", L"X", L"Xb"}, // look-behind doesn't see beyond the end of the previous match
         {L"b", L"", L"X", L""}, {L"", L"ab", L"X", L"X"}, {L"b", L"aaa", L"X", L"aaa"}, {L"b$", L"ab", L"", L"a"}};
     for (const auto& [source, subject, replacement, result] : cases)
-    {
-        SCOPED_TRACE(testing::PrintToString(source) + " " + testing::PrintToString(replacement));
-        clsRegEx pattern(source, 0);
-        EXPECT_STREQ(pattern.GSub(String(subject), replacement).Text(), result);
-    }
+        EXPECT_STREQ(clsRegEx(source, 0).GSub(String(subject), replacement).Text(), result)
+            << testing::PrintToString(source) << " " << testing::PrintToString(replacement);
     const DebugLines lines;
     EXPECT_STREQ(clsRegEx(L"(a)|(b)", 0).GSub(String(L"b"), L"<\\5>").Text(), L"<>");
     EXPECT_STREQ(lines.Only().Text(), L"ERR: clsRegEx: Match(5) not found (index too large, found only 3 entries)");
@@ -178,11 +172,7 @@ TEST(RegEx, CallbackMayUseTheObjectChangeTheSubjectAndThrow)
         });
     EXPECT_STREQ(result.Text(), L"1a;2b;3c");
 
-    const auto fail = [](const clsRegExMatchList&, String&) -> bool
-    {
-        throw 1;
-    };
-    EXPECT_THROW(pattern.GSub(String(L"a=1"), fail), int);
+    EXPECT_THROW(pattern.GSub(String(L"a=1"), [](const clsRegExMatchList&, String&) -> bool { throw 1; }), int);
     bool matched = false; // the object must not remain locked
     std::thread([&] { matched = pattern.Match(L"a=1", nullptr); }).join();
     EXPECT_TRUE(matched);

@@ -52,18 +52,15 @@ TEST(FormatTest, EstimatesByTheWalk)
 TEST(FormatTest, ResultReplacesTheText)
 {
     const wchar_t raw[] = {L'a', L'b', L'c'}; // terminated only by the precision
-    const std::pair<const wchar_t*, String> cases[] = {
-        {L"abc", String(String::kFormatted, L"%.3s", raw)},
+    const std::pair<const wchar_t*, String> cases[] = {{L"abc", String(String::kFormatted, L"%.3s", raw)},
         {L"-5 wide narrow c 1f", String(String::kFormatted, L"%d %s %hs %c %x", -5, L"wide", "narrow", L'c', 31)},
         {L"123456789012 0x00000005 ff", String(String::kFormatted, L"%I64d %#010x %I64x", 123456789012LL, 5, 0xFFLL)},
         {L"[  ab][ab  ][002.50]", String(String::kFormatted, L"[%4s][%-*s][%06.2f]", L"ab", 4, L"ab", 2.5)},
         {L"wide w T", String(String::kFormatted, L"%ls %ws %Ts", L"wide", L"w", L"T")},
         {L"50%Ts x T", String(String::kFormatted, L"50%%Ts %Tc %-1Ts", L'x', L"T")},
-        {L"", String(String::kFormatted, L"%s", L"")},
-        {L"", String(String::kFormatted, nullptr)},
+        {L"", String(String::kFormatted, L"%s", L"")}, {L"", String(String::kFormatted, nullptr)},
         {kPrintfError, String(String::kFormatted, L"%s", static_cast<wchar_t*>(nullptr))},
-        {kPrintfError, String(String::kFormatted, L"lost %d %n", 1, static_cast<int*>(nullptr))},
-    };
+        {kPrintfError, String(String::kFormatted, L"lost %d %n", 1, static_cast<int*>(nullptr))}};
     for (const auto& [expected, result] : cases)
         EXPECT_STREQ(result.Text(), expected);
 }
@@ -166,7 +163,7 @@ TEST(StringMessageTest, ResourceIsSoughtInTheOrderOfLanguages)
     EXPECT_STREQ(String::Message(nullptr, 101, L"ten", L"one").Text(), L"one of ten");
 }
 
-TEST(StringCaseTest, MapsTextsOfAnyLengthByTheLinguisticRules)
+TEST(StringCaseTest, MapsTextsOfAnyLengthByTheLinguisticRulesOrLeavesThem)
 {
     String s(L"stra\u00DFe \u00E4\u00F1\u0451");
     s.MakeUpper();
@@ -177,15 +174,10 @@ TEST(StringCaseTest, MapsTextsOfAnyLengthByTheLinguisticRules)
         s.LCMapString(LCMAP_UPPERCASE, 127); // uses the function for the invariant locale
         EXPECT_EQ(s, Filled(L'A', length)) << length;
     }
-}
 
-// The system refuses both flags at once.
-constexpr unsigned kHiraganaAndKatakana = 0x00300000;
-
-TEST(StringCaseTest, FailureIsLoggedAndLeavesTheText)
-{
+    constexpr unsigned kHiraganaAndKatakana = 0x00300000; // the system refuses both flags at once
     DebugLines lines;
-    String s(L"abc");
+    s = L"abc";
     s.LCMapString(kHiraganaAndKatakana, 0x400);
     EXPECT_STREQ(s.Text(), L"abc");
     EXPECT_EQ(lines.CountOf(L"ERR: String::LCMapString[Ex](0x400) failed: 0/4/3 : "), 1u);

@@ -10,9 +10,6 @@
 
 using namespace qx;
 
-namespace
-{
-
 // The values were computed by an independent program.
 TEST(StringReadTest, HashTakesUnitsOfEightFourAndTwoBytes)
 {
@@ -127,5 +124,3 @@ TEST(StringCompareTest, ComparesByLanguage)
     EXPECT_EQ(String(L"abX").CompareLocale(String(L"abY"), 2), 0);
     EXPECT_EQ(String(L"ab").CompareLocale(String(L"abc"), 99), -1); // a count beyond the end is limited to the text
 }
-
-} // namespace

@@ -113,12 +113,6 @@ TEST(StringValueTest, NumbersAndConcatenations)
 
 // ---- Changes
 
-void Write(String& s)
-{
-    s.GetBuffer(10)[0] = L'X';
-    s.ReleaseBuffer();
-}
-
 // Each change is made on a private record and on a shared one, which must not change for its other user. An operation
 // without effect leaves the record shared.
 TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
@@ -128,10 +122,8 @@ TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
         {L"abcab", [](String& s) { s.Append(static_cast<const wchar_t*>(nullptr)); }, L"abcab"},
         {L"abc", [](String& s) { s.Append(s); }, L"abcabc"},
         {L"abc", [](String& s) { s.Append(s.Text() + 1); }, L"abcbc"},
-        {L"abc", [](String& s) { s.Assign(s.Text() + 1); }, L"bc"},
-        {L"abc", [](String& s) { s = *&s; }, L"abc"},
-        {L"abc", [](String& s) { s.Empty(); }, L""},
-        {L"abc", [](String& s) { s.Fill(L'z', 2); }, L"zz"},
+        {L"abc", [](String& s) { s.Assign(s.Text() + 1); }, L"bc"}, {L"abc", [](String& s) { s = *&s; }, L"abc"},
+        {L"abc", [](String& s) { s.Empty(); }, L""}, {L"abc", [](String& s) { s.Fill(L'z', 2); }, L"zz"},
         {L"abc", [](String& s) { s.Fill(L'\0', 3); }, L""},
         {L"", [](String& s) { s.AppendWithSeparator(L',', String(L"d")); }, L"d"},
         {L"abc", [](String& s) { s.AppendWithSeparator(L',', String(L"d")); }, L"abc,d"},
@@ -139,10 +131,8 @@ TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
         {L"abc", [](String& s) { s.AppendWithSeparator(s, s); }, L"abcabcabc"},
         {L"  \t a ", [](String& s) { s.TrimLeft(); }, L"\t a "},
         {L" a \t ", [](String& s) { s.TrimRight(); }, L" a \t"},
-        {L" a \t", [](String& s) { s.TrimRight(L'\t'); }, L" a "},
-        {L"   ", [](String& s) { s.TrimLeft(); }, L""},
-        {L"   ", [](String& s) { s.TrimRight(); }, L""},
-        {L"abc", [](String& s) { s.TrimRight(); }, L"abc"},
+        {L" a \t", [](String& s) { s.TrimRight(L'\t'); }, L" a "}, {L"   ", [](String& s) { s.TrimLeft(); }, L""},
+        {L"   ", [](String& s) { s.TrimRight(); }, L""}, {L"abc", [](String& s) { s.TrimRight(); }, L"abc"},
         {L"abc", [](String& s) { s.Insert(2, s); }, L"ababcc"},
         {L"abc", [](String& s) { s.Insert(1, String()); }, L"abc"},
         {L"abc", [](String& s) { s.Delete(1, String::kAll); }, L"a"},
@@ -158,15 +148,13 @@ TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
         {L"abc", [](String& s) { s.GetField(1, L'b', true); }, L"a"},
         {L"abc", [](String& s) { s.GetField(0, L'b', false); }, L"abc"},
         {L"abc", [](String& s) { static_cast<void>(s[3]); }, L"abc"},
-        {L"abc", Write, L"Xbc"},
+        {L"abc", [](String& s) { s.GetBuffer(10)[0] = L'X', s.ReleaseBuffer(); }, L"Xbc"},
         {L"abc", [](String& s) { s.Format(L"<%s>", s.Text()); }, L"<abc>"},
-        {L"abc", [](String& s) { s.MakeUpper(); }, L"ABC"},
-    };
+        {L"abc", [](String& s) { s.MakeUpper(); }, L"ABC"}};
     for (const auto& [before, change, after] : cases)
     {
         SCOPED_TRACE(testing::PrintToString(before) + " to " + testing::PrintToString(after));
-        String other(before);
-        String shared(other);
+        String other(before), shared(other);
         change(shared);
         EXPECT_STREQ(shared.Text(), after);
         EXPECT_EQ(shared.Length(), wcslen(after));
@@ -183,10 +171,6 @@ TEST(StringChangeTest, ChangesLeaveTheOtherUsersAlone)
 TEST(StringChangeTest, MatchesAModelUnderRandomChanges)
 {
     std::mt19937 random(11);
-    const auto number = [&random](std::size_t below)
-    {
-        return static_cast<std::size_t>(random() % below);
-    };
     String strings[2];
     std::u16string models[2];
     const auto text = [](const std::u16string& model)
@@ -195,15 +179,14 @@ TEST(StringChangeTest, MatchesAModelUnderRandomChanges)
     };
     for (int step = 0; step < 20000; ++step)
     {
-        const std::size_t which = number(2);
+        const std::size_t which = random() % 2;
         String& s = strings[which];
         std::u16string& model = models[which];
-        std::u16string part(number(6), u'a');
+        std::u16string part(random() % 6, u'a');
         for (char16_t& c : part)
-            c = static_cast<char16_t>(u'a' + number(3));
-        const std::size_t pos = number(model.size() + 2);
-        const std::size_t count = number(5);
-        switch (number(6))
+            c = static_cast<char16_t>(u'a' + random() % 3);
+        const std::size_t pos = random() % (model.size() + 2), count = random() % 5;
+        switch (random() % 6)
         {
         case 0:
             s.Append(text(part));

@@ -9,9 +9,6 @@
 #include <limits>
 #include <tuple>
 
-namespace
-{
-
 using namespace qx;
 using namespace qxtest;
 
@@ -105,5 +102,3 @@ TEST(Variant, ElementsByIndex)
     for (const wchar_t* line : {L"out of bounds (3 3)", L"out of bounds (2) (3 3)", L"out of bounds (2 2)"})
         EXPECT_EQ(lines.CountOf(line), 1u);
 }
-
-} // namespace

@@ -36,10 +36,7 @@ public:
     }
 
     int searches = 0;
-    bool isRecording = true;
-    bool hasData = false;
-    bool isDataOpen = false;
-    bool isTalkative = false;
+    bool isRecording = true, hasData = false, isDataOpen = false, isTalkative = false;
     unsigned codePage = CP_UTF8;
     std::vector<String> sent;
 };

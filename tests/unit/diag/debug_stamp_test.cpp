@@ -71,11 +71,8 @@ TEST(DebugStamp, TheUsersSettingDecidesOnceForTheTimeSource)
     hasCounter = FALSE;
     EXPECT_FALSE(DebugTimeSource(kCounter).UsesCounter());
     hasCounter = TRUE;
-}
 
-TEST(DebugStamp, TheCounterBeginsWithTheDecisionWhichStays)
-{
-    const qxtest::OwnSettings settings;
+    // The counter begins with the decision.
     ASSERT_TRUE(settings.Set(HKEY_CURRENT_USER, L"ForceUsePerfCounters", L"T"));
     ticks = 5'000'000'000;
     DebugTimeSource source(kCounter);

@@ -17,8 +17,7 @@ TEST(LogFile, SettingsByTheTable)
     wchar_t temp[MAX_PATH + 1] = {};
     GetTempPathW(MAX_PATH, temp);
     const TempFolder folder;
-    const String longName = folder.Path(Filled(L'n', 300).Text());
-    const String inTemp = String(temp) + L"trace.log";
+    const String longName = folder.Path(Filled(L'n', 300).Text()), inTemp = String(temp) + L"trace.log";
     for (const auto& [value, expected] :
         {std::pair<String, String>(L"", L""), {L"trace.log", inTemp}, {L"c:\\logs\\trace.log", L"c:\\logs\\trace.log"},
             {L"/logs/trace.log", L"/logs/trace.log"}, {longName, longName}})

@@ -71,6 +71,7 @@ public:
 
     int Result() const { return _result; }
     std::string Summary() const { return qxtest::Summary(*_record); }
+    std::string ResultAndSummary() const { return std::to_string(_result) + " " + Summary(); }
     qx::clsDocu* operator->() const { return _record.Get(); }
 
 private:

@@ -7,12 +7,8 @@
 #include <tuple>
 
 using namespace qx;
+using namespace qxtest;
 using namespace std::string_view_literals;
-using qxtest::JpegOf;
-using qxtest::ReadRecord;
-using qxtest::ReadTIFFFile;
-using qxtest::TextOf;
-using qxtest::TiffBuilder;
 
 namespace
 {
@@ -32,25 +28,18 @@ TEST(TiffReader, Fields)
         tiff.AddText(315, "artist").AddText(33432, "copyright").EndDirectory();
         tiff.Add(256, kByte, 40).Add(257, kShort, 30).AddText(272, "scanner").EndDirectory();
         tiff.Add(256, kShort, 7).EndDirectory(); // without height there is no size
-        const ReadRecord record(ReadTIFFFile, tiff.Bytes());
-        EXPECT_EQ(record.Result(), 0);
-        EXPECT_EQ(
-            record.Summary(), "title|abc|artist, scanner|-|-|copyright, (800 * 600 px), (40 * 30 px)|2001-2-3 4:5:6|-");
+        EXPECT_EQ(ReadRecord(ReadTIFFFile, tiff.Bytes()).ResultAndSummary(),
+            "0 title|abc|artist, scanner|-|-|copyright, (800 * 600 px), (40 * 30 px)|2001-2-3 4:5:6|-");
     }
 }
 
 TEST(TiffReader, CameraSettings)
 {
     const std::tuple<std::uint16_t, std::uint16_t, std::uint32_t, std::uint32_t, const char*> settings[] = {
-        {33434, kRational, 1, 125, "t=1/125 s"},
-        {33434, kRational, 2, 1, "t=2 s"},
-        {33434, kRational, 0, 1, "-"},
-        {33434, kRational, 1, 0, "-"},
-        {33434, kSignedRational, static_cast<std::uint32_t>(-1), 125, "-"},
-        {33434, kUndefined, 1, 125, "-"},
-        {33437, kRational, 28, 10, "f=3"},
-        {37382, kSignedRational, 12345, 1000, "d=12.3 m"},
-    };
+        {33434, kRational, 1, 125, "t=1/125 s"}, {33434, kRational, 2, 1, "t=2 s"}, {33434, kRational, 0, 1, "-"},
+        {33434, kRational, 1, 0, "-"}, {33434, kSignedRational, static_cast<std::uint32_t>(-1), 125, "-"},
+        {33434, kUndefined, 1, 125, "-"}, {33437, kRational, 28, 10, "f=3"},
+        {37382, kSignedRational, 12345, 1000, "d=12.3 m"}};
     for (const auto& [tag, type, numerator, denominator, comments] : settings)
     {
         TiffBuilder tiff(true);
@@ -77,15 +66,12 @@ TEST(TiffReader, DamagedFiles)
     TiffBuilder tiff(false);
     tiff.AddText(269, "ab").AddText(270, "cd").EndDirectory();
     const std::string& whole = tiff.Bytes();
-    const std::tuple<std::string_view, int, const wchar_t*> files[] = {
-        {"II*\0"sv, -1, L"error reading header"},
+    const std::tuple<std::string_view, int, const wchar_t*> files[] = {{"II*\0"sv, -1, L"error reading header"},
         {"XY*\0\0\0\0\0"sv, -1, L"Not a TIFF file, bad magic number 22872 (0x5958)"},
-        {"II+\0\0\0\0\0"sv, -1, L"Not a TIFF file, bad version number 43 (0x2b)"},
-        {"II*\0\0\0\0\0"sv, 0, L""},
+        {"II+\0\0\0\0\0"sv, -1, L"Not a TIFF file, bad version number 43 (0x2b)"}, {"II*\0\0\0\0\0"sv, 0, L""},
         {std::string_view(whole).substr(0, 9), 0, L"read error directory count"},
         {std::string_view(whole).substr(0, 8 + 2 + 12 + 5), 0,
-            L"Could only read 1 of 2 entries in directory at offset 0x8"},
-    };
+            L"Could only read 1 of 2 entries in directory at offset 0x8"}};
     for (const auto& [bytes, result, remark] : files)
     {
         const ReadRecord record(ReadTIFFFile, bytes);
@@ -126,6 +112,33 @@ TEST(TiffReader, GrowsWithinBounds)
     EXPECT_EQ(TextOf(ReadRecord(ReadTIFFFile, tiff.Bytes())->Author).size(), 4096u * 20 * 5 - 2);
 }
 
+// Directories that share their entries, whose values lie far apart.
+TEST(TiffReader, BoundedTime)
+{
+    constexpr std::uint16_t kDirectories = 1350, kEntries = 2 * kDirectories;
+    constexpr std::uint32_t kFirst = 8, kStep = 24, kFar = 66'000;
+    std::string bytes(kFar + 4096, '\1');
+    const auto put = [&](std::size_t at, std::uint32_t value, int size)
+    {
+        for (; size != 0; --size, value >>= 8)
+            bytes[at + static_cast<std::size_t>(size) - 1] = static_cast<char>(value);
+    };
+    bytes.replace(0, 4, "MM\0*", 4);
+    put(4, kFirst, 4);
+    put(kFirst, kEntries, 2);
+    for (std::uint32_t i = 0; i < 2 * kEntries; ++i)
+    {
+        const std::uint32_t entry = kFirst + 2 + 12 * i;
+        put(entry, 33437, 2);
+        put(entry + 2, kRational, 2);
+        put(entry + 4, 1, 4);
+        put(entry + 8, i % 2 == 0 ? kFar : kEntries, 4); // each second value is the count of the next directory, too
+        if (i >= kEntries && i % 2 == 0)
+            put(entry, kFirst + kStep * ((i - kEntries) / 2 + 1), 4); // the link to the next directory
+    }
+    qxtest::ExpectQuick(ReadTIFFFile, bytes);
+}
+
 TEST(JpegReader, Segments)
 {
     TiffBuilder tiff(true);
@@ -134,11 +147,22 @@ TEST(JpegReader, Segments)
     tiff.AddText(306, "2001:02:03 04:05:06").Add(37510, kUndefined, 0).Add(34665, kLong, exif).EndDirectory();
     const std::string block = std::string("Exif\0\0", 6) + tiff.Bytes();
 
-    const ReadRecord photo(ReadJPEG, JpegOf({{0xE0, "JFIF"}, {0xE1, block}}));
-    EXPECT_EQ(photo.Result(), 0);
-    EXPECT_EQ(photo.Summary(), "-||-|-|-|f=4|1999-1-2 3:4:5|-"); // the user comment isn't ASCII
+    EXPECT_EQ(ReadRecord(ReadJPEG, JpegOf({{0xE0, "JFIF"}, {0xE1, block}})).ResultAndSummary(),
+        "0 -||-|-|-|f=4|1999-1-2 3:4:5|-"); // the user comment isn't ASCII
     // In a TIFF file itself the EXIF directory is passed over.
     EXPECT_EQ(ReadRecord(ReadTIFFFile, tiff.Bytes()).Summary(), "-||-|-|-|-|2001-2-3 4:5:6|-");
+
+    // A comment whose type is ASCII is the subject unless there is one. A directory isn't read twice.
+    for (const char* const subject : {"", "subject"})
+    {
+        TiffBuilder comment(true);
+        if (*subject != 0)
+            comment.AddText(270, subject);
+        comment.AddText(37510, "comment");
+        comment.Add(34665, kLong, 8 + 8 + static_cast<std::uint32_t>(*subject != 0 ? 8 : 0)).EndDirectory();
+        const ReadRecord record(ReadJPEG, JpegOf({{0xE1, std::string("Exif\0\0", 6) + comment.Bytes()}}));
+        EXPECT_EQ(TextOf(record->Subject), *subject != 0 ? subject : "comment");
+    }
 
     const std::string bad[] = {JpegOf({{0xE1, "http://"}, {0xE1, block}}), JpegOf({{0xE0, "JFIF"}}), "", "\xFF",
         "\xFF\xD8\xFF\xE0", std::string("\xFF\xD8\xFF\xE0\0\1\xFF\xE1", 8),

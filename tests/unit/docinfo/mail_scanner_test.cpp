@@ -6,9 +6,7 @@
 #include "unit/docinfo/random_texts.h"
 
 using namespace qx;
-using qxtest::kTexts;
-using qxtest::RandomTexts;
-using qxtest::Wide;
+using namespace qxtest;
 
 namespace
 {
@@ -60,8 +58,8 @@ constexpr std::string_view kAddressPieces[] = {
 
 TEST(MailScanners, Header)
 {
-    qxtest::CompareReaders(ReadMail, ReadMailWithPatterns, kHeaderPieces, "%\r\n\r\nSubject: body");
-    qxtest::CompareReaders(ReadMail, ReadMailWithPatterns, kHeaderPieces, "Subject: s\r\nTo: t%");
+    CompareReaders(ReadMail, ReadMailWithPatterns, kHeaderPieces, "%\r\n\r\nSubject: body");
+    CompareReaders(ReadMail, ReadMailWithPatterns, kHeaderPieces, "Subject: s\r\nTo: t%");
 }
 
 TEST(MailScanners, EncodedWords)

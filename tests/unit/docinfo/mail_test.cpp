@@ -7,9 +7,7 @@
 #include <sstream>
 
 using namespace qx;
-using qxtest::ReadableText;
-using qxtest::ReadRecord;
-using qxtest::TextOf;
+using namespace qxtest;
 
 namespace
 {
@@ -24,7 +22,7 @@ ReadRecord ReadMailOf(const std::string& header)
 // Fills the file window, apart from a little space.
 std::string Many(std::string_view piece)
 {
-    return qxtest::Repeat(piece, FileWindow::kCapacity - 100);
+    return Repeat(piece, FileWindow::kCapacity - 100);
 }
 
 } // namespace
@@ -81,10 +79,9 @@ TEST(MailReader, Dates)
         {"03 Feb 2015 10:60:30", L"2001-1-1 0:0:0"}, {"03 Feb 15 10:20:30", L"2001-1-1 0:0:0"},
         {"30 Feb 2015 10:20:30", L"-"}, {"03 Feb 2015 24:00:00 GMT", L"-"}};
     for (const auto& [text, expected] : mails)
-    {
-        const ReadRecord record = ReadMailOf("Date: 1 Jan 2001 00:00:00\r\nDate: " + std::string(text));
-        EXPECT_EQ(record.Summary(), "-|-|-|-|-|-|" + ReadableText(expected) + "|-") << text;
-    }
+        EXPECT_EQ(ReadMailOf("Date: 1 Jan 2001 00:00:00\r\nDate: " + std::string(text)).Summary(),
+            "-|-|-|-|-|-|" + ReadableText(expected) + "|-")
+            << text;
 }
 
 TEST(MailReader, Blocks)
@@ -105,8 +102,8 @@ TEST(MailReader, Blocks)
 // Compared with Python's email package.
 TEST(MailReader, RealMails)
 {
-    qxtest::ExpectAnswers(QXUT_TEST_DOCUMENTS "/mail", 20,
-        [](clsDocu& record, const String& path) { qxtest::ReadFile(ReadMail, record, path); });
+    ExpectAnswers(
+        QXUT_TEST_DOCUMENTS "/mail", 20, [](clsDocu& record, const String& path) { ReadFile(ReadMail, record, path); });
 }
 
 // The samples of RFC 3492, section 7.1, and labels that aren't valid.
@@ -127,14 +124,13 @@ TEST(Punycode, Labels)
 // Built to be slow: with the patterns of the format, or with a search that starts again for each word.
 TEST(MailReader, LinearTime)
 {
-    for (const std::string& header :
-        {Many("a: "), Many("a\r\n"), "Subject: " + Many("=?a?Q? "), "Subject: " + Many("=?a*b"),
-            "From: " + Many("=?a?Q? "), "From: (" + Many("=?a?B? "), "From: " + Many("=?utf-8?B?YQ==?="),
-            "From: " + Many("\"\" "), "From: a@" + Many("\"."), "From: a@xn--" + Many("a"),
-            "From: a@xn--" + qxtest::Repeat("b", 32'000) + "-" + qxtest::Repeat("a", 32'000), "Date: " + Many("1"),
-            "Date: " + Many("1 "), Many("From: a@b\r\n")})
+    for (const std::string& header : {Many("a: "), Many("a\r\n"), "Subject: " + Many("=?a?Q? "),
+             "Subject: " + Many("=?a*b"), "From: " + Many("=?a?Q? "), "From: (" + Many("=?a?B? "),
+             "From: " + Many("=?utf-8?B?YQ==?="), "From: " + Many("\"\" "), "From: a@" + Many("\"."),
+             "From: a@xn--" + Many("a"), "From: a@xn--" + Repeat("b", 32'000) + "-" + Repeat("a", 32'000),
+             "Date: " + Many("1"), "Date: " + Many("1 "), Many("From: a@b\r\n")})
     {
-        qxtest::ExpectQuick(ReadMail, header + "\r\n\r\n");
-        qxtest::ExpectQuick(ReadMail, header); // without an end
+        ExpectQuick(ReadMail, header + "\r\n\r\n");
+        ExpectQuick(ReadMail, header); // without an end
     }
 }

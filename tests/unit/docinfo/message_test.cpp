@@ -11,7 +11,7 @@
 #include <tuple>
 
 using namespace qx;
-using qxtest::TextOf;
+using namespace qxtest;
 
 namespace
 {
@@ -27,14 +27,14 @@ const std::string kDelivered = "\x80\x9B\x4D\x7E\x96\x8D\xC0\x01"s; // a second 
 
 std::string TimeProperty(std::uint32_t tag, const std::string& value)
 {
-    return qxtest::BytesOfRecord(tag) + "flag" + value + "behind..";
+    return BytesOfRecord(tag) + "flag" + value + "behind..";
 }
 
 // The recipients have numbers from `firstNumber` on.
 std::string MessageOf(const Properties& texts, const std::string& times = "",
     const std::vector<Properties>& recipients = {}, int firstNumber = 0)
 {
-    qxtest::CompoundBuilder builder;
+    CompoundBuilder builder;
     const auto add = [&](const Properties& properties, const std::string& stream)
     {
         for (const auto& [tag, text] : properties)
@@ -56,11 +56,11 @@ protected:
     clsAutoRelease<clsDocu*> Read(const std::string& bytes, const wchar_t* name = L"a.Msg")
     {
         const String path = _folder.Make(name, bytes);
-        qxtest::SetWriteTime(path, {0, 0x01C20000}); // 2002-5-20 13:12:31
+        SetWriteTime(path, {0, 0x01C20000}); // 2002-5-20 13:12:31
         return clsDocuList(0).Get(path, 1);
     }
 
-    qxtest::TempFolder _folder;
+    TempFolder _folder;
 };
 
 } // namespace
@@ -69,23 +69,24 @@ TEST_F(Message, TextsAndRecipients)
 {
     const std::string large(5'000, 'x');
     const Properties none, named = {{"3001001E", "Name"}, {"3003001E", "no"}}, address = {{"3003001E", "address"}};
-    const std::tuple<Properties, std::vector<Properties>, std::string> cases[] = {
-        {{}, {}, "|-||-"},
+    const std::tuple<Properties, std::vector<Properties>, std::string> cases[] = {{{}, {}, "|-||-"},
         {{{"0037001E", "subject"}, {"0042001E", "name"}, {"0065001E", "address"}}, {none}, "subject|-|name|"},
         {{{"0037001F", "\xE4\0b\0c"s}, {"0C1A001E", "sender"}, {"0C1F001E", "x"}}, {}, "<e4>b|-|sender|-"},
         // A text that is there and empty isn't searched in the other form.
         {{{"0037001E", ""}, {"0037001F", "a\0"s}, {"0042001E", "\0x"s}, {"0065001E", "address"}}, {named, address},
             "|-|address|Name; address"},
         {{{"0037001E", large}, {"0C1F001F", "a\0\0\0b\0"s}}, {none, named, none, address},
-            large + "|-|a|Name; ; address"},
-    };
+            large + "|-|a|Name; ; address"}};
     for (const auto& [texts, recipients, expected] : cases)
     {
         const clsAutoRelease<clsDocu*> record = Read(MessageOf(texts, "", recipients));
         EXPECT_STREQ(record->reader, L"message");
-        EXPECT_EQ(qxtest::Summary(*record), expected + "|-|-|-|2002-5-20 13:12:31");
+        EXPECT_EQ(Summary(*record), expected + "|-|-|-|2002-5-20 13:12:31");
     }
     EXPECT_EQ(TextOf(Read(MessageOf({}, "", {named}, 1))->LastAuthor), "-"); // the numbers have no gaps
+    EXPECT_EQ(Summary(*clsDocuList(0).Get(Wide(QXUT_TEST_DOCUMENTS "/message/letter.msg"), 1)),
+        "R<e4>der & Achsen|-|Ann Smith|Bob Brown; carl@example.com|-|-|2001-2-3 4:5:6|2001-2-3 4:5:7")
+        << "of another program's storage";
 }
 
 TEST_F(Message, Times)
@@ -93,22 +94,12 @@ TEST_F(Message, Times)
     const std::string sent = TimeProperty(kSubmitTag, kSent), delivered = TimeProperty(kDeliveryTag, kDelivered);
     const std::string other = TimeProperty(0x00390041, kDelivered);
     const std::string never = TimeProperty(kSubmitTag, std::string(8, '\xFF'));
-    const std::pair<std::string, std::string> cases[] = {
-        {other + sent, "2001-2-3 4:5:6|2002-5-20 13:12:31"},
-        {delivered + other, "2001-2-3 4:5:7|2002-5-20 13:12:31"},
-        {delivered + sent, "2001-2-3 4:5:6|2001-2-3 4:5:7"},
+    const std::pair<std::string, std::string> cases[] = {{other + sent, "2001-2-3 4:5:6|2002-5-20 13:12:31"},
+        {delivered + other, "2001-2-3 4:5:7|2002-5-20 13:12:31"}, {delivered + sent, "2001-2-3 4:5:6|2001-2-3 4:5:7"},
         {never + delivered, "2001-2-3 4:5:7|2002-5-20 13:12:31"},
-        {sent + delivered.substr(0, 23), "2001-2-3 4:5:6|2002-5-20 13:12:31"},
-        {"x" + sent, "-|2002-5-20 13:12:31"},
-    };
+        {sent + delivered.substr(0, 23), "2001-2-3 4:5:6|2002-5-20 13:12:31"}, {"x" + sent, "-|2002-5-20 13:12:31"}};
     for (const auto& [times, expected] : cases)
-        EXPECT_EQ(qxtest::Summary(*Read(MessageOf({}, times))), "|-||-|-|-|" + expected);
-}
-
-TEST_F(Message, OfAnotherProgramsStorage)
-{
-    EXPECT_EQ(qxtest::Summary(*clsDocuList(0).Get(qxtest::Wide(QXUT_TEST_DOCUMENTS "/message/letter.msg"), 1)),
-        "R<e4>der & Achsen|-|Ann Smith|Bob Brown; carl@example.com|-|-|2001-2-3 4:5:6|2001-2-3 4:5:7");
+        EXPECT_EQ(Summary(*Read(MessageOf({}, times))), "|-||-|-|-|" + expected);
 }
 
 // The list's own tests have mails by that name.
@@ -131,14 +122,14 @@ TEST_F(Message, BearsDamage)
 {
     const std::string whole = MessageOf({{"0037001E", "subject"}, {"0042001F", "a\0"s}},
         TimeProperty(kSubmitTag, kSent) + TimeProperty(kDeliveryTag, kDelivered), {{{"3001001E", "name"}}, {}});
-    const clsAutoRelease<clsDocu*> record = qxtest::EmptyRecord();
+    const clsAutoRelease<clsDocu*> record = EmptyRecord();
     const auto check = [&](const std::string& bytes)
     {
         DeleteFileW(_folder.Path(L"a.msg").Text()); // a file that is overwritten is flushed to the disk
         ReadMessage(*record, _folder.Make(L"a.msg", bytes));
         EXPECT_LT(TextOf(record->LastAuthor).size(), 20 * whole.size());
     };
-    qxtest::Damage(whole, 10'000, check);
+    Damage(whole, 10'000, check);
 }
 
 #endif

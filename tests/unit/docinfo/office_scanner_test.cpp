@@ -11,7 +11,7 @@
 #include "unit/docinfo/random_texts.h"
 
 using namespace qx;
-using qxtest::CompareReaders;
+using namespace qxtest;
 
 namespace
 {
@@ -59,16 +59,14 @@ void TakeItem(Item& item, clsDocu& record, const String& text)
 void OfficeOpenXmlPatterns(clsDocu& record, const String& text)
 {
     static clsRegEx all(L"<cp:coreProperties\\s+.*>(.*?)</cp:coreProperties>", kDotAll | kUngreedy);
-    static Item items[] = {
-        {{L"<(dc:creator)[^>]*>(.*?)</\\1>", kDotAll}, 2, &clsDocu::Author},
+    static Item items[] = {{{L"<(dc:creator)[^>]*>(.*?)</\\1>", kDotAll}, 2, &clsDocu::Author},
         {{L"<(dcterms:created)[^>]*>(.*?)</\\1>", kDotAll}, 2, nullptr, &clsDocu::Created},
         {{L"<(dcterms:modified)[^>]*>(.*?)</\\1>", kDotAll}, 2, nullptr, &clsDocu::LastSaved},
         {{L"<(cp:lastModifiedBy)[^>]*>(.*?)</\\1>", kDotAll}, 2, &clsDocu::LastAuthor},
         {{L"<(dc:title)[^>]*>(.*?)</\\1>", kDotAll}, 2, &clsDocu::Title},
         {{L"<(dc:subject)[^>]*>(.*?)</\\1>", kDotAll}, 2, &clsDocu::Subject},
         {{L"<(cp:keywords)[^>]*>(.*?)</\\1>", kDotAll}, 2, &clsDocu::Keywords},
-        {{L"<(dc:description)[^>]*>(.*?)</\\1>", kDotAll}, 2, &clsDocu::Comments},
-    };
+        {{L"<(dc:description)[^>]*>(.*?)</\\1>", kDotAll}, 2, &clsDocu::Comments}};
     clsRegExMatchList groups;
     if (all.Match(text, &groups))
         for (Item& item : items)
@@ -94,16 +92,14 @@ void OpenDocumentPatterns(clsDocu& record, const String& text)
     static clsRegEx all(
         L"<office:document-meta.*>.*<office:meta.*>(.*?)</office:meta>.*</office:document-meta>", kFlags);
     static clsRegEx keywords(L"<meta:keywords>(.*?)</meta:keywords>", kFlags);
-    static Item items[] = {
-        {{L"<meta:initial-creator>(.*?)</meta:initial-creator>", kFlags}, 1, &clsDocu::Author},
+    static Item items[] = {{{L"<meta:initial-creator>(.*?)</meta:initial-creator>", kFlags}, 1, &clsDocu::Author},
         {{L"<meta:creation-date>(.*?)</meta:creation-date>", kFlags}, 1, nullptr, &clsDocu::Created},
         {{L"<dc:creator>(.*?)</dc:creator>", kFlags}, 1, &clsDocu::LastAuthor},
         {{L"<dc:title>(.*?)</dc:title>", kFlags}, 1, &clsDocu::Title},
         {{L"<dc:subject>(.*?)</dc:subject>", kFlags}, 1, &clsDocu::Subject},
         {{L"<meta:keyword>(.*?)</meta:keyword>", kFlags}, 1, &clsDocu::Keywords},
         {{L"<dc:description>(.*?)</dc:description>", kFlags}, 1, &clsDocu::Comments},
-        {{L"<dc:date>(.*?)</dc:date>", kFlags}, 1, nullptr, &clsDocu::LastSaved},
-    };
+        {{L"<dc:date>(.*?)</dc:date>", kFlags}, 1, nullptr, &clsDocu::LastSaved}};
     clsRegExMatchList groups, list;
     if (!all.Match(text, &groups))
         return;
@@ -152,14 +148,10 @@ constexpr std::string_view kBlockPieces[] = {"<o:DocumentProperties>", "</o:Docu
 
 } // namespace
 
-TEST(OfficeScanners, OfficeOpenXml)
+TEST(OfficeScanners, Archives)
 {
     CompareReaders(ReadMember<ParseOfficeOpenXml>, OfficeOpenXmlPatterns, kCorePieces,
         "<cp:coreProperties x>%</dc:title></cp:coreProperties>");
-}
-
-TEST(OfficeScanners, OpenDocument)
-{
     CompareReaders(ReadMember<ParseOpenDocument>, OpenDocumentPatterns, kMetaPieces,
         "<office:document-meta><office:meta>%</office:meta></office:document-meta>");
 }

@@ -10,11 +10,7 @@
 #include <tuple>
 
 using namespace qx;
-using qxtest::Build;
-using qxtest::BuiltMember;
-using qxtest::Numbered;
-using qxtest::ReadRecord;
-using qxtest::Repeat;
+using namespace qxtest;
 
 namespace
 {
@@ -61,7 +57,7 @@ TEST(OfficeReaders, Archives)
         {Core("<dc:title>t</dc:title>", "<?xml encoding=\"utf-16\"?>", 0), "t"}, // stored, so not decoded
         {Core("<dc:title>\xE4</dc:title>", "<?xml encoding=\"windows-1251\"?>"), "<434>"}};
     for (const auto& [bytes, title] : documents)
-        EXPECT_EQ(qxtest::TextOf(ReadRecord(ReadOfficeArchive, bytes)->Title), title);
+        EXPECT_EQ(TextOf(ReadRecord(ReadOfficeArchive, bytes)->Title), title);
     EXPECT_EQ(ReadRecord(ReadOfficeArchive, Build({BuiltMember("a", "b")})).Result(), -1);
 }
 
@@ -96,37 +92,32 @@ TEST(OfficeReaders, XmlFiles)
         {std::string(65'536 - author.size(), ' ') + author, kAuthor},
         {std::string(65'537 - author.size(), ' ') + author, kNothing}, {"", kNothing}};
     for (const auto& [bytes, summary] : documents)
-    {
-        const ReadRecord record(ReadXML, bytes);
-        EXPECT_EQ(record.Result(), 0);
-        EXPECT_EQ(record.Summary(), summary) << bytes.substr(0, 300);
-    }
+        EXPECT_EQ(ReadRecord(ReadXML, bytes).ResultAndSummary(), std::string("0 ") + summary) << bytes.substr(0, 300);
 }
 
 // Compared with exiftool.
 TEST(OfficeReaders, RealDocuments)
 {
-    qxtest::ExpectAnswers(QXUT_TEST_DOCUMENTS "/office", 11 * 8,
+    ExpectAnswers(QXUT_TEST_DOCUMENTS "/office", 11 * 8,
         [](clsDocu& record, const String& path)
-        { qxtest::ReadFile(path.Right(4) == L".xml" ? ReadXML : ReadOfficeArchive, record, path); });
+        { ReadFile(path.Right(4) == L".xml" ? ReadXML : ReadOfficeArchive, record, path); });
 }
 
 TEST(OfficeReaders, ChoiceOfTheReader)
 {
-    const qxtest::TempFolder folder;
+    const TempFolder folder;
     const std::string archive = Core("<dc:title>t</dc:title>");
     const std::tuple<const wchar_t*, std::string, const char*, const wchar_t*, const wchar_t*> files[] = {
         {L"a.docx", archive, "t", L"office archive", L""},
         {L"a.odt", Meta("<dc:title>t</dc:title>"), "t", L"office archive", L""},
         {L"a.zip", archive + "x", "-", L"office archive", L"WRN: GetZIPFilenames: read error (no finalizer found)"},
         {L"a.XML", XmlCore("<dc:title>t</dc:title>"), "t", L"XML", L""},
-        {L"b.xml", "<a><b></a>", "-", L"XML", L"ERR: read() returned "},
-    };
+        {L"b.xml", "<a><b></a>", "-", L"XML", L"ERR: read() returned "}};
     for (const auto& [name, bytes, title, reader, remark] : files)
     {
         const clsAutoRelease<clsDocu*> record = clsDocuList(0).Get(folder.Make(name, bytes), 1);
         EXPECT_TRUE(record->accessible);
-        EXPECT_EQ(qxtest::TextOf(record->Title), title);
+        EXPECT_EQ(TextOf(record->Title), title);
         EXPECT_STREQ(record->reader, reader);
         EXPECT_TRUE(record->remark.View().starts_with(remark));
         EXPECT_EQ(std::memcmp(&record->LastSaved, &record->fileTime, sizeof(SYSTEMTIME)), 0);
@@ -138,12 +129,12 @@ TEST(OfficeReaders, BoundedTime)
 {
     const std::size_t size = FileWindow::kCapacity - 200;
     for (const char* const piece : {"<cp:coreProperties ", "<dc:title", "<dc:title>", "</cp:coreProperties>"})
-        qxtest::ExpectQuick(ReadOfficeArchive, Core(Repeat(piece, size)));
+        ExpectQuick(ReadOfficeArchive, Core(Repeat(piece, size)));
     for (const char* const piece : {"<office:meta>", "</office:meta>", "<meta:keyword>", "<meta:keyword>\n"})
         for (const char* const open : {"", "<meta:keywords>"})
-            qxtest::ExpectQuick(ReadOfficeArchive, Meta(open + Repeat(piece, size) + "</meta:keywords>"));
+            ExpectQuick(ReadOfficeArchive, Meta(open + Repeat(piece, size) + "</meta:keywords>"));
     for (const char* const piece : {"<?xml", " encoding=\"", " encoding=\"a", "?>"})
-        qxtest::ExpectQuick(ReadOfficeArchive, Core("", Repeat(piece, size)));
+        ExpectQuick(ReadOfficeArchive, Core("", Repeat(piece, size)));
     for (const std::string& document : {Repeat("<a>", size), Repeat("<a:b/>", size),
              "<a" + Numbered(size, " b", "=''") + "/>", "<a" + Numbered(size, " xmlns:b", "=''") + "/>",
              "<a" + Repeat(" ", size), "<a>" + Repeat("&#65;", size), "<a>" + Repeat("<![CDATA[", size),
@@ -151,5 +142,5 @@ TEST(OfficeReaders, BoundedTime)
              "<o:DocumentProperties>" + Repeat("&#38;#", size) + "</o:DocumentProperties>",
              Repeat("<o:DocumentProperties>", size),
              XmlCore("<meta:keywords>" + Repeat("<dc:a>keyword</dc:a>", 16 * size) + "</meta:keywords>")})
-        qxtest::ExpectQuick(ReadXML, document);
+        ExpectQuick(ReadXML, document);
 }

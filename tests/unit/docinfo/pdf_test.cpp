@@ -7,37 +7,20 @@
 #include <tuple>
 
 using namespace qx;
-using qxtest::DateOf;
-using qxtest::PdfOf;
-using qxtest::ReadRecord;
-using qxtest::Repeat;
-using qxtest::TextOf;
+using namespace qxtest;
 
 TEST(PdfReader, Values)
 {
-    const std::pair<std::string, const char*> titles[] = {
-        {"/Title (Gr\\374\\337e)", "Gr<fc><df>"
-                                   "e"},
-        {"/Title (\\)\\n\\x\\7\\0a(b)c)", ")<a>\\x<7>a(b)c"},
-        {"/Title (\\376\\377\\000G\\000r)", "Gr"},
-        {"/Title (\xFF\xFEG\\000r\\000)", "Gr"},
-        {"/Title <FEFF00470072>", "Gr"},
-        {"/Title <FF FE 47 00 7>", "G"},
-        {"/Title <EFBBBFC3BC>", "<fc>"},
-        {"/Title <4x7>", "@p"}, // what is no digit counts as 0
-        {"/Title /A#42#4", "AB#4"},
-        {"/Title% a comment\n(a)", "a"},
-        {"/Ti#74le (a)", "a"},
-        {"/Title (a) /Title (b)", "a"},
-        {"/title (a)", ""},
-        {"/Title true", "-1"},
-        {"/Title 12 ", "12"},
-        {"/Title [1 (a) % x\n]", "1 (a) <a>"},
-        {"/Title <</A (b)>>", "<dummy:Dict>"},
+    const std::pair<std::string, const char*> titles[] = {{"/Title (Gr\\374\\337e)", "Gr<fc><df>e"},
+        {"/Title (\\)\\n\\x\\7\\0a(b)c)", ")<a>\\x<7>a(b)c"}, {"/Title (\\376\\377\\000G\\000r)", "Gr"},
+        {"/Title (\xFF\xFEG\\000r\\000)", "Gr"}, {"/Title <FEFF00470072>", "Gr"}, {"/Title <FF FE 47 00 7>", "G"},
+        {"/Title <EFBBBFC3BC>", "<fc>"}, {"/Title <4x7>", "@p"}, // what is no digit counts as 0
+        {"/Title /A#42#4", "AB#4"}, {"/Title% a comment\n(a)", "a"}, {"/Ti#74le (a)", "a"},
+        {"/Title (a) /Title (b)", "a"}, {"/title (a)", ""}, {"/Title true", "-1"}, {"/Title 12 ", "12"},
+        {"/Title [1 (a) % x\n]", "1 (a) <a>"}, {"/Title <</A (b)>>", "<dummy:Dict>"},
         {"/A << /B << /C 1 >> >> /Title (a)", "a"},
         {"/A . /Title (a)", ""}, // a point without a digit is no value, so the key has the value "Title"
-        {"/A 1.5 /Title (a)", "a"},
-    };
+        {"/A 1.5 /Title (a)", "a"}, {"/Title 12 0 R", ""}}; // an array, not the object
     for (const auto& [entry, title] : titles)
     {
         const ReadRecord record(qx::ReadPDF, PdfOf({{"<</Author (x) " + entry + ">>"}}));
@@ -76,10 +59,13 @@ TEST(PdfReader, Faults)
         {tableOf("1 0 obj\n<</Type/Other/Filter/FlateDecode/Length 3>>stream\nabc\nendstream"), "-",
             L"EXCEPTION 'no xref'"},
         {tableOf("1 0 obj\n<</Type/XRef/Filter/FlateDecode/Length 3>>other"), "-", L"EXCEPTION 'no xref stream'"},
+        {tableOf("1 0 obj\n<</Type/XRef/Filter/FlateDecode/Length (1e300)>>stream\nabc\nendstream"), "-",
+            L"EXCEPTION 'no xref'"},
         {tableOf("nothing"), "-", L"EXCEPTION 'no object'"},
+        // An object that would be longer than the file isn't read.
+        {tableOf("xref\n1 2\n0000000009 00000 n \n0000005000 00000 n \n"), "-", L""},
         // Only the first subsection counts, and an object needs a next one.
-        {tableOf("xref\n1 1\n0000000009 00000 n \n2 1\n0000000040 00000 n \n"), "-", L""},
-    };
+        {tableOf("xref\n1 1\n0000000009 00000 n \n2 1\n0000000040 00000 n \n"), "-", L""}};
     for (const auto& [file, title, remark] : files)
     {
         const ReadRecord record(ReadPDF, file);
@@ -94,32 +80,26 @@ TEST(PdfReader, Faults)
 
 TEST(PdfReader, Revisions)
 {
-    std::vector<qxtest::PdfRevision> revisions(299, {"<</Title (old)>>"});
+    std::vector<PdfRevision> revisions(299, {"<</Title (old)>>"});
     revisions.push_back({"<</Title (new)>>"});
     EXPECT_EQ(TextOf(ReadRecord(ReadPDF, PdfOf(revisions))->Title), "new"); // the newest offset of object 1
     // A chain that comes back ends there.
-    const std::string first = PdfOf({{"<</Title (a)>>"}});
-    const std::string table = std::to_string(first.find("xref\n"));
+    const std::string first = PdfOf({{"<</Title (a)>>"}}), table = std::to_string(first.find("xref\n"));
     EXPECT_EQ(TextOf(ReadRecord(ReadPDF, PdfOf({{"<</Title (a)>>", "/Prev " + table}}))->Title), "a");
 }
 
 TEST(PdfReader, Dates)
 {
-    const std::pair<const wchar_t*, const char*> dates[] = {
-        {L"D:20120304050607+01'00'", "2012-3-4 4:6:7"},
-        {L"D:20120304050607-01'30'", "2012-3-4 6:36:7"},
-        {L"D:20120304050607Z00'00'", "2012-3-4 5:6:7"},
-        {L"D:20120304050607", "2012-3-4 5:6:7"},
-        {L"D:2012", "2012-1-1 0:0:0"},
+    const std::pair<const wchar_t*, const char*> dates[] = {{L"D:20120304050607+01'00'", "2012-3-4 4:6:7"},
+        {L"D:20120304050607-01'30'", "2012-3-4 6:36:7"}, {L"D:20120304050607Z00'00'", "2012-3-4 5:6:7"},
+        {L"D:20120304050607", "2012-3-4 5:6:7"}, {L"D:2012", "2012-1-1 0:0:0"},
         {L"D:20120101000000+01'00' and more", "2011-12-31 23:0:0"},
         {L"D:20121304050607+01'00'", "-"}, // no month to take an hour from
-        {L"2012", "-"},
-        {L"D", "-"},
-    };
+        {L"2012", "-"}, {L"D", "-"}};
     for (const auto& [text, date] : dates)
         EXPECT_EQ(DateOf(ParsePDFDate(text)), date) << String(text).NarrowText();
     // A key that is missing sets an empty text.
-    EXPECT_EQ(ReadRecord(ReadPDF, PdfOf({{"<</CreationDate (D:2012) /ModDate (never)>>"}})).Summary(),
+    EXPECT_EQ(ReadRecord(ReadPDF, PdfOf({{"<</CreationDate <443A323031320041> /ModDate (never)>>"}})).Summary(),
         "|||-||-|2012-1-1 0:0:0|-");
 }
 
@@ -149,8 +129,8 @@ TEST(PdfReader, BoundedTime)
               std::to_string(last);
     for (const std::string& file :
         {tables, shared, PdfOf({{"<<>>", "", "xref\n0 60000\n" + Repeat("0 0 n\n", kMany)}})})
-        qxtest::ExpectQuick(ReadPDF, file);
+        ExpectQuick(ReadPDF, file);
     for (const std::string& values : {"/A " + Repeat("[", kMany), "/A " + Repeat("(", kMany), Repeat("/A<<>>", kMany),
              Repeat("/A 1 ", kMany), Repeat("% \n", kMany), "/A " + Repeat("1 ", kMany)})
-        qxtest::ExpectQuick(ReadPDF, PdfOf({{"<<" + values + ">>"}}));
+        ExpectQuick(ReadPDF, PdfOf({{"<<" + values + ">>"}}));
 }

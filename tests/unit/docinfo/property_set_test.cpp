@@ -13,9 +13,7 @@
 #include <tuple>
 
 using namespace qx;
-using qxtest::CompoundBuilder;
-using qxtest::ReadRecord;
-using qxtest::TextOf;
+using namespace qxtest;
 
 namespace
 {
@@ -23,15 +21,14 @@ namespace
 using namespace std::string_literals;
 using namespace std::string_view_literals;
 
-const auto Number = qxtest::BytesOfRecord<std::uint32_t>;
+const auto Number = BytesOfRecord<std::uint32_t>;
 
 constexpr std::string_view kSummary = "\xE0\x85\x9F\xF2\xF9\x4F\x68\x10\xAB\x91\x08\x00\x2B\x27\xB3\xD9"sv;
 constexpr std::string_view kDate = "\x00\x05\xB5\x7D\x96\x8D\xC0\x01"sv; // 2001-02-03 04:05:06
 
 struct PropertyValue
 {
-    std::uint32_t id;
-    std::uint32_t type;
+    std::uint32_t id, type;
     std::string bytes;
 };
 
@@ -59,42 +56,46 @@ std::string Document(std::string_view title)
     return CompoundBuilder().AddStream("WordDocument", "x").AddStream("\5SummaryInformation", set).Bytes();
 }
 
-clsAutoRelease<clsDocu*> RecordOf(const String& path)
+std::string triedModes;
+String lockedPath;
+
+// Simulates a file whose storage is locked, and one whose data comes late.
+HRESULT OpenUnlessLocked(const wchar_t* path, DWORD mode, IStorage** storage)
 {
-    return clsDocuList(0).Get(path, 1);
+    triedModes += String(String::kFormatted, L"%x ", mode).NarrowText();
+    if (lockedPath == path)
+        return mode == STGM_SHARE_DENY_NONE ? STG_E_INVALIDFLAG : STG_E_LOCKVIOLATION;
+    static int calls = 0;
+    return ++calls < 3 ? E_PENDING : StgOpenStorage(path, nullptr, mode, nullptr, 0, storage);
+}
+
+int CopiesLeft()
+{
+    int count = 0;
+    for (FileFinder finder(GetTempSubfolder() + L"\\_*doc*.tmp", false); finder.Next();)
+        ++count;
+    return count;
 }
 
 } // namespace
 
 TEST(PropertySet, Values)
 {
-    const std::tuple<std::uint32_t, std::string, const wchar_t*> values[] = {
-        {VT_EMPTY, Number(0), L"-"},
-        {VT_NULL, "", L""},
-        {VT_I2, Number(0x1FFFE), L"-2"},
-        {VT_I4, Number(0xFFFFFFFE), L"-2"},
-        {VT_UI2, Number(0x1FFFE), L"65534"},
-        {VT_UI4, Number(0xFFFFFFFE), L"4294967294"},
-        {VT_R4, Number(0x3FC00000), L"1.5"},
-        {VT_R8, Number(0) + Number(0xBFF80000), L"-1.5"},
-        {VT_BOOL, Number(1), L"true"},
-        {VT_BOOL, Number(0x10000), L"false"},
-        {VT_LPSTR, Counted("abc\0def"sv), L"abc"},
-        {VT_LPSTR, Counted(""), L""},
-        {VT_LPSTR, Number(4) + "abc", L"-"},   // one byte too long
-        {VT_BSTR, Counted("\xE4"), L"\x0434"}, // code page 1251 is Cyrillic
-        {VT_LPWSTR, Counted("a\0\x44\x04\0\0b\0"sv, 2), L"a\x0444"},
-        {VT_LPWSTR, Number(0x80000000) + "abc", L"-"},
-        {VT_FILETIME, std::string(kDate), L""},
-        {VT_CY, std::string(8, '\1'), L""},
-        {VT_VECTOR | VT_LPSTR, Number(1) + Counted("abc"), L""},
-        {VT_ARRAY | VT_I4, Number(1), L""},
-    };
+    const std::tuple<std::uint32_t, std::string, const wchar_t*> values[] = {{VT_EMPTY, Number(0), L"-"},
+        {VT_NULL, "", L""}, {VT_I2, Number(0x1FFFE), L"-2"}, {VT_I4, Number(0xFFFFFFFE), L"-2"},
+        {VT_UI2, Number(0x1FFFE), L"65534"}, {VT_UI4, Number(0xFFFFFFFE), L"4294967294"},
+        {VT_R4, Number(0x3FC00000), L"1.5"}, {VT_R8, Number(0) + Number(0xBFF80000), L"-1.5"},
+        {VT_BOOL, Number(1), L"true"}, {VT_BOOL, Number(0x10000), L"false"}, {VT_LPSTR, Counted("abc\0def"sv), L"abc"},
+        {VT_LPSTR, Counted(""), L""}, {VT_LPSTR, Number(4) + "abc", L"-"}, // one byte too long
+        {VT_BSTR, Counted("\xE4"), L"\x0434"},                             // code page 1251 is Cyrillic
+        {VT_LPWSTR, Counted("a\0\x44\x04\0\0b\0"sv, 2), L"a\x0444"}, {VT_LPWSTR, Number(0x80000000) + "abc", L"-"},
+        {VT_FILETIME, std::string(kDate), L""}, {VT_CY, std::string(8, '\1'), L""},
+        {VT_VECTOR | VT_LPSTR, Number(1) + Counted("abc"), L""}, {VT_ARRAY | VT_I4, Number(1), L""}};
     for (const auto& [type, bytes, text] : values)
     {
         const ReadRecord record(ReadSummaryInformation, SetOf({{1, VT_I2, Number(1251)}, {2, type, bytes}}));
         EXPECT_EQ(record.Result(), 0);
-        EXPECT_EQ(TextOf(record->Title), qxtest::ReadableText(text)) << type;
+        EXPECT_EQ(TextOf(record->Title), ReadableText(text)) << type;
     }
     const ReadRecord wide(
         ReadSummaryInformation, SetOf({{1, VT_I2, Number(1200)}, {4, VT_LPSTR, Counted("a\0b\0"sv)}}));
@@ -120,7 +121,7 @@ TEST(PropertySet, FieldsAndDates)
 TEST(PropertySet, DocumentsOfOtherPrograms)
 {
     // One document has no summary information.
-    qxtest::ExpectAnswers(QXUT_TEST_DOCUMENTS "/storage", 4 * 8,
+    ExpectAnswers(QXUT_TEST_DOCUMENTS "/storage", 4 * 8,
         [](clsDocu& record, const String& path)
         { EXPECT_EQ(ReadPropertySet(record, path), path.Right(8) == L"bare.doc" ? -1 : 0); });
 }
@@ -128,50 +129,24 @@ TEST(PropertySet, DocumentsOfOtherPrograms)
 // An extension decides only about what isn't a compound file, or one without summary information.
 TEST(PropertySet, ChoiceOfTheReader)
 {
-    const qxtest::TempFolder folder;
+    const TempFolder folder;
     const std::string bare = CompoundBuilder().AddStream("A", "x").Bytes(), document = Document("title");
     const std::tuple<const wchar_t*, const std::string&, const char*, const wchar_t*, const wchar_t*> files[] = {
         {L"a.pdf", document, "title", L"property set", L""}, {L"a.doc", bare, "-", nullptr, L"no summary information"}};
     for (const auto& [name, bytes, title, reader, remark] : files)
     {
-        const clsAutoRelease<clsDocu*> record = RecordOf(folder.Make(name, bytes));
+        const clsAutoRelease<clsDocu*> record = clsDocuList(0).Get(folder.Make(name, bytes), 1);
         EXPECT_TRUE(record->accessible);
         EXPECT_EQ(TextOf(record->Title), title);
         EXPECT_STREQ(record->reader, reader);
         EXPECT_EQ(record->remark.View(), remark);
     }
-    EXPECT_FALSE(RecordOf(folder.Make(L"a.tif", bare))->accessible);
+    EXPECT_FALSE(clsDocuList(0).Get(folder.Make(L"a.tif", bare), 1)->accessible);
 }
-
-namespace
-{
-
-std::string triedModes;
-String lockedPath;
-
-// Simulates a file whose storage is locked, and one whose data comes late.
-HRESULT OpenUnlessLocked(const wchar_t* path, DWORD mode, IStorage** storage)
-{
-    triedModes += String(String::kFormatted, L"%x ", mode).NarrowText();
-    if (lockedPath == path)
-        return mode == STGM_SHARE_DENY_NONE ? STG_E_INVALIDFLAG : STG_E_LOCKVIOLATION;
-    static int calls = 0;
-    return ++calls < 3 ? E_PENDING : StgOpenStorage(path, nullptr, mode, nullptr, 0, storage);
-}
-
-int CopiesLeft()
-{
-    int count = 0;
-    for (FileFinder finder(GetTempSubfolder() + L"\\_*doc*.tmp", false); finder.Next();)
-        ++count;
-    return count;
-}
-
-} // namespace
 
 TEST(PropertySet, LockedStorageIsCopied)
 {
-    const qxtest::TempFolder folder;
+    const TempFolder folder;
     lockedPath = folder.Make(L"locked.doc", Document("title"));
     const int before = CopiesLeft();
     SetStorageOpening(OpenUnlessLocked);
@@ -193,7 +168,7 @@ TEST(PropertySet, BearsDamage)
     const std::string whole =
         SetOf({{1, VT_I2, Number(1200)}, {2, VT_LPSTR, Counted("abc")}, {3, VT_LPWSTR, Counted("ab", 2)},
             {4, VT_R8, Number(0) + Number(0xBFF80000)}, {12, VT_FILETIME, std::string(kDate)}});
-    qxtest::Damage(whole, 2'000,
+    Damage(whole, 2'000,
         [](const std::string& bytes)
         {
             const int result = ReadRecord(ReadSummaryInformation, bytes).Result();

@@ -15,9 +15,7 @@
 #include <functional>
 
 using namespace qx;
-using qxtest::CompareReaders;
-using qxtest::kTexts;
-using qxtest::RandomTexts;
+using namespace qxtest;
 
 namespace
 {
@@ -72,8 +70,7 @@ void ParseOfficeProperties(clsDocu& record, String text)
     clsRegExMatchList groups;
     while (element.Match(text, &groups))
     {
-        const String key = groups[1].text;
-        const String value = groups[2].text;
+        const String key = groups[1].text, value = groups[2].text;
         for (const auto& [name, field] :
             {std::pair(L"Subject", &record.Subject), {L"Author", &record.Author}, {L"LastAuthor", &record.LastAuthor},
                 {L"Keywords", &record.Keywords}, {L"Description", &record.Comments}})
@@ -91,8 +88,7 @@ void ParseOfficeProperties(clsDocu& record, String text)
 
 void ReadHTML(clsDocu& record, const String& page)
 {
-    static clsRegEx head(L"<head>(.*)</head>", kHeadFlags);
-    static clsRegEx title(L"<title>(.*)</title>", kItemFlags);
+    static clsRegEx head(L"<head>(.*)</head>", kHeadFlags), title(L"<title>(.*)</title>", kItemFlags);
     static clsRegEx office(L"<o:DocumentProperties>(.*)</o:DocumentProperties>", kItemFlags);
     static clsRegEx author(LR"x(<meta\s+name="author"\s+content="(.*)">)x", kItemFlags);
     static clsRegEx comments(LR"x(<meta\s+name="(?:description|DC\.Description)"\s+content="(.*)">)x", kItemFlags);
@@ -155,8 +151,7 @@ void ReadRTF(clsDocu& record, const String& document)
     text = DecodeRTF(groups[1].text);
     while (group.Match(text, &groups))
     {
-        const String key = groups[1].text;
-        const String value = groups[2].text;
+        const String key = groups[1].text, value = groups[2].text;
         for (const auto& [name, field] : {std::pair(L"subject", &record.Subject), {L"author", &record.Author},
                  {L"title", &record.Title}, {L"keywords", &record.Keywords}})
             if (key == name)
@@ -190,20 +185,12 @@ constexpr std::string_view kRtfPieces[] = {"{\\title ", "{\\Title ", "{\\author 
 
 } // namespace
 
-TEST(Scanners, HtmlHead)
+TEST(Scanners, HtmlHeadAndRtfInfo)
 {
+    constexpr std::size_t kMostPieces = 24; // the pattern of the block takes quadratic time
     CompareReaders(ReadHTML, patterns::ReadHTML, kHtmlPieces, "<head>%</head>");
-}
-
-TEST(Scanners, OfficeBlock)
-{
-    constexpr std::size_t kMostPieces = 24; // the pattern takes quadratic time
     CompareReaders(ReadHTML, patterns::ReadHTML, kOfficePieces,
         "<head><o:DocumentProperties>%</o:DocumentProperties></head>", kMostPieces);
-}
-
-TEST(Scanners, RtfInfo)
-{
     CompareReaders(ReadRTF, patterns::ReadRTF, kRtfPieces, "{\\rtf1{\\info{\\title t}%}}");
 }
 
@@ -212,7 +199,7 @@ TEST(Scanners, Decoders)
     RandomTexts html(kHtmlPieces), rtf(kRtfPieces);
     for (int i = 0; i < kTexts; ++i)
     {
-        const String page = qxtest::Wide(html.Next()), document = qxtest::Wide(rtf.Next());
+        const String page = Wide(html.Next()), document = Wide(rtf.Next());
         const bool named = i % 2 != 0;
         ASSERT_TRUE(DecodeEntities(page.View(), named) == patterns::DecodeEntities(page, named).View())
             << page.NarrowText();

@@ -119,8 +119,7 @@ TEST(ShellIndex, Rules)
         // The type of texts must be VT_LPSTR.
         {{{2, title}, {5, {VT_LPWSTR}}}, texts, "-1 t|-|-|-|-|-|-|-.0: 2 4 5 / not opened"},
         {{{2, title}, {13, other}}, texts, "-1 t|-|-|-|-|-|-|-.0: 2 4 5 3 12 13 / not opened"},
-        {none, {{2, title}, {3, {VT_BSTR}}}, "-1 t|-|-|-|-|-|-|-.0: 2 4 5 3 12 13 / 2 4 5 3 "},
-    };
+        {none, {{2, title}, {3, {VT_BSTR}}}, "-1 t|-|-|-|-|-|-|-.0: 2 4 5 3 12 13 / 2 4 5 3 "}};
     for (const auto& [first, second, expected] : stores)
         EXPECT_EQ(ReadStores(first, second), expected);
     EXPECT_EQ(ReadStores(texts, none, nullptr), "-1 -|-|-|-|-|-|-|-.0: not opened/ 2 4 5 3 12 13 ");

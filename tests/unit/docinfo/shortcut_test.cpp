@@ -15,9 +15,7 @@
 #include <string>
 
 using namespace qx;
-using qxtest::LinkOf;
-using qxtest::TempFolder;
-using qxtest::TextOf;
+using namespace qxtest;
 
 namespace
 {
@@ -45,8 +43,7 @@ HRESULT EnterAndLeave()
 TEST(DocumentShortcuts, TargetIsRead)
 {
     const TempFolder folder;
-    const String page = folder.Make(L"page.htm", kPage);
-    const String link = folder.Make(L"a.LNK", LinkOf({.local = TargetPath(page)}));
+    const String link = folder.Make(L"a.LNK", LinkOf({.local = TargetPath(folder.Make(L"page.htm", kPage))}));
     clsDocuList list(0);
     const clsAutoRelease<clsDocu*> record = list.Get(link, 1);
     EXPECT_TRUE(record->accessible);
@@ -54,8 +51,7 @@ TEST(DocumentShortcuts, TargetIsRead)
     EXPECT_EQ(record->path, link);
     EXPECT_EQ(GetPathName(record->resolvedPath), L"page.htm");
     // The target's name decides about the reader, and a shortcut to a shortcut isn't followed.
-    const String second = folder.Make(L"b.lnk", LinkOf({.local = TargetPath(link)}));
-    const clsAutoRelease<clsDocu*> shortcut = list.Get(second, 1);
+    const clsAutoRelease<clsDocu*> shortcut = list.Get(folder.Make(L"b.lnk", LinkOf({.local = TargetPath(link)})), 1);
     EXPECT_TRUE(shortcut->accessible);
     EXPECT_EQ(GetPathExtension(shortcut->resolvedPath), L".lnk");
     EXPECT_EQ(TextOf(shortcut->Title), "-");
@@ -72,11 +68,10 @@ TEST(DocumentShortcuts, WithoutTargetNothingIsRead)
     {
         const String link = folder.Make(L"a.lnk", whole);
         clsDocuList list(0);
-        const clsAutoRelease<clsDocu*> record = list.Get(link, 1);
-        EXPECT_TRUE(record->accessible);
-        qxtest::MakeFile(link, bytes);
+        EXPECT_TRUE(list.Get(link, 1)->accessible);
+        MakeFile(link, bytes);
         EXPECT_FALSE(list.Get(link, 1)->accessible);
-        EXPECT_EQ(qxtest::Summary(*list.Get(link, 1)), "-|-|-|-|-|-|-|-");
+        EXPECT_EQ(Summary(*list.Get(link, 1)), "-|-|-|-|-|-|-|-");
     }
     EXPECT_TRUE(TargetOfShortcut(folder.Path(L"none.lnk")).IsEmpty());
     EXPECT_EQ(EnterAndLeave(), S_OK);
@@ -84,7 +79,7 @@ TEST(DocumentShortcuts, WithoutTargetNothingIsRead)
 
 TEST(ComGuard, ModelOfTheSettings)
 {
-    const qxtest::OwnSettings settings;
+    const OwnSettings settings;
     String key = String(L"Software\\trelmo\\TRLMRG\\") + ProcessBaseName();
     key.MakeUpper();
     const auto enter = [](bool isUsable, HRESULT inside)
@@ -104,7 +99,7 @@ TEST(ComGuard, ModelOfTheSettings)
     enter(true, RPC_E_CHANGED_MODE);
     set(REG_DWORD, 0);
     {
-        const qxtest::DebugLines lines;
+        const DebugLines lines;
         enter(true, RPC_E_CHANGED_MODE);
         EXPECT_EQ(lines.CountOf(L"differs from the forced one"), 1u);
     }

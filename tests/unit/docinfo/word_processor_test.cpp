@@ -7,11 +7,7 @@
 #include <tuple>
 
 using namespace qx;
-using qxtest::Repeat;
-using qxtest::Word2Of;
-using qxtest::WordPerfectEntry;
-using qxtest::WordPerfectOf;
-using qxtest::WordPerfectRecord;
+using namespace qxtest;
 
 namespace
 {
@@ -19,12 +15,6 @@ namespace
 using Texts = std::vector<std::string>;
 
 constexpr auto kRefused = "-1 -|-|-|-|-|-|-|-", kEmptyRecord = "0 -|-|-|-|-|-|-|-", kTitle = "0 title|-|-|-|-|-|-|-";
-
-std::string ResultAndSummary(qxtest::Reader reader, const std::string& bytes)
-{
-    const qxtest::ReadRecord record(reader, bytes);
-    return std::to_string(record.Result()) + " " + record.Summary();
-}
 
 } // namespace
 
@@ -35,7 +25,7 @@ TEST(Word2, TextsOfTheTable)
         {some, 0, kTitle}, {some, -2, "0 tit|-|-|-|-|-|-|-"}, {{}, 0, kEmptyRecord}, {{}, -1, kRefused},
         {all, 1, kRefused}};
     for (const auto& [texts, excess, summary] : tables)
-        EXPECT_EQ(ResultAndSummary(ReadWord2, Word2Of(texts, excess)), summary) << excess;
+        EXPECT_EQ(ReadRecord(ReadWord2, Word2Of(texts, excess)).ResultAndSummary(), summary) << excess;
 }
 
 TEST(WordPerfect, IndexAndRecords)
@@ -52,10 +42,9 @@ TEST(WordPerfect, IndexAndRecords)
         {{entry}, title + author, kTitle},                  // the size covers the first record only
         {{WordPerfectEntry(0, 7)}, title + author, kTitle}, // or ends within it
         {{WordPerfectEntry(0, 900), second}, title + std::string("\5\0\5\0xx", 6) + author, kTitle},
-        {{entry, second}, title + author.substr(0, 20), kTitle},
-    };
+        {{entry, second}, title + author.substr(0, 20), kTitle}};
     for (const auto& [entries, data, summary] : files)
-        EXPECT_EQ(ResultAndSummary(ReadWordPerfect, WordPerfectOf(entries, data)), summary);
+        EXPECT_EQ(ReadRecord(ReadWordPerfect, WordPerfectOf(entries, data)).ResultAndSummary(), summary);
     // Changed bytes. The count in byte 18 includes the head of the index, and the index that byte 14 gives can't begin
     // within the prefix's own fields.
     const std::tuple<std::size_t, char, const char*> changes[] = {{1, 'w', kRefused}, {10, 1, kRefused},
@@ -64,7 +53,7 @@ TEST(WordPerfect, IndexAndRecords)
     {
         std::string bytes = WordPerfectOf({entry}, title);
         bytes[offset] = byte;
-        EXPECT_EQ(ResultAndSummary(ReadWordPerfect, bytes), summary) << offset;
+        EXPECT_EQ(ReadRecord(ReadWordPerfect, bytes).ResultAndSummary(), summary) << offset;
     }
 }
 
@@ -72,8 +61,9 @@ TEST(WordPerfect, WorkIsBounded)
 {
     const std::string records =
         WordPerfectRecord(17, u"title") + Repeat(std::string_view("\x06\0\x02\0xx", 6), 600'000);
-    EXPECT_EQ(ResultAndSummary(ReadWordPerfect,
-                  WordPerfectOf({WordPerfectEntry(0, 900'000)}, records + WordPerfectRecord(17, u"second"))),
+    EXPECT_EQ(ReadRecord(ReadWordPerfect,
+                  WordPerfectOf({WordPerfectEntry(0, 900'000)}, records + WordPerfectRecord(17, u"second")))
+                  .ResultAndSummary(),
         kTitle);
 
     // An index behind the prefix, whose entries all refer to the same records.
@@ -81,5 +71,5 @@ TEST(WordPerfect, WorkIsBounded)
     file[14] = '\0';
     file[15] = '\2';
     file += Repeat(WordPerfectEntry(0xFFFF * 14, 0xFFFFFFFF), 0xFFFE * 14);
-    qxtest::ExpectQuick(ReadWordPerfect, file + WordPerfectRecord(17, std::u16string(32'000, u'x')));
+    ExpectQuick(ReadWordPerfect, file + WordPerfectRecord(17, std::u16string(32'000, u'x')));
 }

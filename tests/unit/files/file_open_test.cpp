@@ -129,8 +129,7 @@ TEST(FileOpen, TriesThreeTimesAndWaitsOnlyForTemporaryFiles)
         {{32, 33, 32, 32}, kFileAttributeTemporary, FileError::InUse, true},
         {{32, 32, 32}, kFileAttributeNormal, FileError::InUse, false},
         {{5, 5, 5}, kFileAttributeTemporary, FileError::AccessDenied, false},
-        {{5, 5, 3}, kFileAttributeNormal, FileError::PathNotFound, false},
-    };
+        {{5, 5, 3}, kFileAttributeNormal, FileError::PathNotFound, false}};
     for (const auto& [errors, flags, kind, waits] : cases)
     {
         // On a busy machine some of them may take long, but not all.

@@ -38,12 +38,10 @@ protected:
 
 } // namespace
 
-TEST(File, ReadsAndWritesAFile)
+TEST_F(FileStream, ReadsAndWritesAFile)
 {
-    const TempFolder folder;
-    const String path = folder.Path(L"file");
     {
-        Writer file(path, FileDisposition::CreateAlways);
+        Writer file(_path, FileDisposition::CreateAlways);
         EXPECT_EQ(file.WriteBytes("0123456789"), 10);
         EXPECT_EQ(file.WriteBytes("abcdef", 2), 2);
         EXPECT_EQ(file.Write("XY", 2, 4), 2);
@@ -62,7 +60,7 @@ TEST(File, ReadsAndWritesAFile)
         EXPECT_EQ(file.WriteChars(L"\u00E4b", 1), 1);
         EXPECT_EQ(file.WriteChars(L"cd"), 2);
     }
-    EXPECT_EQ(BytesOf(path), "012" + std::string(97, '\0') + std::string("\xE4\0c\0d\0", 6));
+    EXPECT_EQ(BytesOf(_path), "012" + std::string(97, '\0') + std::string("\xE4\0c\0d\0", 6));
 }
 
 TEST(File, ReadsAndWritesAStream)
@@ -139,7 +137,7 @@ TEST(File, ClosedObjectsFail)
     EXPECT_EQ(stream->Stat(&record, STATFLAG_NONAME), 2);
 }
 
-TEST(File, FailedWritesAreLoggedAndDontCount)
+TEST_F(FileStream, FailedWritesAreLoggedAndDontCount)
 {
     const auto message = [](const wchar_t* name, int written, int count, unsigned error)
     {
@@ -156,21 +154,17 @@ TEST(File, FailedWritesAreLoggedAndDontCount)
     EXPECT_EQ(held.WriteChars(L"ab"), 0);
     EXPECT_EQ(lines.Last(), message(L"(Stream)", 3, 4, static_cast<unsigned>(STG_E_MEDIUMFULL)));
 
-    const TempFolder folder;
-    const String path = folder.Make(L"file", "abc");
-    Reader file(path);
+    Reader file(_path);
     EXPECT_EQ(file.WriteBytes("xyz"), 0);
-    EXPECT_EQ(lines.Last(), message(path, 0, 3, ERROR_ACCESS_DENIED));
+    EXPECT_EQ(lines.Last(), message(_path, 0, 3, ERROR_ACCESS_DENIED));
     file.SetEOF();
     EXPECT_STREQ(lines.Last().Text(), L"ERR: SetEOF() failed!");
-    EXPECT_EQ(BytesOf(path), "abc");
+    EXPECT_EQ(BytesOf(_path), "0123456789");
 }
 
-TEST(File, ReserveMakesRoomAndStays)
+TEST_F(FileStream, ReserveMakesRoomAndStays)
 {
-    const TempFolder folder;
-    const String path = folder.Make(L"file", "0123456789");
-    Writer file(path);
+    Writer file(_path);
     file.Seek(4);
     for (const int room : {100, 2})
     {
@@ -179,7 +173,7 @@ TEST(File, ReserveMakesRoomAndStays)
         EXPECT_EQ(file.GetSize(), 4 + room);
     }
     file.Close();
-    EXPECT_EQ(BytesOf(path), "012345");
+    EXPECT_EQ(BytesOf(_path), "012345");
 
     FakeStream stream;
     clsFile held(&stream);
@@ -204,11 +198,10 @@ TEST(File, ReserveMakesRoomAndStays)
 }
 
 // Positions above 4 GB. The file is sparse, so it occupies little space.
-TEST(File, PositionsFrom4GB)
+TEST_F(FileStream, PositionsFrom4GB)
 {
     constexpr std::int64_t kFar = 0x100000000 + 10;
-    const TempFolder folder;
-    Writer file(folder.Path(L"large"), FileDisposition::CreateAlways, kFileData | kFileDeleteOnClose);
+    Writer file(_folder.Path(L"large"), FileDisposition::CreateAlways, kFileData | kFileDeleteOnClose);
     EXPECT_EQ(file.Seek(0xFFFFFFFF), 0xFFFFFFFF);
     EXPECT_EQ(file.Tell(), 0xFFFFFFFF);
     EXPECT_EQ(file.Seek(kFar), kFar);
@@ -223,11 +216,10 @@ TEST(File, PositionsFrom4GB)
     EXPECT_STREQ(buffer, "here");
 }
 
-TEST(FileCopy, CopiesTheRemainderAndEndsThere)
+TEST_F(FileStream, CopiesTheRemainderAndEndsThere)
 {
-    const TempFolder folder;
     const std::string bytes = std::string(3000000, 'x') + "end";
-    Reader file(folder.Make(L"from", "+++" + bytes));
+    Reader file(_folder.Make(L"from", "+++" + bytes));
     file.Seek(3);
     FakeStream stream;
     stream.setSizeMovesPosition = true;
@@ -235,7 +227,7 @@ TEST(FileCopy, CopiesTheRemainderAndEndsThere)
     EXPECT_TRUE(held.CopyFrom(file));
     EXPECT_EQ(stream.bytes, bytes);
 
-    const String to = folder.Make(L"to", std::string(4000000, '#'));
+    const String to = _folder.Make(L"to", std::string(4000000, '#'));
     Writer back(to);
     held.Seek(0);
     back.Seek(2);
@@ -319,23 +311,21 @@ TEST_F(FileStream, SetSizeKeepsThePositionOrGoesToTheStart)
 {
     clsFileRW file;
     OpenAs(file);
-    IStream* const stream = &file;
     file.Seek(4);
     for (const auto& [size, position] : {std::pair(20, 4), {5, 4}, {4, 0}})
     {
-        EXPECT_EQ(stream->SetSize({.QuadPart = static_cast<std::uint64_t>(size)}), S_OK);
+        EXPECT_EQ(file.SetSize({.QuadPart = static_cast<std::uint64_t>(size)}), S_OK);
         EXPECT_EQ(file.GetSize(), size);
         EXPECT_EQ(file.Tell(), position);
     }
     // A size that no file can have doesn't truncate the file.
-    EXPECT_EQ(stream->SetSize({.QuadPart = ~std::uint64_t{0}}), E_INVALIDARG);
+    EXPECT_EQ(file.SetSize({.QuadPart = ~std::uint64_t{0}}), E_INVALIDARG);
     EXPECT_EQ(file.GetSize(), 4);
 }
 
 TEST_F(FileStream, LockRegionsExcludeOtherHandles)
 {
-    clsFileRW file;
-    clsFileRW other;
+    clsFileRW file, other;
     OpenAs(file);
     OpenAs(other);
     EXPECT_EQ(file.LockRegion({.QuadPart = 2}, {.QuadPart = 3}, LOCK_EXCLUSIVE), S_OK);
@@ -453,8 +443,5 @@ TEST_F(FileStream, OperationsAreTracedInDevelopersRuns)
     const auto entries = lines.Entries();
     ASSERT_EQ(entries.size(), std::size(expected));
     for (std::size_t i = 0; i < entries.size(); ++i)
-    {
-        EXPECT_STREQ(entries[i].text.Text(), expected[i].Text());
-        EXPECT_EQ(entries[i].indentChange, i % 2 == 0 ? 1 : -1);
-    }
+        EXPECT_EQ(std::pair(entries[i].text, entries[i].indentChange), std::pair(expected[i], i % 2 == 0 ? 1 : -1));
 }

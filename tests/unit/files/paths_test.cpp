@@ -61,8 +61,7 @@ TEST(Paths, Parts)
 
 TEST(Paths, Classes)
 {
-    const String folder = temp.Path();
-    const String file = temp.Make(L"classified", "");
+    const String folder = temp.Path(), file = temp.Make(L"classified", "");
     const std::pair<String, PathClass> cases[] = {{L"lpt12:", PathClass::PrinterPort},
         {L"COM3:", PathClass::SerialPort}, {L"LPT:", PathClass::Missing}, {L"usb:abc", PathClass::Usb},
         {folder, PathClass::Folder}, {String(L"FILE:") + file, PathClass::File},
@@ -74,9 +73,7 @@ TEST(Paths, Classes)
 
 TEST(Paths, NormalForm)
 {
-    const String folder = temp.Path();
-    const String full = NormalizePath(folder);
-    const String separator(&PATH_SEPARATOR, 0, 1);
+    const String folder = temp.Path(), full = NormalizePath(folder), separator(&PATH_SEPARATOR, 0, 1);
     EXPECT_STREQ(NormalizePath(folder + L"/a/../b/./c").Text(), (full + separator + L"b" + separator + L"c").Text());
     EXPECT_STREQ(NormalizePath(folder + L"\\x\\..").Text(), full.Text());
     String tooLong(L"/");
@@ -152,8 +149,7 @@ TEST(TempFiles, StaleOnesAreTakenOver)
 
     // A file in use is left alone, and without a holder no file is reused.
     nextNumber = 0x11;
-    const String fresh = MakeTempFile(L"trelmo", L"old", L"tmp", nullptr, CountedNumber);
-    EXPECT_STREQ(fresh.Text(), NumberedFile(L"13").Text());
+    EXPECT_STREQ(MakeTempFile(L"trelmo", L"old", L"tmp", nullptr, CountedNumber), NumberedFile(L"13"));
     holder.Release();
     EXPECT_FALSE(Exists(NumberedFile(L"11")));
     for (const wchar_t* digits : {L"10", L"12", L"13"})

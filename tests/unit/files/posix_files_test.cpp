@@ -26,9 +26,7 @@ const OwnTempFolder& posixTemp = TempFolderOfTests();
 
 unsigned ModeOf(const String& path)
 {
-    struct stat info
-    {
-    };
+    struct stat info = {};
     return lstat(NativePath(path).c_str(), &info) == 0 ? info.st_mode & 07777u : 0u;
 }
 

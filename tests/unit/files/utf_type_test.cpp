@@ -12,9 +12,7 @@
 #include <tuple>
 
 using namespace qx;
-using qxtest::DebugLines;
-using qxtest::Reader;
-using qxtest::TempFolder;
+using namespace qxtest;
 using namespace std::string_literals;
 
 namespace
@@ -39,8 +37,7 @@ String LongText()
 TEST(UTFTypeOfFile, ByMarkZeroBytesAndContent)
 {
     const String text = LongText();
-    const std::string ascii(201, 'a');
-    const std::string filler(190, 'x');
+    const std::string ascii(201, 'a'), filler(190, 'x');
     const std::tuple<const char*, std::string, UTFType, std::int64_t> cases[] = {{"empty", "", UTFType::Unknown, 0},
         {"one byte", "\xFF", UTFType::Unknown, 0}, {"mark alone, little", "\xFF\xFE", UTFType::UTF16LE, 2},
         {"mark alone, big", "\xFE\xFF", UTFType::UTF16BE, 2}, {"mark and a byte", "\xFF\xFE\x41", UTFType::UTF16LE, 2},

@@ -53,13 +53,8 @@ Value ArrayOf(VARTYPE type, std::initializer_list<Value> elements)
 
 TEST(VariantFile, LayoutAndBack)
 {
-    const struct
-    {
-        Value value;
-        std::string_view bytes;
-        bool comesBack = true;
-    } cases[] = {{Value(), "\0\0"sv}, {Value(VT_NULL), "\1\0"sv}, {I4(7), "\3\0\7\0\0\0"sv},
-        {Value(VT_I2, -2), "\2\0\xfe\xff"sv}, {Value(VT_BOOL, 0xffff), "\x0b\0\xff\xff"sv},
+    const std::pair<Value, std::string_view> cases[] = {{Value(), "\0\0"sv}, {Value(VT_NULL), "\1\0"sv},
+        {I4(7), "\3\0\7\0\0\0"sv}, {Value(VT_I2, -2), "\2\0\xfe\xff"sv}, {Value(VT_BOOL, 0xffff), "\x0b\0\xff\xff"sv},
         {Value(VT_UI2, 0x1234), "\x12\0\x34\x12"sv}, {R4(1), "\4\0\0\0\x80\x3f"sv},
         {R8(1), "\5\0\0\0\0\0\0\0\xf0\x3f"sv}, {Value(VT_CY, 10000), "\6\0\x10\x27\0\0\0\0\0\0"sv},
         {Date(1), "\7\0\0\0\0\0\0\0\xf0\x3f"sv}, {Value(VT_ERROR, 5), "\x0a\0\5\0\0\0"sv},
@@ -67,14 +62,14 @@ TEST(VariantFile, LayoutAndBack)
         {Value(VT_UI4, 1), "\x13\0\1\0\0\0"sv}, {Value(VT_I8, -1), "\x14\0\xff\xff\xff\xff\xff\xff\xff\xff"sv},
         {Value(VT_UI8, 1), "\x15\0\1\0\0\0\0\0\0\0"sv}, {Value(VT_INT, 1), "\x16\0\1\0\0\0"sv},
         {Value(VT_UINT, 1), "\x17\0\1\0\0\0"sv}, {Text(L"A"), "\x08\0A\0\0\0"sv}, {Text(L""), "\x08\0\0\0"sv},
-        {Value(VT_BSTR), "\x08\0\0\0"sv}, {SmallDecimal(15, 1), "\x0e\0"sv, false},
-        {Value(VT_UNKNOWN), "\x0d\0"sv, false}};
-    for (const auto& row : cases)
+        {Value(VT_BSTR), "\x08\0\0\0"sv}, {SmallDecimal(15, 1), "\x0e\0"sv}, {Value(VT_UNKNOWN), "\x0d\0"sv}};
+    for (const auto& [value, bytes] : cases)
     {
-        EXPECT_EQ(Saved(row.value), row.bytes) << row.value.vt;
-        const clsVariant back = Loaded(row.bytes, static_cast<std::int64_t>(row.bytes.size()));
-        EXPECT_EQ(back.Type(), row.comesBack ? row.value.vt : VARTYPE{VT_EMPTY});
-        EXPECT_EQ(back == clsVariant(row.value), row.comesBack) << row.value.vt;
+        EXPECT_EQ(Saved(value), bytes) << value.vt;
+        const clsVariant back = Loaded(bytes, static_cast<std::int64_t>(bytes.size()));
+        const bool comesBack = value.vt != VT_DECIMAL && value.vt != VT_UNKNOWN;
+        EXPECT_EQ(back.Type(), comesBack ? value.vt : VARTYPE{VT_EMPTY});
+        EXPECT_EQ(back == clsVariant(value), comesBack) << value.vt;
     }
     LONG number = 7;
     Value reference(VT_BYREF | VT_I4);

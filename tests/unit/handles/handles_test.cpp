@@ -17,19 +17,18 @@ using enum HandleOperation;
 
 std::vector<std::string> Texts(const DebugLines& lines)
 {
+    constexpr const char* kMarks[] = {"<", "", ">"};
     std::vector<std::string> texts;
     for (const DebugLines::Entry& entry : lines.Entries())
-        texts.push_back(std::string(static_cast<std::size_t>(entry.indentChange > 0), '>') +
-                        std::string(static_cast<std::size_t>(entry.indentChange < 0), '<') +
-                        std::string(entry.text.NarrowText()));
+        texts.push_back(kMarks[entry.indentChange + 1] + std::string(entry.text.NarrowText()));
     return texts;
 }
 
 using Lines = std::vector<std::string>;
 
-String ShownHandle(const wchar_t* format, HandleValue handle)
+std::string Line(const wchar_t* format, HandleValue handle)
 {
-    return String(String::kFormatted, format, reinterpret_cast<const void*>(handle));
+    return std::string(String(String::kFormatted, format, reinterpret_cast<const void*>(handle)).NarrowText());
 }
 
 } // namespace
@@ -72,14 +71,10 @@ TEST(HandleLists, ComparisonsOfSnapshots)
         ManageHandles(6, Add, handle);
     ManageHandles(6, TakeSnapshot, 0);
     ManageHandles(6, Compare, 0);
-    const auto line = [](const wchar_t* format, HandleValue handle)
-    {
-        return std::string(ShownHandle(format, handle).NarrowText());
-    };
     EXPECT_EQ(Texts(lines), (Lines{">NEW 3 FONT HANDLES:", "<", ">DELETED 1 FONT HANDLES:", "<",
-                                ">NEW 3 FONT HANDLES:", line(L"NEW FONT HANDLE %#p", 0x61),
-                                line(L"NEW FONT HANDLE %#p", 0x62), line(L"NEW FONT HANDLE %#p", high), "<",
-                                ">DELETED 1 FONT HANDLES:", line(L"DELETED FONT HANDLE %#p", 0x60), "<"}));
+                                ">NEW 3 FONT HANDLES:", Line(L"NEW FONT HANDLE %#p", 0x61),
+                                Line(L"NEW FONT HANDLE %#p", 0x62), Line(L"NEW FONT HANDLE %#p", high), "<",
+                                ">DELETED 1 FONT HANDLES:", Line(L"DELETED FONT HANDLE %#p", 0x60), "<"}));
     ManageHandles(6, Compare, 0);
     EXPECT_EQ(lines.Count(), 12u) << "both snapshots are gone, without a report";
     for (const HandleValue handle : {high, HandleValue{0x62}, HandleValue{0x61}, HandleValue{0x61}})
@@ -92,14 +87,13 @@ TEST(HandleLists, LostHandlesAreReported)
     const DebugLines lines;
     ManageHandles(4, Add, 0x40);
     ManageHandles(2, Add, 0x20);
-    const std::string nameless(ShownHandle(L"LOST  HANDLE %#p:", 0x40).NarrowText());
+    const std::string nameless = Line(L"LOST  HANDLE %#p:", 0x40);
     ManageHandles(4, Report, 0);
     ManageHandles(4, Report, 0);
     EXPECT_EQ(Texts(lines), (Lines{nameless, nameless})) << "as often as asked";
     ReportLostHandles();
     ReportLostHandles();
-    EXPECT_EQ(Texts(lines),
-        (Lines{nameless, nameless, std::string(ShownHandle(L"LOST BRUSH HANDLE %#p:", 0x20).NarrowText())}));
+    EXPECT_EQ(Texts(lines), (Lines{nameless, nameless, Line(L"LOST BRUSH HANDLE %#p:", 0x20)}));
     ManageHandles(4, Remove, 0x40);
     ManageHandles(2, Remove, 0x20);
 }

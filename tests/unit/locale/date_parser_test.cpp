@@ -84,9 +84,9 @@ TEST(DateParser, AmericanTexts)
             {L"1:05", kTime, "0000-00-00 01:05:--"}});
 }
 
-// The locale's own format with two-digit hours and an AM or PM marker.
-TEST(DateParser, TimesInAFormatWithAMarker)
+TEST(DateParser, OtherFormats)
 {
+    // The locale's own format with two-digit hours and an AM or PM marker.
     DateSettings settings = American();
     settings.timeFormat = L"hh:mm:ss tt";
     Check(settings, {{L"05:06:07 pm", kTime, "0000-00-00 17:06:07"}, {L"12:06 am", kTime, "0000-00-00 00:06:00"},
@@ -96,10 +96,8 @@ TEST(DateParser, TimesInAFormatWithAMarker)
     Check(settings, {{L"12/31/2018 05:06:07 pm", 0, "2018-12-31 05:06:07"}});
     settings.timeFormat = L"hh:mm tt"; // here the third group isn't the seconds
     Check(settings, {{L"05:06 PM", kTime, "0000-00-00 17:06:00"}});
-}
 
-TEST(DateParser, OtherSeparatorsAndOrders)
-{
+    // Other separators and orders.
     Check({Info(DateOrder::DayMonthYear, L".", L"."), L"H.mm.ss", L"d.M.yyyy"},
         {{L"1.2.2018 3.04.05", 0, "2018-02-01 03:04:05"}, {L"3.04", kTime, "0000-00-00 03:04:--"},
             {L"3.04", 0, "0004-07-03 00:00:00"}}); // the last number is the year

@@ -15,9 +15,6 @@
 using namespace qx;
 using namespace qxtest;
 
-namespace
-{
-
 TEST(MachineDate, Forms)
 {
     constexpr std::pair<const wchar_t*, const char*> kCases[] = {{L"20180203", "2018-02-03 00:00:00"},
@@ -111,9 +108,7 @@ TEST(MachineDate, RFC822IsWhatThePatternFinds)
         const SYSTEMTIME& time = date.written;
         for (const auto& [group, field] :
             {std::pair(1u, time.wDay), {3u, time.wYear}, {4u, time.wHour}, {5u, time.wMinute}, {6u, time.wSecond}})
-        {
             ASSERT_EQ(field, std::min(wcstol(matches[group].text, nullptr, 10), 0xFFFFL)) << text.NarrowText();
-        }
         const bool hasOffset = matches.Count() > 7 && matches[7].text.View().find(L"GMT") == std::wstring_view::npos;
         ASSERT_EQ(date.minutesToUTC.has_value(), hasOffset) << text.NarrowText();
     }
@@ -145,5 +140,3 @@ TEST(EarlyDates, AreWrittenByTheLibrary)
         EXPECT_STREQ(FormatEarlyDate(date, 0x0409, format, 19), text);
     EXPECT_STREQ(FormatEarlyDate(date, 0x0409, nullptr, 19), L"2/3/0904");
 }
-
-} // namespace

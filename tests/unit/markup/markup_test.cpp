@@ -55,10 +55,7 @@ TEST(HtmlMask, BothWays)
         EXPECT_STREQ(MaskHtml(in).Text(), out);
         EXPECT_STREQ(DemaskHtml(out).Text(), in);
     }
-}
 
-TEST(HtmlMask, EachUnitComesBack)
-{
     String all;
     for (int c = 1; c <= 0xFFFF; ++c)
         all += static_cast<wchar_t>(c);
@@ -107,13 +104,9 @@ TEST(HtmlToText, Cases)
         {L"a<br><br><br><br><br>b", L"a\r\rb"}, {L"a<br><br><br>b<br><br>c", L"a\r\rb\r\rc"}};
     for (const auto& [in, out] : cases)
         EXPECT_STREQ(HtmlToText(in, false).Text(), out) << ::testing::PrintToString(in);
-}
-
-TEST(HtmlToText, Placeholders)
-{
-    const Case cases[] = {{L"[_[p]_]a[_[/p]_]", L"a\r"}, {L"[p]a[/p]<b>", L"a\r<b>"}, {L"a[b", L"a"}, {L"[_[p]", L""},
-        {L"a[_", L"a"}, {L"[p]_]b[/p]_c", L"b\r_c"}};
-    for (const auto& [in, out] : cases)
+    const Case placeholders[] = {{L"[_[p]_]a[_[/p]_]", L"a\r"}, {L"[p]a[/p]<b>", L"a\r<b>"}, {L"a[b", L"a"},
+        {L"[_[p]", L""}, {L"a[_", L"a"}, {L"[p]_]b[/p]_c", L"b\r_c"}};
+    for (const auto& [in, out] : placeholders)
         EXPECT_STREQ(HtmlToText(in, true).Text(), out) << ::testing::PrintToString(in);
 }
 

@@ -54,12 +54,7 @@ LateState StateAfterAsking(Library& library, const wchar_t* name, int argumentBy
     return state;
 }
 
-String SiblingFolder()
-{
-    String folder;
-    folder.Assign(QXUT_SIBLING_FOLDER);
-    return folder;
-}
+constexpr wchar_t kSiblingFolder[] = L"" QXUT_SIBLING_FOLDER;
 
 class Siblings : public testing::Test
 {
@@ -144,7 +139,7 @@ TEST_F(Siblings, TheFolderThatIsSetAndTheCopyThatIsThere)
     EXPECT_NE(missing.LastLoadError(), 0u);
 
     SetSiblingVersion(0);
-    SetDllDirectoryW(SiblingFolder());
+    SetDllDirectoryW(kSiblingFolder);
     clsTrlmCTL library;
     ASSERT_TRUE(library.Load());
     EXPECT_EQ(library.FoundVersion(), 23);
@@ -169,11 +164,11 @@ TEST_F(Siblings, TheFolderThatIsSetAndTheCopyThatIsThere)
 
 TEST_F(Siblings, TheLibrarysOwnFolderComesLastAndThenTheOldOneIsBack)
 {
-    SetDllDirectoryW(SiblingFolder());
+    SetDllDirectoryW(kSiblingFolder);
     const HMODULE host = LoadLibraryW(L"qxmodule_host.dll");
     ASSERT_NE(host, nullptr);
-    const String before = SiblingFolder() + L"/none";
-    SetDllDirectoryW(before);
+    constexpr wchar_t kBefore[] = L"" QXUT_SIBLING_FOLDER "/none";
+    SetDllDirectoryW(kBefore);
     SetLibraryHandle(host);
     {
         SiblingOfAnyVersion library;
@@ -185,6 +180,6 @@ TEST_F(Siblings, TheLibrarysOwnFolderComesLastAndThenTheOldOneIsBack)
     EXPECT_TRUE(library.Load());
     wchar_t after[MAX_PATH + 1] = {};
     GetDllDirectoryW(MAX_PATH, after);
-    EXPECT_STREQ(after, before.Text());
+    EXPECT_STREQ(after, kBefore);
     FreeLibrary(host);
 }

@@ -83,12 +83,9 @@ Bytes Translation()
 class FakeImage : public Bytes
 {
 public:
-    static constexpr std::uint32_t kResources = 0x1000;
-    static constexpr std::uint32_t kSize = 0x2000;
-    static constexpr std::size_t kHeader = 0x80;
-    static constexpr std::size_t kOptional = kHeader + 24;
-    static constexpr std::size_t kResourcesPlace = kOptional + 112 + 16;
-    static constexpr std::size_t kSection = kOptional + 240;
+    static constexpr std::uint32_t kResources = 0x1000, kSize = 0x2000;
+    static constexpr std::size_t kHeader = 0x80, kOptional = kHeader + 24;
+    static constexpr std::size_t kResourcesPlace = kOptional + 112 + 16, kSection = kOptional + 240;
 
     FakeImage() : Bytes(kSize)
     {
@@ -168,8 +165,7 @@ String Describe(HMODULE module, const Bytes& block)
 TEST(ModuleImage, TheLastLanguageOfTheBlockWithTheNumberOneAlone)
 {
     EXPECT_EQ(LinkTimeOf(ImageWithBlock().Module()), 1'000'000'000u);
-    const std::pair<void (*)(FakeImage&), std::ptrdiff_t> cases[] = {
-        {[](FakeImage&) {}, 0x1700},
+    const std::pair<void (*)(FakeImage&), std::ptrdiff_t> cases[] = {{[](FakeImage&) {}, 0x1700},
         {[](FakeImage& image) { image.Entry(0x100, 0, 2, kBelow | 0x200); }, -1},
         {[](FakeImage& image) { image.Directory(0x100, 0, 2); }, -1},
         {[](FakeImage& image) { image.Directory(0x100, 1, 1), image.Entry(0x100, 1, 1, kBelow | 0x200); }, 0x1700},
@@ -180,8 +176,7 @@ TEST(ModuleImage, TheLastLanguageOfTheBlockWithTheNumberOneAlone)
         {[](FakeImage& image) { image.Entry(0, 2, 16, 0xFFFFFFF0); }, -1},
         {[](FakeImage& image) { image.Put<std::uint32_t>(FakeImage::kResourcesPlace, 0xFFFFFFF0); }, -1},
         {[](FakeImage& image) { image.Put<std::uint32_t>(0x3C, 0xFFFFFFF0); }, -1},
-        {[](FakeImage& image) { image.Put(0, 'Z' | 'M' << 8); }, -1},
-    };
+        {[](FakeImage& image) { image.Put(0, 'Z' | 'M' << 8); }, -1}};
     int row = 0;
     for (const auto& [change, place] : cases)
     {
@@ -208,8 +203,7 @@ TEST(ModuleDescription, VersionBuildAndLinkTime)
         return Describe(image.Module(), Block(L"040904b0", texts));
     };
     // A module that doesn't exist has no file name; the link time is 9 September 2001, 1:46 UTC.
-    const Bytes version = VersionText(L"FileVersion", L"5.6");
-    const Bytes own = VersionText(L"CompanyName", L"trelmo or so");
+    const Bytes version = VersionText(L"FileVersion", L"5.6"), own = VersionText(L"CompanyName", L"trelmo or so");
     const String linked = describe({own, version});
     EXPECT_EQ(linked.Length(), wcslen(L" 5.6 (01-09-09 01:46)"));
     EXPECT_EQ(linked.Compare(L" 5.6 (01-09-0", 13), 0) << linked.NarrowText();
@@ -240,9 +234,7 @@ TEST(ModuleDescription, OfModulesWithAndWithoutAVersion)
     const String description = ProcessPaths().file + L" 1.2.3.4" + (LinkTimeOf(program) ? L" (" : L"");
     EXPECT_STREQ(GetModuleDescription(program).Left(description.Length()), description);
 
-    String library;
-    library.Assign(QXUT_SIBLING_FOLDER "/qxmodule_host.dll");
-    const HMODULE plain = LoadLibraryW(library);
+    const HMODULE plain = LoadLibraryW(L"" QXUT_SIBLING_FOLDER "/qxmodule_host.dll");
     ASSERT_NE(plain, nullptr);
     testing::internal::CaptureStdout();
     const String text = GetModuleDescription(plain);
@@ -260,8 +252,7 @@ TEST(ModuleDescription, OfFilesByTheirNames)
     EXPECT_STREQ(GetFileVersionValue(copy, L"CompanyName"), L"trelmo tests");
     EXPECT_STREQ(GetFileVersionValue(copy, L"InternalName"), L"");
     EXPECT_STREQ(GetFileVersionValue(copy, Filled(L'k', 200)), L"");
-    String description(L"before");
-    String company;
+    String description(L"before"), company;
     EXPECT_STREQ(GetFileVersionText(copy, &description, &company), L"1.2.3.4");
     EXPECT_STREQ(company, L"trelmo tests");
     EXPECT_STREQ(description, L"Tests of the module frame");

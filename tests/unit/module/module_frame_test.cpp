@@ -100,8 +100,7 @@ TEST_F(ModuleFrame, StepsRunWhileTheLibraryIsKnown)
 TEST(Assertion, TextIsCutAt80Characters)
 {
     EXPECT_STREQ(AssertionText(L"a < b", L"f.cpp", 4000000000u), L"line 4000000000 in file f.cpp:\n\"a < b\"");
-    const String expression = qxtest::Filled(L'x', 300);
-    const String whole = String(L"line 1 in file f:\n\"") + expression;
+    const String expression = qxtest::Filled(L'x', 300), whole = String(L"line 1 in file f:\n\"") + expression;
     EXPECT_STREQ(AssertionText(expression, L"f", 1), whole.Left(80));
 }
 

@@ -14,6 +14,7 @@
 #include <new>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace qx;
@@ -46,26 +47,22 @@ std::string Decoded(const wchar_t* text)
 // The vectors by E. Young, published with the cipher, whose keys contain no zero byte.
 TEST(Blowfish, PublishedVectors)
 {
-    constexpr struct
-    {
-        std::uint64_t key, plain, cipher;
-    } kVectors[] = {
+    constexpr std::tuple<std::uint64_t, std::uint64_t, std::uint64_t> kVectors[] = {
         {0xFFFFFFFFFFFFFFFF, 0xFFFFFFFFFFFFFFFF, 0x51866FD5B85ECB8A},
         {0x1111111111111111, 0x1111111111111111, 0x2466DD878B963C9D},
         {0xFEDCBA9876543210, 0x0123456789ABCDEF, 0x0ACEAB0FC6A0A28D},
         {0x7CA110454A1A6E57, 0x01A1D6D039776742, 0x59C68245EB05282B},
         {0x0131D9619DC1376E, 0x5CD54CA83DEF57DA, 0xB1B8CC0B250F09A0},
-        {0x07A1133E4A0B2686, 0x0248D43806F67172, 0x1730E5778BEA1DA4},
-    };
-    for (const auto& vector : kVectors)
+        {0x07A1133E4A0B2686, 0x0248D43806F67172, 0x1730E5778BEA1DA4}};
+    for (const auto& [key, plain, encoded] : kVectors)
     {
-        const clsBlowfish cipher(FullKey(vector.key).c_str());
+        const clsBlowfish cipher(FullKey(key).c_str());
         // The words of a block are little-endian, the first one is the upper half.
-        std::uint64_t block = std::rotl(vector.plain, 32);
+        std::uint64_t block = std::rotl(plain, 32);
         cipher.Encode(reinterpret_cast<unsigned char*>(&block), sizeof block);
-        EXPECT_EQ(std::rotl(block, 32), vector.cipher) << vector.key;
+        EXPECT_EQ(std::rotl(block, 32), encoded) << key;
         cipher.Decode(reinterpret_cast<unsigned char*>(&block), sizeof block);
-        EXPECT_EQ(std::rotl(block, 32), vector.plain) << vector.key;
+        EXPECT_EQ(std::rotl(block, 32), plain) << key;
     }
 }
 
@@ -128,20 +125,15 @@ TEST(Blowfish, LeavesNothingOfTheKeyBehind)
 
 TEST(PassPhrase, ExactIfTheCodePageRepresentsIt)
 {
-    const struct
-    {
-        unsigned codePage;
-        const wchar_t* text;
-        bool isExact;
-    } cases[] = {{1252, L"", true}, {1252, L"p\u00E4\u20AC?", true}, {1252, L"\u65E5", false},
-        {1252, L"\u0101", false}, // becomes "a"
+    const std::tuple<unsigned, const wchar_t*, bool> cases[] = {{1252, L"", true}, {1252, L"p\u00E4\u20AC?", true},
+        {1252, L"\u65E5", false}, {1252, L"\u0101", false}, // becomes "a"
         {932, L"\u65E5", true}, {932, L"\u00E4", false}, {65001, L"\u65E5\xD83D\xDE00", true},
         {65001, L"\xD83D", false}}; // becomes U+FFFD
-    for (const auto& c : cases)
+    for (const auto& [codePage, phrase, isExact] : cases)
     {
-        String text(c.text);
-        text.SetCodePage(c.codePage);
-        EXPECT_EQ(IsExactPassPhrase(text), c.isExact) << c.codePage << ": " << ::testing::PrintToString(c.text);
+        String text(phrase);
+        text.SetCodePage(codePage);
+        EXPECT_EQ(IsExactPassPhrase(text), isExact) << codePage << ": " << testing::PrintToString(phrase);
     }
     const DebugLines lines;
     EXPECT_STREQ(clsPassPhrase(L"usual").Text(), L"usual");
@@ -153,35 +145,32 @@ TEST(PassPhrase, ExactIfTheCodePageRepresentsIt)
 // The vectors of RFC 4648, section 10, in both directions.
 TEST(Base64, PublishedVectors)
 {
-    const struct
+    const std::pair<const char*, const wchar_t*> vectors[] = {{"", L""}, {"f", L"Zg=="}, {"fo", L"Zm8="},
+        {"foo", L"Zm9v"}, {"foob", L"Zm9vYg=="}, {"fooba", L"Zm9vYmE="}, {"foobar", L"Zm9vYmFy"},
+        {"\xFB\xEF\xFF", L"++//"}};
+    for (const auto& [plain, text] : vectors)
     {
-        const char* plain;
-        const wchar_t* text;
-    } vectors[] = {{"", L""}, {"f", L"Zg=="}, {"fo", L"Zm8="}, {"foo", L"Zm9v"}, {"foob", L"Zm9vYg=="},
-        {"fooba", L"Zm9vYmE="}, {"foobar", L"Zm9vYmFy"}, {"\xFB\xEF\xFF", L"++//"}};
-    for (const auto& vector : vectors)
-    {
-        EXPECT_STREQ(Base64Encode(vector.plain, std::strlen(vector.plain)).Text(), vector.text);
-        EXPECT_EQ(Decoded(vector.text), vector.plain);
+        EXPECT_STREQ(Base64Encode(plain, std::strlen(plain)).Text(), text);
+        EXPECT_EQ(Decoded(text), plain);
     }
 }
 
 TEST(Base64, ReadsLeniently)
 {
-    const struct
-    {
-        const wchar_t* text;
-        std::string bytes;
-    } cases[] = {{L" Zm9v\r\n\tYmFy \r\n", "foobar"}, // blanks around groups and after the last one
-        {L"Zm\u4E2D9v-_YmFy", "foobar"},              // any other character, even inside a group
-        {L"Zm9vYg", "foob\0\0"s},                     // missing padding at the end counts as zero bits
+    const std::pair<const wchar_t*, std::string> cases[] = {
+        {L" Zm9v\r\n\tYmFy \r\n", "foobar"}, // blanks around groups and after the last one
+        {L"Zm\u4E2D9v-_YmFy", "foobar"},     // any other character, even inside a group
+        {L"Zm9vYg", "foob\0\0"s},            // missing padding at the end counts as zero bits
         {L"Zm9vY", "foo`\0\0"s}, {L"@2@", "\xD8\0\0"s}, {L"Zg==Zm9v", "f\0\0foo"s}, // padding in the middle is decoded
         {L"=AAA", ""}, {L"Zm9v====", "foo"}, // a group that begins with padding contains nothing
         {L"Zg=A", "f"},                      // the third byte requires the second
         {L"Zg\n==", "f\0"s},                 // inside a group the look-ahead doesn't skip blanks: it sees "\n="
         {L"\n \x2192", ""}};                 // no symbol
-    for (const auto& c : cases)
-        EXPECT_EQ(Decoded(c.text), c.bytes) << "of " << ::testing::PrintToString(c.text);
+    for (const auto& [text, bytes] : cases)
+        EXPECT_EQ(Decoded(text), bytes) << "of " << testing::PrintToString(text);
+    // A text ends at the first zero.
+    EXPECT_STREQ(Base64DecodeToText(String(L"w6Q="), 65001).Text(), L"\u00E4");
+    EXPECT_STREQ(Base64DecodeToText(String(L"YQBi"), 0).Text(), L"a");
 }
 
 TEST(Base64, PassesOverAllOtherCharactersOfALongText)
@@ -196,12 +185,6 @@ TEST(Base64, PassesOverAllOtherCharactersOfALongText)
             changed += text.Mid(c % 16);
             ASSERT_EQ(Decoded(changed.Text()), data) << c;
         }
-}
-
-TEST(Base64, TextEndsAtTheFirstZero)
-{
-    EXPECT_STREQ(Base64DecodeToText(String(L"w6Q="), 65001).Text(), L"\u00E4");
-    EXPECT_STREQ(Base64DecodeToText(String(L"YQBi"), 0).Text(), L"a");
 }
 
 TEST(Base64, RoundTripOfEachLength)

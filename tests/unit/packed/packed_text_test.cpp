@@ -9,6 +9,7 @@
 
 #include <random>
 #include <string>
+#include <tuple>
 #include <utility>
 
 using namespace qx;
@@ -97,14 +98,8 @@ TEST(PackedText, TakesTheWholeSourceAndNothingOfNothing)
 
 TEST(PackedText, ReadsFormsAndDamage)
 {
-    const std::string data(50, 'd');
-    const std::string packed = Zlib(data);
-    const struct
-    {
-        const char* what;
-        String text;
-        std::string bytes;
-    } cases[] = {
+    const std::string data(50, 'd'), packed = Zlib(data);
+    const std::tuple<const char*, String, std::string> cases[] = {
         {"version 1, zero bits behind the stream", Text(L"@1@", Size(50) + packed + "\0\0"s), data},
         {"version 1 without a whole size", Text(L"@1@", "ab"), ""},
         {"version 2 without a tag stays as it is", Text(L"@2@", "fifteen bytes!!"), "fifteen bytes!!"},
@@ -112,13 +107,11 @@ TEST(PackedText, ReadsFormsAndDamage)
         {"size too large", Text(L"@2@", Size(51) + tag + packed), ""},
         {"size too small", Text(L"@2@", Size(49) + tag + packed), ""},
         {"size beyond all reach", Text(L"@2@", Size(0xFFFFFFFF) + tag + packed), ""},
-        {"no stream", Text(L"@2@", Size(50) + tag), ""},
-        {"empty stream", Text(L"@2@", Size(0) + tag + Zlib("")), ""},
+        {"no stream", Text(L"@2@", Size(50) + tag), ""}, {"empty stream", Text(L"@2@", Size(0) + tag + Zlib("")), ""},
         {"a prefix cut short is plain", String(L"@1"), "\xD4\0\0"s},
-        {"another prefix is plain", String(L"@3@Zm9v"), "\xDD\x99\xBD\xBC\0\0"s},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(Unpack(c.text), c.bytes) << c.what;
+        {"another prefix is plain", String(L"@3@Zm9v"), "\xDD\x99\xBD\xBC\0\0"s}};
+    for (const auto& [what, text, bytes] : cases)
+        EXPECT_EQ(Unpack(text), bytes) << what;
 }
 
 // Unpacks directly to memory of any size or through a block, whatever is between the symbols.
@@ -150,11 +143,8 @@ TEST(PackedText, UnpacksToMemoryThatJustFits)
 
 TEST(DeflateStream, EachModeGivesTheBytesOfZlib)
 {
-    constexpr struct
-    {
-        int mode, level, memoryLevel, strategy;
-    } kRows[] = {{1, 1, 8, 0}, {2, -1, 8, 0}, {3, 9, 8, 0}, {4, 9, 9, 1}, {5, 9, 9, 0}, {6, 1, 9, 1}, {7, 1, 7, 0},
-        {8, -1, 8, 0}};
+    constexpr std::tuple<int, int, int, int> kRows[] = {{1, 1, 8, 0}, {2, -1, 8, 0}, {3, 9, 8, 0}, {4, 9, 9, 1},
+        {5, 9, 9, 0}, {6, 1, 9, 1}, {7, 1, 7, 0}, {8, -1, 8, 0}};
     for (const auto& [mode, level, memoryLevel, strategy] : kRows)
     {
         const std::string data = Sample(level == 1 ? 1'100'000 : 100'000); // more than one chunk at the fast level
@@ -198,9 +188,7 @@ TEST(DeflateStream, WorksBetweenPositionsAndOnNothing)
 TEST(PackedText, StrictUnpacking)
 {
     const std::string data = Sample(1001);
-    const String plain = Pack(data, false);
-    const String packed = Pack(data, true);
-    const String secret = Pack(data, true, L"key");
+    const String plain = Pack(data, false), packed = Pack(data, true), secret = Pack(data, true, L"key");
     const auto withBreaks = [](String text)
     {
         for (const std::size_t at : {std::size_t{2}, text.Length() - 3, std::size_t{0}})
@@ -210,13 +198,9 @@ TEST(PackedText, StrictUnpacking)
     const std::string zlib = Zlib(data);
     const String old = Text(L"@1@", Size(1001) + zlib);
     using enum UnpackFault;
-    const struct
-    {
-        String text;
-        const wchar_t* key;
-        UnpackFault fault;
-    } cases[] = {{plain, L"", None}, {packed, L"", None}, {secret, L"key", None}, {old, L"", None},
-        {withBreaks(plain), L"", None}, {withBreaks(packed), L"", None}, {withBreaks(secret), L"key", None},
+    const std::tuple<String, const wchar_t*, UnpackFault> cases[] = {{plain, L"", None}, {packed, L"", None},
+        {secret, L"key", None}, {old, L"", None}, {withBreaks(plain), L"", None}, {withBreaks(packed), L"", None},
+        {withBreaks(secret), L"key", None},
         // keys
         {secret, L"wrong", WrongKey}, {secret, L"", WrongKey}, {packed, L"key", NotEncrypted}, {old, L"key", WrongKey},
         // characters and lengths
@@ -230,12 +214,13 @@ TEST(PackedText, StrictUnpacking)
         {Text(L"@2@", Size(1001) + tag + zlib + "x"), L"", Damaged},
         {Text(L"@2@", Size(1001) + tag + zlib.substr(0, zlib.size() - 1)), L"", Damaged},
         {Text(L"@1@", Size(1001) + zlib + "more"), L"", Damaged}, {Text(L"@1@", "x"), L"", Damaged}};
-    for (const auto& c : cases)
+    int row = 0;
+    for (const auto& [text, key, fault] : cases)
     {
-        const Unpacked unpacked = UnpackStrictly(c.text.View(), String(c.key));
-        EXPECT_EQ(unpacked.fault, c.fault) << ::testing::PrintToString(c.text.Left(40).Text()) << &c - cases;
+        const Unpacked unpacked = UnpackStrictly(text.View(), String(key));
+        EXPECT_EQ(unpacked.fault, fault) << text.Left(40).NarrowText() << ", row " << row++;
         EXPECT_EQ(std::string(reinterpret_cast<const char*>(unpacked.data.data()), unpacked.data.size()),
-            c.fault == None ? data : "");
+            fault == None ? data : "");
     }
     EXPECT_EQ(UnpackStrictly(L" \n", String(L"key")).fault, None) << "no data";
 }

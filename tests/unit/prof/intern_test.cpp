@@ -56,8 +56,7 @@ std::uint64_t UnitBetween(std::uint64_t from, std::uint64_t to)
     {
         return mixed ^ (mixed >> 47);
     };
-    const std::uint64_t b = unshift(to * inverse);
-    const std::uint64_t a = unshift((b * inverse) ^ from);
+    const std::uint64_t b = unshift(to * inverse), a = unshift((b * inverse) ^ from);
     return (a * inverse) ^ from;
 }
 
@@ -108,8 +107,7 @@ TEST(ProfIntern, ChangingAValueForEverTakesNoMemory)
     std::set<const wchar_t*> places;
     for (int i = 0; i < 10000; ++i)
     {
-        const String number = String(String::kFormatted, L"%0*d", 4 + i % 60, i);
-        SetLeafByPath(job->Root(), L"a", number.Text());
+        SetLeafByPath(job->Root(), L"a", String(String::kFormatted, L"%0*d", 4 + i % 60, i).View());
         places.insert(FindLeafByPath(job->Root(), L"a")->ValueText());
         SetLeafByPath(job->Root(), L"a", L"text");
     }

@@ -73,6 +73,17 @@ JobHolder SampleJob()
     return job;
 }
 
+// Each field begins with `each`; the innermost one has this many values.
+std::string NestedFields(int depth, int values, const std::string& each = "")
+{
+    std::string lines(kXfdfTag);
+    for (int i = 0; i < depth; ++i)
+        lines += "<field name=\"x\">\n" + each;
+    for (int i = 0; i < values; ++i)
+        lines += "<value>1</value>\n";
+    return XfdfSource(lines);
+}
+
 } // namespace
 
 TEST(ProfXml, EveryByteThatIsWritten)
@@ -259,22 +270,6 @@ TEST(ProfXml, UnmasksInLinearTime)
     }
 }
 
-namespace
-{
-
-// Each field begins with `each`; the innermost one has this many values.
-std::string NestedFields(int depth, int values, const std::string& each = "")
-{
-    std::string lines(kXfdfTag);
-    for (int i = 0; i < depth; ++i)
-        lines += "<field name=\"x\">\n" + each;
-    for (int i = 0; i < values; ++i)
-        lines += "<value>1</value>\n";
-    return XfdfSource(lines);
-}
-
-} // namespace
-
 // Nested fields produce long names from few characters.
 TEST(ProfXfdf, NamesOfNestedFieldsAreBounded)
 {
@@ -326,8 +321,7 @@ TEST(ProfXfdf, LongAndDeepNamesComeBackOrAreRefused)
     const std::tuple<int, std::size_t, int> kept[] = {{4, 255, 10000}, {1200, 3, 1}};
     for (const auto& [depth, nameLength, leaves] : kept)
     {
-        const JobHolder job = tree(depth, nameLength, leaves);
-        const JobHolder again = NewJob();
+        const JobHolder job = tree(depth, nameLength, leaves), again = NewJob();
         clsFileRO file(MemoryStream(Saved(job, 2)));
         EXPECT_TRUE(again->Load(file));
         EXPECT_EQ(again->Root().Count(), static_cast<std::size_t>(depth + leaves));

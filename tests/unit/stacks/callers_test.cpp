@@ -52,8 +52,7 @@ TEST(Callers, TracesOfFailuresGoToTheDebugOutput)
     DumpCallers(0, 3);
     ASSERT_EQ(lines.Count(), 4u);
     EXPECT_STREQ(lines.Entries()[0].text, L"3 traces");
-    const String first = lines.Entries()[1].text;
-    EXPECT_EQ(first.View().substr(0, 4), std::wstring_view(L"  0X"));
+    EXPECT_STREQ(lines.Entries()[1].text.Left(4), L"  0X");
 
     BreakOrTrace(2);
     ASSERT_EQ(lines.Count(), 7u);

@@ -6,6 +6,7 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 
 using namespace qx;
 
@@ -32,7 +33,7 @@ DBGStackTraceItem Item()
     return item;
 }
 
-TEST(FrameText, FullRecords)
+TEST(FrameText, FullRecordsAndThoseWithOnlyAnAddress)
 {
     DBGStackTraceItem item = Item();
     EXPECT_EQ(TextOf(item), "[0x0000000000401234] app!+0x0000000000001234 \n");
@@ -46,11 +47,7 @@ TEST(FrameText, FullRecords)
     EXPECT_EQ(TextOf(item), "[0x0000000000401234] app!run() + 0x0000000000000034   (a.cpp, line 7)\n");
     item.size = 9000;
     EXPECT_EQ(TextOf(item), "");
-}
-
-TEST(FrameText, RecordsWithOnlyAnAddress)
-{
-    DBGStackTraceItem item = Item();
+    item = Item();
     item.addressOnly = 1;
     item.moduleBase = 0;
     EXPECT_EQ(TextOf(item), "   CALL [0x0000000000401234] app!0x0000000000401234 ");
@@ -59,14 +56,6 @@ TEST(FrameText, RecordsWithOnlyAnAddress)
     item.displacement = 16;
     EXPECT_EQ(TextOf(item), "   CALL [0x0000000000401234] app!run + 0x0000000000000010 ");
 }
-
-struct ValueCase
-{
-    std::uint64_t size;
-    unsigned baseType;
-    std::uint64_t memory;
-    const char* text;
-};
 
 template <class Value>
 std::uint64_t Bits(Value value)
@@ -80,44 +69,32 @@ TEST(FrameText, ValuesByTypeAndSize)
 {
     static const char text[] = "narrow";
     static const wchar_t wide[] = L"wide";
-    const ValueCase kCases[] = {
-        {0, 6, Bits(-7), "-7"},
-        {0, 8, Bits(1.5F), "1.5"},
-        {0, 7, 0x1234567890, "0x34567890"},
-        {1, 2, 0x1FF, "0x000000ff"},
-        {2, 6, 0x1FFFF, "0x0000ffff"},
-        {4, 2, 5, "<invalid Char pointer, NULL HIword>"},
-        {4, 3, 5, "<invalid WChar pointer, NULL HIword>"},
-        {4, 30, 5, "<invalid BSTR pointer, NULL HIword>"},
-        {4, 6, Bits(-1), "-1"},
-        {4, 8, Bits(-0.25F), "-0.25"},
-        {4, 10, 1, "0x00000001"},
+    // Size, base type, memory and text.
+    const std::tuple<std::uint64_t, unsigned, std::uint64_t, std::string> cases[] = {{0, 6, Bits(-7), "-7"},
+        {0, 8, Bits(1.5F), "1.5"}, {0, 7, 0x1234567890, "0x34567890"}, {1, 2, 0x1FF, "0x000000ff"},
+        {2, 6, 0x1FFFF, "0x0000ffff"}, {4, 2, 5, "<invalid Char pointer, NULL HIword>"},
+        {4, 3, 5, "<invalid WChar pointer, NULL HIword>"}, {4, 30, 5, "<invalid BSTR pointer, NULL HIword>"},
+        {4, 6, Bits(-1), "-1"}, {4, 8, Bits(-0.25F), "-0.25"}, {4, 10, 1, "0x00000001"},
         {8, 2, 0, "<invalid 64 bit Char pointer, NULL HIword>"},
         {8, 2, 0xFFFF, "<invalid 64 bit Char pointer, NULL HIword>"},
         {8, 2, 0x7FFF'FFFF'F000, ""}, // unreadable on every system
-        {8, 2, Bits(&text), "narrow"},
-        {8, 3, 1, "<invalid 64 bit WChar pointer, NULL HIword>"},
-        {8, 3, Bits(&wide), "wide"},
-        {8, 30, 2, "<invalid 64 bit BSTR pointer, NULL HIword>"},
-        {8, 30, Bits(&wide), "wide"},
-        {8, 6, Bits(-5000000000LL), "-5000000000"},
-        {8, 8, Bits(2.5), "2.5"},
-        {8, 7, 0xABC, "0x0000000000000abc"},
-        {24, 0, 0, "@@@<param of size 24, possibly struct>"},
-        {3, 6, 0, "@@@<param of size 3, possibly struct>"},
-    };
-    for (const ValueCase& test : kCases)
+        {8, 2, Bits(&text), "narrow"}, {8, 3, 1, "<invalid 64 bit WChar pointer, NULL HIword>"},
+        {8, 3, Bits(&wide), "wide"}, {8, 30, 2, "<invalid 64 bit BSTR pointer, NULL HIword>"},
+        {8, 30, Bits(&wide), "wide"}, {8, 6, Bits(-5000000000LL), "-5000000000"}, {8, 8, Bits(2.5), "2.5"},
+        {8, 7, 0xABC, "0x0000000000000abc"}, {24, 0, 0, "@@@<param of size 24, possibly struct>"},
+        {3, 6, 0, "@@@<param of size 3, possibly struct>"}};
+    for (const auto& [size, baseType, memory, expected] : cases)
     {
         DBGStackTraceItem item = Item();
         item.parameterCount = 1;
         DBGParameter& parameter = item.parameters[0];
         CopyToField("p", parameter.name);
-        parameter.isLocal = test.size == 2;
-        DecodeValue(parameter, reinterpret_cast<std::uint64_t>(&test.memory), test.size, test.baseType);
+        parameter.isLocal = size == 2;
+        DecodeValue(parameter, reinterpret_cast<std::uint64_t>(&memory), size, baseType);
         const std::string whole = TextOf(item);
-        EXPECT_EQ(whole.substr(whole.find('\n') + 1),
-            std::string(test.size == 2 ? "        local(p)=" : "        param(p)=") + test.text)
-            << test.size << " " << test.baseType;
+        EXPECT_EQ(
+            whole.substr(whole.find('\n') + 1), (size == 2 ? "        local(p)=" : "        param(p)=") + expected)
+            << size << " " << baseType;
     }
 }
 

@@ -11,18 +11,15 @@ using namespace qx;
 namespace
 {
 
-std::unique_ptr<DBGModuleItem> Module(std::uint64_t base)
-{
-    auto item = std::make_unique<DBGModuleItem>();
-    item->base = base;
-    return item;
-}
-
 ModuleListPtr ListOf(std::initializer_list<std::uint64_t> bases)
 {
     ModuleListPtr list(new clsDBGModuleList);
     for (const std::uint64_t base : bases)
-        list->InsertByBase(Module(base));
+    {
+        auto item = std::make_unique<DBGModuleItem>();
+        item->base = base;
+        list->InsertByBase(std::move(item));
+    }
     return list;
 }
 

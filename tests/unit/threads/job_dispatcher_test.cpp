@@ -39,8 +39,7 @@ protected:
     }
 
     JobCounts counts;
-    TestHost host{CountAndAnswer(counts, 0)};
-    TestHost declining{CountAndAnswer(counts, 1)};
+    TestHost host{CountAndAnswer(counts, 0)}, declining{CountAndAnswer(counts, 1)};
     clsEvent go;
     const TestJob::Work hold = [this]
     {
@@ -117,15 +116,14 @@ TEST_F(JobDispatcher, JobsForTheCaller)
     const DWORD caller = GetCurrentThreadId();
     std::vector<int> order;
     for (int i = 0; i < 3; ++i)
-        pool.AddJob(MakeJob(new TestJob(
-                                counts,
-                                [&, i]
-                                {
-                                    EXPECT_EQ(GetCurrentThreadId(), caller);
-                                    order.push_back(i);
-                                },
-                                0, false),
-            i == 1 ? &host : &declining));
+    {
+        const auto work = [&, i]
+        {
+            EXPECT_EQ(GetCurrentThreadId(), caller);
+            order.push_back(i);
+        };
+        pool.AddJob(MakeJob(new TestJob(counts, work, 0, false), i == 1 ? &host : &declining));
+    }
     EXPECT_EQ(pool.WorkerCount(), 0u);
     pool.AddJob(MakeJob(new TestJob(counts), &host)); // its worker doesn't touch the others
     EXPECT_TRUE(WaitUntil([&] { return counts.told == 1; }));
@@ -223,12 +221,12 @@ TEST_F(JobDispatcher, CloseWaitsForWhatRuns)
         EXPECT_EQ(counts.runs, 4);
         EXPECT_EQ(counts.told, 2);
     }
-    const Stopwatch watch;
+    const ULONGLONG begin = GetTickCount64();
     Dispatcher(1, L"pool").Close();
     Dispatcher pool(1, L"pool");
     pool.Finalize(&host);
-    EXPECT_LT(watch.Milliseconds(), 900); // there is nothing to wait for
-    EXPECT_EQ(host.waits, 1);             // asked once, as at the end of any pass
+    EXPECT_LT(GetTickCount64() - begin, 900u); // there is nothing to wait for
+    EXPECT_EQ(host.waits, 1);                  // asked once, as at the end of any pass
 }
 
 // A thread that releases a job must not hold up queued or running jobs.

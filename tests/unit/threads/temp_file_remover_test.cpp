@@ -100,8 +100,7 @@ TEST_F(TempFileRemover, FilesGoWhenTheyHaveRestedForTenSeconds)
 
 TEST_F(TempFileRemover, AFileInUseStaysOnTheList)
 {
-    const String held = Make(L"_23_a.tmp", kHour);
-    const String free = Make(L"_23_b.tmp", kHour);
+    const String held = Make(L"_23_a.tmp", kHour), free = Make(L"_23_b.tmp", kHour);
     clsGenericHandleObjectAutoRelease holder(OpenToRead(held, FILE_SHARE_READ), true);
     const UserIs developer(L"qvx");
     {
@@ -159,8 +158,7 @@ TEST_F(TempFileRemover, OncePerDayAnHourOldFilesAreSwept)
     clsTempFileRemover remover(clock);
     const auto isSwept = [&](unsigned long long ticks, std::uint64_t signalAge)
     {
-        const String old = Make(L"_23_old.tmp", kHour + 10'000);
-        const String fresh = Make(L"_23_fresh.tmp", kHour);
+        const String old = Make(L"_23_old.tmp", kHour + 10'000), fresh = Make(L"_23_fresh.tmp", kHour);
         const String ofOthers = Make(L"_22_old.tmp", 24 * kHour);
         Make(L"_23_activity.signal", signalAge);
         clock.ticks += ticks;

@@ -8,7 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <functional>
 #include <utility>
 
@@ -40,9 +39,7 @@ public:
     bool WaitsAlertable() const override { return waitsAlertable; }
 
     unsigned stackSize = 0x4000;
-    bool waitsPump = false;
-    bool endPumps = true;
-    bool waitsAlertable = false;
+    bool waitsPump = false, endPumps = true, waitsAlertable = false;
 
 private:
     Body _body;
@@ -77,19 +74,6 @@ bool WaitUntil(Condition&& condition)
     }
     return true;
 }
-
-class Stopwatch
-{
-public:
-    int Milliseconds() const
-    {
-        const auto elapsed = std::chrono::steady_clock::now() - _begin;
-        return static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count());
-    }
-
-private:
-    std::chrono::steady_clock::time_point _begin = std::chrono::steady_clock::now();
-};
 
 #if !defined(_WIN32) // a limit without a counterpart on the system
 // Limits the process to the given number of bytes beyond its current memory, as long as this object exists.

@@ -17,6 +17,7 @@
 #include <map>
 #include <set>
 #include <sstream>
+#include <tuple>
 
 using namespace qx;
 using namespace qxtest;
@@ -103,28 +104,24 @@ TEST(Unzipper, ArchivesOfOtherPrograms)
     const Tree whole = {{"plain.txt", PlainText()}, {"none", ""}, {"empty/", ""}, {"sub/", ""},
         {"sub/" + umlauts + "e.txt", umlauts + "e und Ma\xC3\x9F\n"}, {"sub/" + japanese + "/", ""},
         {"sub/" + japanese + "/\xC3\xBC.txt", japanese + "\n"}};
-    const struct
-    {
-        const wchar_t* archive;
-        Tree tree;
-        const char* exception = "";
-    } cases[] = {{L"infozip.zip", whole}, {L"infozip-stored.zip", whole}, {L"infozip-streamed.zip", whole},
-        {L"infozip-streamed-zip64.zip", {{"-", PlainText()}}}, {L"infozip-zip64.zip", whole}, {L"7zip.zip", whole},
-        {L"7zip-local.zip", whole}, {L"libarchive.zip", whole}, {L"libarchive-streamed.zip", whole},
-        {L"python.zip", whole}, {L"python-streamed.zip", whole}, {L"python-zip64.zip", plain},
-        {L"infozip-encrypted.zip", {}, "The zip entry 'plain.txt' is encrypted"},
+    const std::tuple<const wchar_t*, Tree, const char*> cases[] = {{L"infozip.zip", whole, ""},
+        {L"infozip-stored.zip", whole, ""}, {L"infozip-streamed.zip", whole, ""},
+        {L"infozip-streamed-zip64.zip", {{"-", PlainText()}}, ""}, {L"infozip-zip64.zip", whole, ""},
+        {L"7zip.zip", whole, ""}, {L"7zip-local.zip", whole, ""}, {L"libarchive.zip", whole, ""},
+        {L"libarchive-streamed.zip", whole, ""}, {L"python.zip", whole, ""}, {L"python-streamed.zip", whole, ""},
+        {L"python-zip64.zip", plain, ""}, {L"infozip-encrypted.zip", {}, "The zip entry 'plain.txt' is encrypted"},
         {L"7zip-aes.zip", {}, "The zip entry 'plain.txt' is encrypted"},
         {L"infozip-bzip2.zip", {}, "The zip entry 'plain.txt' is packed by method 12, which can't be unpacked"},
         {L"7zip-bzip2.zip", {}, "The zip entry 'plain.txt' is packed by method 12, which can't be unpacked"},
         {L"7zip-deflate64.zip", {}, "The zip entry 'plain.txt' is packed by method 9, which can't be unpacked"},
         {L"7zip-lzma.zip", {}, "The zip entry 'plain.txt' is packed by method 14, which can't be unpacked"},
         {L"infozip-link.zip", plain, "The zip entry 'link' is a link, which may lead out of the folder"}};
-    for (const auto& test : cases)
+    for (const auto& [archive, tree, exception] : cases)
     {
-        SCOPED_TRACE(String(test.archive).NarrowText());
+        SCOPED_TRACE(String(archive).NarrowText());
         const Place place;
-        EXPECT_EQ(place.ExtractFile(String(L"" QXUT_TEST_DATA "/zip/") + test.archive), test.exception);
-        EXPECT_EQ(place.Extracted(), test.tree);
+        EXPECT_EQ(place.ExtractFile(String(L"" QXUT_TEST_DATA "/zip/") + archive), exception);
+        EXPECT_EQ(place.Extracted(), tree);
     }
 }
 
@@ -257,15 +254,7 @@ TEST(Unzipper, ModesAndLinks)
 
 TEST(Unzipper, OddArchives)
 {
-    const auto field = [](const std::vector<std::uint64_t>& values)
-    {
-        std::string bytes("\1\0", 2);
-        bytes += static_cast<char>(8 * values.size());
-        bytes += '\0';
-        for (const std::uint64_t value : values)
-            bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
-        return bytes;
-    };
+    constexpr auto kNumber = BytesOfRecord<std::uint64_t>;
     constexpr std::uint64_t kFourGB = std::uint64_t{1} << 32;
     const std::string content = PlainText();
     for (const std::uint16_t method : {std::uint16_t{0}, std::uint16_t{8}})
@@ -275,8 +264,9 @@ TEST(Unzipper, OddArchives)
             const std::uint64_t packed = member.central.compressedSize;
             member.central.compressedSize = member.central.uncompressedSize = 0xFFFFFFFF;
             const Place place;
-            EXPECT_EQ(
-                place.Extract(Build({member.Extra(field({content.size() + more, packed + more}))})) == "", isWhole)
+            EXPECT_EQ(place.Extract(Build({member.Extra(std::string("\1\0\x10\0", 4) + kNumber(content.size() + more) +
+                                                        kNumber(packed + more))})) == "",
+                isWhole)
                 << method << ' ' << more;
             EXPECT_EQ(place.Extracted(), isWhole ? Tree({{"m", content}}) : Tree());
         }
@@ -284,13 +274,9 @@ TEST(Unzipper, OddArchives)
     std::string bytes = Build({BuiltMember("a", "1"), BuiltMember("b", "2")});
     const std::size_t at = bytes.size() - sizeof(scZIPEndRecord);
     auto end = RecordAt<scZIPEndRecord>(bytes, at);
-    const auto number = [](std::uint64_t value, std::size_t width)
-    {
-        return std::string(reinterpret_cast<const char*>(&value), width);
-    };
-    const std::string record = "PK\6\6" + number(44, 8) + number(45, 2) + number(45, 2) + number(0, 8) + number(2, 8) +
-                               number(2, 8) + number(end.directorySize, 8) + number(end.directoryOffset, 8);
-    const std::string locator = "PK\6\7" + number(0, 4) + number(at, 8) + number(1, 4);
+    const std::string record = "PK\6\6" + kNumber(44) + std::string("\x2D\0\x2D\0", 4) + kNumber(0) + kNumber(2) +
+                               kNumber(2) + kNumber(end.directorySize) + kNumber(end.directoryOffset);
+    const std::string locator = std::string("PK\6\7\0\0\0\0", 8) + kNumber(at) + std::string("\1\0\0\0", 4);
     end.entries = end.entriesOnDisk = 1;
     end.directorySize += 100;
     end.directoryOffset = 7;
@@ -334,42 +320,30 @@ TEST(Unzipper, CharactersOfNames)
 {
     // The field contains the checksum of the name it replaces.
     const std::string pathField("\x75\x70\x08\0\x01\x43\xBE\xB7\xE8\xD0\x96!", 12);
-    const struct
-    {
-        std::string name;
-        unsigned flags, system;
-        std::string extra;
-        const wchar_t* expected;
-    } cases[] = {{"\x84\xE1", 0, 0, "", L"\u00E4\u00DF"}, {"\xC3\xA4", 0, 0, "", L"\u251C\u00F1"},
+    const std::tuple<std::string, std::uint16_t, unsigned, std::string, const wchar_t*> cases[] = {
+        {"\x84\xE1", 0, 0, "", L"\u00E4\u00DF"}, {"\xC3\xA4", 0, 0, "", L"\u251C\u00F1"},
         {"\xC3\xA4", 0, 3, "", L"\u00E4"}, {"\xC3\xA4", 0, 19, "", L"\u00E4"}, {"\x84\xE1", 0, 3, "", L"\u00E4\u00DF"},
         {"\xF0\x9F\x98\x80", 0x800, 0, "", L"\U0001F600"}, {"a", 0, 0, pathField, L"\u0416!"},
         {"a", 0x800, 0, pathField, L"a"}, {"b", 0, 0, pathField, L"b"},    // the name was changed later
         {"a", 0, 0, std::string("\1\2\2\0xx", 6) + pathField, L"\u0416!"}, // after another field
         {"a", 0, 0, pathField.substr(0, 11), L"a"}, {"a", 0, 0, std::string("\1\2\xFF\xFF", 4) + pathField, L"a"}};
-    for (const auto& test : cases)
-        EXPECT_STREQ(MemberName(test.name, static_cast<std::uint16_t>(test.flags),
-                         static_cast<std::uint16_t>(test.system << 8), test.extra),
-            test.expected)
-            << testing::PrintToString(test.name);
+    for (const auto& [name, flags, system, extra, expected] : cases)
+        EXPECT_STREQ(MemberName(name, flags, static_cast<std::uint16_t>(system << 8), extra), expected)
+            << testing::PrintToString(name);
 }
 
 TEST(Unzipper, MembersThatAreRefused)
 {
-    const auto damaged = [](void (*change)(BuiltMember&))
-    {
-        BuiltMember member("m", "the content of the member");
-        change(member);
-        return member;
-    };
-    const std::pair<BuiltMember, const char*> cases[] = {
-        {damaged([](BuiltMember& m) { m.central.crc ^= 1; }), "The zip entry 'm' is damaged: its checksum doesn't fit"},
-        {damaged([](BuiltMember& m) { m.central.uncompressedSize += 1; }), "The zip entry 'm' is damaged"},
-        {damaged([](BuiltMember& m) { m.central.uncompressedSize -= 1; }), "The zip entry 'm' is damaged"},
-        {damaged([](BuiltMember& m) { m.data[3] ^= 0x55; }), "The zip entry 'm' is damaged"},
-        {damaged([](BuiltMember& m) { m.central.compressedSize -= 3; }), "The zip entry 'm' is damaged"},
-        {damaged([](BuiltMember& m) { m.central.compressedSize += 1000; }), "The zip entry 'm' is damaged"},
-        {damaged([](BuiltMember& m) { m.Mode(0100444).central.crc ^= 1; }), "The zip entry 'm' is damaged"},
-        {damaged([](BuiltMember& m) { m.central.flags |= 1; }), "The zip entry 'm' is encrypted"},
+    const BuiltMember whole("m", "the content of the member");
+    const std::pair<BuiltMember, const char*> cases[] = {{whole.Changed([](BuiltMember& m) { m.central.crc ^= 1; }),
+                                                             "The zip entry 'm' is damaged: its checksum doesn't fit"},
+        {whole.Changed([](BuiltMember& m) { m.central.uncompressedSize += 1; }), "The zip entry 'm' is damaged"},
+        {whole.Changed([](BuiltMember& m) { m.central.uncompressedSize -= 1; }), "The zip entry 'm' is damaged"},
+        {whole.Changed([](BuiltMember& m) { m.data[3] ^= 0x55; }), "The zip entry 'm' is damaged"},
+        {whole.Changed([](BuiltMember& m) { m.central.compressedSize -= 3; }), "The zip entry 'm' is damaged"},
+        {whole.Changed([](BuiltMember& m) { m.central.compressedSize += 1000; }), "The zip entry 'm' is damaged"},
+        {whole.Changed([](BuiltMember& m) { m.Mode(0100444).central.crc ^= 1; }), "The zip entry 'm' is damaged"},
+        {whole.Changed([](BuiltMember& m) { m.central.flags |= 1; }), "The zip entry 'm' is encrypted"},
         {BuiltMember("m", "/target", 0).Mode(0120777), "The zip entry 'm' is a link, which may lead out of the folder"},
         {BuiltMember("m", "x", 1), "The zip entry 'm' is packed by method 1, which can't be unpacked"},
         {BuiltMember("m", "x", 0xFFFF), "The zip entry 'm' is packed by method 65535, which can't be unpacked"}};

@@ -20,6 +20,7 @@
 
 using namespace qx;
 using namespace qxtest;
+namespace fs = std::filesystem;
 
 namespace qx
 {
@@ -60,6 +61,30 @@ FILETIME TimeOf(WORD year, WORD month, WORD day, WORD hour, WORD minute, WORD se
     return result;
 }
 
+// top.log, top.txt, x/a.log, x/b.txt, x/deep/c, empty/
+void MakeTree(const fs::path& root)
+{
+    fs::create_directories(root / "x/deep");
+    fs::create_directories(root / "empty");
+    for (const char* name : {"top.log", "top.txt", "x/a.log", "x/b.txt", "x/deep/c"})
+        fclose(fopen((root / name).string().c_str(), "w"));
+}
+
+std::set<Bytes> NamesOf(const std::vector<ZIPEntry>& entries)
+{
+    std::set<Bytes> names;
+    for (const ZIPEntry& entry : entries)
+        EXPECT_TRUE(names.insert(entry.name).second) << entry.name;
+    return names;
+}
+
+class ZIPFile : public testing::Test
+{
+protected:
+    const TempFolder folder;
+    const String source = folder.Make(L"source", "x"), path = folder.Path(L"x.zip");
+};
+
 // Returns the DOS time stamp of a time in the user's zone.
 scDosTime Stamp(const FILETIME& universal)
 {
@@ -72,17 +97,15 @@ scDosTime Stamp(const FILETIME& universal)
 
 } // namespace
 
-TEST(ZIPFile, EveryByte)
+TEST_F(ZIPFile, EveryByte)
 {
-    const TempFolder folder;
-    const String source = folder.Make(L"a.txt", "");
+    MakeFile(source, "");
     const FILETIME time = TimeOf(2024, 7, 14, 12, 34, 57);
     SetWriteTime(source, time);
     WIN32_FIND_DATAW found{};
     found.dwFileAttributes = 0x12345610;
     found.ftLastWriteTime = time;
 
-    const String path = folder.Path(L"x.zip");
     {
         clsZIPFile file(path, L"end");
         EXPECT_EQ(file.AddFile(source, L"sub\\a.txt", L"note"), clsZIPFile::kOk);
@@ -102,10 +125,9 @@ TEST(ZIPFile, EveryByte)
             "\0\0\0\0\0\0\x10\x56\x34\x12\x29\0\0\0d/"_b + "PK\5\6\0\0\0\0\2\0\2\0\x6B\0\0\0\x49\0\0\0\3\0end"_b);
 }
 
-TEST(ZIPFile, WithoutEntries)
+TEST_F(ZIPFile, WithoutEntries)
 {
-    const TempFolder folder;
-    const String path = folder.Make(L"x.zip", "what was there before");
+    MakeFile(path, "what was there before");
     EXPECT_EQ(clsZIPFile(path, L"").Close(), clsZIPFile::kOk);
     EXPECT_EQ(BytesOf(path), "PK\5\6"_b + Bytes(18, '\0'));
     EXPECT_EQ(clsZIPFile(path, Filled(L'c', 70000)).Close(), clsZIPFile::kOk);
@@ -126,52 +148,42 @@ TEST(ZIPNames, DriveAndServerGo)
             << String(path).NarrowText() << ' ' << String(given).NarrowText();
 }
 
-TEST(ZIPFile, EncodingOfNameAndComment)
+TEST_F(ZIPFile, EncodingOfNameAndComment)
 {
-    const struct
-    {
-        const wchar_t *name, *comment;
-        unsigned flags;
-        Bytes nameBytes, commentBytes;
-    } cases[] = {{L"\u00E4.txt", L"\u00DF", 0, "\x84.txt", "\xE1"}, {L"\u2592\u0393", L"", 0, "\xB1\xE2", ""},
+    const std::tuple<const wchar_t*, const wchar_t*, unsigned, Bytes, Bytes> cases[] = {
+        {L"\u00E4.txt", L"\u00DF", 0, "\x84.txt", "\xE1"}, {L"\u2592\u0393", L"", 0, "\xB1\xE2", ""},
         {L"\u20AC.txt", L"\u00E4", 0x800, "\xE2\x82\xAC.txt", "\xC3\xA4"},
         {L"plain", L"\u20AC", 0x800, "plain", "\xE2\x82\xAC"},
         {L"\u0141\u00F3d\u017A", L"", 0x800, "\xC5\x81\xC3\xB3\x64\xC5\xBA",
             ""}, // code page 437 has only similar letters
         {L"\U0001F600", L"", 0x800, "\xF0\x9F\x98\x80", ""}};
-    const TempFolder folder;
-    const String source = folder.Make(L"source", "x");
-    const String path = folder.Path(L"x.zip");
     auto file = std::make_unique<clsZIPFile>(path, L"");
     WIN32_FIND_DATAW found{};
-    for (const auto& test : cases)
+    for (const auto& [name, comment, flags, nameBytes, commentBytes] : cases)
     {
-        EXPECT_EQ(file->AddFile(source, test.name, test.comment), clsZIPFile::kOk);
-        file->AddDirectory(L"", test.name, found);
+        EXPECT_EQ(file->AddFile(source, name, comment), clsZIPFile::kOk);
+        file->AddDirectory(L"", name, found);
     }
     const std::vector<ZIPEntry> entries = Closed(std::move(file), path);
     ASSERT_EQ(entries.size(), 2 * std::size(cases));
     for (std::size_t i = 0; i < std::size(cases); ++i)
     {
+        const auto& [name, comment, flags, nameBytes, commentBytes] = cases[i];
         const ZIPEntry& entry = entries[2 * i];
-        EXPECT_EQ(FieldValue(entry.header.flags), cases[i].flags) << i;
-        EXPECT_EQ(entry.name, cases[i].nameBytes);
-        EXPECT_EQ(entry.comment, cases[i].commentBytes);
+        EXPECT_EQ(FieldValue(entry.header.flags), flags) << i;
+        EXPECT_EQ(entry.name, nameBytes);
+        EXPECT_EQ(entry.comment, commentBytes);
         EXPECT_EQ(entry.content, "x");
         // For a folder only the name counts.
         const ZIPEntry& folderEntry = entries[2 * i + 1];
-        EXPECT_EQ(FieldValue(folderEntry.header.flags), IsOemText(cases[i].name) ? 0 : 0x800) << i;
-        EXPECT_EQ(folderEntry.name, cases[i].nameBytes + '/');
+        EXPECT_EQ(FieldValue(folderEntry.header.flags), IsOemText(name) ? 0 : 0x800) << i;
+        EXPECT_EQ(folderEntry.name, nameBytes + '/');
     }
-    EXPECT_TRUE(std::filesystem::is_empty(std::filesystem::path(tempFolder.Path(L"trelmo").NarrowText())))
-        << "the temporary files go";
+    EXPECT_TRUE(fs::is_empty(fs::path(tempFolder.Path(L"trelmo").NarrowText()))) << "the temporary files go";
 }
 
-TEST(ZIPFile, LengthFieldsAndTheBytesBehindThemStayTogether)
+TEST_F(ZIPFile, LengthFieldsAndTheBytesBehindThemStayTogether)
 {
-    const TempFolder folder;
-    const String source = folder.Make(L"source", "x");
-    const String path = folder.Path(L"x.zip");
     auto file = std::make_unique<clsZIPFile>(path, L"");
     file->AddFile(source, Filled(L'n', 0x10003), Filled(L'c', 0x10003));
     const std::vector<ZIPEntry> entries = Closed(std::move(file), path);
@@ -180,7 +192,7 @@ TEST(ZIPFile, LengthFieldsAndTheBytesBehindThemStayTogether)
     EXPECT_EQ(entries[0].comment, Bytes(0xFFFF, 'c'));
 }
 
-TEST(ZIPFile, Times)
+TEST(ZIPFileTimes, AreLocalAndBounded)
 {
     SetEnvironmentVariableW(L"TZ", L"America/New_York"); // the layer's zone; another system isn't affected
     const FILETIME winter = TimeOf(2024, 1, 31, 12, 0, 1), last = TimeOf(2107, 12, 30, 0, 0, 0);
@@ -201,40 +213,15 @@ TEST(ZIPFile, Times)
     EXPECT_LE(now, number(Stamp(after)));
 }
 
-namespace
+TEST_F(ZIPFile, Lists)
 {
-
-// top.log, top.txt, x/a.log, x/b.txt, x/deep/c, empty/
-void MakeTree(const std::filesystem::path& root)
-{
-    namespace fs = std::filesystem;
-    fs::create_directories(root / "x/deep");
-    fs::create_directories(root / "empty");
-    for (const char* name : {"top.log", "top.txt", "x/a.log", "x/b.txt", "x/deep/c"})
-        fclose(fopen((root / name).string().c_str(), "w"));
-}
-
-std::set<Bytes> NamesOf(const std::vector<ZIPEntry>& entries)
-{
-    std::set<Bytes> names;
-    for (const ZIPEntry& entry : entries)
-        EXPECT_TRUE(names.insert(entry.name).second) << entry.name;
-    return names;
-}
-
-} // namespace
-
-TEST(ZIPFile, Lists)
-{
-    const TempFolder folder;
-    const std::filesystem::path root = NativePath(folder.Path()) / "tree";
+    const fs::path root = NativePath(folder.Path()) / "tree";
     MakeTree(root);
     const String base = folder.Path(L"tree");
     const std::tuple<const wchar_t*, std::uint32_t, std::set<Bytes>> cases[] = {{L"*.*", 0, {"top.log", "top.txt"}},
         {L"*.log", 0, {"top.log"}}, {L"*.none", 0, {}},
         {L"*.log", clsZIPFile::kSubfolders, {"top.log", "x/", "x/a.log", "x/b.txt", "x/deep/", "x/deep/c", "empty/"}},
         {L"*.*", 0xFFFFFFFF, {"top.log", "top.txt", "x/", "x/a.log", "x/b.txt", "x/deep/", "x/deep/c", "empty/"}}};
-    const String path = folder.Path(L"x.zip");
     for (const auto& [pattern, flags, names] : cases)
         for (const wchar_t* separator : {L"", L"\\", L"/"})
         {
@@ -258,7 +245,7 @@ TEST(ZIPFile, Lists)
     // Links that go in circles
     std::error_code error;
     for (const auto& [link, target] : {std::pair("x/up", ".."), {"x/here", "."}, {"x/aside", "../empty"}})
-        std::filesystem::create_directory_symlink(target, root / link, error);
+        fs::create_directory_symlink(target, root / link, error);
     if (error)
         GTEST_SKIP() << "no links to folders here";
     auto file = std::make_unique<clsZIPFile>(path, L"");
@@ -267,11 +254,8 @@ TEST(ZIPFile, Lists)
                                                           "x/deep/c", "x/up/", "x/here/", "x/aside/", "empty/"}));
 }
 
-TEST(ZIPFile, WhatCannotBeAdded)
+TEST_F(ZIPFile, WhatCannotBeAdded)
 {
-    const TempFolder folder;
-    const String path = folder.Path(L"x.zip");
-    const String good = folder.Make(L"good", "good");
     const String large = folder.Make(L"large", "");
     {
         clsFileRW file(large, FileAccess::ReadWrite, FileDisposition::OpenExisting, FileShare::None, kFileData);
@@ -286,32 +270,30 @@ TEST(ZIPFile, WhatCannotBeAdded)
     EXPECT_EQ(lines.Count(), 0u);
     EXPECT_EQ(file->AddFile(large, L"", L""), clsZIPFile::kCannotStore);
     EXPECT_STREQ(lines.Only(), L"ERR: source size > 4GB");
-    EXPECT_EQ(file->AddFile(good, L"good", L""), clsZIPFile::kOk);
+    EXPECT_EQ(file->AddFile(source, L"good", L""), clsZIPFile::kOk);
     const std::vector<ZIPEntry> entries = Closed(std::move(file), path);
     ASSERT_EQ(entries.size(), 1u) << "the others left nothing behind";
-    EXPECT_EQ(entries[0].content, "good");
+    EXPECT_EQ(entries[0].content, "x");
 }
 
-TEST(ZIPFile, WithoutAPlaceForTemporaryFiles)
+TEST_F(ZIPFile, WithoutAPlaceForTemporaryFiles)
 {
-    wchar_t source[MAX_PATH] = {}; // the test program, which is in another folder
-    GetModuleFileNameW(nullptr, source, MAX_PATH);
-    const String path = tempFolder.Path() + L".zip";
-    clsZIPFile file(path, L"");
-    const std::filesystem::path temp = NativePath(tempFolder.Path());
-    std::filesystem::rename(temp, temp.string() + "-away");
+    wchar_t program[MAX_PATH] = {}; // in another folder
+    GetModuleFileNameW(nullptr, program, MAX_PATH);
+    const String outside = tempFolder.Path() + L".zip";
+    clsZIPFile file(outside, L"");
+    const fs::path temp = NativePath(tempFolder.Path());
+    fs::rename(temp, temp.string() + "-away");
     DebugLines lines;
-    EXPECT_EQ(file.AddFile(source, L"", L""), clsZIPFile::kCannotStore);
-    EXPECT_STREQ(lines.Last(), String(String::kFormatted, L"ERR while compressing file '%s': -5", source));
-    std::filesystem::rename(temp.string() + "-away", temp);
+    EXPECT_EQ(file.AddFile(program, L"", L""), clsZIPFile::kCannotStore);
+    EXPECT_STREQ(lines.Last(), String(String::kFormatted, L"ERR while compressing file '%s': -5", program));
+    fs::rename(temp.string() + "-away", temp);
     ZIPFileTestAccess::Archive(file).Close();
-    DeleteFileW(path);
+    DeleteFileW(outside);
 }
 
-TEST(ZIPFile, TooManyEntries)
+TEST_F(ZIPFile, TooManyEntries)
 {
-    const TempFolder folder;
-    const String path = folder.Path(L"x.zip");
     clsZIPFile file(path, L"");
     file.AddDirectory(L"", L"d", WIN32_FIND_DATAW{});
     auto& entries = ZIPFileTestAccess::Entries(file);
@@ -340,16 +322,14 @@ TEST(ZIPFile, TooManyEntries)
 }
 
 // Room for a header of 30 bytes, a name of one, packed data of three, then 47 and 22 bytes of directory and end record.
-TEST(ZIPFile, WriteErrors)
+TEST_F(ZIPFile, WriteErrors)
 {
-    const TempFolder folder;
-    const String source = folder.Make(L"a", "a");
     for (const auto& [room, place] :
         {std::pair(0, 1), {29, 1}, {30, 1}, {31, 2}, {33, 2}, {34, 4}, {80, 4}, {81, 5}, {102, 5}, {103, 0}})
     {
         FakeStream stream;
         stream.room = static_cast<std::size_t>(room);
-        clsZIPFile file(folder.Path(L"x.zip"), L"");
+        clsZIPFile file(path, L"");
         EXPECT_EQ(file.AddFile(source, L"a", L""), clsZIPFile::kOk);
         ZIPFileTestAccess::Archive(file).AttachStream(&stream);
         DebugLines lines;
