@@ -28,7 +28,7 @@ std::vector<Member> MembersOf(const fs::path& folder)
     fs::directory_iterator at(folder, error);
     for (; !error && at != fs::directory_iterator(); at.increment(error))
     {
-        // The entry usually knows its type already, without a further look at the disk.
+        // The folder entry usually contains its type, so these queries don't access the disk.
         std::error_code ignored;
         if (at->is_directory(ignored))
         {
@@ -40,7 +40,7 @@ std::vector<Member> MembersOf(const fs::path& folder)
     }
     if (error)
         members.push_back({folder, false});
-    // They differ only in their last part. Comparing paths would take each of them apart.
+    // The paths differ only in their last component. Comparing fs::path objects would split all of them into components.
     std::sort(members.begin(), members.end(),
         [](const Member& a, const Member& b) { return a.path.native() < b.path.native(); });
     return members;

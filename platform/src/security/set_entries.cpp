@@ -63,7 +63,7 @@ DWORD Apply(const EXPLICIT_ACCESS_W& change, FileAcl& acl)
         return ERROR_NONE_MAPPED;
     const std::uint16_t rights = RightsFrom(change.grfAccessPermissions, acl.isFolder);
     const AclEntry entry = EntryOnFile(acl, *account, rights);
-    // A group has the rights of all its entries, so no second one may remain.
+    // A group has the rights of all of its entries, so an old entry with its name must not remain.
     const AclEntry named = NamedEntry(*account, rights);
     if (entry.tag != named.tag)
         std::erase_if(acl.access, [&](const AclEntry& old) { return old.tag == named.tag && old.id == named.id; });
