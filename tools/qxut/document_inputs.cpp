@@ -40,7 +40,8 @@ std::vector<Member> MembersOf(const fs::path& folder)
     }
     if (error)
         members.push_back({folder, false});
-    // The paths differ only in their last component. Comparing fs::path objects would split all of them into components.
+    // The paths differ only in their last component. Comparing fs::path objects would split all of them into
+    // components.
     std::sort(members.begin(), members.end(),
         [](const Member& a, const Member& b) { return a.path.native() < b.path.native(); });
     return members;
