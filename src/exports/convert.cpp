@@ -1,6 +1,7 @@
 // Packed text for memory blocks, streams and global memory.
 #include <qxut23/convert.h>
 
+#include "core/debug_line.h"
 #include "exports/guard.h"
 #include "files/file.h"
 #include "files/packed_text.h"

@@ -5,6 +5,8 @@
 #include "diag/debug_channels.h"
 #include "exports/guard.h"
 
+#include <windows.h>
+
 #include <cstdint>
 
 using namespace qx;

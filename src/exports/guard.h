@@ -1,21 +1,14 @@
 #pragma once
 
-#include "core/debug_line.h"
-#include "core/errors/failure_text.h"
-
-#include <windows.h>
+#include "core/errors/exception_report.h"
 
 #include <cxxabi.h>
-
-#include <exception>
-#include <new>
-#include <utility>
 
 namespace qx
 {
 
 // Keeps exceptions from crossing the boundary of the library. Every exported function runs its work in Guarded. An
-// exception is logged, the last error is set according to its kind, and the caller gets `failure`.
+// exception is reported (see ReportException), and the caller gets `failure`.
 //
 // A callback may end its thread with pthread_exit, or be cancelled where it waits. The runtime library then unwinds the
 // stack with an exception of its own, and aborts the process if a function swallows that exception. Guarded lets it
@@ -33,21 +26,9 @@ auto Guarded(Failure failure, Work work) -> decltype(work())
     {
         throw;
     }
-    catch (const std::bad_alloc&)
-    {
-        DebugLine(L"ERR: out of memory in an exported function");
-        SetFailureText(L"out of memory");
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-    }
-    catch (const std::exception& exception)
-    {
-        DebugLine(L"ERR: exception in an exported function: %hs", exception.what());
-        SetLastError(ERROR_INTERNAL_ERROR);
-    }
     catch (...)
     {
-        DebugLine(L"ERR: exception in an exported function");
-        SetLastError(ERROR_INTERNAL_ERROR);
+        ReportException();
     }
     return failure;
 }

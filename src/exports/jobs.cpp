@@ -5,6 +5,7 @@
 #include "threads/port_job_dispatcher.h"
 
 #include <cstdint>
+#include <utility>
 
 using namespace qx;
 

@@ -1,11 +1,14 @@
 // The machine's settings of the log file.
 #include <qxut23/log_setting.h>
 
+#include "core/errors/failure_text.h"
 #include "core/text/string.h"
 #include "diag/debug_stamp.h"
 #include "diag/log_file.h"
 #include "diag/log_setting.h"
 #include "exports/guard.h"
+
+#include <windows.h>
 
 #include <wchar.h>
 

@@ -77,18 +77,19 @@ ProfError DeliverAndClose(const clsProfOutput& content, clsFile& target)
 }
 
 // Writes the file directly under its name, creating it if necessary: for dangling links, and where no side file can be
-// created. A new file is deleted again if the contents can't be written.
+// created. A new file is deleted again if the contents can't be written, by its own path: the name may be a link's.
 ProfError CreateInPlace(const clsProfOutput& content, const String& name)
 {
     clsFileRW target;
     if (target.Open(name, FileAccess::Write, FileDisposition::OpenAlways, FileShare::None, kFileData) != 0)
         return kProfCannotWrite;
     const bool isNew = GetLastError() != ERROR_ALREADY_EXISTS;
+    const String path = isNew ? FinalPathOf(target) : String();
     const ProfError error = DeliverAndClose(content, target);
-    if (isNew && error != kProfOk)
+    if (error != kProfOk && !path.IsEmpty())
     {
         target.Close();
-        DeleteFileW(name.Text());
+        DeleteFileW(path.Text());
     }
     return error;
 }

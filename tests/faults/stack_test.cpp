@@ -4,6 +4,7 @@
 #include <qxut23/docinfo.h>
 #include <qxut23/jobs.h>
 #include <qxut23/markup.h>
+#include <qxut23/page_text.h>
 #include <qxut23/profile.h>
 #include <qxut23/strings.h>
 
@@ -72,6 +73,7 @@ void UseMarkup()
         UtilConvertHtml2PlainText(page.Text(), &text, 0);
         UtilConvertText2HTML(text, &text, 0);
         EXPECT_NE(text, nullptr);
+        EXPECT_EQ(QxConvertHtml2PlainText(page.Text(), &text, QXUT_PAGE_LINKS), QXUT_PAGE_OK);
         SysFreeString(text);
     }
 }

@@ -205,9 +205,11 @@ void ShowLines(const LogOptions& options, const std::string& path)
 {
     const std::filesystem::path file = std::filesystem::u8path(path);
     std::error_code error;
-    if (!options.follow && !std::filesystem::is_regular_file(file, error))
-        throw Failure(
-            kCannotRead, path + (std::filesystem::exists(file, error) ? ": is not a file" : ": no such file"));
+    const bool exists = std::filesystem::exists(file, error);
+    if (exists && !std::filesystem::is_regular_file(file, error))
+        throw Failure(kCannotRead, path + ": is not a file");
+    if (!exists && !options.follow) // a program that is followed may create it later
+        throw Failure(kCannotRead, path + ": no such file");
     const std::size_t before = options.follow && !options.show ? kLinesBeforeFollowing : LogReader::kAll;
     LogReader reader(file, options.last != LogReader::kAll ? options.last : before);
     const Printer printer(options);

@@ -48,6 +48,8 @@ std::string ReasonOfFailedOpen(const std::string& path, std::int32_t error, std:
         return "is a folder";
     if (!fs::exists(file, ignored))
         return ReasonOfMissing(file);
+    if (!fs::is_regular_file(file, ignored))
+        return "is a pipe or a device, not a file";
     const auto size = fs::file_size(file, ignored);
     if (error == PROF_ERR_LOCKED && !ignored && size < 4)
         return "has only " + std::to_string(size) + (size == 1 ? " byte" : " bytes") + " and is not a profile";
@@ -119,15 +121,6 @@ ExitCode ExitCodeOf(std::int32_t error)
     }
 }
 
-// Throws a Failure for a pipe, because opening it would block until somebody writes to it.
-const std::string& WithoutPipes(const std::string& path)
-{
-    std::error_code ignored;
-    if (fs::is_fifo(fs::u8path(path), ignored))
-        throw Failure(kCannotRead, path + ": is a pipe");
-    return path;
-}
-
 std::vector<Entry> EntriesOf(HPROFJOB job, HPROFLIST list)
 {
     std::vector<Entry> entries;
@@ -145,7 +138,7 @@ std::vector<Entry> EntriesOf(HPROFJOB job, HPROFLIST list)
 } // namespace
 
 ProfileFile::ProfileFile(const std::string& path, Sharing sharing, MaxSize maxSize, std::uint32_t flags)
-    : _path(WithoutPipes(path)),
+    : _path(path),
       _job(Open(path, sharing, maxSize, flags))
 {
     const std::int32_t error = ProfGetError(_job);

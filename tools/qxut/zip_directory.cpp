@@ -1,6 +1,7 @@
 #include "zip_directory.h"
 
 #include "failure.h"
+#include "regular_file.h"
 #include "text.h"
 
 #include <minizip/unzip.h>
@@ -10,9 +11,9 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 namespace qxut
 {
@@ -40,53 +41,6 @@ constexpr QXWCHAR kUpperHalf[] = {0xC7, 0xFC, 0xE9, 0xE2, 0xE4, 0xE0, 0xE5, 0xE7
     0x3C6, 0x3B5, 0x2229, 0x2261, 0xB1, 0x2265, 0x2264, 0x2320, 0x2321, 0xF7, 0x2248, 0xB0, 0x2219, 0xB7, 0x221A,
     0x207F, 0xB2, 0x25A0, 0xA0};
 static_assert(std::size(kUpperHalf) == 128);
-
-// File functions for minizip, so that paths may contain any characters on both targets.
-std::ifstream& StreamOf(voidpf stream)
-{
-    return *static_cast<std::ifstream*>(stream);
-}
-
-voidpf Open(voidpf, const void* path, int)
-{
-    auto stream = std::make_unique<std::ifstream>(*static_cast<const std::filesystem::path*>(path), std::ios::binary);
-    return stream->is_open() ? stream.release() : nullptr;
-}
-
-uLong Read(voidpf, voidpf stream, void* buffer, uLong size)
-{
-    StreamOf(stream).read(static_cast<char*>(buffer), static_cast<std::streamsize>(size));
-    const auto count = static_cast<uLong>(StreamOf(stream).gcount());
-    StreamOf(stream).clear();
-    return count;
-}
-
-ZPOS64_T Tell(voidpf, voidpf stream)
-{
-    return static_cast<ZPOS64_T>(StreamOf(stream).tellg());
-}
-
-long Seek(voidpf, voidpf stream, ZPOS64_T offset, int origin)
-{
-    const auto from = origin == ZLIB_FILEFUNC_SEEK_SET   ? std::ios::beg
-                      : origin == ZLIB_FILEFUNC_SEEK_CUR ? std::ios::cur
-                                                         : std::ios::end;
-    StreamOf(stream).seekg(static_cast<std::streamoff>(offset), from);
-    const bool failed = !StreamOf(stream);
-    StreamOf(stream).clear();
-    return failed ? -1 : 0;
-}
-
-int Close(voidpf, voidpf stream)
-{
-    std::unique_ptr<std::ifstream>(&StreamOf(stream)).reset();
-    return 0;
-}
-
-int Error(voidpf, voidpf)
-{
-    return 0;
-}
 
 struct CloseArchive
 {
@@ -193,11 +147,26 @@ ZipEntry Entry(unzFile archive, const std::string& path)
 }
 
 // Detects an archive that consists of an end record only, which minizip rejects.
-bool IsEmptyArchive(const std::filesystem::path& path)
+bool IsEmptyArchive(std::FILE* file)
 {
     char end[22] = {};
-    std::ifstream file(path, std::ios::binary);
-    return file.read(end, sizeof end) && std::memcmp(end, "PK\5\6\0\0\0\0\0\0\0\0", 12) == 0;
+    const bool isEmpty =
+        std::fread(end, 1, sizeof end, file) == sizeof end && std::memcmp(end, "PK\5\6\0\0\0\0\0\0\0\0", 12) == 0;
+    std::rewind(file);
+    return isEmpty;
+}
+
+// Opens the archive in a file that is open already, so that its path may contain any characters on both targets.
+Archive OpenArchive(RegularFile file)
+{
+    zlib_filefunc64_def functions{};
+    fill_fopen64_filefunc(&functions);
+    functions.opaque = file.release();
+    functions.zopen64_file = [](voidpf opened, const void*, int)
+    {
+        return opened;
+    };
+    return Archive(unzOpen2_64("", &functions));
 }
 
 } // namespace
@@ -212,12 +181,14 @@ std::vector<ZipEntry> ReadZipDirectory(const std::string& path)
         throw Failure(kCannotRead, path + ": is a folder");
     if (!std::filesystem::is_regular_file(native, error))
         throw Failure(kCannotRead, path + ": is a pipe or a device, not a file");
+    RegularFile file = OpenRegularFile(native);
+    if (!file)
+        throw Failure(kCannotRead, path + ": cannot open the file");
     std::vector<ZipEntry> entries;
-    if (IsEmptyArchive(native))
+    if (IsEmptyArchive(file.get()))
         return entries;
 
-    zlib_filefunc64_def functions{Open, Read, nullptr, Tell, Seek, Close, Error, nullptr};
-    const Archive archive(unzOpen2_64(&native, &functions));
+    const Archive archive = OpenArchive(std::move(file));
     unz_global_info64 info{};
     if (!archive || unzGetGlobalInfo64(archive.get(), &info) != UNZ_OK)
         throw Failure(kMalformed, path + ": is not a ZIP archive");

@@ -1,5 +1,6 @@
 #include "xml/xml_parser.h"
 
+#include "base/mutex.h"
 #include "xml/xml_errors.h"
 
 #include <algorithm>
@@ -103,7 +104,7 @@ void XmlParser::Guarded(void* self, const Function& function)
 
 const xmlSAXHandler& XmlParser::Handler()
 {
-    static const xmlSAXHandler handler = []
+    static constexpr xmlSAXHandler handler = []
     {
         xmlSAXHandler functions = {};
         functions.initialized = XML_SAX2_MAGIC;
@@ -124,8 +125,11 @@ const xmlSAXHandler& XmlParser::Handler()
 
 XmlParser::XmlParser() : _parser(nullptr, FreeParser)
 {
-    static std::once_flag isInitialised;
-    std::call_once(isInitialised, xmlInitParser);
+    {
+        static Mutex lock;
+        const std::lock_guard guard(lock);
+        xmlInitParser(); // does nothing from the second call on
+    }
     xmlSAXHandler handler = Handler();
     _parser.reset(xmlCreatePushParserCtxt(&handler, this, nullptr, 0, nullptr));
     if (_parser == nullptr)

@@ -60,6 +60,16 @@ catch (const std::exception&)
     // There is no memory for the text.
 }
 
+void SetFailureText(const char* text) noexcept
+try
+{
+    SetFailureText(String(String::kFormatted, L"%hs", text).Text());
+}
+catch (const std::exception&)
+{
+    // As above.
+}
+
 String FailureText()
 {
     Failures& failures = TheFailures();

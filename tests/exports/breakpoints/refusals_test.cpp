@@ -1,6 +1,7 @@
 // Data breakpoints on linux: both ways to set them, what happens where the kernel refuses them, and what they leave
 // behind.
 #include "exports/breakpoints/watched.h"
+#include "support/system_call_filter.h"
 
 #include <gtest/gtest.h>
 
@@ -13,10 +14,7 @@
 #include <thread>
 #include <vector>
 
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <signal.h>
-#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -26,18 +24,10 @@ using namespace watched;
 namespace
 {
 
-// Makes the calls fail with EPERM for the rest of the process.
+// The kernel refuses the calls for the rest of the process.
 void Forbid(const std::vector<int>& calls)
 {
-    std::vector<sock_filter> filter{BPF_STMT(BPF_LD | BPF_W | BPF_ABS, 0)}; // the number of the call
-    for (const int call : calls)
-    {
-        filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(call), 0, 1));
-        filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM));
-    }
-    filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
-    const sock_fprog program{static_cast<unsigned short>(filter.size()), filter.data()};
-    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 || prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) != 0)
+    if (!qxtest::LetCallsFail(calls, EPERM))
         _exit(kNotGranted);
 }
 

@@ -70,13 +70,14 @@ int WriteForms(HMODULE library, const char*)
     if (FIND(UtilGetFlags)() != 1)
         return 10;
     SetLastError(ERROR_FILE_NOT_FOUND);
-    FIND(UtilDebug)(L"%s %hs %I64d", L"wide", "narrow", 5'000'000'000LL);
+    int count = 7;
+    FIND(UtilDebug)(L"%s%n %hs%hn %I64d%I64n", L"wide", &count, "narrow", &count, 5'000'000'000LL, &count);
     FIND(UtilDebugExt)(L"PROF", 1, L">INIT\u25A0%c", L'x');
     WriteByList(library, L"PROF", 0, L"INIT\u25A0state %d", 1);
     FIND(PasDebug)(L"%s and 100%");
     FIND(UtilError)(L"place", L"thing");
     FIND(UtilDebugExt)(nullptr, -1, L"<%s", L"leave");
-    return GetLastError() == ERROR_FILE_NOT_FOUND ? 0 : 11;
+    return count != 7 ? 12 : GetLastError() == ERROR_FILE_NOT_FOUND ? 0 : 11;
 }
 
 int TryOff(HMODULE library, const char*)

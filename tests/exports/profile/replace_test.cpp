@@ -107,6 +107,8 @@ TEST_F(ProfileReplace, FullDiskLeavesTheOldFileAndNoNewOne)
     ProfSetStringW(job, nullptr, L"a", Wide(100000, L'x'));
     const Job held = Job::Exclusive(folder.Make("held", "[/]\r\na=0\r\n"));
     ProfSetStringW(held, nullptr, L"a", Wide(100000, L'x'));
+    fs::create_symlink("target", folder.Path("dangling"));
+    fs::create_directory(folder.Path(".dangling.qxsave")); // so that the target is created directly
 
     rlimit limit{};
     getrlimit(RLIMIT_FSIZE, &limit);
@@ -114,15 +116,18 @@ TEST_F(ProfileReplace, FullDiskLeavesTheOldFileAndNoNewOne)
     const auto handler = signal(SIGXFSZ, SIG_IGN);
     setrlimit(RLIMIT_FSIZE, &small);
     const std::int32_t existing = job.Save(path), fresh = job.Save(folder.Path("new"));
+    const std::int32_t throughLink = job.Save(folder.Path("dangling"));
     const std::int32_t inPlace = ProfSaveW(held, nullptr, PROF_FORM_TEXT);
     setrlimit(RLIMIT_FSIZE, &limit);
     signal(SIGXFSZ, handler);
     EXPECT_EQ(existing, PROF_ERR_WRITE_FAILED);
     EXPECT_EQ(fresh, PROF_ERR_WRITE_FAILED);
+    EXPECT_EQ(throughLink, PROF_ERR_WRITE_FAILED);
     EXPECT_EQ(inPlace, PROF_ERR_WRITE_FAILED);
     EXPECT_EQ(BytesOf(path), "[/]\r\na=old\r\n");
     EXPECT_EQ(BytesOf(folder.Path("held")), "[/]\r\na=0\r\n");
-    EXPECT_EQ(CountFiles(), 2);
+    EXPECT_TRUE(fs::is_symlink(folder.Path("dangling")));
+    EXPECT_EQ(CountFiles(), 4);
     EXPECT_EQ(ProfSaveW(held, nullptr, PROF_FORM_TEXT), PROF_OK) << "once there is room";
 }
 

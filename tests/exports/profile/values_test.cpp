@@ -3,10 +3,12 @@
 
 #include <qxut23/profile_values.h>
 
+#include "prof/job.h"
 #include "support/variant_values.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <clocale>
 #include <cstdint>
 #include <limits>
@@ -81,6 +83,17 @@ std::string Read(Get get, const wchar_t* text)
     char shown[60];
     std::snprintf(shown, sizeof shown, "%d %.15g", static_cast<int>(code), static_cast<double>(value));
     return shown;
+}
+
+// Measured as in the tests of the tree itself.
+TEST(ProfileValues, NarrowTextsThatChangeTheirSizesWasteLittle)
+{
+    const Job job;
+    auto& inside = *reinterpret_cast<qx::clsProfJob*>(static_cast<HPROFJOB>(job));
+    for (std::size_t i = 1; i < 1000; ++i)
+        ProfSetStringA(job, nullptr, "a", std::string(1000 * std::min(i, 1000 - i), 'x').c_str());
+    EXPECT_LT(inside.Arena().Bytes(), 1500000u);
+    EXPECT_EQ(Value(job, L"a"), std::string(1000, 'x'));
 }
 
 TEST(ProfileValues, NumbersThatAreRead)

@@ -68,6 +68,9 @@ class LogCommands(commands.CommandTest):
         self.assertEqual(self.show("--last", "1"), "A LONG: TAG: 34:56.789 0000000b/00 9 ERR: "
                          "\u00fc\U0001F600\\n\\x1B[31m\ncut off\n")
         self.assertIn("no such file", self.qxut("--file", str(self.folder / "none"), "--show", code=3))
+        for place in [str(self.folder)] + (["/dev/null"] if HAS_OWN_SETTINGS else []):
+            for command in (["--show"], ["--follow", "--seconds", "0"]):
+                self.assertIn("is not a file", self.qxut("--file", place, *command, code=3))
 
     def test_lines_in_colour(self):
         self.append(STAMPED, TAGGED, "no stamp")

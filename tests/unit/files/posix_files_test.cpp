@@ -1,19 +1,29 @@
 // Links, pipes, hard links and permissions in places where the library expects files. Only for linux, because the tests
 // create them with functions of linux.
+#include "diag/log_file.h"
 #include "files/folder.h"
 #include "files/new_file.h"
 #include "files/posix_files.h"
 #include "files/temp_file_removal.h"
 #include "files/temp_files.h"
+#include "prof/embedded_files.h"
 #include "support/other_user.h"
+#include "support/system_call_filter.h"
 #include "support/temp_folder.h"
+#include "support/zip_builder.h"
 #include "unit/files/own_temp_folder.h"
+#include "unit/prof/job_support.h"
+#include "zip/extraction.h"
+#include "zip/zip_file.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <filesystem>
 
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 using namespace qx;
 using namespace qxtest;
@@ -97,6 +107,45 @@ TEST(Pipes, AreNoFiles)
                 EXPECT_EQ(file.GetErrorKind(), FileError::Other);
                 EXPECT_STREQ(file.GetErrorText().Text(), L"is a pipe or a device, not a file");
             }
+
+    const JobHolder job = NewJob();
+    EXPECT_EQ(AppendFiles(job->Root(), own.Path(L"pipe"), L""), 1) << "found";
+    EXPECT_TRUE(job->Root().IsEmpty());
+    DebugLogFile(own.Path(L"pipe"), false).Append(L"line", 4);
+    clsZIPFile archive(own.Path(L"zip"), L"");
+    EXPECT_EQ(archive.AddList(own.Path(), L"", L"pipe", 0), clsZIPFile::kCannotOpen);
+}
+
+// A filter of system calls makes the kernel an old one for the process of the test's extraction.
+TEST(FolderDeathTest, LinksAreNotFollowedWithoutOpenat2)
+{
+    if (prctl(PR_GET_SECCOMP) != 0)
+        GTEST_SKIP() << "no filters here";
+    const TempFolder own;
+    const String witness = own.Make(L"witness", "untouched");
+    const String archive = own.Make(
+        L"zip", Build({BuiltMember("up/witness", "evil"), BuiltMember("file", "evil"), BuiltMember("sub/x", "good")}));
+    const fs::path inner = NativePath(own.Path(L"inner"));
+    fs::create_directories(inner);
+    fs::create_directory_symlink("..", inner / "up");
+    fs::create_symlink("../witness", inner / "file");
+    const auto extract = [&]
+    {
+        if (!LetCallsFail({SYS_openat2}, ENOSYS))
+            return 2;
+        int refused = 0;
+        const auto count = [&](const String&, const String& reason)
+        {
+            refused += reason.View().ends_with(L"leads through a link");
+        };
+        return ExtractArchive(archive, own.Path(L"inner"), true, count) == ExtractResult::Incomplete && refused == 2
+                   ? 0
+                   : 1;
+    };
+    EXPECT_EXIT(_exit(extract()), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(BytesOf(witness), "untouched");
+    EXPECT_EQ(BytesOf(own.Path(L"inner/sub/x")), "good");
+    EXPECT_TRUE(fs::is_symlink(inner / "file"));
 }
 
 TEST(TempFiles, AreForTheirUserAlone)

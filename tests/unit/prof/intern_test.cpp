@@ -135,6 +135,9 @@ TEST(ProfIntern, ValuesThatChangeTheirSizesWasteLittle)
         for (std::size_t i = 0; i < 500; ++i)
             set(large, 0, text(first, (i + 1) * 1000, 0));
         EXPECT_LT(large->Arena().Bytes(), 1500000u) << "one value, growing";
+        for (std::size_t i = 500; i != 0; --i)
+            set(large, 0, text(first, i * 1000, 0));
+        EXPECT_LT(large->Arena().Bytes(), 1500000u) << "one value, shrinking";
 
         constexpr std::size_t kItems = 2000;
         const JobHolder many = NewJob();
