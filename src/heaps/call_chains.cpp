@@ -14,15 +14,35 @@ namespace
 
 std::atomic<CaptureProtection> captureProtection = nullptr;
 
-unsigned CaptureProtected(scCaller* entries, unsigned count)
+// Walks through the library's own functions up to the call. Returns 0 if the walk doesn't reach it.
+[[gnu::noinline]] unsigned CaptureThroughLibrary(const void* caller, void** addresses, unsigned count)
+{
+    constexpr unsigned kFrames = 40;
+    scCaller entries[kFrames];
+    const scCaller* const end = entries + CaptureCallers(entries, kFrames);
+    const scCaller* entry = std::find_if(static_cast<const scCaller*>(entries), end,
+        [caller](const scCaller& each) { return each.address == caller; });
+    unsigned stored = 0;
+    for (; entry != end && stored < count; ++entry)
+        addresses[stored++] = entry->address;
+    return stored;
+}
+
+unsigned CaptureChain(const CallSite& caller, void** addresses, unsigned count)
+{
+    const unsigned stored = CaptureFrom(caller, addresses, count);
+    return stored != 0 ? stored : CaptureThroughLibrary(caller.address, addresses, count);
+}
+
+unsigned CaptureProtected(const CallSite& caller, void** addresses, unsigned count)
 {
     const CaptureProtection protection = captureProtection.load(std::memory_order_acquire);
-    if (protection == nullptr)
-        return CaptureCallers(entries, count);
+    if (protection == nullptr) [[likely]]
+        return CaptureChain(caller, addresses, count);
     protection(true);
-    const unsigned captured = CaptureCallers(entries, count);
+    const unsigned stored = CaptureChain(caller, addresses, count);
     protection(false);
-    return captured;
+    return stored;
 }
 
 std::uint64_t Mixed(std::uint64_t hash, const void* address)
@@ -38,20 +58,13 @@ CaptureProtection SetCaptureProtection(CaptureProtection protection)
     return captureProtection.exchange(protection, std::memory_order_acq_rel);
 }
 
-CallChains::Captured::Captured(const void* caller)
+CallChains::Captured::Captured(const CallSite& caller)
+    : _count(CaptureProtected(caller, _addresses, scCallChain::kEntries))
 {
-    const unsigned count = CaptureProtected(_entries, kFrames);
-    const scCaller* const end = _entries + count;
-    const scCaller* const first = std::find_if(static_cast<const scCaller*>(_entries), end,
-        [caller](const scCaller& entry) { return entry.address == caller; });
-    if (first != end)
-    {
-        _first = first;
-        _count = std::min<std::size_t>(static_cast<std::size_t>(end - first), scCallChain::kEntries);
+    if (_count != 0)
         return;
-    }
     // The stack can't be walked. The nearest address is known all the same.
-    _entries[0].address = const_cast<void*>(caller);
+    _addresses[0] = caller.address;
     _count = 1;
 }
 

@@ -23,6 +23,17 @@ constexpr std::size_t kMostTraces = 10;
 // The system aligns blocks to 16 bytes, so the address of an object tells where its block begins if it has one.
 constexpr std::uintptr_t kBlockAlignment = 16;
 
+bool IsAligned(const void* block)
+{
+    return reinterpret_cast<std::uintptr_t>(block) % kBlockAlignment == 0;
+}
+
+// Sizes of objects are signed in all results and records.
+bool IsPossible(std::uint32_t size)
+{
+    return static_cast<std::int32_t>(size) >= 0;
+}
+
 } // namespace
 
 void CopyName(wchar_t (&target)[kNameCapacity], const wchar_t* name)
@@ -44,7 +55,7 @@ clsHeapNode::clsHeapNode(clsModuleNode& owner, const wchar_t* name, std::uint32_
 }
 
 clsHeapNode* clsHeapNode::Create(
-    clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains, const void* caller)
+    clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains, const CallSite& caller)
 {
     void* const memory = HeapAlloc(GetProcessHeap(), 0, sizeof(clsHeapNode));
     if (memory == nullptr)
@@ -68,13 +79,10 @@ const wchar_t* clsHeapNode::ModuleName() const
     return _owner->Name();
 }
 
-void* clsHeapNode::AllocObject(
-    std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const void* caller, bool& isOutOfMemory)
+void* clsHeapNode::AllocObject(std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller)
 {
-    if (IsDebugHeap() && (flags & kObjectPlain) == 0)
-        flags |= kObjectDebug;
-    void* const object = (flags & kObjectDebug) != 0 ? AllocDebugObject(size, flags, tag, caller, isOutOfMemory)
-                                                     : AllocPlainObject(size, flags, isOutOfMemory);
+    void* const object =
+        MakesDebugObject(flags) ? AllocDebugObject(size, flags, tag, caller) : AllocPlainObject(size, flags);
     if (object == nullptr)
         return nullptr;
     if ((flags & kObjectZero) == 0 && (flags & kObjectFill) != 0)
@@ -90,29 +98,18 @@ void clsHeapNode::CountAllocation()
     ++_totalAllocations;
 }
 
-void* clsHeapNode::AllocDebugObject(
-    std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const void* caller, bool& isOutOfMemory)
+char* clsHeapNode::AllocBlock(std::size_t size, std::uint32_t flags)
 {
-    if (static_cast<std::int32_t>(size) < 0)
-    {
-        if (!UtilIsDebugActive())
-            return nullptr;
-        const ReportBlock block(L"Error: clsHeapNode['%s'/'%s']::AllocObject%s(%d)", ModuleName(), Name(), L"D", size);
-        const CallChains::Captured captured(caller);
-        const std::size_t count = std::min(captured.Count(), kMostTraces);
-        ReportLine(L"%d traces", static_cast<int>(count));
-        for (std::size_t i = 0; i < count; ++i)
-            ReportLine(L"  %#p", captured[i]);
-        return nullptr;
-    }
     const DWORD options = Serialization() | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
-    auto* const block = static_cast<char*>(HeapAlloc(_systemHeap, options, size + kDebugOverhead));
+    return static_cast<char*>(HeapAlloc(_systemHeap, options, size));
+}
+
+void* clsHeapNode::AllocDebugObject(
+    std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller)
+{
+    char* const block = IsPossible(size) ? AllocBlock(size + kDebugOverhead, flags) : nullptr;
     if (block == nullptr)
-    {
-        isOutOfMemory = true;
-        ReportOutOfMemory(L"D", size);
         return nullptr;
-    }
     scDebugHeader header = {};
     header.firstMagic = kFirstMagic;
     header.systemHeap = _systemHeap;
@@ -129,34 +126,43 @@ void* clsHeapNode::AllocDebugObject(
     return block + kDebugHeaderSize;
 }
 
-void* clsHeapNode::AllocPlainObject(std::uint32_t size, std::uint32_t flags, bool& isOutOfMemory)
+void* clsHeapNode::AllocPlainObject(std::uint32_t size, std::uint32_t flags)
 {
-    char* block = nullptr;
-    if (static_cast<std::int32_t>(size) >= 0)
-    {
-        const DWORD options = Serialization() | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
-        block = static_cast<char*>(HeapAlloc(_systemHeap, options, size + kPlainOverhead));
-        isOutOfMemory = block == nullptr;
-    }
+    char* const block = IsPossible(size) ? AllocBlock(size + kPlainOverhead, flags) : nullptr;
     if (block == nullptr)
-    {
-        ReportOutOfMemory(L"ND", size);
         return nullptr;
-    }
     PutWord(block, kPlainMagic);
     return block + kPlainOverhead;
 }
 
-void clsHeapNode::ReportOutOfMemory(const wchar_t* kind, std::uint32_t size) const
+bool clsHeapNode::ReportFailedAllocation(std::uint32_t size, std::uint32_t flags, const CallSite& caller) const
 {
-    ReportLine(L"Error: clsHeapNode['%s'/'%s']::AllocObject%s(%d): Out of memory", ModuleName(), Name(), kind, size);
+    const bool isDebug = MakesDebugObject(flags);
+    if (isDebug && !IsPossible(size))
+        ReportImpossibleSize(size, caller);
+    else
+        ReportLine(L"Error: clsHeapNode['%s'/'%s']::AllocObject%s(%d): Out of memory", ModuleName(), Name(),
+            isDebug ? L"D" : L"ND", size);
+    return IsPossible(size);
+}
+
+void clsHeapNode::ReportImpossibleSize(std::uint32_t size, const CallSite& caller) const
+{
+    if (!UtilIsDebugActive())
+        return;
+    const ReportBlock block(L"Error: clsHeapNode['%s'/'%s']::AllocObject%s(%d)", ModuleName(), Name(), L"D", size);
+    const CallChains::Captured captured(caller);
+    const std::size_t count = std::min(captured.Count(), kMostTraces);
+    ReportLine(L"%d traces", static_cast<int>(count));
+    for (std::size_t i = 0; i < count; ++i)
+        ReportLine(L"  %#p", captured[i]);
 }
 
 // Returns true if a block of this heap begins at an address. On some systems HeapSize reads in front of any pointer, so
 // HeapValidate has to find the block. Takes the system heap's lock: a host may allocate from it at the same time.
 bool clsHeapNode::IsBlock(const void* block) const
 {
-    if (block == nullptr || reinterpret_cast<std::uintptr_t>(block) % kBlockAlignment != 0)
+    if (block == nullptr || !IsAligned(block))
         return false;
     const HeapFunctions& functions = LateHeapFunctions();
     if (functions.validate != nullptr)
@@ -182,19 +188,51 @@ clsHeapNode::Object clsHeapNode::Inspect(const void* object) const
     return {canHaveHeader ? WordAt(word) : ReadWordCarefully(word), false, canHaveHeader ? size : kNoBlock};
 }
 
-[[gnu::always_inline]] inline std::int32_t clsHeapNode::FreePlainObject(char* object, bool isBlock)
+// While lines are received, freed memory is filled, and errors have to be told.
+bool clsHeapNode::FreeQuickly(void* object)
 {
-    char* const begin = BytesAt(object, -static_cast<std::ptrdiff_t>(kPlainOverhead));
-    if (isBlock && !UtilIsDebugActive() && HeapFree(_systemHeap, Serialization(), begin)) [[likely]]
-    {
-        --_liveObjects;
-        return 0;
-    }
-    return FreePlainObjectWithReport(object, isBlock);
+    const HeapFunctions* const functions = heapFunctions.load(std::memory_order_acquire);
+    if (functions == nullptr || functions->freeMarked == nullptr || functions->sizeOfAny == nullptr ||
+        UtilIsDebugActive())
+        return false;
+    char* const plain = BytesAt(object, -static_cast<std::ptrdiff_t>(kPlainOverhead));
+    if (!IsAligned(plain))
+        return FreeDebugObjectQuickly(static_cast<char*>(object), *functions);
+    if (!functions->freeMarked(_systemHeap, Serialization(), plain, kPlainMagic))
+        return false;
+    --_liveObjects;
+    return true;
+}
+
+bool clsHeapNode::FreeDebugObjectQuickly(char* object, const HeapFunctions& functions)
+{
+    char* const block = BytesAt(object, -static_cast<std::ptrdiff_t>(kDebugHeaderSize));
+    const std::size_t blockSize =
+        IsAligned(block) ? functions.sizeOfAny(_systemHeap, Serialization(), block) : kNoBlock;
+    if (blockSize == kNoBlock || blockSize < kDebugOverhead)
+        return false;
+    __builtin_prefetch(block + blockSize - sizeof kFence); // while the header is loaded
+    scDebugHeader header;
+    std::memcpy(&header, block, sizeof header);
+    if (header.secondMagic != kSecondMagic || header.firstMagic != kFirstMagic || header.size < 0 ||
+        !HasFenceInBlock(object, header.size, blockSize) || !HeapFree(_systemHeap, Serialization(), block))
+        return false;
+    CountFreedDebugObject(header);
+    return true;
+}
+
+void clsHeapNode::CountFreedDebugObject(const scDebugHeader& header)
+{
+    ReleaseChain(header.chain);
+    --_liveObjects;
+    _liveBytes =
+        static_cast<std::int32_t>(static_cast<std::uint32_t>(_liveBytes) - static_cast<std::uint32_t>(header.size));
 }
 
 std::int32_t clsHeapNode::FreeObject(void* object)
 {
+    if (FreeQuickly(object)) [[likely]]
+        return 0;
     const Object found = Inspect(object);
     if (found.magic == kSecondMagic)
         return FreeDebugObject(static_cast<char*>(object), found.debugBlockSize);
@@ -244,10 +282,7 @@ std::int32_t clsHeapNode::FreeDebugObject(char* object, std::size_t blockSize)
             std::memset(object, kFreedByte, blockSize - kDebugOverhead);
         if (HeapFree(_systemHeap, Serialization(), begin))
         {
-            ReleaseChain(found);
-            --_liveObjects;
-            _liveBytes = static_cast<std::int32_t>(
-                static_cast<std::uint32_t>(_liveBytes) - static_cast<std::uint32_t>(found.header.size));
+            CountFreedDebugObject(found.header);
             return 0;
         }
     }
@@ -257,7 +292,7 @@ std::int32_t clsHeapNode::FreeDebugObject(char* object, std::size_t blockSize)
     return kHeapsBadObject;
 }
 
-std::int32_t clsHeapNode::FreePlainObjectWithReport(char* object, bool isBlock)
+std::int32_t clsHeapNode::FreePlainObject(char* object, bool isBlock)
 {
     ReportBlock block;
     const auto open = [&]

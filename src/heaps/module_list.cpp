@@ -18,6 +18,35 @@ namespace
 // STATUS_NO_MEMORY
 constexpr DWORD kNoMemoryStatus = 0xC0000017;
 
+// Owns a section until the end of the scope, from the beginning if the process has other threads.
+class SectionUnlessAlone
+{
+public:
+    explicit SectionUnlessAlone(clsCriticalSection& section) : _section(section)
+    {
+        if (!IsOnlyThread())
+            Enter();
+    }
+    SectionUnlessAlone(const SectionUnlessAlone&) = delete;
+    SectionUnlessAlone& operator=(const SectionUnlessAlone&) = delete;
+    ~SectionUnlessAlone()
+    {
+        if (_isEntered)
+            _section.Leave();
+    }
+
+    void Enter()
+    {
+        if (!_isEntered)
+            _section.Enter();
+        _isEntered = true;
+    }
+
+private:
+    clsCriticalSection& _section;
+    bool _isEntered = false;
+};
+
 clsModuleList& moduleList = MakeForever<clsModuleList>(); // so the section exists from the library's load on
 
 } // namespace
@@ -51,7 +80,7 @@ std::int32_t clsModuleList::Traced(clsHeapNode* heap, const wchar_t* format, Wor
     return result;
 }
 
-clsModuleNode* clsModuleList::Open(const wchar_t* name, std::uint32_t flags, const void* caller)
+clsModuleNode* clsModuleList::Open(const wchar_t* name, std::uint32_t flags, const CallSite& caller)
 {
     const clsCriticalSectionLock lock(_section);
     clsModuleNode* module = Find(name != nullptr ? name : L"");
@@ -89,8 +118,9 @@ std::int32_t clsModuleList::Close(clsModuleNode* module)
 }
 
 clsHeapNode* clsModuleList::CreateHeap(
-    clsModuleNode* module, const wchar_t* name, std::uint32_t flags, const void* caller)
+    clsModuleNode* module, const wchar_t* name, std::uint32_t flags, const CallSite& caller)
 {
+    LateHeapFunctions(); // so that objects needn't resolve them
     const clsCriticalSectionLock lock(_section);
     if (!HasModule(module))
         return nullptr;
@@ -179,15 +209,15 @@ std::int32_t clsModuleList::GroupLeaks(
 }
 
 void* clsModuleList::AllocObject(
-    clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const void* caller)
+    clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller)
 {
     bool raises = false;
     {
-        const clsCriticalSectionLock lock(_section);
-        bool isOutOfMemory = false;
-        if (void* const object = heap->AllocObject(size, flags, tag, caller, isOutOfMemory)) [[likely]]
+        SectionUnlessAlone section(_section);
+        if (void* const object = heap->AllocObject(size, flags, tag, caller)) [[likely]]
             return object;
-        raises = isOutOfMemory && heap->RaisesExceptions();
+        section.Enter(); // whoever receives the report may start threads
+        raises = heap->ReportFailedAllocation(size, flags, caller) && heap->RaisesExceptions();
     }
     if (raises)
         RaiseException(kNoMemoryStatus, 0, 0, nullptr);
@@ -200,6 +230,8 @@ std::int32_t clsModuleList::FreeObject(clsHeapNode* heap, void* object)
     __builtin_prefetch(BytesAt(object, -static_cast<std::ptrdiff_t>(kPlainOverhead)));
     if (heap->IsDebugHeap())
         __builtin_prefetch(BytesAt(object, -static_cast<std::ptrdiff_t>(kDebugHeaderSize)));
+    if (IsOnlyThread() && heap->FreeQuickly(object))
+        return 0;
     const clsCriticalSectionLock lock(_section);
     return heap->FreeObject(object);
 }
@@ -226,7 +258,7 @@ clsModuleNode* clsModuleList::OwnerOf(const void* heap) const
     return nullptr;
 }
 
-clsModuleNode* clsModuleList::Add(const wchar_t* name, std::uint32_t flags, const void* caller)
+clsModuleNode* clsModuleList::Add(const wchar_t* name, std::uint32_t flags, const CallSite& caller)
 {
     clsModuleNode* const module = clsModuleNode::Create(name, flags, _chains, caller);
     if (module == nullptr)

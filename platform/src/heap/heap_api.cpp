@@ -2,6 +2,7 @@
 #include "base/fail.h"
 #include "base/fork_gate.h"
 #include "heap/private_heap.h"
+#include "heap/quick_blocks.h"
 
 #include <cstring>
 
@@ -15,6 +16,7 @@ namespace
 
 // STATUS_NO_MEMORY
 constexpr DWORD kNoMemory = 0xC0000017;
+constexpr SIZE_T kNoSize = static_cast<SIZE_T>(-1);
 
 constinit PrivateHeap processHeap;
 
@@ -23,34 +25,46 @@ PrivateHeap& HeapOf(HANDLE handle)
     return *static_cast<PrivateHeap*>(handle);
 }
 
-// Holds the lock of a heap, except in a process with one thread: no operation starts another one. Without the lock, the
-// heap is still complete in a forked child.
+// Holds the lock of a heap, or holds off forks if the caller serializes the calls itself, so that the heap is complete in
+// a forked child. A process with one thread needs neither: nobody else uses the heap or forks, and no operation starts a
+// thread.
 class HeapGuard
 {
 public:
-    HeapGuard(PrivateHeap& heap, DWORD flags) : _section(nullptr)
+    HeapGuard(PrivateHeap& heap, DWORD flags)
     {
-        if (__libc_single_threaded || ((heap.Options() | flags) & HEAP_NO_SERIALIZE) != 0)
-        {
-            BeginForkHold();
+        if (__libc_single_threaded)
             return;
-        }
         _section = &heap.Section();
-        EnterCriticalSection(_section);
+        _isSerialized = ((heap.Options() | flags) & HEAP_NO_SERIALIZE) == 0;
+        if (_isSerialized)
+            EnterCriticalSection(_section);
+        else
+            BeginForkHold();
     }
     HeapGuard(const HeapGuard&) = delete;
     HeapGuard& operator=(const HeapGuard&) = delete;
     ~HeapGuard()
     {
-        if (_section != nullptr)
+        if (_section == nullptr)
+            return;
+        if (_isSerialized)
             LeaveCriticalSection(_section);
         else
             EndForkHold();
     }
 
 private:
-    CRITICAL_SECTION* _section;
+    CRITICAL_SECTION* _section = nullptr; // null in a process with one thread
+    bool _isSerialized = false;
 };
+
+SIZE_T SizeOfAny(PrivateHeap& heap, DWORD flags, const void* block)
+{
+    const HeapGuard guard(heap, flags);
+    PrivateHeap::Place place;
+    return heap.Find(block, place) ? PrivateHeap::SizeOf(place) : kNoSize;
+}
 
 } // namespace
 
@@ -112,13 +126,32 @@ BOOL WINAPI HeapFree(HANDLE hHeap, DWORD dwFlags, LPVOID lpMem)
 
 SIZE_T WINAPI HeapSize(HANDLE hHeap, DWORD dwFlags, LPCVOID lpMem)
 {
+    const SIZE_T size = SizeOfAny(HeapOf(hHeap), dwFlags, lpMem);
+    if (size == kNoSize)
+        SetLastError(ERROR_INVALID_PARAMETER);
+    return size;
+}
+
+SIZE_T WINAPI QxHeapSizeOfAny(HANDLE hHeap, DWORD dwFlags, LPCVOID lpMem)
+{
+    return SizeOfAny(HeapOf(hHeap), dwFlags, lpMem);
+}
+
+BOOL WINAPI QxHeapFreeMarked(HANDLE hHeap, DWORD dwFlags, LPVOID lpMem, DWORD mark)
+{
     PrivateHeap& heap = HeapOf(hHeap);
     const HeapGuard guard(heap, dwFlags);
     PrivateHeap::Place place;
-    if (heap.Find(lpMem, place))
-        return PrivateHeap::SizeOf(place);
-    SetLastError(ERROR_INVALID_PARAMETER);
-    return static_cast<SIZE_T>(-1);
+    if (!heap.Find(lpMem, place) || PrivateHeap::SizeOf(place) < sizeof mark ||
+        std::memcmp(lpMem, &mark, sizeof mark) != 0)
+        return FALSE;
+    heap.Free(place);
+    return TRUE;
+}
+
+const char* WINAPI QxSingleThreadedFlag(void)
+{
+    return &__libc_single_threaded;
 }
 
 BOOL WINAPI HeapWalk(HANDLE hHeap, LPPROCESS_HEAP_ENTRY lpEntry)

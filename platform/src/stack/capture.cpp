@@ -211,10 +211,21 @@ unsigned CaptureAddresses(const FrameRegisters& start, unsigned skip, unsigned c
 
 using namespace qxplatform;
 
+namespace
+{
+
+constexpr DWORD kMostFrames = 0xFFFF;
+
+} // namespace
+
+WORD WINAPI QxCaptureFrom(const FrameRegisters* start, DWORD count, PVOID* addresses)
+{
+    return static_cast<WORD>(CaptureAddresses(*start, 0, std::min(count, kMostFrames), addresses));
+}
+
 // The function has a frame pointer, because it reads its frame's address.
 WORD NTAPI RtlCaptureStackBackTrace(DWORD FramesToSkip, DWORD FramesToCapture, PVOID* BackTrace, DWORD* BackTraceHash)
 {
-    constexpr DWORD kMostFrames = 0xFFFF;
     const auto* const frame = static_cast<const std::uintptr_t*>(__builtin_frame_address(0));
     const FrameRegisters start{reinterpret_cast<std::uintptr_t>(frame + 2), frame[0], frame[1]};
     const unsigned count = CaptureAddresses(start, FramesToSkip, std::min(FramesToCapture, kMostFrames), BackTrace);
