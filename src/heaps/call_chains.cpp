@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
 
 namespace qx
 {
@@ -45,9 +46,9 @@ unsigned CaptureProtected(const CallSite& caller, void** addresses, unsigned cou
     return stored;
 }
 
-std::uint64_t Mixed(std::uint64_t hash, const void* address)
+std::uint64_t Mixed(std::uint64_t hash)
 {
-    hash = (hash ^ reinterpret_cast<std::uintptr_t>(address)) * 0x9E3779B97F4A7C15u;
+    hash *= 0x9E3779B97F4A7C15u;
     return hash ^ (hash >> 29);
 }
 
@@ -82,10 +83,7 @@ CallChains::~CallChains()
 
 const scCallChain* CallChains::Use(const Captured& captured)
 {
-    std::uint64_t mixed = captured.Count();
-    for (std::size_t i = 0; i < captured.Count(); ++i)
-        mixed = Mixed(mixed, captured[i]);
-    const auto hash = static_cast<std::uint32_t>(mixed >> 32);
+    const std::uint32_t hash = HashOf(captured);
     for (Record* record = _byContent[hash & (_buckets - 1)]; record != nullptr; record = record->nextByContent)
     {
         if (record->hash != hash)
@@ -125,7 +123,16 @@ void CallChains::Release(const scCallChain* chain)
 
 std::size_t CallChains::HashOf(const void* address)
 {
-    return static_cast<std::size_t>(Mixed(0, address) >> 32);
+    return static_cast<std::size_t>(Mixed(reinterpret_cast<std::uintptr_t>(address)) >> 32);
+}
+
+// Each address is rotated by another distance, because a multiplication for each would take longer than the comparison.
+std::uint32_t CallChains::HashOf(const Captured& captured)
+{
+    std::uint64_t hash = captured.Count();
+    for (std::size_t i = 0; i < captured.Count(); ++i)
+        hash = std::rotl(hash, 5) ^ reinterpret_cast<std::uintptr_t>(captured[i]);
+    return static_cast<std::uint32_t>(Mixed(hash) >> 32);
 }
 
 CallChains::Record* CallChains::Find(const scCallChain* chain) const

@@ -75,6 +75,7 @@ private:
     static constexpr std::size_t kFirstBuckets = 64;
 
     static std::size_t HashOf(const void* address);
+    static std::uint32_t HashOf(const Captured& captured);
     Record* Find(const scCallChain* chain) const;
     void Grow();
     void Insert(Record& record);

@@ -110,17 +110,18 @@ void* clsHeapNode::AllocDebugObject(
     char* const block = IsPossible(size) ? AllocBlock(size + kDebugOverhead, flags) : nullptr;
     if (block == nullptr)
         return nullptr;
-    scDebugHeader header = {};
-    header.firstMagic = kFirstMagic;
-    header.systemHeap = _systemHeap;
-    header.tick = GetTickCount();
-    if ((flags & kObjectNoChain) == 0)
-        header.chain = _chains.Use(CallChains::Captured(caller));
-    _chainsInUse += header.chain != nullptr;
-    header.tag = tag;
-    header.size = static_cast<std::int32_t>(size);
-    header.secondMagic = kSecondMagic;
-    std::memcpy(block, &header, sizeof header);
+    const scCallChain* const chain =
+        (flags & kObjectNoChain) == 0 ? _chains.Use(CallChains::Captured(caller)) : nullptr;
+    _chainsInUse += chain != nullptr;
+    new (block) scDebugHeader{.firstMagic = kFirstMagic,
+        .reserved = 0,
+        .systemHeap = _systemHeap,
+        .tick = GetTickCount(),
+        .reserved2 = 0,
+        .chain = chain,
+        .tag = tag,
+        .size = static_cast<std::int32_t>(size),
+        .secondMagic = kSecondMagic};
     PutWord(block + kDebugHeaderSize + size, kFence);
     _liveBytes = static_cast<std::int32_t>(static_cast<std::uint32_t>(_liveBytes) + size);
     return block + kDebugHeaderSize;

@@ -6,6 +6,7 @@
 #include "stack/unwinder.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace qxplatform
 {
@@ -22,6 +23,8 @@ public:
     bool Contains(std::uintptr_t address)
     {
         if (_last.Contains(address)) [[likely]]
+            return true;
+        if (FindPermanentModule(address, _last))
             return true;
         for (unsigned index = 0; index < _count; ++index)
             if (_modules[index].Contains(address))
@@ -124,7 +127,7 @@ private:
     {
         const std::uintptr_t address = _address - (_isExact ? 0 : 1);
         FrameRule rule;
-        const bool isFound = FindTables(address) && FindFrameRule(_tables.table, address, rule);
+        const bool isFound = FindTables(address) && _rules->Find(address, rule);
         if (isFound && isCacheable)
         {
             const ShortRule shortRule = ShortRuleOf(rule, _tables.table);
@@ -154,12 +157,18 @@ private:
     // Most frames are in the same module as the frame before.
     bool FindTables(std::uintptr_t address)
     {
-        return address - _tables.begin < _tables.end - _tables.begin || FindModuleTables(address, _tables);
+        if (address - _tables.begin < _tables.end - _tables.begin)
+            return true;
+        if (!FindModuleTables(address, _tables))
+            return false;
+        _rules.emplace(_tables.table);
+        return true;
     }
 
     StackMemory _memory;
     MetModules _modules;
     ModuleTables _tables;
+    std::optional<RuleFinder> _rules; // of these tables
     std::uintptr_t _stackPointer;
     std::uintptr_t _framePointer;
     std::uintptr_t _address;
