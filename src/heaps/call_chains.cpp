@@ -21,8 +21,8 @@ std::atomic<CaptureProtection> captureProtection = nullptr;
     constexpr unsigned kFrames = 40;
     scCaller entries[kFrames];
     const scCaller* const end = entries + CaptureCallers(entries, kFrames);
-    const scCaller* entry = std::find_if(static_cast<const scCaller*>(entries), end,
-        [caller](const scCaller& each) { return each.address == caller; });
+    const scCaller* entry = std::find_if(
+        static_cast<const scCaller*>(entries), end, [caller](const scCaller& each) { return each.address == caller; });
     unsigned stored = 0;
     for (; entry != end && stored < count; ++entry)
         addresses[stored++] = entry->address;

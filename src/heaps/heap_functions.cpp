@@ -25,7 +25,7 @@ HeapFunctions Resolved()
     Resolve(functions.compact, kernel.p_HeapCompact);
     Resolve(functions.freeMarked, kernel.p_QxHeapFreeMarked);
     Resolve(functions.sizeOfAny, kernel.p_QxHeapSizeOfAny);
-    const char*(WINAPI* singleThreadedFlag)() = nullptr;
+    const char*(WINAPI * singleThreadedFlag)() = nullptr;
     Resolve(singleThreadedFlag, kernel.p_QxSingleThreadedFlag);
     if (singleThreadedFlag != nullptr)
         functions.isSingleThreaded = singleThreadedFlag();

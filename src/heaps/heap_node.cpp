@@ -104,8 +104,7 @@ char* clsHeapNode::AllocBlock(std::size_t size, std::uint32_t flags)
     return static_cast<char*>(HeapAlloc(_systemHeap, options, size));
 }
 
-void* clsHeapNode::AllocDebugObject(
-    std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller)
+void* clsHeapNode::AllocDebugObject(std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller)
 {
     char* const block = IsPossible(size) ? AllocBlock(size + kDebugOverhead, flags) : nullptr;
     if (block == nullptr)

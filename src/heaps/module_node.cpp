@@ -19,7 +19,8 @@ clsModuleNode::clsModuleNode(const wchar_t* name, std::uint32_t flags, CallChain
     CopyName(_name, name);
 }
 
-clsModuleNode* clsModuleNode::Create(const wchar_t* name, std::uint32_t flags, CallChains& chains, const CallSite& caller)
+clsModuleNode* clsModuleNode::Create(
+    const wchar_t* name, std::uint32_t flags, CallChains& chains, const CallSite& caller)
 {
     void* const memory = HeapAlloc(GetProcessHeap(), 0, sizeof(clsModuleNode));
     if (memory == nullptr)

@@ -25,9 +25,9 @@ PrivateHeap& HeapOf(HANDLE handle)
     return *static_cast<PrivateHeap*>(handle);
 }
 
-// Holds the lock of a heap, or holds off forks if the caller serializes the calls itself, so that the heap is complete in
-// a forked child. A process with one thread needs neither: nobody else uses the heap or forks, and no operation starts a
-// thread.
+// Holds the lock of a heap, or holds off forks if the caller serializes the calls itself, so that the heap is complete
+// in a forked child. A process with one thread needs neither: nobody else uses the heap or forks, and no operation
+// starts a thread.
 class HeapGuard
 {
 public:
