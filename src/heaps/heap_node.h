@@ -70,6 +70,10 @@ public:
 
     // The first two report nothing and call no foreign code, so the only thread of a process needs no section for them.
 
+    bool MakesDebugObject(std::uint32_t flags) const
+    {
+        return (flags & kObjectDebug) != 0 || (IsDebugHeap() && (flags & kObjectPlain) == 0);
+    }
     // Returns null on failure.
     void* AllocObject(std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller);
     // Frees an object about which there is nothing to report. Otherwise returns false and changes nothing.
@@ -114,10 +118,6 @@ private:
     std::size_t BlockSize(const void* block) const; // of a block of this heap
     DebugObject ReadDebugObject(const void* object, std::size_t blockSize) const;
 
-    bool MakesDebugObject(std::uint32_t flags) const
-    {
-        return (flags & kObjectDebug) != 0 || (IsDebugHeap() && (flags & kObjectPlain) == 0);
-    }
     char* AllocBlock(std::size_t size, std::uint32_t flags);
     void* AllocDebugObject(std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller);
     void* AllocPlainObject(std::uint32_t size, std::uint32_t flags);

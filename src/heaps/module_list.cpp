@@ -18,43 +18,10 @@ namespace
 // STATUS_NO_MEMORY
 constexpr DWORD kNoMemoryStatus = 0xC0000017;
 
-// Owns a section until the end of the scope, from the beginning if the process has other threads.
-class SectionUnlessAlone
-{
-public:
-    explicit SectionUnlessAlone(clsCriticalSection& section) : _section(section)
-    {
-        if (!IsOnlyThread())
-            Enter();
-    }
-    SectionUnlessAlone(const SectionUnlessAlone&) = delete;
-    SectionUnlessAlone& operator=(const SectionUnlessAlone&) = delete;
-    ~SectionUnlessAlone()
-    {
-        if (_isEntered)
-            _section.Leave();
-    }
-
-    void Enter()
-    {
-        if (!_isEntered)
-            _section.Enter();
-        _isEntered = true;
-    }
-
-private:
-    clsCriticalSection& _section;
-    bool _isEntered = false;
-};
-
-clsModuleList& moduleList = MakeForever<clsModuleList>(); // so the section exists from the library's load on
-
 } // namespace
 
-clsModuleList& clsModuleList::Instance()
-{
-    return moduleList;
-}
+clsModuleList& clsModuleList::instance =
+    MakeForever<clsModuleList>(); // so the section exists from the library's load on
 
 clsModuleList::~clsModuleList()
 {
@@ -211,17 +178,31 @@ std::int32_t clsModuleList::GroupLeaks(
 void* clsModuleList::AllocObject(
     clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller)
 {
+    void* const object = IsOnlyThread() ? heap->AllocObject(size, flags, tag, caller)
+                                        : AllocObjectInSection(heap, size, flags, tag, caller);
+    if (object == nullptr) [[unlikely]]
+        ReportFailedAllocation(heap, size, flags, caller);
+    return object;
+}
+
+[[gnu::noinline]] void* clsModuleList::AllocObjectInSection(
+    clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller)
+{
+    const clsCriticalSectionLock lock(_section);
+    return heap->AllocObject(size, flags, tag, caller);
+}
+
+// In the section in any case, because whoever receives the report may start threads.
+void clsModuleList::ReportFailedAllocation(
+    const clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, const CallSite& caller)
+{
     bool raises = false;
     {
-        SectionUnlessAlone section(_section);
-        if (void* const object = heap->AllocObject(size, flags, tag, caller)) [[likely]]
-            return object;
-        section.Enter(); // whoever receives the report may start threads
+        const clsCriticalSectionLock lock(_section);
         raises = heap->ReportFailedAllocation(size, flags, caller) && heap->RaisesExceptions();
     }
     if (raises)
         RaiseException(kNoMemoryStatus, 0, 0, nullptr);
-    return nullptr;
 }
 
 std::int32_t clsModuleList::FreeObject(clsHeapNode* heap, void* object)

@@ -16,7 +16,7 @@ namespace qx
 class clsModuleList
 {
 public:
-    static clsModuleList& Instance();
+    static clsModuleList& Instance() { return instance; }
 
     clsModuleList() = default;
     clsModuleList(const clsModuleList&) = delete;
@@ -57,8 +57,15 @@ private:
     std::int32_t Delete(clsModuleNode* module);
     clsModuleNode* Find(const wchar_t* name) const;
 
+    void* AllocObjectInSection(
+        clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller);
+    void ReportFailedAllocation(
+        const clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, const CallSite& caller);
+
     template <class Work>
     std::int32_t Traced(clsHeapNode* heap, const wchar_t* format, Work work);
+
+    static clsModuleList& instance;
 
     clsCriticalSection _section;
     clsModuleNode* _first = nullptr;

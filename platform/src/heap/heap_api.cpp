@@ -32,12 +32,9 @@ class HeapGuard
 {
 public:
     HeapGuard(PrivateHeap& heap, DWORD flags)
+        : _section(((heap.Options() | flags) & HEAP_NO_SERIALIZE) == 0 ? &heap.Section() : nullptr)
     {
-        if (__libc_single_threaded)
-            return;
-        _section = &heap.Section();
-        _isSerialized = ((heap.Options() | flags) & HEAP_NO_SERIALIZE) == 0;
-        if (_isSerialized)
+        if (_section != nullptr)
             EnterCriticalSection(_section);
         else
             BeginForkHold();
@@ -46,24 +43,64 @@ public:
     HeapGuard& operator=(const HeapGuard&) = delete;
     ~HeapGuard()
     {
-        if (_section == nullptr)
-            return;
-        if (_isSerialized)
+        if (_section != nullptr)
             LeaveCriticalSection(_section);
         else
             EndForkHold();
     }
 
 private:
-    CRITICAL_SECTION* _section = nullptr; // null in a process with one thread
-    bool _isSerialized = false;
+    CRITICAL_SECTION* const _section;
 };
+
+template <class Work>
+[[gnu::noinline]] auto RunGuarded(PrivateHeap& heap, DWORD flags, Work work)
+{
+    const HeapGuard guard(heap, flags);
+    return work();
+}
+
+// Runs a short operation of a heap. A process with one thread needs no guard: nobody else uses the heap or forks, and
+// no operation starts a thread. The two ways are separate functions, so that the short one saves no registers.
+template <class Work>
+[[gnu::always_inline]] inline auto Run(PrivateHeap& heap, DWORD flags, Work work)
+{
+    if (__libc_single_threaded) [[likely]]
+        return work();
+    return RunGuarded(heap, flags, work);
+}
 
 SIZE_T SizeOfAny(PrivateHeap& heap, DWORD flags, const void* block)
 {
-    const HeapGuard guard(heap, flags);
+    return Run(heap, flags,
+        [&heap, block]
+        {
+            PrivateHeap::Place place;
+            return heap.Find(block, place) ? PrivateHeap::SizeOf(place) : kNoSize;
+        });
+}
+
+bool FreeMarked(PrivateHeap& heap, const void* block, DWORD mark)
+{
     PrivateHeap::Place place;
-    return heap.Find(block, place) ? PrivateHeap::SizeOf(place) : kNoSize;
+    if (!heap.Find(block, place) || PrivateHeap::SizeOf(place) < sizeof mark ||
+        std::memcmp(block, &mark, sizeof mark) != 0)
+        return false;
+    heap.Free(place);
+    return true;
+}
+
+struct NewBlock
+{
+    void* address;
+    bool isZeroed;
+};
+
+NewBlock Allocate(PrivateHeap& heap, std::size_t size)
+{
+    NewBlock block{nullptr, false};
+    block.address = heap.Allocate(size, block.isZeroed);
+    return block;
 }
 
 } // namespace
@@ -98,21 +135,16 @@ BOOL WINAPI HeapDestroy(HANDLE hHeap)
 LPVOID WINAPI HeapAlloc(HANDLE hHeap, DWORD dwFlags, SIZE_T dwBytes)
 {
     PrivateHeap& heap = HeapOf(hHeap);
-    void* block = nullptr;
-    bool isZeroed = false;
-    {
-        const HeapGuard guard(heap, dwFlags);
-        block = heap.Allocate(dwBytes, isZeroed);
-    }
-    if (block == nullptr) [[unlikely]]
+    const NewBlock block = Run(heap, dwFlags, [&heap, dwBytes] { return Allocate(heap, dwBytes); });
+    if (block.address == nullptr) [[unlikely]]
     {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
         if (((heap.Options() | dwFlags) & HEAP_GENERATE_EXCEPTIONS) != 0)
             RaiseException(kNoMemory, 0, 0, nullptr);
     }
-    else if ((dwFlags & HEAP_ZERO_MEMORY) != 0 && !isZeroed)
-        std::memset(block, 0, dwBytes);
-    return block;
+    else if ((dwFlags & HEAP_ZERO_MEMORY) != 0 && !block.isZeroed)
+        std::memset(block.address, 0, dwBytes);
+    return block.address;
 }
 
 BOOL WINAPI HeapFree(HANDLE hHeap, DWORD dwFlags, LPVOID lpMem)
@@ -120,8 +152,7 @@ BOOL WINAPI HeapFree(HANDLE hHeap, DWORD dwFlags, LPVOID lpMem)
     if (lpMem == nullptr)
         return TRUE;
     PrivateHeap& heap = HeapOf(hHeap);
-    const HeapGuard guard(heap, dwFlags);
-    return heap.Free(lpMem) ? TRUE : Fail(ERROR_INVALID_PARAMETER);
+    return Run(heap, dwFlags, [&heap, lpMem] { return heap.Free(lpMem); }) ? TRUE : Fail(ERROR_INVALID_PARAMETER);
 }
 
 SIZE_T WINAPI HeapSize(HANDLE hHeap, DWORD dwFlags, LPCVOID lpMem)
@@ -140,13 +171,7 @@ SIZE_T WINAPI QxHeapSizeOfAny(HANDLE hHeap, DWORD dwFlags, LPCVOID lpMem)
 BOOL WINAPI QxHeapFreeMarked(HANDLE hHeap, DWORD dwFlags, LPVOID lpMem, DWORD mark)
 {
     PrivateHeap& heap = HeapOf(hHeap);
-    const HeapGuard guard(heap, dwFlags);
-    PrivateHeap::Place place;
-    if (!heap.Find(lpMem, place) || PrivateHeap::SizeOf(place) < sizeof mark ||
-        std::memcmp(lpMem, &mark, sizeof mark) != 0)
-        return FALSE;
-    heap.Free(place);
-    return TRUE;
+    return Run(heap, dwFlags, [&heap, lpMem, mark] { return FreeMarked(heap, lpMem, mark); });
 }
 
 const char* WINAPI QxSingleThreadedFlag(void)
