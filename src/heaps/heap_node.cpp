@@ -5,10 +5,6 @@
 #include "heaps/memory_access.h"
 #include "heaps/module_node.h"
 
-#include <windows.h>
-
-#include <heapapi.h>
-
 #include <algorithm>
 #include <new>
 
@@ -26,12 +22,6 @@ constexpr std::uintptr_t kBlockAlignment = 16;
 bool IsAligned(const void* block)
 {
     return reinterpret_cast<std::uintptr_t>(block) % kBlockAlignment == 0;
-}
-
-// Sizes of objects are signed in all results and records.
-bool IsPossible(std::uint32_t size)
-{
-    return static_cast<std::int32_t>(size) >= 0;
 }
 
 } // namespace
@@ -79,31 +69,6 @@ const wchar_t* clsHeapNode::ModuleName() const
     return _owner->Name();
 }
 
-void* clsHeapNode::AllocObject(std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller)
-{
-    void* const object =
-        MakesDebugObject(flags) ? AllocDebugObject(size, flags, tag, caller) : AllocPlainObject(size, flags);
-    if (object == nullptr)
-        return nullptr;
-    if ((flags & kObjectZero) == 0 && (flags & kObjectFill) != 0)
-        std::memset(object, kFreshByte, size);
-    CountAllocation();
-    return object;
-}
-
-void clsHeapNode::CountAllocation()
-{
-    ++_liveObjects;
-    _maximumLiveObjects = std::max(_maximumLiveObjects, _liveObjects);
-    ++_totalAllocations;
-}
-
-char* clsHeapNode::AllocBlock(std::size_t size, std::uint32_t flags)
-{
-    const DWORD options = Serialization() | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
-    return static_cast<char*>(HeapAlloc(_systemHeap, options, size));
-}
-
 void* clsHeapNode::AllocDebugObject(std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller)
 {
     char* const block = IsPossible(size) ? AllocBlock(size + kDebugOverhead, flags) : nullptr;
@@ -124,15 +89,6 @@ void* clsHeapNode::AllocDebugObject(std::uint32_t size, std::uint32_t flags, std
     PutWord(block + kDebugHeaderSize + size, kFence);
     _liveBytes = static_cast<std::int32_t>(static_cast<std::uint32_t>(_liveBytes) + size);
     return block + kDebugHeaderSize;
-}
-
-void* clsHeapNode::AllocPlainObject(std::uint32_t size, std::uint32_t flags)
-{
-    char* const block = IsPossible(size) ? AllocBlock(size + kPlainOverhead, flags) : nullptr;
-    if (block == nullptr)
-        return nullptr;
-    PutWord(block, kPlainMagic);
-    return block + kPlainOverhead;
 }
 
 bool clsHeapNode::ReportFailedAllocation(std::uint32_t size, std::uint32_t flags, const CallSite& caller) const

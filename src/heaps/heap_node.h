@@ -4,6 +4,11 @@
 #include "heaps/call_chains.h"
 #include "heaps/object_layout.h"
 
+#include <windows.h>
+
+#include <heapapi.h>
+
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -75,7 +80,19 @@ public:
         return (flags & kObjectDebug) != 0 || (IsDebugHeap() && (flags & kObjectPlain) == 0);
     }
     // Returns null on failure.
-    void* AllocObject(std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller);
+    void* AllocObject(std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller)
+    {
+        void* const object =
+            MakesDebugObject(flags) ? AllocDebugObject(size, flags, tag, caller) : AllocPlainObject(size, flags);
+        if (object == nullptr) [[unlikely]]
+            return nullptr;
+        if ((flags & (kObjectZero | kObjectFill)) == kObjectFill)
+            std::memset(object, kFreshByte, size);
+        ++_liveObjects;
+        _maximumLiveObjects = std::max(_maximumLiveObjects, _liveObjects);
+        ++_totalAllocations;
+        return object;
+    }
     // Frees an object about which there is nothing to report. Otherwise returns false and changes nothing.
     bool FreeQuickly(void* object);
     // Reports why there is no object. Returns true if the system heap had no memory.
@@ -118,11 +135,23 @@ private:
     std::size_t BlockSize(const void* block) const; // of a block of this heap
     DebugObject ReadDebugObject(const void* object, std::size_t blockSize) const;
 
-    char* AllocBlock(std::size_t size, std::uint32_t flags);
+    // Sizes of objects are signed in all results and records.
+    static bool IsPossible(std::uint32_t size) { return static_cast<std::int32_t>(size) >= 0; }
+    char* AllocBlock(std::size_t size, std::uint32_t flags)
+    {
+        const DWORD options = Serialization() | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
+        return static_cast<char*>(HeapAlloc(_systemHeap, options, size));
+    }
     void* AllocDebugObject(std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller);
-    void* AllocPlainObject(std::uint32_t size, std::uint32_t flags);
+    void* AllocPlainObject(std::uint32_t size, std::uint32_t flags)
+    {
+        char* const block = IsPossible(size) ? AllocBlock(size + kPlainOverhead, flags) : nullptr;
+        if (block == nullptr) [[unlikely]]
+            return nullptr;
+        PutWord(block, kPlainMagic);
+        return block + kPlainOverhead;
+    }
     void ReportImpossibleSize(std::uint32_t size, const CallSite& caller) const;
-    void CountAllocation();
     bool FreeDebugObjectQuickly(char* object, const HeapFunctions& functions);
     void CountFreedDebugObject(const scDebugHeader& header);
     std::int32_t FreeDebugObject(char* object, std::size_t blockSize);

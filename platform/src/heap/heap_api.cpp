@@ -90,16 +90,22 @@ bool FreeMarked(PrivateHeap& heap, const void* block, DWORD mark)
     return true;
 }
 
-struct NewBlock
+[[gnu::noinline]] void* AllocateGuarded(PrivateHeap& heap, DWORD flags, std::size_t size)
 {
-    void* address;
-    bool isZeroed;
-};
-
-NewBlock Allocate(PrivateHeap& heap, std::size_t size)
-{
-    NewBlock block{nullptr, false};
-    block.address = heap.Allocate(size, block.isZeroed);
+    void* block = nullptr;
+    bool isZeroed = false;
+    {
+        const HeapGuard guard(heap, flags);
+        block = heap.Allocate(size, isZeroed);
+    }
+    if (block == nullptr) [[unlikely]]
+    {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        if (((heap.Options() | flags) & HEAP_GENERATE_EXCEPTIONS) != 0)
+            RaiseException(kNoMemory, 0, 0, nullptr);
+    }
+    else if ((flags & HEAP_ZERO_MEMORY) != 0 && !isZeroed)
+        std::memset(block, 0, size);
     return block;
 }
 
@@ -135,16 +141,10 @@ BOOL WINAPI HeapDestroy(HANDLE hHeap)
 LPVOID WINAPI HeapAlloc(HANDLE hHeap, DWORD dwFlags, SIZE_T dwBytes)
 {
     PrivateHeap& heap = HeapOf(hHeap);
-    const NewBlock block = Run(heap, dwFlags, [&heap, dwBytes] { return Allocate(heap, dwBytes); });
-    if (block.address == nullptr) [[unlikely]]
-    {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        if (((heap.Options() | dwFlags) & HEAP_GENERATE_EXCEPTIONS) != 0)
-            RaiseException(kNoMemory, 0, 0, nullptr);
-    }
-    else if ((dwFlags & HEAP_ZERO_MEMORY) != 0 && !block.isZeroed)
-        std::memset(block.address, 0, dwBytes);
-    return block.address;
+    void* const block = __libc_single_threaded ? heap.AllocateQuickly(dwBytes) : nullptr;
+    if (block == nullptr) [[unlikely]]
+        return AllocateGuarded(heap, dwFlags, dwBytes);
+    return (dwFlags & HEAP_ZERO_MEMORY) != 0 ? std::memset(block, 0, dwBytes) : block;
 }
 
 BOOL WINAPI HeapFree(HANDLE hHeap, DWORD dwFlags, LPVOID lpMem)

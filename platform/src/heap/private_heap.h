@@ -36,11 +36,17 @@ public:
     // Returns null if memory runs out. Sets `isZeroed` if the block comes from the system.
     void* Allocate(std::size_t size, bool& isZeroed)
     {
+        void* const block = AllocateQuickly(size);
+        return block != nullptr ? block : AllocateSlowly(size, isZeroed);
+    }
+    // Returns null if more has to be done than to take a block from a span.
+    void* AllocateQuickly(std::size_t size)
+    {
         Span* const span = size <= SizeClasses::kMost ? _open[SizeClasses::Of(size)] : nullptr;
         if (span == nullptr || span->used + 1 == span->count) [[unlikely]]
-            return AllocateSlowly(size, isZeroed);
+            return nullptr;
         const std::uint32_t index = span->Take(span->blockSize - size);
-        return index != kNoBlock ? span->Block(index) : AllocateSlowly(size, isZeroed);
+        return index != kNoBlock ? span->Block(index) : nullptr;
     }
     bool Free(const void* block)
     {
