@@ -43,7 +43,7 @@ std::int32_t OfHeap(HUTHEAP heap, Work work)
 }
 
 // Not guarded, because it may raise an exception of the system.
-void* Allocate(HUTHEAP heap, std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const void* caller)
+void* Allocate(HUTHEAP heap, std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller)
 {
     return heap ? Modules().AllocObject(HeapOf(heap), size, flags, tag, caller) : AllocObjectWithoutHeap(size, flags);
 }
@@ -52,9 +52,9 @@ void* Allocate(HUTHEAP heap, std::uint32_t size, std::uint32_t flags, std::uint3
 
 HUTHEAPJOB UtilJobOpen(const QXWCHAR* name, std::uint32_t flags)
 {
-    const void* const caller = __builtin_return_address(0);
+    const CallSite caller = CallSite::OfThisFunction();
     return Guarded(static_cast<HUTHEAPJOB>(nullptr),
-        [=] { return reinterpret_cast<HUTHEAPJOB>(Modules().Open(name, flags, caller)); });
+        [&] { return reinterpret_cast<HUTHEAPJOB>(Modules().Open(name, flags, caller)); });
 }
 
 std::int32_t UtilJobClose(HUTHEAPJOB job)
@@ -64,9 +64,9 @@ std::int32_t UtilJobClose(HUTHEAPJOB job)
 
 HUTHEAP UtilHeapCreate(HUTHEAPJOB job, const QXWCHAR* name, std::uint32_t flags)
 {
-    const void* const caller = __builtin_return_address(0);
+    const CallSite caller = CallSite::OfThisFunction();
     return Guarded(static_cast<HUTHEAP>(nullptr),
-        [=] { return reinterpret_cast<HUTHEAP>(Modules().CreateHeap(ModuleOf(job), name, flags, caller)); });
+        [&] { return reinterpret_cast<HUTHEAP>(Modules().CreateHeap(ModuleOf(job), name, flags, caller)); });
 }
 
 std::int32_t UtilHeapDelete(HUTHEAP heap)
@@ -86,12 +86,12 @@ std::int32_t UtilHeapSizeObjects(HUTHEAP heap)
 
 void* UtilHeapObjectAlloc(HUTHEAP heap, std::uint32_t size, std::uint32_t flags)
 {
-    return Allocate(heap, size, flags, 0, __builtin_return_address(0));
+    return Allocate(heap, size, flags, 0, CallSite::OfThisFunction());
 }
 
 void* UtilHeapObjectAllocExt(HUTHEAP heap, std::uint32_t size, std::uint32_t flags, void*, std::uint32_t tag)
 {
-    return Allocate(heap, size, flags, tag, __builtin_return_address(0));
+    return Allocate(heap, size, flags, tag, CallSite::OfThisFunction());
 }
 
 std::int32_t UtilHeapObjectFree(HUTHEAP heap, void* object)

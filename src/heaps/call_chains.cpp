@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
 
 namespace qx
 {
@@ -14,20 +15,40 @@ namespace
 
 std::atomic<CaptureProtection> captureProtection = nullptr;
 
-unsigned CaptureProtected(scCaller* entries, unsigned count)
+// Walks through the library's own functions up to the call. Returns 0 if the walk doesn't reach it.
+[[gnu::noinline]] unsigned CaptureThroughLibrary(const void* caller, void** addresses, unsigned count)
 {
-    const CaptureProtection protection = captureProtection.load(std::memory_order_acquire);
-    if (protection == nullptr)
-        return CaptureCallers(entries, count);
-    protection(true);
-    const unsigned captured = CaptureCallers(entries, count);
-    protection(false);
-    return captured;
+    constexpr unsigned kFrames = 40;
+    scCaller entries[kFrames];
+    const scCaller* const end = entries + CaptureCallers(entries, kFrames);
+    const scCaller* entry = std::find_if(
+        static_cast<const scCaller*>(entries), end, [caller](const scCaller& each) { return each.address == caller; });
+    unsigned stored = 0;
+    for (; entry != end && stored < count; ++entry)
+        addresses[stored++] = entry->address;
+    return stored;
 }
 
-std::uint64_t Mixed(std::uint64_t hash, const void* address)
+unsigned CaptureChain(const CallSite& caller, void** addresses, unsigned count)
 {
-    hash = (hash ^ reinterpret_cast<std::uintptr_t>(address)) * 0x9E3779B97F4A7C15u;
+    const unsigned stored = CaptureFrom(caller, addresses, count);
+    return stored != 0 ? stored : CaptureThroughLibrary(caller.address, addresses, count);
+}
+
+unsigned CaptureProtected(const CallSite& caller, void** addresses, unsigned count)
+{
+    const CaptureProtection protection = captureProtection.load(std::memory_order_acquire);
+    if (protection == nullptr) [[likely]]
+        return CaptureChain(caller, addresses, count);
+    protection(true);
+    const unsigned stored = CaptureChain(caller, addresses, count);
+    protection(false);
+    return stored;
+}
+
+std::uint64_t Mixed(std::uint64_t hash)
+{
+    hash *= 0x9E3779B97F4A7C15u;
     return hash ^ (hash >> 29);
 }
 
@@ -38,20 +59,13 @@ CaptureProtection SetCaptureProtection(CaptureProtection protection)
     return captureProtection.exchange(protection, std::memory_order_acq_rel);
 }
 
-CallChains::Captured::Captured(const void* caller)
+CallChains::Captured::Captured(const CallSite& caller)
+    : _count(CaptureProtected(caller, _addresses, scCallChain::kEntries))
 {
-    const unsigned count = CaptureProtected(_entries, kFrames);
-    const scCaller* const end = _entries + count;
-    const scCaller* const first = std::find_if(static_cast<const scCaller*>(_entries), end,
-        [caller](const scCaller& entry) { return entry.address == caller; });
-    if (first != end)
-    {
-        _first = first;
-        _count = std::min<std::size_t>(static_cast<std::size_t>(end - first), scCallChain::kEntries);
+    if (_count != 0)
         return;
-    }
     // The stack can't be walked. The nearest address is known all the same.
-    _entries[0].address = const_cast<void*>(caller);
+    _addresses[0] = caller.address;
     _count = 1;
 }
 
@@ -69,10 +83,7 @@ CallChains::~CallChains()
 
 const scCallChain* CallChains::Use(const Captured& captured)
 {
-    std::uint64_t mixed = captured.Count();
-    for (std::size_t i = 0; i < captured.Count(); ++i)
-        mixed = Mixed(mixed, captured[i]);
-    const auto hash = static_cast<std::uint32_t>(mixed >> 32);
+    const std::uint32_t hash = HashOf(captured);
     for (Record* record = _byContent[hash & (_buckets - 1)]; record != nullptr; record = record->nextByContent)
     {
         if (record->hash != hash)
@@ -112,7 +123,16 @@ void CallChains::Release(const scCallChain* chain)
 
 std::size_t CallChains::HashOf(const void* address)
 {
-    return static_cast<std::size_t>(Mixed(0, address) >> 32);
+    return static_cast<std::size_t>(Mixed(reinterpret_cast<std::uintptr_t>(address)) >> 32);
+}
+
+// Each address is rotated by another distance, because a multiplication for each would take longer than the comparison.
+std::uint32_t CallChains::HashOf(const Captured& captured)
+{
+    std::uint64_t hash = captured.Count();
+    for (std::size_t i = 0; i < captured.Count(); ++i)
+        hash = std::rotl(hash, 5) ^ reinterpret_cast<std::uintptr_t>(captured[i]);
+    return static_cast<std::uint32_t>(Mixed(hash) >> 32);
 }
 
 CallChains::Record* CallChains::Find(const scCallChain* chain) const

@@ -34,18 +34,15 @@ public:
     class Captured
     {
     public:
-        // `caller` is the return address of the exported function that the thread is in.
-        explicit Captured(const void* caller);
+        // `caller` is where the exported function that the thread is in was called.
+        explicit Captured(const CallSite& caller);
 
         std::size_t Count() const { return _count; }
-        void* operator[](std::size_t index) const { return _first[index].address; }
+        void* operator[](std::size_t index) const { return _addresses[index]; }
 
     private:
-        static constexpr unsigned kFrames = 40;
-
-        scCaller _entries[kFrames];
-        const scCaller* _first = _entries;
-        std::size_t _count = 0;
+        void* _addresses[scCallChain::kEntries];
+        std::size_t _count;
     };
 
     constexpr CallChains() = default;
@@ -78,6 +75,7 @@ private:
     static constexpr std::size_t kFirstBuckets = 64;
 
     static std::size_t HashOf(const void* address);
+    static std::uint32_t HashOf(const Captured& captured);
     Record* Find(const scCallChain* chain) const;
     void Grow();
     void Insert(Record& record);

@@ -23,6 +23,12 @@ HeapFunctions Resolved()
     Resolve(functions.walk, kernel.p_HeapWalk);
     Resolve(functions.validate, kernel.p_HeapValidate);
     Resolve(functions.compact, kernel.p_HeapCompact);
+    Resolve(functions.freeMarked, kernel.p_QxHeapFreeMarked);
+    Resolve(functions.sizeOfAny, kernel.p_QxHeapSizeOfAny);
+    const char*(WINAPI * singleThreadedFlag)() = nullptr;
+    Resolve(singleThreadedFlag, kernel.p_QxSingleThreadedFlag);
+    if (singleThreadedFlag != nullptr)
+        functions.isSingleThreaded = singleThreadedFlag();
     return functions;
 }
 

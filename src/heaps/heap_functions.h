@@ -18,6 +18,10 @@ struct HeapFunctions
     BOOL(WINAPI* walk)(HANDLE, PROCESS_HEAP_ENTRY*) = nullptr;
     BOOL(WINAPI* validate)(HANDLE, DWORD, const void*) = nullptr;
     SIZE_T(WINAPI* compact)(HANDLE, DWORD) = nullptr;
+    // Shorter ways, where the system has them.
+    BOOL(WINAPI* freeMarked)(HANDLE, DWORD, void*, DWORD) = nullptr; // frees a block that begins with a word
+    SIZE_T(WINAPI* sizeOfAny)(HANDLE, DWORD, const void*) = nullptr; // HeapSize, safe for any pointer
+    const volatile char* isSingleThreaded = nullptr;                 // not 0 while the process has one thread
 };
 
 extern std::atomic<const HeapFunctions*> heapFunctions; // null until they are resolved
@@ -29,6 +33,13 @@ inline const HeapFunctions& LateHeapFunctions()
 {
     const HeapFunctions* const functions = heapFunctions.load(std::memory_order_acquire);
     return functions != nullptr ? *functions : ResolveHeapFunctions();
+}
+
+// Returns true if no other thread can use the heaps until this one starts another thread or calls foreign code.
+inline bool IsOnlyThread()
+{
+    const HeapFunctions* const functions = heapFunctions.load(std::memory_order_acquire);
+    return functions != nullptr && functions->isSingleThreaded != nullptr && *functions->isSingleThreaded != 0;
 }
 
 // Replaces the functions, for tests. Null restores the system's.

@@ -5,10 +5,6 @@
 #include "heaps/memory_access.h"
 #include "heaps/module_node.h"
 
-#include <windows.h>
-
-#include <heapapi.h>
-
 #include <algorithm>
 #include <new>
 
@@ -22,6 +18,11 @@ constexpr std::size_t kMostTraces = 10;
 
 // The system aligns blocks to 16 bytes, so the address of an object tells where its block begins if it has one.
 constexpr std::uintptr_t kBlockAlignment = 16;
+
+bool IsAligned(const void* block)
+{
+    return reinterpret_cast<std::uintptr_t>(block) % kBlockAlignment == 0;
+}
 
 } // namespace
 
@@ -44,7 +45,7 @@ clsHeapNode::clsHeapNode(clsModuleNode& owner, const wchar_t* name, std::uint32_
 }
 
 clsHeapNode* clsHeapNode::Create(
-    clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains, const void* caller)
+    clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains, const CallSite& caller)
 {
     void* const memory = HeapAlloc(GetProcessHeap(), 0, sizeof(clsHeapNode));
     if (memory == nullptr)
@@ -68,95 +69,56 @@ const wchar_t* clsHeapNode::ModuleName() const
     return _owner->Name();
 }
 
-void* clsHeapNode::AllocObject(
-    std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const void* caller, bool& isOutOfMemory)
+void* clsHeapNode::AllocDebugObject(std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller)
 {
-    if (IsDebugHeap() && (flags & kObjectPlain) == 0)
-        flags |= kObjectDebug;
-    void* const object = (flags & kObjectDebug) != 0 ? AllocDebugObject(size, flags, tag, caller, isOutOfMemory)
-                                                     : AllocPlainObject(size, flags, isOutOfMemory);
-    if (object == nullptr)
-        return nullptr;
-    if ((flags & kObjectZero) == 0 && (flags & kObjectFill) != 0)
-        std::memset(object, kFreshByte, size);
-    CountAllocation();
-    return object;
-}
-
-void clsHeapNode::CountAllocation()
-{
-    ++_liveObjects;
-    _maximumLiveObjects = std::max(_maximumLiveObjects, _liveObjects);
-    ++_totalAllocations;
-}
-
-void* clsHeapNode::AllocDebugObject(
-    std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const void* caller, bool& isOutOfMemory)
-{
-    if (static_cast<std::int32_t>(size) < 0)
-    {
-        if (!UtilIsDebugActive())
-            return nullptr;
-        const ReportBlock block(L"Error: clsHeapNode['%s'/'%s']::AllocObject%s(%d)", ModuleName(), Name(), L"D", size);
-        const CallChains::Captured captured(caller);
-        const std::size_t count = std::min(captured.Count(), kMostTraces);
-        ReportLine(L"%d traces", static_cast<int>(count));
-        for (std::size_t i = 0; i < count; ++i)
-            ReportLine(L"  %#p", captured[i]);
-        return nullptr;
-    }
-    const DWORD options = Serialization() | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
-    auto* const block = static_cast<char*>(HeapAlloc(_systemHeap, options, size + kDebugOverhead));
+    char* const block = IsPossible(size) ? AllocBlock(size + kDebugOverhead, flags) : nullptr;
     if (block == nullptr)
-    {
-        isOutOfMemory = true;
-        ReportOutOfMemory(L"D", size);
         return nullptr;
-    }
-    scDebugHeader header = {};
-    header.firstMagic = kFirstMagic;
-    header.systemHeap = _systemHeap;
-    header.tick = GetTickCount();
-    if ((flags & kObjectNoChain) == 0)
-        header.chain = _chains.Use(CallChains::Captured(caller));
-    _chainsInUse += header.chain != nullptr;
-    header.tag = tag;
-    header.size = static_cast<std::int32_t>(size);
-    header.secondMagic = kSecondMagic;
-    std::memcpy(block, &header, sizeof header);
+    const scCallChain* const chain =
+        (flags & kObjectNoChain) == 0 ? _chains.Use(CallChains::Captured(caller)) : nullptr;
+    _chainsInUse += chain != nullptr;
+    new (block) scDebugHeader{.firstMagic = kFirstMagic,
+        .reserved = 0,
+        .systemHeap = _systemHeap,
+        .tick = GetTickCount(),
+        .reserved2 = 0,
+        .chain = chain,
+        .tag = tag,
+        .size = static_cast<std::int32_t>(size),
+        .secondMagic = kSecondMagic};
     PutWord(block + kDebugHeaderSize + size, kFence);
     _liveBytes = static_cast<std::int32_t>(static_cast<std::uint32_t>(_liveBytes) + size);
     return block + kDebugHeaderSize;
 }
 
-void* clsHeapNode::AllocPlainObject(std::uint32_t size, std::uint32_t flags, bool& isOutOfMemory)
+bool clsHeapNode::ReportFailedAllocation(std::uint32_t size, std::uint32_t flags, const CallSite& caller) const
 {
-    char* block = nullptr;
-    if (static_cast<std::int32_t>(size) >= 0)
-    {
-        const DWORD options = Serialization() | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
-        block = static_cast<char*>(HeapAlloc(_systemHeap, options, size + kPlainOverhead));
-        isOutOfMemory = block == nullptr;
-    }
-    if (block == nullptr)
-    {
-        ReportOutOfMemory(L"ND", size);
-        return nullptr;
-    }
-    PutWord(block, kPlainMagic);
-    return block + kPlainOverhead;
+    const bool isDebug = MakesDebugObject(flags);
+    if (isDebug && !IsPossible(size))
+        ReportImpossibleSize(size, caller);
+    else
+        ReportLine(L"Error: clsHeapNode['%s'/'%s']::AllocObject%s(%d): Out of memory", ModuleName(), Name(),
+            isDebug ? L"D" : L"ND", size);
+    return IsPossible(size);
 }
 
-void clsHeapNode::ReportOutOfMemory(const wchar_t* kind, std::uint32_t size) const
+void clsHeapNode::ReportImpossibleSize(std::uint32_t size, const CallSite& caller) const
 {
-    ReportLine(L"Error: clsHeapNode['%s'/'%s']::AllocObject%s(%d): Out of memory", ModuleName(), Name(), kind, size);
+    if (!UtilIsDebugActive())
+        return;
+    const ReportBlock block(L"Error: clsHeapNode['%s'/'%s']::AllocObject%s(%d)", ModuleName(), Name(), L"D", size);
+    const CallChains::Captured captured(caller);
+    const std::size_t count = std::min(captured.Count(), kMostTraces);
+    ReportLine(L"%d traces", static_cast<int>(count));
+    for (std::size_t i = 0; i < count; ++i)
+        ReportLine(L"  %#p", captured[i]);
 }
 
 // Returns true if a block of this heap begins at an address. On some systems HeapSize reads in front of any pointer, so
 // HeapValidate has to find the block. Takes the system heap's lock: a host may allocate from it at the same time.
 bool clsHeapNode::IsBlock(const void* block) const
 {
-    if (block == nullptr || reinterpret_cast<std::uintptr_t>(block) % kBlockAlignment != 0)
+    if (block == nullptr || !IsAligned(block))
         return false;
     const HeapFunctions& functions = LateHeapFunctions();
     if (functions.validate != nullptr)
@@ -182,19 +144,51 @@ clsHeapNode::Object clsHeapNode::Inspect(const void* object) const
     return {canHaveHeader ? WordAt(word) : ReadWordCarefully(word), false, canHaveHeader ? size : kNoBlock};
 }
 
-[[gnu::always_inline]] inline std::int32_t clsHeapNode::FreePlainObject(char* object, bool isBlock)
+// While lines are received, freed memory is filled, and errors have to be told.
+bool clsHeapNode::FreeQuickly(void* object)
 {
-    char* const begin = BytesAt(object, -static_cast<std::ptrdiff_t>(kPlainOverhead));
-    if (isBlock && !UtilIsDebugActive() && HeapFree(_systemHeap, Serialization(), begin)) [[likely]]
-    {
-        --_liveObjects;
-        return 0;
-    }
-    return FreePlainObjectWithReport(object, isBlock);
+    const HeapFunctions* const functions = heapFunctions.load(std::memory_order_acquire);
+    if (functions == nullptr || functions->freeMarked == nullptr || functions->sizeOfAny == nullptr ||
+        UtilIsDebugActive())
+        return false;
+    char* const plain = BytesAt(object, -static_cast<std::ptrdiff_t>(kPlainOverhead));
+    if (!IsAligned(plain))
+        return FreeDebugObjectQuickly(static_cast<char*>(object), *functions);
+    if (!functions->freeMarked(_systemHeap, Serialization(), plain, kPlainMagic))
+        return false;
+    --_liveObjects;
+    return true;
+}
+
+bool clsHeapNode::FreeDebugObjectQuickly(char* object, const HeapFunctions& functions)
+{
+    char* const block = BytesAt(object, -static_cast<std::ptrdiff_t>(kDebugHeaderSize));
+    const std::size_t blockSize =
+        IsAligned(block) ? functions.sizeOfAny(_systemHeap, Serialization(), block) : kNoBlock;
+    if (blockSize == kNoBlock || blockSize < kDebugOverhead)
+        return false;
+    __builtin_prefetch(block + blockSize - sizeof kFence); // while the header is loaded
+    scDebugHeader header;
+    std::memcpy(&header, block, sizeof header);
+    if (header.secondMagic != kSecondMagic || header.firstMagic != kFirstMagic || header.size < 0 ||
+        !HasFenceInBlock(object, header.size, blockSize) || !HeapFree(_systemHeap, Serialization(), block))
+        return false;
+    CountFreedDebugObject(header);
+    return true;
+}
+
+void clsHeapNode::CountFreedDebugObject(const scDebugHeader& header)
+{
+    ReleaseChain(header.chain);
+    --_liveObjects;
+    _liveBytes =
+        static_cast<std::int32_t>(static_cast<std::uint32_t>(_liveBytes) - static_cast<std::uint32_t>(header.size));
 }
 
 std::int32_t clsHeapNode::FreeObject(void* object)
 {
+    if (FreeQuickly(object)) [[likely]]
+        return 0;
     const Object found = Inspect(object);
     if (found.magic == kSecondMagic)
         return FreeDebugObject(static_cast<char*>(object), found.debugBlockSize);
@@ -244,10 +238,7 @@ std::int32_t clsHeapNode::FreeDebugObject(char* object, std::size_t blockSize)
             std::memset(object, kFreedByte, blockSize - kDebugOverhead);
         if (HeapFree(_systemHeap, Serialization(), begin))
         {
-            ReleaseChain(found);
-            --_liveObjects;
-            _liveBytes = static_cast<std::int32_t>(
-                static_cast<std::uint32_t>(_liveBytes) - static_cast<std::uint32_t>(found.header.size));
+            CountFreedDebugObject(found.header);
             return 0;
         }
     }
@@ -257,7 +248,7 @@ std::int32_t clsHeapNode::FreeDebugObject(char* object, std::size_t blockSize)
     return kHeapsBadObject;
 }
 
-std::int32_t clsHeapNode::FreePlainObjectWithReport(char* object, bool isBlock)
+std::int32_t clsHeapNode::FreePlainObject(char* object, bool isBlock)
 {
     ReportBlock block;
     const auto open = [&]

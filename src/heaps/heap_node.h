@@ -4,6 +4,11 @@
 #include "heaps/call_chains.h"
 #include "heaps/object_layout.h"
 
+#include <windows.h>
+
+#include <heapapi.h>
+
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -11,6 +16,7 @@ namespace qx
 {
 
 class clsModuleNode;
+struct HeapFunctions;
 
 // Results of the exported functions.
 constexpr std::int32_t kHeapsInvalidHandle = -2;
@@ -49,7 +55,7 @@ public:
 
     // Returns null if memory runs out. The record is allocated on the process heap.
     static clsHeapNode* Create(
-        clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains, const void* caller);
+        clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains, const CallSite& caller);
     // Destroys the system heap, too. Returns kHeapsLeftOver if there were objects, otherwise 0.
     static std::int32_t Delete(clsHeapNode* heap);
     // Frees the heap and its objects without a report. Doesn't count the uses of the objects' call chains.
@@ -67,9 +73,30 @@ public:
     HANDLE SystemHeap() const { return _systemHeap; }
     std::int32_t LiveBytes() const { return _liveBytes; }
 
-    // Returns null on failure. `isOutOfMemory` is set if the system heap had no memory.
-    void* AllocObject(
-        std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const void* caller, bool& isOutOfMemory);
+    // The first two report nothing and call no foreign code, so the only thread of a process needs no section for them.
+
+    bool MakesDebugObject(std::uint32_t flags) const
+    {
+        return (flags & kObjectDebug) != 0 || (IsDebugHeap() && (flags & kObjectPlain) == 0);
+    }
+    // Returns null on failure.
+    void* AllocObject(std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller)
+    {
+        void* const object =
+            MakesDebugObject(flags) ? AllocDebugObject(size, flags, tag, caller) : AllocPlainObject(size, flags);
+        if (object == nullptr) [[unlikely]]
+            return nullptr;
+        if ((flags & (kObjectZero | kObjectFill)) == kObjectFill)
+            std::memset(object, kFreshByte, size);
+        ++_liveObjects;
+        _maximumLiveObjects = std::max(_maximumLiveObjects, _liveObjects);
+        ++_totalAllocations;
+        return object;
+    }
+    // Frees an object about which there is nothing to report. Otherwise returns false and changes nothing.
+    bool FreeQuickly(void* object);
+    // Reports why there is no object. Returns true if the system heap had no memory.
+    bool ReportFailedAllocation(std::uint32_t size, std::uint32_t flags, const CallSite& caller) const;
     std::int32_t FreeObject(void* object);
     std::int32_t SizeObject(const void* object) const;
 
@@ -108,20 +135,33 @@ private:
     std::size_t BlockSize(const void* block) const; // of a block of this heap
     DebugObject ReadDebugObject(const void* object, std::size_t blockSize) const;
 
-    void* AllocDebugObject(
-        std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const void* caller, bool& isOutOfMemory);
-    void* AllocPlainObject(std::uint32_t size, std::uint32_t flags, bool& isOutOfMemory);
-    void ReportOutOfMemory(const wchar_t* kind, std::uint32_t size) const;
-    void CountAllocation();
+    // Sizes of objects are signed in all results and records.
+    static bool IsPossible(std::uint32_t size) { return static_cast<std::int32_t>(size) >= 0; }
+    char* AllocBlock(std::size_t size, std::uint32_t flags)
+    {
+        const DWORD options = Serialization() | ((flags & kObjectZero) != 0 ? HEAP_ZERO_MEMORY : 0);
+        return static_cast<char*>(HeapAlloc(_systemHeap, options, size));
+    }
+    void* AllocDebugObject(std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller);
+    void* AllocPlainObject(std::uint32_t size, std::uint32_t flags)
+    {
+        char* const block = IsPossible(size) ? AllocBlock(size + kPlainOverhead, flags) : nullptr;
+        if (block == nullptr) [[unlikely]]
+            return nullptr;
+        PutWord(block, kPlainMagic);
+        return block + kPlainOverhead;
+    }
+    void ReportImpossibleSize(std::uint32_t size, const CallSite& caller) const;
+    bool FreeDebugObjectQuickly(char* object, const HeapFunctions& functions);
+    void CountFreedDebugObject(const scDebugHeader& header);
     std::int32_t FreeDebugObject(char* object, std::size_t blockSize);
     std::int32_t FreePlainObject(char* object, bool isBlock);
-    std::int32_t FreePlainObjectWithReport(char* object, bool isBlock);
 
     bool HasFence(const DebugObject& object) const;
     bool Check(const DebugObject& object) const;
     void Dump(const DebugObject& object) const;
     void CheckAll() const;
-    void ReleaseChain(const DebugObject& object);
+    void ReleaseChain(const scCallChain* chain);
 
     clsModuleNode* _owner;
     wchar_t _name[kNameCapacity] = {};

@@ -88,7 +88,7 @@ std::int32_t clsHeapNode::Delete(clsHeapNode* heap)
         heap->ForEachDebugObject(
             [heap](const DebugObject& object)
             {
-                heap->ReleaseChain(object);
+                heap->ReleaseChain(object.header.chain);
                 return true;
             });
     Discard(heap);

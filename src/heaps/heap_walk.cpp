@@ -21,16 +21,11 @@ clsHeapNode::DebugObject clsHeapNode::ReadDebugObject(const void* object, std::s
     return result;
 }
 
-// A damaged size may point anywhere.
 bool clsHeapNode::HasFence(const DebugObject& object) const
 {
-    const void* const fence = BytesAt(object.object, object.header.size);
     if (object.blockSize == kNoBlock)
-        return ReadWordCarefully(fence) == kFence;
-    const std::int64_t offset = std::int64_t{object.header.size} + static_cast<std::int64_t>(kDebugHeaderSize);
-    return offset >= 0 &&
-           offset + static_cast<std::int64_t>(sizeof kFence) <= static_cast<std::int64_t>(object.blockSize) &&
-           WordAt(fence) == kFence;
+        return ReadWordCarefully(BytesAt(object.object, object.header.size)) == kFence;
+    return HasFenceInBlock(object.object, object.header.size, object.blockSize);
 }
 
 bool clsHeapNode::Check(const DebugObject& object) const
@@ -55,11 +50,11 @@ void clsHeapNode::CheckAll() const
     ForEachDebugObject([this](const DebugObject& object) { return Check(object); });
 }
 
-void clsHeapNode::ReleaseChain(const DebugObject& object)
+void clsHeapNode::ReleaseChain(const scCallChain* chain)
 {
-    if (object.header.chain == nullptr)
+    if (chain == nullptr)
         return;
-    _chains.Release(object.header.chain);
+    _chains.Release(chain);
     --_chainsInUse;
 }
 

@@ -18,14 +18,10 @@ namespace
 // STATUS_NO_MEMORY
 constexpr DWORD kNoMemoryStatus = 0xC0000017;
 
-clsModuleList& moduleList = MakeForever<clsModuleList>(); // so the section exists from the library's load on
-
 } // namespace
 
-clsModuleList& clsModuleList::Instance()
-{
-    return moduleList;
-}
+clsModuleList& clsModuleList::instance =
+    MakeForever<clsModuleList>(); // so the section exists from the library's load on
 
 clsModuleList::~clsModuleList()
 {
@@ -51,7 +47,7 @@ std::int32_t clsModuleList::Traced(clsHeapNode* heap, const wchar_t* format, Wor
     return result;
 }
 
-clsModuleNode* clsModuleList::Open(const wchar_t* name, std::uint32_t flags, const void* caller)
+clsModuleNode* clsModuleList::Open(const wchar_t* name, std::uint32_t flags, const CallSite& caller)
 {
     const clsCriticalSectionLock lock(_section);
     clsModuleNode* module = Find(name != nullptr ? name : L"");
@@ -89,8 +85,9 @@ std::int32_t clsModuleList::Close(clsModuleNode* module)
 }
 
 clsHeapNode* clsModuleList::CreateHeap(
-    clsModuleNode* module, const wchar_t* name, std::uint32_t flags, const void* caller)
+    clsModuleNode* module, const wchar_t* name, std::uint32_t flags, const CallSite& caller)
 {
+    LateHeapFunctions(); // so that objects needn't resolve them
     const clsCriticalSectionLock lock(_section);
     if (!HasModule(module))
         return nullptr;
@@ -179,19 +176,33 @@ std::int32_t clsModuleList::GroupLeaks(
 }
 
 void* clsModuleList::AllocObject(
-    clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const void* caller)
+    clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller)
+{
+    void* const object = IsOnlyThread() ? heap->AllocObject(size, flags, tag, caller)
+                                        : AllocObjectInSection(heap, size, flags, tag, caller);
+    if (object == nullptr) [[unlikely]]
+        ReportFailedAllocation(heap, size, flags, caller);
+    return object;
+}
+
+[[gnu::noinline]] void* clsModuleList::AllocObjectInSection(
+    clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller)
+{
+    const clsCriticalSectionLock lock(_section);
+    return heap->AllocObject(size, flags, tag, caller);
+}
+
+// In the section in any case, because whoever receives the report may start threads.
+void clsModuleList::ReportFailedAllocation(
+    const clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, const CallSite& caller)
 {
     bool raises = false;
     {
         const clsCriticalSectionLock lock(_section);
-        bool isOutOfMemory = false;
-        if (void* const object = heap->AllocObject(size, flags, tag, caller, isOutOfMemory)) [[likely]]
-            return object;
-        raises = isOutOfMemory && heap->RaisesExceptions();
+        raises = heap->ReportFailedAllocation(size, flags, caller) && heap->RaisesExceptions();
     }
     if (raises)
         RaiseException(kNoMemoryStatus, 0, 0, nullptr);
-    return nullptr;
 }
 
 std::int32_t clsModuleList::FreeObject(clsHeapNode* heap, void* object)
@@ -200,6 +211,8 @@ std::int32_t clsModuleList::FreeObject(clsHeapNode* heap, void* object)
     __builtin_prefetch(BytesAt(object, -static_cast<std::ptrdiff_t>(kPlainOverhead)));
     if (heap->IsDebugHeap())
         __builtin_prefetch(BytesAt(object, -static_cast<std::ptrdiff_t>(kDebugHeaderSize)));
+    if (IsOnlyThread() && heap->FreeQuickly(object))
+        return 0;
     const clsCriticalSectionLock lock(_section);
     return heap->FreeObject(object);
 }
@@ -226,7 +239,7 @@ clsModuleNode* clsModuleList::OwnerOf(const void* heap) const
     return nullptr;
 }
 
-clsModuleNode* clsModuleList::Add(const wchar_t* name, std::uint32_t flags, const void* caller)
+clsModuleNode* clsModuleList::Add(const wchar_t* name, std::uint32_t flags, const CallSite& caller)
 {
     clsModuleNode* const module = clsModuleNode::Create(name, flags, _chains, caller);
     if (module == nullptr)

@@ -16,7 +16,7 @@ namespace qx
 class clsModuleList
 {
 public:
-    static clsModuleList& Instance();
+    static clsModuleList& Instance() { return instance; }
 
     clsModuleList() = default;
     clsModuleList(const clsModuleList&) = delete;
@@ -24,10 +24,10 @@ public:
     // Frees all jobs, heaps and objects that are left, without a report: the debug output is closed by then.
     ~clsModuleList();
 
-    clsModuleNode* Open(const wchar_t* name, std::uint32_t flags, const void* caller);
+    clsModuleNode* Open(const wchar_t* name, std::uint32_t flags, const CallSite& caller);
     std::int32_t Close(clsModuleNode* module); // looks the handle up
 
-    clsHeapNode* CreateHeap(clsModuleNode* module, const wchar_t* name, std::uint32_t flags, const void* caller);
+    clsHeapNode* CreateHeap(clsModuleNode* module, const wchar_t* name, std::uint32_t flags, const CallSite& caller);
     std::int32_t DeleteHeap(clsHeapNode* heap); // looks the handle up
     std::int32_t SizeOfHeap(clsHeapNode* heap);
     std::int32_t SizeOfObjects(clsHeapNode* heap);
@@ -40,7 +40,7 @@ public:
 
     // Raises STATUS_NO_MEMORY, after leaving the section, if memory runs out and the heap's flags say so.
     void* AllocObject(
-        clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const void* caller);
+        clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller);
     std::int32_t FreeObject(clsHeapNode* heap, void* object);
     std::int32_t SizeObject(clsHeapNode* heap, const void* object);
 
@@ -53,12 +53,19 @@ public:
     clsModuleNode* OwnerOf(const void* heap) const; // null if it is on no list
 
 private:
-    clsModuleNode* Add(const wchar_t* name, std::uint32_t flags, const void* caller);
+    clsModuleNode* Add(const wchar_t* name, std::uint32_t flags, const CallSite& caller);
     std::int32_t Delete(clsModuleNode* module);
     clsModuleNode* Find(const wchar_t* name) const;
 
+    void* AllocObjectInSection(
+        clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller);
+    void ReportFailedAllocation(
+        const clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, const CallSite& caller);
+
     template <class Work>
     std::int32_t Traced(clsHeapNode* heap, const wchar_t* format, Work work);
+
+    static clsModuleList& instance;
 
     clsCriticalSection _section;
     clsModuleNode* _first = nullptr;

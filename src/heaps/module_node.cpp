@@ -19,7 +19,8 @@ clsModuleNode::clsModuleNode(const wchar_t* name, std::uint32_t flags, CallChain
     CopyName(_name, name);
 }
 
-clsModuleNode* clsModuleNode::Create(const wchar_t* name, std::uint32_t flags, CallChains& chains, const void* caller)
+clsModuleNode* clsModuleNode::Create(
+    const wchar_t* name, std::uint32_t flags, CallChains& chains, const CallSite& caller)
 {
     void* const memory = HeapAlloc(GetProcessHeap(), 0, sizeof(clsModuleNode));
     if (memory == nullptr)
@@ -60,7 +61,7 @@ void clsModuleNode::Discard(clsModuleNode* module)
     HeapFree(GetProcessHeap(), 0, module);
 }
 
-clsHeapNode* clsModuleNode::AddHeap(const wchar_t* name, std::uint32_t flags, const void* caller)
+clsHeapNode* clsModuleNode::AddHeap(const wchar_t* name, std::uint32_t flags, const CallSite& caller)
 {
     if ((flags & kHeapIllegal) != 0)
         return nullptr;

@@ -13,7 +13,7 @@ class clsModuleNode
 {
 public:
     // Returns null if memory runs out. The record is allocated on the process heap.
-    static clsModuleNode* Create(const wchar_t* name, std::uint32_t flags, CallChains& chains, const void* caller);
+    static clsModuleNode* Create(const wchar_t* name, std::uint32_t flags, CallChains& chains, const CallSite& caller);
     // Deletes the heaps, too. Returns kHeapsLeftOver if there were any, otherwise 0.
     static std::int32_t Delete(clsModuleNode* module);
     // Frees the job and its heaps without a report.
@@ -27,7 +27,7 @@ public:
     bool IsTraced() const { return (_flags & kModuleTrace) != 0; }
 
     // Returns null if the flags are illegal or memory runs out.
-    clsHeapNode* AddHeap(const wchar_t* name, std::uint32_t flags, const void* caller);
+    clsHeapNode* AddHeap(const wchar_t* name, std::uint32_t flags, const CallSite& caller);
     std::int32_t DeleteHeap(clsHeapNode* heap);
 
     // Compares addresses only, so `heap` may be any value.

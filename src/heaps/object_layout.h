@@ -59,6 +59,14 @@ inline std::uint32_t WordAt(const void* address)
     return word;
 }
 
+// Returns true if the fence follows an object in a block. A damaged size may point anywhere.
+inline bool HasFenceInBlock(const void* object, std::int32_t size, std::size_t blockSize)
+{
+    const std::int64_t end = std::int64_t{size} + static_cast<std::int64_t>(kDebugOverhead);
+    return end >= static_cast<std::int64_t>(sizeof kFence) && end <= static_cast<std::int64_t>(blockSize) &&
+           WordAt(BytesAt(object, size)) == kFence;
+}
+
 inline void PutWord(void* address, std::uint32_t word)
 {
     std::memcpy(address, &word, sizeof word);

@@ -47,6 +47,11 @@ public:
     LateFunction<int(LCID, wchar_t*, int, DWORD)> p_LCIDToLocaleName{*this, L"p_LCIDToLocaleName", 16};
     LateFunction<int(const wchar_t*, DWORD, const wchar_t*, int, wchar_t*, int, void*, void*, LPARAM)> p_LCMapStringEx{
         *this, L"p_LCMapStringEx", 36};
+    // Those with the prefix "Qx" are the layer's own.
+    LateProcedure p_QxCaptureFrom{*this, L"p_QxCaptureFrom", 12};
+    LateProcedure p_QxHeapFreeMarked{*this, L"p_QxHeapFreeMarked", 16};
+    LateProcedure p_QxHeapSizeOfAny{*this, L"p_QxHeapSizeOfAny", 12};
+    LateProcedure p_QxSingleThreadedFlag{*this, L"p_QxSingleThreadedFlag"};
     LateFunction<void(CONTEXT*)> p_RtlCaptureContext{*this, L"p_RtlCaptureContext", 4};
     LateFunction<WORD(DWORD, DWORD, void**, DWORD*)> p_RtlCaptureStackBackTrace{
         *this, L"p_RtlCaptureStackBackTrace", 16};

@@ -15,6 +15,8 @@ namespace
 
 using CaptureFunction = LateFunction<WORD(DWORD, DWORD, void**, DWORD*)>;
 
+using CaptureFromFunction = WORD(WINAPI*)(const CallSite*, DWORD, void**);
+
 constexpr unsigned kMostFrames = 200;
 constexpr unsigned kMostFramesOfOldSystems = 61;
 constexpr unsigned short kFirstWithoutLimit = 0x0600;
@@ -22,7 +24,8 @@ constexpr unsigned short kFirstWithoutLimit = 0x0600;
 struct Capture
 {
     std::atomic<const CaptureFunction*> function = nullptr;
-    std::atomic<unsigned> mostFrames = 0; // 0 until the function has been resolved
+    std::atomic<CaptureFromFunction> from = nullptr;
+    std::atomic<unsigned> mostFrames = 0; // 0 until the functions have been resolved
 };
 
 constinit Capture capture;
@@ -34,6 +37,9 @@ void PrepareCaptures()
     auto& backTrace = Kernel32().p_RtlCaptureStackBackTrace;
     if (backTrace.IsThere())
         capture.function.store(&backTrace, std::memory_order_relaxed);
+    LateProcedure& from = Kernel32().p_QxCaptureFrom;
+    if (from.IsThere())
+        capture.from.store(reinterpret_cast<CaptureFromFunction>(from.Address()), std::memory_order_relaxed);
     capture.mostFrames.store(
         SystemVersion() >= kFirstWithoutLimit ? kMostFrames : kMostFramesOfOldSystems, std::memory_order_release);
 }
@@ -54,6 +60,12 @@ void PrepareCaptures()
     for (unsigned index = 0; index < frames; ++index)
         entries[index].address = addresses[index];
     return frames;
+}
+
+unsigned CaptureFrom(const CallSite& site, void** addresses, unsigned count) noexcept
+{
+    const CaptureFromFunction function = capture.from.load(std::memory_order_acquire);
+    return function != nullptr && site.stackPointer != 0 ? function(&site, count, addresses) : 0;
 }
 
 } // namespace qx

@@ -1,6 +1,7 @@
 // Walks from contexts, which only the layer offers, and captures where locks are held. Linux only.
 #include "stack_support.h"
 
+#include "stack/capture.h"
 #include "stack/walker.h"
 
 #include <algorithm>
@@ -347,6 +348,25 @@ TEST(LayerCaptures, NeedNoLockOfTheLoader)
         &state);
     EXPECT_EQ(state, 3);
     thread.join();
+}
+
+[[gnu::noinline]] Addresses CapturedFrom(const qxplatform::FrameRegisters& start, DWORD count)
+{
+    Addresses addresses(100);
+    addresses.resize(QxCaptureFrom(&start, count, addresses.data()));
+    return addresses;
+}
+
+TEST(LayerCaptures, BeginFurtherOut)
+{
+    const auto* const frame = static_cast<const std::uintptr_t*>(__builtin_frame_address(0));
+    const qxplatform::FrameRegisters start{reinterpret_cast<std::uintptr_t>(frame + 2), frame[0], frame[1]};
+    Addresses all = CapturedAddresses();
+    all.erase(all.begin(), all.begin() + 2); // that function and this one
+    EXPECT_GT(all.size(), 3u);
+    EXPECT_EQ(CapturedFrom(start, 100), all);
+    all.resize(3);
+    EXPECT_EQ(CapturedFrom(start, 3), all);
 }
 
 TEST(LayerCaptures, WorkInAForkedChild)

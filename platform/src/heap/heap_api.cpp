@@ -2,6 +2,7 @@
 #include "base/fail.h"
 #include "base/fork_gate.h"
 #include "heap/private_heap.h"
+#include "heap/quick_blocks.h"
 
 #include <cstring>
 
@@ -15,6 +16,7 @@ namespace
 
 // STATUS_NO_MEMORY
 constexpr DWORD kNoMemory = 0xC0000017;
+constexpr SIZE_T kNoSize = static_cast<SIZE_T>(-1);
 
 constinit PrivateHeap processHeap;
 
@@ -23,20 +25,19 @@ PrivateHeap& HeapOf(HANDLE handle)
     return *static_cast<PrivateHeap*>(handle);
 }
 
-// Holds the lock of a heap during an operation. A process with one thread needs no lock, because no operation starts
-// another thread. A ForkHold then ensures that a forked child finds the heap in a consistent state.
+// Holds the lock of a heap, or, if the caller serialises the calls itself, only delays forks so that a forked child
+// finds the heap in a consistent state. A process with one thread needs neither: nobody else uses the heap or forks,
+// and no operation starts a thread.
 class HeapGuard
 {
 public:
-    HeapGuard(PrivateHeap& heap, DWORD flags) : _section(nullptr)
+    HeapGuard(PrivateHeap& heap, DWORD flags)
+        : _section(((heap.Options() | flags) & HEAP_NO_SERIALIZE) == 0 ? &heap.Section() : nullptr)
     {
-        if (__libc_single_threaded || ((heap.Options() | flags) & HEAP_NO_SERIALIZE) != 0)
-        {
+        if (_section != nullptr)
+            EnterCriticalSection(_section);
+        else
             BeginForkHold();
-            return;
-        }
-        _section = &heap.Section();
-        EnterCriticalSection(_section);
     }
     HeapGuard(const HeapGuard&) = delete;
     HeapGuard& operator=(const HeapGuard&) = delete;
@@ -49,8 +50,64 @@ public:
     }
 
 private:
-    CRITICAL_SECTION* _section;
+    CRITICAL_SECTION* const _section;
 };
+
+template <class Work>
+[[gnu::noinline]] auto RunGuarded(PrivateHeap& heap, DWORD flags, Work work)
+{
+    const HeapGuard guard(heap, flags);
+    return work();
+}
+
+// Runs a short operation of a heap. A process with one thread needs no guard: nobody else uses the heap or forks, and
+// no operation starts a thread. The two ways are separate functions, so that the short one saves no registers.
+template <class Work>
+[[gnu::always_inline]] inline auto Run(PrivateHeap& heap, DWORD flags, Work work)
+{
+    if (__libc_single_threaded) [[likely]]
+        return work();
+    return RunGuarded(heap, flags, work);
+}
+
+SIZE_T SizeOfAny(PrivateHeap& heap, DWORD flags, const void* block)
+{
+    return Run(heap, flags,
+        [&heap, block]
+        {
+            PrivateHeap::Place place;
+            return heap.Find(block, place) ? PrivateHeap::SizeOf(place) : kNoSize;
+        });
+}
+
+bool FreeMarked(PrivateHeap& heap, const void* block, DWORD mark)
+{
+    PrivateHeap::Place place;
+    if (!heap.Find(block, place) || PrivateHeap::SizeOf(place) < sizeof mark ||
+        std::memcmp(block, &mark, sizeof mark) != 0)
+        return false;
+    heap.Free(place);
+    return true;
+}
+
+[[gnu::noinline]] void* AllocateGuarded(PrivateHeap& heap, DWORD flags, std::size_t size)
+{
+    void* block = nullptr;
+    bool isZeroed = false;
+    {
+        const HeapGuard guard(heap, flags);
+        block = heap.Allocate(size, isZeroed);
+    }
+    if (block == nullptr) [[unlikely]]
+    {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        if (((heap.Options() | flags) & HEAP_GENERATE_EXCEPTIONS) != 0)
+            RaiseException(kNoMemory, 0, 0, nullptr);
+    }
+    else if ((flags & HEAP_ZERO_MEMORY) != 0 && !isZeroed)
+        std::memset(block, 0, size);
+    return block;
+}
 
 } // namespace
 
@@ -84,21 +141,10 @@ BOOL WINAPI HeapDestroy(HANDLE hHeap)
 LPVOID WINAPI HeapAlloc(HANDLE hHeap, DWORD dwFlags, SIZE_T dwBytes)
 {
     PrivateHeap& heap = HeapOf(hHeap);
-    void* block = nullptr;
-    bool isZeroed = false;
-    {
-        const HeapGuard guard(heap, dwFlags);
-        block = heap.Allocate(dwBytes, isZeroed);
-    }
+    void* const block = __libc_single_threaded ? heap.AllocateQuickly(dwBytes) : nullptr;
     if (block == nullptr) [[unlikely]]
-    {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        if (((heap.Options() | dwFlags) & HEAP_GENERATE_EXCEPTIONS) != 0)
-            RaiseException(kNoMemory, 0, 0, nullptr);
-    }
-    else if ((dwFlags & HEAP_ZERO_MEMORY) != 0 && !isZeroed)
-        std::memset(block, 0, dwBytes);
-    return block;
+        return AllocateGuarded(heap, dwFlags, dwBytes);
+    return (dwFlags & HEAP_ZERO_MEMORY) != 0 ? std::memset(block, 0, dwBytes) : block;
 }
 
 BOOL WINAPI HeapFree(HANDLE hHeap, DWORD dwFlags, LPVOID lpMem)
@@ -106,19 +152,31 @@ BOOL WINAPI HeapFree(HANDLE hHeap, DWORD dwFlags, LPVOID lpMem)
     if (lpMem == nullptr)
         return TRUE;
     PrivateHeap& heap = HeapOf(hHeap);
-    const HeapGuard guard(heap, dwFlags);
-    return heap.Free(lpMem) ? TRUE : Fail(ERROR_INVALID_PARAMETER);
+    return Run(heap, dwFlags, [&heap, lpMem] { return heap.Free(lpMem); }) ? TRUE : Fail(ERROR_INVALID_PARAMETER);
 }
 
 SIZE_T WINAPI HeapSize(HANDLE hHeap, DWORD dwFlags, LPCVOID lpMem)
 {
+    const SIZE_T size = SizeOfAny(HeapOf(hHeap), dwFlags, lpMem);
+    if (size == kNoSize)
+        SetLastError(ERROR_INVALID_PARAMETER);
+    return size;
+}
+
+SIZE_T WINAPI QxHeapSizeOfAny(HANDLE hHeap, DWORD dwFlags, LPCVOID lpMem)
+{
+    return SizeOfAny(HeapOf(hHeap), dwFlags, lpMem);
+}
+
+BOOL WINAPI QxHeapFreeMarked(HANDLE hHeap, DWORD dwFlags, LPVOID lpMem, DWORD mark)
+{
     PrivateHeap& heap = HeapOf(hHeap);
-    const HeapGuard guard(heap, dwFlags);
-    PrivateHeap::Place place;
-    if (heap.Find(lpMem, place))
-        return PrivateHeap::SizeOf(place);
-    SetLastError(ERROR_INVALID_PARAMETER);
-    return static_cast<SIZE_T>(-1);
+    return Run(heap, dwFlags, [&heap, lpMem, mark] { return FreeMarked(heap, lpMem, mark); });
+}
+
+const char* WINAPI QxSingleThreadedFlag(void)
+{
+    return &__libc_single_threaded;
 }
 
 BOOL WINAPI HeapWalk(HANDLE hHeap, LPPROCESS_HEAP_ENTRY lpEntry)

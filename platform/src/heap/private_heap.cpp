@@ -78,29 +78,14 @@ void PrivateHeap::Destroy(PrivateHeap* heap)
     UnmapPages(heap, sizeof(PrivateHeap), false);
 }
 
-void* PrivateHeap::Allocate(std::size_t size, bool& isZeroed)
+void* PrivateHeap::AllocateSlowly(std::size_t size, bool& isZeroed)
 {
-    if (size > SizeClasses::kMost) [[unlikely]]
+    if (size > SizeClasses::kMost)
     {
         isZeroed = true;
         return AllocateLarge(size);
     }
     const std::uint32_t sizeClass = SizeClasses::Of(size);
-    if (Span* const span = _open[sizeClass]) [[likely]]
-    {
-        const std::uint32_t index = span->Take(span->blockSize - size);
-        if (index != kNoBlock) [[likely]]
-        {
-            if (span->used == span->count) [[unlikely]]
-                Close(*span);
-            return span->Block(index);
-        }
-    }
-    return AllocateSlowly(size, sizeClass);
-}
-
-void* PrivateHeap::AllocateSlowly(std::size_t size, std::uint32_t sizeClass)
-{
     for (;;)
     {
         Span* span = _open[sizeClass];
@@ -140,31 +125,14 @@ void* PrivateHeap::AllocateLarge(std::size_t size)
     return pages;
 }
 
-bool PrivateHeap::Free(const void* block)
+void PrivateHeap::Tidy(Span& span)
 {
-    Place place;
-    if (!Find(block, place))
-        return false;
-    Span& span = *place.span;
     if (span.units == 0)
-    {
         FreeLarge(span);
-        return true;
-    }
-    span.Release(place.index);
-    if (!span.isOpen)
+    else if (!span.isOpen)
         Open(span);
-    else if (span.used == 0 && (span.nextOpen != nullptr || span.previousOpen != nullptr))
+    else if (span.nextOpen != nullptr || span.previousOpen != nullptr)
         DropSpan(span); // one span of each size class is kept
-    return true;
-}
-
-std::size_t PrivateHeap::SizeOf(const Place& place)
-{
-    const Span& span = *place.span;
-    if (span.units == 0)
-        return span.largeSize;
-    return span.blockSize - (span.states[place.index] & ~std::size_t{kInUse});
 }
 
 PrivateHeap::Step PrivateHeap::Walk(PROCESS_HEAP_ENTRY& entry) const

@@ -34,15 +34,50 @@ public:
     // The caller must hold the section, unless it serialises the calls itself.
 
     // Returns null if memory runs out. Sets `isZeroed` if the memory is new from the system and therefore zeroed.
-    void* Allocate(std::size_t size, bool& isZeroed);
-    bool Free(const void* block);
+    void* Allocate(std::size_t size, bool& isZeroed)
+    {
+        void* const block = AllocateQuickly(size);
+        return block != nullptr ? block : AllocateSlowly(size, isZeroed);
+    }
+    // Takes a block from the open span of its size. Returns null if that isn't possible.
+    void* AllocateQuickly(std::size_t size)
+    {
+        Span* const span = size <= SizeClasses::kMost ? _open[SizeClasses::Of(size)] : nullptr;
+        if (span == nullptr || span->used + 1 == span->count) [[unlikely]]
+            return nullptr;
+        const std::uint32_t index = span->Take(span->blockSize - size);
+        return index != kNoBlock ? span->Block(index) : nullptr;
+    }
+    bool Free(const void* block)
+    {
+        Place place;
+        if (!Find(block, place))
+            return false;
+        Free(place);
+        return true;
+    }
+    void Free(const Place& place)
+    {
+        // Usually only the block's state and the list of free blocks change.
+        Span& span = *place.span;
+        if (span.units != 0) [[likely]]
+            span.Release(place.index);
+        if (!span.isOpen || span.used == 0) [[unlikely]]
+            Tidy(span);
+    }
     // Finds the block in use that starts at an address, without reading from there.
     bool Find(const void* address, Place& place) const
     {
         place.span = _table.Find(UnitOf(address));
         return place.span != nullptr && place.span->IndexOf(address, place.index) && place.span->IsInUse(place.index);
     }
-    static std::size_t SizeOf(const Place& place);
+    static std::size_t SizeOf(const Place& place)
+    {
+        const Span& span = *place.span;
+        if (span.units == 0)
+            return span.largeSize;
+        return span.blockSize - (span.states[place.index] & ~std::size_t{kInUse});
+    }
 
     // Moves the entry on to the next block or the next run of free blocks. If its address is null, the walk starts at
     // the first block.
@@ -58,7 +93,8 @@ public:
     std::size_t Compact();
 
 private:
-    void* AllocateSlowly(std::size_t size, std::uint32_t sizeClass);
+    void* AllocateSlowly(std::size_t size, bool& isZeroed);
+    void Tidy(Span& span); // after a block of the span was freed
     void* AllocateLarge(std::size_t size);
     Span* MakeSpan(std::uint32_t sizeClass);
     Span* TakeRecord(std::uint32_t sizeClass, std::uint32_t count);

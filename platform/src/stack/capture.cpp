@@ -6,6 +6,7 @@
 #include "stack/unwinder.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace qxplatform
 {
@@ -22,6 +23,8 @@ public:
     bool Contains(std::uintptr_t address)
     {
         if (_last.Contains(address)) [[likely]]
+            return true;
+        if (FindPermanentModule(address, _last))
             return true;
         for (unsigned index = 0; index < _count; ++index)
             if (_modules[index].Contains(address))
@@ -124,7 +127,7 @@ private:
     {
         const std::uintptr_t address = _address - (_isExact ? 0 : 1);
         FrameRule rule;
-        const bool isFound = FindTables(address) && FindFrameRule(_tables.table, address, rule);
+        const bool isFound = FindTables(address) && _rules->Find(address, rule);
         if (isFound && isCacheable)
         {
             const ShortRule shortRule = ShortRuleOf(rule, _tables.table);
@@ -154,12 +157,18 @@ private:
     // Finds the tables of the module that contains the address, usually the same one as for the frame before.
     bool FindTables(std::uintptr_t address)
     {
-        return address - _tables.begin < _tables.end - _tables.begin || FindModuleTables(address, _tables);
+        if (address - _tables.begin < _tables.end - _tables.begin)
+            return true;
+        if (!FindModuleTables(address, _tables))
+            return false;
+        _rules.emplace(_tables.table);
+        return true;
     }
 
     StackMemory _memory;
     MetModules _modules;
     ModuleTables _tables;
+    std::optional<RuleFinder> _rules; // of these tables
     std::uintptr_t _stackPointer;
     std::uintptr_t _framePointer;
     std::uintptr_t _address;
@@ -211,10 +220,21 @@ unsigned CaptureAddresses(const FrameRegisters& start, unsigned skip, unsigned c
 
 using namespace qxplatform;
 
+namespace
+{
+
+constexpr DWORD kMostFrames = 0xFFFF;
+
+} // namespace
+
+WORD WINAPI QxCaptureFrom(const FrameRegisters* start, DWORD count, PVOID* addresses)
+{
+    return static_cast<WORD>(CaptureAddresses(*start, 0, std::min(count, kMostFrames), addresses));
+}
+
 // The function has a frame pointer, because it reads its frame's address.
 WORD NTAPI RtlCaptureStackBackTrace(DWORD FramesToSkip, DWORD FramesToCapture, PVOID* BackTrace, DWORD* BackTraceHash)
 {
-    constexpr DWORD kMostFrames = 0xFFFF;
     const auto* const frame = static_cast<const std::uintptr_t*>(__builtin_frame_address(0));
     const FrameRegisters start{reinterpret_cast<std::uintptr_t>(frame + 2), frame[0], frame[1]};
     const unsigned count = CaptureAddresses(start, FramesToSkip, std::min(FramesToCapture, kMostFrames), BackTrace);

@@ -1,6 +1,8 @@
 // Captures of return addresses.
 #pragma once
 
+#include <winnt.h>
+
 #include <cstdint>
 
 namespace qxplatform
@@ -19,3 +21,11 @@ struct FrameRegisters
 unsigned CaptureAddresses(const FrameRegisters& start, unsigned skip, unsigned count, void** addresses);
 
 } // namespace qxplatform
+
+EXTERN_C_START
+
+// RtlCaptureStackBackTrace that begins with a function further out, which must not have returned yet. The system lacks
+// it, so callers bind it at run time.
+WORD WINAPI QxCaptureFrom(const qxplatform::FrameRegisters* start, DWORD count, PVOID* addresses) QXP(QxCaptureFrom);
+
+EXTERN_C_END

@@ -1,5 +1,6 @@
 #include "stack/frame_rule.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace qxplatform
@@ -34,18 +35,6 @@ bool ReadIndexHead(TableBytes index, IndexHead& head)
         head.count = 0;
     return !reader.HasFailed();
 }
-
-// The part of an entry that is common to several functions.
-struct CommonEntry
-{
-    std::uint64_t codeAlignment = 1;
-    std::int64_t dataAlignment = 1;
-    std::uint64_t returnColumn = 0;
-    std::uint8_t pointerEncoding = 0;
-    bool hasAugmentation = false;
-    bool isSignalFrame = false;
-    TableBytes instructions;
-};
 
 // Reads the length of an entry and returns the rest of it. Empty at the end of the table or if it is damaged.
 TableBytes ReadEntry(TableReader& reader)
@@ -109,12 +98,17 @@ bool ReadCommonEntry(TableBytes frames, const std::uint8_t* at, CommonEntry& ent
 class RuleProgram
 {
 public:
-    RuleProgram(const CommonEntry& common, FrameRule::State& state) : _common(common), _state(state) {}
+    // `begin` is the address of the function. Instructions may return registers to their initial state.
+    RuleProgram(
+        const CommonEntry& common, const FrameRule::State& initial, FrameRule::State& state, std::uintptr_t begin)
+        : _common(common),
+          _initial(initial),
+          _state(state),
+          _location(begin)
+    {
+    }
 
-    // Sets the address to which the next instructions apply, initially the start of the function.
-    void SetLocation(std::uintptr_t location) { _location = location; }
-    // Stores the state to which instructions may return.
-    void KeepInitialState() { _initial = _state; }
+    std::uintptr_t Location() const { return _location; }
 
     // Executes the instructions that apply to the instruction at `address`. Returns false if one is unknown.
     bool Run(TableBytes instructions, std::uintptr_t address)
@@ -305,84 +299,141 @@ private:
     }
 
     const CommonEntry& _common;
+    const FrameRule::State& _initial;
     FrameRule::State& _state;
-    FrameRule::State _initial{};
     FrameRule::State _remembered[kMostRemembered];
     unsigned _rememberedCount = 0;
-    std::uintptr_t _location = 0;
+    std::uintptr_t _location;
     bool _hasFailed = false;
 };
 
-// Returns the entry of the last function that begins at or before the address.
-const std::uint8_t* SearchIndex(TableBytes index, const IndexHead& head, std::uintptr_t address)
+// All registers are the same, and the frame address isn't known.
+constexpr FrameRule::State NoRules()
 {
-    const auto base = reinterpret_cast<std::intptr_t>(index.begin);
-    const auto offsetAt = [&head](std::uint64_t position)
-    {
-        std::int32_t offset;
-        std::memcpy(&offset, head.entries + position * 4, sizeof offset);
-        return std::intptr_t{offset};
-    };
-    std::uint64_t first = 0;
-    std::uint64_t last = head.count;
+    FrameRule::State state = {};
+    state.cfaHow = How::Undefined;
+    return state;
+}
+
+constexpr FrameRule::State kNoRules = NoRules();
+
+} // namespace
+
+struct RuleFinder::Function
+{
+    std::uintptr_t begin;
+    TableBytes instructions;
+};
+
+RuleFinder::RuleFinder(const UnwindTable& table) : _index(table.index), _frames(table.frames)
+{
+    IndexHead head;
+    if (!ReadIndexHead(_index, head))
+        return;
+    _firstFrame = head.frames;
+    _count = head.count;
+    _entries = head.entries;
+}
+
+bool RuleFinder::Find(std::uintptr_t address, FrameRule& rule)
+{
+    if (_count > 0)
+        return RuleOfEntry(SearchIndex(address), address, rule);
+    return _firstFrame != nullptr && _frames.Contains(_firstFrame) && ScanFrames(address, rule);
+}
+
+std::uintptr_t RuleFinder::BeginAt(std::uint64_t position) const
+{
+    std::int32_t offset;
+    std::memcpy(&offset, _entries + position * 8, sizeof offset);
+    return reinterpret_cast<std::uintptr_t>(_index.begin) + static_cast<std::uintptr_t>(std::intptr_t{offset});
+}
+
+// Returns the entry of the last function that begins at or before the address.
+const std::uint8_t* RuleFinder::SearchIndex(std::uintptr_t address)
+{
+    constexpr std::uint64_t kNear = 32;
+    std::uint64_t first = _position > kNear ? _position - kNear : 0;
+    std::uint64_t last = std::min(_position + kNear, _count);
+    if (address < BeginAt(first))
+        first = 0;
+    if (last < _count && address >= BeginAt(last))
+        last = _count;
     while (last - first > 1)
     {
         const std::uint64_t middle = first + (last - first) / 2;
-        if (static_cast<std::uintptr_t>(base + offsetAt(2 * middle)) <= address)
-            first = middle;
-        else
-            last = middle;
+        (BeginAt(middle) <= address ? first : last) = middle;
     }
-    return reinterpret_cast<const std::uint8_t*>(base + offsetAt(2 * first + 1));
-}
-
-// Computes the rule from an entry, if the entry is for the function that contains the address.
-bool RuleOfEntry(TableBytes frames, const std::uint8_t* at, std::uintptr_t address, FrameRule& rule)
-{
-    if (!frames.Contains(at))
-        return false;
-    TableReader outer({at, frames.end});
-    TableReader reader(ReadEntry(outer));
-    const auto* const place = reader.At();
-    const auto distance = reader.Read<std::uint32_t>();
-    CommonEntry common;
-    if (distance == 0 || distance > static_cast<std::size_t>(place - frames.begin) ||
-        !ReadCommonEntry(frames, place - distance, common))
-        return false;
-    const std::uintptr_t begin = reader.ReadPointer(common.pointerEncoding, 0);
-    const std::uintptr_t size = reader.ReadValue(common.pointerEncoding & 0x0F);
-    if (common.hasAugmentation)
-        reader.Take(reader.ReadUleb());
-    if (reader.HasFailed() || address < begin || address - begin >= size || common.returnColumn >= kRegisterCount)
-        return false;
-
-    rule.state = {};
-    rule.state.cfaHow = How::Undefined;
-    rule.returnColumn = static_cast<std::uint8_t>(common.returnColumn);
-    rule.isSignalFrame = common.isSignalFrame;
-    RuleProgram program(common, rule.state);
-    program.SetLocation(begin);
-    if (!program.Run(common.instructions, address))
-        return false;
-    program.KeepInitialState();
-    return program.Run(reader.Take(reader.Left()), address) && rule.state.cfaHow != How::Undefined;
+    _position = first;
+    std::int32_t offset;
+    std::memcpy(&offset, _entries + first * 8 + 4, sizeof offset);
+    const auto base = reinterpret_cast<std::uintptr_t>(_index.begin);
+    return reinterpret_cast<const std::uint8_t*>(base + static_cast<std::uintptr_t>(std::intptr_t{offset}));
 }
 
 // Searches all entries, for tables without a sorted index.
-bool ScanFrames(TableBytes frames, const std::uint8_t* begin, std::uintptr_t address, FrameRule& rule)
+bool RuleFinder::ScanFrames(std::uintptr_t address, FrameRule& rule)
 {
-    for (TableReader reader({begin, frames.end}); reader.Left() >= 8;)
+    for (TableReader reader({_firstFrame, _frames.end}); reader.Left() >= 8;)
     {
         const auto* const entry = reader.At();
         if (ReadEntry(reader).Size() == 0)
             return false;
-        if (RuleOfEntry(frames, entry, address, rule))
+        if (RuleOfEntry(entry, address, rule))
             return true;
     }
     return false;
 }
 
-} // namespace
+// Computes the rule from an entry, if the entry is for the function that contains the address.
+bool RuleFinder::RuleOfEntry(const std::uint8_t* at, std::uintptr_t address, FrameRule& rule)
+{
+    Function function;
+    if (!ReadFunction(at, address, function))
+        return false;
+    rule.returnColumn = static_cast<std::uint8_t>(_common.returnColumn);
+    rule.isSignalFrame = _common.isSignalFrame;
+    rule.state = _initial;
+    RuleProgram program(_common, _initial, rule.state, function.begin);
+    return program.Run(function.instructions, address) && rule.state.cfaHow != How::Undefined;
+}
+
+// Reads an entry and its common one. Returns false if the entry is for another function or damaged.
+bool RuleFinder::ReadFunction(const std::uint8_t* at, std::uintptr_t address, Function& function)
+{
+    if (!_frames.Contains(at))
+        return false;
+    TableReader outer({at, _frames.end});
+    TableReader reader(ReadEntry(outer));
+    const auto* const place = reader.At();
+    const auto distance = reader.Read<std::uint32_t>();
+    if (distance == 0 || distance > static_cast<std::size_t>(place - _frames.begin) || !ReadCommon(place - distance))
+        return false;
+    function.begin = reader.ReadPointer(_common.pointerEncoding, 0);
+    const std::uintptr_t size = reader.ReadValue(_common.pointerEncoding & 0x0F);
+    if (_common.hasAugmentation)
+        reader.Take(reader.ReadUleb());
+    function.instructions = reader.Take(reader.Left());
+    return !reader.HasFailed() && address >= function.begin && address - function.begin < size &&
+           _common.returnColumn < kRegisterCount;
+}
+
+// The instructions of a common entry belong to no place, so their result is the same for all functions.
+bool RuleFinder::ReadCommon(const std::uint8_t* at)
+{
+    if (at == _commonAt)
+        return true;
+    _commonAt = nullptr;
+    _common = {};
+    if (!ReadCommonEntry(_frames, at, _common))
+        return false;
+    _initial = kNoRules;
+    RuleProgram program(_common, kNoRules, _initial, 0);
+    if (!program.Run(_common.instructions, UINTPTR_MAX) || program.Location() != 0)
+        return false;
+    _commonAt = at;
+    return true;
+}
 
 const std::uint8_t* FramesOf(TableBytes index)
 {
@@ -392,12 +443,7 @@ const std::uint8_t* FramesOf(TableBytes index)
 
 bool FindFrameRule(const UnwindTable& table, std::uintptr_t address, FrameRule& rule)
 {
-    IndexHead head;
-    if (!ReadIndexHead(table.index, head))
-        return false;
-    if (head.count > 0)
-        return RuleOfEntry(table.frames, SearchIndex(table.index, head, address), address, rule);
-    return table.frames.Contains(head.frames) && ScanFrames(table.frames, head.frames, address, rule);
+    return RuleFinder(table).Find(address, rule);
 }
 
 } // namespace qxplatform

@@ -51,7 +51,50 @@ struct UnwindTable
     TableBytes frames; // the readable segment that contains the entries (.eh_frame)
 };
 
-// Stores the rule for the instruction at an address. Returns false if the table has no entry for it or is damaged.
+// The part of an entry that is common to several functions.
+struct CommonEntry
+{
+    std::uint64_t codeAlignment = 1;
+    std::int64_t dataAlignment = 1;
+    std::uint64_t returnColumn = 0;
+    std::uint8_t pointerEncoding = 0;
+    bool hasAugmentation = false;
+    bool isSignalFrame = false;
+    TableBytes instructions;
+};
+
+// Finds rules in the table of a module, one after the other. Most functions of a module share a common entry, and a
+// function is often near the one that it calls, so both are remembered.
+class RuleFinder
+{
+public:
+    explicit RuleFinder(const UnwindTable& table);
+
+    // Stores the rule for the instruction at an address. Returns false if the table has no entry for it or is damaged.
+    bool Find(std::uintptr_t address, FrameRule& rule);
+
+private:
+    struct Function; // the part of an entry that is its own
+
+    const std::uint8_t* SearchIndex(std::uintptr_t address);
+    std::uintptr_t BeginAt(std::uint64_t position) const;
+    bool RuleOfEntry(const std::uint8_t* at, std::uintptr_t address, FrameRule& rule);
+    bool ScanFrames(std::uintptr_t address, FrameRule& rule);
+    bool ReadFunction(const std::uint8_t* at, std::uintptr_t address, Function& function);
+    bool ReadCommon(const std::uint8_t* at);
+
+    TableBytes _index;
+    TableBytes _frames;
+    const std::uint8_t* _firstFrame = nullptr; // null if the table is damaged
+    std::uint64_t _count = 0;                  // of the sorted index; 0 if there is none
+    const std::uint8_t* _entries = nullptr;
+    std::uint64_t _position = 0;             // in the index, of the function that was found last
+    const std::uint8_t* _commonAt = nullptr; // null if no common entry is remembered
+    CommonEntry _common;
+    FrameRule::State _initial; // after the instructions of the common entry
+};
+
+// Finds a single rule.
 bool FindFrameRule(const UnwindTable& table, std::uintptr_t address, FrameRule& rule);
 
 // Returns the start of the entries (.eh_frame) that an index refers to, or null.

@@ -7,9 +7,11 @@
 #include <bit>
 #include <cstddef>
 #include <cstring>
+#include <iterator>
 
 #include <dlfcn.h>
 #include <pthread.h>
+#include <sys/auxv.h>
 
 namespace qxplatform
 {
@@ -104,6 +106,21 @@ Slot& SlotOf(std::uintptr_t begin)
     return slots[(begin >> 12 ^ begin >> 21) % kSlots];
 }
 
+constinit ModuleRange permanentModules[2] = {};
+
+[[gnu::constructor]] void FindPermanentModules()
+{
+    const std::uintptr_t addresses[] = {getauxval(AT_ENTRY), reinterpret_cast<std::uintptr_t>(&getauxval)};
+    for (std::size_t index = 0; index < std::size(addresses); ++index)
+    {
+        dl_find_object object;
+        if (_dl_find_object(reinterpret_cast<void*>(addresses[index]), &object) != 0)
+            continue;
+        const auto begin = reinterpret_cast<std::uintptr_t>(object.dlfo_map_start);
+        permanentModules[index] = {begin, reinterpret_cast<std::uintptr_t>(object.dlfo_map_end) - begin};
+    }
+}
+
 void ReadBuildId(const ModuleTables& tables, std::uint64_t (&id)[2])
 {
     id[0] = id[1] = 0;
@@ -157,6 +174,17 @@ bool Register(const ModuleTables& tables, RuleCache& cache)
 }
 
 } // namespace
+
+bool FindPermanentModule(std::uintptr_t address, ModuleRange& range)
+{
+    for (const ModuleRange& permanent : permanentModules)
+        if (permanent.Contains(address))
+        {
+            range = permanent;
+            return true;
+        }
+    return false;
+}
 
 bool FindKnownModule(std::uintptr_t address, RuleCache& cache, ModuleRange& range)
 {

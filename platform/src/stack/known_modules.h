@@ -24,4 +24,8 @@ struct ModuleRange
 // apart.
 bool FindKnownModule(std::uintptr_t address, RuleCache& cache, ModuleRange& range);
 
+// Finds an address in the program or in the C library. They stay where they are while the process lives, so their rules
+// are always valid. Much faster than FindKnownModule.
+bool FindPermanentModule(std::uintptr_t address, ModuleRange& range);
+
 } // namespace qxplatform

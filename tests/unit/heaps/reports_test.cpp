@@ -12,6 +12,7 @@
 #include <chrono>
 #include <limits>
 #include <string>
+#include <thread>
 
 using namespace qx;
 
@@ -42,6 +43,33 @@ public:
 
 private:
     void Line(int, const wchar_t*, va_list) override { ++count; }
+};
+
+// Notes whether another thread could enter a section during a line.
+class WaitingSink : public DebugLineSink
+{
+public:
+    explicit WaitingSink(clsCriticalSection& section) : _section(section) {}
+
+    int count = 0;
+    bool wasFree = false;
+
+private:
+    void Line(int, const wchar_t*, va_list) override
+    {
+        ++count;
+        std::thread(
+            [this]
+            {
+                if (!_section.TryEnter())
+                    return;
+                wasFree = true;
+                _section.Leave();
+            })
+            .join();
+    }
+
+    clsCriticalSection& _section;
 };
 
 // The time for a line when a heap with this many objects is deleted.
@@ -102,6 +130,54 @@ TEST_F(HeapReports, NegativeSizes)
     EXPECT_EQ(lines.Count(), 3u);
     EXPECT_EQ(list.SizeOfObjects(heap), 0);
     EXPECT_EQ(list.DeleteHeap(heap), 0);
+}
+
+// Whoever receives lines may start threads, so even the only thread of the process reports in the section.
+TEST_F(HeapReports, OtherThreadsWaitForReports)
+{
+    static const char alone = 1;
+    HeapFunctions functions = LateHeapFunctions();
+    functions.isSingleThreaded = &alone;
+    ReplaceHeapFunctions(&functions);
+    WaitingSink sink(list.Section());
+    DebugLineSink* const former = SetDebugLineSink(&sink);
+    EXPECT_EQ(Allocate(0xFFFFFFF0), nullptr);
+    EXPECT_EQ(Allocate(0xFFFFFFF0, kObjectPlain), nullptr);
+    EXPECT_EQ(list.FreeObject(heap, this), kHeapsBadObject);
+    SetDebugLineSink(former);
+    EXPECT_GE(sink.count, 4);
+    EXPECT_FALSE(sink.wasFree);
+    ReplaceHeapFunctions(nullptr);
+}
+
+// The results are the same on the short ways of the layer and without them.
+TEST_F(HeapReports, DamageIsFoundWhileNobodyReceivesLines)
+{
+    DebugLineSink* const former = SetDebugLineSink(nullptr);
+    HeapFunctions longWays = LateHeapFunctions();
+    longWays.freeMarked = nullptr;
+    longWays.sizeOfAny = nullptr;
+    for (const HeapFunctions* const functions : {&LateHeapFunctions(), static_cast<const HeapFunctions*>(&longWays)})
+    {
+        ReplaceHeapFunctions(functions);
+        for (const std::uint32_t flags : {0u, kObjectPlain})
+        {
+            auto* const object = static_cast<char*>(Allocate(20, flags));
+            const std::uint32_t magic = WordAt(object - 4);
+            PutWord(object - 4, magic + 1);
+            EXPECT_EQ(list.FreeObject(heap, object), kHeapsBadObject) << "underrun";
+            PutWord(object - 4, magic);
+            EXPECT_EQ(list.FreeObject(heap, object + 16), kHeapsBadObject) << "inside";
+            object[20] = static_cast<char>(object[20] + 1);
+            EXPECT_EQ(list.FreeObject(heap, object), flags == 0 ? kHeapsBadObject : 0) << "overrun";
+            object[20] = static_cast<char>(object[20] - 1);
+            EXPECT_EQ(list.FreeObject(heap, object), flags == 0 ? 0 : kHeapsBadObject);
+            EXPECT_EQ(list.FreeObject(heap, object), kHeapsBadObject) << "freed";
+        }
+        EXPECT_EQ(list.SizeOfObjects(heap), 0);
+    }
+    ReplaceHeapFunctions(nullptr);
+    SetDebugLineSink(former);
 }
 
 TEST_F(HeapReports, ShrinkingThatFails)
