@@ -26,8 +26,7 @@ PrivateHeap& HeapOf(HANDLE handle)
 }
 
 // Holds the lock of a heap, or holds off forks if the caller serializes the calls itself, so that the heap is complete
-// in a forked child. A process with one thread needs neither: nobody else uses the heap or forks, and no operation
-// starts a thread.
+// in a forked child.
 class HeapGuard
 {
 public:
@@ -90,6 +89,7 @@ bool FreeMarked(PrivateHeap& heap, const void* block, DWORD mark)
     return true;
 }
 
+// Also for the only thread of a process if no open span has a free block of the size.
 [[gnu::noinline]] void* AllocateGuarded(PrivateHeap& heap, DWORD flags, std::size_t size)
 {
     void* block = nullptr;
