@@ -26,8 +26,7 @@ PrivateHeap& HeapOf(HANDLE handle)
 }
 
 // Holds the lock of a heap, or, if the caller serialises the calls itself, only delays forks so that a forked child
-// finds the heap in a consistent state. A process with one thread needs neither: nobody else uses the heap or forks,
-// and no operation starts a thread.
+// finds the heap in a consistent state.
 class HeapGuard
 {
 public:
@@ -90,6 +89,7 @@ bool FreeMarked(PrivateHeap& heap, const void* block, DWORD mark)
     return true;
 }
 
+// For processes with several threads, and where no open span has a free block of the size.
 [[gnu::noinline]] void* AllocateGuarded(PrivateHeap& heap, DWORD flags, std::size_t size)
 {
     void* block = nullptr;
