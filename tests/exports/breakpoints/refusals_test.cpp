@@ -132,7 +132,7 @@ void ReportHit()
     syscall(SYS_rt_tgsigqueueinfo, getpid(), syscall(SYS_gettid), SIGTRAP, &info);
 }
 
-// A hit that nobody handles goes to the previous handler of the signal, or ends the process.
+// A hit that no handler accepts goes to the previous handler of the signal. If there is none, the process ends.
 TEST(BreakpointsOfTheKernel, HitsAreOfferedInTurn)
 {
     if (InChild([] { return MachineDoes() == Machine::Refuses ? 1 : 0; }) != 0)
@@ -167,7 +167,7 @@ TEST(BreakpointsOfTheKernel, HitsAreOfferedInTurn)
                   {
                       static volatile int cell = 0;
                       Watch(&cell, 4);
-                      DebugBreak(); // no hit: the default action of the signal
+                      DebugBreak(); // not a hit, so the signal's default action ends the process
                       return 0;
                   }),
         1000 + SIGTRAP);
