@@ -107,7 +107,8 @@ void SwapNames(const Place& place)
 
 using Attack = void (*)(const Place&);
 
-// An attack may wait for the first file, because a folder that was a link from the start would be the caller's choice.
+// Returns the number of extractions, out of `count`, that wrote outside. With `waits`, the attack begins when the first
+// file exists, because a folder that is a link from the start is the caller's choice.
 std::size_t CountAttacks(const Place& place, int count, bool waits, Attack attack, const std::function<void()>& extract)
 {
     std::size_t outside = 0;
