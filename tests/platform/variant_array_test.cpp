@@ -55,7 +55,7 @@ TEST(VariantCopyInd, ResolvesReferences)
     EXPECT_EQ(copy.pbstrVal, &text.bstrVal) << "a plain copy stays a reference";
 }
 
-// 2 columns (the first index, which varies fastest) and rows with the bounds 10 to 12.
+// An array of 2 columns (the first index, which varies fastest) and 3 rows with the bounds 10 to 12.
 TEST(SafeArray, BoundsAndPlaces)
 {
     SAFEARRAYBOUND bounds[] = {{2, 0}, {3, 10}};

@@ -43,7 +43,7 @@ std::string Get(IXmlReader& reader, TextOf function)
     return qxtest::ReadableText({text, length});
 }
 
-// Returns names and values between marks that tell the kinds.
+// Returns names and values between marks that show the type of the node.
 std::string NodeText(IXmlReader& reader, XmlNodeType type)
 {
     static const std::map<XmlNodeType, std::pair<std::string, const char*>> marks = {{XmlNodeType_Element, {"<", ">"}},
@@ -156,7 +156,7 @@ TEST(XmlReader, NodesUnlikeWine)
         {"<?xml version='1.0' encoding='UTF-7'?><a>x</a>", "!41"}, {"<a" + names + "/>", "!0e"},
         {"<a b='" + std::string(400'000, 'x') + "'/>", "!0e"}, {"<a><!--" + std::string(9'000'000, 'x'), "<a> !0e"},
         {Repeat("<a>", 256) + "x<b/>", Repeat("<a> ", 256) + "'x' !81"}, // Wine loses the text
-        {Repeat("<a>", 256) + Repeat("</a>", 256),                       // Wine fails behind 256
+        {Repeat("<a>", 256) + Repeat("</a>", 256),                       // Wine fails beyond 256
             Repeat("<a> ", 256) + Repeat("</a> ", 256) + "$"}});
 }
 #endif
