@@ -66,7 +66,7 @@ TEST(LogFile, ALineIsLostWhereTheFileIsLocked)
     EXPECT_EQ(output.Rests(), (std::vector<std::string>{"before", "<after"}));
 }
 
-// Nobody waits until a device becomes a file.
+// Append returns at once if the log file is a device; it doesn't retry.
 TEST(LogFile, ADeviceGetsNoLinesAndCostsNoTime)
 {
     if (!kHasPosixFiles)

@@ -1,4 +1,4 @@
-// Small documents of each kind, damaged.
+// Reads damaged copies of small documents of each kind.
 #include "support/damage.h"
 
 #include "docinfo/html.h"
