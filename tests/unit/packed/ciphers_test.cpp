@@ -113,7 +113,7 @@ TEST(Blowfish, LastBlockOverlapsTheOthers)
     }
 }
 
-// The cipher is in memory that outlives it.
+// The cipher is constructed in memory that outlives it.
 TEST(Blowfish, LeavesNothingOfTheKeyBehind)
 {
     alignas(clsBlowfish) unsigned char memory[sizeof(clsBlowfish)];
