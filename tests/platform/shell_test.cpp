@@ -157,7 +157,7 @@ TEST(LinkFile, FormsOfTheTarget)
     }
 }
 
-TEST(LinkFile, BearsDamage)
+TEST(LinkFile, SurvivesDamage)
 {
     const std::string whole = LinkOf({R"(C:\abc)", R"(\\s\t)", "suffix", uR"(C:\w)", uR"(\\w\t)", u"wide"});
     const auto check = [&](const std::string& bytes)

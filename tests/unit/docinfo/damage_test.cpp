@@ -19,7 +19,7 @@
 using namespace qx;
 using namespace qxtest;
 
-TEST(DocumentReaders, BearDamage)
+TEST(DocumentReaders, SurviveDamage)
 {
     TiffBuilder tiff(true);
     tiff.AddText(36867, "2001:02:03 04:05:06");

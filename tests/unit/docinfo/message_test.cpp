@@ -118,7 +118,7 @@ TEST_F(Message, ChoiceOfTheReader)
 
 #ifdef __linux__ // Wine's storages don't survive damaged files
 
-TEST_F(Message, BearsDamage)
+TEST_F(Message, SurvivesDamage)
 {
     const std::string whole = MessageOf({{"0037001E", "subject"}, {"0042001F", "a\0"s}},
         TimeProperty(kSubmitTag, kSent) + TimeProperty(kDeliveryTag, kDelivered), {{{"3001001E", "name"}}, {}});

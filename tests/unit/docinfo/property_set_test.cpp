@@ -163,7 +163,7 @@ TEST(PropertySet, LockedStorageIsCopied)
     EXPECT_EQ(ReadPropertySet(*record, folder.Path(L"none.doc")), -1);
 }
 
-TEST(PropertySet, BearsDamage)
+TEST(PropertySet, SurvivesDamage)
 {
     const std::string whole =
         SetOf({{1, VT_I2, Number(1200)}, {2, VT_LPSTR, Counted("abc")}, {3, VT_LPWSTR, Counted("ab", 2)},
