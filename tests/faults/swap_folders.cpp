@@ -50,8 +50,8 @@ public:
     static std::string Name(int number) { return "file" + std::to_string(number); }
     fs::path Path(const char* name) const { return _root / name; }
 
-    // Creates a new target with the folder `folder`, links that lead outside (`link` in the target, `parent` beside
-    // it), and for each file another link that leads outside.
+    // Creates a new target that contains the folder `folder`, and links that lead outside: `link` in the target,
+    // `parent` next to it, and one in `links` for each file.
     void Prepare() const
     {
         for (const char* name : {"target", "parent", "outside", "links"})

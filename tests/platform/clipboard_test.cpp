@@ -19,7 +19,7 @@ class Clipboard : public testing::Test
 protected:
     void SetUp() override { ASSERT_TRUE(OpenClipboard(nullptr) && EmptyClipboard() && CloseClipboard()); }
 
-    const std::string _home = OwnRegistryFolder(); // before the format is registered there
+    const std::string _home = OwnRegistryFolder(); // created before the format is registered
     const UINT _format = RegisterClipboardFormatW(L"qxplatform test");
 };
 

@@ -67,7 +67,7 @@ TEST_F(Files, PathsThatLeadNowhere)
         EXPECT_EQ(ErrorOf([&name = name] { return CreateDirectoryW(name, nullptr); }), DWORD(error)) << name.Narrow();
 }
 
-// Pairs of opens: access and sharing mode of the first and of the second.
+// Pairs of opens: access and sharing mode of the first one and of the second one, and whether both may succeed.
 constexpr struct
 {
     DWORD firstAccess, firstShare, secondAccess, secondShare;

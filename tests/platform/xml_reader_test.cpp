@@ -131,7 +131,7 @@ TEST(XmlReader, Nodes)
         {"<x:a xmlns:x='u'><x:b>t</x:b><c xmlns='u'/></x:a>", "<x:a> <x:b> 't' </x:b> <c/> </x:a> $"},
         {"<x:a x:b='1'><x:b/></x:a>", "<a> <b/> </a> $"}, // prefixes that aren't declared
         {"\xEF\xBB\xBF<a>\xC3\xA4\r\ny\rz</a>", "<a> '<e4><a>y<a>z' </a> $"}, {Sixteen("<a>x</a>"), "<a> 'x' </a> $"},
-        // errors, with what precedes them
+        // errors, with the nodes that precede them
         {"<!DOCTYPE a [<!ENTITY b 'c'>]><a>&b;</a>", "!4f"}, {"<a><b>text</wrong>", "<a> <b> 'text' !3b"},
         {"<a>text]]>u</a>", "<a> !4d"}, {"<a>t<!-- -- --></a>", "<a> 't' !2f"}, {"<a b=1>", "!24"},
         {"<a/>junk", "<a/> !2d"}, {"<a>x</a><b/>", "<a> 'x' </a> !2d"}, {"", "!01"},

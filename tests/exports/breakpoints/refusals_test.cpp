@@ -1,5 +1,5 @@
-// Data breakpoints on linux: both ways to set them, what happens where the kernel refuses them, and what they leave
-// behind.
+// Data breakpoints on linux: both ways to set them, refusals by the kernel, leaked descriptors, and the order of
+// handlers.
 #include "exports/breakpoints/watched.h"
 
 #include <gtest/gtest.h>

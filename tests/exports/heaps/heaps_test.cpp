@@ -70,7 +70,7 @@ TEST(HeapsFormat, DebugObject)
     [[maybe_unused]] bool ended = false;
     for (int i = 0; i < 30; ++i)
     {
-#if !defined(_WIN32) // Wine's captures go on beyond a thread's first frame
+#if !defined(_WIN32) // Wine's captures continue beyond a thread's first frame
         EXPECT_TRUE(!ended || chain[i].address == nullptr) << i;
 #endif
         ended = chain[i].address == nullptr;

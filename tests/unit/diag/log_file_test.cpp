@@ -51,7 +51,7 @@ TEST(LogFile, HoldsPlainUnitsAndGrowsWhileSomebodyReads)
     EXPECT_EQ(BytesOf(path), std::string("olda\0\xA0\x25\r\0\n\0a\0\xA0\x25\r\0\n\0", 19));
 }
 
-// A line waits a tenth of a second for a locked file.
+// A line waits a tenth of a second for a locked file, then it is lost.
 TEST(LogFile, ALineIsLostWhereTheFileIsLocked)
 {
     OwnOutput output;

@@ -1,4 +1,4 @@
-// A document in memory, and the record that a reader makes of it.
+// A document in memory, and the record that a reader fills from it.
 #pragma once
 
 #include "docinfo/document_file.h"

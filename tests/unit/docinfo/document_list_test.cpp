@@ -7,7 +7,7 @@
 #include "support/temp_folder.h"
 #include "unit/docinfo/document_in_memory.h"
 
-#if !defined(_WIN32) // connected drives are made on linux only
+#if !defined(_WIN32) // only the tests on linux connect drives
 #include "support/own_drives.h"
 
 #include <fcntl.h>

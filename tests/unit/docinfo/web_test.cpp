@@ -34,7 +34,7 @@ TEST(WebReaders, Documents)
         EXPECT_EQ(ReadRecord(reader, bytes).ResultAndSummary(), std::string("0 ") + summary) << bytes.substr(0, 100);
 }
 
-#if !defined(_WIN32) // the pages are in UTF-8, which isn't the default code page there
+#if !defined(_WIN32) // the pages are in UTF-8, which isn't the default code page on windows
 // Compared with exiftool.
 TEST(WebReaders, RealDocuments)
 {

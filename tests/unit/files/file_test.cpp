@@ -236,7 +236,7 @@ TEST_F(FileStream, CopiesTheRemainderAndEndsThere)
     back.Close();
     EXPECT_EQ(BytesOf(to), "##" + bytes);
 
-    // The end is set even if there is nothing to copy.
+    // The end of the file is set even if there is nothing to copy.
     clsFile closed;
     file.Seek(4000000);
     for (clsFile* source : {static_cast<clsFile*>(&file), &closed})

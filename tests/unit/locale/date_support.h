@@ -11,7 +11,7 @@
 namespace qxtest
 {
 
-// The result of Show for no date.
+// The text that Show returns if there is no date.
 inline constexpr char kNothing[] = "0000-00-00 00:00:00";
 
 inline qx::clsLocaleDateInfo Info(qx::DateOrder order, const wchar_t* dateSeparator, const wchar_t* timeSeparator)

@@ -146,7 +146,7 @@ TEST_F(TempFileRemover, ManyFiles)
             remover.Add(Make(String(String::kFormatted, L"_23_%d.tmp", count), 0));
         EXPECT_EQ(remover.Round(), pause);
     }
-    // Checking a file takes 25 ms now; the average is 10 ms for each.
+    // Checking a file takes 25 ms now. A round may take 10 ms per file, so this one ends early.
     clock.utc += kHour;
     clock.ticksForAsking = 25;
     EXPECT_EQ(remover.Round(), 10'000u - 100 * 61);

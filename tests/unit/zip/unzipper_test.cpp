@@ -288,7 +288,7 @@ TEST(Unzipper, OddArchives)
     EXPECT_EQ(place.Extracted()["c"], "3");
 }
 
-// The rest of the archive doesn't count as data of the member.
+// No data beyond the member's stated size is passed, although more data follows in the archive.
 TEST(Unzipper, NoMoreThanTheSizeIsPassed)
 {
     const TempFolder folder;

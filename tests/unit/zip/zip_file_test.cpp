@@ -321,7 +321,7 @@ TEST_F(ZIPFile, TooManyEntries)
     EXPECT_EQ(bytes.substr(bytes.size() - 22, 12), "PK\5\6\0\0\0\0\xFF\xFF\xFF\xFF"_b);
 }
 
-// Room for a header of 30 bytes, a name of one, packed data of three, then 47 and 22 bytes of directory and end record.
+// The archive has a header of 30 bytes, a name of 1, packed data of 3, a directory of 47 and an end record of 22 bytes.
 TEST_F(ZIPFile, WriteErrors)
 {
     for (const auto& [room, place] :
