@@ -1,4 +1,4 @@
-"""Writes answers.tsv, for the scripts that make the documents of a folder: what another program reads from them.
+"""Writes answers.tsv, which contains what another program reads from the documents of a folder.
 
 Each row names a file and a field, the answer of the other program, the answer of the reader ("=" if it is the same) and,
 if it differs, the rule that makes it differ. Dates are in UTC, tabs are written as \\t.

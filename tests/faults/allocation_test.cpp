@@ -197,7 +197,7 @@ Outcome Document()
     return OutcomeOf(isThere || !isReported, [=] { return isThere; });
 }
 
-// No slot can be set for this size, but the caller gets a handle all the same.
+// No breakpoint of this size can be set, but the call returns a handle nevertheless.
 Outcome Breakpoint()
 {
     std::int32_t slot = -1;
@@ -237,7 +237,7 @@ TEST_P(Allocations, FailAtTheFirstUse)
                 alarm(60);
                 FailAllocation(number, also);
                 const Outcome outcome = GetParam().second();
-                // Ends the failures first; that doesn't clear HasFailed().
+                // The operation has already ended the failures; HasFailed() still returns true.
                 _exit(outcome == Outcome::Lied ? 9 : HasFailed() ? 1 : 0);
             }
             int status = 0;
@@ -253,16 +253,16 @@ TEST_P(Allocations, FailAtTheFirstUse)
 TEST_P(Allocations, FailWithoutALeak)
 {
     for (int i = 0; i < 3; ++i)
-        ASSERT_EQ(Run(0, false), Outcome::Done); // allocations that remain, such as caches, are made here
+        ASSERT_EQ(Run(0, false), Outcome::Done); // makes the allocations that remain, such as caches
     for (const bool also : {false, true})
         for (long number = 1;; ++number)
         {
-            Run(number, also); // fills caches that an earlier failure has emptied, and keeps the text of the failure
+            Run(number, also); // refills caches that an earlier failure emptied, and stores the failure's text
             Outcome outcome = Outcome::Done;
             bool hasFailed = false;
             long left = 1;
-            // With several threads, the failure may hit another thread than before, whose text is kept too. A leak
-            // recurs.
+            // With several threads, the failure may hit a thread that has no text of a failure yet, and this text
+            // remains allocated. A real leak occurs in every attempt.
             for (int attempt = 0; attempt < 5 && left > 0; ++attempt)
             {
                 const long before = LiveBlocks();

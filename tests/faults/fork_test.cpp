@@ -107,7 +107,7 @@ bool UsePool()
         Add(pool, new TestJob(counts, [] { UtilDebug(L"in a job"); }), host);
     UtilThreadPoolFinalize(pool, &host);
     UtilThreadPoolClose(pool);
-    // A pool recognises by the number that its threads are those of a parent.
+    // A pool compares process ids to find out that its threads are those of a parent.
     return counts.runs == 10 && counts.alive == 0 && GetCurrentProcessId() == static_cast<DWORD>(getpid());
 }
 
@@ -122,7 +122,7 @@ bool UseMemoryAndEvents()
     return isSet && GlobalFree(block) == nullptr;
 }
 
-// The parent's threads and its children share this job. A child has the objects of the parent, too.
+// The parent's threads and its children share this job. A child also inherits the parent's objects.
 HUTHEAPJOB heapJob = nullptr;
 
 bool UseHeaps()
@@ -207,7 +207,7 @@ TEST(Forks, ChildUsesAPoolThatTheParentOpened)
         UtilThreadPoolClose(pool);
         return counts.runs.load();
     };
-    EXPECT_EQ(RunChild(finish), 3); // with the job that the parent's worker has begun
+    EXPECT_EQ(RunChild(finish), 3); // includes the job that the parent's worker had begun
     EXPECT_EQ(RunChild([&] { return UtilThreadPoolClose(pool), 0; }), 0);
     SetEvent(ended);
     EXPECT_EQ(finish(), 3);
@@ -244,7 +244,7 @@ TEST(Forks, ChildTakesOverWhatTheParentsThreadsHeld)
             EnterCriticalSection(&section);
             if (WaitForSingleObject(thread, INFINITE) != WAIT_OBJECT_0)
                 return 1;
-            // A wait of a thread of the parent must not consume the event that a thread of the child waits for.
+            // A parent's thread that waits for the event must not consume a signal meant for a thread of the child.
             std::thread own([&] { WaitForSingleObject(automatic, INFINITE); });
             Sleep(20);
             SetEvent(automatic);
@@ -263,7 +263,7 @@ TEST(Forks, ChildTakesOverWhatTheParentsThreadsHeld)
         CloseHandle(handle);
 }
 
-// A process may end while other threads create temporary files, as when the user interrupts it.
+// A process may end while other threads create temporary files, for example when the user interrupts it.
 TEST(Forks, EndOfAProcessDeletesFilesThatAreJustCreated)
 {
     const std::filesystem::path temporary = folder + "/temporary";

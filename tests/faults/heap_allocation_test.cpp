@@ -1,5 +1,5 @@
-// Makes each allocation of tracked heaps fail in turn: of records, chains, objects and system heaps, and the memory of
-// the lists of leaks; and those of the reports of handles. Nothing may be lost, and what is left must work.
+// Makes each allocation of tracked heaps (records, call chains, objects, system heaps, lists of leaks) and of handle
+// reports fail in turn. Nothing may be lost, and whatever remains must still work.
 #include "core/debug_line.h"
 #include "core/text/text_format.h"
 #include "faults/failing_allocations.h"
@@ -29,7 +29,7 @@ using namespace qx;
 namespace
 {
 
-// The functions of the layer share the count of malloc.
+// Returns true if this call of malloc fails. The functions of the layer share malloc's count.
 bool MallocFails()
 {
     void* const probe = std::malloc(1);
@@ -177,7 +177,7 @@ int UseHeaps(clsModuleList& list, Lines& lines)
                 live -= static_cast<int>(group.count);
             EXPECT_EQ(live, 0);
         }
-        catch (const std::bad_alloc&) // reported by the exported function
+        catch (const std::bad_alloc&) // the exported function reports it
         {
             ++failures;
             ++lines.outOfMemory;
@@ -205,7 +205,7 @@ TEST(HeapAllocations, FailInTurn)
     Lines lines;
     DebugLineSink* const former = SetDebugLineSink(&lines);
     clsModuleList list;
-    UseHeaps(list, lines); // resolves what is bound late
+    UseHeaps(list, lines); // resolves the functions that are bound late
     const std::size_t blocks = BlocksOfProcessHeap();
     int withoutFailure = 0;
     long number = 1;
@@ -216,7 +216,7 @@ TEST(HeapAllocations, FailInTurn)
         const int failures = UseHeaps(list, lines);
         faulttest::FailAllocation(0);
         withoutFailure += !faulttest::HasFailed();
-        // A chain that isn't recorded is no failure.
+        // An object whose chain isn't recorded isn't a failure.
         EXPECT_LE(failures, 1) << number;
         EXPECT_EQ(lines.outOfMemory, failures) << number;
         EXPECT_EQ(list.Chains().Count(), 0u) << number;
@@ -227,7 +227,7 @@ TEST(HeapAllocations, FailInTurn)
     EXPECT_EQ(withoutFailure, 1);
 }
 
-// The exception is raised when the words were written and other threads can use the heaps again.
+// The exception is raised after the message was written. At that time other threads can use the heaps again.
 TEST(HeapAllocations, RaiseTheSystemsException)
 {
     static clsModuleList list;
@@ -270,7 +270,8 @@ TEST(HeapAllocations, RaiseTheSystemsException)
     SetDebugLineSink(former);
 }
 
-// Half of the objects were allocated by code that is no longer loaded. On linux, looking up its memory takes long.
+// Half of the objects were allocated from an address outside all modules, as if their code had been unloaded. On linux,
+// looking up such an address is slow.
 TEST(HeapReports, AskForEachModuleOnce)
 {
     const qxtest::DebugLines lines;
@@ -299,7 +300,7 @@ TEST(HandleAllocations, FailInTheMiddleOfReports)
 {
     const qxtest::UserIs user(L"qvx");
     TheDebugHelpTimes().lock = 1;
-    const clsDBGHelpWrapperGPFProt other; // has the session
+    const clsDBGHelpWrapperGPFProt other; // holds the session
     using enum HandleOperation;
     bool hasFailed = true;
     long number = 1;

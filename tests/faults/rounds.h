@@ -1,4 +1,4 @@
-// How long the drivers run.
+// The number of rounds that the drivers run.
 #pragma once
 
 #include <cstdlib>
@@ -6,7 +6,7 @@
 namespace faults
 {
 
-// Returns QXUT_FAULT_ROUNDS of the environment, or `usual`.
+// Returns the value of the environment variable QXUT_FAULT_ROUNDS, or `usual` if it isn't set.
 inline int Rounds(int usual)
 {
     const char* const rounds = std::getenv("QXUT_FAULT_ROUNDS");

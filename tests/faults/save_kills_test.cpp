@@ -56,8 +56,8 @@ TEST(SaveKills, LeaveTheOldOrTheNewContents)
         }
         const pid_t peer =
             round % 2 == 0 ? StartPeer({"rewrite", path, "1000000"}) : StartPeer({"save", path, "b", "1000000"});
-        // In three of four rounds waits until the first save has ended, so that the kill happens during a later one; in
-        // the others the peer may only just have started.
+        // In three of four rounds, waits until the first save has ended, so that the kill happens during a later one.
+        // In the other rounds, the peer may only just have started.
         const auto patience = random() % 4 == 0 ? random() % 50 : 30000;
         for (unsigned waited = 0;
              waited < patience && (isNew ? !std::filesystem::exists(path) : LetterOfWhole(Job(path)) == "0"); ++waited)

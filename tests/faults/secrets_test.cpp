@@ -23,7 +23,7 @@ namespace
 constexpr unsigned char kMask = 0xA5;
 constexpr std::size_t kLength = 24;
 
-// A phrase of its own for each use: what one use leaves must not be found after another.
+// Returns a different phrase for each use, so that the remains of one use aren't attributed to another.
 std::string MaskedPhrase(char number)
 {
     std::string masked;
@@ -33,7 +33,7 @@ std::string MaskedPhrase(char number)
     return masked;
 }
 
-// The phrase in the clear, in memory that is overwritten afterwards.
+// A phrase in clear text, in memory that is overwritten afterwards.
 template <class Character>
 class Phrase
 {
@@ -104,7 +104,7 @@ TEST(Secrets, LeaveNothingInMemory)
 {
     const qxtest::TempFolder folder;
     const qx::String file = folder.Make(L"file", "some content, some content");
-    // The search must find what is there, or it proves nothing.
+    // The search must find a phrase that is in memory; otherwise it proves nothing.
     const std::string first = MaskedPhrase(1);
     {
         const Phrase<wchar_t> phrase(first);

@@ -1,4 +1,4 @@
-// The deepest input on threads with small stacks.
+// Processes the most deeply nested input on threads with small stacks.
 #include <qxut23/archives.h>
 #include <qxut23/debug.h>
 #include <qxut23/docinfo.h>
@@ -153,7 +153,7 @@ std::string Repeated(const char* text, std::size_t count)
     return all;
 }
 
-// Nested dictionaries, elements, groups and comments, more than the readers follow.
+// Nests dictionaries, elements, groups and comments more deeply than the readers follow.
 void UseDocuments(const TempFolder& folder)
 {
     const HUTDOCINFO list = UtilDocInfoOpen(0);
@@ -194,7 +194,7 @@ TEST(SmallStacks, OfTwoSizes)
     }
 }
 
-// Destroying nested arrays needs no stack, and copying them is refused before it needs too much.
+// Destroying nested arrays isn't recursive. Copying is, so it is refused beyond 256 levels.
 TEST(SmallStacks, ArraysOfAnyDepth)
 {
     RunOnStack(64,

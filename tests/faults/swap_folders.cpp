@@ -50,8 +50,8 @@ public:
     static std::string Name(int number) { return "file" + std::to_string(number); }
     fs::path Path(const char* name) const { return _root / name; }
 
-    // Creates a new target with the folder `folder`, links that lead outside (`link` in the target, `parent` beside
-    // it), and for each file another link that leads outside.
+    // Creates a new target that contains the folder `folder`, and links that lead outside: `link` in the target,
+    // `parent` next to it, and one in `links` for each file.
     void Prepare() const
     {
         for (const char* name : {"target", "parent", "outside", "links"})
@@ -107,7 +107,8 @@ void SwapNames(const Place& place)
 
 using Attack = void (*)(const Place&);
 
-// An attack may wait for the first file, because a folder that was a link from the start would be the caller's choice.
+// Returns the number of extractions, out of `count`, that wrote outside. With `waits`, the attack begins when the first
+// file exists, because a folder that is a link from the start is the caller's choice.
 std::size_t CountAttacks(const Place& place, int count, bool waits, Attack attack, const std::function<void()>& extract)
 {
     std::size_t outside = 0;

@@ -41,8 +41,8 @@ bool EndsInside(std::function<void()> body)
     return pthread_create(&thread, nullptr, run, &body) == 0 && pthread_join(thread, &result) == 0 && result != &body;
 }
 
-// Expects a thread that is ended by the callback of an operation not to return from it, whichever way it ends. The
-// operation passes its argument to the callback.
+// Runs the operation on threads that its callback ends, in each of the ways to end a thread, and expects that none of
+// them returns from it. The operation passes its argument to the callback.
 void ExpectToEndInside(const std::function<void(End*)>& operation)
 {
     for (End end : kEnds)

@@ -30,7 +30,7 @@ def check_stripped(objdump, file, debug, max_size):
 
 
 def check_switches(objdump, file, debug, switches):
-    """The compiler notes its options in the debug information of each unit."""
+    """Checks the compiler's options, which it records in the debug information of each unit."""
     units = re.findall(r"DW_AT_producer\s*: (.*)", output(objdump, "--dwarf=info", "--dwarf-depth=1", debug))
     own = [unit for unit in units if "GNU C++20" in unit]
     expect(own, file, "no unit of C++ in the debug information")

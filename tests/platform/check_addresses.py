@@ -1,5 +1,6 @@
-"""check_addresses.py READER IMAGE: compares functions and lines of 1,000 addresses of an image with addr2line, and those
-of copies whose debug information is elsewhere, compressed or missing, with those of the image."""
+"""check_addresses.py READER IMAGE: compares the reader's functions and lines for 1,000 addresses of an image with those
+of other tools. Then compares its results for copies of the image, whose debug information is elsewhere, compressed or
+missing, with its results for the image."""
 
 import collections
 import os
@@ -23,7 +24,7 @@ def run(*command, **environment):
 
 def functions_of_image():
     """Returns the names of all functions that have a symbol, by begin and size. The linker drops the symbols of some
-    copies, and functions of the same code may share a place."""
+    duplicates, and functions with the same code may share an address."""
     functions = collections.defaultdict(set)
     for line in run("readelf", "-sW", IMAGE):
         fields = line.split()
@@ -33,8 +34,8 @@ def functions_of_image():
 
 
 def same_function(name):
-    """Returns a common name of constructors, which have two names for the same code, of parts of functions, which have
-    suffixes, and of functions of the same code."""
+    """Returns a common name for the two names of a constructor or destructor, for a function and its parts, whose names
+    have suffixes, and for functions with the same code."""
     whole = name.split(".")[0]
     return shared_places.get(whole, re.sub(r"([CD])[12]([EIv])", r"\1x\2", whole))
 
@@ -66,7 +67,7 @@ print(f"{known} of 1000 addresses have a line; {lines_equal} lines and {function
 assert known > 900 and functions == known and lines_equal >= known - 10
 
 with tempfile.TemporaryDirectory() as folder, socket.socket() as server:
-    # A server of debug information that must not be asked.
+    # A server of debug information that the reader must not contact.
     server.bind(("127.0.0.1", 0))
     server.listen()
     url = f"http://127.0.0.1:{server.getsockname()[1]}"
@@ -107,7 +108,7 @@ with tempfile.TemporaryDirectory() as folder, socket.socket() as server:
     shutil.copy(os.path.join(folder, "elsewhere/probe.debug"), folder)
     check("bare.so", 7, True)
 
-    # The symbols of .gnu_debugdata, which distributions pack into stripped files.
+    # The symbols of .gnu_debugdata, which distributions embed in stripped files.
     copy("mini.debug", "--only-keep-debug", "--strip-debug")
     run("xz", os.path.join(folder, "mini.debug"))
     copy("mini.so", "--strip-all", "--add-section=.gnu_debugdata=" + os.path.join(folder, "mini.debug.xz"))

@@ -19,7 +19,7 @@ class Clipboard : public testing::Test
 protected:
     void SetUp() override { ASSERT_TRUE(OpenClipboard(nullptr) && EmptyClipboard() && CloseClipboard()); }
 
-    const std::string _home = OwnRegistryFolder(); // before the format is registered there
+    const std::string _home = OwnRegistryFolder(); // created before the format is registered
     const UINT _format = RegisterClipboardFormatW(L"qxplatform test");
 };
 
@@ -58,7 +58,7 @@ TEST_F(Clipboard, BelongsToTheThreadThatOpenedIt)
     EXPECT_TRUE(CloseClipboard());
 }
 
-#ifndef _WIN32 // what the end of a process gives back there is up to the system
+#ifndef _WIN32 // on windows the system decides what the end of a process releases
 TEST_F(Clipboard, EndOfAProcessGivesItBack)
 {
     const pid_t child = fork();

@@ -110,7 +110,7 @@ TEST(GlobalStream, MovesAndChangesItsSize)
     EXPECT_EQ(WholeContent(stream), "");
 }
 
-// Guarantees of the layer that the system doesn't give.
+// Guarantees that the layer makes and the system doesn't.
 #ifndef _WIN32
 TEST(GlobalStream, HandleHoldsExactlyTheContentAndZerosWhereItGrew)
 {

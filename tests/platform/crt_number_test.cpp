@@ -96,8 +96,7 @@ TEST(CrtNumber, ReadsFloats)
 #if !defined(_WIN32) // Wine loses the digits after the first twenty or so
 TEST(CrtNumber, ReadsFloatsOfManyDigits)
 {
-    // 2^53 + 1 is halfway between two numbers, followed by more and more zeros and then either a nonzero digit or
-    // nothing.
+    // 2^53 + 1 is halfway between two doubles. More and more zeros follow it, and then a nonzero digit or nothing.
     constexpr std::wstring_view kHalfway = L"9007199254740993.";
     for (const std::size_t zeros : {20u, 100u, 700u, 760u, 2000u})
     {
@@ -158,7 +157,7 @@ TEST(CrtScan, SizesOfNumbersAndOfTheText)
         EXPECT_EQ(_snwscanf(text, wcslen(text), format, &value), 1) << text << " by " << format;
         EXPECT_EQ(value, expected) << text << " by " << format;
     }
-    // The length of the text is given.
+    // Only the given length of the text is scanned.
     int first = 0, second = 0;
     EXPECT_EQ(_snwscanf(L"(12,34)", 5, L"(%d,%d)", &first, &second), 2);
     EXPECT_EQ(first, 12);

@@ -179,7 +179,7 @@ TEST(DateFromText, OfLocales)
         {kJapanese, L"18/1/2", "2018-01-02 00:00:00"}, {kJapanese, L"1/2/2018", "2018-01-02 00:00:00"}};
     for (const auto& [locale, text, result] : cases)
         EXPECT_EQ(Read(locale, text), result) << ReadableText(text) << ' ' << locale;
-    if (kIsLayer) // Wine takes the first number as the year and knows only the nominative of months
+    if (kIsLayer) // Wine takes the first number as the year and recognises months only in the nominative
     {
         EXPECT_EQ(Read(kRussian, L"3 \x430\x43f\x440\x435\x43b\x44f 2018"), "2018-04-03 00:00:00");
         EXPECT_EQ(Read(kAmerican, L"3 Apr 18"), "2018-04-03 00:00:00");
@@ -198,7 +198,7 @@ TEST(DateFromText, AndBack)
     EXPECT_EQ(Written(0x9999, 43103), "error");
 }
 
-// A long text of almost-date parts.
+// A long text whose parts almost form a date is parsed in linear time.
 TEST(DateFromText, TakesTimeInTheLengthOnly)
 {
     std::u16string text;

@@ -1,4 +1,4 @@
-// A library with known functions and variables. Its test runs inside of them. Compiled without optimisation.
+// A library with known functions and variables, compiled without optimisation. The test runs inside these functions.
 #include "dbghelp_probe.h"
 
 #include <cstdint>

@@ -1,4 +1,5 @@
-// Prints the symbols and lines of addresses: IMAGE ADDRESS... as in the image's file, hexadecimal.
+// qxdbghelp_reader IMAGE ADDRESS...: prints the symbols and lines of addresses. They are hexadecimal, as in the image's
+// file.
 #include <windows.h>
 
 #include <dbghelp.h>

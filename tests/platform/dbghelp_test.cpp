@@ -1,4 +1,4 @@
-// The debug-help library: one session for all tests, because opening one is slow on some systems.
+// The debug-help library. All tests share one session, because opening one is slow on some systems.
 #include "dbghelp_probe.h"
 #include "frame_probe.h"
 #include "stacks/context_registers.h"
@@ -38,7 +38,7 @@ protected:
         ASSERT_NE(DBGHELP(SymInitialize), nullptr);
         ASSERT_TRUE(DBGHELP(SymInitialize)(GetCurrentProcess(), nullptr, FALSE));
         DBGHELP(SymSetOptions)(SYMOPT_LOAD_LINES | SYMOPT_LOAD_ANYTHING);
-        // The name in the enumeration needn't be a path.
+        // The name that the enumeration passes needn't be a path.
         const auto load = [](PCSTR, DWORD64 base, ULONG size, PVOID) -> BOOL
         {
             char path[MAX_PATH] = {};
@@ -55,7 +55,7 @@ protected:
     }
 };
 
-// Walks, and appends the names of the functions to the text.
+// Walks the stack and appends the names of the functions to the text.
 int TakeNames(void* text)
 {
     CONTEXT context{};
@@ -85,7 +85,8 @@ int TakeNames(void* text)
     EXPECT_EQ(ProbeFrame(TakeNames, &names), 18);
 }
 
-// The innermost function needs the rules of the debug information, and so do the registers of the functions around it.
+// The unwind rules of the innermost function exist only in the debug information. Without them, the registers of its
+// callers would be wrong too.
 TEST_F(DebugHelp, WalksByDebugInformation)
 {
     std::string names;
@@ -126,7 +127,7 @@ TEST_F(DebugHelp, FindsLines)
     EXPECT_EQ(line.Address, address);
 }
 
-#if !defined(_WIN32) // the other implementation makes different names
+#if !defined(_WIN32) // the other implementation forms different names
 
 TEST_F(DebugHelp, NamesAreReadable)
 {

@@ -31,7 +31,7 @@ TEST_F(FilesBetweenProcesses, NothingIsLeftOfAProcessThatIsKilled)
 
 TEST_F(FilesBetweenProcesses, ByteLocksHold)
 {
-    // Locks are taken through handles of both kinds, and both kinds exclude each other.
+    // Locks are taken through handles with and without write access. Locks of both kinds exclude each other.
     for (const auto& [access, access2] : {std::pair<DWORD, DWORD>(GENERIC_READ, kReadWrite), {kReadWrite, GENERIC_READ},
              {GENERIC_READ, GENERIC_READ}, {kReadWrite, kReadWrite}})
     {

@@ -21,7 +21,7 @@ protected:
 
 TEST_F(Files, DispositionsTellWhatTheyFound)
 {
-    // The last errors are those of a failure and of a success.
+    // The disposition, whether the file exists, the last error on failure, the last error on success, and the contents.
     constexpr std::tuple<DWORD, bool, DWORD, DWORD, const char*> kCases[] = {{CREATE_NEW, false, 0, 0, ""},
         {CREATE_NEW, true, ERROR_FILE_EXISTS, 0, "data"}, {CREATE_ALWAYS, false, 0, 0, ""},
         {CREATE_ALWAYS, true, 0, ERROR_ALREADY_EXISTS, ""}, {OPEN_EXISTING, false, ERROR_FILE_NOT_FOUND, 0, ""},
@@ -67,7 +67,7 @@ TEST_F(Files, PathsThatLeadNowhere)
         EXPECT_EQ(ErrorOf([&name = name] { return CreateDirectoryW(name, nullptr); }), DWORD(error)) << name.Narrow();
 }
 
-// Pairs of opens: access and sharing mode of the first and of the second.
+// Pairs of opens: access and sharing mode of the first one and of the second one, and whether both may succeed.
 constexpr struct
 {
     DWORD firstAccess, firstShare, secondAccess, secondShare;

@@ -115,7 +115,7 @@ std::string Formatted(LCID locale, DWORD flags)
     return Result(Format(locale, flags, &kMoment, nullptr, value, 256), value);
 }
 
-// The column and the type of information that locales have.
+// The name of a column of the reference, and the LCTYPE value of the same information.
 #define INFORMATION(name) "LOCALE_" #name, LOCALE_##name
 
 TEST(LocaleReference, Values)

@@ -1,4 +1,4 @@
-// The build ids of modules, without which captures don't cache rules. This program has none. Linux only.
+// Build ids of modules, without which captures don't cache unwind rules. This program has no build id. Linux only.
 #include "stack/module_tables.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@ void InProgram() {}
 
 } // namespace
 
-// Nothing else can be loaded at the place of the program.
+// The program needs no build id for its rules to be cached, because nothing else can be loaded at its address.
 TEST(ModuleTables, OfAProgramWithoutBuildId)
 {
     ModuleTables tables;
@@ -27,7 +27,7 @@ TEST(ModuleTables, OfAProgramWithoutBuildId)
     EXPECT_EQ(tables.buildIdSize, 0u);
 }
 
-// The library's resources are notes in the same segment as its build id, and go beyond the first page.
+// The library's resources are notes in the same segment as its build id, and extend beyond the first page.
 TEST(ModuleTables, HaveTheBuildIdInFrontOfLongNotes)
 {
     void* const library = dlopen(QX_LIBRARY, RTLD_NOW);

@@ -1,4 +1,4 @@
-// Connections of drives with shares, which the layer reads from links.
+// Drives that are connected to shares. The layer reads the connections from links.
 #include "system_support.h"
 
 #include <winnetwk.h>
@@ -29,13 +29,13 @@ TEST(Network, DrivesWithoutAShare)
     EXPECT_EQ(WNetCloseEnum(nullptr), DWORD{ERROR_INVALID_HANDLE});
 }
 
-#ifndef _WIN32 // Wine knows no connected drives
+#ifndef _WIN32 // Wine has no connected drives
 
 using Entries = std::vector<std::pair<std::string, std::string>>;
 
 constexpr DWORD kAll = 0xFFFFFFFF;
 
-// A walk whose blocks are followed by bytes that no call may change.
+// An enumeration whose blocks are followed by bytes that no call may change.
 class Walk
 {
 public:
@@ -70,7 +70,7 @@ TEST(NetworkOfTheLayer, RelativeLinksToSharesAreConnections)
     const OwnDrives drives;
     drives.MakeShare("server", "share");
     drives.Link("q:", "unc/server/share");
-    drives.Link("b:", "unc/gone/Unreachable/"); // counts whether or not the share exists
+    drives.Link("b:", "unc/gone/Unreachable/"); // listed whether or not the share exists
     const std::string longName(300, 'n');
     const std::pair<const char*, std::string> others[] = {{"c:", "/tmp"}, {"d:", "../drive"}, {"e:", "unc/server"},
         {"f:", "unc/server/share/sub"}, {"g:", "unc//share"}, {"h:", "unc/../share"}, {"i:", "unc/server/.."},
@@ -96,7 +96,7 @@ TEST(NetworkOfTheLayer, WalksFillBlocksOfAnySize)
     const DWORD one = sizeof(NETRESOURCEW) + (3 + 15) * sizeof(wchar_t);
     Entries entries;
     Walk walk;
-    drives.Link("d:", "unc/late/share"); // not in a walk that has begun
+    drives.Link("d:", "unc/late/share"); // too late for an enumeration that has begun
     EXPECT_EQ(walk.Read(kAll, one - 1, entries), DWORD{ERROR_MORE_DATA});
     EXPECT_EQ(walk.lastSize, one);
     EXPECT_EQ(walk.Read(kAll, 2 * one - 1, entries), DWORD{ERROR_SUCCESS});
@@ -107,7 +107,7 @@ TEST(NetworkOfTheLayer, WalksFillBlocksOfAnySize)
     EXPECT_EQ(walk.Read(kAll, one, entries), DWORD{ERROR_NO_MORE_ITEMS});
     EXPECT_EQ(entries.back(), std::make_pair(std::string("C:"), std::string("\\\\server\\share")));
 
-    HANDLE handle = GetCurrentProcess(); // no walk
+    HANDLE handle = GetCurrentProcess(); // not the handle of an enumeration
     DWORD size = one;
     EXPECT_EQ(WNetEnumResourceW(handle, &size, &handle, &size), DWORD{ERROR_INVALID_HANDLE});
     EXPECT_EQ(WNetOpenEnumW(2, RESOURCETYPE_DISK, 0, nullptr, &handle), DWORD{ERROR_NOT_SUPPORTED});

@@ -11,7 +11,7 @@ namespace
 
 constexpr DWORD kPeerPatience = 60'000;
 
-// Adds one to the number in the file, under the protection that the caller has established.
+// Adds one to the number in the file. The caller must have exclusive access.
 void Increment(HANDLE file)
 {
     SetFilePointer(file, 0, nullptr, FILE_BEGIN);
@@ -20,8 +20,8 @@ void Increment(HANDLE file)
     WriteBytes(file, next);
 }
 
-// Each round is protected either by opening the file exclusively, or by a lock next to the number, taken through a
-// separate handle so that it needs no write access.
+// Increments the number once in each round, protected either by opening the file exclusively or by a lock next to the
+// number. The lock is taken through a separate handle, so that it needs no write access.
 int Count(const Text& path, bool byLock, DWORD access, DWORD rounds)
 {
     const DWORD refusal = byLock ? ERROR_LOCK_VIOLATION : ERROR_SHARING_VIOLATION;

@@ -6,7 +6,7 @@
 namespace qxtest
 {
 
-// The file by which the other process says that it holds its lock.
+// Returns the file that the other process creates when it holds its lock.
 inline Text ReadyFile(const Text& path)
 {
     return path + L".ready";

@@ -30,7 +30,7 @@ using namespace std::string_view_literals;
 constexpr char kDigits[] = "0123456789abcdef";
 const std::string kHeader = "Windows Registry Editor Version 5.00\r\n\r\n";
 
-// Ends the lines as the system does.
+// Converts the text to UTF-16 with a byte order mark and with line ends as the system writes them.
 std::string ToUtf16(std::u16string_view text)
 {
     std::string bytes = "\xFF\xFE";
@@ -130,7 +130,7 @@ TEST_F(RegistryFile, WritesTheFormOfTheSystemsEditor)
     EXPECT_EQ(ReadFile(), ToUtf16(text.substr(0, text.size() - 1) + u"\"Zero\"=dword:00000000\n"));
 }
 
-// Edited by hand, in UTF-8, with all variations that the syntax permits.
+// A file edited by hand, in UTF-8, with all variations that the syntax permits.
 TEST_F(RegistryFile, ReadsWhatPeopleWrite)
 {
     WriteFile("\xEF\xBB\xBFWindows Registry Editor Version 5.00\n; about all\n\n"
@@ -157,7 +157,7 @@ TEST_F(RegistryFile, ReadsWhatPeopleWrite)
 TEST_F(RegistryFile, DamageIsReadAroundAndNeverWrittenOver)
 {
     const std::string good = kHeader + "[HKEY_CURRENT_USER\\k]\r\n\"v\"=dword:00000001\r\n";
-    // What follows a key with a value, and whole files.
+    // Invalid text after a valid key, and invalid whole files.
     const std::string lines[] = {"\"open=\"x", "\"x\"=\"abc", "\"x\"=\"a\\n\"", "\"x\"=dword:123456789", "\"x\"=hex:0g",
         "\"x\"=hex:00,\\ 01", "x=1", "[HKEY_CURRENT_USER\\k", "[HKEY_LOCAL_MACHINE\\k]\r\n\"v\"=dword:00000002",
         "[HKEY_CURRENT_USER\\" + std::string(256, 'n') + "]", "[-HKEY_CURRENT_USER]", "\"\xFF\"=\"x\"",
@@ -190,7 +190,7 @@ TEST_F(RegistryFile, WhatCouldNotBeReadBackIsNotWritten)
     EXPECT_EQ(Create(reinterpret_cast<const wchar_t*>(path.c_str())), ERROR_SUCCESS);
     const HKEY key = Open(L"k");
     ASSERT_EQ(SetNumber(key, L"v", 1), ERROR_SUCCESS);
-    const std::vector<BYTE> data(12 << 20); // six bytes of the file for each byte
+    const std::vector<BYTE> data(12 << 20); // each byte takes six bytes of the file
     EXPECT_EQ(RegSetValueExW(key, L"v", 0, REG_BINARY, data.data(), static_cast<DWORD>(data.size())),
         ERROR_NO_SYSTEM_RESOURCES);
     EXPECT_EQ(Value(L"k", L"v"), "4:01000000");

@@ -1,5 +1,5 @@
-// Access lists of files, changed step by step as programs do. As the layer stores them, they are read back by getfacl
-// and prepared by setfacl.
+// Access lists of files, changed step by step as programs do. setfacl prepares the lists, and getfacl reads what the
+// layer has stored.
 #include "system_support.h"
 
 #include <aclapi.h>
@@ -157,10 +157,11 @@ TEST_F(SecurityOfTheLayer, EntriesAreSetAsAnotherReaderShowsThem)
         ASSERT_EQ(chmod(path.c_str(), 0750), 0);
         CheckList(path, one);
     }
-    // A group has the rights of all its entries, so setting those of the owning group removes a named one.
+    // A group has the rights of all its entries, so setting the rights of the owning group removes the group's named
+    // entry.
     MakeFile(Text::Widen(path += "g"), "content");
     ASSERT_EQ(chmod(path.c_str(), 0640), 0);
-    if (chown(path.c_str(), geteuid(), getgrnam("staff")->gr_gid) == 0) // only root may give it to any group
+    if (chown(path.c_str(), geteuid(), getgrnam("staff")->gr_gid) == 0) // only root may give the file to any group
         CheckList(path, {"-m g:staff:rwx", "staff", GENERIC_READ, 0, "u::rw- g::r-- m::rwx o::---"});
 }
 
@@ -170,7 +171,7 @@ TEST_F(SecurityOfTheLayer, ErrorsStayWithTheirStep)
     Text file = folder / L"probe";
     const std::tuple<Text, const wchar_t*, DWORD, const char*> cases[] = {
         {folder / L"missing/file", L"daemon", 0, "get: 3"}, {L"Q:\\file", L"daemon", 0, "get: 3"},
-        {L"/proc/version", L"daemon", 0, "get: 50"}, // no access lists there
+        {L"/proc/version", L"daemon", 0, "get: 50"}, // this file system has no access lists
         {file, L"qx-no-such-account", 0, "entries: 1332"}, {file, L"", 0, "entries: 1332"},
         {file, L"daemon", 8, "entries: 50"}}; // can't be expressed
     for (const auto& [path, account, inheritance, error] : cases)

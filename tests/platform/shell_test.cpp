@@ -76,7 +76,7 @@ std::string Narrow(const std::u16string& text)
     return std::string(text.begin(), text.end());
 }
 
-// Both forms with a bar between them.
+// Returns the local path and the share of the link's target with a bar between them.
 std::string TargetOf(const LinkParts& parts)
 {
     const std::optional<LinkTarget> target = Parse(LinkOf(parts));
@@ -157,7 +157,7 @@ TEST(LinkFile, FormsOfTheTarget)
     }
 }
 
-TEST(LinkFile, BearsDamage)
+TEST(LinkFile, SurvivesDamage)
 {
     const std::string whole = LinkOf({R"(C:\abc)", R"(\\s\t)", "suffix", uR"(C:\w)", uR"(\\w\t)", u"wide"});
     const auto check = [&](const std::string& bytes)

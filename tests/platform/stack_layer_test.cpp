@@ -1,4 +1,4 @@
-// Walks from contexts, which only the layer offers, and captures where locks are held. Linux only.
+// Walks from contexts, which only the layer offers, and captures while locks are held. Linux only.
 #include "stack_support.h"
 
 #include "stack/capture.h"
@@ -28,7 +28,7 @@ namespace
 {
 
 Addresses captured;
-Addresses refereed; // by the C library's unwinder
+Addresses refereed; // captured by the C library's unwinder, for comparison
 
 [[gnu::noinline]] void CaptureBoth()
 {
@@ -111,12 +111,12 @@ CONTEXT ContextOf(const void* ucontext)
     return context;
 }
 
-// The frame that each walk must reach, and what was counted.
+// The frame that each walk must reach, and the counters.
 struct Stepping
 {
     std::uintptr_t stackPointer = 0;
     std::uintptr_t lowest = 0;
-    std::uintptr_t highest = 0; // program counters in the frame
+    std::uintptr_t highest = 0; // with `lowest`, the range of program counters in the frame
     unsigned steps = 0;
     unsigned failures = 0;
     DWORD64 failedAt = 0;
@@ -127,7 +127,7 @@ bool Reaches(CONTEXT context)
     BOOL isExact = TRUE;
     for (unsigned depth = 0; depth < 100; ++depth)
     {
-        // Before and after the call, the flags are on top of the stack.
+        // In the frame itself the stack pointer may differ, because the flags are pushed before and after the call.
         if (context.Rip >= stepping.lowest && context.Rip <= stepping.highest)
             return depth == 0 || context.Rsp == stepping.stackPointer;
         if (!QxUnwindFrame(&context, &isExact))
@@ -140,7 +140,7 @@ void OnStep(int, siginfo_t*, void* ucontext)
 {
     const CONTEXT context = ContextOf(ucontext);
     ++stepping.steps;
-    // A capture in a signal handler, wherever it has interrupted the thread.
+    // A capture in the signal handler must work wherever the signal has interrupted the thread.
     void* addresses[100];
     const WORD count = RtlCaptureStackBackTrace(0, 100, addresses, nullptr);
     const bool isCaptured = std::any_of(addresses, addresses + count,
@@ -155,7 +155,7 @@ void OnStep(int, siginfo_t*, void* ucontext)
     stepping.failedAt = context.Rip;
 }
 
-// Calls a function and walks before each of its instructions.
+// Calls a function and walks the stack before each of its instructions.
 [[gnu::noinline, gnu::optimize("O2")]] void StepThrough(void (*function)())
 {
     __asm__ volatile(
@@ -191,7 +191,7 @@ TEST(LayerWalks, ReachTheCallerFromEveryInstruction)
     GTEST_SKIP() << "the sanitizers read the clock in a loop that doesn't end if each of its steps is slow";
 #endif
     const SignalHandler handler(SIGTRAP, &OnStep);
-    // Its functions are bound at their first call, through the loader's own code.
+    // The library's functions are bound at their first call, through the loader's own code.
     void* const library = dlopen(QXUT_STACK_PROBE_FOLDER "/libsmall_stack_probe.so", RTLD_LAZY | RTLD_LOCAL);
     ASSERT_NE(library, nullptr);
     probe = reinterpret_cast<ProbeFunction>(dlsym(library, "Probe"));
@@ -205,7 +205,7 @@ TEST(LayerWalks, ReachTheCallerFromEveryInstruction)
                 probe(frames);
             },
             300},
-        // Other functions of it repeat a loop if the time advances while they run.
+        // Other functions of this image repeat a loop if the time advances while they run.
         {"the kernel's image", [] { std::time(nullptr); }, 6},
         {"allocation", [] { std::free(std::malloc(5000)); }, 100},
         {"the loader's lock", [] { dl_iterate_phdr([](dl_phdr_info*, std::size_t, void*) { return 0; }, nullptr); },
@@ -259,7 +259,7 @@ TEST(LayerWalks, WildCallsAndGarbage)
     }
     handler.reset();
 
-    // Registers of all kinds of garbage: every walk ends and none faults.
+    // Fills the registers with garbage of all kinds. Every walk must end, and none may fault.
     std::mt19937_64 random(1);
     CONTEXT here;
     RtlCaptureContext(&here);
@@ -285,7 +285,7 @@ TEST(LayerWalks, WildCallsAndGarbage)
 
 TEST(LayerCaptures, EndOnADamagedStack)
 {
-    // Overwrites the saved registers and the return address of its caller, and puts them back.
+    // Overwrites the saved registers and the return address of its caller, and restores them.
     std::size_t count = 0;
     const auto damage = [&count](std::uintptr_t value)
     {
@@ -310,10 +310,10 @@ TEST(LayerCaptures, EndOnADamagedStack)
 
 #endif
 
-// The loader's lock is held while this thread iterates, so a capture on another thread would block if it needed it.
+// This thread holds the loader's lock while it iterates. A capture on another thread would block if it needed the lock.
 TEST(LayerCaptures, NeedNoLockOfTheLoader)
 {
-    const ProbeLibrary library("large_stack_probe"); // the rules of a new library aren't known
+    const ProbeLibrary library("large_stack_probe"); // the rules of a new library aren't cached yet
     const ProbeFunction function = library.Function();
     std::atomic<int> state = 0;
     std::thread thread(

@@ -4,7 +4,7 @@
 namespace qxtest
 {
 
-// The return addresses of the functions that are running, outermost first, noted by the functions themselves.
+// The return addresses of the functions that are running, outermost first. The functions themselves record them.
 struct ProbeFrames
 {
     static constexpr unsigned kMost = 64;

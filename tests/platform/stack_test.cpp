@@ -33,7 +33,7 @@ TEST(Captures, PassThroughALibraryWithoutSymbolsAndTheOneThatReplacesIt)
 {
     std::vector<std::uintptr_t> offsets[2];
     HMODULE place[2] = {};
-    // Twice, because the rules are known the second time.
+    // Each library is loaded twice, because its unwind rules are cached the second time.
     for (int round = 0; round < 4; ++round)
     {
         const int which = round % 2;
@@ -61,7 +61,7 @@ TEST(Captures, PassThroughALibraryWithoutSymbolsAndTheOneThatReplacesIt)
         }
         place[which] = library.module;
     }
-    // The case that matters: the same addresses with other rules.
+    // The case that matters: the same addresses with different unwind rules.
     ASSERT_EQ(offsets[0].size(), 4u);
     EXPECT_EQ(offsets[0][0], offsets[1][0]);
     if (place[0] != place[1])
@@ -83,7 +83,7 @@ TEST(Contexts, OfThisFunctionAndOfASuspendedThread)
 
     for (const bool isWaiting : {true, false})
     {
-        if (!kCanStopComputing) // nor ask for the registers of a thread
+        if (!kCanStopComputing) // nor read the registers of a running thread
             continue;
         std::atomic<const void*> place = nullptr;
         std::atomic<bool> mayEnd = false;

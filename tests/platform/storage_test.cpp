@@ -115,7 +115,7 @@ TEST_F(StorageFile, StreamPositions)
         EXPECT_EQ(std::string(bytes, read), Contents(size).substr(size - 99));
         EXPECT_EQ(stream->Read(bytes, sizeof bytes, &read), S_OK);
         EXPECT_EQ(read, 0u);
-#ifdef __linux__ // Wine moves to any position
+#ifdef __linux__ // Wine accepts any position
         EXPECT_EQ(
             stream->Seek({.QuadPart = -static_cast<LONGLONG>(size) - 1}, STREAM_SEEK_END, nullptr), STG_E_SEEKERROR);
 #endif
@@ -134,7 +134,7 @@ TEST_F(StorageFile, SharingAndLocks)
         EXPECT_EQ(StgIsStorageFile(_path), S_OK);
         Open(STGM_SHARE_DENY_WRITE, STG_E_SHAREVIOLATION);
         Open(STGM_SHARE_EXCLUSIVE, STG_E_SHAREVIOLATION);
-#ifdef __linux__ // elsewhere the modes may be refused as such, or heed locks that programs make for storages
+#ifdef __linux__ // other systems may refuse these modes, or honour locks that programs take for storages
         EXPECT_EQ(ReadAll(OpenStream(Open(STGM_SHARE_DENY_NONE), "A")), "x");
         EXPECT_EQ(ReadAll(OpenStream(Open(STGM_DIRECT_SWMR | STGM_SHARE_DENY_NONE), "A")), "x");
         EXPECT_TRUE(LockFile(writer, 0, 0, 8, 0));
@@ -149,7 +149,7 @@ TEST_F(StorageFile, SharingAndLocks)
     EXPECT_NE(first->OpenStream(Text::Widen("A"), nullptr, STGM_SHARE_DENY_WRITE, 0, &stream), S_OK);
 }
 
-#ifdef __linux__ // the reader of Wine doesn't bear damage
+#ifdef __linux__ // Wine's reader doesn't survive damaged files
 
 TEST_F(StorageFile, Circles)
 {

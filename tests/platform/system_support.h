@@ -56,7 +56,7 @@ DWORD ErrorOf(Call&& call)
     return GetLastError();
 }
 
-// Expects that the call that follows the error fails with it.
+// Expects the call to fail with the error.
 #define EXPECT_ERROR(error, ...) EXPECT_EQ(qxtest::ErrorOf([&] { return __VA_ARGS__; }), DWORD{error})
 
 class Handle

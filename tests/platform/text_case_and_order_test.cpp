@@ -89,7 +89,7 @@ int Compare(LCID locale, DWORD flags, std::wstring_view a, std::wstring_view b)
     return CompareStringW(locale, flags, a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()));
 }
 
-// Compared in both directions, which must give opposite results.
+// Each pair is compared in both directions, which must have opposite results.
 TEST(Order, WordSort)
 {
     constexpr std::pair<std::wstring_view, std::wstring_view> kCases[] = {{L"a", L"A"}, {L"A", L"b"}, {L"abc", L"abcd"},

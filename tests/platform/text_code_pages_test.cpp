@@ -64,7 +64,7 @@ protected:
     void SetUp() override { SetLastError(ERROR_SUCCESS); }
 };
 
-// A page, and a text in one form and in the other.
+// A code page, a text, and the units that its conversion must produce.
 template <class Text>
 struct Case
 {
@@ -255,7 +255,7 @@ TEST_F(CodePages, SizesAndBuffers)
         EXPECT_ERROR(ERROR_INSUFFICIENT_BUFFER, WideCharToMultiByte(page, 0, L"abc", -1, narrow, 3, nullptr, nullptr));
         EXPECT_EQ(wide[3], L'#');
         EXPECT_EQ(narrow[3], '#');
-        // A character of several bytes of which only a part fits counts as not fitting.
+        // A character of several bytes that fits only in part counts as not fitting.
         EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, L"\x20ac", 1, narrow, 2, nullptr, nullptr), 0);
         EXPECT_EQ(narrow[2], 'c');
     }

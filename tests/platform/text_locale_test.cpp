@@ -34,7 +34,7 @@ std::string Info(LCID locale, LCTYPE type)
     return Result(GetLocaleInfoW(locale, type, value, 256), value);
 }
 
-// Cases in addition to the reference.
+// Cases that the reference doesn't contain.
 TEST(Locales, NamesAndNumbers)
 {
     constexpr std::tuple<LCID, DWORD, const char*> kCases[] = {{0x00010407, 0, "de-DE_phoneb"},
@@ -50,7 +50,7 @@ TEST(Locales, NamesAndNumbers)
 TEST(Locales, Information)
 {
     constexpr std::tuple<LCID, LCTYPE, const char*> kCases[] = {
-#ifndef _WIN32 // Wine uses CLDR's own short dates in part
+#ifndef _WIN32 // Wine uses CLDR's own short dates for some locales
         {0x0c07, LOCALE_SSHORTDATE, "dd.MM.yyyy"}, {0x0407, LOCALE_SSHORTDATE, "dd.MM.yyyy"},
         {0x0807, LOCALE_SSHORTDATE, "dd.MM.yyyy"}, {0x0415, LOCALE_SSHORTDATE, "dd.MM.yyyy"},
         {0x0419, LOCALE_SSHORTDATE, "dd.MM.yyyy"}, {0x0809, LOCALE_SSHORTDATE, "dd/MM/yyyy"},
@@ -89,7 +89,7 @@ TEST(Locales, InformationSizesAndNumbers)
     EXPECT_ERROR(ERROR_INVALID_FLAGS, GetLocaleInfoW(0x0407, LOCALE_SDATE | LOCALE_RETURN_NUMBER, buffer, 2));
 }
 
-// The tests by which files are recognised: all tests of one byte order.
+// The tests that detect the byte order of files: all tests for one byte order at a time.
 TEST(IsTextUnicode, TellsTheByteOrder)
 {
     const auto test = [](std::string_view bytes, int mask)
@@ -118,7 +118,7 @@ TEST(IsTextUnicode, TellsTheByteOrder)
 }
 
 #ifndef _WIN32
-// All are read only once, so each case needs its own process. Wine takes its defaults from elsewhere.
+// All defaults are read only once, so each case needs its own process. Wine takes its defaults from elsewhere.
 TEST(DefaultsDeathTest, ComeFromTheEnvironment)
 {
     // Variables; ANSI and OEM code page, locale and its identifier, UI language
@@ -151,7 +151,7 @@ TEST(DefaultsDeathTest, ComeFromTheEnvironment)
                     unsetenv(name);
                 for (std::string variable : variables)
                     setenv(variable.substr(0, variable.find('=')).c_str(), &variable[variable.find('=') + 1], 1);
-                // Looking for a locale without data, ICU uses its own default, from the same variables.
+                // For a locale without data, ICU uses its own default, which it takes from the same variables.
                 wchar_t month[80] = {};
                 GetLocaleInfoW(0x0483, LOCALE_SMONTHNAME1, month, 80);
                 if (CompareStringW(0x0483, 0, month, -1, L"ghjennaghju", -1) != CSTR_EQUAL)

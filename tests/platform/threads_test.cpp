@@ -38,7 +38,7 @@ TEST(Threads, ObjectsOfTheThreadAreGoneBeforeItsHandleIsSignalled)
     EXPECT_TRUE(isGone);
 }
 
-// Includes a suspension while the thread waits for a critical section, which it must not enter then.
+// Also suspends the thread while it waits for a critical section, which it must not enter until it is resumed.
 TEST(Threads, SuspensionsAreCounted)
 {
     CRITICAL_SECTION section;
@@ -104,7 +104,7 @@ TEST(Threads, TerminationRunsNoDestructors)
     const Thread computing(
         [&]
         {
-            for (;;) // without a call in which the thread could be stopped
+            for (;;) // no call in which the thread could be stopped
                 count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
             return 0u;
         });

@@ -27,7 +27,7 @@ constexpr Convert ToUniversal = [](auto* zone, auto* local, auto* time)
     return TzSpecificLocalTimeToSystemTime(zone, local, time);
 };
 
-// In any zone, the zone's own information must convert times like the zone itself.
+// In any zone, conversions with the zone's TIME_ZONE_INFORMATION must equal conversions by the zone itself.
 void CheckThatZoneAndItsInformationAgree()
 {
     TIME_ZONE_INFORMATION zone;
@@ -78,7 +78,7 @@ TEST(UsersZone, RulesOfKnownZones)
 {
     // The bias of the zone, its daylight saving time and its standard time.
     constexpr std::tuple<const char*, LONG, const char*, const char*> kCases[] = {
-        {"Europe/Dublin", 0, "3/5 1, -60", "10/5 2, 0"}, // Irish law defines winter time as the deviation
+        {"Europe/Dublin", 0, "3/5 1, -60", "10/5 2, 0"}, // Irish law defines winter time as the exception
         {"America/New_York", 300, "3/2 2, -60", "11/1 2, 0"}, {"Australia/Sydney", -600, "10/1 2, -60", "4/1 3, 0"},
         {"Australia/Lord_Howe", -630, "10/1 2, -30", "4/1 2, 0"}, {"America/Sao_Paulo", 180, "0/0 0, -60", "0/0 0, 0"},
         {"Asia/Kolkata", -330, "0/0 0, -60", "0/0 0, 0"},
@@ -101,7 +101,7 @@ TEST(UsersZone, RulesOfKnownZones)
     EXPECT_STREQ(zone.DaylightName, L"W. Europe Daylight Time");
 }
 
-// The history of the user's zone is used from 1970 on; before that, the standard time of the year.
+// From 1970 on, the history of the user's zone applies. Earlier times are converted as standard time.
 TEST(UsersZone, TimesOfThePast)
 {
     constexpr std::tuple<const char*, Convert, const char*, const char*> kCases[] = {

@@ -55,7 +55,7 @@ TEST(VariantCopyInd, ResolvesReferences)
     EXPECT_EQ(copy.pbstrVal, &text.bstrVal) << "a plain copy stays a reference";
 }
 
-// 2 columns (the first index, which varies fastest) and rows with the bounds 10 to 12.
+// An array of 2 columns (the first index, which varies fastest) and 3 rows with the bounds 10 to 12.
 TEST(SafeArray, BoundsAndPlaces)
 {
     SAFEARRAYBOUND bounds[] = {{2, 0}, {3, 10}};
@@ -83,7 +83,7 @@ TEST(SafeArray, BoundsAndPlaces)
 
 TEST(SafeArray, TypesOfElements)
 {
-    // Type, size or 0 if there are no such arrays, features.
+    // The type of the elements, their size (0 if there are no arrays of this type), and the array's features.
     for (const auto& [type, size, features] : {std::tuple<int, UINT, USHORT>{VT_I1, 1, 0x80}, {VT_BOOL, 2, 0x80},
              {VT_R4, 4, 0x80}, {VT_DATE, 8, 0x80}, {VT_DECIMAL, 16, 0x80}, {VT_BSTR, 8, 0x180}, {VT_VARIANT, 24, 0x880},
              {VT_UNKNOWN, 8, 0x240}, {VT_DISPATCH, 8, 0x440}, {VT_INT_PTR, 8, 0x80}, {VT_EMPTY, 0, 0}, {VT_NULL, 0, 0},

@@ -15,7 +15,7 @@ namespace
 
 using namespace qxtest;
 
-#ifdef _WIN32 // bugs and gaps of Wine are not expectations
+#ifdef _WIN32 // results that Wine gets wrong are not checked
 constexpr bool kOnLinux = false;
 #else
 constexpr bool kOnLinux = true;

@@ -43,7 +43,7 @@ std::string Get(IXmlReader& reader, TextOf function)
     return qxtest::ReadableText({text, length});
 }
 
-// Returns names and values between marks that tell the kinds.
+// Returns names and values between marks that show the type of the node.
 std::string NodeText(IXmlReader& reader, XmlNodeType type)
 {
     static const std::map<XmlNodeType, std::pair<std::string, const char*>> marks = {{XmlNodeType_Element, {"<", ">"}},
@@ -131,7 +131,7 @@ TEST(XmlReader, Nodes)
         {"<x:a xmlns:x='u'><x:b>t</x:b><c xmlns='u'/></x:a>", "<x:a> <x:b> 't' </x:b> <c/> </x:a> $"},
         {"<x:a x:b='1'><x:b/></x:a>", "<a> <b/> </a> $"}, // prefixes that aren't declared
         {"\xEF\xBB\xBF<a>\xC3\xA4\r\ny\rz</a>", "<a> '<e4><a>y<a>z' </a> $"}, {Sixteen("<a>x</a>"), "<a> 'x' </a> $"},
-        // errors, with what precedes them
+        // errors, with the nodes that precede them
         {"<!DOCTYPE a [<!ENTITY b 'c'>]><a>&b;</a>", "!4f"}, {"<a><b>text</wrong>", "<a> <b> 'text' !3b"},
         {"<a>text]]>u</a>", "<a> !4d"}, {"<a>t<!-- -- --></a>", "<a> 't' !2f"}, {"<a b=1>", "!24"},
         {"<a/>junk", "<a/> !2d"}, {"<a>x</a><b/>", "<a> 'x' </a> !2d"}, {"", "!01"},
@@ -156,7 +156,7 @@ TEST(XmlReader, NodesUnlikeWine)
         {"<?xml version='1.0' encoding='UTF-7'?><a>x</a>", "!41"}, {"<a" + names + "/>", "!0e"},
         {"<a b='" + std::string(400'000, 'x') + "'/>", "!0e"}, {"<a><!--" + std::string(9'000'000, 'x'), "<a> !0e"},
         {Repeat("<a>", 256) + "x<b/>", Repeat("<a> ", 256) + "'x' !81"}, // Wine loses the text
-        {Repeat("<a>", 256) + Repeat("</a>", 256),                       // Wine fails behind 256
+        {Repeat("<a>", 256) + Repeat("</a>", 256),                       // Wine fails beyond 256
             Repeat("<a> ", 256) + Repeat("</a> ", 256) + "$"}});
 }
 #endif

@@ -1,4 +1,4 @@
-// Owners of objects that count their references.
+// Smart pointers to reference-counted objects.
 #pragma once
 
 #include <unknwn.h>

@@ -13,9 +13,9 @@
 namespace qxtest
 {
 
-// A root storage with streams, and storages with streams. The elements of each are a tree that leans to one side, so
-// they must be added in the format's order: shorter names first. `gap` unused sectors in front of everything make the
-// tables of a small file large.
+// Builds a compound file from a root storage with streams, and from storages with streams. The elements of each storage
+// form a tree that leans to one side, so they must be added in the format's order: shorter names first. `gap` unused
+// sectors at the beginning enlarge the tables of a small file.
 class CompoundBuilder
 {
 public:
@@ -113,7 +113,7 @@ private:
 
     std::uint32_t AddSectors(std::string_view bytes) { return AddChain(_table, _sectors, _sectorSize, bytes); }
 
-    // Appends the bytes to an area of sectors, links these in the table, and returns the first one.
+    // Appends the bytes to an area of sectors, links the sectors in the table, and returns the first sector.
     static std::uint32_t AddChain(
         std::vector<std::uint32_t>& table, std::string& area, std::size_t sectorSize, std::string_view bytes)
     {

@@ -59,7 +59,8 @@ public:
 private:
     void Line(int indentChange, const wchar_t* format, va_list arguments) override
     {
-        // Drops lines written while a line is being captured, as every sink must: the strings used here may write some.
+        // Drops lines written while a line is being captured, as every sink must: the strings used here may write lines
+        // themselves.
         static thread_local bool isTaking = false;
         if (isTaking)
             return;

@@ -7,7 +7,7 @@
 namespace qxtest
 {
 
-// Makes the process a developer's run, or another user's, as long as it exists.
+// Sets the variable `user` while the object exists; the process counts as a developer's run accordingly.
 class UserIs
 {
 public:

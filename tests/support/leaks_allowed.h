@@ -1,5 +1,5 @@
-// For tests that terminate a thread, whose memory is lost. Allocations of the current thread while this object exists
-// don't count as leaks.
+// For tests that terminate a thread and thus lose its memory. While this object exists, allocations of the current
+// thread don't count as leaks.
 #pragma once
 
 #if defined(__SANITIZE_ADDRESS__)

@@ -8,7 +8,7 @@
 namespace qxtest
 {
 
-// Ends the process with code 9 if the library has no such function.
+// Returns the exported function. Ends the process with exit code 9 if the library has none by that name.
 template <class Function>
 Function* FindFunction(HMODULE library, const char* name)
 {
@@ -17,7 +17,7 @@ Function* FindFunction(HMODULE library, const char* name)
     std::exit(9);
 }
 
-// The function that a header declares under this name.
+// The library's function, with the name and type that a header declares.
 #define QXTEST_FUNCTION(library, name) qxtest::FindFunction<decltype(name)>(library, #name)
 
 } // namespace qxtest

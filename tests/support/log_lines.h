@@ -33,7 +33,7 @@ inline std::vector<std::string> LogLines(const qx::String& path)
     return lines;
 }
 
-// A line split at its stamp. `time` is empty if it has none.
+// A line split at its stamp. `time` is empty if the line has no stamp.
 struct LogLine
 {
     std::string tag; // with everything before the stamp

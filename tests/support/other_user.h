@@ -11,12 +11,12 @@
 namespace qxtest
 {
 
-// If the process runs as root, it becomes another user until the end of the object's life.
+// If the process runs as root, it becomes another user while this object exists.
 class OtherUser
 {
 public:
-    // `owned` are files and folders that the user gets. The folders above the first one become reachable for the user,
-    // up to the system's temp folder.
+    // The user becomes the owner of the files and folders in `owned`. The folders above the first one, up to the
+    // system's temp folder, become accessible to the user.
     explicit OtherUser(std::initializer_list<std::filesystem::path> owned)
     {
         if (_self != 0)

@@ -23,13 +23,13 @@ public:
     OwnDrives& operator=(const OwnDrives&) = delete;
     ~OwnDrives() { std::filesystem::remove_all(_drives.parent_path()); }
 
-    // Makes the link of a drive (`q:`).
+    // Creates the link of a drive, for example `q:`.
     void Link(const char* drive, const std::filesystem::path& target) const
     {
         std::filesystem::create_symlink(target, _drives / drive);
     }
 
-    // Makes an empty share and returns its folder.
+    // Creates an empty share and returns its folder.
     std::filesystem::path MakeShare(const std::string& server, const std::string& share) const
     {
         std::filesystem::path folder = _drives / "unc" / server / share;

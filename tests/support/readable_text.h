@@ -8,7 +8,7 @@
 namespace qxtest
 {
 
-// ASCII characters are kept, other units become numbers.
+// Returns a text in which ASCII characters are unchanged and other units are numbers.
 inline std::string ReadableText(std::wstring_view text)
 {
     std::string readable;

@@ -13,7 +13,7 @@ std::string BytesOfRecord(const Record& record)
     return {reinterpret_cast<const char*>(&record), sizeof record};
 }
 
-// With a zero character at the end.
+// Returns the text's bytes, followed by a zero character.
 inline std::string BytesOfWideText(std::u16string_view text)
 {
     return std::string(reinterpret_cast<const char*>(text.data()), text.size() * 2) + std::string(2, '\0');

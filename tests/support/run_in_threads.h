@@ -1,4 +1,4 @@
-// Several threads that do the same.
+// Runs a function on several threads.
 #pragma once
 
 #include <thread>
@@ -7,7 +7,8 @@
 namespace qxtest
 {
 
-// Runs the function on threads of its own at once, each with a number from 0 on, and waits for their ends.
+// Runs the function on `count` new threads at once, passes a number from 0 on to each call, and waits for the threads
+// to end.
 template <class Function>
 void RunInThreads(unsigned count, const Function& function)
 {

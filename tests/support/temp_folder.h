@@ -36,7 +36,7 @@ inline std::filesystem::path NativePath(const qx::String& path)
     return std::filesystem::u8path(path.NarrowText()); // ASCII characters only
 }
 
-// Deleted at the end with all it contains.
+// A folder that is deleted with its contents when the object is destroyed.
 class TempFolder
 {
 public:

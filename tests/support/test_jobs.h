@@ -143,7 +143,7 @@ private:
     const Answer _answer;
 };
 
-// A host that only counts. An answer of 0 takes each job.
+// Returns a function for a host that only counts. With an answer of 0, it takes each job.
 inline TestHost::Answer CountAndAnswer(JobCounts& counts, std::int32_t answer)
 {
     return [&counts, answer](const wchar_t*, IUTThreadedJob* job)

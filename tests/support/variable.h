@@ -8,7 +8,7 @@
 namespace qxtest
 {
 
-// Sets the value as long as it exists; null removes the variable.
+// Sets the variable while this object exists; null removes it.
 class Variable
 {
 public:

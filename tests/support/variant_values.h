@@ -12,7 +12,7 @@
 namespace qxtest
 {
 
-// Clears itself.
+// A variant that clears itself.
 class Value : public VARIANT
 {
 public:

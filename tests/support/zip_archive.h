@@ -1,4 +1,4 @@
-// Parses an archive by its records for tests. Records of a member that disagree cause a failure.
+// Parses the records of an archive. If the records of a member disagree, the test fails.
 #pragma once
 
 #include "zip/records.h"

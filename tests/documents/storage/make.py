@@ -26,7 +26,7 @@ DOCUMENTS = {
 
 STAMP = Gsf.Timestamp()
 STAMP.set_time(981173106)  # 2001-02-03 04:05:06
-KEPT = []  # values that libgsf believes to own, although Python frees them
+KEPT = []  # values that libgsf owns, although Python would free them
 
 
 def insert(meta, key, value):

@@ -52,7 +52,7 @@ TEST_F(Breakpoints, TakeTheFirstFreeSlot)
     EXPECT_EQ(TakeHits(), 0u);
 }
 
-// A slot that something else has set stays as it is.
+// Slots that other code has set are left unchanged.
 TEST_F(Breakpoints, LeaveOtherSlotsAlone)
 {
     volatile std::int64_t cells[2] = {};

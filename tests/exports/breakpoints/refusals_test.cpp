@@ -1,5 +1,5 @@
-// Data breakpoints on linux: both ways to set them, what happens where the kernel refuses them, and what they leave
-// behind.
+// Data breakpoints on linux: both ways to set them, refusals by the kernel, leaked descriptors, and the order of
+// handlers.
 #include "exports/breakpoints/watched.h"
 #include "support/system_call_filter.h"
 
@@ -122,7 +122,7 @@ void ReportHit()
     syscall(SYS_rt_tgsigqueueinfo, getpid(), syscall(SYS_gettid), SIGTRAP, &info);
 }
 
-// A hit that nobody handles goes to the previous handler of the signal, or ends the process.
+// A hit that no handler accepts goes to the previous handler of the signal. If there is none, the process ends.
 TEST(BreakpointsOfTheKernel, HitsAreOfferedInTurn)
 {
     if (InChild([] { return MachineDoes() == Machine::Refuses ? 1 : 0; }) != 0)
@@ -157,7 +157,7 @@ TEST(BreakpointsOfTheKernel, HitsAreOfferedInTurn)
                   {
                       static volatile int cell = 0;
                       Watch(&cell, 4);
-                      DebugBreak(); // no hit: the default action of the signal
+                      DebugBreak(); // not a hit, so the signal's default action ends the process
                       return 0;
                   }),
         1000 + SIGTRAP);

@@ -13,7 +13,7 @@ namespace watched
 
 // The hits of the calling thread since the last call of TakeHits.
 inline thread_local unsigned hits = 0;
-inline thread_local unsigned slots = 0; // the bits of the last hit
+inline thread_local unsigned slots = 0; // the slots of the last hit, one bit each
 
 inline LONG NTAPI OnException(EXCEPTION_POINTERS* exception)
 {
@@ -49,10 +49,10 @@ inline HDATABP Watch(const volatile void* address, std::uint32_t size, bool isWr
     return UtilSetDataBP(reinterpret_cast<std::uintptr_t>(address), size, isWriteOnly);
 }
 
-// Keeps a handle that is never removed, because its thread ends first. Leak checkers then don't report it.
+// Keeps a breakpoint that is never removed because its thread ends first, so that leak checkers don't report it.
 inline HDATABP Abandon(HDATABP breakpoint)
 {
-    static auto& abandoned = *new std::vector<HDATABP>; // also while the process ends
+    static auto& abandoned = *new std::vector<HDATABP>; // never destroyed
     abandoned.push_back(breakpoint);
     return breakpoint;
 }
@@ -62,7 +62,7 @@ inline std::int32_t SlotOf(HDATABP breakpoint)
     return *reinterpret_cast<const std::int32_t*>(breakpoint);
 }
 
-// What this machine does. Some virtual machines accept breakpoints that never fire.
+// How this machine treats data breakpoints. Some virtual machines accept breakpoints that never fire.
 enum class Machine
 {
     Fires,
@@ -84,7 +84,8 @@ inline Machine MachineDoes()
 
 constexpr int kNotGranted = 77;
 
-// Sets four breakpoints and hits each, if hits are to be expected. Returns 0, or the line of the first surprise.
+// Sets four breakpoints and writes to each. Expects hits if the machine reports them. Returns 0, or the line of the
+// first failed check.
 inline int UseAll()
 {
     const Machine machine = MachineDoes();

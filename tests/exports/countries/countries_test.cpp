@@ -1,4 +1,4 @@
-// The exports, with the real system and the library's own rows.
+// The exports on countries, with the real system and the library's own rows.
 #include <qxut23/countries.h>
 #include <qxut23/iso_countries.h>
 
@@ -109,7 +109,7 @@ TEST(CountryExports, ManyThreadsAtOnce)
         });
 }
 
-// The command line program is tested with each country by its codes and names.
+// The tests of the command line program look up each country by its codes and names.
 TEST(IsoCountries, Record)
 {
     QxCountry country{};

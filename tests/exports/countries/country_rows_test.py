@@ -51,7 +51,7 @@ VEHICLES = vehicles()
 NEWER_VEHICLES = {"GB": "UK", "KG": "KG", "KH": "K", "MK": "NMK"}
 
 
-# Native names other than ICU's, with the reason.
+# Native names that differ from ICU's, with the reason.
 OTHER_NAMES = {
     "Ghana*2057": ("Republic of Ghana", "the official name"),
     "Bangladesh*1095": ("গণপ্রজাতন্ত্রী বাংলাদেশ", "the official name"),

@@ -28,7 +28,7 @@ constexpr std::uint32_t kUser = 0x400, kAmerican = 0x409, kGerman = 0x407, kJapa
 std::string Written(std::uint32_t locale, const SYSTEMTIME* time, std::uint32_t flags)
 {
     VARIANT text{};
-    text.vt = VT_I4; // is replaced
+    text.vt = VT_I4; // replaced by the call
     EXPECT_EQ(UtilLocLocaleStringFromSystemTimeEx(locale, time, &text, flags), 0);
     EXPECT_EQ(text.vt, VT_BSTR);
     std::string written = ReadableText(text.bstrVal);
@@ -111,7 +111,7 @@ TEST(Dates, CompactFormAndTextsOfTheUsersLocale)
 {
     constexpr std::uint32_t kReport = QXUT_LOCDATE_REPORT_DEFAULT;
     constexpr std::tuple<const wchar_t*, std::uint32_t, std::int32_t, const char*> kCases[] = {
-        {L"99999999999999", 0, 1, "99999999999999"}, // even if they are no date
+        {L"99999999999999", 0, 1, "99999999999999"}, // fourteen digits are copied even if they aren't a date
         {L"2018-02-03 4:05", 0, 1, "20180203040500"}, {L"2018-02-03", QXUT_LOCDATE_MARK_NO_TIME, 1, "20180203000000"},
         {L"2018-02-31", 0, 0, ""}, {L"2018-02-", kReport, 0, ""}, {L"nonsense", 0, 1, ""}, {nullptr, 0, 0, ""}};
     for (const auto& [text, flags, result, expected] : kCases)

@@ -98,7 +98,7 @@ int TryOff(HMODULE library, const char*)
 int WriteStacks(HMODULE library, const char*)
 {
     FIND(UtilStackTrace)(0, 300); // too many to skip, so it writes nothing
-    FIND(UtilStackTrace)(0, 256); // more than there are
+    FIND(UtilStackTrace)(0, 256); // more frames than there are
     FIND(UtilStackTrace)(0, 0);
     FIND(UtilListModules)();
     return 0;
@@ -113,7 +113,7 @@ int ChangeSetting(HMODULE library, const char*)
         return 40;
     if (FIND(QxGetLogSetting)(path, 18, &flags) != 17 || wcscmp(path, kPath) != 0 || flags != QXUT_LOG_FLUSH)
         return 41;
-    if (FIND(QxGetLogSetting)(path, 17, &flags) != 17 || *path != 0) // too small by the terminator
+    if (FIND(QxGetLogSetting)(path, 17, &flags) != 17 || *path != 0) // one too small for the terminator
         return 42;
     if (FIND(QxSetLogSetting)(L"name", 0) != 1 || FIND(QxGetLogSetting)(nullptr, 0, &flags) <= 4 || flags != 0)
         return 43; // the path must begin with the temp folder

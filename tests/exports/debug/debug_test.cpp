@@ -80,7 +80,7 @@ TEST_F(DebugExports, TheProcessIsOpenedAndClosed)
     ASSERT_EQ(Run(L"twice"), 0);
     const std::vector<std::string> lines = LogLines(log);
     ASSERT_EQ(lines.size(), 4u);
-    const std::string folderText(ProcessPaths().directory.NarrowText()); // of the peer and of the library
+    const std::string folderText(ProcessPaths().directory.NarrowText()); // folder of both the peer and the library
     for (const std::size_t i : {0, 1, 2, 3})
     {
         const std::string rest = Parse(lines[i]).rest;
@@ -91,7 +91,8 @@ TEST_F(DebugExports, TheProcessIsOpenedAndClosed)
     }
 }
 
-// Developers see their callers, too. The library's own end opens a session without a thread.
+// In a developer's run, the report includes the callers. While the library is being unloaded, its debug-help session
+// has no thread.
 TEST_F(DebugExports, HandlesLeftAtTheEnd)
 {
     ASSERT_EQ(Run(L"lost"), 0);

@@ -1,4 +1,4 @@
-// Document information as a caller gets it.
+// Document information through the exported functions.
 #include <qxut23/docinfo.h>
 
 #include "platform/system_support.h"
@@ -7,7 +7,7 @@
 
 #include <oleauto.h>
 
-#if !defined(_WIN32) // pipes, small stacks
+#if !defined(_WIN32) // for the tests with pipes and small stacks
 #include "support/damage.h"
 #include "support/small_stack.h"
 
@@ -43,14 +43,14 @@ protected:
     const HUTDOCINFO _list = UtilDocInfoOpen(10);
 };
 
-// On windows the system joins the parts of a path by backslashes, the test by slashes.
+// On windows the system separates the parts of a path by backslashes, the test by slashes.
 std::string Slashes(std::string text)
 {
     std::replace(text.begin(), text.end(), '\\', '/');
     return text;
 }
 
-// The nine outputs of a request, each with a value that must be cleared.
+// The nine outputs of a request. Each begins with a value that the call must clear.
 class Outputs
 {
 public:
@@ -72,7 +72,7 @@ public:
             VariantClear(&value);
     }
 
-    // Returns the values, each with a separator behind it, and slashes in paths.
+    // Returns the values, each followed by a separator. Paths have slashes.
     std::string All() const
     {
         std::string all;
@@ -131,7 +131,7 @@ TEST_F(Documents, FailuresAndShares)
     EXPECT_EQ(UtilDocInfoGet(nullptr, none, &outputs.info, 0), 0);
     EXPECT_EQ(outputs.All(), kUnchanged);
     UtilDocInfoClose(nullptr);
-#if !defined(_WIN32) // windows has no such files
+#if !defined(_WIN32) // windows has no pipes in the file system
     ASSERT_EQ(mkfifo((_folder / L"pipe.htm").Narrow().c_str(), 0600), 0);
     EXPECT_EQ(UtilDocInfoGet(_list, _folder / L"pipe.htm", nullptr, 0), 0);
 #endif
@@ -158,7 +158,7 @@ TEST_F(Documents, Explanations)
     SysFreeString(remark);
 }
 
-#if !defined(_WIN32) // the emulator's compound files don't bear damage
+#if !defined(_WIN32) // the emulator's compound files don't survive damage
 
 namespace
 {
@@ -197,7 +197,7 @@ TEST_F(Documents, DamagedOnASmallStack)
                 DamageSome(BytesOf(entry.path()), 100,
                     [&](const std::string& bytes)
                     {
-                        fs::remove(path); // some file systems flush a file that is overwritten
+                        fs::remove(path); // overwriting would flush the file on some file systems, which is slow
                         std::ofstream(path, std::ios::binary) << bytes;
                         const std::int32_t result = UtilDocInfoGet(list, name, nullptr, 0);
                         EXPECT_TRUE(result == 0 || result == 1) << result;

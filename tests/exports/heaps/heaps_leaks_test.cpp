@@ -51,7 +51,7 @@ Received Leaks(HUTHEAPJOB job, HUTHEAP heap, std::int32_t expectedResult, std::u
 extern "C" [[gnu::noinline]] void* AllocateFew(HUTHEAP heap, std::uint32_t tag)
 {
     void* const object = leaking.allocExt(heap, 700, 0, nullptr, tag);
-    WordAt(object, 0) = 1; // so the call isn't the last one of the function
+    WordAt(object, 0) = 1; // prevents a tail call above
     return object;
 }
 
@@ -74,7 +74,7 @@ TEST(HeapsLeaks, GroupsByChainWithNames)
         many.push_back(AllocateMany(own.heap));
     leaking.free(own.heap, AllocateMany(own.heap)); // not live
     void* const plain = leaking.alloc(third, 5, 0);
-    WordAt(few[0], -28) -= 5'000'000; // the times of the allocations
+    WordAt(few[0], -28) -= 5'000'000; // the allocation times
     WordAt(few[1], -28) -= 3;
     WordAt(many[3], -20) += 8; // the chain of a damaged header refers to no record
 
@@ -110,7 +110,7 @@ TEST(HeapsLeaks, GroupsByChainWithNames)
     WordAt(many[3], -20) -= 8;
 }
 
-// These groups have no chains, so no session is opened.
+// These groups have no call chains, so no debug-help session is opened.
 TEST(HeapsLeaks, HandlesAndLimits)
 {
     const JobAndHeap own(0);
@@ -123,7 +123,7 @@ TEST(HeapsLeaks, HandlesAndLimits)
     EXPECT_EQ(Leaks(own.job, nullptr, 1).groups.at(0).leak.byteCount, 30u);
     EXPECT_EQ(Leaks(nullptr, nullptr, 1).groups.at(0).leak.byteCount, 90u);
     Received none;
-    EXPECT_EQ(leaking.leaks(other, own.heap, 0, Receive, &none), QXUT_HEAP_FAILED); // of another job
+    EXPECT_EQ(leaking.leaks(other, own.heap, 0, Receive, &none), QXUT_HEAP_FAILED); // the heap belongs to another job
     EXPECT_EQ(leaking.leaks(reinterpret_cast<HUTHEAPJOB>(16), nullptr, 0, Receive, &none), QXUT_HEAP_FAILED);
     EXPECT_EQ(leaking.leaks(nullptr, reinterpret_cast<HUTHEAP>(16), 0, Receive, &none), QXUT_HEAP_FAILED);
     EXPECT_EQ(leaking.leaks(nullptr, nullptr, 0, nullptr, nullptr), QXUT_HEAP_FAILED);

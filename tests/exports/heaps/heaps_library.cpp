@@ -9,7 +9,8 @@ namespace qxtest
 namespace
 {
 
-// The library stays loaded: while the process ends, it keeps its objects, and the leak check must find them.
+// The library stays loaded until the process ends. It doesn't free its objects then, so the leak checker must find them
+// reachable.
 struct LoggedLibrary
 {
     HMODULE Load() const

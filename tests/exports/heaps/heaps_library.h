@@ -1,4 +1,4 @@
-// The library, loaded with a log file of its own, and the lines that it writes there.
+// Loads the library with a log file of its own and returns the lines that it writes there.
 #pragma once
 
 #include "support/library_function.h"
@@ -18,8 +18,8 @@ struct HeapsLibrary
     // Loads the library at the first call.
     static const HeapsLibrary& Get();
 
-    // Returns the texts of the report lines written since the last call, each with one blank for each level. Pointers
-    // are replaced by "P". Successive lines of a call chain are replaced by one line " [called by *]".
+    // Returns the texts of the report lines written since the last call, each with one blank per nesting level.
+    // Pointers are replaced by "P". Successive lines of a call chain are replaced by one line " [called by *]".
     static std::vector<std::string> NewLines();
 
     const HMODULE library;

@@ -18,7 +18,7 @@ const HeapsLibrary& reported = HeapsLibrary::Get();
 
 constexpr char kChainHeading[] = "Memory object allocation stack trace:";
 
-// The lines of an object's dump, one level deeper than `depth`. The object has the bytes of `text`.
+// Returns the lines of an object's dump: the heading at `depth`, then the contents and the call chain one level deeper.
 Lines Dump(std::size_t depth, const Lines& bytes, int size, bool hasChain = true)
 {
     char head[80];
@@ -84,7 +84,7 @@ TEST(HeapsReport, RefusedObjects)
 TEST(HeapsReport, FreedObjectsAreOverwritten)
 {
     const JobAndHeap own(QXUT_HEAP_DEBUG);
-    reported.alloc(own.heap, 1, 0); // keeps the memory
+    reported.alloc(own.heap, 1, 0); // so that the heap keeps its memory
     auto* const object = static_cast<unsigned char*>(NewObject(own.heap));
     EXPECT_EQ(reported.free(own.heap, object), 0);
 #if !defined(_WIN32) // the system keeps its own links in free blocks
@@ -124,7 +124,7 @@ TEST(HeapsReport, HeapsAndJobsThatAreLeft)
     NewObject(heap, QXUT_OBJECT_NO_CHAIN);
     reported.alloc(heap, 100, QXUT_OBJECT_PLAIN);
     EXPECT_EQ(reported.free(heap, reported.alloc(heap, 1, 0)), 0);
-    static_cast<char*>(NewObject(heap, QXUT_OBJECT_NO_CHAIN))[kSize] = 1; // the fence
+    static_cast<char*>(NewObject(heap, QXUT_OBJECT_NO_CHAIN))[kSize] = 1; // overwrites the fence
     reported.create(job, L"silent", QXUT_HEAP_NO_WARNING);
     HeapsLibrary::NewLines();
     EXPECT_EQ(reported.validate(heap, nullptr), 0);

@@ -70,7 +70,7 @@ TEST(HeapsFormat, DebugObject)
     [[maybe_unused]] bool ended = false;
     for (int i = 0; i < 30; ++i)
     {
-#if !defined(_WIN32) // Wine's captures go on beyond a thread's first frame
+#if !defined(_WIN32) // Wine's captures continue beyond a thread's first frame
         EXPECT_TRUE(!ended || chain[i].address == nullptr) << i;
 #endif
         ended = chain[i].address == nullptr;
@@ -198,7 +198,7 @@ TEST(HeapsHandles, PointersThatAreNoObjects)
     EXPECT_EQ(heaps.sizeObjects(own.heap), 0);
 }
 
-// Each byte of the header and the fence is changed. Whatever that does, the object can be freed after the byte is
+// Changes each byte of the header and the fence. Whatever the effect, the object can be freed after the byte is
 // restored.
 TEST(HeapsDamage, EveryByteOfHeaderAndFence)
 {
@@ -254,7 +254,7 @@ TEST(HeapsMemory, TwoHundredThousandObjectsOf64Bytes)
         EXPECT_LE(used, kCount * (flags == 0 ? 80 * 12 / 10 : 64 + 48 + 32)) << flags;
         EXPECT_GE(used, kCount * (flags == 0 ? 64 : 64 + 48)) << flags;
         EXPECT_EQ(heaps.remove(own.heap), QXUT_HEAP_LEFT_OVER);
-        EXPECT_LT(MemoryInUse(), before + kCount * 8) << flags; // given back
+        EXPECT_LT(MemoryInUse(), before + kCount * 8) << flags; // returned to the system
     }
 }
 
@@ -288,7 +288,7 @@ TEST(HeapsThreads, EightThreadsOnTwoHeaps)
     EXPECT_EQ(heaps.remove(own.heap), 0);
 }
 
-// Debug objects show the handle of the system heap, so a host may allocate from it without this library.
+// The header of a debug object contains the handle of the system heap, so a host may allocate from that heap directly.
 TEST(HeapsThreads, HostUsesTheSystemHeap)
 {
     const JobAndHeap own(QXUT_HEAP_DEBUG);

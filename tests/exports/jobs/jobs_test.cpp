@@ -39,7 +39,7 @@ protected:
     TestHost taking{CountAndAnswer(counts, 0)};
 };
 
-#ifndef _WIN32 // There, the end of a thread doesn't unwind its stack.
+#ifndef _WIN32 // On windows, the end of a thread doesn't unwind its stack.
 // A thread may end in a callback: the job counts as done, and the pool can be used and closed.
 TEST_F(JobPools, ThreadsThatEndInCallbacks)
 {

@@ -49,7 +49,7 @@ TEST(PageText, StringsGoInAndOut)
 
     EXPECT_EQ(QxMaskHtmlCharacters(L"<\U0001F600>", &text), QXUT_PAGE_OK);
     EXPECT_STREQ(text, L"&lt;&#x1f600;&gt;");
-    EXPECT_EQ(QxDemaskHtmlCharacters(text, &text), QXUT_PAGE_OK); // its own input is replaced
+    EXPECT_EQ(QxDemaskHtmlCharacters(text, &text), QXUT_PAGE_OK); // the result replaces the input string
     EXPECT_STREQ(text, L"<\U0001F600>");
 
     // An empty result is still a string, and a null text counts as empty.

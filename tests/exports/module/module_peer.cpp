@@ -30,7 +30,7 @@ std::size_t BlocksOfProcessHeap()
 constexpr std::size_t kHeapsLeft = 20;
 const void* objectsLeft[kHeapsLeft];
 
-// Each call chain is another one.
+// Calls itself, so that each heap has a different call chain.
 [[gnu::noinline]] void LeaveHeaps(HMODULE library, HUTHEAPJOB job, std::size_t count)
 {
     objectsLeft[count - 1] = FIND(UtilHeapObjectAlloc)(FIND(UtilHeapCreate)(job, L"heap", 0), 3'000'000, 0);
@@ -39,7 +39,7 @@ const void* objectsLeft[kHeapsLeft];
     asm volatile(""); // keeps the call above from becoming a jump
 }
 
-// Returns true if the memory of the objects was given back.
+// Returns true if the memory of the objects was returned to the system.
 bool AreObjectsGone()
 {
     for (const void* const object : objectsLeft)
@@ -91,6 +91,6 @@ int main(int count, char**)
         return first;
     const std::size_t before = BlocksOfProcessHeap();
     const int second = UseOnce();
-    // The system may keep a few blocks of its own there.
+    // The system may keep a few blocks of its own in the process heap.
     return second != 0 ? second : BlocksOfProcessHeap() < before + kHeapsLeft ? 0 : 12;
 }

@@ -1,5 +1,5 @@
 """check_plain_names.py NM NEIGHBOUR LIBRARY...: proves that no library exports a name that the neighbour exports too, a
-C++ name, or a name without a version; and that what each exports has the prefix of its family."""
+C++ name, or a name without a version; and that each exported name has the prefix of its library."""
 
 import re
 import subprocess

@@ -9,7 +9,7 @@ using namespace profiletest;
 namespace
 {
 
-// Leaves nothing but a text on the clipboard.
+// Replaces the contents of the clipboard by a text.
 void PrepareClipboard()
 {
     const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, 8);
@@ -19,7 +19,7 @@ void PrepareClipboard()
     ASSERT_TRUE(CloseClipboard());
 }
 
-// The system may round up the size of a block.
+// Returns the first `size` bytes of the block, because the system may round up its size.
 std::string BlockOf(UINT format, std::size_t size)
 {
     EXPECT_TRUE(OpenClipboard(nullptr));

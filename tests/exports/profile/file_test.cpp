@@ -64,7 +64,7 @@ TEST(ProfileRead, LinesOfTheTextFormAndOfIniFiles)
         {L"[/]\n[\x2338\x2401]\n", "[\xE2\x8C\xB8\xE2\x90\x81]{}"}, // list names aren't decoded
         {L"a=1\n[/]\nb=2\n", "b=2;"},                               // everything before the root is skipped
         {L"a=1\n[/] \nb=2\n", ""}, {L"a=1\nb=2\n", ""},
-        {std::wstring_view(L"[/]\na=1\0x\n=2\n\0b=3\nc=4\n", 22), "a=1;=2;c=4;"}, // a zero ends its line
+        {std::wstring_view(L"[/]\na=1\0x\n=2\n\0b=3\nc=4\n", 22), "a=1;=2;c=4;"}, // a zero character ends its line
         // sections
         {L"[a]\r\nx=1\r\n[b]\r\ny=2\r\n[c]\r\nz=3\r\n", "x=1;[b]{y=2;[c]{z=3;}}"}, {L"\r\n\r\n  [a]\nx=1\n", "x=1;"},
         {L"[a] ; comment\nx = 1\n", "x = 1;"}, {L"[/] \nx=1\n", "x=1;"}, // only the exact line marks the root
@@ -138,7 +138,7 @@ TEST(ProfileWrite, TargetsOfASave)
     EXPECT_EQ(Tree(Job(folder.Path("narrow"))), "a=1;");
 }
 
-// A depth that would overflow the stack with recursion, and an indentation that would fill the disk.
+// Lists nested so deeply that recursion would overflow the stack and full indentation would fill the disk.
 TEST(ProfileLarge, DeepNesting)
 {
     constexpr int kDepth = 100000;

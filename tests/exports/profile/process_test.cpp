@@ -35,7 +35,8 @@ protected:
         ASSERT_EQ(job.Save(path), PROF_OK);
     }
 
-    // Runs peers that write to the file, and reads it until they are done: its contents are whole each time.
+    // Runs peers that write to the file, and reads the file until they are done. Each read must return complete
+    // contents.
     void ExpectWholeContents(const std::string& command, std::initializer_list<const char*> arguments) const
     {
         const auto work = std::async(std::launch::async,

@@ -38,7 +38,7 @@ std::int32_t Save(const std::string& path, char letter, int count)
     return error;
 }
 
-// Alternates between longer and shorter contents and between both ways to save to the held file.
+// Alternates between longer and shorter contents, and between the two ways to save to the held file.
 std::int32_t Rewrite(const std::string& path, int count)
 {
     const Job job = Job::Exclusive(path);

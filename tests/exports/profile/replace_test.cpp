@@ -152,7 +152,7 @@ TEST_F(ProfileReplace, HeldFileWithoutAName)
     EXPECT_EQ(held.Save(folder.Path("elsewhere")), PROF_OK);
 }
 
-// The folder can't be opened in order to flush it.
+// A folder without read permission can't be opened for flushing. The save succeeds nevertheless.
 TEST_F(ProfileReplace, FolderThatCannotBeRead)
 {
     fs::permissions(parent, fs::perms{0300});

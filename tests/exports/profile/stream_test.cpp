@@ -16,7 +16,7 @@ using Stream = qxtest::MemoryStream;
 namespace
 {
 
-// Packs with zlib itself, in one call.
+// Packs the image with a single call of zlib.
 std::string Packed(std::string_view image)
 {
     return "ZxvQ" + qxtest::DeflatedByZlib(image, 9, -15, 9, Z_DEFAULT_STRATEGY);

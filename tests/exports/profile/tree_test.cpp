@@ -131,10 +131,10 @@ TEST(ProfileTree, Deleting)
         {false, L"x", "y=1;[l]{x=2;[m]{}[m]{}}[l]{x=2;[m]{}[m]{}}[]{x=3;}"},
         {false, L"l/x", "x=1;x=1;y=1;[l]{[m]{}[m]{}}[l]{[m]{}[m]{}}[]{x=3;}"}, // in every matching list
         {false, L"/x",
-            "x=1;x=1;y=1;[l]{x=2;[m]{}[m]{}}[l]{x=2;[m]{}[m]{}}[]{}"}, // a leading slash follows an empty name
+            "x=1;x=1;y=1;[l]{x=2;[m]{}[m]{}}[l]{x=2;[m]{}[m]{}}[]{}"}, // the name before a leading slash is empty
         {false, L"l", kWhole}, {false, nullptr, kWhole}, {false, L"", ""},
         {true, L"l/m", "x=1;x=1;y=1;[l]{x=2;}[l]{x=2;}[]{x=3;}"}, {true, L"x", kWhole}, {true, L"", ""},
-        {true, nullptr, kWhole} // the root has no entry
+        {true, nullptr, kWhole} // the root isn't an entry of any list
     };
     for (const auto& [isList, path, left] : cases)
     {
@@ -208,7 +208,7 @@ TEST(ProfileCopy, ListIntoItselfAndIntoItsOwnChild)
     EXPECT_EQ(ProfGetListW(job, ProfGetListW(job, copy, L"m"), L".."), copy);
 }
 
-// Umlauts exist in all western code pages and in UTF-8, whichever the process uses.
+// Umlauts exist in all western code pages and in UTF-8, so the test works with any of them.
 TEST(ProfileNarrow, ConvertsArgumentsBuffersAndCallbacks)
 {
     const Job job;

@@ -181,13 +181,13 @@ TEST(ProfileValues, StructuresThatAreRead)
     EXPECT_EQ(asColour(ProfGetColorrefW, L"(1,2)"), "-9 " + std::to_string(0u - 7));
 }
 
-// Parsed as a flag, as numbers and as a colour, all shown in hexadecimal; then the left and lower edges of the
-// rectangle. The default is all nines.
+// Each text is parsed as a flag, as numbers and as a colour, which are shown in hexadecimal, and as a rectangle, whose
+// left and lower edges are shown. The default is all nines.
 TEST(ProfileValues, SingleTexts)
 {
     constexpr std::pair<const wchar_t*, const char*> kCases[] = {{nullptr, "9 9 9 9 9 9"}, {L"", "1 9 9 9 9 9"},
         {L"T", "1 9 9 9 9 9"}, {L"Y", "1 9 9 9 9 9"}, {L"12a", "0 c c 9 9 9"}, {L"x1F", "0 9 9 1f 9 9"},
-        {L"(1,2,3)", "0 9 9 30201 9 9"}, // either the whole default or none of it
+        {L"(1,2,3)", "0 9 9 30201 9 9"}, // the default applies to all edges or to none
         {L"(1,2,3,4)", "0 9 9 30201 1 4"}};
     for (const auto& [text, expected] : kCases)
     {
@@ -240,7 +240,8 @@ TEST(ProfileVariants, ComeBack)
     ProfAppendVariant(job, nullptr, L"v", &two);
     EXPECT_EQ(Tree(job), "v=var://AwAHAAAA;v=var://AwACAAAA;");
 
-    // 2 bytes of type, the text, 2 bytes of terminator; longer values are compressed.
+    // The value has 2 bytes of type, the text and a terminator of 2 bytes. Values of more than 100 bytes are
+    // compressed.
     for (const std::size_t characters : {48u, 49u})
     {
         const VariantValue text = qxtest::Text(Wide(characters, L'x'));

@@ -7,13 +7,13 @@
 
 #include <string>
 
-// One session, because opening one is slow on some systems.
+// Uses a single session, because opening one is slow on some systems.
 TEST(DebugHelpExports, DeliverLists)
 {
     HDEBUGHELPJOB const job = UtilDebugHelpJobOpen();
     ASSERT_NE(job, nullptr);
     UtilDebugHelpSetOption(job, 1, 5);
-    UtilDebugHelpSetOption(job, 77, 5); // unknown
+    UtilDebugHelpSetOption(job, 77, 5); // an unknown option
     IDBGStackTraceList* frames = nullptr;
     ASSERT_EQ(UtilDebugHelpGetStackTrace(job, &frames, nullptr), 1);
     IDBGModuleList* modules = nullptr;

@@ -73,7 +73,7 @@ TEST(StringExportsTest, ComparesByCodeUnitAndFoldsOnlyAToZ)
 {
     const std::tuple<const QXWCHAR*, const QXWCHAR*, int, int> cases[] = {{L"a", L"a", 0, 0}, {L"a", L"B", 1, -1},
         {L"ABC", L"abd", -1, -1}, {L"Z", L"[", -1, 1},           // compared in lower case
-        {L"\u00E4", L"\u00C4", 1, 1}, {L"a", L"\uFF41", -1, -1}, // unsigned
+        {L"\u00E4", L"\u00C4", 1, 1}, {L"a", L"\uFF41", -1, -1}, // code units are unsigned
         {L"ab", L"abc", -1, -1}, {nullptr, L"", 0, 0}, {nullptr, L"a", -1, -1}, {L"a", nullptr, 1, 1}};
     for (const auto& [a, b, ordinal, withoutCase] : cases)
     {

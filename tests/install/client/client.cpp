@@ -9,7 +9,7 @@ namespace
 
 using Text = std::basic_string<QXWCHAR>;
 
-// The character type differs between systems, and so do the literals.
+// Converts ASCII letters, because the character type of the literals differs between systems.
 Text ToText(const char* letters)
 {
     return Text(letters, letters + std::char_traits<char>::length(letters));

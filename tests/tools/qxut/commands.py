@@ -8,7 +8,7 @@ import tempfile
 import unittest
 
 COMMAND = sys.argv[1:]
-# Of long tables, each case of this number is tested.
+# Of a long table, one in this number of cases is tested.
 EACH = int(os.environ.get("QXUT_TEST_EACH", "1"))
 DATA = pathlib.Path(__file__).parents[2] / "data"
 

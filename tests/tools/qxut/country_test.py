@@ -32,7 +32,7 @@ class CountryCommands(commands.CommandTest):
         self.assertIn("unknown country 'Atl\\x1Bantis'", self.qxut("country", "Atl\x1bantis", code=1))
 
     def test_all_codes(self):
-        """Every country by each of its codes, beside what others publish."""
+        """Compares every country, found by each of its codes, with published data."""
         countries = list(sources.countries())
         self.assertEqual(len(countries), 249)
         keys = {"name": "name", "official-name": "official_name", "native-name": "native_name", "iso3166": "alpha2",

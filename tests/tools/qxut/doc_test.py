@@ -9,7 +9,7 @@ import subprocess
 
 import commands
 
-# The emulator shows links as what they lead to, and passes on a program's output at its end.
+# The emulator shows links as their targets, and forwards a program's output only when the program ends.
 IS_NATIVE = len(commands.COMMAND) == 1
 PAGE = b"<head><title>%s</title><meta name=\"author\" content=\"a, \"b\"\"></head>"
 

@@ -81,7 +81,7 @@ class Filters(commands.CommandTest):
         self.assertEqual(self.qxut("unmask", masked).decode(), text[1:])
 
     def test_every_reference(self):
-        """The names of the HTML standard, alone and in front of what may or may not belong to them."""
+        """Each name of the HTML standard, alone and followed by a character that may or may not belong to it."""
         names = sorted(html.entities.html5)
         self.assertGreater(len(names), 2200)
         for behind in ("", "x", "=")[::commands.EACH]:

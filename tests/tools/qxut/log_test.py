@@ -81,7 +81,7 @@ class LogCommands(commands.CommandTest):
         self.assertEqual(other, "no stamp")
 
     def test_reports(self):
-        """Lines of reports have a nesting of their own, within that of the log."""
+        """The lines of a report have their own nesting, inside the nesting of the log."""
         stamp = "12:34:56.789 00001a2c/03 7 "
         self.append(stamp + "        :Error: clsHeapNode['app'/'main']::FreeObjectD(0x10)\n",
                     stamp + "        : Memory overrun\n", stamp + "  [Worker]         :  deeper\n",
@@ -111,7 +111,7 @@ class LogCommands(commands.CommandTest):
             {"text": "no stamp: 12:34:56.789 00001A2C/03 7 x"}, {"text": "no stamp: 12:34:56.789 00001a2c/zz 7"}])
 
     def test_control_characters_are_escaped(self):
-        """What a program writes can't look like a line of its own, and a terminal doesn't obey it."""
+        """A logged text can't imitate another line or control the terminal."""
         self.append("a\n" + STAMPED + "\rb\x1b]0;x\x07\x7f\x9b31m\u00a0")
         shown = "a\\n" + STAMPED + "\\rb\\x1B]0;x\\x07\\x7F\\x9B31m\u00a0\n"
         self.assertEqual(self.show(), shown)

@@ -1,4 +1,4 @@
-"""`qxut html2text` on real pages, beside the browser w3m: pages that Debian packages bring, and those of tests/data."""
+"""Compares `qxut html2text` with the browser w3m on real pages, from Debian packages and from tests/data."""
 
 import collections
 import difflib
@@ -31,7 +31,8 @@ PAGES = {
 
 
 def words_of(text):
-    """Japanese has no blanks between words, and w3m breaks its lines anywhere: each of its characters is a word."""
+    """Returns the words of a text. Each Japanese character is a word, because Japanese has no blanks between words and
+    w3m breaks lines anywhere."""
     return re.findall(r"[\u3040-\u30ff\u3400-\u9fff]|[^\W\u3040-\u30ff\u3400-\u9fff]+", text)
 
 
@@ -63,13 +64,13 @@ class DocumentWords(html.parser.HTMLParser):
 
 
 def matches(expected, words):
-    """The words that both lists have in the same order."""
+    """Returns the words that both lists have in the same order."""
     matcher = difflib.SequenceMatcher(None, expected, words, autojunk=len(words) > 20_000)
     return [word for block in matcher.get_matching_blocks() for word in expected[block.a:block.a + block.size]]
 
 
 def share(page, shown, words):
-    """How many of the words that w3m shows are in `words`, in w3m's order or in that of the document."""
+    """Returns the share of w3m's words that are in `words`, in w3m's order or in the document's order."""
     if not shown:
         return 1.0
     found = len(matches(shown, words))

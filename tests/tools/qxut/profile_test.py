@@ -139,7 +139,7 @@ class ProfileCommands(commands.CommandTest):
         kept = ["", "[/]\n", "[/]\n  a b = c \n[l]\nx\n}\n\n[/]\n{\n}\n}\n",
                 head + '<item name="a">&#x41;&cr;</item>\n<list name="l">\n</list>\n</profile>\n', fields + field + end]
         name = self.folder / "checked"
-        # All changing commands share the check, so they take turns.
+        # All commands that change a file share the check, so the cases use the commands in turn.
         commands_in_turn = itertools.cycle(
             (["set", "--path", "n", "1"], ["append", "--path", "n", "1"], ["delete", "--path", "a"]))
         for text, reason in lossy[::commands.EACH] + [(text, None) for text in kept]:
@@ -336,7 +336,7 @@ class ProfileCommands(commands.CommandTest):
 
     @unittest.skipIf(commands.COMMAND[-1].endswith(".exe"), "the emulator has no terminal")
     def test_on_a_terminal(self):
-        """The prompt shows nothing of the answer, and values can't control the terminal."""
+        """The prompt doesn't echo the answer, and values can't control the terminal."""
         (self.folder / "a").write_text("content")
         profile, out = str(self.folder / "files"), str(self.folder / "out")
         embed = ["profile", "embed", profile, str(self.folder / "a"), "--create", "--ask-key"]

@@ -93,7 +93,7 @@ class ZipCommands(ZipTest):
         self.assertEqual(self.files_below(self.out), expected)
         self.assertEqual({entry["name"] for entry in json.loads(self.qxut("list", self.archive, "--json"))},
                          set(expected))
-        # unzip reports the field whose checksum doesn't fit with code 1.
+        # unzip returns code 1 because of the field with the wrong checksum.
         done = subprocess.run(["unzip", "-q", self.archive, "-d", self.folder / "unzip"], capture_output=True,
                               env=dict(os.environ, LC_ALL="C.UTF-8"))
         self.assertLessEqual(done.returncode, 1, done)
@@ -260,14 +260,14 @@ class PosixArchives(ZipTest):
             self.assertIsNone(archive.testzip())
 
     def running_on_a_large_file(self):
-        """Starts a create and an extract, and returns each, with its command, when it has begun to write."""
+        """Starts a create and then an extract, and yields each program when it has begun to write."""
         large = self.folder / "large"
         if not large.exists():
             large.write_bytes(random.Random(1).randbytes(1 << 20) * 120)
             self.qxut("create", self.archive, large)
         before = self.archive.read_bytes()
         for arguments in (("create", self.archive, large), ("extract", self.archive, self.out)):
-            # A shell starts programs in the background with SIGINT ignored, and qxut leaves it so.
+            # A shell starts programs in the background with SIGINT ignored, and qxut leaves it ignored.
             program = subprocess.Popen([*commands.COMMAND, "zip", *map(str, arguments)], stdout=subprocess.DEVNULL,
                                        stderr=subprocess.PIPE, env=dict(os.environ, TMPDIR=str(self.temp)),
                                        preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))

@@ -1,4 +1,4 @@
-// Drives that are connected with shares, as links on linux.
+// Drives that are connected to shares by links on linux.
 #include "accounts/connection_list.h"
 #include "accounts/file_users.h"
 #include "accounts/path_forms.h"

@@ -43,7 +43,7 @@ TEST(FileUsers, ServersThatDoNotAnswer)
     const std::vector<FILE_INFO_3> files = {OpenFile(L"C:\\share\\a.txt", L"ann", PERM_FILE_READ)};
     const std::tuple<std::vector<FakeServer::Answer>, const char*, const wchar_t*> cases[] = {
         {{{ERROR_ACCESS_DENIED, files}}, "", L""}, {{{ERROR_MORE_DATA, files}, {ERROR_ACCESS_DENIED, {}}}, "", L"ann"},
-        {{{ERROR_MORE_DATA, {}}, {NERR_Success, files}}, "", L""}, // would never end
+        {{{ERROR_MORE_DATA, {}}, {NERR_Success, files}}, "", L""}, // empty blocks could follow for ever
         {{{NERR_Success, files}}, "NetFileEnum", L""}, {{{NERR_Success, files}}, "NetApiBufferFree", L""}};
     for (const auto& [answers, missing, users] : cases)
     {

@@ -70,7 +70,7 @@ std::vector<int> Values(const List& list)
     return values;
 }
 
-// Each container destroys its elements.
+// Expects each container to destroy its elements.
 class Elements : public testing::Test
 {
 protected:
@@ -270,11 +270,11 @@ TEST(LevelSourceTest, CountsPairsThatAreZeroUnderTheSelector)
 {
     static std::vector<int> script;
     constexpr int kFirst = 0b00'00'10'00'01'00'00, kSecond = 0b11'11'11'11'11'11'00; // the last pair is drawn first
-    // The numbers left for the source, and its draws: selector, most levels, and the result.
+    // The random numbers that the source receives, and the draws: selector, highest level, expected result.
     const std::pair<std::vector<int>, std::vector<std::tuple<unsigned, int, int>>> cases[] = {
-        {{kFirst, kSecond}, {{3, 19, 2}, {3, 19, 1}, {3, 19, 3}}}, // 0 0 | 1, 0 | 2, 0 0 with the next number's 0 | 3
+        {{kFirst, kSecond}, {{3, 19, 2}, {3, 19, 1}, {3, 19, 3}}}, // pairs: 0 0|1, 0|2, 0 0 and the next number's 0|3
         {{~0x3FFF, 0x3FFF}, {{3, 19, 7}}},                         // 14 bits of each number are used
-        {{kFirst, kSecond}, {{1, 19, 2}, {1, 2, 2}, {1, 19, 0}}}}; // 0 2 0 0, 0 | 3 are five, of which two count
+        {{kFirst, kSecond}, {{1, 19, 2}, {1, 2, 2}, {1, 19, 0}}}}; // the second draw counts five zeros, clipped to 2
     for (const auto& [numbers, draws] : cases)
     {
         script.assign(numbers.rbegin(), numbers.rend());
@@ -320,8 +320,8 @@ TEST(SkipListTest, LevelsThinOutBySelector)
             top = set.LevelsInUse();
         }
         EXPECT_LE(top, levels);
-        // Five standard deviations of the binomial distribution, plus a margin for the first nodes, which the top level
-        // limits.
+        // Five standard deviations of the binomial distribution, plus a margin for the first nodes, whose levels are
+        // limited by the top level.
         double expected = kCount;
         for (int level = 0; level < top; ++level, expected *= share)
             EXPECT_NEAR(static_cast<double>(set.CountOnLevel(level)), expected, 5 * std::sqrt(expected) + 10) << level;

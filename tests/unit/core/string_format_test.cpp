@@ -77,7 +77,7 @@ TEST(FormatTest, ShortEstimatesCutAt99AndGiveZeroLongOnesGiveTheCountOrMinusOne)
     EXPECT_EQ(s.Format(L"%s", text.Text()), 150);
     EXPECT_EQ(s, text);
     EXPECT_EQ(s.Format(L"%f", 1.5), 8);
-    EXPECT_EQ(s.Format(L"%s%Ts", text.Text(), Filled(L'x', 200).Text()), -1); // estimate 152
+    EXPECT_EQ(s.Format(L"%s%Ts", text.Text(), Filled(L'x', 200).Text()), -1); // the estimate is 152
     EXPECT_EQ(s.Length(), 152u);
 }
 
@@ -149,7 +149,7 @@ TEST(StringMessageTest, MissingResourceIsLoggedForDevelopersOnly)
     EXPECT_EQ(lines.CountOf(L"String::Message(): String ressource 60000 not found in "), 1u);
 }
 
-// string_resources.rc: three languages; French exists only in its Belgian form.
+// string_resources.rc has three languages; French exists only in its Belgian form.
 TEST(StringMessageTest, ResourceIsSoughtInTheOrderOfLanguages)
 {
     // The last rows: a block with an empty entry, a missing German block, German as the last attempt, and finally any

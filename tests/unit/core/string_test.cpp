@@ -241,7 +241,7 @@ TEST(StringNarrowTest, TakesAPartOfTheBytesByTheCodePage)
     EXPECT_STREQ(s.Text(), L"cd\u20AC");
     s.Assign("abcdef", 2, 3);
     EXPECT_STREQ(s.Text(), L"cde");
-    s.Assign("ab\0d", 0, 4); // counted bytes may contain zeros
+    s.Assign("ab\0d", 0, 4); // texts with a given length may contain zeros
     EXPECT_EQ(s.View(), std::wstring_view(L"ab\0d", 4));
     s.Assign(static_cast<const char*>(nullptr));
     EXPECT_TRUE(s.IsEmpty());

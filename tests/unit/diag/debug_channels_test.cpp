@@ -55,7 +55,7 @@ TEST(DebugChannels, DepthByItsRules)
         for (const auto& [change, text] : lines)
             output.Write(nullptr, change, text);
     };
-    // Only the sign counts, and the nesting may change without a line.
+    // Only the sign of the change counts, and the nesting may change without a line.
     write({{5, L">enter"}, {0, L"inside"}, {1, nullptr}, {0, L"deeper"}, {0, nullptr}, {-7, L"<leave"}, {-1, nullptr},
         {0, L"outside"}, {-1, L"<below"}, {-1, L"<below"}});
     EXPECT_EQ(output.channels.Depth(), -2);

@@ -71,7 +71,7 @@ TEST_F(DebugMonitorTest, LogFileAndTextGetEveryLine)
     EXPECT_THAT(Rests(), ElementsAre(">enter", " inside", " data"));
     EXPECT_EQ(output.Rests(), Rests());
     EXPECT_THAT(std::string(monitor.sent[2].NarrowText()), testing::StartsWith("- 1 0 0 TAG     : "));
-    EXPECT_EQ(monitor.searches, 0); // the log file is reason enough to write
+    EXPECT_EQ(monitor.searches, 0); // with a log file, the output needn't search for a monitor
 }
 
 TEST_F(DebugMonitorTest, OpenDataGetsTheMessageAlone)
@@ -111,7 +111,7 @@ TEST_F(DebugMonitorTest, ALineOutOfAnotherIsDropped)
     monitor.isTalkative = true;
     output.Write(nullptr, 0, L"first");
     output.Write(nullptr, 0, L"second");
-    EXPECT_THAT(Rests(), ElementsAre("first", " second")); // the nesting of such lines counts
+    EXPECT_THAT(Rests(), ElementsAre("first", " second")); // the nesting of dropped lines counts
     EXPECT_EQ(output.Rests(), Rests());
 }
 

@@ -64,7 +64,7 @@ TEST(DebugStamp, TheUsersSettingDecidesOnceForTheTimeSource)
         ASSERT_TRUE(settings.Set(HKEY_CURRENT_USER, L"ForceUsePerfCounters", value));
         EXPECT_EQ(DebugTimeSource(kCounter).UsesCounter(), usesCounter) << value.NarrowText();
     }
-    // The type is ignored.
+    // The type of the registry value is ignored.
     constexpr DWORD kOne = 1;
     ASSERT_TRUE(settings.Set(HKEY_CURRENT_USER, L"ForceUsePerfCounters", REG_DWORD, &kOne, sizeof kOne));
     EXPECT_TRUE(DebugTimeSource(kCounter).UsesCounter());
@@ -72,7 +72,7 @@ TEST(DebugStamp, TheUsersSettingDecidesOnceForTheTimeSource)
     EXPECT_FALSE(DebugTimeSource(kCounter).UsesCounter());
     hasCounter = TRUE;
 
-    // The counter begins with the decision.
+    // The elapsed time begins when the source is created.
     ASSERT_TRUE(settings.Set(HKEY_CURRENT_USER, L"ForceUsePerfCounters", L"T"));
     ticks = 5'000'000'000;
     DebugTimeSource source(kCounter);

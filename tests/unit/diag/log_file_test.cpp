@@ -51,7 +51,7 @@ TEST(LogFile, HoldsPlainUnitsAndGrowsWhileSomebodyReads)
     EXPECT_EQ(BytesOf(path), std::string("olda\0\xA0\x25\r\0\n\0a\0\xA0\x25\r\0\n\0", 19));
 }
 
-// A line waits a tenth of a second for a locked file.
+// A line waits a tenth of a second for a locked file, then it is lost.
 TEST(LogFile, ALineIsLostWhereTheFileIsLocked)
 {
     OwnOutput output;
@@ -66,7 +66,7 @@ TEST(LogFile, ALineIsLostWhereTheFileIsLocked)
     EXPECT_EQ(output.Rests(), (std::vector<std::string>{"before", "<after"}));
 }
 
-// Nobody waits until a device becomes a file.
+// Append returns at once if the log file is a device; it doesn't retry.
 TEST(LogFile, ADeviceGetsNoLinesAndCostsNoTime)
 {
     if (!kHasPosixFiles)

@@ -13,7 +13,8 @@
 namespace qxtest
 {
 
-// Compares records, which `read` fills, with the rows: document, field, the other program's answer, and ours or "=".
+// Compares records, which `read` fills, with the rows of answers.tsv: document, field, the other program's answer, and
+// the reader's answer or "=".
 template <class Read>
 void ExpectAnswers(const std::string& folder, int expectedRows, Read read)
 {

@@ -1,4 +1,4 @@
-// Small documents of each kind, damaged.
+// Reads damaged copies of small documents of each kind.
 #include "support/damage.h"
 
 #include "docinfo/html.h"
@@ -19,7 +19,7 @@
 using namespace qx;
 using namespace qxtest;
 
-TEST(DocumentReaders, BearDamage)
+TEST(DocumentReaders, SurviveDamage)
 {
     TiffBuilder tiff(true);
     tiff.AddText(36867, "2001:02:03 04:05:06");

@@ -1,4 +1,4 @@
-// A document in memory, and the record that a reader makes of it.
+// A document in memory, and the record that a reader fills from it.
 #pragma once
 
 #include "docinfo/document_file.h"
@@ -41,7 +41,7 @@ inline std::string DateOf(const SYSTEMTIME& date)
     return text;
 }
 
-// All texts and dates of a record, for comparisons.
+// Returns all texts and dates of a record, for comparisons.
 inline std::string Summary(const qx::clsDocu& record)
 {
     std::string all;
@@ -96,7 +96,7 @@ inline std::string Repeat(std::string_view piece, std::size_t size)
     return text;
 }
 
-// Returns the pieces, with a number between them, that fill `size` bytes.
+// Returns the two pieces with a number between them, repeated until they fill `size` bytes.
 inline std::string Numbered(std::size_t size, const char* before, const char* behind)
 {
     std::string text;
@@ -105,8 +105,7 @@ inline std::string Numbered(std::size_t size, const char* before, const char* be
     return text;
 }
 
-// Reads bytes that are built to be slow, and expects success even on a busy machine within a few
-// seconds.
+// Reads bytes that are constructed to be slow. Expects success within a few seconds, even on a busy machine.
 inline void ExpectQuick(Reader reader, std::string_view bytes)
 {
     const auto begin = std::chrono::steady_clock::now();

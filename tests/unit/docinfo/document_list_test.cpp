@@ -7,7 +7,7 @@
 #include "support/temp_folder.h"
 #include "unit/docinfo/document_in_memory.h"
 
-#if !defined(_WIN32) // connected drives are made on linux only
+#if !defined(_WIN32) // only the tests on linux connect drives
 #include "support/own_drives.h"
 
 #include <fcntl.h>
@@ -97,7 +97,7 @@ TEST(DocumentList, ReadsAgainWhatHasChanged)
     qxtest::SetWriteTime(path, time);
     EXPECT_EQ(TitleOf(list, path), "first");
 
-    // A file in use leaves the record as it is, and is tried at the next request.
+    // A file in use leaves the record unchanged, and the next request tries again.
     const HANDLE lock = CreateFileW(path, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     EXPECT_EQ(titleAfterExpiry(), "first");
     EXPECT_EQ(record->readTick, 0u);
@@ -119,9 +119,9 @@ TEST(DocumentList, ReadersByNameAndByFirstBytes)
         {L"a.txt", kFirst, "-", nullptr},
         {L"a.tif", "not a TIFF file", "inaccessible", L"TIFF"},
         {L"b.tif", "MM\0*\0\0\0\0"sv, "-", L"TIFF"},
-        {L"c.img", "MM\0*\0\0\0\0"sv, "-", nullptr}, // first bytes of the other order aren't known
+        {L"c.img", "MM\0*\0\0\0\0"sv, "-", nullptr}, // the signature of the other byte order isn't recognised
         {L"d.img", "II*\0\0\0\0\0"sv, "-", L"TIFF"},
-        {L"e.img", "II*\0"sv, "-", L"TIFF"}, // first bytes prove little, so the reader may fail
+        {L"e.img", "II*\0"sv, "-", L"TIFF"}, // a signature proves little, so the reader may fail
         {L"f.jpg", "\xFF\xD8", "-", L"JPEG"},
         {L"g", "\xFF\xD8\xFF\xD9", "-", L"JPEG"},
         {L"h", "\xFF\xD8", "-", nullptr}, // fewer than four bytes
@@ -163,7 +163,7 @@ TEST(DocumentList, ManyThreads)
     EXPECT_EQ(failures, 0);
 }
 
-// A list without records has no thread, and one that has is woken at the end.
+// A list without records has no thread. If a list has a thread, closing the list wakes it.
 TEST(DocumentList, OpensAndClosesQuickly)
 {
     const TempFolder folder;
@@ -243,7 +243,7 @@ private:
     static inline HANDLE released;
 };
 
-// Holds up whoever opens the file, as long as it exists.
+// Delays every open of the file while this object exists.
 class OpeningsHeld
 {
 public:
@@ -351,7 +351,7 @@ TEST_F(HangingServer, TwentyReadersAtMost)
         list.Get(kSlow, 0);
     const auto last = std::async(std::launch::async, [&] { list.Get(kSlow, 0); });
     EXPECT_TRUE(WaitForReadings(clsDocuList::kMostReaders + 1));
-    EXPECT_EQ(TitleOf(list, kQuick, 100), "from the server"); // a reader that has ended needs no room
+    EXPECT_EQ(TitleOf(list, kQuick, 100), "from the server"); // a reader that has ended doesn't count
     EXPECT_EQ(last.wait_for(200ms), std::future_status::timeout);
     Release();
     last.wait();

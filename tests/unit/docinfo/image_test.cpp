@@ -112,7 +112,7 @@ TEST(TiffReader, GrowsWithinBounds)
     EXPECT_EQ(TextOf(ReadRecord(ReadTIFFFile, tiff.Bytes())->Author).size(), 4096u * 20 * 5 - 2);
 }
 
-// Directories that share their entries, whose values lie far apart.
+// Directories that share their entries. The values of the entries are far apart.
 TEST(TiffReader, BoundedTime)
 {
     constexpr std::uint16_t kDirectories = 1350, kEntries = 2 * kDirectories;
@@ -149,10 +149,10 @@ TEST(JpegReader, Segments)
 
     EXPECT_EQ(ReadRecord(ReadJPEG, JpegOf({{0xE0, "JFIF"}, {0xE1, block}})).ResultAndSummary(),
         "0 -||-|-|-|f=4|1999-1-2 3:4:5|-"); // the user comment isn't ASCII
-    // In a TIFF file itself the EXIF directory is passed over.
+    // In a TIFF file the EXIF directory is skipped.
     EXPECT_EQ(ReadRecord(ReadTIFFFile, tiff.Bytes()).Summary(), "-||-|-|-|-|2001-2-3 4:5:6|-");
 
-    // A comment whose type is ASCII is the subject unless there is one. A directory isn't read twice.
+    // An ASCII comment becomes the subject if there is no other one. A directory isn't read twice.
     for (const char* const subject : {"", "subject"})
     {
         TiffBuilder comment(true);

@@ -23,7 +23,7 @@ String WithPatterns(const String& value, clsRegEx& pattern)
         });
 }
 
-// Decodes fields like the reader, which has its own tests, but takes the file apart with patterns.
+// Decodes fields with the reader's functions, which have their own tests, but splits the file with patterns.
 void ReadMailWithPatterns(clsDocu& record, const String& text)
 {
     static clsRegEx block(L"^(.*)(?:\\r\\n\\r\\n|\\r{2}|\\n{2})", 0x40420); // DOTALL, MULTILINE, UNGREEDY
@@ -97,7 +97,7 @@ TEST(MailScanners, Addresses)
     constexpr std::string_view kBegins[] = {"", "a@", "a@b.", "\"a@b\"@c."};
     for (int i = 0; i < kTexts; ++i)
     {
-        // Short texts, or hardly one would be an address.
+        // The texts are short, because hardly any long one would be an address.
         const std::size_t length = static_cast<std::size_t>(i % 10);
         const String text = Wide(std::string(kBegins[i % 4]) + texts.Next().substr(0, length));
         const bool isAddress = pattern.Match(text, nullptr);

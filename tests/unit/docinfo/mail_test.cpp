@@ -12,14 +12,14 @@ using namespace qxtest;
 namespace
 {
 
-using Mail = std::pair<std::string_view, const wchar_t*>; // and what the reader makes of it
+using Mail = std::pair<std::string_view, const wchar_t*>; // a field and the text that the reader returns
 
 ReadRecord ReadMailOf(const std::string& header)
 {
     return ReadRecord(ReadMail, header + "\r\n\r\n");
 }
 
-// Fills the file window, apart from a little space.
+// Repeats the piece until it almost fills the file window.
 std::string Many(std::string_view piece)
 {
     return Repeat(piece, FileWindow::kCapacity - 100);
@@ -121,7 +121,7 @@ TEST(Punycode, Labels)
         EXPECT_FALSE(DecodePunycode(label)) << String(label).NarrowText();
 }
 
-// Built to be slow: with the patterns of the format, or with a search that starts again for each word.
+// Headers that are slow to read with the patterns of the format, or with a search that starts again for each word.
 TEST(MailReader, LinearTime)
 {
     for (const std::string& header : {Many("a: "), Many("a\r\n"), "Subject: " + Many("=?a?Q? "),

@@ -18,7 +18,7 @@ namespace
 
 using namespace std::string_literals;
 
-// By tag, in upper case.
+// Texts by tag. Tags are hexadecimal, in upper case.
 using Properties = std::map<std::string, std::string>;
 
 constexpr std::uint32_t kSubmitTag = 0x00390040, kDeliveryTag = 0x0E060040;
@@ -30,7 +30,7 @@ std::string TimeProperty(std::uint32_t tag, const std::string& value)
     return BytesOfRecord(tag) + "flag" + value + "behind..";
 }
 
-// The recipients have numbers from `firstNumber` on.
+// Returns a message file. Its recipients are numbered from `firstNumber` on.
 std::string MessageOf(const Properties& texts, const std::string& times = "",
     const std::vector<Properties>& recipients = {}, int firstNumber = 0)
 {
@@ -72,7 +72,7 @@ TEST_F(Message, TextsAndRecipients)
     const std::tuple<Properties, std::vector<Properties>, std::string> cases[] = {{{}, {}, "|-||-"},
         {{{"0037001E", "subject"}, {"0042001E", "name"}, {"0065001E", "address"}}, {none}, "subject|-|name|"},
         {{{"0037001F", "\xE4\0b\0c"s}, {"0C1A001E", "sender"}, {"0C1F001E", "x"}}, {}, "<e4>b|-|sender|-"},
-        // A text that is there and empty isn't searched in the other form.
+        // If a text exists but is empty, the other form isn't searched for.
         {{{"0037001E", ""}, {"0037001F", "a\0"s}, {"0042001E", "\0x"s}, {"0065001E", "address"}}, {named, address},
             "|-|address|Name; address"},
         {{{"0037001E", large}, {"0C1F001F", "a\0\0\0b\0"s}}, {none, named, none, address},
@@ -102,7 +102,7 @@ TEST_F(Message, Times)
         EXPECT_EQ(Summary(*Read(MessageOf({}, times))), "|-||-|-|-|" + expected);
 }
 
-// The list's own tests have mails by that name.
+// The tests of the document list cover mails with this extension.
 TEST_F(Message, ChoiceOfTheReader)
 {
     EXPECT_EQ(Read(MessageOf({{"0037001E", "subject"}}), L"a.doc")->reader, nullptr);
@@ -116,16 +116,16 @@ TEST_F(Message, ChoiceOfTheReader)
     EXPECT_EQ(record->remark.Left(21), L"error opening storage");
 }
 
-#ifdef __linux__ // the storages of Wine don't bear damage
+#ifdef __linux__ // Wine's storages don't survive damaged files
 
-TEST_F(Message, BearsDamage)
+TEST_F(Message, SurvivesDamage)
 {
     const std::string whole = MessageOf({{"0037001E", "subject"}, {"0042001F", "a\0"s}},
         TimeProperty(kSubmitTag, kSent) + TimeProperty(kDeliveryTag, kDelivered), {{{"3001001E", "name"}}, {}});
     const clsAutoRelease<clsDocu*> record = EmptyRecord();
     const auto check = [&](const std::string& bytes)
     {
-        DeleteFileW(_folder.Path(L"a.msg").Text()); // a file that is overwritten is flushed to the disk
+        DeleteFileW(_folder.Path(L"a.msg").Text()); // overwriting would flush the file each time, which is slow
         ReadMessage(*record, _folder.Make(L"a.msg", bytes));
         EXPECT_LT(TextOf(record->LastAuthor).size(), 20 * whole.size());
     };

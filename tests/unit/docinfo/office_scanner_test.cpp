@@ -20,7 +20,7 @@ constexpr std::uint32_t kDotAll = 0x20, kUngreedy = 0x40000;
 
 using Parse = void (*)(clsDocu& record, std::wstring_view text);
 
-// Reads a text file in place of the member of an archive.
+// Reads a text file instead of an archive's member.
 template <Parse parse>
 int ReadMember(clsDocu& record, FileWindow& file)
 {

@@ -31,7 +31,7 @@ std::string Meta(const std::string& properties)
                                     "</office:meta></office:document-meta>")});
 }
 
-// The elements below a root element.
+// Returns the properties inside a root element that declares the namespaces.
 std::string Xml(const std::string& properties)
 {
     return "<r:r xmlns:r='1' xmlns:cp='2' xmlns:dc='3' xmlns:DC='3' xmlns:meta='4' xmlns:dcterms='5'>" + properties +
@@ -50,7 +50,7 @@ std::string Block(const std::string& properties)
 
 } // namespace
 
-// The real documents below have the fields.
+// The test of real documents below covers the fields.
 TEST(OfficeReaders, Archives)
 {
     const std::pair<std::string, const char*> documents[] = {
@@ -124,7 +124,7 @@ TEST(OfficeReaders, ChoiceOfTheReader)
     }
 }
 
-// Built to be slow.
+// Documents constructed to be slow.
 TEST(OfficeReaders, BoundedTime)
 {
     const std::size_t size = FileWindow::kCapacity - 200;

@@ -14,7 +14,7 @@ struct PdfRevision
     std::string table = "";   // instead of the true table
 };
 
-// Revisions follow each other; each has a table and a trailer of its own that refers to the one before.
+// Returns a file of successive revisions. Each has a table of its own, and a trailer that refers to the previous table.
 inline std::string PdfOf(const std::vector<PdfRevision>& revisions)
 {
     std::string bytes = "%PDF-1.4\n";

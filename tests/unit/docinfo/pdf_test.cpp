@@ -14,7 +14,7 @@ TEST(PdfReader, Values)
     const std::pair<std::string, const char*> titles[] = {{"/Title (Gr\\374\\337e)", "Gr<fc><df>e"},
         {"/Title (\\)\\n\\x\\7\\0a(b)c)", ")<a>\\x<7>a(b)c"}, {"/Title (\\376\\377\\000G\\000r)", "Gr"},
         {"/Title (\xFF\xFEG\\000r\\000)", "Gr"}, {"/Title <FEFF00470072>", "Gr"}, {"/Title <FF FE 47 00 7>", "G"},
-        {"/Title <EFBBBFC3BC>", "<fc>"}, {"/Title <4x7>", "@p"}, // what is no digit counts as 0
+        {"/Title <EFBBBFC3BC>", "<fc>"}, {"/Title <4x7>", "@p"}, // a character that isn't a digit counts as 0
         {"/Title /A#42#4", "AB#4"}, {"/Title% a comment\n(a)", "a"}, {"/Ti#74le (a)", "a"},
         {"/Title (a) /Title (b)", "a"}, {"/title (a)", ""}, {"/Title true", "-1"}, {"/Title 12 ", "12"},
         {"/Title [1 (a) % x\n]", "1 (a) <a>"}, {"/Title <</A (b)>>", "<dummy:Dict>"},
@@ -64,7 +64,7 @@ TEST(PdfReader, Faults)
         {tableOf("nothing"), "-", L"EXCEPTION 'no object'"},
         // An object that would be longer than the file isn't read.
         {tableOf("xref\n1 2\n0000000009 00000 n \n0000005000 00000 n \n"), "-", L""},
-        // Only the first subsection counts, and an object needs a next one.
+        // Only the first subsection counts, and an object is read only if another one follows it.
         {tableOf("xref\n1 1\n0000000009 00000 n \n2 1\n0000000040 00000 n \n"), "-", L""}};
     for (const auto& [file, title, remark] : files)
     {
@@ -83,7 +83,7 @@ TEST(PdfReader, Revisions)
     std::vector<PdfRevision> revisions(299, {"<</Title (old)>>"});
     revisions.push_back({"<</Title (new)>>"});
     EXPECT_EQ(TextOf(ReadRecord(ReadPDF, PdfOf(revisions))->Title), "new"); // the newest offset of object 1
-    // A chain that comes back ends there.
+    // A chain of tables ends where it returns to an earlier table.
     const std::string first = PdfOf({{"<</Title (a)>>"}}), table = std::to_string(first.find("xref\n"));
     EXPECT_EQ(TextOf(ReadRecord(ReadPDF, PdfOf({{"<</Title (a)>>", "/Prev " + table}}))->Title), "a");
 }
@@ -94,11 +94,11 @@ TEST(PdfReader, Dates)
         {L"D:20120304050607-01'30'", "2012-3-4 6:36:7"}, {L"D:20120304050607Z00'00'", "2012-3-4 5:6:7"},
         {L"D:20120304050607", "2012-3-4 5:6:7"}, {L"D:2012", "2012-1-1 0:0:0"},
         {L"D:20120101000000+01'00' and more", "2011-12-31 23:0:0"},
-        {L"D:20121304050607+01'00'", "-"}, // no month to take an hour from
+        {L"D:20121304050607+01'00'", "-"}, // the hour can't be subtracted, because the month doesn't exist
         {L"2012", "-"}, {L"D", "-"}};
     for (const auto& [text, date] : dates)
         EXPECT_EQ(DateOf(ParsePDFDate(text)), date) << String(text).NarrowText();
-    // A key that is missing sets an empty text.
+    // A missing key sets an empty text.
     EXPECT_EQ(ReadRecord(ReadPDF, PdfOf({{"<</CreationDate <443A323031320041> /ModDate (never)>>"}})).Summary(),
         "|||-||-|2012-1-1 0:0:0|-");
 }

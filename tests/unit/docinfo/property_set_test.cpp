@@ -59,7 +59,7 @@ std::string Document(std::string_view title)
 std::string triedModes;
 String lockedPath;
 
-// Simulates a file whose storage is locked, and one whose data comes late.
+// Simulates a file whose storage is locked, and a file whose data arrives late.
 HRESULT OpenUnlessLocked(const wchar_t* path, DWORD mode, IStorage** storage)
 {
     triedModes += String(String::kFormatted, L"%x ", mode).NarrowText();
@@ -126,7 +126,7 @@ TEST(PropertySet, DocumentsOfOtherPrograms)
         { EXPECT_EQ(ReadPropertySet(record, path), path.Right(8) == L"bare.doc" ? -1 : 0); });
 }
 
-// An extension decides only about what isn't a compound file, or one without summary information.
+// The extension matters only for files that aren't compound files, and for compound files without summary information.
 TEST(PropertySet, ChoiceOfTheReader)
 {
     const TempFolder folder;
@@ -163,7 +163,7 @@ TEST(PropertySet, LockedStorageIsCopied)
     EXPECT_EQ(ReadPropertySet(*record, folder.Path(L"none.doc")), -1);
 }
 
-TEST(PropertySet, BearsDamage)
+TEST(PropertySet, SurvivesDamage)
 {
     const std::string whole =
         SetOf({{1, VT_I2, Number(1200)}, {2, VT_LPSTR, Counted("abc")}, {3, VT_LPWSTR, Counted("ab", 2)},

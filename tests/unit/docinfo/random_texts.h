@@ -18,7 +18,7 @@ constexpr int kTexts = kIsSlow ? 2'000 : 100'000;
 
 constexpr std::size_t kMostPieces = 40;
 
-// Texts of random pieces, repetitions of the text so far among them. The same in each run.
+// Generates texts from random pieces and from repetitions of the text so far. The texts are the same in each run.
 class RandomTexts
 {
 public:
@@ -49,7 +49,7 @@ private:
 
 using ReadPatterns = void (*)(qx::clsDocu& record, const qx::String& text);
 
-// `wrap` holds the text where it says "%".
+// Expects the reader and the patterns to return the same records for random texts, which replace the "%" in `wrap`.
 inline void CompareReaders(Reader reader, ReadPatterns read, std::span<const std::string_view> pieces,
     std::string_view wrap, std::size_t mostPieces = kMostPieces)
 {
@@ -65,7 +65,7 @@ inline void CompareReaders(Reader reader, ReadPatterns read, std::span<const std
         ASSERT_EQ(found.Summary(), Summary(*expected)) << text;
         filled += Summary(*expected) != "-|-|-|-|-|-|-|-";
     }
-    EXPECT_GT(filled, kTexts / 10); // the pieces make texts in which something is found
+    EXPECT_GT(filled, kTexts / 10); // otherwise the texts contain too little to find
 }
 
 } // namespace qxtest

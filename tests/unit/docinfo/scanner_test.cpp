@@ -23,7 +23,7 @@ namespace
 constexpr std::uint32_t kHeadFlags = 0x40428; // CASELESS, DOTALL, MULTILINE, UNGREEDY
 constexpr std::uint32_t kItemFlags = 0x40028; // CASELESS, DOTALL, UNGREEDY
 
-// A number that stops at the limit of 32 bits, from digits of the base.
+// Returns the number of the digits in the given base, limited to the largest signed 32-bit number.
 wchar_t NumberOf(const String& digits, int base)
 {
     const std::string narrow(digits.View().begin(), digits.View().end());

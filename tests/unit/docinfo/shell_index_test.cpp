@@ -25,7 +25,7 @@ constexpr FILETIME kNever = {0xFFFFFFFF, 0xFFFFFFFF};
 
 int valuesInUse;
 
-// A store with the properties of the summary; others fail. It stays alive when it is released.
+// A store that returns the properties of the summary and fails for all others. Releasing it doesn't delete it.
 class Store final : public IPropertyStore
 {
 public:
@@ -88,7 +88,7 @@ HRESULT WINAPI ClearValue(PROPVARIANT*)
     return S_OK;
 }
 
-// Returns the result, the record and the properties that each store was asked for.
+// Returns the result, the record and the properties that were requested from each store.
 std::string ReadStores(
     const StoredValues& first, const StoredValues& second, ShellIndex::OpenStore openFirst = Open<firstStore>)
 {

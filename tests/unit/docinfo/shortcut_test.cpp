@@ -22,7 +22,7 @@ namespace
 
 constexpr char kPage[] = "<head><title>title</title></head>";
 
-// The links below are written for drive Z:, which is the root of the file system, or for the folder's own drive.
+// Returns the path with a drive: its own one, or Z:, which is the root of the file system.
 std::string TargetPath(const String& path)
 {
     const std::string narrow = path.NarrowText();
@@ -50,7 +50,7 @@ TEST(DocumentShortcuts, TargetIsRead)
     EXPECT_EQ(TextOf(record->Title), "title");
     EXPECT_EQ(record->path, link);
     EXPECT_EQ(GetPathName(record->resolvedPath), L"page.htm");
-    // The target's name decides about the reader, and a shortcut to a shortcut isn't followed.
+    // The reader depends on the target's name, and a shortcut to a shortcut isn't followed.
     const clsAutoRelease<clsDocu*> shortcut = list.Get(folder.Make(L"b.lnk", LinkOf({.local = TargetPath(link)})), 1);
     EXPECT_TRUE(shortcut->accessible);
     EXPECT_EQ(GetPathExtension(shortcut->resolvedPath), L".lnk");

@@ -16,7 +16,7 @@ inline int ReadTIFFFile(qx::clsDocu& record, qx::FileWindow& file)
     return qx::ReadTIFF(record, file, 0);
 }
 
-// Long values precede the directory that refers to them. The file ends with the last directory.
+// Builds TIFF files. Long values precede the directory that refers to them. The file ends with the last directory.
 class TiffBuilder
 {
 public:
@@ -38,7 +38,7 @@ public:
         return AddValue(tag, type, 1, Number(numerator, 4) + Number(denominator, 4));
     }
 
-    // Writes a directory of the added entries that no other refers to, and returns its offset.
+    // Writes the added entries as a directory to which no other directory links, and returns its offset.
     std::uint32_t EndLoneDirectory()
     {
         const auto offset = static_cast<std::uint32_t>(_bytes.size());
@@ -83,7 +83,7 @@ private:
     std::size_t _next = 4; // where the offset of the next directory is written
 };
 
-// A JPEG file of the given segments: the low byte of the marker, and the contents.
+// Returns a JPEG file of the given segments: the low byte of each marker, and the contents.
 inline std::string JpegOf(std::initializer_list<std::pair<unsigned char, std::string>> segments)
 {
     std::string bytes = "\xFF\xD8";

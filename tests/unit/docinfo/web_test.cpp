@@ -34,8 +34,7 @@ TEST(WebReaders, Documents)
         EXPECT_EQ(ReadRecord(reader, bytes).ResultAndSummary(), std::string("0 ") + summary) << bytes.substr(0, 100);
 }
 
-// Built to be slow: each would take minutes, or seconds, with the patterns of the formats.
-#if !defined(_WIN32) // the pages are in UTF-8, which isn't the default code page there
+#if !defined(_WIN32) // the pages are in UTF-8, which isn't the default code page on windows
 // Compared with exiftool.
 TEST(WebReaders, RealDocuments)
 {
@@ -45,6 +44,7 @@ TEST(WebReaders, RealDocuments)
 }
 #endif
 
+// With the patterns of the formats, each of these documents would take minutes, or at least seconds.
 TEST(WebReaders, BoundedTime)
 {
     const std::size_t size = FileWindow::kCapacity - 200;

@@ -11,7 +11,8 @@
 namespace qxtest
 {
 
-// A document of Word for Windows 2 whose table has these texts, and a size that differs from its own by `excess`.
+// Returns a document of Word for Windows 2 whose table contains these texts. The table's stored size is too large by
+// `excess`.
 inline std::string Word2Of(const std::vector<std::string>& texts, int excess = 0)
 {
     std::string table;
@@ -23,20 +24,20 @@ inline std::string Word2Of(const std::vector<std::string>& texts, int excess = 0
     return file + BytesOfRecord(std::uint32_t{284}) + BytesOfRecord(size) + table;
 }
 
-// A record of an extended document summary; the label and the value are 16-bit texts.
+// Returns a record of an extended document summary; its label and value are 16-bit texts.
 inline std::string WordPerfectRecord(std::uint16_t tag, std::u16string_view value)
 {
     const std::string texts = BytesOfWideText(u"label") + BytesOfWideText(value);
     return BytesOfRecord(static_cast<std::uint16_t>(6 + texts.size())) + BytesOfRecord(tag) + "xx" + texts;
 }
 
-// An index entry for a summary of this size at an offset from the end of the prefix.
+// Returns an index entry for a summary of this size, which begins `offset` bytes after the prefix.
 inline std::string WordPerfectEntry(std::uint32_t offset, std::uint32_t size)
 {
     return std::string("\0\x12\0\0\0\0", 6) + BytesOfRecord(size) + BytesOfRecord(512 + offset);
 }
 
-// A WordPerfect document; the index has room for 30 entries.
+// Returns a WordPerfect document; its index has room for 30 entries.
 inline std::string WordPerfectOf(const std::vector<std::string>& entries, std::string_view data)
 {
     std::string file("\xFFWPC\0\0\0\0\0\0\x02\0\0\0\x10\0\x02\0", 18);

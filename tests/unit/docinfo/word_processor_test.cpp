@@ -40,13 +40,13 @@ TEST(WordPerfect, IndexAndRecords)
         {{WordPerfectEntry(0, allSize)}, all, "0 title|subject|author||<c7><df><b0>|a<d><a><fc>b|-|-"},
         {{WordPerfectEntry(9999, size)}, title, kEmptyRecord},
         {{entry}, title + author, kTitle},                  // the size covers the first record only
-        {{WordPerfectEntry(0, 7)}, title + author, kTitle}, // or ends within it
+        {{WordPerfectEntry(0, 7)}, title + author, kTitle}, // the size ends within the record
         {{WordPerfectEntry(0, 900), second}, title + std::string("\5\0\5\0xx", 6) + author, kTitle},
         {{entry, second}, title + author.substr(0, 20), kTitle}};
     for (const auto& [entries, data, summary] : files)
         EXPECT_EQ(ReadRecord(ReadWordPerfect, WordPerfectOf(entries, data)).ResultAndSummary(), summary);
-    // Changed bytes. The count in byte 18 includes the head of the index, and the index that byte 14 gives can't begin
-    // within the prefix's own fields.
+    // Changes single bytes. The count in byte 18 includes the head of the index. Byte 14 is the offset of the index,
+    // which can't begin within the prefix's own fields.
     const std::tuple<std::size_t, char, const char*> changes[] = {{1, 'w', kRefused}, {10, 1, kRefused},
         {12, 1, kRefused}, {16, 1, kRefused}, {18, 1, kRefused}, {31, 0x11, kRefused}, {14, 3, kTitle}};
     for (const auto& [offset, byte, summary] : changes)
@@ -66,7 +66,7 @@ TEST(WordPerfect, WorkIsBounded)
                   .ResultAndSummary(),
         kTitle);
 
-    // An index behind the prefix, whose entries all refer to the same records.
+    // An index after the prefix, whose entries all refer to the same records.
     std::string file = WordPerfectOf({}, std::string("\2\0\xFF\xFF\0\0\0\0\0\0\0\0\0\0", 14));
     file[14] = '\0';
     file[15] = '\2';

@@ -132,7 +132,7 @@ TEST(FileOpen, TriesThreeTimesAndWaitsOnlyForTemporaryFiles)
         {{5, 5, 3}, kFileAttributeNormal, FileError::PathNotFound, false}};
     for (const auto& [errors, flags, kind, waits] : cases)
     {
-        // On a busy machine some of them may take long, but not all.
+        // On a busy machine some of the attempts may take long, but not all.
         ULONGLONG shortest = ~0ULL;
         for (int i = 0; i < 5; ++i)
         {

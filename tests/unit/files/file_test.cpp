@@ -77,7 +77,7 @@ TEST(File, ReadsAndWritesAStream)
     EXPECT_EQ(file.WriteChars(L"a"), 1);
     EXPECT_EQ(stream.bytes, std::string("0123XYa\0", 8));
 
-    // Seek returns the low 32 bits of the new position with sign; Tell returns all bits.
+    // Seek returns the low 32 bits of the new position as a signed number; Tell returns all bits.
     EXPECT_EQ(file.Seek(0x180000000), -0x80000000LL);
     EXPECT_EQ(file.Tell(), 0x180000000);
     stream.seekResult = E_FAIL;
@@ -236,7 +236,7 @@ TEST_F(FileStream, CopiesTheRemainderAndEndsThere)
     back.Close();
     EXPECT_EQ(BytesOf(to), "##" + bytes);
 
-    // The end is set even if there is nothing to copy.
+    // The end of the file is set even if there is nothing to copy.
     clsFile closed;
     file.Seek(4000000);
     for (clsFile* source : {static_cast<clsFile*>(&file), &closed})

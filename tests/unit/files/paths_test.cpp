@@ -139,7 +139,7 @@ TEST(TempFiles, StaleOnesAreTakenOver)
         SetWriteTime(NumberedFile(digits), FileTimeOf(UnitsOf(now) - 24 * kUnitsPerHour * static_cast<unsigned>(days)));
     }
 
-    // Six days are too recent.
+    // A file that is six days old is too recent to be reused.
     nextNumber = 0x10;
     clsGenericHandleObjectAutoRelease holder;
     EXPECT_STREQ(MakeTempFile(L"trelmo", L"old", L"tmp", &holder, CountedNumber).Text(), NumberedFile(L"11"));

@@ -156,7 +156,7 @@ TEST(TempFiles, AreForTheirUserAlone)
     EXPECT_EQ(ModeOf(name), 0600u);
     EXPECT_EQ(ModeOf(GetTempSubfolder()), 0700u);
     EXPECT_TRUE(DeleteFileW(name));
-    // An older version made the folder and the activity file readable, and a link may be in the file's place.
+    // An older version let others read the folder and the activity file, and a link may be in the file's place.
     chmod(NativePath(GetTempSubfolder()).c_str(), 0757);
     EXPECT_TRUE(DeleteFileW(MakeTempFile(L"trelmo", L"x", L"tmp", nullptr)));
     EXPECT_EQ(ModeOf(GetTempSubfolder()), 0700u);

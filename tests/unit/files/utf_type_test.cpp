@@ -23,7 +23,7 @@ std::string UTF16LE(const std::wstring_view text)
     return {reinterpret_cast<const char*>(text.data()), 2 * text.size()};
 }
 
-// In UTF-16 its first two bytes contain no zero, and the bytes before the first zero are not valid UTF-8.
+// Returns a text whose UTF-16 form has no zero in its first two bytes, and no valid UTF-8 before the first zero byte.
 String LongText()
 {
     String text;
@@ -84,7 +84,7 @@ TEST(UTFTypeOfFile, NotAtTheBeginning)
     Reader file(folder.Make(L"marked", "\xEF\xBB\xBF" + std::string(300, 'a')));
     EXPECT_EQ(file.GetUTFType(), UTFType::UTF8);
     EXPECT_EQ(lines.Count(), 0U);
-    // The size test passes, but less than the size remains.
+    // The file is large enough for the test, but too few bytes are left after the position.
     EXPECT_EQ(file.GetUTFType(), UTFType::Unknown);
     EXPECT_STREQ(lines.Only().Text(), L"clsFile::GetUTFType(): file not at BOF!");
 

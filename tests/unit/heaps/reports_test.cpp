@@ -1,5 +1,5 @@
-// Reports of tracked heaps: words that need special conditions, and their time. The protection of captures. Heaps on a
-// system that lacks the functions which are bound at run time.
+// Reports of tracked heaps: messages for special conditions, and the time that reports take. The protection of
+// captures. Heaps on a system that lacks the functions which are bound at run time.
 #include "heaps/call_chains.h"
 #include "heaps/heap_functions.h"
 #include "heaps/module_list.h"
@@ -35,7 +35,7 @@ protected:
     const qxtest::DebugLines lines;
 };
 
-// Writes reports as fast as possible.
+// Counts the lines of reports without writing them.
 class CountingSink : public DebugLineSink
 {
 public:
@@ -72,7 +72,7 @@ private:
     clsCriticalSection& _section;
 };
 
-// The time for a line when a heap with this many objects is deleted.
+// Returns the time per line when a heap with this many objects is deleted.
 double TimeOfLine(int objects)
 {
     CountingSink sink;
@@ -86,7 +86,7 @@ double TimeOfLine(int objects)
     EXPECT_EQ(list.Close(job), kHeapsLeftOver);
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
     SetDebugLineSink(former);
-    EXPECT_GT(sink.count, 10u * static_cast<std::size_t>(objects)); // twice, with contents and chain
+    EXPECT_GT(sink.count, 10u * static_cast<std::size_t>(objects)); // each object is shown twice, with its chain
     return time.count() / static_cast<double>(sink.count);
 }
 
@@ -117,11 +117,11 @@ TEST_F(HeapReports, LongObjects)
     EXPECT_EQ(lines.Count(), 10u);
 }
 
-// A damaged size can point to another word that looks like the fence. The object is freed all the same.
+// A damaged size can point to another word that looks like the fence. The object is freed nevertheless.
 TEST_F(HeapReports, NegativeSizes)
 {
     void* const object = Allocate(20, kObjectNoChain, kFence);
-    PutWord(BytesAt(object, -8), static_cast<std::uint32_t>(-12)); // the fence would be in the place of the tag
+    PutWord(BytesAt(object, -8), static_cast<std::uint32_t>(-12)); // the fence would be where the tag is
     EXPECT_EQ(list.FreeObject(heap, object), 0);
     EXPECT_EQ(lines.CountOf(L"Error: clsHeapNode['job'/'heap']::FreeObjectD(0X"), 1u);
     EXPECT_EQ(lines.CountOf(L": bad size -12\n"), 1u);
@@ -244,7 +244,7 @@ TEST(HeapRecords, AreReleasedWithTheJob)
     EXPECT_EQ(list.Chains().Count(), 0u);
 }
 
-// With more objects, a line takes no longer.
+// The time per line doesn't grow with the number of objects.
 TEST(HeapReportTimes, GrowWithTheLinesOnly)
 {
     double few = std::numeric_limits<double>::max(), many = few;

@@ -39,8 +39,8 @@ TEST(Calendar, CountsEveryDay)
                     << yearOfEra << '-' << month << '-' << day;
                 if (!date.IsValid() || isLeapDayBefore1)
                     continue;
-                // Days begin at midnight. Before the year 1 the numbers are one too low unless the March from which the
-                // class counts belongs to a leap year.
+                // julianDay is the number for midnight, one less than for noon. Before year 1 the class is one too
+                // high, unless the year (counted from March) is a leap year.
                 const bool isOneHigher = year < 1 && (month < 3 ? year - 1 : year) % 4 != 0;
                 ASSERT_EQ(date.julianDay, number - (isOneHigher ? 0 : 1)) << yearOfEra << '-' << month << '-' << day;
                 ASSERT_TRUE(year < 1 || date.dayOfWeek == (number + 1) % 7 + 1) << number;

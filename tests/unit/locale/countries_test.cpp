@@ -97,7 +97,7 @@ TEST(Countries, AreFoundByEveryNameWithTheirValues)
         {L"Germany*1070", 1070}, {L"1070", 1070}, {L"hsb", 1070},
         {L"Nimska", 0}, // plain names refer to the preferred locale
         {L"de-AT", 3079}, {L"DE-at", 3079}, {L"A", 3079}, {L"Oesterreich", 0}, {L"CH", 2055}, {L"rm-CH", 1047},
-        {L"Schweiz", 2055}, // preferred by its code
+        {L"Schweiz", 2055}, // preferred by its country code
         {L"UZ", 1091}, {L"uz-Cyrl-UZ", 2115}, {L"uz", 1091}, {L"ar", 1025}, {L"Ghana*2057", 2057}, {L"GH", 2057},
         {L"gha", 2057}, {L"2057", 2057}, {L"0x0809", 2057}, {L"Republic of Ghana", 2057}, {L"en-GH", 2057},
         {L"Ghana", 0}, {L"Nowhere*66567", 1031}, // the number is truncated to 16 bits
@@ -107,12 +107,12 @@ TEST(Countries, AreFoundByEveryNameWithTheirValues)
 
     constexpr std::pair<const wchar_t*, const wchar_t*> kValues[] = {
         {L"Autriche", L"Austria, Österreich, AT, 43, €, 1252"},
-        // Only the preferred locale has the values of the country, except for the row of names, which finds this key
-        // first.
+        // The values of a country belong to its preferred locale only. The name from its row goes to the country's
+        // first key, here Switzerland*1047.
         {L"rm-CH", L"Switzerland, , CH, 0, , 1252"}, {L"hsb-DE", L", , DE, 0, , 1252"},
         {L"aq", L"Antarctica, , , 0, , 0"},                         // only from the row
         {L"fr", L", , , 0, , 0"}, {L"", L", , , 0, , 0"},           // past the end of the rows
-        {L"GH", L"Ghana, Republic of Ghana, GHA, 233, cedi, 1252"}, // the last of the codes
+        {L"GH", L"Ghana, Republic of Ghana, GHA, 233, cedi, 1252"}, // the last one of the codes
         {L"Lao", L"Laos, Lao, LAO, 856, , 0"}}; // a key without a number, and a value with a question mark
     for (const auto& [name, told] : kValues)
         EXPECT_STREQ(Told(countries, name), told) << testing::PrintToString(name);

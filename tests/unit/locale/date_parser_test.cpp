@@ -59,7 +59,7 @@ TEST(DateParser, GermanTexts)
             {L"0.0.2018", kReport, "2018-07-09 00:00:00 -52"}, {L"31.2.2018", 0, "2018-02-31 00:00:00 -52"},
             {L"31.2.2018", kZero, "2018-02-31 00:00:00"}, {L"5.10.1582", 0, "1582-10-05 00:00:00 -52"},
             {L"1.13.2018", 0, "2018-13-01 00:00:00 -52"},
-            {L"1.2.67554", 0, "2018-02-01 00:00:00 -52"}, // 65536 more than the field shows
+            {L"1.2.67554", 0, "2018-02-01 00:00:00 -52"}, // the year is truncated to 16 bits
             {L"99999999999.1.2018", 0, "2018-01--- 00:00:00 -52"}, {L"2018-02-03", 0, "2018-02-03 00:00:00"},
             {L"2018-2-3 4:05", 0, "2018-02-03 04:05:00"}, {L"2018 - 10 - 20, 4:05 am", 0, "2018-10-20 04:05:00"},
             {L"2018-02-", 0, "2018-02-09 00:00:00"}, {L"2018-02-31", 0, "2018-02-31 00:00:00 -52"},
@@ -91,7 +91,7 @@ TEST(DateParser, OtherFormats)
     settings.timeFormat = L"hh:mm:ss tt";
     Check(settings, {{L"05:06:07 pm", kTime, "0000-00-00 17:06:07"}, {L"12:06 am", kTime, "0000-00-00 00:06:00"},
                         {L"12:06:07 ", kTime, "0000-00-00 12:06:07"}});
-    // With a date, too, the own format is tried first. It takes the hour without regard to the marker.
+    // With a date, too, the locale's own format is tried first. It ignores the AM or PM marker.
     settings.dateFormat = L"MM/dd/yyyy";
     Check(settings, {{L"12/31/2018 05:06:07 pm", 0, "2018-12-31 05:06:07"}});
     settings.timeFormat = L"hh:mm tt"; // here the third group isn't the seconds

@@ -11,7 +11,7 @@
 namespace qxtest
 {
 
-// The result of Show for no date.
+// The text that Show returns if there is no date.
 inline constexpr char kNothing[] = "0000-00-00 00:00:00";
 
 inline qx::clsLocaleDateInfo Info(qx::DateOrder order, const wchar_t* dateSeparator, const wchar_t* timeSeparator)
@@ -36,7 +36,7 @@ inline qx::DateSettings American()
 
 constexpr SYSTEMTIME kToday{2021, 7, 0, 9, 10, 11, 12, 0};
 
-// Returns the fields, followed by " -52" if that is the result.
+// Returns the fields, followed by " -52" if that is the result code.
 inline std::string Parsed(qx::clsDateParser& parser, const wchar_t* text, std::uint32_t flags)
 {
     SYSTEMTIME time;

@@ -111,7 +111,7 @@ TEST(PageText, Links)
     EXPECT_STREQ(PageText(L"<a href=u>text</a>", false), L"text");
 }
 
-// No recursion, and the length of the text stays proportional to the page, however deeply it is nested.
+// The parser doesn't recurse, and the length of the text stays proportional to the page, however deeply it is nested.
 TEST(PageText, DeepAndLongPages)
 {
     for (const wchar_t* const piece :

@@ -75,11 +75,11 @@ Bytes Translation()
     Bytes value = VersionNode(L"Translation", {});
     value.Put(value.size(), 0x04B00409);
     value.Put(0, static_cast<std::uint16_t>(value.size()));
-    value.Put(2, 4); // and binary
+    value.Put(2, 4); // the value has 4 bytes and is binary
     return VersionNode(L"VarFileInfo", {value});
 }
 
-// A loaded image with one section and its resources at `resources`, where tests put them.
+// A loaded image with one section. Its resources are at kResources.
 class FakeImage : public Bytes
 {
 public:
@@ -121,7 +121,8 @@ public:
     HMODULE Module() const { return reinterpret_cast<HMODULE>(const_cast<std::uint8_t*>(data())); }
 };
 
-// Types are at 0, names of type 16 at 0x100, languages at 0x200; two leaves.
+// Returns an image with three resource directories: types at 0, names of type 16 at 0x100, and languages with two
+// leaves at 0x200.
 FakeImage ImageWithBlock()
 {
     FakeImage image;

@@ -113,7 +113,7 @@ TEST(Blowfish, LastBlockOverlapsTheOthers)
     }
 }
 
-// Stored in memory that outlives the cipher.
+// The cipher is constructed in memory that outlives it.
 TEST(Blowfish, LeavesNothingOfTheKeyBehind)
 {
     alignas(clsBlowfish) unsigned char memory[sizeof(clsBlowfish)];

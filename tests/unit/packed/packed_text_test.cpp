@@ -114,7 +114,7 @@ TEST(PackedText, ReadsFormsAndDamage)
         EXPECT_EQ(Unpack(text), bytes) << what;
 }
 
-// Unpacks directly to memory of any size or through a block, whatever is between the symbols.
+// Unpacks texts with any characters between the symbols, directly to memory of any size or through a block.
 TEST(PackedText, UnpacksToMemoryThatJustFits)
 {
     std::mt19937 random(11);

@@ -1,4 +1,4 @@
-// What jobs load and save: text by the code page, files in use, targets that are too small, packed images.
+// Loading and saving of jobs: text by the code page, files in use, targets that are too small, packed images.
 #include "core/system_values.h"
 #include "core/ticks.h"
 #include "files/handle_holder.h"
@@ -36,7 +36,7 @@ TEST(ProfReader, EightBitTextByTheCodePage)
     defaultCodePage = before;
 }
 
-// A file that another program has open is tried for ten seconds.
+// A job tries for ten seconds to open a file that another program has open.
 TEST(ProfFile, OpenElsewhere)
 {
     static unsigned long long ticks; // in milliseconds

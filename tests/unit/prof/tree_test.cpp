@@ -46,7 +46,7 @@ TEST(ProfTree, BehavesLikeAPlainRowOfItems)
     for (int step = 0; step < 30000; ++step)
     {
         const int name = static_cast<int>(random() % 150);
-        // Values of few digits are shared by their items, until the last one stops using them.
+        // Items share short values until the last of them stops using the value.
         const int value = static_cast<int>(random() % (random() % 2 == 0 ? 30 : 100000));
         const bool isList = random() % 2 == 0;
         const String number = String::FromInt(value), item = String::FromInt(name), leaf = isList ? item + L"/v" : item;
@@ -58,7 +58,7 @@ TEST(ProfTree, BehavesLikeAPlainRowOfItems)
         const auto action = random() % 60;
         if (action < 2)
         {
-            // Removing what lists with a name contain must find all of them, too.
+            // Removing a leaf from all lists with a name must find each of these lists.
             const bool isWithin = isList && value % 2 == 0;
             RemoveByPath(list, isWithin ? leaf : item, isList && !isWithin ? ItemKind::List : ItemKind::Leaf);
             if (isWithin)

@@ -73,7 +73,7 @@ JobHolder SampleJob()
     return job;
 }
 
-// Each field begins with `each`; the innermost one has this many values.
+// Returns nested fields. Each field begins with `each`, and the innermost one has this many values.
 std::string NestedFields(int depth, int values, const std::string& each = "")
 {
     std::string lines(kXfdfTag);
@@ -182,7 +182,7 @@ TEST(ProfXml, WhatIsReadAndWhatIsRefused)
     for (const auto& [lines, result] : cases)
         EXPECT_STREQ(Loaded(XmlSource(lines)), result) << testing::PrintToString(lines);
 
-    // The same in 8 bits, and in a stream object, whose first line isn't the root's.
+    // The same in 8-bit text, and in a stream object, whose first line isn't the root's tag.
     EXPECT_STREQ(Loaded("\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-16\" standalone=\"yes\"?>\n<profile>\n"
                         "<list name=\"\xC3\xA4\">\n<item name=\"a\">\xE2\x82\xAC&lt;</item>\n"),
         L"[\xE4]{a=\x20AC<;}");

@@ -54,12 +54,12 @@ TEST(DebugHelpJob, WalksWithSymbols)
     EXPECT_EQ(first.size, 9432u);
     EXPECT_EQ(first.addressOnly, 0u);
     EXPECT_THAT(first.symbol, HasSubstr("KnownFunction"));
-#if !defined(_WIN32) // there these sessions load no lines
+#if !defined(_WIN32) // on windows these sessions load no lines
     EXPECT_THAT(first.file, HasSubstr("debug_help_job_test.cpp"));
 #endif
     EXPECT_THAT(first.module, HasSubstr("debug_help_test"));
     EXPECT_NE(first.moduleBase, 0u);
-    // The same frames on the service's own thread, but for the line of this function.
+    // A walk on the service thread returns the same frames, except for the line of this function.
     job->SetOption(Job::kOwnThreadOption, 0);
     EXPECT_EQ(KnownFunction(*job, 42)->Records().Count(), frames->Records().Count());
     job->SetOption(Job::kMaxFramesOption, 0xFFFFFFFF);
@@ -114,7 +114,7 @@ TEST(DebugHelpJob, ShowsParametersAndLocals)
     ASSERT_EQ(walk.lines.size(), 1 + std::size(kExpected));
     for (std::size_t index = 0; index < std::size(kExpected); ++index)
     {
-#if defined(__aarch64__) // passes it by reference
+#if defined(__aarch64__) // this processor passes the structure by reference
         if (std::string(kExpected[index]).starts_with("param(triple)"))
             continue;
 #endif
@@ -147,11 +147,11 @@ TEST(DebugHelpJob, ListsModules)
                       std::string(item->path).find("debug_help_test") != std::string::npos;
     }
     EXPECT_TRUE(hasProgram);
-    // The session gives out the same records again.
+    // The session returns the same records again.
     EXPECT_EQ(job->GetModuleList()->Records().First()[0], modules->Records().First()[0]);
 }
 
-// A walk loads the symbols of its own modules only; the list is made when it is first asked for.
+// A walk loads the symbols of its own modules only. The list of modules is created by the first request.
 TEST(DebugHelpJob, ListsModulesThatWereLoadedAfterAWalk)
 {
     const JobPtr job(new Job);
@@ -167,7 +167,7 @@ TEST(DebugHelpJob, ListsModulesThatWereLoadedAfterAWalk)
     FreeLibrary(loaded);
 }
 
-// The sources for systems without the first one.
+// The sources of modules for systems that lack the preferred one.
 TEST(DebugHelpJob, OtherSourcesOfModules)
 {
     const auto program = reinterpret_cast<std::uint64_t>(GetModuleHandleW(nullptr));
@@ -202,7 +202,7 @@ TEST(DebugHelpJob, ASecondJobWaitsAndHasNoSession)
         EXPECT_FALSE(KnownFunction(*second, 1));
         EXPECT_FALSE(second->GetModuleList());
     }
-    // Closed on another thread, the lock is free for everybody.
+    // When another thread closes the job, the lock is released for all threads.
     std::thread([&first] { first.reset(); }).join();
     EXPECT_TRUE(DebugHelpThreadingLock().TryEnter());
     DebugHelpThreadingLock().Leave();
@@ -246,10 +246,10 @@ TEST(DebugHelpJob, OneLineForAnAddress)
     EXPECT_STREQ(String(text).NarrowText(), "[0x00000010] !+0x10 \n");
 }
 
-// The service thread ends before the thread that walks, which must not use its stack. (On linux it isn't terminated,
-// because it owns the locks.) In a process of its own, because the job keeps the locks for good. A first walk tells how
-// long the limit must be for the service thread to be cut off while it waits: ending it elsewhere may leave a lock of
-// the system taken.
+// The service thread is ended before the thread that walks, which must not use the service thread's stack. (On linux
+// the service thread isn't terminated, because it owns the locks.) The test runs in a process of its own, because the
+// job keeps the locks for good. A first walk measures how long the limit must be to cut off the service thread while it
+// waits; a thread that is ended elsewhere may leave a lock of the system locked.
 TEST(DebugHelpJob, AWalkThatRunsTooLongIsCutOff)
 {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";

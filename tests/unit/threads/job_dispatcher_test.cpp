@@ -125,7 +125,7 @@ TEST_F(JobDispatcher, JobsForTheCaller)
         pool.AddJob(MakeJob(new TestJob(counts, work, 0, false), i == 1 ? &host : &declining));
     }
     EXPECT_EQ(pool.WorkerCount(), 0u);
-    pool.AddJob(MakeJob(new TestJob(counts), &host)); // its worker doesn't touch the others
+    pool.AddJob(MakeJob(new TestJob(counts), &host)); // its worker leaves the caller's jobs alone
     EXPECT_TRUE(WaitUntil([&] { return counts.told == 1; }));
     EXPECT_EQ(counts.runs, 1);
     pool.Finalize(&declining);
@@ -226,10 +226,10 @@ TEST_F(JobDispatcher, CloseWaitsForWhatRuns)
     Dispatcher pool(1, L"pool");
     pool.Finalize(&host);
     EXPECT_LT(GetTickCount64() - begin, 900u); // there is nothing to wait for
-    EXPECT_EQ(host.waits, 1);                  // asked once, as at the end of any pass
+    EXPECT_EQ(host.waits, 1);                  // called once, as at the end of any pass
 }
 
-// A thread that releases a job must not hold up queued or running jobs.
+// A thread that releases a job must not delay queued or running jobs.
 TEST_F(JobDispatcher, AReleaseMayTakeAnyTime)
 {
     clsEvent isReleasing;

@@ -33,7 +33,8 @@ std::size_t CountOf(const DebugLines& lines, const wchar_t* format, const String
     return lines.CountOf(String(String::kFormatted, format, name.Text()).View());
 }
 
-// Stands still unless the test advances it. The thread only waits for its end, since the test runs the rounds itself.
+// A clock that stands still unless the test advances it. The thread only waits for its end, because the test runs the
+// rounds itself.
 class TestClock : public TempFileClock
 {
 public:
@@ -118,7 +119,7 @@ TEST_F(TempFileRemover, AFileInUseStaysOnTheList)
         EXPECT_EQ(remover.Round(), 10'000u);
         EXPECT_FALSE(Exists(held));
     }
-    // The end makes one more attempt.
+    // The remover makes one more attempt when it is destroyed.
     Make(L"_23_a.tmp", 0);
     holder.Take(OpenToRead(held, FILE_SHARE_READ), true);
     const DebugLines lines;
@@ -145,7 +146,7 @@ TEST_F(TempFileRemover, ManyFiles)
             remover.Add(Make(String(String::kFormatted, L"_23_%d.tmp", count), 0));
         EXPECT_EQ(remover.Round(), pause);
     }
-    // Checking a file takes 25 ms now; the average is 10 ms for each.
+    // Checking a file takes 25 ms now. A round may take 10 ms per file, so this one ends early.
     clock.utc += kHour;
     clock.ticksForAsking = 25;
     EXPECT_EQ(remover.Round(), 10'000u - 100 * 61);
@@ -179,7 +180,7 @@ TEST_F(TempFileRemover, OncePerDayAnHourOldFilesAreSwept)
     EXPECT_FALSE(isSwept(86'399'999, 4 * kHour));
     EXPECT_TRUE(isSwept(1, 400 * kHour));
     EXPECT_FALSE(isSwept(86'400'000, 3 * kHour)); // another manager is active
-    EXPECT_FALSE(isSwept(86'399'999, 4 * kHour)); // and this was the attempt of the day
+    EXPECT_FALSE(isSwept(86'399'999, 4 * kHour)); // the only attempt of this day has been made
     EXPECT_TRUE(isSwept(1, 4 * kHour));
 }
 
@@ -217,7 +218,7 @@ TEST_F(TempFileRemover, WithoutTheFolderTheFirstFileStartsTheThread)
     EXPECT_TRUE(Exists(Signal()));
 }
 
-// The thread works by itself: after a pause of ten seconds, which the clock shortens.
+// The manager's own thread runs the rounds, after a pause of ten seconds, which the clock shortens.
 TEST_F(TempFileRemover, TheManagerOfTheProcess)
 {
     class ShortPauses : public TempFileClock

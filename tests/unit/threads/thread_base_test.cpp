@@ -111,7 +111,7 @@ TEST(ThreadBase, WaitWithoutHandlesIsASleepThatStopEnds)
     EXPECT_EQ(thread.ExitCode(), 5u);
 }
 
-// The wait is called on the test's own thread: it belongs to the object, not to the thread.
+// The test calls the wait on its own thread, because the wait belongs to the object, not to the thread.
 TEST(ThreadBase, WhatEndsAWait)
 {
     clsEvent first, second, isReady, go;

@@ -45,7 +45,7 @@ private:
     Body _body;
 };
 
-// The usual body: works until it is asked to stop.
+// The usual body: works until the thread is requested to stop.
 inline unsigned UntilStopped(TestThread& thread)
 {
     int result = 0;

@@ -244,7 +244,7 @@ TEST(Unzipper, ModesAndLinks)
         EXPECT_FALSE(fs::exists(fs::symlink_status(root / name))) << name;
     EXPECT_TRUE(fs::is_directory(fs::symlink_status(root / "sub"))) << "a link isn't made in the place of a folder";
 
-    // Links in front of a damaged part of the directory.
+    // Links in front of a damaged part of the directory are created.
     std::string bytes = Build({link("early", "run"), BuiltMember("last", "x")});
     bytes[bytes.rfind("PK\1\2")] = 'X';
     EXPECT_EQ(place.Extract(bytes), "The directory of the zip file is damaged");
@@ -288,7 +288,7 @@ TEST(Unzipper, OddArchives)
     EXPECT_EQ(place.Extracted()["c"], "3");
 }
 
-// The rest of the archive doesn't count as data of the member.
+// No data beyond the member's stated size is passed, although more data follows in the archive.
 TEST(Unzipper, NoMoreThanTheSizeIsPassed)
 {
     const TempFolder folder;

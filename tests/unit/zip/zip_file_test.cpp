@@ -119,7 +119,7 @@ TEST_F(ZIPFile, EveryByte)
     const Bytes fileHeader = "\x14\0\0\0\x08\0"_b + when + "\0\0\0\0\2\0\0\0\0\0\0\0\x09\0\0\0"_b;
     const Bytes folderHeader = "\x14\0\0\0\0\0"_b + when + "\0\0\0\0\0\0\0\0\0\0\0\0\2\0\0\0"_b;
     EXPECT_EQ(BytesOf(path),
-        // at 0, 41 and 73
+        // the records are at 0, 41 and 73
         "PK\3\4" + fileHeader + "sub/a.txt\3\0"_b + "PK\3\4" + folderHeader + "d/" + "PK\1\2\x14\x0A"_b + fileHeader +
             "\4\0\0\0\0\0"_b + attributes + "\0\0\0\0sub/a.txtnote"_b + "PK\1\2\x14\x0A"_b + folderHeader +
             "\0\0\0\0\0\0\x10\x56\x34\x12\x29\0\0\0d/"_b + "PK\5\6\0\0\0\0\2\0\2\0\x6B\0\0\0\x49\0\0\0\3\0end"_b);
@@ -321,7 +321,7 @@ TEST_F(ZIPFile, TooManyEntries)
     EXPECT_EQ(bytes.substr(bytes.size() - 22, 12), "PK\5\6\0\0\0\0\xFF\xFF\xFF\xFF"_b);
 }
 
-// Room for a header of 30 bytes, a name of one, packed data of three, then 47 and 22 bytes of directory and end record.
+// The archive has a header of 30 bytes, a name of 1, packed data of 3, a directory of 47 and an end record of 22 bytes.
 TEST_F(ZIPFile, WriteErrors)
 {
     for (const auto& [room, place] :
