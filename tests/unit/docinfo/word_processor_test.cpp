@@ -49,10 +49,10 @@ TEST(WordPerfect, IndexAndRecords)
     // which can't begin within the prefix's own fields.
     const std::tuple<std::size_t, char, const char*> changes[] = {{1, 'w', kRefused}, {10, 1, kRefused},
         {12, 1, kRefused}, {16, 1, kRefused}, {18, 1, kRefused}, {31, 0x11, kRefused}, {14, 3, kTitle}};
-    for (const auto& [offset, byte, summary] : changes)
+    for (const auto& [offset, value, summary] : changes)
     {
         std::string bytes = WordPerfectOf({entry}, title);
-        bytes[offset] = byte;
+        bytes[offset] = value;
         EXPECT_EQ(ReadRecord(ReadWordPerfect, bytes).ResultAndSummary(), summary) << offset;
     }
 }
