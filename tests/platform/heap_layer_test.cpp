@@ -14,7 +14,7 @@ namespace
 
 constexpr DWORD kMark = 0xFAAFFAAF;
 constexpr DWORD kError = 4711;
-constexpr SIZE_T kNoSize = static_cast<SIZE_T>(-1);
+constexpr SIZE_T kNoHeapSize = static_cast<SIZE_T>(-1);
 
 char* BlockWith(HANDLE heap, DWORD word, SIZE_T size)
 {
@@ -35,12 +35,12 @@ TEST(LayerHeaps, OnlyMarkedBlocksAreFreed)
         EXPECT_FALSE(QxHeapFreeMarked(heap, 0, wrong, kMark));
     EXPECT_EQ(QxHeapSizeOfAny(heap, 0, unmarked), 64u);
     EXPECT_EQ(QxHeapSizeOfAny(heap, 0, small), 3u);
-    EXPECT_EQ(QxHeapSizeOfAny(heap, 0, foreign), kNoSize);
+    EXPECT_EQ(QxHeapSizeOfAny(heap, 0, foreign), kNoHeapSize);
     for (char* const block : blocks)
     {
         EXPECT_TRUE(QxHeapFreeMarked(heap, 0, block, kMark));
         EXPECT_FALSE(QxHeapFreeMarked(heap, 0, block, kMark)) << "freed twice";
-        EXPECT_EQ(QxHeapSizeOfAny(heap, 0, block), kNoSize);
+        EXPECT_EQ(QxHeapSizeOfAny(heap, 0, block), kNoHeapSize);
     }
     EXPECT_EQ(GetLastError(), kError);
     EXPECT_TRUE(HeapDestroy(heap) && HeapDestroy(other));

@@ -10,15 +10,13 @@ namespace qxut
 RegularFile OpenRegularFile(const std::filesystem::path& path)
 {
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    struct stat info
-    {
-    };
-    if (descriptor >= 0 && (fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)))
-    {
-        close(descriptor);
+    if (descriptor < 0)
         return nullptr;
-    }
-    return RegularFile(descriptor < 0 ? nullptr : fdopen(descriptor, "rb"));
+    struct stat info = {};
+    std::FILE* const file = fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode) ? fdopen(descriptor, "rb") : nullptr;
+    if (file == nullptr)
+        close(descriptor);
+    return RegularFile(file);
 }
 
 } // namespace qxut
