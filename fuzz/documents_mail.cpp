@@ -1,4 +1,4 @@
-// Reading the header of an arbitrary mail succeeds and fills no fields except those of mails. No text has more than two
+// Reading the header of an arbitrary mail succeeds and sets only the fields that mails have. No text has more than two
 // units for a byte of the file, because a letter of a Punycode label may encode a character above U+FFFF.
 #include "docinfo/mail.h"
 #include "document_fuzz.h"

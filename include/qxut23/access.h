@@ -39,9 +39,9 @@ QXUT_API int32_t UtilGetFileInfoAccess(const QXWCHAR* path, uint32_t* access, QX
 #define QXUT_INHERIT_FILES 1
 #define QXUT_INHERIT_FOLDERS 2
 
-/* Sets the rights of an account (a user or a group) on a file or folder. They replace the account's former rights; all
-   other accounts keep theirs. A leading ".\" of `account` is ignored. `permissions` is an access mask of the system,
-   such as GENERIC_READ (0x80000000) or FILE_GENERIC_READ.
+/* Sets the rights of an account (a user or a group) on a file or folder. They replace the account's previous rights;
+   all other accounts keep their rights. A leading ".\" of `account` is ignored. `permissions` is an access mask of the
+   system, such as GENERIC_READ (0x80000000) or FILE_GENERIC_READ.
 
    On linux the mask becomes the rights to read, to write and to execute; folders that may be read may also be entered.
    If the account is the file's owner or its group, their entries are changed. With an inheritance other than 0, the

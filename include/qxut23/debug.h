@@ -25,8 +25,8 @@
    square), the text before the first one is the section name and the format starts after it.
 
    All functions may be called from any thread at any time. None of them fails, and none changes the last error. If
-   another program has the log file open exclusively, each line waits for at most a tenth of a second, and lines of
-   other threads wait behind it; then the system beeps and the line is lost. */
+   another program has the log file open exclusively, a line waits for at most a tenth of a second and blocks the
+   lines of other threads; then the system beeps and the line is lost. */
 #ifndef QXUT23_DEBUG_H
 #define QXUT23_DEBUG_H
 

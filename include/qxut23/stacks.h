@@ -25,8 +25,8 @@ QXUT_EXTERN_C_BEGIN
 QXUT_API void UtilStackTrace(uint32_t reserved, uint32_t skip);
 
 /* Writes the modules of the process in the order of their addresses, as a block with the heading "Memory image
-   addresses of modules:" and a line "0xFIRST-0xLAST: PATH" for each. The hexadecimal addresses are those of the
-   module's first region: the pages at its base that have the same protection. */
+   addresses of modules:" and a line "0xFIRST-0xLAST: PATH" for each. The hexadecimal addresses are the
+   bounds of the module's first region: the pages at its base that have the same protection. */
 QXUT_API void UtilListModules(void);
 
 /* A parameter or local variable of a frame. */

@@ -112,8 +112,9 @@ DWORD WINAPI SymSetOptions(DWORD SymOptions) QXP(SymSetOptions);
 BOOL WINAPI SymRegisterCallback64(HANDLE hProcess, PSYMBOL_REGISTERED_CALLBACK64 CallbackFunction, ULONG64 UserContext)
     QXP(SymRegisterCallback64);
 
-// Reads the headers of an image. Symbols are read when they are first needed. A null ImageName stands for the image
-// that is loaded at BaseOfDll. Returns the base, or 0 on failure; 0 with ERROR_SUCCESS if the image was known.
+// Reads the headers of an image; its symbols are read at the first look-up. If ImageName is null, reads the image that
+// is loaded at BaseOfDll. Returns the base, or 0 on failure. If the image is registered already, returns 0 and sets
+// ERROR_SUCCESS.
 DWORD64 WINAPI SymLoadModuleEx(HANDLE hProcess, HANDLE hFile, PCSTR ImageName, PCSTR ModuleName, DWORD64 BaseOfDll,
     DWORD DllSize, PMODLOAD_DATA Data, DWORD Flags) QXP(SymLoadModuleEx);
 DWORD64 WINAPI SymLoadModule64(HANDLE hProcess, HANDLE hFile, PCSTR ImageName, PCSTR ModuleName, DWORD64 BaseOfDll,

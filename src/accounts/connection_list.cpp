@@ -17,7 +17,7 @@ ConnectionList::~ConnectionList()
         WNetCloseEnum(_walk);
 }
 
-// Replaces the entries by those of the next block. On failure, stores the size that the system requires.
+// Replaces the entries by the next block. On failure, stores the size that the system requires.
 DWORD ConnectionList::Read()
 {
     _read.clear();

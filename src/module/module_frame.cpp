@@ -55,8 +55,8 @@ void LogInvalidParameter(
         });
 }
 
-// Restores the former handler: the runtime library may be shared by the whole process and must not call into this
-// library once it is unloaded. A handler that another module has set in the meantime is kept.
+// Restores the previous handler, because other modules of the process may share the runtime library, which must not
+// call into this library after it is unloaded. A handler that another module has set since then is kept.
 void GiveHandlerBack()
 {
     const _invalid_parameter_handler former = formerHandler.exchange(nullptr);

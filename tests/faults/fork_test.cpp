@@ -107,7 +107,7 @@ bool UsePool()
         Add(pool, new TestJob(counts, [] { UtilDebug(L"in a job"); }), host);
     UtilThreadPoolFinalize(pool, &host);
     UtilThreadPoolClose(pool);
-    // A pool compares process ids to find out that its threads are those of a parent.
+    // A pool compares process ids to find out whether its threads belong to a parent process.
     return counts.runs == 10 && counts.alive == 0 && GetCurrentProcessId() == static_cast<DWORD>(getpid());
 }
 

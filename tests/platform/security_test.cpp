@@ -111,7 +111,7 @@ constexpr ListCase kFiles[] = {
     {"", "games", GENERIC_READ, 0, "u::rw- u:games:r-- g::r-- m::r-- o::---"},
     {"", "staff", GENERIC_READ, 0, "u::rw- g::r-- g:staff:r-- m::r-- o::---"},
     {"", "", GENERIC_READ, 0, "u::r-- g::r-- o::---"},
-    // The account's former entry is replaced; a mask never shrinks.
+    // The account's previous entry is replaced; a mask never shrinks.
     {"-m u:daemon:rwx", "daemon", GENERIC_READ, 0, "u::rw- u:daemon:r-- g::r-- m::rwx o::---"},
     // Rights that the mask withheld stay withheld when the mask grows.
     {"-m u:bin:rwx,g::rw,m::r", "daemon", GENERIC_WRITE, 0, "u::rw- u:daemon:-w- u:bin:r-x g::r-- m::rw- o::---"},

@@ -17,7 +17,7 @@ namespace qxplatform
 namespace
 {
 
-// Returns the lock that serialises the layer's calls. The variables are those of the C library, so that other libraries
+// Returns the lock that serialises the layer's calls. The variables belong to the C library, so that other libraries
 // of the process see the same values; a concurrent setenv elsewhere is as unsafe as always.
 Mutex& Lock()
 {

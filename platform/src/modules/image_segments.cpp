@@ -15,9 +15,9 @@ ImageSegments::ImageSegments(std::uintptr_t begin, std::uintptr_t end) : _begin(
         ReadImage();
 }
 
-// Reads the program's headers and extends the range to all of its segments. Needed because [begin, end) covers a single
-// segment, often not the one with the headers, if there are gaps between the segments: the kernel maps nothing into
-// gaps of the program. Returns false for a range outside the program.
+// Reads the program's headers and extends the range to all of its segments. Needed because the kernel maps nothing into
+// the gaps between a program's segments: [begin, end) then covers a single segment, often without the headers. Returns
+// false for a range outside the program.
 bool ImageSegments::ReadProgram()
 {
     const auto* const headers = reinterpret_cast<const ElfW(Phdr)*>(getauxval(AT_PHDR));

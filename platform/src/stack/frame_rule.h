@@ -63,8 +63,8 @@ struct CommonEntry
     TableBytes instructions;
 };
 
-// Finds rules in the table of a module, one after the other. Most functions of a module share a common entry, and a
-// function is often near the one that it calls, so both are remembered.
+// Finds rules in the table of a module, one after the other. Remembers the common entry, which most functions of a
+// module share, and the position in the table, because a function is often near its caller.
 class RuleFinder
 {
 public:

@@ -328,7 +328,7 @@ TEST_F(DocumentsOnShares, AFileThatDoesNotOpen)
     clsDocuList list(0);
     const OpeningsHeld held(_share / "page.htm");
     if (!held.Works())
-        GTEST_SKIP() << "only root may hold up openings, on kernels that allow it";
+        GTEST_SKIP() << "only root may delay openings, on kernels that allow it";
     EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\page.htm", 1), "inaccessible");
     EXPECT_TRUE(held.HoldsOne());
     EXPECT_EQ(TitleOf(list, L"\\\\server\\share\\other.htm", 100), "first");

@@ -40,7 +40,7 @@ TEST(Callers, AddressesOnlyAndAtMostTwoHundred)
         EXPECT_EQ(entries[index].reserved2, &mark);
     }
     EXPECT_EQ(entries[200].address, nullptr);
-    // The first address is the one to which the capture returned; the others are in the recursion.
+    // The capture returned to the first address; the other addresses are in the recursion.
     EXPECT_NE(entries[0].address, entries[3].address);
     EXPECT_EQ(entries[3].address, entries[100].address);
 }

@@ -1,4 +1,4 @@
-// The reader of the one member that describes a document.
+// Reads the archive member that describes a document.
 #include "zip/member_text.h"
 
 #include "files/file_window.h"
