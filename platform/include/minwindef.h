@@ -1,5 +1,6 @@
 // The basic types of the system's API, with their widths on 64-bit Windows.
-#pragma once
+#ifndef QXPLATFORM_MINWINDEF_H
+#define QXPLATFORM_MINWINDEF_H
 
 #include <stddef.h>
 #include <stdint.h>
@@ -178,4 +179,6 @@ static_assert(sizeof(WCHAR) == 2);
 static_assert(sizeof(BOOL) == 4 && sizeof(LONG) == 4 && sizeof(DWORD) == 4 && sizeof(HRESULT) == 4);
 static_assert(sizeof(WORD) == 2 && sizeof(INT_PTR) == 8 && sizeof(SIZE_T) == 8 && sizeof(HANDLE) == 8);
 static_assert(sizeof(LARGE_INTEGER) == 8 && sizeof(FILETIME) == 8 && sizeof(SYSTEMTIME) == 16 && sizeof(GUID) == 16);
+#endif
+
 #endif

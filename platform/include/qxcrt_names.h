@@ -1,5 +1,6 @@
 // Binds the functions of the 16-bit C runtime to their symbols.
-#pragma once
+#ifndef QXPLATFORM_QXCRT_NAMES_H
+#define QXPLATFORM_QXCRT_NAMES_H
 
 #ifdef __cplusplus
 #define QXCRT_BEGIN                                                                                                    \
@@ -24,3 +25,5 @@
 // Character functions of the C library without a counterpart in this runtime. Standard headers may name them; a call
 // doesn't compile.
 #define QXCRT_NOT_HERE(why) __attribute__((error("not with characters of 16 bits: " why)))
+
+#endif

@@ -1,5 +1,6 @@
 // The C library's header plus the names added by the Microsoft runtime.
-#pragma once
+#ifndef QXPLATFORM_STDLIB_H
+#define QXPLATFORM_STDLIB_H
 
 #include_next <stdlib.h>
 
@@ -40,5 +41,7 @@ QXCRT_END
 // Stores the full path in the form /a/b. If the buffer is null, allocates one with malloc. Returns null and sets errno
 // on failure: ERANGE if the path doesn't fit.
 EXTERN_C wchar_t* _wfullpath(wchar_t* fullPath, const wchar_t* path, size_t size) QXP(_wfullpath);
+
+#endif
 
 #endif

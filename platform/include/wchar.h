@@ -1,6 +1,7 @@
 // The C runtime's functions for 16-bit text. Replaces the C library's header of this name, whose functions expect 32
 // bits. All functions behave as in the "C" locale, whatever locale the process has set.
-#pragma once
+#ifndef QXPLATFORM_WCHAR_H
+#define QXPLATFORM_WCHAR_H
 
 // A program with a wchar_t of 32 bits uses the C library's functions.
 #if __SIZEOF_WCHAR_T__ != 2
@@ -152,5 +153,7 @@ size_t wcsxfrm(wchar_t* target, const wchar_t* source, size_t size) QXCRT_NO_CAL
 float wcstof(const wchar_t* text, wchar_t** end) QXCRT_NO_CALLER;
 long double wcstold(const wchar_t* text, wchar_t** end) QXCRT_NO_CALLER;
 QXCRT_END
+
+#endif
 
 #endif

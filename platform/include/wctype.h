@@ -1,6 +1,7 @@
 // Character types and case conversion of 16-bit characters in the "C" locale. Replaces the C library's header of this
 // name.
-#pragma once
+#ifndef QXPLATFORM_WCTYPE_H
+#define QXPLATFORM_WCTYPE_H
 
 // A program with a wchar_t of 32 bits uses the C library's functions.
 #if __SIZEOF_WCHAR_T__ != 2
@@ -46,5 +47,7 @@ wctrans_t wctrans(const char* name) QXCRT_NO_TYPE;
 wctype_t wctype(const char* name) QXCRT_NO_TYPE;
 
 QXCRT_END
+
+#endif
 
 #endif
