@@ -67,7 +67,7 @@ void File_Ours(benchmark::State& state)
 {
     const LogPath path;
     qx::clsDebugChannels& channels = qx::clsDebugChannels::Instance();
-    channels.SetLogFile(qx::DebugLogFile(qx::String(qx::String::formatted, L"%hs", path.File().c_str()), false));
+    channels.SetLogFile(qx::DebugLogFile(qx::String(qx::String::kFormatted, L"%hs", path.File().c_str()), false));
     int number = 0;
     for (auto _ : state)
         qx::DebugLine(L"line %d of %s", number++, L"text");

@@ -31,7 +31,8 @@ inline JobHolder NewJob()
     return JobHolder(new qx::clsProfJob(qx::ProfMode::Read));
 }
 
-// The root of a stream object has its own name, and its source has no byte order mark.
+// Returns a job for a stream object. Its root has the object's name, and its source is read as UTF-16LE even without a
+// byte order mark.
 inline JobHolder NewStreamObject()
 {
     return JobHolder(new qx::clsProfJob(qx::ProfMode::Hold, L"object", 2));

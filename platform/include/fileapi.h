@@ -100,8 +100,8 @@ BOOL WINAPI FindClose(HANDLE hFindFile) QXP(FindClose);
 DWORD WINAPI GetFullPathNameW(LPCWSTR lpFileName, DWORD nBufferLength, LPWSTR lpBuffer, LPWSTR* lpFilePart)
     QXP(GetFullPathNameW);
 DWORD WINAPI GetLongPathNameW(LPCWSTR lpszShortPath, LPWSTR lpszLongPath, DWORD cchBuffer) QXP(GetLongPathNameW);
-// Returns the maximum length of a name and the file system's features. If the volume name or serial number is
-// requested, fails with ERROR_NOT_SUPPORTED.
+// Returns the maximum length of a name and the file system's features. Fails with ERROR_NOT_SUPPORTED if the volume
+// name, the serial number or the file system's name is requested.
 BOOL WINAPI GetVolumeInformationW(LPCWSTR lpRootPathName, LPWSTR lpVolumeNameBuffer, DWORD nVolumeNameSize,
     LPDWORD lpVolumeSerialNumber, LPDWORD lpMaximumComponentLength, LPDWORD lpFileSystemFlags,
     LPWSTR lpFileSystemNameBuffer, DWORD nFileSystemNameSize) QXP(GetVolumeInformationW);

@@ -7,6 +7,7 @@
 
 #include <lmerr.h>
 
+#include <cstddef>
 #include <iterator>
 #include <memory>
 
@@ -15,6 +16,8 @@ namespace qx
 namespace
 {
 
+// No server has as many open files. A list without end would block the caller forever.
+constexpr std::size_t kMostFiles = 10'000'000;
 constexpr DWORD kAccessBits = PERM_FILE_READ | PERM_FILE_WRITE | PERM_FILE_CREATE;
 
 // Returns the path unchanged if the file doesn't exist, or if its long form is too long.
@@ -92,6 +95,7 @@ bool ListFiles(const String& server, clsNetAPI32& network, Collector& collector)
         return false;
     ULONG_PTR resume = 0;
     NET_API_STATUS status = ERROR_MORE_DATA;
+    std::size_t listed = 0;
     while (status == ERROR_MORE_DATA)
     {
         BYTE* block = nullptr;
@@ -103,8 +107,9 @@ bool ListFiles(const String& server, clsNetAPI32& network, Collector& collector)
         const bool hasBlock = (status == NERR_Success || status == ERROR_MORE_DATA) && block != nullptr;
         for (DWORD i = 0; hasBlock && i < read; ++i)
             collector.Add(reinterpret_cast<const FILE_INFO_3*>(block)[i]);
-        // A server that announces more files but returns none would block the caller forever.
-        if (status == ERROR_MORE_DATA && (!hasBlock || read == 0))
+        listed += read;
+        // A server that announces more files but returns none would block the caller forever too.
+        if (status == ERROR_MORE_DATA && (!hasBlock || read == 0 || listed > kMostFiles))
             return false;
     }
     return status == NERR_Success;

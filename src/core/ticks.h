@@ -16,7 +16,7 @@ using TickFunction = unsigned long long(WINAPI*)();
 // unchanged.
 void DecideTickSource(TickFunction tickCount64);
 
-// Extends a 32-bit counter to 64 bits. Now must be called at least once per wrap of the counter.
+// Extends a 32-bit counter to 64 bits. `Now` must be called at least once per wrap of the counter.
 class WrappingTicks
 {
 public:

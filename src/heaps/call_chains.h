@@ -26,7 +26,8 @@ struct scCallChain
 
 static_assert(sizeof(scCallChain) == 720);
 
-// All records of the process, allocated on the process heap. The caller holds the section of the heaps.
+// All records of the process, allocated on the process heap. The caller holds the critical section of the heaps
+// (clsModuleList::Section).
 class CallChains
 {
 public:

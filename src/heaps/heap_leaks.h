@@ -36,7 +36,7 @@ public:
     // `now` is the present tick. Ticks are ordered by their age, since the counter wraps.
     LeakGroups(const CallChains& chains, std::uint32_t now) : _chains(chains), _now(now) {}
 
-    // Adds the live objects of a heap. The caller holds the section of the heaps.
+    // Adds the live objects of a heap. The caller holds the critical section of the heaps.
     void Add(const clsHeapNode& heap);
 
     // Returns the groups with the most bytes first.
@@ -52,7 +52,8 @@ private:
 };
 
 // Returns the texts of the callers of all groups, one group after the other. Opens one session of the debug-help
-// library; without one, the texts are plain addresses. The caller must not hold the section of the heaps.
+// library; without one, the texts are plain addresses. The caller must not hold the critical section
+// of the heaps.
 std::vector<String> CallerTextsOf(const std::vector<LeakGroup>& groups);
 
 } // namespace qx

@@ -1,4 +1,5 @@
-// A tracked heap. The caller of all functions holds the section of the heaps.
+// A tracked heap. Unless noted otherwise, callers must hold the critical section of all tracked heaps
+// (clsModuleList::Section).
 #pragma once
 
 #include "heaps/call_chains.h"

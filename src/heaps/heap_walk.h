@@ -48,7 +48,7 @@ void clsHeapNode::ForEachBlock(Visitor visitor) const
             break;
 }
 
-// Passes over blocks without the header of a debug object of this heap.
+// Calls the visitor for each debug object of this heap, until it returns false. Skips all other blocks.
 template <class Visitor>
 void clsHeapNode::ForEachDebugObject(Visitor visitor) const
 {

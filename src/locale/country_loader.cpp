@@ -117,7 +117,6 @@ private:
         }
     }
 
-    // Adds an alias, unless it is empty.
     void InsertAlias(const String& alias, const String& key)
     {
         if (!alias.IsEmpty())

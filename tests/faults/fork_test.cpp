@@ -10,6 +10,7 @@
 
 #include <windows.h>
 
+#include <dbghelp.h>
 #include <process.h>
 
 #include <gtest/gtest.h>
@@ -137,6 +138,16 @@ bool UseHeaps()
     return failures == 0 && UtilHeapDelete(heap) == 0;
 }
 
+// Opens and closes a session of the debug-help library. Any value works as the session's name.
+bool UseSession(std::uintptr_t session)
+{
+    static const HMODULE library = LoadLibraryW(L"dbghelp.dll");
+    static const auto open = reinterpret_cast<decltype(SymInitialize)*>(GetProcAddress(library, "SymInitialize"));
+    static const auto close = reinterpret_cast<decltype(SymCleanup)*>(GetProcAddress(library, "SymCleanup"));
+    const auto process = reinterpret_cast<HANDLE>(session);
+    return open(process, "/tmp;/var", FALSE) && close(process);
+}
+
 // Runs the function in a child with a time limit. Returns its exit code, or -1 if it ended in any other way.
 int RunChild(const std::function<int()>& body)
 {
@@ -155,7 +166,11 @@ TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
 {
     std::atomic<bool> isOver = false;
     const std::function<bool()> uses[] = {[] { return UseRegistry("parent"); }, [] { return UseProfile("parent"); },
-        UseTexts, UseTexts, UsePool, UseMemoryAndEvents, UseHeaps, UseHeaps};
+        UseTexts, UseTexts, UsePool, UseMemoryAndEvents, UseHeaps, UseHeaps,
+        []
+        {
+            return UseSession(1);
+        }};
     heapJob = UtilJobOpen(L"forks", 0);
     const HUTHEAP heap = UtilHeapCreate(heapJob, L"parent", QXUT_HEAP_DEBUG);
     void* const object = UtilHeapObjectAlloc(heap, 100, 0);
@@ -174,7 +189,8 @@ TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
             [=]
             {
                 const bool works[] = {UseRegistry("child"), UseProfile("child"), UseTexts(), UsePool(),
-                    UseMemoryAndEvents(), UseHeaps(), UtilHeapObjectFree(heap, object) == 0, UtilHeapDelete(heap) == 0};
+                    UseMemoryAndEvents(), UseHeaps(), UseSession(2), UtilHeapObjectFree(heap, object) == 0,
+                    UtilHeapDelete(heap) == 0};
                 if (const auto fault = std::find(std::begin(works), std::end(works), false); fault != std::end(works))
                     return 1 + static_cast<int>(fault - works);
                 UtilJobClose(heapJob); // with the heaps that the parent's threads were using

@@ -205,7 +205,8 @@ TEST(LayerWalks, ReachTheCallerFromEveryInstruction)
                 probe(frames);
             },
             300},
-        // Other functions of this image repeat a loop if the time advances while they run.
+        // Only time() is stepped in the kernel's image. Its other clock functions retry while the clock advances, which
+        // never ends at single-step speed.
         {"the kernel's image", [] { std::time(nullptr); }, 6},
         {"allocation", [] { std::free(std::malloc(5000)); }, 100},
         {"the loader's lock", [] { dl_iterate_phdr([](dl_phdr_info*, std::size_t, void*) { return 0; }, nullptr); },

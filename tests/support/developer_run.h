@@ -7,7 +7,8 @@
 namespace qxtest
 {
 
-// Sets the variable `user` while the object exists; the process counts as a developer's run accordingly.
+// Sets the environment variable `user`, which determines the result of UtilIsDeveloperRun. The destructor removes the
+// variable.
 class UserIs
 {
 public:

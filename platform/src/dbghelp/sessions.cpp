@@ -11,6 +11,8 @@
 #include <mutex>
 #include <string_view>
 
+#include <pthread.h>
+
 namespace qxplatform
 {
 namespace
@@ -22,10 +24,20 @@ struct Sessions
     std::map<HANDLE, std::unique_ptr<SymbolSession>> byProcess;
 };
 
-// Never destroyed, because an abandoned thread may still use its session.
+Sessions& TheSessions();
+
+// Never destroyed, because an abandoned thread may still use its session. The lock is held during a fork, so that it is
+// free in the child; it's always held for a short time only.
+Sessions& MakeSessions()
+{
+    pthread_atfork(
+        [] { TheSessions().lock.lock(); }, [] { TheSessions().lock.unlock(); }, [] { TheSessions().lock.unlock(); });
+    return *new Sessions;
+}
+
 Sessions& TheSessions()
 {
-    static Sessions& sessions = *new Sessions;
+    static Sessions& sessions = MakeSessions();
     return sessions;
 }
 
@@ -119,16 +131,13 @@ SymbolModule* SymbolSession::Load(const char* path, const char* name, std::uint6
 bool OpenSession(HANDLE process, const char* searchPath)
 {
     elf_version(EV_CURRENT);
+    auto session = std::make_unique<SymbolSession>(FoldersOf(searchPath));
     Sessions& sessions = TheSessions();
     const std::lock_guard guard(sessions.lock);
-    std::unique_ptr<SymbolSession>& session = sessions.byProcess[process];
-    if (session)
-    {
+    const bool isNew = sessions.byProcess.try_emplace(process, std::move(session)).second;
+    if (!isNew)
         SetLastError(ERROR_INVALID_PARAMETER);
-        return false;
-    }
-    session = std::make_unique<SymbolSession>(FoldersOf(searchPath));
-    return true;
+    return isNew;
 }
 
 bool CloseSession(HANDLE process)

@@ -1,4 +1,5 @@
-// The functions of the interface. They throw nothing; the only exception that can occur inside is bad_alloc.
+// The functions of dbghelp.h, except stack walking. They throw nothing: bad_alloc, the only exception that can occur
+// inside, is caught.
 #include <dbghelp.h>
 #include <errhandlingapi.h>
 #include <winerror.h>

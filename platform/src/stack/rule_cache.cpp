@@ -12,7 +12,7 @@ bool Fits(std::int64_t offset, std::uint32_t& field)
     return offset >= 0 && offset % 8 == 0 && offset / 8 < 1 << ShortRule::kOffsetBits;
 }
 
-// Compilers find the frame address of functions that align their stack through the word below the saved frame pointer.
+// In functions that realign their stack, compilers store the frame address in memory, below the saved frame pointer.
 // Returns true for the expression "the memory at the frame pointer plus a negative offset".
 bool IsWordBelowFramePointer(const std::uint8_t* expression, TableBytes table, std::int64_t& offset)
 {

@@ -70,7 +70,7 @@ private:
     std::atomic<std::size_t> _waiterCount = 0; // the length of the list
 };
 
-// Makes a wait check again.
+// Wakes the waiting thread, which then checks its objects again.
 void WakeWaiter(Waiter& waiter);
 
 } // namespace qxplatform

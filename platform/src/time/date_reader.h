@@ -10,7 +10,8 @@
 namespace qxplatform
 {
 
-// The contents of a text; missing parts are null or 0.
+// The date and time found in a text. Without a time, hour, minute and second are 0. Without a date, `hasDate` is false,
+// and year, month and day are 0.
 struct ReadDate
 {
     SYSTEMTIME time{};

@@ -331,6 +331,21 @@ class PosixArchives(ZipTest):
         self.assertEqual((self.out / "pipe").read_text() + (self.out / "name").read_text(), "contentnew")
         self.assertEqual((self.folder / "other").read_text(), "old", "another name of the file keeps its content")
 
+    def test_an_archive_that_becomes_a_pipe(self):
+        """Another process keeps exchanging the archive for a pipe, also between the check and the opening."""
+        with zipfile.ZipFile(self.archive, "w") as archive:
+            archive.writestr("name", "content")
+        os.mkfifo(self.folder / "pipe")
+        exchange = ("import ctypes, sys\n"
+                    "exchange = ctypes.CDLL(None).renameat2\n"
+                    "while True: exchange(-100, sys.argv[1].encode(), -100, sys.argv[2].encode(), 2)")
+        with subprocess.Popen([sys.executable, "-c", exchange, self.archive, self.folder / "pipe"]) as other:
+            self.addCleanup(other.kill)
+            codes = {subprocess.run([*commands.COMMAND, "zip", "list", self.archive], capture_output=True,
+                timeout=20).returncode for _ in range(60)}
+            other.kill()
+        self.assertEqual(codes, {0, 3})
+
     def test_names_that_are_not_utf8(self):
         tree = self.folder / "tree"
         tree.mkdir()

@@ -56,6 +56,17 @@ TEST(FileUsers, ServersThatDoNotAnswer)
     }
 }
 
+TEST(FileUsers, AListWithoutEnd)
+{
+    constexpr std::size_t kFiles = 500'000;
+    FakeServer server(std::vector<FakeServer::Answer>(
+        30, {ERROR_MORE_DATA, std::vector<FILE_INFO_3>(kFiles, OpenFile(nullptr, nullptr, 0))}));
+    FileUsers found;
+    EXPECT_EQ(GetFileInfoAccess(kFile, server, found), FileUsersResult::NoAnswer);
+    EXPECT_EQ(server.calls, 10'000'000 / kFiles + 1);
+    EXPECT_EQ(server.freed, server.calls);
+}
+
 TEST(FileUsers, OnlyPathsOfServersAreAsked)
 {
     for (const wchar_t* const path : {L"", L"a.txt", L"\\a.txt", L"/a/b.txt", L"\\\\server"})

@@ -17,6 +17,7 @@ TEST(PdfReader, Values)
         {"/Title <EFBBBFC3BC>", "<fc>"}, {"/Title <4x7>", "@p"}, // a character that isn't a digit counts as 0
         {"/Title /A#42#4", "AB#4"}, {"/Title% a comment\n(a)", "a"}, {"/Ti#74le (a)", "a"},
         {"/Title (a) /Title (b)", "a"}, {"/title (a)", ""}, {"/Title true", "-1"}, {"/Title 12 ", "12"},
+        {"/Title 99999999999 ", "2147483647"}, {"/Title -1 ", "4294967295"}, // as a C runtime reads a long of 32 bits
         {"/Title [1 (a) % x\n]", "1 (a) <a>"}, {"/Title <</A (b)>>", "<dummy:Dict>"},
         {"/A << /B << /C 1 >> >> /Title (a)", "a"},
         {"/A . /Title (a)", ""}, // a point without a digit is no value, so the key has the value "Title"
@@ -62,6 +63,9 @@ TEST(PdfReader, Faults)
         {tableOf("1 0 obj\n<</Type/XRef/Filter/FlateDecode/Length (1e300)>>stream\nabc\nendstream"), "-",
             L"EXCEPTION 'no xref'"},
         {tableOf("nothing"), "-", L"EXCEPTION 'no object'"},
+        {tableOf("xref\n" + zero), "-", L"EXCEPTION 'premature end of xref'"},
+        // Only 65,536 bytes of a table are read.
+        {tableOf("xref\n1 9000\n" + Repeat("0000000009 00000 n \n", 4000)), "-", L"EXCEPTION 'premature end of xref'"},
         // An object that would be longer than the file isn't read.
         {tableOf("xref\n1 2\n0000000009 00000 n \n0000005000 00000 n \n"), "-", L""},
         // Only the first subsection counts, and an object is read only if another one follows it.
@@ -83,6 +87,17 @@ TEST(PdfReader, Revisions)
     std::vector<PdfRevision> revisions(299, {"<</Title (old)>>"});
     revisions.push_back({"<</Title (new)>>"});
     EXPECT_EQ(TextOf(ReadRecord(ReadPDF, PdfOf(revisions))->Title), "new"); // the newest offset of object 1
+    // The oldest trailer's reference counts. Object 3, which must follow object 2, doesn't exist.
+    std::string file = PdfOf({{"<</Title (a)>>"}, {"<</Title (b)>>"}});
+    file.replace(file.rfind("Info 1"), 6, "Info 2");
+    EXPECT_EQ(TextOf(ReadRecord(ReadPDF, file)->Title), "b");
+    file.replace(file.find("Info 1"), 6, "Info 2");
+    EXPECT_EQ(TextOf(ReadRecord(ReadPDF, file)->Title), "-");
+    // An object of 65,536 bytes is read, a longer one isn't.
+    const std::size_t around = std::string("1 0 obj\n<</Title (a)>>\nendobj\n").size();
+    for (const std::size_t size : {65'536, 65'537})
+        EXPECT_EQ(TextOf(ReadRecord(ReadPDF, PdfOf({{"<</Title (a)" + Repeat(" ", size - around) + ">>"}}))->Title),
+            size == 65'536 ? "a" : "-");
     // A chain of tables ends where it returns to an earlier table.
     const std::string first = PdfOf({{"<</Title (a)>>"}}), table = std::to_string(first.find("xref\n"));
     EXPECT_EQ(TextOf(ReadRecord(ReadPDF, PdfOf({{"<</Title (a)>>", "/Prev " + table}}))->Title), "a");

@@ -176,7 +176,7 @@ TEST(ProfXml, WhatIsReadAndWhatIsRefused)
         {L"<profile>\n<ITEM name=\"a\">b</ITEM>\n", LoadError(3, L"prof::xml::item no '</item>' tag found")},
         {L"<profile>\n<list x>\n", LoadError(3, L"prof::xml::list: name is empty")},
         {L"<profile>\n<list name=\"a>\n", LoadError(3, L"prof::xml::list: name is unfinished")},
-        // form data after the head of the other form
+        // XFDF elements in a file whose first line selects the XML form
         {L"<xfdf x>\n<field name=\"a\">\n<value>b</value>\n</field>\n</xfdf>\n", L"a=b;"},
         {L"<xfdf x>\ntext\n", LoadError(3, L"prof::xml::xfdf: bad format ('<' expected)")}};
     for (const auto& [lines, result] : cases)
