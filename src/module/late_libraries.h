@@ -11,6 +11,7 @@
 #include <heapapi.h>
 // These need <windows.h>, which comes with the headers above.
 #include <accctrl.h>
+#include <evntprov.h>
 #include <lmcons.h>
 #include <lmshare.h>
 #include <psapi.h>
@@ -92,9 +93,10 @@ public:
         *this, L"p_BuildExplicitAccessWithName", 20};
     LateFunction<BOOL(const wchar_t*, PSID*)> p_ConvertStringSidToSid{*this, L"p_ConvertStringSidToSid", 8};
     LateFunction<BOOL(DWORD, PSID, PSID)> p_CopySid{*this, L"p_CopySid", 12};
-    LateProcedure p_EventRegister{*this, L"p_EventRegister", 16};
-    LateProcedure p_EventUnregister{*this, L"p_EventUnregister", 8};
-    LateProcedure p_EventWrite{*this, L"p_EventWrite", 20};
+    LateFunction<ULONG(const GUID*, PENABLECALLBACK, void*, REGHANDLE*)> p_EventRegister{*this, L"p_EventRegister", 16};
+    LateFunction<ULONG(REGHANDLE)> p_EventUnregister{*this, L"p_EventUnregister", 8};
+    LateFunction<ULONG(REGHANDLE, const EVENT_DESCRIPTOR*, ULONG, EVENT_DATA_DESCRIPTOR*)> p_EventWrite{
+        *this, L"p_EventWrite", 20};
     LateProcedure p_GetLengthSid{*this, L"p_GetLengthSid", 4};
     LateFunction<DWORD(
         const wchar_t*, SE_OBJECT_TYPE, SECURITY_INFORMATION, PSID*, PSID*, PACL*, PACL*, PSECURITY_DESCRIPTOR*)>

@@ -41,7 +41,7 @@ clsThreadedJobProcessorUsingIoCompletionPort::~clsThreadedJobProcessorUsingIoCom
 
 unsigned clsThreadedJobProcessorUsingIoCompletionPort::ThreadProc()
 {
-    _dispatcher.RunJobs(Marks());
+    _dispatcher.RunJobs(Markers());
     return 0;
 }
 
@@ -198,7 +198,7 @@ bool clsThreadedJobDispatcherUsingIoCompletionPort::WaitForPacket()
 }
 
 // The loop of each worker.
-void clsThreadedJobDispatcherUsingIoCompletionPort::RunJobs(ThreadMarks* marks)
+void clsThreadedJobDispatcherUsingIoCompletionPort::RunJobs(clsConcurrencyVisualizerMarkerSeries* markers)
 {
     // The destructor also runs if a job ends the thread, which unwinds the stack. The job then counts as done.
     struct Worker
@@ -218,7 +218,8 @@ void clsThreadedJobDispatcherUsingIoCompletionPort::RunJobs(ThreadMarks* marks)
     while (worker.job)
     {
         {
-            const ThreadSpan span(marks, worker.job->name.Text());
+            // A name is text, never a format.
+            const clsConcurrencyVisualizerSpan span(markers, L"%s", worker.job->name.Text());
             worker.job->Run();
         }
         worker.job = CompleteAndGetNextJob(*std::exchange(worker.job, nullptr), inHand);

@@ -72,7 +72,7 @@ private:
     friend class clsThreadedJobProcessorUsingIoCompletionPort;
 
     void StartWorker();
-    void RunJobs(ThreadMarks* marks);
+    void RunJobs(clsConcurrencyVisualizerMarkerSeries* markers);
     clsUTThreadedJob* CompleteAndGetNextJob(clsUTThreadedJob& job, JobInHand& inHand);
     ThreadedJobs Complete(clsUTThreadedJob& job);
     void SetHasQueued(bool hasQueued);

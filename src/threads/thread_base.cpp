@@ -70,6 +70,21 @@ private:
     unsigned long long _end;
 };
 
+// Returns null without memory.
+std::unique_ptr<clsConcurrencyVisualizerMarkerSeries> MakeMarkers(const char* name) noexcept
+try
+{
+    if (!name)
+        return clsConcurrencyVisualizerMarkerSeries::Make(L"(thread)", true);
+    String wideName;
+    wideName.Assign(name);
+    return clsConcurrencyVisualizerMarkerSeries::Make(wideName.Text(), false);
+}
+catch (const std::bad_alloc&)
+{
+    return nullptr;
+}
+
 long long Milliseconds(const FILETIME& time)
 {
     return static_cast<long long>(UnitsOf(time) / kUnitsPerMillisecond);
@@ -142,7 +157,7 @@ bool clsThreadBase::ThreadStart(int priority)
     _exitCode = static_cast<unsigned>(-1);
     _starterId = GetCurrentThreadId();
     _stopEvent.Reset();
-    _marks.reset();
+    _markers.reset();
     if (!Create(order) || !WaitForStart(*order))
         return false;
     _isStarted = true;
@@ -246,12 +261,13 @@ unsigned clsThreadBase::Run(std::shared_ptr<StartOrder> order)
     order->startSignal.Set();
     order.reset();
 
-    _marks = MakeThreadMarks(name);
-    if (_marks)
-        _marks->WriteMessage(kMessageImportance, L"starting");
+    if (AreMarkersActive())
+        _markers = MakeMarkers(name);
+    if (_markers)
+        _markers->WriteMessage(kMessageImportance, L"starting");
     const unsigned result = ThreadProc();
-    if (_marks)
-        _marks->WriteMessage(kMessageImportance, String(String::kFormatted, L"ending, result=%u", result).Text());
+    if (_markers)
+        _markers->WriteMessage(kMessageImportance, L"ending, result=%u", result);
     return result;
 }
 

@@ -3,8 +3,8 @@
 
 #include "core/critical_section.h"
 #include "core/text/string.h"
+#include "diag/marker_series.h"
 #include "threads/event.h"
-#include "threads/thread_marks.h"
 
 #include <atomic>
 #include <memory>
@@ -15,7 +15,7 @@ namespace qx
 // A thread that can be started, asked to stop, waited for, and started again. A subclass implements ThreadProc(), which
 // checks the stop event through WaitForEvents(). Its destructor must call ThreadEnd() before the members used by the
 // thread are destroyed.
-class clsThreadBase
+class clsThreadBase : public clsConcurrencyVisualizerUser
 {
 public:
     enum class State
@@ -74,8 +74,8 @@ public:
     unsigned ExitCode() const { return _exitCode; }
 
 protected:
-    // Returns the marks of the thread, or null if no timeline is recorded. For use by the thread only.
-    ThreadMarks* Marks() const { return _marks.get(); }
+    // Returns the lane of the thread on the timeline, or null if no timeline is recorded. For use by the thread only.
+    clsConcurrencyVisualizerMarkerSeries* Markers() const { return _markers.get(); }
 
 private:
     struct StartOrder;
@@ -107,7 +107,7 @@ private:
     clsEvent _stopEvent;
     std::unique_ptr<char, LocalRelease> _name;
     std::atomic<unsigned> _exitCode = 0;
-    std::unique_ptr<ThreadMarks> _marks;
+    std::unique_ptr<clsConcurrencyVisualizerMarkerSeries> _markers;
     std::unique_ptr<String> _lastError;
     std::atomic<int> _endGuard = 0;
     bool _isStarted = false;

@@ -1,0 +1,161 @@
+// Lanes on the timeline, and what is written on them. Without a session that listens, nothing here does anything.
+#pragma once
+
+#include "containers/skip_list.h"
+#include "containers/vector.h"
+#include "core/critical_section.h"
+#include "core/text/string.h"
+#include "diag/marker_events.h"
+#include "diag/marker_provider.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+namespace qx
+{
+
+class clsConcurrencyVisualizerMarkerSeries;
+
+// The open spans of one thread on a series. Only that thread uses depth and children.
+struct clsConcurrencyVisualizerMarkerSeriesList
+{
+    explicit clsConcurrencyVisualizerMarkerSeriesList(DWORD thread) : threadId(thread) {}
+
+    const DWORD threadId;
+    int depth = 0;
+    // The lanes of nested spans: the element for depth n has the index n - 1. They are kept for later spans.
+    WCValVector<std::unique_ptr<clsConcurrencyVisualizerMarkerSeries>> children;
+};
+
+// One lane. A series without a record stays without one and ignores all calls: if markers are off, if no session was
+// listening when the series was made, or if its name is too long.
+class clsConcurrencyVisualizerMarkerSeries
+{
+public:
+    // Registers a provider of its own.
+    explicit clsConcurrencyVisualizerMarkerSeries(const String& name);
+    // Makes the lane of the spans that are nested `depth` deep, which shares the parent's provider.
+    clsConcurrencyVisualizerMarkerSeries(const clsConcurrencyVisualizerMarkerSeries& parent, int depth);
+    clsConcurrencyVisualizerMarkerSeries(const clsConcurrencyVisualizerMarkerSeries&) = delete;
+    clsConcurrencyVisualizerMarkerSeries& operator=(const clsConcurrencyVisualizerMarkerSeries&) = delete;
+    virtual ~clsConcurrencyVisualizerMarkerSeries();
+
+    // The system's global memory. If it is exhausted, a new-expression returns null.
+    static void* operator new(std::size_t size) noexcept;
+    static void operator delete(void* memory) noexcept;
+
+    // Makes a series. With `prefix`, its name begins with the library's name and "::". Returns null without memory.
+    static std::unique_ptr<clsConcurrencyVisualizerMarkerSeries> Make(const wchar_t* name, bool prefix) noexcept;
+
+    const String& Name() const { return _name; }
+    bool HasRecord() const { return _record.has_value(); }
+    const scMarkerSeries& Record() const { return *_record; }
+    bool IsListenedTo() const { return _record->provider->enabled.load(std::memory_order_acquire) != 0; }
+
+    // Returns 0 or an error code.
+    template <class... Arguments>
+    std::int32_t WriteMessage(unsigned importance, const wchar_t* format, Arguments... arguments) const noexcept
+    {
+        return HasRecord() ? WriteRecorded(importance, format, arguments...) : 0;
+    }
+
+    // Opens a nesting level of the calling thread and returns the lane of its spans. Returns null without memory; the
+    // level then stays closed. Requires a record, like LeaveLevel.
+    const clsConcurrencyVisualizerMarkerSeries* EnterLevel() noexcept
+    {
+        auto* const list = FindOwnList();
+        if (!list || list->depth != 0)
+            return EnterInnerLevel(list);
+        list->depth = 1;
+        return this;
+    }
+    void LeaveLevel() noexcept
+    {
+        if (auto* const list = FindOwnList())
+            --list->depth;
+    }
+
+private:
+    using List = clsConcurrencyVisualizerMarkerSeriesList;
+
+    void MakeRecord();
+    std::int32_t WriteRecorded(unsigned importance, const wchar_t* format, ...) const noexcept;
+    const clsConcurrencyVisualizerMarkerSeries* EnterInnerLevel(List* list) noexcept;
+
+    // Mostly, one thread uses a series. It finds its list without a lock.
+    List* FindOwnList() noexcept
+    {
+        const DWORD thread = GetCurrentThreadId();
+        List* const recent = _recent.load(std::memory_order_acquire);
+        return recent && recent->threadId == thread ? recent : SearchList(thread);
+    }
+    List* SearchList(DWORD thread) noexcept;
+    List& MakeList(DWORD thread);
+
+    clsAutoRelease<clsConcurrencyVisualizerProvider*> _provider;
+    String _name;
+    std::optional<scMarkerSeries> _record;
+    clsCriticalSection _lock; // protects the dictionary
+    WCValSkipListDict<DWORD, std::unique_ptr<List>> _lists;
+    std::atomic<List*> _recent = nullptr; // the list that was searched last; lists live as long as the series
+};
+
+// A stretch of time that lasts as long as this object. Spans that overlap on one thread are nested. Any failure leaves
+// an empty span, which does nothing.
+class clsConcurrencyVisualizerSpan
+{
+public:
+    // `series` may be null.
+    template <class... Arguments>
+    clsConcurrencyVisualizerSpan(
+        clsConcurrencyVisualizerMarkerSeries* series, const wchar_t* format, Arguments... arguments) noexcept
+    {
+        if (!series || !series->HasRecord())
+            return;
+        const auto* const carrier = series->EnterLevel();
+        if (!carrier)
+            return;
+        _opener = series;
+        if (carrier->HasRecord() && carrier->IsListenedTo())
+            Begin(*carrier, format, arguments...);
+    }
+    clsConcurrencyVisualizerSpan(const clsConcurrencyVisualizerSpan&) = delete;
+    clsConcurrencyVisualizerSpan& operator=(const clsConcurrencyVisualizerSpan&) = delete;
+    virtual ~clsConcurrencyVisualizerSpan()
+    {
+        if (!_opener)
+            return;
+        if (_span.series)
+            LeaveMarkerSpan(_span);
+        _opener->LeaveLevel();
+    }
+
+private:
+    void Begin(const clsConcurrencyVisualizerMarkerSeries& carrier, const wchar_t* format, ...) noexcept;
+
+    scMarkerSpan _span;
+    clsConcurrencyVisualizerMarkerSeries* _opener = nullptr;
+};
+
+// Keeps the root series of the process alive. A thread gets a series of its own only if the root has a record, that is,
+// if a session was listening when the first of these objects was made.
+class clsConcurrencyVisualizerUser
+{
+public:
+    clsConcurrencyVisualizerUser();
+    clsConcurrencyVisualizerUser(const clsConcurrencyVisualizerUser&) = delete;
+    clsConcurrencyVisualizerUser& operator=(const clsConcurrencyVisualizerUser&) = delete;
+
+protected:
+    ~clsConcurrencyVisualizerUser();
+
+    bool AreMarkersActive() const { return _root && _root->HasRecord(); }
+
+private:
+    const clsConcurrencyVisualizerMarkerSeries* _root = nullptr;
+};
+
+} // namespace qx
