@@ -138,12 +138,14 @@ bool UseHeaps()
     return failures == 0 && UtilHeapDelete(heap) == 0;
 }
 
+// Loaded before the first fork: a child that is created while another thread loads a library can't load any.
+HMODULE debugHelp = nullptr;
+
 // Opens and closes a session of the debug-help library. Any value works as the session's name.
 bool UseSession(std::uintptr_t session)
 {
-    static const HMODULE library = LoadLibraryW(L"dbghelp.dll");
-    static const auto open = reinterpret_cast<decltype(SymInitialize)*>(GetProcAddress(library, "SymInitialize"));
-    static const auto close = reinterpret_cast<decltype(SymCleanup)*>(GetProcAddress(library, "SymCleanup"));
+    const auto open = reinterpret_cast<decltype(SymInitialize)*>(GetProcAddress(debugHelp, "SymInitialize"));
+    const auto close = reinterpret_cast<decltype(SymCleanup)*>(GetProcAddress(debugHelp, "SymCleanup"));
     const auto process = reinterpret_cast<HANDLE>(session);
     return open(process, "/tmp;/var", FALSE) && close(process);
 }
@@ -171,6 +173,7 @@ TEST(Forks, ChildrenWorkWhileOtherThreadsAreBusy)
         {
             return UseSession(1);
         }};
+    debugHelp = LoadLibraryW(L"dbghelp.dll");
     heapJob = UtilJobOpen(L"forks", 0);
     const HUTHEAP heap = UtilHeapCreate(heapJob, L"parent", QXUT_HEAP_DEBUG);
     void* const object = UtilHeapObjectAlloc(heap, 100, 0);

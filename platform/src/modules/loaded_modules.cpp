@@ -1,6 +1,7 @@
 #include "modules/loaded_modules.h"
 
 #include "base/fail.h"
+#include "base/fork_gate.h"
 #include "base/text.h"
 #include "files/path.h"
 #include "modules/image_list.h"
@@ -68,6 +69,7 @@ bool IsFileOf(std::u16string_view file, std::u16string_view name)
 
 std::vector<Module> LoadedModules()
 {
+    const ForkHold hold; // the loader's lock must be free in a child
     std::vector<Module> modules;
     const std::size_t pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     for (LoadedImage& image : ListLoadedImages())

@@ -7,6 +7,7 @@
 
 #include "base/fail.h"
 #include "base/forever.h"
+#include "base/fork_gate.h"
 #include "modules/loaded_modules.h"
 #include "resources/resource_notes.h"
 
@@ -80,6 +81,7 @@ Images PresentImages()
     };
     static constinit Forever<Cache> theCache;
     Cache& cache = theCache.Get();
+    const ForkHold hold; // the loader's lock must be free in a child
     const Generation present = PresentGeneration();
     const std::lock_guard guard(cache.mutex);
     if (!(cache.generation == present))

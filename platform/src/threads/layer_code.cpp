@@ -1,6 +1,7 @@
 #include "threads/layer_code.h"
 
 #include "base/forever.h"
+#include "base/fork_gate.h"
 
 #include <algorithm>
 #include <atomic>
@@ -86,6 +87,7 @@ catch (const std::bad_alloc&)
 
 void RefreshLayerCode()
 {
+    const ForkHold hold; // the loader's lock must be free in a child
     static constinit Mutex lock;
     static constinit Forever<std::vector<std::unique_ptr<const CodeList>>> lists;
     std::unique_ptr<CodeList> list(new (std::nothrow) CodeList);

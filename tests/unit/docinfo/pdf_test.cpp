@@ -64,8 +64,9 @@ TEST(PdfReader, Faults)
             L"EXCEPTION 'no xref'"},
         {tableOf("nothing"), "-", L"EXCEPTION 'no object'"},
         {tableOf("xref\n" + zero), "-", L"EXCEPTION 'premature end of xref'"},
-        // Only 65,536 bytes of a table are read.
-        {tableOf("xref\n1 9000\n" + Repeat("0000000009 00000 n \n", 4000)), "-", L"EXCEPTION 'premature end of xref'"},
+        // Only 65,536 bytes of a table are read: here a header of 16 bytes and 3,276 entries of 20 bytes.
+        {tableOf("xref\n1 9000    \n" + Repeat("0000000009 00000 n \n", 80'000)), "-",
+            L"EXCEPTION 'premature end of xref'"},
         // An object that would be longer than the file isn't read.
         {tableOf("xref\n1 2\n0000000009 00000 n \n0000005000 00000 n \n"), "-", L""},
         // Only the first subsection counts, and an object is read only if another one follows it.
