@@ -17,7 +17,7 @@ struct FreeLocal
 
 using LocalBlock = std::unique_ptr<void, FreeLocal>;
 
-// Returns true for success. `step` is the function's name in the interface.
+// Logs an error. Returns true for success. `step` is the name of the function that was called.
 bool IsDone(const wchar_t* step, DWORD error)
 {
     if (error != ERROR_SUCCESS)
@@ -25,7 +25,7 @@ bool IsDone(const wchar_t* step, DWORD error)
     return error == ERROR_SUCCESS;
 }
 
-// Calls a function of the library, or returns the error for a missing function.
+// Calls a function of a late-bound library. Returns ERROR_PROC_NOT_FOUND if the library lacks it.
 template <class Function, class... Arguments>
 DWORD Call(Function& function, Arguments... arguments)
 {

@@ -30,7 +30,7 @@ DWORD ConnectionList::Read()
         return result;
     const auto* const entries = reinterpret_cast<const NETRESOURCEW*>(_block.data());
     if (count == 0 || count == kAll)
-        return ERROR_NO_MORE_ITEMS; // a success without entries would be repeated without end
+        return ERROR_NO_MORE_ITEMS; // otherwise Find would repeat the call forever
     for (DWORD i = 0; i < count; ++i)
         _read.push_back({IString(entries[i].lpLocalName), IString(entries[i].lpRemoteName)});
     return ERROR_SUCCESS;

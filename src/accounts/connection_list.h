@@ -47,7 +47,7 @@ private:
     DWORD _size;
     std::vector<std::max_align_t> _block;
     std::vector<RememberedConnection> _read; // the entries of the last block
-    std::size_t _position = 0;               // of the next entry
+    std::size_t _position = 0;               // index of the next entry in `_read`
 };
 
 } // namespace qx

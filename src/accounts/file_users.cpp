@@ -16,7 +16,8 @@ namespace qx
 namespace
 {
 
-// No server has as many open files. A list without end would block the caller forever.
+// More open files than any server has. Without a limit, a server that never ends its list would block the caller
+// forever.
 constexpr std::size_t kMostFiles = 10'000'000;
 constexpr DWORD kAccessBits = PERM_FILE_READ | PERM_FILE_WRITE | PERM_FILE_CREATE;
 
@@ -68,7 +69,7 @@ public:
         _found.access |= file.fi3_permissions & kAccessBits;
         if (!file.fi3_username)
             return;
-        // A name may be empty.
+        // Checks `_hasUsers` rather than the text, because the first name may be empty.
         if (_hasUsers)
             _found.users.Append(L'\t');
         _found.users.Append(file.fi3_username);
@@ -108,7 +109,7 @@ bool ListFiles(const String& server, clsNetAPI32& network, Collector& collector)
         for (DWORD i = 0; hasBlock && i < read; ++i)
             collector.Add(reinterpret_cast<const FILE_INFO_3*>(block)[i]);
         listed += read;
-        // A server that announces more files but returns none would block the caller forever too.
+        // A server that always reports more files but returns none would block the caller forever too.
         if (status == ERROR_MORE_DATA && (!hasBlock || read == 0 || listed > kMostFiles))
             return false;
     }

@@ -1,4 +1,4 @@
-// Who has a file on a server open, and how.
+// Finds out which users have a file on a server open, and with what access.
 #pragma once
 
 #include "core/text/string.h"

@@ -29,7 +29,7 @@ bool IsOnDrive(std::wstring_view path)
            (lineEnd == path.npos || lineEnd + 1 == path.size());
 }
 
-// Returns the system's error code.
+// Queries the name of a path on its share. Returns the system's error code.
 DWORD AskUniversalName(const String& path, String& name)
 {
     DWORD size = kUniversalNameSize;

@@ -6,7 +6,7 @@
 namespace qx
 {
 
-// Both normalise the path. On failure they return false and leave the result unchanged.
+// Both functions normalise the path. On failure they return false and leave `result` unchanged.
 
 // Converts a path on a share that a drive is connected with to the drive's form. Other paths are only normalised.
 bool EnsureLocalPath(const String& path, String& result);

@@ -1,5 +1,5 @@
-// System functions that older systems lack. Text needs them, but late loading is built on text. Therefore they are
-// declared here and defined in module/late_system_calls.cpp, next to the late-bound libraries.
+// System functions that older systems lack. String needs them, but the late-bound libraries are built on String.
+// Therefore the functions are declared here and defined in module/late_system_calls.cpp.
 #pragma once
 
 #include <windows.h>

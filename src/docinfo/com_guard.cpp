@@ -11,7 +11,7 @@ namespace
 
 constexpr std::uint32_t kSingleThreaded = COINIT_APARTMENTTHREADED;
 
-// Returns the setting for this program, or the default model if there is none.
+// Returns the apartment model that the registry sets for this program, or single-threaded if there is no setting.
 std::uint32_t ReadApartmentModel()
 {
     const String path = String(L"Software\\trelmo\\TRLMRG\\") + ProcessBaseName();

@@ -28,7 +28,7 @@ public:
     clsCOMInitialize();
     ~clsCOMInitialize() override;
 
-    // Returns true if the thread may use COM, as far as this object is concerned.
+    // Returns false if this object tried to enter COM and failed.
     bool IsUsable() const { return _model == _leaveAlone || SUCCEEDED(_result); }
 
 private:

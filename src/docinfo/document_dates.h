@@ -12,7 +12,7 @@ namespace qx
 // becomes VT_EMPTY.
 clsVariant ToLocalDate(const SYSTEMTIME& utc);
 
-// Returns a date with these parts, which aren't checked. The seconds are 0 if the format has none.
+// Returns a date with these parts, which aren't checked. Pass 0 for `second` if the format has no seconds.
 SYSTEMTIME DateOfParts(unsigned year, unsigned month, unsigned day, unsigned hour, unsigned minute, unsigned second);
 
 } // namespace qx

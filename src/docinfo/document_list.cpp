@@ -113,13 +113,15 @@ clsAutoRelease<clsDocu*> clsDocuList::FindOrMake(const String& key, std::uint32_
     return record;
 }
 
-// A local document is read with the record's section held, so that a second caller waits and finds a valid record. A
-// document on a share is read without the section, because that may take as long as the system waits for the server.
+// A local document is read while the record's critical section is held, so that a second caller waits and finds a valid
+// record. A document on a share is read without holding it, because the read may take as long as the system waits for
+// the server.
 void clsDocuList::Refresh(clsDocu& record)
 {
     if (!record.refreshable || record.IsValidAt(UtilGetTicks()))
         return;
-    // Called without the section, because the system may access the network. A record's path never changes.
+    // Resolves the path before entering the critical section, because the system may access the network. A record's
+    // path never changes.
     String path = PathToRead(record.path);
     const IString share = path.IsEmpty() ? IString() : ResolveShare(path);
     std::uint64_t readBefore = 0;
@@ -152,7 +154,7 @@ void clsDocuList::RefreshFromShare(clsDocu& record, const IString& share, std::u
     }
     catch (...)
     {
-        record.readTick = 0; // not read
+        record.readTick = 0; // marks the record as invalid
         throw;
     }
 }
@@ -177,7 +179,7 @@ void clsDocuList::ReadFromShare(clsDocu& record, const IString& share, std::uint
     reader->GiveResults();
 }
 
-// Keeps a reader that nobody waits for any more. Waits until there is room for it.
+// Keeps a reader whose caller no longer waits for it. If the list of readers is full, waits until one has ended.
 void clsDocuList::KeepReader(std::unique_ptr<clsDocuAsync> reader)
 {
     clsCriticalSectionLock lock(_section);

@@ -62,7 +62,7 @@ public:
 private:
     clsAutoRelease<clsDocu*> FindOrMake(const String& key, std::uint32_t wait);
     void Refresh(clsDocu& record);
-    // The part of a refresh that reads from a share.
+    // Does the part of a refresh that reads from a share. If it throws, the record is marked as invalid.
     void RefreshFromShare(clsDocu& record, const IString& share, std::uint64_t readBefore);
     void ReadFromShare(clsDocu& record, const IString& share, std::uint64_t readBefore);
     void KeepReader(std::unique_ptr<clsDocuAsync> reader);

@@ -19,7 +19,8 @@ namespace qx
 namespace
 {
 
-// Enters the section, if there is one, before the first write to the record, and leaves it at the end of the scope.
+// Enters a critical section, unless it is null, when Take is called before the first write to the record. Leaves it at
+// the end of the scope.
 class LateLock
 {
 public:
@@ -69,7 +70,7 @@ bool ReadIndex(clsDocu& record)
     return false;
 }
 
-// Reads a compound file. Returns false on failure; the reader table decides then.
+// Reads a compound file. Returns false on failure; the caller then chooses a reader from the reader table.
 bool ReadStorage(clsDocu& record)
 {
     const bool isMessage = GetPathExtension(record.resolvedPath) == L".msg";

@@ -44,8 +44,8 @@ public:
     void Forget();
     // Copies the values and the state of another record with the same key.
     void TakeValues(const clsDocu& other);
-    // Returns true if the record was read at most `lifetime` milliseconds before `now`.
-    // Needs no section.
+    // Returns true if the record was read at most `lifetime` milliseconds before `now`. May be called without holding
+    // Section().
     bool IsValidAt(std::uint64_t now) const
     {
         const std::uint64_t tick = readTick;

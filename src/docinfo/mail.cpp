@@ -120,7 +120,7 @@ void TakeDate(clsDocu& record, std::wstring_view value)
 }
 
 // Stores the field of a line "Name: value", which matches the pattern ^(.+?): (.*)$ with a line feed only as its last
-// character. All other lines are ignored. If several fields have the same name, the last one counts.
+// character. All other lines are ignored. If several fields have the same name, the last one is used.
 void TakeLine(clsDocu& record, std::wstring_view line)
 {
     const std::size_t end = std::min(line.find(L'\n'), line.size());

@@ -1,4 +1,4 @@
-// Header fields with mail addresses (RFC 822): From, To and their like.
+// Parses header fields that contain mail addresses (RFC 822), such as From and To.
 #pragma once
 
 #include "containers/dlist.h"

@@ -36,7 +36,7 @@ constexpr std::size_t kPropertyRecordSize = 24;
 
 constexpr std::uint16_t kNarrowType = 0x001E;
 constexpr std::uint16_t kWideType = 0x001F;
-// In a damaged file, finding a recipient takes one step per preceding recipient.
+// Limits the time for a damaged file, in which finding a recipient takes one step per preceding recipient.
 constexpr unsigned kMostRecipients = 10'000;
 constexpr std::uint64_t kTooLong = 0x7FFFFFFF; // for a text, in bytes
 

@@ -50,7 +50,7 @@ int ReadOfficeArchive(clsDocu& record, FileWindow& file)
     return GetZIPFilenames(parser, file);
 }
 
-// If there are several encodings, the last one before a "?>" counts.
+// If there are several encodings, uses the last one before a "?>".
 std::wstring_view DeclaredEncoding(std::wstring_view text)
 {
     static constexpr std::wstring_view kBegin = L"<?xml", kEncoding = L"encoding=\"";

@@ -155,7 +155,7 @@ class ElementSearch
 public:
     explicit ElementSearch(std::wstring_view text) : _text(text) {}
 
-    // Returns true once the next closing tag after an element's start didn't belong to the element.
+    // Returns true if all closing tags have been collected, see FindClose.
     bool HasCollectedTags() const { return _tags.has_value(); }
 
     std::optional<Element> First()

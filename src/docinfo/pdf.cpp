@@ -71,8 +71,8 @@ std::size_t ParseAt(clsDocu& record, FileWindow& file, std::uint64_t offset, std
     return cursor.Position();
 }
 
-// Follows the tables from the newest to the oldest, and returns the number of the information dictionary's object. The
-// oldest trailer that refers to one counts.
+// Follows the tables from the newest to the oldest, and returns the number of the information dictionary's object. If
+// several trailers refer to such an object, the oldest one is used.
 std::optional<std::uint32_t> ReadTables(clsDocu& record, FileWindow& file, PDFOffsets& offsets)
 {
     std::optional<std::uint32_t> info;

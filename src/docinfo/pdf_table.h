@@ -1,4 +1,4 @@
-// Where the objects of a PDF file are: its cross-reference tables (ISO 32000-1, 7.5.4).
+// Reads the cross-reference tables of a PDF file (ISO 32000-1, 7.5.4), which contain the offsets of its objects.
 #pragma once
 
 #include "docinfo/pdf_values.h"
@@ -14,7 +14,7 @@ namespace qx
 {
 
 // The offsets of objects by their numbers. Tables are added from the newest to the oldest; if a number has several
-// offsets, the first one counts.
+// offsets, the first one added is used.
 class PDFOffsets
 {
 public:

@@ -260,7 +260,7 @@ String PDFCursor::ParseArray()
     return OneCharacterPerByte(text);
 }
 
-// Counts the parentheses. If the last one is missing, the string ends with the text.
+// Parentheses may be nested. If the last closing parenthesis is missing, the string ends with the text.
 String PDFCursor::ParseLiteralString()
 {
     std::string bytes;

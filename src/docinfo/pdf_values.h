@@ -14,7 +14,7 @@
 namespace qx
 {
 
-// The entries of a dictionary. If a key has several entries, the first one counts. Strings and names are VT_BSTR,
+// The entries of a dictionary. If a key has several entries, the first one is used. Strings and names are VT_BSTR,
 // integers VT_UI4, flags VT_BOOL. An array is the text between its brackets. Several values in a row, such as the
 // reference "12 0 R", are an array of variants. A nested dictionary is replaced with a placeholder text.
 using PDFDictionary = WCValSkipListDict<String, clsVariant>;

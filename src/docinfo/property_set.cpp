@@ -65,7 +65,7 @@ public:
             if (entry == nullptr)
                 break;
             const std::uint32_t id = LittleEndian32(entry);
-            if (id < kPropertyEnd && _offsets[id] == 0) // if an id is repeated, the first one counts
+            if (id < kPropertyEnd && _offsets[id] == 0) // if an id is repeated, its first entry is used
                 _offsets[id] = _begin + LittleEndian32(entry + 4);
         }
         if (const std::uint8_t* const page = ValueOf(kCodePage, VT_I2, 2))

@@ -108,7 +108,7 @@ void TakeGroup(clsDocu& record, const RTFGroups::Group& group)
         record.Created = ParseDate(DecodeRTF(group.value));
     else if (group.key == L"revtim")
         record.LastSaved = ParseDate(DecodeRTF(group.value));
-    else if (group.key == L"doccomm") // not decoded a second time
+    else if (group.key == L"doccomm") // the value isn't decoded here, unlike the other texts
         clsDocu::SetText(record.Comments, String(std::wstring_view(group.value)));
 }
 

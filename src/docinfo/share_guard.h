@@ -1,4 +1,4 @@
-// Network shares that don't answer.
+// Remembers which network shares can't be reached.
 #pragma once
 
 #include "core/text/string.h"

@@ -35,7 +35,7 @@ constexpr DateKey kDateKeys[] = {{12, &clsDocu::Created}, {13, &clsDocu::LastSav
 
 constexpr int kWrongType = -1;
 
-// A value of a store, freed at the end.
+// A value from a property store, freed at the end of the scope.
 class PropertyValue
 {
 public:
@@ -85,7 +85,8 @@ bool FileTimeOfVariantDate(double date, FILETIME& time)
     return SystemTimeToFileTime(&parts, &time) != FALSE;
 }
 
-// The form of a store's dates: the store that is opened in the first way has variants.
+// How a store's dates are read: converted to variants if the store was opened by name, as file times if it was opened
+// from an item.
 enum class DateForm
 {
     Variant,

@@ -18,7 +18,7 @@ struct ShellIndex
     using Clear = HRESULT(WINAPI*)(PROPVARIANT* value);
 
     OpenStore openByName = nullptr;
-    OpenStore openItem = nullptr; // the second way
+    OpenStore openItem = nullptr; // used if openByName finds no texts
     ToVariant toVariant = nullptr;
     Clear clear = nullptr;
 };

@@ -26,7 +26,7 @@ constexpr std::uint16_t kVersion = 42;
 constexpr std::size_t kMostDirectories = 4096;
 constexpr int kMostExifNesting = 8;
 constexpr std::uint64_t kMostBytes = 64 * 1024 * 1024;
-constexpr std::size_t kLeastCost = 64; // bytes; entries that share their bytes cost time, too
+constexpr std::size_t kLeastCost = 64; // bytes; counted for each read, even of bytes read before
 
 constexpr std::size_t kTextPart = 4096;
 constexpr std::uint64_t kLeastText = 4096; // room for a field of a small file
@@ -68,7 +68,7 @@ struct Entry
     Tag tag;
     Type type;
     std::uint32_t count;
-    std::uint32_t value; // or the offset of the value
+    std::uint32_t value; // the value, or its offset if it doesn't fit
     const std::uint8_t* valueBytes;
 };
 
@@ -341,7 +341,8 @@ private:
 
     std::uint64_t BytesAfter(std::uint64_t offset) { return offset < _file.Size() ? _file.Size() - offset : 0; }
 
-    // Each read counts as what it makes the window read, but as no less than kLeastCost.
+    // Reads bytes until the total cost reaches kMostBytes. A read costs its size or the bytes that the window reads
+    // from the file, whichever is larger, but at least kLeastCost.
     std::size_t ReadBytes(std::uint64_t offset, void* buffer, std::size_t count)
     {
         if (std::max(count, kLeastCost) > kMostBytes - std::min(_cost, kMostBytes))

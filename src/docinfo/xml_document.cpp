@@ -71,7 +71,7 @@ clsAutoRelease<IXmlReader*> CreateReader(clsFile& file)
     return reader;
 }
 
-// The names of the open elements that have a prefix. Their texts are reused.
+// The names of the open elements that have a prefix. The buffers of removed names are reused.
 class OpenElements
 {
 public:
@@ -84,8 +84,8 @@ public:
         full += L':';
         full += name;
     }
-    // Removes the innermost name. Also called for elements without a prefix, which removes the name of an outer
-    // element.
+    // Removes the innermost name. Also called at the end of elements without a prefix, which were never pushed; it then
+    // removes the name of an outer element.
     void Pop() { _count -= _count > 0; }
 
     std::size_t Count() const { return _count; }

@@ -42,7 +42,7 @@ void PasDebug(const QXWCHAR* text)
     UtilDebug(L"%s", text);
 }
 
-// The first field is always empty; the last one is the text of the thread's last error.
+// The line begins with an empty module name and ends with the system's text for the last error.
 void UtilError(const QXWCHAR* where, const QXWCHAR* what)
 {
     if (!UtilIsDebugActive())

@@ -42,7 +42,7 @@ std::int32_t UtilLanguageSet(std::int32_t code)
 void UtilAssert(const QXWCHAR* expression, const QXWCHAR* file, std::uint32_t line)
 {
     const bool goesOn = Guarded(false, [=] { return Assert(expression, file, line), true; });
-    if (!goesOn) // the question couldn't be shown
+    if (!goesOn) // an exception, such as a lack of memory, kept the box from being shown
         EndAfterAssertion();
 }
 

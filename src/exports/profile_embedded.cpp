@@ -47,7 +47,7 @@ void AppendPacked(HPROFJOB job, HPROFLIST list, const wchar_t* path, const wchar
     AppendLeafByPath(ListOf(job, list), path, PackRest(source, clsPassPhrase(key).Text()).View());
 }
 
-// The exports with a type of its own for the key, so that their 8-bit forms erase the converted key.
+// The implementations of the exports. The key is a scSecretText, so that the 8-bit forms erase the converted key.
 
 // Always takes ownership of the handle, so that the caller doesn't need to handle failures.
 void AppendFile(HPROFJOB job, HPROFLIST list, const wchar_t* path, scSecretText key, void* fileHandle)

@@ -315,8 +315,8 @@ UTFType clsFile::GetUTFType()
     return GuessUTFType(static_cast<std::uint32_t>(size));
 }
 
-// Returns Unknown for short texts, which are too short for a reliable guess. `count` contains the low 32 bits of the
-// size, the maximum of a single read.
+// Returns Unknown for texts of up to 200 bytes, which are too short for a reliable guess. `count` is the low 32 bits of
+// the file's size, because a single read can't return more.
 UTFType clsFile::GuessUTFType(std::uint32_t count)
 {
     constexpr std::uint32_t kShortest = 201;

@@ -10,8 +10,8 @@ namespace qx
 
 class clsFile;
 
-// Reads a file through one buffer of at most kCapacity bytes, so that a reader may ask for a few bytes at a time. The
-// file must be open, at its beginning, and outlive the window; nothing else may read from it in the meantime.
+// Reads a file through one buffer of at most kCapacity bytes, so that a caller can read a few bytes at a time. The file
+// must be open, at its beginning, and outlive the window; nothing else may read from it in the meantime.
 class FileWindow
 {
 public:
@@ -24,8 +24,8 @@ public:
     // Returns the file's size, or 0 if it can't be determined.
     std::uint64_t Size();
 
-    // Returns the bytes at an offset, or null if the file has fewer than `count` there or they can't be read. At most
-    // kCapacity bytes; they are valid until the next call.
+    // Returns the bytes at an offset, or null if the file has fewer than `count` there or they can't be read. `count`
+    // is at most kCapacity. The bytes are valid until the next call.
     const std::uint8_t* At(std::uint64_t offset, std::size_t count);
 
     // Copies bytes to a buffer and returns their number, which is less than `count` only at the end of the file or if

@@ -14,7 +14,8 @@
 namespace qx
 {
 
-// The first slots of the vtable of each such object. The three functions of an implemented interface call them.
+// The first three vtable slots of each reference-counted object. QueryInterface, AddRef and Release of the implemented
+// interfaces call them.
 class INonDelegatingUnknown
 {
 public:

@@ -22,7 +22,7 @@ public:
 private:
     bool _waited = false;
     bool _raised = false;
-    ULONGLONG _slice = 0; // the slice of the last wait
+    ULONGLONG _slice = 0; // the 100 ms slice in which the last wait began
 };
 
 } // namespace qx

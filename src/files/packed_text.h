@@ -63,7 +63,7 @@ enum class UnpackFault
 {
     None,
     NotPackedText, // a character outside Base64, or an impossible length
-    WrongKey,      // the wrong key, or damage. Without a key: encrypted, or damaged
+    WrongKey,      // with a key: wrong key or damaged data; without a key: encrypted or damaged data
     NotEncrypted,  // there is a key, but the text can be unpacked without one
     Damaged        // the compressed data is damaged, doesn't have the stored size, or is followed by more text
 };

@@ -29,7 +29,7 @@ bool IsBefore(const FILETIME& a, const FILETIME& b)
     return UnitsOf(a) / kUnitsPerMillisecond < UnitsOf(b) / kUnitsPerMillisecond;
 }
 
-// Clears the attribute by handle, so that a link that takes the name's place is not followed.
+// Clears the read-only attribute through a handle, so that a link that has replaced the file isn't followed.
 bool MakeWritable(const String& name)
 {
     const clsGenericHandleObjectAutoRelease file(CreateFileW(name, FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES,

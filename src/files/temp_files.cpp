@@ -78,7 +78,7 @@ String AskTempFolder(bool longNames)
 struct KnownFolders
 {
     clsCriticalSection lock{4000};
-    String folders[2]; // as the system returns it, with long names
+    String folders[2]; // [0] as the system returns it, [1] with long names
 };
 
 // A folder for new files, and its path with a separator at the end.

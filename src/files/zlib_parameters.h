@@ -40,8 +40,8 @@ constexpr DeflateMode DeflateModeOf(int mode)
 // Window bits for raw deflate data, without the header and checksum of a zlib stream.
 constexpr int kRawDeflateWindowBits = -15;
 
-// Returns the code of a zlib function, or throws std::bad_alloc if the function ran out of memory. Otherwise a lack of
-// memory would look like damaged data.
+// Returns the code of a zlib function. Throws std::bad_alloc if the function ran out of memory, because that would
+// otherwise look like damaged data.
 inline int UnlessOutOfMemory(int code)
 {
     return code != Z_MEM_ERROR ? code : throw std::bad_alloc();

@@ -19,7 +19,8 @@ const void* Shown(HandleValue handle)
     return reinterpret_cast<const void*>(handle);
 }
 
-// Returns no lines if memory runs out. The addresses are shown then, so that no handle is missing from the report.
+// Returns no lines if memory runs out. The caller then shows plain addresses, so that no handle is missing from the
+// report.
 std::vector<String> LinesOf(const scFrames& frames, CallerTexts& texts)
 {
     try
@@ -85,7 +86,7 @@ bool clsUTHandleList::Contains(HandleValue handle)
 std::unique_ptr<clsUTHandleList> clsUTHandleList::Snapshot() const
 {
     auto copy = std::make_unique<clsUTHandleList>(_name.View());
-    copy->_isReported = true; // only live lists report what is left at their end
+    copy->_isReported = true; // a snapshot must not report its handles when it is destroyed
     for (const auto& [handle, frames] : _handles)
     {
         auto own = std::make_unique<scFrames>(*frames);

@@ -15,7 +15,8 @@ namespace
 
 std::atomic<CaptureProtection> captureProtection = nullptr;
 
-// Walks through the library's own functions up to the call. Returns 0 if the walk doesn't reach it.
+// Walks the stack from here and skips the library's own frames, up to the return address `caller`. Returns 0 if the
+// walk doesn't reach it.
 [[gnu::noinline]] unsigned CaptureThroughLibrary(const void* caller, void** addresses, unsigned count)
 {
     constexpr unsigned kFrames = 40;
@@ -64,7 +65,7 @@ CallChains::Captured::Captured(const CallSite& caller)
 {
     if (_count != 0)
         return;
-    // The stack can't be walked. The nearest address is known all the same.
+    // The stack can't be walked, but its innermost address is known.
     _addresses[0] = caller.address;
     _count = 1;
 }
@@ -126,7 +127,8 @@ std::size_t CallChains::HashOf(const void* address)
     return static_cast<std::size_t>(Mixed(reinterpret_cast<std::uintptr_t>(address)) >> 32);
 }
 
-// Each address is rotated by another distance, because a multiplication for each would take longer than the comparison.
+// Combines the addresses with rotations, because one multiplication per address would take longer than comparing the
+// chains.
 std::uint32_t CallChains::HashOf(const Captured& captured)
 {
     std::uint64_t hash = captured.Count();
@@ -145,7 +147,8 @@ CallChains::Record* CallChains::Find(const scCallChain* chain) const
     return record;
 }
 
-// Without memory for more buckets, look-ups take longer.
+// Doubles the number of buckets once there are as many records. If memory runs out, the table stays as it is and
+// look-ups take longer.
 void CallChains::Grow()
 {
     if (_count < _buckets)
@@ -167,7 +170,7 @@ void CallChains::Grow()
             record = next;
         }
     if (formerByContent != _firstByContent)
-        HeapFree(GetProcessHeap(), 0, formerByContent); // holds both arrays
+        HeapFree(GetProcessHeap(), 0, formerByContent); // this block contains both arrays
 }
 
 void CallChains::Insert(Record& record)

@@ -1,4 +1,4 @@
-// Call chains of objects, heaps and jobs. Equal chains share a record with a reference count.
+// Stores the call chains of objects, heaps and jobs. Equal chains share one reference-counted record.
 #pragma once
 
 #include "stacks/callers.h"
@@ -9,8 +9,8 @@
 namespace qx
 {
 
-// Called with true before each capture of a call chain and with false after it. Whoever handles exceptions is in a
-// higher layer, so it registers itself here.
+// Called with true before each capture of a call chain and with false after it. The exception handlers are in a higher
+// layer, so they register this function here.
 using CaptureProtection = void (*)(bool begins);
 
 // Sets the protection, which may be null, and returns the previous one.
@@ -35,7 +35,7 @@ public:
     class Captured
     {
     public:
-        // `caller` is where the exported function that the thread is in was called.
+        // `caller` is the place from which the exported function was called.
         explicit Captured(const CallSite& caller);
 
         std::size_t Count() const { return _count; }
@@ -51,14 +51,14 @@ public:
     CallChains& operator=(const CallChains&) = delete;
     ~CallChains(); // frees all records
 
-    // Returns the record of a chain and counts one more use, or returns null if memory runs out.
+    // Returns the record of a chain and increments its reference count. Returns null if memory runs out.
     const scCallChain* Use(const Captured& captured);
 
-    // Counts one use less and frees the record of the last one. A pointer that refers to no record is ignored, since it
-    // may come from a damaged header.
+    // Decrements the reference count of a record and frees the record at 0. A pointer that isn't a record's is ignored,
+    // because it may come from a damaged header.
     void Release(const scCallChain* chain);
 
-    // Returns true if the pointer refers to a record. Doesn't read from there.
+    // Returns true if the pointer is a record's. Doesn't dereference it.
     bool IsRecord(const scCallChain* chain) const { return Find(chain) != nullptr; }
 
     std::size_t Count() const { return _count; }

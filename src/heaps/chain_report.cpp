@@ -15,7 +15,7 @@ namespace qx
 namespace
 {
 
-constexpr DWORD kPathCapacity = 1025; // longer paths don't fit a line
+constexpr DWORD kPathCapacity = 1025; // longer paths don't fit in a line
 
 struct KnownModule
 {
@@ -23,7 +23,7 @@ struct KnownModule
     wchar_t path[kPathCapacity];
 };
 
-// Memory that a report has looked up.
+// A memory region that a report has already looked up.
 struct KnownRegion
 {
     std::uintptr_t begin;
@@ -31,7 +31,8 @@ struct KnownRegion
     const wchar_t* path; // null if the memory isn't committed
 };
 
-// Static, because a report must not depend on free memory. Further modules and regions are looked up for each line.
+// Static arrays, because a report must not depend on free memory. Modules and regions that don't fit are looked up
+// again for each line.
 constexpr std::size_t kMostKnown = 64;
 KnownModule knownModules[kMostKnown];
 std::size_t knownCount = 0;
@@ -55,7 +56,7 @@ void StorePath(HMODULE module, KnownModule& place)
     place.path[length < kPathCapacity ? length : kPathCapacity - 1] = 0;
 }
 
-// Returns null if no more modules can be kept.
+// Returns the entry of a module, adding it if necessary. Returns null if the array is full.
 const KnownModule* Known(HMODULE module)
 {
     for (std::size_t i = 0; i < knownCount; ++i)
@@ -68,7 +69,8 @@ const KnownModule* Known(HMODULE module)
     return &place;
 }
 
-// A region is known from the lowest page that was looked up.
+// Stores a region. It begins at the page that was looked up, so a region that was looked up from a different page is
+// replaced.
 void Remember(const KnownRegion& region)
 {
     for (std::size_t i = 0; i < knownRegionCount; ++i)
@@ -81,7 +83,7 @@ void Remember(const KnownRegion& region)
         knownRegions[knownRegionCount++] = region;
 }
 
-// The path of the module that contains an address. Null if the memory isn't committed.
+// Returns the path of the module that contains an address, or null if the memory isn't committed.
 const wchar_t* PathOf(const void* address)
 {
     const auto place = reinterpret_cast<std::uintptr_t>(address);

@@ -1,4 +1,4 @@
-// The call chains in reports.
+// Writes call chains to reports.
 #pragma once
 
 namespace qx
@@ -7,8 +7,8 @@ namespace qx
 class CallChains;
 struct scCallChain;
 
-// The memory and the modules that a report has looked up so far. As long as one exists, chains are shown with its
-// paths, so each module is looked up once a report.
+// Keeps the module paths that a report has looked up. Create one for the duration of a report, so that each module is
+// looked up only once.
 class ReportedPaths
 {
 public:
@@ -21,7 +21,7 @@ private:
     bool _isOutermost;
 };
 
-// Writes a heading and a line for each address of the chain. Writes nothing if the pointer refers to no chain.
+// Writes a heading and a line for each address of the chain. Writes nothing if `chain` isn't a record of `chains`.
 void ReportChain(const CallChains& chains, const wchar_t* subject, const scCallChain* chain);
 
 } // namespace qx

@@ -1,4 +1,4 @@
-// The heap functions that are bound at run time.
+// The system's heap functions that are bound at run time, because some systems lack them.
 #pragma once
 
 #include <windows.h>
@@ -10,7 +10,7 @@
 namespace qx
 {
 
-// A null function is missing on this system.
+// A function that the system lacks is null.
 struct HeapFunctions
 {
     BOOL(WINAPI* lock)(HANDLE) = nullptr;
@@ -18,8 +18,8 @@ struct HeapFunctions
     BOOL(WINAPI* walk)(HANDLE, PROCESS_HEAP_ENTRY*) = nullptr;
     BOOL(WINAPI* validate)(HANDLE, DWORD, const void*) = nullptr;
     SIZE_T(WINAPI* compact)(HANDLE, DWORD) = nullptr;
-    // Shorter ways, where the system has them.
-    BOOL(WINAPI* freeMarked)(HANDLE, DWORD, void*, DWORD) = nullptr; // frees a block that begins with a word
+    // Faster alternatives that only the Linux layer has.
+    BOOL(WINAPI* freeMarked)(HANDLE, DWORD, void*, DWORD) = nullptr; // frees a block if it begins with the given word
     SIZE_T(WINAPI* sizeOfAny)(HANDLE, DWORD, const void*) = nullptr; // HeapSize, safe for any pointer
     const volatile char* isSingleThreaded = nullptr;                 // not 0 while the process has one thread
 };

@@ -39,7 +39,7 @@ void LeakGroups::Add(const clsHeapNode& heap)
         });
 }
 
-// A pointer to no record comes from a damaged header.
+// A pointer that isn't a record's comes from a damaged header. Such objects count as objects without a chain.
 LeakGroup& LeakGroups::GroupOf(const scCallChain* chain)
 {
     const auto known = _groupOfChain.find(chain);

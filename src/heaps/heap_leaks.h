@@ -14,14 +14,14 @@ namespace qx
 
 class clsHeapNode;
 
-// Objects that the same call chain allocated.
+// Objects with the same call chain.
 struct LeakGroup
 {
     static constexpr std::size_t kMostObjects = 8;
 
     std::uint64_t count = 0;
     std::uint64_t bytes = 0;
-    bool hasTicks = false; // plain objects have none
+    bool hasTicks = false; // plain objects have no ticks
     std::uint32_t firstTick = 0;
     std::uint32_t lastTick = 0;
     std::uint32_t tag = 0;               // of the first object that was found
@@ -29,11 +29,11 @@ struct LeakGroup
     const void* objects[kMostObjects]{}; // the first ones that were found
 };
 
-// Collects the groups. Chains are copied, so the groups remain valid after the section is left.
+// Collects the groups. Chains are copied, so the groups remain valid after the critical section is left.
 class LeakGroups
 {
 public:
-    // `now` is the present tick. Ticks are ordered by their age, since the counter wraps.
+    // `now` is the current tick count. Ticks are compared by their distance to it, because the counter wraps.
     LeakGroups(const CallChains& chains, std::uint32_t now) : _chains(chains), _now(now) {}
 
     // Adds the live objects of a heap. The caller holds the critical section of the heaps.

@@ -16,7 +16,8 @@ namespace
 constexpr SIZE_T kInitialSize = 32768;
 constexpr std::size_t kMostTraces = 10;
 
-// The system aligns blocks to 16 bytes, so the address of an object tells where its block begins if it has one.
+// The system aligns blocks to 16 bytes. A plain object is 4 bytes and a debug object 44 bytes after the start of its
+// block, so alignment distinguishes them.
 constexpr std::uintptr_t kBlockAlignment = 16;
 
 bool IsAligned(const void* block)
@@ -51,7 +52,7 @@ clsHeapNode* clsHeapNode::Create(
     if (memory == nullptr)
         return nullptr;
     auto* const heap = new (memory) clsHeapNode(owner, name, flags, chains);
-    // The exception is raised by the exported function, after the failure was reported and the section left.
+    // clsModuleList raises the exception itself, after the failure has been reported and the critical section left.
     const DWORD systemOptions = heap->_heapOptions & ~static_cast<DWORD>(HEAP_GENERATE_EXCEPTIONS);
     heap->_systemHeap = HeapCreate(systemOptions, kInitialSize, 0);
     if (heap->_systemHeap == nullptr)
@@ -114,8 +115,9 @@ void clsHeapNode::ReportImpossibleSize(std::uint32_t size, const CallSite& calle
         ReportLine(L"  %#p", captured[i]);
 }
 
-// Returns true if a block of this heap begins at an address. On some systems HeapSize reads in front of any pointer, so
-// HeapValidate has to find the block. Takes the system heap's lock: a host may allocate from it at the same time.
+// Returns true if a block of this heap begins at an address. Prefers HeapValidate, because on some systems HeapSize
+// reads the memory before any pointer. Takes the system heap's lock, because a host may allocate from that heap at the
+// same time.
 bool clsHeapNode::IsBlock(const void* block) const
 {
     if (block == nullptr || !IsAligned(block))
@@ -131,8 +133,8 @@ std::size_t clsHeapNode::BlockSize(const void* block) const
     return HeapSize(_systemHeap, Serialization(), block);
 }
 
-// Looks a pointer up among the blocks of this heap before anything is read from there. The size of a plain object's
-// block is seldom needed, so it isn't looked up.
+// Checks that the pointer refers to a block of this heap before reading memory near it. Doesn't look up the size of a
+// plain object's block, because callers seldom need it.
 clsHeapNode::Object clsHeapNode::Inspect(const void* object) const
 {
     const char* const word = BytesAt(object, -static_cast<std::ptrdiff_t>(sizeof kSecondMagic));
@@ -144,7 +146,7 @@ clsHeapNode::Object clsHeapNode::Inspect(const void* object) const
     return {canHaveHeader ? WordAt(word) : ReadWordCarefully(word), false, canHaveHeader ? size : kNoBlock};
 }
 
-// While lines are received, freed memory is filled, and errors have to be told.
+// Returns false while the debug output is active, because FreeObject then fills freed memory and reports errors.
 bool clsHeapNode::FreeQuickly(void* object)
 {
     const HeapFunctions* const functions = heapFunctions.load(std::memory_order_acquire);
@@ -167,7 +169,7 @@ bool clsHeapNode::FreeDebugObjectQuickly(char* object, const HeapFunctions& func
         IsAligned(block) ? functions.sizeOfAny(_systemHeap, Serialization(), block) : kNoBlock;
     if (blockSize == kNoBlock || blockSize < kDebugOverhead)
         return false;
-    __builtin_prefetch(block + blockSize - sizeof kFence); // while the header is loaded
+    __builtin_prefetch(block + blockSize - sizeof kFence); // loads the fence along with the header
     scDebugHeader header;
     std::memcpy(&header, block, sizeof header);
     if (header.secondMagic != kSecondMagic || header.firstMagic != kFirstMagic || header.size < 0 ||

@@ -39,17 +39,17 @@ constexpr std::uint32_t kObjectNoChain = 0x4;
 constexpr std::uint32_t kObjectPlain = 0x40;
 constexpr std::uint32_t kObjectDebug = 0x40000000;
 
-constexpr std::size_t kNameCapacity = 33; // longer names are cut
+constexpr std::size_t kNameCapacity = 33; // including the terminator; longer names are truncated
 
 class clsHeapNode
 {
 public:
-    // A debug object's header and block, as far as they can be read.
+    // What can be read of a debug object.
     struct DebugObject
     {
         scDebugHeader header;
         char* object;
-        std::size_t blockSize; // kNoBlock if it isn't a block of this heap
+        std::size_t blockSize; // kNoBlock if the object isn't in a block of this heap
     };
 
     static constexpr std::size_t kNoBlock = static_cast<std::size_t>(-1);
@@ -57,9 +57,10 @@ public:
     // Returns null if memory runs out. The record is allocated on the process heap.
     static clsHeapNode* Create(
         clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains, const CallSite& caller);
-    // Destroys the system heap, too. Returns kHeapsLeftOver if there were objects, otherwise 0.
+    // Reports what is left, then destroys the heap and its system heap. Returns kHeapsLeftOver if there were objects,
+    // otherwise 0.
     static std::int32_t Delete(clsHeapNode* heap);
-    // Frees the heap and its objects without a report. Doesn't count the uses of the objects' call chains.
+    // Frees the heap and its objects without a report. Doesn't release the call chains of the objects.
     static void Discard(clsHeapNode* heap);
 
     clsHeapNode(const clsHeapNode&) = delete;
@@ -74,7 +75,8 @@ public:
     HANDLE SystemHeap() const { return _systemHeap; }
     std::int32_t LiveBytes() const { return _liveBytes; }
 
-    // The first two report nothing and call no foreign code, so the only thread of a process needs no section for them.
+    // AllocObject and FreeQuickly report nothing and call no foreign code, so the only thread of a process may call
+    // them without the critical section.
 
     bool MakesDebugObject(std::uint32_t flags) const
     {
@@ -94,22 +96,23 @@ public:
         ++_totalAllocations;
         return object;
     }
-    // Frees an object about which there is nothing to report. Otherwise returns false and changes nothing.
+    // Frees an object if there is nothing to report about it. Otherwise returns false and changes nothing.
     bool FreeQuickly(void* object);
-    // Reports why there is no object. Returns true if the system heap had no memory.
+    // Reports why an allocation failed. Returns true if memory ran out, false if the size is too large.
     bool ReportFailedAllocation(std::uint32_t size, std::uint32_t flags, const CallSite& caller) const;
     std::int32_t FreeObject(void* object);
     std::int32_t SizeObject(const void* object) const;
 
     std::int32_t Validate(const void* object);
     std::int32_t ShrinkHeap();
-    // The sum of the sizes of all used blocks, at most INT32_MAX, or kHeapsNotSupported without HeapWalk.
+    // Returns the sum of the sizes of all used blocks, at most INT32_MAX, or kHeapsNotSupported if the system lacks
+    // HeapWalk.
     std::int32_t SizeOfBlocks() const;
 
-    // Writes what is left on the heap.
+    // Writes the objects that are still on the heap to the debug output.
     void Report() const;
 
-    // The visitors are called until they return false. Without HeapWalk, they aren't called.
+    // Call the visitor for each block or object until it returns false. Never call it if the system lacks HeapWalk.
     template <class Visitor>
     void ForEachBlock(Visitor visitor) const; // visitor(block, size) for each used block
     template <class Visitor>
@@ -118,25 +121,26 @@ public:
 private:
     friend class clsModuleNode; // links the heaps
 
-    // What a pointer to an object refers to, by the blocks of this heap.
+    // What Inspect found out about a pointer.
     struct Object
     {
         std::uint32_t magic;        // the word before the object
-        bool isPlainBlock;          // a block begins with that word
-        std::size_t debugBlockSize; // of the block that begins where a debug object's header would, or kNoBlock
+        bool isPlainBlock;          // a block of this heap begins with this word
+        std::size_t debugBlockSize; // size of the block that begins at a debug object's header, or kNoBlock
     };
 
     clsHeapNode(clsModuleNode& owner, const wchar_t* name, std::uint32_t flags, CallChains& chains);
     ~clsHeapNode() = default;
 
     Object Inspect(const void* object) const;
-    // HEAP_NO_SERIALIZE or 0. Debug objects show the system heap's handle, and a host may use it at the same time.
+    // Returns HEAP_NO_SERIALIZE if the heap was created with it. Otherwise the system heap takes its own lock as well,
+    // because each debug object contains its handle and a host may use it at the same time.
     DWORD Serialization() const { return _heapOptions & HEAP_NO_SERIALIZE; }
     bool IsBlock(const void* block) const;
     std::size_t BlockSize(const void* block) const; // of a block of this heap
     DebugObject ReadDebugObject(const void* object, std::size_t blockSize) const;
 
-    // Sizes of objects are signed in all results and records.
+    // Object sizes must fit in 31 bits, because they are signed in all results and records.
     static bool IsPossible(std::uint32_t size) { return static_cast<std::int32_t>(size) >= 0; }
     char* AllocBlock(std::size_t size, std::uint32_t flags)
     {
@@ -174,13 +178,13 @@ private:
     std::int32_t _liveBytes = 0;
     std::int32_t _totalAllocations = 0;
     std::int32_t _maximumLiveObjects = 0;
-    std::size_t _chainsInUse = 0; // of live objects
+    std::size_t _chainsInUse = 0; // number of live objects with a call chain
     clsHeapNode* _next = nullptr;
     clsHeapNode* _previous = nullptr;
     CallChains& _chains;
 };
 
-// Copies a name, cut to the capacity. A null name becomes an empty one.
+// Copies a name, truncating it if necessary. A null name becomes an empty name.
 void CopyName(wchar_t (&target)[kNameCapacity], const wchar_t* name);
 
 } // namespace qx

@@ -1,4 +1,4 @@
-// The reports of a heap, and its end.
+// Reports about a heap, and its destruction.
 #include "diag/report.h"
 #include "heaps/chain_report.h"
 #include "heaps/heap_walk.h"

@@ -1,4 +1,4 @@
-// Checks and sums of all blocks of a heap.
+// Operations on all blocks of a heap: checks of debug objects, and the total size.
 #include "heaps/heap_walk.h"
 
 #include "diag/report.h"
@@ -9,7 +9,7 @@
 namespace qx
 {
 
-// Without a block of this heap, the fields that can't be read are 0.
+// If the object isn't in a block of this heap, reads only accessible memory; all other fields are 0.
 clsHeapNode::DebugObject clsHeapNode::ReadDebugObject(const void* object, std::size_t blockSize) const
 {
     DebugObject result{{}, BytesAt(object, 0), blockSize};
@@ -71,7 +71,7 @@ std::int32_t clsHeapNode::Validate(const void* object)
         const std::uint32_t magic = Inspect(object).magic;
         const std::size_t offset = magic == kSecondMagic ? kDebugHeaderSize : magic == kPlainMagic ? kPlainOverhead : 0;
         const void* const base = BytesAt(object, -static_cast<std::ptrdiff_t>(offset));
-        // The system's check may read from an address that isn't a block.
+        // The system's check may read from any address it is given, so the address must be a block's.
         if (!IsBlock(base) || !functions.validate(_systemHeap, Serialization(), base))
         {
             ReportLine(L" Error: Heap corrupted");

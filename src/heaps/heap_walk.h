@@ -1,4 +1,4 @@
-// The walks over a heap's blocks.
+// Iterates over the blocks of a heap.
 #pragma once
 
 #include "heaps/heap_functions.h"
@@ -11,7 +11,8 @@
 namespace qx
 {
 
-// The lock of a system heap, if it has one and the functions exist. A visitor may throw while it is held.
+// Locks a system heap for the lifetime of the object, if the heap is serialised and the system has the functions.
+// Released in a destructor, because a visitor may throw.
 class SystemHeapLock
 {
 public:

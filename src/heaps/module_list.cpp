@@ -21,7 +21,7 @@ constexpr DWORD kNoMemoryStatus = 0xC0000017;
 } // namespace
 
 clsModuleList& clsModuleList::instance =
-    MakeForever<clsModuleList>(); // so the section exists from the library's load on
+    MakeForever<clsModuleList>(); // so that the critical section exists as soon as the library is loaded
 
 clsModuleList::~clsModuleList()
 {
@@ -32,7 +32,7 @@ clsModuleList::~clsModuleList()
     }
 }
 
-// Runs an operation of a heap in the section, as a block of lines if the job is traced.
+// Runs an operation of a heap inside the critical section. If the job is traced, reports it as a block of lines.
 template <class Work>
 std::int32_t clsModuleList::Traced(clsHeapNode* heap, const wchar_t* format, Work work)
 {
@@ -87,7 +87,7 @@ std::int32_t clsModuleList::Close(clsModuleNode* module)
 clsHeapNode* clsModuleList::CreateHeap(
     clsModuleNode* module, const wchar_t* name, std::uint32_t flags, const CallSite& caller)
 {
-    LateHeapFunctions(); // so that objects needn't resolve them
+    LateHeapFunctions(); // so that allocating and freeing objects needn't resolve them
     const clsCriticalSectionLock lock(_section);
     if (!HasModule(module))
         return nullptr;
@@ -192,7 +192,8 @@ void* clsModuleList::AllocObject(
     return heap->AllocObject(size, flags, tag, caller);
 }
 
-// In the section in any case, because whoever receives the report may start threads.
+// Always enters the critical section, even if the process has only one thread, because the receiver of the report may
+// start threads.
 void clsModuleList::ReportFailedAllocation(
     const clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, const CallSite& caller)
 {
@@ -207,7 +208,8 @@ void clsModuleList::ReportFailedAllocation(
 
 std::int32_t clsModuleList::FreeObject(clsHeapNode* heap, void* object)
 {
-    // The header is seldom in the cache. Its load takes as long as entering the section and looking up the block.
+    // Loads the header in advance, because it is seldom in the cache and loading it takes as long as entering the
+    // critical section and looking up the block.
     __builtin_prefetch(BytesAt(object, -static_cast<std::ptrdiff_t>(kPlainOverhead)));
     if (heap->IsDebugHeap())
         __builtin_prefetch(BytesAt(object, -static_cast<std::ptrdiff_t>(kDebugHeaderSize)));
@@ -260,7 +262,7 @@ std::int32_t clsModuleList::Delete(clsModuleNode* module)
     return clsModuleNode::Delete(module);
 }
 
-// Compares the whole name with the stored ones, which may be cut.
+// Compares the whole name, but stored names may be truncated, so a name longer than 32 characters is never found.
 clsModuleNode* clsModuleList::Find(const wchar_t* name) const
 {
     for (clsModuleNode* module = _first; module != nullptr; module = module->_next)

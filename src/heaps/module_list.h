@@ -1,4 +1,4 @@
-// All jobs of the process, and the section that protects everything about tracked heaps.
+// All jobs of the process, and the critical section that protects all tracked heaps.
 #pragma once
 
 #include "core/critical_section.h"
@@ -10,9 +10,8 @@
 namespace qx
 {
 
-// The functions are called by the exported functions of the same purpose. `caller` is the return address of the
-// exported function, with which call chains begin. Handles of heaps and jobs are looked up where that is said;
-// otherwise a heap handle is trusted.
+// Each function implements an exported function. `caller` is the return address of the exported function, at which call
+// chains begin. A heap handle must be valid unless a comment says that it is looked up.
 class clsModuleList
 {
 public:
@@ -21,7 +20,7 @@ public:
     clsModuleList() = default;
     clsModuleList(const clsModuleList&) = delete;
     clsModuleList& operator=(const clsModuleList&) = delete;
-    // Frees all jobs, heaps and objects that are left, without a report: the debug output is closed by then.
+    // Frees all remaining jobs, heaps and objects without a report, because the debug output is closed by then.
     ~clsModuleList();
 
     clsModuleNode* Open(const wchar_t* name, std::uint32_t flags, const CallSite& caller);
@@ -34,23 +33,24 @@ public:
     std::int32_t ValidateHeap(clsHeapNode* heap, const void* object);
     std::int32_t ShrinkHeap(clsHeapNode* heap);
 
-    // Stores the live objects of a heap, or of all heaps of a job; with two null handles, of all heaps. Looks the
-    // handles up. Returns 0, kHeapsInvalidHandle or kHeapsNotSupported.
+    // Groups the live objects of a heap, of all heaps of a job (null heap), or of all heaps (both null) by their call
+    // chains. Looks up the handles. Returns 0, kHeapsInvalidHandle or kHeapsNotSupported.
     std::int32_t GroupLeaks(const clsModuleNode* module, const clsHeapNode* heap, std::vector<LeakGroup>& groups);
 
-    // Raises STATUS_NO_MEMORY, after leaving the section, if memory runs out and the heap's flags say so.
+    // If memory runs out and the heap was created with kHeapGenerateExceptions, raises STATUS_NO_MEMORY after leaving
+    // the critical section.
     void* AllocObject(
         clsHeapNode* heap, std::uint32_t size, std::uint32_t flags, std::uint32_t tag, const CallSite& caller);
     std::int32_t FreeObject(clsHeapNode* heap, void* object);
     std::int32_t SizeObject(clsHeapNode* heap, const void* object);
 
-    // The section, for callers that use the records directly.
+    // Returns the critical section, for callers that use the records directly.
     clsCriticalSection& Section() { return _section; }
     const CallChains& Chains() const { return _chains; }
 
     // Compare addresses only.
     bool HasModule(const void* module) const;
-    clsModuleNode* OwnerOf(const void* heap) const; // null if it is on no list
+    clsModuleNode* OwnerOf(const void* heap) const; // null if there is no such heap
 
 private:
     clsModuleNode* Add(const wchar_t* name, std::uint32_t flags, const CallSite& caller);
@@ -73,7 +73,7 @@ private:
     CallChains _chains;
 };
 
-// Objects without a heap. They don't enter the section.
+// For objects that are allocated without a heap. These functions don't enter the critical section.
 void* AllocObjectWithoutHeap(std::uint32_t size, std::uint32_t flags);
 std::int32_t FreeObjectWithoutHeap(void* object);
 std::int32_t SizeObjectWithoutHeap(const void* object);

@@ -14,7 +14,7 @@ class clsModuleNode
 public:
     // Returns null if memory runs out. The record is allocated on the process heap.
     static clsModuleNode* Create(const wchar_t* name, std::uint32_t flags, CallChains& chains, const CallSite& caller);
-    // Deletes the heaps, too. Returns kHeapsLeftOver if there were any, otherwise 0.
+    // Deletes the job with its heaps. Returns kHeapsLeftOver if there were any, otherwise 0.
     static std::int32_t Delete(clsModuleNode* module);
     // Frees the job and its heaps without a report.
     static void Discard(clsModuleNode* module);
@@ -59,7 +59,7 @@ private:
     CallChains& _chains;
 };
 
-// The form of a name in messages.
+// Returns the name as shown in messages.
 inline const wchar_t* ShownName(const wchar_t* name)
 {
     return name != nullptr ? name : L"(NULL)";

@@ -28,7 +28,7 @@ struct scDebugHeader
     std::uint32_t firstMagic;
     std::uint32_t reserved;
     HANDLE systemHeap;
-    std::uint32_t tick; // of the allocation
+    std::uint32_t tick; // tick count at the allocation
     std::uint32_t reserved2;
     const scCallChain* chain; // may be null
     std::uint32_t tag;
@@ -59,7 +59,8 @@ inline std::uint32_t WordAt(const void* address)
     return word;
 }
 
-// Returns true if the fence follows an object in a block. A damaged size may point anywhere.
+// Returns true if the fence follows the object inside the block. The size may be damaged, so the place of the fence is
+// checked before it is read.
 inline bool HasFenceInBlock(const void* object, std::int32_t size, std::size_t blockSize)
 {
     const std::int64_t end = std::int64_t{size} + static_cast<std::int64_t>(kDebugOverhead);

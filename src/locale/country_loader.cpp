@@ -291,7 +291,7 @@ private:
                 std::find_if(keys.begin(), keys.end(), [&](const auto& entry) { return fits(entry.first); });
             if (found == keys.end())
                 continue;
-            // The codes refer to the country's main language if it is known.
+            // The codes become aliases of the key with the country's main language, if it is known.
             String key;
             if (!_tables.aliasTable.Find(row.name, key) || !fits(key))
                 key = found->second;

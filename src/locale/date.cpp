@@ -12,7 +12,7 @@ constexpr std::int64_t kFirstGregorianDate = 15821015; // the digits of year, mo
 constexpr std::int64_t kFirstGregorianDay = 2299161;
 constexpr std::int64_t kFirstDayOfYear1 = 1721424;
 
-// Truncates a value to 64 bits, which all steps use, because no combination of fields overflows them.
+// Truncates a value to an integer. All steps calculate with 64 bits, which no combination of fields overflows.
 std::int64_t Truncated(double value)
 {
     return static_cast<std::int64_t>(value);

@@ -141,7 +141,7 @@ HtmlElement FindHtmlElement(std::wstring_view name)
     for (std::size_t bucket = BucketOfKey(key);; bucket = (bucket + 1) % kElementBuckets)
     {
         if (kElementTable[bucket].key == key)
-            return kElementTable[bucket].element; // key 0 ends at an empty bucket, which contains `other`
+            return kElementTable[bucket].element; // key 0 is found in an empty bucket, whose element is Other
         if (kElementTable[bucket].key == 0)
             return HtmlElement::Other;
     }

@@ -53,7 +53,7 @@ std::size_t FoldBlankLines(wchar_t* text, std::size_t length)
 
 } // namespace
 
-// The last "-->" counts, not the first one: text between two comments is removed as well.
+// Removes up to the last "-->", not the first one, so text between two comments is removed as well.
 std::size_t RemoveComments(wchar_t* html, std::size_t length)
 {
     constexpr std::wstring_view kOpening = L"<!--", kClosing = L"-->";

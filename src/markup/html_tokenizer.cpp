@@ -115,7 +115,7 @@ bool HtmlTokenizer::ReadTag(HtmlToken& token)
     return true;
 }
 
-// Reads the content of an element without markup. The token may be empty.
+// Reads the content of an element in which markup isn't recognised. The token may be empty.
 HtmlToken HtmlTokenizer::ReadRawText()
 {
     std::size_t end = _html.size();

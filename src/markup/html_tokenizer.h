@@ -48,7 +48,7 @@ private:
 
     std::wstring_view _html;
     std::size_t _at = 0;
-    HtmlElement _rawElement = HtmlElement::Other; // the element whose raw content follows, or `other`
+    HtmlElement _rawElement = HtmlElement::Other; // the element whose raw content follows, or Other
     std::wstring_view _rawName;                   // as written
 };
 

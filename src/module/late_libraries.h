@@ -48,7 +48,7 @@ public:
     LateFunction<int(LCID, wchar_t*, int, DWORD)> p_LCIDToLocaleName{*this, L"p_LCIDToLocaleName", 16};
     LateFunction<int(const wchar_t*, DWORD, const wchar_t*, int, wchar_t*, int, void*, void*, LPARAM)> p_LCMapStringEx{
         *this, L"p_LCMapStringEx", 36};
-    // Those with the prefix "Qx" are the layer's own.
+    // Functions with the prefix "Qx" exist only in the Linux layer.
     LateProcedure p_QxCaptureFrom{*this, L"p_QxCaptureFrom", 12};
     LateProcedure p_QxHeapFreeMarked{*this, L"p_QxHeapFreeMarked", 16};
     LateProcedure p_QxHeapSizeOfAny{*this, L"p_QxHeapSizeOfAny", 12};
@@ -60,7 +60,7 @@ public:
     LateProcedure p_Wow64RevertWow64FsRedirection{*this, L"p_Wow64RevertWow64FsRedirection", 4};
 };
 
-// Snapshots of a process's modules. They are part of kernel32 unless there is a library of their own.
+// Functions that list the modules of a process in a snapshot. They are in kernel32 or in a separate library.
 template <class Library>
 class SnapshotFunctions : public Library
 {

@@ -9,19 +9,19 @@ namespace qx
 namespace
 {
 
-// Offsets in an image in the Portable Executable format: in the DOS header,
+// Offsets in an image in the Portable Executable format. Relative to the DOS header:
 constexpr std::size_t kPlaceOfNewHeader = 0x3C;
-// from the PE signature,
+// Relative to the PE signature:
 constexpr std::size_t kSectionCount = 6;
 constexpr std::size_t kLinkTime = 8;
 constexpr std::size_t kOptionalHeaderSize = 20;
 constexpr std::size_t kOptionalHeader = 24;
-// from the optional header (in its 64-bit and its 32-bit form),
+// Relative to the optional header, which has a 64-bit and a 32-bit form:
 constexpr std::size_t kImageSize = 56;
 constexpr std::size_t kResourceEntry64 = 112 + 2 * 8;
 constexpr std::size_t kResourceEntry32 = 96 + 2 * 8;
 constexpr std::uint16_t kMagic64 = 0x20B;
-// and in a section header.
+// Relative to a section header:
 constexpr std::size_t kSectionSize = 40;
 constexpr std::size_t kSectionAddress = 12;
 
@@ -189,7 +189,7 @@ const void* FindVersionBlock(HMODULE module)
         std::uint16_t told = 0; // the length in the block's first word, on which its readers rely
         if (entry && !entry->IsDirectory() && image.Read(resources + std::size_t{entry->Place()}, data) &&
             image.At(data) != nullptr && image.Read(data.address, told) && told <= data.size)
-            block = image.At(data); // the last language wins
+            block = image.At(data); // if there are several languages, the last one is used
     }
     return block;
 }

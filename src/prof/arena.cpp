@@ -44,7 +44,7 @@ public:
 private:
     static constexpr std::size_t kBits = 64;
 
-    // Returns the first unit from `from` on that is marked, or not marked.
+    // Returns the first unit from `from` on that is marked, or that isn't marked if `isMarked` is false.
     std::size_t Find(std::size_t from, bool isMarked) const
     {
         while (from < _units)

@@ -49,7 +49,7 @@ private:
     static constexpr std::size_t kSmallUnits = 128; // up to 1 KB is cut from chunks; larger blocks are allocated singly
     static constexpr std::size_t kFirstChunk = 4096;
     static constexpr std::size_t kLargestChunk = std::size_t{1} << 15;
-    static constexpr std::size_t kLeastMerge = std::size_t{1} << 16; // free bytes
+    static constexpr std::size_t kLeastMerge = std::size_t{1} << 16; // free bytes that must be added before a merge
 
     struct Chunk
     {

@@ -168,7 +168,7 @@ ProfError UnpackLeafByPath(clsItemList& start, const wchar_t* path, const String
 std::int32_t AppendFiles(clsItemList& list, const String& pattern, const String& key)
 {
     std::int32_t count = 0;
-    // The folder's path may be longer than MAX_PATH.
+    // Doesn't use GetPathDirectory, because the folder's path may be longer than MAX_PATH.
     const std::wstring_view directory = pattern.View().substr(0, pattern.View().find_last_of(L"/\\:") + 1);
     const String folder(directory);
     for (FileFinder finder(pattern, false); finder.Next();)

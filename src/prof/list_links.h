@@ -1,4 +1,4 @@
-// For each item of a large list, the node before it and the other items with the same name.
+// Stores the predecessor of each item of a large list, and links the items with the same name.
 #pragma once
 
 #include "containers/slist.h"

@@ -222,8 +222,8 @@ bool clsProfJob::LoadObject(clsFile& file)
     return LoadText(file, UTFType::UTF16LE);
 }
 
-// Unpacks into a temporary file, so that memory use doesn't grow with the unpacked size. Nothing after unpacking means
-// an empty profile, as for an empty file. Unpacking stops when the result is too large to be loaded.
+// Unpacks into a temporary file, so that memory use doesn't grow with the unpacked size. If the result is empty, so is
+// the profile, as for an empty file. Unpacking stops when the result is too large to be loaded.
 bool clsProfJob::LoadPacked(clsFile& file, unsigned layer)
 {
     clsFileRWTemp image(L"PRF", L"prf");

@@ -13,7 +13,7 @@ namespace qx
 // Unlike in a cache, nothing expires: the table contains the texts that are in use. A table that counts references
 // frees a text with its last reference. A table that doesn't count them only grows, and is freed with the job's arena.
 //
-// The low 8 bits of String::Hash select one of 256 buckets. Each bucket is a hash set with open addressing, in which a
+// The low 8 bits of a text's hash select one of 256 buckets. Each bucket is a hash set with open addressing, in which a
 // search takes one or two memory accesses regardless of the number of texts. The hash has no secret key, so a hostile
 // file can contain any number of texts with the same hash. A search therefore stops after kLongestProbe slots, and a
 // text that finds no free slot by then isn't stored. This costs only memory, because texts are always compared by

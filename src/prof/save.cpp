@@ -77,7 +77,8 @@ ProfError DeliverAndClose(const clsProfOutput& content, clsFile& target)
 }
 
 // Writes the file directly under its name, creating it if necessary: for dangling links, and where no side file can be
-// created. A new file is deleted again if the contents can't be written, by its own path: the name may be a link's.
+// created. If the contents can't be written, a new file is deleted again. It is deleted by its full path, because
+// `name` may be a link.
 ProfError CreateInPlace(const clsProfOutput& content, const String& name)
 {
     clsFileRW target;

@@ -174,7 +174,7 @@ private:
             _state.source |= kSourceIgnored; // other attributes, or a field without a value
         SkipTag();
         if (_text.begin[-1] == L'>' && _text.begin[-2] == L'/')
-            EndField(); // nothing is inside
+            EndField(); // an empty element
     }
 
     // Returns the unmasked value. A value may span lines; leading blanks of its lines and empty lines are dropped.
@@ -187,7 +187,7 @@ private:
             wchar_t* const value = std::exchange(_text.begin, end + kEnd.size());
             return Unmasked(value, end);
         }
-        _state.source |= kSourceIgnored; // its empty lines, and the leading blanks of its further lines
+        _state.source |= kSourceIgnored; // the value's empty lines and leading blanks are dropped
         _value.assign(_text.begin, _text.end);
         do
         {

@@ -10,7 +10,7 @@ namespace qx
 namespace
 {
 
-// A request for texts. It is owned by both threads, because after a time-out the service thread may still use it.
+// A request for texts. Shared by the caller and the service thread, which may still use it after the caller's time-out.
 struct FormatRequest
 {
     std::vector<std::uint64_t> addresses;

@@ -1,4 +1,4 @@
-// Texts of addresses, made in a session of the debug-help library.
+// Describes addresses as text, using a session of the debug-help library.
 #pragma once
 
 #include "core/text/string.h"
@@ -20,12 +20,12 @@ using AddressFormatter = String (*)(clsDBGHELP& session, std::uint64_t address, 
 bool FormatAddresses(clsDBGHelpWrapper& job, std::vector<std::uint64_t> addresses, bool areExact,
     AddressFormatter format, std::vector<String>& texts);
 
-// The texts of call chains in a report. The first chain opens a session, which serves the whole report: opening one for
-// each chain would load the symbols again each time.
+// Describes the call chains of one report. The first chain opens a session that is used for the whole report, because
+// each new session would load the symbols again.
 class CallerTexts
 {
 public:
-    // Returns the line of FormatFrame for each address, or nothing if there is no session.
+    // Returns the text of FormatFrame for each address, or nothing if no session could be opened.
     std::vector<String> Lines(const scCaller* callers, unsigned count);
 
 private:

@@ -19,7 +19,7 @@ constexpr unsigned kMostDumpedFrames = 200;
 
 void DumpForFailure(int frames)
 {
-    DumpCallers(1, static_cast<unsigned>(std::max(frames, 0))); // without this function
+    DumpCallers(1, static_cast<unsigned>(std::max(frames, 0))); // skips this function
 }
 
 } // namespace
@@ -71,7 +71,7 @@ void WriteModuleRegions()
         if (path.IsEmpty())
             continue;
         const std::uintptr_t last = address + (region.RegionSize - 1);
-        // All digits are shown, at least eight.
+        // Shows at least eight digits, and more for addresses that need them.
         ReportLine(L"0x%08I64x-0x%08I64x: %s", static_cast<std::uint64_t>(address), static_cast<std::uint64_t>(last),
             path.Text());
     }

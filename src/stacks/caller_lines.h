@@ -1,4 +1,4 @@
-// Lines of the debug output about call chains and modules.
+// Writes call chains and modules to the debug output.
 #pragma once
 
 #include "stacks/callers.h"
@@ -14,10 +14,10 @@ void PrepareStacks();
 // `count`.
 void DumpCallers(unsigned skip, unsigned count);
 
-// Writes the path of the module of each address, without the first `skip`, and an empty line.
+// Writes the path of the module that contains each address, without the first `skip` addresses, and then an empty line.
 void WriteCallerModules(const scCaller* entries, unsigned count, unsigned skip);
 
-// Writes the first region of each module.
+// Writes the address range and path of the first memory region of each loaded module.
 void WriteModuleRegions();
 
 } // namespace qx

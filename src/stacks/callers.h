@@ -17,11 +17,11 @@ struct scCaller
 
 static_assert(sizeof(scCaller) == 24 && offsetof(scCaller, address) == 8);
 
-// Where a capture begins: the return address of a function of the library, and the registers after the return. The
-// layer reads the fields in this order.
+// The place where a capture begins: the return address of a function of the library, and the registers after the
+// return. The Linux layer relies on the order of the fields.
 struct CallSite
 {
-    // The function that calls this one must not have left when the capture begins.
+    // Use the result only while the function that called this one is still running.
     [[gnu::always_inline]] static CallSite OfThisFunction()
     {
         const auto* const frame = static_cast<const std::uintptr_t*>(__builtin_frame_address(0));
@@ -47,7 +47,8 @@ struct CallSite
 unsigned CaptureCallers(scCaller* entries, unsigned count) noexcept;
 void PrepareCaptures();
 
-// Stores return addresses, beginning with the call site's, and returns their number. 0 if the system can't begin there.
+// Stores return addresses, beginning with the call site's, and returns their number. Returns 0 if the system can't
+// begin a walk at a call site.
 unsigned CaptureFrom(const CallSite& site, void** addresses, unsigned count) noexcept;
 
 } // namespace qx

@@ -1,4 +1,4 @@
-// The registers of a CONTEXT that a walk begins with, for the processor that the program was built for.
+// Returns the registers of a CONTEXT at which a stack walk begins, for the processor that the program was built for.
 #pragma once
 
 #include <windows.h>
@@ -8,7 +8,7 @@
 namespace qx
 {
 
-// Templates, because only one of the fields exists.
+// Templates, so that the fields of other processors, which CONTEXT lacks, may be named.
 template <class Context>
 std::uint64_t ProgramCounterOf(const Context& context)
 {

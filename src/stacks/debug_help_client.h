@@ -1,4 +1,4 @@
-// The debug-help service of another copy of the library.
+// Uses the debug-help service of another copy of the library.
 #pragma once
 
 #include "module/sibling_library.h"

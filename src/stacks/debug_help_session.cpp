@@ -168,12 +168,12 @@ void clsDBGHELP::AddModules()
     }
     catch (const std::bad_alloc&)
     {
-        _modules.reset(new clsDBGModuleList); // a list that isn't empty counts as complete
+        _modules.reset(new clsDBGModuleList); // discards the partial list, which would count as complete
         throw;
     }
 }
 
-// Counts first, so that no memory is allocated while the system enumerates.
+// Enumerates twice, first to count the modules, so that no memory is allocated while the system enumerates.
 std::vector<LoadedModule> clsDBGHELP::EnumerateModules()
 {
     struct Enumeration
@@ -341,7 +341,7 @@ ParameterSet clsDBGHELP::Describe(
     item.parameterCount = kParametersWithoutSymbol;
     const std::uint64_t lookedUp = isExact ? address : address - 1;
     IMAGEHLP_MODULE64 info{};
-    const bool hasModule = FindModuleOf(lookedUp, info); // loads it if necessary, for the symbol
+    const bool hasModule = FindModuleOf(lookedUp, info); // loads the module if necessary, so that the symbol is found
     ParameterSet unknown = kWithoutSymbol;
     if ((detail & kSymbolAndLine) != 0)
         unknown = DescribeSymbol(item, lookedUp, frameBase);

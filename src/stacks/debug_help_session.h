@@ -17,13 +17,14 @@ namespace qx
 class clsDBGHELP : public clsRGDBGHELP
 {
 public:
-    // Bits of the mode.
+    // Bits of the session's mode.
     static constexpr unsigned kSetsSymbolPath = 1;
-    static constexpr unsigned kReadsNoVersions = 2; // loads line information instead
-    // Texts of addresses need lines, but no versions. On some systems a session loads no lines unless it is asked to.
+    static constexpr unsigned kReadsNoVersions = 2; // loads line information instead of versions
+    // The mode for describing addresses, which needs line information but no versions. On some systems a session loads
+    // line information only in this mode.
     static constexpr unsigned kForTexts = kSetsSymbolPath | kReadsNoVersions;
 
-    // Bits of the detail of a record.
+    // Bits of `detail`: what a record contains.
     static constexpr unsigned kModule = 1;
     static constexpr unsigned kSymbolAndLine = 2;
     static constexpr unsigned kParameters = 4;

@@ -187,7 +187,7 @@ int clsDBGHelpWrapper::Execute(Command command)
     }
 }
 
-// Polls, because the lock may be held by a thread that never leaves it.
+// Polls with a time limit, because the thread that holds the lock may never release it.
 bool clsDBGHelpWrapper::EnterThreadingLock()
 {
     const unsigned long long start = UtilGetTicks();

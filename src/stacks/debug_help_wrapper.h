@@ -17,7 +17,7 @@ namespace qx
 // Time limits, in milliseconds. Variables, so that tests needn't wait.
 struct DebugHelpTimes
 {
-    DWORD lock = 5'000;     // for the lock that one job holds at a time
+    DWORD lock = 5'000;     // for the threading lock, which only one job can hold
     DWORD command = 60'000; // for a command
 };
 DebugHelpTimes& TheDebugHelpTimes();
@@ -25,7 +25,8 @@ DebugHelpTimes& TheDebugHelpTimes();
 // Makes later jobs work on the calling thread and wait for no lock. Called when the library is unloaded.
 void EndDebugHelpThreads();
 
-// Return the lock that each job holds, and a lock for the callers' use of graphics. Both live as long as the library.
+// Return the threading lock, which each job holds, and a lock that callers may use for graphics. Both live as long as
+// the library.
 clsCriticalSection& DebugHelpThreadingLock();
 clsCriticalSection& GraphicsThreadingLock();
 

@@ -1,4 +1,4 @@
-// Frames as text.
+// Formats stack frames as text.
 #pragma once
 
 #include "stacks/debug_help_session.h"

@@ -103,7 +103,7 @@ void SetSizeText(DBGParameter& parameter, std::uint64_t size)
 struct PointerTexts
 {
     ParameterKind kind;
-    const char* narrow; // for narrow text
+    const char* narrow; // shown if the text is narrow
     const wchar_t* wide;
 };
 

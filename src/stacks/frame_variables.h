@@ -1,4 +1,4 @@
-// Parameters and local variables of a frame.
+// Reads the parameters and local variables of a stack frame.
 #pragma once
 
 #include "stacks/debug_help_session.h"

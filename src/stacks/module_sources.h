@@ -1,4 +1,4 @@
-// The loaded modules of this process, as the system lists them.
+// Lists the loaded modules of this process.
 #pragma once
 
 #include "core/text/string.h"

@@ -39,7 +39,7 @@ static_assert(offsetof(DBGModuleItem, company) == 636 && offsetof(DBGModuleItem,
 
 inline constexpr int kMostParameters = 50;
 
-// Some of the parameters of a record: a bit for each, the lowest for the first one.
+// A set of parameters of a record: one bit for each, the lowest for the first parameter.
 using ParameterSet = std::uint64_t;
 static_assert(kMostParameters <= 64);
 
@@ -163,7 +163,7 @@ public:
         Rewind();
     }
 
-    // Makes another list of the same items.
+    // Returns a new list that shares the items of this one.
     clsDBGList* Share() const { return new clsDBGList(_items); }
 
     const WCValDList<Item*>& Records() const { return _items->list; }

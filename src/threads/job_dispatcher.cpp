@@ -45,8 +45,9 @@ bool HasGroup(const ThreadedJobs& jobs, int group)
 
 } // namespace
 
-// Returns true if other threads hold jobs of the group. Returns false if the calling thread holds a job itself, that
-// is, if a host or a job waits for the end. Waiting could deadlock then, because other threads may wait for that job.
+// Returns true if other threads hold jobs of the group. Returns false if the calling thread holds a job itself, which
+// is the case if a job or a host calls Finalize or Close. Waiting for the other threads could then deadlock, because
+// they may wait for the caller's job.
 bool clsThreadedJobDispatcher::OthersHaveJobs(int group) const
 {
     bool haveAny = false;
@@ -141,8 +142,9 @@ void clsThreadedJobDispatcher::Close()
 }
 
 // Runs jobs and passes each finished job to `handBack` until no jobs are left. If there is neither a job to run nor a
-// finished job, calls `mayWait`. If it returns true, this function waits for the event; otherwise `mayWait` has waited
-// itself. Afterwards checks for the end, and yields. Calls `mayWait` once even if the dispatcher is empty.
+// finished job, calls `mayWait`. If `mayWait` returns true, waits for the event; otherwise `mayWait` has waited itself.
+// Then checks whether all jobs are done, and yields the processor. Calls `mayWait` once even if the dispatcher is
+// empty.
 template <class HandBack, class MayWait>
 void clsThreadedJobDispatcher::RunUntilDone(HandBack handBack, MayWait mayWait)
 {
@@ -165,7 +167,7 @@ void clsThreadedJobDispatcher::RunUntilDone(HandBack handBack, MayWait mayWait)
             break;
         sleeps.Sleep();
     }
-    // The event wakes only one thread, but several may be waiting for the end.
+    // Wakes the next thread, because the event wakes only one and several may be waiting for the last job.
     _jobEvent.Set();
 }
 

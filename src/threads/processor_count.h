@@ -7,7 +7,7 @@ namespace qx
 unsigned ProcessorCount();
 
 // Returns the maximum number of workers of a new dispatcher: `wanted`, or one less than `processors` if `wanted` is 0.
-// If more than 10 dispatchers exist, including the new one, at most 2.
+// The result is at most 2 if more than 10 dispatchers exist, including the new one.
 unsigned MaximumWorkers(unsigned wanted, unsigned processors, int dispatchers);
 
 } // namespace qx

@@ -103,7 +103,7 @@ struct clsThreadBase::StartOrder
         Withdrawn,
     };
 
-    // Returns false if the other side was first.
+    // Returns false if the other thread has already changed the stage.
     bool MoveTo(Stage next)
     {
         Stage expected = Stage::Open;

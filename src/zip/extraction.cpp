@@ -55,13 +55,15 @@ bool MakeFolder(const String& path)
     return IsFolder(path);
 }
 
-// The folders of members, by handle. The folder of the last member stays open, because the next one is usually in it.
+// Opens the folders of members. The folder of the previous member stays open, because the next member is usually in the
+// same folder.
 class MemberFolders
 {
 public:
     explicit MemberFolders(const String& path) : _path(path) {}
 
-    // Opens the folder of the first `count` parts, creating it if necessary. `mode` is for the last one if it is new.
+    // Opens the folder of the first `count` parts, creating it if necessary. If the last folder is new, it gets the
+    // permissions `mode`.
     const clsFolder& Open(
         const String& member, const Parts& parts, std::size_t count, std::optional<std::uint32_t> mode = {})
     {

@@ -38,7 +38,7 @@ using ExtractProgress = std::function<bool(const String& name, std::uint64_t don
 ExtractResult ExtractArchive(const String& archive, const String& folder, bool withLinks, const ExtractProblem& report,
     const ExtractProgress& progress = {});
 
-// Does the same. Throws clsZIPException with the first problem.
+// Extracts the archive like ExtractArchive. Throws clsZIPException for the first problem.
 void ExtractZip(const String& archive, const String& folder);
 
 } // namespace qx

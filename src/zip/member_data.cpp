@@ -84,7 +84,7 @@ public:
 
 private:
     const scMemberData& _data;
-    const std::uint64_t _most; // bytes that the data may have
+    const std::uint64_t _most; // the largest allowed number of bytes
     const Sink& _sink;
     std::uint64_t _count = 0;
     std::uint32_t _crc = 0;

@@ -16,7 +16,8 @@ constexpr std::uint16_t kZipVersionNeeded = 20;         // folders and deflate
 constexpr std::uint16_t kZipVersionMadeBy = 0x0A14;     // 2.0, with NTFS attributes
 constexpr std::uint16_t kZipVersionMadeByUnix = 0x0314; // 2.0, with modes of Unix
 
-// For archives from Unix, the upper half of the external attributes contains the file mode.
+// In archives from Unix, the upper half of the external attributes contains the file mode. These constants are its
+// parts.
 constexpr std::uint32_t kZipModeType = 0170000;
 constexpr std::uint32_t kZipModeFolder = 0040000;
 constexpr std::uint32_t kZipModeFile = 0100000;

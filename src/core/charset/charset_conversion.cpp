@@ -19,8 +19,8 @@ namespace
 constexpr wchar_t kEmptyWide[] = L"";
 constexpr char kEmptyNarrow[] = "";
 
-// Returns the length as the int that the system takes. A text that is too long for an int is converted to the empty
-// text.
+// Returns a length as an int, the type of the system's parameters. Returns 0 for a length that doesn't fit, so the
+// converted text is empty.
 int SystemLength(std::size_t length)
 {
     return length < INT_MAX ? static_cast<int>(length) : 0;

@@ -30,7 +30,7 @@ catch (const std::exception& exception)
     SetFailureText(exception.what());
     SetLastError(ERROR_INTERNAL_ERROR);
 }
-catch (clsException* thrown) // it has logged itself
+catch (clsException* thrown) // its messages were logged when they were added
 {
     const std::unique_ptr<clsException> exception(thrown);
     SetFailureText(exception->Errors().IsEmpty() ? L"unknown exception" : exception->Errors().First()->Text());

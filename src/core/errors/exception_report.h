@@ -1,4 +1,4 @@
-// What becomes of an exception that no caller may see.
+// Handles exceptions that must not leave an exported function.
 #pragma once
 
 namespace qx

@@ -67,7 +67,7 @@ try
 }
 catch (const std::exception&)
 {
-    // As above.
+    // There is no memory for the text, as above.
 }
 
 String FailureText()

@@ -1,8 +1,8 @@
 // Base64 (RFC 4648, section 4) in wide characters. The encoder adds no line breaks; the decoders are lenient.
 //
 // A decoder reads groups of four symbols (letters, digits, "+", "/" and "="). It skips every other character and treats
-// "=" and the end of the text as the value 0. Other characters before a group are skipped before the number of valid
-// bytes of the group is determined. Decoding ends when no symbols are left.
+// "=" and the end of the text as the value 0. The padding of a group is recognised only if no other characters
+// interrupt the group. Decoding ends when no symbols are left.
 #pragma once
 
 #include "core/packing/byte_block.h"

@@ -18,8 +18,8 @@ namespace qx
 // One group of a match.
 struct scRegExMatch
 {
-    std::uint64_t offset = ~std::uint64_t{0}; // in the subject; all bits set if it took no part
-    String text;                              // empty if it took no part
+    std::uint64_t offset = ~std::uint64_t{0}; // position; all bits set if the group took no part
+    String text;                              // empty if the group took no part
 };
 
 // The groups of a match: entry 0 is the whole match, entry n is capture group n, up to the highest group that took
@@ -44,10 +44,10 @@ protected:
 // A regular expression, compiled at its first use. Compiled patterns aren't cached anywhere else, so keep the object
 // outside of loops.
 //
-// The flags are PCRE2's option bits; all others are ignored. Compiling: 0x8 caseless, 0x10 dollar matches only at the
-// very end, 0x20 dot-all, 0x80 extended, 0x400 multi-line, 0x40000 ungreedy, 0x80000000 anchored. Matching: 0x1 not at
-// line begin, 0x2 not at line end, 0x4 not empty, 0x10 partial matching, 0x80000000 anchored. A character is a code
-// unit.
+// The flags are the PCRE2 option bits listed here; all other bits are ignored. Compiling: 0x8 caseless, 0x10 dollar
+// matches only at the very end, 0x20 dot-all, 0x80 extended, 0x400 multi-line, 0x40000 ungreedy, 0x80000000 anchored.
+// Matching: 0x1 not at line begin, 0x2 not at line end, 0x4 not empty, 0x10 partial matching, 0x80000000 anchored. A
+// character is a code unit.
 //
 // A pattern that doesn't compile matches nothing. Each use tries to compile it again and reports the error to the debug
 // output.
@@ -81,8 +81,8 @@ public:
     // two and prevent a following digit from being a reference.
     String GSub(const String& subject, const wchar_t* replacementTemplate);
     String GSub(const String& subject, IclsRegExGSubCB& callback);
-    // The text initially contains the match and may be changed. If the callback returns false, this is the last
-    // replacement.
+    // Calls callback(groups, text) for each match. `text` initially contains the match; the callback changes it to the
+    // replacement. If the callback returns false, this is the last replacement.
     String GSub(const String& subject, std::function<bool(const clsRegExMatchList&, String&)> callback);
 
     // Returns the first group of each match, or the whole match if no group took part.

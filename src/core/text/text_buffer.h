@@ -8,8 +8,8 @@
 namespace qx
 {
 
-// An allocator that distinguishes TextBuffer from the string of the standard library. The standard library contains
-// that string for characters of 32 bits, and the linker must never choose its code.
+// An allocator that makes TextBuffer a different type from std::wstring. The standard library contains std::wstring
+// compiled for 32-bit characters, and the linker must never choose that code.
 template <class T>
 struct TextBufferAllocator
 {
