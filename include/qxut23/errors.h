@@ -1,4 +1,4 @@
-/* The last failure in words. */
+/* A description of the calling thread's last failure. */
 #ifndef QXUT23_ERRORS_H
 #define QXUT23_ERRORS_H
 

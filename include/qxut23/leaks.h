@@ -33,12 +33,13 @@ typedef void (*QxHeapLeakProc)(void* user, const QxHeapLeak* leak);
    order of bytes. The objects may belong to one heap (`heap`; `job` is its job or null), to all heaps of a job (`job`;
    `heap` is null), or to all heaps of the process (both are null). Invalid handles are detected.
 
-   - mostGroups: how many groups `receive` gets; 0 means all.
+   - mostGroups: the largest number of groups to pass to `receive`; 0 means all.
    - user: passed to `receive`.
 
-   The objects are counted before the first call of `receive`, while other threads wait for their allocations. Symbols
-   are read afterwards, without a lock of the heaps, which may take seconds for large programs, at most about 60. Lines
-   are the texts of QxDescribeAddresses (addresses.h); where that fails, they are plain addresses ("0x7ffd0000").
+   The objects are counted before the first call of `receive`; until that is done, other threads that use the heaps
+   wait. Symbols are read afterwards, without holding the heaps' lock. Reading them may take seconds for large programs,
+   at most about 60. Lines are the texts of QxDescribeAddresses (addresses.h); where that fails, they are plain
+   addresses ("0x7ffd0000").
 
    Returns the number of all groups, QXUT_HEAP_FAILED if a handle is invalid, `receive` is null or memory runs out, or
    QXUT_HEAP_NOT_SUPPORTED if the system can't list the blocks of a heap. */

@@ -40,12 +40,12 @@ typedef struct DBGParameter
         uint64_t number;     /* kinds 0 (32 bits), 1, 3 (signed), 8 (a pointer); kind 2 is a signed 32-bit number */
         double real;         /* kind 4 */
         const char* narrow;  /* kind 5; points into the walked program and may be invalid */
-        const QXWCHAR* wide; /* kinds 6 and 7; may be invalid, too. "@@@" at the beginning marks a description */
+        const QXWCHAR* wide; /* kinds 6 and 7; may be invalid, too. "@@@" begins a message instead of text */
     } value;
     char name[64];
 } DBGParameter;
 
-/* A frame of a stack. Texts are terminated and cut to their fields. */
+/* A frame of a stack. Texts are zero-terminated and truncated to the size of their fields. */
 typedef struct DBGStackTraceItem
 {
     uint32_t size;         /* 9432; readers refuse other values */
@@ -85,8 +85,8 @@ struct _GUID;
  * belong to the list and its clones, and are valid until the last of these is released.
  *
  * Next stores the next `count` items, and their number in `fetched`, which may be null. It returns 0 if there were
- * `count` items, else 1. Skip returns 0 if there were `count` items to skip, else 1. Clone makes a list of the same
- * items with a position of its own, at the start. IsEmpty returns 1 or 0. */
+ * `count` items, else 1. Skip returns 0 if there were `count` items to skip, else 1. Clone creates a list of the
+ * same items with a position of its own, at the start. IsEmpty returns 1 or 0. */
 #ifdef __cplusplus
 
 struct IDBGStackTraceList
@@ -162,16 +162,16 @@ typedef struct QxDebugHelpJob* HDEBUGHELPJOB;
 /* Opens a job. While another job is open, the call waits up to 5 s for that job to be closed. If it isn't closed by
    then, the new job has no session, and its functions return 0. Returns null only if memory runs out.
 
-   The job's own thread holds the section of UtilGetDBGHELPThreadingCS until the job is closed. Don't hold that section
-   while you open a job, and don't enter it while your thread has a job open. */
+   The job's own thread holds the critical section of UtilGetDBGHELPThreadingCS until the job is closed. Don't hold that
+   critical section while you open a job, and don't enter it while your thread has a job open. */
 QXUT_API HDEBUGHELPJOB UtilDebugHelpJobOpen(void);
 
-/* Closes a job, on any thread. Null is ignored. Lists that were made with it stay valid. */
+/* Closes a job, on any thread. Null is ignored. Lists obtained from it stay valid. */
 QXUT_API void UtilDebugHelpJobClose(HDEBUGHELPJOB job);
 
 /* Sets an option of a job. Unknown keys are ignored.
    - 1: the largest number of frames. Default 100.
-   - 2: 0 walks on the job's thread, 1 (the default) on a thread of its own.
+   - 2: 0 walks on the job's thread, 1 (the default) on a separate thread.
    - 3: what the records contain. 1 (the default): everything. 0: addresses and modules. Otherwise the sum of 1
      (module), 2 (symbol, line, variables) and 4 (parameters that are not in memory, if the system knows them). */
 QXUT_API void UtilDebugHelpSetOption(HDEBUGHELPJOB job, uint32_t key, uint32_t value);

@@ -1,4 +1,4 @@
-// Rights of accounts on files and folders.
+// Sets the rights of accounts on files and folders.
 #pragma once
 
 #include "core/text/string.h"

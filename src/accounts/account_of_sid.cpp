@@ -16,7 +16,7 @@ namespace
 constexpr std::size_t kSidHead = 8; // revision, number of subauthorities, authority
 constexpr std::size_t kSubauthoritySize = 4;
 
-// Copies the identifier, because the system's block must be freed by LocalFree.
+// Converts the text form of an identifier. Copies the bytes, because the system's block must be freed with LocalFree.
 ByteBlock BytesOfText(const wchar_t* text)
 {
     auto& advAPI = AdvAPI32();

@@ -1,4 +1,4 @@
-// The names of security identifiers.
+// Looks up the account names of security identifiers.
 #pragma once
 
 #include "core/text/string.h"

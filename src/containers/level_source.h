@@ -19,8 +19,8 @@ public:
     WCLevelSource& operator=(const WCLevelSource&) = delete;
     ~WCLevelSource();
 
-    // Counts the pairs whose AND with the selector (1 or 3) is 0, up to the first pair where it isn't. Returns at most
-    // `limit`.
+    // Draws pairs until the AND of a pair and the selector (1 or 3) isn't 0. Returns the number of pairs before it, at
+    // most `limit`.
     int Draw(unsigned selector, int limit);
 
     // Returns the instance that all skip lists of the module use.

@@ -1,4 +1,4 @@
-// Dates of documents.
+// Converts the dates of documents.
 #pragma once
 
 #include "core/variant/variant.h"

@@ -62,7 +62,7 @@ public:
 
     String path; // the key up to the first "|"
     std::uint32_t lifetime = 0;
-    std::atomic<std::uint64_t> readTick = 0; // of the last refresh; 0 if the record is invalid
+    std::atomic<std::uint64_t> readTick = 0; // tick of the last refresh; 0 if the record is invalid
     clsDocuList* owner = nullptr;
     bool accessible = false;       // the file could be opened at the last read
     SYSTEMTIME fileTime = kNoTime; // the file's last write, as last seen

@@ -1,4 +1,4 @@
-// Texts of a file, in 8-bit characters or UTF-16.
+// Reads texts from a file, in 8-bit characters or UTF-16.
 #pragma once
 
 #include "core/text/string.h"

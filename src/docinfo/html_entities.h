@@ -1,4 +1,4 @@
-// Character references in the head of a page.
+// Decodes the character references in the head of a page.
 #pragma once
 
 #include "core/text/text_buffer.h"

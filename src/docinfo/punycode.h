@@ -1,4 +1,4 @@
-// Punycode (RFC 3492), the form of international domain names in mail addresses.
+// Decodes Punycode (RFC 3492), the form of international domain names in mail addresses.
 #pragma once
 
 #include "core/text/text_buffer.h"

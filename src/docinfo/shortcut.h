@@ -1,4 +1,4 @@
-// Shortcuts to documents.
+// Resolves shortcuts to documents.
 #pragma once
 
 #include "core/text/string.h"

@@ -1,4 +1,4 @@
-// Properties of a file system.
+// Queries the properties of a file system.
 #pragma once
 
 #include <cstdint>

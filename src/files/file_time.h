@@ -1,4 +1,4 @@
-// File times as integers.
+// Converts file times to integers and back.
 #pragma once
 
 #include <windows.h>

@@ -95,7 +95,7 @@ HANDLE clsFolder::Open(const String& name, const scEntryOpen& open) const
 
 void clsFolder::OpenSubfolder(const clsFolder& parent, const String& name, std::optional<std::uint32_t> mode)
 {
-    const DWORD access = kHasPosixFiles && mode ? FILE_WRITE_EA : 0; // for RestrictMode
+    const DWORD access = kHasPosixFiles && mode ? FILE_WRITE_EA : 0; // RestrictMode needs this right
     const HANDLE handle = parent.Open(name, {access, kShareAll, FILE_OPEN_IF, 0, FILE_DIRECTORY_FILE, mode});
     _handle.Take(handle, true);
     if (IsOpen() &&

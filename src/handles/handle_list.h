@@ -21,8 +21,8 @@ struct scFrames
     static constexpr unsigned kCount = 20;
 
     std::int32_t references = 1;
-    scCaller callers[kCount] = {}; // where it was created, innermost first
-    unsigned count = 0;            // of the callers
+    scCaller callers[kCount] = {}; // where the handle was created, innermost first
+    unsigned count = 0;            // number of callers
 };
 
 // A handle's value. Reports are in the order of these values.

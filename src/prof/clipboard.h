@@ -1,4 +1,4 @@
-// Profiles on the clipboard.
+// Checks the clipboard for a profile.
 #pragma once
 
 namespace qx

@@ -233,7 +233,7 @@ private:
         _fields.Pop();
     }
 
-    // Notes characters that XML can't represent.
+    // Sets kSourceIgnored if the text contains control characters that XML can't represent.
     void NoteText(std::wstring_view text)
     {
         if (HasControlCharacter(text) &&

@@ -210,7 +210,7 @@ private:
         return false;
     }
 
-    // Notes attributes other than the name, which has been taken.
+    // Sets kSourceIgnored if the tag has attributes other than the name.
     void NoteTag(bool beginsWithName, const scXmlText& rest)
     {
         if (!beginsWithName || *rest.begin != L'>')

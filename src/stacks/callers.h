@@ -1,4 +1,4 @@
-// The return addresses of the calling thread.
+// Captures the return addresses of the calling thread.
 #pragma once
 
 #include <cstddef>

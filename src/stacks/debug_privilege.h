@@ -1,4 +1,4 @@
-// The privilege to debug processes.
+// Enables the privilege to debug processes.
 #pragma once
 
 #include <windows.h>

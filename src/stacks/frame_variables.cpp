@@ -103,11 +103,11 @@ void SetSizeText(DBGParameter& parameter, std::uint64_t size)
 struct PointerTexts
 {
     ParameterKind kind;
-    const char* narrow; // shown if the text is narrow
+    const char* narrow; // the message for narrow text
     const wchar_t* wide;
 };
 
-// Stores a pointer to text, or the text that says why it can't be one.
+// Stores a pointer to text, or a message from `invalid` if the pointer isn't valid.
 void SetTextPointer(DBGParameter& parameter, std::uint64_t pointer, bool isValid, const PointerTexts& invalid)
 {
     parameter.kind = invalid.kind;

@@ -1,4 +1,4 @@
-// The text of the activity file of temporary files.
+// Formats the text of the temporary files' activity file (see clsTempFileRemover).
 #pragma once
 
 #include "core/text/string.h"

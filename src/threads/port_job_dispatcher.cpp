@@ -84,7 +84,7 @@ void clsThreadedJobDispatcherUsingIoCompletionPort::AddJob(ThreadedJobs job)
     {
         const clsCriticalSectionLock lock(_lock);
         if (_isAborted)
-            return; // the argument releases the job
+            return; // the destructor of the parameter releases the job
         if (!job.First()->CanRunOnWorker())
         {
             job.MoveAt(0, _callerJobs);

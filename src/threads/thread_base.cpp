@@ -241,7 +241,7 @@ unsigned clsThreadBase::Run(std::shared_ptr<StartOrder> order)
             }
             catch (const std::bad_alloc&)
             {
-                _name = nullptr; // its lines of the debug output lack the name
+                _name = nullptr; // the thread's debug lines lack the name then
             }
         }
         EnteredName(const EnteredName&) = delete;

@@ -1,4 +1,4 @@
-// Targets of links in archives.
+// Checks the targets of links in archives.
 #pragma once
 
 #include <cstddef>

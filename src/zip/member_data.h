@@ -1,4 +1,4 @@
-// The data of an entry: decompressed, counted and checked.
+// Copies the data of an entry: decompresses, counts and checks it.
 #pragma once
 
 #include <cstddef>

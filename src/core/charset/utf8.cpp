@@ -16,8 +16,8 @@ constexpr wchar_t kBadSequence[] = L"invalid UTF-8 sequence found!";
 constexpr wchar_t kBadEncoding[] = L"invalid UTF-8 encoding!";
 constexpr wchar_t kTooLarge[] = L"UCS-4 not supported!";
 
-// For each sequence length, the largest value that the next shorter sequence can encode. A sequence of eight bytes is
-// always within its limit, because the value has 32 bits.
+// For each sequence length, the largest value that the next shorter sequence can encode. Any 32-bit value is within the
+// last limit, so a sequence of eight bytes is always rejected.
 constexpr std::uint32_t kShorterFormMax[] = {
     0,
     0,

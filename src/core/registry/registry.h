@@ -32,7 +32,7 @@ public:
     enum Result : std::int32_t
     {
         kDone = 0,
-        kNoValue = -1, // from GetBool
+        kNoValue = -1, // returned only by GetBool
         kNotOpened = -2,
         kNotCreated = -3,
         kNotOpen = -5,
