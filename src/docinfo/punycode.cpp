@@ -69,7 +69,7 @@ TextBuffer ToUnits(const std::u32string& characters)
 
 std::optional<TextBuffer> DecodePunycode(std::wstring_view label)
 {
-    // A delimiter at the very beginning isn't one, because no basic characters precede it.
+    // A hyphen at the very beginning isn't a delimiter, because no basic characters precede it.
     const std::size_t delimiter = label.rfind(L'-');
     const std::size_t basic = delimiter == kNotFound ? 0 : delimiter;
     std::u32string characters;

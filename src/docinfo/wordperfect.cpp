@@ -46,7 +46,7 @@ clsVariant* FieldOfTag(clsDocu& record, std::uint16_t tag)
     }
 }
 
-// The multinational characters that exist in OEM text, with their bytes there.
+// The multinational characters of WordPerfect that exist in the OEM code page, with their bytes in that code page.
 constexpr std::pair<std::uint16_t, std::uint8_t> kMultinational[] = {{0x126, 0x80}, {0x147, 0x81}, {0x129, 0x82},
     {0x11D, 0x83}, {0x11F, 0x84}, {0x121, 0x85}, {0x123, 0x86}, {0x127, 0x87}, {0x12B, 0x88}, {0x12D, 0x89},
     {0x12F, 0x8A}, {0x135, 0x8B}, {0x133, 0x8C}, {0x137, 0x8D}, {0x11E, 0x8E}, {0x122, 0x8F}, {0x128, 0x90},
@@ -74,7 +74,8 @@ void AppendUnit(std::string& text, std::uint16_t unit)
         text += kMultinationalBytes[unit - 0x100u];
 }
 
-// Returns the system's OEM code page, or the usual one if that is UTF-8: the bytes of the table above are never UTF-8.
+// Returns the system's OEM code page, or code page 437 if that is UTF-8, because the bytes of the table above aren't
+// UTF-8.
 unsigned PageOfWordPerfect()
 {
     constexpr unsigned kUTF8 = 65001;

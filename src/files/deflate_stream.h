@@ -9,7 +9,7 @@ namespace qx
 
 class clsFile;
 
-// Where compressed data end, compared with the bytes that were to be decompressed.
+// Where the compressed data ends, relative to the end of the bytes that were to be decompressed.
 enum class DeflateEnd
 {
     Missing, // the data are cut off or damaged

@@ -34,7 +34,7 @@ public:
     clsFolder& operator=(clsFolder&& other) noexcept;
 
     bool IsOpen() const { return _handle.IsValid(); }
-    // For queries. Stays owned by this object.
+    // Returns the handle for queries. This object keeps ownership.
     HANDLE Handle() const { return _handle.Get(); }
 
     // Opens the folder `name` of `parent`, creating it if necessary. This object is closed on failure; the last error

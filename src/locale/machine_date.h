@@ -14,7 +14,7 @@ struct RFC822Date
 {
     // The fields aren't checked. Numbers above 65,535 are 65,535, and an unknown month is 0.
     SYSTEMTIME written;
-    std::optional<int> minutesToUTC; // to add; nothing for GMT or if there is no zone
+    std::optional<int> minutesToUTC; // minutes to add; empty for GMT or if there is no zone
 };
 
 // Finds the first RFC 822 date in the text. Returns false if there is none.
@@ -24,8 +24,9 @@ bool FindRFC822Date(std::wstring_view text, RFC822Date& date);
 // there is none; the time is then unchanged.
 bool ReadRFC822Date(std::wstring_view text, SYSTEMTIME& time);
 
-// Reads an ISO 8601 date at the start of the text and converts it to UTC: "2018-04-03T10:00:00+02:00". Without a sign
-// after it, the time is local time. If a time continues after the minutes, it must continue with seconds.
+// Reads an ISO 8601 date at the start of the text and converts it to UTC: "2018-04-03T10:00:00+02:00". If no "+" or "-"
+// follows the time, it is local time, even with "Z". If the time continues after the minutes, it must continue with
+// seconds.
 bool ReadISO8601Date(std::wstring_view text, SYSTEMTIME& time);
 
 // Uses the first form that matches: an empty text (the current local time), up to 14 digits, RFC 822, ISO 8601, any

@@ -41,7 +41,7 @@ private:
     {
         bool hasCell;         // the current row has an open cell
         std::size_t rowStart; // length of the text before the row
-        // Counts outside the table, restored at the end of each cell.
+        // The numbers of open lists and pre elements outside the table, restored at the end of each cell.
         std::size_t lists;
         std::size_t preformatted;
     };

@@ -128,7 +128,7 @@ bool clsProfLineReader::NextWideLine(scProfLine& line)
     line.length = static_cast<std::size_t>(found.end - line.text);
     line.mayBeEncoded = found.mayBeEncoded;
     _nextWide = BehindLine(found.end, _endWide, FindWideLineEnd);
-    _hasLostText |= *found.end == 0 && found.end < _endWide; // text after a zero
+    _hasLostText |= *found.end == 0 && found.end < _endWide; // the rest of the line after a zero is lost
     *found.end = 0;
     return true;
 }

@@ -43,7 +43,7 @@ class IZIPTextReceiver
 public:
     // Receives the member and its text in the default code page. The text may declare another one.
     virtual void OnText(ZIPTextKind kind, const String& text, const clsZIPMember& member) = 0;
-    // Receives what is wrong with the archive, and writes it to the debug output.
+    // Receives a description of a fault in the archive. This implementation writes it to the debug output.
     virtual void OnMessage(const String& line);
 
 protected:
