@@ -20,8 +20,8 @@ DWORD WINAPI SetNamedSecurityInfoW(LPWSTR pObjectName, SE_OBJECT_TYPE ObjectType
 VOID WINAPI BuildExplicitAccessWithNameW(PEXPLICIT_ACCESS_W pExplicitAccess, LPWSTR pTrusteeName,
     DWORD AccessPermissions, ACCESS_MODE AccessMode, DWORD Inheritance) QXP(BuildExplicitAccessWithNameW);
 
-// Supports only SET_ACCESS for accounts given by name, and a list that GetNamedSecurityInfoW returned. Other modes,
-// forms and flags of inheritance, and a null list, fail with ERROR_NOT_SUPPORTED.
+// Supports only SET_ACCESS for accounts given by name, and only changes of a list that GetNamedSecurityInfoW returned.
+// Other access modes, trustee forms or inheritance flags, and a null `OldAcl`, fail with ERROR_NOT_SUPPORTED.
 DWORD WINAPI SetEntriesInAclW(ULONG cCountOfExplicitEntries, PEXPLICIT_ACCESS_W pListOfExplicitEntries, PACL OldAcl,
     PACL* NewAcl) QXP(SetEntriesInAclW);
 

@@ -1,4 +1,4 @@
-// COM on a thread, objects by their class, task memory, streams on global memory.
+// COM functions: initialisation of threads, creation of objects, task memory, streams on global memory.
 #pragma once
 
 #include <objidl.h>
@@ -12,7 +12,7 @@
 #define COINIT_MULTITHREADED 0x0
 #define COINIT_APARTMENTTHREADED 0x2
 
-// Where an object's code runs. There is only code of the process itself.
+// Where an object's code runs: always in the calling process.
 #define CLSCTX_INPROC_SERVER 0x1
 
 EXTERN_C_START

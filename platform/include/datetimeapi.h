@@ -5,7 +5,8 @@
 
 EXTERN_C_START
 
-// A null time is the current time. A null picture selects the locale's own: the short date unless DATE_LONGDATE is set.
+// If `lpDate` or `lpTime` is null, format the current date or time. If `lpFormat` is null, use the locale's format; for
+// dates this is the short one unless DATE_LONGDATE is set.
 int WINAPI GetDateFormatW(LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpDate, LPCWSTR lpFormat, LPWSTR lpDateStr,
     int cchDate) QXP(GetDateFormatW);
 int WINAPI GetTimeFormatW(LCID Locale, DWORD dwFlags, const SYSTEMTIME* lpTime, LPCWSTR lpFormat, LPWSTR lpTimeStr,

@@ -102,7 +102,7 @@ typedef BOOL(CALLBACK* PENUMLOADED_MODULES_CALLBACK64)(
     PCSTR ModuleName, DWORD64 ModuleBase, ULONG ModuleSize, PVOID UserContext);
 
 // `UserSearchPath` is a list of folders, separated by ';', that may contain separate files with debug information, by
-// name or as .build-id/xx/yyyy.debug. Such files are also searched where debuggers look for them: beside the module, in
+// name or as .build-id/xx/yyyy.debug. Such files are also found where debuggers look for them: beside the module, in
 // its folder .debug, and below /usr/lib/debug. No file is fetched from a server.
 BOOL WINAPI SymInitialize(HANDLE hProcess, PCSTR UserSearchPath, BOOL fInvadeProcess) QXP(SymInitialize);
 BOOL WINAPI SymCleanup(HANDLE hProcess) QXP(SymCleanup);
@@ -121,11 +121,11 @@ DWORD64 WINAPI SymLoadModule64(HANDLE hProcess, HANDLE hFile, PCSTR ImageName, P
     DWORD SizeOfDll) QXP(SymLoadModule64);
 DWORD64 WINAPI SymGetModuleBase64(HANDLE hProcess, DWORD64 qwAddr) QXP(SymGetModuleBase64);
 BOOL WINAPI SymGetModuleInfo64(HANDLE hProcess, DWORD64 qwAddr, PIMAGEHLP_MODULE64 ModuleInfo) QXP(SymGetModuleInfo64);
-// Lists the program, its libraries and the kernel's image of the calling process.
+// Lists the modules of the calling process: the program, its libraries and the image that the kernel maps (vDSO).
 BOOL WINAPI EnumerateLoadedModules64(HANDLE hProcess, PENUMLOADED_MODULES_CALLBACK64 EnumLoadedModulesCallback,
     PVOID UserContext) QXP(EnumerateLoadedModules64);
 
-// The name is the linker's name. Finds nothing for an address outside of all symbols.
+// Stores the symbol's name as the linker has it (mangled). Fails for an address outside of all symbols.
 BOOL WINAPI SymGetSymFromAddr64(HANDLE hProcess, DWORD64 qwAddr, DWORD64* pdwDisplacement, PIMAGEHLP_SYMBOL64 Symbol)
     QXP(SymGetSymFromAddr64);
 BOOL WINAPI SymGetLineFromAddr64(HANDLE hProcess, DWORD64 qwAddr, PDWORD pdwDisplacement, PIMAGEHLP_LINE64 Line64)
@@ -214,7 +214,7 @@ BOOL WINAPI SymEnumSymbols(HANDLE hProcess, ULONG64 BaseOfDll, PCSTR Mask,
 BOOL WINAPI SymGetTypeInfo(
     HANDLE hProcess, DWORD64 ModBase, ULONG TypeId, IMAGEHLP_SYMBOL_TYPE_INFO GetType, PVOID pInfo) QXP(SymGetTypeInfo);
 
-// Walks along the stack.
+// Stack walks.
 
 typedef enum
 {

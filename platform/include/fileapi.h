@@ -77,7 +77,7 @@ BOOL WINAPI UnlockFile(HANDLE hFile, DWORD dwFileOffsetLow, DWORD dwFileOffsetHi
 BOOL WINAPI GetFileInformationByHandle(HANDLE hFile, LPBY_HANDLE_FILE_INFORMATION lpFileInformation)
     QXP(GetFileInformationByHandle);
 DWORD WINAPI GetFileType(HANDLE hFile) QXP(GetFileType);
-// Supports FileDispositionInfo, and of FileBasicInfo the attributes and the times of access and change.
+// Supports FileDispositionInfo, and the attributes, last access time and last write time of FileBasicInfo.
 BOOL WINAPI SetFileInformationByHandle(HANDLE hFile, FILE_INFO_BY_HANDLE_CLASS FileInformationClass,
     LPVOID lpFileInformation, DWORD dwBufferSize) QXP(SetFileInformationByHandle);
 BOOL WINAPI GetFileTime(

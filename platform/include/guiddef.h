@@ -24,7 +24,8 @@ typedef FMTID* LPFMTID;
 #define REFFMTID const FMTID* const
 #endif
 
-// With INITGUID the macro defines the identifier, and any number of units may do so. Otherwise it only declares it.
+// DEFINE_GUID defines the identifier if INITGUID is defined, in any number of translation units. Otherwise it only
+// declares the identifier.
 #ifdef INITGUID
 #define DEFINE_GUID(name, l, w1, w2, b1, b2, b3, b4, b5, b6, b7, b8)                                                   \
     EXTERN_C const GUID name __attribute__((weak));                                                                    \

@@ -48,7 +48,8 @@ BOOL WINAPI HeapFree(HANDLE hHeap, DWORD dwFlags, LPVOID lpMem) QXP(HeapFree);
 // Returns the requested size, or (SIZE_T)-1 with ERROR_INVALID_PARAMETER like HeapFree.
 SIZE_T WINAPI HeapSize(HANDLE hHeap, DWORD dwFlags, LPCVOID lpMem) QXP(HeapSize);
 
-// Reports blocks in use, and free ones with the flags 0; no regions. Sizes are limited to 4 GB - 1.
+// Reports the blocks in use, and the free blocks with the flags 0, but no regions. Sizes of 4 GB and more are reported
+// as 4 GB - 1.
 BOOL WINAPI HeapWalk(HANDLE hHeap, LPPROCESS_HEAP_ENTRY lpEntry) QXP(HeapWalk);
 BOOL WINAPI HeapLock(HANDLE hHeap) QXP(HeapLock);
 BOOL WINAPI HeapUnlock(HANDLE hHeap) QXP(HeapUnlock);

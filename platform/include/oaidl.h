@@ -127,7 +127,7 @@ struct tagVARIANT
                 };
             };
         };
-        DECIMAL decVal; // also overlays the type, which is in the number's reserved word
+        DECIMAL decVal; // overlays `vt` too, which occupies the decimal's reserved word
     };
 };
 

@@ -1,4 +1,4 @@
-// Storages in files: their access modes, and results.
+// Compound files: opening them, access modes, and error codes.
 #pragma once
 
 #include <combaseapi.h>

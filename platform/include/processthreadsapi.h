@@ -45,14 +45,15 @@ DWORD WINAPI GetCurrentThreadId(void) QXP(GetCurrentThreadId);
 HANDLE WINAPI OpenThread(DWORD dwDesiredAccess, BOOL bInheritHandle, DWORD dwThreadId) QXP(OpenThread);
 DWORD WINAPI SuspendThread(HANDLE hThread) QXP(SuspendThread);
 DWORD WINAPI ResumeThread(HANDLE hThread) QXP(ResumeThread);
-// All registers are stored, whichever are requested. A thread that runs is interrupted for a moment. Debug registers
-// can be requested only alone and only by the thread itself; otherwise the error is ERROR_NOT_SUPPORTED.
+// Stores all registers, whichever are requested. A running thread is interrupted briefly. Debug registers can be
+// requested only alone and only by the thread itself; otherwise the error is ERROR_NOT_SUPPORTED.
 BOOL WINAPI GetThreadContext(HANDLE hThread, LPCONTEXT lpContext) QXP(GetThreadContext);
 // Sets only CONTEXT_DEBUG_REGISTERS, and only for the calling thread; all other requests fail with
-// ERROR_NOT_SUPPORTED. Slots watch writes (1) or accesses (3) to 1, 2, 4 or 8 bytes. A hit is a SIGTRAP on the thread,
-// which is offered to the vectored handlers as EXCEPTION_SINGLE_STEP, with the bit of the slot in Dr6. Breakpoints end
-// with their thread. The errors are ERROR_NO_SYSTEM_RESOURCES if all registers are taken and ERROR_ACCESS_DENIED if the
-// system permits neither performance events nor tracing; the registers are unchanged then.
+// ERROR_NOT_SUPPORTED. A breakpoint in Dr0 to Dr3 watches writes (condition 1 in Dr7) or accesses (condition 3) to 1,
+// 2, 4 or 8 bytes. A hit is a SIGTRAP on the thread, which is offered to the vectored handlers as
+// EXCEPTION_SINGLE_STEP, with the bit of the slot in Dr6. Breakpoints end with their thread. The errors are
+// ERROR_NO_SYSTEM_RESOURCES if all registers are taken and ERROR_ACCESS_DENIED if the system permits neither
+// performance events nor tracing; the registers are unchanged then.
 BOOL WINAPI SetThreadContext(HANDLE hThread, const CONTEXT* lpContext) QXP(SetThreadContext);
 BOOL WINAPI TerminateThread(HANDLE hThread, DWORD dwExitCode) QXP(TerminateThread);
 BOOL WINAPI GetExitCodeThread(HANDLE hThread, LPDWORD lpExitCode) QXP(GetExitCodeThread);

@@ -9,7 +9,7 @@ typedef struct _tagpropertykey
     DWORD pid;
 } PROPERTYKEY;
 
-// A value of a property. Members of types that no one uses are left out.
+// A value of a property. Union members that the library doesn't use are left out.
 typedef struct tagPROPVARIANT
 {
     VARTYPE vt;

@@ -73,7 +73,7 @@ struct IShellItem : public IUnknown
     virtual HRESULT STDMETHODCALLTYPE Compare(IShellItem* psi, DWORD hint, int* piOrder) = 0;
 };
 
-// The functions after the first one are left out.
+// Declares only the first function; the library doesn't call the others.
 struct IShellItem2 : public IShellItem
 {
     virtual HRESULT STDMETHODCALLTYPE GetPropertyStore(GETPROPERTYSTOREFLAGS flags, REFIID riid, void** ppv) = 0;

@@ -31,8 +31,8 @@ errno_t _wmakepath_s(wchar_t* path, size_t size, const wchar_t* drive, const wch
 typedef void (*_invalid_parameter_handler)(
     const wchar_t* expression, const wchar_t* function, const wchar_t* file, unsigned line, uintptr_t reserved);
 
-// Sets the handler that is called when a function of this runtime rejects an argument; it receives no texts. Returns
-// the previous handler. Each program and library has its own.
+// Sets the handler that is called when a function of this runtime rejects an argument; its text arguments are null.
+// Returns the previous handler. Each program and library has a handler of its own.
 _invalid_parameter_handler _set_invalid_parameter_handler(_invalid_parameter_handler handler) QXCRT_NOEXCEPT
     QXCRT(_set_invalid_parameter_handler);
 

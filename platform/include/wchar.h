@@ -1,5 +1,5 @@
-// The C runtime's functions for 16-bit text. Replaces the C library's header of this name, whose functions expect 32
-// bits. All functions behave as in the "C" locale, whatever locale the process has set.
+// The C runtime's functions for 16-bit text. Replaces the C library's header of this name, whose functions expect
+// 32-bit characters. All functions behave as in the "C" locale, whatever locale the process has set.
 #ifndef QXPLATFORM_WCHAR_H
 #define QXPLATFORM_WCHAR_H
 

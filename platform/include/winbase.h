@@ -78,7 +78,7 @@ typedef struct tagACTCTXW
 HANDLE WINAPI CreateActCtxW(const ACTCTXW* pActCtx) QXP(CreateActCtxW);
 void WINAPI ReleaseActCtx(HANDLE hActCtx) QXP(ReleaseActCtx);
 
-// The caller decides whether times are local.
+// Convert only the format, not the time zone: a local time stays local, a UTC time stays UTC.
 BOOL WINAPI FileTimeToDosDateTime(const FILETIME* lpFileTime, LPWORD lpFatDate, LPWORD lpFatTime)
     QXP(FileTimeToDosDateTime);
 BOOL WINAPI DosDateTimeToFileTime(WORD wFatDate, WORD wFatTime, LPFILETIME lpFileTime) QXP(DosDateTimeToFileTime);
@@ -88,8 +88,8 @@ BOOL WINAPI DosDateTimeToFileTime(WORD wFatDate, WORD wFatTime, LPFILETIME lpFil
 
 // Never replaces a file. Only MOVEFILE_WRITE_THROUGH is supported; other flags fail with ERROR_NOT_SUPPORTED.
 BOOL WINAPI MoveFileExW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, DWORD dwFlags) QXP(MoveFileExW);
-// Replaces the file even if it is open, however it is shared: its handles keep the old file, which has no name any
-// more. A backup and other flags fail with ERROR_NOT_SUPPORTED.
+// Replaces the file even if it is open, whatever its sharing mode: open handles still refer to the old file, which has
+// no name any more. Backups and other flags fail with ERROR_NOT_SUPPORTED.
 BOOL WINAPI ReplaceFileW(LPCWSTR lpReplacedFileName, LPCWSTR lpReplacementFileName, LPCWSTR lpBackupFileName,
     DWORD dwReplaceFlags, LPVOID lpExclude, LPVOID lpReserved) QXP(ReplaceFileW);
 BOOL WINAPI CopyFileW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, BOOL bFailIfExists) QXP(CopyFileW);

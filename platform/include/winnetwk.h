@@ -1,4 +1,4 @@
-// Connections of drives with shares.
+// Drives that are connected to shares.
 #pragma once
 
 #include <handleapi.h>
@@ -31,7 +31,8 @@ typedef struct _UNIVERSAL_NAME_INFOW
 
 // These functions return an error code and don't set the last error.
 
-// Enumerates the remembered connections as they were at this call; anything else fails with ERROR_NOT_SUPPORTED.
+// Starts an enumeration of the connections that exist at this call. Supports only RESOURCE_REMEMBERED with
+// RESOURCETYPE_DISK; other values fail with ERROR_NOT_SUPPORTED.
 DWORD WINAPI WNetOpenEnumW(DWORD dwScope, DWORD dwType, DWORD dwUsage, LPNETRESOURCEW lpNetResource, LPHANDLE lphEnum)
     QXP(WNetOpenEnumW);
 DWORD WINAPI WNetEnumResourceW(HANDLE hEnum, LPDWORD lpcCount, LPVOID lpBuffer, LPDWORD lpBufferSize)

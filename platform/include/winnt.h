@@ -337,7 +337,7 @@ typedef enum _TOKEN_INFORMATION_CLASS
     TokenGroups
 } TOKEN_INFORMATION_CLASS;
 
-// Access lists. The layer's lists have a form of their own after this header.
+// Access lists. In the layer, private data instead of access control entries follows this header.
 typedef struct _ACL
 {
     BYTE AclRevision;

@@ -94,7 +94,7 @@ std::string DateTextOf(const Time& time)
            Part(time.hour, "%02d") + ':' + Part(time.minute, "%02d") + ':' + Part(time.second, "%02d");
 }
 
-// Returns true if the calendar and the clock have this moment, the 60th second included.
+// Returns true if the date and the time of day exist. Leap seconds (second 60) are accepted.
 bool Exists(const Time& time)
 {
     const std::chrono::year_month_day day{

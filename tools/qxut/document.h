@@ -39,7 +39,7 @@ struct Document
     std::array<std::string, kDocFieldNames.size()> values; // empty: the document doesn't have it; dates in local time
 };
 
-// A list of the library. Any thread may read from it.
+// A document list of the library. Any thread may read documents through it.
 class DocumentList
 {
 public:

@@ -10,7 +10,7 @@ struct LogSetting
 {
     std::string path; // of the log file; empty if there is no log
     bool isFlushed = false;
-    bool usesCounter = false; // whether lines show a counter instead of the time of day
+    bool usesCounter = false; // lines show a counter instead of the time of day
 };
 
 LogSetting ReadLogSetting();

@@ -41,7 +41,7 @@ public:
     void Abandon();
 
 private:
-    std::mutex _ending; // held while the file gets its names
+    std::mutex _ending; // held while the file is created, renamed or removed
     std::string _path;
     std::string _partPath;
     HZIPFILE _zip = nullptr;

@@ -118,8 +118,7 @@ void Report(const ProfileOptions& options, std::size_t changed)
 }
 
 // Opens the file, changes it and saves it. Without --output, or if that is the same file, the file is saved in place:
-// other processes can't write it in the meantime, and without --force a file is refused if the save would lose
-// something.
+// other processes can't write it in the meantime. Without --force, a file is refused if saving it would lose data.
 void Edit(const ProfileOptions& options, const std::function<std::size_t(HPROFJOB, HPROFLIST)>& change)
 {
     const bool isInPlace = options.output.empty() || IsSameFile(options.file, options.output);

@@ -110,7 +110,7 @@ struct Rect
     static ordered_json ToJson(const ProfRect& value) { return {value.left, value.top, value.right, value.bottom}; }
 };
 
-// #rrggbb, in the reverse order of the library's colours.
+// A colour in the form #rrggbb. The library's colours have the reverse byte order.
 struct Colour
 {
     using Value = std::uint32_t;

@@ -12,7 +12,7 @@ namespace qxplatform
 
 // An object that is created at its first use and never destroyed, because static objects of other modules may need it
 // while the process ends. Unlike a function-local static object, it can be used in a forked child even if another
-// thread was creating it during the fork. Leak checkers regard the object as reachable, because this one points to it.
+// thread was creating it during the fork. Leak checkers regard the object as reachable through this static pointer.
 //
 //     static constinit Forever<Cache> cache;
 //     cache.Get().Find(...)

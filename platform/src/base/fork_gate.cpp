@@ -50,8 +50,8 @@ void Unlink(ForkRecord& record)
     record.link = nullptr;
 }
 
-// Removes the record. Later destructors of the thread may take locks, so the record is entered again if the C library
-// will call this function once more.
+// Removes the thread's record. Destructors that run later on the thread may still take locks, so the record is entered
+// again if the C library is going to call this function once more.
 void OnThreadEnd(void*)
 {
     pthread_mutex_lock(&listLock);
@@ -73,8 +73,8 @@ LONGLONG Now()
     return now.tv_sec * 1'000'000'000LL + now.tv_nsec;
 }
 
-// Threads store that they hold something and then check for a fork. A memory barrier between the two would slow down
-// every lock. Instead, this function runs a barrier on all processors that run such threads.
+// A thread first stores its hold and then checks for a fork. A memory barrier between these two steps would slow down
+// every lock. Instead, this function runs a barrier on all processors that run threads of the process.
 void RunBarriers()
 {
     if (syscall(SYS_membarrier, MEMBARRIER_CMD_PRIVATE_EXPEDITED, 0, 0) == 0)

@@ -57,7 +57,7 @@ std::size_t ReadPages(std::uintptr_t address, void* buffer, std::size_t size)
 
 } // namespace
 
-// Makes the kernel read the word for a comparison; no thread is requeued.
+// Makes the kernel read the word, because the futex call compares it with a value. The call requeues no thread.
 bool IsReadable(std::uintptr_t address)
 {
     const KeptErrno kept;

@@ -1,4 +1,5 @@
-// Objects may be called from any thread, so an apartment is only a number: how often the thread has entered it.
+// Objects may be called from any thread, so a thread's apartment is only a record: its model, and how often the thread
+// has entered COM.
 #include "com/apartment.h"
 
 #include <combaseapi.h>

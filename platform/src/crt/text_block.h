@@ -105,7 +105,7 @@ inline const wchar_t* BlockStart(const wchar_t* text)
         reinterpret_cast<std::uintptr_t>(text) & ~std::uintptr_t{sizeof(TextBlock) - 1});
 }
 
-// Four aligned blocks are also in one page if the first of them starts here.
+// Four consecutive blocks are in one page if the first one is aligned to their total length.
 constexpr std::size_t kLineLength = 4 * kBlockLength;
 inline bool IsLineStart(const wchar_t* text)
 {

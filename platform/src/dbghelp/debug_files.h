@@ -1,4 +1,4 @@
-// Separate files with debug information. They are searched on this machine only.
+// Finds separate files with debug information, on this machine only.
 #pragma once
 
 #include "dbghelp/elf_image.h"

@@ -29,7 +29,7 @@ bool SetCfa(Dwarf_Frame* frame, FrameRule::State& state)
     return true;
 }
 
-// Returns false if the register is found by an expression.
+// Stores the rule of a register. Returns false if the rule is an expression of an unsupported form.
 bool SetRegister(Dwarf_Frame* frame, unsigned number, FrameRule::State& state)
 {
     Dwarf_Op storage[3];

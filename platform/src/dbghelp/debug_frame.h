@@ -9,7 +9,7 @@
 namespace qxplatform
 {
 
-// Stores the rule at an address. Returns false if there is none, or if it can't be expressed without expressions.
+// Stores the rule at an address. Returns false if there is none, or if the rule needs a DWARF expression.
 bool FindDebugFrameRule(SymbolModule& module, std::uint64_t address, FrameRule& rule);
 
 } // namespace qxplatform

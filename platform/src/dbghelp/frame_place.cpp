@@ -9,7 +9,7 @@ namespace qxplatform
 namespace
 {
 
-// The expression of an attribute at an instruction.
+// The DWARF expression of an attribute, as valid at an instruction.
 struct Expression
 {
     Expression(Dwarf_Die& die, unsigned name, Dwarf_Addr address)

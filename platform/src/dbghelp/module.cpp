@@ -83,7 +83,7 @@ int SymbolModule::FindDebugInfo(
     Dwfl_Module*, void** user, const char*, Dwarf_Addr, const char*, const char*, GElf_Word, char** found)
 {
     const auto& self = *static_cast<const SymbolModule*>(*user);
-    // A file that shares debug information with others is searched by SetSharedDebugFile.
+    // SetSharedDebugFile looks for the file with the debug information that several files share.
     if (self._debugPath.empty() || self._dwarf != nullptr)
         return -1;
     ElfImage image(self._debugPath);

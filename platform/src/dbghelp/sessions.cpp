@@ -49,7 +49,7 @@ std::string RealFolder(std::string_view folder)
     return error || !std::filesystem::is_directory(real, error) ? std::string() : real.string();
 }
 
-// Splits the search path. Each module is searched in each folder, so duplicates and missing folders are dropped.
+// Splits the search path. Drops duplicates and missing folders, because each folder is searched for each module.
 std::vector<std::string> FoldersOf(const char* searchPath)
 {
     std::vector<std::string> folders;

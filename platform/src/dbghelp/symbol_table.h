@@ -26,7 +26,8 @@ public:
     // Reads all symbols. The names belong to the module.
     void Read(Dwfl_Module* module);
 
-    // Returns the innermost symbol that contains the address, or null. Labels count only outside of other symbols.
+    // Returns the innermost symbol that contains the address, or null. Returns a label without a size only outside of
+    // other symbols.
     const TableSymbol* Find(std::uint64_t address) const;
 
     std::size_t Count() const { return _symbols.size(); }

@@ -41,7 +41,7 @@ Pieces PiecesOf(std::uint64_t offset, std::uint64_t length)
 
 bool Overlap(const Pieces& first, const Pieces& second)
 {
-    // Compare piece by piece, because each piece stays on its side.
+    // Compare piece by piece, because no piece crosses the reserved range.
     return (first[0].length > 0 && second[0].length > 0 && first[0].Overlaps(second[0])) ||
            (first[1].length > 0 && second[1].length > 0 && first[1].Overlaps(second[1]));
 }

@@ -20,7 +20,7 @@ public:
     // Locks the range exclusively, or returns ERROR_LOCK_VIOLATION immediately.
     DWORD Lock(int descriptor, bool canWrite, std::uint64_t offset, std::uint64_t length);
 
-    // Unlocks a range that was locked in exactly this form. Otherwise returns ERROR_NOT_LOCKED.
+    // Unlocks a range that was locked with the same offset and length. Otherwise returns ERROR_NOT_LOCKED.
     DWORD Unlock(int descriptor, std::uint64_t offset, std::uint64_t length);
 
 private:

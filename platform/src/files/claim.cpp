@@ -11,7 +11,7 @@ namespace qxplatform
 namespace
 {
 
-// A claim is held for microseconds. If one lasts this long, its process has been stopped in the meantime.
+// A claim is held for microseconds. If one lasts this long (in nanoseconds), its process has probably been stopped.
 constexpr std::int64_t kPatience = 200'000'000;
 
 std::int64_t Nanoseconds()
@@ -81,8 +81,8 @@ LockResult LockWithClaim(int descriptor, LockKind claimKind, const ClaimedLock& 
         const bool hasEarlier = claim.HasEarlier();
         const bool isAlone = !hasEarlier && !claim.HasLater();
         lock.withdraw();
-        // The conflicting lock belongs to another claim or is permanent. It is permanent if the conflict occurs twice
-        // without any claims present: the first time, its owner might just have withdrawn it.
+        // The conflicting lock is either permanent or a short-lived one, whose owner holds a claim. It is permanent if
+        // the conflict occurs twice without another claim: the first time, the owner may just have withdrawn its claim.
         if ((isAlone && wasAlone) || Nanoseconds() > deadline)
             return LockResult::Refused;
         wasAlone = isAlone;

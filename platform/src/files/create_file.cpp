@@ -102,7 +102,7 @@ int OpenDescriptor(const Place& place, const Request& request, int flags)
 }
 
 // Returns true if the entry is a link, a pipe or the like, and the request neither reads nor writes but only queries or
-// deletes it. Such an entry is only named by the handle, not opened.
+// deletes it. The handle then refers to the entry without opening it.
 bool IsLinkOrPipe(const Place& place, const Request& request)
 {
     struct stat info
@@ -272,7 +272,7 @@ DWORD Open(const Place& place, const Request& request, Opened& opened, struct st
     return ERROR_SHARING_VIOLATION;
 }
 
-// Opens the file and makes a handle for it. `isNew` becomes true if the file was created. Returns the error.
+// Opens the file and creates a handle for it. `isNew` becomes true if the file was created. Returns the error.
 DWORD OpenHandle(const Place& place, Request& request, HANDLE& handle, bool& isNew)
 {
     if (request.Has(FILE_FLAG_DELETE_ON_CLOSE))

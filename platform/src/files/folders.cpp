@@ -26,7 +26,8 @@ DWORD WINAPI GetFullPathNameW(LPCWSTR lpFileName, DWORD nBufferLength, LPWSTR lp
     return result;
 }
 
-// Returns the path in its own form if the file exists, because Linux has no short names.
+// Linux has no short names, so if the file exists, the path is returned unchanged except for "." and "..", which are
+// resolved, and its separators.
 DWORD WINAPI GetLongPathNameW(LPCWSTR lpszShortPath, LPWSTR lpszLongPath, DWORD cchBuffer)
 {
     const NativePath path = ToNative(lpszShortPath);

@@ -58,8 +58,8 @@ void CopyExtendedAttributes(const std::string& from, const std::string& to)
     }
 }
 
-// Gives a file the owner, mode and attributes of another one. If the owner or group can't be set, the mode is
-// restricted so that nobody gains rights. Returns false and sets errno if the mode can't be set.
+// Copies the owner, mode and attributes of the file `model` to the file `path`. If the owner or group can't be set, the
+// mode is restricted so that nobody gains rights. Returns false and sets errno if the mode can't be set.
 bool TakeMetadata(const std::string& path, const std::string& model, const struct stat& info)
 {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));

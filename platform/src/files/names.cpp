@@ -153,7 +153,7 @@ BOOL WINAPI CreateDirectoryW(LPCWSTR lpPathName, LPSECURITY_ATTRIBUTES)
     // Don't report that the folder exists, because the caller would trust it.
     if (code == EEXIST && IsTakenByAnother(path.text))
         return Fail(ERROR_ACCESS_DENIED);
-    // A missing folder is always a parent.
+    // ENOENT always means that a parent folder is missing.
     return Fail(code == ENOENT ? DWORD{ERROR_PATH_NOT_FOUND} : ErrorFromErrno(code));
 }
 

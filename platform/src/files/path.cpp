@@ -179,7 +179,7 @@ NativePath Convert(std::u16string_view path)
     return native;
 }
 
-// Returns the path below a drive or share in the caller's form. Without components, a drive is its root folder.
+// Returns the path below a drive or share in the caller's form. Without components, returns the root folder of a drive.
 std::u16string FormBelow(const Root& root, std::u16string_view path, bool endsInSeparator)
 {
     const bool isDrive = root.kind == RootKind::Drive;

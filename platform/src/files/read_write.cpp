@@ -216,7 +216,7 @@ DWORD WINAPI SetFilePointer(HANDLE hFile, LONG lDistanceToMove, PLONG lpDistance
     file->position = position.QuadPart;
     if (lpDistanceToMoveHigh != nullptr)
         *lpDistanceToMoveHigh = position.HighPart;
-    // This low part looks like a failure; the last error says that it is none.
+    // This low part looks like the result of a failure; callers distinguish the two by the last error.
     if (position.LowPart == INVALID_SET_FILE_POINTER)
         SetLastError(NO_ERROR);
     return position.LowPart;

@@ -31,8 +31,8 @@ unsigned SlotOf(const ShareMode& mode)
 
 ShareMode ModeOf(const Range& lock)
 {
-    // A lock that extends further doesn't belong to the layer. A program has read-locked the whole file, which excludes
-    // writers.
+    // A lock that extends beyond the layer's range belongs to another program, which has read-locked the whole file.
+    // Such a lock excludes writers.
     if (!kShareModeRange.Contains(lock))
         return {FILE_SHARE_READ, FILE_SHARE_READ | FILE_SHARE_DELETE};
     const unsigned slot = static_cast<unsigned>((lock.start - kShareModeRange.start) / kSlotLength);

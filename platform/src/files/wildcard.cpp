@@ -9,8 +9,8 @@ namespace qxplatform
 namespace
 {
 
-// Names on the old file system always had a dot in the middle. Patterns of that time are expressed by three special
-// characters in place of the ordinary ones; no name can contain them.
+// DOS names always had a dot before the extension. Where `*`, `?` and `.` must match as in DOS patterns, they are
+// replaced by three special characters, which no name can contain.
 constexpr char16_t kAnyUpToLastDot = u'<'; // `*` before a dot
 constexpr char16_t kOneOrEnd = u'>';       // `?`
 constexpr char16_t kDotOrEnd = u'"';       // a dot before `?` or `*`

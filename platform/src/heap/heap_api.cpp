@@ -60,7 +60,7 @@ template <class Work>
 }
 
 // Runs a short operation of a heap. A process with one thread needs no guard: nobody else uses the heap or forks, and
-// no operation starts a thread. The two ways are separate functions, so that the short one saves no registers.
+// no operation starts a thread. The two paths are separate functions, so that the fast path saves no registers.
 template <class Work>
 [[gnu::always_inline]] inline auto Run(PrivateHeap& heap, DWORD flags, Work work)
 {

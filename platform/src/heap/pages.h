@@ -16,8 +16,8 @@ inline std::uintptr_t UnitOf(const void* address)
     return reinterpret_cast<std::uintptr_t>(address) >> kUnitShift;
 }
 
-// Maps zeroed memory that starts at the beginning of a unit. Returns null if there is none. The memory of objects is
-// searched for pointers by leak checkers; the heap's own data is not.
+// Maps zeroed memory that starts at the beginning of a unit. Returns null if memory runs out. With `forObjects`, leak
+// checkers search the memory for pointers; the heap's own data is mapped without it.
 char* MapPages(std::size_t size, bool forObjects);
 // `size` is the size that was mapped.
 void UnmapPages(void* pages, std::size_t size, bool forObjects);

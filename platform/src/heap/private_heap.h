@@ -31,7 +31,7 @@ public:
     DWORD Options() const { return _options; }
     CRITICAL_SECTION& Section() { return _section; }
 
-    // The caller must hold the section, unless it serialises the calls itself.
+    // Callers of the functions below must hold Section(), unless they serialise the calls themselves.
 
     // Returns null if memory runs out. Sets `isZeroed` if the memory is new from the system and therefore zeroed.
     void* Allocate(std::size_t size, bool& isZeroed)

@@ -12,7 +12,7 @@ namespace qxplatform
 namespace
 {
 
-// The lines of the list, read in pieces. Each line is parsed up to the inode number, and its rest is skipped.
+// The lines of /proc/self/maps, read in pieces. Each line is parsed up to the inode number, and its rest is skipped.
 class MapLines
 {
 public:

@@ -41,7 +41,7 @@ Module Layer();
 // The debug-help library belongs to the layer but is loaded only on demand, by the name "dbghelp".
 bool IsDebugHelp(std::u16string_view name);
 std::string DebugHelpPath();
-// Returns true for the two modules whose functions have link names of their own.
+// Returns true for the layer and the debug-help library, which export functions by the link names of QXP().
 bool IsLayerOrDebugHelp(const Module& module);
 
 // Returns the file names that a library of this name may have on Linux, the most likely first.

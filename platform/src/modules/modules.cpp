@@ -125,7 +125,7 @@ HMODULE Remember(void* library)
     return handle;
 }
 
-// Counts one more use of a loaded module.
+// Increments the dynamic linker's reference count of a loaded module and returns the linker's handle.
 void* OpenPresent(const Module& module)
 {
     const bool isProgram = module.handle == LoadedModules().front().handle;

@@ -1,4 +1,4 @@
-// Drives that are connected with a share: links of the layer's folder `dosdevices` such as `q:`, which are relative and
+// Drives that are connected to a share: links of the layer's folder `dosdevices` such as `q:`, which are relative and
 // lead to `unc/server/share`. A connection exists whether or not the share can be reached.
 #pragma once
 

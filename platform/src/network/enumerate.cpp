@@ -30,8 +30,8 @@ public:
     {
     }
 
-    // Fills the block with at most `count` entries, as many as fit, and stores their number in `count`. If not one
-    // fits, stores the size that the next one needs in `size`.
+    // Fills the block with at most `count` entries, as many as fit, and stores their number in `count`. If no entry
+    // fits, stores the size needed for the next entry in `size`.
     DWORD Next(DWORD& count, BYTE* block, DWORD& size);
 
 private:

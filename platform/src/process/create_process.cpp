@@ -66,8 +66,7 @@ bool IsProgram(const std::string& path)
     return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && access(path.c_str(), X_OK) == 0;
 }
 
-// Returns the path of a program. A name without a folder is searched in the calling program's folder, then along the
-// PATH.
+// Returns the path of a program. Looks for a name without a folder in the calling program's folder, then along PATH.
 std::string FindProgram(const std::u16string& name)
 {
     const bool isBare = name.find_first_of(u"/\\:") == name.npos;
@@ -138,7 +137,7 @@ BOOL GiveHandles(pid_t id, PROCESS_INFORMATION& information)
 {
     const auto process = MakeObject<ProcessObject>(id);
     ProcessObject::Watch(process);
-    // The child's initial thread is represented by the process, which lives as long.
+    // The process object also represents the child's initial thread.
     information = {AddHandle(process), AddHandle(process), static_cast<DWORD>(id), static_cast<DWORD>(id)};
     return information.hProcess != nullptr && information.hThread != nullptr;
 }

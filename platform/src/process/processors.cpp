@@ -20,7 +20,7 @@ namespace
 
 constexpr unsigned kProcessorsOfGroup = 64;
 
-// Returns one word for each group. Empty if there is no such process.
+// Returns the affinity mask for each group, or an empty list if there is no such process.
 std::vector<DWORD_PTR> ProcessorsOf(pid_t process)
 {
     constexpr std::size_t kMostGroups = 4096;

@@ -10,7 +10,7 @@ using namespace qxplatform;
 namespace
 {
 
-// The context of a manifest. No library exists in several versions, so it consists only of its handle.
+// The context of a manifest. No library exists in several versions, so the context contains no data.
 class ActivationContext : public Object
 {
 public:

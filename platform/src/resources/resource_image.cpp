@@ -23,7 +23,7 @@ std::u16string UpperCaseOf(std::u16string_view text)
     return upper;
 }
 
-// Reads numbers and keys from a part of the image. Missing data ends the reading.
+// Reads numbers and keys from a part of the image. Returns nothing if the data ends too early.
 class Reader
 {
 public:

@@ -1,5 +1,5 @@
-// The block behind a PACL: the lists of a file or folder, with what is needed to change them. Callers may free or copy
-// it, and may pass something else instead, so it is checked before use.
+// The block behind a PACL: the access lists of a file or folder, and its owner and group, which are needed to change
+// the lists. Callers may copy a block or pass an ACL from elsewhere, so each block is checked before use.
 #pragma once
 
 #include "security/acl_entries.h"

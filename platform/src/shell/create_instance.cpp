@@ -1,4 +1,4 @@
-// Objects by their class.
+// CoCreateInstance: creates objects by their class identifier.
 #include "com/apartment.h"
 #include "shell/shell_link.h"
 

@@ -154,7 +154,7 @@ private:
         return Step::Done;
     }
 
-    // Finds the tables of the module that contains the address, usually the same one as for the frame before.
+    // Finds the tables of the module that contains the address, usually the module of the previous frame.
     bool FindTables(std::uintptr_t address)
     {
         if (address - _tables.begin < _tables.end - _tables.begin)

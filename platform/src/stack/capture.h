@@ -24,8 +24,8 @@ unsigned CaptureAddresses(const FrameRegisters& start, unsigned skip, unsigned c
 
 EXTERN_C_START
 
-// RtlCaptureStackBackTrace that begins with a function further out, which must not have returned yet. The system lacks
-// it, so callers bind it at run time.
+// Works like RtlCaptureStackBackTrace, but begins with a function further out, which must not have returned yet. The
+// system lacks this function, so callers bind it at run time.
 WORD WINAPI QxCaptureFrom(const qxplatform::FrameRegisters* start, DWORD count, PVOID* addresses) QXP(QxCaptureFrom);
 
 EXTERN_C_END

@@ -211,7 +211,7 @@ private:
             return signedLeft < signedRight;
         case 0x2E: // ne
             return left != right;
-        default: // division, and what doesn't occur in unwind tables
+        default: // division and other operations, which don't occur in unwind tables
             _hasFailed = true;
             return 0;
         }

@@ -307,7 +307,7 @@ private:
     bool _hasFailed = false;
 };
 
-// All registers are the same, and the frame address isn't known.
+// The state before the first instruction: all registers keep their values, and the frame address isn't known.
 constexpr FrameRule::State NoRules()
 {
     FrameRule::State state = {};
@@ -398,7 +398,7 @@ bool RuleFinder::RuleOfEntry(const std::uint8_t* at, std::uintptr_t address, Fra
     return program.Run(function.instructions, address) && rule.state.cfaHow != How::Undefined;
 }
 
-// Reads an entry and its common one. Returns false if the entry is for another function or damaged.
+// Reads an entry and its common entry. Returns false if the entry is for another function or damaged.
 bool RuleFinder::ReadFunction(const std::uint8_t* at, std::uintptr_t address, Function& function)
 {
     if (!_frames.Contains(at))
@@ -418,7 +418,7 @@ bool RuleFinder::ReadFunction(const std::uint8_t* at, std::uintptr_t address, Fu
            _common.returnColumn < kRegisterCount;
 }
 
-// The instructions of a common entry belong to no place, so their result is the same for all functions.
+// The instructions of a common entry don't depend on an address, so their result is the same for all functions.
 bool RuleFinder::ReadCommon(const std::uint8_t* at)
 {
     if (at == _commonAt)

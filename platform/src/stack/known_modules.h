@@ -20,12 +20,11 @@ struct ModuleRange
 
 // Finds the module of an address and makes sure that the cache contains no rules of another module that was loaded at
 // the same place before. Returns false if there is no module or its rules can't be cached. Takes no lock. The loader
-// offers no notice of unloaded modules that could be read without its lock, so the place and the build id tell modules
-// apart.
+// doesn't report unloaded modules without its lock, so modules are told apart by their place and build id.
 bool FindKnownModule(std::uintptr_t address, RuleCache& cache, ModuleRange& range);
 
-// Finds an address in the program or in the C library. They stay where they are while the process lives, so their rules
-// are always valid. Much faster than FindKnownModule.
+// Finds an address in the program or in the C library. Both stay in place while the process lives, so their rules are
+// always valid. Much faster than FindKnownModule.
 bool FindPermanentModule(std::uintptr_t address, ModuleRange& range);
 
 } // namespace qxplatform

@@ -144,8 +144,8 @@ Step ApplyRule(
     if (step != Step::Done)
         return step;
     // A frame is above the frames that it calls, except for a frame that a signal interrupted: the handler may use
-    // another stack. Only a function that calls nothing can do without a frame. A jump to another function (longjmp)
-    // has left its frame at its last instruction.
+    // another stack. Only a function that calls nothing can do without a frame. longjmp() has
+    // already left its own frame at its last instruction, the jump.
     const bool hasLeft = isExact && rule.state.how[kStackPointer] != How::Same;
     const std::uintptr_t leastSize = hasLeft ? 0 : isExact ? kReturnAddressSize : sizeof(void*);
     if (!rule.isSignalFrame && caller.value[kStackPointer] < registers.value[kStackPointer] + leastSize)

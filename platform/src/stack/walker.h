@@ -15,7 +15,7 @@ EXTERN_C_START
 //
 // Returns FALSE if the frame is the outermost one or if the stack is damaged; both arguments are unchanged then. Never
 // faults, whatever the registers are: memory other than the tables of loaded modules is read by the kernel. Takes no
-// lock and allocates nothing. A damaged stack may contain a circle, so callers must limit the number of frames.
+// lock and allocates nothing. A damaged stack may contain a cycle, so callers must limit the number of frames.
 BOOL WINAPI QxUnwindFrame(CONTEXT* context, BOOL* isExact) QXP(QxUnwindFrame);
 
 EXTERN_C_END

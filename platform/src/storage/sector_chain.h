@@ -13,12 +13,12 @@ namespace qxplatform
 constexpr std::uint32_t kGreatestLink = 0xFFFFFFF9;
 constexpr std::uint32_t kNoLink = 0xFFFFFFFF;
 
-// Detects that a path of links has become a circle, by Brent's method: without a list of the visited links, and within
-// three times the length of the path.
+// Detects a cycle in a path of links, by Brent's method: without a list of the visited links, and within three times
+// the length of the path.
 class CircleCheck
 {
 public:
-    // Returns false if the path is known to be a circle.
+    // Returns false if the path is known to contain a cycle.
     bool Pass(std::uint32_t link)
     {
         if (link == _mark)

@@ -19,7 +19,7 @@ enum class OnInvalid
 struct Encoding
 {
     OnInvalid onInvalid = OnInvalid::Replace;
-    bool bestFit = true;                // whether similar characters may replace characters that the page lacks
+    bool bestFit = true;                // similar characters may replace characters that the page lacks
     std::string_view replacement = "?"; // for characters that the page can't represent
 };
 
@@ -54,7 +54,7 @@ public:
 // created at its first use and kept until the process ends. Thread-safe.
 const CodePage* FindCodePage(UINT number);
 
-// Checks for a page without creating it. The names of the default pages are not page numbers.
+// Returns true if the page is supported, without creating it. Returns false for CP_ACP and the other default pages.
 bool IsCodePageOffered(UINT number);
 
 UINT DefaultCodePage();

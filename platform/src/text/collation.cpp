@@ -85,7 +85,7 @@ bool IsMinorSign(wchar_t unit)
     return unit == L'\'' || unit == L'-';
 }
 
-// A text without its minor symbols, and their positions.
+// A text without its hyphens and apostrophes, and their positions.
 struct Words
 {
     struct Sign
@@ -112,8 +112,8 @@ struct Words
     std::vector<Sign> signs;
 };
 
-// A text sorts after one without the symbol, a symbol at an earlier position after one at a later position, and a
-// hyphen after an apostrophe.
+// A text with a symbol sorts after a text without one. A symbol at an earlier position sorts after a symbol at a later
+// position, and a hyphen sorts after an apostrophe.
 int CompareSigns(const std::vector<Words::Sign>& a, const std::vector<Words::Sign>& b)
 {
     const std::size_t common = std::min(a.size(), b.size());

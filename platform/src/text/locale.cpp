@@ -120,7 +120,7 @@ std::string WithRegion(const std::string& icu)
     return Part(icu, uloc_getLanguage) + (script.empty() ? "" : "_" + script) + "_" + Part(likely, uloc_getCountry);
 }
 
-// Returns the identifier of a locale. If ICU has one only for the language, it doesn't identify the locale.
+// Returns the identifier of a locale, or LOCALE_CUSTOM_UNSPECIFIED if ICU has one only for the language.
 LCID NumberOf(const std::string& icu)
 {
     const LCID lcid = uloc_getLCID(icu.c_str());
@@ -184,7 +184,7 @@ std::optional<Locale> MakeByNumber(LCID lcid)
             return Locale{row.icu, row.name, row.lcid};
     const std::string icu = Text([lcid](char* buffer, std::int32_t size, UErrorCode* status)
         { return uloc_getLocaleForLCID(lcid, buffer, size, status); });
-    // For an unknown region of a known language ICU returns the language; likewise for its sort orders.
+    // For an unknown region of a known language ICU returns the language alone; likewise for an unknown sort order.
     const bool isRegion = SUBLANGID(lcid) != SUBLANG_NEUTRAL && SORTIDFROMLCID(lcid) == SORT_DEFAULT;
     const bool isUnknownRegion = isRegion && Part(icu, uloc_getCountry).empty();
     if (icu.empty() || isUnknownRegion || !IsKnownLanguage(icu))

@@ -44,7 +44,7 @@ LANGID WINAPI GetUserDefaultUILanguage(void)
     return LanguageId(UserInterfaceLocale());
 }
 
-// The environment has no settings for threads.
+// All threads have the user's locale, because the environment has no settings for single threads.
 LCID WINAPI GetThreadLocale(void)
 {
     return UserLocale().lcid;

@@ -39,9 +39,9 @@ public:
 private:
     static constexpr unsigned kMaxNumber = 99;
 
-    // Returns an argument of an insert: the first one if `behind` is 0. The second one replaces it under the insert's
-    // number, and a third one gets the next number. As in the documented example, %3 in "%1!*.*s! %3" thus refers to
-    // the fourth argument.
+    // Returns an argument of an insert: the first one if `behind` is 0. The second argument gets the insert's number in
+    // place of the first, and the third argument gets the next number. As in the documented example, %3 in
+    // "%1!*.*s! %3" thus refers to the fourth argument.
     DWORD_PTR FromList(unsigned number, unsigned behind)
     {
         if (behind == 0)

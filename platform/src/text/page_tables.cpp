@@ -139,7 +139,7 @@ public:
         std::uint16_t code;
     };
 
-    // Returns what the converter writes for characters that it doesn't decode.
+    // Returns the codes that the converter writes only as fallbacks: it decodes them to other characters.
     std::vector<Fallback> Fallbacks()
     {
         UErrorCode status = U_ZERO_ERROR;

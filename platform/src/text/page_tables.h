@@ -1,4 +1,4 @@
-// Builds the tables of a page from ICU's converter and the system's differences.
+// Builds the tables of a page from ICU's converter and the known differences between ICU's page and the system's.
 #pragma once
 
 #include <minwindef.h>

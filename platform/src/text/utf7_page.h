@@ -1,4 +1,4 @@
-// Code page 65000, RFC 2152.
+// Code page 65000: UTF-7 (RFC 2152).
 #pragma once
 
 #include "text/code_page.h"

@@ -1,4 +1,4 @@
-// Code page 65001.
+// Code page 65001: UTF-8.
 #pragma once
 
 #include "text/code_page.h"

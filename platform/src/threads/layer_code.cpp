@@ -92,7 +92,7 @@ void RefreshLayerCode()
     static constinit Forever<std::vector<std::unique_ptr<const CodeList>>> lists;
     std::unique_ptr<CodeList> list(new (std::nothrow) CodeList);
     if (list == nullptr || dl_iterate_phdr(&AddModule, list.get()) != 0)
-        return; // without memory, the former list is used
+        return; // out of memory: keep using the previous list
     const std::lock_guard guard(lock);
     const CodeList* const known = codeList.load();
     if (known != nullptr && known->loads >= list->loads)

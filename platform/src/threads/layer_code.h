@@ -1,4 +1,4 @@
-// Detects code that was built on the layer.
+// Detects code of modules that were linked with the layer.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,7 @@
 namespace qxplatform
 {
 
-// Updates the list of such code. Not async-signal-safe.
+// Updates the list of these modules. Not async-signal-safe.
 void RefreshLayerCode();
 
 // Returns true if the address is in the code of a module that lists the layer as a dependency. This is never the case

@@ -28,7 +28,7 @@ std::u16string Digits(unsigned number, std::size_t atLeast)
     return text.append(digits.begin(), digits.end());
 }
 
-// Determines the day of the week; the time of day is ignored.
+// Stores the date with its day of the week, and the time of day 0. Returns false if the date doesn't exist.
 bool CheckedDate(const SYSTEMTIME& given, SYSTEMTIME& date)
 {
     date = {given.wYear, given.wMonth, 0, given.wDay, 0, 0, 0, 0};

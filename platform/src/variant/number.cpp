@@ -114,7 +114,7 @@ bool ExactOf(std::string_view digits, long long exponent, bool negative, Exact& 
         result.mantissa = Rounded(digits, digits.size()) * PowerOf10(static_cast<int>(exponent));
         return result.mantissa <= kMaxMantissa;
     }
-    // As many decimal places as the type has, or as many as fit in the mantissa.
+    // Keep all decimal places if possible, otherwise as many as the scale and the mantissa permit.
     for (long long scale = std::min<long long>(-exponent, kMaxScale); scale >= 0; --scale)
     {
         const long long kept = count + exponent + scale;

@@ -16,12 +16,12 @@ namespace qxplatform
 namespace
 {
 
-// The parser compares each attribute of a tag with all others.
+// Limits the time for a tag: the parser compares each attribute with all others.
 constexpr std::ptrdiff_t kMostTagBytes = 256 * 1024;
-// Comments, instructions and CDATA are parsed when they are complete.
+// Limits the memory: the parser buffers a comment or instruction until it is complete.
 constexpr std::ptrdiff_t kMostMarkupBytes = 8 * 1024 * 1024;
 constexpr std::size_t kMostTextUnits = 16 * 1024 * 1024;
-// The parser looks for a prefix among all of them.
+// Limits the time for a prefix: the parser searches all namespaces for it.
 constexpr std::size_t kMostNamespaces = 1024;
 
 std::string_view TextOf(const xmlChar* text)
@@ -158,7 +158,7 @@ HRESULT XmlParser::Parse(const char* block, std::size_t size)
     return _failure;
 }
 
-// Limits what the parser keeps until it can report it.
+// Limits the incomplete markup that the parser buffers.
 void XmlParser::CheckSize()
 {
     const xmlParserInput* const input = _parser->input;
@@ -258,7 +258,7 @@ void XmlParser::OnCDATA(void* self, const xmlChar* text, int length)
     Guarded(self,
         [=](XmlParser& parser)
         {
-            // The parser divides a long section.
+            // The parser reports a long section in pieces, of which only the first follows the start of the section.
             constexpr std::string_view kBegin = "<![CDATA[";
             const xmlParserInput& input = *parser._parser->input;
             const bool begins = input.cur - input.base >= static_cast<std::ptrdiff_t>(kBegin.size()) &&
