@@ -26,7 +26,7 @@ else()
     target_compile_options(qx_text_model INTERFACE -fshort-wchar)
 endif()
 
-# Separate from the text model, because plain clients of the public headers do without it.
+# The warnings. Separate from the character options, which plain clients of the public headers don't need.
 add_library(qx_client_options INTERFACE)
 target_compile_options(qx_client_options INTERFACE
     -Wall -Wextra -Wshadow -Wconversion

@@ -24,7 +24,7 @@ char* Allocate(HUTHEAP heap, std::uint32_t size)
 // last call, and the chain begins with the function's caller.
 void* volatile latest = nullptr;
 
-// The compiler must not know it, or it replaces the loop by three calls, which differ in their chains.
+// If the compiler knew this number, it could replace the loop by three calls, whose call chains would differ.
 const volatile std::uint32_t pageCount = 3;
 
 // A cache that only grows.

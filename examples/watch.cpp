@@ -80,7 +80,7 @@ void PrintHit(void*, std::size_t index, const QXWCHAR* text)
     std::uint64_t places[kMostHits];
     for (std::size_t index = 0; index < hitCount; ++index)
         places[index] = hits[index].address;
-    // Like return addresses, the places follow the instruction that matters.
+    // Like a return address, each place is the address after the instruction to be found.
     if (hitCount > 0 && !QxDescribeAddresses(places, hitCount, 0, PrintHit, nullptr))
         std::printf(
             "%d writes, but there is no debug-help library that finds their functions\n", static_cast<int>(hitCount));

@@ -1,5 +1,5 @@
-// A program of operations on tracked heaps, with damage to headers and fences, compared with a model. Four bytes are an
-// operation and its arguments.
+// A sequence of operations on tracked heaps, with damage to headers and fences, compared with a model. Every four bytes
+// of the input are an operation with its arguments.
 #include "core/debug_line.h"
 #include "heaps/module_list.h"
 

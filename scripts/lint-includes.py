@@ -4,7 +4,7 @@ import os
 import re
 
 # A folder of src/ may include its own headers and headers of lower ranks. Folders of the same rank may include each
-# other's headers as long as the folders don't form a circle.
+# other's headers as long as the folders don't form a cycle.
 RANKS = {
     "containers": 0, "core": 1, "module": 2, "files": 3,
     "prof": 4, "zip": 4, "locale": 4, "markup": 4, "threads": 4, "diag": 4, "accounts": 4,

@@ -261,7 +261,7 @@ TEST_P(Allocations, FailWithoutALeak)
             Outcome outcome = Outcome::Done;
             bool hasFailed = false;
             long left = 1;
-            // With several threads, the failure may hit a thread that has no text of a failure yet, and this text
+            // With several threads, the failure may hit a thread that hasn't stored a failure text yet. Its new text
             // remains allocated. A real leak occurs in every attempt.
             for (int attempt = 0; attempt < 5 && left > 0; ++attempt)
             {

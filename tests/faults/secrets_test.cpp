@@ -19,7 +19,7 @@
 namespace
 {
 
-// The phrases are only kept in this form, so that the search doesn't find the test itself.
+// The test stores the phrases only masked with this byte, so that the search doesn't find its own copies.
 constexpr unsigned char kMask = 0xA5;
 constexpr std::size_t kLength = 24;
 

@@ -179,7 +179,7 @@ TEST(Heap, LockKeepsOtherThreadsOut)
 {
     const Heap heap;
     ASSERT_TRUE(HeapLock(heap.handle));
-    void* const block = HeapAlloc(heap.handle, 0, 10); // the owner may go on
+    void* const block = HeapAlloc(heap.handle, 0, 10); // the thread that holds the lock isn't blocked
     bool isFree = false;
     std::thread other([&] { isFree = HeapFree(heap.handle, 0, block) != FALSE; });
     Sleep(50);

@@ -89,7 +89,7 @@ TEST(Locales, InformationSizesAndNumbers)
     EXPECT_ERROR(ERROR_INVALID_FLAGS, GetLocaleInfoW(0x0407, LOCALE_SDATE | LOCALE_RETURN_NUMBER, buffer, 2));
 }
 
-// The tests that detect the byte order of files: all tests for one byte order at a time.
+// Combines the flags as code that detects the byte order of files does: all tests for one byte order in a call.
 TEST(IsTextUnicode, TellsTheByteOrder)
 {
     const auto test = [](std::string_view bytes, int mask)

@@ -16,7 +16,7 @@ namespace qxtest
 
 constexpr DWORD kPatience = 20'000;
 
-// Whether the layer can stop a thread that computes. Under the thread sanitizer it can stop only blocked threads.
+// True if the layer can stop a thread that computes. Under the thread sanitizer it can stop only blocked threads.
 #if defined(__SANITIZE_THREAD__)
 constexpr bool kCanStopComputing = false;
 #else

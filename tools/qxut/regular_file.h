@@ -1,4 +1,4 @@
-// Opens files without waiting for anybody.
+// Opens regular files without blocking on pipes.
 #pragma once
 
 #include <cstdio>

@@ -50,7 +50,7 @@ public:
 
     virtual class Waitable* AsWaitable() { return nullptr; }
 
-    // These count the handles of the object. The table calls them.
+    // Count the handles of the object. Called by the handle table.
     void AddHandle() { _handles.fetch_add(1, std::memory_order_relaxed); }
     void RemoveHandle()
     {

@@ -68,7 +68,7 @@ public:
             return Null(ERROR_CLIPBOARD_NOT_OPEN);
         if (format == 0)
             return Null(ERROR_INVALID_PARAMETER);
-        if (block == nullptr) // delayed rendering
+        if (block == nullptr) // requests delayed rendering
             return Null(ERROR_NOT_SUPPORTED);
         const void* const bytes = GlobalLock(block);
         if (bytes == nullptr)

@@ -11,7 +11,7 @@ namespace qxplatform
 namespace
 {
 
-// Exceeds any possible result; a field of this width makes the result too long to be counted.
+// Larger widths are reduced to this value: with both, the result is too long to be counted in an int.
 constexpr std::size_t kGreatestWidth = std::numeric_limits<int>::max();
 
 std::size_t ReadNumber(const wchar_t*& format)

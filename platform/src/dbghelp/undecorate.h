@@ -6,8 +6,8 @@
 namespace qxplatform
 {
 
-// Returns the demangled form of a linker's name, with parameters, and with the result if the name contains it. A name
-// that isn't mangled is returned without its version.
+// Removes the symbol version from a name, and demangles it if it is mangled. The result includes the parameters, and
+// the return type if the mangled name contains it.
 std::string DemangledName(const char* name);
 
 // Removes parameters, result and qualifiers from a demangled name.

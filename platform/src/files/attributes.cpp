@@ -80,7 +80,7 @@ BOOL WINAPI SetFileAttributesW(LPCWSTR lpFileName, DWORD dwFileAttributes)
     const bool isReadOnly = (dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
     if (metadata.attributes & FILE_ATTRIBUTE_DIRECTORY)
     {
-        // Removing a folder's write mode would have another effect: nothing could be created in it any more.
+        // On Linux, a folder without write permission would also refuse new files. The system's attribute doesn't.
         if (isReadOnly)
             return Fail(ERROR_NOT_SUPPORTED);
     }

@@ -58,7 +58,8 @@ ImagePart PartOf(const ImageSegments& image, std::uintptr_t address, std::uintpt
             part.flags = header->p_flags;
         }
     }
-    // The loader makes a part of the data read-only once it is relocated. Its end is rounded down.
+    // The loader makes a part of the data read-only after its relocation. The end of this part is rounded down to a
+    // page.
     for (const ElfW(Phdr)* header = image.Begin(); header != image.End(); ++header)
     {
         const std::uintptr_t first = image.AddressOf(*header);

@@ -44,7 +44,7 @@ BOOL WINAPI GetUserObjectInformationW(HANDLE hObj, int nIndex, PVOID pvInfo, DWO
         return Fail(ERROR_INVALID_HANDLE);
     if (nIndex != UOI_FLAGS)
         return Fail(ERROR_NOT_SUPPORTED);
-    const USEROBJECTFLAGS flags = {}; // not WSF_VISIBLE: nothing that is displayed is visible
+    const USEROBJECTFLAGS flags = {}; // without WSF_VISIBLE, because there is no screen
     if (lpnLengthNeeded != nullptr)
         *lpnLengthNeeded = sizeof flags;
     if (pvInfo == nullptr || nLength < sizeof flags)

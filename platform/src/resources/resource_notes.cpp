@@ -13,7 +13,7 @@ namespace
 
 constexpr char kName[] = "QXRES";
 
-// Files with larger notes weren't built here.
+// Larger notes can't come from this project's build, so they are ignored.
 constexpr std::size_t kMaxNotes = 64 << 20;
 
 std::size_t Aligned(std::size_t place, std::size_t alignment)

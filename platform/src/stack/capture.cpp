@@ -15,7 +15,7 @@ namespace
 
 constinit RuleCache ruleCache;
 
-// The modules that were met during a capture.
+// The modules to which the return addresses of a capture belong, as found so far.
 class MetModules
 {
 public:

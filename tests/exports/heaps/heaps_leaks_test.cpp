@@ -74,7 +74,7 @@ TEST(HeapsLeaks, GroupsByChainWithNames)
         many.push_back(AllocateMany(own.heap));
     leaking.free(own.heap, AllocateMany(own.heap)); // not live
     void* const plain = leaking.alloc(third, 5, 0);
-    WordAt(few[0], -28) -= 5'000'000; // the allocation times
+    WordAt(few[0], -28) -= 5'000'000; // changes the allocation times
     WordAt(few[1], -28) -= 3;
     WordAt(many[3], -20) += 8; // the chain of a damaged header refers to no record
 

@@ -32,7 +32,7 @@ TEST(ConnectedDrives, PathForms)
 {
     const OwnDrives drives;
     drives.Link("q:", "unc/Server/Share");
-    drives.Link("r:", "unc/server/share"); // the first drive of a share counts
+    drives.Link("r:", "unc/server/share"); // if a share has several drives, the first one is used
     const std::string longServer(600, 's');
     drives.Link("l:", "unc/" + longServer + "/share"); // its universal names need a larger block
     const String longName = Filled(L'n', 200);

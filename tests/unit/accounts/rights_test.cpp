@@ -32,7 +32,7 @@ TEST(AccessRights, FailuresNameTheStepAndTheReason)
 
 TEST(AccountOfSid, MalformedIdentifiersHaveNoName)
 {
-    // The header of the last one announces fifteen subauthorities, but none follow.
+    // The header of the last identifier announces fifteen subauthorities, but none follow.
     for (const wchar_t* const sid : {L"", L"SID:", L"SID:S-1-", L"SID:nonsense", L"!", L"AQE=", L"AQ8AAAAAAAUSAAAA"})
         EXPECT_STREQ(AccountOfSid(sid), L"") << String(sid).NarrowText();
 }

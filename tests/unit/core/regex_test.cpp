@@ -119,7 +119,7 @@ TEST(RegEx, TemplateRules)
         {L"(b)(c)", L"abcd", L"\\", L"a\\d"}, {L"(b)(c)", L"abcd", L"\\x\\12", L"a\\xb2d"},
         {L"(b)(c)", L"abcd", nullptr, L"ad"}, {L"(x)|(b)", L"ab", L"[\\1\\2]", L"a[b]"},
         {L"x*", L"abc", L"-", L"-"},   // an empty match at the start: the rest is dropped
-        {L"x*", L"xabc", L"-", L"--"}, // also if the rest begins later
+        {L"x*", L"xabc", L"-", L"--"}, // also if another match precedes the empty one
         {L"^a", L"aaa", L"b", L"bbb"}, // each search starts with a new subject
         {L"(?<=a)b", L"abab", L"X", L"aXaX"},
         {L"a|(?<=a)b", L"ab", L"X", L"Xb"}, // look-behind doesn't see beyond the end of the previous match

@@ -84,7 +84,7 @@ TEST(TiffReader, DamagedFiles)
     circle.Add(256, kShort, 8).Add(257, kShort, 6).Add(269, kAscii, 0, 0xFFFFFFFF).Add(270, kAscii, 1, 0xFFFFFFFF);
     circle.EndDirectory();
     std::string bytes = circle.Bytes();
-    bytes[bytes.size() - 4] = 8; // the next directory is the same one
+    bytes[bytes.size() - 4] = 8; // the directory's link to the next one leads to itself
     const ReadRecord record(ReadTIFFFile, bytes);
     EXPECT_EQ(TextOf(record->Title), "II*"); // up to the first zero byte
     EXPECT_EQ(TextOf(record->Comments), "(8 * 6 px)");

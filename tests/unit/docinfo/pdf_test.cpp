@@ -69,7 +69,7 @@ TEST(PdfReader, Faults)
             L"EXCEPTION 'premature end of xref'"},
         // An object that would be longer than the file isn't read.
         {tableOf("xref\n1 2\n0000000009 00000 n \n0000005000 00000 n \n"), "-", L""},
-        // Only the first subsection counts, and an object is read only if another one follows it.
+        // Only the first subsection is read, and an object is read only if another one follows it.
         {tableOf("xref\n1 1\n0000000009 00000 n \n2 1\n0000000040 00000 n \n"), "-", L""}};
     for (const auto& [file, title, remark] : files)
     {
@@ -88,7 +88,7 @@ TEST(PdfReader, Revisions)
     std::vector<PdfRevision> revisions(299, {"<</Title (old)>>"});
     revisions.push_back({"<</Title (new)>>"});
     EXPECT_EQ(TextOf(ReadRecord(ReadPDF, PdfOf(revisions))->Title), "new"); // the newest offset of object 1
-    // The oldest trailer's reference counts. Object 3, which must follow object 2, doesn't exist.
+    // The reference in the oldest trailer is used. Object 3, which must follow object 2, doesn't exist.
     std::string file = PdfOf({{"<</Title (a)>>"}, {"<</Title (b)>>"}});
     file.replace(file.rfind("Info 1"), 6, "Info 2");
     EXPECT_EQ(TextOf(ReadRecord(ReadPDF, file)->Title), "b");

@@ -53,7 +53,7 @@ TEST(WebReaders, BoundedTime)
     for (const std::string& head :
         {Repeat("<meta name=\"author\" content=\"", size), Repeat("<meta      ", size), Repeat("&#38;#", size)})
         ExpectQuick(ReadHTML, "<head>" + head + "</head>");
-    // In the last one, each removal might form a new tag.
+    // In the last text, each removal might form a new tag.
     for (const std::string& block : {Repeat("<o:", size), Repeat("</o:", size) + ">", elements,
              Repeat("<o:b>", size / 2) + elements.substr(0, size / 2),
              Repeat("<o:b>", size / 2) + Numbered(size / 2, "<<o:a>", "</o:a>")})

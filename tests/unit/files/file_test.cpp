@@ -292,7 +292,7 @@ TEST_F(FileStream, OnlyARWWrites)
 {
     clsFileRO readOnly;
     clsFileRW noWriting, file;
-    OpenAs(readOnly); // with write access: the type of the object decides
+    OpenAs(readOnly); // the handle permits writing, but the object's type decides
     OpenAs(noWriting, FileAccess::Read);
     OpenAs(file);
     ULONG written = 99;

@@ -116,7 +116,7 @@ TEST(Pipes, AreNoFiles)
     EXPECT_EQ(archive.AddList(own.Path(), L"", L"pipe", 0), clsZIPFile::kCannotOpen);
 }
 
-// A filter of system calls makes the kernel an old one for the process of the test's extraction.
+// A filter of system calls simulates an old kernel for the process that extracts the archive.
 TEST(FolderDeathTest, LinksAreNotFollowedWithoutOpenat2)
 {
     if (prctl(PR_GET_SECCOMP) != 0)

@@ -98,7 +98,7 @@ TEST(HandleLists, LostHandlesAreReported)
     ManageHandles(2, Remove, 0x20);
 }
 
-// A test of the exports covers callers with their names.
+// Reports that show the names of callers are covered by a test of the exports.
 TEST(HandleLists, DevelopersSeeAddressesWhileSomebodyElseHasTheSession)
 {
     const UserIs user(L"qvx");

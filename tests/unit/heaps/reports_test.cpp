@@ -1,5 +1,5 @@
-// Reports of tracked heaps: messages for special conditions, and the time that reports take. The protection of
-// captures. Heaps on a system that lacks the functions which are bound at run time.
+// Reports of tracked heaps: messages for special conditions, and the time that reports take. Also the protection of
+// captures, and heaps on a system that lacks the functions bound at run time.
 #include "heaps/call_chains.h"
 #include "heaps/heap_functions.h"
 #include "heaps/module_list.h"
@@ -45,7 +45,7 @@ private:
     void Line(int, const wchar_t*, va_list) override { ++count; }
 };
 
-// Notes whether another thread could enter a section during a line.
+// Records if another thread could enter the critical section while a line was being written.
 class WaitingSink : public DebugLineSink
 {
 public:
@@ -132,7 +132,8 @@ TEST_F(HeapReports, NegativeSizes)
     EXPECT_EQ(list.DeleteHeap(heap), 0);
 }
 
-// Whoever receives lines may start threads, so even the only thread of the process reports in the section.
+// The receiver of the lines may start threads, so a report enters the critical section even if the process has only one
+// thread.
 TEST_F(HeapReports, OtherThreadsWaitForReports)
 {
     static const char alone = 1;
@@ -150,7 +151,7 @@ TEST_F(HeapReports, OtherThreadsWaitForReports)
     ReplaceHeapFunctions(nullptr);
 }
 
-// The results are the same on the short ways of the layer and without them.
+// The results are the same with and without the fast paths of the layer.
 TEST_F(HeapReports, DamageIsFoundWhileNobodyReceivesLines)
 {
     DebugLineSink* const former = SetDebugLineSink(nullptr);
@@ -239,7 +240,7 @@ TEST(HeapRecords, AreReleasedWithTheJob)
         for (std::uintptr_t place = 1; place <= 200; ++place)
             list.AllocObject(heap, 20, 0, 0, reinterpret_cast<const void*>(place));
     }
-    EXPECT_EQ(list.Chains().Count(), 201u); // the heaps and the job share one
+    EXPECT_EQ(list.Chains().Count(), 201u); // the heaps and the job share one chain
     EXPECT_EQ(list.Close(job), kHeapsLeftOver);
     EXPECT_EQ(list.Chains().Count(), 0u);
 }

@@ -1,4 +1,4 @@
-// Extraction of archives by many programs, and its confinement to the target folder.
+// Extraction of archives that various programs have written, and its confinement to the target folder.
 #include "zip/extraction.h"
 
 #include "files/path_separator.h"
