@@ -27,7 +27,7 @@ def named_classes(path):
 for root in ROOTS:
     defined = {}
     for path in sorted(glob.glob(f"{root}/**/*", recursive=True)):
-        # The files of one target are never linked with those of the other.
+        # The files for windows are never linked with the files for linux, so their classes may have the same names.
         if path.endswith((".h", ".cpp")) and not path.endswith("_windows.cpp"):
             for name, number in named_classes(path):
                 if name in defined:

@@ -41,8 +41,8 @@ bool EndsInside(std::function<void()> body)
     return pthread_create(&thread, nullptr, run, &body) == 0 && pthread_join(thread, &result) == 0 && result != &body;
 }
 
-// Runs the operation on threads that its callback ends, in each of the ways to end a thread, and expects that none of
-// them returns from it. The operation passes its argument to the callback.
+// Runs the operation once for each way to end a thread, on a thread that the operation's callback ends in this way.
+// Expects that the operation never returns. It passes its argument to the callback.
 void ExpectToEndInside(const std::function<void(End*)>& operation)
 {
     for (End end : kEnds)

@@ -36,7 +36,7 @@ private:
 
     static char* Make()
     {
-#if defined(_WIN32) // see above
+#if defined(_WIN32) // each system has its own calls
         void* const memory = VirtualAlloc(nullptr, 2 * kPageSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
         DWORD before = 0;
         VirtualProtect(static_cast<char*>(memory) + kPageSize, kPageSize, PAGE_NOACCESS, &before);

@@ -72,7 +72,7 @@ TEST(DateFormat, PicturesAndRefusals)
         {kDate, kAmerican, LOCALE_NOUSEROVERRIDE, nullptr, "2/3/2018"},
         {kDate, kAmerican, DATE_LONGDATE, nullptr, "Saturday, February 3, 2018"},
         {kTime, kAmerican, 0, nullptr, "3:04:07 PM"}, {kTime, kGerman, TIME_NOSECONDS, nullptr, "15:04"},
-        // What is refused, and what isn't.
+        // Flags, locales and dates that are refused, and the extreme values that are accepted.
         {kDate, kAmerican, DATE_SHORTDATE | DATE_LONGDATE, nullptr, "error 1004"},
         {kDate, kAmerican, DATE_SHORTDATE, L"d", "error 1004"},
         {kDate, kAmerican, LOCALE_NOUSEROVERRIDE, L"d", "error 1004"},

@@ -50,7 +50,7 @@ TEST(GlobalMemory, ForeignValuesAreRefused)
     const HGLOBAL stale = GlobalAlloc(GMEM_MOVEABLE, 16);
     GlobalFree(stale);
     std::vector<HGLOBAL> values = {stale};
-#ifndef _WIN32 // see above
+#ifndef _WIN32 // the system would dereference these values
     int onStack = 0;
     const HGLOBAL reused = GlobalAlloc(GMEM_MOVEABLE, 16);
     EXPECT_NE(reused, stale);
@@ -71,7 +71,7 @@ TEST(GlobalMemory, ForeignValuesAreRefused)
             EXPECT_ERROR(ERROR_INVALID_HANDLE, GlobalFree(value) != value) << value;
         }
     }
-#ifndef _WIN32 // see above
+#ifndef _WIN32 // allocated only for the values above
     GlobalFree(reused);
 #endif
 }

@@ -66,7 +66,7 @@ public:
 
 private:
     static constexpr wchar_t kLibrarys[] = L"Software\\trelmo";
-#if defined(_WIN32) // see above
+#if defined(_WIN32) // creates the keys to which the roots are redirected
     HKEY Make(const wchar_t* part) const
     {
         HKEY key = nullptr;

@@ -1,4 +1,4 @@
-// A queue for waiting threads: each item goes to one of them, the one that has waited for the shortest time.
+// A queue of items for waiting threads. Each item goes to the thread that has waited for the shortest time.
 #pragma once
 
 #include "base/futex.h"

@@ -99,7 +99,7 @@ private:
         std::uint32_t Next(std::uint32_t sector) override;
 
         std::uint32_t count = 0;            // of the table's own sectors
-        std::vector<std::uint32_t> sectors; // those known so far; nextList leads to the others
+        std::vector<std::uint32_t> sectors; // the table's sectors known so far; nextList leads to the rest
         std::uint32_t nextList = kNoLink;   // a sector with the numbers of more sectors
 
     private:

@@ -43,7 +43,7 @@ constexpr int kStatus = 6;
     return result;
 }
 
-// What the child does, and what it found.
+// The task of the child, and its results.
 struct Task
 {
     long thread;

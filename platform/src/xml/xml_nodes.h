@@ -37,7 +37,7 @@ public:
     void AddValue(XmlNode& node, std::string_view value) { node.value = Append(value); }
 
     // Appends a piece to the open text, or opens a text of this type if none is open. A piece of the type Text also
-    // makes an open Whitespace a Text.
+    // changes the type of an open text from Whitespace to Text.
     void AddPiece(XmlNodeType type, std::string_view piece);
     // Completes the open text.
     void CloseText();
