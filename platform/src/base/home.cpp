@@ -17,7 +17,7 @@ std::string UserHome()
 {
     if (std::string home = EnvironmentValue("HOME"); !home.empty())
         return home;
-    const ForkHold hold; // the C library has locks of its own
+    const ForkHold hold; // no fork while the C library holds its own locks
     std::vector<char> buffer(4096);
     passwd entry{};
     passwd* found = nullptr;

@@ -17,7 +17,7 @@ namespace
 // Returns the user's name, or the numeric id for a user without a passwd entry.
 std::u16string UserName()
 {
-    const ForkHold hold; // the C library has locks of its own
+    const ForkHold hold; // no fork while the C library holds its own locks
     std::vector<char> buffer(4096);
     passwd entry{};
     passwd* found = nullptr;

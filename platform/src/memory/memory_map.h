@@ -18,7 +18,7 @@ struct Mapping
 };
 
 // Stores the first mapping that ends beyond an address: the one that contains the address, or the next one. Returns
-// false if there is none or the list can't be read. Allocates nothing and takes no lock.
+// false if there is none or the kernel's list can't be read. Allocates nothing and takes no lock.
 bool FindMapping(std::uintptr_t address, Mapping& mapping);
 
 } // namespace qxplatform

@@ -35,7 +35,7 @@ bool Find(Function function, const std::string& name, Record& record, std::vecto
 
 std::optional<Account> FindAccount(const std::string& name)
 {
-    const ForkHold hold; // the C library has locks of its own
+    const ForkHold hold; // no fork while the C library holds its own locks
     std::vector<char> buffer;
     passwd user{};
     if (Find(getpwnam_r, name, user, buffer))

@@ -29,7 +29,7 @@ std::string GregorianName(const Locale& locale)
 
 std::u16string PatternOf(const Locale& locale, UDateFormatStyle time, UDateFormatStyle date)
 {
-    const ForkHold hold; // ICU has locks of its own
+    const ForkHold hold; // no fork while ICU holds its own locks
     UErrorCode status = U_ZERO_ERROR;
     const DateFormat format(udat_open(time, date, GregorianName(locale).c_str(), nullptr, 0, nullptr, 0, &status));
     if (format == nullptr)
@@ -40,7 +40,7 @@ std::u16string PatternOf(const Locale& locale, UDateFormatStyle time, UDateForma
 
 std::u16string PatternOfFields(const Locale& locale, std::u16string_view fields)
 {
-    const ForkHold hold; // ICU has locks of its own
+    const ForkHold hold; // no fork while ICU holds its own locks
     UErrorCode status = U_ZERO_ERROR;
     const PatternGenerator generator(udatpg_open(GregorianName(locale).c_str(), &status));
     if (U_FAILURE(status))

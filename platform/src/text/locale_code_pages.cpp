@@ -99,7 +99,7 @@ constexpr ByScript kByScript[] = {
 
 std::string ScriptOf(const Locale& locale)
 {
-    const ForkHold hold; // ICU has locks of its own
+    const ForkHold hold; // no fork while ICU holds its own locks
     char likely[ULOC_FULLNAME_CAPACITY];
     char script[ULOC_SCRIPT_CAPACITY];
     UErrorCode status = U_ZERO_ERROR;

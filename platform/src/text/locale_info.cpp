@@ -295,7 +295,7 @@ constexpr LCTYPE kOptions = LOCALE_NOUSEROVERRIDE | LOCALE_USE_CP_ACP | LOCALE_R
 
 int GiveNumber(const Locale& locale, const InfoType& type, wchar_t* buffer, int size)
 {
-    const ForkHold hold; // ICU has locks of its own
+    const ForkHold hold; // no fork while ICU holds its own locks
     const DWORD number = type.number(locale);
     constexpr int kNeeded = sizeof number / sizeof(wchar_t);
     if (size == 0)

@@ -38,7 +38,7 @@ const Pictures& PicturesOf(const Locale& locale)
         if (const auto found = known.pictures.find(&locale); found != known.pictures.end())
             return *found->second;
     }
-    const ForkHold hold; // ICU has locks of its own
+    const ForkHold hold; // no fork while ICU holds its own locks
     auto made = std::make_unique<const Pictures>(MakePictures(locale));
     const std::lock_guard lock(known.mutex);
     return *known.pictures.try_emplace(&locale, std::move(made)).first->second;

@@ -41,7 +41,7 @@ void DetectZone()
 
 tm LocalAt(time_t universal)
 {
-    const ForkHold hold; // the C library has a lock of its own
+    const ForkHold hold; // no fork while the C library holds its own locks
     tm local{};
     localtime_r(&universal, &local);
     return local;

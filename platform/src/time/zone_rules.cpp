@@ -146,7 +146,7 @@ void CopyName(std::u16string_view name, WCHAR (&target)[32])
 // Returns the system's name ("W. Europe Standard Time") if ICU has the zone, otherwise the C library's abbreviation.
 std::u16string SystemNameOfZone()
 {
-    const ForkHold hold; // ICU has locks of its own
+    const ForkHold hold; // no fork while ICU holds its own locks
     UChar zone[128];
     UChar name[128];
     UErrorCode status = U_ZERO_ERROR;
