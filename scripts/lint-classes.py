@@ -6,7 +6,7 @@ import glob
 import re
 
 CLASS = re.compile(r"^(?:class|struct|union)\s+(?:alignas\([^)]*\)\s*)?([\w:]+)(?:\s+final)?(?:\s*:[^:;][^;]*)?$")
-# What is linked together, for each library and program.
+# Each library or program is linked from the files of one of these folders.
 ROOTS = ("src", "platform/src", "tools")
 
 

@@ -18,7 +18,7 @@ namespace
 {
 
 constexpr std::uint32_t kSecondsForShares = 30;
-constexpr std::uint32_t kSecondsInCache = 60; // between the two requests for one document
+constexpr std::uint32_t kSecondsInCache = 60; // keeps a record between the two requests for its document
 
 // Returns "2012-03-04 05:06:07" for a date of the library, which counts days from 30 December 1899.
 std::string DateText(double date)

@@ -1,4 +1,4 @@
-// The command qxut log: shows and switches the log file of the debug output.
+// The command qxut log: shows the log file of the debug output, and switches it on and off.
 #pragma once
 
 namespace CLI

@@ -80,7 +80,7 @@ void AppendScientific(BoundedText& target, const Conversion& conversion, const D
     AppendNumber(target, conversion, number);
 }
 
-// Appends the shorter one of the two forms, without trailing zeros unless the flags require them.
+// Appends the form with or without an exponent, as %g selects it, without trailing zeros unless the flags require them.
 void AppendGeneral(BoundedText& target, const Conversion& conversion, Decimal value, std::size_t precision,
     std::string_view sign, char letter)
 {

@@ -15,9 +15,10 @@ namespace
 
 constexpr std::uint64_t kExactEnd = kLayerStart;
 
-// Maps an offset of a caller to the file's offset at which it is locked. Linux has offsets up to 2^63, callers have
-// 2^64, and the layer reserves a range. Offsets from 2^62 on, where no file has data, are therefore mapped four to one
-// to the rest: two locks there that are less than four bytes apart may conflict, but no lock is overlooked.
+// Maps a caller's offset to the offset of the file at which it is locked. Callers may lock offsets up to 2^64, but
+// Linux has only offsets up to 2^63, and the layer reserves a range of them. Therefore four successive offsets from
+// 2^62 on, where no file has data, share one offset of the file. Locks there may conflict if they are less than four
+// bytes apart, but no conflict is overlooked.
 std::int64_t Place(std::uint64_t offset)
 {
     return static_cast<std::int64_t>(

@@ -89,7 +89,7 @@ struct Span
     Chunk* chunk;
     Span* next; // all spans of the heap
     Span* previous;
-    Span* nextOpen; // spans of this size class with free blocks, or records without memory
+    Span* nextOpen; // in the list of this size class's spans with free blocks, or of spare records
     Span* previousOpen;
     BlockState states[1]; // one for each block
 };
@@ -103,7 +103,7 @@ struct Chunk
 
     char* begin;
     std::uint32_t usedUnits; // one bit for each
-    Chunk* next;             // all chunks of the heap, or records without memory
+    Chunk* next;             // in the list of the heap's chunks, or of spare records
     Chunk* previous;
     Chunk* nextOpen; // chunks with free units
     Chunk* previousOpen;

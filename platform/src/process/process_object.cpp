@@ -42,7 +42,7 @@ DWORD CodeOfSignal(int signal)
     };
     const Pair* const found = std::find_if(
         std::begin(kPairs), std::end(kPairs), [signal](const Pair& pair) { return pair.signal == signal; });
-    return found == std::end(kPairs) ? 0xC0000001 : found->code; // unsuccessful
+    return found == std::end(kPairs) ? 0xC0000001 : found->code; // STATUS_UNSUCCESSFUL
 }
 
 } // namespace

@@ -13,7 +13,7 @@ using namespace qxplatform;
 namespace
 {
 
-// Finds a resource. The error depends on whether type, name or language is missing.
+// Finds a resource. On failure, the last error says which of type, name and language doesn't exist.
 const Resource* Find(const ResourceImage& image, const ResourceKey& type, const ResourceKey& name, LANGID language)
 {
     const std::span<const Resource> languages = image.OfName(type, name);

@@ -67,7 +67,7 @@ std::u16string WideTextAt(Bytes block, std::uint32_t offset)
     return wide;
 }
 
-// Returns a text that may be stored in both forms.
+// Returns a text that may be stored as Unicode and in the code page. The Unicode form takes precedence.
 std::u16string TextAt(Bytes block, std::uint32_t narrow, std::uint32_t wide)
 {
     std::u16string text = WideTextAt(block, wide);

@@ -50,7 +50,7 @@ UINT DefaultCodePage()
     return page.Get(&FromEnvironment);
 }
 
-// Returns the console page that the system combines with each default page.
+// Returns the console page that the system combines with the default page.
 UINT DefaultOemCodePage()
 {
     switch (const UINT page = DefaultCodePage())

@@ -285,7 +285,7 @@ std::u16string RegionCode(const Locale& locale)
     return U_SUCCESS(status) ? std::u16string(code, code + length) : std::u16string();
 }
 
-// Returns the code with three letters, or the number of a world region.
+// Returns the three-letter country code, or the number of a world region.
 std::u16string LetterRegionCode(const Locale& locale)
 {
     const std::string_view code = uloc_getISO3Country(locale.icu.c_str());

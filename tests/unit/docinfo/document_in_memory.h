@@ -79,7 +79,7 @@ private:
     int _result;
 };
 
-// Returns a text from the default 8-bit code page.
+// Converts a text from the default 8-bit code page.
 inline qx::String Wide(const std::string& text)
 {
     qx::String wide;

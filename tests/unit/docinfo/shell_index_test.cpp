@@ -1,4 +1,4 @@
-// The reader of property stores, on a store of this test.
+// The reader of property stores, with stores that the test provides.
 #include "docinfo/document_list.h"
 #include "docinfo/shell_index.h"
 #include "support/temp_folder.h"
