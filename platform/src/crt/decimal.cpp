@@ -11,7 +11,7 @@ namespace qxplatform
 namespace
 {
 
-// Returns the number of digits after the decimal point, one for each binary place.
+// Returns the number of decimal digits after the point, which equals the number of binary digits there.
 int FractionDigits(double value)
 {
     constexpr int kMantissaBits = 52;

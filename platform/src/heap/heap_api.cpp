@@ -89,7 +89,7 @@ bool FreeMarked(PrivateHeap& heap, const void* block, DWORD mark)
     return true;
 }
 
-// For processes with several threads, and where no open span has a free block of the size.
+// Allocates under a guard, in processes with several threads and if no open span has a free block of the size.
 [[gnu::noinline]] void* AllocateGuarded(PrivateHeap& heap, DWORD flags, std::size_t size)
 {
     void* block = nullptr;

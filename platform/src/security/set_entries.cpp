@@ -39,8 +39,8 @@ AclEntry EntryOnFile(const FileAcl& acl, const Account& account, std::uint16_t r
     return NamedEntry(account, rights);
 }
 
-// Sets the account's entry in the default list. It always has the account's name, because new files may belong to
-// another user.
+// Sets the account's entry in the default list. The entry always names the account, even the folder's owner, because
+// new files may belong to another user.
 void SetDefaultEntry(FileAcl& acl, const Account& account, std::uint16_t rights)
 {
     if (acl.defaults.empty())

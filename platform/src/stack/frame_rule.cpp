@@ -98,7 +98,7 @@ bool ReadCommonEntry(TableBytes frames, const std::uint8_t* at, CommonEntry& ent
 class RuleProgram
 {
 public:
-    // `begin` is the address of the function. Instructions may return registers to their initial state.
+    // `begin` is the address of the function. `initial` is the state to which instructions may return registers.
     RuleProgram(
         const CommonEntry& common, const FrameRule::State& initial, FrameRule::State& state, std::uintptr_t begin)
         : _common(common),

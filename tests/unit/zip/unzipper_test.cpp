@@ -58,7 +58,7 @@ public:
         return tree;
     }
 
-    // Returns the exception's text, or an empty text without one.
+    // Returns the exception's text, or an empty text if none was thrown.
     std::string Extract(std::string_view bytes) const { return ExtractFile(_outer.Make(L"x.zip", bytes)); }
     std::string ExtractFile(const String& archive) const
     {
