@@ -89,7 +89,7 @@ BOOL WINAPI DosDateTimeToFileTime(WORD wFatDate, WORD wFatTime, LPFILETIME lpFil
 // Never replaces a file. Only MOVEFILE_WRITE_THROUGH is supported; other flags fail with ERROR_NOT_SUPPORTED.
 BOOL WINAPI MoveFileExW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, DWORD dwFlags) QXP(MoveFileExW);
 // Replaces the file even if it is open, whatever its sharing mode: open handles still refer to the old file, which has
-// no name any more. Backups and other flags fail with ERROR_NOT_SUPPORTED.
+// no name any more. A backup, and flags other than REPLACEFILE_WRITE_THROUGH, fail with ERROR_NOT_SUPPORTED.
 BOOL WINAPI ReplaceFileW(LPCWSTR lpReplacedFileName, LPCWSTR lpReplacementFileName, LPCWSTR lpBackupFileName,
     DWORD dwReplaceFlags, LPVOID lpExclude, LPVOID lpReserved) QXP(ReplaceFileW);
 BOOL WINAPI CopyFileW(LPCWSTR lpExistingFileName, LPCWSTR lpNewFileName, BOOL bFailIfExists) QXP(CopyFileW);
