@@ -1,9 +1,11 @@
-# cmake --install installs the library with its public headers, the program, a CMake package and a pkg-config file. On
-# linux it also installs the layer, with its headers in a separate folder, for callers that use streams and variants.
+# cmake --install installs the library with its public headers, the control library, the program, a CMake package and a
+# pkg-config file. On linux it also installs the layer, with its headers in a separate folder, for callers that use
+# streams and variants.
 
 include(CMakePackageConfigHelpers)
 
 install(TARGETS qxUT23 EXPORT qxUT23Targets)
+install(TARGETS qxct23 RUNTIME LIBRARY NAMELINK_SKIP) # loaded at run time only
 install(TARGETS qxut)
 install(DIRECTORY include/qxut23 DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
 
@@ -24,11 +26,12 @@ endif()
 if(NOT QXUT_SANITIZE)
     set(split_files "${CMAKE_INSTALL_BINDIR}/$<TARGET_FILE_NAME:qxut>")
     if(WIN32)
-        list(APPEND split_files "${CMAKE_INSTALL_BINDIR}/$<TARGET_FILE_NAME:qxUT23>")
+        list(APPEND split_files
+            "${CMAKE_INSTALL_BINDIR}/$<TARGET_FILE_NAME:qxUT23>" "${CMAKE_INSTALL_BINDIR}/$<TARGET_FILE_NAME:qxct23>")
     else()
         list(APPEND split_files
             "${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:qxUT23>" "${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:qxplatform>"
-            "${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:qxdbghelp>")
+            "${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:qxdbghelp>" "${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:qxct23>")
     endif()
     install(CODE "
         set(QX_FILES \"${split_files}\")

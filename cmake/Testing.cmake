@@ -27,14 +27,15 @@ target_precompile_headers(qx_test_headers PRIVATE
     "$<$<COMPILE_LANGUAGE:CXX>:<gtest/gtest.h$<ANGLE-R>>"
     "$<$<COMPILE_LANGUAGE:C>:<stddef.h$<ANGLE-R>>")
 
-# qx_add_test(NAME program [SEPARATE] [USES_DATA] [LOCK name] SOURCES ... [LINKS ...] [DEPENDS ...]): adds a GoogleTest
+# qx_add_test(NAME program [SEPARATE] [APART] [USES_DATA] [LOCK name] SOURCES ... [LINKS ...] [DEPENDS ...]): adds a GoogleTest
 # program and registers its test cases with ctest. In the emulator, where a process takes half a second to start, all
 # cases of a program run in one process and are one test, unless they are SEPARATE because a case may damage its process.
+# A program that is APART is in a folder where it doesn't find the control library, alone with a copy of the layer.
 # Programs with the same LOCK don't run at the same time, because they share a resource of the system. USES_DATA defines
 # QXUT_TEST_DATA as the path of tests/data; other programs contain no paths, so that a compiler cache can serve several
 # trees. Each test is labelled with its program.
 function(qx_add_test)
-    cmake_parse_arguments(ARG "SEPARATE;USES_DATA" "NAME;LOCK" "SOURCES;LINKS;DEPENDS" ${ARGN})
+    cmake_parse_arguments(ARG "SEPARATE;APART;USES_DATA" "NAME;LOCK" "SOURCES;LINKS;DEPENDS" ${ARGN})
     add_executable(${ARG_NAME} ${ARG_SOURCES})
     target_include_directories(${ARG_NAME} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
     # Each test runs once, so compile time matters more than run time.
@@ -45,6 +46,13 @@ function(qx_add_test)
     endif()
     target_link_libraries(${ARG_NAME} PRIVATE qx_options ${ARG_LINKS} gmock gtest_main)
     qx_compile_folders(${ARG_NAME})
+    if(ARG_APART)
+        set_target_properties(${ARG_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/apart")
+        if(NOT WIN32)
+            add_custom_command(TARGET ${ARG_NAME} POST_BUILD COMMAND ${CMAKE_COMMAND} -E copy_if_different
+                "$<TARGET_FILE:qxplatform>" "${CMAKE_BINARY_DIR}/apart/$<TARGET_SONAME_FILE_NAME:qxplatform>")
+        endif()
+    endif()
     if(ARG_DEPENDS)
         add_dependencies(${ARG_NAME} ${ARG_DEPENDS})
     endif()

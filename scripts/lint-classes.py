@@ -7,7 +7,7 @@ import re
 
 CLASS = re.compile(r"^(?:class|struct|union)\s+(?:alignas\([^)]*\)\s*)?([\w:]+)(?:\s+final)?(?:\s*:[^:;][^;]*)?$")
 # Each library or program is linked from the files of one of these folders.
-ROOTS = ("src", "platform/src", "tools")
+ROOTS = ("src", "control", "platform/src", "tools")
 
 
 def named_classes(path):

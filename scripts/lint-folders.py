@@ -8,7 +8,7 @@ import sys
 
 PAGE = "docs/architecture.md"
 BEGIN, END = "<!-- tree: written by scripts/lint-folders.py --write -->\n```\n", "```\n<!-- end of tree -->"
-ROOTS = ("src", "platform", "tools", "tests", "fuzz", "bench", "examples")
+ROOTS = ("src", "control", "platform", "tools", "tests", "fuzz", "bench", "examples")
 
 
 def folders():

@@ -18,11 +18,25 @@ Library& TheOne()
 
 bool clsTrlmCTL::Load()
 {
+    clsCriticalSectionLock lock(_lock);
+    if (_module)
+        return true;
     if (!CSiblingLibrary::Load())
         return false;
-    p_CtlJobOpenEx.IsThere();
+    const bool canOpen = p_CtlJobOpenEx.IsThere();
     SetSiblingVersion(FoundVersion());
+    if (canOpen && !WasPresent())
+    {
+        _job = p_CtlJobOpenEx();
+        _hasJob = true;
+    }
     return true;
+}
+
+clsTrlmCTL::~clsTrlmCTL()
+{
+    if (_hasJob && p_CtlJobCloseEx.IsThere())
+        p_CtlJobCloseEx(_job);
 }
 
 clsCTL::clsCTL(HMODULE module) : CLateLoadBase(L"unknown")

@@ -205,28 +205,38 @@ class clsTrlmUTIL : public clsTrlmUTILBase
 {
 };
 
-// The control library: the progress dialog and path translation.
+// The control library: the progress dialog and path translation. Jobs and dialogs are handles.
 class clsTrlmCTLBase : public CSiblingLibrary
 {
 public:
     clsTrlmCTLBase() : CSiblingLibrary(L"TRLMCTL", L"ct") {}
 
-    LateProcedure p_CtlAbortDlgCheckAbort{*this, L"p_CtlAbortDlgCheckAbort"};
-    LateProcedure p_CtlAbortDlgEnd{*this, L"p_CtlAbortDlgEnd"};
-    LateProcedure p_CtlAbortDlgHWnd{*this, L"p_CtlAbortDlgHWnd"};
-    LateProcedure p_CtlAbortDlgSetText{*this, L"p_CtlAbortDlgSetText"};
-    LateProcedure p_CtlAbortDlgStart{*this, L"p_CtlAbortDlgStart"};
-    LateProcedure p_CtlJobClose{*this, L"p_CtlJobClose"};
-    LateProcedure p_CtlJobCloseEx{*this, L"p_CtlJobCloseEx"};
-    LateProcedure p_CtlJobOpen{*this, L"p_CtlJobOpen"};
-    LateProcedure p_CtlJobOpenEx{*this, L"p_CtlJobOpenEx"};
+    LateFunction<std::int32_t(std::int64_t)> p_CtlAbortDlgCheckAbort{*this, L"p_CtlAbortDlgCheckAbort"};
+    LateFunction<void(std::int64_t)> p_CtlAbortDlgEnd{*this, L"p_CtlAbortDlgEnd"};
+    LateFunction<HWND(std::int64_t)> p_CtlAbortDlgHWnd{*this, L"p_CtlAbortDlgHWnd"};
+    LateFunction<void(std::int64_t, const wchar_t*, std::int32_t)> p_CtlAbortDlgSetText{*this, L"p_CtlAbortDlgSetText"};
+    LateFunction<std::int64_t(HWND, const wchar_t*, const wchar_t*, std::int32_t)> p_CtlAbortDlgStart{
+        *this, L"p_CtlAbortDlgStart"};
+    LateFunction<void()> p_CtlJobClose{*this, L"p_CtlJobClose"};
+    LateFunction<void(std::int64_t)> p_CtlJobCloseEx{*this, L"p_CtlJobCloseEx"};
+    LateFunction<void()> p_CtlJobOpen{*this, L"p_CtlJobOpen"};
+    LateFunction<std::int64_t()> p_CtlJobOpenEx{*this, L"p_CtlJobOpenEx"};
 };
 
 class clsTrlmCTL : public clsTrlmCTLBase
 {
 public:
-    // Also stores the version of the loaded library as the sibling version of the whole module.
+    clsTrlmCTL() = default;
+    // Closes the job that Load opened.
+    ~clsTrlmCTL() override;
+
+    // Also stores the version of the loaded library as the sibling version of the whole module. Opens a job unless the
+    // library was already in the process.
     bool Load() override;
+
+private:
+    bool _hasJob = false;
+    std::int64_t _job = 0;
 };
 
 // A control library that is already loaded, whatever its name. This object neither loads nor unloads it.
@@ -270,7 +280,9 @@ class clsUser32 : public clsUser32Base
 public:
     LateFunction<HWND(HWND)> p_GetParent{*this, L"p_GetParent", 4};
     LateFunction<LONG(HWND, int)> p_GetWindowLong{*this, L"p_GetWindowLongW", 8};
+    LateFunction<BOOL(HWND)> p_IsWindow{*this, L"p_IsWindow", 4};
     LateFunction<BOOL(HWND)> p_LockWindowUpdate{*this, L"p_LockWindowUpdate", 4};
+    LateFunction<BOOL(HWND, HWND, int, int, int, int, UINT)> p_SetWindowPos{*this, L"p_SetWindowPos", 28};
 };
 
 class clsComCtl32 : public CLateLoadBase

@@ -61,8 +61,10 @@ bool CSiblingLibrary::LoadVersioned(const wchar_t* filePart, int highest, int lo
         for (int tried = highest; tried >= lowest && !module; --tried)
         {
             module = load(FileNameOf(filePart, tried));
-            if (module)
-                version = tried;
+            if (!module)
+                continue;
+            version = tried;
+            _wasPresent = load == LoadPresent;
         }
     }
     if (!module)

@@ -22,6 +22,9 @@ public:
     // Returns the version that was loaded, or 0 if none was.
     int FoundVersion() const { return _foundVersion; }
 
+    // Returns true if the library was already in the process when it was loaded.
+    bool WasPresent() const { return _wasPresent; }
+
 protected:
     // Tries the versions from `highest` down to `lowest`: first libraries that are already loaded, then the system's
     // search path, then the library's own folder. After success, the module name is empty.
@@ -30,6 +33,7 @@ protected:
 private:
     const wchar_t* _filePart;
     int _foundVersion = 0;
+    bool _wasPresent = false;
 };
 
 } // namespace qx

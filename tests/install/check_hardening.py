@@ -48,7 +48,7 @@ def check_elf(prefix, objdump, readelf, file, function):
     expect("TEXTREL" not in dynamic, file, "relocations in the code")
     expect("/bin/" not in file or re.search(r"FLAGS_1.*\bPIE\b", dynamic), file, "not position-independent")
     expect("__stack_chk_fail@" in imports, file, "no stack protector")
-    if "libqxUT23" not in file:  # the library calls no functions that have checked forms
+    if "libqxUT23" not in file and "libqxct23" not in file:  # they call no functions that have checked forms
         expect(re.search(r"__(?!stack)\w+_chk@", imports), file, "no function is checked by _FORTIFY_SOURCE")
     is_arm = "AArch64" in output(readelf, "-h", file)
     if function:  # the image as a whole isn't marked, because the C library's start files aren't
@@ -74,10 +74,11 @@ def check_pe(objdump, file):
 def main():
     prefix, libdir, system, objdump, readelf = sys.argv[1:]
     if system == "Windows":
-        for name in ("qxUT23.dll", "qxut.exe"):
+        for name in ("qxUT23.dll", "qxct23.dll", "qxut.exe"):
             check_pe(objdump, os.path.join(prefix, "bin", name))
     else:
         for name, function in ((f"{libdir}/libqxUT23.so", "ProfJobOpenA"), ("bin/qxut", ""),
+                               (f"{libdir}/libqxct23.so", "CtlAbortDlgStart"),
                                (f"{libdir}/libqxplatform.so", "qxp_CreateFileW")):
             check_elf(prefix, objdump, readelf, os.path.join(prefix, name), function)
     print("\n".join(faults) or "hardened")
