@@ -22,7 +22,10 @@ def shown_link(match):
 def words_of(page):
     """An independent implementation: returns the words that should remain of a page."""
     page = re.sub("<!--.*-->", "", page, flags=re.S)
-    page = re.sub(r'<a\s.*?href="(.*?)".*?>(.*?)</a>', shown_link, page, flags=re.S | re.I)
+    # Behind the last closing tag there is no link, and searching for one takes cubic time.
+    end = page.lower().rfind("</a>")
+    end = 0 if end < 0 else end + len("</a>")
+    page = re.sub(r'<a\s.*?href="(.*?)".*?>(.*?)</a>', shown_link, page[:end], flags=re.S | re.I) + page[end:]
     text = ""
     depth = 0
     for piece, tag in re.findall(r"([^<]*)(<[^<>]*(?=<)|<[^>]*>|$)", page):
