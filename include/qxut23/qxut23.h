@@ -34,6 +34,7 @@
 #include <qxut23/stacks.h>
 #include <qxut23/strings.h>
 #include <qxut23/tempfiles.h>
+#include <qxut23/traces.h>
 #include <qxut23/zip.h>
 
 #endif

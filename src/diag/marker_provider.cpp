@@ -14,6 +14,8 @@ namespace
 {
 
 constexpr GUID kMarkerProviderId = {0xAE1860CF, 0xEE7C, 0x4659, {0xBB, 0x7B, 0xC7, 0xAE, 0xD0, 0x0F, 0x23, 0xE4}};
+constexpr wchar_t kMarkerKey[] = L"Software\\trelmo";
+constexpr wchar_t kMarkerValue[] = L"SupportConcurrencyVisualizer";
 constexpr unsigned short kFirstSystemWithTracing = 0x0600;
 
 std::atomic<clsAdvAPI32*> replacedTracing = nullptr;
@@ -22,8 +24,7 @@ bool AreMarkersAllowed()
 {
     bool isAllowed = false;
     if (SystemVersion() >= kFirstSystemWithTracing)
-        clsRegistryList(HKEY_CURRENT_USER, L"Software\\trelmo", clsRegistryList::kRead)
-            .GetBool(L"SupportConcurrencyVisualizer", isAllowed, false);
+        clsRegistryList(HKEY_CURRENT_USER, kMarkerKey, clsRegistryList::kRead).GetBool(kMarkerValue, isAllowed, false);
     return isAllowed;
 }
 
@@ -60,6 +61,19 @@ std::int32_t MakeProviderRecord(std::unique_ptr<scMarkerProvider>& result)
 }
 
 } // namespace
+
+LSTATUS AllowMarkers()
+{
+    HKEY key = nullptr;
+    LSTATUS status =
+        RegCreateKeyExW(HKEY_CURRENT_USER, kMarkerKey, 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key, nullptr);
+    if (status != ERROR_SUCCESS)
+        return status;
+    constexpr wchar_t kAllowed[] = L"True";
+    status = RegSetValueExW(key, kMarkerValue, 0, REG_SZ, reinterpret_cast<const BYTE*>(kAllowed), sizeof(kAllowed));
+    RegCloseKey(key);
+    return status;
+}
 
 clsAdvAPI32& TracingLibrary()
 {

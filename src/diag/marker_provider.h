@@ -50,6 +50,9 @@ private:
     bool _isActive = false;
 };
 
+// Changes the user's settings so that markers are allowed. Returns an error code of the registry.
+LSTATUS AllowMarkers();
+
 // The library that offers the system's event tracing. Tests may replace it; the function returns the previous one, and
 // null restores the system's.
 clsAdvAPI32& TracingLibrary();

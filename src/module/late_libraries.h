@@ -97,6 +97,9 @@ public:
     LateFunction<ULONG(REGHANDLE)> p_EventUnregister{*this, L"p_EventUnregister", 8};
     LateFunction<ULONG(REGHANDLE, const EVENT_DESCRIPTOR*, ULONG, EVENT_DATA_DESCRIPTOR*)> p_EventWrite{
         *this, L"p_EventWrite", 20};
+    // The layer's own, like the functions of kernel32 with this prefix.
+    LateFunction<DWORD(const wchar_t*, DWORD)> p_QxStartTrace{*this, L"p_QxStartTrace", 8};
+    LateFunction<DWORD(wchar_t*, DWORD)> p_QxStopTrace{*this, L"p_QxStopTrace", 8};
     LateProcedure p_GetLengthSid{*this, L"p_GetLengthSid", 4};
     LateFunction<DWORD(
         const wchar_t*, SE_OBJECT_TYPE, SECURITY_INFORMATION, PSID*, PSID*, PACL*, PACL*, PSECURITY_DESCRIPTOR*)>

@@ -8,6 +8,7 @@
 #include "profile_commands.h"
 #include "terminal.h"
 #include "text.h"
+#include "trace_commands.h"
 #include "zip_commands.h"
 
 #include <qxut23/profile.h>
@@ -64,6 +65,7 @@ int main(int argc, char** argv)
     AddDateCommands(program);
     AddDocCommands(program);
     AddLogCommands(program);
+    AddTraceCommands(program);
     AddCountryCommands(program);
     AddZipCommands(program);
     program.failure_message([](const CLI::App*, const CLI::Error& error)

@@ -1,0 +1,66 @@
+// The named block in shared memory that describes the session of the user's processes.
+#pragma once
+
+#include "base/descriptor.h"
+
+#include <minwindef.h>
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+namespace qxplatform
+{
+
+// A session, or the default values for none.
+struct TraceSession
+{
+    std::uint64_t id = 0; // differs between sessions; 0 for none
+    std::uint8_t level = 0;
+    std::uint64_t anyKeywords = 0;
+    std::uint64_t allKeywords = 0;
+    std::string file;
+
+    bool operator==(const TraceSession&) const = default;
+};
+
+// The block is mapped by each process that has a provider, and by the program that controls the session. Processes with
+// different values of QXPLATFORM_HOME have different blocks.
+class SessionBlock
+{
+public:
+    SessionBlock() = default;
+    SessionBlock(const SessionBlock&) = delete;
+    SessionBlock& operator=(const SessionBlock&) = delete;
+    ~SessionBlock();
+
+    // Opens the block, creating it if necessary. Returns false with errno on failure: EACCES if the folder or the block
+    // belongs to another user or is accessible to others.
+    bool Open();
+
+    // Returns the session. While another process is changing it, there is none.
+    TraceSession Read() const;
+    // Changes the session and wakes the processes that wait. `file` may have kLongestFile bytes.
+    void Write(const TraceSession& session);
+
+    // Waits until the counter differs from the value, or for any other reason, without a limit.
+    LONG Counter() const;
+    void WaitForChange(LONG counter) const;
+    // Wakes all that wait, without a change.
+    void Nudge();
+    // Returns true if the name no longer leads to the block, so that nobody can change its session any more.
+    bool IsForgotten() const;
+
+    // A lock between programs that change the session.
+    bool Lock() const;
+
+    static constexpr std::size_t kLongestFile = 4095;
+
+private:
+    struct Layout;
+
+    Layout* _layout = nullptr;
+    Descriptor _descriptor;
+};
+
+} // namespace qxplatform
