@@ -7,6 +7,8 @@
 #include <climits>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
+#include <utility>
 
 #include <fcntl.h>
 #include <linux/futex.h>
@@ -66,17 +68,35 @@ std::string BlockName()
 
 bool SessionBlock::Open()
 {
-    const Descriptor folder = OpenSharedFolder();
-    if (!folder)
-        return false;
+    constexpr int kTries = 100;
+    constexpr timespec kPause = {0, 1'000'000};
+    _folder = OpenSharedFolder();
+    _name = BlockName();
+    for (int left = kTries; _folder && left > 0; --left)
+    {
+        if (OpenOnce())
+            return true;
+        if (errno != EAGAIN)
+            return false;
+        nanosleep(&kPause, nullptr);
+    }
+    return false;
+}
+
+// Fails with EAGAIN if another process is just removing the file.
+bool SessionBlock::OpenOnce()
+{
     // O_NONBLOCK, because a FIFO of that name would block.
-    Descriptor file(
-        openat(folder.Get(), BlockName().c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
+    Descriptor file(openat(_folder.Get(), _name.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
     struct stat status;
     if (!file || fstat(file.Get(), &status) != 0)
         return false;
     if (!BelongsToUserAlone(status, S_IFREG))
         return errno = EACCES, false;
+    if (flock(file.Get(), LOCK_SH | LOCK_NB) != 0 || fstat(file.Get(), &status) != 0)
+        return false;
+    if (status.st_nlink == 0)
+        return errno = EAGAIN, false;
     // Allocates the memory now: a store into a page that can't be allocated would end the process.
     if (const int code = posix_fallocate(file.Get(), 0, sizeof(Layout)); code != 0)
         return errno = code, false;
@@ -84,14 +104,18 @@ bool SessionBlock::Open()
     if (view == MAP_FAILED)
         return false;
     _layout = static_cast<Layout*>(view);
-    _descriptor = std::move(file);
+    _file = std::move(file);
     return true;
 }
 
 SessionBlock::~SessionBlock()
 {
-    if (_layout)
-        munmap(_layout, sizeof(Layout));
+    if (!_layout)
+        return;
+    const bool isInUse = _layout->id != 0 || IsForgotten() || flock(_file.Get(), LOCK_EX | LOCK_NB) != 0;
+    if (!isInUse)
+        unlinkat(_folder.Get(), _name.c_str(), 0);
+    munmap(_layout, sizeof(Layout));
 }
 
 TraceSession SessionBlock::Read() const
@@ -145,12 +169,12 @@ void SessionBlock::Nudge()
 bool SessionBlock::IsForgotten() const
 {
     struct stat status;
-    return fstat(_descriptor.Get(), &status) != 0 || status.st_nlink == 0;
+    return fstat(_file.Get(), &status) != 0 || status.st_nlink == 0;
 }
 
 bool SessionBlock::Lock() const
 {
-    return flock(_descriptor.Get(), LOCK_EX | LOCK_NB) == 0;
+    return flock(_folder.Get(), LOCK_EX | LOCK_NB) == 0;
 }
 
 } // namespace qxplatform

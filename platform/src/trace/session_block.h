@@ -25,7 +25,8 @@ struct TraceSession
 };
 
 // The block is mapped by each process that has a provider, and by the program that controls the session. Processes with
-// different values of QXPLATFORM_HOME have different blocks.
+// different values of QXPLATFORM_HOME have different blocks. Each user holds a shared lock on the block's file. The
+// last one removes the file, unless a session exists.
 class SessionBlock
 {
 public:
@@ -51,7 +52,8 @@ public:
     // Returns true if the name no longer leads to the block, so that nobody can change its session any more.
     bool IsForgotten() const;
 
-    // A lock between programs that change the session.
+    // Takes a lock between programs that change the session, which this object holds until it is destroyed. Returns
+    // false with errno if another program holds it.
     bool Lock() const;
 
     static constexpr std::size_t kLongestFile = 4095;
@@ -59,8 +61,12 @@ public:
 private:
     struct Layout;
 
+    bool OpenOnce();
+
     Layout* _layout = nullptr;
-    Descriptor _descriptor;
+    Descriptor _folder;
+    std::string _name;
+    Descriptor _file;
 };
 
 } // namespace qxplatform
