@@ -1,4 +1,5 @@
-"""check_document.py DOCUMENT QXUT SOURCE=PROGRAM... [-- EMULATOR...]: runs example programs in an empty folder and checks
+"""check_document.py DOCUMENT QXUT [--command=PROGRAM...] SOURCE=PROGRAM... [-- EMULATOR...]: runs example programs in an empty
+folder and checks
 that their document shows exactly the programs' code, output and files. A line before each block of the document describes
 the block:
 
@@ -8,7 +9,8 @@ the block:
     <!-- log -->          lines that `qxut log --show` prints after the programs ran as a developer's; "…" as above
     <!-- fragment -->     code that isn't part of a program
     <!-- file NAME -->    lines of a file written by the program; "…" stands for omitted text
-    <!-- commands -->     commands after "$ ", run in that folder, followed by their output
+    <!-- commands -->     commands after "$ ", run in that folder, followed by their output, with "…" as above: qxut and the
+                          programs that --command names
     <!-- python -->       statements that must run in that folder without an exception
 """
 
@@ -27,7 +29,9 @@ EMULATOR = sys.argv[END + 1:]
 DOCUMENT = pathlib.Path(sys.argv[1]).read_text(encoding="utf-8")
 QXUT = sys.argv[2]
 EXAMPLES = [(pathlib.Path(source).read_text(encoding="utf-8"), program)
-            for source, program in (example.split("=", 1) for example in sys.argv[3:END])]
+            for source, program in (example.split("=", 1) for example in sys.argv[3:END] if example[0] != "-")]
+COMMANDS = {"qxut": QXUT} | {pathlib.Path(option).stem: option.removeprefix("--command=")
+                             for option in sys.argv[3:END] if option.startswith("--command=")}
 # Under an emulator, all programs share one set of settings, which must not be changed.
 HAS_OWN_SETTINGS = not EMULATOR
 BLOCK = re.compile(r"^(?:<!-- (\w+)(?: (\S+))? -->\n)?```\w*\n(.*?)^```$", re.M | re.S)
@@ -71,6 +75,7 @@ class Document(unittest.TestCase):
             cls.bodies |= {name: textwrap.dedent(body) for name, body in FUNCTION.findall(source)}
         cls.printed = dict(zip(printed[0::2], printed[1::2]))
         cls.log = run(folder.name, QXUT, "log", "--show", **settings) if settings else None
+        cls.settings = settings
 
     def check_code(self, name, block):
         self.assertEqual(block, self.bodies[name])
@@ -100,8 +105,8 @@ class Document(unittest.TestCase):
     def check_commands(self, _, block):
         for command, shown in re.findall(r"^\$ (.*)\n((?:(?!\$ ).*\n)*)", block, re.M):
             program, *arguments = shlex.split(command)
-            self.assertEqual(program, "qxut")
-            self.assertEqual(run(self.folder, QXUT, *arguments).replace("\r\n", "\n"), shown, command)
+            printed = run(self.folder, COMMANDS[program], *arguments, **self.settings).replace("\r\n", "\n")
+            self.assertRegex(printed, re.compile(r"\A" + has_gaps(shown) + r"\Z", re.S), command)
 
     def check_python(self, _, block):
         subprocess.run([sys.executable, "-c", block], cwd=self.folder, check=True)
