@@ -127,6 +127,8 @@ TEST_F(Events, ASessionFromItsStartToItsEnd)
     };
     Told early, late;
     REGHANDLE first = 0, second = 0;
+    EventRegister(&kProvider, nullptr, nullptr, &first); // a sanitizer starts a thread of its own with the first one
+    EventUnregister(first);
     const auto before = threads();
     ASSERT_EQ(EventRegister(&kProvider, &Tell, &early, &first), 0u);
     EXPECT_EQ(early.calls, 0u);
@@ -150,7 +152,7 @@ TEST_F(Events, ASessionFromItsStartToItsEnd)
     EXPECT_EQ(EventUnregister(second), ULONG{ERROR_INVALID_HANDLE});
     EXPECT_EQ(WriteText(second, "gone"), ULONG{ERROR_INVALID_HANDLE});
     EXPECT_EQ(EventUnregister(first), 0u);
-    EXPECT_EQ(threads(), before);
+    EXPECT_TRUE(Await([&] { return threads() == before; })); // the kernel forgets a thread a little later
     EXPECT_EQ(QxStartTrace(file.Text(), 0), DWORD{ERROR_FILE_EXISTS});
 }
 
@@ -180,6 +182,9 @@ TEST_F(Events, ManyThreadsWriteMoreThanFits)
 // A forked child has no thread of the layer and must not write its parent's events again.
 TEST_F(Events, AForkedChildBeginsAnew)
 {
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the thread sanitizer doesn't support threads in a forked child";
+#endif
     ASSERT_EQ(QxStartTrace(file.Text(), 0), 0u);
     REGHANDLE handle = 0;
     ASSERT_EQ(EventRegister(&kProvider, nullptr, nullptr, &handle), 0u);
