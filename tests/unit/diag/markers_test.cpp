@@ -260,7 +260,9 @@ TEST(Markers, ManyThreadsOnOneSeries)
             open[{event.threadId, event.Text(4)}] = event.pieces[3];
         }
         else if (event.descriptor.Id == 2)
+        {
             EXPECT_EQ((open[{event.threadId, event.Text(4)}]), event.pieces[3]);
+        }
     }
     EXPECT_GT(ids.size(), 0u);
 }
