@@ -5,6 +5,7 @@
 #include "base/fail.h"
 #include "base/futex.h"
 #include "threads/held_sections.h"
+#include "threads/signal_stack.h"
 #include "threads/stop_signal.h"
 #include "time/file_time.h"
 
@@ -106,6 +107,7 @@ void* ThreadObject::Entry(void* object)
     auto* const thread = static_cast<ThreadObject*>(object);
     pthread_setspecific(EndKey(&OnThreadEnd), thread);
     AdmitStopSignal();
+    ProvideSignalStack();
     current = thread;
     thread->Register();
     thread->Run();

@@ -1,8 +1,8 @@
 #include "watch/trap_signal.h"
 
 #include "base/mutex.h"
+#include "faults/dispatch.h"
 #include "threads/thread_context.h"
-#include "threads/vectored_handlers.h"
 #include "watch/breakpoint_event.h"
 
 #include <cerrno>
@@ -57,8 +57,8 @@ unsigned SlotsOf(const siginfo_t& info)
     return own.Dr7 == 0 ? 0 : TakeDebugStatusByChild().value_or(0);
 }
 
-// Offers a hit to the vectored handlers. A data breakpoint stops after the instruction that made the access. Changes
-// that a handler makes to the registers have no effect.
+// Offers a hit to the vectored handlers and the filter. A data breakpoint stops after the instruction that made the
+// access. Changes that a handler makes to the registers have no effect.
 bool OfferHit(unsigned slots, const ucontext_t& user)
 {
     CONTEXT context{};
@@ -70,7 +70,7 @@ bool OfferHit(unsigned slots, const ucontext_t& user)
     record.ExceptionCode = EXCEPTION_SINGLE_STEP;
     record.ExceptionAddress = reinterpret_cast<PVOID>(context.Rip);
     EXCEPTION_POINTERS pointers{&record, &context};
-    return OfferToVectoredHandlers(pointers);
+    return Dispatch(pointers) == ExceptionOutcome::Continue;
 }
 
 void CallPrevious(int number, siginfo_t* info, void* context, bool isHit)

@@ -2,7 +2,7 @@
 #include <errhandlingapi.h>
 #include <winnt.h>
 
-#include "threads/vectored_handlers.h"
+#include "faults/dispatch.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -55,7 +55,10 @@ void WINAPI RaiseException(
     }
     TakeThreadName(record);
 
-    EXCEPTION_POINTERS pointers{&record, nullptr};
-    if (!OfferToVectoredHandlers(pointers) || record.ExceptionFlags != 0)
+    // Changes of the registers have no effect.
+    CONTEXT context{};
+    RtlCaptureContext(&context);
+    EXCEPTION_POINTERS pointers{&record, &context};
+    if (Dispatch(pointers) != ExceptionOutcome::Continue || record.ExceptionFlags != 0)
         std::abort(); // unhandled
 }

@@ -1,8 +1,9 @@
-#include "threads/vectored_handlers.h"
+#include "faults/vectored_handlers.h"
 
 #include <errhandlingapi.h>
 
 #include "base/mutex.h"
+#include "faults/fault_signals.h"
 
 #include <atomic>
 #include <cstddef>
@@ -80,6 +81,7 @@ PVOID WINAPI AddVectoredExceptionHandler(ULONG First, PVECTORED_EXCEPTION_HANDLE
     for (Place& place : places)
         if (place.handler.load(std::memory_order_relaxed) == nullptr)
         {
+            UseFaultSignals();
             place.rank.store(First != 0 ? --firstRank : ++lastRank, std::memory_order_relaxed);
             place.handler.store(Handler, std::memory_order_release);
             return &place;
@@ -91,7 +93,10 @@ ULONG WINAPI RemoveVectoredExceptionHandler(PVOID Handle)
 {
     const std::lock_guard guard(lock);
     for (Place& place : places)
-        if (&place == Handle)
-            return place.handler.exchange(nullptr, std::memory_order_relaxed) != nullptr;
+        if (&place == Handle && place.handler.exchange(nullptr, std::memory_order_relaxed) != nullptr)
+        {
+            ReleaseFaultSignals();
+            return TRUE;
+        }
     return FALSE;
 }
