@@ -2,6 +2,8 @@
 
 #include "core/text/text_format.h"
 
+#include <wchar.h>
+
 #include <iterator>
 #include <memory>
 #include <new>
@@ -103,6 +105,12 @@ std::int32_t WriteMarker(MarkerEvent event, const scMarkerSpan& marker, const wc
 std::int32_t WriteFormatted(MarkerEvent event, const scMarkerSpan& marker, const wchar_t* format, va_list arguments)
 {
     SendManifestFirst(*marker.series->provider);
+    if (format[0] == L'%' && format[1] == L's' && format[2] == L'\0') // the usual form, which needs no formatting
+    {
+        const wchar_t* const text = va_arg(arguments, const wchar_t*);
+        const std::size_t length = text ? wcsnlen(text, kLongestMarkerText + 1) : 0;
+        return length <= kLongestMarkerText ? WriteMarker(event, marker, text ? text : L"", length) : kTextTooLong;
+    }
     va_list again;
     va_copy(again, arguments);
     wchar_t shortText[64];

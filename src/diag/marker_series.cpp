@@ -93,12 +93,13 @@ std::int32_t clsConcurrencyVisualizerMarkerSeries::WriteRecorded(
     return result;
 }
 
-const clsConcurrencyVisualizerMarkerSeries* clsConcurrencyVisualizerMarkerSeries::EnterInnerLevel(List* list) noexcept
+clsConcurrencyVisualizerMarkerSeriesList* clsConcurrencyVisualizerMarkerSeries::EnterInnerLevel(
+    List* list, const clsConcurrencyVisualizerMarkerSeries*& carrier) noexcept
 try
 {
     if (!list)
         list = &MakeList(GetCurrentThreadId());
-    const clsConcurrencyVisualizerMarkerSeries* carrier = this;
+    carrier = this;
     if (list->depth > 0)
     {
         auto& child = list->children[static_cast<std::size_t>(list->depth) - 1];
@@ -106,9 +107,10 @@ try
             child.reset(new clsConcurrencyVisualizerMarkerSeries(*this, list->depth));
         carrier = child.get();
     }
-    if (carrier)
-        ++list->depth;
-    return carrier;
+    if (!carrier)
+        return nullptr;
+    ++list->depth;
+    return list;
 }
 catch (const std::bad_alloc&)
 {

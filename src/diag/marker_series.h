@@ -62,20 +62,16 @@ public:
         return HasRecord() ? WriteRecorded(importance, format, arguments...) : 0;
     }
 
-    // Opens a nesting level of the calling thread and returns the lane of its spans. Returns null without memory; the
-    // level then stays closed. Requires a record, like LeaveLevel.
-    const clsConcurrencyVisualizerMarkerSeries* EnterLevel() noexcept
+    // Opens a nesting level of the calling thread and sets `carrier` to the lane of its spans. Returns the list whose
+    // depth the end of the level decrements, or null without memory; the level then stays closed. Requires a record.
+    clsConcurrencyVisualizerMarkerSeriesList* EnterLevel(const clsConcurrencyVisualizerMarkerSeries*& carrier) noexcept
     {
         auto* const list = FindOwnList();
         if (!list || list->depth != 0)
-            return EnterInnerLevel(list);
+            return EnterInnerLevel(list, carrier);
         list->depth = 1;
-        return this;
-    }
-    void LeaveLevel() noexcept
-    {
-        if (auto* const list = FindOwnList())
-            --list->depth;
+        carrier = this;
+        return list;
     }
 
 private:
@@ -83,7 +79,7 @@ private:
 
     void MakeRecord();
     std::int32_t WriteRecorded(unsigned importance, const wchar_t* format, ...) const noexcept;
-    const clsConcurrencyVisualizerMarkerSeries* EnterInnerLevel(List* list) noexcept;
+    List* EnterInnerLevel(List* list, const clsConcurrencyVisualizerMarkerSeries*& carrier) noexcept;
 
     // Mostly, one thread uses a series. It finds its list without a lock.
     List* FindOwnList() noexcept
@@ -103,8 +99,8 @@ private:
     std::atomic<List*> _recent = nullptr; // the list that was searched last; lists live as long as the series
 };
 
-// A stretch of time that lasts as long as this object. Spans that overlap on one thread are nested. Any failure leaves
-// an empty span, which does nothing.
+// A stretch of time that lasts as long as this object, which must be destroyed on the thread that made it and before
+// the series. Spans that overlap on one thread are nested. Any failure leaves an empty span, which does nothing.
 class clsConcurrencyVisualizerSpan
 {
 public:
@@ -115,29 +111,27 @@ public:
     {
         if (!series || !series->HasRecord())
             return;
-        const auto* const carrier = series->EnterLevel();
-        if (!carrier)
-            return;
-        _opener = series;
-        if (carrier->HasRecord() && carrier->IsListenedTo())
+        const clsConcurrencyVisualizerMarkerSeries* carrier = nullptr;
+        _list = series->EnterLevel(carrier);
+        if (_list && carrier->HasRecord() && carrier->IsListenedTo())
             Begin(*carrier, format, arguments...);
     }
     clsConcurrencyVisualizerSpan(const clsConcurrencyVisualizerSpan&) = delete;
     clsConcurrencyVisualizerSpan& operator=(const clsConcurrencyVisualizerSpan&) = delete;
     virtual ~clsConcurrencyVisualizerSpan()
     {
-        if (!_opener)
+        if (!_list)
             return;
         if (_span.series)
             LeaveMarkerSpan(_span);
-        _opener->LeaveLevel();
+        --_list->depth;
     }
 
 private:
     void Begin(const clsConcurrencyVisualizerMarkerSeries& carrier, const wchar_t* format, ...) noexcept;
 
     scMarkerSpan _span;
-    clsConcurrencyVisualizerMarkerSeries* _opener = nullptr;
+    clsConcurrencyVisualizerMarkerSeriesList* _list = nullptr; // of the thread and the series that opened the span
 };
 
 // Keeps the root series of the process alive. A thread gets a series of its own only if the root has a record, that is,

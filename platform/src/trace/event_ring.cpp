@@ -65,10 +65,23 @@ EventRing* TakeRing()
     return ownRing = ring;
 }
 
+// Copies without a call for the sizes of numbers, which most pieces are.
+void CopyPiece(unsigned char* target, const void* data, std::size_t size)
+{
+    if (size == 1)
+        *target = *static_cast<const unsigned char*>(data);
+    else if (size == 4)
+        std::memcpy(target, data, 4);
+    else
+        std::memcpy(target, data, size);
+}
+
 void CopyIn(EventRing& ring, std::uint64_t position, const void* data, std::size_t size)
 {
     const std::size_t offset = position % kRingSize;
-    const std::size_t first = std::min(size, kRingSize - offset);
+    if (size <= kRingSize - offset) [[likely]]
+        return CopyPiece(ring.data + offset, data, size);
+    const std::size_t first = kRingSize - offset;
     std::memcpy(ring.data + offset, data, first);
     std::memcpy(ring.data, static_cast<const unsigned char*>(data) + first, size - first);
 }

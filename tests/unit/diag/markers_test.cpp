@@ -140,13 +140,19 @@ TEST(Markers, LengthsOfTextsAndNames)
     {
         String text;
         text.Fill(L'x', length);
-        EXPECT_EQ(series.WriteMessage(1, L"%s", text.Text()), 0);
-        EXPECT_EQ(tracing.Events().back().Text(4), text.View()) << length;
+        for (const wchar_t* const format : {L"%s", L"%s%s"}) // the first one isn't formatted
+        {
+            const std::size_t before = tracing.Events().size();
+            EXPECT_EQ(series.WriteMessage(1, format, text.Text(), L""), 0);
+            EXPECT_GT(tracing.Events().size(), before);
+            EXPECT_EQ(tracing.Events().back().Text(4), text.View()) << length;
+        }
     }
     const std::size_t before = tracing.Events().size();
     String text;
     text.Fill(L'x', 8'193);
-    EXPECT_EQ(series.WriteMessage(1, L"%s", text.Text()), static_cast<std::int32_t>(0x8007007A));
+    for (const wchar_t* const format : {L"%s", L"%s%s"})
+        EXPECT_EQ(series.WriteMessage(1, format, text.Text(), L""), static_cast<std::int32_t>(0x8007007A));
     {
         const Span span(&series, L"%s", text.Text());
     }
