@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <iterator>
@@ -17,8 +18,11 @@ struct Seen
 {
     std::uint32_t code = 0;
     std::uintptr_t address = 0;
-    std::vector<ULONG_PTR> parameters;
+    ULONG_PTR parameters[EXCEPTION_MAXIMUM_PARAMETERS] = {}; // a handler must not allocate memory
+    DWORD count = 0;
     DWORD64 rip = 0;
+
+    std::vector<ULONG_PTR> Parameters() const { return {parameters, parameters + count}; }
 };
 
 Seen seen;
@@ -31,8 +35,11 @@ LONG SkipInstruction(EXCEPTION_POINTERS* exception)
     const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
     CONTEXT& context = *exception->ContextRecord;
     ++seenCount;
-    seen = {record.ExceptionCode, reinterpret_cast<std::uintptr_t>(record.ExceptionAddress),
-        {record.ExceptionInformation, record.ExceptionInformation + record.NumberParameters}, context.Rip};
+    seen.code = record.ExceptionCode;
+    seen.address = reinterpret_cast<std::uintptr_t>(record.ExceptionAddress);
+    std::copy(std::begin(record.ExceptionInformation), std::end(record.ExceptionInformation), seen.parameters);
+    seen.count = record.NumberParameters;
+    seen.rip = context.Rip;
     if (skipped == 0)
     {
         std::memcpy(&context.Rip, reinterpret_cast<void*>(context.Rsp), sizeof context.Rip);
@@ -138,7 +145,7 @@ TEST(Faults, AreDescribedAndContinuedWithTheChangedRegisters)
         newRax = 0xABCDEF0123456789 + value;
         EXPECT_EQ(fault(value), newRax) << std::hex << code << ' ' << value;
         EXPECT_EQ(seen.code, code);
-        EXPECT_EQ(seen.parameters, parameters) << std::hex << code << ' ' << value;
+        EXPECT_EQ(seen.Parameters(), parameters) << std::hex << code << ' ' << value;
         EXPECT_EQ(seen.address, length == 0 ? value : seen.rip) << std::hex << code;
     }
     RemoveVectoredExceptionHandler(handler);
@@ -169,7 +176,7 @@ TEST(Faults, ReachTheFilterAfterTheVectoredHandlers)
     const auto before = SetUnhandledExceptionFilter(&SkipInFilter);
     EXPECT_EQ(ReadFrom(16), 7u);
     EXPECT_EQ(seenCount, 1);
-    EXPECT_EQ(seen.parameters, (std::vector<ULONG_PTR>{0, 16}));
+    EXPECT_EQ(seen.Parameters(), (std::vector<ULONG_PTR>{0, 16}));
     RemoveVectoredExceptionHandler(passing);
     EXPECT_EQ(WriteTo(16), 7u);
     EXPECT_EQ(seenCount, 2);
