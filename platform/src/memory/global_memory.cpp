@@ -3,16 +3,36 @@
 
 #include <windows.h>
 
+#include <new>
+
 using qxplatform::MemoryBlocks;
+
+namespace
+{
+
+// Runs an allocation. The list of the blocks may throw when it grows; that becomes the documented error.
+template <class Allocation>
+HGLOBAL NullWithoutMemory(Allocation allocation)
+try
+{
+    return allocation(MemoryBlocks::Instance());
+}
+catch (const std::bad_alloc&)
+{
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+}
+
+} // namespace
 
 HGLOBAL WINAPI GlobalAlloc(UINT flags, SIZE_T size)
 {
-    return MemoryBlocks::Instance().Allocate(flags, size);
+    return NullWithoutMemory([=](MemoryBlocks& blocks) { return blocks.Allocate(flags, size); });
 }
 
 HGLOBAL WINAPI GlobalReAlloc(HGLOBAL memory, SIZE_T size, UINT flags)
 {
-    return MemoryBlocks::Instance().Reallocate(memory, size, flags);
+    return NullWithoutMemory([=](MemoryBlocks& blocks) { return blocks.Reallocate(memory, size, flags); });
 }
 
 HGLOBAL WINAPI GlobalFree(HGLOBAL memory)
@@ -43,7 +63,8 @@ UINT WINAPI GlobalFlags(HGLOBAL memory)
 HLOCAL WINAPI LocalAlloc(UINT flags, SIZE_T size)
 {
     static_assert(LMEM_MOVEABLE == GMEM_MOVEABLE && LMEM_ZEROINIT == GMEM_ZEROINIT);
-    return MemoryBlocks::Instance().Allocate(flags & (LMEM_MOVEABLE | LMEM_ZEROINIT), size);
+    return NullWithoutMemory(
+        [=](MemoryBlocks& blocks) { return blocks.Allocate(flags & (LMEM_MOVEABLE | LMEM_ZEROINIT), size); });
 }
 
 HLOCAL WINAPI LocalFree(HLOCAL memory)

@@ -60,7 +60,7 @@ TEST(FileUsers, AListWithoutEnd)
 {
     constexpr std::size_t kFiles = 500'000;
     FakeServer server(std::vector<FakeServer::Answer>(
-        30, {ERROR_MORE_DATA, std::vector<FILE_INFO_3>(kFiles, OpenFile(nullptr, nullptr, 0))}));
+        30, {ERROR_MORE_DATA, std::vector<FILE_INFO_3>(kFiles, OpenFile(L"", L"", 0))}));
     FileUsers found;
     EXPECT_EQ(GetFileInfoAccess(kFile, server, found), FileUsersResult::NoAnswer);
     EXPECT_EQ(server.calls, 10'000'000 / kFiles + 1);
