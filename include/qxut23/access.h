@@ -21,8 +21,9 @@ QXUT_EXTERN_C_BEGIN
 #define QXUT_FILE_OPEN_CREATE 4
 
 /* Returns which users have a file open on its server, and how. `path` is \\server\share\... or a path on a drive that
-   is connected with a share. Open files are matched by path without the server's drive letter, so this works only for
-   shares named like a folder in the root of that drive.
+   is connected with a share. The server lists its open files by its own paths, of which only the drive letter is
+   removed: "D:\data\a.txt" matches \\server\data\a.txt. So files are found only if the shared folder is in the root of
+   a drive and the share has the folder's name.
 
    `access` receives QXUT_FILE_OPEN_ values, combined for all users. `users` is a BSTR result: the names, separated by
    tabs. For a file that isn't on a server, these are 0 and the empty text, and the result is 0.

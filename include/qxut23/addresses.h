@@ -16,8 +16,8 @@ typedef void (*QxAddressTextProc)(void* user, size_t index, const QXWCHAR* text)
      of UtilDebugHelpGetStackTrace; otherwise 1.
    - user: passed to `receive`.
 
-   Symbols are read during the call, which may take seconds for large programs, at most about 60; memory that they take
-   is released at the end. Returns 1 on success. Returns 0 if there are no debug-help functions, or if another job (see
+   Symbols are read during the call, which takes up to about 60 s for large programs. The memory that they use is
+   released at the end. Returns 1 on success. Returns 0 if there are no debug-help functions, or if another job (see
    UtilDebugHelpJobOpen) has used them for 5 s; `receive` isn't called then. */
 QXUT_API int32_t QxDescribeAddresses(
     const uint64_t* addresses, size_t count, int32_t areExact, QxAddressTextProc receive, void* user);

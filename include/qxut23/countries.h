@@ -56,7 +56,7 @@ QXUT_API int32_t UtilLocGetCountryInfo(const QXWCHAR* name, uint32_t type, struc
 
 /* Stores one value of the language called `name`, a language tag or code, in `info`, which is treated as above. Returns
    0, or QXUT_COUNTRY_NO_TYPE if `info` is null or `type` is not 0. A two-letter code, or a tag of which only the
-   language is known, returns the identifier of the language without a region (LCID and 0x3FF). */
+   language is known, returns the identifier of the language without a region (the low ten bits of the LCID). */
 QXUT_API int32_t UtilLocGetLanguageInfo(const QXWCHAR* name, int32_t type, struct tagVARIANT* info);
 
 QXUT_EXTERN_C_END

@@ -35,9 +35,9 @@ enum
 
 /* Parses a date, with or without a time, as users of the locale type it: in the user's own formats, with the locale's
    separators (in the locale's order; the time in 24 hours or with AM or PM), as year-month-day, or as day.month.year.
-   Missing parts of the date are filled in from today's date. An empty text means the current local time. A text in
-   none of these forms sets all fields to 0. The day of the week and the milliseconds are always 0. Returns 0, or -52 if
-   the date doesn't exist or, with QXUT_LOCDATE_REPORT_DEFAULT, is incomplete. The fields are filled in both cases. */
+   Missing parts of the date are filled in from today's date. An empty text means the current local time. A text in none
+   of these forms sets all fields to 0. The day of the week and the milliseconds are always 0. Returns 0, or -52 if the
+   date doesn't exist or, with QXUT_LOCDATE_REPORT_DEFAULT, is incomplete. The fields are filled in both cases. */
 QXUT_API int32_t UtilLocSystemTimeFromLocaleString(
     uint32_t locale, const QXWCHAR* text, struct _SYSTEMTIME* time, uint32_t flags);
 
@@ -67,9 +67,10 @@ QXUT_API int32_t UtilDateTimeToLocaleString(const QXWCHAR* compact, QXWCHAR* tex
 
 /* Parses machine-readable dates. Tries in this order: up to 14 digits (a compact date truncated at any point,
    whose time isn't converted); an RFC 822 date anywhere in the text; an ISO 8601 date at the start of the text; any
-   date that the system recognises. RFC 822 and ISO 8601 dates are converted to UTC. Without a zone, an RFC 822 time
-   isn't converted, and an ISO 8601 time counts as local time, even with "Z". An empty text means the current local
-   time. A text that is no date produces zeros with 0xFFFF as the day of the week. Returns 0. */
+   date that the system recognises. RFC 822 and ISO 8601 dates are converted to UTC. An RFC 822 time without a zone
+   isn't converted. An ISO 8601 time without a numeric offset counts as local time, even if it ends in "Z". An empty
+   text means the current local time. A text that is no date produces zeros with 0xFFFF as the day of the week. Returns
+   0. */
 QXUT_API int32_t UtilLocDateTimeToSYSTEMTIME(const QXWCHAR* text, struct _SYSTEMTIME* time);
 
 /* Convert between local time and UTC in the system's current time zone, in place. Both return 0, or E_INVALIDARG

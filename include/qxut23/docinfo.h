@@ -65,9 +65,9 @@ QXUT_API void UtilDocInfoClose(HUTDOCINFO list);
 QXUT_API int32_t UtilDocInfoGet(
     HUTDOCINFO list, const QXWCHAR* path, const QxUtDocumentInfo* info, uint32_t waitSeconds);
 
-/* Returns 1 if the share of a path (\\server\share\..., or a drive that is connected to one) answers, and 0 if it
-   doesn't or hasn't answered before in this process. The check may take as long as the system waits for a server.
-   Returns -1 if the path is null or isn't on a share. */
+/* Returns 1 if the share of a path (\\server\share\..., or a drive that is connected to one) answers. Returns 0 if it
+   doesn't, or if it failed to answer earlier in this process; it isn't contacted again then. The check may take as long
+   as the system waits for a server. Returns -1 if the path is null or isn't on a share. */
 QXUT_API int32_t UtilDocInfoShareAccessibility(const QXWCHAR* path);
 
 QXUT_EXTERN_C_END

@@ -48,8 +48,8 @@ struct _GUID; /* the system's interface identifier, 16 bytes */
  *
  * Run does the work. It is called once, without any lock held, on a worker or on the thread that finalizes or closes
  * the pool. Its result is ignored.
- * GetResult is called after Run if the job ran on the calling thread. 0 or more means success, a negative value
- * failure.
+ * GetResult is called after Run, on the same thread, if CanRunOnWorker returned 0. By convention, 0 or more means
+ * success, a negative value failure; the pool ignores it.
  * GetGroup returns the group the job belongs to, or 0 for none. A group can be aborted as a whole.
  * CanRunOnWorker returns 0 if the job must run on the thread that finalizes the pool. It is called once, when the job
  * is added.
@@ -157,9 +157,9 @@ QXUT_API int32_t UtilThreadPoolAbort(HUTTHREADPOOL pool, int32_t group);
    if `pool` or `host` is null. */
 QXUT_API int32_t UtilThreadPoolFinalize(HUTTHREADPOOL pool, struct IUTThreadedJobHost* host);
 
-/* Aborts all jobs, waits for the running ones, and frees the pool. A pool that was aborted for one group only finishes
-   its other jobs first. Null is ignored. No other thread may use the pool any more, and none of its jobs or hosts may
-   call this function. */
+/* Aborts all jobs, waits for the running ones, and frees the pool. If the pool was aborted for a single group before,
+   its other jobs are finished first. Null is ignored. No other thread may use the pool any more, and none of its jobs
+   or hosts may call this function. */
 QXUT_API void UtilThreadPoolClose(HUTTHREADPOOL pool);
 
 QXUT_EXTERN_C_END

@@ -37,9 +37,9 @@ typedef void (*QxHeapLeakProc)(void* user, const QxHeapLeak* leak);
    - user: passed to `receive`.
 
    The objects are counted before the first call of `receive`; until that is done, other threads that use the heaps
-   wait. Symbols are read afterwards, without holding the heaps' lock. Reading them may take seconds for large programs,
-   at most about 60. Lines are the texts of QxDescribeAddresses (addresses.h); where that fails, they are plain
-   addresses ("0x7ffd0000").
+   wait. Symbols are read afterwards, without holding the heaps' lock. Reading them takes up to about 60 s for large
+   programs. Lines are the texts of QxDescribeAddresses (addresses.h); where that fails, they are plain addresses
+   ("0x7ffd0000").
 
    Returns the number of all groups, QXUT_HEAP_FAILED if a handle is invalid, `receive` is null or memory runs out, or
    QXUT_HEAP_NOT_SUPPORTED if the system can't list the blocks of a heap. */

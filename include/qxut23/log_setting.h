@@ -13,7 +13,7 @@ QXUT_EXTERN_C_BEGIN
 
 /* Flags of the settings. */
 #define QXUT_LOG_FLUSH 0x1u   /* each line is written through to the disk */
-#define QXUT_LOG_COUNTER 0x2u /* lines show the time since the program's first line; a user's setting, only read */
+#define QXUT_LOG_COUNTER 0x2u /* lines show the time since the program's first line; never stored */
 
 /* Reads the settings as a process that loaded the library now would read them.
 

@@ -27,8 +27,8 @@ QXUT_API int32_t UtilLanguageGet(void);
 QXUT_API int32_t UtilLanguageSet(int32_t code);
 
 /* Shows a message box with the failed expression, the file and the line, truncated to 80 characters in total, and ends
-   the process with exit code -1 whichever button the user chooses. The function returns only if the box has been
-   replaced by one that returns OK (1). Null texts count as empty. */
+   the process with exit code -1 whichever button the user chooses. The function returns only if a program has
+   replaced MessageBoxW by a function that returns IDOK (1). Null texts count as empty. */
 QXUT_API void UtilAssert(const QXWCHAR* expression, const QXWCHAR* file, uint32_t line);
 
 /* Results of UtilGetOSEnvironmentType. */

@@ -48,9 +48,10 @@ typedef struct QXUTFSINFO
 #define QXUT_FS_COMPRESSED 16
 #define QXUT_FS_BAD_SIZE 64
 
-/* Returns the flags of the file system at a root path ("c:\", or null for the root of the current folder) as
-   GetVolumeInformation returns them, and fills in `info`. If the system can't provide the information, all flags and
-   the name length are 0. Returns QXUT_FS_BAD_SIZE and writes nothing if `info` is null or has another size. */
+/* Fills in `info` for the file system at a root path ("c:\", or null for the root of the current folder). Returns the
+   file system's flags as GetVolumeInformation reports them (FILE_..., not the flags above). If the system can't provide
+   the information, all flags and the name length are 0. Returns QXUT_FS_BAD_SIZE and writes nothing if `info` is null
+   or has another size. */
 QXUT_API uint32_t UtilGetFSInfo(const QXWCHAR* root, QXUTFSINFO* info);
 
 /* Expands the names between percent signs in a folder path: environment variables first, then the shell folders in the

@@ -6,7 +6,7 @@
      have the same name.
      A path consists of list names separated by '/'. If it refers to a leaf, the leaf's name follows the last '/'. A
      path that begins with '/' starts at the root, any other path at the given list. Of a name followed by '/', only the
-     first 255 characters are significant. The empty path is the empty name.
+     first 255 characters are significant. The empty path refers to the entry with the empty name.
 
    Handles
      Handles are opaque. A null job is the invalid job, which every function accepts and ignores; a null list is the
@@ -130,10 +130,10 @@ QXUT_API int32_t ProfGetError(HPROFJOB job);
    On linux a save writes a new file ".NAME.qxsave" beside the target (long names are shortened) and replaces the target
    with it, so the target contains either the old or the new contents, even if the process is killed. An existing file
    of that name is treated as left over from a killed process and removed.
-   The contents are written over the old ones if the file can't be replaced: if it has several names, if its folder
-   can't be written, and always on windows, which can't replace an open file. A process killed during such a save may
-   leave a file with parts of both. If another process has removed or replaced the file of an exclusive job, the result
-   is PROF_ERR_CANNOT_WRITE on linux.
+   The contents are written over the old ones if the file can't be replaced: if it has several names (hard links), if
+   its folder can't be written, and always on windows, which can't replace an open file. A process killed during such a
+   save may leave a file with parts of both. If another process has removed or replaced the file of an exclusive job,
+   the result is PROF_ERR_CANNOT_WRITE on linux.
 
    PROF_FORM_TEXT and PROF_FORM_XML, both UTF-16, preserve the whole tree. In the text form, control characters in
    values are preserved; control characters in names are read back as their Unicode pictures (U+2401 to U+241F). The XML

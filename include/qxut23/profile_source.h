@@ -19,8 +19,8 @@ QXUT_EXTERN_C_BEGIN
 /* Opens a job like ProfJobOpen, or like ProfJobOpenExclusive with QXUT_PROFILE_EXCLUSIVE. `mostUnpacked` is the largest
    size in bytes to which a packed file may unpack, counting the text and the memory of its entries; 0 means the usual
    limit, which is 64 times the size of the file and at least 64 MB. The limit is the same for a packed file inside a
-   packed file. A file beyond it is not read: the job is empty, its error is PROF_ERR_LOCKED and its source contains
-   QXUT_SOURCE_TOO_LARGE.
+   packed file. A file beyond it is not read: the job is empty, its error is PROF_ERR_LOCKED and QxProfGetSource
+   reports QXUT_SOURCE_TOO_LARGE.
    Returns null if memory runs out or for unknown flags. */
 QXUT_API HPROFJOB QxProfJobOpen(const QXWCHAR* name, uint32_t flags, uint64_t mostUnpacked);
 

@@ -40,7 +40,7 @@ typedef struct DBGParameter
         uint64_t number;     /* kinds 0 (32 bits), 1, 3 (signed), 8 (a pointer); kind 2 is a signed 32-bit number */
         double real;         /* kind 4 */
         const char* narrow;  /* kind 5; points into the walked program and may be invalid */
-        const QXWCHAR* wide; /* kinds 6 and 7; may be invalid, too. "@@@" begins a message instead of text */
+        const QXWCHAR* wide; /* kinds 6 and 7; may be invalid, too; "@@@..." is a message instead of the text */
     } value;
     char name[64];
 } DBGParameter;
@@ -48,7 +48,7 @@ typedef struct DBGParameter
 /* A frame of a stack. Texts are zero-terminated and truncated to the size of their fields. */
 typedef struct DBGStackTraceItem
 {
-    uint32_t size;         /* 9432; readers refuse other values */
+    uint32_t size;         /* 9432, set by the library */
     uint32_t addressOnly;  /* 1: only the address and the module are known */
     uint64_t address;      /* the frame's instruction address: a return address, except in the innermost frame */
     char symbol[1024];     /* the linker's name; empty if there is no symbol */
@@ -172,8 +172,9 @@ QXUT_API void UtilDebugHelpJobClose(HDEBUGHELPJOB job);
 /* Sets an option of a job. Unknown keys are ignored.
    - 1: the largest number of frames. Default 100.
    - 2: 0 walks on the job's thread, 1 (the default) on a separate thread.
-   - 3: what the records contain. 1 (the default): everything. 0: addresses and modules. Otherwise the sum of 1
-     (module), 2 (symbol, line, variables) and 4 (parameters that are not in memory, if the system knows them). */
+   - 3: what the records contain. 0: addresses and modules. 1 (the default): everything. Any other value is a sum of 2
+     (symbol, line, variables) and 4 (parameters that are not in memory, if the system knows them), plus 1 for the
+     module. */
 QXUT_API void UtilDebugHelpSetOption(HDEBUGHELPJOB job, uint32_t key, uint32_t value);
 
 /* Walks the stack of a context (a CONTEXT of the system), which isn't changed. With a null context, walks the calling

@@ -12,9 +12,9 @@
 QXUT_EXTERN_C_BEGIN
 
 /* Starts to record the markers of all the user's processes whose settings allow markers (SupportConcurrencyVisualizer
-   under HKEY_CURRENT_USER\Software\trelmo begins with T). With `allow` not 0, sets this setting first. A process in
-   which objects of the library with threads exist already, such as pools, is recorded only once all of them have been
-   closed. Creates the file `path`, which must not exist.
+   under HKEY_CURRENT_USER\Software\trelmo begins with T). With `allow` not 0, sets this setting first. A process that
+   already uses threads of the library, such as those of a pool, isn't recorded until all of them have ended. Creates
+   the file `path`, which must not exist.
 
    Returns 0 or an error code of the system, whose text QxGetErrorText returns: ERROR_ALREADY_EXISTS (183) if a
    recording runs, ERROR_FILE_EXISTS (80) if the file exists, ERROR_NOT_SUPPORTED (50) on windows. */

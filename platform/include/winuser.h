@@ -3,7 +3,7 @@
 
 #include <windef.h>
 
-// Numeric types and names of resources.
+// Types and names of resources that are given by number.
 #define MAKEINTRESOURCEW(i) ((LPWSTR)(ULONG_PTR)(WORD)(i))
 #define RT_STRING MAKEINTRESOURCEW(6)
 #define RT_RCDATA MAKEINTRESOURCEW(10)

@@ -149,7 +149,8 @@ FileReplacement CreateFileOf(const String& name, const clsProfOutput& content)
         return side.Failure();
     if (!side.Fill(content))
         return FileReplacement::Failed;
-    // Moves the file while it is open, so that no other save can replace it first. Windows requires it to be closed.
+    // Moves the new file while it is open, because another save can't remove an open file. If the system refuses to
+    // move an open file, as Windows does, closes it and tries again.
     if (!MoveFileExW(side.Name().Text(), name.Text(), MOVEFILE_WRITE_THROUGH))
     {
         if (GetLastError() != ERROR_SHARING_VIOLATION)

@@ -16,7 +16,7 @@ public:
 
     virtual unsigned long long Ticks() const;
     virtual FILETIME UtcNow() const;
-    // Returns how long the thread actually waits for a pause of this length.
+    // Returns the time-out, in milliseconds, for a pause of this length. Doesn't wait itself. Tests shorten pauses.
     virtual DWORD Wait(DWORD milliseconds) const { return milliseconds; }
 
     static const TempFileClock& OfSystem();

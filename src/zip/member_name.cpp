@@ -18,7 +18,7 @@ namespace
 {
 
 constexpr std::uint16_t kUnicodePathId = 0x7075;
-constexpr std::size_t kUnicodePathHead = 5; // the version, 1, and the CRC-32 of the name that the field replaces
+constexpr std::size_t kUnicodePathHead = 5; // version 1 (1 byte), CRC-32 of the replaced name (4 bytes)
 
 constexpr unsigned kMadeOnUnix = 3;
 constexpr unsigned kMadeOnDarwin = 19;

@@ -214,7 +214,7 @@ class Elsewhere(unittest.TestCase):
     @unittest.skipIf(ON_WINDOWS, "there the library contains its runtime")
     def test_nothing_is_allocated_and_no_stream_is_used(self):
         listing = subprocess.run(["readelf", "--dyn-syms", "-W", LIBRARY], check=True, capture_output=True, text=True).stdout
-        needed = set(re.findall(r" UND (\w+)", listing))
+        needed = {name for name in re.findall(r" UND (\w+)", listing) if not name.startswith("__asan_")}
         self.assertIn("sigaction", needed)
         self.assertEqual({name for name in needed if re.search(r"alloc|^free$|^_Zn|^_Zd|print|^f?(put|write)|std(in|out|err)$",
                                                                name)} - {"write"}, set())

@@ -244,7 +244,7 @@ TEST_F(Files, Times)
     {
         return static_cast<double>(ULONGLONG{time.dwHighDateTime} << 32 | time.dwLowDateTime) / 1e7;
     };
-    // A last write eight days ago, exact to the unit, since files are distinguished by this time.
+    // A last write eight days ago must be read back exactly, because callers compare this time to detect changed files.
     FILETIME old = now;
     old.dwHighDateTime -= 1610; // 8.0 days
     old.dwLowDateTime = 1234567890;

@@ -16,7 +16,7 @@ namespace qxplatform
 namespace
 {
 
-constexpr char kAttributeName[] = "user.qxplatform.attributes"; // a hexadecimal number
+constexpr char kAttributeName[] = "user.qxplatform.attributes"; // its value is a hexadecimal number, as text
 
 FILETIME TimeOf(const statx_timestamp& time)
 {

@@ -7,8 +7,8 @@
 namespace qxplatform
 {
 
-// `*` and `?` by the system's rules, without regard to case. Before a dot or at the end, `?` also matches nothing.
-// "*." matches names without extension, "*.*" all names.
+// `*` and `?` by the system's rules, without regard to case. Before a dot or at the end of the name, `?` may also match
+// the empty text. "*." matches names without extension, "*.*" all names.
 class Wildcard
 {
 public:

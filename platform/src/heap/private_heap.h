@@ -19,7 +19,7 @@ public:
         std::uint32_t index = 0;
     };
 
-    // A heap of zeros is empty and ready.
+    // A zero-initialized heap is empty and ready for use, so a static heap needs no initialization at run time.
     constexpr PrivateHeap() = default;
     PrivateHeap(const PrivateHeap&) = delete;
     PrivateHeap& operator=(const PrivateHeap&) = delete;

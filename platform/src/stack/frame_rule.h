@@ -21,7 +21,7 @@ enum class How : std::uint8_t
     Expression,   // the value that an expression computes
 };
 
-// A rule for all registers. Expressions are pointers into the table, at the length that precedes the expression.
+// A rule for all registers. An expression is stored as a pointer into the table, to the length field in front of it.
 struct FrameRule
 {
     struct State

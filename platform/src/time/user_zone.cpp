@@ -47,8 +47,8 @@ tm LocalAt(time_t universal)
     return local;
 }
 
-// Returns the standard time of the year 1970. Earlier history is known for few zones and includes local mean times,
-// whose offsets aren't whole minutes, as the system's zones require.
+// Returns the offset of standard time in 1970, which also serves for all earlier times. Few zones have an earlier
+// history, and it includes local mean times: their offsets aren't whole minutes, which the system can't represent.
 LONG FirstOffset()
 {
     constexpr time_t kHalfYear = 182 * 86400;

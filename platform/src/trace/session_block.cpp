@@ -172,9 +172,13 @@ bool SessionBlock::IsForgotten() const
     return fstat(_file.Get(), &status) != 0 || status.st_nlink == 0;
 }
 
+// A lock of another kind than flock, because the users hold that one.
 bool SessionBlock::Lock() const
 {
-    return flock(_folder.Get(), LOCK_EX | LOCK_NB) == 0;
+    struct flock whole = {};
+    whole.l_type = F_WRLCK;
+    whole.l_whence = SEEK_SET;
+    return fcntl(_file.Get(), F_OFD_SETLK, &whole) == 0;
 }
 
 } // namespace qxplatform

@@ -27,6 +27,7 @@ struct TraceWorker
     SessionBlock block;
     SessionChanged changed = nullptr;
     TraceSession session;
+    TraceSession tried; // the block's last session; `session` has none if its file couldn't be opened
     std::atomic<bool> isStopping = false;
     pthread_t thread{};
 };
@@ -102,13 +103,13 @@ void Pause()
 }
 
 // Does one step of the thread: follows the session and writes, or waits for a session.
-void Step(TraceWorker& self, TraceSession& tried)
+void Step(TraceWorker& self)
 {
     const LONG counter = self.block.Counter();
     TraceSession now = self.session.id != 0 && self.block.IsForgotten() ? TraceSession() : self.block.Read();
-    if (now != tried)
+    if (now != self.tried)
     {
-        tried = now;
+        self.tried = now;
         Follow(self, std::move(now));
         self.changed(self.session);
     }
@@ -121,11 +122,10 @@ void Step(TraceWorker& self, TraceSession& tried)
 void* RunWorker(void* argument)
 {
     TraceWorker& self = *static_cast<TraceWorker*>(argument);
-    TraceSession tried = self.session; // the last one of the block, whose file may not exist
     while (!self.isStopping.load(std::memory_order_acquire))
         try
         {
-            Step(self, tried);
+            Step(self);
         }
         catch (const std::bad_alloc&)
         {
@@ -178,7 +178,8 @@ DWORD StartTraceWorker(SessionChanged changed, TraceSession& session)
         if (!made->block.Open())
             return ErrorFromErrno(errno);
         made->changed = changed;
-        Follow(*made, made->block.Read());
+        made->tried = made->block.Read();
+        Follow(*made, made->tried);
         if (!CreateThread(*made))
         {
             const DWORD error = ErrorFromErrno(errno);

@@ -6,8 +6,9 @@
 namespace qx
 {
 
-// Both process whole groups from the front as long as complete blocks remain. They return the number of groups
-// processed, 0 if the processor lacks the instructions. The caller handles the rest.
+// Both process blocks of several groups (a group is 3 bytes, or 4 characters) from the front while enough input
+// remains. They return the number of groups processed, 0 if the processor lacks the instructions. The caller handles
+// the rest.
 
 std::size_t EncodeBase64Blocks(wchar_t* text, const unsigned char* bytes, std::size_t size);
 

@@ -90,11 +90,12 @@ TEST(BreakpointsOfTheKernel, NothingIsLeftBehind)
     if (MachineDoes() == Machine::Refuses)
         GTEST_SKIP() << "this machine grants no data breakpoints";
     const int before = CountDescriptors();
+    // Not on the stack of the threads: what runs at their ends would write to it.
+    static volatile std::int64_t cells[4];
     for (int i = 0; i < 2000; ++i)
         std::thread(
             []
             {
-                volatile std::int64_t cells[4] = {};
                 for (volatile std::int64_t& cell : cells)
                     Abandon(Watch(&cell, 8));
             })

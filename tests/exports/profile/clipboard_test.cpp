@@ -71,7 +71,7 @@ TEST(ProfileClipboard, AnotherProcessPastes)
     EXPECT_EQ(Tree(Job(folder.Path("pasted"))), Tree(job));
 }
 
-// The system distinguishes callers by their windows and admits all callers without one.
+// Not on Windows, which recognises who opened the clipboard by the window. Without windows, the peer would be admitted.
 #ifndef _WIN32
 TEST(ProfileClipboard, ThatSomeoneElseHasIsNeitherReadNorWritten)
 {

@@ -44,7 +44,7 @@ TEST(FormatTest, EstimatesByTheWalk)
     // After a conversion it doesn't support, the estimate reads the wrong arguments. It must not dereference a value
     // that is not a pointer.
     EXPECT_EQ(EstimateOf(L"%Ts %d %s", L"abc", 16, L"de"), 2u + 2 + 34 + 2 + 1);
-    EXPECT_EQ(EstimateOf(L"%Ts%s", L"abc", L"defgh"), 2u + 3); // measures only the text before it
+    EXPECT_EQ(EstimateOf(L"%Ts%s", L"abc", L"defgh"), 2u + 3); // %s measures "abc", the argument of %Ts
     EXPECT_EQ(EstimateOf(L"%Id%s", static_cast<std::ptrdiff_t>(16), L"de"), 2u + 1);
     EXPECT_STREQ(String(String::kFormatted, L"%Ts %d %s", L"abc", 16, L"de").Text(), L"abc 16 de");
 }

@@ -83,7 +83,8 @@ TEST_F(Message, TextsAndRecipients)
         EXPECT_STREQ(record->reader, L"message");
         EXPECT_EQ(Summary(*record), expected + "|-|-|-|2002-5-20 13:12:31");
     }
-    EXPECT_EQ(TextOf(Read(MessageOf({}, "", {named}, 1))->LastAuthor), "-"); // the numbers have no gaps
+    // The only recipient has the number 1. Reading starts at 0 and ends at the first missing number.
+    EXPECT_EQ(TextOf(Read(MessageOf({}, "", {named}, 1))->LastAuthor), "-");
     EXPECT_EQ(Summary(*clsDocuList(0).Get(Wide(QXUT_TEST_DOCUMENTS "/message/letter.msg"), 1)),
         "R<e4>der & Achsen|-|Ann Smith|Bob Brown; carl@example.com|-|-|2001-2-3 4:5:6|2001-2-3 4:5:7")
         << "of another program's storage";

@@ -133,7 +133,8 @@ TEST(ThreadEnd, WhileAnotherEndWaits)
 
 TEST(ThreadEnd, TheDestructorEndsWhatASubclassLeft)
 {
-    static const DebugLines* output; // no members: they are destroyed before the thread ends
+    // Static, because members are destroyed before the base class ends the thread.
+    static const DebugLines* output;
     static clsEvent isRunning;
     struct Careless : clsThreadBase
     {
