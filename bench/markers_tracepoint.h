@@ -10,8 +10,8 @@
 #include <lttng/tracepoint.h>
 
 LTTNG_UST_TRACEPOINT_EVENT(qxut_bench, mark, LTTNG_UST_TP_ARGS(const char*, lane, const char*, text, int, id),
-    LTTNG_UST_TP_FIELDS(lttng_ust_field_string(lane, lane) lttng_ust_field_string(text, text)
-            lttng_ust_field_integer(int, id, id)))
+    LTTNG_UST_TP_FIELDS(
+        lttng_ust_field_string(lane, lane) lttng_ust_field_string(text, text) lttng_ust_field_integer(int, id, id)))
 
 #endif
 

@@ -242,16 +242,18 @@ TEST(Markers, ManyThreadsOnOneSeries)
                 for (const bool isListening : {false, true})
                     tracing.Listen(isListening);
         });
-    RunInThreads(4,
-        [&](unsigned)
+    const auto write = [&](unsigned)
+    {
+        for (int round = 0; round < 300; ++round)
         {
-            for (int round = 0; round < 300; ++round)
-            {
-                const Span outer(&series, L"o");
-                const Span inner(&series, L"i");
-                series.WriteMessage(1, L"m");
-            }
-        });
+            const Span outer(&series, L"o");
+            const Span inner(&series, L"i");
+            series.WriteMessage(1, L"m");
+        }
+    };
+    do // on a busy machine, nobody may listen during a whole run
+        RunInThreads(4, write);
+    while (tracing.Events().empty());
     isDone = true;
     session.join();
     std::set<std::string> ids;
@@ -270,7 +272,6 @@ TEST(Markers, ManyThreadsOnOneSeries)
             EXPECT_EQ((open[{event.threadId, event.Text(4)}]), event.pieces[3]);
         }
     }
-    EXPECT_GT(ids.size(), 0u);
 }
 
 } // namespace
