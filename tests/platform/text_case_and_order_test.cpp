@@ -18,19 +18,19 @@ wchar_t Mapped(wchar_t unit)
 {
     return static_cast<wchar_t>(reinterpret_cast<UINT_PTR>(Map(reinterpret_cast<LPWSTR>(UINT_PTR{unit}))));
 }
-constexpr auto UpperOf = Mapped<CharUpperW>, LowerOf = Mapped<CharLowerW>;
+constexpr auto kUpperOf = Mapped<CharUpperW>, kLowerOf = Mapped<CharLowerW>;
 
 TEST(Casing, SingleCharactersAndTextsInPlace)
 {
-    EXPECT_EQ(LowerOf(L'\x0416'), 0x0436);
-    EXPECT_EQ(UpperOf(0x00ff), 0x0178);
-    EXPECT_EQ(UpperOf(L'{'), L'{');
-    EXPECT_EQ(UpperOf(0), 0);
+    EXPECT_EQ(kLowerOf(L'\x0416'), 0x0436);
+    EXPECT_EQ(kUpperOf(0x00ff), 0x0178);
+    EXPECT_EQ(kUpperOf(L'{'), L'{');
+    EXPECT_EQ(kUpperOf(0), 0);
     // No capital letter maps back to these.
     for (const wchar_t unit : L"\x00df\x00b5\x0131\x017f\x01c5\x03c2"sv)
-        EXPECT_EQ(UpperOf(unit), unit);
+        EXPECT_EQ(kUpperOf(unit), unit);
     for (const wchar_t unit : L"\x0130\x01c5\x1e9e\x2126\x212a"sv)
-        EXPECT_EQ(LowerOf(unit), unit);
+        EXPECT_EQ(kLowerOf(unit), unit);
 
     wchar_t text[] = L"abz{\x00e4\x03b1\xd801\xdc28#";
     EXPECT_EQ(CharUpperW(text), text);

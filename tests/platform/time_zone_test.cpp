@@ -18,11 +18,11 @@ using qxtest::Show;
 using Convert = BOOL (*)(TIME_ZONE_INFORMATION*, SYSTEMTIME*, SYSTEMTIME*);
 
 // The conversion functions differ in their const parameters.
-constexpr Convert ToLocal = [](auto* zone, auto* time, auto* local)
+constexpr Convert kToLocal = [](auto* zone, auto* time, auto* local)
 {
     return SystemTimeToTzSpecificLocalTime(zone, time, local);
 };
-constexpr Convert ToUniversal = [](auto* zone, auto* local, auto* time)
+constexpr Convert kToUniversal = [](auto* zone, auto* local, auto* time)
 {
     return TzSpecificLocalTimeToSystemTime(zone, local, time);
 };
@@ -38,12 +38,12 @@ void CheckThatZoneAndItsInformationAgree()
         for (WORD day = 1; day <= 28; ++day)
         {
             SYSTEMTIME time{now.wYear, month, 0, day, 12, 30, 15, 250};
-            ASSERT_TRUE(ToLocal(nullptr, &time, &local));
-            ASSERT_TRUE(ToLocal(&zone, &time, &again));
+            ASSERT_TRUE(kToLocal(nullptr, &time, &local));
+            ASSERT_TRUE(kToLocal(&zone, &time, &again));
             EXPECT_EQ(Show(local), Show(again));
             for (TIME_ZONE_INFORMATION* const by : {&zone, static_cast<TIME_ZONE_INFORMATION*>(nullptr)})
             {
-                ASSERT_TRUE(ToUniversal(by, &local, &again));
+                ASSERT_TRUE(kToUniversal(by, &local, &again));
                 EXPECT_EQ(Show(again), Show(time));
             }
         }
@@ -96,7 +96,7 @@ TEST(UsersZone, RulesOfKnownZones)
         CheckThatZoneAndItsInformationAgree();
     }
     zone.DaylightDate.wMonth = 13;
-    EXPECT_EQ(Converted(ToLocal, &zone, "2018-07-01 00:00"), "error 87");
+    EXPECT_EQ(Converted(kToLocal, &zone, "2018-07-01 00:00"), "error 87");
     EXPECT_STREQ(zone.StandardName, L"W. Europe Standard Time");
     EXPECT_STREQ(zone.DaylightName, L"W. Europe Daylight Time");
 }
@@ -105,26 +105,26 @@ TEST(UsersZone, RulesOfKnownZones)
 TEST(UsersZone, TimesOfThePast)
 {
     constexpr std::tuple<const char*, Convert, const char*, const char*> kCases[] = {
-        {"Europe/Berlin", ToLocal, "1601-07-01 00:00", "1601-07-01 01:00"},
-        {"Europe/Berlin", ToLocal, "1979-07-01 00:00", "1979-07-01 01:00"}, // no daylight saving time yet
-        {"Europe/Berlin", ToLocal, "1980-07-01 00:00", "1980-07-01 02:00"},
-        {"Europe/Berlin", ToLocal, "2018-03-25 00:59", "2018-03-25 01:59"},
-        {"Europe/Berlin", ToLocal, "2018-03-25 01:00", "2018-03-25 03:00"},
-        {"Europe/Berlin", ToLocal, "2018-10-28 01:00", "2018-10-28 02:00"},
-        {"Europe/Berlin", ToUniversal, "2018-03-25 02:30", "2018-03-25 00:30"}, // skipped by the clocks
-        {"Europe/Berlin", ToUniversal, "2018-10-28 02:30", "2018-10-28 00:30"}, // occurs twice
-        {"Europe/Berlin", ToUniversal, "1601-01-01 00:00", "error 87"},
-        {"Europe/Berlin", ToUniversal, "2018-13-01 00:00", "error 87"},
-        {"Europe/Berlin", ToLocal, "1600-07-01 00:00", "error 87"},
-        {"Europe/Berlin", ToLocal, "2100-07-01 00:00", "2100-07-01 02:00"},
-        {"America/New_York", ToLocal, "2006-03-20 12:00",
+        {"Europe/Berlin", kToLocal, "1601-07-01 00:00", "1601-07-01 01:00"},
+        {"Europe/Berlin", kToLocal, "1979-07-01 00:00", "1979-07-01 01:00"}, // no daylight saving time yet
+        {"Europe/Berlin", kToLocal, "1980-07-01 00:00", "1980-07-01 02:00"},
+        {"Europe/Berlin", kToLocal, "2018-03-25 00:59", "2018-03-25 01:59"},
+        {"Europe/Berlin", kToLocal, "2018-03-25 01:00", "2018-03-25 03:00"},
+        {"Europe/Berlin", kToLocal, "2018-10-28 01:00", "2018-10-28 02:00"},
+        {"Europe/Berlin", kToUniversal, "2018-03-25 02:30", "2018-03-25 00:30"}, // skipped by the clocks
+        {"Europe/Berlin", kToUniversal, "2018-10-28 02:30", "2018-10-28 00:30"}, // occurs twice
+        {"Europe/Berlin", kToUniversal, "1601-01-01 00:00", "error 87"},
+        {"Europe/Berlin", kToUniversal, "2018-13-01 00:00", "error 87"},
+        {"Europe/Berlin", kToLocal, "1600-07-01 00:00", "error 87"},
+        {"Europe/Berlin", kToLocal, "2100-07-01 00:00", "2100-07-01 02:00"},
+        {"America/New_York", kToLocal, "2006-03-20 12:00",
             "2006-03-20 07:00"}, // the rule of 2007 would give another result
-        {"America/Sao_Paulo", ToLocal, "2017-10-15 02:59", "2017-10-14 23:59"},
-        {"America/Sao_Paulo", ToLocal, "2017-10-15 03:00", "2017-10-15 01:00"},
-        {"America/Sao_Paulo", ToLocal, "2019-12-01 12:00", "2019-12-01 09:00"},
-        {"Australia/Sydney", ToUniversal, "2018-04-01 02:30", "2018-03-31 15:30"},
-        {"Australia/Sydney", ToLocal, "2018-10-06 16:00", "2018-10-07 03:00"},
-        {"Asia/Kolkata", ToLocal, "1601-01-01 00:00", "1601-01-01 05:30"}};
+        {"America/Sao_Paulo", kToLocal, "2017-10-15 02:59", "2017-10-14 23:59"},
+        {"America/Sao_Paulo", kToLocal, "2017-10-15 03:00", "2017-10-15 01:00"},
+        {"America/Sao_Paulo", kToLocal, "2019-12-01 12:00", "2019-12-01 09:00"},
+        {"Australia/Sydney", kToUniversal, "2018-04-01 02:30", "2018-03-31 15:30"},
+        {"Australia/Sydney", kToLocal, "2018-10-06 16:00", "2018-10-07 03:00"},
+        {"Asia/Kolkata", kToLocal, "1601-01-01 00:00", "1601-01-01 05:30"}};
     for (const auto& [zone, convert, time, result] : kCases)
     {
         setenv("TZ", zone, 1);
@@ -136,7 +136,7 @@ TEST(UsersZone, ChangesAtOnce)
 {
     const auto noon = []
     {
-        return Converted(ToLocal, nullptr, "2018-07-01 12:00");
+        return Converted(kToLocal, nullptr, "2018-07-01 12:00");
     };
     unsetenv("TZ");
     const std::string ofTheMachine = noon();

@@ -104,7 +104,7 @@ void XmlParser::Guarded(void* self, const Function& function)
 
 const xmlSAXHandler& XmlParser::Handler()
 {
-    static constexpr xmlSAXHandler handler = []
+    static constexpr xmlSAXHandler kHandler = []
     {
         xmlSAXHandler functions = {};
         functions.initialized = XML_SAX2_MAGIC;
@@ -120,7 +120,7 @@ const xmlSAXHandler& XmlParser::Handler()
         functions.serror = OnError;
         return functions;
     }();
-    return handler;
+    return kHandler;
 }
 
 XmlParser::XmlParser() : _parser(nullptr, FreeParser)

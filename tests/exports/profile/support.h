@@ -103,6 +103,7 @@ inline std::string BytesOf(const std::string& path)
 class TempFolder : public qxtest::TempFolder
 {
 public:
+    TempFolder() {} // not defaulted, because clang requires a user-provided constructor for const objects
     std::string Path(std::string_view name) const { return (qxtest::NativePath(Path()) / name).string(); }
     std::string Make(std::string_view name, std::string_view bytes) const
     {

@@ -27,7 +27,7 @@ void ExpectAnswers(const std::string& folder, int expectedRows, Read read)
         const qx::clsAutoRelease<qx::clsDocu*> record = EmptyRecord();
         for (std::size_t at = own.find("\\t"); at != std::string::npos; at = own.find("\\t", at))
             own.replace(at, 2, "\t");
-        read(*record, Wide(folder + "/" + name));
+        read(*record, Wide(std::string(folder).append("/").append(name)));
         const std::map<std::string, std::string> found = {{"Title", TextOf(record->Title)},
             {"Subject", TextOf(record->Subject)}, {"Author", TextOf(record->Author)},
             {"LastAuthor", TextOf(record->LastAuthor)}, {"Keywords", TextOf(record->Keywords)},

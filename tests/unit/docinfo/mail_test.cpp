@@ -54,7 +54,8 @@ TEST(MailReader, Addresses)
     {
         const ReadRecord record = ReadMailOf(std::string("From: ").append(text).append("\r\nTO: ").append(text));
         const std::string address = ReadableText(expected);
-        EXPECT_EQ(record.Summary(), "-|-|" + address + "|" + address + "|-|-|-|-") << text;
+        EXPECT_EQ(record.Summary(), std::string("-|-|").append(address).append("|").append(address).append("|-|-|-|-"))
+            << text;
     }
     for (const wchar_t* const name : {L"Reply-To", L"RETURN-PATH", L"cc", L"Bcc"})
         EXPECT_EQ(DecodeMailField(L"\\a", name), L"a");
