@@ -19,8 +19,9 @@ struct ModuleRange
 };
 
 // Finds the module of an address and makes sure that the cache contains no rules of another module that was loaded at
-// the same place before. Returns false if there is no module or its rules can't be cached. Takes no lock. The loader
-// doesn't report unloaded modules without its lock, so modules are told apart by their place and build id.
+// the same place before. Returns false if there is no module or its rules can't be cached. Takes no lock:
+// the loader reports unloaded modules only to callers that hold its lock, so a module is identified by its base address
+// and build id.
 bool FindKnownModule(std::uintptr_t address, RuleCache& cache, ModuleRange& range);
 
 // Finds an address in the program or in the C library. Both stay in place while the process lives, so their rules are
