@@ -1,4 +1,4 @@
-// Critical sections, events, waits, sleep.
+// Critical sections, events, mutexes, waits, sleep.
 #pragma once
 
 #include <minwindef.h>
@@ -23,6 +23,11 @@ HANDLE WINAPI CreateEventW(
     LPSECURITY_ATTRIBUTES lpEventAttributes, BOOL bManualReset, BOOL bInitialState, LPCWSTR lpName) QXP(CreateEventW);
 BOOL WINAPI SetEvent(HANDLE hEvent) QXP(SetEvent);
 BOOL WINAPI ResetEvent(HANDLE hEvent) QXP(ResetEvent);
+
+// Only mutexes without a name (ERROR_NOT_SUPPORTED otherwise).
+HANDLE WINAPI CreateMutexW(LPSECURITY_ATTRIBUTES lpMutexAttributes, BOOL bInitialOwner, LPCWSTR lpName)
+    QXP(CreateMutexW);
+BOOL WINAPI ReleaseMutex(HANDLE hMutex) QXP(ReleaseMutex);
 
 DWORD WINAPI WaitForSingleObject(HANDLE hHandle, DWORD dwMilliseconds) QXP(WaitForSingleObject);
 DWORD WINAPI WaitForMultipleObjects(DWORD nCount, const HANDLE* lpHandles, BOOL bWaitAll, DWORD dwMilliseconds)

@@ -19,6 +19,7 @@
 #include <processthreadsapi.h>
 #include <processtopologyapi.h>
 #include <profileapi.h>
+#include <securitybaseapi.h>
 #include <stringapiset.h>
 #include <synchapi.h>
 #include <sysinfoapi.h>

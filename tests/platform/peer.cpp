@@ -47,6 +47,20 @@ int Count(const Text& path, bool byLock, DWORD access, DWORD rounds)
     return 0;
 }
 
+// Adds one to the first byte of the mapping and keeps it open.
+int Map(const Text& path, DWORD testProcess)
+{
+    const Text space = kIsLayer ? L"Global\\" : L"Local\\"; // only in the layer both are the same
+    const Handle mapping(OpenFileMappingW(FILE_MAP_WRITE, FALSE, space + MappingName(testProcess)));
+    auto* const view = static_cast<BYTE*>(MapViewOfFile(mapping, FILE_MAP_WRITE, 0, 0, 0));
+    if (view == nullptr)
+        return 8;
+    ++*view;
+    MakeFile(ReadyFile(path));
+    Sleep(kPeerPatience); // until it is killed
+    return 3;
+}
+
 // Runs the task given by the first argument.
 int RunPeer(int count, char** arguments)
 {
@@ -58,6 +72,9 @@ int RunPeer(int count, char** arguments)
     const DWORD second = static_cast<DWORD>(std::strtoul(arguments[3], nullptr, 10));
     if (task == "count" || task == "countlocked")
         return Count(path, task == "countlocked", first, second);
+
+    if (task == "map")
+        return Map(path, first);
 
     const Handle file = Open(path, first, second);
     if (!file || !LockFile(file, 2, 0, 3, 0))

@@ -12,6 +12,12 @@ inline Text ReadyFile(const Text& path)
     return path + L".ready";
 }
 
+// Returns the name of the mapping that a test process and its second process share.
+inline Text MappingName(DWORD testProcess)
+{
+    return Text::Widen("qxtest-mapping-" + std::to_string(testProcess));
+}
+
 class Peer
 {
 public:

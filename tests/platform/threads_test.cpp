@@ -38,6 +38,47 @@ TEST(Threads, ObjectsOfTheThreadAreGoneBeforeItsHandleIsSignalled)
     EXPECT_TRUE(isGone);
 }
 
+TEST(Threads, MutexesBelongToThreads)
+{
+    Handle mutex(CreateMutexW(nullptr, TRUE, nullptr));
+    ASSERT_TRUE(mutex);
+    EXPECT_EQ(WaitForSingleObject(mutex, 0), DWORD{WAIT_OBJECT_0}) << "again by its owner";
+    const auto tryIt = [&]
+    {
+        EXPECT_EQ(WaitForSingleObject(mutex, 0), DWORD{WAIT_TIMEOUT});
+        EXPECT_ERROR(ERROR_NOT_OWNER, ReleaseMutex(mutex));
+        return 0u;
+    };
+    Thread(tryIt).Join();
+    EXPECT_TRUE(ReleaseMutex(mutex));
+    Thread(tryIt).Join();                                                        // it was taken twice
+    const Thread waiting([&] { return WaitForSingleObject(mutex, kPatience); }); // ends as the owner
+    EXPECT_TRUE(ReleaseMutex(mutex));
+    EXPECT_EQ(waiting.Join(), DWORD{WAIT_OBJECT_0});
+    EXPECT_ERROR(ERROR_NOT_OWNER, ReleaseMutex(mutex));
+
+    const Event event;
+    SetEvent(event);
+    const HANDLE both[] = {event, mutex};
+    EXPECT_EQ(WaitForMultipleObjects(2, both, TRUE, 0), DWORD{WAIT_ABANDONED_0});
+    EXPECT_EQ(WaitForSingleObject(mutex, 0), DWORD{WAIT_OBJECT_0}) << "abandonment is reported once";
+    EXPECT_TRUE(ReleaseMutex(mutex) && ReleaseMutex(mutex));
+
+    // Without an owner that is alive; then mutexes that are gone before their owners end.
+    Thread([&] { return WaitForSingleObject(mutex, 0); }).Join();
+    EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, 0), DWORD{WAIT_OBJECT_0});
+    ResetEvent(event);
+    EXPECT_EQ(WaitForMultipleObjects(2, both, FALSE, 0), DWORD{WAIT_ABANDONED_0 + 1});
+    mutex.Close();
+    Thread(
+        []
+        {
+            Handle(CreateMutexW(nullptr, TRUE, nullptr)).Close();
+            return 0u;
+        })
+        .Join();
+}
+
 // Also suspends the thread while it waits for a critical section, which it must not enter until it is resumed.
 TEST(Threads, SuspensionsAreCounted)
 {

@@ -151,6 +151,7 @@ void ThreadObject::AfterForkInChild()
                 thread->_terminationCode = kGone;
             thread->_waiter = nullptr;
             thread->_hasEnded = true;
+            thread->AbandonOwned();
         }
     if (current == nullptr)
         return;
@@ -227,9 +228,37 @@ void ThreadObject::OnThreadEnd(void* object)
         thread->_queue.reset();
         thread->_apcs.clear();
         thread->_hasEnded = true;
+        thread->AbandonOwned();
         thread->WakeWaiters();
     }
     thread->Release();
+}
+
+void OwnedByThread::EnterList(OwnedByThread*& first)
+{
+    _nextOwned = first;
+    _ownedLink = &first;
+    if (first != nullptr)
+        first->_ownedLink = &_nextOwned;
+    first = this;
+}
+
+void OwnedByThread::LeaveList()
+{
+    *_ownedLink = _nextOwned;
+    if (_nextOwned != nullptr)
+        _nextOwned->_ownedLink = _ownedLink;
+    _nextOwned = nullptr;
+    _ownedLink = nullptr;
+}
+
+void ThreadObject::AbandonOwned()
+{
+    while (OwnedByThread* const owned = _firstOwned)
+    {
+        owned->LeaveList();
+        owned->Abandon();
+    }
 }
 
 bool ThreadObject::HasEnded() const

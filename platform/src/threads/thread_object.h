@@ -17,6 +17,30 @@
 namespace qxplatform
 {
 
+// An object that a thread can own, in the list of its owner. The dispatcher lock guards it.
+class OwnedByThread
+{
+public:
+    OwnedByThread() = default;
+    OwnedByThread(const OwnedByThread&) = delete;
+    OwnedByThread& operator=(const OwnedByThread&) = delete;
+
+protected:
+    ~OwnedByThread() = default;
+
+    void EnterList(OwnedByThread*& first);
+    void LeaveList();
+
+private:
+    friend class ThreadObject;
+
+    // Called when the owner has ended. The object is in no list any more.
+    virtual void Abandon() = 0;
+
+    OwnedByThread* _nextOwned = nullptr;
+    OwnedByThread** _ownedLink = nullptr;
+};
+
 class ThreadObject : public Waitable
 {
 public:
@@ -96,10 +120,13 @@ public:
     MessageQueue* queue() { return _queue ? &*_queue : nullptr; }
     // Returns the calling thread's queue, creating it if necessary.
     MessageQueue& OwnQueue();
+    OwnedByThread*& FirstOwned() { return _firstOwned; }
 
 private:
     static void* Entry(void* object);
     static void OnThreadEnd(void* object);
+
+    void AbandonOwned();
 
     void Register();
     void Run();
@@ -123,6 +150,7 @@ private:
     std::optional<DWORD> _terminationCode;
     Times _times{};
     Waiter* _waiter = nullptr;
+    OwnedByThread* _firstOwned = nullptr;
     std::deque<Apc> _apcs;
     std::optional<MessageQueue> _queue;
 };

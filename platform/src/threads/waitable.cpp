@@ -101,15 +101,21 @@ std::optional<DWORD> TakeSignalled(const WaitObjects& objects, bool forAll)
     {
         if (!std::all_of(objects.begin(), objects.end(), isSignalled))
             return std::nullopt;
+        DWORD result = WAIT_OBJECT_0;
         for (Waitable* const object : objects)
+        {
+            if (object->IsAbandoned())
+                result = WAIT_ABANDONED_0;
             object->Take();
-        return WAIT_OBJECT_0;
+        }
+        return result;
     }
     const auto first = std::find_if(objects.begin(), objects.end(), isSignalled);
     if (first == objects.end())
         return std::nullopt;
+    const DWORD base = (*first)->IsAbandoned() ? WAIT_ABANDONED_0 : WAIT_OBJECT_0;
     (*first)->Take();
-    return WAIT_OBJECT_0 + static_cast<DWORD>(first - objects.begin());
+    return base + static_cast<DWORD>(first - objects.begin());
 }
 
 // Registers the wait with all objects and the thread for its duration.
@@ -189,6 +195,8 @@ bool AddWaitables(WaitObjects& objects, DWORD count, const HANDLE* handles)
         const Ref<Waitable> object = WaitableOf(handles[index]);
         if (!object)
             return Fail(ERROR_INVALID_HANDLE);
+        if (object->type == ObjectType::Mutex)
+            ThreadObject::Current(); // the future owner, created now because the wait itself allocates nothing
         objects.Add(*object);
     }
     return true;

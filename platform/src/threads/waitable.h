@@ -39,6 +39,9 @@ public:
     // Called when the object ends a wait. For example, an event with automatic reset is reset.
     virtual void Take() {}
 
+    // Returns true if the object is signalled only because the thread that owned it has ended.
+    virtual bool IsAbandoned() const { return false; }
+
     // Adds and removes an entry whose waiter is set.
     void AddWaiter(WaitEntry& entry);
     void RemoveWaiter(WaitEntry& entry);

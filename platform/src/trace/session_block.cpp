@@ -1,6 +1,7 @@
 #include "trace/session_block.h"
 
 #include "base/home.h"
+#include "base/user_folder.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -34,26 +35,6 @@ struct SessionBlock::Layout
 namespace
 {
 
-bool BelongsToUserAlone(const struct stat& status, mode_t type)
-{
-    return (status.st_mode & S_IFMT) == type && status.st_uid == geteuid() && (status.st_mode & 077) == 0;
-}
-
-Descriptor OpenSharedFolder()
-{
-    const std::string path = "/dev/shm/qxplatform-" + std::to_string(geteuid());
-    if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
-        return Descriptor();
-    Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    struct stat status;
-    if (folder && (fstat(folder.Get(), &status) != 0 || !BelongsToUserAlone(status, S_IFDIR)))
-    {
-        errno = EACCES;
-        return Descriptor();
-    }
-    return folder;
-}
-
 std::string BlockName()
 {
     std::uint64_t hash = 0xCBF29CE484222325;
@@ -70,7 +51,7 @@ bool SessionBlock::Open()
 {
     constexpr int kTries = 100;
     constexpr timespec kPause = {0, 1'000'000};
-    _folder = OpenSharedFolder();
+    _folder = OpenUserFolder();
     _name = BlockName();
     for (int left = kTries; _folder && left > 0; --left)
     {
@@ -86,14 +67,9 @@ bool SessionBlock::Open()
 // Fails with EAGAIN if another process is just removing the file.
 bool SessionBlock::OpenOnce()
 {
-    // O_NONBLOCK, because a FIFO of that name would block.
-    Descriptor file(openat(_folder.Get(), _name.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
+    Descriptor file = OpenInUserFolder(_folder, _name, O_RDWR | O_CREAT);
     struct stat status;
-    if (!file || fstat(file.Get(), &status) != 0)
-        return false;
-    if (!BelongsToUserAlone(status, S_IFREG))
-        return errno = EACCES, false;
-    if (flock(file.Get(), LOCK_SH | LOCK_NB) != 0 || fstat(file.Get(), &status) != 0)
+    if (!file || flock(file.Get(), LOCK_SH | LOCK_NB) != 0 || fstat(file.Get(), &status) != 0)
         return false;
     if (status.st_nlink == 0)
         return errno = EAGAIN, false;
