@@ -26,8 +26,8 @@ int jobs = 0;
 
 std::atomic<std::uint32_t> owner = 0; // the process to which the dialogs belong
 
-// Everything that an exported function does is done while one of these exists. It is false if another thread holds the
-// lock and doesn't come on.
+// Holds the lock during a call of an exported function. It converts to false if another thread holds the lock for too
+// long; the function then does nothing.
 class Call
 {
 public:
@@ -45,7 +45,7 @@ private:
                 dialog.handle = 0;
             jobs = 0;
             ForgetDisplays();
-            lock.Release(); // a thread of the parent may have held it
+            lock.Release(); // a thread of the parent process may have held it
         }
         return lock;
     }
@@ -65,7 +65,7 @@ std::size_t NumberOf(const Dialog& dialog)
     return static_cast<std::size_t>(&dialog - dialogs);
 }
 
-// Copies what fits. Returns false if the buffer already contained the text.
+// Copies a text, truncated to the buffer. Returns false if the buffer already contained it.
 template <std::size_t Size>
 bool Store(wchar_t (&buffer)[Size], const wchar_t* text)
 {

@@ -1,4 +1,4 @@
-// The numbers of the dialog and its parts, as macros because the resource compiler supports nothing else.
+// The resource ids of the dialog and its controls, as macros because the resource compiler supports nothing else.
 #pragma once
 
 #define DIALOG_PROGRESS 10

@@ -1,5 +1,5 @@
-// What dialogs are shown on: each target has its own implementation, a terminal or windows. The dialogs are numbered
-// from 0. Calls never overlap.
+// Shows dialogs: on a terminal on linux, as windows on windows. Dialogs are numbered from 0. Callers hold the library's
+// lock, so calls never overlap.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +18,7 @@ struct Content
     int percent; // from 0 to 100
 };
 
-// Returns false if there is nothing on which the dialog can be shown and aborted.
+// Shows a dialog. Returns false if there is neither a screen nor a terminal.
 bool OpenDisplay(std::size_t dialog, const Content& content);
 void UpdateDisplay(std::size_t dialog, const Content& content);
 void CloseDisplay(std::size_t dialog);

@@ -30,7 +30,7 @@ unsigned linesDrawn = 0; // the cursor is at the start of the line below them
 bool isTorn = false;     // part of the last output is missing, so the place of the cursor is unknown
 constinit Output output;
 
-// Not std::char_traits: the C library's characters have 32 bits.
+// std::char_traits would call the C library, whose characters have 32 bits.
 std::size_t LengthOf(const wchar_t* text)
 {
     std::size_t length = 0;
@@ -39,7 +39,7 @@ std::size_t LengthOf(const wchar_t* text)
     return length;
 }
 
-// The cursor goes to the first line that was drawn, and everything from there on vanishes.
+// Moves the cursor to the first line that was drawn and erases everything from there on.
 void AddErasure()
 {
     output.Clear();
@@ -63,7 +63,7 @@ void Draw(unsigned lines)
     linesDrawn = isTorn ? 0 : lines;
 }
 
-// A line is never as wide as the terminal: some then move the cursor to the next line.
+// Keeps lines narrower than the terminal, because some terminals wrap the cursor after a full line.
 void AddLine(const char* indentation, const wchar_t* text, std::size_t length, std::size_t columns)
 {
     output.Add(indentation);

@@ -117,7 +117,7 @@ void RunDialog(Window& window)
     }
 }
 
-// The thread has a reference to the library, which it releases when no code of the library is needed any more.
+// The thread holds a reference to the library, so that its code stays loaded until the thread has ended.
 DWORD WINAPI DialogThread(void* parameter)
 {
     Window& window = *static_cast<Window*>(parameter);

@@ -19,11 +19,11 @@ namespace qxcontrol
 namespace
 {
 
-// How long a reader may take until output is dropped.
+// The time to wait for a slow reader before output is dropped.
 constexpr int kPatienceMs = 100;
 
-// Keeps the thread from being stopped, ended or cancelled by what it writes: by a closed pipe, or by a terminal that
-// refuses output from the background. Preserves errno.
+// Makes writing safe for the thread: a closed pipe doesn't end it, a terminal that refuses output from the background
+// doesn't stop it, and it can't be cancelled. Preserves errno.
 class QuietThread
 {
 public:
@@ -62,8 +62,8 @@ private:
     int _cancelState = PTHREAD_CANCEL_ENABLE;
 };
 
-// Writes what the file takes at once. `file` is a second description of standard error that never blocks, or standard
-// error itself, which may block for a regular file only.
+// Writes as many bytes as the file accepts without blocking. `file` is a second, non-blocking descriptor of standard
+// error, or standard error itself if it is a regular file or a socket.
 ssize_t WriteSome(int file, bool isSocket, const char* bytes, std::size_t size)
 {
     pollfd ready = {file, POLLOUT, 0};
@@ -110,7 +110,7 @@ bool IsOurs(const struct sigaction& action)
     return (action.sa_flags & SA_SIGINFO) != 0 && action.sa_sigaction == OnInterrupt;
 }
 
-// The signal handler of a crash may block SIGINT. A signal that is pending is then taken here.
+// Counts a SIGINT that is pending because the handler of a crash blocks the signal.
 void TakePendingInterrupt()
 {
     sigset_t blocked, pending, interrupt;
@@ -224,7 +224,7 @@ Output::Written Output::Write() const
     struct stat info;
     if (fstat(STDERR_FILENO, &info) != 0)
         return Written::Nothing;
-    // A file of its own for each text: a file that stayed open could be closed, and its number reused, by the program.
+    // Opened anew for each text: the program could close a descriptor that stays open, and reuse its number.
     const bool mayBlock = !S_ISREG(info.st_mode) && !S_ISSOCK(info.st_mode);
     const int own = mayBlock ? open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC) : -1;
     std::size_t done = 0;
@@ -271,7 +271,7 @@ void BeginInterruptWatch()
     action.sa_sigaction = OnInterrupt;
     action.sa_flags = SA_SIGINFO | SA_RESTART | SA_ONSTACK;
     sigemptyset(&action.sa_mask);
-    // The former action is stored first, because the handler may run at once.
+    // The previous action is stored first, because the handler may run at once.
     isInstalled = sigaction(SIGINT, nullptr, &former) == 0 && sigaction(SIGINT, &action, nullptr) == 0;
 }
 

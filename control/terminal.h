@@ -1,4 +1,4 @@
-// Standard error as a terminal or a stream of lines, and Ctrl+C.
+// Writes to standard error, and counts presses of Ctrl+C.
 #pragma once
 
 #include <atomic>
@@ -8,7 +8,7 @@
 namespace qxcontrol
 {
 
-// Bytes for the terminal, composed in memory that is always there. What exceeds the space is dropped.
+// A buffer of fixed size for output to standard error. Bytes that don't fit are dropped.
 class Output
 {
 public:
@@ -21,7 +21,7 @@ public:
     // name can't control the terminal. Returns the number of columns.
     std::size_t AddText(const wchar_t* text, std::size_t length, std::size_t columns);
 
-    // Writes the bytes to standard error without waiting for a reader that doesn't read.
+    // Writes the bytes to standard error. Waits at most 100 ms for a slow reader.
     enum class Written
     {
         Nothing,
@@ -31,7 +31,7 @@ public:
     Written Write() const;
 
 private:
-    char _bytes[4096] = {}; // what a pipe takes in one piece
+    char _bytes[4096] = {}; // pipes accept this size in one piece
     std::size_t _size = 0;
 };
 
@@ -46,7 +46,7 @@ struct TerminalSize
 };
 TerminalSize SizeOfTerminal();
 
-// Ctrl+C is counted while there is a watch, and has its former effect otherwise.
+// While at least one watch exists, Ctrl+C is counted. Otherwise it has its previous effect.
 void BeginInterruptWatch();
 void EndInterruptWatch();
 std::uint32_t InterruptCount();

@@ -1,4 +1,4 @@
-// A lock that is never waited for in vain: the thread that holds it may be suspended, or gone after a fork.
+// A lock with a short time-out, because the thread that holds it may be suspended or, after a fork, not exist.
 #pragma once
 
 #include <atomic>

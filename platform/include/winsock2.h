@@ -98,8 +98,8 @@ struct sockaddr_in
     CHAR sin_zero[8];
 };
 
-// Accepts version 2.2 and later ones of other numbers; the answer is always 2.2. Sockets work only between this call
-// and the matching WSACleanup (WSANOTINITIALISED).
+// Provides version 2.2. Requests for a lower major version than 2 fail (WSAVERNOTSUPPORTED). Sockets work only between
+// this call and the matching WSACleanup (WSANOTINITIALISED).
 int WINAPI WSAStartup(WORD wVersionRequested, LPWSADATA lpWSAData) QXP(WSAStartup);
 int WINAPI WSACleanup(void) QXP(WSACleanup);
 int WINAPI WSAGetLastError(void) QXP(WSAGetLastError);

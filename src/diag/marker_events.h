@@ -12,7 +12,7 @@ namespace qx
 
 inline constexpr std::size_t kLongestSeriesName = 32;
 
-// What event writers need of a series: one lane on the timeline. Never changes after its creation.
+// A series (a lane on the timeline) as event writers use it. Never changes after its creation.
 struct scMarkerSeries
 {
     scMarkerProvider* provider = nullptr;
@@ -20,7 +20,7 @@ struct scMarkerSeries
     std::size_t nameLength = 0;
 };
 
-// A stretch of time that has begun.
+// A span that has begun.
 struct scMarkerSpan
 {
     const scMarkerSeries* series = nullptr;

@@ -90,7 +90,6 @@ clsConcurrencyVisualizerProvider::clsConcurrencyVisualizerProvider() : _isAllowe
 {
     if (!_isAllowed)
         return;
-    // A positive result of the system that isn't an error doesn't exist, so every failure is negative.
     if (MakeProviderRecord(_record) < 0)
         DebugLine(L"ERROR initializing Marker Provider");
     else if (_record)

@@ -11,8 +11,8 @@
 namespace qx
 {
 
-// What event writers need of a provider. The enable callback changes the four values of the session at any time and on
-// any thread; a change takes effect at the next event.
+// A provider as event writers use it. The enable callback changes the four values of the session at any time and on any
+// thread; a change takes effect at the next event.
 struct alignas(32) scMarkerProvider
 {
     GUID id = {};

@@ -1,4 +1,4 @@
-// Lanes on the timeline, and what is written on them. Without a session that listens, nothing here does anything.
+// Series are lanes on a timeline, on which spans and messages are written. Nothing is written unless a session listens.
 #pragma once
 
 #include "containers/skip_list.h"
@@ -30,8 +30,8 @@ struct clsConcurrencyVisualizerMarkerSeriesList
     WCValVector<std::unique_ptr<clsConcurrencyVisualizerMarkerSeries>> children;
 };
 
-// One lane. A series without a record stays without one and ignores all calls: if markers are off, if no session was
-// listening when the series was made, or if its name is too long.
+// One lane. Has no record if markers are off, if no session was listening when the series was created, or if its name
+// is too long. A series without a record ignores all calls and never gets one.
 class clsConcurrencyVisualizerMarkerSeries
 {
 public:
@@ -81,7 +81,7 @@ private:
     std::int32_t WriteRecorded(unsigned importance, const wchar_t* format, ...) const noexcept;
     List* EnterInnerLevel(List* list, const clsConcurrencyVisualizerMarkerSeries*& carrier) noexcept;
 
-    // Mostly, one thread uses a series. It finds its list without a lock.
+    // Usually only one thread uses a series; it finds its list without a lock.
     List* FindOwnList() noexcept
     {
         const DWORD thread = GetCurrentThreadId();
@@ -99,8 +99,8 @@ private:
     std::atomic<List*> _recent = nullptr; // the list that was searched last; lists live as long as the series
 };
 
-// A stretch of time that lasts as long as this object, which must be destroyed on the thread that made it and before
-// the series. Spans that overlap on one thread are nested. Any failure leaves an empty span, which does nothing.
+// Marks the lifetime of this object as a span. It must be destroyed on the thread that created it and before the
+// series. Spans that overlap on one thread are nested. Any failure leaves an empty span, which does nothing.
 class clsConcurrencyVisualizerSpan
 {
 public:

@@ -87,7 +87,7 @@ public:
     }
 
 private:
-    // The lane and the id of a span. Ids may come again after 4 billion others.
+    // The lane and the id of a span. Ids repeat after 2^32 - 1 spans.
     using SpanKey = std::pair<std::size_t, std::uint32_t>;
 
     bool ReadChunk()
@@ -173,7 +173,7 @@ private:
         SpanKey key;
     };
 
-    // Gives a span its end: the first one with its id after its beginning.
+    // Sets the end of a span: the first end with its id after its beginning.
     void Finish(const OpenSpan& span)
     {
         const auto ends = _ends.find(span.key);

@@ -127,7 +127,8 @@ void EndHold(const std::string& name, int file)
 
 void RemoveDeadFiles(const Descriptor& folder, std::string_view kind)
 {
-    const int copy = openat(folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); // with a position of its own
+    const int copy = openat(
+        folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); // a second open, because readdir moves the position
     if (copy < 0)
         return;
     const std::unique_ptr<DIR, int (*)(DIR*)> entries(fdopendir(copy), closedir);

@@ -48,7 +48,7 @@ using namespace qxplatform;
 
 LPTOP_LEVEL_EXCEPTION_FILTER WINAPI SetUnhandledExceptionFilter(LPTOP_LEVEL_EXCEPTION_FILTER lpTopLevelExceptionFilter)
 {
-    // The signals are caught before the filter is in place, and until it is gone.
+    // Signals are caught before the filter is set and until it has been removed.
     if (lpTopLevelExceptionFilter != nullptr)
         UseFaultSignals();
     const LPTOP_LEVEL_EXCEPTION_FILTER before = filter.exchange(lpTopLevelExceptionFilter);

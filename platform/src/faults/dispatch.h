@@ -1,4 +1,4 @@
-// What happens to an exception: vectored handlers first, then the filter.
+// Passes exceptions to the vectored handlers and then to the filter.
 #pragma once
 
 #include <winnt.h>

@@ -60,8 +60,8 @@ DWORD64& InstructionPointer(CONTEXT& context)
     return context.Rip;
 }
 
-// Instructions that only the kernel may use, or that a program without privileges for ports may not: by their first
-// byte, or their second behind 0F.
+// Recognises privileged instructions and those that access ports, by their first byte, or by their second if the first
+// is 0F.
 bool IsPrivileged(std::uintptr_t address)
 {
     std::uint8_t code[15] = {};
@@ -93,7 +93,7 @@ bool IsGeneralProtection(const ucontext_t& user)
     return Register(user, REG_TRAPNO) == kGeneralProtection;
 }
 
-// Moves back to the breakpoint, behind which the processor stops.
+// The processor stops behind a breakpoint instruction. Moves the instruction pointer back to it.
 void StepBackToBreakpoint(const ucontext_t& user, CONTEXT& context)
 {
     if (Register(user, REG_TRAPNO) == kBreakpointTrap)

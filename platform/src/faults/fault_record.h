@@ -1,4 +1,4 @@
-// Exceptions made from signals.
+// Converts signals to exception records and contexts.
 #pragma once
 
 #include <winnt.h>

@@ -54,7 +54,7 @@ void PassToPrevious(int number, siginfo_t* info, void* context)
         previous.sa_sigaction(number, info, context);
         return;
     }
-    // A fault can't be ignored: the kernel ends the process then, too.
+    // A fault can't be ignored; the kernel would end the process, too.
     if (previous.sa_handler == SIG_DFL || (previous.sa_handler == SIG_IGN && info->si_code > 0))
         EndByDefault(number, *info);
     else if (previous.sa_handler != SIG_IGN)

@@ -15,7 +15,7 @@ namespace
 constexpr std::size_t kStackSize = 64 << 10;
 constexpr std::size_t kGuardSize = 4096;
 
-// The stack is freed only if the thread doesn't use another one in the meantime that it will replace by ours.
+// Frees the stack of a thread that ends, and disables it first if it is still in use.
 void FreeSignalStack(void* memory)
 {
     stack_t present = {};

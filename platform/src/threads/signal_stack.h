@@ -14,7 +14,7 @@ bool ProvideSignalStack();
 
 EXTERN_C_START
 
-// The same for threads that the layer didn't start. Found by its name; it is the layer's own.
+// ProvideSignalStack for threads that the layer didn't start. Callers look it up by name, since the system lacks it.
 BOOL WINAPI QxProvideSignalStack(void) QXP(QxProvideSignalStack);
 
 EXTERN_C_END

@@ -65,7 +65,7 @@ EventRing* TakeRing()
     return ownRing = ring;
 }
 
-// Copies without a call for the sizes of numbers, which most pieces are.
+// Most pieces are numbers; copies those sizes without a function call.
 void CopyPiece(unsigned char* target, const void* data, std::size_t size)
 {
     if (size == 1)

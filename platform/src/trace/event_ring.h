@@ -1,4 +1,4 @@
-// The events that threads have written and that aren't in the file yet.
+// Stores the events that threads have written until they are in the file.
 #pragma once
 
 #include <evntprov.h>

@@ -148,7 +148,7 @@ bool SessionBlock::IsForgotten() const
     return fstat(_file.Get(), &status) != 0 || status.st_nlink == 0;
 }
 
-// A lock of another kind than flock, because the users hold that one.
+// An fcntl lock, because the users of the block hold flock locks on the same file.
 bool SessionBlock::Lock() const
 {
     struct flock whole = {};

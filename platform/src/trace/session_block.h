@@ -44,10 +44,10 @@ public:
     // Changes the session and wakes the processes that wait. `file` may have kLongestFile bytes.
     void Write(const TraceSession& session);
 
-    // Waits until the counter differs from the value, or for any other reason, without a limit.
+    // Waits until the counter differs from the value. May return early.
     LONG Counter() const;
     void WaitForChange(LONG counter) const;
-    // Wakes all that wait, without a change.
+    // Wakes all waiting threads without changing the session.
     void Nudge();
     // Returns true if the name no longer leads to the block, so that nobody can change its session any more.
     bool IsForgotten() const;

@@ -22,7 +22,7 @@ std::uint64_t Nanoseconds(clockid_t clock)
     return static_cast<std::uint64_t>(now.tv_sec) * 1'000'000'000 + static_cast<std::uint64_t>(now.tv_nsec);
 }
 
-// By words of 8 bytes, so that it costs little beside the write.
+// Processes words of 8 bytes, which takes little time compared with the write.
 std::uint64_t ChecksumOf(std::string_view bytes)
 {
     std::uint64_t sum = 0xCBF29CE484222325;
@@ -101,7 +101,7 @@ void TraceFile::WriteEvents()
         WriteChunk(TraceChunkHead::kEvents, chunk);
 }
 
-// Fills in the head. The count of lost events goes with the first chunk that can be written.
+// Fills in the head. The count of lost events is stored in the first chunk that can be written.
 bool TraceFile::WriteChunk(TraceChunkHead::Kind kind, std::string& chunk)
 {
     chunk.resize((chunk.size() + 7) / 8 * 8);

@@ -36,7 +36,7 @@ struct TraceChunkHead
 };
 static_assert(sizeof(TraceFileHead) == 24 && sizeof(TraceChunkHead) == 32);
 
-// One process's end of the file.
+// The file as one process writes it.
 class TraceFile
 {
 public:

@@ -82,7 +82,7 @@ void Follow(TraceWorker& self, TraceSession session)
     if (session.id != self.session.id)
         traceFile.Close();
     if (session.id != 0 && !traceFile.Open(session.file))
-        session = TraceSession(); // without a file there is nothing to record for
+        session = TraceSession(); // without a file, nothing is recorded
     isWriting.store(false, std::memory_order_release);
     traceLevel.store(session.level, std::memory_order_relaxed);
     isTraceRecording.store(session.id != 0, std::memory_order_release);

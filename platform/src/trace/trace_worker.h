@@ -1,4 +1,4 @@
-// The process's side of a session: the thread that waits for changes and writes the events to the file.
+// The thread of a process that waits for changes of the session and writes the events to the file.
 #pragma once
 
 #include "trace/session_block.h"
@@ -27,7 +27,7 @@ TraceWorker* DetachTraceWorker();
 // Writes the remaining events and ends the thread. The caller must not hold a lock that `changed` takes. Null is
 // ignored.
 void EndTraceWorker(TraceWorker* ending);
-// Makes the thread write soon.
+// Makes the thread write without waiting for its next turn.
 void HurryTraceWorker();
 
 } // namespace qxplatform
