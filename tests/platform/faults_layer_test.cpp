@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -13,6 +14,8 @@
 #include <iterator>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include <signal.h>
 #include <sys/mman.h>
@@ -63,23 +66,15 @@ std::string InChild(const std::function<void()>& run)
 
 LONG WINAPI ReportCode(EXCEPTION_POINTERS* exception)
 {
-    switch (exception->ExceptionRecord->ExceptionCode)
+    constexpr std::pair<DWORD, const char*> kNames[] = {{EXCEPTION_STACK_OVERFLOW, "overflow, "},
+        {EXCEPTION_ACCESS_VIOLATION, "access, "}, {EXCEPTION_BREAKPOINT, "break, "},
+        {EXCEPTION_IN_PAGE_ERROR, "page, "}};
+    const auto isOfCode = [exception](const auto& name)
     {
-    case EXCEPTION_STACK_OVERFLOW:
-        Report("overflow, ");
-        break;
-    case EXCEPTION_ACCESS_VIOLATION:
-        Report("access, ");
-        break;
-    case EXCEPTION_BREAKPOINT:
-        Report("break, ");
-        break;
-    case EXCEPTION_IN_PAGE_ERROR:
-        Report("page, ");
-        break;
-    default:
-        Report("other, ");
-    }
+        return name.first == exception->ExceptionRecord->ExceptionCode;
+    };
+    const auto name = std::find_if(std::begin(kNames), std::end(kNames), isOfCode);
+    Report(name == std::end(kNames) ? "other, " : name->second);
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
@@ -131,14 +126,6 @@ void OnHostSignal(int, siginfo_t* info, void*)
     _exit(3);
 }
 
-void CatchAsHost(int number)
-{
-    struct sigaction action = {};
-    action.sa_sigaction = &OnHostSignal;
-    action.sa_flags = SA_SIGINFO;
-    sigaction(number, &action, nullptr);
-}
-
 // A file of one page that becomes shorter than its mapping.
 void ReadBeyondEnd()
 {
@@ -150,139 +137,112 @@ void ReadBeyondEnd()
         static_cast<void>(*page);
 }
 
+// Steps of the cases.
+void Protect()
+{
+    SetUnhandledExceptionFilter(ReportCode);
+}
+void ProtectAndEnd()
+{
+    SetUnhandledExceptionFilter(ReportAndEnd);
+}
+void ProtectByACrash()
+{
+    SetUnhandledExceptionFilter(
+        [](EXCEPTION_POINTERS* exception) -> LONG
+        {
+            ReportCode(exception);
+            asm volatile("ud2");
+            return EXCEPTION_CONTINUE_SEARCH;
+        });
+}
+void Unprotect()
+{
+    SetUnhandledExceptionFilter(nullptr);
+}
+void PassExceptions()
+{
+    AddVectoredExceptionHandler(1, &PassException);
+}
+void CatchAsHost()
+{
+    struct sigaction action = {};
+    action.sa_sigaction = &OnHostSignal;
+    action.sa_flags = SA_SIGINFO;
+    sigaction(SIGSEGV, &action, nullptr);
+}
+void IgnoreAsHost()
+{
+    signal(SIGSEGV, SIG_IGN);
+}
+void SendSignal()
+{
+    raise(SIGSEGV);
+}
+void RaiseOther()
+{
+    RaiseException(1, 0, 0, nullptr);
+}
+
 } // namespace
 
 TEST(FaultsOnLinux, EndByTheTrueSignalOrInTheHostsHandler)
 {
-    const struct
-    {
-        const char* expected;
-        std::function<void()> run;
-    } cases[] = {
-        {"access, Segmentation fault",
-            []
-            {
-                SetUnhandledExceptionFilter(ReportCode), ReadNull();
-            }},
-        {"access, Segmentation fault",
-            []
-            {
-                SetUnhandledExceptionFilter(ReportAndEnd), ReadNull();
-            }},
-        {"page, Bus error",
-            []
-            {
-                SetUnhandledExceptionFilter(ReportCode), ReadBeyondEnd();
-            }},
-        {"break, Trace/breakpoint trap",
-            []
-            {
-                SetUnhandledExceptionFilter(ReportCode), DebugBreak();
-            }},
-        {"Segmentation fault",
-            []
-            {
-                AddVectoredExceptionHandler(1, &PassException), ReadNull();
-            }},
+    const std::pair<const char*, std::vector<void (*)()>> cases[] = {
+        {"access, Segmentation fault", {Protect, ReadNull}},
+        {"access, Segmentation fault", {ProtectAndEnd, ReadNull}},
+        {"page, Bus error", {Protect, ReadBeyondEnd}},
+        {"break, Trace/breakpoint trap", {Protect, DebugBreak}},
+        {"Segmentation fault", {PassExceptions, ReadNull}},
         // Signals that are sent are no faults, and neither is the end by abort.
-        {"Segmentation fault",
-            []
-            {
-                SetUnhandledExceptionFilter(ReportCode), raise(SIGSEGV);
-            }},
-        {"Aborted",
-            []
-            {
-                SetUnhandledExceptionFilter(ReportCode), std::abort();
-            }},
-        {"other, Aborted",
-            []
-            {
-                SetUnhandledExceptionFilter(ReportCode), RaiseException(1, 0, 0, nullptr);
-            }},
-        // The filter itself crashes.
-        {"access, Illegal instruction",
-            []
-            {
-                SetUnhandledExceptionFilter(
-                    [](EXCEPTION_POINTERS* exception) -> LONG
-                    {
-                        ReportCode(exception);
-                        asm volatile("ud2");
-                        return EXCEPTION_CONTINUE_SEARCH;
-                    });
-                ReadNull();
-            }},
-        // The host's handlers: installed before, and after; then ours isn't called.
-        {"access, host, exit 3",
-            []
-            {
-                CatchAsHost(SIGSEGV), SetUnhandledExceptionFilter(ReportCode), ReadNull();
-            }},
-        {"access, Segmentation fault",
-            []
-            {
-                CatchAsHost(SIGSEGV), SetUnhandledExceptionFilter(ReportAndEnd), ReadNull();
-            }},
-        {"host, exit 3",
-            []
-            {
-                SetUnhandledExceptionFilter(ReportCode), CatchAsHost(SIGSEGV), ReadNull();
-            }},
-        {"host, exit 3",
-            []
-            {
-                SetUnhandledExceptionFilter(ReportCode);
-                CatchAsHost(SIGSEGV);
-                SetUnhandledExceptionFilter(nullptr); // must not remove the host's handler
-                SetUnhandledExceptionFilter(ReportCode);
-                ReadNull();
-            }},
-        {"Segmentation fault",
-            []
-            {
-                signal(SIGSEGV, SIG_IGN), AddVectoredExceptionHandler(0, PassException), ReadNull();
-            }},
+        {"Segmentation fault", {Protect, SendSignal}},
+        {"Aborted", {Protect, std::abort}},
+        {"other, Aborted", {Protect, RaiseOther}},
+        {"access, Illegal instruction", {ProtectByACrash, ReadNull}},
+        // The host's handlers: installed before ours, and after ours, which then isn't called.
+        {"access, host, exit 3", {CatchAsHost, Protect, ReadNull}},
+        {"access, Segmentation fault", {CatchAsHost, ProtectAndEnd, ReadNull}},
+        {"host, exit 3", {Protect, CatchAsHost, ReadNull}},
+        {"host, exit 3", {Protect, CatchAsHost, Unprotect, Protect, ReadNull}}, // Unprotect leaves the host's handler
+        {"Segmentation fault", {IgnoreAsHost, PassExceptions, ReadNull}},
     };
-    for (const auto& [expected, run] : cases)
-        EXPECT_EQ(InChild(run), expected) << "case " << &expected - &cases[0].expected;
+    for (const auto& [expected, steps] : cases)
+    {
+        const auto run = [&steps = steps]
+        {
+            for (void (*const step)() : steps)
+                step();
+        };
+        EXPECT_EQ(InChild(run), expected) << "case " << &expected - &cases[0].first;
+    }
 }
 
 TEST(FaultsOnLinux, StackOverflowsOnEachKindOfThread)
 {
-    const auto protect = []
-    {
-        SetUnhandledExceptionFilter(ReportCode);
-    };
-    EXPECT_EQ(InChild(
-                  [&]
-                  {
-                      protect();
-                      stack_t stack = {};
-                      if (!QxProvideSignalStack() || sigaltstack(nullptr, &stack) != 0)
-                          return;
-                      filledStack = static_cast<char*>(stack.ss_sp);
-                      std::memset(filledStack, 'x', stack.ss_size);
-                      SetUnhandledExceptionFilter(ReportUnusedHalf);
-                      OverflowNow();
-                  }),
-        "overflow, Segmentation fault");
-    EXPECT_EQ(InChild(
-                  [&]
-                  {
-                      protect();
-                      const auto thread = _beginthreadex(
-                          nullptr, 0, [](void*) -> unsigned { return OverflowNow(), 0; }, nullptr, 0, nullptr);
-                      WaitForSingleObject(reinterpret_cast<HANDLE>(thread), INFINITE);
-                  }),
-        "overflow, Segmentation fault");
-    EXPECT_EQ(InChild(
-                  [&]
-                  {
-                      protect();
-                      std::thread([] { QxProvideSignalStack(), OverflowNow(); }).join();
-                  }),
-        "overflow, Segmentation fault");
+    const std::function<void()> overflows[] = {[]
+        {
+            stack_t stack = {};
+            if (!QxProvideSignalStack() || sigaltstack(nullptr, &stack) != 0)
+                return;
+            filledStack = static_cast<char*>(stack.ss_sp);
+            std::memset(filledStack, 'x', stack.ss_size);
+            SetUnhandledExceptionFilter(ReportUnusedHalf);
+            OverflowNow();
+        },
+        []
+        {
+            Protect();
+            const auto thread = _beginthreadex(
+                nullptr, 0, [](void*) -> unsigned { return OverflowNow(), 0; }, nullptr, 0, nullptr);
+            WaitForSingleObject(reinterpret_cast<HANDLE>(thread), INFINITE);
+        },
+        []
+        {
+            Protect();
+            std::thread([] { QxProvideSignalStack(), OverflowNow(); }).join();
+        }};
+    for (const auto& overflow : overflows)
+        EXPECT_EQ(InChild(overflow), "overflow, Segmentation fault") << &overflow - overflows;
 }
 
 TEST(FaultsOnLinux, TheHostStaysAsItWas)

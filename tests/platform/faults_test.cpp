@@ -30,7 +30,7 @@ int seenCount = 0;
 DWORD64 skipped = 0; // the length of the faulting instruction, or 0 for a call to an address without code
 DWORD64 newRax = 0;
 
-LONG SkipInstruction(EXCEPTION_POINTERS* exception)
+LONG WINAPI SkipInstruction(EXCEPTION_POINTERS* exception)
 {
     const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
     CONTEXT& context = *exception->ContextRecord;
@@ -51,11 +51,6 @@ LONG SkipInstruction(EXCEPTION_POINTERS* exception)
     return EXCEPTION_CONTINUE_EXECUTION;
 }
 
-LONG CALLBACK OnException(EXCEPTION_POINTERS* exception)
-{
-    return SkipInstruction(exception);
-}
-
 // Masks the floating-point exceptions, so that the division is repeated without a fault, and changes the dividend.
 LONG CALLBACK RepeatWithoutFault(EXCEPTION_POINTERS* exception)
 {
@@ -66,11 +61,6 @@ LONG CALLBACK RepeatWithoutFault(EXCEPTION_POINTERS* exception)
     const float dividend = -8;
     std::memcpy(&context.FltSave.XmmRegisters[0], &dividend, sizeof dividend);
     return EXCEPTION_CONTINUE_EXECUTION;
-}
-
-LONG WINAPI SkipInFilter(EXCEPTION_POINTERS* exception)
-{
-    return SkipInstruction(exception);
 }
 
 LONG CALLBACK PassOn(EXCEPTION_POINTERS*)
@@ -137,7 +127,7 @@ TEST(Faults, AreDescribedAndContinuedWithTheChangedRegisters)
         {ReadFrom, std::uint64_t{1} << 63, 2, 0xC0000005, {0, ~ULONG_PTR{0}}}, {Call, 0, 0, 0xC0000005, {8, 0}},
         {Call, data, 0, 0xC0000005, {8, data}}, {DivideBy, 0, 2, 0xC0000094, {}}, {Undefined, 0, 2, 0xC000001D, {}},
         {Halt, 0, 1, 0xC0000096, {}}, {Breakpoint, 0, 1, 0x80000003, {0}}};
-    void* const handler = AddVectoredExceptionHandler(1, &OnException);
+    void* const handler = AddVectoredExceptionHandler(1, &SkipInstruction);
     for (const auto& [fault, value, length, code, parameters] : cases)
     {
         seen = {};
@@ -173,14 +163,14 @@ TEST(Faults, ReachTheFilterAfterTheVectoredHandlers)
     newRax = 7;
     seenCount = 0;
     void* const passing = AddVectoredExceptionHandler(1, &PassOn);
-    const auto before = SetUnhandledExceptionFilter(&SkipInFilter);
+    const auto before = SetUnhandledExceptionFilter(&SkipInstruction);
     EXPECT_EQ(ReadFrom(16), 7u);
     EXPECT_EQ(seenCount, 1);
     EXPECT_EQ(seen.Parameters(), (std::vector<ULONG_PTR>{0, 16}));
     RemoveVectoredExceptionHandler(passing);
     EXPECT_EQ(WriteTo(16), 7u);
     EXPECT_EQ(seenCount, 2);
-    EXPECT_EQ(SetUnhandledExceptionFilter(before), &SkipInFilter);
+    EXPECT_EQ(SetUnhandledExceptionFilter(before), &SkipInstruction);
 }
 
 TEST(Faults, RaisedExceptionsReachTheFilterToo)
