@@ -71,12 +71,8 @@ public:
                 continue;
             const std::size_t lane = id == 4 ? 3 : 4;
             std::string line = id == 1 ? "> " : id == 2 ? "< " : "- ";
-            for (const wchar_t c : event.Text(lane))
-                line += static_cast<char>(c);
-            line += id == 2 ? "" : ": ";
-            for (const wchar_t c : event.Text(lane + 1))
-                line += static_cast<char>(c);
-            lines.push_back(line);
+            line += qx::String(event.Text(lane)).NarrowText();
+            lines.push_back(id == 2 ? line : line + ": " + qx::String(event.Text(lane + 1)).NarrowText());
         }
         return lines;
     }

@@ -3,6 +3,7 @@
 #include "module/module_paths.h"
 #include "support/debug_lines.h"
 #include "support/fake_tracing.h"
+#include "support/record_bytes.h"
 #include "support/run_in_threads.h"
 
 #include <gmock/gmock.h>
@@ -11,7 +12,6 @@
 #include <fstream>
 #include <set>
 #include <tuple>
-#include <type_traits>
 
 using namespace qx;
 using namespace qxtest;
@@ -27,15 +27,6 @@ struct MarkerUser : clsConcurrencyVisualizerUser
 {
     using clsConcurrencyVisualizerUser::AreMarkersActive;
 };
-
-template <class T>
-std::string BytesOf(const T& value)
-{
-    if constexpr (std::is_integral_v<T>)
-        return std::string(reinterpret_cast<const char*>(&value), sizeof(value));
-    else
-        return std::string(reinterpret_cast<const char*>(value), sizeof(value));
-}
 
 auto Fields(const EVENT_DESCRIPTOR& d)
 {
@@ -91,14 +82,14 @@ TEST(Markers, EachEventByteByByte)
     ASSERT_EQ(events.size(), 4u);
     EXPECT_EQ(Fields(events[0].descriptor), std::tuple(0xFFFE, 1, 0, 0, 0xFE, 0, ~0ULL));
     EXPECT_THAT(events[0].pieces, ElementsAre("\x01\x01\x00\x5B\x01\x00\x00\x00"s, ExpectedManifest()));
-    const std::string name = BytesOf(L"L\u00e4ne"), zero(1, '\0');
+    const std::string name = BytesOfRecord(L"L\u00e4ne"), zero(1, '\0');
     EXPECT_EQ(Fields(events[1].descriptor), std::tuple(4, 1, 0x10, 3, 0, 3, 0x8000000000000001ULL));
-    EXPECT_THAT(events[1].pieces, ElementsAre("\x04", "\x03", zero, name, BytesOf(L"42 ok"), zero));
-    const std::string id = BytesOf(0x80000001u);
+    EXPECT_THAT(events[1].pieces, ElementsAre("\x04", "\x03", zero, name, BytesOfRecord(L"42 ok"), zero));
+    const std::string id = BytesOfRecord(0x80000001u);
     EXPECT_EQ(Fields(events[2].descriptor), std::tuple(1, 1, 0x10, 4, 1, 1, 0x8000000000000002ULL));
-    EXPECT_THAT(events[2].pieces, ElementsAre("\x01", "\x04", "\x01", id, name, BytesOf(L""), zero));
+    EXPECT_THAT(events[2].pieces, ElementsAre("\x01", "\x04", "\x01", id, name, BytesOfRecord(L""), zero));
     EXPECT_EQ(Fields(events[3].descriptor), std::tuple(2, 1, 0x10, 4, 2, 1, 0x8000000000000002ULL));
-    EXPECT_THAT(events[3].pieces, ElementsAre("\x02", "\x04", "\x01", id, name, BytesOf(L""), zero));
+    EXPECT_THAT(events[3].pieces, ElementsAre("\x02", "\x04", "\x01", id, name, BytesOfRecord(L""), zero));
 }
 
 TEST(Markers, NestedSpansHaveLanesOfTheirOwn)
@@ -127,8 +118,8 @@ TEST(Markers, SpanIdsBeginAgainAfterTheLast)
     for (int count = 0; count < 2; ++count)
         const Span span(&series, L"");
     const auto events = tracing.Events();
-    EXPECT_EQ(events.at(1).pieces.at(3), BytesOf(INT32_MAX));
-    EXPECT_EQ(events.at(3).pieces.at(3), BytesOf(0x80000001u));
+    EXPECT_EQ(events.at(1).pieces.at(3), BytesOfRecord(INT32_MAX));
+    EXPECT_EQ(events.at(3).pieces.at(3), BytesOfRecord(0x80000001u));
 }
 
 TEST(Markers, LengthsOfTextsAndNames)

@@ -21,6 +21,7 @@
 #include <fstream>
 #include <future>
 #include <tuple>
+#include <vector>
 
 using namespace qx;
 using namespace std::chrono_literals;
@@ -39,6 +40,27 @@ std::string TitleOf(clsDocuList& list, const String& path, std::uint32_t wait = 
     const auto record = list.Get(path, wait);
     const clsCriticalSectionLock lock(record->Section());
     return record->accessible ? TextOf(record->Title) : "inaccessible";
+}
+
+// Several threads read the documents, whose title is "first", through a shared list and through lists of their own.
+void ExpectFirstInManyThreads(const std::vector<String>& paths, unsigned rounds, std::uint32_t wait)
+{
+    clsDocuList shared(1'000);
+    for (const String& path : paths) // while a record is read, other callers get its old values
+        EXPECT_EQ(TitleOf(shared, path, wait), "first");
+    std::atomic<int> failures = 0;
+    qxtest::RunInThreads(8,
+        [&](unsigned number)
+        {
+            clsDocuList own(number % 2);
+            for (unsigned i = 0; i < rounds; ++i)
+            {
+                const String& path = paths[(i + number) % paths.size()];
+                failures += TitleOf(shared, path, wait) != "first" || TitleOf(own, path, wait) != "first";
+                shared.Get(path, wait)->readTick = 1; // expired
+            }
+        });
+    EXPECT_EQ(failures, 0);
 }
 
 } // namespace
@@ -145,22 +167,8 @@ TEST(DocumentList, ReadersByNameAndByFirstBytes)
 TEST(DocumentList, ManyThreads)
 {
     const TempFolder folder;
-    const String paths[] = {
-        folder.Make(L"1.htm", kFirst), folder.Make(L"2.htm", kFirst), folder.Make(L"3.htm", kFirst)};
-    clsDocuList shared(1'000);
-    std::atomic<int> failures = 0;
-    qxtest::RunInThreads(8,
-        [&](unsigned number)
-        {
-            clsDocuList own(number % 2);
-            for (unsigned i = 0; i < 100; ++i)
-            {
-                const String& path = paths[(i + number) % 3];
-                failures += TitleOf(shared, path) != "first" || TitleOf(own, path) != "first";
-                shared.Get(path, 0)->readTick = 1; // expired
-            }
-        });
-    EXPECT_EQ(failures, 0);
+    ExpectFirstInManyThreads(
+        {folder.Make(L"1.htm", kFirst), folder.Make(L"2.htm", kFirst), folder.Make(L"3.htm", kFirst)}, 100, 0);
 }
 
 // A list without records has no thread. If a list has a thread, closing the list wakes it.
@@ -303,22 +311,8 @@ TEST_F(DocumentsOnShares, ReadByThreadsOfTheirOwn)
 
 TEST_F(DocumentsOnShares, ManyThreads)
 {
-    const String path = L"\\\\server\\share\\page.htm";
     std::ofstream(_share / "page.htm") << kFirst;
-    clsDocuList shared(1'000);
-    EXPECT_EQ(TitleOf(shared, path, 100), "first"); // while a record is read, other callers get its old values
-    std::atomic<int> failures = 0;
-    qxtest::RunInThreads(8,
-        [&](unsigned number)
-        {
-            clsDocuList own(number % 2);
-            for (int i = 0; i < 20; ++i)
-            {
-                failures += TitleOf(shared, path, 100) != "first" || TitleOf(own, path, 100) != "first";
-                shared.Get(path, 100)->readTick = 1; // expired
-            }
-        });
-    EXPECT_EQ(failures, 0);
+    ExpectFirstInManyThreads({L"\\\\server\\share\\page.htm"}, 20, 100);
 }
 
 TEST_F(DocumentsOnShares, AFileThatDoesNotOpen)

@@ -5,7 +5,6 @@
 #include "docinfo/storage.h"
 #include "files/temp_files.h"
 #include "support/compound_builder.h"
-#include "support/damage.h"
 #include "support/record_bytes.h"
 #include "support/temp_folder.h"
 #include "unit/docinfo/answers.h"
@@ -161,17 +160,4 @@ TEST(PropertySet, LockedStorageIsCopied)
     EXPECT_EQ(CopiesLeft(), before);
     EXPECT_EQ(triedModes, "20 10 40 400040 20 20 20 ");
     EXPECT_EQ(ReadPropertySet(*record, folder.Path(L"none.doc")), -1);
-}
-
-TEST(PropertySet, SurvivesDamage)
-{
-    const std::string whole =
-        SetOf({{1, VT_I2, Number(1200)}, {2, VT_LPSTR, Counted("abc")}, {3, VT_LPWSTR, Counted("ab", 2)},
-            {4, VT_R8, Number(0) + Number(0xBFF80000)}, {12, VT_FILETIME, std::string(kDate)}});
-    Damage(whole, 2'000,
-        [](const std::string& bytes)
-        {
-            const int result = ReadRecord(ReadSummaryInformation, bytes).Result();
-            EXPECT_TRUE(result == 0 || result == -1) << result;
-        });
 }
