@@ -9,7 +9,6 @@ import sys
 FOLDER = pathlib.Path(__file__).resolve().parent
 sys.path.insert(0, str(FOLDER.parent))
 import answers  # noqa: E402
-from answers import run  # noqa: E402
 
 TEXTS = ("-DocumentName=Page 1", "-ImageDescription=A red square", "-Make=Maker", "-Model=Scanner 2", "-Artist=Ann Smith",
          "-Copyright=(c) Ann", "-ModifyDate=2001:02:03 04:05:06")
@@ -20,16 +19,16 @@ TAGS = {"Title": ("DocumentName",), "Subject": ("ImageDescription", "UserComment
         "Comments": ("Copyright",), "Created": ("DateTimeOriginal", "ModifyDate")}
 
 
-def make():
+def make(_):
     for name, options, tags in (
             ("little.tif", ("-endian", "LSB"), TEXTS), ("big.tif", ("-endian", "MSB"), TEXTS),
             ("plain.tif", ("-compress", "LZW"), ()), ("texts.jpg", (), ("-exifbyteorder=MM", *TEXTS)),
             ("photo.jpg", (), ("-exifbyteorder=II", *PHOTO)), ("bare.jpg", (), ()),
             ("comment.jpg", (), ("-UserComment=By hand", "-Artist=", "-ModifyDate=2001:02:03 04:05:06"))):
-        run("convert", "-size", "24x16", "xc:red", *options, "+set", "date:create", FOLDER / name)
+        answers.run("convert", "-size", "24x16", "xc:red", *options, "+set", "date:create", FOLDER / name)
         if tags:
-            run("exiftool", "-overwrite_original", "-codedcharacterset=", *tags, FOLDER / name)
-    run("convert", "-size", "8x8", "xc:red", "-size", "16x8", "xc:blue", FOLDER / "pages.tif")
+            answers.run("exiftool", "-overwrite_original", "-codedcharacterset=", *tags, FOLDER / name)
+    answers.run("convert", "-size", "8x8", "xc:red", "-size", "16x8", "xc:blue", FOLDER / "pages.tif")
 
 
 SIZES = {"big.tif": "(c) Ann, (24 * 16 px)", "little.tif": "(c) Ann, (24 * 16 px)", "plain.tif": "(24 * 16 px)",
@@ -46,14 +45,4 @@ def difference(name, field, text):
     return None
 
 
-def main():
-    make()
-    found = answers.ask_exiftool(FOLDER)
-
-    def answer(name, field):
-        return next((found[name][tag] for tag in TAGS.get(field, ()) if tag in found[name]), None)
-
-    answers.write(FOLDER, answer, difference)
-
-
-main()
+answers.compare(FOLDER, make, lambda name, field: TAGS.get(field, ()), difference)

@@ -8,12 +8,10 @@ import os
 import pathlib
 import subprocess
 import sys
-import tempfile
 
 FOLDER = pathlib.Path(__file__).resolve().parent
 sys.path.insert(0, str(FOLDER.parent))
 import answers  # noqa: E402
-from answers import run  # noqa: E402
 
 ARTICLE = r"""\documentclass{article}
 \pdfminorversion=%d \pdfobjcompresslevel=%d
@@ -26,14 +24,8 @@ PRINT = """%!PS
 /DOCINFO pdfmark
 showpage
 """
-LETTER = """<?xml version="1.0" encoding="UTF-8"?>
-<office:document xmlns:office="urn:oasis:names:tc:opendocument:xmlns:office:1.0"
-    xmlns:meta="urn:oasis:names:tc:opendocument:xmlns:meta:1.0" xmlns:dc="http://purl.org/dc/elements/1.1/"
-    office:version="1.3" office:mimetype="application/vnd.oasis.opendocument.text"><office:meta>
-<meta:initial-creator>J\u00f6rg Wei\u00df</meta:initial-creator><dc:title>Letter \u2013 1</dc:title>
-<dc:subject>Angebot</dc:subject><meta:keyword>alpha</meta:keyword></office:meta>
-<office:body><office:text/></office:body></office:document>
-"""
+LETTER = (("meta:initial-creator", "J\u00f6rg Wei\u00df"), ("dc:title", "Letter \u2013 1"), ("dc:subject", "Angebot"),
+          ("meta:keyword", "alpha"))
 TAGS = {"Title": "Title", "Subject": "Subject", "Author": "Author", "Keywords": "Keywords", "Created": "CreationDate",
         "LastSaved": "ModDate"}
 
@@ -42,27 +34,27 @@ def make(work):
     environment = {**os.environ, "SOURCE_DATE_EPOCH": "981173106", "TZ": "UTC"}
     for name, version, compression in (("article", 4, 0), ("compressed", 5, 2)):
         (work / f"{name}.tex").write_text(ARTICLE % (version, compression))
-        run("pdflatex", "-interaction=batchmode", f"-output-directory={work}", work / f"{name}.tex", env=environment)
+        answers.run("pdflatex", "-interaction=batchmode", f"-output-directory={work}", work / f"{name}.tex", env=environment)
         (FOLDER / f"{name}.pdf").write_bytes((work / f"{name}.pdf").read_bytes())
     (work / "print.ps").write_text(PRINT)
-    run("gs", "-q", "-sDEVICE=pdfwrite", "-dCompatibilityLevel=1.4", "-o", FOLDER / "print.pdf", work / "print.ps",
+    answers.run("gs", "-q", "-sDEVICE=pdfwrite", "-dCompatibilityLevel=1.4", "-o", FOLDER / "print.pdf", work / "print.ps",
         env=environment)
-    (work / "letter.fodt").write_text(LETTER, encoding="utf-8")
-    run("soffice", f"-env:UserInstallation=file://{work}/profile", "--headless", "--convert-to", "pdf", "--outdir", FOLDER,
-        work / "letter.fodt", env=environment)
-    run("convert", "-size", "8x8", "xc:red", work / "red.jpg")
-    run("img2pdf", "--title", "Red", "--author", "Zo\u00eb", "--creationdate", "2001-02-03T04:05:06", "--moddate",
+    answers.write_flat_document(work / "letter.fodt", "text", "", LETTER)
+    answers.soffice(work / "letter.fodt", "pdf", FOLDER, env=environment)
+    answers.run("convert", "-size", "8x8", "xc:red", work / "red.jpg")
+    answers.run("img2pdf", "--title", "Red", "--author", "Zo\u00eb", "--creationdate", "2001-02-03T04:05:06", "--moddate",
         "2002-03-04T05:06:07", work / "red.jpg", "-o", FOLDER / "picture.pdf", env=environment)
     article = FOLDER / "article.pdf"
-    run("qpdf", "--deterministic-id", "--linearize", article, FOLDER / "linear.pdf")
-    run("qpdf", "--deterministic-id", "--object-streams=generate", article, FOLDER / "streams.pdf")
-    run("exiftool", "-Title=New title", "-Keywords=", "-o", FOLDER / "updated.pdf", FOLDER / "print.pdf")
+    answers.run("qpdf", "--deterministic-id", "--linearize", article, FOLDER / "linear.pdf")
+    answers.run("qpdf", "--deterministic-id", "--object-streams=generate", article, FOLDER / "streams.pdf")
+    answers.run("exiftool", "-Title=New title", "-Keywords=", "-o", FOLDER / "updated.pdf", FOLDER / "print.pdf")
 
 
 def ask(name):
     output = subprocess.run(["pdfinfo", "-isodates", "-enc", "UTF-8", FOLDER / name], check=True, capture_output=True,
                             env={"TZ": "UTC", "PATH": "/usr/bin:/bin"})
-    return dict(line.split(":", 1) for line in output.stdout.decode().splitlines())
+    pairs = (line.split(":", 1) for line in output.stdout.decode().splitlines())
+    return {key: text.strip() for key, text in pairs if text.strip()}
 
 
 LAST = "an information dictionary that is the last object of its table isn't read"
@@ -80,11 +72,5 @@ def difference(name, field, text):
     return None
 
 
-def main():
-    with tempfile.TemporaryDirectory() as work:
-        make(pathlib.Path(work))
-    found = {name: ask(name) for name in answers.documents(FOLDER)}
-    answers.write(FOLDER, lambda name, field: found[name].get(TAGS.get(field), "").strip() or None, difference)
-
-
-main()
+answers.compare(FOLDER, make, lambda name, field: (TAGS.get(field),), difference,
+                lambda folder: {name: ask(name) for name in answers.documents(folder)})
