@@ -1,6 +1,5 @@
 // TIFF directories and the EXIF block of JPEG files.
 #include "docinfo/jpeg.h"
-#include "unit/docinfo/answers.h"
 #include "unit/docinfo/document_in_memory.h"
 #include "unit/docinfo/tiff_builder.h"
 
@@ -51,14 +50,6 @@ TEST(TiffReader, CameraSettings)
     TiffBuilder none(false);
     none.Add(33434, kRational, 8, 0).EndDirectory();
     EXPECT_EQ(TextOf(ReadRecord(ReadTIFFFile, none.Bytes())->Comments), "-"); // no value at all
-}
-
-// Compared with exiftool.
-TEST(ImageReaders, RealDocuments)
-{
-    qxtest::ExpectAnswers(QXUT_TEST_DOCUMENTS "/images", 8 * 8,
-        [](clsDocu& record, const String& path)
-        { qxtest::ReadFile(path.Right(4) == L".tif" ? ReadTIFFFile : ReadJPEG, record, path); });
 }
 
 TEST(TiffReader, DamagedFiles)

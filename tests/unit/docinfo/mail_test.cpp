@@ -2,7 +2,7 @@
 #include "docinfo/mail.h"
 #include "docinfo/mail_address.h"
 #include "docinfo/punycode.h"
-#include "unit/docinfo/answers.h"
+#include "unit/docinfo/document_in_memory.h"
 
 #include <sstream>
 
@@ -98,13 +98,6 @@ TEST(MailReader, Blocks)
         EXPECT_EQ(record.Result(), 0);
         EXPECT_EQ(TextOf(record->Title), ReadableText(expected)) << text.substr(0, 40);
     }
-}
-
-// Compared with Python's email package.
-TEST(MailReader, RealMails)
-{
-    ExpectAnswers(
-        QXUT_TEST_DOCUMENTS "/mail", 20, [](clsDocu& record, const String& path) { ReadFile(ReadMail, record, path); });
 }
 
 // The samples of RFC 3492, section 7.1, and labels that aren't valid.

@@ -5,7 +5,7 @@
 #include "docinfo/xml_document.h"
 #include "support/temp_folder.h"
 #include "support/zip_builder.h"
-#include "unit/docinfo/answers.h"
+#include "unit/docinfo/document_in_memory.h"
 
 #include <tuple>
 
@@ -50,7 +50,7 @@ std::string Block(const std::string& properties)
 
 } // namespace
 
-// The test of real documents below covers the fields.
+// The test of real documents covers the fields.
 TEST(OfficeReaders, Archives)
 {
     const std::pair<std::string, const char*> documents[] = {
@@ -94,14 +94,6 @@ TEST(OfficeReaders, XmlFiles)
         {std::string(65'537 - author.size(), ' ') + author, kNothing}, {"", kNothing}};
     for (const auto& [bytes, summary] : documents)
         EXPECT_EQ(ReadRecord(ReadXML, bytes).ResultAndSummary(), std::string("0 ") + summary) << bytes.substr(0, 300);
-}
-
-// Compared with exiftool.
-TEST(OfficeReaders, RealDocuments)
-{
-    ExpectAnswers(QXUT_TEST_DOCUMENTS "/office", 11 * 8,
-        [](clsDocu& record, const String& path)
-        { ReadFile(path.Right(4) == L".xml" ? ReadXML : ReadOfficeArchive, record, path); });
 }
 
 TEST(OfficeReaders, ChoiceOfTheReader)

@@ -1,6 +1,5 @@
 // The information dictionary of PDF files.
 #include "docinfo/pdf.h"
-#include "unit/docinfo/answers.h"
 #include "unit/docinfo/document_in_memory.h"
 
 #include <string>
@@ -155,13 +154,6 @@ TEST(PdfReader, Dates)
     // A missing key sets an empty text.
     EXPECT_EQ(ReadRecord(ReadPDF, PdfOf({{"<</CreationDate <443A323031320041> /ModDate (never)>>"}})).Summary(),
         "|||-||-|2012-1-1 0:0:0|-");
-}
-
-// Compared with pdfinfo.
-TEST(PdfReader, RealDocuments)
-{
-    qxtest::ExpectAnswers(QXUT_TEST_DOCUMENTS "/pdf", 8 * 8,
-        [](clsDocu& record, const String& path) { qxtest::ReadFile(ReadPDF, record, path); });
 }
 
 TEST(PdfReader, BoundedTime)

@@ -7,7 +7,7 @@
 #include "support/compound_builder.h"
 #include "support/record_bytes.h"
 #include "support/temp_folder.h"
-#include "unit/docinfo/answers.h"
+#include "unit/docinfo/document_in_memory.h"
 
 #include <tuple>
 
@@ -115,14 +115,6 @@ TEST(PropertySet, FieldsAndDates)
     EXPECT_EQ(ReadRecord(ReadSummaryInformation, late).Summary(), "-|-|-|-|-|-|-|-");
     EXPECT_EQ(ReadRecord(ReadSummaryInformation, SetOf({}).substr(0, 47)).Result(), -1);
     EXPECT_EQ(ReadRecord(ReadSummaryInformation, SetOf({}, std::string(16, 'x'))).Result(), -1);
-}
-
-TEST(PropertySet, DocumentsOfOtherPrograms)
-{
-    // One document has no summary information.
-    ExpectAnswers(QXUT_TEST_DOCUMENTS "/storage", 4 * 8,
-        [](clsDocu& record, const String& path)
-        { EXPECT_EQ(ReadPropertySet(record, path), path.Right(8) == L"bare.doc" ? -1 : 0); });
 }
 
 // The extension matters only for files that aren't compound files, and for compound files without summary information.

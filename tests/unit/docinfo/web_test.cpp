@@ -1,7 +1,6 @@
 // Web pages and Rich Text files, beyond what the comparison of the scanners with patterns covers.
 #include "docinfo/html.h"
 #include "docinfo/rtf.h"
-#include "unit/docinfo/answers.h"
 #include "unit/docinfo/document_in_memory.h"
 
 #include <tuple>
@@ -33,16 +32,6 @@ TEST(WebReaders, Documents)
     for (const auto& [reader, bytes, summary] : documents)
         EXPECT_EQ(ReadRecord(reader, bytes).ResultAndSummary(), std::string("0 ") + summary) << bytes.substr(0, 100);
 }
-
-#if !defined(_WIN32) // the pages are in UTF-8, which isn't the default code page on windows
-// Compared with exiftool.
-TEST(WebReaders, RealDocuments)
-{
-    qxtest::ExpectAnswers(QXUT_TEST_DOCUMENTS "/markup", 6 * 8,
-        [](clsDocu& record, const String& path)
-        { qxtest::ReadFile(path.Right(5) == L".html" ? ReadHTML : ReadRTF, record, path); });
-}
-#endif
 
 // With the patterns of the formats, each of these documents would take minutes, or at least seconds.
 TEST(WebReaders, BoundedTime)
