@@ -25,42 +25,8 @@ struct JobCounts
     std::atomic<int> takenAgain = 0; // jobs that a host has taken more than once
 };
 
-// A reference-counted object with an initial count of 1. Both interfaces of a pool start with these functions.
-template <class Interface>
-class Counted : public Interface
-{
-public:
-    Counted() = default;
-    Counted(const Counted&) = delete;
-    Counted& operator=(const Counted&) = delete;
-    virtual ~Counted() = default;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override
-    {
-        constexpr GUID kJob = QXUT_IID_IUTTHREADEDJOB;
-        const bool isKnown = offersInterface && iid == kJob;
-        *object = isKnown ? static_cast<Interface*>(this) : nullptr;
-        if (!isKnown)
-            return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++_references; }
-    ULONG STDMETHODCALLTYPE Release() override
-    {
-        const ULONG left = --_references;
-        if (left == 0)
-            delete this;
-        return left;
-    }
-
-    bool offersInterface = true;
-
-private:
-    std::atomic<ULONG> _references = 1;
-};
-
-class TestJob final : public Counted<IUTThreadedJob>
+// A reference-counted job with an initial count of 1.
+class TestJob final : public IUTThreadedJob
 {
 public:
     using Work = std::function<void()>;
@@ -73,10 +39,28 @@ public:
     {
         ++_counts.alive;
     }
-    ~TestJob() override
+    TestJob(const TestJob&) = delete;
+    TestJob& operator=(const TestJob&) = delete;
+    ~TestJob()
     {
         _counts.dropped += !_hasRun;
         --_counts.alive;
+    }
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override
+    {
+        constexpr GUID kJob = QXUT_IID_IUTTHREADEDJOB;
+        const bool isKnown = offersInterface && iid == kJob;
+        *object = isKnown ? this : nullptr;
+        return isKnown ? (AddRef(), S_OK) : E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++_references; }
+    ULONG STDMETHODCALLTYPE Release() override
+    {
+        const ULONG left = --_references;
+        if (left == 0)
+            delete this;
+        return left;
     }
 
     HRESULT STDMETHODCALLTYPE Run() override
@@ -95,11 +79,14 @@ public:
     bool Take() { return ++_taken == 1; }
     bool HasRun() const { return _hasRun; }
 
+    bool offersInterface = true;
+
 private:
     JobCounts& _counts;
     const Work _work;
     const std::int32_t _group;
     const bool _onWorker;
+    std::atomic<ULONG> _references = 1;
     std::atomic<int> _taken = 0;
     std::atomic<bool> _hasRun = false;
 };

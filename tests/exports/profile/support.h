@@ -10,7 +10,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -95,8 +94,7 @@ private:
 
 inline std::string BytesOf(const std::string& path)
 {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return qxtest::BytesOf(Wide(path));
 }
 
 // A folder whose paths are in UTF-8.
@@ -107,9 +105,8 @@ public:
     std::string Path(std::string_view name) const { return (qxtest::NativePath(Path()) / name).string(); }
     std::string Make(std::string_view name, std::string_view bytes) const
     {
-        std::string path = Path(name);
-        std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        return path;
+        qxtest::MakeFile(Wide(Path(name)), bytes);
+        return Path(name);
     }
 
 private:

@@ -47,7 +47,6 @@ protected:
     DebugMonitorTest() { output.channels.SetMonitor(&monitor); }
     ~DebugMonitorTest() override { output.channels.Close(); }
 
-    void WithoutLogFile() { output.channels.SetLogFile(DebugLogFile()); }
     std::vector<std::string> Rests() const
     {
         std::vector<std::string> rests;
@@ -90,7 +89,7 @@ TEST_F(DebugMonitorTest, OpenDataGetsTheMessageAlone)
 
 TEST_F(DebugMonitorTest, WhatIsNotRecordedIsNotCounted)
 {
-    WithoutLogFile();
+    output.channels.SetLogFile(DebugLogFile());
     for (const bool isData : {false, true})
     {
         monitor.hasData = monitor.isDataOpen = isData;
