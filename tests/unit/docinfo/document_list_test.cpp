@@ -2,9 +2,11 @@
 #include "docinfo/document_list.h"
 #include "docinfo/share_guard.h"
 #include "docinfo/share_reader.h"
+#include "support/compound_builder.h"
 #include "support/link_builder.h"
 #include "support/run_in_threads.h"
 #include "support/temp_folder.h"
+#include "support/zip_builder.h"
 #include "unit/docinfo/document_in_memory.h"
 
 #if !defined(_WIN32) // only the tests on linux connect drives
@@ -18,9 +20,10 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstring>
 #include <fstream>
 #include <future>
-#include <tuple>
+#include <string>
 #include <vector>
 
 using namespace qx;
@@ -132,34 +135,54 @@ TEST(DocumentList, ReadersByNameAndByFirstBytes)
 {
     const TempFolder folder;
     clsDocuList list(0);
-    using namespace std::string_view_literals;
-    constexpr auto kStorage = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"sv; // a compound file's first bytes
-    // The title "-" means an accessible file without a title.
-    const std::tuple<const wchar_t*, std::string_view, const char*, const wchar_t*> files[] = {
-        {L"a.HTM", kFirst, "first", L"HTML"},
-        {L"a.mht", kFirst, "first", L"HTML"},
-        {L"a.txt", kFirst, "-", nullptr},
-        {L"a.tif", "not a TIFF file", "inaccessible", L"TIFF"},
-        {L"b.tif", "MM\0*\0\0\0\0"sv, "-", L"TIFF"},
-        {L"c.img", "MM\0*\0\0\0\0"sv, "-", nullptr}, // the signature of the other byte order isn't recognised
-        {L"d.img", "II*\0\0\0\0\0"sv, "-", L"TIFF"},
-        {L"e.img", "II*\0"sv, "-", L"TIFF"}, // a signature proves little, so the reader may fail
-        {L"f.jpg", "\xFF\xD8", "-", L"JPEG"},
-        {L"g", "\xFF\xD8\xFF\xD9", "-", L"JPEG"},
-        {L"h", "\xFF\xD8", "-", nullptr}, // fewer than four bytes
-        {L"i.rtf", R"({\info{\title x}})", " x", L"RTF"},
-        {L"j.EML", kStorage, "-", L"mail"},
-        {L"j.msg", "Subject: a\r\n\r\n", "a", L"mail"},
-        {L"k.msg", kStorage, "-", L"mail"}, // not a storage after all
-        {L"l.doc", "\xDB\xA5\x2D\0"sv, "-", L"Word 2"},
-        {L"m.wpd", "\xFFWPC", "-", L"WordPerfect"},
-        {L"eml", "Subject: a\r\n\r\n", "-", nullptr},
-    };
-    for (const auto& [name, bytes, title, reader] : files)
+    using namespace std::string_literals;
+    const std::string storage = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1"; // a compound file's first bytes
+    const std::string mailLikeStorage = storage + "\r\nSubject: text\r\n\r\n" + std::string(1'000, 'x');
+    const std::string message = qxtest::CompoundBuilder()
+                                    .AddStream("__substg1.0_0037001E", "subject")
+                                    .AddStream("__properties_version1.0", std::string(32, 'x'))
+                                    .Bytes();
+    const std::string title = "<dc:title>t</dc:title>";
+    const std::string core = "<cp:coreProperties x>" + title + "</cp:coreProperties>";
+    const std::string meta = "<office:document-meta a><office:meta>" + title + "</office:meta></office:document-meta>";
+    const std::string archive = qxtest::Build({{"docProps/core.xml", core}});
+    // The title "-" means an accessible file without a title. The remark begins with the last text.
+    const struct
     {
-        const String path = folder.Make(name, bytes);
-        EXPECT_EQ(TitleOf(list, path), title) << String(name).NarrowText();
-        EXPECT_STREQ(list.Get(path, 0)->reader, reader);
+        const wchar_t* name;
+        std::string bytes;
+        const char* title;
+        const wchar_t* reader;
+        const wchar_t* remark = L"";
+    } files[] = {
+        {L"a.HTM", kFirst, "first", L"HTML"}, {L"a.mht", kFirst, "first", L"HTML"}, {L"a.txt", kFirst, "-", nullptr},
+        {L"a.tif", "not a TIFF file", "inaccessible", L"TIFF"}, {L"b.tif", "MM\0*\0\0\0\0"s, "-", L"TIFF"},
+        {L"c.img", "MM\0*\0\0\0\0"s, "-", nullptr}, // the signature of the other byte order isn't recognised
+        {L"d.img", "II*\0\0\0\0\0"s, "-", L"TIFF"},
+        {L"e.img", "II*\0"s, "-", L"TIFF"}, // a signature proves little, so the reader may fail
+        {L"f.jpg", "\xFF\xD8", "-", L"JPEG"}, {L"g", "\xFF\xD8\xFF\xD9", "-", L"JPEG"},
+        {L"h", "\xFF\xD8", "-", nullptr}, // fewer than four bytes
+        {L"i.rtf", R"({\info{\title x}})", " x", L"RTF"}, {L"j.EML", storage, "-", L"mail"},
+        {L"j.msg", "Subject: a\r\n\r\n", "a", L"mail"}, {L"k.msg", storage, "-", L"mail"}, // not a storage after all
+        {L"l.doc", "\xDB\xA5\x2D\0"s, "-", L"Word 2"}, {L"m.wpd", "\xFFWPC", "-", L"WordPerfect"},
+        {L"eml", "Subject: a\r\n\r\n", "-", nullptr}, {L"n.docx", archive, "t", L"office archive"},
+        {L"o.odt", qxtest::Build({{"META.XML", meta}}), "t", L"office archive"},
+        {L"p.zip", archive + "x", "-", L"office archive", L"WRN: GetZIPFilenames: read error (no finalizer found)"},
+        {L"q.XML",
+            "<r:r xmlns:r='1' xmlns:cp='2' xmlns:dc='3'><cp:coreProperties>" + title + "</cp:coreProperties></r:r>",
+            "t", L"XML"},
+        {L"r.xml", "<a><b></a>", "-", L"XML", L"ERR: read() returned "}, {L"s.doc", message, "-", nullptr},
+        {L"t.msg", mailLikeStorage, "text", L"mail", L"error opening storage"}, // read as a mail
+    };
+    for (const auto& file : files)
+    {
+        const String path = folder.Make(file.name, file.bytes);
+        EXPECT_EQ(TitleOf(list, path), file.title) << String(file.name).NarrowText();
+        const auto record = list.Get(path, 0);
+        EXPECT_STREQ(record->reader, file.reader);
+        EXPECT_TRUE(record->remark.View().starts_with(file.remark)) << record->remark.NarrowText();
+        const bool hasFileTime = std::memcmp(&record->LastSaved, &record->fileTime, sizeof(SYSTEMTIME)) == 0;
+        EXPECT_TRUE(hasFileTime || !record->accessible);
     }
     EXPECT_EQ(TitleOf(list, folder.Path()), "inaccessible"); // a folder
 }

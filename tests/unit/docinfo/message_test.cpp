@@ -53,9 +53,9 @@ std::string MessageOf(const Properties& texts, const std::string& times = "",
 class Message : public testing::Test
 {
 protected:
-    clsAutoRelease<clsDocu*> Read(const std::string& bytes, const wchar_t* name = L"a.Msg")
+    clsAutoRelease<clsDocu*> Read(const std::string& bytes)
     {
-        const String path = _folder.Make(name, bytes);
+        const String path = _folder.Make(L"a.Msg", bytes);
         SetWriteTime(path, {0, 0x01C20000}); // 2002-5-20 13:12:31
         return clsDocuList(0).Get(path, 1);
     }
@@ -101,20 +101,6 @@ TEST_F(Message, Times)
         {sent + delivered.substr(0, 23), "2001-2-3 4:5:6|2002-5-20 13:12:31"}, {"x" + sent, "-|2002-5-20 13:12:31"}};
     for (const auto& [times, expected] : cases)
         EXPECT_EQ(Summary(*Read(MessageOf({}, times))), "|-||-|-|-|" + expected);
-}
-
-// The tests of the document list cover mails with this extension.
-TEST_F(Message, ChoiceOfTheReader)
-{
-    EXPECT_EQ(Read(MessageOf({{"0037001E", "subject"}}), L"a.doc")->reader, nullptr);
-    // A storage that can't be opened is read as a mail.
-    std::string damaged = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1\r\nSubject: text\r\n\r\n";
-    damaged.resize(1024, 'x');
-    const clsAutoRelease<clsDocu*> record = Read(damaged);
-    EXPECT_STREQ(record->reader, L"mail");
-    EXPECT_EQ(TextOf(record->Title), "text");
-    EXPECT_TRUE(record->accessible);
-    EXPECT_EQ(record->remark.Left(21), L"error opening storage");
 }
 
 #ifdef __linux__ // Wine's storages don't survive damaged files

@@ -1,13 +1,12 @@
 // Office documents in archives and in single XML files, beyond what the comparison of the scanners with patterns
 // covers.
-#include "docinfo/document_list.h"
 #include "docinfo/office_archive.h"
 #include "docinfo/xml_document.h"
-#include "support/temp_folder.h"
 #include "support/zip_builder.h"
 #include "unit/docinfo/document_in_memory.h"
 
-#include <tuple>
+#include <string>
+#include <utility>
 
 using namespace qx;
 using namespace qxtest;
@@ -94,27 +93,6 @@ TEST(OfficeReaders, XmlFiles)
         {std::string(65'537 - author.size(), ' ') + author, kNothing}, {"", kNothing}};
     for (const auto& [bytes, summary] : documents)
         EXPECT_EQ(ReadRecord(ReadXML, bytes).ResultAndSummary(), std::string("0 ") + summary) << bytes.substr(0, 300);
-}
-
-TEST(OfficeReaders, ChoiceOfTheReader)
-{
-    const TempFolder folder;
-    const std::string archive = Core("<dc:title>t</dc:title>");
-    const std::tuple<const wchar_t*, std::string, const char*, const wchar_t*, const wchar_t*> files[] = {
-        {L"a.docx", archive, "t", L"office archive", L""},
-        {L"a.odt", Meta("<dc:title>t</dc:title>"), "t", L"office archive", L""},
-        {L"a.zip", archive + "x", "-", L"office archive", L"WRN: GetZIPFilenames: read error (no finalizer found)"},
-        {L"a.XML", XmlCore("<dc:title>t</dc:title>"), "t", L"XML", L""},
-        {L"b.xml", "<a><b></a>", "-", L"XML", L"ERR: read() returned "}};
-    for (const auto& [name, bytes, title, reader, remark] : files)
-    {
-        const clsAutoRelease<clsDocu*> record = clsDocuList(0).Get(folder.Make(name, bytes), 1);
-        EXPECT_TRUE(record->accessible);
-        EXPECT_EQ(TextOf(record->Title), title);
-        EXPECT_STREQ(record->reader, reader);
-        EXPECT_TRUE(record->remark.View().starts_with(remark));
-        EXPECT_EQ(std::memcmp(&record->LastSaved, &record->fileTime, sizeof(SYSTEMTIME)), 0);
-    }
 }
 
 // Documents constructed to be slow.
