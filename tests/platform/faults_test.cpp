@@ -173,6 +173,27 @@ TEST(Faults, ReachTheFilterAfterTheVectoredHandlers)
     EXPECT_EQ(SetUnhandledExceptionFilter(before), &SkipInstruction);
 }
 
+// Handlers that are added as the first ones are called before the others, the newest first.
+TEST(Faults, OrderOfTheVectoredHandlers)
+{
+    static char calls[5] = {};
+    static const auto noted = [](char name)
+    {
+        calls[std::strlen(calls)] = name;
+        return EXCEPTION_CONTINUE_SEARCH;
+    };
+    void* const handlers[] = {AddVectoredExceptionHandler(0, [](EXCEPTION_POINTERS*) -> LONG { return noted('c'); }),
+        AddVectoredExceptionHandler(1, [](EXCEPTION_POINTERS*) -> LONG { return noted('b'); }),
+        AddVectoredExceptionHandler(1, [](EXCEPTION_POINTERS*) -> LONG { return noted('a'); }),
+        AddVectoredExceptionHandler(0, &SkipInstruction)};
+    skipped = 2;
+    newRax = 7;
+    EXPECT_EQ(ReadFrom(16), 7u);
+    EXPECT_STREQ(calls, "abc");
+    for (void* const handler : handlers)
+        RemoveVectoredExceptionHandler(handler);
+}
+
 TEST(Faults, RaisedExceptionsReachTheFilterToo)
 {
     static std::uint32_t code = 0;
